@@ -1,0 +1,113 @@
+// A class as the plug-in hands it to the host. All static data of the plug-in is written in the newest layout, 13;
+// an older host is given copies that lack the trailing words (the records whose names end in 9).
+#pragma once
+
+#include "abi/word.h"
+
+struct REALobjectStruct;
+
+struct REALproperty {
+    const char* group;
+    const char* name;
+    const char* type;
+    Word flags;
+    AnyFunction getter; ///< a function, or a mark of abi/accessor_marks.h
+    AnyFunction setter; ///< likewise; null: read-only
+    HostInteger parameter;
+    const char* editor;
+    const void* enumeration;
+    Word tenth;
+    Word trailing[2];
+};
+
+struct REALproperty9 {
+    const char* group;
+    const char* name;
+    const char* type;
+    Word flags;
+    AnyFunction getter;
+    AnyFunction setter;
+    HostInteger parameter;
+    const char* editor;
+    const void* enumeration;
+    Word tenth;
+};
+
+/// Also a shared method. A method with a setter is an indexed property.
+struct REALmethod {
+    AnyFunction function;
+    AnyFunction setter;
+    const char* declaration;
+    Word flags;
+    Word trailing[2];
+};
+
+struct REALmethod9 {
+    AnyFunction function;
+    AnyFunction setter;
+    const char* declaration;
+    Word flags;
+};
+
+struct REALevent {
+    const char* declaration;
+    Word systemUse; ///< filled by the host at registration; what "GetEventInstance" is asked with
+    Word trailing[2];
+};
+
+struct REALevent9 {
+    const char* declaration;
+    Word systemUse;
+};
+
+struct REALconstant {
+    const char* declaration; ///< "Name as Type = value"
+    Word further[4];
+};
+
+struct REALconstant9 {
+    const char* declaration;
+    Word further[2];
+};
+
+/// The words of a class definition that every layout has.
+struct REALclassDefinition9 {
+    Word version;
+    const char* name;
+    const char* superName;
+    Word dataSize;   ///< bytes of class data in each object
+    Word dataOffset; ///< written by the host at registration: class data stands at object + dataOffset
+    AnyFunction constructor;
+    AnyFunction destructor;
+    void* properties; ///< REALproperty[] or, in layout 9, REALproperty9[]; the other arrays likewise
+    Word propertyCount;
+    void* methods;
+    Word methodCount;
+    void* events;
+    Word eventCount;
+    void* eventInstances;
+    Word eventInstanceCount;
+    const char* interfaces;
+    Word unused[2]; ///< zero in layout 9
+    void* constants;
+    Word constantCount;
+    Word flags;
+    void* sharedProperties;
+    Word sharedPropertyCount;
+    void* sharedMethods;
+    Word sharedMethodCount;
+};
+
+/// A whole definition: the common words, then those that only newer hosts read (all zero in our classes).
+struct REALclassDefinition : REALclassDefinition9 {
+    Word newer[7];
+};
+
+static_assert(sizeof(REALproperty) == 12 * sizeof(Word) && sizeof(REALproperty9) == 10 * sizeof(Word));
+static_assert(sizeof(REALmethod) == 6 * sizeof(Word) && sizeof(REALmethod9) == 4 * sizeof(Word));
+static_assert(sizeof(REALevent) == 4 * sizeof(Word) && sizeof(REALevent9) == 2 * sizeof(Word));
+static_assert(sizeof(REALconstant) == 5 * sizeof(Word) && sizeof(REALconstant9) == 3 * sizeof(Word));
+static_assert(sizeof(REALclassDefinition9) == 25 * sizeof(Word));
+
+constexpr HostInteger newestLayout = 13;
+constexpr HostInteger oldestLayout = 9;

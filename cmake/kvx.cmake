@@ -1,0 +1,60 @@
+# What every target of the tree shares: language, warnings, arithmetic, sanitizers, output folders.
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+# Artefacts stand at the top of the build folder, under fixed names.
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_BUILD_RPATH "$ORIGIN")
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wunused -Werror
+                    -Wno-four-char-constants -fblocks -ffp-contract=off)
+if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "i386-linux-gnu")
+  add_compile_options(-msse3 -mfpmath=sse)   # never x87: results must be the same to the last bit
+endif()
+
+if(KVX_SANITIZE)
+  add_compile_options(-fsanitize=${KVX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KVX_SANITIZE})
+endif()
+if(KVX_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+find_package(Threads REQUIRED)
+if(NOT APPLE)
+  find_package(PkgConfig REQUIRED)
+endif()
+
+# kvx_library(NAME PACKAGE…): an imported target kvx::NAME for packages that pkg-config knows.
+function(kvx_package name)
+  pkg_check_modules(${name} REQUIRED IMPORTED_TARGET GLOBAL ${ARGN})
+  add_library(kvx::${name} ALIAS PkgConfig::${name})
+endfunction()
+
+# kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS …] [TIMEOUT seconds]): one GoogleTest program; CTest runs
+# each of its tests in a process of its own, so that process-wide state starts fresh.
+function(kvx_test name)
+  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} kvx::gtest_main Threads::Threads)
+  target_compile_definitions(${name} PRIVATE KVX_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+                                             KVX_BINARY_DIR="${CMAKE_BINARY_DIR}")
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
+                                           BUILD_RPATH "$ORIGIN/..")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
+                                  ENVIRONMENT "KVX_AUDIO_DEVICE=simulated;${arg_ENVIRONMENT}")
+endfunction()

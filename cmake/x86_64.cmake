@@ -1,0 +1,5 @@
+# 64-bit, for the thread sanitizer only.
+set(CMAKE_C_COMPILER clang)
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_LIBRARY_ARCHITECTURE x86_64-linux-gnu)
+set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/x86_64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
