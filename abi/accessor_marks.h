@@ -1,5 +1,6 @@
-// Marks in the getter and setter words of a property: the host reads or writes the field itself, at the offset
-// that the property's parameter word gives within the class data. A null setter makes the field read-only.
+// Marks in the getter and setter words of a property: the host reads or writes the field itself, at the
+// offset that the property's parameter word gives within the class data. A null setter makes the field
+// read-only.
 #pragma once
 
 #include "abi/word.h"

@@ -1,5 +1,5 @@
-// A class as the plug-in hands it to the host. All static data of the plug-in is written in the newest layout, 13;
-// an older host is given copies that lack the trailing words (the records whose names end in 9).
+// A class as the plug-in hands it to the host. All static data of the plug-in is written in the newest
+// layout, 13; an older host is given copies that lack the trailing words (the records whose names end in 9).
 #pragma once
 
 #include "abi/word.h"

@@ -1,10 +1,11 @@
-// Host values as the plug-in sees them. All are reference-counted and owned by the host. Before version 2016.0 the
-// words named here may be read directly; from then on only through services.
+// Host values as the plug-in sees them. All are reference-counted and owned by the host. Before version
+// 2016.0 the words named here may be read directly; from then on only through services.
 #pragma once
 
 #include "abi/word.h"
 
-/// Class data stands behind the object's address, at the offset that the host wrote into the class definition.
+/// Class data stands behind the object's address, at the offset that the host wrote into the class
+/// definition.
 struct REALobjectStruct;
 struct REALmemoryBlockStruct;
 struct REALfolderItemStruct;

@@ -1,6 +1,6 @@
 /*
- * Control of the platform itself, for hosts and tests only: what a user would do in the system's settings or with
- * a screwdriver. Plug-ins never include it. C, plain integers, no other header of the platform.
+ * Control of the platform itself, for hosts and tests only: what a user would do in the system's settings or
+ * with a screwdriver. Plug-ins never include it. C, plain integers, no other header of the platform.
  *
  * Threads: [any] unless said otherwise; none of these may be called from a device's cycle. Device IDs are the
  * audio objects' IDs; 0 is no device. Functions that can fail return 0 for success or the platform's status,
@@ -59,11 +59,12 @@ KVX_PLATFORM_EXPORT KVXDeviceID KVXPlatformBuiltInSimulatedDevice(void);
 /** Plug in another simulated device; the caller may unplug it again. 0 on failure. */
 KVX_PLATFORM_EXPORT KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description);
 
-/** Unplug a simulated device, running or not. Its procedures go on being called, into a discarded buffer, until
-    the last has stopped; then the object ends. The default device moves on. */
+/** Unplug a simulated device, running or not. Its procedures go on being called, into a discarded buffer,
+   until the last has stopped; then the object ends. The default device moves on. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID device);
 
-/** Let a device die where it is: it stays in the list, is no longer alive, and cycles into a discarded buffer. */
+/** Let a device die where it is: it stays in the list, is no longer alive, and cycles into a discarded
+ * buffer. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformKillDevice(KVXDeviceID device);
 
 /** Make AudioDeviceStart on a simulated device fail with `status` from now on; 0 lets it start again. */
@@ -73,8 +74,8 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformRefuseStart(KVXDeviceID device, int32_t s
 KVX_PLATFORM_EXPORT int32_t KVXPlatformConfigureDevice(KVXDeviceID device, double sampleRate,
                                                        uint32_t outputChannels, uint32_t sliceFrames);
 
-/** Choose the default output device: "simulated", a name (or a part of one that fits a single device), or a number
-    as the list has it. The environment's KVX_AUDIO_DEVICE does the same before the first call. */
+/** Choose the default output device: "simulated", a name (or a part of one that fits a single device), or a
+   number as the list has it. The environment's KVX_AUDIO_DEVICE does the same before the first call. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformChooseOutputDevice(const char* choice);
 
 /** Read PortAudio's list again. */
@@ -85,21 +86,23 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformRefreshDevices(void);
 /** Have a simulated device stepped (1) or paced (0). */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformSetStepped(KVXDeviceID device, uint8_t isStepped);
 
-/** Turn a stepped device by `frames` device frames, on the calling thread, without waiting: whole slices, then a
-    shorter one for the rest. Returns the frames that procedures were called for; less than asked when the last
-    procedure stopped on the way. */
+/** Turn a stepped device by `frames` device frames, on the calling thread, without waiting: whole slices,
+   then a shorter one for the rest. Returns the frames that procedures were called for; less than asked when
+   the last procedure stopped on the way. */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformStep(KVXDeviceID device, uint32_t frames);
 
 /* ---- what is heard ---- */
 
-/** Receives each cycle's mixed output, interleaved 32-bit float, on the cycle's own thread. Allocates nothing. */
+/** Receives each cycle's mixed output, interleaved 32-bit float, on the cycle's own thread. Allocates
+ * nothing. */
 typedef void (*KVXOutputTap)(void* context, const float* samples, uint32_t frames, uint32_t channels);
 
 /** Set the one tap of a device, or none (null). After it returns, the former tap is not called any more. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformSetOutputTap(KVXDeviceID device, KVXOutputTap tap, void* context);
 
 /** Write what `device` plays from now on to a WAV file of 32-bit float, at its rate and channels, off the
-    real-time thread. The environment's KVX_AUDIO_CAPTURE does the same for the default device's first start. */
+    real-time thread. The environment's KVX_AUDIO_CAPTURE does the same for the default device's first start.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformStartCapture(KVXDeviceID device, const char* path);
 
 /** Finish the file: all that was played is in it when this returns. Nothing to finish is no error. */
@@ -107,10 +110,12 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformStopCapture(KVXDeviceID device);
 
 /* ---- main thread ---- */
 
-/** Run what waits on the main queue; waits up to `timeoutSeconds` for the first. Returns how many ran. [main] */
+/** Run what waits on the main queue; waits up to `timeoutSeconds` for the first. Returns how many ran. [main]
+ */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformDrainMainQueue(double timeoutSeconds);
 
-/** What the last failing call on this thread wants the user to know; "" if none failed. Valid until the next. */
+/** What the last failing call on this thread wants the user to know; "" if none failed. Valid until the next.
+ */
 KVX_PLATFORM_EXPORT const char* KVXPlatformErrorText(void);
 
 /* ---- accounts ---- */
