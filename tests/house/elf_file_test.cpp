@@ -1,0 +1,31 @@
+// The reader of libraries, tried on a library of known content: this machine's C library.
+#include "tests/house/elf_file.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <dlfcn.h>
+
+namespace {
+
+TEST(ElfFile, ReadsTheCLibraryOfThisProcess)
+{
+    Dl_info info{};
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&std::getenv), &info), 0);
+    const house::ElfFile file = house::readElf(info.dli_fname);
+    EXPECT_EQ(file.bits, int(sizeof(void*) * 8));
+    EXPECT_FALSE(file.isSymbolic);
+    const auto symbol = std::find_if(file.symbols.begin(), file.symbols.end(),
+                                     [](const auto& each) { return each.name == "getenv"; });
+    ASSERT_NE(symbol, file.symbols.end());
+    EXPECT_TRUE(symbol->isDefined);
+}
+
+TEST(ElfFile, IsEmptyForWhatIsNoLibrary)
+{
+    EXPECT_EQ(house::readElf(KVX_SOURCE_DIR "/LICENSE").bits, 0);
+    EXPECT_EQ(house::readElf(KVX_SOURCE_DIR "/no such file").bits, 0);
+}
+
+} // namespace

@@ -1,0 +1,122 @@
+// What the plug-in exports and what it asks of others. The oldest system has little of a C++ library, so
+// every undefined C++ symbol must stand in a short list; everything else is the platform's or plain C.
+#include "tests/house/elf_file.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <elf.h>
+#include <regex>
+#include <set>
+
+namespace {
+
+const char* const libraryPath = KVX_BINARY_DIR "/KVXAudio.so";
+const char* const platformPath = KVX_BINARY_DIR "/libkvxplatform.so";
+
+// The C++ run-time library of the oldest system: plain new and delete, exception support, the types of the
+// standard exceptions. No sized or aligned forms, nothing that came later.
+const std::regex
+    allowedRuntime("_Zn[wa][jm](RKSt9nothrow_t)?|_Zd[la]Pv(RKSt9nothrow_t)?|_ZSt7nothrow|_ZSt9terminatev"
+                   "|__gxx_personality_v0|_Unwind_Resume"
+                   "|__cxa_(allocate_exception|atexit|bad_cast|begin_catch|end_catch|finalize|free_exception"
+                   "|guard_abort|guard_acquire|guard_release|pure_virtual|rethrow|throw)"
+                   "|_ZTVN10__cxxabiv1(17__class|20__si_class|21__vmi_class|19__pointer)_type_infoE"
+                   "|_ZT[ISV]St(9bad_alloc|8bad_cast|9exception|11logic_error|11range_error|12out_of_range"
+                   "|13runtime_error|14overflow_error|15underflow_error)"
+                   "|_ZNSt9exceptionD[012]Ev|_ZNKSt9exception4whatEv");
+
+// Found in every shared library: the C start-up code's own, and the sanitizers' where they are built in.
+const std::regex allowedMachinery(
+    "_ITM_.*|__gmon_start__|__stack_chk_fail|__(asan|ubsan|tsan|sanitizer|lsan)_.*|_GLOBAL_OFFSET_TABLE_"
+    "|__tls_get_addr|___tls_get_addr");
+
+// Must resolve lazily: the oldest system lacks the one, and the other is how a newer one is recognised.
+const std::set<std::string> weakNames = {"dispatch_async", "CGPathCreateCopyByTransformingPath"};
+
+bool isCxxLibraryName(const std::string& name)
+{
+    return name.rfind("_Z", 0) == 0 || name.rfind("__cxa_", 0) == 0 || name.rfind("__gxx_", 0) == 0 ||
+           name.rfind("_Unwind", 0) == 0;
+}
+
+std::set<std::string> exportsOf(const char* path)
+{
+    std::set<std::string> names;
+    for (const auto& symbol : house::readElf(path).symbols)
+        if (symbol.isDefined) names.insert(symbol.name);
+    return names;
+}
+
+bool isPlainC(const std::string& name)
+{
+    for (const char* library : {"libc.so.6", "libm.so.6", "libBlocksRuntime.so.0"}) {
+        void* handle = dlopen(library, RTLD_LAZY);
+        if (handle && dlsym(handle, name.c_str())) return true;
+    }
+    return false;
+}
+
+TEST(PluginSymbols, OneNameIsExported)
+{
+    EXPECT_EQ(exportsOf(libraryPath), std::set<std::string>{"REALPluginMain"});
+}
+
+TEST(PluginSymbols, TheTargetIsRight)
+{
+    const house::ElfFile file = house::readElf(libraryPath);
+    EXPECT_EQ(file.bits, int(sizeof(void*) * 8));
+    EXPECT_EQ(file.machine, sizeof(void*) == 4 ? EM_386 : EM_X86_64);
+    EXPECT_FALSE(file.isSymbolic) << "a test program must be able to stand in front of the platform";
+}
+
+TEST(PluginSymbols, ThePlatformIsReachedByNameAndNotCopied)
+{
+    const house::ElfFile file = house::readElf(libraryPath);
+    EXPECT_NE(std::find(file.needed.begin(), file.needed.end(), "libkvxplatform.so"), file.needed.end());
+    const std::set<std::string> platform = exportsOf(platformPath);
+    int reached = 0;
+    for (const auto& symbol : file.symbols) reached += !symbol.isDefined && platform.count(symbol.name) > 0;
+    EXPECT_GT(reached, 5);
+}
+
+TEST(PluginSymbols, NothingIsAskedOfTheCxxLibraryButTheOldestRuntime)
+{
+    const std::set<std::string> platform = exportsOf(platformPath);
+    for (const auto& symbol : house::readElf(libraryPath).symbols) {
+        if (symbol.isDefined || std::regex_match(symbol.name, allowedMachinery)) continue;
+        if (isCxxLibraryName(symbol.name))
+            EXPECT_TRUE(std::regex_match(symbol.name, allowedRuntime))
+                << symbol.name << " is not in the oldest system";
+        else
+            EXPECT_TRUE(platform.count(symbol.name) || isPlainC(symbol.name) || weakNames.count(symbol.name))
+                << symbol.name << " is neither the platform's nor plain C";
+        if (weakNames.count(symbol.name)) EXPECT_TRUE(symbol.isWeak) << symbol.name;
+    }
+}
+
+TEST(PluginSymbols, TheShortListRefusesTheCompiledLibrary)
+{
+    // clang-format off
+    const struct { const char* name; bool allowed; const char* why; } facts[] = {
+        {"_Znwj",                     true,  "operator new"},
+        {"_ZnajRKSt9nothrow_t",       true,  "the array form that gives null"},
+        {"_ZdlPv",                    true,  "operator delete"},
+        {"_ZdlPvj",                   false, "sized delete came later"},
+        {"_ZnwjSt11align_val_t",      false, "over-aligned new came later"},
+        {"_ZTISt9bad_alloc",          true,  "type of a standard exception, to catch it"},
+        {"_ZSt17__throw_bad_allocv",  false, "a throw helper of the compiled library"},
+        {"_ZSt20__throw_length_errorPKc", false, "likewise: std::vector's"},
+        {"_ZNSt6chrono3_V212steady_clock3nowEv", false, "a clock of the compiled library"},
+        {"__cxa_throw",               true,  "exception support"},
+        {"__cxa_throw_bad_array_new_length", false, "came later"},
+        {"__cxa_thread_atexit",       false, "thread_local came later"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        EXPECT_TRUE(isCxxLibraryName(fact.name)) << fact.name;
+        EXPECT_EQ(std::regex_match(fact.name, allowedRuntime), fact.allowed) << fact.name << ": " << fact.why;
+    }
+}
+
+} // namespace
