@@ -34,8 +34,11 @@ if(NOT APPLE)
   find_package(PkgConfig REQUIRED)
 endif()
 
-# kvx_library(NAME PACKAGE…): an imported target kvx::NAME for packages that pkg-config knows.
+# kvx_package(NAME PACKAGE…): an imported target kvx::NAME for packages that pkg-config knows. Several folders may ask.
 function(kvx_package name)
+  if(TARGET kvx::${name})
+    return()
+  endif()
   pkg_check_modules(${name} REQUIRED IMPORTED_TARGET GLOBAL ${ARGN})
   add_library(kvx::${name} ALIAS PkgConfig::${name})
 endfunction()
