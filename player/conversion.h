@@ -1,0 +1,29 @@
+// Integer samples to float.
+//
+// The program's convention: odd sizes are signed, even sizes unsigned and scaled into 0 … 1 without
+// re-centring. Words are in the processor's byte order, except 24 bits, which are big-endian.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace player {
+
+/// Convert `count` samples from `source` to every `stride`-th element of `target`. The source needs no
+/// alignment.
+using Conversion = void (*)(const unsigned char* source, std::size_t count, float* target,
+                            std::size_t stride);
+
+struct SampleForm {
+    std::int32_t bitSize;
+    std::int32_t bytes;    ///< per sample
+    Conversion conversion; ///< null: a size that is known and refused
+};
+
+/// The form that a BitSize names, or null.
+const SampleForm* findSampleForm(std::int32_t bitSize);
+
+/// Copy `count` floats, bit for bit, to every `stride`-th element of `target`.
+void copyFloats(const unsigned char* source, std::size_t count, float* target, std::size_t stride);
+
+} // namespace player

@@ -1,0 +1,114 @@
+#include "player/ingestion.h"
+
+#include "player/conversion.h"
+#include "player/play_queue.h"
+#include "plugin/exceptions.h"
+#include "plugin/services.h"
+#include "plugin/zeroed.h"
+
+namespace player {
+
+namespace {
+
+/// The one or two blocks of a call: a channel each.
+struct Blocks {
+    REALmemoryBlockStruct* block[2];
+    std::int32_t channels;
+
+    bool isAnyNil() const { return !block[0] || (channels == 2 && !block[1]); }
+};
+
+/// Their memory at the offset; null where a block has none.
+struct Sources {
+    const unsigned char* channel[2];
+    bool isAnyNull;
+};
+
+Sources sourcesOf(const Blocks& blocks, HostInteger offsetBytes)
+{
+    Sources sources = {};
+    for (std::int32_t c = 0; c < blocks.channels; ++c) {
+        const auto* memory = static_cast<const unsigned char*>(REALMemoryBlockGetPtr(blocks.block[c]));
+        sources.isAnyNull |= !memory;
+        sources.channel[c] = memory ? memory + offsetBytes : nullptr;
+    }
+    return sources;
+}
+
+bool refuseNil()
+{
+    RaiseException("NilObjectException", "Memoryblock is nil");
+    return false;
+}
+
+/// Convert `samples` samples of each channel into a new buffer, interleaved, and queue it.
+bool convertAndQueue(AudioPlayerData& player, const Sources& sources, std::int32_t channels,
+                     std::int32_t samples, Conversion convert, bool clearBuffers)
+{
+    const std::int64_t total = static_cast<std::int64_t>(samples) * channels;
+    auto buffer = allocateZeroed<float>(total);
+    if (!buffer) return false;
+    for (std::int32_t c = 0; c < channels; ++c)
+        convert(sources.channel[c], static_cast<std::size_t>(samples), buffer.get() + c,
+                static_cast<std::size_t>(channels));
+    PlayItem item = {static_cast<std::int32_t>(total), buffer.release()};
+    return AddToPlayList(player, item, clearBuffers);
+}
+
+bool addIntegers(AudioPlayerData& player, const Blocks& blocks, HostInteger offsetBytes,
+                 HostInteger countBytes, HostInteger bitSize, bool clearBuffers)
+{
+    if (blocks.isAnyNil()) return refuseNil();
+    if (offsetBytes < 0 || countBytes <= 0) return false;
+    const Sources sources = sourcesOf(blocks, offsetBytes);
+    if (sources.isAnyNull) return refuseNil();
+
+    const SampleForm* form = findSampleForm(static_cast<std::int32_t>(bitSize));
+    if (!form) return false;
+    if (!(player.sampleRate >= 1.0f)) return false; // not-a-number too
+    if (player.numberOfChannels != 1 && player.numberOfChannels != 2) return false;
+    if (!form->conversion) return false;
+    return convertAndQueue(player, sources, blocks.channels,
+                           static_cast<std::int32_t>(countBytes / form->bytes), form->conversion,
+                           clearBuffers);
+}
+
+bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offsetBytes, HostInteger countBytes,
+               bool clearBuffers)
+{
+    if (offsetBytes < 0 || blocks.isAnyNil() || countBytes <= 0) return false;
+    const Sources sources = sourcesOf(blocks, offsetBytes);
+    if (sources.isAnyNull) return false;
+    return convertAndQueue(player, sources, blocks.channels, static_cast<std::int32_t>(countBytes / 4),
+                           copyFloats, clearBuffers);
+}
+
+} // namespace
+
+bool AddSomeAudio(AudioPlayerData& player, REALmemoryBlockStruct* block, HostInteger offsetBytes,
+                  HostInteger countBytes, HostInteger bitSize, bool clearBuffers)
+{
+    return addIntegers(player, {{block, nullptr}, 1}, offsetBytes, countBytes, bitSize, clearBuffers);
+}
+
+bool AddSomeAudioStereo(AudioPlayerData& player, REALmemoryBlockStruct* block1, REALmemoryBlockStruct* block2,
+                        HostInteger offsetBytes, HostInteger countBytes, HostInteger bitSize,
+                        bool clearBuffers)
+{
+    return addIntegers(player, {{block1, block2}, 2}, offsetBytes, countBytes, bitSize, clearBuffers);
+}
+
+bool AddSomeFloatAudio(AudioPlayerData& player, REALmemoryBlockStruct* block, HostInteger offsetBytes,
+                       HostInteger countBytes, bool clearBuffers)
+{
+    return addFloats(player, {{block, nullptr}, 1}, offsetBytes, countBytes, clearBuffers);
+}
+
+bool AddSomeFloatAudioStereo(AudioPlayerData& player, REALmemoryBlockStruct* block1,
+                             REALmemoryBlockStruct* block2, HostInteger offsetBytes, HostInteger countBytes,
+                             bool clearBuffers)
+{
+    return addFloats(player, {{block1, block2}, 2}, offsetBytes, countBytes, clearBuffers);
+}
+
+} // namespace player

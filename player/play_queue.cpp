@@ -1,0 +1,96 @@
+#include "player/play_queue.h"
+
+#include "plugin/shared_word.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <pthread.h>
+
+namespace player {
+
+namespace {
+
+pthread_mutex_t playQLock = PTHREAD_MUTEX_INITIALIZER;
+
+/// The lock, held from construction to destruction if it could be taken at all.
+class QueueLock {
+public:
+    QueueLock() : isHeld_(pthread_mutex_lock(&playQLock) == 0) {}
+    ~QueueLock()
+    {
+        if (isHeld_) pthread_mutex_unlock(&playQLock);
+    }
+    QueueLock(const QueueLock&) = delete;
+    QueueLock& operator=(const QueueLock&) = delete;
+    explicit operator bool() const { return isHeld_; }
+
+private:
+    bool isHeld_;
+};
+
+void freeItem(PlayItem& item)
+{
+    std::free(item.data);
+    item = {};
+}
+
+/// Move `item` into a slot of the queue; false if there is none.
+bool enqueue(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
+{
+    const QueueLock lock;
+    if (!lock) return false;
+
+    PlayItem* slot;
+    if (clearBuffers) {
+        while (player.queueCount > 0) freeItem(player.queue[--player.queueCount]);
+        slot = &player.queue[0];
+    } else {
+        if (player.queueCount >= queueCapacity) return false;
+        slot = std::find_if(std::begin(player.queue), std::end(player.queue),
+                            [](const PlayItem& each) { return !each.data; });
+        if (slot == std::end(player.queue)) return false;
+    }
+    *slot = item;
+    ++player.queueCount;
+    item = {};
+    return true;
+}
+
+} // namespace
+
+bool AddToPlayList(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
+{
+    if (!item.data) return false;
+    if (enqueue(player, item, clearBuffers)) return true;
+    freeItem(item);
+    return false;
+}
+
+bool TakeNextPlayItem(AudioPlayerData& player)
+{
+    const QueueLock lock;
+    if (!lock || player.queueCount <= 0 || !player.queue[0].data) return false;
+    player.current = player.queue[0];
+    std::copy(player.queue + 1, player.queue + player.queueCount, player.queue);
+    player.queue[--player.queueCount] = {};
+    storeRelaxed(player.outputPositionRelative, 0.0);
+    return true;
+}
+
+void FreeAllPlayItems(AudioPlayerData& player)
+{
+    if (const QueueLock lock; lock) {
+        std::for_each(std::begin(player.queue), std::end(player.queue), freeItem);
+        player.queueCount = 0;
+    }
+    freeItem(player.current);
+}
+
+std::int32_t freeSpace(AudioPlayerData& player)
+{
+    const QueueLock lock;
+    return lock ? queueCapacity - player.queueCount : 0;
+}
+
+} // namespace player

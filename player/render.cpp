@@ -1,0 +1,184 @@
+#include "player/render.h"
+
+#include "player/play_queue.h"
+#include "plugin/shared_word.h"
+#include "plugin/truncate.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace player {
+
+namespace {
+
+/// a + b and 2 a, as the processor does it: positions that are no numbers end up anywhere, and harm nothing.
+std::int64_t wrappingAdd(std::int64_t a, std::int64_t b)
+{
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
+}
+
+/// The output buffers of one slice. Writes outside a buffer, or to one that is switched off, go nowhere.
+class Output {
+public:
+    explicit Output(AudioBufferList& list) : list_(list) {}
+
+    /// Frames of the first buffer; 0 if that has no channels.
+    UInt32 frames() const
+    {
+        const AudioBuffer& first = list_.mBuffers[0];
+        return first.mNumberChannels ? first.mDataByteSize / sizeof(float) / first.mNumberChannels : 0;
+    }
+
+    bool hasBuffers() const { return list_.mNumberBuffers > 0; }
+
+    void silence()
+    {
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
+            if (AudioBuffer& buffer = list_.mBuffers[b]; buffer.mData)
+                std::memset(buffer.mData, 0, buffer.mDataByteSize);
+    }
+
+    void writeAllChannels(UInt32 frame, float value)
+    {
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
+            for (UInt32 c = 0; c < list_.mBuffers[b].mNumberChannels; ++c)
+                write(list_.mBuffers[b], frame, c, value);
+    }
+
+    void writeFirstTwoChannels(UInt32 frame, float left, float right)
+    {
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) {
+            write(list_.mBuffers[b], frame, 0, left);
+            if (list_.mBuffers[b].mNumberChannels != 1) write(list_.mBuffers[b], frame, 1, right);
+        }
+    }
+
+private:
+    static void write(AudioBuffer& buffer, UInt32 frame, UInt32 channel, float value)
+    {
+        const std::uint64_t index = std::uint64_t{frame} * buffer.mNumberChannels + channel;
+        if (buffer.mData && index < buffer.mDataByteSize / sizeof(float))
+            static_cast<float*>(buffer.mData)[index] = value;
+    }
+
+    AudioBufferList& list_;
+};
+
+/// Advance what the host reads as OutputPositionRelative. Reading a sample may have restarted it.
+void advanceRelative(AudioPlayerData& player, double step)
+{
+    storeRelaxed(player.outputPositionRelative, player.outputPositionRelative + step);
+}
+
+/// Render every frame as mono and return the position behind the last.
+double renderMono(AudioPlayerData& player, Output& output, double position, double step)
+{
+    std::int64_t last = -11111111; // no frame read yet
+    float s0 = 0, s1 = 0;
+    const UInt32 frames = output.frames();
+    for (UInt32 i = 0; i < frames; ++i) {
+        const std::int64_t k = truncateTo64(position);
+        if (k != last) {
+            s0 = GetSample(player, k);
+            s1 = GetSample(player, wrappingAdd(k, 1));
+            last = k;
+        }
+        advanceRelative(player, step);
+        if (output.hasBuffers()) {
+            const double t = position - static_cast<double>(k);
+            output.writeAllChannels(i, static_cast<float>(s1 * t + (1.0 - t) * s0));
+        }
+        position += step;
+    }
+    return position;
+}
+
+/// Render every frame as stereo and return the position behind the last.
+double renderStereo(AudioPlayerData& player, Output& output, double position, double step)
+{
+    std::int64_t last = -10; // no frame read yet
+    float left0 = 0, right0 = 0, left1 = 0, right1 = 0;
+    const UInt32 frames = output.frames();
+    for (UInt32 i = 0; i < frames; ++i) {
+        const std::int64_t k = truncateTo64(position);
+        const std::int64_t j = wrappingAdd(k, k);
+        if (j != last) {
+            left0 = GetSample(player, j);
+            right0 = GetSample(player, wrappingAdd(j, 1));
+            left1 = GetSample(player, wrappingAdd(j, 2));
+            right1 = GetSample(player, wrappingAdd(j, 3));
+            last = j;
+        }
+        advanceRelative(player, step);
+        if (output.hasBuffers()) {
+            const float t = static_cast<float>(position - static_cast<double>(k));
+            output.writeFirstTwoChannels(i, t * left1 + (1.0f - t) * left0, t * right1 + (1.0f - t) * right0);
+        }
+        position += step;
+    }
+    return position;
+}
+
+/// Leave the device. The record may be gone as soon as isRunning is clear.
+void removeFromDevice(AudioPlayerData& player, AudioDeviceID device)
+{
+    AudioDeviceStop(device, player.ioProc);
+    AudioDeviceRemoveIOProc(device, player.ioProc);
+    storeReleased<std::uint8_t>(player.isRunning, false);
+}
+
+/// A slice of silence; then the player leaves - or stays, if it must not run dry, and says that it did.
+/// Returns whether it stays.
+bool stayOrLeave(AudioPlayerData& player, Output& output, AudioDeviceID device)
+{
+    output.silence();
+    if (!loadRelaxed(player.noUnderflow)) {
+        removeFromDevice(player, device);
+        return false;
+    }
+    storeRelaxed<std::uint8_t>(player.hadUnderflow, true);
+    return true;
+}
+
+} // namespace
+
+float GetSample(AudioPlayerData& player, std::int64_t index)
+{
+    if (!player.current.data) return 0.0f;
+    std::int64_t relative = wrappingAdd(index, -player.baseSampleIndex);
+    if (relative < 0) return 0.0f;
+    if (relative < player.current.count) return player.current.data[relative];
+
+    relative -= player.current.count;
+    player.baseSampleIndex += player.current.count;
+    std::free(player.current.data);
+    player.current = {};
+    if (!TakeNextPlayItem(player)) return 0.0f;
+    return relative < player.current.count ? player.current.data[relative] : 0.0f;
+}
+
+OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferList*,
+                      const AudioTimeStamp*, AudioBufferList* outputData, const AudioTimeStamp*, void* client)
+{
+    AudioPlayerData& player = *static_cast<AudioPlayerData*>(client);
+    Output output(*outputData);
+
+    if (loadAcquired(player.stopRequested)) {
+        // A player that must not run dry drops the request: whoever waits goes on waiting until the host
+        // allows the underflow and the queue has run out.
+        if (stayOrLeave(player, output, device)) storeRelaxed<std::uint8_t>(player.stopRequested, false);
+        return 0;
+    }
+    if (!player.current.data && !TakeNextPlayItem(player)) {
+        stayOrLeave(player, output, device);
+        return 0;
+    }
+
+    // The quotient is taken in single precision.
+    const double step = loadRelaxed(player.sampleRate) / player.deviceSampleRate;
+    const auto render = loadRelaxed(player.numberOfChannels) == 2 ? renderStereo : renderMono;
+    storeRelaxed(player.outputPosition, render(player, output, player.outputPosition, step));
+    return 0;
+}
+
+} // namespace player

@@ -1,0 +1,56 @@
+// The library's one export.
+#include "plugin/classes.h"
+#include "plugin/process_state.h"
+#include "plugin/register_class.h"
+#include "plugin/services.h"
+
+REALResolver gResolver = nullptr;
+double rbversion_rbversion = 0.0;
+int CurrentREALControlVersion = newestLayout;
+AnyFunction soundComponentEntry = nullptr;
+
+namespace {
+
+struct {
+    double hostVersion;
+    int layout;
+} const layouts[] = {
+    // the newest layout that each host reads, newest host first
+    {2013.04, 13},
+    {2013.03, 12},
+    {2013.0, 11},
+    {2012.0, 10},
+};
+
+int layoutFor(double hostVersion)
+{
+    for (const auto& row : layouts)
+        if (hostVersion >= row.hostVersion) return row.layout;
+    return oldestLayout; // also for a version that is not a number
+}
+
+REALclassDefinition* const classes[] = {
+    &auPlayerClass, &coreAudioClass, &coreAudioListenerClass, &coreAudioPlayerClass, &soundStreamClass,
+};
+
+template <class Function>
+Function* resolve(const char* name)
+{
+    return reinterpret_cast<Function*>(gResolver(name));
+}
+
+} // namespace
+
+/// Called once by the host, on the thread that loads the library.
+extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolver resolver)
+{
+    gResolver = resolver;
+    if (auto* hostVersion = resolve<double()>("REALGetRBVersion")) rbversion_rbversion = hostVersion();
+    CurrentREALControlVersion = layoutFor(rbversion_rbversion);
+
+    // Every host that can load us has this one; a host without it must not get further.
+    resolve<void(int)>("RegisterPluginVersion")(CurrentREALControlVersion);
+
+    if (REALinRuntime()) soundComponentEntry = soundStreamDispatcher;
+    for (auto* definition : classes) MyREALRegisterClass(definition);
+}

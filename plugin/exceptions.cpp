@@ -1,0 +1,73 @@
+#include "plugin/exceptions.h"
+
+#include "plugin/host_string.h"
+#include "plugin/owned.h"
+#include "plugin/zeroed.h"
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <typeinfo>
+
+namespace {
+constexpr char fallbackClass[] = "RuntimeException";
+constexpr int rangeTextBytes = 205; // the terminator included; a longer text is cut
+} // namespace
+
+void RaiseException(const char* className, const char* message, unsigned long, int)
+{
+    OwnedString text;
+    if (message)
+        text.reset(
+            REALBuildUnicodeString(message, static_cast<long long>(std::strlen(message)), encodingASCII));
+
+    OwnedObject exception(REALnewInstance(className));
+    if (!exception) exception.reset(REALnewInstance(fallbackClass));
+    if (!exception) return;
+    REALSetPropValueString(exception.get(), "Message", text.get());
+    REALSetPropValueInteger(exception.get(), "ErrorNumber", 0);
+    REALRaiseException(exception.get());
+}
+
+void RaiseOutOfBoundsException(long long value, long long lower, long long count, const char* parameter,
+                               const char* qualifier)
+{
+    const auto text = allocateZeroed<char>(rangeTextBytes);
+    if (!text) {
+        RaiseException("OutOfBoundsException", "Out of Bounds");
+        return;
+    }
+    // Two qualifiers follow the parameter's name, hence two spaces when they are empty.
+    const char* format = value < 0
+                             ? "Parameter %s %s%s is too small. Range is %lld to %lld, but value is %lld."
+                             : "Parameter %s %s%s is too big. Range is %lld to %lld, but value is %lld.";
+    std::snprintf(text.get(), rangeTextBytes, format, parameter, qualifier, "", lower, count - 1, value);
+    RaiseException("OutOfBoundsException", text.get());
+}
+
+void RaiseHandledException()
+{
+    const auto outOfBounds = [](const std::exception& e) {
+        RaiseException("OutOfBoundsException", e.what());
+    };
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        RaiseException("OutOfMemoryException", "Failed to allocate memory.");
+    } catch (const std::range_error& e) {
+        outOfBounds(e);
+    } catch (const std::out_of_range& e) {
+        outOfBounds(e);
+    } catch (const std::overflow_error& e) {
+        outOfBounds(e);
+    } catch (const std::underflow_error& e) {
+        outOfBounds(e);
+    } catch (const std::bad_cast& e) {
+        RaiseException("IllegalCastException", e.what());
+    } catch (const std::exception& e) { // logic and runtime errors, and whatever else has a text
+        RaiseException(fallbackClass, e.what());
+    } catch (...) {
+        RaiseException(fallbackClass, "Sorry, but there was an unnamed C++ Exception.");
+    }
+}

@@ -1,0 +1,133 @@
+#include "plugin/host_string.h"
+
+#include "plugin/exceptions.h"
+#include "plugin/owned.h"
+#include "plugin/zeroed.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr long long longestText = 0x7FFFFFFF;
+constexpr long long shortUTF32Bytes = 799; // up to here a UTF-32 text is converted on the stack
+constexpr CFIndex shortCFStringUnits = 99; // up to here a platform string is copied through the stack
+constexpr int shortCFStringBytes = 600;
+constexpr int utf8BytesPerUnit = 6; // room for any encoding form that a platform may write
+
+bool isASCII(const unsigned char* bytes, long long length)
+{
+    return std::all_of(bytes, bytes + length, [](unsigned char byte) { return byte < 0x80; });
+}
+
+OwnedString buildMarked(const void* bytes, long long length, std::uint32_t encoding)
+{
+    OwnedString text(REALBuildString(bytes, static_cast<HostInteger>(length)));
+    if (text) REALSetStringEncoding(text.get(), encoding);
+    return text;
+}
+
+OwnedString buildWithEncoding(const void* bytes, long long length, std::uint32_t encoding)
+{
+    return OwnedString(REALBuildStringWithEncoding(bytes, static_cast<HostInteger>(length), encoding));
+}
+
+REALstringStruct* convertToUTF8(OwnedString text)
+{
+    return text ? REALConvertString(text.get(), encodingUTF8) : nullptr;
+}
+
+/// Write `count` code points as UTF-16 and return the units written. Points beyond Unicode become U+FFFD;
+/// stray surrogates are dropped: the two are meant to differ.
+std::size_t utf16FromUTF32(const void* utf32, std::size_t count, std::uint16_t* units)
+{
+    std::uint16_t* const start = units;
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t point;
+        std::memcpy(&point, static_cast<const char*>(utf32) + 4 * i, 4); // the host aligns nothing
+        if (point >= 0x110000) {
+            *units++ = 0xFFFD;
+        } else if (point > 0xFFFF) {
+            *units++ = static_cast<std::uint16_t>(0xD800 + ((point - 0x10000) >> 10));
+            *units++ = static_cast<std::uint16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
+        } else if ((point & 0xFFFFF800) != 0xD800) {
+            *units++ = static_cast<std::uint16_t>(point);
+        }
+    }
+    *units = 0;
+    return static_cast<std::size_t>(units - start);
+}
+
+REALstringStruct* buildFromUTF32OnOldHost(const void* bytes, long long length)
+{
+    const auto count = static_cast<std::size_t>(length / 4);
+    const auto room = static_cast<long long>(count) * 2 + 1; // a pair each, and a terminator
+    std::uint16_t shortUnits[shortUTF32Bytes / 4 * 2 + 1];
+    Zeroed<std::uint16_t> longUnits;
+    std::uint16_t* units = shortUnits;
+    if (length > shortUTF32Bytes) {
+        longUnits = allocateZeroed<std::uint16_t>(room);
+        if (!longUnits) return nullptr;
+        units = longUnits.get();
+    }
+    const std::size_t written = utf16FromUTF32(bytes, count, units);
+    return REALBuildUnicodeStringUTF16(units, static_cast<long long>(written * sizeof *units));
+}
+
+REALstringStruct* build(const void* bytes, long long length, std::uint32_t encoding)
+{
+    switch (encoding) {
+    case encodingUTF16:
+        return REALBuildUnicodeStringUTF16(bytes, length);
+    case encodingUTF32:
+        if (rbversion_rbversion < hostWithUTF32) return buildFromUTF32OnOldHost(bytes, length);
+        return convertToUTF8(buildWithEncoding(bytes, length, encodingUTF32));
+    case encodingMacRoman:
+    case encodingWindowsLatin1:
+    case encodingUnknown:
+        if (isASCII(static_cast<const unsigned char*>(bytes), length)) encoding = encodingASCII;
+        return buildMarked(bytes, length, encoding).release();
+    default:
+        return buildMarked(bytes, length, encoding).release();
+    }
+}
+
+REALstringStruct* buildFromUTF8Copy(CFStringRef text, char* buffer, CFIndex capacity)
+{
+    if (!CFStringGetCString(text, buffer, capacity, kCFStringEncodingUTF8)) return nullptr;
+    return REALBuildUnicodeString(buffer, static_cast<long long>(std::strlen(buffer)), encodingUTF8);
+}
+
+} // namespace
+
+REALstringStruct* REALBuildUnicodeString(const void* bytes, long long length, unsigned long encoding)
+{
+    if (!bytes || length < 1 || length > longestText) return nullptr;
+    try {
+        return build(bytes, length, static_cast<std::uint32_t>(encoding));
+    } catch (...) {
+        RaiseHandledException();
+        return nullptr;
+    }
+}
+
+REALstringStruct* REALBuildUnicodeStringUTF16(const void* bytes, long long length)
+{
+    return convertToUTF8(rbversion_rbversion >= hostWithStringEncodings
+                             ? buildWithEncoding(bytes, length, encodingUTF16)
+                             : buildMarked(bytes, length, encodingUTF16));
+}
+
+REALstringStruct* CFString2RBString(CFStringRef text)
+{
+    if (!text) return nullptr;
+    const CFIndex units = CFStringGetLength(text);
+    if (units <= 0) return nullptr;
+    if (units <= shortCFStringUnits) {
+        char buffer[shortCFStringBytes + 1] = {};
+        return buildFromUTF8Copy(text, buffer, shortCFStringBytes);
+    }
+    const long long capacity = static_cast<long long>(units) * utf8BytesPerUnit;
+    const auto buffer = allocateZeroed<char>(capacity);
+    return buffer ? buildFromUTF8Copy(text, buffer.get(), static_cast<CFIndex>(capacity)) : nullptr;
+}

@@ -1,0 +1,38 @@
+#include "plugin/memory_block.h"
+
+#include "plugin/exceptions.h"
+#include "plugin/owned.h"
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace {
+
+OwnedMemoryBlock copyIntoNewBlock(const void* data, HostInteger size)
+{
+    OwnedMemoryBlock block(REALNewMemoryBlock(size));
+    void* bytes = block ? REALMemoryBlockGetPtr(block.get()) : nullptr;
+    if (!bytes) return nullptr;
+    std::memcpy(bytes, data, static_cast<std::size_t>(size));
+    return block;
+}
+
+} // namespace
+
+REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size)
+{
+    constexpr long long tooLarge = 0x7FFFFFFF;
+    if (!data || size <= 0) return nullptr;
+    if (size < tooLarge) {
+        try {
+            if (auto block = copyIntoNewBlock(data, static_cast<HostInteger>(size))) return block.release();
+        } catch (const std::bad_alloc&) { // said below, like a host that answers null
+        }
+    }
+
+    char message[200];
+    std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.", size);
+    RaiseException("OutOfMemoryException", message);
+    return nullptr;
+}

@@ -1,0 +1,133 @@
+#include "plugin/rb_text.h"
+
+#include "plugin/host_string.h"
+#include "plugin/services.h"
+#include "plugin/string_contents.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr char emptyText[16] = {}; // longer than any read past the end of a short text
+constexpr int zerosBehindCopy = 4;
+
+bool isASCII(const StringContents& contents)
+{
+    const char* bytes = contents.bytes();
+    return !bytes || std::all_of(bytes, bytes + std::max<HostInteger>(contents.count(), 0),
+                                 [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
+} // namespace
+
+rbText::rbText(REALstringStruct* text)
+{
+    for (Slot& slot : slots_) slot.bytes = emptyText;
+    if (!text) return;
+    if (REALGetStringEncoding(text) == encodingUnknown)
+        holdUnknown(text);
+    else
+        hold(text);
+    slots_[utf8].length = slots_[macRoman].length = -1;
+}
+
+rbText::~rbText()
+{
+    if (held_) REALUnlockString(held_);
+    for (Slot& slot : slots_) {
+        if (slot.converted) REALUnlockString(slot.converted);
+        if (slot.hasData) REALDisposeStringData(&slot.data);
+    }
+}
+
+void rbText::hold(REALstringStruct* text)
+{
+    REALLockString(text);
+    held_ = text;
+}
+
+// Bytes of no known encoding: ASCII is handed out as it is, anything else is taken for Mac Roman, which has a
+// character for every byte.
+void rbText::holdUnknown(REALstringStruct* text)
+{
+    const StringContents contents(text);
+    if (isASCII(contents)) {
+        hold(text);
+        isRaw_ = true;
+        return;
+    }
+    if (contents.count() <= largestAllocation - zerosBehindCopy)
+        held_ = REALBuildUnicodeString(contents.bytes(), contents.count(), encodingMacRoman);
+    isEmptyText_ = !held_;
+}
+
+const char* rbText::GetUTF8() { return view(slots_[utf8], encodingUTF8, true); }
+
+const char* rbText::ConvertMacRoman() { return view(slots_[macRoman], encodingMacRoman, false); }
+
+const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
+{
+    if (slot.length >= 0) return slot.bytes;
+    slot.length = 0;
+    if (!held_) return slot.bytes;
+    if (isRaw_) {
+        viewOwnBytes(slot);
+        return slot.bytes;
+    }
+
+    // The record's own encoding word is as old as the record: it is read only where the record is.
+    const bool readsRecord = mayReadRecord && rbversion_rbversion < hostWithMovingBuffers &&
+                             (held_->encoding == encodingASCII || held_->encoding == encodingUTF8);
+    if (readsRecord) {
+        slot.bytes = recordBytes(held_);
+        slot.length = held_->length;
+    } else if (!viewConverted(slot, encoding)) {
+        isEmptyText_ = true;
+    }
+    if (!slot.bytes || slot.length < 0) slot.bytes = emptyText, slot.length = 0;
+    terminate(slot);
+    return slot.bytes;
+}
+
+// Without conversion or copy: raw text is ASCII, and ASCII in every encoding asked for.
+void rbText::viewOwnBytes(Slot& slot)
+{
+    const bool byService = rbversion_rbversion >= hostWithStringEncodings;
+    const char* bytes = byService ? REALGetStringBytes(held_) : recordBytes(held_);
+    const HostInteger length = byService ? hostLength(held_) : held_->length;
+    if (!bytes || length < 0) return;
+    slot.bytes = bytes;
+    slot.length = length;
+}
+
+bool rbText::viewConverted(Slot& slot, std::uint32_t encoding)
+{
+    if (rbversion_rbversion >= hostWithStringEncodings) {
+        slot.hasData = REALGetStringData(held_, encoding, &slot.data);
+        if (!slot.hasData) return false;
+        slot.bytes = slot.data.bytes;
+        slot.length = slot.data.length;
+        return true;
+    }
+    slot.converted = REALConvertString(held_, encoding);
+    if (!slot.converted) return false;
+    slot.bytes = recordBytes(slot.converted);
+    slot.length = slot.converted->length;
+    return true;
+}
+
+// The platform wants terminated text, and short texts are read past their end: a copy has zeros enough for
+// both.
+void rbText::terminate(Slot& slot)
+{
+    if (slot.bytes[slot.length] == 0) return;
+    slot.copy = allocateZeroed<char>(static_cast<std::int64_t>(slot.length) + zerosBehindCopy);
+    if (!slot.copy) {
+        slot.bytes = emptyText;
+        slot.length = 0;
+        return;
+    }
+    std::memcpy(slot.copy.get(), slot.bytes, static_cast<std::size_t>(slot.length));
+    slot.bytes = slot.copy.get();
+}

@@ -1,0 +1,57 @@
+// A host string's text, as bytes in the encoding that the platform wants.
+#pragma once
+
+#include "abi/host_values.h"
+#include "plugin/zeroed.h"
+
+/// Holds one host string and hands out views of it.
+/// Owner   the views stay valid until this is destroyed; they point into the host's storage, into a private
+/// copy, or
+///         at a shared empty text.
+/// Errors  text that cannot be converted gives the empty view.
+/// Thread  [main].
+class rbText {
+public:
+    explicit rbText(REALstringStruct* text);
+    ~rbText();
+    rbText(const rbText&) = delete;
+    rbText& operator=(const rbText&) = delete;
+
+    /// Zero-terminated UTF-8. Converted once; later calls return the same view.
+    const char* GetUTF8();
+    HostInteger lengthUTF8() const { return slots_[utf8].length; }
+
+    /// Zero-terminated Mac Roman, likewise.
+    const char* ConvertMacRoman();
+    HostInteger lengthMacRoman() const { return slots_[macRoman].length; }
+
+    /// The text had no known encoding and is ASCII: its bytes are handed out as they are.
+    bool isRaw() const { return isRaw_; }
+    /// A conversion failed, and a view is empty for that reason.
+    bool isEmptyText() const { return isEmptyText_; }
+
+private:
+    enum SlotIndex { utf8, macRoman, slotCount = 7 }; ///< the rest are for encodings nobody asks for yet
+
+    /// One target encoding: what the view rests on, and the view.
+    struct Slot {
+        REALstringStruct* converted = nullptr; ///< one reference held
+        REALstringData data = {};
+        bool hasData = false; ///< `data` is the host's, to be given back
+        Zeroed<char> copy;
+        const char* bytes;
+        HostInteger length = 0; ///< negative until computed
+    };
+
+    void hold(REALstringStruct* text);
+    void holdUnknown(REALstringStruct* text);
+    const char* view(Slot& slot, std::uint32_t encoding, bool mayReadRecord);
+    void viewOwnBytes(Slot& slot);
+    bool viewConverted(Slot& slot, std::uint32_t encoding);
+    void terminate(Slot& slot);
+
+    REALstringStruct* held_ = nullptr; ///< one reference held
+    Slot slots_[slotCount];
+    bool isRaw_ = false;
+    bool isEmptyText_ = false;
+};

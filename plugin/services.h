@@ -1,0 +1,123 @@
+// Every host service, one row each: the wrapper by which we call it, its signature, the name or names it goes
+// by.
+//
+// A service is looked up on first use and kept. One that the host does not have is looked up again on the
+// next use, and a call of it is skipped: the caller goes on as if it had answered zero, null or false.
+// Thread: [main] only; the look-up takes no lock.
+#pragma once
+
+#include "abi/class_definition.h"
+#include "abi/host_values.h"
+#include "plugin/process_state.h"
+
+template <class Signature>
+class Service;
+
+template <class Result, class... Arguments>
+class Service<Result(Arguments...)> {
+public:
+    using Function = Result (*)(Arguments...);
+
+    /// `laterName` is asked for only if the host does not know `name`.
+    constexpr explicit Service(const char* name, const char* laterName = nullptr)
+        : name_(name), laterName_(laterName)
+    {
+    }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+
+    /// The host's function, or null.
+    Function find()
+    {
+        if (!entry_) entry_ = lookUp(name_);
+        if (!entry_ && laterName_) entry_ = lookUp(laterName_);
+        return entry_;
+    }
+
+    Result operator()(Arguments... arguments)
+    {
+        if (Function function = find()) return function(arguments...);
+        return Result();
+    }
+
+private:
+    static Function lookUp(const char* name)
+    {
+        return gResolver ? reinterpret_cast<Function>(gResolver(name)) : nullptr;
+    }
+
+    Function entry_ = nullptr;
+    const char* name_;
+    const char* laterName_;
+};
+
+struct FSRef;
+
+// What some services hand out: a function of one array or one object, or of one string.
+using LengthMethod = HostInteger (*)(REALstringStruct*);
+using InsertInteger = void (*)(REALarrayStruct*, HostInteger index, HostInteger value);
+template <class Element>
+using GetElement = Element (*)(REALarrayStruct*, HostInteger index);
+
+// clang-format off
+//             signature                                                          wrapper                      names
+
+inline Service<HostBoolean()>                                                     REALinRuntime              {"REALinRuntime"};
+inline Service<void(REALclassDefinition*)>                                        REALRegisterClass          {"PluginRegisterClass"};
+
+// objects: a new instance comes with one reference
+inline Service<REALobjectStruct*(const char* className)>                          REALnewInstance            {"PluginNewInstance"};
+inline Service<void(REALobjectStruct*)>                                           REALLockObject             {"REALLockObject"};
+inline Service<void(REALobjectStruct*)>                                           REALUnlockObject           {"REALUnlockObject"};
+inline Service<void(REALobjectStruct*, const char* property, REALstringStruct*)>  REALSetPropValueString     {"REALSetPropValueString"};
+inline Service<void(REALobjectStruct*, const char* property, HostInteger)>        REALSetPropValueInteger    {"REALSetPropValueInteger", "REALSetPropValueInt"};
+inline Service<AnyFunction(REALobjectStruct*, const char* declaration)>           REALLoadObjectMethod       {"REALLoadObjectMethod"};
+inline Service<AnyFunction(REALobjectStruct*, Word eventSystemUse)>               REALGetEventInstance       {"GetEventInstance"};
+inline Service<void(REALobjectStruct* exception)>                                 REALRaiseException         {"RuntimeRaiseException"};
+inline Service<REALobjectStruct*(REALstringStruct*)>                              REALNewVariantString       {"StringToVariant"};
+inline Service<REALobjectStruct*(HostInteger)>                                    REALNewVariantInteger      {"IntegerToVariant", "Int32ToVariant"};
+
+// strings: one that a service builds or converts comes with one reference; marking an encoding converts nothing
+inline Service<void(REALstringStruct*)>                                           REALLockString             {"REALLockString"};
+inline Service<void(REALstringStruct*)>                                           REALUnlockString           {"REALUnlockString"};
+inline Service<REALstringStruct*(const void* bytes, HostInteger count)>           REALBuildString            {"REALBuildString"};
+inline Service<REALstringStruct*(const void* bytes, HostInteger count, std::uint32_t encoding)>
+                                                                                  REALBuildStringWithEncoding{"REALBuildStringWithEncoding"};
+inline Service<std::uint32_t(REALstringStruct*)>                                  REALGetStringEncoding      {"REALGetStringEncoding"};
+inline Service<void(REALstringStruct*, std::uint32_t encoding)>                   REALSetStringEncoding      {"REALSetStringEncoding"};
+inline Service<REALstringStruct*(REALstringStruct*, std::uint32_t encoding)>      REALConvertString          {"REALConvertString"};
+inline Service<const char*(REALstringStruct*)>                                    REALGetStringBytes         {"StringGetCString"};
+inline Service<HostBoolean(REALstringStruct*, std::uint32_t encoding, REALstringData*)>
+                                                                                  REALGetStringData          {"PluginGetStringData"};
+inline Service<void(REALstringData*)>                                             REALDisposeStringData      {"PluginDisposeStringData"};
+inline Service<AnyFunction(const void* none, const char* declaration)>            REALLoadFrameworkMethod    {"REALLoadGlobalMethod"};
+
+// memory blocks: a new one comes with one reference
+inline Service<REALmemoryBlockStruct*(HostInteger bytes)>                         REALNewMemoryBlock         {"newMemoryBlock"};
+inline Service<void*(REALmemoryBlockStruct*)>                                     REALMemoryBlockGetPtr      {"memoryBlockGetPtr"};
+inline Service<HostInteger(REALmemoryBlockStruct*)>                               REALMemoryBlockGetSize     {"memoryBlockGetSize"};
+
+// arrays: an upper bound of -1 is an empty one; elements are reached through a function of the array
+inline Service<REALarrayStruct*(HostInteger elementType, HostInteger upperBound)> REALCreateArray            {"RuntimeArrayCreateSingleDimBoundedArray"};
+inline Service<HostInteger(REALarrayStruct*)>                                     REALGetArrayUBound         {"RuntimeUBound"};
+inline Service<InsertInteger(REALarrayStruct*)>                                   REALInsertArrayValueInteger{"PluginIntegerArrayInsertProc", "RuntimeArrayDirectGetInsertProc"};
+inline Service<GetElement<HostInteger>(REALarrayStruct*)>                         REALGetArrayValueInteger   {"PluginIntegerArrayGetProc", "RuntimeArrayDirectGetGetProc"};
+inline Service<GetElement<float>(REALarrayStruct*)>                               REALGetArrayValueSingle    {"PluginSingleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
+inline Service<GetElement<double>(REALarrayStruct*)>                              REALGetArrayValueDouble    {"PluginDoubleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
+
+// the rest
+inline Service<void()>                                                            REALYieldToRB              {"REALYieldToRB"};
+inline Service<HostBoolean(REALfolderItemStruct*, FSRef*, void* none)>            REALFSRefFromFolderItem    {"REALFSRefFromFolderItem"};
+// clang-format on
+
+/// Memory blocks are objects to the host: references are counted by the same services.
+inline REALobjectStruct* asObject(REALmemoryBlockStruct* block)
+{
+    return reinterpret_cast<REALobjectStruct*>(block);
+}
+
+/// The host's own method for a string's length in bytes, or null. Kept for good once found.
+LengthMethod hostLengthMethod();
+
+/// The length of `text` in bytes by the host's method; 0 when the host has none.
+HostInteger hostLength(REALstringStruct* text);
