@@ -1,0 +1,18 @@
+// The subcommands. Each adds its part to the command line; when it is the chosen one, `action` is what to do.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace kvx {
+
+/// Does the work of a subcommand and returns the exit code. Throws Failure and other standard exceptions.
+using Action = std::function<int()>;
+
+void addPlayCommand(CLI::App& app, Action& action);
+void addClassesCommand(CLI::App& app, Action& action);
+void addDevicesCommand(CLI::App& app, Action& action);
+void addTuneCommand(CLI::App& app, Action& action);
+
+} // namespace kvx

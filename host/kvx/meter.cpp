@@ -1,0 +1,23 @@
+#include "host/kvx/meter.h"
+
+#include <cmath>
+
+namespace kvx {
+
+Meter::Meter(KVXDeviceID device) : device_(device) { KVXPlatformSetOutputTap(device, listen, this); }
+
+Meter::~Meter() { KVXPlatformSetOutputTap(device_, nullptr, nullptr); }
+
+void Meter::listen(void* context, const float* samples, std::uint32_t frames, std::uint32_t channels)
+{
+    float peak = 0.0f;
+    for (std::size_t i = 0; i < std::size_t(frames) * channels; ++i) {
+        const float magnitude = std::fabs(samples[i]);
+        if (magnitude > peak) peak = magnitude;
+    }
+    // The only other writer resets to 0: a peak lost to that is shown by the next slice.
+    std::atomic<float>& held = static_cast<Meter*>(context)->peak_;
+    if (peak > held.load(std::memory_order_relaxed)) held.store(peak, std::memory_order_relaxed);
+}
+
+} // namespace kvx

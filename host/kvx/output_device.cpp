@@ -1,0 +1,74 @@
+#include "host/kvx/output_device.h"
+
+#include "host/kvx/failure.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace kvx {
+namespace {
+
+void check(std::int32_t status)
+{
+    if (status != 0) throw Failure(KVXPlatformErrorText());
+}
+
+void needSimulated(const KVXDeviceInfo& device, const char* option)
+{
+    if (!device.isSimulated)
+        throw Failure(fmt::format("{} is for the simulated device, and this is {}; add --device simulated",
+                                  option, device.name));
+}
+
+KVXDeviceInfo defaultDevice()
+{
+    const auto devices = listDevices();
+    const auto found =
+        std::find_if(devices.begin(), devices.end(), [](const auto& each) { return each.isDefaultOutput; });
+    if (found == devices.end())
+        throw Failure("there is no output device; name one of `kvx devices` with --device");
+    return *found;
+}
+
+} // namespace
+
+std::vector<KVXDeviceInfo> listDevices()
+{
+    std::vector<KVXDeviceInfo> rows(KVXPlatformGetDevices(nullptr, 0));
+    const std::uint32_t count = KVXPlatformGetDevices(rows.data(), std::uint32_t(rows.size()));
+    rows.resize(std::min<std::size_t>(count, rows.size()));
+    return rows;
+}
+
+KVXDeviceInfo chooseDevice(const DeviceWish& wish)
+{
+    if (!wish.choice.empty()) check(KVXPlatformChooseOutputDevice(wish.choice.c_str()));
+    const KVXDeviceInfo device = defaultDevice();
+    if (wish.rate > 0) {
+        needSimulated(device, "--device-rate");
+        check(KVXPlatformConfigureDevice(device.device, wish.rate, 0, 0));
+    }
+    if (wish.isStepped) {
+        needSimulated(device, "--fast");
+        check(KVXPlatformSetStepped(device.device, 1));
+    }
+    return defaultDevice();
+}
+
+KVXDeviceInfo deviceNow(const KVXDeviceInfo& device)
+{
+    for (const KVXDeviceInfo& each : listDevices())
+        if (each.device == device.device) return each;
+    KVXDeviceInfo gone = device;
+    gone.isAlive = 0;
+    return gone;
+}
+
+bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish)
+{
+    return device.isSimulated && wish.choice.empty() && !std::getenv("KVX_AUDIO_DEVICE");
+}
+
+} // namespace kvx

@@ -1,0 +1,29 @@
+// The device that is played to: the process's default output device, as the user chose it.
+#pragma once
+
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+/// Every device, in the order of their numbers (0 is the first).
+std::vector<KVXDeviceInfo> listDevices();
+
+struct DeviceWish {
+    std::string choice;     ///< a name, a part of one, a number or "simulated"; empty: as the system has it
+    double rate = 0;        ///< Hz, of the simulated device; 0: as it is
+    bool isStepped = false; ///< turn the simulated device by hand instead of in real time
+};
+
+/// Make the wished device the default and set it up. Throws Failure: what cannot be had, and what to do.
+KVXDeviceInfo chooseDevice(const DeviceWish& wish);
+
+/// The device as it is now; one that is no longer listed comes back as not alive.
+KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
+
+/// Whether the user left the choice to the system and the system has no hardware that opens.
+bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish);
+
+} // namespace kvx

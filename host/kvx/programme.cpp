@@ -1,0 +1,59 @@
+#include "host/kvx/programme.h"
+
+namespace kvx {
+
+std::int64_t Run::frames() const
+{
+    std::int64_t sum = 0;
+    for (const ProgrammeFile& file : files) sum += file.format.frames;
+    return sum;
+}
+
+const ProgrammeFile& Run::fileAt(std::int64_t frame) const
+{
+    for (const ProgrammeFile& file : files) {
+        if (frame < file.format.frames) return file;
+        frame -= file.format.frames;
+    }
+    return files.back();
+}
+
+std::int64_t Run::firstFrameOf(const ProgrammeFile& wanted) const
+{
+    std::int64_t first = 0;
+    for (const ProgrammeFile& file : files) {
+        if (&file == &wanted) break;
+        first += file.format.frames;
+    }
+    return first;
+}
+
+std::vector<Run> planProgramme(const std::vector<std::string>& paths)
+{
+    std::vector<Run> runs;
+    for (const std::string& path : paths) {
+        const SoundFormat format = SoundFile(path).format();
+        const bool fits = !runs.empty() && runs.back().sampleRate() == format.sampleRate &&
+                          runs.back().channels() == format.channels;
+        if (!fits) runs.emplace_back();
+        runs.back().files.push_back({path, format});
+    }
+    return runs;
+}
+
+std::size_t RunReader::read(float* out, std::size_t frames)
+{
+    std::size_t done = 0;
+    while (done < frames) {
+        if (!open_) {
+            if (next_ == run_.files.size()) break;
+            open_ = std::make_unique<SoundFile>(run_.files[next_++].path);
+        }
+        const std::size_t got = open_->read(out + done * std::size_t(run_.channels()), frames - done);
+        done += got;
+        if (done < frames) open_.reset(); // at its end
+    }
+    return done;
+}
+
+} // namespace kvx

@@ -1,0 +1,50 @@
+// What is to be played: files in order, gathered into runs of one format. A run needs one player and has no
+// gaps.
+#pragma once
+
+#include "host/kvx/sound_file.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+struct ProgrammeFile {
+    std::string path;
+    SoundFormat format;
+};
+
+/// Neighbouring files of one sample rate and channel count.
+struct Run {
+    std::vector<ProgrammeFile> files; ///< at least one
+
+    int sampleRate() const { return files.front().format.sampleRate; }
+    int channels() const { return files.front().format.channels; }
+    std::int64_t frames() const;
+
+    /// The file that sounds at `frame`, counted from the start of the run; the last one from there on.
+    const ProgrammeFile& fileAt(std::int64_t frame) const;
+    std::int64_t firstFrameOf(const ProgrammeFile& file) const;
+};
+
+/// Look into every file and gather them. Throws Failure for the first that is unfit, before anything is
+/// heard.
+std::vector<Run> planProgramme(const std::vector<std::string>& paths);
+
+/// Reads a run from its first frame to its last, one file open at a time.
+class RunReader {
+public:
+    explicit RunReader(const Run& run) : run_(run) {}
+
+    /// As SoundFile::read, across the seams between files. Returns fewer frames than asked at the run's end
+    /// only.
+    std::size_t read(float* out, std::size_t frames);
+
+private:
+    const Run& run_;
+    std::size_t next_ = 0;
+    std::unique_ptr<SoundFile> open_;
+};
+
+} // namespace kvx

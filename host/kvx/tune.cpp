@@ -1,0 +1,94 @@
+#include "host/kvx/tune.h"
+
+#include "host/kvx/failure.h"
+
+#include <fmt/format.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace kvx {
+namespace {
+
+struct Note {
+    double beat;
+    int key;   // semitones above A at 220 Hz
+    float pan; // 0 left, 1 right
+    float gain;
+};
+
+constexpr double beatSeconds = 0.25;
+constexpr double pi = 3.14159265358979323846;
+
+// Broken chords over a slow bass, ending where they began.
+// clang-format off
+constexpr Note notes[] = {
+    { 0, -9, 0.50f, 0.9f}, { 0,  3, 0.20f, 0.7f}, { 1,  7, 0.35f, 0.7f}, { 2, 10, 0.65f, 0.7f}, { 3, 15, 0.80f, 0.8f},
+    { 4, -5, 0.50f, 0.9f}, { 4,  7, 0.75f, 0.7f}, { 5, 10, 0.60f, 0.7f}, { 6, 14, 0.40f, 0.7f}, { 7, 19, 0.25f, 0.8f},
+    { 8, -4, 0.50f, 0.9f}, { 8,  8, 0.20f, 0.7f}, { 9, 12, 0.35f, 0.7f}, {10, 15, 0.65f, 0.7f}, {11, 20, 0.80f, 0.8f},
+    {12, -2, 0.50f, 0.9f}, {12, 10, 0.75f, 0.7f}, {13, 14, 0.60f, 0.7f}, {14, 17, 0.40f, 0.7f}, {15, 22, 0.25f, 0.8f},
+    {16, -9, 0.50f, 1.0f}, {16,  3, 0.30f, 0.8f}, {16.15, 10, 0.50f, 0.8f}, {16.3, 15, 0.70f, 0.8f}, {16.45, 27, 0.50f, 0.5f},
+};
+// clang-format on
+constexpr double tuneSeconds = 6.5;
+
+// A plucked string: harmonics that fade the sooner the higher they are, after a soft attack.
+float pluck(double seconds, double frequency)
+{
+    double sum = 0;
+    for (int harmonic = 1; harmonic <= 6; ++harmonic)
+        sum += std::sin(2.0 * pi * frequency * harmonic * seconds) *
+               std::exp(-seconds * (1.6 + 1.1 * harmonic)) / (harmonic * harmonic);
+    return float(sum * (1.0 - std::exp(-seconds * 400.0)));
+}
+
+} // namespace
+
+std::vector<float> composeTune()
+{
+    const auto frames = std::size_t(tuneSeconds * tuneSampleRate);
+    std::vector<float> tune(frames * tuneChannels);
+    for (const Note& note : notes) {
+        const auto first = std::size_t(note.beat * beatSeconds * tuneSampleRate);
+        const double frequency = 220.0 * std::pow(2.0, note.key / 12.0);
+        const float left = note.gain * std::cos(float(pi / 2) * note.pan);
+        const float right = note.gain * std::sin(float(pi / 2) * note.pan);
+        for (std::size_t frame = first; frame < frames; ++frame) {
+            const float sample = pluck(double(frame - first) / tuneSampleRate, frequency);
+            tune[frame * 2] += left * sample;
+            tune[frame * 2 + 1] += right * sample;
+        }
+    }
+
+    float peak = 0;
+    for (float sample : tune) peak = std::max(peak, std::fabs(sample));
+    const std::size_t fade = tuneSampleRate / 2;
+    for (std::size_t i = 0; i < tune.size(); ++i) {
+        const std::size_t left = frames - 1 - i / 2;
+        tune[i] *= 0.7f / peak * std::min(1.0f, float(left) / float(fade));
+    }
+    return tune;
+}
+
+void writeTune(const std::string& path)
+{
+    const std::vector<float> tune = composeTune();
+    SF_INFO info = {};
+    info.samplerate = tuneSampleRate;
+    info.channels = tuneChannels;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (!file)
+        throw Failure(
+            fmt::format("{} cannot be written; name a file in a folder that you may write to", path));
+    const auto frames = sf_count_t(tune.size() / tuneChannels);
+    const bool isWritten = sf_writef_float(file, tune.data(), frames) == frames;
+    const bool isClosed = sf_close(file) == 0;
+    if (isWritten && isClosed) return;
+    std::remove(path.c_str());
+    throw Failure(fmt::format("{} cannot be written to its end; make room on the disk", path));
+}
+
+} // namespace kvx
