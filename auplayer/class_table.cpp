@@ -11,4 +11,4 @@ constexpr Word declaredDataSize = 184; // bytes of class data that the host sets
 } // namespace auplayer
 
 REALclassDefinition auPlayerClass =
-    table::classDefinition("AUPlayerKVX", auplayer::declaredDataSize, {nullptr, nullptr});
+    table::classDefinition("AUPlayerKVX", auplayer::declaredDataSize, {}, {});

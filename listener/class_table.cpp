@@ -1,14 +1,45 @@
 // CoreAudioListenerKVX as the host sees it.
 #include "plugin/class_table.h"
+#include "listener/changed_event.h"
+#include "listener/listener.h"
 #include "plugin/classes.h"
 
 namespace listener {
+
 namespace {
 
-constexpr Word declaredDataSize = 20; // bytes of class data that the host sets aside for each object
+template <std::uint32_t ListenerData::*field>
+std::uint32_t get(REALobjectStruct* object, HostInteger)
+{
+    return dataOf(object).*field;
+}
+
+using namespace table;
+using Data = ListenerData;
+
+// clang-format off
+REALproperty properties[] = {
+    KVX_FIELD("LastError",       asInteger, readOnly, ListenerData, lastError),
+    property("ObjectID",         asUInt32,  get<&Data::objectID>,         readOnly),
+    property("PropertySelector", asUInt32,  get<&Data::propertySelector>, readOnly),
+    property("PropertyScope",    asUInt32,  get<&Data::propertyScope>,    readOnly),
+    property("PropertyElement",  asUInt32,  get<&Data::propertyElement>,  readOnly),
+};
+
+REALmethod methods[] = {
+    KVX_METHOD(construct, "Constructor(ObjectID as UInt32, PropertySelector as UInt32, PropertyScope as UInt32, PropertyElement as UInt32)"),
+    KVX_METHOD(destruct,  "Destructor"),
+};
+// clang-format on
+
+static_assert(std::size(properties) == 5, "the class is published with 5 properties");
+static_assert(std::size(methods) == 2, "the class is published with 2 methods");
 
 } // namespace
+
 } // namespace listener
 
+// Construction and destruction are methods here: the host hands the constructor its arguments.
 REALclassDefinition coreAudioListenerClass =
-    table::classDefinition("CoreAudioListenerKVX", listener::declaredDataSize, {nullptr, nullptr});
+    table::classDefinition("CoreAudioListenerKVX", sizeof(listener::ListenerData), {},
+                           {listener::properties, listener::methods, listener::changedEvent, {}});

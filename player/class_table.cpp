@@ -153,5 +153,6 @@ AudioPlayerData& dataOf(REALobjectStruct* object)
 
 REALclassDefinition coreAudioPlayerClass =
     table::classDefinition("CoreAudioPlayerKVX", sizeof(player::AudioPlayerData),
-                           {player::CoreAudioPlayAudioConstructor, player::CoreAudioPlayAudioDestructor},
-                           player::properties, player::methods);
+                           {table::Border<player::CoreAudioPlayAudioConstructor>::call,
+                            table::Border<player::CoreAudioPlayAudioDestructor>::call},
+                           {player::properties, player::methods, {}, {}});

@@ -11,4 +11,4 @@ constexpr Word declaredDataSize = 20; // bytes of class data that the host sets 
 } // namespace soundstream
 
 REALclassDefinition soundStreamClass =
-    table::classDefinition("QTSoundStreamKVX", soundstream::declaredDataSize, {nullptr, nullptr});
+    table::classDefinition("QTSoundStreamKVX", soundstream::declaredDataSize, {}, {});

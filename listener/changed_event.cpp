@@ -1,0 +1,51 @@
+#include "listener/changed_event.h"
+
+#include "listener/live_listeners.h"
+#include "plugin/process_state.h"
+#include "plugin/services.h"
+#include "plugin/weak_symbols.h"
+
+#include <pthread.h>
+
+namespace listener {
+
+namespace {
+
+/// The word that the host filled at registration: in the record itself, or, for a host of the oldest layout,
+/// in the copy to which our own word then leads.
+Word eventSystemUse()
+{
+    const Word word = changedEvent[0].systemUse;
+    return CurrentREALControlVersion == oldestLayout ? reinterpret_cast<const REALevent9*>(word)->systemUse
+                                                     : word;
+}
+
+/// Call the host program's handler, if it attached one. [main]
+void raiseChanged(REALobjectStruct* object, Serial moment)
+{
+    if (!isMeantFor(object, moment)) return;
+    if (AnyFunction handler = REALGetEventInstance(object, eventSystemUse()))
+        reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
+}
+
+} // namespace
+
+REALevent changedEvent[1] = {{"Changed", 0, {0, 0}}};
+
+OSStatus propertyChanged(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void* client)
+{
+    const auto object = static_cast<REALobjectStruct*>(client);
+    const Serial moment = latestSerial();
+    try {
+        if (pthread_main_np())
+            raiseChanged(object, moment);
+        else if (dispatch_async)
+            dispatch_async(dispatch_get_main_queue(), ^{
+              raiseChanged(object, moment);
+            });
+    } catch (...) { // a handler's exception must not reach the platform
+    }
+    return noErr;
+}
+
+} // namespace listener

@@ -1,0 +1,58 @@
+#include "listener/live_listeners.h"
+
+#include <cstdlib>
+
+namespace listener {
+
+namespace {
+
+struct Live {
+    REALobjectStruct* object;
+    Serial serial;
+    Live* next;
+};
+
+// Lists by address, short for any number of listeners that a program can want.
+constexpr std::size_t bucketCount = 256;
+Live* buckets[bucketCount]; // [main]
+
+alignas(8) Serial latest = 0; // written by [main], read by all
+
+/// The link that leads to `object`'s entry, or the one at the end of its list.
+Live** linkTo(REALobjectStruct* object)
+{
+    Live** link = &buckets[reinterpret_cast<Word>(object) / 16 % bucketCount];
+    while (*link && (*link)->object != object) link = &(*link)->next;
+    return link;
+}
+
+} // namespace
+
+Serial latestSerial() { return __atomic_load_n(&latest, __ATOMIC_ACQUIRE); }
+
+void addLiveListener(REALobjectStruct* object)
+{
+    __atomic_store_n(&latest, latest + 1, __ATOMIC_RELEASE);
+    Live** link = linkTo(object);
+    if (!*link) *link = static_cast<Live*>(std::calloc(1, sizeof(Live)));
+    if (!*link) return;
+    (*link)->object = object;
+    (*link)->serial = latest;
+}
+
+void removeLiveListener(REALobjectStruct* object)
+{
+    Live** link = linkTo(object);
+    Live* gone = *link;
+    if (!gone) return;
+    *link = gone->next;
+    std::free(gone);
+}
+
+bool isMeantFor(REALobjectStruct* object, Serial moment)
+{
+    const Live* live = *linkTo(object);
+    return live && live->serial <= moment;
+}
+
+} // namespace listener
