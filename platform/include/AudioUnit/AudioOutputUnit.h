@@ -1,0 +1,32 @@
+/*
+ * What output units do beside. C.
+ *
+ * Thread   [any].
+ * Errors   as in AUComponent.h; a unit that is no output unit is badComponentSelector.
+ */
+#ifndef AUDIOUNIT_AUDIOOUTPUTUNIT_H
+#define AUDIOUNIT_AUDIOOUTPUTUNIT_H
+
+#include <AudioUnit/AUComponent.h>
+
+#pragma GCC visibility push(default)
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Start an initialised unit's device; the device's refusal is passed on. Starting a running unit changes
+ * nothing. */
+extern OSStatus AudioOutputUnitStart(AudioUnit unit);
+
+/*
+ * Stop it: when this returns, no callback of the unit runs any more. Inside a callback it ends the unit with
+ * that slice instead. Never call it holding a lock that a callback waits for.
+ */
+extern OSStatus AudioOutputUnitStop(AudioUnit unit);
+
+#ifdef __cplusplus
+}
+#endif
+#pragma GCC visibility pop
+
+#endif
