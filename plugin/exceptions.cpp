@@ -63,9 +63,13 @@ void RaiseHandledException()
         outOfBounds(e);
     } catch (const std::underflow_error& e) {
         outOfBounds(e);
+    } catch (const std::logic_error& e) { // before bad_cast: an exception may be both
+        RaiseException(fallbackClass, e.what());
+    } catch (const std::runtime_error& e) {
+        RaiseException(fallbackClass, e.what());
     } catch (const std::bad_cast& e) {
         RaiseException("IllegalCastException", e.what());
-    } catch (const std::exception& e) { // logic and runtime errors, and whatever else has a text
+    } catch (const std::exception& e) {
         RaiseException(fallbackClass, e.what());
     } catch (...) {
         RaiseException(fallbackClass, "Sorry, but there was an unnamed C++ Exception.");

@@ -22,10 +22,11 @@ inline auto arrayGetter<double>() -> decltype(REALGetArrayValueDouble)&
     return REALGetArrayValueDouble;
 }
 
-/// How many elements `array` has; any negative upper bound is an empty array.
-inline HostInteger arrayCount(REALarrayStruct* array)
+/// How many elements `array` has; any negative upper bound is an empty array. 64 bits, since the largest
+/// upper bound plus one is past the host's Integer.
+inline std::int64_t arrayCount(REALarrayStruct* array)
 {
-    const HostInteger upperBound = REALGetArrayUBound(array);
+    const std::int64_t upperBound = REALGetArrayUBound(array);
     return upperBound < 0 ? 0 : upperBound + 1;
 }
 
@@ -37,7 +38,7 @@ inline HostInteger arrayCount(REALarrayStruct* array)
 template <class Element>
 bool readArrayElement(REALarrayStruct* array, HostInteger index, Element& element)
 {
-    const HostInteger count = arrayCount(array);
+    const std::int64_t count = arrayCount(array);
     if (index < 0 || index >= count) {
         RaiseOutOfBoundsException(index, 0, count, "index", "");
         return false;

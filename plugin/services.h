@@ -53,8 +53,7 @@ private:
 
 struct FSRef;
 
-// What some services hand out: a function of one array or one object, or of one string.
-using LengthMethod = HostInteger (*)(REALstringStruct*);
+// What some services hand out: a function of one array.
 using InsertInteger = void (*)(REALarrayStruct*, HostInteger index, HostInteger value);
 template <class Element>
 using GetElement = Element (*)(REALarrayStruct*, HostInteger index);
@@ -116,8 +115,30 @@ inline REALobjectStruct* asObject(REALmemoryBlockStruct* block)
     return reinterpret_cast<REALobjectStruct*>(block);
 }
 
-/// The host's own method for a string's length in bytes, or null. Kept for good once found.
-LengthMethod hostLengthMethod();
+/// A method of the host's own library, reached by its declaration and kept for good once found. Without it, a
+/// call is skipped like that of a missing service.
+template <class Signature>
+class FrameworkMethod;
 
-/// The length of `text` in bytes by the host's method; 0 when the host has none.
-HostInteger hostLength(REALstringStruct* text);
+template <class Result, class... Arguments>
+class FrameworkMethod<Result(Arguments...)> {
+public:
+    using Function = Result (*)(Arguments...);
+
+    constexpr explicit FrameworkMethod(const char* declaration) : declaration_(declaration) {}
+    FrameworkMethod(const FrameworkMethod&) = delete;
+    FrameworkMethod& operator=(const FrameworkMethod&) = delete;
+
+    Result operator()(Arguments... arguments)
+    {
+        if (!entry_) entry_ = reinterpret_cast<Function>(REALLoadFrameworkMethod(nullptr, declaration_));
+        return entry_ ? entry_(arguments...) : Result();
+    }
+
+private:
+    Function entry_ = nullptr;
+    const char* declaration_;
+};
+
+/// The length of a string in bytes.
+inline FrameworkMethod<HostInteger(REALstringStruct*)> hostLength{"LenB( s as string ) as integer"};
