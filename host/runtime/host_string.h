@@ -37,8 +37,8 @@ public:
     std::string text() const;
 };
 
-/// A new string with the text of `string` in `encoding`; nil where either encoding is unknown and the bytes
-/// are not plain ASCII.
+/// The text of `string` in `encoding`, `string` itself if it is marked so already; nil where either encoding
+/// is not known and the bytes are not plain ASCII.
 String convertString(REALstringStruct* string, std::uint32_t encoding);
 
 } // namespace host

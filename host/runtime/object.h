@@ -29,6 +29,8 @@ public:
     using Ref::Ref;
     Object(Ref<REALobjectStruct> ref) : Ref(std::move(ref)) {}
 
+    using Ref::get; ///< without a name: the handle itself
+
     const ClassInfo& classInfo() const;
 
     Value get(std::string_view property) const;

@@ -21,7 +21,7 @@ struct Service {
     void* function;     ///< what the resolver answers
     std::size_t* calls; ///< counted on each call, since the current host was made
     double first;       ///< the first version that has it; 0: all
-    double last;        ///< the last version before which it is gone again; infinity: never
+    double last;        ///< the version from which it is gone again; infinity: never
 };
 
 struct ServiceTable {

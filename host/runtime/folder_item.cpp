@@ -1,0 +1,74 @@
+#include "host/runtime/folder_item.h"
+
+#include "abi/host_values.h"
+#include "host/runtime/folder_reference.h"
+#include "host/runtime/records.h"
+#include "host/runtime/text_encoding.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <new>
+
+namespace host {
+
+namespace {
+
+PathToReference pathToReference = nullptr;
+
+/// The length-prefixed UTF-16 name that the platform calls HFSUniStr255.
+struct ItemName {
+    std::uint16_t length;
+    char16_t units[255];
+};
+static_assert(sizeof(ItemName) == 512);
+
+bool refer(const std::string& path, void* reference)
+{
+    const auto* bytes = reinterpret_cast<const unsigned char*>(path.c_str());
+    return pathToReference && pathToReference(bytes, reference, nullptr) == 0;
+}
+
+const std::string& pathOf(const FolderItem& item)
+{
+    static const std::string none;
+    return item ? record<FolderItemRecord>(item.get())->path : none;
+}
+
+} // namespace
+
+void setPathToReference(PathToReference function) { pathToReference = function; }
+
+FolderItem FolderItem::at(const std::string& path)
+{
+    std::error_code ignored;
+    auto absolute = std::filesystem::absolute(path, ignored).lexically_normal().string();
+    while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
+    auto* made = makeValue<FolderItemRecord>(Kind::folderItem);
+    if (!made) throw std::bad_alloc();
+    made->path = std::move(absolute);
+    return FolderItem(adopt(reinterpret_cast<REALfolderItemStruct*>(made)));
+}
+
+std::string FolderItem::path() const { return pathOf(*this); }
+
+std::string FolderItem::name() const { return std::filesystem::path(pathOf(*this)).filename().string(); }
+
+std::string FolderItem::parent() const { return std::filesystem::path(pathOf(*this)).parent_path().string(); }
+
+bool itemReference(const FolderItem& item, void* reference) { return item && refer(item.path(), reference); }
+
+bool parentReference(const FolderItem& item, void* reference, void* name)
+{
+    if (!item) return false;
+    const auto units = convertText(item.name(), encodingUTF8, encodingUTF16);
+    ItemName itemName = {};
+    if (units->empty() || units->size() > sizeof itemName.units || !refer(item.parent(), reference))
+        return false;
+    itemName.length = static_cast<std::uint16_t>(units->size() / sizeof(char16_t));
+    std::memcpy(itemName.units, units->data(), units->size());
+    std::memcpy(name, &itemName, sizeof itemName);
+    return true;
+}
+
+} // namespace host
