@@ -1,0 +1,145 @@
+// What comes out of a device, for blocks and slices of all lengths and rates, is bit for bit what an
+// independent computation gives: seams between blocks and between slices included.
+#include "tests/endtoend/loaded.h"
+#include "tests/support/reference_player.h"
+#include "tests/support/sound_samples.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace endtoend;
+
+struct Fact {
+    int channels; // of the player
+    float sampleRate;
+    double deviceRate;
+    uint32_t deviceChannels;
+    uint32_t sliceFrames;
+    std::vector<std::size_t> blockFrames;
+    const char* why;
+};
+
+// clang-format off
+const Fact facts[] = {
+    {1, 44100, 44100, 2,  512, {4096},               "equal rates: every sample as it is, on every channel"},
+    {2, 44100, 44100, 2,  512, {4096},               "likewise, a channel each"},
+    {1, 44100, 44100, 1,  512, {513},                "one frame into the second slice"},
+    {1, 44100, 44100, 2,  512, {512, 512, 512},      "seams of blocks and slices fall together"},
+    {1, 44100, 44100, 2,  512, {511, 1, 513, 1, 1},  "and do not"},
+    {2, 44100, 44100, 4,  512, {700, 300},           "further channels of the device stay silent"},
+    {1, 44100, 44100, 6,  100, {700, 300},           "mono goes to all"},
+    {2, 44100, 44100, 1,   64, {200, 200},           "a device of one channel gets the left one"},
+    {1, 22050, 44100, 2,  512, {3000, 3000},         "half the rate: midpoints"},
+    {2, 22050, 44100, 2,  511, {3001, 2999},         "an odd slice"},
+    {1, 44100, 48000, 2,  512, {4000, 4000, 4000},   "a ratio that no binary fraction holds"},
+    {2, 44100, 48000, 2,  512, {4000, 4000, 4000},   "likewise, single precision between neighbours"},
+    {1, 48000, 44100, 2,  512, {4000, 4000, 4000},   "downwards: frames are skipped"},
+    {2, 48000, 44100, 2,  512, {4000, 4000, 4000},   "likewise"},
+    {1,  8000, 44100, 2,  512, {500, 500, 500},      "far upwards: slices end between neighbours, at seams too"},
+    {2,  8000, 44100, 2,   16, {50, 50, 50, 50},     "short slices: many begin behind the seam that look-ahead crossed"},
+    {1,  8000, 44100, 2,    1, {5, 4, 3, 2, 1},      "one frame at a time"},
+    {1, 96000, 44100, 2,  128, {1000, 3, 1000},      "a short block in a wide stride"},
+    {2, 96000,  8000, 2,  128, {1000, 24, 1000},     "a stride of twelve frames"},
+    {1, 44100.5f, 44100, 2, 512, {2000, 2000},       "a rate that is no whole number"},
+    {0, 44100, 48000, 2,  512, {2000, 2000},         "no channels play as one"},
+    {3, 44100, 48000, 2,  512, {2000, 2000},         "three as well"},
+};
+// clang-format on
+
+void queue(host::Object& player, support::ReferencePlayer& reference, const Fact& fact)
+{
+    unsigned seed = 1;
+    for (std::size_t frames : fact.blockFrames) {
+        const auto noise = support::makeNoise(44100, fact.channels == 2 ? 2 : 1, frames, seed++);
+        ASSERT_TRUE(player.call("AddFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
+        reference.add(noise.samples);
+    }
+}
+
+void expectSame(const std::vector<float>& heard, const std::vector<float>& expected)
+{
+    ASSERT_EQ(heard.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        if (!(heard[i] == expected[i])) {
+            FAIL() << "sample " << i << " of " << expected.size() << " is " << heard[i] << ", not "
+                   << expected[i];
+        }
+}
+
+TEST(Interpolation, IsBitForBitThatOfTheReference)
+{
+    Loaded loaded;
+    for (const Fact& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        SteppedDevice device(fact.deviceRate, fact.deviceChannels, fact.sliceFrames);
+        host::Object player = loaded.host.create(playerClass);
+        player.set("SampleRate", fact.sampleRate);
+        player.set("NumberOfChannels", fact.channels);
+        player.set("OutputDeviceID", std::int64_t(device.id()));
+        support::ReferencePlayer reference(fact.channels, fact.sampleRate, float(fact.deviceRate));
+        queue(player, reference, fact);
+
+        ASSERT_TRUE(player.call("Start").boolean());
+        while (player.get("IsRunning").boolean()) device.step(fact.sliceFrames);
+        expectSame(device.heard(), reference.playToTheEnd(fact.sliceFrames, fact.deviceChannels));
+        EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
+    }
+    EXPECT_EQ(leftOver(loaded.host), "");
+}
+
+TEST(Interpolation, TakesUpAgainAfterAnUnderflow)
+{
+    // What falls before the read position when data returns is skipped; the position stands still meanwhile.
+    Loaded loaded;
+    SteppedDevice device(44100, 2, 64);
+    host::Object player = loaded.host.create(playerClass);
+    player.set("SampleRate", 30000.0f);
+    player.set("NoUnderflow", true);
+    player.set("OutputDeviceID", std::int64_t(device.id()));
+    support::ReferencePlayer reference(1, 30000.0f, 44100.0f);
+
+    std::vector<float> expected, slice;
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+        const auto noise = support::makeNoise(30000, 1, 500, seed);
+        ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
+        reference.add(noise.samples);
+        for (int i = 0; i < 20; ++i) { // runs dry on the way
+            ASSERT_EQ(device.step(64), 64u);
+            reference.slice(64, 2, slice);
+            expected.insert(expected.end(), slice.begin(), slice.end());
+        }
+        EXPECT_TRUE(player.get("HadUnderflow").boolean());
+        EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
+    }
+    expectSame(device.heard(), expected);
+    player.set("NoUnderflow", false);
+    player.call("Stop");
+}
+
+TEST(Interpolation, OfTheReferenceIsRightByHand)
+{
+    // The yardstick itself, against figures worked out on paper.
+    support::ReferencePlayer half(1, 22050, 44100);
+    half.add({1.0f, 0.0f});
+    half.add({-1.0f});
+    std::vector<float> slice;
+    ASSERT_TRUE(half.slice(6, 1, slice));
+    EXPECT_EQ(slice, (std::vector<float>{1.0f, 0.5f, 0.0f, -0.5f, -1.0f, -0.5f}));
+    EXPECT_FALSE(half.slice(6, 1, slice)) << "the look-ahead has left the last block behind";
+
+    support::ReferencePlayer stereo(2, 44100, 44100);
+    stereo.add({0.1f, 0.2f, 0.3f, 0.4f});
+    ASSERT_TRUE(stereo.slice(3, 3, slice));
+    EXPECT_EQ(slice, (std::vector<float>{0.1f, 0.2f, 0, 0.3f, 0.4f, 0, 0, 0, 0}));
+
+    support::ReferencePlayer seam(1, 22050, 44100);
+    seam.add({1.0f, 0.5f});
+    seam.add({0.25f, 0.25f, 0.25f, 0.25f});
+    ASSERT_TRUE(seam.slice(3, 1, slice));
+    EXPECT_EQ(slice, (std::vector<float>{1.0f, 0.75f, 0.5f}));
+    ASSERT_TRUE(seam.slice(2, 1, slice));
+    EXPECT_EQ(slice, (std::vector<float>{0.125f, 0.25f})) << "the left neighbour went with the first block";
+}
+
+} // namespace

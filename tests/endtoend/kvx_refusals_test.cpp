@@ -1,0 +1,163 @@
+// What a user can do wrong with `kvx`: one line on stderr that names the thing and says what to do, exit code
+// 1 (or 2 for a wrong command line), nothing half-made left behind.
+#include "tests/endtoend/kvx_runner.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+using namespace endtoend;
+namespace fs = std::filesystem;
+
+struct Refusals : testing::Test {
+    support::TemporaryFolder folder;
+
+    Refusals()
+    {
+        const auto sound = support::makeSweep(44100, 2, 44100);
+        support::writeSound(sound, folder / "good.wav");
+        support::writeSound(sound, folder / "whole.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+        support::writeSound(sound, folder / "whole.caf", SF_FORMAT_CAF | SF_FORMAT_PCM_16);
+        support::writeSound(sound, folder / "whole.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+        support::writeSound(sound, folder / "whole.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+        support::writeSound(sound, folder / "whole.mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
+        support::writeSound({44100, 2, {}}, folder / "silent.wav");
+        for (const char* ending : {"aiff", "caf", "flac", "ogg", "mp3"})
+            cut(std::string("whole.") + ending, std::string("cut.") + ending);
+        cut("good.wav", "cut.wav");
+        copyBytes("good.wav", "header.wav", 30);
+        std::ofstream(folder / "text.txt") << "Dear reader,\nthis is a letter.\n";
+        std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
+        std::ofstream(folder / "empty.wav");
+        fs::create_directory(folder / "folder");
+    }
+
+    void copyBytes(const std::string& from, const std::string& to, std::size_t count)
+    {
+        std::ifstream in(folder / from, std::ios::binary);
+        std::string bytes{std::istreambuf_iterator<char>(in), {}};
+        std::ofstream(folder / to, std::ios::binary) << bytes.substr(0, count);
+    }
+    void cut(const std::string& from, const std::string& to)
+    {
+        copyBytes(from, to, std::size_t(fs::file_size(folder / from)) * 2 / 3);
+    }
+};
+
+TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        const char* names;  // in the message
+        const char* advice; // likewise
+    } facts[] = {
+        {{"missing.wav"}, "missing.wav", "check the name"},
+        {{"folder"}, "folder", "name the sound files in it"},
+        {{"text.txt"}, "text.txt", "kvx plays WAV"},
+        {{"text.wav"}, "text.wav", "kvx plays WAV"},
+        {{"empty.wav"}, "empty.wav", "get the file again"},
+        {{"header.wav"}, "header.wav", ";"},
+        {{"silent.wav"}, "silent.wav", "choose another file"},
+        {{"cut.wav"}, "cut.wav", "get the file again"},
+        {{"cut.aiff"}, "cut.aiff", "get the file again"},
+        {{"cut.caf"}, "cut.caf", "get the file again"},
+        {{"cut.flac"}, "cut.flac", "get the file again"},
+        {{"cut.ogg"}, "cut.ogg", "get the file again"},
+        {{"cut.mp3"}, "cut.mp3", "get the file again"},
+        {{"good.wav", "missing.wav"}, "missing.wav", "check the name"},
+        {{"good.wav", "--device", "no such device"}, "no such device", ""},
+        {{"good.wav", "--device", "999"}, "999", ""},
+        {{"good.wav", "--capture", "no/such/folder/out.wav"}, "no/such/folder/out.wav", "folder that exists"},
+        {{"good.wav", "--capture", "folder"}, "folder", "name a file"},
+        {{"good.wav", "--capture", "/proc/out.wav"}, "/proc/out.wav", "may write"},
+        {{"good.wav", "--capture", "/dev/null"}, "/dev/null", "name a file"},
+        {{"good.wav", "--capture", "good.wav"}, "good.wav", "name another file"},
+        {{"good.wav", "--library", "missing.so"}, "missing.so", ""},
+        {{"good.wav", "--library", "text.txt"}, "text.txt", ""},
+    };
+    const std::size_t before = folder.count();
+    for (const auto& fact : facts) {
+        // The capture must not be left half-made, whichever of the things went wrong.
+        std::vector<std::string> arguments = {"play", "--fast"};
+        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
+        const auto has = [&](const char* option) {
+            return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+        };
+        if (!has("--capture")) arguments.insert(arguments.end(), {"--capture", "out.wav"});
+        SCOPED_TRACE(testing::PrintToString(arguments));
+
+        const auto result = runKvx(arguments, folder.path());
+        EXPECT_EQ(result.exitCode, 1) << result.err;
+        EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        EXPECT_EQ(result.err.rfind("kvx: ", 0), 0u) << result.err;
+        EXPECT_NE(result.err.find(fact.names), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(fact.advice), std::string::npos) << result.err;
+        EXPECT_FALSE(fs::exists(folder / "out.wav"));
+        EXPECT_EQ(folder.count(), before) << "something was left behind";
+    }
+}
+
+TEST_F(Refusals, LeaveAnEarlierCaptureAlone)
+{
+    copyBytes("good.wav", "out.wav", 1000);
+    const auto result = runKvx({"play", "--fast", "--capture", "out.wav", "cut.flac"}, folder.path());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(fs::file_size(folder / "out.wav"), 1000u);
+}
+
+TEST_F(Refusals, OfTheCommandLineAreWrongUsage)
+{
+    const std::vector<std::string> facts[] = {
+        {},
+        {"sing"},
+        {"play"},
+        {"play", "good.wav", "--loud"},
+        {"play", "good.wav", "--gain", "much"},
+        {"play", "good.wav", "--gain", "41"},
+        {"play", "good.wav", "--device-rate", "0"},
+        {"play", "good.wav", "--device-rate", "-1"},
+        {"play", "good.wav", "--device-rate", "nan"},
+        {"play", "good.wav", "--host-version", "new"},
+        {"play", "good.wav", "--host-version", "-1"},
+        {"play", "good.wav", "--capture"},
+        {"classes", "one", "two"},
+        {"devices", "all"},
+        {"tune"},
+    };
+    for (const auto& arguments : facts) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const auto result = runKvx(arguments, folder.path());
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find("--help"), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(Refusals, OfOtherCommandsAreOneLineToo)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        const char* names;
+    } facts[] = {
+        {{"classes", "NoSuchClass"}, "NoSuchClass"},
+        {{"classes", "Dictionary"}, "Dictionary"},
+        {{"classes", "--library", "text.txt"}, "text.txt"},
+        {{"tune", "no/such/folder/tune.wav"}, "no/such/folder/tune.wav"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        const auto result = runKvx(fact.arguments, folder.path());
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        EXPECT_NE(result.err.find(fact.names), std::string::npos) << result.err;
+    }
+}
+
+} // namespace

@@ -1,0 +1,102 @@
+#include "tests/endtoend/sound_server.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <thread>
+#include <unistd.h>
+
+namespace endtoend {
+namespace {
+
+void ignoreMessage(const char*) {}
+
+bool answers()
+{
+    jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
+    if (client) jack_client_close(client);
+    return client != nullptr;
+}
+
+} // namespace
+
+SoundServer::SoundServer(int sampleRate) : name_("kvx-test-" + std::to_string(getpid()))
+{
+    for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
+    jack_set_error_function(ignoreMessage);
+    jack_set_info_function(ignoreMessage);
+    // -S: a cycle waits for its clients, so that a busy machine delays the sound but loses none of it.
+    server_ = std::make_unique<support::Child>(std::vector<std::string>{
+        "jackd", "-S", "-t", "5000", "-r", "-n", name_, "-d", "dummy", "-r", std::to_string(sampleRate)});
+    for (int tries = 0; tries < 200; ++tries) {
+        if (!server_->isRunning()) break;
+        if (answers()) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    const auto result = server_->isRunning() ? support::ChildResult{} : server_->wait();
+    throw std::runtime_error("the sound server does not answer: " + result.out + result.err);
+}
+
+SoundServer::~SoundServer()
+{
+    server_->send(SIGTERM);
+    for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    server_.reset(); // by force, if need be
+}
+
+support::Child::Environment SoundServer::environment() const
+{
+    return {
+        {"JACK_DEFAULT_SERVER", name_}, {"JACK_NO_START_SERVER", "1"}, {"JACK_NO_AUDIO_RESERVATION", "1"}};
+}
+
+Recorder::Recorder(double secondsAtMost)
+{
+    client_ = jack_client_open("recorder", JackNoStartServer, nullptr);
+    if (!client_) throw std::runtime_error("the recorder is not let in by the sound server");
+    samples_.resize(std::size_t(secondsAtMost * sampleRate()) * 2);
+    jack_set_process_callback(client_, process, this);
+    ports_[0] = jack_port_register(client_, "left", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
+    ports_[1] = jack_port_register(client_, "right", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
+    jack_activate(client_);
+}
+
+Recorder::~Recorder() { jack_client_close(client_); }
+
+int Recorder::sampleRate() const { return int(jack_get_sample_rate(client_)); }
+
+bool Recorder::connectToPlayer()
+{
+    const char** names = jack_get_ports(client_, nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput);
+    int connected = 0;
+    for (const char** name = names; name && *name && connected < 2; ++name)
+        if (std::strncmp(*name, "system:", 7) != 0)
+            connected += jack_connect(client_, *name, jack_port_name(ports_[connected])) == 0;
+    jack_free(names);
+    return connected == 2;
+}
+
+int Recorder::process(jack_nframes_t frames, void* context)
+{
+    auto& recorder = *static_cast<Recorder*>(context);
+    const auto* left = static_cast<const float*>(jack_port_get_buffer(recorder.ports_[0], frames));
+    const auto* right = static_cast<const float*>(jack_port_get_buffer(recorder.ports_[1], frames));
+    std::size_t count = recorder.count_.load(std::memory_order_relaxed);
+    for (jack_nframes_t i = 0; i < frames && count + 2 <= recorder.samples_.size(); ++i) {
+        recorder.samples_[count++] = left[i];
+        recorder.samples_[count++] = right[i];
+    }
+    recorder.count_.store(count, std::memory_order_release);
+    return 0;
+}
+
+std::vector<float> Recorder::samples() const
+{
+    const std::size_t count = count_.load(std::memory_order_acquire);
+    return {samples_.begin(), samples_.begin() + std::ptrdiff_t(count)};
+}
+
+} // namespace endtoend

@@ -1,0 +1,54 @@
+// A sound server of a test's own: jackd with its dummy driver, under a name that nobody else has, ended by
+// its own process id; and a client of it that records what another client plays.
+#pragma once
+
+#include "tests/support/child_process.h"
+
+#include <jack/jack.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace endtoend {
+
+class SoundServer {
+public:
+    /// Starts it and waits until it answers. Throws std::runtime_error when it does not.
+    explicit SoundServer(int sampleRate);
+    ~SoundServer();
+
+    /// For every program that is to find this server, and start none.
+    support::Child::Environment environment() const;
+
+private:
+    std::string name_;
+    std::unique_ptr<support::Child> server_;
+};
+
+/// Records the first two output ports of the first other client that has any.
+class Recorder {
+public:
+    explicit Recorder(double secondsAtMost);
+    ~Recorder();
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    /// Connect to a client that plays, once there is one. True when both ports are connected.
+    bool connectToPlayer();
+
+    /// All that was recorded, interleaved stereo.
+    std::vector<float> samples() const;
+    int sampleRate() const;
+
+private:
+    static int process(jack_nframes_t frames, void* context);
+
+    jack_client_t* client_ = nullptr;
+    jack_port_t* ports_[2] = {};
+    std::vector<float> samples_; // as long as may be needed; filled by the server's thread
+    std::atomic<std::size_t> count_{0};
+};
+
+} // namespace endtoend
