@@ -88,6 +88,7 @@ Host::Host(Options options)
 
 Host::~Host()
 {
+    state_->pending = Object();
     const auto left = std::move(state_->live);
     currentHost = nullptr; // from here on, references that go drop nothing
     for (const void* value : left) abandonValue(value);

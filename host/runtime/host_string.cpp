@@ -29,6 +29,7 @@ String String::of(std::string_view utf8) { return ofBytes(utf8, encodingUTF8); }
 
 String String::ofBytes(std::string_view bytes, std::uint32_t encoding)
 {
+    const bool isReadable = Host::current().areRecordsReadable();
     auto* buffer = static_cast<char*>(std::calloc(bytesInFront + bytes.size() + zerosBehind, 1));
     auto* string = buffer ? makeValue<StringRecord>(Kind::string) : nullptr;
     if (!string) {
@@ -39,7 +40,7 @@ String String::ofBytes(std::string_view bytes, std::uint32_t encoding)
     string->buffer = buffer;
     string->length = bytes.size();
     string->encoding = encoding;
-    showRecord(*string, Host::current().areRecordsReadable());
+    showRecord(*string, isReadable);
     return String(Ref<REALstringStruct>::adopt(&string->visible));
 }
 

@@ -1,5 +1,6 @@
 #include "host/runtime/memory_block.h"
 
+#include "host/runtime/host.h"
 #include "host/runtime/records.h"
 
 #include <cstdlib>
@@ -10,6 +11,7 @@ namespace host {
 
 MemoryBlock MemoryBlock::ofSize(std::int64_t size)
 {
+    Host::current(); // throws before anything is taken
     if (size < 0 || size > std::numeric_limits<std::int32_t>::max()) return {};
     // Exactly as long as asked, so that an access behind the end is seen by the address sanitizer.
     const auto count = static_cast<std::size_t>(size);

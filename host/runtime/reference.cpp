@@ -49,12 +49,13 @@ const char* kindName(Kind kind) { return kindNames[static_cast<std::size_t>(kind
 
 void* allocateValue(Kind kind, std::size_t size)
 {
+    auto& live = state().live;
     const std::size_t bytes = roundUpToAlignment(sizeof(ValueHeader) + size);
     void* memory = std::aligned_alloc(alignof(ValueHeader), bytes);
     if (!memory) return nullptr;
     std::memset(memory, 0, bytes);
     auto* header = new (memory) ValueHeader{kind, 1};
-    state().live.insert(header + 1);
+    live.insert(header + 1);
     return header + 1;
 }
 

@@ -128,17 +128,29 @@ CodePoints readUTF32(std::string_view bytes)
 
 // ---- writing ----
 
+std::string writeUTF8(const CodePoints& text)
+{
+    std::string bytes;
+    for (char32_t c : text) {
+        utf8proc_uint8_t encoded[4];
+        const auto count = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), encoded);
+        bytes.append(reinterpret_cast<const char*>(encoded), static_cast<std::size_t>(count));
+    }
+    return bytes;
+}
+
 /// Letters and their accents as one character where there is one.
 CodePoints composed(const CodePoints& text)
 {
     if (std::all_of(text.begin(), text.end(), [](char32_t c) { return c < 0x300; })) return text;
-    std::unique_ptr<utf8proc_int32_t[]> buffer(new utf8proc_int32_t[text.size() + 1]);
-    std::copy(text.begin(), text.end(), buffer.get());
+    const auto bytes = writeUTF8(text);
+    utf8proc_uint8_t* normal = nullptr;
     const auto options = static_cast<utf8proc_option_t>(UTF8PROC_COMPOSE | UTF8PROC_STABLE);
-    const auto count =
-        utf8proc_normalize_utf32(buffer.get(), static_cast<utf8proc_ssize_t>(text.size()), options);
+    const auto count = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(bytes.data()),
+                                    static_cast<utf8proc_ssize_t>(bytes.size()), &normal, options);
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(normal, std::free);
     if (count < 0) return text;
-    return CodePoints(buffer.get(), buffer.get() + count);
+    return readUTF8({reinterpret_cast<const char*>(normal), static_cast<std::size_t>(count)});
 }
 
 template <class ByteOf>
@@ -171,17 +183,6 @@ std::string writeWindowsLatin1(const CodePoints& text)
     return writeBytes(text, [](char32_t c) {
         return c >= 0xA0 && c <= 0xFF ? static_cast<char>(c) : byteIn(windowsLatin1, c);
     });
-}
-
-std::string writeUTF8(const CodePoints& text)
-{
-    std::string bytes;
-    for (char32_t c : text) {
-        utf8proc_uint8_t encoded[4];
-        const auto count = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), encoded);
-        bytes.append(reinterpret_cast<const char*>(encoded), static_cast<std::size_t>(count));
-    }
-    return bytes;
 }
 
 template <class Unit>
