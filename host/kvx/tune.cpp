@@ -34,14 +34,32 @@ constexpr Note notes[] = {
 // clang-format on
 constexpr double tuneSeconds = 6.5;
 
-// A plucked string: harmonics that fade the sooner the higher they are, after a soft attack.
-float pluck(double seconds, double frequency)
+// A plucked string: harmonics that fade the sooner the higher they are, each a number that turns and shrinks
+// by the same factor from frame to frame; after a soft attack.
+std::vector<float> pluck(double frequency, std::size_t frames)
 {
-    double sum = 0;
-    for (int harmonic = 1; harmonic <= 6; ++harmonic)
-        sum += std::sin(2.0 * pi * frequency * harmonic * seconds) *
-               std::exp(-seconds * (1.6 + 1.1 * harmonic)) / (harmonic * harmonic);
-    return float(sum * (1.0 - std::exp(-seconds * 400.0)));
+    std::vector<double> sum(frames);
+    for (int harmonic = 1; harmonic <= 6; ++harmonic) {
+        const double fade = std::exp(-(1.6 + 1.1 * harmonic) / tuneSampleRate);
+        const double angle = 2.0 * pi * frequency * harmonic / tuneSampleRate;
+        const double turnX = fade * std::cos(angle), turnY = fade * std::sin(angle);
+        double x = 1.0 / (harmonic * harmonic), y = 0.0;
+        for (double& sample : sum) {
+            sample += y;
+            const double turned = x * turnX - y * turnY;
+            y = x * turnY + y * turnX;
+            x = turned;
+        }
+    }
+    const double attackFade = std::exp(-400.0 / tuneSampleRate);
+    double attack = 1.0;
+    std::vector<float> samples;
+    samples.reserve(frames);
+    for (double sample : sum) {
+        samples.push_back(float(sample * (1.0 - attack)));
+        attack *= attackFade;
+    }
+    return samples;
 }
 
 } // namespace
@@ -55,10 +73,10 @@ std::vector<float> composeTune()
         const double frequency = 220.0 * std::pow(2.0, note.key / 12.0);
         const float left = note.gain * std::cos(float(pi / 2) * note.pan);
         const float right = note.gain * std::sin(float(pi / 2) * note.pan);
-        for (std::size_t frame = first; frame < frames; ++frame) {
-            const float sample = pluck(double(frame - first) / tuneSampleRate, frequency);
-            tune[frame * 2] += left * sample;
-            tune[frame * 2 + 1] += right * sample;
+        const std::vector<float> sound = pluck(frequency, frames - first);
+        for (std::size_t i = 0; i < sound.size(); ++i) {
+            tune[(first + i) * 2] += left * sound[i];
+            tune[(first + i) * 2 + 1] += right * sound[i];
         }
     }
 

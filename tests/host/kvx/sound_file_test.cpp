@@ -55,9 +55,11 @@ TEST(SoundFile, OfAWriterThatCouldNotGoBackIsWhole)
 TEST(SoundFile, CutByOneFrameIsRefused)
 {
     support::TemporaryFolder folder;
-    for (int format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_AIFF | SF_FORMAT_PCM_16,
+    for (int format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_WAV | SF_ENDIAN_BIG | SF_FORMAT_PCM_16,
+                       SF_FORMAT_AIFF | SF_FORMAT_PCM_16, SF_FORMAT_SVX | SF_FORMAT_PCM_16,
                        SF_FORMAT_CAF | SF_FORMAT_PCM_16, SF_FORMAT_W64 | SF_FORMAT_PCM_16,
-                       SF_FORMAT_RF64 | SF_FORMAT_PCM_16, SF_FORMAT_AU | SF_FORMAT_PCM_16}) {
+                       SF_FORMAT_RF64 | SF_FORMAT_PCM_16, SF_FORMAT_AU | SF_FORMAT_PCM_16,
+                       SF_FORMAT_FLAC | SF_FORMAT_PCM_16}) {
         SCOPED_TRACE(format);
         support::writeSound(support::makeNoise(44100, 1, 1000), folder / "a", format);
         EXPECT_NO_THROW(SoundFile(folder / "a"));

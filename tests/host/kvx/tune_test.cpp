@@ -42,7 +42,7 @@ TEST(Tune, IsWrittenAsAFileOf16Bits)
     EXPECT_EQ(sound.channels, kvx::tuneChannels);
     const auto tune = kvx::composeTune();
     ASSERT_EQ(sound.samples.size(), tune.size());
-    for (std::size_t i = 0; i < tune.size(); ++i) ASSERT_NEAR(sound.samples[i], tune[i], 1.0 / 32768) << i;
+    for (std::size_t i = 0; i < tune.size(); ++i) ASSERT_NEAR(sound.samples[i], tune[i], 1.5 / 32768) << i;
 }
 
 TEST(Tune, CannotBeWrittenWhereThereIsNoFolder)
