@@ -1,7 +1,7 @@
 // A file through `kvx play`, captured, against the file: bit for bit at the device's own rate, and bit for
 // bit what the reference computes at others.
 #include "tests/endtoend/kvx_runner.h"
-#include "tests/support/reference_player.h"
+#include "tests/endtoend/reference_output.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"
 
@@ -110,7 +110,7 @@ TEST_F(Capture, AtOtherRatesEqualsTheReference)
                          std::to_string(channels));
             const Sound sound =
                 support::makeNoise(fact.fileRate, channels, std::size_t(fact.fileRate) * 9 + 5);
-            support::ReferencePlayer reference(channels, float(fact.fileRate), float(fact.deviceRate));
+            ReferenceOutput reference(channels, float(fact.fileRate), float(fact.deviceRate));
             const std::size_t block = std::size_t(fact.fileRate * blockSeconds * channels);
             for (std::size_t at = 0; at < sound.samples.size(); at += block)
                 reference.add(

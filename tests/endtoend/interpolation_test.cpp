@@ -1,7 +1,7 @@
 // What comes out of a device, for blocks and slices of all lengths and rates, is bit for bit what an
 // independent computation gives: seams between blocks and between slices included.
 #include "tests/endtoend/loaded.h"
-#include "tests/support/reference_player.h"
+#include "tests/endtoend/reference_output.h"
 #include "tests/support/sound_samples.h"
 
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ const Fact facts[] = {
 };
 // clang-format on
 
-void queue(host::Object& player, support::ReferencePlayer& reference, const Fact& fact)
+void queue(host::Object& player, ReferenceOutput& reference, const Fact& fact)
 {
     unsigned seed = 1;
     for (std::size_t frames : fact.blockFrames) {
@@ -77,7 +77,7 @@ TEST(Interpolation, IsBitForBitThatOfTheReference)
         player.set("SampleRate", fact.sampleRate);
         player.set("NumberOfChannels", fact.channels);
         player.set("OutputDeviceID", std::int64_t(device.id()));
-        support::ReferencePlayer reference(fact.channels, fact.sampleRate, float(fact.deviceRate));
+        ReferenceOutput reference(fact.channels, fact.sampleRate, float(fact.deviceRate));
         queue(player, reference, fact);
 
         ASSERT_TRUE(player.call("Start").boolean());
@@ -97,49 +97,49 @@ TEST(Interpolation, TakesUpAgainAfterAnUnderflow)
     player.set("SampleRate", 30000.0f);
     player.set("NoUnderflow", true);
     player.set("OutputDeviceID", std::int64_t(device.id()));
-    support::ReferencePlayer reference(1, 30000.0f, 44100.0f);
+    ReferenceOutput reference(1, 30000.0f, 44100.0f);
 
-    std::vector<float> expected, slice;
+    reference.setNoUnderflow(true);
+
     for (unsigned seed = 1; seed <= 3; ++seed) {
         const auto noise = support::makeNoise(30000, 1, 500, seed);
         ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
         reference.add(noise.samples);
         for (int i = 0; i < 20; ++i) { // runs dry on the way
             ASSERT_EQ(device.step(64), 64u);
-            reference.slice(64, 2, slice);
-            expected.insert(expected.end(), slice.begin(), slice.end());
+            reference.play(64, 2);
         }
         EXPECT_TRUE(player.get("HadUnderflow").boolean());
         EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
     }
-    expectSame(device.heard(), expected);
+    expectSame(device.heard(), reference.played());
     player.set("NoUnderflow", false);
     player.call("Stop");
 }
 
+// The yardstick itself, against figures worked out on paper.
 TEST(Interpolation, OfTheReferenceIsRightByHand)
 {
-    // The yardstick itself, against figures worked out on paper.
-    support::ReferencePlayer half(1, 22050, 44100);
+    ReferenceOutput half(1, 22050, 44100);
     half.add({1.0f, 0.0f});
     half.add({-1.0f});
-    std::vector<float> slice;
-    ASSERT_TRUE(half.slice(6, 1, slice));
-    EXPECT_EQ(slice, (std::vector<float>{1.0f, 0.5f, 0.0f, -0.5f, -1.0f, -0.5f}));
-    EXPECT_FALSE(half.slice(6, 1, slice)) << "the look-ahead has left the last block behind";
+    half.play(6, 1);
+    EXPECT_EQ(half.played(), (std::vector<float>{1.0f, 0.5f, 0.0f, -0.5f, -1.0f, -0.5f}));
+    half.play(6, 1);
+    EXPECT_FALSE(half.isRunning()) << "the look-ahead has left the last block behind";
 
-    support::ReferencePlayer stereo(2, 44100, 44100);
+    ReferenceOutput stereo(2, 44100, 44100);
     stereo.add({0.1f, 0.2f, 0.3f, 0.4f});
-    ASSERT_TRUE(stereo.slice(3, 3, slice));
-    EXPECT_EQ(slice, (std::vector<float>{0.1f, 0.2f, 0, 0.3f, 0.4f, 0, 0, 0, 0}));
+    stereo.play(3, 3);
+    EXPECT_EQ(stereo.played(), (std::vector<float>{0.1f, 0.2f, 0, 0.3f, 0.4f, 0, 0, 0, 0}));
 
-    support::ReferencePlayer seam(1, 22050, 44100);
+    ReferenceOutput seam(1, 22050, 44100);
     seam.add({1.0f, 0.5f});
     seam.add({0.25f, 0.25f, 0.25f, 0.25f});
-    ASSERT_TRUE(seam.slice(3, 1, slice));
-    EXPECT_EQ(slice, (std::vector<float>{1.0f, 0.75f, 0.5f}));
-    ASSERT_TRUE(seam.slice(2, 1, slice));
-    EXPECT_EQ(slice, (std::vector<float>{0.125f, 0.25f})) << "the left neighbour went with the first block";
+    seam.play(3, 1);
+    seam.play(2, 1);
+    EXPECT_EQ(seam.played(), (std::vector<float>{1.0f, 0.75f, 0.5f, 0.125f, 0.25f}))
+        << "in the second slice the left neighbour went with the first block";
 }
 
 } // namespace
