@@ -9,14 +9,14 @@
 #ifndef KVXPLATFORM_KVXPLATFORM_H
 #define KVXPLATFORM_KVXPLATFORM_H
 
+#include <KVXPlatform/export.h>
+
 #include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-#define KVX_PLATFORM_EXPORT __attribute__((visibility("default")))
 
 typedef uint32_t KVXDeviceID;
 
