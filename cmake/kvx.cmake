@@ -43,6 +43,16 @@ function(kvx_package name)
   add_library(kvx::${name} ALIAS PkgConfig::${name})
 endfunction()
 
+# kvx::blocks: the run-time of blocks, part of the system on a Mac. Here its 64-bit form cannot be installed beside
+# the 32-bit one, so `scripts/setup --all` unpacks it into the build folder.
+add_library(kvx_blocks INTERFACE)
+add_library(kvx::blocks ALIAS kvx_blocks)
+if(NOT APPLE)
+  find_library(KVX_BLOCKS_RUNTIME BlocksRuntime REQUIRED
+               HINTS ${PROJECT_SOURCE_DIR}/build/blocks-amd64/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+  target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
+endif()
+
 # kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS …] [TIMEOUT seconds]): one GoogleTest program; CTest runs
 # each of its tests in a process of its own, so that process-wide state starts fresh.
 function(kvx_test name)

@@ -8,6 +8,9 @@
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace {
 
 using namespace endtoend;
