@@ -2,22 +2,23 @@
  * The calls every audio unit answers. C.
  *
  * Order    open, set formats, element counts, slice limit and callbacks, initialise, render.
+ *
  * Units    formats and sizes in bytes as their records say; sample times and slices in frames.
- * Thread   [any] unless said otherwise. Only AudioUnitRender and the two parameter calls belong on an [audio]
- * thread: they allocate nothing and take no lock. Errors   a NULL, closed or made-up unit is
- * badComponentInstance (0x80008001), a component that is no audio unit badComponentSelector (0x80008002), a
- * missing out-pointer -50; the rest are below, each with its cause.
+ *
+ * Thread   [any] unless said otherwise. Only AudioUnitRender and the two parameter calls belong on an
+ *          [audio] thread: they allocate nothing and take no lock.
+ *
+ * Errors   a NULL, closed or made-up unit is badComponentInstance (0x80008001), a component that is no
+ *          audio unit badComponentSelector (0x80008002), a missing out-pointer -50; the rest are below.
  */
 #ifndef AUDIOUNIT_AUCOMPONENT_H
 #define AUDIOUNIT_AUCOMPONENT_H
 
 #include <AudioUnit/AudioComponent.h>
 #include <CoreAudio/CoreAudioTypes.h>
+#include <KVXPlatform/export.h>
 
-#pragma GCC visibility push(default)
-#ifdef __cplusplus
-extern "C" {
-#endif
+KVX_PLATFORM_BEGIN
 
 typedef AudioComponentInstance AudioUnit;
 typedef UInt32 AudioUnitPropertyID;
@@ -73,59 +74,66 @@ enum {
 
 /*
  * Gives a unit its input: fill `ioData`, which is in the format of the unit's input `inBusNumber`, with
- * `inNumberFrames` frames. Thread [audio & running]. A callback with nothing to give writes zeros. An error
- * becomes the result of the render. Also the shape of a render notification, called before and after each
- * slice.
+ * `inNumberFrames` frames. A callback with nothing to give writes zeros; its error becomes the result of the
+ * render. Also the shape of a render notification, called before and after each slice.
+ *
+ * Thread   [audio & running].
  */
 typedef OSStatus (*AURenderCallback)(void* inRefCon, AudioUnitRenderActionFlags* ioActionFlags,
                                      const AudioTimeStamp* inTimeStamp, UInt32 inBusNumber,
                                      UInt32 inNumberFrames, AudioBufferList* ioData);
 
 /* Allocate for rendering. Formats and the slice limit are fixed until the unit is uninitialised. */
-extern OSStatus AudioUnitInitialize(AudioUnit unit);
-extern OSStatus AudioUnitUninitialize(AudioUnit unit);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitInitialize(AudioUnit unit);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitUninitialize(AudioUnit unit);
 
 /* Forget what sound has left behind (delay lines, tails); settings stay. Takes effect with the next slice. */
-extern OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element);
 
 /* The largest size a value takes, and whether it can be written. Both out-pointers may be NULL. */
-extern OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
-                                         AudioUnitElement element, UInt32* out_size, Boolean* out_writable);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitPropertyID property,
+                                                      AudioUnitScope scope, AudioUnitElement element,
+                                                      UInt32* out_size, Boolean* out_writable);
 
 /* Data first, then its size: the buffer's on the way in, the value's on the way out. */
-extern OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
-                                     AudioUnitElement element, void* out_data, UInt32* io_size);
-extern OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
-                                     AudioUnitElement element, const void* data, UInt32 size);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPropertyID property,
+                                                  AudioUnitScope scope, AudioUnitElement element,
+                                                  void* out_data, UInt32* io_size);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property,
+                                                  AudioUnitScope scope, AudioUnitElement element,
+                                                  const void* data, UInt32 size);
 
 /* Thread [any], [audio] too. */
-extern OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter, AudioUnitScope scope,
-                                      AudioUnitElement element, AudioUnitParameterValue* out_value);
-extern OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter, AudioUnitScope scope,
-                                      AudioUnitElement element, AudioUnitParameterValue value,
-                                      UInt32 offset_frames);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter,
+                                                   AudioUnitScope scope, AudioUnitElement element,
+                                                   AudioUnitParameterValue* out_value);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter,
+                                                   AudioUnitScope scope, AudioUnitElement element,
+                                                   AudioUnitParameterValue value, UInt32 offset_frames);
 
 /*
- * Pull a slice out of output `bus`. Thread [audio], one call at a time per unit.
+ * Pull a slice out of output `bus`.
  *
  * Shape    the list has the buffers of the bus's format. Buffers with mData NULL get the unit's own memory,
- * valid until the next slice; others are filled, and hold at least the slice. mDataByteSize is rewritten.
+ *          valid until the next slice; others are filled, and hold at least the slice. mDataByteSize is
+ *          rewritten.
+ *
+ * Thread   [audio], one call at a time per unit.
+ *
  * Errors   Uninitialized; TooManyFramesToProcess beyond the slice limit, nothing is rendered; NoConnection
- * without an input; -50 for a list that does not fit the format, or a time stamp without a sample time; the
- * callback's.
+ *          without an input; CannotDoInCurrentContext while another slice runs; -50 for a list that does
+ *          not fit the format, or a time stamp without a sample time; and whatever the source returns.
  */
-extern OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActionFlags* io_flags,
-                                const AudioTimeStamp* time_stamp, UInt32 bus, UInt32 frames,
-                                AudioBufferList* io_data);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActionFlags* io_flags,
+                                             const AudioTimeStamp* time_stamp, UInt32 bus, UInt32 frames,
+                                             AudioBufferList* io_data);
 
 /* Have `notify` called before (PreRender) and after (PostRender) each slice; both arguments name it on
  * removal. */
-extern OSStatus AudioUnitAddRenderNotify(AudioUnit unit, AURenderCallback notify, void* context);
-extern OSStatus AudioUnitRemoveRenderNotify(AudioUnit unit, AURenderCallback notify, void* context);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitAddRenderNotify(AudioUnit unit, AURenderCallback notify, void* context);
+KVX_PLATFORM_EXPORT OSStatus AudioUnitRemoveRenderNotify(AudioUnit unit, AURenderCallback notify,
+                                                         void* context);
 
-#ifdef __cplusplus
-}
-#endif
-#pragma GCC visibility pop
+KVX_PLATFORM_END
 
 #endif

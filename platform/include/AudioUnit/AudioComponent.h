@@ -7,11 +7,9 @@
 #define AUDIOUNIT_AUDIOCOMPONENT_H
 
 #include <CoreAudio/CoreAudioTypes.h>
+#include <KVXPlatform/export.h>
 
-#pragma GCC visibility push(default)
-#ifdef __cplusplus
-extern "C" {
-#endif
+KVX_PLATFORM_BEGIN
 
 typedef struct OpaqueAudioComponent* AudioComponent;
 typedef struct ComponentInstanceRecord* AudioComponentInstance; /* the Component Manager's instance */
@@ -27,20 +25,19 @@ typedef struct AudioComponentDescription {
 
 /* The first component behind `previous` (NULL: from the start) that `looking` describes; NULL when there is
  * none. */
-extern AudioComponent AudioComponentFindNext(AudioComponent previous,
-                                             const AudioComponentDescription* looking);
+KVX_PLATFORM_EXPORT AudioComponent AudioComponentFindNext(AudioComponent previous,
+                                                          const AudioComponentDescription* looking);
 
 /* How many components `looking` describes. */
-extern UInt32 AudioComponentCount(const AudioComponentDescription* looking);
+KVX_PLATFORM_EXPORT UInt32 AudioComponentCount(const AudioComponentDescription* looking);
 
 /* Open an instance; the caller disposes it. NULL, with the reason in the status, on failure. */
-extern OSStatus AudioComponentInstanceNew(AudioComponent component, AudioComponentInstance* out_instance);
-extern OSStatus AudioComponentInstanceDispose(AudioComponentInstance instance);
+KVX_PLATFORM_EXPORT OSStatus AudioComponentInstanceNew(AudioComponent component,
+                                                       AudioComponentInstance* out_instance);
+KVX_PLATFORM_EXPORT OSStatus AudioComponentInstanceDispose(AudioComponentInstance instance);
 
-#ifdef __cplusplus
-}
-static_assert(sizeof(AudioComponentDescription) == 20, "the platform's record");
-#endif
-#pragma GCC visibility pop
+KVX_PLATFORM_SIZE(AudioComponentDescription, 20);
+
+KVX_PLATFORM_END
 
 #endif

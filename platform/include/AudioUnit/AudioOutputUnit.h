@@ -9,24 +9,18 @@
 
 #include <AudioUnit/AUComponent.h>
 
-#pragma GCC visibility push(default)
-#ifdef __cplusplus
-extern "C" {
-#endif
+KVX_PLATFORM_BEGIN
 
 /* Start an initialised unit's device; the device's refusal is passed on. Starting a running unit changes
  * nothing. */
-extern OSStatus AudioOutputUnitStart(AudioUnit unit);
+KVX_PLATFORM_EXPORT OSStatus AudioOutputUnitStart(AudioUnit unit);
 
 /*
  * Stop it: when this returns, no callback of the unit runs any more. Inside a callback it ends the unit with
  * that slice instead. Never call it holding a lock that a callback waits for.
  */
-extern OSStatus AudioOutputUnitStop(AudioUnit unit);
+KVX_PLATFORM_EXPORT OSStatus AudioOutputUnitStop(AudioUnit unit);
 
-#ifdef __cplusplus
-}
-#endif
-#pragma GCC visibility pop
+KVX_PLATFORM_END
 
 #endif

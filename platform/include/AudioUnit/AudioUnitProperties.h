@@ -8,6 +8,8 @@
 #include <AudioUnit/AUComponent.h>
 #include <CoreFoundation/CoreFoundation.h>
 
+KVX_PLATFORM_BEGIN
+
 enum {
     kAudioUnitScope_Global = 0,
     kAudioUnitScope_Input = 1,
@@ -18,13 +20,14 @@ enum {
 };
 
 /* every unit */
+/* clang-format off */
 enum {
-    kAudioUnitProperty_MakeConnection = 1, /* AudioUnitConnection, input, write */
-    kAudioUnitProperty_SampleRate = 2,     /* Float64 Hz, input and output, read and write before */
-    kAudioUnitProperty_ParameterList = 3,  /* AudioUnitParameterID[], each scope, read */
-    kAudioUnitProperty_ParameterInfo = 4,  /* AudioUnitParameterInfo, element = parameter ID, read */
-    kAudioUnitProperty_StreamFormat = 8,   /* AudioStreamBasicDescription, likewise */
-    kAudioUnitProperty_ElementCount = 11,  /* UInt32, each scope, read; write before where buses vary */
+    kAudioUnitProperty_MakeConnection = 1,         /* AudioUnitConnection, input, write */
+    kAudioUnitProperty_SampleRate = 2,             /* Float64 Hz, input and output, read and write before */
+    kAudioUnitProperty_ParameterList = 3,          /* AudioUnitParameterID[], each scope, read */
+    kAudioUnitProperty_ParameterInfo = 4,          /* AudioUnitParameterInfo, element = parameter ID, read */
+    kAudioUnitProperty_StreamFormat = 8,           /* AudioStreamBasicDescription, input and output, likewise */
+    kAudioUnitProperty_ElementCount = 11,          /* UInt32, each scope, read; write before where buses vary */
     kAudioUnitProperty_BusCount = 11,
     kAudioUnitProperty_Latency = 12,               /* Float64 seconds, global, read */
     kAudioUnitProperty_SupportedNumChannels = 13,  /* AUChannelInfo[], global, read */
@@ -34,17 +37,17 @@ enum {
     kAudioUnitProperty_SetRenderCallback = 23      /* AURenderCallbackStruct, input, write */
 };
 
-/* output units that drive a device */
+/* output units */
 enum {
-    kAudioOutputUnitProperty_CurrentDevice =
-        2000, /* AudioDeviceID, global, read; the HAL unit's can be written */
-    kAudioOutputUnitProperty_IsRunning = 2001,  /* UInt32, global, read */
-    kAudioOutputUnitProperty_ChannelMap = 2002, /* SInt32[], one a device channel; output 0, read and write */
-    kAudioOutputUnitProperty_EnableIO = 2003,   /* UInt32, output 0 and input 1, read and write before */
-    kAudioOutputUnitProperty_SetInputCallback = 2005,     /* AURenderCallbackStruct, global, write */
-    kAudioOutputUnitProperty_HasIO = 2006,                /* UInt32, output 0 and input 1, read */
+    kAudioOutputUnitProperty_CurrentDevice = 2000,    /* AudioDeviceID, global, read; the HAL unit's: write */
+    kAudioOutputUnitProperty_IsRunning = 2001,        /* UInt32, global, read */
+    kAudioOutputUnitProperty_ChannelMap = 2002,       /* SInt32[], one a destination channel; output 0, both */
+    kAudioOutputUnitProperty_EnableIO = 2003,         /* UInt32, output 0 and input 1, read and write before */
+    kAudioOutputUnitProperty_SetInputCallback = 2005, /* AURenderCallbackStruct, global, write */
+    kAudioOutputUnitProperty_HasIO = 2006,            /* UInt32, output 0 and input 1, read */
     kAudioOutputUnitProperty_StartTimestampsAtZero = 2007 /* UInt32, global, read and write */
 };
+/* clang-format on */
 
 /* Take input `destInputNumber` from output `sourceOutputNumber` of another unit; a NULL unit disconnects. */
 typedef struct AudioUnitConnection {
@@ -97,11 +100,12 @@ enum {
 #define kAudioUnitParameterFlag_IsReadable (1u << 30)
 #define kAudioUnitParameterFlag_IsWritable (1u << 31)
 
-#ifdef __cplusplus
-static_assert(sizeof(AUChannelInfo) == 4, "the platform's record");
-static_assert(sizeof(void*) != 4 || sizeof(AudioUnitConnection) == 12, "the platform's record");
-static_assert(sizeof(void*) != 4 || sizeof(AURenderCallbackStruct) == 8, "the platform's record");
-static_assert(sizeof(void*) != 4 || sizeof(AudioUnitParameterInfo) == 84, "the platform's record");
-#endif
+KVX_PLATFORM_SIZE(AudioUnitConnection, 12);
+KVX_PLATFORM_SIZE(AURenderCallbackStruct, 8);
+KVX_PLATFORM_SIZE(AUChannelInfo, 4);
+KVX_PLATFORM_SIZE(AudioUnitParameterInfo, 84);
+KVX_PLATFORM_OFFSET(AudioUnitParameterInfo, unit, 64);
+
+KVX_PLATFORM_END
 
 #endif

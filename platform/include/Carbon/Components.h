@@ -2,18 +2,18 @@
  * The Component Manager: finding, opening and closing components. C; 2-byte packed, as all of Carbon is.
  *
  * Owner    an open instance is its opener's, who closes it.
- * Thread   [any]. A component is closed by one thread while no other begins a call on it; a call already
- * under way ends first. Errors   a NULL, closed or made-up instance is badComponentInstance.
+ *
+ * Thread   [any]. A call that is under way on an instance when it is closed ends in its own time.
+ *
+ * Errors   a NULL, closed or made-up instance is badComponentInstance.
  */
 #ifndef CARBON_COMPONENTS_H
 #define CARBON_COMPONENTS_H
 
-#include <CoreAudio/CoreAudioTypes.h>
+#include <KVXPlatform/export.h>
+#include <MacTypes.h>
 
-#pragma GCC visibility push(default)
-#ifdef __cplusplus
-extern "C" {
-#endif
+KVX_PLATFORM_BEGIN
 #pragma pack(push, 2)
 
 typedef struct ComponentRecord {
@@ -60,26 +60,24 @@ enum {
 
 /* The first component behind `previous` (NULL: from the start) that `looking` describes; NULL when there is
  * none. */
-extern Component FindNextComponent(Component previous, ComponentDescription* looking);
+KVX_PLATFORM_EXPORT Component FindNextComponent(Component previous, ComponentDescription* looking);
 
 /* How many components `looking` describes. */
-extern long CountComponents(ComponentDescription* looking);
+KVX_PLATFORM_EXPORT long CountComponents(ComponentDescription* looking);
 
 /* Open an instance of a component. NULL, with the reason in the status, on failure. */
-extern OSErr OpenAComponent(Component component, ComponentInstance* out_instance);
-extern ComponentInstance OpenComponent(Component component);
+KVX_PLATFORM_EXPORT OSErr OpenAComponent(Component component, ComponentInstance* out_instance);
+KVX_PLATFORM_EXPORT ComponentInstance OpenComponent(Component component);
 
 /* The same of the first component with this type and subtype; a subtype of 0 is any. */
-extern OSErr OpenADefaultComponent(OSType type, OSType subType, ComponentInstance* out_instance);
-extern ComponentInstance OpenDefaultComponent(OSType type, OSType subType);
+KVX_PLATFORM_EXPORT OSErr OpenADefaultComponent(OSType type, OSType subType, ComponentInstance* out_instance);
+KVX_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType type, OSType subType);
 
 /* Close an instance: when this returns, none of its callbacks runs any more. */
-extern OSErr CloseComponent(ComponentInstance instance);
+KVX_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance instance);
 
-#ifdef __cplusplus
-}
-static_assert(sizeof(ComponentDescription) == 20, "the platform's record");
-#endif
-#pragma GCC visibility pop
+KVX_PLATFORM_SIZE(ComponentDescription, 20);
+
+KVX_PLATFORM_END
 
 #endif
