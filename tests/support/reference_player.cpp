@@ -64,7 +64,8 @@ float Player::sample(std::int64_t index)
     current.reset();
     if (!takeNext()) return 0;
     const std::int64_t inNext = offset - size;
-    if (inNext >= static_cast<std::int64_t>(current->size())) return 0; // farther than the next buffer reaches
+    if (inNext >= static_cast<std::int64_t>(current->size()))
+        return 0; // farther than the next buffer reaches
     return (*current)[static_cast<std::size_t>(inNext)];
 }
 
@@ -79,7 +80,8 @@ void Player::beSilent(Slice& slice) const
 {
     for (std::size_t b = 0; b < slice.inUse; ++b)
         if (!slice.buffers[b].isAbsent)
-            std::fill(slice.buffers[b].bytes.begin(), slice.buffers[b].bytes.end(), static_cast<unsigned char>(0));
+            std::fill(slice.buffers[b].bytes.begin(), slice.buffers[b].bytes.end(),
+                      static_cast<unsigned char>(0));
 }
 
 void Player::render(Slice& slice)

@@ -1,5 +1,6 @@
-// The buffered player's render step, written a second time: plainly, one sample after the other, in structures of its
-// own. The tests compare the real one with it, bit for bit. It shares no code with the plug-in, on purpose.
+// The buffered player's render step, written a second time: plainly, one sample after the other, in
+// structures of its own. The tests compare the real one with it, bit for bit. It shares no code with the
+// plug-in, on purpose.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +18,8 @@ struct Buffer {
     bool isAbsent;
 };
 
-/// A slice to fill. The first buffer gives the number of frames, even if only the first `inUse` buffers are listed,
-/// and none is.
+/// A slice to fill. The first buffer gives the number of frames, even if only the first `inUse` buffers are
+/// listed, and none is.
 struct Slice {
     std::vector<Buffer> buffers;
     std::size_t inUse;

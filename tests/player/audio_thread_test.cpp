@@ -1,0 +1,278 @@
+// What the I/O procedure may not do: allocate, or touch a player that is no longer its own.
+#include "player/ingestion.h"
+
+#include "tests/player/player_object.h"
+#include "tests/player/record_watch.h"
+#include "tests/player/slice.h"
+#include "tests/support/c_library_spy.h"
+#include "tests/support/platform_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <thread>
+
+namespace {
+
+using test::PlayerObject;
+using Floats = std::vector<float>;
+
+class AudioThread : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        spy::reset();
+        host::load();
+    }
+};
+
+// ---- the allocation alarm ----
+
+/// One cycle in which nothing may be allocated.
+void guardedCycle(const PlayerObject& object, test::Slice& slice)
+{
+    const watched::NoAllocation audioThread;
+    test::cycle(object, slice);
+}
+
+TEST_F(AudioThread, AllocatesNothingWhateverItRenders)
+{
+    const int before = watched::alarms();
+    for (const std::int32_t channels : {1, 2})
+        for (const float rate : {44100.0f, 22050.0f, 48000.0f, 192000.0f, 1.0f})
+            for (const HostBoolean noUnderflow : {0, 1})
+                for (const bool endsByRequest : {false, true}) {
+                    spy::reset();
+                    const PlayerObject object;
+                    object->sampleRate = rate;
+                    object->numberOfChannels = channels;
+                    object->noUnderflow = noUnderflow;
+                    for (int i = 0; i < 20; ++i) ASSERT_TRUE(object.add(Floats(100, 0.5f)));
+                    ASSERT_TRUE(object.start());
+                    test::Slice slice({test::shape(2, 256), test::shape(1, 256)});
+                    for (int i = 0; i < 20 && object->isRunning; ++i) guardedCycle(object, slice);
+                    object->stopRequested = endsByRequest;
+                    object->noUnderflow = 0;
+                    for (int i = 0; i < 200 && object->isRunning; ++i) guardedCycle(object, slice);
+                    EXPECT_TRUE(rate == 1.0f || !object->isRunning) << "it came through every branch";
+                }
+    EXPECT_EQ(watched::alarms(), before);
+}
+
+/// An I/O procedure that allocates as nobody would notice: the player's own code, called where it must not
+/// be.
+OSStatus careless(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
+                  AudioBufferList*, const AudioTimeStamp*, void* client)
+{
+    const host::Block block(std::vector<unsigned char>(8, 0)); // rings, too: operator new
+    player::AddSomeFloatAudio(*static_cast<player::AudioPlayerData*>(client), block, 0, 8, false);
+    return 0;
+}
+
+TEST_F(AudioThread, TheAlarmRings)
+{
+    const auto ringsFor = [](auto&& allocate) {
+        const int before = watched::alarms();
+        bool wasRefused;
+        {
+            const watched::NoAllocation audioThread;
+            wasRefused = allocate();
+        }
+        return watched::alarms() == before + 1 && wasRefused;
+    };
+    void* volatile memory = nullptr; // volatile: an unused allocation could be left out
+    const auto refused = [&] {
+        const bool isNull = !memory;
+        std::free(memory);
+        return isNull;
+    };
+    EXPECT_TRUE(ringsFor([&] { return memory = std::malloc(8), refused(); }));
+    EXPECT_TRUE(ringsFor([&] { return memory = std::calloc(2, 4), refused(); }));
+    EXPECT_TRUE(ringsFor([&] { return memory = std::realloc(nullptr, 8), refused(); }));
+    EXPECT_TRUE(ringsFor([&] {
+        try {
+            memory = ::operator new(8);
+            ::operator delete(memory);
+            return false;
+        } catch (const std::bad_alloc&) {
+            return true;
+        }
+    }));
+    EXPECT_TRUE(ringsFor([&] {
+        try {
+            memory = ::operator new[](8);
+            ::operator delete[](memory);
+            return false;
+        } catch (const std::bad_alloc&) {
+            return true;
+        }
+    }));
+}
+
+TEST_F(AudioThread, TheAlarmRingsInThePlayersOwnCode)
+{
+    const PlayerObject object;
+    const host::Block block(std::vector<unsigned char>(8, 0));
+    const int before = watched::alarms();
+    {
+        const watched::NoAllocation audioThread;
+        EXPECT_FALSE(player::AddSomeFloatAudio(object.data(), block, 0, 8, false)) << "memory was refused";
+    }
+    EXPECT_EQ(watched::alarms(), before + 1);
+    EXPECT_TRUE(player::AddSomeFloatAudio(object.data(), block, 0, 8, false));
+    EXPECT_EQ(watched::alarms(), before + 1) << "on the main thread it is silent";
+}
+
+TEST_F(AudioThread, TheAlarmRingsInAnIOProcedure)
+{
+    const PlayerObject object;
+    object->ioProc = careless;
+    test::Slice slice({test::shape(1, 4)});
+    const int before = watched::alarms();
+    EXPECT_THROW(guardedCycle(object, slice), std::bad_alloc);
+    EXPECT_GT(watched::alarms(), before);
+}
+
+TEST_F(AudioThread, MayFreeAndTakeTheQueuesLock)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1}));
+    ASSERT_TRUE(object.add({2}));
+    ASSERT_TRUE(object.start());
+    test::Slice slice({test::shape(1, 2)});
+    watched::begin();
+    test::cycle(object, slice);
+    EXPECT_EQ(watched::end(), (std::vector<std::string>{"lock", "unlock", "free", "lock", "unlock", "free",
+                                                        "lock", "unlock"}))
+        << "once for each buffer, and once for none";
+}
+
+// ---- after the player has left the device ----
+
+#if !defined(__has_feature)
+#define __has_feature(feature) 0
+#endif
+
+// Once isRunning is clear, the host may have freed the record. So clearing it is the very last access: every
+// access from the removal on is caught, one instruction at a time.
+TEST_F(AudioThread, ClearsIsRunningAsTheLastThingItDoesToTheRecord)
+{
+#if __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "this sanitizer handles the signals itself; the race below is its way to see it";
+#endif
+    for (const bool isStopRequested : {false, true}) {
+        SCOPED_TRACE(isStopRequested);
+        spy::reset();
+        test::WatchedRecord<player::AudioPlayerData> record;
+        player::AudioPlayerData& player = *record;
+        {
+            const PlayerObject object;
+            std::memcpy(&player, &object.data(), sizeof player);
+        }
+        player.isRunning = 1;
+        player.stopRequested = isStopRequested;
+        test::Slice slice({test::shape(1, 4)});
+        const AudioTimeStamp time = {};
+        AudioBufferList noInput = {};
+        const AudioDeviceIOProc procedure = player.ioProc;
+
+        spy::platform().during[spy::Function::removeIOProc] = [&] { record.watch(); };
+        procedure(2, &time, &noInput, &time, &slice.list(), &time, &player);
+        const std::vector<test::Access> accesses = record.accesses();
+
+        ASSERT_EQ(accesses.size(), 1u);
+        EXPECT_EQ(accesses[0].offset, offsetof(player::AudioPlayerData, isRunning));
+        EXPECT_TRUE(accesses[0].isWrite);
+        EXPECT_EQ(player.isRunning, 0);
+    }
+}
+
+// The watch itself sees reads and writes, in order.
+TEST_F(AudioThread, TheWatchSeesEveryAccess)
+{
+#if __has_feature(thread_sanitizer)
+    GTEST_SKIP();
+#endif
+    test::WatchedRecord<player::AudioPlayerData> record;
+    volatile player::AudioPlayerData& player = *record;
+    record.watch();
+    player.numberOfChannels = 2;
+    const std::int32_t count = player.queueCount;
+    player.hadUnderflow = 1;
+    const std::vector<test::Access> accesses = record.accesses();
+    EXPECT_EQ(count, 0);
+    ASSERT_EQ(accesses.size(), 3u);
+    EXPECT_EQ(accesses[0].offset, offsetof(player::AudioPlayerData, numberOfChannels));
+    EXPECT_TRUE(accesses[0].isWrite);
+    EXPECT_EQ(accesses[1].offset, offsetof(player::AudioPlayerData, queueCount));
+    EXPECT_FALSE(accesses[1].isWrite);
+    EXPECT_EQ(accesses[2].offset, offsetof(player::AudioPlayerData, hadUnderflow));
+    EXPECT_TRUE(accesses[2].isWrite);
+}
+
+/// A device with a thread of its own, which turns the cycle until the procedure has removed itself, then
+/// ends.
+class RunningDevice {
+public:
+    explicit RunningDevice(AudioDeviceIOProc procedure, void* client)
+        : thread_([=] {
+              const AudioTimeStamp time = {};
+              AudioBufferList noInput = {};
+              float samples[64];
+              while (!isRemoved_.load(std::memory_order_relaxed)) {
+                  AudioBufferList list = {1, {{2, sizeof samples, samples}}};
+                  procedure(2, &time, &noInput, &time, &list, &time, client);
+              }
+          })
+    {
+    }
+    ~RunningDevice() { thread_.join(); }
+
+    /// Called from the procedure.
+    static void remove() { isRemoved_.store(true, std::memory_order_relaxed); }
+    static void prepare() { isRemoved_.store(false, std::memory_order_relaxed); }
+
+private:
+    static std::atomic<bool> isRemoved_;
+    std::thread thread_;
+};
+std::atomic<bool> RunningDevice::isRemoved_{false};
+
+// Started, fed, stopped and freed at once, while the device turns: whatever the device's thread still
+// touched, or was not ordered before the freeing, the sanitizers report.
+TEST_F(AudioThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
+{
+    const long before = watched::liveBlocks();
+    spy::platform().during[spy::Function::removeIOProc] = RunningDevice::remove;
+    spy::platform().during[spy::Function::delay] = [] { std::this_thread::yield(); };
+    for (int i = 0; i < 300; ++i) {
+        RunningDevice::prepare();
+        spy::forgetCalls();
+        std::unique_ptr<RunningDevice> device;
+        {
+            const PlayerObject object;
+            spy::platform().during[spy::Function::start] = [&] {
+                device = std::make_unique<RunningDevice>(object->ioProc, &object.data());
+            };
+            test::set<HostBoolean>(object, "NoUnderflow", 1);
+            ASSERT_TRUE(object.start());
+            for (int buffer = 0; buffer < 5; ++buffer) object.add(Floats(37, 0.25f), buffer == 3);
+            test::get<double>(object, "OutputPosition");
+            test::get<double>(object, "OutputPositionRelative");
+            test::set<float>(object, "SampleRate", 48000);
+            test::set<HostBoolean>(object, "NoUnderflow", 0);
+            while (test::get<HostBoolean>(object, "IsRunning") && i % 2) std::this_thread::yield();
+            test::call<void>("Stop", object);
+            EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 0);
+        } // the object's memory is gone here, and the device's thread may still be in its last cycle
+        device.reset();
+    }
+    EXPECT_EQ(watched::liveBlocks(), before);
+}
+
+} // namespace

@@ -1,0 +1,345 @@
+// What the adding workers refuse, in which order, and what they raise for it.
+#include "player/ingestion.h"
+
+#include "tests/player/player_object.h"
+#include "tests/support/c_library_spy.h"
+#include "tests/support/platform_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+
+namespace {
+
+using namespace player;
+using test::PlayerObject;
+using Bytes = std::vector<unsigned char>;
+
+enum Kind { good, nil, noMemory }; // of a block
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+
+class Ingestion : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        spy::reset();
+        host::load();
+    }
+
+    static std::unique_ptr<host::Block> blockOf(Kind kind, std::size_t bytes = 64)
+    {
+        if (kind == nil) return nullptr;
+        if (kind == noMemory)
+            return std::make_unique<host::Block>(host::Block::WithoutMemory{static_cast<HostInteger>(bytes)});
+        return std::make_unique<host::Block>(Bytes(bytes, 0x40));
+    }
+
+    static REALmemoryBlockStruct* handle(const std::unique_ptr<host::Block>& block)
+    {
+        return block ? static_cast<REALmemoryBlockStruct*>(*block) : nullptr;
+    }
+
+    /// Nothing raised, or exactly this one exception, once.
+    static void expectNilRaised(bool isRaised)
+    {
+        const std::vector<host::Raised> raised = host::raised();
+        ASSERT_EQ(raised.size(), isRaised ? 1u : 0u);
+        EXPECT_EQ(host::livingValues(), 0);
+        if (!isRaised) return;
+        EXPECT_EQ(raised[0].className, "NilObjectException");
+        EXPECT_EQ(raised[0].message, "Memoryblock is nil");
+        EXPECT_EQ(raised[0].errorNumber, 0);
+    }
+};
+
+// clang-format off
+const struct {
+    Kind block;
+    HostInteger offset, count, bitSize;
+    float sampleRate;
+    std::int32_t channels;
+    bool isAdded, isRaised;
+    int pointersAsked; // of one block
+    const char* why;
+} refusals[] = {
+    // block    offset     count      bits  rate          ch   added  raised ask
+    { good,     0,         8,         16,   44100.0f,     1,   true,  false, 1, "nothing is wrong" },
+    { nil,      0,         8,         16,   44100.0f,     1,   false, true,  0, "a nil block" },
+    { nil,      -1,        8,         16,   44100.0f,     1,   false, true,  0, "nil comes before the offset" },
+    { nil,      0,         -1,        16,   44100.0f,     1,   false, true,  0, "nil comes before the count" },
+    { nil,      -1,        0,         12,   0.0f,         3,   false, true,  0, "nil comes before everything" },
+    { good,     -1,        8,         16,   44100.0f,     1,   false, false, 0, "a negative offset" },
+    { good,     INT32_MIN, 8,         16,   44100.0f,     1,   false, false, 0, "the most negative offset" },
+    { noMemory, -1,        8,         16,   44100.0f,     1,   false, false, 0, "the offset comes before the memory" },
+    { good,     0,         0,         16,   44100.0f,     1,   false, false, 0, "no bytes" },
+    { good,     0,         -1,        16,   44100.0f,     1,   false, false, 0, "a negative count" },
+    { good,     0,         INT32_MIN, 16,   44100.0f,     1,   false, false, 0, "the most negative count" },
+    { noMemory, 0,         0,         16,   44100.0f,     1,   false, false, 0, "the count comes before the memory" },
+    { noMemory, 0,         -1,        12,   44100.0f,     1,   false, false, 0, "likewise" },
+    { noMemory, 0,         8,         16,   44100.0f,     1,   false, true,  1, "a block without memory" },
+    { noMemory, 4,         8,         16,   44100.0f,     1,   false, true,  1, "an offset makes no memory" },
+    { noMemory, 0,         8,         12,   44100.0f,     1,   false, true,  1, "the memory comes before the BitSize" },
+    { noMemory, 0,         8,         23,   44100.0f,     1,   false, true,  1, "even of 23" },
+    { noMemory, 0,         8,         16,   0.0f,         1,   false, true,  1, "the memory comes before the rate" },
+    { noMemory, 0,         8,         16,   44100.0f,     3,   false, true,  1, "the memory comes before the channels" },
+    { noMemory, 0,         1,         16,   44100.0f,     1,   false, true,  1, "the memory comes before the size" },
+    { good,     0,         8,         12,   44100.0f,     1,   false, false, 1, "an unknown BitSize" },
+    { good,     0,         8,         23,   44100.0f,     1,   false, false, 1, "23 bits are refused on purpose" },
+    { good,     0,         8,         23,   0.0f,         3,   false, false, 1, "23 bits and the rest wrong, too" },
+    { good,     0,         8,         16,   0.999f,       1,   false, false, 1, "a rate below 1" },
+    { good,     0,         8,         16,   0.99999994f,  1,   false, false, 1, "the next float below 1" },
+    { good,     0,         8,         16,   1.0f,         1,   true,  false, 1, "a rate of 1" },
+    { good,     0,         8,         16,   0.0f,         1,   false, false, 1, "a rate of 0" },
+    { good,     0,         8,         16,   -1.0f,        1,   false, false, 1, "a negative rate" },
+    { good,     0,         8,         16,   -44100.0f,    1,   false, false, 1, "a negative rate" },
+    { good,     0,         8,         16,   notANumber,   1,   false, false, 1, "no number fails, too" },
+    { good,     0,         8,         16,   infinity,     1,   true,  false, 1, "infinity is at least 1" },
+    { good,     0,         8,         16,   -infinity,    1,   false, false, 1, "minus infinity is not" },
+    { good,     0,         8,         16,   44100.0f,     0,   false, false, 1, "no channels" },
+    { good,     0,         8,         16,   44100.0f,     2,   true,  false, 1, "two channels" },
+    { good,     0,         8,         16,   44100.0f,     3,   false, false, 1, "three channels" },
+    { good,     0,         8,         16,   44100.0f,     -1,  false, false, 1, "minus one channel" },
+    { good,     0,         8,         16,   44100.0f,     INT32_MAX, false, false, 1, "very many channels" },
+    { good,     0,         1,         16,   44100.0f,     1,   false, false, 1, "fewer bytes than one sample" },
+    { good,     0,         1,         8,    44100.0f,     1,   true,  false, 1, "one byte is a sample of 8 bits" },
+    { good,     0,         2,         24,   44100.0f,     1,   false, false, 1, "two bytes are none of 24" },
+    { good,     0,         3,         32,   44100.0f,     1,   false, false, 1, "three bytes are none of 32" },
+};
+// clang-format on
+
+TEST_F(Ingestion, IntegerBlocksAreRefusedInOrder)
+{
+    for (const auto& row : refusals) {
+        SCOPED_TRACE(row.why);
+        host::load();
+        const PlayerObject object;
+        object->sampleRate = row.sampleRate;
+        object->numberOfChannels = row.channels;
+        const auto block = blockOf(row.block);
+        watched::begin();
+        const bool added =
+            AddSomeAudio(object.data(), handle(block), row.offset, row.count, row.bitSize, false);
+        const bool isAllocated = !watched::end().empty();
+        EXPECT_EQ(added, row.isAdded);
+        EXPECT_EQ(isAllocated, row.isAdded) << "whoever is refused costs nothing";
+        EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
+        EXPECT_EQ(host::pointersAsked(), row.pointersAsked);
+        EXPECT_EQ(spy::calls(), std::vector<std::string>());
+        expectNilRaised(row.isRaised);
+    }
+}
+
+// The same table, with the fault in one of the two blocks, or in both: raised once all the same.
+TEST_F(Ingestion, StereoBlocksAreRefusedInOrder)
+{
+    for (const auto& row : refusals)
+        for (const int faulty : {1, 2, 3}) {
+            SCOPED_TRACE(::testing::Message() << row.why << ", block " << faulty);
+            host::load();
+            const PlayerObject object;
+            object->sampleRate = row.sampleRate;
+            object->numberOfChannels = row.channels;
+            const auto block1 = blockOf(faulty & 1 ? row.block : good),
+                       block2 = blockOf(faulty & 2 ? row.block : good);
+            EXPECT_EQ(AddSomeAudioStereo(object.data(), handle(block1), handle(block2), row.offset, row.count,
+                                         row.bitSize, false),
+                      row.isAdded);
+            EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
+            if (row.pointersAsked == 0) {
+                EXPECT_EQ(host::pointersAsked(), 0);
+            }
+            expectNilRaised(row.isRaised);
+        }
+}
+
+TEST_F(Ingestion, StereoBlocksAreTakenWhileThePlayerIsMono)
+{
+    const PlayerObject object;
+    ASSERT_EQ(object->numberOfChannels, 1);
+    const host::Block block(Bytes{0x80, 0x40});
+    EXPECT_TRUE(AddSomeAudioStereo(object.data(), block, block, 0, 2, 8, false));
+    EXPECT_EQ(object.slot(0), (std::vector<float>{0.5f, 0.5f, 0.25f, 0.25f}));
+    EXPECT_EQ(object->numberOfChannels, 1);
+}
+
+TEST_F(Ingestion, FloatBlocksAreRefusedWithoutAnException)
+{
+    // clang-format off
+    const struct {
+        Kind block;
+        HostInteger offset, count;
+        bool isAdded;
+        const char* why;
+    } rows[] = {
+        { good,     0,         8,         true,  "nothing is wrong" },
+        { good,     -1,        8,         false, "a negative offset" },
+        { good,     INT32_MIN, 8,         false, "the most negative offset" },
+        { nil,      0,         8,         false, "a nil block: nothing is raised here" },
+        { nil,      -1,        -1,        false, "everything at once" },
+        { good,     0,         0,         false, "no bytes" },
+        { good,     0,         -1,        false, "a negative count" },
+        { good,     0,         INT32_MIN, false, "the most negative count" },
+        { good,     0,         3,         false, "fewer bytes than one sample" },
+        { good,     0,         4,         true,  "one sample" },
+        { noMemory, 0,         8,         false, "a block without memory: a plain false, too" },
+        { noMemory, 0,         3,         false, "no memory and no sample" },
+    };
+    // clang-format on
+    for (const auto& row : rows)
+        for (const int faulty : {0, 1, 2, 3}) { // 0: the call for one block
+            SCOPED_TRACE(::testing::Message() << row.why << ", block " << faulty);
+            const PlayerObject object;
+            const auto faultyOne = blockOf(row.block), goodOne = blockOf(good);
+            const auto pick = [&](int bit) { return handle(faulty & bit ? faultyOne : goodOne); };
+            const bool added =
+                faulty
+                    ? AddSomeFloatAudioStereo(object.data(), pick(1), pick(2), row.offset, row.count, false)
+                    : AddSomeFloatAudio(object.data(), handle(faultyOne), row.offset, row.count, false);
+            EXPECT_EQ(added, row.isAdded);
+            EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
+            expectNilRaised(false);
+        }
+}
+
+TEST_F(Ingestion, FloatBlocksAreTakenAtAnyRateAndChannelCount)
+{
+    for (const float rate : {0.0f, -1.0f, notANumber, infinity, 0.5f})
+        for (const std::int32_t channels : {0, 3, -1}) {
+            const PlayerObject object;
+            object->sampleRate = rate;
+            object->numberOfChannels = channels;
+            const auto block = blockOf(good);
+            EXPECT_TRUE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
+            EXPECT_TRUE(AddSomeFloatAudioStereo(object.data(), handle(block), handle(block), 0, 8, false));
+            EXPECT_EQ(object->queue[0].count, 2);
+            EXPECT_EQ(object->queue[1].count, 4);
+        }
+}
+
+TEST_F(Ingestion, KnowsSevenBitSizes)
+{
+    for (HostInteger bitSize = -1; bitSize <= 40; ++bitSize) {
+        SCOPED_TRACE(bitSize);
+        const PlayerObject object;
+        const auto block = blockOf(good);
+        const bool isKnown = bitSize == 7 || bitSize == 8 || bitSize == 15 || bitSize == 16 ||
+                             bitSize == 24 || bitSize == 31 || bitSize == 32;
+        EXPECT_EQ(AddSomeAudio(object.data(), handle(block), 0, 12, bitSize, false), isKnown);
+        EXPECT_EQ(AddSomeAudioStereo(object.data(), handle(block), handle(block), 0, 12, bitSize, false),
+                  isKnown);
+        EXPECT_EQ(object->queueCount, isKnown ? 2 : 0);
+        expectNilRaised(false);
+    }
+    for (const HostInteger bitSize : {INT32_MIN, -16, 64, 16 + 256, INT32_MAX}) {
+        const PlayerObject object;
+        const auto block = blockOf(good);
+        EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 12, bitSize, false)) << bitSize;
+    }
+}
+
+// ---- sizes ----
+
+// Memory is refused throughout, so that nothing is converted: what counts is how much was asked for, if
+// anything.
+// clang-format off
+const struct {
+    HostInteger bitSize; // 0: floats
+    int channels;
+    HostInteger count;
+    const char* asked; // null: refused before
+} sizes[] = {
+    {  8, 1, 536870911,  "calloc 2147483644" }, {  8, 1, 536870912,  nullptr },
+    {  8, 1, 1073741825, nullptr /* 4 times it wraps around to 4 */ },
+    {  8, 1, INT32_MAX,  nullptr },
+    {  7, 1, 536870911,  "calloc 2147483644" }, {  7, 1, 536870912,  nullptr },
+    {  8, 2, 268435455,  "calloc 2147483640" }, {  8, 2, 268435456,  nullptr },
+    {  8, 2, 536870913,  nullptr /* 8 times it wraps around to 8 */ },
+    {  8, 2, INT32_MAX,  nullptr },
+    { 16, 1, 1073741823, "calloc 2147483644" }, { 16, 1, 1073741824, nullptr }, { 16, 1, INT32_MAX, nullptr },
+    { 15, 2, 536870911,  "calloc 2147483640" }, { 15, 2, 536870912,  nullptr }, { 16, 2, INT32_MAX, nullptr },
+    { 24, 1, 1610612735, "calloc 2147483644" }, { 24, 1, 1610612736, nullptr },
+    { 24, 2, 805306367,  "calloc 2147483640" }, { 24, 2, 805306368,  nullptr }, { 24, 2, INT32_MAX, nullptr },
+    { 32, 1, INT32_MAX,  "calloc 2147483644" },
+    { 31, 2, 1073741823, "calloc 2147483640" }, { 31, 2, 1073741824, nullptr }, { 32, 2, INT32_MAX, nullptr },
+    {  0, 1, INT32_MAX,  "calloc 2147483644" }, {  0, 1, 7, "calloc 4" },
+    {  0, 2, 1073741823, "calloc 2147483640" }, {  0, 2, 1073741824, nullptr }, {  0, 2, INT32_MAX, nullptr },
+    { 16, 1, 7,          "calloc 12"         }, { 16, 2, 7, "calloc 24" },
+};
+// clang-format on
+
+TEST_F(Ingestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
+{
+    for (const auto& row : sizes) {
+        SCOPED_TRACE(::testing::Message()
+                     << row.bitSize << " bits, " << row.channels << " channels, " << row.count);
+        const PlayerObject object;
+        const auto block = blockOf(good);
+        watched::refuseCalloc(1);
+        watched::begin();
+        bool added;
+        if (row.bitSize)
+            added = row.channels == 1
+                        ? AddSomeAudio(object.data(), handle(block), 0, row.count, row.bitSize, false)
+                        : AddSomeAudioStereo(object.data(), handle(block), handle(block), 0, row.count,
+                                             row.bitSize, false);
+        else
+            added = row.channels == 1 ? AddSomeFloatAudio(object.data(), handle(block), 0, row.count, false)
+                                      : AddSomeFloatAudioStereo(object.data(), handle(block), handle(block),
+                                                                0, row.count, false);
+        const std::vector<std::string> events = watched::end();
+        watched::refuseCalloc(0);
+        EXPECT_EQ(events, row.asked ? std::vector<std::string>{row.asked} : std::vector<std::string>());
+        EXPECT_FALSE(added);
+        EXPECT_EQ(object->queueCount, 0);
+        expectNilRaised(false); // out of memory is a plain false, too
+    }
+}
+
+TEST_F(Ingestion, ClearBuffersIsLeftAloneByARefusal)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    const auto block = blockOf(good);
+    EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 12, true));
+    EXPECT_FALSE(AddSomeAudio(object.data(), nullptr, 0, 8, 16, true));
+    EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 3, true));
+    watched::refuseCalloc(1);
+    EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 16, true));
+    EXPECT_EQ(object.slot(0), (std::vector<float>{1, 2})) << "what waits goes on waiting";
+    EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 0, 2, 16, true));
+    EXPECT_EQ(object->queueCount, 1);
+    EXPECT_EQ(object.slot(0), std::vector<float>{0x4040 / 65536.0f});
+}
+
+// The host's memory is read as it is, whatever size the block has by its own account: that is the caller's
+// affair.
+TEST_F(Ingestion, AsksForNoSize)
+{
+    const PlayerObject object;
+    const auto block = blockOf(good);
+    EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 2, 8, 16, false));
+    EXPECT_EQ(host::sizesAsked(), 0);
+}
+
+// ---- hosts without a service ----
+
+TEST_F(Ingestion, WithoutThePointerServiceIntegersRaiseAndFloatsAreFalse)
+{
+    host::load({"memoryBlockGetPtr"});
+    const PlayerObject object;
+    const auto block = blockOf(good);
+    EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
+    EXPECT_FALSE(AddSomeFloatAudioStereo(object.data(), handle(block), handle(block), 0, 8, false));
+    expectNilRaised(false);
+    EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 16, false));
+    expectNilRaised(true);
+    host::load({"memoryBlockGetPtr"});
+    EXPECT_FALSE(AddSomeAudioStereo(object.data(), handle(block), handle(block), 0, 8, 16, false));
+    expectNilRaised(true);
+    EXPECT_EQ(object->queueCount, 0);
+}
+
+} // namespace

@@ -1,0 +1,95 @@
+#include "tests/player/record_watch.h"
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <sys/mman.h>
+#include <ucontext.h>
+
+namespace test {
+
+namespace {
+
+// What the signal handlers work on: plain words, since a handler may call next to nothing.
+char* watchedPage = nullptr;
+std::size_t watchedBytes = 0;
+std::array<Access, 256> noted;
+volatile std::size_t notedCount = 0;
+struct sigaction formerFault, formerStep;
+
+constexpr greg_t trapFlag = 0x100; // the processor stops behind the next instruction
+constexpr greg_t writeFault = 2;   // in the fault's error code
+constexpr int errorCode = REG_ERR, flags = REG_EFL;
+
+void openPage(bool isOpen)
+{
+    mprotect(watchedPage, watchedBytes, isOpen ? PROT_READ | PROT_WRITE : PROT_NONE);
+}
+
+void onFault(int, siginfo_t* info, void* context)
+{
+    auto& registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
+    auto* address = static_cast<char*>(info->si_addr);
+    if (address < watchedPage || address >= watchedPage + watchedBytes) { // a real crash: let it happen
+        sigaction(SIGSEGV, &formerFault, nullptr);
+        return;
+    }
+    if (notedCount < noted.size()) {
+        noted[notedCount] = {static_cast<std::size_t>(address - watchedPage),
+                             (registers[errorCode] & writeFault) != 0};
+        notedCount = notedCount + 1;
+    }
+    openPage(true);
+    registers[flags] |= trapFlag;
+}
+
+void onStep(int, siginfo_t*, void* context)
+{
+    openPage(false);
+    static_cast<ucontext_t*>(context)->uc_mcontext.gregs[flags] &= ~trapFlag;
+}
+
+void handle(int signal, void (*handler)(int, siginfo_t*, void*), struct sigaction* former)
+{
+    struct sigaction action = {};
+    action.sa_sigaction = handler;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(signal, &action, former);
+}
+
+} // namespace
+
+WatchedMemory::WatchedMemory(std::size_t bytes) : bytes_((bytes + 4095) / 4096 * 4096)
+{
+    memory_ = mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory_ == MAP_FAILED) std::abort();
+}
+
+WatchedMemory::~WatchedMemory()
+{
+    accesses();
+    munmap(memory_, bytes_);
+}
+
+void WatchedMemory::watch()
+{
+    watchedPage = static_cast<char*>(memory_);
+    watchedBytes = bytes_;
+    notedCount = 0;
+    handle(SIGSEGV, onFault, &formerFault);
+    handle(SIGTRAP, onStep, &formerStep);
+    openPage(false);
+}
+
+std::vector<Access> WatchedMemory::accesses()
+{
+    if (watchedPage != memory_) return {};
+    openPage(true);
+    sigaction(SIGSEGV, &formerFault, nullptr);
+    sigaction(SIGTRAP, &formerStep, nullptr);
+    watchedPage = nullptr;
+    return {noted.begin(), noted.begin() + static_cast<std::ptrdiff_t>(notedCount)};
+}
+
+} // namespace test

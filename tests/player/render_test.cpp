@@ -1,0 +1,362 @@
+// The render step, against values worked out by hand.
+#include "tests/player/player_object.h"
+#include "tests/player/slice.h"
+#include "tests/support/platform_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using test::PlayerObject;
+using test::render;
+using Floats = std::vector<float>;
+
+class Render : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        spy::reset();
+        host::load();
+    }
+
+    /// A started player whose data has `rate` and `channels`; the device runs at 44100 Hz.
+    static void start(const PlayerObject& object, float rate, std::int32_t channels = 1)
+    {
+        object->sampleRate = rate;
+        object->numberOfChannels = channels;
+        ASSERT_TRUE(object.start());
+    }
+
+    static void setDeviceRate(double rate) { spy::platform().streamFormat.mSampleRate = rate; }
+};
+
+constexpr float half = 22050.0f, equal = 44100.0f, twice = 88200.0f, fourTimes = 176400.0f;
+
+TEST_F(Render, EqualRateReproducesTheInputOnEveryChannel)
+{
+    const Floats input = {0.1f, -0.2f, 0.3f, 1.5f, -2.5f, 1e-30f, 0.7f, 0.8f};
+    for (const std::uint32_t channels : {1u, 2u, 6u}) {
+        const PlayerObject object;
+        ASSERT_TRUE(object.add(input));
+        start(object, equal);
+        test::Slice slice({test::shape(channels, 8), test::shape(1, 8)});
+        EXPECT_EQ(test::cycle(object, slice), 0);
+        Floats expected;
+        for (const float sample : input) expected.insert(expected.end(), channels, sample);
+        EXPECT_EQ(slice.floats(0), expected);
+        EXPECT_EQ(slice.floats(1), input);
+        EXPECT_EQ(object->outputPosition, 8.0);
+    }
+}
+
+TEST_F(Render, EqualRateReproducesStereo)
+{
+    const Floats input = {1, -1, 2, -2, 3, -3, 4, -4};
+    const PlayerObject object;
+    ASSERT_TRUE(object.add(input));
+    start(object, equal, 2);
+    EXPECT_EQ(render(object, 4, 2), input);
+    EXPECT_EQ(object->outputPosition, 4.0) << "positions count frames, not samples";
+}
+
+TEST_F(Render, EqualRateCrossesSeamsWithoutALoss)
+{
+    for (const std::uint32_t sliceFrames : {1u, 2u, 3u, 4u, 5u, 7u, 12u}) {
+        SCOPED_TRACE(sliceFrames);
+        const PlayerObject object;
+        ASSERT_TRUE(object.add({1, 2, 3, 4}));
+        ASSERT_TRUE(object.add({5}));
+        ASSERT_TRUE(object.add({6, 7, 8, 9, 10, 11, 12}));
+        start(object, equal);
+        Floats heard;
+        while (heard.size() < 12) {
+            const Floats slice = render(object, sliceFrames);
+            heard.insert(heard.end(), slice.begin(), slice.end());
+        }
+        heard.resize(12);
+        EXPECT_EQ(heard, (Floats{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+    }
+}
+
+TEST_F(Render, HalfTheDeviceRateFollowsEachSampleWithTheMidpointToTheNext)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 4, 0}));
+    start(object, half);
+    EXPECT_EQ(render(object, 8), (Floats{1, 1.5, 2, 3, 4, 2, 0, 0})) << "the last one falls to silence";
+    EXPECT_EQ(object->outputPosition, 4.0);
+}
+
+TEST_F(Render, HalfTheDeviceRateInStereo)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, -1, 2, -2, 4, -4}));
+    start(object, half, 2);
+    EXPECT_EQ(render(object, 6, 2), (Floats{1, -1, 1.5, -1.5, 2, -2, 3, -3, 4, -4, 2, -2}));
+}
+
+TEST_F(Render, TwiceTheDeviceRateTakesEverySecondSample)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
+    start(object, twice);
+    EXPECT_EQ(render(object, 3), (Floats{1, 3, 5}));
+    EXPECT_EQ(object->outputPosition, 6.0);
+}
+
+TEST_F(Render, InterpolatesAcrossASeamInsideASlice)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    ASSERT_TRUE(object.add({4, 8}));
+    start(object, half);
+    EXPECT_EQ(render(object, 8), (Floats{1, 1.5, 2, 3, 4, 6, 8, 4}));
+}
+
+// The look-ahead of the slice's last frame has taken the next buffer, so the left neighbour is gone: 0.0 is
+// in its place, until the position reaches the new buffer.
+TEST_F(Render, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    ASSERT_TRUE(object.add({4, 8}));
+    start(object, half);
+    EXPECT_EQ(render(object, 3), (Floats{1, 1.5, 2}));
+    EXPECT_EQ(object->baseSampleIndex, 2);
+    EXPECT_EQ(render(object, 4), (Floats{2 /* not 3: halfway from 0 to 4 */, 4, 6, 8}));
+}
+
+TEST_F(Render, TheSameSeamInStereo)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, -1, 2, -2}));
+    ASSERT_TRUE(object.add({4, -4, 8, -8}));
+    start(object, half, 2);
+    EXPECT_EQ(render(object, 3, 2), (Floats{1, -1, 1.5, -1.5, 2, -2}));
+    EXPECT_EQ(render(object, 3, 2), (Floats{2, -2, 4, -4, 6, -6}));
+}
+
+// A seam at the same place, at the device's rate: the position never stands inside it.
+TEST_F(Render, TheSeamIsNotHeardAtTheDevicesRate)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    ASSERT_TRUE(object.add({4, 8}));
+    start(object, equal);
+    EXPECT_EQ(render(object, 2), (Floats{1, 2}));
+    EXPECT_EQ(object->baseSampleIndex, 2);
+    EXPECT_EQ(render(object, 2), (Floats{4, 8}));
+}
+
+TEST_F(Render, AnIndexPastTheNewBufferIsZero)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    ASSERT_TRUE(object.add({3, 4}));
+    ASSERT_TRUE(object.add({5, 6}));
+    ASSERT_TRUE(object.add({7, 8, 9, 10, 11, 12, 13}));
+    start(object, fourTimes);
+    // Frame 1: index 4 leaves {1, 2} and lies past {3, 4}; index 5, its neighbour, leaves that one and
+    // finds 6. Frame 2: index 8 leaves {5, 6} and finds the third of the last buffer.
+    EXPECT_EQ(render(object, 3), (Floats{1, 0, 9}));
+    EXPECT_EQ(object->baseSampleIndex, 6);
+    EXPECT_EQ(object.current(), (Floats{7, 8, 9, 10, 11, 12, 13}));
+}
+
+TEST_F(Render, AStepLongerThanTheWholeQueueEndsInSilence)
+{
+    const PlayerObject object;
+    for (int i = 0; i < 5; ++i) ASSERT_TRUE(object.add({1}));
+    start(object, 44100.0f * 1024);
+    EXPECT_EQ(render(object, 4), (Floats{1, 0, 0, 0}));
+    EXPECT_EQ(object->outputPosition, 4096.0);
+    EXPECT_EQ(object->queueCount, 0);
+}
+
+TEST_F(Render, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuffer)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3}));
+    ASSERT_TRUE(object.add({4, 5, 6}));
+    start(object, equal);
+    const double expected[] = {1, 2, 1 /* frame 2 looks ahead to index 3 */, 2, 3,
+                               4, 4 /* nothing was left to play */};
+    for (const double relative : expected) {
+        render(object, 1);
+        EXPECT_EQ(object->outputPositionRelative, relative);
+    }
+    EXPECT_EQ(object->outputPosition, 6.0);
+}
+
+TEST_F(Render, RelativePositionAdvancesWhileSilenceIsRenderedInsideACycle)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    start(object, half);
+    EXPECT_EQ(render(object, 10), (Floats{1, 1.5, 2, 1, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(object->outputPosition, 5.0);
+    EXPECT_EQ(object->outputPositionRelative, 5.0);
+}
+
+// The step is a quotient of singles: 1 / 3 is 0.3333333432674408, not a third.
+TEST_F(Render, TheStepIsDividedInSinglePrecision)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add(Floats(16, 1.0f)));
+    setDeviceRate(3);
+    start(object, 1);
+    render(object, 1);
+    EXPECT_EQ(object->outputPosition, static_cast<double>(0x1.555556p-2f));
+    render(object, 1);
+    EXPECT_EQ(object->outputPosition, 2 * static_cast<double>(0x1.555556p-2f));
+}
+
+TEST_F(Render, TheDeviceRateIsRoundedToSingle)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3}));
+    setDeviceRate(44100.0000001);
+    start(object, equal);
+    render(object, 2);
+    EXPECT_EQ(object->deviceSampleRate, 44100.0f);
+    EXPECT_EQ(object->outputPosition, 2.0);
+}
+
+// Mono weighs its neighbours in double precision and rounds once; stereo in single precision, rounding each
+// step.
+TEST_F(Render, MonoAndStereoRoundDifferently)
+{
+    const float s0 = 0x1.47ae14p-7f, s1 = 0x1.47ae14p-5f;
+    setDeviceRate(10);
+    const PlayerObject mono, stereo;
+    ASSERT_TRUE(mono.add({s0, s1}));
+    ASSERT_TRUE(stereo.add({s0, s0, s1, s1}));
+    start(mono, 1);
+    start(stereo, 1, 2);
+    const Floats inMono = render(mono, 2), inStereo = render(stereo, 2, 2);
+    EXPECT_EQ(inMono[1], 0x1.a9fbe6p-7f);
+    EXPECT_EQ(inStereo[2], 0x1.a9fbe8p-7f);
+    EXPECT_EQ(inStereo[3], 0x1.a9fbe8p-7f);
+}
+
+TEST_F(Render, OtherChannelCountsThanTwoPlayAsMono)
+{
+    for (const std::int32_t channels : {1, 0, 3, -1, INT32_MAX, INT32_MIN}) {
+        SCOPED_TRACE(channels);
+        const PlayerObject object;
+        ASSERT_TRUE(object.add({1, 2, 3}));
+        start(object, equal, channels);
+        EXPECT_EQ(render(object, 3, 2), (Floats{1, 1, 2, 2, 3, 3}));
+    }
+}
+
+TEST_F(Render, AnOddStereoBufferTakesItsPartnerFromTheNext)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3}));
+    ASSERT_TRUE(object.add({4, 5, 6}));
+    start(object, equal, 2);
+    // The look-ahead to indexes 2 and 3 leaves the first buffer; frame 1 then finds no left channel.
+    EXPECT_EQ(render(object, 1, 2), (Floats{1, 2}));
+    EXPECT_EQ(render(object, 2, 2), (Floats{0, 4, 5, 6}));
+}
+
+TEST_F(Render, RateAndChannelsMayChangeWhileItPlays)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
+    start(object, equal);
+    EXPECT_EQ(render(object, 2), (Floats{1, 2}));
+    test::set<float>(object, "SampleRate", twice);
+    EXPECT_EQ(render(object, 2), (Floats{3, 5}));
+    test::set<float>(object, "SampleRate", equal);
+    test::set<HostInteger>(object, "NumberOfChannels", 2);
+    EXPECT_EQ(object->outputPosition, 6.0);
+    EXPECT_EQ(render(object, 1, 2), (Floats{0, 0})) << "frame 6 of stereo is sample 12";
+}
+
+// A rate that is no rate leaves the position anywhere, and nothing else comes to harm.
+TEST_F(Render, StrangeRatesAreSafe)
+{
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+    for (const std::int32_t channels : {1, 2})
+        for (const float rate :
+             {0.0f, -0.0f, -1.0f, -44100.0f, infinity, -infinity, notANumber, 3e38f, 1e-40f})
+            for (const double deviceRate : {44100.0, 0.0, -1.0, double{infinity}, double{notANumber}}) {
+                SCOPED_TRACE(::testing::Message() << rate << " at " << deviceRate << ", " << channels);
+                const PlayerObject object;
+                ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
+                ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
+                spy::reset();
+                setDeviceRate(deviceRate);
+                start(object, rate, channels);
+                for (int i = 0; i < 3; ++i) {
+                    test::Slice slice({test::shape(2, 16), test::shape(1, 4)});
+                    EXPECT_EQ(test::cycle(object, slice), 0);
+                    EXPECT_TRUE(slice.isIntact());
+                }
+            }
+}
+
+TEST_F(Render, ARateOfZeroHoldsTheFirstSample)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({7, 8}));
+    start(object, 0);
+    EXPECT_EQ(render(object, 4), (Floats{7, 7, 7, 7}));
+    EXPECT_EQ(object->outputPosition, 0.0);
+}
+
+TEST_F(Render, ANegativeRateRunsOutOfTheFront)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({7, 8}));
+    start(object, -half);
+    // From 0 to -0.5 the index stays 0 and the weight leaves the two: -0.5 times 8 and 1.5 times 7.
+    EXPECT_EQ(render(object, 4), (Floats{7, 6.5, 0 /* index -1, all on the left */, -3.5}));
+    EXPECT_EQ(object->outputPosition, -2.0);
+    EXPECT_EQ(object.current(), (Floats{7, 8}));
+}
+
+TEST_F(Render, ANotANumberRateRendersNotANumbersAfterTheFirstFrame)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({7, 8}));
+    start(object, std::numeric_limits<float>::quiet_NaN());
+    const Floats heard = render(object, 3);
+    EXPECT_EQ(heard[0], 7.0f);
+    EXPECT_TRUE(std::isnan(heard[1]) && std::isnan(heard[2]));
+    EXPECT_TRUE(std::isnan(object->outputPosition));
+}
+
+TEST_F(Render, ResultsAreNotClipped)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1000, -3000}));
+    start(object, half);
+    EXPECT_EQ(render(object, 2), (Floats{1000, -1000}));
+}
+
+TEST_F(Render, ASliceOfNoFramesTakesABufferAndPlaysNothing)
+{
+    for (const std::int32_t channels : {1, 2}) {
+        const PlayerObject object;
+        ASSERT_TRUE(object.add({1, 2}));
+        start(object, equal, channels);
+        test::Slice slice({test::shape(2, 0)});
+        EXPECT_EQ(test::cycle(object, slice), 0);
+        EXPECT_EQ(object->outputPosition, 0.0);
+        EXPECT_EQ(object->outputPositionRelative, 0.0);
+        EXPECT_EQ(object.current(), (Floats{1, 2}));
+        EXPECT_EQ(object->queueCount, 0);
+        EXPECT_EQ(object->isRunning, 1);
+        EXPECT_EQ(render(object, 1, 2), channels == 1 ? (Floats{1, 1}) : (Floats{1, 2}));
+    }
+}
+
+} // namespace

@@ -1,0 +1,445 @@
+// Start, Stop, Close and the hardware's format: which platform calls, in which order, and what a refusal
+// leaves.
+#include "tests/player/player_object.h"
+#include "tests/player/slice.h"
+#include "tests/support/c_library_spy.h"
+#include "tests/support/platform_spy.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using spy::Function;
+using test::PlayerObject;
+using Calls = std::vector<std::string>;
+
+// As the spy writes them. 2 is the default output device.
+const std::string askDefaultDevice = "AudioHardwareGetProperty('dOut', 4 bytes)";
+const std::string askFormat = "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)";
+const std::string add = "AudioDeviceAddIOProc(2, procedure, player)";
+const std::string startDevice = "AudioDeviceStart(2, procedure)";
+const Calls wholeStart = {askDefaultDevice, askFormat, add, startDevice};
+
+class Transport : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        spy::reset();
+        host::load();
+    }
+
+    static void nameIn(const PlayerObject& object)
+    {
+        spy::name(reinterpret_cast<const void*>(object->ioProc), "procedure");
+        spy::name(&object.data(), "player");
+    }
+
+    static float hardwareRate(const PlayerObject& object)
+    {
+        return test::call<float>("HardwareSampleRate", object);
+    }
+    static HostInteger hardwareChannels(const PlayerObject& object)
+    {
+        return test::call<HostInteger>("HardwareNumberOfChannels", object);
+    }
+};
+
+// ---- start ----
+
+TEST_F(Transport, StartAsksAddsAndStartsInThisOrder)
+{
+    const PlayerObject object;
+    nameIn(object);
+    EXPECT_EQ(test::call<HostBoolean>("Start", object), 1);
+    EXPECT_EQ(spy::calls(), wholeStart);
+    EXPECT_EQ(object->isRunning, 1);
+    EXPECT_EQ(object->deviceSampleRate, 44100.0f);
+    ASSERT_EQ(spy::installed().size(), 1u);
+    EXPECT_TRUE(spy::installed()[0].isStarted);
+    EXPECT_EQ(spy::installed()[0].client, &object.data());
+}
+
+TEST_F(Transport, StartReadsTheDevicesRate)
+{
+    for (const double rate : {8000.0, 48000.0, 96000.0, 44100.5, 0.0}) {
+        spy::reset();
+        spy::platform().streamFormat.mSampleRate = rate;
+        const PlayerObject object;
+        EXPECT_TRUE(object.start());
+        EXPECT_EQ(object->deviceSampleRate, static_cast<float>(rate));
+        EXPECT_EQ(object->sampleRate, 44100.0f);
+    }
+}
+
+TEST_F(Transport, ADeviceOfOnesOwnIsUsedWithoutAskingForTheDefault)
+{
+    spy::platform().streamFormatOf[7].mSampleRate = 32000;
+    const PlayerObject object;
+    nameIn(object);
+    test::set<HostInteger>(object, "OutputDeviceID", 7);
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(spy::calls(),
+              (Calls{"AudioDeviceGetProperty(7, channel 0, output, 'sfmt', 40 bytes)",
+                     "AudioDeviceAddIOProc(7, procedure, player)", "AudioDeviceStart(7, procedure)"}));
+    EXPECT_EQ(object->deviceSampleRate, 32000.0f);
+}
+
+TEST_F(Transport, TheDefaultDeviceIsNotStoredBack)
+{
+    spy::platform().defaultOutputDevice = 41;
+    const PlayerObject object;
+    nameIn(object);
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(object->outputDeviceID, 0u);
+    EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0);
+    test::render(object, 4); // nothing to play: it stops
+
+    spy::platform().defaultOutputDevice = 42;
+    spy::forgetCalls();
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(spy::calls().back(), "AudioDeviceStart(42, procedure)") << "the next start finds another one";
+}
+
+TEST_F(Transport, StartOnARunningPlayerIsTrueAndTouchesNothing)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));
+    ASSERT_TRUE(object.start());
+    test::render(object, 3);
+    spy::platform().refusal[Function::start] = kAudioHardwareUnspecifiedError;
+    spy::forgetCalls();
+    EXPECT_EQ(test::call<HostBoolean>("Start", object), 1);
+    EXPECT_EQ(spy::calls(), Calls());
+    EXPECT_EQ(object->outputPosition, 3.0);
+    EXPECT_EQ(object->outputPositionRelative, 3.0);
+}
+
+TEST_F(Transport, EachRefusalEndsTheStart)
+{
+    const struct {
+        Function refusing;
+        Calls calls;
+        bool isRunning;
+        const char* why;
+    } rows[] = {
+        {Function::hardwareGetProperty, {askDefaultDevice}, false, "no default device"},
+        {Function::deviceGetProperty, {askDefaultDevice, askFormat}, false, "no format"},
+        {Function::addIOProc, {askDefaultDevice, askFormat, add}, false, "no procedure"},
+        {Function::start, wholeStart, true, "the procedure is installed, only it can take itself out"},
+    };
+    for (const auto& row : rows)
+        for (const OSStatus status : {OSStatus{kAudioHardwareUnspecifiedError}, OSStatus{-1}, OSStatus{1}}) {
+            SCOPED_TRACE(row.why);
+            spy::reset();
+            spy::platform().refusal[row.refusing] = status;
+            spy::platform().streamFormat.mSampleRate = 96000;
+            const PlayerObject object;
+            nameIn(object);
+            ASSERT_TRUE(object.add({1, 2}));
+            object->outputPosition = 5;
+            object->outputPositionRelative = 6;
+            object->baseSampleIndex = 7;
+
+            EXPECT_EQ(test::call<HostBoolean>("Start", object), 0);
+            EXPECT_EQ(spy::calls(), row.calls);
+            EXPECT_EQ(object->isRunning, row.isRunning);
+            EXPECT_EQ(object->outputPosition, 0.0) << "positions are reset before anything is asked";
+            EXPECT_EQ(object->outputPositionRelative, 0.0);
+            EXPECT_EQ(object->baseSampleIndex, 0);
+            EXPECT_EQ(object->queueCount, 1) << "what waits goes on waiting";
+            EXPECT_EQ(object->outputDeviceID, 0u);
+            const bool isRateKnown = row.refusing == Function::addIOProc || row.refusing == Function::start;
+            EXPECT_EQ(object->deviceSampleRate, isRateKnown ? 96000.0f : 44100.0f);
+        }
+}
+
+TEST_F(Transport, AfterARefusalTheNextStartTriesAgain)
+{
+    const PlayerObject object;
+    nameIn(object);
+    spy::platform().refusal[Function::addIOProc] = kAudioHardwareIllegalOperationError;
+    EXPECT_FALSE(object.start());
+    spy::platform().refusal.clear();
+    spy::forgetCalls();
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(spy::calls(), wholeStart);
+}
+
+// The order is meant: a device that refused to start has the procedure installed, and the player counts as
+// running.
+TEST_F(Transport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
+{
+    const PlayerObject object;
+    spy::platform().refusal[Function::start] = kAudioHardwareUnspecifiedError;
+    EXPECT_FALSE(object.start());
+    EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 1);
+    ASSERT_EQ(spy::installed().size(), 1u);
+    EXPECT_FALSE(spy::installed()[0].isStarted);
+    spy::forgetCalls();
+    EXPECT_TRUE(object.start()) << "already running, as far as it knows";
+    EXPECT_EQ(spy::calls(), Calls());
+}
+
+TEST_F(Transport, IsRunningIsSetBeforeTheDeviceStarts)
+{
+    const PlayerObject object;
+    int whileAdding = -1, whileStarting = -1;
+    spy::platform().during[Function::addIOProc] = [&] { whileAdding = object->isRunning; };
+    spy::platform().during[Function::start] = [&] { whileStarting = object->isRunning; };
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(whileAdding, 0);
+    EXPECT_EQ(whileStarting, 1);
+}
+
+// A device may turn its first cycle, and find nothing to play, before it has returned from starting.
+TEST_F(Transport, AFirstCycleInsideTheStartIsSurvived)
+{
+    const PlayerObject object;
+    spy::platform().during[Function::start] = [&] { test::render(object, 4); };
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(object->isRunning, 0);
+}
+
+TEST_F(Transport, RestartResetsPositionsAndKeepsTheBuffers)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2, 3, 4}));
+    ASSERT_TRUE(object.add({5, 6, 7, 8}));
+    ASSERT_TRUE(object.start());
+    test::render(object, 5);
+    ASSERT_EQ(object->baseSampleIndex, 4);
+    object->stopRequested = 1; // stopped by its own cycle; nobody frees the buffers
+    test::render(object, 1);
+    ASSERT_EQ(object->isRunning, 0);
+    object->stopRequested = 0;
+    ASSERT_TRUE(object.add({9}));
+
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(object->outputPosition, 0.0);
+    EXPECT_EQ(object->outputPositionRelative, 0.0);
+    EXPECT_EQ(object->baseSampleIndex, 0);
+    EXPECT_EQ(object.current(), (std::vector<float>{5, 6, 7, 8}));
+    EXPECT_EQ(object->queueCount, 1);
+    EXPECT_EQ(test::render(object, 5), (std::vector<float>{5, 6, 7, 8, 9}))
+        << "the current buffer from its front";
+}
+
+// ---- the hardware's format ----
+
+TEST_F(Transport, HardwareFormatIsTheDefaultDevices)
+{
+    spy::platform().streamFormat.mSampleRate = 88200;
+    spy::platform().streamFormat.mChannelsPerFrame = 6;
+    const PlayerObject object;
+    EXPECT_EQ(hardwareRate(object), 88200.0f);
+    EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat}));
+    spy::forgetCalls();
+    EXPECT_EQ(hardwareChannels(object), 6);
+    EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat}));
+}
+
+TEST_F(Transport, HardwareFormatIsTheDefaultDevicesEvenWithADeviceOfOnesOwn)
+{
+    spy::platform().streamFormatOf[7].mSampleRate = 32000;
+    spy::platform().streamFormatOf[7].mChannelsPerFrame = 8;
+    const PlayerObject object;
+    test::set<HostInteger>(object, "OutputDeviceID", 7);
+    EXPECT_EQ(hardwareRate(object), 44100.0f);
+    EXPECT_EQ(hardwareChannels(object), 2);
+    EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat, askDefaultDevice, askFormat}));
+    ASSERT_TRUE(object.start());
+    EXPECT_EQ(hardwareRate(object), 44100.0f) << "a running player makes no difference";
+    EXPECT_EQ(object->deviceSampleRate, 32000.0f);
+}
+
+TEST_F(Transport, HardwareRateIsRoundedToSingle)
+{
+    spy::platform().streamFormat.mSampleRate = 44100.0001;
+    const PlayerObject object;
+    EXPECT_EQ(hardwareRate(object), 44100.0f);
+}
+
+TEST_F(Transport, HardwareFormatIsZeroOnAnyFailure)
+{
+    const PlayerObject object;
+    for (const Function refusing : {Function::hardwareGetProperty, Function::deviceGetProperty}) {
+        spy::reset();
+        spy::platform().refusal[refusing] = kAudioHardwareUnspecifiedError;
+        EXPECT_EQ(hardwareRate(object), 0.0f);
+        EXPECT_EQ(hardwareChannels(object), 0);
+        EXPECT_EQ(spy::calls(), refusing == Function::hardwareGetProperty
+                                    ? (Calls{askDefaultDevice, askDefaultDevice})
+                                    : (Calls{askDefaultDevice, askFormat, askDefaultDevice, askFormat}));
+    }
+    EXPECT_EQ(object->deviceSampleRate, 44100.0f);
+}
+
+// ---- stop, close, destruction: the same thing under three names ----
+
+void destroy(const PlayerObject& object)
+{
+    reinterpret_cast<void (*)(REALobjectStruct*)>(coreAudioPlayerClass.destructor)(object);
+}
+
+const struct {
+    const char* name;
+    void (*stop)(const PlayerObject&);
+} stops[] = {
+    {"Stop", [](const PlayerObject& object) { test::call<void>("Stop", object); }},
+    {"Close", [](const PlayerObject& object) { test::call<void>("Close", object); }},
+    {"destruction", destroy},
+};
+
+TEST_F(Transport, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
+{
+    for (const auto& way : stops) {
+        SCOPED_TRACE(way.name);
+        spy::reset();
+        const long before = watched::liveBlocks();
+        const PlayerObject object;
+        for (int i = 0; i < 200; ++i) ASSERT_TRUE(object.add({1, 2, 3}));
+        object->current = test::itemOf({4});
+        object->outputPosition = 12.5;
+        object->outputPositionRelative = 2.5;
+        object->baseSampleIndex = 10;
+
+        way.stop(object);
+        EXPECT_EQ(spy::calls(), Calls()) << "no wait, no platform call";
+        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(test::call<HostInteger>("FreeSpace", object), 200);
+        EXPECT_EQ(object->current.data, nullptr);
+        EXPECT_EQ(object->stopRequested, 0);
+        EXPECT_EQ(test::get<double>(object, "OutputPosition"), 12.5);
+        EXPECT_EQ(test::get<double>(object, "OutputPositionRelative"), 2.5);
+        EXPECT_EQ(object->baseSampleIndex, 10);
+        ASSERT_TRUE(object.start());
+        EXPECT_EQ(object->outputPosition, 0.0) << "until the next start";
+    }
+}
+
+TEST_F(Transport, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
+{
+    for (const auto& way : stops) {
+        SCOPED_TRACE(way.name);
+        spy::reset();
+        const long before = watched::liveBlocks();
+        const PlayerObject object;
+        nameIn(object);
+        ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
+        ASSERT_TRUE(object.add({7}));
+        ASSERT_TRUE(object.start());
+        test::render(object, 4);
+        spy::forgetCalls();
+
+        std::vector<int> requests;
+        spy::platform().during[Function::delay] = [&] {
+            requests.push_back(object->stopRequested);
+            EXPECT_EQ(watched::liveBlocks(), before + 2) << "nothing is freed while it may play";
+            if (requests.size() == 3) test::render(object, 4);
+        };
+        way.stop(object);
+        EXPECT_EQ(requests, (std::vector<int>{1, 1, 1}));
+        EXPECT_EQ(spy::calls(), (Calls{"Delay(1)", "Delay(1)", "Delay(1)", "AudioDeviceStop(2, procedure)",
+                                       "AudioDeviceRemoveIOProc(2, procedure)"}));
+        EXPECT_EQ(object->isRunning, 0);
+        EXPECT_EQ(object->stopRequested, 0);
+        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(object->outputPosition, 4.0);
+        EXPECT_TRUE(spy::installed().empty());
+    }
+}
+
+TEST_F(Transport, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
+{
+    const PlayerObject object;
+    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
+    ASSERT_TRUE(object.start());
+    int ticks = 0;
+    spy::platform().during[Function::delay] = [&] {
+        ++ticks;
+        if (ticks == 1) { // the request is dropped; it plays on
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
+            EXPECT_EQ(object->stopRequested, 0);
+            EXPECT_EQ(object->hadUnderflow, 1);
+        }
+        if (ticks == 2) {
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{1, 2, 3, 4}));
+        }
+        if (ticks == 3) {
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{5, 6, 0, 0}));
+        }
+        if (ticks == 4) {
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
+        }
+        if (ticks == 5) {
+            EXPECT_EQ(object->isRunning, 1);
+            test::set<HostBoolean>(object, "NoUnderflow", 0);
+            test::render(object, 4);
+        }
+    };
+    test::call<void>("Stop", object);
+    EXPECT_EQ(ticks, 5);
+    EXPECT_EQ(object->isRunning, 0);
+    EXPECT_EQ(object->stopRequested, 0);
+}
+
+TEST_F(Transport, APlayerThatStopsByItselfDuringTheWaitEndsIt)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.start());
+    spy::platform().during[Function::delay] = [&] {
+        object->stopRequested = 0; // as a cycle with noUnderflow set would leave it
+        test::render(object, 4);   // and this one finds nothing to play
+    };
+    test::call<void>("Stop", object);
+    EXPECT_EQ(spy::count(Function::delay), 1);
+    EXPECT_EQ(object->isRunning, 0);
+}
+
+TEST_F(Transport, CloseTwiceAndDestructionAfterItAreHarmless)
+{
+    const long before = watched::liveBlocks();
+    {
+        const PlayerObject object;
+        ASSERT_TRUE(object.add({1, 2}));
+        ASSERT_TRUE(object.start());
+        test::render(object, 1);
+        spy::platform().during[Function::delay] = [&] { test::render(object, 1); };
+        test::call<void>("Close", object);
+        spy::forgetCalls();
+        test::call<void>("Close", object);
+        test::call<void>("Stop", object);
+        EXPECT_EQ(spy::calls(), Calls());
+        destroy(object);
+    }
+    EXPECT_EQ(watched::liveBlocks(), before);
+}
+
+TEST_F(Transport, AClosedPlayerPlaysAgainWithItsSettings)
+{
+    const PlayerObject object;
+    test::set<float>(object, "SampleRate", 22050);
+    test::set<HostInteger>(object, "NumberOfChannels", 2);
+    test::call<void>("Close", object);
+    EXPECT_EQ(object->sampleRate, 22050.0f);
+    EXPECT_EQ(object->numberOfChannels, 2);
+    ASSERT_TRUE(object.add({1, -1, 2, -2}));
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(test::render(object, 3, 2), (std::vector<float>{1, -1, 1.5, -1.5, 2, -2}));
+}
+
+TEST_F(Transport, StopWithoutTheQueuesLockKeepsWhatWaitsAndFreesTheCurrentBuffer)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    object->current = test::itemOf({3});
+    watched::refuseLock(1);
+    watched::begin();
+    test::call<void>("Stop", object);
+    watched::end();
+    EXPECT_EQ(object->queueCount, 1);
+    EXPECT_EQ(object->current.data, nullptr);
+}
+
+} // namespace

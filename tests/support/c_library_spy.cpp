@@ -1,0 +1,187 @@
+#include "tests/support/c_library_spy.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <pthread.h>
+
+namespace watched {
+
+namespace {
+
+enum class Event : unsigned char { calloc, free, lock, refusedLock, unlock };
+struct Note {
+    Event event;
+    std::size_t bytes;
+};
+
+thread_local bool isWatching = false;
+thread_local int forbidden = 0;
+std::array<Note, 4096> notes; // of the one thread that watches
+std::size_t noted = 0;
+const void* lockedLast = nullptr;
+std::atomic<int> callocsToRefuse{0}, locksToRefuse{0}, rung{0};
+std::array<std::atomic<void*>, 4096> blocks; // what calloc gave and free has not taken back
+
+/// Put `now` in the place of `before`; false if there is none.
+bool replaceBlock(void* before, void* now)
+{
+    for (auto& block : blocks) {
+        void* expected = before;
+        if (block.load(std::memory_order_relaxed) == before && block.compare_exchange_strong(expected, now))
+            return true;
+    }
+    return false;
+}
+
+void note(Event event, std::size_t bytes = 0)
+{
+    if (isWatching && noted < notes.size()) notes[noted++] = {event, bytes};
+}
+
+/// Whether an allocation must be refused because none is allowed here.
+bool ring()
+{
+    if (!forbidden) return false;
+    ++rung;
+    return true;
+}
+
+bool takeOne(std::atomic<int>& budget)
+{
+    int left = budget.load();
+    while (left > 0)
+        if (budget.compare_exchange_weak(left, left - 1)) return true;
+    return false;
+}
+
+} // namespace
+
+void begin()
+{
+    noted = 0;
+    lockedLast = nullptr;
+    isWatching = true;
+}
+
+std::vector<std::string> end()
+{
+    isWatching = false;
+    std::vector<std::string> texts;
+    for (std::size_t i = 0; i < noted; ++i) switch (notes[i].event) {
+        case Event::calloc:
+            texts.push_back("calloc " + std::to_string(notes[i].bytes));
+            break;
+        case Event::free:
+            texts.push_back("free");
+            break;
+        case Event::lock:
+            texts.push_back("lock");
+            break;
+        case Event::refusedLock:
+            texts.push_back("lock refused");
+            break;
+        case Event::unlock:
+            texts.push_back("unlock");
+            break;
+        }
+    return texts;
+}
+
+const void* lastLock() { return lockedLast; }
+void refuseCalloc(int count) { callocsToRefuse = count; }
+void refuseLock(int count) { locksToRefuse = count; }
+long liveBlocks()
+{
+    return std::count_if(blocks.begin(), blocks.end(),
+                         [](const auto& block) { return block.load() != nullptr; });
+}
+
+NoAllocation::NoAllocation() { ++forbidden; }
+NoAllocation::~NoAllocation() { --forbidden; }
+int alarms() { return rung; }
+
+} // namespace watched
+
+using namespace watched;
+
+// The linker's names: a reference to NAME becomes __wrap_NAME, and __real_NAME is the library's own.
+extern "C" {
+
+void* __real_malloc(std::size_t);
+void* __real_calloc(std::size_t, std::size_t);
+void* __real_realloc(void*, std::size_t);
+void __real_free(void*);
+int __real_pthread_mutex_lock(pthread_mutex_t*);
+int __real_pthread_mutex_unlock(pthread_mutex_t*);
+
+void* __wrap_malloc(std::size_t size) { return ring() ? nullptr : __real_malloc(size); }
+
+void* __wrap_realloc(void* memory, std::size_t size)
+{
+    return ring() ? nullptr : __real_realloc(memory, size);
+}
+
+void* __wrap_calloc(std::size_t count, std::size_t size)
+{
+    note(Event::calloc, count * size);
+    if (ring() || takeOne(callocsToRefuse)) return nullptr;
+    void* memory = __real_calloc(count, size);
+    if (memory && !replaceBlock(nullptr, memory)) std::abort(); // more than there is room to account for
+    return memory;
+}
+
+void __wrap_free(void* memory)
+{
+    if (memory) {
+        note(Event::free);
+        replaceBlock(memory, nullptr);
+    }
+    __real_free(memory);
+}
+
+int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex)
+{
+    if (isWatching && takeOne(locksToRefuse)) {
+        note(Event::refusedLock);
+        return EINVAL;
+    }
+    const int status = __real_pthread_mutex_lock(mutex);
+    note(Event::lock);
+    if (isWatching) lockedLast = mutex;
+    return status;
+}
+
+int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex)
+{
+    note(Event::unlock);
+    return __real_pthread_mutex_unlock(mutex);
+}
+
+// operator new and new[], mangled: `j` is the size type of 32 bits, `m` of 64.
+#ifdef __LP64__
+#define WRAPPED_NEW(kind) __wrap__Zn##kind##m
+#define REAL_NEW(kind) __real__Zn##kind##m
+#else
+#define WRAPPED_NEW(kind) __wrap__Zn##kind##j
+#define REAL_NEW(kind) __real__Zn##kind##j
+#endif
+
+void* REAL_NEW(w)(std::size_t);
+void* REAL_NEW(a)(std::size_t);
+
+void* WRAPPED_NEW(w)(std::size_t size)
+{
+    if (ring()) throw std::bad_alloc();
+    return REAL_NEW(w)(size);
+}
+
+void* WRAPPED_NEW(a)(std::size_t size)
+{
+    if (ring()) throw std::bad_alloc();
+    return REAL_NEW(a)(size);
+}
+}
