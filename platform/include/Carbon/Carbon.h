@@ -1,0 +1,13 @@
+/* Components, time, and the results that all share. */
+#ifndef CARBON_CARBON_H
+#define CARBON_CARBON_H
+
+#include <Carbon/Components.h>
+#include <Carbon/DriverServices.h>
+#include <Carbon/MacErrors.h>
+#include <Carbon/Multiprocessing.h>
+#include <Carbon/OSUtils.h>
+#include <CoreFoundation/CoreFoundation.h>
+#include <MacTypes.h>
+
+#endif
