@@ -1,0 +1,129 @@
+#include "platform/hal/capture.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+namespace kvxplatform::hal {
+
+namespace {
+constexpr std::size_t ringSeconds = 10;           // what a slow disk may lag behind
+constexpr std::size_t largestRing = 32u << 20;    // samples
+constexpr std::size_t samplesPerWrite = 1u << 15; // at most, of one piece
+constexpr long pollNanos = 20'000'000;            // how long a piece may lie before it is written
+} // namespace
+
+std::shared_ptr<Capture> Capture::open(const std::string& path, double rate, std::uint32_t channels,
+                                       std::string& error)
+{
+    std::shared_ptr<Capture> capture(new Capture);
+    capture->path_ = path;
+    capture->temporaryPath_ = path + ".part";
+    capture->channels_ = channels;
+    SF_INFO info = {};
+    info.samplerate = static_cast<int>(rate);
+    info.channels = static_cast<int>(channels);
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    capture->file_ = sf_open(capture->temporaryPath_.c_str(), SFM_WRITE, &info);
+    if (!capture->file_) {
+        error = "cannot write the capture " + path + ": " + sf_strerror(nullptr) +
+                "; name a file in a folder that exists and can be written";
+        std::remove(capture->temporaryPath_.c_str());
+        capture->isFinished_ = true;
+        return nullptr;
+    }
+    sf_command(capture->file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
+    const auto wanted = static_cast<std::size_t>(rate) * channels * ringSeconds;
+    capture->ring_.resize(std::clamp(wanted, samplesPerWrite * 2, largestRing));
+    sem_init(&capture->wake_, 0, 0);
+    capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
+    return capture;
+}
+
+Capture::~Capture()
+{
+    std::string ignored;
+    finish(ignored);
+}
+
+void Capture::write(const float* samples, std::uint32_t frames, std::uint32_t channels, bool mayWait)
+{
+    if (channels != channels_ || hasFailed_.load(std::memory_order_relaxed)) {
+        hasLost_ = true; // a file has one number of channels
+        return;
+    }
+    std::size_t left = std::size_t{frames} * channels;
+    while (left) {
+        const std::uint64_t written = written_.load(std::memory_order_relaxed);
+        const std::uint64_t used = written - taken_.load(std::memory_order_acquire);
+        const std::size_t start = written % ring_.size();
+        const std::size_t piece =
+            std::min({left, ring_.size() - static_cast<std::size_t>(used), ring_.size() - start});
+        if (!piece) {
+            if (!mayWait) {
+                hasLost_ = true;
+                return;
+            }
+            sem_post(&wake_);
+            std::this_thread::yield();
+            continue;
+        }
+        std::memcpy(&ring_[start], samples, piece * sizeof(float));
+        samples += piece;
+        left -= piece;
+        written_.store(written + piece, std::memory_order_release);
+    }
+    if (written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_relaxed) >= samplesPerWrite)
+        sem_post(&wake_);
+}
+
+std::size_t Capture::takeOut()
+{
+    const std::uint64_t taken = taken_.load(std::memory_order_relaxed);
+    const std::uint64_t waiting = written_.load(std::memory_order_acquire) - taken;
+    const std::size_t start = taken % ring_.size();
+    const std::size_t piece =
+        std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
+    if (piece && sf_write_float(file_, &ring_[start], static_cast<sf_count_t>(piece)) !=
+                     static_cast<sf_count_t>(piece))
+        hasFailed_ = true;
+    taken_.store(taken + piece, std::memory_order_release);
+    return piece;
+}
+
+void Capture::run()
+{
+    while (!isEnding_.load(std::memory_order_acquire)) {
+        timespec until;
+        clock_gettime(CLOCK_REALTIME, &until);
+        until.tv_nsec += pollNanos;
+        if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
+        sem_timedwait(&wake_, &until);
+        while (takeOut()) {
+        }
+    }
+    while (takeOut()) {
+    }
+}
+
+bool Capture::finish(std::string& error)
+{
+    if (isFinished_) return true;
+    isFinished_ = true;
+    isEnding_.store(true, std::memory_order_release);
+    sem_post(&wake_);
+    thread_.join();
+    sem_destroy(&wake_);
+    const bool isWhole = sf_close(file_) == 0 && !hasFailed_;
+    if (!isWhole || std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
+        error = "the capture " + path_ + " could not be finished; see that the disk has room";
+        std::remove(temporaryPath_.c_str());
+        return false;
+    }
+    if (hasLost_) error = "the capture " + path_ + " has gaps: the device changed, or the disk was too slow";
+    return !hasLost_;
+}
+
+} // namespace kvxplatform::hal

@@ -1,0 +1,51 @@
+// What a device plays, written to a WAV file of 32-bit float by a thread of its own.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <semaphore.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sndfile.h>
+
+namespace kvxplatform::hal {
+
+/// The file stands under a temporary name until it is finished, so that no half-written one is ever found.
+class Capture {
+public:
+    /// Open the file. Null, with the reason in `error`, if that cannot be.
+    static std::shared_ptr<Capture> open(const std::string& path, double rate, std::uint32_t channels,
+                                         std::string& error);
+    ~Capture();
+
+    /// Take one slice, interleaved. Allocates nothing.
+    /// `mayWait` true: waits for room. False: what finds no room is lost, and finish() says so.
+    /// Thread  one writer at a time, with the device's cycleLock.
+    void write(const float* samples, std::uint32_t frames, std::uint32_t channels, bool mayWait);
+
+    /// Write what is left, close the file and give it its name. False, with the reason in `error`, if
+    /// anything is not in it. A second call does nothing.
+    bool finish(std::string& error);
+
+    const std::string& path() const { return path_; }
+
+private:
+    Capture() = default;
+    void run();
+    std::size_t takeOut();
+
+    std::string path_, temporaryPath_;
+    SNDFILE* file_ = nullptr;
+    std::uint32_t channels_ = 0;
+    std::vector<float> ring_;
+    std::atomic<std::uint64_t> written_{0}, taken_{0}; ///< samples; the difference waits in the ring
+    std::atomic<bool> isEnding_{false}, hasLost_{false}, hasFailed_{false};
+    sem_t wake_;
+    std::thread thread_;
+    bool isFinished_ = false;
+};
+
+} // namespace kvxplatform::hal

@@ -1,0 +1,229 @@
+// The control header's functions that concern devices.
+#include "platform/hal/cycle.h"
+#include "platform/hal/io_procs.h"
+#include "platform/hal/listeners.h"
+#include "platform/hal/simulated_device.h"
+#include "platform/hal/step.h"
+#include "platform/hal/tree.h"
+
+#include <cstring>
+
+using namespace kvxplatform::hal;
+
+namespace {
+
+thread_local std::string errorText;
+
+int32_t fail(OSStatus status, const std::string& text)
+{
+    errorText = text;
+    return static_cast<int32_t>(status);
+}
+
+int32_t noSuchDevice(KVXDeviceID id)
+{
+    return fail(kAudioHardwareBadDeviceError,
+                "there is no device " + std::to_string(id) + "; `kvx devices` lists those there are");
+}
+
+int32_t notSimulated(const DeviceRef& device)
+{
+    return fail(kAudioHardwareUnsupportedOperationError,
+                "\"" + device->name + "\" is not a simulated device; only those can be changed by hand");
+}
+
+template <std::size_t size>
+void copyText(char (&target)[size], const std::string& text)
+{
+    std::strncpy(target, text.c_str(), size - 1);
+    target[size - 1] = 0;
+}
+
+KVXDeviceInfo infoOf(const Device& device, AudioObjectID defaultOutput)
+{
+    KVXDeviceInfo row = {};
+    row.device = static_cast<KVXDeviceID>(device.id);
+    copyText(row.name, device.name);
+    copyText(row.manufacturer, device.manufacturer);
+    copyText(row.uid, device.uid);
+    row.sampleRate = device.settings.rate;
+    row.outputChannels = static_cast<uint32_t>(device.settings.outputChannels);
+    row.inputChannels = static_cast<uint32_t>(device.settings.inputChannels);
+    row.sliceFrames = static_cast<uint32_t>(device.settings.sliceFrames);
+    row.latencyFrames = static_cast<uint32_t>(device.settings.latencyFrames);
+    row.isSimulated = device.isSimulated;
+    row.isDefaultOutput = device.id == defaultOutput;
+    row.isAlive = device.isAlive;
+    row.isRunning = device.isRunning;
+    return row;
+}
+
+/// Have another driver turn a simulated device.
+void setDriver(const DeviceRef& device, Driver driver)
+{
+    const std::lock_guard<std::mutex> control(device->control);
+    {
+        const std::lock_guard<std::mutex> cycle(device->cycleLock);
+        if (device->isDiscarding) return; // the timer sees it to its end
+        device->driver = driver;
+        device->timerWake.notify_all();
+    }
+    settleDriver(device);
+}
+
+} // namespace
+
+const char* KVXPlatformErrorText(void) { return errorText.c_str(); }
+
+uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity)
+{
+    const std::vector<DeviceRef> devices = listedDevices();
+    const AudioObjectID defaultOutput = deviceInRole(Role::output);
+    const std::lock_guard<std::mutex> lock(treeLock());
+    for (std::size_t i = 0; i < devices.size() && i < capacity; ++i)
+        rows[i] = infoOf(*devices[i], defaultOutput);
+    return static_cast<uint32_t>(devices.size());
+}
+
+KVXDeviceID KVXPlatformBuiltInSimulatedDevice(void)
+{
+    return static_cast<KVXDeviceID>(builtInSimulatedDevice()->id);
+}
+
+KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description)
+{
+    if (!description) {
+        fail(kAudioHardwareIllegalOperationError,
+             "a simulated device needs a description, which may be all zero");
+        return 0;
+    }
+    return static_cast<KVXDeviceID>(enterDevice(makeSimulatedDevice(*description))->id);
+}
+
+int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID id)
+{
+    const DeviceRef device = findDevice(id);
+    if (!device) return noSuchDevice(id);
+    if (!device->isSimulated) return notSimulated(device);
+    if (device == builtInSimulatedDevice())
+        return fail(kAudioHardwareUnsupportedOperationError,
+                    "the built-in simulated device is always there; add another one to remove it again");
+    unplug(device);
+    return noErr;
+}
+
+int32_t KVXPlatformKillDevice(KVXDeviceID id)
+{
+    const DeviceRef device = findDevice(id);
+    if (!device) return noSuchDevice(id);
+    letDie(device);
+    return noErr;
+}
+
+int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
+{
+    const DeviceRef device = findDevice(id);
+    if (!device) return noSuchDevice(id);
+    const std::lock_guard<std::mutex> cycle(device->cycleLock);
+    device->startRefusal = status;
+    return noErr;
+}
+
+int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t outputChannels,
+                                   uint32_t sliceFrames)
+{
+    const DeviceRef device = findDevice(id);
+    if (!device) return noSuchDevice(id);
+    if (!device->isSimulated) return notSimulated(device);
+    if (sampleRate != 0 && !(sampleRate >= 1000 && sampleRate <= 768000))
+        return fail(kAudioDeviceUnsupportedFormatError, "a simulated device runs at 1000 to 768000 Hz");
+    {
+        const std::lock_guard<std::mutex> lock(treeLock());
+        Settings& settings = device->settings;
+        if (sampleRate != 0) settings.rate = sampleRate;
+        if (outputChannels && settings.outputChannels) settings.outputChannels = outputChannels;
+        if (sliceFrames) settings.sliceFrames = sliceFrames;
+        device->outputLevels.resize(settings.outputChannels);
+    }
+    applySettings(device);
+    applyLevels(device);
+    for (auto selector : {kAudioDevicePropertyNominalSampleRate, kAudioDevicePropertyBufferFrameSize})
+        postChange(device->id, selector);
+    for (auto selector : {kAudioDevicePropertyStreamFormat, kAudioDevicePropertyStreamConfiguration})
+        postChange(device->id, selector);
+    return noErr;
+}
+
+int32_t KVXPlatformChooseOutputDevice(const char* choice)
+{
+    std::string error;
+    if (choice && chooseOutput(choice, error)) return noErr;
+    return fail(kAudioHardwareBadDeviceError, choice ? error : "no device was named");
+}
+
+int32_t KVXPlatformRefreshDevices(void)
+{
+    std::string error;
+    return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
+}
+
+int32_t KVXPlatformSetStepped(KVXDeviceID id, uint8_t isStepped)
+{
+    const DeviceRef device = findDevice(id);
+    if (!device) return noSuchDevice(id);
+    if (!device->isSimulated) return notSimulated(device);
+    setDriver(device, isStepped ? Driver::steps : Driver::timer);
+    return noErr;
+}
+
+uint32_t KVXPlatformStep(KVXDeviceID id, uint32_t frames)
+{
+    const DeviceRef device = findDevice(id);
+    return device ? static_cast<uint32_t>(stepDevice(*device, frames)) : 0;
+}
+
+int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
+{
+    const DeviceRef device = findDeviceForProcs(id);
+    if (!device) return noSuchDevice(id);
+    const std::lock_guard<std::mutex> cycle(device->cycleLock);
+    device->tap = tap;
+    device->tapContext = context;
+    return noErr;
+}
+
+int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
+{
+    const DeviceRef device = findDevice(id);
+    if (!device) return noSuchDevice(id);
+    if (!path || !*path) return fail(kAudioHardwareIllegalOperationError, "a capture needs a file name");
+    Settings settings;
+    {
+        const std::lock_guard<std::mutex> lock(treeLock());
+        settings = device->settings;
+    }
+    if (!settings.outputChannels)
+        return fail(kAudioHardwareUnsupportedOperationError,
+                    "\"" + device->name + "\" has no output to capture");
+    if (const int32_t status = KVXPlatformStopCapture(id); status != noErr) return status;
+    std::string error;
+    auto capture = Capture::open(path, settings.rate, settings.outputChannels, error);
+    if (!capture) return fail(kAudioHardwareUnspecifiedError, error);
+    const std::lock_guard<std::mutex> cycle(device->cycleLock);
+    device->capture.swap(capture);
+    return noErr;
+}
+
+int32_t KVXPlatformStopCapture(KVXDeviceID id)
+{
+    const DeviceRef device = findDeviceForProcs(id);
+    if (!device) return noErr; // it went, and its capture with it
+    std::shared_ptr<Capture> capture;
+    {
+        const std::lock_guard<std::mutex> cycle(device->cycleLock);
+        capture.swap(device->capture);
+    }
+    std::string error;
+    if (!capture || capture->finish(error)) return noErr;
+    return fail(kAudioHardwareUnspecifiedError, error);
+}

@@ -1,0 +1,17 @@
+// Who is told when a property changes. The public functions are AudioObjectAddPropertyListener and its
+// counterpart.
+#pragma once
+
+#include <CoreAudio/CoreAudio.h>
+
+namespace kvxplatform::hal {
+
+/// Tell every listener that this changed, from the notification thread, soon. Not in a cycle (it allocates).
+void postChange(AudioObjectID object, AudioObjectPropertySelector selector,
+                AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal,
+                AudioObjectPropertyElement element = kAudioObjectPropertyElementMaster);
+
+/// Listeners registered now, for accounts.
+UInt32 listenerCount();
+
+} // namespace kvxplatform::hal

@@ -1,0 +1,347 @@
+#include "platform/hal/property.h"
+
+#include "platform/hal/listeners.h"
+
+#include <algorithm>
+
+namespace kvxplatform::hal {
+
+namespace {
+
+struct Object {
+    AudioObjectID id;
+    DeviceRef device;
+    bool isStream;
+    bool isInput; ///< of a stream
+};
+
+/// How each interface calls an object that is not there.
+struct Interface {
+    OSStatus badObject;
+};
+constexpr Interface byAddress = {kAudioHardwareBadObjectError};
+constexpr Interface ofDevices = {kAudioHardwareBadDeviceError};
+constexpr Interface ofStreams = {kAudioHardwareBadStreamError};
+
+bool findObject(AudioObjectID id, Object& object)
+{
+    object = {id, nullptr, false, false};
+    if (id == kAudioObjectSystemObject) return true;
+    if ((object.device = findDevice(id))) return true;
+    const StreamRef stream = findStream(id);
+    object.device = stream.device;
+    object.isStream = stream.device != nullptr;
+    object.isInput = stream.isInput;
+    return object.isStream;
+}
+
+const Property* findIn(PropertyTable table, AudioObjectPropertySelector selector)
+{
+    const Property* end = table.first + table.count;
+    const Property* row =
+        std::find_if(table.first, end, [selector](const Property& p) { return p.selector == selector; });
+    return row == end ? nullptr : row;
+}
+
+const Property* findRow(const Object& object, AudioObjectPropertySelector selector)
+{
+    if (!object.device) return findIn(systemProperties(), selector);
+    if (object.isStream) return findIn(streamProperties(), selector);
+    const Property* row = findIn(deviceProperties(), selector);
+    return row ? row : findIn(levelProperties(), selector);
+}
+
+bool isKnownScope(AudioObjectPropertyScope scope)
+{
+    return scope == kAudioObjectPropertyScopeGlobal || scope == kAudioDevicePropertyScopeInput ||
+           scope == kAudioDevicePropertyScopeOutput;
+}
+
+/// A global question about one side is about the output, if there is one.
+bool isInputSide(const Object& object, AudioObjectPropertyScope scope)
+{
+    if (object.isStream) return object.isInput;
+    if (scope != kAudioObjectPropertyScopeGlobal || !object.device)
+        return scope == kAudioDevicePropertyScopeInput;
+    return object.device->settings.outputChannels == 0;
+}
+
+bool hasElement(const Property& row, UInt32 channels, AudioObjectPropertyElement element)
+{
+    if (element == kAudioObjectPropertyElementMaster) return row.elements != Elements::channels;
+    return row.elements != Elements::master && element <= channels;
+}
+
+/// A question that the table can answer. Called with the tree's lock held.
+struct Question {
+    OSStatus status = noErr;
+    const Property* row = nullptr;
+    Request request = {};
+};
+
+Question ask(const Object& object, const AudioObjectPropertyAddress& address, UInt32 qualifierSize,
+             const void* qualifier)
+{
+    Question question;
+    question.status = kAudioHardwareUnknownPropertyError;
+    const Property* row = findRow(object, address.mSelector);
+    if (!row || !isKnownScope(address.mScope)) return question;
+    Request& request = question.request;
+    request = {object.id,         object.device,    isInputSide(object, address.mScope),
+               address.mSelector, address.mElement, qualifier,
+               qualifierSize};
+    const UInt32 channels = object.device ? request.channels() : 0;
+    if (row->side == Side::output && request.isInput) return question;
+    if (!hasElement(*row, channels, address.mElement)) return question;
+    question.row = row;
+    question.status = noErr;
+    return question;
+}
+
+/// Run `use` on the question with the tree's lock held. Hardware's rates are found out before, without it:
+/// that may open the device.
+template <class Use>
+OSStatus answer(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress* address,
+                UInt32 qualifierSize, const void* qualifier, Use use)
+{
+    Object object;
+    if (!findObject(id, object)) return interface.badObject;
+    if (!address) return kAudioHardwareIllegalOperationError;
+    if (object.device) learnRates(object.device, address->mSelector);
+    const std::lock_guard<std::mutex> lock(treeLock());
+    const Question question = ask(object, *address, qualifierSize, qualifier);
+    return question.status == noErr ? use(*question.row, question.request) : question.status;
+}
+
+/// The size of a value: stated, or found by reading it. References are never read for their size.
+OSStatus sizeOf(const Property& row, const Request& request, UInt32& size)
+{
+    size = row.size;
+    if (row.extent == Extent::one) return noErr;
+    Bytes value;
+    const OSStatus status = row.get(request, value);
+    size = static_cast<UInt32>(value.size());
+    return status;
+}
+
+/// As many bytes as fit: a whole value, or whole items of a list.
+OSStatus copyOut(const Property& row, const Bytes& value, UInt32& size, void* data)
+{
+    if (row.extent == Extent::one && size < value.size()) return kAudioHardwareBadPropertySizeError;
+    const UInt32 fitting = std::min(size, static_cast<UInt32>(value.size()));
+    size = fitting / row.size * row.size;
+    if (size) std::memcpy(data, value.data(), size);
+    return noErr;
+}
+
+OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                  UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
+{
+    return answer(id, interface, &address, qualifierSize, qualifier,
+                  [&](const Property& row, const Request& request) {
+                      if (!ioSize || (!data && *ioSize)) return OSStatus{kAudioHardwareIllegalOperationError};
+                      if (row.extent == Extent::one && *ioSize < row.size)
+                          return OSStatus{kAudioHardwareBadPropertySizeError};
+                      const auto* bytes = static_cast<const char*>(data);
+                      Bytes value(bytes, bytes + *ioSize);
+                      const OSStatus status = row.get(request, value);
+                      return status == noErr ? copyOut(row, value, *ioSize, data) : status;
+                  });
+}
+
+OSStatus getInfo(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                 UInt32 qualifierSize, const void* qualifier, UInt32* outSize, Boolean* outWritable)
+{
+    return answer(id, interface, &address, qualifierSize, qualifier,
+                  [&](const Property& row, const Request& request) {
+                      if (outWritable) *outWritable = row.set != nullptr;
+                      return outSize ? sizeOf(row, request, *outSize) : OSStatus{noErr};
+                  });
+}
+
+void tell(const Object& object, const AudioObjectPropertyAddress& address, const Consequences& consequences)
+{
+    for (auto selector : consequences.changed)
+        postChange(object.id, selector, address.mScope, address.mElement);
+    if (!object.device) return;
+    for (auto selector : consequences.changedOfDevice) postChange(object.device->id, selector);
+    for (auto selector : consequences.changedOfStreams)
+        for (AudioObjectID stream : {object.device->outputStream, object.device->inputStream})
+            if (stream) postChange(stream, selector);
+}
+
+OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                  UInt32 qualifierSize, const void* qualifier, UInt32 size, const void* data)
+{
+    Consequences consequences;
+    const OSStatus status = answer(id, interface, &address, qualifierSize, qualifier,
+                                   [&](const Property& row, const Request& request) {
+                                       if (!row.set) return OSStatus{kAudioHardwareUnsupportedOperationError};
+                                       if (size != row.size)
+                                           return OSStatus{kAudioHardwareBadPropertySizeError};
+                                       if (!data) return OSStatus{kAudioHardwareIllegalOperationError};
+                                       const auto* bytes = static_cast<const char*>(data);
+                                       return row.set(request, Bytes(bytes, bytes + size), consequences);
+                                   });
+    if (status != noErr) return status;
+    Object object;
+    if (!findObject(id, object)) return noErr; // it went meanwhile
+    if (consequences.hasNewSettings) applySettings(object.device);
+    if (consequences.hasNewLevels) applyLevels(object.device);
+    tell(object, address, consequences);
+    return noErr;
+}
+
+AudioObjectPropertyAddress addressOfDevice(UInt32 channel, Boolean isInput, AudioDevicePropertyID selector)
+{
+    const AudioObjectPropertyScope scope =
+        isInput ? AudioObjectPropertyScope{kAudioDevicePropertyScopeInput} : kAudioDevicePropertyScopeOutput;
+    return {selector, scope, channel};
+}
+
+AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector, UInt32 element = 0)
+{
+    return {selector, kAudioObjectPropertyScopeGlobal, element};
+}
+
+} // namespace
+
+bool exists(AudioObjectID id)
+{
+    Object object;
+    return findObject(id, object);
+}
+
+OSStatus putCFString(Bytes& value, const std::string& text)
+{
+    return put(value, CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8));
+}
+
+OSStatus putText(Bytes& value, const std::string& text)
+{
+    value.assign(text.c_str(), text.c_str() + text.size() + 1);
+    return noErr;
+}
+
+std::vector<AudioObjectID> ofClasses(const Request& request, AudioClassID theirs,
+                                     std::vector<AudioObjectID> objects)
+{
+    const auto* wanted = static_cast<const AudioClassID*>(request.qualifier);
+    const auto* end = wanted + request.qualifierSize / sizeof *wanted;
+    const auto isTheirs = [theirs](AudioClassID id) { return id == theirs || id == kAudioObjectClassID; };
+    if (!wanted || wanted == end || std::any_of(wanted, end, isTheirs)) return objects;
+    return {};
+}
+
+} // namespace kvxplatform::hal
+
+using namespace kvxplatform::hal;
+
+// ---- by address ----
+
+OSStatus AudioObjectGetPropertyDataSize(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                        UInt32 qualifierSize, const void* qualifier, UInt32* outSize)
+{
+    if (!address || !outSize) return kAudioHardwareIllegalOperationError;
+    return getInfo(id, byAddress, *address, qualifierSize, qualifier, outSize, nullptr);
+}
+
+OSStatus AudioObjectGetPropertyData(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                    UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
+{
+    if (!address) return kAudioHardwareIllegalOperationError;
+    return getValue(id, byAddress, *address, qualifierSize, qualifier, ioSize, data);
+}
+
+OSStatus AudioObjectSetPropertyData(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                    UInt32 qualifierSize, const void* qualifier, UInt32 size,
+                                    const void* data)
+{
+    if (!address) return kAudioHardwareIllegalOperationError;
+    return setValue(id, byAddress, *address, qualifierSize, qualifier, size, data);
+}
+
+Boolean AudioObjectHasProperty(AudioObjectID id, const AudioObjectPropertyAddress* address)
+{
+    return address && getInfo(id, byAddress, *address, 0, nullptr, nullptr, nullptr) == noErr;
+}
+
+OSStatus AudioObjectIsPropertySettable(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                       Boolean* outSettable)
+{
+    if (!address || !outSettable) return kAudioHardwareIllegalOperationError;
+    return getInfo(id, byAddress, *address, 0, nullptr, nullptr, outSettable);
+}
+
+void AudioObjectShow(AudioObjectID id)
+{
+    Object object;
+    if (!findObject(id, object))
+        std::printf("AudioObjectID: %u (none)\n", static_cast<unsigned>(id));
+    else
+        std::printf("AudioObjectID: %u (%s)\n", static_cast<unsigned>(id),
+                    !object.device    ? "system"
+                    : object.isStream ? "stream"
+                                      : object.device->name.c_str());
+}
+
+// ---- by target ----
+
+OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID selector, UInt32* outSize, Boolean* outWritable)
+{
+    return getInfo(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, outSize,
+                   outWritable);
+}
+
+OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID selector, UInt32* ioSize, void* data)
+{
+    return getValue(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, ioSize, data);
+}
+
+OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID selector, UInt32 size, const void* data)
+{
+    return setValue(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, size, data);
+}
+
+OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID device, UInt32 channel, Boolean isInput,
+                                    AudioDevicePropertyID selector, UInt32* outSize, Boolean* outWritable)
+{
+    if (!findDevice(device)) return kAudioHardwareBadDeviceError;
+    return getInfo(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, outSize,
+                   outWritable);
+}
+
+OSStatus AudioDeviceGetProperty(AudioDeviceID device, UInt32 channel, Boolean isInput,
+                                AudioDevicePropertyID selector, UInt32* ioSize, void* data)
+{
+    if (!findDevice(device)) return kAudioHardwareBadDeviceError;
+    return getValue(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, ioSize, data);
+}
+
+OSStatus AudioDeviceSetProperty(AudioDeviceID device, const AudioTimeStamp*, UInt32 channel, Boolean isInput,
+                                AudioDevicePropertyID selector, UInt32 size, const void* data)
+{
+    if (!findDevice(device)) return kAudioHardwareBadDeviceError;
+    return setValue(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, size, data);
+}
+
+OSStatus AudioStreamGetPropertyInfo(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
+                                    UInt32* outSize, Boolean* outWritable)
+{
+    if (!findStream(stream).device) return kAudioHardwareBadStreamError;
+    return getInfo(stream, ofStreams, addressOf(selector, channel), 0, nullptr, outSize, outWritable);
+}
+
+OSStatus AudioStreamGetProperty(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
+                                UInt32* ioSize, void* data)
+{
+    if (!findStream(stream).device) return kAudioHardwareBadStreamError;
+    return getValue(stream, ofStreams, addressOf(selector, channel), 0, nullptr, ioSize, data);
+}
+
+OSStatus AudioStreamSetProperty(AudioStreamID stream, const AudioTimeStamp*, UInt32 channel,
+                                AudioDevicePropertyID selector, UInt32 size, const void* data)
+{
+    if (!findStream(stream).device) return kAudioHardwareBadStreamError;
+    return setValue(stream, ofStreams, addressOf(selector, channel), 0, nullptr, size, data);
+}

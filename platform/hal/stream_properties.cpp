@@ -1,0 +1,90 @@
+// A stream: its direction, its place among the device's channels, its formats.
+#include "platform/hal/property.h"
+
+#include <iterator>
+
+namespace kvxplatform::hal {
+
+namespace {
+
+OSStatus getOwner(const Request& r, Bytes& value) { return put(value, r.device->id); }
+OSStatus getDirection(const Request& r, Bytes& value) { return put<UInt32>(value, r.isInput); }
+
+OSStatus getTerminal(const Request& r, Bytes& value)
+{
+    return put<UInt32>(value, r.isInput ? UInt32{kAudioStreamTerminalTypeMicrophone}
+                                        : UInt32{kAudioStreamTerminalTypeSpeaker});
+}
+
+OSStatus getFormat(const Request& r, Bytes& value) { return put(value, formatOf(*r.device, r.isInput)); }
+OSStatus getFormats(const Request& r, Bytes& value) { return putAll(value, formatsOf(*r.device, r.isInput)); }
+
+// A stream's rate is its device's: whoever sets one sets the other.
+OSStatus setFormat(const Request& r, const Bytes& value, Consequences& consequences)
+{
+    const auto format = as<AudioStreamBasicDescription>(value);
+    if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
+    if (format.mSampleRate == 0 || format.mSampleRate == r.device->settings.rate) return noErr;
+    r.device->settings.rate = format.mSampleRate;
+    consequences.hasNewSettings = true;
+    consequences.changedOfStreams = {kAudioStreamPropertyVirtualFormat, kAudioStreamPropertyPhysicalFormat};
+    consequences.changedOfDevice = {kAudioDevicePropertyNominalSampleRate,
+                                    kAudioDevicePropertyActualSampleRate, kAudioDevicePropertyStreamFormat};
+    return noErr;
+}
+
+OSStatus getRangedFormats(const Request& r, Bytes& value)
+{
+    std::vector<AudioStreamRangedDescription> all;
+    for (const AudioValueRange& rates : rateRanges(*r.device)) {
+        AudioStreamRangedDescription ranged = {formatOf(*r.device, r.isInput), rates};
+        ranged.mFormat.mSampleRate = rates.mMinimum == rates.mMaximum ? rates.mMinimum : kAudioStreamAnyRate;
+        all.push_back(ranged);
+    }
+    return putAll(value, all);
+}
+
+OSStatus getFormatSupported(const Request& r, Bytes& value)
+{
+    return isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value))
+               ? OSStatus{noErr}
+               : OSStatus{kAudioDeviceUnsupportedFormatError};
+}
+OSStatus getFormatMatch(const Request& r, Bytes& value)
+{
+    return put(value, bestMatch(*r.device, r.isInput, as<AudioStreamBasicDescription>(value)));
+}
+
+constexpr auto zero = putConstant<UInt32, 0>;
+constexpr auto one = putConstant<UInt32, 1>;
+
+constexpr Side any = Side::none;
+constexpr Elements master = Elements::master;
+constexpr Extent single = Extent::one, many = Extent::many;
+constexpr UInt32 word = sizeof(UInt32), format = sizeof(AudioStreamBasicDescription);
+constexpr UInt32 ranged = sizeof(AudioStreamRangedDescription);
+
+// clang-format off
+constexpr Property rows[] = {
+    // selector                                    side elements extent  size    get                 set
+    {kAudioObjectPropertyClass,                    any, master,  single, word,   putConstant<AudioClassID, kAudioStreamClassID>, nullptr},
+    {kAudioStreamPropertyOwningDevice,             any, master,  single, word,   getOwner,           nullptr},
+    {kAudioStreamPropertyDirection,                any, master,  single, word,   getDirection,       nullptr},
+    {kAudioStreamPropertyTerminalType,             any, master,  single, word,   getTerminal,        nullptr},
+    {kAudioStreamPropertyStartingChannel,          any, master,  single, word,   one,                nullptr},
+    {kAudioStreamPropertyLatency,                  any, master,  single, word,   zero,               nullptr},
+    {kAudioStreamPropertyVirtualFormat,            any, master,  single, format, getFormat,          setFormat},
+    {kAudioStreamPropertyAvailableVirtualFormats,  any, master,  many,   ranged, getRangedFormats,   nullptr},
+    {kAudioStreamPropertyPhysicalFormat,           any, master,  single, format, getFormat,          setFormat},
+    {kAudioStreamPropertyAvailablePhysicalFormats, any, master,  many,   ranged, getRangedFormats,   nullptr},
+    {kAudioStreamPropertyPhysicalFormats,          any, master,  many,   format, getFormats,         nullptr},
+    {kAudioStreamPropertyPhysicalFormatSupported,  any, master,  single, format, getFormatSupported, nullptr},
+    {kAudioStreamPropertyPhysicalFormatMatch,      any, master,  single, format, getFormatMatch,     nullptr},
+};
+// clang-format on
+
+} // namespace
+
+PropertyTable streamProperties() { return {rows, std::size(rows)}; }
+
+} // namespace kvxplatform::hal
