@@ -1,0 +1,21 @@
+// Waiting in ticks. Devices that are turned by hand are turned here by the time that passes, so that whoever
+// waits for such a device does not wait for ever.
+#include "platform/carbon/ticks.h"
+#include "platform/hal/step.h"
+
+#include <Carbon/OSUtils.h>
+
+#include <algorithm>
+
+using namespace kvxplatform;
+
+void Delay(unsigned long numTicks, unsigned long* finalTicks)
+{
+    const std::uint64_t end =
+        hosttime::now() + carbon::nanosecondsIn(std::min<std::uint64_t>(numTicks, UINT32_MAX));
+    const double seconds = static_cast<double>(numTicks) / carbon::ticksPerSecond;
+    if (!hal::advanceSteppedDevices(seconds)) hosttime::sleepUntil(end);
+    if (finalTicks) *finalTicks = TickCount();
+}
+
+UInt32 TickCount(void) { return static_cast<UInt32>(carbon::ticksIn(hosttime::now())); }

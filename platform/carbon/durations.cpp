@@ -1,0 +1,55 @@
+// Moments and durations of the host clock. Sums stop at the last moment that 64 bits hold: it never comes.
+#include "platform/hosttime/clock.h"
+
+#include <Carbon/DriverServices.h>
+#include <Carbon/MacErrors.h>
+#include <Carbon/Multiprocessing.h>
+
+#include <limits>
+
+using namespace kvxplatform;
+
+namespace {
+
+constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
+
+std::uint64_t numberOf(UnsignedWide wide) { return std::uint64_t{wide.hi} << 32 | wide.lo; }
+
+UnsignedWide wideOf(std::uint64_t number)
+{
+    return {static_cast<UInt32>(number & 0xFFFFFFFF), static_cast<UInt32>(number >> 32)};
+}
+
+std::uint64_t sum(std::uint64_t a, std::uint64_t b) { return a > never - b ? never : a + b; }
+
+std::uint64_t nanosecondsOf(Duration duration)
+{
+    if (duration == durationForever) return never;
+    const std::int64_t count = duration;
+    return static_cast<std::uint64_t>(count < 0 ? -count * 1000 : count * 1000000);
+}
+
+} // namespace
+
+AbsoluteTime UpTime(void) { return wideOf(hosttime::now()); }
+
+AbsoluteTime AddDurationToAbsolute(Duration duration, AbsoluteTime absoluteTime)
+{
+    return wideOf(sum(numberOf(absoluteTime), nanosecondsOf(duration)));
+}
+
+AbsoluteTime DurationToAbsolute(Duration duration) { return wideOf(nanosecondsOf(duration)); }
+
+AbsoluteTime AddNanosecondsToAbsolute(Nanoseconds nanoseconds, AbsoluteTime absoluteTime)
+{
+    return wideOf(sum(numberOf(absoluteTime), numberOf(nanoseconds)));
+}
+
+Nanoseconds AbsoluteToNanoseconds(AbsoluteTime absoluteTime) { return absoluteTime; }
+
+OSStatus MPDelayUntil(AbsoluteTime* expirationTime)
+{
+    if (!expirationTime) return paramErr;
+    hosttime::sleepUntil(numberOf(*expirationTime));
+    return noErr;
+}
