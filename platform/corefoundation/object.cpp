@@ -1,0 +1,42 @@
+#include "platform/corefoundation/object.h"
+
+#include "platform/support/misuse.h"
+
+using namespace kvxplatform;
+
+namespace kvxplatform::corefoundation {
+
+Object::Object(Kind& ofKind) : kind(ofKind) { kind.live.fetch_add(1, std::memory_order_relaxed); }
+
+Object::~Object() { kind.live.fetch_sub(1, std::memory_order_relaxed); }
+
+namespace {
+
+// Callers hold pointers to const; counting a reference does not change the value.
+Object& objectOf(CFTypeRef cf, const char* complaint)
+{
+    if (!cf) endForMisuse(complaint);
+    return *static_cast<Object*>(const_cast<void*>(cf));
+}
+
+} // namespace
+} // namespace kvxplatform::corefoundation
+
+using corefoundation::objectOf;
+
+CFTypeRef CFRetain(CFTypeRef cf)
+{
+    objectOf(cf, "CFRetain was given NULL").references.fetch_add(1, std::memory_order_relaxed);
+    return cf;
+}
+
+void CFRelease(CFTypeRef cf)
+{
+    corefoundation::Object& object = objectOf(cf, "CFRelease was given NULL");
+    if (object.references.fetch_sub(1, std::memory_order_acq_rel) == 1) object.kind.destroy(&object);
+}
+
+CFIndex CFGetRetainCount(CFTypeRef cf)
+{
+    return objectOf(cf, "CFGetRetainCount was given NULL").references.load(std::memory_order_relaxed);
+}
