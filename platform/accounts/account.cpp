@@ -1,0 +1,32 @@
+#include "platform/accounts/account.h"
+
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace kvxplatform {
+
+namespace {
+const Account* first = nullptr; // all accounts are made as the library is loaded, on one thread
+}
+
+Account::Account(const char* kind) : kind_(kind), next_(first) { first = this; }
+
+} // namespace kvxplatform
+
+uint32_t KVXPlatformGetAccounts(KVXAccount* rows, uint32_t capacity)
+{
+    uint32_t kinds = 0;
+    for (const kvxplatform::Account* each = kvxplatform::first; each; each = each->next()) {
+        const uint32_t count = each->count();
+        if (!count) continue;
+        if (rows && kinds < capacity) rows[kinds] = {each->kind(), count};
+        ++kinds;
+    }
+    // By name, so that a report does not depend on the order of linking.
+    if (rows)
+        std::sort(rows, rows + std::min(kinds, capacity),
+                  [](const KVXAccount& a, const KVXAccount& b) { return std::strcmp(a.kind, b.kind) < 0; });
+    return kinds;
+}
