@@ -1,10 +1,10 @@
 #include "plugin/host_string.h"
 
+#include "plugin/ascii.h"
 #include "plugin/exceptions.h"
 #include "plugin/owned.h"
 #include "plugin/zeroed.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -14,11 +14,6 @@ constexpr long long shortUTF32Bytes = 799; // up to here a UTF-32 text is conver
 constexpr CFIndex shortCFStringUnits = 99; // up to here a platform string is copied through the stack
 constexpr int shortCFStringBytes = 600;
 constexpr int utf8BytesPerUnit = 6; // room for any encoding form that a platform may write
-
-bool isASCII(const unsigned char* bytes, long long length)
-{
-    return std::all_of(bytes, bytes + length, [](unsigned char byte) { return byte < 0x80; });
-}
 
 OwnedString buildMarked(const void* bytes, long long length, std::uint32_t encoding)
 {
@@ -85,7 +80,7 @@ REALstringStruct* build(const void* bytes, long long length, std::uint32_t encod
     case encodingMacRoman:
     case encodingWindowsLatin1:
     case encodingUnknown:
-        if (isASCII(static_cast<const unsigned char*>(bytes), length)) encoding = encodingASCII;
+        if (isASCII(bytes, length)) encoding = encodingASCII;
         return buildMarked(bytes, length, encoding).release();
     default:
         return buildMarked(bytes, length, encoding).release();

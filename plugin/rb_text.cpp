@@ -1,23 +1,16 @@
 #include "plugin/rb_text.h"
 
+#include "plugin/ascii.h"
 #include "plugin/host_string.h"
 #include "plugin/services.h"
 #include "plugin/string_contents.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
 
 constexpr char emptyText[16] = {}; // longer than any read past the end of a short text
 constexpr int zerosBehindCopy = 4;
-
-bool isASCII(const StringContents& contents)
-{
-    const char* bytes = contents.bytes();
-    return !bytes || std::all_of(bytes, bytes + std::max<HostInteger>(contents.count(), 0),
-                                 [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
 
 } // namespace
 
@@ -52,7 +45,7 @@ void rbText::hold(REALstringStruct* text)
 void rbText::holdUnknown(REALstringStruct* text)
 {
     const StringContents contents(text);
-    if (isASCII(contents)) {
+    if (!contents.bytes() || isASCII(contents.bytes(), contents.count())) {
         hold(text);
         isRaw_ = true;
         return;
