@@ -158,6 +158,11 @@ std::string shown(const void* value) { return current->nameOf(value); }
 
 } // namespace
 
+std::string quoted(std::string_view bytes)
+{
+    return quoted(bytes.data(), static_cast<HostInteger>(bytes.size()));
+}
+
 // ---- services ----
 
 /// One call of a service: its note, and the test's hands in it.
@@ -663,6 +668,14 @@ Host::Host(double hostVersion)
 
 Host::~Host() { current = nullptr; }
 
+void Host::startOver()
+{
+    notes_.clear();
+    raised_.clear();
+    registrations_.clear();
+    counters_.clear();
+}
+
 Notes Host::calls() const
 {
     Notes calls;
@@ -711,6 +724,8 @@ std::string Host::nameOf(const void* value) const
     const Value* found = find(value);
     return found ? found->name : value ? "?" : "null";
 }
+
+void Host::hold(const void* value) { ++find(value)->references; }
 
 void Host::drop(const void* value)
 {

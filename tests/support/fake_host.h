@@ -26,6 +26,9 @@ namespace fake {
 
 using Notes = std::vector<std::string>;
 
+/// Bytes as a note shows them: quoted, anything unprintable as \xNN; more than 100 by their number alone.
+std::string quoted(std::string_view bytes);
+
 /// An exception that was raised, as the host program sees it.
 struct Raised {
     std::string className;
@@ -80,6 +83,8 @@ public:
     Notes calls() const;   ///< the notes that are not look-ups
     Notes lookUps() const; ///< the names asked for
     void forget() { notes_.clear(); }
+    /// Nothing noted, nothing raised, and the next string is s1 again.
+    void startOver();
 
     const std::vector<Raised>& raised() const { return raised_; }
     const std::vector<Registration>& registrations() const { return registrations_; }
@@ -97,6 +102,7 @@ public:
     REALarrayStruct* newIntegers(const std::vector<HostInteger>& elements);
     REALarrayStruct* newSingles(const std::vector<float>& elements);
     REALarrayStruct* newDoubles(const std::vector<double>& elements);
+    void hold(const void* value); ///< one reference more, without a note
     void drop(const void* value); ///< one reference, without a note
     void dropAll();
 
