@@ -1,0 +1,109 @@
+// The public calls: find the unit, let nothing be thrown across the border.
+#include "platform/audiounit/audio_unit.h"
+
+#include "platform/audiounit/life_cycle.h"
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/property.h"
+#include "platform/audiounit/render.h"
+#include "platform/audiounit/units.h"
+
+#include <new>
+
+namespace kvxplatform::audiounit {
+
+UnitUse use(AudioUnit handle)
+{
+    components::Instances::Use instance = components::use(handle);
+    OSStatus status = noErr;
+    if (!instance)
+        status = badComponentInstance;
+    else if (instance->component.family != &family || !instance->state)
+        status = badComponentSelector;
+    return {std::move(instance), status};
+}
+
+namespace {
+
+/// `call` over the unit behind a handle, its status or the handle's.
+template <class Call>
+OSStatus with(AudioUnit handle, Call call)
+{
+    const UnitUse unit = use(handle);
+    if (unit.status) return unit.status;
+    try {
+        return call(*unit);
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
+}
+
+} // namespace
+} // namespace kvxplatform::audiounit
+
+namespace audiounit = kvxplatform::audiounit;
+using audiounit::Unit;
+using audiounit::with;
+
+OSStatus AudioUnitInitialize(AudioUnit unit) { return with(unit, audiounit::initialize); }
+OSStatus AudioUnitUninitialize(AudioUnit unit) { return with(unit, audiounit::uninitialize); }
+OSStatus AudioOutputUnitStart(AudioUnit unit) { return with(unit, audiounit::start); }
+OSStatus AudioOutputUnitStop(AudioUnit unit) { return with(unit, audiounit::stop); }
+
+OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element)
+{
+    return with(unit, [&](Unit& u) { return audiounit::reset(u, scope, element); });
+}
+
+OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
+                                  AudioUnitElement element, UInt32* size, Boolean* isWritable)
+{
+    return with(unit, [&](Unit& u) {
+        return audiounit::getPropertyInfo(u, property, {scope, element}, size, isWritable);
+    });
+}
+
+OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
+                              AudioUnitElement element, void* data, UInt32* size)
+{
+    return with(unit, [&](Unit& u) {
+        return audiounit::getProperty(u, property, {scope, element}, data, size);
+    });
+}
+
+OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
+                              AudioUnitElement element, const void* data, UInt32 size)
+{
+    return with(unit, [&](Unit& u) {
+        return audiounit::setProperty(u, property, {scope, element}, data, size);
+    });
+}
+
+OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter, AudioUnitScope scope,
+                               AudioUnitElement element, AudioUnitParameterValue* value)
+{
+    return with(unit, [&](Unit& u) {
+        return value ? audiounit::getParameter(u, parameter, scope, element, *value) : paramErr;
+    });
+}
+
+OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter, AudioUnitScope scope,
+                               AudioUnitElement element, AudioUnitParameterValue value, UInt32)
+{
+    return with(unit, [&](Unit& u) { return audiounit::setParameter(u, parameter, scope, element, value); });
+}
+
+OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
+                         UInt32 bus, UInt32 frames, AudioBufferList* list)
+{
+    return with(unit, [&](Unit& u) { return audiounit::render(u, flags, time, bus, frames, list); });
+}
+
+OSStatus AudioUnitAddRenderNotify(AudioUnit unit, AURenderCallback function, void* context)
+{
+    return with(unit, [&](Unit& u) { return audiounit::addNotify(u, function, context); });
+}
+
+OSStatus AudioUnitRemoveRenderNotify(AudioUnit unit, AURenderCallback function, void* context)
+{
+    return with(unit, [&](Unit& u) { return audiounit::removeNotify(u, function, context); });
+}

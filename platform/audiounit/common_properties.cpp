@@ -1,0 +1,147 @@
+// The properties that every unit has.
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/property.h"
+#include "platform/audiounit/source.h"
+
+namespace kvxplatform::audiounit {
+namespace {
+
+Element& elementAt(Unit& unit, Place place) { return unit.scopes[place.scope].elements[place.element]; }
+
+} // namespace
+
+OSStatus setConnection(Unit& unit, Place place, const void* data, UInt32)
+{
+    if (!data) return connect(unit, {nullptr, 0, place.element});
+    return connect(unit, valueAt<AudioUnitConnection>(data));
+}
+
+OSStatus setRenderCallback(Unit& unit, Place place, const void* data, UInt32)
+{
+    setCallback(unit, place.element, data ? valueAt<AURenderCallbackStruct>(data) : AURenderCallbackStruct{});
+    return noErr;
+}
+
+OSStatus getSampleRate(Unit& unit, Place place, void* data, UInt32&)
+{
+    return give(data, elementAt(unit, place).format.mSampleRate);
+}
+
+OSStatus setSampleRate(Unit& unit, Place place, const void* data, UInt32)
+{
+    AudioStreamBasicDescription format = elementAt(unit, place).format;
+    format.mSampleRate = valueAt<Float64>(data);
+    return hasRateAndChannels(format) ? setFormat(unit, place, format)
+                                      : static_cast<OSStatus>(kAudioUnitErr_InvalidPropertyValue);
+}
+
+OSStatus getStreamFormat(Unit& unit, Place place, void* data, UInt32&)
+{
+    return give(data, elementAt(unit, place).format);
+}
+
+OSStatus setStreamFormat(Unit& unit, Place place, const void* data, UInt32)
+{
+    return setFormat(unit, place, valueAt<AudioStreamBasicDescription>(data));
+}
+
+namespace {
+
+const ElementCount& countRule(const Unit& unit, AudioUnitScope scope)
+{
+    static constexpr ElementCount one = {1, 1, 1};
+    if (scope == kAudioUnitScope_Input) return unit.kind.inputs;
+    return scope == kAudioUnitScope_Output ? unit.kind.outputs : one;
+}
+
+UInt32 parameterListSize(Unit& unit, Place place)
+{
+    return parameterCount(unit, place.scope) * sizeof(AudioUnitParameterID);
+}
+
+OSStatus getParameterList(Unit& unit, Place place, void* data, UInt32&)
+{
+    parameterList(unit, place.scope, static_cast<AudioUnitParameterID*>(data));
+    return noErr;
+}
+
+OSStatus getParameterInfo(Unit& unit, Place place, void* data, UInt32&)
+{
+    AudioUnitParameterInfo info{};
+    const OSStatus status = parameterInfo(unit, place.element, place.scope, info);
+    return status ? status : give(data, info);
+}
+
+OSStatus getElementCount(Unit& unit, Place place, void* data, UInt32&)
+{
+    return give(data, unit.scopes[place.scope].count.load());
+}
+
+OSStatus setElementCount(Unit& unit, Place place, const void* data, UInt32)
+{
+    const ElementCount& rule = countRule(unit, place.scope);
+    const UInt32 count = valueAt<UInt32>(data);
+    if (count == unit.scopes[place.scope].count) return noErr;
+    if (rule.least == rule.most) return kAudioUnitErr_PropertyNotWritable;
+    if (count < rule.least || count > rule.most) return kAudioUnitErr_InvalidPropertyValue;
+    unit.scopes[place.scope].count = count;
+    return noErr;
+}
+
+OSStatus getZeroSeconds(Unit&, Place, void* data, UInt32&) { return give(data, Float64{0}); }
+
+OSStatus getSliceLimit(Unit& unit, Place, void* data, UInt32&) { return give(data, unit.sliceLimit.load()); }
+
+OSStatus setSliceLimit(Unit& unit, Place, const void* data, UInt32)
+{
+    const UInt32 frames = valueAt<UInt32>(data);
+    if (frames == 0) return kAudioUnitErr_InvalidPropertyValue;
+    unit.sliceLimit = frames;
+    return noErr;
+}
+
+OSStatus getLastRenderError(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, unit.lastRenderError.exchange(noErr));
+}
+
+constexpr auto always = Settable::always;
+constexpr auto unlocked = Settable::alwaysUnlocked;
+constexpr auto before = Settable::beforeInitialize;
+constexpr auto read = Access::readOnly;
+constexpr auto write = Access::writeOnly;
+constexpr auto both = Access::readWrite;
+constexpr UInt32 inBuses = inInput | inOutput;
+
+// clang-format off
+const Property table[] = {
+    // property                                scopes    element     bytes                            access settable  get                 set                size of
+    {kAudioUnitProperty_MakeConnection,        inInput,  anyElement, sizeof(AudioUnitConnection),     write, unlocked, nullptr,            setConnection,     nullptr, true},
+    {kAudioUnitProperty_SampleRate,            inBuses,  anyElement, sizeof(Float64),                 both,  before,   getSampleRate,      setSampleRate,     nullptr},
+    {kAudioUnitProperty_ParameterList,         inAll,    anyElement, 0,                               read,  always,   getParameterList,   nullptr,           parameterListSize},
+    {kAudioUnitProperty_ParameterInfo,         inAll,    anyNumber,  sizeof(AudioUnitParameterInfo),  read,  always,   getParameterInfo,   nullptr,           nullptr},
+    {kAudioUnitProperty_StreamFormat,          inBuses,  anyElement, sizeof(AudioStreamBasicDescription), both, before, getStreamFormat,    setStreamFormat,   nullptr},
+    {kAudioUnitProperty_ElementCount,          inAll,    anyNumber,  sizeof(UInt32),                  both,  before,   getElementCount,    setElementCount,   nullptr},
+    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),                 read,  always,   getZeroSeconds,     nullptr,           nullptr},
+    {kAudioUnitProperty_MaximumFramesPerSlice, inGlobal, anyElement, sizeof(UInt32),                  both,  before,   getSliceLimit,      setSliceLimit,     nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),                 read,  always,   getZeroSeconds,     nullptr,           nullptr},
+    {kAudioUnitProperty_LastRenderError,       inGlobal, anyElement, sizeof(OSStatus),                read,  always,   getLastRenderError, nullptr,           nullptr},
+    {kAudioUnitProperty_SetRenderCallback,     inInput,  anyElement, sizeof(AURenderCallbackStruct),  write, always,   nullptr,            setRenderCallback, nullptr, true},
+};
+// clang-format on
+
+} // namespace
+
+const Rows<Property> commonProperties = table;
+
+OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& format)
+{
+    const bool isTaken = unit.kind.takesFormat
+                             ? unit.kind.takesFormat(unit, place.scope, place.element, format)
+                             : isCanonical(format);
+    if (!isTaken) return kAudioUnitErr_FormatNotSupported;
+    elementAt(unit, place).format = format;
+    return noErr;
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,132 @@
+#include "platform/audiounit/life_cycle.h"
+
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/render.h"
+#include "platform/audiounit/source.h"
+
+#include <new>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+void prepareScope(Scope& scope, const ElementCount& count)
+{
+    scope.elements = std::make_unique<Element[]>(count.most);
+    for (UInt32 i = 0; i < count.most; ++i) scope.elements[i].format = canonicalFormat(defaultSampleRate, 2);
+    scope.count = count.initial;
+}
+
+void prepareBuffers(Scope& scope, UInt32 frames)
+{
+    for (UInt32 i = 0; i < scope.count; ++i) {
+        Element& element = scope.elements[i];
+        element.buffers.prepare(element.format, frames);
+        element.piece.prepare(buffersOf(element.format));
+    }
+}
+
+void releaseBuffers(Scope& scope)
+{
+    for (UInt32 i = 0; i < scope.count; ++i) scope.elements[i].buffers.release();
+}
+
+OSStatus allocate(Unit& unit)
+{
+    try {
+        prepareBuffers(unit.inputs(), unit.sliceLimit);
+        prepareBuffers(unit.outputs(), unit.sliceLimit);
+        return unit.kind.initialize ? unit.kind.initialize(unit) : noErr;
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
+}
+
+void release(Unit& unit)
+{
+    if (unit.kind.uninitialize) unit.kind.uninitialize(unit);
+    releaseBuffers(unit.inputs());
+    releaseBuffers(unit.outputs());
+}
+
+} // namespace
+
+OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out)
+{
+    auto unit = std::make_unique<Unit>(kind);
+    unit->self = self;
+    unit->hostTicksPerSecond = AudioGetHostClockFrequency();
+    prepareScope(unit->scopes[kAudioUnitScope_Global], {1, 1, 1});
+    prepareScope(unit->inputs(), kind.inputs);
+    prepareScope(unit->outputs(), kind.outputs);
+    prepareParameters(*unit);
+    if (kind.open)
+        if (const OSStatus status = kind.open(*unit)) return status;
+    out = std::move(unit);
+    return noErr;
+}
+
+void close(Unit& unit)
+{
+    if (unit.kind.close) unit.kind.close(unit);
+    // Closed from inside its own slice, a unit keeps its memory until the slice has ended.
+    if (!isInOwnSlice(unit)) uninitialize(unit);
+}
+
+OSStatus initialize(Unit& unit)
+{
+    if (unit.isInitialized) return noErr;
+    const std::lock_guard<std::mutex> life(unit.lifeCycle);
+    if (unit.isInitialized) return noErr;
+    if (const OSStatus status = checkConnections(unit)) return status;
+
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    const OSStatus status = allocate(unit);
+    if (status) {
+        release(unit);
+        return status;
+    }
+    unit.isResetWanted = false;
+    unit.lastRenderError = noErr;
+    unit.isInitialized = true;
+    return noErr;
+}
+
+OSStatus uninitialize(Unit& unit)
+{
+    if (isInOwnSlice(unit)) return kAudioUnitErr_CannotDoInCurrentContext;
+    const std::lock_guard<std::mutex> life(unit.lifeCycle);
+    if (!unit.isInitialized) return noErr;
+    if (unit.kind.stop) unit.kind.stop(unit);
+    unit.isInitialized = false;
+    waitForSlice(unit);
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    release(unit);
+    return noErr;
+}
+
+OSStatus reset(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
+{
+    if (scope >= scopeCount) return kAudioUnitErr_InvalidScope;
+    if (!hasElement(unit, scope, element)) return kAudioUnitErr_InvalidElement;
+    unit.isResetWanted = true;
+    return noErr;
+}
+
+OSStatus start(Unit& unit)
+{
+    if (!unit.kind.start) return badComponentSelector;
+    if (!unit.isInitialized) return kAudioUnitErr_Uninitialized;
+    if (isInOwnSlice(unit)) return noErr; // it runs
+    const std::lock_guard<std::mutex> life(unit.lifeCycle);
+    return unit.isInitialized ? unit.kind.start(unit) : static_cast<OSStatus>(kAudioUnitErr_Uninitialized);
+}
+
+OSStatus stop(Unit& unit)
+{
+    if (!unit.kind.stop) return badComponentSelector;
+    if (isInOwnSlice(unit)) return unit.kind.stop(unit);
+    const std::lock_guard<std::mutex> life(unit.lifeCycle);
+    return unit.kind.stop(unit);
+}
+
+} // namespace kvxplatform::audiounit

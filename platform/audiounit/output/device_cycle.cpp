@@ -1,0 +1,114 @@
+#include "platform/audiounit/output/device_cycle.h"
+
+#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/linear_pcm.h"
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/render.h"
+#include "platform/audiounit/source.h"
+
+#include <algorithm>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+UInt32 framesOf(const AudioBufferList* list)
+{
+    if (!list || list->mNumberBuffers == 0 || list->mBuffers[0].mNumberChannels == 0) return 0;
+    return list->mBuffers[0].mDataByteSize / static_cast<UInt32>(sizeof(Float32)) /
+           list->mBuffers[0].mNumberChannels;
+}
+
+/// A stretch of client frames into every stream of the device.
+void placeInStreams(const Float32* samples, UInt32 channels, UInt32 frames, UInt32 done,
+                    const ChannelMap* map, const Gain& gain, AudioBufferList& output)
+{
+    UInt32 first = 0;
+    for (UInt32 i = 0; i < output.mNumberBuffers; ++i) {
+        const AudioBuffer& stream = output.mBuffers[i];
+        auto* out = static_cast<Float32*>(stream.mData);
+        if (out)
+            place(samples, channels, frames, map, gain, done, first, stream.mNumberChannels,
+                  out + std::size_t{done} * stream.mNumberChannels);
+        first += stream.mNumberChannels;
+    }
+}
+
+void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
+               UInt32 frames, AudioBufferList& output)
+{
+    const Float32 volume = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
+    const Gain gain = {state.gain, (volume - state.gain) / static_cast<Float32>(frames)};
+    const ChannelMap* map = state.map.get();
+    for (UInt32 done = 0; done < frames && state.isStarted;) {
+        const AudioTimeStamp at = later(time, done, state.shape.sampleRate, unit.hostTicksPerSecond);
+        UInt32 piece = frames - done;
+        OSStatus status = noErr;
+        const Float32* samples = state.client.next({unit, flags, at, true}, piece, status);
+        placeInStreams(samples, state.client.channels(), piece, done, map, gain, output);
+        done += piece;
+    }
+    state.gain = volume;
+}
+
+void tellOfInput(DeviceOutput& state, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
+                 UInt32 frames)
+{
+    if (const AURenderCallbackStruct* callback = state.inputCallback.get())
+        callback->inputProc(callback->inputProcRefCon, &flags, &time, 1, frames, nullptr);
+}
+
+} // namespace
+
+OSStatus cycle(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferList* input,
+               const AudioTimeStamp* inputTime, AudioBufferList* output, const AudioTimeStamp* outputTime,
+               void* handle)
+{
+    const UnitUse unit = use(static_cast<AudioUnit>(handle));
+    if (unit.status) return noErr;
+    const InSlice inside(*unit);
+    if (!inside) return noErr;
+    auto& state = stateOf<DeviceOutput>(*unit);
+    if (!state.isStarted || state.activeDevice != device) return noErr; // the slice arrived silent
+
+    const UInt32 inputFrames = framesOf(input);
+    const UInt32 frames = framesOf(output);
+    AudioUnitRenderActionFlags flags = 0;
+    if (unit->isResetWanted.exchange(false)) state.client.reset();
+    if (state.isInputOn && inputFrames) {
+        state.cycleInput = input;
+        state.cycleFrames = inputFrames;
+        tellOfInput(state, flags, *inputTime, inputFrames);
+    }
+    if (state.isOutputOn && frames && state.isStarted)
+        playSlice(*unit, state, flags, *outputTime, frames, *output);
+    state.cycleInput = nullptr;
+    return noErr;
+}
+
+OSStatus renderInput(Unit& unit, Slice& slice)
+{
+    auto& state = stateOf<DeviceOutput>(unit);
+    if (slice.bus != 1 || !state.cycleInput) return kAudioUnitErr_CannotDoInCurrentContext;
+    Element& element = unit.output(1);
+    const UInt32 channels = element.format.mChannelsPerFrame;
+    if (slice.frames > unit.sliceLimit || slice.frames > state.cycleFrames)
+        return kAudioUnitErr_TooManyFramesToProcess;
+    if (!fits(slice.out, element.format, slice.frames)) return paramErr;
+
+    std::fill_n(state.inputSamples.begin(), std::size_t{slice.frames} * channels, 0.0f);
+    UInt32 first = 0;
+    for (UInt32 i = 0; i < state.cycleInput->mNumberBuffers; ++i) {
+        const AudioBuffer& stream = state.cycleInput->mBuffers[i];
+        const auto* in = static_cast<const Float32*>(stream.mData);
+        for (UInt32 c = 0; in && c < stream.mNumberChannels && first + c < channels; ++c)
+            for (UInt32 frame = 0; frame < slice.frames; ++frame)
+                state.inputSamples[std::size_t{frame} * channels + first + c] =
+                    in[std::size_t{frame} * stream.mNumberChannels + c];
+        first += stream.mNumberChannels;
+    }
+    lendMemory(slice.out, element.buffers, slice.frames);
+    encode(element.format, state.inputSamples.data(), slice.frames, slice.out, 0);
+    return noErr;
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,244 @@
+// The three output units that drive a device: their properties, parameters and rows. They differ in how the
+// device is chosen, and only the HAL unit has the device's input.
+#include "platform/audiounit/life_cycle.h"
+#include "platform/audiounit/linear_pcm.h"
+#include "platform/audiounit/output/device_output.h"
+#include "platform/audiounit/output/device_watch.h"
+#include "platform/audiounit/output/output_units.h"
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/render.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+DeviceOutput& outputOf(Unit& unit) { return stateOf<DeviceOutput>(unit); }
+
+template <AudioHardwarePropertyID choice, bool follows>
+OSStatus openUnit(Unit& unit)
+{
+    unit.state = new DeviceOutput(choice, follows);
+    return noErr;
+}
+
+void closeUnit(Unit& unit)
+{
+    endWatching(unit.self);
+    stop(unit);
+}
+
+void destroy(void* state)
+{
+    auto* output = static_cast<DeviceOutput*>(state);
+    forgetDevice(*output);
+    delete output;
+}
+
+// Element 0 takes the client's sound, element 1 gives the device's input; the device's own sides are as they
+// are.
+bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
+{
+    return isLinearPCM(format);
+}
+
+DeviceShape currentShape(Unit& unit)
+{
+    DeviceShape shape;
+    shapeOf(currentDevice(unit), shape);
+    return shape;
+}
+
+// ---- getters and setters, in the order of the table ----
+
+template <Side side>
+AudioStreamBasicDescription deviceFormat(Unit& unit)
+{
+    const DeviceShape shape = currentShape(unit);
+    return canonicalFormat(shape.sampleRate,
+                           side == Side::output ? shape.outputChannels : shape.inputChannels);
+}
+
+template <Side side>
+OSStatus getDeviceFormat(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, deviceFormat<side>(unit));
+}
+
+OSStatus getDeviceRate(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, currentShape(unit).sampleRate);
+}
+
+OSStatus getLatency(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, latencyOf(currentDevice(unit)));
+}
+
+OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
+
+OSStatus getDevice(Unit& unit, Place, void* data, UInt32&) { return give(data, currentDevice(unit)); }
+
+OSStatus setDevice(Unit& unit, Place, const void* data, UInt32)
+{
+    return tellDevice(unit, valueAt<AudioDeviceID>(data));
+}
+
+OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
+{
+    const DeviceOutput& state = outputOf(unit);
+    return give(data, UInt32{state.isStarted && state.activeDevice != kAudioDeviceUnknown});
+}
+
+UInt32 channelMapSize(Unit& unit, Place)
+{
+    return currentShape(unit).outputChannels * static_cast<UInt32>(sizeof(SInt32));
+}
+
+OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
+{
+    const ChannelMap* map = outputOf(unit).map.get();
+    const UInt32 channels = unit.input(0).format.mChannelsPerFrame;
+    for (UInt32 i = 0; i < size / sizeof(SInt32); ++i) {
+        SInt32 entry = sourceOf(map, i, channels);
+        if (map && i < map->size()) entry = (*map)[i]; // as it was set
+        give(static_cast<std::byte*>(data) + i * sizeof entry, entry);
+    }
+    return noErr;
+}
+
+OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
+{
+    std::unique_ptr<ChannelMap> map;
+    if (data) {
+        constexpr UInt32 most = mostChannels * sizeof(SInt32);
+        if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
+        map = std::make_unique<ChannelMap>(size / sizeof(SInt32));
+        std::memcpy(map->data(), data, size);
+        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < silentChannel; }))
+            return kAudioUnitErr_InvalidPropertyValue;
+    }
+    outputOf(unit).map.publish(std::move(map), [&] { return isInSlice(unit); });
+    return noErr;
+}
+
+template <bool DeviceOutput::*isOn>
+OSStatus getIsOn(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, UInt32{outputOf(unit).*isOn});
+}
+
+template <bool DeviceOutput::*isOn>
+OSStatus setIsOn(Unit& unit, Place, const void* data, UInt32)
+{
+    outputOf(unit).*isOn = valueAt<UInt32>(data) != 0;
+    return noErr;
+}
+
+OSStatus setInputCallback(Unit& unit, Place, const void* data, UInt32)
+{
+    std::unique_ptr<AURenderCallbackStruct> callback;
+    if (data && valueAt<AURenderCallbackStruct>(data).inputProc)
+        callback = std::make_unique<AURenderCallbackStruct>(valueAt<AURenderCallbackStruct>(data));
+    outputOf(unit).inputCallback.publish(std::move(callback), [&] { return isInSlice(unit); });
+    return noErr;
+}
+
+template <Side side>
+OSStatus getHasIO(Unit& unit, Place, void* data, UInt32&)
+{
+    const DeviceOutput& state = outputOf(unit);
+    const DeviceShape shape = currentShape(unit);
+    return give(data, UInt32{side == Side::output ? state.isOutputOn && shape.outputChannels > 0
+                                                  : state.isInputOn && shape.inputChannels > 0});
+}
+
+OSStatus getStartsAtZero(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, UInt32{outputOf(unit).startsAtZero});
+}
+
+OSStatus setStartsAtZero(Unit& unit, Place, const void* data, UInt32)
+{
+    outputOf(unit).startsAtZero = valueAt<UInt32>(data) != 0;
+    return noErr;
+}
+
+// ---- tables ----
+
+constexpr auto read = Access::readOnly;
+constexpr auto write = Access::writeOnly;
+constexpr auto both = Access::readWrite;
+constexpr auto before = Settable::beforeInitialize;
+constexpr auto always = Settable::always;
+constexpr auto unlocked = Settable::alwaysUnlocked;
+constexpr UInt32 formatSize = sizeof(AudioStreamBasicDescription);
+constexpr UInt32 callbackSize = sizeof(AURenderCallbackStruct);
+
+// clang-format off
+template <bool isHAL> const Property properties[] = {
+    // property                                       scopes    element     bytes             access               settable  get                            set                 size of
+    {kAudioUnitProperty_MakeConnection,               inInput,  0, sizeof(AudioUnitConnection), write,             unlocked, nullptr,                       setConnection,      nullptr, true},
+    {kAudioUnitProperty_SampleRate,                   inInput,  0,          sizeof(Float64),  both,                before,   getSampleRate,                 setSampleRate,      nullptr},
+    {kAudioUnitProperty_SampleRate,                   inOutput, 0,          sizeof(Float64),  read,                always,   getDeviceRate,                 nullptr,            nullptr},
+    {kAudioUnitProperty_SampleRate,                   inInput,  1,          sizeof(Float64),  read,                always,   getDeviceRate,                 nullptr,            nullptr},
+    {kAudioUnitProperty_SampleRate,                   inOutput, 1,          sizeof(Float64),  both,                before,   getSampleRate,                 setSampleRate,      nullptr},
+    {kAudioUnitProperty_StreamFormat,                 inInput,  0,          formatSize,       both,                before,   getStreamFormat,               setStreamFormat,    nullptr},
+    {kAudioUnitProperty_StreamFormat,                 inOutput, 0,          formatSize,       read,                always,   getDeviceFormat<Side::output>, nullptr,            nullptr},
+    {kAudioUnitProperty_StreamFormat,                 inInput,  1,          formatSize,       read,                always,   getDeviceFormat<Side::input>,  nullptr,            nullptr},
+    {kAudioUnitProperty_StreamFormat,                 inOutput, 1,          formatSize,       both,                before,   getStreamFormat,               setStreamFormat,    nullptr},
+    {kAudioUnitProperty_Latency,                      inGlobal, anyElement, sizeof(Float64),  read,                always,   getLatency,                    nullptr,            nullptr},
+    {kAudioUnitProperty_SupportedNumChannels,         inGlobal, anyElement, sizeof(AUChannelInfo), read,           always,   getChannelCounts,              nullptr,            nullptr},
+    {kAudioUnitProperty_SetRenderCallback,            inInput,  0,          callbackSize,     write,               always,   nullptr,                       setRenderCallback,  nullptr, true},
+    {kAudioOutputUnitProperty_CurrentDevice,          inGlobal, anyElement, sizeof(AudioDeviceID), isHAL ? both : read, unlocked, getDevice,                setDevice,          nullptr},
+    {kAudioOutputUnitProperty_IsRunning,              inGlobal, anyElement, sizeof(UInt32),   read,                always,   getIsRunning,                  nullptr,            nullptr},
+    {kAudioOutputUnitProperty_ChannelMap,             inOutput, 0,          0,                both,                always,   getChannelMap,                 setChannelMap,      channelMapSize, true},
+    {kAudioOutputUnitProperty_EnableIO,               inOutput, 0,          sizeof(UInt32),   isHAL ? both : read, before,   getIsOn<&DeviceOutput::isOutputOn>, setIsOn<&DeviceOutput::isOutputOn>, nullptr},
+    {kAudioOutputUnitProperty_EnableIO,               inInput,  1,          sizeof(UInt32),   isHAL ? both : read, before,   getIsOn<&DeviceOutput::isInputOn>,  setIsOn<&DeviceOutput::isInputOn>,  nullptr},
+    {kAudioOutputUnitProperty_SetInputCallback,       inGlobal, anyElement, callbackSize,     isHAL ? write : read, always,  nullptr,                       setInputCallback,   nullptr, true},
+    {kAudioOutputUnitProperty_HasIO,                  inOutput, 0,          sizeof(UInt32),   read,                always,   getHasIO<Side::output>,        nullptr,            nullptr},
+    {kAudioOutputUnitProperty_HasIO,                  inInput,  1,          sizeof(UInt32),   read,                always,   getHasIO<Side::input>,         nullptr,            nullptr},
+    {kAudioOutputUnitProperty_StartTimestampsAtZero,  inGlobal, anyElement, sizeof(UInt32),   both,                always,   getStartsAtZero,               setStartsAtZero,    nullptr},
+};
+
+const Parameter parameters[] = {
+    // id                   count scope                    name      unit                                least most initial read only
+    {kHALOutputParam_Volume, 1,   kAudioUnitScope_Global, "volume", kAudioUnitParameterUnit_LinearGain, 0,    1,   1,      false, nullptr, nullptr},
+};
+// clang-format on
+
+template <AudioHardwarePropertyID choice, bool isHAL>
+constexpr UnitKind deviceUnit(OSType subType, const char* name)
+{
+    constexpr ElementCount buses = isHAL ? ElementCount{2, 2, 2} : ElementCount{1, 1, 1};
+    return {kAudioUnitType_Output,
+            subType,
+            name,
+            buses,
+            buses,
+            properties<isHAL>,
+            parameters,
+            takesFormat,
+            openUnit<choice, !isHAL>,
+            closeUnit,
+            destroy,
+            nullptr,
+            nullptr,
+            nullptr,
+            nullptr, // the device pulls, nobody else
+            renderInput,
+            startDevice,
+            stopDevice};
+}
+
+} // namespace
+
+const UnitKind halOutput =
+    deviceUnit<kAudioHardwarePropertyDefaultOutputDevice, true>(kAudioUnitSubType_HALOutput, "HAL Output");
+const UnitKind defaultOutput = deviceUnit<kAudioHardwarePropertyDefaultOutputDevice, false>(
+    kAudioUnitSubType_DefaultOutput, "Default Output");
+const UnitKind systemOutput = deviceUnit<kAudioHardwarePropertyDefaultSystemOutputDevice, false>(
+    kAudioUnitSubType_SystemOutput, "System Output");
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,129 @@
+#include "platform/audiounit/output/device_watch.h"
+
+#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/output/device_output.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <iterator>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+constexpr AudioObjectPropertyAddress systemChanges[] = {
+    {kAudioHardwarePropertyDefaultOutputDevice, kAudioObjectPropertyScopeGlobal,
+     kAudioObjectPropertyElementMaster},
+    {kAudioHardwarePropertyDefaultSystemOutputDevice, kAudioObjectPropertyScopeGlobal,
+     kAudioObjectPropertyElementMaster},
+};
+constexpr AudioObjectPropertyAddress deviceChanges[] = {
+    {kAudioDevicePropertyNominalSampleRate, kAudioObjectPropertyScopeWildcard,
+     kAudioObjectPropertyElementWildcard},
+    {kAudioDevicePropertyStreamConfiguration, kAudioObjectPropertyScopeWildcard,
+     kAudioObjectPropertyElementWildcard},
+};
+
+constexpr std::size_t usualStops = 64; // inside slices, before the thread comes round: room for them
+
+struct Watch {
+    std::mutex lock;
+    std::condition_variable changed;
+    bool hasChanged = false;
+    bool hasThread = false;
+    std::vector<AudioUnit> units;
+    std::vector<UnitUse> kept; // also to be asked
+};
+
+// Never destroyed: its thread lives as long as the program.
+Watch& watch()
+{
+    static Watch& only = *new Watch;
+    return only;
+}
+
+OSStatus noteChange(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*)
+{
+    askSoon();
+    return noErr;
+}
+
+void askUnits()
+{
+    for (Watch& all = watch();;) {
+        std::vector<AudioUnit> units;
+        std::vector<UnitUse> kept;
+        {
+            std::unique_lock<std::mutex> guard(all.lock);
+            all.changed.wait(guard, [&] { return all.hasChanged; });
+            all.hasChanged = false;
+            units = all.units;
+            kept.swap(all.kept);
+            all.kept.reserve(usualStops);
+        }
+        for (const UnitUse& unit : kept) reconsiderDevice(*unit);
+        for (AudioUnit each : units)
+            if (const UnitUse unit = use(each); !unit.status) reconsiderDevice(*unit);
+    }
+}
+
+} // namespace
+
+void beginWatching(AudioUnit unit)
+{
+    Watch& all = watch();
+    bool isFirst = false;
+    {
+        const std::lock_guard<std::mutex> guard(all.lock);
+        if (std::find(all.units.begin(), all.units.end(), unit) == all.units.end()) all.units.push_back(unit);
+        all.kept.reserve(usualStops);
+        isFirst = !std::exchange(all.hasThread, true);
+    }
+    if (!isFirst) return;
+    std::thread(askUnits).detach();
+    for (const AudioObjectPropertyAddress& address : systemChanges)
+        AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
+}
+
+void endWatching(AudioUnit unit)
+{
+    Watch& all = watch();
+    const std::lock_guard<std::mutex> guard(all.lock);
+    all.units.erase(std::remove(all.units.begin(), all.units.end(), unit), all.units.end());
+}
+
+void beginListening(AudioDeviceID device)
+{
+    for (const AudioObjectPropertyAddress& address : deviceChanges)
+        AudioObjectAddPropertyListener(device, &address, noteChange, nullptr);
+}
+
+void endListening(AudioDeviceID device)
+{
+    for (const AudioObjectPropertyAddress& address : deviceChanges)
+        AudioObjectRemovePropertyListener(device, &address, noteChange, nullptr);
+}
+
+void askSoonFor(AudioUnit handle)
+{
+    UnitUse unit = use(handle);
+    if (unit.status) return;
+    Watch& all = watch();
+    const std::lock_guard<std::mutex> guard(all.lock);
+    all.kept.push_back(std::move(unit));
+    all.hasChanged = true;
+    all.changed.notify_one();
+}
+
+void askSoon()
+{
+    Watch& all = watch();
+    const std::lock_guard<std::mutex> guard(all.lock);
+    all.hasChanged = true;
+    all.changed.notify_one();
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,132 @@
+#include "platform/audiounit/parameter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+/// A parameter's row, and where its value is among those of one element.
+struct Found {
+    const Parameter* row = nullptr;
+    UInt32 index = 0;  // from the row's first ID
+    UInt32 offset = 0; // among the element's values
+};
+
+Found find(const UnitKind& kind, AudioUnitParameterID id, AudioUnitScope scope)
+{
+    UInt32 offset = 0;
+    for (const Parameter& row : kind.parameters) {
+        if (row.scope != scope) continue;
+        if (id >= row.id && id - row.id < row.count) return {&row, id - row.id, offset + id - row.id};
+        offset += row.count;
+    }
+    return {};
+}
+
+UInt32 valuesOf(const UnitKind& kind, AudioUnitScope scope)
+{
+    UInt32 count = 0;
+    for (const Parameter& row : kind.parameters)
+        if (row.scope == scope) count += row.count;
+    return count;
+}
+
+std::atomic<Float32>& valueOf(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
+                              const Found& found)
+{
+    return unit.scopes[scope].values[element * valuesOf(unit.kind, scope) + found.offset];
+}
+
+OSStatus find(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
+              Found& out)
+{
+    if (scope >= scopeCount) return kAudioUnitErr_InvalidScope;
+    out = find(unit.kind, id, scope);
+    if (!out.row) {
+        const bool isElsewhere = std::any_of(unit.kind.parameters.begin(), unit.kind.parameters.end(),
+                                             [&](const Parameter& row) { return id - row.id < row.count; });
+        return isElsewhere ? kAudioUnitErr_InvalidScope : kAudioUnitErr_InvalidParameter;
+    }
+    return hasElement(unit, scope, element) ? noErr : static_cast<OSStatus>(kAudioUnitErr_InvalidElement);
+}
+
+} // namespace
+
+void prepareParameters(Unit& unit)
+{
+    const UInt32 elements[scopeCount] = {1, unit.kind.inputs.most, unit.kind.outputs.most};
+    for (AudioUnitScope scope = 0; scope < scopeCount; ++scope) {
+        unit.scopes[scope].values =
+            std::make_unique<std::atomic<Float32>[]>(elements[scope] * valuesOf(unit.kind, scope));
+        auto* value = unit.scopes[scope].values.get();
+        for (UInt32 element = 0; element < elements[scope]; ++element)
+            for (const Parameter& row : unit.kind.parameters)
+                if (row.scope == scope)
+                    for (UInt32 i = 0; i < row.count; ++i) *value++ = row.initial;
+    }
+}
+
+OSStatus getParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
+                      Float32& out)
+{
+    Found found;
+    if (const OSStatus status = find(unit, id, scope, element, found)) return status;
+    if (found.row->get) return found.row->get(unit, *found.row, element, found.index, out);
+    out = valueOf(unit, scope, element, found);
+    return noErr;
+}
+
+OSStatus setParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
+                      Float32 value)
+{
+    Found found;
+    if (const OSStatus status = find(unit, id, scope, element, found)) return status;
+    if (found.row->isReadOnly) return kAudioUnitErr_PropertyNotWritable;
+    if (std::isnan(value)) return kAudioUnitErr_InvalidPropertyValue;
+    value = std::clamp(value, found.row->least, found.row->most);
+    if (found.row->set) return found.row->set(unit, *found.row, element, found.index, value);
+    valueOf(unit, scope, element, found) = value;
+    return noErr;
+}
+
+Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
+                       AudioUnitElement element)
+{
+    return valueOf(unit, scope, element, find(unit.kind, id, scope)).load(std::memory_order_relaxed);
+}
+
+UInt32 parameterCount(const Unit& unit, AudioUnitScope scope) { return valuesOf(unit.kind, scope); }
+
+void parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitParameterID* out)
+{
+    for (const Parameter& row : unit.kind.parameters)
+        if (row.scope == scope)
+            for (UInt32 i = 0; i < row.count; ++i) *out++ = row.id + i;
+}
+
+OSStatus parameterInfo(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
+                       AudioUnitParameterInfo& out)
+{
+    const Found found = find(unit.kind, id, scope);
+    if (!found.row) return kAudioUnitErr_InvalidParameter;
+    const Parameter& row = *found.row;
+    out = {};
+    if (row.count > 1)
+        std::snprintf(out.name, sizeof out.name, "%s %u", row.name, static_cast<unsigned>(found.index + 1));
+    else
+        std::snprintf(out.name, sizeof out.name, "%s", row.name);
+    out.unit = row.unit;
+    out.minValue = row.least;
+    out.maxValue = row.most;
+    out.defaultValue = row.initial;
+    out.flags = kAudioUnitParameterFlag_IsReadable;
+    if (row.isReadOnly)
+        out.flags |= kAudioUnitParameterFlag_MeterReadOnly;
+    else
+        out.flags |= kAudioUnitParameterFlag_IsWritable;
+    return noErr;
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,102 @@
+// The one walk through the tables of properties. It answers what every property has in common: whether there
+// is one, here, for this element, with this size, now.
+#include "platform/audiounit/property.h"
+
+#include "platform/audiounit/render.h"
+
+namespace kvxplatform::audiounit {
+namespace {
+
+bool takesElement(const Unit& unit, const Property& row, Place place)
+{
+    if (row.element == anyNumber) return true;
+    return hasElement(unit, place.scope, place.element) &&
+           (row.element == anyElement || row.element == place.element);
+}
+
+/// The row for a property at a place, or the reason why there is none. A kind's rows for a property in a
+/// scope stand in place of the common ones.
+OSStatus find(const Unit& unit, AudioUnitPropertyID id, Place place, const Property*& out)
+{
+    OSStatus reason = kAudioUnitErr_InvalidProperty;
+    for (const Rows<Property>& table : {unit.kind.properties, commonProperties}) {
+        for (const Property& row : table) {
+            if (row.id != id) continue;
+            if (reason == kAudioUnitErr_InvalidProperty) reason = kAudioUnitErr_InvalidScope;
+            if (place.scope >= scopeCount || !(row.scopes & 1u << place.scope)) continue;
+            reason = kAudioUnitErr_InvalidElement;
+            if (!takesElement(unit, row, place)) continue;
+            out = &row;
+            return noErr;
+        }
+        if (reason == kAudioUnitErr_InvalidElement) break;
+    }
+    return reason;
+}
+
+UInt32 sizeOf(Unit& unit, const Property& row, Place place) // with settings
+{
+    return row.size ? row.size : row.sizeOf(unit, place);
+}
+
+OSStatus checkSize(Unit& unit, const Property& row, Place place, const void* data,
+                   UInt32 size) // with settings
+{
+    if (!data && size == 0 && row.isRemovable) return noErr;
+    if (!data) return kAudioUnitErr_InvalidPropertyValue;
+    // A value that varies in size is judged by its own setter.
+    return row.size == 0 || size == sizeOf(unit, row, place) ? noErr : kAudioUnitErr_InvalidPropertyValue;
+}
+
+} // namespace
+
+OSStatus getPropertyInfo(Unit& unit, AudioUnitPropertyID id, Place place, UInt32* size, Boolean* isWritable)
+{
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    const Property* row = nullptr;
+    if (const OSStatus status = find(unit, id, place, row)) return status;
+    if (size) *size = sizeOf(unit, *row, place);
+    if (isWritable) *isWritable = row->access != Access::readOnly;
+    return noErr;
+}
+
+OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, Place place, void* data, UInt32* size)
+{
+    if (!size) return paramErr;
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    const Property* row = nullptr;
+    if (const OSStatus status = find(unit, id, place, row)) return status;
+    if (row->access == Access::writeOnly) return kAudioUnitErr_InvalidProperty;
+    UInt32 needed = sizeOf(unit, *row, place);
+    if (!data) {
+        *size = needed;
+        return noErr;
+    }
+    if (*size < needed) return kAudioUnitErr_InvalidPropertyValue;
+    const OSStatus status = row->get(unit, place, data, needed);
+    if (!status) *size = needed;
+    return status;
+}
+
+OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, Place place, const void* data, UInt32 size)
+{
+    const Property* row = nullptr;
+    {
+        const std::lock_guard<std::mutex> guard(unit.settings);
+        if (const OSStatus status = find(unit, id, place, row)) return status;
+        if (row->access == Access::readOnly) return kAudioUnitErr_PropertyNotWritable;
+        if (row->settable == Settable::beforeInitialize && unit.isInitialized)
+            return kAudioUnitErr_Initialized;
+        if (const OSStatus status = checkSize(unit, *row, place, data, size)) return status;
+        if (row->settable == Settable::always) return row->set(unit, place, data, size);
+    }
+    if (row->settable == Settable::alwaysUnlocked) return row->set(unit, place, data, size);
+
+    if (isInOwnSlice(unit)) return kAudioUnitErr_Initialized;
+    const std::lock_guard<std::mutex> life(unit.lifeCycle);
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    if (unit.isInitialized) return kAudioUnitErr_Initialized;
+    return row->set(unit, place, data, size);
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,166 @@
+#include "platform/audiounit/render.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+#include <thread>
+
+#include <pthread.h>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+constexpr AudioUnitRenderActionFlags moments = kAudioUnitRenderAction_PreRender |
+                                               kAudioUnitRenderAction_PostRender |
+                                               kAudioUnitRenderAction_PostRenderError;
+
+// The C library's own number of a thread: unlike a thread_local it never allocates on first use.
+std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }
+
+OSStatus renderSlice(Unit& unit, Slice& slice)
+{
+    if (slice.frames > unit.sliceLimit) return kAudioUnitErr_TooManyFramesToProcess;
+    if (!(slice.time.mFlags & kAudioTimeStampSampleTimeValid)) return paramErr;
+    Element& output = unit.output(slice.bus);
+    if (!fits(slice.out, output.format, slice.frames)) return paramErr;
+
+    lendMemory(slice.out, output.buffers, slice.frames);
+    if (unit.isResetWanted.exchange(false) && unit.kind.reset) unit.kind.reset(unit);
+    notify(unit, slice.flags, kAudioUnitRenderAction_PreRender, slice.time, slice.bus, slice.frames,
+           &slice.out);
+    const OSStatus status = unit.kind.render(unit, slice);
+    notify(unit, slice.flags,
+           status ? kAudioUnitRenderAction_PostRender | kAudioUnitRenderAction_PostRenderError
+                  : kAudioUnitRenderAction_PostRender,
+           slice.time, slice.bus, slice.frames, &slice.out);
+    return status;
+}
+
+} // namespace
+
+InSlice::InSlice(Unit& entered) : unit(nullptr)
+{
+    std::uintptr_t nobody = 0;
+    if (!entered.renderingThread.compare_exchange_strong(nobody, thisThread())) return;
+    // In this order: whoever uninitialises says so first and looks for a slice afterwards.
+    if (entered.isInitialized)
+        unit = &entered;
+    else
+        entered.renderingThread = 0;
+}
+
+InSlice::~InSlice()
+{
+    if (unit) unit->renderingThread = 0;
+}
+
+bool isInOwnSlice(const Unit& unit) { return unit.renderingThread == thisThread(); }
+
+bool isInSlice(const Unit& unit) { return unit.renderingThread != 0; }
+
+void waitForSlice(const Unit& unit)
+{
+    if (isInOwnSlice(unit)) return;
+    for (int turn = 0; isInSlice(unit); ++turn) {
+        if (turn < 100)
+            std::this_thread::yield();
+        else
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+}
+
+bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames)
+{
+    if (list.mNumberBuffers != buffersOf(format)) return false;
+    const UInt32 channels = channelsPerBuffer(format);
+    const std::uint64_t bytes = std::uint64_t{frames} * format.mBytesPerFrame;
+    return std::all_of(list.mBuffers, list.mBuffers + list.mNumberBuffers, [&](const AudioBuffer& buffer) {
+        return buffer.mNumberChannels == channels && (!buffer.mData || buffer.mDataByteSize >= bytes);
+    });
+}
+
+void lendMemory(AudioBufferList& list, Buffers& own, UInt32 frames)
+{
+    for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
+        AudioBuffer& buffer = list.mBuffers[i];
+        if (!buffer.mData) buffer.mData = own.memory(i);
+        buffer.mDataByteSize = frames * own.bytesPerFrame();
+    }
+}
+
+void notify(Unit& unit, AudioUnitRenderActionFlags& flags, AudioUnitRenderActionFlags moment,
+            const AudioTimeStamp& time, UInt32 bus, UInt32 frames, AudioBufferList* list)
+{
+    const std::vector<Notify>* all = unit.notifies.get();
+    if (!all) return;
+    flags = (flags & ~moments) | moment;
+    for (const Notify& each : *all) each.function(each.context, &flags, &time, bus, frames, list);
+    flags &= ~moments;
+}
+
+OSStatus render(Unit& unit, AudioUnitRenderActionFlags* ioFlags, const AudioTimeStamp* time, UInt32 bus,
+                UInt32 frames, AudioBufferList* list)
+{
+    if (!time || !list) return paramErr;
+    if (!unit.isInitialized) return kAudioUnitErr_Uninitialized;
+    if (!hasElement(unit, kAudioUnitScope_Output, bus)) return kAudioUnitErr_InvalidElement;
+
+    AudioUnitRenderActionFlags flags = ioFlags ? *ioFlags & ~moments : 0;
+    Slice slice{flags, *time, bus, frames, *list};
+    OSStatus status = kAudioUnitErr_CannotDoInCurrentContext; // another slice runs, or a device pulls
+    if (isInOwnSlice(unit)) {
+        if (unit.kind.renderInside) status = unit.kind.renderInside(unit, slice);
+    } else if (unit.kind.render) {
+        const InSlice inside(unit);
+        if (inside)
+            status = renderSlice(unit, slice);
+        else if (!unit.isInitialized)
+            status = kAudioUnitErr_Uninitialized;
+    }
+    if (status) unit.lastRenderError = status;
+    if (ioFlags) *ioFlags = flags;
+    return status;
+}
+
+namespace {
+
+// Both with settings.
+std::unique_ptr<std::vector<Notify>> copyOf(const Unit& unit)
+{
+    const std::vector<Notify>* all = unit.notifies.get();
+    return all ? std::make_unique<std::vector<Notify>>(*all) : std::make_unique<std::vector<Notify>>();
+}
+
+void publish(Unit& unit, std::unique_ptr<std::vector<Notify>> all)
+{
+    if (all->empty()) all.reset();
+    unit.notifies.publish(std::move(all), [&] { return isInSlice(unit); });
+}
+
+} // namespace
+
+OSStatus addNotify(Unit& unit, AURenderCallback function, void* context)
+{
+    if (!function) return paramErr;
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    auto all = copyOf(unit);
+    all->push_back({function, context});
+    publish(unit, std::move(all));
+    return noErr;
+}
+
+OSStatus removeNotify(Unit& unit, AURenderCallback function, void* context)
+{
+    if (!function) return paramErr;
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    auto all = copyOf(unit);
+    const auto found = std::find_if(all->begin(), all->end(), [&](const Notify& each) {
+        return each.function == function && each.context == context;
+    });
+    if (found == all->end()) return kAudioUnitErr_InvalidPropertyValue;
+    all->erase(found);
+    publish(unit, std::move(all));
+    return noErr;
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,49 @@
+// A slice through a unit.
+#pragma once
+
+#include "platform/audiounit/unit.h"
+
+namespace kvxplatform::audiounit {
+
+/// While this lives and is true, the calling thread is the only one inside a slice of the unit, and the unit
+/// stays initialised: whoever uninitialises it waits.
+class InSlice {
+public:
+    explicit InSlice(Unit& unit);
+    ~InSlice();
+    InSlice(const InSlice&) = delete;
+    explicit operator bool() const { return unit; }
+
+private:
+    Unit* unit;
+};
+
+/// Whether the calling thread is inside a slice of the unit.
+bool isInOwnSlice(const Unit& unit);
+
+/// Whether any thread is.
+bool isInSlice(const Unit& unit);
+
+/// Wait until no thread is inside a slice that began before; at once when the calling thread is.
+void waitForSlice(const Unit& unit);
+
+/// Pull a slice out of an output: all of AudioUnitRender but finding the unit. Thread [audio].
+OSStatus render(Unit& unit, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time, UInt32 bus,
+                UInt32 frames, AudioBufferList* list);
+
+/// Give buffers without memory the unit's own, and say what each will hold.
+void lendMemory(AudioBufferList& list, Buffers& own, UInt32 frames);
+
+/// Whether a list has the buffers of a format, each with room for `frames` frames or no memory at all.
+bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames);
+
+/// Tell everybody who asked. `moment` is PreRender, or PostRender with or without PostRenderError.
+/// Thread [audio & in a slice]
+void notify(Unit& unit, AudioUnitRenderActionFlags& flags, AudioUnitRenderActionFlags moment,
+            const AudioTimeStamp& time, UInt32 bus, UInt32 frames, AudioBufferList* list);
+
+/// Thread [any].
+OSStatus addNotify(Unit& unit, AURenderCallback function, void* context);
+OSStatus removeNotify(Unit& unit, AURenderCallback function, void* context);
+
+} // namespace kvxplatform::audiounit

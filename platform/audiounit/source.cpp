@@ -1,0 +1,170 @@
+#include "platform/audiounit/source.h"
+
+#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/property.h"
+#include "platform/audiounit/render.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+void publish(Unit& unit, UInt32 bus, std::unique_ptr<const Source> source)
+{
+    unit.input(bus).source.publish(std::move(source), [&] { return isInSlice(unit); });
+}
+
+OSStatus outputFormat(const AudioUnitConnection& connection, AudioStreamBasicDescription& out)
+{
+    const UnitUse source = use(connection.sourceAudioUnit);
+    if (source.status) return source.status;
+    if (!hasElement(*source, kAudioUnitScope_Output, connection.sourceOutputNumber))
+        return kAudioUnitErr_InvalidElement;
+    const std::lock_guard<std::mutex> guard(source->settings);
+    out = source->output(connection.sourceOutputNumber).format;
+    return noErr;
+}
+
+// What the source gave, made whole in our own memory: it may have pointed elsewhere, or given less than
+// asked.
+void settle(AudioBufferList& list, Buffers& own, UInt32 offset, UInt32 frames)
+{
+    const UInt32 wanted = frames * own.bytesPerFrame();
+    for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
+        AudioBuffer& buffer = list.mBuffers[i];
+        std::byte* mine = own.memory(i) + std::size_t{offset} * own.bytesPerFrame();
+        const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize, wanted) : 0;
+        if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, given);
+        if (given < wanted) std::memset(mine + given, 0, wanted - given);
+    }
+}
+
+struct Pull {
+    Unit& unit;
+    const Source& source;
+    UInt32 bus;
+    AudioUnitRenderActionFlags& flags;
+
+    // Frames [offset, offset + frames) of the input's memory.
+    OSStatus piece(const AudioTimeStamp& time, UInt32 offset, UInt32 frames) const
+    {
+        Element& input = unit.input(bus);
+        const AudioBufferList& whole = input.buffers.lend(frames);
+        AudioBufferList& list = input.piece.list();
+        list.mNumberBuffers = whole.mNumberBuffers;
+        std::copy_n(whole.mBuffers, whole.mNumberBuffers, list.mBuffers);
+        for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
+            list.mBuffers[i].mData = static_cast<std::byte*>(list.mBuffers[i].mData) +
+                                     std::size_t{offset} * input.buffers.bytesPerFrame();
+
+        const AudioUnitConnection& from = source.connection;
+        const OSStatus status = from.sourceAudioUnit
+                                    ? renderFrom(from, time, frames, list)
+                                    : source.callback.inputProc(source.callback.inputProcRefCon, &flags,
+                                                                &time, bus, frames, &list);
+        if (!status) settle(list, input.buffers, offset, frames);
+        return status;
+    }
+
+    OSStatus renderFrom(const AudioUnitConnection& from, const AudioTimeStamp& time, UInt32 frames,
+                        AudioBufferList& list) const
+    {
+        const UnitUse feeding = use(from.sourceAudioUnit);
+        if (feeding.status) return kAudioUnitErr_NoConnection;
+        return render(*feeding, &flags, &time, from.sourceOutputNumber, frames, &list);
+    }
+
+    UInt32 limit() const
+    {
+        if (!source.connection.sourceAudioUnit) return unit.sliceLimit;
+        const UnitUse feeding = use(source.connection.sourceAudioUnit);
+        return feeding.status ? unit.sliceLimit.load()
+                              : std::min<UInt32>(unit.sliceLimit, feeding->sliceLimit);
+    }
+};
+
+} // namespace
+
+AudioTimeStamp later(const AudioTimeStamp& time, UInt32 frames, Float64 sampleRate,
+                     Float64 hostTicksPerSecond)
+{
+    AudioTimeStamp moved = time;
+    moved.mSampleTime += frames;
+    if (time.mFlags & kAudioTimeStampHostTimeValid)
+        moved.mHostTime += static_cast<UInt64>(frames / sampleRate * hostTicksPerSecond);
+    return moved;
+}
+
+void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback)
+{
+    std::unique_ptr<const Source> source;
+    if (callback.inputProc) source = std::make_unique<Source>(Source{callback, {}});
+    publish(unit, bus, std::move(source));
+}
+
+OSStatus connect(Unit& unit, const AudioUnitConnection& connection)
+{
+    const UInt32 bus = connection.destInputNumber;
+    if (!hasElement(unit, kAudioUnitScope_Input, bus)) return kAudioUnitErr_InvalidElement;
+    if (!connection.sourceAudioUnit) {
+        const std::lock_guard<std::mutex> guard(unit.settings);
+        publish(unit, bus, nullptr);
+        return noErr;
+    }
+    if (connection.sourceAudioUnit == unit.self) return kAudioUnitErr_InvalidPropertyValue;
+
+    AudioStreamBasicDescription format;
+    if (const OSStatus status = outputFormat(connection, format)) return status;
+    auto source = std::make_unique<Source>(Source{{}, connection});
+    const std::lock_guard<std::mutex> guard(unit.settings);
+    if (!isSameFormat(format, unit.input(bus).format)) {
+        if (unit.isInitialized) return kAudioUnitErr_FormatNotSupported;
+        if (const OSStatus status = setFormat(unit, {kAudioUnitScope_Input, bus}, format)) return status;
+    }
+    publish(unit, bus, std::move(source));
+    return noErr;
+}
+
+OSStatus checkConnections(Unit& unit)
+{
+    for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
+        AudioUnitConnection connection{};
+        AudioStreamBasicDescription wanted, given;
+        {
+            const std::lock_guard<std::mutex> guard(unit.settings);
+            if (const Source* source = unit.input(bus).source.get()) connection = source->connection;
+            wanted = unit.input(bus).format;
+        }
+        if (!connection.sourceAudioUnit) continue;
+        const OSStatus status = outputFormat(connection, given);
+        if (status == badComponentInstance) return kAudioUnitErr_NoConnection;
+        if (status) return status;
+        if (!isSameFormat(wanted, given)) return kAudioUnitErr_FormatNotSupported;
+    }
+    return noErr;
+}
+
+OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
+              UInt32 frames, AudioBufferList*& out)
+{
+    Element& input = unit.input(bus);
+    OSStatus status = kAudioUnitErr_NoConnection;
+    if (const Source* source = input.source.get()) {
+        const Pull from{unit, *source, bus, flags};
+        const UInt32 limit = std::max<UInt32>(from.limit(), 1);
+        status = noErr;
+        for (UInt32 done = 0; done < frames && !status;) {
+            const UInt32 now = std::min(limit, frames - done);
+            const AudioTimeStamp at =
+                done ? later(time, done, input.format.mSampleRate, unit.hostTicksPerSecond) : time;
+            status = from.piece(at, done, now);
+            done += now;
+        }
+    }
+    out = &input.buffers.lend(frames);
+    if (status) clear(*out);
+    return status;
+}
+
+} // namespace kvxplatform::audiounit

@@ -1,0 +1,33 @@
+// Where an input's sound comes from: a callback, or another unit's output.
+#pragma once
+
+#include "platform/audiounit/unit.h"
+
+namespace kvxplatform::audiounit {
+
+/// Give an input a callback, or none (a null procedure). The slice that runs may still call the former one.
+/// Thread [any], with settings.
+void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback);
+
+/// Connect an input to another unit's output, whose format it takes on; a null unit disconnects.
+/// Errors  InvalidElement: the other unit has no such output; FormatNotSupported: the input cannot take the
+///         format (one that is initialised takes no other than it has); badComponentInstance: no such unit.
+/// Thread  [any], without a lock.
+OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
+
+/// Whether every connected input still agrees with the output that feeds it. With settings.
+/// Errors  FormatNotSupported; NoConnection when the other unit has gone.
+OSStatus checkConnections(Unit& unit);
+
+/// Pull `frames` frames into the input's own memory, in its format, in pieces no larger than the feeding
+/// unit's limit. `frames` is at most this unit's limit. What a source leaves out is silence. Returns
+/// NoConnection without a source, else the source's status; the list is silent then. Thread   [audio & in a
+/// slice]
+OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
+              UInt32 frames, AudioBufferList*& out);
+
+/// A time stamp `frames` frames of `sampleRate` later.
+AudioTimeStamp later(const AudioTimeStamp& time, UInt32 frames, Float64 sampleRate,
+                     Float64 hostTicksPerSecond);
+
+} // namespace kvxplatform::audiounit

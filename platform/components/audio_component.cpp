@@ -1,0 +1,36 @@
+// The same components by their newer names, with 32-bit statuses.
+#include "platform/components/component.h"
+
+namespace components = kvxplatform::components;
+
+namespace {
+
+ComponentDescription descriptionOf(const AudioComponentDescription& looking)
+{
+    return {looking.componentType, looking.componentSubType, looking.componentManufacturer,
+            looking.componentFlags, looking.componentFlagsMask};
+}
+
+} // namespace
+
+AudioComponent AudioComponentFindNext(AudioComponent previous, const AudioComponentDescription* looking)
+{
+    if (!looking) return nullptr;
+    return reinterpret_cast<AudioComponent>(
+        components::findNext(reinterpret_cast<Component>(previous), descriptionOf(*looking)));
+}
+
+UInt32 AudioComponentCount(const AudioComponentDescription* looking)
+{
+    return looking ? components::count(descriptionOf(*looking)) : 0;
+}
+
+OSStatus AudioComponentInstanceNew(AudioComponent component, AudioComponentInstance* instance)
+{
+    return instance ? components::open(reinterpret_cast<Component>(component), *instance) : paramErr;
+}
+
+OSStatus AudioComponentInstanceDispose(AudioComponentInstance instance)
+{
+    return components::close(instance);
+}

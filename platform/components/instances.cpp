@@ -1,0 +1,57 @@
+// Opening and closing components.
+#include "platform/components/component.h"
+
+#include <new>
+
+namespace kvxplatform::components {
+namespace {
+
+// Never destroyed: a device's thread may still ask for a handle while the program ends.
+Instances& table()
+{
+    static Instances& instances = *new Instances;
+    return instances;
+}
+
+HandleNumber numberOf(ComponentInstance handle)
+{
+    const auto value = reinterpret_cast<std::uintptr_t>(handle);
+    return value == static_cast<HandleNumber>(value) ? static_cast<HandleNumber>(value) : 0;
+}
+
+} // namespace
+
+Instances::Use use(ComponentInstance handle) { return table().use(numberOf(handle)); }
+
+std::uint32_t openInstances() { return table().count(); }
+
+OSStatus open(::Component handle, ComponentInstance& out)
+{
+    out = nullptr;
+    const Component* component = find(handle);
+    if (!component) return invalidComponentID;
+    OSStatus status = memFullErr; // when the table is full
+    try {
+        const HandleNumber number =
+            table().add(std::make_unique<Instance>(*component), [&](Instance& instance, HandleNumber made) {
+                instance.self = reinterpret_cast<ComponentInstance>(static_cast<std::uintptr_t>(made));
+                status = component->family->open ? component->family->open(instance) : noErr;
+                return status == noErr;
+            });
+        out = reinterpret_cast<ComponentInstance>(static_cast<std::uintptr_t>(number));
+    } catch (const std::bad_alloc&) {
+        status = memFullErr;
+    }
+    return status;
+}
+
+OSStatus close(ComponentInstance handle)
+{
+    Instances::Use closing = table().beginClose(numberOf(handle));
+    if (!closing) return badComponentInstance;
+    if (closing->component.family->close) closing->component.family->close(*closing);
+    table().endClose(std::move(closing));
+    return noErr;
+}
+
+} // namespace kvxplatform::components
