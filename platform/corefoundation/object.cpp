@@ -6,9 +6,9 @@ using namespace kvxplatform;
 
 namespace kvxplatform::corefoundation {
 
-Object::Object(Kind& ofKind) : kind(ofKind) { kind.live.fetch_add(1, std::memory_order_relaxed); }
+Object::Object(Kind& ofKind) : kind(ofKind) { kind.account.add(); }
 
-Object::~Object() { kind.live.fetch_sub(1, std::memory_order_relaxed); }
+Object::~Object() { kind.account.remove(); }
 
 namespace {
 

@@ -1,10 +1,11 @@
 // What every reference-counted value begins with. The pointer that callers hold points here.
 #pragma once
 
+#include "platform/accounts/account.h"
+
 #include <CoreFoundation/CFBase.h>
 
 #include <atomic>
-#include <cstdint>
 
 namespace kvxplatform::corefoundation {
 
@@ -12,12 +13,11 @@ struct Object;
 
 /// One kind of value.
 struct Kind {
-    const char* name;                ///< as accounts show it
-    void (*destroy)(Object*);        ///< frees the whole value
-    std::atomic<std::uint32_t> live; ///< values that someone still has to release
+    Account account;          ///< values that someone still has to release
+    void (*destroy)(Object*); ///< frees the whole value
 };
 
-/// Counts itself in its kind. Begins with one reference, its creator's.
+/// Stands in its kind's account. Begins with one reference, its creator's.
 struct Object {
     explicit Object(Kind& ofKind);
     Object(const Object&) = delete;

@@ -15,7 +15,7 @@ namespace {
 
 void destroyString(Object* object) { delete static_cast<__CFString*>(object); }
 
-Kind stringKind = {"CFString", destroyString, {0}};
+Kind stringKind = {Account("CFString"), destroyString};
 
 const __CFString& textOf(CFStringRef text, const char* complaint)
 {
@@ -35,8 +35,6 @@ CFMutableStringRef newString(std::u16string_view units, bool isMutable)
         return nullptr; // longer than any text
     }
 }
-
-std::uint32_t liveStrings() { return stringKind.live.load(std::memory_order_relaxed); }
 
 } // namespace kvxplatform::corefoundation
 

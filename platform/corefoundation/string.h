@@ -21,7 +21,4 @@ namespace kvxplatform::corefoundation {
 /// A new text, the caller's to release; null without memory. [any]
 CFMutableStringRef newString(std::u16string_view units, bool isMutable);
 
-/// Texts that someone still has to release. [any]
-std::uint32_t liveStrings();
-
 } // namespace kvxplatform::corefoundation
