@@ -33,8 +33,7 @@ struct AudioPlayerData {
     std::uint8_t noUnderflow;      ///< written by [main], read by [audio]
     std::uint8_t hadUnderflow;     ///< set by [audio], cleared by [main]
     std::uint32_t outputDeviceID;  ///< 0: the system's default output device; [main]
-    alignas(8) std::int64_t
-        baseSampleIndex; ///< of current's first sample, counted from the start; as `current`
+    alignas(8) std::int64_t baseSampleIndex;  ///< of current's first sample, from the start; as `current`
     alignas(8) double outputPositionRelative; ///< frames since `current` became current; as `current`
     alignas(8) double outputPosition;         ///< fractional read position since the start; as `current`
     PlayItem current;              ///< being played; [audio & running] and [main & stopped], never both

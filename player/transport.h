@@ -7,10 +7,9 @@
 namespace player {
 
 /// Install the I/O procedure with the output device and start it; a running player is left as it is.
-/// Returns whether it runs. A device that refuses to start leaves isRunning set all the same: the procedure
-/// is
-///         installed, and only the procedure itself can take it out again.
 /// Thread  [main].
+/// Returns whether it runs. A device that refuses to start leaves isRunning set all the same: the procedure
+///         is installed, and only the procedure itself can take it out again.
 bool PlaySomeAudio(AudioPlayerData& player);
 
 /// Ask the I/O procedure to remove itself, wait for it, and free every buffer. Positions stay as they are.
