@@ -12,12 +12,12 @@
 
 namespace host {
 
-/// Memory for one native value of any type.
+/// Memory for one native value of any type. The widest member is the first, so that = {} zeroes all.
 union Native {
+    std::uint64_t word64;
     std::uint8_t byte;
     std::uint16_t word16;
     std::uint32_t word32;
-    std::uint64_t word64;
     float single;
     double number;
     void* pointer;

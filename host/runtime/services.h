@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+struct FSRef; ///< the platform's file reference: 80 bytes that only the platform reads
+
 namespace host::services {
 
 using Boolean8 = std::uint8_t;
@@ -64,6 +66,6 @@ AnyFunction objectMethod(REALobjectStruct* object, const char* declaration);
 AnyFunction globalMethod(const void* none, const char* declaration);
 AnyFunction eventInstance(REALobjectStruct* object, Word systemUse);
 void raiseException(REALobjectStruct* exception);
-Boolean8 folderReference(REALfolderItemStruct* item, void* reference, void* name);
+Boolean8 folderReference(REALfolderItemStruct* item, FSRef* reference, void* name);
 
 } // namespace host::services

@@ -139,7 +139,7 @@ void raiseException(REALobjectStruct* handle)
     state().pending = exception;
 }
 
-Boolean8 folderReference(REALfolderItemStruct* handle, void* reference, void* name)
+Boolean8 folderReference(REALfolderItemStruct* handle, FSRef* reference, void* name)
 {
     auto* live =
         static_cast<REALfolderItemStruct*>(liveValue(handle, Kind::folderItem, "REALFSRefFromFolderItem"));

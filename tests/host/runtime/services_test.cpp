@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+struct FSRef;
+
 namespace {
 
 using namespace host;
@@ -494,18 +496,19 @@ struct Name {
 TEST(Services, ReferencesOfFolderItems)
 {
     Host host;
-    const auto refer = service<std::uint8_t(REALfolderItemStruct*, void*, void*)>("REALFSRefFromFolderItem");
-    unsigned char reference[80] = {};
+    const auto refer = service<std::uint8_t(REALfolderItemStruct*, FSRef*, void*)>("REALFSRefFromFolderItem");
+    unsigned char bytes[80] = {};
+    auto* reference = reinterpret_cast<FSRef*>(bytes);
     const auto item = FolderItem::at("/music/caf\xC3\xA9.wav");
     EXPECT_FALSE(refer(item.get(), reference, nullptr)) << "without a platform";
     setPathToReference(knownPaths);
     EXPECT_TRUE(refer(item.get(), reference, nullptr));
-    EXPECT_EQ(reference[79], 2);
+    EXPECT_EQ(bytes[79], 2);
 
     Name name;
     std::memset(&name, 0x55, sizeof name);
     EXPECT_TRUE(refer(item.get(), reference, &name));
-    EXPECT_EQ(reference[0], 1) << "the folder that holds it";
+    EXPECT_EQ(bytes[0], 1) << "the folder that holds it";
     EXPECT_EQ(std::u16string(name.units, name.length), u"caf\u00E9.wav");
     EXPECT_EQ(name.units[254], 0) << "zeros behind the name";
 
