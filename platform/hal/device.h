@@ -49,6 +49,8 @@ enum class Driver { timer, steps, hardware };
 
 /// A stream of PortAudio that turns the device.
 struct HardwareStream {
+    struct Device* device = nullptr;
+    UInt32 channels = 0;
     void* stream = nullptr;
     std::int64_t openedNanos = 0; ///< on the host clock
 };
@@ -61,7 +63,6 @@ struct Device {
     std::string name, manufacturer, uid;
     UInt32 transport = 0;
     bool isSimulated = false;
-    int hardwareIndex = -1; ///< PortAudio's index of the device
 
     // ---- under the tree's lock ----
     Settings settings;
@@ -76,6 +77,7 @@ struct Device {
 
     // ---- under `control` ----
     std::mutex control;
+    int hardwareIndex = -1; ///< PortAudio's index of the device
     std::unique_ptr<HardwareStream> hardware;
     bool hasTimerThread = false;
 

@@ -1,5 +1,6 @@
 #include "platform/hal/io_procs.h"
 
+#include "platform/accounts/account.h"
 #include "platform/hal/housekeeper.h"
 #include "platform/hal/portaudio_driver.h"
 #include "platform/hal/timer_driver.h"
@@ -10,6 +11,8 @@
 namespace kvxplatform::hal {
 
 namespace {
+
+Account addedProcs("IOProc");
 
 /// cycleLock, unless this thread is in that device's cycle and so holds it already. Outside, having it means
 /// that no procedure of the device is being called.
@@ -66,6 +69,7 @@ OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasOwn
     if (!hasOwnID && findEntry(*device, proc)) return kAudioHardwareIllegalOperationError;
     if (outID) *outID = idOf(*entry);
     device->procs.push_back(std::move(entry));
+    addedProcs.add();
     return noErr;
 }
 
@@ -82,6 +86,7 @@ OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
         if (!entry || entry->hasOwnID != hasOwnID) return kAudioHardwareIllegalOperationError;
         setStarted(*device, *entry, false);
         entry->isRemoved = true;
+        addedProcs.remove();
     }
     if (isInside) {
         wakeHousekeeper();

@@ -1,5 +1,6 @@
 #include "platform/hal/listeners.h"
 
+#include "platform/accounts/account.h"
 #include "platform/hal/property.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@
 namespace kvxplatform::hal {
 
 namespace {
+
+Account addedListeners("property listener");
 
 struct Listener {
     UInt64 serial;
@@ -107,13 +110,6 @@ void postChange(AudioObjectID object, AudioObjectPropertySelector selector, Audi
     n.wake.notify_one();
 }
 
-UInt32 listenerCount()
-{
-    Notifier& n = notifier();
-    const std::lock_guard<std::mutex> lock(n.lock);
-    return static_cast<UInt32>(n.listeners.size());
-}
-
 } // namespace kvxplatform::hal
 
 using namespace kvxplatform::hal;
@@ -126,6 +122,7 @@ OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectP
     Notifier& n = notifier();
     const std::lock_guard<std::mutex> lock(n.lock);
     n.listeners.push_back({n.nextSerial++, object, *address, proc, client});
+    addedListeners.add();
     return noErr;
 }
 
@@ -143,6 +140,7 @@ OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObje
     if (found == n.listeners.end()) return kAudioHardwareIllegalOperationError;
     const UInt64 serial = found->serial;
     n.listeners.erase(found);
+    addedListeners.remove();
     if (std::this_thread::get_id() != n.thread) n.idle.wait(lock, [&] { return n.calling != serial; });
     return noErr;
 }

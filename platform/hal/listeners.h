@@ -11,7 +11,4 @@ void postChange(AudioObjectID object, AudioObjectPropertySelector selector,
                 AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal,
                 AudioObjectPropertyElement element = kAudioObjectPropertyElementMaster);
 
-/// Listeners registered now, for accounts.
-UInt32 listenerCount();
-
 } // namespace kvxplatform::hal

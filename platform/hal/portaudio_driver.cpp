@@ -7,6 +7,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <portaudio.h>
+#include <utility>
 
 namespace kvxplatform::hal {
 
@@ -76,14 +77,15 @@ bool lockSoon(std::mutex& lock)
 int callback(const void*, void* output, unsigned long frames, const PaStreamCallbackTimeInfo*,
              PaStreamCallbackFlags, void* client)
 {
-    Device& device = *static_cast<Device*>(client);
+    const HardwareStream& hardware = *static_cast<const HardwareStream*>(client);
+    Device& device = *hardware.device;
+    const UInt32 channels = hardware.channels;
     float* out = static_cast<float*>(output);
     if (!lockSoon(device.cycleLock)) {
         // Whoever reconfigures the device right now has closed this stream in a moment.
-        std::fill_n(out, frames * device.running.outputChannels, 0.0f);
+        std::fill_n(out, frames * channels, 0.0f);
         return paContinue;
     }
-    const UInt32 channels = device.running.outputChannels;
     for (unsigned long done = 0; done < frames;) {
         const UInt32 slice = std::min<UInt32>(static_cast<UInt32>(frames - done), device.running.sliceFrames);
         const float* mixed = turnCycle(device, slice, false);
@@ -120,7 +122,8 @@ std::vector<DeviceRef> readHardware(std::string& error)
     const std::lock_guard<std::mutex> lock(paLock);
     std::vector<DeviceRef> devices;
     if (!startPortAudio(error)) return devices;
-    if (openStreams == 0) { // its list is only read at its start
+    static bool isFirst = true;
+    if (!std::exchange(isFirst, false) && openStreams == 0) { // its list is only read at its start
         Pa_Terminate();
         Pa_Initialize();
         silenceMessages();
@@ -173,8 +176,10 @@ OSStatus openHardware(const DeviceRef& device)
     PaStreamParameters parameters = parametersOf(*device);
     parameters.channelCount = static_cast<int>(running.outputChannels);
     auto hardware = std::make_unique<HardwareStream>();
+    hardware->device = device.get();
+    hardware->channels = running.outputChannels;
     if (Pa_OpenStream(&hardware->stream, nullptr, &parameters, running.rate, running.sliceFrames, paNoFlag,
-                      callback, device.get()) != paNoError)
+                      callback, hardware.get()) != paNoError)
         return kAudioHardwareUnspecifiedError;
     hardware->openedNanos = static_cast<std::int64_t>(AudioGetCurrentHostTime());
     if (Pa_StartStream(hardware->stream) != paNoError) {

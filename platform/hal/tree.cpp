@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <cstdlib>
 
 namespace kvxplatform::hal {
@@ -114,8 +115,12 @@ void findDevices(Tree& tree)
         return device->isSimulated || canOpen(*device);
     });
     DeviceRef chosen = *opens;
-    if (choice)
-        if (DeviceRef meant = meantBy(tree.listed, tree.builtIn, choice, error)) chosen = meant;
+    const DeviceRef meant = choice ? meantBy(tree.listed, tree.builtIn, choice, error) : chosen;
+    if (meant)
+        chosen = meant;
+    else
+        std::fprintf(stderr, "KVX_AUDIO_DEVICE: %s; playing to \"%s\"\n", error.c_str(),
+                     chosen->name.c_str());
     roleOf(tree, Role::output) = roleOf(tree, Role::systemOutput) = chosen->id;
     roleOf(tree, Role::input) = successor(tree, roleFacts[static_cast<int>(Role::input)]);
 }
