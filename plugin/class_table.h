@@ -109,19 +109,20 @@ template <class Result, class... Arguments>
 constexpr bool declares(std::string_view text)
 {
     const std::size_t open = text.find('('), close = text.rfind(')');
-    const bool hasList = open != text.npos && close != text.npos;
+    const bool hasList = open != text.npos && close != text.npos && open < close;
+    if (!hasList && (open != text.npos || close != text.npos)) return false; // a list without an end
     if (!isDeclaredAs<Result>(hasList ? from(text, close + 1) : text)) return false;
 
     std::string_view list = hasList ? upTo(from(text, open + 1), close - open - 1) : std::string_view();
-    bool agree = true;
-    [[maybe_unused]] const auto takeNext = [&list](bool (*isRight)(std::string_view)) {
-        const std::size_t comma = std::min(list.find(','), list.size());
-        const bool right = isRight(upTo(list, comma));
-        list = from(list, comma + 1);
+    bool atEnd = list.empty(), agree = true;
+    [[maybe_unused]] const auto takeNext = [&](bool (*isRight)(std::string_view)) {
+        const bool right = !atEnd && isRight(upTo(list, list.find(',')));
+        atEnd = list.find(',') == list.npos;
+        list = from(list, atEnd ? list.size() : list.find(',') + 1);
         return right;
     };
     ((agree = takeNext(&isDeclaredAs<Arguments>) && agree), ...);
-    return agree && list.empty();
+    return agree && atEnd;
 }
 
 /// A function as the host calls it: nothing that C++ throws gets past it. The result is then a neutral one,
