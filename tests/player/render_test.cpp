@@ -130,6 +130,17 @@ TEST_F(Render, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
     EXPECT_EQ(render(object, 4), (Floats{2 /* not 3: halfway from 0 to 4 */, 4, 6, 8}));
 }
 
+// At a lower rate, several frames lie between the two.
+TEST_F(Render, EveryFrameInsideTheSeamFindsZeroOnItsLeft)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    ASSERT_TRUE(object.add({4, 8}));
+    start(object, half / 2);
+    EXPECT_EQ(render(object, 5), (Floats{1, 1.25, 1.5, 1.75, 2}));
+    EXPECT_EQ(render(object, 5), (Floats{1, 2, 3 /* a quarter, half, three quarters of 4 */, 4, 5}));
+}
+
 TEST_F(Render, TheSameSeamInStereo)
 {
     const PlayerObject object;

@@ -1,0 +1,87 @@
+// The player inside the library as it is shipped, loaded by name: there, too, the spy stands in front of the
+// platform. It shows that the library reaches every platform function through an ordinary symbol.
+#include "abi/class_definition.h"
+#include "abi/entry_point.h"
+#include "tests/support/platform_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <string_view>
+
+namespace {
+
+REALclassDefinition* playerClass = nullptr;
+
+double hostVersion() { return 2013.04; }
+void registerPluginVersion(int) {}
+void registerClass(REALclassDefinition* definition)
+{
+    definition->dataOffset = 16;
+    if (definition->name == std::string_view("CoreAudioPlayerKVX")) playerClass = definition;
+}
+
+void* resolve(const char* name)
+{
+    const std::string_view asked = name;
+    if (asked == "REALGetRBVersion") return reinterpret_cast<void*>(hostVersion);
+    if (asked == "RegisterPluginVersion") return reinterpret_cast<void*>(registerPluginVersion);
+    if (asked == "PluginRegisterClass") return reinterpret_cast<void*>(registerClass);
+    return nullptr;
+}
+
+AnyFunction methodNamed(std::string_view declaration)
+{
+    const auto* rows = static_cast<const REALmethod*>(playerClass->methods);
+    for (Word i = 0; i < playerClass->methodCount; ++i)
+        if (rows[i].declaration == declaration) return rows[i].function;
+    return nullptr;
+}
+
+TEST(LoadedLibrary, ReachesThePlatformThroughTheSpy)
+{
+    using Procedure = void (*)(REALobjectStruct*);
+    spy::reset();
+    void* library = dlopen(KVX_BINARY_DIR "/KVXAudio.so", RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    const auto enter = reinterpret_cast<REALPluginMainFunction>(dlsym(library, pluginMainName));
+    ASSERT_NE(enter, nullptr);
+    enter(resolve);
+    ASSERT_NE(playerClass, nullptr);
+    EXPECT_EQ(spy::calls(), std::vector<std::string>()) << "loading asks the platform nothing";
+
+    void* memory = std::malloc(16 + playerClass->dataSize);
+    std::memset(memory, 0xFF, 16 + playerClass->dataSize);
+    auto* object = static_cast<REALobjectStruct*>(memory);
+    reinterpret_cast<Procedure>(playerClass->constructor)(object);
+    EXPECT_EQ(
+        reinterpret_cast<float (*)(REALobjectStruct*)>(methodNamed("HardwareSampleRate as single"))(object),
+        44100.0f);
+    EXPECT_EQ(reinterpret_cast<HostBoolean (*)(REALobjectStruct*)>(methodNamed("Start as boolean"))(object),
+              1);
+    spy::platform().during[spy::Function::delay] = [] {
+        const AudioTimeStamp time = {};
+        AudioBufferList noInput = {}, output = {};
+        const spy::Installed it = spy::installed()[0];
+        it.procedure(it.device, &time, &noInput, &time, &output, &time, it.client);
+    };
+    reinterpret_cast<Procedure>(methodNamed("Stop"))(object);
+    reinterpret_cast<Procedure>(playerClass->destructor)(object);
+    std::free(memory);
+
+    EXPECT_EQ(spy::calls(), (std::vector<std::string>{
+                                "AudioHardwareGetProperty('dOut', 4 bytes)",
+                                "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)",
+                                "AudioHardwareGetProperty('dOut', 4 bytes)",
+                                "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)",
+                                "AudioDeviceAddIOProc(2, ?, ?)",
+                                "AudioDeviceStart(2, ?)",
+                                "Delay(1)",
+                                "AudioDeviceStop(2, ?)",
+                                "AudioDeviceRemoveIOProc(2, ?)",
+                            }));
+}
+
+} // namespace
