@@ -1,0 +1,342 @@
+// Memory: how much is asked for, that it is given back, and what happens when there is none.
+#include "plugin/exceptions.h"
+#include "plugin/host_string.h"
+#include "plugin/rb_text.h"
+#include "plugin/register_class.h"
+#include "plugin/zeroed.h"
+#include "tests/plugin/class_states.h"
+#include "tests/plugin/host_fixture.h"
+#include "tests/support/c_library_spy.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+class AllocationTest : public HostTest {
+protected:
+    AllocationTest() : blocksBefore(watched::liveBlocks()) {}
+    void TearDown() override
+    {
+        watched::refuseCalloc(0);
+        EXPECT_EQ(watched::liveBlocks(), blocksBefore);
+        HostTest::TearDown();
+    }
+    const long blocksBefore;
+};
+
+/// What calloc was asked for while `work` ran, and what was freed.
+template <class Work>
+Notes memoryOf(Work work)
+{
+    watched::begin();
+    work();
+    return watched::end();
+}
+
+Notes calloced(std::size_t bytes) { return {"calloc " + std::to_string(bytes)}; }
+Notes callocedAndFreed(std::size_t bytes) { return {"calloc " + std::to_string(bytes), "free"}; }
+
+// ---- zeroed memory ----
+
+TEST_F(AllocationTest, OfZeroedMemoryHasSizesFromOneTo31Bits)
+{
+    // clang-format off
+    const struct { std::int64_t count; bool asks; const char* why; } facts[] = {
+        {0,                      false, "nothing"},
+        {-1,                     false, "less than nothing"},
+        {1,                      true,  "the smallest"},
+        {0x7FFFFFFF,             true,  "the largest"},
+        {0x80000000LL,           false, "one more"},
+        {0x100000001LL,          false, "whose low half is 1"},
+        {0x7FFFFFFFFFFFFFFFLL,   false, "far too many"},
+        {-0x7FFFFFFFFFFFFFFFLL,  false, "far too few"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        watched::refuseCalloc(1);
+        const Notes asked = memoryOf([&] { EXPECT_EQ(allocateZeroed<char>(fact.count), nullptr); });
+        EXPECT_EQ(asked, fact.asks ? calloced(static_cast<std::size_t>(fact.count)) : Notes{}) << fact.why;
+    }
+    watched::refuseCalloc(0);
+}
+
+TEST_F(AllocationTest, OfZeroedRecordsCountsBytes)
+{
+    struct Record {
+        char bytes[12];
+    };
+    // clang-format off
+    const struct { std::int64_t count; bool asks; } facts[] = {
+        {178956970, true},  // 2147483640 bytes
+        {178956971, false}, // 2147483652
+        {0x7FFFFFFF, false},
+        {0x15555556LL * 4, false}, // 12 times that is 0x20 past 32 bits
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        watched::refuseCalloc(1);
+        const Notes asked = memoryOf([&] { EXPECT_EQ(allocateZeroed<Record>(fact.count), nullptr); });
+        EXPECT_EQ(!asked.empty(), fact.asks) << fact.count;
+    }
+    watched::refuseCalloc(0);
+}
+
+TEST_F(AllocationTest, GivesZerosAndTakesThemBack)
+{
+    const Notes notes = memoryOf([] {
+        const Zeroed<std::uint32_t> memory = allocateZeroed<std::uint32_t>(1000);
+        ASSERT_NE(memory, nullptr);
+        EXPECT_TRUE(
+            std::all_of(memory.get(), memory.get() + 1000, [](std::uint32_t word) { return word == 0; }));
+    });
+    EXPECT_EQ(notes, callocedAndFreed(4000));
+}
+
+// ---- registration in layout 9 ----
+
+/// A definition with two records in each of its six arrays.
+struct FullClass {
+    REALclassDefinition definition = {};
+    REALproperty properties[2] = {}, sharedProperties[2] = {};
+    REALmethod methods[2] = {}, sharedMethods[2] = {};
+    REALevent events[2] = {{"One", 11, {0, 0}}, {"Two", 22, {0, 0}}};
+    REALconstant constants[2] = {};
+
+    FullClass()
+    {
+        definition.name = "Full";
+        definition.properties = properties;
+        definition.methods = methods;
+        definition.events = events;
+        definition.constants = constants;
+        definition.sharedProperties = sharedProperties;
+        definition.sharedMethods = sharedMethods;
+        definition.propertyCount = definition.methodCount = definition.eventCount = 2;
+        definition.constantCount = definition.sharedPropertyCount = definition.sharedMethodCount = 2;
+    }
+};
+
+TEST_F(AllocationTest, OfOlderRecordsIsTheirSizeAndStays)
+{
+    FullClass full;
+    CurrentREALControlVersion = 9;
+    Notes sizes = memoryOf([&] { MyREALRegisterClass(&full.definition); });
+    Notes expected;
+    for (const ArrayFact& array : arrayFacts)
+        expected.push_back(calloced(2 * array.olderWords * sizeof(Word))[0]);
+    std::sort(sizes.begin(), sizes.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(sizes, expected) << "nothing else is kept";
+    for (const ArrayFact& array : arrayFacts)
+        std::free(reinterpret_cast<void*>(wordsOf(full.definition)[array.address]));
+}
+
+TEST_F(AllocationTest, OfOlderRecordsMayFailArrayByArray)
+{
+    for (int refused = 1; refused <= 6; ++refused) {
+        SCOPED_TRACE(refused);
+        FullClass full;
+        const std::vector<Word> before = wordsOf(full.definition);
+        CurrentREALControlVersion = 9;
+        host.startOver();
+        watched::refuseCalloc(refused);
+        MyREALRegisterClass(&full.definition);
+        watched::refuseCalloc(0);
+        EXPECT_EQ(host.calls(), Notes{"PluginRegisterClass(Full)"}) << "registered with what there is";
+
+        const std::vector<Word> after = wordsOf(full.definition);
+        int missing = 0;
+        for (const ArrayFact& array : arrayFacts) {
+            SCOPED_TRACE(array.name);
+            EXPECT_EQ(after[array.count], before[array.count]) << "the count stays";
+            EXPECT_NE(after[array.address], before[array.address]);
+            missing += after[array.address] == 0;
+        }
+        EXPECT_EQ(missing, refused);
+        const auto* copies = static_cast<REALevent9*>(full.definition.events);
+        for (int event : {0, 1})
+            EXPECT_EQ(full.events[event].systemUse,
+                      copies ? reinterpret_cast<Word>(&copies[event]) : Word(event == 0 ? 11 : 22))
+                << "no copy, no way to it";
+        for (const ArrayFact& array : arrayFacts) std::free(reinterpret_cast<void*>(after[array.address]));
+    }
+}
+
+TEST_F(AllocationTest, OfOlderPropertiesIsNeverPast31Bits)
+{
+    const Word most = 0x7FFFFFFF / sizeof(REALproperty9);
+    // clang-format off
+    const struct { Word count; bool asks; } facts[] = {{most, true}, {most + 1, false}, {Word(-1), false}};
+    // clang-format on
+    REALproperty record = {};
+    for (const auto& fact : facts) {
+        watched::refuseCalloc(1);
+        const Notes asked = memoryOf([&] { EXPECT_EQ(FixProperties(&record, fact.count), nullptr); });
+        EXPECT_EQ(asked, fact.asks ? calloced(fact.count * sizeof(REALproperty9)) : Notes{}) << fact.count;
+    }
+    watched::refuseCalloc(0);
+}
+
+// ---- exceptions ----
+
+TEST_F(AllocationTest, OfARangeMessageIs205BytesAndIsGivenBack)
+{
+    EXPECT_EQ(memoryOf([] { RaiseOutOfBoundsException(4, 0, 4, "index", ""); }), callocedAndFreed(205));
+    EXPECT_EQ(host.raised().at(0).message, "Parameter index  is too big. Range is 0 to 3, but value is 4.");
+}
+
+TEST_F(AllocationTest, OfARangeMessageMayFailAndThereIsAShorterOne)
+{
+    for (long long value : {-1, 4}) {
+        enter(2016.0);
+        watched::refuseCalloc(1);
+        EXPECT_EQ(memoryOf([&] { RaiseOutOfBoundsException(value, 0, 4, "index", ""); }), calloced(205));
+        ASSERT_EQ(host.raised().size(), 1u);
+        EXPECT_EQ(host.raised()[0].className, "OutOfBoundsException");
+        EXPECT_EQ(host.raised()[0].message, "Out of Bounds");
+        EXPECT_EQ(host.raised()[0].number, 0);
+    }
+}
+
+TEST_F(AllocationTest, OfAnExceptionIsTheHostsAlone)
+{
+    EXPECT_EQ(memoryOf([] { RaiseException("RuntimeException", "message"); }), Notes{});
+}
+
+// ---- UTF-32 on an old host ----
+
+TEST_F(AllocationTest, OfUTF32BeginsAt800Bytes)
+{
+    // clang-format off
+    const struct { long long length; std::size_t heapBytes; const char* why; } facts[] = {
+        {4,    0,    "on the stack"},
+        {796,  0,    "199 points"},
+        {799,  0,    "the last on the stack"},
+        {800,  802,  "200 points: two units each and a terminator"},
+        {803,  802,  "200 points"},
+        {804,  806,  "201 points"},
+        {4000, 4002, "1000 points"},
+    };
+    // clang-format on
+    const std::vector<std::uint32_t> faces(1001, 0x1F600); // a pair each: the whole buffer is needed
+    for (double version : {2011.5, 2012.99})
+        for (const auto& fact : facts) {
+            SCOPED_TRACE(testing::Message() << fact.length << ": " << fact.why);
+            enter(version);
+            REALstringStruct* text = nullptr;
+            const Notes notes =
+                memoryOf([&] { text = REALBuildUnicodeString(faces.data(), fact.length, 0x0C000100); });
+            EXPECT_EQ(notes, fact.heapBytes ? callocedAndFreed(fact.heapBytes) : Notes{});
+            ASSERT_NE(text, nullptr);
+            EXPECT_EQ(host.bytesOf(text).size(), static_cast<std::size_t>(fact.length / 4 * 4));
+            host.drop(text);
+        }
+}
+
+TEST_F(AllocationTest, OfUTF32IsTheHostsSince2013)
+{
+    const std::vector<std::uint32_t> letters(1000, 0x61);
+    enter(2013.0);
+    REALstringStruct* text = nullptr;
+    EXPECT_EQ(memoryOf([&] { text = REALBuildUnicodeString(letters.data(), 4000, 0x0C000100); }), Notes{});
+    host.drop(text);
+}
+
+TEST_F(AllocationTest, OfUTF32MayFail)
+{
+    const std::vector<std::uint32_t> letters(200, 0x61);
+    // clang-format off
+    const struct { long long length; std::size_t asked; } facts[] = {{800, 802}, {0x7FFFFFFF, 2147483646}};
+    // clang-format on
+    for (const auto& fact : facts) {
+        enter(2012.0);
+        watched::refuseCalloc(1);
+        const Notes notes = memoryOf(
+            [&] { EXPECT_EQ(REALBuildUnicodeString(letters.data(), fact.length, 0x0C000100), nullptr); });
+        EXPECT_EQ(notes, calloced(fact.asked));
+        EXPECT_EQ(host.notes(), Notes{}) << "nothing is asked of the host, and nothing raised";
+    }
+}
+
+TEST_F(AllocationTest, OfUTF32IsGivenBackWhenTheHostFails)
+{
+    const std::vector<std::uint32_t> letters(200, 0x61);
+    enter(2012.0);
+    host.inNext("REALConvertString", [] { throw std::bad_alloc(); });
+    EXPECT_EQ(memoryOf([&] { REALBuildUnicodeString(letters.data(), 800, 0x0C000100); }),
+              callocedAndFreed(802));
+    EXPECT_EQ(host.raised().at(0).message, "Failed to allocate memory.");
+}
+
+TEST_F(AllocationTest, OfOtherTextIsTheHostsAlone)
+{
+    const std::string letters(5000, 'a');
+    for (unsigned long encoding : {0x0000ul, 0x0100ul, 0x0600ul, 0x08000100ul}) {
+        REALstringStruct* text = nullptr;
+        EXPECT_EQ(memoryOf([&] { text = REALBuildUnicodeString(letters.data(), 5000, encoding); }), Notes{});
+        host.drop(text);
+    }
+}
+
+// ---- the private copy of a text ----
+
+TEST_F(AllocationTest, OfAPrivateCopyIsFourBytesMoreAndEndsWithTheText)
+{
+    host.behindText = "#";
+    for (double version : {2011.5, 2012.0, 2016.0}) {
+        enter(version);
+        REALstringStruct* string = host.newString("abc", encodingMacRoman);
+        EXPECT_EQ(memoryOf([&] {
+                      rbText text(string);
+                      text.GetUTF8();
+                      text.GetUTF8();
+                      text.ConvertMacRoman();
+                  }),
+                  (Notes{"calloc 7", "calloc 7", "free", "free"}));
+        host.drop(string);
+    }
+}
+
+TEST_F(AllocationTest, OfNoCopyWhereTheTextIsTerminatedOrRaw)
+{
+    for (std::uint32_t encoding : {encodingUTF8, encodingMacRoman, encodingUnknown})
+        for (double version : {2011.5, 2012.0, 2016.0}) {
+            enter(version);
+            if (encoding == encodingUnknown) host.behindText = "#";
+            REALstringStruct* string = host.newString("abc", encoding);
+            EXPECT_EQ(memoryOf([&] {
+                          rbText text(string);
+                          text.GetUTF8();
+                          text.ConvertMacRoman();
+                      }),
+                      Notes{});
+            host.drop(string);
+        }
+}
+
+TEST_F(AllocationTest, OfAPrivateCopyMayFail)
+{
+    host.behindText = "#";
+    for (double version : {2011.5, 2012.0, 2016.0}) {
+        SCOPED_TRACE(version);
+        enter(version);
+        REALstringStruct* string = host.newString("abc", encodingMacRoman);
+        {
+            rbText text(string);
+            watched::refuseCalloc(1);
+            const char* view = text.GetUTF8();
+            EXPECT_EQ(std::string(view, 4), std::string(4, '\0')) << "the empty view";
+            EXPECT_EQ(text.lengthUTF8(), 0);
+            EXPECT_FALSE(text.isEmptyText()) << "the conversion did not fail";
+            EXPECT_EQ(text.GetUTF8(), view) << "computed once, even so";
+            EXPECT_STREQ(text.ConvertMacRoman(), "abc") << "the other view has memory again";
+        }
+        EXPECT_EQ(host.live(), Notes{"s1: 1"});
+        host.drop(string);
+    }
+}
+
+} // namespace

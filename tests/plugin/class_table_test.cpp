@@ -1,0 +1,233 @@
+// The rows of a class table: which declarations fit which functions, checked by the compiler, and what a row
+// becomes for the host.
+#include "plugin/class_data.h"
+#include "plugin/class_table.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+using table::declares;
+using Integer = HostInteger;
+using Boolean = HostBoolean;
+using Block = REALmemoryBlockStruct*;
+using String = REALstringStruct*;
+
+// ---- declarations that fit ----
+
+static_assert(declares<void>("Stop"));
+static_assert(declares<void>("Stop()"));
+static_assert(declares<Integer>("FreeSpace as integer"));
+static_assert(declares<Integer>("FreeSpace() as integer"));
+static_assert(declares<Integer>("FreeSpace As Integer"), "case does not matter");
+static_assert(declares<Boolean>("Start as boolean"));
+static_assert(declares<float>("Rate as single"));
+static_assert(declares<double>("Time as double"));
+static_assert(declares<std::uint32_t>("Code as uint32"));
+static_assert(declares<std::uint64_t>("Clock as uint64"));
+static_assert(declares<String>("Name as string"));
+static_assert(declares<Block>("Data as memoryblock"));
+static_assert(declares<void, Integer>("Seek(position as integer)"));
+static_assert(declares<void, Integer>("Seek(position as integer=0)"), "with a default");
+static_assert(declares<void, Integer>("Seek(position as integer = 0)"), "blanks around it");
+static_assert(declares<void, Integer>("Seek(asset as integer)"), "a name that begins with the word");
+static_assert(declares<Boolean, Block, Integer, Integer>(
+    "Add(Data as memoryblock, offset as integer=0, count as integer=0) as boolean"));
+static_assert(declares<void, float, double, Boolean>("Set(a as single,b as double,c as boolean)"),
+              "no blanks");
+static_assert(declares<void, Integer*>("Get(byref value as integer)"));
+static_assert(declares<void, Integer*>("Get(ByRef value As Integer)"));
+static_assert(declares<Integer, String, Boolean*>("Get(name as string, byref found as boolean) as integer"));
+
+// ---- and those that do not ----
+
+static_assert(!declares<Integer>("Stop"), "no result");
+static_assert(!declares<void>("FreeSpace as integer"), "a result too many");
+static_assert(!declares<Boolean>("FreeSpace as integer"), "another result");
+static_assert(!declares<float>("Rate as double"), "nor a narrower one");
+static_assert(!declares<std::uint32_t>("FreeSpace as integer"), "nor another sign");
+static_assert(!declares<void, Integer>("Stop"), "no parameter");
+static_assert(!declares<void, Integer>("Stop()"), "no parameter");
+static_assert(!declares<void>("Seek(position as integer)"), "a parameter too many");
+static_assert(!declares<void, Integer>("Seek(a as integer, b as integer)"), "a parameter too many");
+static_assert(!declares<void, Integer, Integer>("Seek(a as integer)"), "a parameter too few");
+static_assert(!declares<void, Integer>("Seek(position as double)"), "another type");
+static_assert(!declares<void, Integer, Boolean>("Seek(a as boolean, b as integer)"), "swapped");
+static_assert(!declares<void, Integer>("Seek(position as integers)"), "a longer name");
+static_assert(!declares<void, Integer>("Seek(position as int)"), "a shorter name");
+static_assert(!declares<void, Integer>("Seek(position)"), "no type");
+static_assert(!declares<void, Integer>("Seek(byref position as integer)"), "not by reference");
+static_assert(!declares<void, Integer*>("Get(value as integer)"), "by reference");
+static_assert(!declares<void, Boolean*>("Get(byref value as integer)"), "another type by reference");
+static_assert(!declares<Integer, Integer>("Seek(position as integer)"), "the parameter's type is no result");
+static_assert(!declares<void, Integer>("Seek(position as integer,)"), "an empty parameter");
+static_assert(!declares<void, Integer>("Seek(,position as integer)"), "an empty parameter");
+static_assert(!declares<void, Integer, Integer>("Seek(a as integer,,b as integer)"), "an empty parameter");
+static_assert(!declares<void>("Stop(,)"), "two empty parameters");
+static_assert(!declares<Integer>("Seek(position as integer"), "a list without an end");
+static_assert(!declares<Integer>("Seek position) as integer"), "a list without a start");
+static_assert(!declares<void>("Stop)("), "a list inside out");
+static_assert(!declares<void>("Stop("), "a list without an end");
+
+// ---- a class made of every kind of row ----
+
+struct Record {
+    Word before;
+    HostInteger level;
+    float gain;
+    HostBoolean isOn;
+};
+
+double getTime(REALobjectStruct*, HostInteger) { return 0.5; }
+void setTime(REALobjectStruct*, HostInteger, double) {}
+HostInteger getCode(REALobjectStruct*, HostInteger parameter) { return parameter; }
+HostInteger add(REALobjectStruct*, HostInteger a, HostInteger b) { return a + b; }
+void nothing(REALobjectStruct*) {}
+HostInteger twice(HostInteger a) { return 2 * a; }
+float throws(REALobjectStruct*) { throw std::runtime_error("past the border"); }
+HostBoolean throwsNumber(HostInteger) { throw 42; }
+void throwsAway(REALobjectStruct*) { throw "text"; }
+
+using table::constant;
+using table::property;
+
+REALproperty properties[] = {
+    property("Time", table::asDouble, getTime, setTime),
+    property("Length", table::asDouble, getTime, table::readOnly),
+    constant("kCode", table::asInteger, getCode, 0x61626364),
+    KVX_FIELD("Level", table::asInteger, readWrite, Record, level),
+    KVX_FIELD("Gain", table::asSingle, readOnly, Record, gain),
+};
+
+REALmethod methods[] = {
+    KVX_METHOD(add, "Add(a as integer, b as integer) as integer"),
+    KVX_METHOD(nothing, "Nothing"),
+    KVX_FLAGLESS_METHOD(nothing, "Flagless"),
+    KVX_METHOD(throws, "Throws as single"),
+    KVX_METHOD(throwsAway, "ThrowsAway"),
+};
+
+REALmethod sharedMethods[] = {
+    KVX_SHARED_METHOD(twice, "Twice(a as integer) as integer"),
+    KVX_SHARED_METHOD(throwsNumber, "Throws(a as integer) as boolean"),
+};
+
+REALevent events[] = {{"Changed()", 0, {0, 0}}, {"Other()", 0, {0, 0}}};
+
+TEST(ClassTable, PropertyRowsAreTwelveWords)
+{
+    const auto address = [](auto* function) { return reinterpret_cast<AnyFunction>(function); };
+    const AnyFunction getterMark = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    const AnyFunction setterMark = reinterpret_cast<AnyFunction>(REALstandardSetter);
+    // clang-format off
+    const struct { const char* group; const char* name; const char* type; AnyFunction getter, setter; HostInteger parameter; } facts[] = {
+        {"",          "Time",   "Double",  address(getTime), address(setTime), 0},
+        {"",          "Length", "Double",  address(getTime), nullptr,          0},
+        {"Constants", "kCode",  "Integer", address(getCode), nullptr,          0x61626364},
+        {"",          "Level",  "Integer", getterMark,       setterMark,       offsetof(Record, level)},
+        {"",          "Gain",   "Single",  getterMark,       nullptr,          offsetof(Record, gain)},
+    };
+    // clang-format on
+    static_assert(std::size(facts) == std::size(properties));
+    for (std::size_t i = 0; i < std::size(facts); ++i) {
+        SCOPED_TRACE(facts[i].name);
+        EXPECT_STREQ(properties[i].group, facts[i].group);
+        EXPECT_STREQ(properties[i].name, facts[i].name);
+        EXPECT_STREQ(properties[i].type, facts[i].type);
+        EXPECT_EQ(properties[i].flags, 6u);
+        EXPECT_EQ(properties[i].getter, facts[i].getter);
+        EXPECT_EQ(properties[i].setter, facts[i].setter);
+        EXPECT_EQ(properties[i].parameter, facts[i].parameter);
+        EXPECT_EQ(properties[i].editor, nullptr);
+        EXPECT_EQ(properties[i].enumeration, nullptr);
+        EXPECT_EQ(properties[i].tenth, 0u);
+        EXPECT_EQ(properties[i].trailing[0] | properties[i].trailing[1], 0u);
+    }
+}
+
+TEST(ClassTable, MethodRowsCarryDeclarationAndFlags)
+{
+    // clang-format off
+    const struct { const REALmethod& row; const char* declaration; Word flags; } facts[] = {
+        {methods[0],       "Add(a as integer, b as integer) as integer", 4},
+        {methods[1],       "Nothing",                                    4},
+        {methods[2],       "Flagless",                                   0},
+        {sharedMethods[0], "Twice(a as integer) as integer",             4},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.declaration);
+        EXPECT_STREQ(fact.row.declaration, fact.declaration);
+        EXPECT_EQ(fact.row.flags, fact.flags);
+        EXPECT_NE(fact.row.function, nullptr);
+        EXPECT_EQ(fact.row.setter, nullptr);
+        EXPECT_EQ(fact.row.trailing[0] | fact.row.trailing[1], 0u);
+    }
+}
+
+TEST(ClassTable, MethodsAreCalledThroughTheirRows)
+{
+    using Add = HostInteger(REALobjectStruct*, HostInteger, HostInteger);
+    using Twice = HostInteger(HostInteger);
+    EXPECT_EQ(reinterpret_cast<Add*>(methods[0].function)(nullptr, 40, 2), 42);
+    EXPECT_EQ(reinterpret_cast<Twice*>(sharedMethods[0].function)(21), 42);
+}
+
+TEST(ClassTable, NothingThrownCrossesTheBorder)
+{
+    EXPECT_EQ(reinterpret_cast<float (*)(REALobjectStruct*)>(methods[3].function)(nullptr), 0.0f);
+    EXPECT_NO_THROW(reinterpret_cast<void (*)(REALobjectStruct*)>(methods[4].function)(nullptr));
+    EXPECT_EQ(reinterpret_cast<HostBoolean (*)(HostInteger)>(sharedMethods[1].function)(1), 0);
+}
+
+TEST(ClassTable, ADefinitionCountsItsRows)
+{
+    const REALclassDefinition definition = table::classDefinition(
+        "Made", 123, {nothing, throwsAway}, {properties, methods, events, sharedMethods});
+    std::vector<Word> words(sizeof definition / sizeof(Word));
+    std::memcpy(words.data(), &definition, sizeof definition);
+
+    const auto word = [](auto* address) { return reinterpret_cast<Word>(address); };
+    std::vector<Word> expected(words.size());
+    expected[0] = 13;
+    expected[3] = 123;
+    expected[5] = word(&nothing);
+    expected[6] = word(&throwsAway);
+    expected[7] = word(properties), expected[8] = 5;
+    expected[9] = word(methods), expected[10] = 5;
+    expected[11] = word(events), expected[12] = 2;
+    expected[20] = 4;
+    expected[23] = word(sharedMethods), expected[24] = 2;
+    EXPECT_STREQ(definition.name, "Made");
+    words[1] = 0;
+    EXPECT_EQ(words, expected) << "no superclass, and zero wherever nothing is said";
+}
+
+TEST(ClassTable, ADefinitionWithoutRowsHasNoArrays)
+{
+    const REALclassDefinition definition = table::classDefinition("Bare", 0, {}, {});
+    std::vector<Word> words(sizeof definition / sizeof(Word));
+    std::memcpy(words.data(), &definition, sizeof definition);
+    words[1] = 0;
+    std::vector<Word> expected(words.size());
+    expected[0] = 13;
+    expected[20] = 4;
+    EXPECT_EQ(words, expected);
+}
+
+TEST(ClassTable, ClassDataStandsAtTheOffsetThatTheHostChose)
+{
+    REALclassDefinition definition = {};
+    alignas(Record) char object[64 + sizeof(Record)] = {};
+    for (Word offset : {0, 4, 16, 64}) {
+        definition.dataOffset = offset;
+        Record& record = classData<Record>(reinterpret_cast<REALobjectStruct*>(object), definition);
+        EXPECT_EQ(reinterpret_cast<char*>(&record), object + offset);
+    }
+}
+
+} // namespace

@@ -1,0 +1,100 @@
+// Four-character codes, as host programs spell them.
+#include "plugin/four_character_code.h"
+#include "tests/plugin/host_fixture.h"
+
+namespace {
+
+class FourCharacterCodeTest : public HostTest {
+protected:
+    std::uint32_t codeOf(const char* bytes, std::uint32_t encoding)
+    {
+        REALstringStruct* text = bytes ? host.newString(bytes, encoding) : nullptr;
+        const std::uint32_t code = REALstringToOSType(text);
+        if (text) host.drop(text);
+        EXPECT_EQ(host.live(), Notes{});
+        return code;
+    }
+};
+
+constexpr double hosts[] = {0.0, 2011.5, 2012.0, 2015.03, 2016.0};
+
+TEST_F(FourCharacterCodeTest, IsTheFirstFourCharactersInOrder)
+{
+    // clang-format off
+    const struct { const char* text; std::uint32_t encoding, code; const char* why; } facts[] = {
+        {"TEXT",         encodingASCII,     0x54455854, "the first character is the most significant byte"},
+        {"TEXT",         encodingUTF8,      0x54455854, "in any encoding"},
+        {"TEXT",         encodingMacRoman,  0x54455854, "in any encoding"},
+        {"TEXT",         encodingUnknown,   0x54455854, "raw"},
+        {"abcd",         encodingUTF8,      0x61626364, "four"},
+        {"abcdef",       encodingUTF8,      0x61626364, "the rest is ignored"},
+        {"abcdef",       encodingUnknown,   0x61626364, "the rest is ignored"},
+        {"abc",          encodingUTF8,      0x20626300, "three: read from the fourth byte on"},
+        {"ab",           encodingUTF8,      0x20200000, "two"},
+        {"a",            encodingUTF8,      0x20202000, "one"},
+        {"abc",          encodingUnknown,   0x20626300, "three, raw"},
+        {"ab",           encodingUnknown,   0x20200000, "two, raw"},
+        {"a",            encodingUnknown,   0x20202000, "one, raw"},
+        {"",             encodingUTF8,      0x20202020, "an empty text"},
+        {"",             encodingUnknown,   0x20202020, "an empty text, raw"},
+        {nullptr,        0,                 0x20202020, "no text"},
+        {"caf\xC3\xA9",  encodingUTF8,      0x6361668E, "one byte for a character of Mac Roman"},
+        {"\xC3\xA9" "abc", encodingUTF8,    0x8E616263, "and no sign of its top bit"},
+        {"caf\x8E",      encodingMacRoman,  0x6361668E, "Mac Roman"},
+        {"caf\x8E",      encodingUnknown,   0x6361668E, "bytes of no known encoding are Mac Roman"},
+        {"caf\xE9",      encodingWindowsLatin1, 0x6361668E, "Windows Latin 1"},
+        {"\xE2\x82\xAC" "abc", encodingUTF8, 0x20202020, "what does not convert is an empty text"},
+        {"    ",         encodingUTF8,      0x20202020, "four spaces"},
+    };
+    // clang-format on
+    for (double version : hosts)
+        for (const char* behind :
+             {"", "#"}) // a private copy has zeros behind the text, like the host's storage
+            for (const auto& fact : facts) {
+                if (*behind && fact.encoding == encodingUnknown) continue; // raw text is the host's own bytes
+                SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
+                if (*behind) host.behindText = behind;
+                enter(version);
+                EXPECT_EQ(codeOf(fact.text, fact.encoding), fact.code);
+                host.behindText.assign(5, '\0');
+            }
+}
+
+TEST_F(FourCharacterCodeTest, OfAShortTextHasTheBytesBehindIt)
+{
+    using namespace std::string_literals;
+    // clang-format off
+    const struct { const char* text; std::string behind; std::uint32_t code; const char* why; } facts[] = {
+        {"abc", "\0XYZ"s,  0x20626300, "the terminator"},
+        {"ab",  "\0Q\0\0"s, 0x20200051, "the terminator and what follows"},
+        {"a",   "\0QR\0"s, 0x20202052, "the fourth byte alone"},
+    };
+    // clang-format on
+    for (double version : hosts)
+        for (std::uint32_t encoding : {encodingUTF8, encodingUnknown})
+            for (const auto& fact : facts) {
+                SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
+                host.behindText = fact.behind;
+                enter(version);
+                EXPECT_EQ(codeOf(fact.text, encoding), fact.code);
+            }
+}
+
+TEST_F(FourCharacterCodeTest, NeedsNoService)
+{
+    REALstringStruct* text = host.newString("TEXT", encodingUTF8);
+    for (const char* missing : {"PluginGetStringData", "REALGetStringEncoding"}) {
+        enter(2016.0);
+        withhold(missing);
+        REALstringToOSType(text);
+        host.provide(missing);
+    }
+    gResolver = nullptr;
+    forgetServices();
+    EXPECT_EQ(REALstringToOSType(text), 0x20202020u);
+    gResolver = fake::Host::resolve;
+    EXPECT_EQ(host.references(text), 1);
+    host.drop(text);
+}
+
+} // namespace

@@ -1,0 +1,216 @@
+// Host strings from platform strings. This program stands in front of the platform's own functions, to see
+// what they are asked and to let them fail.
+#include "plugin/host_string.h"
+#include "tests/plugin/host_fixture.h"
+#include "tests/support/c_library_spy.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <optional>
+
+namespace {
+
+struct Asked {
+    CFIndex capacity;
+    CFStringEncoding encoding;
+    bool isZeroed; ///< the whole buffer, as it is handed over
+};
+std::vector<Asked> asked;
+bool refusesConversion = false;
+std::optional<CFIndex> claimedLength;
+
+template <class Function>
+Function* platforms(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+extern "C" Boolean CFStringGetCString(CFStringRef text, char* buffer, CFIndex capacity,
+                                      CFStringEncoding encoding)
+{
+    asked.push_back(
+        {capacity, encoding, std::all_of(buffer, buffer + capacity, [](char c) { return c == 0; })});
+    if (refusesConversion) return 0;
+    return platforms<decltype(CFStringGetCString)>("CFStringGetCString")(text, buffer, capacity, encoding);
+}
+
+extern "C" CFIndex CFStringGetLength(CFStringRef text)
+{
+    return claimedLength ? *claimedLength : platforms<decltype(CFStringGetLength)>("CFStringGetLength")(text);
+}
+
+namespace {
+
+class PlatformStringTest : public HostTest {
+protected:
+    PlatformStringTest() : blocksBefore(watched::liveBlocks()) { startAgain(); }
+    ~PlatformStringTest() override { startAgain(); }
+
+    void startAgain()
+    {
+        asked.clear();
+        refusesConversion = false;
+        claimedLength.reset();
+        watched::refuseCalloc(0);
+    }
+
+    void TearDown() override
+    {
+        EXPECT_EQ(watched::liveBlocks(), blocksBefore);
+        HostTest::TearDown();
+    }
+
+    /// Convert a platform string of these units; `memory` is what was allocated for it.
+    REALstringStruct* convert(const std::u16string& units)
+    {
+        CFStringRef text =
+            CFStringCreateWithCharacters(kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()),
+                                         static_cast<CFIndex>(units.size()));
+        REALstringStruct* result = convert(text);
+        CFRelease(text);
+        return result;
+    }
+    REALstringStruct* convert(CFStringRef text)
+    {
+        asked.clear();
+        watched::begin();
+        REALstringStruct* result = CFString2RBString(text);
+        memory = watched::end();
+        return result;
+    }
+
+    void expectText(REALstringStruct* text, const std::string& bytes)
+    {
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(host.bytesOf(text), bytes);
+        EXPECT_EQ(host.encodingOf(text), encodingUTF8);
+        EXPECT_EQ(host.references(text), 1);
+        host.drop(text);
+    }
+
+    const long blocksBefore;
+    Notes memory;
+};
+
+TEST_F(PlatformStringTest, BecomeUTF8)
+{
+    // clang-format off
+    const struct { std::u16string units; const char* bytes; const char* why; } facts[] = {
+        {u"a",                "a",                    "one unit"},
+        {u"Built-in Output",  "Built-in Output",      "plain text"},
+        {u"caf\u00E9",        "caf\xC3\xA9",          "two bytes a unit"},
+        {u"\u20AC",           "\xE2\x82\xAC",         "three bytes a unit"},
+        {u"\U0001F600",       "\xF0\x9F\x98\x80",     "four bytes for two units"},
+        {std::u16string(u"ab\0cd", 5), "ab",          "up to a zero, like any C text"},
+    };
+    // clang-format on
+    for (double version : {0.0, 2012.0, 2013.0, 2016.0})
+        for (const auto& fact : facts) {
+            SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
+            enter(version);
+            REALstringStruct* text = convert(fact.units);
+            EXPECT_EQ(host.calls(), (Notes{"REALBuildString(" + fake::quoted(fact.bytes) + ", " +
+                                               std::to_string(std::string(fact.bytes).size()) + ") = s1",
+                                           "REALSetStringEncoding(s1, 0x8000100)"}));
+            expectText(text, fact.bytes);
+        }
+}
+
+TEST_F(PlatformStringTest, OfNothingAreNone)
+{
+    EXPECT_EQ(convert(CFStringRef(nullptr)), nullptr);
+    EXPECT_EQ(convert(u""), nullptr);
+    EXPECT_EQ(asked.size(), 0u);
+    claimedLength = -1;
+    EXPECT_EQ(convert(u"abc"), nullptr);
+    EXPECT_EQ(asked.size(), 0u);
+    claimedLength.reset();
+    EXPECT_EQ(convert(std::u16string(1, 0)), nullptr) << "nothing stands before its zero";
+    EXPECT_EQ(host.notes(), Notes{});
+}
+
+TEST_F(PlatformStringTest, UseTheStackUpTo99UnitsAndSixBytesAUnitFromThere)
+{
+    // clang-format off
+    const struct { std::size_t units; CFIndex capacity; const char* heap; } facts[] = {
+        {1,    600,  nullptr},
+        {98,   600,  nullptr},
+        {99,   600,  nullptr},
+        {100,  600,  "calloc 600"},
+        {101,  606,  "calloc 606"},
+        {1000, 6000, "calloc 6000"},
+    };
+    // clang-format on
+    for (const auto& fact : facts)
+        for (char16_t unit : {u'a', u'\u20AC'}) {
+            SCOPED_TRACE(fact.units);
+            enter(2016.0);
+            REALstringStruct* text = convert(std::u16string(fact.units, unit));
+            ASSERT_EQ(asked.size(), 1u);
+            EXPECT_EQ(asked[0].capacity, fact.capacity);
+            EXPECT_EQ(asked[0].encoding, 0x08000100u);
+            EXPECT_TRUE(asked[0].isZeroed);
+            EXPECT_EQ(memory, fact.heap ? (Notes{fact.heap, "free"}) : Notes{});
+            std::string bytes;
+            for (std::size_t i = 0; i < fact.units; ++i) bytes += unit == u'a' ? "a" : "\xE2\x82\xAC";
+            expectText(text, bytes);
+        }
+}
+
+TEST_F(PlatformStringTest, ThatDoNotConvertAreNone)
+{
+    for (std::size_t units : {1u, 99u, 100u, 500u}) {
+        SCOPED_TRACE(units);
+        enter(2016.0);
+        refusesConversion = true;
+        EXPECT_EQ(convert(std::u16string(units, u'a')), nullptr);
+        EXPECT_EQ(asked.size(), 1u);
+        EXPECT_EQ(memory.size(), units > 99 ? 2u : 0u) << "the buffer is given back";
+        EXPECT_EQ(host.notes(), Notes{});
+    }
+}
+
+TEST_F(PlatformStringTest, WithoutMemoryAreNone)
+{
+    watched::refuseCalloc(1);
+    EXPECT_EQ(convert(std::u16string(100, u'a')), nullptr);
+    EXPECT_EQ(memory, Notes{"calloc 600"});
+    EXPECT_EQ(asked.size(), 0u);
+    EXPECT_EQ(host.notes(), Notes{}) << "and nothing is raised";
+}
+
+TEST_F(PlatformStringTest, HaveALargestSize)
+{
+    // clang-format off
+    const struct { CFIndex units; Notes memory; } facts[] = {
+        {357913941, {"calloc 2147483646"}}, // the largest multiple of six within 31 bits
+        {357913942, {}},
+        {0x7FFFFFFF, {}},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.units);
+        watched::refuseCalloc(1);
+        claimedLength = fact.units;
+        EXPECT_EQ(convert(u"abc"), nullptr);
+        EXPECT_EQ(memory, fact.memory);
+        EXPECT_EQ(asked.size(), 0u);
+        startAgain();
+    }
+}
+
+TEST_F(PlatformStringTest, AreNoneWhenTheHostBuildsNone)
+{
+    for (std::size_t units : {99u, 100u}) {
+        enter(2016.0);
+        host.failNext("REALBuildString");
+        EXPECT_EQ(convert(std::u16string(units, u'a')), nullptr);
+        EXPECT_EQ(memory.size(), units > 99 ? 2u : 0u);
+    }
+}
+
+} // namespace
