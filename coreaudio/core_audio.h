@@ -13,7 +13,8 @@ struct CoreAudioData {
 };
 static_assert(sizeof(void*) != 4 || sizeof(CoreAudioData) == 4, "the size declared to the host");
 
-/// `Lasterror` of an object, set to -1: how every method begins. [main]
+/// `Lasterror` of an object, set to -1: how every method begins. Bind it before the platform call: of
+/// `beginCall(object) = call()` the call would come first. [main]
 HostInteger& beginCall(REALobjectStruct* object);
 
 } // namespace coreaudio

@@ -1,6 +1,7 @@
 // A host memory block's bytes, with the block kept alive.
 #pragma once
 
+#include "plugin/owned.h"
 #include "plugin/services.h"
 
 #include <algorithm>
@@ -11,26 +12,21 @@ namespace coreaudio {
 /// memory.
 class MemoryBlockView {
 public:
-    explicit MemoryBlockView(REALmemoryBlockStruct* block) : block_(block)
+    explicit MemoryBlockView(REALmemoryBlockStruct* block)
     {
         if (!block) return;
         REALLockObject(asObject(block));
+        lock_.reset(block); // from here on, also if the host throws below
         const HostInteger size = REALMemoryBlockGetSize(block);
         address_ = REALMemoryBlockGetPtr(block);
         if (address_) size_ = static_cast<std::uint32_t>(std::max<HostInteger>(size, 0));
     }
-    ~MemoryBlockView()
-    {
-        if (block_) REALUnlockObject(asObject(block_));
-    }
-    MemoryBlockView(const MemoryBlockView&) = delete;
-    MemoryBlockView& operator=(const MemoryBlockView&) = delete;
 
     std::uint32_t size() const { return size_; }
     void* address() const { return address_; }
 
 private:
-    REALmemoryBlockStruct* block_;
+    OwnedMemoryBlock lock_;
     std::uint32_t size_ = 0;
     void* address_ = nullptr;
 };

@@ -17,7 +17,8 @@ UInt32 word(HostInteger value) { return static_cast<UInt32>(value); }
 HostInteger AudioUnitReset(REALobjectStruct* object, HostInteger handle, HostInteger scope,
                            HostInteger element)
 {
-    return beginCall(object) = ::AudioUnitReset(unitOf(handle), word(scope), word(element));
+    HostInteger& lasterror = beginCall(object);
+    return lasterror = ::AudioUnitReset(unitOf(handle), word(scope), word(element));
 }
 
 HostInteger OpenDefaultComponent(REALobjectStruct* object, REALstringStruct* type, REALstringStruct* subtype)
@@ -31,22 +32,24 @@ HostInteger OpenDefaultComponent(REALobjectStruct* object, REALstringStruct* typ
 
 void CloseComponent(REALobjectStruct* object, HostInteger handle)
 {
-    beginCall(object) = ::CloseComponent(reinterpret_cast<ComponentInstance>(handle));
+    HostInteger& lasterror = beginCall(object);
+    lasterror = ::CloseComponent(reinterpret_cast<ComponentInstance>(handle));
 }
 
 void AudioUnitSetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                            HostInteger scope, HostInteger element, float value, HostInteger offsetFrames)
 {
-    beginCall(object) = ::AudioUnitSetParameter(unitOf(unit), word(parameterID), word(scope), word(element),
-                                                value, word(offsetFrames));
+    HostInteger& lasterror = beginCall(object);
+    lasterror = ::AudioUnitSetParameter(unitOf(unit), word(parameterID), word(scope), word(element), value,
+                                        word(offsetFrames));
 }
 
 float AudioUnitGetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                             HostInteger scope, HostInteger element)
 {
+    HostInteger& lasterror = beginCall(object);
     Float32 value = 0;
-    beginCall(object) =
-        ::AudioUnitGetParameter(unitOf(unit), word(parameterID), word(scope), word(element), &value);
+    lasterror = ::AudioUnitGetParameter(unitOf(unit), word(parameterID), word(scope), word(element), &value);
     return value;
 }
 

@@ -13,7 +13,8 @@ namespace coreaudio {
 template <OSStatus (*call)(AudioUnit)>
 HostInteger unitCall(REALobjectStruct* object, HostInteger handle)
 {
-    return beginCall(object) = call(reinterpret_cast<AudioUnit>(handle));
+    HostInteger& lasterror = beginCall(object);
+    return lasterror = call(reinterpret_cast<AudioUnit>(handle));
 }
 
 HostInteger AudioUnitReset(REALobjectStruct* object, HostInteger handle, HostInteger scope,
