@@ -21,11 +21,12 @@ Word eventSystemUse()
 }
 
 /// Call the host program's handler, if it attached one. [main]
-void raiseChanged(REALobjectStruct* object, Serial moment)
-{
+void raiseChanged(REALobjectStruct* object, Serial moment) noexcept
+try {
     if (!isMeantFor(object, moment)) return;
     if (AnyFunction handler = REALGetEventInstance(object, eventSystemUse()))
         reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
+} catch (...) { // the caller is the platform's: its notification, or its main queue
 }
 
 } // namespace
@@ -43,7 +44,7 @@ OSStatus propertyChanged(AudioObjectID, UInt32, const AudioObjectPropertyAddress
             dispatch_async(dispatch_get_main_queue(), ^{
               raiseChanged(object, moment);
             });
-    } catch (...) { // a handler's exception must not reach the platform
+    } catch (...) { // a change that cannot be queued is lost; the platform's thread goes on
     }
     return noErr;
 }
