@@ -1,0 +1,341 @@
+// CoreAudioKVX as it is published: every property, method and shared method, in order, and the class itself.
+#include "abi/accessor_marks.h"
+#include "tests/coreaudio/subject.h"
+
+namespace {
+
+using namespace subject;
+
+// clang-format off
+const struct Selector {
+    const char* property;
+    const char* text;
+    std::uint32_t value;
+} selectors[] = {
+    //  property                                              text    the same as a number
+    {"kAudioHardwarePropertyDevices",                         "dev#", 0x64657623},
+    {"kAudioHardwarePropertyDefaultInputDevice",              "dIn ", 0x64496E20},
+    {"kAudioHardwarePropertyDefaultOutputDevice",             "dOut", 0x644F7574},
+    {"kAudioHardwarePropertyDefaultSystemOutputDevice",       "sOut", 0x734F7574},
+    {"kAudioHardwarePropertyDeviceForUID",                    "duid", 0x64756964},
+    {"kAudioHardwarePropertySleepingIsAllowed",               "slep", 0x736C6570},
+    {"kAudioHardwarePropertyUnloadingIsAllowed",              "unld", 0x756E6C64},
+    {"kAudioHardwarePropertyRunLoop",                         "rnlp", 0x726E6C70},
+    {"kAudioHardwarePropertyBootChimeVolumeScalar",           "bbvs", 0x62627673},
+    {"kAudioHardwarePropertyBootChimeVolumeDecibels",         "bbvd", 0x62627664},
+    {"kAudioHardwarePropertyBootChimeVolumeRangeDecibels",    "bbd#", 0x62626423},
+    {"kAudioHardwarePropertyBootChimeVolumeScalarToDecibels", "bv2d", 0x62763264},
+    {"kAudioHardwarePropertyBootChimeVolumeDecibelsToScalar", "bd2v", 0x62643276},
+    {"kAudioDevicePropertyDeviceName",                        "name", 0x6E616D65},
+    {"kAudioDevicePropertyDeviceNameCFString",                "lnam", 0x6C6E616D},
+    {"kAudioDevicePropertyDeviceManufacturer",                "makr", 0x6D616B72},
+    {"kAudioDevicePropertyDeviceManufacturerCFString",        "lmak", 0x6C6D616B},
+    {"kAudioDevicePropertyPlugIn",                            "plug", 0x706C7567},
+    {"kAudioDevicePropertyDeviceUID",                         "uid ", 0x75696420},
+    {"kAudioDevicePropertyTransportType",                     "tran", 0x7472616E},
+    {"kAudioDevicePropertyDeviceIsAlive",                     "livn", 0x6C69766E},
+    {"kAudioDevicePropertyDeviceIsRunning",                   "goin", 0x676F696E},
+    {"kAudioDevicePropertyDeviceIsRunningSomewhere",          "gone", 0x676F6E65},
+    {"kAudioDevicePropertyDeviceCanBeDefaultDevice",          "dflt", 0x64666C74},
+    {"kAudioDevicePropertyDeviceCanBeDefaultSystemDevice",    "sflt", 0x73666C74},
+    {"kAudioDevicePropertyJackIsConnected",                   "jack", 0x6A61636B},
+    {"kAudioDeviceProcessorOverload",                         "over", 0x6F766572},
+    {"kAudioDevicePropertyHogMode",                           "oink", 0x6F696E6B},
+    {"kAudioDevicePropertyRegisterBufferList",                "rbuf", 0x72627566},
+    {"kAudioDevicePropertyLatency",                           "ltnc", 0x6C746E63},
+    {"kAudioDevicePropertyBufferSize",                        "bsiz", 0x6273697A},
+    {"kAudioDevicePropertyBufferSizeRange",                   "bsz#", 0x62737A23},
+    {"kAudioDevicePropertyBufferFrameSize",                   "fsiz", 0x6673697A},
+    {"kAudioDevicePropertyBufferFrameSizeRange",              "fsz#", 0x66737A23},
+    {"kAudioDevicePropertyUsesVariableBufferFrameSizes",      "vfsz", 0x7666737A},
+    {"kAudioDevicePropertyStreams",                           "stm#", 0x73746D23},
+    {"kAudioDevicePropertySafetyOffset",                      "saft", 0x73616674},
+    {"kAudioDevicePropertySupportsMixing",                    "mix?", 0x6D69783F},
+    {"kAudioDevicePropertyStreamConfiguration",               "slay", 0x736C6179},
+    {"kAudioDevicePropertyIOProcStreamUsage",                 "suse", 0x73757365},
+    {"kAudioDevicePropertyPreferredChannelsForStereo",        "dch2", 0x64636832},
+    {"kAudioDevicePropertyNominalSampleRate",                 "nsrt", 0x6E737274},
+    {"kAudioDevicePropertyAvailableNominalSampleRates",       "nsr#", 0x6E737223},
+    {"kAudioDevicePropertyActualSampleRate",                  "asrt", 0x61737274},
+    {"kAudioDevicePropertyStreamFormat",                      "sfmt", 0x73666D74},
+    {"kAudioDevicePropertyStreamFormats",                     "sfm#", 0x73666D23},
+    {"kAudioDevicePropertyStreamFormatSupported",             "sfm?", 0x73666D3F},
+    {"kAudioDevicePropertyStreamFormatMatch",                 "sfmm", 0x73666D6D},
+    {"kAudioDevicePropertyVolumeScalar",                      "volm", 0x766F6C6D},
+    {"kAudioDevicePropertyVolumeDecibels",                    "vold", 0x766F6C64},
+    {"kAudioDevicePropertyVolumeRangeDecibels",               "vdb#", 0x76646223},
+    {"kAudioDevicePropertyVolumeScalarToDecibels",            "v2db", 0x76326462},
+    {"kAudioDevicePropertyVolumeDecibelsToScalar",            "db2v", 0x64623276},
+    {"kAudioDevicePropertyMute",                              "mute", 0x6D757465},
+    {"kAudioDevicePropertyPlayThru",                          "thru", 0x74687275},
+    {"kAudioDevicePropertyDataSource",                        "ssrc", 0x73737263},
+    {"kAudioDevicePropertyDataSources",                       "ssc#", 0x73736323},
+    {"kAudioDevicePropertyDataSourceNameForID",               "sscn", 0x7373636E},
+    {"kAudioDevicePropertyDataSourceNameForIDCFString",       "lscn", 0x6C73636E},
+    {"kAudioDevicePropertyClockSource",                       "csrc", 0x63737263},
+    {"kAudioDevicePropertyClockSources",                      "csc#", 0x63736323},
+    {"kAudioDevicePropertyClockSourceNameForID",              "cscn", 0x6373636E},
+    {"kAudioDevicePropertyClockSourceNameForIDCFString",      "lcsn", 0x6C63736E},
+    {"kAudioDevicePropertyDriverShouldOwniSub",               "isub", 0x69737562},
+    {"kAudioDevicePropertySubVolumeScalar",                   "svlm", 0x73766C6D},
+    {"kAudioDevicePropertySubVolumeDecibels",                 "svld", 0x73766C64},
+    {"kAudioDevicePropertySubVolumeRangeDecibels",            "svd#", 0x73766423},
+    {"kAudioDevicePropertySubVolumeScalarToDecibels",         "sv2d", 0x73763264},
+    {"kAudioDevicePropertySubVolumeDecibelsToScalar",         "sd2v", 0x73643276},
+    {"kAudioDevicePropertySubMute",                           "smut", 0x736D7574},
+    {"kAudioStreamPropertyOwningDevice",                      "stdv", 0x73746476},
+    {"kAudioStreamPropertyDirection",                         "sdir", 0x73646972},
+    {"kAudioStreamPropertyTerminalType",                      "term", 0x7465726D},
+    {"kAudioStreamPropertyStartingChannel",                   "schn", 0x7363686E},
+    {"kAudioStreamPropertyPhysicalFormat",                    "pft ", 0x70667420},
+    {"kAudioStreamPropertyPhysicalFormats",                   "pft#", 0x70667423},
+    {"kAudioStreamPropertyPhysicalFormatSupported",           "pft?", 0x7066743F},
+    {"kAudioStreamPropertyPhysicalFormatMatch",               "pftm", 0x7066746D},
+    {"kAudioPropertyWildcardPropertyID",                      "****", 0x2A2A2A2A},
+};
+
+const struct Declared {
+    Word flags;
+    const char* declaration;
+} methods[] = {
+    {4, "AudioDeviceSetPropertyString(AudioDeviceID as integer, when as memoryblock, channel as integer, isinput as boolean, propertyID as string, data as string)"},
+    {4, "AudioDeviceSetPropertyMemory(AudioDeviceID as integer, when as memoryblock, channel as integer, isinput as boolean, propertyID as string, data as memoryblock, offset as integer, length as integer)"},
+    {4, "AudioDeviceGetPropertyInfo(AudioDeviceID as integer, channel as integer, isinput as boolean, propertyID as string, byref size as integer, byref writeable as boolean)"},
+    {4, "AudioDeviceGetPropertyString(AudioDeviceID as integer, channel as integer, isinput as boolean, propertyID as string) as string"},
+    {4, "AudioDeviceGetPropertyMemory(AudioDeviceID as integer, channel as integer, isinput as boolean, propertyID as string) as memoryblock"},
+    {4, "AudioDeviceGetPropertyCFString(AudioDeviceID as integer, channel as integer, isinput as boolean, propertyID as string) as string"},
+    {4, "AudioStreamSetPropertyString(AudioStreamID as integer, when as memoryblock, channel as integer, propertyID as string, data as string)"},
+    {4, "AudioStreamSetPropertyMemory(AudioStreamID as integer, when as memoryblock, channel as integer, propertyID as string, data as memoryblock, offset as integer, length as integer)"},
+    {4, "AudioStreamGetPropertyInfo(AudioStreamID as integer, channel as integer, propertyID as string, byref size as integer, byref writeable as boolean)"},
+    {4, "AudioStreamGetPropertyString(AudioStreamID as integer, channel as integer, propertyID as string) as string"},
+    {4, "AudioStreamGetPropertyMemory(AudioStreamID as integer, channel as integer, propertyID as string) as memoryblock"},
+    {4, "AudioStreamGetPropertyCFString(AudioStreamID as integer, channel as integer, propertyID as string) as string"},
+    {4, "AudioHardwareSetPropertyString(propertyID as string, data as string)"},
+    {4, "AudioHardwareSetPropertyMemory(propertyID as string, data as memoryblock, offset as integer, length as integer)"},
+    {4, "AudioHardwareGetPropertyInfo(propertyID as string, byref size as integer, byref writeable as boolean)"},
+    {4, "AudioHardwareGetPropertyString(propertyID as string) as string"},
+    {4, "AudioHardwareGetPropertyMemory(propertyID as string) as memoryblock"},
+    {4, "AudioHardwareGetPropertyCFString(propertyID as string) as string"},
+    {4, "AudioUnitSetPropertyString(AudioUnit as integer, propertyID as integer, AudioUnitScope as integer, AudioUnitElement as integer, data as string)"},
+    {4, "AudioUnitSetPropertyMemory(AudioUnit as integer, propertyID as integer, AudioUnitScope as integer, AudioUnitElement as integer, data as memoryblock, offset as integer, length as integer)"},
+    {4, "AudioUnitGetPropertyInfo(AudioUnit as integer, propertyID as integer, AudioUnitScope as integer, AudioUnitElement as integer, byref size as integer, byref writeable as boolean)"},
+    {4, "AudioUnitGetPropertyString(AudioUnit as integer, propertyID as integer, AudioUnitScope as integer, AudioUnitElement as integer) as string"},
+    {4, "AudioUnitGetPropertyMemory(AudioUnit as integer, propertyID as integer, AudioUnitScope as integer, AudioUnitElement as integer) as memoryblock"},
+    {4, "AudioUnitGetPropertyCFString(AudioUnit as integer, propertyID as integer, AudioUnitScope as integer, AudioUnitElement as integer) as string"},
+    {0, "AudioObjectGetPropertyDataSize(inObjectID as integer, AddressSelector as UInt32, AddressScope as UInt32, AddressElement as UInt32, QualifierData as memoryblock = nil) as UInt32"},
+    {0, "AudioObjectGetPropertyData(inObjectID as integer, AddressSelector as UInt32, AddressScope as UInt32, AddressElement as UInt32, QualifierData as memoryblock = nil, InputData as Memoryblock = nil) as memoryblock"},
+    {0, "AudioObjectSetPropertyData(inObjectID as integer, AddressSelector as UInt32, AddressScope as UInt32, AddressElement as UInt32, Data as Memoryblock, QualifierData as memoryblock = nil)"},
+    {0, "AudioUnitInitialize(componenthandle as integer) as integer"},
+    {0, "AudioUnitUninitialize(componenthandle as integer) as integer"},
+    {0, "AudioOutputUnitStart(componenthandle as integer) as integer"},
+    {0, "AudioOutputUnitStop(componenthandle as integer) as integer"},
+    {0, "AudioUnitReset(componenthandle as integer, scope as integer, element as integer) as integer"},
+    {4, "OpenDefaultComponent(type as string, subtype as string) as integer"},
+    {4, "CloseComponent(componenthandle as integer)"},
+    {4, "AudioUnitSetParameter(AudioUnit as integer, ParameterID as integer, AudioUnitScope as integer, AudioUnitElement as integer, value as single, BufferOffsetInFrames as integer)"},
+    {4, "AudioUnitGetParameter(AudioUnit as integer, ParameterID as integer, AudioUnitScope as integer, AudioUnitElement as integer) as single"},
+}, sharedMethods[] = {
+    {4, "CoreAudioGetHostClockFrequencyKVX as double"},
+    {4, "GetHostClockMinimumTimeDeltaKVX as integer"},
+    {4, "CoreAudioGetCurrentHostTimeKVX as UInt64"},
+    {4, "CoreAudioConvertHostTimeToNanosKVX(inHostTime as UInt64) as UInt64"},
+    {4, "CoreAudioConvertNanosToHostTimeKVX(inNanos as UInt64) as UInt64"},
+};
+// clang-format on
+
+const REALproperty* publishedProperties() { return static_cast<REALproperty*>(coreAudioClass.properties); }
+const REALmethod* publishedMethods() { return static_cast<REALmethod*>(coreAudioClass.methods); }
+const REALmethod* publishedSharedMethods() { return static_cast<REALmethod*>(coreAudioClass.sharedMethods); }
+
+void expectNothingFurther(const REALproperty& row)
+{
+    EXPECT_EQ(row.flags, 6u);
+    EXPECT_EQ(row.editor, nullptr);
+    EXPECT_EQ(row.enumeration, nullptr);
+    EXPECT_EQ(row.tenth, 0u);
+    EXPECT_EQ(row.trailing[0], 0u);
+    EXPECT_EQ(row.trailing[1], 0u);
+}
+
+void expectConstant(const REALproperty& row, const char* name, const char* type)
+{
+    EXPECT_STREQ(row.name, name);
+    EXPECT_STREQ(row.group, "Constants");
+    EXPECT_STREQ(row.type, type);
+    EXPECT_EQ(row.setter, nullptr);
+    expectNothingFurther(row);
+}
+
+void expectMethods(const REALmethod* rows, Word count, const Declared* expected, std::size_t expectedCount)
+{
+    ASSERT_EQ(count, expectedCount);
+    for (std::size_t i = 0; i < expectedCount; ++i) {
+        SCOPED_TRACE(expected[i].declaration);
+        EXPECT_STREQ(rows[i].declaration, expected[i].declaration);
+        EXPECT_EQ(rows[i].flags, expected[i].flags);
+        EXPECT_NE(rows[i].function, nullptr);
+        EXPECT_EQ(rows[i].setter, nullptr);
+        EXPECT_EQ(rows[i].trailing[0], 0u);
+        EXPECT_EQ(rows[i].trailing[1], 0u);
+    }
+}
+
+using CoreAudioClass = Subject;
+
+TEST_F(CoreAudioClass, IsPublishedInTheNewestLayoutWithoutSuperclassEventsOrConstants)
+{
+    const REALclassDefinition& c = coreAudioClass;
+    EXPECT_EQ(c.version, 13u);
+    EXPECT_STREQ(c.name, "CoreAudioKVX");
+    EXPECT_EQ(c.superName, nullptr);
+    EXPECT_EQ(c.dataSize, sizeof(HostInteger));
+    EXPECT_NE(c.constructor, nullptr);
+    EXPECT_NE(c.destructor, nullptr);
+    EXPECT_EQ(c.propertyCount, 82u);
+    EXPECT_EQ(c.methodCount, 36u);
+    EXPECT_EQ(c.events, nullptr);
+    EXPECT_EQ(c.eventCount, 0u);
+    EXPECT_EQ(c.eventInstances, nullptr);
+    EXPECT_EQ(c.eventInstanceCount, 0u);
+    EXPECT_EQ(c.interfaces, nullptr);
+    EXPECT_EQ(c.constants, nullptr);
+    EXPECT_EQ(c.constantCount, 0u);
+    EXPECT_EQ(c.flags, 4u);
+    EXPECT_EQ(c.sharedProperties, nullptr);
+    EXPECT_EQ(c.sharedPropertyCount, 0u);
+    EXPECT_EQ(c.sharedMethodCount, 5u);
+    if (sizeof(void*) == 4) EXPECT_EQ(c.dataSize, 4u);
+}
+
+TEST_F(CoreAudioClass, PropertiesStandInOrder)
+{
+    constexpr std::size_t selectorCount = std::size(selectors);
+    ASSERT_EQ(selectorCount, 79u);
+    ASSERT_EQ(coreAudioClass.propertyCount, selectorCount + 3);
+    const REALproperty* rows = publishedProperties();
+    for (std::size_t i = 0; i < selectorCount; ++i) {
+        SCOPED_TRACE(selectors[i].property);
+        expectConstant(rows[i], selectors[i].property, "String");
+    }
+    expectConstant(rows[79], "kAudioPropertyWildcardSection", "Integer");
+    expectConstant(rows[80], "kAudioPropertyWildcardChannel", "Integer");
+}
+
+TEST_F(CoreAudioClass, LasterrorIsAFieldThatTheHostReadsAndWritesItself)
+{
+    const REALproperty& row = publishedProperties()[81];
+    EXPECT_STREQ(row.name, "Lasterror");
+    EXPECT_STREQ(row.type, "Integer");
+    EXPECT_EQ(reinterpret_cast<Word>(row.getter), REALstandardGetter);
+    EXPECT_EQ(reinterpret_cast<Word>(row.setter), REALstandardSetter);
+    EXPECT_EQ(row.parameter, 0); // the record's only field
+    EXPECT_TRUE(!row.group || !*row.group);
+    expectNothingFurther(row);
+}
+
+TEST_F(CoreAudioClass, MethodsStandInOrder)
+{
+    expectMethods(publishedMethods(), coreAudioClass.methodCount, methods, std::size(methods));
+}
+
+TEST_F(CoreAudioClass, SharedMethodsStandInOrder)
+{
+    expectMethods(publishedSharedMethods(), coreAudioClass.sharedMethodCount, sharedMethods,
+                  std::size(sharedMethods));
+}
+
+TEST_F(CoreAudioClass, ConstructorAndDestructorLeaveLasterrorAlone)
+{
+    lasterror() = 4711;
+    reinterpret_cast<void (*)(Object)>(coreAudioClass.constructor)(object());
+    EXPECT_EQ(lasterror(), 4711);
+    reinterpret_cast<void (*)(Object)>(coreAudioClass.destructor)(object());
+    EXPECT_EQ(lasterror(), 4711);
+    EXPECT_EQ(host().notes(), fake::Notes());
+    EXPECT_EQ(property_spy::calls(), property_spy::Notes());
+}
+
+// ---- constants ----
+
+Text readText(const REALproperty& row, Object object)
+{
+    return reinterpret_cast<Text (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
+}
+
+TEST_F(CoreAudioClass, SelectorsReadAsFourAsciiCharacters)
+{
+    const REALproperty* rows = publishedProperties();
+    for (std::size_t i = 0; i < std::size(selectors); ++i) {
+        SCOPED_TRACE(selectors[i].property);
+        lasterror() = 4711;
+        host().forget();
+        const Text text = readText(rows[i], object());
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(host().bytesOf(text), selectors[i].text);
+        EXPECT_EQ(host().bytesOf(text).size(), 4u);
+        EXPECT_EQ(host().encodingOf(text), 0x0600u);
+        EXPECT_EQ(host().references(text), 1);
+        EXPECT_EQ(lasterror(), 4711);
+        ASSERT_EQ(host().calls().size(), 2u) << "built anew: a string and its mark";
+
+        const Text again = readText(rows[i], nullptr); // the object is not looked at
+        EXPECT_NE(again, text);
+        EXPECT_EQ(host().bytesOf(again), selectors[i].text);
+        host().drop(text);
+        host().drop(again);
+    }
+    EXPECT_EQ(property_spy::calls(), property_spy::Notes());
+}
+
+TEST_F(CoreAudioClass, SelectorsComeBackAsTheNumbersThatThePlatformKnows)
+{
+    const REALproperty* rows = publishedProperties();
+    for (std::size_t i = 0; i < std::size(selectors); ++i) {
+        SCOPED_TRACE(selectors[i].property);
+        property_spy::forgetCalls();
+        const Text text = readText(rows[i], object());
+        HostInteger size;
+        HostBoolean writeable;
+        call<void>("AudioHardwareGetPropertyInfo", object(), text, &size, &writeable);
+        char expected[80];
+        std::snprintf(expected, sizeof expected, "AudioHardwareGetPropertyInfo(0x%X, size 0, writable 0)",
+                      selectors[i].value);
+        EXPECT_EQ(property_spy::calls(), property_spy::Notes{expected});
+        host().drop(text);
+    }
+}
+
+TEST_F(CoreAudioClass, WildcardsOfSectionAndChannelAreIntegers)
+{
+    const REALproperty* rows = publishedProperties();
+    const auto read = [](const REALproperty& row, Object object) {
+        return reinterpret_cast<HostInteger (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
+    };
+    lasterror() = 4711;
+    for (const Object each : {object(), Object{}}) {
+        EXPECT_EQ(read(rows[79], each), 255);
+        EXPECT_EQ(read(rows[80], each), -1);
+    }
+    EXPECT_EQ(lasterror(), 4711);
+    EXPECT_EQ(host().notes(), fake::Notes());
+}
+
+TEST_F(CoreAudioClass, ASelectorIsNilWhereTheHostBuildsNoString)
+{
+    host().failNext("REALBuildString");
+    lasterror() = 4711;
+    EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr);
+    EXPECT_EQ(lasterror(), 4711);
+    EXPECT_TRUE(host().raised().empty());
+}
+
+TEST_F(CoreAudioClass, AHostProgramMayWriteLasterrorAndTheNextCallOverwritesIt)
+{
+    lasterror() = 4711;
+    property_spy::answer("AudioUnitInitialize").during = [&] { EXPECT_EQ(lasterror(), -1); };
+    property_spy::answer("AudioUnitInitialize").status = 42;
+    call<HostInteger>("AudioUnitInitialize", object(), HostInteger(1));
+    EXPECT_EQ(lasterror(), 42);
+}
+
+} // namespace

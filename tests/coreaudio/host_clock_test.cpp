@@ -1,0 +1,87 @@
+// The shared methods over the host clock: the platform's values, unchanged, and no object in sight.
+#include "tests/coreaudio/subject.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace subject;
+using property_spy::Notes;
+
+using HostClock = Subject;
+
+TEST_F(HostClock, TellsItsFrequency)
+{
+    for (const double frequency : {0.0, 1e9, 1000000000.0 / 3, 1.5, -1.0, 1e300}) {
+        property_spy::reset();
+        std::memcpy(&property_spy::answer("AudioGetHostClockFrequency").number, &frequency, sizeof frequency);
+        EXPECT_EQ(call<double>("CoreAudioGetHostClockFrequencyKVX"), frequency);
+        EXPECT_EQ(property_spy::calls(), Notes{"AudioGetHostClockFrequency()"});
+    }
+}
+
+TEST_F(HostClock, TellsItsLeastStep)
+{
+    for (const std::uint32_t step : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+        property_spy::reset();
+        property_spy::answer("AudioGetHostClockMinimumTimeDelta").number = step;
+        EXPECT_EQ(static_cast<std::uint32_t>(call<HostInteger>("GetHostClockMinimumTimeDeltaKVX")), step);
+        EXPECT_EQ(property_spy::calls(), Notes{"AudioGetHostClockMinimumTimeDelta()"});
+    }
+}
+
+TEST_F(HostClock, CarriesTimesOfAll64Bits)
+{
+    const std::uint64_t times[] = {
+        0,         1,          0x7FFFFFFF,       0x80000000,         0xFFFFFFFF,         0x100000000,
+        123456789, 1ull << 53, (1ull << 53) + 1, 0x7FFFFFFFFFFFFFFF, 0x8000000000000000, 0xFFFFFFFFFFFFFFFF,
+    };
+    char shown[64];
+    for (const std::uint64_t time : times) {
+        SCOPED_TRACE(time);
+        property_spy::reset();
+        property_spy::answer("AudioGetCurrentHostTime").number = time;
+        EXPECT_EQ(call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), time);
+        EXPECT_EQ(property_spy::calls(), Notes{"AudioGetCurrentHostTime()"});
+
+        property_spy::forgetCalls();
+        property_spy::answer("AudioConvertHostTimeToNanos").number = ~time;
+        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", time), ~time);
+        std::snprintf(shown, sizeof shown, "AudioConvertHostTimeToNanos(0x%llX)",
+                      static_cast<unsigned long long>(time));
+        EXPECT_EQ(property_spy::calls(), Notes{shown});
+
+        property_spy::forgetCalls();
+        property_spy::answer("AudioConvertNanosToHostTime").number = time ^ 0x5555555555555555;
+        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", time), time ^ 0x5555555555555555);
+        std::snprintf(shown, sizeof shown, "AudioConvertNanosToHostTime(0x%llX)",
+                      static_cast<unsigned long long>(time));
+        EXPECT_EQ(property_spy::calls(), Notes{shown});
+    }
+}
+
+TEST_F(HostClock, LetsNothingThrownPass)
+{
+    for (const char* function :
+         {"AudioGetHostClockFrequency", "AudioGetHostClockMinimumTimeDelta", "AudioGetCurrentHostTime",
+          "AudioConvertHostTimeToNanos", "AudioConvertNanosToHostTime"})
+        throwInPlatform(function);
+    EXPECT_NO_THROW({
+        EXPECT_EQ(call<double>("CoreAudioGetHostClockFrequencyKVX"), 0.0);
+        EXPECT_EQ(call<HostInteger>("GetHostClockMinimumTimeDeltaKVX"), 0);
+        EXPECT_EQ(call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), 0u);
+        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", std::uint64_t{5}), 0u);
+        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", std::uint64_t{5}), 0u);
+    });
+}
+
+TEST_F(HostClock, AsksNothingOfTheHost)
+{
+    lasterror() = 4711;
+    call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX");
+    call<double>("CoreAudioGetHostClockFrequencyKVX");
+    EXPECT_EQ(lasterror(), 4711) << "there is no object whose status it could be";
+    EXPECT_EQ(host().notes(), fake::Notes());
+}
+
+} // namespace

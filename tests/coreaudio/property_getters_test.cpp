@@ -1,0 +1,326 @@
+// The property family's getters of text and of bytes: the calls they make and what they make of the answers.
+#include "tests/coreaudio/targets.h"
+
+#include <new>
+#include <stdexcept>
+
+namespace {
+
+using namespace subject;
+using property_spy::Notes;
+
+/// A result of either getter, so that one table tells about both.
+struct Result {
+    bool isNil;
+    std::string bytes;
+};
+
+struct Getter {
+    const char* name;
+    Result (*run)(fake::Host&, const Target&, Object);
+    const char* builder; ///< the service that makes the result
+};
+
+Result takeText(fake::Host& host, const Target& target, Object object)
+{
+    const Text text = target.getString(object);
+    if (!text) return {true, ""};
+    const Result result = {false, host.bytesOf(text)};
+    EXPECT_EQ(host.references(text), 1);
+    host.drop(text);
+    return result;
+}
+
+Result takeBlock(fake::Host& host, const Target& target, Object object)
+{
+    const Block block = target.getMemory(object);
+    if (!block) return {true, ""};
+    const Result result = {false, host.bytesOf(block)};
+    EXPECT_EQ(host.references(block), 1);
+    host.drop(block);
+    return result;
+}
+
+const Getter getters[] = {
+    {"GetPropertyString", takeText, "REALBuildString"},
+    {"GetPropertyMemory", takeBlock, "newMemoryBlock"},
+};
+
+class PropertyGetters : public Subject {
+protected:
+    /// Run `test` for each target and each of the two getters.
+    template <class Test>
+    void forAll(Test test)
+    {
+        for (const Getter& getter : getters)
+            for (std::size_t i = 0; i < 4; ++i) {
+                property_spy::reset();
+                const Text selector = host().newString(selectorText, encodingASCII);
+                const Target target = targets(selector)[i];
+                SCOPED_TRACE(target.name + getter.name);
+                lasterror() = 4711;
+                test(target, getter);
+                host().drop(selector);
+                expectBalance();
+            }
+    }
+};
+
+constexpr OSStatus unknown = 0x77686F3F; // 'who?'
+constexpr OSStatus failed = -10863;
+const std::optional<UInt32> nothing;
+const std::string value("AB\0\xE9Z", 5);
+
+const struct {
+    const char* why;
+    OSStatus infoStatus;
+    std::optional<UInt32> announced;
+    bool callocFails;
+    OSStatus getStatus;
+    std::optional<UInt32> written;
+    // what must come of it
+    std::optional<UInt32> allocated;
+    bool asksValue;
+    HostInteger lasterror;
+    const char* result; ///< null: nil; the first `resultSize` bytes of the value else
+    std::size_t resultSize;
+} rows[] = {
+    // clang-format off
+    //                                          info      announced   calloc get      written      allocated  asks   lasterror result
+    {"the whole value",                         0,        5,          false, 0,       5,           5,         true,  0,        "", 5},
+    {"the platform does not write the size",    0,        5,          false, 0,       nothing,     5,         true,  0,        "", 5},
+    {"a size of 1",                             0,        1,          false, 0,       1,           1,         true,  0,        "", 1},
+    {"less is written than announced",          0,        5,          false, 0,       3,           5,         true,  0,        "", 3},
+    {"one byte of it",                          0,        5,          false, 0,       1,           5,         true,  0,        "", 1},
+    {"nothing is written",                      0,        5,          false, 0,       0,           5,         true,  0,        nullptr, 0},
+    {"more is claimed than there is room for",  0,        5,          false, 0,       9,           5,         true,  0,        "", 5},
+    {"far more",                                0,        5,          false, 0,       0xFFFFFFFF,  5,         true,  0,        "", 5},
+    {"the info call fails",                     unknown,  nothing,    false, 0,       nothing,     nothing,   false, unknown,  nullptr, 0},
+    {"it fails with a size",                    unknown,  5,          false, 0,       nothing,     nothing,   false, unknown,  nullptr, 0},
+    {"it fails with 1",                         1,        5,          false, 0,       nothing,     nothing,   false, 1,        nullptr, 0},
+    {"a size of 0",                             0,        0,          false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"no size is told",                         0,        nothing,    false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"the greatest size, no memory for it",     0,        0x7FFFFFFF, true,  0,       nothing,     0x7FFFFFFF,false, -1,      nullptr, 0},
+    {"one more is not asked for",               0,        0x80000000, false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"nor is -1",                               0,        0xFFFFFFFF, false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"no memory",                               0,        5,          true,  0,       nothing,     5,         false, -1,       nullptr, 0},
+    {"the get call fails",                      0,        5,          false, failed,  5,           5,         true,  failed,   nullptr, 0},
+    {"it fails with 1 and less",                0,        5,          false, 1,       3,           5,         true,  1,        nullptr, 0},
+    {"it fails with -1",                        0,        5,          false, -1,      5,           5,         true,  -1,       nullptr, 0},
+    // clang-format on
+};
+
+TEST_F(PropertyGetters, AskForTheSizeThenForTheValue)
+{
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        forAll([&](const Target& target, const Getter& getter) {
+            property_spy::answer(target.infoFunction()).status = row.infoStatus;
+            property_spy::answer(target.infoFunction()).size = row.announced;
+            property_spy::answer(target.getFunction()).status = row.getStatus;
+            property_spy::answer(target.getFunction()).size = row.written;
+            property_spy::answer(target.getFunction()).value = value;
+
+            if (row.callocFails) watched::refuseCalloc(1);
+            watched::begin();
+            const Result result = getter.run(host(), target, object());
+            const Notes memory = watched::end();
+
+            Notes expectedCalls = {target.infoCall("nowhere")};
+            if (row.asksValue)
+                expectedCalls.push_back(
+                    target.getCall(*row.announced, std::to_string(*row.announced) + " zeros"));
+            EXPECT_EQ(property_spy::calls(), expectedCalls);
+
+            Notes expectedMemory;
+            if (row.allocated) expectedMemory.push_back("calloc " + std::to_string(*row.allocated));
+            if (row.allocated && !row.callocFails) expectedMemory.push_back("free");
+            EXPECT_EQ(memory, expectedMemory);
+
+            EXPECT_EQ(lasterror(), row.lasterror);
+            EXPECT_EQ(result.isNil, row.result == nullptr);
+            EXPECT_EQ(result.bytes, value.substr(0, row.resultSize));
+            EXPECT_TRUE(host().raised().empty());
+        });
+    }
+}
+
+TEST_F(PropertyGetters, OfTextMarkItByItsBytes)
+{
+    const struct {
+        std::string bytes;
+        std::uint32_t encoding;
+        const char* why;
+    } texts[] = {
+        {"Built-in", 0x0600, "bytes below 0x80 are ASCII"},
+        {std::string("name\0", 5), 0x0600, "a terminator that the platform counted is part of the text"},
+        {"\x7F", 0x0600, "the last one"},
+        {"\x80", 0xFFFF, "others are of no known encoding"},
+        {"caf\xC3\xA9", 0xFFFF, "even if they happen to be UTF-8"},
+    };
+    for (const auto& each : texts) {
+        SCOPED_TRACE(each.why);
+        const Text selector = host().newString(selectorText, encodingASCII);
+        for (const Target& target : targets(selector)) {
+            SCOPED_TRACE(target.name);
+            const auto size = static_cast<UInt32>(each.bytes.size());
+            property_spy::answer(target.infoFunction()).size = size;
+            property_spy::answer(target.getFunction()).value = each.bytes;
+            const Text text = target.getString(object());
+            ASSERT_NE(text, nullptr);
+            EXPECT_EQ(host().bytesOf(text), each.bytes);
+            EXPECT_EQ(host().encodingOf(text), each.encoding);
+            host().drop(text);
+        }
+        host().drop(selector);
+        expectBalance();
+    }
+}
+
+// A reference is four bytes like any others here; the getter for references is another one.
+TEST_F(PropertyGetters, OfTextTakeAReferenceForItsBytes)
+{
+    const property_spy::PlatformString text("ignored");
+    const Text selector = host().newString(selectorText, encodingASCII);
+    for (const Target& target : targets(selector)) {
+        property_spy::answer(target.infoFunction()).size = sizeof(CFStringRef);
+        property_spy::answer(target.getFunction()).value = text.asValue();
+        const Text result = target.getString(object());
+        ASSERT_NE(result, nullptr);
+        EXPECT_EQ(host().bytesOf(result), text.asValue());
+        host().drop(result);
+    }
+    EXPECT_EQ(text.releases, 0);
+}
+
+TEST_F(PropertyGetters, OfMemoryGiveACopy)
+{
+    const Text selector = host().newString(selectorText, encodingASCII);
+    for (const Target& target : targets(selector)) {
+        property_spy::answer(target.infoFunction()).size = 5;
+        property_spy::answer(target.getFunction()).value = value;
+        const Block first = target.getMemory(object());
+        const Block second = target.getMemory(object());
+        ASSERT_TRUE(first && second);
+        EXPECT_NE(first, second);
+        EXPECT_EQ(host().bytesOf(first), value);
+        host().drop(first);
+        EXPECT_EQ(host().bytesOf(second), value);
+        host().drop(second);
+    }
+}
+
+TEST_F(PropertyGetters, SetLasterrorBeforeAnyOtherWork)
+{
+    forAll([&](const Target& target, const Getter& getter) {
+        watchFirstCall();
+        getter.run(host(), target, object());
+        EXPECT_EQ(lasterrorInFirstCall(), std::vector<HostInteger>{-1});
+    });
+}
+
+TEST_F(PropertyGetters, HoldMinusOneUntilTheStatusArrives)
+{
+    forAll([&](const Target& target, const Getter& getter) {
+        std::vector<HostInteger> seen;
+        const auto look = [&] { seen.push_back(lasterror()); };
+        property_spy::answer(target.infoFunction()).size = 5;
+        property_spy::answer(target.infoFunction()).during = look;
+        property_spy::answer(target.getFunction()).during = look;
+        property_spy::answer(target.getFunction()).value = value;
+        getter.run(host(), target, object());
+        EXPECT_EQ(seen, (std::vector<HostInteger>{-1, -1}));
+        EXPECT_EQ(lasterror(), 0);
+    });
+}
+
+TEST_F(PropertyGetters, LetNothingThrownPass)
+{
+    const struct {
+        const char* where;
+        bool inInfo, inGet;
+        HostInteger lasterror;
+        std::size_t platformCalls;
+    } places[] = {
+        {"the info call", true, false, -1, 1},
+        {"the get call", false, true, -1, 2},
+        {"the host's builder", false, false, 0, 2},
+    };
+    for (const auto& place : places) {
+        SCOPED_TRACE(place.where);
+        forAll([&](const Target& target, const Getter& getter) {
+            property_spy::answer(target.infoFunction()).size = 5;
+            property_spy::answer(target.getFunction()).value = value;
+            if (place.inInfo) throwInPlatform(target.infoFunction());
+            if (place.inGet) throwInPlatform(target.getFunction());
+            if (!place.inInfo && !place.inGet) throwInHost(getter.builder);
+            watched::begin();
+            EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
+            const Notes memory = watched::end();
+            EXPECT_EQ(property_spy::calls().size(), place.platformCalls);
+            EXPECT_EQ(lasterror(), place.lasterror);
+            EXPECT_EQ(memory, place.inInfo ? Notes{} : (Notes{"calloc 5", "free"}));
+        });
+    }
+}
+
+TEST_F(PropertyGetters, LetNoStandardExceptionPass)
+{
+    const std::function<void()> exceptions[] = {
+        [] { throw std::bad_alloc(); },
+        [] { throw std::runtime_error("of the platform"); },
+        [] { throw 42; },
+    };
+    for (const auto& thrown : exceptions)
+        forAll([&](const Target& target, const Getter& getter) {
+            property_spy::answer(target.infoFunction()).size = 5;
+            property_spy::answer(target.getFunction()).during = thrown;
+            EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
+            EXPECT_EQ(lasterror(), -1);
+            EXPECT_TRUE(host().raised().empty()) << "the platform's exceptions are not the host program's";
+        });
+}
+
+// What the host cannot build is nil; the platform had its say, and its status stands.
+TEST_F(PropertyGetters, AreNilWhereTheHostBuildsNothing)
+{
+    forAll([&](const Target& target, const Getter& getter) {
+        property_spy::answer(target.infoFunction()).size = 5;
+        property_spy::answer(target.getFunction()).value = value;
+        host().failNext(getter.builder);
+        EXPECT_TRUE(getter.run(host(), target, object()).isNil);
+        EXPECT_EQ(lasterror(), 0);
+    });
+}
+
+TEST_F(PropertyGetters, OfMemoryGiveBackABlockThatHasNoMemory)
+{
+    const Text selector = host().newString(selectorText, encodingASCII);
+    for (const Target& target : targets(selector)) {
+        property_spy::answer(target.infoFunction()).size = 5;
+        property_spy::answer(target.getFunction()).value = value;
+        host().blocksHaveBytes = false;
+        EXPECT_EQ(target.getMemory(object()), nullptr);
+        EXPECT_EQ(lasterror(), 0);
+    }
+    host().drop(selector);
+    expectBalance();
+}
+
+TEST_F(PropertyGetters, AreNilWhereTheHostLacksTheBuilder)
+{
+    for (const Getter& getter : getters) {
+        startHost(2016.0);
+        host().withhold(getter.builder);
+        forAll([&](const Target& target, const Getter& each) {
+            if (each.name != getter.name) return;
+            property_spy::answer(target.infoFunction()).size = 5;
+            property_spy::answer(target.getFunction()).value = value;
+            EXPECT_TRUE(each.run(host(), target, object()).isNil);
+            EXPECT_EQ(lasterror(), 0);
+            EXPECT_EQ(property_spy::calls().size(), 2u);
+        });
+    }
+}
+
+} // namespace

@@ -1,0 +1,418 @@
+// The property family's setters, from text and from memory.
+#include "tests/coreaudio/targets.h"
+
+#include <climits>
+
+namespace {
+
+using namespace subject;
+using property_spy::Notes;
+
+constexpr OSStatus unknown = 0x77686F3F; // 'who?'
+constexpr double oldHost = 2015.99, newHost = 2016.0;
+
+class PropertySetters : public Subject {
+protected:
+    template <class Test>
+    void forAll(Test test)
+    {
+        for (std::size_t i = 0; i < 4; ++i) {
+            property_spy::reset();
+            const Text selector = host().newString(selectorText, encodingASCII);
+            const Target target = targets(selector)[i];
+            SCOPED_TRACE(target.name);
+            lasterror() = 4711;
+            test(target);
+            host().drop(selector);
+            expectBalance();
+        }
+    }
+};
+
+UInt32 count(const std::string& bytes) { return static_cast<UInt32>(bytes.size()); }
+
+TEST_F(PropertySetters, OfTextHandOverItsBytesAsTheyAre)
+{
+    const struct {
+        std::string bytes;
+        std::uint32_t encoding;
+    } texts[] = {
+        {"x", encodingASCII},
+        {"four", encodingUTF8},
+        {"caf\xC3\xA9", encodingUTF8},
+        {"caf\x8E", encodingMacRoman},
+        {std::string("h\0\0\0", 4), encodingUTF32},
+        {std::string("in\0side\0", 8), encodingUnknown},
+        {std::string(1000, '\xFF'), encodingUnknown},
+    };
+    for (const double version : {oldHost, newHost})
+        for (const auto& each : texts) {
+            SCOPED_TRACE(version);
+            SCOPED_TRACE(each.bytes.substr(0, 10));
+            startHost(version);
+            forAll([&](const Target& target) {
+                const Text text = host().newString(each.bytes, each.encoding);
+                property_spy::name(host().storageOf(text), "text");
+                int referencesMeanwhile = 0;
+                property_spy::answer(target.setFunction()).during = [&] {
+                    referencesMeanwhile = host().references(text);
+                };
+                target.setString(object(), nullptr, text);
+                EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", count(each.bytes), "text")});
+                EXPECT_EQ(property_spy::lastValue(), each.bytes);
+                EXPECT_EQ(referencesMeanwhile, 2) << "held while the platform reads";
+                EXPECT_EQ(host().references(text), 1);
+                EXPECT_EQ(lasterror(), 0);
+                host().drop(text);
+            });
+        }
+}
+
+TEST_F(PropertySetters, OfNoTextPassNoBytes)
+{
+    for (const double version : {oldHost, newHost}) {
+        SCOPED_TRACE(version);
+        startHost(version);
+        forAll([&](const Target& target) {
+            target.setString(object(), nullptr, nullptr);
+            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 0, "null")});
+            EXPECT_EQ(lasterror(), 0);
+        });
+    }
+}
+
+TEST_F(PropertySetters, OfEmptyTextPassNoBytes)
+{
+    for (const double version : {oldHost, newHost}) {
+        SCOPED_TRACE(version);
+        startHost(version);
+        forAll([&](const Target& target) {
+            const Text text = host().newString("", encodingASCII);
+            property_spy::name(host().storageOf(text), "text");
+            target.setString(object(), nullptr, text);
+            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 0, "text")});
+            EXPECT_EQ(property_spy::lastValue(), "");
+            EXPECT_EQ(lasterror(), 0);
+            host().drop(text);
+        });
+    }
+}
+
+TEST_F(PropertySetters, OfTextAskTheHostAsItsVersionWants)
+{
+    const struct {
+        double version;
+        Notes services;
+    } hosts[] = {
+        {oldHost, {"REALLockString(s2)", "REALUnlockString(s2)"}},
+        {newHost, {"StringGetCString(s2)", "LenB(s2) = 3", "REALLockString(s2)", "REALUnlockString(s2)"}},
+    };
+    for (const auto& each : hosts) {
+        SCOPED_TRACE(each.version);
+        startHost(each.version);
+        const Text selector = host().newString(selectorText, encodingASCII);
+        const Text text = host().newString("abc", encodingASCII);
+        const Target unit =
+            targets(selector)[3]; // takes no selector text: what is asked is about the data alone
+        unit.setString(object(), nullptr, text); // looks the length method up, once
+        host().forget();
+        unit.setString(object(), nullptr, text);
+        EXPECT_EQ(host().notes(), each.services);
+        host().drop(text);
+        host().drop(selector);
+        expectBalance();
+    }
+}
+
+TEST_F(PropertySetters, TellThePlatformsStatus)
+{
+    for (const OSStatus status :
+         {OSStatus{0}, OSStatus{1}, OSStatus{-1}, OSStatus{-50}, unknown, OSStatus{INT_MIN}})
+        forAll([&](const Target& target) {
+            const Text text = host().newString("abc", encodingASCII);
+            const Block block = host().newMemoryBlock("abc");
+            property_spy::answer(target.setFunction()).status = status;
+            target.setString(object(), nullptr, text);
+            EXPECT_EQ(lasterror(), status);
+            lasterror() = 4711;
+            target.setMemory(object(), nullptr, block, 0, 3);
+            EXPECT_EQ(lasterror(), status);
+            host().drop(block);
+            host().drop(text);
+        });
+}
+
+TEST_F(PropertySetters, PassTheTimeStampOfTheBlock)
+{
+    const std::string stamp(sizeof(AudioTimeStamp), '\x11');
+    forAll([&](const Target& target) {
+        const Block when = host().newMemoryBlock(stamp), data = host().newMemoryBlock("abc");
+        const Block tooShort = host().newMemoryBlock("1");
+        const Block withoutMemory = host().newMemoryBlock("22");
+        takeMemory(withoutMemory);
+        const Text text = host().newString("abc", encodingASCII);
+        property_spy::name(host().storageOf(text), "text");
+        property_spy::name(addressOf(data), "data");
+        property_spy::name(addressOf(when), "when");
+        property_spy::name(addressOf(tooShort), "too short");
+
+        const struct {
+            Block block;
+            const char* shown;
+        } stamps[] = {{nullptr, "null"}, {when, "when"}, {tooShort, "too short"}, {withoutMemory, "null"}};
+        for (const auto& each : stamps) {
+            property_spy::forgetCalls();
+            target.setString(object(), each.block, text);
+            target.setMemory(object(), each.block, data, 0, 3);
+            EXPECT_EQ(property_spy::calls(),
+                      (Notes{target.setCall(each.shown, 3, "text"), target.setCall(each.shown, 3, "data")}));
+        }
+        for (const Block block : {when, data, tooShort, withoutMemory}) host().drop(block);
+        host().drop(text);
+    });
+}
+
+TEST_F(PropertySetters, OfMemoryHandOverWhatTheyAreTold)
+{
+    const struct {
+        HostInteger offset, length;
+        const char* why;
+    } ranges[] = {
+        {0, 10, "the whole block"},
+        {0, 4, "its beginning"},
+        {6, 4, "its end"},
+        {3, 1, "a byte inside"},
+        {0, 0, "no bytes"},
+        {10, 0, "no bytes at the end"},
+        {0, 11, "one byte too many"},
+        {10, 1, "a byte behind the end"},
+        {1000, 5, "far behind the end"},
+        {-1, 4, "before the beginning"},
+        {-1000, 4, "far before it"},
+        {0, -1, "a negative length"},
+        {5, INT_MIN, "the most negative one"},
+        {INT_MAX, INT_MAX, "the greatest of both"},
+        {INT_MIN, INT_MIN, "the least of both"},
+    };
+    for (const auto& range : ranges) {
+        SCOPED_TRACE(range.why);
+        forAll([&](const Target& target) {
+            const Block block = host().newMemoryBlock("0123456789");
+            const auto base = reinterpret_cast<Word>(addressOf(block));
+            property_spy::name(reinterpret_cast<const void*>(base + static_cast<Word>(range.offset)),
+                               "there");
+            property_spy::readValues(false); // nothing that a hostile range names can be read
+            target.setMemory(object(), nullptr, block, range.offset, range.length);
+            EXPECT_EQ(property_spy::calls(),
+                      Notes{target.setCall("null", static_cast<UInt32>(range.length), "there")});
+            EXPECT_EQ(lasterror(), 0);
+            EXPECT_TRUE(host().raised().empty());
+            host().drop(block);
+        });
+    }
+}
+
+TEST_F(PropertySetters, OfMemoryPassTheBytesThemselves)
+{
+    forAll([&](const Target& target) {
+        const Block block = host().newMemoryBlock("0123456789");
+        target.setMemory(object(), nullptr, block, 2, 5);
+        EXPECT_EQ(property_spy::lastValue(), "23456");
+        host().drop(block);
+    });
+}
+
+TEST_F(PropertySetters, OfNoMemoryTakeTheOffsetForAnAddress)
+{
+    for (const HostInteger offset : {HostInteger{0x1234}, HostInteger{-16}, HostInteger{0}}) {
+        SCOPED_TRACE(offset);
+        forAll([&](const Target& target) {
+            if (offset) property_spy::name(reinterpret_cast<const void*>(offset), "there");
+            const std::string there = offset ? "there" : "null";
+            property_spy::readValues(false);
+            target.setMemory(object(), nullptr, nullptr, offset, 8);
+            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 8, there)});
+
+            property_spy::forgetCalls();
+            const Block withoutMemory = host().newMemoryBlock("0123456789");
+            takeMemory(withoutMemory);
+            target.setMemory(object(), nullptr, withoutMemory, offset, 8);
+            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 8, there)});
+            host().drop(withoutMemory);
+        });
+    }
+}
+
+TEST_F(PropertySetters, LetNothingThrownPass)
+{
+    for (const double version : {oldHost, newHost}) {
+        startHost(version);
+        forAll([&](const Target& target) {
+            const Text text = host().newString("abc", encodingASCII);
+            const Block block = host().newMemoryBlock("abc");
+            throwInPlatform(target.setFunction());
+            EXPECT_NO_THROW(target.setString(object(), nullptr, text));
+            EXPECT_EQ(lasterror(), -1);
+            EXPECT_EQ(host().references(text), 1) << "unlocked all the same";
+            lasterror() = 4711;
+            EXPECT_NO_THROW(target.setMemory(object(), nullptr, block, 0, 3));
+            EXPECT_EQ(lasterror(), -1);
+            EXPECT_EQ(host().references(block), 1);
+            EXPECT_TRUE(host().raised().empty());
+            host().drop(block);
+            host().drop(text);
+        });
+    }
+}
+
+TEST_F(PropertySetters, LetNothingPassThatTheHostThrows)
+{
+    for (const char* service : {"StringGetCString", "LenB", "REALLockString"}) {
+        SCOPED_TRACE(service);
+        startHost(newHost);
+        const Text text = host().newString("abc", encodingASCII);
+        const Target unit = targets(nullptr)[3];
+        lasterror() = 4711;
+        throwInHost(service);
+        property_spy::reset();
+        EXPECT_NO_THROW(unit.setString(object(), nullptr, text));
+        EXPECT_EQ(lasterror(), -1);
+        EXPECT_EQ(property_spy::calls(), Notes());
+        EXPECT_EQ(host().references(text), 1);
+        host().drop(text);
+        expectBalance();
+    }
+}
+
+TEST_F(PropertySetters, SetLasterrorBeforeAnyOtherWork)
+{
+    for (const double version : {oldHost, newHost}) {
+        startHost(version);
+        forAll([&](const Target& target) {
+            const Text text = host().newString("abc", encodingASCII);
+            const Block block = host().newMemoryBlock("abc");
+            watchFirstCall();
+            target.setString(object(), block, text);
+            EXPECT_EQ(lasterrorInFirstCall(), std::vector<HostInteger>{-1});
+            lasterror() = 4711;
+            watchFirstCall();
+            target.setMemory(object(), block, block, 0, 3);
+            EXPECT_EQ(lasterrorInFirstCall(), std::vector<HostInteger>{-1});
+            host().drop(block);
+            host().drop(text);
+        });
+    }
+}
+
+TEST_F(PropertySetters, GoOnWithoutAServiceThatTheHostLacks)
+{
+    const struct {
+        double version;
+        const char* service;
+        UInt32 size;
+        const char* bytes;
+    } rows[] = {
+        {newHost, "StringGetCString", 3, "null"},
+        {newHost, "REALUnlockString", 3, "text"},
+        {oldHost, "REALLockString", 3, "text"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.service);
+        startHost(row.version);
+        const Text text = host().newString("abc", encodingASCII);
+        property_spy::reset();
+        property_spy::name(host().storageOf(text), "text");
+        property_spy::readValues(false);
+        host().withhold(row.service);
+        const Target unit = targets(nullptr)[3];
+        unit.setString(object(), nullptr, text);
+        EXPECT_EQ(property_spy::calls(), Notes{unit.setCall("null", row.size, row.bytes)});
+        EXPECT_EQ(lasterror(), 0);
+        host().dropAll();
+    }
+}
+
+// The length method is kept for good once found: this test must not come after another one in its process.
+TEST_F(PropertySetters, WithoutTheLengthMethodPassNoBytes)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const Text text = host().newString("abc", encodingASCII);
+            property_spy::name(host().storageOf(text), "text");
+            host().withhold("LenB");
+            const Target unit = targets(nullptr)[3];
+            unit.setString(object(), nullptr, text);
+            host().withhold("REALLoadGlobalMethod");
+            unit.setString(object(), nullptr, text);
+            const bool asExpected = property_spy::calls() == Notes(2, unit.setCall("null", 0, "text"));
+            host().provide("LenB");
+            unit.setString(object(), nullptr, text);
+            const bool found = property_spy::calls().back() == unit.setCall("null", 3, "text");
+            std::exit(asExpected && found && lasterror() == 0 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(PropertySetters, OfMemoryWithoutTheAddressServiceBeginAtNothing)
+{
+    host().withhold("memoryBlockGetPtr");
+    const Block block = host().newMemoryBlock("abc");
+    const Target unit = targets(nullptr)[3];
+    property_spy::name(reinterpret_cast<const void*>(2), "two");
+    property_spy::readValues(false);
+    unit.setMemory(object(), nullptr, block, 2, 1);
+    EXPECT_EQ(property_spy::calls(), Notes{unit.setCall("null", 1, "two")});
+    host().drop(block);
+}
+
+// ---- how a property is named ----
+
+TEST_F(PropertySetters, SelectorsAreFourCharactersOfAnyText)
+{
+    const struct {
+        const char* text; ///< null: no string
+        const char* code;
+        const char* why;
+    } selectors[] = {
+        {"uid ", "0x75696420", "a trailing blank counts"},
+        {"dev#", "0x64657623", "the first character is the most significant byte"},
+        {"****", "0x2A2A2A2A", "the wildcard"},
+        {"abcdef", "0x61626364", "what follows the fourth is ignored"},
+        {"", "0x20202020", "an empty text is four blanks"},
+        {nullptr, "0x20202020", "and so is none"},
+    };
+    for (const auto& each : selectors) {
+        SCOPED_TRACE(each.why);
+        const Text selector = each.text ? host().newString(each.text, encodingASCII) : nullptr;
+        property_spy::reset();
+        call<void>("AudioHardwareSetPropertyString", object(), selector, Text{});
+        call<void>("AudioStreamSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
+                   selector, Text{});
+        EXPECT_EQ(
+            property_spy::calls(),
+            (Notes{std::string("AudioHardwareSetProperty(") + each.code + ", 0x0, null)",
+                   std::string("AudioStreamSetProperty(0x7, null, 0x9, ") + each.code + ", 0x0, null)"}));
+        if (selector) host().drop(selector);
+        expectBalance();
+    }
+}
+
+TEST_F(PropertySetters, TheSideOfADeviceIsZeroOrOne)
+{
+    const struct {
+        HostBoolean side;
+        const char* shown;
+    } sides[] = {{0, "0"}, {1, "1"}, {0x80, "1"}, {0xFF, "1"}};
+    const Text selector = host().newString(selectorText, encodingASCII);
+    for (const auto& each : sides) {
+        property_spy::reset();
+        call<void>("AudioDeviceSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
+                   each.side, selector, Text{});
+        EXPECT_EQ(property_spy::calls(), Notes{std::string("AudioDeviceSetProperty(0x7, null, 0x9, ") +
+                                               each.shown + ", 0x61626364, 0x0, null)"});
+    }
+    host().drop(selector);
+}
+
+} // namespace
