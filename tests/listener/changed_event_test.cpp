@@ -1,0 +1,350 @@
+// From the platform's notification to the host program's handler: at once on the main thread, by way of the
+// main queue from any other.
+#include "tests/listener/dispatch_spy.h"
+#include "tests/listener/watched_class.h"
+#include "tests/support/c_library_spy.h"
+#include "tests/support/property_spy.h"
+
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace listening;
+using Events = std::vector<Object>;
+
+struct Thrown {};
+
+constexpr Address address = {7, 0x6E737274, 0x676C6F62, 0};
+
+class ChangedEvent : public WatchedClass {
+protected:
+    ChangedEvent()
+    {
+        property_spy::reset();
+        dispatch_spy::reset();
+    }
+    ~ChangedEvent() override
+    {
+        EXPECT_EQ(dispatch_spy::faults(), 0) << "a block for another queue than the main one";
+        dispatch_spy::reset();
+    }
+
+    /// Construct the object there, with a handler, and return its registration.
+    property_spy::Registration listen(Object object)
+    {
+        attach(object);
+        construct(object, address);
+        return property_spy::registrations().back();
+    }
+
+    static OSStatus notify(const property_spy::Registration& registration)
+    {
+        return registration.procedure(registration.object, 1, &registration.address, registration.client);
+    }
+
+    static OSStatus notifyElsewhere(const property_spy::Registration& registration, int times = 1)
+    {
+        OSStatus status = noErr;
+        std::thread([&] {
+            for (int i = 0; i < times; ++i) status |= notify(registration);
+        }).join();
+        return status;
+    }
+};
+
+// ---- on the main thread ----
+
+TEST_F(ChangedEvent, IsRaisedAtOnceOnTheMainThread)
+{
+    for (HostInteger layout = 9; layout <= 13; ++layout) {
+        SCOPED_TRACE(layout);
+        registerFor(layout);
+        events.clear();
+        const Memory memory;
+        const auto registration = listen(memory.object());
+        EXPECT_EQ(notify(registration), 0);
+        EXPECT_EQ(events, Events{memory.object()}) << "asked with the word that the host had filled";
+        EXPECT_EQ(dispatch_spy::waiting(), 0u);
+        destruct(memory.object());
+    }
+}
+
+TEST_F(ChangedEvent, ComesOncePerNotificationWhateverItHolds)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    const AudioObjectPropertyAddress three[3] = {};
+    EXPECT_EQ(registration.procedure(7, 3, three, registration.client), 0);
+    EXPECT_EQ(events.size(), 1u);
+    EXPECT_EQ(registration.procedure(7, 0, nullptr, registration.client), 0);
+    EXPECT_EQ(events.size(), 2u);
+    EXPECT_EQ(registration.procedure(99, 1, three, registration.client), 0);
+    EXPECT_EQ(events.size(), 3u);
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, NeedsNothingOfTheHostButTheHandler)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    notify(registration);
+    ASSERT_EQ(host().calls().size(), 1u) << "no reference is taken";
+    EXPECT_EQ(host().calls()[0].rfind("GetEventInstance(", 0), 0u);
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, IsDroppedWithoutAHandler)
+{
+    const Memory memory;
+    construct(memory.object(), address);
+    const auto registration = property_spy::registrations().back();
+    EXPECT_EQ(notify(registration), 0);
+    EXPECT_EQ(notifyElsewhere(registration), 0);
+    EXPECT_EQ(dispatch_spy::run(), 1u);
+    EXPECT_EQ(events, Events());
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, IsDroppedWithoutTheHostsService)
+{
+    const Memory memory;
+    host().withhold("GetEventInstance");
+    const auto registration = listen(memory.object());
+    EXPECT_EQ(notify(registration), 0);
+    EXPECT_EQ(notifyElsewhere(registration), 0);
+    dispatch_spy::run();
+    EXPECT_EQ(events, Events());
+    host().provide("GetEventInstance");
+    notify(registration);
+    EXPECT_EQ(events, Events{memory.object()}) << "a failed look-up is repeated";
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, LetsNothingThrownReachThePlatform)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    const std::function<void(Object)> throwers[] = {
+        [](Object) { throw Thrown(); },
+        [](Object) { throw std::runtime_error("of the host program"); },
+        [](Object) { throw 42; },
+    };
+    for (const auto& throws : throwers) {
+        events.clear();
+        inHandler = throws;
+        EXPECT_NO_THROW(EXPECT_EQ(notify(registration), 0));
+        EXPECT_EQ(events.size(), 1u);
+
+        EXPECT_EQ(notifyElsewhere(registration), 0);
+        EXPECT_NO_THROW(dispatch_spy::run()) << "the queue is the platform's, too";
+        EXPECT_EQ(events.size(), 2u);
+    }
+    inHandler = nullptr;
+    host().inNext("GetEventInstance", [] { throw Thrown(); });
+    EXPECT_NO_THROW(EXPECT_EQ(notify(registration), 0));
+
+    dispatch_spy::setDuring([] { throw Thrown(); });
+    EXPECT_EQ(notifyElsewhere(registration), 0) << "an exception would have ended the thread, and us";
+    dispatch_spy::reset();
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, GoesToItsOwnListener)
+{
+    const Memory first, second;
+    const auto firstRegistration = listen(first.object()), secondRegistration = listen(second.object());
+    notify(secondRegistration);
+    EXPECT_EQ(events, Events{second.object()});
+    notifyElsewhere(firstRegistration);
+    notifyElsewhere(secondRegistration);
+    notifyElsewhere(firstRegistration);
+    dispatch_spy::run();
+    EXPECT_EQ(events, (Events{second.object(), first.object(), second.object(), first.object()}));
+    destruct(first.object());
+    destruct(second.object());
+}
+
+// ---- elsewhere ----
+
+TEST_F(ChangedEvent, WaitsForTheMainThreadElsewhere)
+{
+    for (HostInteger layout = 9; layout <= 13; ++layout) {
+        SCOPED_TRACE(layout);
+        registerFor(layout);
+        events.clear();
+        const Memory memory;
+        const auto registration = listen(memory.object());
+        EXPECT_EQ(notifyElsewhere(registration), 0);
+        EXPECT_EQ(events, Events());
+        EXPECT_EQ(host().notes(), fake::Notes()) << "the platform's thread leaves the host alone";
+        EXPECT_EQ(dispatch_spy::waiting(), 1u);
+        EXPECT_EQ(dispatch_spy::run(), 1u);
+        EXPECT_EQ(events, Events{memory.object()});
+        destruct(memory.object());
+    }
+}
+
+TEST_F(ChangedEvent, ComesAsOftenAsItChanged)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    notifyElsewhere(registration, 100);
+    EXPECT_EQ(dispatch_spy::run(), 100u);
+    EXPECT_EQ(events, Events(100, memory.object()));
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, OfAListenerThatHasGoneIsDropped)
+{
+    auto memory = std::make_unique<Memory>();
+    const auto registration = listen(memory->object());
+    notifyElsewhere(registration, 3);
+    destruct(memory->object());
+    memory.reset(); // from here on, a look at the object is an error that the sanitizer finds
+    host().forget();
+    EXPECT_EQ(dispatch_spy::run(), 3u);
+    EXPECT_EQ(events, Events());
+    EXPECT_EQ(host().calls(), fake::Notes());
+}
+
+TEST_F(ChangedEvent, OfAListenerThatHasGoneIsNotTheNextOnesAtItsAddress)
+{
+    const Memory memory;
+    const auto first = listen(memory.object());
+    notifyElsewhere(first, 2);
+    destruct(memory.object());
+    const auto second = listen(memory.object());
+    EXPECT_EQ(second.client, first.client);
+    dispatch_spy::run();
+    EXPECT_EQ(events, Events()) << "stale";
+    notifyElsewhere(second);
+    dispatch_spy::run();
+    EXPECT_EQ(events, Events{memory.object()});
+
+    // Both in one run: only the one that was noted in the new object's time.
+    events.clear();
+    notifyElsewhere(second);
+    destruct(memory.object());
+    const auto third = listen(memory.object());
+    notifyElsewhere(third);
+    EXPECT_EQ(dispatch_spy::run(), 2u);
+    EXPECT_EQ(events, Events{memory.object()});
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, SurvivesOtherListenersComingAndGoing)
+{
+    const Memory memory, other;
+    const auto registration = listen(memory.object());
+    notifyElsewhere(registration);
+    listen(other.object());
+    destruct(other.object());
+    listen(other.object());
+    notifyElsewhere(registration);
+    dispatch_spy::run();
+    EXPECT_EQ(events, Events(2, memory.object()));
+    destruct(other.object());
+    notifyElsewhere(registration);
+    dispatch_spy::run();
+    EXPECT_EQ(events, Events(3, memory.object()));
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, FindsEachOfManyListeners)
+{
+    std::vector<std::unique_ptr<Memory>> memories;
+    std::vector<property_spy::Registration> registrations;
+    for (int i = 0; i < 1000; ++i) {
+        memories.push_back(std::make_unique<Memory>());
+        registrations.push_back(listen(memories.back()->object()));
+    }
+    for (std::size_t i = 0; i < memories.size(); i += 3) destruct(memories[i]->object());
+    Events expected;
+    for (std::size_t i = 0; i < memories.size(); ++i) {
+        notify(registrations[i]);
+        if (i % 3 != 0) expected.push_back(memories[i]->object());
+    }
+    EXPECT_EQ(events, expected);
+    for (std::size_t i = 0; i < memories.size(); ++i)
+        if (i % 3 != 0) destruct(memories[i]->object());
+}
+
+TEST_F(ChangedEvent, MayEndItsOwnListener)
+{
+    auto memory = std::make_unique<Memory>();
+    const auto registration = listen(memory->object());
+    notifyElsewhere(registration, 3);
+    inHandler = [&](Object object) {
+        destruct(object);
+        memory.reset();
+    };
+    EXPECT_EQ(dispatch_spy::run(), 3u);
+    EXPECT_EQ(events.size(), 1u);
+}
+
+TEST_F(ChangedEvent, MayMakeAndChangeListeners)
+{
+    const Memory memory, made;
+    const auto registration = listen(memory.object());
+    inHandler = [&](Object object) {
+        if (object != memory.object()) return;
+        notifyElsewhere(listen(made.object()));
+    };
+    notifyElsewhere(registration);
+    EXPECT_EQ(dispatch_spy::run(), 2u);
+    EXPECT_EQ(events, (Events{memory.object(), made.object()}));
+    destruct(made.object());
+    destruct(memory.object());
+}
+
+// ---- without memory ----
+
+TEST_F(ChangedEvent, NeverComesToAListenerThatFoundNoMemory)
+{
+    const long blocks = watched::liveBlocks();
+    const Memory memory;
+    watched::refuseCalloc(1);
+    const auto registration = listen(memory.object());
+    EXPECT_EQ(memory.lastError(), 0) << "the platform had accepted it";
+    EXPECT_EQ(notify(registration), 0);
+    EXPECT_EQ(notifyElsewhere(registration), 0);
+    EXPECT_EQ(dispatch_spy::run(), 1u);
+    EXPECT_EQ(events, Events());
+    destruct(memory.object());
+    EXPECT_EQ(watched::liveBlocks(), blocks);
+
+    notify(listen(memory.object()));
+    EXPECT_EQ(events, Events{memory.object()}) << "the next one is as good as any";
+    destruct(memory.object());
+    EXPECT_EQ(watched::liveBlocks(), blocks);
+}
+
+TEST_F(ChangedEvent, WithoutMemoryIsNotLeftToAnEarlierListenerAtThatAddress)
+{
+    const Memory memory;
+    const auto first = listen(memory.object());
+    notifyElsewhere(first);
+    destruct(memory.object());
+    watched::refuseCalloc(1);
+    const auto second = listen(memory.object());
+    notifyElsewhere(second);
+    EXPECT_EQ(dispatch_spy::run(), 2u);
+    EXPECT_EQ(events, Events());
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, NeverComesAfterARefusedRegistration)
+{
+    const Memory memory;
+    attach(memory.object());
+    property_spy::answer("AudioObjectAddPropertyListener").status = 0x216F626A; // '!obj'
+    construct(memory.object(), address);
+    EXPECT_TRUE(property_spy::registrations().empty());
+    EXPECT_EQ(memory.lastError(), 0x216F626A);
+    EXPECT_EQ(events, Events());
+    EXPECT_EQ(dispatch_spy::waiting(), 0u);
+    destruct(memory.object());
+}
+
+} // namespace

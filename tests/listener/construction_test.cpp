@@ -1,0 +1,143 @@
+// A listener's registration with the platform, from its constructor to its destructor.
+#include "plugin/services.h"
+#include "tests/listener/watched_class.h"
+#include "tests/support/property_spy.h"
+
+#include <climits>
+
+namespace {
+
+using namespace listening;
+using property_spy::Notes;
+
+class ListenerObject : public WatchedClass {
+protected:
+    ListenerObject() { property_spy::reset(); }
+
+    /// What the platform must be called with. `procedure` is as the spy shows it.
+    static std::string call(const char* function, const Address& address, const char* procedure)
+    {
+        char text[160];
+        std::snprintf(text, sizeof text, "%s(0x%X, {0x%X, 0x%X, 0x%X}, %s, object)", function, address.object,
+                      address.selector, address.scope, address.element, procedure);
+        return text;
+    }
+
+    static void expectProperties(Object object, const Address& address)
+    {
+        EXPECT_EQ(read(object, "ObjectID"), address.object);
+        EXPECT_EQ(read(object, "PropertySelector"), address.selector);
+        EXPECT_EQ(read(object, "PropertyScope"), address.scope);
+        EXPECT_EQ(read(object, "PropertyElement"), address.element);
+    }
+};
+
+const Address addresses[] = {
+    {0x80000041, 0xF0000001, 0xE0000002, 0xD0000003}, // all different
+    {1, 0x64657623, 0x676C6F62, 0},                   // the system's device list
+    {7, 0x2A2A2A2A, 0x2A2A2A2A, 0xFFFFFFFF},          // wildcards
+    {0, 0, 0, 0},
+    {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF},
+};
+
+constexpr OSStatus badObject = 0x216F626A; // '!obj'
+const OSStatus statuses[] = {0, badObject, 1, -1, -50, INT_MAX, INT_MIN};
+
+TEST_F(ListenerObject, RegistersAndUnregistersWithTheSameArguments)
+{
+    for (const Address& address : addresses) {
+        property_spy::reset();
+        const Memory memory;
+        property_spy::name(memory.object(), "object");
+        construct(memory.object(), address);
+        EXPECT_EQ(memory.lastError(), 0);
+        EXPECT_EQ(property_spy::calls(), Notes{call("AudioObjectAddPropertyListener", address, "memory")});
+        ASSERT_EQ(property_spy::registrations().size(), 1u);
+
+        property_spy::name(reinterpret_cast<const void*>(property_spy::registrations()[0].procedure),
+                           "procedure");
+        property_spy::forgetCalls();
+        destruct(memory.object());
+        EXPECT_EQ(memory.lastError(), 0);
+        EXPECT_EQ(property_spy::calls(),
+                  Notes{call("AudioObjectRemovePropertyListener", address, "procedure")});
+        EXPECT_TRUE(property_spy::registrations().empty());
+    }
+}
+
+TEST_F(ListenerObject, TellsTheStatusesOfBothAndKeepsItsProperties)
+{
+    for (const Address& address : addresses)
+        for (const OSStatus status : statuses) {
+            property_spy::reset();
+            property_spy::answer("AudioObjectAddPropertyListener").status = status;
+            property_spy::answer("AudioObjectRemovePropertyListener").status = status;
+            const Memory memory;
+            construct(memory.object(), address);
+            EXPECT_EQ(memory.lastError(), status);
+            expectProperties(memory.object(), address);
+
+            memory.lastError() = 4711;
+            destruct(memory.object());
+            EXPECT_EQ(memory.lastError(), status);
+            expectProperties(memory.object(), address);
+            EXPECT_EQ(property_spy::calls().size(), 2u) << "a refused listener is removed like any other";
+        }
+}
+
+TEST_F(ListenerObject, IsMinusOneAndCompleteWhileUnderWay)
+{
+    const Address address = addresses[0];
+    const Memory memory;
+    int seen = 0;
+    const auto look = [&] {
+        ++seen;
+        EXPECT_EQ(memory.lastError(), -1);
+        expectProperties(memory.object(), address);
+    };
+    property_spy::answer("AudioObjectAddPropertyListener").during = look;
+    property_spy::answer("AudioObjectRemovePropertyListener").during = look;
+    construct(memory.object(), address);
+    destruct(memory.object());
+    EXPECT_EQ(seen, 2);
+}
+
+TEST_F(ListenerObject, RaisesNothing)
+{
+    property_spy::answer("AudioObjectAddPropertyListener").status = badObject;
+    const Memory memory;
+    construct(memory.object(), addresses[0]);
+    destruct(memory.object());
+    EXPECT_EQ(host().notes(), fake::Notes()) << "the host is not even asked";
+}
+
+TEST_F(ListenerObject, LetsNothingThrownPass)
+{
+    struct Thrown {};
+    for (const bool addThrows : {true, false}) {
+        property_spy::reset();
+        const Memory memory;
+        const auto throws = [] { throw Thrown(); };
+        if (addThrows) property_spy::answer("AudioObjectAddPropertyListener").during = throws;
+        property_spy::answer("AudioObjectRemovePropertyListener").during = throws;
+        EXPECT_NO_THROW(construct(memory.object(), addresses[0]));
+        EXPECT_EQ(memory.lastError(), addThrows ? -1 : 0);
+        memory.lastError() = 4711;
+        EXPECT_NO_THROW(destruct(memory.object()));
+        EXPECT_EQ(memory.lastError(), -1);
+    }
+}
+
+TEST_F(ListenerObject, ReadsBackUnderEveryLayout)
+{
+    for (HostInteger layout = 9; layout <= 13; ++layout) {
+        SCOPED_TRACE(layout);
+        registerFor(layout);
+        const Memory memory;
+        construct(memory.object(), addresses[0]);
+        expectProperties(memory.object(), addresses[0]);
+        destruct(memory.object());
+    }
+}
+
+} // namespace
