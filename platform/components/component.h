@@ -26,12 +26,9 @@ struct Component {
 
 /// An open component. Its handle is the platform's ComponentInstance.
 struct Instance {
-    explicit Instance(const Component& c) : component(c) {}
+    explicit Instance(const Component& component);
     Instance(const Instance&) = delete;
-    ~Instance()
-    {
-        if (state && component.family->destroy) component.family->destroy(state);
-    }
+    ~Instance();
     const Component component;
     ComponentInstance self = nullptr;
     void* state = nullptr; // the family's
@@ -41,9 +38,6 @@ using Instances = HandleTable<Instance, 1>;
 
 /// The instance behind a handle, kept whole for as long as the use lives. Thread [any], [audio] too.
 Instances::Use use(ComponentInstance handle);
-
-/// How many instances are open.
-std::uint32_t openInstances();
 
 /// Open an instance of `component`. On failure the status says why and `out` is null.
 OSStatus open(::Component component, ComponentInstance& out);

@@ -107,8 +107,6 @@ public:
     /// From here on the handle names nothing; the last use, perhaps this one, frees the thing.
     void endClose(Use use) { use.slot->word.fetch_and(~isOpen, std::memory_order_acq_rel); }
 
-    std::uint32_t count() const { return alive.load(std::memory_order_relaxed); }
-
 private:
     // A slot's word: generation in the upper half; open, closing and the number of uses in the lower.
     static constexpr std::uint64_t isOpen = 1u << 31;
@@ -151,7 +149,6 @@ private:
         } else {
             return nullptr;
         }
-        alive.fetch_add(1, std::memory_order_relaxed);
         return slot;
     }
 
@@ -161,7 +158,6 @@ private:
         if ((before & usesMask) != 1 || before & isOpen) return;
         // Closed and the last use: nobody can find the slot any more.
         slot.thing.reset();
-        alive.fetch_sub(1, std::memory_order_relaxed);
         const std::uint32_t next = generationOf(before) + 1;
         slot.word.store(word(next, 0, 0), std::memory_order_release);
         if (next == generations) return;
@@ -173,7 +169,6 @@ private:
     std::vector<std::unique_ptr<Slot>> slots;
     std::vector<Slot*> freeSlots;
     std::atomic<std::uint32_t> slotCount{0};
-    std::atomic<std::uint32_t> alive{0};
 };
 
 } // namespace kvxplatform::components

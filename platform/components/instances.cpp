@@ -1,10 +1,14 @@
 // Opening and closing components.
 #include "platform/components/component.h"
 
+#include "platform/accounts/account.h"
+
 #include <new>
 
 namespace kvxplatform::components {
 namespace {
+
+Account account("ComponentInstance");
 
 // Never destroyed: a device's thread may still ask for a handle while the program ends.
 Instances& table()
@@ -23,7 +27,13 @@ HandleNumber numberOf(ComponentInstance handle)
 
 Instances::Use use(ComponentInstance handle) { return table().use(numberOf(handle)); }
 
-std::uint32_t openInstances() { return table().count(); }
+Instance::Instance(const Component& c) : component(c) { account.add(); }
+
+Instance::~Instance()
+{
+    if (state && component.family->destroy) component.family->destroy(state);
+    account.remove();
+}
 
 OSStatus open(::Component handle, ComponentInstance& out)
 {
