@@ -42,6 +42,14 @@ const PropertyInfo& needSharedProperty(const ClassInfo& info, std::string_view n
     throw ProgramError(fmt::format("{} has no shared property {}", info.name, name));
 }
 
+void needService(const std::string& name)
+{
+    for (const auto& service : serviceTable()) {
+        if (service.name == name) return;
+    }
+    throw ProgramError(fmt::format("there is no service {} to withhold", name));
+}
+
 } // namespace
 
 std::size_t ServiceLog::lookupsOf(std::string_view name) const
@@ -79,6 +87,7 @@ int layoutOf(double version)
 Host::Host(Options options)
 {
     if (currentHost) throw ProgramError("there is a host already; end it before making another");
+    for (const auto& name : options.withheld) needService(name);
     state_ = std::make_unique<State>();
     state_->options = std::move(options);
     currentHost = this;
@@ -184,7 +193,11 @@ Value Host::constant(std::string_view className, std::string_view name) const
 
 const Options& Host::options() const { return state_->options; }
 
-void Host::withhold(const std::string& service) { state_->options.withheld.insert(service); }
+void Host::withhold(const std::string& service)
+{
+    needService(service);
+    state_->options.withheld.insert(service);
+}
 
 void Host::provide(const std::string& service) { state_->options.withheld.erase(service); }
 

@@ -51,7 +51,7 @@ struct ServiceLog {
 
 class Host {
 public:
-    /// Throws ProgramError if there is a host already.
+    /// Throws ProgramError if there is a host already, or if a withheld name is no service's.
     explicit Host(Options options = {});
 
     /// Frees what is still alive, without running destructors; the leak report is to be read before.
@@ -109,7 +109,7 @@ public:
     // ---- options ----
 
     const Options& options() const;
-    void withhold(const std::string& service); ///< from the next look-up on
+    void withhold(const std::string& service); ///< from the next look-up on; throws as above
     void provide(const std::string& service);  ///< take that back
 
     /// The version that the plug-in sees: 0.0 while "REALGetRBVersion" is withheld.

@@ -106,8 +106,16 @@ TEST(ServiceTable, EachNameCanBeWithheldAndGivenBack)
         host.provide(fact.name);
         EXPECT_NE(resolver(fact.name), nullptr) << fact.name;
     }
+}
+
+TEST(ServiceTable, OnlyNamesOfServicesCanBeWithheld)
+{
     auto options = version(2016.0);
-    options.withheld = {"REALLockObject"};
+    options.withheld = {"REALLokObject"};
+    EXPECT_THROW(Host{options}, ProgramError) << "a slip would make a test prove nothing";
+    EXPECT_EQ(Host::currentOrNull(), nullptr);
+    Host host;
+    EXPECT_THROW(host.withhold("REALLokObject"), ProgramError);
 }
 
 TEST(ServiceTable, UnknownNamesHaveNoService)
