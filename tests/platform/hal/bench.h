@@ -1,0 +1,144 @@
+// What the tests of devices work with: a device of their own, procedures whose bodies are lambdas, properties
+// in one line.
+#pragma once
+
+#include <CoreAudio/CoreAudio.h>
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// Four characters of a code, for messages.
+std::string text(UInt32 code);
+
+/// One call of a procedure, as it arrives.
+struct Call {
+    AudioDeviceID device;
+    const AudioTimeStamp* now;
+    const AudioBufferList* input;
+    const AudioTimeStamp* inputTime;
+    AudioBufferList* output;
+    const AudioTimeStamp* outputTime;
+
+    UInt32 channels() const { return output->mNumberBuffers ? output->mBuffers[0].mNumberChannels : 0; }
+    UInt32 frames() const { return channels() ? output->mBuffers[0].mDataByteSize / 4 / channels() : 0; }
+    UInt32 samples() const { return frames() * channels(); }
+    float* data() const { return static_cast<float*>(output->mBuffers[0].mData); }
+    void fill(float value) const { std::fill_n(data(), samples(), value); }
+};
+
+/// A device that lives as long as this: stepped, 44100 Hz, stereo, slices of 64 frames unless said otherwise.
+class Device {
+public:
+    explicit Device(const KVXSimulatedDevice& description = stepped());
+    ~Device();
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    operator AudioDeviceID() const { return id_; }
+    void unplug();
+
+    static KVXSimulatedDevice stepped();
+    static KVXSimulatedDevice paced();
+
+private:
+    AudioDeviceID id_;
+};
+
+/// A procedure under an ID of its own; goes with this.
+class Procedure {
+public:
+    using Body = std::function<void(const Call&)>;
+
+    Procedure(AudioDeviceID device, Body body);
+    ~Procedure();
+    Procedure(const Procedure&) = delete;
+    Procedure& operator=(const Procedure&) = delete;
+
+    OSStatus start() { return AudioDeviceStart(device_, id_); }
+    OSStatus stop() { return AudioDeviceStop(device_, id_); }
+    /// Safe to call in the procedure itself.
+    OSStatus remove();
+
+    AudioDeviceIOProcID id() const { return id_; }
+    int calls() const { return calls_; }
+
+private:
+    static OSStatus call(AudioDeviceID device, const AudioTimeStamp* now, const AudioBufferList* input,
+                         const AudioTimeStamp* inputTime, AudioBufferList* output,
+                         const AudioTimeStamp* outputTime, void* client);
+
+    AudioDeviceID device_;
+    AudioDeviceIOProcID id_ = nullptr;
+    Body body_;
+    std::atomic<int> calls_{0};
+};
+
+/// All that a device plays while this lives.
+class Recording {
+public:
+    explicit Recording(AudioDeviceID device);
+    ~Recording();
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+
+    std::vector<float> samples;
+    std::vector<UInt32> slices; ///< frames of each
+
+private:
+    static void take(void* context, const float* samples, uint32_t frames, uint32_t channels);
+    AudioDeviceID device_;
+};
+
+// ---- properties ----
+
+AudioObjectPropertyAddress address(AudioObjectPropertySelector selector,
+                                   AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal,
+                                   AudioObjectPropertyElement element = 0);
+
+template <class T>
+T get(AudioObjectID object, const AudioObjectPropertyAddress& at)
+{
+    T value = {};
+    UInt32 size = sizeof value;
+    EXPECT_EQ(AudioObjectGetPropertyData(object, &at, 0, nullptr, &size, &value), noErr)
+        << text(at.mSelector);
+    EXPECT_EQ(size, sizeof value) << text(at.mSelector);
+    return value;
+}
+
+template <class T>
+std::vector<T> getAll(AudioObjectID object, const AudioObjectPropertyAddress& at)
+{
+    UInt32 size = 0;
+    EXPECT_EQ(AudioObjectGetPropertyDataSize(object, &at, 0, nullptr, &size), noErr) << text(at.mSelector);
+    std::vector<T> values(size / sizeof(T));
+    EXPECT_EQ(AudioObjectGetPropertyData(object, &at, 0, nullptr, &size, values.data()), noErr)
+        << text(at.mSelector);
+    values.resize(size / sizeof(T));
+    return values;
+}
+
+template <class T>
+OSStatus set(AudioObjectID object, const AudioObjectPropertyAddress& at, const T& value)
+{
+    return AudioObjectSetPropertyData(object, &at, 0, nullptr, sizeof value, &value);
+}
+
+AudioDeviceID defaultOutput();
+
+/// The objects of a kind that callers hold, as leak reports count them.
+uint32_t account(const std::string& kind);
+
+/// Let `condition` come true, however long it takes: the test's own time limit is the only one.
+void waitFor(const std::function<bool()>& condition);
+
+} // namespace bench
