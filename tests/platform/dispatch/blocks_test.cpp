@@ -66,8 +66,6 @@ TEST(Blocks, ShareTheirVariables)
     EXPECT_EQ(sum, 10);
 }
 
-using BlocksDeathTest = testing::Test;
-
 TEST(BlocksDeathTest, EndTheProcessWhereACallHasNoMeaning)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
