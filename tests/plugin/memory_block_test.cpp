@@ -71,9 +71,7 @@ TEST_F(MemoryBlockTest, TooLargeIsNotEvenAskedFor)
         enter(2016.0);
         EXPECT_EQ(REALBuildMemoryblock(bytes, fact.size), nullptr);
         expectOutOfMemory(fact.message);
-        const Notes calls = host.calls();
-        const bool isAskedFor = calls[0] == "newMemoryBlock(2147483646) = null";
-        EXPECT_EQ(isAskedFor, fact.isAskedFor) << calls[0];
+        EXPECT_EQ(host.calls()[0].rfind("newMemoryBlock(", 0) == 0, fact.isAskedFor) << host.calls()[0];
     }
 }
 
