@@ -26,11 +26,14 @@ TEST(Blocks, AreCopiedAndReleasedOnce)
     static int ran = 0;
     {
         const Counted counted;
-        dispatch_async(dispatch_get_main_queue(), ^{
-          (void)counted;
-          ++ran;
-        });
-        EXPECT_EQ(Counted::alive, 2) << "one here, one in the copied block";
+        {
+            dispatch_async(dispatch_get_main_queue(), ^{
+              (void)counted;
+              ++ran;
+            });
+            EXPECT_EQ(Counted::alive, 3) << "here, in the block as written, in the block as queued";
+        }
+        EXPECT_EQ(Counted::alive, 2) << "the block as written is gone";
     }
     EXPECT_EQ(Counted::alive, 1) << "the copy outlives the scope that made the block";
     EXPECT_EQ(KVXPlatformDrainMainQueue(0), 1u);
