@@ -53,10 +53,11 @@ if(NOT APPLE)
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
 
-# kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS …] [TIMEOUT seconds]): one GoogleTest program; CTest runs
-# each of its tests in a process of its own, so that process-wide state starts fresh.
+# kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds]): one GoogleTest program; CTest runs
+# each of its tests in a process of its own, so that process-wide state starts fresh. They play to the simulated
+# device, unless they say otherwise.
 function(kvx_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(arg "" "TIMEOUT;LABELS" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -67,7 +68,10 @@ function(kvx_test name)
                                              KVX_BINARY_DIR="${CMAKE_BINARY_DIR}")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
                                            BUILD_RPATH "$ORIGIN/..")
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
-                                  ENVIRONMENT "KVX_AUDIO_DEVICE=simulated;${arg_ENVIRONMENT}")
+  # The discovery drops empty values and takes lists apart: one value each, and none that is empty.
+  set(properties TIMEOUT ${arg_TIMEOUT} ENVIRONMENT KVX_AUDIO_DEVICE=simulated)
+  if(arg_LABELS)
+    list(APPEND properties LABELS ${arg_LABELS})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
