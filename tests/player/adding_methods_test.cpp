@@ -41,7 +41,7 @@ HostBoolean call(const Method& method, const PlayerObject& object, Memory block1
     return test::call<HostBoolean>(method.name, object, block1, a.offset, a.count, a.bitSize, a.clearBuffers);
 }
 
-class AddingMethods : public ::testing::Test {
+class PlayerAddingMethods : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -56,7 +56,7 @@ protected:
     }
 };
 
-TEST_F(AddingMethods, TakeTheWholeFirstBlockWhenTheCountIsZero)
+TEST_F(PlayerAddingMethods, TakeTheWholeFirstBlockWhenTheCountIsZero)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -69,7 +69,7 @@ TEST_F(AddingMethods, TakeTheWholeFirstBlockWhenTheCountIsZero)
     }
 }
 
-TEST_F(AddingMethods, TakeTheCountThatIsGiven)
+TEST_F(PlayerAddingMethods, TakeTheCountThatIsGiven)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -84,7 +84,7 @@ TEST_F(AddingMethods, TakeTheCountThatIsGiven)
 
 // The default count is not reduced by the offset: whoever gives an offset gives a count, or has memory behind
 // it.
-TEST_F(AddingMethods, TakeTheWholeSizeEvenBehindAnOffset)
+TEST_F(PlayerAddingMethods, TakeTheWholeSizeEvenBehindAnOffset)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -100,7 +100,7 @@ TEST_F(AddingMethods, TakeTheWholeSizeEvenBehindAnOffset)
     }
 }
 
-TEST_F(AddingMethods, WithoutTheSizeServiceAZeroCountStaysZero)
+TEST_F(PlayerAddingMethods, WithoutTheSizeServiceAZeroCountStaysZero)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -115,7 +115,7 @@ TEST_F(AddingMethods, WithoutTheSizeServiceAZeroCountStaysZero)
     }
 }
 
-TEST_F(AddingMethods, AskNoSizeOfANilBlock)
+TEST_F(PlayerAddingMethods, AskNoSizeOfANilBlock)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -135,7 +135,7 @@ TEST_F(AddingMethods, AskNoSizeOfANilBlock)
     }
 }
 
-TEST_F(AddingMethods, AddFloatAudioWithANilBlockIsFalseAndAddAudioRaises)
+TEST_F(PlayerAddingMethods, AddFloatAudioWithANilBlockIsFalseAndAddAudioRaises)
 {
     const PlayerObject object;
     EXPECT_EQ(call(methods[1], object, nullptr, nullptr), 0);
@@ -147,7 +147,7 @@ TEST_F(AddingMethods, AddFloatAudioWithANilBlockIsFalseAndAddAudioRaises)
     EXPECT_EQ(host::livingValues(), 0);
 }
 
-TEST_F(AddingMethods, AnEmptyBlockIsRefused)
+TEST_F(PlayerAddingMethods, AnEmptyBlockIsRefused)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -159,7 +159,7 @@ TEST_F(AddingMethods, AnEmptyBlockIsRefused)
     }
 }
 
-TEST_F(AddingMethods, ClearBuffersPutsTheNewOneInPlaceOfAllThatWaits)
+TEST_F(PlayerAddingMethods, ClearBuffersPutsTheNewOneInPlaceOfAllThatWaits)
 {
     for (const Method& method : methods)
         for (const HostBoolean clearBuffers : {0, 1}) {
@@ -173,7 +173,7 @@ TEST_F(AddingMethods, ClearBuffersPutsTheNewOneInPlaceOfAllThatWaits)
         }
 }
 
-TEST_F(AddingMethods, AddingMethodsStartNothing)
+TEST_F(PlayerAddingMethods, AddingMethodsStartNothing)
 {
     for (const Method& method : methods) {
         if (method.plays) continue;
@@ -186,7 +186,7 @@ TEST_F(AddingMethods, AddingMethodsStartNothing)
     }
 }
 
-TEST_F(AddingMethods, PlayingMethodsQueueAndStart)
+TEST_F(PlayerAddingMethods, PlayingMethodsQueueAndStart)
 {
     for (const Method& method : methods) {
         if (!method.plays) continue;
@@ -201,7 +201,7 @@ TEST_F(AddingMethods, PlayingMethodsQueueAndStart)
     }
 }
 
-TEST_F(AddingMethods, PlayingOnARunningPlayerQueuesAndReturnsTrueWithoutRestarting)
+TEST_F(PlayerAddingMethods, PlayingOnARunningPlayerQueuesAndReturnsTrueWithoutRestarting)
 {
     for (const Method& method : methods) {
         if (!method.plays) continue;
@@ -221,7 +221,7 @@ TEST_F(AddingMethods, PlayingOnARunningPlayerQueuesAndReturnsTrueWithoutRestarti
     }
 }
 
-TEST_F(AddingMethods, PlayingMethodsReturnFalseWhenTheStartFailsAndKeepTheBuffer)
+TEST_F(PlayerAddingMethods, PlayingMethodsReturnFalseWhenTheStartFailsAndKeepTheBuffer)
 {
     for (const Method& method : methods)
         for (const spy::Function refusing :
@@ -238,7 +238,7 @@ TEST_F(AddingMethods, PlayingMethodsReturnFalseWhenTheStartFailsAndKeepTheBuffer
         }
 }
 
-TEST_F(AddingMethods, PlayingMethodsStartNothingWhenTheBufferIsRefused)
+TEST_F(PlayerAddingMethods, PlayingMethodsStartNothingWhenTheBufferIsRefused)
 {
     for (const Method& method : methods) {
         if (!method.plays) continue;
@@ -256,7 +256,7 @@ TEST_F(AddingMethods, PlayingMethodsStartNothingWhenTheBufferIsRefused)
 }
 
 // A refused buffer is refused on a running player, too.
-TEST_F(AddingMethods, PlayingOnARunningPlayerIsFalseWhenTheBufferIsRefused)
+TEST_F(PlayerAddingMethods, PlayingOnARunningPlayerIsFalseWhenTheBufferIsRefused)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.start());

@@ -16,7 +16,7 @@ using Floats = std::vector<float>;
 const float before = Slice::floatBefore();
 constexpr float s = 0.0f; // silence
 
-class BufferLists : public ::testing::Test {
+class PlayerBufferLists : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -130,7 +130,7 @@ const struct {
      "three buffers"},
 };
 
-TEST_F(BufferLists, AreFilledByTheirShape)
+TEST_F(PlayerBufferLists, AreFilledByTheirShape)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(::testing::Message() << fact.why << ", data of " << fact.channels << " channels");
@@ -148,7 +148,7 @@ TEST_F(BufferLists, AreFilledByTheirShape)
 }
 
 // Silence covers every listed buffer with memory, to its last byte, whatever its channels are.
-TEST_F(BufferLists, AreZeroedWholeWithoutData)
+TEST_F(PlayerBufferLists, AreZeroedWholeWithoutData)
 {
     const std::vector<Shape> shapes = {
         {2, 15, false}, {0, 7, false}, {6, 24, false}, {1, 8, true}, {1, 3, false}};
@@ -174,7 +174,7 @@ TEST_F(BufferLists, AreZeroedWholeWithoutData)
             }
 }
 
-TEST_F(BufferLists, RunningDryInTheMiddleIsSilenceToTheEndOfTheSlice)
+TEST_F(PlayerBufferLists, RunningDryInTheMiddleIsSilenceToTheEndOfTheSlice)
 {
     const PlayerObject mono, stereo;
     ASSERT_TRUE(mono.add({1, 2}));

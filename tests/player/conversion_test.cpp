@@ -13,7 +13,7 @@ using test::Memory;
 using test::PlayerObject;
 using Bytes = std::vector<unsigned char>;
 
-class Conversion : public ::testing::Test {
+class PlayerConversion : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -123,7 +123,7 @@ const struct {
 };
 // clang-format on
 
-TEST_F(Conversion, GivesEachSampleItsExactFloat)
+TEST_F(PlayerConversion, GivesEachSampleItsExactFloat)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(::testing::Message() << fact.bitSize << " bits: " << fact.why);
@@ -133,7 +133,7 @@ TEST_F(Conversion, GivesEachSampleItsExactFloat)
     }
 }
 
-TEST_F(Conversion, CoversEverySampleOf8Bits)
+TEST_F(PlayerConversion, CoversEverySampleOf8Bits)
 {
     Bytes all;
     for (int i = 0; i < 256; ++i) all.push_back(static_cast<unsigned char>(i));
@@ -147,7 +147,7 @@ TEST_F(Conversion, CoversEverySampleOf8Bits)
     }
 }
 
-TEST_F(Conversion, CoversEverySampleOf16Bits)
+TEST_F(PlayerConversion, CoversEverySampleOf16Bits)
 {
     Bytes all;
     for (int i = 0; i < 65536; ++i) {
@@ -164,7 +164,7 @@ TEST_F(Conversion, CoversEverySampleOf16Bits)
     }
 }
 
-TEST_F(Conversion, WalksThrough24And32Bits)
+TEST_F(PlayerConversion, WalksThrough24And32Bits)
 {
     // A stride that visits every byte value in every place.
     Bytes bytes24, bytes32;
@@ -196,7 +196,7 @@ const struct {
     {24, 5, 1}, {24, 6, 2}, {24, 8, 2}, {32, 4, 1}, {32, 7, 1}, {31, 8, 2}, {31, 11, 2},
 };
 
-TEST_F(Conversion, IgnoresWhatIsLeftBehindTheLastWholeSample)
+TEST_F(PlayerConversion, IgnoresWhatIsLeftBehindTheLastWholeSample)
 {
     for (const auto& row : remainders) {
         SCOPED_TRACE(::testing::Message() << row.bytes << " bytes of " << row.bitSize << " bits");
@@ -205,7 +205,7 @@ TEST_F(Conversion, IgnoresWhatIsLeftBehindTheLastWholeSample)
     }
 }
 
-TEST_F(Conversion, StartsAtTheOffsetWhateverItsAlignment)
+TEST_F(PlayerConversion, StartsAtTheOffsetWhateverItsAlignment)
 {
     for (const HostInteger bitSize : {7, 8, 15, 16, 24, 31, 32}) {
         const Bytes samples = {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0, 0x11, 0x22, 0x33, 0x44};
@@ -220,7 +220,7 @@ TEST_F(Conversion, StartsAtTheOffsetWhateverItsAlignment)
     }
 }
 
-TEST_F(Conversion, InterleavesTwoBlocks)
+TEST_F(PlayerConversion, InterleavesTwoBlocks)
 {
     const PlayerObject object;
     const host::Block left(Bytes{0xEE, 0x00, 0x80, 0x00, 0x40, 0x00, 0x20}),
@@ -232,7 +232,7 @@ TEST_F(Conversion, InterleavesTwoBlocks)
     EXPECT_EQ(object->queue[0].count, 6);
 }
 
-TEST_F(Conversion, InterleavesEveryFormAsItConvertsOneBlock)
+TEST_F(PlayerConversion, InterleavesEveryFormAsItConvertsOneBlock)
 {
     const Bytes a = {0x01, 0x92, 0x13, 0xA4, 0x25, 0xB6, 0x37, 0xC8, 0x49, 0xDA, 0x5B, 0xEC};
     const Bytes b(a.rbegin(), a.rend());
@@ -267,7 +267,7 @@ std::vector<std::uint32_t> patternsOf(const player::PlayItem& item)
     return words;
 }
 
-TEST_F(Conversion, CopiesFloatsBitForBit)
+TEST_F(PlayerConversion, CopiesFloatsBitForBit)
 {
     for (const HostInteger offset : {0, 1, 2, 3, 4}) {
         SCOPED_TRACE(offset);
@@ -282,7 +282,7 @@ TEST_F(Conversion, CopiesFloatsBitForBit)
     }
 }
 
-TEST_F(Conversion, InterleavesFloatsBitForBit)
+TEST_F(PlayerConversion, InterleavesFloatsBitForBit)
 {
     const std::vector<std::uint32_t> reversed(patterns.rbegin(), patterns.rend());
     for (const HostInteger offset : {0, 3}) {
@@ -305,7 +305,7 @@ TEST_F(Conversion, InterleavesFloatsBitForBit)
     }
 }
 
-TEST_F(Conversion, CountsFloatsInWholeOnes)
+TEST_F(PlayerConversion, CountsFloatsInWholeOnes)
 {
     for (HostInteger bytes = 4; bytes < 17; ++bytes) {
         const PlayerObject object;

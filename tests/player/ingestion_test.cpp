@@ -21,7 +21,7 @@ enum Kind { good, nil, noMemory }; // of a block
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
-class Ingestion : public ::testing::Test {
+class PlayerIngestion : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -110,7 +110,7 @@ const struct {
 };
 // clang-format on
 
-TEST_F(Ingestion, IntegerBlocksAreRefusedInOrder)
+TEST_F(PlayerIngestion, IntegerBlocksAreRefusedInOrder)
 {
     for (const auto& row : refusals) {
         SCOPED_TRACE(row.why);
@@ -133,7 +133,7 @@ TEST_F(Ingestion, IntegerBlocksAreRefusedInOrder)
 }
 
 // The same table, with the fault in one of the two blocks, or in both: raised once all the same.
-TEST_F(Ingestion, StereoBlocksAreRefusedInOrder)
+TEST_F(PlayerIngestion, StereoBlocksAreRefusedInOrder)
 {
     for (const auto& row : refusals)
         for (const int faulty : {1, 2, 3}) {
@@ -155,7 +155,7 @@ TEST_F(Ingestion, StereoBlocksAreRefusedInOrder)
         }
 }
 
-TEST_F(Ingestion, StereoBlocksAreTakenWhileThePlayerIsMono)
+TEST_F(PlayerIngestion, StereoBlocksAreTakenWhileThePlayerIsMono)
 {
     const PlayerObject object;
     ASSERT_EQ(object->numberOfChannels, 1);
@@ -165,7 +165,7 @@ TEST_F(Ingestion, StereoBlocksAreTakenWhileThePlayerIsMono)
     EXPECT_EQ(object->numberOfChannels, 1);
 }
 
-TEST_F(Ingestion, FloatBlocksAreRefusedWithoutAnException)
+TEST_F(PlayerIngestion, FloatBlocksAreRefusedWithoutAnException)
 {
     // clang-format off
     const struct {
@@ -204,7 +204,7 @@ TEST_F(Ingestion, FloatBlocksAreRefusedWithoutAnException)
         }
 }
 
-TEST_F(Ingestion, FloatBlocksAreTakenAtAnyRateAndChannelCount)
+TEST_F(PlayerIngestion, FloatBlocksAreTakenAtAnyRateAndChannelCount)
 {
     for (const float rate : {0.0f, -1.0f, notANumber, infinity, 0.5f})
         for (const std::int32_t channels : {0, 3, -1}) {
@@ -219,7 +219,7 @@ TEST_F(Ingestion, FloatBlocksAreTakenAtAnyRateAndChannelCount)
         }
 }
 
-TEST_F(Ingestion, KnowsSevenBitSizes)
+TEST_F(PlayerIngestion, KnowsSevenBitSizes)
 {
     for (HostInteger bitSize = -1; bitSize <= 40; ++bitSize) {
         SCOPED_TRACE(bitSize);
@@ -270,7 +270,7 @@ const struct {
 };
 // clang-format on
 
-TEST_F(Ingestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
+TEST_F(PlayerIngestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
 {
     for (const auto& row : sizes) {
         SCOPED_TRACE(::testing::Message()
@@ -298,7 +298,7 @@ TEST_F(Ingestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
     }
 }
 
-TEST_F(Ingestion, ClearBuffersIsLeftAloneByARefusal)
+TEST_F(PlayerIngestion, ClearBuffersIsLeftAloneByARefusal)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -316,7 +316,7 @@ TEST_F(Ingestion, ClearBuffersIsLeftAloneByARefusal)
 
 // The host's memory is read as it is, whatever size the block has by its own account: that is the caller's
 // affair.
-TEST_F(Ingestion, AsksForNoSize)
+TEST_F(PlayerIngestion, AsksForNoSize)
 {
     const PlayerObject object;
     const auto block = blockOf(good);
@@ -326,7 +326,7 @@ TEST_F(Ingestion, AsksForNoSize)
 
 // ---- hosts without a service ----
 
-TEST_F(Ingestion, WithoutThePointerServiceIntegersRaiseAndFloatsAreFalse)
+TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsAreFalse)
 {
     host::load({"memoryBlockGetPtr"});
     const PlayerObject object;
@@ -340,6 +340,30 @@ TEST_F(Ingestion, WithoutThePointerServiceIntegersRaiseAndFloatsAreFalse)
     EXPECT_FALSE(AddSomeAudioStereo(object.data(), handle(block), handle(block), 0, 8, 16, false));
     expectNilRaised(true);
     EXPECT_EQ(object->queueCount, 0);
+}
+
+// A service that is found is kept; one that is missing is asked for again at the next use.
+TEST_F(PlayerIngestion, AsksAgainForAMissingServiceAndKeepsAFoundOne)
+{
+    host::load({"memoryBlockGetPtr"});
+    const PlayerObject object;
+    const auto block = blockOf(good);
+    EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
+    EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
+    EXPECT_EQ(host::lookUps("memoryBlockGetPtr"), 2);
+    host::withhold({});
+    EXPECT_TRUE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
+    host::withhold({"memoryBlockGetPtr"});
+    EXPECT_TRUE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
+    EXPECT_EQ(host::lookUps("memoryBlockGetPtr"), 3);
+
+    host::load({"memoryBlockGetSize"});
+    EXPECT_FALSE(object.add({1}));
+    EXPECT_FALSE(object.add({1}));
+    host::withhold({});
+    EXPECT_TRUE(object.add({1}));
+    EXPECT_TRUE(object.add({1}));
+    EXPECT_EQ(host::lookUps("memoryBlockGetSize"), 3);
 }
 
 } // namespace

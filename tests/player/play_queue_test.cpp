@@ -16,7 +16,7 @@ using player::PlayItem;
 using test::PlayerObject;
 using Events = std::vector<std::string>;
 
-class Queue : public ::testing::Test {
+class PlayerQueue : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -61,7 +61,7 @@ protected:
     }
 };
 
-TEST_F(Queue, TakesTwoHundredBuffersAndRefusesTheNext)
+TEST_F(PlayerQueue, TakesTwoHundredBuffersAndRefusesTheNext)
 {
     const PlayerObject object;
     const long before = watched::liveBlocks();
@@ -83,7 +83,7 @@ TEST_F(Queue, TakesTwoHundredBuffersAndRefusesTheNext)
     expectInvariant(object);
 }
 
-TEST_F(Queue, GivesBackItsBuffersInOrderThroughAllSlots)
+TEST_F(PlayerQueue, GivesBackItsBuffersInOrderThroughAllSlots)
 {
     const PlayerObject object;
     fill(object, 200);
@@ -105,7 +105,7 @@ TEST_F(Queue, GivesBackItsBuffersInOrderThroughAllSlots)
     expectEmptied(object->current);
 }
 
-TEST_F(Queue, FillsUpAgainBehindWhatStillWaits)
+TEST_F(PlayerQueue, FillsUpAgainBehindWhatStillWaits)
 {
     const PlayerObject object;
     fill(object, 200);
@@ -122,7 +122,7 @@ TEST_F(Queue, FillsUpAgainBehindWhatStillWaits)
     expectInvariant(object);
 }
 
-TEST_F(Queue, ItemIsEmptyAfterEveryAdd)
+TEST_F(PlayerQueue, ItemIsEmptyAfterEveryAdd)
 {
     const PlayerObject object;
     for (const bool clearBuffers : {false, true}) {
@@ -141,7 +141,7 @@ TEST_F(Queue, ItemIsEmptyAfterEveryAdd)
     expectEmptied(refused);
 }
 
-TEST_F(Queue, ClearBuffersOnAFullQueueLeaves199Free)
+TEST_F(PlayerQueue, ClearBuffersOnAFullQueueLeaves199Free)
 {
     const PlayerObject object;
     fill(object, 200);
@@ -158,7 +158,7 @@ TEST_F(Queue, ClearBuffersOnAFullQueueLeaves199Free)
     expectInvariant(object);
 }
 
-TEST_F(Queue, ClearBuffersOnAnEmptyQueueIsAPlainAdd)
+TEST_F(PlayerQueue, ClearBuffersOnAnEmptyQueueIsAPlainAdd)
 {
     const PlayerObject object;
     EXPECT_TRUE(object.add({7}, true));
@@ -170,7 +170,7 @@ TEST_F(Queue, ClearBuffersOnAnEmptyQueueIsAPlainAdd)
     expectInvariant(object);
 }
 
-TEST_F(Queue, NullBufferIsRefusedWithoutTheLock)
+TEST_F(PlayerQueue, NullBufferIsRefusedWithoutTheLock)
 {
     const PlayerObject object;
     fill(object, 2);
@@ -186,7 +186,7 @@ TEST_F(Queue, NullBufferIsRefusedWithoutTheLock)
 }
 
 // The lock guards slot moves and frees; conversion, and the freeing of a refused buffer, go without it.
-TEST_F(Queue, HoldsTheLockForSlotMovesAndFreesOnly)
+TEST_F(PlayerQueue, HoldsTheLockForSlotMovesAndFreesOnly)
 {
     const PlayerObject object;
     const auto eventsOf = [](auto&& operation) {
@@ -211,7 +211,7 @@ TEST_F(Queue, HoldsTheLockForSlotMovesAndFreesOnly)
     EXPECT_EQ(eventsOf([&] { object.add({6}); }), (Events{"calloc 4", "lock", "unlock", "free"}));
 }
 
-TEST_F(Queue, ClearingAllFreesEveryBufferAndTheCurrentOne)
+TEST_F(PlayerQueue, ClearingAllFreesEveryBufferAndTheCurrentOne)
 {
     const long before = watched::liveBlocks();
     const PlayerObject object;
@@ -228,7 +228,7 @@ TEST_F(Queue, ClearingAllFreesEveryBufferAndTheCurrentOne)
 }
 
 // Should the count ever be wrong, nothing is lost for it.
-TEST_F(Queue, ClearingAllFreesAll200SlotsWhateverTheCountSays)
+TEST_F(PlayerQueue, ClearingAllFreesAll200SlotsWhateverTheCountSays)
 {
     const long before = watched::liveBlocks();
     const PlayerObject object;
@@ -240,7 +240,7 @@ TEST_F(Queue, ClearingAllFreesAll200SlotsWhateverTheCountSays)
     expectInvariant(object);
 }
 
-TEST_F(Queue, AnAddThatFindsNoEmptySlotFreesItsBuffer)
+TEST_F(PlayerQueue, AnAddThatFindsNoEmptySlotFreesItsBuffer)
 {
     const PlayerObject object;
     fill(object, 200);
@@ -256,7 +256,7 @@ TEST_F(Queue, AnAddThatFindsNoEmptySlotFreesItsBuffer)
     EXPECT_EQ(object->queueCount, 199);
 }
 
-TEST_F(Queue, AnAddUsesTheFirstEmptySlot)
+TEST_F(PlayerQueue, AnAddUsesTheFirstEmptySlot)
 {
     const PlayerObject object;
     fill(object, 5);
@@ -268,7 +268,7 @@ TEST_F(Queue, AnAddUsesTheFirstEmptySlot)
 }
 
 // A front slot without data yields nothing, whatever the count says.
-TEST_F(Queue, AnEmptyFrontIsNotTaken)
+TEST_F(PlayerQueue, AnEmptyFrontIsNotTaken)
 {
     const PlayerObject object;
     object->queueCount = 1;
@@ -283,7 +283,7 @@ TEST_F(Queue, AnEmptyFrontIsNotTaken)
     EXPECT_EQ(object->current.data, nullptr);
 }
 
-TEST_F(Queue, IsEachPlayersOwnUnderOneLock)
+TEST_F(PlayerQueue, IsEachPlayersOwnUnderOneLock)
 {
     const PlayerObject a, b;
     fill(a, 200);
@@ -307,7 +307,7 @@ TEST_F(Queue, IsEachPlayersOwnUnderOneLock)
 
 // ---- a lock that cannot be taken ----
 
-TEST_F(Queue, AnAddWithoutTheLockFreesItsBuffer)
+TEST_F(PlayerQueue, AnAddWithoutTheLockFreesItsBuffer)
 {
     const PlayerObject object;
     fill(object, 2);
@@ -326,7 +326,7 @@ TEST_F(Queue, AnAddWithoutTheLockFreesItsBuffer)
     }
 }
 
-TEST_F(Queue, AnAddingMethodWithoutTheLockReturnsFalse)
+TEST_F(PlayerQueue, AnAddingMethodWithoutTheLockReturnsFalse)
 {
     const PlayerObject object;
     const long before = watched::liveBlocks();
@@ -338,7 +338,7 @@ TEST_F(Queue, AnAddingMethodWithoutTheLockReturnsFalse)
     EXPECT_EQ(watched::liveBlocks(), before);
 }
 
-TEST_F(Queue, FreeSpaceWithoutTheLockIsNone)
+TEST_F(PlayerQueue, FreeSpaceWithoutTheLockIsNone)
 {
     const PlayerObject object;
     watched::refuseLock(2);
@@ -350,7 +350,7 @@ TEST_F(Queue, FreeSpaceWithoutTheLockIsNone)
     EXPECT_FALSE(hasSpace);
 }
 
-TEST_F(Queue, TakingTheFrontWithoutTheLockTakesNothing)
+TEST_F(PlayerQueue, TakingTheFrontWithoutTheLockTakesNothing)
 {
     const PlayerObject object;
     fill(object, 2);
@@ -365,7 +365,7 @@ TEST_F(Queue, TakingTheFrontWithoutTheLockTakesNothing)
     EXPECT_EQ(object->outputPositionRelative, 3.0);
 }
 
-TEST_F(Queue, ClearingAllWithoutTheLockStillFreesTheCurrentBuffer)
+TEST_F(PlayerQueue, ClearingAllWithoutTheLockStillFreesTheCurrentBuffer)
 {
     const PlayerObject object;
     fill(object, 2);

@@ -219,7 +219,7 @@ public:
     std::uint64_t heard_ = 0;
 };
 
-class Reference : public ::testing::Test {
+class PlayerReference : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -244,11 +244,11 @@ protected:
     }
 };
 
-TEST_F(Reference, AgreesOverUsualRates) { run(1, 1500, false); }
-TEST_F(Reference, AgreesOverStrangeRatesAndSamples) { run(100001, 1500, true); }
+TEST_F(PlayerReference, AgreesOverUsualRates) { run(1, 1500, false); }
+TEST_F(PlayerReference, AgreesOverStrangeRatesAndSamples) { run(100001, 1500, true); }
 
 // Long slices at every pair of rates, cut where a device would cut them.
-TEST_F(Reference, AgreesOverLongSlicesAtEveryPairOfRates)
+TEST_F(PlayerReference, AgreesOverLongSlicesAtEveryPairOfRates)
 {
     std::mt19937 random(7);
     for (const float sourceRate : usualRates)

@@ -15,7 +15,7 @@ using test::PlayerObject;
 using test::render;
 using Floats = std::vector<float>;
 
-class Render : public ::testing::Test {
+class PlayerRender : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -36,7 +36,7 @@ protected:
 
 constexpr float half = 22050.0f, equal = 44100.0f, twice = 88200.0f, fourTimes = 176400.0f;
 
-TEST_F(Render, EqualRateReproducesTheInputOnEveryChannel)
+TEST_F(PlayerRender, EqualRateReproducesTheInputOnEveryChannel)
 {
     const Floats input = {0.1f, -0.2f, 0.3f, 1.5f, -2.5f, 1e-30f, 0.7f, 0.8f};
     for (const std::uint32_t channels : {1u, 2u, 6u}) {
@@ -53,7 +53,7 @@ TEST_F(Render, EqualRateReproducesTheInputOnEveryChannel)
     }
 }
 
-TEST_F(Render, EqualRateReproducesStereo)
+TEST_F(PlayerRender, EqualRateReproducesStereo)
 {
     const Floats input = {1, -1, 2, -2, 3, -3, 4, -4};
     const PlayerObject object;
@@ -63,7 +63,7 @@ TEST_F(Render, EqualRateReproducesStereo)
     EXPECT_EQ(object->outputPosition, 4.0) << "positions count frames, not samples";
 }
 
-TEST_F(Render, EqualRateCrossesSeamsWithoutALoss)
+TEST_F(PlayerRender, EqualRateCrossesSeamsWithoutALoss)
 {
     for (const std::uint32_t sliceFrames : {1u, 2u, 3u, 4u, 5u, 7u, 12u}) {
         SCOPED_TRACE(sliceFrames);
@@ -82,7 +82,7 @@ TEST_F(Render, EqualRateCrossesSeamsWithoutALoss)
     }
 }
 
-TEST_F(Render, HalfTheDeviceRateFollowsEachSampleWithTheMidpointToTheNext)
+TEST_F(PlayerRender, HalfTheDeviceRateFollowsEachSampleWithTheMidpointToTheNext)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 4, 0}));
@@ -91,7 +91,7 @@ TEST_F(Render, HalfTheDeviceRateFollowsEachSampleWithTheMidpointToTheNext)
     EXPECT_EQ(object->outputPosition, 4.0);
 }
 
-TEST_F(Render, HalfTheDeviceRateInStereo)
+TEST_F(PlayerRender, HalfTheDeviceRateInStereo)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, -1, 2, -2, 4, -4}));
@@ -99,7 +99,7 @@ TEST_F(Render, HalfTheDeviceRateInStereo)
     EXPECT_EQ(render(object, 6, 2), (Floats{1, -1, 1.5, -1.5, 2, -2, 3, -3, 4, -4, 2, -2}));
 }
 
-TEST_F(Render, TwiceTheDeviceRateTakesEverySecondSample)
+TEST_F(PlayerRender, TwiceTheDeviceRateTakesEverySecondSample)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
@@ -108,7 +108,7 @@ TEST_F(Render, TwiceTheDeviceRateTakesEverySecondSample)
     EXPECT_EQ(object->outputPosition, 6.0);
 }
 
-TEST_F(Render, InterpolatesAcrossASeamInsideASlice)
+TEST_F(PlayerRender, InterpolatesAcrossASeamInsideASlice)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -119,7 +119,7 @@ TEST_F(Render, InterpolatesAcrossASeamInsideASlice)
 
 // The look-ahead of the slice's last frame has taken the next buffer, so the left neighbour is gone: 0.0 is
 // in its place, until the position reaches the new buffer.
-TEST_F(Render, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
+TEST_F(PlayerRender, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -131,7 +131,7 @@ TEST_F(Render, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
 }
 
 // At a lower rate, several frames lie between the two.
-TEST_F(Render, EveryFrameInsideTheSeamFindsZeroOnItsLeft)
+TEST_F(PlayerRender, EveryFrameInsideTheSeamFindsZeroOnItsLeft)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -141,7 +141,7 @@ TEST_F(Render, EveryFrameInsideTheSeamFindsZeroOnItsLeft)
     EXPECT_EQ(render(object, 5), (Floats{1, 2, 3 /* a quarter, half, three quarters of 4 */, 4, 5}));
 }
 
-TEST_F(Render, TheSameSeamInStereo)
+TEST_F(PlayerRender, TheSameSeamInStereo)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, -1, 2, -2}));
@@ -152,7 +152,7 @@ TEST_F(Render, TheSameSeamInStereo)
 }
 
 // A seam at the same place, at the device's rate: the position never stands inside it.
-TEST_F(Render, TheSeamIsNotHeardAtTheDevicesRate)
+TEST_F(PlayerRender, TheSeamIsNotHeardAtTheDevicesRate)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -163,7 +163,7 @@ TEST_F(Render, TheSeamIsNotHeardAtTheDevicesRate)
     EXPECT_EQ(render(object, 2), (Floats{4, 8}));
 }
 
-TEST_F(Render, AnIndexPastTheNewBufferIsZero)
+TEST_F(PlayerRender, AnIndexPastTheNewBufferIsZero)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -178,7 +178,7 @@ TEST_F(Render, AnIndexPastTheNewBufferIsZero)
     EXPECT_EQ(object.current(), (Floats{7, 8, 9, 10, 11, 12, 13}));
 }
 
-TEST_F(Render, AStepLongerThanTheWholeQueueEndsInSilence)
+TEST_F(PlayerRender, AStepLongerThanTheWholeQueueEndsInSilence)
 {
     const PlayerObject object;
     for (int i = 0; i < 5; ++i) ASSERT_TRUE(object.add({1}));
@@ -188,7 +188,7 @@ TEST_F(Render, AStepLongerThanTheWholeQueueEndsInSilence)
     EXPECT_EQ(object->queueCount, 0);
 }
 
-TEST_F(Render, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuffer)
+TEST_F(PlayerRender, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuffer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3}));
@@ -203,7 +203,7 @@ TEST_F(Render, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuffer)
     EXPECT_EQ(object->outputPosition, 6.0);
 }
 
-TEST_F(Render, RelativePositionAdvancesWhileSilenceIsRenderedInsideACycle)
+TEST_F(PlayerRender, RelativePositionAdvancesWhileSilenceIsRenderedInsideACycle)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -214,7 +214,7 @@ TEST_F(Render, RelativePositionAdvancesWhileSilenceIsRenderedInsideACycle)
 }
 
 // The step is a quotient of singles: 1 / 3 is 0.3333333432674408, not a third.
-TEST_F(Render, TheStepIsDividedInSinglePrecision)
+TEST_F(PlayerRender, TheStepIsDividedInSinglePrecision)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add(Floats(16, 1.0f)));
@@ -226,7 +226,7 @@ TEST_F(Render, TheStepIsDividedInSinglePrecision)
     EXPECT_EQ(object->outputPosition, 2 * static_cast<double>(0x1.555556p-2f));
 }
 
-TEST_F(Render, TheDeviceRateIsRoundedToSingle)
+TEST_F(PlayerRender, TheDeviceRateIsRoundedToSingle)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3}));
@@ -239,7 +239,7 @@ TEST_F(Render, TheDeviceRateIsRoundedToSingle)
 
 // Mono weighs its neighbours in double precision and rounds once; stereo in single precision, rounding each
 // step.
-TEST_F(Render, MonoAndStereoRoundDifferently)
+TEST_F(PlayerRender, MonoAndStereoRoundDifferently)
 {
     const float s0 = 0x1.47ae14p-7f, s1 = 0x1.47ae14p-5f;
     setDeviceRate(10);
@@ -254,7 +254,7 @@ TEST_F(Render, MonoAndStereoRoundDifferently)
     EXPECT_EQ(inStereo[3], 0x1.a9fbe8p-7f);
 }
 
-TEST_F(Render, OtherChannelCountsThanTwoPlayAsMono)
+TEST_F(PlayerRender, OtherChannelCountsThanTwoPlayAsMono)
 {
     for (const std::int32_t channels : {1, 0, 3, -1, INT32_MAX, INT32_MIN}) {
         SCOPED_TRACE(channels);
@@ -265,7 +265,7 @@ TEST_F(Render, OtherChannelCountsThanTwoPlayAsMono)
     }
 }
 
-TEST_F(Render, AnOddStereoBufferTakesItsPartnerFromTheNext)
+TEST_F(PlayerRender, AnOddStereoBufferTakesItsPartnerFromTheNext)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3}));
@@ -276,7 +276,7 @@ TEST_F(Render, AnOddStereoBufferTakesItsPartnerFromTheNext)
     EXPECT_EQ(render(object, 2, 2), (Floats{0, 4, 5, 6}));
 }
 
-TEST_F(Render, RateAndChannelsMayChangeWhileItPlays)
+TEST_F(PlayerRender, RateAndChannelsMayChangeWhileItPlays)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
@@ -291,7 +291,7 @@ TEST_F(Render, RateAndChannelsMayChangeWhileItPlays)
 }
 
 // A rate that is no rate leaves the position anywhere, and nothing else comes to harm.
-TEST_F(Render, StrangeRatesAreSafe)
+TEST_F(PlayerRender, StrangeRatesAreSafe)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
@@ -314,7 +314,7 @@ TEST_F(Render, StrangeRatesAreSafe)
             }
 }
 
-TEST_F(Render, ARateOfZeroHoldsTheFirstSample)
+TEST_F(PlayerRender, ARateOfZeroHoldsTheFirstSample)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
@@ -323,7 +323,7 @@ TEST_F(Render, ARateOfZeroHoldsTheFirstSample)
     EXPECT_EQ(object->outputPosition, 0.0);
 }
 
-TEST_F(Render, ANegativeRateRunsOutOfTheFront)
+TEST_F(PlayerRender, ANegativeRateRunsOutOfTheFront)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
@@ -334,7 +334,7 @@ TEST_F(Render, ANegativeRateRunsOutOfTheFront)
     EXPECT_EQ(object.current(), (Floats{7, 8}));
 }
 
-TEST_F(Render, ANotANumberRateRendersNotANumbersAfterTheFirstFrame)
+TEST_F(PlayerRender, ANotANumberRateRendersNotANumbersAfterTheFirstFrame)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
@@ -345,7 +345,7 @@ TEST_F(Render, ANotANumberRateRendersNotANumbersAfterTheFirstFrame)
     EXPECT_TRUE(std::isnan(object->outputPosition));
 }
 
-TEST_F(Render, ResultsAreNotClipped)
+TEST_F(PlayerRender, ResultsAreNotClipped)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1000, -3000}));
@@ -353,7 +353,7 @@ TEST_F(Render, ResultsAreNotClipped)
     EXPECT_EQ(render(object, 2), (Floats{1000, -1000}));
 }
 
-TEST_F(Render, ASliceOfNoFramesTakesABufferAndPlaysNothing)
+TEST_F(PlayerRender, ASliceOfNoFramesTakesABufferAndPlaysNothing)
 {
     for (const std::int32_t channels : {1, 2}) {
         const PlayerObject object;

@@ -14,7 +14,7 @@ namespace {
 using test::PlayerObject;
 using Events = std::vector<std::string>;
 
-class SampleReader : public ::testing::Test {
+class PlayerSampleReader : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -52,7 +52,7 @@ const struct {
 };
 // clang-format on
 
-TEST_F(SampleReader, FindsTheSampleOfAnIndex)
+TEST_F(PlayerSampleReader, FindsTheSampleOfAnIndex)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -75,7 +75,7 @@ TEST_F(SampleReader, FindsTheSampleOfAnIndex)
     }
 }
 
-TEST_F(SampleReader, ReadsNothingWithoutACurrentBufferAndTakesNone)
+TEST_F(PlayerSampleReader, ReadsNothingWithoutACurrentBufferAndTakesNone)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({20}));
@@ -90,7 +90,7 @@ TEST_F(SampleReader, ReadsNothingWithoutACurrentBufferAndTakesNone)
     EXPECT_EQ(object->baseSampleIndex, 7);
 }
 
-TEST_F(SampleReader, LeavesTheLastBufferWithItsEndAsTheNextIndex)
+TEST_F(PlayerSampleReader, LeavesTheLastBufferWithItsEndAsTheNextIndex)
 {
     const PlayerObject object;
     object->current = test::itemOf({10, 11, 12});
@@ -104,7 +104,7 @@ TEST_F(SampleReader, LeavesTheLastBufferWithItsEndAsTheNextIndex)
     EXPECT_EQ(watched::liveBlocks(), before - 1);
 }
 
-TEST_F(SampleReader, FreesWhatItLeavesAndLocksOnlyThere)
+TEST_F(PlayerSampleReader, FreesWhatItLeavesAndLocksOnlyThere)
 {
     const PlayerObject object;
     object->current = test::itemOf({10, 11});
@@ -123,7 +123,7 @@ TEST_F(SampleReader, FreesWhatItLeavesAndLocksOnlyThere)
     EXPECT_EQ(eventsOf(5), Events());
 }
 
-TEST_F(SampleReader, ReadsZeroWhenTheLockFails)
+TEST_F(PlayerSampleReader, ReadsZeroWhenTheLockFails)
 {
     const PlayerObject object;
     object->current = test::itemOf({10, 11});
@@ -138,7 +138,7 @@ TEST_F(SampleReader, ReadsZeroWhenTheLockFails)
     EXPECT_EQ(object->queueCount, 1) << "what waits goes on waiting";
 }
 
-TEST_F(SampleReader, HandsOnEverySampleUnchanged)
+TEST_F(PlayerSampleReader, HandsOnEverySampleUnchanged)
 {
     const PlayerObject object;
     std::vector<float> ramp;

@@ -28,7 +28,7 @@ struct Text {
 };
 
 std::vector<Raised> raisedOnes;
-std::vector<std::string> withheldNames;
+std::vector<std::string> withheldNames, askedNames;
 int living = 0;
 int pointerCalls = 0, sizeCalls = 0; // plain counts: these services are called where nothing may be allocated
 
@@ -104,6 +104,7 @@ const struct {
 
 void* resolve(const char* name)
 {
+    askedNames.push_back(name);
     if (std::count(withheldNames.begin(), withheldNames.end(), name)) return nullptr;
     for (const auto& row : services)
         if (std::string_view(row.name) == name) return reinterpret_cast<void*>(row.function);
@@ -133,15 +134,23 @@ void Block::setSize(HostInteger bytes) { block_->size = bytes; }
 
 std::vector<Raised> raised() { return raisedOnes; }
 
+void withhold(std::initializer_list<const char*> names) { withheldNames.assign(names.begin(), names.end()); }
+
 void load(std::initializer_list<const char*> withheld)
 {
-    withheldNames.assign(withheld.begin(), withheld.end());
+    withhold(withheld);
+    askedNames.clear();
     forget(REALMemoryBlockGetPtr, "memoryBlockGetPtr");
     forget(REALMemoryBlockGetSize, "memoryBlockGetSize");
     raisedOnes.clear();
     pointerCalls = sizeCalls = 0;
     gResolver = resolve;
     rbversion_rbversion = 2013.04;
+}
+
+int lookUps(std::string_view name)
+{
+    return static_cast<int>(std::count(askedNames.begin(), askedNames.end(), name));
 }
 
 int pointersAsked() { return pointerCalls; }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace host {
@@ -52,6 +53,13 @@ std::vector<Raised> raised();
 /// Give the plug-in a host of version 2013.04 with every service that it needs, and forget what was noted.
 /// The services named are withheld, even if the plug-in knew them already.
 void load(std::initializer_list<const char*> withheld = {});
+
+/// Withhold these services, and no others, from whoever asks from now on. What the plug-in has found it
+/// keeps.
+void withhold(std::initializer_list<const char*> names);
+
+/// How often the plug-in asked for a service by name since loading.
+int lookUps(std::string_view name);
 
 /// How often "memoryBlockGetPtr" and "memoryBlockGetSize" were called since loading.
 int pointersAsked();

@@ -14,7 +14,7 @@ namespace {
 using player::AudioPlayerData;
 using test::PlayerObject;
 
-class State : public ::testing::Test {
+class PlayerState : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -23,7 +23,7 @@ protected:
     }
 };
 
-TEST_F(State, IsARecordOf1664BytesWithItsFieldsInOrder)
+TEST_F(PlayerState, IsARecordOf1664BytesWithItsFieldsInOrder)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "the layout is that of the 32-bit target";
     const struct {
@@ -52,7 +52,7 @@ TEST_F(State, IsARecordOf1664BytesWithItsFieldsInOrder)
     EXPECT_EQ(sizeof(AudioPlayerData), 1664u);
 }
 
-TEST_F(State, KeepsIts64BitFieldsAligned)
+TEST_F(PlayerState, KeepsIts64BitFieldsAligned)
 {
     EXPECT_EQ(offsetof(AudioPlayerData, baseSampleIndex) % 8, 0u);
     EXPECT_EQ(offsetof(AudioPlayerData, outputPositionRelative) % 8, 0u);
@@ -60,7 +60,7 @@ TEST_F(State, KeepsIts64BitFieldsAligned)
 }
 
 // The memory held 0xFF everywhere before.
-TEST_F(State, EveryFieldIsSetByTheConstructor)
+TEST_F(PlayerState, EveryFieldIsSetByTheConstructor)
 {
     const PlayerObject object;
     EXPECT_EQ(object->deviceSampleRate, 44100.0f);
@@ -84,7 +84,7 @@ TEST_F(State, EveryFieldIsSetByTheConstructor)
     EXPECT_NE(object->ioProc, nullptr);
 }
 
-TEST_F(State, TheConstructorStartsNothingAndStaysInsideItsRecord)
+TEST_F(PlayerState, TheConstructorStartsNothingAndStaysInsideItsRecord)
 {
     const PlayerObject object;
     EXPECT_EQ(spy::calls(), std::vector<std::string>());
@@ -94,7 +94,7 @@ TEST_F(State, TheConstructorStartsNothingAndStaysInsideItsRecord)
     for (int i = 1; i <= 48; ++i) EXPECT_EQ(begin[-i], 0xFF) << i;
 }
 
-TEST_F(State, NewObjectReportsItsDefaults)
+TEST_F(PlayerState, NewObjectReportsItsDefaults)
 {
     const PlayerObject object;
     EXPECT_EQ(test::get<float>(object, "SampleRate"), 44100.0f);
@@ -110,7 +110,7 @@ TEST_F(State, NewObjectReportsItsDefaults)
 }
 
 // Wherever the host put the class data: the offset is the host's word in the class definition.
-TEST_F(State, GettersReadTheirField)
+TEST_F(PlayerState, GettersReadTheirField)
 {
     for (const Word offset : {Word{0}, Word{16}, Word{48}, Word{4096}}) {
         SCOPED_TRACE(offset);
@@ -137,7 +137,7 @@ TEST_F(State, GettersReadTheirField)
     }
 }
 
-TEST_F(State, SettersStoreWhateverTheyAreGiven)
+TEST_F(PlayerState, SettersStoreWhateverTheyAreGiven)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     const PlayerObject object(32);
@@ -166,7 +166,7 @@ TEST_F(State, SettersStoreWhateverTheyAreGiven)
 }
 
 // A device ID fills 32 bits, and comes back as the Integer it was set from.
-TEST_F(State, ADeviceIDAboveTheSignedRangeComesBackOnThe32BitTarget)
+TEST_F(PlayerState, ADeviceIDAboveTheSignedRangeComesBackOnThe32BitTarget)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "the host's Integer is wider here";
     const PlayerObject object;
@@ -174,7 +174,7 @@ TEST_F(State, ADeviceIDAboveTheSignedRangeComesBackOnThe32BitTarget)
     EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), -2);
 }
 
-TEST_F(State, ASetterTouchesNoOtherField)
+TEST_F(PlayerState, ASetterTouchesNoOtherField)
 {
     const PlayerObject object, untouched;
     test::set<HostBoolean>(object, "NoUnderflow", 1);

@@ -20,7 +20,7 @@ const std::string add = "AudioDeviceAddIOProc(2, procedure, player)";
 const std::string startDevice = "AudioDeviceStart(2, procedure)";
 const Calls wholeStart = {askDefaultDevice, askFormat, add, startDevice};
 
-class Transport : public ::testing::Test {
+class PlayerTransport : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -46,7 +46,7 @@ protected:
 
 // ---- start ----
 
-TEST_F(Transport, StartAsksAddsAndStartsInThisOrder)
+TEST_F(PlayerTransport, StartAsksAddsAndStartsInThisOrder)
 {
     const PlayerObject object;
     nameIn(object);
@@ -59,7 +59,7 @@ TEST_F(Transport, StartAsksAddsAndStartsInThisOrder)
     EXPECT_EQ(spy::installed()[0].client, &object.data());
 }
 
-TEST_F(Transport, StartReadsTheDevicesRate)
+TEST_F(PlayerTransport, StartReadsTheDevicesRate)
 {
     for (const double rate : {8000.0, 48000.0, 96000.0, 44100.5, 0.0}) {
         spy::reset();
@@ -71,7 +71,7 @@ TEST_F(Transport, StartReadsTheDevicesRate)
     }
 }
 
-TEST_F(Transport, ADeviceOfOnesOwnIsUsedWithoutAskingForTheDefault)
+TEST_F(PlayerTransport, ADeviceOfOnesOwnIsUsedWithoutAskingForTheDefault)
 {
     spy::platform().streamFormatOf[7].mSampleRate = 32000;
     const PlayerObject object;
@@ -84,7 +84,7 @@ TEST_F(Transport, ADeviceOfOnesOwnIsUsedWithoutAskingForTheDefault)
     EXPECT_EQ(object->deviceSampleRate, 32000.0f);
 }
 
-TEST_F(Transport, TheDefaultDeviceIsNotStoredBack)
+TEST_F(PlayerTransport, TheDefaultDeviceIsNotStoredBack)
 {
     spy::platform().defaultOutputDevice = 41;
     const PlayerObject object;
@@ -100,7 +100,7 @@ TEST_F(Transport, TheDefaultDeviceIsNotStoredBack)
     EXPECT_EQ(spy::calls().back(), "AudioDeviceStart(42, procedure)") << "the next start finds another one";
 }
 
-TEST_F(Transport, StartOnARunningPlayerIsTrueAndTouchesNothing)
+TEST_F(PlayerTransport, StartOnARunningPlayerIsTrueAndTouchesNothing)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));
@@ -114,7 +114,7 @@ TEST_F(Transport, StartOnARunningPlayerIsTrueAndTouchesNothing)
     EXPECT_EQ(object->outputPositionRelative, 3.0);
 }
 
-TEST_F(Transport, EachRefusalEndsTheStart)
+TEST_F(PlayerTransport, EachRefusalEndsTheStart)
 {
     const struct {
         Function refusing;
@@ -153,7 +153,7 @@ TEST_F(Transport, EachRefusalEndsTheStart)
         }
 }
 
-TEST_F(Transport, AfterARefusalTheNextStartTriesAgain)
+TEST_F(PlayerTransport, AfterARefusalTheNextStartTriesAgain)
 {
     const PlayerObject object;
     nameIn(object);
@@ -167,7 +167,7 @@ TEST_F(Transport, AfterARefusalTheNextStartTriesAgain)
 
 // The order is meant: a device that refused to start has the procedure installed, and the player counts as
 // running.
-TEST_F(Transport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
+TEST_F(PlayerTransport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
 {
     const PlayerObject object;
     spy::platform().refusal[Function::start] = kAudioHardwareUnspecifiedError;
@@ -180,7 +180,7 @@ TEST_F(Transport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
     EXPECT_EQ(spy::calls(), Calls());
 }
 
-TEST_F(Transport, IsRunningIsSetBeforeTheDeviceStarts)
+TEST_F(PlayerTransport, IsRunningIsSetBeforeTheDeviceStarts)
 {
     const PlayerObject object;
     int whileAdding = -1, whileStarting = -1;
@@ -192,7 +192,7 @@ TEST_F(Transport, IsRunningIsSetBeforeTheDeviceStarts)
 }
 
 // A device may turn its first cycle, and find nothing to play, before it has returned from starting.
-TEST_F(Transport, AFirstCycleInsideTheStartIsSurvived)
+TEST_F(PlayerTransport, AFirstCycleInsideTheStartIsSurvived)
 {
     const PlayerObject object;
     spy::platform().during[Function::start] = [&] { test::render(object, 4); };
@@ -200,7 +200,7 @@ TEST_F(Transport, AFirstCycleInsideTheStartIsSurvived)
     EXPECT_EQ(object->isRunning, 0);
 }
 
-TEST_F(Transport, RestartResetsPositionsAndKeepsTheBuffers)
+TEST_F(PlayerTransport, RestartResetsPositionsAndKeepsTheBuffers)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4}));
@@ -226,7 +226,7 @@ TEST_F(Transport, RestartResetsPositionsAndKeepsTheBuffers)
 
 // ---- the hardware's format ----
 
-TEST_F(Transport, HardwareFormatIsTheDefaultDevices)
+TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevices)
 {
     spy::platform().streamFormat.mSampleRate = 88200;
     spy::platform().streamFormat.mChannelsPerFrame = 6;
@@ -238,7 +238,7 @@ TEST_F(Transport, HardwareFormatIsTheDefaultDevices)
     EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat}));
 }
 
-TEST_F(Transport, HardwareFormatIsTheDefaultDevicesEvenWithADeviceOfOnesOwn)
+TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithADeviceOfOnesOwn)
 {
     spy::platform().streamFormatOf[7].mSampleRate = 32000;
     spy::platform().streamFormatOf[7].mChannelsPerFrame = 8;
@@ -252,14 +252,14 @@ TEST_F(Transport, HardwareFormatIsTheDefaultDevicesEvenWithADeviceOfOnesOwn)
     EXPECT_EQ(object->deviceSampleRate, 32000.0f);
 }
 
-TEST_F(Transport, HardwareRateIsRoundedToSingle)
+TEST_F(PlayerTransport, HardwareRateIsRoundedToSingle)
 {
     spy::platform().streamFormat.mSampleRate = 44100.0001;
     const PlayerObject object;
     EXPECT_EQ(hardwareRate(object), 44100.0f);
 }
 
-TEST_F(Transport, HardwareFormatIsZeroOnAnyFailure)
+TEST_F(PlayerTransport, HardwareFormatIsZeroOnAnyFailure)
 {
     const PlayerObject object;
     for (const Function refusing : {Function::hardwareGetProperty, Function::deviceGetProperty}) {
@@ -290,7 +290,7 @@ const struct {
     {"destruction", destroy},
 };
 
-TEST_F(Transport, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
+TEST_F(PlayerTransport, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
 {
     for (const auto& way : stops) {
         SCOPED_TRACE(way.name);
@@ -317,7 +317,7 @@ TEST_F(Transport, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
     }
 }
 
-TEST_F(Transport, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
+TEST_F(PlayerTransport, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
 {
     for (const auto& way : stops) {
         SCOPED_TRACE(way.name);
@@ -349,7 +349,7 @@ TEST_F(Transport, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
     }
 }
 
-TEST_F(Transport, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
+TEST_F(PlayerTransport, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
 {
     const PlayerObject object;
     test::set<HostBoolean>(object, "NoUnderflow", 1);
@@ -384,7 +384,7 @@ TEST_F(Transport, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
     EXPECT_EQ(object->stopRequested, 0);
 }
 
-TEST_F(Transport, APlayerThatStopsByItselfDuringTheWaitEndsIt)
+TEST_F(PlayerTransport, APlayerThatStopsByItselfDuringTheWaitEndsIt)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.start());
@@ -397,7 +397,7 @@ TEST_F(Transport, APlayerThatStopsByItselfDuringTheWaitEndsIt)
     EXPECT_EQ(object->isRunning, 0);
 }
 
-TEST_F(Transport, CloseTwiceAndDestructionAfterItAreHarmless)
+TEST_F(PlayerTransport, CloseTwiceAndDestructionAfterItAreHarmless)
 {
     const long before = watched::liveBlocks();
     {
@@ -416,7 +416,7 @@ TEST_F(Transport, CloseTwiceAndDestructionAfterItAreHarmless)
     EXPECT_EQ(watched::liveBlocks(), before);
 }
 
-TEST_F(Transport, AClosedPlayerPlaysAgainWithItsSettings)
+TEST_F(PlayerTransport, AClosedPlayerPlaysAgainWithItsSettings)
 {
     const PlayerObject object;
     test::set<float>(object, "SampleRate", 22050);
@@ -429,7 +429,7 @@ TEST_F(Transport, AClosedPlayerPlaysAgainWithItsSettings)
     EXPECT_EQ(test::render(object, 3, 2), (std::vector<float>{1, -1, 1.5, -1.5, 2, -2}));
 }
 
-TEST_F(Transport, StopWithoutTheQueuesLockKeepsWhatWaitsAndFreesTheCurrentBuffer)
+TEST_F(PlayerTransport, StopWithoutTheQueuesLockKeepsWhatWaitsAndFreesTheCurrentBuffer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));

@@ -13,7 +13,7 @@ using test::Slice;
 using Floats = std::vector<float>;
 using Calls = std::vector<std::string>;
 
-class Underflow : public ::testing::Test {
+class PlayerUnderflow : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -41,7 +41,7 @@ protected:
     const Calls leaving = {"AudioDeviceStop(9, procedure)", "AudioDeviceRemoveIOProc(9, procedure)"};
 };
 
-TEST_F(Underflow, StartWithAnEmptyQueueIsTrueAndTheFirstCycleStops)
+TEST_F(PlayerUnderflow, StartWithAnEmptyQueueIsTrueAndTheFirstCycleStops)
 {
     const PlayerObject object;
     start(object);
@@ -54,7 +54,7 @@ TEST_F(Underflow, StartWithAnEmptyQueueIsTrueAndTheFirstCycleStops)
     EXPECT_EQ(object->outputPosition, 0.0);
 }
 
-TEST_F(Underflow, TheCycleAfterTheLastSampleStopsThePlayer)
+TEST_F(PlayerUnderflow, TheCycleAfterTheLastSampleStopsThePlayer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4}));
@@ -69,7 +69,7 @@ TEST_F(Underflow, TheCycleAfterTheLastSampleStopsThePlayer)
     EXPECT_EQ(object->outputPosition, 4.0);
 }
 
-TEST_F(Underflow, WithNoUnderflowItKeepsRunningAndSaysSo)
+TEST_F(PlayerUnderflow, WithNoUnderflowItKeepsRunningAndSaysSo)
 {
     const PlayerObject object;
     test::set<HostBoolean>(object, "NoUnderflow", 1);
@@ -88,7 +88,7 @@ TEST_F(Underflow, WithNoUnderflowItKeepsRunningAndSaysSo)
     EXPECT_EQ(spy::calls(), Calls());
 }
 
-TEST_F(Underflow, RunningDryInsideACycleIsNoUnderflowYet)
+TEST_F(PlayerUnderflow, RunningDryInsideACycleIsNoUnderflowYet)
 {
     for (const HostBoolean noUnderflow : {0, 1}) {
         spy::reset();
@@ -104,7 +104,7 @@ TEST_F(Underflow, RunningDryInsideACycleIsNoUnderflowYet)
     }
 }
 
-TEST_F(Underflow, OnlyTheHostClearsHadUnderflow)
+TEST_F(PlayerUnderflow, OnlyTheHostClearsHadUnderflow)
 {
     const PlayerObject object;
     test::set<HostBoolean>(object, "NoUnderflow", 1);
@@ -123,7 +123,7 @@ TEST_F(Underflow, OnlyTheHostClearsHadUnderflow)
     EXPECT_EQ(object->hadUnderflow, 1) << "the next one is noted again";
 }
 
-TEST_F(Underflow, SamplesBeforeTheReadPositionAreSkippedWhenDataReturns)
+TEST_F(PlayerUnderflow, SamplesBeforeTheReadPositionAreSkippedWhenDataReturns)
 {
     const PlayerObject object;
     test::set<HostBoolean>(object, "NoUnderflow", 1);
@@ -138,7 +138,7 @@ TEST_F(Underflow, SamplesBeforeTheReadPositionAreSkippedWhenDataReturns)
     EXPECT_EQ(object->baseSampleIndex, 2);
 }
 
-TEST_F(Underflow, WithNoUnderflowClearedTheNextDryCycleStops)
+TEST_F(PlayerUnderflow, WithNoUnderflowClearedTheNextDryCycleStops)
 {
     const PlayerObject object;
     test::set<HostBoolean>(object, "NoUnderflow", 1);
@@ -152,7 +152,7 @@ TEST_F(Underflow, WithNoUnderflowClearedTheNextDryCycleStops)
 
 // ---- a stop request ----
 
-TEST_F(Underflow, AStopRequestIsHonouredBeforeAnyDataIsPlayed)
+TEST_F(PlayerUnderflow, AStopRequestIsHonouredBeforeAnyDataIsPlayed)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
@@ -170,7 +170,7 @@ TEST_F(Underflow, AStopRequestIsHonouredBeforeAnyDataIsPlayed)
     EXPECT_EQ(object->queueCount, 1);
 }
 
-TEST_F(Underflow, AStopRequestIsDroppedWhileThePlayerMustNotRunDry)
+TEST_F(PlayerUnderflow, AStopRequestIsDroppedWhileThePlayerMustNotRunDry)
 {
     for (const bool hasData : {true, false}) {
         const PlayerObject object;
@@ -195,7 +195,7 @@ TEST_F(Underflow, AStopRequestIsDroppedWhileThePlayerMustNotRunDry)
 
 // ---- leaving the device ----
 
-TEST_F(Underflow, IsRunningStaysSetUntilTheProcedureIsRemoved)
+TEST_F(PlayerUnderflow, IsRunningStaysSetUntilTheProcedureIsRemoved)
 {
     for (const bool isStopRequested : {false, true}) {
         spy::reset();
@@ -211,7 +211,7 @@ TEST_F(Underflow, IsRunningStaysSetUntilTheProcedureIsRemoved)
     }
 }
 
-TEST_F(Underflow, TheBuffersAreSilentBeforeTheDeviceIsLeft)
+TEST_F(PlayerUnderflow, TheBuffersAreSilentBeforeTheDeviceIsLeft)
 {
     const PlayerObject object;
     start(object);
@@ -223,7 +223,7 @@ TEST_F(Underflow, TheBuffersAreSilentBeforeTheDeviceIsLeft)
 }
 
 // A device that is gone refuses everything; the player ends all the same.
-TEST_F(Underflow, ItLeavesADeviceThatRefuses)
+TEST_F(PlayerUnderflow, ItLeavesADeviceThatRefuses)
 {
     spy::platform().refusal[spy::Function::stop] = kAudioHardwareBadDeviceError;
     spy::platform().refusal[spy::Function::removeIOProc] = kAudioHardwareBadDeviceError;
@@ -234,7 +234,7 @@ TEST_F(Underflow, ItLeavesADeviceThatRefuses)
     EXPECT_EQ(object->isRunning, 0);
 }
 
-TEST_F(Underflow, ALockThatFailsIsAnUnderflow)
+TEST_F(PlayerUnderflow, ALockThatFailsIsAnUnderflow)
 {
     for (const HostBoolean noUnderflow : {0, 1}) {
         spy::reset();
@@ -260,7 +260,7 @@ TEST_F(Underflow, ALockThatFailsIsAnUnderflow)
 
 // Taking the next buffer in the middle of a slice waits for the lock, too; without it there is silence, and
 // the next cycle goes on with what waits.
-TEST_F(Underflow, ALockThatFailsInsideASliceIsSilenceThere)
+TEST_F(PlayerUnderflow, ALockThatFailsInsideASliceIsSilenceThere)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
