@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -22,12 +23,18 @@ struct LayoutFact {
 
 class Layouts : public testing::TestWithParam<LayoutFact> {};
 
+std::string versionName(const testing::TestParamInfo<LayoutFact>& info)
+{
+    return "Version" + std::to_string(std::lround(info.param.version * 100)); // in hundredths
+}
+
 INSTANTIATE_TEST_SUITE_P(Versions, Layouts,
                          testing::Values(LayoutFact{2010.5, 9}, LayoutFact{2011.5, 9}, LayoutFact{2012.0, 10},
                                          LayoutFact{2012.99, 10}, LayoutFact{2013.0, 11},
                                          LayoutFact{2013.02, 11}, LayoutFact{2013.03, 12},
                                          LayoutFact{2013.04, 13}, LayoutFact{2015.03, 13},
-                                         LayoutFact{2016.0, 13}));
+                                         LayoutFact{2016.0, 13}),
+                         versionName);
 
 TEST_P(Layouts, AreReadWhole)
 {
