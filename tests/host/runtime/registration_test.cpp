@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <ostream>
 
 namespace {
 
@@ -20,6 +21,8 @@ struct LayoutFact {
     double version;
     int layout;
 };
+
+void PrintTo(const LayoutFact& fact, std::ostream* out) { *out << fact.version; }
 
 class Layouts : public testing::TestWithParam<LayoutFact> {};
 
