@@ -1,0 +1,101 @@
+// Short of memory: each allocation in turn fails, and every call says so or leaves all as it was.
+#include "tests/platform/corefoundation/text.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<int> allocationsLeft{-1}; // below 0: as many as one likes
+
+bool mayAllocate() { return allocationsLeft < 0 || allocationsLeft-- > 0; }
+
+} // namespace
+
+// In front of the library's own.
+void* operator new(std::size_t size)
+{
+    void* memory = mayAllocate() ? std::malloc(size ? size : 1) : nullptr;
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+/// Try with no allocation, then with one, two …, until it succeeds. Returns how often it was refused.
+template <class Attempt>
+int refusals(Attempt attempt)
+{
+    for (int allowed = 0;; ++allowed) {
+        allocationsLeft = allowed;
+        const bool isDone = attempt();
+        const bool ranOut = allocationsLeft <= 0;
+        allocationsLeft = -1;
+        if (isDone) return allowed;
+        if (!ranOut) {
+            ADD_FAILURE() << "refused with memory left";
+            return allowed;
+        }
+    }
+}
+
+const std::u16string longText(1000, u'\u00E9'); // beyond what fits into a record
+
+TEST(ShortOfMemory, StringsAreNotMade)
+{
+    const text::Owned string = text::make(longText);
+    const auto make = [](auto create) {
+        return refusals([&] {
+            const CFStringRef made = create();
+            if (made) CFRelease(made);
+            return made != nullptr;
+        });
+    };
+    EXPECT_GE(make([] {
+                  return CFStringCreateWithCharacters(
+                      nullptr, reinterpret_cast<const UniChar*>(longText.data()), 1000);
+              }),
+              2);
+    const std::string bytes(1000, 'a');
+    EXPECT_GE(make([&] { return CFStringCreateWithCString(nullptr, bytes.c_str(), kCFStringEncodingUTF8); }),
+              3);
+    EXPECT_GE(make([&]() -> CFStringRef { return CFStringCreateMutableCopy(nullptr, 0, string.get()); }), 2);
+    EXPECT_EQ(text::alive(), 1u);
+}
+
+TEST(ShortOfMemory, BytesAreNotWritten)
+{
+    const text::Owned string = text::make(longText);
+    char buffer[3001];
+    EXPECT_GE(refusals([&] {
+                  buffer[0] = '#';
+                  const bool isDone =
+                      CFStringGetCString(string.get(), buffer, sizeof buffer, kCFStringEncodingUTF8);
+                  if (!isDone) {
+                      EXPECT_EQ(buffer[0], '\0');
+                  }
+                  return isDone;
+              }),
+              1);
+}
+
+TEST(ShortOfMemory, NormalFormsStayAway)
+{
+    const text::Owned string = text::make(longText);
+    const CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string.get());
+    EXPECT_GE(refusals([&] {
+                  CFStringNormalize(copy, kCFStringNormalizationFormD);
+                  const CFIndex length = CFStringGetLength(copy);
+                  EXPECT_TRUE(length == 1000 || length == 2000) << length;
+                  return length == 2000;
+              }),
+              2);
+    CFRelease(copy);
+}
+
+} // namespace
