@@ -1,4 +1,5 @@
 // The eight methods that take memory blocks: which count they use, and when they start the player.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
@@ -41,14 +42,8 @@ HostBoolean call(const Method& method, const PlayerObject& object, Memory block1
     return test::call<HostBoolean>(method.name, object, block1, a.offset, a.count, a.bitSize, a.clearBuffers);
 }
 
-class PlayerAddingMethods : public ::testing::Test {
+class PlayerAddingMethods : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     /// Samples that `bytes` bytes of each block make, in the queue's count.
     static int samples(const Method& method, int bytes)
     {

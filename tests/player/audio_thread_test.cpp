@@ -1,6 +1,7 @@
 // What the I/O procedure may not do: allocate, or touch a player that is no longer its own.
 #include "player/ingestion.h"
 
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/record_watch.h"
 #include "tests/player/slice.h"
@@ -22,14 +23,7 @@ namespace {
 using test::PlayerObject;
 using Floats = std::vector<float>;
 
-class PlayerAudioThread : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-};
+class PlayerAudioThread : public test::FreshPlatform {};
 
 // ---- the allocation alarm ----
 

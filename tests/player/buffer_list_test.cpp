@@ -1,7 +1,7 @@
 // Buffer lists of every shape: which frames, which channels, and not a byte outside.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
-#include "tests/support/platform_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -16,14 +16,8 @@ using Floats = std::vector<float>;
 const float before = Slice::floatBefore();
 constexpr float s = 0.0f; // silence
 
-class PlayerBufferLists : public ::testing::Test {
+class PlayerBufferLists : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     /// A started player at the device's rate with 1, 2, 3, …, 12 to play, as mono or as stereo frames.
     static void start(const PlayerObject& object, std::int32_t channels)
     {

@@ -1,6 +1,6 @@
 // Samples of every form, through the adding methods, to the exact float that is queued.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
-#include "tests/support/platform_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -13,14 +13,8 @@ using test::Memory;
 using test::PlayerObject;
 using Bytes = std::vector<unsigned char>;
 
-class PlayerConversion : public ::testing::Test {
+class PlayerConversion : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     /// The floats that "AddAudio" queues for `bytes`.
     static std::vector<float> converted(const Bytes& bytes, HostInteger bitSize, HostInteger offset = 0,
                                         HostInteger count = 0)

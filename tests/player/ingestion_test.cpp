@@ -1,6 +1,7 @@
 // What the adding workers refuse, in which order, and what they raise for it.
 #include "player/ingestion.h"
 
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/support/c_library_spy.h"
 #include "tests/support/platform_spy.h"
@@ -21,14 +22,8 @@ enum Kind { good, nil, noMemory }; // of a block
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
-class PlayerIngestion : public ::testing::Test {
+class PlayerIngestion : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     static std::unique_ptr<host::Block> blockOf(Kind kind, std::size_t bytes = 64)
     {
         if (kind == nil) return nullptr;

@@ -1,9 +1,9 @@
 // The queue: what each operation leaves in the 200 slots, who frees, and when the lock is held.
 #include "player/play_queue.h"
 
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -16,14 +16,8 @@ using player::PlayItem;
 using test::PlayerObject;
 using Events = std::vector<std::string>;
 
-class PlayerQueue : public ::testing::Test {
+class PlayerQueue : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     /// A buffer of one sample, its own number.
     static void fill(const PlayerObject& object, int count)
     {

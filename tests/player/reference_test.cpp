@@ -1,6 +1,7 @@
 // Many scenarios, made up by a generator, through the player and through a second, plain implementation of
 // its render step: after every slice both must agree in every byte, position, flag and waiting sample. The
 // audio thread allocates nothing meanwhile.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
@@ -219,14 +220,8 @@ public:
     std::uint64_t heard_ = 0;
 };
 
-class PlayerReference : public ::testing::Test {
+class PlayerReference : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     static void run(std::uint32_t firstSeed, std::uint32_t scenarios, bool isStrange)
     {
         std::uint64_t heard = 0;

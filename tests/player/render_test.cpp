@@ -1,4 +1,5 @@
 // The render step, against values worked out by hand.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/platform_spy.h"
@@ -15,14 +16,8 @@ using test::PlayerObject;
 using test::render;
 using Floats = std::vector<float>;
 
-class PlayerRender : public ::testing::Test {
+class PlayerRender : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     /// A started player whose data has `rate` and `channels`; the device runs at 44100 Hz.
     static void start(const PlayerObject& object, float rate, std::int32_t channels = 1)
     {

@@ -1,9 +1,9 @@
 // The sample reader: which sample an index finds, and what reading past a buffer's end leaves behind.
 #include "player/render.h"
 
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -14,14 +14,7 @@ namespace {
 using test::PlayerObject;
 using Events = std::vector<std::string>;
 
-class PlayerSampleReader : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-};
+class PlayerSampleReader : public test::FreshPlatform {};
 
 // A current buffer of 10, 11, 12 whose first sample has index `base`; 20, 21, 22, 23 wait behind it.
 // clang-format off

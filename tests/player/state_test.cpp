@@ -1,4 +1,5 @@
 // The record of a player: its layout, what the constructor makes of it, and the properties that show it.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/platform_spy.h"
@@ -14,14 +15,7 @@ namespace {
 using player::AudioPlayerData;
 using test::PlayerObject;
 
-class PlayerState : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-};
+class PlayerState : public test::FreshPlatform {};
 
 TEST_F(PlayerState, IsARecordOf1664BytesWithItsFieldsInOrder)
 {

@@ -1,4 +1,5 @@
 // What the I/O procedure does when there is nothing to play, or when it shall stop.
+#include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
@@ -13,14 +14,8 @@ using test::Slice;
 using Floats = std::vector<float>;
 using Calls = std::vector<std::string>;
 
-class PlayerUnderflow : public ::testing::Test {
+class PlayerUnderflow : public test::FreshPlatform {
 protected:
-    void SetUp() override
-    {
-        spy::reset();
-        host::load();
-    }
-
     /// A started player, the calls of its start forgotten.
     static void start(const PlayerObject& object)
     {

@@ -1,0 +1,183 @@
+// Stop, Close and destruction: the same thing under three names.
+#include "tests/player/fresh_platform.h"
+#include "tests/player/player_object.h"
+#include "tests/player/slice.h"
+#include "tests/support/c_library_spy.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using spy::Function;
+using test::PlayerObject;
+using Calls = std::vector<std::string>;
+
+class PlayerStop : public test::FreshPlatform {};
+
+void destroy(const PlayerObject& object)
+{
+    reinterpret_cast<void (*)(REALobjectStruct*)>(coreAudioPlayerClass.destructor)(object);
+}
+
+const struct {
+    const char* name;
+    void (*stop)(const PlayerObject&);
+} stops[] = {
+    {"Stop", [](const PlayerObject& object) { test::call<void>("Stop", object); }},
+    {"Close", [](const PlayerObject& object) { test::call<void>("Close", object); }},
+    {"destruction", destroy},
+};
+
+TEST_F(PlayerStop, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
+{
+    for (const auto& way : stops) {
+        SCOPED_TRACE(way.name);
+        spy::reset();
+        const long before = watched::liveBlocks();
+        const PlayerObject object;
+        for (int i = 0; i < 200; ++i) ASSERT_TRUE(object.add({1, 2, 3}));
+        object->current = test::itemOf({4});
+        object->outputPosition = 12.5;
+        object->outputPositionRelative = 2.5;
+        object->baseSampleIndex = 10;
+
+        way.stop(object);
+        EXPECT_EQ(spy::calls(), Calls()) << "no wait, no platform call";
+        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(test::call<HostInteger>("FreeSpace", object), 200);
+        EXPECT_EQ(object->current.data, nullptr);
+        EXPECT_EQ(object->stopRequested, 0);
+        EXPECT_EQ(test::get<double>(object, "OutputPosition"), 12.5);
+        EXPECT_EQ(test::get<double>(object, "OutputPositionRelative"), 2.5);
+        EXPECT_EQ(object->baseSampleIndex, 10);
+        ASSERT_TRUE(object.start());
+        EXPECT_EQ(object->outputPosition, 0.0) << "until the next start";
+    }
+}
+
+TEST_F(PlayerStop, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
+{
+    for (const auto& way : stops) {
+        SCOPED_TRACE(way.name);
+        spy::reset();
+        const long before = watched::liveBlocks();
+        const PlayerObject object;
+        spy::name(reinterpret_cast<const void*>(object->ioProc), "procedure");
+        ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
+        ASSERT_TRUE(object.add({7}));
+        ASSERT_TRUE(object.start());
+        test::render(object, 4);
+        spy::forgetCalls();
+
+        std::vector<int> requests;
+        spy::platform().during[Function::delay] = [&] {
+            requests.push_back(object->stopRequested);
+            EXPECT_EQ(watched::liveBlocks(), before + 2) << "nothing is freed while it may play";
+            if (requests.size() == 3) test::render(object, 4);
+        };
+        way.stop(object);
+        EXPECT_EQ(requests, (std::vector<int>{1, 1, 1}));
+        EXPECT_EQ(spy::calls(), (Calls{"Delay(1)", "Delay(1)", "Delay(1)", "AudioDeviceStop(2, procedure)",
+                                       "AudioDeviceRemoveIOProc(2, procedure)"}));
+        EXPECT_EQ(object->isRunning, 0);
+        EXPECT_EQ(object->stopRequested, 0);
+        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(object->outputPosition, 4.0);
+        EXPECT_TRUE(spy::installed().empty());
+    }
+}
+
+TEST_F(PlayerStop, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
+{
+    const PlayerObject object;
+    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
+    ASSERT_TRUE(object.start());
+    int ticks = 0;
+    spy::platform().during[Function::delay] = [&] {
+        ++ticks;
+        if (ticks == 1) { // the request is dropped; it plays on
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
+            EXPECT_EQ(object->stopRequested, 0);
+            EXPECT_EQ(object->hadUnderflow, 1);
+        }
+        if (ticks == 2) {
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{1, 2, 3, 4}));
+        }
+        if (ticks == 3) {
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{5, 6, 0, 0}));
+        }
+        if (ticks == 4) {
+            EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
+        }
+        if (ticks == 5) {
+            EXPECT_EQ(object->isRunning, 1);
+            test::set<HostBoolean>(object, "NoUnderflow", 0);
+            test::render(object, 4);
+        }
+    };
+    test::call<void>("Stop", object);
+    EXPECT_EQ(ticks, 5);
+    EXPECT_EQ(object->isRunning, 0);
+    EXPECT_EQ(object->stopRequested, 0);
+}
+
+TEST_F(PlayerStop, APlayerThatStopsByItselfDuringTheWaitEndsIt)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.start());
+    spy::platform().during[Function::delay] = [&] {
+        object->stopRequested = 0; // as a cycle with noUnderflow set would leave it
+        test::render(object, 4);   // and this one finds nothing to play
+    };
+    test::call<void>("Stop", object);
+    EXPECT_EQ(spy::count(Function::delay), 1);
+    EXPECT_EQ(object->isRunning, 0);
+}
+
+TEST_F(PlayerStop, CloseTwiceAndDestructionAfterItAreHarmless)
+{
+    const long before = watched::liveBlocks();
+    {
+        const PlayerObject object;
+        ASSERT_TRUE(object.add({1, 2}));
+        ASSERT_TRUE(object.start());
+        test::render(object, 1);
+        spy::platform().during[Function::delay] = [&] { test::render(object, 1); };
+        test::call<void>("Close", object);
+        spy::forgetCalls();
+        test::call<void>("Close", object);
+        test::call<void>("Stop", object);
+        EXPECT_EQ(spy::calls(), Calls());
+        destroy(object);
+    }
+    EXPECT_EQ(watched::liveBlocks(), before);
+}
+
+TEST_F(PlayerStop, AClosedPlayerPlaysAgainWithItsSettings)
+{
+    const PlayerObject object;
+    test::set<float>(object, "SampleRate", 22050);
+    test::set<HostInteger>(object, "NumberOfChannels", 2);
+    test::call<void>("Close", object);
+    EXPECT_EQ(object->sampleRate, 22050.0f);
+    EXPECT_EQ(object->numberOfChannels, 2);
+    ASSERT_TRUE(object.add({1, -1, 2, -2}));
+    EXPECT_TRUE(object.start());
+    EXPECT_EQ(test::render(object, 3, 2), (std::vector<float>{1, -1, 1.5, -1.5, 2, -2}));
+}
+
+TEST_F(PlayerStop, StopWithoutTheQueuesLockKeepsWhatWaitsAndFreesTheCurrentBuffer)
+{
+    const PlayerObject object;
+    ASSERT_TRUE(object.add({1, 2}));
+    object->current = test::itemOf({3});
+    watched::refuseLock(1);
+    watched::begin();
+    test::call<void>("Stop", object);
+    watched::end();
+    EXPECT_EQ(object->queueCount, 1);
+    EXPECT_EQ(object->current.data, nullptr);
+}
+
+} // namespace
