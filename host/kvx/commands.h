@@ -10,6 +10,9 @@ namespace kvx {
 /// Does the work of a subcommand and returns the exit code. Throws Failure and other standard exceptions.
 using Action = std::function<int()>;
 
+/// A number from `low` to `high`, and a number at all: CLI::Range lets "nan" pass.
+CLI::Validator inRange(double low, double high);
+
 void addPlayCommand(CLI::App& app, Action& action);
 void addClassesCommand(CLI::App& app, Action& action);
 void addDevicesCommand(CLI::App& app, Action& action);

@@ -111,6 +111,26 @@ bool isOggCut(Bytes& file)
     return page == tail.npos || page + flagsAt >= tail.size() || !(tail[page + flagsAt] & lastPage);
 }
 
+// An MP3 that was written in one piece begins with a frame of no sound that counts the bytes of the stream. A
+// tag may stand in front of it.
+bool isMp3Cut(Bytes& file)
+{
+    constexpr std::uint64_t tagHeader = 10;
+    constexpr std::uint32_t countsFrames = 1, countsBytes = 2;
+    std::uint64_t start = 0;
+    if (file.at(0, 3) == "ID3") {
+        for (char byte : file.at(6, 4)) start = start << 7 | (std::uint8_t(byte) & 0x7F);
+        start += tagHeader;
+    }
+    const std::string head = file.at(start, 64);
+    const std::size_t mark = std::min(head.find("Xing"), head.find("Info"));
+    if (head.empty() || std::uint8_t(head[0]) != 0xFF || mark == head.npos) return false;
+    const std::uint64_t flags = file.number(start + mark + 4, 4, true);
+    if (!(flags & countsBytes)) return false;
+    const std::uint64_t promised = file.number(start + mark + 8 + (flags & countsFrames ? 4 : 0), 4, true);
+    return endsTooEarly(file, start, promised, 4);
+}
+
 } // namespace
 
 bool isCutShort(const std::string& path)
@@ -119,6 +139,7 @@ bool isCutShort(const std::string& path)
     const std::string magic = file.at(0, 4);
     if (magic == "OggS") return isOggCut(file);
     if (magic == ".snd") return isAuCut(file);
+    if (isMp3Cut(file)) return true;
     return std::any_of(std::begin(chunked), std::end(chunked),
                        [&](const Chunked& kind) { return magic == kind.magic && isChunkedCut(file, kind); });
 }

@@ -1,5 +1,7 @@
 #include "host/kvx/library.h"
 
+#include "host/kvx/commands.h"
+
 #include <KVXPlatform/KVXPlatform.h>
 
 #include <fmt/format.h>
@@ -33,7 +35,7 @@ void addLibraryOptions(CLI::App& command, LibraryOptions& options)
     command
         .add_option("--host-version", options.hostVersion, "The host version that the library sees [2016.0]")
         ->type_name("V")
-        ->check(CLI::Range(2000.0, 2100.0));
+        ->check(inRange(2000.0, 2100.0));
 }
 
 Library::Library(const LibraryOptions& options) : host_(hostOptions(options))

@@ -160,7 +160,7 @@ void addPlayCommand(CLI::App& app, Action& action)
         ->type_name("DEVICE");
     command->add_option("--device-rate", options->device.rate, "Sample rate of the simulated device")
         ->type_name("HZ")
-        ->check(CLI::Range(1000.0, 768000.0));
+        ->check(inRange(1000.0, 768000.0));
     command->add_flag("--fast", options->device.isStepped,
                       "Do not wait for what nobody hears: turn the simulated device as fast as it goes");
     command->add_option("--capture", options->capture, "Keep what the device plays, in 32-bit float")
@@ -173,7 +173,7 @@ void addPlayCommand(CLI::App& app, Action& action)
         ->type_name("NAME");
     command->add_option("--gain", options->gainDb, "Louder or softer; 0 leaves every sample as it is")
         ->type_name("DB")
-        ->check(CLI::Range(-120.0, 40.0));
+        ->check(inRange(-120.0, 40.0));
     command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
     addLibraryOptions(*command, options->library);
     command->callback([options, &action] { action = [options] { return play(*options); }; });

@@ -39,6 +39,7 @@ Failure cutShort(const std::string& path)
 SoundFile::SoundFile(const std::string& path) : path_(path)
 {
     checkReadable(path);
+    if (isCutShort(path)) throw cutShort(path);
     SF_INFO info = {};
     file_.reset(sf_open(path.c_str(), SFM_READ, &info));
     if (!file_) {
@@ -52,7 +53,6 @@ SoundFile::SoundFile(const std::string& path) : path_(path)
     if (info.samplerate < 1 || info.channels < 1)
         throw Failure(fmt::format("{} names no sample rate or no channels; get the file again", path));
 
-    if (isCutShort(path)) throw cutShort(path);
     if (info.frames < 1) throw Failure(fmt::format("{} holds no sound; choose another file", path));
 
     format_ = {info.samplerate, info.channels, std::min(info.channels, 2), info.frames};

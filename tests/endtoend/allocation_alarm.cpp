@@ -115,7 +115,7 @@ IN_FRONT int posix_memalign(void** result, std::size_t alignment, std::size_t si
 
 #endif
 
-namespace alarm {
+namespace allocation {
 
 void arm()
 {
@@ -130,4 +130,4 @@ int rings() { return ringCount; }
 
 int watchedCalls() { return callCount; }
 
-} // namespace alarm
+} // namespace allocation

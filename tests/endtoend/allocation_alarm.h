@@ -6,7 +6,7 @@
 // player frees each block where it ends.
 #pragma once
 
-namespace alarm {
+namespace allocation {
 
 /// From now on, allocations on the audio thread are counted - and fail, where no sanitizer owns the
 /// allocator.
@@ -19,4 +19,4 @@ int rings();
 /// Calls of I/O procedures while armed: that the alarm has listened at all.
 int watchedCalls();
 
-} // namespace alarm
+} // namespace allocation

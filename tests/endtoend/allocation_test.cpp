@@ -17,7 +17,7 @@ using host::MemoryBlock;
 using host::Object;
 
 struct AllocationAlarm : testing::Test {
-    ~AllocationAlarm() override { alarm::disarm(); }
+    ~AllocationAlarm() override { allocation::disarm(); }
 };
 
 // A player's whole life on a stepped device: seams, resampling, underflow, a refused stop, its own end.
@@ -34,15 +34,15 @@ void playThroughEverything(Loaded& loaded, int channels, float rate)
     ASSERT_TRUE(player.call("Start").boolean());
     KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the tap of this test allocates
 
-    alarm::arm();
+    allocation::arm();
     KVXPlatformStep(device.id(), 64 * 300); // to the end and beyond
     EXPECT_TRUE(player.get("HadUnderflow").boolean());
     player.set("NoUnderflow", false);
     KVXPlatformStep(device.id(), 64); // leaves the device
-    alarm::disarm();
+    allocation::disarm();
     EXPECT_FALSE(player.get("IsRunning").boolean());
-    EXPECT_GT(alarm::watchedCalls(), 100);
-    EXPECT_EQ(alarm::rings(), 0);
+    EXPECT_GT(allocation::watchedCalls(), 100);
+    EXPECT_EQ(allocation::rings(), 0);
 }
 
 TEST_F(AllocationAlarm, IsSilentWhileThePlayerRenders)
@@ -64,12 +64,12 @@ TEST_F(AllocationAlarm, IsSilentOnARunningDevicesOwnThread)
         player.set("OutputDeviceID", std::int64_t(device));
         const auto block = MemoryBlock::copyOf(std::vector<float>(1000, 0.25f));
         for (int i = 0; i < 10; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
-        alarm::arm();
+        allocation::arm();
         ASSERT_TRUE(player.call("Start").boolean());
         while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        alarm::disarm();
-        EXPECT_GT(alarm::watchedCalls(), 100);
-        EXPECT_EQ(alarm::rings(), 0);
+        allocation::disarm();
+        EXPECT_GT(allocation::watchedCalls(), 100);
+        EXPECT_EQ(allocation::rings(), 0);
     }
     KVXPlatformRemoveSimulatedDevice(device);
 }
@@ -95,16 +95,16 @@ TEST_F(AllocationAlarm, RingsWhenAProcedureAllocates)
     ASSERT_EQ(AudioDeviceAddIOProc(device.id(), allocatingProcedure, nullptr), 0);
     ASSERT_EQ(AudioDeviceStart(device.id(), allocatingProcedure), 0);
     KVXPlatformStep(device.id(), 64);
-    alarm::arm();
+    allocation::arm();
     kept = std::malloc(16);
     std::free(kept);
-    EXPECT_EQ(alarm::rings(), 0) << "off the audio thread memory may be had";
+    EXPECT_EQ(allocation::rings(), 0) << "off the audio thread memory may be had";
     KVXPlatformStep(device.id(), 128);
-    alarm::disarm();
-    EXPECT_EQ(alarm::watchedCalls(), 2);
-    EXPECT_EQ(alarm::rings(), 4);
+    allocation::disarm();
+    EXPECT_EQ(allocation::watchedCalls(), 2);
+    EXPECT_EQ(allocation::rings(), 4);
     KVXPlatformStep(device.id(), 64);
-    EXPECT_EQ(alarm::rings(), 4) << "disarmed";
+    EXPECT_EQ(allocation::rings(), 4) << "disarmed";
     EXPECT_EQ(AudioDeviceStop(device.id(), allocatingProcedure), 0);
     EXPECT_EQ(AudioDeviceRemoveIOProc(device.id(), allocatingProcedure), 0);
 }

@@ -21,10 +21,10 @@ struct Difference {
 
 // clang-format off
 const Difference differences[] = {
-    {"RuntimeRaiseException",  "AddAudio, nil",               "False",              "nothing can be raised: the refusal is all"},
-    {"RuntimeRaiseException",  "PlayAudioStereo, second nil", "False",              "likewise"},
-    {"PluginNewInstance",      "AddAudio, nil",               "False",              "no exception object can be made"},
-    {"PluginNewInstance",      "PlayAudioStereo, second nil", "False",              "likewise"},
+    {"RuntimeRaiseException",  "AddAudio, nil",               "false",              "nothing can be raised: the refusal is all"},
+    {"RuntimeRaiseException",  "PlayAudioStereo, second nil", "false",              "likewise"},
+    {"PluginNewInstance",      "AddAudio, nil",               "false",              "no exception object can be made"},
+    {"PluginNewInstance",      "PlayAudioStereo, second nil", "false",              "likewise"},
     {"REALSetPropValueString", "AddAudio, nil",               "NilObjectException", "the message cannot be set"},
     {"REALSetPropValueString", "PlayAudioStereo, second nil", "NilObjectException", "likewise"},
     {"REALBuildString",        "AddAudio, nil",               "NilObjectException", "nor made"},
@@ -48,7 +48,7 @@ void expectSilence(const std::vector<Outcome>& outcomes, const char* service)
     for (const Outcome& outcome : outcomes) {
         if (outcome.step == "left over") EXPECT_EQ(outcome.result, "") << service;
         if (outcome.step == "left" || outcome.step == "AddFloatAudio")
-            EXPECT_TRUE(outcome.result == "False" || outcome.result == "refused" ||
+            EXPECT_TRUE(outcome.result == "false" || outcome.result == "refused" ||
                         outcome.result.find('.') == outcome.result.npos)
                 << outcome.step << ": " << outcome.result;
     }

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <stdexcept>
 #include <thread>
 #include <unistd.h>
@@ -68,15 +67,18 @@ Recorder::~Recorder() { jack_client_close(client_); }
 
 int Recorder::sampleRate() const { return int(jack_get_sample_rate(client_)); }
 
+// What is connected to the loudspeakers is the stream; a client may have other ports that come and go.
 bool Recorder::connectToPlayer()
 {
-    const char** names = jack_get_ports(client_, nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput);
-    int connected = 0;
-    for (const char** name = names; name && *name && connected < 2; ++name)
-        if (std::strncmp(*name, "system:", 7) != 0)
-            connected += jack_connect(client_, *name, jack_port_name(ports_[connected])) == 0;
-    jack_free(names);
-    return connected == 2;
+    const char* const loudspeakers[2] = {"system:playback_1", "system:playback_2"};
+    for (int i = 0; i < 2; ++i) {
+        if (isConnected_[i]) continue;
+        const char** players =
+            jack_port_get_all_connections(client_, jack_port_by_name(client_, loudspeakers[i]));
+        if (players) isConnected_[i] = jack_connect(client_, players[0], jack_port_name(ports_[i])) == 0;
+        jack_free(players);
+    }
+    return isConnected_[0] && isConnected_[1];
 }
 
 int Recorder::process(jack_nframes_t frames, void* context)

@@ -27,7 +27,7 @@ private:
     std::unique_ptr<support::Child> server_;
 };
 
-/// Records the first two output ports of the first other client that has any.
+/// Records what goes to the first two loudspeakers.
 class Recorder {
 public:
     explicit Recorder(double secondsAtMost);
@@ -35,7 +35,7 @@ public:
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
-    /// Connect to a client that plays, once there is one. True when both ports are connected.
+    /// Connect to what plays to the loudspeakers, once something does. True when both channels are connected.
     bool connectToPlayer();
 
     /// All that was recorded, interleaved stereo.
@@ -47,6 +47,7 @@ private:
 
     jack_client_t* client_ = nullptr;
     jack_port_t* ports_[2] = {};
+    bool isConnected_[2] = {};
     std::vector<float> samples_; // as long as may be needed; filled by the server's thread
     std::atomic<std::size_t> count_{0};
 };

@@ -35,8 +35,8 @@ TEST(SoundServer, HearsTheFileSampleForSample)
     Recorder recorder(30);
     ASSERT_EQ(recorder.sampleRate(), rate);
     auto environment = server.environment();
-    environment.push_back({"KVX_AUDIO_DEVICE", ""});
-    support::Child player(kvxCommand({"play", "--device", "system", folder / "sweep.wav"}), environment);
+    environment.push_back({"KVX_AUDIO_DEVICE", "system"});
+    support::Child player(kvxCommand({"play", folder / "sweep.wav"}), environment);
     bool isConnected = false;
     while (player.isRunning()) {
         isConnected = isConnected || recorder.connectToPlayer();

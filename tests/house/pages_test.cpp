@@ -57,6 +57,15 @@ TEST(Pages, AtTheFrontDoorAreThere)
         EXPECT_TRUE(fs::exists(house::top() / page)) << page;
 }
 
+// What the front page shows is what is built.
+TEST(Pages, ShowTheExampleAsItIs)
+{
+    const std::string program = house::read("examples/tone.cpp");
+    const auto main = program.find("int main(");
+    ASSERT_NE(main, program.npos);
+    EXPECT_NE(house::read("README.md").find("```cpp\n" + program.substr(main) + "```"), std::string::npos);
+}
+
 TEST(Pages, AreReadForLinksAndCode)
 {
     EXPECT_EQ(
