@@ -81,9 +81,10 @@ DeviceRef meantBy(const std::vector<DeviceRef>& devices, const DeviceRef& builtI
     char* end = nullptr;
     const unsigned long number = std::strtoul(choice.c_str(), &end, 10);
     std::vector<DeviceRef> fitting;
-    for (const DeviceRef& device : devices) {
+    for (std::size_t row = 0; row < devices.size(); ++row) {
+        const DeviceRef& device = devices[row];
         if (device->settings.outputChannels == 0) continue;
-        const bool isNumber = !choice.empty() && *end == 0 && device->id == number;
+        const bool isNumber = !choice.empty() && *end == 0 && row == number;
         if (isNumber || device->name == choice || device->uid == choice) return device;
         if (!choice.empty() && lowerCase(device->name).find(lowerCase(choice)) != std::string::npos)
             fitting.push_back(device);
@@ -91,9 +92,9 @@ DeviceRef meantBy(const std::vector<DeviceRef>& devices, const DeviceRef& builtI
     if (fitting.size() == 1) return fitting[0];
     error = (fitting.empty() ? "there is no output device \"" : "more than one output device fits \"") +
             choice + "\"; there are:";
-    for (const DeviceRef& device : devices)
-        if (device->settings.outputChannels)
-            error += " " + std::to_string(device->id) + " \"" + device->name + "\"";
+    for (std::size_t row = 0; row < devices.size(); ++row)
+        if (devices[row]->settings.outputChannels)
+            error += " " + std::to_string(row) + " \"" + devices[row]->name + "\"";
     return nullptr;
 }
 
