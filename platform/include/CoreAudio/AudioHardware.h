@@ -383,13 +383,6 @@ KVX_PLATFORM_EXPORT OSStatus AudioStreamSetProperty(AudioStreamID inStream, cons
                                                     UInt32 inChannel, AudioDevicePropertyID inPropertyID,
                                                     UInt32 inPropertyDataSize, const void* inPropertyData);
 
-typedef OSStatus (*AudioHardwarePropertyListenerProc)(AudioHardwarePropertyID inPropertyID,
-                                                      void* inClientData);
-typedef OSStatus (*AudioDevicePropertyListenerProc)(AudioDeviceID inDevice, UInt32 inChannel, Boolean isInput,
-                                                    AudioDevicePropertyID inPropertyID, void* inClientData);
-typedef OSStatus (*AudioStreamPropertyListenerProc)(AudioStreamID inStream, UInt32 inChannel,
-                                                    AudioDevicePropertyID inPropertyID, void* inClientData);
-
 /* ---- procedures of a device's cycle ---- */
 
 /*
@@ -425,11 +418,6 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceStart(AudioDeviceID inDevice, AudioDevic
 /* From inside the procedure it takes effect at once; from elsewhere a call may still be under way on return.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStop(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);
-
-/* Both need a running device, else kAudioHardwareNotRunningError; mFlags of the result say what is wanted. */
-KVX_PLATFORM_EXPORT OSStatus AudioDeviceGetCurrentTime(AudioDeviceID inDevice, AudioTimeStamp* outTime);
-KVX_PLATFORM_EXPORT OSStatus AudioDeviceTranslateTime(AudioDeviceID inDevice, const AudioTimeStamp* inTime,
-                                                      AudioTimeStamp* outTime);
 
 // clang-format off
 KVX_PLATFORM_SIZE(AudioObjectPropertyAddress, 12);

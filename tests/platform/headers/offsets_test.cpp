@@ -1,0 +1,84 @@
+// Where each field of a record stands: programs were compiled with these places.
+#include <CoreAudio/CoreAudio.h>
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+
+namespace {
+
+TEST(Offsets, AreThoseOfTheTarget)
+{
+    if (sizeof(void*) != 4) GTEST_SKIP() << "places are those of the 32-bit target";
+    const struct {
+        const char* field;
+        std::size_t place, expected;
+    } facts[] = {
+#define FIELD(type, field, expected) {#type "." #field, offsetof(type, field), expected}
+        FIELD(AudioObjectPropertyAddress, mSelector, 0),
+        FIELD(AudioObjectPropertyAddress, mScope, 4),
+        FIELD(AudioObjectPropertyAddress, mElement, 8),
+        FIELD(AudioValueRange, mMinimum, 0),
+        FIELD(AudioValueRange, mMaximum, 8),
+        FIELD(AudioValueTranslation, mInputData, 0),
+        FIELD(AudioValueTranslation, mInputDataSize, 4),
+        FIELD(AudioValueTranslation, mOutputData, 8),
+        FIELD(AudioValueTranslation, mOutputDataSize, 12),
+        FIELD(AudioBuffer, mNumberChannels, 0),
+        FIELD(AudioBuffer, mDataByteSize, 4),
+        FIELD(AudioBuffer, mData, 8),
+        FIELD(AudioBufferList, mNumberBuffers, 0),
+        FIELD(AudioBufferList, mBuffers, 4),
+        FIELD(AudioStreamBasicDescription, mSampleRate, 0),
+        FIELD(AudioStreamBasicDescription, mFormatID, 8),
+        FIELD(AudioStreamBasicDescription, mFormatFlags, 12),
+        FIELD(AudioStreamBasicDescription, mBytesPerPacket, 16),
+        FIELD(AudioStreamBasicDescription, mFramesPerPacket, 20),
+        FIELD(AudioStreamBasicDescription, mBytesPerFrame, 24),
+        FIELD(AudioStreamBasicDescription, mChannelsPerFrame, 28),
+        FIELD(AudioStreamBasicDescription, mBitsPerChannel, 32),
+        FIELD(AudioStreamBasicDescription, mReserved, 36),
+        FIELD(AudioStreamPacketDescription, mStartOffset, 0),
+        FIELD(AudioStreamPacketDescription, mVariableFramesInPacket, 8),
+        FIELD(AudioStreamPacketDescription, mDataByteSize, 12),
+        FIELD(AudioStreamRangedDescription, mFormat, 0),
+        FIELD(AudioStreamRangedDescription, mSampleRateRange, 40),
+        FIELD(SMPTETime, mSubframes, 0),
+        FIELD(SMPTETime, mSubframeDivisor, 2),
+        FIELD(SMPTETime, mCounter, 4),
+        FIELD(SMPTETime, mType, 8),
+        FIELD(SMPTETime, mFlags, 12),
+        FIELD(SMPTETime, mHours, 16),
+        FIELD(SMPTETime, mMinutes, 18),
+        FIELD(SMPTETime, mSeconds, 20),
+        FIELD(SMPTETime, mFrames, 22),
+        FIELD(AudioTimeStamp, mSampleTime, 0),
+        FIELD(AudioTimeStamp, mHostTime, 8),
+        FIELD(AudioTimeStamp, mRateScalar, 16),
+        FIELD(AudioTimeStamp, mWordClockTime, 24),
+        FIELD(AudioTimeStamp, mSMPTETime, 32),
+        FIELD(AudioTimeStamp, mFlags, 56),
+        FIELD(AudioTimeStamp, mReserved, 60),
+        FIELD(AudioHardwareIOProcStreamUsage, mIOProc, 0),
+        FIELD(AudioHardwareIOProcStreamUsage, mNumberStreams, 4),
+        FIELD(AudioHardwareIOProcStreamUsage, mStreamIsOn, 8),
+        FIELD(AudioChannelDescription, mChannelLabel, 0),
+        FIELD(AudioChannelDescription, mChannelFlags, 4),
+        FIELD(AudioChannelDescription, mCoordinates, 8),
+        FIELD(AudioChannelLayout, mChannelLayoutTag, 0),
+        FIELD(AudioChannelLayout, mChannelBitmap, 4),
+        FIELD(AudioChannelLayout, mNumberChannelDescriptions, 8),
+        FIELD(AudioChannelLayout, mChannelDescriptions, 12),
+        FIELD(CFRange, location, 0),
+        FIELD(CFRange, length, 4),
+        FIELD(AbsoluteTime, lo, 0),
+        FIELD(AbsoluteTime, hi, 4),
+        FIELD(Float80, exp, 0),
+        FIELD(Float80, man, 2),
+#undef FIELD
+    };
+    for (const auto& fact : facts) EXPECT_EQ(fact.place, fact.expected) << fact.field;
+}
+
+} // namespace
