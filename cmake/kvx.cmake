@@ -48,8 +48,11 @@ endfunction()
 add_library(kvx_blocks INTERFACE)
 add_library(kvx::blocks ALIAS kvx_blocks)
 if(NOT APPLE)
-  find_library(KVX_BLOCKS_RUNTIME BlocksRuntime REQUIRED
+  find_library(KVX_BLOCKS_RUNTIME BlocksRuntime
                HINTS ${PROJECT_SOURCE_DIR}/build/blocks-amd64/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+  if(NOT KVX_BLOCKS_RUNTIME)
+    message(FATAL_ERROR "The run-time of blocks is missing for ${CMAKE_LIBRARY_ARCHITECTURE}: run scripts/setup --all")
+  endif()
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
 
