@@ -29,6 +29,10 @@ void* operator new(std::size_t size)
     if (!memory) throw std::bad_alloc();
     return memory;
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return mayAllocate() ? std::malloc(size ? size : 1) : nullptr;
+}
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
