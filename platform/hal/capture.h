@@ -23,7 +23,7 @@ public:
 
     /// Take one slice, interleaved. Allocates nothing.
     /// `mayWait` true: waits for room. False: what finds no room is lost, and finish() says so.
-    /// Thread  one writer at a time, with the device's cycleLock.
+    /// Thread  one writer at a time, the device's cycle.
     void write(const float* samples, std::uint32_t frames, std::uint32_t channels, bool mayWait);
 
     /// Write what is left, close the file and give it its name. False, with the reason in `error`, if

@@ -1,5 +1,5 @@
 // The control header's functions that concern devices.
-#include "platform/hal/cycle.h"
+#include "platform/hal/device_capture.h"
 #include "platform/hal/io_procs.h"
 #include "platform/hal/listeners.h"
 #include "platform/hal/simulated_device.h"
@@ -54,21 +54,18 @@ KVXDeviceInfo infoOf(const Device& device, AudioObjectID defaultOutput)
     row.isSimulated = device.isSimulated;
     row.isDefaultOutput = device.id == defaultOutput;
     row.isAlive = device.isAlive;
-    row.isRunning = device.isRunning;
+    row.isRunning = device.isRunning();
     return row;
 }
 
 /// Have another driver turn a simulated device.
 void setDriver(const DeviceRef& device, Driver driver)
 {
-    const std::lock_guard<std::mutex> control(device->control);
     {
-        const std::lock_guard<std::mutex> cycle(device->cycleLock);
-        if (device->isDiscarding) return; // the timer sees it to its end
-        device->driver = driver;
-        device->timerWake.notify_all();
+        const std::lock_guard<std::mutex> control(device->control);
+        if (!device->isDiscarding) handOver(device, driver); // else the timer sees it to its end
     }
-    settleDriver(device);
+    waitForTurn(*device);
 }
 
 } // namespace
@@ -124,7 +121,6 @@ int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
 {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
-    const std::lock_guard<std::mutex> cycle(device->cycleLock);
     device->startRefusal = status;
     return noErr;
 }
@@ -186,9 +182,13 @@ int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
 {
     const DeviceRef device = findDeviceForProcs(id);
     if (!device) return noSuchDevice(id);
-    const std::lock_guard<std::mutex> cycle(device->cycleLock);
-    device->tap = tap;
-    device->tapContext = context;
+    std::unique_ptr<const Tap> next(tap ? new Tap{tap, context} : nullptr);
+    {
+        const std::lock_guard<std::mutex> control(device->control);
+        device->tap = next.get();
+        device->ownedTap.swap(next);
+    }
+    device->cycles.waitForEnd(); // then the former one may go
     return noErr;
 }
 
@@ -207,10 +207,8 @@ int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
                     "\"" + device->name + "\" has no output to capture");
     if (const int32_t status = KVXPlatformStopCapture(id); status != noErr) return status;
     std::string error;
-    auto capture = Capture::open(path, settings.rate, settings.outputChannels, error);
-    if (!capture) return fail(kAudioHardwareUnspecifiedError, error);
-    const std::lock_guard<std::mutex> cycle(device->cycleLock);
-    device->capture.swap(capture);
+    if (!startCapture(*device, path, settings.rate, settings.outputChannels, error))
+        return fail(kAudioHardwareUnspecifiedError, error);
     return noErr;
 }
 
@@ -218,12 +216,6 @@ int32_t KVXPlatformStopCapture(KVXDeviceID id)
 {
     const DeviceRef device = findDeviceForProcs(id);
     if (!device) return noErr; // it went, and its capture with it
-    std::shared_ptr<Capture> capture;
-    {
-        const std::lock_guard<std::mutex> cycle(device->cycleLock);
-        capture.swap(device->capture);
-    }
     std::string error;
-    if (!capture || capture->finish(error)) return noErr;
-    return fail(kAudioHardwareUnspecifiedError, error);
+    return finishCapture(*device, error) ? noErr : fail(kAudioHardwareUnspecifiedError, error);
 }

@@ -1,7 +1,5 @@
 #include "platform/hal/cycle.h"
 
-#include "platform/hal/housekeeper.h"
-
 #include <algorithm>
 
 namespace kvxplatform::hal {
@@ -9,6 +7,26 @@ namespace kvxplatform::hal {
 thread_local Device* turningDevice = nullptr;
 
 namespace {
+
+/// Marks the thread and the device as being in a cycle.
+class CycleMark {
+public:
+    explicit CycleMark(Device& device) : device_(device)
+    {
+        turningDevice = &device;
+        device.cycles.begin();
+    }
+    ~CycleMark()
+    {
+        device_.cycles.end();
+        turningDevice = nullptr;
+    }
+    CycleMark(const CycleMark&) = delete;
+    CycleMark& operator=(const CycleMark&) = delete;
+
+private:
+    Device& device_;
+};
 
 AudioTimeStamp timeStamp(double sampleTime, UInt64 hostTime)
 {
@@ -32,85 +50,124 @@ AudioBufferList listOf(std::vector<float>& samples, UInt32 channels, UInt32 fram
     return list;
 }
 
-/// Every channel glides from its gain to its target over the slice; a channel at 1 is left as it is.
-void applyGains(Device& device, UInt32 frames)
+struct Times {
+    AudioTimeStamp now, input, output;
+};
+
+Times timesOf(const Device& device, const Settings& settings, UInt32 frames, UInt64 hostNow)
 {
-    const UInt32 channels = device.running.outputChannels;
+    const auto sliceNanos = static_cast<UInt64>(frames * 1e9 / settings.rate);
+    const AudioTimeStamp none = {};
+    const AudioTimeStamp now = timeStamp(device.sampleTime, hostNow);
+    const AudioTimeStamp heard = timeStamp(device.sampleTime + frames, hostNow + sliceNanos);
+    return {now, settings.inputChannels ? now : none, settings.outputChannels ? heard : none};
+}
+
+/// Whether the procedure may be called now; it is then known as the one being called. Whoever stops a
+/// procedure clears its mark first and looks at `called` afterwards, so that one of the two sees the other.
+bool beginCall(Device& device, const IOProc& proc)
+{
+    if (!proc.isStarted.load(std::memory_order_relaxed)) return false;
+    device.called = &proc;
+    if (proc.isStarted && !proc.isRemoved) return true;
+    device.called = nullptr;
+    return false;
+}
+
+/// Every started procedure into `mix`.
+void callProcs(Device& device, Shape& shape, UInt32 frames, const Times& times)
+{
+    const Settings& settings = shape.settings;
+    const std::size_t samples = std::size_t{frames} * settings.outputChannels;
+    bool isFirst = true;
+    for (const IOProc* proc : device.procs.row()) {
+        if (!beginCall(device, *proc)) continue;
+        std::vector<float>& target = isFirst ? shape.mix : shape.scratch;
+        std::fill_n(target.begin(), samples, 0.0f);
+        AudioBufferList output = listOf(target, settings.outputChannels, frames);
+        const AudioBufferList input = listOf(shape.inputSilence, settings.inputChannels, frames);
+        proc->proc(device.id, &times.now, &input, &times.input, &output, &times.output, proc->client);
+        device.called = nullptr;
+        if (!isFirst)
+            for (std::size_t i = 0; i < samples; ++i) shape.mix[i] += shape.scratch[i];
+        isFirst = false;
+    }
+    if (isFirst) std::fill_n(shape.mix.begin(), samples, 0.0f);
+}
+
+/// Every channel glides from its gain to its target over the slice; a channel at 1 is left as it is.
+void applyGains(Device& device, Shape& shape, UInt32 frames)
+{
+    const UInt32 channels = shape.settings.outputChannels;
+    const bool jumps = device.hasJustStarted.exchange(false);
     for (UInt32 c = 0; c < channels; ++c) {
-        const float from = device.gains[c], to = device.targetGains[c];
+        const float to = device.targetGains[c].load(std::memory_order_relaxed);
+        const float from = jumps ? to : device.gains[c];
+        device.gains[c] = to;
         if (from == 1 && to == 1) continue;
-        float* sample = device.mix.data() + c;
+        float* sample = shape.mix.data() + c;
         for (UInt32 i = 0; i < frames; ++i, sample += channels)
             *sample *= from + (to - from) * (static_cast<float>(i + 1) / static_cast<float>(frames));
-        device.gains[c] = to;
     }
+}
+
+/// What is heard, to those who listen beside the device.
+void handOut(const Device& device, const Shape& shape, UInt32 frames, bool mayWait)
+{
+    const UInt32 channels = shape.settings.outputChannels;
+    if (device.isDiscarding || !channels) return;
+    if (const Tap* tap = device.tap) tap->function(tap->context, shape.mix.data(), frames, channels);
+    if (Capture* capture = device.capture) capture->write(shape.mix.data(), frames, channels, mayWait);
 }
 
 } // namespace
 
-Buffers::Buffers(const Settings& settings)
-    : mix(std::size_t{settings.sliceFrames} * settings.outputChannels), scratch(mix.size()),
-      inputSilence(std::size_t{settings.sliceFrames} * settings.inputChannels),
-      gains(settings.outputChannels, 1.0f), targetGains(settings.outputChannels, 1.0f)
+Shape::Shape(const Settings& ofSettings)
+    : settings(ofSettings), mix(std::size_t{settings.sliceFrames} * settings.outputChannels),
+      scratch(mix.size()), inputSilence(std::size_t{settings.sliceFrames} * settings.inputChannels)
 {
 }
 
-void applyBuffers(Device& device, const Settings& settings, Buffers& buffers)
+Device::~Device()
 {
-    for (std::size_t c = 0; c < std::min(buffers.gains.size(), device.gains.size()); ++c)
-        buffers.gains[c] = device.gains[c], buffers.targetGains[c] = device.targetGains[c];
-    device.running = settings;
-    std::swap(device.mix, buffers.mix);
-    std::swap(device.scratch, buffers.scratch);
-    std::swap(device.inputSilence, buffers.inputSilence);
-    std::swap(device.gains, buffers.gains);
-    std::swap(device.targetGains, buffers.targetGains);
+    delete nextShape.load();
+    freeSpentShapes(*this);
+}
+
+const Settings& takeUpSettings(Device& device)
+{
+    if (Shape* next = device.nextShape.exchange(nullptr)) {
+        Shape* spent = device.shape.release();
+        device.shape.reset(next);
+        if (spent) {
+            spent->nextSpent = device.spentShapes.load();
+            while (!device.spentShapes.compare_exchange_weak(spent->nextSpent, spent)) {
+            }
+        }
+    }
+    return device.shape->settings;
+}
+
+void freeSpentShapes(Device& device)
+{
+    for (Shape* spent = device.spentShapes.exchange(nullptr); spent;) {
+        const std::unique_ptr<Shape> owner(spent);
+        spent = spent->nextSpent;
+    }
 }
 
 const float* turnCycle(Device& device, UInt32 frames, bool mayWait)
 {
-    turningDevice = &device;
-    const Settings& settings = device.running;
-    const std::size_t samples = std::size_t{frames} * settings.outputChannels;
+    const CycleMark mark(device);
+    Shape& shape = *device.shape;
     const UInt64 hostNow = AudioGetCurrentHostTime();
     device.lastCycleNanos.store(static_cast<std::int64_t>(hostNow), std::memory_order_relaxed);
 
-    const AudioTimeStamp now = timeStamp(device.sampleTime, hostNow);
-    const double sliceNanos = frames * 1e9 / settings.rate;
-    const AudioTimeStamp none = {};
-    const AudioTimeStamp outputTime =
-        settings.outputChannels
-            ? timeStamp(device.sampleTime + frames, hostNow + static_cast<UInt64>(sliceNanos))
-            : none;
-    const AudioTimeStamp inputTime = settings.inputChannels ? now : none;
-
-    bool isFirst = true;
-    const std::size_t count = device.procs.size(); // one that is added meanwhile waits for the next cycle
-    for (std::size_t p = 0; p < count; ++p) {
-        IOProc& entry = *device.procs[p];
-        if (!entry.isStarted) continue;
-        std::vector<float>& target = isFirst ? device.mix : device.scratch;
-        std::fill_n(target.begin(), samples, 0.0f);
-        AudioBufferList output = listOf(target, settings.outputChannels, frames);
-        const AudioBufferList input = listOf(device.inputSilence, settings.inputChannels, frames);
-        entry.proc(device.id, &now, &input, &inputTime, &output, &outputTime, entry.client);
-        if (!isFirst)
-            std::transform(device.mix.begin(), device.mix.begin() + static_cast<std::ptrdiff_t>(samples),
-                           device.scratch.begin(), device.mix.begin(),
-                           [](float a, float b) { return a + b; });
-        isFirst = false;
-    }
-    if (isFirst) std::fill_n(device.mix.begin(), samples, 0.0f);
-    applyGains(device, frames);
+    callProcs(device, shape, frames, timesOf(device, shape.settings, frames, hostNow));
+    applyGains(device, shape, frames);
     device.sampleTime += frames;
-
-    if (!device.isDiscarding && settings.outputChannels) {
-        if (device.tap) device.tap(device.tapContext, device.mix.data(), frames, settings.outputChannels);
-        if (device.capture)
-            device.capture->write(device.mix.data(), frames, settings.outputChannels, mayWait);
-    }
-    turningDevice = nullptr;
-    return device.mix.data();
+    handOut(device, shape, frames, mayWait);
+    return shape.mix.data();
 }
 
 } // namespace kvxplatform::hal

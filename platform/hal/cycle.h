@@ -5,19 +5,17 @@
 
 namespace kvxplatform::hal {
 
+/// Take up the settings that were published, if there are new ones.
+/// Thread  whoever turns the device, with its turnLock held, before each cycle.
+const Settings& takeUpSettings(Device& device);
+
 /// Call every started procedure with a zeroed slice of its own, add them up, apply the levels, and hand the
-/// sum to the tap and the capture. A single procedure's samples pass as they are. Shape   `frames` at most
-/// the running slice; the result is interleaved, valid until the next cycle. Thread  whoever turns the
-/// device, with its cycleLock held. Allocates nothing, and takes no lock.
+/// sum to the tap and the capture. A single procedure's samples pass as they are.
+/// Shape   `frames` at most the slice taken up; the result is interleaved, valid until the next cycle.
+/// Thread  whoever turns the device, with its turnLock held. Allocates nothing, and takes no lock.
 const float* turnCycle(Device& device, UInt32 frames, bool mayWait);
 
-/// The slice buffers for these settings, made outside the cycle; exchanged with the device's by applyBuffers.
-struct Buffers {
-    explicit Buffers(const Settings& settings);
-    std::vector<float> mix, scratch, inputSilence, gains, targetGains;
-};
-
-/// With cycleLock held: the former buffers are in `buffers` afterwards, to be freed outside.
-void applyBuffers(Device& device, const Settings& settings, Buffers& buffers);
+/// Free what cycles have done with. Not in a cycle.
+void freeSpentShapes(Device& device);
 
 } // namespace kvxplatform::hal

@@ -1,24 +1,31 @@
 // A device of the platform, as a plain record.
 //
-// Its fields stand in groups by the lock that guards them. The tree's lock (tree.h) guards what properties
-// tell; `cycleLock` what the running cycle works on: a cycle holds it from beginning to end, so whoever takes
-// it has waited for the cycle in progress. `control` serialises starting, stopping and reconfiguring; it is
-// never taken in a cycle.
+// Its fields stand in groups by who may touch them. The tree's lock (tree.h) guards what properties tell. The
+// cycle works on a state of its own, and takes no lock: what others want of it, they publish in atomic words,
+// and it takes them up when the next cycle begins. `turnLock` is held by whoever turns the device, around
+// each cycle; it is only contended when another driver takes over. `control` serialises starting, stopping
+// and reconfiguring; it is never taken in a cycle, nor while a call of a procedure is waited for.
 #pragma once
 
 #include "platform/hal/capture.h"
+#include "platform/hal/cycle_count.h"
+#include "platform/hal/proc_list.h"
+#include "platform/hal/signal.h"
 
 #include <CoreAudio/CoreAudio.h>
 #include <KVXPlatform/KVXPlatform.h>
 
+#include <array>
 #include <atomic>
-#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 namespace kvxplatform::hal {
+
+constexpr UInt32 mostChannels = 64;
+constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // frames
 
 /// What a device is set to. Rates in Hz, the rest in frames and channels.
 struct Settings {
@@ -35,13 +42,19 @@ struct Level {
     bool isMuted = false;
 };
 
-/// A procedure registered with a device.
-struct IOProc {
-    AudioDeviceIOProc proc;
-    void* client;
-    bool hasOwnID; ///< registered under an ID of its own, which is this record's address
-    bool isStarted = false;
-    bool isRemoved = false; ///< waits to be swept
+/// Settings as a cycle uses them, with buffers of their size. Made outside the cycle, and freed outside.
+struct Shape {
+    explicit Shape(const Settings& ofSettings);
+
+    const Settings settings;
+    std::vector<float> mix, scratch, inputSilence;
+    Shape* nextSpent = nullptr;
+};
+
+/// Where a device's output goes beside the device.
+struct Tap {
+    KVXOutputTap function;
+    void* context;
 };
 
 /// Who turns the cycle.
@@ -52,10 +65,14 @@ struct HardwareStream {
     struct Device* device = nullptr;
     UInt32 channels = 0;
     void* stream = nullptr;
-    std::int64_t openedNanos = 0; ///< on the host clock
+    std::int64_t openedNanos = 0;         ///< on the host clock
+    std::atomic<bool> isAbandoned{false}; ///< it has stopped answering: never touched again
 };
 
 struct Device {
+    Device() = default;
+    ~Device();
+
     // ---- never changes ----
     AudioObjectID id = 0;
     AudioObjectID outputStream = 0; ///< 0: no such stream
@@ -67,7 +84,7 @@ struct Device {
     // ---- under the tree's lock ----
     Settings settings;
     bool isAlive = true;
-    bool isListed = true; ///< false: unplugged, kept only until its last procedure has stopped
+    bool isListed = true; ///< false: unplugged, kept only until its last procedure has gone
     bool isMuted = false;
     std::vector<Level> outputLevels;
     SInt32 hogOwner = -1;
@@ -80,31 +97,43 @@ struct Device {
     int hardwareIndex = -1; ///< PortAudio's index of the device
     std::unique_ptr<HardwareStream> hardware;
     bool hasTimerThread = false;
+    std::unique_ptr<const Tap> ownedTap;
+    std::shared_ptr<Capture> ownedCapture;
 
-    // ---- under `cycleLock` ----
-    std::mutex cycleLock;
-    std::condition_variable timerWake;
-    Driver driver = Driver::timer;
-    bool isDiscarding = false; ///< dead or unplugged: turned, but nothing is heard
-    bool mustEnd = false;      ///< the timer's thread shall end
-    OSStatus startRefusal = noErr;
-    std::vector<std::unique_ptr<IOProc>> procs;
-    int startedProcs = 0;
-    int startsWithoutProc = 0;
-    Settings running; ///< the settings that the cycle uses
+    // ---- the cycle's own, under `turnLock` ----
+    std::mutex turnLock;
+    std::unique_ptr<Shape> shape;
+    std::array<float, mostChannels> gains; ///< of each output channel; a slice glides to the target
     double sampleTime = 0;
     double stepDebt = 0; ///< frames of elapsed time that a stepped device still owes
-    std::vector<float> mix, scratch, inputSilence;
-    std::vector<float> gains, targetGains; ///< per output channel; a slice glides from one to the other
-    KVXOutputTap tap = nullptr;
-    void* tapContext = nullptr;
-    std::shared_ptr<Capture> capture;
+
+    // ---- published to the cycle ----
+    CycleCount cycles;
+    ProcList procs{cycles};
+    std::atomic<Shape*> nextShape{nullptr}; ///< owned by whoever takes it out
+    std::array<std::atomic<float>, mostChannels> targetGains;
+    std::atomic<const Tap*> tap{nullptr};
+    std::atomic<Capture*> capture{nullptr};
+    std::atomic<Driver> driver{Driver::timer};
+    std::atomic<bool> isDiscarding{false}; ///< dead or unplugged: turned, but nothing is heard
+
+    // ---- published by the cycle ----
+    std::atomic<const IOProc*> called{nullptr};  ///< the procedure that is being called
+    std::atomic<Shape*> spentShapes{nullptr};    ///< to be freed
+    std::atomic<std::int64_t> lastCycleNanos{0}; ///< when the latest cycle began, on the host clock
 
     // ---- any thread ----
-    std::atomic<bool> isRunning{false};          ///< a procedure is started: what 'goin' tells
-    std::atomic<bool> hasNewsOfRunning{false};   ///< for the housekeeper
-    std::atomic<bool> mustApply{false};          ///< likewise: settings were changed from inside the cycle
-    std::atomic<std::int64_t> lastCycleNanos{0}; ///< when the latest cycle began, on the host clock
+    std::atomic<int> starts{0};             ///< started procedures, and starts without one
+    std::atomic<int> startsWithoutProc{0};  ///< those among them
+    std::atomic<bool> hasJustStarted{true}; ///< nothing was heard before: levels need not glide
+    std::atomic<OSStatus> startRefusal{noErr};
+    std::atomic<bool> mustEnd{false}; ///< the timer's thread shall end
+    Signal timerWake;
+    std::atomic<bool> hasNewsOfRunning{false}; ///< for the housekeeper, as the next two
+    std::atomic<bool> hasRemovedProcs{false};
+    std::atomic<bool> mustApply{false}; ///< settings were changed from inside a cycle
+
+    bool isRunning() const { return starts > 0; }
 };
 
 using DeviceRef = std::shared_ptr<Device>;
@@ -112,11 +141,11 @@ using DeviceRef = std::shared_ptr<Device>;
 /// The device whose cycle runs on this thread, or null.
 extern thread_local Device* turningDevice;
 
-/// Make the cycle work with the settings and levels of now. Takes `control`; not in a cycle of this device,
-/// where the housekeeper is asked instead.
+/// Make the cycle work with the settings and levels of now. Takes `control`; in a cycle the housekeeper is
+/// asked instead.
 void applySettings(const DeviceRef& device);
 
-/// Make the cycle glide to the levels of now.
+/// Make the cycle glide to the levels of now. [any]
 void applyLevels(const DeviceRef& device);
 
 /// The scalar volume as a factor, and the decibels in between: linear in decibels from the lowest volume to 0

@@ -9,8 +9,6 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // frames
-
 // ---- what it is ----
 
 OSStatus getName(const Request& r, Bytes& value) { return putCFString(value, r.device->name); }
@@ -76,7 +74,7 @@ OSStatus getStreamConfiguration(const Request& r, Bytes& value)
 // ---- how it runs ----
 
 OSStatus getAlive(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isAlive); }
-OSStatus getRunning(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isRunning); }
+OSStatus getRunning(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isRunning()); }
 OSStatus getCanBeDefault(const Request& r, Bytes& value) { return put<UInt32>(value, r.channels() > 0); }
 OSStatus getLatency(const Request& r, Bytes& value) { return put(value, r.device->settings.latencyFrames); }
 OSStatus getSlice(const Request& r, Bytes& value) { return put(value, r.device->settings.sliceFrames); }

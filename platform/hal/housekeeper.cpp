@@ -3,56 +3,64 @@
 #include "platform/hal/io_procs.h"
 #include "platform/hal/listeners.h"
 #include "platform/hal/portaudio_driver.h"
+#include "platform/hal/signal.h"
 #include "platform/hal/tree.h"
 
-#include <ctime>
-#include <mutex>
-#include <semaphore.h>
 #include <thread>
 
 namespace kvxplatform::hal {
 
 namespace {
 
-constexpr long watchNanos = 100'000'000; // between two looks at running hardware
+constexpr std::int64_t watchNanos = 100'000'000; // between two looks at running hardware
+constexpr std::int64_t retryNanos = 5'000'000;   // until a cycle has surely done with what is to be freed
 
-sem_t& wakeUp()
+/// Lives as long as the process: threads may outlast main.
+Signal& wakeUp()
 {
-    static sem_t semaphore = [] {
-        sem_t s;
-        sem_init(&s, 0, 0);
-        return s;
-    }();
-    return semaphore;
+    static Signal& signal = *new Signal;
+    return signal;
 }
 
-void tidy(const DeviceRef& device)
+void tellOfRunning(const Device& device)
+{
+    postChange(device.id, kAudioDevicePropertyDeviceIsRunning);
+    postChange(device.id, kAudioDevicePropertyDeviceIsRunningSomewhere);
+}
+
+/// True if nothing is left to do.
+bool tidy(const DeviceRef& device)
 {
     if (device->mustApply.exchange(false)) applySettings(device);
-    if (!device->hasNewsOfRunning.exchange(false)) return;
+    const bool hasNews = device->hasNewsOfRunning.exchange(false);
+    const bool hasRemoved = device->hasRemovedProcs.exchange(false);
+    if (!hasNews && !hasRemoved) return true;
+    bool isTurned, isTidy;
     {
         const std::lock_guard<std::mutex> control(device->control);
-        settleDriver(device);
-        sweepRemoved(*device);
+        isTurned = settleDriver(device) == noErr;
+        isTidy = device->procs.sweep();
         forgetIfUnused(device);
     }
-    postChange(device->id, kAudioDevicePropertyDeviceIsRunning);
-    postChange(device->id, kAudioDevicePropertyDeviceIsRunningSomewhere);
+    if (!isTurned)
+        letDie(device); // started inside a cycle, and the hardware does not open: nobody to tell but so
+    if (!isTidy) device->hasRemovedProcs = true;
+    if (hasNews) tellOfRunning(*device);
+    return isTidy;
 }
 
 void run()
 {
-    for (;;) {
-        timespec until;
-        clock_gettime(CLOCK_REALTIME, &until);
-        until.tv_nsec += watchNanos;
-        if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
-        if (isAnyHardwareOpen())
-            sem_timedwait(&wakeUp(), &until);
+    for (bool isTidy = true;;) {
+        if (!isTidy)
+            wakeUp().waitFor(retryNanos);
+        else if (isAnyHardwareOpen())
+            wakeUp().waitFor(watchNanos);
         else
-            sem_wait(&wakeUp());
+            wakeUp().wait();
+        isTidy = true;
         for (const DeviceRef& device : devicesForProcs()) {
-            tidy(device);
+            isTidy = tidy(device) && isTidy;
             if (hasHardwareEnded(*device)) letDie(device);
         }
     }
@@ -60,11 +68,10 @@ void run()
 
 } // namespace
 
-void wakeHousekeeper() { sem_post(&wakeUp()); }
+void wakeHousekeeper() { wakeUp().raise(); }
 
 void startHousekeeper()
 {
-    wakeUp();
     std::thread(run).detach(); // for the life of the process
 }
 

@@ -1,12 +1,15 @@
 #include "platform/hal/io_procs.h"
 
 #include "platform/accounts/account.h"
+#include "platform/hal/cycle.h"
 #include "platform/hal/housekeeper.h"
 #include "platform/hal/portaudio_driver.h"
 #include "platform/hal/timer_driver.h"
 #include "platform/hal/tree.h"
 
-#include <algorithm>
+#include <chrono>
+#include <new>
+#include <thread>
 
 namespace kvxplatform::hal {
 
@@ -14,125 +17,123 @@ namespace {
 
 Account addedProcs("IOProc");
 
-/// cycleLock, unless this thread is in that device's cycle and so holds it already. Outside, having it means
-/// that no procedure of the device is being called.
-class CycleGuard {
-public:
-    explicit CycleGuard(Device& device)
-        : isInside_(turningDevice == &device), lock_(device.cycleLock, std::defer_lock)
-    {
-        if (!isInside_) lock_.lock();
-    }
-    bool isInside() const { return isInside_; }
-
-private:
-    bool isInside_;
-    std::unique_lock<std::mutex> lock_;
-};
-
-/// The device, for procedures: also one that is unplugged and still turned. Inside a cycle no lock is taken.
+/// The device, for procedures: also one that is unplugged and still turned. In its own cycle no lock is
+/// taken.
 DeviceRef findForProcs(AudioDeviceID id)
 {
     if (turningDevice && turningDevice->id == id) return DeviceRef(DeviceRef(), turningDevice);
     return findDeviceForProcs(id);
 }
 
-AudioDeviceIOProcID idOf(const IOProc& entry)
+/// Run `use` on the procedure's record; false if there is none.
+template <class Use>
+bool withProc(Device& device, AudioDeviceIOProcID id, Use use)
 {
-    return entry.hasOwnID ? reinterpret_cast<AudioDeviceIOProcID>(reinterpret_cast<std::uintptr_t>(&entry))
-                          : entry.proc;
+    if (turningDevice != &device) return device.procs.with(id, use);
+    IOProc* found = device.procs.findInCycle(id);
+    if (!found) return false;
+    use(*found);
+    return true;
 }
 
-IOProc* findEntry(Device& device, AudioDeviceIOProcID id)
+void countStart(Device& device, int change)
 {
-    for (auto& entry : device.procs)
-        if (!entry->isRemoved && idOf(*entry) == id) return entry.get();
-    return nullptr;
+    if (change > 0 && !device.isRunning()) device.hasJustStarted = true;
+    const int before = device.starts.fetch_add(change);
+    if ((before > 0) == (before + change > 0)) return;
+    if (change > 0) device.timerWake.raise();
+    device.hasNewsOfRunning = true;
+    wakeHousekeeper();
 }
 
-void setStarted(Device& device, IOProc& entry, bool isStarted)
+void setStarted(Device& device, IOProc& proc, bool isStarted)
 {
-    if (entry.isStarted == isStarted) return;
-    entry.isStarted = isStarted;
-    device.startedProcs += isStarted ? 1 : -1;
-    noteRunning(device);
+    if (proc.isStarted.exchange(isStarted) != isStarted) countStart(device, isStarted ? 1 : -1);
+}
+
+/// Until a call of the procedure that is under way has ended. Inside a cycle nobody waits: the marks do it.
+void waitForCall(const Device& device, const IOProc* proc)
+{
+    if (turningDevice) return;
+    while (device.called == proc)
+        std::this_thread::sleep_for(std::chrono::microseconds(50)); // the audio thread wakes nobody
 }
 
 OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasOwnID,
              AudioDeviceIOProcID* outID)
-{
+try {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     if (!proc) return kAudioHardwareIllegalOperationError;
-    auto entry = std::make_unique<IOProc>(IOProc{proc, client, hasOwnID});
-    const CycleGuard guard(*device);
-    if (!hasOwnID && findEntry(*device, proc)) return kAudioHardwareIllegalOperationError;
-    if (outID) *outID = idOf(*entry);
-    device->procs.push_back(std::move(entry));
+    auto entry = std::make_unique<IOProc>(proc, client, hasOwnID);
+    const AudioDeviceIOProcID newID = entry->id();
+    if (!device->procs.add(std::move(entry))) return kAudioHardwareIllegalOperationError;
+    if (outID) *outID = newID;
     addedProcs.add();
     return noErr;
+} catch (const std::bad_alloc&) {
+    return kAudioHardwareUnspecifiedError;
 }
 
-/// Stop and forget, at once: a record is only freed where no procedure runs.
 OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
-    bool isInside;
-    {
-        const CycleGuard guard(*device);
-        isInside = guard.isInside();
-        IOProc* entry = findEntry(*device, proc);
-        if (!entry || entry->hasOwnID != hasOwnID) return kAudioHardwareIllegalOperationError;
-        setStarted(*device, *entry, false);
-        entry->isRemoved = true;
-        addedProcs.remove();
-    }
-    if (isInside) {
+    const IOProc* removed = nullptr;
+    withProc(*device, proc, [&](IOProc& found) {
+        if (found.hasOwnID != hasOwnID || found.isRemoved.exchange(true)) return;
+        removed = &found;
+        setStarted(*device, found, false);
+    });
+    if (!removed) return kAudioHardwareIllegalOperationError;
+    addedProcs.remove();
+    if (turningDevice) {
+        device->hasRemovedProcs = true;
         wakeHousekeeper();
         return noErr;
     }
+    waitForCall(*device, removed);
     const std::lock_guard<std::mutex> control(device->control);
     settleDriver(device);
-    sweepRemoved(*device);
+    device->procs.sweep();
     forgetIfUnused(device);
     return noErr;
 }
 
-/// Count a start or stop, with or without a procedure.
-OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStart)
+/// Set the mark of a procedure, or count a start or stop of the device itself.
+OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, const IOProc** out_proc = nullptr)
 {
     if (!proc) {
-        if (!isStart && device.startsWithoutProc == 0) return kAudioHardwareIllegalOperationError;
-        device.startsWithoutProc += isStart ? 1 : -1;
-        noteRunning(device);
+        if (!isStarted && device.startsWithoutProc.fetch_sub(1) <= 0) {
+            ++device.startsWithoutProc;
+            return kAudioHardwareIllegalOperationError;
+        }
+        if (isStarted) ++device.startsWithoutProc;
+        countStart(device, isStarted ? 1 : -1);
         return noErr;
     }
-    IOProc* entry = findEntry(device, proc);
-    if (!entry) return kAudioHardwareIllegalOperationError;
-    setStarted(device, *entry, isStart);
-    return noErr;
+    bool isThere = true;
+    const bool isFound = withProc(device, proc, [&](IOProc& found) {
+        setStarted(device, found, isStarted);
+        isThere = !found.isRemoved; // it may just have removed itself
+        if (!isThere) setStarted(device, found, false);
+        if (out_proc) *out_proc = &found;
+    });
+    return isFound && isThere ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
 }
 
 OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
-    if (turningDevice == device.get()) return mark(*device, proc, true);
+    if (const OSStatus refusal = device->startRefusal; refusal != noErr) return refusal;
+    if (turningDevice) return mark(*device, proc, true); // the housekeeper sees to the driver
 
     startCaptureOfEnvironment(device);
     const std::lock_guard<std::mutex> control(device->control);
-    {
-        const CycleGuard guard(*device);
-        if (device->startRefusal != noErr) return device->startRefusal;
-        if (device->isDiscarding) return kAudioHardwareNotRunningError;
-        if (const OSStatus status = mark(*device, proc, true); status != noErr) return status;
-    }
+    if (const OSStatus status = mark(*device, proc, true); status != noErr) return status;
     const OSStatus status = settleDriver(device);
-    if (status != noErr) {
-        const CycleGuard guard(*device);
-        mark(*device, proc, false);
-    }
+    if (status != noErr) mark(*device, proc, false);
     return status;
 }
 
@@ -140,13 +141,11 @@ OSStatus stop(AudioDeviceID id, AudioDeviceIOProcID proc)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
-    if (turningDevice == device.get()) return mark(*device, proc, false);
-
+    const IOProc* stopped = nullptr;
+    if (const OSStatus status = mark(*device, proc, false, &stopped); status != noErr) return status;
+    if (turningDevice) return noErr;
+    if (stopped) waitForCall(*device, stopped);
     const std::lock_guard<std::mutex> control(device->control);
-    {
-        const CycleGuard guard(*device);
-        if (const OSStatus status = mark(*device, proc, false); status != noErr) return status;
-    }
     settleDriver(device);
     forgetIfUnused(device);
     return noErr;
@@ -154,49 +153,32 @@ OSStatus stop(AudioDeviceID id, AudioDeviceIOProcID proc)
 
 } // namespace
 
-void noteRunning(Device& device)
-{
-    const bool isRunning = device.startedProcs > 0 || device.startsWithoutProc > 0;
-    if (device.isRunning.exchange(isRunning) == isRunning) return;
-    if (isRunning) device.timerWake.notify_all();
-    device.hasNewsOfRunning = true;
-    wakeHousekeeper();
-}
-
-void sweepRemoved(Device& device)
-{
-    std::vector<std::unique_ptr<IOProc>> gone; // freed after the lock
-    const std::lock_guard<std::mutex> lock(device.cycleLock);
-    for (auto& entry : device.procs)
-        if (entry->isRemoved) gone.push_back(std::move(entry));
-    device.procs.erase(std::remove(device.procs.begin(), device.procs.end(), nullptr), device.procs.end());
-}
-
 OSStatus settleDriver(const DeviceRef& device)
 {
-    Driver driver;
-    bool isRunning;
-    {
-        const std::lock_guard<std::mutex> lock(device->cycleLock);
-        driver = device->driver;
-        isRunning = device->isRunning;
-    }
-    if (driver == Driver::hardware && isRunning) return openHardware(device);
+    const Driver driver = device->driver;
+    if (driver == Driver::hardware && device->isRunning()) return openHardware(device);
     closeHardware(device);
-    if (driver == Driver::timer && isRunning) ensureTimerThread(device);
+    if (driver == Driver::timer && device->isRunning()) ensureTimerThread(device);
     return noErr;
 }
 
+void handOver(const DeviceRef& device, Driver driver)
+{
+    device->driver = driver;
+    device->timerWake.raise();
+    settleDriver(device);
+}
+
+void waitForTurn(Device& device) { const std::lock_guard<std::mutex> lock(device.turnLock); }
+
 void beginDiscarding(const DeviceRef& device)
 {
-    const std::lock_guard<std::mutex> control(device->control);
     {
-        const std::lock_guard<std::mutex> lock(device->cycleLock);
+        const std::lock_guard<std::mutex> control(device->control);
         device->isDiscarding = true;
-        device->driver = Driver::timer;
-        device->timerWake.notify_all();
+        handOver(device, Driver::timer);
     }
-    settleDriver(device);
+    waitForTurn(*device);
 }
 
 } // namespace kvxplatform::hal

@@ -13,15 +13,18 @@ namespace kvxplatform::hal {
 
 namespace {
 
+std::mutex paLock; // PortAudio's own functions are not to be called by two threads at once
+
 std::atomic<int> openStreams{0};
 
+// Streams that ended by themselves. Closing one can wait for ever for a server that is gone, so they are
+// kept, and PortAudio is not started anew either, which would close them.
+std::vector<std::unique_ptr<HardwareStream>> endedStreams; // under paLock
+
 constexpr std::int64_t longestSilenceNanos = 2'000'000'000; // a running stream asks far more often
-constexpr int spinsForLock = 20000;                         // well under a slice; holders need microseconds
-constexpr UInt32 mostChannels = 32;                         // plug-like devices offer any number
+constexpr UInt32 mostOffered = 32;                          // plug-like devices offer any number of channels
 constexpr double commonRates[] = {8000,  11025, 16000, 22050,  32000, 44100,
                                   48000, 88200, 96000, 176400, 192000};
-
-std::mutex paLock; // PortAudio's own functions are not to be called by two threads at once
 
 // ---- the libraries below PortAudio print what they try; a user wants to see none of it ----
 
@@ -64,35 +67,26 @@ PaStreamParameters parametersOf(const Device& device)
     return parameters;
 }
 
-/// cycleLock for a callback: others hold it for microseconds, so it is worth a short wait, and no longer one.
-bool lockSoon(std::mutex& lock)
-{
-    for (int spin = 0; spin < spinsForLock; ++spin) {
-        if (lock.try_lock()) return true;
-        __builtin_ia32_pause();
-    }
-    return false;
-}
-
 int callback(const void*, void* output, unsigned long frames, const PaStreamCallbackTimeInfo*,
              PaStreamCallbackFlags, void* client)
 {
     const HardwareStream& hardware = *static_cast<const HardwareStream*>(client);
-    Device& device = *hardware.device;
-    const UInt32 channels = hardware.channels;
     float* out = static_cast<float*>(output);
-    if (!lockSoon(device.cycleLock)) {
-        // Whoever reconfigures the device right now has closed this stream in a moment.
-        std::fill_n(out, frames * channels, 0.0f);
-        return paContinue;
-    }
+    std::fill_n(out, frames * hardware.channels, 0.0f);
+    if (hardware.isAbandoned) return paAbort;
+    Device& device = *hardware.device;
+    // Nobody else wants the lock, unless another driver is just taking over: then this stream is closed in a
+    // moment.
+    const std::unique_lock<std::mutex> lock(device.turnLock, std::try_to_lock);
+    if (!lock || device.driver != Driver::hardware) return paContinue;
+    const Settings& settings = takeUpSettings(device);
+    if (settings.outputChannels != hardware.channels) return paContinue;
     for (unsigned long done = 0; done < frames;) {
-        const UInt32 slice = std::min<UInt32>(static_cast<UInt32>(frames - done), device.running.sliceFrames);
+        const UInt32 slice = std::min<UInt32>(static_cast<UInt32>(frames - done), settings.sliceFrames);
         const float* mixed = turnCycle(device, slice, false);
-        std::copy_n(mixed, std::size_t{slice} * channels, out + done * channels);
+        std::copy_n(mixed, std::size_t{slice} * hardware.channels, out + done * hardware.channels);
         done += slice;
     }
-    device.cycleLock.unlock();
     return paContinue;
 }
 
@@ -108,7 +102,7 @@ DeviceRef deviceOf(int index)
     device->driver = Driver::hardware;
     device->settings.rate = info.defaultSampleRate;
     const auto channels = static_cast<UInt32>(info.maxOutputChannels);
-    device->settings.outputChannels = channels > mostChannels ? 2 : channels;
+    device->settings.outputChannels = channels > mostOffered ? 2 : channels;
     device->settings.latencyFrames =
         static_cast<UInt32>(info.defaultLowOutputLatency * info.defaultSampleRate);
     device->ratesAreKnown = false;
@@ -123,7 +117,8 @@ std::vector<DeviceRef> readHardware(std::string& error)
     std::vector<DeviceRef> devices;
     if (!startPortAudio(error)) return devices;
     static bool isFirst = true;
-    if (!std::exchange(isFirst, false) && openStreams == 0) { // its list is only read at its start
+    if (!std::exchange(isFirst, false) && openStreams == 0 &&
+        endedStreams.empty()) { // its list is only read at its start
         Pa_Terminate();
         Pa_Initialize();
         silenceMessages();
@@ -170,8 +165,8 @@ OSStatus openHardware(const DeviceRef& device)
     const std::lock_guard<std::mutex> lock(paLock);
     Settings running;
     {
-        const std::lock_guard<std::mutex> cycle(device->cycleLock);
-        running = device->running;
+        const std::lock_guard<std::mutex> turn(device->turnLock); // no stream, so nobody turns it
+        running = takeUpSettings(*device);
     }
     PaStreamParameters parameters = parametersOf(*device);
     parameters.channelCount = static_cast<int>(running.outputChannels);
@@ -194,11 +189,17 @@ OSStatus openHardware(const DeviceRef& device)
 void closeHardware(const DeviceRef& device)
 {
     if (!device->hardware) return;
+    --openStreams;
+    if (device->hardware->isAbandoned) {
+        // Closing a stream that does not answer may take for ever. It is left behind, with its record.
+        (void)device->hardware.release();
+        return;
+    }
     const std::lock_guard<std::mutex> lock(paLock);
-    if (Pa_IsStreamActive(device->hardware->stream) == 1) Pa_AbortStream(device->hardware->stream);
+    // What was handed over is heard to its end.
+    if (Pa_IsStreamActive(device->hardware->stream) == 1) Pa_StopStream(device->hardware->stream);
     Pa_CloseStream(device->hardware->stream);
     device->hardware = nullptr;
-    --openStreams;
 }
 
 bool hasHardwareEnded(Device& device)
@@ -206,9 +207,11 @@ bool hasHardwareEnded(Device& device)
     const std::lock_guard<std::mutex> control(device.control);
     if (!device.hardware) return false;
     const std::lock_guard<std::mutex> lock(paLock);
+    if (Pa_IsStreamActive(device.hardware->stream) != 1) return true;
     const std::int64_t last = std::max(device.lastCycleNanos.load(), device.hardware->openedNanos);
     const bool isSilent = static_cast<std::int64_t>(AudioGetCurrentHostTime()) - last > longestSilenceNanos;
-    return isSilent || Pa_IsStreamActive(device.hardware->stream) != 1;
+    if (isSilent) device.hardware->isAbandoned = true;
+    return isSilent;
 }
 
 bool isAnyHardwareOpen() { return openStreams > 0; }

@@ -26,7 +26,7 @@ float gainOfScalar(float scalar)
 
 void applySettings(const DeviceRef& device)
 {
-    if (turningDevice == device.get()) {
+    if (turningDevice) {
         device->mustApply = true;
         wakeHousekeeper();
         return;
@@ -38,27 +38,18 @@ void applySettings(const DeviceRef& device)
         settings = device->settings;
     }
     closeHardware(device); // a stream is opened for one rate and one slice
-    Buffers buffers(settings);
-    {
-        const std::lock_guard<std::mutex> cycle(device->cycleLock);
-        applyBuffers(*device, settings, buffers);
-    }
+    delete device->nextShape.exchange(new Shape(settings));
+    freeSpentShapes(*device);
     settleDriver(device);
 }
 
 void applyLevels(const DeviceRef& device)
 {
-    std::vector<float> targets;
-    {
-        const std::lock_guard<std::mutex> lock(treeLock());
-        for (const Level& level : device->outputLevels)
-            targets.push_back(device->isMuted || level.isMuted ? 0 : gainOfScalar(level.scalar));
+    const std::lock_guard<std::mutex> lock(treeLock());
+    for (std::size_t c = 0; c < device->outputLevels.size(); ++c) {
+        const Level& level = device->outputLevels[c];
+        device->targetGains[c] = device->isMuted || level.isMuted ? 0.0f : gainOfScalar(level.scalar);
     }
-    std::unique_lock<std::mutex> cycle(device->cycleLock, std::defer_lock);
-    if (turningDevice != device.get()) cycle.lock();
-    const std::size_t channels = std::min(targets.size(), device->targetGains.size());
-    std::copy_n(targets.begin(), channels, device->targetGains.begin());
-    if (!device->isRunning) device->gains = device->targetGains; // nothing is heard that could click
 }
 
 } // namespace kvxplatform::hal

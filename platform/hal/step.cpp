@@ -7,15 +7,27 @@
 
 namespace kvxplatform::hal {
 
+namespace {
+
+/// One cycle of at most `frames`; how many it were, 0 if there is nothing to turn.
+UInt32 turn(Device& device, UInt32 frames)
+{
+    const std::lock_guard<std::mutex> lock(device.turnLock);
+    if (device.driver != Driver::steps || !device.isRunning()) return 0;
+    const UInt32 slice = std::min(frames, takeUpSettings(device).sliceFrames);
+    turnCycle(device, slice, true);
+    return slice;
+}
+
+} // namespace
+
 UInt32 stepDevice(Device& device, UInt32 frames)
 {
+    if (turningDevice) return 0; // a cycle turns nothing
     UInt32 done = 0;
     while (done < frames) {
-        const std::lock_guard<std::mutex> lock(
-            device.cycleLock); // let go between slices: others may want a word
-        if (device.driver != Driver::steps || !device.isRunning) break;
-        const UInt32 slice = std::min(frames - done, device.running.sliceFrames);
-        turnCycle(device, slice, true);
+        const UInt32 slice = turn(device, frames - done);
+        if (slice == 0) break;
         done += slice;
     }
     return done;
@@ -23,17 +35,18 @@ UInt32 stepDevice(Device& device, UInt32 frames)
 
 bool advanceSteppedDevices(double seconds)
 {
+    if (turningDevice) return false;
     bool isAnyStepped = false, isAnyPaced = false;
     for (const DeviceRef& device : devicesForProcs()) {
-        if (!device->isRunning) continue;
+        if (!device->isRunning()) continue;
         UInt32 due = 0;
         {
-            const std::lock_guard<std::mutex> lock(device->cycleLock);
+            const std::lock_guard<std::mutex> lock(device->turnLock);
             if (device->driver != Driver::steps) {
                 isAnyPaced = true;
                 continue;
             }
-            device->stepDebt += seconds * device->running.rate;
+            device->stepDebt += seconds * takeUpSettings(*device).rate;
             due = static_cast<UInt32>(device->stepDebt);
             device->stepDebt -= due;
         }

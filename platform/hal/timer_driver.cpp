@@ -12,34 +12,41 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto longestLag = std::chrono::seconds(1); // a machine that slept is not made up for
 
-bool mayTurn(const Device& device) { return device.isRunning && device.driver == Driver::timer; }
-
-/// Turn until there is nothing to turn, or the rate is another. `lock` is held at both ends.
-void turnAtOneRate(Device& device, std::unique_lock<std::mutex>& lock)
+bool mayTurn(const Device& device)
 {
-    const double rate = device.running.rate;
+    return device.isRunning() && device.driver == Driver::timer && !device.mustEnd;
+}
+
+/// Where the device's time stands on the clock. A new origin at each change of rate: no rounding adds up.
+struct Pace {
     Clock::time_point origin = Clock::now();
-    double frames = 0;
-    while (!device.mustEnd && mayTurn(device) && device.running.rate == rate) {
-        const UInt32 slice = device.running.sliceFrames;
-        turnCycle(device, slice, true);
-        frames += slice;
-        const auto deadline =
-            origin + std::chrono::nanoseconds(static_cast<std::int64_t>(frames * 1e9 / rate));
-        if (Clock::now() - deadline > longestLag) origin = Clock::now(), frames = 0;
-        lock.unlock();
-        std::this_thread::sleep_until(deadline);
-        lock.lock();
+    double rate = 0;
+    double frames = 0; ///< since the origin
+
+    Clock::time_point due() const
+    {
+        return origin + std::chrono::nanoseconds(static_cast<std::int64_t>(frames * 1e9 / rate));
     }
+};
+
+/// One cycle, and when the next is due. False if there is nothing to turn.
+bool turn(Device& device, Pace& pace)
+{
+    const std::lock_guard<std::mutex> lock(device.turnLock);
+    if (!mayTurn(device)) return false;
+    const Settings& settings = takeUpSettings(device);
+    if (settings.rate != pace.rate || Clock::now() - pace.due() > longestLag)
+        pace = {Clock::now(), settings.rate, 0};
+    turnCycle(device, settings.sliceFrames, true);
+    pace.frames += settings.sliceFrames;
+    return true;
 }
 
 void run(const DeviceRef& device)
 {
-    std::unique_lock<std::mutex> lock(device->cycleLock);
-    for (;;) {
-        device->timerWake.wait(lock, [&] { return device->mustEnd || mayTurn(*device); });
-        if (device->mustEnd) return;
-        turnAtOneRate(*device, lock);
+    while (!device->mustEnd) {
+        device->timerWake.wait();
+        for (Pace pace; turn(*device, pace);) std::this_thread::sleep_until(pace.due());
     }
 }
 

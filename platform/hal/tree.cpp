@@ -1,6 +1,6 @@
 #include "platform/hal/tree.h"
 
-#include "platform/hal/cycle.h"
+#include "platform/hal/device_capture.h"
 #include "platform/hal/housekeeper.h"
 #include "platform/hal/io_procs.h"
 #include "platform/hal/listeners.h"
@@ -62,8 +62,8 @@ void enter(Tree& tree, const DeviceRef& device)
     if (device->settings.outputChannels) device->outputStream = tree.nextID++;
     if (device->settings.inputChannels) device->inputStream = tree.nextID++;
     device->outputLevels.resize(device->settings.outputChannels);
-    Buffers buffers(device->settings);
-    applyBuffers(*device, device->settings, buffers); // nobody else knows the device yet
+    for (auto& gain : device->targetGains) gain = 1.0f;
+    device->shape = std::make_unique<Shape>(device->settings); // nobody else knows the device yet
     tree.listed.push_back(device);
 }
 
@@ -162,18 +162,10 @@ std::vector<AudioObjectPropertySelector> moveRoles(Tree& tree)
     return changed;
 }
 
-void finishCaptureOf(const DeviceRef& device)
-{
-    std::shared_ptr<Capture> capture;
-    {
-        const std::lock_guard<std::mutex> lock(device->cycleLock);
-        capture.swap(device->capture);
-    }
-}
-
 void finishCapturesAtExit()
 {
-    for (const DeviceRef& device : devicesForProcs()) finishCaptureOf(device);
+    std::string ignored;
+    for (const DeviceRef& device : devicesForProcs()) finishCapture(*device, ignored);
 }
 
 } // namespace
@@ -310,10 +302,11 @@ void end(const DeviceRef& device, bool isUnplugged)
     }
     postChange(device->id, kAudioDevicePropertyDeviceIsAlive);
     for (auto selector : changed) postChange(kAudioObjectSystemObject, selector);
-    finishCaptureOf(device);
+    std::string ignored;
+    finishCapture(*device, ignored);
     beginDiscarding(device);
     const std::lock_guard<std::mutex> control(device->control);
-    sweepRemoved(*device);
+    device->procs.sweep();
     forgetIfUnused(device);
 }
 
@@ -325,19 +318,15 @@ void letDie(const DeviceRef& device) { end(device, false); }
 
 void forgetIfUnused(const DeviceRef& device)
 {
-    {
-        const std::lock_guard<std::mutex> cycle(device->cycleLock);
-        if (!device->procs.empty() || device->startsWithoutProc) return;
-    }
+    if (!device->procs.isEmpty() || device->isRunning()) return;
     Tree& t = tree();
     {
         const std::lock_guard<std::mutex> lock(t.lock);
         if (device->isListed) return;
         t.unplugged.erase(std::remove(t.unplugged.begin(), t.unplugged.end(), device), t.unplugged.end());
     }
-    const std::lock_guard<std::mutex> cycle(device->cycleLock);
     device->mustEnd = true;
-    device->timerWake.notify_all();
+    device->timerWake.raise();
 }
 
 bool chooseOutput(const std::string& choice, std::string& error)
@@ -385,14 +374,10 @@ void startCaptureOfEnvironment(const DeviceRef& device)
         settings = device->settings;
     }
     std::string error;
-    auto capture = Capture::open(path, settings.rate, settings.outputChannels, error);
-    if (!capture) {
+    if (startCapture(*device, path, settings.rate, settings.outputChannels, error))
+        std::atexit(finishCapturesAtExit);
+    else
         std::fprintf(stderr, "KVX_AUDIO_CAPTURE: %s\n", error.c_str());
-        return;
-    }
-    std::atexit(finishCapturesAtExit);
-    const std::lock_guard<std::mutex> cycle(device->cycleLock);
-    device->capture.swap(capture);
 }
 
 } // namespace kvxplatform::hal

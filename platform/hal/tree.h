@@ -1,7 +1,7 @@
 // Every audio object by its ID. IDs are never used again within a process.
 //
 // All of it is guarded by one lock, which is held for look-ups and changes of plain values only: never while
-// a procedure or a listener is called, nor together with a device's cycleLock.
+// a procedure or a listener is called, nor while another lock is taken.
 #pragma once
 
 #include "platform/hal/device.h"
