@@ -329,6 +329,18 @@ TEST_F(CoreAudioClass, ASelectorIsNilWhereTheHostBuildsNoString)
     EXPECT_TRUE(host().raised().empty());
 }
 
+TEST_F(CoreAudioClass, ASelectorIsNilWhateverTheHostThrows)
+{
+    lasterror() = 4711;
+    throwInHost("REALBuildString");
+    EXPECT_NO_THROW(EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr));
+    throwInHost("REALBuildString");
+    throwInHost("PluginNewInstance"); // not even the exception can be made
+    EXPECT_NO_THROW(EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr));
+    EXPECT_EQ(lasterror(), 4711);
+    expectBalance();
+}
+
 TEST_F(CoreAudioClass, AHostProgramMayWriteLasterrorAndTheNextCallOverwritesIt)
 {
     lasterror() = 4711;

@@ -45,7 +45,7 @@ TEST_F(PropertySetters, OfTextHandOverItsBytesAsTheyAre)
         {std::string("in\0side\0", 8), encodingUnknown},
         {std::string(1000, '\xFF'), encodingUnknown},
     };
-    for (const double version : {oldHost, newHost})
+    for (const double version : {0.0, 2011.5, oldHost, newHost, 2020.1})
         for (const auto& each : texts) {
             SCOPED_TRACE(version);
             SCOPED_TRACE(each.bytes.substr(0, 10));

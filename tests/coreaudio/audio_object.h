@@ -1,0 +1,78 @@
+// The audio-object members, called with arguments that differ from position to position, and the platform
+// calls that they must make.
+#pragma once
+
+#include "tests/coreaudio/subject.h"
+
+namespace subject {
+
+constexpr OSStatus unknownProperty = 0x77686F3F; // 'who?'
+constexpr OSStatus badObject = 0x216F626A;       // '!obj'
+
+// Arguments that differ from position to position, as the host hands them over and as the platform sees them.
+const HostInteger objectID = static_cast<std::int32_t>(0x80000021);
+constexpr std::uint32_t selector = 0xF0000001, scope = 0xE0000002, element = 0xFFFFFFFF;
+const std::string where = "0x80000021, {0xF0000001, 0xE0000002, 0xFFFFFFFF}, ";
+
+/// A property's value as the platform has it.
+const std::string value("AB\0\xE9Z", 5);
+
+class AudioObjectMembers : public Subject {
+protected:
+    std::uint32_t askSize(Block qualifier)
+    {
+        return call<std::uint32_t>("AudioObjectGetPropertyDataSize", object(), objectID, selector, scope,
+                                   element, qualifier);
+    }
+    Block read(Block qualifier, Block input)
+    {
+        return call<Block>("AudioObjectGetPropertyData", object(), objectID, selector, scope, element,
+                           qualifier, input);
+    }
+    void write(Block data, Block qualifier)
+    {
+        call<void>("AudioObjectSetPropertyData", object(), objectID, selector, scope, element, data,
+                   qualifier);
+    }
+
+    Block block(const std::string& bytes, const std::string& shown)
+    {
+        const Block made = host().newMemoryBlock(bytes);
+        property_spy::name(addressOf(made), shown);
+        host().forget();
+        return made;
+    }
+
+    property_spy::Answer& size() { return property_spy::answer("AudioObjectGetPropertyDataSize"); }
+    property_spy::Answer& get() { return property_spy::answer("AudioObjectGetPropertyData"); }
+    property_spy::Answer& set() { return property_spy::answer("AudioObjectSetPropertyData"); }
+
+    std::string sizeCall(const std::string& qualifier = "0x0, null")
+    {
+        return "AudioObjectGetPropertyDataSize(" + where + qualifier + ", size 0)";
+    }
+    std::string getCall(UInt32 bytes, const std::string& buffer, const std::string& qualifier = "0x0, null")
+    {
+        return "AudioObjectGetPropertyData(" + where + qualifier + ", size " + std::to_string(bytes) + ", " +
+               buffer + ")";
+    }
+    std::string setCall(const std::string& data, const std::string& qualifier = "0x0, null")
+    {
+        return "AudioObjectSetPropertyData(" + where + qualifier + ", " + data + ")";
+    }
+
+    /// How often each block was locked and unlocked, "m1 +" and "m1 -", in order.
+    property_spy::Notes locks()
+    {
+        property_spy::Notes found;
+        for (const std::string& note : host().calls()) {
+            if (note.rfind("REALLockObject(", 0) == 0)
+                found.push_back(note.substr(15, note.size() - 16) + " +");
+            if (note.rfind("REALUnlockObject(", 0) == 0)
+                found.push_back(note.substr(17, note.size() - 18) + " -");
+        }
+        return found;
+    }
+};
+
+} // namespace subject
