@@ -56,7 +56,7 @@ namespace {
 
 constexpr Address address = {7, 0x6E737274, 0x676C6F62, 0};
 
-class MainQueue : public WatchedClass {
+class ListenersOnTheMainQueue : public WatchedClass {
 protected:
     static void drain()
     {
@@ -65,7 +65,7 @@ protected:
     }
 };
 
-TEST_F(MainQueue, BringsEventsToTheMainThread)
+TEST_F(ListenersOnTheMainQueue, BringsEventsToTheMainThread)
 {
     const Memory memory;
     attach(memory.object());
@@ -81,7 +81,7 @@ TEST_F(MainQueue, BringsEventsToTheMainThread)
     destruct(memory.object());
 }
 
-TEST_F(MainQueue, DropsEventsOfListenersThatHaveGone)
+TEST_F(ListenersOnTheMainQueue, DropsEventsOfListenersThatHaveGone)
 {
     auto memory = std::make_unique<Memory>();
     attach(memory->object());
@@ -95,9 +95,9 @@ TEST_F(MainQueue, DropsEventsOfListenersThatHaveGone)
 
 // Three threads notify while listeners come and go: those alive throughout get every event, and no event
 // comes to one that is dead at the time, or for a former one at the same address.
-TEST_F(MainQueue, CountsRightInAStorm)
+TEST_F(ListenersOnTheMainQueue, CountsRightInAStorm)
 {
-    constexpr std::size_t steadyCount = 20, threadCount = 3, notifications = 2000;
+    constexpr std::size_t steadyCount = 100, threadCount = 3, notifications = 3334;
     std::vector<std::unique_ptr<Memory>> steady;
     for (std::size_t i = 0; i < steadyCount; ++i) {
         steady.push_back(std::make_unique<Memory>());
