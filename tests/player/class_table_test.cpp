@@ -42,7 +42,7 @@ const char* const declarations[] = {
 };
 // clang-format on
 
-TEST(ClassDefinition, HasItsNameAndSizeAndNothingButPropertiesAndMethods)
+TEST(PlayerClass, HasItsNameAndSizeAndNothingButPropertiesAndMethods)
 {
     const REALclassDefinition& definition = coreAudioPlayerClass;
     EXPECT_EQ(definition.version, 13u);
@@ -73,7 +73,7 @@ TEST(ClassDefinition, HasItsNameAndSizeAndNothingButPropertiesAndMethods)
     for (const Word word : definition.newer) EXPECT_EQ(word, 0u);
 }
 
-TEST(ClassDefinition, ListsEightPropertiesInOrder)
+TEST(PlayerClass, ListsEightPropertiesInOrder)
 {
     ASSERT_EQ(coreAudioPlayerClass.propertyCount, std::size(properties));
     const auto* row = static_cast<const REALproperty*>(coreAudioPlayerClass.properties);
@@ -94,7 +94,7 @@ TEST(ClassDefinition, ListsEightPropertiesInOrder)
     }
 }
 
-TEST(ClassDefinition, ListsFifteenMethodsInOrder)
+TEST(PlayerClass, ListsFifteenMethodsInOrder)
 {
     ASSERT_EQ(coreAudioPlayerClass.methodCount, std::size(declarations));
     const auto* row = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
@@ -110,13 +110,13 @@ TEST(ClassDefinition, ListsFifteenMethodsInOrder)
     }
 }
 
-TEST(ClassDefinition, ClosesWithTheDestructorItself)
+TEST(PlayerClass, ClosesWithTheDestructorItself)
 {
     EXPECT_EQ(test::methodRow("Close").function, coreAudioPlayerClass.destructor);
     EXPECT_NE(test::methodRow("Stop").function, nullptr);
 }
 
-TEST(ClassDefinition, GivesEveryMethodAFunctionOfItsOwn)
+TEST(PlayerClass, GivesEveryMethodAFunctionOfItsOwn)
 {
     const auto* rows = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
     for (Word a = 0; a < coreAudioPlayerClass.methodCount; ++a)

@@ -40,7 +40,7 @@ AnyFunction methodNamed(std::string_view declaration)
     return nullptr;
 }
 
-TEST(LoadedLibrary, ReachesThePlatformThroughTheSpy)
+TEST(PlayerInLoadedLibrary, ReachesThePlatformThroughTheSpy)
 {
     using Procedure = void (*)(REALobjectStruct*);
     spy::reset();
