@@ -6,6 +6,7 @@
 #include "platform/hal/signal.h"
 #include "platform/hal/tree.h"
 
+#include <cstdlib>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -66,6 +67,16 @@ void run()
     }
 }
 
+/// What a stopped device was given is heard to its end, also when the process ends right after the stop; and
+/// a sound server does not have to find out that its client has gone.
+void closeStoppedHardware()
+{
+    for (const DeviceRef& device : devicesForProcs()) {
+        const std::lock_guard<std::mutex> control(device->control);
+        if (!device->isRunning()) (void)settleDriver(device);
+    }
+}
+
 } // namespace
 
 void wakeHousekeeper() { wakeUp().raise(); }
@@ -73,6 +84,7 @@ void wakeHousekeeper() { wakeUp().raise(); }
 void startHousekeeper()
 {
     std::thread(run).detach(); // for the life of the process
+    std::atexit(closeStoppedHardware);
 }
 
 } // namespace kvxplatform::hal

@@ -6,7 +6,9 @@
 #include <atomic>
 #include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <portaudio.h>
+#include <unistd.h>
 #include <utility>
 
 namespace kvxplatform::hal {
@@ -45,12 +47,41 @@ void silenceMessages()
     setHandler<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
 }
 
+/// Standard error, led nowhere for a moment: JACK's data base has no handler to set, and complains of a
+/// server of the other architecture.
+class StandardErrorAside {
+public:
+    StandardErrorAside() : kept_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))
+    {
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (kept_ >= 0 && nowhere >= 0) dup2(nowhere, STDERR_FILENO);
+        if (nowhere >= 0) close(nowhere);
+    }
+    ~StandardErrorAside()
+    {
+        if (kept_ < 0) return;
+        dup2(kept_, STDERR_FILENO);
+        close(kept_);
+    }
+    StandardErrorAside(const StandardErrorAside&) = delete;
+    StandardErrorAside& operator=(const StandardErrorAside&) = delete;
+
+private:
+    int kept_;
+};
+
+PaError initialize()
+{
+    const StandardErrorAside aside;
+    return Pa_Initialize();
+}
+
 bool startPortAudio(std::string& error)
 {
     static bool isStarted = false;
     if (isStarted) return true;
     silenceMessages();
-    const PaError status = Pa_Initialize();
+    const PaError status = initialize();
     silenceMessages(); // JACK's part sets its own
     isStarted = status == paNoError;
     if (!isStarted) error = std::string("PortAudio does not start: ") + Pa_GetErrorText(status);
@@ -120,7 +151,7 @@ std::vector<DeviceRef> readHardware(std::string& error)
     if (!std::exchange(isFirst, false) && openStreams == 0 &&
         endedStreams.empty()) { // its list is only read at its start
         Pa_Terminate();
-        Pa_Initialize();
+        initialize();
         silenceMessages();
     }
     // The user's own default first, then in its order.
