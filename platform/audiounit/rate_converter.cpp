@@ -23,9 +23,9 @@ RateConverter::~RateConverter() = default;
 
 bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality quality)
 {
-    static constexpr int kinds[] = {SRC_LINEAR, SRC_SINC_MEDIUM_QUALITY, SRC_SINC_BEST_QUALITY};
+    static constexpr int kinds[] = {SRC_SINC_MEDIUM_QUALITY, SRC_SINC_BEST_QUALITY};
     const double ratio = to / from;
-    if (!src_is_valid_ratio(ratio)) return false;
+    if (!src_is_valid_ratio(ratio) || channels == 0) return false;
     auto made = std::make_unique<State>();
     int error = 0;
     made->converter = src_new(kinds[static_cast<int>(quality)], static_cast<int>(channels), &error);

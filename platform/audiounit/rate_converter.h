@@ -11,7 +11,7 @@ namespace kvxplatform::audiounit {
 
 class RateConverter {
 public:
-    enum class Quality { linear, normal, best };
+    enum class Quality { normal, best };
 
     /// Gives `frames` more input frames, interleaved, valid until it is asked again.
     struct Input {
@@ -23,7 +23,7 @@ public:
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
 
-    /// False: the rates are further apart than 1 to 256, or there are too many channels. Throws
+    /// False: the rates are further apart than 1 to 256, or there are too many channels (more than 128). Throws
     /// std::bad_alloc.
     bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
 

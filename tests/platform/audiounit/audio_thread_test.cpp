@@ -1,0 +1,136 @@
+// What a unit's part of a cycle asks of the C library: nothing.
+#include "tests/platform/audiounit/alarm.h"
+#include "tests/platform/audiounit/feeder.h"
+#include "tests/platform/audiounit/stepped_device.h"
+#include "tests/platform/audiounit/unit.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <mutex>
+#include <string>
+
+namespace {
+
+using namespace test;
+
+// A device calls its procedures in the order in which they were added: one before the unit's sets the mark,
+// one behind it takes it away.
+OSStatus begin(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
+               AudioBufferList*, const AudioTimeStamp*, void*)
+{
+    alarm_::forbid(true);
+    return noErr;
+}
+OSStatus end(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
+             AudioBufferList*, const AudioTimeStamp*, void*)
+{
+    alarm_::forbid(false);
+    return noErr;
+}
+
+struct Rang {
+    int allocations = alarm_::allocations(), locks = alarm_::locks();
+    void expectSilence() const
+    {
+        EXPECT_EQ(alarm_::allocations(), allocations);
+        EXPECT_EQ(alarm_::locks(), locks);
+    }
+};
+
+TEST(AudioThread, TheAlarmRings)
+{
+    const Rang before;
+    alarm_::forbid(true);
+    void* volatile memory = std::malloc(10);
+    std::free(memory);
+    int* volatile number = new int(1);
+    delete number;
+    std::mutex mutex;
+    mutex.lock();
+    mutex.unlock();
+    alarm_::forbid(false);
+    EXPECT_GE(alarm_::allocations(), before.allocations + 4);
+    if (alarm_::watchesLocks()) {
+        EXPECT_GE(alarm_::locks(), before.locks + 1);
+    }
+    const Rang after;
+    std::free(std::malloc(10));
+    after.expectSilence();
+}
+
+// clang-format off
+const struct { Float64 client, device; UInt32 channels, slice, limit; UInt32 bits, flags; const char* why; } cases[] = {
+    {44100, 44100, 2, 512,  1156, 32, isFloat | isPacked | isApart, "canonical, at the device's rate"},
+    {44100, 44100, 6, 4096, 300,  16, isSigned | isPacked | isBig,  "16 bits, in pieces"},
+    {44100, 48000, 2, 512,  1156, 32, isFloat | isPacked,           "converted up"},
+    {96000, 44100, 1, 512,  1156, 24, isSigned | isPacked,          "converted down"},
+    {8000,  44100, 2, 8192, 64,   8,  isPacked,                     "converted far, in small pieces"},
+};
+// clang-format on
+
+TEST(AudioThread, ACycleAllocatesNothingAndTakesNoLock)
+{
+    for (const auto& fact : cases) {
+        SCOPED_TRACE(fact.why);
+        SteppedDevice device(fact.device, 2, fact.slice);
+        ASSERT_EQ(AudioDeviceAddIOProc(device.id(), begin, nullptr), noErr);
+        const auto format = pcm(fact.client, fact.channels, fact.bits, fact.flags);
+        const Unit unit('ahal');
+        Feeder feeder(format);
+        feeder.mostAsked = 0;
+        ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+        ASSERT_EQ(unit.setFormat(1, format), noErr);
+        ASSERT_EQ(unit.setLimit(fact.limit), noErr);
+        ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+        ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        ASSERT_EQ(AudioDeviceAddIOProc(device.id(), end, nullptr), noErr);
+        ASSERT_EQ(AudioDeviceStart(device.id(), begin), noErr);
+        ASSERT_EQ(AudioDeviceStart(device.id(), end), noErr);
+
+        const Rang before;
+        for (int turn = 0; turn < 20; ++turn) {
+            device.step(fact.slice);
+            // What the other threads may do meanwhile.
+            AudioUnitSetParameter(unit, kHALOutputParam_Volume, 0, 0, turn % 2 ? 1 : 0.5f, 0);
+            AudioUnitReset(unit, 0, 0);
+            const SInt32 map[] = {turn % 2, 0};
+            AudioUnitSetProperty(unit, 2002, 2, 0, map, sizeof map);
+            unit.setCallback(turn % 5 ? Feeder::callback : nullptr, &feeder);
+        }
+        before.expectSilence();
+        EXPECT_GT(feeder.calls, 10);
+        AudioDeviceRemoveIOProc(device.id(), begin);
+        AudioDeviceRemoveIOProc(device.id(), end);
+    }
+}
+
+TEST(AudioThread, ASliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
+{
+    const Unit source('genr'), destination('genr');
+    Feeder feeder(canonical(44100, 2));
+    feeder.mostAsked = 0;
+    ASSERT_EQ(source.setFormat(2, pcm(48000, 2, 16, isSigned | isPacked)), noErr);
+    ASSERT_EQ(source.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(destination.set(kAudioUnitProperty_MakeConnection, 1, 0, AudioUnitConnection{source, 0, 0}),
+              noErr);
+    ASSERT_EQ(AudioUnitInitialize(source), noErr);
+    ASSERT_EQ(AudioUnitInitialize(destination), noErr);
+    List list(canonical(44100, 2), 512);
+    const Rang before;
+    for (int turn = 0; turn < 50; ++turn) {
+        list.lend();
+        if (turn % 2) list.forgetMemory();
+        const AudioTimeStamp time = sampleTime(turn * 512.0);
+        alarm_::forbid(true);
+        const OSStatus status = AudioUnitRender(destination, nullptr, &time, 0, 512, list.get());
+        Float32 volume = 0;
+        AudioUnitGetParameter(destination, 14, 0, 0, &volume);
+        alarm_::forbid(false);
+        ASSERT_EQ(status, noErr);
+    }
+    before.expectSilence();
+}
+
+} // namespace

@@ -1,0 +1,179 @@
+// Units that follow the default devices, and units whose device changes under them.
+#include "tests/platform/audiounit/feeder.h"
+#include "tests/platform/audiounit/stepped_device.h"
+#include "tests/platform/audiounit/unit.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+using namespace test;
+
+constexpr auto outputRole = kAudioHardwarePropertyDefaultOutputDevice;
+constexpr auto systemRole = kAudioHardwarePropertyDefaultSystemOutputDevice;
+
+struct Playing {
+    explicit Playing(OSType subType) : unit(subType), feeder(canonical(44100, 2))
+    {
+        feeder.mostAsked = 0;
+        EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+        EXPECT_EQ(AudioUnitInitialize(unit), noErr);
+        EXPECT_EQ(AudioOutputUnitStart(unit), noErr);
+    }
+    AudioDeviceID device() const { return unit.get<AudioDeviceID>(2000, 0, 0); }
+    bool isRunning() const { return unit.get<UInt32>(2001, 0, 0); }
+    /// Whether it plays on a device, and on that alone.
+    bool isOn(SteppedDevice& there)
+    {
+        const int before = feeder.calls;
+        const UInt32 turned = there.step(64);
+        return turned == 64 && feeder.calls == before + 1;
+    }
+    Unit unit;
+    Feeder feeder;
+};
+
+TEST(DefaultDevice, IsFollowedWhileItPlays)
+{
+    const struct {
+        OSType subType;
+        AudioHardwarePropertyID role;
+    } facts[] = {{'def ', outputRole}, {'sys ', systemRole}};
+    for (const auto& fact : facts) {
+        SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
+        first.makeDefault(fact.role);
+        Playing playing(fact.subType);
+        EXPECT_EQ(playing.device(), first.id());
+        EXPECT_TRUE(playing.isOn(first));
+
+        second.makeDefault(fact.role);
+        ASSERT_TRUE(eventually([&] { return playing.device() == second.id() && playing.isRunning(); }));
+        EXPECT_TRUE(playing.isOn(second));
+        EXPECT_EQ(first.step(64), 0u) << "it has left the first";
+        EXPECT_EQ(second.played[0], noise(64, 0)) << "and goes on where it left off";
+
+        second.remove();
+        ASSERT_TRUE(eventually([&] {
+            return playing.device() != 0 && playing.device() != 0 && playing.isRunning() &&
+                   playing.device() != second.id();
+        }));
+        AudioOutputUnitStop(playing.unit);
+        EXPECT_FALSE(playing.isRunning());
+    }
+}
+
+TEST(DefaultDevice, IsTakenAnewAtEachStart)
+{
+    SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
+    first.makeDefault();
+    for (const OSType subType : {'def ', 'ahal'}) {
+        first.makeDefault();
+        Playing playing(subType);
+        ASSERT_EQ(AudioOutputUnitStop(playing.unit), noErr);
+        second.makeDefault();
+        ASSERT_TRUE(eventually([&] { return playing.device() == second.id(); }));
+        ASSERT_EQ(AudioOutputUnitStart(playing.unit), noErr);
+        EXPECT_TRUE(playing.isOn(second));
+        EXPECT_EQ(first.step(64), 0u);
+    }
+}
+
+TEST(DefaultDevice, DoesNotMoveTheHALUnitWhileItPlays)
+{
+    SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
+    first.makeDefault();
+    Playing hal('ahal'), follower('def ');
+    second.makeDefault();
+    ASSERT_TRUE(eventually([&] { return follower.device() == second.id(); }));
+    EXPECT_EQ(hal.device(), first.id());
+    EXPECT_TRUE(hal.isOn(first));
+    EXPECT_TRUE(follower.isOn(second));
+}
+
+TEST(DefaultDevice, ThatRefusesIsTriedAgainWithTheNextChange)
+{
+    SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
+    first.makeDefault();
+    Playing playing('def ');
+    KVXPlatformRefuseStart(second.id(), kAudioHardwareUnspecifiedError);
+    second.makeDefault();
+    ASSERT_TRUE(eventually([&] { return !playing.isRunning(); }));
+    first.makeDefault();
+    ASSERT_TRUE(eventually([&] { return playing.isRunning(); }));
+    EXPECT_TRUE(playing.isOn(first));
+}
+
+TEST(DefaultDevice, AFollowerAdaptsToTheNewDevicesRateAndChannels)
+{
+    SteppedDevice first(44100, 2, 64), second(88200, 4, 64);
+    first.makeDefault();
+    Playing playing('def ');
+    EXPECT_TRUE(playing.isOn(first));
+    second.makeDefault();
+    ASSERT_TRUE(eventually([&] { return playing.device() == second.id() && playing.isRunning(); }));
+    const int before = playing.feeder.calls;
+    second.step(640);
+    EXPECT_GT(playing.feeder.calls, before);
+    playing.feeder.mostAsked = 1000;
+    second.step(6400);
+    UInt32 asked = 0;
+    for (const Asked& each : playing.feeder.asked) asked += each.frames;
+    EXPECT_NEAR(asked, 3200, 40) << "half as many frames as the device played";
+}
+
+TEST(Device, ThatChangesItsRateIsAdaptedTo)
+{
+    SteppedDevice device(44100, 2, 64);
+    Playing playing('ahal');
+    ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    EXPECT_TRUE(playing.isOn(device));
+    KVXPlatformConfigureDevice(device.id(), 88200, 0, 0);
+    playing.feeder.mostAsked = 100000;
+    ASSERT_TRUE(eventually([&] {
+        playing.feeder.asked.clear();
+        device.step(6400);
+        UInt32 asked = 0;
+        for (const Asked& each : playing.feeder.asked) asked += each.frames;
+        return asked > 3100 && asked < 3400;
+    }));
+    KVXPlatformConfigureDevice(device.id(), 44100, 0, 0);
+    ASSERT_TRUE(eventually([&] {
+        playing.feeder.asked.clear();
+        device.played.clear();
+        device.step(640);
+        return playing.feeder.asked.size() == 10 &&
+               device.played[0] == noise(playing.feeder.asked[0].time.mSampleTime, 0);
+    })) << "at the client's rate it is exact again";
+}
+
+TEST(Device, ThatGoesUnderAUnitLetsItStop)
+{
+    auto device = std::make_unique<SteppedDevice>(44100, 2, 64);
+    Playing playing('ahal');
+    ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, device->id()), noErr);
+    EXPECT_TRUE(playing.isOn(*device));
+    device->remove();
+    const int before = playing.feeder.calls;
+    EXPECT_TRUE(eventually([&] { return playing.feeder.calls > before; })) << "it is turned on, unheard";
+    ASSERT_EQ(AudioOutputUnitStop(playing.unit), noErr);
+    EXPECT_FALSE(playing.isRunning());
+    const int calls = playing.feeder.calls;
+    EXPECT_NE(AudioOutputUnitStart(playing.unit), noErr) << "its device is gone";
+    EXPECT_EQ(playing.feeder.calls, calls);
+    ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, 0), noErr);
+    EXPECT_EQ(AudioOutputUnitStart(playing.unit), noErr) << "but there is another";
+}
+
+TEST(Device, ThatDiesUnderAUnitLetsItStop)
+{
+    SteppedDevice device(44100, 2, 64);
+    Playing playing('ahal');
+    ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    KVXPlatformKillDevice(device.id());
+    EXPECT_TRUE(eventually([&] { return playing.feeder.calls > 0; }));
+    ASSERT_EQ(AudioOutputUnitStop(playing.unit), noErr);
+}
+
+} // namespace

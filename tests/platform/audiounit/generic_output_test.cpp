@@ -1,0 +1,327 @@
+// Rendering, seen through the unit that needs no device: lists, limits, times, formats, errors.
+#include "tests/platform/audiounit/feeder.h"
+#include "tests/platform/audiounit/unit.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+using namespace test;
+
+/// A generic output ready to render, fed with noise in `in`, giving `out`.
+struct Fed {
+    Fed(const AudioStreamBasicDescription& in, const AudioStreamBasicDescription& out, UInt32 limit = 1156)
+        : unit('genr'), feeder(in), format(out)
+    {
+        EXPECT_EQ(unit.setFormat(1, in), noErr);
+        EXPECT_EQ(unit.setFormat(2, out), noErr);
+        EXPECT_EQ(unit.setLimit(limit), noErr);
+        EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+        EXPECT_EQ(AudioUnitInitialize(unit), noErr);
+    }
+    OSStatus render(List& list, UInt32 frames, Float64 at = 0, AudioUnitRenderActionFlags* flags = nullptr)
+    {
+        const AudioTimeStamp time = sampleTime(at);
+        return AudioUnitRender(unit, flags, &time, 0, frames, list.get());
+    }
+    Unit unit;
+    Feeder feeder;
+    AudioStreamBasicDescription format;
+};
+
+/// What a list of a format holds when it holds noise from `at` on.
+void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
+                 UInt32 sourceChannels, const std::string& what)
+{
+    const bool apart = format.mFormatFlags & isApart;
+    const UInt32 sample = format.mBytesPerFrame / (apart ? 1 : format.mChannelsPerFrame);
+    for (UInt32 frame = 0; frame < frames; ++frame)
+        for (UInt32 c = 0; c < format.mChannelsPerFrame; ++c) {
+            unsigned char expected[8];
+            putSample(format, c < sourceChannels ? noise(at + frame, c) : 0.0f, expected);
+            const auto* found = static_cast<const unsigned char*>(list[apart ? c : 0].mData) +
+                                frame * format.mBytesPerFrame + (apart ? 0 : c * sample);
+            ASSERT_EQ(std::memcmp(found, expected, sample), 0)
+                << what << ", frame " << frame << ", channel " << c;
+        }
+}
+
+// clang-format off
+const struct { UInt32 bits, flags, bytes; const char* name; } layouts[] = {
+    {32, isFloat | isPacked,                    4, "float"},
+    {32, isFloat | isPacked | isApart,          4, "float, apart"},
+    {32, isFloat | isPacked | isBig,            4, "float, big-endian"},
+    {64, isFloat | isPacked,                    8, "double"},
+    {64, isFloat | isPacked | isBig | isApart,  8, "double, big-endian, apart"},
+    {8,  isSigned | isPacked,                   1, "8 bits"},
+    {8,  isPacked,                              1, "8 bits unsigned"},
+    {16, isSigned | isPacked,                   2, "16 bits"},
+    {16, isSigned | isPacked | isBig,           2, "16 bits, big-endian"},
+    {16, isSigned | isPacked | isApart,         2, "16 bits, apart"},
+    {16, isPacked | isBig,                      2, "16 bits unsigned, big-endian"},
+    {24, isSigned | isPacked,                   3, "24 bits"},
+    {24, isSigned | isPacked | isBig,           3, "24 bits, big-endian"},
+    {24, isSigned | isPacked | isBig | isApart, 3, "24 bits, big-endian, apart"},
+    {24, isSigned,                              4, "24 bits low in 32"},
+    {24, isSigned | isHigh,                     4, "24 bits high in 32"},
+    {20, isSigned | isHigh | isBig,             3, "20 bits high in 24, big-endian"},
+    {32, isSigned | isPacked,                   4, "32 bits"},
+    {32, isSigned | isPacked | isBig,           4, "32 bits, big-endian"},
+    {32, isPacked | isApart,                    4, "32 bits unsigned, apart"},
+};
+// clang-format on
+
+TEST(GenericOutput, PassesEveryFormatIntoEveryOtherExactly)
+{
+    for (const auto& from : layouts)
+        for (const auto& to : layouts) {
+            const std::string what = std::string(from.name) + " to " + to.name;
+            const auto in = pcm(48000, 2, from.bits, from.flags, from.bytes);
+            const auto out = pcm(48000, 2, to.bits, to.flags, to.bytes);
+            Fed fed(in, out);
+            List list(out, 100);
+            ASSERT_EQ(fed.render(list, 100, 1000), noErr) << what;
+            expectNoise(out, list, 100, 1000, 2, what);
+            if (HasFatalFailure()) return;
+        }
+}
+
+TEST(GenericOutput, GivesChannelsOneToOneAndTheRestSilence)
+{
+    for (const UInt32 in : {1, 2, 6})
+        for (const UInt32 out : {1, 2, 6, 8}) {
+            Fed fed(interleaved(44100, in), canonical(44100, out));
+            List list(fed.format, 64);
+            ASSERT_EQ(fed.render(list, 64), noErr);
+            expectNoise(fed.format, list, 64, 0, in, std::to_string(in) + " to " + std::to_string(out));
+        }
+}
+
+TEST(GenericOutput, AsksTheCallbackOnceWithTheCallersSlice)
+{
+    Fed fed(pcm(44100, 2, 16, isSigned | isPacked), canonical(44100, 2));
+    List list(fed.format, 300);
+    AudioUnitRenderActionFlags flags = kAudioOfflineUnitRenderAction_Render;
+    ASSERT_EQ(fed.render(list, 300, 5000, &flags), noErr);
+    ASSERT_EQ(fed.feeder.asked.size(), 1u);
+    const Asked& asked = fed.feeder.asked[0];
+    EXPECT_EQ(asked.bus, 0u);
+    EXPECT_EQ(asked.frames, 300u);
+    EXPECT_EQ(asked.time.mSampleTime, 5000);
+    EXPECT_TRUE(asked.time.mFlags & kAudioTimeStampSampleTimeValid);
+    EXPECT_EQ(asked.flags, UInt32{kAudioOfflineUnitRenderAction_Render})
+        << "the caller's flags, without a moment";
+    EXPECT_EQ(asked.buffers, 1u) << "interleaved, as the client's format is";
+    EXPECT_EQ(asked.channels, 2u);
+    EXPECT_EQ(asked.bytes, 1200u);
+    EXPECT_EQ(flags, UInt32{kAudioOfflineUnitRenderAction_Render});
+}
+
+TEST(GenericOutput, FillsTheCallersMemoryOrLendsItsOwn)
+{
+    Fed fed(canonical(44100, 2), canonical(44100, 2));
+    List list(fed.format, 200);
+    ASSERT_EQ(fed.render(list, 150), noErr);
+    EXPECT_EQ(list[0].mDataByteSize, 600u) << "rewritten to what was made";
+    EXPECT_EQ(list[1].mDataByteSize, 600u);
+    expectNoise(fed.format, list, 150, 0, 2, "the caller's");
+    EXPECT_EQ(list.bytes(0)[600], 0xEE) << "behind the slice nothing is written";
+
+    list.forgetMemory();
+    ASSERT_EQ(fed.render(list, 1156, 7), noErr);
+    ASSERT_NE(list[0].mData, nullptr);
+    ASSERT_NE(list[1].mData, nullptr);
+    EXPECT_NE(list[0].mData, list[1].mData);
+    EXPECT_EQ(list[0].mDataByteSize, 1156u * 4);
+    expectNoise(fed.format, list, 1156, 7, 2, "its own");
+
+    list.lend();
+    list[0].mData = nullptr;
+    ASSERT_EQ(fed.render(list, 100, 9), noErr);
+    EXPECT_EQ(list[1].mData, list.bytes(1));
+    expectNoise(fed.format, list, 100, 9, 2, "one of each");
+}
+
+TEST(GenericOutput, AnswersEverySlice)
+{
+    Fed fed(canonical(44100, 2), canonical(44100, 2), 512);
+    List fits(fed.format, 512), one(canonical(44100, 1), 512), three(canonical(44100, 3), 512),
+        mixed(interleaved(44100, 2), 512), small(fed.format, 511);
+    AudioTimeStamp good = sampleTime(0), bad = {};
+    bad.mFlags = kAudioTimeStampHostTimeValid;
+    // clang-format off
+    const struct { const AudioTimeStamp* time; UInt32 bus, frames; List* list; OSStatus status; const char* why; } facts[] = {
+        {&good,   0, 512, &fits,   noErr,                                  "as large as the limit"},
+        {&good,   0, 0,   &fits,   noErr,                                  "nothing"},
+        {&good,   0, 1,   &fits,   noErr,                                  "one frame"},
+        {&good,   0, 513, &fits,   kAudioUnitErr_TooManyFramesToProcess,   "beyond the limit"},
+        {&good,   0, 0xFFFFFFFF, &fits, kAudioUnitErr_TooManyFramesToProcess, "far beyond the limit"},
+        {&good,   1, 512, &fits,   kAudioUnitErr_InvalidElement,           "no such bus"},
+        {nullptr, 0, 512, &fits,   paramErr,                               "no time"},
+        {&bad,    0, 512, &fits,   paramErr,                               "no sample time"},
+        {&good,   0, 512, nullptr, paramErr,                               "no list"},
+        {&good,   0, 512, &one,    paramErr,                               "too few buffers"},
+        {&good,   0, 512, &three,  paramErr,                               "too many buffers"},
+        {&good,   0, 512, &mixed,  paramErr,                               "one buffer of two channels"},
+        {&good,   0, 512, &small,  paramErr,                               "buffers too small by a frame"},
+        {&good,   0, 511, &small,  noErr,                                  "just large enough"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        for (List* list : {&fits, &one, &three, &mixed, &small}) list->lend();
+        const int before = fed.feeder.calls;
+        EXPECT_EQ(AudioUnitRender(fed.unit, nullptr, fact.time, fact.bus, fact.frames,
+                                  fact.list ? fact.list->get() : nullptr),
+                  fact.status);
+        EXPECT_EQ(fed.feeder.calls - before, fact.status == noErr && fact.frames ? 1 : 0)
+            << "a refused slice asks nobody";
+    }
+}
+
+TEST(GenericOutput, SaysWhyASliceFailed)
+{
+    Unit unit('genr');
+    List list(canonical(44100, 2), 64);
+    const AudioTimeStamp time = sampleTime(0);
+    const auto lastError = [&] { return unit.get<OSStatus>(kAudioUnitProperty_LastRenderError, 0, 0); };
+    const auto render = [&] {
+        list.lend();
+        return AudioUnitRender(unit, nullptr, &time, 0, 64, list.get());
+    };
+
+    EXPECT_EQ(render(), kAudioUnitErr_Uninitialized);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    EXPECT_EQ(lastError(), noErr);
+    EXPECT_EQ(render(), kAudioUnitErr_NoConnection) << "nothing feeds it";
+    for (unsigned i = 0; i < 64 * 4; ++i) ASSERT_EQ(list.bytes(0)[i], 0) << "silent, not stale";
+    EXPECT_EQ(lastError(), kAudioUnitErr_NoConnection);
+    EXPECT_EQ(lastError(), noErr) << "told once";
+
+    Feeder feeder(canonical(44100, 2));
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    EXPECT_EQ(render(), noErr) << "a callback may come at any time";
+    feeder.status = -1234;
+    EXPECT_EQ(render(), -1234) << "the callback's error is the slice's";
+    for (unsigned i = 0; i < 64 * 4; ++i) ASSERT_EQ(list.bytes(1)[i], 0);
+    EXPECT_EQ(lastError(), -1234);
+    feeder.status = noErr;
+    EXPECT_EQ(render(), noErr);
+    EXPECT_EQ(lastError(), noErr);
+
+    ASSERT_EQ(AudioUnitSetProperty(unit, kAudioUnitProperty_SetRenderCallback, 1, 0, nullptr, 0), noErr);
+    EXPECT_EQ(render(), kAudioUnitErr_NoConnection) << "taken away";
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(unit.setCallback(nullptr, nullptr), noErr);
+    EXPECT_EQ(render(), kAudioUnitErr_NoConnection) << "a null procedure takes it away too";
+    ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
+    EXPECT_EQ(render(), kAudioUnitErr_Uninitialized);
+}
+
+// ---- callbacks that do not do quite what they are asked ----
+
+struct Odd {
+    enum { shortens, pointsElsewhere, nulls, pointsElsewhereShort } way;
+    float elsewhere[64];
+};
+
+OSStatus oddCallback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32 frames,
+                     AudioBufferList* list)
+{
+    Odd& odd = *static_cast<Odd*>(context);
+    for (UInt32 i = 0; i < list->mNumberBuffers; ++i) {
+        AudioBuffer& buffer = list->mBuffers[i];
+        for (UInt32 frame = 0; frame < frames; ++frame) static_cast<float*>(buffer.mData)[frame] = 0.25f;
+        if (odd.way == Odd::nulls) buffer.mData = nullptr;
+        if (odd.way == Odd::shortens || odd.way == Odd::pointsElsewhereShort) buffer.mDataByteSize = 10 * 4;
+        if (odd.way == Odd::pointsElsewhere || odd.way == Odd::pointsElsewhereShort)
+            buffer.mData = odd.elsewhere;
+    }
+    return noErr;
+}
+
+TEST(GenericOutput, MakesWholeWhatACallbackLeavesOut)
+{
+    Unit unit('genr');
+    Odd odd = {};
+    for (float& sample : odd.elsewhere) sample = 0.75f;
+    ASSERT_EQ(unit.setCallback(oddCallback, &odd), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    // clang-format off
+    const struct { decltype(Odd::way) way; float first, last; const char* why; } facts[] = {
+        {Odd::shortens,             0.25f, 0.0f,  "fewer bytes: the rest is silence"},
+        {Odd::pointsElsewhere,      0.75f, 0.75f, "its own memory is read"},
+        {Odd::nulls,                0.0f,  0.0f,  "no memory: silence"},
+        {Odd::pointsElsewhereShort, 0.75f, 0.0f,  "its own memory, no further than it says"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        odd.way = fact.way;
+        List list(canonical(44100, 2), 64);
+        const AudioTimeStamp time = sampleTime(0);
+        ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr) << fact.why;
+        const float* samples = static_cast<const float*>(list[1].mData);
+        EXPECT_EQ(samples[0], fact.first) << fact.why;
+        EXPECT_EQ(samples[9], fact.first) << fact.why;
+        EXPECT_EQ(samples[63], fact.last) << fact.why;
+    }
+}
+
+OSStatus rendersItself(void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time, UInt32,
+                       UInt32 frames, AudioBufferList* list)
+{
+    auto& unit = *static_cast<Unit*>(context);
+    EXPECT_EQ(AudioUnitRender(unit, flags, time, 0, frames, list), kAudioUnitErr_CannotDoInCurrentContext);
+    EXPECT_EQ(AudioUnitUninitialize(unit), kAudioUnitErr_CannotDoInCurrentContext);
+    EXPECT_EQ(AudioUnitInitialize(unit), noErr) << "it is";
+    EXPECT_EQ(unit.setLimit(64), kAudioUnitErr_Initialized);
+    return -77;
+}
+
+TEST(GenericOutput, RefusesASliceInsideItsOwn)
+{
+    Unit unit('genr');
+    ASSERT_EQ(unit.setCallback(rendersItself, &unit), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    List list(canonical(44100, 2), 64);
+    const AudioTimeStamp time = sampleTime(0);
+    EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), -77);
+}
+
+OSStatus closesItsUnit(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
+                       AudioBufferList* list)
+{
+    auto& unit = *static_cast<Unit*>(context);
+    const AudioUnit handle = unit;
+    EXPECT_EQ(unit.close(), noErr);
+    EXPECT_EQ(AudioUnitReset(handle, 0, 0), badComponentInstance);
+    std::memset(list->mBuffers[0].mData, 0, list->mBuffers[0].mDataByteSize); // its memory is still there
+    return noErr;
+}
+
+TEST(GenericOutput, ClosedInsideItsOwnSliceItEndsThatSliceFirst)
+{
+    Unit unit('genr');
+    ASSERT_EQ(unit.setCallback(closesItsUnit, &unit), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    List list(canonical(44100, 2), 64);
+    const AudioTimeStamp time = sampleTime(0);
+    EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
+}
+
+TEST(GenericOutput, RunsWithoutADevice)
+{
+    Unit unit('genr');
+    EXPECT_EQ(AudioOutputUnitStart(unit), kAudioUnitErr_Uninitialized);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    EXPECT_EQ(unit.get<UInt32>(kAudioOutputUnitProperty_IsRunning, 0, 0), 0u);
+    EXPECT_EQ(AudioOutputUnitStart(unit), noErr);
+    EXPECT_EQ(unit.get<UInt32>(kAudioOutputUnitProperty_IsRunning, 0, 0), 1u);
+    EXPECT_EQ(AudioOutputUnitStop(unit), noErr);
+    EXPECT_EQ(unit.get<UInt32>(kAudioOutputUnitProperty_IsRunning, 0, 0), 0u);
+}
+
+} // namespace

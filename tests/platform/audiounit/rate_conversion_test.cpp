@@ -1,0 +1,147 @@
+// A client at another rate than the device: what is heard keeps its pitch, its level, its place and its
+// length.
+#include "tests/platform/audiounit/feeder.h"
+#include "tests/platform/audiounit/stepped_device.h"
+#include "tests/platform/audiounit/unit.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+namespace {
+
+using namespace test;
+
+Float64 clientRate;
+constexpr Float64 tone = 440, amplitude = 0.5;
+constexpr Float64 pi = 3.14159265358979323846;
+
+float sine(Float64 frame, UInt32 channel)
+{
+    return static_cast<float>(amplitude * std::sin(2 * pi * tone * (frame / clientRate) + channel));
+}
+
+constexpr struct {
+    Float64 client, device;
+} rates[] = {
+    {44100, 48000}, {48000, 44100},  {22050, 44100}, {96000, 44100},
+    {8000, 48000},  {44100, 192000}, {11025, 8000},
+};
+
+/// The largest distance between what was played and the tone at the device's own rate, past the filter's
+/// first frames.
+double largestError(const std::vector<float>& played, UInt32 channels, Float64 rate, UInt32 from,
+                    UInt32 until)
+{
+    double worst = 0;
+    for (UInt32 frame = from; frame < until; ++frame)
+        for (UInt32 c = 0; c < channels; ++c)
+            worst = std::max(worst, std::abs(played[frame * channels + c] -
+                                             amplitude * std::sin(2 * pi * tone * (frame / rate) + c)));
+    return worst;
+}
+
+TEST(RateConversion, KeepsToneLevelAndPlace)
+{
+    for (const auto& rate : rates)
+        for (const UInt32 slice : {512, 100, 3000}) {
+            SCOPED_TRACE(std::to_string(rate.client) + " to " + std::to_string(rate.device) + ", " +
+                         std::to_string(slice));
+            clientRate = rate.client;
+            SteppedDevice device(rate.device, 2, slice);
+            const Unit unit('ahal');
+            Feeder feeder(canonical(rate.client, 2), sine);
+            ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+            ASSERT_EQ(unit.setFormat(1, canonical(rate.client, 2)), noErr);
+            ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+            ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+            ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+            const UInt32 frames = 24000;
+            ASSERT_EQ(device.step(frames), frames);
+            // Sample for sample the same tone at the device's rate: right pitch, right level, no delay, no
+            // seam.
+            EXPECT_LT(largestError(device.played, 2, rate.device, 2000, frames), 1e-3);
+
+            // The client was asked for what the device played, and a filter's length more.
+            Float64 next = 0;
+            for (const Asked& asked : feeder.asked) {
+                ASSERT_EQ(asked.time.mSampleTime, next) << "in order, without a gap";
+                ASSERT_LE(asked.frames, 1156u);
+                next += asked.frames;
+            }
+            const Float64 played = frames * rate.client / rate.device;
+            EXPECT_GE(next, played - 1);
+            EXPECT_LE(next, played + 200 * std::max(1.0, rate.client / rate.device)) << "pulled far ahead";
+        }
+}
+
+TEST(RateConversion, DoesNotRunAheadHoweverLongItPlays)
+{
+    clientRate = 44100;
+    SteppedDevice device(48000, 1, 512);
+    const Unit unit('ahal');
+    Feeder feeder(canonical(44100, 1), sine);
+    feeder.mostAsked = 0;
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(44100, 1)), noErr);
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+    const UInt32 frames = 48000 * 5;
+    ASSERT_EQ(device.step(frames), frames);
+    EXPECT_LT(largestError(device.played, 1, 48000, frames - 5000, frames), 1e-3)
+        << "still in step with the source";
+    feeder.mostAsked = 1;
+    device.step(512);
+    ASSERT_EQ(feeder.asked.size(), 1u);
+    EXPECT_NEAR(feeder.asked[0].time.mSampleTime, 44100 * 5, 300) << "asked for what is about to be heard";
+}
+
+TEST(RateConversion, OfTheGenericUnitIsTheSame)
+{
+    clientRate = 48000;
+    const Unit unit('genr');
+    Feeder feeder(pcm(48000, 1, 32, isFloat | isPacked | isBig), sine);
+    ASSERT_EQ(unit.setFormat(1, pcm(48000, 1, 32, isFloat | isPacked | isBig)), noErr);
+    ASSERT_EQ(unit.setFormat(2, canonical(44100, 1)), noErr);
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    std::vector<float> played;
+    for (UInt32 slice = 0; slice < 20; ++slice) {
+        List list(canonical(44100, 1), 1156);
+        const AudioTimeStamp time = sampleTime(slice * 1156.0);
+        ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 1156, list.get()), noErr);
+        const float* samples = static_cast<const float*>(list[0].mData);
+        played.insert(played.end(), samples, samples + 1156);
+    }
+    EXPECT_LT(largestError(played, 1, 44100, 2000, 20 * 1156), 1e-3);
+}
+
+float burst(Float64 frame, UInt32) { return frame < 100 ? 1.0f : 0.0f; }
+
+TEST(RateConversion, ForgetsThePastWhenItIsReset)
+{
+    const Unit unit('genr');
+    Feeder feeder(canonical(44100, 1), burst);
+    ASSERT_EQ(unit.setFormat(1, canonical(44100, 1)), noErr);
+    ASSERT_EQ(unit.setFormat(2, canonical(48000, 1)), noErr);
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    for (const bool resets : {false, true}) {
+        ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+        List list(canonical(48000, 1), 64);
+        AudioTimeStamp time = sampleTime(0);
+        ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
+        ASSERT_NEAR(static_cast<float*>(list[0].mData)[50], 1, 0.1);
+        if (resets) {
+            ASSERT_EQ(AudioUnitReset(unit, 0, 0), noErr);
+        }
+        time = sampleTime(64);
+        ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
+        // The burst of 100 frames was pulled whole: its rest comes, unless it is forgotten.
+        EXPECT_EQ(std::abs(static_cast<float*>(list[0].mData)[20]) > 0.5, !resets);
+        ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
+    }
+}
+
+} // namespace

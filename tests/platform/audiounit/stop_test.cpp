@@ -1,0 +1,168 @@
+// After a stop no callback runs, whoever stops, and from wherever.
+#include "tests/platform/audiounit/feeder.h"
+#include "tests/platform/audiounit/stepped_device.h"
+#include "tests/platform/audiounit/unit.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+namespace {
+
+using namespace test;
+
+/// A callback whose memory goes as soon as nobody may call it any more.
+struct Fragile {
+    std::atomic<int> calls{0};
+    std::atomic<bool> isInside{false};
+    int* live = new int(7);
+    ~Fragile() { delete live; }
+    static OSStatus callback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
+                             UInt32, AudioBufferList*)
+    {
+        Fragile& self = *static_cast<Fragile*>(context);
+        self.isInside = true;
+        ++self.calls;
+        EXPECT_EQ(++*self.live, 8);
+        std::this_thread::yield();
+        EXPECT_EQ(--*self.live, 7);
+        self.isInside = false;
+        return noErr;
+    }
+};
+
+TEST(Stop, NoCallbackRunsAfterIt)
+{
+    SteppedDevice device(48000, 2, 16, false);
+    const Unit unit('ahal');
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    for (int turn = 0; turn < 300; ++turn) {
+        auto fragile = std::make_unique<Fragile>();
+        ASSERT_EQ(unit.setCallback(Fragile::callback, fragile.get()), noErr);
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        while (fragile->calls < turn % 3) std::this_thread::yield();
+        ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
+        ASSERT_FALSE(fragile->isInside);
+    }
+}
+
+TEST(Stop, NoCallbackRunsAfterAUnitWasClosed)
+{
+    SteppedDevice device(48000, 2, 16, false);
+    for (int turn = 0; turn < 300; ++turn) {
+        Fragile fragile;
+        Unit unit('ahal');
+        ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+        ASSERT_EQ(unit.setCallback(Fragile::callback, &fragile), noErr);
+        ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        while (fragile.calls < turn % 3) std::this_thread::yield();
+        ASSERT_EQ(turn % 2 ? unit.close() : static_cast<OSErr>(AudioUnitUninitialize(unit)), noErr);
+        ASSERT_FALSE(fragile.isInside);
+    }
+}
+
+struct StopsItself {
+    const Unit* unit;
+    int at, calls = 0;
+    bool closes;
+    static OSStatus callback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
+                             UInt32 frames, AudioBufferList* list)
+    {
+        auto& self = *static_cast<StopsItself*>(context);
+        for (UInt32 i = 0; i < frames; ++i) static_cast<float*>(list->mBuffers[0].mData)[i] = 0.5f;
+        if (++self.calls == self.at) {
+            EXPECT_EQ(self.closes ? OSStatus{const_cast<Unit*>(self.unit)->close()}
+                                  : AudioOutputUnitStop(*self.unit),
+                      noErr);
+        }
+        return noErr;
+    }
+};
+
+TEST(Stop, InsideACallbackEndsWithThatSlice)
+{
+    SteppedDevice device(48000, 1, 100);
+    const Unit unit('ahal');
+    StopsItself stopper{&unit, 3, 0, false};
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(48000, 1)), noErr);
+    ASSERT_EQ(unit.setCallback(StopsItself::callback, &stopper), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    for (int turn = 0; turn < 20; ++turn) {
+        stopper.calls = 0;
+        device.played.clear();
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        EXPECT_EQ(device.step(1000), 300u) << "the device stops with its last procedure";
+        EXPECT_EQ(stopper.calls, 3);
+        EXPECT_EQ(device.played, std::vector<float>(300, 0.5f)) << "what the last slice wrote is played";
+        EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 0u);
+        if (turn % 2) {
+            ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
+        }
+    }
+}
+
+TEST(Stop, InsideACallbackStopsALongSliceShort)
+{
+    SteppedDevice device(48000, 1, 1000);
+    const Unit unit('ahal');
+    StopsItself stopper{&unit, 2, 0, false};
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(48000, 1)), noErr);
+    ASSERT_EQ(unit.setLimit(100), noErr);
+    ASSERT_EQ(unit.setCallback(StopsItself::callback, &stopper), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+    device.step(1000);
+    EXPECT_EQ(stopper.calls, 2) << "not asked again for the rest of the slice";
+    EXPECT_EQ(device.played[199], 0.5f);
+    EXPECT_EQ(device.played[200], 0.0f);
+}
+
+TEST(Stop, ClosingInsideACallbackEndsTheUnit)
+{
+    SteppedDevice device(48000, 1, 100);
+    for (int turn = 0; turn < 20; ++turn) {
+        Unit unit('ahal');
+        StopsItself stopper{&unit, 1, 0, true};
+        ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+        ASSERT_EQ(unit.setFormat(1, canonical(48000, 1)), noErr);
+        ASSERT_EQ(unit.setCallback(StopsItself::callback, &stopper), noErr);
+        ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        EXPECT_EQ(device.step(1000), 100u);
+        EXPECT_EQ(stopper.calls, 1);
+    }
+    ASSERT_TRUE(eventually([] {
+        KVXAccount rows[32];
+        const uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+        for (uint32_t i = 0; i < kinds; ++i)
+            if (std::string(rows[i].kind) == "ComponentInstance") return false;
+        return true;
+    })) << "the last of a unit goes once its slice has ended";
+}
+
+TEST(Stop, FromTwoThreadsAndTheCallbackAtOnce)
+{
+    SteppedDevice device(48000, 1, 16, false);
+    const Unit unit('ahal');
+    StopsItself stopper{&unit, 5, 0, false};
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(48000, 1)), noErr);
+    ASSERT_EQ(unit.setCallback(StopsItself::callback, &stopper), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    for (int turn = 0; turn < 100; ++turn) {
+        stopper.calls = 0;
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        std::thread other([&] { AudioOutputUnitStop(unit); });
+        if (turn % 2) std::this_thread::sleep_for(std::chrono::microseconds(turn * 20));
+        AudioOutputUnitStop(unit);
+        other.join();
+        ASSERT_LE(stopper.calls, 5);
+    }
+}
+
+} // namespace
