@@ -44,14 +44,24 @@ const Fresh& freshOf(const REALclassDefinition& definition)
 
 const std::vector<ClassFact>& classFacts()
 {
-    static const std::vector<ClassFact> facts = {
-        // definition               name                    declared rounded
-        {&auPlayerClass, "AUPlayerKVX", 184, 192},
-        {&coreAudioClass, "CoreAudioKVX", 4, 16},
-        {&coreAudioListenerClass, "CoreAudioListenerKVX", 20, 32},
-        {&coreAudioPlayerClass, "CoreAudioPlayerKVX", 1664, 1664},
-        {&soundStreamClass, "QTSoundStreamKVX", 20, 32},
-    };
+    static const std::vector<ClassFact> facts = [] {
+        // clang-format off
+        std::vector<ClassFact> rows = {
+            // definition             name                    declared  rounded
+            {&auPlayerClass,          "AUPlayerKVX",          184,      192},
+            {&coreAudioClass,         "CoreAudioKVX",         4,        16},
+            {&coreAudioListenerClass, "CoreAudioListenerKVX", 20,       32},
+            {&coreAudioPlayerClass,   "CoreAudioPlayerKVX",   1664,     1664},
+            {&soundStreamClass,       "QTSoundStreamKVX",     20,       32},
+        };
+        // clang-format on
+        if (sizeof(void*) != 4) // the sizes are the 32-bit records'
+            for (ClassFact& row : rows) {
+                row.declaredSize = row.definition->dataSize;
+                row.roundedSize = (row.declaredSize + 15) / 16 * 16;
+            }
+        return rows;
+    }();
     return facts;
 }
 
