@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 #include <thread>
 #include <unistd.h>
@@ -44,6 +45,12 @@ SoundServer::~SoundServer()
     for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     server_.reset(); // by force, if need be
+
+    // What it leaves lying about in shared memory bears its name.
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/dev/shm", ignored))
+        if (entry.path().filename().string().find(name_ + "_") != std::string::npos)
+            std::filesystem::remove(entry.path(), ignored);
 }
 
 support::Child::Environment SoundServer::environment() const

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace {
 
 using namespace endtoend;
@@ -13,6 +15,11 @@ struct Version {
     double version;
     int layout; // of the classes that it is given
 };
+
+void PrintTo(const Version& version, std::ostream* out)
+{
+    *out << version.version << ", layout " << version.layout;
+}
 
 class Versions : public testing::TestWithParam<Version> {};
 
