@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 
 namespace kvxplatform::hal {
 
@@ -22,6 +23,11 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, double rate, std
     capture->path_ = path;
     capture->temporaryPath_ = path + ".part";
     capture->channels_ = channels;
+    if (std::error_code ignored; std::filesystem::is_directory(path, ignored)) {
+        error = "cannot write the capture " + path + ": it is a folder; name a file in it";
+        capture->isFinished_ = true;
+        return nullptr;
+    }
     SF_INFO info = {};
     info.samplerate = static_cast<int>(rate);
     info.channels = static_cast<int>(channels);
@@ -36,7 +42,8 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, double rate, std
     }
     sf_command(capture->file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
     const auto wanted = static_cast<std::size_t>(rate) * channels * ringSeconds;
-    capture->ring_.resize(std::clamp(wanted, samplesPerWrite * 2, largestRing));
+    const std::size_t size = std::clamp(wanted, samplesPerWrite * 2, largestRing);
+    capture->ring_.resize(size - size % channels); // a frame never goes round the corner
     sem_init(&capture->wake_, 0, 0);
     capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
     return capture;
@@ -55,6 +62,12 @@ void Capture::write(const float* samples, std::uint32_t frames, std::uint32_t ch
         return;
     }
     std::size_t left = std::size_t{frames} * channels;
+    const std::uint64_t waiting =
+        written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
+    if (!mayWait && left > ring_.size() - static_cast<std::size_t>(waiting)) {
+        hasLost_ = true; // the whole slice: half a frame would swap the channels of all that follows
+        return;
+    }
     while (left) {
         const std::uint64_t written = written_.load(std::memory_order_relaxed);
         const std::uint64_t used = written - taken_.load(std::memory_order_acquire);
@@ -62,10 +75,6 @@ void Capture::write(const float* samples, std::uint32_t frames, std::uint32_t ch
         const std::size_t piece =
             std::min({left, ring_.size() - static_cast<std::size_t>(used), ring_.size() - start});
         if (!piece) {
-            if (!mayWait) {
-                hasLost_ = true;
-                return;
-            }
             sem_post(&wake_);
             std::this_thread::yield();
             continue;
@@ -84,8 +93,8 @@ std::size_t Capture::takeOut()
     const std::uint64_t taken = taken_.load(std::memory_order_relaxed);
     const std::uint64_t waiting = written_.load(std::memory_order_acquire) - taken;
     const std::size_t start = taken % ring_.size();
-    const std::size_t piece =
-        std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
+    std::size_t piece = std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
+    piece -= piece % channels_; // whole frames
     if (piece && sf_write_float(file_, &ring_[start], static_cast<sf_count_t>(piece)) !=
                      static_cast<sf_count_t>(piece))
         hasFailed_ = true;

@@ -39,6 +39,16 @@ void copyText(char (&target)[size], const std::string& text)
     target[size - 1] = 0;
 }
 
+/// Why a simulated device cannot be like this; null if it can. Zero is "as it is".
+const char* refusalOf(double rate, uint32_t channels, uint32_t slice)
+{
+    if (rate != 0 && !(rate >= lowestRate && rate <= highestRate))
+        return "a simulated device runs at 1000 to 768000 Hz";
+    if (channels > mostChannels) return "a simulated device has at most 64 channels";
+    if (slice > largestSlice) return "a simulated device's slice has at most 8192 frames";
+    return nullptr;
+}
+
 KVXDeviceInfo infoOf(const Device& device, AudioObjectID defaultOutput)
 {
     KVXDeviceInfo row = {};
@@ -94,6 +104,11 @@ KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description)
              "a simulated device needs a description, which may be all zero");
         return 0;
     }
+    if (const char* refusal =
+            refusalOf(description->sampleRate, description->outputChannels, description->sliceFrames)) {
+        fail(kAudioDeviceUnsupportedFormatError, refusal);
+        return 0;
+    }
     return static_cast<KVXDeviceID>(enterDevice(makeSimulatedDevice(*description))->id);
 }
 
@@ -131,8 +146,8 @@ int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t o
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     if (!device->isSimulated) return notSimulated(device);
-    if (sampleRate != 0 && !(sampleRate >= 1000 && sampleRate <= 768000))
-        return fail(kAudioDeviceUnsupportedFormatError, "a simulated device runs at 1000 to 768000 Hz");
+    if (const char* refusal = refusalOf(sampleRate, outputChannels, sliceFrames))
+        return fail(kAudioDeviceUnsupportedFormatError, refusal);
     {
         const std::lock_guard<std::mutex> lock(treeLock());
         Settings& settings = device->settings;

@@ -24,6 +24,7 @@
 
 namespace kvxplatform::hal {
 
+constexpr double lowestRate = 1000, highestRate = 768000; // Hz, of a simulated device
 constexpr UInt32 mostChannels = 64;
 constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // frames
 

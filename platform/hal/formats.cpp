@@ -10,7 +10,6 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device
 constexpr double commonRates[] = {8000,  11025, 16000, 22050, 24000,  32000, 44100,
                                   48000, 64000, 88200, 96000, 176400, 192000};
 

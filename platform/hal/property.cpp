@@ -214,7 +214,10 @@ bool exists(AudioObjectID id)
 
 OSStatus putCFString(Bytes& value, const std::string& text)
 {
-    return put(value, CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8));
+    CFStringRef string = CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8);
+    // Hardware may call itself by bytes that are no UTF-8; every byte is some Latin letter.
+    if (!string) string = CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingISOLatin1);
+    return put(value, string);
 }
 
 OSStatus putText(Bytes& value, const std::string& text)

@@ -11,6 +11,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace kvxplatform::hal {
 
@@ -288,10 +289,11 @@ void end(const DeviceRef& device, bool isUnplugged)
 {
     Tree& t = tree();
     std::vector<AudioObjectPropertySelector> changed;
+    bool wasAlive;
     {
         const std::lock_guard<std::mutex> lock(t.lock);
         if (!device->isAlive && (!isUnplugged || !device->isListed)) return;
-        device->isAlive = false;
+        wasAlive = std::exchange(device->isAlive, false);
         if (isUnplugged) {
             device->isListed = false;
             t.listed.erase(std::remove(t.listed.begin(), t.listed.end(), device), t.listed.end());
@@ -300,7 +302,7 @@ void end(const DeviceRef& device, bool isUnplugged)
         }
         for (auto selector : moveRoles(t)) changed.push_back(selector);
     }
-    postChange(device->id, kAudioDevicePropertyDeviceIsAlive);
+    if (wasAlive) postChange(device->id, kAudioDevicePropertyDeviceIsAlive);
     for (auto selector : changed) postChange(kAudioObjectSystemObject, selector);
     std::string ignored;
     finishCapture(*device, ignored);
