@@ -22,26 +22,45 @@ constexpr int rounds = 100;
 constexpr int rounds = 100;
 #endif
 
+struct PacedDevice {
+    KVXDeviceID id;
+
+    PacedDevice()
+    {
+        KVXSimulatedDevice description = {};
+        description.name = "Paced";
+        description.sliceFrames = 64;
+        id = KVXPlatformAddSimulatedDevice(&description);
+    }
+    ~PacedDevice() { KVXPlatformRemoveSimulatedDevice(id); }
+};
+
+// Another player on another device: all players share one procedure, so that a device takes one of them, and
+// one lock, which this one keeps busy.
+struct OtherPlayer {
+    PacedDevice device;
+    Object player;
+
+    explicit OtherPlayer(host::Host& host) : player(host.create(playerClass))
+    {
+        player.set("OutputDeviceID", std::int64_t(device.id));
+        player.set("NoUnderflow", true);
+        EXPECT_TRUE(player.call("Start").boolean());
+    }
+    ~OtherPlayer() { player.set("NoUnderflow", false); }
+};
+
 TEST(Restart, OverAndOverBesideARunningDevice)
 {
     Loaded loaded;
-    KVXSimulatedDevice description = {};
-    description.name = "Paced";
-    description.sliceFrames = 64;
-    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
-    ASSERT_NE(device, 0u);
     {
+        const PacedDevice device;
         const auto samples = MemoryBlock::copyOf(std::vector<float>(300, 0.25f));
-
-        // Another player keeps the device running, and the queue lock busy, all the while.
-        Object other = loaded.host.create(playerClass);
-        other.set("OutputDeviceID", std::int64_t(device));
-        other.set("NoUnderflow", true);
-        ASSERT_TRUE(other.call("PlayFloatAudio", samples).boolean());
+        OtherPlayer other(loaded.host);
 
         for (int round = 0; round < rounds; ++round) {
             Object player = loaded.host.create(playerClass);
-            player.set("OutputDeviceID", std::int64_t(device));
+            player.set("OutputDeviceID", std::int64_t(device.id));
             player.set("SampleRate", round % 2 ? 44100.0 : 30000.0);
             player.set("NumberOfChannels", 1 + round % 3 / 2);
             ASSERT_TRUE(player.call("AddFloatAudio", samples).boolean());
@@ -52,7 +71,7 @@ TEST(Restart, OverAndOverBesideARunningDevice)
                 EXPECT_GE(player.get("OutputPosition").number(), 0);
                 EXPECT_GE(player.get("OutputPositionRelative").number(), 0);
                 (void)player.get("HadUnderflow");
-                (void)other.call("AddFloatAudio", samples);
+                (void)other.player.call("AddFloatAudio", samples);
             }
             if (round % 2)
                 player.call("Stop");
@@ -61,9 +80,7 @@ TEST(Restart, OverAndOverBesideARunningDevice)
             EXPECT_FALSE(player.get("IsRunning").boolean());
             EXPECT_EQ(player.call("FreeSpace").integer(), 200);
         }
-        other.set("NoUnderflow", false);
     }
-    EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
     EXPECT_EQ(leftOver(loaded.host), "");
 }
 
