@@ -34,6 +34,8 @@ OSStatus with(AudioUnit handle, Call call)
         return call(*unit);
     } catch (const std::bad_alloc&) {
         return memFullErr;
+    } catch (...) { // no thread, no lock: the system has run out of something else
+        return kAudioUnitErr_FailedInitialization;
     }
 }
 

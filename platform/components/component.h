@@ -45,8 +45,8 @@ OSStatus open(::Component component, ComponentInstance& out);
 /// Close an instance. badComponentInstance for a handle that names none.
 OSStatus close(ComponentInstance handle);
 
-/// The component behind its handle; null for one that names none. Built-in components never go.
-const Component* find(::Component handle);
+/// The component behind its handle; false for one that names none.
+bool find(::Component handle, Component& out);
 
 /// The first component behind `previous` (null: from the start) that `looking` describes; null when there is
 /// none.

@@ -16,10 +16,11 @@ namespace kvxplatform::components {
 
 using HandleNumber = std::uint32_t; // 0 names nothing
 
-/// A table of up to 4,096 things at a time. `kind` (1 to 3) tells the handles of different tables apart.
-template <class T, std::uint32_t kind>
+/// A table of up to 4,096 things at a time. `kind` (1 to 3) tells the handles of different tables apart; a
+/// slot serves 2^generationBits - 1 times.
+template <class T, std::uint32_t kind, unsigned generationBits = 18>
 class HandleTable {
-    static_assert(kind >= 1 && kind <= 3);
+    static_assert(kind >= 1 && kind <= 3 && generationBits <= 18, "a handle has 32 bits");
     struct Slot;
 
 public:
@@ -112,7 +113,7 @@ private:
     static constexpr std::uint64_t isOpen = 1u << 31;
     static constexpr std::uint64_t isClosing = 1u << 30;
     static constexpr std::uint64_t usesMask = isClosing - 1;
-    static constexpr std::uint32_t generations = 1 << 18;
+    static constexpr std::uint32_t generations = 1 << generationBits;
 
     struct Slot {
         std::atomic<std::uint64_t> word{0};

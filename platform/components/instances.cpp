@@ -3,8 +3,6 @@
 
 #include "platform/accounts/account.h"
 
-#include <new>
-
 namespace kvxplatform::components {
 namespace {
 
@@ -38,18 +36,18 @@ Instance::~Instance()
 OSStatus open(::Component handle, ComponentInstance& out)
 {
     out = nullptr;
-    const Component* component = find(handle);
-    if (!component) return invalidComponentID;
+    Component component{};
+    if (!find(handle, component)) return invalidComponentID;
     OSStatus status = memFullErr; // when the table is full
     try {
         const HandleNumber number =
-            table().add(std::make_unique<Instance>(*component), [&](Instance& instance, HandleNumber made) {
+            table().add(std::make_unique<Instance>(component), [&](Instance& instance, HandleNumber made) {
                 instance.self = reinterpret_cast<ComponentInstance>(static_cast<std::uintptr_t>(made));
-                status = component->family->open ? component->family->open(instance) : noErr;
+                status = component.family->open ? component.family->open(instance) : noErr;
                 return status == noErr;
             });
         out = reinterpret_cast<ComponentInstance>(static_cast<std::uintptr_t>(number));
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         status = memFullErr;
     }
     return status;
@@ -59,9 +57,14 @@ OSStatus close(ComponentInstance handle)
 {
     Instances::Use closing = table().beginClose(numberOf(handle));
     if (!closing) return badComponentInstance;
-    if (closing->component.family->close) closing->component.family->close(*closing);
+    OSStatus status = noErr;
+    try {
+        if (closing->component.family->close) closing->component.family->close(*closing);
+    } catch (...) {
+        status = memFullErr; // closed all the same
+    }
     table().endClose(std::move(closing));
-    return noErr;
+    return status;
 }
 
 } // namespace kvxplatform::components

@@ -3,36 +3,36 @@
 #include "platform/components/component.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace kvxplatform::components {
 namespace {
 
-// Made once and never again: built-in components do not come and go.
-const std::vector<Component>& list()
-{
-    static const std::vector<Component>& components = *[] {
-        auto* all = new std::vector<Component>;
-        for (std::size_t i = 0; i < builtInCount; ++i)
-            for (std::size_t row = 0; row < builtIns[i].count(); ++row)
-                all->push_back(builtIns[i].describe(row));
-        return all;
-    }();
-    return components;
-}
-
 constexpr std::uintptr_t mark = 0x00C0'0002;
+constexpr std::size_t nowhere = SIZE_MAX;
 
 ::Component handleOf(std::size_t index)
 {
     return reinterpret_cast<::Component>(mark + (static_cast<std::uintptr_t>(index) << 2));
 }
 
-std::size_t indexOf(::Component handle) // list().size() for a handle that names nothing
+std::size_t indexOf(::Component handle)
 {
     const auto number = reinterpret_cast<std::uintptr_t>(handle);
-    const std::size_t index = static_cast<std::size_t>((number - mark) >> 2);
-    return number >= mark && (number - mark) % 4 == 0 && index < list().size() ? index : list().size();
+    return number >= mark && (number - mark) % 4 == 0 ? (number - mark) >> 2 : nowhere;
+}
+
+/// The component at a place in the list; false behind its end.
+bool at(std::size_t index, Component& out)
+{
+    for (std::size_t family = 0; family < builtInCount; ++family) {
+        const std::size_t count = builtIns[family].count();
+        if (index < count) {
+            out = builtIns[family].describe(index);
+            return true;
+        }
+        index -= count;
+    }
+    return false;
 }
 
 bool matches(const ComponentDescription& looking, const ComponentDescription& found)
@@ -46,25 +46,27 @@ bool matches(const ComponentDescription& looking, const ComponentDescription& fo
 
 } // namespace
 
-const Component* find(::Component handle)
+bool find(::Component handle, Component& out)
 {
     const std::size_t index = indexOf(handle);
-    return index < list().size() ? &list()[index] : nullptr;
+    return index != nowhere && at(index, out);
 }
 
 ::Component findNext(::Component previous, const ComponentDescription& looking)
 {
-    std::size_t index = 0;
-    if (previous) index = indexOf(previous) + 1; // a handle that names nothing is behind the end
-    for (; index < list().size(); ++index)
-        if (matches(looking, list()[index].description)) return handleOf(index);
+    Component component{};
+    if (previous && !find(previous, component)) return nullptr;
+    for (std::size_t index = previous ? indexOf(previous) + 1 : 0; at(index, component); ++index)
+        if (matches(looking, component.description)) return handleOf(index);
     return nullptr;
 }
 
 UInt32 count(const ComponentDescription& looking)
 {
     UInt32 found = 0;
-    for (const Component& component : list()) found += matches(looking, component.description);
+    Component component{};
+    for (std::size_t index = 0; at(index, component); ++index)
+        found += matches(looking, component.description);
     return found;
 }
 

@@ -38,16 +38,17 @@ OSStatus attach(Unit& unit, DeviceOutput& state, AudioDeviceID device)
     DeviceShape shape;
     OSStatus status = shapeOf(device, shape);
     if (!status) status = prepare(unit, state, shape);
-    if (!status) status = AudioDeviceCreateIOProcID(device, cycle, unit.self, &state.procedure);
+    AudioDeviceIOProcID procedure = nullptr;
+    if (!status) status = AudioDeviceCreateIOProcID(device, cycle, unit.self, &procedure);
     if (status) {
         endListening(device);
-        state.procedure = nullptr;
         return status;
     }
     state.device = device;
     state.shape = shape;
+    state.procedure = procedure;
     state.activeDevice = device;
-    status = AudioDeviceStart(device, state.procedure);
+    status = AudioDeviceStart(device, procedure);
     if (status) detach(unit, state);
     return status;
 }
@@ -112,10 +113,9 @@ OSStatus stopDevice(Unit& unit)
         detach(unit, state);
         return noErr;
     }
-    // In the device's own cycle nobody may be waited for. If another thread holds the unit, it sees what is
-    // wanted; the rest of the leaving is done outside the cycle, even if the unit is closed meanwhile.
-    if (const std::unique_lock<std::mutex> life(unit.lifeCycle, std::try_to_lock); life && state.procedure)
-        AudioDeviceStop(state.device, state.procedure);
+    // In the device's own cycle nobody may be waited for: the rest of the leaving is done outside it, even if
+    // the unit is closed meanwhile.
+    if (const AudioDeviceIOProcID procedure = state.procedure) AudioDeviceStop(state.activeDevice, procedure);
     askSoonFor(unit.self);
     return noErr;
 }

@@ -25,10 +25,10 @@ struct DeviceOutput {
 
     // under lifeCycle
     AudioDeviceID device = kAudioDeviceUnknown; // whose procedure we have
-    AudioDeviceIOProcID procedure = nullptr;
     DeviceShape shape{};
 
-    // shared with the device's cycle
+    // shared with the device's cycle; a procedure's ID stays good until the cycle that is in it has ended
+    std::atomic<AudioDeviceIOProcID> procedure{nullptr};
     std::atomic<bool> isStarted{false};                           // the client wants it to run
     std::atomic<AudioDeviceID> activeDevice{kAudioDeviceUnknown}; // the one whose cycles count
     std::atomic<bool> startsAtZero{true};

@@ -80,10 +80,12 @@ void beginWatching(AudioUnit unit)
         const std::lock_guard<std::mutex> guard(all.lock);
         if (std::find(all.units.begin(), all.units.end(), unit) == all.units.end()) all.units.push_back(unit);
         all.kept.reserve(usualStops);
-        isFirst = !std::exchange(all.hasThread, true);
+        if (!all.hasThread) {
+            std::thread(askUnits).detach();
+            isFirst = all.hasThread = true;
+        }
     }
     if (!isFirst) return;
-    std::thread(askUnits).detach();
     for (const AudioObjectPropertyAddress& address : systemChanges)
         AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
 }

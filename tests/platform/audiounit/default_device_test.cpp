@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -121,6 +123,36 @@ TEST(DefaultDevice, AFollowerAdaptsToTheNewDevicesRateAndChannels)
     UInt32 asked = 0;
     for (const Asked& each : playing.feeder.asked) asked += each.frames;
     EXPECT_NEAR(asked, 3200, 40) << "half as many frames as the device played";
+}
+
+TEST(DefaultDevice, ThatChangesAllTheTimeUnderUnitsThatStartAndStop)
+{
+    SteppedDevice first(44100, 2, 16, false), second(48000, 4, 16, false);
+    first.makeDefault();
+    std::atomic<bool> isOver{false};
+    std::thread changes([&] {
+        for (int turn = 0; turn < 200; ++turn) {
+            (turn % 2 ? first : second).makeDefault();
+            KVXPlatformConfigureDevice(first.id(), turn % 4 < 2 ? 44100 : 22050, 0, 0);
+            std::this_thread::yield();
+        }
+        isOver = true;
+    });
+    {
+        Playing steady('def ');
+        while (!isOver) {
+            Playing brief('def ');
+            brief.isRunning();
+            brief.device();
+            AudioOutputUnitStop(brief.unit);
+            AudioOutputUnitStart(brief.unit);
+        }
+        changes.join();
+        first.makeDefault();
+        EXPECT_TRUE(eventually([&] { return steady.isRunning() && steady.device() == first.id(); }));
+        const int before = steady.feeder.calls;
+        EXPECT_TRUE(eventually([&] { return steady.feeder.calls > before; })) << "it still plays";
+    }
 }
 
 TEST(Device, ThatChangesItsRateIsAdaptedTo)

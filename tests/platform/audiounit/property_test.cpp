@@ -19,6 +19,12 @@ constexpr OSStatus noSuch = kAudioUnitErr_InvalidProperty, badScope = kAudioUnit
 
 enum Way { read, write, both, bothBefore }; // bothBefore: written before the unit is initialised
 
+// Records that hold pointers: the platform's sizes, larger where pointers are.
+constexpr bool is32 = sizeof(void*) == 4;
+constexpr UInt32 connection = is32 ? 12 : sizeof(AudioUnitConnection),
+                 callback = is32 ? 8 : sizeof(AURenderCallbackStruct),
+                 info = is32 ? 84 : sizeof(AudioUnitParameterInfo);
+
 struct Fact {
     AudioUnitPropertyID id;
     AudioUnitScope scope;
@@ -30,7 +36,7 @@ struct Fact {
 
 // clang-format off
 const Fact ofEveryUnit[] = {
-    {1,    1, 0, 12, write,      "connection"},
+    {1,    1, 0, connection, write,      "connection"},
     {2,    1, 0, 8,  bothBefore, "the client's rate"},
     {3,    0, 0, 0,  read,       "parameter list (its size is the unit's)"},
     {3,    1, 0, 0,  read,       "no parameter in the input"},
@@ -44,7 +50,7 @@ const Fact ofEveryUnit[] = {
     {14,   0, 0, 4,  bothBefore, "slice limit"},
     {20,   0, 0, 8,  read,       "tail"},
     {22,   0, 0, 4,  read,       "last error"},
-    {23,   1, 0, 8,  write,      "callback"},
+    {23,   1, 0, callback, write,      "callback"},
     {2001, 0, 0, 4,  read,       "is running"},
 };
 const Fact ofGeneric[] = {
@@ -53,7 +59,7 @@ const Fact ofGeneric[] = {
 };
 const Fact ofDeviceUnits[] = {
     {2,    2, 0, 8,  read,       "the device's rate"},
-    {4,    0, 14, 84, read,      "what the volume is"},
+    {4,    0, 14, info, read,      "what the volume is"},
     {8,    2, 0, 40, read,       "the device's format"},
     {2002, 2, 0, 24, both,       "channel map of the six-channel device"},
     {2003, 2, 0, 4,  read,       "output is on"},
@@ -68,7 +74,7 @@ const Fact ofHAL[] = {
     {2000, 0, 0, 4,  both,       "device"},
     {2003, 2, 0, 4,  bothBefore, "output on or off"},
     {2003, 1, 1, 4,  bothBefore, "input on or off"},
-    {2005, 0, 0, 8,  write,      "input callback"},
+    {2005, 0, 0, callback, write,      "input callback"},
     {2006, 1, 1, 4,  read,       "input is there"},
 };
 const Fact ofFollowers[] = {

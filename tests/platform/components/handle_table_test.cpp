@@ -98,6 +98,23 @@ TEST(HandleTable, HoldsSoManyAndTakesMoreWhenOneGoes)
     EXPECT_EQ(Thing::alive, 0);
 }
 
+TEST(HandleTable, ASlotThatIsUsedUpStaysEmpty)
+{
+    using FewGenerations = HandleTable<Thing, 1, 3>; // each slot serves seven times
+    FewGenerations table;
+    std::set<HandleNumber> given;
+    for (;;) {
+        const HandleNumber handle =
+            table.add(std::make_unique<Thing>(1), [](Thing&, HandleNumber) { return true; });
+        if (!handle) break;
+        ASSERT_TRUE(given.insert(handle).second) << "a handle came back";
+        ASSERT_LE(given.size(), 7u * FewGenerations::capacity);
+        table.endClose(table.beginClose(handle));
+    }
+    EXPECT_GT(given.size(), 7u * (FewGenerations::capacity - 64)) << "every slot but the last few is used up";
+    EXPECT_EQ(Thing::alive, 0);
+}
+
 TEST(HandleTable, AUseKeepsAThingThatIsClosedMeanwhile)
 {
     Things table;
