@@ -75,6 +75,7 @@ void closeStoppedHardware()
         const std::lock_guard<std::mutex> control(device->control);
         if (!device->isRunning()) (void)settleDriver(device);
     }
+    leaveHardware();
 }
 
 } // namespace

@@ -114,9 +114,10 @@ OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, const IO
     }
     bool isThere = true;
     const bool isFound = withProc(device, proc, [&](IOProc& found) {
-        setStarted(device, found, isStarted);
-        isThere = !found.isRemoved; // it may just have removed itself
-        if (!isThere) setStarted(device, found, false);
+        isThere = !found.isRemoved;
+        if (isThere) setStarted(device, found, isStarted);
+        // Once started it may be called, and remove itself, before this looks again. It was started all the same.
+        if (found.isRemoved) setStarted(device, found, false);
         if (out_proc) *out_proc = &found;
     });
     return isFound && isThere ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};

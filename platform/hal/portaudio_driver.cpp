@@ -76,9 +76,10 @@ PaError initialize()
     return Pa_Initialize();
 }
 
+bool isStarted = false; // under paLock
+
 bool startPortAudio(std::string& error)
 {
-    static bool isStarted = false;
     if (isStarted) return true;
     silenceMessages();
     const PaError status = initialize();
@@ -243,6 +244,13 @@ bool hasHardwareEnded(Device& device)
     const bool isSilent = static_cast<std::int64_t>(AudioGetCurrentHostTime()) - last > longestSilenceNanos;
     if (isSilent) device.hardware->isAbandoned = true;
     return isSilent;
+}
+
+void leaveHardware()
+{
+    const std::lock_guard<std::mutex> lock(paLock);
+    if (isStarted && openStreams == 0) Pa_Terminate();
+    isStarted = false;
 }
 
 bool isAnyHardwareOpen() { return openStreams > 0; }

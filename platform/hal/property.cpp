@@ -142,8 +142,9 @@ OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjec
                       if (!ioSize || (!data && *ioSize)) return OSStatus{kAudioHardwareIllegalOperationError};
                       if (row.extent == Extent::one && *ioSize < row.size)
                           return OSStatus{kAudioHardwareBadPropertySizeError};
+                      // One value may be a question as well: a format, a translation.
                       const auto* bytes = static_cast<const char*>(data);
-                      Bytes value(bytes, bytes + *ioSize);
+                      Bytes value(bytes, bytes + (row.extent == Extent::one ? row.size : 0));
                       const OSStatus status = row.get(request, value);
                       return status == noErr ? copyOut(row, value, *ioSize, data) : status;
                   });
