@@ -116,7 +116,8 @@ OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, const IO
     const bool isFound = withProc(device, proc, [&](IOProc& found) {
         isThere = !found.isRemoved;
         if (isThere) setStarted(device, found, isStarted);
-        // Once started it may be called, and remove itself, before this looks again. It was started all the same.
+        // Once started it may be called, and remove itself, before this looks again. It was started all the
+        // same.
         if (found.isRemoved) setStarted(device, found, false);
         if (out_proc) *out_proc = &found;
     });

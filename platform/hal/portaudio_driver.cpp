@@ -18,6 +18,7 @@ namespace {
 std::mutex paLock; // PortAudio's own functions are not to be called by two threads at once
 
 std::atomic<int> openStreams{0};
+std::atomic<bool> isAnyAbandoned{false};
 
 // Streams that ended by themselves. Closing one can wait for ever for a server that is gone, so they are
 // kept, and PortAudio is not started anew either, which would close them.
@@ -224,6 +225,7 @@ void closeHardware(const DeviceRef& device)
     --openStreams;
     if (device->hardware->isAbandoned) {
         // Closing a stream that does not answer may take for ever. It is left behind, with its record.
+        isAnyAbandoned = true;
         (void)device->hardware.release();
         return;
     }
@@ -249,7 +251,7 @@ bool hasHardwareEnded(Device& device)
 void leaveHardware()
 {
     const std::lock_guard<std::mutex> lock(paLock);
-    if (isStarted && openStreams == 0) Pa_Terminate();
+    if (isStarted && openStreams == 0 && !isAnyAbandoned) Pa_Terminate();
     isStarted = false;
 }
 

@@ -23,4 +23,8 @@ void closeHardware(const DeviceRef& device);
 bool hasHardwareEnded(Device& device);
 bool isAnyHardwareOpen();
 
+/// At the end of the process: let PortAudio go, unless a stream is open or does not answer. A sound server
+/// then does not have to find out by itself that its client is gone.
+void leaveHardware();
+
 } // namespace kvxplatform::hal
