@@ -56,6 +56,9 @@ if(NOT APPLE)
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
 
+# What tests and the programs that they start are told about other people's leaks.
+set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
+
 # kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds]): one GoogleTest program; CTest runs
 # each of its tests in a process of its own, so that process-wide state starts fresh. They play to the simulated
 # device, unless they say otherwise.

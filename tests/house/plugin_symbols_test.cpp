@@ -16,15 +16,15 @@ const char* const platformPath = KVX_BINARY_DIR "/libkvxplatform.so";
 
 // The C++ run-time library of the oldest system: plain new and delete, exception support, the types of the
 // standard exceptions. No sized or aligned forms, nothing that came later.
-const std::regex
-    allowedRuntime("_Zn[wa][jm](RKSt9nothrow_t)?|_Zd[la]Pv(RKSt9nothrow_t)?|_ZSt7nothrow|_ZSt9terminatev"
-                   "|__gxx_personality_v0|_Unwind_Resume"
-                   "|__cxa_(allocate_exception|atexit|bad_cast|begin_catch|end_catch|finalize|free_exception"
-                   "|guard_abort|guard_acquire|guard_release|pure_virtual|rethrow|throw)"
-                   "|_ZTVN10__cxxabiv1(17__class|20__si_class|21__vmi_class|19__pointer)_type_infoE"
-                   "|_ZT[ISV]St(9bad_alloc|8bad_cast|9exception|11logic_error|11range_error|12out_of_range"
-                   "|13runtime_error|14overflow_error|15underflow_error)"
-                   "|_ZNSt9exceptionD[012]Ev|_ZNKSt9exception4whatEv");
+const std::regex allowedRuntime(
+    "_Zn[wa][jm](RKSt9nothrow_t)?|_Zd[la]Pv(RKSt9nothrow_t)?|_ZSt7nothrow|_ZSt9terminatev"
+    "|__gxx_personality_v0|_Unwind_Resume"
+    "|__cxa_(allocate_exception|atexit|bad_cast|begin_catch|end_catch|finalize|free_exception"
+    "|guard_abort|guard_acquire|guard_release|pure_virtual|rethrow|throw)"
+    "|_ZTVN10__cxxabiv1(17__class|20__si_class|21__vmi_class|19__pointer|20__function)_type_infoE"
+    "|_ZT[ISV]St(9bad_alloc|8bad_cast|9exception|11logic_error|11range_error|12out_of_range"
+    "|13runtime_error|14overflow_error|15underflow_error)"
+    "|_ZNSt9exceptionD[012]Ev|_ZNKSt9exception4whatEv");
 
 // Found in every shared library: the C start-up code's own, and the sanitizers' where they are built in.
 const std::regex allowedMachinery(
