@@ -49,7 +49,10 @@ OSStatus attach(Unit& unit, DeviceOutput& state, AudioDeviceID device)
     state.procedure = procedure;
     state.activeDevice = device;
     status = AudioDeviceStart(device, procedure);
-    if (status) detach(unit, state);
+    if (status)
+        detach(unit, state);
+    else
+        state.isRunning = true;
     return status;
 }
 
@@ -76,6 +79,7 @@ OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device) // with lif
 void forgetDevice(DeviceOutput& state)
 {
     state.activeDevice = kAudioDeviceUnknown;
+    state.isRunning = false;
     if (!state.procedure) return;
     AudioDeviceStop(state.device, state.procedure);
     AudioDeviceDestroyIOProcID(state.device, state.procedure);

@@ -31,6 +31,7 @@ struct DeviceOutput {
     std::atomic<AudioDeviceIOProcID> procedure{nullptr};
     std::atomic<bool> isStarted{false};                           // the client wants it to run
     std::atomic<AudioDeviceID> activeDevice{kAudioDeviceUnknown}; // the one whose cycles count
+    std::atomic<bool> isRunning{false};                           // the device has taken it on
     std::atomic<bool> startsAtZero{true};
 
     // [audio & in a slice], or attached to no device and with lifeCycle

@@ -88,7 +88,7 @@ OSStatus setDevice(Unit& unit, Place, const void* data, UInt32)
 OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
 {
     const DeviceOutput& state = outputOf(unit);
-    return give(data, UInt32{state.isStarted && state.activeDevice != kAudioDeviceUnknown});
+    return give(data, UInt32{state.isStarted && state.isRunning});
 }
 
 UInt32 channelMapSize(Unit& unit, Place)

@@ -88,7 +88,7 @@ TEST(DefaultDevice, DoesNotMoveTheHALUnitWhileItPlays)
     first.makeDefault();
     Playing hal('ahal'), follower('def ');
     second.makeDefault();
-    ASSERT_TRUE(eventually([&] { return follower.device() == second.id(); }));
+    ASSERT_TRUE(eventually([&] { return follower.device() == second.id() && follower.isRunning(); }));
     EXPECT_EQ(hal.device(), first.id());
     EXPECT_TRUE(hal.isOn(first));
     EXPECT_TRUE(follower.isOn(second));
