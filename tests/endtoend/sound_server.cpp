@@ -3,13 +3,16 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
+#include <fcntl.h>
 #include <stdexcept>
+#include <sys/file.h>
 #include <thread>
 #include <unistd.h>
 
 namespace endtoend {
 namespace {
+
+const char* const serverName = "kvx-test";
 
 void ignoreMessage(const char*) {}
 
@@ -22,20 +25,26 @@ bool answers()
 
 } // namespace
 
-SoundServer::SoundServer(int sampleRate) : name_("kvx-test-" + std::to_string(getpid()))
+// Servers on a machine stand in a short list, which a killed one stays in until one of the same name comes.
+// So all of ours bear one name, and take turns.
+SoundServer::SoundServer(int sampleRate)
+    : turn_(open("/tmp/kvx-sound-server.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666))
 {
+    flock(turn_, LOCK_EX);
     for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
     jack_set_error_function(ignoreMessage);
     jack_set_info_function(ignoreMessage);
     // -S: a cycle waits for its clients, so that a busy machine delays the sound but loses none of it.
-    server_ = std::make_unique<support::Child>(std::vector<std::string>{
-        "jackd", "-S", "-t", "5000", "-r", "-n", name_, "-d", "dummy", "-r", std::to_string(sampleRate)});
-    for (int tries = 0; tries < 200; ++tries) {
-        if (!server_->isRunning()) break;
+    server_ = std::make_unique<support::Child>(std::vector<std::string>{"jackd", "-S", "-t", "5000", "-r",
+                                                                        "-n", serverName, "-d", "dummy", "-r",
+                                                                        std::to_string(sampleRate)});
+    for (int looks = 0; looks < 200 && server_->isRunning(); ++looks) {
         if (answers()) return;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    const auto result = server_->isRunning() ? support::ChildResult{} : server_->wait();
+    server_->send(SIGTERM);
+    const auto result = server_->wait();
+    close(turn_);
     throw std::runtime_error("the sound server does not answer: " + result.out + result.err);
 }
 
@@ -45,18 +54,14 @@ SoundServer::~SoundServer()
     for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     server_.reset(); // by force, if need be
-
-    // What it leaves lying about in shared memory bears its name.
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator("/dev/shm", ignored))
-        if (entry.path().filename().string().find(name_ + "_") != std::string::npos)
-            std::filesystem::remove(entry.path(), ignored);
+    close(turn_);
 }
 
 support::Child::Environment SoundServer::environment() const
 {
-    return {
-        {"JACK_DEFAULT_SERVER", name_}, {"JACK_NO_START_SERVER", "1"}, {"JACK_NO_AUDIO_RESERVATION", "1"}};
+    return {{"JACK_DEFAULT_SERVER", serverName},
+            {"JACK_NO_START_SERVER", "1"},
+            {"JACK_NO_AUDIO_RESERVATION", "1"}};
 }
 
 Recorder::Recorder(double secondsAtMost)

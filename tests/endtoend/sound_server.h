@@ -1,5 +1,5 @@
-// A sound server of a test's own: jackd with its dummy driver, under a name that nobody else has, ended by
-// its own process id; and a client of it that records what another client plays.
+// A sound server of a test's own: jackd with its dummy driver, under a name of its own, ended by its own
+// process id; and a client of it that records what another client plays.
 #pragma once
 
 #include "tests/support/child_process.h"
@@ -23,7 +23,7 @@ public:
     support::Child::Environment environment() const;
 
 private:
-    std::string name_;
+    int turn_; // a file, locked while the server is ours
     std::unique_ptr<support::Child> server_;
 };
 
