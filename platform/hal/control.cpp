@@ -1,7 +1,7 @@
 // The control header's functions that concern devices.
 #include "platform/hal/device_capture.h"
+#include "platform/hal/device_changes.h"
 #include "platform/hal/io_procs.h"
-#include "platform/hal/listeners.h"
 #include "platform/hal/simulated_device.h"
 #include "platform/hal/step.h"
 #include "platform/hal/tree.h"
@@ -148,20 +148,22 @@ int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t o
     if (!device->isSimulated) return notSimulated(device);
     if (const char* refusal = refusalOf(sampleRate, outputChannels, sliceFrames))
         return fail(kAudioDeviceUnsupportedFormatError, refusal);
+    Settings before, after;
     {
         const std::lock_guard<std::mutex> lock(treeLock());
         Settings& settings = device->settings;
+        before = settings;
         if (sampleRate != 0) settings.rate = sampleRate;
         if (outputChannels && settings.outputChannels) settings.outputChannels = outputChannels;
         if (sliceFrames) settings.sliceFrames = sliceFrames;
         device->outputLevels.resize(settings.outputChannels);
+        after = settings;
     }
     applySettings(device);
     applyLevels(device);
-    for (auto selector : {kAudioDevicePropertyNominalSampleRate, kAudioDevicePropertyBufferFrameSize})
-        postChange(device->id, selector);
-    for (auto selector : {kAudioDevicePropertyStreamFormat, kAudioDevicePropertyStreamConfiguration})
-        postChange(device->id, selector);
+    if (after.rate != before.rate) tellNewRate(*device);
+    if (after.sliceFrames != before.sliceFrames) tellNewSlice(*device);
+    if (after.outputChannels != before.outputChannels) tellNewChannels(*device);
     return noErr;
 }
 

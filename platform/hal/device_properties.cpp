@@ -103,9 +103,7 @@ OSStatus setSliceFrames(const Request& r, UInt32 frames, Consequences& consequen
     if (frames < smallestSlice || frames > largestSlice) return kAudioHardwareIllegalOperationError;
     if (frames == r.device->settings.sliceFrames) return noErr;
     r.device->settings.sliceFrames = frames;
-    consequences.hasNewSettings = true;
-    consequences.changed = {kAudioDevicePropertyBufferFrameSize, kAudioDevicePropertyBufferSize,
-                            kAudioDevicePropertyStreamConfiguration};
+    consequences.hasNewSlice = true;
     return noErr;
 }
 OSStatus setSlice(const Request& r, const Bytes& value, Consequences& consequences)
@@ -115,7 +113,7 @@ OSStatus setSlice(const Request& r, const Bytes& value, Consequences& consequenc
 OSStatus setSliceBytes(const Request& r, const Bytes& value, Consequences& consequences)
 {
     const UInt32 frame = bytesPerFrame(r), bytes = as<UInt32>(value);
-    if (!frame || bytes % frame) return kAudioHardwareIllegalOperationError;
+    if (bytes % frame) return kAudioHardwareIllegalOperationError;
     return setSliceFrames(r, bytes / frame, consequences);
 }
 
@@ -124,10 +122,7 @@ OSStatus changeRate(const Request& r, double rate, Consequences& consequences)
     if (!takesRate(*r.device, rate)) return kAudioDeviceUnsupportedFormatError;
     if (rate == r.device->settings.rate) return noErr;
     r.device->settings.rate = rate;
-    consequences.hasNewSettings = true;
-    consequences.changed = {kAudioDevicePropertyNominalSampleRate, kAudioDevicePropertyActualSampleRate,
-                            kAudioDevicePropertyStreamFormat};
-    consequences.changedOfStreams = {kAudioStreamPropertyVirtualFormat, kAudioStreamPropertyPhysicalFormat};
+    consequences.hasNewRate = true;
     return noErr;
 }
 OSStatus setRate(const Request& r, const Bytes& value, Consequences& consequences)
@@ -135,13 +130,14 @@ OSStatus setRate(const Request& r, const Bytes& value, Consequences& consequence
     return changeRate(r, as<Float64>(value), consequences);
 }
 
-// The value given is not looked at: whoever asks takes the device, or gives it back.
+// The value given is not looked at: whoever asks takes the device, or gives it back, and is told who has it.
 OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
 {
     const auto self = static_cast<SInt32>(getpid());
     if (r.device->hogOwner != -1 && r.device->hogOwner != self) return kAudioDevicePermissionsError;
     r.device->hogOwner = r.device->hogOwner == self ? -1 : self;
-    consequences.changed.push_back(kAudioDevicePropertyHogMode);
+    consequences.changed = {kAudioDevicePropertyHogMode};
+    put(consequences.writtenBack, r.device->hogOwner);
     return noErr;
 }
 
@@ -156,31 +152,22 @@ OSStatus getStreamUsage(const Request& r, Bytes& value)
 
 // ---- formats ----
 
-OSStatus getFormat(const Request& r, Bytes& value)
-{
-    return r.channels() ? put(value, formatOf(*r.device, r.isInput))
-                        : OSStatus{kAudioHardwareUnknownPropertyError};
-}
+OSStatus getFormat(const Request& r, Bytes& value) { return put(value, formatOf(*r.device, r.isInput)); }
 OSStatus setFormat(const Request& r, const Bytes& value, Consequences& consequences)
 {
     const auto format = as<AudioStreamBasicDescription>(value);
-    if (!r.channels() || !isSupported(*r.device, r.isInput, format))
-        return kAudioDeviceUnsupportedFormatError;
+    if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
     return format.mSampleRate == 0 ? OSStatus{noErr} : changeRate(r, format.mSampleRate, consequences);
 }
-OSStatus getFormats(const Request& r, Bytes& value)
-{
-    return r.channels() ? putAll(value, formatsOf(*r.device, r.isInput)) : putAll<char>(value, {});
-}
+OSStatus getFormats(const Request& r, Bytes& value) { return putAll(value, formatsOf(*r.device, r.isInput)); }
 OSStatus getFormatSupported(const Request& r, Bytes& value)
 {
-    const bool isGood =
-        r.channels() && isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value));
-    return isGood ? OSStatus{noErr} : OSStatus{kAudioDeviceUnsupportedFormatError};
+    return isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value))
+               ? OSStatus{noErr}
+               : OSStatus{kAudioDeviceUnsupportedFormatError};
 }
 OSStatus getFormatMatch(const Request& r, Bytes& value)
 {
-    if (!r.channels()) return kAudioDeviceUnsupportedFormatError;
     return put(value, bestMatch(*r.device, r.isInput, as<AudioStreamBasicDescription>(value)));
 }
 
@@ -202,122 +189,71 @@ OSStatus getChannelLayout(const Request& r, Bytes& value)
     return put(value, layout);
 }
 
-// ---- data sources: a simulated device has one, and it can be named ----
-
-struct SourceName {
-    UInt32 source;
-    const char* name;
-};
-constexpr SourceName sourceNames[] = {{'spkr', "Simulated Speakers"}, {'imic', "Simulated Microphone"}};
-
-const char* nameOfSource(UInt32 source)
-{
-    for (const SourceName& row : sourceNames)
-        if (row.source == source) return row.name;
-    return nullptr;
-}
-
-OSStatus getSource(const Request& r, Bytes& value)
-{
-    return r.device->isSimulated && r.channels() ? put(value, r.device->dataSource)
-                                                 : OSStatus{kAudioHardwareUnknownPropertyError};
-}
-OSStatus setSource(const Request& r, const Bytes& value, Consequences&)
-{
-    if (!r.device->isSimulated || !r.channels()) return kAudioHardwareUnknownPropertyError;
-    return as<UInt32>(value) == r.device->dataSource ? OSStatus{noErr}
-                                                     : OSStatus{kAudioHardwareIllegalOperationError};
-}
-
-/// A translation from a source to its name, in the caller's memory.
-OSStatus getSourceName(const Request& r, Bytes& value)
-{
-    if (!r.device->isSimulated) return kAudioHardwareUnknownPropertyError;
-    const auto translation = as<AudioValueTranslation>(value);
-    if (!translation.mInputData || translation.mInputDataSize != sizeof(UInt32) || !translation.mOutputData)
-        return kAudioHardwareBadPropertySizeError;
-    const char* name = nameOfSource(*static_cast<const UInt32*>(translation.mInputData));
-    if (!name) return kAudioHardwareIllegalOperationError;
-    if (r.selector == kAudioDevicePropertyDataSourceNameForIDCFString) {
-        if (translation.mOutputDataSize != sizeof(CFStringRef)) return kAudioHardwareBadPropertySizeError;
-        *static_cast<CFStringRef*>(translation.mOutputData) =
-            CFStringCreateWithCString(nullptr, name, kCFStringEncodingUTF8);
-        return noErr;
-    }
-    if (translation.mOutputDataSize <= std::strlen(name)) return kAudioHardwareBadPropertySizeError;
-    std::strcpy(static_cast<char*>(translation.mOutputData), name);
-    return noErr;
-}
-
 constexpr auto zero = putConstant<UInt32, 0>;
 constexpr auto one = putConstant<UInt32, 1>;
 
 OSStatus getUsage(const Request&, Bytes& value) { return put<Float32>(value, 1.0f); }
 OSStatus setUsage(const Request&, const Bytes&, Consequences&) { return noErr; }
 
-constexpr Side any = Side::none, sided = Side::scope;
+constexpr Side any = Side::none, sided = Side::scope, present = Side::present;
 constexpr Elements master = Elements::master, both = Elements::masterAndChannels,
                    channels = Elements::channels;
 constexpr Extent single = Extent::one, many = Extent::many;
 constexpr UInt32 word = sizeof(UInt32), reference = sizeof(CFStringRef), range = sizeof(AudioValueRange);
-constexpr UInt32 format = sizeof(AudioStreamBasicDescription), translation = sizeof(AudioValueTranslation);
+constexpr UInt32 format = sizeof(AudioStreamBasicDescription);
 
 // clang-format off
 constexpr Property rows[] = {
-    // selector                                          side   elements  extent  size                   get                     set
-    {kAudioObjectPropertyClass,                          any,   master,   single, word,                  putConstant<AudioClassID, kAudioDeviceClassID>,       nullptr},
-    {kAudioObjectPropertyOwner,                          any,   master,   single, word,                  putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
-    {kAudioObjectPropertyOwnedObjects,                   any,   master,   many,   word,                  getOwned,               nullptr},
-    {kAudioDevicePropertyDeviceNameCFString,             any,   master,   single, reference,             getName,                nullptr},
-    {kAudioDevicePropertyDeviceName,                     any,   master,   many,   1,                     getNameText,            nullptr},
-    {kAudioDevicePropertyDeviceManufacturerCFString,     any,   master,   single, reference,             getMaker,               nullptr},
-    {kAudioDevicePropertyDeviceManufacturer,             any,   master,   many,   1,                     getMakerText,           nullptr},
-    {kAudioDevicePropertyDeviceUID,                      any,   master,   single, reference,             getUID,                 nullptr},
-    {kAudioDevicePropertyModelUID,                       any,   master,   single, reference,             getModelUID,            nullptr},
-    {kAudioDevicePropertyTransportType,                  any,   master,   single, word,                  getTransport,           nullptr},
-    {kAudioDevicePropertyRelatedDevices,                 any,   master,   many,   word,                  getRelated,             nullptr},
-    {kAudioDevicePropertyClockDomain,                    any,   master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyIsHidden,                       any,   master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyChannelName,                    sided, channels, many,   1,                     getElementText,         nullptr},
-    {kAudioDevicePropertyChannelNameCFString,            sided, channels, single, reference,             getElementName,         nullptr},
-    {kAudioDevicePropertyChannelCategoryName,            sided, channels, many,   1,                     getElementText,         nullptr},
-    {kAudioDevicePropertyChannelCategoryNameCFString,    sided, channels, single, reference,             getElementName,         nullptr},
-    {kAudioDevicePropertyChannelNumberName,              sided, channels, many,   1,                     getElementText,         nullptr},
-    {kAudioDevicePropertyChannelNumberNameCFString,      sided, channels, single, reference,             getElementName,         nullptr},
+    // selector                                          side     elements  extent  size                   get                     set
+    {kAudioObjectPropertyClass,                          any,     master,   single, word,                  putConstant<AudioClassID, kAudioDeviceClassID>,       nullptr},
+    {kAudioObjectPropertyOwner,                          any,     master,   single, word,                  putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
+    {kAudioObjectPropertyOwnedObjects,                   any,     master,   many,   word,                  getOwned,               nullptr},
+    {kAudioDevicePropertyDeviceNameCFString,             any,     master,   single, reference,             getName,                nullptr},
+    {kAudioDevicePropertyDeviceName,                     any,     master,   many,   1,                     getNameText,            nullptr},
+    {kAudioDevicePropertyDeviceManufacturerCFString,     any,     master,   single, reference,             getMaker,               nullptr},
+    {kAudioDevicePropertyDeviceManufacturer,             any,     master,   many,   1,                     getMakerText,           nullptr},
+    {kAudioDevicePropertyDeviceUID,                      any,     master,   single, reference,             getUID,                 nullptr},
+    {kAudioDevicePropertyModelUID,                       any,     master,   single, reference,             getModelUID,            nullptr},
+    {kAudioDevicePropertyTransportType,                  any,     master,   single, word,                  getTransport,           nullptr},
+    {kAudioDevicePropertyRelatedDevices,                 any,     master,   many,   word,                  getRelated,             nullptr},
+    {kAudioDevicePropertyClockDomain,                    any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyIsHidden,                       any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyChannelName,                    sided,   channels, many,   1,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelNameCFString,            sided,   channels, single, reference,             getElementName,         nullptr},
+    {kAudioDevicePropertyChannelCategoryName,            sided,   channels, many,   1,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelCategoryNameCFString,    sided,   channels, single, reference,             getElementName,         nullptr},
+    {kAudioDevicePropertyChannelNumberName,              sided,   channels, many,   1,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelNumberNameCFString,      sided,   channels, single, reference,             getElementName,         nullptr},
 
-    {kAudioDevicePropertyDeviceIsAlive,                  any,   master,   single, word,                  getAlive,               nullptr},
-    {kAudioDevicePropertyDeviceHasChanged,               any,   master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyDeviceIsRunning,                any,   master,   single, word,                  getRunning,             nullptr},
-    {kAudioDevicePropertyDeviceIsRunningSomewhere,       any,   master,   single, word,                  getRunning,             nullptr},
-    {kAudioDeviceProcessorOverload,                      any,   master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyDeviceCanBeDefaultDevice,       sided, master,   single, word,                  getCanBeDefault,        nullptr},
-    {kAudioDevicePropertyDeviceCanBeDefaultSystemDevice, sided, master,   single, word,                  getCanBeDefault,        nullptr},
-    {kAudioDevicePropertyHogMode,                        any,   master,   single, word,                  getHogOwner,            toggleHog},
-    {kAudioDevicePropertyLatency,                        sided, master,   single, word,                  getLatency,             nullptr},
-    {kAudioDevicePropertySafetyOffset,                   sided, master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyBufferFrameSize,                any,   master,   single, word,                  getSlice,               setSlice},
-    {kAudioDevicePropertyBufferFrameSizeRange,           any,   master,   single, range,                 getSliceRange,          nullptr},
-    {kAudioDevicePropertyBufferSize,                     sided, master,   single, word,                  getSliceBytes,          setSliceBytes},
-    {kAudioDevicePropertyBufferSizeRange,                sided, master,   single, range,                 getSliceBytesRange,     nullptr},
-    {kAudioDevicePropertySupportsMixing,                 any,   master,   single, word,                  one,                    nullptr},
-    {kAudioDevicePropertyIOCycleUsage,                   any,   master,   single, sizeof(Float32),       getUsage,               setUsage},
-    {kAudioDevicePropertyIOProcStreamUsage,              sided, master,   single, sizeof(AudioHardwareIOProcStreamUsage), getStreamUsage, nullptr},
-    {kAudioDevicePropertyNominalSampleRate,              any,   master,   single, sizeof(Float64),       getRate,                setRate},
-    {kAudioDevicePropertyActualSampleRate,               any,   master,   single, sizeof(Float64),       getRate,                nullptr},
-    {kAudioDevicePropertyAvailableNominalSampleRates,    any,   master,   many,   range,                 getRates,               nullptr},
+    {kAudioDevicePropertyDeviceIsAlive,                  any,     master,   single, word,                  getAlive,               nullptr},
+    {kAudioDevicePropertyDeviceHasChanged,               any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyDeviceIsRunning,                any,     master,   single, word,                  getRunning,             nullptr},
+    {kAudioDevicePropertyDeviceIsRunningSomewhere,       any,     master,   single, word,                  getRunning,             nullptr},
+    {kAudioDeviceProcessorOverload,                      any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyDeviceCanBeDefaultDevice,       sided,   master,   single, word,                  getCanBeDefault,        nullptr},
+    {kAudioDevicePropertyDeviceCanBeDefaultSystemDevice, sided,   master,   single, word,                  getCanBeDefault,        nullptr},
+    {kAudioDevicePropertyHogMode,                        any,     master,   single, word,                  getHogOwner,            toggleHog},
+    {kAudioDevicePropertyLatency,                        sided,   master,   single, word,                  getLatency,             nullptr},
+    {kAudioDevicePropertySafetyOffset,                   sided,   master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyBufferFrameSize,                any,     master,   single, word,                  getSlice,               setSlice},
+    {kAudioDevicePropertyBufferFrameSizeRange,           any,     master,   single, range,                 getSliceRange,          nullptr},
+    {kAudioDevicePropertyBufferSize,                     present, master,   single, word,                  getSliceBytes,          setSliceBytes},
+    {kAudioDevicePropertyBufferSizeRange,                present, master,   single, range,                 getSliceBytesRange,     nullptr},
+    {kAudioDevicePropertySupportsMixing,                 any,     master,   single, word,                  one,                    nullptr},
+    {kAudioDevicePropertyIOCycleUsage,                   any,     master,   single, sizeof(Float32),       getUsage,               setUsage},
+    {kAudioDevicePropertyIOProcStreamUsage,              sided,   master,   single, sizeof(AudioHardwareIOProcStreamUsage), getStreamUsage, nullptr},
+    {kAudioDevicePropertyNominalSampleRate,              any,     master,   single, sizeof(Float64),       getRate,                setRate},
+    {kAudioDevicePropertyActualSampleRate,               any,     master,   single, sizeof(Float64),       getRate,                nullptr},
+    {kAudioDevicePropertyAvailableNominalSampleRates,    any,     master,   many,   range,                 getRates,               nullptr},
 
-    {kAudioDevicePropertyStreams,                        sided, master,   many,   word,                  getStreams,             nullptr},
-    {kAudioDevicePropertyStreamConfiguration,            sided, master,   many,   1,                     getStreamConfiguration, nullptr},
-    {kAudioDevicePropertyStreamFormat,                   sided, both,     single, format,                getFormat,              setFormat},
-    {kAudioDevicePropertyStreamFormats,                  sided, both,     many,   format,                getFormats,             nullptr},
-    {kAudioDevicePropertyStreamFormatSupported,          sided, both,     single, format,                getFormatSupported,     nullptr},
-    {kAudioDevicePropertyStreamFormatMatch,              sided, both,     single, format,                getFormatMatch,         nullptr},
-    {kAudioDevicePropertyPreferredChannelsForStereo,     sided, master,   single, sizeof(Pair),          getStereoPair,          nullptr},
-    {kAudioDevicePropertyPreferredChannelLayout,         sided, master,   single, sizeof(AudioChannelLayout), getChannelLayout,  nullptr},
-    {kAudioDevicePropertyDataSource,                     sided, master,   single, word,                  getSource,              setSource},
-    {kAudioDevicePropertyDataSources,                    sided, master,   many,   word,                  getSource,              nullptr},
-    {kAudioDevicePropertyDataSourceNameForID,            sided, master,   single, translation,           getSourceName,          nullptr},
-    {kAudioDevicePropertyDataSourceNameForIDCFString,    sided, master,   single, translation,           getSourceName,          nullptr},
+    {kAudioDevicePropertyStreams,                        sided,   master,   many,   word,                  getStreams,             nullptr},
+    {kAudioDevicePropertyStreamConfiguration,            sided,   master,   many,   1,                     getStreamConfiguration, nullptr},
+    {kAudioDevicePropertyStreamFormat,                   present, both,     single, format,                getFormat,              setFormat},
+    {kAudioDevicePropertyStreamFormats,                  present, both,     many,   format,                getFormats,             nullptr},
+    {kAudioDevicePropertyStreamFormatSupported,          present, both,     single, format,                getFormatSupported,     nullptr},
+    {kAudioDevicePropertyStreamFormatMatch,              present, both,     single, format,                getFormatMatch,         nullptr},
+    {kAudioDevicePropertyPreferredChannelsForStereo,     present, master,   single, sizeof(Pair),          getStereoPair,          nullptr},
+    {kAudioDevicePropertyPreferredChannelLayout,         present, master,   single, sizeof(AudioChannelLayout), getChannelLayout,  nullptr},
 };
 // clang-format on
 

@@ -26,7 +26,8 @@ struct Listener {
 
 struct Change {
     AudioObjectID object;
-    AudioObjectPropertyAddress address;
+    AudioObjectPropertyAddress address; ///< the wildcard element: all of them
+    UInt64 nextSerial;                  ///< of listeners that were added later, and hear nothing of it
 };
 
 struct Notifier {
@@ -39,15 +40,38 @@ struct Notifier {
     std::thread::id thread;
 };
 
+constexpr auto anySelector = kAudioObjectPropertySelectorWildcard;
+constexpr auto anyScope = kAudioObjectPropertyScopeWildcard, global = kAudioObjectPropertyScopeGlobal;
+constexpr auto anyElement = kAudioObjectPropertyElementWildcard;
+
+// What is true of the whole is true of its sides, and who watches the whole watches its sides.
+bool scopesMatch(AudioObjectPropertyScope wanted, AudioObjectPropertyScope changed)
+{
+    return wanted == anyScope || wanted == changed || wanted == global || changed == global;
+}
+
+bool elementsMatch(AudioObjectPropertyElement wanted, AudioObjectPropertyElement changed)
+{
+    return wanted == anyElement || wanted == changed || changed == anyElement;
+}
+
 bool matches(const Listener& listener, const Change& change)
 {
     const AudioObjectPropertyAddress &wanted = listener.address, &changed = change.address;
-    return listener.object == change.object &&
-           (wanted.mSelector == kAudioObjectPropertySelectorWildcard ||
-            wanted.mSelector == changed.mSelector) &&
-           (wanted.mScope == kAudioObjectPropertyScopeWildcard || wanted.mScope == changed.mScope ||
-            changed.mScope == kAudioObjectPropertyScopeGlobal) &&
-           (wanted.mElement == kAudioObjectPropertyElementWildcard || wanted.mElement == changed.mElement);
+    return listener.serial < change.nextSerial && listener.object == change.object &&
+           (wanted.mSelector == anySelector || wanted.mSelector == changed.mSelector) &&
+           scopesMatch(wanted.mScope, changed.mScope) && elementsMatch(wanted.mElement, changed.mElement);
+}
+
+/// The address that a listener is told: the one it asked for, with its wildcards filled in.
+AudioObjectPropertyAddress addressFor(const Listener& listener, const Change& change)
+{
+    const AudioObjectPropertyAddress &wanted = listener.address, &changed = change.address;
+    AudioObjectPropertyAddress told = {changed.mSelector, wanted.mScope, wanted.mElement};
+    if (told.mScope == anyScope) told.mScope = changed.mScope;
+    if (told.mElement == anyElement) told.mElement = changed.mElement;
+    if (told.mElement == anyElement) told.mElement = kAudioObjectPropertyElementMaster;
+    return told;
 }
 
 /// Call one listener, if it is still there. `lock` is held at both ends, and let go during the call.
@@ -57,9 +81,10 @@ void call(Notifier& notifier, std::unique_lock<std::mutex>& lock, UInt64 serial,
                                     [serial](const Listener& each) { return each.serial == serial; });
     if (found == notifier.listeners.end()) return;
     const Listener listener = *found;
+    const AudioObjectPropertyAddress address = addressFor(listener, change);
     notifier.calling = serial;
     lock.unlock();
-    listener.proc(change.object, 1, &change.address, listener.client);
+    listener.proc(change.object, 1, &address, listener.client);
     lock.lock();
     notifier.calling = 0;
     notifier.idle.notify_all();
@@ -106,7 +131,7 @@ void postChange(AudioObjectID object, AudioObjectPropertySelector selector, Audi
     if (std::none_of(n.listeners.begin(), n.listeners.end(),
                      [object](const Listener& each) { return each.object == object; }))
         return;
-    n.changes.push_back({object, {selector, scope, element}});
+    n.changes.push_back({object, {selector, scope, element}, n.nextSerial});
     n.wake.notify_one();
 }
 

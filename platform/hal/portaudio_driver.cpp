@@ -18,7 +18,6 @@ namespace {
 std::mutex paLock; // PortAudio's own functions are not to be called by two threads at once
 
 std::atomic<int> openStreams{0};
-std::atomic<bool> isAnyAbandoned{false};
 
 // Streams that ended by themselves. Closing one can wait for ever for a server that is gone, so they are
 // kept, and PortAudio is not started anew either, which would close them.
@@ -223,15 +222,13 @@ void closeHardware(const DeviceRef& device)
 {
     if (!device->hardware) return;
     --openStreams;
-    if (device->hardware->isAbandoned) {
-        // Closing a stream that does not answer may take for ever. It is left behind, with its record.
-        isAnyAbandoned = true;
-        (void)device->hardware.release();
+    const std::lock_guard<std::mutex> lock(paLock);
+    if (device->hardware->isAbandoned || Pa_IsStreamActive(device->hardware->stream) != 1) {
+        device->hardware->isAbandoned = true;
+        endedStreams.push_back(std::move(device->hardware));
         return;
     }
-    const std::lock_guard<std::mutex> lock(paLock);
-    // What was handed over is heard to its end.
-    if (Pa_IsStreamActive(device->hardware->stream) == 1) Pa_StopStream(device->hardware->stream);
+    Pa_StopStream(device->hardware->stream); // what was handed over is heard to its end
     Pa_CloseStream(device->hardware->stream);
     device->hardware = nullptr;
 }
@@ -241,17 +238,16 @@ bool hasHardwareEnded(Device& device)
     const std::lock_guard<std::mutex> control(device.control);
     if (!device.hardware) return false;
     const std::lock_guard<std::mutex> lock(paLock);
-    if (Pa_IsStreamActive(device.hardware->stream) != 1) return true;
     const std::int64_t last = std::max(device.lastCycleNanos.load(), device.hardware->openedNanos);
     const bool isSilent = static_cast<std::int64_t>(AudioGetCurrentHostTime()) - last > longestSilenceNanos;
-    if (isSilent) device.hardware->isAbandoned = true;
-    return isSilent;
+    if (isSilent || Pa_IsStreamActive(device.hardware->stream) != 1) device.hardware->isAbandoned = true;
+    return device.hardware->isAbandoned;
 }
 
 void leaveHardware()
 {
     const std::lock_guard<std::mutex> lock(paLock);
-    if (isStarted && openStreams == 0 && !isAnyAbandoned) Pa_Terminate();
+    if (isStarted && openStreams == 0 && endedStreams.empty()) Pa_Terminate();
     isStarted = false;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/hal/property.h"
 
+#include "platform/hal/device_changes.h"
 #include "platform/hal/listeners.h"
 
 #include <algorithm>
@@ -48,7 +49,8 @@ const Property* findRow(const Object& object, AudioObjectPropertySelector select
     if (!object.device) return findIn(systemProperties(), selector);
     if (object.isStream) return findIn(streamProperties(), selector);
     const Property* row = findIn(deviceProperties(), selector);
-    return row ? row : findIn(levelProperties(), selector);
+    if (!row) row = findIn(levelProperties(), selector);
+    return row || !object.device->isSimulated ? row : findIn(sourceProperties(), selector);
 }
 
 bool isKnownScope(AudioObjectPropertyScope scope)
@@ -64,6 +66,18 @@ bool isInputSide(const Object& object, AudioObjectPropertyScope scope)
     if (scope != kAudioObjectPropertyScopeGlobal || !object.device)
         return scope == kAudioDevicePropertyScopeInput;
     return object.device->settings.outputChannels == 0;
+}
+
+bool hasSide(const Property& row, const Request& request)
+{
+    switch (row.side) {
+    case Side::present:
+        return request.channels() > 0;
+    case Side::output:
+        return !request.isInput && request.channels() > 0;
+    default:
+        return true;
+    }
 }
 
 bool hasElement(const Property& row, UInt32 channels, AudioObjectPropertyElement element)
@@ -91,7 +105,7 @@ Question ask(const Object& object, const AudioObjectPropertyAddress& address, UI
                address.mSelector, address.mElement, qualifier,
                qualifierSize};
     const UInt32 channels = object.device ? request.channels() : 0;
-    if (row->side == Side::output && request.isInput) return question;
+    if (!hasSide(*row, request)) return question;
     if (!hasElement(*row, channels, address.mElement)) return question;
     question.row = row;
     question.status = noErr;
@@ -160,15 +174,22 @@ OSStatus getInfo(AudioObjectID id, const Interface& interface, const AudioObject
                   });
 }
 
-void tell(const Object& object, const AudioObjectPropertyAddress& address, const Consequences& consequences)
+/// Where a change is told: at the side that the property is about, however it was asked for.
+AudioObjectPropertyScope placeOf(const Object& object, AudioObjectPropertySelector selector)
 {
+    const Property* row = findRow(object, selector);
+    return row && row->side == Side::output ? AudioObjectPropertyScope{kAudioDevicePropertyScopeOutput}
+                                            : kAudioObjectPropertyScopeGlobal;
+}
+
+void carryOut(const Object& object, AudioObjectPropertyElement element, const Consequences& consequences)
+{
+    if (consequences.hasNewRate || consequences.hasNewSlice) applySettings(object.device);
+    if (consequences.hasNewLevels) applyLevels(object.device);
+    if (consequences.hasNewRate) tellNewRate(*object.device);
+    if (consequences.hasNewSlice) tellNewSlice(*object.device);
     for (auto selector : consequences.changed)
-        postChange(object.id, selector, address.mScope, address.mElement);
-    if (!object.device) return;
-    for (auto selector : consequences.changedOfDevice) postChange(object.device->id, selector);
-    for (auto selector : consequences.changedOfStreams)
-        for (AudioObjectID stream : {object.device->outputStream, object.device->inputStream})
-            if (stream) postChange(stream, selector);
+        postChange(object.id, selector, placeOf(object, selector), element);
 }
 
 OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
@@ -187,9 +208,11 @@ OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjec
     if (status != noErr) return status;
     Object object;
     if (!findObject(id, object)) return noErr; // it went meanwhile
-    if (consequences.hasNewSettings) applySettings(object.device);
-    if (consequences.hasNewLevels) applyLevels(object.device);
-    tell(object, address, consequences);
+    carryOut(object, address.mElement, consequences);
+    // Hog mode's new owner is found where the ignored value was: the one property that writes to what is set.
+    if (!consequences.writtenBack.empty())
+        std::memcpy(const_cast<void*>(data), consequences.writtenBack.data(),
+                    consequences.writtenBack.size());
     return noErr;
 }
 
@@ -230,10 +253,11 @@ OSStatus putText(Bytes& value, const std::string& text)
 std::vector<AudioObjectID> ofClasses(const Request& request, AudioClassID theirs,
                                      std::vector<AudioObjectID> objects)
 {
-    const auto* wanted = static_cast<const AudioClassID*>(request.qualifier);
-    const auto* end = wanted + request.qualifierSize / sizeof *wanted;
+    std::vector<AudioClassID> wanted(request.qualifier ? request.qualifierSize / sizeof(AudioClassID) : 0);
+    if (wanted.empty()) return objects;
+    std::memcpy(wanted.data(), request.qualifier, wanted.size() * sizeof(AudioClassID));
     const auto isTheirs = [theirs](AudioClassID id) { return id == theirs || id == kAudioObjectClassID; };
-    if (!wanted || wanted == end || std::any_of(wanted, end, isTheirs)) return objects;
+    if (std::any_of(wanted.begin(), wanted.end(), isTheirs)) return objects;
     return {};
 }
 

@@ -32,11 +32,10 @@ using Bytes = std::vector<char>;
 
 /// What a setter wants done when the tree's lock has been let go.
 struct Consequences {
-    bool hasNewSettings = false;
+    bool hasNewRate = false, hasNewSlice = false; ///< of the device; what else that changes is told as well
     bool hasNewLevels = false;
-    std::vector<AudioObjectPropertySelector>
-        changed; ///< of the same object, told to listeners in every scope
-    std::vector<AudioObjectPropertySelector> changedOfDevice, changedOfStreams; ///< of the objects beside it
+    std::vector<AudioObjectPropertySelector> changed; ///< of the same object, at the element that was set
+    Bytes writtenBack; ///< what the caller finds in its own value afterwards; empty: what it was
 };
 
 /// Reads a value into `value`, which arrives as the caller's buffer: a translation finds its input there.
@@ -46,8 +45,9 @@ using Setter = OSStatus (*)(const Request& request, const Bytes& value, Conseque
 
 /// Which elements a property has.
 enum class Elements { master, channels, masterAndChannels };
-/// Which side of a device a property is about: neither, or the one that the scope names.
-enum class Side { none, scope, output };
+/// Which side of a device a property is about: neither, the one that the scope names, that one if it has
+/// channels, or the output if it has.
+enum class Side { none, scope, present, output };
 /// How long a value is: as stated, or a number of items of the stated size.
 enum class Extent { one, many };
 
@@ -68,7 +68,8 @@ struct PropertyTable {
 
 PropertyTable systemProperties();
 PropertyTable deviceProperties();
-PropertyTable levelProperties(); ///< a device's volumes and mutes
+PropertyTable levelProperties();  ///< a device's volumes and mutes
+PropertyTable sourceProperties(); ///< a simulated device's data sources
 PropertyTable streamProperties();
 
 /// Whether there is such an object.

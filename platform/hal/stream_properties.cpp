@@ -26,10 +26,7 @@ OSStatus setFormat(const Request& r, const Bytes& value, Consequences& consequen
     if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
     if (format.mSampleRate == 0 || format.mSampleRate == r.device->settings.rate) return noErr;
     r.device->settings.rate = format.mSampleRate;
-    consequences.hasNewSettings = true;
-    consequences.changedOfStreams = {kAudioStreamPropertyVirtualFormat, kAudioStreamPropertyPhysicalFormat};
-    consequences.changedOfDevice = {kAudioDevicePropertyNominalSampleRate,
-                                    kAudioDevicePropertyActualSampleRate, kAudioDevicePropertyStreamFormat};
+    consequences.hasNewRate = true;
     return noErr;
 }
 
