@@ -22,6 +22,14 @@ OSStatus setRenderCallback(Unit& unit, Place place, const void* data, UInt32)
     return noErr;
 }
 
+OSStatus getBypass(Unit& unit, Place, void* data, UInt32&) { return give(data, UInt32{unit.isBypassed}); }
+
+OSStatus setBypass(Unit& unit, Place, const void* data, UInt32)
+{
+    unit.isBypassed = valueAt<UInt32>(data) != 0;
+    return noErr;
+}
+
 OSStatus getSampleRate(Unit& unit, Place place, void* data, UInt32&)
 {
     return give(data, elementAt(unit, place).format.mSampleRate);

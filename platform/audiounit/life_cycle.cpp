@@ -116,7 +116,7 @@ OSStatus start(Unit& unit)
 {
     if (!unit.kind.start) return badComponentSelector;
     if (!unit.isInitialized) return kAudioUnitErr_Uninitialized;
-    if (isInOwnSlice(unit)) return noErr; // it runs
+    if (isInOwnSlice(unit)) return unit.kind.start(unit);
     const std::lock_guard<std::mutex> life(unit.lifeCycle);
     return unit.isInitialized ? unit.kind.start(unit) : static_cast<OSStatus>(kAudioUnitErr_Uninitialized);
 }
@@ -124,7 +124,10 @@ OSStatus start(Unit& unit)
 OSStatus stop(Unit& unit)
 {
     if (!unit.kind.stop) return badComponentSelector;
-    if (isInOwnSlice(unit)) return unit.kind.stop(unit);
+    if (isInOwnSlice(unit)) {
+        unit.isEnding = true;
+        return unit.kind.stop(unit);
+    }
     const std::lock_guard<std::mutex> life(unit.lifeCycle);
     return unit.kind.stop(unit);
 }

@@ -68,12 +68,15 @@ OSStatus give(void* data, const T& value)
 /// Give an input or output a format, if its kind takes it there. With settings.
 OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& format);
 
-/// Getters and setters of common properties, for kinds that have rows of their own for some elements.
+/// Getters and setters for kinds with rows of their own: of common properties for some elements, and of
+/// bypass.
 OSStatus getStreamFormat(Unit& unit, Place place, void* data, UInt32& size);
 OSStatus setStreamFormat(Unit& unit, Place place, const void* data, UInt32 size);
 OSStatus getSampleRate(Unit& unit, Place place, void* data, UInt32& size);
 OSStatus setSampleRate(Unit& unit, Place place, const void* data, UInt32 size);
 OSStatus setConnection(Unit& unit, Place place, const void* data, UInt32 size);
+OSStatus getBypass(Unit& unit, Place place, void* data, UInt32& size);
+OSStatus setBypass(Unit& unit, Place place, const void* data, UInt32 size);
 OSStatus setRenderCallback(Unit& unit, Place place, const void* data, UInt32 size);
 
 } // namespace kvxplatform::audiounit

@@ -23,8 +23,8 @@ public:
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
 
-    /// False: the rates are further apart than 1 to 256, or there are too many channels (more than 128). Throws
-    /// std::bad_alloc.
+    /// False: the rates are further apart than 1 to 256, or there are too many channels (more than 128).
+    /// Throws std::bad_alloc.
     bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
 
     /// Forget the past.

@@ -1,7 +1,10 @@
 #include "platform/audiounit/render.h"
 
+#include "platform/audiounit/source.h"
+
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <new>
 #include <thread>
 
@@ -42,6 +45,7 @@ InSlice::InSlice(Unit& entered) : unit(nullptr)
 {
     std::uintptr_t nobody = 0;
     if (!entered.renderingThread.compare_exchange_strong(nobody, thisThread())) return;
+    entered.isEnding = false;
     // In this order: whoever uninitialises says so first and looks for a slice afterwards.
     if (entered.isInitialized)
         unit = &entered;
@@ -96,6 +100,17 @@ void notify(Unit& unit, AudioUnitRenderActionFlags& flags, AudioUnitRenderAction
     flags = (flags & ~moments) | moment;
     for (const Notify& each : *all) each.function(each.context, &flags, &time, bus, frames, list);
     flags &= ~moments;
+}
+
+OSStatus passThrough(Unit& unit, Slice& slice)
+{
+    if (!isSameFormat(unit.input(0).format, unit.output(slice.bus).format))
+        return kAudioUnitErr_FormatNotSupported;
+    AudioBufferList* in = nullptr;
+    const OSStatus status = pull(unit, 0, slice.flags, slice.time, slice.frames, in);
+    for (UInt32 i = 0; i < in->mNumberBuffers; ++i)
+        std::memcpy(slice.out.mBuffers[i].mData, in->mBuffers[i].mData, in->mBuffers[i].mDataByteSize);
+    return status;
 }
 
 OSStatus render(Unit& unit, AudioUnitRenderActionFlags* ioFlags, const AudioTimeStamp* time, UInt32 bus,

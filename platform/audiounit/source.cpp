@@ -40,6 +40,15 @@ void settle(AudioBufferList& list, Buffers& own, UInt32 offset, UInt32 frames)
     }
 }
 
+// Frames [from, until) of every buffer.
+void silence(Buffers& own, UInt32 from, UInt32 until)
+{
+    const AudioBufferList& list = own.lend(until);
+    for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
+        std::memset(own.memory(i) + std::size_t{from} * own.bytesPerFrame(), 0,
+                    std::size_t{until - from} * own.bytesPerFrame());
+}
+
 struct Pull {
     Unit& unit;
     const Source& source;
@@ -154,13 +163,15 @@ OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const A
         const Pull from{unit, *source, bus, flags};
         const UInt32 limit = std::max<UInt32>(from.limit(), 1);
         status = noErr;
-        for (UInt32 done = 0; done < frames && !status;) {
+        UInt32 done = 0;
+        while (done < frames && !status && !unit.isEnding) {
             const UInt32 now = std::min(limit, frames - done);
             const AudioTimeStamp at =
                 done ? later(time, done, input.format.mSampleRate, unit.hostTicksPerSecond) : time;
             status = from.piece(at, done, now);
             done += now;
         }
+        silence(input.buffers, done, frames);
     }
     out = &input.buffers.lend(frames);
     if (status) clear(*out);

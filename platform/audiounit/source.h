@@ -20,7 +20,8 @@ OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 OSStatus checkConnections(Unit& unit);
 
 /// Pull `frames` frames into the input's own memory, in its format, in pieces no larger than the feeding
-/// unit's limit. `frames` is at most this unit's limit. What a source leaves out is silence. Returns
+/// unit's limit. `frames` is at most this unit's limit. What a source leaves out is silence, and so is
+/// what follows a stop. Returns
 /// NoConnection without a source, else the source's status; the list is silent then. Thread   [audio & in a
 /// slice]
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,

@@ -78,7 +78,7 @@ struct UnitKind {
     OSStatus (*renderInside)(Unit&,
                              Slice&); // asked for by a callback of the unit, inside its slice. Null: refused
 
-    /// Output units only. With `lifeCycle` (stop inside a slice of the unit: without).
+    /// Output units only. With `lifeCycle`; inside a slice of the unit without.
     OSStatus (*start)(Unit&);
     OSStatus (*stop)(Unit&);
 };
@@ -130,7 +130,9 @@ struct Unit {
     std::atomic<UInt32> sliceLimit{1156};
     std::atomic<bool> isInitialized{false};
     std::atomic<bool> isResetWanted{false};
+    std::atomic<bool> isBypassed{false}; // for kinds that have the property and look here in their render
     std::atomic<OSStatus> lastRenderError{noErr};
+    std::atomic<bool> isEnding{false}; // stopped inside the slice that runs: its sources are asked no more
     std::atomic<std::uintptr_t> renderingThread{0}; // 0 while no slice runs
     Float64 hostTicksPerSecond = 0;                 // fixed once open
 

@@ -83,6 +83,11 @@ const Float32* ClientSide::pullFrames(const Request& request, const AudioTimeSta
                                       OSStatus& status)
 {
     Unit& unit = request.unit;
+    status = noErr;
+    if (unit.isEnding) {
+        std::fill_n(pulled.begin(), std::size_t{frames} * channels(), 0.0f);
+        return pulled.data();
+    }
     AudioTimeStamp client{};
     client.mSampleTime = sampleTime;
     client.mHostTime = time.mHostTime;

@@ -39,7 +39,7 @@ void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flag
     const Float32 volume = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
     const Gain gain = {state.gain, (volume - state.gain) / static_cast<Float32>(frames)};
     const ChannelMap* map = state.map.get();
-    for (UInt32 done = 0; done < frames && state.isStarted;) {
+    for (UInt32 done = 0; done < frames && !unit.isEnding;) {
         const AudioTimeStamp at = later(time, done, state.shape.sampleRate, unit.hostTicksPerSecond);
         UInt32 piece = frames - done;
         OSStatus status = noErr;

@@ -60,7 +60,9 @@ OSStatus attach(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 AudioDeviceID wantedDevice(Unit& unit, const DeviceOutput& state)
 {
     const std::lock_guard<std::mutex> guard(unit.settings);
-    return state.told ? state.told : defaultDevice(state.choice);
+    if (state.told) return state.told;
+    // Untold, the HAL unit stays where it plays.
+    return state.procedure && !state.follows ? state.device : defaultDevice(state.choice);
 }
 
 OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device) // with lifeCycle
@@ -99,6 +101,7 @@ OSStatus startDevice(Unit& unit)
 {
     auto& state = stateOf<DeviceOutput>(unit);
     if (state.isStarted && state.procedure) return noErr;
+    if (isInOwnSlice(unit)) return kAudioUnitErr_CannotDoInCurrentContext;
     beginWatching(unit.self);
     detach(unit, state); // what a stop inside a slice left
     if (state.startsAtZero) state.client.setSampleTime(0);
@@ -132,8 +135,7 @@ void reconsiderDevice(Unit& unit)
         detach(unit, state);
         return;
     }
-    const bool mayMove = state.follows || !state.procedure;
-    const AudioDeviceID wanted = mayMove ? wantedDevice(unit, state) : state.device;
+    const AudioDeviceID wanted = wantedDevice(unit, state);
     DeviceShape shape;
     if (wanted == state.device && state.procedure && (shapeOf(wanted, shape) || shape == state.shape)) return;
     move(unit, state, wanted); // if it refuses, the next change is the next chance

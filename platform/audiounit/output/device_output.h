@@ -42,7 +42,8 @@ struct DeviceOutput {
     std::vector<Float32> inputSamples; // a piece of the device's input, in the client's channels
 };
 
-/// Begin, and end, to be called by the device. With lifeCycle; stop inside an own slice without.
+/// Begin, and end, to be called by the device. With lifeCycle; inside a slice of the unit without, where
+/// a unit that was stopped cannot start.
 OSStatus startDevice(Unit& unit);
 OSStatus stopDevice(Unit& unit);
 

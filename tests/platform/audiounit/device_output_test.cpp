@@ -291,4 +291,28 @@ TEST(DeviceOutput, MovesToTheDeviceItIsToldWhileItPlays)
     EXPECT_EQ(second.played[0], noise(384, 0));
 }
 
+struct Mover {
+    const Unit* unit;
+    AudioDeviceID to;
+    static OSStatus callback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
+                             UInt32, AudioBufferList*)
+    {
+        auto& self = *static_cast<Mover*>(context);
+        EXPECT_EQ(self.unit->set<AudioDeviceID>(2000, 0, 0, self.to), noErr);
+        return noErr;
+    }
+};
+
+TEST(DeviceOutput, MovesSoonWhenItsCallbackTellsTheDevice)
+{
+    SteppedDevice first(44100, 2, 128), second(44100, 2, 128);
+    Playing playing(first, canonical(44100, 2));
+    Mover mover{&playing.unit, second.id()};
+    ASSERT_EQ(playing.unit.setCallback(Mover::callback, &mover), noErr);
+    playing.start();
+    EXPECT_GE(first.step(128), 128u);
+    EXPECT_TRUE(eventually([&] { return second.step(128) == 128; }));
+    EXPECT_EQ(first.step(128), 0u);
+}
+
 } // namespace

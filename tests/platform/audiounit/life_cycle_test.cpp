@@ -163,4 +163,33 @@ TEST(LifeCycle, CallsFromManyThreadsLeaveItInOrder)
     EXPECT_EQ(feeder.calls, calls);
 }
 
+TEST(LifeCycle, OneSliceAtATime)
+{
+    const Unit unit('genr');
+    Feeder feeder(canonical(44100, 2));
+    feeder.mostAsked = 0;
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    std::atomic<int> made{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            List list(canonical(44100, 2), 512);
+            const AudioTimeStamp time = sampleTime(0);
+            for (int turn = 0; turn < 200; ++turn) {
+                const OSStatus status = AudioUnitRender(unit, nullptr, &time, 0, 512, list.get());
+                EXPECT_TRUE(status == noErr || status == kAudioUnitErr_CannotDoInCurrentContext ||
+                            status == kAudioUnitErr_Uninitialized)
+                    << status;
+                made += status == noErr;
+            }
+        });
+    threads.emplace_back([&] {
+        for (int turn = 0; turn < 50; ++turn) AudioUnitUninitialize(unit), AudioUnitInitialize(unit);
+    });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(feeder.calls, made) << "each slice asked once, a refused one not at all";
+    EXPECT_GT(made, 0);
+}
+
 } // namespace

@@ -105,6 +105,50 @@ TEST(Stop, InsideACallbackEndsWithThatSlice)
     }
 }
 
+OSStatus stopsAndStarts(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
+                        AudioBufferList*)
+{
+    const auto& unit = *static_cast<const Unit*>(context);
+    EXPECT_EQ(AudioOutputUnitStart(unit), noErr) << "it runs";
+    EXPECT_EQ(AudioOutputUnitStop(unit), noErr);
+    EXPECT_EQ(AudioOutputUnitStart(unit), kAudioUnitErr_CannotDoInCurrentContext);
+    EXPECT_EQ(AudioUnitUninitialize(unit), kAudioUnitErr_CannotDoInCurrentContext);
+    return noErr;
+}
+
+TEST(Stop, InsideACallbackIsForGood)
+{
+    SteppedDevice device(48000, 2, 100);
+    const Unit unit('ahal');
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setCallback(stopsAndStarts, const_cast<Unit*>(&unit)), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+    EXPECT_EQ(device.step(1000), 100u);
+    EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 0u);
+}
+
+TEST(Stop, InsideACallbackAsksNobodyAgain)
+{
+    // A callback whose unit feeds the output in ten pieces a slice, at another rate.
+    SteppedDevice device(48000, 1, 1000);
+    const Unit source('genr'), output('ahal');
+    StopsItself stopper{&output, 2, 0, false};
+    ASSERT_EQ(source.setFormat(1, canonical(44100, 1)), noErr);
+    ASSERT_EQ(source.setFormat(2, canonical(44100, 1)), noErr);
+    ASSERT_EQ(source.setLimit(100), noErr);
+    ASSERT_EQ(source.setCallback(StopsItself::callback, &stopper), noErr);
+    ASSERT_EQ(output.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(output.set(kAudioUnitProperty_MakeConnection, 1, 0, AudioUnitConnection{source, 0, 0}), noErr);
+    ASSERT_EQ(AudioUnitInitialize(source), noErr);
+    ASSERT_EQ(AudioUnitInitialize(output), noErr);
+    ASSERT_EQ(AudioOutputUnitStart(output), noErr);
+    EXPECT_EQ(device.step(5000), 1000u);
+    EXPECT_EQ(stopper.calls, 2);
+    EXPECT_NEAR(device.played[50], 0.5f, 0.05);
+    EXPECT_NEAR(device.played[300], 0.0f, 0.05) << "silence after what it gave";
+}
+
 TEST(Stop, InsideACallbackStopsALongSliceShort)
 {
     SteppedDevice device(48000, 1, 1000);
