@@ -1,10 +1,10 @@
 // Linear PCM of every usual width, either byte order, interleaved or not, to and from 32-bit float.
 //
-// Units  full scale is -1..+1. An integer of n bits is value / 2^(n-1): up to 24 bits that is exact, and
-// writing what
-//        was read gives the same bytes. Writing rounds to the nearest, ties to even, and stops at full scale;
-//        what is not a number is written as 0.
-// Thread [any], [audio] too.
+// Units    full scale is -1..+1. An integer of n bits is value / 2^(n-1): up to 24 bits that is exact, and
+//          writing what was read gives the same bytes. Writing rounds to the nearest, ties to even, and stops
+//          at full scale; what is not a number is written as 0.
+//
+// Thread   [any], [audio] too.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>

@@ -10,9 +10,11 @@ namespace kvxplatform::audiounit {
 void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback);
 
 /// Connect an input to another unit's output, whose format it takes on; a null unit disconnects.
-/// Errors  InvalidElement: the other unit has no such output; FormatNotSupported: the input cannot take the
-///         format (one that is initialised takes no other than it has); badComponentInstance: no such unit.
-/// Thread  [any], without a lock.
+///
+/// Errors   InvalidElement: the other unit has no such output; FormatNotSupported: the input cannot take the
+///          format (one that is initialised takes no other than it has); badComponentInstance: no such unit.
+///
+/// Thread   [any], without a lock.
 OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 
 /// Whether every connected input still agrees with the output that feeds it. With settings.
@@ -20,10 +22,12 @@ OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 OSStatus checkConnections(Unit& unit);
 
 /// Pull `frames` frames into the input's own memory, in its format, in pieces no larger than the feeding
-/// unit's limit. `frames` is at most this unit's limit. What a source leaves out is silence, and so is
-/// what follows a stop. Returns
-/// NoConnection without a source, else the source's status; the list is silent then. Thread   [audio & in a
-/// slice]
+/// unit's limit. `frames` is at most this unit's limit. What a source leaves out is silence, and so is what
+/// follows a stop.
+///
+/// Returns  NoConnection without a source, else the source's status; the list is silent then.
+///
+/// Thread   [audio & in a slice].
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
               UInt32 frames, AudioBufferList*& out);
 

@@ -1,11 +1,12 @@
 // The records of audio units. A unit is what its kind's row says it is; the functions over it are plain.
 //
-// Three locks of care, one a group of fields:
+// Two locks, and what needs none:
+//
 // - `lifeCycle` is held while a unit is initialised, uninitialised, started, stopped or moved to another
-// device. Its
-//   holder may wait for a slice to end, so an audio thread never waits for it.
-// - `settings` is held for a moment by whoever reads or writes what a property shows. Taken after
-// `lifeCycle`.
+//   device. Its holder may wait for a slice to end, so an audio thread never waits for it.
+//
+// - `settings` is held for a moment by whoever reads or writes what a property shows. Taken after the other.
+//
 // - What a slice reads is an atomic, or published, or unchanged while the unit is initialised.
 #pragma once
 
@@ -75,8 +76,9 @@ struct UnitKind {
     void (*uninitialize)(Unit&);       // undo it; no slice runs. With both locks
     void (*reset)(Unit&);              // forget the past. Thread [audio & in a slice]
     OSStatus (*render)(Unit&, Slice&); // null: nobody but the device pulls
-    OSStatus (*renderInside)(Unit&,
-                             Slice&); // asked for by a callback of the unit, inside its slice. Null: refused
+
+    /// A slice that a callback of the unit asks for inside the unit's own. Null: refused.
+    OSStatus (*renderInside)(Unit&, Slice&);
 
     /// Output units only. With `lifeCycle`; inside a slice of the unit without.
     OSStatus (*start)(Unit&);

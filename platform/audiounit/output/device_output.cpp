@@ -5,8 +5,6 @@
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/render.h"
 
-#include <new>
-
 namespace kvxplatform::audiounit {
 namespace {
 
@@ -70,7 +68,7 @@ OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device) // with lif
     detach(unit, state);
     try {
         return attach(unit, state, device);
-    } catch (const std::bad_alloc&) {
+    } catch (...) { // no memory for it
         endListening(device);
         return memFullErr;
     }
