@@ -109,7 +109,8 @@ bool isStandard(const std::string& target)
         "link.h",      "malloc.h",   "math.h",   "pmmintrin.h", "poll.h",      "pthread.h",  "sched.h",
         "semaphore.h", "signal.h",   "spawn.h",  "stdarg.h",    "stdbool.h",   "stddef.h",   "stdint.h",
         "stdio.h",     "stdlib.h",   "string.h", "strings.h",   "sys/",        "time.h",     "unistd.h",
-        "xmmintrin.h", "execinfo.h", "cxxabi.h", "fenv.h",      "locale.h",    "wchar.h",    "linux/", "fuzzer/",
+        "xmmintrin.h", "execinfo.h", "cxxabi.h", "fenv.h",      "locale.h",    "wchar.h",    "linux/",
+        "fuzzer/",
     };
     static const std::regex bare("[a-z_]+(/[a-z_]+)?");
     return std::regex_match(target, bare) || hasPrefixIn(system, target);
