@@ -225,7 +225,7 @@ std::string print(const Literal& literal)
 {
     if (std::holds_alternative<bool>(literal)) return std::get<bool>(literal) ? "true" : "false";
     if (const auto* whole = std::get_if<std::int64_t>(&literal)) return fmt::format("{}", *whole);
-    if (const auto* floating = std::get_if<double>(&literal)) return fmt::format("{}", *floating);
+    if (const auto* floating = std::get_if<double>(&literal)) return fmt::format("{:#}", *floating);
     const auto* quoted = std::get_if<std::string>(&literal);
     if (!quoted) return "nil";
     std::string text = "\"";
