@@ -98,7 +98,8 @@ struct REALclassDefinition9 {
     Word sharedMethodCount;
 };
 
-/// A whole definition: the common words, then those that only newer hosts read (all zero in our classes).
+/// A whole definition: the common words, then those that only newer hosts read (all zero in our classes). How
+/// many those are is the host's affair: seven fill the record up to 32 words; confirm it against the host.
 struct REALclassDefinition : REALclassDefinition9 {
     Word newer[7];
 };

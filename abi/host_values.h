@@ -23,7 +23,8 @@ struct REALarrayStruct {
     void* elements; ///< the element storage, element after element; null when the host keeps it elsewhere
 };
 
-/// Text handed out by "PluginGetStringData". 64 bytes; what lies behind the length is the host's bookkeeping.
+/// Text handed out by "PluginGetStringData". What lies behind the length is the host's bookkeeping; 64 bytes
+/// leave it room beyond need, to be confirmed against the host.
 struct REALstringData {
     const char* bytes;
     HostInteger length;

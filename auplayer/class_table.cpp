@@ -10,5 +10,4 @@ constexpr Word declaredDataSize = 184; // bytes of class data that the host sets
 } // namespace
 } // namespace auplayer
 
-REALclassDefinition auPlayerClass =
-    table::classDefinition("AUPlayerKVX", auplayer::declaredDataSize, {}, {});
+REALclassDefinition auPlayerClass = table::classDefinition("AUPlayerKVX", auplayer::declaredDataSize, {}, {});

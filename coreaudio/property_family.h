@@ -2,8 +2,7 @@
 //
 // Thread  [main].
 // Errors  no host exception is raised. `Lasterror` is -1 if the method stopped before its main platform call,
-// else the
-//         status of the last one; a getter that fails answers nil.
+//         else the status of the last one; a getter that fails answers nil.
 #pragma once
 
 #include "coreaudio/core_audio.h"

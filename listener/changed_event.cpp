@@ -12,19 +12,20 @@ namespace listener {
 namespace {
 
 /// The word that the host filled at registration: in the record itself, or, for a host of the oldest layout,
-/// in the copy to which our own word then leads.
-Word eventSystemUse()
+/// in the copy to which our own word then leads. Null if there was no memory for that copy.
+const Word* eventSystemUse()
 {
-    const Word word = changedEvent[0].systemUse;
-    return CurrentREALControlVersion == oldestLayout ? reinterpret_cast<const REALevent9*>(word)->systemUse
-                                                     : word;
+    const Word& word = changedEvent[0].systemUse;
+    if (CurrentREALControlVersion != oldestLayout) return &word;
+    return word ? &reinterpret_cast<const REALevent9*>(word)->systemUse : nullptr;
 }
 
 /// Call the host program's handler, if it attached one. [main]
 void raiseChanged(REALobjectStruct* object, Serial moment) noexcept
 try {
-    if (!isMeantFor(object, moment)) return;
-    if (AnyFunction handler = REALGetEventInstance(object, eventSystemUse()))
+    const Word* event = eventSystemUse();
+    if (!event || !isMeantFor(object, moment)) return;
+    if (AnyFunction handler = REALGetEventInstance(object, *event))
         reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
 } catch (...) { // the caller is the platform's: its notification, or its main queue
 }

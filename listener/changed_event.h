@@ -11,8 +11,7 @@ namespace listener {
 /// Shape   every call makes one event; which of the addresses changed is not looked at.
 /// Returns 0, whatever happens.
 /// Thread  [any]. On the main thread the handler runs at once; elsewhere the event is queued for the main
-/// thread, and
-///         the platform's thread never waits for the host program.
+///         thread, and the platform's thread never waits for the host program.
 OSStatus propertyChanged(AudioObjectID objectID, UInt32 addressCount,
                          const AudioObjectPropertyAddress* addresses, void* client);
 

@@ -18,21 +18,20 @@ struct Blocks {
     bool isAnyNil() const { return !block[0] || (channels == 2 && !block[1]); }
 };
 
-/// Their memory at the offset; null where a block has none.
-struct Sources {
+/// Their memory; null where a block has none.
+struct Memory {
     const unsigned char* channel[2];
     bool isAnyNull;
 };
 
-Sources sourcesOf(const Blocks& blocks, HostInteger offsetBytes)
+Memory memoryOf(const Blocks& blocks)
 {
-    Sources sources = {};
+    Memory memory = {};
     for (std::int32_t c = 0; c < blocks.channels; ++c) {
-        const auto* memory = static_cast<const unsigned char*>(REALMemoryBlockGetPtr(blocks.block[c]));
-        sources.isAnyNull |= !memory;
-        sources.channel[c] = memory ? memory + offsetBytes : nullptr;
+        memory.channel[c] = static_cast<const unsigned char*>(REALMemoryBlockGetPtr(blocks.block[c]));
+        memory.isAnyNull |= !memory.channel[c];
     }
-    return sources;
+    return memory;
 }
 
 bool refuseNil()
@@ -41,15 +40,16 @@ bool refuseNil()
     return false;
 }
 
-/// Convert `samples` samples of each channel into a new buffer, interleaved, and queue it.
-bool convertAndQueue(AudioPlayerData& player, const Sources& sources, std::int32_t channels,
-                     std::int32_t samples, Conversion convert, bool clearBuffers)
+/// Convert `samples` samples of each channel into a new buffer, interleaved, and queue it. Only here, after
+/// every refusal, is the offset applied: until then it may be any number.
+bool convertAndQueue(AudioPlayerData& player, const Memory& memory, std::int32_t channels,
+                     HostInteger offsetBytes, std::int32_t samples, Conversion convert, bool clearBuffers)
 {
     const std::int64_t total = static_cast<std::int64_t>(samples) * channels;
     auto buffer = allocateZeroed<float>(total);
     if (!buffer) return false;
     for (std::int32_t c = 0; c < channels; ++c)
-        convert(sources.channel[c], static_cast<std::size_t>(samples), buffer.get() + c,
+        convert(memory.channel[c] + offsetBytes, static_cast<std::size_t>(samples), buffer.get() + c,
                 static_cast<std::size_t>(channels));
     PlayItem item = {static_cast<std::int32_t>(total), buffer.release()};
     return AddToPlayList(player, item, clearBuffers);
@@ -60,15 +60,15 @@ bool addIntegers(AudioPlayerData& player, const Blocks& blocks, HostInteger offs
 {
     if (blocks.isAnyNil()) return refuseNil();
     if (offsetBytes < 0 || countBytes <= 0) return false;
-    const Sources sources = sourcesOf(blocks, offsetBytes);
-    if (sources.isAnyNull) return refuseNil();
+    const Memory memory = memoryOf(blocks);
+    if (memory.isAnyNull) return refuseNil();
 
     const SampleForm* form = findSampleForm(static_cast<std::int32_t>(bitSize));
     if (!form) return false;
     if (!(player.sampleRate >= 1.0f)) return false; // not-a-number too
     if (player.numberOfChannels != 1 && player.numberOfChannels != 2) return false;
     if (!form->conversion) return false;
-    return convertAndQueue(player, sources, blocks.channels,
+    return convertAndQueue(player, memory, blocks.channels, offsetBytes,
                            static_cast<std::int32_t>(countBytes / form->bytes), form->conversion,
                            clearBuffers);
 }
@@ -77,10 +77,10 @@ bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offset
                bool clearBuffers)
 {
     if (offsetBytes < 0 || blocks.isAnyNil() || countBytes <= 0) return false;
-    const Sources sources = sourcesOf(blocks, offsetBytes);
-    if (sources.isAnyNull) return false;
-    return convertAndQueue(player, sources, blocks.channels, static_cast<std::int32_t>(countBytes / 4),
-                           copyFloats, clearBuffers);
+    const Memory memory = memoryOf(blocks);
+    if (memory.isAnyNull) return false;
+    return convertAndQueue(player, memory, blocks.channels, offsetBytes,
+                           static_cast<std::int32_t>(countBytes / 4), copyFloats, clearBuffers);
 }
 
 } // namespace

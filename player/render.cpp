@@ -11,7 +11,8 @@ namespace player {
 
 namespace {
 
-/// a + b and 2 a, as the processor does it: positions that are no numbers end up anywhere, and harm nothing.
+/// Wraps around: a position that is not a number becomes an index at the very end of the range, and its
+/// neighbours must still be defined.
 std::int64_t wrappingAdd(std::int64_t a, std::int64_t b)
 {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));

@@ -1,4 +1,5 @@
 // The library's one export.
+#include "plugin/class_table.h"
 #include "plugin/classes.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
@@ -39,10 +40,7 @@ Function* resolve(const char* name)
     return reinterpret_cast<Function*>(gResolver(name));
 }
 
-} // namespace
-
-/// Called once by the host, on the thread that loads the library.
-extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolver resolver)
+void enter(REALResolver resolver)
 {
     gResolver = resolver;
     if (auto* hostVersion = resolve<double()>("REALGetRBVersion")) rbversion_rbversion = hostVersion();
@@ -53,4 +51,12 @@ extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolv
 
     if (REALinRuntime()) soundComponentEntry = soundStreamDispatcher;
     for (auto* definition : classes) MyREALRegisterClass(definition);
+}
+
+} // namespace
+
+/// Called once by the host, on the thread that loads the library.
+extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolver resolver)
+{
+    table::Border<enter>::call(resolver);
 }

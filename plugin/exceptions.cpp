@@ -17,10 +17,15 @@ constexpr int rangeTextBytes = 205; // the terminator included; a longer text is
 
 void RaiseException(const char* className, const char* message, unsigned long, int)
 {
+    // A host that cannot build the text raises from there, to end up here again: then without a text.
+    static bool isBuildingText = false;
     OwnedString text;
-    if (message)
+    if (message && !isBuildingText) {
+        isBuildingText = true;
         text.reset(
             REALBuildUnicodeString(message, static_cast<long long>(std::strlen(message)), encodingASCII));
+        isBuildingText = false;
+    }
 
     OwnedObject exception(REALnewInstance(className));
     if (!exception) exception.reset(REALnewInstance(fallbackClass));

@@ -7,7 +7,7 @@
 /// Raise the host exception of that class, with "Message" and "ErrorNumber" set.
 /// Shape   `message` is ASCII and may be null; the number that the host sees is always 0.
 /// Errors  a class that the host does not know becomes "RuntimeException"; if there is none, nothing is
-/// raised.
+///         raised.
 void RaiseException(const char* className, const char* message, unsigned long errorNumber = 0,
                     int reserved = 0);
 

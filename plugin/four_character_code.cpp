@@ -8,7 +8,6 @@ std::uint32_t REALstringToOSType(REALstringStruct* text)
 {
     rbText reader(text);
     const char* bytes = reader.ConvertMacRoman();
-    if (reader.lengthMacRoman() < 0) bytes = reader.ConvertMacRoman();
 
     std::uint32_t code = 0x20202020;
     const HostInteger count = std::min<HostInteger>(reader.lengthMacRoman(), 4);

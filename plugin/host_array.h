@@ -32,8 +32,7 @@ inline std::int64_t arrayCount(REALarrayStruct* array)
 
 /// Read element `index` of an array of HostInteger, float or double into `element`.
 /// Errors  an index past the end raises the out-of-bounds exception and returns false, `element` unchanged; a
-/// host
-///         without a getter gives 0.
+///         host without a getter gives 0.
 /// Thread  [main].
 template <class Element>
 bool readArrayElement(REALarrayStruct* array, HostInteger index, Element& element)

@@ -6,7 +6,6 @@
 /// A new memory block with a copy of `size` bytes of `data`, or null.
 /// Owner   the caller holds one reference, usually handed to the host as a result.
 /// Errors  no data or a size below 1: null, nothing raised. A size of 0x7FFFFFFF or more, or no memory:
-/// raises
-///         "OutOfMemoryException" and returns null.
+///         raises "OutOfMemoryException" and returns null.
 /// Thread  [main].
 REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size);

@@ -2,7 +2,6 @@
 
 #include "plugin/ascii.h"
 #include "plugin/host_string.h"
-#include "plugin/services.h"
 #include "plugin/string_contents.h"
 
 #include <cstring>
@@ -27,17 +26,17 @@ rbText::rbText(REALstringStruct* text)
 
 rbText::~rbText()
 {
-    if (held_) REALUnlockString(held_);
+    held_.reset();
     for (Slot& slot : slots_) {
-        if (slot.converted) REALUnlockString(slot.converted);
-        if (slot.hasData) REALDisposeStringData(&slot.data);
+        slot.converted.reset();
+        if (slot.hasData) DropReference::drop(REALDisposeStringData, &slot.data);
     }
 }
 
 void rbText::hold(REALstringStruct* text)
 {
     REALLockString(text);
-    held_ = text;
+    held_.reset(text);
 }
 
 // Bytes of no known encoding: ASCII is handed out as it is, anything else is taken for Mac Roman, which has a
@@ -51,7 +50,7 @@ void rbText::holdUnknown(REALstringStruct* text)
         return;
     }
     if (contents.count() <= largestAllocation - zerosBehindCopy)
-        held_ = REALBuildUnicodeString(contents.bytes(), contents.count(), encodingMacRoman);
+        held_.reset(REALBuildUnicodeString(contents.bytes(), contents.count(), encodingMacRoman));
     isEmptyText_ = !held_;
 }
 
@@ -73,7 +72,7 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
     const bool readsRecord = mayReadRecord && rbversion_rbversion < hostWithMovingBuffers &&
                              (held_->encoding == encodingASCII || held_->encoding == encodingUTF8);
     if (readsRecord) {
-        slot.bytes = recordBytes(held_);
+        slot.bytes = recordBytes(held_.get());
         slot.length = held_->length;
     } else if (!viewConverted(slot, encoding)) {
         isEmptyText_ = true;
@@ -87,8 +86,8 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
 void rbText::viewOwnBytes(Slot& slot)
 {
     const bool byService = rbversion_rbversion >= hostWithStringEncodings;
-    const char* bytes = byService ? REALGetStringBytes(held_) : recordBytes(held_);
-    const HostInteger length = byService ? hostLength(held_) : held_->length;
+    const char* bytes = byService ? REALGetStringBytes(held_.get()) : recordBytes(held_.get());
+    const HostInteger length = byService ? hostLength(held_.get()) : held_->length;
     if (!bytes || length < 0) return;
     slot.bytes = bytes;
     slot.length = length;
@@ -97,15 +96,15 @@ void rbText::viewOwnBytes(Slot& slot)
 bool rbText::viewConverted(Slot& slot, std::uint32_t encoding)
 {
     if (rbversion_rbversion >= hostWithStringEncodings) {
-        slot.hasData = REALGetStringData(held_, encoding, &slot.data);
+        slot.hasData = REALGetStringData(held_.get(), encoding, &slot.data);
         if (!slot.hasData) return false;
         slot.bytes = slot.data.bytes;
         slot.length = slot.data.length;
         return true;
     }
-    slot.converted = REALConvertString(held_, encoding);
+    slot.converted.reset(REALConvertString(held_.get(), encoding));
     if (!slot.converted) return false;
-    slot.bytes = recordBytes(slot.converted);
+    slot.bytes = recordBytes(slot.converted.get());
     slot.length = slot.converted->length;
     return true;
 }

@@ -1,13 +1,12 @@
 // A host string's text, as bytes in the encoding that the platform wants.
 #pragma once
 
-#include "abi/host_values.h"
+#include "plugin/owned.h"
 #include "plugin/zeroed.h"
 
 /// Holds one host string and hands out views of it.
 /// Owner   the views stay valid until this is destroyed; they point into the host's storage, into a private
-/// copy, or
-///         at a shared empty text.
+///         copy, or at a shared empty text.
 /// Errors  text that cannot be converted gives the empty view.
 /// Thread  [main].
 class rbText {
@@ -35,7 +34,7 @@ private:
 
     /// One target encoding: what the view rests on, and the view.
     struct Slot {
-        REALstringStruct* converted = nullptr; ///< one reference held
+        OwnedString converted;
         REALstringData data = {};
         bool hasData = false; ///< `data` is the host's, to be given back
         Zeroed<char> copy;
@@ -50,7 +49,7 @@ private:
     bool viewConverted(Slot& slot, std::uint32_t encoding);
     void terminate(Slot& slot);
 
-    REALstringStruct* held_ = nullptr; ///< one reference held
+    OwnedString held_;
     Slot slots_[slotCount];
     bool isRaw_ = false;
     bool isEmptyText_ = false;

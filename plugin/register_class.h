@@ -5,9 +5,8 @@
 
 /// Register one class, in the layout that the host reads (CurrentREALControlVersion).
 /// Shape   the data size is rounded up to a multiple of 16; for layout 9 the definition's arrays are replaced
-/// by
-///         older copies, which live as long as the process, and each static event record's second word by the
-///         address of its copy.
+///         by older copies, which live as long as the process, and each static event record's second word by
+///         the address of its copy.
 /// Thread  [main], while the library is loaded.
 /// Errors  none are reported; a host without the service gets no class.
 void MyREALRegisterClass(REALclassDefinition* definition);

@@ -1,4 +1,4 @@
-// Every host service, one row each: the wrapper by which we call it, its signature, the name or names it goes
+// Every host service, one row each: its signature, the wrapper by which we call it, the name or names it goes
 // by.
 //
 // A service is looked up on first use and kept. One that the host does not have is looked up again on the

@@ -1,22 +1,17 @@
 #include "plugin/string_contents.h"
 
-#include "plugin/services.h"
-
-StringContents::StringContents(REALstringStruct* text) : text_(text)
+StringContents::StringContents(REALstringStruct* text)
 {
     if (!text) return;
-    if (rbversion_rbversion >= hostWithOpaqueRecords) {
+    const bool isOpaque = rbversion_rbversion >= hostWithOpaqueRecords;
+    if (isOpaque) {
         bytes_ = REALGetStringBytes(text);
         count_ = hostLength(text);
-        REALLockString(text);
-    } else {
-        REALLockString(text);
+    }
+    REALLockString(text);
+    reference_.reset(text);
+    if (!isOpaque) {
         bytes_ = recordBytes(text);
         count_ = text->length;
     }
-}
-
-StringContents::~StringContents()
-{
-    if (text_) REALUnlockString(text_);
 }

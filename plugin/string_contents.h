@@ -1,7 +1,7 @@
 // The bytes of a host string.
 #pragma once
 
-#include "abi/host_values.h"
+#include "plugin/owned.h"
 
 /// The bytes of `text`, as they are, with a reference held as long as this lives.
 /// Owner   the host's; valid while this lives.
@@ -10,15 +10,11 @@
 class StringContents {
 public:
     explicit StringContents(REALstringStruct* text);
-    ~StringContents();
-    StringContents(const StringContents&) = delete;
-    StringContents& operator=(const StringContents&) = delete;
-
     const char* bytes() const { return bytes_; }
     HostInteger count() const { return count_; }
 
 private:
-    REALstringStruct* text_;
+    OwnedString reference_;
     const char* bytes_ = nullptr;
     HostInteger count_ = 0;
 };

@@ -1,15 +1,18 @@
-// The sound output component's dispatcher.
+// The sound output component's dispatcher: every request to the component arrives here.
 #include "plugin/classes.h"
+
+#include <Carbon/Carbon.h>
+
+struct ComponentParameters; // the request, which nothing here looks into
 
 namespace soundstream {
 namespace {
 
-struct ComponentParameters;
-constexpr long badComponentSelector = static_cast<long>(0x80008002);
-
-/// Answer one request to the component. It has no selectors yet, so each is refused as the Component Manager
-/// asks.
-long QTSoundStreamDispatch(ComponentParameters*, char** /*storage*/) { return badComponentSelector; }
+/// Answer one request. The component knows no selector, and says so as the Component Manager asks.
+ComponentResult QTSoundStreamDispatch(ComponentParameters*, Handle /*storage*/)
+{
+    return badComponentSelector;
+}
 
 } // namespace
 } // namespace soundstream
