@@ -27,10 +27,10 @@ DeviceRef findForProcs(AudioDeviceID id)
 
 /// Run `use` on the procedure's record; false if there is none.
 template <class Use>
-bool withProc(Device& device, AudioDeviceIOProcID id, Use use)
+bool withProc(Device& device, AudioDeviceIOProcID id, Pick pick, Use use)
 {
-    if (turningDevice != &device) return device.procs.with(id, use);
-    IOProc* found = device.procs.findInCycle(id);
+    if (turningDevice != &device) return device.procs.with(id, pick, use);
+    IOProc* found = device.procs.findInCycle(id, device.called, pick);
     if (!found) return false;
     use(*found);
     return true;
@@ -80,7 +80,7 @@ OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     const IOProc* removed = nullptr;
-    withProc(*device, proc, [&](IOProc& found) {
+    withProc(*device, proc, Pick::oldest, [&](IOProc& found) {
         if (found.hasOwnID != hasOwnID || found.isRemoved.exchange(true)) return;
         removed = &found;
         setStarted(*device, found, false);
@@ -113,7 +113,8 @@ OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, const IO
         return noErr;
     }
     bool isThere = true;
-    const bool isFound = withProc(device, proc, [&](IOProc& found) {
+    const Pick pick = isStarted ? Pick::newestAtRest : Pick::oldest;
+    const bool isFound = withProc(device, proc, pick, [&](IOProc& found) {
         isThere = !found.isRemoved;
         if (isThere) setStarted(device, found, isStarted);
         // Once started it may be called, and remove itself, before this looks again. It was started all the

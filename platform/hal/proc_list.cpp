@@ -6,14 +6,25 @@
 
 namespace kvxplatform::hal {
 
-IOProc* ProcList::find(const Row& row, AudioDeviceIOProcID id)
+IOProc* ProcList::find(const Row& row, AudioDeviceIOProcID id, Pick pick)
 {
-    const auto found = std::find_if(
-        row.begin(), row.end(), [id](const IOProc* each) { return each->id() == id && !each->isRemoved; });
+    const auto isMeant = [id](const IOProc* each) { return each->id() == id && !each->isRemoved; };
+    if (pick == Pick::newestAtRest) {
+        const auto atRest = std::find_if(
+            row.rbegin(), row.rend(), [&](const IOProc* each) { return isMeant(each) && !each->isStarted; });
+        if (atRest != row.rend()) return *atRest;
+    }
+    const auto found = std::find_if(row.begin(), row.end(), isMeant);
     return found == row.end() ? nullptr : *found;
 }
 
-IOProc* ProcList::findInCycle(AudioDeviceIOProcID id) const { return find(row(), id); }
+IOProc* ProcList::findInCycle(AudioDeviceIOProcID id, const IOProc* called, Pick pick) const
+{
+    const auto own = std::find_if(row().begin(), row().end(), [=](const IOProc* each) {
+        return each == called && each->id() == id && !each->isRemoved;
+    });
+    return own == row().end() ? find(row(), id, pick) : *own;
+}
 
 /// There is room in `retired_` for one more: this must not fail half-way.
 void ProcList::publish(std::unique_ptr<const Row> row, std::vector<std::unique_ptr<IOProc>> gone)
@@ -32,7 +43,11 @@ void ProcList::freePassed()
 bool ProcList::add(std::unique_ptr<IOProc> proc)
 {
     const std::lock_guard<std::mutex> lock(lock_);
-    if (!proc->hasOwnID && find(*current_, proc->proc)) return false;
+    const bool isThere = std::any_of(current_->begin(), current_->end(), [&](const IOProc* each) {
+        return !each->isRemoved && !each->hasOwnID && each->proc == proc->proc &&
+               each->client == proc->client;
+    });
+    if (!proc->hasOwnID && isThere) return false;
     auto row = std::make_unique<Row>(*current_);
     row->push_back(proc.get());
     owned_.reserve(owned_.size() + 1);

@@ -32,6 +32,13 @@ struct IOProc {
     }
 };
 
+/// Which of several records is meant: one procedure may be there for several clients, and is then named
+/// alike.
+enum class Pick {
+    oldest,
+    newestAtRest, ///< the one added last that is not started; the oldest, if all are
+};
+
 /// Each change publishes a new row. The former one and the records that are no longer in it are kept until
 /// the cycle that may be reading them has ended. The lock is held for a few instructions, never while a cycle
 /// is waited for, so it may be taken inside a cycle by what allocates there anyway.
@@ -44,18 +51,20 @@ public:
     /// Valid until the cycle ends. [inside the cycle]
     const Row& row() const { return *row_.load(); }
 
-    /// Inside the device's cycle: the record, or null. No lock.
-    IOProc* findInCycle(AudioDeviceIOProcID id) const;
+    /// Inside the device's cycle: the record, or null. The one that is being called comes first: a procedure
+    /// that stops or removes itself means its own client's. No lock.
+    IOProc* findInCycle(AudioDeviceIOProcID id, const IOProc* called, Pick pick) const;
 
-    /// False if the procedure is there already without an ID of its own. Throws std::bad_alloc.
+    /// False if the procedure is there already for this client without an ID of its own. Throws
+    /// std::bad_alloc.
     bool add(std::unique_ptr<IOProc> proc);
 
     /// Run `use` on the record with this ID; false if there is none. It is not freed meanwhile.
     template <class Use>
-    bool with(AudioDeviceIOProcID id, Use use)
+    bool with(AudioDeviceIOProcID id, Pick pick, Use use)
     {
         const std::lock_guard<std::mutex> lock(lock_);
-        IOProc* found = find(*row_.load(), id);
+        IOProc* found = find(*row_.load(), id, pick);
         if (!found) return false;
         use(*found);
         return true;
@@ -68,7 +77,7 @@ public:
     bool isEmpty() const;
 
 private:
-    static IOProc* find(const Row& row, AudioDeviceIOProcID id);
+    static IOProc* find(const Row& row, AudioDeviceIOProcID id, Pick pick);
     void publish(std::unique_ptr<const Row> row, std::vector<std::unique_ptr<IOProc>> gone);
     void freePassed();
 
