@@ -106,7 +106,7 @@ const Fact otherFacts[] = {
     {"f(a as integer())",                            "f(Integer())"},
     {"f(byval a as Byte, b as UInt8) as Ptr",        "f(UInt8, UInt8) Ptr"},
     {"f(d as Dictionary) as Some.Class",             "f(Dictionary) Some.Class"},
-    {"f(a as integer=-5, b as double=1.5, c as double=-2e3)", "f(Integer=-5, Double=1.5, Double=-2000)"},
+    {"f(a as integer=-5, b as double=1.5, c as double=-2e3)", "f(Integer=-5, Double=1.5, Double=-2000.0)"},
     {"f(a as integer = &hFF, b as boolean=TRUE, c as string = \"a \"\"b\"\", c\")",
      "f(Integer=255, Boolean=true, String=\"a \"\"b\"\", c\")"},
     {"f(a as string=\"\", b as string=\"  x\")",     "f(String=\"\", String=\"  x\")"},
