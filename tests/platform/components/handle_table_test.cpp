@@ -174,6 +174,7 @@ TEST(HandleTable, UsersAndClosersOnManyThreads)
             while (!isOver)
                 if (const Things::Use use = table.use(current)) found += use->number >= 0;
         });
+    while (found == 0) std::this_thread::yield(); // a loaded machine may be late to schedule them
     for (int i = 1; i <= 20000; ++i) {
         const HandleNumber old = current.exchange(add(table, i));
         ASSERT_TRUE(close(table, old));
@@ -181,7 +182,6 @@ TEST(HandleTable, UsersAndClosersOnManyThreads)
     isOver = true;
     for (std::thread& user : users) user.join();
     close(table, current);
-    EXPECT_GT(found, 0);
     EXPECT_EQ(Thing::alive, 0);
 }
 
