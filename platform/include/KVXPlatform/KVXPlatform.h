@@ -37,8 +37,8 @@ typedef struct KVXDeviceInfo {
     uint8_t isRunning;
 } KVXDeviceInfo;
 
-/** How a simulated device begins. Zero fields take the default in brackets. Rates from 1000 to 768000 Hz, up to 64
- * channels and slices of up to 8192 frames. */
+/** How a simulated device begins. Zero fields take the default in brackets. Rates from 1000 to 768000 Hz, up
+ * to 64 channels and slices of up to 8192 frames. */
 typedef struct KVXSimulatedDevice {
     const char* name;        /**< ["Simulated Device"] */
     const char* uid;         /**< [made from the name, unique] */
