@@ -6,24 +6,42 @@
 // library with a lock.
 #pragma once
 
-#define KVX_WHOLE(T) typedef T Whole __attribute__((aligned(sizeof(T))))
+namespace shared_word {
+
+/// The field's type with the alignment that the record promises.
+template <class T>
+struct Aligned {
+    typedef T Whole __attribute__((aligned(sizeof(T))));
+};
+
+template <int order, class T>
+T load(const T& field)
+{
+    typename Aligned<T>::Whole value;
+    __atomic_load(reinterpret_cast<const typename Aligned<T>::Whole*>(&field), &value, order);
+    return value;
+}
+
+template <int order, class T>
+void store(T& field, T value)
+{
+    typename Aligned<T>::Whole whole = value;
+    __atomic_store(reinterpret_cast<typename Aligned<T>::Whole*>(&field), &whole, order);
+}
+
+} // namespace shared_word
 
 /// A value whose order against other memory does not matter (a position, a rate, a wish).
 template <class T>
 T loadRelaxed(const T& field)
 {
-    KVX_WHOLE(T);
-    Whole value;
-    __atomic_load(reinterpret_cast<const Whole*>(&field), &value, __ATOMIC_RELAXED);
-    return value;
+    return shared_word::load<__ATOMIC_RELAXED>(field);
 }
 
 template <class T>
 void storeRelaxed(T& field, T value)
 {
-    KVX_WHOLE(T);
-    Whole whole = value;
-    __atomic_store(reinterpret_cast<Whole*>(&field), &whole, __ATOMIC_RELAXED);
+    shared_word::store<__ATOMIC_RELAXED>(field, value);
 }
 
 /// A flag or pointer behind which other memory changes hands: what was written before storeReleased is seen
@@ -31,18 +49,11 @@ void storeRelaxed(T& field, T value)
 template <class T>
 T loadAcquired(const T& field)
 {
-    KVX_WHOLE(T);
-    Whole value;
-    __atomic_load(reinterpret_cast<const Whole*>(&field), &value, __ATOMIC_ACQUIRE);
-    return value;
+    return shared_word::load<__ATOMIC_ACQUIRE>(field);
 }
 
 template <class T>
 void storeReleased(T& field, T value)
 {
-    KVX_WHOLE(T);
-    Whole whole = value;
-    __atomic_store(reinterpret_cast<Whole*>(&field), &whole, __ATOMIC_RELEASE);
+    shared_word::store<__ATOMIC_RELEASE>(field, value);
 }
-
-#undef KVX_WHOLE
