@@ -10,7 +10,11 @@
 
 namespace kvxplatform::hal {
 
-float decibelsOfScalar(float scalar) { return lowestDecibels * (1 - std::clamp(scalar, 0.0f, 1.0f)); }
+// Full volume is 0 dB, not minus 0.
+float decibelsOfScalar(float scalar)
+{
+    return lowestDecibels - lowestDecibels * std::clamp(scalar, 0.0f, 1.0f);
+}
 
 float scalarOfDecibels(float decibels)
 {

@@ -1,0 +1,539 @@
+// What can be set: what it becomes, who is told of what, and who is not.
+#include "tests/platform/hal/watcher.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <unistd.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace bench;
+
+constexpr UInt32 global = kAudioObjectPropertyScopeGlobal, output = kAudioDevicePropertyScopeOutput,
+                 input = kAudioDevicePropertyScopeInput;
+constexpr AudioObjectID systemObject = kAudioObjectSystemObject;
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+
+using Told = std::vector<std::string>;
+
+/// What `act` makes an object tell.
+Told toldBy(AudioObjectID object, const std::function<void()>& act)
+{
+    Watcher watcher(object);
+    act();
+    waitUntilTold();
+    EXPECT_FALSE(watcher.wasToldHere()) << "never by the thread that sets";
+    return watcher.takeTold();
+}
+
+AudioStreamID streamOf(AudioDeviceID device) { return getAll<AudioStreamID>(device, address('stm#')).at(0); }
+
+template <class T>
+std::vector<char> bytesOf(const T& value)
+{
+    std::vector<char> bytes(sizeof value);
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
+}
+
+AudioStreamBasicDescription formatAt(double rate)
+{
+    AudioStreamBasicDescription format = {};
+    format.mSampleRate = rate;
+    format.mFormatID = kAudioFormatLinearPCM;
+    format.mFormatFlags = kAudioFormatFlagsNativeFloatPacked;
+    format.mBytesPerPacket = format.mBytesPerFrame = 8;
+    format.mFramesPerPacket = 1;
+    format.mChannelsPerFrame = 2;
+    format.mBitsPerChannel = 32;
+    return format;
+}
+
+OSStatus setBytes(AudioObjectID object, const AudioObjectPropertyAddress& at, const std::vector<char>& bytes)
+{
+    return AudioObjectSetPropertyData(object, &at, 0, nullptr, static_cast<UInt32>(bytes.size()),
+                                      bytes.data());
+}
+
+// ---- every settable property ----
+
+enum class Of { device, stream, system };
+
+struct Setting {
+    Of object;
+    AudioObjectPropertyAddress at;
+    std::vector<char> value;
+    Told told; ///< by the object itself
+};
+
+const Told newRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"};
+const Told newSlice = {"fsiz glob 0", "bsiz glob 0", "slay glob 0"};
+const Told newFormat = {"sfmt glob 0", "pft  glob 0"};
+
+std::vector<Setting> settings()
+{
+    return {
+        {Of::device, address('fsiz'), bytesOf<UInt32>(128), newSlice},
+        {Of::device, address('fsiz', output), bytesOf<UInt32>(129), newSlice},
+        {Of::device, address('fsiz', input), bytesOf<UInt32>(1), newSlice},
+        {Of::device, address('fsiz'), bytesOf<UInt32>(8192), newSlice},
+        {Of::device, address('bsiz', output), bytesOf<UInt32>(96 * 8), newSlice},
+        {Of::device, address('nsrt'), bytesOf<Float64>(48000), newRate},
+        {Of::device, address('nsrt', input), bytesOf<Float64>(1000), newRate},
+        {Of::device, address('nsrt', output), bytesOf<Float64>(768000), newRate},
+        {Of::device, address('sfmt'), bytesOf(formatAt(22050)), newRate},
+        {Of::device, address('sfmt', output, 2), bytesOf(formatAt(32000)), newRate},
+        {Of::device, address('volm', output, 1), bytesOf<Float32>(0.5f), {"volm outp 1", "vold outp 1"}},
+        {Of::device, address('volm', global, 2), bytesOf<Float32>(0), {"volm outp 2", "vold outp 2"}},
+        {Of::device, address('vold', output, 1), bytesOf<Float32>(-16), {"volm outp 1", "vold outp 1"}},
+        {Of::device, address('mute', output, 0), bytesOf<UInt32>(1), {"mute outp 0"}},
+        {Of::device, address('mute', output, 2), bytesOf<UInt32>(1), {"mute outp 2"}},
+        {Of::device, address('ncyc'), bytesOf<Float32>(1), {}},
+        {Of::device, address('ssrc', output), bytesOf<UInt32>('spkr'), {}},
+        {Of::stream, address('sfmt'), bytesOf(formatAt(11025)), newFormat},
+        {Of::stream, address('pft '), bytesOf(formatAt(8000)), newFormat},
+        {Of::stream, address('sfmt', input), bytesOf(formatAt(96000)), newFormat},
+        {Of::system, address('slep'), bytesOf<UInt32>(0), {"slep glob 0"}},
+        {Of::system, address('unld', output), bytesOf<UInt32>(1), {"unld glob 0"}},
+    };
+}
+
+TEST(Setting, IsReadBackAndToldOnceAndSettingItAgainIsNoNews)
+{
+    Device device;
+    const AudioStreamID stream = streamOf(device);
+    for (const Setting& setting : settings()) {
+        SCOPED_TRACE(text(setting.at));
+        const AudioObjectID object = setting.object == Of::device   ? AudioObjectID{device}
+                                     : setting.object == Of::stream ? stream
+                                                                    : systemObject;
+        const auto setIt = [&] { EXPECT_EQ(text(setBytes(object, setting.at, setting.value)), text(noErr)); };
+        if (setting.object == Of::system) { // the wait makes it tell as well, so just this is counted
+            const auto isThis = [&](const std::string& at) { return at == setting.told[0]; };
+            const Told told = toldBy(object, setIt), again = toldBy(object, setIt);
+            const int ofTheWait = setting.told[0] == "slep glob 0" ? 2 : 0;
+            EXPECT_EQ(std::count_if(told.begin(), told.end(), isThis), 1 + ofTheWait);
+            EXPECT_EQ(std::count_if(again.begin(), again.end(), isThis), ofTheWait);
+            EXPECT_EQ(getAll<char>(object, setting.at), setting.value);
+            continue;
+        }
+        EXPECT_EQ(toldBy(object, setIt), setting.told);
+        EXPECT_EQ(getAll<char>(object, setting.at), setting.value);
+        EXPECT_EQ(toldBy(object, setIt), Told{}) << "as it was";
+    }
+    for (auto selector : {'slep', 'unld'})
+        set<UInt32>(systemObject, address(static_cast<UInt32>(selector)), selector == 'slep');
+}
+
+// The device's rate is its streams', and whoever of them is set, all tell.
+TEST(Setting, OfTheRateIsToldByDeviceAndStream)
+{
+    Device device;
+    const AudioStreamID stream = streamOf(device);
+    const struct {
+        AudioObjectID object;
+        AudioObjectPropertyAddress at;
+        std::vector<char> value;
+    } facts[] = {
+        {device, address('nsrt'), bytesOf<Float64>(48000)},
+        {device, address('sfmt', output), bytesOf(formatAt(22050))},
+        {stream, address('sfmt'), bytesOf(formatAt(32000))},
+        {stream, address('pft '), bytesOf(formatAt(8000))},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(text(fact.at));
+        Watcher byDevice(device), byStream(stream);
+        ASSERT_EQ(setBytes(fact.object, fact.at, fact.value), noErr);
+        waitUntilTold();
+        EXPECT_EQ(byDevice.takeTold(), newRate);
+        EXPECT_EQ(byStream.takeTold(), newFormat);
+        EXPECT_EQ(get<Float64>(device, address('nsrt')),
+                  get<AudioStreamBasicDescription>(stream, address('pft ')).mSampleRate);
+    }
+}
+
+// A listener hears of its own address, whatever the scope or the interface through which the change was made.
+TEST(Setting, IsToldAtTheAddressThatWasAskedFor)
+{
+    Device device;
+    float level = 1;
+    const auto lower = [&] { return level -= 0.0625f; };
+    UInt32 slice = 64;
+    const struct {
+        AudioObjectPropertyAddress watched;
+        std::function<OSStatus()> change;
+        Told told;
+    } facts[] = {
+        {address('fsiz'),
+         [&] {
+             ++slice;
+             return AudioDeviceSetProperty(device, nullptr, 0, false, 'fsiz', 4, &slice);
+         },
+         {"fsiz glob 0"}},
+        {address('fsiz', input), [&] { return set(device, address('fsiz'), ++slice); }, {"fsiz inpt 0"}},
+        {address('fsiz', anyScope, anyElement),
+         [&] { return set(device, address('fsiz', input), ++slice); },
+         {"fsiz glob 0"}},
+        {address('sfmt', output, 1),
+         [&] { return set<Float64>(device, address('nsrt'), 48000); },
+         {"sfmt outp 1"}},
+        {address('sfmt', global, 2),
+         [&] { return set(device, address('sfmt', output, 1), formatAt(44100)); },
+         {"sfmt glob 2"}},
+        {address('volm', global, 1),
+         [&] { return set<Float32>(device, address('volm', output, 1), lower()); },
+         {"volm glob 1"}},
+        {address('volm', output, 1),
+         [&] { return set<Float32>(device, address('volm', global, 1), lower()); },
+         {"volm outp 1"}},
+        {address('volm', output, 1),
+         [&] { return set<Float32>(device, address('volm', output, 2), lower()); },
+         {}},
+        {address('volm', input, 1),
+         [&] { return set<Float32>(device, address('volm', output, 1), lower()); },
+         {}},
+        {address(anySelector, output, 2),
+         [&] { return set<Float32>(device, address('vold', output, 2), lower()); },
+         {"volm outp 2", "vold outp 2"}},
+        {address('mute', output, anyElement),
+         [&] { return set<UInt32>(device, address('mute', output, 1), 1); },
+         {"mute outp 1"}},
+        {address('mute', output, 0), [&] { return set<UInt32>(device, address('mute', output, 2), 1); }, {}},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(text(fact.watched));
+        Watcher watcher(device, fact.watched);
+        EXPECT_EQ(text(fact.change()), text(noErr));
+        waitUntilTold();
+        EXPECT_EQ(watcher.takeTold(), fact.told);
+    }
+}
+
+TEST(Setting, OutOfRangeIsRefusedAndNoNews)
+{
+    Device device;
+    const AudioStreamID stream = streamOf(device);
+    const auto wrong = [](auto change) {
+        AudioStreamBasicDescription format = formatAt(44100);
+        change(format);
+        return bytesOf(format);
+    };
+    const struct {
+        AudioObjectID object;
+        AudioObjectPropertyAddress at;
+        std::vector<char> value;
+        const char* status;
+    } facts[] = {
+        {device, address('fsiz'), bytesOf<UInt32>(0), "nope"},
+        {device, address('fsiz'), bytesOf<UInt32>(8193), "nope"},
+        {device, address('fsiz'), bytesOf<UInt32>(0xFFFFFFFF), "nope"},
+        {device, address('bsiz', output), bytesOf<UInt32>(0), "nope"},
+        {device, address('bsiz', output), bytesOf<UInt32>(511), "nope"}, // no whole frame
+        {device, address('bsiz', output), bytesOf<UInt32>(8193 * 8), "nope"},
+        {device, address('nsrt'), bytesOf<Float64>(999.999), "!dat"},
+        {device, address('nsrt'), bytesOf<Float64>(768000.1), "!dat"},
+        {device, address('nsrt'), bytesOf<Float64>(double(nan)), "!dat"},
+        {device, address('sfmt', output), wrong([](auto& f) { f.mChannelsPerFrame = 1; }), "!dat"},
+        {device, address('sfmt', output), wrong([](auto& f) { f.mFormatFlags = 4; }), "!dat"},
+        {device, address('sfmt', output), wrong([](auto& f) { f.mSampleRate = -1; }), "!dat"},
+        {stream, address('sfmt'), wrong([](auto& f) { f.mFormatID = 'aac '; }), "!dat"},
+        {stream, address('pft '), wrong([](auto& f) { f.mBitsPerChannel = 16; }), "!dat"},
+        {device, address('ssrc', output), bytesOf<UInt32>('imic'), "nope"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(text(fact.at));
+        const auto before = getAll<char>(fact.object, fact.at);
+        const auto refuse = [&] { EXPECT_EQ(text(setBytes(fact.object, fact.at, fact.value)), fact.status); };
+        EXPECT_EQ(toldBy(fact.object, refuse), Told{});
+        EXPECT_EQ(getAll<char>(fact.object, fact.at), before);
+    }
+}
+
+// Fields of 0 are not compared, so a format of nothing but a rate is one.
+TEST(Setting, OfAFormatMayLeaveFieldsOpen)
+{
+    Device device;
+    AudioStreamBasicDescription format = {};
+    EXPECT_EQ(set(device, address('sfmt', output), format), noErr);
+    EXPECT_EQ(get<Float64>(device, address('nsrt')), 44100.0);
+    format.mSampleRate = 48000;
+    EXPECT_EQ(set(device, address('sfmt', output), format), noErr);
+    EXPECT_EQ(get<Float64>(device, address('nsrt')), 48000.0);
+}
+
+// ---- levels ----
+
+TEST(Setting, ConvertsBetweenScalarsAndDecibels)
+{
+    Device device;
+    const auto convert = [&](UInt32 selector, Float32 value) {
+        const auto at = address(selector, output, 1);
+        UInt32 size = sizeof value;
+        EXPECT_EQ(AudioObjectGetPropertyData(device, &at, 0, nullptr, &size, &value), noErr);
+        return value;
+    };
+    const struct {
+        float scalar, decibels;
+    } exact[] = {{0, -64}, {0.25f, -48}, {0.5f, -32}, {0.75f, -16}, {1, 0}};
+    for (const auto& fact : exact) {
+        EXPECT_EQ(convert('v2db', fact.scalar), fact.decibels);
+        EXPECT_EQ(convert('db2v', fact.decibels), fact.scalar);
+        set<Float32>(device, address('volm', output, 1), fact.scalar);
+        EXPECT_EQ(get<Float32>(device, address('vold', output, 1)), fact.decibels);
+        set<Float32>(device, address('vold', output, 2), fact.decibels);
+        EXPECT_EQ(get<Float32>(device, address('volm', output, 2)), fact.scalar);
+    }
+    float last = -65;
+    for (int i = 0; i <= 1000; ++i) {
+        const float scalar = static_cast<float>(i) / 1000, decibels = convert('v2db', scalar);
+        EXPECT_GT(decibels, last) << "louder is louder";
+        EXPECT_NEAR(convert('db2v', decibels), scalar, 1e-6f);
+        last = decibels;
+    }
+    const struct {
+        UInt32 selector;
+        float value, expected;
+        const char* why;
+    } edges[] = {
+        {'v2db', -1, -64, "there is nothing below silence"},
+        {'v2db', 2, 0, "nor above full volume"},
+        {'v2db', INFINITY, 0, "however loud"},
+        {'db2v', -1000, 0, "below the range"},
+        {'db2v', -INFINITY, 0, "silence, as the logarithm has it"},
+        {'db2v', 6, 1, "no gain"},
+    };
+    for (const auto& fact : edges) EXPECT_EQ(convert(fact.selector, fact.value), fact.expected) << fact.why;
+}
+
+TEST(Setting, OfAVolumeStaysInItsRange)
+{
+    Device device;
+    const struct {
+        UInt32 selector;
+        float value, scalar;
+    } facts[] = {{'volm', 2, 1},        {'volm', -1, 0},        {'volm', nan, 0},     {'volm', INFINITY, 1},
+                 {'vold', 20, 1},       {'vold', -100, 0},      {'vold', nan, 0},     {'volm', -INFINITY, 0},
+                 {'vold', INFINITY, 1}, {'vold', -INFINITY, 0}, {'volm', -0.0f, 0.0f}};
+    for (const auto& fact : facts) {
+        set<Float32>(device, address('volm', output, 1), 0.5f);
+        EXPECT_EQ(set<Float32>(device, address(fact.selector, output, 1), fact.value), noErr);
+        EXPECT_EQ(get<Float32>(device, address('volm', output, 1)), fact.scalar)
+            << text(fact.selector) << " " << fact.value;
+    }
+    EXPECT_EQ(get<Float32>(device, address('volm', output, 2)), 1.0f) << "the other channel's is its own";
+}
+
+// ---- hog mode ----
+
+TEST(Setting, OfHogModeTogglesAndWritesTheOwnerBack)
+{
+    Device device;
+    const auto at = address('oink');
+    const auto self = static_cast<SInt32>(getpid());
+    for (SInt32 given : {self, SInt32{-1}, SInt32{4711}, SInt32{0}}) // it is not looked at
+        for (SInt32 owner : {self, SInt32{-1}}) {
+            SInt32 value = given;
+            const auto toggle = [&] {
+                EXPECT_EQ(AudioObjectSetPropertyData(device, &at, 0, nullptr, sizeof value, &value), noErr);
+            };
+            EXPECT_EQ(toldBy(device, toggle), Told{"oink glob 0"});
+            EXPECT_EQ(value, owner);
+            EXPECT_EQ(get<SInt32>(device, at), owner);
+        }
+}
+
+// ---- default devices ----
+
+struct Role {
+    UInt32 selector;
+    bool isInput;
+};
+constexpr Role roles[] = {{'dOut', false}, {'sOut', false}, {'dIn ', true}};
+
+TEST(Setting, OfDefaultDevicesTakesThoseThatFit)
+{
+    Device device, dead;
+    KVXPlatformKillDevice(dead);
+    const AudioDeviceID microphone = get<AudioDeviceID>(systemObject, address('dIn '));
+    const AudioDeviceID builtIn = KVXPlatformBuiltInSimulatedDevice();
+    AudioDeviceID gone;
+    {
+        Device passing;
+        gone = passing;
+    }
+    for (const Role& role : roles) {
+        SCOPED_TRACE(text(role.selector));
+        const auto at = address(role.selector);
+        const AudioDeviceID before = get<AudioDeviceID>(systemObject, at);
+        const struct {
+            AudioDeviceID device;
+            const char* why;
+        } unfit[] = {{0, "no device"},
+                     {systemObject, "the system itself"},
+                     {0x7FFFFFFF, "nobody"},
+                     {streamOf(device), "a stream"},
+                     {dead, "a dead one"},
+                     {gone, "one that has gone"},
+                     {role.isInput ? AudioDeviceID{device} : microphone, "one without that side"}};
+        Watcher watcher(systemObject, at);
+        for (const auto& fact : unfit) {
+            EXPECT_EQ(text(set(systemObject, at, fact.device)), "!dev") << fact.why;
+            EXPECT_EQ(AudioHardwareSetProperty(role.selector, 4, &fact.device), kAudioHardwareBadDeviceError);
+            EXPECT_EQ(get<AudioDeviceID>(systemObject, at), before) << fact.why;
+        }
+        EXPECT_EQ(set(systemObject, at, before), noErr);
+        waitUntilTold();
+        EXPECT_EQ(watcher.count(), 0) << "nothing has changed";
+        if (role.isInput) continue; // there is one microphone
+        for (AudioDeviceID next : {AudioDeviceID{device}, builtIn}) {
+            EXPECT_EQ(set(systemObject, at, next), noErr);
+            EXPECT_EQ(get<AudioDeviceID>(systemObject, at), next);
+        }
+        waitUntilTold();
+        EXPECT_EQ(watcher.takeTold(), (Told{text(at), text(at)}));
+    }
+}
+
+// ---- qualifiers and translations ----
+
+TEST(Setting, OfAQualifierChoosesOwnedObjects)
+{
+    Device device;
+    const auto at = address('ownd');
+    const AudioStreamID stream = streamOf(device);
+    const struct {
+        AudioObjectID object;
+        std::vector<AudioClassID> classes;
+        std::size_t owned;
+        const char* why;
+    } facts[] = {
+        {device, {}, 1, "all"},
+        {device, {'astr'}, 1, "streams"},
+        {device, {'adev'}, 0, "a device owns no devices"},
+        {device, {'aobj'}, 1, "all are objects"},
+        {device, {'actl', 'astr'}, 1, "either"},
+        {device, {'actl', 'aplg'}, 0, "neither"},
+        {systemObject, {'adev'}, 3, "devices"},
+        {systemObject, {'astr'}, 0, "streams are their devices'"},
+        {systemObject, {'aobj', 'aobj'}, 3, "each once"},
+    };
+    for (const auto& fact : facts) {
+        const auto bytes = static_cast<UInt32>(fact.classes.size() * sizeof(AudioClassID));
+        UInt32 size = 99;
+        EXPECT_EQ(AudioObjectGetPropertyDataSize(fact.object, &at, bytes, fact.classes.data(), &size), noErr);
+        EXPECT_EQ(size, fact.owned * sizeof(AudioObjectID)) << fact.why;
+        std::vector<AudioObjectID> found(10);
+        size = 40;
+        EXPECT_EQ(
+            AudioObjectGetPropertyData(fact.object, &at, bytes, fact.classes.data(), &size, found.data()),
+            noErr);
+        EXPECT_EQ(size, fact.owned * sizeof(AudioObjectID)) << fact.why;
+        if (fact.object == device && fact.owned) EXPECT_EQ(found[0], stream);
+    }
+    UInt32 size = 0;
+    EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 4, nullptr, &size), noErr)
+        << "a size without a list";
+    EXPECT_EQ(size, 4u);
+    const AudioClassID streams = 'astr';
+    EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 3, &streams, &size), noErr) << "no whole class";
+    EXPECT_EQ(size, 4u);
+}
+
+TEST(Setting, OfATranslationFindsDevicesByTheirUID)
+{
+    const uint32_t strings = account("CFString");
+    {
+        KVXSimulatedDevice description = Device::stepped();
+        description.uid = "kvx:test:\xC3\xBC";
+        Device device(description);
+        const struct {
+            const char* uid; ///< null: no string
+            AudioDeviceID device;
+        } facts[] = {{"kvx:test:\xC3\xBC", device},
+                     {"kvx:test:", 0},
+                     {"", 0},
+                     {"kvx:simulated:input", get<AudioDeviceID>(systemObject, address('dIn '))},
+                     {nullptr, 0}};
+        for (const auto& fact : facts) {
+            CFStringRef uid =
+                fact.uid ? CFStringCreateWithCString(nullptr, fact.uid, kCFStringEncodingUTF8) : nullptr;
+            AudioDeviceID found = 0xCCCCCCCC;
+            AudioValueTranslation translation = {&uid, sizeof uid, &found, sizeof found};
+            UInt32 size = sizeof translation;
+            EXPECT_EQ(AudioHardwareGetProperty('duid', &size, &translation), noErr);
+            EXPECT_EQ(found, fact.device) << (fact.uid ? fact.uid : "(none)");
+            const auto at = address('duid');
+            found = 0xCCCCCCCC;
+            EXPECT_EQ(AudioObjectGetPropertyData(systemObject, &at, 0, nullptr, &size, &translation), noErr);
+            EXPECT_EQ(found, fact.device);
+            if (uid) CFRelease(uid);
+        }
+        CFStringRef uid = nullptr;
+        AudioDeviceID found = 0;
+        const AudioValueTranslation bad[] = {{nullptr, sizeof uid, &found, 4},
+                                             {&uid, sizeof uid, nullptr, 4},
+                                             {&uid, 3, &found, 4},
+                                             {&uid, sizeof uid, &found, 5}};
+        for (AudioValueTranslation translation : bad) {
+            UInt32 size = sizeof translation;
+            EXPECT_EQ(text(AudioHardwareGetProperty('duid', &size, &translation)), "!siz");
+        }
+    }
+    EXPECT_EQ(account("CFString"), strings);
+}
+
+TEST(Setting, OfATranslationNamesDataSources)
+{
+    Device device;
+    const AudioDeviceID microphone = get<AudioDeviceID>(systemObject, address('dIn '));
+    const struct {
+        AudioDeviceID device;
+        bool isInput;
+        UInt32 source;
+        const char* status;
+        const char* name;
+    } facts[] = {
+        {device, false, 'spkr', nullptr, "Simulated Speakers"},
+        {microphone, true, 'imic', nullptr, "Simulated Microphone"},
+        {device, false, 'imic', "nope", "another's"},
+        {microphone, true, 'zzzz', "nope", "nobody's"},
+        {device, true, 'spkr', "who?", "no such side"},
+        {microphone, false, 'imic', "who?", "no such side"},
+    };
+    for (const auto& fact : facts) {
+        UInt32 source = fact.source;
+        char name[40] = "";
+        CFStringRef string = nullptr;
+        AudioValueTranslation asText = {&source, sizeof source, name, sizeof name};
+        AudioValueTranslation asString = {&source, sizeof source, &string, sizeof string};
+        UInt32 size = sizeof asText;
+        const OSStatus first = AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText);
+        const OSStatus second =
+            AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'lscn', &size, &asString);
+        EXPECT_EQ(text(first), text(second)) << fact.name;
+        if (fact.status) {
+            EXPECT_EQ(text(first), fact.status) << fact.name;
+            continue;
+        }
+        EXPECT_EQ(text(first), text(noErr));
+        EXPECT_STREQ(name, fact.name);
+        char copy[40] = "";
+        ASSERT_TRUE(string);
+        CFStringGetCString(string, copy, sizeof copy, kCFStringEncodingUTF8);
+        EXPECT_STREQ(copy, fact.name);
+        CFRelease(string);
+
+        asText.mOutputDataSize = static_cast<UInt32>(std::strlen(fact.name)); // no room for the zero
+        EXPECT_EQ(text(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText)), "!siz");
+        ++asText.mOutputDataSize;
+        EXPECT_EQ(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText), noErr);
+        asString.mOutputDataSize = 1;
+        EXPECT_EQ(text(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'lscn', &size, &asString)),
+                  "!siz");
+    }
+}
+
+} // namespace
