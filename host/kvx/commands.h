@@ -16,6 +16,8 @@ CLI::Validator inRange(double low, double high);
 void addPlayCommand(CLI::App& app, Action& action);
 void addClassesCommand(CLI::App& app, Action& action);
 void addDevicesCommand(CLI::App& app, Action& action);
+void addGetCommand(CLI::App& app, Action& action);
+void addSetCommand(CLI::App& app, Action& action);
 void addTuneCommand(CLI::App& app, Action& action);
 
 } // namespace kvx

@@ -11,4 +11,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The command line itself makes no sense, which shows only once the library is there to ask. Exits 2.
+class WrongUsage : public Failure {
+public:
+    using Failure::Failure;
+};
+
 } // namespace kvx

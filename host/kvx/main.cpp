@@ -1,5 +1,6 @@
-// kvx: plays files through the library, and shows what it registers and where it can play.
+// kvx: plays files through the library, and shows what it registers, where it can play and what devices tell.
 #include "host/kvx/commands.h"
+#include "host/kvx/failure.h"
 
 #include <cstdio>
 #include <exception>
@@ -20,6 +21,8 @@ int main(int argumentCount, char** arguments)
     kvx::addPlayCommand(app, action);
     kvx::addClassesCommand(app, action);
     kvx::addDevicesCommand(app, action);
+    kvx::addGetCommand(app, action);
+    kvx::addSetCommand(app, action);
     kvx::addTuneCommand(app, action);
 
     try {
@@ -30,6 +33,9 @@ int main(int argumentCount, char** arguments)
 
     try {
         return action();
+    } catch (const kvx::WrongUsage& error) {
+        std::fprintf(stderr, "kvx: %s\n", error.what());
+        return exitWrongUsage;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kvx: %s\n", error.what());
         return exitFailed;

@@ -29,6 +29,7 @@ struct PlayOptions {
     DeviceWish device;
     std::string capture;
     std::string keep;
+    std::string otherwise;
     double gainDb = 0;
     bool isQuiet = false;
     LibraryOptions library;
@@ -174,9 +175,15 @@ void addPlayCommand(CLI::App& app, Action& action)
     command->add_option("--gain", options->gainDb, "Louder or softer; 0 leaves every sample as it is")
         ->type_name("DB")
         ->check(inRange(-120.0, 40.0));
+    command->add_option("--otherwise", options->otherwise, "What to play when no file is named")
+        ->type_name("FILE");
     command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
     addLibraryOptions(*command, options->library);
-    command->callback([options, &action] { action = [options] { return play(*options); }; });
+    command->callback([options, &action] {
+        if (options->files.empty() && !options->otherwise.empty()) options->files = {options->otherwise};
+        if (options->files.empty()) throw CLI::RequiredError("FILE");
+        action = [options] { return play(*options); };
+    });
 }
 
 } // namespace kvx

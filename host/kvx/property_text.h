@@ -1,0 +1,33 @@
+// Values of properties as text, and back: what one prints the other reads.
+#pragma once
+
+#include "host/kvx/core_audio.h"
+#include "host/kvx/property_types.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace kvx {
+
+/// The value in the form given, an item a line, without a newline at the end; empty for no items. A value
+/// that is not as long as its form wants is printed by dumpBytes. `reference` values are their text here.
+std::string printValue(Form form, Extent extent, std::string_view value);
+
+/// What the name of an object in a value stands for. Throws Failure.
+using FindObject = std::function<ObjectID(const std::string& text)>;
+
+/// The bytes of a value that a user typed, items apart by white space. Throws WrongUsage, with an example of
+/// what is read.
+std::string parseValue(Form form, Extent extent, const std::string& text, const FindObject& findObject);
+
+/// Sixteen bytes a line: offset, bytes, characters.
+std::string dumpBytes(std::string_view bytes);
+
+/// Bytes from pairs of hexadecimal digits, with or without blanks between the pairs. Throws WrongUsage.
+std::string parseHex(std::string_view text);
+
+/// Text from outside, fit for a terminal: UTF-8, each control character and each wrong byte a question mark.
+std::string plainText(std::string_view text);
+
+} // namespace kvx

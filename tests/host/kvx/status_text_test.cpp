@@ -1,0 +1,49 @@
+// Statuses in words: each that the platform's devices know has its own.
+#include "host/kvx/status_text.h"
+
+#include <Carbon/Carbon.h>
+#include <CoreAudio/CoreAudio.h>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace {
+
+TEST(StatusText, NamesCodeNumberAndMeaning)
+{
+    const struct {
+        kvx::Status status;
+        const char* text;
+    } facts[] = {
+        {kAudioHardwareUnknownPropertyError,
+         "'who?' (2003332927): the object has no such property in this scope and element"},
+        {kAudioHardwareBadObjectError, "'!obj' (560947818): there is no such object"},
+        {-1, "-1: the library gave up before it asked the platform"},
+        {paramErr, "-50: an argument is not one that the platform takes"},
+        {-10863, "-10863: a status of which nothing is known here"},
+        {0x41424344, "'ABCD' (1094861636): a status of which nothing is known here"},
+        {0, "0: all is well"},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(kvx::printStatus(fact.status), fact.text);
+}
+
+TEST(StatusText, KnowsEveryStatusOfTheDevicesOnce)
+{
+    std::set<kvx::Status> known;
+    const kvx::StatusFacts facts = kvx::statusFacts();
+    for (std::size_t i = 0; i < facts.count; ++i) {
+        EXPECT_TRUE(known.insert(facts.first[i].status).second) << facts.first[i].status;
+        EXPECT_NE(std::string(facts.first[i].meaning), "");
+    }
+    for (kvx::Status status :
+         {kAudioHardwareNoError, kAudioHardwareNotRunningError, kAudioHardwareUnspecifiedError,
+          kAudioHardwareUnknownPropertyError, kAudioHardwareBadPropertySizeError,
+          kAudioHardwareIllegalOperationError, kAudioHardwareBadObjectError, kAudioHardwareBadDeviceError,
+          kAudioHardwareBadStreamError, kAudioHardwareUnsupportedOperationError,
+          kAudioDeviceUnsupportedFormatError, kAudioDevicePermissionsError})
+        EXPECT_EQ(known.count(status), 1u) << kvx::printStatus(status);
+}
+
+} // namespace
