@@ -153,9 +153,7 @@ void addPlayCommand(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<PlayOptions>();
     CLI::App* command = app.add_subcommand("play", "Play sound files, one after the other");
-    command->add_option("files", options->files, "Any files that libsndfile reads")
-        ->required()
-        ->type_name("FILE");
+    command->add_option("files", options->files, "Any files that libsndfile reads")->type_name("FILE");
     command
         ->add_option("--device", options->device.choice, "Name, part of a name, or number of `kvx devices`")
         ->type_name("DEVICE");
