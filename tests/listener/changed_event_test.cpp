@@ -1,5 +1,6 @@
 // From the platform's notification to the host program's handler: at once on the main thread, by way of the
 // main queue from any other.
+#include "plugin/classes.h"
 #include "tests/listener/dispatch_spy.h"
 #include "tests/listener/watched_class.h"
 #include "tests/support/c_library_spy.h"
@@ -12,6 +13,7 @@ namespace {
 
 using namespace listening;
 using Events = std::vector<Object>;
+using fake::Notes;
 
 struct Thrown {};
 
@@ -68,6 +70,27 @@ TEST_F(ChangedEvent, IsRaisedAtOnceOnTheMainThread)
         EXPECT_EQ(dispatch_spy::waiting(), 0u);
         destruct(memory.object());
     }
+}
+
+// The oldest layout needs a copy of the event's record. Without memory for it there is no word by which to
+// ask for the handler.
+TEST_F(ChangedEvent, IsNeverRaisedWithoutTheCopyOfItsRecord)
+{
+    constexpr int copies = 3; // of the properties, of the methods, of the event
+    watched::refuseCalloc(copies);
+    registerFor(9);
+    watched::refuseCalloc(0);
+    ASSERT_EQ(coreAudioListenerClass.events, nullptr);
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    EXPECT_EQ(memory.lastError(), 0);
+    EXPECT_EQ(notify(registration), 0);
+    EXPECT_EQ(notifyElsewhere(registration, 3), 0);
+    EXPECT_EQ(dispatch_spy::run(), 3u);
+    EXPECT_EQ(events, Events{});
+    EXPECT_EQ(host().notes(), Notes{}) << "nobody is asked for a handler";
+    destruct(memory.object());
+    EXPECT_TRUE(property_spy::registrations().empty());
 }
 
 TEST_F(ChangedEvent, ComesOncePerNotificationWhateverItHolds)

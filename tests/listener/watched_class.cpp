@@ -34,8 +34,11 @@ bool isOldest() { return coreAudioListenerClass.version == static_cast<Word>(old
 
 AnyFunction methodNamed(const std::string& name)
 {
-    const std::size_t rowWords = isOldest() ? 4 : 6;
-    const Word* row = static_cast<const Word*>(coreAudioListenerClass.methods);
+    // Where there was no memory for the oldest layout's copy, the rows as they were built.
+    const bool isCopy = isOldest() && coreAudioListenerClass.methods;
+    const std::size_t rowWords = isCopy ? 4 : 6;
+    const Word* row =
+        static_cast<const Word*>(isCopy ? coreAudioListenerClass.methods : pristine().definition.methods);
     for (Word i = 0; i < coreAudioListenerClass.methodCount; ++i, row += rowWords) {
         const std::string declaration = reinterpret_cast<const char*>(row[2]);
         if (declaration.substr(0, declaration.find('(')) == name)
@@ -79,6 +82,7 @@ void WatchedClass::registerFor(HostInteger layout, double version)
 
     MyREALRegisterClass(&coreAudioListenerClass);
     // The host fills the record that it was given, in the layout that it reads.
+    if (!coreAudioListenerClass.events) return host_->forget();
     if (layout == oldestLayout)
         static_cast<REALevent9*>(coreAudioListenerClass.events)->systemUse = eventWord;
     else

@@ -102,6 +102,15 @@ const struct {
     { good,     0,         1,         8,    44100.0f,     1,   true,  false, 1, "one byte is a sample of 8 bits" },
     { good,     0,         2,         24,   44100.0f,     1,   false, false, 1, "two bytes are none of 24" },
     { good,     0,         3,         32,   44100.0f,     1,   false, false, 1, "three bytes are none of 32" },
+    { good,     INT32_MAX, 8,         12,   44100.0f,     1,   false, false, 1, "an offset past everything is not applied before a refusal" },
+    { good,     INT32_MAX, 8,         23,   44100.0f,     1,   false, false, 1, "likewise" },
+    { good,     INT32_MAX, 1,         16,   44100.0f,     1,   false, false, 1, "likewise" },
+    { good,     INT32_MAX, 8,         16,   0.0f,         1,   false, false, 1, "likewise" },
+    { good,     INT32_MAX, 8,         16,   notANumber,   1,   false, false, 1, "likewise" },
+    { good,     INT32_MAX, 8,         16,   44100.0f,     3,   false, false, 1, "likewise" },
+    { good,     INT32_MAX, 0,         16,   44100.0f,     1,   false, false, 0, "likewise" },
+    { noMemory, INT32_MAX, 8,         16,   44100.0f,     1,   false, true,  1, "an offset of nothing is nothing" },
+    { nil,      INT32_MAX, 8,         16,   44100.0f,     1,   false, true,  0, "likewise" },
 };
 // clang-format on
 
@@ -179,6 +188,11 @@ TEST_F(PlayerIngestion, FloatBlocksAreRefusedWithoutAnException)
         { good,     0,         INT32_MIN, false, "the most negative count" },
         { good,     0,         3,         false, "fewer bytes than one sample" },
         { good,     0,         4,         true,  "one sample" },
+        { good,     INT32_MAX, 3,         false, "an offset past everything is not applied before a refusal" },
+        { good,     INT32_MAX, 1,         false, "likewise" },
+        { good,     INT32_MAX, 0,         false, "likewise" },
+        { noMemory, INT32_MAX, 8,         false, "an offset of nothing is nothing" },
+        { nil,      INT32_MAX, 8,         false, "likewise" },
         { noMemory, 0,         8,         false, "a block without memory: a plain false, too" },
         { noMemory, 0,         3,         false, "no memory and no sample" },
     };

@@ -1,9 +1,12 @@
 // Host exceptions: what is asked of the host, in which order, and what the host program reads.
 #include "plugin/exceptions.h"
+#include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 
 #include <algorithm>
 #include <climits>
+#include <functional>
+#include <stdexcept>
 
 namespace {
 
@@ -179,6 +182,60 @@ TEST_F(ExceptionsTest, DoNothingWithoutAHost)
 }
 
 // ---- an index out of bounds ----
+
+// The message is made by a routine that raises what goes wrong inside it, which would make a message in turn.
+TEST_F(ExceptionsTest, OfAHostThatNeverBuildsAStringHaveANullMessage)
+{
+    int builds = 0;
+    std::function<void()> throwAlways = [&] {
+        ++builds;
+        host.inNext("REALBuildString", throwAlways);
+        throw std::runtime_error("no strings");
+    };
+    for (double version : {2011.5, 2016.0}) {
+        SCOPED_TRACE(version);
+        enter(version);
+        builds = 0;
+        host.inNext("REALBuildString", throwAlways);
+        RaiseException("NilObjectException", "Memoryblock is nil");
+        EXPECT_EQ(builds, 1);
+        ASSERT_EQ(host.raised().size(), 2u) << "what went wrong on the way, then what was meant";
+        EXPECT_EQ(host.raised()[0].className, "RuntimeException");
+        EXPECT_EQ(host.raised()[0].message, std::nullopt);
+        EXPECT_EQ(host.raised()[1].className, "NilObjectException");
+        EXPECT_EQ(host.raised()[1].message, std::nullopt);
+        EXPECT_EQ(host.raised()[1].number, 0);
+        EXPECT_EQ(host.live(), Notes{});
+
+        // By way of a string that is asked for: once, too.
+        host.startOver();
+        EXPECT_EQ(REALBuildUnicodeString("abc", 3, encodingUTF8), nullptr);
+        EXPECT_EQ(builds, 3) << "the string itself, and the message about it";
+        ASSERT_EQ(host.raised().size(), 2u);
+        EXPECT_EQ(host.raised()[1].className, "RuntimeException");
+        EXPECT_EQ(host.raised()[1].message, std::nullopt);
+
+        // A host that has recovered gets its messages again.
+        host.inNext("REALBuildString", [] {});
+        host.startOver();
+        RaiseException("NilObjectException", "Memoryblock is nil");
+        ASSERT_EQ(host.raised().size(), 1u);
+        EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil");
+    }
+}
+
+// Nothing of that is remembered when the way out is an exception.
+TEST_F(ExceptionsTest, HaveTheirMessagesAgainAfterAHostThrewInBetween)
+{
+    host.inNext("REALBuildString", [] { throw std::runtime_error("no strings"); });
+    host.inNext("PluginNewInstance", [] { throw std::logic_error("no objects either"); });
+    EXPECT_THROW(RaiseException("NilObjectException", "Memoryblock is nil"), std::logic_error);
+    EXPECT_EQ(host.live(), Notes{});
+    host.startOver();
+    RaiseException("NilObjectException", "Memoryblock is nil");
+    ASSERT_EQ(host.raised().size(), 1u);
+    EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil");
+}
 
 TEST_F(ExceptionsTest, OfRangeNameTheRangeAndTheValue)
 {

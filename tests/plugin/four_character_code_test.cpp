@@ -82,13 +82,39 @@ TEST_F(FourCharacterCodeTest, OfAShortTextHasTheBytesBehindIt)
 
 TEST_F(FourCharacterCodeTest, NeedsNoService)
 {
-    REALstringStruct* text = host.newString("TEXT", encodingUTF8);
-    for (const char* missing : {"PluginGetStringData", "REALGetStringEncoding"}) {
-        enter(2016.0);
-        withhold(missing);
-        REALstringToOSType(text);
-        host.provide(missing);
+    // clang-format off
+    const struct { double version; const char* missing; std::uint32_t encoding, code; const char* why; } facts[] = {
+        {2016.0, "",                     encodingUTF8,    0x54455854, "nothing is missing"},
+        {2016.0, "PluginGetStringData",  encodingUTF8,    0x20202020, "it does not convert: an empty text"},
+        {2016.0, "PluginGetStringData",  encodingUnknown, 0x54455854, "raw text needs no conversion"},
+        {2016.0, "PluginDisposeStringData", encodingUnknown, 0x54455854, "nor is there anything to give back"},
+        {2016.0, "REALGetStringEncoding", encodingUTF8,   0x54455854, "taken for a text of some encoding"},
+        {2016.0, "REALGetStringEncoding", encodingUnknown, 0x20202020, "likewise, and the host converts from no unknown one"},
+        {2016.0, "StringGetCString",     encodingUnknown, 0x20202020, "raw text without its bytes"},
+        {2016.0, "LenB",                 encodingUnknown, 0x20202020, "raw text without its length"},
+        {2016.0, "REALLoadGlobalMethod", encodingUnknown, 0x20202020, "likewise"},
+        {2016.0, "REALConvertString",    encodingUTF8,    0x54455854, "only older hosts are asked"},
+        {2012.0, "PluginGetStringData",  encodingUTF8,    0x20202020, "the first host that is asked"},
+        {2012.0, "StringGetCString",     encodingUnknown, 0x20202020, "likewise"},
+        {2011.5, "PluginGetStringData",  encodingUTF8,    0x54455854, "not yet"},
+        {2011.5, "REALConvertString",    encodingUTF8,    0x20202020, "it does not convert: an empty text"},
+        {2011.5, "REALConvertString",    encodingUnknown, 0x54455854, "raw text needs no conversion"},
+        {2011.5, "StringGetCString",     encodingUnknown, 0x54455854, "the record is read"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::Message() << fact.version << " without " << fact.missing << ": " << fact.why);
+        enter(fact.version);
+        withhold(fact.missing);
+        EXPECT_EQ(codeOf("TEXT", fact.encoding), fact.code);
+        EXPECT_EQ(host.raised().size(), 0u);
+        host.provide(fact.missing);
     }
+}
+
+TEST_F(FourCharacterCodeTest, NeedsNoHost)
+{
+    REALstringStruct* text = host.newString("TEXT", encodingUTF8);
     gResolver = nullptr;
     forgetServices();
     EXPECT_EQ(REALstringToOSType(text), 0x20202020u);

@@ -740,7 +740,11 @@ void Host::drop(const void* value)
     if (message) drop(message);
 }
 
-void Host::dropAll() { values_.clear(); }
+void Host::dropAll()
+{
+    values_.clear();
+    textData_.clear();
+}
 
 /// Put a string's bytes where a host of this version has them.
 void Host::place(Value& value)

@@ -104,7 +104,7 @@ public:
     REALarrayStruct* newDoubles(const std::vector<double>& elements);
     void hold(const void* value); ///< one reference more, without a note
     void drop(const void* value); ///< one reference, without a note
-    void dropAll();
+    void dropAll();               ///< every value, and all text data
 
     std::string bytesOf(const REALstringStruct* text) const;
     std::uint32_t encodingOf(const REALstringStruct* text) const;
