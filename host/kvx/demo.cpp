@@ -33,9 +33,9 @@ Demo::~Demo()
     }
 }
 
-void Demo::turn()
+bool Demo::turn()
 {
-    if (Clock::now() < next_) return;
+    if (Clock::now() < next_) return false;
     static constexpr void (Demo::*steps[])() = {
         &Demo::plugIn,       &Demo::becomeDefault, &Demo::changeRate, &Demo::changeSlice,
         &Demo::changeVolume, &Demo::muteOn,        &Demo::muteOff,    &Demo::start,
@@ -44,6 +44,7 @@ void Demo::turn()
     (this->*steps[step_])();
     step_ = (step_ + 1) % std::size(steps);
     next_ = Clock::now() + pause_;
+    return true;
 }
 
 void Demo::write(const PropertyAddress& address, const std::string& bytes)

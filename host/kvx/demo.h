@@ -20,8 +20,9 @@ public:
     Demo(const Demo&) = delete;
     Demo& operator=(const Demo&) = delete;
 
-    /// Do the next step, if its time has come. Throws Failure when a step does not succeed.
-    void turn();
+    /// Do the next step, if its time has come, and say whether it was done. Each changes something that a
+    /// watch sees. Throws Failure when a step does not succeed.
+    bool turn();
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -50,9 +50,10 @@ int watch(host::Host& host, const CoreAudio& core, const DevicesOptions& options
 
     std::optional<Demo> demo;
     if (options.demoSeconds > 0) demo.emplace(host, core, options.demoSeconds);
+    bool isSeen = true; // what the demo did last: it goes on only then, so that no change hides another
     while (!isInterrupted()) {
-        if (demo) demo->turn();
-        devices.turn(demo ? demoPollSeconds : pollSeconds);
+        if (demo && isSeen) isSeen = !demo->turn();
+        if (devices.turn(demo ? demoPollSeconds : pollSeconds)) isSeen = true;
     }
     return interruptExitCode();
 }

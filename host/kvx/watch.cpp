@@ -41,6 +41,12 @@ Watch::Watch(host::Host& host, const CoreAudio& core, Say say)
     roles_ = readRoles(core_);
 }
 
+void Watch::tell(const std::string& line)
+{
+    ++said_;
+    say_(line);
+}
+
 host::Object Watch::listen(ObjectID object, const char* selectorName)
 {
     const Code selector = core_.constant(selectorName).value_or(0);
@@ -79,11 +85,11 @@ void Watch::lookAtList()
     for (ObjectID device : now) {
         if (watched_.count(device)) continue;
         beginWatching(device);
-        if (watched_.count(device)) say_(printArrival(watched_[device].facts));
+        if (watched_.count(device)) tell(printArrival(watched_[device].facts));
     }
     lookAtRoles(); // while the names of those that went are known
     for (ObjectID device : gone) {
-        say_(printDeparture(watched_[device].facts));
+        tell(printDeparture(watched_[device].facts));
         watched_.erase(device);
         order_.erase(std::find(order_.begin(), order_.end(), device));
     }
@@ -93,7 +99,7 @@ void Watch::lookAtRoles()
 {
     const Roles now = readRoles(core_);
     for (const std::string& line : changesOfRoles(roles_, now, [this](ObjectID id) { return nameOf(id); }))
-        say_(line);
+        tell(line);
     roles_ = now;
 }
 
@@ -103,18 +109,20 @@ void Watch::lookAtDevice(ObjectID device)
     if (found == watched_.end()) return;
     auto facts = readDeviceFacts(core_, device);
     if (!facts) return; // it went; the list's own event tells
-    for (const std::string& line : changesOfDevice(found->second.facts, *facts)) say_(line);
+    for (const std::string& line : changesOfDevice(found->second.facts, *facts)) tell(line);
     found->second.facts = std::move(*facts);
 }
 
-void Watch::turn(double seconds)
+bool Watch::turn(double seconds)
 {
+    const std::size_t saidBefore = said_;
     KVXPlatformDrainMainQueue(seconds);
     host_.rethrow();
     const std::set<ObjectID> changed = std::exchange(changed_, {});
     for (ObjectID object : changed)
         if (object != systemObject) lookAtDevice(object);
     if (changed.count(systemObject)) lookAtList();
+    return said_ != saidBefore;
 }
 
 std::vector<DeviceFacts> Watch::devices() const

@@ -25,8 +25,8 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    /// Wait up to `seconds` for events, take what came, and say what they mean.
-    void turn(double seconds);
+    /// Wait up to `seconds` for events, take what came, and say what they mean. Whether anything was said.
+    bool turn(double seconds);
 
     /// The state that is known, in the order of the list.
     std::vector<DeviceFacts> devices() const;
@@ -41,6 +41,7 @@ private:
         std::vector<host::Object> listeners;
     };
 
+    void tell(const std::string& line);
     host::Object listen(ObjectID object, const char* selectorName);
     void beginWatching(ObjectID device);
     std::string nameOf(ObjectID device) const;
@@ -51,6 +52,7 @@ private:
     host::Host& host_;
     const CoreAudio& core_;
     Say say_;
+    std::size_t said_ = 0;
     std::set<ObjectID> changed_; ///< noted by the events, looked at by turn()
     std::vector<host::Object> systemListeners_;
     std::map<ObjectID, Watched> watched_;
