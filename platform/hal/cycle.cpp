@@ -95,7 +95,8 @@ void callProcs(Device& device, Shape& shape, UInt32 frames, const Times& times)
     if (isFirst) std::fill_n(shape.mix.begin(), samples, 0.0f);
 }
 
-/// Every channel glides from its gain to its target over the slice; a channel at 1 is left as it is.
+/// Every channel glides from its gain to its target over the slice, and ends exactly there; a channel at 1 is
+/// left as it is.
 void applyGains(Device& device, Shape& shape, UInt32 frames)
 {
     const UInt32 channels = shape.settings.outputChannels;
@@ -107,7 +108,7 @@ void applyGains(Device& device, Shape& shape, UInt32 frames)
         if (from == 1 && to == 1) continue;
         float* sample = shape.mix.data() + c;
         for (UInt32 i = 0; i < frames; ++i, sample += channels)
-            *sample *= from + (to - from) * (static_cast<float>(i + 1) / static_cast<float>(frames));
+            *sample *= to + (from - to) * (static_cast<float>(frames - 1 - i) / static_cast<float>(frames));
     }
 }
 
