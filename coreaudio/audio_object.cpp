@@ -8,6 +8,7 @@
 
 #include <CoreAudio/CoreAudio.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace coreaudio {

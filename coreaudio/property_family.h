@@ -1,8 +1,10 @@
 // The six operations of the older property interface, written once over any target of property_targets.h.
 //
 // Thread  [main].
-// Errors  no host exception is raised. `Lasterror` is -1 if the method stopped before its main platform call,
-//         else the status of the last one; a getter that fails answers nil.
+// Errors  no operation raises a host exception of its own; a host that has no memory for a block hears of it
+// from
+//         REALBuildMemoryblock. `Lasterror` is -1 if the method stopped before its main platform call, else
+//         the status of the last one; a getter that fails answers nil.
 #pragma once
 
 #include "coreaudio/core_audio.h"

@@ -303,6 +303,11 @@ TEST_F(PropertyGetters, OfMemoryGiveBackABlockThatHasNoMemory)
         EXPECT_EQ(target.getMemory(object()), nullptr);
         EXPECT_EQ(lasterror(), 0);
     }
+    ASSERT_EQ(host().raised().size(), targets(selector).size()) << "one for each, by the builder of blocks";
+    for (const auto& exception : host().raised()) {
+        EXPECT_EQ(exception.className, "OutOfMemoryException");
+        EXPECT_EQ(exception.message, "Failed to allocate a memoryblock with 5 bytes in size.");
+    }
     host().drop(selector);
     expectBalance();
 }
