@@ -21,6 +21,7 @@ public:
 
     void add(std::vector<float> block) { player_.waiting.push_back(std::move(block)); }
     void setNoUnderflow(bool isOn) { player_.noUnderflow = isOn; }
+    void requestStop() { player_.stopRequested = true; }
     bool isRunning() const { return player_.isRunning; }
     double position() const { return player_.position; }
 

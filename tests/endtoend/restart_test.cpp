@@ -1,6 +1,7 @@
 // A player is started, fed, stopped and destroyed over and over beside a device that runs by its own clock.
 // Under the thread sanitizer this is the proof of the hand-over between the two threads.
 #include "tests/endtoend/loaded.h"
+#include "tests/support/sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +12,7 @@ using host::MemoryBlock;
 using host::Object;
 
 // Each stop waits a sixtieth of a second, so the whole thousand is kept for the build that is made for it.
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-constexpr int rounds = 1000;
-#endif
-#endif
-#ifndef __has_feature
-constexpr int rounds = 100;
-#elif !__has_feature(thread_sanitizer)
-constexpr int rounds = 100;
-#endif
+constexpr int rounds = support::hasThreadSanitizer ? 1000 : 100;
 
 struct PacedDevice {
     KVXDeviceID id;
@@ -35,8 +27,7 @@ struct PacedDevice {
     ~PacedDevice() { KVXPlatformRemoveSimulatedDevice(id); }
 };
 
-// Another player on another device: all players share one procedure, so that a device takes one of them, and
-// one lock, which this one keeps busy.
+// Another player on another device: all players share one lock, which this one keeps busy.
 struct OtherPlayer {
     PacedDevice device;
     Object player;

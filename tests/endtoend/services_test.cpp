@@ -3,128 +3,182 @@
 #include "host/runtime/service_table.h"
 #include "tests/endtoend/loaded.h"
 #include "tests/endtoend/scenario.h"
+#include "tests/endtoend/service_differences.h"
+#include "tests/support/null_call.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <ostream>
 
 namespace {
 
 using namespace endtoend;
 
-struct Difference {
-    const char* service;
-    const char* step;
-    const char* result;
-    const char* why;
+const double hosts[] = {2011.5, 2012.0, 2013.0, 2015.03, 2016.0}; // one of each era
+
+struct Withheld {
+    std::string service;
+    double version;
 };
 
-// clang-format off
-const Difference differences[] = {
-    {"RuntimeRaiseException",  "AddAudio, nil",               "false",              "nothing can be raised: the refusal is all"},
-    {"RuntimeRaiseException",  "PlayAudioStereo, second nil", "false",              "likewise"},
-    {"PluginNewInstance",      "AddAudio, nil",               "false",              "no exception object can be made"},
-    {"PluginNewInstance",      "PlayAudioStereo, second nil", "false",              "likewise"},
-    {"REALSetPropValueString", "AddAudio, nil",               "NilObjectException", "the message cannot be set"},
-    {"REALSetPropValueString", "PlayAudioStereo, second nil", "NilObjectException", "likewise"},
-    {"REALBuildString",        "AddAudio, nil",               "NilObjectException", "nor made"},
-    {"REALBuildString",        "PlayAudioStereo, second nil", "NilObjectException", "likewise"},
-    {"REALUnlockObject", "left over", "2 objects of class NilObjectException\n2 strings\n", "nothing can be given back"},
-    {"REALUnlockString", "left over", "2 strings\n", "nor the messages"},
-    {"memoryBlockGetPtr", "AddAudio", "NilObjectException: Memoryblock is nil", "no bytes: as if the block were nil"},
-    {"memoryBlockGetPtr", "AddAudio, a count", "NilObjectException: Memoryblock is nil", "no bytes: as if the block were nil"},
-    {"memoryBlockGetPtr", "AddAudio, 15 bits", "NilObjectException: Memoryblock is nil", "no bytes: as if the block were nil"},
-    {"memoryBlockGetPtr", "AddAudioStereo", "NilObjectException: Memoryblock is nil", "no bytes: as if the block were nil"},
-    {"memoryBlockGetPtr", "PlayAudio", "NilObjectException: Memoryblock is nil", "no bytes: as if the block were nil"},
-    {"memoryBlockGetPtr", "PlayAudioStereo", "NilObjectException: Memoryblock is nil", "no bytes: as if the block were nil"},
-    {"memoryBlockGetPtr", "AddFloatAudio", "false", "no bytes, nothing raised"},
-    {"memoryBlockGetPtr", "AddFloatAudio, a count", "false", "no bytes, nothing raised"},
-    {"memoryBlockGetPtr", "AddFloatAudioStereo", "false", "no bytes, nothing raised"},
-    {"memoryBlockGetPtr", "PlayFloatAudio", "false", "no bytes, nothing raised"},
-    {"memoryBlockGetPtr", "PlayFloatAudioStereo", "false", "no bytes, nothing raised"},
-    {"memoryBlockGetPtr", "AddFloatAudio, clearing", "false", "no bytes, nothing raised"},
-    {"memoryBlockGetPtr", "FreeSpace", "200", "nothing was added"},
-    {"memoryBlockGetPtr", "FreeSpace, playing", "200", "likewise"},
-    {"memoryBlockGetPtr", "FreeSpace, cleared", "200", "likewise"},
-    {"memoryBlockGetPtr", "left", "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0", "silence"},
-    {"memoryBlockGetPtr", "OutputPosition, played", "0", "an underflow from the start"},
-    {"memoryBlockGetSize", "AddAudio", "false", "no size: without a count there is nothing to add"},
-    {"memoryBlockGetSize", "AddFloatAudio", "false", "no size: without a count there is nothing to add"},
-    {"memoryBlockGetSize", "AddAudioStereo", "false", "no size: without a count there is nothing to add"},
-    {"memoryBlockGetSize", "AddFloatAudioStereo", "false", "no size: without a count there is nothing to add"},
-    {"memoryBlockGetSize", "FreeSpace", "197", "what has a count is added"},
-    {"memoryBlockGetSize", "left", "0.25 0.25 0.125 0.875 0 0 0 0 0 0 0 0 0 0 0 0", "and heard"},
-    {"memoryBlockGetSize", "OutputPosition, played", "8", "one slice; then it is dry"},
-};
-// clang-format on
-
-std::vector<std::string> withholdable()
+void PrintTo(const Withheld& withheld, std::ostream* out)
 {
-    std::vector<std::string> names;
+    *out << withheld.version << " without " << withheld.service;
+}
+
+std::vector<Withheld> withholdable()
+{
+    std::vector<Withheld> all;
     for (const host::Service& service : host::serviceTable())
-        if (std::string(service.name) != "RegisterPluginVersion") names.push_back(service.name);
-    return names;
+        for (double version : hosts)
+            if (host::findService(service.name, version) &&
+                std::string(service.name) != "RegisterPluginVersion")
+                all.push_back({service.name, version});
+    return all;
 }
 
-class WithheldService : public testing::TestWithParam<std::string> {};
-
-// What the scenario gives without the services that the player cannot do without.
-void expectSilence(const std::vector<Outcome>& outcomes, const char* service)
+std::string nameOf(const testing::TestParamInfo<Withheld>& info)
 {
-    for (const Outcome& outcome : outcomes) {
-        if (outcome.step == "left over") EXPECT_EQ(outcome.result, "") << service;
-        if (outcome.step == "left" || outcome.step == "AddFloatAudio")
-            EXPECT_TRUE(outcome.result == "false" || outcome.result == "refused" ||
-                        outcome.result.find('.') == outcome.result.npos)
-                << outcome.step << ": " << outcome.result;
-    }
+    return info.param.service + "_Host" + std::to_string(int(info.param.version));
 }
+
+using Results = std::map<std::string, std::string>; // by step
+
+Results completeResults()
+{
+    Results results;
+    for (const Outcome& outcome : completeOutcomes()) results[outcome.step] = outcome.result;
+    return results;
+}
+
+/// What the scenario gives without that service; `differences` counts the steps that show it.
+Results resultsWithout(const Withheld& withheld, std::size_t& differences)
+{
+    Results results = completeResults();
+    const Era era = eraOf(withheld.version);
+    for (const ServiceDifference& difference : serviceDifferences()) {
+        if (withheld.service != difference.service || era < difference.first || era > difference.last)
+            continue;
+        for (const char* step : difference.steps) {
+            std::string& result = results.at(step);
+            result = difference.kind == ServiceDifference::besides ? result + difference.result
+                                                                   : difference.result;
+            ++differences;
+        }
+    }
+    return results;
+}
+
+/// Without classes there are no objects, and so nothing but refusals; the device is there all the same.
+Results resultsWithoutClasses()
+{
+    Results results = completeResults();
+    for (auto& [step, result] : results) result = "refused";
+    const struct {
+        const char* step;
+        const char* result;
+    } others[] = {
+        // clang-format off
+        {"step 24", "0"},                   // nobody plays
+        {"left", ""},                       // nor is anything heard
+        {"right alike", "true"},            // of either side
+        {"a change", "0"},                  // and nobody listens
+        {"another", "0"},
+        {"a change that nobody hears", "0"},
+        {"destroy", ""},                    // what was never made
+        {"destroy CoreAudioKVX", ""},
+        {"destroy the other CoreAudioKVX", ""},
+        {"destroy the listener", ""},
+        {"left over", ""},
+        // clang-format on
+    };
+    for (const auto& other : others) results.at(other.step) = other.result;
+    return results;
+}
+
+std::size_t callsOf(const std::string& service, double version)
+{
+    for (const ServiceUse& use : serviceUses())
+        if (service == use.service) return use.calls[eraOf(version)];
+    return 0;
+}
+
+bool isUnseen(const std::string& service)
+{
+    const auto& all = unseenServices();
+    return std::any_of(all.begin(), all.end(), [&](const auto& each) { return service == each.service; });
+}
+
+class WithheldService : public testing::TestWithParam<Withheld> {};
 
 TEST_P(WithheldService, LeavesTheRestAsItIs)
 {
-    const std::string& service = GetParam();
+    const Withheld& withheld = GetParam();
     host::Options options;
-    options.withheld = {service};
+    options.version = withheld.version;
+    options.withheld = {withheld.service};
     Loaded loaded(options);
+    const bool hasClasses = withheld.service != "PluginRegisterClass";
+    EXPECT_EQ(loaded.host.pluginClasses().size(), hasClasses ? 5u : 0u);
+
     const auto outcomes = walkScenario(loaded.host);
-    if (service == "PluginRegisterClass") {
-        EXPECT_TRUE(loaded.host.pluginClasses().empty());
-        EXPECT_EQ(outcomes.front().result, "refused") << "there is no such class";
-        return expectSilence(outcomes, service.c_str());
-    }
-
-    std::map<std::string, std::string> expected;
-    for (const Outcome& outcome : completeOutcomes()) expected[outcome.step] = outcome.result;
-    for (const Difference& difference : differences)
-        if (service == difference.service) expected[difference.step] = difference.result;
-    for (const Outcome& outcome : outcomes) EXPECT_EQ(outcome.result, expected[outcome.step]) << outcome.step;
+    std::size_t differences = 0;
+    const Results expected = hasClasses ? resultsWithout(withheld, differences) : resultsWithoutClasses();
+    EXPECT_EQ(outcomes.size(), completeOutcomes().size());
+    EXPECT_EQ(outcomes.size(), expected.size()) << "no two steps go by one name";
+    for (const Outcome& outcome : outcomes)
+        EXPECT_EQ(outcome.result, expected.at(outcome.step)) << outcome.step;
     EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
-}
 
-std::string nameOf(const testing::TestParamInfo<std::string>& info) { return info.param; }
+    // Each service that is called is missed somewhere, and no other.
+    const bool isMissed = callsOf(withheld.service, withheld.version) > 0 && !isUnseen(withheld.service);
+    EXPECT_EQ(differences > 0 || !hasClasses, isMissed);
+}
 
 INSTANTIATE_TEST_SUITE_P(Each, WithheldService, testing::ValuesIn(withholdable()), nameOf);
 
-TEST(WithheldServices, EveryDifferenceNamesAServiceAndAStep)
+TEST(WithheldServices, WithoutAVersionEveryHostIsTheOldest)
 {
-    for (const Difference& difference : differences) {
-        EXPECT_NE(host::findService(difference.service, 2016.0), nullptr) << difference.service;
-        const auto& all = completeOutcomes();
-        EXPECT_TRUE(std::any_of(all.begin(), all.end(), [&](const auto& each) {
-            return each.step == difference.step;
-        })) << difference.step;
+    host::Options options;
+    options.withheld = {"REALGetRBVersion"};
+    Loaded loaded(options);
+    ASSERT_EQ(loaded.host.pluginClasses().size(), 5u);
+    for (const auto* each : loaded.host.pluginClasses()) EXPECT_EQ(each->layout, 9) << each->name;
+    loaded.host.logServices(true);
+    walkScenario(loaded.host);
+    EXPECT_EQ(loaded.host.serviceLog().callsOf("REALConvertString"), callsOf("REALConvertString", 2011.5));
+    EXPECT_EQ(loaded.host.serviceLog().callsOf("PluginGetStringData"), 0u);
+}
+
+TEST(WithheldServices, EveryRowNamesAServiceAndAStep)
+{
+    const Results steps = completeResults();
+    const auto isService = [](const std::string& name) {
+        const auto all = host::serviceTable();
+        return std::any_of(all.begin(), all.end(), [&](const auto& each) { return name == each.name; });
+    };
+    for (const ServiceDifference& difference : serviceDifferences()) {
+        EXPECT_TRUE(isService(difference.service)) << difference.service;
+        EXPECT_LE(difference.first, difference.last);
+        for (const char* step : difference.steps) EXPECT_TRUE(steps.count(step)) << step;
     }
+    for (const ServiceUse& use : serviceUses()) EXPECT_TRUE(isService(use.service)) << use.service;
+    for (const UnseenService& unseen : unseenServices())
+        EXPECT_GT(callsOf(unseen.service, 2011.5) + callsOf(unseen.service, 2016.0), 0u) << unseen.service;
 }
 
 TEST(WithheldServicesDeathTest, WithoutTheClassLayoutNoLibraryCanBeLoaded)
 {
-    EXPECT_DEATH(
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
         {
             host::Options options;
             options.withheld = {"RegisterPluginVersion"};
             Loaded loaded(options);
         },
-        "");
+        support::endedByNullCall, support::nullCallText);
 }
 
 } // namespace
