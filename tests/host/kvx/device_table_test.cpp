@@ -46,9 +46,11 @@ TEST(DeviceTable, IsAlignedAndCutFreeWhereThereIsRoom)
         "  0   2  Desk Speakers  Maker  desk:1   0    2    44100  44100 48000-96000    512       33  out sys "
         " "
         "running\n"
-        "  1   4  M?ike                          1    0  22050.5                        64        0  in       "
+        "  1   4  M?ike                          1    0  22050.5                        64        0  in      "
+        " "
         "idle\n"
-        "  2   6  Old?                           1    0  22050.5                        64        0           "
+        "  2   6  Old?                           1    0  22050.5                        64        0          "
+        " "
         "dead\n");
 }
 
