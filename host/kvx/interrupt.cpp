@@ -1,5 +1,8 @@
 #include "host/kvx/interrupt.h"
 
+#include <cstddef>
+#include <iterator>
+
 namespace kvx {
 namespace {
 
@@ -12,17 +15,17 @@ extern "C" void noteSignal(int signal) { arrivedSignal = signal; }
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
-    struct sigaction action = {};
-    action.sa_handler = noteSignal;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, &formerInterrupt_);
-    sigaction(SIGTERM, &action, &formerTerminate_);
+    for (std::size_t i = 0; i < std::size(signals_); ++i) {
+        struct sigaction action = {};
+        action.sa_handler = signals_[i] == SIGPIPE ? SIG_IGN : noteSignal;
+        sigemptyset(&action.sa_mask);
+        sigaction(signals_[i], &action, &former_[i]);
+    }
 }
 
 InterruptGuard::~InterruptGuard()
 {
-    sigaction(SIGINT, &formerInterrupt_, nullptr);
-    sigaction(SIGTERM, &formerTerminate_, nullptr);
+    for (std::size_t i = 0; i < std::size(signals_); ++i) sigaction(signals_[i], &former_[i], nullptr);
 }
 
 bool isInterrupted() { return arrivedSignal != 0; }

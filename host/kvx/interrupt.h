@@ -1,11 +1,12 @@
-// Ctrl-C and a polite request to end, as a flag to look at between two steps of work.
+// Ctrl-C, a polite request to end and a terminal that closes, as a flag to look at between two steps of work.
 #pragma once
 
 #include <csignal>
 
 namespace kvx {
 
-/// While one lives, SIGINT and SIGTERM set the flag instead of ending the process. One at a time. [main]
+/// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, and SIGPIPE does
+/// nothing: whoever stops listening to what is said does not stop the sound. One at a time. [main]
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -14,8 +15,8 @@ public:
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 
 private:
-    struct sigaction formerInterrupt_;
-    struct sigaction formerTerminate_;
+    static constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+    struct sigaction former_[4];
 };
 
 bool isInterrupted();

@@ -59,6 +59,9 @@ void Playback::begin(const KVXDeviceInfo& device)
     // block.
     player_.set("NoUnderflow", !isFed_);
     if (player_.call("Start").boolean()) return;
+    // A player whose device refuses counts as running, and would be waited for without end: it is left as it
+    // is.
+    if (player_.get("IsRunning").boolean()) (void)player_.detach();
     throw Failure(fmt::format("{} does not start; choose another device with --device (see `kvx devices`)",
                               device.name));
 }
@@ -74,6 +77,7 @@ bool Playback::turn()
 
 void Playback::stop()
 {
+    if (!player_) return;
     // A player that must not run dry would refuse to stop.
     player_.set("NoUnderflow", false);
     player_.call("Stop");

@@ -24,7 +24,8 @@ public:
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
-    /// Queue the first blocks and start the device. Throws Failure when it does not start.
+    /// Queue the first blocks and start the device. Throws Failure when it does not start; the player object
+    /// is then left over until the process ends.
     void begin(const KVXDeviceInfo& device);
 
     /// Queue what there is room for. False once the run has been heard to its end.
