@@ -13,20 +13,26 @@
 namespace {
 constexpr char fallbackClass[] = "RuntimeException";
 constexpr int rangeTextBytes = 205; // the terminator included; a longer text is cut
+
+/// The message as a host string. A host that cannot build one raises from there, and ends up here again: then
+/// without a text, so that it ends.
+OwnedString exceptionText(const char* message)
+{
+    static bool isBuilding = false;
+    if (!message || isBuilding) return nullptr;
+    struct Building {
+        Building() { isBuilding = true; }
+        ~Building() { isBuilding = false; }
+    } const building;
+    return OwnedString(
+        REALBuildUnicodeString(message, static_cast<long long>(std::strlen(message)), encodingASCII));
+}
+
 } // namespace
 
 void RaiseException(const char* className, const char* message, unsigned long, int)
 {
-    // A host that cannot build the text raises from there, to end up here again: then without a text.
-    static bool isBuildingText = false;
-    OwnedString text;
-    if (message && !isBuildingText) {
-        isBuildingText = true;
-        text.reset(
-            REALBuildUnicodeString(message, static_cast<long long>(std::strlen(message)), encodingASCII));
-        isBuildingText = false;
-    }
-
+    const OwnedString text = exceptionText(message);
     OwnedObject exception(REALnewInstance(className));
     if (!exception) exception.reset(REALnewInstance(fallbackClass));
     if (!exception) return;
