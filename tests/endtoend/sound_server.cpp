@@ -57,6 +57,8 @@ SoundServer::~SoundServer()
     close(turn_);
 }
 
+void SoundServer::kill() { server_->send(SIGKILL); }
+
 support::Child::Environment SoundServer::environment() const
 {
     return {{"JACK_DEFAULT_SERVER", serverName},

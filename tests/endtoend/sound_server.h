@@ -19,6 +19,9 @@ public:
     explicit SoundServer(int sampleRate);
     ~SoundServer();
 
+    /// End it at once, as a crash would.
+    void kill();
+
     /// For every program that is to find this server, and start none.
     support::Child::Environment environment() const;
 

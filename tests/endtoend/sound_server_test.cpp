@@ -62,4 +62,26 @@ TEST(SoundServer, HearsTheFileSampleForSample)
         << "silence after the end";
 }
 
+// The server crashes in the middle: the command notices, says so, and leaves nothing behind.
+TEST(SoundServer, ThatGoesAwayEndsThePlayingWithAMessage)
+{
+    SoundServer server(rate);
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
+    auto environment = server.environment();
+    environment.push_back({"KVX_AUDIO_DEVICE", "system"});
+    support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
+                          folder.path());
+    while (player.isRunning() && player.outSoFar().find("Playing") == std::string::npos)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    server.kill();
+    const auto result = player.wait();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("kvx: system went away while playing; choose another device"),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(folder.count(), 1u) << "no half-made capture";
+}
+
 } // namespace
