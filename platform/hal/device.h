@@ -43,6 +43,19 @@ struct Level {
     bool isMuted = false;
 };
 
+/// A gain on its way to another in a straight line of as many frames as `glideFrames`, however they are
+/// sliced.
+constexpr UInt32 glideFrames = 512;
+struct Glide {
+    float from = 1, to = 1;
+    UInt32 framesLeft = 0;
+
+    float now() const
+    {
+        return to + (from - to) * (static_cast<float>(framesLeft) / static_cast<float>(glideFrames));
+    }
+};
+
 /// Settings as a cycle uses them, with buffers of their size. Made outside the cycle, and freed outside.
 struct Shape {
     explicit Shape(const Settings& ofSettings);
@@ -89,14 +102,14 @@ struct Device {
     bool isMuted = false;
     std::vector<Level> outputLevels;
     SInt32 hogOwner = -1;
-    UInt32 dataSource = 'spkr';
+    UInt32 outputSource = 'spkr';
     std::vector<double> rates; ///< those on offer; empty: any from 1 kHz to 768 kHz
     bool ratesAreKnown = true;
 
     // ---- under `control` ----
     std::mutex control;
-    int hardwareIndex = -1; ///< PortAudio's index of the device
     std::unique_ptr<HardwareStream> hardware;
+    Settings applied; ///< those that the device was last turned with, or is to be turned with next
     bool hasTimerThread = false;
     std::unique_ptr<const Tap> ownedTap;
     std::shared_ptr<Capture> ownedCapture;
@@ -104,7 +117,7 @@ struct Device {
     // ---- the cycle's own, under `turnLock` ----
     std::mutex turnLock;
     std::unique_ptr<Shape> shape;
-    std::array<float, mostChannels> gains; ///< of each output channel; a slice glides to the target
+    std::array<Glide, mostChannels> glides; ///< of each output channel's gain
     double sampleTime = 0;
     double stepDebt = 0; ///< frames of elapsed time that a stepped device still owes
 
@@ -142,9 +155,10 @@ using DeviceRef = std::shared_ptr<Device>;
 /// The device whose cycle runs on this thread, or null.
 extern thread_local Device* turningDevice;
 
-/// Make the cycle work with the settings and levels of now. Takes `control`; in a cycle the housekeeper is
-/// asked instead.
-void applySettings(const DeviceRef& device);
+/// Make the cycle work with the settings of now. Takes `control`; in a cycle the housekeeper is asked
+/// instead. Hardware that does not open with a new rate or slice keeps the former ones: '!dat'. If it does
+/// not open with those either, the device dies: 'what'.
+OSStatus applySettings(const DeviceRef& device);
 
 /// Make the cycle glide to the levels of now. [any]
 void applyLevels(const DeviceRef& device);

@@ -1,5 +1,6 @@
 #include "platform/hal/housekeeper.h"
 
+#include "platform/hal/device_changes.h"
 #include "platform/hal/io_procs.h"
 #include "platform/hal/listeners.h"
 #include "platform/hal/portaudio_driver.h"
@@ -32,7 +33,10 @@ void tellOfRunning(const Device& device)
 /// True if nothing is left to do.
 bool tidy(const DeviceRef& device)
 {
-    if (device->mustApply.exchange(false)) applySettings(device);
+    if (device->mustApply.exchange(false) && applySettings(device) != noErr) {
+        tellNewRate(*device); // whoever set it inside a cycle was told that it holds
+        tellNewSlice(*device);
+    }
     const bool hasNews = device->hasNewsOfRunning.exchange(false);
     const bool hasRemoved = device->hasRemovedProcs.exchange(false);
     if (!hasNews && !hasRemoved) return true;
@@ -62,7 +66,7 @@ void run()
         isTidy = true;
         for (const DeviceRef& device : devicesForProcs()) {
             isTidy = tidy(device) && isTidy;
-            if (hasHardwareEnded(*device)) letDie(device);
+            if (hasHardwareEnded(device)) letDie(device);
         }
     }
 }

@@ -46,9 +46,12 @@ void countStart(Device& device, int change)
     wakeHousekeeper();
 }
 
-void setStarted(Device& device, IOProc& proc, bool isStarted)
+/// True if it was not so before.
+bool setStarted(Device& device, IOProc& proc, bool isStarted)
 {
-    if (proc.isStarted.exchange(isStarted) != isStarted) countStart(device, isStarted ? 1 : -1);
+    const bool isNews = proc.isStarted.exchange(isStarted) != isStarted;
+    if (isNews) countStart(device, isStarted ? 1 : -1);
+    return isNews;
 }
 
 /// Until a call of the procedure that is under way has ended. Inside a cycle nobody waits: the marks do it.
@@ -100,8 +103,14 @@ OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
     return noErr;
 }
 
+/// What a start or stop marked. The record lives as long as `control` is held, or its call is under way.
+struct Marked {
+    IOProc* proc = nullptr; ///< null: the device itself
+    bool isNews = false;    ///< the mark was not there before
+};
+
 /// Set the mark of a procedure, or count a start or stop of the device itself.
-OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, const IOProc** out_proc = nullptr)
+OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, Marked& marked)
 {
     if (!proc) {
         if (!isStarted && device.startsWithoutProc.fetch_sub(1) <= 0) {
@@ -110,19 +119,32 @@ OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, const IO
         }
         if (isStarted) ++device.startsWithoutProc;
         countStart(device, isStarted ? 1 : -1);
+        marked.isNews = true;
         return noErr;
     }
     bool isThere = true;
     const Pick pick = isStarted ? Pick::newestAtRest : Pick::oldest;
     const bool isFound = withProc(device, proc, pick, [&](IOProc& found) {
         isThere = !found.isRemoved;
-        if (isThere) setStarted(device, found, isStarted);
+        if (isThere) marked.isNews = setStarted(device, found, isStarted);
         // Once started it may be called, and remove itself, before this looks again. It was started all the
         // same.
         if (found.isRemoved) setStarted(device, found, false);
-        if (out_proc) *out_proc = &found;
+        marked.proc = &found;
     });
     return isFound && isThere ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
+}
+
+/// Take back a start: of the record that was marked, whatever others bear the same name.
+void unmark(Device& device, const Marked& marked)
+{
+    if (!marked.isNews) return;
+    if (marked.proc) {
+        setStarted(device, *marked.proc, false);
+    } else {
+        --device.startsWithoutProc;
+        countStart(device, -1);
+    }
 }
 
 OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
@@ -130,13 +152,14 @@ OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     if (const OSStatus refusal = device->startRefusal; refusal != noErr) return refusal;
-    if (turningDevice) return mark(*device, proc, true); // the housekeeper sees to the driver
+    Marked marked;
+    if (turningDevice) return mark(*device, proc, true, marked); // the housekeeper sees to the driver
 
     startCaptureOfEnvironment(device);
     const std::lock_guard<std::mutex> control(device->control);
-    if (const OSStatus status = mark(*device, proc, true); status != noErr) return status;
+    if (const OSStatus status = mark(*device, proc, true, marked); status != noErr) return status;
     const OSStatus status = settleDriver(device);
-    if (status != noErr) mark(*device, proc, false);
+    if (status != noErr) unmark(*device, marked);
     return status;
 }
 
@@ -144,10 +167,10 @@ OSStatus stop(AudioDeviceID id, AudioDeviceIOProcID proc)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
-    const IOProc* stopped = nullptr;
-    if (const OSStatus status = mark(*device, proc, false, &stopped); status != noErr) return status;
+    Marked stopped;
+    if (const OSStatus status = mark(*device, proc, false, stopped); status != noErr) return status;
     if (turningDevice) return noErr;
-    if (stopped) waitForCall(*device, stopped);
+    if (stopped.proc) waitForCall(*device, stopped.proc);
     const std::lock_guard<std::mutex> control(device->control);
     settleDriver(device);
     forgetIfUnused(device);
@@ -161,8 +184,7 @@ OSStatus settleDriver(const DeviceRef& device)
     const Driver driver = device->driver;
     if (driver == Driver::hardware && device->isRunning()) return openHardware(device);
     closeHardware(device);
-    if (driver == Driver::timer && device->isRunning()) ensureTimerThread(device);
-    return noErr;
+    return driver == Driver::timer && device->isRunning() ? ensureTimerThread(device) : OSStatus{noErr};
 }
 
 void handOver(const DeviceRef& device, Driver driver)

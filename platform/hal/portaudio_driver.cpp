@@ -1,12 +1,15 @@
 #include "platform/hal/portaudio_driver.h"
 
+#include "platform/hal/common_rates.h"
 #include "platform/hal/cycle.h"
+#include "platform/hal/tree.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <map>
 #include <portaudio.h>
 #include <unistd.h>
 #include <utility>
@@ -25,8 +28,6 @@ std::vector<std::unique_ptr<HardwareStream>> endedStreams; // under paLock
 
 constexpr std::int64_t longestSilenceNanos = 2'000'000'000; // a running stream asks far more often
 constexpr UInt32 mostOffered = 32;                          // plug-like devices offer any number of channels
-constexpr double commonRates[] = {8000,  11025, 16000, 22050,  32000, 44100,
-                                  48000, 88200, 96000, 176400, 192000};
 
 // ---- the libraries below PortAudio print what they try; a user wants to see none of it ----
 
@@ -89,14 +90,46 @@ bool startPortAudio(std::string& error)
     return isStarted;
 }
 
-PaStreamParameters parametersOf(const Device& device)
+/// Every output device of the list as it is: its index, by the UID that it has here.
+struct Found {
+    int index;
+    std::string uid;
+};
+
+/// The user's own default first, then in its order; of equal names, the second is ":2". paLock held.
+std::vector<Found> outputsFound()
 {
-    PaStreamParameters parameters = {};
-    parameters.device = device.hardwareIndex;
-    parameters.channelCount = static_cast<int>(device.settings.outputChannels);
+    std::vector<int> order;
+    const int preferred = Pa_GetDefaultOutputDevice();
+    if (preferred >= 0) order.push_back(preferred);
+    for (int i = 0; i < Pa_GetDeviceCount(); ++i)
+        if (i != preferred) order.push_back(i);
+    std::map<std::string, int> count;
+    std::vector<Found> all;
+    for (int index : order) {
+        const PaDeviceInfo* info = Pa_GetDeviceInfo(index);
+        const PaHostApiInfo* system = info ? Pa_GetHostApiInfo(info->hostApi) : nullptr;
+        if (!system || info->maxOutputChannels <= 0) continue;
+        const std::string uid = std::string(system->name) + ":" + info->name;
+        const int number = ++count[uid];
+        all.push_back({index, number == 1 ? uid : uid + ":" + std::to_string(number)});
+    }
+    return all;
+}
+
+/// How to open the device, wherever it stands in the list now. False if it is not there. paLock held.
+bool findParameters(const Device& device, UInt32 channels, PaStreamParameters& parameters)
+{
+    const std::vector<Found> all = outputsFound();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const Found& each) { return each.uid == device.uid; });
+    if (found == all.end()) return false;
+    parameters = {};
+    parameters.device = found->index;
+    parameters.channelCount = static_cast<int>(channels);
     parameters.sampleFormat = paFloat32;
-    parameters.suggestedLatency = Pa_GetDeviceInfo(device.hardwareIndex)->defaultLowOutputLatency;
-    return parameters;
+    parameters.suggestedLatency = Pa_GetDeviceInfo(found->index)->defaultLowOutputLatency;
+    return true;
 }
 
 int callback(const void*, void* output, unsigned long frames, const PaStreamCallbackTimeInfo*,
@@ -122,15 +155,13 @@ int callback(const void*, void* output, unsigned long frames, const PaStreamCall
     return paContinue;
 }
 
-DeviceRef deviceOf(int index)
+DeviceRef deviceOf(const Found& found)
 {
-    const PaDeviceInfo& info = *Pa_GetDeviceInfo(index);
-    const char* system = Pa_GetHostApiInfo(info.hostApi)->name;
+    const PaDeviceInfo& info = *Pa_GetDeviceInfo(found.index);
     auto device = std::make_shared<Device>();
-    device->hardwareIndex = index;
     device->name = info.name;
-    device->manufacturer = system;
-    device->uid = std::string(system) + ":" + info.name;
+    device->manufacturer = Pa_GetHostApiInfo(info.hostApi)->name;
+    device->uid = found.uid;
     device->driver = Driver::hardware;
     device->settings.rate = info.defaultSampleRate;
     const auto channels = static_cast<UInt32>(info.maxOutputChannels);
@@ -148,31 +179,36 @@ std::vector<DeviceRef> readHardware(std::string& error)
     const std::lock_guard<std::mutex> lock(paLock);
     std::vector<DeviceRef> devices;
     if (!startPortAudio(error)) return devices;
-    static bool isFirst = true;
-    if (!std::exchange(isFirst, false) && openStreams == 0 &&
-        endedStreams.empty()) { // its list is only read at its start
-        Pa_Terminate();
-        initialize();
-        silenceMessages();
-    }
-    // The user's own default first, then in its order.
-    std::vector<int> order;
-    const int preferred = Pa_GetDefaultOutputDevice();
-    if (preferred >= 0) order.push_back(preferred);
-    for (int i = 0; i < Pa_GetDeviceCount(); ++i)
-        if (i != preferred) order.push_back(i);
-    for (int index : order)
-        if (Pa_GetDeviceInfo(index)->maxOutputChannels > 0) devices.push_back(deviceOf(index));
+    for (const Found& found : outputsFound()) devices.push_back(deviceOf(found));
     return devices;
 }
 
-bool canOpen(const Device& device)
+std::vector<DeviceRef> readHardwareAnew(std::string& error)
+{
+    {
+        const std::lock_guard<std::mutex> lock(paLock);
+        if (openStreams > 0) {
+            error = "the list cannot be read while a device is playing; stop it first";
+            return {};
+        }
+        if (!endedStreams.empty()) {
+            error = "the list cannot be read any more, since a device ended while it was playing; start the "
+                    "program again";
+            return {};
+        }
+        if (std::exchange(isStarted, false)) Pa_Terminate(); // its list is only read at its start
+    }
+    return readHardware(error);
+}
+
+bool canOpen(const Device& device, const Settings& settings)
 {
     const std::lock_guard<std::mutex> lock(paLock);
-    const PaStreamParameters parameters = parametersOf(device);
+    PaStreamParameters parameters;
+    if (!findParameters(device, settings.outputChannels, parameters)) return false;
     PaStream* stream = nullptr;
-    if (Pa_OpenStream(&stream, nullptr, &parameters, device.settings.rate, device.settings.sliceFrames,
-                      paNoFlag, nullptr, nullptr) != paNoError)
+    if (Pa_OpenStream(&stream, nullptr, &parameters, settings.rate, settings.sliceFrames, paNoFlag, nullptr,
+                      nullptr) != paNoError)
         return false;
     Pa_CloseStream(stream);
     return true;
@@ -180,14 +216,20 @@ bool canOpen(const Device& device)
 
 std::vector<double> findRates(const Device& device)
 {
+    Settings settings;
+    {
+        const std::lock_guard<std::mutex> lock(treeLock());
+        settings = device.settings;
+    }
     const std::lock_guard<std::mutex> lock(paLock);
-    const PaStreamParameters parameters = parametersOf(device);
+    PaStreamParameters parameters;
+    const bool isThere = findParameters(device, settings.outputChannels, parameters);
     std::vector<double> rates;
     for (double rate : commonRates)
-        if (rate == device.settings.rate ||
-            Pa_IsFormatSupported(nullptr, &parameters, rate) == paFormatIsSupported)
+        if (rate == settings.rate ||
+            (isThere && Pa_IsFormatSupported(nullptr, &parameters, rate) == paFormatIsSupported))
             rates.push_back(rate);
-    if (rates.empty()) rates.push_back(device.settings.rate);
+    if (rates.empty()) rates.push_back(settings.rate);
     return rates;
 }
 
@@ -200,8 +242,8 @@ OSStatus openHardware(const DeviceRef& device)
         const std::lock_guard<std::mutex> turn(device->turnLock); // no stream, so nobody turns it
         running = takeUpSettings(*device);
     }
-    PaStreamParameters parameters = parametersOf(*device);
-    parameters.channelCount = static_cast<int>(running.outputChannels);
+    PaStreamParameters parameters;
+    if (!findParameters(*device, running.outputChannels, parameters)) return kAudioHardwareUnspecifiedError;
     auto hardware = std::make_unique<HardwareStream>();
     hardware->device = device.get();
     hardware->channels = running.outputChannels;
@@ -221,8 +263,8 @@ OSStatus openHardware(const DeviceRef& device)
 void closeHardware(const DeviceRef& device)
 {
     if (!device->hardware) return;
-    --openStreams;
     const std::lock_guard<std::mutex> lock(paLock);
+    --openStreams;
     if (device->hardware->isAbandoned || Pa_IsStreamActive(device->hardware->stream) != 1) {
         device->hardware->isAbandoned = true;
         endedStreams.push_back(std::move(device->hardware));
@@ -233,15 +275,17 @@ void closeHardware(const DeviceRef& device)
     device->hardware = nullptr;
 }
 
-bool hasHardwareEnded(Device& device)
+bool hasHardwareEnded(const DeviceRef& device)
 {
-    const std::lock_guard<std::mutex> control(device.control);
-    if (!device.hardware) return false;
+    const std::lock_guard<std::mutex> control(device->control);
+    if (!device->hardware)
+        return device->driver == Driver::hardware && device->isRunning() && openHardware(device) != noErr;
+    HardwareStream& hardware = *device->hardware;
     const std::lock_guard<std::mutex> lock(paLock);
-    const std::int64_t last = std::max(device.lastCycleNanos.load(), device.hardware->openedNanos);
+    const std::int64_t last = std::max(device->lastCycleNanos.load(), hardware.openedNanos);
     const bool isSilent = static_cast<std::int64_t>(AudioGetCurrentHostTime()) - last > longestSilenceNanos;
-    if (isSilent || Pa_IsStreamActive(device.hardware->stream) != 1) device.hardware->isAbandoned = true;
-    return device.hardware->isAbandoned;
+    if (isSilent || Pa_IsStreamActive(hardware.stream) != 1) hardware.isAbandoned = true;
+    return hardware.isAbandoned;
 }
 
 void leaveHardware()

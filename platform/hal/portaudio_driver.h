@@ -5,22 +5,26 @@
 
 namespace kvxplatform::hal {
 
-/// Every output device of PortAudio, as it is now; those that are being played are not looked at anew.
-/// Starts PortAudio at the first call. Empty, with the reason in `error`, if it does not start.
+/// Every output device of PortAudio. Of equal names, the second has ":2" behind its UID, and so on.
+/// Starts PortAudio. Empty, with the reason in `error`, if it does not start.
 std::vector<DeviceRef> readHardware(std::string& error);
 
-/// Whether a stream can be opened on it: what decides the default device.
-bool canOpen(const Device& device);
+/// The same, as they are now: PortAudio is started anew for it. Empty, with the reason in `error`, while a
+/// stream is open, or once one has ended by itself.
+std::vector<DeviceRef> readHardwareAnew(std::string& error);
 
-/// The rates that the hardware takes, asked once: it may open the device for each.
+/// Whether a stream can be opened on it: what decides the default device.
+bool canOpen(const Device& device, const Settings& settings);
+
+/// The rates that the hardware takes, asked once: it may open the device for each. Takes the tree's lock.
 std::vector<double> findRates(const Device& device);
 
 /// Open and start the stream of a device, if it is not. `control` held by the caller.
 OSStatus openHardware(const DeviceRef& device);
 void closeHardware(const DeviceRef& device);
 
-/// Running hardware stopped asking for slices. [housekeeper]
-bool hasHardwareEnded(Device& device);
+/// Running hardware stopped asking for slices, or has no stream and none can be opened. [housekeeper]
+bool hasHardwareEnded(const DeviceRef& device);
 bool isAnyHardwareOpen();
 
 /// At the end of the process: let PortAudio go, unless a stream is open or does not answer. A sound server

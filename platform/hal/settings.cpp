@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 namespace kvxplatform::hal {
 
@@ -28,23 +30,65 @@ float gainOfScalar(float scalar)
     return std::pow(10.0f, decibelsOfScalar(scalar) / 20);
 }
 
-void applySettings(const DeviceRef& device)
+namespace {
+
+/// `control` held by the caller.
+OSStatus turnWith(const DeviceRef& device, std::unique_ptr<Shape> shape)
+{
+    closeHardware(device); // a stream is opened for one rate and one slice
+    delete device->nextShape.exchange(shape.release());
+    freeSpentShapes(*device);
+    return settleDriver(device);
+}
+
+void restore(Device& device, const Settings& former)
+{
+    const std::lock_guard<std::mutex> lock(treeLock());
+    device.settings.rate = former.rate;
+    device.settings.sliceFrames = former.sliceFrames;
+}
+
+/// `control` held by the caller.
+OSStatus turnWithNewSettings(const DeviceRef& device)
+{
+    Settings wanted;
+    {
+        const std::lock_guard<std::mutex> lock(treeLock());
+        wanted = device->settings;
+    }
+    std::unique_ptr<Shape> next, former; // both there before anything is touched
+    try {
+        next = std::make_unique<Shape>(wanted);
+        former = std::make_unique<Shape>(device->applied);
+    } catch (...) {
+        restore(*device, device->applied);
+        throw;
+    }
+    if (turnWith(device, std::move(next)) == noErr) {
+        device->applied = wanted;
+        return noErr;
+    }
+    restore(*device, device->applied);
+    return turnWith(device, std::move(former)) == noErr ? OSStatus{kAudioDeviceUnsupportedFormatError}
+                                                        : OSStatus{kAudioHardwareUnspecifiedError};
+}
+
+} // namespace
+
+OSStatus applySettings(const DeviceRef& device)
 {
     if (turningDevice) {
         device->mustApply = true;
         wakeHousekeeper();
-        return;
+        return noErr;
     }
-    const std::lock_guard<std::mutex> control(device->control);
-    Settings settings;
+    OSStatus status;
     {
-        const std::lock_guard<std::mutex> lock(treeLock());
-        settings = device->settings;
+        const std::lock_guard<std::mutex> control(device->control);
+        status = turnWithNewSettings(device);
     }
-    closeHardware(device); // a stream is opened for one rate and one slice
-    delete device->nextShape.exchange(new Shape(settings));
-    freeSpentShapes(*device);
-    settleDriver(device);
+    if (status == kAudioHardwareUnspecifiedError) letDie(device); // else it is started, and nobody turns it
+    return status;
 }
 
 void applyLevels(const DeviceRef& device)

@@ -3,6 +3,7 @@
 #include "platform/hal/cycle.h"
 
 #include <chrono>
+#include <exception>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -52,11 +53,14 @@ void run(const DeviceRef& device)
 
 } // namespace
 
-void ensureTimerThread(const DeviceRef& device)
-{
-    if (device->hasTimerThread) return;
-    device->hasTimerThread = true;
+OSStatus ensureTimerThread(const DeviceRef& device)
+try {
+    if (device->hasTimerThread) return noErr;
     std::thread(run, device).detach();
+    device->hasTimerThread = true;
+    return noErr;
+} catch (const std::exception&) {
+    return kAudioHardwareUnspecifiedError;
 }
 
 } // namespace kvxplatform::hal

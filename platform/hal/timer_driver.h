@@ -7,6 +7,7 @@ namespace kvxplatform::hal {
 
 /// See that the device has its timer thread. It rests while nothing is started, keeps deadlines of its own
 /// start, so that it never drifts, and makes up for slices that came late. `control` held by the caller.
-void ensureTimerThread(const DeviceRef& device);
+/// 'what' if the machine has no thread to spare; the next call tries again.
+OSStatus ensureTimerThread(const DeviceRef& device);
 
 } // namespace kvxplatform::hal

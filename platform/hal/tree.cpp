@@ -65,6 +65,7 @@ void enter(Tree& tree, const DeviceRef& device)
     device->outputLevels.resize(device->settings.outputChannels);
     for (auto& gain : device->targetGains) gain = 1.0f;
     device->shape = std::make_unique<Shape>(device->settings); // nobody else knows the device yet
+    device->applied = device->settings;
     tree.listed.push_back(device);
 }
 
@@ -102,6 +103,7 @@ DeviceRef meantBy(const std::vector<DeviceRef>& devices, const DeviceRef& builtI
 void findDevices(Tree& tree)
 {
     const char* choice = std::getenv("KVX_AUDIO_DEVICE");
+    if (choice && !*choice) choice = nullptr;
     const char* capture = std::getenv("KVX_AUDIO_CAPTURE");
     if (capture) tree.capturePath = capture;
 
@@ -114,15 +116,17 @@ void findDevices(Tree& tree)
     enter(tree, makeSimulatedInput());
 
     const auto opens = std::find_if(tree.listed.begin(), tree.listed.end(), [](const DeviceRef& device) {
-        return device->isSimulated || canOpen(*device);
+        return device->isSimulated || canOpen(*device, device->settings);
     });
     DeviceRef chosen = *opens;
     const DeviceRef meant = choice ? meantBy(tree.listed, tree.builtIn, choice, error) : chosen;
     if (meant)
         chosen = meant;
     else
-        std::fprintf(stderr, "KVX_AUDIO_DEVICE: %s; playing to \"%s\"\n", error.c_str(),
-                     chosen->name.c_str());
+        std::fprintf(stderr,
+                     "KVX_AUDIO_DEVICE: %s; playing to \"%s\". Set it to one of these names or numbers, or "
+                     "to \"simulated\"\n",
+                     error.c_str(), chosen->name.c_str());
     roleOf(tree, Role::output) = roleOf(tree, Role::systemOutput) = chosen->id;
     roleOf(tree, Role::input) = successor(tree, roleFacts[static_cast<int>(Role::input)]);
 }
@@ -272,7 +276,8 @@ bool assign(Role role, AudioObjectID id)
 DeviceRef enterDevice(const DeviceRef& device)
 {
     Tree& t = tree();
-    std::vector<AudioObjectPropertySelector> changed = {kAudioHardwarePropertyDevices};
+    std::vector<AudioObjectPropertySelector> changed = {kAudioHardwarePropertyDevices,
+                                                        kAudioObjectPropertyOwnedObjects};
     {
         const std::lock_guard<std::mutex> lock(t.lock);
         enter(t, device);
@@ -298,7 +303,7 @@ void end(const DeviceRef& device, bool isUnplugged)
             device->isListed = false;
             t.listed.erase(std::remove(t.listed.begin(), t.listed.end(), device), t.listed.end());
             t.unplugged.push_back(device);
-            changed.push_back(kAudioHardwarePropertyDevices);
+            changed = {kAudioHardwarePropertyDevices, kAudioObjectPropertyOwnedObjects};
         }
         for (auto selector : moveRoles(t)) changed.push_back(selector);
     }
@@ -340,26 +345,37 @@ bool chooseOutput(const std::string& choice, std::string& error)
     return false;
 }
 
+namespace {
+
+bool isAlive(const Device& device)
+{
+    const std::lock_guard<std::mutex> lock(treeLock());
+    return device.isAlive;
+}
+
+} // namespace
+
 bool refreshHardware(std::string& error)
 {
-    const std::vector<DeviceRef> found = readHardware(error);
+    const std::vector<DeviceRef> found = readHardwareAnew(error);
+    if (!error.empty()) return false;
     const auto isSame = [](const DeviceRef& a, const DeviceRef& b) { return a->uid == b->uid; };
     const std::vector<DeviceRef> known = listedDevices();
+    std::vector<DeviceRef> staying;
     for (const DeviceRef& device : known) {
         if (device->isSimulated) continue;
-        const auto again =
-            std::find_if(found.begin(), found.end(), [&](const DeviceRef& f) { return isSame(f, device); });
-        if (again == found.end()) {
-            unplug(device);
-        } else {
-            const std::lock_guard<std::mutex> control(device->control);
-            device->hardwareIndex = (*again)->hardwareIndex; // the list was read anew: indices may have moved
-        }
+        const bool isFound =
+            std::any_of(found.begin(), found.end(), [&](const DeviceRef& f) { return isSame(f, device); });
+        if (isFound && isAlive(*device))
+            staying.push_back(device);
+        else
+            unplug(device); // a dead one that is found again is another one
     }
     for (const DeviceRef& device : found)
-        if (std::none_of(known.begin(), known.end(), [&](const DeviceRef& k) { return isSame(k, device); }))
+        if (std::none_of(staying.begin(), staying.end(),
+                         [&](const DeviceRef& k) { return isSame(k, device); }))
             enterDevice(device);
-    return error.empty();
+    return true;
 }
 
 DeviceRef builtInSimulatedDevice() { return tree().builtIn; }

@@ -58,7 +58,8 @@ void forgetIfUnused(const DeviceRef& device);
 /// Choose the device of output and system output by what a user typed. False, with the reason in `error`.
 bool chooseOutput(const std::string& choice, std::string& error);
 
-/// Read PortAudio's list again: new devices are entered, those that went are unplugged.
+/// Read PortAudio's list again: new devices are entered, those that went are unplugged, and one that died and
+/// is there again is entered as another. False, with the reason in `error`, if the list stays as it is.
 bool refreshHardware(std::string& error);
 
 DeviceRef builtInSimulatedDevice();

@@ -1,0 +1,180 @@
+#include "tests/platform/hal/fake_hardware.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <thread>
+
+namespace bench {
+
+namespace {
+
+/// Turned by a thread of its own while it is started.
+struct Stream {
+    PaStreamCallback* callback;
+    void* client;
+    unsigned long frames;
+    std::vector<float> samples;
+    std::atomic<bool> mustStop{false}, hasEnded{false};
+    std::thread thread;
+
+    void run()
+    {
+        const PaStreamCallbackTimeInfo times = {};
+        while (!mustStop && !hasEnded) {
+            if (callback(nullptr, samples.data(), frames, &times, 0, client) != paContinue) hasEnded = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+    void stop()
+    {
+        mustStop = true;
+        if (thread.joinable()) thread.join();
+    }
+};
+
+std::vector<FakeDevice> current; // since Pa_Initialize; under the lock
+std::vector<PaDeviceInfo> infos;
+std::vector<Stream*> streams;
+bool isInitialized = false;
+
+} // namespace
+
+FakeHardware& fakeHardware()
+{
+    static FakeHardware& hardware = *new FakeHardware;
+    return hardware;
+}
+
+void endFakeStreams()
+{
+    const std::lock_guard<std::mutex> lock(fakeHardware().lock);
+    for (Stream* stream : streams) stream->hasEnded = true;
+}
+
+} // namespace bench
+
+using namespace bench;
+
+extern "C" {
+
+__attribute__((visibility("default"))) PaError Pa_Initialize(void)
+{
+    FakeHardware& fake = fakeHardware();
+    const std::lock_guard<std::mutex> lock(fake.lock);
+    if (!fake.starts) return paInternalError;
+    current = fake.plugged;
+    infos.clear();
+    for (const FakeDevice& device : current) {
+        PaDeviceInfo info = {};
+        info.structVersion = 2;
+        info.name = device.name.c_str();
+        info.maxOutputChannels = device.channels;
+        info.defaultLowOutputLatency = 0.01;
+        info.defaultSampleRate = device.onlyRate > 0 ? device.onlyRate : 44100;
+        infos.push_back(info);
+    }
+    isInitialized = true;
+    return paNoError;
+}
+
+__attribute__((visibility("default"))) PaError Pa_Terminate(void)
+{
+    isInitialized = false;
+    return paNoError;
+}
+
+__attribute__((visibility("default"))) const char* Pa_GetErrorText(PaError) { return "as the test wants"; }
+
+__attribute__((visibility("default"))) PaDeviceIndex Pa_GetDeviceCount(void)
+{
+    return isInitialized ? static_cast<PaDeviceIndex>(infos.size()) : paNotInitialized;
+}
+
+__attribute__((visibility("default"))) PaDeviceIndex Pa_GetDefaultOutputDevice(void)
+{
+    return isInitialized && !infos.empty() ? 0 : paNoDevice;
+}
+
+__attribute__((visibility("default"))) const PaDeviceInfo* Pa_GetDeviceInfo(PaDeviceIndex index)
+{
+    const bool isThere = isInitialized && index >= 0 && index < static_cast<int>(infos.size()) &&
+                         index != fakeHardware().hiddenInfo;
+    return isThere ? &infos[static_cast<std::size_t>(index)] : nullptr;
+}
+
+__attribute__((visibility("default"))) const PaHostApiInfo* Pa_GetHostApiInfo(PaHostApiIndex)
+{
+    static const PaHostApiInfo info = {1, paInDevelopment, "Fake", 0, -1, 0};
+    return &info;
+}
+
+__attribute__((visibility("default"))) PaError
+Pa_IsFormatSupported(const PaStreamParameters*, const PaStreamParameters* output, double rate)
+{
+    if (!isInitialized) return paNotInitialized;
+    const FakeDevice& device = current.at(static_cast<std::size_t>(output->device));
+    return device.onlyRate == 0 || rate == device.onlyRate ? paFormatIsSupported : paInvalidSampleRate;
+}
+
+__attribute__((visibility("default"))) PaError Pa_OpenStream(PaStream** out_stream, const PaStreamParameters*,
+                                                             const PaStreamParameters* output, double rate,
+                                                             unsigned long frames, PaStreamFlags,
+                                                             PaStreamCallback* callback, void* client)
+{
+    FakeHardware& fake = fakeHardware();
+    const std::lock_guard<std::mutex> lock(fake.lock);
+    if (!isInitialized) return paNotInitialized;
+    const FakeDevice& device = current.at(static_cast<std::size_t>(output->device));
+    if (!device.opens) return paDeviceUnavailable;
+    if (callback && fake.openingsToRefuse > 0) {
+        --fake.openingsToRefuse;
+        return paDeviceUnavailable;
+    }
+    auto stream = std::make_unique<Stream>();
+    stream->callback = callback;
+    stream->client = client;
+    stream->frames = frames;
+    stream->samples.resize(frames * static_cast<std::size_t>(output->channelCount));
+    ++fake.opened;
+    fake.lastOpenedIndex = output->device;
+    fake.lastOpenedRate = rate;
+    streams.push_back(stream.get());
+    *out_stream = stream.release();
+    return paNoError;
+}
+
+__attribute__((visibility("default"))) PaError Pa_StartStream(PaStream* stream)
+{
+    auto& started = *static_cast<Stream*>(stream);
+    started.thread = std::thread([&started] { started.run(); });
+    return paNoError;
+}
+
+__attribute__((visibility("default"))) PaError Pa_StopStream(PaStream* stream)
+{
+    static_cast<Stream*>(stream)->stop();
+    return paNoError;
+}
+
+__attribute__((visibility("default"))) PaError Pa_CloseStream(PaStream* stream)
+{
+    const std::unique_ptr<Stream> owner(static_cast<Stream*>(stream));
+    owner->stop();
+    const std::lock_guard<std::mutex> lock(fakeHardware().lock);
+    for (auto& each : streams)
+        if (each == owner.get()) {
+            each = streams.back();
+            streams.pop_back();
+            break;
+        }
+    ++fakeHardware().closed;
+    return paNoError;
+}
+
+__attribute__((visibility("default"))) PaError Pa_IsStreamActive(PaStream* stream)
+{
+    return static_cast<Stream*>(stream)->hasEnded ? 0 : 1;
+}
+
+} // extern "C"
