@@ -7,6 +7,7 @@
 #include "platform/hal/tree.h"
 
 #include <cstring>
+#include <exception>
 
 using namespace kvxplatform::hal;
 
@@ -18,6 +19,13 @@ int32_t fail(OSStatus status, const std::string& text)
 {
     errorText = text;
     return static_cast<int32_t>(status);
+}
+
+/// For what was thrown on the way. Short enough to need no memory: that may be what is lacking.
+int32_t outOfMeans() noexcept
+{
+    errorText = "no means left";
+    return kAudioHardwareUnspecifiedError;
 }
 
 int32_t noSuchDevice(KVXDeviceID id)
@@ -40,11 +48,11 @@ void copyText(char (&target)[size], const std::string& text)
 }
 
 /// Why a simulated device cannot be like this; null if it can. Zero is "as it is".
-const char* refusalOf(double rate, uint32_t channels, uint32_t slice)
+const char* refusalOf(double rate, uint32_t channels, uint32_t slice, uint32_t inputs = 0)
 {
     if (rate != 0 && !(rate >= lowestRate && rate <= highestRate))
         return "a simulated device runs at 1000 to 768000 Hz";
-    if (channels > mostChannels) return "a simulated device has at most 64 channels";
+    if (channels > mostChannels || inputs > mostChannels) return "a simulated device has at most 64 channels";
     if (slice > largestSlice) return "a simulated device's slice has at most 8192 frames";
     return nullptr;
 }
@@ -83,37 +91,46 @@ void setDriver(const DeviceRef& device, Driver driver)
 const char* KVXPlatformErrorText(void) { return errorText.c_str(); }
 
 uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity)
-{
+try {
     const std::vector<DeviceRef> devices = listedDevices();
     const AudioObjectID defaultOutput = deviceInRole(Role::output);
     const std::lock_guard<std::mutex> lock(treeLock());
     for (std::size_t i = 0; i < devices.size() && i < capacity; ++i)
         rows[i] = infoOf(*devices[i], defaultOutput);
     return static_cast<uint32_t>(devices.size());
+} catch (const std::exception&) {
+    outOfMeans();
+    return 0;
 }
 
 KVXDeviceID KVXPlatformBuiltInSimulatedDevice(void)
-{
+try {
     return static_cast<KVXDeviceID>(builtInSimulatedDevice()->id);
+} catch (const std::exception&) {
+    outOfMeans();
+    return 0;
 }
 
 KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description)
-{
+try {
     if (!description) {
         fail(kAudioHardwareIllegalOperationError,
              "a simulated device needs a description, which may be all zero");
         return 0;
     }
-    if (const char* refusal =
-            refusalOf(description->sampleRate, description->outputChannels, description->sliceFrames)) {
+    if (const char* refusal = refusalOf(description->sampleRate, description->outputChannels,
+                                        description->sliceFrames, description->inputChannels)) {
         fail(kAudioDeviceUnsupportedFormatError, refusal);
         return 0;
     }
     return static_cast<KVXDeviceID>(enterDevice(makeSimulatedDevice(*description))->id);
+} catch (const std::exception&) {
+    outOfMeans();
+    return 0;
 }
 
 int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID id)
-{
+try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     if (!device->isSimulated) return notSimulated(device);
@@ -122,27 +139,33 @@ int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID id)
                     "the built-in simulated device is always there; add another one to remove it again");
     unplug(device);
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformKillDevice(KVXDeviceID id)
-{
+try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     letDie(device);
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
-{
+try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     device->startRefusal = status;
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t outputChannels,
                                    uint32_t sliceFrames)
-{
+try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     if (!device->isSimulated) return notSimulated(device);
@@ -159,44 +182,53 @@ int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t o
         device->outputLevels.resize(settings.outputChannels);
         after = settings;
     }
+    applyLevels(device); // first: a channel that comes is heard at its level from its first frame
     applySettings(device);
-    applyLevels(device);
-    if (after.rate != before.rate) tellNewRate(*device);
-    if (after.sliceFrames != before.sliceFrames) tellNewSlice(*device);
-    if (after.outputChannels != before.outputChannels) tellNewChannels(*device);
+    tellChanges(*device, before, after);
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformChooseOutputDevice(const char* choice)
-{
+try {
     std::string error;
     if (choice && chooseOutput(choice, error)) return noErr;
     return fail(kAudioHardwareBadDeviceError, choice ? error : "no device was named");
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformRefreshDevices(void)
-{
+try {
     std::string error;
     return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformSetStepped(KVXDeviceID id, uint8_t isStepped)
-{
+try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     if (!device->isSimulated) return notSimulated(device);
     setDriver(device, isStepped ? Driver::steps : Driver::timer);
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 uint32_t KVXPlatformStep(KVXDeviceID id, uint32_t frames)
-{
+try {
     const DeviceRef device = findDevice(id);
     return device ? static_cast<uint32_t>(stepDevice(*device, frames)) : 0;
+} catch (const std::exception&) {
+    outOfMeans();
+    return 0;
 }
 
 int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
-{
+try {
     const DeviceRef device = findDeviceForProcs(id);
     if (!device) return noSuchDevice(id);
     std::unique_ptr<const Tap> next(tap ? new Tap{tap, context} : nullptr);
@@ -207,10 +239,12 @@ int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
     }
     device->cycles.waitForEnd(); // then the former one may go
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
-{
+try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
     if (!path || !*path) return fail(kAudioHardwareIllegalOperationError, "a capture needs a file name");
@@ -227,12 +261,16 @@ int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
     if (!startCapture(*device, path, settings.rate, settings.outputChannels, error))
         return fail(kAudioHardwareUnspecifiedError, error);
     return noErr;
+} catch (const std::exception&) {
+    return outOfMeans();
 }
 
 int32_t KVXPlatformStopCapture(KVXDeviceID id)
-{
+try {
     const DeviceRef device = findDeviceForProcs(id);
     if (!device) return noErr; // it went, and its capture with it
     std::string error;
     return finishCapture(*device, error) ? noErr : fail(kAudioHardwareUnspecifiedError, error);
+} catch (const std::exception&) {
+    return outOfMeans();
 }

@@ -39,14 +39,14 @@ AudioTimeStamp timeStamp(double sampleTime, UInt64 hostTime)
     return stamp;
 }
 
-/// One buffer for the stream, or none.
-AudioBufferList listOf(std::vector<float>& samples, UInt32 channels, UInt32 frames)
+/// One buffer for the stream, or none. One that is switched off has its size, but no memory.
+AudioBufferList listOf(std::vector<float>& samples, UInt32 channels, UInt32 frames, bool isOff)
 {
     AudioBufferList list = {};
     list.mNumberBuffers = channels ? 1 : 0;
     list.mBuffers[0].mNumberChannels = channels;
     list.mBuffers[0].mDataByteSize = channels * frames * static_cast<UInt32>(sizeof(float));
-    list.mBuffers[0].mData = channels ? samples.data() : nullptr;
+    list.mBuffers[0].mData = channels && !isOff ? samples.data() : nullptr;
     return list;
 }
 
@@ -84,10 +84,13 @@ void callProcs(Device& device, Shape& shape, UInt32 frames, const Times& times)
         if (!beginCall(device, *proc)) continue;
         std::vector<float>& target = isFirst ? shape.mix : shape.scratch;
         std::fill_n(target.begin(), samples, 0.0f);
-        AudioBufferList output = listOf(target, settings.outputChannels, frames);
-        const AudioBufferList input = listOf(shape.inputSilence, settings.inputChannels, frames);
+        const bool isSilent = proc->isOutputOff.load(std::memory_order_relaxed);
+        const bool isDeaf = proc->isInputOff.load(std::memory_order_relaxed);
+        AudioBufferList output = listOf(target, settings.outputChannels, frames, isSilent);
+        const AudioBufferList input = listOf(shape.inputSilence, settings.inputChannels, frames, isDeaf);
         proc->proc(device.id, &times.now, &input, &times.input, &output, &times.output, proc->client);
         device.called = nullptr;
+        if (isSilent) continue;
         if (!isFirst)
             for (std::size_t i = 0; i < samples; ++i) shape.mix[i] += shape.scratch[i];
         isFirst = false;
@@ -95,20 +98,26 @@ void callProcs(Device& device, Shape& shape, UInt32 frames, const Times& times)
     if (isFirst) std::fill_n(shape.mix.begin(), samples, 0.0f);
 }
 
-/// Every channel glides from its gain to its target over the slice, and ends exactly there; a channel at 1 is
-/// left as it is.
+/// Every channel glides to its target and ends exactly there; a channel at 1 is left as it is.
 void applyGains(Device& device, Shape& shape, UInt32 frames)
 {
     const UInt32 channels = shape.settings.outputChannels;
     const bool jumps = device.hasJustStarted.exchange(false);
     for (UInt32 c = 0; c < channels; ++c) {
-        const float to = device.targetGains[c].load(std::memory_order_relaxed);
-        const float from = jumps ? to : device.gains[c];
-        device.gains[c] = to;
-        if (from == 1 && to == 1) continue;
+        Glide& glide = device.glides[c];
+        const float target = device.targetGains[c].load(std::memory_order_relaxed);
+        if (jumps)
+            glide = {target, target, 0};
+        else if (glide.to != target)
+            glide = {glide.now(), target, glideFrames};
         float* sample = shape.mix.data() + c;
-        for (UInt32 i = 0; i < frames; ++i, sample += channels)
-            *sample *= to + (from - to) * (static_cast<float>(frames - 1 - i) / static_cast<float>(frames));
+        UInt32 i = 0;
+        for (; i < frames && glide.framesLeft; ++i, sample += channels) {
+            --glide.framesLeft;
+            *sample *= glide.now();
+        }
+        if (glide.to == 1) continue;
+        for (; i < frames; ++i, sample += channels) *sample *= glide.to;
     }
 }
 
@@ -135,9 +144,23 @@ Device::~Device()
     freeSpentShapes(*this);
 }
 
+namespace {
+
+/// Channels that were not there begin at their level: what one of the same number had before is long past.
+void beginChannels(Device& device, const Shape& former, const Shape& next)
+{
+    for (UInt32 c = former.settings.outputChannels; c < next.settings.outputChannels; ++c) {
+        const float target = device.targetGains[c];
+        device.glides[c] = {target, target, 0};
+    }
+}
+
+} // namespace
+
 const Settings& takeUpSettings(Device& device)
 {
     if (Shape* next = device.nextShape.exchange(nullptr)) {
+        beginChannels(device, *device.shape, *next);
         Shape* spent = device.shape.release();
         device.shape.reset(next);
         if (spent) {

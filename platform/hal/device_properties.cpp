@@ -98,78 +98,73 @@ OSStatus getSliceBytesRange(const Request& r, Bytes& value)
     return put(value, AudioValueRange{smallestSlice * frame, largestSlice * frame});
 }
 
-OSStatus setSliceFrames(const Request& r, UInt32 frames, Consequences& consequences)
+OSStatus setSliceFrames(const Request& r, UInt32 frames)
 {
     if (frames < smallestSlice || frames > largestSlice) return kAudioHardwareIllegalOperationError;
-    if (frames == r.device->settings.sliceFrames) return noErr;
     r.device->settings.sliceFrames = frames;
-    consequences.hasNewSlice = true;
     return noErr;
 }
-OSStatus setSlice(const Request& r, const Bytes& value, Consequences& consequences)
+OSStatus setSlice(const Request& r, const Bytes& value, Consequences&)
 {
-    return setSliceFrames(r, as<UInt32>(value), consequences);
+    return setSliceFrames(r, as<UInt32>(value));
 }
-OSStatus setSliceBytes(const Request& r, const Bytes& value, Consequences& consequences)
+OSStatus setSliceBytes(const Request& r, const Bytes& value, Consequences&)
 {
     const UInt32 frame = bytesPerFrame(r), bytes = as<UInt32>(value);
     if (bytes % frame) return kAudioHardwareIllegalOperationError;
-    return setSliceFrames(r, bytes / frame, consequences);
+    return setSliceFrames(r, bytes / frame);
 }
 
-OSStatus changeRate(const Request& r, double rate, Consequences& consequences)
+OSStatus setRate(const Request& r, const Bytes& value, Consequences&)
 {
-    if (!takesRate(*r.device, rate)) return kAudioDeviceUnsupportedFormatError;
-    if (rate == r.device->settings.rate) return noErr;
-    r.device->settings.rate = rate;
-    consequences.hasNewRate = true;
-    return noErr;
-}
-OSStatus setRate(const Request& r, const Bytes& value, Consequences& consequences)
-{
-    return changeRate(r, as<Float64>(value), consequences);
+    return changeRate(*r.device, as<Float64>(value));
 }
 
-// The value given is not looked at: whoever asks takes the device, or gives it back, and is told who has it.
+// The value given is not looked at: whoever asks takes the device, or gives it back.
 OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
 {
     const auto self = static_cast<SInt32>(getpid());
     if (r.device->hogOwner != -1 && r.device->hogOwner != self) return kAudioDevicePermissionsError;
     r.device->hogOwner = r.device->hogOwner == self ? -1 : self;
     consequences.changed = {kAudioDevicePropertyHogMode};
-    put(consequences.writtenBack, r.device->hogOwner);
     return noErr;
 }
 
-// Which of a procedure's streams are on: all of them, always.
+/// Run `use` on the mark of a procedure that its stream of this side is off; false if it is not known.
+template <class Use>
+bool withStreamMark(const Request& r, const AudioHardwareIOProcStreamUsage& usage, Use use)
+{
+    const auto id = reinterpret_cast<AudioDeviceIOProcID>(usage.mIOProc);
+    return r.device->procs.with(id, Pick::oldest,
+                                [&](IOProc& proc) { use(r.isInput ? proc.isInputOff : proc.isOutputOff); });
+}
+
+UInt32 streamCount(const Request& r) { return r.channels() ? 1 : 0; }
+
 OSStatus getStreamUsage(const Request& r, Bytes& value)
 {
     auto usage = as<AudioHardwareIOProcStreamUsage>(value);
-    usage.mNumberStreams = r.channels() ? 1 : 0;
-    usage.mStreamIsOn[0] = usage.mNumberStreams;
+    bool isOff = false;
+    if (!withStreamMark(r, usage, [&](std::atomic<bool>& mark) { isOff = mark; }))
+        return kAudioHardwareIllegalOperationError;
+    usage.mNumberStreams = streamCount(r);
+    usage.mStreamIsOn[0] = usage.mNumberStreams && !isOff;
     return put(value, usage);
 }
 
-// ---- formats ----
+OSStatus setStreamUsage(const Request& r, const Bytes& value, Consequences& consequences)
+{
+    const auto usage = as<AudioHardwareIOProcStreamUsage>(value);
+    if (usage.mNumberStreams != streamCount(r)) return kAudioHardwareIllegalOperationError;
+    const bool isOff = usage.mNumberStreams && !usage.mStreamIsOn[0];
+    bool wasOff = isOff;
+    if (!withStreamMark(r, usage, [&](std::atomic<bool>& mark) { wasOff = mark.exchange(isOff); }))
+        return kAudioHardwareIllegalOperationError;
+    if (isOff != wasOff) consequences.changed = {kAudioDevicePropertyIOProcStreamUsage};
+    return noErr;
+}
 
-OSStatus getFormat(const Request& r, Bytes& value) { return put(value, formatOf(*r.device, r.isInput)); }
-OSStatus setFormat(const Request& r, const Bytes& value, Consequences& consequences)
-{
-    const auto format = as<AudioStreamBasicDescription>(value);
-    if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
-    return format.mSampleRate == 0 ? OSStatus{noErr} : changeRate(r, format.mSampleRate, consequences);
-}
-OSStatus getFormats(const Request& r, Bytes& value) { return putAll(value, formatsOf(*r.device, r.isInput)); }
-OSStatus getFormatSupported(const Request& r, Bytes& value)
-{
-    return isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value))
-               ? OSStatus{noErr}
-               : OSStatus{kAudioDeviceUnsupportedFormatError};
-}
-OSStatus getFormatMatch(const Request& r, Bytes& value)
-{
-    return put(value, bestMatch(*r.device, r.isInput, as<AudioStreamBasicDescription>(value)));
-}
+// ---- what it carries ----
 
 struct Pair {
     UInt32 left, right;
@@ -198,7 +193,7 @@ OSStatus setUsage(const Request&, const Bytes&, Consequences&) { return noErr; }
 constexpr Side any = Side::none, sided = Side::scope, present = Side::present;
 constexpr Elements master = Elements::master, both = Elements::masterAndChannels,
                    channels = Elements::channels;
-constexpr Extent single = Extent::one, many = Extent::many;
+constexpr Extent single = Extent::one, many = Extent::many, whole = Extent::whole;
 constexpr UInt32 word = sizeof(UInt32), reference = sizeof(CFStringRef), range = sizeof(AudioValueRange);
 constexpr UInt32 format = sizeof(AudioStreamBasicDescription);
 
@@ -209,20 +204,20 @@ constexpr Property rows[] = {
     {kAudioObjectPropertyOwner,                          any,     master,   single, word,                  putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
     {kAudioObjectPropertyOwnedObjects,                   any,     master,   many,   word,                  getOwned,               nullptr},
     {kAudioDevicePropertyDeviceNameCFString,             any,     master,   single, reference,             getName,                nullptr},
-    {kAudioDevicePropertyDeviceName,                     any,     master,   many,   1,                     getNameText,            nullptr},
+    {kAudioDevicePropertyDeviceName,                     any,     master,   whole,  0,                     getNameText,            nullptr},
     {kAudioDevicePropertyDeviceManufacturerCFString,     any,     master,   single, reference,             getMaker,               nullptr},
-    {kAudioDevicePropertyDeviceManufacturer,             any,     master,   many,   1,                     getMakerText,           nullptr},
+    {kAudioDevicePropertyDeviceManufacturer,             any,     master,   whole,  0,                     getMakerText,           nullptr},
     {kAudioDevicePropertyDeviceUID,                      any,     master,   single, reference,             getUID,                 nullptr},
     {kAudioDevicePropertyModelUID,                       any,     master,   single, reference,             getModelUID,            nullptr},
     {kAudioDevicePropertyTransportType,                  any,     master,   single, word,                  getTransport,           nullptr},
     {kAudioDevicePropertyRelatedDevices,                 any,     master,   many,   word,                  getRelated,             nullptr},
     {kAudioDevicePropertyClockDomain,                    any,     master,   single, word,                  zero,                   nullptr},
     {kAudioDevicePropertyIsHidden,                       any,     master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyChannelName,                    sided,   channels, many,   1,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelName,                    sided,   channels, whole,  0,                     getElementText,         nullptr},
     {kAudioDevicePropertyChannelNameCFString,            sided,   channels, single, reference,             getElementName,         nullptr},
-    {kAudioDevicePropertyChannelCategoryName,            sided,   channels, many,   1,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelCategoryName,            sided,   channels, whole,  0,                     getElementText,         nullptr},
     {kAudioDevicePropertyChannelCategoryNameCFString,    sided,   channels, single, reference,             getElementName,         nullptr},
-    {kAudioDevicePropertyChannelNumberName,              sided,   channels, many,   1,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelNumberName,              sided,   channels, whole,  0,                     getElementText,         nullptr},
     {kAudioDevicePropertyChannelNumberNameCFString,      sided,   channels, single, reference,             getElementName,         nullptr},
 
     {kAudioDevicePropertyDeviceIsAlive,                  any,     master,   single, word,                  getAlive,               nullptr},
@@ -241,13 +236,13 @@ constexpr Property rows[] = {
     {kAudioDevicePropertyBufferSizeRange,                present, master,   single, range,                 getSliceBytesRange,     nullptr},
     {kAudioDevicePropertySupportsMixing,                 any,     master,   single, word,                  one,                    nullptr},
     {kAudioDevicePropertyIOCycleUsage,                   any,     master,   single, sizeof(Float32),       getUsage,               setUsage},
-    {kAudioDevicePropertyIOProcStreamUsage,              sided,   master,   single, sizeof(AudioHardwareIOProcStreamUsage), getStreamUsage, nullptr},
+    {kAudioDevicePropertyIOProcStreamUsage,              sided,   master,   single, sizeof(AudioHardwareIOProcStreamUsage), getStreamUsage, setStreamUsage},
     {kAudioDevicePropertyNominalSampleRate,              any,     master,   single, sizeof(Float64),       getRate,                setRate},
     {kAudioDevicePropertyActualSampleRate,               any,     master,   single, sizeof(Float64),       getRate,                nullptr},
     {kAudioDevicePropertyAvailableNominalSampleRates,    any,     master,   many,   range,                 getRates,               nullptr},
 
     {kAudioDevicePropertyStreams,                        sided,   master,   many,   word,                  getStreams,             nullptr},
-    {kAudioDevicePropertyStreamConfiguration,            sided,   master,   many,   1,                     getStreamConfiguration, nullptr},
+    {kAudioDevicePropertyStreamConfiguration,            sided,   master,   whole,  0,                     getStreamConfiguration, nullptr},
     {kAudioDevicePropertyStreamFormat,                   present, both,     single, format,                getFormat,              setFormat},
     {kAudioDevicePropertyStreamFormats,                  present, both,     many,   format,                getFormats,             nullptr},
     {kAudioDevicePropertyStreamFormatSupported,          present, both,     single, format,                getFormatSupported,     nullptr},

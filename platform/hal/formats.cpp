@@ -1,6 +1,8 @@
 #include "platform/hal/formats.h"
 
+#include "platform/hal/common_rates.h"
 #include "platform/hal/portaudio_driver.h"
+#include "platform/hal/property.h"
 #include "platform/hal/tree.h"
 
 #include <algorithm>
@@ -9,9 +11,6 @@
 namespace kvxplatform::hal {
 
 namespace {
-
-constexpr double commonRates[] = {8000,  11025, 16000, 22050, 24000,  32000, 44100,
-                                  48000, 64000, 88200, 96000, 176400, 192000};
 
 constexpr AudioObjectPropertySelector aboutRates[] = {
     kAudioDevicePropertyNominalSampleRate,
@@ -28,12 +27,16 @@ constexpr AudioObjectPropertySelector aboutRates[] = {
     kAudioStreamPropertyPhysicalFormatMatch,
 };
 
+bool isCommon(double rate)
+{
+    return std::find(std::begin(commonRates), std::end(commonRates), rate) != std::end(commonRates);
+}
+
 std::vector<double> ratesOnOffer(const Device& device)
 {
     if (!device.rates.empty()) return device.rates;
     std::vector<double> rates(std::begin(commonRates), std::end(commonRates));
-    if (std::find(rates.begin(), rates.end(), device.settings.rate) == rates.end())
-        rates.push_back(device.settings.rate);
+    if (!isCommon(device.settings.rate)) rates.push_back(device.settings.rate);
     return rates;
 }
 
@@ -107,6 +110,41 @@ std::vector<AudioValueRange> rateRanges(const Device& device)
     std::vector<AudioValueRange> ranges;
     for (double rate : device.rates) ranges.push_back({rate, rate});
     return ranges;
+}
+
+bool listFollowsRate(const Device& device, double before, double after)
+{
+    return device.rates.empty() && before != after && !(isCommon(before) && isCommon(after));
+}
+
+OSStatus changeRate(Device& device, double rate)
+{
+    if (!takesRate(device, rate)) return kAudioDeviceUnsupportedFormatError;
+    device.settings.rate = rate;
+    return noErr;
+}
+
+OSStatus getFormat(const Request& r, Bytes& value) { return put(value, formatOf(*r.device, r.isInput)); }
+
+OSStatus setFormat(const Request& r, const Bytes& value, Consequences&)
+{
+    const auto format = as<AudioStreamBasicDescription>(value);
+    if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
+    return format.mSampleRate == 0 ? OSStatus{noErr} : changeRate(*r.device, format.mSampleRate);
+}
+
+OSStatus getFormats(const Request& r, Bytes& value) { return putAll(value, formatsOf(*r.device, r.isInput)); }
+
+OSStatus getFormatSupported(const Request& r, Bytes& value)
+{
+    return isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value))
+               ? OSStatus{noErr}
+               : OSStatus{kAudioDeviceUnsupportedFormatError};
+}
+
+OSStatus getFormatMatch(const Request& r, Bytes& value)
+{
+    return put(value, bestMatch(*r.device, r.isInput, as<AudioStreamBasicDescription>(value)));
 }
 
 void learnRates(const DeviceRef& device, AudioObjectPropertySelector selector)

@@ -5,6 +5,9 @@
 
 namespace kvxplatform::hal {
 
+struct Request;
+struct Consequences;
+
 /// Native-endian packed 32-bit float, interleaved.
 AudioStreamBasicDescription floatFormat(double rate, UInt32 channels);
 
@@ -27,6 +30,22 @@ AudioStreamBasicDescription bestMatch(const Device& device, bool isInput,
 
 /// The rates on offer as ranges.
 std::vector<AudioValueRange> rateRanges(const Device& device);
+
+/// Whether the list of formats is another when the rate has changed: a simulated device names the common
+/// rates and its own. The tree's lock held.
+bool listFollowsRate(const Device& device, double before, double after);
+
+/// Run the device at another rate; '!dat' if it does not take it.
+OSStatus changeRate(Device& device, double rate);
+
+// ---- properties of devices and of streams alike: a stream's rate is its device's ----
+
+using Bytes = std::vector<char>;
+OSStatus getFormat(const Request& request, Bytes& value);
+OSStatus setFormat(const Request& request, const Bytes& value, Consequences& consequences);
+OSStatus getFormats(const Request& request, Bytes& value);
+OSStatus getFormatSupported(const Request& request, Bytes& value);
+OSStatus getFormatMatch(const Request& request, Bytes& value);
 
 /// Find out hardware's rates, once, if the selector is about formats or rates. Without the tree's lock.
 void learnRates(const DeviceRef& device, AudioObjectPropertySelector selector);

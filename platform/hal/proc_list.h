@@ -23,6 +23,7 @@ struct IOProc {
     void* const client;
     const bool hasOwnID; ///< registered under an ID of its own, which is this record's address
     std::atomic<bool> isStarted{false};
+    std::atomic<bool> isInputOff{false}, isOutputOff{false}; ///< it wants nothing of that side's stream
     std::atomic<bool> isRemoved{false}; ///< nobody finds it any more; freed when no cycle can be using it
 
     AudioDeviceIOProcID id() const

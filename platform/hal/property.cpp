@@ -4,6 +4,7 @@
 #include "platform/hal/listeners.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace kvxplatform::hal {
 
@@ -138,19 +139,19 @@ OSStatus sizeOf(const Property& row, const Request& request, UInt32& size)
     return status;
 }
 
-/// As many bytes as fit: a whole value, or whole items of a list.
+/// The whole value, or as many whole items of a list as fit.
 OSStatus copyOut(const Property& row, const Bytes& value, UInt32& size, void* data)
 {
-    if (row.extent == Extent::one && size < value.size()) return kAudioHardwareBadPropertySizeError;
+    if (row.extent != Extent::many && size < value.size()) return kAudioHardwareBadPropertySizeError;
     const UInt32 fitting = std::min(size, static_cast<UInt32>(value.size()));
-    size = fitting / row.size * row.size;
+    size = row.extent == Extent::many ? fitting / row.size * row.size : fitting;
     if (size) std::memcpy(data, value.data(), size);
     return noErr;
 }
 
 OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
                   UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
-{
+try {
     return answer(id, interface, &address, qualifierSize, qualifier,
                   [&](const Property& row, const Request& request) {
                       if (!ioSize || (!data && *ioSize)) return OSStatus{kAudioHardwareIllegalOperationError};
@@ -162,40 +163,69 @@ OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjec
                       const OSStatus status = row.get(request, value);
                       return status == noErr ? copyOut(row, value, *ioSize, data) : status;
                   });
+} catch (const std::exception&) {
+    return kAudioHardwareUnspecifiedError;
 }
 
 OSStatus getInfo(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
                  UInt32 qualifierSize, const void* qualifier, UInt32* outSize, Boolean* outWritable)
-{
+try {
     return answer(id, interface, &address, qualifierSize, qualifier,
                   [&](const Property& row, const Request& request) {
                       if (outWritable) *outWritable = row.set != nullptr;
                       return outSize ? sizeOf(row, request, *outSize) : OSStatus{noErr};
                   });
+} catch (const std::exception&) {
+    return kAudioHardwareUnspecifiedError;
 }
 
 /// Where a change is told: at the side that the property is about, however it was asked for.
-AudioObjectPropertyScope placeOf(const Object& object, AudioObjectPropertySelector selector)
+AudioObjectPropertyScope placeOf(const Object& object, AudioObjectPropertySelector selector, bool isInput)
 {
     const Property* row = findRow(object, selector);
-    return row && row->side == Side::output ? AudioObjectPropertyScope{kAudioDevicePropertyScopeOutput}
-                                            : kAudioObjectPropertyScopeGlobal;
+    if (!row || !object.device || object.isStream || row->side == Side::none)
+        return kAudioObjectPropertyScopeGlobal;
+    return row->side == Side::output ? AudioObjectPropertyScope{kAudioDevicePropertyScopeOutput}
+                                     : placeOfSide(*object.device, isInput);
 }
 
-void carryOut(const Object& object, AudioObjectPropertyElement element, const Consequences& consequences)
+/// A setting that was made, and what it makes necessary.
+struct Made {
+    Settings before, after; ///< of the device; alike for the system object
+    bool isInput = false;
+    Consequences consequences;
+};
+
+OSStatus carryOut(const Object& object, AudioObjectPropertyElement element, const Made& made)
 {
-    if (consequences.hasNewRate || consequences.hasNewSlice) applySettings(object.device);
+    const Consequences& consequences = made.consequences;
+    if (differ(made.before, made.after)) {
+        if (const OSStatus status = applySettings(object.device); status != noErr) return status;
+        tellChanges(*object.device, made.before, made.after);
+    }
     if (consequences.hasNewLevels) applyLevels(object.device);
-    if (consequences.hasNewRate) tellNewRate(*object.device);
-    if (consequences.hasNewSlice) tellNewSlice(*object.device);
     for (auto selector : consequences.changed)
-        postChange(object.id, selector, placeOf(object, selector), element);
+        postChange(object.id, selector, placeOf(object, selector, made.isInput), element);
+    for (auto selector : consequences.changedOfStream)
+        postChange(made.isInput ? object.device->inputStream : object.device->outputStream, selector);
+    return noErr;
+}
+
+/// Have the row take the value, and note what comes of it.
+OSStatus make(const Property& row, const Request& request, const Bytes& value, Made& made)
+{
+    made.isInput = request.isInput;
+    if (!request.device) return row.set(request, value, made.consequences);
+    made.before = request.device->settings;
+    const OSStatus status = row.set(request, value, made.consequences);
+    made.after = request.device->settings;
+    return status;
 }
 
 OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
                   UInt32 qualifierSize, const void* qualifier, UInt32 size, const void* data)
-{
-    Consequences consequences;
+try {
+    Made made;
     const OSStatus status = answer(id, interface, &address, qualifierSize, qualifier,
                                    [&](const Property& row, const Request& request) {
                                        if (!row.set) return OSStatus{kAudioHardwareUnsupportedOperationError};
@@ -203,17 +233,14 @@ OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjec
                                            return OSStatus{kAudioHardwareBadPropertySizeError};
                                        if (!data) return OSStatus{kAudioHardwareIllegalOperationError};
                                        const auto* bytes = static_cast<const char*>(data);
-                                       return row.set(request, Bytes(bytes, bytes + size), consequences);
+                                       return make(row, request, Bytes(bytes, bytes + size), made);
                                    });
     if (status != noErr) return status;
     Object object;
     if (!findObject(id, object)) return noErr; // it went meanwhile
-    carryOut(object, address.mElement, consequences);
-    // Hog mode's new owner is found where the ignored value was: the one property that writes to what is set.
-    if (!consequences.writtenBack.empty())
-        std::memcpy(const_cast<void*>(data), consequences.writtenBack.data(),
-                    consequences.writtenBack.size());
-    return noErr;
+    return carryOut(object, address.mElement, made);
+} catch (const std::exception&) {
+    return kAudioHardwareUnspecifiedError;
 }
 
 AudioObjectPropertyAddress addressOfDevice(UInt32 channel, Boolean isInput, AudioDevicePropertyID selector)

@@ -28,14 +28,12 @@ struct Request {
     }
 };
 
-using Bytes = std::vector<char>;
-
-/// What a setter wants done when the tree's lock has been let go.
+/// What a setter wants done when the tree's lock has been let go. New settings of the device are seen by
+/// comparison.
 struct Consequences {
-    bool hasNewRate = false, hasNewSlice = false; ///< of the device; what else that changes is told as well
     bool hasNewLevels = false;
     std::vector<AudioObjectPropertySelector> changed; ///< of the same object, at the element that was set
-    Bytes writtenBack; ///< what the caller finds in its own value afterwards; empty: what it was
+    std::vector<AudioObjectPropertySelector> changedOfStream; ///< of the stream of the side that was set
 };
 
 /// Reads a value into `value`, which arrives as the caller's buffer: a translation finds its input there.
@@ -48,15 +46,16 @@ enum class Elements { master, channels, masterAndChannels };
 /// Which side of a device a property is about: neither, the one that the scope names, that one if it has
 /// channels, or the output if it has.
 enum class Side { none, scope, present, output };
-/// How long a value is: as stated, or a number of items of the stated size.
-enum class Extent { one, many };
+/// How long a value is: as stated; a number of items of the stated size, of which a short buffer takes those
+/// that fit; or as long as it is, for a record or text that means nothing when it is cut.
+enum class Extent { one, many, whole };
 
 struct Property {
     AudioObjectPropertySelector selector;
     Side side;
     Elements elements;
     Extent extent;
-    UInt32 size; ///< bytes, of the value or of an item
+    UInt32 size; ///< bytes, of the value or of an item; of a whole one it is found by reading
     Getter get;
     Setter set; ///< null: read-only
 };

@@ -26,7 +26,9 @@ DeviceRef makeSimulatedDevice(const KVXSimulatedDevice& description)
     const unsigned number = made++;
     Settings settings;
     if (description.sampleRate > 0) settings.rate = description.sampleRate;
-    if (description.outputChannels) settings.outputChannels = description.outputChannels;
+    settings.inputChannels = description.inputChannels;
+    if (description.outputChannels || description.inputChannels)
+        settings.outputChannels = description.outputChannels;
     if (description.sliceFrames) settings.sliceFrames = description.sliceFrames;
     settings.latencyFrames = description.latencyFrames;
     const std::string name = description.name ? description.name : "Simulated Device";
@@ -42,9 +44,7 @@ DeviceRef makeSimulatedInput()
     Settings settings;
     settings.outputChannels = 0;
     settings.inputChannels = 1;
-    DeviceRef device = make("Simulated Input", "kvx:simulated:input", settings);
-    device->dataSource = 'imic';
-    return device;
+    return make("Simulated Input", "kvx:simulated:input", settings);
 }
 
 } // namespace kvxplatform::hal

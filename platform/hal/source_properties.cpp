@@ -1,4 +1,5 @@
-// Data sources: each side of a simulated device has one, and it can be named.
+// Data sources: what a simulated device plays to or records from. Each has a name; the one that is chosen
+// shows as the stream's terminal.
 #include "platform/hal/property.h"
 
 #include <iterator>
@@ -7,26 +8,47 @@ namespace kvxplatform::hal {
 
 namespace {
 
-struct SourceName {
-    UInt32 source;
+struct Source {
+    UInt32 code;
+    bool isInput;
     const char* name;
 };
-constexpr SourceName sourceNames[] = {{'spkr', "Simulated Speakers"}, {'imic', "Simulated Microphone"}};
+constexpr Source sources[] = {
+    {'spkr', false, "Simulated Speakers"},
+    {'hdpn', false, "Simulated Headphones"},
+    {'imic', true, "Simulated Microphone"},
+};
+constexpr UInt32 onlyInput = 'imic';
 
-const char* nameOfSource(UInt32 source)
+/// The source of a side, or null.
+const Source* findSource(UInt32 code, bool isInput)
 {
-    for (const SourceName& row : sourceNames)
-        if (row.source == source) return row.name;
+    for (const Source& row : sources)
+        if (row.code == code && row.isInput == isInput) return &row;
     return nullptr;
 }
 
-OSStatus getSource(const Request& r, Bytes& value) { return put(value, r.device->dataSource); }
+UInt32 chosen(const Request& r) { return r.isInput ? onlyInput : r.device->outputSource; }
 
-// There is nothing else to choose.
-OSStatus setSource(const Request& r, const Bytes& value, Consequences&)
+OSStatus getSource(const Request& r, Bytes& value) { return put(value, chosen(r)); }
+
+OSStatus getSources(const Request& r, Bytes& value)
 {
-    const bool isOurs = as<UInt32>(value) == r.device->dataSource;
-    return isOurs ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
+    std::vector<UInt32> codes;
+    for (const Source& row : sources)
+        if (row.isInput == r.isInput) codes.push_back(row.code);
+    return putAll(value, codes);
+}
+
+OSStatus setSource(const Request& r, const Bytes& value, Consequences& consequences)
+{
+    const auto code = as<UInt32>(value);
+    if (!findSource(code, r.isInput)) return kAudioHardwareIllegalOperationError;
+    if (code == chosen(r)) return noErr;
+    r.device->outputSource = code; // an input has no other
+    consequences.changed = {kAudioDevicePropertyDataSource};
+    consequences.changedOfStream = {kAudioStreamPropertyTerminalType};
+    return noErr;
 }
 
 /// A translation from a source to its name, in the caller's memory.
@@ -35,10 +57,11 @@ OSStatus getSourceName(const Request& r, Bytes& value)
     const auto translation = as<AudioValueTranslation>(value);
     if (!translation.mInputData || translation.mInputDataSize != sizeof(UInt32) || !translation.mOutputData)
         return kAudioHardwareBadPropertySizeError;
-    UInt32 source;
-    std::memcpy(&source, translation.mInputData, sizeof source);
-    const char* name = nameOfSource(source);
-    if (source != r.device->dataSource || !name) return kAudioHardwareIllegalOperationError;
+    UInt32 code;
+    std::memcpy(&code, translation.mInputData, sizeof code);
+    const Source* source = findSource(code, r.isInput);
+    if (!source) return kAudioHardwareIllegalOperationError;
+    const char* name = source->name;
     if (r.selector == kAudioDevicePropertyDataSourceNameForIDCFString) {
         if (translation.mOutputDataSize != sizeof(CFStringRef)) return kAudioHardwareBadPropertySizeError;
         CFStringRef string = CFStringCreateWithCString(nullptr, name, kCFStringEncodingUTF8);
@@ -59,7 +82,7 @@ constexpr UInt32 word = sizeof(UInt32), translation = sizeof(AudioValueTranslati
 constexpr Property rows[] = {
     // selector                                       side     elements extent  size         get            set
     {kAudioDevicePropertyDataSource,                  present, master,  single, word,        getSource,     setSource},
-    {kAudioDevicePropertyDataSources,                 present, master,  many,   word,        getSource,     nullptr},
+    {kAudioDevicePropertyDataSources,                 present, master,  many,   word,        getSources,    nullptr},
     {kAudioDevicePropertyDataSourceNameForID,         present, master,  single, translation, getSourceName, nullptr},
     {kAudioDevicePropertyDataSourceNameForIDCFString, present, master,  single, translation, getSourceName, nullptr},
 };

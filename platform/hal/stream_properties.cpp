@@ -12,22 +12,9 @@ OSStatus getDirection(const Request& r, Bytes& value) { return put<UInt32>(value
 
 OSStatus getTerminal(const Request& r, Bytes& value)
 {
-    return put<UInt32>(value, r.isInput ? UInt32{kAudioStreamTerminalTypeMicrophone}
-                                        : UInt32{kAudioStreamTerminalTypeSpeaker});
-}
-
-OSStatus getFormat(const Request& r, Bytes& value) { return put(value, formatOf(*r.device, r.isInput)); }
-OSStatus getFormats(const Request& r, Bytes& value) { return putAll(value, formatsOf(*r.device, r.isInput)); }
-
-// A stream's rate is its device's: whoever sets one sets the other.
-OSStatus setFormat(const Request& r, const Bytes& value, Consequences& consequences)
-{
-    const auto format = as<AudioStreamBasicDescription>(value);
-    if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
-    if (format.mSampleRate == 0 || format.mSampleRate == r.device->settings.rate) return noErr;
-    r.device->settings.rate = format.mSampleRate;
-    consequences.hasNewRate = true;
-    return noErr;
+    const UInt32 output = r.device->outputSource == 'hdpn' ? UInt32{kAudioStreamTerminalTypeHeadphones}
+                                                           : UInt32{kAudioStreamTerminalTypeSpeaker};
+    return put(value, r.isInput ? UInt32{kAudioStreamTerminalTypeMicrophone} : output);
 }
 
 OSStatus getRangedFormats(const Request& r, Bytes& value)
@@ -39,17 +26,6 @@ OSStatus getRangedFormats(const Request& r, Bytes& value)
         all.push_back(ranged);
     }
     return putAll(value, all);
-}
-
-OSStatus getFormatSupported(const Request& r, Bytes& value)
-{
-    return isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value))
-               ? OSStatus{noErr}
-               : OSStatus{kAudioDeviceUnsupportedFormatError};
-}
-OSStatus getFormatMatch(const Request& r, Bytes& value)
-{
-    return put(value, bestMatch(*r.device, r.isInput, as<AudioStreamBasicDescription>(value)));
 }
 
 constexpr auto zero = putConstant<UInt32, 0>;

@@ -43,10 +43,11 @@ typedef struct KVXSimulatedDevice {
     const char* name;        /**< ["Simulated Device"] */
     const char* uid;         /**< [made from the name, unique] */
     double sampleRate;       /**< Hz [44100] */
-    uint32_t outputChannels; /**< [2] */
+    uint32_t outputChannels; /**< [2; none if there are inputs] */
     uint32_t sliceFrames;    /**< [512] */
     uint32_t latencyFrames;  /**< [0] */
     uint8_t isStepped;       /**< 1: turned by KVXPlatformStep only; 0: paced by a clock of its own */
+    uint32_t inputChannels;  /**< [0]; they hear nothing */
 } KVXSimulatedDevice;
 
 /* ---- devices ---- */

@@ -17,7 +17,7 @@ std::vector<AudioDeviceID> devices() { return getAll<AudioDeviceID>(systemObject
 Told toldBy(const std::function<void()>& act)
 {
     std::vector<std::unique_ptr<Watcher>> watchers;
-    for (UInt32 selector : {'dev#', 'dOut', 'sOut', 'dIn '})
+    for (UInt32 selector : {'dev#', 'ownd', 'dOut', 'sOut', 'dIn '})
         watchers.push_back(std::make_unique<Watcher>(systemObject, address(selector)));
     act();
     waitUntilTold();
@@ -31,13 +31,13 @@ TEST(HotPlug, IsToldByTheList)
 {
     const auto before = devices();
     std::unique_ptr<Device> device;
-    EXPECT_EQ(toldBy([&] { device = std::make_unique<Device>(); }), Told{"dev# glob 0"});
+    EXPECT_EQ(toldBy([&] { device = std::make_unique<Device>(); }), (Told{"dev# glob 0", "ownd glob 0"}));
     auto expected = before;
     expected.push_back(*device);
     EXPECT_EQ(devices(), expected) << "new ones stand behind the others";
     EXPECT_EQ(toldBy([&] { KVXPlatformKillDevice(*device); }), Told{}) << "the dead stay";
     EXPECT_EQ(devices(), expected);
-    EXPECT_EQ(toldBy([&] { device = nullptr; }), Told{"dev# glob 0"});
+    EXPECT_EQ(toldBy([&] { device = nullptr; }), (Told{"dev# glob 0", "ownd glob 0"}));
     EXPECT_EQ(devices(), before);
 }
 
@@ -52,7 +52,7 @@ TEST(HotPlug, MovesBothRolesOn)
                   }),
                   (Told{"dOut glob 0", "sOut glob 0"}));
         Told expected = {"dOut glob 0", "sOut glob 0"};
-        if (!isKilled) expected.insert(expected.begin(), "dev# glob 0");
+        if (!isKilled) expected.insert(expected.begin(), {"dev# glob 0", "ownd glob 0"});
         EXPECT_EQ(toldBy([&] {
                       if (isKilled)
                           KVXPlatformKillDevice(*device);
@@ -71,7 +71,7 @@ TEST(HotPlug, MovesOnlyTheRolesThatTheDeviceHad)
     auto first = std::make_unique<Device>(), second = std::make_unique<Device>();
     set<AudioDeviceID>(systemObject, address('dOut'), *first);
     set<AudioDeviceID>(systemObject, address('sOut'), *second);
-    EXPECT_EQ(toldBy([&] { first = nullptr; }), (Told{"dev# glob 0", "dOut glob 0"}));
+    EXPECT_EQ(toldBy([&] { first = nullptr; }), (Told{"dev# glob 0", "ownd glob 0", "dOut glob 0"}));
     EXPECT_EQ(get<AudioDeviceID>(systemObject, address('dOut')), builtIn);
     EXPECT_EQ(get<AudioDeviceID>(systemObject, address('sOut')), AudioDeviceID{*second});
 }
@@ -110,8 +110,9 @@ TEST(HotPlug, OfAConfigurationTellsWhatChangedAndNothingElse)
         {0,
          6,
          0,
-         {"slay glob 0", "bsiz glob 0", "bsz# glob 0", "dch2 glob 0", "srnd glob 0", "sfmt glob 0"},
-         formats},
+         {"bsiz glob 0", "slay glob 0", "bsz# glob 0", "srnd glob 0", "sfmt glob 0", "sfm# glob 0",
+          "chnm glob 1", "chnm glob 2", "lchn glob 1", "lchn glob 2"},
+         {"sfmt glob 0", "pft  glob 0", "pft# glob 0", "sfma glob 0", "pfta glob 0"}},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(std::to_string(fact.rate) + " " + std::to_string(fact.channels) + " " +

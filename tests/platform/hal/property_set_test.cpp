@@ -70,6 +70,7 @@ struct Setting {
 };
 
 const Told newRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"};
+const Told newRateOfItsOwn = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0", "sfm# glob 0"};
 const Told newSlice = {"fsiz glob 0", "bsiz glob 0", "slay glob 0"};
 const Told newFormat = {"sfmt glob 0", "pft  glob 0"};
 
@@ -82,9 +83,9 @@ std::vector<Setting> settings()
         {Of::device, address('fsiz'), bytesOf<UInt32>(8192), newSlice},
         {Of::device, address('bsiz', output), bytesOf<UInt32>(96 * 8), newSlice},
         {Of::device, address('nsrt'), bytesOf<Float64>(48000), newRate},
-        {Of::device, address('nsrt', input), bytesOf<Float64>(1000), newRate},
-        {Of::device, address('nsrt', output), bytesOf<Float64>(768000), newRate},
-        {Of::device, address('sfmt'), bytesOf(formatAt(22050)), newRate},
+        {Of::device, address('nsrt', input), bytesOf<Float64>(1000), newRateOfItsOwn},
+        {Of::device, address('nsrt', output), bytesOf<Float64>(768000), newRateOfItsOwn},
+        {Of::device, address('sfmt'), bytesOf(formatAt(22050)), newRateOfItsOwn},
         {Of::device, address('sfmt', output, 2), bytesOf(formatAt(32000)), newRate},
         {Of::device, address('volm', output, 1), bytesOf<Float32>(0.5f), {"volm outp 1", "vold outp 1"}},
         {Of::device, address('volm', global, 2), bytesOf<Float32>(0), {"volm outp 2", "vold outp 2"}},
@@ -92,7 +93,8 @@ std::vector<Setting> settings()
         {Of::device, address('mute', output, 0), bytesOf<UInt32>(1), {"mute outp 0"}},
         {Of::device, address('mute', output, 2), bytesOf<UInt32>(1), {"mute outp 2"}},
         {Of::device, address('ncyc'), bytesOf<Float32>(1), {}},
-        {Of::device, address('ssrc', output), bytesOf<UInt32>('spkr'), {}},
+        {Of::device, address('ssrc', output), bytesOf<UInt32>('hdpn'), {"ssrc glob 0"}},
+        {Of::device, address('ssrc'), bytesOf<UInt32>('spkr'), {"ssrc glob 0"}},
         {Of::stream, address('sfmt'), bytesOf(formatAt(11025)), newFormat},
         {Of::stream, address('pft '), bytesOf(formatAt(8000)), newFormat},
         {Of::stream, address('sfmt', input), bytesOf(formatAt(96000)), newFormat},
@@ -326,9 +328,36 @@ TEST(Setting, OfAVolumeStaysInItsRange)
     EXPECT_EQ(get<Float32>(device, address('volm', output, 2)), 1.0f) << "the other channel's is its own";
 }
 
+// ---- data sources ----
+
+TEST(Setting, OfTheDataSourceIsSeenAtTheStream)
+{
+    Device device;
+    const AudioStreamID stream = streamOf(device);
+    const struct {
+        UInt32 source, terminal;
+        Told told; ///< by the stream
+    } facts[] = {
+        {'spkr', 'spkr', {}},
+        {'hdpn', 'hdph', {"term glob 0"}},
+        {'hdpn', 'hdph', {}},
+        {'spkr', 'spkr', {"term glob 0"}},
+    };
+    for (const auto& fact : facts) {
+        EXPECT_EQ(
+            toldBy(stream, [&] { EXPECT_EQ(set(device, address('ssrc', output), fact.source), noErr); }),
+            fact.told);
+        EXPECT_EQ(text(get<UInt32>(device, address('ssrc'))), text(fact.source));
+        EXPECT_EQ(text(get<UInt32>(stream, address('term'))), text(fact.terminal));
+    }
+    EXPECT_EQ(text(set<UInt32>(get<AudioDeviceID>(systemObject, address('dIn ')), address('ssrc'), 'spkr')),
+              "nope");
+}
+
 // ---- hog mode ----
 
-TEST(Setting, OfHogModeTogglesAndWritesTheOwnerBack)
+// What is set is the caller's: perhaps the bytes of a text that others share.
+TEST(Setting, OfHogModeTogglesAndLeavesTheValueAlone)
 {
     Device device;
     const auto at = address('oink');
@@ -340,7 +369,7 @@ TEST(Setting, OfHogModeTogglesAndWritesTheOwnerBack)
                 EXPECT_EQ(AudioObjectSetPropertyData(device, &at, 0, nullptr, sizeof value, &value), noErr);
             };
             EXPECT_EQ(toldBy(device, toggle), Told{"oink glob 0"});
-            EXPECT_EQ(value, owner);
+            EXPECT_EQ(value, given);
             EXPECT_EQ(get<SInt32>(device, at), owner);
         }
 }
@@ -497,6 +526,7 @@ TEST(Setting, OfATranslationNamesDataSources)
         const char* name;
     } facts[] = {
         {device, false, 'spkr', nullptr, "Simulated Speakers"},
+        {device, false, 'hdpn', nullptr, "Simulated Headphones"},
         {microphone, true, 'imic', nullptr, "Simulated Microphone"},
         {device, false, 'imic', "nope", "another's"},
         {microphone, true, 'zzzz', "nope", "nobody's"},

@@ -250,22 +250,23 @@ TEST(Properties, LevelsAreHeardAsTheyAreSet)
     procedure.start();
     KVXPlatformStep(device, 64);
     ASSERT_EQ(set<Float32>(device, address('volm', output, 1), 0.5f), noErr);
-    KVXPlatformStep(device, 128); // it glides over the first slice
+    KVXPlatformStep(device, 640); // it glides over the first 512 frames
     ASSERT_EQ(set<UInt32>(device, address('mute', output, 2), 1), noErr);
-    KVXPlatformStep(device, 128);
+    KVXPlatformStep(device, 640);
     ASSERT_EQ(set<UInt32>(device, address('mute', output, 0), 1), noErr);
-    KVXPlatformStep(device, 128);
-    ASSERT_EQ(heard.samples.size(), 2u * (64 + 3 * 128));
+    KVXPlatformStep(device, 640);
+    ASSERT_EQ(heard.samples.size(), 2u * (64 + 3 * 640));
     const auto at = [&](std::size_t frame, int channel) { return heard.samples[frame * 2 + channel]; };
     EXPECT_EQ(at(63, 0), 1.0f);
-    for (std::size_t frame = 65; frame < 128; ++frame) ASSERT_LT(at(frame, 0), at(frame - 1, 0)) << "no jump";
-    const float level = at(191, 0);
+    for (std::size_t frame = 64; frame < 64 + 512; ++frame)
+        ASSERT_LT(at(frame, 0), at(frame - 1, 0)) << "no jump";
+    const float level = at(703, 0);
     const float decibels = get<Float32>(device, address('vold', output, 1));
     EXPECT_NEAR(20 * std::log10(level), decibels, 0.01f);
-    EXPECT_EQ(at(191, 1), 1.0f) << "the other channel is as it was";
-    EXPECT_EQ(at(319, 0), level);
-    EXPECT_EQ(at(319, 1), 0.0f);
-    EXPECT_EQ(at(447, 0), 0.0f) << "all channels";
+    EXPECT_EQ(at(703, 1), 1.0f) << "the other channel is as it was";
+    EXPECT_EQ(at(1343, 0), level);
+    EXPECT_EQ(at(1343, 1), 0.0f);
+    EXPECT_EQ(at(1983, 0), 0.0f) << "all channels";
 }
 
 TEST(Properties, AFullLevelChangesNoBit)
@@ -277,9 +278,9 @@ TEST(Properties, AFullLevelChangesNoBit)
     set<Float32>(device, address('volm', output, 1), 0.0f);
     KVXPlatformStep(device, 128);
     set<Float32>(device, address('volm', output, 1), 1.0f);
-    KVXPlatformStep(device, 128);
+    KVXPlatformStep(device, 512);
     EXPECT_EQ(heard.samples[2 * 127], 0.0f);
-    EXPECT_EQ(heard.samples[2 * 255], 0.3f);
+    EXPECT_EQ(heard.samples[2 * 639], 0.3f);
 }
 
 // ---- the whole table, by both interfaces ----
