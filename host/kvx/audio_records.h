@@ -45,11 +45,4 @@ struct ChannelLayout {
     std::uint32_t tag, bitmap, descriptionCount; ///< descriptions follow
 };
 
-/// As long as `count` says.
-struct StreamUsage {
-    void* procedure;
-    std::uint32_t count;
-    std::uint32_t isOn[1];
-};
-
 } // namespace kvx

@@ -1,6 +1,6 @@
 #include "host/kvx/device_changes.h"
 
-#include "host/kvx/property_text.h"
+#include "host/kvx/plain_text.h"
 
 #include <fmt/format.h>
 

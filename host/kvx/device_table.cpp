@@ -1,6 +1,6 @@
 #include "host/kvx/device_table.h"
 
-#include "host/kvx/property_text.h"
+#include "host/kvx/plain_text.h"
 #include "host/kvx/text_table.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 #include "host/kvx/object_choice.h"
 
 #include "host/kvx/failure.h"
-#include "host/kvx/property_text.h"
+#include "host/kvx/plain_text.h"
 
 #include <fmt/format.h>
 

@@ -2,6 +2,7 @@
 #include "host/kvx/commands.h"
 #include "host/kvx/core_audio.h"
 #include "host/kvx/failure.h"
+#include "host/kvx/hex_text.h"
 #include "host/kvx/library.h"
 #include "host/kvx/object_choice.h"
 #include "host/kvx/property_text.h"

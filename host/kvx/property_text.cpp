@@ -2,9 +2,10 @@
 
 #include "host/kvx/audio_records.h"
 #include "host/kvx/failure.h"
+#include "host/kvx/hex_text.h"
+#include "host/kvx/plain_text.h"
 
 #include <fmt/format.h>
-#include <utf8proc.h>
 
 #include <algorithm>
 #include <charconv>
@@ -242,17 +243,6 @@ std::optional<std::string> printLayout(std::string_view value)
                        layout->descriptionCount);
 }
 
-std::optional<std::string> printUsage(std::string_view value)
-{
-    const auto usage = itemOf<StreamUsage>(value);
-    if (!usage) return std::nullopt;
-    const auto flags = itemsOf<std::uint32_t>(value.substr(offsetof(StreamUsage, isOn)));
-    std::string text;
-    for (std::size_t i = 0; i < std::min<std::size_t>(usage->count, flags.size()); ++i)
-        text += fmt::format("{}{}", text.empty() ? "" : "\n", flags[i] ? "on" : "off");
-    return text;
-}
-
 std::optional<std::string> printRecord(Form form, std::string_view value)
 {
     switch (form) {
@@ -264,8 +254,6 @@ std::optional<std::string> printRecord(Form form, std::string_view value)
         return printBufferList(value);
     case Form::channelLayout:
         return printLayout(value);
-    case Form::streamUsage:
-        return printUsage(value);
     default:
         return std::nullopt;
     }
@@ -297,60 +285,6 @@ std::string parseValue(Form form, Extent extent, const std::string& text, const 
     std::string bytes;
     for (const std::string& item : items) bytes += fact->parse(item, findObject);
     return bytes;
-}
-
-std::string dumpBytes(std::string_view bytes)
-{
-    constexpr std::size_t perLine = 16;
-    std::string text;
-    for (std::size_t start = 0; start < bytes.size(); start += perLine) {
-        const std::string_view line = bytes.substr(start, perLine);
-        std::string hex, characters;
-        for (char c : line) {
-            hex += fmt::format(" {:02x}", static_cast<unsigned char>(c));
-            characters += c >= ' ' && c <= '~' ? c : '.';
-        }
-        text += fmt::format("{}{:04x} {:<{}}  |{}|", start ? "\n" : "", start, hex, perLine * 3, characters);
-    }
-    return text;
-}
-
-std::string parseHex(std::string_view text)
-{
-    std::string digits(text);
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n'; };
-    digits.erase(std::remove_if(digits.begin(), digits.end(), isBlank), digits.end());
-    std::string bytes;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        unsigned byte = 0;
-        const char* first = digits.data() + at;
-        const char* last = first + std::min<std::size_t>(2, digits.size() - at);
-        const auto [rest, error] = std::from_chars(first, last, byte, 16);
-        if (rest != first + 2 || error != std::errc())
-            throw WrongUsage(fmt::format(
-                "\"{}\" is not a row of bytes; write two digits a byte, such as 00 00 80 3f", text));
-        bytes += char(byte);
-    }
-    return bytes;
-}
-
-std::string plainText(std::string_view text)
-{
-    std::string plain;
-    const auto* at = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-    auto left = static_cast<utf8proc_ssize_t>(text.size());
-    while (left > 0) {
-        utf8proc_int32_t character = -1;
-        const utf8proc_ssize_t length = std::max<utf8proc_ssize_t>(1, utf8proc_iterate(at, left, &character));
-        const bool isPlain = character >= 0 && utf8proc_category(character) != UTF8PROC_CATEGORY_CC;
-        if (isPlain)
-            plain.append(reinterpret_cast<const char*>(at), static_cast<std::size_t>(length));
-        else
-            plain += '?';
-        at += length;
-        left -= length;
-    }
-    return plain;
 }
 
 } // namespace kvx

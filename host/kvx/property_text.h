@@ -21,13 +21,4 @@ using FindObject = std::function<ObjectID(const std::string& text)>;
 /// what is read.
 std::string parseValue(Form form, Extent extent, const std::string& text, const FindObject& findObject);
 
-/// Sixteen bytes a line: offset, bytes, characters.
-std::string dumpBytes(std::string_view bytes);
-
-/// Bytes from pairs of hexadecimal digits, with or without blanks between the pairs. Throws WrongUsage.
-std::string parseHex(std::string_view text);
-
-/// Text from outside, fit for a terminal: UTF-8, each control character and each wrong byte a question mark.
-std::string plainText(std::string_view text);
-
 } // namespace kvx

@@ -33,7 +33,8 @@ constexpr PropertyType types[] = {
     value('bbvs', Form::single), value('bbvd', Form::single), value('bbd#', Form::range),
     question('bv2d', Asks::inPlace, Form::single), question('bd2v', Asks::inPlace, Form::single),
     value('bvtf', Form::number),
-    question('duid', Asks::byReference), question('pibi', Asks::byReference), question('rnlp', Asks::byReference),
+    question('duid', Asks::byReference), question('pibi', Asks::byReference),
+    question('rnlp', Asks::byReference),
 
     // ---- of devices: what one is ----
     value('plug', Form::integer),
@@ -50,7 +51,7 @@ constexpr PropertyType types[] = {
     value('ltnc', Form::number), value('saft', Form::number),
     value('fsiz', Form::number), value('fsz#', Form::range), value('vfsz', Form::number),
     value('bsiz', Form::number), value('bsz#', Form::range), value('rbuf', Form::bufferList),
-    value('mix?', Form::flag),   value('ncyc', Form::single), value('suse', Form::streamUsage),
+    value('mix?', Form::flag),   value('ncyc', Form::single), question('suse', Asks::byReference),
     value('nsrt', Form::real),   value('asrt', Form::real),  value('nsr#', Form::range, many),
 
     // ---- of devices: what one carries ----

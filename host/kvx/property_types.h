@@ -24,7 +24,6 @@ enum class Form {
     rangedFormat,
     bufferList,
     channelLayout,
-    streamUsage,
 };
 
 enum class Extent { one, many };
@@ -35,7 +34,7 @@ enum class Asks {
     inPlace,     ///< the value is the question and becomes the answer: a conversion, a best match
     whether,     ///< the value is the question, the status is the answer
     byCode,      ///< by a code, for a text
-    byReference, ///< by or for references, which a host program cannot make or keep
+    byReference, ///< by or for references or addresses, which a host program cannot make or keep
 };
 
 struct PropertyType {

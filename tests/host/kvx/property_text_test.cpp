@@ -190,49 +190,9 @@ TEST(PropertyText, PrintsRecordsThatAreAsLongAsTheySay)
               "tag=0x650002,bitmap=0x0,descriptions=0");
     EXPECT_EQ(kvx::printValue(Form::channelLayout, Extent::one, std::string(11, 'A')).substr(0, 6), "0000  ");
 
-    EXPECT_EQ(kvx::printValue(Form::streamUsage, Extent::one, bytesOf(kvx::StreamUsage{nullptr, 1, {1}})),
-              "on");
-    EXPECT_EQ(kvx::printValue(Form::streamUsage, Extent::one, bytesOf(kvx::StreamUsage{nullptr, 0, {1}})),
-              "");
     EXPECT_EQ(kvx::printValue(Form::text, Extent::one, std::string("abc\0def", 7)), "abc");
     EXPECT_EQ(kvx::printValue(Form::text, Extent::one, "abc"), "abc") << "a terminator that is missing";
     EXPECT_EQ(kvx::printValue(Form::reference, Extent::one, "caf\xC3\xA9"), "caf\xC3\xA9");
-}
-
-TEST(PropertyText, DumpsSixteenBytesALine)
-{
-    EXPECT_EQ(kvx::dumpBytes(""), "");
-    std::string bytes;
-    for (int i = 0; i < 18; ++i) bytes += char(0x78 + i);
-    EXPECT_EQ(kvx::dumpBytes(bytes),
-              "0000  78 79 7a 7b 7c 7d 7e 7f 80 81 82 83 84 85 86 87  |xyz{|}~.........|\n"
-              "0010  88 89                                            |..|");
-}
-
-TEST(PropertyText, ReadsBytes)
-{
-    EXPECT_EQ(kvx::parseHex("0000803f"), std::string("\0\0\x80\x3F", 4));
-    EXPECT_EQ(kvx::parseHex(" 00 00\t80\n3F "), std::string("\0\0\x80\x3F", 4));
-    EXPECT_EQ(kvx::parseHex(""), "");
-    for (const char* text : {"0", "000", "0x00", "gg", "-1", "+1", "0g"})
-        EXPECT_THROW(kvx::parseHex(text), kvx::WrongUsage) << text;
-}
-
-TEST(PropertyText, KeepsControlCharactersFromTheTerminal)
-{
-    const struct {
-        std::string text, plain;
-    } facts[] = {
-        {"Desk Speakers", "Desk Speakers"},
-        {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5"},
-        {"a\x1B[2Jb", "a?[2Jb"},
-        {"a\nb\tc\x7F", "a?b?c?"},
-        {"\xC2\x9B", "?"},
-        {"\xFF\xC3", "??"},
-        {"\xC3(", "?("},
-        {"", ""},
-    };
-    for (const auto& fact : facts) EXPECT_EQ(kvx::plainText(fact.text), fact.plain);
 }
 
 } // namespace

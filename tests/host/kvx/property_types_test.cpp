@@ -63,7 +63,7 @@ TEST(PropertyTypes, AreAsThePlatformStatesThem)
         {kAudioDevicePropertyStreamFormatMatch, Form::format, Extent::one, Asks::inPlace},
         {kAudioDevicePropertyPreferredChannelsForStereo, Form::number, Extent::many, Asks::nothing},
         {kAudioDevicePropertyPreferredChannelLayout, Form::channelLayout, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyIOProcStreamUsage, Form::streamUsage, Extent::one, Asks::nothing},
+        {kAudioDevicePropertyIOProcStreamUsage, Form::text, Extent::one, Asks::byReference},
         {kAudioDevicePropertyVolumeScalar, Form::single, Extent::one, Asks::nothing},
         {kAudioDevicePropertyVolumeRangeDecibels, Form::range, Extent::one, Asks::nothing},
         {kAudioDevicePropertyVolumeScalarToDecibels, Form::single, Extent::one, Asks::inPlace},

@@ -1,0 +1,12 @@
+// Text from outside, such as names of devices.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kvx {
+
+/// The text fit for a terminal: UTF-8, each control character and each wrong byte a question mark.
+std::string plainText(std::string_view text);
+
+} // namespace kvx

@@ -1,0 +1,25 @@
+// Names from outside.
+#include "host/kvx/plain_text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(PlainText, KeepsControlCharactersFromTheTerminal)
+{
+    const struct {
+        std::string text, plain;
+    } facts[] = {
+        {"Desk Speakers", "Desk Speakers"},
+        {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5"},
+        {"a\x1B[2Jb", "a?[2Jb"},
+        {"a\nb\tc\x7F", "a?b?c?"},
+        {"\xC2\x9B", "?"},
+        {"\xFF\xC3", "??"},
+        {"\xC3(", "?("},
+        {"", ""},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(kvx::plainText(fact.text), fact.plain);
+}
+
+} // namespace
