@@ -41,11 +41,17 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, double rate, std
         return nullptr;
     }
     sf_command(capture->file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
+    sem_init(&capture->wake_, 0, 0);
     const auto wanted = static_cast<std::size_t>(rate) * channels * ringSeconds;
     const std::size_t size = std::clamp(wanted, samplesPerWrite * 2, largestRing);
-    capture->ring_.resize(size - size % channels); // a frame never goes round the corner
-    sem_init(&capture->wake_, 0, 0);
-    capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
+    try {
+        capture->ring_.resize(size - size % channels); // a frame never goes round the corner
+        capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
+    } catch (const std::exception&) {
+        error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
+        capture->discard();
+        return nullptr;
+    }
     return capture;
 }
 
@@ -106,15 +112,23 @@ void Capture::run()
 {
     while (!isEnding_.load(std::memory_order_acquire)) {
         timespec until;
-        clock_gettime(CLOCK_REALTIME, &until);
+        clock_gettime(CLOCK_MONOTONIC, &until); // a clock that nobody sets
         until.tv_nsec += pollNanos;
         if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
-        sem_timedwait(&wake_, &until);
+        sem_clockwait(&wake_, CLOCK_MONOTONIC, &until);
         while (takeOut()) {
         }
     }
     while (takeOut()) {
     }
+}
+
+void Capture::discard()
+{
+    isFinished_ = true;
+    sf_close(file_);
+    sem_destroy(&wake_);
+    std::remove(temporaryPath_.c_str());
 }
 
 bool Capture::finish(std::string& error)

@@ -36,6 +36,7 @@ private:
     Capture() = default;
     void run();
     std::size_t takeOut();
+    void discard(); ///< before it began
 
     std::string path_, temporaryPath_;
     SNDFILE* file_ = nullptr;

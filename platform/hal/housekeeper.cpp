@@ -8,6 +8,7 @@
 #include "platform/hal/tree.h"
 
 #include <cstdlib>
+#include <exception>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -63,10 +64,14 @@ void run()
             wakeUp().waitFor(watchNanos);
         else
             wakeUp().wait();
-        isTidy = true;
-        for (const DeviceRef& device : devicesForProcs()) {
-            isTidy = tidy(device) && isTidy;
-            if (hasHardwareEnded(device)) letDie(device);
+        try {
+            isTidy = true;
+            for (const DeviceRef& device : devicesForProcs()) {
+                isTidy = tidy(device) && isTidy;
+                if (hasHardwareEnded(device)) letDie(device);
+            }
+        } catch (const std::exception&) {
+            isTidy = false; // no memory: it is tried again
         }
     }
 }

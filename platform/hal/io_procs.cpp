@@ -1,6 +1,7 @@
 #include "platform/hal/io_procs.h"
 
 #include "platform/accounts/account.h"
+#include "platform/hal/border.h"
 #include "platform/hal/cycle.h"
 #include "platform/hal/housekeeper.h"
 #include "platform/hal/portaudio_driver.h"
@@ -8,7 +9,6 @@
 #include "platform/hal/tree.h"
 
 #include <chrono>
-#include <new>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -64,7 +64,7 @@ void waitForCall(const Device& device, const IOProc* proc)
 
 OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasOwnID,
              AudioDeviceIOProcID* outID)
-try {
+{
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     if (!proc) return kAudioHardwareIllegalOperationError;
@@ -74,8 +74,6 @@ try {
     if (outID) *outID = newID;
     addedProcs.add();
     return noErr;
-} catch (const std::bad_alloc&) {
-    return kAudioHardwareUnspecifiedError;
 }
 
 OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
@@ -158,7 +156,7 @@ OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
     startCaptureOfEnvironment(device);
     const std::lock_guard<std::mutex> control(device->control);
     if (const OSStatus status = mark(*device, proc, true, marked); status != noErr) return status;
-    const OSStatus status = settleDriver(device);
+    const OSStatus status = withinBorder([&] { return settleDriver(device); });
     if (status != noErr) unmark(*device, marked);
     return status;
 }
@@ -212,25 +210,32 @@ using namespace kvxplatform::hal;
 
 OSStatus AudioDeviceAddIOProc(AudioDeviceID device, AudioDeviceIOProc proc, void* client)
 {
-    return add(device, proc, client, false, nullptr);
+    return withinBorder([&] { return add(device, proc, client, false, nullptr); });
 }
 
 OSStatus AudioDeviceRemoveIOProc(AudioDeviceID device, AudioDeviceIOProc proc)
 {
-    return remove(device, proc, false);
+    return withinBorder([&] { return remove(device, proc, false); });
 }
 
 OSStatus AudioDeviceCreateIOProcID(AudioDeviceID device, AudioDeviceIOProc proc, void* client,
                                    AudioDeviceIOProcID* outID)
 {
-    return outID ? add(device, proc, client, true, outID) : kAudioHardwareIllegalOperationError;
+    if (!outID) return kAudioHardwareIllegalOperationError;
+    return withinBorder([&] { return add(device, proc, client, true, outID); });
 }
 
 OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return remove(device, id, true);
+    return withinBorder([&] { return remove(device, id, true); });
 }
 
-OSStatus AudioDeviceStart(AudioDeviceID device, AudioDeviceIOProcID id) { return start(device, id); }
+OSStatus AudioDeviceStart(AudioDeviceID device, AudioDeviceIOProcID id)
+{
+    return withinBorder([&] { return start(device, id); });
+}
 
-OSStatus AudioDeviceStop(AudioDeviceID device, AudioDeviceIOProcID id) { return stop(device, id); }
+OSStatus AudioDeviceStop(AudioDeviceID device, AudioDeviceIOProcID id)
+{
+    return withinBorder([&] { return stop(device, id); });
+}

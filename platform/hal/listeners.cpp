@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
+#include <exception>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -109,9 +111,9 @@ void run(Notifier& notifier)
 Notifier& notifier()
 {
     static Notifier& instance = []() -> Notifier& {
-        Notifier& made = *new Notifier;
-        std::thread(run, std::ref(made)).detach();
-        return made;
+        auto made = std::make_unique<Notifier>();
+        std::thread(run, std::ref(*made)).detach();
+        return *made.release();
     }();
     return instance;
 }
@@ -141,7 +143,7 @@ using namespace kvxplatform::hal;
 
 OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         AudioObjectPropertyListenerProc proc, void* client)
-{
+try {
     if (!exists(object)) return kAudioHardwareBadObjectError;
     if (!address || !proc) return kAudioHardwareIllegalOperationError;
     Notifier& n = notifier();
@@ -149,12 +151,14 @@ OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectP
     n.listeners.push_back({n.nextSerial++, object, *address, proc, client});
     addedListeners.add();
     return noErr;
+} catch (const std::exception&) {
+    return kAudioHardwareUnspecifiedError;
 }
 
 // The object may have gone meanwhile: its listeners are still here to be taken back.
 OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                            AudioObjectPropertyListenerProc proc, void* client)
-{
+try {
     if (!address) return kAudioHardwareIllegalOperationError;
     Notifier& n = notifier();
     std::unique_lock<std::mutex> lock(n.lock);
@@ -168,4 +172,6 @@ OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObje
     addedListeners.remove();
     if (std::this_thread::get_id() != n.thread) n.idle.wait(lock, [&] { return n.calling != serial; });
     return noErr;
+} catch (const std::exception&) {
+    return kAudioHardwareUnspecifiedError;
 }

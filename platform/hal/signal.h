@@ -29,10 +29,10 @@ public:
     void waitFor(std::int64_t nanoseconds)
     {
         timespec until;
-        clock_gettime(CLOCK_REALTIME, &until); // the clock that sem_timedwait knows
+        clock_gettime(CLOCK_MONOTONIC, &until); // a clock that nobody sets
         until.tv_nsec += static_cast<long>(nanoseconds);
         if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
-        sem_timedwait(&semaphore_, &until);
+        sem_clockwait(&semaphore_, CLOCK_MONOTONIC, &until);
     }
 
 private:

@@ -1,0 +1,78 @@
+// A machine that has no thread to spare: an error, not the end of the process.
+#include "tests/platform/hal/bench.h"
+#include "tests/support/temporary_folder.h"
+
+#include <pthread.h>
+
+namespace {
+
+using namespace bench;
+
+/// While this lives, new threads ask for more stack than there can be.
+class NoThreads {
+public:
+    NoThreads()
+    {
+        pthread_attr_init(&attributes_);
+        pthread_getattr_default_np(&attributes_);
+        pthread_attr_t huge = attributes_;
+        pthread_attr_setstacksize(&huge,
+                                  sizeof(void*) == 4 ? std::size_t{0xE0000000u} : std::size_t{1} << 46);
+        pthread_setattr_default_np(&huge);
+    }
+    ~NoThreads() { pthread_setattr_default_np(&attributes_); }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+private:
+    pthread_attr_t attributes_;
+};
+
+OSStatus hearNothing(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) { return noErr; }
+
+TEST(Threads, WhenNoneIsLeftAStartIsRefusedAndTakenBack)
+{
+    Device device(Device::paced());
+    Procedure procedure(device, [](const Call&) {});
+    {
+        const NoThreads none;
+        EXPECT_EQ(procedure.start(), kAudioHardwareUnspecifiedError);
+    }
+    EXPECT_EQ(get<UInt32>(device, address(kAudioDevicePropertyDeviceIsRunning)), 0u);
+    ASSERT_EQ(procedure.start(), noErr) << "then it starts as if nothing had been";
+    waitFor([&] { return procedure.calls() > 0; });
+    EXPECT_EQ(procedure.stop(), noErr);
+}
+
+TEST(Threads, WhenNoneIsLeftNoCaptureBegins)
+{
+    support::TemporaryFolder folder;
+    Device device;
+    {
+        const NoThreads none;
+        EXPECT_NE(KVXPlatformStartCapture(device, (folder / "x.wav").c_str()), 0);
+        EXPECT_STRNE(KVXPlatformErrorText(), "");
+    }
+    EXPECT_EQ(folder.count(), 0u);
+    EXPECT_EQ(KVXPlatformStartCapture(device, (folder / "x.wav").c_str()), 0) << KVXPlatformErrorText();
+    EXPECT_EQ(KVXPlatformStopCapture(device), 0);
+}
+
+TEST(Threads, WhenNoneIsLeftTheFirstCallAnswersAnError)
+{
+    AudioDeviceID device = 0;
+    UInt32 size = sizeof device;
+    const auto role = address(kAudioHardwarePropertyDefaultOutputDevice);
+    {
+        const NoThreads none; // nor a housekeeper
+        EXPECT_EQ(AudioObjectGetPropertyData(kAudioObjectSystemObject, &role, 0, nullptr, &size, &device),
+                  kAudioHardwareUnspecifiedError);
+        EXPECT_NE(KVXPlatformChooseOutputDevice("simulated"), 0);
+        EXPECT_STRNE(KVXPlatformErrorText(), "");
+        EXPECT_EQ(AudioObjectAddPropertyListener(kAudioObjectSystemObject, &role, hearNothing, nullptr),
+                  kAudioHardwareUnspecifiedError);
+    }
+    EXPECT_NE(defaultOutput(), 0u);
+}
+
+} // namespace
