@@ -37,17 +37,17 @@ void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flag
                UInt32 frames, AudioBufferList& output)
 {
     const Float32 volume = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
-    const Gain gain = {state.gain, (volume - state.gain) / static_cast<Float32>(frames)};
+    state.gain.turnTo(volume);
     const ChannelMap* map = state.map.get();
     for (UInt32 done = 0; done < frames && !unit.isEnding;) {
         const AudioTimeStamp at = later(time, done, state.shape.sampleRate, unit.hostTicksPerSecond);
         UInt32 piece = frames - done;
         OSStatus status = noErr;
         const Float32* samples = state.client.next({unit, flags, at, true}, piece, status);
-        placeInStreams(samples, state.client.channels(), piece, done, map, gain, output);
+        placeInStreams(samples, state.client.channels(), piece, done, map, state.gain, output);
         done += piece;
     }
-    state.gain = volume;
+    state.gain.pass(frames);
 }
 
 void tellOfInput(DeviceOutput& state, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,

@@ -103,7 +103,8 @@ OSStatus startDevice(Unit& unit)
     beginWatching(unit.self);
     detach(unit, state); // what a stop inside a slice left
     if (state.startsAtZero) state.client.setSampleTime(0);
-    state.gain = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
+    const Float32 volume = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
+    state.gain = {volume, volume};
     state.isStarted = true;
     const OSStatus status = move(unit, state, wantedDevice(unit, state));
     if (status) state.isStarted = false;

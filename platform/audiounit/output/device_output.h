@@ -36,7 +36,7 @@ struct DeviceOutput {
 
     // [audio & in a slice], or attached to no device and with lifeCycle
     ClientSide client;
-    Float32 gain = 1;                            // at the end of the last slice
+    Gain gain = {1, 1};                          // before the next slice
     const AudioBufferList* cycleInput = nullptr; // the device's, during its cycle
     UInt32 cycleFrames = 0;
     std::vector<Float32> inputSamples; // a piece of the device's input, in the client's channels

@@ -55,7 +55,7 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
         OSStatus status = noErr;
         const Float32* samples = state.client.next(request, frames, status);
         if (status) failure = status;
-        place(samples, state.client.channels(), frames, nullptr, {1, 0}, done, 0, out.mChannelsPerFrame,
+        place(samples, state.client.channels(), frames, nullptr, {1, 1}, done, 0, out.mChannelsPerFrame,
               state.placed.data());
         encode(out, state.placed.data(), frames, slice.out, done);
         done += frames;

@@ -36,23 +36,23 @@ TEST(ChannelMap, PlacesFramesWithTheirGain)
     const Floats in = {1, 2, 3, 4, 5, 6}; // three frames of two channels
     const ChannelMap map = {1, -1, 0};
     Floats out(9, 99);
-    place(in.data(), 2, 3, &map, {1, 0}, 0, 0, 3, out.data());
+    place(in.data(), 2, 3, &map, {1, 1}, 0, 0, 3, out.data());
     EXPECT_EQ(out, (Floats{2, 0, 1, 4, 0, 3, 6, 0, 5}));
 
     out.assign(6, 99);
-    place(in.data(), 2, 3, &map, {1, 0}, 0, 1, 2, out.data());
+    place(in.data(), 2, 3, &map, {1, 1}, 0, 1, 2, out.data());
     EXPECT_EQ(out, (Floats{0, 1, 0, 3, 0, 5})) << "the second stream of a device begins at its channel 1";
 
     out.assign(6, 99);
-    place(in.data(), 2, 3, nullptr, {1, 0}, 0, 0, 2, out.data());
+    place(in.data(), 2, 3, nullptr, {1, 1}, 0, 0, 2, out.data());
     EXPECT_EQ(out, in) << "straight";
 
     out.assign(6, 99);
-    place(in.data(), 2, 3, nullptr, {0.5f, 0}, 0, 0, 2, out.data());
+    place(in.data(), 2, 3, nullptr, {0.5f, 0.5f}, 0, 0, 2, out.data());
     EXPECT_EQ(out, (Floats{0.5, 1, 1.5, 2, 2.5, 3}));
 
     out.assign(6, 99);
-    place(in.data(), 2, 3, nullptr, {0, 0.25f}, 1, 0, 2, out.data());
+    place(in.data(), 2, 3, nullptr, {0, 128, 512}, 1, 0, 2, out.data());
     EXPECT_EQ(out, (Floats{0.5, 1, 2.25, 3, 5, 6})) << "frames 1 to 3 of a glide";
 }
 
@@ -61,11 +61,11 @@ TEST(ChannelMap, UnityLeavesBitsAlone)
     const Float32 nan = std::nanf("5");
     const Floats in = {nan, -0.0f, 1e-42f, 3e38f};
     Floats out(4);
-    place(in.data(), 2, 2, nullptr, {1, 0}, 0, 0, 2, out.data());
+    place(in.data(), 2, 2, nullptr, {1, 1}, 0, 0, 2, out.data());
     EXPECT_EQ(std::memcmp(in.data(), out.data(), sizeof(Float32) * 4), 0);
     const ChannelMap straight = {0, 1};
     out.assign(4, 0);
-    place(in.data(), 2, 2, &straight, {1, 0}, 0, 0, 2, out.data());
+    place(in.data(), 2, 2, &straight, {1, 1}, 0, 0, 2, out.data());
     EXPECT_EQ(std::memcmp(in.data(), out.data(), sizeof(Float32) * 4), 0);
 }
 

@@ -173,7 +173,7 @@ TEST(DeviceOutput, MapsChannels)
 
 float one(Float64, UInt32) { return 1; }
 
-TEST(DeviceOutput, VolumeGlidesOverASliceAndThenStands)
+TEST(DeviceOutput, VolumeGlidesAndThenStands)
 {
     SteppedDevice device(44100, 2, 100);
     Playing playing(device, canonical(44100, 2));
@@ -185,7 +185,8 @@ TEST(DeviceOutput, VolumeGlidesOverASliceAndThenStands)
     ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, 0.5f, 0), noErr);
     device.played.clear();
     device.step(100);
-    for (UInt32 i = 0; i < 100; ++i) ASSERT_NEAR(device.played[i * 2], 1 - 0.5 * (i + 1) / 100, 1e-6) << i;
+    for (UInt32 i = 0; i < 100; ++i) ASSERT_NEAR(device.played[i * 2], 1 - 0.5 * (i + 1) / 512, 1e-6) << i;
+    device.step(412);
     device.played.clear();
     device.step(100);
     EXPECT_EQ(device.played, std::vector<float>(200, 0.5f));
@@ -197,10 +198,31 @@ TEST(DeviceOutput, VolumeGlidesOverASliceAndThenStands)
     EXPECT_EQ(device.played, std::vector<float>(200, 0.0f))
         << "changed while stopped: there from the first frame";
     ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, 1, 0), noErr);
-    device.step(100);
+    device.step(512);
     device.played.clear();
     device.step(100);
     EXPECT_EQ(device.played, std::vector<float>(200, 1.0f)) << "back at 1, exact again";
+}
+
+TEST(DeviceOutput, VolumeMakesNoClickHoweverItIsSliced)
+{
+    for (UInt32 slice : {1u, 16u, 64u, 512u, 600u}) {
+        SCOPED_TRACE(slice);
+        SteppedDevice device(44100, 2, slice);
+        Playing playing(device, canonical(44100, 2));
+        Feeder ones(canonical(44100, 2), one);
+        ASSERT_EQ(playing.unit.setCallback(Feeder::callback, &ones), noErr);
+        playing.start();
+        device.step(7);
+        for (Float32 volume : {0.0f, 1.0f, 0.25f}) { // turned back on the way, in odd steps
+            ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, volume, 0), noErr);
+            device.step(101);
+        }
+        device.step(512);
+        for (std::size_t i = 2; i < device.played.size(); ++i)
+            ASSERT_LE(std::abs(device.played[i] - device.played[i - 2]), 1.0f / 512 + 1e-6f) << i;
+        EXPECT_EQ(device.played.back(), 0.25f);
+    }
 }
 
 TEST(DeviceOutput, IsSilentWithoutASourceAndSaysWhy)
