@@ -1,44 +1,27 @@
 #include "host/kvx/capture.h"
 
 #include "host/kvx/failure.h"
+#include "host/kvx/write_aside.h"
 
-#include <fmt/format.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace kvx {
 namespace {
 
-Failure cannotWrite(const std::string& path, const std::string& reason)
+// What the platform says of the file, under the name that the user gave it.
+Failure platformFailure(const std::string& aside, const std::string& path)
 {
-    return Failure(
-        fmt::format("{} cannot be written: {}; name a file in a folder that exists and that you may write to",
-                    path, reason));
+    std::string text = KVXPlatformErrorText();
+    if (const auto at = text.find(aside); at != text.npos) text.replace(at, aside.size(), path);
+    return Failure(text);
 }
 
 } // namespace
 
 Capture::Capture(KVXDeviceID device, const std::string& path)
-    : device_(device), path_(path), unfinished_(fmt::format("{}.{}.part", path, getpid()))
+    : device_(device), path_(path), unfinished_(asideOf(path))
 {
-    struct stat status = {};
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        throw cannotWrite(path, S_ISDIR(status.st_mode) ? "it is a folder" : "it is not a plain file");
-
-    const int file = open(unfinished_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-    if (file < 0) throw cannotWrite(path, std::strerror(errno));
-    close(file);
-
-    if (KVXPlatformStartCapture(device_, unfinished_.c_str()) != 0) {
-        const std::string reason = KVXPlatformErrorText();
-        std::remove(unfinished_.c_str());
-        throw cannotWrite(path, reason);
-    }
+    if (KVXPlatformStartCapture(device_, unfinished_.c_str()) != 0) throw platformFailure(unfinished_, path_);
 }
 
 Capture::~Capture()
@@ -50,8 +33,8 @@ Capture::~Capture()
 
 void Capture::keep()
 {
-    if (KVXPlatformStopCapture(device_) != 0) throw cannotWrite(path_, KVXPlatformErrorText());
-    if (std::rename(unfinished_.c_str(), path_.c_str()) != 0) throw cannotWrite(path_, std::strerror(errno));
+    if (KVXPlatformStopCapture(device_) != 0) throw platformFailure(unfinished_, path_);
+    moveIntoPlace(unfinished_, path_);
     unfinished_.clear();
 }
 

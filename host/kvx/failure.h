@@ -11,6 +11,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What is said cannot be written: the disk is full, or whoever listened is gone.
+class OutputFailure : public Failure {
+public:
+    OutputFailure()
+        : Failure(
+              "the standard output cannot be written; see that its disk has room, or that its reader stays")
+    {
+    }
+};
+
 /// The command line itself makes no sense, which shows only once the library is there to ask. Exits 2.
 class WrongUsage : public Failure {
 public:

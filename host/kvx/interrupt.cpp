@@ -17,7 +17,8 @@ InterruptGuard::InterruptGuard()
     arrivedSignal = 0;
     for (std::size_t i = 0; i < std::size(signals_); ++i) {
         struct sigaction action = {};
-        action.sa_handler = signals_[i] == SIGPIPE ? SIG_IGN : noteSignal;
+        action.sa_handler = noteSignal;
+        action.sa_flags = SA_RESETHAND; // who asks twice does not want to wait
         sigemptyset(&action.sa_mask);
         sigaction(signals_[i], &action, &former_[i]);
     }

@@ -5,8 +5,8 @@
 
 namespace kvx {
 
-/// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, and SIGPIPE does
-/// nothing: whoever stops listening to what is said does not stop the sound. One at a time. [main]
+/// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, each once: the
+/// second of its kind ends it. One at a time. [main]
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -15,8 +15,8 @@ public:
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 
 private:
-    static constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
-    struct sigaction former_[4];
+    static constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP};
+    struct sigaction former_[3];
 };
 
 bool isInterrupted();

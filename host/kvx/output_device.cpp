@@ -15,6 +15,19 @@ void check(std::int32_t status)
     if (status != 0) throw Failure(KVXPlatformErrorText());
 }
 
+// The environment's choice, if it makes one.
+std::string choiceOfEnvironment()
+{
+    const char* choice = std::getenv("KVX_AUDIO_DEVICE");
+    return choice ? choice : "";
+}
+
+void choose(const std::string& choice, const char* whereToName)
+{
+    if (KVXPlatformChooseOutputDevice(choice.c_str()) != 0)
+        throw Failure(fmt::format("{}; name one of them with {}", KVXPlatformErrorText(), whereToName));
+}
+
 void needSimulated(const KVXDeviceInfo& device, const char* option)
 {
     if (!device.isSimulated)
@@ -44,7 +57,15 @@ std::vector<KVXDeviceInfo> listDevices()
 
 KVXDeviceInfo chooseDevice(const DeviceWish& wish)
 {
-    if (!wish.choice.empty()) check(KVXPlatformChooseOutputDevice(wish.choice.c_str()));
+    const std::string environment = choiceOfEnvironment();
+    // The platform plays to another device when it cannot have this one. Here it is asked for once more, as
+    // the user would with --device, to fail instead; only "simulated" changes what the platform looks for.
+    if (environment != "simulated") unsetenv("KVX_AUDIO_DEVICE");
+    if (!wish.choice.empty())
+        choose(wish.choice, "--device");
+    else if (!environment.empty())
+        choose(environment, "KVX_AUDIO_DEVICE or --device");
+    if (!environment.empty()) setenv("KVX_AUDIO_DEVICE", environment.c_str(), 1);
     const KVXDeviceInfo device = defaultDevice();
     if (wish.rate > 0) {
         needSimulated(device, "--device-rate");

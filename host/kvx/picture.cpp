@@ -1,7 +1,7 @@
 #include "host/kvx/picture.h"
 
-#include "host/kvx/failure.h"
 #include "host/kvx/sound_file.h"
+#include "host/kvx/write_aside.h"
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -91,10 +91,11 @@ Picture drawWaveform(const std::vector<Column>& columns, int height)
 
 void writePicture(const Picture& picture, const std::string& path)
 {
-    if (stbi_write_png(path.c_str(), picture.width, picture.height, 3, picture.rgb.data(), picture.width * 3))
-        return;
-    std::remove(path.c_str());
-    throw Failure(fmt::format("{} cannot be written; go to a folder that you may write to", path));
+    const std::string aside = asideOf(path);
+    if (!stbi_write_png(aside.c_str(), picture.width, picture.height, 3, picture.rgb.data(),
+                        picture.width * 3))
+        giveUpWriting(aside, path);
+    moveIntoPlace(aside, path);
 }
 
 } // namespace kvx

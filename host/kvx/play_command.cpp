@@ -75,8 +75,8 @@ void passTime(const PlayOptions& options, const KVXDeviceInfo& device)
     KVXPlatformDrainMainQueue(options.device.isStepped ? 0.0 : pollSeconds);
 }
 
-// Play one run to its end. Throws Failure when the device goes away.
-void playRun(host::Host& host, const Run& run, const PlayOptions& options, const KVXDeviceInfo& device,
+// Play one run to its end. True if any of it was heard. Throws Failure when the device goes away.
+bool playRun(host::Host& host, const Run& run, const PlayOptions& options, const KVXDeviceInfo& device,
              Progress& progress)
 {
     const auto gain = float(std::pow(10.0, options.gainDb / 20.0)); // exactly 1 at 0 dB
@@ -99,9 +99,11 @@ void playRun(host::Host& host, const Run& run, const PlayOptions& options, const
                 fmt::format("{} went away while playing; choose another device with --device", device.name));
         }
     }
+    const bool isHeard = playback.position() > 0;
     playback.stop();
     if (playback.hadGap())
         fmt::print(stderr, "kvx: the sound had gaps: the file could not be read as fast as it plays\n");
+    return isHeard;
 }
 
 // Where the capture goes: as asked, or beside the picture when only the simulated device is there to hear it.
@@ -129,6 +131,7 @@ int play(const PlayOptions& options)
     const std::string captureTo = capturePath(options, device);
     refuseToOverwrite(options.files, captureTo);
 
+    InterruptGuard guard; // from here on there may be a file to clear away
     std::optional<Capture> capture;
     if (!captureTo.empty()) capture.emplace(device.device, captureTo);
     Library library(options.library);
@@ -139,11 +142,12 @@ int play(const PlayOptions& options)
     else
         progress.say(fmt::format("Device: {}, {} Hz", device.name, device.sampleRate));
 
-    InterruptGuard guard;
+    bool isHeard = false;
     for (const Run& run : runs)
-        if (!isInterrupted()) playRun(library.host(), run, options, device, progress);
+        if (!isInterrupted() && playRun(library.host(), run, options, device, progress)) isHeard = true;
+    if (isInterrupted()) progress.leaveLine();
     progress.say(isInterrupted() ? "Stopped." : "Done.");
-    if (capture) keepCapture(*capture, options, captureTo, progress);
+    if (capture && (isHeard || !isInterrupted())) keepCapture(*capture, options, captureTo, progress);
     return closeLibrary(library, interruptExitCode());
 }
 

@@ -1,5 +1,9 @@
 #include "host/kvx/progress.h"
 
+#include "host/kvx/failure.h"
+#include "host/kvx/interrupt.h"
+#include "host/kvx/plain_text.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -36,7 +40,19 @@ Verbosity verbosityFor(bool isQuiet, std::FILE* out)
 
 void Progress::wipe()
 {
-    if (shown_ > 0) fmt::print(out_, "\r{}\r", std::string(shown_, ' '));
+    if (shown_ > 0) std::fputs(("\r" + std::string(shown_, ' ') + "\r").c_str(), out_);
+    shown_ = 0;
+}
+
+void Progress::flush()
+{
+    if (std::fflush(out_) != 0 || std::ferror(out_))
+        if (!isInterrupted()) throw OutputFailure();
+}
+
+void Progress::leaveLine()
+{
+    if (verbosity_ == Verbosity::live) std::fputs("\n", out_);
     shown_ = 0;
 }
 
@@ -44,8 +60,8 @@ void Progress::say(const std::string& line)
 {
     if (verbosity_ == Verbosity::quiet) return;
     wipe();
-    fmt::print(out_, "{}\n", line);
-    std::fflush(out_);
+    std::fputs((plainText(line) + "\n").c_str(), out_);
+    flush();
 }
 
 void Progress::show(double seconds, double totalSeconds, float peak)
@@ -57,8 +73,8 @@ void Progress::show(double seconds, double totalSeconds, float peak)
     const std::string line = fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)),
                                          printTime(totalSeconds), printLevel(peak));
     wipe();
-    fmt::print(out_, "{}", line);
-    std::fflush(out_);
+    std::fputs(line.c_str(), out_);
+    flush();
     shown_ = line.size();
 }
 

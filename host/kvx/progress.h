@@ -24,14 +24,18 @@ class Progress {
 public:
     Progress(Verbosity verbosity, std::FILE* out) : verbosity_(verbosity), out_(out) {}
 
-    /// A line of its own; nothing when quiet.
+    /// A line of its own; nothing when quiet. Throws OutputFailure.
     void say(const std::string& line);
 
     /// Where a file stands. Shown live only, ten times a second at most.
     void show(double seconds, double totalSeconds, float peak);
 
+    /// Go on below the live line, behind which a terminal has written "^C".
+    void leaveLine();
+
 private:
     void wipe();
+    void flush();
 
     Verbosity verbosity_;
     std::FILE* out_;

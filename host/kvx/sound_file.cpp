@@ -22,10 +22,11 @@ void checkReadable(const std::string& path)
         throw Failure(fmt::format("{}: {}; check the name and the folder", path, std::strerror(errno)));
     if (S_ISDIR(status.st_mode))
         throw Failure(fmt::format("{} is a folder; name the sound files in it", path));
+    if (!S_ISREG(status.st_mode))
+        throw Failure(fmt::format("{} is not a plain file; copy it into a file first", path));
     if (access(path.c_str(), R_OK) != 0)
         throw Failure(fmt::format("{}: {}; change its permissions or copy it", path, std::strerror(errno)));
-    if (S_ISREG(status.st_mode) && status.st_size == 0)
-        throw Failure(fmt::format("{} is empty; get the file again", path));
+    if (status.st_size == 0) throw Failure(fmt::format("{} is empty; get the file again", path));
 }
 
 Failure cutShort(const std::string& path)

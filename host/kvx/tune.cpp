@@ -1,13 +1,11 @@
 #include "host/kvx/tune.h"
 
-#include "host/kvx/failure.h"
+#include "host/kvx/write_aside.h"
 
-#include <fmt/format.h>
 #include <sndfile.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace kvx {
 namespace {
@@ -92,21 +90,19 @@ std::vector<float> composeTune()
 
 void writeTune(const std::string& path)
 {
+    const std::string aside = asideOf(path);
     const std::vector<float> tune = composeTune();
     SF_INFO info = {};
     info.samplerate = tuneSampleRate;
     info.channels = tuneChannels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (!file)
-        throw Failure(
-            fmt::format("{} cannot be written; name a file in a folder that you may write to", path));
+    SNDFILE* file = sf_open(aside.c_str(), SFM_WRITE, &info);
+    if (!file) giveUpWriting(aside, path);
     const auto frames = sf_count_t(tune.size() / tuneChannels);
     const bool isWritten = sf_writef_float(file, tune.data(), frames) == frames;
     const bool isClosed = sf_close(file) == 0;
-    if (isWritten && isClosed) return;
-    std::remove(path.c_str());
-    throw Failure(fmt::format("{} cannot be written to its end; make room on the disk", path));
+    if (!isWritten || !isClosed) giveUpWriting(aside, path);
+    moveIntoPlace(aside, path);
 }
 
 } // namespace kvx

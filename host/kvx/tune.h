@@ -12,7 +12,7 @@ constexpr int tuneChannels = 2;
 /// The tune: interleaved stereo at tuneSampleRate, peak below full scale, silent at both ends.
 std::vector<float> composeTune();
 
-/// Write it as a 16-bit WAV. Throws Failure; nothing is left behind then.
+/// Write it as a 16-bit WAV. Throws Failure; an earlier file is then as it was.
 void writeTune(const std::string& path);
 
 } // namespace kvx

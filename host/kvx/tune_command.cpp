@@ -1,4 +1,5 @@
 #include "host/kvx/commands.h"
+#include "host/kvx/plain_text.h"
 #include "host/kvx/tune.h"
 
 #include <fmt/format.h>
@@ -20,7 +21,7 @@ void addTuneCommand(CLI::App& app, Action& action)
     command->callback([options, &action] {
         action = [options] {
             writeTune(options->path);
-            if (!options->isQuiet) fmt::print("{}\n", options->path);
+            if (!options->isQuiet) fmt::print("{}\n", plainText(options->path));
             return 0;
         };
     });

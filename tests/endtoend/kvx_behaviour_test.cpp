@@ -6,14 +6,29 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <pty.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
 using namespace endtoend;
+
+/// Bytes of the largest file that is being written, named as such.
+std::uintmax_t largestUnfinished(const support::TemporaryFolder& folder)
+{
+    std::uintmax_t size = 0;
+    std::error_code ignored; // it may be given its name meanwhile
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        if (entry.path().extension() == ".part")
+            if (const auto each = entry.file_size(ignored); !ignored) size = std::max(size, each);
+    return size;
+}
 
 TEST(Kvx, HelpsEverywhere)
 {
@@ -31,6 +46,8 @@ TEST(Kvx, HelpsEverywhere)
         EXPECT_EQ(result.err, "");
     }
     EXPECT_NE(runKvx({"play", "--help"}).out.find("--device-rate"), std::string::npos);
+    for (const char* code : {"129", "130", "143"})
+        EXPECT_NE(runKvx({"--help"}).out.find(code), std::string::npos) << code;
 }
 
 TEST(Kvx, ListsTheFiveClasses)
@@ -140,15 +157,15 @@ TEST(Kvx, StopsCleanlyOnASignal)
     const struct {
         int signal, exitCode;
         std::vector<std::string> more;
-    } facts[] = {{SIGINT, 130, {}}, {SIGTERM, 143, {}}};
+    } facts[] = {{SIGINT, 130, {}}, {SIGTERM, 143, {}}, {SIGHUP, 129, {}}};
     for (const auto& fact : facts) {
         support::TemporaryFolder folder;
         const auto sound = support::makeNoise(44100, 2, 44100 * 60);
         support::writeSound(sound, folder / "long.wav");
         support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
-        while (child.isRunning() && child.outSoFar().find("Playing") == std::string::npos)
+        // A second of sound in the file that grows: more than the silence at the beginning.
+        while (child.isRunning() && largestUnfinished(folder) < 44100 * 2 * sizeof(float))
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        std::this_thread::sleep_for(std::chrono::milliseconds(400));
         child.send(fact.signal);
         const auto result = child.wait();
         EXPECT_EQ(result.exitCode, fact.exitCode);
@@ -164,6 +181,91 @@ TEST(Kvx, StopsCleanlyOnASignal)
         EXPECT_TRUE(std::equal(captured.samples.begin() + first, last, sound.samples.begin()));
         EXPECT_EQ(folder.count(), 2u);
     }
+}
+
+// Ended as soon as there is anything to clear away: a capture without sound is none.
+TEST(Kvx, LeavesNothingHalfMadeWhenStoppedEarly)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
+    support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
+    std::size_t most = 0;
+    while (child.isRunning() && most < 2) most = std::max(most, folder.count());
+    child.send(SIGINT);
+    const auto result = child.wait();
+    EXPECT_EQ(result.exitCode, 130) << "signal " << result.signal << " " << result.err;
+    EXPECT_EQ(folder.count(), 1u + std::filesystem::exists(folder / "out.wav"));
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(Kvx, WritesACaptureAsideUnderOneName)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
+    support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
+    while (child.isRunning() && largestUnfinished(folder) == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(folder.count(), 2u);
+    child.send(SIGTERM);
+    child.wait();
+}
+
+// A terminal writes "^C" behind the line that is shown; what follows begins on the next one.
+TEST(Kvx, SaysThatItStoppedBelowTheCtrlC)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
+    const std::string file = folder / "long.wav";
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        execl(kvxPath, kvxPath, "play", file.c_str(), nullptr);
+        _exit(127);
+    }
+    std::string shown;
+    bool isAsked = false;
+    char chunk[4096];
+    for (ssize_t got; (got = read(terminal, chunk, sizeof chunk)) > 0;) {
+        shown.append(chunk, std::size_t(got));
+        if (!isAsked && shown.find(" dB") != std::string::npos) isAsked = write(terminal, "\x03", 1) == 1;
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    close(terminal);
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    const auto at = shown.find("^C");
+    ASSERT_NE(at, std::string::npos) << shown;
+    EXPECT_NE(shown.find("\r\nStopped.", at), std::string::npos) << shown;
+}
+
+TEST(Kvx, FailsWhenWhatItSaysCannotBeWritten)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 2, 44100), folder / "a.wav");
+    for (const char* command : {"classes", "classes CoreAudioPlayerKVX", "devices", "tune out.wav",
+                                "play --fast a.wav", "--help"}) {
+        SCOPED_TRACE(command);
+        const auto result = support::runChild(
+            {"sh", "-c", std::string(kvxPath) + " " + command + " >/dev/full"}, {}, folder.path());
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_NE(result.err.find("standard output"), std::string::npos) << result.err;
+        EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    }
+}
+
+TEST(Kvx, PrintsNamesWithoutTheirControlCharacters)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 2, 4410), folder / "red\x1b[31m.wav");
+    const auto good = runKvx({"play", "--fast", "red\x1b[31m.wav"}, folder.path());
+    EXPECT_EQ(good.exitCode, 0);
+    EXPECT_EQ(good.out.find('\x1b'), std::string::npos);
+    EXPECT_NE(good.out.find("[31m.wav"), std::string::npos) << good.out;
+    const auto bad = runKvx({"play", "no\nsuch\x1b.wav"}, folder.path());
+    EXPECT_EQ(bad.exitCode, 1);
+    EXPECT_EQ(bad.err.find('\x1b'), std::string::npos);
+    EXPECT_EQ(lineCount(bad.err), 1u) << bad.err;
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sys/stat.h>
 
 namespace {
 
@@ -37,6 +38,7 @@ struct Refusals : testing::Test {
         std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
         std::ofstream(folder / "empty.wav");
         fs::create_directory(folder / "folder");
+        EXPECT_EQ(mkfifo((folder / "pipe.wav").c_str(), 0600), 0);
     }
 
     void copyBytes(const std::string& from, const std::string& to, std::size_t count)
@@ -63,7 +65,7 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
         {{"text.txt"}, "text.txt", "kvx plays WAV"},
         {{"text.wav"}, "text.wav", "kvx plays WAV"},
         {{"empty.wav"}, "empty.wav", "get the file again"},
-        {{"header.wav"}, "header.wav", ";"},
+        {{"header.wav"}, "header.wav", "kvx plays WAV"},
         {{"silent.wav"}, "silent.wav", "choose another file"},
         {{"cut.wav"}, "cut.wav", "get the file again"},
         {{"cut.aiff"}, "cut.aiff", "get the file again"},
@@ -72,8 +74,10 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
         {{"cut.ogg"}, "cut.ogg", "get the file again"},
         {{"cut.mp3"}, "cut.mp3", "get the file again"},
         {{"good.wav", "missing.wav"}, "missing.wav", "check the name"},
-        {{"good.wav", "--device", "no such device"}, "no such device", ""},
-        {{"good.wav", "--device", "999"}, "999", ""},
+        {{"good.wav", "--device", "no such device"}, "no such device", "; name one of them with --device\n"},
+        {{"good.wav", "--device", "999"}, "999", "; name one of them with --device\n"},
+        {{"pipe.wav"}, "pipe.wav", "copy it into a file first"},
+        {{"/dev/null"}, "/dev/null", "copy it into a file first"},
         {{"good.wav", "--capture", "no/such/folder/out.wav"}, "no/such/folder/out.wav", "folder that exists"},
         {{"good.wav", "--capture", "folder"}, "folder", "name a file"},
         {{"good.wav", "--capture", "/proc/out.wav"}, "/proc/out.wav", "may write"},
@@ -102,6 +106,40 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
         EXPECT_FALSE(fs::exists(folder / "out.wav"));
         EXPECT_EQ(folder.count(), before) << "something was left behind";
     }
+}
+
+TEST_F(Refusals, OfADeviceThatTheEnvironmentNames)
+{
+    const struct {
+        const char* device;
+        int exitCode;
+    } facts[] = {{"nope", 1}, {"", 0}, {"simulated", 0}};
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.device);
+        const auto result = support::runChild(kvxCommand({"play", "--fast", "good.wav"}),
+                                              {{"KVX_AUDIO_DEVICE", fact.device}}, folder.path());
+        EXPECT_EQ(result.exitCode, fact.exitCode) << result.err;
+        EXPECT_EQ(lineCount(result.err), std::size_t(fact.exitCode)) << result.err;
+        if (fact.exitCode == 0) continue;
+        EXPECT_NE(result.err.find("nope"), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find("; name one of them with KVX_AUDIO_DEVICE or --device\n"),
+                  std::string::npos)
+            << result.err;
+    }
+}
+
+TEST_F(Refusals, OfATuneLeaveAUsersFileAlone)
+{
+    copyBytes("good.wav", "kept.wav", 1000);
+    const std::size_t before = folder.count();
+    const auto result = support::runChild(
+        {"sh", "-c", "trap '' XFSZ; ulimit -f 100; exec " + std::string(kvxPath) + " tune kept.wav"}, {},
+        folder.path());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    EXPECT_NE(result.err.find("make room on the disk"), std::string::npos) << result.err;
+    EXPECT_EQ(fs::file_size(folder / "kept.wav"), 1000u);
+    EXPECT_EQ(folder.count(), before);
 }
 
 TEST_F(Refusals, LeaveAnEarlierCaptureAlone)
