@@ -16,21 +16,20 @@ constexpr std::size_t samplesPerWrite = 1u << 15; // at most, of one piece
 constexpr long pollNanos = 20'000'000;            // how long a piece may lie before it is written
 } // namespace
 
-std::shared_ptr<Capture> Capture::open(const std::string& path, double rate, std::uint32_t channels,
-                                       std::string& error)
+std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form, std::string& error)
 {
     std::shared_ptr<Capture> capture(new Capture);
     capture->path_ = path;
     capture->temporaryPath_ = path + ".part";
-    capture->channels_ = channels;
+    capture->form_ = form;
     if (std::error_code ignored; std::filesystem::is_directory(path, ignored)) {
         error = "cannot write the capture " + path + ": it is a folder; name a file in it";
         capture->isFinished_ = true;
         return nullptr;
     }
     SF_INFO info = {};
-    info.samplerate = static_cast<int>(rate);
-    info.channels = static_cast<int>(channels);
+    info.samplerate = static_cast<int>(form.rate);
+    info.channels = static_cast<int>(form.channels);
     info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
     capture->file_ = sf_open(capture->temporaryPath_.c_str(), SFM_WRITE, &info);
     if (!capture->file_) {
@@ -42,10 +41,10 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, double rate, std
     }
     sf_command(capture->file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
     sem_init(&capture->wake_, 0, 0);
-    const auto wanted = static_cast<std::size_t>(rate) * channels * ringSeconds;
+    const auto wanted = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
     const std::size_t size = std::clamp(wanted, samplesPerWrite * 2, largestRing);
     try {
-        capture->ring_.resize(size - size % channels); // a frame never goes round the corner
+        capture->ring_.resize(size - size % form.channels); // a frame never goes round the corner
         capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
     } catch (const std::exception&) {
         error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
@@ -61,13 +60,13 @@ Capture::~Capture()
     finish(ignored);
 }
 
-void Capture::write(const float* samples, std::uint32_t frames, std::uint32_t channels, bool mayWait)
+void Capture::write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait)
 {
-    if (channels != channels_ || hasFailed_.load(std::memory_order_relaxed)) {
-        hasLost_ = true; // a file has one number of channels
-        return;
-    }
-    std::size_t left = std::size_t{frames} * channels;
+    const bool isEmpty = written_.load(std::memory_order_relaxed) == 0;
+    if (isEmpty) hasChanged_ = false; // it may have been opened for a change that is just being made
+    if (!(form == form_)) hasChanged_ = true;
+    if (hasChanged_ || hasFailed_.load(std::memory_order_relaxed)) return;
+    std::size_t left = std::size_t{frames} * form.channels;
     const std::uint64_t waiting =
         written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
     if (!mayWait && left > ring_.size() - static_cast<std::size_t>(waiting)) {
@@ -100,7 +99,7 @@ std::size_t Capture::takeOut()
     const std::uint64_t waiting = written_.load(std::memory_order_acquire) - taken;
     const std::size_t start = taken % ring_.size();
     std::size_t piece = std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
-    piece -= piece % channels_; // whole frames
+    piece -= piece % form_.channels; // whole frames
     if (piece && sf_write_float(file_, &ring_[start], static_cast<sf_count_t>(piece)) !=
                      static_cast<sf_count_t>(piece))
         hasFailed_ = true;
@@ -145,8 +144,11 @@ bool Capture::finish(std::string& error)
         std::remove(temporaryPath_.c_str());
         return false;
     }
-    if (hasLost_) error = "the capture " + path_ + " has gaps: the device changed, or the disk was too slow";
-    return !hasLost_;
+    if (hasChanged_)
+        error = "the capture " + path_ + " ends where the device's rate or number of channels changed";
+    else if (hasLost_)
+        error = "the capture " + path_ + " has gaps: the disk was too slow";
+    return !hasChanged_ && !hasLost_;
 }
 
 } // namespace kvxplatform::hal

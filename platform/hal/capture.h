@@ -16,15 +16,22 @@ namespace kvxplatform::hal {
 /// The file stands under a temporary name until it is finished, so that no half-written one is ever found.
 class Capture {
 public:
+    /// What a file has one of, from its beginning to its end. Hz.
+    struct Form {
+        double rate;
+        std::uint32_t channels;
+        bool operator==(const Form& other) const { return rate == other.rate && channels == other.channels; }
+    };
+
     /// Open the file. Null, with the reason in `error`, if that cannot be.
-    static std::shared_ptr<Capture> open(const std::string& path, double rate, std::uint32_t channels,
-                                         std::string& error);
+    static std::shared_ptr<Capture> open(const std::string& path, const Form& form, std::string& error);
     ~Capture();
 
-    /// Take one slice, interleaved. Allocates nothing.
+    /// Take one slice, interleaved. Allocates nothing. The first one of another form ends the file, once
+    /// something is in it.
     /// `mayWait` true: waits for room. False: what finds no room is lost, and finish() says so.
     /// Thread  one writer at a time, the device's cycle.
-    void write(const float* samples, std::uint32_t frames, std::uint32_t channels, bool mayWait);
+    void write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait);
 
     /// Write what is left, close the file and give it its name. False, with the reason in `error`, if
     /// anything is not in it. A second call does nothing.
@@ -40,10 +47,10 @@ private:
 
     std::string path_, temporaryPath_;
     SNDFILE* file_ = nullptr;
-    std::uint32_t channels_ = 0;
+    Form form_ = {};
     std::vector<float> ring_;
     std::atomic<std::uint64_t> written_{0}, taken_{0}; ///< samples; the difference waits in the ring
-    std::atomic<bool> isEnding_{false}, hasLost_{false}, hasFailed_{false};
+    std::atomic<bool> isEnding_{false}, hasLost_{false}, hasChanged_{false}, hasFailed_{false};
     sem_t wake_;
     std::thread thread_;
     bool isFinished_ = false;

@@ -258,7 +258,7 @@ try {
                     "\"" + device->name + "\" has no output to capture");
     if (const int32_t status = KVXPlatformStopCapture(id); status != noErr) return status;
     std::string error;
-    if (!startCapture(*device, path, settings.rate, settings.outputChannels, error))
+    if (!startCapture(*device, CaptureWish::program, path, settings, error))
         return fail(kAudioHardwareUnspecifiedError, error);
     return noErr;
 } catch (const std::exception&) {
@@ -270,7 +270,8 @@ try {
     const DeviceRef device = findDeviceForProcs(id);
     if (!device) return noErr; // it went, and its capture with it
     std::string error;
-    return finishCapture(*device, error) ? noErr : fail(kAudioHardwareUnspecifiedError, error);
+    return finishCapture(*device, CaptureWish::program, error) ? noErr
+                                                               : fail(kAudioHardwareUnspecifiedError, error);
 } catch (const std::exception&) {
     return outOfMeans();
 }

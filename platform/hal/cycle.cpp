@@ -127,7 +127,9 @@ void handOut(const Device& device, const Shape& shape, UInt32 frames, bool mayWa
     const UInt32 channels = shape.settings.outputChannels;
     if (device.isDiscarding || !channels) return;
     if (const Tap* tap = device.tap) tap->function(tap->context, shape.mix.data(), frames, channels);
-    if (Capture* capture = device.capture) capture->write(shape.mix.data(), frames, channels, mayWait);
+    for (const auto& each : device.captures)
+        if (Capture* capture = each)
+            capture->write(shape.mix.data(), frames, {shape.settings.rate, channels}, mayWait);
 }
 
 } // namespace

@@ -71,6 +71,10 @@ struct Tap {
     void* context;
 };
 
+/// Whose wish a capture is. A device has one of each at a time.
+enum class CaptureWish { program, environment };
+constexpr std::size_t captureWishes = 2;
+
 /// Who turns the cycle.
 enum class Driver { timer, steps, hardware };
 
@@ -112,7 +116,7 @@ struct Device {
     Settings applied; ///< those that the device was last turned with, or is to be turned with next
     bool hasTimerThread = false;
     std::unique_ptr<const Tap> ownedTap;
-    std::shared_ptr<Capture> ownedCapture;
+    std::array<std::shared_ptr<Capture>, captureWishes> ownedCaptures;
 
     // ---- the cycle's own, under `turnLock` ----
     std::mutex turnLock;
@@ -127,7 +131,7 @@ struct Device {
     std::atomic<Shape*> nextShape{nullptr}; ///< owned by whoever takes it out
     std::array<std::atomic<float>, mostChannels> targetGains;
     std::atomic<const Tap*> tap{nullptr};
-    std::atomic<Capture*> capture{nullptr};
+    std::array<std::atomic<Capture*>, captureWishes> captures = {}; ///< null: none
     std::atomic<Driver> driver{Driver::timer};
     std::atomic<bool> isDiscarding{false}; ///< dead or unplugged: turned, but nothing is heard
 

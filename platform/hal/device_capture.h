@@ -6,11 +6,16 @@
 namespace kvxplatform::hal {
 
 /// Write what the device plays from now on. False, with the reason in `error`, if the file cannot be written.
-/// An earlier capture has been finished before. Not in a cycle.
-bool startCapture(Device& device, const std::string& path, double rate, UInt32 channels, std::string& error);
+/// An earlier one of the same wish has been finished before. Not in a cycle.
+bool startCapture(Device& device, CaptureWish wish, const std::string& path, const Settings& settings,
+                  std::string& error);
 
 /// Finish the file, if there is one: all that was played is in it. False, with the reason in `error`, if
 /// anything is not. Not in a cycle.
-bool finishCapture(Device& device, std::string& error);
+bool finishCapture(Device& device, CaptureWish wish, std::string& error);
+
+/// Finish all of them: the device or the process ends. What is amiss with the environment's goes to standard
+/// error. Not in a cycle.
+void finishCaptures(Device& device);
 
 } // namespace kvxplatform::hal

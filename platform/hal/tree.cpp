@@ -169,8 +169,7 @@ std::vector<AudioObjectPropertySelector> moveRoles(Tree& tree)
 
 void finishCapturesAtExit()
 {
-    std::string ignored;
-    for (const DeviceRef& device : devicesForProcs()) finishCapture(*device, ignored);
+    for (const DeviceRef& device : devicesForProcs()) finishCaptures(*device);
 }
 
 } // namespace
@@ -309,8 +308,7 @@ void end(const DeviceRef& device, bool isUnplugged)
     }
     if (wasAlive) postChange(device->id, kAudioDevicePropertyDeviceIsAlive);
     for (auto selector : changed) postChange(kAudioObjectSystemObject, selector);
-    std::string ignored;
-    finishCapture(*device, ignored);
+    finishCaptures(*device);
     beginDiscarding(device);
     const std::lock_guard<std::mutex> control(device->control);
     device->procs.sweep();
@@ -392,7 +390,7 @@ void startCaptureOfEnvironment(const DeviceRef& device)
         settings = device->settings;
     }
     std::string error;
-    if (startCapture(*device, path, settings.rate, settings.outputChannels, error))
+    if (startCapture(*device, CaptureWish::environment, path, settings, error))
         std::atexit(finishCapturesAtExit);
     else
         std::fprintf(stderr, "KVX_AUDIO_CAPTURE: %s\n", error.c_str());

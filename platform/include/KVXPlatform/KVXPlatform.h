@@ -80,7 +80,8 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformConfigureDevice(KVXDeviceID device, doubl
    number as the list has it. The environment's KVX_AUDIO_DEVICE does the same before the first call. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformChooseOutputDevice(const char* choice);
 
-/** Read PortAudio's list again. */
+/** Read PortAudio's list again. Fails, and leaves the list as it is, while one of its devices plays, or once
+ * one has ended by itself while it played. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformRefreshDevices(void);
 
 /* ---- time ---- */

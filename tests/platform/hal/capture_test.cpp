@@ -5,11 +5,13 @@
 
 #include <Carbon/Carbon.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <random>
+#include <sys/resource.h>
 
 namespace {
 
@@ -197,6 +199,108 @@ TEST(CaptureDeathTest, OfTheEnvironmentThatCannotBeWrittenIsSaid)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     setenv("KVX_AUDIO_CAPTURE", "/no such folder/x.wav", 1);
     EXPECT_EXIT(playUntilTheProcessEnds(), testing::ExitedWithCode(0), "/no such folder/x.wav");
+    unsetenv("KVX_AUDIO_CAPTURE");
+}
+
+// ---- two at once, and files that cannot be whole ----
+
+TEST(Capture, EndsWhereTheRateOrTheChannelsChange)
+{
+    const struct {
+        double rate;
+        uint32_t channels;
+    } facts[] = {{48000, 0}, {0, 1}};
+    support::TemporaryFolder folder;
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.rate);
+        const std::string path = folder / (std::to_string(fact.channels) + ".wav");
+        Device device;
+        Procedure procedure(device, [](const Call& call) { call.fill(0.5f); });
+        procedure.start();
+        ASSERT_EQ(KVXPlatformStartCapture(device, path.c_str()), 0);
+        KVXPlatformStep(device, 100);
+        ASSERT_EQ(KVXPlatformConfigureDevice(device, fact.rate, fact.channels, 0), 0);
+        KVXPlatformStep(device, 100);
+        ASSERT_EQ(KVXPlatformConfigureDevice(device, 44100, 2, 0), 0);
+        KVXPlatformStep(device, 100);
+        EXPECT_NE(KVXPlatformStopCapture(device), 0);
+        EXPECT_NE(std::string(KVXPlatformErrorText()).find("changed"), std::string::npos);
+        EXPECT_EQ(readSound(path).frames(), 100u);
+    }
+}
+
+TEST(Capture, OpenedBesideAChangeBeginsWithTheFirstSliceOfItsOwnForm)
+{
+    support::TemporaryFolder folder;
+    Device device;
+    Procedure procedure(device, [](const Call& call) { call.fill(0.5f); });
+    procedure.start();
+    ASSERT_EQ(KVXPlatformStartCapture(device, (folder / "x.wav").c_str()), 0);
+    ASSERT_EQ(KVXPlatformConfigureDevice(device, 0, 1, 0), 0);
+    KVXPlatformStep(device, 100);
+    ASSERT_EQ(KVXPlatformConfigureDevice(device, 0, 2, 0), 0);
+    KVXPlatformStep(device, 10);
+    EXPECT_EQ(KVXPlatformStopCapture(device), 0) << KVXPlatformErrorText();
+    EXPECT_EQ(readSound(folder / "x.wav").frames(), 10u);
+}
+
+[[noreturn]] void playAndCaptureUntilTheProcessEnds(const std::string& path)
+{
+    const AudioDeviceID device = defaultOutput();
+    const auto id = static_cast<KVXDeviceID>(device);
+    KVXPlatformSetStepped(id, 1);
+    auto& procedure = *new Procedure(device, [](const Call& call) { call.fill(0.25f); });
+    if (KVXPlatformStartCapture(id, path.c_str()) != 0) std::exit(2);
+    procedure.start();
+    if (KVXPlatformStartCapture(id, std::getenv("KVX_AUDIO_CAPTURE")) == 0) std::exit(4);
+    if (KVXPlatformStartCapture(id, path.c_str()) != 0) std::exit(5);
+    Delay(6, nullptr);
+    std::exit(KVXPlatformStopCapture(id) == 0 ? 0 : 3);
+}
+
+TEST(CaptureDeathTest, OfTheEnvironmentAndOfTheProgramGetTheSame)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    std::optional<support::TemporaryFolder> folder;
+    if (!std::getenv("KVX_AUDIO_CAPTURE")) {
+        folder.emplace();
+        setenv("KVX_AUDIO_CAPTURE", (*folder / "environment.wav").c_str(), 1);
+    }
+    const std::string path = std::string(std::getenv("KVX_AUDIO_CAPTURE")) + ".program.wav";
+    EXPECT_EXIT(playAndCaptureUntilTheProcessEnds(path), testing::ExitedWithCode(0), "");
+    const std::vector<float> all(4410 * 2, 0.25f);
+    EXPECT_EQ(readSound(*folder / "environment.wav").samples, all);
+    EXPECT_EQ(readSound(path).samples, all);
+    unsetenv("KVX_AUDIO_CAPTURE");
+}
+
+[[noreturn]] void playUntilTheDiskIsFull(bool deviceDies)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit room = {20000, 20000};
+    setrlimit(RLIMIT_FSIZE, &room);
+    if (!deviceDies) playUntilTheProcessEnds();
+    Device device;
+    set<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDefaultOutputDevice), device);
+    Procedure procedure(device, [](const Call& call) { call.fill(0.25f); });
+    procedure.start();
+    KVXPlatformStep(device, 44100);
+    KVXPlatformKillDevice(device);
+    std::_Exit(0); // it was said before
+}
+
+TEST(CaptureDeathTest, OfTheEnvironmentThatFindsTheDiskFullIsSaid)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    std::optional<support::TemporaryFolder> folder;
+    if (!std::getenv("KVX_AUDIO_CAPTURE")) {
+        folder.emplace();
+        setenv("KVX_AUDIO_CAPTURE", (*folder / "environment.wav").c_str(), 1);
+    }
+    for (bool deviceDies : {false, true})
+        EXPECT_EXIT(playUntilTheDiskIsFull(deviceDies), testing::ExitedWithCode(0),
+                    "KVX_AUDIO_CAPTURE: .*environment.wav could not be finished");
+    EXPECT_EQ(folder->count(), 0u) << "no file is there that is not whole";
     unsetenv("KVX_AUDIO_CAPTURE");
 }
 
