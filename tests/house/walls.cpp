@@ -71,7 +71,7 @@ const std::vector<Wall>& walls()
         // End to end means through the doors: the loaded library, the host, the platform's public headers.
         {"tests/endtoend/",             {"abi/", "host/", "tests/endtoend/", "tests/support/"}, nullptr, allPlatform, nullptr},
         {"tests/support/",              {"abi/", "tests/support/", "plugin/"},            nullptr,      allPlatform, nullptr},
-        {"tests/house/",                {"abi/", "tests/house/"},                         nullptr,      {},          nullptr},
+        {"tests/house/",                {"abi/", "tests/house/", "tests/support/"},       nullptr,      {},          nullptr},
         {"bench/",                      {""},                                             nullptr,      allPlatform, nullptr},
         {"examples/",                   {"abi/", "host/"},                                nullptr,      control,     &besideHost},
         {"fuzz/",                       {""},                                             nullptr,      allPlatform, nullptr},
