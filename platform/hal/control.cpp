@@ -147,6 +147,9 @@ int32_t KVXPlatformKillDevice(KVXDeviceID id)
 try {
     const DeviceRef device = findDevice(id);
     if (!device) return noSuchDevice(id);
+    if (device == builtInSimulatedDevice())
+        return fail(kAudioHardwareUnsupportedOperationError,
+                    "the built-in simulated device is always there; add another one to let it die");
     letDie(device);
     return noErr;
 } catch (const std::exception&) {
@@ -171,13 +174,16 @@ try {
     if (!device->isSimulated) return notSimulated(device);
     if (const char* refusal = refusalOf(sampleRate, outputChannels, sliceFrames))
         return fail(kAudioDeviceUnsupportedFormatError, refusal);
+    if (outputChannels && !device->outputStream)
+        return fail(kAudioDeviceUnsupportedFormatError,
+                    "\"" + device->name + "\" has no output, so its channels stay as they are; pass 0");
     Settings before, after;
     {
         const std::lock_guard<std::mutex> lock(treeLock());
         Settings& settings = device->settings;
         before = settings;
         if (sampleRate != 0) settings.rate = sampleRate;
-        if (outputChannels && settings.outputChannels) settings.outputChannels = outputChannels;
+        if (outputChannels) settings.outputChannels = outputChannels;
         if (sliceFrames) settings.sliceFrames = sliceFrames;
         device->outputLevels.resize(settings.outputChannels);
         after = settings;

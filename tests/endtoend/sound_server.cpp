@@ -35,9 +35,10 @@ SoundServer::SoundServer(int sampleRate)
     jack_set_error_function(ignoreMessage);
     jack_set_info_function(ignoreMessage);
     // -S: a cycle waits for its clients, so that a busy machine delays the sound but loses none of it.
-    server_ = std::make_unique<support::Child>(std::vector<std::string>{"jackd", "-S", "-t", "5000", "-r",
-                                                                        "-n", serverName, "-d", "dummy", "-r",
-                                                                        std::to_string(sampleRate)});
+    // It dies with the test, however that ends: a server left behind would stand in every later one's way.
+    server_ = std::make_unique<support::Child>(
+        std::vector<std::string>{"setpriv", "--pdeathsig", "KILL", "jackd", "-S", "-t", "5000", "-r", "-n",
+                                 serverName, "-d", "dummy", "-r", std::to_string(sampleRate)});
     for (int looks = 0; looks < 200 && server_->isRunning(); ++looks) {
         if (answers()) return;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -51,6 +52,7 @@ SoundServer::SoundServer(int sampleRate)
 SoundServer::~SoundServer()
 {
     server_->send(SIGTERM);
+    server_->send(SIGCONT);
     for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     server_.reset(); // by force, if need be
@@ -58,6 +60,8 @@ SoundServer::~SoundServer()
 }
 
 void SoundServer::kill() { server_->send(SIGKILL); }
+
+void SoundServer::freeze() { server_->send(SIGSTOP); }
 
 support::Child::Environment SoundServer::environment() const
 {

@@ -22,6 +22,9 @@ public:
     /// End it at once, as a crash would.
     void kill();
 
+    /// Have it stop answering, though it is there.
+    void freeze();
+
     /// For every program that is to find this server, and start none.
     support::Child::Environment environment() const;
 

@@ -17,11 +17,12 @@ using namespace endtoend;
 
 constexpr int rate = 48000;
 
-/// A sweep behind a second and a half of silence, in which the recorder finds its way to the player.
+/// A sweep behind eight seconds of silence, in which, on a busy machine too, the recorder finds its way to
+/// the player.
 support::Sound makeProgramme()
 {
     support::Sound sound = support::makeSweep(rate, 2, rate * 4);
-    sound.samples.insert(sound.samples.begin(), rate * 3, 0.0f);
+    sound.samples.insert(sound.samples.begin(), rate * 16, 0.0f);
     return sound;
 }
 
@@ -32,20 +33,21 @@ TEST(SoundServer, HearsTheFileSampleForSample)
     const support::Sound programme = makeProgramme();
     support::writeSound(programme, folder / "sweep.wav");
 
-    Recorder recorder(30);
+    Recorder recorder(60);
     ASSERT_EQ(recorder.sampleRate(), rate);
     auto environment = server.environment();
     environment.push_back({"KVX_AUDIO_DEVICE", "system"});
     support::Child player(kvxCommand({"play", folder / "sweep.wav"}), environment);
     bool isConnected = false;
-    while (player.isRunning()) {
-        isConnected = isConnected || recorder.connectToPlayer();
+    while (player.isRunning() && !(isConnected = recorder.connectToPlayer()))
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    const std::vector<float> before = recorder.samples();
+    ASSERT_TRUE(isConnected) << player.wait().err;
+    ASSERT_TRUE(std::all_of(before.begin(), before.end(), [](float sample) { return sample == 0.0f; }))
+        << "the recorder is there before the sound";
     const auto result = player.wait();
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
-    ASSERT_TRUE(isConnected) << result.out;
 
     const std::vector<float> recorded = recorder.samples();
     const std::size_t silence = support::leadingSilence(programme) * 2;
@@ -60,28 +62,6 @@ TEST(SoundServer, HearsTheFileSampleForSample)
     EXPECT_TRUE(std::all_of(recorded.begin() + std::ptrdiff_t(start + sweep.size()), recorded.end(),
                             [](float sample) { return sample == 0.0f; }))
         << "silence after the end";
-}
-
-// The server crashes in the middle: the command notices, says so, and leaves nothing behind.
-TEST(SoundServer, ThatGoesAwayEndsThePlayingWithAMessage)
-{
-    SoundServer server(rate);
-    support::TemporaryFolder folder;
-    support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
-    auto environment = server.environment();
-    environment.push_back({"KVX_AUDIO_DEVICE", "system"});
-    support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
-                          folder.path());
-    while (player.isRunning() && player.outSoFar().find("Playing") == std::string::npos)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    server.kill();
-    const auto result = player.wait();
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_NE(result.err.find("kvx: system went away while playing; choose another device"),
-              std::string::npos)
-        << result.err;
-    EXPECT_EQ(folder.count(), 1u) << "no half-made capture";
 }
 
 } // namespace

@@ -251,4 +251,27 @@ TEST(Control, RefusesSettingsThatNoDeviceHas)
     EXPECT_EQ(get<Float64>(device, address(kAudioDevicePropertyNominalSampleRate)), 44100.0);
 }
 
+TEST(Life, TheBuiltInDeviceNeverDies)
+{
+    const KVXDeviceID builtIn = KVXPlatformBuiltInSimulatedDevice();
+    for (auto end : {KVXPlatformKillDevice, KVXPlatformRemoveSimulatedDevice}) {
+        EXPECT_EQ(end(builtIn), static_cast<int32_t>(kAudioHardwareUnsupportedOperationError));
+        EXPECT_STRNE(KVXPlatformErrorText(), "");
+    }
+    EXPECT_EQ(get<UInt32>(builtIn, address(kAudioDevicePropertyDeviceIsAlive)), 1u);
+    EXPECT_EQ(defaultOutput(), builtIn);
+}
+
+TEST(Life, AnInputHasNoOutputChannelsToChange)
+{
+    const auto input =
+        get<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDefaultInputDevice));
+    const auto id = static_cast<KVXDeviceID>(input);
+    EXPECT_NE(KVXPlatformConfigureDevice(id, 48000, 2, 0), 0);
+    EXPECT_STRNE(KVXPlatformErrorText(), "");
+    EXPECT_EQ(get<Float64>(input, address(kAudioDevicePropertyNominalSampleRate)), 44100)
+        << "nothing changes";
+    EXPECT_EQ(KVXPlatformConfigureDevice(id, 48000, 0, 256), 0) << KVXPlatformErrorText();
+}
+
 } // namespace

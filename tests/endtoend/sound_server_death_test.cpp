@@ -1,0 +1,115 @@
+// A sound server that crashes, hangs or comes late: the command ends with one message and leaves nothing
+// behind, and a program's listeners are told.
+#include "tests/endtoend/kvx_runner.h"
+#include "tests/endtoend/sound_server.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <CoreAudio/CoreAudio.h>
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace endtoend;
+
+constexpr int rate = 48000;
+
+void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
+
+TEST(SoundServerDeath, EndsThePlayingWithAMessage)
+{
+    const struct {
+        const char* what;
+        void (SoundServer::*end)();
+    } facts[] = {{"killed", &SoundServer::kill}, {"frozen", &SoundServer::freeze}};
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.what);
+        SoundServer server(rate);
+        support::TemporaryFolder folder;
+        support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
+        auto environment = server.environment();
+        environment.push_back({"KVX_AUDIO_DEVICE", "system"});
+        Recorder recorder(1);
+        support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
+                              folder.path());
+        while (player.isRunning() && !recorder.connectToPlayer()) pause();
+        ASSERT_TRUE(player.isRunning()) << player.wait().err;
+        (server.*fact.end)();
+        const auto result = player.wait();
+        EXPECT_EQ(result.exitCode, 1) << "signal " << result.signal;
+        EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        EXPECT_NE(result.err.find("kvx: system went away while playing; choose another device"),
+                  std::string::npos)
+            << result.err;
+        EXPECT_EQ(folder.count(), 1u) << "no half-made capture";
+        server.kill(); // so that the recorder's goodbye is not waited for
+    }
+}
+
+// ---- in a program ----
+
+std::atomic<int> calls{0}, told{0};
+
+OSStatus countCall(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
+                   AudioBufferList*, const AudioTimeStamp*, void*)
+{
+    ++calls;
+    return noErr;
+}
+
+OSStatus countTold(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*)
+{
+    ++told;
+    return noErr;
+}
+
+/// The server's loudspeakers in the list, or 0.
+KVXDeviceID loudspeakers()
+{
+    std::vector<KVXDeviceInfo> rows(64);
+    rows.resize(KVXPlatformGetDevices(rows.data(), 64));
+    for (const KVXDeviceInfo& row : rows)
+        if (std::string(row.name) == "system" && row.isAlive) return row.device;
+    return 0;
+}
+
+TEST(SoundServerDeath, ServersThatComeAreEnteredAndTheirDeathIsTold)
+{
+    setenv("KVX_AUDIO_DEVICE", "", 1);
+    setenv("JACK_NO_START_SERVER", "1", 1);
+    setenv("JACK_DEFAULT_SERVER", "kvx-test", 1);
+    ASSERT_EQ(loudspeakers(), 0u) << "there is none yet";
+
+    SoundServer server(rate);
+    ASSERT_EQ(KVXPlatformRefreshDevices(), 0) << KVXPlatformErrorText();
+    const KVXDeviceID device = loudspeakers();
+    ASSERT_NE(device, 0u);
+
+    const AudioObjectPropertyAddress alive = {kAudioDevicePropertyDeviceIsAlive,
+                                              kAudioObjectPropertyScopeGlobal, 0};
+    ASSERT_EQ(AudioObjectAddPropertyListener(device, &alive, countTold, nullptr), noErr);
+    ASSERT_EQ(AudioDeviceAddIOProc(device, countCall, nullptr), noErr);
+    ASSERT_EQ(AudioDeviceStart(device, countCall), noErr);
+    while (calls < 3) pause();
+    server.kill();
+    while (!told) pause();
+    EXPECT_EQ(loudspeakers(), 0u);
+    const int before = calls;
+    while (calls < before + 3) pause(); // the timer turns it, so that whoever started can stop
+    EXPECT_EQ(AudioDeviceStop(device, countCall), noErr);
+    EXPECT_EQ(AudioDeviceRemoveIOProc(device, countCall), noErr);
+    EXPECT_EQ(AudioObjectRemovePropertyListener(device, &alive, countTold, nullptr), noErr);
+    EXPECT_EQ(told, 1);
+    EXPECT_NE(KVXPlatformRefreshDevices(), 0) << "a stream that ended cannot be let go";
+}
+
+} // namespace
