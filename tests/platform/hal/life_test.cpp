@@ -95,13 +95,13 @@ TEST(Life, AnUnpluggedDeviceIsTurnedUntilItsLastProcedureHasStopped)
     device.unplug();
     EXPECT_FALSE(isListed(id));
     EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(static_cast<KVXDeviceID>(id)), kAudioHardwareBadDeviceError);
+    const AudioDeviceIOProcID ended = procedure.id(); // a start without one would start the device itself
     const int before = procedure.calls();
     waitFor([&] { return procedure.calls() > before + 2; });
     EXPECT_TRUE(heard.samples.empty()) << "nothing of it is heard";
     mayStop = true;
     waitFor([&] { return hasStopped.load(); });
-    waitFor(
-        [&] { return AudioDeviceStart(id, procedure.id()) == kAudioHardwareBadDeviceError; }); // then it ends
+    waitFor([&] { return AudioDeviceStart(id, ended) == kAudioHardwareBadDeviceError; }); // then it ends
     EXPECT_EQ(account("IOProc"), 0u);
 }
 
