@@ -49,7 +49,10 @@ FakeHardware& fakeHardware()
 void endFakeStreams()
 {
     const std::lock_guard<std::mutex> lock(fakeHardware().lock);
-    for (Stream* stream : streams) stream->hasEnded = true;
+    for (Stream* stream : streams) {
+        stream->hasEnded = true;
+        stream->stop();
+    }
 }
 
 } // namespace bench
