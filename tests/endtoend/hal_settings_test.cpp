@@ -118,6 +118,8 @@ TEST(HalSettings, ANewSliceLosesAndRepeatsNothing)
 // ---- levels ----
 
 constexpr uint32_t slice = 64;
+constexpr uint32_t glide = 512;                     // frames that a change of level takes
+constexpr uint32_t glideSlices = glide / slice + 1; // and a slice behind it
 
 /// What a device plays of a constant 1 while its levels are set.
 class Levels : public testing::Test {
@@ -139,18 +141,18 @@ protected:
         return device_.heard(channel);
     }
 
-    /// From one level to another over the first slice, in steps no larger than that takes, and there it
+    /// From one level to another over the first frames, in steps no larger than that takes, and there it
     /// stays.
     void expectGlide(const std::vector<float>& heard, float from, float to)
     {
-        const float largest = std::fabs(to - from) / float(slice) * 1.0001f;
+        const float largest = std::fabs(to - from) / float(glide) * 1.0001f;
         float last = from;
-        for (std::size_t i = 0; i < slice; ++i) {
+        for (std::size_t i = 0; i < glide; ++i) {
             ASSERT_LE(std::fabs(heard[i] - last), largest) << i;
             ASSERT_GE((heard[i] - last) * (to - from), 0) << "never back, at " << i;
             last = heard[i];
         }
-        for (std::size_t i = slice - 1; i < heard.size(); ++i) ASSERT_EQ(heard[i], to) << i;
+        for (std::size_t i = glide - 1; i < heard.size(); ++i) ASSERT_EQ(heard[i], to) << i;
     }
 
     Loaded loaded_;
@@ -166,17 +168,18 @@ TEST_F(Levels, FollowTheVolumeOfTheirChannel)
     for (float decibels : {-6.0f, -20.0f, -3.0f, -63.0f, 0.0f}) {
         SCOPED_TRACE(decibels);
         ASSERT_EQ(audio_.set<Float32>(device_.id(), ofOutput('vold', 1), decibels), "0");
-        const std::vector<float> heard = hear(0, 3);
+        const std::vector<float> heard = hear(0, glideSlices);
         const float after = heard.back();
         expectGlide(heard, before, after);
         EXPECT_NEAR(20 * std::log10(after), decibels, 0.001f);
-        EXPECT_EQ(device_.heard(1), std::vector<float>(3 * slice, 1.0f)) << "the other channel is as it was";
+        EXPECT_EQ(device_.heard(1), std::vector<float>(glideSlices * slice, 1.0f))
+            << "the other channel is as it was";
         before = after;
     }
     EXPECT_EQ(before, 1.0f) << "exactly";
     for (float scalar : {0.5f, 0.0f, 1.0f}) {
         ASSERT_EQ(audio_.set<Float32>(device_.id(), ofOutput('volm', 1), scalar), "0");
-        const std::vector<float> heard = hear(0, 2);
+        const std::vector<float> heard = hear(0, glideSlices);
         expectGlide(heard, before, heard.back());
         EXPECT_NEAR(heard.back(), scalar == 0 ? 0 : std::pow(10.0f, -64 * (1 - scalar) / 20), 1e-7f);
         before = heard.back();
@@ -190,9 +193,9 @@ TEST_F(Levels, FallToSilenceWhenMutedAndComeBack)
         for (UInt32 isMuted : {1u, 0u}) {
             SCOPED_TRACE(std::to_string(element) + " " + std::to_string(isMuted));
             ASSERT_EQ(audio_.set<UInt32>(device_.id(), ofOutput('mute', element), isMuted), "0");
-            expectGlide(hear(1, 2), isMuted ? 1 : 0, isMuted ? 0 : 1);
+            expectGlide(hear(1, glideSlices), isMuted ? 1 : 0, isMuted ? 0 : 1);
             if (element)
-                EXPECT_EQ(device_.heard(0), std::vector<float>(2 * slice, 1.0f));
+                EXPECT_EQ(device_.heard(0), std::vector<float>(glideSlices * slice, 1.0f));
             else
                 EXPECT_EQ(device_.heard(0), device_.heard(1));
         }
@@ -204,7 +207,7 @@ TEST_F(Levels, GlideOnceHoweverOftenTheyAreSetInASlice)
     hear(0, 1);
     for (float scalar : {0.1f, 0.9f, 0.0f, 0.75f})
         audio_.set<Float32>(device_.id(), ofOutput('volm', 1), scalar);
-    const std::vector<float> heard = hear(0, 2);
+    const std::vector<float> heard = hear(0, glideSlices);
     expectGlide(heard, 1, heard.back());
     EXPECT_NEAR(20 * std::log10(heard.back()), -16, 0.001f);
 }
