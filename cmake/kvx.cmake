@@ -59,11 +59,12 @@ endif()
 # What tests and the programs that they start are told about other people's leaks.
 set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
 
-# kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds]): one GoogleTest program; CTest runs
-# each of its tests in a process of its own, so that process-wide state starts fresh. They play to the simulated
+# kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds] [LOCK what]): one GoogleTest program; CTest
+# runs each of its tests in a process of its own, so that process-wide state starts fresh; those that name the same
+# LOCK run one at a time. They play to the simulated
 # device, unless they say otherwise.
 function(kvx_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT;LABELS" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "" "TIMEOUT;LABELS;LOCK" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -78,6 +79,9 @@ function(kvx_test name)
   set(properties TIMEOUT ${arg_TIMEOUT} ENVIRONMENT KVX_AUDIO_DEVICE=simulated)
   if(arg_LABELS)
     list(APPEND properties LABELS ${arg_LABELS})
+  endif()
+  if(arg_LOCK)
+    list(APPEND properties RESOURCE_LOCK ${arg_LOCK})
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
