@@ -28,8 +28,17 @@ typedef UInt32 AudioUnitParameterID;
 typedef UInt32 AudioUnitRenderActionFlags;
 typedef Float32 AudioUnitParameterValue;
 
-/* types; the subtypes of an output; the manufacturer */
+/* types, each with its subtypes; the manufacturer */
 enum {
+    kAudioUnitType_FormatConverter = 'aufc',
+    kAudioUnitSubType_AUConverter = 'conv',
+    kAudioUnitSubType_Varispeed = 'vari',
+    kAudioUnitSubType_TimePitch = 'tmpt',
+    kAudioUnitSubType_NewTimePitch = 'nutp',
+    kAudioUnitType_Effect = 'aufx',
+    kAudioUnitSubType_GraphicEQ = 'greq',
+    kAudioUnitType_Mixer = 'aumx',
+    kAudioUnitSubType_MultiChannelMixer = 'mcmx',
     kAudioUnitType_Output = 'auou',
     kAudioUnitSubType_GenericOutput = 'genr',
     kAudioUnitSubType_HALOutput = 'ahal',

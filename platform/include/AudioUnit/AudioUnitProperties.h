@@ -37,6 +37,26 @@ enum {
     kAudioUnitProperty_SetRenderCallback = 23      /* AURenderCallbackStruct, input, write */
 };
 
+/* some units */
+enum {
+    kAudioUnitProperty_BypassEffect = 21,   /* UInt32 0 or 1, global, read and write: effects, rate units */
+    kAudioUnitProperty_RenderQuality = 26,  /* UInt32 0 to 127, global, read and write: rate units, converter */
+    kAudioUnitProperty_MeteringMode = 3007, /* UInt32 0 or 1, input and output, read and write: mixer */
+    kAudioUnitProperty_SampleRateConverterComplexity = 3014 /* UInt32, global, read and write: converter */
+};
+enum {
+    kRenderQuality_Max = 0x7F,
+    kRenderQuality_High = 0x60,
+    kRenderQuality_Medium = 0x40,
+    kRenderQuality_Low = 0x20,
+    kRenderQuality_Min = 0
+};
+enum {
+    kAudioUnitSampleRateConverterComplexity_Linear = 'line',
+    kAudioUnitSampleRateConverterComplexity_Normal = 'norm', /* the default */
+    kAudioUnitSampleRateConverterComplexity_Mastering = 'bats'
+};
+
 /* output units */
 enum {
     kAudioOutputUnitProperty_CurrentDevice = 2000,    /* AudioDeviceID, global, read; the HAL unit's: write */

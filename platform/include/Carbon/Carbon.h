@@ -1,9 +1,10 @@
-/* Components, time, and the results that all share. */
+/* Components, files, time, and the results that all share. */
 #ifndef CARBON_CARBON_H
 #define CARBON_CARBON_H
 
 #include <Carbon/Components.h>
 #include <Carbon/DriverServices.h>
+#include <Carbon/Files.h>
 #include <Carbon/MacErrors.h>
 #include <Carbon/Multiprocessing.h>
 #include <Carbon/OSUtils.h>

@@ -1,8 +1,9 @@
-/* Reference-counted values: text. */
+/* Reference-counted values: text, and where files are. */
 #ifndef COREFOUNDATION_COREFOUNDATION_H
 #define COREFOUNDATION_COREFOUNDATION_H
 
 #include <CoreFoundation/CFBase.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFURL.h>
 
 #endif
