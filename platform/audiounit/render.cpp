@@ -20,6 +20,9 @@ constexpr AudioUnitRenderActionFlags moments = kAudioUnitRenderAction_PreRender 
 // The C library's own number of a thread: unlike a thread_local it never allocates on first use.
 std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }
 
+// How many slices the calling thread is inside of. Of the model that never allocates on first use.
+__attribute__((tls_model("initial-exec"))) thread_local int slicesAround = 0;
+
 OSStatus renderSlice(Unit& unit, Slice& slice)
 {
     if (slice.frames > unit.sliceLimit) return kAudioUnitErr_TooManyFramesToProcess;
@@ -47,16 +50,22 @@ InSlice::InSlice(Unit& entered) : unit(nullptr)
     if (!entered.renderingThread.compare_exchange_strong(nobody, thisThread())) return;
     entered.isEnding = false;
     // In this order: whoever uninitialises says so first and looks for a slice afterwards.
-    if (entered.isInitialized)
+    if (entered.isInitialized) {
         unit = &entered;
-    else
+        ++slicesAround;
+    } else {
         entered.renderingThread = 0;
+    }
 }
 
 InSlice::~InSlice()
 {
-    if (unit) unit->renderingThread = 0;
+    if (!unit) return;
+    --slicesAround;
+    unit->renderingThread = 0;
 }
+
+bool isInAnySlice() { return slicesAround > 0; }
 
 bool isInOwnSlice(const Unit& unit) { return unit.renderingThread == thisThread(); }
 

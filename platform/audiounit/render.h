@@ -21,6 +21,9 @@ private:
 /// Whether the calling thread is inside a slice of the unit.
 bool isInOwnSlice(const Unit& unit);
 
+/// Whether the calling thread is inside a slice of any unit, and so must wait for nobody.
+bool isInAnySlice();
+
 /// Whether any thread is.
 bool isInSlice(const Unit& unit);
 

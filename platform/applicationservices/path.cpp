@@ -1,0 +1,3 @@
+#include <ApplicationServices/ApplicationServices.h>
+
+CGPathRef CGPathCreateCopyByTransformingPath(CGPathRef, const struct CGAffineTransform*) { return nullptr; }
