@@ -6,6 +6,7 @@
 #include "abi/accessor_marks.h"
 #include "abi/class_definition.h"
 #include "abi/host_values.h"
+#include "plugin/host_array.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -30,6 +31,9 @@ constexpr HostType<float> asSingle{"Single"};
 constexpr HostType<double> asDouble{"Double"};
 constexpr HostType<std::uint32_t> asUInt32{"UInt32"};
 constexpr HostType<REALstringStruct*> asString{"String"};
+constexpr HostType<REALobjectStruct*> asVariant{"Variant"};
+constexpr HostType<REALobjectStruct*> asDictionary{"Dictionary"};
+constexpr HostType<REALfolderItemStruct*> asFolderItem{"FolderItem"};
 
 // ---- declarations, read at compile time ----
 
@@ -47,6 +51,10 @@ template <> inline constexpr std::string_view typeName<std::uint32_t>          =
 template <> inline constexpr std::string_view typeName<std::uint64_t>          = "uint64";
 template <> inline constexpr std::string_view typeName<REALstringStruct*>      = "string";
 template <> inline constexpr std::string_view typeName<REALmemoryBlockStruct*> = "memoryblock";
+template <> inline constexpr std::string_view typeName<REALfolderItemStruct*>  = "folderitem";
+template <> inline constexpr std::string_view typeName<ArrayOf<HostInteger>*>  = "integer()";
+template <> inline constexpr std::string_view typeName<ArrayOf<float>*>        = "single()";
+template <> inline constexpr std::string_view typeName<ArrayOf<double>*>       = "double()";
 template <> inline constexpr std::string_view typeName<HostInteger*>           = "byref integer";
 template <> inline constexpr std::string_view typeName<HostBoolean*>           = "byref boolean";
 // clang-format on
@@ -82,16 +90,33 @@ constexpr std::string_view withoutLeadingBlanks(std::string_view text)
     return from(text, text.find_first_not_of(' '));
 }
 
+constexpr bool endsWith(std::string_view text, std::string_view end)
+{
+    return text.size() >= end.size() && sameName(from(text, text.size() - end.size()), end);
+}
+
+constexpr std::size_t placeOfAs(std::string_view text)
+{
+    for (std::size_t place = 0; place < text.size(); ++place)
+        if (startsWith(from(text, place), " as ")) return place;
+    return text.npos;
+}
+
+constexpr std::string_view arrayMark = "()"; // behind a parameter's name, or behind a result's type
+
 /// The type that stands behind " as " in one parameter or result, up to its default or end; "" without one.
 constexpr std::string_view typeIn(std::string_view text)
 {
-    constexpr std::string_view as = " as ";
-    for (; !text.empty(); text.remove_prefix(1))
-        if (startsWith(text, as)) {
-            const std::string_view type = from(text, as.size());
-            return upTo(type, type.find_first_of("= "));
-        }
-    return {};
+    const std::size_t as = placeOfAs(text);
+    if (as == text.npos) return {};
+    const std::string_view type = from(text, as + 4);
+    return upTo(type, type.find_first_of("= ("));
+}
+
+constexpr bool isArray(std::string_view text)
+{
+    const std::size_t as = placeOfAs(text);
+    return as != text.npos && (endsWith(upTo(text, as), arrayMark) || endsWith(text, arrayMark));
 }
 
 /// Whether one parameter or result is declared as the C++ type wants it.
@@ -100,20 +125,41 @@ constexpr bool isDeclaredAs(std::string_view text)
 {
     constexpr std::string_view byRef = "byref ";
     constexpr bool wantsByRef = startsWith(typeName<T>, byRef);
-    return startsWith(withoutLeadingBlanks(text), byRef) == wantsByRef &&
-           sameName(typeIn(text), from(typeName<T>, wantsByRef ? byRef.size() : 0));
+    constexpr bool wantsArray = endsWith(typeName<T>, arrayMark);
+    constexpr std::string_view type = from(typeName<T>, wantsByRef ? byRef.size() : 0);
+    return startsWith(withoutLeadingBlanks(text), byRef) == wantsByRef && isArray(text) == wantsArray &&
+           sameName(typeIn(text), upTo(type, type.size() - (wantsArray ? arrayMark.size() : 0)));
+}
+
+/// A declaration taken apart: parameters without their brackets, and the rest behind the name.
+struct Signature {
+    std::string_view parameters, result;
+    bool isWhole; // every bracket has its partner
+};
+
+constexpr Signature signatureOf(std::string_view text)
+{
+    const std::size_t open = text.find('(');
+    if (open == text.npos || open > placeOfAs(text)) // no list, or only the mark of a result that is an array
+        return {{}, text, (open == text.npos) == (text.find(')') == text.npos)};
+    int depth = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        depth += text[i] == '(' ? 1 : text[i] == ')' ? -1 : 0;
+        if (depth < 0) break;
+        if (depth == 0 && i > open)
+            return {upTo(from(text, open + 1), i - open - 1), from(text, i + 1), true};
+    }
+    return {{}, text, false};
 }
 
 /// Whether `text` declares exactly this result and these parameters.
 template <class Result, class... Arguments>
 constexpr bool declares(std::string_view text)
 {
-    const std::size_t open = text.find('('), close = text.rfind(')');
-    const bool hasList = open != text.npos && close != text.npos && open < close;
-    if (!hasList && (open != text.npos || close != text.npos)) return false; // a list without an end
-    if (!isDeclaredAs<Result>(hasList ? from(text, close + 1) : text)) return false;
+    const Signature signature = signatureOf(text);
+    if (!signature.isWhole || !isDeclaredAs<Result>(signature.result)) return false;
 
-    std::string_view list = hasList ? upTo(from(text, open + 1), close - open - 1) : std::string_view();
+    std::string_view list = signature.parameters;
     bool atEnd = list.empty(), agree = true;
     [[maybe_unused]] const auto takeNext = [&](bool (*isRight)(std::string_view)) {
         const bool right = !atEnd && isRight(upTo(list, list.find(',')));
@@ -144,6 +190,10 @@ struct Border<function> {
         return declares<Result, Arguments...>(text);
     }
 };
+
+/// The same, as a value: for the getter and setter columns.
+template <auto function>
+constexpr auto guarded = &Border<function>::call;
 
 template <class Function>
 struct ObjectFunction;
@@ -211,6 +261,16 @@ REALproperty field(const char* name, HostType<T> type, Access access, std::size_
 #define KVX_FIELD(name, type, access, Record, member)                                                        \
     table::field<decltype(Record::member)>(name, type, table::Access::access, offsetof(Record, member))
 
+/// A field that the host reads in the class data itself, and writes through a function; that one's parameter
+/// is the field's offset.
+template <class T>
+REALproperty fieldWithSetter(const char* name, HostType<T> type, std::size_t offset,
+                             typename Same<Setter<T>>::type setter)
+{
+    return propertyRow("", name, type.name, reinterpret_cast<AnyFunction>(REALstandardGetter),
+                       reinterpret_cast<AnyFunction>(setter), static_cast<HostInteger>(offset));
+}
+
 /// A method row of any kind: `fits` says whether the declaration is the function's.
 #define KVX_METHOD_ROW(function, declaration, fits, flags)                                                   \
     REALmethod                                                                                               \
@@ -229,6 +289,27 @@ REALproperty field(const char* name, HostType<T> type, Access access, std::size_
 #define KVX_METHOD(function, declaration)                                                                    \
     KVX_METHOD_ROW(function, declaration, KVX_IS_METHOD(function, declaration), table::methodFlags)
 
+/// A property with an index: a method that reads, and a setter that is given the index and the value.
+#define KVX_INDEXED_PROPERTY(getter, setter, declaration)                                                    \
+    table::indexedProperty<getter, setter>(table::checked<KVX_IS_METHOD(getter, declaration)>(declaration))
+
+template <class Value, class Index>
+constexpr bool isSetterOf(Value (*)(REALobjectStruct*, Index), void (*)(REALobjectStruct*, Index, Value))
+{
+    return true;
+}
+
+template <auto getter, auto setter>
+REALmethod indexedProperty(const char* declaration)
+{
+    static_assert(isSetterOf(getter, setter), "the setter takes the getter's index, then the value");
+    return {reinterpret_cast<AnyFunction>(Border<getter>::call),
+            reinterpret_cast<AnyFunction>(Border<setter>::call),
+            declaration,
+            methodFlags,
+            {0, 0}};
+}
+
 /// A method of an object whose row carries no flags.
 #define KVX_FLAGLESS_METHOD(function, declaration)                                                           \
     KVX_METHOD_ROW(function, declaration, KVX_IS_METHOD(function, declaration), 0)
@@ -237,6 +318,9 @@ REALproperty field(const char* name, HostType<T> type, Access access, std::size_
 #define KVX_SHARED_METHOD(function, declaration)                                                             \
     KVX_METHOD_ROW(function, declaration, table::Border<function>::isSharedMethod(declaration),              \
                    table::methodFlags)
+
+/// A constant of the class: "Name = value".
+inline REALconstant classConstant(const char* declaration) { return {declaration, {0, 0, 0, 0}}; }
 
 // ---- the class ----
 
@@ -264,6 +348,7 @@ struct Members {
     Rows methods;
     Rows events;
     Rows sharedMethods;
+    Rows constants = {};
 };
 
 /// The definition of a class without a superclass, in the newest layout.
@@ -282,6 +367,8 @@ inline REALclassDefinition classDefinition(const char* name, Word dataSize, Life
     definition.methodCount = members.methods.count;
     definition.events = members.events.first;
     definition.eventCount = members.events.count;
+    definition.constants = members.constants.first;
+    definition.constantCount = members.constants.count;
     definition.flags = classFlags;
     definition.sharedMethods = members.sharedMethods.first;
     definition.sharedMethodCount = members.sharedMethods.count;

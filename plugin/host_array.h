@@ -1,8 +1,14 @@
-// Reading elements of the host's numeric arrays.
+// The host's numeric arrays, and reading their elements.
 #pragma once
 
 #include "plugin/exceptions.h"
 #include "plugin/services.h"
+
+/// A host array of one type of element, so that a declaration and its function agree on it. The record is the
+/// same for all.
+template <class Element>
+struct ArrayOf : REALarrayStruct {
+};
 
 template <class Element>
 Service<GetElement<Element>(REALarrayStruct*)>& arrayGetter();

@@ -104,15 +104,19 @@ inline Service<GetElement<HostInteger>(REALarrayStruct*)>                       
 inline Service<GetElement<float>(REALarrayStruct*)>                               REALGetArrayValueSingle    {"PluginSingleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
 inline Service<GetElement<double>(REALarrayStruct*)>                              REALGetArrayValueDouble    {"PluginDoubleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
 
-// the rest
+// the rest; a folder item without a name asked for is itself, else (an HFSUniStr255) its folder and its name
 inline Service<void()>                                                            REALYieldToRB              {"REALYieldToRB"};
-inline Service<HostBoolean(REALfolderItemStruct*, FSRef*, void* none)>            REALFSRefFromFolderItem    {"REALFSRefFromFolderItem"};
+inline Service<HostBoolean(REALfolderItemStruct*, FSRef*, void* name)>            REALFSRefFromFolderItem    {"REALFSRefFromFolderItem"};
 // clang-format on
 
-/// Memory blocks are objects to the host: references are counted by the same services.
+/// Memory blocks and folder items are objects to the host: references are counted by the same services.
 inline REALobjectStruct* asObject(REALmemoryBlockStruct* block)
 {
     return reinterpret_cast<REALobjectStruct*>(block);
+}
+inline REALobjectStruct* asObject(REALfolderItemStruct* item)
+{
+    return reinterpret_cast<REALobjectStruct*>(item);
 }
 
 /// A method of the host's own library, reached by its declaration and kept for good once found. Without it, a

@@ -5,3 +5,9 @@
 #include <dispatch/dispatch.h>
 
 #pragma weak dispatch_async
+
+// Never called: where it is there, so is the newer time-pitch unit, since both came with one release. The
+// oldest headers do not know it, so it is declared here.
+extern "C" const struct CGPath* CGPathCreateCopyByTransformingPath(const struct CGPath*,
+                                                                   const struct CGAffineTransform*);
+#pragma weak CGPathCreateCopyByTransformingPath

@@ -22,10 +22,11 @@ struct Wall {
 
 // The standard library's parts that need nothing but the oldest system's C++ run-time library.
 const Names headerOnly = {
-    "algorithm", "array",   "atomic",    "cassert",  "cfloat",    "climits",     "cmath",    "cstdarg",
-    "cstddef",   "cstdint", "cstdio",    "cstdlib",  "cstring",   "exception",   "iterator", "limits",
-    "memory",    "new",     "numeric",   "optional", "stdexcept", "string_view", "tuple",    "type_traits",
-    "typeinfo",  "utility", "pthread.h", "stdarg.h", "stddef.h",  "stdint.h",    "stdlib.h", "string.h",
+    "algorithm",        "array",       "atomic",   "cassert",     "cfloat",   "climits", "cmath",
+    "cstdarg",          "cstddef",     "cstdint",  "cstdio",      "cstdlib",  "cstring", "exception",
+    "initializer_list", "iterator",    "limits",   "memory",      "new",      "numeric", "optional",
+    "stdexcept",        "string_view", "tuple",    "type_traits", "typeinfo", "utility", "pthread.h",
+    "stdarg.h",         "stddef.h",    "stdint.h", "stdlib.h",    "string.h",
 };
 const Names plainC = {"stdarg.h", "stdbool.h", "stddef.h", "stdint.h", "string.h", "sys/types.h"};
 const Names fixedWidth = {"cstddef", "cstdint", "type_traits"};

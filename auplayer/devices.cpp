@@ -1,0 +1,116 @@
+#include "auplayer/devices.h"
+
+#include "auplayer/host_dictionary.h"
+#include "plugin/exceptions.h"
+#include "plugin/host_string.h"
+#include "plugin/owned.h"
+#include "plugin/zeroed.h"
+
+#include <CoreAudio/CoreAudio.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace auplayer {
+
+namespace {
+
+constexpr UInt32 deviceNameBytes = 200;
+
+AudioObjectPropertyAddress global(AudioObjectPropertySelector selector)
+{
+    return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMaster};
+}
+
+/// How the platform calls its list of devices, and how long it is. Most know only the second name.
+OSStatus findDeviceList(AudioObjectPropertyAddress& address, UInt32& size)
+{
+    OSStatus status = noErr;
+    for (AudioObjectPropertySelector selector :
+         {AudioObjectPropertySelector{'#dev'}, AudioObjectPropertySelector{kAudioHardwarePropertyDevices}}) {
+        address = global(selector);
+        status = AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &address, 0, nullptr, &size);
+        if (status != kAudioHardwareUnknownPropertyError) break;
+    }
+    return status;
+}
+
+bool hasOutput(AudioDeviceID device)
+{
+    return AudioDeviceGetPropertyInfo(device, 0, false, kAudioDevicePropertyStreamFormat, nullptr, nullptr) ==
+           noErr;
+}
+
+/// A device's name as a host string, which may be null; false if the platform has none.
+bool readName(AudioDeviceID device, OwnedString& text)
+{
+    char name[deviceNameBytes] = {};
+    UInt32 size = sizeof name;
+    const AudioObjectPropertyAddress address = global(kAudioDevicePropertyDeviceName);
+    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, name) != noErr) return false;
+    const auto length = std::find(std::begin(name), std::end(name), '\0') - name;
+    text.reset(REALBuildUnicodeString(name, length, encodingUTF8));
+    return true;
+}
+
+} // namespace
+
+std::uint32_t getCurrentDeviceID(REALobjectStruct* object, HostInteger)
+{
+    AUPlayerData& player = beginCall(object);
+    AudioDeviceID device = 0;
+    UInt32 size = sizeof device;
+    player.lasterror = AudioUnitGetProperty(player.output, kAudioOutputUnitProperty_CurrentDevice,
+                                            kAudioUnitScope_Global, 0, &device, &size);
+    return static_cast<std::uint32_t>(device);
+}
+
+void setCurrentDeviceID(REALobjectStruct* object, HostInteger, std::uint32_t device)
+{
+    AUPlayerData& player = beginCall(object);
+    const AudioDeviceID value = device;
+    player.lasterror = AudioUnitSetProperty(player.output, kAudioOutputUnitProperty_CurrentDevice,
+                                            kAudioUnitScope_Global, 0, &value, sizeof value);
+}
+
+std::uint32_t getDefaultDeviceID(REALobjectStruct* object, HostInteger)
+{
+    AUPlayerData& player = beginCall(object);
+    AudioDeviceID device = 0;
+    UInt32 size = sizeof device;
+    player.lasterror = AudioHardwareGetProperty(kAudioHardwarePropertyDefaultOutputDevice, &size, &device);
+    return static_cast<std::uint32_t>(device);
+}
+
+REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger)
+{
+    AudioObjectPropertyAddress list;
+    UInt32 size = 0;
+    if (findDeviceList(list, size) != noErr) return nullptr;
+
+    AUPlayerData& player = beginCall(object);
+    const auto memory = allocateZeroed<char>(size);
+    if (!memory) {
+        RaiseException("OutOfMemoryException", "Failed to allocate buffer for device IDs.");
+        return nullptr;
+    }
+    const UInt32 room = size;
+    player.lasterror =
+        AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size, memory.get());
+    if (player.lasterror != noErr) return nullptr;
+
+    OwnedObject dictionary(REALnewInstance("Dictionary"));
+    if (!dictionary) return nullptr;
+    const auto* const devices = reinterpret_cast<const AudioDeviceID*>(memory.get());
+    for (UInt32 i = 0; i < std::min(size, room) / sizeof(AudioDeviceID); ++i) {
+        OwnedString name;
+        if (!hasOutput(devices[i]) || !readName(devices[i], name)) continue;
+        const OwnedObject key(REALNewVariantInteger(static_cast<HostInteger>(devices[i])));
+        const OwnedObject value(REALNewVariantString(name.get()));
+        storeInDictionary(dictionary.get(), key.get(), value.get());
+    }
+    forgetDictionary();
+    return dictionary.release();
+}
+
+} // namespace auplayer

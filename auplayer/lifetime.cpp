@@ -1,0 +1,46 @@
+#include "auplayer/lifetime.h"
+
+#include "auplayer/au_player.h"
+#include "plugin/owned.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace auplayer {
+
+namespace {
+
+/// Leave `field` empty, and hand over what was in it.
+template <class Pointer>
+Pointer take(Pointer& field)
+{
+    const Pointer value = field;
+    field = nullptr;
+    return value;
+}
+
+} // namespace
+
+void AUPlayerConstructor(REALobjectStruct* object)
+{
+    AUPlayerData& player = dataOf(object);
+    player.loopIn = player.loopOut = unset;
+    player.isLooping = false;
+    player.loadedAudio = static_cast<LoadedAudio*>(std::calloc(1, sizeof(LoadedAudio)));
+    player.outputFormat = new (std::nothrow) CAStreamBasicDescription();
+    player.clientFormat = new (std::nothrow) CAStreamBasicDescription();
+}
+
+void AUPlayerDestructor(REALobjectStruct* object)
+{
+    AUPlayerData& player = dataOf(object);
+    if (player.graph) DisposeAUGraph(take(player.graph));
+    if (player.loadedAudio) std::free(take(player.loadedAudio->samples));
+    delete take(player.clientFormat);
+    delete take(player.outputFormat);
+    std::free(take(player.loadedAudio));
+    if (player.tag) DropReference()(take(player.tag));
+    if (player.file) DropReference()(asObject(take(player.file)));
+}
+
+} // namespace auplayer

@@ -1,0 +1,92 @@
+#include "auplayer/loading.h"
+
+#include "auplayer/file_url.h"
+#include "plugin/background.h"
+#include "plugin/exceptions.h"
+#include "plugin/host_string.h"
+#include "plugin/memory_block.h"
+#include "plugin/services.h"
+
+#include <cstring>
+
+namespace auplayer {
+
+namespace {
+
+REALstringStruct* textOf(const CAStreamBasicDescription& format)
+{
+    char text[streamTextBytes] = {};
+    format.AsString(text, sizeof text);
+    return REALBuildUnicodeString(text, static_cast<long long>(std::strlen(text)), encodingUTF8);
+}
+
+/// Run the load where it was asked for. The texts of the formats are made here afterwards: a host builds
+/// strings on its main thread.
+void run(LoadRequest& request)
+{
+    if (request.isThreaded)
+        RunThreadedBlocks(&request, LoadFileInternal, nullptr);
+    else
+        LoadFileInternal(&request);
+
+    if (!request.hasFormats) return;
+    request.player->clientFormatString = textOf(*request.player->clientFormat);
+    request.player->outputFormatString = textOf(*request.player->outputFormat);
+}
+
+} // namespace
+
+HostBoolean LoadFileIntern(REALobjectStruct* object, REALfolderItemStruct* file, HostInteger inputChannels,
+                           HostInteger outputChannels, signed char isThreaded)
+{
+    if (!file) {
+        RaiseException("NilObjectException", "file is nil");
+        return false;
+    }
+    AUPlayerData& player = beginCall(object);
+    player.file = file; // a refused second load, too, changes `File`; the former one keeps its reference
+    REALLockObject(asObject(file));
+    if (player.isFileLoaded) {
+        RaiseException("UnsupportedOperationException", "This class can only load one file.");
+        return false;
+    }
+    player.isFileLoaded = true;
+
+    const Owned<CFURLRef> url = urlOf(file);
+    if (!url) {
+        RaiseException("NilObjectException", "File is invalid path");
+        return false;
+    }
+    LoadRequest request = {static_cast<std::int32_t>(inputChannels),
+                           static_cast<std::int32_t>(outputChannels),
+                           &player,
+                           false,
+                           false,
+                           static_cast<std::uint8_t>(isThreaded != 0),
+                           false,
+                           url.get()};
+    run(request);
+    if (request.isOutOfMemory)
+        RaiseException("OutOfMemoryException", "Failed to allocate buffer for audio data.");
+    return request.result;
+}
+
+HostBoolean LoadFile(REALobjectStruct* object, REALfolderItemStruct* file, HostInteger inputChannels,
+                     HostInteger outputChannels)
+{
+    return LoadFileIntern(object, file, inputChannels, outputChannels, false);
+}
+
+HostBoolean LoadFileMT(REALobjectStruct* object, REALfolderItemStruct* file, HostInteger inputChannels,
+                       HostInteger outputChannels)
+{
+    return LoadFileIntern(object, file, inputChannels, outputChannels, true);
+}
+
+REALmemoryBlockStruct* CopyData(REALobjectStruct* object)
+{
+    const LoadedAudio* const audio = dataOf(object).loadedAudio;
+    return audio ? REALBuildMemoryblock(audio->samples, audio->byteSize) : nullptr;
+}
+
+} // namespace auplayer

@@ -1,0 +1,116 @@
+#include "auplayer/stream_description.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <iterator>
+
+namespace auplayer {
+
+namespace {
+
+/// Writes on behind what is there, and remembers when something did not fit.
+class Line {
+public:
+    explicit Line(char* buffer) : place_(buffer) {}
+
+    __attribute__((format(printf, 2, 3))) bool add(const char* format, ...)
+    {
+        va_list values;
+        va_start(values, format);
+        const int length = std::vsnprintf(place_, room_, format, values);
+        va_end(values);
+        if (length < 0 || static_cast<unsigned long>(length) >= room_) return false;
+        place_ += length;
+        room_ -= static_cast<unsigned long>(length);
+        return true;
+    }
+
+private:
+    char* place_;
+    unsigned long room_ = streamTextBytes;
+};
+
+bool isPrintable(unsigned char c) { return c >= 0x20 && c < 0x7F; }
+
+/// 'lpcm', or 0x00000001 for a code that is no plain text.
+struct CodeText {
+    char text[2 + 2 * 4 + 1];
+
+    explicit CodeText(UInt32 code)
+    {
+        const auto byte = [code](int index) { return static_cast<unsigned char>(code >> (24 - 8 * index)); };
+        bool isText = true;
+        for (int i = 0; i < 4; ++i) isText = isText && isPrintable(byte(i)) && byte(i) != '\\';
+        if (isText)
+            std::snprintf(text, sizeof text, "'%c%c%c%c'", byte(0), byte(1), byte(2), byte(3));
+        else
+            std::snprintf(text, sizeof text, "0x%02X%02X%02X%02X", byte(0), byte(1), byte(2), byte(3));
+    }
+};
+
+int number(UInt32 value) { return static_cast<int>(value); }
+
+void addAppleLossless(Line& line, const AudioStreamBasicDescription& format)
+{
+    static const int sourceBits[] = {16, 20, 24, 32}; // for flags 1 to 4
+    const UInt32 index = format.mFormatFlags - 1;
+    const bool fits = index < std::size(sourceBits) ? line.add("from %d-bit source, ", sourceBits[index])
+                                                    : line.add("from UNKNOWN source bit depth, ");
+    if (fits) line.add("%d frames/packet", number(format.mFramesPerPacket));
+}
+
+void addLinearPCM(Line& line, const AudioStreamBasicDescription& format, UInt32 wordSize)
+{
+    const auto has = [&](UInt32 flag) { return (format.mFormatFlags & flag) != 0; };
+    const int fraction = number((format.mFormatFlags & kLinearPCMFormatFlagsSampleFractionMask) >>
+                                kLinearPCMFormatFlagsSampleFractionShift);
+    const int bits = number(format.mBitsPerChannel);
+
+    char depth[32];
+    if (fraction)
+        std::snprintf(depth, sizeof depth, "%d.%d", bits - fraction, fraction);
+    else
+        std::snprintf(depth, sizeof depth, "%d", bits);
+
+    const bool isFloat = has(kAudioFormatFlagIsFloat);
+    const char* const order = wordSize <= 1                      ? ""
+                              : has(kAudioFormatFlagIsBigEndian) ? " big-endian"
+                                                                 : " little-endian";
+    const char* const sign = isFloat ? "" : has(kAudioFormatFlagIsSignedInteger) ? " signed" : " unsigned";
+
+    // A sample that does not fill its word says how it stands in there.
+    const bool isPadded = wordSize >= 1 && 8 * wordSize != format.mBitsPerChannel;
+    char packing[40] = "";
+    if (isPadded)
+        std::snprintf(packing, sizeof packing,
+                      has(kAudioFormatFlagIsPacked) ? "packed in %d bytes" : "unpacked in %d bytes",
+                      number(wordSize));
+    const char* const alignment = !isPadded                            ? ""
+                                  : has(kAudioFormatFlagIsAlignedHigh) ? " high-aligned"
+                                                                       : " low-aligned";
+
+    line.add("%s-bit%s%s %s%s%s%s%s", depth, order, sign, isFloat ? "float" : "integer", isPadded ? ", " : "",
+             packing, alignment, has(kAudioFormatFlagIsNonInterleaved) ? ", deinterleaved" : "");
+}
+
+} // namespace
+
+char* CAStreamBasicDescription::AsString(char* buffer, unsigned long) const
+{
+    Line line(buffer);
+    if (!line.add("%2d ch, %6.0f Hz, %s (0x%08X) ", number(mChannelsPerFrame), mSampleRate,
+                  CodeText(mFormatID).text, static_cast<unsigned>(mFormatFlags)))
+        return buffer;
+
+    if (mFormatID == kAudioFormatAppleLossless)
+        addAppleLossless(line, *this);
+    else if (isPCM())
+        addLinearPCM(line, *this, bytesAmong(has(kAudioFormatFlagIsNonInterleaved) ? 1 : mChannelsPerFrame));
+    else
+        line.add("%d bits/channel, %d bytes/packet, %d frames/packet, %d bytes/frame",
+                 number(mBitsPerChannel), number(mBytesPerPacket), number(mFramesPerPacket),
+                 number(mBytesPerFrame));
+    return buffer;
+}
+
+} // namespace auplayer

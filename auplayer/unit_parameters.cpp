@@ -1,0 +1,128 @@
+#include "auplayer/unit_parameters.h"
+
+#include "plugin/truncate.h"
+
+#include <cmath>
+
+namespace auplayer {
+
+namespace {
+
+struct Parameter {
+    AudioUnit AUPlayerData::*unit;
+    AudioUnitParameterID id;
+    AudioUnitScope scope;
+};
+
+// The mixer's pan and the newer time-pitch unit are younger than the oldest headers: numbers instead of
+// names.
+// clang-format off
+//                                  unit                      ID                                            scope
+constexpr Parameter outputVolume = {&AUPlayerData::mixer,     kMultiChannelMixerParam_Volume,               kAudioUnitScope_Output};
+constexpr Parameter inputVolume  = {&AUPlayerData::mixer,     kMultiChannelMixerParam_Volume,               kAudioUnitScope_Input};
+constexpr Parameter inputEnabled = {&AUPlayerData::mixer,     kMultiChannelMixerParam_Enable,               kAudioUnitScope_Input};
+constexpr Parameter pan          = {&AUPlayerData::mixer,     2,                                            kAudioUnitScope_Input};
+constexpr Parameter meterLevel   = {&AUPlayerData::mixer,     kMultiChannelMixerParam_PostAveragePower,     kAudioUnitScope_Input};
+constexpr Parameter timeRate     = {&AUPlayerData::timePitch, 0,                                            kAudioUnitScope_Global};
+constexpr Parameter pitchRate    = {&AUPlayerData::timePitch, 1,                                            kAudioUnitScope_Global};
+constexpr Parameter overlap      = {&AUPlayerData::timePitch, 4,                                            kAudioUnitScope_Global};
+constexpr Parameter peakLocking  = {&AUPlayerData::timePitch, 6,                                            kAudioUnitScope_Global};
+// clang-format on
+
+double get(REALobjectStruct* object, const Parameter& parameter, AudioUnitElement element = 0)
+{
+    AUPlayerData& player = beginCall(object);
+    AudioUnitParameterValue value = 0;
+    player.lasterror =
+        AudioUnitGetParameter(player.*parameter.unit, parameter.id, parameter.scope, element, &value);
+    return value;
+}
+
+void set(REALobjectStruct* object, const Parameter& parameter, double value, AudioUnitElement element = 0)
+{
+    AUPlayerData& player = beginCall(object);
+    player.lasterror = AudioUnitSetParameter(player.*parameter.unit, parameter.id, parameter.scope, element,
+                                             static_cast<AudioUnitParameterValue>(value), 0);
+}
+
+void setRate(REALobjectStruct* object, const Parameter& parameter, double value)
+{
+    set(object, parameter, value);
+    AudioUnitSetParameter(dataOf(object).varispeed, parameter.id, parameter.scope, 0,
+                          static_cast<AudioUnitParameterValue>(value), 0);
+}
+
+void bypass(AUPlayerData& player, AudioUnit unit, UInt32 isBypassed)
+{
+    player.lasterror = AudioUnitSetProperty(unit, kAudioUnitProperty_BypassEffect, kAudioUnitScope_Global, 0,
+                                            &isBypassed, sizeof isBypassed);
+}
+
+} // namespace
+
+double getPan(REALobjectStruct* object, HostInteger) { return get(object, pan); }
+void setPan(REALobjectStruct* object, HostInteger, double value) { set(object, pan, value); }
+
+double getOutputVolume(REALobjectStruct* object, HostInteger) { return get(object, outputVolume); }
+void setOutputVolume(REALobjectStruct* object, HostInteger, double value)
+{
+    set(object, outputVolume, value);
+}
+
+double getMeterLevel(REALobjectStruct* object, HostInteger) { return get(object, meterLevel); }
+
+double getTimeRate(REALobjectStruct* object, HostInteger) { return get(object, timeRate); }
+void setTimeRate(REALobjectStruct* object, HostInteger, double value)
+{
+    setRate(object, timeRate, std::floor(value * 100) / 100);
+}
+
+double getPitchRate(REALobjectStruct* object, HostInteger) { return get(object, pitchRate); }
+void setPitchRate(REALobjectStruct* object, HostInteger, double value) { setRate(object, pitchRate, value); }
+
+double getOverlap(REALobjectStruct* object, HostInteger) { return get(object, overlap); }
+void setOverlap(REALobjectStruct* object, HostInteger, double value) { setRate(object, overlap, value); }
+
+HostBoolean getEnablePeakLocking(REALobjectStruct* object, HostInteger)
+{
+    return get(object, peakLocking) > 0.5;
+}
+void setEnablePeakLocking(REALobjectStruct* object, HostInteger, HostBoolean value)
+{
+    setRate(object, peakLocking, value ? 1.0 : 0.0);
+}
+
+void setTimePitchUnit(REALobjectStruct* object, HostInteger, HostInteger value)
+{
+    AUPlayerData& player = beginCall(object);
+    const auto byDefault = static_cast<HostInteger>(RateUnit::byDefault);
+    const auto timePitch = static_cast<HostInteger>(RateUnit::timePitch);
+    const auto varispeed = static_cast<HostInteger>(RateUnit::varispeed);
+
+    const HostInteger mode = value == byDefault ? timePitch : value;
+    if (mode != timePitch && mode != varispeed) return;
+    if (mode == player.timePitchUnit) return;
+    bypass(player, mode == varispeed ? player.timePitch : player.varispeed, 1);
+    bypass(player, mode == varispeed ? player.varispeed : player.timePitch, 0);
+    player.timePitchUnit = mode;
+}
+
+double getInputVolume(REALobjectStruct* object, std::uint32_t inputNum)
+{
+    return get(object, inputVolume, inputNum);
+}
+void setInputVolume(REALobjectStruct* object, std::uint32_t inputNum, double value)
+{
+    set(object, inputVolume, value, inputNum);
+}
+
+HostBoolean getInputEnabled(REALobjectStruct* object, std::uint32_t inputNum)
+{
+    return (truncateTo64(get(object, inputEnabled, inputNum)) & 0xFF) != 0;
+}
+void setInputEnabled(REALobjectStruct* object, std::uint32_t inputNum, HostBoolean value)
+{
+    set(object, inputEnabled, value ? 1.0 : 0.0, inputNum);
+}
+
+} // namespace auplayer

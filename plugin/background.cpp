@@ -1,0 +1,169 @@
+#include "plugin/background.h"
+
+#include "plugin/services.h"
+#include "plugin/shared_word.h"
+#include "plugin/weak_symbols.h"
+
+#include <Carbon/Carbon.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+#include <pthread.h>
+
+namespace {
+
+constexpr std::size_t workerStackBytes = 0x200000;
+constexpr Duration waitStep = 1; // milliseconds
+
+/// One call. Worker and waiting thread share `done` and what it stands for; the rest is set before the worker
+/// exists.
+struct RunThreadState {
+    pthread_t thread;       ///< without a queue only
+    pthread_mutex_t* mutex; ///< guards `done`; null if there was no memory for it
+    std::uint8_t running;   ///< a worker exists
+    std::uint8_t done;      ///< set by the worker as its last act
+    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue
+    const void* data;
+    void (*work)(const void*);
+    void (*idle)(const void*);
+};
+
+pthread_mutex_t* newMutex()
+{
+    auto* const mutex = static_cast<pthread_mutex_t*>(std::calloc(1, sizeof(pthread_mutex_t)));
+    if (mutex && pthread_mutex_init(mutex, nullptr) != 0) {
+        std::free(mutex);
+        return nullptr;
+    }
+    return mutex;
+}
+
+void deleteMutex(RunThreadState& state)
+{
+    if (!state.mutex) return;
+    pthread_mutex_destroy(state.mutex);
+    std::free(state.mutex);
+    state.mutex = nullptr;
+}
+
+class Locked {
+public:
+    explicit Locked(pthread_mutex_t* mutex) : mutex_(mutex)
+    {
+        if (mutex_) pthread_mutex_lock(mutex_);
+    }
+    ~Locked()
+    {
+        if (mutex_) pthread_mutex_unlock(mutex_);
+    }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+
+private:
+    pthread_mutex_t* mutex_;
+};
+
+// Released and acquired by themselves, too: there may be no mutex.
+bool isDone(const RunThreadState& state)
+{
+    const Locked locked(state.mutex);
+    return loadAcquired(state.done);
+}
+
+void doWork(RunThreadState& state)
+{
+    if (state.work) state.work(state.data);
+    const Locked locked(state.mutex);
+    storeReleased(state.done, std::uint8_t{1});
+}
+
+/// A host that throws here is not heard: the worker still needs what stands on our stack.
+void yieldToHost()
+{
+    try {
+        REALYieldToRB();
+    } catch (...) {
+    }
+}
+
+void waitOneStep()
+{
+    AbsoluteTime until = AddDurationToAbsolute(waitStep, UpTime());
+    MPDelayUntil(&until);
+}
+
+void idle(const RunThreadState& state)
+{
+    if (state.idle) state.idle(state.data);
+}
+
+void waitForWorker(RunThreadState& state)
+{
+    yieldToHost();
+    while (!isDone(state)) {
+        yieldToHost();
+        waitOneStep();
+        idle(state);
+    }
+    yieldToHost();
+    idle(state);
+    deleteMutex(state);
+}
+
+void* threadfunction(void* state)
+{
+    doWork(*static_cast<RunThreadState*>(state));
+    return nullptr;
+}
+
+bool startThread(RunThreadState& state)
+{
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) return false;
+    pthread_attr_setstacksize(&attributes, workerStackBytes);
+    const int refusal = pthread_create(&state.thread, &attributes, threadfunction, &state);
+    pthread_attr_destroy(&attributes);
+    return refusal == 0;
+}
+
+void runOnThread(const RunThreadState& request)
+{
+    RunThreadState state = request;
+    state.mutex = newMutex();
+    if (!startThread(state)) {
+        deleteMutex(state);
+        if (state.work) state.work(state.data);
+        return;
+    }
+    state.running = 1;
+    waitForWorker(state);
+    pthread_join(state.thread, nullptr);
+    pthread_detach(
+        state.thread); // refused by a system that remembers the join, and needed by one that does not
+    state.thread = pthread_t();
+    state.running = 0;
+}
+
+void runOnQueue(const RunThreadState& request)
+{
+    __block RunThreadState state = request; // moves to the heap together with the block
+    state.mutex = newMutex();
+    state.running = 1;
+    state.isQueued = 1;
+    dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), ^{
+      doWork(state);
+    });
+    waitForWorker(state);
+}
+
+} // namespace
+
+void RunThreadedBlocks(const void* data, void (*work)(const void*), void (*idle)(const void*))
+{
+    const RunThreadState request = {pthread_t(), nullptr, 0, 0, 0, data, work, idle};
+    if (dispatch_async)
+        runOnQueue(request);
+    else
+        runOnThread(request);
+}
