@@ -64,12 +64,14 @@ const ElementCount& countRule(const Unit& unit, AudioUnitScope scope)
 
 UInt32 parameterListSize(Unit& unit, Place place)
 {
-    return parameterCount(unit, place.scope) * sizeof(AudioUnitParameterID);
+    return parameterCount(unit, place.scope, place.element) * sizeof(AudioUnitParameterID);
 }
 
-OSStatus getParameterList(Unit& unit, Place place, void* data, UInt32&)
+OSStatus getParameterList(Unit& unit, Place place, void* data, UInt32& size)
 {
-    parameterList(unit, place.scope, static_cast<AudioUnitParameterID*>(data));
+    constexpr UInt32 each = sizeof(AudioUnitParameterID);
+    size = each * parameterList(unit, place.scope, place.element, static_cast<AudioUnitParameterID*>(data),
+                                size / each);
     return noErr;
 }
 
@@ -148,7 +150,9 @@ OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& f
                              ? unit.kind.takesFormat(unit, place.scope, place.element, format)
                              : isCanonical(format);
     if (!isTaken) return kAudioUnitErr_FormatNotSupported;
-    elementAt(unit, place).format = format;
+    Element& element = elementAt(unit, place);
+    element.format = format;
+    element.channels = format.mChannelsPerFrame;
     return noErr;
 }
 

@@ -12,7 +12,10 @@ namespace {
 void prepareScope(Scope& scope, const ElementCount& count)
 {
     scope.elements = std::make_unique<Element[]>(count.most);
-    for (UInt32 i = 0; i < count.most; ++i) scope.elements[i].format = canonicalFormat(defaultSampleRate, 2);
+    for (UInt32 i = 0; i < count.most; ++i) {
+        scope.elements[i].format = canonicalFormat(defaultSampleRate, 2);
+        scope.elements[i].channels = 2;
+    }
     scope.count = count.initial;
 }
 

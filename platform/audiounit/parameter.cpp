@@ -14,13 +14,21 @@ struct Found {
     UInt32 offset = 0; // among the element's values
 };
 
+/// How many values an element keeps for a row.
+UInt32 storedFor(const Parameter& row) { return row.isReadOnly && row.get ? 0 : row.count; }
+
+UInt32 presentOf(const Unit& unit, const Parameter& row, AudioUnitElement element)
+{
+    return row.present ? row.present(unit, element) : row.count;
+}
+
 Found find(const UnitKind& kind, AudioUnitParameterID id, AudioUnitScope scope)
 {
     UInt32 offset = 0;
     for (const Parameter& row : kind.parameters) {
         if (row.scope != scope) continue;
         if (id >= row.id && id - row.id < row.count) return {&row, id - row.id, offset + id - row.id};
-        offset += row.count;
+        offset += storedFor(row);
     }
     return {};
 }
@@ -29,7 +37,7 @@ UInt32 valuesOf(const UnitKind& kind, AudioUnitScope scope)
 {
     UInt32 count = 0;
     for (const Parameter& row : kind.parameters)
-        if (row.scope == scope) count += row.count;
+        if (row.scope == scope) count += storedFor(row);
     return count;
 }
 
@@ -49,7 +57,10 @@ OSStatus find(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, A
                                              [&](const Parameter& row) { return id - row.id < row.count; });
         return isElsewhere ? kAudioUnitErr_InvalidScope : kAudioUnitErr_InvalidParameter;
     }
-    return hasElement(unit, scope, element) ? noErr : static_cast<OSStatus>(kAudioUnitErr_InvalidElement);
+    if (!hasElement(unit, scope, element)) return kAudioUnitErr_InvalidElement;
+    return out.index < presentOf(unit, *out.row, element)
+               ? noErr
+               : static_cast<OSStatus>(kAudioUnitErr_InvalidParameter);
 }
 
 } // namespace
@@ -64,7 +75,7 @@ void prepareParameters(Unit& unit)
         for (UInt32 element = 0; element < elements[scope]; ++element)
             for (const Parameter& row : unit.kind.parameters)
                 if (row.scope == scope)
-                    for (UInt32 i = 0; i < row.count; ++i) *value++ = row.initial;
+                    for (UInt32 i = 0; i < storedFor(row); ++i) *value++ = row.initial;
     }
 }
 
@@ -97,13 +108,24 @@ Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope
     return valueOf(unit, scope, element, find(unit.kind, id, scope)).load(std::memory_order_relaxed);
 }
 
-UInt32 parameterCount(const Unit& unit, AudioUnitScope scope) { return valuesOf(unit.kind, scope); }
-
-void parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitParameterID* out)
+UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
+    UInt32 count = 0;
     for (const Parameter& row : unit.kind.parameters)
-        if (row.scope == scope)
-            for (UInt32 i = 0; i < row.count; ++i) *out++ = row.id + i;
+        if (row.scope == scope) count += presentOf(unit, row, element);
+    return count;
+}
+
+UInt32 parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
+                     AudioUnitParameterID* out, UInt32 most)
+{
+    UInt32 count = 0;
+    for (const Parameter& row : unit.kind.parameters) {
+        if (row.scope != scope) continue;
+        const UInt32 present = presentOf(unit, row, element);
+        for (UInt32 i = 0; i < present && count < most; ++i) out[count++] = row.id + i;
+    }
+    return count;
 }
 
 OSStatus parameterInfo(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
@@ -112,6 +134,10 @@ OSStatus parameterInfo(const Unit& unit, AudioUnitParameterID id, AudioUnitScope
     const Found found = find(unit.kind, id, scope);
     if (!found.row) return kAudioUnitErr_InvalidParameter;
     const Parameter& row = *found.row;
+    UInt32 present = 0;
+    for (AudioUnitElement i = 0; hasElement(unit, scope, i); ++i)
+        present = std::max(present, presentOf(unit, row, i));
+    if (found.index >= present) return kAudioUnitErr_InvalidParameter;
     out = {};
     if (row.count > 1)
         std::snprintf(out.name, sizeof out.name, "%s %u", row.name, static_cast<unsigned>(found.index + 1));

@@ -18,6 +18,9 @@ struct Parameter {
     OSStatus (*get)(Unit&, const Parameter&, AudioUnitElement, UInt32 index, Float32& out);
     /// Instead of storing the value, which is in range already.
     OSStatus (*set)(Unit&, const Parameter&, AudioUnitElement, UInt32 index, Float32 value);
+
+    /// How many of `count` an element has now; null: all of them. Thread [any], [audio] too.
+    UInt32 (*present)(const Unit&, AudioUnitElement) = nullptr;
 };
 
 /// Room for the values of every scope, at their defaults. Throws std::bad_alloc.
@@ -34,11 +37,14 @@ OSStatus setParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
 Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitElement element);
 
-/// How many parameter IDs a scope has, and the one at `index` of them.
-UInt32 parameterCount(const Unit& unit, AudioUnitScope scope);
-void parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitParameterID* out);
+/// How many parameters an element of the unit has.
+UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element);
 
-/// What a parameter is. InvalidParameter if there is none.
+/// Their IDs, at most `most`. Returns how many: the count may have changed meanwhile.
+UInt32 parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
+                     AudioUnitParameterID* out, UInt32 most);
+
+/// What a parameter is. InvalidParameter if no element of the scope has it.
 OSStatus parameterInfo(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitParameterInfo& out);
 

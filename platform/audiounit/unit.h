@@ -94,6 +94,7 @@ struct Source {
 /// One bus.
 struct Element {
     AudioStreamBasicDescription format{}; // under settings; fixed while initialised
+    std::atomic<UInt32> channels{0};      // the format's, for who asks without a lock
     Published<Source> source;             // inputs only
     Buffers buffers;                      // made by initialize; [audio & in a slice]
     ListStorage piece;                    // likewise: a list for part of a slice

@@ -1,6 +1,8 @@
 #include "platform/audiounit/units.h"
 
+#include "platform/audiounit/equaliser/equaliser_unit.h"
 #include "platform/audiounit/life_cycle.h"
+#include "platform/audiounit/mixer/mixer_unit.h"
 #include "platform/audiounit/output/output_units.h"
 
 #include <iterator>
@@ -10,10 +12,7 @@ namespace {
 
 // The table of units, in the order in which a search finds them.
 const UnitKind* const units[] = {
-    &halOutput,
-    &defaultOutput,
-    &systemOutput,
-    &genericOutput,
+    &halOutput, &defaultOutput, &systemOutput, &genericOutput, &multichannelMixer, &graphicEqualiser,
 };
 
 OSStatus openInstance(components::Instance& instance)

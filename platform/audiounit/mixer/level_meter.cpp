@@ -1,0 +1,87 @@
+#include "platform/audiounit/mixer/level_meter.h"
+
+#include <algorithm>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+constexpr double windowSeconds = 0.1, holdSeconds = 1, fallPerSecond = 20; // decibels
+constexpr double loudest = 1e6, quietest = 1e-6;
+
+} // namespace
+
+// windowFrames / stretchFrames is below 2 * stretchesInWindow, whatever the rate: the ring is long enough.
+LevelMeter::LevelMeter(Float64 sampleRate)
+    : windowFrames(std::clamp(std::round(sampleRate * windowSeconds), 1.0, 1e9)),
+      stretchFrames(std::max<UInt32>(1, static_cast<UInt32>(windowFrames) / stretchesInWindow)),
+      holdFrames(sampleRate * holdSeconds),
+      fall(std::pow(10, -fallPerSecond / 20 * stretchFrames / sampleRate))
+{
+}
+
+void LevelMeter::reset()
+{
+    energies.fill(0);
+    next = runningFrames = 0;
+    runningEnergy = runningPeak = heldPeak = heldFrames = 0;
+}
+
+void LevelMeter::measure(const Float32* samples, UInt32 frames)
+{
+    while (frames) {
+        const UInt32 now = std::min(frames, stretchFrames - runningFrames);
+        double energy = runningEnergy;
+        Float32 peak = 0;
+        for (UInt32 i = 0; i < now; ++i) {
+            const double sample = samples[i];
+            energy += sample * sample;
+            const Float32 magnitude = std::fabs(samples[i]);
+            if (magnitude > peak) peak = magnitude;
+        }
+        runningEnergy = energy;
+        runningPeak = std::clamp<double>(peak, runningPeak, loudest);
+        runningFrames += now;
+        if (runningFrames == stretchFrames) closeStretch();
+        samples += now;
+        frames -= now;
+    }
+}
+
+void LevelMeter::measureSilence(UInt32 frames)
+{
+    while (frames) {
+        const UInt32 now = std::min(frames, stretchFrames - runningFrames);
+        runningFrames += now;
+        if (runningFrames == stretchFrames) closeStretch();
+        frames -= now;
+    }
+}
+
+void LevelMeter::closeStretch()
+{
+    energies[next] = std::isfinite(runningEnergy) ? runningEnergy : 0;
+    next = (next + 1) % energies.size();
+
+    heldFrames += runningFrames;
+    if (heldFrames > holdFrames) heldPeak *= fall;
+    if (heldPeak < quietest) heldPeak = 0;
+    if (runningPeak >= heldPeak) {
+        heldPeak = runningPeak;
+        heldFrames = 0;
+    }
+    runningEnergy = runningPeak = 0;
+    runningFrames = 0;
+}
+
+Float32 LevelMeter::averagePower() const
+{
+    double sum = std::isfinite(runningEnergy) ? runningEnergy : 0;
+    double left = windowFrames - runningFrames;
+    for (UInt32 at = next; left > 0; left -= stretchFrames) {
+        at = (at ? at : static_cast<UInt32>(energies.size())) - 1;
+        sum += energies[at] * std::min(1.0, left / stretchFrames);
+    }
+    return static_cast<Float32>(std::min(sum / windowFrames, loudest * loudest));
+}
+
+} // namespace kvxplatform::audiounit
