@@ -21,19 +21,41 @@ struct RateConverter::State {
 RateConverter::RateConverter() = default;
 RateConverter::~RateConverter() = default;
 
+namespace {
+
+/// A filter of the library: how it is called, and half its length at the lower of the two rates.
+struct Filter {
+    int kind;
+    double halfFrames;
+};
+
+// In the order of the qualities.
+constexpr Filter filters[] = {
+    {SRC_SINC_FASTEST, 2466.0 / 128},
+    {SRC_SINC_MEDIUM_QUALITY, 22440.0 / 491},
+    {SRC_SINC_BEST_QUALITY, 340241.0 / 2381},
+};
+
+} // namespace
+
 bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality quality)
 {
-    static constexpr int kinds[] = {SRC_SINC_MEDIUM_QUALITY, SRC_SINC_BEST_QUALITY};
     const double ratio = to / from;
     if (!src_is_valid_ratio(ratio) || channels == 0) return false;
     auto made = std::make_unique<State>();
     int error = 0;
-    made->converter = src_new(kinds[static_cast<int>(quality)], static_cast<int>(channels), &error);
+    made->converter = src_new(filters[static_cast<int>(quality)].kind, static_cast<int>(channels), &error);
     if (!made->converter) return false;
     made->ratio = ratio;
     made->channels = channels;
     state = std::move(made);
     return true;
+}
+
+UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
+{
+    const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
+    return static_cast<UInt32>(half) + 2; // rounded, and one more for the frame itself
 }
 
 void RateConverter::reset()
@@ -42,21 +64,28 @@ void RateConverter::reset()
     state->waitingFrames = 0;
 }
 
-void RateConverter::convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input)
+RateConverter::Piece RateConverter::process(const Float32* in, UInt32 frames, Float32* out, UInt32 room)
 {
     static constexpr Float32 nothing = 0;
+    Float32 nowhere = 0;
+    SRC_DATA work{};
+    work.data_in = in ? in : &nothing;
+    work.input_frames = static_cast<long>(frames);
+    work.data_out = out ? out : &nowhere;
+    work.output_frames = static_cast<long>(room);
+    work.src_ratio = state->ratio;
+    src_process(state->converter, &work); // cannot fail: the ratio is valid and the buffers do not overlap
+    return {static_cast<UInt32>(work.input_frames_used), static_cast<UInt32>(work.output_frames_gen)};
+}
+
+void RateConverter::convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input)
+{
     for (UInt32 done = 0;;) {
-        SRC_DATA work{};
-        work.data_in = state->waitingFrames ? state->waiting : &nothing;
-        work.input_frames = static_cast<long>(state->waitingFrames);
-        work.data_out = out + std::size_t{done} * state->channels;
-        work.output_frames = static_cast<long>(frames - done);
-        work.src_ratio = state->ratio;
-        src_process(state->converter,
-                    &work); // cannot fail: the ratio is valid and the buffers do not overlap
-        done += static_cast<UInt32>(work.output_frames_gen);
-        state->waitingFrames -= static_cast<UInt32>(work.input_frames_used);
-        state->waiting += std::size_t(work.input_frames_used) * state->channels;
+        const Piece piece = process(state->waitingFrames ? state->waiting : nullptr, state->waitingFrames,
+                                    out + std::size_t{done} * state->channels, frames - done);
+        done += piece.made;
+        state->waitingFrames -= piece.used;
+        state->waiting += std::size_t{piece.used} * state->channels;
         if (done == frames) return;
         if (state->waitingFrames) continue;
 

@@ -1,4 +1,4 @@
-// Rate conversion by pulling: asked for frames at one rate, it asks for as many as it needs at the other.
+// Rate conversion: frames at one rate into frames at another, given in pieces, or pulled as they are needed.
 //
 // The first frame out stands where the first frame in stood: the filter looks ahead instead of delaying.
 #pragma once
@@ -11,7 +11,7 @@ namespace kvxplatform::audiounit {
 
 class RateConverter {
 public:
-    enum class Quality { normal, best };
+    enum class Quality { fast, normal, best };
 
     /// Gives `frames` more input frames, interleaved, valid until it is asked again.
     struct Input {
@@ -29,6 +29,17 @@ public:
 
     /// Forget the past.
     void reset();
+
+    /// How far ahead of its place the filter looks: so many frames more must be in before a frame comes out.
+    static UInt32 lookAhead(Float64 from, Float64 to, Quality quality);
+
+    struct Piece {
+        UInt32 used, made;
+    };
+
+    /// Take up to `frames` frames of input and give up to `room` frames of output, as far as both go. Either
+    /// may be 0, and then its pointer null. Allocates nothing. Not to be mixed with convert.
+    Piece process(const Float32* in, UInt32 frames, Float32* out, UInt32 room);
 
     /// `frames` frames of output, pulled in pieces of at most `largestPull`. Allocates nothing.
     void convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input);

@@ -1,6 +1,7 @@
 #include "platform/audiounit/source.h"
 
 #include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
 
@@ -28,25 +29,17 @@ OSStatus outputFormat(const AudioUnitConnection& connection, AudioStreamBasicDes
 
 // What the source gave, made whole in our own memory: it may have pointed elsewhere, or given less than
 // asked.
-void settle(AudioBufferList& list, Buffers& own, UInt32 offset, UInt32 frames)
+void settle(AudioBufferList& list, Element& input, UInt32 offset, UInt32 frames)
 {
-    const UInt32 wanted = frames * own.bytesPerFrame();
+    Buffers& own = input.buffers;
     for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
-        AudioBuffer& buffer = list.mBuffers[i];
+        const AudioBuffer& buffer = list.mBuffers[i];
         std::byte* mine = own.memory(i) + std::size_t{offset} * own.bytesPerFrame();
-        const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize, wanted) : 0;
-        if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, given);
-        if (given < wanted) std::memset(mine + given, 0, wanted - given);
+        const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize / own.bytesPerFrame(), frames) : 0;
+        const UInt32 bytes = given * own.bytesPerFrame();
+        if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, bytes);
+        if (given < frames) silenceBuffer(input.format, mine + bytes, frames - given);
     }
-}
-
-// Frames [from, until) of every buffer.
-void silence(Buffers& own, UInt32 from, UInt32 until)
-{
-    const AudioBufferList& list = own.lend(until);
-    for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
-        std::memset(own.memory(i) + std::size_t{from} * own.bytesPerFrame(), 0,
-                    std::size_t{until - from} * own.bytesPerFrame());
 }
 
 struct Pull {
@@ -72,7 +65,7 @@ struct Pull {
                                     ? renderFrom(from, time, frames, list)
                                     : source.callback.inputProc(source.callback.inputProcRefCon, &flags,
                                                                 &time, bus, frames, &list);
-        if (!status) settle(list, input.buffers, offset, frames);
+        if (!status) settle(list, input, offset, frames);
         return status;
     }
 
@@ -84,12 +77,12 @@ struct Pull {
         return render(*feeding, &flags, &time, from.sourceOutputNumber, frames, &list);
     }
 
-    UInt32 limit() const
+    // `own` is the input's limit.
+    UInt32 limit(UInt32 own) const
     {
-        if (!source.connection.sourceAudioUnit) return unit.sliceLimit;
+        if (!source.connection.sourceAudioUnit) return own;
         const UnitUse feeding = use(source.connection.sourceAudioUnit);
-        return feeding.status ? unit.sliceLimit.load()
-                              : std::min<UInt32>(unit.sliceLimit, feeding->sliceLimit);
+        return feeding.status ? own : std::min<UInt32>(own, feeding->sliceLimit);
     }
 };
 
@@ -157,13 +150,19 @@ OSStatus checkConnections(Unit& unit)
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
               UInt32 frames, AudioBufferList*& out)
 {
+    return pull(unit, bus, flags, time, frames, unit.sliceLimit, out);
+}
+
+OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
+              UInt32 frames, UInt32 ownLimit, AudioBufferList*& out)
+{
     Element& input = unit.input(bus);
     OSStatus status = kAudioUnitErr_NoConnection;
+    UInt32 done = 0;
     if (const Source* source = input.source.get()) {
         const Pull from{unit, *source, bus, flags};
-        const UInt32 limit = std::max<UInt32>(from.limit(), 1);
+        const UInt32 limit = std::max<UInt32>(from.limit(ownLimit), 1);
         status = noErr;
-        UInt32 done = 0;
         while (done < frames && !status && !unit.isEnding) {
             const UInt32 now = std::min(limit, frames - done);
             const AudioTimeStamp at =
@@ -171,10 +170,10 @@ OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const A
             status = from.piece(at, done, now);
             done += now;
         }
-        silence(input.buffers, done, frames);
     }
     out = &input.buffers.lend(frames);
-    if (status) clear(*out);
+    if (status) done = 0;
+    silence(input.format, *out, done, frames - done);
     return status;
 }
 

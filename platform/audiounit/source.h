@@ -31,6 +31,10 @@ OSStatus checkConnections(Unit& unit);
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
               UInt32 frames, AudioBufferList*& out);
 
+/// The same for an input whose limit is its own: its memory has been made for that many frames.
+OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
+              UInt32 frames, UInt32 limit, AudioBufferList*& out);
+
 /// A time stamp `frames` frames of `sampleRate` later.
 AudioTimeStamp later(const AudioTimeStamp& time, UInt32 frames, Float64 sampleRate,
                      Float64 hostTicksPerSecond);

@@ -1,5 +1,6 @@
 #include "platform/audiounit/units.h"
 
+#include "platform/audiounit/converter/converter_unit.h"
 #include "platform/audiounit/equaliser/equaliser_unit.h"
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/mixer/mixer_unit.h"
@@ -12,7 +13,7 @@ namespace {
 
 // The table of units, in the order in which a search finds them.
 const UnitKind* const units[] = {
-    &halOutput, &defaultOutput, &systemOutput, &genericOutput, &multichannelMixer, &graphicEqualiser,
+    &halOutput, &defaultOutput, &systemOutput, &genericOutput, &converter, &multichannelMixer, &graphicEqualiser,
 };
 
 OSStatus openInstance(components::Instance& instance)

@@ -1,0 +1,180 @@
+// Formats, settings and tables of the converter unit.
+#include "platform/audiounit/converter/converter_unit.h"
+
+#include "platform/audiounit/channel_fold.h"
+#include "platform/audiounit/converter/conversion_quality.h"
+#include "platform/audiounit/converter/slice_conversion.h"
+#include "platform/audiounit/linear_pcm.h"
+#include "platform/audiounit/property.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+struct Converter {
+    ConversionQuality quality;  // under settings
+    std::optional<Routing> map; // likewise, as it was set
+    SliceConversion conversion;
+};
+
+OSStatus openUnit(Unit& unit)
+{
+    unit.state = new Converter;
+    return noErr;
+}
+
+void destroy(void* state) { delete static_cast<Converter*>(state); }
+
+UInt32 channelsOf(Unit& unit, AudioUnitScope scope)
+{
+    return unit.scopes[scope].elements[0].format.mChannelsPerFrame;
+}
+
+Routing routingOf(Unit& unit, const std::optional<Routing>& map)
+{
+    return map ? *map
+               : foldedRouting(channelsOf(unit, kAudioUnitScope_Input),
+                               channelsOf(unit, kAudioUnitScope_Output));
+}
+
+OSStatus initializeUnit(Unit& unit)
+{
+    auto& state = stateOf<Converter>(unit);
+    return state.conversion.prepare(unit, routingOf(unit, state.map), state.quality.filter());
+}
+
+void uninitializeUnit(Unit& unit) { stateOf<Converter>(unit).conversion.release(unit); }
+
+void resetUnit(Unit& unit) { stateOf<Converter>(unit).conversion.reset(); }
+
+OSStatus renderSlice(Unit& unit, Slice& slice)
+{
+    return stateOf<Converter>(unit).conversion.render(unit, slice);
+}
+
+bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
+{
+    return isLinearPCM(format);
+}
+
+// ---- properties ----
+
+/// Take on new settings, at once where the unit is initialised. With settings.
+OSStatus change(Unit& unit, const ConversionQuality& quality, std::optional<Routing> map)
+{
+    auto& state = stateOf<Converter>(unit);
+    if (unit.isInitialized)
+        if (const OSStatus status = state.conversion.exchange(unit, routingOf(unit, map), quality.filter()))
+            return status;
+    state.quality = quality;
+    state.map = std::move(map);
+    return noErr;
+}
+
+bool convertsRate(Unit& unit)
+{
+    return unit.input(0).format.mSampleRate != unit.output(0).format.mSampleRate;
+}
+
+OSStatus getTail(Unit& unit, Place, void* data, UInt32&)
+{
+    const Float64 from = unit.input(0).format.mSampleRate, to = unit.output(0).format.mSampleRate;
+    const auto filter = stateOf<Converter>(unit).quality.filter();
+    return give(data, convertsRate(unit) ? RateConverter::lookAhead(from, to, filter) / from : Float64{0});
+}
+
+OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
+
+template <UInt32 ConversionQuality::*field>
+OSStatus getQuality(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, stateOf<Converter>(unit).quality.*field);
+}
+
+template <UInt32 ConversionQuality::*field>
+OSStatus setQuality(Unit& unit, Place, const void* data, UInt32)
+{
+    auto& state = stateOf<Converter>(unit);
+    ConversionQuality next = state.quality;
+    next.*field = valueAt<UInt32>(data);
+    if (next.*field == state.quality.*field) return noErr;
+    if (!ConversionQuality::isComplexity(next.complexity) || next.quality > ConversionQuality::most)
+        return kAudioUnitErr_InvalidPropertyValue;
+    if (next.filter() == state.quality.filter() || !convertsRate(unit)) {
+        state.quality = next;
+        return noErr;
+    }
+    return change(unit, next, state.map);
+}
+
+UInt32 channelMapSize(Unit& unit, Place place)
+{
+    return channelsOf(unit, place.scope) * static_cast<UInt32>(sizeof(SInt32));
+}
+
+OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
+{
+    Routing entries = routingOf(unit, stateOf<Converter>(unit).map);
+    entries.resize(size / sizeof(SInt32), noChannel);
+    std::memcpy(data, entries.data(), size);
+    return noErr;
+}
+
+OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
+{
+    std::optional<Routing> map;
+    if (data) {
+        constexpr UInt32 most = mostChannels * sizeof(SInt32);
+        if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
+        map.emplace(size / sizeof(SInt32));
+        std::memcpy(map->data(), data, size);
+        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < noChannel; }))
+            return kAudioUnitErr_InvalidPropertyValue;
+    }
+    return change(unit, stateOf<Converter>(unit).quality, std::move(map));
+}
+
+constexpr auto always = Settable::always;
+constexpr auto both = Access::readWrite;
+constexpr auto read = Access::readOnly;
+constexpr auto complexity = &ConversionQuality::complexity;
+constexpr auto quality = &ConversionQuality::quality;
+
+// clang-format off
+const Property properties[] = {
+    // property                                         scopes    element     bytes                  access settable get                     set                     size of
+    {kAudioUnitProperty_SupportedNumChannels,           inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts,       nullptr,                nullptr},
+    {kAudioUnitProperty_TailTime,                       inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,                nullptr,                nullptr},
+    {kAudioUnitProperty_RenderQuality,                  inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<quality>,    setQuality<quality>,    nullptr},
+    {kAudioOutputUnitProperty_ChannelMap,               inOutput, 0,          0,                     both,  always,  getChannelMap,          setChannelMap,          channelMapSize, true},
+    {kAudioUnitProperty_SampleRateConverterComplexity,  inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<complexity>, setQuality<complexity>, nullptr},
+};
+// clang-format on
+
+} // namespace
+
+const UnitKind converter = {
+    kAudioUnitType_FormatConverter,
+    kAudioUnitSubType_AUConverter,
+    "Converter",
+    {1, 1, 1},
+    {1, 1, 1},
+    properties,
+    {},
+    takesFormat,
+    openUnit,
+    nullptr,
+    destroy,
+    initializeUnit,
+    uninitializeUnit,
+    resetUnit,
+    renderSlice,
+    nullptr,
+    nullptr,
+    nullptr,
+};
+
+} // namespace kvxplatform::audiounit
