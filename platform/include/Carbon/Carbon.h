@@ -1,4 +1,4 @@
-/* Components, files, time, and the results that all share. */
+/* Components, sound, files, memory, time, and the results that all share. */
 #ifndef CARBON_CARBON_H
 #define CARBON_CARBON_H
 
@@ -6,8 +6,12 @@
 #include <Carbon/DriverServices.h>
 #include <Carbon/Files.h>
 #include <Carbon/MacErrors.h>
+#include <Carbon/MacMemory.h>
+#include <Carbon/MixedMode.h>
 #include <Carbon/Multiprocessing.h>
 #include <Carbon/OSUtils.h>
+#include <Carbon/Sound.h>
+#include <Carbon/TextUtils.h>
 #include <CoreFoundation/CoreFoundation.h>
 #include <MacTypes.h>
 

@@ -1,7 +1,8 @@
 /*
- * The Component Manager: finding, opening and closing components. C; 2-byte packed, as all of Carbon is.
+ * The Component Manager: finding, opening, closing and calling components, and a program's own. C; 2-byte
+ * packed, as all of Carbon is.
  *
- * Owner    an open instance is its opener's, who closes it.
+ * Owner    an open instance is its opener's, who closes it; a registered component is its registrar's.
  *
  * Thread   [any]. A call that is under way on an instance when it is closed ends in its own time.
  *
@@ -10,6 +11,7 @@
 #ifndef CARBON_COMPONENTS_H
 #define CARBON_COMPONENTS_H
 
+#include <Carbon/MixedMode.h>
 #include <KVXPlatform/export.h>
 #include <MacTypes.h>
 
@@ -37,7 +39,37 @@ typedef struct ComponentDescription {
     UInt32 componentFlagsMask; /* in a search: the flags to compare; 0 when registering */
 } ComponentDescription;
 
+/*
+ * One call of a component, as its entry point gets it.
+ *
+ * Shape    `params`: the arguments behind the instance, the first first, one word each; `paramSize` is their
+ *          number of bytes. For the selectors of programs the instance is in nobody's words: the entry point
+ *          gets its storage instead.
+ */
+typedef struct ComponentParameters {
+    UInt8 flags;
+    UInt8 paramSize;
+    SInt16 what; /* the selector */
+    long params[1];
+} ComponentParameters;
+
 #pragma pack(pop)
+
+/* A component's entry point. `componentStorage` is what the instance was given. */
+typedef ComponentResult (*ComponentRoutineProcPtr)(ComponentParameters* cp, Handle componentStorage);
+typedef ComponentRoutineProcPtr ComponentRoutineUPP; /* the same thing on this machine */
+typedef UniversalProcPtr ComponentFunctionUPP;
+
+/* what every component is asked, and the arguments behind the storage */
+enum {
+    kComponentOpenSelect = -1,    /* ComponentInstance self */
+    kComponentCloseSelect = -2,   /* ComponentInstance self */
+    kComponentCanDoSelect = -3,   /* SInt16 selector */
+    kComponentVersionSelect = -4, /* none */
+    kComponentRegisterSelect = -5,
+    kComponentTargetSelect = -6,
+    kComponentUnregisterSelect = -7
+};
 
 enum {
     kAnyComponentType = 0,
@@ -76,7 +108,51 @@ KVX_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType type, OSType s
 /* Close an instance: when this returns, none of its callbacks runs any more. */
 KVX_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance instance);
 
+/* ---- a program's own components ---- */
+
+/* The same function in another costume. */
+static inline ComponentRoutineUPP NewComponentRoutineUPP(ComponentRoutineProcPtr userRoutine)
+{
+    return userRoutine;
+}
+
+/* Add a component to the list, for this program. The handles hold Pascal text and pictures, may be NULL, and
+ * stay the caller's. NULL without a description or memory. A component without an entry point is found, and
+ * cannot be opened. */
+KVX_PLATFORM_EXPORT Component RegisterComponent(ComponentDescription* cd,
+                                                ComponentRoutineUPP componentEntryPoint, SInt16 global,
+                                                Handle componentName, Handle componentInfo,
+                                                Handle componentIcon);
+
+/* Take it out of the list. With instances open it is validInstancesExist, and the component can be found no
+ * more: those that are open go on until they are closed. */
+KVX_PLATFORM_EXPORT OSErr UnregisterComponent(Component aComponent);
+
+/* How many instances are open; 0 for what is no component. */
+KVX_PLATFORM_EXPORT long CountComponentInstances(Component aComponent);
+
+/* One word for all instances of a component. An instance stands for its component. */
+KVX_PLATFORM_EXPORT void SetComponentRefcon(Component aComponent, long theRefcon);
+KVX_PLATFORM_EXPORT long GetComponentRefcon(Component aComponent);
+
+/* One word for each instance; the entry point is called with it. */
+KVX_PLATFORM_EXPORT void SetComponentInstanceStorage(ComponentInstance aComponentInstance, Handle theStorage);
+KVX_PLATFORM_EXPORT Handle GetComponentInstanceStorage(ComponentInstance aComponentInstance);
+
+/* Take a call's words apart as `procInfo` says, and call `func` with the storage in front of them. */
+KVX_PLATFORM_EXPORT ComponentResult CallComponentFunctionWithStorageProcInfo(Handle storage,
+                                                                             ComponentParameters* params,
+                                                                             ProcPtr func,
+                                                                             ProcInfoType funcProcInfo);
+
+/* Hand a call on to another instance, as it is. */
+KVX_PLATFORM_EXPORT ComponentResult DelegateComponentCall(ComponentParameters* originalParams,
+                                                          ComponentInstance ci);
+
 KVX_PLATFORM_SIZE(ComponentDescription, 20);
+KVX_PLATFORM_SIZE(ComponentParameters, 8);
+KVX_PLATFORM_OFFSET(ComponentParameters, what, 2);
+KVX_PLATFORM_OFFSET(ComponentParameters, params, 4);
 
 KVX_PLATFORM_END
 
