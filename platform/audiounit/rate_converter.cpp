@@ -38,6 +38,8 @@ constexpr Filter filters[] = {
 
 } // namespace
 
+bool RateConverter::takes(Float64 from, Float64 to) { return src_is_valid_ratio(to / from); }
+
 bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality quality)
 {
     const double ratio = to / from;
@@ -56,6 +58,13 @@ UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
 {
     const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
     return static_cast<UInt32>(half) + 2; // rounded, and one more for the frame itself
+}
+
+void RateConverter::setRatio(double ratio)
+{
+    if (ratio == state->ratio) return;
+    state->ratio = ratio;
+    src_set_ratio(state->converter, ratio); // else it would take a whole stretch of frames to get there
 }
 
 void RateConverter::reset()

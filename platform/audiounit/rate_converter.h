@@ -23,9 +23,16 @@ public:
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
 
+    /// Whether two rates, both positive, are close enough: from 1 to 256 to 256 to 1.
+    static bool takes(Float64 from, Float64 to);
+
     /// False: the rates are further apart than 1 to 256, or there are too many channels (more than 128).
     /// Throws std::bad_alloc.
     bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
+
+    /// Another ratio, frames out for a frame in, from the next frame out on. 1 to 256 either way. Small steps
+    /// are not heard. Allocates nothing.
+    void setRatio(double ratio);
 
     /// Forget the past.
     void reset();

@@ -1,0 +1,218 @@
+// Formats that can be converted, and the table of properties.
+#include "platform/audioconverter/converter.h"
+
+#include "platform/audiounit/channel_fold.h"
+#include "platform/audiounit/linear_pcm.h"
+
+#include <Carbon/Carbon.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace kvxplatform::audioconverter {
+namespace {
+
+using audiounit::Conversion;
+using audiounit::RateConverter;
+using audiounit::Routing;
+
+bool isRate(Float64 rate) { return std::isfinite(rate) && rate > 0; }
+
+bool convertsRate(const Converter& converter)
+{
+    return converter.source.mSampleRate != converter.destination.mSampleRate;
+}
+
+Routing routingOf(const Converter& converter, const Choices& choices)
+{
+    return choices.map ? *choices.map
+                       : audiounit::foldedRouting(converter.source.mChannelsPerFrame,
+                                                  converter.destination.mChannelsPerFrame);
+}
+
+/// A conversion by these choices; null when the formats do not go together. Throws std::bad_alloc.
+std::unique_ptr<Conversion> make(const Converter& converter, const Choices& choices)
+{
+    auto made = std::make_unique<Conversion>();
+    const bool isMade = made->prepare(converter.source, converter.destination, routingOf(converter, choices),
+                                      choices.quality.filter());
+    return isMade ? std::move(made) : nullptr;
+}
+
+/// Take on new choices, and so forget the past. Throws std::bad_alloc, and nothing has changed then.
+OSStatus choose(Converter& converter, Choices choices)
+{
+    auto made = make(converter, choices);
+    if (!made) return kAudioConverterErr_UnspecifiedError; // what was possible once is possible again
+    converter.conversion = std::move(made);
+    converter.choices = std::move(choices);
+    reset(converter);
+    return noErr;
+}
+
+// ---- properties ----
+
+template <class T>
+void give(void* data, const T& value)
+{
+    std::memcpy(data, &value, sizeof value);
+}
+
+UInt32 wordFrom(const void* data)
+{
+    UInt32 word = 0;
+    std::memcpy(&word, data, sizeof word);
+    return word;
+}
+
+template <UInt32 audiounit::ConversionQuality::*field>
+void getQuality(const Converter& converter, void* data)
+{
+    give(data, converter.choices.quality.*field);
+}
+
+OSStatus setComplexity(Converter& converter, const void* data)
+{
+    Choices choices = converter.choices;
+    choices.quality.complexity = wordFrom(data);
+    return audiounit::ConversionQuality::isComplexity(choices.quality.complexity)
+               ? choose(converter, std::move(choices))
+               : paramErr;
+}
+
+OSStatus setQuality(Converter& converter, const void* data)
+{
+    Choices choices = converter.choices;
+    choices.quality.quality = wordFrom(data);
+    return choices.quality.quality <= audiounit::ConversionQuality::most
+               ? choose(converter, std::move(choices))
+               : paramErr;
+}
+
+void getPrimeMethod(const Converter&, void* data) { give(data, UInt32{kConverterPrimeMethod_Normal}); }
+
+OSStatus setPrimeMethod(Converter&, const void* data)
+{
+    return wordFrom(data) == kConverterPrimeMethod_Normal
+               ? noErr
+               : static_cast<OSStatus>(kAudioConverterErr_OperationNotSupported);
+}
+
+void getPrimeInfo(const Converter& converter, void* data)
+{
+    UInt32 frames = 0;
+    if (convertsRate(converter))
+        frames = RateConverter::lookAhead(converter.source.mSampleRate, converter.destination.mSampleRate,
+                                          converter.choices.quality.filter());
+    give(data, AudioConverterPrimeInfo{frames, frames});
+}
+
+void getChannelMap(const Converter& converter, void* data)
+{
+    const Routing map = routingOf(converter, converter.choices);
+    std::memcpy(data, map.data(), map.size() * sizeof map[0]);
+}
+
+OSStatus setChannelMap(Converter& converter, const void* data)
+{
+    Choices choices = converter.choices;
+    choices.map.emplace(converter.destination.mChannelsPerFrame);
+    std::memcpy(choices.map->data(), data, choices.map->size() * sizeof(SInt32));
+    const bool isMap = std::all_of(choices.map->begin(), choices.map->end(),
+                                   [](SInt32 entry) { return entry >= audiounit::noChannel; });
+    return isMap ? choose(converter, std::move(choices)) : paramErr;
+}
+
+template <const AudioStreamBasicDescription Converter::*format>
+void getFormat(const Converter& converter, void* data)
+{
+    give(data, converter.*format);
+}
+
+struct Property {
+    AudioConverterPropertyID id;
+    UInt32 size; // bytes; 0: a word for each destination channel
+    void (*get)(const Converter&, void* data);
+    OSStatus (*set)(Converter&, const void* data); // null: read-only
+};
+
+constexpr auto complexity = &audiounit::ConversionQuality::complexity;
+constexpr auto quality = &audiounit::ConversionQuality::quality;
+constexpr UInt32 formatSize = sizeof(AudioStreamBasicDescription);
+
+// clang-format off
+const Property properties[] = {
+    // property                                      bytes                            get                                set
+    {kAudioConverterSampleRateConverterComplexity,   sizeof(UInt32),                  getQuality<complexity>,            setComplexity},
+    {kAudioConverterSampleRateConverterQuality,      sizeof(UInt32),                  getQuality<quality>,               setQuality},
+    {kAudioConverterPrimeMethod,                     sizeof(UInt32),                  getPrimeMethod,                    setPrimeMethod},
+    {kAudioConverterPrimeInfo,                       sizeof(AudioConverterPrimeInfo), getPrimeInfo,                      nullptr},
+    {kAudioConverterChannelMap,                      0,                               getChannelMap,                     setChannelMap},
+    {kAudioConverterCurrentInputStreamDescription,   formatSize,                      getFormat<&Converter::source>,      nullptr},
+    {kAudioConverterCurrentOutputStreamDescription,  formatSize,                      getFormat<&Converter::destination>, nullptr},
+};
+// clang-format on
+
+const Property* find(AudioConverterPropertyID id)
+{
+    const auto* found = std::find_if(std::begin(properties), std::end(properties),
+                                     [&](const Property& row) { return row.id == id; });
+    return found == std::end(properties) ? nullptr : found;
+}
+
+UInt32 sizeOf(const Converter& converter, const Property& row)
+{
+    return row.size ? row.size : converter.destination.mChannelsPerFrame * UInt32{sizeof(SInt32)};
+}
+
+} // namespace
+
+OSStatus prepare(Converter& out)
+{
+    const AudioStreamBasicDescription &from = out.source, &to = out.destination;
+    if (from.mFormatID != kAudioFormatLinearPCM || to.mFormatID != kAudioFormatLinearPCM)
+        return kAudioConverterErr_FormatNotSupported;
+    if (!isRate(from.mSampleRate)) return kAudioConverterErr_InputSampleRateOutOfRange;
+    if (!isRate(to.mSampleRate)) return kAudioConverterErr_OutputSampleRateOutOfRange;
+    if (!audiounit::isLinearPCM(from) || !audiounit::isLinearPCM(to))
+        return kAudioConverterErr_FormatNotSupported;
+    if (!RateConverter::takes(from.mSampleRate, to.mSampleRate))
+        return kAudioConverterErr_OutputSampleRateOutOfRange;
+    out.conversion = make(out, out.choices);
+    if (!out.conversion) return kAudioConverterErr_FormatNotSupported; // too many channels
+    out.input.prepare(audiounit::buffersOf(from));
+    return noErr;
+}
+
+OSStatus getPropertyInfo(const Converter& converter, AudioConverterPropertyID id, UInt32* size,
+                         Boolean* isWritable)
+{
+    const Property* row = find(id);
+    if (!row) return kAudioConverterErr_PropertyNotSupported;
+    if (size) *size = sizeOf(converter, *row);
+    if (isWritable) *isWritable = row->set != nullptr;
+    return noErr;
+}
+
+OSStatus getProperty(const Converter& converter, AudioConverterPropertyID id, UInt32& size, void* data)
+{
+    const Property* row = find(id);
+    if (!row) return kAudioConverterErr_PropertyNotSupported;
+    const UInt32 needed = sizeOf(converter, *row);
+    if (size < needed) return kAudioConverterErr_BadPropertySizeError;
+    row->get(converter, data);
+    size = needed;
+    return noErr;
+}
+
+OSStatus setProperty(Converter& converter, AudioConverterPropertyID id, UInt32 size, const void* data)
+{
+    const Property* row = find(id);
+    if (!row) return kAudioConverterErr_PropertyNotSupported;
+    if (!row->set) return kAudioConverterErr_OperationNotSupported;
+    if (size != sizeOf(converter, *row)) return kAudioConverterErr_BadPropertySizeError;
+    return row->set(converter, data);
+}
+
+} // namespace kvxplatform::audioconverter
