@@ -1,4 +1,5 @@
-// The normal forms of Unicode.
+#include "platform/corefoundation/normal_form.h"
+
 #include "platform/corefoundation/encoding.h"
 #include "platform/corefoundation/string.h"
 #include "platform/support/misuse.h"
@@ -28,18 +29,16 @@ struct Free {
     void operator()(void* memory) const { std::free(memory); }
 };
 
+bool isForm(CFStringNormalizationForm form)
+{
+    return form >= 0 && form < static_cast<CFIndex>(std::size(optionsOfForm));
+}
+
 /// `units` without unpaired surrogates, in normal form. Throws std::bad_alloc.
-std::u16string normalized(std::u16string_view units, int options)
+std::u16string normalized(std::u16string_view units, CFStringNormalizationForm form)
 {
     const auto bytes = corefoundation::encode(units, kCFStringEncodingUTF8);
-    utf8proc_uint8_t* output = nullptr;
-    const auto size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(bytes->data()),
-                                   static_cast<utf8proc_ssize_t>(bytes->size()), &output,
-                                   static_cast<utf8proc_option_t>(options));
-    const std::unique_ptr<utf8proc_uint8_t, Free> owner(output);
-    if (size < 0) throw std::bad_alloc();
-    return *corefoundation::decode({reinterpret_cast<char*>(output), static_cast<std::size_t>(size)},
-                                   kCFStringEncodingUTF8);
+    return *corefoundation::decode(*corefoundation::inNormalForm(*bytes, form), kCFStringEncodingUTF8);
 }
 
 /// Where the first surrogate stands that is not one of a pair.
@@ -57,17 +56,30 @@ std::size_t firstUnpaired(std::u16string_view units)
 
 } // namespace
 
+std::optional<std::string> corefoundation::inNormalForm(std::string_view utf8, CFStringNormalizationForm form)
+{
+    if (!isForm(form)) return {};
+    utf8proc_uint8_t* output = nullptr;
+    const auto size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
+                                   static_cast<utf8proc_ssize_t>(utf8.size()), &output,
+                                   static_cast<utf8proc_option_t>(optionsOfForm[form]));
+    const std::unique_ptr<utf8proc_uint8_t, Free> owner(output);
+    if (size == UTF8PROC_ERROR_INVALIDUTF8) return {};
+    if (size < 0) throw std::bad_alloc();
+    return std::string(reinterpret_cast<char*>(output), static_cast<std::size_t>(size));
+}
+
 void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm theForm)
 {
     if (!theString || !theString->isMutable)
         endForMisuse("CFStringNormalize was given a string that cannot change");
-    if (theForm < 0 || theForm >= static_cast<CFIndex>(std::size(optionsOfForm))) return;
+    if (!isForm(theForm)) return;
     try {
         std::u16string result;
         for (std::u16string_view rest = theString->units; !rest.empty();) {
             // An unpaired surrogate combines with nothing: what stands on its two sides is normalised apart.
             const std::size_t end = firstUnpaired(rest);
-            result += normalized(rest.substr(0, end), optionsOfForm[theForm]);
+            result += normalized(rest.substr(0, end), theForm);
             if (end < rest.size()) result += rest[end];
             rest.remove_prefix(std::min(end + 1, rest.size()));
         }

@@ -1,0 +1,251 @@
+// Sound files, read in the caller's own PCM format.
+#include "platform/accounts/account.h"
+#include "platform/audiofile/audio_file.h"
+#include "platform/audiofile/client_reader.h"
+#include "platform/audiofile/handles.h"
+#include "platform/audiounit/linear_pcm.h"
+#include "platform/audiounit/stream_format.h"
+#include "platform/corefoundation/url.h"
+
+#include <AudioToolbox/ExtendedAudioFile.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <limits>
+
+namespace kvxplatform::audiofile {
+namespace {
+
+Account account("ExtAudioFile");
+
+struct ExtendedFile {
+    explicit ExtendedFile(std::unique_ptr<SoundFile> ofFile)
+        : file(std::move(ofFile)), facts(std::make_shared<const Facts>(file->facts()))
+    {
+        account.add();
+    }
+    ~ExtendedFile()
+    {
+        takeBack(audioFile);
+        account.remove();
+    }
+    ExtendedFile(const ExtendedFile&) = delete;
+    ExtendedFile& operator=(const ExtendedFile&) = delete;
+
+    const std::unique_ptr<SoundFile> file;
+    const std::shared_ptr<const Facts> facts; // shared with the handle below
+    std::unique_ptr<ClientReader> reader;     // none: a coded file whose client format was not set yet
+    AudioFileID audioFile = nullptr;          // made when it is first asked for
+};
+
+using ExtendedFiles = Handles<ExtendedFile, ExtAudioFileRef, 3>;
+
+SInt64 placeOf(const ExtendedFile& file) { return file.reader ? file.reader->tell() : file.file->place(); }
+
+// ---- properties ----
+
+template <class Value>
+OSStatus give(void* out, Value value)
+{
+    std::memcpy(out, &value, sizeof value);
+    return noErr;
+}
+
+const AudioStreamBasicDescription& clientFormat(const ExtendedFile& file)
+{
+    return file.reader ? file.reader->client() : file.facts->format;
+}
+
+OSStatus getFileFormat(ExtendedFile& file, void* out) { return give(out, file.facts->format); }
+OSStatus getClientFormat(ExtendedFile& file, void* out) { return give(out, clientFormat(file)); }
+
+OSStatus setClientFormat(ExtendedFile& file, const void* data)
+{
+    AudioStreamBasicDescription format;
+    std::memcpy(&format, data, sizeof format);
+    if (!audiounit::isLinearPCM(format)) return kExtAudioFileError_NonPCMClientFormat;
+    const SInt64 place = placeOf(file); // the former format may have looked ahead
+    auto reader = std::make_unique<ClientReader>(*file.file, format);
+    if (!reader->prepare()) return kExtAudioFileError_InvalidDataFormat;
+    if (!reader->seek(place)) return kExtAudioFileError_InvalidSeek;
+    file.reader = std::move(reader);
+    return noErr;
+}
+
+OSStatus getAudioFile(ExtendedFile& file, void* out)
+{
+    if (!isOpen(file.audioFile)) file.audioFile = lendAudioFile(file.facts);
+    return file.audioFile ? give(out, file.audioFile) : tmfoErr;
+}
+
+OSStatus getFilePacket(ExtendedFile& file, void* out)
+{
+    if (file.facts->largestPacket == 0) return kExtAudioFileError_MaxPacketSizeUnknown;
+    return give(out, file.facts->largestPacket);
+}
+
+OSStatus getClientPacket(ExtendedFile& file, void* out)
+{
+    if (!file.reader) return getFilePacket(file, out);
+    return give(out, clientFormat(file).mBytesPerPacket);
+}
+
+OSStatus getLength(ExtendedFile& file, void* out) { return give(out, file.facts->frames); }
+
+constexpr struct Property {
+    ExtAudioFilePropertyID property;
+    UInt32 bytes;
+    OSStatus (*get)(ExtendedFile&, void* out);
+    OSStatus (*set)(ExtendedFile&, const void* data); // null: read-only
+} properties[] = {
+    // clang-format off
+    {kExtAudioFileProperty_FileDataFormat,      sizeof(AudioStreamBasicDescription), getFileFormat,   nullptr},
+    {kExtAudioFileProperty_ClientDataFormat,    sizeof(AudioStreamBasicDescription), getClientFormat, setClientFormat},
+    {kExtAudioFileProperty_AudioFile,           sizeof(AudioFileID),                 getAudioFile,    nullptr},
+    {kExtAudioFileProperty_FileMaxPacketSize,   sizeof(UInt32),                      getFilePacket,   nullptr},
+    {kExtAudioFileProperty_ClientMaxPacketSize, sizeof(UInt32),                      getClientPacket, nullptr},
+    {kExtAudioFileProperty_FileLengthFrames,    sizeof(SInt64),                      getLength,       nullptr},
+    // clang-format on
+};
+
+const Property* find(ExtAudioFilePropertyID property)
+{
+    const auto* found = std::find_if(std::begin(properties), std::end(properties),
+                                     [&](const Property& each) { return each.property == property; });
+    return found == std::end(properties) ? nullptr : found;
+}
+
+/// Call `body` with the file that a handle names.
+template <class Body>
+OSStatus with(ExtAudioFileRef file, Body body) noexcept
+{
+    return withinBorder([&]() -> OSStatus {
+        const auto use = ExtendedFiles::use(file);
+        return use ? body(*use) : paramErr;
+    });
+}
+
+/// The frames that all buffers of a list have room for, which is of the client's shape; -1 if it is not.
+SInt64 roomIn(const AudioStreamBasicDescription& format, const AudioBufferList& list)
+{
+    if (list.mNumberBuffers != audiounit::buffersOf(format)) return -1;
+    SInt64 room = std::numeric_limits<SInt64>::max();
+    for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
+        const AudioBuffer& buffer = list.mBuffers[i];
+        if (buffer.mNumberChannels != audiounit::channelsPerBuffer(format) || !buffer.mData) return -1;
+        room = std::min<SInt64>(room, buffer.mDataByteSize / format.mBytesPerFrame);
+    }
+    return room;
+}
+
+OSStatus read(ExtendedFile& file, UInt32& ioFrames, AudioBufferList& list)
+{
+    if (!file.reader) return kExtAudioFileError_InvalidOperationOrder;
+    const AudioStreamBasicDescription& format = file.reader->client();
+    SInt64 got = 0;
+    if (ioFrames > 0) {
+        const SInt64 room = roomIn(format, list);
+        if (room <= 0) return paramErr; // no frame at all would look like the end of the file
+        got = file.reader->read(static_cast<UInt32>(std::min<SInt64>(ioFrames, room)), list);
+        if (got < 0) return ioErr;
+    }
+    ioFrames = static_cast<UInt32>(got);
+    for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
+        list.mBuffers[i].mDataByteSize = ioFrames * format.mBytesPerFrame;
+    return noErr;
+}
+
+} // namespace
+} // namespace kvxplatform::audiofile
+
+using namespace kvxplatform::audiofile;
+
+OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file)
+{
+    if (!out_file) return paramErr;
+    *out_file = nullptr;
+    if (!url) return paramErr;
+    return withinBorder([&]() -> OSStatus {
+        std::unique_ptr<SoundFile> opened;
+        const OSStatus status = SoundFile::open(url->path, opened);
+        if (status != noErr) return status;
+        auto file = std::make_unique<ExtendedFile>(std::move(opened));
+        // PCM comes as it is on the disk until another format is set.
+        const AudioStreamBasicDescription& format = file->facts->format;
+        if (kvxplatform::audiounit::isLinearPCM(format)) {
+            auto reader = std::make_unique<ClientReader>(*file->file, format);
+            if (reader->prepare()) file->reader = std::move(reader);
+        }
+        *out_file = ExtendedFiles::add(std::move(file));
+        return *out_file ? noErr : tmfoErr;
+    });
+}
+
+OSStatus ExtAudioFileDispose(ExtAudioFileRef file)
+{
+    return withinBorder([&] { return ExtendedFiles::close(file) ? noErr : paramErr; });
+}
+
+OSStatus ExtAudioFileGetPropertyInfo(ExtAudioFileRef file, ExtAudioFilePropertyID property, UInt32* out_size,
+                                     Boolean* out_writable)
+{
+    return with(file, [&](ExtendedFile&) -> OSStatus {
+        const Property* row = find(property);
+        if (!row) return kExtAudioFileError_InvalidProperty;
+        if (out_size) *out_size = row->bytes;
+        if (out_writable) *out_writable = row->set != nullptr;
+        return noErr;
+    });
+}
+
+OSStatus ExtAudioFileGetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property, UInt32* io_size,
+                                 void* out_data)
+{
+    return with(file, [&](ExtendedFile& each) -> OSStatus {
+        if (!io_size || !out_data) return paramErr;
+        const Property* row = find(property);
+        if (!row) return kExtAudioFileError_InvalidProperty;
+        if (*io_size < row->bytes) return kExtAudioFileError_InvalidPropertySize;
+        const OSStatus status = row->get(each, out_data);
+        if (status == noErr) *io_size = row->bytes;
+        return status;
+    });
+}
+
+OSStatus ExtAudioFileSetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property, UInt32 size,
+                                 const void* data)
+{
+    return with(file, [&](ExtendedFile& each) -> OSStatus {
+        if (!data) return paramErr;
+        const Property* row = find(property);
+        if (!row || !row->set) return kExtAudioFileError_InvalidProperty;
+        if (size != row->bytes) return kExtAudioFileError_InvalidPropertySize;
+        return row->set(each, data);
+    });
+}
+
+OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* io_frames, AudioBufferList* io_data)
+{
+    return with(file, [&](ExtendedFile& each) -> OSStatus {
+        return io_frames && io_data ? read(each, *io_frames, *io_data) : paramErr;
+    });
+}
+
+OSStatus ExtAudioFileSeek(ExtAudioFileRef file, SInt64 frame)
+{
+    return with(file, [&](ExtendedFile& each) -> OSStatus {
+        if (frame < 0 || frame > each.facts->frames) return kExtAudioFileError_InvalidSeek;
+        const bool isThere = each.reader ? each.reader->seek(frame) : each.file->seek(frame);
+        return isThere ? noErr : kExtAudioFileError_InvalidSeek;
+    });
+}
+
+OSStatus ExtAudioFileTell(ExtAudioFileRef file, SInt64* out_frame)
+{
+    return with(file, [&](ExtendedFile& each) -> OSStatus {
+        if (!out_frame) return paramErr;
+        *out_frame = placeOf(each);
+        return noErr;
+    });
+}

@@ -1,0 +1,69 @@
+// Handles of open files, that callers hold: recognised when they are closed or made up, whatever was opened
+// since. And where the public calls begin: no exception leaves them.
+#pragma once
+
+#include "platform/components/handle_table.h"
+
+#include <Carbon/MacErrors.h>
+#include <MacTypes.h>
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+
+namespace kvxplatform::audiofile {
+
+/// Files of type T, which callers know as `Ref`. `kind` tells the two interfaces' handles apart, so that
+/// one's is nothing to the other.
+template <class T, class Ref, std::uint32_t kind>
+class Handles {
+public:
+    using Table = components::HandleTable<T, kind>;
+    using Use = typename Table::Use;
+
+    /// Null when there are too many. Throws std::bad_alloc.
+    static Ref add(std::unique_ptr<T> file)
+    {
+        const auto number = table().add(std::move(file), [](T&, components::HandleNumber) { return true; });
+        return reinterpret_cast<Ref>(static_cast<std::uintptr_t>(number));
+    }
+
+    /// Empty for a handle that names nothing.
+    static Use use(Ref ref) { return table().use(numberOf(ref)); }
+
+    /// False for a handle that names nothing.
+    static bool close(Ref ref)
+    {
+        Use closing = table().beginClose(numberOf(ref));
+        if (!closing) return false;
+        table().endClose(std::move(closing));
+        return true;
+    }
+
+private:
+    // Never destroyed: whoever still closes a file while the program ends finds it.
+    static Table& table()
+    {
+        static Table& all = *new Table;
+        return all;
+    }
+
+    static components::HandleNumber numberOf(Ref ref)
+    {
+        const auto value = reinterpret_cast<std::uintptr_t>(ref);
+        return value == static_cast<components::HandleNumber>(value)
+                   ? static_cast<components::HandleNumber>(value)
+                   : 0;
+    }
+};
+
+/// What `body` answers; memFullErr if memory runs out on the way.
+template <class Body>
+OSStatus withinBorder(Body body) noexcept
+try {
+    return body();
+} catch (const std::exception&) {
+    return memFullErr;
+}
+
+} // namespace kvxplatform::audiofile

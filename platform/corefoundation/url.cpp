@@ -1,0 +1,79 @@
+#include "platform/corefoundation/url.h"
+
+#include "platform/carbon/file_path.h"
+#include "platform/carbon/files.h"
+#include "platform/corefoundation/encoding.h"
+#include "platform/corefoundation/string.h"
+
+#include <cstring>
+#include <exception>
+
+using namespace kvxplatform;
+
+namespace {
+
+void destroyURL(corefoundation::Object* object) { delete static_cast<__CFURL*>(object); }
+
+corefoundation::Kind urlKind = {Account("CFURL"), destroyURL};
+
+/// A new URL of the path that `find` gives; none for an empty one, or without memory.
+template <class Find>
+CFURLRef makeURL(Find find) noexcept
+try {
+    std::string path = find();
+    return path.empty() ? nullptr : new __CFURL(std::move(path));
+} catch (const std::exception&) {
+    return nullptr;
+}
+
+} // namespace
+
+__CFURL::__CFURL(std::string&& ofPath) : Object(urlKind), path(std::move(ofPath)) {}
+
+CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* ref)
+{
+    if (!ref) return nullptr;
+    return makeURL([&] { return carbon::pathOf(*ref).value_or(""); });
+}
+
+Boolean CFURLGetFSRef(CFURLRef url, FSRef* ref)
+{
+    if (!url || !ref) return false;
+    try {
+        bool isFolder = false;
+        return carbon::makeReference(url->path, *ref, isFolder) == noErr;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+// Only a URL's text would show that it means a folder; the path that it gives is the same.
+CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef pathComponent,
+                                               Boolean)
+{
+    if (!url || !pathComponent) return nullptr;
+    return makeURL([&]() -> std::string {
+        const auto name = corefoundation::encode(pathComponent->units, kCFStringEncodingUTF8);
+        if (!name || name->empty() || name->find('/') != name->npos || name->find('\0') != name->npos)
+            return {};
+        return carbon::absolutePath(url->path + '/' + *name);
+    });
+}
+
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const UInt8* buffer, CFIndex bufferLength,
+                                                 Boolean)
+{
+    if (!buffer || bufferLength <= 0) return nullptr;
+    return makeURL([&] {
+        return carbon::absolutePath(
+            {reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(bufferLength)});
+    });
+}
+
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean, UInt8* buffer, CFIndex maxLength)
+{
+    if (!url || !buffer || maxLength <= 0) return false;
+    if (url->path.size() >= static_cast<std::size_t>(maxLength)) return false;
+    std::memcpy(buffer, url->path.c_str(), url->path.size() + 1);
+    return true;
+}
