@@ -68,6 +68,23 @@ TEST(PlatformSymbols, EveryControlFunctionIsExported)
     EXPECT_GT(declared, 15);
 }
 
+std::set<std::string> exportsOf(const std::string& library)
+{
+    std::set<std::string> names;
+    for (const auto& symbol : house::readElf(KVX_BINARY_DIR + library).symbols)
+        if (symbol.isDefined) names.insert(symbol.name);
+    return names;
+}
+
+// Programs find out by them how old a system is: the older platform has all the others.
+TEST(PlatformSymbols, TheOlderPlatformLacksTwo)
+{
+    std::set<std::string> names = exportsOf("/libkvxplatform.so");
+    for (const char* name : {"CGPathCreateCopyByTransformingPath", "dispatch_async"})
+        EXPECT_EQ(names.erase(name), 1u) << name;
+    EXPECT_EQ(exportsOf("/older/libkvxplatform.so"), names);
+}
+
 TEST(PlatformSymbols, CommentsDeclareNothing)
 {
     EXPECT_EQ(withoutComments("a /* b */ c // d\ne"), "a  c \ne");

@@ -2,13 +2,15 @@
  * A graph of audio units, with an output unit at its head. C.
  *
  * Order    new, add nodes, connect, open, set the units up, give callbacks, initialise, start; stop,
- *          uninitialise, close, dispose. Nodes and connections may also come later: on an initialised graph
+ *          uninitialise, close, dispose. Opening, initialising, starting and their opposites have no effect
+ *          where there is nothing to do. Nodes and connections may also come later: on an initialised graph
  *          they take effect with AUGraphUpdate.
  *
  * Owner    the graph is its maker's, who disposes it; the graph owns its units.
  *
- * Thread   [any], one call at a time takes effect; inside a render callback a call that would have to wait is
- *          CannotDoInCurrentContext.
+ * Thread   [any], one call at a time takes effect. Inside a slice or a device's cycle no call waits: what
+ * might have to is CannotDoInCurrentContext, and changes nothing. There the output unit's own slice may stop
+ *          the graph, and connections may be noted, if no other call is under way.
  *
  * Errors   a NULL, disposed or made-up graph, or a missing out-pointer, is -50 (paramErr); the rest are
  * below.
@@ -33,13 +35,20 @@ enum {
 
 KVX_PLATFORM_EXPORT OSStatus NewAUGraph(AUGraph* out_graph);
 
-/* Stop it, if it runs, and give up nodes and units: when this returns, no callback of the graph runs. */
+/* Stop it, if it runs, and give up nodes and units: when this returns, no callback of the graph runs. Inside
+ * a callback CannotDoInCurrentContext, and the graph is as it was. */
 KVX_PLATFORM_EXPORT OSStatus DisposeAUGraph(AUGraph graph);
 
-/* A second output unit is OutputNodeErr, a description that no component fits InvalidAudioUnit. */
+/* A second output unit is OutputNodeErr, a description that no audio unit fits InvalidAudioUnit. Numbers
+ * count from 1 and are never used again. In an open graph the node is opened at once. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphAddNode(AUGraph graph, const AudioComponentDescription* description,
                                             AUNode* out_node);
+
+/* With all its connections. The output node of a running graph is OutputNodeErr. On an initialised graph the
+ * unit plays on until AUGraphUpdate. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphRemoveNode(AUGraph graph, AUNode node);
+
+/* In the order of adding; an index behind the last is NodeNotFound. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphGetNodeCount(AUGraph graph, UInt32* out_count);
 KVX_PLATFORM_EXPORT OSStatus AUGraphGetIndNode(AUGraph graph, UInt32 index, AUNode* out_node);
 
@@ -47,9 +56,12 @@ KVX_PLATFORM_EXPORT OSStatus AUGraphGetIndNode(AUGraph graph, UInt32 index, AUNo
 KVX_PLATFORM_EXPORT OSStatus AUGraphNodeInfo(AUGraph graph, AUNode node,
                                              AudioComponentDescription* out_description, AudioUnit* out_unit);
 
-/* An input takes one connection or one callback; a connection to an input that has one already is
- * InvalidConnection, a new callback takes the former one's place. The units hear of a connection, and may
- * refuse its format, when the graph is initialised or updated. */
+/* An input takes one connection or one callback. A connection to an input that has either is
+ * InvalidConnection, and so is a callback for one that has a connection; a new callback takes the former
+ * one's place, and one without a procedure takes it away. The units hear of both, and may refuse them, when
+ * the graph is initialised or updated: a missing input or output is kAudioUnitErr_InvalidElement then, a
+ * refused format kAudioUnitErr_FormatNotSupported, a circle InvalidConnection. To disconnect an input that
+ * has nothing is InvalidConnection; clearing takes all connections and callbacks. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphConnectNodeInput(AUGraph graph, AUNode source_node, UInt32 source_output,
                                                      AUNode dest_node, UInt32 dest_input);
 KVX_PLATFORM_EXPORT OSStatus AUGraphSetNodeInputCallback(AUGraph graph, AUNode dest_node, UInt32 dest_input,
@@ -57,28 +69,35 @@ KVX_PLATFORM_EXPORT OSStatus AUGraphSetNodeInputCallback(AUGraph graph, AUNode d
 KVX_PLATFORM_EXPORT OSStatus AUGraphDisconnectNodeInput(AUGraph graph, AUNode dest_node, UInt32 dest_input);
 KVX_PLATFORM_EXPORT OSStatus AUGraphClearConnections(AUGraph graph);
 
-/* Carry out what was changed since the graph was initialised. It ends at the first error and keeps the rest
- * for the next call. `out_is_updated` may be NULL. */
+/* Carry out what was changed since the graph was initialised, running or not; before that there is nothing to
+ * do. It ends at the first error and keeps the rest for the next call. `out_is_updated`, which may be NULL,
+ * tells whether all is done. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphUpdate(AUGraph graph, Boolean* out_is_updated);
 
-/* Open makes the units, without their resources. Close undoes it. */
+/* Open makes the units, without their resources, or none of them. Close undoes it; nodes and connections
+ * stay. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphOpen(AUGraph graph);
 KVX_PLATFORM_EXPORT OSStatus AUGraphClose(AUGraph graph);
 
-/* Initialise the units that take part in a connection or callback. A graph that is not open, and a start of
- * one that is not initialised, are kAudioUnitErr_Uninitialized. */
+/* Make the connections, from the sources to the output unit, so that formats travel along them, and
+ * initialise the units that take part in a connection or callback. The first error leaves none of them
+ * initialised. A graph that is not open, and a start of one that is not initialised, are
+ * kAudioUnitErr_Uninitialized; to uninitialise one that is not open is badComponentInstance. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphInitialize(AUGraph graph);
 KVX_PLATFORM_EXPORT OSStatus AUGraphUninitialize(AUGraph graph);
 
-/* Start and stop the output unit. Neither counts: once started, one stop is enough. */
+/* Start and stop the output unit. Neither counts: once started, one stop is enough. After a stop no callback
+ * runs, but inside one, where its slice is the last. Without an output node a start is OutputNodeErr. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphStart(AUGraph graph);
 KVX_PLATFORM_EXPORT OSStatus AUGraphStop(AUGraph graph);
 
+/* Whether it runs is what the output unit says. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphIsOpen(AUGraph graph, Boolean* out_is_open);
 KVX_PLATFORM_EXPORT OSStatus AUGraphIsInitialized(AUGraph graph, Boolean* out_is_initialized);
 KVX_PLATFORM_EXPORT OSStatus AUGraphIsRunning(AUGraph graph, Boolean* out_is_running);
 
-/* Have a function called before and after each slice of the output unit. */
+/* Have a function called before and after each slice of the output unit, whichever it is. Added twice, it is
+ * called twice; to remove one that is not there is kAudioUnitErr_InvalidPropertyValue. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphAddRenderNotify(AUGraph graph, AURenderCallback notify, void* context);
 KVX_PLATFORM_EXPORT OSStatus AUGraphRemoveRenderNotify(AUGraph graph, AURenderCallback notify, void* context);
 

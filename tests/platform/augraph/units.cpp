@@ -1,0 +1,142 @@
+#include "tests/platform/augraph/units.h"
+
+#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/life_cycle.h"
+#include "platform/audiounit/output/output_units.h"
+#include "platform/audiounit/property.h"
+#include "platform/audiounit/render.h"
+#include "platform/audiounit/source.h"
+#include "platform/audiounit/units.h"
+#include "platform/hal/device.h"
+
+#include <algorithm>
+#include <iterator>
+
+// The library's own stays inside it: here no cycle of a device is the graph's business.
+namespace kvxplatform::hal {
+thread_local Device* turningDevice = nullptr;
+}
+
+namespace kvxplatform::audiounit {
+namespace {
+
+struct Mark {
+    std::atomic<Float32> value{0};
+};
+
+std::vector<AudioUnit> initialized;
+int openingsLeft = 0, initializationsLeft = 0;
+
+bool fails(int& left) { return left && !--left; }
+
+OSStatus openUnit(Unit& unit)
+{
+    if (fails(openingsLeft)) return test::failure;
+    unit.state = new Mark;
+    return noErr;
+}
+
+OSStatus initializeUnit(Unit& unit)
+{
+    if (fails(initializationsLeft)) return test::failure;
+    initialized.push_back(unit.self);
+    return noErr;
+}
+
+OSStatus addMark(Unit& unit, Slice& slice)
+{
+    clear(slice.out);
+    OSStatus status = noErr;
+    for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
+        if (!unit.input(bus).source.get()) continue;
+        AudioBufferList* in = nullptr;
+        if (const OSStatus failed = pull(unit, bus, slice.flags, slice.time, slice.frames, in))
+            status = failed;
+        for (UInt32 i = 0; i < std::min(slice.out.mNumberBuffers, in->mNumberBuffers); ++i)
+            for (UInt32 frame = 0; frame < slice.frames; ++frame)
+                static_cast<Float32*>(slice.out.mBuffers[i].mData)[frame] +=
+                    static_cast<const Float32*>(in->mBuffers[i].mData)[frame];
+    }
+    const Float32 value = stateOf<Mark>(unit).value;
+    for (UInt32 i = 0; i < slice.out.mNumberBuffers; ++i)
+        for (UInt32 frame = 0; frame < slice.frames; ++frame)
+            static_cast<Float32*>(slice.out.mBuffers[i].mData)[frame] += value;
+    return status;
+}
+
+UnitKind marking(OSType subType, decltype(UnitKind::takesFormat) takesFormat)
+{
+    UnitKind kind{};
+    kind.type = 'aufx';
+    kind.subType = subType;
+    kind.name = "Mark";
+    kind.inputs = {1, 1, 4};
+    kind.outputs = {2, 2, 2};
+    kind.takesFormat = takesFormat;
+    kind.open = openUnit;
+    kind.destroy = [](void* state) { delete static_cast<Mark*>(state); };
+    kind.initialize = initializeUnit;
+    kind.render = addMark;
+    return kind;
+}
+
+bool takesAll(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription&)
+{
+    return true;
+}
+
+const UnitKind* kindAt(std::size_t index)
+{
+    static const UnitKind mark = marking('mark', nullptr), free = marking('free', takesAll);
+    const UnitKind* const kinds[] = {&mark, &free, &genericOutput, &halOutput};
+    return kinds[index];
+}
+
+const components::Family otherFamily = {"no audio unit", nullptr, nullptr, nullptr};
+
+} // namespace
+
+const components::Family family = {
+    "audio unit",
+    [](components::Instance& instance) {
+        std::unique_ptr<Unit> unit;
+        const OSStatus status =
+            open(*static_cast<const UnitKind*>(instance.component.row), instance.self, unit);
+        instance.state = unit.release();
+        return status;
+    },
+    [](components::Instance& instance) { close(*static_cast<Unit*>(instance.state)); },
+    [](void* unit) { delete static_cast<Unit*>(unit); },
+};
+
+std::size_t unitCount() { return 5; }
+
+components::Component describe(std::size_t index)
+{
+    if (index == 0) return {{'aufx', 'odd ', 'appl', 0, 0}, &otherFamily, nullptr};
+    const UnitKind& kind = *kindAt(index - 1);
+    return {{kind.type, kind.subType, 'appl', 0, 0}, &family, &kind};
+}
+
+} // namespace kvxplatform::audiounit
+
+namespace test {
+
+namespace audiounit = kvxplatform::audiounit;
+
+void setMark(AudioUnit unit, Float32 mark)
+{
+    audiounit::stateOf<audiounit::Mark>(*audiounit::use(unit)).value = mark;
+}
+
+bool isInitialized(AudioUnit unit)
+{
+    const audiounit::UnitUse use = audiounit::use(unit);
+    return !use.status && use->isInitialized;
+}
+
+std::vector<AudioUnit>& initializedInOrder() { return audiounit::initialized; }
+void failOpening(int which) { audiounit::openingsLeft = which; }
+void failInitialization(int which) { audiounit::initializationsLeft = which; }
+
+} // namespace test
