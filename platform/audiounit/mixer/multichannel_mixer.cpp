@@ -151,7 +151,7 @@ OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& gaveSoun
 
     Bus& own = stateOf<Mixer>(unit).inputs[bus];
     fade(own, *in, slice.frames);
-    sum.add(*in, own.balance);
+    if (!own.fader.isSilence()) sum.add(*in, own.balance); // nothing added changes not a bit of the others
     gaveSound |= !(flags & isSilence);
     return noErr;
 }
