@@ -108,6 +108,12 @@ Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope
     return valueOf(unit, scope, element, find(unit.kind, id, scope)).load(std::memory_order_relaxed);
 }
 
+void storeParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
+                    Float32 value)
+{
+    valueOf(unit, scope, element, find(unit.kind, id, scope)).store(value, std::memory_order_relaxed);
+}
+
 UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
     UInt32 count = 0;

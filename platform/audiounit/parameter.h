@@ -37,6 +37,10 @@ OSStatus setParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
 Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitElement element);
 
+/// Store a value, for a parameter's own setter. Thread [any], [audio] too.
+void storeParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
+                    Float32 value);
+
 /// How many parameters an element of the unit has.
 UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element);
 

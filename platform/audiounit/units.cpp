@@ -5,6 +5,7 @@
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/mixer/mixer_unit.h"
 #include "platform/audiounit/output/output_units.h"
+#include "platform/audiounit/rate/rate_units.h"
 
 #include <iterator>
 
@@ -13,7 +14,8 @@ namespace {
 
 // The table of units, in the order in which a search finds them.
 const UnitKind* const units[] = {
-    &halOutput, &defaultOutput, &systemOutput, &genericOutput, &converter, &multichannelMixer, &graphicEqualiser,
+    &halOutput,         &defaultOutput,    &systemOutput, &genericOutput, &converter,
+    &multichannelMixer, &graphicEqualiser, &newTimePitch, &timePitch,     &varispeed,
 };
 
 OSStatus openInstance(components::Instance& instance)

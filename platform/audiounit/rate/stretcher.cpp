@@ -1,0 +1,123 @@
+#include "platform/audiounit/rate/stretcher.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+using Band = RubberBand::RubberBandStretcher;
+
+constexpr UInt32 largestPiece = 1024; // that the engine is given at once
+
+constexpr int common = Band::OptionProcessRealTime | Band::OptionThreadingNever | Band::OptionEngineFiner |
+                       Band::OptionChannelsTogether;
+constexpr int options[] = {common, common | Band::OptionWindowShort};
+
+// The engine knows these rates; at others it works as at the nearest.
+std::size_t rateFor(Float64 sampleRate)
+{
+    return static_cast<std::size_t>(std::clamp(sampleRate, 8000.0, 192000.0));
+}
+
+} // namespace
+
+Stretcher::Stretcher(Float64 sampleRate, UInt32 channels, Engine engine)
+    : band(rateFor(sampleRate), channels, options[static_cast<int>(engine)]), silence(largestPiece, 0),
+      dropped(std::size_t{largestPiece} * channels), in(channels), out_(channels)
+{
+    band.setMaxProcessSize(largestPiece);
+    pad = static_cast<UInt32>(band.getPreferredStartPad());
+    delay = static_cast<UInt32>(band.getStartDelay());
+}
+
+// The engine's own pad lets the first window begin at the first frame. Frames reach full strength only where
+// all the windows overlap that will, so there is more in front, whose sound is dropped.
+std::int64_t Stretcher::leadIn(double ratio) const
+{
+    return pad + static_cast<std::int64_t>(std::ceil(delay / ratio));
+}
+
+void Stretcher::start(std::int64_t frame, double ratio)
+{
+    band.reset();
+    band.setTimeRatio(ratio);
+    ratio_ = ratio;
+    fed = frame - leadIn(ratio);
+    toDrop = delay + std::llround(static_cast<double>(leadIn(ratio) - pad) * ratio);
+    unsettled = 0;
+}
+
+void Stretcher::setRatio(double ratio)
+{
+    if (ratio == ratio_) return;
+    band.setTimeRatio(ratio);
+    ratio_ = ratio;
+    unsettled = std::int64_t{2} * delay + band.available();
+}
+
+void Stretcher::process(const Float32* const* frames, UInt32 count)
+{
+    band.process(frames, count, false);
+    fed += count;
+}
+
+void Stretcher::feed(Reader& reader)
+{
+    const auto needed =
+        static_cast<UInt32>(std::clamp<std::size_t>(band.getSamplesRequired(), 1, largestPiece));
+    const std::int64_t missing = reader.tape.begin() - fed;
+    if (missing > 0) {
+        std::fill(in.begin(), in.end(), silence.data());
+        process(in.data(), static_cast<UInt32>(std::min<std::int64_t>(missing, needed)));
+        return;
+    }
+    reader.tape.pullUntil(reader.request, fed + needed);
+    for (UInt32 done = 0; done < needed;) {
+        const UInt32 now = reader.tape.look(fed, needed - done, in.data());
+        process(in.data(), now);
+        done += now;
+    }
+}
+
+void Stretcher::dropStart()
+{
+    const UInt32 frames = largestPiece;
+    for (std::size_t channel = 0; channel < out_.size(); ++channel)
+        out_[channel] = dropped.data() + channel * frames;
+    while (toDrop > 0 && band.available() > 0)
+        toDrop -= static_cast<std::int64_t>(
+            band.retrieve(out_.data(), static_cast<std::size_t>(std::min<std::int64_t>(toDrop, frames))));
+}
+
+bool Stretcher::prepare(Reader& reader, std::int64_t most)
+{
+    const std::int64_t until = fed + most;
+    for (;;) {
+        dropStart();
+        if (toDrop == 0 && band.available() > 0) return true;
+        if (fed >= until) return false;
+        feed(reader);
+    }
+}
+
+void Stretcher::read(Reader& reader, Float32* const* out, UInt32 frames)
+{
+    for (UInt32 done = 0; done < frames;) {
+        while (!prepare(reader, largestPiece)) {
+        }
+        for (std::size_t channel = 0; channel < out_.size(); ++channel) out_[channel] = out[channel] + done;
+        done += static_cast<UInt32>(band.retrieve(out_.data(), frames - done));
+    }
+    unsettled = std::max<std::int64_t>(unsettled - frames, 0);
+}
+
+// The newest window is centred `pad` frames in front of where the next one will end; what can be read ends
+// `delay` frames in front of that.
+double Stretcher::position(double behind) const
+{
+    const double centre = static_cast<double>(fed) + static_cast<double>(band.getSamplesRequired()) - pad;
+    return centre - (delay + band.available() + behind) / ratio_;
+}
+
+} // namespace kvxplatform::audiounit

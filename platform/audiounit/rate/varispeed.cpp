@@ -1,0 +1,87 @@
+// The varispeed unit: rate and pitch together, as a tape machine has them. Its two parameters are two views
+// of one value.
+#include "platform/audiounit/rate/rate_unit.h"
+#include "platform/audiounit/rate/rate_units.h"
+#include "platform/audiounit/rate/varispeed_voice.h"
+
+#include <cmath>
+
+namespace kvxplatform::audiounit {
+namespace {
+
+Float32 stored(const Unit& unit, AudioUnitParameterID id)
+{
+    return parameterValue(unit, id, kAudioUnitScope_Global, 0);
+}
+
+Float32 rateAt(Float32 cents) { return static_cast<Float32>(std::exp2(double{cents} / 1200)); }
+
+Setting settingOf(const Unit& unit) { return {stored(unit, kVarispeedParam_PlaybackRate), 1}; }
+
+int filterAt(const Unit&, UInt32 quality)
+{
+    return static_cast<int>(quality >= kRenderQuality_High ? RateConverter::Quality::normal
+                                                           : RateConverter::Quality::fast);
+}
+
+std::unique_ptr<Voice> make(const AudioStreamBasicDescription& format, int quality)
+{
+    return std::make_unique<VarispeedVoice>(format, static_cast<RateConverter::Quality>(quality));
+}
+
+std::size_t tapeFrames(Float64) { return 8192; }
+
+constexpr RateKind kind = {settingOf, filterAt, make, tapeFrames};
+
+// The rate is the value. The cents last set are kept beside it, so that they come back to the last bit, and
+// hold as long as they say the same as the rate.
+OSStatus getCents(Unit& unit, const Parameter&, AudioUnitElement, UInt32, Float32& out)
+{
+    const Float32 rate = stored(unit, kVarispeedParam_PlaybackRate);
+    const Float32 cents = stored(unit, kVarispeedParam_PlaybackCents);
+    out = rateAt(cents) == rate ? cents : static_cast<Float32>(1200 * std::log2(double{rate}));
+    return noErr;
+}
+
+OSStatus setCents(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32, Float32 value)
+{
+    storeParameter(unit, row.id, row.scope, element, value);
+    storeParameter(unit, kVarispeedParam_PlaybackRate, row.scope, element, rateAt(value));
+    makeVoiceIfWanted(unit);
+    return noErr;
+}
+
+constexpr auto global = kAudioUnitScope_Global;
+
+// clang-format off
+const Parameter parameters[] = {
+    // id                          count scope   name              unit                         least most  initial read only get  set
+    {kVarispeedParam_PlaybackRate,  1, global, "playback rate",  kAudioUnitParameterUnit_Rate,  0.25f, 4,    1, false, nullptr, setRateParameter},
+    {kVarispeedParam_PlaybackCents, 1, global, "playback cents", kAudioUnitParameterUnit_Cents, -2400, 2400, 0, false, getCents, setCents},
+};
+// clang-format on
+
+} // namespace
+
+const UnitKind varispeed = {
+    kAudioUnitType_FormatConverter,
+    kAudioUnitSubType_Varispeed,
+    "Varispeed",
+    {1, 1, 1},
+    {1, 1, 1},
+    rateProperties,
+    parameters,
+    takesRateFormat,
+    openRateUnit<kind>,
+    nullptr,
+    destroyRateUnit,
+    initializeRateUnit,
+    uninitializeRateUnit,
+    resetRateUnit,
+    renderRateUnit,
+    nullptr,
+    nullptr,
+    nullptr,
+};
+
+} // namespace kvxplatform::audiounit
