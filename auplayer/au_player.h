@@ -75,8 +75,8 @@ struct AUPlayerData {
     UInt32 endFrame;         ///< frames that were read
     UInt32 lastRenderOffset; ///< sample at which the last slice began; [audio]
     LoadedAudio* loadedAudio;
-    HostBoolean isLooping;    ///< [main] writes, [audio] reads
-    HostBoolean isFileLoaded; ///< a load has begun; for good
+    HostBoolean isLooping;               ///< [main] writes, [audio] reads
+    alignas(4) HostBoolean isFileLoaded; ///< a load has begun; for good. A flag has a word of its own
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(AUPlayerData) == 184, "the size declared to the host");

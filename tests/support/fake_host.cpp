@@ -1,5 +1,6 @@
 #include "tests/support/fake_host.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
@@ -20,7 +21,7 @@ constexpr char lengthMethod[] = "LenB( s as string ) as integer";
 
 /// Any value: a record of the real shape, and what stands behind it.
 struct Host::Value {
-    char kind; // s, o, m, a
+    char kind; // s, o, m, a, f
     std::string name;
     int references = 1;
 
@@ -275,8 +276,8 @@ struct Services {
         if (begin(call) && known(value, kinds, service)) host().drop(value);
     }
 
-    static void lockObject(REALobjectStruct* o) { lock(o, "om", "REALLockObject"); }
-    static void unlockObject(REALobjectStruct* o) { unlock(o, "om", "REALUnlockObject"); }
+    static void lockObject(REALobjectStruct* o) { lock(o, "omf", "REALLockObject"); }
+    static void unlockObject(REALobjectStruct* o) { unlock(o, "omf", "REALUnlockObject"); }
     static void lockString(REALstringStruct* s) { lock(s, "s", "REALLockString"); }
     static void unlockString(REALstringStruct* s) { unlock(s, "s", "REALUnlockString"); }
 
@@ -575,10 +576,33 @@ struct Services {
 
     // -- folder items --
 
-    static HostBoolean fsRefFromFolderItem(REALfolderItemStruct*, FSRef*, void* none)
+    /// The name is a platform's HFSUniStr255: its length in units, and room for 255 of them.
+    static HostBoolean fsRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, void* name)
     {
-        Call call = note("REALFSRefFromFolderItem", none ? "something" : "null");
-        return begin(call) ? 1 : 0;
+        constexpr std::size_t nameBytes = 256 * sizeof(char16_t), referenceBytes = 80;
+        const auto* const room = static_cast<const char*>(name);
+        const bool isZeroed =
+            name && std::all_of(room, room + nameBytes, [](char byte) { return byte == 0; });
+        Call call = note("REALFSRefFromFolderItem", shown(item) + ", " +
+                                                        (!name      ? "null"
+                                                         : isZeroed ? "zeros"
+                                                                    : "a used name"));
+        Host& h = host();
+        const bool works =
+            begin(call) && known(item, "f", "REALFSRefFromFolderItem") && (name || h.itemsExist);
+        call.answer(works ? "true" : "false");
+        if (!works) return 0;
+        const std::string_view text = name ? "its folder" : "the item";
+        std::memset(static_cast<void*>(reference), 0, referenceBytes);
+        std::memcpy(static_cast<void*>(reference), text.data(), text.size());
+        if (name) {
+            const auto length = static_cast<std::uint16_t>(h.itemName.size());
+            const std::uint16_t claimed = h.claimedNameUnits.value_or(length);
+            std::memcpy(name, &claimed, sizeof claimed);
+            std::memcpy(static_cast<char*>(name) + sizeof claimed, h.itemName.data(),
+                        length * sizeof(char16_t));
+        }
+        return 0x20; // any bit is true
     }
 
     // -- the names --
@@ -781,6 +805,8 @@ REALobjectStruct* Host::newObject(const std::string& className)
     value.className = className;
     return reinterpret_cast<REALobjectStruct*>(&value);
 }
+
+REALfolderItemStruct* Host::newFolderItem() { return reinterpret_cast<REALfolderItemStruct*>(&add('f')); }
 
 REALmemoryBlockStruct* Host::newMemoryBlock(std::string_view bytes)
 {

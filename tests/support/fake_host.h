@@ -4,7 +4,8 @@
 //
 // Every look-up and every call is noted in order. A look-up reads "? REALBuildString", or "? X: none" when
 // the host does not know the name; a call reads `REALBuildString("abc", 3) = s1`. Values go by short names:
-// s1 the first string, o2, m3 and a4 the second object, third memory block and fourth array.
+// s1 the first string, o2, m3, a4 and f5 the second object, third memory block, fourth array and fifth folder
+// item. The reference of a folder item holds "the item", or "its folder" where a name is asked for.
 //
 // From version 2016.0 on the records hold decoys, so that whoever reads them instead of asking gets wrong
 // text. One host lives at a time. Thread: [main].
@@ -66,6 +67,9 @@ public:
     ElementType directGet = ElementType::integer; ///< what "RuntimeArrayDirectGetGetProc" hands out
     std::optional<HostInteger> claimedLength;     ///< what "LenB" answers, whatever is true
     Word dataOffset = 0;                          ///< written into each definition at registration
+    bool itemsExist = true;                       ///< false: a folder item refers only to its folder and name
+    std::u16string itemName = u"song.wav";        ///< of every folder item
+    std::optional<std::uint16_t> claimedNameUnits; ///< its length, whatever is true
 
     /// The host does not know this name. "LenB" is its method of that name.
     void withhold(const std::string& name) { withheld_.insert(name); }
@@ -99,6 +103,7 @@ public:
     REALstringStruct* newString(std::string_view bytes, std::uint32_t encoding);
     REALobjectStruct* newObject(const std::string& className);
     REALmemoryBlockStruct* newMemoryBlock(std::string_view bytes);
+    REALfolderItemStruct* newFolderItem();
     REALarrayStruct* newIntegers(const std::vector<HostInteger>& elements);
     REALarrayStruct* newSingles(const std::vector<float>& elements);
     REALarrayStruct* newDoubles(const std::vector<double>& elements);

@@ -1,0 +1,135 @@
+#include "tests/auplayer/player_test.h"
+
+#include "plugin/process_state.h"
+#include "tests/plugin/service_caches.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace auplayer_test {
+
+namespace {
+constexpr Word dataOffset = 48;
+constexpr std::size_t guardBytes = 64; // behind the class data
+constexpr std::size_t objectBytes = dataOffset + sizeof(auplayer::AUPlayerData) + guardBytes;
+constexpr char guardByte = 0x5A;
+
+template <class Row, class IsWanted>
+const Row& find(const void* rows, Word count, IsWanted isWanted)
+{
+    const auto* row = static_cast<const Row*>(rows);
+    for (Word i = 0; i < count; ++i)
+        if (isWanted(row[i])) return row[i];
+    std::fputs("the class has no such member\n", stderr);
+    std::abort();
+}
+
+} // namespace
+
+const REALproperty& propertyRow(std::string_view name)
+{
+    return find<REALproperty>(auPlayerClass.properties, auPlayerClass.propertyCount,
+                              [&](const REALproperty& row) { return row.name == name; });
+}
+
+const REALmethod& methodRow(std::string_view beginning)
+{
+    return find<REALmethod>(auPlayerClass.methods, auPlayerClass.methodCount, [&](const REALmethod& row) {
+        return std::string_view(row.declaration).substr(0, beginning.size()) == beginning;
+    });
+}
+
+PlayerTest::PlayerTest()
+{
+    auPlayerClass.dataOffset = dataOffset;
+    startOver();
+}
+
+PlayerTest::~PlayerTest()
+{
+    expectNothingLeft();
+    host_.reset();
+    gResolver = nullptr;
+    auPlayerClass.dataOffset = 0;
+}
+
+void PlayerTest::startOver(double hostVersion)
+{
+    if (isAlive_) expectNothingLeft();
+    host_.reset();
+    host_ = std::make_unique<fake::Host>(hostVersion);
+    gResolver = fake::Host::resolve;
+    rbversion_rbversion = hostVersion;
+    forgetServices();
+    graph_spy::reset();
+    blocksBefore_ = watched::liveBlocks();
+    item_ = host().newFolderItem();
+    memory_.reset(new char[objectBytes]);
+    construct();
+}
+
+void PlayerTest::construct()
+{
+    std::memset(memory_.get(), guardByte, objectBytes);
+    std::memset(memory_.get() + dataOffset, 0, sizeof(auplayer::AUPlayerData));
+    reinterpret_cast<void (*)(Object)>(auPlayerClass.constructor)(object());
+    isAlive_ = true;
+    graph_spy::name(&data(), "the player");
+}
+
+void PlayerTest::destruct()
+{
+    if (!isAlive_) return;
+    isAlive_ = false;
+    reinterpret_cast<void (*)(Object)>(auPlayerClass.destructor)(object());
+}
+
+auplayer::AUPlayerData& PlayerTest::data()
+{
+    return *reinterpret_cast<auplayer::AUPlayerData*>(memory_.get() + dataOffset);
+}
+
+void PlayerTest::withhold(const std::string& service)
+{
+    host().withhold(service);
+    forgetServices();
+}
+
+bool PlayerTest::load(HostInteger inputChannels, HostInteger outputChannels, std::string_view method)
+{
+    return call<HostBoolean>(std::string(method) + "(", object(), item_, inputChannels, outputChannels) != 0;
+}
+
+Notes PlayerTest::raised()
+{
+    Notes texts;
+    for (const fake::Raised& each : host().raised())
+        texts.push_back(each.className + ": " + each.message.value_or("no message"));
+    return texts;
+}
+
+void PlayerTest::expectNothingLeft()
+{
+    destruct();
+    for (REALstringStruct* text : {data().clientFormatString, data().outputFormatString})
+        if (text) host().drop(text);
+    data().clientFormatString = data().outputFormatString = nullptr;
+    for (std::size_t i = 0; i < objectBytes; ++i) {
+        const bool isData = i >= dataOffset && i < dataOffset + sizeof(auplayer::AUPlayerData);
+        if (!isData && memory_[i] != guardByte)
+            ADD_FAILURE() << "the object is written to outside its class data, at " << i;
+    }
+    if (item_) {
+        EXPECT_EQ(host().references(item_), 1) << "of the folder item";
+        host().drop(item_);
+        item_ = nullptr;
+    }
+    EXPECT_EQ(host().live(), Notes()) << "host values are left over";
+    EXPECT_EQ(host().faults(), Notes());
+    EXPECT_EQ(graph_spy::live(), Notes()) << "platform objects are left over";
+    EXPECT_EQ(graph_spy::faults(), Notes());
+    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left over";
+}
+
+} // namespace auplayer_test

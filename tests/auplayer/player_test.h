@@ -1,0 +1,92 @@
+// An object of AUPlayerKVX in a small host, with a spy in the platform's place. Members are called as a host
+// calls them: by name, through the class table.
+#pragma once
+
+#include "auplayer/au_player.h"
+#include "plugin/classes.h"
+#include "tests/auplayer/graph_spy.h"
+#include "tests/support/c_library_spy.h"
+#include "tests/support/fake_host.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace auplayer_test {
+
+using Object = REALobjectStruct*;
+using FolderItem = REALfolderItemStruct*;
+using Notes = std::vector<std::string>;
+
+/// The row of that name; of methods, the one whose declaration begins so. One that the class has not ends the
+/// program.
+const REALproperty& propertyRow(std::string_view name);
+const REALmethod& methodRow(std::string_view beginning);
+
+template <class T>
+T get(Object object, std::string_view property)
+{
+    const REALproperty& row = propertyRow(property);
+    return reinterpret_cast<T (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
+}
+
+template <class T>
+void set(Object object, std::string_view property, T value)
+{
+    const REALproperty& row = propertyRow(property);
+    reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
+}
+
+/// Call a method: call<HostBoolean>("LoadFile(", object, file, HostInteger{2}, HostInteger{2}).
+template <class Result, class... Arguments>
+Result call(std::string_view beginning, Object object, Arguments... arguments)
+{
+    return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(beginning).function)(object,
+                                                                                             arguments...);
+}
+
+/// A thing that the plug-in has never heard of, to be thrown at it.
+struct Thrown {};
+
+/// One host, one platform, one object, which the test destroys or the end does. At the end nothing is left
+/// over: no reference, no path, no file, no graph, no memory.
+class PlayerTest : public testing::Test {
+protected:
+    PlayerTest();
+    ~PlayerTest() override;
+
+    /// Begin anew: another host, another platform, an object just constructed in memory of zeros.
+    void startOver(double hostVersion = 2016.0);
+    /// The object comes, and goes. Ends without an object do nothing.
+    void construct();
+    void destruct();
+
+    fake::Host& host() { return *host_; }
+    Object object() { return reinterpret_cast<Object>(memory_.get()); }
+    auplayer::AUPlayerData& data();
+
+    /// The host never knew this name.
+    void withhold(const std::string& service);
+
+    /// Load the test's one folder item. `method` is "LoadFile" or "LoadFileMT".
+    bool load(HostInteger inputChannels = 2, HostInteger outputChannels = 2,
+              std::string_view method = "LoadFile");
+    FolderItem item() const { return item_; }
+
+    /// The exceptions raised, as "Class: message".
+    Notes raised();
+
+    /// Destroy the object, let its fields' texts go as a host does, and expect that nothing is left over.
+    void expectNothingLeft();
+
+private:
+    std::unique_ptr<fake::Host> host_;
+    std::unique_ptr<char[]> memory_;
+    FolderItem item_ = nullptr;
+    long blocksBefore_ = 0;
+    bool isAlive_ = false;
+};
+
+} // namespace auplayer_test

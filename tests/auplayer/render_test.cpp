@@ -1,0 +1,255 @@
+// The head of the graph: what each slice holds, and where the next one begins.
+#include "tests/auplayer/rendered_file.h"
+#include "tests/support/c_library_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+using test::Bits;
+using test::excerpt;
+using test::noise;
+using test::RenderedFile;
+using test::Slice;
+
+const std::uint32_t sliceSizes[] = {1, 512, 1156, 2048, 8192};
+
+TEST(Render, PlaysTheWholeFileBitForBitInSlicesOfAnySize)
+{
+    for (const std::uint32_t channels : {1u, 2u, 6u})
+        for (const std::uint32_t frames : {1u, 511u, 512u, 513u, 9000u, 16384u})
+            for (const std::uint32_t slice : sliceSizes) {
+                SCOPED_TRACE(testing::Message() << channels << " channels, " << frames << " by " << slice);
+                const Bits samples = noise(frames, channels);
+                RenderedFile file(samples, channels);
+                const std::uint32_t slices = (frames + slice - 1) / slice + 2;
+                Bits played;
+                for (std::uint32_t i = 0; i < slices; ++i) {
+                    ASSERT_EQ(file->position, std::min(i * slice, frames));
+                    const Bits rendered = file.render(slice);
+                    ASSERT_EQ(file->lastRenderOffset, std::min(i * slice, frames) * channels);
+                    played.insert(played.end(), rendered.begin(), rendered.end());
+                }
+                ASSERT_EQ(file->position, frames);
+                // Until the end has been reached slices lie one behind the other, and so does what they hold.
+                ASSERT_TRUE(played == excerpt(samples, channels, 0, slices * slice));
+            }
+}
+
+TEST(Render, EdgesOfTheEnd)
+{
+    constexpr std::uint32_t frames = 1000, channels = 2;
+    const struct {
+        std::uint32_t position, slice;
+        std::uint32_t after;
+        const char* why;
+    } rows[] = {
+        {0, 0, 0, "no frames: nothing"},
+        {0, 1, 1, "the first frame"},
+        {0, 999, 999, "all but the last"},
+        {0, 1000, 1000, "the whole file in one slice is music to its last frame"},
+        {0, 1001, 1000, "and one frame of silence"},
+        {0, 8192, 1000, "or many"},
+        {487, 512, 999, "one short of the end"},
+        {488, 512, 1000, "exactly to the end"},
+        {489, 512, 1000, "one past it"},
+        {998, 1, 999, "the last frame but one"},
+        {999, 1, 1000, "the last"},
+        {999, 2, 1000, "the last, and one behind it"},
+        {999, 512, 1000, "the last, and many"},
+        {999, 0, 999, "no frames in front of the last"},
+        {1000, 0, 1000, "no frames at the end"},
+        {1000, 1, 1000, "at the end"},
+        {1000, 512, 1000, "at the end, longer"},
+        {1001, 1, 1000, "behind the end: the position comes back to it"},
+        {1001, 0, 1000, "without a frame, too"},
+        {100000, 512, 1000, "far behind it"},
+        {0x7FFFFFFF, 512, 1000, "the greatest signed position"},
+        {0x80000000, 512, 1000, "and the one behind it"},
+        {0xFFFFFE00, 512, 1000, "a slice that would end at 2^32"},
+        {0xFFFFFE01, 512, 1000, "and one that would go past it"},
+        {0xFFFFFFFF, 1, 1000, "the greatest position"},
+        {0xFFFFFFFF, 0, 1000, "the same, no frames"},
+        {0xFFFFFFFF, 512, 1000, "would come to 511"},
+        {0xFFFFFFFF, 8192, 1000, "would come to the end and past it"},
+        {0xFFFF5238, 512, 1000, "what -1 second is at 44 100 frames"},
+    };
+    const Bits samples = noise(frames, channels);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        RenderedFile file(samples, channels);
+        file->position = row.position;
+        EXPECT_EQ(file.render(row.slice), excerpt(samples, channels, row.position, row.slice));
+        EXPECT_EQ(file->position, row.after);
+        EXPECT_EQ(file->lastRenderOffset, row.position * channels);
+    }
+}
+
+TEST(Render, IsSilentForeverBehindTheEnd)
+{
+    RenderedFile file(noise(100, 2), 2);
+    file->position = 99;
+    EXPECT_NE(file.render(64), Bits(128));
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_EQ(file.render(64), Bits(128));
+        ASSERT_EQ(file->position, 100u);
+    }
+}
+
+TEST(Render, AnEmptyFileIsSilence)
+{
+    for (const std::uint32_t slice : {0u, 1u, 512u}) {
+        RenderedFile file({}, 2);
+        EXPECT_EQ(file.render(slice), Bits(2 * slice));
+        EXPECT_EQ(file->position, 0u);
+        file->position = 7;
+        EXPECT_EQ(file.render(slice), Bits(2 * slice));
+        EXPECT_EQ(file->position, 0u);
+    }
+}
+
+TEST(Render, AFileWithoutSamplesIsSilence)
+{
+    // As a failed load leaves it: the counts may stand, the samples are gone; or nothing stands at all.
+    auplayer::LoadedAudio audio = {};
+    auplayer::AUPlayerData data = {};
+    data.loadedAudio = &audio;
+    RenderedFile file(noise(1, 2), 2);
+    file->loadedAudio = &audio;
+    file->endFrame = 0;
+    EXPECT_EQ(file.render(256), Bits(512));
+    EXPECT_EQ(file->position, 0u);
+}
+
+// ---- buffers of other shapes ----
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes bytesOf(const Bits& samples)
+{
+    const auto* const first = reinterpret_cast<const unsigned char*>(samples.data());
+    return Bytes(first, first + 4 * samples.size());
+}
+
+TEST(Render, FillsTheFirstBufferAsFarAsThereIsRoomAndMusic)
+{
+    constexpr std::uint32_t frames = 1000, channels = 2, frame = 8;
+    const struct {
+        std::uint32_t position, slice, bytes;
+        std::uint32_t copied; ///< bytes
+        const char* why;
+    } rows[] = {
+        {0, 512, 512 * frame, 512 * frame, "the usual"},
+        {0, 512, 511 * frame, 511 * frame, "a frame less"},
+        {0, 512, 512 * frame - 3, 512 * frame - 3, "not whole frames"},
+        {0, 512, 1, 1, "a byte"},
+        {0, 512, 0, 0, "none"},
+        {0, 512, 513 * frame, 513 * frame, "more than the slice: filled as it says"},
+        {0, 512, 1000 * frame, 1000 * frame, "up to the end"},
+        {0, 512, 1001 * frame, 1000 * frame, "but not past it"},
+        {0, 512, 1000 * frame + 1, 1000 * frame, "by no byte"},
+        {488, 512, 512 * frame, 512 * frame, "exactly to the end"},
+        {488, 512, 512 * frame + 1, 512 * frame, "and a byte more"},
+        {900, 512, 512 * frame, 100 * frame, "past the end"},
+        {900, 512, 100 * frame, 100 * frame, "past the end, but not the buffer"},
+        {900, 512, 99 * frame, 99 * frame, "nor this one"},
+        {900, 512, 100 * frame + 1, 100 * frame, "this one by a byte"},
+        {999, 1, 100 * frame, 1 * frame, "the last frame in a large one"},
+        {999, 0, 100 * frame, 1 * frame, "asked for none"},
+        {1000, 1, 100 * frame, 0, "at the end"},
+        {1000, 0, 100 * frame, 0, "at the end, asked for none"},
+        {0xFFFFFFFF, 512, 100 * frame, 0, "far behind it"},
+    };
+    const Bytes music = bytesOf(noise(frames, channels));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        RenderedFile file(noise(frames, channels), channels);
+        file->position = row.position;
+        Slice slice({{channels, row.bytes}});
+        file.render(slice, row.slice);
+
+        Bytes expected(row.bytes);
+        if (row.copied) std::copy_n(&music[std::size_t{row.position} * frame], row.copied, expected.begin());
+        EXPECT_EQ(slice.bytes(), expected);
+        EXPECT_EQ(file->position, std::min<std::uint64_t>(std::uint64_t{row.position} + row.slice, frames))
+            << "however large the buffer is";
+    }
+}
+
+TEST(Render, OtherBuffersAreSilencedFromTheSliceOnThatReachesPastTheEnd)
+{
+    constexpr std::uint32_t frames = 1000;
+    const Bits samples = noise(frames, 1);
+    const struct {
+        std::uint32_t position;
+        bool isSilenced;
+    } rows[] = {{0, false}, {744, false}, {745, true}, {999, true}, {1000, true}, {0xFFFFFFFF, true}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.position);
+        RenderedFile file(samples, 1);
+        file->position = row.position;
+        Slice slice({{1, 256 * 4}, {1, 256 * 4}, {1, 3}, {1, 64, true}, {2, 2000}});
+        file.render(slice, 256);
+        EXPECT_EQ(slice.bits(0), excerpt(samples, 1, row.position, 256));
+        for (const std::size_t other : {1u, 2u, 4u})
+            EXPECT_EQ(slice.bytes(other),
+                      Bytes(slice.bytes(other).size(), row.isSilenced ? 0 : Slice::before));
+        EXPECT_EQ(slice.bytes(3), Bytes(64, Slice::before));
+    }
+}
+
+TEST(Render, MovesOnWithoutMemoryToWriteTo)
+{
+    for (const std::uint32_t position : {0u, 900u, 1000u, 0xFFFFFFFFu}) {
+        RenderedFile file(noise(1000, 2), 2);
+        file->position = position;
+        Slice absent({{2, 512 * 8, true}});
+        file.render(absent, 512);
+        EXPECT_EQ(file->position, std::min<std::uint64_t>(std::uint64_t{position} + 512, 1000));
+
+        file->position = position;
+        Slice none({});
+        file.render(none, 512);
+        EXPECT_EQ(file->position, std::min<std::uint64_t>(std::uint64_t{position} + 512, 1000));
+    }
+}
+
+// ---- what the audio thread may not do ----
+
+TEST(Render, AllocatesNothingAndTakesNoLock)
+{
+    RenderedFile file(noise(5000, 2), 2);
+    Slice slice({{2, 2048 * 8}, {2, 100}});
+    const int before = watched::alarms();
+    std::vector<std::string> notes;
+    for (const bool isLooping : {false, true})
+        for (const std::uint32_t position : {0u, 3000u, 5000u, 0xFFFFFFFFu}) {
+            if (isLooping) file.loop(1000, 4000);
+            file->position = position;
+            watched::begin();
+            {
+                const watched::NoAllocation audioThread;
+                for (int i = 0; i < 8; ++i) file.render(slice, 2048);
+            }
+            for (std::string& note : watched::end()) notes.push_back(std::move(note));
+        }
+    EXPECT_EQ(watched::alarms(), before);
+    EXPECT_EQ(notes, std::vector<std::string>());
+}
+
+TEST(Render, TheWatchSeesAnAllocationAndAFree)
+{
+    watched::begin();
+    const int before = watched::alarms();
+    {
+        const watched::NoAllocation audioThread;
+        EXPECT_EQ(std::calloc(1, 8), nullptr);
+    }
+    EXPECT_EQ(watched::end(), std::vector<std::string>{"calloc 8"});
+    EXPECT_EQ(watched::alarms(), before + 1);
+}
+
+} // namespace
