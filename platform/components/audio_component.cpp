@@ -16,13 +16,16 @@ ComponentDescription descriptionOf(const AudioComponentDescription& looking)
 AudioComponent AudioComponentFindNext(AudioComponent previous, const AudioComponentDescription* looking)
 {
     if (!looking) return nullptr;
+    ComponentDescription description = descriptionOf(*looking);
     return reinterpret_cast<AudioComponent>(
-        components::findNext(reinterpret_cast<Component>(previous), descriptionOf(*looking)));
+        FindNextComponent(reinterpret_cast<Component>(previous), &description));
 }
 
 UInt32 AudioComponentCount(const AudioComponentDescription* looking)
 {
-    return looking ? components::count(descriptionOf(*looking)) : 0;
+    if (!looking) return 0;
+    ComponentDescription description = descriptionOf(*looking);
+    return static_cast<UInt32>(CountComponents(&description));
 }
 
 OSStatus AudioComponentInstanceNew(AudioComponent component, AudioComponentInstance* instance)

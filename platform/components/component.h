@@ -6,6 +6,8 @@
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
 
+#include <initializer_list>
+
 namespace kvxplatform::components {
 
 struct Instance;
@@ -16,12 +18,16 @@ struct Family {
     OSStatus (*open)(Instance&);  // makes its state; the handle is known and already good
     void (*close)(Instance&);     // stops whatever calls back; the handle is still good
     void (*destroy)(void* state); // nobody uses it any more
+
+    /// A call by selector. Null: the components answer none.
+    ComponentResult (*dispatch)(Instance&, ComponentParameters&) = nullptr;
 };
 
 struct Component {
     ComponentDescription description;
     const Family* family;
-    const void* row; // the family's own description of it
+    const void* row;            // the family's own description of it
+    ::Component self = nullptr; // of a program's own component
 };
 
 /// An open component. Its handle is the platform's ComponentInstance.
@@ -54,6 +60,13 @@ bool find(::Component handle, Component& out);
 
 /// How many components `looking` describes.
 UInt32 count(const ComponentDescription& looking);
+
+/// Send a call by selector to an instance, with these words behind the instance.
+/// Errors  badComponentInstance; badComponentSelector.
+ComponentResult call(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words);
+
+/// How many instances of a component are open.
+long countInstances(::Component component);
 
 /// The components that are always there, a family after the other.
 struct BuiltIn {

@@ -1,6 +1,8 @@
-// The list of components and the search in it. A component's handle is its place in the list, marked so that
-// no instance's handle and no address of this machine is taken for one.
+// The list of components and the search in it: the built-in ones, then those of programs. The handle of a
+// built-in one is its place in the list, marked so that no other handle and no address of this machine is
+// taken for one.
 #include "platform/components/component.h"
+#include "platform/components/registered.h"
 
 #include <cstdint>
 
@@ -21,7 +23,7 @@ std::size_t indexOf(::Component handle)
     return number >= mark && (number - mark) % 4 == 0 ? (number - mark) >> 2 : nowhere;
 }
 
-/// The component at a place in the list; false behind its end.
+/// The built-in component at a place in the list; false behind its end.
 bool at(std::size_t index, Component& out)
 {
     for (std::size_t family = 0; family < builtInCount; ++family) {
@@ -49,15 +51,19 @@ bool matches(const ComponentDescription& looking, const ComponentDescription& fo
 bool find(::Component handle, Component& out)
 {
     const std::size_t index = indexOf(handle);
-    return index != nowhere && at(index, out);
+    return (index != nowhere && at(index, out)) || findRegistered(handle, out);
 }
 
 ::Component findNext(::Component previous, const ComponentDescription& looking)
 {
     Component component{};
     if (previous && !find(previous, component)) return nullptr;
-    for (std::size_t index = previous ? indexOf(previous) + 1 : 0; at(index, component); ++index)
+    const bool isBehindBuiltIns = component.self != nullptr;
+    for (std::size_t index = previous ? indexOf(previous) + 1 : 0; !isBehindBuiltIns && at(index, component);
+         ++index)
         if (matches(looking, component.description)) return handleOf(index);
+    for (const Component& own : registeredBehind(isBehindBuiltIns ? previous : nullptr))
+        if (matches(looking, own.description)) return own.self;
     return nullptr;
 }
 
@@ -67,6 +73,7 @@ UInt32 count(const ComponentDescription& looking)
     Component component{};
     for (std::size_t index = 0; at(index, component); ++index)
         found += matches(looking, component.description);
+    for (const Component& own : registeredBehind(nullptr)) found += matches(looking, own.description);
     return found;
 }
 

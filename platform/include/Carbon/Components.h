@@ -83,7 +83,8 @@ enum {
     invalidComponentID = -3000,
     validInstancesExist = -3001,
     componentNotCaptured = -3002,
-    componentDontRegister = -3003
+    componentDontRegister = -3003,
+    unresolvedComponentDLLErr = -3004 /* no entry point */
 };
 
 /* As 32-bit results; cut to the 16 bits of an OSErr they are -32767 and -32766. */
@@ -124,8 +125,7 @@ KVX_PLATFORM_EXPORT Component RegisterComponent(ComponentDescription* cd,
                                                 Handle componentName, Handle componentInfo,
                                                 Handle componentIcon);
 
-/* Take it out of the list. With instances open it is validInstancesExist, and the component can be found no
- * more: those that are open go on until they are closed. */
+/* Take it out of the list. With instances open that is validInstancesExist, and it stays. */
 KVX_PLATFORM_EXPORT OSErr UnregisterComponent(Component aComponent);
 
 /* How many instances are open; 0 for what is no component. */

@@ -1,0 +1,200 @@
+#include "platform/components/registered.h"
+
+#include "platform/accounts/account.h"
+
+#include <algorithm>
+
+namespace kvxplatform::components {
+namespace {
+
+Account account("Component");
+
+struct Registered {
+    Registered(const ComponentDescription& d, ComponentRoutineUPP e) : description(d), entry(e)
+    {
+        account.add();
+    }
+    ~Registered() { account.remove(); }
+    Registered(const Registered&) = delete;
+
+    const ComponentDescription description;
+    const ComponentRoutineUPP entry;
+    std::atomic<long> refcon{0};
+    std::atomic<long> instances{0};
+};
+
+using Table = HandleTable<Registered, 3>;
+
+/// Never destroyed: an instance may still be closed while the program ends.
+struct Registry {
+    Table table;
+    std::mutex lock; // of `order`
+    std::vector<HandleNumber> order;
+};
+Registry& registry()
+{
+    static Registry& one = *new Registry;
+    return one;
+}
+
+HandleNumber numberOf(::Component handle)
+{
+    const auto value = reinterpret_cast<std::uintptr_t>(handle);
+    return value == static_cast<HandleNumber>(value) ? static_cast<HandleNumber>(value) : 0;
+}
+
+::Component handleOf(HandleNumber number)
+{
+    return reinterpret_cast<::Component>(static_cast<std::uintptr_t>(number));
+}
+
+/// An open instance's state: its component, kept whole, and its word.
+struct State {
+    explicit State(Table::Use use) : component(std::move(use)) { ++component->instances; }
+    ~State() { --component->instances; }
+    State(const State&) = delete;
+
+    const Table::Use component;
+    std::atomic<Handle> storage{nullptr};
+};
+
+ComponentResult callEntry(State& state, ComponentParameters& parameters)
+{
+    return state.component->entry(&parameters, state.storage);
+}
+
+/// A call with one word, the instance: open and close.
+ComponentResult callOfLife(Instance& instance, SInt16 selector)
+{
+    ComponentParameters parameters = {0, sizeof(long), selector, {reinterpret_cast<long>(instance.self)}};
+    return callEntry(*static_cast<State*>(instance.state), parameters);
+}
+
+OSStatus openInstance(Instance& instance)
+{
+    Table::Use component = registry().table.use(numberOf(instance.component.self));
+    if (!component) return invalidComponentID;
+    if (!component->entry) return unresolvedComponentDLLErr;
+    instance.state = new State(std::move(component));
+    const ComponentResult refusal = callOfLife(instance, kComponentOpenSelect);
+    if (refusal) callOfLife(instance, kComponentCloseSelect);
+    return refusal;
+}
+
+void closeInstance(Instance& instance) { callOfLife(instance, kComponentCloseSelect); }
+
+void destroyState(void* state) { delete static_cast<State*>(state); }
+
+ComponentResult dispatch(Instance& instance, ComponentParameters& parameters)
+{
+    return callEntry(*static_cast<State*>(instance.state), parameters);
+}
+
+const Family registeredFamily = {"registered component", openInstance, closeInstance, destroyState, dispatch};
+
+Component describe(::Component handle, const Registered& component)
+{
+    return {component.description, &registeredFamily, nullptr, handle};
+}
+
+State* stateOf(const Instances::Use& instance)
+{
+    const bool isOurs = instance && instance->component.family == &registeredFamily;
+    return isOurs ? static_cast<State*>(instance->state) : nullptr;
+}
+
+/// What `function` makes of the component that a handle, or an instance's handle, names.
+template <class Function>
+void withComponent(::Component handle, Function function)
+{
+    if (const Table::Use component = registry().table.use(numberOf(handle))) {
+        function(*component);
+        return;
+    }
+    const Instances::Use instance = use(reinterpret_cast<ComponentInstance>(handle));
+    if (State* const state = stateOf(instance)) function(*state->component);
+}
+
+} // namespace
+
+bool findRegistered(::Component handle, Component& out)
+{
+    const Table::Use component = registry().table.use(numberOf(handle));
+    if (component) out = describe(handle, *component);
+    return static_cast<bool>(component);
+}
+
+std::vector<Component> registeredBehind(::Component previous)
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.lock);
+    auto from = all.order.begin();
+    if (previous) {
+        from = std::find(from, all.order.end(), numberOf(previous));
+        if (from != all.order.end()) ++from;
+    }
+    std::vector<Component> found;
+    for (; from != all.order.end(); ++from)
+        if (const Table::Use component = all.table.use(*from))
+            found.push_back(describe(handleOf(*from), *component));
+    return found;
+}
+
+::Component registerOne(const ComponentDescription& description, ComponentRoutineUPP entry)
+{
+    Registry& all = registry();
+    const HandleNumber number = all.table.add(std::make_unique<Registered>(description, entry),
+                                              [&all](Registered&, HandleNumber made) {
+                                                  const std::lock_guard<std::mutex> guard(all.lock);
+                                                  all.order.push_back(made);
+                                                  return true;
+                                              });
+    return handleOf(number);
+}
+
+OSErr unregisterOne(::Component handle)
+{
+    Registry& all = registry();
+    if (countInstances(handle) > 0) return validInstancesExist;
+    Table::Use closing = all.table.beginClose(numberOf(handle));
+    if (!closing) return invalidComponentID;
+    {
+        const std::lock_guard<std::mutex> guard(all.lock);
+        all.order.erase(std::remove(all.order.begin(), all.order.end(), numberOf(handle)), all.order.end());
+    }
+    all.table.endClose(std::move(closing));
+    return noErr;
+}
+
+long countInstances(::Component handle)
+{
+    const Table::Use component = registry().table.use(numberOf(handle));
+    return component ? component->instances.load() : 0;
+}
+
+long refcon(::Component handle)
+{
+    long word = 0;
+    withComponent(handle, [&word](Registered& component) { word = component.refcon; });
+    return word;
+}
+
+void setRefcon(::Component handle, long word)
+{
+    withComponent(handle, [word](Registered& component) { component.refcon = word; });
+}
+
+Handle storage(ComponentInstance handle)
+{
+    const Instances::Use instance = use(handle);
+    const State* const state = stateOf(instance);
+    return state ? state->storage.load() : nullptr;
+}
+
+void setStorage(ComponentInstance handle, Handle word)
+{
+    const Instances::Use instance = use(handle);
+    if (State* const state = stateOf(instance)) state->storage = word;
+}
+
+} // namespace kvxplatform::components
