@@ -13,8 +13,6 @@
 #include "platform/audiounit/source.h"
 
 #include <algorithm>
-#include <cfloat>
-#include <cmath>
 #include <vector>
 
 namespace kvxplatform::audiounit {
@@ -141,13 +139,6 @@ void filterPiece(Band& band, UInt32 offset, UInt32 frames, std::vector<double>& 
     }
 }
 
-/// A sample back in single precision, where tiny numbers are slow for whoever comes next.
-Float32 narrowed(double sample)
-{
-    const auto narrow = static_cast<Float32>(sample);
-    return std::fabs(narrow) < FLT_MIN ? 0 : narrow;
-}
-
 void filterSlice(Equaliser& equaliser, const AudioBufferList& in, const AudioBufferList& out, UInt32 frames)
 {
     for (UInt32 offset = 0; offset < frames; offset += pieceFrames) {
@@ -161,7 +152,8 @@ void filterSlice(Equaliser& equaliser, const AudioBufferList& in, const AudioBuf
         for (UInt32 c = 0; c < out.mNumberBuffers; ++c)
             std::transform(equaliser.work.begin() + c * pieceFrames,
                            equaliser.work.begin() + c * pieceFrames + now,
-                           static_cast<Float32*>(out.mBuffers[c].mData) + offset, narrowed);
+                           static_cast<Float32*>(out.mBuffers[c].mData) + offset,
+                           [](double sample) { return static_cast<Float32>(sample); });
     }
 }
 

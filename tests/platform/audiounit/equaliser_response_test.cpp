@@ -264,6 +264,19 @@ TEST(EqualiserResponse, ForgetsWithAReset)
     EXPECT_EQ(rendering.play(441, 441), silence(1, 441));
 }
 
+// A band that was flat meanwhile begins anew.
+TEST(EqualiserResponse, ForgetsWhatABandHeldWhenItIsFlat)
+{
+    const Equaliser unit(tone(1, 4410, 20, 44100, 1), 44100);
+    unit.put(0, 20);
+    Rendering rendering = unit.ready();
+    rendering.play(4410, 441);
+    unit.put(0, 0);
+    rendering.play(1000, 441);
+    unit.put(0, 20);
+    EXPECT_EQ(rendering.play(4410, 441), silence(1, 4410));
+}
+
 // A sample that is no number is heard, and forgotten.
 TEST(EqualiserResponse, SurvivesSamplesThatAreNoNumbers)
 {

@@ -251,6 +251,13 @@ TEST(MixerSum, SaysThatItIsSilentWhenAllInputsDo)
         EXPECT_EQ(rendering.flags, fact.flags) << fact.why;
         EXPECT_EQ(second.lastFlags, 0u) << "what one says is not told to the next";
     }
+    first.saysSilence = second.saysSilence = false;
+    AudioUnitRenderActionFlags flags = kAudioUnitRenderAction_OutputIsSilence;
+    const AudioTimeStamp time = sampleTime(0);
+    rendering.list.lend();
+    ASSERT_EQ(AudioUnitRender(mixer, &flags, &time, 0, 64, rendering.list.get()), noErr);
+    EXPECT_EQ(second.lastFlags, 0u) << "nor what the caller's flags said";
+    EXPECT_EQ(flags, 0u);
 }
 
 TEST(MixerSum, FailsWithTheFirstInputThatFails)
