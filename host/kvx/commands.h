@@ -14,6 +14,7 @@ using Action = std::function<int()>;
 CLI::Validator inRange(double low, double high);
 
 void addPlayCommand(CLI::App& app, Action& action);
+void addRenderCommand(CLI::App& app, Action& action);
 void addClassesCommand(CLI::App& app, Action& action);
 void addDevicesCommand(CLI::App& app, Action& action);
 void addGetCommand(CLI::App& app, Action& action);

@@ -69,6 +69,16 @@ Status CoreAudio::write(const PropertyAddress& address, std::string_view bytes) 
 
 Answer CoreAudio::classOf(ObjectID object) const { return read({object, 'clas'}); }
 
+Answer CoreAudio::readUnit(std::int64_t unit, std::uint32_t property) const
+{
+    return answer(object_.call("AudioUnitGetPropertyMemory", unit, property, 0, 0));
+}
+
+double CoreAudio::unitParameter(std::int64_t unit, std::uint32_t parameter) const
+{
+    return object_.call("AudioUnitGetParameter", unit, parameter, 0, 0).number();
+}
+
 Answer CoreAudio::readSystem(Code selector) const
 {
     return answer(object_.call("AudioHardwareGetPropertyMemory", charactersOf(selector)));

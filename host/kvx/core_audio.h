@@ -89,6 +89,13 @@ public:
     /// The class of the object: systemClass, deviceClass, streamClass, …; the value is a Code.
     Answer classOf(ObjectID object) const;
 
+    // ---- units, by handle; of the whole unit ----
+
+    Answer readUnit(std::int64_t unit, std::uint32_t property) const;
+
+    /// 0 where the unit does not know it.
+    double unitParameter(std::int64_t unit, std::uint32_t parameter) const;
+
     // ---- by what the object is ----
 
     Answer readSystem(Code selector) const;

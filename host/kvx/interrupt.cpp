@@ -7,8 +7,13 @@ namespace kvx {
 namespace {
 
 volatile std::sig_atomic_t arrivedSignal = 0;
+void (*volatile workAtOnce)() = nullptr;
 
-extern "C" void noteSignal(int signal) { arrivedSignal = signal; }
+extern "C" void noteSignal(int signal)
+{
+    arrivedSignal = signal;
+    if (workAtOnce) workAtOnce();
+}
 
 } // namespace
 
@@ -28,6 +33,8 @@ InterruptGuard::~InterruptGuard()
 {
     for (std::size_t i = 0; i < std::size(signals_); ++i) sigaction(signals_[i], &former_[i], nullptr);
 }
+
+void onFirstInterrupt(void (*work)()) { workAtOnce = work; }
 
 bool isInterrupted() { return arrivedSignal != 0; }
 

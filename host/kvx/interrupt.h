@@ -21,6 +21,10 @@ private:
 
 bool isInterrupted();
 
+/// Have the handler itself call `work` when a signal arrives, for what must not wait, since a second one ends
+/// the process. It may do what signal handlers may. Null: nothing, as at the start.
+void onFirstInterrupt(void (*work)());
+
 /// The exit code that shells expect after the signal that came: 130 for Ctrl-C; 0 when none came.
 int interruptExitCode();
 

@@ -1,4 +1,5 @@
-// kvx: plays files through the library, and shows what it registers, where it can play and what devices tell.
+// kvx: plays and renders files through the library, and shows what it registers, where it can play and what
+// devices tell.
 #include "host/kvx/commands.h"
 #include "host/kvx/failure.h"
 #include "host/kvx/plain_text.h"
@@ -21,7 +22,8 @@ bool isOutputWritten() { return std::fflush(stdout) == 0 && !std::ferror(stdout)
 
 int run(int argumentCount, char** arguments)
 {
-    CLI::App app("Plays sound files through KVXAudio.so, and shows what the library holds.", "kvx");
+    CLI::App app("Plays and renders sound files through KVXAudio.so, and shows what the library holds.",
+                 "kvx");
     app.require_subcommand(1);
     app.footer(
         "Exit codes: 0 good, 1 failed, 2 wrong usage; ended by a signal 128 and its number: 130 by Ctrl-C, "
@@ -29,6 +31,7 @@ int run(int argumentCount, char** arguments)
 
     kvx::Action action;
     kvx::addPlayCommand(app, action);
+    kvx::addRenderCommand(app, action);
     kvx::addClassesCommand(app, action);
     kvx::addDevicesCommand(app, action);
     kvx::addGetCommand(app, action);

@@ -1,7 +1,5 @@
 #include "host/kvx/output_device.h"
 
-#include "host/kvx/failure.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -55,6 +53,8 @@ std::vector<KVXDeviceInfo> listDevices()
     return rows;
 }
 
+void doWithoutHardware() { setenv("KVX_AUDIO_DEVICE", "simulated", 1); }
+
 KVXDeviceInfo chooseDevice(const DeviceWish& wish)
 {
     const std::string environment = choiceOfEnvironment();
@@ -85,6 +85,20 @@ KVXDeviceInfo deviceNow(const KVXDeviceInfo& device)
     KVXDeviceInfo gone = device;
     gone.isAlive = 0;
     return gone;
+}
+
+void passTime(const KVXDeviceInfo& device, bool isStepped)
+{
+    constexpr double pollSeconds = 0.02;
+    constexpr std::uint32_t stepFrames = 4096; // between two looks at the player
+    if (isStepped) KVXPlatformStep(device.device, stepFrames);
+    KVXPlatformDrainMainQueue(isStepped ? 0.0 : pollSeconds);
+}
+
+Failure wentAway(const KVXDeviceInfo& device)
+{
+    return Failure(
+        fmt::format("{} went away while playing; choose another device with --device", device.name));
 }
 
 bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish)

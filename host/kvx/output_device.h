@@ -1,6 +1,8 @@
 // The device that is played to: the process's default output device, as the user chose it.
 #pragma once
 
+#include "host/kvx/failure.h"
+
 #include <KVXPlatform/KVXPlatform.h>
 
 #include <string>
@@ -17,11 +19,21 @@ struct DeviceWish {
     bool isStepped = false; ///< turn the simulated device by hand instead of in real time
 };
 
+/// Leave the machine's sound hardware alone: the simulated device is all there is. Before anything else is
+/// asked of the platform.
+void doWithoutHardware();
+
 /// Make the wished device the default and set it up. Throws Failure: what cannot be had, and what to do.
 KVXDeviceInfo chooseDevice(const DeviceWish& wish);
 
 /// The device as it is now; one that is no longer listed comes back as not alive.
 KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
+
+/// Let time pass and events come in: a stepped device is turned by hand, any other turns itself.
+void passTime(const KVXDeviceInfo& device, bool isStepped);
+
+/// For a device that is no longer alive while it plays.
+Failure wentAway(const KVXDeviceInfo& device);
 
 /// Whether the user left the choice to the system and the system has no hardware that opens.
 bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish);

@@ -25,4 +25,17 @@ std::string plainText(std::string_view text)
     return plain;
 }
 
+std::string asciiText(std::string_view text)
+{
+    std::string ascii;
+    for (char each : plainText(text)) {
+        const auto byte = static_cast<unsigned char>(each);
+        if (byte < 0x80)
+            ascii += each;
+        else if (byte >= 0xC0) // the first byte of a character
+            ascii += '?';
+    }
+    return ascii;
+}
+
 } // namespace kvx

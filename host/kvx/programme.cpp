@@ -1,5 +1,11 @@
 #include "host/kvx/programme.h"
 
+#include "host/kvx/progress.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
 namespace kvx {
 
 std::int64_t Run::frames() const
@@ -39,6 +45,25 @@ std::vector<Run> planProgramme(const std::vector<std::string>& paths)
         runs.back().files.push_back({path, format});
     }
     return runs;
+}
+
+std::vector<ProgrammeFile> filesOf(const std::vector<Run>& runs)
+{
+    std::vector<ProgrammeFile> files;
+    for (const Run& run : runs) files.insert(files.end(), run.files.begin(), run.files.end());
+    return files;
+}
+
+std::string printChannels(int channels)
+{
+    return channels == 1 ? "mono" : channels == 2 ? "stereo" : fmt::format("{} channels", channels);
+}
+
+std::string printAnnouncement(const ProgrammeFile& file)
+{
+    const SoundFormat& format = file.format;
+    return fmt::format("Playing {}: {} Hz, {}, {}", std::filesystem::path(file.path).filename().string(),
+                       format.sampleRate, printChannels(format.fileChannels), printTime(format.duration()));
 }
 
 std::size_t RunReader::read(float* out, std::size_t frames)

@@ -32,6 +32,15 @@ struct Run {
 /// heard.
 std::vector<Run> planProgramme(const std::vector<std::string>& paths);
 
+/// The files of all runs, in order.
+std::vector<ProgrammeFile> filesOf(const std::vector<Run>& runs);
+
+/// "Playing song.wav: 44100 Hz, stereo, 0:06.5"
+std::string printAnnouncement(const ProgrammeFile& file);
+
+/// "mono", "stereo", "6 channels"
+std::string printChannels(int channels);
+
 /// Reads a run from its first frame to its last, one file open at a time.
 class RunReader {
 public:

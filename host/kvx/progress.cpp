@@ -3,6 +3,7 @@
 #include "host/kvx/failure.h"
 #include "host/kvx/interrupt.h"
 #include "host/kvx/plain_text.h"
+#include "host/kvx/terminal.h"
 
 #include <fmt/format.h>
 
@@ -11,6 +12,11 @@
 #include <unistd.h>
 
 namespace kvx {
+namespace {
+
+constexpr const char* eraseToEnd = "\x1b[J"; // from the cursor to the end of the screen
+
+} // namespace
 
 std::string printTime(double seconds)
 {
@@ -38,10 +44,12 @@ Verbosity verbosityFor(bool isQuiet, std::FILE* out)
     return isatty(fileno(out)) ? Verbosity::live : Verbosity::plain;
 }
 
+// The cursor waits at the begin of the live line: wherever a terminal that is made narrower wraps it to, all
+// that stands of it is from there on.
 void Progress::wipe()
 {
-    if (shown_ > 0) std::fputs(("\r" + std::string(shown_, ' ') + "\r").c_str(), out_);
-    shown_ = 0;
+    if (isShown_) std::fputs(eraseToEnd, out_);
+    isShown_ = false;
 }
 
 void Progress::flush()
@@ -53,7 +61,7 @@ void Progress::flush()
 void Progress::leaveLine()
 {
     if (verbosity_ == Verbosity::live) std::fputs("\n", out_);
-    shown_ = 0;
+    isShown_ = false;
 }
 
 void Progress::say(const std::string& line)
@@ -66,16 +74,26 @@ void Progress::say(const std::string& line)
 
 void Progress::show(double seconds, double totalSeconds, float peak)
 {
-    if (verbosity_ != Verbosity::live) return;
+    showLine(fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)), printTime(totalSeconds),
+                         printLevel(peak)));
+}
+
+bool Progress::isTooSoon()
+{
     const auto now = std::chrono::steady_clock::now();
-    if (shown_ > 0 && now - last_ < std::chrono::milliseconds(100)) return;
+    if (isShown_ && now - last_ < std::chrono::milliseconds(100)) return true;
     last_ = now;
-    const std::string line = fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)),
-                                         printTime(totalSeconds), printLevel(peak));
-    wipe();
-    std::fputs(line.c_str(), out_);
+    return false;
+}
+
+bool Progress::showLine(const std::string& line)
+{
+    if (verbosity_ != Verbosity::live || isTooSoon()) return false;
+    // The last column stays free: some terminals wrap as soon as it is written.
+    std::fputs((line.substr(0, terminalColumns(fileno(out_)) - 1) + eraseToEnd + "\r").c_str(), out_);
+    isShown_ = true;
     flush();
-    shown_ = line.size();
+    return true;
 }
 
 } // namespace kvx

@@ -30,16 +30,26 @@ public:
     /// Where a file stands. Shown live only, ten times a second at most.
     void show(double seconds, double totalSeconds, float peak);
 
-    /// Go on below the live line, behind which a terminal has written "^C".
+    /// A line of characters one column wide each, cut where the terminal ends as it is now. Likewise; whether
+    /// it was shown.
+    bool showLine(const std::string& line);
+
+    /// Have the next line shown at once.
+    void hurry() { last_ = {}; }
+
+    /// Take the live line away.
+    void wipe();
+
+    /// Go on below the live line, over which a terminal has written "^C".
     void leaveLine();
 
 private:
-    void wipe();
+    bool isTooSoon();
     void flush();
 
     Verbosity verbosity_;
     std::FILE* out_;
-    std::size_t shown_ = 0; // columns of the live line
+    bool isShown_ = false; // a live line stands, with the cursor at its begin
     std::chrono::steady_clock::time_point last_{};
 };
 

@@ -17,6 +17,8 @@ struct SoundFormat {
     int fileChannels = 0; ///< as stored
     int channels = 0;     ///< heard: 1 or 2
     std::int64_t frames = 0;
+
+    double duration() const { return double(frames) / sampleRate; } ///< seconds
 };
 
 /// One open file. Of more than two channels the first two are read. [any], one call at a time

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,6 +37,16 @@ Failure cannotWrite(const std::string& path, int error)
 }
 
 } // namespace
+
+void refuseToOverwrite(const std::vector<std::string>& files, const std::string& path, const char* option)
+{
+    std::error_code ignored;
+    for (const std::string& file : files)
+        if (std::filesystem::equivalent(file, path, ignored))
+            throw Failure(fmt::format(
+                "{} is being played and cannot be written at the same time; name another file for {}", path,
+                option));
+}
 
 std::string asideOf(const std::string& path)
 {

@@ -2,8 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace kvx {
+
+/// Throws Failure if `path` is one of the files that are read meanwhile. `option`: where another is to be
+/// named.
+void refuseToOverwrite(const std::vector<std::string>& files, const std::string& path, const char* option);
 
 /// The name to write under, beside `path`; nothing stands there. Throws Failure when no file can be written
 /// to `path`: what is in the way, and what to do. A file of that name stays as it is.

@@ -5,28 +5,38 @@
 #include "host/runtime/records.h"
 #include "host/runtime/text_encoding.h"
 
+#include <Carbon/Files.h>
+
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <new>
 
+// A program without a platform under it links none; the function is then null.
+#pragma weak FSPathMakeRef
+
 namespace host {
 
 namespace {
 
-PathToReference pathToReference = nullptr;
+std::int32_t askPlatform(const unsigned char* path, void* reference, unsigned char* isFolder)
+{
+    return FSPathMakeRef(path, static_cast<FSRef*>(reference), isFolder);
+}
 
-/// The length-prefixed UTF-16 name that the platform calls HFSUniStr255.
-struct ItemName {
-    std::uint16_t length;
-    char16_t units[255];
-};
-static_assert(sizeof(ItemName) == 512);
+PathToReference chosenPathToReference = nullptr;
+
+PathToReference pathToReference()
+{
+    if (chosenPathToReference) return chosenPathToReference;
+    return &FSPathMakeRef ? askPlatform : nullptr;
+}
 
 bool refer(const std::string& path, void* reference)
 {
+    const PathToReference function = pathToReference();
     const auto* bytes = reinterpret_cast<const unsigned char*>(path.c_str());
-    return pathToReference && pathToReference(bytes, reference, nullptr) == 0;
+    return function && function(bytes, reference, nullptr) == 0;
 }
 
 const std::string& pathOf(const FolderItem& item)
@@ -37,7 +47,7 @@ const std::string& pathOf(const FolderItem& item)
 
 } // namespace
 
-void setPathToReference(PathToReference function) { pathToReference = function; }
+void setPathToReference(PathToReference function) { chosenPathToReference = function; }
 
 FolderItem FolderItem::at(const std::string& path)
 {
@@ -62,11 +72,11 @@ bool parentReference(const FolderItem& item, void* reference, void* name)
 {
     if (!item) return false;
     const auto units = convertText(item.name(), encodingUTF8, encodingUTF16);
-    ItemName itemName = {};
-    if (units->empty() || units->size() > sizeof itemName.units || !refer(item.parent(), reference))
+    HFSUniStr255 itemName = {};
+    if (units->empty() || units->size() > sizeof itemName.unicode || !refer(item.parent(), reference))
         return false;
-    itemName.length = static_cast<std::uint16_t>(units->size() / sizeof(char16_t));
-    std::memcpy(itemName.units, units->data(), units->size());
+    itemName.length = static_cast<UInt16>(units->size() / sizeof(UniChar));
+    std::memcpy(itemName.unicode, units->data(), units->size());
     std::memcpy(name, &itemName, sizeof itemName);
     return true;
 }

@@ -23,8 +23,9 @@ public:
     std::string parent() const;
 };
 
-/// How the platform turns an existing path into a file reference of 80 bytes: 0 for success. A host program
-/// that runs over a platform hands its function in; without one "REALFSRefFromFolderItem" answers false.
+/// How an existing path becomes a file reference of 80 bytes: 0 for success. A program that links the
+/// platform gets the platform's own; without one "REALFSRefFromFolderItem" answers false. Tests put another
+/// in its place; null takes that back.
 using PathToReference = std::int32_t (*)(const unsigned char* path, void* reference, unsigned char* isFolder);
 void setPathToReference(PathToReference function);
 

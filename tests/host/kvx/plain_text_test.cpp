@@ -22,4 +22,17 @@ TEST(PlainText, KeepsControlCharactersFromTheTerminal)
     for (const auto& fact : facts) EXPECT_EQ(kvx::plainText(fact.text), fact.plain);
 }
 
+TEST(PlainText, IsOneColumnACharacterWhereColumnsCount)
+{
+    const struct {
+        std::string text, ascii;
+    } facts[] = {
+        {"song.wav", "song.wav"},
+        {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5", "caf? ? ?"},
+        {"a\x1B[2J\xFF", "a?[2J?"},
+        {"", ""},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(kvx::asciiText(fact.text), fact.ascii);
+}
+
 } // namespace

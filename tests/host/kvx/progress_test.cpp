@@ -73,8 +73,26 @@ TEST(Progress, ShowsALineThatIsWrittenOverOnATerminalOnly)
     EXPECT_EQ(written(kvx::Verbosity::quiet, use), "");
     EXPECT_EQ(written(kvx::Verbosity::plain, use), "begin\nend\n");
     const std::string line = "  0:01.0 / 0:10.0  [##################--]  -6.0 dB";
-    EXPECT_EQ(written(kvx::Verbosity::live, use),
-              "begin\n" + line + "\r" + std::string(line.size(), ' ') + "\r" + "end\n");
+    EXPECT_EQ(written(kvx::Verbosity::live, use), "begin\n" + line + "\x1b[J\r" + "\x1b[J" + "end\n")
+        << "the cursor rests at its begin; what stands is erased from there";
+}
+
+TEST(Progress, CutsALineBeforeTheTerminalsLastColumn)
+{
+    const auto text = written(kvx::Verbosity::live,
+                              [](kvx::Progress& progress) { progress.showLine(std::string(200, 'x')); });
+    EXPECT_EQ(text, std::string(79, 'x') + "\x1b[J\r") << "80 columns where a file does not tell";
+}
+
+TEST(Progress, ShowsTenLinesASecondAtMostUnlessHurried)
+{
+    const auto text = written(kvx::Verbosity::live, [](kvx::Progress& progress) {
+        EXPECT_TRUE(progress.showLine("a"));
+        EXPECT_FALSE(progress.showLine("b"));
+        progress.hurry();
+        EXPECT_TRUE(progress.showLine("c"));
+    });
+    EXPECT_EQ(text, "a\x1b[J\rc\x1b[J\r");
 }
 
 TEST(Progress, DoesNotRunPastTheEnd)

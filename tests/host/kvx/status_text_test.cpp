@@ -1,6 +1,8 @@
 // Statuses in words: each that the platform's devices know has its own.
 #include "host/kvx/status_text.h"
 
+#include <AudioToolbox/AudioToolbox.h>
+#include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 
@@ -22,14 +24,16 @@ TEST(StatusText, NamesCodeNumberAndMeaning)
         {kAudioHardwareBadObjectError, "'!obj' (560947818): there is no such object"},
         {-1, "-1: the library gave up before it asked the platform"},
         {paramErr, "-50: an argument is not one that the platform takes"},
-        {-10863, "-10863: a status of which nothing is known here"},
+        {-10863, "-10863: the unit cannot do that now"},
+        {-10999, "-10999: a status of which nothing is known here"},
+        {kAudioFileInvalidFileError, "'dta?' (1685348671): the file is damaged, or no sound file at all"},
         {0x41424344, "'ABCD' (1094861636): a status of which nothing is known here"},
         {0, "0: all is well"},
     };
     for (const auto& fact : facts) EXPECT_EQ(kvx::printStatus(fact.status), fact.text);
 }
 
-TEST(StatusText, KnowsEveryStatusOfTheDevicesOnce)
+TEST(StatusText, KnowsEveryStatusThatUsersMayMeetOnce)
 {
     std::set<kvx::Status> known;
     const kvx::StatusFacts facts = kvx::statusFacts();
@@ -37,13 +41,37 @@ TEST(StatusText, KnowsEveryStatusOfTheDevicesOnce)
         EXPECT_TRUE(known.insert(facts.first[i].status).second) << facts.first[i].status;
         EXPECT_NE(std::string(facts.first[i].meaning), "");
     }
-    for (kvx::Status status :
-         {kAudioHardwareNoError, kAudioHardwareNotRunningError, kAudioHardwareUnspecifiedError,
-          kAudioHardwareUnknownPropertyError, kAudioHardwareBadPropertySizeError,
-          kAudioHardwareIllegalOperationError, kAudioHardwareBadObjectError, kAudioHardwareBadDeviceError,
-          kAudioHardwareBadStreamError, kAudioHardwareUnsupportedOperationError,
-          kAudioDeviceUnsupportedFormatError, kAudioDevicePermissionsError})
-        EXPECT_EQ(known.count(status), 1u) << kvx::printStatus(status);
+    // clang-format off
+    constexpr kvx::Status met[] = {
+        kAudioHardwareNoError,
+        kAudioHardwareNotRunningError,
+        kAudioHardwareUnspecifiedError,
+        kAudioHardwareUnknownPropertyError,
+        kAudioHardwareBadPropertySizeError,
+        kAudioHardwareIllegalOperationError,
+        kAudioHardwareBadObjectError,
+        kAudioHardwareBadDeviceError,
+        kAudioHardwareBadStreamError,
+        kAudioHardwareUnsupportedOperationError,
+        kAudioDeviceUnsupportedFormatError,
+        kAudioDevicePermissionsError,
+        kAudioUnitErr_InvalidProperty,
+        kAudioUnitErr_InvalidParameter,
+        kAudioUnitErr_FailedInitialization,
+        kAudioUnitErr_FormatNotSupported,
+        kAudioUnitErr_InvalidPropertyValue,
+        kAudioFileUnspecifiedError,
+        kAudioFileUnsupportedFileTypeError,
+        kAudioFileUnsupportedDataFormatError,
+        kAudioFilePermissionsError,
+        kAudioFileInvalidFileError,
+        kAUGraphErr_NodeNotFound,
+        kAUGraphErr_InvalidConnection,
+        fnfErr,
+        memFullErr,
+    };
+    // clang-format on
+    for (kvx::Status status : met) EXPECT_EQ(known.count(status), 1u) << kvx::printStatus(status);
 }
 
 } // namespace

@@ -1,0 +1,40 @@
+// When a file has been played to its end, and how long what came of it is.
+#pragma once
+
+#include <cstdint>
+
+namespace kvx {
+
+/// What the units between file and device hold back, summed. Seconds.
+struct Delay {
+    double latency = 0; ///< how far the position is ahead of what is heard
+    double tail = 0;    ///< how long sound goes on behind the last frame that went in
+};
+
+/// Frames that come of `fileFrames` of a file, at `fileRate` Hz, played at `rate` into a device at
+/// `deviceRate`: to the nearest.
+std::uint64_t framesRendered(std::uint64_t fileFrames, double fileRate, double rate, double deviceRate);
+
+/// A time in whole frames of a device; one that is begun counts.
+std::uint64_t framesOf(double seconds, double deviceRate);
+
+/// A rate as the class keeps it: hundredths, rounded down, in single precision. The hundredth that it stands
+/// for; others as they are.
+double asGiven(double rate);
+
+/// Told now and then how far a player is, it says when all of the file has been heard.
+class EndRule {
+public:
+    /// The last frame has not gone in, or no longer: the player was moved back, or loops.
+    void notAtEnd() { isEndSeen_ = false; }
+
+    /// The last frame has gone in. `frames`: what the device has rendered so far; `framesBehindEnd`: what
+    /// must be rendered from here on, until nothing is held back any more.
+    bool hasEnded(std::uint64_t frames, std::uint64_t framesBehindEnd);
+
+private:
+    std::uint64_t endSeenAt_ = 0;
+    bool isEndSeen_ = false;
+};
+
+} // namespace kvx

@@ -1,0 +1,15 @@
+// What the class of the file player tells of a file.
+#pragma once
+
+#include "host/kvx/programme.h"
+#include "host/runtime/host.h"
+
+#include <string>
+
+namespace kvx {
+
+/// Load the file and print the formats as the class gives them, rate, channels and duration: a line each.
+/// Throws Failure. [main]
+std::string printFileInfo(host::Host& host, const ProgrammeFile& file);
+
+} // namespace kvx

@@ -1,0 +1,27 @@
+// Files through the class of the file player, one object each, with keys where there is a terminal.
+#pragma once
+
+#include "host/kvx/output_device.h"
+#include "host/kvx/player_options.h"
+#include "host/kvx/programme.h"
+#include "host/kvx/progress.h"
+#include "host/runtime/host.h"
+
+#include <vector>
+
+namespace kvx {
+
+/// Play all to the end, or until the user quits or interrupts. True if anything was heard. Throws Failure.
+/// [main]
+bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const PlayerOptions& options,
+               const KVXDeviceInfo& device, bool isStepped, Progress& progress);
+
+/// The channels to load a file with: its own, no more than the device has. A device of two or more gets mono
+/// as two, or only one side would sound.
+int channelsToLoad(int fileChannels, int deviceChannels);
+
+/// Load a file in the way that the options say, with something to see meanwhile.
+void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
+              Progress& progress);
+
+} // namespace kvx

@@ -1,0 +1,210 @@
+// kvx render: a file through the same units as `kvx play`, on a device of its own that is turned by hand.
+#include "host/kvx/commands.h"
+#include "host/kvx/end_rule.h"
+#include "host/kvx/failure.h"
+#include "host/kvx/file_play.h"
+#include "host/kvx/interrupt.h"
+#include "host/kvx/library.h"
+#include "host/kvx/output_device.h"
+#include "host/kvx/player_options.h"
+#include "host/kvx/programme.h"
+#include "host/kvx/progress.h"
+#include "host/kvx/rendered_file.h"
+#include "host/kvx/write_aside.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+namespace kvx {
+namespace {
+
+struct RenderOptions {
+    std::string from, to;
+    double deviceRate = 0; // Hz; 0: the file's
+    std::optional<double> duration;
+    bool isQuiet = false;
+    PlayerOptions player;
+    LibraryOptions library;
+};
+
+constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device, Hz
+constexpr int mostChannels = 64;                          // likewise
+constexpr std::uint32_t stepFrames = 8192;                // between two looks at the user
+
+// The device that renders, plugged in for as long as this lives.
+class RenderDevice {
+public:
+    RenderDevice(double rate, int channels)
+    {
+        KVXSimulatedDevice description = {};
+        description.name = "Render";
+        description.sampleRate = rate;
+        description.outputChannels = std::uint32_t(channels);
+        description.isStepped = 1;
+        device_ = KVXPlatformAddSimulatedDevice(&description);
+        if (!device_) throw Failure(KVXPlatformErrorText());
+    }
+    ~RenderDevice() { KVXPlatformRemoveSimulatedDevice(device_); }
+    RenderDevice(const RenderDevice&) = delete;
+    RenderDevice& operator=(const RenderDevice&) = delete;
+
+    KVXDeviceInfo info() const
+    {
+        KVXDeviceInfo wanted = {};
+        wanted.device = device_;
+        return deviceNow(wanted);
+    }
+
+private:
+    KVXDeviceID device_;
+};
+
+double rateOf(const RenderOptions& options, const ProgrammeFile& file)
+{
+    if (options.deviceRate > 0) return options.deviceRate;
+    const double rate = file.format.sampleRate;
+    if (rate >= lowestRate && rate <= highestRate) return rate;
+    throw Failure(
+        fmt::format("{} has a rate of {} Hz, at which nothing renders; give another with --device-rate",
+                    file.path, rate));
+}
+
+// A channel map says which channels there are; else the file does.
+int deviceChannelsOf(const RenderOptions& options, const ProgrammeFile& file)
+{
+    const auto& map = options.player.channelMap;
+    return std::clamp(map ? int(map->size()) : file.format.fileChannels, 1, mostChannels);
+}
+
+// A loop has no end of its own, nor has what is left of the file a length when the user gave another.
+std::uint64_t framesWanted(const RenderOptions& options, const FilePlayer& player, const ProgrammeFile& file,
+                           double deviceRate)
+{
+    const auto skipped = std::uint64_t(std::llround(player.position() * file.format.sampleRate));
+    const std::uint64_t left =
+        std::uint64_t(file.format.frames) - std::min(skipped, std::uint64_t(file.format.frames));
+    const std::uint64_t whole = framesRendered(left, file.format.sampleRate, player.rate(), deviceRate) +
+                                framesOf(player.delay().tail, deviceRate);
+    if (!options.duration) return whole;
+    const std::uint64_t asked = framesOf(*options.duration, deviceRate);
+    return options.player.loop ? asked : std::min(asked, whole);
+}
+
+// Turn the device until all frames are there. False when the user interrupts.
+bool turnToTheEnd(const KVXDeviceInfo& device, RenderedFile& file, Progress& progress)
+{
+    const double rate = device.sampleRate;
+    while (file.framesTaken() < file.framesWanted()) {
+        if (isInterrupted()) return false;
+        const std::uint64_t left = file.framesWanted() - file.framesTaken();
+        const auto step = std::uint32_t(std::min<std::uint64_t>(left, stepFrames));
+        if (KVXPlatformStep(device.device, step) != step)
+            throw Failure("the device stopped before the end; see that the library is whole");
+        file.checkDisk();
+        KVXPlatformDrainMainQueue(0);
+        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", printTime(double(file.framesTaken()) / rate),
+                                      printTime(double(file.framesWanted()) / rate),
+                                      100.0 * double(file.framesTaken()) / double(file.framesWanted())));
+    }
+    return true;
+}
+
+void checkSound(const FilePlayer& player)
+{
+    if (const Status status = player.renderError(); status != 0)
+        throw Failure(fmt::format("a part of it could not be rendered: {}", printStatus(status)));
+}
+
+// True when the file stands under its name.
+bool renderWith(host::Host& host, const RenderOptions& options, const ProgrammeFile& file, Progress& progress)
+{
+    const CoreAudio core(host);
+    const double rate = rateOf(options, file);
+    const int deviceChannels = deviceChannelsOf(options, file);
+    const int channels = std::min(file.format.fileChannels, mostChannels);
+    checkAgainstFile(options.player, file.path, file.format.duration(), channels, deviceChannels);
+
+    const RenderDevice device(rate, deviceChannels);
+    FilePlayer player(host, core);
+    loadFile(player, file, channels, options.player, progress);
+    player.setDevice(device.info().device);
+    applyAfterLoad(options.player, player);
+
+    RenderedFile out(device.info(), options.to, framesWanted(options, player, file, rate));
+    player.play();
+    const bool isWhole = turnToTheEnd(device.info(), out, progress);
+    progress.wipe();
+    player.pause();
+    if (!isWhole) return false;
+    checkSound(player);
+    out.keep();
+    progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, printChannels(deviceChannels),
+                             printTime(double(out.framesTaken()) / rate)));
+    return true;
+}
+
+int render(const RenderOptions& options)
+{
+    doWithoutHardware();
+    Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
+    const ProgrammeFile file = filesOf(planProgramme({options.from})).front();
+    refuseToOverwrite({options.from}, options.to, "the result");
+    asideOf(options.to); // to be refused before the work, not behind it
+
+    InterruptGuard guard; // from here on there may be a file to clear away
+    Library library(options.library);
+    if (!renderWith(library.host(), options, file, progress)) {
+        progress.leaveLine();
+        progress.say("Stopped; nothing was written.");
+    }
+    return closeLibrary(library, interruptExitCode());
+}
+
+void checkRenderOptions(const RenderOptions& options)
+{
+    checkTogether(options.player);
+    if (options.from.empty()) throw CLI::RequiredError("FILE");
+    if (options.to.empty()) throw CLI::RequiredError("OUT.wav");
+    if (options.player.loop && !options.duration)
+        throw CLI::ValidationError("--loop",
+                                   "a loop has no end; say with --duration how long OUT.wav is to be");
+    if (options.deviceRate != std::floor(options.deviceRate))
+        throw CLI::ValidationError("--device-rate", "a WAV file has a whole number of frames a second");
+}
+
+} // namespace
+
+void addRenderCommand(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<RenderOptions>();
+    CLI::App* command =
+        app.add_subcommand("render", "Write what `kvx play` would make of a file, as fast as it goes");
+    command->add_option("file", options->from, "Any file that libsndfile reads")->type_name("FILE");
+    command->add_option("out", options->to, "The result: WAV, 32-bit float, the same bytes each time")
+        ->type_name("OUT.wav");
+    command->add_option("--device-rate", options->deviceRate, "Sample rate of the result [the file's]")
+        ->type_name("HZ")
+        ->check(inRange(lowestRate, highestRate));
+    command
+        ->add_option("--duration", options->duration, "Length of the result, at most; with --loop, exactly")
+        ->type_name("SECONDS")
+        ->check(inRange(0.001, 1e6));
+    command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
+    addPlayerOptions(*command, options->player);
+    addLibraryOptions(*command, options->library);
+    command->footer("OUT.wav has the file's channels, or with --channel-map those of the map.");
+    command->callback([options, &action] {
+        if (options->player.isCurveListWanted) {
+            action = showNamedCurves;
+            return;
+        }
+        checkRenderOptions(*options);
+        action = [options] { return render(*options); };
+    });
+}
+
+} // namespace kvx

@@ -1,0 +1,65 @@
+#include "host/kvx/rendered_file.h"
+
+#include "host/kvx/failure.h"
+#include "host/kvx/write_aside.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace kvx {
+
+RenderedFile::RenderedFile(const KVXDeviceInfo& device, const std::string& path, std::uint64_t frames)
+    : device_(device.device), path_(path), unfinished_(asideOf(path)), wanted_(frames)
+{
+    SF_INFO info = {};
+    info.samplerate = int(device.sampleRate);
+    info.channels = int(device.outputChannels);
+    info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+    file_.reset(sf_open(unfinished_.c_str(), SFM_WRITE, &info));
+    if (!file_) {
+        std::remove(unfinished_.c_str());
+        throw Failure(fmt::format("{} cannot be written: {}; name another file", path, sf_strerror(nullptr)));
+    }
+    sf_command(file_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
+    KVXPlatformSetOutputTap(device_, take, this);
+}
+
+RenderedFile::~RenderedFile()
+{
+    KVXPlatformSetOutputTap(device_, nullptr, nullptr);
+    file_.reset();
+    if (!unfinished_.empty()) std::remove(unfinished_.c_str());
+}
+
+void RenderedFile::take(void* context, const float* samples, std::uint32_t frames, std::uint32_t)
+{
+    auto& self = *static_cast<RenderedFile*>(context);
+    const auto count = std::min<std::uint64_t>(frames, self.wanted_ - self.taken_);
+    if (self.isDiskFull_ || count == 0) return;
+    self.isDiskFull_ = sf_writef_float(self.file_.get(), samples, sf_count_t(count)) != sf_count_t(count);
+    self.taken_ += count;
+}
+
+void RenderedFile::checkDisk()
+{
+    if (!isDiskFull_) return;
+    const std::string aside = std::exchange(unfinished_, {});
+    file_.reset();
+    giveUpWriting(aside, path_);
+}
+
+void RenderedFile::keep()
+{
+    KVXPlatformSetOutputTap(device_, nullptr, nullptr);
+    checkDisk();
+    sf_write_sync(file_.get());
+    isDiskFull_ = sf_error(file_.get()) != SF_ERR_NO_ERROR || sf_close(file_.release()) != 0;
+    checkDisk();
+    moveIntoPlace(std::exchange(unfinished_, {}), path_);
+}
+
+} // namespace kvx
