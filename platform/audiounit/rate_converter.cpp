@@ -57,7 +57,7 @@ bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality q
 UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
 {
     const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
-    return static_cast<UInt32>(half) + 2; // rounded, and one more for the frame itself
+    return static_cast<UInt32>(half + 0.5) + 2; // the library rounds, then wants more than that and one
 }
 
 void RateConverter::setRatio(double ratio)

@@ -1,0 +1,54 @@
+// What filling asks of the C library: nothing.
+#include "tests/platform/audioconverter/converter.h"
+#include "tests/platform/audioconverter/plain_samples.h"
+#include "tests/platform/audiounit/alarm.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+using namespace test;
+
+TEST(AudioThread, TheAlarmRings)
+{
+    const int before = alarm_::allocations();
+    alarm_::forbid(true);
+    void* volatile memory = std::malloc(10);
+    std::free(memory);
+    alarm_::forbid(false);
+    EXPECT_GE(alarm_::allocations(), before + 2);
+}
+
+TEST(AudioThread, FillingAllocatesNothingAndTakesNoLock)
+{
+    for (std::size_t kind = 0; kind < kindCount; ++kind)
+        for (const Float64 to : {44100.0, 48000.0, 8000.0})
+            for (const UInt32 channels : {1u, 2u, 6u}) {
+                SCOPED_TRACE(std::string(kinds[kind].name) + " to " + std::to_string(to));
+                const auto from = formatOf(kinds[kind], 44100, channels, kind % 2);
+                Sound sound{from, std::vector<std::vector<unsigned char>>(channels), 3000, 333};
+                for (auto& buffer : sound.buffers) buffer.resize(3000 * from.mBytesPerFrame);
+                const Converter converter(from, canonical(to, 2));
+                List list(canonical(to, 2), 512);
+                const int allocations = alarm_::allocations(), locks = alarm_::locks();
+                UInt32 total = 0;
+                for (int turn = 0; turn < 10; ++turn) {
+                    list.lend();
+                    UInt32 packets = 512;
+                    alarm_::forbid(true);
+                    AudioConverterFillComplexBuffer(converter, Sound::procedure, &sound, &packets, list.get(),
+                                                    nullptr);
+                    if (turn == 8) AudioConverterReset(converter);
+                    alarm_::forbid(false);
+                    total += packets;
+                }
+                EXPECT_GT(total, 500u);
+                EXPECT_EQ(alarm_::allocations(), allocations);
+                EXPECT_EQ(alarm_::locks(), locks);
+            }
+}
+
+} // namespace

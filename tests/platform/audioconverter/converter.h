@@ -1,0 +1,75 @@
+// A converter that disposes itself, and input procedures that do what a script says.
+#pragma once
+
+#include "tests/platform/audiounit/unit.h"
+
+#include <AudioToolbox/AudioConverter.h>
+
+#include <vector>
+
+namespace test {
+
+class Converter {
+public:
+    Converter(const AudioStreamBasicDescription& from, const AudioStreamBasicDescription& to)
+        : status(AudioConverterNew(&from, &to, &converter))
+    {
+    }
+    ~Converter()
+    {
+        if (converter) AudioConverterDispose(converter);
+    }
+    Converter(const Converter&) = delete;
+    operator AudioConverterRef() const { return converter; }
+    AudioConverterRef release()
+    {
+        const AudioConverterRef released = converter;
+        converter = nullptr;
+        return released;
+    }
+
+    template <class T>
+    OSStatus set(AudioConverterPropertyID id, const T& value) const
+    {
+        return AudioConverterSetProperty(converter, id, sizeof value, &value);
+    }
+    template <class T>
+    T get(AudioConverterPropertyID id) const
+    {
+        T value{};
+        UInt32 size = sizeof value;
+        AudioConverterGetProperty(converter, id, &size, &value);
+        return value;
+    }
+
+private:
+    AudioConverterRef converter = nullptr;
+
+public:
+    const OSStatus status;
+};
+
+/// All of a sound, given in pieces of up to `most` packets.
+struct Sound {
+    AudioStreamBasicDescription format;
+    std::vector<std::vector<unsigned char>> buffers;
+    UInt32 frames;
+    UInt32 most = ~UInt32{0};
+    UInt32 at = 0;
+
+    static OSStatus procedure(AudioConverterRef, UInt32* packets, AudioBufferList* list,
+                              AudioStreamPacketDescription**, void* sound);
+};
+
+/// Interleaved 32-bit float.
+Sound soundOf(Float64 rate, UInt32 channels, const std::vector<float>& samples);
+
+/// Fill `list` with up to `frames` frames; the frames it got.
+UInt32 fill(AudioConverterRef converter, AudioConverterComplexInputDataProc procedure, void* context,
+            UInt32 frames, List& list, OSStatus expected = noErr);
+
+/// Everything that a sound becomes, in interleaved 32-bit float, filled `piece` frames at a time until none
+/// come.
+std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 channels, UInt32 piece);
+
+} // namespace test

@@ -1,0 +1,196 @@
+// Every kind of sample into every other, sample by sample against a plain reference.
+#include "tests/platform/audioconverter/converter.h"
+#include "tests/platform/audioconverter/plain_samples.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace test;
+
+/// Samples of a kind that are likely to go wrong, then any at all.
+std::vector<std::uint64_t> samplesOf(const Kind& kind, UInt32 count)
+{
+    std::vector<std::uint64_t> raws;
+    std::mt19937_64 random(kind.bits * 131 + kind.flags);
+    if (kind.flags & isFloat) {
+        constexpr double inf = std::numeric_limits<double>::infinity();
+        for (const double value :
+             {0.0, -0.0, 1.0, -1.0, 0.5, 1.5, -2.0, inf, -inf, 1e-40, 0.25 / 128, 0.5 / 128, 1.5 / 128,
+              -0.5 / 32768, 2.5 / 32768, 127.5 / 128, 32767.5 / 32768, 0.99999999999, 1e30}) {
+            std::uint64_t raw = 0;
+            const auto narrow = static_cast<float>(value);
+            if (kind.bytes == 8)
+                std::memcpy(&raw, &value, 8);
+            else
+                std::memcpy(&raw, &narrow, 4);
+            raws.push_back(raw);
+        }
+        const bool isWide = kind.bytes == 8;
+        raws.push_back(isWide ? 0x7FF8000000001234u : 0x7FC01234u); // not a number, and a quiet one
+        raws.push_back(isWide ? 0xFFF0000000000001u : 0xFF800001u); // one that signals
+        while (raws.size() < count / 2) {
+            const double value = std::uniform_real_distribution<double>(-1.1, 1.1)(random);
+            const auto narrow = static_cast<float>(value);
+            std::uint64_t raw = 0;
+            std::memcpy(&raw, isWide ? static_cast<const void*>(&value) : &narrow, kind.bytes);
+            raws.push_back(raw);
+        }
+    } else {
+        const std::uint64_t top = std::uint64_t{1} << (kind.bytes * 8 - 1);
+        for (const std::uint64_t raw :
+             {std::uint64_t{0}, std::uint64_t{1}, top, top - 1, top + 1, 2 * top - 1})
+            raws.push_back(raw);
+    }
+    const std::uint64_t mask = kind.bytes == 8 ? ~std::uint64_t{0} : (std::uint64_t{1} << kind.bytes * 8) - 1;
+    while (raws.size() < count) raws.push_back(random() & mask);
+    raws.resize(count);
+    return raws;
+}
+
+unsigned char* bytesAt(const AudioStreamBasicDescription& format, const Kind& kind,
+                       std::vector<std::vector<unsigned char>>& buffers, UInt32 frame, UInt32 channel)
+{
+    const bool apart = format.mFormatFlags & isApart;
+    return buffers[apart ? channel : 0].data() + frame * format.mBytesPerFrame +
+           (apart ? 0 : channel * kind.bytes);
+}
+
+Sound soundOf(const Kind& kind, const AudioStreamBasicDescription& format,
+              const std::vector<std::uint64_t>& raws)
+{
+    const UInt32 channels = format.mChannelsPerFrame;
+    const UInt32 frames = static_cast<UInt32>(raws.size()) / channels;
+    const UInt32 buffers = format.mFormatFlags & isApart ? channels : 1;
+    Sound sound{format, std::vector<std::vector<unsigned char>>(buffers), frames};
+    for (auto& buffer : sound.buffers) buffer.resize(frames * format.mBytesPerFrame);
+    for (UInt32 frame = 0; frame < frames; ++frame)
+        for (UInt32 c = 0; c < channels; ++c)
+            putRaw(kind, raws[frame * channels + c], bytesAt(format, kind, sound.buffers, frame, c));
+    return sound;
+}
+
+/// One pair of formats, given in pieces and taken in pieces.
+void expectPair(const Kind& from, bool fromApart, const Kind& to, bool toApart, UInt32 channels)
+{
+    constexpr UInt32 frames = 120;
+    const auto source = formatOf(from, 44100, channels, fromApart);
+    const auto destination = formatOf(to, 44100, channels, toApart);
+    const auto raws = samplesOf(from, frames * channels);
+    Sound sound = soundOf(from, source, raws);
+    sound.most = 50;
+    const Converter converter(source, destination);
+    ASSERT_EQ(converter.status, noErr);
+
+    std::vector<std::vector<unsigned char>> out(toApart ? channels : 1);
+    for (UInt32 done = 0; done < frames;) {
+        List list(destination, 71);
+        const UInt32 got = fill(converter, Sound::procedure, &sound, 71, list);
+        ASSERT_GT(got, 0u);
+        for (UInt32 i = 0; i < out.size(); ++i) {
+            ASSERT_EQ(list[i].mDataByteSize, got * destination.mBytesPerFrame);
+            out[i].insert(out[i].end(), list.bytes(i), list.bytes(i) + list[i].mDataByteSize);
+        }
+        done += got;
+    }
+    for (UInt32 frame = 0; frame < frames; ++frame)
+        for (UInt32 c = 0; c < channels; ++c) {
+            const std::uint64_t raw = raws[frame * channels + c];
+            const std::uint64_t expected = converted(from, raw, to);
+            const std::uint64_t found = rawAt(to, bytesAt(destination, to, out, frame, c));
+            const bool isCopy = from.bits == to.bits && from.bytes == to.bytes && expected == raw;
+            ASSERT_TRUE(isCopy ? found == expected : isSame(to, found, expected))
+                << "frame " << frame << ", channel " << c << std::hex << ": " << raw << " became " << found
+                << ", not " << expected;
+        }
+}
+
+TEST(Formats, EachBecomesEachOther)
+{
+    for (std::size_t i = 0; i < kindCount; ++i)
+        for (std::size_t k = 0; k < kindCount; ++k)
+            for (const UInt32 channels : {1u, 2u, 3u})
+                for (int apart = 0; apart < 4; ++apart) {
+                    SCOPED_TRACE(std::string(kinds[i].name) + " to " + kinds[k].name + ", " +
+                                 std::to_string(channels) + " channels, " + std::to_string(apart));
+                    expectPair(kinds[i], apart & 1, kinds[k], apart & 2, channels);
+                    if (HasFatalFailure()) return;
+                }
+}
+
+// What the reference itself says, in words that can be looked up.
+TEST(Formats, TheReferenceIsRight)
+{
+    const Kind &byte = kinds[0], &word = kinds[2], &three = kinds[5], &whole = kinds[13], &single = kinds[16];
+    // clang-format off
+    const struct { const Kind& from; std::uint64_t raw; const Kind& to; std::uint64_t result; const char* why; } facts[] = {
+        {byte,   0x80,       single, 0xBF800000, "the least is -1"},
+        {word,   0x4000,     single, 0x3F000000, "half of full scale"},
+        {three,  0x000001,   single, 0x34000000, "1 / 2^23, exactly"},
+        {single, 0x3F800000, word,   0x7FFF,     "+1 stops at full scale"},
+        {single, 0xC0000000, word,   0x8000,     "-2 stops, too"},
+        {single, 0x7FC00000, word,   0,          "not a number"},
+        {word,   0x1280,     byte,   0x12,       "a tie, to the even one below"},
+        {word,   0x1380,     byte,   0x14,       "a tie, to the even one above"},
+        {whole,  0x7FFFFFFF, three,  0x7FFFFF,   "rounded up it would be too much"},
+        {whole,  0x12345678, whole,  0x12345678, "itself"},
+        {word,   0x8001,     whole,  0x80010000, "wider"},
+    };
+    // clang-format on
+    for (const auto& fact : facts)
+        EXPECT_EQ(converted(fact.from, fact.raw, fact.to), fact.result) << fact.why;
+}
+
+TEST(Formats, WhatSourceAndDestinationMayBe)
+{
+    const auto good = interleaved(44100, 2);
+    auto other = good;
+    other.mFormatID = kAudioFormatULaw;
+    auto frames = good;
+    frames.mFramesPerPacket = 2;
+    auto lopsided = good;
+    lopsided.mBytesPerFrame = 7;
+    auto fixed = pcm(44100, 2, 32, isSigned | isPacked | 24 << 7);
+    // clang-format off
+    const struct { AudioStreamBasicDescription from, to; OSStatus status; const char* why; } facts[] = {
+        {good,                             good,                             noErr,                                       "the same"},
+        {other,                            good,                             kAudioConverterErr_FormatNotSupported,       "not linear PCM"},
+        {good,                             other,                            kAudioConverterErr_FormatNotSupported,       "nor here"},
+        {frames,                           good,                             kAudioConverterErr_FormatNotSupported,       "two frames a packet"},
+        {good,                             lopsided,                         kAudioConverterErr_FormatNotSupported,       "seven bytes a frame"},
+        {fixed,                            good,                             kAudioConverterErr_FormatNotSupported,       "fixed point"},
+        {pcm(44100, 2, 40, isSigned, 5),   good,                             kAudioConverterErr_FormatNotSupported,       "40 bits"},
+        {interleaved(44100, 0),            good,                             kAudioConverterErr_FormatNotSupported,       "no channels"},
+        {interleaved(44100, 1024),         interleaved(44100, 1024),         noErr,                                       "many channels"},
+        {interleaved(44100, 1025),         good,                             kAudioConverterErr_FormatNotSupported,       "too many"},
+        {interleaved(0, 2),                good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "no rate"},
+        {good,                             interleaved(0, 2),                kAudioConverterErr_OutputSampleRateOutOfRange, "no rate"},
+        {interleaved(-1, 2),               good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "backwards"},
+        {interleaved(std::nan(""), 2),     good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "not a number"},
+        {good,                             interleaved(INFINITY, 2),         kAudioConverterErr_OutputSampleRateOutOfRange, "no number"},
+        {interleaved(1000, 2),             interleaved(256000, 2),           noErr,                                       "256 times"},
+        {interleaved(1000, 2),             interleaved(257000, 2),           kAudioConverterErr_OutputSampleRateOutOfRange, "more"},
+        {interleaved(256000, 2),           interleaved(1000, 2),             noErr,                                       "a 256th"},
+        {interleaved(257000, 2),           interleaved(1000, 2),             kAudioConverterErr_OutputSampleRateOutOfRange, "less"},
+        {interleaved(44100, 128),          interleaved(48000, 128),          noErr,                                       "as many as a filter takes"},
+        {interleaved(44100, 129),          interleaved(48000, 129),          kAudioConverterErr_FormatNotSupported,       "more than it takes"},
+        {interleaved(44100, 129),          interleaved(48000, 2),            noErr,                                       "few are left to filter"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        auto* converter = reinterpret_cast<AudioConverterRef>(1);
+        EXPECT_EQ(AudioConverterNew(&fact.from, &fact.to, &converter), fact.status) << fact.why;
+        EXPECT_EQ(converter != nullptr, fact.status == noErr) << fact.why;
+        if (converter) {
+            EXPECT_EQ(AudioConverterDispose(converter), noErr);
+        }
+    }
+}
+
+} // namespace
