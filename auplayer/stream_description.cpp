@@ -62,15 +62,15 @@ void addAppleLossless(Line& line, const AudioStreamBasicDescription& format)
 void addLinearPCM(Line& line, const AudioStreamBasicDescription& format, UInt32 wordSize)
 {
     const auto has = [&](UInt32 flag) { return (format.mFormatFlags & flag) != 0; };
-    const int fraction = number((format.mFormatFlags & kLinearPCMFormatFlagsSampleFractionMask) >>
-                                kLinearPCMFormatFlagsSampleFractionShift);
-    const int bits = number(format.mBitsPerChannel);
+    const UInt32 fraction = (format.mFormatFlags & kLinearPCMFormatFlagsSampleFractionMask) >>
+                            kLinearPCMFormatFlagsSampleFractionShift;
 
     char depth[32];
     if (fraction)
-        std::snprintf(depth, sizeof depth, "%d.%d", bits - fraction, fraction);
+        std::snprintf(depth, sizeof depth, "%d.%d", number(format.mBitsPerChannel - fraction),
+                      number(fraction));
     else
-        std::snprintf(depth, sizeof depth, "%d", bits);
+        std::snprintf(depth, sizeof depth, "%d", number(format.mBitsPerChannel));
 
     const bool isFloat = has(kAudioFormatFlagIsFloat);
     const char* const order = wordSize <= 1                      ? ""

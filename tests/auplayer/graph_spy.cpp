@@ -175,7 +175,13 @@ struct InOut {
 };
 std::string text(InOut size) { return size.size ? "size " + decimal(*size.size) : "size nowhere"; }
 
-std::string text(Float32 number) { return real(static_cast<double>(number)); }
+/// With as many digits as tell any two apart.
+std::string text(Float32 number)
+{
+    char digits[40];
+    std::snprintf(digits, sizeof digits, "%.9g", static_cast<double>(number));
+    return digits;
+}
 
 std::string text(const AudioObjectPropertyAddress* address)
 {
@@ -315,7 +321,7 @@ OSStatus giveProperty(OSStatus refusal, UInt32* size, void* place, const T& give
 OSStatus giveScripted(const Call& call, UInt32* size, void* place)
 {
     if (call.refusal) {
-        if (size) rubbish(place, *size);
+        if (size && call.scripted.leavesRubbish) rubbish(place, *size);
         return call.refusal;
     }
     if (place && size)
@@ -323,6 +329,14 @@ OSStatus giveScripted(const Call& call, UInt32* size, void* place)
                     std::min<std::size_t>(call.scripted.value.size(), *size));
     if (size && call.scripted.size) *size = *call.scripted.size;
     return noErr;
+}
+
+const Device* findDevice(AudioDeviceID id)
+{
+    const auto& devices = thePlatform.devices;
+    const auto found =
+        std::find_if(devices.begin(), devices.end(), [&](const Device& device) { return device.id == id; });
+    return found == devices.end() ? nullptr : &*found;
 }
 
 void keepValue(const void* bytes, UInt32 size)
@@ -599,14 +613,24 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectP
                                         UInt32 qualifierSize, const void* qualifier, UInt32* size)
 {
     const Call call = note(__func__, Number{object}, address, Number{qualifierSize}, qualifier);
-    if (!call.refusal && call.scripted.size) *size = *call.scripted.size;
-    return call.refusal;
+    if (call.refusal) return call.refusal;
+    if (!thePlatform.deviceLists.count(address->mSelector)) return kAudioHardwareUnknownPropertyError;
+    *size =
+        call.scripted.size.value_or(static_cast<UInt32>(thePlatform.devices.size() * sizeof(AudioDeviceID)));
+    return noErr;
 }
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierSize, const void* qualifier, UInt32* size, void* data)
 {
-    const Call call = note(__func__, Number{object}, address, Number{qualifierSize}, qualifier, InOut{size});
+    Call call = note(__func__, Number{object}, address, Number{qualifierSize}, qualifier, InOut{size});
+    if (address->mSelector == 'name') {
+        const Device* const device = findDevice(object);
+        if (device && device->nameStatus) call.refusal = device->nameStatus;
+        if (device) call.scripted.value = device->name;
+    } else if (call.scripted.value.empty()) {
+        for (const Device& device : thePlatform.devices) call.scripted.value += bytesOf(device.id);
+    }
     return giveScripted(call, size, data);
 }
 
@@ -618,9 +642,11 @@ OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID property, UInt32* size
 OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID device, UInt32 channel, Boolean isInput,
                                     AudioDevicePropertyID property, UInt32* size, Boolean* writable)
 {
-    return note(__func__, Number{device}, Number{channel}, Number{isInput}, Code{property}, InOut{size},
-                static_cast<const void*>(writable))
-        .refusal;
+    const OSStatus refusal = note(__func__, Number{device}, Number{channel}, Number{isInput}, Code{property},
+                                  InOut{size}, static_cast<const void*>(writable))
+                                 .refusal;
+    const Device* const found = findDevice(device);
+    return refusal || (found && found->hasOutput) ? refusal : OSStatus{kAudioHardwareUnknownPropertyError};
 }
 
 // ---- paths and strings ----

@@ -23,6 +23,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -39,9 +40,18 @@ struct File {
     Float64 seconds = 2.5;            ///< as the platform estimates them
 };
 
+/// A device of the system's list.
+struct Device {
+    AudioDeviceID id;
+    std::string name; ///< its bytes, with a terminator where it has one
+    bool hasOutput = true;
+    OSStatus nameStatus = 0;
+};
+
 /// What one function answers, each time it is called.
 struct Answer {
     OSStatus status = 0;            ///< other than 0: refused; for one that makes something: null
+    bool leavesRubbish = true;      ///< refused, where its answer would stand
     std::optional<UInt32> size;     ///< written to the caller's size
     std::string value;              ///< written to the caller's buffer, as much as its size has room for
     Float32 number = 0;             ///< of AudioUnitGetParameter
@@ -52,6 +62,8 @@ struct Answer {
 struct Platform {
     File file;
     bool isRunning = false; ///< of every graph
+    std::vector<Device> devices;
+    std::set<AudioObjectPropertySelector> deviceLists = {'#dev', 'dev#'}; ///< by which the list is known
     std::map<std::string, Answer> answers;
     /// Calls refused by their number, counted from 0 since the last reset or forgetCalls.
     std::map<std::size_t, OSStatus> refusals;

@@ -14,7 +14,7 @@ namespace {
 
 using auplayer::CAStreamBasicDescription;
 
-constexpr UInt32 isFloat = 1, isBigEndian = 2, isSigned = 4, isPacked = 8, isHigh = 0x10, isApart = 0x20;
+constexpr UInt32 isBigEndian = 2, isPacked = 8, isHigh = 0x10, isApart = 0x20;
 
 CAStreamBasicDescription format(double rate, UInt32 id, UInt32 flags, UInt32 packetBytes, UInt32 packetFrames,
                                 UInt32 frameBytes, UInt32 channels, UInt32 bits)
@@ -95,6 +95,8 @@ TEST(StreamDescription, ReadsAsOneLine)
          " 2 ch,  96000 Hz, 'lpcm' (0x0000008C) 31.1-bit little-endian signed integer", "one"},
         {format(96000, 'lpcm', 0x1F8C, 8, 1, 8, 2, 32),
          " 2 ch,  96000 Hz, 'lpcm' (0x00001F8C) -31.63-bit little-endian signed integer", "63, more than there are"},
+        {format(96000, 'lpcm', 0x1F84, 0, 1, 0, 2, 0x80000000),
+         " 2 ch,  96000 Hz, 'lpcm' (0x00001F84) 2147483585.63-bit signed integer", "the least number of bits wraps"},
         {format(96000, 'lpcm', 0x200C, 8, 1, 8, 2, 32),
          " 2 ch,  96000 Hz, 'lpcm' (0x0000200C) 32-bit little-endian signed integer", "the bit above them is not theirs"},
         {format(96000, 'lpcm', 0x4C, 8, 1, 8, 2, 32),
@@ -213,11 +215,11 @@ TEST(StreamDescription, IsNeverTooLongForItsBuffer)
         CAStreamBasicDescription description;
         std::size_t length;
     } rows[] = {
-        {format(-DBL_MAX, 'lpcm', 0xC000003E | 63 << 7, 0x80000000, 0x80000000, 0x80000000, 0x80000000,
-                0x80000000),
-         464},
-        {format(-DBL_MAX, 1, ~0u, 0x80000000, 0x80000000, 0x80000000, 0x80000000, 0x80000000), 458},
-        {format(-DBL_MAX, 'alac', ~0u, 0x80000000, 0x80000000, 0x80000000, 0x80000000, 0x80000000), 403},
+        {format(-DBL_MAX, 'lpcm', 0xC0000030 | 63 << 7, 0x80000000, 0x80000000, 0x80000000, 0x80000000,
+                0x8000003F),
+         459},
+        {format(-DBL_MAX, 1, ~0u, 0x80000000, 0x80000000, 0x80000000, 0x80000000, 0x80000000), 457},
+        {format(-DBL_MAX, 'alac', ~0u, 0x80000000, 0x80000000, 0x80000000, 0x80000000, 0x80000000), 407},
     };
     for (const auto& row : rows) {
         const std::string text = textOf(row.description);
