@@ -175,7 +175,8 @@ TEST_F(Render, PutsChannelsWhereTheMapSays)
         Sound expected = {44100, int(fact.channels.size()), {}};
         for (std::size_t frame = 0; frame < sound.frames(); ++frame)
             for (int channel : fact.channels)
-                expected.samples.push_back(channel < 0 ? 0.0f : sound.samples[frame * 2 + std::size_t(channel)]);
+                expected.samples.push_back(channel < 0 ? 0.0f
+                                                       : sound.samples[frame * 2 + std::size_t(channel)]);
         expectSame(renderOf(sound, {"--channel-map", fact.map}), expected);
     }
 }
@@ -251,7 +252,8 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
         if (fact.exitCode == 1) EXPECT_EQ(lineCount(result.err), 1u) << result.err;
         EXPECT_EQ(folder.count(), before) << "something was left behind";
     }
-    EXPECT_EQ(bytesOf(folder / "good.wav").size(), 44100u * 4 + 44 + (fs::file_size(folder / "good.wav") - 44100 * 4 - 44));
+    EXPECT_EQ(bytesOf(folder / "good.wav").size(),
+              44100u * 4 + 44 + (fs::file_size(folder / "good.wav") - 44100 * 4 - 44));
 }
 
 TEST_F(Render, LeavesAnEarlierResultWhenStopped)
@@ -260,7 +262,8 @@ TEST_F(Render, LeavesAnEarlierResultWhenStopped)
     std::ofstream(folder / "out.wav") << "earlier";
     for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
-        support::Child child(kvxCommand({"render", "in.wav", "out.wav", "--rate", "0.04"}), {}, folder.path());
+        support::Child child(kvxCommand({"render", "in.wav", "out.wav", "--rate", "0.04"}), {},
+                             folder.path());
         while (child.isRunning() && folder.count() < 3) std::this_thread::yield();
         child.send(signal);
         const auto result = child.wait();
@@ -277,8 +280,8 @@ TEST_F(Render, LeavesAnEarlierResultWhenTheDiskIsFull)
     support::writeSound(support::makeNoise(44100, 2, 44100 * 2), folder / "in.wav");
     std::ofstream(folder / "out.wav") << "earlier";
     const auto result = support::runChild(
-        {"sh", "-c", "trap '' XFSZ; ulimit -f 100; exec " + std::string(kvxPath) + " render in.wav out.wav"}, {},
-        folder.path());
+        {"sh", "-c", "trap '' XFSZ; ulimit -f 100; exec " + std::string(kvxPath) + " render in.wav out.wav"},
+        {}, folder.path());
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(lineCount(result.err), 1u) << result.err;
     EXPECT_NE(result.err.find("make room on the disk"), std::string::npos) << result.err;

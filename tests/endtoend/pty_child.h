@@ -77,7 +77,8 @@ public:
     /// The exit code, or 128 and the signal that ended it.
     int wait()
     {
-        while (readMore()) {}
+        while (readMore()) {
+        }
         int status = 0;
         waitpid(id_, &status, 0);
         hasEnded_ = true;

@@ -36,6 +36,8 @@ struct Watch {
     bool hasThread = false;
     std::vector<AudioUnit> units;
     std::vector<UnitUse> kept; // also to be asked
+    std::mutex listening;      // taken first
+    bool isListening = false;  // to the system: while there are units
 };
 
 // Never destroyed: its thread lives as long as the program.
@@ -70,31 +72,50 @@ void askUnits()
     }
 }
 
+bool hasUnits(Watch& all)
+{
+    const std::lock_guard<std::mutex> guard(all.lock);
+    return !all.units.empty();
+}
+
+// The listeners go with the last unit, or they would be found left over at a program's end.
+void listenWhileWatching()
+{
+    Watch& all = watch();
+    const std::lock_guard<std::mutex> guard(all.listening);
+    const bool isWanted = hasUnits(all);
+    if (isWanted == all.isListening) return;
+    for (const AudioObjectPropertyAddress& address : systemChanges)
+        if (isWanted)
+            AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
+        else
+            AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
+    all.isListening = isWanted;
+}
+
 } // namespace
 
 void beginWatching(AudioUnit unit)
 {
     Watch& all = watch();
-    bool isFirst = false;
     {
         const std::lock_guard<std::mutex> guard(all.lock);
         if (std::find(all.units.begin(), all.units.end(), unit) == all.units.end()) all.units.push_back(unit);
         all.kept.reserve(usualStops);
-        if (!all.hasThread) {
-            std::thread(askUnits).detach();
-            isFirst = all.hasThread = true;
-        }
+        if (!all.hasThread) std::thread(askUnits).detach();
+        all.hasThread = true;
     }
-    if (!isFirst) return;
-    for (const AudioObjectPropertyAddress& address : systemChanges)
-        AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
+    listenWhileWatching();
 }
 
 void endWatching(AudioUnit unit)
 {
     Watch& all = watch();
-    const std::lock_guard<std::mutex> guard(all.lock);
-    all.units.erase(std::remove(all.units.begin(), all.units.end(), unit), all.units.end());
+    {
+        const std::lock_guard<std::mutex> guard(all.lock);
+        all.units.erase(std::remove(all.units.begin(), all.units.end(), unit), all.units.end());
+    }
+    listenWhileWatching();
 }
 
 void beginListening(AudioDeviceID device)
