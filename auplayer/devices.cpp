@@ -53,6 +53,11 @@ bool readName(AudioDeviceID device, OwnedString& text)
     return true;
 }
 
+/// On every way out: the dictionary may be gone before the next one comes, and that to its address.
+struct Forgetting {
+    ~Forgetting() { forgetDictionary(); }
+};
+
 } // namespace
 
 std::uint32_t getCurrentDeviceID(REALobjectStruct* object, HostInteger)
@@ -99,17 +104,18 @@ REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger)
         AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size, memory.get());
     if (player.lasterror != noErr) return nullptr;
 
+    const Forgetting atTheEnd;
     OwnedObject dictionary(REALnewInstance("Dictionary"));
     if (!dictionary) return nullptr;
     const auto* const devices = reinterpret_cast<const AudioDeviceID*>(memory.get());
     for (UInt32 i = 0; i < std::min(size, room) / sizeof(AudioDeviceID); ++i) {
-        OwnedString name;
+        OwnedString name; // dropped last: the key first, then the value
+        OwnedObject value, key;
         if (!hasOutput(devices[i]) || !readName(devices[i], name)) continue;
-        const OwnedObject key(REALNewVariantInteger(static_cast<HostInteger>(devices[i])));
-        const OwnedObject value(REALNewVariantString(name.get()));
+        key.reset(REALNewVariantInteger(static_cast<HostInteger>(devices[i])));
+        value.reset(REALNewVariantString(name.get()));
         storeInDictionary(dictionary.get(), key.get(), value.get());
     }
-    forgetDictionary();
     return dictionary.release();
 }
 

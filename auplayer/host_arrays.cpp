@@ -40,6 +40,13 @@ bool readMap(AUPlayerData& player, Map& map)
     return player.lasterror == noErr;
 }
 
+void append(const Map& map, REALarrayStruct* array)
+{
+    const InsertInteger insert = REALInsertArrayValueInteger(array);
+    if (!insert) return;
+    for (UInt32 i = 0; i < map.count(); ++i) insert(array, REALGetArrayUBound(array) + 1, map.entries()[i]);
+}
+
 template <class Element>
 void updateEQ(REALobjectStruct* object, ArrayOf<Element>* eqBands)
 {
@@ -66,9 +73,11 @@ ArrayOf<HostInteger>* ChannelMap(REALobjectStruct* object)
     if (!readMap(beginCall(object), map)) return nullptr;
     REALarrayStruct* const array = REALCreateArray(integerElements, -1);
     if (!array) return nullptr;
-    if (const InsertInteger insert = REALInsertArrayValueInteger(array))
-        for (UInt32 i = 0; i < map.count(); ++i)
-            insert(array, REALGetArrayUBound(array) + 1, map.entries()[i]);
+    try {
+        append(map, array);
+    } catch (...) {
+        // No service takes an array back: the host gets it as far as it came.
+    }
     return static_cast<ArrayOf<HostInteger>*>(array);
 }
 

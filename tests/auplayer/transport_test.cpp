@@ -1,0 +1,239 @@
+// Start, stop and reset: the platform's calls, and what `Lasterror` says of them.
+#include "tests/auplayer/player_test.h"
+
+namespace {
+
+using namespace auplayer_test;
+
+class Transport : public PlayerTest {
+protected:
+    /// A player with a graph, at a position, and what `Lasterror` says in each call from now on.
+    void begin()
+    {
+        startOver();
+        ASSERT_TRUE(load());
+        graph_spy::forgetCalls();
+        data().position = 321;
+        data().lasterror = 4711;
+        seen_.clear();
+        graph_spy::platform().inEachCall = [this](std::size_t) { seen_.push_back(data().lasterror); };
+    }
+    const std::vector<HostInteger>& seen() const { return seen_; }
+
+private:
+    std::vector<HostInteger> seen_;
+};
+
+const Notes asked = {"AUGraphIsRunning(graph1)"};
+const Notes started = {"AUGraphIsRunning(graph1)", "AUGraphStart(graph1)"};
+const Notes stopped = {"AUGraphIsRunning(graph1)", "AUGraphStop(graph1)"};
+
+constexpr OSStatus badQuery = -10860, badStart = -10863, badStop = -10862;
+
+TEST_F(Transport, StartsAndStopsWhatDoesNotYetOrStill)
+{
+    enum Member { play, pause, playing };
+    const struct {
+        Member member;
+        HostBoolean value; ///< of `Playing`
+        bool isRunning;
+        OSStatus query, start, stop;
+        const Notes& calls;
+        HostInteger lasterror;
+        bool runsThen;
+        const char* why;
+    } rows[] = {
+        // clang-format off
+        //                 running query     start     stop
+        {play,    0,       false, 0,        0,        0,       started, 0,        true,  "Play"},
+        {play,    0,       true,  0,        0,        0,       asked,   0,        true,  "Play, which does"},
+        {play,    0,       false, 0,        badStart, 0,       started, badStart, false, "Play, refused"},
+        {play,    0,       false, badQuery, 0,        0,       started, 0,        true,  "Play, nobody knows"},
+        {play,    0,       true,  badQuery, 0,        0,       started, 0,        true,  "Play, nobody knows that it does"},
+        {play,    0,       false, badQuery, badStart, 0,       started, badStart, false, "Play, nobody knows, and refused"},
+        {pause,   0,       true,  0,        0,        0,       stopped, 0,        false, "Pause"},
+        {pause,   0,       false, 0,        0,        0,       asked,   0,        false, "Pause, which does"},
+        {pause,   0,       true,  0,        0,        badStop, stopped, badStop,  true,  "Pause, refused"},
+        {pause,   0,       true,  badQuery, 0,        0,       asked,   badQuery, true,  "Pause, nobody knows"},
+        {pause,   0,       false, badQuery, 0,        0,       asked,   badQuery, false, "Pause, nobody knows"},
+        {playing, 1,       false, 0,        0,        0,       started, 0,        true,  "Playing = true"},
+        {playing, 1,       true,  0,        0,        0,       asked,   0,        true,  "Playing = true, which it is"},
+        {playing, 1,       false, 0,        badStart, 0,       started, badStart, false, "Playing = true, refused"},
+        {playing, 1,       false, badQuery, 0,        0,       started, 0,        true,  "Playing = true, nobody knows"},
+        {playing, 0,       true,  0,        0,        0,       stopped, 0,        false, "Playing = false"},
+        {playing, 0,       false, 0,        0,        0,       asked,   0,        false, "Playing = false, which it is"},
+        {playing, 0,       true,  0,        0,        badStop, stopped, badStop,  true,  "Playing = false, refused"},
+        {playing, 0,       true,  badQuery, 0,        0,       asked,   badQuery, true,  "Playing = false, nobody knows"},
+        {playing, 2,       false, 0,        0,        0,       asked,   0,        false, "two is not true"},
+        {playing, 2,       true,  0,        0,        0,       asked,   0,        true,  "nor is it false"},
+        {playing, 255,     false, 0,        0,        0,       asked,   0,        false, "nor is any other"},
+        {playing, 255,     true,  0,        0,        0,       asked,   0,        true,  "either way"},
+        // clang-format on
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        begin();
+        graph_spy::platform().isRunning = row.isRunning;
+        graph_spy::answer("AUGraphIsRunning").status = row.query;
+        graph_spy::answer("AUGraphStart").status = row.start;
+        graph_spy::answer("AUGraphStop").status = row.stop;
+        switch (row.member) {
+        case play:
+            call<void>("Play", object());
+            break;
+        case pause:
+            call<void>("Pause", object());
+            break;
+        case playing:
+            set<HostBoolean>(object(), "Playing", row.value);
+        }
+        EXPECT_EQ(graph_spy::calls(), row.calls);
+        EXPECT_EQ(data().lasterror, row.lasterror);
+        ASSERT_FALSE(seen().empty());
+        EXPECT_EQ(seen().front(), -1);
+        EXPECT_EQ(graph_spy::platform().isRunning, row.runsThen);
+        EXPECT_EQ(data().position, 321u);
+        EXPECT_EQ(raised(), Notes());
+    }
+}
+
+TEST_F(Transport, TellsWhetherItPlays)
+{
+    const struct {
+        bool isRunning;
+        OSStatus status;
+        HostBoolean isPlaying;
+    } rows[] = {{false, 0, 0}, {true, 0, 1}, {true, badQuery, 0}, {false, badQuery, 0}, {true, 1, 0}};
+    for (const auto& row : rows) {
+        begin();
+        graph_spy::platform().isRunning = row.isRunning;
+        graph_spy::answer("AUGraphIsRunning").status = row.status;
+        EXPECT_EQ(get<HostBoolean>(object(), "Playing"), row.isPlaying);
+        EXPECT_EQ(graph_spy::calls(), asked);
+        EXPECT_EQ(data().lasterror, row.status);
+        EXPECT_EQ(seen(), std::vector<HostInteger>{-1});
+    }
+}
+
+TEST_F(Transport, WithoutAGraphPlayAndPauseAskNobody)
+{
+    for (const char* method : {"Play", "Pause"}) {
+        data().lasterror = 4711;
+        call<void>(method, object());
+        EXPECT_EQ(data().lasterror, -1);
+        EXPECT_EQ(graph_spy::calls(), Notes());
+    }
+}
+
+TEST_F(Transport, WithoutAGraphThePropertyAsksAllTheSame)
+{
+    graph_spy::answer("AUGraphIsRunning").status = -50;
+    graph_spy::answer("AUGraphStart").status = -51;
+    data().lasterror = 4711;
+    EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0);
+    EXPECT_EQ(data().lasterror, -50);
+    set<HostBoolean>(object(), "Playing", 0);
+    EXPECT_EQ(data().lasterror, -50);
+    set<HostBoolean>(object(), "Playing", 1);
+    EXPECT_EQ(data().lasterror, -51);
+    EXPECT_EQ(graph_spy::calls(), (Notes{"AUGraphIsRunning(null)", "AUGraphIsRunning(null)",
+                                         "AUGraphIsRunning(null)", "AUGraphStart(null)"}));
+}
+
+TEST_F(Transport, ReusesAGraphAsOftenAsItIsAsked)
+{
+    begin();
+    for (int i = 0; i < 3; ++i) {
+        call<void>("Play", object());
+        EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 1);
+        call<void>("Pause", object());
+        EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0);
+    }
+}
+
+// ---- reset ----
+
+TEST_F(Transport, ResetsTheUnitsFromTheMixerOn)
+{
+    begin();
+    call<void>("Reset", object());
+    EXPECT_EQ(graph_spy::calls(),
+              (Notes{"AudioUnitReset(mixer, global, 0)", "AudioUnitReset(timePitch, global, 0)",
+                     "AudioUnitReset(varispeed, global, 0)", "AudioUnitReset(equalizer, global, 0)",
+                     "AudioUnitReset(output, global, 0)"}));
+    EXPECT_EQ(seen(), (std::vector<HostInteger>{-1, 0, 0, 0, 0}));
+    EXPECT_EQ(data().lasterror, 0);
+    EXPECT_EQ(data().position, 321u);
+}
+
+TEST_F(Transport, ResetsOnPastAUnitThatRefuses)
+{
+    for (std::size_t refusing = 0; refusing < 5; ++refusing) {
+        begin();
+        graph_spy::platform().refusals = {{refusing, -10867}};
+        call<void>("Reset", object());
+        EXPECT_EQ(graph_spy::calls().size(), 5u);
+        EXPECT_EQ(data().lasterror, refusing == 4 ? -10867 : 0) << "the last status stays";
+        EXPECT_EQ(data().position, 321u);
+    }
+}
+
+TEST_F(Transport, ResetsTheUnitsThatThereAre)
+{
+    const struct {
+        AudioUnit auplayer::AUPlayerData::*unit;
+        const char* name;
+    } units[] = {{&auplayer::AUPlayerData::mixer, "mixer"},
+                 {&auplayer::AUPlayerData::timePitch, "timePitch"},
+                 {&auplayer::AUPlayerData::varispeed, "varispeed"},
+                 {&auplayer::AUPlayerData::equalizer, "equalizer"},
+                 {&auplayer::AUPlayerData::output, "output"}};
+    for (unsigned present = 0; present < 32; ++present) {
+        begin();
+        Notes expected;
+        for (unsigned i = 0; i < 5; ++i)
+            if (present >> i & 1)
+                expected.push_back(std::string("AudioUnitReset(") + units[i].name + ", global, 0)");
+            else
+                data().*units[i].unit = nullptr;
+        call<void>("Reset", object());
+        EXPECT_EQ(graph_spy::calls(), expected);
+        EXPECT_EQ(data().lasterror, present ? 0 : -1);
+    }
+}
+
+TEST_F(Transport, ResetsNothingBeforeALoad)
+{
+    data().lasterror = 4711;
+    call<void>("Reset", object());
+    EXPECT_EQ(graph_spy::calls(), Notes());
+    EXPECT_EQ(data().lasterror, -1);
+}
+
+// ---- exceptions ----
+
+TEST_F(Transport, LetsNoExceptionOfThePlatformThrough)
+{
+    const struct {
+        const char* function;
+        const char* method;
+        bool isRunning;
+    } rows[] = {
+        {"AUGraphIsRunning", "Play", false}, {"AUGraphStart", "Play", false},
+        {"AUGraphIsRunning", "Pause", true}, {"AUGraphStop", "Pause", true},
+        {"AudioUnitReset", "Reset", false},
+    };
+    for (const auto& row : rows) {
+        begin();
+        graph_spy::platform().isRunning = row.isRunning;
+        graph_spy::answer(row.function).during = [] { throw Thrown(); };
+        EXPECT_NO_THROW(call<void>(row.method, object())) << row.function;
+        EXPECT_EQ(data().position, 321u);
+    }
+    begin();
+    graph_spy::answer("AUGraphIsRunning").during = [] { throw Thrown(); };
+    EXPECT_NO_THROW(EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0));
+    EXPECT_NO_THROW(set<HostBoolean>(object(), "Playing", 1));
+}
+
+} // namespace
