@@ -151,6 +151,33 @@ TEST(Threads, CallsFromManyThreadsLeaveItInOrder)
     expectNothingAlive();
 }
 
+// A unit comes in between, hears another callback and goes again, while the device turns.
+TEST(Threads, UpdatesWhileItRuns)
+{
+    SteppedDevice device(44100, 2, 16, false);
+    device.makeDefault();
+    Fragile direct, through;
+    const AUGraph graph = newPlaying(direct);
+    const AudioComponentDescription converter = {'aufc', 'conv', 'appl', 0, 0};
+    const AURenderCallbackStruct callbacks[] = {{Fragile::render, &direct}, {Fragile::render, &through}};
+    for (int turn = 0; turn < 100; ++turn) {
+        const int before = through.calls;
+        AUNode between = 0;
+        ASSERT_EQ(AUGraphAddNode(graph, &converter, &between), noErr);
+        ASSERT_EQ(AUGraphSetNodeInputCallback(graph, between, 0, &callbacks[1]), noErr);
+        ASSERT_EQ(AUGraphDisconnectNodeInput(graph, 1, 0), noErr);
+        ASSERT_EQ(AUGraphConnectNodeInput(graph, between, 0, 1, 0), noErr);
+        ASSERT_EQ(AUGraphUpdate(graph, nullptr), noErr);
+        ASSERT_TRUE(eventually([&] { return through.calls > before; }));
+        ASSERT_EQ(AUGraphRemoveNode(graph, between), noErr);
+        ASSERT_EQ(AUGraphSetNodeInputCallback(graph, 1, 0, &callbacks[0]), noErr);
+        ASSERT_EQ(AUGraphUpdate(graph, nullptr), noErr);
+        ASSERT_FALSE(through.isInside) << "the unit that called it is closed";
+    }
+    ASSERT_EQ(DisposeAUGraph(graph), noErr);
+    expectNothingAlive();
+}
+
 TEST(Threads, EveryGraphOnADeviceEndsForItself)
 {
     SteppedDevice device(48000, 2, 16, false);

@@ -1,0 +1,57 @@
+// A file player's whole chain, set up as a player does it: converter, mixer, equaliser, time-pitch,
+// varispeed, output; and the file in memory that it plays.
+#pragma once
+
+#include "tests/platform/audiounit/unit.h"
+#include "tests/platform/augraph/graph.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+
+namespace test {
+
+/// Any 24 bits of float between -1 and 1, from the loudest to the faintest.
+float sample(std::size_t frame, UInt32 channel);
+
+/// A file in memory: interleaved, played from the front whatever time it is; silence behind its end.
+struct Sound {
+    UInt32 channels;
+    std::size_t frames, position = 0;
+    static OSStatus render(void* sound, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32 bus,
+                           UInt32 frames, AudioBufferList* list);
+};
+
+enum Rates { timePitch = 1, varispeed = 2 }; // which of the two is not bypassed
+
+struct Case {
+    OSType output;
+    UInt32 channels, slice, limit; // 0: the limit is left alone
+    Rates rates;
+    Float64 rate;
+    OSType pitch = 'nutp';
+};
+
+class Chain {
+public:
+    Chain(const Case& which, Sound& sound);
+    void initialize();
+    void setParameter(AUNode node, AudioUnitParameterID id, AudioUnitScope scope, Float32 value) const
+    {
+        EXPECT_EQ(AudioUnitSetParameter(graph.unit(node), id, scope, 0, value, 0), noErr);
+    }
+    template <class T>
+    void set(AUNode node, AudioUnitPropertyID property, AudioUnitScope scope, const T& value) const
+    {
+        EXPECT_EQ(AudioUnitSetProperty(graph.unit(node), property, scope, 0, &value, sizeof value), noErr)
+            << "node " << node << ", property " << property;
+    }
+
+    Graph graph;
+    AUNode output, speed, pitch, equaliser, mixer, converter;
+
+private:
+    const Case fact;
+};
+
+} // namespace test

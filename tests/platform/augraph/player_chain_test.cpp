@@ -1,0 +1,160 @@
+// A file player's whole chain, set up as a player does it: converter, mixer, equaliser, time-pitch,
+// varispeed, output. At neutral settings nothing is changed: every sample comes out as it went in.
+#include "tests/platform/audiounit/stepped_device.h"
+#include "tests/platform/augraph/player_chain.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using namespace test;
+
+/// What the chain plays, interleaved.
+std::vector<float> played(
+    const Case& fact, std::size_t frames, void (*setUp)(Chain&) = [](Chain&) {})
+{
+    Sound sound{fact.channels, frames};
+    Chain chain(fact, sound);
+    setUp(chain);
+    std::vector<float> heard;
+    if (fact.output == 'ahal') {
+        SteppedDevice device(fact.rate, fact.channels, fact.slice);
+        chain.set(chain.output, kAudioOutputUnitProperty_CurrentDevice, 0, AudioDeviceID{device.id()});
+        chain.initialize();
+        EXPECT_EQ(AUGraphStart(chain.graph), noErr);
+        device.step(static_cast<UInt32>(frames));
+        EXPECT_EQ(AUGraphStop(chain.graph), noErr);
+        return device.played;
+    }
+    const auto format = canonical(fact.rate, fact.channels);
+    chain.set(chain.output, kAudioUnitProperty_StreamFormat, 2, format);
+    chain.set(chain.output, kAudioUnitProperty_MaximumFramesPerSlice, 0, fact.slice);
+    chain.initialize();
+    EXPECT_EQ(AUGraphStart(chain.graph), noErr);
+    List list(format, fact.slice);
+    for (std::size_t done = 0; done < frames;) {
+        const auto now = static_cast<UInt32>(std::min<std::size_t>(fact.slice, frames - done));
+        list.lend();
+        const AudioTimeStamp time = sampleTime(static_cast<Float64>(done));
+        const OSStatus status =
+            AudioUnitRender(chain.graph.unit(chain.output), nullptr, &time, 0, now, list.get());
+        EXPECT_EQ(status, noErr);
+        if (status) break;
+        for (UInt32 i = 0; i < now; ++i)
+            for (UInt32 c = 0; c < fact.channels; ++c)
+                heard.push_back(static_cast<const float*>(list[c].mData)[i]);
+        done += now;
+    }
+    return heard;
+}
+
+void expectUnchanged(const std::vector<float>& heard, UInt32 channels, std::size_t frames)
+{
+    ASSERT_EQ(heard.size(), frames * channels);
+    for (std::size_t frame = 0; frame < frames; ++frame)
+        for (UInt32 c = 0; c < channels; ++c)
+            ASSERT_EQ(heard[frame * channels + c], sample(frame, c))
+                << "frame " << frame << ", channel " << c;
+}
+
+TEST(PlayerChain, PassesEverySampleAsItIs)
+{
+    for (const OSType output : {'ahal', 'genr'})
+        for (const UInt32 channels : std::initializer_list<UInt32>{1, 2, 6})
+            for (const UInt32 slice : std::initializer_list<UInt32>{1, 512, 2048, 8192})
+                for (const Rates rates : {timePitch, varispeed})
+                    for (const UInt32 limit : {UInt32{0}, slice}) {
+                        SCOPED_TRACE(testing::Message()
+                                     << (output == 'ahal' ? "device" : "pulled by hand") << ", " << channels
+                                     << " channels, slices of " << slice << ", limit " << limit << ", "
+                                     << (rates == timePitch ? "time-pitch" : "varispeed"));
+                        const std::size_t frames = slice == 1 ? 1500 : 8192 * 2 + 777;
+                        const Case fact = {output, channels, slice, limit, rates, 44100};
+                        expectUnchanged(played(fact, frames), channels, frames);
+                        if (HasFatalFailure()) return;
+                    }
+    EXPECT_EQ(alive("AUGraph"), 0u);
+    EXPECT_EQ(alive("ComponentInstance"), 0u);
+}
+
+TEST(PlayerChain, PassesEverySampleAtEveryRate)
+{
+    for (const Float64 rate : {8000.0, 22050.0, 48000.0, 96000.0, 192000.0})
+        for (const Rates rates : {timePitch, varispeed})
+            for (const OSType pitch : {'nutp', 'tmpt'}) {
+                SCOPED_TRACE(testing::Message()
+                             << rate << ", " << rates << (pitch == 'nutp' ? "" : ", classic"));
+                expectUnchanged(played({'ahal', 2, 512, 0, rates, rate, pitch}, 5000), 2, 5000);
+            }
+}
+
+// What is compared above would differ if one of them were turned.
+TEST(PlayerChain, HasEveryUnitInIt)
+{
+    const struct {
+        Rates rates;
+        void (*setUp)(Chain&);
+        const char* why;
+    } facts[] = {
+        {timePitch, [](Chain& chain) { chain.setParameter(chain.mixer, 0, 1, 0.5f); }, "a volume"},
+        {timePitch, [](Chain& chain) { chain.setParameter(chain.equaliser, 30, 0, 12); }, "the 31st band"},
+        {timePitch, [](Chain& chain) { chain.setParameter(chain.pitch, 0, 0, 0.5f); }, "the rate"},
+        {varispeed, [](Chain& chain) { chain.setParameter(chain.speed, 0, 0, 0.5f); }, "the speed"},
+        {timePitch, [](Chain& chain) { chain.setParameter(chain.output, kHALOutputParam_Volume, 0, 0.5f); },
+         "the output's volume"},
+    };
+    const std::vector<float> unchanged = played({'ahal', 2, 512, 0, timePitch, 44100}, 2000);
+    for (const auto& fact : facts)
+        EXPECT_NE(played({'ahal', 2, 512, 0, fact.rates, 44100}, 2000, fact.setUp), unchanged) << fact.why;
+}
+
+TEST(PlayerChain, GivesTheOutputTheFilesFormat)
+{
+    Sound sound{6, 0};
+    Chain chain({'ahal', 6, 512, 0, timePitch, 96000}, sound);
+    chain.initialize();
+    const AUNode path[] = {chain.mixer, chain.equaliser, chain.pitch, chain.speed, chain.output};
+    for (const AUNode node : path) {
+        AudioStreamBasicDescription format{};
+        UInt32 size = sizeof format;
+        ASSERT_EQ(AudioUnitGetProperty(chain.graph.unit(node), 8, 1, 0, &format, &size), noErr);
+        EXPECT_TRUE(format == canonical(96000, 6)) << "node " << node;
+    }
+}
+
+TEST(PlayerChain, AnUpdateExchangesTheFileWithoutABreak)
+{
+    Sound first{2, 100000}, second{2, 100000};
+    Chain chain({'ahal', 2, 512, 0, timePitch, 44100}, first);
+    SteppedDevice device(44100, 2, 512);
+    chain.set(chain.output, kAudioOutputUnitProperty_CurrentDevice, 0, AudioDeviceID{device.id()});
+    chain.initialize();
+    ASSERT_EQ(AUGraphStart(chain.graph), noErr);
+    device.step(1024);
+    second.position = first.position;
+    first.position = 77;
+    ASSERT_EQ(chain.graph.setCallback(chain.converter, Sound::render, &second), noErr);
+    ASSERT_EQ(AUGraphUpdate(chain.graph, nullptr), noErr);
+    device.step(1024);
+    expectUnchanged(device.played, 2, 2048);
+    EXPECT_EQ(first.position, 77u) << "asked no more";
+}
+
+TEST(PlayerChain, GoesOnWhereItWasStopped)
+{
+    Sound sound{2, 100000};
+    Chain chain({'ahal', 2, 512, 0, timePitch, 44100}, sound);
+    SteppedDevice device(44100, 2, 512);
+    chain.set(chain.output, kAudioOutputUnitProperty_CurrentDevice, 0, AudioDeviceID{device.id()});
+    chain.initialize();
+    for (int turn = 0; turn < 4; ++turn) {
+        ASSERT_EQ(AUGraphStart(chain.graph), noErr);
+        device.step(700);
+        ASSERT_EQ(AUGraphStop(chain.graph), noErr);
+    }
+    expectUnchanged(device.played, 2, 2800);
+}
+
+} // namespace
