@@ -32,7 +32,7 @@ const Names plainC = {"stdarg.h", "stdbool.h", "stddef.h", "stdint.h", "string.h
 const Names fixedWidth = {"cstddef", "cstdint", "type_traits"};
 
 const Names nothing = {};
-const Names belowPlatform = {"Block", "alsa/",       "fmt/",         "jack/",     "portaudio.h",
+const Names belowPlatform = {"Block", "alsa/",       "ffi.h",        "fmt/",      "jack/",     "portaudio.h",
                              "pa_",   "rubberband/", "samplerate.h", "sndfile.h", "utf8proc.h"};
 const Names besideHost = {"CLI/", "ffi.h", "fmt/", "nlohmann/", "sndfile.h", "stb/", "utf8proc.h"};
 
