@@ -1,14 +1,87 @@
 // QTSoundStreamKVX as the host sees it.
+//
+// What is heard: the mixer is asked for 16-bit little-endian samples, and they are read as big-endian ones. A
+// source of big-endian samples that calls them little-endian ("sowt") passes the mixer untouched and sounds
+// right; one that is honest about its byte order is heard byte-swapped, which is noise.
 #include "plugin/class_table.h"
+#include "plugin/class_data.h"
 #include "plugin/classes.h"
+#include "plugin/shared_word.h"
+#include "soundstream/sound_stream.h"
 
 namespace soundstream {
+
 namespace {
 
-constexpr Word declaredDataSize = 20; // bytes of class data that the host sets aside for each object
+HostBoolean getPostsStatusNotifications(REALobjectStruct* object, HostInteger)
+{
+    const StreamState* const state = dataOf(object).state;
+    return state && state->postsStatusNotifications;
+}
+
+void setPostsStatusNotifications(REALobjectStruct* object, HostInteger, HostBoolean value)
+{
+    if (StreamState* const state = dataOf(object).state) state->postsStatusNotifications = value;
+}
+
+HostBoolean getIsStreamActive(REALobjectStruct* object, HostInteger)
+{
+    const StreamState* const state = dataOf(object).state;
+    return state && loadRelaxed(state->streamActive);
+}
+
+HostInteger getSoundOutputComponentHandle(REALobjectStruct* object, HostInteger)
+{
+    const StreamState* const state = dataOf(object).state;
+    return state ? reinterpret_cast<HostInteger>(state->component) : 0;
+}
+
+HostBoolean getIsOpen(REALobjectStruct* object, HostInteger)
+{
+    return getSoundOutputComponentHandle(object, 0) != 0;
+}
+
+using namespace table;
+
+// To the host a handle is a number of the width of its Integer.
+static_assert(sizeof(StreamState*) == sizeof(HostInteger));
+constexpr HostType<StreamState*> asState{"Integer"};
+
+// clang-format off
+REALproperty properties[] = {
+    property("PostsStatusNotifications",    asBoolean, getPostsStatusNotifications,   setPostsStatusNotifications),
+    property("IsStreamActive",              asBoolean, getIsStreamActive,             readOnly),
+    property("IsOpen",                      asBoolean, getIsOpen,                     readOnly),
+    property("SoundOutputComponentHandle",  asInteger, getSoundOutputComponentHandle, readOnly),
+    KVX_FIELD("Handle",                     asState,   readWrite, SoundStreamData, state),
+    KVX_FIELD("Release",                    asBoolean, readWrite, SoundStreamData, ownsState),
+};
+
+REALmethod methods[] = {
+    KVX_METHOD(CloseComponent,                      "CloseComponent"),
+    KVX_METHOD(OpenComponent,                       "OpenComponent"),
+    KVX_METHOD(InitComponent,                       "InitComponent"),
+    KVX_METHOD(OpenDefaultAudioUnitOutputComponent, "OpenDefaultAudioUnitOutputComponent as integer"),
+    KVX_METHOD(AttachToAudioUnitComponent,          "AttachToAudioUnitComponent(componenthandle as integer) as integer"),
+    KVX_METHOD(AttachToElement,                     "AttachToAudioUnitComponent(componenthandle as integer, element as integer) as integer"),
+    KVX_METHOD(AudioUnitInitialize,                 "AudioUnitInitialize(componenthandle as integer) as integer"),
+    KVX_METHOD(AudioOutputUnitStart,                "AudioOutputUnitStart(componenthandle as integer) as integer"),
+};
+// clang-format on
+
+static_assert(std::size(properties) == 6, "the class is published with 6 properties");
+static_assert(std::size(methods) == 8, "the class is published with 8 methods");
 
 } // namespace
+
+SoundStreamData& dataOf(REALobjectStruct* object)
+{
+    return classData<SoundStreamData>(object, soundStreamClass);
+}
+
 } // namespace soundstream
 
-REALclassDefinition soundStreamClass =
-    table::classDefinition("QTSoundStreamKVX", soundstream::declaredDataSize, {}, {});
+REALclassDefinition soundStreamClass = table::classDefinition(
+    "QTSoundStreamKVX", sizeof(soundstream::SoundStreamData),
+    {table::Border<soundstream::construct>::call, table::Border<soundstream::destruct>::call},
+    {soundstream::properties, soundstream::methods, {}, {}});

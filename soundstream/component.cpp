@@ -1,0 +1,114 @@
+// The component's life: made, registered, taken back.
+#include "plugin/classes.h"
+#include "plugin/shared_word.h"
+#include "soundstream/render.h"
+#include "soundstream/sound_stream.h"
+
+namespace soundstream {
+
+namespace {
+
+constexpr double sampleRate = 44100;
+
+// What the unit takes: 32-bit float, the channels apart.
+constexpr AudioStreamBasicDescription unitFormat = {sampleRate,
+                                                    kAudioFormatLinearPCM,
+                                                    kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked |
+                                                        kAudioFormatFlagIsNonInterleaved,
+                                                    4,
+                                                    1,
+                                                    4,
+                                                    2,
+                                                    32,
+                                                    0};
+
+// What the mixer's samples are taken for: big-endian, although the mixer is asked for little-endian ones.
+// Programs have come to rely on the pair.
+constexpr AudioStreamBasicDescription mixerFormat = {
+    sampleRate,
+    kAudioFormatLinearPCM,
+    kAudioFormatFlagIsBigEndian | kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked,
+    4,
+    1,
+    4,
+    2,
+    16,
+    0};
+
+constexpr UInt32 componentFlags = 0xC0C; // 16 bits and stereo, in and out
+
+Component registerComponent()
+{
+    ComponentDescription description = {kSoundOutputDeviceType, 'QTso', 'QTso', componentFlags, 0};
+    Str255 text;
+    CopyCStringToPascal("QTSoundStream", text);
+    const auto name = reinterpret_cast<Handle>(NewString(text));
+    const auto entry = reinterpret_cast<ComponentRoutineProcPtr>(soundComponentEntry);
+    const Component component =
+        RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name, nullptr, nullptr);
+    DisposeHandle(name);
+    return component;
+}
+
+/// Forget the record, once the render thread is done with it.
+void dropRefconRecord(StreamState& state)
+{
+    RefconRecord* const record = state.refconRecord;
+    __atomic_store_n(&state.refconRecord, static_cast<RefconRecord*>(nullptr), __ATOMIC_SEQ_CST);
+    waitForRender(state);
+    retire(record);
+}
+
+} // namespace
+
+void construct(REALobjectStruct* object) { dataOf(object) = {}; }
+
+void destruct(REALobjectStruct* object)
+{
+    SoundStreamData& data = dataOf(object);
+    CloseComponent(object);
+    if (data.ownsState) drop(data.state);
+    data.ownsState = false;
+    data.state = nullptr;
+}
+
+void InitComponent(REALobjectStruct* object)
+{
+    SoundStreamData& data = dataOf(object);
+    destruct(object);
+    data.state = newStreamState();
+    if (!data.state) return;
+    data.state->outputFormat = unitFormat;
+    data.ownsState = true;
+}
+
+void OpenComponent(REALobjectStruct* object)
+{
+    StreamState* const state = dataOf(object).state;
+    if (!state || state->component) return;
+    state->component = registerComponent();
+
+    if (state->refconRecord) dropRefconRecord(*state); // of a registration that failed
+    RefconRecord* const record = newRefconRecord(*state);
+    __atomic_store_n(&state->refconRecord, record, __ATOMIC_SEQ_CST);
+    SetComponentRefcon(state->component, reinterpret_cast<long>(record));
+
+    if (state->converter) return;
+    AudioConverterRef converter = nullptr;
+    if (AudioConverterNew(&mixerFormat, &state->outputFormat, &converter) == noErr)
+        storeReleased(state->converter, converter);
+}
+
+void CloseComponent(REALobjectStruct* object)
+{
+    SoundStreamData& data = dataOf(object);
+    if (data.attachedUnit) AudioOutputUnitStop(data.attachedUnit);
+    data.attachedUnit = nullptr;
+    if (!data.state || !data.state->component) return;
+    CountComponentInstances(data.state->component); // whoever has one open keeps it
+    dropRefconRecord(*data.state);
+    UnregisterComponent(data.state->component);
+    data.state->component = nullptr;
+}
+
+} // namespace soundstream

@@ -1,0 +1,73 @@
+#include "soundstream/dispatcher.h"
+
+#include "plugin/classes.h"
+#include "plugin/shared_word.h"
+#include "soundstream/info.h"
+#include "soundstream/selectors.h"
+
+namespace soundstream {
+
+namespace {
+
+ComponentResult CanDo(QTSoundStreamGlobals* globals, SInt16 selector);
+
+struct Selector {
+    SInt16 what;
+    ProcPtr handler;
+    ProcInfoType procInfo; ///< widths of the result and the arguments, the storage first
+    bool canDo;            ///< what CanDo says of it
+};
+
+template <class... Arguments>
+ProcPtr handler(ComponentResult (*function)(Arguments...))
+{
+    return reinterpret_cast<ProcPtr>(function);
+}
+
+// Stop and pause are done, and denied all the same: clients have always been told so.
+// clang-format off
+const Selector selectors[] = {
+    // selector                                  handler                    widths   can do
+    {kComponentVersionSelect,                    handler(Version),          0x00F0,  true},
+    {kComponentCanDoSelect,                      handler(CanDo),            0x02F0,  true},
+    {kComponentCloseSelect,                      handler(Close),            0x03F0,  true},
+    {kComponentOpenSelect,                       handler(Open),             0x03F0,  true},
+    {kSoundComponentInitOutputDeviceSelect,      handler(InitOutputDevice), 0x03F0,  true},
+    {kSoundComponentGetInfoSelect,               handler(GetInfo),          0x3FF0,  true},
+    {kSoundComponentSetInfoSelect,               handler(SetInfo),          0x3FF0,  true},
+    {kSoundComponentStartSourceSelect,           handler(StartSource),      0x0EF0,  true},
+    {kSoundComponentStopSourceSelect,            handler(StopSource),       0x0EF0,  false},
+    {kSoundComponentPauseSourceSelect,           handler(PauseSource),      0x0EF0,  false},
+    {kSoundComponentPlaySourceBufferSelect,      handler(PlaySourceBuffer), 0x3FF0,  true},
+};
+// clang-format on
+
+const Selector* find(SInt16 what)
+{
+    for (const Selector& row : selectors)
+        if (row.what == what) return &row;
+    return nullptr;
+}
+
+ComponentResult CanDo(QTSoundStreamGlobals*, SInt16 selector)
+{
+    const Selector* const row = find(selector);
+    return row && row->canDo;
+}
+
+} // namespace
+
+ComponentResult QTSoundStreamDispatch(ComponentParameters* parameters, Handle storage)
+try {
+    if (const Selector* const row = find(parameters->what))
+        return CallComponentFunctionWithStorageProcInfo(storage, parameters, row->handler, row->procInfo);
+    if (parameters->what < kDelegatedSoundComponentSelectors) return badComponentSelector;
+    const auto* const globals = reinterpret_cast<const QTSoundStreamGlobals*>(storage);
+    return DelegateComponentCall(parameters, globals ? loadAcquired(globals->mixer) : nullptr);
+} catch (...) { // the platform's own; its caller is C
+    return badComponentSelector;
+}
+
+} // namespace soundstream
+
+const AnyFunction soundStreamDispatcher = reinterpret_cast<AnyFunction>(soundstream::QTSoundStreamDispatch);

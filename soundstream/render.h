@@ -1,0 +1,26 @@
+// The render thread's side: what the audio unit pulls.
+#pragma once
+
+#include "soundstream/stream_state.h"
+
+namespace soundstream {
+
+/// Fill `list` from the open instance's mixer, through the converter; silence without one. `client` is the
+/// StreamState.
+/// Shape   32-bit float, two channels apart: silence is written to the list's first two buffers.
+/// Thread  [audio], one at a time; a second unit that pulls meanwhile gets silence. Takes no lock.
+/// Returns 0, whatever happens.
+OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
+                         UInt32 bus, UInt32 frames, AudioBufferList* list);
+
+/// Give the converter the mixer's samples, in place; `globals` are the open instance's. Without samples the
+/// first buffer is silenced and the count stays as it was asked.
+/// Thread  [audio].
+OSStatus giveMixerSamples(AudioConverterRef converter, UInt32* packets, AudioBufferList* list,
+                          AudioStreamPacketDescription** descriptions, void* globals);
+
+/// Wait until nobody is inside the render procedure who came before this call; at once inside it. Whoever
+/// takes a pointer away from the render thread calls this before freeing what it pointed to. Thread  [any].
+void waitForRender(const StreamState& state);
+
+} // namespace soundstream

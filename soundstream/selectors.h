@@ -1,0 +1,31 @@
+// What the component does for its client, a function for each selector. Thread: [client], any one at a time.
+//
+// `globals` are the instance's storage, null before Open and for a component without memory. Results are the
+// platform's statuses.
+#pragma once
+
+#include "soundstream/stream_state.h"
+
+namespace soundstream {
+
+ComponentResult Version(QTSoundStreamGlobals* globals);
+
+/// Make the instance's storage, and let the render thread find it. The latest instance is the one that is
+/// heard.
+/// Errors  memFullErr: the instance stays without storage.
+ComponentResult Open(QTSoundStreamGlobals* globals, ComponentInstance self);
+
+/// Give up the mixer and the storage. Samples of the mixer that are on their way are heard no more.
+ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self);
+
+/// Open the mixer, in place of one from before.
+ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long actions);
+
+/// All four pass on to the mixer, and note whether the stream is active.
+ComponentResult StartSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources);
+ComponentResult StopSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources);
+ComponentResult PauseSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources);
+ComponentResult PlaySourceBuffer(QTSoundStreamGlobals* globals, SoundSource source, SoundParamBlockPtr block,
+                                 long actions);
+
+} // namespace soundstream

@@ -1,0 +1,99 @@
+#include "soundstream/stream_state.h"
+
+#include <cstdlib>
+
+#include <pthread.h>
+
+namespace soundstream {
+
+namespace {
+
+// Guards the list, between clients and the host program. The render thread never asks for it.
+pthread_mutex_t listLock = PTHREAD_MUTEX_INITIALIZER;
+RefconRecord* registered = nullptr;
+
+class Locked {
+public:
+    Locked() { pthread_mutex_lock(&listLock); }
+    ~Locked() { pthread_mutex_unlock(&listLock); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+};
+
+template <class Record>
+Record* newRecord()
+{
+    auto* const record = static_cast<Record*>(std::calloc(1, sizeof(Record)));
+    if (record) record->holders = 1;
+    return record;
+}
+
+template <class Record>
+bool isLastHolder(Record* record)
+{
+    return record && __atomic_sub_fetch(&record->holders, 1, __ATOMIC_ACQ_REL) == 0;
+}
+
+} // namespace
+
+StreamState* newStreamState() { return newRecord<StreamState>(); }
+
+QTSoundStreamGlobals* newGlobals() { return newRecord<QTSoundStreamGlobals>(); }
+
+RefconRecord* newRefconRecord(StreamState& state)
+{
+    RefconRecord* const record = newRecord<RefconRecord>();
+    if (!record) return nullptr;
+    hold(state);
+    record->state = &state;
+    const Locked locked;
+    record->next = registered;
+    registered = record;
+    return record;
+}
+
+void drop(StreamState* state)
+{
+    if (isLastHolder(state)) std::free(state);
+}
+
+void drop(RefconRecord* record)
+{
+    if (!isLastHolder(record)) return;
+    drop(record->state);
+    std::free(record);
+}
+
+void drop(QTSoundStreamGlobals* globals)
+{
+    if (!isLastHolder(globals)) return;
+    drop(globals->refcon);
+    std::free(globals);
+}
+
+RefconRecord* findRefconRecord(long refcon)
+{
+    const Locked locked;
+    for (RefconRecord* record = registered; record; record = record->next)
+        if (reinterpret_cast<long>(record) == refcon) {
+            hold(*record);
+            return record;
+        }
+    return nullptr;
+}
+
+void retire(RefconRecord* record)
+{
+    if (!record) return;
+    {
+        const Locked locked;
+        for (RefconRecord** link = &registered; *link; link = &(*link)->next)
+            if (*link == record) {
+                *link = record->next;
+                break;
+            }
+    }
+    drop(record);
+}
+
+} // namespace soundstream

@@ -1,0 +1,77 @@
+// The records of the bridge, and who keeps them alive.
+//
+// Three sides meet here: the host program's object, a client that has opened our component, and the audio
+// unit's render thread. Each may leave first, so every record counts its holders and goes with the last one.
+#pragma once
+
+#include "abi/word.h"
+
+#include <AudioToolbox/AudioToolbox.h>
+#include <Carbon/Carbon.h>
+
+#include <cstdint>
+
+namespace soundstream {
+
+struct RefconRecord;
+
+/// What an object with state has, made by InitComponent.
+/// Holders  the object; each RefconRecord.
+struct StreamState {
+    Component component;                      ///< registered; null while not open. [main]
+    AudioConverterRef converter;              ///< null until made; never disposed. Published
+    AudioStreamBasicDescription outputFormat; ///< what the audio unit is given; fixed
+    RefconRecord* refconRecord;               ///< null while not open. Published
+    HostBoolean streamActive;                 ///< the mixer's source plays; relaxed
+    HostBoolean postsStatusNotifications;     ///< the host program's, kept for it and read by nobody else
+    std::uintptr_t renderThread;              ///< who is inside the render procedure; 0: nobody
+    int holders;
+};
+
+/// What is open of one instance of the component: the instance's storage.
+/// Holders  the instance; the render procedure, while it is inside.
+struct QTSoundStreamGlobals {
+    ComponentInstance mixer;          ///< null until the client initialises the device; [client], published
+    SoundComponentDataPtr sourceData; ///< what is being drained, the mixer's; [audio]
+    SoundComponentData description;   ///< what is asked of the mixer
+    ComponentInstance self;
+    RefconRecord* refcon; ///< held
+    int holders;
+};
+
+/// What a registered component knows of us: its refcon.
+/// Holders  the StreamState, while open; each instance; the render procedure, while it is inside.
+struct RefconRecord {
+    StreamState* state;            ///< held
+    QTSoundStreamGlobals* globals; ///< of the open instance; null: none. Published
+    int holders;
+    RefconRecord* next; ///< of those whose component is registered
+};
+
+/// A new record of zeros with one holder, or null. [any]
+StreamState* newStreamState();
+QTSoundStreamGlobals* newGlobals();
+
+/// The same, holding `state`, and known to `findRefconRecord` until it is retired. [main]
+RefconRecord* newRefconRecord(StreamState& state);
+
+/// One holder more. [any]
+template <class Record>
+void hold(Record& record)
+{
+    __atomic_add_fetch(&record.holders, 1, __ATOMIC_RELAXED);
+}
+
+/// One holder less; the last one frees the record and drops what it held. Null is let pass. [any]
+void drop(StreamState* state);
+void drop(QTSoundStreamGlobals* globals);
+void drop(RefconRecord* record);
+
+/// The record that a component's refcon says, held for the caller; null for one that was retired meanwhile.
+/// Waits for nobody longer than a few instructions. [client]
+RefconRecord* findRefconRecord(long refcon);
+
+/// No instance finds it any more; drop the state's own hold. [main]
+void retire(RefconRecord* record);
+
+} // namespace soundstream
