@@ -83,15 +83,19 @@ UInt32 InputTape::look(std::int64_t frame, UInt32 most, const Float32** out) con
         std::min({std::size_t{most}, room - at, static_cast<std::size_t>(last - frame)}));
 }
 
-void InputTape::copy(std::int64_t frame, UInt32 frames, Float32* const* out) const
+void InputTape::copyChannel(UInt32 channel, std::int64_t frame, UInt32 frames, Float32* out) const
 {
     const std::size_t at = static_cast<std::size_t>(frame) & (room - 1);
     const std::size_t head = std::min<std::size_t>(frames, room - at);
-    for (UInt32 channel = 0; channel < channelCount; ++channel) {
-        const Float32* ring = memory.get() + channel * room;
-        std::memcpy(out[channel], ring + at, head * sizeof(Float32));
-        std::memcpy(out[channel] + head, ring, (frames - head) * sizeof(Float32));
-    }
+    const Float32* ring = memory.get() + channel * room;
+    std::memcpy(out, ring + at, head * sizeof(Float32));
+    std::memcpy(out + head, ring, (frames - head) * sizeof(Float32));
+}
+
+void InputTape::copy(std::int64_t frame, UInt32 frames, Float32* const* out) const
+{
+    for (UInt32 channel = 0; channel < channelCount; ++channel)
+        copyChannel(channel, frame, frames, out[channel]);
 }
 
 } // namespace kvxplatform::audiounit

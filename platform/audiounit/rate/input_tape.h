@@ -49,6 +49,7 @@ public:
 
     /// Copy frames that are here.
     void copy(std::int64_t frame, UInt32 frames, Float32* const* out) const;
+    void copyChannel(UInt32 channel, std::int64_t frame, UInt32 frames, Float32* out) const;
 
 private:
     AudioBufferList& pullPiece(Request& request, UInt32 frames);

@@ -1,5 +1,7 @@
 #include "platform/audiounit/rate/rate_path.h"
 
+#include "platform/audiounit/rate/splice.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -85,7 +87,6 @@ void RatePath::plan(const Wish& wish)
     } else if (!wish.isVoiced) {
         if (!now->isNeutral()) return;
         next = nullptr;
-        asIs = std::clamp<std::int64_t>(std::llround(now->position()), tape.begin(), tape.end());
         change = Change::fading;
         faded = 0;
     } else if (incoming) {
@@ -117,7 +118,8 @@ OSStatus RatePath::render(Unit& unit, Slice& slice, const Wish& wish, VoiceBox& 
         for (UInt32 channel = 0; channel < tape.channels(); ++channel)
             planes[channel] = static_cast<Float32*>(slice.out.mBuffers[channel].mData) + done;
         done += play(reader, planes.data(), slice.frames - done, box);
-        tape.forget(static_cast<std::int64_t>(std::floor(position())));
+        const std::int64_t past = now ? spliceReach : 0; // for the way back
+        tape.forget(static_cast<std::int64_t>(std::floor(position())) - past);
     }
     // What the input says about its silence holds for what comes out only where that is the same.
     slice.flags =
@@ -153,7 +155,10 @@ UInt32 RatePath::playUntilFade(Reader& reader, Float32* const* out, UInt32 frame
 UInt32 RatePath::fade(Reader& reader, Float32* const* out, UInt32 frames, VoiceBox& box)
 {
     frames = std::min(frames, fadeFrames - faded);
+    if (faded == 0 && !next)
+        asIs = std::clamp<std::int64_t>(std::llround(position()), tape.begin(), tape.end());
     play(now, reader, out, frames);
+    if (faded == 0 && !next) asIs = bestSplice(tape, asIs, out, frames);
     if (next)
         next->read(reader, nextTarget, fadingPlanes.data(), frames);
     else

@@ -24,7 +24,7 @@ std::size_t rateFor(Float64 sampleRate)
 
 Stretcher::Stretcher(Float64 sampleRate, UInt32 channels, Engine engine)
     : band(rateFor(sampleRate), channels, options[static_cast<int>(engine)]), silence(largestPiece, 0),
-      dropped(std::size_t{largestPiece} * channels), in(channels), out_(channels)
+      dropped(std::size_t{largestPiece} * channels), in(channels), planes(channels)
 {
     band.setMaxProcessSize(largestPiece);
     pad = static_cast<UInt32>(band.getPreferredStartPad());
@@ -62,10 +62,13 @@ void Stretcher::process(const Float32* const* frames, UInt32 count)
     fed += count;
 }
 
+// Called with nothing left to read: only then the engine says what it needs.
 void Stretcher::feed(Reader& reader)
 {
-    const auto needed =
-        static_cast<UInt32>(std::clamp<std::size_t>(band.getSamplesRequired(), 1, largestPiece));
+    const std::size_t required = std::max<std::size_t>(band.getSamplesRequired(), 1);
+    const auto needed = static_cast<UInt32>(std::min<std::size_t>(required, largestPiece));
+    windowEnd = fed + static_cast<std::int64_t>(required);
+    readSince = 0;
     const std::int64_t missing = reader.tape.begin() - fed;
     if (missing > 0) {
         std::fill(in.begin(), in.end(), silence.data());
@@ -80,14 +83,24 @@ void Stretcher::feed(Reader& reader)
     }
 }
 
+UInt32 Stretcher::retrieve(Float32* const* out, std::int64_t most)
+{
+    const std::int64_t there = std::min<std::int64_t>(most, band.available());
+    if (there <= 0) return 0;
+    const std::size_t frames = band.retrieve(out, static_cast<std::size_t>(there));
+    readSince += static_cast<std::int64_t>(frames);
+    return static_cast<UInt32>(frames);
+}
+
 void Stretcher::dropStart()
 {
-    const UInt32 frames = largestPiece;
-    for (std::size_t channel = 0; channel < out_.size(); ++channel)
-        out_[channel] = dropped.data() + channel * frames;
-    while (toDrop > 0 && band.available() > 0)
-        toDrop -= static_cast<std::int64_t>(
-            band.retrieve(out_.data(), static_cast<std::size_t>(std::min<std::int64_t>(toDrop, frames))));
+    for (std::size_t channel = 0; channel < planes.size(); ++channel)
+        planes[channel] = dropped.data() + channel * largestPiece;
+    while (toDrop > 0) {
+        const UInt32 now = retrieve(planes.data(), std::min<std::int64_t>(toDrop, largestPiece));
+        if (now == 0) return;
+        toDrop -= now;
+    }
 }
 
 bool Stretcher::prepare(Reader& reader, std::int64_t most)
@@ -106,18 +119,19 @@ void Stretcher::read(Reader& reader, Float32* const* out, UInt32 frames)
     for (UInt32 done = 0; done < frames;) {
         while (!prepare(reader, largestPiece)) {
         }
-        for (std::size_t channel = 0; channel < out_.size(); ++channel) out_[channel] = out[channel] + done;
-        done += static_cast<UInt32>(band.retrieve(out_.data(), frames - done));
+        for (std::size_t channel = 0; channel < planes.size(); ++channel)
+            planes[channel] = out[channel] + done;
+        done += retrieve(planes.data(), frames - done);
     }
     unsettled = std::max<std::int64_t>(unsettled - frames, 0);
 }
 
-// The newest window is centred `pad` frames in front of where the next one will end; what can be read ends
-// `delay` frames in front of that.
+// The newest window reaches `pad` frames to either side; what could be read first when it was in lies `delay`
+// frames in front of its middle.
 double Stretcher::position(double behind) const
 {
-    const double centre = static_cast<double>(fed) + static_cast<double>(band.getSamplesRequired()) - pad;
-    return centre - (delay + band.available() + behind) / ratio_;
+    const auto frames = static_cast<double>(readSince) - delay - behind;
+    return static_cast<double>(windowEnd - pad) + frames / ratio_;
 }
 
 } // namespace kvxplatform::audiounit
