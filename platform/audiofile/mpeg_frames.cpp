@@ -71,21 +71,16 @@ SInt64 tagBytes(Bytes& bytes, SInt64 place)
     return size + static_cast<SInt64>(tagHeader) * (hasFooter ? 2 : 1);
 }
 
-/// Whether the frame at a place says how many there are.
-bool saysLength(Bytes& bytes, SInt64 place, const MpegHeader& header)
-{
-    if (header.layer != 3) return false;
-    const SInt64 info = place + infoPlace(header);
-    const UInt32 name = bytes.word(info);
-    if (name == 'Xing' || name == 'Info') return bytes.word(info + 4) & 1;
-    return bytes.word(place + 36) == 'VBRI';
-}
-
-/// Whether the frame at a place holds such a note at all, instead of sound.
+/// Whether the frame at a place holds a note about the stream instead of sound, and one that says how many
+/// frames there are.
 bool isNote(Bytes& bytes, SInt64 place, const MpegHeader& header)
 {
     const UInt32 name = header.layer == 3 ? bytes.word(place + infoPlace(header)) : 0;
     return name == 'Xing' || name == 'Info';
+}
+bool saysLength(Bytes& bytes, SInt64 place, const MpegHeader& header)
+{
+    return isNote(bytes, place, header) && bytes.word(place + infoPlace(header) + 4) & 1;
 }
 
 } // namespace

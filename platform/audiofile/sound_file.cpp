@@ -104,15 +104,17 @@ OSStatus SoundFile::countMpeg(SF_INFO& info)
     const MpegFrames found = countMpegFrames(disk_.descriptor.number(), disk_.bytes);
     if (found.hasLength || found.count == 0) return noErr;
     const SInt64 frames = SInt64{found.count} * found.first.samples;
-    if (frames == info.frames) return noErr;
-    if (found.first.layer != 3) { // the others have no place for it, and their rate does not vary
-        info.frames = std::min<SInt64>(info.frames, frames);
-        return noErr;
+    if (info.frames < frames) {
+        mpeg_ = std::make_unique<MpegStream>(disk_.descriptor.number(), disk_.bytes, found);
+        OSStatus status = openDecoder(info);
+        if (status != noErr) { // what it guesses is better than nothing
+            mpeg_.reset();
+            status = openDecoder(info);
+        }
+        if (status != noErr) return status;
     }
-    mpeg_ = std::make_unique<MpegStream>(disk_.descriptor.number(), disk_.bytes, found);
-    if (openDecoder(info) == noErr) return noErr;
-    mpeg_.reset(); // what libsndfile guesses is better than nothing
-    return openDecoder(info);
+    info.frames = std::min<SInt64>(info.frames, frames);
+    return noErr;
 }
 
 OSStatus SoundFile::makeLengthSure()
@@ -180,7 +182,9 @@ bool SoundFile::seek(SInt64 frame)
     if (frame == place_) return true;
     std::optional<Quiet> quiet;
     if (isMpeg_) quiet.emplace();
-    if (sf_seek(decoder_.get(), frame, SEEK_SET) == frame) {
+    // By way of the beginning: from elsewhere, libsndfile lands a frame beside in some Vorbis files.
+    SNDFILE* decoder = decoder_.get();
+    if (sf_seek(decoder, 0, SEEK_SET) == 0 && sf_seek(decoder, frame, SEEK_SET) == frame) {
         place_ = frame;
         return true;
     }

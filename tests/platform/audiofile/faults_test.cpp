@@ -1,0 +1,295 @@
+// What is no sound file, or is at odds with itself, or changes while it is read: a stated result each.
+#include "tests/platform/audiofile/sound_files.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using sound::Bytes;
+namespace fs = std::filesystem;
+
+constexpr int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+
+/// A WAV file of 1000 frames: bytes 22 channels, 24 rate, 28 bytes a second, 32 bytes a frame, 40 bytes of
+/// data.
+Bytes waveBytes(const sound::Folder& folder)
+{
+    sound::write(folder / "whole.wav", wav16, 44100, 2, sound::music(2, 1000));
+    Bytes bytes = sound::load(folder / "whole.wav");
+    EXPECT_EQ(bytes.size(), 4044u);
+    return bytes;
+}
+
+void put(Bytes& bytes, std::size_t at, std::uint64_t value, int count)
+{
+    for (int i = 0; i < count; ++i)
+        bytes[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> 8 * i);
+}
+
+TEST(Opening, OfWhatIsNoFile)
+{
+    const sound::Folder folder;
+    fs::create_directory(folder / "folder");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof address.sun_path, "%s", (folder / "socket").c_str());
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    fs::create_symlink("nowhere", folder / "dangling");
+    fs::create_symlink("loop", folder / "loop");
+    fs::create_symlink("folder", folder / "linked folder");
+    sound::save(folder / "empty", {});
+    sound::save(folder / "zeros", Bytes(5000, 0));
+    sound::save(folder / "text", Bytes(5000, 'a'));
+    Bytes noise(5000);
+    std::uint32_t state = 1;
+    for (auto& byte : noise) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    sound::save(folder / "noise", noise);
+    sound::save(folder / "noise.au", noise);
+
+    const struct {
+        std::string path;
+        OSStatus status;
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {folder / "missing.wav",            fnfErr,                             "nothing there"},
+        {folder / "no folder/x.wav",        fnfErr,                             "not even the folder"},
+        {folder / "empty/x.wav",            fnfErr,                             "inside a file"},
+        {folder / "dangling",               fnfErr,                             "a link to nothing"},
+        {folder / "loop",                   fnfErr,                             "a link to itself"},
+        {folder / std::string(300, 'x'),    errFSNameTooLong,                   "no file can have this name"},
+        {folder / "folder",                 kAudioFileInvalidFileError,         "a folder"},
+        {folder / "linked folder",          kAudioFileInvalidFileError,         "a folder"},
+        {folder / "pipe",                   kAudioFileInvalidFileError,         "would wait for a writer"},
+        {folder / "socket",                 kAudioFileInvalidFileError,         "a socket"},
+        {"/dev/zero",                       kAudioFileInvalidFileError,         "a device, without end"},
+        {"/",                               kAudioFileInvalidFileError,         "a folder"},
+        {folder / "empty",                  kAudioFileUnsupportedFileTypeError, "nothing in it"},
+        {folder / "zeros",                  kAudioFileUnsupportedFileTypeError, "nothing known"},
+        {folder / "text",                   kAudioFileUnsupportedFileTypeError, "nothing known"},
+        {folder / "noise",                  kAudioFileUnsupportedFileTypeError, "nothing known"},
+        {folder / "noise.au",               kAudioFileUnsupportedFileTypeError, "a name alone makes no sound file"},
+        // clang-format on
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.path + ": " + fact.why);
+        EXPECT_EQ(sound::statusOfOpening(fact.path), fact.status);
+        const CFURLRef url = sound::urlOf(fact.path);
+        AudioFileID file = nullptr;
+        EXPECT_EQ(AudioFileOpenURL(url, kAudioFileReadPermission, 0, &file), fact.status);
+        EXPECT_EQ(file, nullptr);
+        CFRelease(url);
+    }
+    close(listener);
+    EXPECT_EQ(sound::alive(), 0u);
+}
+
+TEST(Opening, OfWhatMayNotBeRead)
+{
+    const sound::Folder folder;
+    sound::write(folder / "x.wav", wav16, 44100, 2, sound::music(2, 100));
+    fs::create_directory(folder / "closed");
+    sound::write(folder / "closed/x.wav", wav16, 44100, 2, sound::music(2, 100));
+    chmod((folder / "x.wav").c_str(), 0);
+    chmod((folder / "closed").c_str(), 0);
+    chmod(folder.path().c_str(), 0755);
+    const pid_t child = fork();
+    if (child == 0) { // the superuser may read all: somebody else looks
+        if (geteuid() == 0 && setuid(65534) != 0) _exit(3);
+        if (sound::statusOfOpening(folder / "x.wav") != permErr) _exit(1);
+        if (sound::statusOfOpening(folder / "closed/x.wav") != permErr) _exit(2);
+        _exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    chmod((folder / "closed").c_str(), 0755);
+}
+
+TEST(Opening, OfHeadersAtOddsWithTheirFile)
+{
+    const sound::Folder folder;
+    const Bytes whole = waveBytes(folder);
+    const auto changed = [&](std::size_t at, std::uint64_t value, int count) {
+        Bytes bytes = whole;
+        put(bytes, at, value, count);
+        return bytes;
+    };
+    const auto cut = [&](std::size_t size) {
+        return Bytes(whole.begin(), whole.begin() + static_cast<long>(size));
+    };
+    Bytes huge = changed(40, 0xFFFFFFF0, 4);
+    put(huge, 4, 0xFFFFFFFF, 4);
+    Bytes billions = changed(40, 0x7FFFFFF0, 4); // 2^31 frames of one byte
+    put(billions, 22, 1, 2), put(billions, 32, 1, 2), put(billions, 34, 8, 2);
+    const struct {
+        Bytes bytes;
+        OSStatus status;
+        SInt64 frames;
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {whole,                       noErr,                      1000, "as it was written"},
+        {cut(2044),                   noErr,                      500,  "half of it"},
+        {cut(45),                     noErr,                      0,    "less than a frame"},
+        {cut(44),                     noErr,                      0,    "a header without data"},
+        {cut(30),                     kAudioFileInvalidFileError, -1,   "half a header"},
+        {cut(12),                     kAudioFileInvalidFileError, -1,   "hardly a header"},
+        {huge,                        noErr,                      1000, "four gigabytes said, four kilobytes there"},
+        {billions,                    noErr,                      4000, "2^31 frames said"},
+        {changed(40, 0, 4),           noErr,                      0,    "no frames said"},
+        {changed(22, 0, 2),           kAudioFileInvalidFileError, -1,   "no channels"},
+        {changed(22, 1025, 2),        kAudioFileInvalidFileError, -1,   "more channels than there can be"},
+        {changed(22, 64, 2),          noErr,                      31,   "64 channels"},
+        {changed(24, 0, 4),           kAudioFileInvalidFileError, -1,   "no rate"},
+        {changed(24, 0x80000000, 4),  kAudioFileInvalidFileError, -1,   "a negative rate"},
+        {changed(24, 0x7FFFFFFF, 4),  noErr,                      1000, "a rate beyond all hearing"},
+        // clang-format on
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        sound::save(folder / "x.wav", fact.bytes);
+        const sound::File file(folder / "x.wav");
+        EXPECT_EQ(file.status, fact.status);
+        EXPECT_EQ(file.frames(), fact.frames);
+        if (fact.status) continue;
+        const UInt32 channels = file.format().mChannelsPerFrame;
+        ASSERT_EQ(file.setClient(sound::floats(file.format().mSampleRate, channels)), noErr);
+        EXPECT_EQ(file.readFloats(channels).size(), static_cast<std::size_t>(fact.frames) * channels);
+    }
+}
+
+// The rule for the length of a coded file: what it says, if its last frame is there; else what is there.
+TEST(Opening, OfLengthsThatAreNotTrue)
+{
+    const sound::Folder folder;
+    const std::string path = folder / "x.flac";
+    sound::write(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, 2, std::vector<float>(2 * 441000));
+    const Bytes silence = sound::load(path);
+    sound::write(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, 2, sound::music(2, 44100));
+    const Bytes music = sound::load(path);
+    // 36 bits from the middle of byte 21 on.
+    const auto saying = [](Bytes bytes, std::uint64_t frames) {
+        bytes[21] = static_cast<std::uint8_t>((bytes[21] & 0xF0) | (frames >> 32 & 0x0F));
+        for (int i = 0; i < 4; ++i)
+            bytes[22 + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(frames >> (24 - 8 * i));
+        return bytes;
+    };
+    const auto half = [](Bytes bytes) {
+        bytes.resize(bytes.size() / 2);
+        return bytes;
+    };
+    const struct {
+        Bytes bytes;
+        SInt64 frames, least; // said, and read at least; 0: just as many
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {silence,                         441000, 0,      "silence is short on the disk, and true"},
+        {saying(silence, 0),              441000, 0,      "not known when it was written: counted"},
+        {saying(silence, 0x80000000),     441000, 0,      "2^31 said: counted"},
+        {saying(silence, 0xFFFFFFFFF),    441000, 0,      "the longest that can be said"},
+        {saying(silence, 1000),           1000,   0,      "less said: the rest is not sound"},
+        {music,                           44100,  0,      "as it was written"},
+        {saying(music, 0),                44100,  0,      "not known"},
+        {half(music),                     44100,  10000,  "cut off: it still says what it was; reading ends early"},
+        {half(saying(music, 1ull << 35)), -1,     10000,  "cut off, and lying: counted"},
+        // clang-format on
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        sound::save(path, fact.bytes);
+        const sound::File file(path);
+        ASSERT_EQ(file.status, noErr);
+        ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
+        const auto read = static_cast<SInt64>(file.readFloats(2).size() / 2);
+        if (fact.frames >= 0) {
+            EXPECT_EQ(file.frames(), fact.frames);
+        } else {
+            EXPECT_EQ(file.frames(), read);
+        }
+        if (fact.least == 0) {
+            EXPECT_EQ(read, fact.frames);
+        } else {
+            EXPECT_GE(read, fact.least);
+            EXPECT_LT(read, 44100);
+        }
+    }
+}
+
+// ---- while it is open ----
+
+SInt64 framesRead(const sound::File& file) { return static_cast<SInt64>(file.readFloats(2, 100).size() / 2); }
+
+TEST(AnOpenFile, IsTruncated)
+{
+    const sound::Folder folder;
+    waveBytes(folder);
+    const sound::File file(folder / "whole.wav");
+    ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
+    ASSERT_EQ(truncate((folder / "whole.wav").c_str(), 44 + 4 * 300), 0);
+    EXPECT_EQ(file.frames(), 1000) << "as it was when it was opened";
+    const SInt64 read = framesRead(file);
+    EXPECT_LE(read, 300);
+    EXPECT_EQ(read, 300);
+    ASSERT_EQ(truncate((folder / "whole.wav").c_str(), 0), 0);
+    ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
+    EXPECT_EQ(framesRead(file), 0);
+}
+
+TEST(AnOpenFile, IsTruncatedAtAnotherRate)
+{
+    const sound::Folder folder;
+    waveBytes(folder);
+    const sound::File file(folder / "whole.wav");
+    ASSERT_EQ(file.setClient(sound::floats(88200, 2)), noErr);
+    ASSERT_EQ(truncate((folder / "whole.wav").c_str(), 44 + 4 * 300), 0);
+    EXPECT_EQ(framesRead(file), 600) << "as many as the frames that were there make";
+}
+
+TEST(AnOpenFile, Grows)
+{
+    const sound::Folder folder;
+    const Bytes whole = waveBytes(folder);
+    const sound::File file(folder / "whole.wav");
+    ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
+    Bytes longer = whole;
+    longer.insert(longer.end(), 4000, 1);
+    put(longer, 40, 8000, 4);
+    sound::save(folder / "whole.wav", longer);
+    EXPECT_EQ(file.frames(), 1000);
+    EXPECT_EQ(framesRead(file), 1000) << "as long as it was";
+    EXPECT_EQ(sound::File(folder / "whole.wav").frames(), 2000) << "who opens it now has it all";
+}
+
+TEST(AnOpenFile, IsReplaced)
+{
+    const sound::Folder folder;
+    waveBytes(folder);
+    const std::vector<float> former = sound::decode(folder / "whole.wav").samples;
+    const sound::File file(folder / "whole.wav");
+    ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
+    sound::write(folder / "other.wav", wav16, 8000, 1, sound::music(1, 10));
+    fs::rename(folder / "other.wav", folder / "whole.wav");
+    EXPECT_TRUE(sound::isSame(file.readFloats(2), former));
+    fs::remove(folder / "whole.wav");
+    ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
+    EXPECT_TRUE(sound::isSame(file.readFloats(2), former));
+}
+
+} // namespace
