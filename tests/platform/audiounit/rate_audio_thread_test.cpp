@@ -1,0 +1,101 @@
+// What the rate units ask of the C library inside a slice: nothing, the engines below them included.
+#include "tests/platform/audiounit/alarm.h"
+#include "tests/platform/audiounit/rate_unit.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+using namespace test;
+
+// clang-format off
+const struct { Rates rates; const char* why; } cases[] = {
+    {{'nutp', 1},              "neutral"},
+    {{'nutp', 1.25},           "faster"},
+    {{'nutp', 0.5, -1200},     "slower and lower"},
+    {{'nutp', 32, 2400},       "at the ends of the ranges"},
+    {{'nutp', 1.0 / 32, 2400}, "likewise"},
+    {{'nutp', 1.25, 300, 3},   "with the faster engine"},
+    {{'nutp', 32, 2400, 3},    "likewise"},
+    {{'vari', 0.7},            "varispeed"},
+    {{'vari', 4},              "likewise"},
+};
+// clang-format on
+
+class Guarded {
+public:
+    explicit Guarded(RateUnit& u) : unit(u) {}
+    void play(int slices)
+    {
+        for (int i = 0; i < slices; ++i) {
+            alarm_::forbid(true);
+            const OSStatus status = unit.rendering.slice(512);
+            alarm_::forbid(false);
+            EXPECT_EQ(status, noErr);
+        }
+    }
+
+private:
+    RateUnit& unit;
+};
+
+TEST(RateAudioThread, AllocatesNothingAndTakesNoLock)
+{
+    for (const auto& fact : cases) {
+        SCOPED_TRACE(fact.why);
+        RateUnit player(fact.rates, whiteNoise(2, 200000));
+        const int allocations = alarm_::allocations(), locks = alarm_::locks();
+        Guarded guarded(player);
+        guarded.play(8);
+        EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
+        guarded.play(8);
+        EXPECT_EQ(alarm_::allocations(), allocations);
+        EXPECT_EQ(alarm_::locks(), locks);
+    }
+}
+
+// Engines come and go meanwhile, made and freed by the thread that sets.
+TEST(RateAudioThread, AllocatesNothingWhileSettingsChange)
+{
+    // clang-format off
+    const struct { OSType subType; AudioUnitParameterID id; double value; } changes[] = {
+        {'nutp', 0, 1.25}, {'nutp', 1, 300}, {'nutp', 0, 0.4}, {'nutp', 4, 3}, {'nutp', 1, -700}, {'nutp', 4, 8}, {'nutp', 0, 1}, {'nutp', 1, 0},
+        {'vari', 0, 1.25}, {'vari', 1, 300}, {'vari', 0, 0.4}, {'vari', 0, 1},
+    };
+    // clang-format on
+    for (const OSType kind : {'nutp', 'vari'}) {
+        RateUnit player({kind}, whiteNoise(2, 400000));
+        Guarded guarded(player);
+        const int allocations = alarm_::allocations(), locks = alarm_::locks();
+        for (const auto& change : changes) {
+            if (change.subType != kind) continue;
+            player.set(change.id, change.value);
+            guarded.play(40);
+        }
+        player.bypass(true);
+        guarded.play(10);
+        EXPECT_EQ(alarm_::allocations(), allocations);
+        EXPECT_EQ(alarm_::locks(), locks);
+    }
+}
+
+// Once there is an engine, settings from an audio thread ask for nothing either.
+TEST(RateAudioThread, SettingsInsideASliceAllocateNothing)
+{
+    RateUnit player({'nutp', 1.25}, whiteNoise(2, 400000));
+    const auto setInside = [](void* unit, AudioUnitRenderActionFlags*, const AudioTimeStamp* time, UInt32,
+                              UInt32, AudioBufferList*) -> OSStatus {
+        const auto rate =
+            static_cast<Float32>(1 + 0.25 * std::abs(static_cast<int>(time->mSampleTime) / 512 % 3));
+        return AudioUnitSetParameter(static_cast<AudioUnit>(unit), 0, 0, 0, rate, 0);
+    };
+    EXPECT_EQ(AudioUnitAddRenderNotify(player.unit, setInside, static_cast<AudioUnit>(player.unit)), noErr);
+    const int allocations = alarm_::allocations(), locks = alarm_::locks();
+    Guarded(player).play(30);
+    EXPECT_EQ(alarm_::allocations(), allocations);
+    EXPECT_EQ(alarm_::locks(), locks);
+}
+
+} // namespace

@@ -1,0 +1,267 @@
+// The rate units' sound: how fast, how high, how loud, where it begins and ends.
+#include "tests/platform/audiounit/rate_unit.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace test;
+
+constexpr double sampleRate = 44100, hertz = 440;
+constexpr std::size_t second = 44100;
+
+double pitchOf(double cents) { return std::exp2(cents / 1200); }
+
+// clang-format off
+const struct { Rates rates; const char* why; } settings[] = {
+    {{'nutp', 1.25},           "a little faster"},
+    {{'nutp', 0.8},            "a little slower"},
+    {{'nutp', 0.5},            "half as fast"},
+    {{'nutp', 2},              "twice as fast"},
+    {{'nutp', 1, 1200},        "an octave higher"},
+    {{'nutp', 1, -1200},       "an octave lower"},
+    {{'nutp', 1, 300},         "a third higher"},
+    {{'nutp', 1.25, -700},     "faster and lower"},
+    {{'nutp', 1.25, 0, 7.9},   "with the faster engine"},
+    {{'nutp', 0.5, 0, 3},      "likewise, half as fast"},
+    {{'nutp', 2, 0, 3},        "likewise, twice as fast"},
+    {{'nutp', 1, 1200, 3},     "likewise, an octave higher"},
+    {{'nutp', 1, -1200, 3},    "likewise, an octave lower"},
+    {{'tmpt', 0.75, 100},      "the classic unit"},
+    {{'vari', 1.25},           "varispeed"},
+    {{'vari', 0.5},            "varispeed, an octave lower"},
+    {{'vari', 2},              "varispeed, an octave higher"},
+    {{'vari', 4},              "varispeed, two octaves higher"},
+};
+// clang-format on
+
+bool isVarispeed(const Rates& rates) { return rates.subType == 'vari'; }
+
+// Half a per cent for the frequency, one for the duration.
+TEST(TimePitch, IsAsFastAndAsHighAsItIsSet)
+{
+    for (const auto& setting : settings) {
+        SCOPED_TRACE(setting.why);
+        const Rates& rates = setting.rates;
+        const double frames = 1.5 * second / rates.rate;
+        RateUnit player(rates, tone(2, second * 3 / 2, hertz, sampleRate, 0.5));
+        player.play(static_cast<std::size_t>(frames) + second / 2);
+        const double wanted = hertz * pitchOf(rates.cents) * (isVarispeed(rates) ? rates.rate : 1);
+        EXPECT_NEAR(frequencyOf(player.heard[0], 3000, static_cast<std::size_t>(frames) - 3000, sampleRate),
+                    wanted, wanted * 0.005);
+        EXPECT_NEAR(static_cast<double>(endOf(player.heard[0], 0.1)), frames, frames * 0.01);
+        const double energy = 0.125 * frames;
+        EXPECT_NEAR(energyOf(player.heard[0]), energy, energy * 0.05) << "all of it";
+        EXPECT_TRUE(sameBits(player.heard[0], player.heard[1])) << "what is the same stays the same";
+    }
+}
+
+// Frame n out is frame n * rate in, from the first one on.
+TEST(TimePitch, BeginsWithTheFirstFrameAndKeepsToItsPlace)
+{
+    for (const auto& setting : settings) {
+        SCOPED_TRACE(setting.why);
+        const Rates& rates = setting.rates;
+        const bool isExact = isVarispeed(rates);
+        for (const std::size_t at : {std::size_t{2000}, second}) {
+            Sound click = silence(1, second + 10000);
+            click[0][at] = 1;
+            RateUnit player(rates, click);
+            const double wanted = static_cast<double>(at) / rates.rate;
+            player.play(static_cast<std::size_t>(wanted) + second / 4);
+            EXPECT_NEAR(middleOf(player.heard[0]), wanted, isExact ? 1 : 512) << at;
+        }
+        RateUnit player(rates, tone(1, second, hertz, sampleRate, 0.5));
+        player.play(2048);
+        const double start = energyOf(player.heard[0]) / 2048 / 0.125;
+        EXPECT_GT(start, isExact ? 0.99 : 0.5) << "heard from the first frame on";
+    }
+}
+
+// Once the source's last frame has been asked for, all is heard within latency and tail, and not long before
+// that.
+TEST(TimePitch, HasSaidAllAfterItsLatencyAndTail)
+{
+    struct Counting {
+        Track& track;
+        double asked = 0;
+        static OSStatus callback(void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
+                                 UInt32 bus, UInt32 frames, AudioBufferList* list)
+        {
+            auto& self = *static_cast<Counting*>(context);
+            self.asked = time->mSampleTime + frames;
+            return Track::callback(&self.track, flags, time, bus, frames, list);
+        }
+    };
+    for (const auto& setting : settings) {
+        SCOPED_TRACE(setting.why);
+        RateUnit player(setting.rates, tone(1, second / 2, hertz, sampleRate, 0.5));
+        Counting counting{player.track};
+        EXPECT_EQ(player.unit.setCallback(Counting::callback, &counting), noErr);
+        const double before = player.seconds(12);
+        while (counting.asked < second / 2) player.play(64, 64);
+        const double latency = player.seconds(12), tail = player.seconds(20);
+        EXPECT_NEAR(before, latency, 0.3 * latency) << "it can be told before the first slice";
+        const double said = static_cast<double>(player.heard[0].size()) + latency * sampleRate;
+        player.play(second / 2);
+        EXPECT_NEAR(said, second / 2 / setting.rates.rate, 256) << "where the last frame is heard";
+        const auto end = static_cast<double>(endOf(player.heard[0], 0.005));
+        EXPECT_LE(end, said + tail * sampleRate + 64);
+        EXPECT_GT(end, said - 512);
+    }
+}
+
+TEST(TimePitch, IsUntouchedWhereItIsNeutral)
+{
+    const Sound sound = anyBits(2, 6000);
+    for (const OSType kind : {'nutp', 'tmpt', 'vari'})
+        for (const bool isBypassed : {false, true})
+            for (const UInt32 slice : {1u, 7u, 512u, 1156u}) {
+                RateUnit player({kind, isBypassed ? 1.25 : 1.0}, sound);
+                player.bypass(isBypassed);
+                player.play(4624, slice);
+                for (int c = 0; c < 2; ++c)
+                    EXPECT_TRUE(sameBits(player.heard[c], {sound[c].begin(), sound[c].begin() + 4624}))
+                        << slice << ", bypassed: " << isBypassed;
+                EXPECT_EQ(player.seconds(12), 0) << "no latency";
+                EXPECT_EQ(player.seconds(20), 0) << "no tail";
+            }
+}
+
+TEST(TimePitch, DoesNotMindTheSlices)
+{
+    for (const Rates& rates : {Rates{'nutp', 1.25, 300}, Rates{'nutp', 0.8, 0, 4}, Rates{'vari', 1.25}}) {
+        const Sound sound = whiteNoise(2, 30000);
+        std::vector<Float32> first;
+        for (const UInt32 slice : {512u, 7u, 1156u}) {
+            RateUnit player(rates, sound);
+            player.play(8092, slice);
+            if (first.empty()) first = player.heard[0];
+            EXPECT_TRUE(sameBits(player.heard[0], first)) << slice;
+        }
+    }
+}
+
+TEST(TimePitch, KeepsChannelsTogether)
+{
+    for (const auto& rates : {Rates{'nutp', 0.8}, Rates{'nutp', 1.25, 300, 4}, Rates{'vari', 0.8}})
+        for (const UInt32 channels : {1u, 2u, 6u}) {
+            Sound sound = whiteNoise(1, 20000);
+            sound.resize(channels, sound[0]);
+            for (UInt32 c = 1; c < channels; ++c)
+                for (Float32& sample : sound[c]) sample *= c % 2 ? 0.5f : 1;
+            RateUnit player(rates, sound);
+            player.play(12000);
+            double worst = 0;
+            for (UInt32 c = 1; c < channels; ++c)
+                for (std::size_t i = 0; i < 12000; ++i)
+                    worst = std::max(worst,
+                                     std::fabs(static_cast<double>(player.heard[c][i]) -
+                                               static_cast<double>(player.heard[0][i]) * (c % 2 ? 0.5 : 1)));
+            EXPECT_LT(worst, 1e-4) << channels;
+        }
+}
+
+TEST(TimePitch, AsksFrameAfterFrameAndNoMoreThanTheLimit)
+{
+    // clang-format off
+    const struct { Rates rates; UInt32 limit; } facts[] = {
+        {{'nutp', 2},          256}, {{'nutp', 32},          1156}, {{'nutp', 0.5, 300}, 64}, {{'nutp', 1.25, 0, 4}, 1},
+        {{'vari', 4},          512}, {{'vari', 0.25},        100},  {{'tmpt', 1},        300},
+    };
+    // clang-format on
+    struct Asking {
+        Float64 next = 5000;
+        UInt32 most = 0;
+        bool isInOrder = true;
+        static OSStatus callback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp* time,
+                                 UInt32, UInt32 frames, AudioBufferList*)
+        {
+            auto& self = *static_cast<Asking*>(context);
+            self.isInOrder = self.isInOrder && time->mSampleTime == self.next;
+            self.next += frames;
+            self.most = std::max(self.most, frames);
+            return noErr;
+        }
+    };
+    for (const auto& fact : facts) {
+        RateUnit player(fact.rates, silence(2, 10), sampleRate, fact.limit);
+        Asking asking;
+        EXPECT_EQ(player.unit.setCallback(Asking::callback, &asking), noErr);
+        player.rendering.at = 5000;
+        for (int i = 0; i < 20; ++i) EXPECT_EQ(player.rendering.slice(fact.limit), noErr);
+        EXPECT_TRUE(asking.isInOrder) << "from the first slice's time on";
+        EXPECT_LE(asking.most, fact.limit);
+        EXPECT_GE(asking.next - 5000, 20 * fact.limit * fact.rates.rate - 1);
+        if (fact.rates.rate == 1) EXPECT_EQ(asking.next, 5000 + 20 * fact.limit);
+    }
+}
+
+TEST(TimePitch, StandsTheExtremes)
+{
+    // clang-format off
+    const struct { Rates rates; double sampleRate; UInt32 channels; } facts[] = {
+        {{'nutp', 1.0 / 32, 0},      44100, 2}, {{'nutp', 32, 0},       44100, 2}, {{'nutp', 1.0 / 32, 2400}, 44100, 2}, {{'nutp', 32, -2400},     44100, 2},
+        {{'nutp', 1.0 / 32, -2400},  44100, 1}, {{'nutp', 32, 2400},    44100, 1}, {{'nutp', 1.0 / 32, 2400, 3}, 44100, 2}, {{'nutp', 32, -2400, 3}, 44100, 2},
+        {{'tmpt', 32, -2400},        44100, 1}, {{'nutp', 1.25, 300},   1,     1}, {{'nutp', 1.25, 300},      8000,  2}, {{'nutp', 1.25, 300},     192000, 1},
+        {{'nutp', 1.25, 300, 3},     1e6,   1}, {{'nutp', 0.5, 0, 3},   44100, 64}, {{'vari', 0.25},          44100, 64}, {{'vari', 4},             1,     1},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(::testing::Message()
+                     << fact.rates.rate << ", " << fact.rates.cents << ", " << fact.sampleRate);
+        RateUnit player(fact.rates, tone(fact.channels, 60000, fact.sampleRate / 50, fact.sampleRate, 0.5),
+                        fact.sampleRate);
+        player.play(2048);
+        bool isSound = true;
+        for (const Float32 sample : player.heard[0]) isSound = isSound && std::fabs(sample) < 4;
+        EXPECT_TRUE(isSound);
+        EXPECT_GT(energyOf(player.heard[0]), 0);
+    }
+}
+
+// A reset is a new start, at the place where the source is then.
+TEST(TimePitch, ForgetsWhenItIsReset)
+{
+    for (const Rates& rates : {Rates{'nutp', 0.8}, Rates{'nutp', 1.25, 300, 4}, Rates{'vari', 1.25}}) {
+        RateUnit player(rates, tone(1, 60000, hertz, sampleRate, 0.5));
+        player.play(8192);
+        const auto first = player.heard[0];
+        EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
+        EXPECT_EQ(player.get(0), static_cast<Float32>(rates.rate)) << "settings stay";
+        player.heard[0].clear();
+        player.rendering.at = 0;
+        player.play(8192);
+        double worst = 0;
+        for (std::size_t i = 0; i < 8192; ++i)
+            worst = std::max(
+                worst, std::fabs(static_cast<double>(player.heard[0][i]) - static_cast<double>(first[i])));
+        EXPECT_LT(worst, 0.1) << "the finer engine remembers what kind of sound it was for a moment";
+
+        player.track.sound = silence(1, 60000);
+        EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
+        player.heard[0].clear();
+        player.play(8192);
+        EXPECT_EQ(energyOf(player.heard[0]), 0) << "nothing of the past is heard";
+    }
+}
+
+TEST(TimePitch, CanBeInitialisedAgain)
+{
+    for (const Rates& rates : {Rates{'nutp', 0.8}, Rates{'vari', 1.25}}) {
+        RateUnit player(rates, tone(2, 60000, hertz, sampleRate, 0.5));
+        player.play(8192);
+        const auto first = player.heard[0];
+        EXPECT_EQ(AudioUnitUninitialize(player.unit), noErr);
+        EXPECT_EQ(player.seconds(12), 0);
+        EXPECT_EQ(AudioUnitInitialize(player.unit), noErr);
+        player.heard = Sound(2);
+        player.rendering.at = 0;
+        player.play(8192);
+        EXPECT_TRUE(sameBits(player.heard[0], first)) << "to the bit";
+    }
+}
+
+} // namespace
