@@ -97,15 +97,13 @@ const Float32* ClientSide::pullFrames(const Request& request, const AudioTimeSta
     sampleTime += frames;
 
     AudioBufferList* list = nullptr;
-    if (request.tellsNotifies)
-        notify(unit, request.flags, kAudioUnitRenderAction_PreRender, client, 0, frames,
-               &unit.input(0).buffers.lend(frames));
+    notify(unit, request.flags, kAudioUnitRenderAction_PreRender, client, 0, frames,
+           &unit.input(0).buffers.lend(frames));
     status = pull(unit, 0, request.flags, client, frames, list);
-    if (request.tellsNotifies)
-        notify(unit, request.flags,
-               status ? kAudioUnitRenderAction_PostRender | kAudioUnitRenderAction_PostRenderError
-                      : kAudioUnitRenderAction_PostRender,
-               client, 0, frames, list);
+    notify(unit, request.flags,
+           status ? kAudioUnitRenderAction_PostRender | kAudioUnitRenderAction_PostRenderError
+                  : kAudioUnitRenderAction_PostRender,
+           client, 0, frames, list);
     if (status) unit.lastRenderError = status;
     decode(format, *list, frames, pulled.data());
     return pulled.data();

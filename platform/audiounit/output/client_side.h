@@ -1,5 +1,5 @@
-// The client's side of an output unit: pulls input 0 in the client's format and gives it on as 32-bit float
-// frames at the rate of the other side.
+// The client's side of an output unit that drives a device: pulls input 0 in the client's format and gives it on
+// as 32-bit float frames at the rate of the other side.
 #pragma once
 
 #include "platform/audiounit/rate_converter.h"
@@ -20,15 +20,13 @@ public:
 
     /// The client's sample time of the next pull.
     void setSampleTime(Float64 frames) { sampleTime = frames; }
-    bool convertsRate() const { return converter.has_value(); }
     UInt32 channels() const { return format.mChannelsPerFrame; }
 
-    /// How a stretch of frames is pulled.
+    /// How a stretch of frames is pulled. Notifications surround each pull.
     struct Request {
         Unit& unit;
         AudioUnitRenderActionFlags& flags;
         const AudioTimeStamp& time; // of its first frame, on the other side; the client gets its host time
-        bool tellsNotifies;         // surround each pull
     };
 
     /// Up to `frames` more frames, [frame * channels + channel], valid until the next call. At least one, at

@@ -43,7 +43,7 @@ void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flag
         const AudioTimeStamp at = later(time, done, state.shape.sampleRate, unit.hostTicksPerSecond);
         UInt32 piece = frames - done;
         OSStatus status = noErr;
-        const Float32* samples = state.client.next({unit, flags, at, true}, piece, status);
+        const Float32* samples = state.client.next({unit, flags, at}, piece, status);
         placeInStreams(samples, state.client.channels(), piece, done, map, state.gain, output);
         done += piece;
     }

@@ -1,18 +1,18 @@
 // The generic output unit: an output unit without a device. Whoever renders its output pulls the client's
 // input, in any PCM format and rate on either side. Started, it waits to be pulled.
+#include "platform/audiounit/converter/slice_conversion.h"
 #include "platform/audiounit/linear_pcm.h"
-#include "platform/audiounit/output/channel_map.h"
-#include "platform/audiounit/output/client_side.h"
 #include "platform/audiounit/output/output_units.h"
 #include "platform/audiounit/property.h"
+
+#include <numeric>
 
 namespace kvxplatform::audiounit {
 namespace {
 
 struct GenericOutput {
     std::atomic<bool> isRunning{false};
-    ClientSide client;
-    std::vector<Float32> placed; // a piece in the output's channels
+    SliceConversion conversion;
 };
 
 OSStatus openUnit(Unit& unit)
@@ -25,15 +25,15 @@ void destroy(void* state) { delete static_cast<GenericOutput*>(state); }
 
 OSStatus initializeUnit(Unit& unit)
 {
-    auto& state = stateOf<GenericOutput>(unit);
-    const AudioStreamBasicDescription& out = unit.output(0).format;
-    if (const OSStatus status = state.client.prepare(unit, out.mSampleRate)) return status;
-    state.placed.assign(std::size_t{unit.sliceLimit} * out.mChannelsPerFrame, 0);
-    state.client.setSampleTime(0);
-    return noErr;
+    // As to a device, channel n goes to channel n.
+    Routing straight(unit.output(0).format.mChannelsPerFrame);
+    std::iota(straight.begin(), straight.end(), 0);
+    return stateOf<GenericOutput>(unit).conversion.prepare(unit, straight, SliceConversion::Quality::normal);
 }
 
-void resetUnit(Unit& unit) { stateOf<GenericOutput>(unit).client.reset(); }
+void uninitializeUnit(Unit& unit) { stateOf<GenericOutput>(unit).conversion.release(unit); }
+
+void resetUnit(Unit& unit) { stateOf<GenericOutput>(unit).conversion.reset(); }
 
 bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
 {
@@ -42,25 +42,7 @@ bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStrea
 
 OSStatus renderSlice(Unit& unit, Slice& slice)
 {
-    auto& state = stateOf<GenericOutput>(unit);
-    const AudioStreamBasicDescription& out = unit.output(0).format;
-    // Frame for frame at the same rate: the client hears the caller's time. At another, time runs by what it
-    // gave.
-    if (!state.client.convertsRate()) state.client.setSampleTime(slice.time.mSampleTime);
-
-    const ClientSide::Request request{unit, slice.flags, slice.time, false};
-    OSStatus failure = noErr;
-    for (UInt32 done = 0; done < slice.frames;) {
-        UInt32 frames = slice.frames - done;
-        OSStatus status = noErr;
-        const Float32* samples = state.client.next(request, frames, status);
-        if (status) failure = status;
-        place(samples, state.client.channels(), frames, nullptr, {1, 1}, done, 0, out.mChannelsPerFrame,
-              state.placed.data());
-        encode(out, state.placed.data(), frames, slice.out, done);
-        done += frames;
-    }
-    return failure;
+    return stateOf<GenericOutput>(unit).conversion.render(unit, slice);
 }
 
 OSStatus setRunning(Unit& unit, bool isRunning)
@@ -102,7 +84,7 @@ const UnitKind genericOutput = {
     nullptr,
     destroy,
     initializeUnit,
-    nullptr,
+    uninitializeUnit,
     resetUnit,
     renderSlice,
     nullptr,

@@ -13,6 +13,35 @@ using namespace test;
 constexpr OSStatus unsupported = kAudioConverterErr_OperationNotSupported;
 constexpr OSStatus wrongSize = kAudioConverterErr_BadPropertySizeError;
 
+TEST(Properties, CodesAreThePlatforms)
+{
+    // clang-format off
+    const struct { OSStatus code; const char* text; } facts[] = {
+        {kAudioConverterErr_FormatNotSupported,                 "fmt?"}, {kAudioConverterErr_OperationNotSupported,        "op??"},
+        {kAudioConverterErr_PropertyNotSupported,               "prop"}, {kAudioConverterErr_InvalidInputSize,             "insz"},
+        {kAudioConverterErr_InvalidOutputSize,                  "otsz"}, {kAudioConverterErr_UnspecifiedError,             "what"},
+        {kAudioConverterErr_BadPropertySizeError,               "!siz"}, {kAudioConverterErr_RequiresPacketDescriptionsError, "!pkd"},
+        {kAudioConverterErr_InputSampleRateOutOfRange,          "!isr"}, {kAudioConverterErr_OutputSampleRateOutOfRange,   "!osr"},
+        {kAudioConverterSampleRateConverterComplexity,          "srca"}, {kAudioConverterSampleRateConverterQuality,       "srcq"},
+        {kAudioConverterPrimeMethod,                            "prmm"}, {kAudioConverterPrimeInfo,                        "prim"},
+        {kAudioConverterChannelMap,                             "chmp"}, {kAudioConverterCurrentInputStreamDescription,    "acid"},
+        {kAudioConverterCurrentOutputStreamDescription,         "acod"}, {kAudioConverterSampleRateConverterComplexity_Linear, "line"},
+        {kAudioConverterSampleRateConverterComplexity_Normal,   "norm"}, {kAudioConverterSampleRateConverterComplexity_Mastering, "bats"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        OSStatus code = 0;
+        for (const char* each = fact.text; *each; ++each) code = code << 8 | *each;
+        EXPECT_EQ(fact.code, code) << fact.text;
+    }
+    EXPECT_EQ(kAudioConverterErr_OperationNotSupported, 0x6F703F3F);
+    EXPECT_EQ(kAudioConverterQuality_Max, 0x7F);
+    EXPECT_EQ(kAudioConverterQuality_High, 0x60);
+    EXPECT_EQ(kAudioConverterQuality_Medium, 0x40);
+    EXPECT_EQ(kAudioConverterQuality_Low, 0x20);
+    EXPECT_EQ(kAudioConverterQuality_Min, 0);
+}
+
 TEST(Properties, AreWhatTheTableSays)
 {
     // clang-format off
