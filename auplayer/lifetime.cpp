@@ -1,6 +1,7 @@
 #include "auplayer/lifetime.h"
 
 #include "auplayer/au_player.h"
+#include "auplayer/owned_platform_object.h"
 #include "plugin/owned.h"
 
 #include <cstdlib>
@@ -34,7 +35,7 @@ void AUPlayerConstructor(REALobjectStruct* object)
 void AUPlayerDestructor(REALobjectStruct* object)
 {
     AUPlayerData& player = dataOf(object);
-    if (player.graph) DisposeAUGraph(take(player.graph));
+    if (player.graph) giveBack(DisposeAUGraph, take(player.graph));
     if (player.loadedAudio) std::free(take(player.loadedAudio->samples));
     delete take(player.clientFormat);
     delete take(player.outputFormat);

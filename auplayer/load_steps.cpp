@@ -1,5 +1,6 @@
 // The steps of a load, in order, each with its failure.
 #include "auplayer/loading.h"
+#include "auplayer/owned_platform_object.h"
 #include "auplayer/render.h"
 #include "plugin/shared_word.h"
 #include "plugin/truncate.h"
@@ -7,8 +8,8 @@
 #include "plugin/zeroed.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
+#include <utility>
 
 namespace auplayer {
 
@@ -48,8 +49,7 @@ struct Load {
 
     void closeFile()
     {
-        if (file) ExtAudioFileDispose(file);
-        file = nullptr;
+        if (file) giveBack(ExtAudioFileDispose, std::exchange(file, nullptr));
     }
 
     /// As `succeeded`, for the calls that need the file open.
@@ -64,7 +64,8 @@ struct Load {
     AUPlayerData& player;
     ExtAudioFileRef file = nullptr;
     CAStreamBasicDescription fileFormat = {};
-    UInt64 frames = 0;            // of the file, at its own rate
+    UInt64 frames = 0;            ///< of the file, at its own rate
+    Zeroed<float> samples;        ///< until they have been read
     AUNode nodes[nodeCount] = {}; ///< by NodeIndex
 };
 
@@ -72,7 +73,10 @@ struct Load {
 
 bool openFile(Load& load)
 {
-    return load.succeeded(ExtAudioFileOpenURL(load.request.url, &load.file)) && load.file;
+    ExtAudioFileRef file = nullptr;
+    if (!load.succeeded(ExtAudioFileOpenURL(load.request.url, &file))) return false;
+    load.file = file;
+    return file != nullptr;
 }
 
 bool readFileFormat(Load& load)
@@ -125,7 +129,7 @@ bool setClientFormat(Load& load)
         ExtAudioFileSetProperty(load.file, kExtAudioFileProperty_ClientDataFormat, sizeof *format, format));
 }
 
-/// A file of no frames has no samples, and needs no memory.
+/// Where there are no frames, or no channels, there are no samples, and no memory is needed.
 bool allocateSamples(Load& load)
 {
     LoadedAudio& audio = *load.player.loadedAudio;
@@ -133,10 +137,10 @@ bool allocateSamples(Load& load)
     audio.frameCount = static_cast<UInt32>(load.frames);
     audio.format = *load.player.clientFormat;
     audio.byteSize = static_cast<UInt32>(sizeof(float) * channels * load.frames);
-    if (load.frames == 0) return true;
+    if (load.frames == 0 || channels == 0) return true;
     if (channels <= static_cast<UInt64>(largestAllocation) / load.frames)
-        audio.samples = allocateZeroed<float>(static_cast<std::int64_t>(channels * load.frames)).release();
-    if (audio.samples) return true;
+        load.samples = allocateZeroed<float>(static_cast<std::int64_t>(channels * load.frames));
+    if (load.samples) return true;
     load.closeFile();
     load.request.isOutOfMemory = true;
     return false;
@@ -163,20 +167,20 @@ bool describeData(Load& load)
     return true;
 }
 
-/// All of it in one read. Its status goes nowhere: the one before it, a success, stays.
+/// All of it in one read, and only then for others to see. Its status goes nowhere: the one before it, a
+/// success, stays.
 bool readSamples(Load& load)
 {
     LoadedAudio& audio = *load.player.loadedAudio;
     AudioBufferList list;
     list.mNumberBuffers = 1;
-    list.mBuffers[0] = {load.player.clientFormat->mChannelsPerFrame, audio.byteSize, audio.samples};
+    list.mBuffers[0] = {load.player.clientFormat->mChannelsPerFrame, audio.byteSize, load.samples.get()};
     auto frames = static_cast<UInt32>(load.frames);
     if (ExtAudioFileRead(load.file, &frames, &list) != noErr) {
         load.closeFile();
-        std::free(audio.samples);
-        audio.samples = nullptr;
         return false;
     }
+    storeReleased(audio.samples, load.samples.release());
     audio.frameCount = load.player.endFrame = std::min(frames, static_cast<UInt32>(load.frames));
     storeRelaxed(load.player.loopIn, unset);
     storeRelaxed(load.player.loopOut, unset);
@@ -200,14 +204,21 @@ bool readDuration(Load& load)
         storeRelaxed(load.player.trackLength, seconds);
         storeRelaxed(load.player.sampleRate, load.fileFormat.mSampleRate);
     }
-    AudioFileClose(handle);
+    giveBack(AudioFileClose, handle);
     load.closeFile();
     return isKnown;
 }
 
 // ---- the graph ----
 
-bool makeGraph(Load& load) { return load.succeeded(NewAUGraph(&load.player.graph)); }
+/// What a call that fails leaves in its place is not ours.
+bool makeGraph(Load& load)
+{
+    AUGraph graph = nullptr;
+    if (!load.succeeded(NewAUGraph(&graph))) return false;
+    storeReleased(load.player.graph, graph);
+    return true;
+}
 
 OSType outputSubType(HostInteger choice)
 {
@@ -282,10 +293,12 @@ bool fetchUnits(Load& load)
         {&AUPlayerData::varispeedNode, &AUPlayerData::varispeed},
         {&AUPlayerData::equalizerNode, &AUPlayerData::equalizer},
     };
-    for (const auto& row : units)
-        if (!load.succeeded(
-                AUGraphNodeInfo(load.player.graph, load.player.*row.node, nullptr, &(load.player.*row.unit))))
+    for (const auto& row : units) {
+        AudioUnit unit = nullptr;
+        if (!load.succeeded(AUGraphNodeInfo(load.player.graph, load.player.*row.node, nullptr, &unit)))
             return false;
+        storeReleased(load.player.*row.unit, unit);
+    }
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
 #include "plugin/services.h"
+#include "plugin/shared_word.h"
 
 #include <cstring>
 
@@ -44,8 +45,8 @@ HostBoolean LoadFileIntern(REALobjectStruct* object, REALfolderItemStruct* file,
         return false;
     }
     AUPlayerData& player = beginCall(object);
+    REALLockObject(asObject(file)); // first: a host that throws has given no reference
     player.file = file; // a refused second load, too, changes `File`; the former one keeps its reference
-    REALLockObject(asObject(file));
     if (player.isFileLoaded) {
         RaiseException("UnsupportedOperationException", "This class can only load one file.");
         return false;
@@ -86,7 +87,8 @@ HostBoolean LoadFileMT(REALobjectStruct* object, REALfolderItemStruct* file, Hos
 REALmemoryBlockStruct* CopyData(REALobjectStruct* object)
 {
     const LoadedAudio* const audio = dataOf(object).loadedAudio;
-    return audio ? REALBuildMemoryblock(audio->samples, audio->byteSize) : nullptr;
+    const float* const samples = audio ? loadAcquired(audio->samples) : nullptr;
+    return samples ? REALBuildMemoryblock(samples, audio->byteSize) : nullptr;
 }
 
 } // namespace auplayer

@@ -1,4 +1,4 @@
-// References to CoreFoundation objects that we hold, released on every way out.
+// Things of the platform's that we hold, given back on every way out.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -8,8 +8,19 @@
 
 namespace auplayer {
 
+/// Give `thing` back. A platform that throws keeps it: there is nothing left to undo, and the way out may be
+/// that of another exception.
+template <class Result, class Thing>
+void giveBack(Result (*function)(Thing), Thing thing) noexcept
+{
+    try {
+        function(thing);
+    } catch (...) {
+    }
+}
+
 struct ReleaseReference {
-    void operator()(CFTypeRef object) const { CFRelease(object); }
+    void operator()(CFTypeRef object) const noexcept { giveBack(CFRelease, object); }
 };
 
 /// Owned<CFStringRef> and the like.

@@ -78,19 +78,27 @@ void doWork(RunThreadState& state)
     storeReleased(state.done, std::uint8_t{1});
 }
 
-/// A host that throws here is not heard: the worker still needs what stands on our stack.
-void yieldToHost()
+/// What is thrown here is not heard: the worker still needs what stands on our stack.
+template <class Step>
+void unheard(Step step) noexcept
 {
     try {
-        REALYieldToRB();
+        step();
     } catch (...) {
     }
 }
 
+void yieldToHost()
+{
+    unheard([] { REALYieldToRB(); });
+}
+
 void waitOneStep()
 {
-    AbsoluteTime until = AddDurationToAbsolute(waitStep, UpTime());
-    MPDelayUntil(&until);
+    unheard([] {
+        AbsoluteTime until = AddDurationToAbsolute(waitStep, UpTime());
+        MPDelayUntil(&until);
+    });
 }
 
 void idle(const RunThreadState& state)
@@ -127,20 +135,25 @@ bool startThread(RunThreadState& state)
     return refusal == 0;
 }
 
+/// There is no other thread.
+void workRightHere(RunThreadState& state)
+{
+    deleteMutex(state);
+    if (state.work) state.work(state.data);
+}
+
 void runOnThread(const RunThreadState& request)
 {
     RunThreadState state = request;
     state.mutex = newMutex();
     if (!startThread(state)) {
-        deleteMutex(state);
-        if (state.work) state.work(state.data);
+        workRightHere(state);
         return;
     }
     state.running = 1;
     waitForWorker(state);
     pthread_join(state.thread, nullptr);
-    pthread_detach(
-        state.thread); // refused by a system that remembers the join, and needed by one that does not
+    pthread_detach(state.thread); // refused where the join is remembered, needed where it is not
     state.thread = pthread_t();
     state.running = 0;
 }
@@ -151,9 +164,14 @@ void runOnQueue(const RunThreadState& request)
     state.mutex = newMutex();
     state.running = 1;
     state.isQueued = 1;
-    dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), ^{
-      doWork(state);
-    });
+    try {
+        dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), ^{
+          doWork(state);
+        });
+    } catch (...) { // nothing was queued
+        workRightHere(state);
+        return;
+    }
     waitForWorker(state);
 }
 

@@ -69,16 +69,36 @@ void* makeNamed(const std::string& itsName)
     return &things.back();
 }
 
-void release(const char* function, const void* handle)
+/// A call that takes `handle` back, however it ends.
+class Release {
+public:
+    Release(const char* function, const void* handle) : function_(function), handle_(handle) {}
+    ~Release()
+    {
+        const Guard guard;
+        Thing* const thing = find(handle_);
+        if (!thing)
+            wrongs.push_back(std::string(function_) + " of a foreign address");
+        else if (!thing->isLive)
+            wrongs.push_back(std::string(function_) + " of " + thing->name + " again");
+        else
+            thing->isLive = false;
+    }
+    Release(const Release&) = delete;
+    Release& operator=(const Release&) = delete;
+
+private:
+    const char* function_;
+    const void* handle_;
+};
+
+/// Things that go together with another.
+void end(std::initializer_list<const char*> beginnings)
 {
     const Guard guard;
-    Thing* const thing = find(handle);
-    if (!thing)
-        wrongs.push_back(std::string(function) + " of a foreign address");
-    else if (!thing->isLive)
-        wrongs.push_back(std::string(function) + " of " + thing->name + ", which is gone");
-    else
-        thing->isLive = false;
+    for (Thing& thing : things)
+        for (const std::string beginning : beginnings)
+            if (thing.name.compare(0, beginning.size(), beginning) == 0) thing.isLive = false;
 }
 
 // ---- arguments as text ----
@@ -419,13 +439,15 @@ extern "C" {
 OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* file)
 {
     const OSStatus refusal = note(__func__, static_cast<const void*>(url)).refusal;
-    return give(refusal, file, refusal ? nullptr : static_cast<ExtAudioFileRef>(make("file")));
+    const bool opens = !refusal && !thePlatform.opensNothing;
+    return give(refusal, file, opens ? static_cast<ExtAudioFileRef>(make("file")) : nullptr);
 }
 
 OSStatus ExtAudioFileDispose(ExtAudioFileRef file)
 {
+    const Release releasing(__func__, file);
     const OSStatus refusal = note(__func__, static_cast<const void*>(file)).refusal;
-    release(__func__, file);
+    end({"audio"}); // the handle inside it
     return refusal;
 }
 
@@ -477,9 +499,8 @@ OSStatus AudioFileGetProperty(AudioFileID file, AudioFilePropertyID property, UI
 
 OSStatus AudioFileClose(AudioFileID file)
 {
-    const OSStatus refusal = note(__func__, static_cast<const void*>(file)).refusal;
-    release(__func__, file);
-    return refusal;
+    const Release releasing(__func__, file);
+    return note(__func__, static_cast<const void*>(file)).refusal;
 }
 
 // ---- graphs ----
@@ -492,13 +513,9 @@ OSStatus NewAUGraph(AUGraph* graph)
 
 OSStatus DisposeAUGraph(AUGraph graph)
 {
-    const OSStatus refusal = note(__func__, static_cast<const void*>(graph)).refusal;
-    release(__func__, graph);
-    const Guard guard;
-    for (Thing& thing : things)
-        for (const char* unit : {"output", "varispeed", "timePitch", "equalizer", "mixer", "converter"})
-            if (thing.name == unit) thing.isLive = false;
-    return refusal;
+    const Release releasing(__func__, graph);
+    end({"output", "varispeed", "timePitch", "equalizer", "mixer", "converter"});
+    return note(__func__, static_cast<const void*>(graph)).refusal;
 }
 
 OSStatus AUGraphAddNode(AUGraph graph, const AudioComponentDescription* description, AUNode* node)
@@ -689,8 +706,8 @@ void CFStringNormalize(CFMutableStringRef text, CFStringNormalizationForm form)
 
 void CFRelease(CFTypeRef object)
 {
+    const Release releasing(__func__, object);
     note(__func__, object);
-    release(__func__, object);
 }
 
 } // extern "C"

@@ -61,13 +61,15 @@ struct Answer {
 
 struct Platform {
     File file;
-    bool isRunning = false; ///< of every graph
+    bool opensNothing = false; ///< a file opened well is null
+    bool isRunning = false;    ///< of every graph
     std::vector<Device> devices;
     std::set<AudioObjectPropertySelector> deviceLists = {'#dev', 'dev#'}; ///< by which the list is known
     std::map<std::string, Answer> answers;
     /// Calls refused by their number, counted from 0 since the last reset or forgetCalls.
     std::map<std::size_t, OSStatus> refusals;
-    /// Runs inside every call, after it has been noted, with its number; it may throw.
+    /// Runs inside every call, after it has been noted, with its number; it may throw. What was to be given
+    /// back is given back all the same.
     std::function<void(std::size_t)> inEachCall;
 };
 Platform& platform();

@@ -1,5 +1,6 @@
 #include "tests/auplayer/player_test.h"
 
+#include "auplayer/render.h"
 #include "plugin/process_state.h"
 #include "tests/plugin/service_caches.h"
 
@@ -76,6 +77,7 @@ void PlayerTest::construct()
     reinterpret_cast<void (*)(Object)>(auPlayerClass.constructor)(object());
     isAlive_ = true;
     graph_spy::name(&data(), "the player");
+    graph_spy::name(reinterpret_cast<const void*>(&auplayer::renderInput), "renderInput");
 }
 
 void PlayerTest::destruct()

@@ -23,7 +23,7 @@ thread_local int forbidden = 0;
 std::array<Note, 4096> notes; // of the one thread that watches
 std::size_t noted = 0;
 const void* lockedLast = nullptr;
-std::atomic<int> callocsToRefuse{0}, locksToRefuse{0}, rung{0};
+std::atomic<int> callocsToRefuse{0}, newToRefuse{0}, locksToRefuse{0}, rung{0};
 std::array<std::atomic<void*>, 4096> blocks; // what calloc gave and free has not taken back
 
 /// Put `now` in the place of `before`; false if there is none.
@@ -93,6 +93,7 @@ std::vector<std::string> end()
 
 const void* lastLock() { return lockedLast; }
 void refuseCalloc(int count) { callocsToRefuse = count; }
+void refuseNothrowNew(int number) { newToRefuse = number; }
 void refuseLock(int count) { locksToRefuse = count; }
 long liveBlocks()
 {
@@ -165,13 +166,24 @@ int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex)
 #ifdef __LP64__
 #define WRAPPED_NEW(kind) __wrap__Zn##kind##m
 #define REAL_NEW(kind) __real__Zn##kind##m
+#define WRAPPED_NOTHROW_NEW __wrap__ZnwmRKSt9nothrow_t
+#define REAL_NOTHROW_NEW __real__ZnwmRKSt9nothrow_t
 #else
 #define WRAPPED_NEW(kind) __wrap__Zn##kind##j
 #define REAL_NEW(kind) __real__Zn##kind##j
+#define WRAPPED_NOTHROW_NEW __wrap__ZnwjRKSt9nothrow_t
+#define REAL_NOTHROW_NEW __real__ZnwjRKSt9nothrow_t
 #endif
 
 void* REAL_NEW(w)(std::size_t);
+void* REAL_NOTHROW_NEW(std::size_t, const std::nothrow_t&);
 void* REAL_NEW(a)(std::size_t);
+
+void* WRAPPED_NOTHROW_NEW(std::size_t size, const std::nothrow_t& tag)
+{
+    if (ring() || (takeOne(newToRefuse) && newToRefuse == 0)) return nullptr;
+    return REAL_NOTHROW_NEW(size, tag);
+}
 
 void* WRAPPED_NEW(w)(std::size_t size)
 {

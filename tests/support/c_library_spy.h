@@ -24,6 +24,9 @@ const void* lastLock();
 /// The next `count` calls of calloc return null, on any thread.
 void refuseCalloc(int count);
 
+/// The `number`th `new (std::nothrow)` of one object from now on, counted from 1, returns null.
+void refuseNothrowNew(int number);
+
 /// The next `count` locks on this thread fail, without being taken, while it is watched.
 void refuseLock(int count);
 
