@@ -46,14 +46,10 @@ OSStatus makeInputs(Graph& graph, const Node& node, Extent extent)
     for (auto each = graph.wanted.lower_bound({node.number, 0});
          each != graph.wanted.end() && each->first.node == node.number; ++each) {
         const auto& [input, source] = *each;
-        const auto [now, isNew] = graph.made.insert({input, {}});
-        if (extent == Extent::changed && !isNew && now->second == source) continue;
-        const OSStatus status = make(graph, node, input.bus, source);
-        if (!status)
-            now->second = source;
-        else if (isNew)
-            graph.made.erase(now);
-        if (status) return status;
+        Source& now = graph.made[input]; // a callback that is none, when it hears nothing yet
+        if (extent == Extent::changed && now == source) continue;
+        if (const OSStatus status = make(graph, node, input.bus, source)) return status;
+        now = source;
     }
     return noErr;
 }

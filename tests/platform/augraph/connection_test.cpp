@@ -115,6 +115,33 @@ TEST(Connections, FormatsTravelFromTheSourcesToTheHead)
     }
 }
 
+// a to d, and a to b to c to d: what is heard by a detour comes first all the same.
+TEST(Connections, AUnitIsInitialisedBehindAllThatItHears)
+{
+    int order[] = {0, 1, 2, 3};
+    do {
+        const Marks marks(4);
+        const AUNode a = marks.nodes[static_cast<std::size_t>(order[0])],
+                     b = marks.nodes[static_cast<std::size_t>(order[1])],
+                     c = marks.nodes[static_cast<std::size_t>(order[2])],
+                     d = marks.nodes[static_cast<std::size_t>(order[3])];
+        const UInt32 inputs = 2;
+        ASSERT_EQ(
+            AudioUnitSetProperty(marks.graph.unit(d), kAudioUnitProperty_ElementCount, 1, 0, &inputs, 4),
+            noErr);
+        ASSERT_EQ(marks.graph.connect(a, d, 0), noErr);
+        ASSERT_EQ(marks.graph.connect(a, b), noErr);
+        ASSERT_EQ(marks.graph.connect(b, c), noErr);
+        ASSERT_EQ(marks.graph.connect(c, d, 1), noErr);
+        ASSERT_EQ(marks.graph.connect(d, marks.output), noErr);
+        initializedInOrder().clear();
+        ASSERT_EQ(AUGraphInitialize(marks.graph), noErr);
+        const std::vector<AudioUnit> wanted = {marks.graph.unit(a), marks.graph.unit(b), marks.graph.unit(c),
+                                               marks.graph.unit(d)};
+        EXPECT_EQ(initializedInOrder(), wanted);
+    } while (std::next_permutation(std::begin(order), std::end(order)));
+}
+
 TEST(Connections, AreRefusedWhenTheyAreMade)
 {
     // clang-format off

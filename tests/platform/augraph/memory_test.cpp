@@ -1,5 +1,6 @@
 // Every piece of memory that is not to be had: a clear status, nothing lost, and a graph that works when
 // there is enough.
+#include "tests/platform/audiounit/unit.h"
 #include "tests/platform/augraph/calls.h"
 #include "tests/platform/augraph/marks_chain.h"
 
@@ -53,6 +54,23 @@ void sweep(const char* what, Make make)
     }
 }
 
+int told = 0;
+OSStatus count(void*, AudioUnitRenderActionFlags* flags, const AudioTimeStamp*, UInt32, UInt32,
+               AudioBufferList*)
+{
+    told += *flags & kAudioUnitRenderAction_PreRender ? 1 : 0;
+    return noErr;
+}
+
+int timesTold(const Graph& graph, AUNode output)
+{
+    told = 0;
+    List list(canonical(44100, 2), 4);
+    const AudioTimeStamp time = sampleTime(0);
+    EXPECT_EQ(AudioUnitRender(graph.unit(output), nullptr, &time, 0, 4, list.get()), noErr);
+    return told;
+}
+
 TEST(Memory, ThatIsMissingIsSaidAndNothingIsLost)
 {
     {
@@ -66,9 +84,11 @@ TEST(Memory, ThatIsMissingIsSaidAndNothingIsLost)
         AUNode node = 0;
         sweep("AddNode", [&] { return AUGraphAddNode(graph, &mark, &node); });
         EXPECT_EQ(node, chainLength + 2) << "the refused ones used up no number";
-        sweep("AddRenderNotify", [&] { return AUGraphAddRenderNotify(graph, ignored, nullptr); });
+        sweep("AddRenderNotify", [&] { return AUGraphAddRenderNotify(graph, count, nullptr); });
         sweep("Open", [&] { return AUGraphOpen(graph); });
-        sweep("AddNode, open", [&] { return AUGraphAddNode(graph, &mark, &node); });
+        for (int i = 0; i < 9; ++i) // once where the list of nodes has to grow
+            sweep("AddNode, open", [&] { return AUGraphAddNode(graph, &mark, &node); });
+        EXPECT_EQ(alive("ComponentInstance"), chainLength + 11u);
         const AURenderCallbackStruct callback = {ignored, nullptr};
         sweep("SetNodeInputCallback", [&] { return AUGraphSetNodeInputCallback(graph, node, 0, &callback); });
         sweep("Initialize", [&] { return AUGraphInitialize(graph); });
@@ -78,7 +98,8 @@ TEST(Memory, ThatIsMissingIsSaidAndNothingIsLost)
               [&] { return AUGraphConnectNodeInput(graph, node, 0, chain.nodes.front(), 0); });
         ASSERT_EQ(AUGraphRemoveNode(graph, node - 1), noErr);
         sweep("Update", [&] { return AUGraphUpdate(graph, nullptr); });
-        sweep("AddRenderNotify, open", [&] { return AUGraphAddRenderNotify(graph, ignored, nullptr); });
+        sweep("AddRenderNotify, open", [&] { return AUGraphAddRenderNotify(graph, count, nullptr); });
+        EXPECT_EQ(timesTold(chain.graph, chain.output), 2) << "added twice, the refused ones not at all";
         sweep("RemoveNode", [&] { return AUGraphRemoveNode(graph, node); });
         sweep("Update, disconnecting", [&] { return AUGraphUpdate(graph, nullptr); });
         sweep("Stop", [&] { return AUGraphStop(graph); });

@@ -2,7 +2,6 @@
 
 #include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/life_cycle.h"
-#include "platform/audiounit/output/output_units.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
@@ -10,6 +9,7 @@
 #include "platform/hal/device.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 // The library's own stays inside it: here no cycle of a device is the graph's business.
@@ -80,6 +80,59 @@ UnitKind marking(OSType subType, decltype(UnitKind::takesFormat) takesFormat)
     return kind;
 }
 
+// ---- an output that waits to be pulled ----
+
+struct Output {
+    bool isRunning = false;
+};
+
+OSStatus openOutput(Unit& unit)
+{
+    unit.state = new Output;
+    return noErr;
+}
+
+template <bool isRunning>
+OSStatus setRunning(Unit& unit)
+{
+    stateOf<Output>(unit).isRunning = isRunning;
+    return noErr;
+}
+
+OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
+{
+    return give(data, UInt32{stateOf<Output>(unit).isRunning});
+}
+
+OSStatus renderOutput(Unit& unit, Slice& slice)
+{
+    clear(slice.out);
+    AudioBufferList* in = nullptr;
+    const OSStatus status = pull(unit, 0, slice.flags, slice.time, slice.frames, in);
+    for (UInt32 i = 0; i < std::min(slice.out.mNumberBuffers, in->mNumberBuffers); ++i)
+        std::memcpy(slice.out.mBuffers[i].mData, in->mBuffers[i].mData, slice.frames * sizeof(Float32));
+    return status;
+}
+
+UnitKind output()
+{
+    static const Property properties[] = {{kAudioOutputUnitProperty_IsRunning, inGlobal, anyElement,
+                                           sizeof(UInt32), Access::readOnly, Settable::always, getIsRunning,
+                                           nullptr, nullptr}};
+    UnitKind kind{};
+    kind.type = kAudioUnitType_Output;
+    kind.subType = kAudioUnitSubType_GenericOutput;
+    kind.name = "Output";
+    kind.inputs = kind.outputs = {1, 1, 1};
+    kind.properties = properties;
+    kind.open = openOutput;
+    kind.destroy = [](void* state) { delete static_cast<Output*>(state); };
+    kind.render = renderOutput;
+    kind.start = setRunning<true>;
+    kind.stop = setRunning<false>;
+    return kind;
+}
+
 bool takesAll(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription&)
 {
     return true;
@@ -87,8 +140,8 @@ bool takesAll(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBa
 
 const UnitKind* kindAt(std::size_t index)
 {
-    static const UnitKind mark = marking('mark', nullptr), free = marking('free', takesAll);
-    const UnitKind* const kinds[] = {&mark, &free, &genericOutput, &halOutput};
+    static const UnitKind mark = marking('mark', nullptr), free = marking('free', takesAll), head = output();
+    const UnitKind* const kinds[] = {&mark, &free, &head};
     return kinds[index];
 }
 
@@ -109,7 +162,7 @@ const components::Family family = {
     [](void* unit) { delete static_cast<Unit*>(unit); },
 };
 
-std::size_t unitCount() { return 5; }
+std::size_t unitCount() { return 4; }
 
 components::Component describe(std::size_t index)
 {
@@ -119,6 +172,11 @@ components::Component describe(std::size_t index)
 }
 
 } // namespace kvxplatform::audiounit
+
+namespace kvxplatform::components {
+const BuiltIn builtIns[] = {{audiounit::unitCount, audiounit::describe}};
+const std::size_t builtInCount = std::size(builtIns);
+} // namespace kvxplatform::components
 
 namespace test {
 

@@ -1,10 +1,10 @@
 // A small world of units in place of the platform's own: one whose doings can be seen and made to fail, and
-// the two kinds of output.
+// an output.
 //
 //   'aufx' 'odd '   a component that is no audio unit, the first that a search finds
 //   'aufx' 'mark'   adds up what its inputs hear, and a number of its own; 1 to 4 inputs, 2 outputs
 //   'aufx' 'free'   the same, for any format that one asks for
-//   'auou'          'genr', 'ahal'
+//   'auou' 'genr'   waits to be pulled, as the platform's does
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>

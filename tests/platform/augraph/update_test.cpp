@@ -182,6 +182,11 @@ TEST_F(Update, WithoutAChangeDoesNothing)
     initializedInOrder().clear();
     update(1, 1);
     EXPECT_TRUE(initializedInOrder().empty());
+    const AURenderCallbackStruct callersOwn = {constant, &hundred};
+    ASSERT_EQ(AudioUnitSetProperty(graph.unit(output), kAudioUnitProperty_SetRenderCallback, 1, 0,
+                                   &callersOwn, sizeof callersOwn),
+              noErr);
+    update(100, 100);
 }
 
 TEST_F(Update, RemovedUnitsGoWithAnythingThatEndsTheGraphToo)
