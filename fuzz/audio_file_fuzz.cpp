@@ -1,0 +1,151 @@
+// A file of any bytes, opened and read in a client format that some of the bytes choose: as the file has it,
+// straight, with other channels and widths, at another rate.
+#include "fuzz/require.h"
+
+#include <AudioToolbox/AudioToolbox.h>
+#include <Carbon/Carbon.h>
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr SInt64 mostFrames = 1 << 16; // read of one file: a few bytes may be hours
+constexpr UInt32 pieceFrames = 1000;
+
+/// The last byte of the input, which no file misses.
+struct Choice {
+    explicit Choice(std::uint8_t byte) : bits(byte) {}
+    bool hasClientFormat() const { return bits & 1; }
+    bool isSwapped() const { return bits & 2; } // samples in the other byte order, so not straight
+    bool hasOtherRate() const { return bits & 4; }
+    UInt32 channels(UInt32 ofFile) const { return bits & 8 ? 1 + (bits >> 5) : ofFile; }
+    bool goesBack() const { return bits & 16; }
+    const std::uint8_t bits;
+};
+
+AudioStreamBasicDescription clientFormat(const AudioStreamBasicDescription& file, Choice choice)
+{
+    AudioStreamBasicDescription format = {};
+    format.mSampleRate = choice.hasOtherRate() ? 22050 : file.mSampleRate;
+    format.mFormatID = kAudioFormatLinearPCM;
+    format.mFormatFlags =
+        kAudioFormatFlagsNativeFloatPacked | (choice.isSwapped() ? UInt32{kAudioFormatFlagIsBigEndian} : 0);
+    format.mChannelsPerFrame = choice.channels(file.mChannelsPerFrame);
+    format.mBytesPerPacket = format.mBytesPerFrame = 4 * format.mChannelsPerFrame;
+    format.mFramesPerPacket = 1;
+    format.mBitsPerChannel = 32;
+    return format;
+}
+
+template <class Value>
+Value get(ExtAudioFileRef file, ExtAudioFilePropertyID property)
+{
+    Value value{};
+    UInt32 size = sizeof value;
+    require(ExtAudioFileGetProperty(file, property, &size, &value) == noErr,
+            "an open file has this property");
+    return value;
+}
+
+void look(ExtAudioFileRef file)
+{
+    const auto format = get<AudioStreamBasicDescription>(file, kExtAudioFileProperty_FileDataFormat);
+    require(format.mChannelsPerFrame >= 1 && format.mChannelsPerFrame <= 1024, "a file has some channels");
+    require(format.mSampleRate >= 1, "a file has a rate");
+    const auto audioFile = get<AudioFileID>(file, kExtAudioFileProperty_AudioFile);
+    Float64 seconds = -1;
+    UInt32 size = sizeof seconds;
+    require(AudioFileGetProperty(audioFile, kAudioFilePropertyEstimatedDuration, &size, &seconds) == noErr &&
+                seconds >= 0 && std::isfinite(seconds),
+            "a file lasts for some time");
+    for (const AudioFilePropertyID property : {'ffmt', 'dfmt', 'bcnt', 'pcnt', 'psze', 'brat', 'sbtd'}) {
+        std::uint8_t value[64];
+        size = sizeof value;
+        (void)AudioFileGetProperty(audioFile, property, &size, value);
+    }
+    require(AudioFileClose(audioFile) == noErr, "the handle that was lent can be closed");
+}
+
+SInt64 readAll(ExtAudioFileRef file, UInt32 bytesPerFrame, UInt32 channels)
+{
+    std::vector<std::uint8_t> memory(std::size_t{pieceFrames} * bytesPerFrame);
+    SInt64 frames = 0;
+    while (frames < mostFrames) {
+        UInt32 got = pieceFrames;
+        AudioBufferList list = {1, {{channels, static_cast<UInt32>(memory.size()), memory.data()}}};
+        const OSStatus status = ExtAudioFileRead(file, &got, &list);
+        if (status != noErr || got == 0) break;
+        require(got <= pieceFrames, "no more is read than was asked for");
+        require(list.mBuffers[0].mDataByteSize == got * bytesPerFrame, "frames and bytes agree");
+        frames += got;
+    }
+    return frames;
+}
+
+void use(ExtAudioFileRef file, Choice choice)
+{
+    look(file);
+    const auto format = get<AudioStreamBasicDescription>(file, kExtAudioFileProperty_FileDataFormat);
+    const auto length = get<SInt64>(file, kExtAudioFileProperty_FileLengthFrames);
+    require(length >= 0, "a length is never negative");
+    if (choice.hasClientFormat()) {
+        const AudioStreamBasicDescription client = clientFormat(format, choice);
+        (void)ExtAudioFileSetProperty(file, kExtAudioFileProperty_ClientDataFormat, sizeof client, &client);
+    }
+    const auto client = get<AudioStreamBasicDescription>(file, kExtAudioFileProperty_ClientDataFormat);
+    if (client.mFormatID != kAudioFormatLinearPCM) return;
+    const SInt64 frames = readAll(file, client.mBytesPerFrame, client.mChannelsPerFrame);
+    if (client.mSampleRate == format.mSampleRate)
+        require(frames <= length, "no more than the length is read");
+    if (choice.goesBack() && ExtAudioFileSeek(file, length / 2) == noErr)
+        readAll(file, client.mBytesPerFrame, client.mChannelsPerFrame);
+    SInt64 place = -1;
+    require(ExtAudioFileTell(file, &place) == noErr && place >= 0 && place <= length,
+            "a place is in the file");
+}
+
+/// A file of these bytes that stands nowhere on the disk.
+class File {
+public:
+    File(const std::uint8_t* bytes, std::size_t size) : descriptor(memfd_create("sound", MFD_CLOEXEC))
+    {
+        require(descriptor >= 0 && write(descriptor, bytes, size) == static_cast<ssize_t>(size),
+                "there is memory for the file");
+    }
+    ~File() { close(descriptor); }
+    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor); }
+
+private:
+    const int descriptor;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    if (size == 0) return 0;
+    const File disk(bytes, size - 1);
+    const std::string path = disk.path();
+    const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), false);
+    ExtAudioFileRef file = nullptr;
+    const OSStatus status = ExtAudioFileOpenURL(url, &file);
+    require((status == noErr) == (file != nullptr), "a file is open, or there is a reason");
+    CFRelease(url);
+    if (file) {
+        use(file, Choice(bytes[size - 1]));
+        require(ExtAudioFileDispose(file) == noErr, "an open file can be disposed");
+    }
+    require(KVXPlatformGetAccounts(nullptr, 0) == 0, "every object is released");
+    return 0;
+}
