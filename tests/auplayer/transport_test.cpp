@@ -1,27 +1,18 @@
 // Start, stop and reset: the platform's calls, and what `Lasterror` says of them.
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/watched_player_test.h"
 
 namespace {
 
 using namespace auplayer_test;
 
-class Transport : public PlayerTest {
+class Transport : public WatchedPlayerTest {
 protected:
-    /// A player with a graph, at a position, and what `Lasterror` says in each call from now on.
+    /// A player with a graph, at a position.
     void begin()
     {
-        startOver();
-        ASSERT_TRUE(load());
-        graph_spy::forgetCalls();
+        WatchedPlayerTest::begin();
         data().position = 321;
-        data().lasterror = 4711;
-        seen_.clear();
-        graph_spy::platform().inEachCall = [this](std::size_t) { seen_.push_back(data().lasterror); };
     }
-    const std::vector<HostInteger>& seen() const { return seen_; }
-
-private:
-    std::vector<HostInteger> seen_;
 };
 
 const Notes asked = {"AUGraphIsRunning(graph1)"};
@@ -111,7 +102,7 @@ TEST_F(Transport, TellsWhetherItPlays)
         EXPECT_EQ(get<HostBoolean>(object(), "Playing"), row.isPlaying);
         EXPECT_EQ(graph_spy::calls(), asked);
         EXPECT_EQ(data().lasterror, row.status);
-        EXPECT_EQ(seen(), std::vector<HostInteger>{-1});
+        EXPECT_EQ(seen(), Lasterrors{-1});
     }
 }
 
@@ -161,7 +152,7 @@ TEST_F(Transport, ResetsTheUnitsFromTheMixerOn)
               (Notes{"AudioUnitReset(mixer, global, 0)", "AudioUnitReset(timePitch, global, 0)",
                      "AudioUnitReset(varispeed, global, 0)", "AudioUnitReset(equalizer, global, 0)",
                      "AudioUnitReset(output, global, 0)"}));
-    EXPECT_EQ(seen(), (std::vector<HostInteger>{-1, 0, 0, 0, 0}));
+    EXPECT_EQ(seen(), (Lasterrors{-1, 0, 0, 0, 0}));
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(data().position, 321u);
 }
