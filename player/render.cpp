@@ -1,9 +1,11 @@
 #include "player/render.h"
 
+#include "player/interpolation.h"
 #include "player/play_queue.h"
 #include "plugin/shared_word.h"
 #include "plugin/truncate.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -48,13 +50,49 @@ public:
 
     void writeFirstTwoChannels(UInt32 frame, float left, float right)
     {
-        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) {
-            write(list_.mBuffers[b], frame, 0, left);
-            if (list_.mBuffers[b].mNumberChannels != 1) write(list_.mBuffers[b], frame, 1, right);
-        }
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
+            writeFirstTwo(list_.mBuffers[b], frame, left, right);
+    }
+
+    /// The same for many frames: `values` has one, or two, for each.
+    void writeAllChannels(UInt32 first, UInt32 frames, const float* values)
+    {
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
+            if (float* place = wholeFrames(list_.mBuffers[b], 1, first, frames))
+                std::memcpy(place, values, frames * sizeof(float));
+            else if (float* pairs = wholeFrames(list_.mBuffers[b], 2, first, frames))
+                for (UInt32 i = 0; i < frames; ++i) pairs[2 * i] = pairs[2 * i + 1] = values[i];
+            else
+                for (UInt32 i = 0; i < frames; ++i)
+                    for (UInt32 c = 0; c < list_.mBuffers[b].mNumberChannels; ++c)
+                        write(list_.mBuffers[b], first + i, c, values[i]);
+    }
+
+    void writeFirstTwoChannels(UInt32 first, UInt32 frames, const float* values)
+    {
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
+            if (float* pairs = wholeFrames(list_.mBuffers[b], 2, first, frames))
+                std::memcpy(pairs, values, 2 * frames * sizeof(float));
+            else
+                for (UInt32 i = 0; i < frames; ++i)
+                    writeFirstTwo(list_.mBuffers[b], first + i, values[2 * i], values[2 * i + 1]);
     }
 
 private:
+    /// Where these frames stand in a buffer of that many channels that has room for them all; else null.
+    static float* wholeFrames(AudioBuffer& buffer, UInt32 channels, UInt32 first, UInt32 frames)
+    {
+        const std::uint64_t end = (std::uint64_t{first} + frames) * channels * sizeof(float);
+        if (!buffer.mData || buffer.mNumberChannels != channels || end > buffer.mDataByteSize) return nullptr;
+        return static_cast<float*>(buffer.mData) + std::size_t{first} * channels;
+    }
+
+    static void writeFirstTwo(AudioBuffer& buffer, UInt32 frame, float left, float right)
+    {
+        write(buffer, frame, 0, left);
+        if (buffer.mNumberChannels != 1) write(buffer, frame, 1, right);
+    }
+
     static void write(AudioBuffer& buffer, UInt32 frame, UInt32 channel, float value)
     {
         const std::uint64_t index = std::uint64_t{frame} * buffer.mNumberChannels + channel;
@@ -71,15 +109,53 @@ void advanceRelative(AudioPlayerData& player, double step)
     storeRelaxed(player.outputPositionRelative, player.outputPositionRelative + step);
 }
 
+/// The same, step by step, for many frames.
+void advanceRelative(AudioPlayerData& player, double step, UInt32 frames)
+{
+    double relative = player.outputPositionRelative;
+    if (exactFrames(relative, step, frames) == frames)
+        relative += frames * step;
+    else
+        for (UInt32 i = 0; i < frames; ++i) relative += step;
+    storeRelaxed(player.outputPositionRelative, relative);
+}
+
+constexpr UInt32 blockFrames = 256;
+
+/// The frames from `position` on that can be interpolated at once: a short block inside the current buffer,
+/// which no look-ahead leaves. Empty at seams, and for positions that only one step after the other can
+/// reach.
+Stretch stretchAt(const AudioPlayerData& player, double position, double step, UInt32 frames,
+                  std::int32_t samplesPerFrame)
+{
+    const UInt32 exact = exactFrames(position, step, std::min(frames, blockFrames));
+    if (exact == 0 || !player.current.data || player.baseSampleIndex % samplesPerFrame != 0) return {};
+    const double place = position - static_cast<double>(player.baseSampleIndex) / samplesPerFrame;
+    if (!(place >= 0)) return {};
+    Stretch stretch = {player.current.data, place, step, exact};
+    stretch.frames = framesInside(stretch, player.current.count / samplesPerFrame);
+    return stretch;
+}
+
 /// Render every frame as mono and return the position behind the last.
 double renderMono(AudioPlayerData& player, Output& output, double position, double step)
 {
     std::int64_t last = -11111111; // no frame read yet
     float s0 = 0, s1 = 0;
     const UInt32 frames = output.frames();
-    for (UInt32 i = 0; i < frames; ++i) {
+    for (UInt32 i = 0; i < frames;) {
         const std::int64_t k = truncateTo64(position);
         if (k != last) {
+            const Stretch stretch = stretchAt(player, position, step, frames - i, 1);
+            if (stretch.frames) {
+                float block[blockFrames];
+                interpolateMono(stretch, block);
+                output.writeAllChannels(i, stretch.frames, block);
+                advanceRelative(player, step, stretch.frames);
+                position += stretch.frames * step;
+                i += stretch.frames;
+                continue; // read anew, from the same buffer, what the next frame may share with the last
+            }
             s0 = GetSample(player, k);
             s1 = GetSample(player, wrappingAdd(k, 1));
             last = k;
@@ -90,6 +166,7 @@ double renderMono(AudioPlayerData& player, Output& output, double position, doub
             output.writeAllChannels(i, static_cast<float>(s1 * t + (1.0 - t) * s0));
         }
         position += step;
+        ++i;
     }
     return position;
 }
@@ -100,10 +177,20 @@ double renderStereo(AudioPlayerData& player, Output& output, double position, do
     std::int64_t last = -10; // no frame read yet
     float left0 = 0, right0 = 0, left1 = 0, right1 = 0;
     const UInt32 frames = output.frames();
-    for (UInt32 i = 0; i < frames; ++i) {
+    for (UInt32 i = 0; i < frames;) {
         const std::int64_t k = truncateTo64(position);
         const std::int64_t j = wrappingAdd(k, k);
         if (j != last) {
+            const Stretch stretch = stretchAt(player, position, step, frames - i, 2);
+            if (stretch.frames) {
+                float block[2 * blockFrames];
+                interpolateStereo(stretch, block);
+                output.writeFirstTwoChannels(i, stretch.frames, block);
+                advanceRelative(player, step, stretch.frames);
+                position += stretch.frames * step;
+                i += stretch.frames;
+                continue; // read anew, from the same buffer, what the next frame may share with the last
+            }
             left0 = GetSample(player, j);
             right0 = GetSample(player, wrappingAdd(j, 1));
             left1 = GetSample(player, wrappingAdd(j, 2));
@@ -116,6 +203,7 @@ double renderStereo(AudioPlayerData& player, Output& output, double position, do
             output.writeFirstTwoChannels(i, t * left1 + (1.0f - t) * left0, t * right1 + (1.0f - t) * right0);
         }
         position += step;
+        ++i;
     }
     return position;
 }
