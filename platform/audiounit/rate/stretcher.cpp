@@ -1,6 +1,5 @@
 #include "platform/audiounit/rate/stretcher.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace kvxplatform::audiounit {

@@ -9,6 +9,7 @@
 
 #include <rubberband/RubberBandStretcher.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace kvxplatform::audiounit {
@@ -39,9 +40,10 @@ public:
     /// Whether frames read now were stretched at the present ratio.
     bool isSettled() const { return unsettled <= 0; }
 
-    /// Frames, at a ratio: input that is taken before its sound is read, and what sounds on behind its end.
+    /// Frames, at a ratio: input that is taken before its sound is read; and what sounds on behind its end,
+    /// 60 dB down (measured: windows that hold the last frame are spread further apart than they were).
     double framesAhead(double ratio) const { return pad + (delay + hop) / ratio; }
-    double framesOfTail() const { return delay; }
+    double framesOfTail(double ratio) const { return delay * std::max(1.0, ratio + 0.5); }
 
 private:
     void feed(Reader& reader);

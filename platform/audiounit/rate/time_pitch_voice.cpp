@@ -137,7 +137,7 @@ double TimePitchVoice::framesAhead(const Setting& setting) const
 
 double TimePitchVoice::framesOfTail(const Setting& setting) const
 {
-    return stretcher.framesOfTail() / setting.pitch;
+    return stretcher.framesOfTail(stretchOf(setting)) / setting.pitch;
 }
 
 } // namespace kvxplatform::audiounit

@@ -7,12 +7,11 @@ namespace kvxplatform::audiounit {
 namespace {
 
 constexpr UInt32 blockFrames = 512;
-constexpr double halfFilter = 64; // more than the converter looks ahead where it makes no sound lower
 
 } // namespace
 
 VarispeedVoice::VarispeedVoice(const AudioStreamBasicDescription& format, RateConverter::Quality quality)
-    : channels(format.mChannelsPerFrame), pulled(std::size_t{blockFrames} * channels),
+    : channels(format.mChannelsPerFrame), filter(quality), pulled(std::size_t{blockFrames} * channels),
       converted(pulled.size()), in(channels)
 {
     if (!converter.prepare(1, 1, channels, quality)) throw std::bad_alloc();
@@ -67,7 +66,7 @@ void VarispeedVoice::read(Reader& reader, const Setting& setting, Float32* const
 
 double VarispeedVoice::framesAhead(const Setting& setting) const
 {
-    return halfFilter * std::max(1.0, setting.rate) / setting.rate;
+    return RateConverter::lookAhead(setting.rate, 1, filter) / setting.rate;
 }
 
 double VarispeedVoice::framesOfTail(const Setting& setting) const { return framesAhead(setting); }

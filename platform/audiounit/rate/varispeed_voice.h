@@ -27,6 +27,7 @@ private:
     struct Pulling;
 
     UInt32 channels;
+    RateConverter::Quality filter;
     RateConverter converter;
     Glide rate;
     std::int64_t fed = 0; // the next frame to take from the tape

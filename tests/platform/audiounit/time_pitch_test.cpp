@@ -103,13 +103,15 @@ TEST(TimePitch, HasSaidAllAfterItsLatencyAndTail)
         const double before = player.seconds(12);
         while (counting.asked < second / 2) player.play(64, 64);
         const double latency = player.seconds(12), tail = player.seconds(20);
-        EXPECT_NEAR(before, latency, 0.3 * latency) << "it can be told before the first slice";
+        EXPECT_GT(before, 0.95 * latency) << "it can be told before the first slice";
+        EXPECT_LT(before, 1.3 * latency);
         const double said = static_cast<double>(player.heard[0].size()) + latency * sampleRate;
+        EXPECT_NEAR(said, counting.asked / setting.rates.rate, 64) << "where the last frame is heard";
+        EXPECT_LT(tail, 0.15);
         player.play(second / 2);
-        EXPECT_NEAR(said, second / 2 / setting.rates.rate, 256) << "where the last frame is heard";
-        const auto end = static_cast<double>(endOf(player.heard[0], 0.005));
-        EXPECT_LE(end, said + tail * sampleRate + 64);
-        EXPECT_GT(end, said - 512);
+        const auto end = static_cast<double>(endOf(player.heard[0], 0.0005));
+        EXPECT_LE(end, said + tail * sampleRate);
+        EXPECT_GT(end, said - 600) << "asked for at most a piece more";
     }
 }
 
