@@ -124,6 +124,41 @@ TEST(Formats, EachBecomesEachOther)
                 }
 }
 
+TEST(Formats, MemoryNeedNotBeAligned)
+{
+    for (const Kind& from : {kinds[2], kinds[13], kinds[16], kinds[17], kinds[18]})
+        for (const Kind& to : {kinds[2], kinds[13], kinds[16], kinds[17], kinds[18]})
+            for (int apart = 0; apart < 4; ++apart) {
+                SCOPED_TRACE(std::string(from.name) + " to " + to.name);
+                const auto source = formatOf(from, 44100, 2, apart & 1);
+                const auto destination = formatOf(to, 44100, 2, apart & 2);
+                const auto raws = samplesOf(from, 80);
+                Sound sound = soundOf(from, source, raws);
+                List list(destination, 41);
+                for (auto& buffer : sound.buffers) buffer.insert(buffer.begin(), 0);
+                for (UInt32 i = 0; i < list->mNumberBuffers; ++i)
+                    list[i].mData = static_cast<unsigned char*>(list[i].mData) + 1;
+                const auto procedure = [](AudioConverterRef converter, UInt32* packets, AudioBufferList* in,
+                                          AudioStreamPacketDescription** none, void* context) -> OSStatus {
+                    const OSStatus status = Sound::procedure(converter, packets, in, none, context);
+                    for (UInt32 i = 0; i < in->mNumberBuffers; ++i)
+                        in->mBuffers[i].mData = static_cast<unsigned char*>(in->mBuffers[i].mData) + 1;
+                    return status;
+                };
+                const Converter converter(source, destination);
+                ASSERT_EQ(fill(converter, procedure, &sound, 40, list), 40u);
+                for (UInt32 i = 0; i < list->mNumberBuffers; ++i)
+                    list.memoryOf(i).erase(list.memoryOf(i).begin());
+                for (UInt32 frame = 0; frame < 40; ++frame)
+                    for (UInt32 c = 0; c < 2; ++c) {
+                        const UInt32 buffer = apart & 2 ? c : 0;
+                        const unsigned char* bytes = list.bytes(buffer) + frame * destination.mBytesPerFrame +
+                                                     (apart & 2 ? 0 : c * to.bytes);
+                        ASSERT_TRUE(isSame(to, rawAt(to, bytes), converted(from, raws[frame * 2 + c], to)));
+                    }
+            }
+}
+
 // What the reference itself says, in words that can be looked up.
 TEST(Formats, TheReferenceIsRight)
 {
