@@ -9,10 +9,8 @@
 
 namespace player {
 
-/// Convert `count` samples from `source` to every `stride`-th element of `target`. The source needs no
-/// alignment.
-using Conversion = void (*)(const unsigned char* source, std::size_t count, float* target,
-                            std::size_t stride);
+/// Convert `count` samples from `source` to `target`. The source needs no alignment, and does not overlap.
+using Conversion = void (*)(const unsigned char* source, std::size_t count, float* target);
 
 struct SampleForm {
     std::int32_t bitSize;
@@ -23,7 +21,11 @@ struct SampleForm {
 /// The form that a BitSize names, or null.
 const SampleForm* findSampleForm(std::int32_t bitSize);
 
-/// Copy `count` floats, bit for bit, to every `stride`-th element of `target`.
-void copyFloats(const unsigned char* source, std::size_t count, float* target, std::size_t stride);
+/// Copy `count` floats, bit for bit.
+void copyFloats(const unsigned char* source, std::size_t count, float* target);
+
+/// Convert two channels of `bytesPerSample` bytes into `count` pairs, the left one first.
+void convertPairs(Conversion convert, std::size_t bytesPerSample, const unsigned char* left,
+                  const unsigned char* right, std::size_t count, float* target);
 
 } // namespace player

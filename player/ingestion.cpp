@@ -40,17 +40,27 @@ bool refuseNil()
     return false;
 }
 
+/// How samples of one form become floats.
+struct Reading {
+    Conversion convert;
+    std::int32_t bytesPerSample;
+};
+
 /// Convert `samples` samples of each channel into a new buffer, interleaved, and queue it. Only here, after
 /// every refusal, is the offset applied: until then it may be any number.
 bool convertAndQueue(AudioPlayerData& player, const Memory& memory, std::int32_t channels,
-                     HostInteger offsetBytes, std::int32_t samples, Conversion convert, bool clearBuffers)
+                     HostInteger offsetBytes, std::int32_t samples, const Reading& reading, bool clearBuffers)
 {
     const std::int64_t total = static_cast<std::int64_t>(samples) * channels;
     auto buffer = allocateZeroed<float>(total);
     if (!buffer) return false;
-    for (std::int32_t c = 0; c < channels; ++c)
-        convert(memory.channel[c] + offsetBytes, static_cast<std::size_t>(samples), buffer.get() + c,
-                static_cast<std::size_t>(channels));
+    const auto count = static_cast<std::size_t>(samples);
+    const unsigned char* const first = memory.channel[0] + offsetBytes;
+    if (channels == 2)
+        convertPairs(reading.convert, static_cast<std::size_t>(reading.bytesPerSample), first,
+                     memory.channel[1] + offsetBytes, count, buffer.get());
+    else
+        reading.convert(first, count, buffer.get());
     PlayItem item = {static_cast<std::int32_t>(total), buffer.release()};
     return AddToPlayList(player, item, clearBuffers);
 }
@@ -69,8 +79,8 @@ bool addIntegers(AudioPlayerData& player, const Blocks& blocks, HostInteger offs
     if (player.numberOfChannels != 1 && player.numberOfChannels != 2) return false;
     if (!form->conversion) return false;
     return convertAndQueue(player, memory, blocks.channels, offsetBytes,
-                           static_cast<std::int32_t>(countBytes / form->bytes), form->conversion,
-                           clearBuffers);
+                           static_cast<std::int32_t>(countBytes / form->bytes),
+                           {form->conversion, form->bytes}, clearBuffers);
 }
 
 bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offsetBytes, HostInteger countBytes,
@@ -80,7 +90,7 @@ bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offset
     const Memory memory = memoryOf(blocks);
     if (memory.isAnyNull) return false;
     return convertAndQueue(player, memory, blocks.channels, offsetBytes,
-                           static_cast<std::int32_t>(countBytes / 4), copyFloats, clearBuffers);
+                           static_cast<std::int32_t>(countBytes / 4), {copyFloats, 4}, clearBuffers);
 }
 
 } // namespace

@@ -26,7 +26,8 @@ const Names headerOnly = {
     "cstdarg",          "cstddef",     "cstdint",  "cstdio",      "cstdlib",  "cstring", "exception",
     "initializer_list", "iterator",    "limits",   "memory",      "new",      "numeric", "optional",
     "stdexcept",        "string_view", "tuple",    "type_traits", "typeinfo", "utility", "pthread.h",
-    "stdarg.h",         "stddef.h",    "stdint.h", "stdlib.h",    "string.h",
+    "stdarg.h",         "stddef.h",    "stdint.h", "stdlib.h",    "string.h", "cpuid.h", "emmintrin.h",
+    "tmmintrin.h",      "sched.h",
 };
 const Names plainC = {"stdarg.h", "stdbool.h", "stddef.h", "stdint.h", "string.h", "sys/types.h"};
 const Names fixedWidth = {"cstddef", "cstdint", "type_traits"};
@@ -105,13 +106,13 @@ const Wall* wallAround(const std::string& file)
 bool isStandard(const std::string& target)
 {
     static const Names system = {
-        "arpa/",       "assert.h",   "cpuid.h",  "ctype.h",     "dirent.h",    "dlfcn.h",    "elf.h",
-        "emmintrin.h", "errno.h",    "fcntl.h",  "float.h",     "immintrin.h", "inttypes.h", "limits.h",
-        "link.h",      "malloc.h",   "math.h",   "pmmintrin.h", "poll.h",      "pthread.h",  "sched.h",
-        "semaphore.h", "signal.h",   "spawn.h",  "stdarg.h",    "stdbool.h",   "stddef.h",   "stdint.h",
-        "stdio.h",     "stdlib.h",   "string.h", "strings.h",   "sys/",        "time.h",     "unistd.h",
-        "xmmintrin.h", "execinfo.h", "cxxabi.h", "fenv.h",      "locale.h",    "wchar.h",    "linux/",
-        "fuzzer/",
+        "arpa/",       "assert.h",    "cpuid.h",     "ctype.h",     "dirent.h",   "dlfcn.h",  "elf.h",
+        "cpuid.h",     "emmintrin.h", "tmmintrin.h", "sched.h",     "errno.h",    "fcntl.h",  "float.h",
+        "immintrin.h", "inttypes.h",  "limits.h",    "link.h",      "malloc.h",   "math.h",   "pmmintrin.h",
+        "poll.h",      "pthread.h",   "sched.h",     "semaphore.h", "signal.h",   "spawn.h",  "stdarg.h",
+        "stdbool.h",   "stddef.h",    "stdint.h",    "stdio.h",     "stdlib.h",   "string.h", "strings.h",
+        "sys/",        "time.h",      "unistd.h",    "xmmintrin.h", "execinfo.h", "cxxabi.h", "fenv.h",
+        "locale.h",    "wchar.h",     "linux/",      "fuzzer/",
     };
     static const std::regex bare("[a-z_]+(/[a-z_]+)?");
     return std::regex_match(target, bare) || hasPrefixIn(system, target);
