@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cmath>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -100,6 +101,23 @@ TEST(RateChange, EndsInTheInputAsItIs)
         const double played = 20000 + 30000 * change.rate;
         EXPECT_NEAR(static_cast<double>(*at), played, 10000 * std::fabs(change.rate - 1) + 400);
     }
+}
+
+// Also from where more is pulled ahead than there is room for.
+TEST(RateChange, ComesBackFromTheExtremes)
+{
+    for (const auto& [rate, cents] :
+         {std::pair{32.0, 0.0}, {32.0, -2400.0}, {1.0 / 32, 2400.0}, {1.0 / 32, -2400.0}})
+        for (const double overlap : {8.0, 3.0}) {
+            SCOPED_TRACE(::testing::Message() << rate << ", " << cents << ", " << overlap);
+            RateUnit player({'nutp', rate, cents, overlap}, whiteNoise(1, 1500000));
+            player.play(3000);
+            set(player, 1, 0, false);
+            player.play(20000);
+            const auto& heard = player.heard[0];
+            EXPECT_TRUE(whereIs(&heard[heard.size() - 4], player.track.sound[0])) << "the input, to the bit";
+            EXPECT_EQ(player.seconds(12), 0);
+        }
 }
 
 TEST(RateChange, WhilePlayingGlides)

@@ -45,8 +45,8 @@ TEST(TimePitch, IsAsFastAndAsHighAsItIsSet)
     for (const auto& setting : settings) {
         SCOPED_TRACE(setting.why);
         const Rates& rates = setting.rates;
-        const double frames = 1.5 * second / rates.rate;
-        RateUnit player(rates, tone(2, second * 3 / 2, hertz, sampleRate, 0.5));
+        const double frames = second / rates.rate;
+        RateUnit player(rates, tone(1, second, hertz, sampleRate, 0.5));
         player.play(static_cast<std::size_t>(frames) + second / 2);
         const double wanted = hertz * pitchOf(rates.cents) * (isVarispeed(rates) ? rates.rate : 1);
         EXPECT_NEAR(frequencyOf(player.heard[0], 3000, static_cast<std::size_t>(frames) - 3000, sampleRate),
@@ -54,7 +54,6 @@ TEST(TimePitch, IsAsFastAndAsHighAsItIsSet)
         EXPECT_NEAR(static_cast<double>(endOf(player.heard[0], 0.1)), frames, frames * 0.01);
         const double energy = 0.125 * frames;
         EXPECT_NEAR(energyOf(player.heard[0]), energy, energy * 0.05) << "all of it";
-        EXPECT_TRUE(sameBits(player.heard[0], player.heard[1])) << "what is the same stays the same";
     }
 }
 
