@@ -5,6 +5,7 @@
 #include "abi/class_definition.h"
 #include "abi/host_values.h"
 #include "auplayer/stream_description.h"
+#include "plugin/shared_word.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <AudioUnit/AudioUnit.h>
@@ -89,5 +90,12 @@ AUPlayerData& dataOf(REALobjectStruct* object);
 
 /// The same with `Lasterror` set to -1: how most members begin. Bind it before the platform call. [main]
 AUPlayerData& beginCall(REALobjectStruct* object);
+
+/// Keep a status where the host program finds it, and say whether it is success. [main], [load]
+inline bool keepStatus(AUPlayerData& player, OSStatus status)
+{
+    storeRelaxed(player.lasterror, static_cast<HostInteger>(status));
+    return status == noErr;
+}
 
 } // namespace auplayer

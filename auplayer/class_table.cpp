@@ -104,7 +104,7 @@ AUPlayerData& dataOf(REALobjectStruct* object) { return classData<AUPlayerData>(
 AUPlayerData& beginCall(REALobjectStruct* object)
 {
     AUPlayerData& player = dataOf(object);
-    player.lasterror = -1;
+    keepStatus(player, -1);
     return player;
 }
 

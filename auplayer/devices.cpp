@@ -65,8 +65,9 @@ std::uint32_t getCurrentDeviceID(REALobjectStruct* object, HostInteger)
     AUPlayerData& player = beginCall(object);
     AudioDeviceID device = 0;
     UInt32 size = sizeof device;
-    player.lasterror = AudioUnitGetProperty(player.output, kAudioOutputUnitProperty_CurrentDevice,
-                                            kAudioUnitScope_Global, 0, &device, &size);
+    keepStatus(player,
+               AudioUnitGetProperty(loadAcquired(player.output), kAudioOutputUnitProperty_CurrentDevice,
+                                    kAudioUnitScope_Global, 0, &device, &size));
     return static_cast<std::uint32_t>(device);
 }
 
@@ -74,8 +75,9 @@ void setCurrentDeviceID(REALobjectStruct* object, HostInteger, std::uint32_t dev
 {
     AUPlayerData& player = beginCall(object);
     const AudioDeviceID value = device;
-    player.lasterror = AudioUnitSetProperty(player.output, kAudioOutputUnitProperty_CurrentDevice,
-                                            kAudioUnitScope_Global, 0, &value, sizeof value);
+    keepStatus(player,
+               AudioUnitSetProperty(loadAcquired(player.output), kAudioOutputUnitProperty_CurrentDevice,
+                                    kAudioUnitScope_Global, 0, &value, sizeof value));
 }
 
 std::uint32_t getDefaultDeviceID(REALobjectStruct* object, HostInteger)
@@ -83,7 +85,7 @@ std::uint32_t getDefaultDeviceID(REALobjectStruct* object, HostInteger)
     AUPlayerData& player = beginCall(object);
     AudioDeviceID device = 0;
     UInt32 size = sizeof device;
-    player.lasterror = AudioHardwareGetProperty(kAudioHardwarePropertyDefaultOutputDevice, &size, &device);
+    keepStatus(player, AudioHardwareGetProperty(kAudioHardwarePropertyDefaultOutputDevice, &size, &device));
     return static_cast<std::uint32_t>(device);
 }
 
@@ -100,9 +102,9 @@ REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger)
         return nullptr;
     }
     const UInt32 room = size;
-    player.lasterror =
-        AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size, memory.get());
-    if (player.lasterror != noErr) return nullptr;
+    if (!keepStatus(player, AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size,
+                                                       memory.get())))
+        return nullptr;
 
     const Forgetting atTheEnd;
     OwnedObject dictionary(REALnewInstance("Dictionary"));

@@ -24,20 +24,21 @@ struct Map {
 /// Read it. An empty one, or none, is false; so is everything that goes wrong.
 bool readMap(AUPlayerData& player, Map& map)
 {
-    player.lasterror = AudioUnitGetPropertyInfo(player.output, kAudioOutputUnitProperty_ChannelMap,
-                                                kAudioUnitScope_Output, 0, &map.size, nullptr);
-    if (player.lasterror != noErr || map.size == 0) return false;
+    const bool isKnown = keepStatus(
+        player, AudioUnitGetPropertyInfo(loadAcquired(player.output), kAudioOutputUnitProperty_ChannelMap,
+                                         kAudioUnitScope_Output, 0, &map.size, nullptr));
+    if (!isKnown || map.size == 0) return false;
 
-    player.lasterror = -1;
+    keepStatus(player, -1);
     map.bytes = allocateZeroed<char>(map.size);
     if (!map.bytes) {
         RaiseException("OutOfMemoryException", "Failed to allocate buffer for channel map.");
         return false;
     }
     UInt32 size = map.size;
-    player.lasterror = AudioUnitGetProperty(player.output, kAudioOutputUnitProperty_ChannelMap,
-                                            kAudioUnitScope_Output, 0, map.bytes.get(), &size);
-    return player.lasterror == noErr;
+    return keepStatus(player,
+                      AudioUnitGetProperty(loadAcquired(player.output), kAudioOutputUnitProperty_ChannelMap,
+                                           kAudioUnitScope_Output, 0, map.bytes.get(), &size));
 }
 
 void append(const Map& map, REALarrayStruct* array)
@@ -54,7 +55,7 @@ void updateEQ(REALobjectStruct* object, ArrayOf<Element>* eqBands)
         RaiseException("NilObjectException", "eqBands is nil!");
         return;
     }
-    const AudioUnit equalizer = dataOf(object).equalizer;
+    const AudioUnit equalizer = loadAcquired(dataOf(object).equalizer);
     if (!equalizer) return;
     const std::int64_t count = arrayCount(eqBands);
     for (std::int64_t i = 0; i < count; ++i) {
@@ -94,8 +95,8 @@ void setChannelMap(REALobjectStruct* object, ArrayOf<HostInteger>* values)
         readArrayElement(values, static_cast<HostInteger>(i), value);
         map.entries()[i] = static_cast<SInt32>(value);
     }
-    player.lasterror = AudioUnitSetProperty(player.output, kAudioOutputUnitProperty_ChannelMap,
-                                            kAudioUnitScope_Output, 0, map.bytes.get(), map.size);
+    keepStatus(player, AudioUnitSetProperty(loadAcquired(player.output), kAudioOutputUnitProperty_ChannelMap,
+                                            kAudioUnitScope_Output, 0, map.bytes.get(), map.size));
 }
 
 void updateEQDouble(REALobjectStruct* object, ArrayOf<double>* eqBands) { updateEQ(object, eqBands); }

@@ -40,12 +40,7 @@ struct Load {
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
 
-    /// Keep a status where the host program finds it, and say whether it is success.
-    bool succeeded(OSStatus status) const
-    {
-        storeRelaxed(player.lasterror, static_cast<HostInteger>(status));
-        return status == noErr;
-    }
+    bool succeeded(OSStatus status) const { return keepStatus(player, status); }
 
     void closeFile()
     {
@@ -106,7 +101,7 @@ bool chooseFormats(Load& load)
         floatFormat(rate, kAudioFormatFlagsNativeFloatPacked | kAudioFormatFlagIsNonInterleaved,
                     outputChannels, sampleBytes);
     storeRelaxed(load.player.position, UInt32{0});
-    load.player.endFrame = 0;
+    storeRelaxed(load.player.endFrame, UInt32{0});
     return true;
 }
 
@@ -181,7 +176,8 @@ bool readSamples(Load& load)
         return false;
     }
     storeReleased(audio.samples, load.samples.release());
-    audio.frameCount = load.player.endFrame = std::min(frames, static_cast<UInt32>(load.frames));
+    audio.frameCount = std::min(frames, static_cast<UInt32>(load.frames));
+    storeRelaxed(load.player.endFrame, audio.frameCount);
     storeRelaxed(load.player.loopIn, unset);
     storeRelaxed(load.player.loopOut, unset);
     storeRelaxed(load.player.isLooping, HostBoolean{false});
@@ -241,7 +237,7 @@ bool addNodes(Load& load)
     const struct {
         OSType type, subType;
     } units[] = {
-        {kAudioUnitType_Output, outputSubType(load.player.outputUnit)},
+        {kAudioUnitType_Output, outputSubType(loadRelaxed(load.player.outputUnit))},
         {kAudioUnitType_FormatConverter, kAudioUnitSubType_Varispeed},
         {kAudioUnitType_FormatConverter, timePitch},
         {kAudioUnitType_Effect, kAudioUnitSubType_GraphicEQ},
@@ -321,7 +317,7 @@ bool bypassOtherRateUnit(Load& load)
     const auto bypass = [&load](AudioUnit unit) {
         return set(load, unit, kAudioUnitProperty_BypassEffect, kAudioUnitScope_Global, 1);
     };
-    switch (static_cast<RateUnit>(load.player.timePitchUnit)) {
+    switch (static_cast<RateUnit>(loadRelaxed(load.player.timePitchUnit))) {
     case RateUnit::varispeed:
         return bypass(load.player.timePitch);
     case RateUnit::byDefault:
@@ -358,8 +354,9 @@ bool setFormats(Load& load)
 bool setSliceLimit(Load& load)
 {
     const AUPlayerData& player = load.player;
-    if (player.maximumFramesPerSlice < sliceLimitWorthSetting) return true;
-    const auto limit = static_cast<UInt32>(player.maximumFramesPerSlice);
+    const HostInteger wanted = loadRelaxed(player.maximumFramesPerSlice);
+    if (wanted < sliceLimitWorthSetting) return true;
+    const auto limit = static_cast<UInt32>(wanted);
     for (AudioUnit unit :
          {player.timePitch, player.equalizer, player.mixer, player.converter, player.varispeed})
         AudioUnitSetProperty(unit, kAudioUnitProperty_MaximumFramesPerSlice, kAudioUnitScope_Global, 0,

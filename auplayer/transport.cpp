@@ -9,7 +9,10 @@ namespace auplayer {
 
 namespace {
 
-double framesPerSecond(const AUPlayerData& player) { return player.endFrame / player.trackLength; }
+double framesPerSecond(const AUPlayerData& player)
+{
+    return loadRelaxed(player.endFrame) / loadRelaxed(player.trackLength);
+}
 
 /// Single precision is what loop points are measured with.
 double framesPerSecondOfLoops(const AUPlayerData& player)
@@ -23,14 +26,14 @@ UInt32 frameAt(double frames) { return static_cast<UInt32>(truncateTo64(frames))
 bool isRunning(AUPlayerData& player)
 {
     Boolean running = false;
-    player.lasterror = AUGraphIsRunning(player.graph, &running);
-    return player.lasterror == noErr && running;
+    return keepStatus(player, AUGraphIsRunning(loadAcquired(player.graph), &running)) && running;
 }
 
 double loopPoint(REALobjectStruct* object, double AUPlayerData::*field)
 {
     const AUPlayerData& player = dataOf(object);
-    return player.*field > 0 ? player.*field / framesPerSecond(player) : 0.0;
+    const double frames = loadRelaxed(player.*field);
+    return frames > 0 ? frames / framesPerSecond(player) : 0.0;
 }
 
 } // namespace
@@ -38,20 +41,24 @@ double loopPoint(REALobjectStruct* object, double AUPlayerData::*field)
 void Play(REALobjectStruct* object)
 {
     AUPlayerData& player = beginCall(object);
-    if (player.graph) setPlaying(object, 0, true);
+    if (loadAcquired(player.graph)) setPlaying(object, 0, true);
 }
 
 void Pause(REALobjectStruct* object)
 {
     AUPlayerData& player = beginCall(object);
-    if (player.graph) setPlaying(object, 0, false);
+    if (loadAcquired(player.graph)) setPlaying(object, 0, false);
 }
 
 void Reset(REALobjectStruct* object)
 {
     AUPlayerData& player = beginCall(object);
-    for (AudioUnit unit : {player.mixer, player.timePitch, player.varispeed, player.equalizer, player.output})
-        if (unit) player.lasterror = AudioUnitReset(unit, kAudioUnitScope_Global, 0);
+    static constexpr AudioUnit AUPlayerData::*const units[] = {
+        &AUPlayerData::mixer, &AUPlayerData::timePitch, &AUPlayerData::varispeed, &AUPlayerData::equalizer,
+        &AUPlayerData::output};
+    for (const auto field : units)
+        if (const AudioUnit unit = loadAcquired(player.*field))
+            keepStatus(player, AudioUnitReset(unit, kAudioUnitScope_Global, 0));
 }
 
 HostBoolean getPlaying(REALobjectStruct* object, HostInteger) { return isRunning(beginCall(object)); }
@@ -61,9 +68,9 @@ void setPlaying(REALobjectStruct* object, HostInteger, HostBoolean value)
     AUPlayerData& player = beginCall(object);
     const bool running = isRunning(player);
     if (running && value == 0)
-        player.lasterror = AUGraphStop(player.graph);
+        keepStatus(player, AUGraphStop(loadAcquired(player.graph)));
     else if (!running && value == 1)
-        player.lasterror = AUGraphStart(player.graph);
+        keepStatus(player, AUGraphStart(loadAcquired(player.graph)));
 }
 
 double getCurrentTime(REALobjectStruct* object, HostInteger)
@@ -98,24 +105,29 @@ void setLoopIn(REALobjectStruct* object, HostInteger, double seconds)
     AUPlayerData& player = dataOf(object);
     const double frames = frameAt(framesPerSecondOfLoops(player) * seconds);
     storeRelaxed(player.loopIn, frames);
-    if (frames > player.loopOut) storeRelaxed(player.loopOut, frames);
+    if (frames > loadRelaxed(player.loopOut)) storeRelaxed(player.loopOut, frames);
 }
 
 void setLoopOut(REALobjectStruct* object, HostInteger, double seconds)
 {
     AUPlayerData& player = dataOf(object);
     UInt32 frames = frameAt(framesPerSecondOfLoops(player) * seconds);
-    if (player.loopIn > frames) frames = frameAt(player.loopIn);
+    const double in = loadRelaxed(player.loopIn);
+    if (in > frames) frames = frameAt(in);
     storeRelaxed(player.loopOut, static_cast<double>(frames));
 }
 
-HostBoolean getLooping(REALobjectStruct* object, HostInteger) { return dataOf(object).isLooping; }
+HostBoolean getLooping(REALobjectStruct* object, HostInteger)
+{
+    return loadRelaxed(dataOf(object).isLooping);
+}
 
 void setLooping(REALobjectStruct* object, HostInteger, HostBoolean value)
 {
     AUPlayerData& player = dataOf(object);
-    const bool areSet = player.loopIn != unset && player.loopOut != unset;
-    storeRelaxed(player.isLooping, HostBoolean{value != 0 && areSet && !(player.loopIn > player.loopOut)});
+    const double in = loadRelaxed(player.loopIn), out = loadRelaxed(player.loopOut);
+    const bool areSet = in != unset && out != unset;
+    storeRelaxed(player.isLooping, HostBoolean{value != 0 && areSet && !(in > out)});
 }
 
 } // namespace auplayer

@@ -33,29 +33,30 @@ double get(REALobjectStruct* object, const Parameter& parameter, AudioUnitElemen
 {
     AUPlayerData& player = beginCall(object);
     AudioUnitParameterValue value = 0;
-    player.lasterror =
-        AudioUnitGetParameter(player.*parameter.unit, parameter.id, parameter.scope, element, &value);
+    keepStatus(player, AudioUnitGetParameter(loadAcquired(player.*parameter.unit), parameter.id,
+                                             parameter.scope, element, &value));
     return value;
 }
 
 void set(REALobjectStruct* object, const Parameter& parameter, double value, AudioUnitElement element = 0)
 {
     AUPlayerData& player = beginCall(object);
-    player.lasterror = AudioUnitSetParameter(player.*parameter.unit, parameter.id, parameter.scope, element,
-                                             static_cast<AudioUnitParameterValue>(value), 0);
+    keepStatus(player,
+               AudioUnitSetParameter(loadAcquired(player.*parameter.unit), parameter.id, parameter.scope,
+                                     element, static_cast<AudioUnitParameterValue>(value), 0));
 }
 
 void setRate(REALobjectStruct* object, const Parameter& parameter, double value)
 {
     set(object, parameter, value);
-    AudioUnitSetParameter(dataOf(object).varispeed, parameter.id, parameter.scope, 0,
+    AudioUnitSetParameter(loadAcquired(dataOf(object).varispeed), parameter.id, parameter.scope, 0,
                           static_cast<AudioUnitParameterValue>(value), 0);
 }
 
-void bypass(AUPlayerData& player, AudioUnit unit, UInt32 isBypassed)
+void bypass(AUPlayerData& player, const AudioUnit& unit, UInt32 isBypassed)
 {
-    player.lasterror = AudioUnitSetProperty(unit, kAudioUnitProperty_BypassEffect, kAudioUnitScope_Global, 0,
-                                            &isBypassed, sizeof isBypassed);
+    keepStatus(player, AudioUnitSetProperty(loadAcquired(unit), kAudioUnitProperty_BypassEffect,
+                                            kAudioUnitScope_Global, 0, &isBypassed, sizeof isBypassed));
 }
 
 } // namespace
@@ -101,10 +102,10 @@ void setTimePitchUnit(REALobjectStruct* object, HostInteger, HostInteger value)
 
     const HostInteger mode = value == byDefault ? timePitch : value;
     if (mode != timePitch && mode != varispeed) return;
-    if (mode == player.timePitchUnit) return;
+    if (mode == loadRelaxed(player.timePitchUnit)) return;
     bypass(player, mode == varispeed ? player.timePitch : player.varispeed, 1);
     bypass(player, mode == varispeed ? player.varispeed : player.timePitch, 0);
-    player.timePitchUnit = mode;
+    storeRelaxed(player.timePitchUnit, mode);
 }
 
 double getInputVolume(REALobjectStruct* object, std::uint32_t inputNum)

@@ -1,15 +1,16 @@
 // LoadFileMT: the load on another thread, while the host's main thread yields.
 #include "tests/auplayer/good_load.h"
-
-#include <KVXPlatform/KVXPlatform.h>
+#include "tests/support/sanitizers.h"
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <thread>
 
 namespace {
 
 using namespace auplayer_test;
+using fake::Host;
 
 class ThreadedLoad : public PlayerTest {
 protected:
@@ -92,6 +93,75 @@ TEST_F(ThreadedLoad, RefusesAnotherLoadThatItsHostBeginsMeanwhile)
     host().drop(item());
     destruct();
     host().drop(another);
+}
+
+/// What a host's program may do while it is yielded to. Each shares words with the load.
+struct Member {
+    const char* name;
+    void (*use)(Object, Host&);
+};
+
+const Member members[] = {
+    // clang-format off
+    {"Playing",             [](Object o, Host&) { get<HostBoolean>(o, "Playing"); }},
+    {"set Playing",         [](Object o, Host&) { set<HostBoolean>(o, "Playing", 0); }},
+    {"Pause",               [](Object o, Host&) { call<void>("Pause", o); }},
+    {"Reset",               [](Object o, Host&) { call<void>("Reset", o); }},
+    {"Data",                [](Object o, Host& h) { if (auto* block = call<REALmemoryBlockStruct*>("Data", o)) h.drop(block); }},
+    {"CurrentTime",         [](Object o, Host&) { get<double>(o, "CurrentTime"); }},
+    {"set CurrentTime",     [](Object o, Host&) { set<double>(o, "CurrentTime", 0); }},
+    {"TrackLength",         [](Object o, Host&) { get<double>(o, "TrackLength"); }},
+    {"SampleRate",          [](Object o, Host&) { get<double>(o, "SampleRate"); }},
+    {"LoopIn",              [](Object o, Host&) { get<double>(o, "LoopIn"); }},
+    {"set LoopIn",          [](Object o, Host&) { set<double>(o, "LoopIn", 0.5); }},
+    {"LoopOut",             [](Object o, Host&) { get<double>(o, "LoopOut"); }},
+    {"set LoopOut",         [](Object o, Host&) { set<double>(o, "LoopOut", 1); }},
+    {"Looping",             [](Object o, Host&) { get<HostBoolean>(o, "Looping"); }},
+    {"set Looping",         [](Object o, Host&) { set<HostBoolean>(o, "Looping", 1); }},
+    {"Pan",                 [](Object o, Host&) { get<double>(o, "Pan"); }},
+    {"set Pan",             [](Object o, Host&) { set<double>(o, "Pan", 0.5); }},
+    {"MeterLevel",          [](Object o, Host&) { get<double>(o, "MeterLevel"); }},
+    {"TimeRate",            [](Object o, Host&) { get<double>(o, "TimeRate"); }},
+    {"set TimeRate",        [](Object o, Host&) { set<double>(o, "TimeRate", 1); }},
+    {"set TimePitchUnit",   [](Object o, Host&) { set<HostInteger>(o, "TimePitchUnit", 1); }},
+    {"CurrentDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "CurrentDeviceID"); }},
+    {"set CurrentDeviceID", [](Object o, Host&) { set<std::uint32_t>(o, "CurrentDeviceID", 2); }},
+    {"DefaultDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "DefaultDeviceID"); }},
+    {"ChannelMap",          [](Object o, Host& h) { if (auto* map = call<REALarrayStruct*>("ChannelMap", o)) h.drop(map); }},
+    // clang-format on
+};
+
+// The load waits before each platform call until the host has been yielded to, without an order between the
+// threads but the members' own: the thread sanitizer tells of the rest.
+TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberMeanwhile)
+{
+    std::size_t next = 0;
+    for (int round = 0; round < (support::hasThreadSanitizer ? 25 : 1); ++round) {
+        startOver();
+        const std::thread::id here = std::this_thread::get_id();
+        std::atomic<std::size_t> count{0};
+        std::function<void()> yield;
+        yield = [&] {
+            const Member& member = members[next++ % std::size(members)];
+            SCOPED_TRACE(member.name);
+            EXPECT_NO_THROW(member.use(object(), host()));
+            count.fetch_add(1, std::memory_order_relaxed);
+            host().inNext("REALYieldToRB", yield);
+        };
+        host().inNext("REALYieldToRB", yield);
+        graph_spy::platform().inEachCall = [&](std::size_t) {
+            if (std::this_thread::get_id() == here) return;
+            const std::size_t before = count.load(std::memory_order_relaxed);
+            while (count.load(std::memory_order_relaxed) == before) std::this_thread::yield();
+        };
+        EXPECT_TRUE(load(2, 2, "LoadFileMT"));
+        graph_spy::platform().inEachCall = nullptr;
+        EXPECT_GE(count, goodLoad().size() - 2) << "a yield for each call of the load's thread";
+        EXPECT_EQ(raised(), Notes());
+        const Notes calls = graph_spy::calls();
+        for (const std::string& expected : goodLoad())
+            EXPECT_GE(std::count(calls.begin(), calls.end(), expected), 1) << expected;
+    }
 }
 
 TEST_F(ThreadedLoad, WorksInAHostThatCannotYield)
