@@ -3,11 +3,22 @@
 
 #include "tests/auplayer/player_test.h"
 
+#include <string>
 #include <vector>
 
 namespace auplayer_test {
 
 using Lasterrors = std::vector<HostInteger>;
+
+// How the spy notes the calls that read and write a number of a unit; `place` is parameter, scope, element.
+inline std::string getCall(const std::string& unit, const std::string& place)
+{
+    return "AudioUnitGetParameter(" + unit + ", " + place + ")";
+}
+inline std::string setCall(const std::string& unit, const std::string& place, const std::string& value)
+{
+    return "AudioUnitSetParameter(" + unit + ", " + place + ", " + value + ", 0)"; // at the slice's start
+}
 
 class WatchedPlayerTest : public PlayerTest {
 protected:
@@ -38,6 +49,14 @@ protected:
         graph_spy::platform().inEachCall = [this](std::size_t) { seen_.push_back(data().lasterror); };
     }
     const Lasterrors& seen() const { return seen_; }
+
+    /// Throw in the call of that number from now on.
+    static void throwInCall(std::size_t throwing)
+    {
+        graph_spy::platform().inEachCall = [=](std::size_t number) {
+            if (number == throwing) throw Thrown();
+        };
+    }
 
     /// The platform does what it does by itself again: what the test made must still be given back.
     static void letBe()

@@ -1,0 +1,413 @@
+// The output unit's channel map, as a host array and from one.
+#include "plugin/process_state.h"
+#include "tests/auplayer/watched_player_test.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+using namespace auplayer_test;
+using Array = REALarrayStruct*;
+using Words = std::vector<std::int32_t>;
+
+std::string bytesOf(const Words& words)
+{
+    return std::string(reinterpret_cast<const char*>(words.data()), 4 * words.size());
+}
+
+const char* const askSize = "AudioUnitGetPropertyInfo(output, 2002, output, 0, size 0, null)";
+
+std::string readMap(std::size_t size)
+{
+    return "AudioUnitGetProperty(output, 2002, output, 0, size " + std::to_string(size) + ")";
+}
+
+const Notes outOfMemory = {"OutOfMemoryException: Failed to allocate buffer for channel map."};
+
+class ChannelMap : public WatchedPlayerTest {
+protected:
+    /// A player with a graph, whose output unit has a map of these bytes.
+    void beginMap(const std::string& bytes)
+    {
+        begin();
+        setMap(bytes);
+        blocks_ = watched::liveBlocks();
+    }
+
+    static void setMap(const std::string& bytes)
+    {
+        graph_spy::answer("AudioUnitGetPropertyInfo").size = static_cast<UInt32>(bytes.size());
+        graph_spy::answer("AudioUnitGetProperty").value = bytes;
+    }
+
+    Array map() { return call<Array>("ChannelMap", object()); }
+    void setChannelMap(Array values) { call<void>("setChannelMap", object(), values); }
+
+    void expectNothingHeld()
+    {
+        EXPECT_EQ(host().live().size(), 3u) << "the folder item, and the texts of two formats";
+        EXPECT_EQ(host().faults(), Notes());
+        EXPECT_EQ(watched::liveBlocks(), blocks_) << "the buffer is freed";
+    }
+
+private:
+    long blocks_ = 0;
+};
+
+// ---- reading ----
+
+TEST_F(ChannelMap, IsANewArray)
+{
+    beginMap(bytesOf({1, -1, 0}));
+    const Array array = map();
+    ASSERT_NE(array, nullptr);
+    EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(12)}));
+    EXPECT_EQ(seen(), (Lasterrors{-1, -1})) << "each begins anew";
+    EXPECT_EQ(data().lasterror, 0);
+    EXPECT_EQ(host().calls(), (Notes{"RuntimeArrayCreateSingleDimBoundedArray(0, -1) = a1",
+                                     "PluginIntegerArrayInsertProc(a1)", "RuntimeUBound(a1) = -1",
+                                     "insert(a1, 0, 1)", "RuntimeUBound(a1) = 0", "insert(a1, 1, -1)",
+                                     "RuntimeUBound(a1) = 1", "insert(a1, 2, 0)"}));
+    EXPECT_EQ(host().references(array), 1);
+    host().drop(array);
+    expectNothingHeld();
+}
+
+TEST_F(ChannelMap, HasTheWholeEntriesOfTheUnits)
+{
+    const struct {
+        std::string bytes;
+        Words entries;
+        const char* why;
+    } rows[] = {
+        {bytesOf({0}), {0}, "one"},
+        {bytesOf({INT32_MAX, INT32_MIN, -1}), {INT32_MAX, INT32_MIN, -1}, "the greatest and the least"},
+        {bytesOf({7, 8}) + "xyz", {7, 8}, "a rest is no entry"},
+        {"xyz", {}, "nor is less than one"},
+        {bytesOf(Words(64, 3)), Words(64, 3), "many"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        beginMap(row.bytes);
+        const Array array = map();
+        ASSERT_NE(array, nullptr);
+        EXPECT_EQ(graph_spy::calls().back(), readMap(row.bytes.size()));
+        Words inserted;
+        for (const std::string& note : host().calls())
+            if (note.rfind("insert(", 0) == 0)
+                inserted.push_back(std::stoi(note.substr(note.rfind(',') + 2)));
+        EXPECT_EQ(inserted, row.entries);
+        host().drop(array);
+        expectNothingHeld();
+    }
+}
+
+TEST_F(ChannelMap, ThatTheUnitGivesShortEndsInZeros)
+{
+    beginMap(bytesOf({5}));
+    graph_spy::answer("AudioUnitGetPropertyInfo").size = 8;
+    const Array array = map();
+    EXPECT_EQ(host().calls().back(), "insert(a1, 1, 0)");
+    host().drop(array);
+    expectNothingHeld();
+}
+
+TEST_F(ChannelMap, OfAnOlderHostIsInsertedByTheServiceItHas)
+{
+    beginMap(bytesOf({4}));
+    withhold("PluginIntegerArrayInsertProc");
+    const Array array = map();
+    EXPECT_EQ(host().calls(),
+              (Notes{"RuntimeArrayCreateSingleDimBoundedArray(0, -1) = a1",
+                     "RuntimeArrayDirectGetInsertProc(a1)", "RuntimeUBound(a1) = -1", "insert(a1, 0, 4)"}));
+    host().drop(array);
+}
+
+TEST_F(ChannelMap, OfAHostThatInsertsNothingIsEmpty)
+{
+    beginMap(bytesOf({4}));
+    withhold("PluginIntegerArrayInsertProc");
+    withhold("RuntimeArrayDirectGetInsertProc");
+    const Array array = map();
+    ASSERT_NE(array, nullptr);
+    EXPECT_EQ(host().calls(), Notes{"RuntimeArrayCreateSingleDimBoundedArray(0, -1) = a1"});
+    host().drop(array);
+    expectNothingHeld();
+}
+
+TEST_F(ChannelMap, IsNilWithoutAnArray)
+{
+    beginMap(bytesOf({4}));
+    host().failNext("RuntimeArrayCreateSingleDimBoundedArray");
+    EXPECT_EQ(map(), nullptr);
+    EXPECT_EQ(data().lasterror, 0);
+    withhold("RuntimeArrayCreateSingleDimBoundedArray");
+    EXPECT_EQ(map(), nullptr);
+    EXPECT_EQ(raised(), Notes());
+    expectNothingHeld();
+}
+
+// ---- what both refuse ----
+
+TEST_F(ChannelMap, IsLeftWhereItsSizeIsRefusedOrZero)
+{
+    const struct {
+        OSStatus status;
+        UInt32 size;
+        HostInteger lasterror;
+    } rows[] = {{-10879, 8, -10879}, {1, 8, 1}, {0, 0, 0}, {-50, 0, -50}};
+    for (const auto& row : rows)
+        for (const bool isSet : {false, true}) {
+            beginMap(bytesOf({0, 1}));
+            graph_spy::answer("AudioUnitGetPropertyInfo").status = row.status;
+            graph_spy::answer("AudioUnitGetPropertyInfo").size = row.size;
+            if (isSet) {
+                const Array values = host().newIntegers({1, 0});
+                setChannelMap(values);
+                host().drop(values);
+            } else {
+                EXPECT_EQ(map(), nullptr);
+            }
+            EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+            EXPECT_EQ(host().calls(), Notes()) << "the values are not even looked at";
+            EXPECT_EQ(seen(), Lasterrors{-1});
+            EXPECT_EQ(data().lasterror, row.lasterror);
+            expectNothingHeld();
+        }
+}
+
+TEST_F(ChannelMap, ThatIsTooLargeRaises)
+{
+    for (const UInt32 size : {0x80000000u, 0x80000001u, 0xFFFFFFFFu})
+        for (const bool isSet : {false, true}) {
+            beginMap("");
+            graph_spy::answer("AudioUnitGetPropertyInfo").size = size;
+            if (isSet)
+                setChannelMap(nullptr);
+            else
+                EXPECT_EQ(map(), nullptr);
+            EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+            EXPECT_EQ(raised(), outOfMemory);
+            EXPECT_EQ(data().lasterror, -1);
+            expectNothingHeld();
+        }
+}
+
+TEST_F(ChannelMap, WithoutMemoryForItRaises)
+{
+    for (const UInt32 size : {1u, 8u, 0x7FFFFFFFu})
+        for (const bool isSet : {false, true}) {
+            beginMap("");
+            graph_spy::answer("AudioUnitGetPropertyInfo").size = size;
+            watched::begin();
+            watched::refuseCalloc(1);
+            if (isSet)
+                setChannelMap(nullptr);
+            else
+                EXPECT_EQ(map(), nullptr);
+            EXPECT_EQ(watched::end().front(), "calloc " + std::to_string(size));
+            EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+            EXPECT_EQ(raised(), outOfMemory);
+            EXPECT_EQ(data().lasterror, -1);
+            expectNothingHeld();
+        }
+}
+
+TEST_F(ChannelMap, IsLeftWhereItCannotBeRead)
+{
+    for (const bool isSet : {false, true}) {
+        beginMap(bytesOf({0, 1}));
+        graph_spy::answer("AudioUnitGetProperty").status = -10851;
+        if (isSet)
+            setChannelMap(nullptr);
+        else
+            EXPECT_EQ(map(), nullptr);
+        EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(8)}));
+        EXPECT_EQ(host().calls(), Notes());
+        EXPECT_EQ(seen(), (Lasterrors{-1, -1}));
+        EXPECT_EQ(data().lasterror, -10851);
+        expectNothingHeld();
+    }
+}
+
+TEST_F(ChannelMap, BeforeALoadIsAskedOfThePlatformAllTheSame)
+{
+    beginEmpty();
+    graph_spy::answer("AudioUnitGetPropertyInfo").status = -50;
+    EXPECT_EQ(map(), nullptr);
+    EXPECT_EQ(data().lasterror, -50);
+    setChannelMap(nullptr);
+    EXPECT_EQ(data().lasterror, -50);
+    const std::string asked = "AudioUnitGetPropertyInfo(null, 2002, output, 0, size 0, null)";
+    EXPECT_EQ(graph_spy::calls(), (Notes{asked, asked}));
+}
+
+// ---- writing ----
+
+TEST_F(ChannelMap, IsWrittenWhole)
+{
+    const struct {
+        std::string before;
+        std::optional<std::vector<HostInteger>> values; ///< none: nil
+        std::string after;
+        const char* why;
+    } rows[] = {
+        {bytesOf({0, 1, 2}), {{2, 1, 0}}, bytesOf({2, 1, 0}), "as many as there are"},
+        {bytesOf({0, 1, 2}), {{5, 6}}, bytesOf({5, 6, -1}), "fewer: the rest is unmapped, whatever it was"},
+        {bytesOf({0, 1, 2}), {{5}}, bytesOf({5, -1, -1}), "one"},
+        {bytesOf({0, 1, 2}), {std::vector<HostInteger>{}}, bytesOf({-1, -1, -1}), "an empty array"},
+        {bytesOf({0, 1, 2}), {}, bytesOf({-1, -1, -1}), "nil"},
+        {bytesOf({0, 1, 2}), {{9, 8, 7, 6}}, bytesOf({9, 8, 7}), "one more: it is dropped"},
+        {bytesOf({0, 1, 2}), std::vector<HostInteger>(1000, 4), bytesOf({4, 4, 4}), "many more"},
+        {bytesOf({0}), {{-1}}, bytesOf({-1}), "unmapped by its value"},
+        {bytesOf({0, 1, 2, 3}),
+         {{INT32_MAX, INT32_MIN, 1000, -2}},
+         bytesOf({INT32_MAX, INT32_MIN, 1000, -2}),
+         "no value is minded"},
+        {bytesOf({0, 1}) + "xyz", {{5}}, bytesOf({5, -1}) + "xyz", "a rest is written back as it was"},
+        {bytesOf({0, 1}) + "xyz", {{5, 6, 7}}, bytesOf({5, 6}) + "xyz", "and not written over"},
+        {"xyz", {{5}}, "xyz", "less than an entry, too"},
+        {"x", {}, "x", "a byte"},
+    };
+    for (const auto& row : rows)
+        for (const OSStatus status : {0, -10851}) {
+            SCOPED_TRACE(row.why);
+            beginMap(row.before);
+            graph_spy::answer("AudioUnitSetProperty").status = status;
+            const Array values = row.values ? host().newIntegers(*row.values) : nullptr;
+            setChannelMap(values);
+            const std::string size = std::to_string(row.before.size());
+            ASSERT_EQ(graph_spy::calls().size(), 3u);
+            EXPECT_EQ(graph_spy::calls()[0], askSize);
+            EXPECT_EQ(graph_spy::calls()[1], readMap(row.before.size()));
+            const std::string written = graph_spy::calls()[2];
+            EXPECT_EQ(written.rfind("AudioUnitSetProperty(output, 2002, output, 0, ", 0), 0u) << written;
+            EXPECT_EQ(written.substr(written.rfind(',')), ", " + size + " bytes)");
+            EXPECT_EQ(graph_spy::lastValue(), row.after);
+            EXPECT_EQ(seen(), (Lasterrors{-1, -1, 0})) << "the last is told of by its own status";
+            EXPECT_EQ(data().lasterror, status);
+            EXPECT_EQ(raised(), Notes());
+            if (values) host().drop(values);
+            expectNothingHeld();
+        }
+}
+
+TEST_F(ChannelMap, IsAsLongAsItsSizeWasWhateverTheReadSays)
+{
+    beginMap(bytesOf({0, 1, 2}));
+    graph_spy::answer("AudioUnitGetProperty").size = 4;
+    setChannelMap(nullptr);
+    EXPECT_EQ(graph_spy::lastValue(), bytesOf({-1, -1, -1}));
+    expectNothingHeld();
+}
+
+TEST_F(ChannelMap, HasZerosForElementsThatVanishWhileTheyAreRead)
+{
+    beginMap(bytesOf({0, 1, 2, 3}));
+    const Array values = host().newIntegers({9, 8, 7});
+    // It shrinks while its first element is read.
+    host().inNext("get", [&] { host().setUpperBound(values, 0); });
+    setChannelMap(values);
+    EXPECT_EQ(graph_spy::lastValue(), bytesOf({9, 0, 0, -1}));
+    const std::string text =
+        "OutOfBoundsException: Parameter index  is too big. Range is 0 to 0, but value is ";
+    EXPECT_EQ(raised(), (Notes{text + "1.", text + "2."}));
+    EXPECT_EQ(data().lasterror, 0);
+    host().drop(values);
+    expectNothingHeld();
+}
+
+TEST_F(ChannelMap, HasZerosFromAHostWithoutElements)
+{
+    beginMap(bytesOf({5, 6}));
+    withhold("PluginIntegerArrayGetProc");
+    withhold("RuntimeArrayDirectGetGetProc");
+    const Array values = host().newIntegers({9});
+    setChannelMap(values);
+    EXPECT_EQ(graph_spy::lastValue(), bytesOf({0, -1}));
+    EXPECT_EQ(raised(), Notes());
+    host().drop(values);
+}
+
+TEST_F(ChannelMap, IsReadFromTheRecordsOfAnOlderHost)
+{
+    for (const double version : {2015.9, 2016.0}) {
+        letBe();
+        startOver(version);
+        ASSERT_TRUE(load());
+        watch();
+        setMap(bytesOf({5, 6, 7}));
+        const Array values = host().newIntegers({9, 8});
+        setChannelMap(values);
+        EXPECT_EQ(graph_spy::lastValue(), bytesOf({9, 8, -1}));
+        const Notes notes = host().calls();
+        EXPECT_EQ(std::find(notes.begin(), notes.end(), "get(a1, 0)") != notes.end(), version >= 2016.0);
+        host().drop(values);
+    }
+}
+
+TEST_F(ChannelMap, OfAnArrayWithAStrangeBoundIsThatOfNone)
+{
+    for (const HostInteger bound : {HostInteger{-2}, HostInteger{INT32_MIN}}) {
+        beginMap(bytesOf({5, 6}));
+        const Array values = host().newIntegers({9});
+        host().setUpperBound(values, bound);
+        setChannelMap(values);
+        EXPECT_EQ(graph_spy::lastValue(), bytesOf({-1, -1}));
+        EXPECT_EQ(raised(), Notes());
+        host().drop(values);
+    }
+}
+
+// ---- exceptions ----
+
+TEST_F(ChannelMap, LetsNoExceptionThroughAndFreesItsBuffer)
+{
+    for (std::size_t throwing = 0; throwing < 3; ++throwing)
+        for (const bool isSet : {false, true}) {
+            beginMap(bytesOf({0, 1}));
+            graph_spy::platform().inEachCall = [=](std::size_t number) {
+                if (number == throwing) throw Thrown();
+            };
+            if (isSet) {
+                EXPECT_NO_THROW(setChannelMap(nullptr));
+                EXPECT_EQ(graph_spy::calls().size(), throwing + 1);
+                expectNothingHeld();
+            } else if (throwing < 2) {
+                EXPECT_NO_THROW(EXPECT_EQ(map(), nullptr));
+                expectNothingHeld();
+            }
+        }
+    for (const char* service : {"RuntimeUBound", "PluginIntegerArrayGetProc", "get"}) {
+        SCOPED_TRACE(service);
+        beginMap(bytesOf({0, 1}));
+        const Array values = host().newIntegers({9});
+        host().inNext(service, [] { throw Thrown(); });
+        EXPECT_NO_THROW(setChannelMap(values));
+        EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(8)})) << "a map half made is not written";
+        host().drop(values);
+        expectNothingHeld();
+    }
+    beginMap(bytesOf({0, 1}));
+    host().inNext("RuntimeArrayCreateSingleDimBoundedArray", [] { throw Thrown(); });
+    EXPECT_NO_THROW(EXPECT_EQ(map(), nullptr));
+    expectNothingHeld();
+}
+
+TEST_F(ChannelMap, WhoseArrayThrowsIsHandedOverAsFarAsItCame)
+{
+    for (const char* service : {"PluginIntegerArrayInsertProc", "RuntimeUBound", "insert"}) {
+        SCOPED_TRACE(service);
+        beginMap(bytesOf({7, 8}));
+        host().inNext(service, [] { throw Thrown(); });
+        Array array = nullptr;
+        EXPECT_NO_THROW(array = map());
+        ASSERT_NE(array, nullptr) << "there is no service to give it back by";
+        EXPECT_EQ(host().references(array), 1);
+        host().drop(array);
+        expectNothingHeld();
+    }
+}
+
+} // namespace

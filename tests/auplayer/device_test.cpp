@@ -1,0 +1,88 @@
+// The output device of the graph, and the system's choice.
+#include "tests/auplayer/watched_player_test.h"
+
+namespace {
+
+using namespace auplayer_test;
+
+class Device : public WatchedPlayerTest {};
+
+const std::uint32_t ids[] = {0, 1, 2, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
+
+TEST_F(Device, OfTheGraphIsAskedOfTheOutputUnit)
+{
+    for (const std::uint32_t id : ids) {
+        begin();
+        graph_spy::answer("AudioUnitGetProperty").value = graph_spy::bytesOf(id);
+        EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), id);
+        EXPECT_EQ(graph_spy::calls(), Notes{"AudioUnitGetProperty(output, 2000, global, 0, size 4)"});
+        EXPECT_EQ(seen(), Lasterrors{-1});
+        EXPECT_EQ(data().lasterror, 0);
+    }
+}
+
+TEST_F(Device, OfTheGraphIsSetOnTheOutputUnit)
+{
+    for (const std::uint32_t id : ids)
+        for (const OSStatus status : {0, -10851}) {
+            begin();
+            graph_spy::answer("AudioUnitSetProperty").status = status;
+            set<std::uint32_t>(object(), "CurrentDeviceID", id);
+            EXPECT_EQ(graph_spy::calls(), Notes{"AudioUnitSetProperty(output, 2000, global, 0, " +
+                                                std::to_string(id) + ", 4 bytes)"});
+            EXPECT_EQ(seen(), Lasterrors{-1});
+            EXPECT_EQ(data().lasterror, status);
+        }
+}
+
+TEST_F(Device, ThatCannotBeToldIsZero)
+{
+    begin();
+    graph_spy::answer("AudioUnitGetProperty").status = -10879;
+    graph_spy::answer("AudioUnitGetProperty").leavesRubbish = false;
+    EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
+    EXPECT_EQ(data().lasterror, -10879);
+}
+
+TEST_F(Device, BeforeALoadIsAskedOfThePlatformAllTheSame)
+{
+    beginEmpty();
+    graph_spy::answer("AudioUnitGetProperty").status = -50;
+    graph_spy::answer("AudioUnitGetProperty").leavesRubbish = false;
+    graph_spy::answer("AudioUnitSetProperty").status = -51;
+    EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
+    EXPECT_EQ(data().lasterror, -50);
+    set<std::uint32_t>(object(), "CurrentDeviceID", 3);
+    EXPECT_EQ(data().lasterror, -51);
+    EXPECT_EQ(graph_spy::calls(), (Notes{"AudioUnitGetProperty(null, 2000, global, 0, size 4)",
+                                         "AudioUnitSetProperty(null, 2000, global, 0, 3, 4 bytes)"}));
+}
+
+TEST_F(Device, OfTheSystemIsAskedOfTheHardware)
+{
+    for (const std::uint32_t id : ids) {
+        beginEmpty();
+        graph_spy::answer("AudioHardwareGetProperty").value = graph_spy::bytesOf(id);
+        EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), id);
+        EXPECT_EQ(graph_spy::calls(), Notes{"AudioHardwareGetProperty('dOut', size 4)"});
+        EXPECT_EQ(seen(), Lasterrors{-1});
+        EXPECT_EQ(data().lasterror, 0);
+    }
+    graph_spy::answer("AudioHardwareGetProperty").status = 'stop';
+    graph_spy::answer("AudioHardwareGetProperty").leavesRubbish = false;
+    EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u);
+    EXPECT_EQ(data().lasterror, 'stop');
+    EXPECT_EQ(propertyRow("DefaultDeviceID").setter, nullptr);
+}
+
+TEST_F(Device, LetsNoExceptionOfThePlatformThrough)
+{
+    begin();
+    graph_spy::platform().inEachCall = [](std::size_t) { throw Thrown(); };
+    EXPECT_NO_THROW(EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u));
+    EXPECT_NO_THROW(set<std::uint32_t>(object(), "CurrentDeviceID", 1));
+    EXPECT_NO_THROW(EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u));
+    EXPECT_EQ(data().lasterror, -1);
+}
+
+} // namespace
