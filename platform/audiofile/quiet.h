@@ -1,11 +1,11 @@
-// libsndfile's MPEG decoder writes its doubts about a file to the terminal, and offers no way to ask it not
-// to. While somebody decodes, the C library's stderr is a stream of ours, which drops what the decoding
-// threads write and passes on what all others do.
+// Some of libsndfile's decoders print their doubts about a file, and offer no way to ask them not to. While
+// somebody decodes, the C library's stdout and stderr are streams of ours, which drop what the decoding
+// threads write and pass on what all others do.
 #pragma once
 
 namespace kvxplatform::audiofile {
 
-/// Nothing that this thread prints to stderr is seen while one of these lives. Nests. Thread [any].
+/// Nothing that this thread prints is seen while one of these lives. Nests. Thread [any].
 class Quiet {
 public:
     Quiet();

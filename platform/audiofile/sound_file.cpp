@@ -87,8 +87,9 @@ OSStatus SoundFile::openAgain()
 OSStatus SoundFile::prepare(const SF_INFO& first)
 {
     SF_INFO info = first;
-    isMpeg_ = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
-    if (isMpeg_) {
+    const int container = info.format & SF_FORMAT_TYPEMASK;
+    isNoisy_ = container == SF_FORMAT_MPEG || container == SF_FORMAT_SDS;
+    if (container == SF_FORMAT_MPEG) {
         const OSStatus status = countMpeg(info);
         if (status != noErr) return status;
     }
@@ -152,7 +153,7 @@ SInt64 SoundFile::skip(SInt64 frames)
 SInt64 SoundFile::read(Float32* out, SInt64 frames)
 {
     std::optional<Quiet> quiet;
-    if (isMpeg_) quiet.emplace();
+    if (isNoisy_) quiet.emplace();
     const SInt64 wanted = std::min(frames, facts_.frames - place_);
     SInt64 done = 0;
     while (done < wanted) { // once, unless the data breaks off
@@ -181,7 +182,7 @@ bool SoundFile::seek(SInt64 frame)
 {
     if (frame == place_) return true;
     std::optional<Quiet> quiet;
-    if (isMpeg_) quiet.emplace();
+    if (isNoisy_) quiet.emplace();
     // By way of the beginning: from elsewhere, libsndfile lands a frame beside in some Vorbis files.
     SNDFILE* decoder = decoder_.get();
     if (sf_seek(decoder, 0, SEEK_SET) == 0 && sf_seek(decoder, frame, SEEK_SET) == frame) {

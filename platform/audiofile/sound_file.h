@@ -57,7 +57,7 @@ private:
     std::unique_ptr<SNDFILE, Close> decoder_;
     Facts facts_;
     SInt64 place_ = 0;
-    bool isMpeg_ = false;
+    bool isNoisy_ = false; // its decoder prints
 };
 
 } // namespace kvxplatform::audiofile

@@ -1,4 +1,4 @@
-// MPEG streams: their length when they do not say it, and a terminal that stays clean.
+// MPEG streams: their length when they do not say it.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include "platform/audiofile/mpeg_frames.h"
@@ -8,10 +8,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <thread>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -130,32 +126,10 @@ TEST(MpegLength, IsThatOfAllFrames)
     }
 }
 
-/// An MP3 file of a varying rate, ten seconds, the first half of it noise; and the same without its note on
-/// the length.
-Bytes varying(const sound::Folder& folder)
-{
-    SF_INFO info = {};
-    info.format = SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III;
-    info.samplerate = 44100;
-    info.channels = 2;
-    SNDFILE* file = sf_open((folder / "v.mp3").c_str(), SFM_WRITE, &info);
-    int mode = SF_BITRATE_MODE_VARIABLE;
-    sf_command(file, SFC_SET_BITRATE_MODE, &mode, sizeof mode);
-    std::vector<float> samples;
-    std::uint32_t state = 1;
-    for (int i = 0; i < 882000; ++i) {
-        state = state * 1664525 + 1013904223;
-        samples.push_back(i < 441000 ? static_cast<float>(state >> 8) / 33554432.0f - 0.25f : 0.0f);
-    }
-    sf_write_float(file, samples.data(), 882000);
-    sf_close(file);
-    return sound::load(folder / "v.mp3");
-}
-
 TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
 {
     const sound::Folder folder;
-    const Bytes whole = varying(folder);
+    const Bytes whole = sound::varyingMp3(folder / "v.mp3");
     const sound::Decoded expected = sound::decode(folder / "v.mp3");
     ASSERT_EQ(expected.info.frames, 441000);
 
@@ -181,71 +155,6 @@ TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
     for (std::size_t shift = 0; shift < 4000 && !isFound; ++shift)
         isFound = std::memcmp(&samples[(20000 + shift) * 2], &expected.samples[40000], 300000 * 8) == 0;
     EXPECT_TRUE(isFound);
-}
-
-// ---- the terminal ----
-
-/// What is written to the terminal meanwhile, by whichever way.
-template <class Body>
-std::string written(Body body)
-{
-    std::fflush(stderr);
-    int ends[2];
-    if (pipe(ends) != 0) return "no pipe";
-    fcntl(ends[1], F_SETFL, O_NONBLOCK);
-    const int saved = dup(2);
-    dup2(ends[1], 2);
-    body();
-    std::fflush(stderr);
-    dup2(saved, 2);
-    close(saved);
-    close(ends[1]);
-    std::string text;
-    char piece[4096];
-    for (ssize_t got; (got = ::read(ends[0], piece, sizeof piece)) > 0;)
-        text.append(piece, static_cast<std::size_t>(got));
-    close(ends[0]);
-    return text;
-}
-
-TEST(Terminal, StaysCleanOfADecodersDoubts)
-{
-    const sound::Folder folder;
-    Bytes damaged = varying(folder);
-    damaged.resize(damaged.size() / 2);
-    std::uint32_t state = 1;
-    for (std::size_t i = 3000; i < damaged.size(); i += 37)
-        damaged[i] = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-    sound::save(folder / "x.mp3", damaged);
-    ASSERT_NE(written([&] { sound::decode(folder / "x.mp3"); }), "") << "the decoder has doubts";
-    EXPECT_EQ(written([&] {
-                  const sound::File file(folder / "x.mp3");
-                  EXPECT_EQ(file.status, noErr);
-                  file.setClient(sound::floats(44100, 2));
-                  file.readFloats(2);
-                  ExtAudioFileSeek(file, 100000);
-                  file.readFloats(2);
-              }),
-              "");
-    EXPECT_EQ(written([] { std::fputs("hello", stderr); }), "hello") << "afterwards all is as it was";
-}
-
-TEST(Terminal, IsOpenToAllOtherThreads)
-{
-    const sound::Folder folder;
-    varying(folder);
-    std::string expected;
-    for (int i = 0; i < 2000; ++i) expected += "a line of another thread\n";
-    EXPECT_EQ(written([&] {
-                  std::thread other([] {
-                      for (int i = 0; i < 2000; ++i) std::fputs("a line of another thread\n", stderr);
-                  });
-                  const sound::File file(folder / "v.mp3");
-                  file.setClient(sound::floats(44100, 2));
-                  file.readFloats(2, 100);
-                  other.join();
-              }),
-              expected);
 }
 
 } // namespace

@@ -62,6 +62,26 @@ void write(const std::string& path, int format, int rate, int channels, const st
     if (!isWritten) throw std::runtime_error("cannot write " + path);
 }
 
+Bytes varyingMp3(const std::string& path)
+{
+    SF_INFO info = {};
+    info.format = SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III;
+    info.samplerate = 44100;
+    info.channels = 2;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    int mode = SF_BITRATE_MODE_VARIABLE;
+    sf_command(file, SFC_SET_BITRATE_MODE, &mode, sizeof mode);
+    std::vector<float> samples;
+    std::uint32_t state = 1;
+    for (int i = 0; i < 882000; ++i) {
+        state = state * 1664525 + 1013904223;
+        samples.push_back(i < 441000 ? static_cast<float>(state >> 8) / 33554432.0f - 0.25f : 0.0f);
+    }
+    sf_write_float(file, samples.data(), 882000);
+    sf_close(file);
+    return load(path);
+}
+
 Decoded decode(const std::string& path)
 {
     Decoded result;

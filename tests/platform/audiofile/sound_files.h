@@ -39,6 +39,9 @@ std::vector<float> music(int channels, int frames);
 /// Write a file in one of libsndfile's formats.
 void write(const std::string& path, int format, int rate, int channels, const std::vector<float>& samples);
 
+/// Write an MP3 file of a varying rate, ten seconds, the first half of it noise; its bytes.
+Bytes varyingMp3(const std::string& path);
+
 /// What libsndfile makes of a file, read in one piece.
 struct Decoded {
     SF_INFO info{};

@@ -1,0 +1,99 @@
+// A terminal that stays clean of what decoders print.
+#include "tests/platform/audiofile/sound_files.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <thread>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using sound::Bytes;
+
+/// What is written to the terminal meanwhile, by either stream; as much as a pipe holds.
+template <class Body>
+std::string written(Body body)
+{
+    std::fflush(stdout);
+    int ends[2];
+    if (pipe(ends) != 0) return "no pipe";
+    fcntl(ends[1], F_SETFL, O_NONBLOCK);
+    const int saved[] = {dup(1), dup(2)};
+    dup2(ends[1], 1);
+    dup2(ends[1], 2);
+    body();
+    std::fflush(stdout);
+    dup2(saved[0], 1);
+    dup2(saved[1], 2);
+    close(saved[0]);
+    close(saved[1]);
+    close(ends[1]);
+    std::string text;
+    char piece[4096];
+    for (ssize_t got; (got = ::read(ends[0], piece, sizeof piece)) > 0;)
+        text.append(piece, static_cast<std::size_t>(got));
+    close(ends[0]);
+    return text;
+}
+
+TEST(Terminal, StaysCleanOfADecodersDoubts)
+{
+    const sound::Folder folder;
+    Bytes damaged = sound::varyingMp3(folder / "v.mp3");
+    damaged.resize(damaged.size() / 2);
+    std::uint32_t state = 1;
+    for (std::size_t i = 3000; i < damaged.size(); i += 37)
+        damaged[i] = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    sound::save(folder / "x.mp3", damaged);
+    ASSERT_NE(written([&] { sound::decode(folder / "x.mp3"); }), "") << "the decoder has doubts";
+    EXPECT_EQ(written([&] {
+                  const sound::File file(folder / "x.mp3");
+                  EXPECT_EQ(file.status, noErr);
+                  file.setClient(sound::floats(44100, 2));
+                  file.readFloats(2);
+                  ExtAudioFileSeek(file, 100000);
+                  file.readFloats(2);
+              }),
+              "");
+    EXPECT_EQ(written([] { std::fputs("hello", stderr); }), "hello") << "afterwards all is as it was";
+}
+
+TEST(Terminal, StaysCleanOfDumpsFromSamplers)
+{
+    const sound::Folder folder;
+    sound::write(folder / "x.sds", SF_FORMAT_SDS | SF_FORMAT_PCM_16, 44100, 1, sound::music(1, 1000));
+    Bytes damaged = sound::load(folder / "x.sds");
+    for (std::size_t i = 300; i < damaged.size(); i += 50) damaged[i] ^= 0x2A;
+    for (std::size_t i = 21; i < damaged.size(); i += 127) damaged[i] = 0; // where each block begins
+    sound::save(folder / "x.sds", damaged);
+    ASSERT_NE(written([&] { sound::decode(folder / "x.sds"); }), "") << "this one prints to the other stream";
+    EXPECT_EQ(written([&] {
+                  const sound::File file(folder / "x.sds");
+                  file.setClient(sound::floats(44100, 1));
+                  file.readFloats(1);
+              }),
+              "");
+}
+
+TEST(Terminal, IsOpenToAllOtherThreads)
+{
+    const sound::Folder folder;
+    sound::varyingMp3(folder / "v.mp3");
+    std::string expected;
+    for (int i = 0; i < 2000; ++i) expected += "a line of another thread\n";
+    EXPECT_EQ(written([&] {
+                  std::thread other([] {
+                      for (int i = 0; i < 2000; ++i) std::fputs("a line of another thread\n", stderr);
+                  });
+                  const sound::File file(folder / "v.mp3");
+                  file.setClient(sound::floats(44100, 2));
+                  file.readFloats(2, 100);
+                  other.join();
+              }),
+              expected);
+}
+
+} // namespace
