@@ -149,6 +149,17 @@ void sayKeys(Progress& progress, const char* whyNot)
     progress.say(whyNot ? fmt::format("No keys: {}. Ctrl-C ends.", whyNot) : keyHelp());
 }
 
+void loadInBackground(FilePlayer& player, const std::string& path, int channels, Progress& progress)
+{
+    const std::string name = asciiText(std::filesystem::path(path).filename().string());
+    std::size_t shown = 0;
+    player.loadInBackground(path, channels, [&] {
+        KVXPlatformDrainMainQueue(0);
+        if (progress.showLine(fmt::format("  {} Loading {}", "|/-\\"[shown % 4], name))) ++shown;
+    });
+    progress.wipe();
+}
+
 } // namespace
 
 int channelsToLoad(int fileChannels, int deviceChannels)
@@ -160,14 +171,11 @@ void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const
               Progress& progress)
 {
     applyBeforeLoad(options, player);
-    const std::string name = std::filesystem::path(file.path).filename().string();
-    if (!options.isInBackground) return player.load(file.path, channels);
-    std::size_t shown = 0;
-    player.loadInBackground(file.path, channels, [&] {
-        KVXPlatformDrainMainQueue(0);
-        if (progress.showLine(fmt::format("  {} Loading {}", "|/-\\"[shown % 4], asciiText(name)))) ++shown;
-    });
-    progress.wipe();
+    if (options.isInBackground)
+        loadInBackground(player, file.path, channels, progress);
+    else
+        player.load(file.path, channels);
+    if (player.takeFrameCount() < file.format.frames) throw cutShort(file.path);
 }
 
 bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const PlayerOptions& options,

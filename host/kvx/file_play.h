@@ -20,7 +20,8 @@ bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const 
 /// as two, or only one side would sound.
 int channelsToLoad(int fileChannels, int deviceChannels);
 
-/// Load a file in the way that the options say, with something to see meanwhile.
+/// Load a file in the way that the options say, with something to see meanwhile. Throws Failure, also when
+/// less could be read than the file promises.
 void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
               Progress& progress);
 

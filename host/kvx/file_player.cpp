@@ -98,6 +98,19 @@ double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(
 int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
 double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
 
+// The class tells no number of frames, but it counts time in them: the first time that is not 0 is one frame.
+// Times that double cannot jump past it.
+std::int64_t FilePlayer::takeFrameCount()
+{
+    double oneFrame = 0;
+    for (double time = 0.5 / sampleRate(); oneFrame == 0 && time < 4 * duration(); time *= 2) {
+        object_.set("CurrentTime", time);
+        oneFrame = position();
+    }
+    object_.set("CurrentTime", 0.0);
+    return oneFrame > 0 ? std::llround(duration() / oneFrame) : 0;
+}
+
 void FilePlayer::play()
 {
     object_.call("Play");

@@ -59,6 +59,9 @@ public:
     int channels() const;
     double duration() const;
 
+    /// Frames that were read, perhaps fewer than the file promises. Moves the position to the begin.
+    std::int64_t takeFrameCount();
+
     // ---- sound ----
 
     void play();

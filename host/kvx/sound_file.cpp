@@ -1,7 +1,6 @@
 #include "host/kvx/sound_file.h"
 
 #include "host/kvx/container.h"
-#include "host/kvx/failure.h"
 
 #include <fmt/format.h>
 
@@ -29,13 +28,13 @@ void checkReadable(const std::string& path)
     if (status.st_size == 0) throw Failure(fmt::format("{} is empty; get the file again", path));
 }
 
+} // namespace
+
 Failure cutShort(const std::string& path)
 {
     return Failure(
         fmt::format("{} is cut short: it ends before the sound that it promises; get the file again", path));
 }
-
-} // namespace
 
 SoundFile::SoundFile(const std::string& path) : path_(path)
 {

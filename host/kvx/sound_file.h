@@ -1,6 +1,8 @@
 // Sound files, decoded to 32-bit float. Every format that libsndfile reads.
 #pragma once
 
+#include "host/kvx/failure.h"
+
 #include <sndfile.h>
 
 #include <cstddef>
@@ -20,6 +22,9 @@ struct SoundFormat {
 
     double duration() const { return double(frames) / sampleRate; } ///< seconds
 };
+
+/// For a file that ends before the frames that it promises.
+Failure cutShort(const std::string& path);
 
 /// One open file. Of more than two channels the first two are read. [any], one call at a time
 class SoundFile {

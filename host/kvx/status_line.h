@@ -16,8 +16,8 @@ struct PlayStatus {
     std::string note; ///< what a key led to; may be empty
 };
 
-/// "  0:02.4 / 0:06.5  [####------]  -9.3 dB  rate 1.00  loop 0:01.0-0:03.0"; what is not as usual is added:
-/// pitch, volume, a pause. What matters most comes first, since narrow terminals cut the rest.
+/// "  0:02.4 / 0:06.5  [####------]  -9.3 dB  rate 1.00  loop 0:01.0-0:03.0"; a pause, a note, a pitch and a
+/// volume are added where there are any. What matters most comes first, since narrow terminals cut the rest.
 std::string printPlayStatus(const PlayStatus& status);
 
 } // namespace kvx

@@ -1,4 +1,4 @@
-// A file through `kvx play`, captured, against the file: bit for bit at the device's own rate, and bit for
+// A file through `kvx play --buffered`, captured, against the file: bit for bit at the device's own rate, and bit for
 // bit what the reference computes at others.
 #include "tests/endtoend/kvx_runner.h"
 #include "tests/endtoend/reference_output.h"
@@ -16,7 +16,7 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-// `kvx play` queues blocks of four seconds, and the simulated device has slices of 512 frames.
+// `kvx play --buffered` queues blocks of four seconds, and the simulated device has slices of 512 frames.
 constexpr int blockSeconds = 4;
 constexpr std::size_t sliceFrames = 512;
 
@@ -27,6 +27,7 @@ struct Capture : testing::Test {
                std::vector<std::string> more = {"--fast"})
     {
         std::vector<std::string> arguments = {"play",
+                                              "--buffered",
                                               "--device",
                                               "simulated",
                                               "--device-rate",

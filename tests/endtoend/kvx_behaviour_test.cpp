@@ -210,7 +210,7 @@ TEST(Kvx, WritesACaptureAsideUnderOneName)
     child.wait();
 }
 
-// A terminal writes "^C" behind the line that is shown; what follows begins on the next one.
+// A terminal writes "^C" where the line is shown; what follows begins on the next one.
 TEST(Kvx, SaysThatItStoppedBelowTheCtrlC)
 {
     support::TemporaryFolder folder;
@@ -220,7 +220,7 @@ TEST(Kvx, SaysThatItStoppedBelowTheCtrlC)
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     ASSERT_GE(child, 0);
     if (child == 0) {
-        execl(kvxPath, kvxPath, "play", file.c_str(), nullptr);
+        execl(kvxPath, kvxPath, "play", "--buffered", file.c_str(), nullptr);
         _exit(127);
     }
     std::string shown;

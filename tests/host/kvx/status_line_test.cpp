@@ -35,7 +35,8 @@ TEST(StatusLine, AddsWhatIsNotAsUsual)
         {[](auto& s) { s.loopIn = 1, s.loopOut = 3, s.isLooping = true; }, "rate 1.00  loop 0:01.0-0:03.0",
          "in a loop"},
         {[](auto& s) { s.loopOut = 3; }, "rate 1.00  loop 0:00.0-0:03.0 off", "points, but no loop"},
-        {[](auto& s) { s.note = "so it is"; }, "rate 1.00  no loop  so it is", "a note comes last"},
+        {[](auto& s) { s.loopIn = s.loopOut = 3; }, "rate 1.00  loop 0:03.0-", "a begin without an end"},
+        {[](auto& s) { s.note = "so it is"; }, "so it is  rate 1.00  no loop", "a note comes early"},
     };
     for (const auto& fact : facts) {
         kvx::PlayStatus status = playing();
@@ -54,7 +55,7 @@ TEST(StatusLine, ShowsNoLevelWhereNothingSounds)
     status.level = -9.3;
     status.isPaused = true;
     EXPECT_EQ(kvx::printPlayStatus(status),
-              "  0:02.4 / 0:06.5  [--------------------]   silent  rate 1.00  no loop  paused");
+              "  0:02.4 / 0:06.5  [--------------------]   silent  paused  rate 1.00  no loop");
 }
 
 TEST(StatusLine, DoesNotRunPastTheEnd)

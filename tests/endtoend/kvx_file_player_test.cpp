@@ -1,0 +1,263 @@
+// `kvx play` through the file player: what is heard, what is said, and keys at a terminal.
+#include "tests/endtoend/kvx_runner.h"
+#include "tests/endtoend/pty_child.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+using namespace endtoend;
+using support::Sound;
+
+struct FilePlayer : testing::Test {
+    support::TemporaryFolder folder;
+
+    std::string write(const Sound& sound, const std::string& name = "in.wav")
+    {
+        support::writeSound(sound, folder / name);
+        return folder / name;
+    }
+    /// Long enough for any test: none waits for its end.
+    std::string writeLong() { return write(support::makeNoise(44100, 2, 44100 * 120)); }
+
+    support::ChildResult play(const std::vector<std::string>& more)
+    {
+        std::vector<std::string> arguments = {"play"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runKvx(arguments, folder.path());
+    }
+};
+
+std::vector<float> inChannels(const Sound& sound, int channels)
+{
+    std::vector<float> samples;
+    for (std::size_t frame = 0; frame < sound.frames(); ++frame)
+        for (int channel = 0; channel < channels; ++channel)
+            samples.push_back(sound.samples[frame * std::size_t(sound.channels) +
+                                            std::size_t(std::min(channel, sound.channels - 1))]);
+    return samples;
+}
+
+/// What was captured is `expected` from the first frame on, and silence behind it.
+void expectHeard(const Sound& captured, const std::vector<float>& expected)
+{
+    ASSERT_LE(expected.size(), captured.samples.size());
+    const auto [at, other] = std::mismatch(expected.begin(), expected.end(), captured.samples.begin());
+    EXPECT_TRUE(at == expected.end())
+        << "sample " << at - expected.begin() << " is " << *other << ", not " << *at;
+    for (std::size_t i = expected.size(); i < captured.samples.size(); ++i)
+        ASSERT_EQ(captured.samples[i], 0.0f) << "after the end";
+}
+
+TEST_F(FilePlayer, IsHeardBitForBitAtTheDevicesRate)
+{
+    const struct {
+        int channels;
+        std::size_t frames;
+        std::vector<std::string> more;
+        const char* why;
+    } facts[] = {
+        {2, 44100 * 2 + 17, {"--fast"}, "as it is"},
+        {1, 44100 + 1, {"--fast"}, "mono on both sides"},
+        {2, 1, {"--fast"}, "one frame"},
+        {2, 44100, {"--fast", "--background"}, "loaded in a thread"},
+        {2, 44100, {}, "in real time"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        const Sound sound = support::makeNoise(44100, fact.channels, fact.frames);
+        std::vector<std::string> arguments = {write(sound), "--device", "simulated", "--capture", "out.wav"};
+        arguments.insert(arguments.end(), fact.more.begin(), fact.more.end());
+        const auto result = play(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        expectHeard(support::readSound(folder / "out.wav"), inChannels(sound, 2));
+    }
+}
+
+TEST_F(FilePlayer, PlaysSeveralFilesOneAfterTheOther)
+{
+    write(support::makeNoise(44100, 2, 4410), "1.wav");
+    write(support::makeNoise(22050, 1, 2205), "2.wav");
+    const auto result = play({"--fast", "1.wav", "2.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(
+        result.out.find("Playing 1.wav: 44100 Hz, stereo, 0:00.1\nPlaying 2.wav: 22050 Hz, mono, 0:00.1\n"),
+        std::string::npos)
+        << result.out;
+}
+
+TEST_F(FilePlayer, ShowsTheFormatsAsTheClassGivesThem)
+{
+    write(support::makeNoise(48000, 6, 48000 * 3 / 2), "six.wav");
+    const auto result = play({"--info", "six.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "six.wav\n"
+                          "  sample rate   48000 Hz\n"
+                          "  channels      6\n"
+                          "  duration      0:01.5 (1.500 s)\n"
+                          "  client format  6 ch,  48000 Hz, 'lpcm' (0x00000009) 32-bit little-endian float\n"
+                          "  output format  6 ch,  48000 Hz, 'lpcm' (0x00000029) 32-bit little-endian float, "
+                          "deinterleaved\n");
+}
+
+TEST_F(FilePlayer, SaysWhyThereAreNoKeys)
+{
+    write(support::makeNoise(44100, 2, 441));
+    const auto result = play({"in.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("No keys: the standard "), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("put is not a terminal. Ctrl-C ends.\n"), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find('\x1b'), std::string::npos) << "nor a line that is written over";
+    EXPECT_EQ(play({"--quiet", "in.wav"}).out, "");
+    EXPECT_EQ(play({"--fast", "in.wav"}).out.find("No keys"), std::string::npos) << "nobody could use them";
+}
+
+TEST_F(FilePlayer, KeepsTheOptionsOfBothWaysApart)
+{
+    write(support::makeNoise(44100, 2, 441));
+    const struct {
+        std::vector<std::string> arguments;
+        const char* says;
+    } facts[] = {
+        {{"in.wav", "--gain", "-6"}, "--buffered"},
+        {{"in.wav", "--buffered", "--rate", "2"}, "--buffered"},
+        {{"in.wav", "--buffered", "--background"}, "--buffered"},
+        {{"in.wav", "--volume", "1.5"}, "from 0 to 1"},
+        {{"in.wav", "--rate", "0"}, "from 0.04 to 32"},
+        {{"in.wav", "--unit", "varispeed", "--rate", "5"}, "from 0.25 to 4"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        const auto result = play(fact.arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(fact.says), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(play({"in.wav", "--fast", "--start", "1"}).exitCode, 1);
+}
+
+// ---- at a terminal ----
+
+TEST_F(FilePlayer, ObeysKeys)
+{
+    PtyChild child(kvxCommand({"play", "--start", "60", writeLong()}));
+    ASSERT_TRUE(child.waitFor("Keys: space pause")) << child.shown();
+    ASSERT_TRUE(child.waitFor("  1:00."));
+    EXPECT_FALSE(child.isLineByLine());
+    const struct {
+        const char *keys, *shown;
+    } facts[] = {
+        {"l", "mark a loop with [ and ] first"},
+        {" ", "paused"},
+        {"+", "rate 1.05"},
+        {"-", "rate 1.00"},
+        {">", "pitch +100"},
+        {"<<", "pitch -100"},
+        {"\x1b[B\x1b[B", "volume 90 %"},
+        {"[", "loop 1:00."},
+        {"\x1b[C", "  1:05."},
+        {"]", " off"}, // both points, and no loop yet
+        {"l", "loop 1:00"},
+        {" ", "  1:00."}, // back to the begin, as soon as sound goes on
+    };
+    for (const auto& fact : facts) {
+        child.type(fact.keys);
+        ASSERT_TRUE(child.waitFor(fact.shown)) << fact.keys << "\n" << child.shown();
+    }
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0) << child.shown();
+    EXPECT_NE(child.shown().find("Done."), std::string::npos) << child.shown();
+    EXPECT_TRUE(child.isLineByLine());
+}
+
+TEST_F(FilePlayer, SeeksByFiveSeconds)
+{
+    PtyChild child(kvxCommand({"play", "--start", "60", writeLong()}));
+    ASSERT_TRUE(child.waitFor("  1:00."));
+    child.type(" ");
+    ASSERT_TRUE(child.waitFor("paused"));
+    child.type("\x1b[D\x1b[D");
+    EXPECT_TRUE(child.waitFor("  0:5")) << child.shown();
+    child.type("\x1b[C\x1b[C\x1b[C");
+    EXPECT_TRUE(child.waitFor("  1:0")) << child.shown();
+    for (int i = 0; i < 20; ++i) child.type("\x1b[D");
+    EXPECT_TRUE(child.waitFor("  0:00.0 / 2:00.0")) << "no further than the begin";
+    for (int i = 0; i < 30; ++i) child.type("\x1b[C");
+    EXPECT_TRUE(child.waitFor("  2:00.0 / 2:00.0")) << "nor than the end";
+    child.type(" ");
+    EXPECT_EQ(child.wait(), 0) << "which ends it, once it goes on";
+}
+
+TEST_F(FilePlayer, NeverFillsMoreThanOneLine)
+{
+    PtyChild child(kvxCommand({"play", writeLong()}), 60);
+    const auto checkLines = [&](std::size_t from, std::size_t columns) {
+        for (std::size_t at = child.shown().find(" / 2:00.0", from); at != std::string::npos;
+             at = child.shown().find(" / 2:00.0", at + 1)) {
+            const auto begin = child.shown().rfind('\r', at), end = child.shown().find('\x1b', at);
+            if (end == std::string::npos) break;
+            const auto first =
+                begin == std::string::npos ? 0 : begin + 1 + (child.shown()[begin + 1] == '\n');
+            EXPECT_LT(end - first, columns) << child.shown().substr(first, end - first);
+        }
+    };
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    checkLines(0, 60);
+    child.resize(30);
+    child.type(" ");
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    const std::size_t narrow = child.shown().rfind(" / 2:00.0");
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    checkLines(narrow, 30);
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0);
+}
+
+TEST_F(FilePlayer, GivesTheTerminalBackOnEverySignal)
+{
+    const std::string file = writeLong();
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        PtyChild child(kvxCommand({"play", file}));
+        ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+        EXPECT_FALSE(child.isLineByLine());
+        if (signal == SIGINT)
+            child.type("\x03");
+        else
+            child.send(signal);
+        EXPECT_EQ(child.wait(), 128 + signal);
+        EXPECT_NE(child.shown().find("\r\nStopped."), std::string::npos) << child.shown();
+        EXPECT_TRUE(child.isLineByLine());
+    }
+}
+
+TEST_F(FilePlayer, GivesTheTerminalBackWhenItFails)
+{
+    const std::string file = writeLong();
+    PtyChild child(kvxCommand({"play", file, "--start", "1000"}));
+    EXPECT_EQ(child.wait(), 1);
+    EXPECT_NE(child.shown().find("give a time from 0 to 120.000 seconds"), std::string::npos)
+        << child.shown();
+    EXPECT_TRUE(child.isLineByLine());
+}
+
+TEST_F(FilePlayer, ShowsThatItLoadsInTheBackground)
+{
+    const std::string file = write(support::makeNoise(44100, 2, 44100 * 60), "long.wav");
+    PtyChild child(kvxCommand({"play", "--background", file}));
+    EXPECT_TRUE(child.waitFor("Loading long.wav")) << child.shown();
+    EXPECT_TRUE(child.waitFor("Playing long.wav")) << child.shown();
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0);
+}
+
+} // namespace
