@@ -6,7 +6,9 @@
  *
  * Thread   [any], one call at a time on a file.
  *
- * Errors   below; a NULL, closed or made-up file, and a missing out-pointer, is paramErr (-50).
+ * Errors   below; a NULL, closed or made-up file, and a missing value or size, is paramErr (-50). On opening:
+ *          fnfErr (-43), permErr (-54) and others of the file system; InvalidFile for what is no regular
+ *          file, or is at odds with itself; UnsupportedFileType for what is no sound file.
  */
 #ifndef AUDIOTOOLBOX_AUDIOFILE_H
 #define AUDIOTOOLBOX_AUDIOFILE_H
@@ -54,7 +56,8 @@ enum {
 
 enum { kAudioFileReadPermission = 1, kAudioFileWritePermission = 2, kAudioFileReadWritePermission = 3 };
 
-/* read-only, all of them */
+/* Read-only, all of them. Sizes and numbers of packets are those of codings whose packets are alike; for
+ * others they are UnsupportedProperty, as is a depth that there never was. */
 enum {
     kAudioFilePropertyFileFormat = 'ffmt',           /* AudioFileTypeID; 0 for a type without a name here */
     kAudioFilePropertyDataFormat = 'dfmt',           /* AudioStreamBasicDescription */

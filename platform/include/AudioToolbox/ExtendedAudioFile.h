@@ -8,8 +8,8 @@
  * Thread   [any], one call at a time on a file.
  *
  * Errors   below, and those of AudioFile.h on opening; a missing file is fnfErr (-43), one that may not be
- *          read permErr (-54); a NULL, disposed or made-up file, and a missing out-pointer, is paramErr
- * (-50).
+ *          read permErr (-54); a NULL, disposed or made-up file, and a missing value or size, is paramErr
+ *          (-50). A refused call changes nothing.
  */
 #ifndef AUDIOTOOLBOX_EXTENDEDAUDIOFILE_H
 #define AUDIOTOOLBOX_EXTENDEDAUDIOFILE_H
@@ -43,7 +43,7 @@ enum {
     kExtAudioFileProperty_FileLengthFrames = '#frm'     /* SInt64, read */
 };
 
-/* Open for reading. */
+/* Open for reading. PCM is read as it stands until a client format is set; coded files need one. */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file);
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileDispose(ExtAudioFileRef file);
 
@@ -55,12 +55,18 @@ KVX_PLATFORM_EXPORT OSStatus ExtAudioFileGetProperty(ExtAudioFileRef file, ExtAu
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileSetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property,
                                                      UInt32 size, const void* data);
 
-/* Read up to `io_frames` frames into the list, and say how many came: fewer at the end, or when the buffers
- * are too small for the request; 0 with noErr at the end. */
+/*
+ * Read up to `io_frames` frames into the list, and say how many came, also in its buffers' sizes: fewer at
+ * the end, or when the buffers are too small for the request; 0 with noErr at the end. Native float of the
+ * file's own channels and rate, interleaved, is decoded straight into the buffer.
+ *
+ * Errors   InvalidOperationOrder for a coded file without a client format; paramErr for a list that does
+ *          not fit the format, or has no room for a frame.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* io_frames,
                                               AudioBufferList* io_data);
 
-/* Where the next read begins. InvalidSeek outside the file. */
+/* Where the next read begins, 0 to the file's length. InvalidSeek elsewhere. */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileSeek(ExtAudioFileRef file, SInt64 frame);
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileTell(ExtAudioFileRef file, SInt64* out_frame);
 

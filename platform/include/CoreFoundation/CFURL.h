@@ -1,7 +1,8 @@
 /*
  * Where a file is. C.
  *
- * A URL here always names a file of this machine, by a path that need not exist. Paths are UTF-8.
+ * A URL here always names a file of this machine, by a path that need not exist. Paths are UTF-8; one that is
+ * not is taken as it stands. NULL for an argument gives NULL or false.
  *
  * Owner    what a Create function gives is the caller's, who releases it.
  * Thread   [any].
@@ -30,7 +31,7 @@ KVX_PLATFORM_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRe
                                                                    Boolean isDirectory);
 
 /* From a path's bytes, which need no NUL; one that is not absolute starts at the current folder. NULL for no
- * bytes, a NUL among them, or text that is not UTF-8. */
+ * bytes or a NUL among them. Whether it is a folder is not looked at. */
 KVX_PLATFORM_EXPORT CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef alloc,
                                                                      const UInt8* buffer,
                                                                      CFIndex bufferLength,
