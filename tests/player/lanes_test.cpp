@@ -1,0 +1,254 @@
+// What is computed in lanes against the same, one value after the other: all lengths and alignments, ordinary
+// and hostile data, bit for bit.
+#include "player/conversion.h"
+#include "player/interpolation.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Words = std::vector<std::uint32_t>;
+
+std::uint32_t bitsOf(float value)
+{
+    std::uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+float floatOf(std::uint32_t bits)
+{
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+/// Equal in every bit; but of two numbers that are none, either.
+bool isSame(float a, float b) { return bitsOf(a) == bitsOf(b) || (std::isnan(a) && std::isnan(b)); }
+
+const std::uint32_t hostile[] = {0x00000000, 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF,
+                                 0xFF7FFFFF, 0x7F800000, 0xFF800000, 0x7FC00000, 0x7F800001,
+                                 0xFFFFFFFF, 0x3F800000, 0xBF7FFFFF, 0x34000000};
+
+std::vector<float> samples(std::mt19937& random, std::size_t count, bool isHostile)
+{
+    std::vector<float> result(count);
+    std::uniform_real_distribution<float> level(-1, 1);
+    for (float& each : result)
+        each = isHostile && random() % 3 ? floatOf(hostile[random() % std::size(hostile)]) : level(random);
+    return result;
+}
+
+// ---- interpolation ----
+
+const float steps[] = {
+    1, 0.5f,       0.25f,         0.91875f,   44100.0f / 48000.0f, 22050.0f / 44100.0f, 48000.0f / 44100.0f,
+    2, 3.9999998f, 0.0009765625f, 1.0000001f, 0.99999994f,         192000.0f / 8000.0f};
+
+/// The position after so many steps, one at a time.
+double walked(double position, double step, UInt32 count)
+{
+    for (UInt32 i = 0; i < count; ++i) position += step;
+    return position;
+}
+
+TEST(PlayerLanes, InterpolateAsOneFrameAfterTheOther)
+{
+    std::mt19937 random(1);
+    for (const bool isHostile : {false, true})
+        for (const float step : steps)
+            for (UInt32 frames = 0; frames <= 70; ++frames)
+                for (int misaligned = 0; misaligned < 4; ++misaligned) {
+                    // Positions that steps alone can reach.
+                    const double place = walked(0, step, random() % 50);
+                    const auto count = static_cast<std::size_t>(place + step * frames) + 3;
+                    const std::vector<float> data = samples(random, 2 * count + 4, isHostile);
+                    const player::Stretch stretch = {data.data() + misaligned, place, step, frames};
+                    std::vector<float> inLanes(2 * frames + 2, 7), singly(2 * frames + 2, 7);
+
+                    player::interpolateMono(stretch, inLanes.data());
+                    player::interpolateMonoSingly(stretch, singly.data());
+                    for (std::size_t i = 0; i < inLanes.size(); ++i)
+                        ASSERT_TRUE(isSame(inLanes[i], singly[i]))
+                            << "mono " << step << ' ' << frames << ' ' << i;
+
+                    player::interpolateStereo(stretch, inLanes.data());
+                    player::interpolateStereoSingly(stretch, singly.data());
+                    for (std::size_t i = 0; i < inLanes.size(); ++i)
+                        ASSERT_TRUE(isSame(inLanes[i], singly[i]))
+                            << "stereo " << step << ' ' << frames << ' ' << i;
+                }
+}
+
+const struct {
+    double position;
+    float step;
+    bool isExact;
+    const char* why;
+} positions[] = {
+    {0, 1, true, "the start"},
+    {0, 0.91875f, true, "the start"},
+    {0.91875f, 0.91875f, true, "one step on"},
+    {1e6, 0.91875f, true, "whole frames"},
+    {0.1, 0.91875f, false, "a tenth is no multiple of any place of the step's"},
+    {std::ldexp(1.0, -24), 0.91875f, true, "the step's last place"},
+    {std::ldexp(1.0, -25), 0.91875f, false, "half of it"},
+    {std::ldexp(1.0, 28) - 1, 0.91875f, true, "just below 2^52 last places"},
+    {std::ldexp(1.0, 28), 0.91875f, false, "2^52 last places"},
+    {-1, 1, false, "in front of the data"},
+    {std::numeric_limits<double>::quiet_NaN(), 1, false, "no number"},
+    {std::numeric_limits<double>::infinity(), 1, false, "no place"},
+    {0, 0, false, "no step"},
+    {0, -1, false, "a step back"},
+    {0, std::numeric_limits<float>::quiet_NaN(), false, "a step that is no number"},
+    {0, std::numeric_limits<float>::infinity(), false, "an endless step"},
+    {0, std::numeric_limits<float>::denorm_min(), false, "a step too small to be normal"},
+    {0, 4096, true, "the largest step"},
+    {0, 4096.001f, false, "beyond it"},
+};
+
+TEST(PlayerLanes, AreTakenOnlyWhereNoSumIsRounded)
+{
+    for (const auto& row : positions) {
+        SCOPED_TRACE(row.why);
+        EXPECT_EQ(player::exactFrames(row.position, row.step, 100), row.isExact ? 100u : 0u);
+    }
+    EXPECT_EQ(player::exactFrames(0, 1, 4096), 4096u);
+    EXPECT_EQ(player::exactFrames(0, 1, 4097), 4096u);
+    EXPECT_EQ(player::exactFrames(0, 1, 0), 0u);
+}
+
+TEST(PlayerLanes, ReachWhatStepsReachOneByOne)
+{
+    std::mt19937 random(2);
+    for (int round = 0; round < 20000; ++round) {
+        const float step = std::ldexp(1 + static_cast<float>(random() % (1 << 23)) / (1 << 23),
+                                      static_cast<int>(random() % 20) - 12);
+        double position = walked(0, step, random() % 100) + static_cast<double>(random() % 1000000);
+        const UInt32 frames = player::exactFrames(position, step, 1 + random() % 300);
+        if (frames == 0) continue;
+        ASSERT_EQ(position + frames * static_cast<double>(step), walked(position, step, frames)) << step;
+    }
+}
+
+TEST(PlayerLanes, StayInsideTheBuffer)
+{
+    std::mt19937 random(3);
+    for (int round = 0; round < 200000; ++round) {
+        const float step = steps[random() % std::size(steps)];
+        const auto count = static_cast<std::int32_t>(random() % 300);
+        const UInt32 wanted = 1 + random() % 300;
+        const player::Stretch stretch = {nullptr, walked(0, step, random() % 300), step, wanted};
+        const UInt32 inside = player::framesInside(stretch, count);
+        ASSERT_LE(inside, wanted);
+        if (inside == 0) continue;
+        const double last = stretch.place + (inside - 1) * stretch.step;
+        ASSERT_LT(static_cast<std::int64_t>(last) + 1, count)
+            << step << ' ' << stretch.place << ' ' << inside;
+        // And no fewer than there are, give or take the last.
+        if (inside + 1 < wanted)
+            ASSERT_GE(static_cast<std::int64_t>(stretch.place + (inside + 1) * stretch.step) + 1,
+                      count - 0.0);
+    }
+}
+
+// ---- conversion ----
+
+const std::int32_t bitSizes[] = {7, 8, 15, 16, 24, 31, 32};
+
+/// The float of one sample, by its bytes.
+float expectedFloat(std::int32_t bitSize, const unsigned char* bytes)
+{
+    const int count = (bitSize + 7) / 8;
+    std::uint64_t value = 0;
+    for (int i = 0; i < count; ++i)
+        value |= static_cast<std::uint64_t>(bytes[bitSize == 24 ? count - 1 - i : i]) << (8 * i);
+    const bool isSigned = bitSize % 2 != 0;
+    double number = static_cast<double>(value);
+    if (isSigned && value >> bitSize) number -= std::ldexp(1.0, bitSize + 1);
+    return std::ldexp(static_cast<float>(number), -bitSize);
+}
+
+std::vector<unsigned char> bytes(std::mt19937& random, std::size_t count)
+{
+    std::vector<unsigned char> result(count);
+    for (auto& each : result) each = static_cast<unsigned char>(random());
+    return result;
+}
+
+TEST(PlayerLanes, ConvertEverySampleAsIfItWereAlone)
+{
+    std::mt19937 random(4);
+    for (const std::int32_t bitSize : bitSizes) {
+        const player::SampleForm& form = *player::findSampleForm(bitSize);
+        const auto width = static_cast<std::size_t>(form.bytes);
+        for (std::size_t count = 0; count <= 70; ++count)
+            for (std::size_t misaligned = 0; misaligned < 4; ++misaligned) {
+                // Exactly as long as it is: a byte read behind the end is found out by the sanitizers.
+                const std::vector<unsigned char> source = bytes(random, misaligned + count * width);
+                std::vector<float> target(count + 1, 7);
+                form.conversion(source.data() + misaligned, count, target.data());
+                for (std::size_t i = 0; i < count; ++i)
+                    ASSERT_EQ(bitsOf(target[i]),
+                              bitsOf(expectedFloat(bitSize, source.data() + misaligned + i * width)))
+                        << bitSize << " bits, " << count << " samples, the one at " << i;
+                ASSERT_EQ(target[count], 7);
+            }
+    }
+}
+
+TEST(PlayerLanes, ConvertPairsAsEachChannel)
+{
+    std::mt19937 random(5);
+    std::vector<std::size_t> counts;
+    for (std::size_t count = 0; count <= 70; ++count) counts.push_back(count);
+    for (const std::size_t count : {511u, 512u, 513u, 1024u, 1500u}) counts.push_back(count);
+    for (const std::int32_t bitSize : bitSizes) {
+        const player::SampleForm& form = *player::findSampleForm(bitSize);
+        const auto width = static_cast<std::size_t>(form.bytes);
+        for (const std::size_t count : counts) {
+            const std::vector<unsigned char> left = bytes(random, count * width),
+                                             right = bytes(random, count * width);
+            std::vector<float> pairs(2 * count + 1, 7), single(count);
+            player::convertPairs(form.conversion, width, left.data(), right.data(), count, pairs.data());
+            for (std::size_t channel = 0; channel < 2; ++channel) {
+                form.conversion((channel ? right : left).data(), count, single.data());
+                for (std::size_t i = 0; i < count; ++i)
+                    ASSERT_EQ(bitsOf(pairs[2 * i + channel]), bitsOf(single[i]))
+                        << bitSize << ' ' << count << ' ' << i;
+            }
+            ASSERT_EQ(pairs[2 * count], 7);
+        }
+    }
+}
+
+TEST(PlayerLanes, CopyFloatsAsWords)
+{
+    std::mt19937 random(6);
+    for (std::size_t count = 0; count <= 70; ++count) {
+        Words left(count), right(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            left[i] = hostile[random() % std::size(hostile)];
+            right[i] = static_cast<std::uint32_t>(random());
+        }
+        const auto* const leftBytes = reinterpret_cast<const unsigned char*>(left.data());
+        const auto* const rightBytes = reinterpret_cast<const unsigned char*>(right.data());
+        Words copy(count), pairs(2 * count);
+        player::copyFloats(leftBytes, count, reinterpret_cast<float*>(copy.data()));
+        player::convertPairs(player::copyFloats, 4, leftBytes, rightBytes, count,
+                             reinterpret_cast<float*>(pairs.data()));
+        EXPECT_EQ(copy, left);
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_EQ(pairs[2 * i], left[i]);
+            ASSERT_EQ(pairs[2 * i + 1], right[i]);
+        }
+    }
+}
+
+} // namespace
