@@ -27,11 +27,10 @@ std::string printTime(double seconds)
                         : fmt::format("{}:{:02}:{}", minutes / 60, minutes % 60, rest);
 }
 
-std::string printLevel(float peak)
+std::string printLevel(float peak, int places)
 {
-    constexpr int places = 20;
     constexpr double floorDb = -60.0;
-    if (!(peak > 0.0f)) return fmt::format("[{}]   silent", std::string(places, '-'));
+    if (!(peak > 0.0f)) return fmt::format("[{}]   silent", std::string(std::size_t(places), '-'));
     const double db = 20.0 * std::log10(double(peak));
     const int lit = int(std::clamp(std::ceil((db - floorDb) / -floorDb * places), 0.0, double(places)));
     return fmt::format("[{}{}] {:5.1f} dB", std::string(std::size_t(lit), '#'),

@@ -10,9 +10,8 @@ namespace kvx {
 /// "0:07.3", "1:02:03.0"; tenths are cut, not rounded.
 std::string printTime(double seconds);
 
-/// A bar of 20 places from -60 dB to full scale, and the level in figures: "[#########-----------]  -33.0
-/// dB".
-std::string printLevel(float peak);
+/// A bar from -60 dB to full scale, and the level in figures: "[#########-----------]  -33.0 dB".
+std::string printLevel(float peak, int places = 20);
 
 enum class Verbosity { quiet, plain, live };
 

@@ -14,6 +14,14 @@ constexpr double silenceDb = -120;
 
 float magnitudeOf(double db) { return db > silenceDb ? float(std::pow(10.0, db / 20.0)) : 0.0f; }
 
+// As wide in a pause, so that nothing behind it moves.
+std::string printSound(const PlayStatus& status)
+{
+    constexpr int places = 10; // with them all but pitch and volume fits in 80 columns
+    if (status.isPaused) return "[" + std::string(places, '-') + "]   paused";
+    return printLevel(magnitudeOf(status.level), places);
+}
+
 std::string printLoop(const PlayStatus& status)
 {
     if (status.loopOut > status.loopIn)
@@ -27,9 +35,7 @@ std::string printLoop(const PlayStatus& status)
 std::string printPlayStatus(const PlayStatus& status)
 {
     std::string line = fmt::format("  {} / {}  {}", printTime(std::min(status.position, status.duration)),
-                                   printTime(status.duration),
-                                   printLevel(status.isPaused ? 0.0f : magnitudeOf(status.level)));
-    if (status.isPaused) line += "  paused";
+                                   printTime(status.duration), printSound(status));
     if (!status.note.empty()) line += "  " + status.note;
     line += fmt::format("  rate {:.2f}  {}", status.rate, printLoop(status));
     if (std::lround(status.pitch) != 0) line += fmt::format("  pitch {:+.0f}", status.pitch);

@@ -17,7 +17,7 @@ kvx::PlayStatus playing()
 TEST(StatusLine, TellsPlaceLevelRateAndLoop)
 {
     EXPECT_EQ(kvx::printPlayStatus(playing()),
-              "  0:02.4 / 0:06.5  [#################---]  -9.3 dB  rate 1.00  no loop");
+              "  0:02.4 / 0:06.5  [#########-]  -9.3 dB  rate 1.00  no loop");
 }
 
 TEST(StatusLine, AddsWhatIsNotAsUsual)
@@ -42,7 +42,7 @@ TEST(StatusLine, AddsWhatIsNotAsUsual)
         kvx::PlayStatus status = playing();
         fact.change(status);
         EXPECT_EQ(kvx::printPlayStatus(status),
-                  std::string("  0:02.4 / 0:06.5  [#################---]  -9.3 dB  ") + fact.behindLevel)
+                  std::string("  0:02.4 / 0:06.5  [#########-]  -9.3 dB  ") + fact.behindLevel)
             << fact.why;
     }
 }
@@ -51,11 +51,17 @@ TEST(StatusLine, ShowsNoLevelWhereNothingSounds)
 {
     kvx::PlayStatus status = playing();
     status.level = -120;
-    EXPECT_NE(kvx::printPlayStatus(status).find("[--------------------]   silent"), std::string::npos);
+    EXPECT_NE(kvx::printPlayStatus(status).find("[----------]   silent"), std::string::npos);
     status.level = -9.3;
     status.isPaused = true;
-    EXPECT_EQ(kvx::printPlayStatus(status),
-              "  0:02.4 / 0:06.5  [--------------------]   silent  paused  rate 1.00  no loop");
+    EXPECT_EQ(kvx::printPlayStatus(status), "  0:02.4 / 0:06.5  [----------]   paused  rate 1.00  no loop");
+}
+
+TEST(StatusLine, FitsInEightyColumnsWithALoop)
+{
+    kvx::PlayStatus status = playing();
+    status.loopIn = 1, status.loopOut = 3;
+    EXPECT_LT(kvx::printPlayStatus(status).size(), 80u);
 }
 
 TEST(StatusLine, DoesNotRunPastTheEnd)
