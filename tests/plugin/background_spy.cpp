@@ -36,14 +36,28 @@ std::atomic_flag Guard::flag = ATOMIC_FLAG_INIT;
 Script script;
 Seen seen;
 std::size_t yields, upTimes, waits;
-std::atomic<bool> isWatching{false}, mayEnd{false}, hasEnded{false};
-thread_local bool isHere = false;
+std::atomic<bool> mayEnd{false}, hasEnded{false};
 constexpr UInt32 now = 7;
+
+/// Whose calls are noted. What the system itself, or a sanitizer, does to start a thread is not.
+enum class Side { nobody, here, there };
+thread_local Side side = Side::nobody;
+
+class As {
+public:
+    explicit As(Side other) : before_(side) { side = other; }
+    ~As() { side = before_; }
+    As(const As&) = delete;
+    As& operator=(const As&) = delete;
+
+private:
+    Side before_;
+};
 
 /// Note a call; whether it is to be refused.
 bool refused(const char* text, Refusal kind = Refusal::none)
 {
-    if (!isWatching) return false;
+    if (side == Side::nobody) return false;
     const bool isRefused = kind != Refusal::none && kind == script.refusal;
     note(std::string(text) + (isRefused ? " refused" : ""));
     return isRefused;
@@ -68,7 +82,11 @@ void* run(void* memory)
 {
     const Worker worker = *static_cast<Worker*>(memory);
     delete static_cast<Worker*>(memory);
-    void* const result = worker.function(worker.argument);
+    void* result;
+    {
+        const As worked(Side::there);
+        result = worker.function(worker.argument);
+    }
     hasEnded = true;
     return result;
 }
@@ -81,12 +99,12 @@ void begin(const Script& wanted)
     seen = {};
     yields = upTimes = waits = 0;
     mayEnd = hasEnded = false;
-    isHere = isWatching = true;
+    side = Side::here;
 }
 
 Seen end()
 {
-    isHere = isWatching = false;
+    side = Side::nobody;
     const Guard guard;
     return seen;
 }
@@ -94,7 +112,7 @@ Seen end()
 void note(const std::string& text)
 {
     const Guard guard;
-    (isHere ? seen.here : seen.there).push_back(text);
+    (side == Side::here ? seen.here : seen.there).push_back(text);
 }
 
 void waitUntilItMayEnd() { wait(mayEnd); }
@@ -189,8 +207,9 @@ int __wrap_pthread_attr_destroy(pthread_attr_t* attributes)
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
                           void* argument)
 {
-    if (!isWatching) return __real_pthread_create(thread, attributes, function, argument);
+    if (side == Side::nobody) return __real_pthread_create(thread, attributes, function, argument);
     if (refused(attributes ? "create" : "create without attributes", Refusal::create)) return EAGAIN;
+    const As nobody(Side::nobody);
     const int status = __real_pthread_create(thread, attributes, run, new Worker{function, argument});
     started();
     return status;
@@ -199,6 +218,7 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
 int __wrap_pthread_join(pthread_t thread, void** result)
 {
     refused("join");
+    const As nobody(Side::nobody);
     return __real_pthread_join(thread, result);
 }
 
@@ -252,8 +272,12 @@ void dispatch_async(dispatch_queue_t queue, dispatch_block_t block)
     if (refused("async", Refusal::async)) throw 1;
     using Function = void (*)(dispatch_queue_t, dispatch_block_t);
     const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "dispatch_async"));
+    const As nobody(Side::nobody);
     real(queue, ^{
-      block();
+      {
+          const As worked(Side::there);
+          block();
+      }
       hasEnded = true;
     });
     started();
