@@ -16,6 +16,9 @@ using Integer = HostInteger;
 using Boolean = HostBoolean;
 using Block = REALmemoryBlockStruct*;
 using String = REALstringStruct*;
+using Folder = REALfolderItemStruct*;
+template <class T>
+using Array = ArrayOf<T>*;
 
 // ---- declarations that fit ----
 
@@ -43,7 +46,33 @@ static_assert(declares<void, Integer*>("Get(byref value as integer)"));
 static_assert(declares<void, Integer*>("Get(ByRef value As Integer)"));
 static_assert(declares<Integer, String, Boolean*>("Get(name as string, byref found as boolean) as integer"));
 
+static_assert(declares<Boolean, Folder>("Open(file as folderitem) as boolean"));
+static_assert(declares<void, Array<double>>("Fill(values() as double)"), "an array has its mark at its name");
+static_assert(declares<void, Array<float>>("Fill(values() as single)"));
+static_assert(declares<void, Array<Integer>>("Fill(Values() As Integer)"));
+static_assert(declares<void, Array<Integer>, Integer>("Fill(values() as Integer, count as Integer = 2)"));
+static_assert(declares<void, Integer, Array<Integer>>("Fill(count as Integer, values() as Integer)"));
+static_assert(declares<Array<Integer>>("Map as Integer()"), "as a result, behind its type");
+static_assert(declares<Array<double>>("Map() as double()"), "with a list, too");
+static_assert(declares<Array<Integer>, Array<Integer>>("Map(values() as Integer) as Integer()"));
+static_assert(declares<double, std::uint32_t>("Volume(index as UInt32) as double"), "with an index");
+
 // ---- and those that do not ----
+
+static_assert(!declares<void, Array<double>>("Fill(values as double)"), "no array");
+static_assert(!declares<void, double>("Fill(values() as double)"), "an array");
+static_assert(!declares<void, Array<float>>("Fill(values() as double)"), "an array of something else");
+static_assert(!declares<void, Array<double>>("Fill(values() as single)"), "an array of something else");
+static_assert(!declares<void, Array<Integer>>("Fill(byref values() as Integer)"), "an array is no reference");
+static_assert(!declares<Array<Integer>>("Map as Integer"), "a result that is no array");
+static_assert(!declares<Integer>("Map as Integer()"), "a result that is an array");
+static_assert(!declares<Array<float>>("Map as Integer()"), "an array of something else");
+static_assert(!declares<Array<Integer>>("Map as Integer("), "half a mark");
+static_assert(!declares<Array<Integer>>("Map as Integer)"), "the other half");
+static_assert(!declares<void, Array<Integer>>("Fill(values( as Integer)"), "half a mark");
+static_assert(!declares<void, Array<Integer>>("Fill(values() as Integer"), "a list without an end");
+static_assert(!declares<Boolean, Block>("Open(file as folderitem) as boolean"), "another kind of object");
+static_assert(!declares<double, std::uint32_t>("Volume(index as Integer) as double"), "another index");
 
 static_assert(!declares<Integer>("Stop"), "no result");
 static_assert(!declares<void>("FreeSpace as integer"), "a result too many");
@@ -92,7 +121,22 @@ float throws(REALobjectStruct*) { throw std::runtime_error("past the border"); }
 HostBoolean throwsNumber(HostInteger) { throw 42; }
 void throwsAway(REALobjectStruct*) { throw "text"; }
 
+void setLevel(REALobjectStruct* object, HostInteger parameter, HostInteger value)
+{
+    reinterpret_cast<HostInteger*>(object)[0] = parameter + value;
+}
+double getVolume(REALobjectStruct*, std::uint32_t index) { return index / 4.0; }
+void setVolume(REALobjectStruct* object, std::uint32_t index, double value)
+{
+    reinterpret_cast<double*>(object)[index] = value;
+}
+void throwsVolume(REALobjectStruct*, std::uint32_t, double) { throw "past the border"; }
+HostInteger lengthOf(REALobjectStruct*, Array<double> values) { return values ? 1 : 0; }
+Array<Integer> noMap(REALobjectStruct*) { return nullptr; }
+
+using table::classConstant;
 using table::constant;
+using table::fieldWithSetter;
 using table::property;
 
 REALproperty properties[] = {
@@ -101,6 +145,8 @@ REALproperty properties[] = {
     constant("kCode", table::asInteger, getCode, 0x61626364),
     KVX_FIELD("Level", table::asInteger, readWrite, Record, level),
     KVX_FIELD("Gain", table::asSingle, readOnly, Record, gain),
+    KVX_FIELD("On", table::asBoolean, readWrite, Record, isOn),
+    fieldWithSetter("Mode", table::asInteger, offsetof(Record, level), setLevel),
 };
 
 REALmethod methods[] = {
@@ -109,6 +155,16 @@ REALmethod methods[] = {
     KVX_FLAGLESS_METHOD(nothing, "Flagless"),
     KVX_METHOD(throws, "Throws as single"),
     KVX_METHOD(throwsAway, "ThrowsAway"),
+    KVX_INDEXED_PROPERTY(getVolume, setVolume, "Volume(index as UInt32) as double"),
+    KVX_INDEXED_PROPERTY(getVolume, throwsVolume, "Loudness(index as UInt32) as double"),
+    KVX_METHOD(lengthOf, "LengthOf(values() as double) as integer"),
+    KVX_METHOD(noMap, "Map as Integer()"),
+};
+
+REALconstant constants[] = {
+    classConstant("Default = 0"),
+    classConstant("Other = 1"),
+    classConstant("Last = 2"),
 };
 
 REALmethod sharedMethods[] = {
@@ -130,6 +186,8 @@ TEST(ClassTable, PropertyRowsAreTwelveWords)
         {"Constants", "kCode",  "Integer", address(getCode), nullptr,          0x61626364},
         {"",          "Level",  "Integer", getterMark,       setterMark,       offsetof(Record, level)},
         {"",          "Gain",   "Single",  getterMark,       nullptr,          offsetof(Record, gain)},
+        {"",          "On",     "Boolean", getterMark,       setterMark,       offsetof(Record, isOn)},
+        {"",          "Mode",   "Integer", getterMark,       address(setLevel), offsetof(Record, level)},
     };
     // clang-format on
     static_assert(std::size(facts) == std::size(properties));
@@ -156,6 +214,8 @@ TEST(ClassTable, MethodRowsCarryDeclarationAndFlags)
         {methods[0],       "Add(a as integer, b as integer) as integer", 4},
         {methods[1],       "Nothing",                                    4},
         {methods[2],       "Flagless",                                   0},
+        {methods[7],       "LengthOf(values() as double) as integer",    4},
+        {methods[8],       "Map as Integer()",                           4},
         {sharedMethods[0], "Twice(a as integer) as integer",             4},
     };
     // clang-format on
@@ -177,6 +237,42 @@ TEST(ClassTable, MethodsAreCalledThroughTheirRows)
     EXPECT_EQ(reinterpret_cast<Twice*>(sharedMethods[0].function)(21), 42);
 }
 
+TEST(ClassTable, APropertyWithAnIndexIsAMethodWithASetter)
+{
+    const REALmethod& row = methods[5];
+    EXPECT_STREQ(row.declaration, "Volume(index as UInt32) as double");
+    EXPECT_EQ(row.flags, 4u);
+    EXPECT_EQ(row.trailing[0] | row.trailing[1], 0u);
+    EXPECT_EQ(reinterpret_cast<double (*)(REALobjectStruct*, std::uint32_t)>(row.function)(nullptr, 3), 0.75);
+
+    using Setter = void (*)(REALobjectStruct*, std::uint32_t index, double value);
+    double volumes[3] = {};
+    auto* const object = reinterpret_cast<REALobjectStruct*>(volumes);
+    reinterpret_cast<Setter>(row.setter)(object, 2, 0.5);
+    EXPECT_EQ(volumes[2], 0.5) << "the index, then the value";
+    EXPECT_NO_THROW(reinterpret_cast<Setter>(methods[6].setter)(object, 2, 0.25));
+    EXPECT_EQ(volumes[2], 0.5);
+}
+
+TEST(ClassTable, AFieldsSetterIsGivenItsOffset)
+{
+    const REALproperty& row = properties[6];
+    using Setter = void (*)(REALobjectStruct*, HostInteger parameter, HostInteger value);
+    HostInteger written = 0;
+    reinterpret_cast<Setter>(row.setter)(reinterpret_cast<REALobjectStruct*>(&written), row.parameter, 1000);
+    EXPECT_EQ(written, 1000 + HostInteger(offsetof(Record, level)));
+}
+
+TEST(ClassTable, ConstantRowsAreTheirDeclarationsAndNothingElse)
+{
+    const char* const declarations[] = {"Default = 0", "Other = 1", "Last = 2"};
+    static_assert(std::size(declarations) == std::size(constants));
+    for (std::size_t i = 0; i < std::size(constants); ++i) {
+        EXPECT_STREQ(constants[i].declaration, declarations[i]);
+        for (const Word word : constants[i].further) EXPECT_EQ(word, 0u);
+    }
+}
+
 TEST(ClassTable, NothingThrownCrossesTheBorder)
 {
     EXPECT_EQ(reinterpret_cast<float (*)(REALobjectStruct*)>(methods[3].function)(nullptr), 0.0f);
@@ -187,7 +283,7 @@ TEST(ClassTable, NothingThrownCrossesTheBorder)
 TEST(ClassTable, ADefinitionCountsItsRows)
 {
     const REALclassDefinition definition = table::classDefinition(
-        "Made", 123, {nothing, throwsAway}, {properties, methods, events, sharedMethods});
+        "Made", 123, {nothing, throwsAway}, {properties, methods, events, sharedMethods, constants});
     std::vector<Word> words(sizeof definition / sizeof(Word));
     std::memcpy(words.data(), &definition, sizeof definition);
 
@@ -197,9 +293,10 @@ TEST(ClassTable, ADefinitionCountsItsRows)
     expected[3] = 123;
     expected[5] = word(&nothing);
     expected[6] = word(&throwsAway);
-    expected[7] = word(properties), expected[8] = 5;
-    expected[9] = word(methods), expected[10] = 5;
+    expected[7] = word(properties), expected[8] = 7;
+    expected[9] = word(methods), expected[10] = 9;
     expected[11] = word(events), expected[12] = 2;
+    expected[18] = word(constants), expected[19] = 3;
     expected[20] = 4;
     expected[23] = word(sharedMethods), expected[24] = 2;
     EXPECT_STREQ(definition.name, "Made");
