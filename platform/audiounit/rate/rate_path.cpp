@@ -119,7 +119,8 @@ OSStatus RatePath::render(Unit& unit, Slice& slice, const Wish& wish, VoiceBox& 
             planes[channel] = static_cast<Float32*>(slice.out.mBuffers[channel].mData) + done;
         done += play(reader, planes.data(), slice.frames - done, box);
         const std::int64_t past = now ? spliceReach : 0; // for the way back
-        tape.forget(static_cast<std::int64_t>(std::floor(position())) - past);
+        const auto left = static_cast<std::int64_t>(std::floor(position())) - past;
+        tape.forget(change == Change::fading && !next ? std::min(left, asIs) : left);
     }
     // What the input says about its silence holds for what comes out only where that is the same.
     slice.flags =

@@ -9,6 +9,10 @@ using Band = RubberBand::RubberBandStretcher;
 
 constexpr UInt32 largestPiece = 1024; // that the engine is given at once
 
+// Far above full scale. The engine's phases would never recover from an infinite sample, or one that is no
+// number.
+constexpr Float32 loudest = 1e9f;
+
 constexpr int common = Band::OptionProcessRealTime | Band::OptionThreadingNever | Band::OptionEngineFiner |
                        Band::OptionChannelsTogether;
 constexpr int options[] = {common, common | Band::OptionWindowShort};
@@ -23,7 +27,7 @@ std::size_t rateFor(Float64 sampleRate)
 
 Stretcher::Stretcher(Float64 sampleRate, UInt32 channels, Engine engine)
     : band(rateFor(sampleRate), channels, options[static_cast<int>(engine)]), silence(largestPiece, 0),
-      dropped(std::size_t{largestPiece} * channels), in(channels), planes(channels)
+      tamed(std::size_t{largestPiece} * channels), dropped(tamed.size()), in(channels), planes(channels)
 {
     band.setMaxProcessSize(largestPiece);
     pad = static_cast<UInt32>(band.getPreferredStartPad());
@@ -55,10 +59,21 @@ void Stretcher::setRatio(double ratio)
     unsettled = std::int64_t{2} * delay + band.available();
 }
 
-void Stretcher::process(const Float32* const* frames, UInt32 count)
+void Stretcher::process(UInt32 frames)
 {
-    band.process(frames, count, false);
-    fed += count;
+    band.process(in.data(), frames, false);
+    fed += frames;
+}
+
+void Stretcher::tame(UInt32 frames)
+{
+    for (std::size_t channel = 0; channel < in.size(); ++channel) {
+        const Float32* from = in[channel];
+        Float32* to = tamed.data() + channel * largestPiece;
+        for (UInt32 frame = 0; frame < frames; ++frame)
+            to[frame] = std::fabs(from[frame]) <= loudest ? from[frame] : 0;
+        in[channel] = to;
+    }
 }
 
 // Called with nothing left to read: only then the engine says what it needs.
@@ -71,13 +86,14 @@ void Stretcher::feed(Reader& reader)
     const std::int64_t missing = reader.tape.begin() - fed;
     if (missing > 0) {
         std::fill(in.begin(), in.end(), silence.data());
-        process(in.data(), static_cast<UInt32>(std::min<std::int64_t>(missing, needed)));
+        process(static_cast<UInt32>(std::min<std::int64_t>(missing, needed)));
         return;
     }
     reader.tape.pullUntil(reader.request, fed + needed);
     for (UInt32 done = 0; done < needed;) {
         const UInt32 now = reader.tape.look(fed, needed - done, in.data());
-        process(in.data(), now);
+        tame(now);
+        process(now);
         done += now;
     }
 }

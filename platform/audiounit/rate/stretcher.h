@@ -47,18 +47,19 @@ public:
 
 private:
     void feed(Reader& reader);
-    void process(const Float32* const* frames, UInt32 count);
+    void process(UInt32 frames);
+    void tame(UInt32 frames);
     UInt32 retrieve(Float32* const* out, std::int64_t most);
     void dropStart();
 
     RubberBand::RubberBandStretcher band;
     UInt32 pad, delay; // of the engine, in frames
     double ratio_ = 1;
-    std::int64_t fed = 0;                      // the next frame to take from the tape
-    std::int64_t windowEnd = 0, readSince = 0; // of the newest window, and frames read after it was in
-    std::int64_t toDrop = 0;                   // frames in front of the first one heard
-    std::int64_t unsettled = 0;                // frames to read before the present ratio is heard
-    std::vector<Float32> silence, dropped;
+    std::int64_t fed = 0;                         // the next frame to take from the tape
+    std::int64_t windowEnd = 0, readSince = 0;    // of the newest window, and frames read after it was in
+    std::int64_t toDrop = 0;                      // frames in front of the first one heard
+    std::int64_t unsettled = 0;                   // frames to read before the present ratio is heard
+    std::vector<Float32> silence, tamed, dropped; // a piece of each channel; of silence one for all
     std::vector<const Float32*> in;
     std::vector<Float32*> planes;
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -221,6 +222,22 @@ TEST(TimePitch, StandsTheExtremes)
         EXPECT_TRUE(isSound);
         EXPECT_GT(energyOf(player.heard[0]), 0);
     }
+}
+
+// A sample that is no number, or beyond all bounds, is a moment's trouble.
+TEST(TimePitch, RecoversFromWhatIsNoSound)
+{
+    for (const Rates& rates : {Rates{'nutp', 1.25, 300}, Rates{'nutp', 1.25, 0, 4}, Rates{'vari', 1.25}})
+        for (const Float32 bad :
+             {std::numeric_limits<Float32>::quiet_NaN(), std::numeric_limits<Float32>::infinity(),
+              std::numeric_limits<Float32>::max()}) {
+            Sound sound = tone(1, 30000, hertz, sampleRate, 0.5);
+            for (std::size_t i = 5000; i < 5100; ++i) sound[0][i] = bad;
+            RateUnit player(rates, sound);
+            player.play(20000);
+            EXPECT_GT(leastPeak(player.heard[0], 12000, 20000, 250), 0.3) << bad;
+            EXPECT_LT(largestBend(player.heard[0], 12000, 20000), 0.1) << bad;
+        }
 }
 
 // A reset is a new start, at the place where the source is then.
