@@ -1,5 +1,5 @@
 // The output unit's channel map, as a host array and from one.
-#include "plugin/process_state.h"
+#include "plugin/host_array.h"
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cstdint>
@@ -41,8 +41,11 @@ protected:
         graph_spy::answer("AudioUnitGetProperty").value = bytes;
     }
 
-    Array map() { return call<Array>("ChannelMap", object()); }
-    void setChannelMap(Array values) { call<void>("setChannelMap", object(), values); }
+    Array map() { return call<ArrayOf<HostInteger>*>("ChannelMap", object()); }
+    void setChannelMap(Array values)
+    {
+        call<void>("setChannelMap", object(), static_cast<ArrayOf<HostInteger>*>(values));
+    }
 
     void expectNothingHeld()
     {

@@ -1,4 +1,5 @@
 // The equaliser's bands, from host arrays of both kinds.
+#include "plugin/host_array.h"
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cmath>
@@ -17,7 +18,7 @@ protected:
     void update(Array bands)
     {
         call<void>(isDouble ? "updateEQ(eqBands() as double)" : "updateEQ(eqBands() as single)", object(),
-                   bands);
+                   static_cast<ArrayOf<Element>*>(bands));
     }
     Array newArray(const std::vector<Element>& gains)
     {

@@ -1,0 +1,62 @@
+// Seeks and loops of the host's thread while the audio thread renders.
+#include "tests/auplayer/player_test.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+using namespace auplayer_test;
+
+class AudioThread : public PlayerTest {};
+
+constexpr std::uint32_t channels = 2, sliceFrames = 64;
+
+/// The slice that began at sample `offset` of a file whose sample number n is n.
+bool holds(const std::vector<float>& slice, std::uint32_t offset, std::uint32_t samples)
+{
+    for (std::uint32_t i = 0; i < slice.size(); ++i) {
+        const std::uint64_t at = std::uint64_t{offset} + i;
+        if (slice[i] != (at < samples ? static_cast<float>(at) : 0.0f)) return false;
+    }
+    return true;
+}
+
+TEST_F(AudioThread, RendersWholeSlicesHoweverThePositionIsMovedMeanwhile)
+{
+    ASSERT_TRUE(load());
+    const AURenderCallbackStruct callback = graph_spy::callback();
+    ASSERT_EQ(callback.inputProcRefCon, &data());
+    std::atomic<bool> isOver{false};
+    std::atomic<int> rendered{0};
+    int wrong = 0;
+    std::thread audio([&] {
+        std::vector<float> samples(channels * sliceFrames);
+        AudioBufferList list = {1, {{channels, static_cast<UInt32>(4 * samples.size()), samples.data()}}};
+        AudioUnitRenderActionFlags flags = 0;
+        const AudioTimeStamp time = {};
+        while (!isOver) {
+            callback.inputProc(callback.inputProcRefCon, &flags, &time, 0, sliceFrames, &list);
+            wrong += !holds(samples, data().lastRenderOffset, channels * 1000);
+            ++rendered;
+        }
+    });
+    for (int i = 0; i < 20000 || rendered < 1000; ++i) {
+        const double seconds = (i * 7919 % 3000) / 1000.0; // past the end of 2.5 seconds, too
+        set<double>(object(), "CurrentTime", i % 100 ? seconds : -1.0);
+        set<double>(object(), "LoopIn", seconds);
+        set<double>(object(), "LoopOut", seconds + 0.1);
+        set<HostBoolean>(object(), "Looping", HostBoolean(i % 3 != 0));
+        EXPECT_GE(get<double>(object(), "CurrentTime"), 0.0);
+        EXPECT_GE(get<double>(object(), "LoopOut"), get<double>(object(), "LoopIn"));
+    }
+    isOver = true;
+    audio.join();
+    EXPECT_EQ(wrong, 0);
+
+    set<HostBoolean>(object(), "Looping", 0);
+    set<double>(object(), "CurrentTime", 1.0);
+    EXPECT_EQ(data().position, 400u);
+}
+
+} // namespace
