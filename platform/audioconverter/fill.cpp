@@ -69,7 +69,6 @@ private:
         const OSStatus status = input(converter.self, &packets, &list, nullptr, context);
         // Whoever disposes the converter may have taken back the memory, too.
         if (converter.isDisposed) return paramErr;
-        list.mNumberBuffers = buffers;
         converter.keptFrom = 0;
         converter.kept = packets;
         if (!packets && !status) converter.hasEnded = true;

@@ -155,6 +155,64 @@ TEST(Rate, AResetStartsAfresh)
     EXPECT_TRUE(drained(converter, sound, 1, 300) == first);
 }
 
+// More than it wants is given at once, so that some waits in front of the filter, too.
+TEST(Rate, AResetForgetsWhatWaits)
+{
+    const auto all = [](AudioConverterRef, UInt32* packets, AudioBufferList* list,
+                        AudioStreamPacketDescription**, void* context) -> OSStatus {
+        Sound& sound = *static_cast<Sound*>(context);
+        *packets = sound.frames;
+        list->mBuffers[0].mData = sound.buffers[0].data();
+        list->mBuffers[0].mDataByteSize = sound.frames * 4;
+        return noErr;
+    };
+    const Converter converter(interleaved(44100, 1), interleaved(48000, 1));
+    Sound sound = soundOf(44100, 1, tone(44100, 700, 5000));
+    std::vector<float> first;
+    for (int turn = 0; turn < 3; ++turn) {
+        std::vector<float> samples;
+        for (int i = 0; i < 300; ++i) {
+            List list(interleaved(48000, 1), 1);
+            ASSERT_EQ(fill(converter, all, &sound, 1, list), 1u);
+            samples.push_back(*static_cast<const float*>(list[0].mData));
+        }
+        if (turn == 0) first = samples;
+        EXPECT_TRUE(samples == first) << turn;
+        EXPECT_EQ(AudioConverterReset(converter), noErr);
+    }
+}
+
+/// How loud a tone comes out, in the middle.
+double levelOf(UInt32 complexity, double hertz)
+{
+    const Converter converter(interleaved(44100, 1), interleaved(48000, 1));
+    EXPECT_EQ(converter.set('srca', complexity), noErr);
+    Sound sound = soundOf(44100, 1, tone(44100, hertz, 8000));
+    const std::vector<float> out = drained(converter, sound, 1, 512);
+    double power = 0;
+    for (std::size_t i = 2000; i < 6000; ++i) power += double{out[i]} * out[i];
+    return std::sqrt(power / 4000 * 2);
+}
+
+// The better the filter, the higher it reaches.
+TEST(Rate, TheFilterIsTheOneThatWasChosen)
+{
+    // clang-format off
+    const struct { UInt32 complexity; double hertz; bool isHeard; } facts[] = {
+        {'line', 16000, true}, {'line', 19200, false},
+        {'norm', 19200, true}, {'norm', 20500, false},
+        {'bats', 20500, true}, {'bats', 22000, false},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        const double level = levelOf(fact.complexity, fact.hertz);
+        if (fact.isHeard)
+            EXPECT_NEAR(level, 1, 0.05) << fact.complexity << ", " << fact.hertz;
+        else
+            EXPECT_LT(level, 0.9) << fact.complexity << ", " << fact.hertz;
+    }
+}
+
 TEST(Rate, TheFirstFillAsksForTheFiltersSpanToo)
 {
     for (const UInt32 complexity : {'line', 'norm', 'bats'})

@@ -331,7 +331,9 @@ TEST(ConverterUnit, AFailingSourceIsSilenceInTheOutputsFormat)
         EXPECT_EQ(converter.unit.get<OSStatus>(22, 0, 0), 'fail');
         converter.feeder.status = noErr;
         list.lend();
+        const int calls = converter.feeder.calls;
         EXPECT_EQ(converter.render(list, 10, 10), noErr) << "and goes on";
+        EXPECT_GT(converter.feeder.calls, calls) << "with what the source has then";
     }
 }
 
