@@ -153,9 +153,9 @@ int render(const RenderOptions& options)
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const ProgrammeFile file = filesOf(planProgramme({options.from})).front();
     refuseToOverwrite({options.from}, options.to, "the result");
-    asideOf(options.to); // to be refused before the work, not behind it
-
     InterruptGuard guard; // from here on there may be a file to clear away
+    asideOf(options.to);  // to be refused before the work, not behind it
+
     Library library(options.library);
     if (!renderWith(library.host(), options, file, progress)) {
         progress.leaveLine();

@@ -10,20 +10,28 @@
 #include <utility>
 
 namespace kvx {
+namespace {
+
+constexpr std::uint64_t mostBytes = 0xFFFF0000; // of samples: lengths have 32 bits, and there is a head
+
+} // namespace
 
 RenderedFile::RenderedFile(const KVXDeviceInfo& device, const std::string& path, std::uint64_t frames)
-    : device_(device.device), path_(path), unfinished_(asideOf(path)), wanted_(frames)
+    : device_(device.device), path_(path), wanted_(frames)
 {
+    if (frames > mostBytes / (sizeof(float) * device.outputChannels))
+        throw Failure(
+            fmt::format("{} would be longer than a WAV file can be; give a shorter --duration", path));
+    unfinished_ = asideOf(path);
     SF_INFO info = {};
     info.samplerate = int(device.sampleRate);
     info.channels = int(device.outputChannels);
-    info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
     file_.reset(sf_open(unfinished_.c_str(), SFM_WRITE, &info));
     if (!file_) {
         std::remove(unfinished_.c_str());
         throw Failure(fmt::format("{} cannot be written: {}; name another file", path, sf_strerror(nullptr)));
     }
-    sf_command(file_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
     KVXPlatformSetOutputTap(device_, take, this);
 }

@@ -17,7 +17,7 @@ namespace kvx {
 /// is stepped
 class RenderedFile {
 public:
-    /// Throws Failure when nothing can be written there.
+    /// Throws Failure when nothing can be written there, or not that much.
     RenderedFile(const KVXDeviceInfo& device, const std::string& path, std::uint64_t frames);
     ~RenderedFile(); ///< without keep(), nothing is left behind
     RenderedFile(const RenderedFile&) = delete;

@@ -15,25 +15,32 @@ constexpr std::size_t length = 20000; // frames: two seconds and a half
 
 double secondsAt(double frame) { return frame / rate; }
 
+// The output unit asks for no more at a time.
+constexpr std::size_t largestSlice = 1156;
+
 /// The rule, slice by slice: a slice is heard whole, silence behind the end; then comes the jump.
 struct Rule {
     std::size_t length, position = 0;
     double in = -1, out = -1;
     bool isLooping = false;
 
-    Samples slices(std::size_t frames, std::size_t slice)
+    void slice(std::size_t frames, Samples& heard)
+    {
+        for (std::size_t frame = position; frame < position + frames; ++frame)
+            heard.push_back(frame < length ? float(frame + 1) / 65536 : 0.0f);
+        position = std::min(position + frames, length);
+        if (!isLooping) return;
+        if (in > double(position)) position = std::size_t(in);
+        if (double(position) >= out) position = std::size_t(in);
+    }
+
+    /// So many frames of a device of slices so long.
+    Samples slices(std::size_t frames, std::size_t deviceSlice)
     {
         Samples heard;
-        for (; frames > 0; frames -= std::min(frames, slice)) {
-            const std::size_t now = std::min(frames, slice);
-            for (std::size_t i = 0; i < now; ++i) {
-                const std::size_t frame = position + i;
-                heard.push_back(frame < length ? float(frame + 1) / 65536 : 0.0f);
-            }
-            position = std::min(position + now, length);
-            if (!isLooping) continue;
-            if (in > double(position)) position = std::size_t(in);
-            if (double(position) >= out) position = std::size_t(in);
+        while (heard.size() < frames) {
+            const std::size_t until = std::min(heard.size() + deviceSlice, frames);
+            while (heard.size() < until) slice(std::min(until - heard.size(), largestSlice), heard);
         }
         return heard;
     }
@@ -67,7 +74,6 @@ struct Pair {
     {
         FilePlayer::Setup setup;
         setup.sliceFrames = sliceFrames;
-        setup.maximumFramesPerSlice = 8192; // one slice of the device is one of the player
         return setup;
     }
 
