@@ -33,7 +33,7 @@ enum NodeIndex {
     nodeCount
 };
 
-/// A load under way.
+/// A load under way. Its end, wherever that is, closes the file and frees samples that were not read.
 struct Load {
     explicit Load(LoadRequest& r) : request(r), player(*r.player) {}
     ~Load() { closeFile(); }
@@ -45,14 +45,6 @@ struct Load {
     void closeFile()
     {
         if (file) giveBack(ExtAudioFileDispose, std::exchange(file, nullptr));
-    }
-
-    /// As `succeeded`, for the calls that need the file open.
-    bool succeededWithFile(OSStatus status)
-    {
-        const bool isFine = succeeded(status);
-        if (!isFine) closeFile();
-        return isFine;
     }
 
     LoadRequest& request;
@@ -78,7 +70,7 @@ bool readFileFormat(Load& load)
 {
     UInt32 size = sizeof(AudioStreamBasicDescription);
     AudioStreamBasicDescription* const format = &load.fileFormat;
-    return load.succeededWithFile(
+    return load.succeeded(
         ExtAudioFileGetProperty(load.file, kExtAudioFileProperty_FileDataFormat, &size, format));
 }
 
@@ -109,7 +101,7 @@ bool readLength(Load& load)
 {
     SInt64 length = 0;
     UInt32 size = sizeof length;
-    if (!load.succeededWithFile(
+    if (!load.succeeded(
             ExtAudioFileGetProperty(load.file, kExtAudioFileProperty_FileLengthFrames, &size, &length)))
         return false;
     const double ratio = load.player.clientFormat->mSampleRate / load.fileFormat.mSampleRate;
@@ -120,7 +112,7 @@ bool readLength(Load& load)
 bool setClientFormat(Load& load)
 {
     const AudioStreamBasicDescription* const format = load.player.clientFormat;
-    return load.succeededWithFile(
+    return load.succeeded(
         ExtAudioFileSetProperty(load.file, kExtAudioFileProperty_ClientDataFormat, sizeof *format, format));
 }
 
@@ -136,7 +128,6 @@ bool allocateSamples(Load& load)
     if (channels <= static_cast<UInt64>(largestAllocation) / load.frames)
         load.samples = allocateZeroed<float>(static_cast<std::int64_t>(channels * load.frames));
     if (load.samples) return true;
-    load.closeFile();
     load.request.isOutOfMemory = true;
     return false;
 }
@@ -171,10 +162,7 @@ bool readSamples(Load& load)
     list.mNumberBuffers = 1;
     list.mBuffers[0] = {load.player.clientFormat->mChannelsPerFrame, audio.byteSize, load.samples.get()};
     auto frames = static_cast<UInt32>(load.frames);
-    if (ExtAudioFileRead(load.file, &frames, &list) != noErr) {
-        load.closeFile();
-        return false;
-    }
+    if (ExtAudioFileRead(load.file, &frames, &list) != noErr) return false;
     storeReleased(audio.samples, load.samples.release());
     audio.frameCount = std::min(frames, static_cast<UInt32>(load.frames));
     storeRelaxed(load.player.endFrame, audio.frameCount);
@@ -189,8 +177,7 @@ bool readDuration(Load& load)
 {
     AudioFileID handle = nullptr;
     UInt32 size = sizeof handle;
-    if (!load.succeededWithFile(
-            ExtAudioFileGetProperty(load.file, kExtAudioFileProperty_AudioFile, &size, &handle)))
+    if (!load.succeeded(ExtAudioFileGetProperty(load.file, kExtAudioFileProperty_AudioFile, &size, &handle)))
         return false;
     double seconds = 0;
     size = sizeof seconds;

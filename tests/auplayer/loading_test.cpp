@@ -135,6 +135,38 @@ TEST_F(Loading, LeavesTheObjectReadyToPlay)
     EXPECT_EQ(data().loadedAudio->samples[1999], 1999.0f);
 }
 
+TEST_F(Loading, HasNoTextsInAHostThatBuildsNone)
+{
+    withhold("REALBuildString");
+    EXPECT_TRUE(load());
+    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(data().clientFormatString, nullptr);
+    EXPECT_EQ(data().outputFormatString, nullptr);
+    EXPECT_EQ(raised(), Notes());
+}
+
+TEST_F(Loading, ForgetsLoopAndPlaceOfBefore)
+{
+    data().position = data().lastRenderOffset = 77;
+    data().endFrame = 5;
+    data().loopIn = 10;
+    data().loopOut = 20;
+    data().isLooping = 1;
+    graph_spy::answer("ExtAudioFileRead").during = [this] {
+        EXPECT_EQ(data().position, 0u) << "at the start";
+        EXPECT_EQ(data().endFrame, 0u);
+        EXPECT_EQ(data().loopIn, 10.0) << "only when the file has been read";
+        EXPECT_EQ(data().loopOut, 20.0);
+        EXPECT_EQ(data().isLooping, 1);
+    };
+    EXPECT_TRUE(load());
+    EXPECT_EQ(data().position, 0u);
+    EXPECT_EQ(data().endFrame, 1000u);
+    EXPECT_EQ(data().loopIn, -1.0);
+    EXPECT_EQ(data().loopOut, -1.0);
+    EXPECT_EQ(data().isLooping, 0);
+}
+
 TEST_F(Loading, KeepsHandlesAndNodesWhereTheyBelong)
 {
     EXPECT_TRUE(load());
