@@ -299,6 +299,13 @@ TEST_F(DeviceList, HasAsManyDevicesAsWereRead)
             graph_spy::answer("AudioObjectGetPropertyData").size.reset();
         };
         expectList(row.list);
+        const Notes calls = graph_spy::calls();
+        EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
+                                [](const std::string& call) {
+                                    return call.rfind("AudioDeviceGetPropertyInfo", 0) == 0;
+                                }),
+                  static_cast<std::ptrdiff_t>(row.list.size()))
+            << "nobody else is asked";
     }
 }
 

@@ -115,8 +115,6 @@ TEST(Render, AFileWithoutSamplesIsSilence)
 {
     // As a failed load leaves it: the counts may stand, the samples are gone; or nothing stands at all.
     auplayer::LoadedAudio audio = {};
-    auplayer::AUPlayerData data = {};
-    data.loadedAudio = &audio;
     RenderedFile file(noise(1, 2), 2);
     file->loadedAudio = &audio;
     file->endFrame = 0;
