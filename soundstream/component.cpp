@@ -1,8 +1,9 @@
 // The component's life: made, registered, taken back.
 #include "plugin/classes.h"
 #include "plugin/shared_word.h"
-#include "soundstream/render.h"
 #include "soundstream/sound_stream.h"
+
+#include <memory>
 
 namespace soundstream {
 
@@ -37,17 +38,28 @@ constexpr AudioStreamBasicDescription mixerFormat = {
 
 constexpr UInt32 componentFlags = 0xC0C; // 16 bits and stereo, in and out
 
+struct DisposeName {
+    void operator()(Ptr* name) const { DisposeHandle(name); }
+};
+
 Component registerComponent()
 {
     ComponentDescription description = {kSoundOutputDeviceType, 'QTso', 'QTso', componentFlags, 0};
     Str255 text;
     CopyCStringToPascal("QTSoundStream", text);
-    const auto name = reinterpret_cast<Handle>(NewString(text));
+    const std::unique_ptr<Ptr, DisposeName> name(reinterpret_cast<Handle>(NewString(text)));
     const auto entry = reinterpret_cast<ComponentRoutineProcPtr>(soundComponentEntry);
-    const Component component =
-        RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name, nullptr, nullptr);
-    DisposeHandle(name);
-    return component;
+    return RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name.get(), nullptr, nullptr);
+}
+
+/// A step of an end: what the platform throws keeps nothing from ending.
+template <class Step>
+void attempt(Step step)
+{
+    try {
+        step();
+    } catch (...) {
+    }
 }
 
 /// Forget the record, once the render thread is done with it.
@@ -55,7 +67,7 @@ void dropRefconRecord(StreamState& state)
 {
     RefconRecord* const record = state.refconRecord;
     __atomic_store_n(&state.refconRecord, static_cast<RefconRecord*>(nullptr), __ATOMIC_SEQ_CST);
-    waitForRender(state);
+    waitForRender(*state.entrance);
     retire(record);
 }
 
@@ -67,7 +79,10 @@ void destruct(REALobjectStruct* object)
 {
     SoundStreamData& data = dataOf(object);
     CloseComponent(object);
-    if (data.ownsState) drop(data.state);
+    if (data.state && data.ownsState) {
+        dropRefconRecord(*data.state); // of a registration that failed
+        drop(data.state);
+    }
     data.ownsState = false;
     data.state = nullptr;
 }
@@ -88,7 +103,7 @@ void OpenComponent(REALobjectStruct* object)
     if (!state || state->component) return;
     state->component = registerComponent();
 
-    if (state->refconRecord) dropRefconRecord(*state); // of a registration that failed
+    dropRefconRecord(*state); // of a registration that failed
     RefconRecord* const record = newRefconRecord(*state);
     __atomic_store_n(&state->refconRecord, record, __ATOMIC_SEQ_CST);
     SetComponentRefcon(state->component, reinterpret_cast<long>(record));
@@ -102,13 +117,14 @@ void OpenComponent(REALobjectStruct* object)
 void CloseComponent(REALobjectStruct* object)
 {
     SoundStreamData& data = dataOf(object);
-    if (data.attachedUnit) AudioOutputUnitStop(data.attachedUnit);
+    if (data.attachedUnit) attempt([&] { AudioOutputUnitStop(data.attachedUnit); });
     data.attachedUnit = nullptr;
     if (!data.state || !data.state->component) return;
-    CountComponentInstances(data.state->component); // whoever has one open keeps it
-    dropRefconRecord(*data.state);
-    UnregisterComponent(data.state->component);
-    data.state->component = nullptr;
+    StreamState& state = *data.state;
+    attempt([&] { CountComponentInstances(state.component); }); // whoever has one open keeps it
+    dropRefconRecord(state);
+    attempt([&] { UnregisterComponent(state.component); });
+    state.component = nullptr;
 }
 
 } // namespace soundstream

@@ -11,6 +11,8 @@ namespace {
 
 ComponentResult CanDo(QTSoundStreamGlobals* globals, SInt16 selector);
 
+constexpr ComponentResult failure = memFullErr; // where the platform throws: it is out of memory
+
 struct Selector {
     SInt16 what;
     ProcPtr handler;
@@ -18,27 +20,40 @@ struct Selector {
     bool canDo;            ///< what CanDo says of it
 };
 
-template <class... Arguments>
-ProcPtr handler(ComponentResult (*function)(Arguments...))
+/// A handler as the platform calls it: nothing that C++ throws gets past it.
+template <auto function>
+struct Guarded;
+template <class... Arguments, ComponentResult (*function)(Arguments...)>
+struct Guarded<function> {
+    static ComponentResult call(Arguments... arguments)
+    try {
+        return function(arguments...);
+    } catch (...) {
+        return failure;
+    }
+};
+
+template <auto function>
+ProcPtr handler()
 {
-    return reinterpret_cast<ProcPtr>(function);
+    return reinterpret_cast<ProcPtr>(&Guarded<function>::call);
 }
 
 // Stop and pause are done, and denied all the same: clients have always been told so.
 // clang-format off
 const Selector selectors[] = {
-    // selector                                  handler                    widths   can do
-    {kComponentVersionSelect,                    handler(Version),          0x00F0,  true},
-    {kComponentCanDoSelect,                      handler(CanDo),            0x02F0,  true},
-    {kComponentCloseSelect,                      handler(Close),            0x03F0,  true},
-    {kComponentOpenSelect,                       handler(Open),             0x03F0,  true},
-    {kSoundComponentInitOutputDeviceSelect,      handler(InitOutputDevice), 0x03F0,  true},
-    {kSoundComponentGetInfoSelect,               handler(GetInfo),          0x3FF0,  true},
-    {kSoundComponentSetInfoSelect,               handler(SetInfo),          0x3FF0,  true},
-    {kSoundComponentStartSourceSelect,           handler(StartSource),      0x0EF0,  true},
-    {kSoundComponentStopSourceSelect,            handler(StopSource),       0x0EF0,  false},
-    {kSoundComponentPauseSourceSelect,           handler(PauseSource),      0x0EF0,  false},
-    {kSoundComponentPlaySourceBufferSelect,      handler(PlaySourceBuffer), 0x3FF0,  true},
+    // selector                                  handler                      widths   can do
+    {kComponentVersionSelect,                    handler<Version>(),          0x00F0,  true},
+    {kComponentCanDoSelect,                      handler<CanDo>(),            0x02F0,  true},
+    {kComponentCloseSelect,                      handler<Close>(),            0x03F0,  true},
+    {kComponentOpenSelect,                       handler<Open>(),             0x03F0,  true},
+    {kSoundComponentInitOutputDeviceSelect,      handler<InitOutputDevice>(), 0x03F0,  true},
+    {kSoundComponentGetInfoSelect,               handler<GetInfo>(),          0x3FF0,  true},
+    {kSoundComponentSetInfoSelect,               handler<SetInfo>(),          0x3FF0,  true},
+    {kSoundComponentStartSourceSelect,           handler<StartSource>(),      0x0EF0,  true},
+    {kSoundComponentStopSourceSelect,            handler<StopSource>(),       0x0EF0,  false},
+    {kSoundComponentPauseSourceSelect,           handler<PauseSource>(),      0x0EF0,  false},
+    {kSoundComponentPlaySourceBufferSelect,      handler<PlaySourceBuffer>(), 0x3FF0,  true},
 };
 // clang-format on
 
@@ -64,8 +79,8 @@ try {
     if (parameters->what < kDelegatedSoundComponentSelectors) return badComponentSelector;
     const auto* const globals = reinterpret_cast<const QTSoundStreamGlobals*>(storage);
     return DelegateComponentCall(parameters, globals ? loadAcquired(globals->mixer) : nullptr);
-} catch (...) { // the platform's own; its caller is C
-    return badComponentSelector;
+} catch (...) {
+    return failure;
 }
 
 } // namespace soundstream

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
-
-#include <pthread.h>
-#include <sched.h>
+#include <memory>
 
 namespace soundstream {
 
@@ -15,61 +13,40 @@ namespace {
 constexpr UInt32 bytesPerFrame = 4; // two channels of 16 bits, as the mixer gives them
 constexpr UInt32 buffersOfSilence = 2;
 
-std::uintptr_t thisThread() { return (std::uintptr_t)pthread_self(); }
-
-/// Inside the render procedure; false when another thread is. Sequentially consistent against waitForRender:
-/// either that one sees us, or we see the pointer it took away.
-class Rendering {
-public:
-    explicit Rendering(StreamState& state) : state_(state)
-    {
-        std::uintptr_t nobody = 0;
-        isIn_ = __atomic_compare_exchange_n(&state_.renderThread, &nobody, thisThread(), false,
-                                            __ATOMIC_SEQ_CST, __ATOMIC_RELAXED);
-    }
-    ~Rendering()
-    {
-        if (isIn_) __atomic_store_n(&state_.renderThread, std::uintptr_t{0}, __ATOMIC_RELEASE);
-    }
-    Rendering(const Rendering&) = delete;
-    Rendering& operator=(const Rendering&) = delete;
-    explicit operator bool() const { return isIn_; }
-
-private:
-    StreamState& state_;
-    bool isIn_;
+struct Drop {
+    void operator()(QTSoundStreamGlobals* globals) const { drop(globals); }
 };
-
-template <class Record>
-Record* held(Record* record)
-{
-    if (record) hold(*record);
-    return record;
-}
+using HeldGlobals = std::unique_ptr<QTSoundStreamGlobals, Drop>;
 
 void silence(AudioBuffer& buffer)
 {
     if (buffer.mData) std::memset(buffer.mData, 0, buffer.mDataByteSize);
 }
 
-/// The open instance, held; null without one.
-QTSoundStreamGlobals* openInstance(StreamState& state)
+/// Whatever the list's count says: programs have come to rely on the pair.
+void silence(AudioBufferList& list)
 {
-    RefconRecord* const record = held(__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST));
-    if (!record) return nullptr;
-    QTSoundStreamGlobals* const globals = held(__atomic_load_n(&record->globals, __ATOMIC_SEQ_CST));
-    drop(record);
-    return globals;
+    for (UInt32 i = 0; i < buffersOfSilence; ++i) silence(list.mBuffers[i]);
 }
 
-/// What the mixer gives next; null when it gives nothing, or when its client has closed the instance
-/// meanwhile.
+/// The open instance; null without one. It is held, since a completion routine may close it in our slice.
+HeldGlobals openInstance(StreamState& state)
+{
+    const RefconRecord* const record = __atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST);
+    QTSoundStreamGlobals* const globals =
+        record ? __atomic_load_n(&record->globals, __ATOMIC_SEQ_CST) : nullptr;
+    if (globals) hold(*globals);
+    return HeldGlobals(globals);
+}
+
+/// What the mixer gives next; null when it gives nothing.
 SoundComponentDataPtr nextSourceData(QTSoundStreamGlobals& globals)
 {
     SoundComponentDataPtr data = globals.sourceData;
     if (data && data->sampleCount != 0) return data;
+    const int mixersClosed = globals.mixersClosed;
     SoundComponentGetSourceData(loadAcquired(globals.mixer), &data);
-    if (!loadAcquired(globals.mixer)) data = nullptr;
+    if (globals.mixersClosed != mixersClosed) data = nullptr; // a completion routine did: it was that one's
     return globals.sourceData = data;
 }
 
@@ -78,8 +55,12 @@ SoundComponentDataPtr nextSourceData(QTSoundStreamGlobals& globals)
 OSStatus giveMixerSamples(AudioConverterRef, UInt32* packets, AudioBufferList* list,
                           AudioStreamPacketDescription**, void* client)
 {
-    SoundComponentDataPtr const data = nextSourceData(*static_cast<QTSoundStreamGlobals*>(client));
     AudioBuffer& buffer = list->mBuffers[0];
+    SoundComponentDataPtr data = nullptr;
+    try {
+        data = nextSourceData(*static_cast<QTSoundStreamGlobals*>(client));
+    } catch (...) { // the platform's own; its caller is C
+    }
     if (!data || *packets == 0 || data->sampleCount <= 0) {
         silence(buffer);
         return noErr;
@@ -94,26 +75,18 @@ OSStatus giveMixerSamples(AudioConverterRef, UInt32* packets, AudioBufferList* l
 
 OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
                          UInt32 frames, AudioBufferList* list)
-{
-    StreamState& state = *static_cast<StreamState*>(client);
-    const Rendering rendering(state);
-    QTSoundStreamGlobals* const globals = rendering ? openInstance(state) : nullptr;
-    if (globals) {
-        AudioConverterFillComplexBuffer(loadAcquired(state.converter), giveMixerSamples, globals, &frames,
-                                        list, nullptr);
-        drop(globals);
-    } else {
-        for (UInt32 i = 0; i < std::min(buffersOfSilence, list->mNumberBuffers); ++i)
-            silence(list->mBuffers[i]);
-    }
+try {
+    const Visit visit(client);
+    const HeldGlobals globals = visit.state() ? openInstance(*visit.state()) : nullptr;
+    if (globals)
+        AudioConverterFillComplexBuffer(loadAcquired(visit.state()->converter), giveMixerSamples,
+                                        globals.get(), &frames, list, nullptr);
+    else
+        silence(*list);
     return noErr;
-}
-
-void waitForRender(const StreamState& state)
-{
-    const auto inside = [&state] { return __atomic_load_n(&state.renderThread, __ATOMIC_SEQ_CST); };
-    if (inside() == thisThread()) return;
-    while (inside() != 0) sched_yield();
+} catch (...) {
+    silence(*list);
+    return noErr;
 }
 
 } // namespace soundstream

@@ -6,8 +6,9 @@
 namespace soundstream {
 
 /// Fill `list` from the open instance's mixer, through the converter; silence without one. `client` is the
-/// StreamState.
-/// Shape   32-bit float, two channels apart: silence is written to the list's first two buffers.
+/// StreamState, which may be gone: silence, too.
+/// Shape   32-bit float, two channels apart: silence is written to two buffers, also where the list says that
+///         it has fewer; a buffer without memory is let be.
 /// Thread  [audio], one at a time; a second unit that pulls meanwhile gets silence. Takes no lock.
 /// Returns 0, whatever happens.
 OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
@@ -18,9 +19,5 @@ OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags* flags, const 
 /// Thread  [audio].
 OSStatus giveMixerSamples(AudioConverterRef converter, UInt32* packets, AudioBufferList* list,
                           AudioStreamPacketDescription** descriptions, void* globals);
-
-/// Wait until nobody is inside the render procedure who came before this call; at once inside it. Whoever
-/// takes a pointer away from the render thread calls this before freeing what it pointed to. Thread  [any].
-void waitForRender(const StreamState& state);
 
 } // namespace soundstream

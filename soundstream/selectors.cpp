@@ -2,7 +2,8 @@
 
 #include "plugin/shared_word.h"
 #include "soundstream/info.h"
-#include "soundstream/render.h"
+
+#include <memory>
 
 namespace soundstream {
 
@@ -25,45 +26,79 @@ void setActive(QTSoundStreamGlobals* globals, bool isActive)
     if (globals && globals->refcon) storeRelaxed(globals->refcon->state->streamActive, HostBoolean{isActive});
 }
 
-/// Take the instance away from the render thread, if it is the one that is heard, and wait for the slice that
-/// may still use it. Returns whether it was.
-bool hide(QTSoundStreamGlobals& globals)
-{
-    if (!globals.refcon) return false;
-    QTSoundStreamGlobals* heard = &globals;
-    const bool was = __atomic_compare_exchange_n(&globals.refcon->globals, &heard,
-                                                 static_cast<QTSoundStreamGlobals*>(nullptr), false,
-                                                 __ATOMIC_SEQ_CST, __ATOMIC_RELAXED);
-    waitForRender(*globals.refcon->state);
-    return was;
-}
+/// Hidden from the render thread while this lives, if it is the instance that is heard.
+class Hidden {
+public:
+    explicit Hidden(QTSoundStreamGlobals& globals) : globals_(globals)
+    {
+        if (!globals.refcon) return;
+        was_ = exchange(&globals, nullptr);
+        waitForRender(*globals.refcon->state->entrance);
+    }
+    ~Hidden()
+    {
+        if (was_) exchange(nullptr, &globals_); // unless a later instance is heard by now
+    }
+    Hidden(const Hidden&) = delete;
+    Hidden& operator=(const Hidden&) = delete;
 
-void show(QTSoundStreamGlobals& globals)
+private:
+    bool exchange(QTSoundStreamGlobals* expected, QTSoundStreamGlobals* instead)
+    {
+        return __atomic_compare_exchange_n(&globals_.refcon->globals, &expected, instead, false,
+                                           __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+    }
+
+    QTSoundStreamGlobals& globals_;
+    bool was_ = false;
+};
+
+/// Let the render thread find this instance; null: none, and it is done with any.
+void letHear(RefconRecord* record, QTSoundStreamGlobals* globals)
 {
-    if (globals.refcon) __atomic_store_n(&globals.refcon->globals, &globals, __ATOMIC_SEQ_CST);
+    if (!record) return;
+    __atomic_store_n(&record->globals, globals, __ATOMIC_SEQ_CST);
+    if (!globals) waitForRender(*record->state->entrance);
 }
 
 /// While the instance is hidden.
 void closeMixer(QTSoundStreamGlobals& globals)
 {
     const ComponentInstance mixer = globals.mixer;
+    if (!mixer) return;
     storeReleased(globals.mixer, ComponentInstance{nullptr});
     globals.sourceData = nullptr; // the mixer's
-    if (mixer) CloseMixerSoundComponent(mixer);
+    ++globals.mixersClosed;
+    try {
+        CloseMixerSoundComponent(mixer);
+    } catch (...) { // there is nothing left to undo
+    }
 }
+
+/// What Open made goes again. The render thread loses it first, so that nothing is freed that is in use.
+struct End {
+    void operator()(QTSoundStreamGlobals* globals) const
+    {
+        letHear(globals->refcon, nullptr);
+        closeMixer(*globals);
+        drop(globals);
+    }
+};
 
 } // namespace
 
 ComponentResult Version(QTSoundStreamGlobals*) { return version; }
 
-ComponentResult Open(QTSoundStreamGlobals*, ComponentInstance self)
+ComponentResult Open(QTSoundStreamGlobals* before, ComponentInstance self)
 {
-    QTSoundStreamGlobals* const globals = newGlobals();
+    Close(before, self);
+    std::unique_ptr<QTSoundStreamGlobals, End> globals(newGlobals());
     if (!globals) return memFullErr;
     globals->self = self;
     globals->refcon = findRefconRecord(GetComponentRefcon(reinterpret_cast<Component>(self)));
-    show(*globals);
-    SetComponentInstanceStorage(self, reinterpret_cast<Handle>(globals));
+    letHear(globals->refcon, globals.get());
+    SetComponentInstanceStorage(self, reinterpret_cast<Handle>(globals.get()));
+    globals.release();
     return noErr;
 }
 
@@ -71,22 +106,21 @@ ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance)
 {
     if (!globals) return noErr;
     setActive(globals, false);
-    hide(*globals);
-    closeMixer(*globals);
-    drop(globals);
+    const ComponentInstance self = globals->self;
+    End()(globals);
+    SetComponentInstanceStorage(self, nullptr); // for a client that asks again
     return noErr;
 }
 
 ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long)
 {
     if (!globals) return paramErr;
-    const bool isHeard = hide(*globals);
+    const Hidden hidden(*globals);
     closeMixer(*globals);
     globals->description = wanted;
     ComponentInstance mixer = nullptr;
     const OSErr status = OpenMixerSoundComponent(&globals->description, 0, &mixer);
-    storeReleased(globals->mixer, mixer);
-    if (isHeard) show(*globals);
+    if (status == noErr) storeReleased(globals->mixer, mixer);
     return status;
 }
 

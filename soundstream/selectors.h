@@ -10,12 +10,13 @@ namespace soundstream {
 
 ComponentResult Version(QTSoundStreamGlobals* globals);
 
-/// Make the instance's storage, and let the render thread find it. The latest instance is the one that is
-/// heard.
+/// Make the instance's storage, in place of one from before, and let the render thread find it. The latest
+/// instance is the one that is heard.
 /// Errors  memFullErr: the instance stays without storage.
 ComponentResult Open(QTSoundStreamGlobals* globals, ComponentInstance self);
 
-/// Give up the mixer and the storage. Samples of the mixer that are on their way are heard no more.
+/// Give up the mixer and the storage. Samples of the mixer that are on their way are heard no more; nor is
+/// another instance that was heard, until one is opened.
 ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self);
 
 /// Open the mixer, in place of one from before.

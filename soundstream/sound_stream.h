@@ -40,8 +40,8 @@ void CloseComponent(REALobjectStruct* object);
 /// Open the default output unit. 0 if there is none or it cannot be opened.
 HostInteger OpenDefaultAudioUnitOutputComponent(REALobjectStruct* object);
 
-/// Let a unit's input pull from the component. The state must outlive the unit's rendering: a unit that was
-/// attached before another is not stopped by CloseComponent.
+/// Let a unit's input pull from the component. CloseComponent stops the unit that was attached last; others
+/// pull silence from then on, whatever becomes of the state.
 HostInteger AttachToAudioUnitComponent(REALobjectStruct* object, HostInteger unit);
 HostInteger AttachToElement(REALobjectStruct* object, HostInteger unit, HostInteger element);
 

@@ -36,7 +36,15 @@ bool isLastHolder(Record* record)
 
 } // namespace
 
-StreamState* newStreamState() { return newRecord<StreamState>(); }
+StreamState* newStreamState()
+{
+    StreamState* const state = newRecord<StreamState>();
+    if (!state) return nullptr;
+    state->entrance = openEntrance(*state);
+    if (state->entrance) return state;
+    std::free(state);
+    return nullptr;
+}
 
 QTSoundStreamGlobals* newGlobals() { return newRecord<QTSoundStreamGlobals>(); }
 
@@ -54,7 +62,9 @@ RefconRecord* newRefconRecord(StreamState& state)
 
 void drop(StreamState* state)
 {
-    if (isLastHolder(state)) std::free(state);
+    if (!isLastHolder(state)) return;
+    closeEntrance(*state->entrance);
+    std::free(state);
 }
 
 void drop(RefconRecord* record)

@@ -5,11 +5,10 @@
 #pragma once
 
 #include "abi/word.h"
+#include "soundstream/entrance.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <Carbon/Carbon.h>
-
-#include <cstdint>
 
 namespace soundstream {
 
@@ -24,7 +23,7 @@ struct StreamState {
     RefconRecord* refconRecord;               ///< null while not open. Published
     HostBoolean streamActive;                 ///< the mixer's source plays; relaxed
     HostBoolean postsStatusNotifications;     ///< the host program's, kept for it and read by nobody else
-    std::uintptr_t renderThread;              ///< who is inside the render procedure; 0: nobody
+    Entrance* entrance;                       ///< the render thread's; fixed
     int holders;
 };
 
@@ -36,11 +35,12 @@ struct QTSoundStreamGlobals {
     SoundComponentData description;   ///< what is asked of the mixer
     ComponentInstance self;
     RefconRecord* refcon; ///< held
+    int mixersClosed;     ///< how many; while hidden from the render thread, or on it
     int holders;
 };
 
 /// What a registered component knows of us: its refcon.
-/// Holders  the StreamState, while open; each instance; the render procedure, while it is inside.
+/// Holders  the StreamState, while open; each instance.
 struct RefconRecord {
     StreamState* state;            ///< held
     QTSoundStreamGlobals* globals; ///< of the open instance; null: none. Published
@@ -48,7 +48,7 @@ struct RefconRecord {
     RefconRecord* next; ///< of those whose component is registered
 };
 
-/// A new record of zeros with one holder, or null. [any]
+/// A new record with one holder, of zeros but for what names it; null without memory. [any]
 StreamState* newStreamState();
 QTSoundStreamGlobals* newGlobals();
 
@@ -62,7 +62,8 @@ void hold(Record& record)
     __atomic_add_fetch(&record.holders, 1, __ATOMIC_RELAXED);
 }
 
-/// One holder less; the last one frees the record and drops what it held. Null is let pass. [any]
+/// One holder less; the last one frees the record and drops what it held. Null is let pass. The last of a
+/// state waits for the render thread. [any]
 void drop(StreamState* state);
 void drop(QTSoundStreamGlobals* globals);
 void drop(RefconRecord* record);

@@ -8,10 +8,16 @@ namespace {
 
 AudioUnit unitOf(HostInteger handle) { return reinterpret_cast<AudioUnit>(handle); }
 
-HostInteger& beginCall(REALobjectStruct* object)
+/// The status of a call of the platform, kept; -1 while it runs, and for one that throws.
+template <class Call>
+HostInteger statusOf(REALobjectStruct* object, Call call)
 {
     HostInteger& lastStatus = dataOf(object).lastStatus;
     lastStatus = -1;
+    try {
+        lastStatus = call();
+    } catch (...) {
+    }
     return lastStatus;
 }
 
@@ -19,14 +25,13 @@ HostInteger& beginCall(REALobjectStruct* object)
 
 HostInteger OpenDefaultAudioUnitOutputComponent(REALobjectStruct* object)
 {
-    HostInteger& lastStatus = beginCall(object);
-    ComponentDescription looking = {kAudioUnitType_Output, kAudioUnitSubType_DefaultOutput,
-                                    kAudioUnitManufacturer_Apple, 0, 0};
-    const Component component = FindNextComponent(nullptr, &looking);
-    if (!component) return 0;
     ComponentInstance unit = nullptr;
-    const OSErr status = OpenAComponent(component, &unit);
-    lastStatus = status;
+    const HostInteger status = statusOf(object, [&unit]() -> HostInteger {
+        ComponentDescription looking = {kAudioUnitType_Output, kAudioUnitSubType_DefaultOutput,
+                                        kAudioUnitManufacturer_Apple, 0, 0};
+        const Component component = FindNextComponent(nullptr, &looking);
+        return component ? OpenAComponent(component, &unit) : -1;
+    });
     return status == noErr ? reinterpret_cast<HostInteger>(unit) : 0;
 }
 
@@ -38,26 +43,25 @@ HostInteger AttachToAudioUnitComponent(REALobjectStruct* object, HostInteger uni
 HostInteger AttachToElement(REALobjectStruct* object, HostInteger unit, HostInteger element)
 {
     SoundStreamData& data = dataOf(object);
-    HostInteger& lastStatus = beginCall(object);
-    if (!data.state) return lastStatus;
-    const AURenderCallbackStruct callback = {renderFromMixer, data.state};
-    lastStatus =
-        AudioUnitSetProperty(unitOf(unit), kAudioUnitProperty_SetRenderCallback, kAudioUnitScope_Input,
-                             static_cast<AudioUnitElement>(element), &callback, sizeof callback);
-    if (lastStatus == noErr) data.attachedUnit = unitOf(unit);
-    return lastStatus;
+    return statusOf(object, [&]() -> HostInteger {
+        if (!data.state) return -1;
+        const AURenderCallbackStruct callback = {renderFromMixer, data.state};
+        const OSStatus status =
+            AudioUnitSetProperty(unitOf(unit), kAudioUnitProperty_SetRenderCallback, kAudioUnitScope_Input,
+                                 static_cast<AudioUnitElement>(element), &callback, sizeof callback);
+        if (status == noErr) data.attachedUnit = unitOf(unit);
+        return status;
+    });
 }
 
 HostInteger AudioUnitInitialize(REALobjectStruct* object, HostInteger unit)
 {
-    HostInteger& lastStatus = beginCall(object);
-    return lastStatus = ::AudioUnitInitialize(unitOf(unit));
+    return statusOf(object, [unit] { return ::AudioUnitInitialize(unitOf(unit)); });
 }
 
 HostInteger AudioOutputUnitStart(REALobjectStruct* object, HostInteger unit)
 {
-    HostInteger& lastStatus = beginCall(object);
-    return lastStatus = ::AudioOutputUnitStart(unitOf(unit));
+    return statusOf(object, [unit] { return ::AudioOutputUnitStart(unitOf(unit)); });
 }
 
 } // namespace soundstream

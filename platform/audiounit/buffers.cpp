@@ -9,9 +9,11 @@ namespace kvxplatform::audiounit {
 
 void ListStorage::prepare(UInt32 buffers)
 {
-    const std::size_t size = offsetof(AudioBufferList, mBuffers) + buffers * sizeof(AudioBuffer);
-    const std::size_t least = size < sizeof(AudioBufferList) ? sizeof(AudioBufferList) : size;
-    words.assign((least + 7) / 8, 0);
+    // Of two at least, an empty one where there is one less: some callbacks silence a pair whatever the
+    // count.
+    const std::size_t room = buffers < 2 ? 2 : buffers;
+    const std::size_t size = offsetof(AudioBufferList, mBuffers) + room * sizeof(AudioBuffer);
+    words.assign((size + 7) / 8, 0);
     list().mNumberBuffers = buffers;
 }
 

@@ -9,7 +9,7 @@
 
 namespace kvxplatform::audiounit {
 
-/// Room for a buffer list of `buffers` buffers, or nothing at all.
+/// Room for a buffer list of `buffers` buffers, and of two at least.
 class ListStorage {
 public:
     void prepare(UInt32 buffers);

@@ -25,20 +25,28 @@ const std::regex allowedRuntime(
     "|13runtime_error|14overflow_error|15underflow_error)"
     "|_ZNSt9exceptionD[012]Ev|_ZNKSt9exception4whatEv");
 
-// Found in every shared library: the C start-up code's own, and the sanitizers' where they are built in.
-const std::regex allowedMachinery(
-    "_ITM_.*|__gmon_start__|__stack_chk_fail|__(asan|ubsan|tsan|sanitizer|lsan)_.*|_GLOBAL_OFFSET_TABLE_"
-    "|__tls_get_addr|___tls_get_addr|__gcc_personality_v0");
+// Found in every shared library: the C start-up code's own, the compiler's 64-bit arithmetic, and the
+// sanitizers' where they are built in.
+const std::regex allowedMachinery("__u?(div|mod)di3|_ITM_.*|__gmon_start__|__stack_chk_fail|__(asan|ubsan|"
+                                  "tsan|sanitizer|lsan)_.*|_GLOBAL_OFFSET_TABLE_"
+                                  "|__tls_get_addr|___tls_get_addr|__gcc_personality_v0");
 
 // All that is asked of the C libraries. A name that is missing here may be one that the oldest system lacks:
 // look it up there before it is added.
 const std::set<std::string> allowedPlainC = {
     // memory and text
-    "calloc", "free", "memcpy", "memmove", "memset", "snprintf", "strlen",
-    // the queue's lock
-    "pthread_mutex_lock", "pthread_mutex_unlock",
+    "calloc", "free", "memcpy", "memmove", "memset", "snprintf", "strlen", "vsnprintf",
+    // numbers
+    "floor",
+    // locks
+    "pthread_mutex_destroy", "pthread_mutex_init", "pthread_mutex_lock", "pthread_mutex_unlock",
+    // work in the background
+    "pthread_attr_destroy", "pthread_attr_init", "pthread_attr_setstacksize", "pthread_create",
+    "pthread_detach", "pthread_join",
+    // who is in the sound bridge's slice, and waiting for its end
+    "pthread_self", "sched_yield",
     // blocks
-    "_NSConcreteStackBlock"};
+    "_Block_object_assign", "_Block_object_dispose", "_NSConcreteStackBlock"};
 
 // Must resolve lazily: the oldest system lacks the one, and the other is how a newer one is recognised.
 const std::set<std::string> weakNames = {"dispatch_async", "CGPathCreateCopyByTransformingPath"};
