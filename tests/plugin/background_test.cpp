@@ -249,17 +249,17 @@ TEST(Background, HasDoneItsWorkWhenItReturns)
         int plain = 0; // no lock, no atomic: the thread sanitizer looks on
     };
     for (int i = 0; i < 100; ++i) {
-        Work todo;
+        Work job;
         RunThreadedBlocks(
-            &todo,
+            &job,
             [](const void* data) {
                 Work& its = *static_cast<Work*>(const_cast<void*>(data));
                 its.thread = std::this_thread::get_id();
                 ++its.plain;
             },
             nullptr);
-        EXPECT_EQ(todo.plain, 1);
-        EXPECT_NE(todo.thread, std::this_thread::get_id());
+        EXPECT_EQ(job.plain, 1);
+        EXPECT_NE(job.thread, std::this_thread::get_id());
     }
     gResolver = nullptr;
 }
