@@ -143,7 +143,8 @@ void addPlayCommand(CLI::App& app, Action& action)
         ->type_name("FILE");
     command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
     addLibraryOptions(*command, options->library);
-    command->footer("On a terminal, without --buffered and --fast. " + std::string(keyHelp()) + ".");
+    command->footer(fmt::format("{} (on a terminal, without --buffered and --fast).\n\n{}", keyHelp(),
+                                command->get_footer()));
     command->callback([options, &action] {
         if (options->player.isCurveListWanted) {
             action = showNamedCurves;

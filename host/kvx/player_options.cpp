@@ -68,8 +68,7 @@ std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& opt
         number("--rate", options.rate,
                "Speed, in hundredths: 2 is twice as fast [1]; 0.04 to 32, with varispeed 0.25 to 4",
                "FACTOR"),
-        number("--pitch", options.pitch, "Higher or lower, in cents; an octave is 1200 [0]; -2400 to 2400",
-               "CENTS")
+        number("--pitch", options.pitch, "Higher or lower, in cents; an octave is 1200 [0]", "CENTS")
             ->check(within(pitchRange)),
         number("--volume", options.volume, "0 is silence, 1 leaves every sample as it is [1]", "FACTOR")
             ->check(within(volumeRange)),

@@ -196,7 +196,8 @@ void addRenderCommand(CLI::App& app, Action& action)
     command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
     addPlayerOptions(*command, options->player);
     addLibraryOptions(*command, options->library);
-    command->footer("OUT.wav has the file's channels, or with --channel-map those of the map.");
+    command->footer("OUT.wav has the file's channels, or with --channel-map those of the map.\n\n" +
+                    command->get_footer());
     command->callback([options, &action] {
         if (options->player.isCurveListWanted) {
             action = showNamedCurves;
