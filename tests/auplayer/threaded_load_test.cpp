@@ -1,4 +1,5 @@
 // LoadFileMT: the load on another thread, while the host's main thread yields.
+#include "plugin/host_array.h"
 #include "tests/auplayer/good_load.h"
 #include "tests/support/sanitizers.h"
 
@@ -127,7 +128,7 @@ const Member members[] = {
     {"CurrentDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "CurrentDeviceID"); }},
     {"set CurrentDeviceID", [](Object o, Host&) { set<std::uint32_t>(o, "CurrentDeviceID", 2); }},
     {"DefaultDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "DefaultDeviceID"); }},
-    {"ChannelMap",          [](Object o, Host& h) { if (auto* map = call<REALarrayStruct*>("ChannelMap", o)) h.drop(map); }},
+    {"ChannelMap",          [](Object o, Host& h) { if (auto* map = call<ArrayOf<HostInteger>*>("ChannelMap", o)) h.drop(map); }},
     // clang-format on
 };
 
