@@ -34,7 +34,9 @@ public:
         return entry_;
     }
 
-    Result operator()(Arguments... arguments)
+    // One function of a host's may hand out functions of several types, so its own type is not ours to the
+    // letter.
+    __attribute__((no_sanitize("function"))) Result operator()(Arguments... arguments)
     {
         if (Function function = find()) return function(arguments...);
         return Result();
