@@ -50,7 +50,7 @@ void closeEntrance(Entrance& entrance)
 
 void waitForRender(const Entrance& entrance)
 {
-    const UInt32 visits = load(entrance.visits);
+    const std::uint32_t visits = load(entrance.visits);
     while (true) {
         const std::uintptr_t inside = load(entrance.renderThread);
         if (inside == 0 || inside == thisThread() || load(entrance.visits) != visits) return;

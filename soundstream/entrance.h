@@ -7,8 +7,6 @@
 // An entrance is never given back, only used again; there are as many as states ever lived at one time.
 #pragma once
 
-#include <MacTypes.h>
-
 #include <cstdint>
 
 namespace soundstream {
@@ -18,7 +16,7 @@ struct StreamState;
 struct Entrance {
     StreamState* state;          ///< null: free. Published
     std::uintptr_t renderThread; ///< who is inside; 0: nobody
-    UInt32 visits;               ///< how many have left
+    std::uint32_t visits;        ///< how many have left
     Entrance* next;              ///< fixed
 };
 

@@ -1,0 +1,558 @@
+#include "tests/soundstream/sound_spy.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <mutex>
+
+namespace sound_spy {
+
+namespace {
+
+/// Anything that the platform has made. Its address is the handle that callers get.
+struct Thing {
+    std::string name;
+    bool isLive = true;
+    bool isOwed = true; // somebody must give it back
+
+    Thing* component = nullptr; // of an instance
+    long refcon = 0;
+    Handle storage = nullptr;
+};
+
+/// A handle's block, of exactly its size, so that a sanitizer finds who writes behind it.
+struct Block {
+    Ptr bytes; // first: the handle is its address
+    std::unique_ptr<char[]> memory;
+    std::size_t size;
+    std::string name;
+    bool isLive = true;
+};
+
+std::recursive_mutex lock;
+Platform thePlatform;
+std::deque<Thing> things; // addresses stay
+std::deque<Block> blocks;
+std::map<std::string, int> made;
+std::map<const void*, std::string> names;
+AURenderCallbackStruct lastCallback;
+Registration registration;
+Thing* registered = nullptr;
+Notes notes, wrongs;
+
+using Guard = std::lock_guard<std::recursive_mutex>;
+
+std::string numbered(const std::string& kind) { return kind + std::to_string(++made[kind]); }
+
+Thing* make(const std::string& kind, bool isOwed = true)
+{
+    const Guard guard(lock);
+    things.push_back({numbered(kind), true, isOwed});
+    return &things.back();
+}
+
+Thing* find(const void* handle)
+{
+    const auto found =
+        std::find_if(things.begin(), things.end(), [&](const Thing& thing) { return &thing == handle; });
+    return found == things.end() ? nullptr : &*found;
+}
+
+Block* findBlock(const void* handle)
+{
+    const auto found =
+        std::find_if(blocks.begin(), blocks.end(), [&](const Block& block) { return &block == handle; });
+    return found == blocks.end() ? nullptr : &*found;
+}
+
+Handle makeHandle(const void* bytes, Size size)
+{
+    const Guard guard(lock);
+    blocks.emplace_back();
+    Block& block = blocks.back();
+    block.size = static_cast<std::size_t>(size);
+    block.memory.reset(new char[block.size]);
+    block.bytes = block.memory.get();
+    block.name = numbered("handle");
+    if (bytes) std::memcpy(block.bytes, bytes, block.size);
+    return &block.bytes;
+}
+
+void release(const char* function, const void* handle)
+{
+    const Guard guard(lock);
+    Thing* const thing = find(handle);
+    if (!thing)
+        wrongs.push_back(std::string(function) + " of a foreign address");
+    else if (!thing->isLive)
+        wrongs.push_back(std::string(function) + " of " + thing->name + " again");
+    else
+        thing->isLive = false;
+}
+
+/// What is given to keep gets a name of its own, each time anew.
+void nameKept(const char* kind, const void* pointer)
+{
+    const Guard guard(lock);
+    if (pointer) names[pointer] = numbered(kind);
+}
+
+// ---- arguments as text ----
+
+std::string hex(unsigned long long number)
+{
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%llX", number);
+    return text;
+}
+
+struct Code {
+    UInt32 word;
+};
+std::string text(Code code)
+{
+    const char text[] = {'\'',
+                         static_cast<char>(code.word >> 24),
+                         static_cast<char>(code.word >> 16),
+                         static_cast<char>(code.word >> 8),
+                         static_cast<char>(code.word),
+                         '\''};
+    const bool isText =
+        std::all_of(text, text + sizeof text, [](char letter) { return letter >= ' ' && letter <= '~'; });
+    return isText ? std::string(text, sizeof text) : hex(code.word);
+}
+
+std::string text(const void* pointer)
+{
+    if (!pointer) return "null";
+    const auto named = names.find(pointer);
+    if (named != names.end()) return named->second;
+    if (const Thing* thing = find(pointer)) {
+        if (!thing->isLive) wrongs.push_back(thing->name + " used, which is gone");
+        return thing->name;
+    }
+    if (const Block* block = findBlock(pointer)) {
+        if (!block->isLive) wrongs.push_back(block->name + " used, which is gone");
+        return block->name;
+    }
+    return "memory";
+}
+
+std::string text(long long number) { return std::to_string(number); }
+std::string text(const char* words) { return words; }
+std::string text(const std::string& words) { return words; }
+
+std::string text(const ComponentDescription* d)
+{
+    if (!d) return "null";
+    return "{" + text(Code{d->componentType}) + ", " + text(Code{d->componentSubType}) + ", " +
+           text(Code{d->componentManufacturer}) + ", " + hex(d->componentFlags) + ", " +
+           hex(d->componentFlagsMask) + "}";
+}
+
+std::string text(const SoundComponentData* d)
+{
+    if (!d) return "null";
+    return "{" + std::to_string(d->flags) + ", " + text(Code{d->format}) + ", " +
+           std::to_string(d->numChannels) + ", " + std::to_string(d->sampleSize) + ", " + hex(d->sampleRate) +
+           ", " + std::to_string(d->sampleCount) + ", " + text(static_cast<const void*>(d->buffer)) + ", " +
+           std::to_string(d->reserved) + "}";
+}
+
+std::string text(const AudioStreamBasicDescription* f)
+{
+    if (!f) return "null";
+    char rate[40];
+    std::snprintf(rate, sizeof rate, "%g", f->mSampleRate);
+    return std::string("{") + rate + ", " + text(Code{f->mFormatID}) + ", " + hex(f->mFormatFlags) + ", " +
+           std::to_string(f->mBytesPerPacket) + ", " + std::to_string(f->mFramesPerPacket) + ", " +
+           std::to_string(f->mBytesPerFrame) + ", " + std::to_string(f->mChannelsPerFrame) + ", " +
+           std::to_string(f->mBitsPerChannel) + ", " + std::to_string(f->mReserved) + "}";
+}
+
+std::string text(const AURenderCallbackStruct& given)
+{
+    return "{" + text(reinterpret_cast<const void*>(given.inputProc)) + ", " + text(given.inputProcRefCon) +
+           "}";
+}
+
+// ---- a call ----
+
+/// Note a call, let the test have its way, and return its status.
+template <class... Arguments>
+OSStatus note(const char* function, Arguments... arguments)
+{
+    Answer scripted;
+    std::function<void(const std::string&)> inEachCall;
+    {
+        const Guard guard(lock);
+        std::string line = std::string(function) + "(";
+        [[maybe_unused]] const char* between = "";
+        ((line += between + text(arguments), between = ", "), ...);
+        notes.push_back(line + ")");
+        const auto found = thePlatform.answers.find(function);
+        if (found != thePlatform.answers.end()) scripted = found->second;
+        inEachCall = thePlatform.inEachCall;
+    }
+    if (inEachCall) inEachCall(function);
+    if (scripted.during) scripted.during();
+    return scripted.status;
+}
+
+template <class Place>
+void rubbish(Place* place)
+{
+    if (place) std::memset(place, 0x3F, sizeof *place);
+}
+
+/// Give a new thing by its address, or null with rubbish.
+template <class Reference>
+OSStatus give(OSStatus refusal, const char* kind, Reference* place)
+{
+    if (refusal)
+        rubbish(place);
+    else
+        *place = reinterpret_cast<Reference>(make(kind));
+    return refusal;
+}
+
+Thing* thingOf(const void* handle)
+{
+    const Guard guard(lock);
+    return find(handle);
+}
+
+} // namespace
+
+Platform& platform() { return thePlatform; }
+Answer& answer(const std::string& function) { return thePlatform.answers[function]; }
+
+void reset()
+{
+    const Guard guard(lock);
+    thePlatform = {};
+    things.clear();
+    blocks.clear();
+    made.clear();
+    names.clear();
+    lastCallback = {};
+    registration = {};
+    registered = nullptr;
+    wrongs.clear();
+    notes.clear();
+}
+
+Notes calls()
+{
+    const Guard guard(lock);
+    return notes;
+}
+
+void forgetCalls()
+{
+    const Guard guard(lock);
+    notes.clear();
+}
+
+void name(const void* pointer, const std::string& text)
+{
+    const Guard guard(lock);
+    names[pointer] = text;
+}
+
+Registration lastRegistration() { return registration; }
+
+ComponentInstance newInstance()
+{
+    Thing* const instance = make("instance", false);
+    instance->component = registered;
+    return reinterpret_cast<ComponentInstance>(instance);
+}
+
+Handle storageOf(ComponentInstance instance)
+{
+    const Guard guard(lock);
+    return find(instance)->storage;
+}
+
+long refconOf(Component component)
+{
+    const Guard guard(lock);
+    return find(component)->refcon;
+}
+
+AURenderCallbackStruct callback() { return lastCallback; }
+
+std::string bytesOf(Handle handle)
+{
+    const Guard guard(lock);
+    const Block* const block = findBlock(handle);
+    return block ? std::string(block->bytes, block->size) : "no handle";
+}
+
+Notes live()
+{
+    const Guard guard(lock);
+    Notes left;
+    for (const Thing& thing : things)
+        if (thing.isLive && thing.isOwed) left.push_back(thing.name);
+    for (const Block& block : blocks)
+        if (block.isLive) left.push_back(block.name);
+    return left;
+}
+
+Notes faults()
+{
+    const Guard guard(lock);
+    return wrongs;
+}
+
+} // namespace sound_spy
+
+using namespace sound_spy;
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+// ---- components ----
+
+Component RegisterComponent(ComponentDescription* description, ComponentRoutineUPP entry, SInt16 global,
+                            Handle itsName, Handle info, Handle icon)
+{
+    registration = {*description, entry, bytesOf(itsName)};
+    const OSStatus refusal =
+        note(__func__, static_cast<const ComponentDescription*>(description), reinterpret_cast<void*>(entry),
+             static_cast<long long>(global), static_cast<const void*>(itsName),
+             static_cast<const void*>(info), static_cast<const void*>(icon));
+    if (refusal) return nullptr;
+    registered = make("component");
+    return reinterpret_cast<Component>(registered);
+}
+
+OSErr UnregisterComponent(Component component)
+{
+    const OSStatus refusal = note(__func__, static_cast<const void*>(component));
+    if (!refusal) release(__func__, component);
+    return static_cast<OSErr>(refusal);
+}
+
+long CountComponentInstances(Component component)
+{
+    note(__func__, static_cast<const void*>(component));
+    return 3; // whatever is open
+}
+
+void SetComponentRefcon(Component component, long word)
+{
+    nameKept("refcon", reinterpret_cast<void*>(word));
+    note(__func__, static_cast<const void*>(component), reinterpret_cast<const void*>(word));
+    if (Thing* const thing = thingOf(component)) thing->refcon = word;
+}
+
+long GetComponentRefcon(Component component)
+{
+    if (note(__func__, static_cast<const void*>(component))) return 0;
+    const Thing* const thing = thingOf(component);
+    return thing ? (thing->component ? thing->component : thing)->refcon : 0;
+}
+
+void SetComponentInstanceStorage(ComponentInstance instance, Handle storage)
+{
+    nameKept("storage", storage);
+    note(__func__, static_cast<const void*>(instance), static_cast<const void*>(storage));
+    if (Thing* const thing = thingOf(instance)) thing->storage = storage;
+}
+
+Component FindNextComponent(Component previous, ComponentDescription* looking)
+{
+    if (note(__func__, static_cast<const void*>(previous), static_cast<const ComponentDescription*>(looking)))
+        return nullptr;
+    return reinterpret_cast<Component>(make("output", false));
+}
+
+OSErr OpenAComponent(Component component, ComponentInstance* instance)
+{
+    return static_cast<OSErr>(give(note(__func__, static_cast<const void*>(component)), "unit", instance));
+}
+
+ComponentResult CallComponentFunctionWithStorageProcInfo(Handle storage, ComponentParameters* parameters,
+                                                         ProcPtr function, ProcInfoType words)
+{
+    const OSStatus refusal =
+        note(__func__, static_cast<const void*>(storage), static_cast<const void*>(parameters),
+             function ? "a handler" : "null", hex(words));
+    if (refusal || !thePlatform.callsHandlers) return refusal;
+    const long* const word = parameters->params;
+    switch (words) {
+    case 0xF0:
+        return reinterpret_cast<ComponentResult (*)(Handle)>(function)(storage);
+    case 0x2F0:
+        return reinterpret_cast<ComponentResult (*)(Handle, SInt16)>(function)(storage,
+                                                                               static_cast<SInt16>(word[0]));
+    case 0x3F0:
+        return reinterpret_cast<ComponentResult (*)(Handle, long)>(function)(storage, word[0]);
+    case 0xEF0:
+        return reinterpret_cast<ComponentResult (*)(Handle, SInt16, long)>(function)(
+            storage, static_cast<SInt16>(word[0]), word[1]);
+    case 0x3FF0:
+        return reinterpret_cast<ComponentResult (*)(Handle, long, long, long)>(function)(storage, word[0],
+                                                                                         word[1], word[2]);
+    default:
+        return paramErr;
+    }
+}
+
+ComponentResult DelegateComponentCall(ComponentParameters* parameters, ComponentInstance instance)
+{
+    return note(__func__, static_cast<const void*>(parameters), static_cast<const void*>(instance));
+}
+
+// ---- memory ----
+
+Handle NewHandle(Size bytes)
+{
+    return note(__func__, static_cast<long long>(bytes)) ? nullptr : makeHandle(nullptr, bytes);
+}
+
+StringHandle NewString(ConstStr255Param letters)
+{
+    const std::string shown(reinterpret_cast<const char*>(letters) + 1, letters[0]);
+    if (note(__func__, '"' + shown + '"')) return nullptr;
+    return reinterpret_cast<StringHandle>(makeHandle(letters, letters[0] + 1));
+}
+
+void DisposeHandle(Handle handle)
+{
+    note(__func__, static_cast<const void*>(handle));
+    const Guard guard(lock);
+    Block* const block = findBlock(handle);
+    if (block) {
+        block->isLive = false;
+        block->memory.reset();
+    } else if (handle) {
+        wrongs.push_back("DisposeHandle of a foreign address");
+    }
+}
+
+void CopyCStringToPascal(const char* from, Str255 to)
+{
+    note(__func__, '"' + std::string(from) + '"');
+    to[0] = static_cast<unsigned char>(std::strlen(from));
+    std::memcpy(to + 1, from, to[0]);
+}
+
+// ---- classic sound ----
+
+OSErr OpenMixerSoundComponent(SoundComponentDataPtr description, long flags, ComponentInstance* mixer)
+{
+    return static_cast<OSErr>(
+        give(note(__func__, static_cast<const SoundComponentData*>(description), static_cast<long long>(flags)),
+             "mixer", mixer));
+}
+
+OSErr CloseMixerSoundComponent(ComponentInstance mixer)
+{
+    const OSStatus refusal = note(__func__, static_cast<const void*>(mixer));
+    release(__func__, mixer);
+    return static_cast<OSErr>(refusal);
+}
+
+ComponentResult SoundComponentGetSourceData(ComponentInstance mixer, SoundComponentDataPtr* data)
+{
+    const OSStatus refusal =
+        note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(*data));
+    if (thePlatform.nextData) thePlatform.nextData(data);
+    return refusal;
+}
+
+ComponentResult SoundComponentGetInfo(ComponentInstance mixer, SoundSource source, OSType selector, void* info)
+{
+    return note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(source), Code{selector},
+                static_cast<const void*>(info));
+}
+
+ComponentResult SoundComponentSetInfo(ComponentInstance mixer, SoundSource source, OSType selector, void* info)
+{
+    return note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(source), Code{selector},
+                static_cast<const void*>(info));
+}
+
+ComponentResult SoundComponentStartSource(ComponentInstance mixer, short count, SoundSource* sources)
+{
+    return note(__func__, static_cast<const void*>(mixer), static_cast<long long>(count),
+                static_cast<const void*>(sources));
+}
+
+ComponentResult SoundComponentStopSource(ComponentInstance mixer, short count, SoundSource* sources)
+{
+    return note(__func__, static_cast<const void*>(mixer), static_cast<long long>(count),
+                static_cast<const void*>(sources));
+}
+
+ComponentResult SoundComponentPauseSource(ComponentInstance mixer, short count, SoundSource* sources)
+{
+    return note(__func__, static_cast<const void*>(mixer), static_cast<long long>(count),
+                static_cast<const void*>(sources));
+}
+
+ComponentResult SoundComponentPlaySourceBuffer(ComponentInstance mixer, SoundSource source,
+                                               SoundParamBlockPtr block, long actions)
+{
+    return note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(source),
+                static_cast<const void*>(block), static_cast<long long>(actions));
+}
+
+// ---- converters ----
+
+OSStatus AudioConverterNew(const AudioStreamBasicDescription* source,
+                           const AudioStreamBasicDescription* destination, AudioConverterRef* converter)
+{
+    const OSStatus refusal = note(__func__, source, destination);
+    if (refusal)
+        rubbish(converter);
+    else
+        *converter = reinterpret_cast<AudioConverterRef>(make("converter", false)); // nobody disposes it
+    return refusal;
+}
+
+OSStatus AudioConverterDispose(AudioConverterRef converter)
+{
+    return note(__func__, reinterpret_cast<const void*>(converter));
+}
+
+OSStatus AudioConverterFillComplexBuffer(AudioConverterRef converter,
+                                         AudioConverterComplexInputDataProc input, void* client,
+                                         UInt32* packets, AudioBufferList* list,
+                                         AudioStreamPacketDescription* descriptions)
+{
+    const OSStatus refusal =
+        note(__func__, reinterpret_cast<const void*>(converter), reinterpret_cast<const void*>(input),
+             static_cast<const void*>(client), static_cast<long long>(*packets),
+             static_cast<const void*>(list), static_cast<const void*>(descriptions));
+    if (thePlatform.fill) return thePlatform.fill({converter, input, client, packets, list});
+    return refusal;
+}
+
+// ---- output units ----
+
+OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
+                              AudioUnitElement element, const void* value, UInt32 size)
+{
+    AURenderCallbackStruct given = {};
+    if (value) std::memcpy(&given, value, std::min<std::size_t>(size, sizeof given));
+    const OSStatus refusal =
+        note(__func__, static_cast<const void*>(unit), static_cast<long long>(property),
+             "scope " + std::to_string(scope), "element " + std::to_string(element), given,
+             size == sizeof given ? "whole" : "in part");
+    if (!refusal) lastCallback = given;
+    return refusal;
+}
+
+OSStatus AudioUnitInitialize(AudioUnit unit) { return note(__func__, static_cast<const void*>(unit)); }
+OSStatus AudioOutputUnitStart(AudioUnit unit) { return note(__func__, static_cast<const void*>(unit)); }
+OSStatus AudioOutputUnitStop(AudioUnit unit) { return note(__func__, static_cast<const void*>(unit)); }
+
+} // extern "C"
+#pragma GCC visibility pop

@@ -1,0 +1,101 @@
+// An object of QTSoundStreamKVX. Members are called as a host calls them: by name, through the class table.
+#pragma once
+
+#include "plugin/classes.h"
+#include "soundstream/sound_stream.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace soundstream_test {
+
+using Object = REALobjectStruct*;
+using Notes = std::vector<std::string>;
+
+/// The row of that name; of methods, the one with that declaration. One that the class has not ends the program.
+const REALproperty& propertyRow(std::string_view name);
+const REALmethod& methodRow(std::string_view declaration);
+
+template <class T>
+T get(Object object, std::string_view property)
+{
+    const REALproperty& row = propertyRow(property);
+    return reinterpret_cast<T (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
+}
+
+template <class T>
+void set(Object object, std::string_view property, T value)
+{
+    const REALproperty& row = propertyRow(property);
+    reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
+}
+
+/// The object, in memory of its own. It is constructed and destroyed by hand, or at the end.
+class StreamObject {
+public:
+    static constexpr Word dataOffset = 32;
+
+    /// The first state ever takes an entrance that stays; it is taken here, so that memory can be counted.
+    StreamObject();
+    ~StreamObject();
+    StreamObject(const StreamObject&) = delete;
+    StreamObject& operator=(const StreamObject&) = delete;
+
+    void construct();
+    void destroy();
+
+    Object get() const { return reinterpret_cast<Object>(memory_.get()); }
+    soundstream::SoundStreamData& data() const;
+    soundstream::StreamState* state() const { return data().state; }
+
+    void initComponent() const { call<void>("InitComponent"); }
+    void openComponent() const { call<void>("OpenComponent"); }
+    void closeComponent() const { call<void>("CloseComponent"); }
+    HostInteger openUnit() const { return call<HostInteger>("OpenDefaultAudioUnitOutputComponent as integer"); }
+    HostInteger attach(HostInteger unit) const
+    {
+        return call<HostInteger>("AttachToAudioUnitComponent(componenthandle as integer) as integer", unit);
+    }
+    HostInteger attach(HostInteger unit, HostInteger element) const
+    {
+        return call<HostInteger>(
+            "AttachToAudioUnitComponent(componenthandle as integer, element as integer) as integer", unit,
+            element);
+    }
+    HostInteger initialize(HostInteger unit) const
+    {
+        return call<HostInteger>("AudioUnitInitialize(componenthandle as integer) as integer", unit);
+    }
+    HostInteger start(HostInteger unit) const
+    {
+        return call<HostInteger>("AudioOutputUnitStart(componenthandle as integer) as integer", unit);
+    }
+
+    bool isOpen() const { return soundstream_test::get<HostBoolean>(get(), "IsOpen") != 0; }
+    bool isActive() const { return soundstream_test::get<HostBoolean>(get(), "IsStreamActive") != 0; }
+
+    template <class Result, class... Arguments>
+    Result call(std::string_view declaration, Arguments... arguments) const
+    {
+        return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(declaration).function)(
+            get(), arguments...);
+    }
+
+    /// Whether the memory around the class data is as it was.
+    bool isUntouchedAround() const;
+
+private:
+    std::unique_ptr<char[]> memory_;
+    bool isAlive_ = false;
+};
+
+/// The dispatcher, as the platform knows it.
+inline ComponentRoutineProcPtr dispatcher()
+{
+    return reinterpret_cast<ComponentRoutineProcPtr>(soundStreamDispatcher);
+}
+
+} // namespace soundstream_test
