@@ -1,5 +1,7 @@
 #include "tests/endtoend/file_player.h"
 
+#include "tests/endtoend/audio_objects.h"
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -74,6 +76,13 @@ host::Object loadFile(host::Host& host, const std::string& path, int channels)
     EXPECT_TRUE(player.call("LoadFile", host::FolderItem::at(path), channels, channels).boolean())
         << path << ": " << player.get("Lasterror").integer();
     return player;
+}
+
+void chooseDefaultDevice(host::Host& host, KVXDeviceID device, std::uint32_t role)
+{
+    const AudioObjects audio(host);
+    EXPECT_EQ(audio.set(kAudioObjectSystemObject, overall(role), UInt32{device}), "0");
+    EXPECT_EQ(audio.get<UInt32>(kAudioObjectSystemObject, overall(role)), device);
 }
 
 support::Sound makeTone(int sampleRate, int channels, double seconds, double hertz, double amplitude)

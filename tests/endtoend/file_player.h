@@ -60,6 +60,9 @@ private:
 /// Load a file; a failure of the test if it is refused.
 host::Object loadFile(host::Host& host, const std::string& path, int channels);
 
+/// Make a device the default one, for sound or ('sOut') for alerts, as a host program does.
+void chooseDefaultDevice(host::Host& host, KVXDeviceID device, std::uint32_t role = 'dOut');
+
 /// Sounds as a test needs them.
 support::Sound makeTone(int sampleRate, int channels, double seconds, double hertz, double amplitude = 0.5);
 /// Every frame tells its number: (n + 1) / 65536 in every channel, exact for at most 65535 frames.

@@ -93,6 +93,10 @@ TEST_F(Render, AtUnityIsTheFileBitForBit)
         {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, "16.flac", 44100, 1, 44100},
         {SF_FORMAT_FLAC | SF_FORMAT_PCM_24, "24.flac", 48000, 2, 48001},
         {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, "six.flac", 48000, 6, 4800},
+        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "most.wav", 44100, 64, 4410},
+        {SF_FORMAT_OGG | SF_FORMAT_VORBIS, "vorbis.ogg", 44100, 2, 44100},
+        {SF_FORMAT_OGG | SF_FORMAT_OPUS, "opus.opus", 48000, 2, 48000},
+        {SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, "layer3.mp3", 44100, 2, 44100},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.name);
