@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -172,6 +174,34 @@ TEST(Opening, OfHeadersAtOddsWithTheirFile)
         ASSERT_EQ(file.setClient(sound::floats(file.format().mSampleRate, channels)), noErr);
         EXPECT_EQ(file.readFloats(channels).size(), static_cast<std::size_t>(fact.frames) * channels);
     }
+}
+
+// A file with a hole, beyond what 32 bits count.
+TEST(Opening, OfThreeGigabytes)
+{
+    const sound::Folder folder;
+    Bytes bytes = waveBytes(folder);
+    bytes.resize(44);
+    put(bytes, 4, 0xC0000024, 4);
+    put(bytes, 40, 0xC0000000, 4);
+    const std::string path = folder / "x.wav";
+    sound::save(path, bytes);
+    fs::resize_file(path, 44 + 0xC0000000u - 4);
+    std::ofstream(path, std::ios::binary | std::ios::app).write("\0\x40\0\xC0", 4); // the last frame
+    const sound::File file(path);
+    ASSERT_EQ(file.status, noErr);
+    EXPECT_EQ(file.frames(), 0x30000000);
+    ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
+    ASSERT_EQ(ExtAudioFileSeek(file, 0x30000000 - 2), noErr);
+    EXPECT_EQ(sound::File(path).status, noErr);
+    Bytes last;
+    ASSERT_EQ(file.read(5, 8, 2, last), noErr);
+    ASSERT_EQ(last.size(), 16u);
+    float samples[4];
+    std::memcpy(samples, last.data(), 16);
+    EXPECT_EQ(samples[0], 0);
+    EXPECT_EQ(samples[2], 0.5f);
+    EXPECT_EQ(samples[3], -0.5f);
 }
 
 // The rule for the length of a coded file: what it says, if its last frame is there; else what is there.
