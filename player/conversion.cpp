@@ -62,23 +62,6 @@ void convertBigEndian24(const unsigned char* source, std::size_t count, float* t
     best(source, count, target);
 }
 
-/// As words, too.
-void interleave(const float* left, const float* right, std::size_t count, float* target)
-{
-    std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        const __m128i l = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left + i));
-        const __m128i r = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right + i));
-        auto* const pairs = reinterpret_cast<__m128i*>(target + 2 * i);
-        _mm_storeu_si128(pairs, _mm_unpacklo_epi32(l, r));
-        _mm_storeu_si128(pairs + 1, _mm_unpackhi_epi32(l, r));
-    }
-    for (; i < count; ++i) {
-        std::memcpy(target + 2 * i, left + i, sizeof *left);
-        std::memcpy(target + 2 * i + 1, right + i, sizeof *right);
-    }
-}
-
 // clang-format off
 constexpr SampleForm forms[] = {
     // bit size  bytes  conversion
@@ -106,6 +89,22 @@ const SampleForm* findSampleForm(std::int32_t bitSize)
 void copyFloats(const unsigned char* source, std::size_t count, float* target)
 {
     std::memcpy(target, source, count * sizeof *target);
+}
+
+void interleave(const float* left, const float* right, std::size_t count, float* target)
+{
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const __m128i l = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left + i));
+        const __m128i r = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right + i));
+        auto* const pairs = reinterpret_cast<__m128i*>(target + 2 * i);
+        _mm_storeu_si128(pairs, _mm_unpacklo_epi32(l, r));
+        _mm_storeu_si128(pairs + 1, _mm_unpackhi_epi32(l, r));
+    }
+    for (; i < count; ++i) {
+        std::memcpy(target + 2 * i, left + i, sizeof *left);
+        std::memcpy(target + 2 * i + 1, right + i, sizeof *right);
+    }
 }
 
 void convertPairs(Conversion convert, std::size_t bytesPerSample, const unsigned char* left,

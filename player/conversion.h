@@ -24,6 +24,9 @@ const SampleForm* findSampleForm(std::int32_t bitSize);
 /// Copy `count` floats, bit for bit.
 void copyFloats(const unsigned char* source, std::size_t count, float* target);
 
+/// left[0], right[0], left[1], ... bit for bit.
+void interleave(const float* left, const float* right, std::size_t count, float* target);
+
 /// Convert two channels of `bytesPerSample` bytes into `count` pairs, the left one first.
 void convertPairs(Conversion convert, std::size_t bytesPerSample, const unsigned char* left,
                   const unsigned char* right, std::size_t count, float* target);

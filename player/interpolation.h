@@ -36,7 +36,15 @@ void interpolateMono(const Stretch& stretch, float* out);
 /// out[2 i], out[2 i + 1] between the pairs k and k + 1, in single precision.
 void interpolateStereo(const Stretch& stretch, float* out);
 
-/// The same, one frame after the other: what the two above must equal.
+/// The kernels behind them: two positions at a time on every processor, four where it has wider registers
+/// (`hasWideLanes`).
+void interpolateMonoInPairs(const Stretch& stretch, float* out);
+void interpolateStereoInPairs(const Stretch& stretch, float* out);
+void interpolateMonoWide(const Stretch& stretch, float* out);
+void interpolateStereoWide(const Stretch& stretch, float* out);
+bool hasWideLanes();
+
+/// The same, one frame after the other: what all of the above must equal.
 void interpolateMonoSingly(const Stretch& stretch, float* out);
 void interpolateStereoSingly(const Stretch& stretch, float* out);
 

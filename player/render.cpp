@@ -1,5 +1,6 @@
 #include "player/render.h"
 
+#include "player/conversion.h"
 #include "player/interpolation.h"
 #include "player/play_queue.h"
 #include "plugin/shared_word.h"
@@ -61,11 +62,17 @@ public:
             if (float* place = wholeFrames(list_.mBuffers[b], 1, first, frames))
                 std::memcpy(place, values, frames * sizeof(float));
             else if (float* pairs = wholeFrames(list_.mBuffers[b], 2, first, frames))
-                for (UInt32 i = 0; i < frames; ++i) pairs[2 * i] = pairs[2 * i + 1] = values[i];
+                interleave(values, values, frames, pairs);
             else
                 for (UInt32 i = 0; i < frames; ++i)
                     for (UInt32 c = 0; c < list_.mBuffers[b].mNumberChannels; ++c)
                         write(list_.mBuffers[b], first + i, c, values[i]);
+    }
+
+    /// Where stereo can be rendered in place; null where it must be distributed.
+    float* onlyPairs(UInt32 first, UInt32 frames)
+    {
+        return list_.mNumberBuffers == 1 ? wholeFrames(list_.mBuffers[0], 2, first, frames) : nullptr;
     }
 
     void writeFirstTwoChannels(UInt32 first, UInt32 frames, const float* values)
@@ -120,7 +127,7 @@ void advanceRelative(AudioPlayerData& player, double step, UInt32 frames)
     storeRelaxed(player.outputPositionRelative, relative);
 }
 
-constexpr UInt32 blockFrames = 256;
+constexpr UInt32 blockFrames = 512;
 
 /// The frames from `position` on that can be interpolated at once: a short block inside the current buffer,
 /// which no look-ahead leaves. Empty at seams, and for positions that only one step after the other can
@@ -129,7 +136,8 @@ Stretch stretchAt(const AudioPlayerData& player, double position, double step, U
                   std::int32_t samplesPerFrame)
 {
     const UInt32 exact = exactFrames(position, step, std::min(frames, blockFrames));
-    if (exact == 0 || !player.current.data || player.baseSampleIndex % samplesPerFrame != 0) return {};
+    const bool isPairSplit = samplesPerFrame == 2 && player.baseSampleIndex & 1;
+    if (exact == 0 || !player.current.data || isPairSplit) return {};
     const double place = position - static_cast<double>(player.baseSampleIndex) / samplesPerFrame;
     if (!(place >= 0)) return {};
     Stretch stretch = {player.current.data, place, step, exact};
@@ -183,9 +191,13 @@ double renderStereo(AudioPlayerData& player, Output& output, double position, do
         if (j != last) {
             const Stretch stretch = stretchAt(player, position, step, frames - i, 2);
             if (stretch.frames) {
-                float block[2 * blockFrames];
-                interpolateStereo(stretch, block);
-                output.writeFirstTwoChannels(i, stretch.frames, block);
+                if (float* place = output.onlyPairs(i, stretch.frames)) {
+                    interpolateStereo(stretch, place);
+                } else {
+                    float block[2 * blockFrames];
+                    interpolateStereo(stretch, block);
+                    output.writeFirstTwoChannels(i, stretch.frames, block);
+                }
                 advanceRelative(player, step, stretch.frames);
                 position += stretch.frames * step;
                 i += stretch.frames;

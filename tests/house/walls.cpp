@@ -26,7 +26,7 @@ const Names headerOnly = {
     "cstdarg",          "cstddef",     "cstdint",  "cstdio",      "cstdlib",  "cstring", "exception",
     "initializer_list", "iterator",    "limits",   "memory",      "new",      "numeric", "optional",
     "stdexcept",        "string_view", "tuple",    "type_traits", "typeinfo", "utility", "pthread.h",
-    "stdarg.h",         "stddef.h",    "stdint.h", "stdlib.h",    "string.h", "cpuid.h", "emmintrin.h",
+    "stdarg.h",         "stddef.h",    "stdint.h", "stdlib.h",    "string.h", "cpuid.h", "immintrin.h",
     "tmmintrin.h",      "sched.h",
 };
 const Names plainC = {"stdarg.h", "stdbool.h", "stddef.h", "stdint.h", "string.h", "sys/types.h"};

@@ -58,6 +58,30 @@ double walked(double position, double step, UInt32 count)
     return position;
 }
 
+using Interpolate = void (*)(const player::Stretch&, float*);
+struct Form {
+    const char* name;
+    Interpolate inLanes, singly;
+};
+
+/// The kernels that this processor has.
+std::vector<Form> forms()
+{
+    std::vector<Form> result = {
+        {"mono", player::interpolateMono, player::interpolateMonoSingly},
+        {"stereo", player::interpolateStereo, player::interpolateStereoSingly},
+        {"mono, two at a time", player::interpolateMonoInPairs, player::interpolateMonoSingly},
+        {"stereo, two at a time", player::interpolateStereoInPairs, player::interpolateStereoSingly},
+    };
+    if (player::hasWideLanes()) {
+        result.push_back(
+            {"mono, four at a time", player::interpolateMonoWide, player::interpolateMonoSingly});
+        result.push_back(
+            {"stereo, four at a time", player::interpolateStereoWide, player::interpolateStereoSingly});
+    }
+    return result;
+}
+
 TEST(PlayerLanes, InterpolateAsOneFrameAfterTheOther)
 {
     std::mt19937 random(1);
@@ -67,22 +91,20 @@ TEST(PlayerLanes, InterpolateAsOneFrameAfterTheOther)
                 for (int misaligned = 0; misaligned < 4; ++misaligned) {
                     // Positions that steps alone can reach.
                     const double place = walked(0, step, random() % 50);
-                    const auto count = static_cast<std::size_t>(place + step * frames) + 3;
-                    const std::vector<float> data = samples(random, 2 * count + 4, isHostile);
-                    const player::Stretch stretch = {data.data() + misaligned, place, step, frames};
+                    const double last = place + step * (frames ? frames - 1 : 0);
+                    const auto count = static_cast<std::size_t>(last) + 2; // exactly the last neighbour
+                    const auto skipped = static_cast<std::size_t>(misaligned);
+                    const std::vector<float> data = samples(random, 2 * count + skipped, isHostile);
+                    const player::Stretch stretch = {data.data() + skipped, place, step, frames};
                     std::vector<float> inLanes(2 * frames + 2, 7), singly(2 * frames + 2, 7);
 
-                    player::interpolateMono(stretch, inLanes.data());
-                    player::interpolateMonoSingly(stretch, singly.data());
-                    for (std::size_t i = 0; i < inLanes.size(); ++i)
-                        ASSERT_TRUE(isSame(inLanes[i], singly[i]))
-                            << "mono " << step << ' ' << frames << ' ' << i;
-
-                    player::interpolateStereo(stretch, inLanes.data());
-                    player::interpolateStereoSingly(stretch, singly.data());
-                    for (std::size_t i = 0; i < inLanes.size(); ++i)
-                        ASSERT_TRUE(isSame(inLanes[i], singly[i]))
-                            << "stereo " << step << ' ' << frames << ' ' << i;
+                    for (const Form& form : forms()) {
+                        form.inLanes(stretch, inLanes.data());
+                        form.singly(stretch, singly.data());
+                        for (std::size_t i = 0; i < inLanes.size(); ++i)
+                            ASSERT_TRUE(isSame(inLanes[i], singly[i]))
+                                << form.name << ' ' << step << ' ' << frames << ' ' << i;
+                    }
                 }
 }
 
