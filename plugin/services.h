@@ -8,6 +8,7 @@
 
 #include "abi/class_definition.h"
 #include "abi/host_values.h"
+#include "plugin/foreign_call.h"
 #include "plugin/process_state.h"
 
 template <class Signature>
@@ -34,9 +35,7 @@ public:
         return entry_;
     }
 
-    // One function of a host's may hand out functions of several types, so its own type is not ours to the
-    // letter.
-    __attribute__((no_sanitize("function"))) Result operator()(Arguments... arguments)
+    KVX_FOREIGN_CALL Result operator()(Arguments... arguments)
     {
         if (Function function = find()) return function(arguments...);
         return Result();

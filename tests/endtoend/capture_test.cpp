@@ -1,5 +1,5 @@
-// A file through `kvx play --buffered`, captured, against the file: bit for bit at the device's own rate, and bit for
-// bit what the reference computes at others.
+// A file through `kvx play --buffered`, captured, against the file: bit for bit at the device's own rate, and
+// bit for bit what the reference computes at others.
 #include "tests/endtoend/kvx_runner.h"
 #include "tests/endtoend/reference_output.h"
 #include "tests/support/sound_samples.h"
@@ -26,14 +26,9 @@ struct Capture : testing::Test {
     Sound play(const std::vector<std::string>& files, int deviceRate,
                std::vector<std::string> more = {"--fast"})
     {
-        std::vector<std::string> arguments = {"play",
-                                              "--buffered",
-                                              "--device",
-                                              "simulated",
-                                              "--device-rate",
-                                              std::to_string(deviceRate),
-                                              "--capture",
-                                              folder / "capture.wav"};
+        std::vector<std::string> arguments = {"play",      "--buffered",          "--device",
+                                              "simulated", "--device-rate",       std::to_string(deviceRate),
+                                              "--capture", folder / "capture.wav"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         arguments.insert(arguments.end(), files.begin(), files.end());
         const auto result = runKvx(arguments);
