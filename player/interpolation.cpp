@@ -131,6 +131,14 @@ namespace {
 
 #define KVX_WIDE __attribute__((target("avx")))
 
+/// A long buffer comes from far away: ask for what is wanted next while this is computed. Reaching behind the
+/// end of the buffer does no harm.
+inline void askAhead(const float* samples)
+{
+    constexpr int bytesAhead = 1024;
+    _mm_prefetch(reinterpret_cast<const char*>(samples) + bytesAhead, _MM_HINT_T0);
+}
+
 KVX_WIDE inline __m256d fourPlaces(const Stretch& stretch)
 {
     return _mm256_set_pd(stretch.place + 3 * stretch.step, stretch.place + 2 * stretch.step,
@@ -171,6 +179,7 @@ KVX_WIDE void interpolateMonoWide(const Stretch& stretch, float* out)
         if (first > lastFirst) break;
         const __m256d t = _mm256_sub_pd(place, _mm256_cvtepi32_pd(index));
         const float* const from = stretch.samples + first;
+        askAhead(from);
         const __m128i distance = _mm_sub_epi32(index, _mm_shuffle_epi32(index, 0));
         const __m256d s0 = _mm256_cvtps_pd(_mm_permutevar_ps(_mm_loadu_ps(from), distance));
         const __m256d s1 = _mm256_cvtps_pd(_mm_permutevar_ps(_mm_loadu_ps(from + 1), distance));
@@ -193,6 +202,7 @@ KVX_WIDE void interpolateStereoWide(const Stretch& stretch, float* out)
         const __m256 t = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_unpacklo_ps(between, between)),
                                               _mm_unpackhi_ps(between, between), 1);
         // Each load is a pair of frames: left, right, left, right.
+        askAhead(stretch.samples + 2 * _mm_cvtsi128_si32(index));
         const auto at = [&](int frame) { return _mm_castps_pd(_mm_loadu_ps(stretch.samples + 2 * frame)); };
         const __m256d even = _mm256_insertf128_pd(_mm256_castpd128_pd256(at(_mm_cvtsi128_si32(index))),
                                                   at(_mm_extract_epi32(index, 2)), 1);
