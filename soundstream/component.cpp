@@ -38,8 +38,21 @@ constexpr AudioStreamBasicDescription mixerFormat = {
 
 constexpr UInt32 componentFlags = 0xC0C; // 16 bits and stereo, in and out
 
+/// A step of an end: what the platform throws keeps nothing from ending.
+template <class Step>
+void attempt(Step step)
+{
+    try {
+        step();
+    } catch (...) {
+    }
+}
+
 struct DisposeName {
-    void operator()(Ptr* name) const { DisposeHandle(name); }
+    void operator()(Ptr* name) const
+    {
+        attempt([name] { DisposeHandle(name); });
+    }
 };
 
 Component registerComponent()
@@ -50,16 +63,6 @@ Component registerComponent()
     const std::unique_ptr<Ptr, DisposeName> name(reinterpret_cast<Handle>(NewString(text)));
     const auto entry = reinterpret_cast<ComponentRoutineProcPtr>(soundComponentEntry);
     return RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name.get(), nullptr, nullptr);
-}
-
-/// A step of an end: what the platform throws keeps nothing from ending.
-template <class Step>
-void attempt(Step step)
-{
-    try {
-        step();
-    } catch (...) {
-    }
 }
 
 /// Forget the record, once the render thread is done with it.

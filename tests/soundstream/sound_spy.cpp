@@ -80,17 +80,36 @@ Handle makeHandle(const void* bytes, Size size)
     return &block.bytes;
 }
 
-void release(const char* function, const void* handle)
-{
-    const Guard guard(lock);
-    Thing* const thing = find(handle);
-    if (!thing)
-        wrongs.push_back(std::string(function) + " of a foreign address");
-    else if (!thing->isLive)
-        wrongs.push_back(std::string(function) + " of " + thing->name + " again");
-    else
-        thing->isLive = false;
-}
+/// A call that takes `handle` back, also when it throws.
+class Release {
+public:
+    Release(const char* function, const void* handle) : function_(function), handle_(handle) {}
+    ~Release()
+    {
+        if (isRefused) return;
+        const Guard guard(lock);
+        Thing* const thing = find(handle_);
+        Block* const block = findBlock(handle_);
+        if (thing && !thing->isLive)
+            wrongs.push_back(std::string(function_) + " of " + thing->name + " again");
+        else if (block && !block->isLive)
+            wrongs.push_back(std::string(function_) + " of " + block->name + " again");
+        else if (thing)
+            thing->isLive = false;
+        else if (block)
+            block->isLive = false, block->memory.reset();
+        else if (handle_)
+            wrongs.push_back(std::string(function_) + " of a foreign address");
+    }
+    Release(const Release&) = delete;
+    Release& operator=(const Release&) = delete;
+
+    bool isRefused = false;
+
+private:
+    const char* function_;
+    const void* handle_;
+};
 
 /// What is given to keep gets a name of its own, each time anew.
 void nameKept(const char* kind, const void* pointer)
@@ -333,8 +352,9 @@ Component RegisterComponent(ComponentDescription* description, ComponentRoutineU
 
 OSErr UnregisterComponent(Component component)
 {
+    Release releasing(__func__, component);
     const OSStatus refusal = note(__func__, static_cast<const void*>(component));
-    if (!refusal) release(__func__, component);
+    releasing.isRefused = refusal != noErr;
     return static_cast<OSErr>(refusal);
 }
 
@@ -425,15 +445,8 @@ StringHandle NewString(ConstStr255Param letters)
 
 void DisposeHandle(Handle handle)
 {
+    const Release releasing(__func__, handle);
     note(__func__, static_cast<const void*>(handle));
-    const Guard guard(lock);
-    Block* const block = findBlock(handle);
-    if (block) {
-        block->isLive = false;
-        block->memory.reset();
-    } else if (handle) {
-        wrongs.push_back("DisposeHandle of a foreign address");
-    }
 }
 
 void CopyCStringToPascal(const char* from, Str255 to)
@@ -447,33 +460,33 @@ void CopyCStringToPascal(const char* from, Str255 to)
 
 OSErr OpenMixerSoundComponent(SoundComponentDataPtr description, long flags, ComponentInstance* mixer)
 {
-    return static_cast<OSErr>(
-        give(note(__func__, static_cast<const SoundComponentData*>(description), static_cast<long long>(flags)),
-             "mixer", mixer));
+    return static_cast<OSErr>(give(
+        note(__func__, static_cast<const SoundComponentData*>(description), static_cast<long long>(flags)),
+        "mixer", mixer));
 }
 
 OSErr CloseMixerSoundComponent(ComponentInstance mixer)
 {
-    const OSStatus refusal = note(__func__, static_cast<const void*>(mixer));
-    release(__func__, mixer);
-    return static_cast<OSErr>(refusal);
+    const Release releasing(__func__, mixer);
+    return static_cast<OSErr>(note(__func__, static_cast<const void*>(mixer)));
 }
 
 ComponentResult SoundComponentGetSourceData(ComponentInstance mixer, SoundComponentDataPtr* data)
 {
-    const OSStatus refusal =
-        note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(*data));
+    const OSStatus refusal = note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(*data));
     if (thePlatform.nextData) thePlatform.nextData(data);
     return refusal;
 }
 
-ComponentResult SoundComponentGetInfo(ComponentInstance mixer, SoundSource source, OSType selector, void* info)
+ComponentResult SoundComponentGetInfo(ComponentInstance mixer, SoundSource source, OSType selector,
+                                      void* info)
 {
     return note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(source), Code{selector},
                 static_cast<const void*>(info));
 }
 
-ComponentResult SoundComponentSetInfo(ComponentInstance mixer, SoundSource source, OSType selector, void* info)
+ComponentResult SoundComponentSetInfo(ComponentInstance mixer, SoundSource source, OSType selector,
+                                      void* info)
 {
     return note(__func__, static_cast<const void*>(mixer), static_cast<const void*>(source), Code{selector},
                 static_cast<const void*>(info));
@@ -542,10 +555,9 @@ OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property, Audi
 {
     AURenderCallbackStruct given = {};
     if (value) std::memcpy(&given, value, std::min<std::size_t>(size, sizeof given));
-    const OSStatus refusal =
-        note(__func__, static_cast<const void*>(unit), static_cast<long long>(property),
-             "scope " + std::to_string(scope), "element " + std::to_string(element), given,
-             size == sizeof given ? "whole" : "in part");
+    const OSStatus refusal = note(__func__, static_cast<const void*>(unit), static_cast<long long>(property),
+                                  "scope " + std::to_string(scope), "element " + std::to_string(element),
+                                  given, size == sizeof given ? "whole" : "in part");
     if (!refusal) lastCallback = given;
     return refusal;
 }

@@ -1,6 +1,6 @@
-// A spy in the place of the platform that the sound bridge uses: components, handles, the mixer of classic sound,
-// converters and output units. A test program that links sound_spy.cpp and exports its symbols answers these calls
-// itself; it stands in front of libkvxplatform.
+// A spy in the place of the platform that the sound bridge uses: components, handles, the mixer of classic
+// sound, converters and output units. A test program that links sound_spy.cpp and exports its symbols answers
+// these calls itself; it stands in front of libkvxplatform.
 //
 // Every call is noted with every argument, in order, as text:
 //
@@ -9,8 +9,9 @@
 // What the platform makes goes by short names: component1 the first component, instance2, mixer1, converter1,
 // handle1; what it is given to keep, too: refcon1, storage1. A place for an answer is not shown.
 //
-// As new, the platform does what it is asked. A refused call does nothing, answers null where it answers a pointer,
-// and leaves rubbish where its answer would stand. Threads: calls may come from any; the rest is for the test's.
+// As new, the platform does what it is asked. A refused call does nothing, answers null where it answers a
+// pointer, and leaves rubbish where its answer would stand. Threads: calls may come from any; the rest is for
+// the test's.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -29,8 +30,9 @@ using Notes = std::vector<std::string>;
 
 /// What one function answers, each time it is called.
 struct Answer {
-    OSStatus status = 0;          ///< other than 0: refused
-    std::function<void()> during; ///< runs inside the call, after it has been noted; it may throw
+    OSStatus status = 0; ///< other than 0: refused
+    /// Runs inside the call, after it has been noted; it may throw. What was to be given back is given back.
+    std::function<void()> during;
 };
 
 /// What a converter is asked to do.

@@ -38,18 +38,20 @@ const REALmethod& methodRow(std::string_view declaration)
                             [&](const REALmethod& row) { return row.declaration == declaration; });
 }
 
+void makeEntrances()
+{
+    soundstream::StreamState* states[4];
+    for (auto*& state : states) state = soundstream::newStreamState();
+    for (auto* const state : states) soundstream::drop(state);
+}
+
 StreamObject::StreamObject() : memory_(new char[objectBytes])
 {
     soundStreamClass.dataOffset = dataOffset;
-    soundstream::drop(soundstream::newStreamState());
     construct();
 }
 
-StreamObject::~StreamObject()
-{
-    destroy();
-    soundStreamClass.dataOffset = 0;
-}
+StreamObject::~StreamObject() { destroy(); }
 
 void StreamObject::construct()
 {

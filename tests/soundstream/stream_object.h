@@ -15,7 +15,8 @@ namespace soundstream_test {
 using Object = REALobjectStruct*;
 using Notes = std::vector<std::string>;
 
-/// The row of that name; of methods, the one with that declaration. One that the class has not ends the program.
+/// The row of that name; of methods, the one with that declaration. One that the class has not ends the
+/// program.
 const REALproperty& propertyRow(std::string_view name);
 const REALmethod& methodRow(std::string_view declaration);
 
@@ -38,7 +39,6 @@ class StreamObject {
 public:
     static constexpr Word dataOffset = 32;
 
-    /// The first state ever takes an entrance that stays; it is taken here, so that memory can be counted.
     StreamObject();
     ~StreamObject();
     StreamObject(const StreamObject&) = delete;
@@ -54,7 +54,10 @@ public:
     void initComponent() const { call<void>("InitComponent"); }
     void openComponent() const { call<void>("OpenComponent"); }
     void closeComponent() const { call<void>("CloseComponent"); }
-    HostInteger openUnit() const { return call<HostInteger>("OpenDefaultAudioUnitOutputComponent as integer"); }
+    HostInteger openUnit() const
+    {
+        return call<HostInteger>("OpenDefaultAudioUnitOutputComponent as integer");
+    }
     HostInteger attach(HostInteger unit) const
     {
         return call<HostInteger>("AttachToAudioUnitComponent(componenthandle as integer) as integer", unit);
@@ -91,6 +94,9 @@ private:
     std::unique_ptr<char[]> memory_;
     bool isAlive_ = false;
 };
+
+/// Have entrances for four states at a time. They stay for good, so that memory is counted from here on.
+void makeEntrances();
 
 /// The dispatcher, as the platform knows it.
 inline ComponentRoutineProcPtr dispatcher()

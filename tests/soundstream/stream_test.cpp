@@ -11,6 +11,7 @@ namespace soundstream_test {
 StreamTest::StreamTest()
 {
     soundComponentEntry = soundStreamDispatcher;
+    makeEntrances();
     startOver();
 }
 

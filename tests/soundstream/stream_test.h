@@ -1,5 +1,5 @@
-// One object, and a spy in the platform's place. At the end nothing is left over: no component, no mixer, no handle,
-// no memory.
+// One object, and a spy in the platform's place. At the end nothing is left over: no component, no mixer, no
+// handle, no memory.
 #pragma once
 
 #include "tests/soundstream/sound_spy.h"
@@ -37,7 +37,8 @@ protected:
     ComponentInstance openInstanceWithMixer();
 
     /// Send a request to an instance, or with a storage, as the platform does.
-    static ComponentResult send(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words);
+    static ComponentResult send(ComponentInstance instance, SInt16 selector,
+                                std::initializer_list<long> words);
     static ComponentResult sendWith(Handle storage, SInt16 selector, std::initializer_list<long> words);
     void closeInstance(ComponentInstance instance);
 

@@ -1,0 +1,202 @@
+// What the component tells of itself, and what it lets itself be told.
+#include "tests/soundstream/stream_test.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace soundstream_test;
+
+class SoundStreamInfo : public StreamTest {
+protected:
+    SoundStreamInfo()
+    {
+        open();
+        instance_ = openInstanceWithMixer();
+    }
+
+    ComponentResult getInfo(OSType code, void* info, long source = 0)
+    {
+        sound_spy::forgetCalls();
+        return send(instance_, 259, {source, static_cast<long>(code), reinterpret_cast<long>(info)});
+    }
+    ComponentResult setInfo(OSType code, long info, long source = 0)
+    {
+        sound_spy::forgetCalls();
+        return send(instance_, 260, {source, static_cast<long>(code), info});
+    }
+
+    /// The calls behind the dispatcher's.
+    static Notes calls()
+    {
+        Notes all = sound_spy::calls();
+        all.erase(all.begin());
+        return all;
+    }
+
+private:
+    ComponentInstance instance_ = nullptr;
+};
+
+std::string bytesOf(const void* value, std::size_t size)
+{
+    return std::string(static_cast<const char*>(value), size);
+}
+std::string bytesOf(UInt16 value) { return bytesOf(&value, sizeof value); }
+std::string bytesOf(UInt32 value) { return bytesOf(&value, sizeof value); }
+
+TEST_F(SoundStreamInfo, TellsItsValues)
+{
+    // clang-format off
+    const struct { OSType code; std::string value; const char* why; } facts[] = {
+        {0x6368616E, bytesOf(UInt16{2}),          "chan"},
+        {0x73726174, bytesOf(UInt32{0xAC440000}), "srat: 44100 in 16.16"},
+        {0x7373697A, bytesOf(UInt16{16}),         "ssiz"},
+    };
+    // clang-format on
+    for (const auto& fact : facts)
+        for (const std::size_t offset : {std::size_t{0}, std::size_t{1}, std::size_t{2}}) {
+            SCOPED_TRACE(fact.why);
+            char room[16];
+            std::memset(room, 0x77, sizeof room);
+            EXPECT_EQ(getInfo(fact.code, room + offset), noErr);
+            EXPECT_EQ(bytesOf(room + offset, fact.value.size()), fact.value);
+            EXPECT_EQ(room[offset + fact.value.size()], 0x77) << "and nothing behind it";
+            EXPECT_EQ(calls(), Notes());
+        }
+}
+
+TEST_F(SoundStreamInfo, TellsItsListsOfOne)
+{
+    // clang-format off
+    const struct { OSType code; std::string value; const char* call; const char* why; } facts[] = {
+        {0x63686176, bytesOf(UInt16{2}),          "NewHandle(2)", "chav"},
+        {0x73726176, bytesOf(UInt32{0xAC440000}), "NewHandle(4)", "srav: a whole rate"},
+        {0x73736176, bytesOf(UInt16{16}),         "NewHandle(2)", "ssav"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        struct {
+            SoundInfoList list;
+            UInt16 behind;
+        } room;
+        std::memset(&room, 0x77, sizeof room);
+        EXPECT_EQ(getInfo(fact.code, &room), noErr);
+        EXPECT_EQ(room.list.count, 1);
+        EXPECT_EQ(calls(), (Notes{fact.call}));
+        EXPECT_EQ(sound_spy::bytesOf(room.list.infoHandle), fact.value) << "of its size, and no more";
+        EXPECT_EQ(room.behind, 0x7777);
+        DisposeHandle(room.list.infoHandle);
+
+        std::memset(&room, 0x77, sizeof room);
+        sound_spy::answer("NewHandle").status = -108;
+        EXPECT_EQ(getInfo(fact.code, &room), memFullErr);
+        EXPECT_EQ(room.list.count, 0x7777) << "nothing is written";
+        sound_spy::answer("NewHandle").status = noErr;
+    }
+}
+
+TEST_F(SoundStreamInfo, TellsNothingWithoutRoom)
+{
+    for (const OSType code : {'chan', 'chav', 'srat', 'srav', 'ssav', 'ssiz'}) {
+        EXPECT_EQ(getInfo(static_cast<OSType>(code), nullptr), paramErr);
+        EXPECT_EQ(calls(), Notes());
+    }
+}
+
+TEST_F(SoundStreamInfo, TellsTheSameWithoutAnInstance)
+{
+    UInt32 rate = 0;
+    EXPECT_EQ(sendWith(nullptr, 259, {0, 'srat', reinterpret_cast<long>(&rate)}), noErr);
+    EXPECT_EQ(rate, 0xAC440000u);
+}
+
+TEST_F(SoundStreamInfo, AcceptsItsValuesAndNoOthers)
+{
+    // clang-format off
+    const struct { OSType code; long value; OSStatus status; const char* why; } facts[] = {
+        {'chan', 2,                0,    "two channels"},
+        {'chan', 0,                -201, "none"},
+        {'chan', 1,                -201, "one"},
+        {'chan', 3,                -201, "three"},
+        {'chan', -2,               -201, "the other sign"},
+        {'chan', 0x10002,          0,    "16 bits count"},
+        {'chan', long(0xFFFF0002), 0,    "likewise"},
+        {'chan', 0x20000,          -201, "likewise"},
+        {'ssiz', 16,               0,    "16 bits"},
+        {'ssiz', 0,                -226, "none"},
+        {'ssiz', 8,                -226, "8"},
+        {'ssiz', 15,               -226, "one less"},
+        {'ssiz', 17,               -226, "one more"},
+        {'ssiz', 24,               -226, "24"},
+        {'ssiz', 0x7FFF0010,       0,    "16 bits count"},
+        {'ssiz', 0x100000,         -226, "likewise"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        EXPECT_EQ(setInfo(fact.code, fact.value), fact.status);
+        EXPECT_EQ(calls(), Notes());
+    }
+    SInt16 channels = 0;
+    getInfo('chan', &channels);
+    EXPECT_EQ(channels, 2) << "nothing has changed";
+}
+
+TEST_F(SoundStreamInfo, AcceptsItsRateThroughAPointer)
+{
+    // clang-format off
+    const struct { UInt32 rate; OSStatus status; const char* why; } facts[] = {
+        {0xAC440000, 0,    "44100"},
+        {0xAC440001, -225, "a little more"},
+        {0xAC43FFFF, -225, "a little less"},
+        {0xBB800000, -225, "48000"},
+        {0x56220000, -225, "22050"},
+        {0x0000AC44, -225, "44100 as an integer"},
+        {0,          -225, "none"},
+    };
+    // clang-format on
+    for (const auto& fact : facts)
+        for (const std::size_t offset : {std::size_t{0}, std::size_t{1}}) {
+            SCOPED_TRACE(fact.why);
+            char room[8];
+            std::memcpy(room + offset, &fact.rate, sizeof fact.rate);
+            EXPECT_EQ(setInfo('srat', reinterpret_cast<long>(room + offset)), fact.status);
+            EXPECT_EQ(calls(), Notes());
+        }
+    EXPECT_EQ(setInfo('srat', 0), -225) << "no rate at all";
+    UInt32 rate = 0;
+    getInfo('srat', &rate);
+    EXPECT_EQ(rate, 0xAC440000u) << "nothing has changed";
+}
+
+TEST_F(SoundStreamInfo, LeavesTheRestToItsMixer)
+{
+    char value = 0;
+    const long source = 0x4444;
+    sound_spy::name(reinterpret_cast<void*>(source), "source");
+    sound_spy::name(&value, "value");
+    sound_spy::answer("SoundComponentGetInfo").status = -231;
+    sound_spy::answer("SoundComponentSetInfo").status = -232;
+    for (const std::string code : {"volu", "rmul", "qual", "chaN", "wxyz"}) {
+        const OSType word = static_cast<OSType>(static_cast<unsigned char>(code[0])) << 24 |
+                            static_cast<OSType>(static_cast<unsigned char>(code[1])) << 16 |
+                            static_cast<OSType>(static_cast<unsigned char>(code[2])) << 8 |
+                            static_cast<OSType>(static_cast<unsigned char>(code[3]));
+        EXPECT_EQ(getInfo(word, &value, source), -231);
+        EXPECT_EQ(calls(), (Notes{"SoundComponentGetInfo(mixer1, source, '" + code + "', value)"}));
+        EXPECT_EQ(getInfo(word, nullptr, source), -231);
+        EXPECT_EQ(calls(), (Notes{"SoundComponentGetInfo(mixer1, source, '" + code + "', null)"}));
+        EXPECT_EQ(setInfo(word, reinterpret_cast<long>(&value), source), -232);
+        EXPECT_EQ(calls(), (Notes{"SoundComponentSetInfo(mixer1, source, '" + code + "', value)"}));
+    }
+    for (const char* const list : {"chav", "srav", "ssav"}) {
+        const OSType word =
+            OSType(list[0]) << 24 | OSType(list[1]) << 16 | OSType(list[2]) << 8 | OSType(list[3]);
+        EXPECT_EQ(setInfo(word, 0), -232) << "a list is not set here";
+        EXPECT_EQ(calls(), (Notes{std::string("SoundComponentSetInfo(mixer1, null, '") + list + "', null)"}));
+    }
+}
+
+} // namespace

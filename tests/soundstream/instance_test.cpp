@@ -1,0 +1,275 @@
+// An instance of the component: opened, initialised, playing, closed.
+#include "tests/soundstream/stream_test.h"
+#include "tests/support/c_library_spy.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace soundstream_test;
+
+class SoundStreamInstance : public StreamTest {
+protected:
+    /// What a request asks of the platform, without the dispatcher's own call of the handler.
+    Notes callsOf(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words,
+                  ComponentResult expected = noErr)
+    {
+        sound_spy::forgetCalls();
+        EXPECT_EQ(send(instance, selector, words), expected);
+        Notes calls = sound_spy::calls();
+        EXPECT_EQ(calls.at(0).substr(0, 40), "CallComponentFunctionWithStorageProcInfo");
+        calls.erase(calls.begin());
+        return calls;
+    }
+
+    static long wordOf(ComponentInstance instance) { return reinterpret_cast<long>(instance); }
+};
+
+// ---- Open ----
+
+TEST_F(SoundStreamInstance, IsOpened)
+{
+    open();
+    const ComponentInstance instance = sound_spy::newInstance();
+    watched::begin();
+    const ComponentResult result = send(instance, -1, {wordOf(instance)});
+    watched::end();
+    EXPECT_EQ(result, noErr);
+    EXPECT_EQ(sound_spy::calls(),
+              (Notes{"CallComponentFunctionWithStorageProcInfo(null, the request, a handler, 0x3F0)",
+                     "GetComponentRefcon(instance1)", "SetComponentInstanceStorage(instance1, storage1)"}));
+    const soundstream::QTSoundStreamGlobals* const globals = globalsOf(instance);
+    ASSERT_NE(globals, nullptr);
+    EXPECT_EQ(globals->self, instance);
+    EXPECT_EQ(globals->refcon, object().state()->refconRecord);
+    EXPECT_EQ(object().state()->refconRecord->globals, globals) << "it is heard";
+    EXPECT_EQ(globals->mixer, nullptr);
+    EXPECT_EQ(globals->sourceData, nullptr);
+    const SoundComponentData none = {};
+    EXPECT_EQ(std::memcmp(&globals->description, &none, sizeof none), 0);
+    EXPECT_FALSE(object().isActive());
+    closeInstance(instance);
+}
+
+TEST_F(SoundStreamInstance, WithoutMemoryIsNotOpened)
+{
+    open();
+    const ComponentInstance instance = sound_spy::newInstance();
+    watched::refuseCalloc(1);
+    EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}, memFullErr), Notes());
+    EXPECT_EQ(sound_spy::storageOf(instance), nullptr);
+    EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
+    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "closed without a storage";
+}
+
+TEST_F(SoundStreamInstance, TheLatestIsHeard)
+{
+    open();
+    const ComponentInstance first = openInstanceWithMixer(), second = openInstanceWithMixer();
+    const soundstream::RefconRecord& record = *object().state()->refconRecord;
+    EXPECT_EQ(record.globals, globalsOf(second));
+    send(first, 1, {0});
+    EXPECT_EQ(record.globals, globalsOf(second)) << "also when the earlier is initialised again";
+    send(second, 1, {0});
+    EXPECT_EQ(record.globals, globalsOf(second));
+    closeInstance(first);
+    EXPECT_EQ(record.globals, nullptr) << "any that closes ends what is heard";
+    send(second, 1, {0});
+    EXPECT_EQ(record.globals, nullptr);
+    const ComponentInstance third = openInstance();
+    EXPECT_EQ(record.globals, globalsOf(third));
+    closeInstance(second);
+    EXPECT_EQ(record.globals, nullptr);
+}
+
+TEST_F(SoundStreamInstance, OpenedAgainBeginsAnew)
+{
+    open();
+    const ComponentInstance instance = openInstanceWithMixer();
+    send(instance, 261, {0, 0});
+    EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}),
+              (Notes{"CloseMixerSoundComponent(mixer1)", "SetComponentInstanceStorage(instance1, null)",
+                     "GetComponentRefcon(instance1)", "SetComponentInstanceStorage(instance1, storage2)"}));
+    EXPECT_FALSE(object().isActive());
+    EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance));
+}
+
+TEST_F(SoundStreamInstance, OpenedWhenTheHostHasClosedIsUnheard)
+{
+    open();
+    const ComponentInstance instance = sound_spy::newInstance();
+    object().closeComponent(); // the platform keeps a component that somebody is opening, and its refcon
+    EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}),
+              (Notes{"GetComponentRefcon(instance1)", "SetComponentInstanceStorage(instance1, storage1)"}));
+    EXPECT_EQ(globalsOf(instance)->refcon, nullptr);
+    EXPECT_EQ(send(instance, 1, {0}), noErr);
+    EXPECT_EQ(send(instance, 261, {0, 0}), noErr);
+    EXPECT_FALSE(object().isActive());
+    closeInstance(instance);
+}
+
+// ---- Close ----
+
+TEST_F(SoundStreamInstance, IsClosed)
+{
+    open();
+    const ComponentInstance instance = openInstanceWithMixer();
+    send(instance, 261, {0, 0});
+    const soundstream::RefconRecord& record = *object().state()->refconRecord;
+    bool wasActive = true, wasHeard = true;
+    sound_spy::answer("CloseMixerSoundComponent").during = [&] {
+        wasActive = object().isActive();
+        wasHeard = record.globals != nullptr;
+    };
+    const long blocks = watched::liveBlocks();
+    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}),
+              (Notes{"CloseMixerSoundComponent(mixer1)", "SetComponentInstanceStorage(instance1, null)"}));
+    EXPECT_FALSE(wasActive) << "the stream ends first";
+    EXPECT_FALSE(wasHeard) << "the render thread is gone before the mixer is";
+    EXPECT_EQ(record.globals, nullptr);
+    EXPECT_EQ(watched::liveBlocks(), blocks - 1);
+    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "once";
+}
+
+TEST_F(SoundStreamInstance, ClosedWithoutAMixerClosesNone)
+{
+    open();
+    const ComponentInstance instance = openInstance();
+    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}),
+              (Notes{"SetComponentInstanceStorage(instance1, null)"}));
+    EXPECT_EQ(sendWith(nullptr, -2, {0}), noErr) << "null is let pass";
+}
+
+// ---- InitOutputDevice ----
+
+TEST_F(SoundStreamInstance, AsksItsMixerFor16BitLittleEndianStereoAt44100)
+{
+    open();
+    const ComponentInstance instance = openInstance();
+    EXPECT_EQ(callsOf(instance, 1, {7}),
+              (Notes{"OpenMixerSoundComponent({0, 'sowt', 2, 16, 0xAC440000, 1024, null, 0}, 0)"}));
+    const SoundComponentData& description = globalsOf(instance)->description;
+    EXPECT_EQ(description.flags, 0);
+    EXPECT_EQ(description.format, 0x736F7774u);
+    EXPECT_EQ(description.numChannels, 2);
+    EXPECT_EQ(description.sampleSize, 16);
+    EXPECT_EQ(description.sampleRate, 0xAC440000u);
+    EXPECT_EQ(description.sampleCount, 1024);
+    EXPECT_EQ(description.buffer, nullptr);
+    EXPECT_EQ(description.reserved, 0);
+    EXPECT_NE(globalsOf(instance)->mixer, nullptr);
+}
+
+TEST_F(SoundStreamInstance, InitialisedAgainHasAnotherMixer)
+{
+    open();
+    const ComponentInstance instance = openInstanceWithMixer();
+    SoundComponentData data = {};
+    globalsOf(instance)->sourceData = &data;
+    globalsOf(instance)->description.sampleCount = 5;
+    EXPECT_EQ(callsOf(instance, 1, {0}),
+              (Notes{"CloseMixerSoundComponent(mixer1)",
+                     "OpenMixerSoundComponent({0, 'sowt', 2, 16, 0xAC440000, 1024, null, 0}, 0)"}));
+    EXPECT_EQ(globalsOf(instance)->sourceData, nullptr) << "it was the other mixer's";
+    EXPECT_EQ(sound_spy::live(), (Notes{"component1", "mixer2"}));
+}
+
+TEST_F(SoundStreamInstance, WithoutItsMixerHasNone)
+{
+    open();
+    const ComponentInstance instance = openInstance();
+    for (int time = 0; time < 2; ++time) {
+        sound_spy::answer("OpenMixerSoundComponent").status = -206;
+        EXPECT_EQ(send(instance, 1, {0}), -206);
+        EXPECT_EQ(globalsOf(instance)->mixer, nullptr) << "not the rubbish that a refusal left";
+        EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance));
+        sound_spy::answer("OpenMixerSoundComponent").status = noErr;
+        EXPECT_EQ(send(instance, 1, {0}), noErr);
+    }
+    EXPECT_EQ(sendWith(nullptr, 1, {0}), paramErr) << "it has no instance";
+}
+
+// ---- sources ----
+
+TEST_F(SoundStreamInstance, PassesSourcesOnAndTellsWhetherTheStreamIsActive)
+{
+    open();
+    const ComponentInstance instance = openInstanceWithMixer();
+    SoundSource sources[3] = {};
+    SoundParamBlock block = {};
+    sound_spy::name(sources, "sources");
+    sound_spy::name(&block, "block");
+    const auto listed = reinterpret_cast<long>(sources), given = reinterpret_cast<long>(&block);
+    const long source = 0x1234;
+    sound_spy::name(reinterpret_cast<void*>(source), "source");
+
+    enum Becomes { active, inactive, asItWas };
+    // clang-format off
+    const struct {
+        SInt16 selector;
+        std::initializer_list<long> words;
+        const char* call;
+        Becomes becomes;
+        const char* why;
+    } facts[] = {
+        {261, {3, listed},             "SoundComponentStartSource(mixer1, 3, sources)", active, "started"},
+        {261, {0, 0},                  "SoundComponentStartSource(mixer1, 0, null)", active, "no source at all"},
+        {261, {0x10003, listed},       "SoundComponentStartSource(mixer1, 3, sources)", active, "a count has 16 bits"},
+        {261, {0xFFFF, listed},        "SoundComponentStartSource(mixer1, -1, sources)", active, "and a sign"},
+        {262, {2, listed},             "SoundComponentStopSource(mixer1, 2, sources)", inactive, "stopped"},
+        {263, {1, listed},             "SoundComponentPauseSource(mixer1, 1, sources)", inactive, "paused"},
+        {264, {source, given, 0},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 0)", active, "played"},
+        {264, {source, given, 1},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 1)", asItWas, "set up only"},
+        {264, {source, given, 2},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 2)", active, "another bit"},
+        {264, {source, given, 0x10000}, "SoundComponentPlaySourceBuffer(mixer1, source, block, 65536)", active, "pass through"},
+        {264, {source, given, 0x10001}, "SoundComponentPlaySourceBuffer(mixer1, source, block, 65537)", asItWas, "and set up only"},
+        {264, {source, given, -1},     "SoundComponentPlaySourceBuffer(mixer1, source, block, -1)", asItWas, "every bit"},
+        {264, {0, 0, -2},              "SoundComponentPlaySourceBuffer(mixer1, null, null, -2)", active, "every bit but the first"},
+    };
+    // clang-format on
+    for (const auto& fact : facts)
+        for (const bool before : {false, true})
+            for (const OSStatus status : {0, -205, -32768}) {
+                SCOPED_TRACE(fact.why);
+                object().state()->streamActive = before;
+                bool during = !before;
+                sound_spy::platform().inEachCall = [&](const std::string&) { during = object().isActive(); };
+                for (const char* const function :
+                     {"SoundComponentStartSource", "SoundComponentStopSource", "SoundComponentPauseSource",
+                      "SoundComponentPlaySourceBuffer"})
+                    sound_spy::answer(function).status = status;
+                EXPECT_EQ(callsOf(instance, fact.selector, fact.words, status), (Notes{fact.call}));
+                EXPECT_EQ(during, before) << "it changes after the mixer has been asked";
+                EXPECT_EQ(object().isActive(), fact.becomes == asItWas ? before : fact.becomes == active)
+                    << "whatever the mixer answers: " << status;
+            }
+}
+
+TEST_F(SoundStreamInstance, WithoutAMixerPassesItsStatusOn)
+{
+    open();
+    for (const SInt16 selector : {261, 262, 263, 264}) {
+        startOver();
+        open();
+        const ComponentInstance instance = openInstance();
+        EXPECT_EQ(callsOf(instance, selector, {0, 0, 0}).at(0).find("null") != std::string::npos, true);
+        EXPECT_EQ(object().isActive(), selector == 261 || selector == 264);
+        EXPECT_EQ(sendWith(nullptr, selector, {0, 0, 0}), noErr) << "and without an instance";
+    }
+}
+
+TEST_F(SoundStreamInstance, AnyInstanceMakesTheStreamActive)
+{
+    open();
+    const ComponentInstance first = openInstanceWithMixer(), second = openInstanceWithMixer();
+    send(second, 261, {0, 0});
+    EXPECT_TRUE(object().isActive());
+    send(first, 262, {0, 0});
+    EXPECT_FALSE(object().isActive());
+    send(first, 264, {0, 0, 0});
+    EXPECT_TRUE(object().isActive());
+    closeInstance(second);
+    EXPECT_FALSE(object().isActive());
+}
+
+} // namespace

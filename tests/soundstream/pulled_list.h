@@ -1,0 +1,52 @@
+// A buffer list as an audio unit hands it over, with room for three buffers whatever it says.
+#pragma once
+
+#include <CoreAudio/CoreAudio.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace soundstream_test {
+
+class PulledList {
+public:
+    static constexpr std::size_t room = 3;
+    static constexpr unsigned char before = 0x5A; ///< what stands in every byte
+
+    explicit PulledList(UInt32 count, UInt32 frames = 8)
+    {
+        list()->mNumberBuffers = count;
+        for (std::size_t i = 0; i < room; ++i) {
+            memory_[i].assign((frames + 2) * sizeof(float), before); // two frames behind its end
+            buffer(i) = {1, frames * UInt32{sizeof(float)}, memory_[i].data()};
+        }
+    }
+    PulledList(const PulledList&) = delete;
+    PulledList& operator=(const PulledList&) = delete;
+
+    AudioBufferList* list() { return reinterpret_cast<AudioBufferList*>(words_); }
+    AudioBuffer& buffer(std::size_t index) { return list()->mBuffers[index]; }
+    float sample(std::size_t index, std::size_t frame)
+    {
+        return reinterpret_cast<const float*>(memory_[index].data())[frame];
+    }
+
+    /// Zeros for its byte size, and nothing touched behind.
+    bool isSilent(std::size_t index) { return isSilentFor(index, buffer(index).mDataByteSize); }
+    bool isSilentFor(std::size_t index, std::size_t bytes) const
+    {
+        const auto& all = memory_[index];
+        const auto end = all.begin() + static_cast<std::ptrdiff_t>(bytes);
+        return std::all_of(all.begin(), end, [](unsigned char byte) { return byte == 0; }) &&
+               std::all_of(end, all.end(), [](unsigned char byte) { return byte == before; });
+    }
+    bool isUntouched(std::size_t index) const { return isSilentFor(index, 0); }
+
+private:
+    alignas(AudioBufferList) unsigned char words_[sizeof(AudioBufferList) +
+                                                  (room - 1) * sizeof(AudioBuffer)] = {};
+    std::vector<unsigned char> memory_[room];
+};
+
+} // namespace soundstream_test

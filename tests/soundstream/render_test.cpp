@@ -1,0 +1,315 @@
+// What the audio unit pulls: silence without an instance, else what the converter makes of the mixer's
+// samples.
+#include "tests/soundstream/pulled_list.h"
+#include "tests/soundstream/stream_test.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace soundstream_test;
+
+class SoundStreamRender : public StreamTest {
+protected:
+    SoundStreamRender()
+    {
+        open();
+        object().attach(unit());
+        callback_ = sound_spy::callback();
+        sound_spy::forgetCalls();
+    }
+
+    OSStatus render(AudioBufferList* list, UInt32 frames = 8)
+    {
+        AudioUnitRenderActionFlags flags = 0;
+        const AudioTimeStamp time = {};
+        return callback_.inputProc(callback_.inputProcRefCon, &flags, &time, 0, frames, list);
+    }
+
+    void expectSilence(const char* why)
+    {
+        SCOPED_TRACE(why);
+        sound_spy::forgetCalls();
+        PulledList pulled(2);
+        EXPECT_EQ(render(pulled.list()), noErr);
+        EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
+        EXPECT_EQ(sound_spy::calls(), Notes());
+    }
+
+private:
+    AURenderCallbackStruct callback_;
+};
+
+// ---- silence ----
+
+TEST_F(SoundStreamRender, IsSilenceInTwoBuffersWhateverTheCount)
+{
+    for (UInt32 count = 0; count <= 3; ++count) {
+        SCOPED_TRACE(count);
+        PulledList pulled(count);
+        pulled.buffer(0).mDataByteSize = 12;
+        pulled.buffer(1).mDataByteSize = 28;
+        EXPECT_EQ(render(pulled.list(), 1), noErr);
+        EXPECT_TRUE(pulled.isSilentFor(0, 12)) << "its byte size, and not the frames asked for";
+        EXPECT_TRUE(pulled.isSilentFor(1, 28)) << "of each its own";
+        EXPECT_TRUE(pulled.isUntouched(2));
+        EXPECT_EQ(pulled.list()->mNumberBuffers, count);
+        EXPECT_EQ(pulled.buffer(0).mDataByteSize, 12u);
+        EXPECT_EQ(pulled.buffer(1).mDataByteSize, 28u);
+    }
+    EXPECT_EQ(sound_spy::calls(), Notes());
+}
+
+TEST_F(SoundStreamRender, SilenceLetsBuffersWithoutMemoryBe)
+{
+    for (std::size_t absent = 0; absent < 2; ++absent) {
+        PulledList pulled(2);
+        pulled.buffer(absent).mData = nullptr;
+        EXPECT_EQ(render(pulled.list()), noErr);
+        EXPECT_TRUE(pulled.isUntouched(absent));
+        EXPECT_TRUE(pulled.isSilent(1 - absent));
+    }
+    PulledList pulled(2);
+    pulled.buffer(0).mDataByteSize = 0;
+    EXPECT_EQ(render(pulled.list()), noErr);
+    EXPECT_TRUE(pulled.isUntouched(0));
+}
+
+TEST_F(SoundStreamRender, IsSilenceInEveryStateWithoutAnOpenInstance)
+{
+    expectSilence("open, and no client");
+    const ComponentInstance instance = openInstanceWithMixer();
+    closeInstance(instance);
+    expectSilence("the client has closed");
+    const ComponentInstance another = openInstanceWithMixer();
+    object().closeComponent();
+    expectSilence("the host has closed");
+    closeInstance(another);
+    object().openComponent();
+    expectSilence("opened again");
+    object().initComponent();
+    expectSilence("initialised again");
+    object().destroy();
+    expectSilence("destroyed: the unit still has its callback");
+}
+
+TEST_F(SoundStreamRender, ForAStateThatIsGoneIsSilence)
+{
+    char anything = 0;
+    PulledList pulled(2);
+    AudioUnitRenderActionFlags flags = 0;
+    const AudioTimeStamp time = {};
+    for (void* const state : {static_cast<void*>(nullptr), static_cast<void*>(&anything)})
+        EXPECT_EQ(sound_spy::callback().inputProc(state, &flags, &time, 0, 8, pulled.list()), noErr);
+    EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
+}
+
+// ---- through the converter ----
+
+TEST_F(SoundStreamRender, AsksTheConverterAndDropsItsStatus)
+{
+    openInstance();
+    PulledList pulled(2);
+    sound_spy::name(pulled.list(), "list");
+    for (const OSStatus status : {0, -50, 0x6F703F3F}) {
+        sound_spy::forgetCalls();
+        sound_spy::answer("AudioConverterFillComplexBuffer").status = status;
+        EXPECT_EQ(render(pulled.list(), 512), noErr);
+        EXPECT_EQ(sound_spy::calls(), (Notes{"AudioConverterFillComplexBuffer(converter1, giveMixerSamples, "
+                                             "storage1, 512, list, null)"}));
+        for (std::size_t i = 0; i < PulledList::room; ++i) EXPECT_TRUE(pulled.isUntouched(i));
+    }
+}
+
+TEST_F(SoundStreamRender, WithoutAConverterAsksNone)
+{
+    startOver();
+    sound_spy::answer("AudioConverterNew").status = -108;
+    open();
+    object().attach(unit());
+    openInstance();
+    PulledList pulled(2);
+    EXPECT_EQ(sound_spy::callback().inputProc(object().state(), nullptr, nullptr, 0, 8, pulled.list()),
+              noErr);
+    EXPECT_EQ(sound_spy::calls().back().substr(0, 36), "AudioConverterFillComplexBuffer(null");
+}
+
+TEST_F(SoundStreamRender, WhatTheConverterThrowsIsSilence)
+{
+    const ComponentInstance instance = openInstance();
+    PulledList pulled(2);
+    sound_spy::answer("AudioConverterFillComplexBuffer").during = [] { throw Thrown(); };
+    EXPECT_EQ(render(pulled.list()), noErr);
+    EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1) && pulled.isUntouched(2));
+    sound_spy::answer("AudioConverterFillComplexBuffer").during = nullptr;
+    sound_spy::forgetCalls();
+    EXPECT_EQ(render(pulled.list()), noErr);
+    EXPECT_EQ(sound_spy::calls().size(), 1u) << "the next slice goes on";
+    closeInstance(instance); // and nobody waits for the one that threw
+}
+
+// ---- the converter's input ----
+
+class SoundStreamInput : public SoundStreamRender {
+protected:
+    /// One call of the input procedure, as the converter makes it.
+    OSStatus give(UInt32& packets, AudioBufferList* input)
+    {
+        OSStatus status = -1;
+        sound_spy::platform().fill = [&](const sound_spy::Filling& filling) {
+            status = filling.input(filling.converter, &packets, input, nullptr, filling.client);
+            return noErr;
+        };
+        PulledList pulled(2);
+        sound_spy::forgetCalls();
+        EXPECT_EQ(render(pulled.list()), noErr);
+        return status;
+    }
+
+    /// Whether the mixer was asked in that call.
+    static bool wasAsked() { return sound_spy::calls().size() > 1; }
+};
+
+TEST_F(SoundStreamInput, IsTheMixersSamplesInPlace)
+{
+    constexpr long none = -1, asItIs = -2;
+    // clang-format off
+    const struct {
+        long has;      // frames left of the current data; none
+        long gives;    // what the mixer then gives: frames; none; or it leaves it
+        UInt32 wanted; // packets
+        bool asks;
+        long given;    // frames; none: silence, and the packets as they were
+        long left;     // of the current data; none
+        const char* why;
+    } facts[] = {
+        {none, none,    16,  true,  none, none,  "nobody plays"},
+        {none, asItIs,  16,  true,  none, none,  "nobody plays, and the mixer says nothing"},
+        {none, 0,       16,  true,  none, 0,     "an empty record"},
+        {none, 100,     16,  true,  16,   84,    "the first"},
+        {none, 10,      16,  true,  10,   0,     "less than wanted"},
+        {0,    none,    16,  true,  none, none,  "used up, and no more"},
+        {0,    asItIs,  16,  true,  none, 0,     "used up, and the mixer says nothing"},
+        {0,    0,       16,  true,  none, 0,     "used up, and an empty record"},
+        {0,    100,     40,  true,  40,   60,    "used up, and more"},
+        {100,  none,    40,  false, 40,   60,    "what there is comes first"},
+        {100,  none,    99,  false, 99,   1,     "all but one"},
+        {100,  none,    100, false, 100,  0,     "all"},
+        {100,  50,      101, false, 100,  0,     "all, and no more in the same call"},
+        {100,  none,    ~UInt32{0}, false, 100, 0, "as much as there is"},
+        {1,    none,    1,   false, 1,    0,     "one"},
+        {100,  none,    0,   false, none, 100,   "none wanted"},
+        {0,    100,     0,   true,  none, 100,   "none wanted, though more is asked for"},
+        {none, none,    0,   true,  none, none,  "none wanted, and none there"},
+        {-5,   100,     16,  false, none, -5,    "a count that is none"},
+        {0,    -5,      16,  true,  none, -5,    "likewise from the mixer"},
+    };
+    // clang-format on
+    const ComponentInstance instance = openInstanceWithMixer();
+    for (const auto& fact : facts)
+        for (const OSStatus status : {0, -205}) {
+            SCOPED_TRACE(fact.why);
+            Byte samples[1024];
+            const auto record = [&](long frames) {
+                return SoundComponentData{7, 'sowt', 2, 16, 0xAC440000, frames, samples, 9};
+            };
+            SoundComponentData current = record(fact.has), next = record(fact.gives);
+            current.buffer += 512;
+            auto& globals = *globalsOf(instance);
+            globals.sourceData = fact.has == none ? nullptr : &current;
+            sound_spy::name(globals.sourceData, "current data");
+            sound_spy::platform().nextData = [&](SoundComponentDataPtr* data) {
+                if (fact.gives != asItIs) *data = fact.gives == none ? nullptr : &next;
+            };
+            sound_spy::answer("SoundComponentGetSourceData").status = status; // which is dropped
+
+            PulledList input(1);
+            input.buffer(0).mNumberChannels = 7;
+            UInt32 packets = fact.wanted;
+            EXPECT_EQ(give(packets, input.list()), noErr);
+            EXPECT_EQ(wasAsked(), fact.asks);
+            if (fact.asks) {
+                EXPECT_EQ(sound_spy::calls()[1], fact.has == none
+                                                     ? "SoundComponentGetSourceData(mixer1, null)"
+                                                     : "SoundComponentGetSourceData(mixer1, current data)");
+            }
+            const bool isNext = fact.asks && fact.gives != asItIs;
+            const SoundComponentData& played = isNext ? next : current;
+            EXPECT_EQ(globals.sourceData, fact.left == none ? nullptr : &played);
+            if (fact.given == none) {
+                EXPECT_EQ(packets, fact.wanted);
+                EXPECT_TRUE(input.isSilent(0));
+                EXPECT_EQ(input.buffer(0).mNumberChannels, 7u);
+                EXPECT_EQ(input.buffer(0).mDataByteSize, 32u);
+            } else {
+                EXPECT_EQ(packets, static_cast<UInt32>(fact.given));
+                EXPECT_EQ(input.buffer(0).mData, samples + (isNext ? 0 : 512)) << "in place, not copied";
+                EXPECT_EQ(input.buffer(0).mNumberChannels, 2u);
+                EXPECT_EQ(input.buffer(0).mDataByteSize, static_cast<UInt32>(fact.given * 4));
+                EXPECT_EQ(played.buffer, samples + (isNext ? 0 : 512) + fact.given * 4);
+                EXPECT_TRUE(input.isUntouched(0));
+            }
+            EXPECT_TRUE(input.isUntouched(1));
+            if (fact.left != none) {
+                SoundComponentData expected = record(fact.left);
+                expected.buffer = played.buffer;
+                EXPECT_EQ(std::memcmp(&played, &expected, sizeof expected), 0)
+                    << "only count and buffer move";
+            }
+        }
+    globalsOf(instance)->sourceData = nullptr;
+}
+
+TEST_F(SoundStreamInput, GoesThroughARecordSliceBySlice)
+{
+    openInstanceWithMixer();
+    Byte samples[400];
+    SoundComponentData data = {0, 'sowt', 2, 16, 0xAC440000, 100, samples, 0};
+    int asked = 0;
+    sound_spy::platform().nextData = [&](SoundComponentDataPtr* place) {
+        *place = &data;
+        data.sampleCount = 100;
+        data.buffer = samples;
+        ++asked;
+    };
+    const struct {
+        std::ptrdiff_t first;
+        UInt32 count;
+        int asked;
+    } facts[] = {{0, 32, 1}, {32, 32, 1}, {64, 32, 1}, {96, 4, 1}, {0, 32, 2}, {32, 32, 2}};
+    for (const auto& fact : facts) {
+        PulledList input(1);
+        UInt32 packets = 32;
+        EXPECT_EQ(give(packets, input.list()), noErr);
+        EXPECT_EQ(static_cast<Byte*>(input.buffer(0).mData), samples + fact.first * 4);
+        EXPECT_EQ(packets, fact.count);
+        EXPECT_EQ(asked, fact.asked);
+    }
+}
+
+TEST_F(SoundStreamInput, IsSilenceBeforeThereIsAMixer)
+{
+    openInstance();
+    PulledList input(1);
+    UInt32 packets = 64;
+    sound_spy::answer("SoundComponentGetSourceData").status = badComponentInstance;
+    EXPECT_EQ(give(packets, input.list()), noErr);
+    EXPECT_EQ(sound_spy::calls()[1], "SoundComponentGetSourceData(null, null)");
+    EXPECT_EQ(packets, 64u);
+    EXPECT_TRUE(input.isSilent(0));
+    input.buffer(0).mData = nullptr;
+    EXPECT_EQ(give(packets, input.list()), noErr) << "also into no memory";
+}
+
+TEST_F(SoundStreamInput, WhatTheMixerThrowsIsSilence)
+{
+    openInstanceWithMixer();
+    PulledList input(1);
+    UInt32 packets = 64;
+    sound_spy::answer("SoundComponentGetSourceData").during = [] { throw Thrown(); };
+    EXPECT_EQ(give(packets, input.list()), noErr);
+    EXPECT_EQ(packets, 64u);
+    EXPECT_TRUE(input.isSilent(0));
+}
+
+} // namespace

@@ -1,0 +1,149 @@
+// The output unit: opened, attached, initialised, started; each status is returned and kept.
+#include "tests/soundstream/stream_test.h"
+
+namespace {
+
+using namespace soundstream_test;
+
+class SoundStreamUnit : public StreamTest {
+protected:
+    HostInteger lastStatus() { return object().data().lastStatus; }
+};
+
+TEST_F(SoundStreamUnit, OpensTheDefaultOutput)
+{
+    HostInteger during = 0;
+    sound_spy::platform().inEachCall = [&](const std::string&) { during = lastStatus(); };
+    const HostInteger opened = object().openUnit();
+    sound_spy::name(reinterpret_cast<void*>(opened), "the opened unit");
+    EXPECT_NE(opened, 0);
+    EXPECT_EQ(lastStatus(), 0);
+    EXPECT_EQ(during, -1);
+    EXPECT_EQ(sound_spy::calls(), (Notes{"FindNextComponent(null, {'auou', 'def ', 'appl', 0x0, 0x0})",
+                                         "OpenAComponent(output1)"}));
+    EXPECT_EQ(sound_spy::live(), (Notes{"unit1"})) << "the host program's to close";
+    EXPECT_EQ(object().data().attachedUnit, nullptr) << "opened is not attached";
+    sound_spy::reset();
+}
+
+TEST_F(SoundStreamUnit, WhatIsRefusedWhileItOpens)
+{
+    // clang-format off
+    const struct { const char* function; OSStatus status; HostInteger lastStatus; std::size_t calls; const char* why; } facts[] = {
+        {"FindNextComponent", 1,            -1,    1, "there is no such component"},
+        {"OpenAComponent",    -3000,        -3000, 2, "16 bits with their sign"},
+        {"OpenAComponent",    0x10001,      1,     2, "16 bits are all there are"},
+        {"OpenAComponent",    0x18001,      -32767, 2, "16 bits are all there are"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        startOver();
+        sound_spy::answer(fact.function).status = fact.status;
+        EXPECT_EQ(object().openUnit(), 0);
+        EXPECT_EQ(lastStatus(), fact.lastStatus);
+        EXPECT_EQ(sound_spy::calls().size(), fact.calls);
+    }
+}
+
+TEST_F(SoundStreamUnit, IsAttachedByItsRenderCallback)
+{
+    open();
+    EXPECT_EQ(object().attach(unit()), 0);
+    EXPECT_EQ(object().attach(unit(), 3), 0);
+    EXPECT_EQ(object().attach(unit(), -1), 0);
+    EXPECT_EQ(sound_spy::calls(),
+              (Notes{
+                  "AudioUnitSetProperty(unit, 23, scope 1, element 0, {renderFromMixer, the state}, whole)",
+                  "AudioUnitSetProperty(unit, 23, scope 1, element 3, {renderFromMixer, the state}, whole)",
+                  "AudioUnitSetProperty(unit, 23, scope 1, element 4294967295, {renderFromMixer, the state}, "
+                  "whole)",
+              }));
+    EXPECT_EQ(object().data().attachedUnit, reinterpret_cast<AudioUnit>(unit()));
+    EXPECT_EQ(sound_spy::callback().inputProcRefCon, object().state());
+    EXPECT_EQ(reinterpret_cast<HostInteger>(object().state()),
+              *reinterpret_cast<HostInteger*>(&object().data().state))
+        << "what the host reads as Handle";
+}
+
+TEST_F(SoundStreamUnit, IsNotAttachedWithoutAState)
+{
+    EXPECT_EQ(object().attach(unit()), -1);
+    EXPECT_EQ(lastStatus(), -1);
+    EXPECT_EQ(object().attach(unit(), 1), -1);
+    EXPECT_EQ(lastStatus(), -1);
+    EXPECT_EQ(object().data().attachedUnit, nullptr);
+    EXPECT_EQ(sound_spy::calls(), Notes());
+}
+
+TEST_F(SoundStreamUnit, TheUnitAttachedLastIsTheOneThatIsStopped)
+{
+    open();
+    char other = 0, third = 0;
+    sound_spy::name(&other, "other unit");
+    sound_spy::name(&third, "third unit");
+    object().attach(unit());
+    object().attach(reinterpret_cast<HostInteger>(&other));
+    sound_spy::answer("AudioUnitSetProperty").status = -10879;
+    EXPECT_EQ(object().attach(reinterpret_cast<HostInteger>(&third)), -10879);
+    EXPECT_EQ(lastStatus(), -10879);
+    EXPECT_EQ(object().data().attachedUnit, reinterpret_cast<AudioUnit>(&other)) << "attached with success";
+    sound_spy::forgetCalls();
+    object().closeComponent();
+    EXPECT_EQ(sound_spy::calls()[0], "AudioOutputUnitStop(other unit)");
+}
+
+TEST_F(SoundStreamUnit, IsInitialisedAndStartedInEveryState)
+{
+    HostInteger during = 0;
+    const auto expectBoth = [&](const char* state) {
+        SCOPED_TRACE(state);
+        for (const OSStatus status : {0, -50, -10867}) {
+            sound_spy::answer("AudioUnitInitialize").status = status;
+            sound_spy::answer("AudioOutputUnitStart").status = status;
+            sound_spy::forgetCalls();
+            sound_spy::platform().inEachCall = [&](const std::string&) { during = lastStatus(); };
+            EXPECT_EQ(object().initialize(unit()), status);
+            EXPECT_EQ(lastStatus(), status);
+            EXPECT_EQ(during, -1);
+            during = 0;
+            EXPECT_EQ(object().start(unit()), status);
+            EXPECT_EQ(lastStatus(), status);
+            EXPECT_EQ(during, -1);
+            EXPECT_EQ(sound_spy::calls(), (Notes{"AudioUnitInitialize(unit)", "AudioOutputUnitStart(unit)"}));
+        }
+        sound_spy::platform().answers.clear();
+        sound_spy::platform().inEachCall = nullptr;
+    };
+    expectBoth("new");
+    object().initComponent();
+    expectBoth("initialised");
+    object().openComponent();
+    expectBoth("open");
+    object().attach(unit());
+    expectBoth("attached");
+    object().start(unit());
+    expectBoth("running");
+    object().closeComponent();
+    expectBoth("closed");
+    object().initComponent();
+    expectBoth("initialised again");
+    EXPECT_EQ(object().data().attachedUnit, nullptr) << "neither attaches";
+}
+
+TEST_F(SoundStreamUnit, WhatThePlatformThrowsIsAFailure)
+{
+    open();
+    sound_spy::platform().inEachCall = [](const std::string&) { throw Thrown(); };
+    object().data().lastStatus = 4711;
+    EXPECT_EQ(object().openUnit(), 0);
+    EXPECT_EQ(lastStatus(), -1);
+    EXPECT_EQ(object().attach(unit()), -1);
+    EXPECT_EQ(object().attach(unit(), 2), -1);
+    EXPECT_EQ(object().data().attachedUnit, nullptr);
+    EXPECT_EQ(object().initialize(unit()), -1);
+    EXPECT_EQ(object().start(unit()), -1);
+    EXPECT_EQ(lastStatus(), -1);
+}
+
+} // namespace
