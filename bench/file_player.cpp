@@ -1,0 +1,82 @@
+#include "bench/file_player.h"
+
+#include "bench/files.h"
+#include "bench/music.h"
+
+#include <malloc.h>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+double takenByHost = 0;
+
+} // namespace
+
+double heapBytes()
+{
+    const auto info = mallinfo2();
+    return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+host::Host& loadedHost()
+{
+    // Lives as long as the program: objects of it stand in other files.
+    static host::Host& host = *[] {
+        const double before = heapBytes();
+        auto* const made = new host::Host;
+        made->load(KVX_BINARY_DIR "/KVXAudio.so");
+        takenByHost = heapBytes() - before;
+        return made;
+    }();
+    return host;
+}
+
+double loadedHostBytes()
+{
+    loadedHost();
+    return takenByHost;
+}
+
+KVXDeviceID addSteppedDevice(double sampleRate)
+{
+    KVXSimulatedDevice description = {};
+    description.name = "Stepped";
+    description.sampleRate = sampleRate;
+    description.outputChannels = 2;
+    description.sliceFrames = sliceFrames;
+    description.isStepped = 1;
+    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
+    if (!device) throw std::runtime_error(KVXPlatformErrorText());
+    return device;
+}
+
+FilePlayer::FilePlayer() : device_(addSteppedDevice(musicRate)), object_(loadedHost().create("AUPlayerKVX"))
+{
+    const std::string path = fileOf(fileKinds[0]);
+    if (!object_.call("LoadFile", host::FolderItem::at(path), 2, 2).boolean())
+        throw std::runtime_error(path + " cannot be loaded");
+    object_.set("CurrentDeviceID", std::int64_t{device_});
+    object_.set("Looping", true);
+}
+
+FilePlayer::~FilePlayer()
+{
+    object_.call("Pause");
+    object_ = {};
+    KVXPlatformRemoveSimulatedDevice(device_);
+}
+
+void FilePlayer::play() const
+{
+    object_.call("Play");
+    settle();
+    if (!object_.get("Playing").boolean()) throw std::runtime_error("the file player does not play");
+}
+
+void FilePlayer::settle() const
+{
+    for (int i = 0; i < 100; ++i) step();
+}
+
+} // namespace bench

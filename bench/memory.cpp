@@ -1,0 +1,94 @@
+// Heap in use, in bytes: of an idle host, of a file that is loaded, and of the engines beside it.
+#include "bench/file_player.h"
+#include "bench/files.h"
+#include "bench/music.h"
+#include "bench/stretching.h"
+
+#include <benchmark/benchmark.h>
+
+#include <samplerate.h>
+
+#include <stdexcept>
+
+namespace {
+
+/// What `make` leaves on the heap while what it returns is alive.
+template <class Make>
+void measure(benchmark::State& state, Make make)
+{
+    double bytes = 0;
+    for (auto _ : state) {
+        const double before = bench::heapBytes();
+        [[maybe_unused]] const auto thing = make();
+        bytes = bench::heapBytes() - before;
+    }
+    state.counters["bytes"] = bytes;
+}
+
+void idleHost(benchmark::State& state)
+{
+    for (auto _ : state) {
+    }
+    state.counters["bytes"] = bench::loadedHostBytes();
+}
+
+host::Object loadedFile()
+{
+    host::Object player = bench::loadedHost().create("AUPlayerKVX");
+    if (!player.call("LoadFile", host::FolderItem::at(bench::fileOf(bench::fileKinds[0])), 2, 2).boolean())
+        throw std::runtime_error("the file cannot be loaded");
+    return player;
+}
+
+/// The second time: what a first load leaves for ever is no part of a file.
+void fileBesideItsSamples(benchmark::State& state)
+{
+    loadedFile();
+    measure(state, loadedFile);
+    constexpr double samples = 4.0 * 2 * bench::fileMinutes * static_cast<double>(bench::musicFrames);
+    state.counters["bytes"] = state.counters["bytes"] - samples;
+}
+
+void engineOfAFile(benchmark::State& state, const char* property, double value)
+{
+    const host::Object player = loadedFile();
+    measure(state, [&] {
+        player.set(property, value);
+        return 0;
+    });
+}
+
+void rubberBand(benchmark::State& state, int more)
+{
+    measure(state, [more] {
+        auto band = std::make_unique<RubberBand::RubberBandStretcher>(
+            static_cast<std::size_t>(bench::musicRate), 2, bench::RubberBandAlone::options | more);
+        band->setMaxProcessSize(1024);
+        return band;
+    });
+}
+
+void libsamplerate(benchmark::State& state, int quality)
+{
+    measure(state, [quality] {
+        int error = 0;
+        return std::shared_ptr<SRC_STATE>(src_new(quality, 2, &error), src_delete);
+    });
+}
+
+const bool registered = [] {
+    const auto add = [](const char* name, auto function, auto... arguments) {
+        benchmark::RegisterBenchmark(name, function, arguments...)->Iterations(1);
+    };
+    add("memory/idle host", idleHost);
+    add("memory/file beside its samples", fileBesideItsSamples);
+    add("memory/file's time-pitch engine", engineOfAFile, "TimeRate", 1.25);
+    add("memory/Rubber Band, finer", rubberBand, 0);
+    add("memory/Rubber Band, one window", rubberBand,
+        int{RubberBand::RubberBandStretcher::OptionWindowShort});
+    add("memory/libsamplerate, fastest", libsamplerate, int{SRC_SINC_FASTEST});
+    add("memory/libsamplerate, best", libsamplerate, int{SRC_SINC_BEST_QUALITY});
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,28 @@
+#include "bench/one_slice.h"
+
+#include "player/render.h"
+
+namespace bench {
+
+OneSlice::OneSlice(const std::vector<float>& data, int channels, double from, double to, std::uint32_t frames)
+    : player(), out(std::size_t{frames} * static_cast<std::size_t>(channels)), list()
+{
+    player.sampleRate = static_cast<float>(from);
+    player.deviceSampleRate = static_cast<float>(to);
+    player.numberOfChannels = channels;
+    player.isRunning = true;
+    player.current = {static_cast<std::int32_t>(data.size()), const_cast<float*>(data.data())};
+    list.mNumberBuffers = 1;
+    list.mBuffers[0] = {static_cast<UInt32>(channels), static_cast<UInt32>(out.size() * sizeof(float)),
+                        out.data()};
+    lastPosition =
+        static_cast<double>(data.size() / static_cast<std::size_t>(channels)) - (frames + 2) * step();
+}
+
+void OneSlice::render()
+{
+    if (player.outputPosition >= lastPosition) player.outputPosition = 0;
+    player::MyPlayIOProc(0, nullptr, nullptr, nullptr, &list, nullptr, &player);
+}
+
+} // namespace bench

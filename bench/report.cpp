@@ -1,0 +1,119 @@
+// kvx_report FIGURES.json REMARKS IDENTITY MACHINE PAGE CHART: a page and a chart of the benchmarks' figures;
+// a summary of the goals to the terminal.
+#include "bench/report.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+
+namespace report {
+namespace {
+
+std::string read(const std::string& path)
+{
+    std::ifstream file(path);
+    if (!file) throw std::runtime_error(path + " cannot be read");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void write(const std::string& path, const std::string& text)
+{
+    std::ofstream file(path);
+    file << text;
+    file.close();
+    if (!file) throw std::runtime_error(path + " cannot be written");
+}
+
+double nanosecondsIn(const std::string& unit)
+{
+    return unit == "ns" ? 1 : unit == "us" ? 1e3 : unit == "ms" ? 1e6 : 1e9;
+}
+
+/// A benchmark's name as it was registered: what its options add is dropped.
+std::string plainName(std::string name)
+{
+    for (const char* addition : {"/manual_time", "/iterations:1"})
+        if (const auto at = name.find(addition); at != name.npos) name.resize(at);
+    return name;
+}
+
+Figures figuresOf(const std::string& path)
+{
+    const auto json = nlohmann::json::parse(read(path));
+    Figures figures;
+    figures.date = json["context"]["date"].get<std::string>().substr(0, 10);
+    figures.compiler = json["context"]["compiler"];
+    for (const auto& each : json["benchmarks"]) {
+        const std::string name = each["run_name"];
+        if (each.value("error_occurred", false))
+            throw std::runtime_error(name + ": " + each.value("error_message", ""));
+        if (each["run_type"] == "iteration")
+            figures.repetitions = std::max(figures.repetitions, each.value("repetitions", 1));
+        if (each.value("aggregate_name", "") != "median") continue;
+        const bool isManual = name.find("/manual_time") != name.npos;
+        figures.times[plainName(name)] =
+            each[isManual ? "real_time" : "cpu_time"].get<double>() * nanosecondsIn(each["time_unit"]);
+        if (each.contains("bytes")) figures.bytes[plainName(name)] = each["bytes"];
+    }
+    return figures;
+}
+
+/// Paragraphs that begin with a row's name, or a subject's, in brackets.
+Remarks remarksOf(const std::string& text)
+{
+    Remarks remarks;
+    std::string* current = nullptr;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty() && line[0] == '[') {
+            current = &remarks[line.substr(1, line.find(']') - 1)];
+        } else if (!line.empty() && current) {
+            *current += (current->empty() ? "" : "\n") + line;
+        }
+    }
+    return remarks;
+}
+
+void printSummary(const Figures& figures)
+{
+    for (const Subject& subject : subjects()) {
+        const char* what = "";
+        for (const Row& row : subject.rows) {
+            if (*row.what) what = row.what;
+            const Outcome outcome = outcomeOf(row, figures);
+            if (!outcome.hasGoal) continue;
+            fmt::print("{:<8} {:<24} {:<42} {:<26} {:>8.2f}   goal {:g}\n", outcome.isMet ? "met" : "MISSED",
+                       subject.title, what, row.otherName ? row.otherName : "", outcome.ratio,
+                       row.goal == Goal::below || row.goal == Goal::bytesUpTo ? 1 : row.limit);
+        }
+    }
+}
+
+} // namespace
+} // namespace report
+
+int main(int count, char** arguments)
+{
+    if (count != 7) {
+        std::fputs("usage: kvx_report FIGURES.json REMARKS IDENTITY MACHINE PAGE CHART\n", stderr);
+        return 2;
+    }
+    try {
+        report::Figures figures = report::figuresOf(arguments[1]);
+        const report::Remarks remarks = report::remarksOf(report::read(arguments[2]));
+        figures.identity = report::read(arguments[3]);
+        figures.machine = arguments[4];
+        report::write(arguments[5], report::pageOf(figures, remarks));
+        report::write(arguments[6], report::chartOf(figures));
+        report::printSummary(figures);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "kvx_report: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,149 @@
+// docs/performance.md: a table a subject.
+#include "bench/report.h"
+
+#include <fmt/format.h>
+
+namespace report {
+namespace {
+
+std::string timeText(double nanoseconds)
+{
+    if (nanoseconds < 1e3) return fmt::format("{:.3g} ns", nanoseconds);
+    if (nanoseconds < 1e6) return fmt::format("{:.3g} µs", nanoseconds / 1e3);
+    return fmt::format("{:.4g} ms", nanoseconds / 1e6);
+}
+
+std::string bytesText(double bytes)
+{
+    return bytes < 1 << 20 ? fmt::format("{:.0f} KiB", bytes / 1024)
+                           : fmt::format("{:.2f} MiB", bytes / (1 << 20));
+}
+
+std::string ratioText(double ratio) { return fmt::format("{:.{}f}", ratio, ratio < 10 ? 2 : 1); }
+
+std::string goalText(const Row& row)
+{
+    switch (row.goal) {
+    case Goal::fasterBy:
+        return fmt::format("at least {:g} × as fast", row.limit);
+    case Goal::withinOf:
+        return fmt::format("at most {:g} × its time", row.limit);
+    case Goal::below:
+        return "below " + timeText(row.limit);
+    case Goal::bytesUpTo:
+        return "at most " + bytesText(row.limit);
+    default:
+        return "reported";
+    }
+}
+
+std::string oursText(const Row& row, const Figures& figures)
+{
+    return row.goal == Goal::bytes || row.goal == Goal::bytesUpTo ? bytesText(figures.bytesOf(row.ours))
+                                                                  : timeText(figures.time(row.ours));
+}
+
+std::string otherText(const Row& row, const Figures& figures)
+{
+    if (!row.other) return "";
+    const double time = figures.time(row.other);
+    const std::string name = row.share == 6 ? fmt::format("6 × {}", row.otherName) : row.otherName;
+    return fmt::format("{} {}", name, timeText(time * row.share));
+}
+
+std::string boldRatio(const Row& row, const Outcome& outcome)
+{
+    if (outcome.ratio == 0) return "";
+    return fmt::format("**{}**{}", ratioText(outcome.ratio),
+                       row.goal == Goal::fasterBy || row.goal == Goal::none ? " × as fast"
+                       : row.goal == Goal::withinOf                         ? " × its time"
+                                                                            : " of the goal");
+}
+
+/// How far a missed goal is away, in hundredths of it.
+std::string metText(const Row& row, const Outcome& outcome)
+{
+    if (!outcome.hasGoal) return "";
+    if (outcome.isMet) return "yes";
+    const double share = row.goal == Goal::fasterBy   ? 1 - outcome.ratio / row.limit
+                         : row.goal == Goal::withinOf ? outcome.ratio / row.limit - 1
+                                                      : outcome.ratio - 1;
+    return fmt::format("no, by {:.1f} %", 100 * share);
+}
+
+std::string tableOf(const Subject& subject, const Figures& figures)
+{
+    std::string text = "| what | ours | beside it | ratio | goal | met |\n|---|---|---|---|---|---|\n";
+    for (const Row& row : subject.rows) {
+        const Outcome outcome = outcomeOf(row, figures);
+        text += fmt::format("| {} | {} | {} | {} | {} | {} |\n", row.what, oursText(row, figures),
+                            otherText(row, figures), boldRatio(row, outcome), goalText(row),
+                            metText(row, outcome));
+    }
+    return text;
+}
+
+std::string remarksOf(const Subject& subject, const Figures& figures, const Remarks& remarks)
+{
+    std::string text;
+    const auto always = remarks.find(subject.title);
+    if (always != remarks.end()) text += "\n" + always->second + "\n";
+    for (const Row& row : subject.rows) {
+        if (outcomeOf(row, figures).isMet || !*row.id) continue;
+        const auto found = remarks.find(row.id);
+        if (found == remarks.end())
+            text += fmt::format(
+                "\n*{}*: missed; nothing has been said about it in `bench/remarks.txt` yet.\n", row.id);
+        else
+            text += fmt::format("\n*{}*: {}\n", row.id, found->second);
+    }
+    return text;
+}
+
+/// How much of a cycle the queue's lock takes, where a player takes it.
+std::string lockText(const Figures& figures)
+{
+    const double lock = figures.time("take front/the lock, taken and given");
+    const double player = figures.time("scale/1000 players") / 1000;
+    const double perSecond = 48000.0 / 512; // slices
+    return fmt::format(
+        "\nA player takes the queue's lock where a buffer ends, and nowhere else. It costs {} when nobody "
+        "else "
+        "wants it, and a player's slice {} (of 1,000): with buffers of a second the lock has a share of "
+        "**{:.4f} %**, with a buffer that ends in every slice {:.1f} %.\n",
+        timeText(lock), timeText(player), 100 * lock / (player * perSecond), 100 * lock / (player + lock));
+}
+
+} // namespace
+
+std::string pageOf(const Figures& figures, const Remarks& remarks)
+{
+    int goals = 0, met = 0;
+    std::string body;
+    for (const Subject& subject : subjects()) {
+        for (const Row& row : subject.rows) {
+            const Outcome outcome = outcomeOf(row, figures);
+            goals += outcome.hasGoal;
+            met += outcome.hasGoal && outcome.isMet;
+        }
+        body += fmt::format("\n## {}\n\n{}\n\n{}{}", subject.title, subject.text, tableOf(subject, figures),
+                            remarksOf(subject, figures, remarks));
+        if (subject.title == std::string("Scale")) body += lockText(figures);
+    }
+    return fmt::format(
+        "# Performance\n\n"
+        "Made by `scripts/bench`; what it says of missed goals comes from `bench/remarks.txt`. Everything "
+        "here was\n"
+        "measured in one run: ours and the others in the same process, on the same input.\n\n"
+        "| | |\n|---|---|\n| date | {} |\n| machine | {} |\n| compiler | {} |\n"
+        "| figures | medians of {} repetitions of each benchmark, in random order; time of the processor |\n"
+        "| goals | **{} of {}** met |\n\n"
+        "Ratios are what counts: times change with the machine and its other work, and then on both "
+        "sides.\n\n"
+        "![How many times as fast as others](performance.svg)\n\n"
+        "The buffered player against a player written a second time: {}\n{}",
+        figures.date, figures.machine, figures.compiler, figures.repetitions, met, goals, figures.identity,
+        body);
+}
+
+} // namespace report
