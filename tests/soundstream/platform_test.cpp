@@ -1,0 +1,494 @@
+// The component over the real platform: found by a client, opened, spoken to, and heard.
+#include "soundstream/render.h"
+#include "tests/soundstream/classic_client.h"
+#include "tests/soundstream/pulled_list.h"
+#include "tests/soundstream/stream_object.h"
+#include "tests/support/c_library_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace {
+
+using namespace soundstream_test;
+
+class SoundStreamPlatform : public testing::Test {
+protected:
+    SoundStreamPlatform()
+    {
+        soundComponentEntry = soundStreamDispatcher;
+        makeEntrances();
+        blocksBefore_ = watched::liveBlocks();
+        object_.emplace();
+    }
+    ~SoundStreamPlatform() override
+    {
+        client_.reset();
+        object_.reset();
+        unregisterAll();
+        EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left over";
+        EXPECT_EQ(alive("Component"), 0u);
+        EXPECT_EQ(alive("ComponentInstance"), 0u);
+        soundComponentEntry = nullptr;
+    }
+
+    StreamObject& object() { return *object_; }
+    ClassicClient& client() { return *client_; }
+
+    void open()
+    {
+        object().initComponent();
+        object().openComponent();
+        client_.emplace();
+        ASSERT_TRUE(client());
+    }
+
+    void closeClient() { client_.reset(); }
+
+    /// A slice of `frames` frames, pulled as an audio unit does.
+    void render(PulledList& pulled, UInt32 frames = 8)
+    {
+        EXPECT_EQ(soundstream::renderFromMixer(object().state(), nullptr, nullptr, 0, frames, pulled.list()),
+                  noErr);
+    }
+
+    bool isSilence()
+    {
+        PulledList pulled(2);
+        render(pulled);
+        return pulled.isSilent(0) && pulled.isSilent(1);
+    }
+
+private:
+    std::optional<StreamObject> object_;
+    std::optional<ClassicClient> client_;
+    long blocksBefore_ = 0;
+};
+
+// ---- found and opened ----
+
+TEST_F(SoundStreamPlatform, IsFoundByItsDescription)
+{
+    EXPECT_EQ(findComponent(), nullptr);
+    object().initComponent();
+    EXPECT_EQ(findComponent(), nullptr);
+    object().openComponent();
+    EXPECT_EQ(reinterpret_cast<HostInteger>(findComponent()),
+              get<HostInteger>(object().get(), "SoundOutputComponentHandle"));
+    object().openComponent();
+    ComponentDescription looking = {'sdev', 0, 0, 0, 0};
+    EXPECT_EQ(CountComponents(&looking), 1) << "registered once";
+    object().closeComponent();
+    EXPECT_EQ(findComponent(), nullptr);
+}
+
+TEST_F(SoundStreamPlatform, InTheDevelopmentEnvironmentCannotBeOpened)
+{
+    soundComponentEntry = nullptr;
+    object().initComponent();
+    object().openComponent();
+    EXPECT_TRUE(object().isOpen());
+    ASSERT_NE(findComponent(), nullptr);
+    ComponentInstance instance = nullptr;
+    EXPECT_EQ(OpenAComponent(findComponent(), &instance), unresolvedComponentDLLErr);
+    EXPECT_EQ(instance, nullptr);
+}
+
+TEST_F(SoundStreamPlatform, WithoutMemoryIsNotOpened)
+{
+    object().initComponent();
+    object().openComponent();
+    watched::refuseCalloc(1);
+    ComponentInstance instance = nullptr;
+    EXPECT_EQ(OpenAComponent(findComponent(), &instance), memFullErr);
+    EXPECT_EQ(instance, nullptr);
+    EXPECT_EQ(OpenAComponent(findComponent(), &instance), noErr) << "the next time";
+    EXPECT_EQ(CloseComponent(instance), noErr);
+    EXPECT_EQ(CloseComponent(instance), static_cast<OSErr>(badComponentInstance & 0xFFFF));
+}
+
+// ---- every selector ----
+
+TEST_F(SoundStreamPlatform, AnswersEverySelector)
+{
+    open();
+    for (int what = -6; what <= 300; ++what) {
+        if (what == -2 || what == -1) continue; // open and close, below
+        SCOPED_TRACE(what);
+        SoundSource added = nullptr;
+        char room[16] = {};
+        const long place = reinterpret_cast<long>(room);
+        ComponentResult expected = badComponentSelector;
+        std::array<long, 3> words = {0, 0, 0};
+        switch (what) {
+        case -4:
+            expected = 0x00010000;
+            break;
+        case -3:
+            words = {260, 0, 0};
+            expected = 1;
+            break;
+        case 1:
+            expected = noErr;
+            break;
+        case 257: // of the mixer, by delegation
+            words[0] = reinterpret_cast<long>(&added);
+            expected = noErr;
+            break;
+        case 258:
+            expected = badChannel;
+            break;
+        case 259:
+            words = {0, 'chan', place};
+            expected = noErr;
+            break;
+        case 260:
+            words = {0, 'chan', 2};
+            expected = noErr;
+            break;
+        case 261:
+        case 262:
+        case 263:
+            expected = noErr;
+            break;
+        case 264:
+            expected = paramErr; // there is no block
+            break;
+        default:
+            break;
+        }
+        EXPECT_EQ(send(client().instance, static_cast<SInt16>(what), {words[0], words[1], words[2]}),
+                  expected);
+        if (what == 257) {
+            EXPECT_NE(added, nullptr);
+        }
+        if (what == 259) {
+            EXPECT_EQ(room[0], 2);
+        }
+    }
+    EXPECT_EQ(send(client().instance, -2, {reinterpret_cast<long>(client().instance)}), noErr);
+    EXPECT_EQ(send(client().instance, -2, {reinterpret_cast<long>(client().instance)}), noErr) << "once more";
+    EXPECT_EQ(send(client().instance, 1, {0}), paramErr) << "it has no storage now";
+    EXPECT_EQ(send(client().instance, 257, {0}), badComponentInstance);
+    EXPECT_EQ(send(client().instance, 261, {0, 0}), badComponentInstance);
+    EXPECT_EQ(send(client().instance, -1, {reinterpret_cast<long>(client().instance)}), noErr);
+    EXPECT_EQ(send(client().instance, 1, {0}), noErr);
+}
+
+TEST_F(SoundStreamPlatform, TellsWhatItCanDo)
+{
+    open();
+    for (int what = -6; what <= 300; ++what) {
+        const bool can = what == -4 || what == -3 || what == -2 || what == -1 || what == 1 || what == 259 ||
+                         what == 260 || what == 261 || what == 264;
+        EXPECT_EQ(send(client().instance, -3, {what}), can) << what;
+    }
+}
+
+TEST_F(SoundStreamPlatform, TellsAndTakesInformation)
+{
+    open();
+    UInt32 rate = 0;
+    EXPECT_EQ(SoundComponentGetInfo(client().instance, nullptr, siSampleRate, &rate), noErr);
+    EXPECT_EQ(rate, 0xAC440000u);
+    EXPECT_EQ(SoundComponentSetInfo(client().instance, nullptr, siSampleRate, &rate), noErr);
+    rate = 0xBB800000;
+    EXPECT_EQ(SoundComponentSetInfo(client().instance, nullptr, siSampleRate, &rate), siInvalidSampleRate);
+
+    const struct {
+        OSType code;
+        Size bytes;
+        UInt32 value;
+    } lists[] = {
+        {siChannelAvailable, 2, 2}, {siSampleSizeAvailable, 2, 16}, {siSampleRateAvailable, 4, 0xAC440000}};
+    for (const auto& fact : lists) {
+        SoundInfoList list = {};
+        EXPECT_EQ(SoundComponentGetInfo(client().instance, nullptr, fact.code, &list), noErr);
+        EXPECT_EQ(list.count, 1);
+        ASSERT_EQ(GetHandleSize(list.infoHandle), fact.bytes);
+        UInt32 value = 0;
+        std::memcpy(&value, *list.infoHandle, static_cast<std::size_t>(fact.bytes));
+        EXPECT_EQ(value, fact.value);
+        DisposeHandle(list.infoHandle);
+    }
+
+    UInt32 volume = 0;
+    EXPECT_EQ(SoundComponentGetInfo(client().instance, client().source, siVolume, &volume), noErr)
+        << "the mixer's";
+    EXPECT_EQ(volume, 0x01000100u);
+    EXPECT_EQ(SoundComponentSetInfo(client().instance, client().source, siVolume,
+                                    reinterpret_cast<void*>(0x800080)),
+              noErr);
+    EXPECT_EQ(SoundComponentGetInfo(client().instance, nullptr, siQuality, &volume), siUnknownInfoType);
+}
+
+// ---- what is heard ----
+
+constexpr unsigned char bytes[] = {0x40, 0x00, 0xC0, 0x00, 0x00, 0x01, 0xFF, 0xFF, 0x12, 0x34, 0x80, 0x00};
+
+// The bytes above as big-endian samples, and swapped.
+constexpr float bigEndian[2][3] = {{0x4000 / 32768.0f, 1 / 32768.0f, 0x1234 / 32768.0f},
+                                   {-0x4000 / 32768.0f, -1 / 32768.0f, -1.0f}};
+constexpr float swapped[2][3] = {{0x0040 / 32768.0f, 0x0100 / 32768.0f, 0x3412 / 32768.0f},
+                                 {0x00C0 / 32768.0f, -1 / 32768.0f, 0x0080 / 32768.0f}};
+
+TEST_F(SoundStreamPlatform, IsHeardAsBigEndianWhatCallsItselfLittleEndian)
+{
+    // clang-format off
+    const struct { OSType format; const float (&heard)[2][3]; const char* why; } facts[] = {
+        {'sowt', bigEndian, "big-endian samples that are called little-endian pass the mixer, and sound right"},
+        {'twos', swapped,   "honest big-endian ones are converted, and heard swapped"},
+        {'NONE', swapped,   "likewise"},
+    };
+    // clang-format on
+    open();
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        SoundParamBlock block = blockOf(bytes, 3, fact.format);
+        EXPECT_EQ(client().play(block), noErr);
+        EXPECT_TRUE(object().isActive());
+        PulledList pulled(2, 3);
+        render(pulled, 3);
+        for (std::size_t channel = 0; channel < 2; ++channel)
+            for (std::size_t frame = 0; frame < 3; ++frame)
+                EXPECT_EQ(pulled.sample(channel, frame), fact.heard[channel][frame])
+                    << channel << ", " << frame;
+        EXPECT_TRUE(isSilence()) << "and then nothing";
+    }
+}
+
+TEST_F(SoundStreamPlatform, IsHeardWholeInSlicesOfAnySize)
+{
+    open();
+    constexpr int frames = 5000;
+    std::vector<unsigned char> samples;
+    for (int i = 0; i < frames; ++i)
+        for (const int value : {i, -i - 1}) {
+            samples.push_back(static_cast<unsigned char>(value >> 8));
+            samples.push_back(static_cast<unsigned char>(value));
+        }
+    SoundParamBlock block = blockOf(samples.data(), frames);
+    EXPECT_EQ(client().play(block, kSourcePaused), noErr);
+    EXPECT_FALSE(object().isActive());
+    EXPECT_TRUE(isSilence()) << "set up only";
+    EXPECT_EQ(client().start(), noErr);
+    int done = 0;
+    for (const UInt32 slice : {1, 1023, 1024, 1025, 512, 7, 1400, 8}) {
+        PulledList pulled(2, slice);
+        render(pulled, slice);
+        for (UInt32 i = 0; i < slice; ++i, ++done) {
+            ASSERT_EQ(pulled.sample(0, i), static_cast<float>(done) / 32768.0f) << done;
+            ASSERT_EQ(pulled.sample(1, i), static_cast<float>(-done - 1) / 32768.0f) << done;
+        }
+    }
+    EXPECT_EQ(done, frames);
+    EXPECT_TRUE(isSilence());
+}
+
+TEST_F(SoundStreamPlatform, FollowsStartStopAndPause)
+{
+    open();
+    const std::vector<unsigned char> samples(4 * 20000, 0x11);
+    SoundParamBlock block = blockOf(samples.data(), 20000), second = block;
+    client().play(block);
+    EXPECT_FALSE(isSilence());
+    EXPECT_TRUE(object().isActive());
+    client().pause();
+    EXPECT_FALSE(object().isActive());
+    for (int slice = 0; slice < 200; ++slice) isSilence(); // what the mixer had given already
+    EXPECT_TRUE(isSilence());
+    client().start();
+    EXPECT_FALSE(isSilence());
+    EXPECT_TRUE(object().isActive());
+    client().stop();
+    EXPECT_FALSE(object().isActive());
+    for (int slice = 0; slice < 200; ++slice) isSilence();
+    client().start();
+    EXPECT_TRUE(isSilence()) << "a stop throws away";
+    client().play(second);
+    EXPECT_FALSE(isSilence());
+}
+
+TEST_F(SoundStreamPlatform, TheLatestOfTwoIsHeard)
+{
+    open();
+    const std::vector<unsigned char> quiet(4 * 100, 0x11), loud(4 * 100, 0x22);
+    SoundParamBlock first = blockOf(quiet.data(), 100), latest = blockOf(loud.data(), 100);
+    client().play(first);
+    {
+        ClassicClient other;
+        other.play(latest);
+        PulledList pulled(2);
+        render(pulled);
+        EXPECT_EQ(pulled.sample(0, 0), 0x2222 / 32768.0f);
+    }
+    EXPECT_TRUE(isSilence()) << "what closes ends what is heard";
+    EXPECT_EQ(SoundComponentInitOutputDevice(client().instance, 0), noErr);
+    EXPECT_TRUE(isSilence());
+}
+
+TEST_F(SoundStreamPlatform, RenderingAllocatesNothing)
+{
+    open();
+    const std::vector<unsigned char> samples(4 * 600, 0x11);
+    SoundParamBlock block = blockOf(samples.data(), 600);
+    const auto renderAlone = [&] {
+        PulledList pulled(2, 512);
+        const watched::NoAllocation none;
+        render(pulled, 512);
+    };
+    const int before = watched::alarms();
+    client().play(block);
+    renderAlone();
+    renderAlone();
+    renderAlone(); // runs dry
+    closeClient();
+    renderAlone();
+    object().closeComponent();
+    renderAlone();
+    EXPECT_EQ(watched::alarms(), before);
+}
+
+// ---- instances that stay ----
+
+TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
+{
+    open();
+    const std::vector<unsigned char> samples(4 * 100, 0x11);
+    SoundParamBlock block = blockOf(samples.data(), 100);
+    object().closeComponent();
+    EXPECT_FALSE(object().isOpen());
+    ASSERT_NE(findComponent(), nullptr) << "the platform keeps what is in use";
+    EXPECT_EQ(client().play(block), noErr);
+    EXPECT_TRUE(isSilence()) << "it is heard no more";
+    {
+        ClassicClient late; // of a component that nobody owns any more
+        EXPECT_TRUE(late);
+        EXPECT_EQ(late.start(), noErr);
+        EXPECT_TRUE(isSilence());
+    }
+    object().openComponent();
+    EXPECT_TRUE(isSilence());
+    object().destroy();
+    EXPECT_EQ(client().stop(), noErr);
+    EXPECT_EQ(client().play(block), noErr);
+    closeClient();
+}
+
+// ---- from inside ----
+
+std::function<void()>* completing = nullptr;
+
+Boolean complete(SoundParamBlockPtr*)
+{
+    (*completing)();
+    return false;
+}
+
+TEST_F(SoundStreamPlatform, ACompletionRoutineMayCloseInitialiseOrDestroy)
+{
+    // clang-format off
+    const struct { const char* what; std::function<void()> action; } facts[] = {
+        {"closes the instance",      [this] { client().close(); }},
+        {"initialises it again",     [this] { SoundComponentInitOutputDevice(client().instance, 0); }},
+        {"opens another",            [] { ClassicClient another; }},
+        {"stops its source",         [this] { client().stop(); }},
+        {"closes the component",     [this] { object().closeComponent(); }},
+        {"initialises the component", [this] { object().initComponent(); }},
+        {"destroys the object",      [this] { object().destroy(); }},
+        {"destroys all",             [this] { client().close(); object().destroy(); }},
+        {"destroys all, the other way", [this] { object().destroy(); client().close(); }},
+    };
+    // clang-format on
+    const std::vector<unsigned char> samples(4 * 4, 0x11);
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.what);
+        object().construct();
+        open();
+        SoundParamBlock block = blockOf(samples.data(), 4);
+        block.completionRtn = complete;
+        int count = 0;
+        std::function<void()> once = [&] {
+            if (++count == 1) fact.action();
+        };
+        completing = &once;
+        client().play(block);
+        PulledList pulled(2, 64);
+        const void* const state = object().state();
+        EXPECT_EQ(
+            soundstream::renderFromMixer(const_cast<void*>(state), nullptr, nullptr, 0, 64, pulled.list()),
+            noErr);
+        EXPECT_EQ(count, 1);
+        EXPECT_EQ(
+            soundstream::renderFromMixer(const_cast<void*>(state), nullptr, nullptr, 0, 64, pulled.list()),
+            noErr)
+            << "the unit goes on";
+        closeClient();
+        object().destroy();
+        unregisterAll();
+    }
+}
+
+// ---- through an audio unit ----
+
+TEST_F(SoundStreamPlatform, PlaysToADeviceOfOneChannel)
+{
+    KVXSimulatedDevice description = {};
+    description.name = "One channel";
+    description.outputChannels = 1;
+    description.isStepped = 1;
+    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
+    ASSERT_EQ(KVXPlatformChooseOutputDevice("One channel"), 0);
+    object().initComponent();
+    object().openComponent();
+    const HostInteger unit = object().openUnit();
+    ASSERT_NE(unit, 0);
+    const AudioUnit opened = reinterpret_cast<AudioUnit>(unit);
+    AudioStreamBasicDescription format = object().state()->outputFormat;
+    format.mChannelsPerFrame = 1;
+    EXPECT_EQ(AudioUnitSetProperty(opened, kAudioUnitProperty_StreamFormat, kAudioUnitScope_Input, 0, &format,
+                                   sizeof format),
+              noErr);
+    EXPECT_EQ(object().attach(unit), noErr);
+    EXPECT_EQ(object().initialize(unit), noErr);
+    EXPECT_EQ(object().start(unit), noErr);
+    EXPECT_EQ(KVXPlatformStep(device, 1024), 1024u) << "a list of one buffer, and silence for two";
+    object().closeComponent();
+    EXPECT_EQ(CloseComponent(opened), noErr);
+    EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
+}
+
+TEST_F(SoundStreamPlatform, AUnitMayOutliveTheStateThatItWasGiven)
+{
+    KVXSimulatedDevice description = {};
+    description.name = "Stepped";
+    description.isStepped = 1;
+    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
+    ASSERT_EQ(KVXPlatformChooseOutputDevice("Stepped"), 0);
+    open();
+    const HostInteger first = object().openUnit(), second = object().openUnit();
+    for (const HostInteger unit : {first, second}) {
+        EXPECT_EQ(object().attach(unit), noErr);
+        EXPECT_EQ(object().initialize(unit), noErr);
+        EXPECT_EQ(object().start(unit), noErr);
+    }
+    EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
+    object().initComponent(); // stops the second, and knows nothing of the first
+    EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
+    EXPECT_EQ(object().start(second), noErr);
+    EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
+    object().destroy();
+    closeClient();
+    EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
+    for (const HostInteger unit : {first, second})
+        EXPECT_EQ(CloseComponent(reinterpret_cast<ComponentInstance>(unit)), noErr);
+    EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
+}
+
+} // namespace
