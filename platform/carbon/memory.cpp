@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <unordered_map>

@@ -12,8 +12,19 @@ namespace {
 ffi_type* const types[] = {&ffi_type_void, &ffi_type_uint8, &ffi_type_sint16, &ffi_type_pointer};
 
 constexpr unsigned resultShift = 4, firstParameterShift = 6, bitsPerCode = 2;
+constexpr unsigned mostParameters = 1 + mostWords; // the storage in front
 
 unsigned code(ProcInfoType procInfo, unsigned shift) { return procInfo >> shift & 3; }
+
+/// Whether a word has no more parameters than there can be; one of 32 bits never has.
+bool hasRoom(ProcInfoType procInfo)
+{
+    constexpr unsigned end = firstParameterShift + bitsPerCode * mostParameters;
+    if constexpr (end < sizeof procInfo * 8)
+        return code(procInfo, end) == 0;
+    else
+        return true;
+}
 
 /// The word at `index`, or 0 where the call has none.
 long wordAt(const ComponentParameters& parameters, std::size_t index)
@@ -32,14 +43,15 @@ long wordAt(const ComponentParameters& parameters, std::size_t index)
 ComponentResult callFunction(Handle storage, const ComponentParameters& parameters, ProcPtr function,
                              ProcInfoType procInfo)
 {
-    if (!function) return paramErr;
-    ffi_type* argumentTypes[1 + mostWords];
-    void* arguments[1 + mostWords];
-    long words[1 + mostWords];
+    if (!function || !hasRoom(procInfo)) return paramErr;
+    ffi_type* argumentTypes[mostParameters];
+    void* arguments[mostParameters];
+    long words[mostParameters];
     unsigned count = 0;
-    for (unsigned shift = firstParameterShift; code(procInfo, shift); shift += bitsPerCode, ++count) {
-        if (count == std::size(words)) return paramErr;
-        argumentTypes[count] = types[code(procInfo, shift)];
+    for (; count < mostParameters; ++count) {
+        const unsigned width = code(procInfo, firstParameterShift + bitsPerCode * count);
+        if (width == 0) break;
+        argumentTypes[count] = types[width];
         words[count] = count == 0 ? reinterpret_cast<long>(storage) : wordAt(parameters, count - 1);
         arguments[count] = &words[count]; // the narrow ones are its first bytes
     }

@@ -26,8 +26,9 @@ struct Family {
 struct Component {
     ComponentDescription description;
     const Family* family;
-    const void* row;            // the family's own description of it
-    ::Component self = nullptr; // of a program's own component
+    const void* row;                        // the family's own description of it
+    ::Component self = nullptr;             // of a program's own component
+    std::atomic<long>* instances = nullptr; // how many are open, of one that does not count them itself
 };
 
 /// An open component. Its handle is the platform's ComponentInstance.

@@ -7,7 +7,12 @@ namespace components = kvxplatform::components;
 
 namespace {
 
-OSErr lowerHalf(OSStatus status) { return static_cast<OSErr>(status & 0xFFFF); }
+/// A failure stays one, also if nothing is left of it.
+OSErr lowerHalf(OSStatus status)
+{
+    const auto half = static_cast<OSErr>(status & 0xFFFF);
+    return status && !half ? static_cast<OSErr>(paramErr) : half;
+}
 
 ComponentDescription lookingFor(OSType type, OSType subType)
 {

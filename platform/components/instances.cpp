@@ -25,11 +25,16 @@ HandleNumber numberOf(ComponentInstance handle)
 
 Instances::Use use(ComponentInstance handle) { return table().use(numberOf(handle)); }
 
-Instance::Instance(const Component& c) : component(c) { account.add(); }
+Instance::Instance(const Component& c) : component(c)
+{
+    account.add();
+    if (component.instances) ++*component.instances;
+}
 
 Instance::~Instance()
 {
     if (state && component.family->destroy) component.family->destroy(state);
+    if (component.instances) --*component.instances;
     account.remove();
 }
 

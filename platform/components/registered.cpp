@@ -4,10 +4,15 @@
 
 #include <algorithm>
 
+#include <pthread.h>
+
 namespace kvxplatform::components {
 namespace {
 
 Account account("Component");
+
+/// `instances` of a component that was unregistered.
+constexpr long gone = -1;
 
 struct Registered {
     Registered(const ComponentDescription& d, ComponentRoutineUPP e) : description(d), entry(e)
@@ -50,13 +55,39 @@ HandleNumber numberOf(::Component handle)
 
 /// An open instance's state: its component, kept whole, and its word.
 struct State {
-    explicit State(Table::Use use) : component(std::move(use)) { ++component->instances; }
-    ~State() { --component->instances; }
+    explicit State(Table::Use use) : component(std::move(use)) {}
+    ~State()
+    {
+        if (isCounted) --component->instances;
+    }
     State(const State&) = delete;
 
+    /// One of the component's instances; false for a component that was unregistered meanwhile.
+    bool count()
+    {
+        long open = component->instances;
+        do {
+            if (open == gone) return false;
+        } while (!component->instances.compare_exchange_weak(open, open + 1));
+        return isCounted = true;
+    }
+
     const Table::Use component;
+    bool isCounted = false;
     std::atomic<Handle> storage{nullptr};
+    std::atomic<std::uintptr_t> closer{0}; // the thread that closes it
+    std::atomic<bool> isClosed{false};
 };
+
+std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }
+
+/// Once an instance is being closed its storage may be gone: only who closes it may still call, and only
+/// until the component has agreed.
+bool mayCall(const State& state)
+{
+    const std::uintptr_t closer = state.closer;
+    return closer == 0 || (closer == thisThread() && !state.isClosed);
+}
 
 ComponentResult callEntry(State& state, ComponentParameters& parameters)
 {
@@ -75,19 +106,29 @@ OSStatus openInstance(Instance& instance)
     Table::Use component = registry().table.use(numberOf(instance.component.self));
     if (!component) return invalidComponentID;
     if (!component->entry) return unresolvedComponentDLLErr;
-    instance.state = new State(std::move(component));
+    auto state = std::make_unique<State>(std::move(component));
+    if (!state->count()) return invalidComponentID;
+    instance.state = state.release();
     const ComponentResult refusal = callOfLife(instance, kComponentOpenSelect);
+    if (!use(instance.self)) return refusal ? refusal : badComponentInstance; // closed by its entry point
     if (refusal) callOfLife(instance, kComponentCloseSelect);
     return refusal;
 }
 
-void closeInstance(Instance& instance) { callOfLife(instance, kComponentCloseSelect); }
+void closeInstance(Instance& instance)
+{
+    State& state = *static_cast<State*>(instance.state);
+    state.closer = thisThread();
+    callOfLife(instance, kComponentCloseSelect);
+    state.isClosed = true;
+}
 
 void destroyState(void* state) { delete static_cast<State*>(state); }
 
 ComponentResult dispatch(Instance& instance, ComponentParameters& parameters)
 {
-    return callEntry(*static_cast<State*>(instance.state), parameters);
+    State& state = *static_cast<State*>(instance.state);
+    return mayCall(state) ? callEntry(state, parameters) : badComponentInstance;
 }
 
 const Family registeredFamily = {"registered component", openInstance, closeInstance, destroyState, dispatch};
@@ -155,9 +196,11 @@ std::vector<Component> registeredBehind(::Component previous)
 OSErr unregisterOne(::Component handle)
 {
     Registry& all = registry();
-    if (countInstances(handle) > 0) return validInstancesExist;
-    Table::Use closing = all.table.beginClose(numberOf(handle));
+    Table::Use closing = all.table.use(numberOf(handle));
     if (!closing) return invalidComponentID;
+    long open = 0;
+    if (!closing->instances.compare_exchange_strong(open, gone))
+        return open == gone ? invalidComponentID : validInstancesExist;
     {
         const std::lock_guard<std::mutex> guard(all.lock);
         all.order.erase(std::remove(all.order.begin(), all.order.end(), numberOf(handle)), all.order.end());
@@ -166,10 +209,10 @@ OSErr unregisterOne(::Component handle)
     return noErr;
 }
 
-long countInstances(::Component handle)
+long countRegistered(::Component handle)
 {
     const Table::Use component = registry().table.use(numberOf(handle));
-    return component ? component->instances.load() : 0;
+    return component ? std::max(component->instances.load(), 0L) : 0;
 }
 
 long refcon(::Component handle)

@@ -19,6 +19,9 @@ std::vector<Component> registeredBehind(::Component previous);
 /// Errors  invalidComponentID; validInstancesExist: it stays registered.
 OSErr unregisterOne(::Component component);
 
+/// How many instances are open; 0 for one that is not registered.
+long countRegistered(::Component component);
+
 /// The word of a component, which is named by itself or by an instance; 0 and nothing for others.
 long refcon(::Component component);
 void setRefcon(::Component component, long word);

@@ -5,12 +5,16 @@
 #include "platform/components/registered.h"
 
 #include <cstdint>
+#include <iterator>
 
 namespace kvxplatform::components {
 namespace {
 
 constexpr std::uintptr_t mark = 0x00C0'0002;
 constexpr std::size_t nowhere = SIZE_MAX;
+
+/// How many instances of each are open. Those behind the end are not counted.
+std::atomic<long> builtInInstances[64] = {};
 
 ::Component handleOf(std::size_t index)
 {
@@ -26,10 +30,12 @@ std::size_t indexOf(::Component handle)
 /// The built-in component at a place in the list; false behind its end.
 bool at(std::size_t index, Component& out)
 {
+    const std::size_t place = index;
     for (std::size_t family = 0; family < builtInCount; ++family) {
         const std::size_t count = builtIns[family].count();
         if (index < count) {
             out = builtIns[family].describe(index);
+            if (place < std::size(builtInInstances)) out.instances = &builtInInstances[place];
             return true;
         }
         index -= count;
@@ -75,6 +81,14 @@ UInt32 count(const ComponentDescription& looking)
         found += matches(looking, component.description);
     for (const Component& own : registeredBehind(nullptr)) found += matches(looking, own.description);
     return found;
+}
+
+long countInstances(::Component handle)
+{
+    const std::size_t index = indexOf(handle);
+    Component component{};
+    if (index == nowhere || !at(index, component)) return countRegistered(handle);
+    return component.instances ? component.instances->load() : 0;
 }
 
 } // namespace kvxplatform::components

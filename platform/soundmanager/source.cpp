@@ -44,14 +44,16 @@ void applyGain(Float32* samples, UInt32 channels, UInt32 frames, Float32 left, F
 
 // ---- clients ----
 
-/// The run that a buffer of this rate belongs to: the newest, or a new one. Null at the mixer's own rate.
+/// The run that a buffer of this rate belongs to: the newest, or a new one. Null at the mixer's own rate, and
+/// for one that is too far from it.
 Source::Run* Source::runFor(Float64 rate)
 {
-    const UInt32 done = used;
-    runs.erase(
-        std::remove_if(runs.begin(), runs.end(),
-                       [&](const auto& run) { return run != runs.back() && isBefore(run->lastEntry, done); }),
-        runs.end());
+    const UInt32 done = used;           // first this: a run without entries
+    const Run* const sounding = active; // that does not sound by now never will again
+    const auto isOver = [&](const auto& run) {
+        return run != runs.back() && run.get() != sounding && isBefore(run->lastEntry, done);
+    };
+    runs.erase(std::remove_if(runs.begin(), runs.end(), isOver), runs.end());
     if (rate == form.sampleRate) return nullptr;
     if (runs.empty() || runs.back()->rate != rate) {
         auto run = std::make_unique<Run>();
@@ -62,6 +64,15 @@ Source::Run* Source::runFor(Float64 rate)
     }
     runs.back()->lastEntry = given;
     return runs.back().get();
+}
+
+void Source::setBlock(Entry& entry, SoundParamBlockPtr block)
+{
+    entry.block = block;
+    entry.samples = block->desc.buffer;
+    entry.frames = static_cast<UInt32>(block->desc.sampleCount);
+    entry.left = gain(static_cast<UInt16>(block->leftVolume));
+    entry.right = gain(static_cast<UInt16>(block->rightVolume));
 }
 
 OSErr Source::give(SoundParamBlockPtr block)
@@ -75,126 +86,115 @@ OSErr Source::give(SoundParamBlockPtr block)
     const Float64 rate = entry.format.mSampleRate * hertz(multiplier) * hertz(rateMultiplier);
     entry.run = runFor(rate);
     if (!entry.run && rate != form.sampleRate) return siInvalidSampleRate;
-    entry.block = block;
-    entry.samples = block->desc.buffer;
-    entry.frames = static_cast<UInt32>(block->desc.sampleCount);
-    entry.left = gain(static_cast<UInt16>(block->leftVolume));
-    entry.right = gain(static_cast<UInt16>(block->rightVolume));
+    setBlock(entry, block);
     entries[given % capacity] = entry;
     ++given;
     return noErr;
 }
 
-// ---- the audio thread ----
-
-/// The entry to play from; null when none waits. Those thrown away are gone by now, and their run with them.
-Source::Entry* Source::front()
+std::unique_ptr<Source> Source::withoutBuffers() const
 {
-    const UInt32 firstKept = thrownAway;
-    if (isBefore(used, firstKept)) {
-        used = firstKept;
-        active = nullptr;
-    }
-    if (used == given) return nullptr;
-    if (entryBegun != used || framesTaken == 0) {
-        entryBegun = used;
-        framesTaken = 0;
-    }
-    return &entries[used % capacity];
+    auto made = std::make_unique<Source>(form);
+    made->volume = volume.load();
+    made->rateMultiplier = rateMultiplier.load();
+    return made;
 }
 
+// ---- the audio thread ----
+
+/// The front entry has been used up: play what its owner has more, or tell that it is done. The owner may do
+/// anything meanwhile, but this source stays whole until the slice is over.
 void Source::finish(Entry& entry)
 {
-    const SoundParamBlockPtr block = entry.block;
-    SoundParamBlockPtr next = block;
     framesTaken = 0;
-    if (block->moreRtn && block->moreRtn(&next) && next && next->desc.buffer && next->desc.sampleCount > 0) {
-        entry.block = next; // in the same form: there is no time here to prepare for another
-        entry.samples = next->desc.buffer;
-        entry.frames = static_cast<UInt32>(next->desc.sampleCount);
-        return;
-    }
-    ++used;
+    const SoundParamBlockPtr block = entry.block;
+    SoundParamBlockPtr more = block;
+    const bool hasMore =
+        block->moreRtn && block->moreRtn(&more) && more && more->desc.buffer && more->desc.sampleCount > 0;
+    if (hasEnded) return;
+    if (hasMore)
+        setBlock(entry, more); // in the same form: there is no time here to prepare for another
+    else
+        ++used;
+    if (hasMore && more == block) return;
     block->result = noErr;
-    if (block->completionRtn) {
-        SoundParamBlockPtr done = block;
-        block->completionRtn(&done);
-    }
+    SoundParamBlockPtr done = block;
+    if (block->completionRtn) block->completionRtn(&done);
 }
 
 /// The next frames of an entry, at most a piece, as the mixer's channels.
 UInt32 Source::take(const Entry& entry, UInt32 frames, Float32* out)
 {
+    const UInt32 channels = entry.format.mChannelsPerFrame;
     const UInt32 count = std::min({frames, entry.frames - framesTaken, pieceFrames});
     AudioBufferList list;
     list.mNumberBuffers = 1;
     list.mBuffers[0] = {
-        entry.format.mChannelsPerFrame, count * entry.format.mBytesPerFrame,
+        channels, count * entry.format.mBytesPerFrame,
         const_cast<Byte*>(entry.samples + std::size_t{framesTaken} * entry.format.mBytesPerFrame)};
     audiounit::decode(entry.format, list, count, decoded.data());
-    fold(decoded.data(), entry.format.mChannelsPerFrame, out, form.channels, count);
     const UInt32 levels = volume;
-    applyGain(out, form.channels, count, entry.left * gain(levels), entry.right * gain(levels >> 16));
+    const Float32 left = entry.left * gain(levels), right = entry.right * gain(levels >> 16);
+    if (channels == 2) applyGain(decoded.data(), channels, count, left, right);
+    fold(decoded.data(), channels, out, form.channels, count);
+    if (channels == 1) applyGain(out, form.channels, count, left, right);
     return count;
 }
 
-UInt32 Source::convert(Entry& entry, Float32* out, UInt32 room)
+UInt32 Source::convert(const Entry& entry, Run& run, Float32* out, UInt32 room)
 {
     const UInt32 count = take(entry, pieceFrames, piece.data());
-    const auto done = active->converter.process(piece.data(), count, out, room);
+    const auto done = run.converter.process(piece.data(), count, out, room);
     framesTaken += done.used;
-    active->isUnder = true;
-    active->owed += done.used * active->framesPerFrame - done.made;
+    run.isUnder = true;
+    run.owed += done.used * run.framesPerFrame - done.made;
     return done.made;
 }
 
-/// What the run still owes for the input it had.
-UInt32 Source::drain(Float32* out, UInt32 room)
+/// What the run still owes for the input it had; its converter is as new afterwards.
+UInt32 Source::drain(Run& run, Float32* out, UInt32 room)
 {
-    if (!active || !active->isUnder) return 0;
     piece.fill(0);
+    run.isEnding = true;
     UInt32 made = 0;
-    while (made < room && active->owed >= 0.5) {
-        const UInt32 wanted = std::min(room - made, static_cast<UInt32>(std::lround(active->owed)));
+    while (made < room && run.owed >= 0.5) {
+        const UInt32 wanted = std::min(room - made, static_cast<UInt32>(std::lround(run.owed)));
         const auto done =
-            active->converter.process(piece.data(), pieceFrames, out + made * form.channels, wanted);
+            run.converter.process(piece.data(), pieceFrames, out + std::size_t{made} * form.channels, wanted);
         made += done.made;
-        active->owed -= done.made;
+        run.owed -= done.made;
     }
-    if (active->owed < 0.5) {
-        active->converter.reset(); // what comes next begins anew
-        active->owed = 0;
-        active->isUnder = false;
+    if (run.owed < 0.5) {
+        run.converter.reset();
+        run.owed = 0;
+        run.isUnder = run.isEnding = false;
     }
     return made;
 }
 
 UInt32 Source::render(Float32* out, UInt32 frames)
 {
-    UInt32 made = 0;
-    while (made < frames) {
+    UInt32 made = 0, empty = 0;
+    while (made < frames && isPlaying && !hasEnded) {
         Float32* const place = out + std::size_t{made} * form.channels;
-        Entry* const entry = front();
-        if (!entry || entry->run != active) {
-            made += drain(place, frames - made);
-            if (!entry || made == frames) break;
-            if (active && active->isUnder) continue;
-            active = entry->run;
-            if (active) {
-                active->converter.reset();
-                active->owed = 0;
-                active->isUnder = false;
-            }
+        Entry* const entry = used == given ? nullptr : &entries[used % capacity];
+        Run* const run = active;
+        if (run && run->isUnder && (!entry || entry->run != run || run->isEnding)) {
+            made += drain(*run, place, frames - made);
             continue;
         }
-        if (active) {
-            made += convert(*entry, place, frames - made);
+        if (!entry) break;
+        active = entry->run;
+        if (entry->run) {
+            made += convert(*entry, *entry->run, place, frames - made);
         } else {
             const UInt32 count = take(*entry, frames - made, place);
             framesTaken += count;
             made += count;
         }
-        if (framesTaken >= entry->frames) finish(*entry);
+        if (framesTaken < entry->frames) continue;
+        if (entry->frames == 0 && ++empty > capacity) break; // given again by their own completions
+        finish(*entry);
     }
     return made;
 }

@@ -1,8 +1,7 @@
 // One source of a mixer: the buffers it was given, brought to the mixer's rate and channels.
 //
-// Two sides: clients give buffers and orders, one at a time (the mixer's lock); the audio thread uses the
-// buffers up, and waits for nobody. Between them stand counters: entries [used, given) wait, those below
-// `thrownAway` are skipped.
+// Two sides: clients give buffers, one at a time (the mixer's lock); the audio thread uses the buffers up,
+// and waits for nobody. Between them stand two counters: the entries [used, given) wait. They wrap.
 #pragma once
 
 #include "platform/audiounit/rate_converter.h"
@@ -36,9 +35,14 @@ public:
     /// Thread  [client].
     OSErr give(SoundParamBlockPtr block);
 
-    /// Forget what waits; no completion is called for it. The audio thread may still use the buffers until it
-    /// has left the slice it is in. [client]
-    void throwAway() { thrownAway = given.load(); }
+    /// Whether it was ever given one. [client]
+    bool hasBuffers() const { return given != 0; }
+
+    /// A silent source with the same settings, to take this one's place. Throws std::bad_alloc. [client]
+    std::unique_ptr<Source> withoutBuffers() const;
+
+    /// Whatever is still waiting is not heard, and nobody is told. [client]; also inside of render.
+    void end() { hasEnded = true; }
 
     /// Up to `frames` frames into `out`; fewer when the buffers are used up. Calls the completion of each
     /// buffer that ends. [audio]
@@ -46,7 +50,7 @@ public:
 
     std::atomic<bool> isPlaying{false};
     std::atomic<UInt32> volume{kFullVolume << 16 | kFullVolume}; // right above left, 8.8
-    std::atomic<UnsignedFixed> rateMultiplier{0x10000};          // of buffers yet to come
+    std::atomic<UInt32> rateMultiplier{0x10000};                 // 16.16; of buffers yet to come
 
 private:
     /// Sound of one rate on its way, buffer after buffer.
@@ -56,8 +60,9 @@ private:
         Float64 framesPerFrame = 1; // out for one in
         UInt32 lastEntry = 0;       // the last that uses it; [client]
         // [audio]
-        Float64 owed = 0;     // frames out that the input so far is worth, less those made
-        bool isUnder = false; // it has a past
+        Float64 owed = 0;      // frames out that the input so far is worth, less those made
+        bool isUnder = false;  // it has a past
+        bool isEnding = false; // silence was put behind its input: nothing may follow but its own tail
     };
 
     struct Entry {
@@ -69,23 +74,23 @@ private:
         Float32 left, right; // gains of the buffer
     };
 
+    static void setBlock(Entry& entry, SoundParamBlockPtr block);
     Run* runFor(Float64 rate);
-    Entry* front();
     void finish(Entry& entry);
     UInt32 take(const Entry& entry, UInt32 frames, Float32* out);
-    UInt32 convert(Entry& entry, Float32* out, UInt32 room);
-    UInt32 drain(Float32* out, UInt32 room);
+    UInt32 convert(const Entry& entry, Run& run, Float32* out, UInt32 room);
+    UInt32 drain(Run& run, Float32* out, UInt32 room);
 
     static constexpr UInt32 pieceFrames = 256;
 
     const MixerForm form;
     std::array<Entry, capacity> entries;
-    std::atomic<UInt32> given{0}, used{0}, thrownAway{0};
+    std::atomic<UInt32> given{0}, used{0};
+    std::atomic<bool> hasEnded{false};
     std::vector<std::unique_ptr<Run>> runs; // [client]; the newest last
     // [audio]
-    UInt32 framesTaken = 0; // of the front entry
-    UInt32 entryBegun = 0;  // which that is
-    Run* active = nullptr;
+    std::atomic<Run*> active{nullptr}; // read by clients
+    UInt32 framesTaken = 0;            // of the front entry
     std::array<Float32, pieceFrames * 2> decoded, piece;
 };
 

@@ -1,0 +1,58 @@
+// What the audio thread asks of the C library.
+#include "tests/platform/audiounit/alarm.h"
+#include "tests/platform/soundmanager/sound.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+using namespace test;
+
+TEST(MixerAudioThread, TheAlarmRings)
+{
+    alarm_::forbid(true);
+    void* volatile memory = std::malloc(10);
+    std::free(memory);
+    alarm_::forbid(false);
+    EXPECT_EQ(alarm_::allocations(), 2);
+}
+
+// Own rate and others, all widths, volumes, ends and tails, in place and through an own component.
+TEST(MixerAudioThread, FetchesWithoutMemoryOrLocks)
+{
+    Mixer mixer({}, 333);
+    const Form forms[] = {
+        {}, {'raw ', 8, 1, 22050}, {'twos', 16, 2, 48000}, {'NONE', 8, 2, 8000}, {'twos', 8, 1}};
+    std::vector<std::unique_ptr<Buffer>> buffers;
+    for (const Form& form : forms) {
+        const SoundSource source = mixer.add();
+        for (int i = 0; i < 8; ++i) {
+            const Form& own = i % 4 == 3 ? forms[1] : form;
+            buffers.push_back(std::make_unique<Buffer>(own, noise(own, 500)));
+            buffers.back()->block.leftVolume = static_cast<short>(0x100 - i);
+            ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
+        }
+    }
+    const int allocations = alarm_::allocations();
+    ComponentParameters parameters = {0, sizeof(long), kSoundComponentGetSourceDataSelect, {0}};
+    std::thread([&] { // the first fetch of a thread, too
+        for (long count = 1, turn = 0; count > 0; ++turn) {
+            SoundComponentDataPtr data = nullptr;
+            parameters.params[0] = reinterpret_cast<long>(&data);
+            alarm_::forbid(true);
+            const ComponentResult status = turn % 2 ? SoundComponentGetSourceData(mixer.instance, &data)
+                                                    : DelegateComponentCall(&parameters, mixer.instance);
+            alarm_::forbid(false);
+            ASSERT_EQ(status, noErr);
+            count = data->sampleCount;
+        }
+    })
+        .join();
+    EXPECT_EQ(alarm_::allocations(), allocations);
+    if (alarm_::watchesLocks()) EXPECT_EQ(alarm_::locks(), 0);
+    for (const auto& buffer : buffers) EXPECT_EQ(buffer->ends, 1);
+}
+
+} // namespace

@@ -1,0 +1,338 @@
+// What clients order: play, start, stop, pause, and what becomes of buffers.
+#include "tests/platform/soundmanager/sound.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace test;
+
+Bytes part(const Bytes& bytes, std::size_t fromFrame, std::size_t untilFrame)
+{
+    return Bytes(bytes.begin() + static_cast<long>(4 * fromFrame),
+                 bytes.begin() + static_cast<long>(4 * untilFrame));
+}
+
+TEST(MixerOrders, PlayAtOnceOrWhenStarted)
+{
+    Mixer mixer({}, 100);
+    const SoundSource source = mixer.add();
+    const Bytes bytes = noise({}, 100);
+    Buffer buffer({}, bytes);
+    ASSERT_EQ(mixer.play(source, buffer, kSourcePaused), noErr);
+    EXPECT_TRUE(mixer.pull().empty());
+    EXPECT_EQ(buffer.ends, 0);
+    EXPECT_EQ(mixer.start(source), noErr);
+    EXPECT_EQ(mixer.pull(), bytes);
+    EXPECT_EQ(buffer.ends, 1);
+    Buffer next({}, bytes);
+    ASSERT_EQ(mixer.play(source, next, kSourcePaused), noErr);
+    EXPECT_EQ(mixer.pull(), bytes) << "set up, it does not pause what plays";
+    ASSERT_EQ(mixer.stop(source), noErr);
+    Buffer last({}, bytes);
+    ASSERT_EQ(mixer.play(source, last, kPassThrough | kNoSoundComponentChain), noErr);
+    EXPECT_EQ(mixer.pull(), bytes) << "other actions do not hold it back";
+}
+
+TEST(MixerOrders, PauseKeepsThePlace)
+{
+    Mixer mixer({}, 100);
+    const SoundSource source = mixer.add();
+    const Bytes bytes = noise({}, 1000);
+    Buffer buffer({}, bytes);
+    ASSERT_EQ(mixer.play(source, buffer), noErr);
+    EXPECT_EQ(mixer.pull(), part(bytes, 0, 100));
+    for (int twice = 0; twice < 2; ++twice) {
+        EXPECT_EQ(mixer.pause(source), noErr);
+        EXPECT_TRUE(mixer.pull().empty());
+        EXPECT_TRUE(mixer.pull().empty());
+    }
+    EXPECT_EQ(mixer.start(source), noErr);
+    EXPECT_EQ(mixer.start(source), noErr);
+    EXPECT_EQ(mixer.pullAll(), part(bytes, 100, 1000));
+    EXPECT_EQ(buffer.ends, 1);
+}
+
+// Stopped at any place of any sound: nothing of it is heard afterwards, nobody is told, and the next sound is
+// as it would be in a new source.
+TEST(MixerOrders, StopThrowsAway)
+{
+    for (double rate : {44100.0, 22050.0, 8000.0}) {
+        const Form form = {'sowt', 16, 2, rate};
+        const Bytes bytes = noise(form, 300);
+        Mixer whole;
+        const Bytes expected = whole.playAll(whole.add(), form, bytes);
+        for (int pulls = 0; pulls < 40; ++pulls) {
+            Mixer mixer({}, 50);
+            const SoundSource source = mixer.add();
+            Buffer first(form, bytes), second({}, bytes), third(form, bytes);
+            ASSERT_EQ(mixer.play(source, first), noErr);
+            ASSERT_EQ(mixer.play(source, second), noErr);
+            for (int i = 0; i < pulls; ++i) mixer.pull();
+            const int firstEnds = first.ends, secondEnds = second.ends;
+            ASSERT_EQ(mixer.stop(source), noErr);
+            ASSERT_EQ(mixer.stop(source), noErr);
+            ASSERT_EQ(mixer.start(source), noErr);
+            EXPECT_TRUE(mixer.pull().empty()) << rate << " " << pulls;
+            ASSERT_EQ(mixer.play(source, third, kSourcePaused), noErr);
+            EXPECT_EQ(mixer.pullAll(), expected) << rate << " " << pulls;
+            EXPECT_EQ(first.ends, firstEnds);
+            EXPECT_EQ(second.ends, secondEnds);
+            EXPECT_EQ(third.ends, 1);
+        }
+    }
+}
+
+TEST(MixerOrders, StopKeepsTheSettings)
+{
+    Mixer mixer;
+    const SoundSource source = mixer.add();
+    const Bytes bytes = noise({}, 10);
+    mixer.playAll(source, {}, bytes);
+    SoundComponentSetInfo(mixer.instance, source, siVolume, reinterpret_cast<void*>(0x00800040));
+    SoundComponentSetInfo(mixer.instance, source, siRateMultiplier, reinterpret_cast<void*>(0x20000));
+    ASSERT_EQ(mixer.stop(source), noErr);
+    UInt32 volume = 0;
+    UnsignedFixed multiplier = 0;
+    EXPECT_EQ(SoundComponentGetInfo(mixer.instance, source, siVolume, &volume), noErr);
+    EXPECT_EQ(SoundComponentGetInfo(mixer.instance, source, siRateMultiplier, &multiplier), noErr);
+    EXPECT_EQ(volume, 0x00800040u);
+    EXPECT_EQ(multiplier, 0x20000u);
+}
+
+TEST(MixerOrders, AQueueHolds64Buffers)
+{
+    Mixer mixer({}, 10);
+    const SoundSource source = mixer.add();
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::unique_ptr<Buffer>> buffers;
+        for (int i = 0; i < 64; ++i) {
+            buffers.push_back(std::make_unique<Buffer>(Form{}, noise({}, 10)));
+            ASSERT_EQ(mixer.play(source, *buffers.back(), kSourcePaused), noErr);
+        }
+        Buffer more({}, noise({}, 10));
+        EXPECT_EQ(mixer.play(source, more), queueFull);
+        EXPECT_TRUE(mixer.pull().empty()) << "a refused buffer starts nothing";
+        if (round == 0) {
+            ASSERT_EQ(mixer.stop(source), noErr);
+            continue; // with room again at once, though nobody has pulled since
+        }
+        ASSERT_EQ(mixer.start(source), noErr);
+        mixer.pull();
+        EXPECT_EQ(buffers[0]->ends, 1);
+        EXPECT_EQ(mixer.play(source, more), noErr);
+        EXPECT_EQ(mixer.pullAll().size(), 4u * 10 * 64);
+        EXPECT_EQ(more.ends, 1);
+        ASSERT_EQ(mixer.stop(source), noErr);
+    }
+}
+
+TEST(MixerOrders, BuffersEndOnceInOrderOnTheThreadThatPulls)
+{
+    Mixer mixer({}, 64);
+    const SoundSource source = mixer.add();
+    std::vector<std::unique_ptr<Buffer>> buffers;
+    std::vector<int> order;
+    for (int i = 0; i < 60; ++i) {
+        // Of all lengths, none and a single frame among them, and of several rates.
+        buffers.push_back(std::make_unique<Buffer>(Form{'sowt', 16, 2, i % 7 == 3 ? 22050.0 : 44100.0},
+                                                   noise({}, static_cast<std::size_t>(i * i % 50))));
+        buffers.back()->atEnd = [&order, i] { order.push_back(i); };
+        ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
+    }
+    std::thread::id puller;
+    std::thread thread([&] {
+        puller = std::this_thread::get_id();
+        mixer.pullAll();
+    });
+    thread.join();
+    ASSERT_EQ(order.size(), 60u);
+    for (int i = 0; i < 60; ++i) {
+        EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+        const Buffer& buffer = *buffers[static_cast<std::size_t>(i)];
+        EXPECT_EQ(buffer.ends, 1);
+        EXPECT_EQ(buffer.endResult, noErr) << "set before it is told";
+        EXPECT_EQ(buffer.endThread, puller);
+    }
+}
+
+TEST(MixerOrders, ABufferThatNobodyIsToldOf)
+{
+    Mixer mixer;
+    Buffer buffer({}, noise({}, 10));
+    buffer.block.completionRtn = nullptr;
+    ASSERT_EQ(mixer.play(mixer.add(), buffer), noErr);
+    EXPECT_EQ(mixer.pullAll(), buffer.samples);
+    EXPECT_EQ(buffer.block.result, noErr);
+}
+
+/// Whether a buffer has more is asked of these.
+struct Chain {
+    std::vector<Buffer*> more;
+    std::size_t next = 0;
+    int asked = 0;
+};
+Chain* chain = nullptr;
+
+Boolean nextOfChain(SoundParamBlockPtr* block)
+{
+    ++chain->asked;
+    if (chain->next == chain->more.size()) return false;
+    if (Buffer* const buffer = chain->more[chain->next++])
+        *block = &buffer->block;
+    else
+        *block = nullptr;
+    return true;
+}
+
+TEST(MixerOrders, AChainOfBuffersPlaysOn)
+{
+    for (double rate : {44100.0, 22050.0}) {
+        const Form form = {'sowt', 16, 2, rate};
+        const Bytes bytes = noise(form, 400);
+        Mixer whole;
+        const Bytes expected = whole.playAll(whole.add(), form, bytes);
+
+        Mixer mixer({}, 30);
+        std::vector<std::unique_ptr<Buffer>> buffers;
+        Chain links;
+        for (std::size_t i = 0; i < 4; ++i) {
+            buffers.push_back(std::make_unique<Buffer>(form, part(bytes, 100 * i, 100 * i + 100)));
+            buffers.back()->block.moreRtn = nextOfChain;
+            if (i > 0) links.more.push_back(buffers.back().get());
+        }
+        chain = &links;
+        ASSERT_EQ(mixer.play(mixer.add(), *buffers[0]), noErr);
+        EXPECT_EQ(mixer.pullAll(), expected);
+        EXPECT_EQ(links.asked, 4);
+        for (const auto& buffer : buffers) EXPECT_EQ(buffer->ends, 1);
+    }
+}
+
+TEST(MixerOrders, AChainTakesEachLinksVolume)
+{
+    Mixer mixer;
+    Buffer first({}, encode({}, Samples(20, 0.5))), second({}, encode({}, Samples(20, 0.5)));
+    first.block.moreRtn = nextOfChain;
+    second.block.leftVolume = 0x80;
+    second.block.rightVolume = 0;
+    Chain links{{&second}};
+    chain = &links;
+    ASSERT_EQ(mixer.play(mixer.add(), first), noErr);
+    Samples expected(20, 0.5);
+    for (int i = 0; i < 10; ++i) expected.insert(expected.end(), {0.25, 0});
+    EXPECT_EQ(mixer.pullAll(), encode({}, expected));
+}
+
+// The same block again, with other samples: it ends once, at last.
+TEST(MixerOrders, ABlockThatIsFilledAgain)
+{
+    static int fills;
+    fills = 0;
+    Mixer mixer({}, 7);
+    Buffer buffer({}, encode({}, Samples(20, 0.5)));
+    buffer.block.moreRtn = [](SoundParamBlockPtr* block) -> Boolean {
+        if (++fills == 5) return false;
+        Buffer& own = *reinterpret_cast<Buffer*>((*block)->refCon);
+        own.samples = encode({}, Samples(20, 0.5 / fills));
+        (*block)->desc.buffer = own.samples.data();
+        return true;
+    };
+    ASSERT_EQ(mixer.play(mixer.add(), buffer), noErr);
+    Samples expected(20, 0.5);
+    for (int i = 1; i < 5; ++i) expected.insert(expected.end(), 20, 0.5 / i);
+    EXPECT_EQ(mixer.pullAll(), encode({}, expected));
+    EXPECT_EQ(buffer.ends, 1);
+}
+
+TEST(MixerOrders, AChainWithoutALinkEnds)
+{
+    Buffer noSamples({}, noise({}, 10)), empty({}, {}), negative({}, noise({}, 10));
+    noSamples.block.desc.buffer = nullptr;
+    negative.block.desc.sampleCount = -1;
+    for (Buffer* link : {static_cast<Buffer*>(nullptr), &noSamples, &empty, &negative}) {
+        Mixer mixer;
+        Buffer first({}, noise({}, 10));
+        first.block.moreRtn = nextOfChain;
+        Chain links{{link}};
+        chain = &links;
+        ASSERT_EQ(mixer.play(mixer.add(), first), noErr);
+        EXPECT_EQ(mixer.pullAll(), first.samples);
+        EXPECT_EQ(first.ends, 1);
+    }
+}
+
+TEST(MixerOrders, NeedWhatTheyName)
+{
+    Mixer mixer;
+    Mixer other;
+    const SoundSource removed = mixer.add(), source = mixer.add();
+    ASSERT_EQ(SoundComponentRemoveSource(mixer.instance, removed), noErr);
+    Buffer buffer({}, noise({}, 10));
+    for (SoundSource name :
+         {static_cast<SoundSource>(nullptr), removed, reinterpret_cast<SoundSource>(64),
+          reinterpret_cast<SoundSource>(65), reinterpret_cast<SoundSource>(~std::uintptr_t{0})}) {
+        EXPECT_EQ(mixer.play(name, buffer), badChannel);
+        EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, name), badChannel);
+        EXPECT_EQ(mixer.start(name), noErr) << "what plays nothing is let be";
+        EXPECT_EQ(mixer.pause(name), noErr);
+        EXPECT_EQ(mixer.stop(name), noErr);
+    }
+    using Order = ComponentResult (*)(ComponentInstance, short, SoundSource*);
+    for (Order order : {SoundComponentStartSource, SoundComponentPauseSource, SoundComponentStopSource}) {
+        SoundSource names[] = {nullptr, removed, source, source};
+        EXPECT_EQ(order(mixer.instance, 4, names), noErr);
+        EXPECT_EQ(order(mixer.instance, 0, nullptr), noErr);
+        EXPECT_EQ(order(mixer.instance, 1, nullptr), paramErr);
+        EXPECT_EQ(order(mixer.instance, -1, names), paramErr);
+        EXPECT_EQ(order(nullptr, 1, names), badComponentInstance);
+    }
+    EXPECT_EQ(mixer.play(source, buffer), noErr);
+    EXPECT_EQ(SoundComponentPlaySourceBuffer(mixer.instance, source, nullptr, 0), paramErr);
+    EXPECT_EQ(SoundComponentAddSource(mixer.instance, nullptr), paramErr);
+    EXPECT_EQ(SoundComponentGetSourceData(mixer.instance, nullptr), paramErr);
+    Buffer noSamples({}, noise({}, 10)), negative({}, noise({}, 10));
+    noSamples.block.desc.buffer = nullptr;
+    negative.block.desc.sampleCount = -1;
+    EXPECT_EQ(mixer.play(source, noSamples), paramErr);
+    EXPECT_EQ(mixer.play(source, negative), paramErr);
+    EXPECT_EQ(SoundComponentInitOutputDevice(mixer.instance, 0), badComponentSelector)
+        << "a mixer is no output";
+    EXPECT_EQ(SoundComponentAddSource(nullptr, nullptr), badComponentInstance);
+    EXPECT_EQ(mixer.pullAll(), buffer.samples);
+}
+
+TEST(MixerOrders, StartSeveralSourcesTogether)
+{
+    Mixer mixer({}, 100);
+    SoundSource sources[] = {mixer.add(), mixer.add(), mixer.add()};
+    Buffer one({}, encode({}, Samples(200, 0.125))), two({}, encode({}, Samples(200, 0.25))),
+        three({}, encode({}, Samples(200, 0.5)));
+    mixer.play(sources[0], one, kSourcePaused);
+    mixer.play(sources[1], two, kSourcePaused);
+    mixer.play(sources[2], three, kSourcePaused);
+    ASSERT_EQ(SoundComponentStartSource(mixer.instance, 2, sources), noErr);
+    EXPECT_EQ(mixer.pull(), encode({}, Samples(200, 0.375)));
+    ASSERT_EQ(SoundComponentStartSource(mixer.instance, 3, sources), noErr);
+    EXPECT_EQ(mixer.pull(), encode({}, Samples(200, 0.5)));
+    EXPECT_TRUE(mixer.pull().empty());
+}
+
+TEST(MixerOrders, ARemovedSourceIsHeardNoMore)
+{
+    Mixer mixer({}, 10);
+    const SoundSource source = mixer.add();
+    Buffer buffer({}, noise({}, 100));
+    ASSERT_EQ(mixer.play(source, buffer), noErr);
+    EXPECT_FALSE(mixer.pull().empty());
+    EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, source), noErr);
+    EXPECT_TRUE(mixer.pull().empty());
+    EXPECT_EQ(buffer.ends, 0);
+    const SoundSource next = mixer.add();
+    EXPECT_EQ(mixer.start(next), noErr);
+    EXPECT_TRUE(mixer.pull().empty()) << "a new source in its place has nothing of it";
+    EXPECT_NE(next, source) << "nor its name";
+    EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, source), badChannel);
+}
+
+} // namespace

@@ -1,0 +1,252 @@
+// Sources of other rates than the mixer's.
+#include "tests/platform/soundmanager/sound.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace test;
+
+constexpr double pi = 3.14159265358979323846;
+
+Bytes tone(const Form& form, std::size_t frames, double hertz, double amplitude)
+{
+    Samples samples;
+    for (std::size_t i = 0; i < frames; ++i)
+        samples.insert(samples.end(), static_cast<std::size_t>(form.channels),
+                       amplitude * std::sin(2 * pi * hertz * static_cast<double>(i) / form.hertz));
+    return encode(form, samples);
+}
+
+/// What is left of a tone that begins at 0 with the first frame, once it has been taken away: the root of the
+/// mean square, in the middle, of the left channel.
+double errorOfTone(const Samples& stereo, double hertz, double rate, double amplitude)
+{
+    double sum = 0;
+    std::size_t count = 0;
+    for (std::size_t i = stereo.size() / 8; i < stereo.size() * 3 / 8; ++i, ++count) {
+        const double difference =
+            stereo[2 * i] - amplitude * std::sin(2 * pi * hertz * static_cast<double>(i) / rate);
+        sum += difference * difference;
+    }
+    return std::sqrt(sum / static_cast<double>(count));
+}
+
+std::size_t framesOf(const Bytes& stereo16) { return stereo16.size() / 4; }
+
+/// The largest difference between two sounds, in steps of 16 bits.
+double distance(const Bytes& a, const Bytes& b)
+{
+    const Samples one = decode({}, a), other = decode({}, b);
+    if (one.size() != other.size()) return 1e9;
+    double most = 0;
+    for (std::size_t i = 0; i < one.size(); ++i) most = std::max(most, std::fabs(one[i] - other[i]) * 32768);
+    return most;
+}
+
+const struct {
+    double from, to;
+} rates[] = {{22050, 44100}, {48000, 44100}, {8000, 44100}, {44100, 22050}, {11025, 44100}, {44100, 48000}};
+
+TEST(MixerRates, KeepLengthPitchAndLevel)
+{
+    for (const auto& row : rates) {
+        for (std::size_t frames : {1u, 2u, 100u, 777u, 20000u}) {
+            SCOPED_TRACE(std::to_string(row.from) + " to " + std::to_string(row.to) + ", " +
+                         std::to_string(frames));
+            Mixer mixer({'sowt', 16, 2, row.to}, 500);
+            const Form from = {'sowt', 16, 2, row.from};
+            const Bytes heard = mixer.playAll(mixer.add(), from, tone(from, frames, 1000, 0.5));
+            const double expected = static_cast<double>(frames) * row.to / row.from;
+            EXPECT_NEAR(static_cast<double>(framesOf(heard)), expected, 1);
+            if (frames < 20000) continue;
+            EXPECT_LT(errorOfTone(decode({}, heard), 1000, row.to, 0.5), 3.0 / 32768)
+                << "in its place, at its pitch and level";
+        }
+    }
+}
+
+TEST(MixerRates, AreMultiplied)
+{
+    // The frames of the source count as they are; it is their rate that changes.
+    const struct {
+        UnsignedFixed ofBuffer, ofSource;
+        double rate;
+    } facts[] = {{0x10000, 0x10000, 22050}, {0x20000, 0x10000, 44100}, {0x10000, 0x20000, 44100},
+                 {0x08000, 0x10000, 11025}, {0x10000, 0x18000, 33075}, {0x18000, 0x18000, 49612.5}};
+    for (const auto& fact : facts) {
+        Mixer mixer;
+        const SoundSource source = mixer.add();
+        ASSERT_EQ(SoundComponentSetInfo(mixer.instance, source, siRateMultiplier,
+                                        reinterpret_cast<void*>(std::uintptr_t{fact.ofSource})),
+                  noErr);
+        const Form from = {'sowt', 16, 2, 22050};
+        Buffer buffer(from, tone(from, 10000, 500, 0.5));
+        buffer.block.rateMultiplier = fact.ofBuffer;
+        ASSERT_EQ(mixer.play(source, buffer), noErr);
+        const Bytes heard = mixer.pullAll();
+        EXPECT_NEAR(static_cast<double>(framesOf(heard)), 10000 * 44100 / fact.rate, 1);
+        EXPECT_LT(errorOfTone(decode({}, heard), 500 * fact.rate / 22050, 44100, 0.5), 3.0 / 32768);
+    }
+}
+
+TEST(MixerRates, AreRefusedWhereTheyAreTooFarApart)
+{
+    Mixer mixer({'sowt', 16, 2, 65535});
+    const SoundSource source = mixer.add();
+    const struct {
+        double rate;
+        UnsignedFixed multiplier;
+        OSErr error;
+    } facts[] = {{256, 0x10000, noErr},
+                 {255, 0x10000, siInvalidSampleRate},
+                 {65535, 0x1000000, noErr},
+                 {65535, 0x1010000, siInvalidSampleRate},
+                 {65535, 1, siInvalidSampleRate}};
+    for (const auto& fact : facts) {
+        Buffer buffer({'sowt', 16, 2, fact.rate}, Bytes(40));
+        buffer.block.rateMultiplier = fact.multiplier;
+        EXPECT_EQ(mixer.play(source, buffer), fact.error) << fact.rate << " " << fact.multiplier;
+        mixer.stop(source);
+    }
+}
+
+// However it is cut: the same sound as in one piece, without a click at a seam.
+TEST(MixerRates, AreContinuousFromBufferToBuffer)
+{
+    for (const auto& row : rates) {
+        for (std::size_t length : {1u, 17u, 256u, 1000u}) {
+            SCOPED_TRACE(std::to_string(row.from) + " to " + std::to_string(row.to) + ", " +
+                         std::to_string(length));
+            const Form from = {'sowt', 16, 2, row.from};
+            const std::size_t frames = std::min<std::size_t>(length * 60, 8000);
+            const Bytes bytes = tone(from, frames, 440, 0.9);
+            Mixer whole({'sowt', 16, 2, row.to}, 1024);
+            const Bytes expected = whole.playAll(whole.add(), from, bytes);
+
+            for (long block : {1L, 100L, 1024L}) {
+                if (block == 1 && length > 17) continue;
+                Mixer mixer({'sowt', 16, 2, row.to}, block);
+                const SoundSource source = mixer.add();
+                std::vector<std::unique_ptr<Buffer>> buffers;
+                for (std::size_t at = 0; at < bytes.size(); at += 4 * length) {
+                    const auto begin = bytes.begin() + static_cast<long>(at);
+                    const auto end =
+                        bytes.begin() + static_cast<long>(std::min(at + 4 * length, bytes.size()));
+                    buffers.push_back(std::make_unique<Buffer>(from, Bytes(begin, end)));
+                    ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
+                }
+                EXPECT_LE(distance(mixer.pullAll(), expected), 1) << block;
+                for (const auto& buffer : buffers) EXPECT_EQ(buffer->ends, 1);
+            }
+        }
+    }
+}
+
+// A completion that gives the next buffer is in time, too.
+TEST(MixerRates, AreContinuousThroughCompletions)
+{
+    const Form from = {'sowt', 16, 2, 22050};
+    const Bytes bytes = tone(from, 5000, 440, 0.9);
+    Mixer whole;
+    const Bytes expected = whole.playAll(whole.add(), from, bytes);
+    Mixer mixer({}, 128);
+    const SoundSource source = mixer.add();
+    std::vector<std::unique_ptr<Buffer>> buffers;
+    for (std::size_t at = 0; at < bytes.size(); at += 4 * 100)
+        buffers.push_back(std::make_unique<Buffer>(
+            from, Bytes(bytes.begin() + static_cast<long>(at), bytes.begin() + static_cast<long>(at + 400))));
+    for (std::size_t i = 0; i + 1 < buffers.size(); ++i)
+        buffers[i]->atEnd = [&, i] { EXPECT_EQ(mixer.play(source, *buffers[i + 1]), noErr); };
+    ASSERT_EQ(mixer.play(source, *buffers[0]), noErr);
+    EXPECT_LE(distance(mixer.pullAll(), expected), 1);
+}
+
+// A rate after another: each sound whole, one behind the other.
+TEST(MixerRates, FollowEachOtherWithTheirTails)
+{
+    const double order[] = {22050, 44100, 22050, 8000, 48000, 44100, 44100, 22050};
+    Mixer mixer({}, 77);
+    const SoundSource source = mixer.add();
+    std::vector<std::unique_ptr<Buffer>> buffers;
+    Bytes expected;
+    for (double rate : order) {
+        const Form from = {'sowt', 16, 2, rate};
+        const Bytes bytes = tone(from, 900, 1000, 0.8);
+        Mixer alone;
+        const Bytes sound = alone.playAll(alone.add(), from, bytes);
+        expected.insert(expected.end(), sound.begin(), sound.end());
+        buffers.push_back(std::make_unique<Buffer>(from, bytes));
+        ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
+    }
+    EXPECT_LE(distance(mixer.pullAll(), expected), 1);
+}
+
+// A sound whose tail is under way when the next one comes: first the tail, whole, then the next, whole.
+TEST(MixerRates, OfABufferThatComesIntoATail)
+{
+    const Form from = {'sowt', 16, 2, 8000};
+    const Bytes bytes = tone(from, 500, 1000, 0.8);
+    Mixer whole;
+    const Bytes sound = whole.playAll(whole.add(), from, bytes);
+    for (std::size_t before = 1; before < framesOf(sound); before += 13) {
+        Mixer mixer({}, 1);
+        const SoundSource source = mixer.add();
+        Buffer first(from, bytes), second(from, bytes);
+        ASSERT_EQ(mixer.play(source, first), noErr);
+        Bytes heard;
+        for (std::size_t i = 0; i < before; ++i) {
+            const Bytes frame = mixer.pull();
+            heard.insert(heard.end(), frame.begin(), frame.end());
+        }
+        const bool isTail = first.ends == 1;
+        ASSERT_EQ(mixer.play(source, second), noErr);
+        const Bytes rest = mixer.pullAll();
+        heard.insert(heard.end(), rest.begin(), rest.end());
+        if (!isTail) {
+            EXPECT_NEAR(static_cast<double>(framesOf(heard)), 1000 * 44100.0 / 8000, 1);
+            continue;
+        }
+        // Two sounds, or one that goes on where no silence had been put behind it yet.
+        EXPECT_NEAR(static_cast<double>(framesOf(heard)), 2.0 * static_cast<double>(framesOf(sound)), 1)
+            << before;
+        if (framesOf(heard) != 2 * framesOf(sound)) continue;
+        Bytes twice = sound;
+        twice.insert(twice.end(), sound.begin(), sound.end());
+        Buffer both(from, bytes);
+        Bytes joined = bytes;
+        joined.insert(joined.end(), bytes.begin(), bytes.end());
+        Mixer single;
+        const Bytes through = single.playAll(single.add(), from, joined);
+        EXPECT_LE(std::min(distance(heard, twice), distance(heard, through)), 1) << before;
+    }
+}
+
+// Many rates over a long time: what is over is freed, what sounds stays.
+TEST(MixerRates, ThatChangeWhileTheSourceIsPaused)
+{
+    Mixer mixer({}, 10);
+    const SoundSource source = mixer.add();
+    const Form slow = {'sowt', 16, 2, 8000};
+    Buffer first(slow, tone(slow, 40, 1000, 0.8));
+    ASSERT_EQ(mixer.play(source, first), noErr);
+    std::size_t heard = 0;
+    while (first.ends == 0) heard += framesOf(mixer.pull());
+    ASSERT_EQ(mixer.pause(source), noErr); // with its tail still to come
+    std::vector<std::unique_ptr<Buffer>> buffers;
+    double expected = 40 * 44100.0 / 8000;
+    for (double rate : {22050.0, 11025.0, 16000.0, 32000.0}) {
+        const Form form = {'sowt', 16, 2, rate};
+        buffers.push_back(std::make_unique<Buffer>(form, tone(form, 100, 1000, 0.8)));
+        ASSERT_EQ(mixer.play(source, *buffers.back(), kSourcePaused), noErr);
+        expected += 100 * 44100.0 / rate;
+    }
+    EXPECT_TRUE(mixer.pull().empty());
+    ASSERT_EQ(mixer.start(source), noErr);
+    heard += framesOf(mixer.pullAll());
+    EXPECT_NEAR(static_cast<double>(heard), expected, 3);
+}
+
+} // namespace

@@ -1,0 +1,166 @@
+// Clients against the thread that fetches.
+#include "tests/platform/soundmanager/sound.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+
+namespace {
+
+using namespace test;
+
+/// Fetches blocks on a thread of its own, and reads every byte of them.
+class Puller {
+public:
+    explicit Puller(ComponentInstance m, std::function<void(const SoundComponentData&)> see = {})
+        : mixer(m), thread([this, see = std::move(see)] {
+              while (!isOver) {
+                  SoundComponentDataPtr data = nullptr;
+                  if (SoundComponentGetSourceData(mixer, &data) == noErr && see) see(*data);
+                  ++blocks;
+              }
+          })
+    {
+    }
+    ~Puller()
+    {
+        isOver = true;
+        thread.join();
+    }
+    void waitForBlocks(int count) const
+    {
+        for (const int until = blocks + count; blocks < until;) std::this_thread::yield();
+    }
+
+private:
+    const ComponentInstance mixer;
+    std::atomic<bool> isOver{false};
+    std::atomic<int> blocks{0};
+    std::thread thread;
+};
+
+// After a stop its buffers may be freed, and so may a source's after its removal.
+TEST(MixerThreads, ClientsStopPauseAndRemoveWhileItIsFetched)
+{
+    Mixer mixer({}, 64);
+    const Puller puller(mixer.instance);
+    const Form forms[] = {{}, {'sowt', 16, 2, 22050}, {'raw ', 8, 1, 8000}};
+    for (int round = 0; round < 1000; ++round) {
+        SoundSource source = nullptr;
+        ASSERT_EQ(SoundComponentAddSource(mixer.instance, &source), noErr);
+        std::vector<std::unique_ptr<Buffer>> buffers;
+        for (int i = 0; i < 3; ++i) {
+            const Form& form = forms[(round + i) % 3];
+            buffers.push_back(std::make_unique<Buffer>(form, noise(form, 200)));
+            ASSERT_EQ(mixer.play(source, *buffers.back(), i == 0 && round % 2 ? kSourcePaused : 0), noErr);
+        }
+        ASSERT_EQ(mixer.start(source), noErr);
+        if (round % 3 == 0) puller.waitForBlocks(2);
+        ASSERT_EQ(mixer.pause(source), noErr);
+        const int ends = buffers[0]->ends + buffers[1]->ends + buffers[2]->ends;
+        for (auto& buffer : buffers)
+            buffer->samples.assign(buffer->samples.size(), 0); // nobody reads them now
+        EXPECT_EQ(buffers[0]->ends + buffers[1]->ends + buffers[2]->ends, ends);
+        ASSERT_EQ(mixer.start(source), noErr);
+        if (round % 4 != 0) ASSERT_EQ(mixer.stop(source), noErr);
+        if (round % 4 == 1) buffers.clear();
+        ASSERT_EQ(SoundComponentRemoveSource(mixer.instance, source), noErr);
+    }
+}
+
+TEST(MixerThreads, SourcesStartedTogetherBeginTogether)
+{
+    Mixer mixer({}, 16);
+    std::atomic<int> halves{0}, wholes{0};
+    const Puller puller(mixer.instance, [&](const SoundComponentData& data) {
+        for (long i = 0; i < 2 * data.sampleCount; ++i) {
+            const int sample = static_cast<SInt16>(data.buffer[2 * i + 1] << 8 | data.buffer[2 * i]);
+            ++(sample == 0x4000 ? wholes : halves);
+        }
+    });
+    SoundSource sources[] = {mixer.add(), mixer.add()};
+    for (int round = 0; round < 1000; ++round) {
+        Buffer one({}, encode({}, Samples(64, 0.25))), two({}, encode({}, Samples(64, 0.25)));
+        ASSERT_EQ(mixer.play(sources[0], one, kSourcePaused), noErr);
+        ASSERT_EQ(mixer.play(sources[1], two, kSourcePaused), noErr);
+        ASSERT_EQ(SoundComponentStartSource(mixer.instance, 2, sources), noErr);
+        puller.waitForBlocks(8);
+        ASSERT_EQ(SoundComponentStopSource(mixer.instance, 2, sources), noErr);
+        ASSERT_EQ(one.ends + two.ends, 2);
+    }
+    EXPECT_EQ(halves, 0) << "one was heard without the other";
+    EXPECT_EQ(wholes, 64 * 1000);
+}
+
+TEST(MixerThreads, ItIsClosedWhileItIsFetched)
+{
+    for (int round = 0; round < 1000; ++round) {
+        auto mixer = std::make_unique<Mixer>(Form{}, 32);
+        const SoundSource source = mixer->add();
+        std::atomic<bool> mayEnd{true};
+        Buffer buffer({}, noise({}, 100));
+        buffer.atEnd = [&] {
+            EXPECT_TRUE(mayEnd) << "after the mixer was closed";
+            mixer->play(source, buffer); // for ever
+        };
+        ASSERT_EQ(mixer->play(source, buffer), noErr);
+        const ComponentInstance instance = mixer->instance;
+        const Puller puller(instance);
+        if (round % 2) puller.waitForBlocks(1);
+        ASSERT_EQ(CloseMixerSoundComponent(instance), noErr);
+        mixer->instance = nullptr;
+        mayEnd = false;
+    }
+    EXPECT_EQ(alive("ComponentInstance"), 0);
+}
+
+TEST(MixerThreads, SeveralClientsAndACompletionThatGoesOn)
+{
+    Mixer mixer({}, 64);
+    const SoundSource steady = mixer.add();
+    Buffer loop({}, noise({}, 50));
+    std::atomic<bool> goesOn{true};
+    loop.atEnd = [&] {
+        if (goesOn) mixer.play(steady, loop);
+    };
+    ASSERT_EQ(mixer.play(steady, loop), noErr);
+    {
+        const Puller puller(mixer.instance);
+        std::vector<std::thread> clients;
+        for (int client = 0; client < 3; ++client)
+            clients.emplace_back([&mixer] {
+                for (int round = 0; round < 300; ++round) {
+                    SoundSource source = nullptr;
+                    EXPECT_EQ(SoundComponentAddSource(mixer.instance, &source), noErr);
+                    Buffer buffer({'sowt', 16, 2, 22050}, noise({}, 100));
+                    EXPECT_EQ(mixer.play(source, buffer), noErr);
+                    SoundComponentSetInfo(mixer.instance, source, siVolume,
+                                          reinterpret_cast<void*>(0x00800080));
+                    EXPECT_EQ(round % 2 ? mixer.stop(source)
+                                        : SoundComponentRemoveSource(mixer.instance, source),
+                              noErr);
+                    SoundComponentRemoveSource(mixer.instance, source);
+                }
+            });
+        for (std::thread& client : clients) client.join();
+        goesOn = false;
+    }
+    mixer.pullAll();
+    EXPECT_GT(loop.ends, 0);
+}
+
+// Only one fetches at a time; the other is told so at once.
+TEST(MixerThreads, TwoThatFetch)
+{
+    Mixer mixer({}, 256);
+    const Puller one(mixer.instance);
+    for (int i = 0; i < 2000; ++i) {
+        SoundComponentDataPtr data = reinterpret_cast<SoundComponentDataPtr>(&mixer);
+        const ComponentResult status = SoundComponentGetSourceData(mixer.instance, &data);
+        EXPECT_TRUE(status == noErr || status == channelBusy);
+        EXPECT_EQ(data != nullptr, status == noErr);
+    }
+}
+
+} // namespace
