@@ -19,6 +19,7 @@ void addClassesCommand(CLI::App& app, Action& action);
 void addDevicesCommand(CLI::App& app, Action& action);
 void addGetCommand(CLI::App& app, Action& action);
 void addSetCommand(CLI::App& app, Action& action);
+void addSoundStreamCommand(CLI::App& app, Action& action);
 void addTuneCommand(CLI::App& app, Action& action);
 
 } // namespace kvx

@@ -2,8 +2,6 @@
 
 #include "host/kvx/commands.h"
 
-#include <KVXPlatform/KVXPlatform.h>
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -23,7 +21,15 @@ host::Options hostOptions(const LibraryOptions& options)
 {
     host::Options result;
     result.version = options.hostVersion;
+    result.isBuiltProgram = !options.isDevelopment;
     return result;
+}
+
+std::uint32_t countOf(const std::vector<KVXAccount>& accounts, std::string_view kind)
+{
+    for (const KVXAccount& each : accounts)
+        if (each.kind == kind) return each.count;
+    return 0;
 }
 
 } // namespace
@@ -43,7 +49,7 @@ Library::Library(const LibraryOptions& options) : host_(hostOptions(options))
     host_.load(options.path.empty() ? pathBesideThisProgram("KVXAudio.so") : options.path);
 }
 
-std::string Library::leftOver() const
+std::string Library::leftOver(const std::vector<KVXAccount>& kept) const
 {
     std::string text = host_.leaks().text();
     for (const std::string& misuse : host_.misuses()) text += misuse + "\n";
@@ -51,13 +57,14 @@ std::string Library::leftOver() const
     std::array<KVXAccount, 32> accounts{};
     const std::uint32_t kinds = KVXPlatformGetAccounts(accounts.data(), std::uint32_t(accounts.size()));
     for (std::size_t i = 0; i < std::min<std::size_t>(kinds, accounts.size()); ++i)
-        text += fmt::format("{} of the platform: {} left\n", accounts[i].kind, accounts[i].count);
+        if (accounts[i].count > countOf(kept, accounts[i].kind))
+            text += fmt::format("{} of the platform: {} left\n", accounts[i].kind, accounts[i].count);
     return text;
 }
 
-int closeLibrary(const Library& library, int exitCode)
+int closeLibrary(const Library& library, int exitCode, const std::vector<KVXAccount>& kept)
 {
-    const std::string text = library.leftOver();
+    const std::string text = library.leftOver(kept);
     if (text.empty()) return exitCode;
     std::fprintf(stderr, "kvx: left over at the end:\n%s", text.c_str());
     return exitCode == 0 ? 1 : exitCode;

@@ -36,6 +36,7 @@ int run(int argumentCount, char** arguments)
     kvx::addDevicesCommand(app, action);
     kvx::addGetCommand(app, action);
     kvx::addSetCommand(app, action);
+    kvx::addSoundStreamCommand(app, action);
     kvx::addTuneCommand(app, action);
 
     try {

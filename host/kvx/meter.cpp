@@ -16,8 +16,9 @@ void Meter::listen(void* context, const float* samples, std::uint32_t frames, st
         if (magnitude > peak) peak = magnitude;
     }
     // The only other writer resets to 0: a peak lost to that is shown by the next slice.
-    std::atomic<float>& held = static_cast<Meter*>(context)->peak_;
-    if (peak > held.load(std::memory_order_relaxed)) held.store(peak, std::memory_order_relaxed);
+    Meter& self = *static_cast<Meter*>(context);
+    if (peak > self.peak_.load(std::memory_order_relaxed)) self.peak_.store(peak, std::memory_order_relaxed);
+    self.frames_.fetch_add(frames, std::memory_order_relaxed);
 }
 
 } // namespace kvx

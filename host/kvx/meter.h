@@ -1,4 +1,4 @@
-// The level of what a device plays.
+// The level of what a device plays, and how much it was.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -19,11 +19,15 @@ public:
     /// The greatest magnitude since the last call, full scale 1; 0 for silence. [main]
     float takePeak() { return peak_.exchange(0.0f, std::memory_order_relaxed); }
 
+    /// Frames since construction. A slice under way is not counted yet. [any]
+    std::uint64_t frames() const { return frames_.load(std::memory_order_relaxed); }
+
 private:
     static void listen(void* context, const float* samples, std::uint32_t frames, std::uint32_t channels);
 
     KVXDeviceID device_;
     std::atomic<float> peak_{0.0f};
+    std::atomic<std::uint64_t> frames_{0};
 };
 
 } // namespace kvx

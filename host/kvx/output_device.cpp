@@ -43,6 +43,12 @@ KVXDeviceInfo defaultDevice()
     return *found;
 }
 
+// The user left the choice to the system, and the system has no hardware that opens.
+bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish)
+{
+    return device.isSimulated && wish.choice.empty() && !std::getenv("KVX_AUDIO_DEVICE");
+}
+
 } // namespace
 
 std::vector<KVXDeviceInfo> listDevices()
@@ -87,10 +93,9 @@ KVXDeviceInfo deviceNow(const KVXDeviceInfo& device)
     return gone;
 }
 
-void passTime(const KVXDeviceInfo& device, bool isStepped)
+void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint32_t stepFrames)
 {
-    constexpr double pollSeconds = 0.02;
-    constexpr std::uint32_t stepFrames = 4096; // between two looks at the player
+    constexpr double pollSeconds = 0.02; // between two looks at the player
     if (isStepped) KVXPlatformStep(device.device, stepFrames);
     KVXPlatformDrainMainQueue(isStepped ? 0.0 : pollSeconds);
 }
@@ -101,9 +106,12 @@ Failure wentAway(const KVXDeviceInfo& device)
         fmt::format("{} went away while playing; choose another device with --device", device.name));
 }
 
-bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish)
+std::string printDevice(const KVXDeviceInfo& device, const DeviceWish& wish)
 {
-    return device.isSimulated && wish.choice.empty() && !std::getenv("KVX_AUDIO_DEVICE");
+    if (!isForWantOfHardware(device, wish))
+        return fmt::format("Device: {}, {} Hz", device.name, device.sampleRate);
+    return fmt::format("No sound hardware opens here, so this plays to the simulated device{}",
+                       wish.isStepped ? "." : ", in real time.");
 }
 
 } // namespace kvx

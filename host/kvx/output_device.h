@@ -29,13 +29,14 @@ KVXDeviceInfo chooseDevice(const DeviceWish& wish);
 /// The device as it is now; one that is no longer listed comes back as not alive.
 KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
 
-/// Let time pass and events come in: a stepped device is turned by hand, any other turns itself.
-void passTime(const KVXDeviceInfo& device, bool isStepped);
+/// Let time pass and events come in: a stepped device is turned by hand, that many frames; any other turns
+/// itself.
+void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint32_t stepFrames = 4096);
 
 /// For a device that is no longer alive while it plays.
 Failure wentAway(const KVXDeviceInfo& device);
 
-/// Whether the user left the choice to the system and the system has no hardware that opens.
-bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish);
+/// What is played to, and why, in a line for the user.
+std::string printDevice(const KVXDeviceInfo& device, const DeviceWish& wish);
 
 } // namespace kvx

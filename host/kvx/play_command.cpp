@@ -85,12 +85,7 @@ int play(const PlayOptions& options)
     if (!captureTo.empty()) capture.emplace(device.device, captureTo);
     Library library(options.library);
 
-    if (isForWantOfHardware(device, options.device))
-        progress.say("No sound hardware opens here, so this plays to the simulated device" +
-                     std::string(options.device.isStepped ? "." : ", in real time."));
-    else
-        progress.say(fmt::format("Device: {}, {} Hz", device.name, device.sampleRate));
-
+    progress.say(printDevice(device, options.device));
     const bool isStepped = options.device.isStepped;
     const bool isHeard =
         options.isBuffered

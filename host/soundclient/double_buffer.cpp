@@ -1,0 +1,142 @@
+#include "host/soundclient/double_buffer.h"
+
+#include <Carbon/Carbon.h>
+
+#include <array>
+#include <atomic>
+#include <utility>
+#include <vector>
+
+namespace soundclient {
+namespace {
+
+/// What both threads count.
+struct Accounts {
+    std::atomic<std::uint64_t> framesTaken{0};
+    std::atomic<int> waiting{0};     // buffers
+    std::atomic<bool> isRead{false}; // all of it
+    std::atomic<bool> hadGap{false};
+};
+
+struct Buffer {
+    Accounts* accounts = nullptr;
+    SoundParamBlock block = {};
+    std::vector<std::uint8_t> bytes;
+    std::atomic<bool> isFree{true}; // the main thread's; else it is being played
+};
+
+/// A buffer has been played. [audio]
+Boolean takeBack(SoundParamBlockPtr* block)
+{
+    Buffer& buffer = *reinterpret_cast<Buffer*>((*block)->refCon);
+    Accounts& accounts = *buffer.accounts;
+    accounts.framesTaken += static_cast<std::uint64_t>((*block)->desc.sampleCount);
+    if (accounts.waiting.fetch_sub(1) == 1 && !accounts.isRead) accounts.hadGap = true;
+    buffer.isFree = true; // from here on it is filled again
+    return true;
+}
+
+void describe(SoundParamBlock& block, const OutputForm& form, Labelling labelling)
+{
+    block = {};
+    block.recordSize = sizeof block;
+    block.desc.format = formatOf(labelling);
+    block.desc.numChannels = static_cast<short>(form.channels);
+    block.desc.sampleSize = static_cast<short>(form.bits);
+    block.desc.sampleRate = static_cast<UnsignedFixed>(form.rate * 65536.0);
+    block.rateMultiplier = 0x10000;
+    block.leftVolume = block.rightVolume = kFullVolume;
+    block.completionRtn = takeBack;
+}
+
+} // namespace
+
+struct DoubleBuffer::State {
+    SoundOutput& output;
+    Labelling labelling;
+    std::size_t frames;
+    Read read;
+    std::size_t channels = 0;
+    Source source = nullptr;
+    std::vector<std::int16_t> samples;
+    Accounts accounts;
+    std::uint64_t framesRead = 0;
+    std::array<Buffer, 2> buffers;
+    std::size_t next = 0; // the buffer whose turn it is
+
+    State(SoundOutput& o, Labelling l, std::size_t f, Read r)
+        : output(o), labelling(l), frames(f), read(std::move(r))
+    {
+        const OutputForm form = output.form();
+        if (form.bits != 16) throw Refusal("playing 16-bit samples", siInvalidSampleSize);
+        channels = static_cast<std::size_t>(form.channels);
+        samples.resize(frames * channels);
+        for (Buffer& buffer : buffers) {
+            buffer.accounts = &accounts;
+            buffer.bytes.resize(samples.size() * sizeof samples[0]);
+            describe(buffer.block, form, labelling);
+            buffer.block.desc.buffer = buffer.bytes.data();
+            buffer.block.refCon = reinterpret_cast<long>(&buffer);
+        }
+        source = output.addSource();
+    }
+
+    /// False when nothing was left to fill it with.
+    bool fill(Buffer& buffer)
+    {
+        const std::size_t got = read(samples.data(), frames);
+        if (got < frames) accounts.isRead = true;
+        framesRead += got;
+        writeSamples(labelling, samples.data(), got * channels, buffer.bytes.data());
+        buffer.block.desc.sampleCount = static_cast<long>(got);
+        return got > 0;
+    }
+
+    void give(Buffer& buffer)
+    {
+        constexpr bool asItStands = true; // the source plays or rests as before
+        buffer.isFree = false;
+        ++accounts.waiting;
+        output.play(source, buffer.block, asItStands);
+    }
+};
+
+DoubleBuffer::DoubleBuffer(SoundOutput& output, Labelling labelling, std::size_t frames, Read read)
+    : state_(std::make_unique<State>(output, labelling, frames, std::move(read)))
+{
+}
+
+DoubleBuffer::~DoubleBuffer()
+{
+    try {
+        state_->output.stop(state_->source);
+        state_->output.removeSource(state_->source);
+    } catch (const Refusal&) {
+        // Nobody is left to tell; closing the output ends the source as well.
+    }
+}
+
+void DoubleBuffer::feed()
+{
+    State& state = *state_;
+    while (!state.accounts.isRead && state.buffers[state.next].isFree) {
+        Buffer& buffer = state.buffers[state.next];
+        if (!state.fill(buffer)) return;
+        state.give(buffer);
+        state.next = (state.next + 1) % state.buffers.size();
+    }
+}
+
+void DoubleBuffer::start() { state_->output.start(state_->source); }
+
+void DoubleBuffer::pause() { state_->output.pause(state_->source); }
+
+bool DoubleBuffer::isUsedUp() const { return state_->accounts.isRead && state_->accounts.waiting == 0; }
+
+bool DoubleBuffer::hadGap() const { return state_->accounts.hadGap; }
+
+std::uint64_t DoubleBuffer::framesRead() const { return state_->framesRead; }
+
+std::uint64_t DoubleBuffer::framesTaken() const { return state_->accounts.framesTaken; }
+
+} // namespace soundclient
