@@ -37,13 +37,6 @@ std::vector<KVXDeviceInfo> deviceList()
     return rows;
 }
 
-std::string nameOf(KVXDeviceID id)
-{
-    for (const KVXDeviceInfo& row : deviceList())
-        if (row.device == id) return row.name;
-    return "";
-}
-
 KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inputs)
 {
     KVXSimulatedDevice description = {};
@@ -85,12 +78,11 @@ TEST_F(Devices, TheDefaultOneIsTheSystems)
     const host::Object player = loaded.host.create(filePlayerClass);
     SteppedDevice device;
     EXPECT_EQ(player.get("DefaultDeviceID").integer(), std::int64_t(KVXPlatformBuiltInSimulatedDevice()));
-    ASSERT_EQ(KVXPlatformChooseOutputDevice(nameOf(device.id()).c_str()), 0);
+    chooseDefaultDevice(loaded.host, device.id());
     EXPECT_EQ(player.get("DefaultDeviceID").integer(), std::int64_t(device.id()));
     EXPECT_EQ(player.get("Lasterror").integer(), 0);
     EXPECT_EQ(player.get("CurrentDeviceID").integer(), 0) << "nothing is loaded";
     EXPECT_NE(player.get("Lasterror").integer(), 0);
-    ASSERT_EQ(KVXPlatformChooseOutputDevice("simulated"), 0);
 }
 
 // ---- moving ----
@@ -195,8 +187,7 @@ void stepUntilHeard(SteppedDevice& device, std::uint32_t frames)
 TEST_F(Devices, TheDefaultOutputFollowsTheDefaultDevice)
 {
     SteppedDevice first, second;
-    const std::string names[] = {nameOf(first.id()), nameOf(second.id())};
-    ASSERT_EQ(KVXPlatformChooseOutputDevice(names[0].c_str()), 0);
+    chooseDefaultDevice(loaded.host, first.id());
     {
         FilePlayer::Setup setup;
         setup.outputUnit = 3;
@@ -207,7 +198,7 @@ TEST_F(Devices, TheDefaultOutputFollowsTheDefaultDevice)
         std::size_t at = 1000;
         for (int round = 0; round < 3; ++round) {
             SteppedDevice& next = round % 2 ? first : second;
-            ASSERT_EQ(KVXPlatformChooseOutputDevice(names[round % 2 ? 0 : 1].c_str()), 0);
+            chooseDefaultDevice(loaded.host, next.id());
             next.forget();
             stepUntilHeard(next, 1000);
             expectSamples(next.heard(), frames(at, 1000));
@@ -216,18 +207,16 @@ TEST_F(Devices, TheDefaultOutputFollowsTheDefaultDevice)
             EXPECT_TRUE(player.isPlaying());
         }
     }
-    ASSERT_EQ(KVXPlatformChooseOutputDevice("simulated"), 0);
 }
 
 TEST_F(Devices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
 {
     SteppedDevice fallback;
-    ASSERT_EQ(KVXPlatformChooseOutputDevice(nameOf(fallback.id()).c_str()), 0);
     KVXSimulatedDevice description = {};
     description.name = "Unplugged";
     description.isStepped = 1;
     const KVXDeviceID unplugged = KVXPlatformAddSimulatedDevice(&description);
-    ASSERT_EQ(KVXPlatformChooseOutputDevice("Unplugged"), 0);
+    chooseDefaultDevice(loaded.host, unplugged);
     {
         FilePlayer::Setup setup;
         setup.outputUnit = 3;
@@ -235,9 +224,8 @@ TEST_F(Devices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
         player.play();
         ASSERT_EQ(KVXPlatformStep(unplugged, 1000), 1000u);
         ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(unplugged), 0);
-        const std::string next = nameOf(KVXDeviceID(player.get("DefaultDeviceID")));
-        EXPECT_NE(next, "");
-        ASSERT_EQ(KVXPlatformChooseOutputDevice(nameOf(fallback.id()).c_str()), 0);
+        EXPECT_NE(player.get("DefaultDeviceID"), unplugged);
+        chooseDefaultDevice(loaded.host, fallback.id());
         stepUntilHeard(fallback, 1000);
         // Until it moved, what was played was thrown away; it goes on behind that.
         const Samples heard = fallback.heard();
@@ -248,7 +236,6 @@ TEST_F(Devices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
         EXPECT_TRUE(player.isPlaying());
         player.pause();
     }
-    ASSERT_EQ(KVXPlatformChooseOutputDevice("simulated"), 0);
 }
 
 // ---- devices that go away ----
