@@ -3,11 +3,19 @@
 #include "bench/files.h"
 #include "bench/music.h"
 
+#include <filesystem>
 #include <malloc.h>
 #include <stdexcept>
+#include <string>
 
 namespace bench {
 namespace {
+
+/// Beside this program, wherever a copy of both stands.
+std::string libraryPath()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "KVXAudio.so";
+}
 
 double takenByHost = 0;
 
@@ -25,7 +33,7 @@ host::Host& loadedHost()
     static host::Host& host = *[] {
         const double before = heapBytes();
         auto* const made = new host::Host;
-        made->load(KVX_BINARY_DIR "/KVXAudio.so");
+        made->load(libraryPath());
         takenByHost = heapBytes() - before;
         return made;
     }();

@@ -1,6 +1,8 @@
 // One scenario by name, for a tool that counts its instructions: what is made first is not counted, what runs
-// inside `kvx_counted` is. Work is fixed, so that the count is the same on every run.
+// inside `kvx_counted` is. Work is fixed, so that the count is the same on every run. --prepare writes the
+// file that some of them play.
 #include "bench/file_player.h"
+#include "bench/files.h"
 #include "bench/music.h"
 #include "bench/one_slice.h"
 #include "player/conversion.h"
@@ -113,6 +115,7 @@ int main(int count, char** arguments)
     setenv("KVX_AUDIO_DEVICE", "simulated", 1);
     const std::string_view wanted = count == 2 ? arguments[1] : "";
     try {
+        if (wanted == "--prepare") return bench::fileOf(bench::fileKinds[0]), 0;
         for (const auto& each : scenarios) {
             if (wanted == "--list")
                 std::puts(each.name.data());
@@ -124,6 +127,6 @@ int main(int count, char** arguments)
         return 1;
     }
     if (wanted == "--list") return 0;
-    std::fputs("usage: kvx_kernels NAME | --list\n", stderr);
+    std::fputs("usage: kvx_kernels NAME | --list | --prepare| --list\n", stderr);
     return 2;
 }
