@@ -1,6 +1,6 @@
 #include "tests/soundstream/classic_client.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace soundstream_test {
 
@@ -28,7 +28,7 @@ ComponentResult send(ComponentInstance instance, SInt16 selector, std::initializ
         ComponentParameters parameters;
         long more[8];
     } request = {{0, static_cast<UInt8>(words.size() * sizeof(long)), selector, {0}}, {}};
-    std::memcpy(request.parameters.params, words.begin(), words.size() * sizeof(long));
+    std::copy(words.begin(), words.end(), request.parameters.params);
     return DelegateComponentCall(&request.parameters, instance);
 }
 

@@ -4,7 +4,6 @@
 #include "tests/support/c_library_spy.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace soundstream_test {
 
@@ -65,7 +64,7 @@ ComponentResult StreamTest::sendWith(Handle storage, SInt16 selector, std::initi
         ComponentParameters parameters;
         long more[8];
     } request = {{0, static_cast<UInt8>(words.size() * sizeof(long)), selector, {0}}, {}};
-    std::memcpy(request.parameters.params, words.begin(), words.size() * sizeof(long));
+    std::copy(words.begin(), words.end(), request.parameters.params);
     sound_spy::name(&request.parameters, "the request");
     return dispatcher()(&request.parameters, storage);
 }

@@ -1,0 +1,179 @@
+// Render thread, client and host at once, over the real platform: nothing is used that is gone, nothing is
+// left over. What is heard is nobody's business here; the sanitizers are the judges.
+#include "soundstream/render.h"
+#include "tests/soundstream/classic_client.h"
+#include "tests/soundstream/pulled_list.h"
+#include "tests/soundstream/stream_object.h"
+#include "tests/support/c_library_spy.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace {
+
+using namespace soundstream_test;
+
+constexpr int rounds = 1000;
+
+class SoundStreamThreads : public testing::Test {
+protected:
+    SoundStreamThreads() : samples_(4 * 700, 0x11)
+    {
+        soundComponentEntry = soundStreamDispatcher;
+        makeEntrances();
+        blocksBefore_ = watched::liveBlocks();
+        object_.emplace();
+    }
+    ~SoundStreamThreads() override
+    {
+        object_.reset();
+        unregisterAll();
+        EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left over";
+        EXPECT_EQ(alive("ComponentInstance"), 0u);
+        EXPECT_EQ(alive("Component"), 0u);
+        soundComponentEntry = nullptr;
+    }
+
+    StreamObject& object() { return *object_; }
+
+    /// Pull slice after slice from the state that the host showed last, be it there still or not.
+    void pullUntilDone()
+    {
+        PulledList pulled(2, 64);
+        while (!isDone_) {
+            soundstream::renderFromMixer(shown_, nullptr, nullptr, 0, 64, pulled.list());
+            ++slices_;
+        }
+    }
+    void show() { shown_ = object().state(); }
+
+    /// A classic program's life, in one of its forms.
+    void playOnce(int form)
+    {
+        ClassicClient client;
+        if (!client) return; // the component is not there right now
+        ++lives_;
+        SoundParamBlock block = blockOf(samples_.data(), 700);
+        client.play(block, form & 1);
+        client.start();
+        if (form & 2) client.pause();
+        if (form & 4) awaitSlices(2);
+        if (form & 8) SoundComponentInitOutputDevice(client.instance, 0);
+        client.start();
+        client.stop();
+        client.close();
+    }
+
+    void awaitSlices(int count) const
+    {
+        const int until = slices_ + count;
+        while (slices_ < until && !isDone_) std::this_thread::yield();
+    }
+
+    std::atomic<bool> isDone_{false};
+    std::atomic<void*> shown_{nullptr};
+    std::atomic<int> slices_{0};
+    std::atomic<int> lives_{0}; // of clients that have played
+
+private:
+    std::vector<unsigned char> samples_;
+    std::optional<StreamObject> object_;
+    long blocksBefore_ = 0;
+};
+
+TEST_F(SoundStreamThreads, TheClientComesAndGoes)
+{
+    object().initComponent();
+    object().openComponent();
+    show();
+    std::thread renderThread([this] { pullUntilDone(); });
+    for (int round = 0; round < rounds; ++round) playOnce(round);
+    isDone_ = true;
+    renderThread.join();
+    EXPECT_FALSE(object().isActive());
+}
+
+TEST_F(SoundStreamThreads, TheHostComesAndGoesToo)
+{
+    std::thread renderThread([this] { pullUntilDone(); });
+    std::thread client([this] {
+        for (int round = 0; !isDone_; ++round) playOnce(round);
+    });
+    for (int round = 0; round < rounds || lives_ < rounds / 10; ++round) {
+        object().initComponent();
+        object().openComponent();
+        show();
+        awaitSlices(round % 3);
+        object().isActive();
+        if (round & 1) object().closeComponent();
+        if (round & 2) object().openComponent();
+        if (round & 4) {
+            object().destroy(); // while clients have instances, and the unit its callback
+            object().construct();
+        }
+    }
+    isDone_ = true;
+    client.join();
+    renderThread.join();
+}
+
+TEST_F(SoundStreamThreads, TwoUnitsPullFromOne)
+{
+    object().initComponent();
+    object().openComponent();
+    show();
+    std::thread first([this] { pullUntilDone(); }), second([this] { pullUntilDone(); });
+    for (int round = 0; round < rounds / 8; ++round) playOnce(round);
+    for (int round = 0; round < rounds / 8; ++round) {
+        object().closeComponent();
+        object().openComponent();
+        playOnce(round);
+    }
+    object().initComponent();
+    awaitSlices(2);
+    isDone_ = true;
+    first.join();
+    second.join();
+}
+
+// As in a program: a unit of the platform pulls, on its device's thread.
+TEST_F(SoundStreamThreads, AnOutputUnitPulls)
+{
+    KVXSimulatedDevice description = {};
+    description.name = "Fast";
+    description.sliceFrames = 64;
+    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
+    ASSERT_EQ(KVXPlatformChooseOutputDevice("Fast"), 0);
+    const KVXOutputTap count = [](void* slices, const float*, uint32_t, uint32_t) {
+        ++*static_cast<std::atomic<int>*>(slices);
+    };
+    KVXPlatformSetOutputTap(device, count, &slices_);
+    const HostInteger unit = object().openUnit();
+    ASSERT_NE(unit, 0);
+    object().initComponent();
+    EXPECT_EQ(object().attach(unit), noErr);
+    EXPECT_EQ(object().initialize(unit), noErr);
+
+    std::thread client([this] {
+        for (int round = 0; !isDone_; ++round) playOnce(round);
+    });
+    for (int round = 0; round < rounds || lives_ < rounds / 10; ++round) {
+        object().initComponent();
+        object().openComponent();
+        EXPECT_EQ(object().attach(unit), noErr);
+        EXPECT_EQ(object().start(unit), noErr);
+        if (round % 10 == 0) awaitSlices(1 + round % 3);
+        if (round & 1) object().closeComponent(); // stops the unit
+    }
+    isDone_ = true;
+    client.join();
+    object().destroy();
+    EXPECT_EQ(CloseComponent(reinterpret_cast<ComponentInstance>(unit)), noErr);
+    EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
+}
+
+} // namespace
