@@ -1,5 +1,6 @@
 // A file of any bytes, opened and read in a client format that some of the bytes choose: as the file has it,
 // straight, with other channels and widths, at another rate.
+#include "fuzz/file_in_memory.h"
 #include "fuzz/require.h"
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -9,13 +10,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
@@ -114,27 +110,12 @@ void use(ExtAudioFileRef file, Choice choice)
             "a place is in the file");
 }
 
-/// A file of these bytes that stands nowhere on the disk.
-class File {
-public:
-    File(const std::uint8_t* bytes, std::size_t size) : descriptor(memfd_create("sound", MFD_CLOEXEC))
-    {
-        require(descriptor >= 0 && write(descriptor, bytes, size) == static_cast<ssize_t>(size),
-                "there is memory for the file");
-    }
-    ~File() { close(descriptor); }
-    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor); }
-
-private:
-    const int descriptor;
-};
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     if (size == 0) return 0;
-    const File disk(bytes, size - 1);
+    const FileInMemory disk(bytes, size - 1);
     const std::string path = disk.path();
     const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
         nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), false);
