@@ -140,7 +140,7 @@ TEST_F(SoundStreamDispatcher, AHandlerThatThePlatformThrowsAtFailsByItself)
     sound_spy::answer("NewHandle").during = [] { throw Thrown(); };
     SoundInfoList list = {};
     EXPECT_EQ(send(instance, 259, {0, siSampleRateAvailable, reinterpret_cast<long>(&list)}), memFullErr);
-    EXPECT_EQ(list.infoHandle, nullptr);
+    EXPECT_TRUE(list.infoHandle == nullptr);
 }
 
 TEST_F(SoundStreamDispatcher, AnInstanceThatCannotBeOpenedLeavesNothingBehind)
