@@ -1,4 +1,5 @@
 // Where each field of a record stands: programs were compiled with these places.
+#include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -76,9 +77,53 @@ TEST(Offsets, AreThoseOfTheTarget)
         FIELD(AbsoluteTime, hi, 4),
         FIELD(Float80, exp, 0),
         FIELD(Float80, man, 2),
+        FIELD(ComponentDescription, componentType, 0),
+        FIELD(ComponentDescription, componentSubType, 4),
+        FIELD(ComponentDescription, componentManufacturer, 8),
+        FIELD(ComponentDescription, componentFlags, 12),
+        FIELD(ComponentDescription, componentFlagsMask, 16),
+        FIELD(ComponentParameters, flags, 0),
+        FIELD(ComponentParameters, paramSize, 1),
+        FIELD(ComponentParameters, what, 2),
+        FIELD(ComponentParameters, params, 4),
+        FIELD(SoundInfoList, count, 0),
+        FIELD(SoundInfoList, infoHandle, 2),
+        FIELD(SoundComponentData, flags, 0),
+        FIELD(SoundComponentData, format, 4),
+        FIELD(SoundComponentData, numChannels, 8),
+        FIELD(SoundComponentData, sampleSize, 10),
+        FIELD(SoundComponentData, sampleRate, 12),
+        FIELD(SoundComponentData, sampleCount, 16),
+        FIELD(SoundComponentData, buffer, 20),
+        FIELD(SoundComponentData, reserved, 24),
+        FIELD(SoundParamBlock, recordSize, 0),
+        FIELD(SoundParamBlock, desc, 4),
+        FIELD(SoundParamBlock, rateMultiplier, 32),
+        FIELD(SoundParamBlock, leftVolume, 36),
+        FIELD(SoundParamBlock, rightVolume, 38),
+        FIELD(SoundParamBlock, quality, 40),
+        FIELD(SoundParamBlock, filter, 44),
+        FIELD(SoundParamBlock, moreRtn, 48),
+        FIELD(SoundParamBlock, completionRtn, 52),
+        FIELD(SoundParamBlock, refCon, 56),
+        FIELD(SoundParamBlock, result, 60),
 #undef FIELD
     };
     for (const auto& fact : facts) EXPECT_EQ(fact.place, fact.expected) << fact.field;
+}
+
+TEST(Offsets, LeaveNothingBehindTheLastField)
+{
+    if (sizeof(void*) != 4) GTEST_SKIP() << "sizes are those of the 32-bit target";
+    EXPECT_EQ(sizeof(ComponentRecord), 4u);
+    EXPECT_EQ(sizeof(ComponentInstanceRecord), 4u);
+    EXPECT_EQ(sizeof(ComponentDescription), 20u);
+    EXPECT_EQ(sizeof(ComponentParameters), 8u);
+    EXPECT_EQ(sizeof(SoundInfoList), 6u);
+    EXPECT_EQ(sizeof(SoundComponentData), 28u);
+    EXPECT_EQ(sizeof(SoundParamBlock), 62u);
+    EXPECT_EQ(alignof(SoundParamBlock), 2u);
+    EXPECT_EQ(sizeof(Str255), 256u);
 }
 
 } // namespace
