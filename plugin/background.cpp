@@ -21,9 +21,9 @@ constexpr Duration waitStep = 1; // milliseconds
 struct RunThreadState {
     pthread_t thread;       ///< without a queue only
     pthread_mutex_t* mutex; ///< guards `done`; null if there was no memory for it
-    std::uint8_t running;   ///< a worker exists
+    std::uint8_t running;   ///< a worker exists. Nobody reads it but a debugger: what a call is doing
     std::uint8_t done;      ///< set by the worker as its last act
-    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue
+    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue. Nobody reads it either
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);
@@ -103,7 +103,9 @@ void waitOneStep()
 
 void idle(const RunThreadState& state)
 {
-    if (state.idle) state.idle(state.data);
+    unheard([&state] {
+        if (state.idle) state.idle(state.data);
+    });
 }
 
 void waitForWorker(RunThreadState& state)

@@ -31,7 +31,13 @@ void slowWork(const void* data)
     work(data);
 }
 
-void idle(const void* data) { background_spy::note(data == &theData ? "idle" : "idle with something else"); }
+std::size_t idles, throwingIdle; // counted from 1; that one throws
+
+void idle(const void* data)
+{
+    background_spy::note(data == &theData ? "idle" : "idle with something else");
+    if (++idles == throwingIdle) throw 1;
+}
 
 Notes& operator+=(Notes& notes, const Notes& more)
 {
@@ -43,12 +49,15 @@ Notes& operator+=(Notes& notes, const Notes& more)
 struct Call {
     Script script;
     bool isSlow = false, isNull = false, hasIdle = true, hasYield = true;
+    std::size_t throwingIdle = 0;
 };
 
 Seen run(const Call& call)
 {
     gResolver = call.hasYield ? background_spy::hostThatYields : background_spy::hostThatDoesNot;
     forgetServices();
+    idles = 0;
+    throwingIdle = call.throwingIdle;
     background_spy::begin(call.script);
     EXPECT_NO_THROW(RunThreadedBlocks(&theData,
                                       call.isNull   ? nullptr
@@ -151,12 +160,13 @@ TEST(Background, WaitsForTheWorkerWhateverIsThrown)
 {
     const struct {
         const char* why;
-        std::size_t yield, upTime, wait;
+        std::size_t yield, upTime, wait, idle = 0;
     } facts[] = {
         {"the first yield", 1, 0, 0},  {"one within the loop", 2, 0, 0},
         {"the next", 3, 0, 0},         {"the last yield", 5, 0, 0},
         {"a clock", 0, 1, 0},          {"the last wait", 0, 0, 3},
-        {"any of the waits", 0, 0, 2},
+        {"any of the waits", 0, 0, 2}, {"the first idling", 0, 0, 0, 1},
+        {"one of them", 0, 0, 0, 3},   {"the last idling", 0, 0, 0, 4},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -166,6 +176,7 @@ TEST(Background, WaitsForTheWorkerWhateverIsThrown)
         call.script.throwingYield = fact.yield;
         call.script.throwingUpTime = fact.upTime;
         call.script.throwingWait = fact.wait;
+        call.throwingIdle = fact.idle;
         const Seen seen = run(call);
         EXPECT_EQ(seen.there, expectedThere(call));
         if (fact.upTime == 0) {
