@@ -22,7 +22,8 @@ void silence(AudioBufferList& list)
 void fill(const LoadedAudio& audio, UInt32 position, UInt32 frames, AudioBufferList& list)
 {
     const UInt64 bytesPerFrame = audio.format.mBytesPerFrame;
-    const UInt64 left = position < audio.frameCount ? (audio.frameCount - position) * bytesPerFrame : 0;
+    const bool hasMusic = audio.samples && position < audio.frameCount; // a read that failed leaves none
+    const UInt64 left = hasMusic ? (audio.frameCount - position) * bytesPerFrame : 0;
     const UInt64 wanted = list.mNumberBuffers ? list.mBuffers[0].mDataByteSize : 0;
     if (UInt64{position} + frames > audio.frameCount || wanted > left) silence(list);
     if (!left || !wanted || !list.mBuffers[0].mData) return;
@@ -30,8 +31,6 @@ void fill(const LoadedAudio& audio, UInt32 position, UInt32 frames, AudioBufferL
                 reinterpret_cast<const char*>(audio.samples) + position * bytesPerFrame,
                 static_cast<std::size_t>(std::min(wanted, left)));
 }
-
-UInt32 frameAt(double frames) { return static_cast<UInt32>(truncateTo64(frames)); }
 
 /// Where the next slice begins, when this one ended at `position`.
 UInt32 looped(const AUPlayerData& player, UInt32 position)

@@ -20,8 +20,6 @@ double framesPerSecondOfLoops(const AUPlayerData& player)
     return static_cast<double>(static_cast<float>(framesPerSecond(player)));
 }
 
-UInt32 frameAt(double frames) { return static_cast<UInt32>(truncateTo64(frames)); }
-
 /// Ask the graph, and keep the status.
 bool isRunning(AUPlayerData& player)
 {
@@ -83,7 +81,7 @@ double getCurrentTime(REALobjectStruct* object, HostInteger)
 void setCurrentTime(REALobjectStruct* object, HostInteger, double seconds)
 {
     AUPlayerData& player = dataOf(object);
-    storeRelaxed(player.position, frameAt(framesPerSecond(player) * seconds));
+    storeRelaxed(player.position, UInt32{frameAt(framesPerSecond(player) * seconds)});
 }
 
 double getTrackLength(REALobjectStruct* object, HostInteger)

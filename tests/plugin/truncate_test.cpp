@@ -42,10 +42,29 @@ TEST(Truncation, IsTowardZeroAndHasOneAnswerForWhatDoesNotFit)
     // clang-format on
     for (const auto& fact : facts) {
         EXPECT_EQ(truncateTo64(fact.value), fact.truncated) << fact.value << ": " << fact.why;
-        EXPECT_EQ(static_cast<std::uint32_t>(truncateTo64(fact.value)),
-                  static_cast<std::uint32_t>(fact.truncated));
+        EXPECT_EQ(frameAt(fact.value), static_cast<std::uint32_t>(fact.truncated))
+            << fact.value << ": " << fact.why;
     }
-    EXPECT_EQ(static_cast<std::uint32_t>(truncateTo64(infinity)), 0u) << "its low half is zero";
+}
+
+TEST(Truncation, FramesWrapAtThirtyTwoBits)
+{
+    const struct {
+        double place;
+        std::uint32_t frame;
+        const char* why;
+    } facts[] = {
+        {88200.9, 88200, "toward zero"},
+        {4294967295.0, 0xFFFFFFFF, "the greatest"},
+        {4294967296.0, 0, "and the one behind it"},
+        {-0.5, 0, "up to the first"},
+        {-1.0, 0xFFFFFFFF, "one in front of it"},
+        {-44100.0, 0xFFFF53BC, "a second in front of it"},
+        {std::numeric_limits<double>::infinity(), 0, "the low half is zero"},
+        {std::nan(""), 0, "the low half is zero"},
+    };
+    for (const auto& fact : facts)
+        EXPECT_EQ(frameAt(fact.place), fact.frame) << fact.place << ": " << fact.why;
 }
 
 } // namespace
