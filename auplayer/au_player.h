@@ -26,6 +26,15 @@ struct LoadedAudio {
 
 enum class RateUnit : HostInteger { byDefault = 0, timePitch = 1, varispeed = 2 };
 
+/// By default, and for any other number, it is the one that plays to a device of its own.
+enum class OutputUnit : HostInteger {
+    byDefault = 0,
+    generic = 1,
+    hal = 2,
+    defaultDevice = 3,
+    systemDevice = 4
+};
+
 constexpr double unset = -1; ///< a loop point that was not given
 
 /// Times are seconds where host programs see them and frames of the file in here.
@@ -41,7 +50,7 @@ struct AUPlayerData {
     alignas(8) double loopIn;      ///< frames; `unset`; [main] writes, [audio] reads
     alignas(8) double loopOut;     ///< likewise
     HostInteger timePitchUnit;     ///< a RateUnit
-    HostInteger outputUnit;        ///< which output unit a load takes; the host program's
+    HostInteger outputUnit;        ///< an OutputUnit, for the next load; the host program's
     REALobjectStruct* tag;         ///< a variant, the host program's
     HostBoolean dataIsInterleaved; ///< of the samples in memory, as all that begins with data
     REALfolderItemStruct* file;    ///< with a reference

@@ -1,6 +1,6 @@
 // AUPlayerKVX as the host sees it.
-#include "plugin/class_table.h"
 #include "auplayer/au_player.h"
+
 #include "auplayer/devices.h"
 #include "auplayer/host_arrays.h"
 #include "auplayer/lifetime.h"
@@ -8,6 +8,7 @@
 #include "auplayer/transport.h"
 #include "auplayer/unit_parameters.h"
 #include "plugin/class_data.h"
+#include "plugin/class_table.h"
 #include "plugin/classes.h"
 
 namespace auplayer {

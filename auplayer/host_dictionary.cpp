@@ -6,7 +6,9 @@ namespace auplayer {
 
 namespace {
 
-// The methods of one dictionary, found once for many calls. Every object shares them.
+// The methods of one dictionary, found once for many calls. Every object shares them. Only the setter is
+// called here; the other two are found together with it, so that whoever comes to need one finds it of the
+// same dictionary.
 REALobjectStruct* LastDictionary;
 void (*LastDictionarySetter)(REALobjectStruct*, REALobjectStruct* key, REALobjectStruct* value);
 REALobjectStruct* (*LastDictionaryGetter)(REALobjectStruct*, REALobjectStruct* key);

@@ -23,9 +23,8 @@ struct LoadRequest {
 /// until it has finished.
 /// Shape   channels: of the samples in memory, and between the units; a mixer gets the second.
 /// Thread  [main].
-/// Returns whether the file is loaded and the graph ready to start. `Lasterror` has the status of the
-/// platform
-///         call that failed (a failed read leaves it at 0); what was built stays until the object goes.
+/// Returns whether the file is loaded and the graph ready to start. `Lasterror` has the status of the call
+///         that failed (a failed read leaves it at 0); what was built stays until the object goes.
 /// Errors  a nil file raises "NilObjectException", and so does one that no path leads to; a second load,
 ///         whatever came of the first, "UnsupportedOperationException", and `File` is then the new one; no
 ///         memory for the samples "OutOfMemoryException".

@@ -14,19 +14,24 @@ struct Parameter {
     AudioUnitScope scope;
 };
 
-// The mixer's pan and the newer time-pitch unit are younger than the oldest headers: numbers instead of
-// names.
+// The mixer's pan and the newer time-pitch unit are younger than the oldest headers.
+constexpr AudioUnitParameterID mixerPan = 2;
+constexpr AudioUnitParameterID newTimePitchRate = 0;
+constexpr AudioUnitParameterID newTimePitchPitch = 1;
+constexpr AudioUnitParameterID newTimePitchOverlap = 4;
+constexpr AudioUnitParameterID newTimePitchPeakLocking = 6;
+
 // clang-format off
 //                                  unit                      ID                                            scope
 constexpr Parameter outputVolume = {&AUPlayerData::mixer,     kMultiChannelMixerParam_Volume,               kAudioUnitScope_Output};
 constexpr Parameter inputVolume  = {&AUPlayerData::mixer,     kMultiChannelMixerParam_Volume,               kAudioUnitScope_Input};
 constexpr Parameter inputEnabled = {&AUPlayerData::mixer,     kMultiChannelMixerParam_Enable,               kAudioUnitScope_Input};
-constexpr Parameter pan          = {&AUPlayerData::mixer,     2,                                            kAudioUnitScope_Input};
+constexpr Parameter pan          = {&AUPlayerData::mixer,     mixerPan,                                     kAudioUnitScope_Input};
 constexpr Parameter meterLevel   = {&AUPlayerData::mixer,     kMultiChannelMixerParam_PostAveragePower,     kAudioUnitScope_Input};
-constexpr Parameter timeRate     = {&AUPlayerData::timePitch, 0,                                            kAudioUnitScope_Global};
-constexpr Parameter pitchRate    = {&AUPlayerData::timePitch, 1,                                            kAudioUnitScope_Global};
-constexpr Parameter overlap      = {&AUPlayerData::timePitch, 4,                                            kAudioUnitScope_Global};
-constexpr Parameter peakLocking  = {&AUPlayerData::timePitch, 6,                                            kAudioUnitScope_Global};
+constexpr Parameter timeRate     = {&AUPlayerData::timePitch, newTimePitchRate,                             kAudioUnitScope_Global};
+constexpr Parameter pitchRate    = {&AUPlayerData::timePitch, newTimePitchPitch,                            kAudioUnitScope_Global};
+constexpr Parameter overlap      = {&AUPlayerData::timePitch, newTimePitchOverlap,                          kAudioUnitScope_Global};
+constexpr Parameter peakLocking  = {&AUPlayerData::timePitch, newTimePitchPeakLocking,                      kAudioUnitScope_Global};
 // clang-format on
 
 double get(REALobjectStruct* object, const Parameter& parameter, AudioUnitElement element = 0)
@@ -57,6 +62,16 @@ void bypass(AUPlayerData& player, const AudioUnit& unit, UInt32 isBypassed)
 {
     keepStatus(player, AudioUnitSetProperty(loadAcquired(unit), kAudioUnitProperty_BypassEffect,
                                             kAudioUnitScope_Global, 0, &isBypassed, sizeof isBypassed));
+}
+
+/// The other unit is out of the way before this one is in it.
+void switchTo(AUPlayerData& player, RateUnit choice, const AudioUnit& chosen, const AudioUnit& other)
+{
+    const auto number = static_cast<HostInteger>(choice);
+    if (loadRelaxed(player.timePitchUnit) == number) return;
+    bypass(player, other, 1);
+    bypass(player, chosen, 0);
+    storeRelaxed(player.timePitchUnit, number);
 }
 
 } // namespace
@@ -96,16 +111,15 @@ void setEnablePeakLocking(REALobjectStruct* object, HostInteger, HostBoolean val
 void setTimePitchUnit(REALobjectStruct* object, HostInteger, HostInteger value)
 {
     AUPlayerData& player = beginCall(object);
-    const auto byDefault = static_cast<HostInteger>(RateUnit::byDefault);
-    const auto timePitch = static_cast<HostInteger>(RateUnit::timePitch);
-    const auto varispeed = static_cast<HostInteger>(RateUnit::varispeed);
-
-    const HostInteger mode = value == byDefault ? timePitch : value;
-    if (mode != timePitch && mode != varispeed) return;
-    if (mode == loadRelaxed(player.timePitchUnit)) return;
-    bypass(player, mode == varispeed ? player.timePitch : player.varispeed, 1);
-    bypass(player, mode == varispeed ? player.varispeed : player.timePitch, 0);
-    storeRelaxed(player.timePitchUnit, mode);
+    switch (static_cast<RateUnit>(value)) {
+    case RateUnit::byDefault:
+    case RateUnit::timePitch:
+        switchTo(player, RateUnit::timePitch, player.timePitch, player.varispeed);
+        break;
+    case RateUnit::varispeed:
+        switchTo(player, RateUnit::varispeed, player.varispeed, player.timePitch);
+        break;
+    }
 }
 
 double getInputVolume(REALobjectStruct* object, std::uint32_t inputNum)

@@ -3,11 +3,12 @@
 // What is heard: the mixer is asked for 16-bit little-endian samples, and they are read as big-endian ones. A
 // source of big-endian samples that calls them little-endian ("sowt") passes the mixer untouched and sounds
 // right; one that is honest about its byte order is heard byte-swapped, which is noise.
-#include "plugin/class_table.h"
+#include "soundstream/sound_stream.h"
+
 #include "plugin/class_data.h"
+#include "plugin/class_table.h"
 #include "plugin/classes.h"
 #include "plugin/shared_word.h"
-#include "soundstream/sound_stream.h"
 
 namespace soundstream {
 
