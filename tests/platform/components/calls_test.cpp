@@ -47,8 +47,9 @@ Call callWith(const std::vector<long>& words, int paramSize = -1)
     made.parameters.what = 300;
     made.parameters.paramSize =
         static_cast<UInt8>(paramSize < 0 ? static_cast<int>(words.size() * sizeof(long)) : paramSize);
-    std::memcpy(reinterpret_cast<char*>(&made) + offsetof(ComponentParameters, params), words.data(),
-                words.size() * sizeof(long));
+    if (!words.empty())
+        std::memcpy(reinterpret_cast<char*>(&made) + offsetof(ComponentParameters, params), words.data(),
+                    words.size() * sizeof(long));
     return made;
 }
 
