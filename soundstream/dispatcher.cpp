@@ -74,10 +74,12 @@ ComponentResult CanDo(QTSoundStreamGlobals*, SInt16 selector)
 
 ComponentResult QTSoundStreamDispatch(ComponentParameters* parameters, Handle storage)
 try {
+    const HeldGlobals globals(
+        holdOpen(storage)); // for as long as the request takes, whoever closes meanwhile
     if (const Selector* const row = find(parameters->what))
-        return CallComponentFunctionWithStorageProcInfo(storage, parameters, row->handler, row->procInfo);
+        return CallComponentFunctionWithStorageProcInfo(reinterpret_cast<Handle>(globals.get()), parameters,
+                                                        row->handler, row->procInfo);
     if (parameters->what < kDelegatedSoundComponentSelectors) return badComponentSelector;
-    const auto* const globals = reinterpret_cast<const QTSoundStreamGlobals*>(storage);
     return DelegateComponentCall(parameters, globals ? loadAcquired(globals->mixer) : nullptr);
 } catch (...) {
     return failure;

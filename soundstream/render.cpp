@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 namespace soundstream {
 
@@ -12,11 +11,6 @@ namespace {
 
 constexpr UInt32 bytesPerFrame = 4; // two channels of 16 bits, as the mixer gives them
 constexpr UInt32 buffersOfSilence = 2;
-
-struct Drop {
-    void operator()(QTSoundStreamGlobals* globals) const { drop(globals); }
-};
-using HeldGlobals = std::unique_ptr<QTSoundStreamGlobals, Drop>;
 
 void silence(AudioBuffer& buffer)
 {
@@ -29,13 +23,15 @@ void silence(AudioBufferList& list)
     for (UInt32 i = 0; i < buffersOfSilence; ++i) silence(list.mBuffers[i]);
 }
 
-/// The open instance; null without one. It is held, since a completion routine may close it in our slice.
+/// The open instance; null without one that can be heard now. It is held, since a completion routine may
+/// close it in our slice.
 HeldGlobals openInstance(StreamState& state)
 {
     const RefconRecord* const record = __atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST);
     QTSoundStreamGlobals* const globals =
         record ? __atomic_load_n(&record->globals, __ATOMIC_SEQ_CST) : nullptr;
-    if (globals) hold(*globals);
+    if (!globals || __atomic_load_n(&globals->isHidden, __ATOMIC_SEQ_CST)) return nullptr;
+    hold(*globals);
     return HeldGlobals(globals);
 }
 
@@ -44,9 +40,10 @@ SoundComponentDataPtr nextSourceData(QTSoundStreamGlobals& globals)
 {
     SoundComponentDataPtr data = globals.sourceData;
     if (data && data->sampleCount != 0) return data;
-    const int mixersClosed = globals.mixersClosed;
+    const int mixersClosed = loadRelaxed(globals.mixersClosed);
     SoundComponentGetSourceData(loadAcquired(globals.mixer), &data);
-    if (globals.mixersClosed != mixersClosed) data = nullptr; // a completion routine did: it was that one's
+    if (loadRelaxed(globals.mixersClosed) != mixersClosed)
+        data = nullptr; // a completion routine did: it was that one's
     return globals.sourceData = data;
 }
 

@@ -26,31 +26,25 @@ void setActive(QTSoundStreamGlobals* globals, bool isActive)
     if (globals && globals->refcon) storeRelaxed(globals->refcon->state->streamActive, HostBoolean{isActive});
 }
 
-/// Hidden from the render thread while this lives, if it is the instance that is heard.
+/// An instance hidden from the render thread while this lives; false where another thread is at it.
 class Hidden {
 public:
-    explicit Hidden(QTSoundStreamGlobals& globals) : globals_(globals)
+    explicit Hidden(QTSoundStreamGlobals& globals)
+        : globals_(globals), isIt_(!__atomic_exchange_n(&globals.isHidden, true, __ATOMIC_SEQ_CST))
     {
-        if (!globals.refcon) return;
-        was_ = exchange(&globals, nullptr);
-        waitForRender(*globals.refcon->state->entrance);
+        if (isIt_ && globals.refcon) waitForRender(*globals.refcon->state->entrance);
     }
     ~Hidden()
     {
-        if (was_) exchange(nullptr, &globals_); // unless a later instance is heard by now
+        if (isIt_) __atomic_store_n(&globals_.isHidden, false, __ATOMIC_SEQ_CST);
     }
     Hidden(const Hidden&) = delete;
     Hidden& operator=(const Hidden&) = delete;
+    explicit operator bool() const { return isIt_; }
 
 private:
-    bool exchange(QTSoundStreamGlobals* expected, QTSoundStreamGlobals* instead)
-    {
-        return __atomic_compare_exchange_n(&globals_.refcon->globals, &expected, instead, false,
-                                           __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
-    }
-
     QTSoundStreamGlobals& globals_;
-    bool was_ = false;
+    const bool isIt_;
 };
 
 /// Let the render thread find this instance; null: none, and it is done with any.
@@ -61,24 +55,26 @@ void letHear(RefconRecord* record, QTSoundStreamGlobals* globals)
     if (!globals) waitForRender(*record->state->entrance);
 }
 
-/// While the instance is hidden.
+/// While nobody renders, or on the render thread.
 void closeMixer(QTSoundStreamGlobals& globals)
 {
-    const ComponentInstance mixer = globals.mixer;
+    const ComponentInstance mixer =
+        __atomic_exchange_n(&globals.mixer, ComponentInstance{nullptr}, __ATOMIC_SEQ_CST);
     if (!mixer) return;
-    storeReleased(globals.mixer, ComponentInstance{nullptr});
-    globals.sourceData = nullptr; // the mixer's
-    ++globals.mixersClosed;
+    storeRelaxed(globals.sourceData, SoundComponentDataPtr{nullptr}); // the mixer's
+    __atomic_add_fetch(&globals.mixersClosed, 1, __ATOMIC_RELAXED);
     try {
         CloseMixerSoundComponent(mixer);
     } catch (...) { // there is nothing left to undo
     }
 }
 
-/// What Open made goes again. The render thread loses it first, so that nothing is freed that is in use.
+/// What Open made goes again, once. The render thread loses it first, so that nothing is freed that is in
+/// use.
 struct End {
     void operator()(QTSoundStreamGlobals* globals) const
     {
+        if (!closePlace(*globals)) return;
         letHear(globals->refcon, nullptr);
         closeMixer(*globals);
         drop(globals);
@@ -107,7 +103,7 @@ ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance)
     if (!globals) return noErr;
     setActive(globals, false);
     const ComponentInstance self = globals->self;
-    End()(globals);
+    End()(globals);                             // whoever calls holds them
     SetComponentInstanceStorage(self, nullptr); // for a client that asks again
     return noErr;
 }
@@ -116,11 +112,13 @@ ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long)
 {
     if (!globals) return paramErr;
     const Hidden hidden(*globals);
+    if (!hidden) return channelBusy;
     closeMixer(*globals);
     globals->description = wanted;
     ComponentInstance mixer = nullptr;
     const OSErr status = OpenMixerSoundComponent(&globals->description, 0, &mixer);
-    if (status == noErr) storeReleased(globals->mixer, mixer);
+    if (status == noErr) __atomic_store_n(&globals->mixer, mixer, __ATOMIC_SEQ_CST);
+    if (!isOpen(*globals)) closeMixer(*globals); // closed meanwhile: this one is ours to close
     return status;
 }
 

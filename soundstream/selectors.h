@@ -1,7 +1,8 @@
-// What the component does for its client, a function for each selector. Thread: [client], any one at a time.
+// What the component does for its client, a function for each selector. Thread: [client], also several at a
+// time, and the render thread in a completion routine.
 //
-// `globals` are the instance's storage, null before Open and for a component without memory. Results are the
-// platform's statuses.
+// `globals` are the instance's storage, held by the caller; null before Open, after Close and for a component
+// without memory. Results are the platform's statuses.
 #pragma once
 
 #include "soundstream/stream_state.h"
@@ -20,6 +21,7 @@ ComponentResult Open(QTSoundStreamGlobals* globals, ComponentInstance self);
 ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self);
 
 /// Open the mixer, in place of one from before.
+/// Errors  channelBusy: another thread does already.
 ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long actions);
 
 /// All four pass on to the mixer, and note whether the stream is active.

@@ -28,6 +28,15 @@ Record* newRecord()
     return record;
 }
 
+/// A new record that has found its place; null without one.
+template <class Record, class Find>
+Record* withPlace(Record* record, Find find)
+{
+    if (!record || find(*record)) return record;
+    std::free(record);
+    return nullptr;
+}
+
 template <class Record>
 bool isLastHolder(Record* record)
 {
@@ -38,15 +47,19 @@ bool isLastHolder(Record* record)
 
 StreamState* newStreamState()
 {
-    StreamState* const state = newRecord<StreamState>();
-    if (!state) return nullptr;
-    state->entrance = openEntrance(*state);
-    if (state->entrance) return state;
-    std::free(state);
-    return nullptr;
+    return withPlace(newRecord<StreamState>(), [](StreamState& state) {
+        state.entrance = openEntrance(state);
+        return state.entrance != nullptr;
+    });
 }
 
-QTSoundStreamGlobals* newGlobals() { return newRecord<QTSoundStreamGlobals>(); }
+QTSoundStreamGlobals* newGlobals()
+{
+    return withPlace(newRecord<QTSoundStreamGlobals>(), [](QTSoundStreamGlobals& globals) {
+        globals.place = openPlace(globals);
+        return globals.place != nullptr;
+    });
+}
 
 RefconRecord* newRefconRecord(StreamState& state)
 {

@@ -6,9 +6,12 @@
 
 #include "abi/word.h"
 #include "soundstream/entrance.h"
+#include "soundstream/open_instances.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <Carbon/Carbon.h>
+
+#include <memory>
 
 namespace soundstream {
 
@@ -28,14 +31,16 @@ struct StreamState {
 };
 
 /// What is open of one instance of the component: the instance's storage.
-/// Holders  the instance; the render procedure, while it is inside.
+/// Holders  the instance; each request under way; the render procedure, while it is inside.
 struct QTSoundStreamGlobals {
-    ComponentInstance mixer;          ///< null until the client initialises the device; [client], published
+    ComponentInstance mixer;          ///< null until the client initialises the device; published
     SoundComponentDataPtr sourceData; ///< what is being drained, the mixer's; [audio]
     SoundComponentData description;   ///< what is asked of the mixer
     ComponentInstance self;
     RefconRecord* refcon; ///< held
-    int mixersClosed;     ///< how many; while hidden from the render thread, or on it
+    OpenPlace* place;     ///< fixed
+    bool isHidden;        ///< from the render thread, while the mixer changes. Published
+    int mixersClosed;     ///< how many; they close while nobody renders, or on the render thread itself
     int holders;
 };
 
@@ -55,6 +60,13 @@ QTSoundStreamGlobals* newGlobals();
 /// The same, holding `state`, and known to `findRefconRecord` until it is retired. [main]
 RefconRecord* newRefconRecord(StreamState& state);
 
+/// Drops a hold at the end of its life.
+struct Drop {
+    template <class Record>
+    void operator()(Record* record) const;
+};
+using HeldGlobals = std::unique_ptr<QTSoundStreamGlobals, Drop>;
+
 /// One holder more. [any]
 template <class Record>
 void hold(Record& record)
@@ -67,6 +79,12 @@ void hold(Record& record)
 void drop(StreamState* state);
 void drop(QTSoundStreamGlobals* globals);
 void drop(RefconRecord* record);
+
+template <class Record>
+void Drop::operator()(Record* record) const
+{
+    drop(record);
+}
 
 /// The record that a component's refcon says, held for the caller; null for one that was retired meanwhile.
 /// Waits for nobody longer than a few instructions. [client]

@@ -101,6 +101,20 @@ TEST_F(SoundStreamComponent, WithoutMemoryIsNotInitialised)
     EXPECT_NE(object().state(), nullptr);
 }
 
+TEST_F(SoundStreamComponent, WithoutMemoryForAPlaceIsNotInitialised)
+{
+    soundstream::StreamState* others[4]; // in every place there is
+    for (auto*& other : others) other = soundstream::newStreamState();
+    const long blocks = watched::liveBlocks();
+    watched::refuseCallocAfter(1);
+    object().initComponent();
+    EXPECT_EQ(object().state(), nullptr);
+    EXPECT_EQ(watched::liveBlocks(), blocks);
+    for (auto* const other : others) soundstream::drop(other);
+    object().initComponent();
+    EXPECT_NE(object().state(), nullptr);
+}
+
 // ---- OpenComponent ----
 
 TEST_F(SoundStreamComponent, IsRegisteredAndGetsItsConverter)

@@ -84,7 +84,8 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
 {
     using Record = soundstream::RefconRecord;
     const auto isUnheard = [](const Record& record) {
-        return __atomic_load_n(&record.globals, __ATOMIC_SEQ_CST) == nullptr;
+        const auto* const globals = __atomic_load_n(&record.globals, __ATOMIC_SEQ_CST);
+        return !globals || __atomic_load_n(&globals->isHidden, __ATOMIC_SEQ_CST);
     };
     const struct {
         const char* what;
@@ -108,13 +109,14 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
         Record& record = *state.refconRecord;
         soundstream::hold(record); // ours, to look at it
         Event isInside;
-        std::atomic<bool> isOver{false}, wasOver{false};
+        std::atomic<bool> isOver{false}, wasOver{false}, hasReturned{false};
         sound_spy::platform().fill = [&](const sound_spy::Filling&) {
             isInside.happen();
-            if (fact.takesTheRecord)
-                awaitThat([&] { return !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST); });
-            else
-                awaitThat([&] { return isUnheard(record); });
+            awaitThat([&] {
+                if (hasReturned) return true; // it should not have
+                return fact.takesTheRecord ? !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST)
+                                           : isUnheard(record);
+            });
             for (int turn = 0; turn < 100; ++turn) std::this_thread::yield(); // time to go wrong in
             isOver = true;
             return noErr;
@@ -126,6 +128,7 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
         });
         isInside.await();
         fact.action();
+        hasReturned = true;
         EXPECT_TRUE(wasOver) << "it did not wait";
         renderThread.join();
         soundstream::drop(&record);
@@ -174,6 +177,69 @@ TEST_F(SoundStreamHazard, AWaitEndsWithTheSliceThoughOthersFollow)
     object().closeComponent();
     isDone = true;
     renderThread.join();
+}
+
+// ---- requests under way ----
+
+TEST_F(SoundStreamHazard, ARequestThatIsUnderWayOutlivesTheInstance)
+{
+    // clang-format off
+    const struct { SInt16 what; const char* function; } facts[] = {
+        {259, "SoundComponentGetInfo"},     {260, "SoundComponentSetInfo"},
+        {261, "SoundComponentStartSource"}, {262, "SoundComponentStopSource"},
+        {263, "SoundComponentPauseSource"}, {264, "SoundComponentPlaySourceBuffer"},
+        {300, "DelegateComponentCall"},
+    };
+    // clang-format on
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.function);
+        begin();
+        Event isUnderWay, isClosed;
+        sound_spy::answer(fact.function).during = [&] {
+            isUnderWay.happen();
+            isClosed.await();
+        };
+        const Handle storage = sound_spy::storageOf(instance());
+        std::thread client([&] { EXPECT_EQ(sendWith(storage, fact.what, {0, 'volu', 0}), noErr); });
+        isUnderWay.await();
+        closeInstance();
+        object().destroy();
+        isClosed.happen();
+        client.join();
+    }
+}
+
+TEST_F(SoundStreamHazard, AnInstanceClosedWhileItsMixerOpensKeepsNoMixer)
+{
+    begin();
+    Event isUnderWay, isClosed;
+    sound_spy::answer("OpenMixerSoundComponent").during = [&] {
+        isUnderWay.happen();
+        isClosed.await();
+    };
+    const Handle storage = sound_spy::storageOf(instance());
+    std::thread client([&] { EXPECT_EQ(sendWith(storage, 1, {0}), noErr); });
+    isUnderWay.await();
+    EXPECT_EQ(sendWith(storage, 1, {0}), channelBusy) << "it is being initialised";
+    closeInstance();
+    isClosed.happen();
+    client.join();
+    EXPECT_EQ(sound_spy::live(), (Notes{"component1"}));
+    PulledList pulled(2);
+    EXPECT_EQ(render(pulled.list()), noErr);
+    EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1)) << "and is not heard again";
+}
+
+TEST_F(SoundStreamHazard, AnInstanceIsSilentWhileItsMixerChanges)
+{
+    begin();
+    PulledList pulled(2);
+    sound_spy::answer("OpenMixerSoundComponent").during = [&] { EXPECT_EQ(render(pulled.list()), noErr); };
+    send(instance(), 1, {0});
+    EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
+    sound_spy::forgetCalls();
+    render(pulled.list());
+    EXPECT_EQ(sound_spy::calls().size(), 1u) << "and heard again then";
 }
 
 // ---- on the render thread itself: a completion routine does what it likes ----

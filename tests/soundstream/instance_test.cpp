@@ -62,6 +62,35 @@ TEST_F(SoundStreamInstance, WithoutMemoryIsNotOpened)
     EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "closed without a storage";
 }
 
+TEST_F(SoundStreamInstance, WithoutMemoryForAPlaceIsNotOpened)
+{
+    open();
+    for (int place = 0; place < 4; ++place) openInstance(); // every one there is
+    const long blocks = watched::liveBlocks();
+    const ComponentInstance instance = sound_spy::newInstance();
+    watched::refuseCallocAfter(1);
+    EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}, memFullErr), Notes());
+    EXPECT_EQ(watched::liveBlocks(), blocks);
+    EXPECT_EQ(sound_spy::storageOf(instance), nullptr);
+}
+
+TEST_F(SoundStreamInstance, AStorageThatIsNoneIsLikeNone)
+{
+    open();
+    const ComponentInstance instance = openInstanceWithMixer();
+    const Handle storage = sound_spy::storageOf(instance);
+    closeInstance(instance);
+    char other[512] = {};
+    for (const Handle wrong : {storage, reinterpret_cast<Handle>(other)}) {
+        EXPECT_EQ(sendWith(wrong, 1, {0}), paramErr);
+        EXPECT_EQ(sendWith(wrong, -2, {0}), noErr);
+        sound_spy::forgetCalls();
+        EXPECT_EQ(sendWith(wrong, 261, {0, 0}), noErr);
+        EXPECT_EQ(sound_spy::calls().back(), "SoundComponentStartSource(null, 0, null)");
+        EXPECT_FALSE(object().isActive());
+    }
+}
+
 TEST_F(SoundStreamInstance, TheLatestIsHeard)
 {
     open();

@@ -23,7 +23,7 @@ protected:
     SoundStreamPlatform()
     {
         soundComponentEntry = soundStreamDispatcher;
-        makeEntrances();
+        makePlaces();
         blocksBefore_ = watched::liveBlocks();
         object_.emplace();
     }

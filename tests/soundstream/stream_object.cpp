@@ -38,11 +38,20 @@ const REALmethod& methodRow(std::string_view declaration)
                             [&](const REALmethod& row) { return row.declaration == declaration; });
 }
 
-void makeEntrances()
+void makePlaces()
 {
-    soundstream::StreamState* states[4];
-    for (auto*& state : states) state = soundstream::newStreamState();
-    for (auto* const state : states) soundstream::drop(state);
+    constexpr int count = 4;
+    soundstream::StreamState* states[count];
+    soundstream::QTSoundStreamGlobals* instances[count];
+    for (int i = 0; i < count; ++i) {
+        states[i] = soundstream::newStreamState();
+        instances[i] = soundstream::newGlobals();
+    }
+    for (int i = 0; i < count; ++i) {
+        soundstream::drop(states[i]);
+        soundstream::closePlace(*instances[i]);
+        soundstream::drop(instances[i]);
+    }
 }
 
 StreamObject::StreamObject() : memory_(new char[objectBytes])

@@ -95,8 +95,9 @@ private:
     bool isAlive_ = false;
 };
 
-/// Have entrances for four states at a time. They stay for good, so that memory is counted from here on.
-void makeEntrances();
+/// Have places for four states and four instances at a time. They stay for good, so that memory is counted
+/// from here on.
+void makePlaces();
 
 /// The dispatcher, as the platform knows it.
 inline ComponentRoutineProcPtr dispatcher()

@@ -10,7 +10,7 @@ namespace soundstream_test {
 StreamTest::StreamTest()
 {
     soundComponentEntry = soundStreamDispatcher;
-    makeEntrances();
+    makePlaces();
     startOver();
 }
 

@@ -24,7 +24,7 @@ protected:
     SoundStreamThreads() : samples_(4 * 700, 0x11)
     {
         soundComponentEntry = soundStreamDispatcher;
-        makeEntrances();
+        makePlaces();
         blocksBefore_ = watched::liveBlocks();
         object_.emplace();
     }
@@ -138,6 +138,38 @@ TEST_F(SoundStreamThreads, TwoUnitsPullFromOne)
     isDone_ = true;
     first.join();
     second.join();
+}
+
+// Several threads of one client, with one instance: one closes it while others still ask something of it.
+TEST_F(SoundStreamThreads, RequestsMeetTheEndOfTheirInstance)
+{
+    object().initComponent();
+    object().openComponent();
+    show();
+    std::atomic<ComponentInstance> shared{nullptr};
+    std::thread renderThread([this] { pullUntilDone(); });
+    std::thread other([&] {
+        while (!isDone_) {
+            const ComponentInstance instance = shared;
+            UInt32 rate = 0;
+            SoundComponentGetInfo(instance, nullptr, siSampleRate, &rate);
+            SoundComponentStartSource(instance, 0, nullptr);
+            SoundComponentInitOutputDevice(instance, 0);
+            SoundComponentStopSource(instance, 0, nullptr);
+            send(instance, -2, {reinterpret_cast<long>(instance)});
+        }
+    });
+    for (int round = 0; round < rounds / 4; ++round) {
+        ClassicClient client;
+        shared = client.instance;
+        if (round & 1) awaitSlices(1);
+        client.start();
+        SoundComponentInitOutputDevice(client.instance, 0);
+        client.stop();
+    }
+    isDone_ = true;
+    other.join();
+    renderThread.join();
 }
 
 // As in a program: a unit of the platform pulls, on its device's thread.

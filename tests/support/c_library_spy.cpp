@@ -23,7 +23,7 @@ thread_local int forbidden = 0;
 std::array<Note, 4096> notes; // of the one thread that watches
 std::size_t noted = 0;
 const void* lockedLast = nullptr;
-std::atomic<int> callocsToRefuse{0}, newToRefuse{0}, locksToRefuse{0}, rung{0};
+std::atomic<int> callocsToPass{0}, callocsToRefuse{0}, newToRefuse{0}, locksToRefuse{0}, rung{0};
 std::array<std::atomic<void*>, 4096> blocks; // what calloc gave and free has not taken back
 
 /// Put `now` in the place of `before`; false if there is none.
@@ -92,7 +92,12 @@ std::vector<std::string> end()
 }
 
 const void* lastLock() { return lockedLast; }
-void refuseCalloc(int count) { callocsToRefuse = count; }
+void refuseCalloc(int count) { refuseCallocAfter(0, count); }
+void refuseCallocAfter(int passing, int count)
+{
+    callocsToPass = passing;
+    callocsToRefuse = count;
+}
 void refuseNothrowNew(int number) { newToRefuse = number; }
 void refuseLock(int count) { locksToRefuse = count; }
 long liveBlocks()
@@ -129,7 +134,7 @@ void* __wrap_realloc(void* memory, std::size_t size)
 void* __wrap_calloc(std::size_t count, std::size_t size)
 {
     note(Event::calloc, count * size);
-    if (ring() || takeOne(callocsToRefuse)) return nullptr;
+    if (ring() || (!takeOne(callocsToPass) && takeOne(callocsToRefuse))) return nullptr;
     void* memory = __real_calloc(count, size);
     if (memory && !replaceBlock(nullptr, memory)) std::abort(); // more than there is room to account for
     return memory;

@@ -24,6 +24,9 @@ const void* lastLock();
 /// The next `count` calls of calloc return null, on any thread.
 void refuseCalloc(int count);
 
+/// The same, behind `passing` calls that go through.
+void refuseCallocAfter(int passing, int count = 1);
+
 /// The `number`th `new (std::nothrow)` of one object from now on, counted from 1, returns null.
 void refuseNothrowNew(int number);
 
