@@ -6,19 +6,33 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace kvx {
+namespace {
+
+constexpr Advice advice = {"see that the file is whole, and that the memory has room for it", nullptr};
+
+std::string printChannelCount(const FilePlayer& player, const ProgrammeFile& file)
+{
+    const int loaded = player.channels(), all = file.format.fileChannels;
+    return loaded == all ? fmt::format("{}", all)
+                         : fmt::format("{}, of which the first {} play", all, loaded);
+}
+
+} // namespace
 
 std::string printFileInfo(host::Host& host, const ProgrammeFile& file)
 {
     const CoreAudio core(host);
-    FilePlayer player(host, core);
-    player.load(file.path, file.format.fileChannels);
+    FilePlayer player(host, core, advice);
+    player.load(file.path, std::min(file.format.fileChannels, mostChannels));
     std::string text = plainText(file.path) + "\n";
     const auto line = [&text](const char* name, const std::string& value) {
         text += fmt::format("  {:<14}{}\n", name, value);
     };
     line("sample rate", fmt::format("{} Hz", player.sampleRate()));
-    line("channels", fmt::format("{}", player.channels()));
+    line("channels", printChannelCount(player, file));
     line("duration", fmt::format("{} ({:.3f} s)", printTime(player.duration()), player.duration()));
     line("client format", player.clientFormat());
     line("output format", player.outputFormat());

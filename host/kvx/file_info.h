@@ -8,8 +8,8 @@
 
 namespace kvx {
 
-/// Load the file and print the formats as the class gives them, rate, channels and duration: a line each.
-/// Throws Failure. [main]
+/// Load the file and print the formats as the class gives them, rate, duration and the file's channels: a
+/// line each. Throws Failure. [main]
 std::string printFileInfo(host::Host& host, const ProgrammeFile& file);
 
 } // namespace kvx

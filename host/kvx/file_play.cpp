@@ -1,8 +1,8 @@
 #include "host/kvx/file_play.h"
 
 #include "host/kvx/end_rule.h"
-#include "host/kvx/frame_count.h"
 #include "host/kvx/interrupt.h"
+#include "host/kvx/meter.h"
 #include "host/kvx/plain_text.h"
 #include "host/kvx/player_keys.h"
 #include "host/kvx/status_line.h"
@@ -16,6 +16,9 @@
 
 namespace kvx {
 namespace {
+
+constexpr Advice advice = {"`kvx play --buffered` plays files from the disk",
+                           "choose another with --device (see `kvx devices`)"};
 
 // What is the same for every file.
 struct Session {
@@ -69,12 +72,12 @@ void stopWithTheProcess(const Session& session, FilePlayer& player)
 class Turn {
 public:
     Turn(const Session& session, FilePlayer& player)
-        : session_(session), player_(player), count_(session.device.device)
+        : session_(session), player_(player), meter_(session.device.device)
     {
     }
 
     bool isQuit() const { return isQuit_; }
-    bool isHeard() const { return count_.frames() > 0; }
+    bool isHeard() const { return meter_.frames() > 0; }
 
     /// False once there is nothing more to hear.
     bool turn()
@@ -107,13 +110,13 @@ private:
         }
         const KVXDeviceInfo device = deviceNow(session_.device);
         const Delay delay = player_.delay();
-        return end_.hasEnded(count_.frames(), framesOf(delay.latency + delay.tail, device.sampleRate) +
+        return end_.hasEnded(meter_.frames(), framesOf(delay.latency + delay.tail, device.sampleRate) +
                                                   device.sliceFrames); // the slice that took the last frame
     }
 
     const Session& session_;
     FilePlayer& player_;
-    FrameCount count_;
+    Meter meter_;
     KeyReader reader_;
     EndRule end_;
     std::string note_;
@@ -127,9 +130,7 @@ struct FileEnd {
 FileEnd playFile(const Session& session, const ProgrammeFile& file)
 {
     const int channels = channelsToLoad(file.format.fileChannels, int(session.device.outputChannels));
-    checkAgainstFile(session.options, file.path, file.format.duration(), channels,
-                     int(session.device.outputChannels));
-    FilePlayer player(session.host, session.core);
+    FilePlayer player(session.host, session.core, advice);
     loadFile(player, file, channels, session.options, session.progress);
     if (isInterrupted()) return {false, false};
     player.setDevice(session.device.device);
@@ -176,6 +177,15 @@ void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const
     else
         player.load(file.path, channels);
     if (player.takeFrameCount() < file.format.frames) throw cutShort(file.path);
+}
+
+void checkFiles(const std::vector<ProgrammeFile>& files, const PlayerOptions& options,
+                const KVXDeviceInfo& device)
+{
+    const int deviceChannels = int(device.outputChannels);
+    for (const ProgrammeFile& file : files)
+        checkAgainstFile(options, file.path, file.format.duration(),
+                         channelsToLoad(file.format.fileChannels, deviceChannels), deviceChannels);
 }
 
 bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const PlayerOptions& options,

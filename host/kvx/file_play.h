@@ -11,6 +11,10 @@
 
 namespace kvx {
 
+/// Throws Failure when an option does not fit one of the files, or the device.
+void checkFiles(const std::vector<ProgrammeFile>& files, const PlayerOptions& options,
+                const KVXDeviceInfo& device);
+
 /// Play all to the end, or until the user quits or interrupts. True if anything was heard. Throws Failure.
 /// [main]
 bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const PlayerOptions& options,

@@ -17,8 +17,6 @@ constexpr const char* units[] = {"ConverterHandle", "MixerHandle",     "Equalize
 constexpr std::uint32_t latencyProperty = 12, tailProperty = 20, renderErrorProperty = 22;
 constexpr std::uint32_t varispeedRate = 0, varispeedCents = 1;
 
-constexpr const char* otherWay = "`kvx play --buffered` plays files from the disk";
-
 // Lets the program run what waits while the library yields, and no longer.
 struct YieldGuard {
     host::Host& host;
@@ -32,8 +30,8 @@ struct YieldGuard {
 
 Range rateRange(RateUnit unit) { return unit == RateUnit::varispeed ? Range{0.25, 4} : Range{0.04, 32}; }
 
-FilePlayer::FilePlayer(host::Host& host, const CoreAudio& core)
-    : host_(host), core_(core), object_(host.create("AUPlayerKVX"))
+FilePlayer::FilePlayer(host::Host& host, const CoreAudio& core, const Advice& advice)
+    : host_(host), core_(core), advice_(advice), object_(host.create("AUPlayerKVX"))
 {
 }
 
@@ -76,12 +74,13 @@ void FilePlayer::loadWith(const char* method, const std::string& path, int chann
         isLoaded = object_.call(method, host::FolderItem::at(path), channels, channels).boolean();
     } catch (const host::HostException& error) {
         if (error.className() != "OutOfMemoryException") throw;
-        throw Failure(fmt::format("{} is too long for the memory; {}", path, otherWay));
+        throw Failure(fmt::format("{} is too long for the memory; {}", path, advice_.whenNotLoaded));
     }
     if (isLoaded) return;
     const Status status = lastError();
     throw Failure(fmt::format("{} is not loaded: {}; {}", path,
-                              status == 0 ? "it cannot be read to its end" : printStatus(status), otherWay));
+                              status == 0 ? "it cannot be read to its end" : printStatus(status),
+                              advice_.whenNotLoaded));
 }
 
 void FilePlayer::load(const std::string& path, int channels) { loadWith("LoadFile", path, channels); }
@@ -116,8 +115,7 @@ void FilePlayer::play()
     object_.call("Play");
     if (const Status status = lastError(); status != 0)
         throw Failure(
-            fmt::format("the device does not start: {}; choose another with --device (see `kvx devices`)",
-                        printStatus(status)));
+            fmt::format("the device does not start: {}; {}", printStatus(status), advice_.whenNotStarted));
 }
 
 void FilePlayer::pause() { object_.call("Pause"); }

@@ -28,15 +28,23 @@ constexpr Range pitchRange = {-2400, 2400}; // cents
 constexpr Range volumeRange = {0, 1};
 constexpr Range panRange = {-1, 1};
 
+constexpr int mostChannels = 64; // that the units take
+
+/// What a user can do, in the command that is at work.
+struct Advice {
+    const char* whenNotLoaded;
+    const char* whenNotStarted; ///< null: it is never started
+};
+
 /// One object, for one file.
 ///
-/// Units   seconds of the file, factors, cents; positions are of what goes in, which is ahead of what is
-/// heard. Thread  [main] Errors  Failure where the platform refuses: what, its status in words, and what to
-/// do. What the library raises
-///         passes through as host::HostException.
+/// Units   seconds of the file, factors, cents; positions are of what goes in, ahead of what is heard.
+/// Thread  [main]
+/// Errors  Failure where the platform refuses: what, its status in words, and the advice where there is one.
+///         What the library raises passes through as host::HostException.
 class FilePlayer {
 public:
-    FilePlayer(host::Host& host, const CoreAudio& core);
+    FilePlayer(host::Host& host, const CoreAudio& core, const Advice& advice);
     ~FilePlayer(); ///< stops it
     FilePlayer(const FilePlayer&) = delete;
     FilePlayer& operator=(const FilePlayer&) = delete;
@@ -116,6 +124,7 @@ private:
 
     host::Host& host_;
     const CoreAudio& core_;
+    Advice advice_;
     host::Object object_;
 };
 

@@ -1,5 +1,7 @@
 #include "host/kvx/output_device.h"
 
+#include "host/kvx/commands.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -57,6 +59,17 @@ std::vector<KVXDeviceInfo> listDevices()
     const std::uint32_t count = KVXPlatformGetDevices(rows.data(), std::uint32_t(rows.size()));
     rows.resize(std::min<std::size_t>(count, rows.size()));
     return rows;
+}
+
+void addDeviceOptions(CLI::App& command, DeviceWish& wish)
+{
+    command.add_option("--device", wish.choice, "Name, part of a name, or number of `kvx devices`")
+        ->type_name("DEVICE");
+    command.add_option("--device-rate", wish.rate, "Sample rate of the simulated device")
+        ->type_name("HZ")
+        ->check(inRange(lowestRate, highestRate));
+    command.add_flag("--fast", wish.isStepped,
+                     "Do not wait for what nobody hears: turn the simulated device as fast as it goes");
 }
 
 void doWithoutHardware() { setenv("KVX_AUDIO_DEVICE", "simulated", 1); }

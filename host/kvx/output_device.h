@@ -3,6 +3,7 @@
 
 #include "host/kvx/failure.h"
 
+#include <CLI/CLI.hpp>
 #include <KVXPlatform/KVXPlatform.h>
 
 #include <string>
@@ -18,6 +19,11 @@ struct DeviceWish {
     double rate = 0;        ///< Hz, of the simulated device; 0: as it is
     bool isStepped = false; ///< turn the simulated device by hand instead of in real time
 };
+
+constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device, Hz
+
+/// `--device`, `--device-rate` and `--fast`, for every command that is heard.
+void addDeviceOptions(CLI::App& command, DeviceWish& wish);
 
 /// Leave the machine's sound hardware alone: the simulated device is all there is. Before anything else is
 /// asked of the platform.

@@ -77,8 +77,9 @@ int play(const PlayOptions& options)
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const std::vector<Run> runs = planProgramme(options.files);
     const KVXDeviceInfo device = chooseDevice(options.device);
+    if (!options.isBuffered) checkFiles(filesOf(runs), options.player, device);
     const std::string captureTo = capturePath(options, device);
-    refuseToOverwrite(options.files, captureTo, "--capture");
+    refuseToOverwrite(pathsOf(runs), captureTo, "--capture");
 
     InterruptGuard guard; // from here on there may be a file to clear away
     std::optional<Capture> capture;
@@ -104,14 +105,7 @@ void addPlayCommand(CLI::App& app, Action& action)
     auto options = std::make_shared<PlayOptions>();
     CLI::App* command = app.add_subcommand("play", "Play sound files, one after the other");
     command->add_option("files", options->files, "Any files that libsndfile reads")->type_name("FILE");
-    command
-        ->add_option("--device", options->device.choice, "Name, part of a name, or number of `kvx devices`")
-        ->type_name("DEVICE");
-    command->add_option("--device-rate", options->device.rate, "Sample rate of the simulated device")
-        ->type_name("HZ")
-        ->check(inRange(1000.0, 768000.0));
-    command->add_flag("--fast", options->device.isStepped,
-                      "Do not wait for what nobody hears: turn the simulated device as fast as it goes");
+    addDeviceOptions(*command, options->device);
     command->add_option("--capture", options->capture, "Keep what the device plays, in 32-bit float")
         ->type_name("OUT.wav");
     command

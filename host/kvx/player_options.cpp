@@ -72,7 +72,7 @@ std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& opt
             ->check(within(pitchRange)),
         number("--volume", options.volume, "0 is silence, 1 leaves every sample as it is [1]", "FACTOR")
             ->check(within(volumeRange)),
-        number("--pan", options.pan, "Of stereo: -1 left only, 1 right only [0]", "SIDE")
+        number("--pan", options.pan, "Of mono and stereo: -1 left only, 1 right only [0]", "SIDE")
             ->check(within(panRange)),
         text(
             "--eq", [&options](const std::string& value) { takeGains(options, value); },
@@ -128,13 +128,13 @@ void checkTogether(const PlayerOptions& options)
 void checkAgainstFile(const PlayerOptions& options, const std::string& path, double duration, int channels,
                       int deviceChannels)
 {
-    const auto needInFile = [&](const char* option, double seconds, bool isEndGood) {
-        if (seconds < duration || (isEndGood && seconds == duration)) return;
-        throw Failure(fmt::format("{} {} is behind the end of {}; give a time from 0 to {:.3f} seconds",
-                                  option, seconds, path, duration));
-    };
-    if (options.start) needInFile("--start", *options.start, false);
-    if (options.loop) needInFile("--loop ends at", options.loop->out, true);
+    if (options.start && *options.start >= duration)
+        throw Failure(
+            fmt::format("--start {} is not in front of the end of {}; give a time before {:.3f} seconds",
+                        *options.start, path, duration));
+    if (options.loop && options.loop->out > duration)
+        throw Failure(fmt::format("--loop ends at {}, behind the end of {}; give a time up to {:.3f} seconds",
+                                  options.loop->out, path, duration));
     if (options.pan && *options.pan != 0 && channels != 2)
         throw Failure(
             fmt::format("--pan is for two channels and {} plays in {}; leave it out", path, channels));

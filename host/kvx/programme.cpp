@@ -38,11 +38,12 @@ std::vector<Run> planProgramme(const std::vector<std::string>& paths)
 {
     std::vector<Run> runs;
     for (const std::string& path : paths) {
-        const SoundFormat format = SoundFile(path).format();
+        const SoundFile file(path);
+        const SoundFormat& format = file.format();
         const bool fits = !runs.empty() && runs.back().sampleRate() == format.sampleRate &&
                           runs.back().channels() == format.channels;
         if (!fits) runs.emplace_back();
-        runs.back().files.push_back({path, format});
+        runs.back().files.push_back({file.path(), format});
     }
     return runs;
 }
@@ -52,6 +53,13 @@ std::vector<ProgrammeFile> filesOf(const std::vector<Run>& runs)
     std::vector<ProgrammeFile> files;
     for (const Run& run : runs) files.insert(files.end(), run.files.begin(), run.files.end());
     return files;
+}
+
+std::vector<std::string> pathsOf(const std::vector<Run>& runs)
+{
+    std::vector<std::string> paths;
+    for (const ProgrammeFile& file : filesOf(runs)) paths.push_back(file.path);
+    return paths;
 }
 
 std::string printChannels(int channels)

@@ -11,7 +11,7 @@
 namespace kvx {
 
 struct ProgrammeFile {
-    std::string path;
+    std::string path; ///< as the disk has it
     SoundFormat format;
 };
 
@@ -34,6 +34,8 @@ std::vector<Run> planProgramme(const std::vector<std::string>& paths);
 
 /// The files of all runs, in order.
 std::vector<ProgrammeFile> filesOf(const std::vector<Run>& runs);
+
+std::vector<std::string> pathsOf(const std::vector<Run>& runs);
 
 /// "Playing song.wav: 44100 Hz, stereo, 0:06.5"
 std::string printAnnouncement(const ProgrammeFile& file);

@@ -31,9 +31,10 @@ struct RenderOptions {
     LibraryOptions library;
 };
 
-constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device, Hz
-constexpr int mostChannels = 64;                          // likewise
-constexpr std::uint32_t stepFrames = 8192;                // between two looks at the user
+constexpr std::uint32_t stepFrames = 8192; // between two looks at the user
+
+constexpr Advice advice = {"see that the file is whole, and that the memory has room for it",
+                           "give another rate with --device-rate"};
 
 // The device that renders, plugged in for as long as this lives.
 class RenderDevice {
@@ -73,11 +74,18 @@ double rateOf(const RenderOptions& options, const ProgrammeFile& file)
                     file.path, rate));
 }
 
-// A channel map says which channels there are; else the file does.
-int deviceChannelsOf(const RenderOptions& options, const ProgrammeFile& file)
+// Mono stays mono until sides are spoken of; then it is played as two channels, as on any device of two.
+int channelsToRender(const RenderOptions& options, const ProgrammeFile& file)
+{
+    const bool hasSides = options.player.channelMap || options.player.pan.value_or(0) != 0;
+    return std::clamp(file.format.fileChannels, hasSides ? 2 : 1, mostChannels);
+}
+
+// A channel map says which channels there are; else the sound does.
+int deviceChannelsOf(const RenderOptions& options, int channels)
 {
     const auto& map = options.player.channelMap;
-    return std::clamp(map ? int(map->size()) : file.format.fileChannels, 1, mostChannels);
+    return map ? std::clamp(int(map->size()), 1, mostChannels) : channels;
 }
 
 // A loop has no end of its own, nor has what is left of the file a length when the user gave another.
@@ -124,12 +132,12 @@ bool renderWith(host::Host& host, const RenderOptions& options, const ProgrammeF
 {
     const CoreAudio core(host);
     const double rate = rateOf(options, file);
-    const int deviceChannels = deviceChannelsOf(options, file);
-    const int channels = std::min(file.format.fileChannels, mostChannels);
+    const int channels = channelsToRender(options, file);
+    const int deviceChannels = deviceChannelsOf(options, channels);
     checkAgainstFile(options.player, file.path, file.format.duration(), channels, deviceChannels);
 
     const RenderDevice device(rate, deviceChannels);
-    FilePlayer player(host, core);
+    FilePlayer player(host, core, advice);
     loadFile(player, file, channels, options.player, progress);
     player.setDevice(device.info().device);
     applyAfterLoad(options.player, player);
@@ -152,7 +160,7 @@ int render(const RenderOptions& options)
     doWithoutHardware();
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const ProgrammeFile file = filesOf(planProgramme({options.from})).front();
-    refuseToOverwrite({options.from}, options.to, "the result");
+    refuseToOverwrite({file.path}, options.to, "the result");
     InterruptGuard guard; // from here on there may be a file to clear away
     asideOf(options.to);  // to be refused before the work, not behind it
 
@@ -196,8 +204,10 @@ void addRenderCommand(CLI::App& app, Action& action)
     command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
     addPlayerOptions(*command, options->player);
     addLibraryOptions(*command, options->library);
-    command->footer("OUT.wav has the file's channels, or with --channel-map those of the map.\n\n" +
-                    command->get_footer());
+    command->footer(
+        "OUT.wav has the file's channels, or with --channel-map those of the map; mono becomes stereo with "
+        "--pan.\n\n" +
+        command->get_footer());
     command->callback([options, &action] {
         if (options->player.isCurveListWanted) {
             action = showNamedCurves;

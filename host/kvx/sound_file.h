@@ -26,12 +26,13 @@ struct SoundFormat {
 /// For a file that ends before the frames that it promises.
 Failure cutShort(const std::string& path);
 
-/// One open file. Of more than two channels the first two are read. [any], one call at a time
+/// One open file. Of more than two channels the first two are read. [main]
 class SoundFile {
 public:
     /// Throws Failure: what is wrong with the file, and what to do next.
     explicit SoundFile(const std::string& path);
 
+    /// As the disk has it.
     const std::string& path() const { return path_; }
     const SoundFormat& format() const { return format_; }
 

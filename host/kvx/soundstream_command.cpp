@@ -54,7 +54,7 @@ int playStream(const SoundStreamOptions& options)
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const ProgrammeFile file = filesOf(planProgramme({options.file})).front();
     const KVXDeviceInfo device = chooseDevice(options.device);
-    refuseToOverwrite({options.file}, options.capture, "--capture");
+    refuseToOverwrite({file.path}, options.capture, "--capture");
 
     InterruptGuard guard; // from here on there may be a file to clear away
     std::optional<Capture> capture;
@@ -84,14 +84,7 @@ void addSoundStreamCommand(CLI::App& app, Action& action)
     command->add_option("file", options->file, "Any file of 44100 Hz that libsndfile reads")
         ->type_name("FILE")
         ->required();
-    command
-        ->add_option("--device", options->device.choice, "Name, part of a name, or number of `kvx devices`")
-        ->type_name("DEVICE");
-    command->add_option("--device-rate", options->device.rate, "Sample rate of the simulated device")
-        ->type_name("HZ")
-        ->check(inRange(1000.0, 768000.0));
-    command->add_flag("--fast", options->device.isStepped,
-                      "Do not wait for what nobody hears: turn the simulated device as fast as it goes");
+    addDeviceOptions(*command, options->device);
     command->add_option("--capture", options->capture, "Keep what the device plays, in 32-bit float")
         ->type_name("OUT.wav");
     command

@@ -109,6 +109,41 @@ TEST_F(FilePlayer, ShowsTheFormatsAsTheClassGivesThem)
                           "deinterleaved\n");
 }
 
+TEST_F(FilePlayer, ShowsTheFilesOwnChannelsWhereFewerPlay)
+{
+    const struct {
+        int channels;
+        const char* shown;
+    } facts[] = {{64, "  channels      64\n"}, {65, "  channels      65, of which the first 64 play\n"}};
+    for (const auto& fact : facts) {
+        write(support::makeNoise(44100, fact.channels, 441), "many.wav");
+        const auto result = play({"--info", "many.wav"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_NE(result.out.find(fact.shown), std::string::npos) << result.out;
+        EXPECT_NE(result.out.find("client format 64 ch, "), std::string::npos) << result.out;
+    }
+}
+
+TEST_F(FilePlayer, FindsANameInTheOtherNormalForm)
+{
+    const std::string composed = "\xc3\xa9.wav", decomposed = "e\xcc\x81.wav";
+    for (const auto& [onDisk, asked] : {std::pair(composed, decomposed), std::pair(decomposed, composed)}) {
+        SCOPED_TRACE(onDisk);
+        write(support::makeNoise(44100, 2, 441), onDisk);
+        for (const std::vector<std::string>& more :
+             {std::vector<std::string>{"--fast"}, {"--fast", "--buffered"}, {"--info"}}) {
+            std::vector<std::string> arguments = {asked};
+            arguments.insert(arguments.end(), more.begin(), more.end());
+            const auto result = play(arguments);
+            EXPECT_EQ(result.exitCode, 0) << result.err;
+            EXPECT_NE(result.out.find(onDisk), std::string::npos) << result.out;
+        }
+        const auto result = play({"--fast", asked, "--capture", onDisk});
+        EXPECT_EQ(result.exitCode, 1) << "the same file";
+        std::filesystem::remove(folder / onDisk);
+    }
+}
+
 TEST_F(FilePlayer, SaysWhyThereAreNoKeys)
 {
     write(support::makeNoise(44100, 2, 441));
@@ -245,7 +280,7 @@ TEST_F(FilePlayer, GivesTheTerminalBackWhenItFails)
     const std::string file = writeLong();
     PtyChild child(kvxCommand({"play", file, "--start", "1000"}));
     EXPECT_EQ(child.wait(), 1);
-    EXPECT_NE(child.shown().find("give a time from 0 to 120.000 seconds"), std::string::npos)
+    EXPECT_NE(child.shown().find("give a time before 120.000 seconds"), std::string::npos)
         << child.shown();
     EXPECT_TRUE(child.isLineByLine());
 }

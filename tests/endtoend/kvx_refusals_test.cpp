@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <sys/stat.h>
 
 namespace {
@@ -37,6 +39,11 @@ struct Refusals : testing::Test {
         std::ofstream(folder / "text.txt") << "Dear reader,\nthis is a letter.\n";
         std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
         std::ofstream(folder / "empty.wav");
+        writeJunk("junk.mp3", 3000);
+        writeJunk("more.mp3", 30000);
+        copyBytes("good.wav", "rate0.wav", fs::file_size(folder / "good.wav"));
+        writeInto("rate0.wav", 24, std::string(4, '\0'));
+        support::writeSound(support::makeNoise(44100, 3, 22050), folder / "three.wav");
         fs::create_directory(folder / "folder");
         EXPECT_EQ(mkfifo((folder / "pipe.wav").c_str(), 0600), 0);
     }
@@ -46,6 +53,19 @@ struct Refusals : testing::Test {
         std::ifstream in(folder / from, std::ios::binary);
         std::string bytes{std::istreambuf_iterator<char>(in), {}};
         std::ofstream(folder / to, std::ios::binary) << bytes.substr(0, count);
+    }
+    /// Of an MP3 it has the name alone.
+    void writeJunk(const std::string& name, std::size_t count)
+    {
+        std::minstd_rand next(1);
+        std::ofstream out(folder / name, std::ios::binary);
+        for (std::size_t i = 0; i < count; ++i) out.put(char(next() >> 8));
+    }
+    void writeInto(const std::string& name, int offset, const std::string& bytes)
+    {
+        std::fstream file(folder / name, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(offset);
+        file << bytes;
     }
     void cut(const std::string& from, const std::string& to)
     {
@@ -65,6 +85,9 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
         {{"text.txt"}, "text.txt", "kvx plays WAV"},
         {{"text.wav"}, "text.wav", "kvx plays WAV"},
         {{"empty.wav"}, "empty.wav", "get the file again"},
+        {{"junk.mp3"}, "junk.mp3", "(it is no sound file); kvx plays WAV"},
+        {{"more.mp3"}, "more.mp3", "(it is no sound file); kvx plays WAV"},
+        {{"rate0.wav"}, "rate0.wav", "(it names no sample rate); kvx plays WAV"},
         {{"header.wav"}, "header.wav", "kvx plays WAV"},
         {{"silent.wav"}, "silent.wav", "choose another file"},
         {{"cut.wav"}, "cut.wav", "get the file again"},
@@ -76,6 +99,9 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
         {{"good.wav", "missing.wav"}, "missing.wav", "check the name"},
         {{"good.wav", "--device", "no such device"}, "no such device", "; name one of them with --device\n"},
         {{"good.wav", "--device", "999"}, "999", "; name one of them with --device\n"},
+        {{"good.wav", "three.wav", "--start", "0.5"}, "three.wav", "before 0.500 seconds"},
+        {{"good.wav", "three.wav", "--loop", "0:0.6"}, "three.wav", "up to 0.500 seconds"},
+        {{"good.wav", "missing.wav", "--start", "5"}, "missing.wav", "check the name"},
         {{"pipe.wav"}, "pipe.wav", "copy it into a file first"},
         {{"/dev/null"}, "/dev/null", "copy it into a file first"},
         {{"good.wav", "--capture", "no/such/folder/out.wav"}, "no/such/folder/out.wav", "folder that exists"},
@@ -105,6 +131,22 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
         EXPECT_NE(result.err.find(fact.advice), std::string::npos) << result.err;
         EXPECT_FALSE(fs::exists(folder / "out.wav"));
         EXPECT_EQ(folder.count(), before) << "something was left behind";
+    }
+}
+
+// Options are held against all files before the first of them is heard.
+TEST_F(Refusals, ComeBeforeTheFirstSound)
+{
+    const std::vector<std::string> facts[] = {
+        {"--start", "0.5"}, {"--loop", "0:0.6"}, {"--pan", "1", "--start", "2"}, {"--channel-map", "2"}};
+    for (const auto& more : facts) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        std::vector<std::string> arguments = {"play", "--fast", "good.wav", "three.wav"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto result = runKvx(arguments, folder.path());
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        EXPECT_EQ(result.out, "");
     }
 }
 

@@ -194,13 +194,49 @@ TEST_F(Render, TurnsSoundDownAndAside)
     const Sound sound = support::makeNoise(44100, 2, 44100);
     const Sound half = renderOf(sound, {"--volume", "0.5"});
     ASSERT_EQ(half.frames(), sound.frames());
-    for (std::size_t i = 44100; i < half.samples.size(); ++i)
+    for (std::size_t i = 0; i < half.samples.size(); ++i)
         ASSERT_EQ(half.samples[i], sound.samples[i] * 0.5f) << i;
 
     const Sound left = render("in.wav", {"--pan", "-1"});
     ASSERT_EQ(left.frames(), sound.frames());
-    for (std::size_t frame = 22050; frame < left.frames(); ++frame)
+    for (std::size_t frame = 0; frame < left.frames(); ++frame) {
+        ASSERT_EQ(left.samples[frame * 2], sound.samples[frame * 2]) << frame;
         ASSERT_EQ(left.samples[frame * 2 + 1], 0.0f) << frame;
+    }
+}
+
+// As on any device of two channels, and sample for sample what `kvx play` has there.
+TEST_F(Render, GivesMonoTwoSidesWhereSidesAreSpokenOf)
+{
+    const Sound sound = support::makeNoise(44100, 1, 44100);
+    support::writeSound(sound, folder / "in.wav");
+    const struct {
+        std::vector<std::string> more;
+        std::vector<float> gains; // of each channel of the result
+    } facts[] = {
+        {{}, {1}},
+        {{"--pan", "0"}, {1}},
+        {{"--pan", "-1"}, {1, 0}},
+        {{"--pan", "1"}, {0, 1}},
+        {{"--channel-map", "0"}, {1}},
+        {{"--channel-map", "0,1"}, {1, 1}},
+        {{"--channel-map", "-1,1"}, {0, 1}},
+        {{"--channel-map", "1,0,-1", "--pan", "1"}, {1, 0, 0}},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.more));
+        Sound expected = {44100, int(fact.gains.size()), {}};
+        for (float sample : sound.samples)
+            for (float gain : fact.gains) expected.samples.push_back(sample * gain);
+        expectSame(render("in.wav", fact.more), expected);
+        if (fact.gains.size() != 2) continue;
+        std::vector<std::string> arguments = {"play", "--fast", "in.wav", "--capture", "played.wav"};
+        arguments.insert(arguments.end(), fact.more.begin(), fact.more.end());
+        EXPECT_EQ(runKvx(arguments, folder.path()).exitCode, 0);
+        Sound played = support::readSound(folder / "played.wav");
+        ASSERT_GE(played.frames(), expected.frames());
+        expectSame(partOf(played, 0, expected.frames()), expected);
+    }
 }
 
 TEST_F(Render, SaysWhatItWroteUnlessQuiet)
@@ -215,6 +251,7 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
 {
     const Sound sound = support::makeNoise(44100, 1, 44100);
     support::writeSound(sound, folder / "good.wav");
+    support::writeSound(support::makeNoise(44100, 3, 441), folder / "three.wav");
     support::writeSound({44100, 2, {}}, folder / "silent.wav");
     std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
     std::ofstream(folder / "empty.wav");
@@ -236,10 +273,10 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
         {{"good.wav", "good.wav"}, 1, "name another file"},
         {{"good.wav", "folder"}, 1, "name a file in it"},
         {{"good.wav", "no/such/out.wav"}, 1, "folder that exists"},
-        {{"good.wav", "out.wav", "--start", "1"}, 1, "give a time from 0 to 1.000 seconds"},
-        {{"good.wav", "out.wav", "--loop", "0:1.5", "--duration", "1"}, 1, "from 0 to 1.000 seconds"},
-        {{"good.wav", "out.wav", "--pan", "1"}, 1, "leave it out"},
-        {{"good.wav", "out.wav", "--channel-map", "0,1"}, 1, "name channels from 0 to 0"},
+        {{"good.wav", "out.wav", "--start", "1"}, 1, "give a time before 1.000 seconds"},
+        {{"good.wav", "out.wav", "--loop", "0:1.5", "--duration", "1"}, 1, "give a time up to 1.000 seconds"},
+        {{"three.wav", "out.wav", "--pan", "1"}, 1, "leave it out"},
+        {{"good.wav", "out.wav", "--channel-map", "0,2"}, 1, "name channels from 0 to 1"},
         {{"good.wav", "out.wav", "--library", "text.wav"}, 1, "text.wav"},
         {{"good.wav", "out.wav", "--loop", "0:0.5", "--duration", "1000000"}, 1, "shorter --duration"},
         {{"good.wav"}, 2, "OUT.wav"},

@@ -156,11 +156,11 @@ TEST(PlayerOptions, AreCheckedAgainstTheFile)
         const char* says;
     } facts[] = {
         {[](auto& o) { o.start = 1; }, 2, 2,
-         "--start 1 is behind the end of a.wav; give a time from 0 to 1.000"},
+         "--start 1 is not in front of the end of a.wav; give a time before 1.000 seconds"},
         {[](auto& o) {
              o.loop = kvx::Loop{0.5, 1.001};
          },
-         2, 2, "--loop ends at 1.001"},
+         2, 2, "--loop ends at 1.001, behind the end of a.wav; give a time up to 1.000 seconds"},
         {[](auto& o) { o.pan = 1; }, 1, 2, "--pan is for two channels and a.wav plays in 1"},
         {[](auto& o) { o.pan = 1; }, 6, 6, "--pan is for two channels"},
         {[](auto& o) {
