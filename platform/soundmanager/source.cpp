@@ -151,12 +151,18 @@ UInt32 Source::convert(const Entry& entry, Run& run, Float32* out, UInt32 room)
     return done.made;
 }
 
-/// What the run still owes for the input it had; its converter is as new afterwards.
+/// What the run still owes for the input it had; its converter is as new afterwards. Silence goes in behind
+/// the input as late as can be: up to then a buffer of the same rate may follow without a seam.
 UInt32 Source::drain(Run& run, Float32* out, UInt32 room)
 {
-    piece.fill(0);
-    run.isEnding = true;
     UInt32 made = 0;
+    if (!run.isEnding) {
+        made = run.converter.process(nullptr, 0, out, room).made;
+        run.owed -= made;
+        if (made == room) return made;
+    }
+    run.isEnding = true;
+    piece.fill(0);
     while (made < room && run.owed >= 0.5) {
         const UInt32 wanted = std::min(room - made, static_cast<UInt32>(std::lround(run.owed)));
         const auto done =
