@@ -25,7 +25,7 @@ struct DoubleBufferTest : testing::Test {
         framesLeft = frames;
         return [this](std::int16_t* samples, std::size_t wanted) {
             const std::size_t got = std::min(wanted, framesLeft);
-            for (std::size_t i = 0; i < got * 2; ++i) samples[i] = next++;
+            for (std::size_t i = 0; i < got * std::size_t(component.channels); ++i) samples[i] = next++;
             framesLeft -= got;
             return got;
         };
