@@ -19,13 +19,16 @@ void prepareScope(Scope& scope, const ElementCount& count)
     scope.count = count.initial;
 }
 
-void prepareBuffers(Scope& scope, UInt32 frames)
+void prepareMemory(Scope& scope, UInt32 frames)
 {
-    for (UInt32 i = 0; i < scope.count; ++i) {
-        Element& element = scope.elements[i];
-        element.buffers.prepare(element.format, frames);
-        element.piece.prepare(buffersOf(element.format));
-    }
+    for (UInt32 i = 0; i < scope.count; ++i)
+        scope.elements[i].buffers.prepare(scope.elements[i].format, frames);
+}
+
+void prepareLists(Scope& scope)
+{
+    for (UInt32 i = 0; i < scope.count; ++i)
+        scope.elements[i].piece.prepare(buffersOf(scope.elements[i].format));
 }
 
 void releaseBuffers(Scope& scope)
@@ -36,8 +39,9 @@ void releaseBuffers(Scope& scope)
 OSStatus allocate(Unit& unit)
 {
     try {
-        prepareBuffers(unit.inputs(), unit.sliceLimit);
-        prepareBuffers(unit.outputs(), unit.sliceLimit);
+        prepareLists(unit.inputs());
+        if (!unit.kind.rendersInPlace) prepareMemory(unit.inputs(), unit.sliceLimit);
+        prepareMemory(unit.outputs(), unit.sliceLimit);
         return unit.kind.initialize ? unit.kind.initialize(unit) : noErr;
     } catch (const std::bad_alloc&) {
         return memFullErr;

@@ -49,7 +49,8 @@ void encode(const AudioStreamBasicDescription& format, const Float32* in, UInt32
                 codingOf<Float32>(layout)->write);
 }
 
-void silence(const AudioStreamBasicDescription& format, AudioBufferList& list, UInt32 first, UInt32 frames)
+void silence(const AudioStreamBasicDescription& format, const AudioBufferList& list, UInt32 first,
+             UInt32 frames)
 {
     for (UInt32 i = 0; i < buffersOf(format); ++i)
         silenceBuffer(format,

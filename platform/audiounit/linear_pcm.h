@@ -26,7 +26,8 @@ void encode(const AudioStreamBasicDescription& format, const Float32* in, UInt32
 
 /// Silence in frames [first, first + frames) of a list in `format`, or in `frames` frames of one of its
 /// buffers: bytes of 0, or the middle of what has no sign.
-void silence(const AudioStreamBasicDescription& format, AudioBufferList& list, UInt32 first, UInt32 frames);
+void silence(const AudioStreamBasicDescription& format, const AudioBufferList& list, UInt32 first,
+             UInt32 frames);
 void silenceBuffer(const AudioStreamBasicDescription& format, void* memory, UInt32 frames);
 
 } // namespace kvxplatform::audiounit

@@ -115,11 +115,7 @@ OSStatus passThrough(Unit& unit, Slice& slice)
 {
     if (!isSameFormat(unit.input(0).format, unit.output(slice.bus).format))
         return kAudioUnitErr_FormatNotSupported;
-    AudioBufferList* in = nullptr;
-    const OSStatus status = pull(unit, 0, slice.flags, slice.time, slice.frames, in);
-    for (UInt32 i = 0; i < in->mNumberBuffers; ++i)
-        std::memcpy(slice.out.mBuffers[i].mData, in->mBuffers[i].mData, in->mBuffers[i].mDataByteSize);
-    return status;
+    return pullInto(slice.out, 0, unit, 0, slice.flags, slice.time, slice.frames);
 }
 
 OSStatus render(Unit& unit, AudioUnitRenderActionFlags* ioFlags, const AudioTimeStamp* time, UInt32 bus,

@@ -40,8 +40,8 @@ void lendMemory(AudioBufferList& list, Buffers& own, UInt32 frames);
 /// Whether a list has the buffers of a format, each with room for `frames` frames or no memory at all.
 bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames);
 
-/// What a bypassed unit renders: its input 0 as it is. FormatNotSupported where input and output differ in
-/// format.
+/// What a bypassed unit renders: its input 0 as it is, pulled straight into the slice. FormatNotSupported
+/// where input and output differ in format.
 OSStatus passThrough(Unit& unit, Slice& slice);
 
 /// Tell everybody who asked. `moment` is PreRender, or PostRender with or without PostRenderError.

@@ -27,46 +27,48 @@ OSStatus outputFormat(const AudioUnitConnection& connection, AudioStreamBasicDes
     return noErr;
 }
 
-// What the source gave, made whole in our own memory: it may have pointed elsewhere, or given less than
-// asked.
-void settle(AudioBufferList& list, Element& input, UInt32 offset, UInt32 frames)
-{
-    Buffers& own = input.buffers;
-    for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
-        const AudioBuffer& buffer = list.mBuffers[i];
-        std::byte* mine = own.memory(i) + std::size_t{offset} * own.bytesPerFrame();
-        const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize / own.bytesPerFrame(), frames) : 0;
-        const UInt32 bytes = given * own.bytesPerFrame();
-        if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, bytes);
-        if (given < frames) silenceBuffer(input.format, mine + bytes, frames - given);
-    }
-}
-
 struct Pull {
     Unit& unit;
     const Source& source;
     UInt32 bus;
     AudioUnitRenderActionFlags& flags;
+    const AudioBufferList& into;
+    UInt32 frameBytes; // in each of its buffers
 
-    // Frames [offset, offset + frames) of the input's memory.
-    OSStatus piece(const AudioTimeStamp& time, UInt32 offset, UInt32 frames) const
+    std::byte* memory(UInt32 buffer, UInt32 frame) const
     {
-        Element& input = unit.input(bus);
-        const AudioBufferList& whole = input.buffers.lend(frames);
-        AudioBufferList& list = input.piece.list();
-        list.mNumberBuffers = whole.mNumberBuffers;
-        std::copy_n(whole.mBuffers, whole.mNumberBuffers, list.mBuffers);
+        return static_cast<std::byte*>(into.mBuffers[buffer].mData) + std::size_t{frame} * frameBytes;
+    }
+
+    // Frames [first, first + frames) of the list.
+    OSStatus piece(const AudioTimeStamp& time, UInt32 first, UInt32 frames) const
+    {
+        AudioBufferList& list = unit.input(bus).piece.list();
+        list.mNumberBuffers = into.mNumberBuffers;
         for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
-            list.mBuffers[i].mData = static_cast<std::byte*>(list.mBuffers[i].mData) +
-                                     std::size_t{offset} * input.buffers.bytesPerFrame();
+            list.mBuffers[i] = {into.mBuffers[i].mNumberChannels, frames * frameBytes, memory(i, first)};
 
         const AudioUnitConnection& from = source.connection;
         const OSStatus status = from.sourceAudioUnit
                                     ? renderFrom(from, time, frames, list)
                                     : source.callback.inputProc(source.callback.inputProcRefCon, &flags,
                                                                 &time, bus, frames, &list);
-        if (!status) settle(list, input, offset, frames);
+        if (!status) settle(list, first, frames);
         return status;
+    }
+
+    // What the source gave, made whole in our memory: it may have pointed elsewhere, or given less than
+    // asked.
+    void settle(const AudioBufferList& list, UInt32 first, UInt32 frames) const
+    {
+        for (UInt32 i = 0; i < into.mNumberBuffers; ++i) {
+            const AudioBuffer& buffer = list.mBuffers[i];
+            std::byte* mine = memory(i, first);
+            const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize / frameBytes, frames) : 0;
+            const UInt32 bytes = given * frameBytes;
+            if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, bytes);
+            if (given < frames) silenceBuffer(unit.input(bus).format, mine + bytes, frames - given);
+        }
     }
 
     OSStatus renderFrom(const AudioUnitConnection& from, const AudioTimeStamp& time, UInt32 frames,
@@ -85,6 +87,31 @@ struct Pull {
         return feeding.status ? own : std::min<UInt32>(own, feeding->sliceLimit);
     }
 };
+
+OSStatus pullPieces(const AudioBufferList& into, UInt32 first, Unit& unit, UInt32 bus,
+                    AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time, UInt32 frames,
+                    UInt32 ownLimit)
+{
+    const AudioStreamBasicDescription& format = unit.input(bus).format;
+    OSStatus status = kAudioUnitErr_NoConnection;
+    UInt32 done = 0;
+    const Source* source = unit.input(bus).source.get();
+    if (source) {
+        const Pull from{unit, *source, bus, flags, into, format.mBytesPerFrame};
+        const UInt32 limit = std::max<UInt32>(from.limit(ownLimit), 1);
+        status = noErr;
+        while (done < frames && !status && !unit.isEnding) {
+            const UInt32 now = std::min(limit, frames - done);
+            const AudioTimeStamp at =
+                done ? later(time, done, format.mSampleRate, unit.hostTicksPerSecond) : time;
+            status = from.piece(at, first + done, now);
+            done += now;
+        }
+    }
+    if (status) done = 0;
+    if (done < frames) silence(format, into, first + done, frames - done);
+    return status;
+}
 
 } // namespace
 
@@ -156,25 +183,14 @@ OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const A
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
               UInt32 frames, UInt32 ownLimit, AudioBufferList*& out)
 {
-    Element& input = unit.input(bus);
-    OSStatus status = kAudioUnitErr_NoConnection;
-    UInt32 done = 0;
-    if (const Source* source = input.source.get()) {
-        const Pull from{unit, *source, bus, flags};
-        const UInt32 limit = std::max<UInt32>(from.limit(ownLimit), 1);
-        status = noErr;
-        while (done < frames && !status && !unit.isEnding) {
-            const UInt32 now = std::min(limit, frames - done);
-            const AudioTimeStamp at =
-                done ? later(time, done, input.format.mSampleRate, unit.hostTicksPerSecond) : time;
-            status = from.piece(at, done, now);
-            done += now;
-        }
-    }
-    out = &input.buffers.lend(frames);
-    if (status) done = 0;
-    silence(input.format, *out, done, frames - done);
-    return status;
+    out = &unit.input(bus).buffers.lend(frames);
+    return pullPieces(*out, 0, unit, bus, flags, time, frames, ownLimit);
+}
+
+OSStatus pullInto(const AudioBufferList& list, UInt32 first, Unit& unit, UInt32 bus,
+                  AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time, UInt32 frames)
+{
+    return pullPieces(list, first, unit, bus, flags, time, frames, unit.sliceLimit);
 }
 
 } // namespace kvxplatform::audiounit

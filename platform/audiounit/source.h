@@ -35,6 +35,11 @@ OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const A
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
               UInt32 frames, UInt32 limit, AudioBufferList*& out);
 
+/// The same into frames [first, first + frames) of a list of the input's format that has memory, as a unit
+/// does that renders in place. Errors leave silence there.
+OSStatus pullInto(const AudioBufferList& list, UInt32 first, Unit& unit, UInt32 bus,
+                  AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time, UInt32 frames);
+
 /// A time stamp `frames` frames of `sampleRate` later.
 AudioTimeStamp later(const AudioTimeStamp& time, UInt32 frames, Float64 sampleRate,
                      Float64 hostTicksPerSecond);

@@ -58,31 +58,35 @@ struct Slice {
     AudioBufferList& out;
 };
 
-/// What a kind of unit is. A function may be null where the common behaviour is enough.
+/// What a kind of unit is. What a row does not name is the common behaviour.
 struct UnitKind {
-    OSType type, subType;
-    const char* name;
-    ElementCount inputs, outputs;
+    OSType type = 0, subType = 0;
+    const char* name = nullptr;
+    ElementCount inputs = {1, 1, 1}, outputs = {1, 1, 1};
     Rows<Property> properties; // before the common ones
     Rows<Parameter> parameters;
 
     /// Whether a format may be set there. Null: canonicalFormat of any rate and channels.
-    bool (*takesFormat)(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription&);
+    bool (*takesFormat)(const Unit&, AudioUnitScope, AudioUnitElement,
+                        const AudioStreamBasicDescription&) = nullptr;
 
-    OSStatus (*open)(Unit&);           // makes its state
-    void (*close)(Unit&);              // stops what calls back, waits for it. With no lock
-    void (*destroy)(void* state);      // nobody uses the unit any more
-    OSStatus (*initialize)(Unit&);     // formats are settled: allocate. With both locks
-    void (*uninitialize)(Unit&);       // undo it; no slice runs. With both locks
-    void (*reset)(Unit&);              // forget the past. Thread [audio & in a slice]
-    OSStatus (*render)(Unit&, Slice&); // null: nobody but the device pulls
+    OSStatus (*open)(Unit&) = nullptr;           // makes its state
+    void (*close)(Unit&) = nullptr;              // stops what calls back, waits for it. With no lock
+    void (*destroy)(void* state) = nullptr;      // nobody uses the unit any more
+    OSStatus (*initialize)(Unit&) = nullptr;     // formats are settled: allocate. With both locks
+    void (*uninitialize)(Unit&) = nullptr;       // undo it; no slice runs. With both locks
+    void (*reset)(Unit&) = nullptr;              // forget the past. Thread [audio & in a slice]
+    OSStatus (*render)(Unit&, Slice&) = nullptr; // null: nobody but the device pulls
 
     /// A slice that a callback of the unit asks for inside the unit's own. Null: refused.
-    OSStatus (*renderInside)(Unit&, Slice&);
+    OSStatus (*renderInside)(Unit&, Slice&) = nullptr;
 
     /// Output units only. With `lifeCycle`; inside a slice of the unit without.
-    OSStatus (*start)(Unit&);
-    OSStatus (*stop)(Unit&);
+    OSStatus (*start)(Unit&) = nullptr;
+    OSStatus (*stop)(Unit&) = nullptr;
+
+    /// Inputs are pulled into the slice or into memory of the kind's own: they are given none.
+    bool rendersInPlace = false;
 };
 
 /// Where an input's sound comes from.
@@ -97,7 +101,7 @@ struct Element {
     std::atomic<UInt32> channels{0};      // the format's, for who asks without a lock
     Published<Source> source;             // inputs only
     Buffers buffers;                      // made by initialize; [audio & in a slice]
-    ListStorage piece;                    // likewise: a list for part of a slice
+    ListStorage piece;                    // likewise, inputs only: a list for part of a slice
 };
 
 struct Scope {

@@ -154,27 +154,25 @@ const Property properties[] = {
 };
 // clang-format on
 
+constexpr UnitKind converterKind()
+{
+    UnitKind kind;
+    kind.type = kAudioUnitType_FormatConverter;
+    kind.subType = kAudioUnitSubType_AUConverter;
+    kind.name = "Converter";
+    kind.properties = properties;
+    kind.takesFormat = takesFormat;
+    kind.open = openUnit;
+    kind.destroy = destroy;
+    kind.initialize = initializeUnit;
+    kind.uninitialize = uninitializeUnit;
+    kind.reset = resetUnit;
+    kind.render = renderSlice;
+    return kind;
+}
+
 } // namespace
 
-const UnitKind converter = {
-    kAudioUnitType_FormatConverter,
-    kAudioUnitSubType_AUConverter,
-    "Converter",
-    {1, 1, 1},
-    {1, 1, 1},
-    properties,
-    {},
-    takesFormat,
-    openUnit,
-    nullptr,
-    destroy,
-    initializeUnit,
-    uninitializeUnit,
-    resetUnit,
-    renderSlice,
-    nullptr,
-    nullptr,
-    nullptr,
-};
+const UnitKind converter = converterKind();
 
 } // namespace kvxplatform::audiounit

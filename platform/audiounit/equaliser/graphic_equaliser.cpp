@@ -139,20 +139,21 @@ void filterPiece(Band& band, UInt32 offset, UInt32 frames, std::vector<double>& 
     }
 }
 
-void filterSlice(Equaliser& equaliser, const AudioBufferList& in, const AudioBufferList& out, UInt32 frames)
+/// In place.
+void filterSlice(Equaliser& equaliser, const AudioBufferList& list, UInt32 frames)
 {
     for (UInt32 offset = 0; offset < frames; offset += pieceFrames) {
         const UInt32 now = std::min(pieceFrames, frames - offset);
-        for (UInt32 c = 0; c < in.mNumberBuffers; ++c)
-            std::copy_n(static_cast<const Float32*>(in.mBuffers[c].mData) + offset, now,
+        for (UInt32 c = 0; c < list.mNumberBuffers; ++c)
+            std::copy_n(static_cast<const Float32*>(list.mBuffers[c].mData) + offset, now,
                         equaliser.work.begin() + c * pieceFrames);
         for (auto& bands : equaliser.bands)
             for (Band& band : bands)
                 if (!band.isFlat()) filterPiece(band, offset, now, equaliser.work);
-        for (UInt32 c = 0; c < out.mNumberBuffers; ++c)
+        for (UInt32 c = 0; c < list.mNumberBuffers; ++c)
             std::transform(equaliser.work.begin() + c * pieceFrames,
                            equaliser.work.begin() + c * pieceFrames + now,
-                           static_cast<Float32*>(out.mBuffers[c].mData) + offset,
+                           static_cast<Float32*>(list.mBuffers[c].mData) + offset,
                            [](double sample) { return static_cast<Float32>(sample); });
     }
 }
@@ -174,10 +175,9 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
     if (turnBands(unit, equaliser)) return passThrough(unit, slice);
 
     AudioUnitRenderActionFlags flags = slice.flags;
-    AudioBufferList* in = nullptr;
-    const OSStatus status = pull(unit, 0, flags, slice.time, slice.frames, in);
+    const OSStatus status = pullInto(slice.out, 0, unit, 0, flags, slice.time, slice.frames);
     slice.flags = flags & ~isSilence; // bands go on sounding
-    filterSlice(equaliser, *in, slice.out, slice.frames);
+    filterSlice(equaliser, slice.out, slice.frames);
     passBands(equaliser, slice.frames);
     if (status) clear(slice.out);
     return status;
@@ -218,27 +218,25 @@ const Parameter parameters[] = {
 };
 // clang-format on
 
+constexpr UnitKind equaliserKind()
+{
+    UnitKind kind;
+    kind.type = kAudioUnitType_Effect;
+    kind.subType = kAudioUnitSubType_GraphicEQ;
+    kind.name = "Graphic Equaliser";
+    kind.properties = properties;
+    kind.parameters = parameters;
+    kind.open = openUnit;
+    kind.destroy = destroy;
+    kind.initialize = initializeUnit;
+    kind.reset = resetUnit;
+    kind.render = renderSlice;
+    kind.rendersInPlace = true;
+    return kind;
+}
+
 } // namespace
 
-const UnitKind graphicEqualiser = {
-    kAudioUnitType_Effect,
-    kAudioUnitSubType_GraphicEQ,
-    "Graphic Equaliser",
-    {1, 1, 1},
-    {1, 1, 1},
-    properties,
-    parameters,
-    nullptr,
-    openUnit,
-    nullptr,
-    destroy,
-    initializeUnit,
-    nullptr,
-    resetUnit,
-    renderSlice,
-    nullptr,
-    nullptr,
-    nullptr,
-};
+const UnitKind graphicEqualiser = equaliserKind();
 
 } // namespace kvxplatform::audiounit

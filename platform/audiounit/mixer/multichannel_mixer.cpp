@@ -117,7 +117,6 @@ struct Sum {
 
     void add(const AudioBufferList& in, const Gain (&balance)[2])
     {
-        static constexpr Gain unity = {1, 1};
         const bool isStereo = out.mNumberBuffers == 2, isDoubled = isStereo && in.mNumberBuffers == 1;
         const UInt32 channels = isDoubled ? 2 : std::min(in.mNumberBuffers, out.mNumberBuffers);
         for (UInt32 i = 0; i < channels; ++i)
@@ -126,10 +125,20 @@ struct Sum {
         written = std::max(written, channels);
     }
 
+    /// The first input, where it lies in the output already.
+    void begin(const Gain (&balance)[2])
+    {
+        written = out.mNumberBuffers;
+        if (written == 2)
+            for (UInt32 i = 0; i < 2; ++i) applyGain(balance[i], samplesOf(out, i), frames);
+    }
+
     void fillUp()
     {
         for (; written < out.mNumberBuffers; ++written) std::fill_n(samplesOf(out, written), frames, 0.0f);
     }
+
+    static constexpr Gain unity = {1, 1};
 
     static Float32* samplesOf(const AudioBufferList& list, UInt32 channel)
     {
@@ -141,18 +150,26 @@ struct Sum {
 /// silent.
 OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& gaveSound)
 {
-    if (unit.input(bus).format.mSampleRate != unit.output(0).format.mSampleRate)
+    const Element& input = unit.input(bus);
+    if (input.format.mSampleRate != unit.output(0).format.mSampleRate)
         return kAudioUnitErr_FormatNotSupported; // a source that came later
     AudioUnitRenderActionFlags flags = slice.flags & ~isSilence;
-    AudioBufferList* in = nullptr;
-    const OSStatus status = pull(unit, bus, flags, slice.time, slice.frames, in);
+    AudioBufferList* in = &slice.out;
+    // The first one heard needs no copy where it is as wide as the output.
+    const bool isInPlace = !sum.written && isSameFormat(input.format, unit.output(0).format);
+    const OSStatus status = isInPlace ? pullInto(slice.out, 0, unit, bus, flags, slice.time, slice.frames)
+                                      : pull(unit, bus, flags, slice.time, slice.frames, in);
     if (status) // one that was taken away meanwhile is none
-        return status == kAudioUnitErr_NoConnection && !unit.input(bus).source.get() ? noErr : status;
+        return status == kAudioUnitErr_NoConnection && !input.source.get() ? noErr : status;
 
     Bus& own = stateOf<Mixer>(unit).inputs[bus];
     fade(own, *in, slice.frames);
-    if (!own.fader.isSilence()) sum.add(*in, own.balance); // nothing added changes not a bit of the others
     gaveSound |= !(flags & isSilence);
+    if (own.fader.isSilence()) return noErr; // nothing added changes not a bit of the others
+    if (isInPlace)
+        sum.begin(own.balance);
+    else
+        sum.add(*in, own.balance);
     return noErr;
 }
 
@@ -246,27 +263,25 @@ const Parameter parameters[] = {
 };
 // clang-format on
 
+constexpr UnitKind mixerKind()
+{
+    UnitKind kind;
+    kind.type = kAudioUnitType_Mixer;
+    kind.subType = kAudioUnitSubType_MultiChannelMixer;
+    kind.name = "Multichannel Mixer";
+    kind.inputs = inputBuses;
+    kind.properties = properties;
+    kind.parameters = parameters;
+    kind.open = openUnit;
+    kind.destroy = destroy;
+    kind.initialize = initializeUnit;
+    kind.reset = resetUnit;
+    kind.render = renderSlice;
+    return kind;
+}
+
 } // namespace
 
-const UnitKind multichannelMixer = {
-    kAudioUnitType_Mixer,
-    kAudioUnitSubType_MultiChannelMixer,
-    "Multichannel Mixer",
-    inputBuses,
-    {1, 1, 1},
-    properties,
-    parameters,
-    nullptr,
-    openUnit,
-    nullptr,
-    destroy,
-    initializeUnit,
-    nullptr,
-    resetUnit,
-    renderSlice,
-    nullptr,
-    nullptr,
-    nullptr,
-};
+const UnitKind multichannelMixer = mixerKind();
 
 } // namespace kvxplatform::audiounit

@@ -1,5 +1,5 @@
-// The client's side of an output unit that drives a device: pulls input 0 in the client's format and gives it on
-// as 32-bit float frames at the rate of the other side.
+// The client's side of an output unit that drives a device: pulls input 0 in the client's format and gives it
+// on as 32-bit float frames at the rate of the other side.
 #pragma once
 
 #include "platform/audiounit/rate_converter.h"

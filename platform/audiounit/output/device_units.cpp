@@ -208,37 +208,34 @@ const Parameter parameters[] = {
 };
 // clang-format on
 
+// Without `render`: the device pulls, nobody else.
 template <AudioHardwarePropertyID choice, bool isHAL>
-constexpr UnitKind deviceUnit(OSType subType, const char* name)
+constexpr UnitKind deviceKind(OSType subType, const char* name)
 {
-    constexpr ElementCount buses = isHAL ? ElementCount{2, 2, 2} : ElementCount{1, 1, 1};
-    return {kAudioUnitType_Output,
-            subType,
-            name,
-            buses,
-            buses,
-            properties<isHAL>,
-            parameters,
-            takesFormat,
-            openUnit<choice, !isHAL>,
-            closeUnit,
-            destroy,
-            nullptr,
-            nullptr,
-            nullptr,
-            nullptr, // the device pulls, nobody else
-            renderInput,
-            startDevice,
-            stopDevice};
+    UnitKind kind;
+    kind.type = kAudioUnitType_Output;
+    kind.subType = subType;
+    kind.name = name;
+    if (isHAL) kind.inputs = kind.outputs = {2, 2, 2};
+    kind.properties = properties<isHAL>;
+    kind.parameters = parameters;
+    kind.takesFormat = takesFormat;
+    kind.open = openUnit<choice, !isHAL>;
+    kind.close = closeUnit;
+    kind.destroy = destroy;
+    kind.renderInside = renderInput;
+    kind.start = startDevice;
+    kind.stop = stopDevice;
+    return kind;
 }
 
 } // namespace
 
 const UnitKind halOutput =
-    deviceUnit<kAudioHardwarePropertyDefaultOutputDevice, true>(kAudioUnitSubType_HALOutput, "HAL Output");
-const UnitKind defaultOutput = deviceUnit<kAudioHardwarePropertyDefaultOutputDevice, false>(
+    deviceKind<kAudioHardwarePropertyDefaultOutputDevice, true>(kAudioUnitSubType_HALOutput, "HAL Output");
+const UnitKind defaultOutput = deviceKind<kAudioHardwarePropertyDefaultOutputDevice, false>(
     kAudioUnitSubType_DefaultOutput, "Default Output");
-const UnitKind systemOutput = deviceUnit<kAudioHardwarePropertyDefaultSystemOutputDevice, false>(
+const UnitKind systemOutput = deviceKind<kAudioHardwarePropertyDefaultSystemOutputDevice, false>(
     kAudioUnitSubType_SystemOutput, "System Output");
 
 } // namespace kvxplatform::audiounit

@@ -69,27 +69,27 @@ const Property properties[] = {
 };
 // clang-format on
 
+constexpr UnitKind genericKind()
+{
+    UnitKind kind;
+    kind.type = kAudioUnitType_Output;
+    kind.subType = kAudioUnitSubType_GenericOutput;
+    kind.name = "Generic Output";
+    kind.properties = properties;
+    kind.takesFormat = takesFormat;
+    kind.open = openUnit;
+    kind.destroy = destroy;
+    kind.initialize = initializeUnit;
+    kind.uninitialize = uninitializeUnit;
+    kind.reset = resetUnit;
+    kind.render = renderSlice;
+    kind.start = startUnit;
+    kind.stop = stopUnit;
+    return kind;
+}
+
 } // namespace
 
-const UnitKind genericOutput = {
-    kAudioUnitType_Output,
-    kAudioUnitSubType_GenericOutput,
-    "Generic Output",
-    {1, 1, 1},
-    {1, 1, 1},
-    properties,
-    {},
-    takesFormat,
-    openUnit,
-    nullptr,
-    destroy,
-    initializeUnit,
-    uninitializeUnit,
-    resetUnit,
-    renderSlice,
-    nullptr,
-    startUnit,
-    stopUnit,
-};
+const UnitKind genericOutput = genericKind();
 
 } // namespace kvxplatform::audiounit

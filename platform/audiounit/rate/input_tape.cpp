@@ -9,16 +9,22 @@
 
 namespace kvxplatform::audiounit {
 
-void InputTape::prepare(const AudioStreamBasicDescription& format, std::size_t frames)
+void InputTape::prepare(const AudioStreamBasicDescription& format)
 {
-    room = 1;
-    while (room < frames) room *= 2;
     channelCount = format.mChannelsPerFrame;
     sampleRate = format.mSampleRate;
-    if (room > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(Float32) / channelCount)
-        throw std::bad_alloc();
-    memory.reset(new Float32[room * channelCount]); // not touched before it is needed
+    list.prepare(channelCount);
     start(0);
+}
+
+void InputTape::makeRoom(double frames)
+{
+    constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    if (frames > static_cast<double>(most / 2 / sizeof(Float32) / channelCount)) throw std::bad_alloc();
+    std::size_t rounded = 1;
+    while (static_cast<double>(rounded) < frames) rounded *= 2;
+    memory = std::make_unique<Float32[]>(rounded * channelCount);
+    room = rounded;
 }
 
 void InputTape::start(Float64 time)
@@ -27,46 +33,38 @@ void InputTape::start(Float64 time)
     startTime = time;
 }
 
-AudioBufferList& InputTape::pullPiece(Request& request, UInt32 frames)
+// Into frames [at, at + frames) of what the list points at.
+void InputTape::pullPiece(Request& request, UInt32 at, UInt32 frames)
 {
     AudioTimeStamp time = later(request.time, request.pulled, sampleRate, request.unit.hostTicksPerSecond);
     time.mSampleTime = startTime + static_cast<Float64>(last);
     time.mFlags |= kAudioTimeStampSampleTimeValid;
     request.pulled += frames;
-    AudioBufferList* list = nullptr;
-    if (const OSStatus status = pull(request.unit, 0, request.flags, time, frames, list))
-        request.status = status;
-    return *list;
+    const OSStatus status = pullInto(list.list(), at, request.unit, 0, request.flags, time, frames);
+    if (status) request.status = status;
+    last += frames;
 }
 
 void InputTape::pullUntil(Request& request, std::int64_t until)
 {
-    const std::int64_t largest =
-        std::min<std::int64_t>(request.unit.sliceLimit, static_cast<std::int64_t>(room));
     while (last < until) {
-        const auto frames = static_cast<UInt32>(std::min(largest, until - last));
-        const AudioBufferList& list = pullPiece(request, frames);
         const std::size_t at = static_cast<std::size_t>(last) & (room - 1);
-        const std::size_t head = std::min<std::size_t>(frames, room - at);
-        for (UInt32 channel = 0; channel < channelCount; ++channel) {
-            const auto* from = static_cast<const Float32*>(list.mBuffers[channel].mData);
-            Float32* ring = memory.get() + channel * room;
-            std::memcpy(ring + at, from, head * sizeof(Float32));
-            std::memcpy(ring, from + head, (frames - head) * sizeof(Float32));
-        }
-        last += frames;
+        const auto straight = static_cast<std::int64_t>(room - at); // until the ring's seam
+        const std::int64_t largest = std::min<std::int64_t>(request.unit.sliceLimit, straight);
+        for (UInt32 channel = 0; channel < channelCount; ++channel)
+            list.list().mBuffers[channel] = {1, 0, memory.get() + channel * room};
+        pullPiece(request, static_cast<UInt32>(at), static_cast<UInt32>(std::min(largest, until - last)));
         first = std::max(first, last - static_cast<std::int64_t>(room));
     }
 }
 
 void InputTape::pullThrough(Request& request, Float32* const* out, UInt32 frames)
 {
+    for (UInt32 channel = 0; channel < channelCount; ++channel)
+        list.list().mBuffers[channel] = {1, 0, out[channel]};
     for (UInt32 done = 0; done < frames;) {
         const UInt32 now = std::min<UInt32>(frames - done, request.unit.sliceLimit);
-        const AudioBufferList& list = pullPiece(request, now);
-        for (UInt32 channel = 0; channel < channelCount; ++channel)
-            std::memcpy(out[channel] + done, list.mBuffers[channel].mData, now * sizeof(Float32));
-        last += now;
+        pullPiece(request, done, now);
         first = last;
         done += now;
     }

@@ -2,7 +2,8 @@
 // start.
 //
 // A unit that changes the rate pulls ahead of what is heard. When it becomes neutral again, what it pulled
-// ahead is played from here before anything more is pulled: nothing is skipped, nothing is heard twice.
+// ahead is played from here before anything more is pulled: nothing is skipped, nothing is heard twice. While
+// it has never pulled ahead, frames only pass through, and the tape has no room.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -22,8 +23,14 @@ public:
         UInt32 pulled = 0;
     };
 
-    /// Room for that many frames. Throws std::bad_alloc.
-    void prepare(const AudioStreamBasicDescription& format, std::size_t frames);
+    /// Make ready for a format, without room. Throws std::bad_alloc.
+    void prepare(const AudioStreamBasicDescription& format);
+
+    /// Room for that many frames, all of it touched, so that no slice waits for pages. Throws std::bad_alloc.
+    /// Thread [any], with settings: once, before the first voice is handed over, which is the first to use
+    /// it.
+    void makeRoom(double frames);
+    bool hasRoom() const { return memory != nullptr; }
 
     /// Frame 0 is the next one; the input knows it as `time`.
     void start(Float64 time);
@@ -52,10 +59,11 @@ public:
     void copyChannel(UInt32 channel, std::int64_t frame, UInt32 frames, Float32* out) const;
 
 private:
-    AudioBufferList& pullPiece(Request& request, UInt32 frames);
+    void pullPiece(Request& request, UInt32 first, UInt32 frames);
 
     std::unique_ptr<Float32[]> memory; // channel after channel, each a ring
     std::size_t room = 0;              // frames, a power of 2
+    ListStorage list;                  // what is pulled into
     UInt32 channelCount = 0;
     Float64 sampleRate = 0;
     std::int64_t first = 0, last = 0;

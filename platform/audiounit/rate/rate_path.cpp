@@ -23,17 +23,22 @@ Float32 shareAt(UInt32 frame)
 
 } // namespace
 
-void RatePath::prepare(const AudioStreamBasicDescription& format, std::size_t tapeFrames)
+void RatePath::prepare(const AudioStreamBasicDescription& format)
 {
-    const UInt32 channels = format.mChannelsPerFrame;
-    tape.prepare(format, tapeFrames);
-    fading.assign(std::size_t{blockFrames} * channels, 0);
-    fadingPlanes.resize(channels);
-    for (UInt32 channel = 0; channel < channels; ++channel)
-        fadingPlanes[channel] = fading.data() + std::size_t{channel} * blockFrames;
-    planes.resize(channels);
-    rest.resize(channels);
+    tape.prepare(format);
+    planes.resize(format.mChannelsPerFrame);
+    rest.resize(format.mChannelsPerFrame);
     isFresh = true;
+}
+
+void RatePath::prepareForVoices(double tapeFrames)
+{
+    if (tape.hasRoom()) return;
+    fading.assign(std::size_t{blockFrames} * tape.channels(), 0);
+    fadingPlanes.resize(tape.channels());
+    for (UInt32 channel = 0; channel < tape.channels(); ++channel)
+        fadingPlanes[channel] = fading.data() + std::size_t{channel} * blockFrames;
+    tape.makeRoom(tapeFrames); // last: with room, all is there
 }
 
 void RatePath::release() { *this = RatePath(); }

@@ -21,9 +21,13 @@ struct Wish {
 
 class RatePath {
 public:
-    /// Thread [any & no slice runs]. Throws std::bad_alloc.
-    void prepare(const AudioStreamBasicDescription& format, std::size_t tapeFrames);
+    /// Make ready for the input as it is. Thread [any & no slice runs]. Throws std::bad_alloc.
+    void prepare(const AudioStreamBasicDescription& format);
     void release();
+
+    /// Make ready for voices, with a tape of that many frames; nothing when it is. Thread [any], with
+    /// settings, before a voice is handed over. Throws std::bad_alloc.
+    void prepareForVoices(double tapeFrames);
 
     /// Begin anew with the next slice. Here and below: thread [audio & in a slice], nothing allocates.
     void reset() { isFresh = true; }
@@ -63,7 +67,7 @@ private:
     std::int64_t changeAt = 0; // the input frame where it begins
     UInt32 faded = 0;
 
-    std::vector<Float32> fading; // a block, channel after channel
+    std::vector<Float32> fading; // a block, channel after channel; with the tape's room
     std::vector<Float32*> fadingPlanes, planes, rest;
 };
 

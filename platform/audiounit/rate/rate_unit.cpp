@@ -27,7 +27,9 @@ void makeVoice(Unit& unit)
     auto& state = stateOf<RateUnit>(unit);
     int which = 0;
     if (!lacksVoice(unit, which)) return;
-    std::unique_ptr<Voice> voice = state.kind.make(unit.output(0).format, which);
+    const AudioStreamBasicDescription& format = unit.output(0).format;
+    state.path.prepareForVoices(state.kind.tapeFrames(format.mSampleRate));
+    std::unique_ptr<Voice> voice = state.kind.make(format, which);
     state.latest = voice.get();
     state.box.put(std::move(voice));
     state.made = which;
@@ -86,7 +88,7 @@ constexpr auto read = Access::readOnly;
 constexpr auto both = Access::readWrite;
 
 // clang-format off
-const Property table[] = {
+const Property properties[] = {
     // property                                scopes    element     bytes                  access settable get               set                    size of
     {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,       nullptr,               nullptr},
     {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts, nullptr,               nullptr},
@@ -95,10 +97,6 @@ const Property table[] = {
     {kAudioUnitProperty_RenderQuality,         inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality,       setQuality,            nullptr},
 };
 // clang-format on
-
-} // namespace
-
-const Rows<Property> rateProperties = table;
 
 void destroyRateUnit(void* state) { delete static_cast<RateUnit*>(state); }
 
@@ -112,7 +110,7 @@ OSStatus initializeRateUnit(Unit& unit)
     auto& state = stateOf<RateUnit>(unit);
     const AudioStreamBasicDescription& format = unit.output(0).format;
     if (!isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
-    state.path.prepare(format, state.kind.tapeFrames(format.mSampleRate));
+    state.path.prepare(format);
     state.secondsAhead = 0;
     makeVoice(unit);
     return noErr;
@@ -136,6 +134,27 @@ OSStatus renderRateUnit(Unit& unit, Slice& slice)
     const Float64 framesOut = state.path.framesAhead() / state.path.rate();
     state.secondsAhead = static_cast<Float32>(framesOut / unit.output(0).format.mSampleRate);
     return status;
+}
+
+} // namespace
+
+UnitKind rateKind(OSType subType, const char* name, Rows<Parameter> parameters, OSStatus (*open)(Unit&))
+{
+    UnitKind kind;
+    kind.type = kAudioUnitType_FormatConverter;
+    kind.subType = subType;
+    kind.name = name;
+    kind.properties = properties;
+    kind.parameters = parameters;
+    kind.takesFormat = takesRateFormat;
+    kind.open = open;
+    kind.destroy = destroyRateUnit;
+    kind.initialize = initializeRateUnit;
+    kind.uninitialize = uninitializeRateUnit;
+    kind.reset = resetRateUnit;
+    kind.render = renderRateUnit;
+    kind.rendersInPlace = true;
+    return kind;
 }
 
 void makeVoiceIfWanted(Unit& unit)

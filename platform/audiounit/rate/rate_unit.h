@@ -1,9 +1,9 @@
 // What the rate units have in common.
 //
 // A voice is made when a unit that is initialised first wants one: by the thread that sets what makes it
-// wanted, or by the one that initialises it. One that stays neutral, or bypassed, has none. Inside its own
-// slice a unit makes none: what is set there is heard once a voice has been made for a setting from
-// elsewhere.
+// wanted, or by the one that initialises it; and the tape's room with it. One that stays neutral, or
+// bypassed, has neither. Inside its own slice a unit makes none: what is set there is heard once a voice has
+// been made for a setting from elsewhere.
 #pragma once
 
 #include "platform/audiounit/parameter.h"
@@ -20,7 +20,7 @@ struct RateKind {
     int (*voiceFor)(const Unit&, UInt32 quality);
     std::unique_ptr<Voice> (*make)(const AudioStreamBasicDescription& format, int which);
 
-    std::size_t (*tapeFrames)(Float64 sampleRate);
+    double (*tapeFrames)(Float64 sampleRate);
 };
 
 struct RateUnit {
@@ -31,7 +31,7 @@ struct RateUnit {
     VoiceBox box;
     std::atomic<int> made{-1};            // which voice was made last; written with settings
     const Voice* latest = nullptr;        // that one, with settings; it lives until another is made
-    RatePath path;                        // [audio & in a slice], and while no slice runs
+    RatePath path;                        // [audio & in a slice], and while no slice runs; see there
     std::atomic<Float32> secondsAhead{0}; // by the last slice
 };
 
@@ -42,13 +42,8 @@ OSStatus openRateUnit(Unit& unit)
     return noErr;
 }
 
-void destroyRateUnit(void* state);
-bool takesRateFormat(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
-                     const AudioStreamBasicDescription& format);
-OSStatus initializeRateUnit(Unit& unit);
-void uninitializeRateUnit(Unit& unit);
-void resetRateUnit(Unit& unit);
-OSStatus renderRateUnit(Unit& unit, Slice& slice);
+/// The row of a rate unit.
+UnitKind rateKind(OSType subType, const char* name, Rows<Parameter> parameters, OSStatus (*open)(Unit&));
 
 /// Make the voice that the unit wants, if it has not been made. Thread [any]; without locks.
 void makeVoiceIfWanted(Unit& unit);
@@ -56,7 +51,5 @@ void makeVoiceIfWanted(Unit& unit);
 /// A setter for their parameters: stores the value.
 OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 index,
                           Float32 value);
-
-extern const Rows<Property> rateProperties;
 
 } // namespace kvxplatform::audiounit

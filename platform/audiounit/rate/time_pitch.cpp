@@ -46,10 +46,7 @@ std::unique_ptr<Voice> make(const AudioStreamBasicDescription& format, int engin
 }
 
 // Enough for an engine to start ahead, and for what it holds down to a twelfth of the length.
-std::size_t tapeFrames(Float64 sampleRate)
-{
-    return static_cast<std::size_t>(0.68 * std::max(sampleRate, 48000.0));
-}
+double tapeFrames(Float64 sampleRate) { return 0.68 * std::max(sampleRate, 48000.0); }
 
 constexpr RateKind newKind = {settingOf, newEngine, make, tapeFrames};
 constexpr RateKind classicKind = {settingOf, classicEngine, make, tapeFrames};
@@ -77,46 +74,9 @@ const Parameter classicParameters[] = {
 
 } // namespace
 
-const UnitKind newTimePitch = {
-    kAudioUnitType_FormatConverter,
-    kAudioUnitSubType_NewTimePitch,
-    "New Time Pitch",
-    {1, 1, 1},
-    {1, 1, 1},
-    rateProperties,
-    newParameters,
-    takesRateFormat,
-    openRateUnit<newKind>,
-    nullptr,
-    destroyRateUnit,
-    initializeRateUnit,
-    uninitializeRateUnit,
-    resetRateUnit,
-    renderRateUnit,
-    nullptr,
-    nullptr,
-    nullptr,
-};
-
-const UnitKind timePitch = {
-    kAudioUnitType_FormatConverter,
-    kAudioUnitSubType_TimePitch,
-    "Time Pitch",
-    {1, 1, 1},
-    {1, 1, 1},
-    rateProperties,
-    classicParameters,
-    takesRateFormat,
-    openRateUnit<classicKind>,
-    nullptr,
-    destroyRateUnit,
-    initializeRateUnit,
-    uninitializeRateUnit,
-    resetRateUnit,
-    renderRateUnit,
-    nullptr,
-    nullptr,
-    nullptr,
-};
+const UnitKind newTimePitch =
+    rateKind(kAudioUnitSubType_NewTimePitch, "New Time Pitch", newParameters, openRateUnit<newKind>);
+const UnitKind timePitch =
+    rateKind(kAudioUnitSubType_TimePitch, "Time Pitch", classicParameters, openRateUnit<classicKind>);
 
 } // namespace kvxplatform::audiounit

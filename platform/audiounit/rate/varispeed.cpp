@@ -29,7 +29,7 @@ std::unique_ptr<Voice> make(const AudioStreamBasicDescription& format, int quali
     return std::make_unique<VarispeedVoice>(format, static_cast<RateConverter::Quality>(quality));
 }
 
-std::size_t tapeFrames(Float64) { return 8192; }
+double tapeFrames(Float64) { return 8192; }
 
 constexpr RateKind kind = {settingOf, filterAt, make, tapeFrames};
 
@@ -63,25 +63,6 @@ const Parameter parameters[] = {
 
 } // namespace
 
-const UnitKind varispeed = {
-    kAudioUnitType_FormatConverter,
-    kAudioUnitSubType_Varispeed,
-    "Varispeed",
-    {1, 1, 1},
-    {1, 1, 1},
-    rateProperties,
-    parameters,
-    takesRateFormat,
-    openRateUnit<kind>,
-    nullptr,
-    destroyRateUnit,
-    initializeRateUnit,
-    uninitializeRateUnit,
-    resetRateUnit,
-    renderRateUnit,
-    nullptr,
-    nullptr,
-    nullptr,
-};
+const UnitKind varispeed = rateKind(kAudioUnitSubType_Varispeed, "Varispeed", parameters, openRateUnit<kind>);
 
 } // namespace kvxplatform::audiounit
