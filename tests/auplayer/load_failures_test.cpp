@@ -35,7 +35,7 @@ std::size_t placeOf(const Notes& calls, const std::string& beginning)
 
 class FailingLoad : public PlayerTest {
 protected:
-    /// A load of an object that has tried once.
+    /// A load of an object that has tried once. It is gone then, and the calls are those of its end.
     void expectNoSecondLoad()
     {
         FolderItem const another = host().newFolderItem();
@@ -72,11 +72,30 @@ Kind kindOf(const std::string& call)
     return isIgnored ? ignored : fails;
 }
 
-TEST_F(FailingLoad, EndsAtEachPlatformCallThatIsRefused)
+class RefusedLoad : public FailingLoad {
+protected:
+    /// One load after the other, each with another of its calls refused. How many refusals ended one.
+    std::size_t refuseEachCall(HostInteger timePitchUnit, const Notes& good);
+};
+
+TEST_F(RefusedLoad, EndsAtEachPlatformCallThatIsRefused)
 {
-    Choices choices;
-    choices.sliceLimit = "4096";
-    const Notes good = goodLoad(choices);
+    const struct {
+        HostInteger timePitchUnit;
+        const char* bypassed;
+        std::size_t refusals; ///< calls whose status ends a load
+    } facts[] = {{0, "varispeed", 40}, {2, "timePitch", 40}, {5, "", 39}};
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::Message() << "TimePitchUnit " << fact.timePitchUnit);
+        Choices choices;
+        choices.sliceLimit = "4096";
+        choices.bypassed = fact.bypassed;
+        EXPECT_EQ(refuseEachCall(fact.timePitchUnit, goodLoad(choices)), 2 * fact.refusals);
+    }
+}
+
+std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& good)
+{
     const std::size_t opened = placeOf(good, "ExtAudioFileOpenURL"), read = placeOf(good, "ExtAudioFileRead"),
                       duration = placeOf(good, "AudioFileGetProperty"),
                       disposed = placeOf(good, "ExtAudioFileDispose"), graph = placeOf(good, "NewAUGraph"),
@@ -87,6 +106,7 @@ TEST_F(FailingLoad, EndsAtEachPlatformCallThatIsRefused)
             SCOPED_TRACE(std::string(method) + " with a refusal of " + good[i]);
             startOver();
             data().maximumFramesPerSlice = 4096;
+            data().timePitchUnit = timePitchUnit;
             constexpr OSStatus status = -10868;
             graph_spy::platform().refusals[i] = status;
             const Kind kind = kindOf(good[i]);
@@ -130,13 +150,13 @@ TEST_F(FailingLoad, EndsAtEachPlatformCallThatIsRefused)
             for (std::size_t u = 0; u < std::size(inOrder); ++u)
                 EXPECT_EQ(inOrder[u] != nullptr, i > units + u) << "unit " << u;
 
-            // And goes with the object.
-            graph_spy::forgetCalls();
-            destruct();
+            // And goes with the object, which does not load again.
+            EXPECT_EQ(data().isFileLoaded, 1);
+            expectNoSecondLoad();
             EXPECT_EQ(graph_spy::calls(), i > graph ? Notes{"DisposeAUGraph(graph1)"} : Notes());
             expectNothingLeft();
         }
-    EXPECT_EQ(refused, 2 * 40u) << "each call whose status ends a load";
+    return refused;
 }
 
 TEST_F(FailingLoad, WithoutAFileFails)

@@ -113,13 +113,25 @@ TEST(Render, AnEmptyFileIsSilence)
 
 TEST(Render, AFileWithoutSamplesIsSilence)
 {
-    // As a failed load leaves it: the counts may stand, the samples are gone; or nothing stands at all.
-    auplayer::LoadedAudio audio = {};
-    RenderedFile file(noise(1, 2), 2);
-    file->loadedAudio = &audio;
-    file->endFrame = 0;
-    EXPECT_EQ(file.render(256), Bits(512));
-    EXPECT_EQ(file->position, 0u);
+    // A read that failed leaves the counts, one that was never tried leaves nothing.
+    auplayer::LoadedAudio nothing = {}, counts = {};
+    counts.frameCount = 1000;
+    counts.format = {48000, kAudioFormatLinearPCM, kAudioFormatFlagsNativeFloatPacked, 8, 1, 8, 2, 32, 0};
+    counts.byteSize = 8000;
+    for (auplayer::LoadedAudio* audio : {&nothing, &counts})
+        for (const std::uint32_t position : {0u, 744u, 745u, 999u, 1000u, 0xFFFFFFFFu}) {
+            SCOPED_TRACE(testing::Message() << audio->frameCount << " frames, from " << position);
+            RenderedFile file(noise(1, 2), 2);
+            file->loadedAudio = audio;
+            file->endFrame = 0;
+            file->position = position;
+            EXPECT_EQ(file.render(256), Bits(512));
+            EXPECT_EQ(file->position, 0u);
+            Slice slice({{2, 256 * 8}, {2, 64}, {2, 64, true}});
+            file.render(slice, 256);
+            EXPECT_EQ(slice.bits(0), Bits(512));
+            EXPECT_EQ(slice.bits(1), Bits(16));
+        }
 }
 
 // ---- buffers of other shapes ----

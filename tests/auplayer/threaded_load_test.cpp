@@ -1,5 +1,6 @@
 // LoadFileMT: the load on another thread, while the host's main thread yields.
 #include "plugin/host_array.h"
+#include "plugin/shared_word.h"
 #include "tests/auplayer/good_load.h"
 #include "tests/support/sanitizers.h"
 
@@ -96,6 +97,59 @@ TEST_F(ThreadedLoad, RefusesAnotherLoadThatItsHostBeginsMeanwhile)
     host().drop(another);
 }
 
+using Array = REALarrayStruct*;
+
+template <class Element>
+void update(Object object, Host& host, Array bands)
+{
+    call<void>(sizeof(Element) == sizeof(float) ? "updateEQ(eqBands() as single)"
+                                                : "updateEQ(eqBands() as double)",
+               object, static_cast<ArrayOf<Element>*>(bands));
+    host.drop(bands);
+}
+
+void setChannelMap(Object object, Host& host)
+{
+    const Array map = host.newIntegers({1, 0});
+    call<void>("setChannelMap", object, static_cast<ArrayOf<HostInteger>*>(map));
+    host.drop(map);
+}
+
+template <class T>
+T getIndexed(Object object, std::string_view method)
+{
+    return call<T>(method, object, std::uint32_t{0});
+}
+template <class T>
+void setIndexed(Object object, std::string_view method, T value)
+{
+    reinterpret_cast<void (*)(Object, std::uint32_t, T)>(methodRow(method).setter)(object, 0, value);
+}
+
+/// A field as the host gets at it, by its place in the class data: one load or store.
+template <class T>
+T& field(Object object, std::string_view property)
+{
+    char* const data = reinterpret_cast<char*>(&auplayer::dataOf(object));
+    return *reinterpret_cast<T*>(data + propertyRow(property).parameter);
+}
+template <class T>
+void read(Object object, std::string_view property)
+{
+    loadRelaxed(field<T>(object, property));
+}
+template <class T>
+void write(Object object, std::string_view property, T value)
+{
+    storeRelaxed(field<T>(object, property), value);
+}
+/// A handle is written with what it is, once it is: another would be the host program's own.
+void rewrite(Object object, std::string_view property)
+{
+    if (void* const handle = loadRelaxed(field<void*>(object, property)))
+        storeRelaxed(field<void*>(object, property), handle);
+}
+
 /// What a host's program may do while it is yielded to. Each shares words with the load.
 struct Member {
     const char* name;
@@ -106,6 +160,8 @@ const Member members[] = {
     // clang-format off
     {"Playing",             [](Object o, Host&) { get<HostBoolean>(o, "Playing"); }},
     {"set Playing",         [](Object o, Host&) { set<HostBoolean>(o, "Playing", 0); }},
+    {"set Playing, true",   [](Object o, Host&) { set<HostBoolean>(o, "Playing", 1); }},
+    {"Play",                [](Object o, Host&) { call<void>("Play", o); }},
     {"Pause",               [](Object o, Host&) { call<void>("Pause", o); }},
     {"Reset",               [](Object o, Host&) { call<void>("Reset", o); }},
     {"Data",                [](Object o, Host& h) { if (auto* block = call<REALmemoryBlockStruct*>("Data", o)) h.drop(block); }},
@@ -121,14 +177,66 @@ const Member members[] = {
     {"set Looping",         [](Object o, Host&) { set<HostBoolean>(o, "Looping", 1); }},
     {"Pan",                 [](Object o, Host&) { get<double>(o, "Pan"); }},
     {"set Pan",             [](Object o, Host&) { set<double>(o, "Pan", 0.5); }},
+    {"OutputVolume",        [](Object o, Host&) { get<double>(o, "OutputVolume"); }},
+    {"set OutputVolume",    [](Object o, Host&) { set<double>(o, "OutputVolume", 0.5); }},
+    {"InputVolume",         [](Object o, Host&) { getIndexed<double>(o, "InputVolume"); }},
+    {"set InputVolume",     [](Object o, Host&) { setIndexed<double>(o, "InputVolume", 0.5); }},
+    {"InputEnabled",        [](Object o, Host&) { getIndexed<HostBoolean>(o, "InputEnabled"); }},
+    {"set InputEnabled",    [](Object o, Host&) { setIndexed<HostBoolean>(o, "InputEnabled", 1); }},
     {"MeterLevel",          [](Object o, Host&) { get<double>(o, "MeterLevel"); }},
     {"TimeRate",            [](Object o, Host&) { get<double>(o, "TimeRate"); }},
     {"set TimeRate",        [](Object o, Host&) { set<double>(o, "TimeRate", 1); }},
+    {"PitchRate",           [](Object o, Host&) { get<double>(o, "PitchRate"); }},
+    {"set PitchRate",       [](Object o, Host&) { set<double>(o, "PitchRate", 0); }},
+    {"Overlap",             [](Object o, Host&) { get<double>(o, "Overlap"); }},
+    {"set Overlap",         [](Object o, Host&) { set<double>(o, "Overlap", 8); }},
+    {"EnablePeakLocking",   [](Object o, Host&) { get<HostBoolean>(o, "EnablePeakLocking"); }},
+    {"set EnablePeakLocking", [](Object o, Host&) { set<HostBoolean>(o, "EnablePeakLocking", 1); }},
     {"set TimePitchUnit",   [](Object o, Host&) { set<HostInteger>(o, "TimePitchUnit", 1); }},
     {"CurrentDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "CurrentDeviceID"); }},
     {"set CurrentDeviceID", [](Object o, Host&) { set<std::uint32_t>(o, "CurrentDeviceID", 2); }},
     {"DefaultDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "DefaultDeviceID"); }},
     {"ChannelMap",          [](Object o, Host& h) { if (auto* map = call<ArrayOf<HostInteger>*>("ChannelMap", o)) h.drop(map); }},
+    {"OuputDevices",        [](Object o, Host& h) { if (Object list = get<Object>(o, "OuputDevices")) h.drop(list); }},
+    {"setChannelMap",       [](Object o, Host& h) { setChannelMap(o, h); }},
+    {"updateEQ of doubles", [](Object o, Host& h) { update<double>(o, h, h.newDoubles({6, -6})); }},
+    {"updateEQ of singles", [](Object o, Host& h) { update<float>(o, h, h.newSingles({6, -6})); }},
+    // fields
+    {"ClientFormatString",  [](Object o, Host&) { read<void*>(o, "ClientFormatString"); }},
+    {"OutputFormatString",  [](Object o, Host&) { read<void*>(o, "OutputFormatString"); }},
+    {"DataIsInterleaved",   [](Object o, Host&) { read<HostBoolean>(o, "DataIsInterleaved"); }},
+    {"DataIsFloat",         [](Object o, Host&) { read<HostBoolean>(o, "DataIsFloat"); }},
+    {"DataIsNativeEndian",  [](Object o, Host&) { read<HostBoolean>(o, "DataIsNativeEndian"); }},
+    {"DataIsSignedInteger", [](Object o, Host&) { read<HostBoolean>(o, "DataIsSignedInteger"); }},
+    {"DataIsPCM",           [](Object o, Host&) { read<HostBoolean>(o, "DataIsPCM"); }},
+    {"DataNumberInterleavedChannels", [](Object o, Host&) { read<HostInteger>(o, "DataNumberInterleavedChannels"); }},
+    {"DataNumberChannelStreams", [](Object o, Host&) { read<HostInteger>(o, "DataNumberChannelStreams"); }},
+    {"DataNumberChannels",  [](Object o, Host&) { read<HostInteger>(o, "DataNumberChannels"); }},
+    {"DataSampleWordSize",  [](Object o, Host&) { read<HostInteger>(o, "DataSampleWordSize"); }},
+    {"ConverterHandle",     [](Object o, Host&) { read<void*>(o, "ConverterHandle"); }},
+    {"set ConverterHandle", [](Object o, Host&) { rewrite(o, "ConverterHandle"); }},
+    {"GraphHandle",         [](Object o, Host&) { read<void*>(o, "GraphHandle"); }},
+    {"set GraphHandle",     [](Object o, Host&) { rewrite(o, "GraphHandle"); }},
+    {"TimePitchHandle",     [](Object o, Host&) { read<void*>(o, "TimePitchHandle"); }},
+    {"set TimePitchHandle", [](Object o, Host&) { rewrite(o, "TimePitchHandle"); }},
+    {"VariSpeedHandle",     [](Object o, Host&) { read<void*>(o, "VariSpeedHandle"); }},
+    {"set VariSpeedHandle", [](Object o, Host&) { rewrite(o, "VariSpeedHandle"); }},
+    {"OutputHandle",        [](Object o, Host&) { read<void*>(o, "OutputHandle"); }},
+    {"set OutputHandle",    [](Object o, Host&) { rewrite(o, "OutputHandle"); }},
+    {"MixerHandle",         [](Object o, Host&) { read<void*>(o, "MixerHandle"); }},
+    {"set MixerHandle",     [](Object o, Host&) { rewrite(o, "MixerHandle"); }},
+    {"EqualizerHandle",     [](Object o, Host&) { read<void*>(o, "EqualizerHandle"); }},
+    {"set EqualizerHandle", [](Object o, Host&) { rewrite(o, "EqualizerHandle"); }},
+    {"Lasterror",           [](Object o, Host&) { read<HostInteger>(o, "Lasterror"); }},
+    {"set Lasterror",       [](Object o, Host&) { write<HostInteger>(o, "Lasterror", 17); }},
+    {"Tag",                 [](Object o, Host&) { read<void*>(o, "Tag"); }},
+    {"set Tag",             [](Object o, Host&) { write<void*>(o, "Tag", nullptr); }},
+    {"File",                [](Object o, Host&) { read<void*>(o, "File"); }},
+    {"MaximumFramesPerSlice", [](Object o, Host&) { read<HostInteger>(o, "MaximumFramesPerSlice"); }},
+    {"set MaximumFramesPerSlice", [](Object o, Host&) { write<HostInteger>(o, "MaximumFramesPerSlice", 1156); }},
+    {"OutputUnit",          [](Object o, Host&) { read<HostInteger>(o, "OutputUnit"); }},
+    {"set OutputUnit",      [](Object o, Host&) { write<HostInteger>(o, "OutputUnit", 2); }},
+    {"TimePitchUnit",       [](Object o, Host&) { read<HostInteger>(o, "TimePitchUnit"); }},
     // clang-format on
 };
 
@@ -136,16 +244,18 @@ const Member members[] = {
 // threads but the members' own: the thread sanitizer tells of the rest.
 TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberMeanwhile)
 {
-    std::size_t next = 0;
-    for (int round = 0; round < (support::hasThreadSanitizer ? 25 : 1); ++round) {
+    std::size_t next = 0, uses[std::size(members)] = {};
+    for (int round = 0; round < (support::hasThreadSanitizer ? 25 : 2); ++round) {
         startOver();
+        graph_spy::platform().devices = {{40, "Built-in Output"}};
         const std::thread::id here = std::this_thread::get_id();
         std::atomic<std::size_t> count{0};
         std::function<void()> yield;
         yield = [&] {
-            const Member& member = members[next++ % std::size(members)];
-            SCOPED_TRACE(member.name);
-            EXPECT_NO_THROW(member.use(object(), host()));
+            const std::size_t index = next++ % std::size(members);
+            SCOPED_TRACE(members[index].name);
+            EXPECT_NO_THROW(members[index].use(object(), host()));
+            ++uses[index];
             count.fetch_add(1, std::memory_order_relaxed);
             host().inNext("REALYieldToRB", yield);
         };
@@ -163,6 +273,7 @@ TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberMeanwhile)
         for (const std::string& expected : goodLoad())
             EXPECT_GE(std::count(calls.begin(), calls.end(), expected), 1) << expected;
     }
+    for (std::size_t i = 0; i < std::size(members); ++i) EXPECT_GE(uses[i], 1u) << members[i].name;
 }
 
 TEST_F(ThreadedLoad, WorksInAHostThatCannotYield)
