@@ -34,7 +34,7 @@ struct RenderOptions {
 constexpr std::uint32_t stepFrames = 8192; // between two looks at the user
 
 constexpr Advice advice = {"see that the file is whole, and that the memory has room for it",
-                           "give another rate with --device-rate"};
+                           "give a rate nearer to the file's with --device-rate, or choose another file"};
 
 // The device that renders, plugged in for as long as this lives.
 class RenderDevice {

@@ -255,6 +255,7 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
     support::writeSound({44100, 2, {}}, folder / "silent.wav");
     std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
     std::ofstream(folder / "empty.wav");
+    support::writeSound(support::makeNoise(3, 1, 10), folder / "slow.wav"); // out of any device's reach
     fs::create_directory(folder / "folder");
     fs::copy_file(folder / "good.wav", folder / "cut.wav");
     fs::resize_file(folder / "cut.wav", 1000);
@@ -270,6 +271,12 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
         {{"empty.wav", "out.wav"}, 1, "is empty"},
         {{"silent.wav", "out.wav"}, 1, "holds no sound"},
         {{"cut.wav", "out.wav"}, 1, "is cut short"},
+        {{"slow.wav", "out.wav"},
+         1,
+         "has a rate of 3 Hz, at which nothing renders; give another with --device-rate"},
+        {{"slow.wav", "out.wav", "--device-rate", "1000"},
+         1,
+         "give a rate nearer to the file's with --device-rate, or choose another file"},
         {{"good.wav", "good.wav"}, 1, "name another file"},
         {{"good.wav", "folder"}, 1, "name a file in it"},
         {{"good.wav", "no/such/out.wav"}, 1, "folder that exists"},
