@@ -1,6 +1,6 @@
 // A spy in the place of the platform that the file player uses: sound files, graphs of units, devices, paths
-// and platform strings. A test program that links graph_spy.cpp and exports its symbols answers these calls
-// itself; it stands in front of libkvxplatform.
+// and platform strings. A test program that links the graph_spy files and exports its symbols answers these
+// calls itself; it stands in front of libkvxplatform.
 //
 // Every call is noted with every argument, in order, as text:
 //

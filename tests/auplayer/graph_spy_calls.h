@@ -1,0 +1,92 @@
+// One call: noted, and answered as the test wants it. For the spy's own files.
+#pragma once
+
+#include "tests/auplayer/graph_spy_state.h"
+#include "tests/auplayer/graph_spy_text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace graph_spy {
+
+struct Call {
+    OSStatus refusal;
+    Answer scripted;
+};
+
+template <class... Arguments>
+Call note(const char* function, Arguments... arguments)
+{
+    std::size_t number;
+    Call call;
+    std::function<void(std::size_t)> inEachCall;
+    {
+        const Guard guard;
+        std::string line = std::string(function) + "(";
+        [[maybe_unused]] const char* between = "";
+        ((line += between + text(arguments), between = ", "), ...);
+        number = state.notes.size();
+        state.notes.push_back(line + ")");
+        call.scripted = platform().answers[function];
+        inEachCall = platform().inEachCall;
+    }
+    if (inEachCall) inEachCall(number);
+    if (call.scripted.during) call.scripted.during();
+    call.refusal = call.scripted.each ? call.scripted.each() : call.scripted.status;
+    const auto refused = platform().refusals.find(number);
+    if (refused != platform().refusals.end()) call.refusal = refused->second;
+    return call;
+}
+
+inline void rubbish(void* bytes, std::size_t size)
+{
+    if (bytes) std::memset(bytes, 0x3F, size);
+}
+
+/// Write an answer of a known size; a refused call leaves rubbish.
+template <class T>
+OSStatus give(OSStatus refusal, T* place, const T& given)
+{
+    if (refusal)
+        rubbish(place, sizeof *place);
+    else if (place)
+        *place = given;
+    return refusal;
+}
+
+/// The same for a property, whose size the caller gives.
+template <class T>
+OSStatus giveProperty(OSStatus refusal, UInt32* size, void* place, const T& given)
+{
+    if (!refusal && *size < sizeof given) refusal = OSStatus{paramErr};
+    if (refusal) {
+        rubbish(place, *size);
+        return refusal;
+    }
+    std::memcpy(place, &given, sizeof given);
+    *size = sizeof given;
+    return noErr;
+}
+
+/// What the test has scripted for a property.
+inline OSStatus giveScripted(const Call& call, UInt32* size, void* place)
+{
+    if (call.refusal) {
+        if (size && call.scripted.leavesRubbish) rubbish(place, *size);
+        return call.refusal;
+    }
+    if (place && size)
+        std::memcpy(place, call.scripted.value.data(),
+                    std::min<std::size_t>(call.scripted.value.size(), *size));
+    if (size && call.scripted.size) *size = *call.scripted.size;
+    return noErr;
+}
+
+/// The bytes for lastValue().
+inline void keepValue(const void* bytes, UInt32 size)
+{
+    const Guard guard;
+    state.value.assign(static_cast<const char*>(bytes), bytes ? size : 0);
+}
+
+} // namespace graph_spy

@@ -1,0 +1,58 @@
+// How the spy shows an argument: by its type, which for plain numbers and places is one of these.
+#pragma once
+
+#include "tests/auplayer/graph_spy.h"
+
+#include <Carbon/Carbon.h>
+
+namespace graph_spy {
+
+struct Node {
+    AUNode number;
+};
+struct Scope {
+    AudioUnitScope number;
+};
+struct Code {
+    UInt32 word;
+};
+struct Number {
+    unsigned long long value;
+};
+struct Bytes {
+    UInt32 count;
+};
+struct InOut {
+    const UInt32* size;
+};
+/// A property's value on its way in.
+struct Value {
+    const void* bytes;
+    UInt32 size;
+};
+struct Reference {
+    const FSRef* of;
+};
+struct Characters {
+    const UniChar* units;
+    CFIndex count;
+};
+
+std::string text(const void* pointer);
+std::string text(CFAllocatorRef allocator);
+std::string text(Node node);
+std::string text(Scope scope);
+std::string text(Code word);
+std::string text(Number number);
+std::string text(Bytes bytes);
+std::string text(InOut size);
+std::string text(Float32 number);
+std::string text(const AudioObjectPropertyAddress* address);
+std::string text(const AudioComponentDescription* d);
+std::string text(const AURenderCallbackStruct* given);
+std::string text(Value given);
+std::string text(Reference reference);
+std::string text(Characters characters);
+std::string text(const AudioBufferList* list);
+
+} // namespace graph_spy
