@@ -4,6 +4,7 @@
 #include "tests/soundstream/stream_test.h"
 
 #include <atomic>
+#include <iterator>
 #include <memory>
 #include <thread>
 
@@ -102,7 +103,8 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
         {"the host initialises again", [this] { object().initComponent(); }, "UnregisterComponent", true},
         {"the host destroys", [this] { object().destroy(); }, "UnregisterComponent", true},
     };
-    for (const auto& fact : facts) {
+    for (std::size_t turn = 0; turn < 5 * std::size(facts); ++turn) { // chance has a say: more than once each
+        const auto& fact = facts[turn % std::size(facts)];
         SCOPED_TRACE(fact.what);
         begin();
         soundstream::StreamState& state = *object().state();
@@ -117,7 +119,7 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
                 return fact.takesTheRecord ? !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST)
                                            : isUnheard(record);
             });
-            for (int turn = 0; turn < 100; ++turn) std::this_thread::yield(); // time to go wrong in
+            for (int yields = 0; yields < 100; ++yields) std::this_thread::yield(); // time to go wrong in
             isOver = true;
             return noErr;
         };
@@ -207,6 +209,20 @@ TEST_F(SoundStreamHazard, ARequestThatIsUnderWayOutlivesTheInstance)
         isClosed.happen();
         client.join();
     }
+}
+
+TEST_F(SoundStreamHazard, AnInstanceThatTwoCloseIsClosedOnce)
+{
+    begin();
+    bool isFirst = true;
+    sound_spy::answer("CallComponentFunctionWithStorageProcInfo").during = [&] {
+        if (!isFirst) return;
+        isFirst = false;
+        closeInstance(); // the other one, who comes through first
+    };
+    const Handle storage = sound_spy::storageOf(instance());
+    EXPECT_EQ(sendWith(storage, -2, {reinterpret_cast<long>(instance())}), noErr);
+    EXPECT_EQ(sound_spy::live(), (Notes{"component1"}));
 }
 
 TEST_F(SoundStreamHazard, AnInstanceClosedWhileItsMixerOpensKeepsNoMixer)

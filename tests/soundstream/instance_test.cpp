@@ -137,6 +137,22 @@ TEST_F(SoundStreamInstance, OpenedWhenTheHostHasClosedIsUnheard)
     closeInstance(instance);
 }
 
+TEST_F(SoundStreamInstance, OfAFormerRegistrationIsUnheard)
+{
+    open();
+    const ComponentInstance stays = openInstance(), late = sound_spy::newInstance();
+    object().closeComponent();
+    object().openComponent();
+    EXPECT_EQ(send(late, -1, {wordOf(late)}), noErr);
+    EXPECT_EQ(globalsOf(late)->refcon, nullptr) << "its registration is taken back";
+    EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
+    const ComponentInstance now = openInstance();
+    EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(now));
+    closeInstance(late);
+    closeInstance(stays);
+    EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(now));
+}
+
 // ---- Close ----
 
 TEST_F(SoundStreamInstance, IsClosed)
