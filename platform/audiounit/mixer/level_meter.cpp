@@ -8,6 +8,36 @@ namespace {
 constexpr double windowSeconds = 0.1, holdSeconds = 1, fallPerSecond = 20; // decibels
 constexpr double loudest = 1e6, quietest = 1e-6;
 
+struct Loudness {
+    double energy;
+    Float32 peak;
+};
+
+// Several sums and peaks side by side: a single one would have each frame wait for the one before.
+Loudness loudnessOf(const Float32* samples, UInt32 frames)
+{
+    constexpr UInt32 lanes = 8;
+    double energies[lanes] = {};
+    Float32 peaks[lanes] = {};
+    UInt32 frame = 0;
+    for (; frame + lanes <= frames; frame += lanes)
+        for (UInt32 lane = 0; lane < lanes; ++lane) {
+            const Float32 sample = samples[frame + lane], magnitude = std::fabs(sample);
+            energies[lane] += double{sample} * double{sample};
+            peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane]; // what is no number is not
+        }
+    Loudness all = {0, 0};
+    for (; frame < frames; ++frame) {
+        all.energy += double{samples[frame]} * double{samples[frame]};
+        all.peak = std::fmax(all.peak, std::fabs(samples[frame]));
+    }
+    for (UInt32 lane = 0; lane < lanes; ++lane) {
+        all.energy += energies[lane];
+        all.peak = std::fmax(all.peak, peaks[lane]);
+    }
+    return all;
+}
+
 } // namespace
 
 // windowFrames / stretchFrames is below 2 * stretchesInWindow, whatever the rate: the ring is long enough.
@@ -30,16 +60,9 @@ void LevelMeter::measure(const Float32* samples, UInt32 frames)
 {
     while (frames) {
         const UInt32 now = std::min(frames, stretchFrames - runningFrames);
-        double energy = runningEnergy;
-        Float32 peak = 0;
-        for (UInt32 i = 0; i < now; ++i) {
-            const double sample = samples[i];
-            energy += sample * sample;
-            const Float32 magnitude = std::fabs(samples[i]);
-            if (magnitude > peak) peak = magnitude;
-        }
-        runningEnergy = energy;
-        runningPeak = std::clamp<double>(peak, runningPeak, loudest);
+        const Loudness piece = loudnessOf(samples, now);
+        runningEnergy += piece.energy;
+        runningPeak = std::clamp<double>(piece.peak, runningPeak, loudest);
         runningFrames += now;
         if (runningFrames == stretchFrames) closeStretch();
         samples += now;
