@@ -25,6 +25,7 @@ enum class Goal {
     below,     ///< nanoseconds, by itself
     bytesUpTo, ///< bytes, by themselves
     none,      ///< reported: how many times as fast as the other
+    share,     ///< reported: how many times as long as the other takes
     time,      ///< reported by itself
     bytes,     ///< likewise
 };

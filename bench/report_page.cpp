@@ -19,7 +19,10 @@ std::string bytesText(double bytes)
                            : fmt::format("{:.2f} MiB", bytes / (1 << 20));
 }
 
-std::string ratioText(double ratio) { return fmt::format("{:.{}f}", ratio, ratio < 10 ? 2 : 1); }
+std::string ratioText(double ratio)
+{
+    return fmt::format("{:.{}f}", ratio, ratio < 0.1 ? 3 : ratio < 10 ? 2 : 1);
+}
 
 std::string goalText(const Row& row)
 {
@@ -55,9 +58,9 @@ std::string boldRatio(const Row& row, const Outcome& outcome)
 {
     if (outcome.ratio == 0) return "";
     return fmt::format("**{}**{}", ratioText(outcome.ratio),
-                       row.goal == Goal::fasterBy || row.goal == Goal::none ? " × as fast"
-                       : row.goal == Goal::withinOf                         ? " × its time"
-                                                                            : " of the goal");
+                       row.goal == Goal::fasterBy || row.goal == Goal::none    ? " × as fast"
+                       : row.goal == Goal::withinOf || row.goal == Goal::share ? " × its time"
+                                                                               : " of the goal");
 }
 
 /// How far a missed goal is away, in hundredths of it.

@@ -7,6 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -71,6 +72,24 @@ void together(benchmark::State& state, Players*& players, std::size_t count)
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
 }
 
+/// What no player can do without: as many samples of each, out of memory of its own.
+void reading(benchmark::State& state, std::size_t count)
+{
+    constexpr std::size_t floats = bench::sliceFrames * 441 / 480;
+    const std::vector<std::vector<float>> data(count, std::vector<float>(bufferFrames, 0.5f));
+    std::vector<float> out(floats);
+    std::size_t at = 0;
+    for (auto _ : state) {
+        for (const std::vector<float>& each : data) {
+            std::memcpy(out.data(), each.data() + at, floats * sizeof(float));
+            benchmark::DoNotOptimize(out.data());
+            benchmark::ClobberMemory();
+        }
+        at += floats;
+        if (at + floats > bufferFrames) at = 0;
+    }
+}
+
 Players* crowds[4];
 
 const bool registered = [] {
@@ -79,6 +98,7 @@ const bool registered = [] {
         benchmark::RegisterBenchmark(
             ("scale/" + std::to_string(count) + " players").c_str(),
             [&players, count](benchmark::State& state) { together(state, players, count); });
+        benchmark::RegisterBenchmark(("scale/" + std::to_string(count) + " memcpy").c_str(), reading, count);
         count *= 10;
     }
     return true;
