@@ -74,13 +74,24 @@ bool beginCall(Device& device, const IOProc& proc)
     return false;
 }
 
+/// Among many procedures the next ones' records have left the near caches since the last cycle: ask for them
+/// while this one renders. Nothing is read, so whatever the client points to will do.
+void askForNext(const ProcList::Row& row, std::size_t place)
+{
+    if (place + 2 < row.size()) __builtin_prefetch(row[place + 2]);
+    if (place + 1 < row.size()) __builtin_prefetch(row[place + 1]->client);
+}
+
 /// Every started procedure into `mix`.
 void callProcs(Device& device, Shape& shape, UInt32 frames, const Times& times)
 {
     const Settings& settings = shape.settings;
     const std::size_t samples = std::size_t{frames} * settings.outputChannels;
     bool isFirst = true;
-    for (const IOProc* proc : device.procs.row()) {
+    const ProcList::Row& row = device.procs.row();
+    for (std::size_t place = 0; place < row.size(); ++place) {
+        const IOProc* const proc = row[place];
+        askForNext(row, place);
         if (!beginCall(device, *proc)) continue;
         std::vector<float>& target = isFirst ? shape.mix : shape.scratch;
         std::fill_n(target.begin(), samples, 0.0f);
