@@ -8,15 +8,6 @@ namespace {
 
 constexpr UInt32 blockFrames = 512;
 
-AudioStreamBasicDescription floats(Float64 sampleRate, UInt32 channels)
-{
-    AudioStreamBasicDescription format = canonicalFormat(sampleRate, channels);
-    format.mFormatFlags &= ~static_cast<UInt32>(kAudioFormatFlagIsNonInterleaved);
-    format.mBytesPerFrame *= channels;
-    format.mBytesPerPacket = format.mBytesPerFrame;
-    return format;
-}
-
 AudioBufferList listOf(std::vector<Float32>& block, UInt32 firstFrame, UInt32 channels)
 {
     const std::size_t first = std::size_t{firstFrame} * channels;
@@ -45,8 +36,8 @@ bool Conversion::prepare(const AudioStreamBasicDescription& source,
     // Channels change places on the side where they are fewer.
     Routing straight(channels);
     for (UInt32 i = 0; i < channels; ++i) straight[i] = static_cast<SInt32>(i);
-    before.prepare(source, floats(from, channels), narrows ? routing : straight);
-    after.prepare(floats(to, channels), destination, narrows ? straight : routing);
+    before.prepare(source, interleavedFormat(from, channels), narrows ? routing : straight);
+    after.prepare(interleavedFormat(to, channels), destination, narrows ? straight : routing);
     taken.assign(std::size_t{blockFrames} * channels, 0);
     given.assign(std::size_t{blockFrames} * channels, 0);
     ahead = RateConverter::lookAhead(from, to, quality);

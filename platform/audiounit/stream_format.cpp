@@ -19,6 +19,15 @@ AudioStreamBasicDescription canonicalFormat(Float64 sampleRate, UInt32 channels)
     return format;
 }
 
+AudioStreamBasicDescription interleavedFormat(Float64 sampleRate, UInt32 channels)
+{
+    AudioStreamBasicDescription format = canonicalFormat(sampleRate, channels);
+    format.mFormatFlags &= ~static_cast<UInt32>(kAudioFormatFlagIsNonInterleaved);
+    format.mBytesPerFrame *= channels;
+    format.mBytesPerPacket = format.mBytesPerFrame;
+    return format;
+}
+
 bool isInterleaved(const AudioStreamBasicDescription& format)
 {
     return !(format.mFormatFlags & kAudioFormatFlagIsNonInterleaved);

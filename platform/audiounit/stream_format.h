@@ -11,6 +11,9 @@ constexpr UInt32 mostChannels = 1024; // of a bus; more is refused as nonsense
 /// What units work in: 32-bit native float, one buffer a channel.
 AudioStreamBasicDescription canonicalFormat(Float64 sampleRate, UInt32 channels);
 
+/// The same in one buffer: [frame * channels + channel].
+AudioStreamBasicDescription interleavedFormat(Float64 sampleRate, UInt32 channels);
+
 bool isInterleaved(const AudioStreamBasicDescription& format);
 
 /// Buffers in a list of this format, and channels in each of them.

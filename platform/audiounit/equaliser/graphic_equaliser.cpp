@@ -90,10 +90,10 @@ UInt32 bandsInForce(const Unit& unit, AudioUnitElement)
     return static_cast<UInt32>(bandSets[setInForce(unit)].count);
 }
 
-/// What a band shall do now, in decibels. Thread [any].
-Float32 wanted(const Unit& unit, int set, std::size_t band)
+/// What a band of the set in force shall do now, in decibels. Thread [any].
+Float32 wanted(const Unit& unit, std::size_t band)
 {
-    if (unit.isBypassed || set != setInForce(unit)) return 0;
+    if (unit.isBypassed) return 0;
     return parameterValue(unit, static_cast<AudioUnitParameterID>(band), kAudioUnitScope_Global, 0);
 }
 
@@ -103,11 +103,12 @@ Float32 wanted(const Unit& unit, int set, std::size_t band)
 bool turnBands(const Unit& unit, Equaliser& equaliser)
 {
     bool areFlat = true;
+    const int inForce = setInForce(unit);
     for (int set = 0; set < 2; ++set)
         for (std::size_t i = 0; i < equaliser.bands[set].size(); ++i) {
             Band& band = equaliser.bands[set][i];
             if (!band.isHeard) continue;
-            const Float32 decibels = wanted(unit, set, i);
+            const Float32 decibels = set == inForce ? wanted(unit, i) : 0;
             if (decibels != band.decibels) {
                 band.decibels = decibels;
                 band.height.turnTo(static_cast<Float32>(heightOf(decibels)));
@@ -195,7 +196,7 @@ OSStatus getTailTime(Unit& unit, Place, void* data, UInt32&)
     Float64 seconds = 0;
     for (std::size_t i = 0; i < bandSets[set].count; ++i) {
         const double centre = bandSets[set].centres[i];
-        const Float32 decibels = wanted(unit, set, i);
+        const Float32 decibels = wanted(unit, i);
         if (decibels != 0 && centre < rate / 2)
             seconds = std::max(seconds, ringingSeconds(bellShape(centre, bandSets[set].octaves, rate),
                                                        heightOf(decibels), rate, inaudibleFall));

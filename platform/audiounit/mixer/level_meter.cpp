@@ -100,10 +100,10 @@ Float32 LevelMeter::averagePower() const
 {
     double sum = std::isfinite(runningEnergy) ? runningEnergy : 0;
     double left = windowFrames - runningFrames;
-    for (UInt32 at = next; left > 0; left -= stretchFrames) {
-        at = (at ? at : static_cast<UInt32>(energies.size())) - 1;
-        sum += energies[at] * std::min(1.0, left / stretchFrames);
-    }
+    UInt32 at = next;
+    const auto before = [&] { return energies[at = (at ? at : static_cast<UInt32>(energies.size())) - 1]; };
+    for (; left >= stretchFrames; left -= stretchFrames) sum += before();
+    if (left > 0) sum += before() * (left / stretchFrames);
     return static_cast<Float32>(std::min(sum / windowFrames, loudest * loudest));
 }
 

@@ -1,12 +1,12 @@
 #include "platform/audiounit/output/client_side.h"
 
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
 
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <numeric>
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -47,6 +47,9 @@ OSStatus ClientSide::prepare(Unit& unit, Float64 rate)
     const AudioStreamBasicDescription client = unit.input(0).format;
     const UInt32 frames = unit.sliceLimit;
     pulled.assign(samplesOf(frames, client.mChannelsPerFrame), 0);
+    Routing straight(client.mChannelsPerFrame);
+    std::iota(straight.begin(), straight.end(), 0);
+    translation.prepare(client, interleavedFormat(client.mSampleRate, client.mChannelsPerFrame), straight);
     converter.reset();
     converted = {};
     if (client.mSampleRate != rate) {
@@ -105,7 +108,9 @@ const Float32* ClientSide::pullFrames(const Request& request, const AudioTimeSta
                   : kAudioUnitRenderAction_PostRender,
            client, 0, frames, list);
     if (status) unit.lastRenderError = status;
-    decode(format, *list, frames, pulled.data());
+    AudioBufferList out = {
+        1, {{channels(), static_cast<UInt32>(frames * channels() * sizeof(Float32)), pulled.data()}}};
+    translation.run(*list, 0, frames, out, 0);
     return pulled.data();
 }
 

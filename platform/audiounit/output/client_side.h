@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/audiounit/rate_converter.h"
+#include "platform/audiounit/translation.h"
 #include "platform/audiounit/unit.h"
 
 #include <optional>
@@ -41,6 +42,7 @@ private:
 
     AudioStreamBasicDescription format{};
     UInt32 limit = 0;
+    Translation translation; // into what is given on
     std::optional<RateConverter> converter;
     std::vector<Float32> pulled;    // as the client gave it
     std::vector<Float32> converted; // at the other rate
