@@ -86,6 +86,7 @@ TEST(Background, TheProgramGoesOnWhileAnHourLoads)
         const auto at = overall(kAudioHardwarePropertySleepingIsAllowed);
         const EventCount changes(loaded.host, kAudioObjectSystemObject, at);
         const host::Object player = loaded.host.create(filePlayerClass);
+        const int before = detaches;
         int yields = 0, timerEvents = 0, eventsMeanwhile = 0;
         auto due = Clock::now() + std::chrono::milliseconds(5);
         loaded.host.onYield([&] {
@@ -96,16 +97,15 @@ TEST(Background, TheProgramGoesOnWhileAnHourLoads)
             due += std::chrono::milliseconds(5);
             ++timerEvents;
             audio.set(kAudioObjectSystemObject, at, UInt32(timerEvents % 2));
-            EXPECT_FALSE(player.get("Playing").boolean());
-            player.get("CurrentTime");
-            player.get("SampleRate");
+            EXPECT_EQ(player.get("CurrentTime").number(), 0.0);
+            EXPECT_FALSE(player.get("Looping").boolean());
         });
         EXPECT_TRUE(player.call("LoadFileMT", host::FolderItem::at(folder / "hour.wav"), 1, 1).boolean());
         loaded.host.onYield({});
         EXPECT_GT(yields, 10);
         EXPECT_GT(timerEvents, 1);
-        EXPECT_GT(eventsMeanwhile, 0) << "of what the timer changed";
-        EXPECT_EQ(detaches, isOlder() ? 1 : 0) << "whose thread it was";
+        if (!isOlder()) EXPECT_GT(eventsMeanwhile, 0) << "of what the timer changed";
+        EXPECT_EQ(detaches - before, isOlder() ? 1 : 0) << "whose thread it was";
 
         EXPECT_EQ(player.get("Lasterror").integer(), 0);
         EXPECT_EQ(player.get("TrackLength").number(), 3600.0);
@@ -154,6 +154,7 @@ TEST(Background, ManyLoadsOneAfterTheOther)
     Loaded loaded;
     {
         SteppedDevice device(44100, 2);
+        const int before = detaches;
         for (int round = 0; round < 30; ++round) {
             const host::Object player = loaded.host.create(filePlayerClass);
             ASSERT_TRUE(player.call("LoadFileMT", host::FolderItem::at(folder / "x.wav"), 2, 2).boolean());
@@ -163,7 +164,7 @@ TEST(Background, ManyLoadsOneAfterTheOther)
             device.step(1500);
             expectThenSilence(device.heard(), sound.samples);
         }
-        EXPECT_EQ(detaches, isOlder() ? 30 : 0);
+        EXPECT_EQ(detaches - before, isOlder() ? 30 : 0);
     }
     EXPECT_EQ(leftOver(loaded.host), "");
 }

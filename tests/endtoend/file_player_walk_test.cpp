@@ -182,13 +182,16 @@ TEST(LongWalk, StepByStep)
 TEST(LongWalk, BesideAnAudioThread)
 {
     Walk walk;
-    std::atomic<double> played{0};
+    std::atomic<int> milliseconds{0}; // played
     std::atomic<bool> isOver{false};
     std::thread audio([&] {
-        while (!isOver)
-            for (Listener& device : walk.devices) played = played + device.step(256);
+        double played = 0;
+        while (!isOver) {
+            for (Listener& device : walk.devices) played += device.step(256);
+            milliseconds = int(played * 1000);
+        }
     });
-    while (played < walk.seconds() / 2) {
+    while (milliseconds < walk.seconds() * 1000 / 2) {
         walk.step();
         if (walk.below(4) == 0) walk.play();
         std::this_thread::sleep_for(std::chrono::microseconds(200));
