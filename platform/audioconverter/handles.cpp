@@ -15,18 +15,6 @@ Converters& table()
     return converters;
 }
 
-components::HandleNumber numberOf(AudioConverterRef handle)
-{
-    const auto value = reinterpret_cast<std::uintptr_t>(handle);
-    const auto number = static_cast<components::HandleNumber>(value);
-    return value == number ? number : 0;
-}
-
-AudioConverterRef handleOf(components::HandleNumber number)
-{
-    return reinterpret_cast<AudioConverterRef>(static_cast<std::uintptr_t>(number));
-}
-
 } // namespace
 
 Converter::Converter(const AudioStreamBasicDescription& from, const AudioStreamBasicDescription& to)
@@ -39,17 +27,18 @@ Converter::~Converter() { account.remove(); }
 
 AudioConverterRef add(std::unique_ptr<Converter> converter)
 {
-    return handleOf(table().add(std::move(converter), [](Converter& made, components::HandleNumber number) {
-        made.self = handleOf(number);
-        return true;
-    }));
+    return components::handleOf<AudioConverterRef>(
+        table().add(std::move(converter), [](Converter& made, components::HandleNumber number) {
+            made.self = components::handleOf<AudioConverterRef>(number);
+            return true;
+        }));
 }
 
-Converters::Use use(AudioConverterRef handle) { return table().use(numberOf(handle)); }
+Converters::Use use(AudioConverterRef handle) { return table().use(components::numberOf(handle)); }
 
 bool dispose(AudioConverterRef handle)
 {
-    Converters::Use closing = table().beginClose(numberOf(handle));
+    Converters::Use closing = table().beginClose(components::numberOf(handle));
     if (!closing) return false;
     closing->isDisposed = true;
     table().endClose(std::move(closing));

@@ -25,16 +25,16 @@ public:
     static Ref add(std::unique_ptr<T> file)
     {
         const auto number = table().add(std::move(file), [](T&, components::HandleNumber) { return true; });
-        return reinterpret_cast<Ref>(static_cast<std::uintptr_t>(number));
+        return components::handleOf<Ref>(number);
     }
 
     /// Empty for a handle that names nothing.
-    static Use use(Ref ref) { return table().use(numberOf(ref)); }
+    static Use use(Ref ref) { return table().use(components::numberOf(ref)); }
 
     /// False for a handle that names nothing.
     static bool close(Ref ref)
     {
-        Use closing = table().beginClose(numberOf(ref));
+        Use closing = table().beginClose(components::numberOf(ref));
         if (!closing) return false;
         table().endClose(std::move(closing));
         return true;
@@ -46,14 +46,6 @@ private:
     {
         static Table& all = *new Table;
         return all;
-    }
-
-    static components::HandleNumber numberOf(Ref ref)
-    {
-        const auto value = reinterpret_cast<std::uintptr_t>(ref);
-        return value == static_cast<components::HandleNumber>(value)
-                   ? static_cast<components::HandleNumber>(value)
-                   : 0;
     }
 };
 

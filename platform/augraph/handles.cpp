@@ -17,13 +17,6 @@ Graphs& table()
     return graphs;
 }
 
-components::HandleNumber numberOf(AUGraph handle)
-{
-    const auto value = reinterpret_cast<std::uintptr_t>(handle);
-    const auto number = static_cast<components::HandleNumber>(value);
-    return value == number ? number : 0;
-}
-
 } // namespace
 
 Graph::Graph() { account.add(); }
@@ -32,13 +25,12 @@ Graph::~Graph() { account.remove(); }
 AUGraph add()
 {
     const auto isReady = [](Graph&, components::HandleNumber) { return true; };
-    return reinterpret_cast<AUGraph>(
-        static_cast<std::uintptr_t>(table().add(std::make_unique<Graph>(), isReady)));
+    return components::handleOf<AUGraph>(table().add(std::make_unique<Graph>(), isReady));
 }
 
-Graphs::Use use(AUGraph handle) { return table().use(numberOf(handle)); }
+Graphs::Use use(AUGraph handle) { return table().use(components::numberOf(handle)); }
 
-Graphs::Use beginDispose(AUGraph handle) { return table().beginClose(numberOf(handle)); }
+Graphs::Use beginDispose(AUGraph handle) { return table().beginClose(components::numberOf(handle)); }
 
 void endDispose(Graphs::Use graph) { table().endClose(std::move(graph)); }
 

@@ -16,6 +16,20 @@ namespace kvxplatform::components {
 
 using HandleNumber = std::uint32_t; // 0 names nothing
 
+/// A handle as it goes by: a pointer that points at nothing. What cannot be a number names nothing.
+template <class T>
+HandleNumber numberOf(T* handle)
+{
+    const auto value = reinterpret_cast<std::uintptr_t>(handle);
+    const auto number = static_cast<HandleNumber>(value);
+    return value == number ? number : 0;
+}
+template <class Handle>
+Handle handleOf(HandleNumber number)
+{
+    return reinterpret_cast<Handle>(static_cast<std::uintptr_t>(number));
+}
+
 /// A table of up to 4,096 things at a time. `kind` (1 to 3) tells the handles of different tables apart; a
 /// slot serves 2^generationBits - 1 times.
 template <class T, std::uint32_t kind, unsigned generationBits = 18>

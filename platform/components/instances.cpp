@@ -15,12 +15,6 @@ Instances& table()
     return instances;
 }
 
-HandleNumber numberOf(ComponentInstance handle)
-{
-    const auto value = reinterpret_cast<std::uintptr_t>(handle);
-    return value == static_cast<HandleNumber>(value) ? static_cast<HandleNumber>(value) : 0;
-}
-
 } // namespace
 
 Instances::Use use(ComponentInstance handle) { return table().use(numberOf(handle)); }
@@ -47,11 +41,11 @@ OSStatus open(::Component handle, ComponentInstance& out)
     try {
         const HandleNumber number =
             table().add(std::make_unique<Instance>(component), [&](Instance& instance, HandleNumber made) {
-                instance.self = reinterpret_cast<ComponentInstance>(static_cast<std::uintptr_t>(made));
+                instance.self = handleOf<ComponentInstance>(made);
                 status = component.family->open ? component.family->open(instance) : noErr;
                 return status == noErr;
             });
-        out = reinterpret_cast<ComponentInstance>(static_cast<std::uintptr_t>(number));
+        out = handleOf<ComponentInstance>(number);
     } catch (...) {
         status = memFullErr;
     }

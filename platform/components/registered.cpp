@@ -42,17 +42,6 @@ Registry& registry()
     return one;
 }
 
-HandleNumber numberOf(::Component handle)
-{
-    const auto value = reinterpret_cast<std::uintptr_t>(handle);
-    return value == static_cast<HandleNumber>(value) ? static_cast<HandleNumber>(value) : 0;
-}
-
-::Component handleOf(HandleNumber number)
-{
-    return reinterpret_cast<::Component>(static_cast<std::uintptr_t>(number));
-}
-
 /// An open instance's state: its component, kept whole, and its word.
 struct State {
     explicit State(Table::Use use) : component(std::move(use)) {}
@@ -177,7 +166,7 @@ std::vector<Component> registeredBehind(::Component previous)
     std::vector<Component> found;
     for (; from != all.order.end(); ++from)
         if (const Table::Use component = all.table.use(*from))
-            found.push_back(describe(handleOf(*from), *component));
+            found.push_back(describe(handleOf<::Component>(*from), *component));
     return found;
 }
 
@@ -190,7 +179,7 @@ std::vector<Component> registeredBehind(::Component previous)
                                                   all.order.push_back(made);
                                                   return true;
                                               });
-    return handleOf(number);
+    return handleOf<::Component>(number);
 }
 
 OSErr unregisterOne(::Component handle)

@@ -1,6 +1,5 @@
 // The converter unit at one rate: formats, channels, slices, properties, errors.
-#include "tests/platform/audiounit/feeder.h"
-#include "tests/platform/audiounit/unit.h"
+#include "tests/platform/audiounit/fed_unit.h"
 
 #include <gtest/gtest.h>
 
@@ -12,34 +11,13 @@ namespace {
 
 using namespace test;
 
-struct Converter {
+struct Converter : FedUnit {
     Converter(const AudioStreamBasicDescription& in, const AudioStreamBasicDescription& out,
               UInt32 limit = 1156)
-        : unit('conv', 'aufc'), feeder(in), format(out)
+        : FedUnit('conv', 'aufc', in, out, limit)
     {
-        EXPECT_EQ(unit.setFormat(1, in), noErr);
-        EXPECT_EQ(unit.setFormat(2, out), noErr);
-        EXPECT_EQ(unit.setLimit(limit), noErr);
-        EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
     }
-    OSStatus render(List& list, UInt32 frames, Float64 at = 0, AudioUnitRenderActionFlags* flags = nullptr)
-    {
-        const AudioTimeStamp time = sampleTime(at);
-        return AudioUnitRender(unit, flags, &time, 0, frames, list.get());
-    }
-    Unit unit;
-    Feeder feeder;
-    AudioStreamBasicDescription format;
 };
-
-/// Where a list's sample stands.
-const unsigned char* sampleIn(List& list, const AudioStreamBasicDescription& format, UInt32 frame, UInt32 c)
-{
-    const bool apart = format.mFormatFlags & isApart;
-    const UInt32 bytes = format.mBytesPerFrame / (apart ? 1 : format.mChannelsPerFrame);
-    return static_cast<const unsigned char*>(list[apart ? c : 0].mData) + frame * format.mBytesPerFrame +
-           (apart ? 0 : c * bytes);
-}
 
 /// The source channel that a channel plays, or -1.
 int playedBy(UInt32 channel, UInt32 sources)
@@ -51,16 +29,7 @@ int playedBy(UInt32 channel, UInt32 sources)
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
                  UInt32 sources)
 {
-    const UInt32 bytes =
-        format.mBytesPerFrame / (format.mFormatFlags & isApart ? 1 : format.mChannelsPerFrame);
-    for (UInt32 frame = 0; frame < frames; ++frame)
-        for (UInt32 c = 0; c < format.mChannelsPerFrame; ++c) {
-            const int source = playedBy(c, sources);
-            unsigned char expected[8];
-            putSample(format, source < 0 ? 0.0f : noise(at + frame, static_cast<UInt32>(source)), expected);
-            ASSERT_EQ(std::memcmp(sampleIn(list, format, frame, c), expected, bytes), 0)
-                << "frame " << frame << ", channel " << c;
-        }
+    test::expectNoise(format, list, frames, at, sources, playedBy);
 }
 
 // clang-format off

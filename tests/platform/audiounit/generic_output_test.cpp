@@ -1,6 +1,5 @@
 // Rendering, seen through the unit that needs no device: lists, limits, times, formats, errors.
-#include "tests/platform/audiounit/feeder.h"
-#include "tests/platform/audiounit/unit.h"
+#include "tests/platform/audiounit/fed_unit.h"
 
 #include <gtest/gtest.h>
 
@@ -12,41 +11,22 @@ namespace {
 using namespace test;
 
 /// A generic output ready to render, fed with noise in `in`, giving `out`.
-struct Fed {
+struct Fed : FedUnit {
     Fed(const AudioStreamBasicDescription& in, const AudioStreamBasicDescription& out, UInt32 limit = 1156)
-        : unit('genr'), feeder(in), format(out)
+        : FedUnit('genr', 'auou', in, out, limit)
     {
-        EXPECT_EQ(unit.setFormat(1, in), noErr);
-        EXPECT_EQ(unit.setFormat(2, out), noErr);
-        EXPECT_EQ(unit.setLimit(limit), noErr);
-        EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
         EXPECT_EQ(AudioUnitInitialize(unit), noErr);
     }
-    OSStatus render(List& list, UInt32 frames, Float64 at = 0, AudioUnitRenderActionFlags* flags = nullptr)
-    {
-        const AudioTimeStamp time = sampleTime(at);
-        return AudioUnitRender(unit, flags, &time, 0, frames, list.get());
-    }
-    Unit unit;
-    Feeder feeder;
-    AudioStreamBasicDescription format;
 };
 
 /// What a list of a format holds when it holds noise from `at` on.
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
                  UInt32 sourceChannels, const std::string& what)
 {
-    const bool apart = format.mFormatFlags & isApart;
-    const UInt32 sample = format.mBytesPerFrame / (apart ? 1 : format.mChannelsPerFrame);
-    for (UInt32 frame = 0; frame < frames; ++frame)
-        for (UInt32 c = 0; c < format.mChannelsPerFrame; ++c) {
-            unsigned char expected[8];
-            putSample(format, c < sourceChannels ? noise(at + frame, c) : 0.0f, expected);
-            const auto* found = static_cast<const unsigned char*>(list[apart ? c : 0].mData) +
-                                frame * format.mBytesPerFrame + (apart ? 0 : c * sample);
-            ASSERT_EQ(std::memcmp(found, expected, sample), 0)
-                << what << ", frame " << frame << ", channel " << c;
-        }
+    SCOPED_TRACE(what);
+    test::expectNoise(format, list, frames, at, sourceChannels, [](UInt32 channel, UInt32 sources) {
+        return channel < sources ? static_cast<int>(channel) : -1;
+    });
 }
 
 // clang-format off

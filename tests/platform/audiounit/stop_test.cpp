@@ -1,5 +1,6 @@
 // After a stop no callback runs, whoever stops, and from wherever.
 #include "tests/platform/audiounit/feeder.h"
+#include "tests/platform/audiounit/fragile.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -11,26 +12,6 @@
 namespace {
 
 using namespace test;
-
-/// A callback whose memory goes as soon as nobody may call it any more.
-struct Fragile {
-    std::atomic<int> calls{0};
-    std::atomic<bool> isInside{false};
-    int* live = new int(7);
-    ~Fragile() { delete live; }
-    static OSStatus callback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
-                             UInt32, AudioBufferList*)
-    {
-        Fragile& self = *static_cast<Fragile*>(context);
-        self.isInside = true;
-        ++self.calls;
-        EXPECT_EQ(++*self.live, 8);
-        std::this_thread::yield();
-        EXPECT_EQ(--*self.live, 7);
-        self.isInside = false;
-        return noErr;
-    }
-};
 
 TEST(Stop, NoCallbackRunsAfterIt)
 {

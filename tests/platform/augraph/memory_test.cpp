@@ -3,34 +3,17 @@
 #include "tests/platform/audiounit/unit.h"
 #include "tests/platform/augraph/calls.h"
 #include "tests/platform/augraph/marks_chain.h"
+#include "tests/support/failing_memory.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <new>
 
 namespace {
 
 __thread int allocationsLeft = 0; // the one that fails; 0: none does
 
-void* allocate(std::size_t size)
-{
-    if (allocationsLeft && !--allocationsLeft) return nullptr;
-    return std::malloc(size ? size : 1);
-}
-
 } // namespace
 
-// In front of the library's own.
-void* operator new(std::size_t size)
-{
-    void* const memory = allocate(size);
-    if (!memory) throw std::bad_alloc();
-    return memory;
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+bool support::mayAllocate() { return !allocationsLeft || --allocationsLeft; }
 
 namespace {
 

@@ -1,4 +1,5 @@
 // Graphs that are disposed while they play and while others speak to them.
+#include "tests/platform/audiounit/fragile.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 #include "tests/platform/augraph/calls.h"
@@ -12,31 +13,12 @@ namespace {
 
 using namespace test;
 
-/// A callback whose memory goes as soon as nobody may call it any more.
-struct Fragile {
-    std::atomic<int> calls{0};
-    std::atomic<bool> isInside{false};
-    std::unique_ptr<int> live = std::make_unique<int>(7);
-    static OSStatus render(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
-                           AudioBufferList*)
-    {
-        Fragile& self = *static_cast<Fragile*>(context);
-        self.isInside = true;
-        ++self.calls;
-        EXPECT_EQ(++*self.live, 8);
-        std::this_thread::yield();
-        EXPECT_EQ(--*self.live, 7);
-        self.isInside = false;
-        return noErr;
-    }
-};
-
 AUGraph newPlaying(Fragile& fragile, OSType output = 'ahal')
 {
     AUGraph graph = nullptr;
     AUNode node = 0;
     const AudioComponentDescription description = {'auou', output, 'appl', 0, 0};
-    const AURenderCallbackStruct callback = {Fragile::render, &fragile};
+    const AURenderCallbackStruct callback = {Fragile::callback, &fragile};
     EXPECT_EQ(NewAUGraph(&graph), noErr);
     EXPECT_EQ(AUGraphAddNode(graph, &description, &node), noErr);
     EXPECT_EQ(AUGraphSetNodeInputCallback(graph, node, 0, &callback), noErr);
@@ -159,7 +141,7 @@ TEST(Threads, UpdatesWhileItRuns)
     Fragile direct, through;
     const AUGraph graph = newPlaying(direct);
     const AudioComponentDescription converter = {'aufc', 'conv', 'appl', 0, 0};
-    const AURenderCallbackStruct callbacks[] = {{Fragile::render, &direct}, {Fragile::render, &through}};
+    const AURenderCallbackStruct callbacks[] = {{Fragile::callback, &direct}, {Fragile::callback, &through}};
     for (int turn = 0; turn < 100; ++turn) {
         const int before = through.calls;
         AUNode between = 0;

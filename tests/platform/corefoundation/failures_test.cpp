@@ -1,33 +1,18 @@
 // Short of memory: each allocation in turn fails, and every call says so or leaves all as it was.
 #include "tests/platform/corefoundation/text.h"
+#include "tests/support/failing_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <new>
 
 namespace {
 
 std::atomic<int> allocationsLeft{-1}; // below 0: as many as one likes
 
-bool mayAllocate() { return allocationsLeft < 0 || allocationsLeft-- > 0; }
-
 } // namespace
 
-// In front of the library's own.
-void* operator new(std::size_t size)
-{
-    void* memory = mayAllocate() ? std::malloc(size ? size : 1) : nullptr;
-    if (!memory) throw std::bad_alloc();
-    return memory;
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return mayAllocate() ? std::malloc(size ? size : 1) : nullptr;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+bool support::mayAllocate() { return allocationsLeft < 0 || allocationsLeft-- > 0; }
 
 namespace {
 

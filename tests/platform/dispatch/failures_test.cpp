@@ -1,40 +1,26 @@
 // Short of memory: work that was taken on runs all the same.
+#include "tests/support/failing_memory.h"
+
 #include <KVXPlatform/KVXPlatform.h>
 #include <dispatch/dispatch.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <new>
 
 namespace {
 
 std::atomic<int> allocationsToFail{0};
 
-bool mayAllocate()
+} // namespace
+
+bool support::mayAllocate()
 {
     int left = allocationsToFail;
     while (left > 0 && !allocationsToFail.compare_exchange_weak(left, left - 1)) {
     }
     return left <= 0;
 }
-
-} // namespace
-
-// In front of the library's own.
-void* operator new(std::size_t size)
-{
-    void* memory = mayAllocate() ? std::malloc(size ? size : 1) : nullptr;
-    if (!memory) throw std::bad_alloc();
-    return memory;
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return mayAllocate() ? std::malloc(size ? size : 1) : nullptr;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
