@@ -26,6 +26,28 @@ void convertWords(const unsigned char* __restrict source, std::size_t count, flo
 
 constexpr float scale24 = 1.0f / 16777216.0f;
 
+void convertBigEndian24(const unsigned char* source, std::size_t count, float* target)
+{
+    static const Conversion best = canShuffleBytes() ? convertBigEndian24Shuffled : convertBigEndian24Singly;
+    best(source, count, target);
+}
+
+// clang-format off
+constexpr SampleForm forms[] = {
+    // bit size  bytes  conversion
+    {  7,        1,     convertWords<std::int8_t,    7> },
+    {  8,        1,     convertWords<std::uint8_t,   8> },
+    { 15,        2,     convertWords<std::int16_t,  15> },
+    { 16,        2,     convertWords<std::uint16_t, 16> },
+    { 23,        3,     nullptr                         }, // refused on purpose: there is no signed 24-bit form
+    { 24,        3,     convertBigEndian24              },
+    { 31,        4,     convertWords<std::int32_t,  31> },
+    { 32,        4,     convertWords<std::uint32_t, 32> },
+};
+// clang-format on
+
+} // namespace
+
 void convertBigEndian24Singly(const unsigned char* source, std::size_t count, float* target)
 {
     for (std::size_t i = 0; i < count; ++i, source += 3) {
@@ -55,28 +77,6 @@ bool canShuffleBytes()
     unsigned a, b, c = 0, d;
     return __get_cpuid(1, &a, &b, &c, &d) && (c & bit_SSSE3);
 }
-
-void convertBigEndian24(const unsigned char* source, std::size_t count, float* target)
-{
-    static const Conversion best = canShuffleBytes() ? convertBigEndian24Shuffled : convertBigEndian24Singly;
-    best(source, count, target);
-}
-
-// clang-format off
-constexpr SampleForm forms[] = {
-    // bit size  bytes  conversion
-    {  7,        1,     convertWords<std::int8_t,    7> },
-    {  8,        1,     convertWords<std::uint8_t,   8> },
-    { 15,        2,     convertWords<std::int16_t,  15> },
-    { 16,        2,     convertWords<std::uint16_t, 16> },
-    { 23,        3,     nullptr                         }, // refused on purpose: there is no signed 24-bit form
-    { 24,        3,     convertBigEndian24              },
-    { 31,        4,     convertWords<std::int32_t,  31> },
-    { 32,        4,     convertWords<std::uint32_t, 32> },
-};
-// clang-format on
-
-} // namespace
 
 const SampleForm* findSampleForm(std::int32_t bitSize)
 {

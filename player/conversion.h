@@ -24,6 +24,11 @@ const SampleForm* findSampleForm(std::int32_t bitSize);
 /// Copy `count` floats, bit for bit.
 void copyFloats(const unsigned char* source, std::size_t count, float* target);
 
+/// The two forms of 24 bits: the second is for processors that can shuffle bytes.
+void convertBigEndian24Singly(const unsigned char* source, std::size_t count, float* target);
+void convertBigEndian24Shuffled(const unsigned char* source, std::size_t count, float* target);
+bool canShuffleBytes();
+
 /// left[0], right[0], left[1], ... bit for bit.
 void interleave(const float* left, const float* right, std::size_t count, float* target);
 

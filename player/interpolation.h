@@ -11,9 +11,7 @@
 namespace player {
 
 /// Consecutive output frames whose two neighbours all lie in `samples`.
-/// Units   place: frames of the data, from its first, that of the first output frame; step: the same, from
-/// one
-///         output frame to the next.
+/// Units   frames of the data: `place` from its first, of the first output frame; `step` between two.
 struct Stretch {
     const float* samples;
     double place;
@@ -21,9 +19,9 @@ struct Stretch {
     UInt32 frames;
 };
 
-/// How many of `frames` steps may be taken from `position` at once: all, when the position is a whole number
-/// of the step's last place and small enough that no sum on the way is rounded; else none. Shape   at most
-/// 4096 frames; the step is a float widened.
+/// How many of `frames` steps may be taken from `position` at once: all (at most 4096) when the position is a
+/// whole number of the step's last place, and small enough that no sum on the way is rounded; else none.
+/// Shape   the step is a float widened.
 UInt32 exactFrames(double position, double step, UInt32 frames);
 
 /// How many frames of the stretch have both neighbours among the first `count` frames of its data; `place` is

@@ -62,24 +62,37 @@ using Interpolate = void (*)(const player::Stretch&, float*);
 struct Form {
     const char* name;
     Interpolate inLanes, singly;
+    int channels;
 };
 
 /// The kernels that this processor has.
 std::vector<Form> forms()
 {
+    using namespace player;
     std::vector<Form> result = {
-        {"mono", player::interpolateMono, player::interpolateMonoSingly},
-        {"stereo", player::interpolateStereo, player::interpolateStereoSingly},
-        {"mono, two at a time", player::interpolateMonoInPairs, player::interpolateMonoSingly},
-        {"stereo, two at a time", player::interpolateStereoInPairs, player::interpolateStereoSingly},
+        {"mono", interpolateMono, interpolateMonoSingly, 1},
+        {"stereo", interpolateStereo, interpolateStereoSingly, 2},
+        {"mono, two at a time", interpolateMonoInPairs, interpolateMonoSingly, 1},
+        {"stereo, two at a time", interpolateStereoInPairs, interpolateStereoSingly, 2},
     };
-    if (player::hasWideLanes()) {
-        result.push_back(
-            {"mono, four at a time", player::interpolateMonoWide, player::interpolateMonoSingly});
-        result.push_back(
-            {"stereo, four at a time", player::interpolateStereoWide, player::interpolateStereoSingly});
+    if (hasWideLanes()) {
+        result.push_back({"mono, four at a time", interpolateMonoWide, interpolateMonoSingly, 1});
+        result.push_back({"stereo, four at a time", interpolateStereoWide, interpolateStereoSingly, 2});
     }
     return result;
+}
+
+/// Both forms over one stretch, into targets that begin `misaligned` floats behind an allocation.
+void expectSame(const player::Stretch& stretch, std::size_t misaligned)
+{
+    std::vector<float> inLanes(2 * stretch.frames + 2 + misaligned, 7), singly(inLanes);
+    for (const Form& form : forms()) {
+        form.inLanes(stretch, inLanes.data() + misaligned);
+        form.singly(stretch, singly.data() + misaligned);
+        for (std::size_t i = 0; i < inLanes.size(); ++i)
+            ASSERT_TRUE(isSame(inLanes[i], singly[i]))
+                << form.name << ", step " << stretch.step << ", " << stretch.frames << " frames, at " << i;
+    }
 }
 
 TEST(PlayerLanes, InterpolateAsOneFrameAfterTheOther)
@@ -88,24 +101,39 @@ TEST(PlayerLanes, InterpolateAsOneFrameAfterTheOther)
     for (const bool isHostile : {false, true})
         for (const float step : steps)
             for (UInt32 frames = 0; frames <= 70; ++frames)
-                for (int misaligned = 0; misaligned < 4; ++misaligned) {
+                for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
                     // Positions that steps alone can reach.
                     const double place = walked(0, step, random() % 50);
                     const double last = place + step * (frames ? frames - 1 : 0);
                     const auto count = static_cast<std::size_t>(last) + 2; // exactly the last neighbour
-                    const auto skipped = static_cast<std::size_t>(misaligned);
+                    const std::size_t skipped = misaligned % 4;
                     const std::vector<float> data = samples(random, 2 * count + skipped, isHostile);
-                    const player::Stretch stretch = {data.data() + skipped, place, step, frames};
-                    std::vector<float> inLanes(2 * frames + 2, 7), singly(2 * frames + 2, 7);
-
-                    for (const Form& form : forms()) {
-                        form.inLanes(stretch, inLanes.data());
-                        form.singly(stretch, singly.data());
-                        for (std::size_t i = 0; i < inLanes.size(); ++i)
-                            ASSERT_TRUE(isSame(inLanes[i], singly[i]))
-                                << form.name << ' ' << step << ' ' << frames << ' ' << i;
-                    }
+                    expectSame({data.data() + skipped, place, step, frames}, misaligned / 4);
                 }
+}
+
+TEST(PlayerLanes, InterpolateFarFromTheStart)
+{
+    std::mt19937 random(7);
+    constexpr UInt32 frames = 67;
+    const std::vector<float> data = samples(random, 4 * frames, false);
+    for (const double start :
+         {1e6, 16777215.0, 134217727.0}) // the last: as much as one buffer can hold of pairs
+        for (const float step : {1.0f, 0.5f, 0.91875f, 2.0f})
+            for (const int channels : {1, 2}) {
+                // The memory in front of what is read does not exist; only its distance counts.
+                const auto distance = static_cast<std::ptrdiff_t>(start) * channels;
+                const auto base = reinterpret_cast<std::uintptr_t>(data.data()) -
+                                  static_cast<std::uintptr_t>(distance) * sizeof(float);
+                const player::Stretch stretch = {reinterpret_cast<const float*>(base), start, step, frames};
+                std::vector<float> inLanes(2 * frames), singly(2 * frames);
+                for (const Form& form : forms()) {
+                    if (form.channels != channels) continue;
+                    form.inLanes(stretch, inLanes.data());
+                    form.singly(stretch, singly.data());
+                    ASSERT_EQ(inLanes, singly) << form.name << ' ' << start << ' ' << step;
+                }
+            }
 }
 
 const struct {
@@ -197,32 +225,46 @@ float expectedFloat(std::int32_t bitSize, const unsigned char* bytes)
     return std::ldexp(static_cast<float>(number), -bitSize);
 }
 
+/// Bytes of samples: every second one at an end of its range, or next to it.
 std::vector<unsigned char> bytes(std::mt19937& random, std::size_t count)
 {
+    static const unsigned char ends[] = {0x00, 0xFF, 0x80, 0x7F, 0x01, 0xFE};
     std::vector<unsigned char> result(count);
-    for (auto& each : result) each = static_cast<unsigned char>(random());
+    for (auto& each : result)
+        each = random() % 2 ? ends[random() % std::size(ends)] : static_cast<unsigned char>(random());
     return result;
+}
+
+void expectConverted(std::int32_t bitSize, std::size_t width, player::Conversion convert)
+{
+    std::mt19937 random(4);
+    for (std::size_t count = 0; count <= 70; ++count)
+        for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
+            // Exactly as long as it is: a byte read behind the end is found out by the sanitizers.
+            const std::size_t skipped = misaligned % 4, shifted = misaligned / 4;
+            const std::vector<unsigned char> source = bytes(random, skipped + count * width);
+            std::vector<float> target(shifted + count + 1, 7);
+            convert(source.data() + skipped, count, target.data() + shifted);
+            for (std::size_t i = 0; i < count; ++i)
+                ASSERT_EQ(bitsOf(target[shifted + i]),
+                          bitsOf(expectedFloat(bitSize, source.data() + skipped + i * width)))
+                    << bitSize << " bits, " << count << " samples, the one at " << i;
+            ASSERT_EQ(target[shifted + count], 7);
+        }
 }
 
 TEST(PlayerLanes, ConvertEverySampleAsIfItWereAlone)
 {
-    std::mt19937 random(4);
     for (const std::int32_t bitSize : bitSizes) {
         const player::SampleForm& form = *player::findSampleForm(bitSize);
-        const auto width = static_cast<std::size_t>(form.bytes);
-        for (std::size_t count = 0; count <= 70; ++count)
-            for (std::size_t misaligned = 0; misaligned < 4; ++misaligned) {
-                // Exactly as long as it is: a byte read behind the end is found out by the sanitizers.
-                const std::vector<unsigned char> source = bytes(random, misaligned + count * width);
-                std::vector<float> target(count + 1, 7);
-                form.conversion(source.data() + misaligned, count, target.data());
-                for (std::size_t i = 0; i < count; ++i)
-                    ASSERT_EQ(bitsOf(target[i]),
-                              bitsOf(expectedFloat(bitSize, source.data() + misaligned + i * width)))
-                        << bitSize << " bits, " << count << " samples, the one at " << i;
-                ASSERT_EQ(target[count], 7);
-            }
+        expectConverted(bitSize, static_cast<std::size_t>(form.bytes), form.conversion);
     }
+}
+
+TEST(PlayerLanes, Convert24BitsInBothForms)
+{
+    expectConverted(24, 3, player::convertBigEndian24Singly);
+    if (player::canShuffleBytes()) expectConverted(24, 3, player::convertBigEndian24Shuffled);
 }
 
 TEST(PlayerLanes, ConvertPairsAsEachChannel)
@@ -253,24 +295,28 @@ TEST(PlayerLanes, ConvertPairsAsEachChannel)
 TEST(PlayerLanes, CopyFloatsAsWords)
 {
     std::mt19937 random(6);
-    for (std::size_t count = 0; count <= 70; ++count) {
-        Words left(count), right(count);
-        for (std::size_t i = 0; i < count; ++i) {
-            left[i] = hostile[random() % std::size(hostile)];
-            right[i] = static_cast<std::uint32_t>(random());
+    for (std::size_t count = 0; count <= 70; ++count)
+        for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
+            const std::size_t skipped = misaligned % 4, shifted = misaligned / 4;
+            std::vector<unsigned char> left(skipped + 4 * count), right(left);
+            Words leftWords(count), rightWords(count);
+            for (std::size_t i = 0; i < count; ++i) {
+                leftWords[i] = hostile[random() % std::size(hostile)];
+                rightWords[i] = static_cast<std::uint32_t>(random());
+            }
+            std::memcpy(left.data() + skipped, leftWords.data(), 4 * count);
+            std::memcpy(right.data() + skipped, rightWords.data(), 4 * count);
+
+            Words copy(shifted + count), pairs(shifted + 2 * count);
+            player::copyFloats(left.data() + skipped, count, reinterpret_cast<float*>(copy.data() + shifted));
+            player::convertPairs(player::copyFloats, 4, left.data() + skipped, right.data() + skipped, count,
+                                 reinterpret_cast<float*>(pairs.data() + shifted));
+            for (std::size_t i = 0; i < count; ++i) {
+                ASSERT_EQ(copy[shifted + i], leftWords[i]);
+                ASSERT_EQ(pairs[shifted + 2 * i], leftWords[i]);
+                ASSERT_EQ(pairs[shifted + 2 * i + 1], rightWords[i]);
+            }
         }
-        const auto* const leftBytes = reinterpret_cast<const unsigned char*>(left.data());
-        const auto* const rightBytes = reinterpret_cast<const unsigned char*>(right.data());
-        Words copy(count), pairs(2 * count);
-        player::copyFloats(leftBytes, count, reinterpret_cast<float*>(copy.data()));
-        player::convertPairs(player::copyFloats, 4, leftBytes, rightBytes, count,
-                             reinterpret_cast<float*>(pairs.data()));
-        EXPECT_EQ(copy, left);
-        for (std::size_t i = 0; i < count; ++i) {
-            ASSERT_EQ(pairs[2 * i], left[i]);
-            ASSERT_EQ(pairs[2 * i + 1], right[i]);
-        }
-    }
 }
 
 } // namespace
