@@ -127,6 +127,9 @@ public:
 
 private:
     friend struct Services;
+    friend struct HostServices;
+    friend struct TextServices;
+    friend struct ArrayServices;
     struct Value;
     struct TextData;
 
