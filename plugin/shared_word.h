@@ -57,3 +57,38 @@ void storeReleased(T& field, T value)
 {
     shared_word::store<__ATOMIC_RELEASE>(field, value);
 }
+
+/// Two fields with a side each: one writes the first and then reads the second, the other writes the second
+/// and then reads the first, and they must not both miss each other (whoever takes a pointer away and looks
+/// who is using it; whoever says that he is using it and looks whether it is there). All four steps are in
+/// order then: acquire and release do not keep a read behind a write.
+template <class T>
+T loadInOrder(const T& field)
+{
+    return shared_word::load<__ATOMIC_SEQ_CST>(field);
+}
+
+template <class T>
+void storeInOrder(T& field, T value)
+{
+    shared_word::store<__ATOMIC_SEQ_CST>(field, value);
+}
+
+/// What stood there.
+template <class T>
+T swapInOrder(T& field, T value)
+{
+    typename shared_word::Aligned<T>::Whole whole = value, before;
+    __atomic_exchange(reinterpret_cast<typename shared_word::Aligned<T>::Whole*>(&field), &whole, &before,
+                      __ATOMIC_SEQ_CST);
+    return before;
+}
+
+/// Put `wanted` in the place of `expected`; false if something else stands there.
+template <class T>
+bool replaceInOrder(T& field, T expected, T wanted)
+{
+    typename shared_word::Aligned<T>::Whole before = expected, after = wanted;
+    return __atomic_compare_exchange(reinterpret_cast<typename shared_word::Aligned<T>::Whole*>(&field),
+                                     &before, &after, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+}

@@ -65,14 +65,8 @@ Component registerComponent()
     return RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name.get(), nullptr, nullptr);
 }
 
-/// Forget the record, once the render thread is done with it.
-void dropRefconRecord(StreamState& state)
-{
-    RefconRecord* const record = state.refconRecord;
-    __atomic_store_n(&state.refconRecord, static_cast<RefconRecord*>(nullptr), __ATOMIC_SEQ_CST);
-    waitForRender(*state.entrance);
-    retire(record);
-}
+/// The render thread finds the record no more, and then it goes.
+void dropRefconRecord(StreamState& state) { retire(swapInOrder<RefconRecord*>(state.refconRecord, nullptr)); }
 
 } // namespace
 
@@ -108,7 +102,7 @@ void OpenComponent(REALobjectStruct* object)
 
     dropRefconRecord(*state); // of a registration that failed
     RefconRecord* const record = newRefconRecord(*state);
-    __atomic_store_n(&state->refconRecord, record, __ATOMIC_SEQ_CST);
+    storeInOrder(state->refconRecord, record);
     SetComponentRefcon(state->component, reinterpret_cast<long>(record));
 
     if (state->converter) return;

@@ -1,7 +1,6 @@
 #include "soundstream/dispatcher.h"
 
 #include "plugin/classes.h"
-#include "plugin/shared_word.h"
 #include "soundstream/info.h"
 #include "soundstream/selectors.h"
 
@@ -80,7 +79,7 @@ try {
         return CallComponentFunctionWithStorageProcInfo(reinterpret_cast<Handle>(globals.get()), parameters,
                                                         row->handler, row->procInfo);
     if (parameters->what < kDelegatedSoundComponentSelectors) return badComponentSelector;
-    return DelegateComponentCall(parameters, globals ? loadAcquired(globals->mixer) : nullptr);
+    return DelegateComponentCall(parameters, mixerOf(globals.get()));
 } catch (...) {
     return failure;
 }

@@ -2,6 +2,10 @@
 // whoever goes inside and then looks for the pointer, cannot both miss the other.
 #include "soundstream/entrance.h"
 
+#include "plugin/shared_word.h"
+
+#include <Carbon/Carbon.h>
+
 #include <cstdlib>
 
 #include <pthread.h>
@@ -15,64 +19,113 @@ Entrance* entrances = nullptr; // published; the list only grows
 
 std::uintptr_t thisThread() { return (std::uintptr_t)pthread_self(); }
 
-template <class T>
-T load(const T& word)
+constexpr int yieldsBeforeSleep = 100;
+constexpr Duration sleepStep = -200; // microseconds: a small part of a slice
+
+/// Whether this thread is inside any of them.
+bool isInside()
 {
-    return __atomic_load_n(&word, __ATOMIC_SEQ_CST);
+    const std::uintptr_t self = thisThread();
+    const Entrance* entrance = loadInOrder(entrances);
+    while (entrance && loadInOrder(entrance->renderThread) != self) entrance = entrance->next;
+    return entrance != nullptr;
 }
 
-/// Put `wanted` in the place of `expected`; false if something else stands there.
-template <class T>
-bool exchange(T& word, T expected, T wanted)
+bool enter(Entrance& entrance)
 {
-    return __atomic_compare_exchange_n(&word, &expected, wanted, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+    return replaceInOrder(entrance.renderThread, std::uintptr_t{0}, thisThread());
+}
+
+void leave(Entrance& entrance)
+{
+    __atomic_add_fetch(&entrance.visits, 1, __ATOMIC_SEQ_CST);
+    storeInOrder(entrance.renderThread, std::uintptr_t{0});
+}
+
+/// Do what is left to be done, unless somebody is inside: that one comes here when he leaves. What is done is
+/// done inside, so that nobody else is, and nothing of it waits.
+void finishPostponed(Entrance& entrance)
+{
+    while (loadInOrder(entrance.postponed) && enter(entrance)) {
+        Postponed* each = swapInOrder<Postponed*>(entrance.postponed, nullptr);
+        while (each) {
+            Postponed* const next = each->next; // it goes with its record
+            each->act(each->record);
+            each = next;
+        }
+        leave(entrance);
+    }
+}
+
+void postpone(Entrance& entrance, Postponed& place)
+{
+    do place.next = loadInOrder(entrance.postponed);
+    while (!replaceInOrder(entrance.postponed, place.next, &place));
+    finishPostponed(entrance);
+}
+
+void sleepOneStep()
+{
+    try {
+        AbsoluteTime until = AddDurationToAbsolute(sleepStep, UpTime());
+        MPDelayUntil(&until);
+    } catch (...) { // the platform's own; then there is no sleep
+    }
 }
 
 } // namespace
 
 Entrance* openEntrance(StreamState& state)
 {
-    for (Entrance* free = load(entrances); free; free = free->next)
-        if (exchange<StreamState*>(free->state, nullptr, &state)) return free;
+    for (Entrance* free = loadInOrder(entrances); free; free = free->next)
+        if (replaceInOrder<StreamState*>(free->state, nullptr, &state)) return free;
     auto* const made = static_cast<Entrance*>(std::calloc(1, sizeof(Entrance)));
     if (!made) return nullptr;
     made->state = &state;
-    do made->next = load(entrances);
-    while (!exchange(entrances, made->next, made));
+    do made->next = loadInOrder(entrances);
+    while (!replaceInOrder(entrances, made->next, made));
     return made;
 }
 
-void closeEntrance(Entrance& entrance)
+void closeEntrance(Entrance& entrance) { storeInOrder<StreamState*>(entrance.state, nullptr); }
+
+bool waitForRender(const Entrance& entrance)
 {
-    __atomic_store_n(&entrance.state, static_cast<StreamState*>(nullptr), __ATOMIC_SEQ_CST);
-    waitForRender(entrance);
+    const std::uint32_t visits = loadInOrder(entrance.visits);
+    for (int turn = 0;; ++turn) {
+        const std::uintptr_t inside = loadInOrder(entrance.renderThread);
+        if (inside == 0 || inside == thisThread() || loadInOrder(entrance.visits) != visits) return true;
+        if (turn == 0 && isInside()) return false;
+        if (turn < yieldsBeforeSleep)
+            sched_yield();
+        else
+            sleepOneStep();
+    }
 }
 
-void waitForRender(const Entrance& entrance)
+void afterRender(Entrance& entrance, Postponed& place, void (*act)(void* record), void* record)
 {
-    const std::uint32_t visits = load(entrance.visits);
-    while (true) {
-        const std::uintptr_t inside = load(entrance.renderThread);
-        if (inside == 0 || inside == thisThread() || load(entrance.visits) != visits) return;
-        sched_yield();
-    }
+    if (waitForRender(entrance)) return act(record);
+    place.act = act;
+    place.record = record;
+    postpone(entrance, place);
 }
 
 Visit::Visit(const void* state)
 {
-    Entrance* entrance = load(entrances);
-    while (entrance && load(entrance->state) != state) entrance = entrance->next;
-    if (!entrance || !exchange(entrance->renderThread, std::uintptr_t{0}, thisThread())) return;
+    Entrance* entrance = loadInOrder(entrances);
+    while (entrance && loadInOrder(entrance->state) != state) entrance = entrance->next;
+    if (!entrance || !enter(*entrance)) return;
     entrance_ = entrance;
-    StreamState* const found = load(entrance->state);
+    StreamState* const found = loadInOrder(entrance->state);
     if (found == state) state_ = found; // it has not gone on our way in
 }
 
 Visit::~Visit()
 {
     if (!entrance_) return;
-    __atomic_add_fetch(&entrance_->visits, 1, __ATOMIC_SEQ_CST);
-    __atomic_store_n(&entrance_->renderThread, std::uintptr_t{0}, __ATOMIC_SEQ_CST);
+    leave(*entrance_);
+    finishPostponed(*entrance_);
 }
 
 } // namespace soundstream

@@ -1,7 +1,5 @@
 #include "soundstream/info.h"
 
-#include "plugin/shared_word.h"
-
 #include <cstring>
 
 namespace soundstream {
@@ -74,11 +72,6 @@ bool isAccepted(const Accepted& row, const void* info)
     UInt32 value = 0;
     if (info) std::memcpy(&value, info, sizeof value);
     return value == row.value;
-}
-
-ComponentInstance mixerOf(const QTSoundStreamGlobals* globals)
-{
-    return globals ? loadAcquired(globals->mixer) : nullptr;
 }
 
 } // namespace

@@ -27,10 +27,9 @@ void silence(AudioBufferList& list)
 /// close it in our slice.
 HeldGlobals openInstance(StreamState& state)
 {
-    const RefconRecord* const record = __atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST);
-    QTSoundStreamGlobals* const globals =
-        record ? __atomic_load_n(&record->globals, __ATOMIC_SEQ_CST) : nullptr;
-    if (!globals || __atomic_load_n(&globals->isHidden, __ATOMIC_SEQ_CST)) return nullptr;
+    const RefconRecord* const record = loadInOrder(state.refconRecord);
+    QTSoundStreamGlobals* const globals = record ? loadInOrder(record->globals) : nullptr;
+    if (!globals || loadInOrder(globals->isHidden)) return nullptr;
     hold(*globals);
     return HeldGlobals(globals);
 }

@@ -16,27 +16,23 @@ constexpr ComponentResult version = 0x00010000;
 constexpr SoundComponentData wanted = {
     0, k16BitLittleEndianFormat, channelCount, sampleBits, sampleRate44100, 1024, nullptr, 0};
 
-ComponentInstance mixerOf(const QTSoundStreamGlobals* globals)
-{
-    return globals ? loadAcquired(globals->mixer) : nullptr;
-}
-
 void setActive(QTSoundStreamGlobals* globals, bool isActive)
 {
     if (globals && globals->refcon) storeRelaxed(globals->refcon->state->streamActive, HostBoolean{isActive});
 }
 
-/// An instance hidden from the render thread while this lives; false where another thread is at it.
+/// An instance hidden from the render thread while this lives; false where another thread is at it, and where
+/// one renders it that is not waited for.
 class Hidden {
 public:
     explicit Hidden(QTSoundStreamGlobals& globals)
-        : globals_(globals), isIt_(!__atomic_exchange_n(&globals.isHidden, true, __ATOMIC_SEQ_CST))
+        : globals_(globals), isOurs_(!swapInOrder(globals.isHidden, true)),
+          isIt_(isOurs_ && (!globals.refcon || waitForRender(*globals.refcon->state->entrance)))
     {
-        if (isIt_ && globals.refcon) waitForRender(*globals.refcon->state->entrance);
     }
     ~Hidden()
     {
-        if (isIt_) __atomic_store_n(&globals_.isHidden, false, __ATOMIC_SEQ_CST);
+        if (isOurs_) storeInOrder(globals_.isHidden, false);
     }
     Hidden(const Hidden&) = delete;
     Hidden& operator=(const Hidden&) = delete;
@@ -44,22 +40,13 @@ public:
 
 private:
     QTSoundStreamGlobals& globals_;
-    const bool isIt_;
+    const bool isOurs_, isIt_;
 };
-
-/// Let the render thread find this instance; null: none, and it is done with any.
-void letHear(RefconRecord* record, QTSoundStreamGlobals* globals)
-{
-    if (!record) return;
-    __atomic_store_n(&record->globals, globals, __ATOMIC_SEQ_CST);
-    if (!globals) waitForRender(*record->state->entrance);
-}
 
 /// While nobody renders, or on the render thread.
 void closeMixer(QTSoundStreamGlobals& globals)
 {
-    const ComponentInstance mixer =
-        __atomic_exchange_n(&globals.mixer, ComponentInstance{nullptr}, __ATOMIC_SEQ_CST);
+    const auto mixer = swapInOrder<ComponentInstance>(globals.mixer, nullptr);
     if (!mixer) return;
     storeRelaxed(globals.sourceData, SoundComponentDataPtr{nullptr}); // the mixer's
     __atomic_add_fetch(&globals.mixersClosed, 1, __ATOMIC_RELAXED);
@@ -75,7 +62,16 @@ struct End {
     void operator()(QTSoundStreamGlobals* globals) const
     {
         if (!closePlace(*globals)) return;
-        letHear(globals->refcon, nullptr);
+        RefconRecord* const record = globals->refcon;
+        if (!record) return end(globals);
+        storeInOrder<QTSoundStreamGlobals*>(record->globals, nullptr);
+        afterRender(*record->state->entrance, globals->end, end, globals);
+    }
+
+private:
+    static void end(void* record)
+    {
+        auto* const globals = static_cast<QTSoundStreamGlobals*>(record);
         closeMixer(*globals);
         drop(globals);
     }
@@ -92,7 +88,7 @@ ComponentResult Open(QTSoundStreamGlobals* before, ComponentInstance self)
     if (!globals) return memFullErr;
     globals->self = self;
     globals->refcon = findRefconRecord(GetComponentRefcon(reinterpret_cast<Component>(self)));
-    letHear(globals->refcon, globals.get());
+    if (globals->refcon) storeInOrder(globals->refcon->globals, globals.get());
     SetComponentInstanceStorage(self, reinterpret_cast<Handle>(globals.get()));
     globals.release();
     return noErr;
@@ -117,7 +113,7 @@ ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long)
     globals->description = wanted;
     ComponentInstance mixer = nullptr;
     const OSErr status = OpenMixerSoundComponent(&globals->description, 0, &mixer);
-    if (status == noErr) __atomic_store_n(&globals->mixer, mixer, __ATOMIC_SEQ_CST);
+    if (status == noErr) storeInOrder(globals->mixer, mixer);
     if (!isOpen(*globals)) closeMixer(*globals); // closed meanwhile: this one is ours to close
     return status;
 }

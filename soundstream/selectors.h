@@ -17,11 +17,14 @@ ComponentResult Version(QTSoundStreamGlobals* globals);
 ComponentResult Open(QTSoundStreamGlobals* globals, ComponentInstance self);
 
 /// Give up the mixer and the storage. Samples of the mixer that are on their way are heard no more; nor is
-/// another instance that was heard, until one is opened.
+/// another instance that was heard, until one is opened. Waits for the slice that plays it; but not in a
+/// completion routine of what another state plays: that slice then ends as it began, and the mixer closes
+/// behind it.
 ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self);
 
 /// Open the mixer, in place of one from before.
-/// Errors  channelBusy: another thread does already.
+/// Errors  channelBusy: another thread does already, or one plays it while this one is in a completion
+///         routine of what another state plays.
 ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long actions);
 
 /// All four pass on to the mixer, and note whether the stream is active.

@@ -76,8 +76,9 @@ RefconRecord* newRefconRecord(StreamState& state)
 void drop(StreamState* state)
 {
     if (!isLastHolder(state)) return;
-    closeEntrance(*state->entrance);
-    std::free(state);
+    Entrance& entrance = *state->entrance;
+    closeEntrance(entrance);
+    afterRender(entrance, state->end, std::free, state);
 }
 
 void drop(RefconRecord* record)
@@ -116,7 +117,8 @@ void retire(RefconRecord* record)
                 break;
             }
     }
-    drop(record);
+    const auto dropIt = [](void* retired) { drop(static_cast<RefconRecord*>(retired)); };
+    afterRender(*record->state->entrance, record->end, dropIt, record);
 }
 
 } // namespace soundstream

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "abi/word.h"
+#include "plugin/shared_word.h"
 #include "soundstream/entrance.h"
 #include "soundstream/open_instances.h"
 
@@ -28,6 +29,7 @@ struct StreamState {
     HostBoolean postsStatusNotifications;     ///< the host program's, kept for it and read by nobody else
     Entrance* entrance;                       ///< the render thread's; fixed
     int holders;
+    Postponed end;
 };
 
 /// What is open of one instance of the component: the instance's storage.
@@ -42,7 +44,14 @@ struct QTSoundStreamGlobals {
     bool isHidden;        ///< from the render thread, while the mixer changes. Published
     int mixersClosed;     ///< how many; they close while nobody renders, or on the render thread itself
     int holders;
+    Postponed end;
 };
+
+/// Null without globals, too. [client]
+inline ComponentInstance mixerOf(const QTSoundStreamGlobals* globals)
+{
+    return globals ? loadAcquired(globals->mixer) : nullptr;
+}
 
 /// What a registered component knows of us: its refcon.
 /// Holders  the StreamState, while open; each instance.
@@ -50,6 +59,7 @@ struct RefconRecord {
     StreamState* state;            ///< held
     QTSoundStreamGlobals* globals; ///< of the open instance; null: none. Published
     int holders;
+    Postponed end;
     RefconRecord* next; ///< of those whose component is registered
 };
 
@@ -75,7 +85,7 @@ void hold(Record& record)
 }
 
 /// One holder less; the last one frees the record and drops what it held. Null is let pass. The last of a
-/// state waits for the render thread. [any]
+/// state waits for the render thread, or leaves it to that one. [any]
 void drop(StreamState* state);
 void drop(QTSoundStreamGlobals* globals);
 void drop(RefconRecord* record);
@@ -90,7 +100,8 @@ void Drop::operator()(Record* record) const
 /// Waits for nobody longer than a few instructions. [client]
 RefconRecord* findRefconRecord(long refcon);
 
-/// No instance finds it any more; drop the state's own hold. [main]
+/// No instance finds it any more; the state's own hold is dropped once the render thread is done with it.
+/// [main]
 void retire(RefconRecord* record);
 
 } // namespace soundstream
