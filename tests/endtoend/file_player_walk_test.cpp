@@ -3,7 +3,7 @@
 //
 // Each walk is 20 seconds of sound; KVX_LONG_RUN_SECONDS makes it longer, KVX_WALK_SEED another one.
 #include "tests/endtoend/file_player.h"
-#include "tests/platform/audiounit/alarm.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <atomic>
 #include <cmath>

@@ -1,7 +1,7 @@
 // What filling asks of the C library: nothing.
 #include "tests/platform/audioconverter/converter.h"
 #include "tests/platform/audioconverter/plain_samples.h"
-#include "tests/platform/audiounit/alarm.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // What a unit's part of a cycle asks of the C library: nothing.
-#include "tests/platform/audiounit/alarm.h"
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

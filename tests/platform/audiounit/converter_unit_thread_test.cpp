@@ -1,7 +1,7 @@
 // What a slice of the converter unit asks of the C library: nothing; and settings that change beside it.
-#include "tests/platform/audiounit/alarm.h"
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/unit.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // What a slice through the mixer and the equaliser asks of the C library: nothing.
-#include "tests/platform/audiounit/alarm.h"
 #include "tests/platform/audiounit/sound.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

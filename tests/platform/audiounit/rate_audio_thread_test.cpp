@@ -1,6 +1,6 @@
 // What the rate units ask of the C library inside a slice: nothing, the engines below them included.
-#include "tests/platform/audiounit/alarm.h"
 #include "tests/platform/audiounit/rate_unit.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // What a graph's cycle asks of the C library, while other threads change the graph: nothing.
-#include "tests/platform/audiounit/alarm.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // What the audio thread asks of the C library.
-#include "tests/platform/audiounit/alarm.h"
 #include "tests/platform/soundmanager/sound.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tests/platform/audiounit/alarm.h"
+#include "tests/support/audio_thread_alarm.h"
 
 #include <atomic>
 #include <cerrno>
