@@ -20,11 +20,15 @@ const FileKind fileKinds[6] = {
 };
 // clang-format on
 
-std::string fileOf(const FileKind& kind)
+namespace {
+
+constexpr sf_count_t piece = 4410; // frames written at once: Vorbis takes no minute
+
+std::string writtenOnce(const char* name, const FileKind& kind, std::size_t pieces)
 {
     namespace fs = std::filesystem;
     const fs::path folder = fs::path(KVX_BINARY_DIR) / "bench-files";
-    const fs::path path = folder / (std::string("music.") + kind.extension);
+    const fs::path path = folder / (std::string(name) + kind.extension);
     if (fs::exists(path)) return path.string();
 
     fs::create_directories(folder);
@@ -35,15 +39,25 @@ std::string fileOf(const FileKind& kind)
     info.format = kind.format;
     SNDFILE* const file = sf_open(unfinished.c_str(), SFM_WRITE, &info);
     if (!file) throw std::runtime_error(unfinished.string() + ": " + sf_strerror(nullptr));
-    constexpr sf_count_t piece = 4410; // Vorbis takes no minute at once
     bool isWritten = true;
-    for (int minute = 0; minute < fileMinutes; ++minute)
-        for (std::size_t at = 0; at < musicFrames; at += piece)
-            isWritten = isWritten && sf_writef_float(file, music(2).data() + 2 * at, piece) == piece;
+    for (std::size_t each = 0; each < pieces; ++each) {
+        const float* const from = music(2).data() + 2 * (each * piece % musicFrames);
+        isWritten = isWritten && sf_writef_float(file, from, piece) == piece;
+    }
     if (sf_close(file) != 0 || !isWritten)
         throw std::runtime_error(unfinished.string() + " could not be written");
     fs::rename(unfinished, path);
     return path.string();
 }
+
+} // namespace
+
+std::string fileOf(const FileKind& kind)
+{
+    static_assert(musicFrames % piece == 0);
+    return writtenOnce("music.", kind, fileMinutes * musicFrames / piece);
+}
+
+std::string shortFile() { return writtenOnce("short.", fileKinds[0], 1); }
 
 } // namespace bench

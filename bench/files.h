@@ -1,4 +1,4 @@
-// Three minutes of stereo in every kind of file. Written once, into the build folder.
+// Three minutes of stereo in every kind of file, and a short one. Written once, into the build folder.
 #pragma once
 
 #include <string>
@@ -17,5 +17,8 @@ constexpr int fileMinutes = 3;
 
 /// Its path. Throws std::runtime_error where it cannot be written.
 std::string fileOf(const FileKind& kind);
+
+/// A tenth of a second, WAV; throws likewise.
+std::string shortFile();
 
 } // namespace bench

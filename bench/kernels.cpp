@@ -1,6 +1,7 @@
 // One scenario by name, for a tool that counts its instructions: what is made first is not counted, what runs
 // inside `kvx_counted` is. Work is fixed, so that the count is the same on every run. --prepare writes the
-// file that some of them play.
+// file that some of them play; --processor says which of the instructions that a form may be chosen for are
+// there, as the tool shows it.
 #include "bench/file_player.h"
 #include "bench/files.h"
 #include "bench/music.h"
@@ -108,6 +109,27 @@ const struct {
     {"graph-rate", stretchedGraph},      {"property-get", getProperty},
 };
 
+/// What this library, libc and the others look at before they choose among forms of a kernel.
+void printProcessor()
+{
+    const struct {
+        const char* name;
+        bool isThere;
+    } features[] = {
+        {"sse2", __builtin_cpu_supports("sse2") != 0},     {"sse3", __builtin_cpu_supports("sse3") != 0},
+        {"ssse3", __builtin_cpu_supports("ssse3") != 0},   {"sse4.1", __builtin_cpu_supports("sse4.1") != 0},
+        {"sse4.2", __builtin_cpu_supports("sse4.2") != 0}, {"avx", __builtin_cpu_supports("avx") != 0},
+        {"avx2", __builtin_cpu_supports("avx2") != 0},     {"fma", __builtin_cpu_supports("fma") != 0},
+    };
+    const char* between = "";
+    for (const auto& each : features) {
+        if (!each.isThere) continue;
+        std::printf("%s%s", between, each.name);
+        between = " ";
+    }
+    std::puts("");
+}
+
 } // namespace
 
 int main(int count, char** arguments)
@@ -115,6 +137,7 @@ int main(int count, char** arguments)
     setenv("KVX_AUDIO_DEVICE", "simulated", 1);
     const std::string_view wanted = count == 2 ? arguments[1] : "";
     try {
+        if (wanted == "--processor") return printProcessor(), 0;
         if (wanted == "--prepare") return bench::fileOf(bench::fileKinds[0]), 0;
         for (const auto& each : scenarios) {
             if (wanted == "--list")
@@ -127,6 +150,6 @@ int main(int count, char** arguments)
         return 1;
     }
     if (wanted == "--list") return 0;
-    std::fputs("usage: kvx_kernels NAME | --list | --prepare| --list\n", stderr);
+    std::fputs("usage: kvx_kernels NAME | --list | --prepare | --processor\n", stderr);
     return 2;
 }

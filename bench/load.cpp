@@ -81,6 +81,14 @@ void load(benchmark::State& state, const bench::FileKind* kind, std::size_t (*wa
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(frames));
 }
 
+/// What a load costs beside the reading: object, graph and units, made and disposed of.
+void loadShort(benchmark::State& state)
+{
+    const std::string path = bench::shortFile();
+    for (auto _ : state)
+        if (!loadWhole(path)) return state.SkipWithError("the file is not loaded");
+}
+
 const bool registered = [] {
     for (const bench::FileKind& kind : bench::fileKinds) {
         const std::string name = std::string("load/") + kind.name + "/";
@@ -92,6 +100,7 @@ const bool registered = [] {
         add("libsndfile", readThroughLibsndfile);
         add("LoadFile", loadWhole);
     }
+    benchmark::RegisterBenchmark("load/short/LoadFile", loadShort)->Unit(benchmark::kMillisecond);
     return true;
 }();
 

@@ -50,8 +50,7 @@ std::string otherText(const Row& row, const Figures& figures)
 {
     if (!row.other) return "";
     const double time = figures.time(row.other);
-    const std::string name = row.share == 6 ? fmt::format("6 × {}", row.otherName) : row.otherName;
-    return fmt::format("{} {}", name, timeText(time * row.share));
+    return fmt::format("{} {}", row.otherName, timeText(time * row.share));
 }
 
 std::string boldRatio(const Row& row, const Outcome& outcome)
@@ -64,14 +63,18 @@ std::string boldRatio(const Row& row, const Outcome& outcome)
 }
 
 /// How far a missed goal is away, in hundredths of it.
-std::string metText(const Row& row, const Outcome& outcome)
+std::string missText(const Row& row, const Outcome& outcome)
 {
-    if (!outcome.hasGoal) return "";
-    if (outcome.isMet) return "yes";
     const double share = row.goal == Goal::fasterBy   ? 1 - outcome.ratio / row.limit
                          : row.goal == Goal::withinOf ? outcome.ratio / row.limit - 1
                                                       : outcome.ratio - 1;
-    return fmt::format("no, by {:.1f} %", 100 * share);
+    return fmt::format("{:.1f} %", 100 * share);
+}
+
+std::string metText(const Row& row, const Outcome& outcome)
+{
+    if (!outcome.hasGoal) return "";
+    return outcome.isMet ? "yes" : "no, by " + missText(row, outcome);
 }
 
 std::string tableOf(const Subject& subject, const Figures& figures)
@@ -91,29 +94,37 @@ std::string remarksOf(const Subject& subject, const Figures& figures, const Rema
     std::string text;
     const auto always = remarks.find(subject.title);
     if (always != remarks.end()) text += "\n" + always->second + "\n";
+    std::map<std::string, std::string> misses; // by id: rows of one id share what is said of them
     for (const Row& row : subject.rows) {
-        if (outcomeOf(row, figures).isMet || !*row.id) continue;
-        const auto found = remarks.find(row.id);
-        if (found == remarks.end())
-            text += fmt::format(
-                "\n*{}*: missed; nothing has been said about it in `bench/remarks.txt` yet.\n", row.id);
-        else
-            text += fmt::format("\n*{}*: {}\n", row.id, found->second);
+        const Outcome outcome = outcomeOf(row, figures);
+        if (outcome.isMet || !*row.id) continue;
+        std::string& all = misses[row.id];
+        all += (all.empty() ? "" : ", ") + missText(row, outcome);
+    }
+    for (const auto& [id, all] : misses) {
+        const auto found = remarks.find(id);
+        text +=
+            fmt::format("\n*{}*, missed by {}: {}\n", id, all,
+                        found == remarks.end() ? "nothing has been said about it in `bench/remarks.txt` yet."
+                                               : found->second);
     }
     return text;
 }
 
-/// How much of a cycle the queue's lock takes, where a player takes it.
+/// How much of a cycle the queue's lock would take, where a player takes it: reckoned, since players that are
+/// rendered one after another take no lock from each other.
 std::string lockText(const Figures& figures)
 {
     const double lock = figures.time("take front/the lock, taken and given");
     const double player = figures.time("scale/1000 players") / 1000;
     const double perSecond = 48000.0 / 512; // slices
     return fmt::format(
-        "\nA player takes the queue's lock where a buffer ends, and nowhere else. It costs {} when nobody "
-        "else "
-        "wants it, and a player's slice {} (of 1,000): with buffers of a second the lock has a share of "
-        "**{:.4f} %**, with a buffer that ends in every slice {:.1f} %.\n",
+        "\nA player takes the queue's lock where a buffer ends, and nowhere else. A lock of the bench's "
+        "own, which nobody else wants, costs {} to take and give, and a player's slice {} (of 1,000). The "
+        "share "
+        "reckoned from these two, not measured in the run of the players: **{:.4f} %** with buffers of a "
+        "second, "
+        "{:.1f} % with a buffer that ends in every slice.\n",
         timeText(lock), timeText(player), 100 * lock / (player * perSecond), 100 * lock / (player + lock));
 }
 
