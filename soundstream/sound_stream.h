@@ -35,6 +35,10 @@ void OpenComponent(REALobjectStruct* object);
 
 /// Stop the attached unit, and take the component back. Instances that clients still have open stay theirs to
 /// close; they are heard no more. The converter is kept, and never disposed.
+///
+/// With instances open the platform keeps the registration, too (validInstancesExist), in front of any later
+/// one: after the next OpenComponent a client that takes the first match of its search opens an orphan, which
+/// takes all it is sent and plays silence. The last match is the one that is heard. So clients close first.
 void CloseComponent(REALobjectStruct* object);
 
 /// Open the default output unit. 0 if there is none or it cannot be opened.

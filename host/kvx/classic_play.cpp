@@ -69,8 +69,9 @@ public:
           meter_(device.device)
     {
         const char* whyNot = KeyTerminal::whyNot();
-        if (!isStepped && !whyNot) keys_.emplace();
-        if (keys_) progress.say("Keys: space pause, q quit");
+        if (isStepped) return;
+        if (!whyNot) keys_.emplace();
+        progress.say(whyNot ? printNoKeys(whyNot) : "Keys: space pause, q quit");
     }
 
     bool isHeard() const { return meter_.frames() > 0; }

@@ -147,7 +147,7 @@ FileEnd playFile(const Session& session, const ProgrammeFile& file)
 
 void sayKeys(Progress& progress, const char* whyNot)
 {
-    progress.say(whyNot ? fmt::format("No keys: {}. Ctrl-C ends.", whyNot) : keyHelp());
+    progress.say(whyNot ? printNoKeys(whyNot) : keyHelp());
 }
 
 void loadInBackground(FilePlayer& player, const std::string& path, int channels, Progress& progress)

@@ -2,6 +2,8 @@
 
 #include "host/kvx/interrupt.h"
 
+#include <fmt/format.h>
+
 #include <csignal>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -91,6 +93,8 @@ KeyTerminal::~KeyTerminal()
     sigaction(SIGQUIT, &formerQuit, nullptr);
     sigaction(SIGABRT, &formerAbort, nullptr);
 }
+
+std::string printNoKeys(const char* whyNot) { return fmt::format("No keys: {}. Ctrl-C ends.", whyNot); }
 
 const char* KeyTerminal::whyNot()
 {

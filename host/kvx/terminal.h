@@ -9,6 +9,9 @@ namespace kvx {
 /// Columns of the terminal that `file` is, as it is now; 80 where it does not tell.
 std::size_t terminalColumns(int file);
 
+/// What the user is told where no keys can be read, for one of KeyTerminal::whyNot's reasons.
+std::string printNoKeys(const char* whyNot);
+
 /// While one lives, and both standard input and output are terminals with this process in their foreground,
 /// keys are read one by one. The terminal gets its own mode back at the end, when the process is stopped, and
 /// at the first signal that asks it to end. One at a time, under an InterruptGuard. [main]

@@ -12,10 +12,19 @@ void check(const char* what, std::int32_t status)
     if (status != noErr) throw Refusal(what, status);
 }
 
-ComponentInstance open(std::uint32_t subType, std::uint32_t manufacturer)
+/// The last match: one that was taken back with instances open stays in front of its successor, and is not
+/// heard.
+Component find(std::uint32_t subType, std::uint32_t manufacturer)
 {
     ComponentDescription looking = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};
-    const Component component = FindNextComponent(nullptr, &looking);
+    Component found = nullptr;
+    while (const Component next = FindNextComponent(found, &looking)) found = next;
+    return found;
+}
+
+ComponentInstance open(std::uint32_t subType, std::uint32_t manufacturer)
+{
+    const Component component = find(subType, manufacturer);
     if (!component) throw NoComponent();
     ComponentInstance instance = nullptr;
     const OSErr status = OpenAComponent(component, &instance);

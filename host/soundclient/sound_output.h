@@ -48,8 +48,8 @@ using Source = OpaqueSoundSource*;
 /// Errors  Refusal, and what stands there.
 class SoundOutput {
 public:
-    /// Open the first sound output device component of this subtype and manufacturer. Throws NoComponent and
-    /// NoEntryPoint, too.
+    /// Open the sound output device component of this subtype and manufacturer that was registered last.
+    /// Throws NoComponent and NoEntryPoint, too.
     SoundOutput(std::uint32_t subType, std::uint32_t manufacturer);
     ~SoundOutput();
     SoundOutput(const SoundOutput&) = delete;

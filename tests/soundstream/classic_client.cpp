@@ -16,6 +16,12 @@ Component findComponent()
     return found;
 }
 
+Component findFirstComponent()
+{
+    ComponentDescription looking = ours();
+    return FindNextComponent(nullptr, &looking);
+}
+
 void unregisterAll()
 {
     while (const Component component = findComponent())
@@ -41,9 +47,9 @@ UInt32 alive(const std::string& kind)
     return 0;
 }
 
-ClassicClient::ClassicClient()
+ClassicClient::ClassicClient(Component component)
 {
-    OpenAComponent(findComponent(), &instance);
+    OpenAComponent(component, &instance);
     if (instance && SoundComponentInitOutputDevice(instance, 0) == noErr)
         SoundComponentAddSource(instance, &source);
 }

@@ -13,6 +13,8 @@ namespace soundstream_test {
 
 /// The component registered last; null: none.
 Component findComponent();
+/// The first match, as a simple client takes it; null: none.
+Component findFirstComponent();
 
 /// Take back what others left registered.
 void unregisterAll();
@@ -26,7 +28,8 @@ UInt32 alive(const std::string& kind);
 /// An instance with its device initialised and one source. Nothing is opened where there is no component.
 class ClassicClient {
 public:
-    ClassicClient();
+    ClassicClient() : ClassicClient(findComponent()) {}
+    explicit ClassicClient(Component component);
     ~ClassicClient();
     ClassicClient(const ClassicClient&) = delete;
     ClassicClient& operator=(const ClassicClient&) = delete;

@@ -381,6 +381,32 @@ TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
     closeClient();
 }
 
+// What the platform keeps stands in front: a late client that takes the first match plays to nobody.
+TEST_F(SoundStreamPlatform, TheLatestRegistrationIsHeardAndTheFirstMatchIsAnOrphan)
+{
+    open();
+    object().closeComponent();
+    object().openComponent();
+    const Component orphan = findFirstComponent(), latest = findComponent();
+    ASSERT_NE(orphan, latest);
+    EXPECT_EQ(reinterpret_cast<HostInteger>(latest),
+              get<HostInteger>(object().get(), "SoundOutputComponentHandle"));
+    const std::vector<unsigned char> samples(4 * 100, 0x11);
+    const struct {
+        Component component;
+        bool isSilent;
+    } facts[] = {{orphan, true}, {latest, false}, {orphan, true}};
+    for (const auto& fact : facts) {
+        SoundParamBlock block = blockOf(samples.data(), 100);
+        ClassicClient late(fact.component);
+        ASSERT_TRUE(late);
+        EXPECT_EQ(late.play(block), noErr);
+        EXPECT_EQ(isSilence(), fact.isSilent);
+    }
+    closeClient();
+    EXPECT_EQ(findFirstComponent(), orphan) << "nobody has it open, and it stays";
+}
+
 // ---- from inside ----
 
 std::function<void()>* completing = nullptr;

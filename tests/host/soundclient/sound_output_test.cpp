@@ -2,6 +2,8 @@
 
 #include "tests/host/soundclient/registered_component.h"
 
+#include <Carbon/Carbon.h>
+
 #include <gmock/gmock.h>
 
 namespace soundclient {
@@ -25,6 +27,22 @@ TEST(SoundOutput, IsFoundByWhatItIs)
     }
     EXPECT_EQ(component.instances(), 0);
     EXPECT_THAT(component.asked, ElementsAre("open", "init 0", "close"));
+}
+
+// One that could not be taken back stays in front.
+TEST(SoundOutput, IsTheOneRegisteredLast)
+{
+    ComponentDescription description = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};
+    const Component earlier =
+        RegisterComponent(&description, nullptr, 0, nullptr, nullptr, nullptr); // opening it fails
+    ASSERT_NE(earlier, nullptr);
+    {
+        RegisteredComponent component;
+        const SoundOutput output(subType, manufacturer);
+        EXPECT_EQ(component.instances(), 1);
+        EXPECT_EQ(CountComponentInstances(earlier), 0);
+    }
+    EXPECT_EQ(UnregisterComponent(earlier), noErr);
 }
 
 TEST(SoundOutput, TellsWhenThereIsNothingToCall)
