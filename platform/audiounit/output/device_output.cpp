@@ -20,6 +20,18 @@ OSStatus prepare(Unit& unit, DeviceOutput& state, const DeviceShape& shape)
     return state.client.prepare(unit, shape.sampleRate);
 }
 
+/// End to be called by the device, without waiting.
+void leaveDevice(DeviceOutput& state)
+{
+    state.activeDevice = kAudioDeviceUnknown;
+    if (!state.procedure) return;
+    AudioDeviceStop(state.device, state.procedure);
+    AudioDeviceDestroyIOProcID(state.device, state.procedure);
+    endListening(state.device);
+    state.device = kAudioDeviceUnknown;
+    state.procedure = nullptr;
+}
+
 /// Leave the device. With lifeCycle. No slice runs afterwards.
 void detach(Unit& unit, DeviceOutput& state)
 {
@@ -63,29 +75,30 @@ AudioDeviceID wantedDevice(Unit& unit, const DeviceOutput& state)
     return state.procedure && !state.follows ? state.device : defaultDevice(state.choice);
 }
 
-OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device) // with lifeCycle
+/// With lifeCycle. A unit that runs says so on its way, too: whoever wants it stopped asks that first.
+OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 {
-    detach(unit, state);
+    if (state.procedure) {
+        leaveDevice(state);
+        waitForSlice(unit);
+    }
+    OSStatus status = noErr;
     try {
-        return attach(unit, state, device);
+        status = attach(unit, state, device);
     } catch (...) { // no memory for it
         endListening(device);
-        return memFullErr;
+        status = memFullErr;
     }
+    if (status) state.isRunning = false;
+    return status;
 }
 
 } // namespace
 
 void forgetDevice(DeviceOutput& state)
 {
-    state.activeDevice = kAudioDeviceUnknown;
     state.isRunning = false;
-    if (!state.procedure) return;
-    AudioDeviceStop(state.device, state.procedure);
-    AudioDeviceDestroyIOProcID(state.device, state.procedure);
-    endListening(state.device);
-    state.device = kAudioDeviceUnknown;
-    state.procedure = nullptr;
+    leaveDevice(state);
 }
 
 AudioDeviceID currentDevice(Unit& unit)
