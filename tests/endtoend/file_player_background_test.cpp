@@ -75,7 +75,7 @@ void writeAnHour(const std::string& path)
     sf_close(file);
 }
 
-TEST(Background, TheProgramGoesOnWhileAnHourLoads)
+TEST(FilePlayerBackground, TheProgramGoesOnWhileAnHourLoads)
 {
     const support::TemporaryFolder folder;
     writeAnHour(folder / "hour.wav");
@@ -129,7 +129,7 @@ TEST(Background, TheProgramGoesOnWhileAnHourLoads)
 }
 
 // What a program's event throws does not end the load, which has the program's memory in hand.
-TEST(Background, AnExceptionInTheProgramWaitsForTheLoad)
+TEST(FilePlayerBackground, AnExceptionInTheProgramWaitsForTheLoad)
 {
     const support::TemporaryFolder folder;
     const support::Sound sound = support::makeNoise(44100, 2, 44100);
@@ -146,7 +146,7 @@ TEST(Background, AnExceptionInTheProgramWaitsForTheLoad)
     EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(Background, ManyLoadsOneAfterTheOther)
+TEST(FilePlayerBackground, ManyLoadsOneAfterTheOther)
 {
     const support::TemporaryFolder folder;
     const support::Sound sound = support::makeNoise(44100, 2, 1000);
@@ -170,7 +170,7 @@ TEST(Background, ManyLoadsOneAfterTheOther)
 }
 
 // One player loads another's file from within the yield of its own load.
-TEST(Background, OneLoadInsideAnother)
+TEST(FilePlayerBackground, OneLoadInsideAnother)
 {
     const support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 441000), folder / "x.wav");
@@ -192,7 +192,7 @@ TEST(Background, OneLoadInsideAnother)
     EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(Background, TheUnitForTimeAndPitchIsTheSystemsOwn)
+TEST(FilePlayerBackground, TheUnitForTimeAndPitchIsTheSystemsOwn)
 {
     const support::TemporaryFolder folder;
     support::writeSound(makeTone(44100, 1, 2, 440), folder / "tone.wav");
@@ -219,10 +219,10 @@ TEST(Background, TheUnitForTimeAndPitchIsTheSystemsOwn)
     EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(OlderSystem, AllOfThisHoldsThere)
+TEST(FilePlayerOnAnOlderSystem, AllOfThisHoldsThere)
 {
     const support::ChildResult child =
-        support::runChild({"/proc/self/exe", "--gtest_filter=Background.*"},
+        support::runChild({"/proc/self/exe", "--gtest_filter=FilePlayerBackground.*"},
                           {{"LD_LIBRARY_PATH", KVX_BINARY_DIR "/older"}, {mark, "1"}});
     EXPECT_EQ(child.exitCode, 0) << child.out << child.err;
     EXPECT_NE(child.out.find("[  PASSED  ] 5 tests"), std::string::npos) << child.out;

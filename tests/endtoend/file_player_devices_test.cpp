@@ -11,14 +11,14 @@ using support::Sound;
 
 constexpr std::size_t length = 44100 * 2;
 
-struct Devices : testing::Test {
+struct FilePlayerDevices : testing::Test {
     Loaded loaded;
     const support::TemporaryFolder folder;
     const std::string path = folder / "x.wav";
     const Sound sound = support::makeNoise(44100, 2, length);
 
-    Devices() { support::writeSound(sound, path); }
-    ~Devices() override
+    FilePlayerDevices() { support::writeSound(sound, path); }
+    ~FilePlayerDevices() override
     {
         EXPECT_EQ(leftOver(loaded.host), "");
         EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
@@ -48,7 +48,7 @@ KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inp
 
 // ---- the list ----
 
-TEST_F(Devices, AreListedByNumberAndName)
+TEST_F(FilePlayerDevices, AreListedByNumberAndName)
 {
     const host::Object player = loaded.host.create(filePlayerClass); // needs no load
     const KVXDeviceID output = addDevice("Öüter space", 2, 0);
@@ -73,7 +73,7 @@ TEST_F(Devices, AreListedByNumberAndName)
     EXPECT_FALSE(player.get("OuputDevices").object().call("HasKey", output).boolean());
 }
 
-TEST_F(Devices, TheDefaultOneIsTheSystems)
+TEST_F(FilePlayerDevices, TheDefaultOneIsTheSystems)
 {
     const host::Object player = loaded.host.create(filePlayerClass);
     SteppedDevice device;
@@ -87,7 +87,7 @@ TEST_F(Devices, TheDefaultOneIsTheSystems)
 
 // ---- moving ----
 
-TEST_F(Devices, SoundGoesOnWithTheNextFrameOnTheDeviceThatIsChosenWhileItPlays)
+TEST_F(FilePlayerDevices, SoundGoesOnWithTheNextFrameOnTheDeviceThatIsChosenWhileItPlays)
 {
     FilePlayer player(loaded, path);
     SteppedDevice second(44100, 2, 300), third(44100, 2, 4096);
@@ -109,7 +109,7 @@ TEST_F(Devices, SoundGoesOnWithTheNextFrameOnTheDeviceThatIsChosenWhileItPlays)
     player.pause();
 }
 
-TEST_F(Devices, OfOtherWidthsAndRatesCanBeChosenWhileItPlays)
+TEST_F(FilePlayerDevices, OfOtherWidthsAndRatesCanBeChosenWhileItPlays)
 {
     FilePlayer player(loaded, path);
     SteppedDevice wide(44100, 6), narrow(44100, 1), fast(88200, 2);
@@ -137,7 +137,7 @@ TEST_F(Devices, OfOtherWidthsAndRatesCanBeChosenWhileItPlays)
     expectSamples(player.hear(1000), frames(std::size_t(at + 0.5), 1000));
 }
 
-TEST_F(Devices, ThatDoNotExistAreRefusedAndTheOldOnePlaysOn)
+TEST_F(FilePlayerDevices, ThatDoNotExistAreRefusedAndTheOldOnePlaysOn)
 {
     FilePlayer player(loaded, path);
     const KVXDeviceID gone = addDevice("Gone", 2, 0);
@@ -153,7 +153,7 @@ TEST_F(Devices, ThatDoNotExistAreRefusedAndTheOldOnePlaysOn)
     expectSamples(player.hear(512), frames(512, 512));
 }
 
-TEST_F(Devices, ThatDoNotStartSaySoAndThePlayerCanGoElsewhere)
+TEST_F(FilePlayerDevices, ThatDoNotStartSaySoAndThePlayerCanGoElsewhere)
 {
     FilePlayer player(loaded, path);
     SteppedDevice broken;
@@ -178,13 +178,14 @@ TEST_F(Devices, ThatDoNotStartSaySoAndThePlayerCanGoElsewhere)
 
 // ---- the default device ----
 
-/// Step a device until somebody plays on it: the platform follows a change of the default in its own time.
-void stepUntilHeard(SteppedDevice& device, std::uint32_t frames)
+/// Step a device until the player plays on it: the platform follows a change of the default in its own time.
+/// All along it says that it plays: or else a pause meanwhile would be lost.
+void stepUntilHeard(const FilePlayer& player, SteppedDevice& device, std::uint32_t frames)
 {
-    while (device.step(frames) == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    while (device.step(frames) == 0) ASSERT_TRUE(player.isPlaying());
 }
 
-TEST_F(Devices, TheDefaultOutputFollowsTheDefaultDevice)
+TEST_F(FilePlayerDevices, TheDefaultOutputFollowsTheDefaultDevice)
 {
     SteppedDevice first, second;
     chooseDefaultDevice(loaded.host, first.id());
@@ -200,7 +201,7 @@ TEST_F(Devices, TheDefaultOutputFollowsTheDefaultDevice)
             SteppedDevice& next = round % 2 ? first : second;
             chooseDefaultDevice(loaded.host, next.id());
             next.forget();
-            stepUntilHeard(next, 1000);
+            stepUntilHeard(player, next, 1000);
             expectSamples(next.heard(), frames(at, 1000));
             at += 1000;
             EXPECT_EQ(player.get("CurrentDeviceID"), next.id());
@@ -209,7 +210,7 @@ TEST_F(Devices, TheDefaultOutputFollowsTheDefaultDevice)
     }
 }
 
-TEST_F(Devices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
+TEST_F(FilePlayerDevices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
 {
     SteppedDevice fallback;
     KVXSimulatedDevice description = {};
@@ -226,7 +227,7 @@ TEST_F(Devices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
         ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(unplugged), 0);
         EXPECT_NE(player.get("DefaultDeviceID"), unplugged);
         chooseDefaultDevice(loaded.host, fallback.id());
-        stepUntilHeard(fallback, 1000);
+        stepUntilHeard(player, fallback, 1000);
         // Until it moved, what was played was thrown away; it goes on behind that.
         const Samples heard = fallback.heard();
         const auto found =
@@ -240,7 +241,7 @@ TEST_F(Devices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
 
 // ---- devices that go away ----
 
-TEST_F(Devices, UnpluggedOrDeadWhilePlayingAreLeftForAnother)
+TEST_F(FilePlayerDevices, UnpluggedOrDeadWhilePlayingAreLeftForAnother)
 {
     for (const bool dies : {false, true}) {
         SCOPED_TRACE(dies ? "dies" : "is unplugged");
@@ -267,7 +268,7 @@ TEST_F(Devices, UnpluggedOrDeadWhilePlayingAreLeftForAnother)
     }
 }
 
-TEST_F(Devices, UnpluggedWhilePlayingCanBePausedAndForgotten)
+TEST_F(FilePlayerDevices, UnpluggedWhilePlayingCanBePausedAndForgotten)
 {
     for (const bool pauses : {false, true}) {
         SCOPED_TRACE(pauses);
@@ -283,7 +284,7 @@ TEST_F(Devices, UnpluggedWhilePlayingCanBePausedAndForgotten)
     }
 }
 
-TEST_F(Devices, ThatChangeTheirRateOrWidthUnderThePlayerPlayOn)
+TEST_F(FilePlayerDevices, ThatChangeTheirRateOrWidthUnderThePlayerPlayOn)
 {
     FilePlayer player(loaded, path);
     player.play();
@@ -295,10 +296,8 @@ TEST_F(Devices, ThatChangeTheirRateOrWidthUnderThePlayerPlayOn)
     double ratio = 0;
     while (ratio < 1.9 || ratio > 2.1) {
         const double before = player.get("CurrentTime");
-        if (player.hear(512).empty()) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            continue;
-        }
+        ASSERT_TRUE(player.isPlaying()) << "all along";
+        if (player.hear(512).empty()) continue;
         player.hear(2048);
         ratio = 2560 / 44100.0 / (player.get("CurrentTime") - before);
         player.set("CurrentTime", 0.1);
@@ -308,7 +307,7 @@ TEST_F(Devices, ThatChangeTheirRateOrWidthUnderThePlayerPlayOn)
 
 // ---- channel maps ----
 
-TEST_F(Devices, ChannelsAreHeardWhereTheMapPutsThem)
+TEST_F(FilePlayerDevices, ChannelsAreHeardWhereTheMapPutsThem)
 {
     using Map = std::vector<HostInteger>;
     const struct {

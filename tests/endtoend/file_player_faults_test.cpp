@@ -81,7 +81,7 @@ void useAll(const host::Object& player)
     player.call("Pause");
 }
 
-struct Faults : testing::Test {
+struct FilePlayerFaults : testing::Test {
     const support::TemporaryFolder folder;
     const std::string path = folder / "x.wav";
 
@@ -150,7 +150,7 @@ void expectLoaded(const std::string& path, std::size_t frames, int channels)
     }
 }
 
-TEST_F(Faults, WhatIsNoFile)
+TEST_F(FilePlayerFaults, WhatIsNoFile)
 {
     fs::create_directory(folder / "folder");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
@@ -188,7 +188,7 @@ TEST_F(Faults, WhatIsNoFile)
     }
 }
 
-TEST_F(Faults, WhatHasNoPath)
+TEST_F(FilePlayerFaults, WhatHasNoPath)
 {
     Loaded loaded;
     {
@@ -207,7 +207,7 @@ TEST_F(Faults, WhatHasNoPath)
     EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST_F(Faults, WhatMayNotBeRead)
+TEST_F(FilePlayerFaults, WhatMayNotBeRead)
 {
     if (support::hasThreadSanitizer) GTEST_SKIP() << "which minds a fork beside other threads";
     whole();
@@ -228,7 +228,7 @@ TEST_F(Faults, WhatMayNotBeRead)
     EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST_F(Faults, HeadersAtOddsWithTheirFile)
+TEST_F(FilePlayerFaults, HeadersAtOddsWithTheirFile)
 {
     const Bytes good = whole();
     Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // 2^31 frames of one byte
@@ -267,7 +267,7 @@ TEST_F(Faults, HeadersAtOddsWithTheirFile)
     }
 }
 
-TEST_F(Faults, ChannelsThatNoSoundHas)
+TEST_F(FilePlayerFaults, ChannelsThatNoSoundHas)
 {
     whole();
     for (const int channels : {0, -1, 1 << 16, INT32_MAX, INT32_MIN}) {
@@ -296,7 +296,7 @@ TEST_F(Faults, ChannelsThatNoSoundHas)
     }
 }
 
-TEST_F(Faults, SixtyFourChannelsAreHeard)
+TEST_F(FilePlayerFaults, SixtyFourChannelsAreHeard)
 {
     const support::Sound sound = support::makeNoise(44100, 64, 2000);
     support::writeSound(sound, path);
@@ -310,7 +310,7 @@ TEST_F(Faults, SixtyFourChannelsAreHeard)
 }
 
 // A sparse file: all its frames are there, but no memory holds them.
-TEST_F(Faults, MoreSoundThanMemory)
+TEST_F(FilePlayerFaults, MoreSoundThanMemory)
 {
     constexpr std::uint64_t frames = 1u << 30; // of one channel, 16 bits
     Bytes header = changed(changed(whole(), 22, 1, 2), 32, 2, 2).substr(0, 44);
@@ -356,7 +356,7 @@ private:
     std::thread thread_;
 };
 
-TEST_F(Faults, FilesThatChangeWhileTheyAreLoaded)
+TEST_F(FilePlayerFaults, FilesThatChangeWhileTheyAreLoaded)
 {
     const support::Sound sound = support::makeNoise(44100, 2, 200000);
     support::writeSound(sound, folder / "good.wav", wav16);

@@ -13,7 +13,7 @@ using support::Sound;
 constexpr int rate = 44100;
 
 /// A file's player with the setting made before the first slice.
-struct Levels : testing::Test {
+struct FilePlayerLevels : testing::Test {
     Loaded loaded;
     const support::TemporaryFolder folder;
 
@@ -22,7 +22,7 @@ struct Levels : testing::Test {
         support::writeSound(sound, folder / "x.wav");
         return folder / "x.wav";
     }
-    ~Levels() override
+    ~FilePlayerLevels() override
     {
         EXPECT_EQ(leftOver(loaded.host), "");
         EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
@@ -45,7 +45,7 @@ Sound tones(const std::vector<double>& hertz, double seconds, double amplitude)
     return sound;
 }
 
-TEST_F(Levels, EachBandRaisesItsOwnFrequency)
+TEST_F(FilePlayerLevels, EachBandRaisesItsOwnFrequency)
 {
     static_assert(std::size(centres) == 31);
     for (std::size_t band = 0; band < std::size(centres); ++band) {
@@ -70,7 +70,7 @@ TEST_F(Levels, EachBandRaisesItsOwnFrequency)
     }
 }
 
-TEST_F(Levels, GainsOfEitherPrecisionAndOfAnyNumberOfBands)
+TEST_F(FilePlayerLevels, GainsOfEitherPrecisionAndOfAnyNumberOfBands)
 {
     const std::string path = write(makeTone(rate, 2, 1, 1000, 0.1));
     const struct {
@@ -97,7 +97,7 @@ TEST_F(Levels, GainsOfEitherPrecisionAndOfAnyNumberOfBands)
     }
 }
 
-TEST_F(Levels, BalanceLeavesOneSideSilent)
+TEST_F(FilePlayerLevels, BalanceLeavesOneSideSilent)
 {
     const Sound sound = support::makeNoise(rate, 2, rate / 2);
     const std::string path = write(sound);
@@ -112,7 +112,7 @@ TEST_F(Levels, BalanceLeavesOneSideSilent)
     }
 }
 
-TEST_F(Levels, VolumesScaleExactly)
+TEST_F(FilePlayerLevels, VolumesScaleExactly)
 {
     const Sound sound = support::makeNoise(rate, 2, rate / 2);
     const std::string path = write(sound);
@@ -138,7 +138,7 @@ TEST_F(Levels, VolumesScaleExactly)
     }
 }
 
-TEST_F(Levels, InputsThatAreNotThereSayWhy)
+TEST_F(FilePlayerLevels, InputsThatAreNotThereSayWhy)
 {
     FilePlayer player(loaded, write(support::makeNoise(rate, 2, 4410)));
     for (const int input : {1, 1000}) {
@@ -166,7 +166,7 @@ Sound unevenNoise(std::size_t click, float clickHeight)
     return sound;
 }
 
-TEST_F(Levels, TheMeterShowsTheAveragePowerOfTheLastTenth)
+TEST_F(FilePlayerLevels, TheMeterShowsTheAveragePowerOfTheLastTenth)
 {
     const Sound sound = unevenNoise(rate * 3 - 1, 0.9f);
     for (const std::uint32_t slice : {64u, 512u, 1156u, 4096u}) {
@@ -191,7 +191,7 @@ TEST_F(Levels, TheMeterShowsTheAveragePowerOfTheLastTenth)
     }
 }
 
-TEST_F(Levels, TheMeterOfASineIsThreeDecibelsBelowItsPeak)
+TEST_F(FilePlayerLevels, TheMeterOfASineIsThreeDecibelsBelowItsPeak)
 {
     FilePlayer player(loaded, write(makeTone(rate, 2, 1, 441, 0.5)));
     player.play();
@@ -200,7 +200,7 @@ TEST_F(Levels, TheMeterOfASineIsThreeDecibelsBelowItsPeak)
 }
 
 // A program reads the peak through the mixer's handle.
-TEST_F(Levels, ThePeakIsHeldForASecond)
+TEST_F(FilePlayerLevels, ThePeakIsHeldForASecond)
 {
     constexpr std::size_t click = rate / 2;
     FilePlayer player(loaded, write(unevenNoise(click, 0.9f)));

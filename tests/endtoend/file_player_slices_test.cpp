@@ -8,7 +8,7 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-struct Slices : testing::Test {
+struct FilePlayerSlices : testing::Test {
     Loaded loaded;
     const support::TemporaryFolder folder;
 
@@ -17,14 +17,14 @@ struct Slices : testing::Test {
         support::writeSound(sound, folder / "x.wav");
         return folder / "x.wav";
     }
-    ~Slices() override
+    ~FilePlayerSlices() override
     {
         EXPECT_EQ(leftOver(loaded.host), "");
         EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
     }
 };
 
-TEST_F(Slices, OfAnySizeUnderAnyLimitAreTheFile)
+TEST_F(FilePlayerSlices, OfAnySizeUnderAnyLimitAreTheFile)
 {
     const Sound sound = support::makeNoise(44100, 2, 20000);
     const std::string path = write(sound);
@@ -41,7 +41,7 @@ TEST_F(Slices, OfAnySizeUnderAnyLimitAreTheFile)
         }
 }
 
-TEST_F(Slices, OfChangingSizesAreTheFile)
+TEST_F(FilePlayerSlices, OfChangingSizesAreTheFile)
 {
     const Sound sound = support::makeNoise(44100, 1, 30000);
     FilePlayer player(loaded, write(sound));
@@ -54,7 +54,7 @@ TEST_F(Slices, OfChangingSizesAreTheFile)
     expectThenSilence(heard, sound.samples);
 }
 
-TEST_F(Slices, AreTheFileWithEitherRateUnitAndWithBoth)
+TEST_F(FilePlayerSlices, AreTheFileWithEitherRateUnitAndWithBoth)
 {
     const Sound sound = support::makeNoise(44100, 2, 20000);
     const std::string path = write(sound);
@@ -68,7 +68,7 @@ TEST_F(Slices, AreTheFileWithEitherRateUnitAndWithBoth)
     }
 }
 
-TEST_F(Slices, FilesOfFewFramesAreHeardWhole)
+TEST_F(FilePlayerSlices, FilesOfFewFramesAreHeardWhole)
 {
     for (const std::size_t frames : {1u, 2u, 511u, 512u, 513u})
         for (const std::uint32_t slice : {1u, 512u, 8192u}) {
@@ -85,7 +85,7 @@ TEST_F(Slices, FilesOfFewFramesAreHeardWhole)
 
 // ---- output units ----
 
-TEST_F(Slices, ThroughEveryOutputUnit)
+TEST_F(FilePlayerSlices, ThroughEveryOutputUnit)
 {
     const Sound sound = support::makeNoise(44100, 2, 5000);
     const std::string path = write(sound);
@@ -126,7 +126,7 @@ TEST_F(Slices, ThroughEveryOutputUnit)
     }
 }
 
-TEST_F(Slices, OutputUnitsAreThoseOfTheLoad)
+TEST_F(FilePlayerSlices, OutputUnitsAreThoseOfTheLoad)
 {
     const Sound sound = support::makeNoise(44100, 2, 5000);
     FilePlayer player(loaded, write(sound));
@@ -137,7 +137,7 @@ TEST_F(Slices, OutputUnitsAreThoseOfTheLoad)
     expectThenSilence(player.hear(6000), sound.samples);
 }
 
-TEST_F(Slices, TheGenericOutputSaysThatItRunsAndWaitsToBePulled)
+TEST_F(FilePlayerSlices, TheGenericOutputSaysThatItRunsAndWaitsToBePulled)
 {
     FilePlayer::Setup setup;
     setup.outputUnit = 1;
@@ -155,7 +155,7 @@ TEST_F(Slices, TheGenericOutputSaysThatItRunsAndWaitsToBePulled)
 
 // ---- other rates ----
 
-TEST_F(Slices, DevicesOfOtherRatesHearTheSameToneAsLong)
+TEST_F(FilePlayerSlices, DevicesOfOtherRatesHearTheSameToneAsLong)
 {
     const struct {
         int file;
@@ -188,7 +188,7 @@ TEST_F(Slices, DevicesOfOtherRatesHearTheSameToneAsLong)
 }
 
 // At a whole multiple of the rate, what lies between the samples is new, and the samples are where they were.
-TEST_F(Slices, AToneOnAFasterDeviceStandsWhereItStood)
+TEST_F(FilePlayerSlices, AToneOnAFasterDeviceStandsWhereItStood)
 {
     FilePlayer::Setup setup;
     setup.deviceRate = 88200;

@@ -46,13 +46,13 @@ struct Rule {
     }
 };
 
-struct Transport : testing::Test {
+struct FilePlayerTransport : testing::Test {
     Loaded loaded;
     const support::TemporaryFolder folder;
     std::string path = folder / "ramp.wav";
 
-    Transport() { support::writeSound(makeRamp(rate, 1, length), path); }
-    ~Transport() override
+    FilePlayerTransport() { support::writeSound(makeRamp(rate, 1, length), path); }
+    ~FilePlayerTransport() override
     {
         EXPECT_EQ(leftOver(loaded.host), "");
         EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
@@ -100,7 +100,7 @@ struct Pair {
     }
 };
 
-TEST_F(Transport, LoopsJumpWhereASliceEnds)
+TEST_F(FilePlayerTransport, LoopsJumpWhereASliceEnds)
 {
     const struct {
         double in, out;
@@ -126,7 +126,7 @@ TEST_F(Transport, LoopsJumpWhereASliceEnds)
         }
 }
 
-TEST_F(Transport, LoopsAreSetMovedAndLeftWhileItPlays)
+TEST_F(FilePlayerTransport, LoopsAreSetMovedAndLeftWhileItPlays)
 {
     Pair pair(loaded, path, 512);
     pair.player.play();
@@ -149,7 +149,7 @@ TEST_F(Transport, LoopsAreSetMovedAndLeftWhileItPlays)
     pair.hear(3000);
 }
 
-TEST_F(Transport, LoopsNeedBothEnds)
+TEST_F(FilePlayerTransport, LoopsNeedBothEnds)
 {
     const FilePlayer player(loaded, path);
     const auto isLooping = [&] { return player.object().get("Looping").boolean(); };
@@ -171,7 +171,7 @@ TEST_F(Transport, LoopsNeedBothEnds)
     EXPECT_FALSE(isLooping());
 }
 
-TEST_F(Transport, SeeksGoThereWithTheNextSlice)
+TEST_F(FilePlayerTransport, SeeksGoThereWithTheNextSlice)
 {
     for (const std::uint32_t slice : {1u, 512u, 2048u}) {
         SCOPED_TRACE(slice);
@@ -187,7 +187,7 @@ TEST_F(Transport, SeeksGoThereWithTheNextSlice)
     }
 }
 
-TEST_F(Transport, TimesThatNoFileHasAreItsEnd)
+TEST_F(FilePlayerTransport, TimesThatNoFileHasAreItsEnd)
 {
     for (const double seconds : {-1.0, 3.0, 1e6, 536870.0, secondsAt(length + 1)}) {
         SCOPED_TRACE(seconds);
@@ -211,7 +211,7 @@ TEST_F(Transport, TimesThatNoFileHasAreItsEnd)
     }
 }
 
-TEST_F(Transport, TheLastSliceIsMusicInFrontOfTheEndAndSilenceBehindIt)
+TEST_F(FilePlayerTransport, TheLastSliceIsMusicInFrontOfTheEndAndSilenceBehindIt)
 {
     for (const std::size_t before : {0u, 1u, 100u, 511u}) {
         SCOPED_TRACE(before);
@@ -231,7 +231,7 @@ TEST_F(Transport, TheLastSliceIsMusicInFrontOfTheEndAndSilenceBehindIt)
     }
 }
 
-TEST_F(Transport, PausesKeepThePlace)
+TEST_F(FilePlayerTransport, PausesKeepThePlace)
 {
     Pair pair(loaded, path, 512);
     const auto& player = pair.player;
@@ -257,7 +257,7 @@ TEST_F(Transport, PausesKeepThePlace)
     pair.hear(1000);
 }
 
-TEST_F(Transport, ResetKeepsThePlaceToo)
+TEST_F(FilePlayerTransport, ResetKeepsThePlaceToo)
 {
     Pair pair(loaded, path, 512);
     pair.player.object().call("Reset");
@@ -276,7 +276,7 @@ TEST_F(Transport, ResetKeepsThePlaceToo)
 }
 
 // Reset gives up what was pulled ahead and is not heard yet.
-TEST_F(Transport, ResetWithARateForgetsWhatWasOnItsWay)
+TEST_F(FilePlayerTransport, ResetWithARateForgetsWhatWasOnItsWay)
 {
     Loaded& host = loaded;
     support::writeSound(makeTone(44100, 1, 3, 440), folder / "tone.wav");
@@ -290,7 +290,7 @@ TEST_F(Transport, ResetWithARateForgetsWhatWasOnItsWay)
     EXPECT_NEAR(frequencyOf(player.hear(16384), 44100), 440, 2.2);
 }
 
-TEST_F(Transport, BeforeALoadEverythingIsStillAndNothingIsKnown)
+TEST_F(FilePlayerTransport, BeforeALoadEverythingIsStillAndNothingIsKnown)
 {
     const host::Object player = loaded.host.create(filePlayerClass);
     for (const char* property : {"CurrentTime", "TrackLength", "SampleRate", "LoopIn", "LoopOut", "Pan",

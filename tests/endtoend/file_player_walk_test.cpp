@@ -167,7 +167,7 @@ private:
     host::Object player_;
 };
 
-TEST(LongWalk, StepByStep)
+TEST(FilePlayerWalk, StepByStep)
 {
     Walk walk;
     for (double played = 0; played < walk.seconds();) {
@@ -179,7 +179,7 @@ TEST(LongWalk, StepByStep)
 }
 
 // The same while another thread turns the devices: what the thread sanitizer is for.
-TEST(LongWalk, BesideAnAudioThread)
+TEST(FilePlayerWalk, BesideAnAudioThread)
 {
     Walk walk;
     std::atomic<int> milliseconds{0}; // played
@@ -205,7 +205,7 @@ TEST(LongWalk, BesideAnAudioThread)
 
 void* volatile kept = nullptr;
 
-TEST(LongWalk, TheAlarmRings)
+TEST(FilePlayerWalk, TheAlarmRings)
 {
     const int before = alarm_::allocations();
     kept = std::malloc(16);
