@@ -62,7 +62,7 @@ if(NOT APPLE)
 endif()
 
 # What tests and the programs that they start are told about other people's leaks.
-set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
+set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
 
 # kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds] [LOCK what]): one GoogleTest program; CTest
 # runs each of its tests in a process of its own, so that process-wide state starts fresh; those that name the same
@@ -81,7 +81,8 @@ function(kvx_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
                                            BUILD_RPATH "$ORIGIN/..")
   # The discovery drops empty values and takes lists apart: one value each, and none that is empty.
-  set(properties TIMEOUT ${arg_TIMEOUT} ENVIRONMENT KVX_AUDIO_DEVICE=simulated)
+  set(properties TIMEOUT ${arg_TIMEOUT} ENVIRONMENT KVX_AUDIO_DEVICE=simulated
+                 ENVIRONMENT_MODIFICATION ${KVX_TEST_SANITIZERS})
   if(arg_LABELS)
     list(APPEND properties LABELS ${arg_LABELS})
   endif()

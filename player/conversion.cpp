@@ -88,7 +88,7 @@ const SampleForm* findSampleForm(std::int32_t bitSize)
 // As words, not floats: a float register may change a signalling NaN.
 void copyFloats(const unsigned char* source, std::size_t count, float* target)
 {
-    std::memcpy(target, source, count * sizeof *target);
+    if (count > 0) std::memcpy(target, source, count * sizeof *target);
 }
 
 void interleave(const float* left, const float* right, std::size_t count, float* target)

@@ -304,8 +304,10 @@ TEST(PlayerLanes, CopyFloatsAsWords)
                 leftWords[i] = hostile[random() % std::size(hostile)];
                 rightWords[i] = static_cast<std::uint32_t>(random());
             }
-            std::memcpy(left.data() + skipped, leftWords.data(), 4 * count);
-            std::memcpy(right.data() + skipped, rightWords.data(), 4 * count);
+            if (count > 0) {
+                std::memcpy(left.data() + skipped, leftWords.data(), 4 * count);
+                std::memcpy(right.data() + skipped, rightWords.data(), 4 * count);
+            }
 
             Words copy(shifted + count), pairs(shifted + 2 * count);
             player::copyFloats(left.data() + skipped, count, reinterpret_cast<float*>(copy.data() + shifted));
