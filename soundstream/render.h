@@ -7,9 +7,8 @@ namespace soundstream {
 
 /// Fill `list` from the open instance's mixer, through the converter; silence without one. `client` is the
 /// StreamState, which may be gone: silence, too.
-/// Shape   32-bit float, two channels apart: silence is written to the first two buffers, as far as the list
-/// has
-///         them; further ones and a buffer without memory are let be.
+/// Shape   32-bit float, two channels apart: silence goes to the first two buffers, or to as many as the list
+///         has.
 /// Thread  [audio], one at a time; a second unit that pulls meanwhile gets silence. Takes no lock.
 /// Returns 0, whatever happens.
 OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
