@@ -144,4 +144,74 @@ TEST(RateConversion, ForgetsThePastWhenItIsReset)
     }
 }
 
+Float64 origin; // the client frame that a feeder calls 0
+
+float noiseFromOrigin(Float64 frame, UInt32 channel) { return noise(origin + frame, channel); }
+
+/// A unit that plays noise at 44,100 Hz as 48,000 Hz in slices of 100 frames, far shorter than the filter.
+class Converting {
+public:
+    explicit Converting(OSType subType, OSType type = 'auou')
+        : unit(subType, type), feeder(canonical(44100, 1), noiseFromOrigin), drivesDevice(subType == 'ahal')
+    {
+        EXPECT_EQ(unit.setFormat(1, canonical(44100, 1)), noErr);
+        if (drivesDevice)
+            EXPECT_EQ(unit.set(kAudioOutputUnitProperty_CurrentDevice, 0, 0, device.id()), noErr);
+        else
+            EXPECT_EQ(unit.setFormat(2, canonical(48000, 1)), noErr);
+        EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+        EXPECT_EQ(AudioUnitInitialize(unit), noErr);
+        if (drivesDevice) EXPECT_EQ(AudioOutputUnitStart(unit), noErr);
+    }
+
+    std::vector<float> play(int slices)
+    {
+        std::vector<float> played;
+        for (int slice = 0; slice < slices; ++slice) {
+            List list(canonical(48000, 1), 100);
+            const float* samples = static_cast<const float*>(list[0].mData);
+            if (drivesDevice) {
+                device.played.clear();
+                EXPECT_EQ(device.step(100), 100u);
+                samples = device.played.data();
+            } else {
+                const AudioTimeStamp time = sampleTime(next);
+                EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 100, list.get()), noErr);
+            }
+            played.insert(played.end(), samples, samples + 100);
+            next += 100;
+        }
+        return played;
+    }
+
+    const Unit unit;
+    Feeder feeder;
+
+private:
+    const bool drivesDevice;
+    SteppedDevice device{48000, 1, 100};
+    Float64 next = 0;
+};
+
+TEST(RateConversion, IsResetOnceAndThenPlaysWithoutASeam)
+{
+    const struct {
+        OSType subType, type;
+    } facts[] = {{'ahal', 'auou'}, {'genr', 'auou'}, {'conv', 'aufc'}};
+    for (const auto& fact : facts)
+        for (int before = 1; before <= 20; ++before) {
+            origin = 0;
+            Converting reset(fact.subType, fact.type);
+            reset.play(before);
+            ASSERT_EQ(AudioUnitReset(reset.unit, 0, 0), noErr);
+            reset.feeder.asked.clear();
+            const std::vector<float> played = reset.play(30);
+            ASSERT_FALSE(reset.feeder.asked.empty());
+            origin = reset.feeder.asked[0].time.mSampleTime;
+            EXPECT_GT(origin, 0);
+            Converting fresh(fact.subType, fact.type);
+            EXPECT_EQ(played, fresh.play(30)) << "a unit that begins there, after slices: " << before;
+        }
+}
+
 } // namespace

@@ -3,6 +3,7 @@
 #include "tests/platform/audiounit/fragile.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
+#include "tests/support/live_objects.h"
 
 #include <gtest/gtest.h>
 
@@ -107,6 +108,7 @@ TEST(Stop, InsideACallbackIsForGood)
     ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
     EXPECT_EQ(device.step(1000), 100u);
     EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 0u);
+    EXPECT_TRUE(eventually([] { return support::liveObjects("IOProc") == 0; })) << "removed soon";
 }
 
 TEST(Stop, InsideACallbackAsksNobodyAgain)
@@ -161,13 +163,45 @@ TEST(Stop, ClosingInsideACallbackEndsTheUnit)
         EXPECT_EQ(device.step(1000), 100u);
         EXPECT_EQ(stopper.calls, 1);
     }
-    ASSERT_TRUE(eventually([] {
-        KVXAccount rows[32];
-        const uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
-        for (uint32_t i = 0; i < kinds; ++i)
-            if (std::string(rows[i].kind) == "ComponentInstance") return false;
-        return true;
-    })) << "the last of a unit goes once its slice has ended";
+    EXPECT_TRUE(eventually([] { return support::liveObjects("ComponentInstance") == 0; }))
+        << "the last of a unit goes once its slice has ended";
+    EXPECT_EQ(support::liveObjects("IOProc"), 0u);
+}
+
+OSStatus stops(void* unit, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
+               AudioBufferList*)
+{
+    EXPECT_EQ(AudioOutputUnitStop(*static_cast<Unit*>(unit)), noErr);
+    return noErr;
+}
+
+OSStatus stopsAndCloses(void* unit, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
+                        AudioBufferList*)
+{
+    EXPECT_EQ(AudioOutputUnitStop(*static_cast<Unit*>(unit)), noErr);
+    EXPECT_EQ(static_cast<Unit*>(unit)->close(), noErr);
+    return noErr;
+}
+
+TEST(Stop, InsideACallbackThenClosingLeavesNoProcedure)
+{
+    SteppedDevice device(48000, 2, 100);
+    for (int turn = 0; turn < 20; ++turn) {
+        const bool closesInside = turn % 2;
+        Unit unit('ahal');
+        ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+        ASSERT_EQ(unit.setCallback(closesInside ? stopsAndCloses : stops, &unit), noErr);
+        ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+        ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+        EXPECT_EQ(device.step(1000), 100u);
+        if (closesInside) {
+            EXPECT_TRUE(eventually([] { return support::liveObjects("IOProc") == 0; }));
+        } else {
+            ASSERT_EQ(unit.close(), noErr);
+            EXPECT_EQ(support::liveObjects("IOProc"), 0u) << "gone when the closing returns";
+        }
+    }
+    EXPECT_TRUE(eventually([] { return support::liveObjects("property listener") == 0; }));
 }
 
 TEST(Stop, FromTwoThreadsAndTheCallbackAtOnce)

@@ -38,6 +38,26 @@ TEST(MixerSum, OfSourcesStopsAtFullScale)
     }
 }
 
+// The last source added may be the first to end, in the midst of a block or at its end.
+TEST(MixerSum, OfSourcesThatEndInAnyOrder)
+{
+    const std::vector<std::size_t> lengths[] = {
+        {1000, 700, 100}, {100, 700, 1000}, {700, 1000, 100}, {1000, 100, 700}, {512, 256, 0}, {1, 1000, 256},
+    };
+    for (const auto& row : lengths) {
+        Mixer mixer({}, 256);
+        Samples sum;
+        std::vector<std::unique_ptr<Buffer>> buffers;
+        for (std::size_t frames : row) {
+            const Bytes bytes = noise({}, frames, static_cast<unsigned>(buffers.size()));
+            addTo(sum, decode({}, bytes));
+            buffers.push_back(std::make_unique<Buffer>(Form{}, bytes));
+            ASSERT_EQ(mixer.play(mixer.add(), *buffers.back()), noErr);
+        }
+        EXPECT_EQ(mixer.pullAll(), encode({}, sum)) << testing::PrintToString(row);
+    }
+}
+
 TEST(MixerSum, ReachesFullScaleAndNoFurther)
 {
     const struct {

@@ -1,0 +1,21 @@
+// How many platform objects of a kind are alive: what a test must find at zero when nothing is left.
+#pragma once
+
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <cstdint>
+#include <string_view>
+
+namespace support {
+
+/// The live objects of `kind`, such as "IOProc". Thread [any].
+inline std::uint32_t liveObjects(std::string_view kind)
+{
+    KVXAccount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    for (std::uint32_t i = 0; i < kinds && i < 32; ++i)
+        if (rows[i].kind == kind) return rows[i].count;
+    return 0;
+}
+
+} // namespace support
