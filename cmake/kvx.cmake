@@ -61,8 +61,12 @@ if(NOT APPLE)
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
 
-# What tests and the programs that they start are told about other people's leaks.
-set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
+# What tests, and the programs that they start, ignore: leaks of libraries below ours.
+if(KVX_SANITIZE MATCHES "thread")
+  set(KVX_TEST_SANITIZERS "TSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/thread_leaks_of_others.txt:print_suppressions=0")
+else()
+  set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
+endif()
 
 # kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds] [LOCK what]): one GoogleTest program; CTest
 # runs each of its tests in a process of its own, so that process-wide state starts fresh; those that name the same
