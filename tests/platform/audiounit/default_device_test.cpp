@@ -26,6 +26,11 @@ struct Playing {
     }
     AudioDeviceID device() const { return unit.get<AudioDeviceID>(2000, 0, 0); }
     bool isRunning() const { return unit.get<UInt32>(2001, 0, 0); }
+    /// Whether it has moved to a device and started there: on the way it names the device and runs already.
+    bool hasMovedTo(const SteppedDevice& there) const
+    {
+        return device() == there.id() && isRunning() && there.isRunning();
+    }
     /// Whether it plays on a device, and on that alone.
     bool isOn(SteppedDevice& there)
     {
@@ -51,15 +56,16 @@ TEST(DefaultDevice, IsFollowedWhileItPlays)
         EXPECT_TRUE(playing.isOn(first));
 
         second.makeDefault(fact.role);
-        ASSERT_TRUE(eventually([&] { return playing.device() == second.id() && playing.isRunning(); }));
+        ASSERT_TRUE(eventually([&] { return playing.hasMovedTo(second); }));
         EXPECT_TRUE(playing.isOn(second));
         EXPECT_EQ(first.step(64), 0u) << "it has left the first";
         EXPECT_EQ(second.played[0], noise(64, 0)) << "and goes on where it left off";
 
+        const AudioDeviceID removed = second.id();
         second.remove();
         ASSERT_TRUE(eventually([&] {
-            return playing.device() != 0 && playing.device() != 0 && playing.isRunning() &&
-                   playing.device() != second.id();
+            const AudioDeviceID device = playing.device();
+            return device != 0 && device != removed && playing.isRunning();
         }));
         AudioOutputUnitStop(playing.unit);
         EXPECT_FALSE(playing.isRunning());
@@ -88,7 +94,7 @@ TEST(DefaultDevice, DoesNotMoveTheHALUnitWhileItPlays)
     first.makeDefault();
     Playing hal('ahal'), follower('def ');
     second.makeDefault();
-    ASSERT_TRUE(eventually([&] { return follower.device() == second.id() && follower.isRunning(); }));
+    ASSERT_TRUE(eventually([&] { return follower.hasMovedTo(second); }));
     EXPECT_EQ(hal.device(), first.id());
     EXPECT_TRUE(hal.isOn(first));
     EXPECT_TRUE(follower.isOn(second));
@@ -114,7 +120,7 @@ TEST(DefaultDevice, AFollowerAdaptsToTheNewDevicesRateAndChannels)
     Playing playing('def ');
     EXPECT_TRUE(playing.isOn(first));
     second.makeDefault();
-    ASSERT_TRUE(eventually([&] { return playing.device() == second.id() && playing.isRunning(); }));
+    ASSERT_TRUE(eventually([&] { return playing.hasMovedTo(second); }));
     const int before = playing.feeder.calls;
     second.step(640);
     EXPECT_GT(playing.feeder.calls, before);

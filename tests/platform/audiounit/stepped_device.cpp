@@ -32,6 +32,14 @@ void SteppedDevice::makeDefault(AudioHardwarePropertyID role) const
     AudioObjectSetPropertyData(kAudioObjectSystemObject, &address, 0, nullptr, sizeof chosen, &chosen);
 }
 
+bool SteppedDevice::isRunning() const
+{
+    const AudioObjectPropertyAddress address = {kAudioDevicePropertyDeviceIsRunning,
+                                                kAudioObjectPropertyScopeGlobal, 0};
+    UInt32 isRunning = 0, size = sizeof isRunning;
+    return AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &isRunning) == noErr && isRunning;
+}
+
 void SteppedDevice::tap(void* context, const float* samples, uint32_t frames, uint32_t channels)
 {
     auto& self = *static_cast<SteppedDevice*>(context);

@@ -19,6 +19,9 @@ public:
     void makeDefault(AudioHardwarePropertyID role = kAudioHardwarePropertyDefaultOutputDevice) const;
     void remove();
 
+    /// Whether a procedure is started on it: the next step calls that procedure.
+    bool isRunning() const;
+
     /// Turn it, and return how many frames it ran for.
     UInt32 step(UInt32 frames)
     {
