@@ -1,12 +1,11 @@
 #include "platform/audiounit/render.h"
 
 #include "platform/audiounit/source.h"
+#include "platform/support/wait_until.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <new>
-#include <thread>
 
 #include <pthread.h>
 
@@ -74,12 +73,7 @@ bool isInSlice(const Unit& unit) { return unit.renderingThread != 0; }
 void waitForSlice(const Unit& unit)
 {
     if (isInOwnSlice(unit)) return;
-    for (int turn = 0; isInSlice(unit); ++turn) {
-        if (turn < 100)
-            std::this_thread::yield();
-        else
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
+    waitUntil([&] { return !isInSlice(unit); });
 }
 
 bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames)

@@ -1,10 +1,10 @@
 // Whether a cycle is under way, for those who wait until what they took away is not being used any more.
 #pragma once
 
+#include "platform/support/wait_until.h"
+
 #include <atomic>
-#include <chrono>
 #include <cstdint>
-#include <thread>
 
 namespace kvxplatform::hal {
 
@@ -24,9 +24,8 @@ public:
     bool hasPassed(Stamp stamp) const { return stamp % 2 == 0 || count_.load() != stamp; }
     void waitForEnd() const
     {
-        for (const Stamp stamp = now(); !hasPassed(stamp);)
-            std::this_thread::sleep_for(
-                std::chrono::microseconds(50)); // a cycle cannot be asked to wake anybody
+        const Stamp stamp = now();
+        waitUntil([&] { return hasPassed(stamp); });
     }
 
 private:

@@ -7,9 +7,7 @@
 #include "platform/hal/portaudio_driver.h"
 #include "platform/hal/timer_driver.h"
 #include "platform/hal/tree.h"
-
-#include <chrono>
-#include <thread>
+#include "platform/support/wait_until.h"
 
 namespace kvxplatform::hal {
 
@@ -54,12 +52,11 @@ bool setStarted(Device& device, IOProc& proc, bool isStarted)
     return isNews;
 }
 
-/// Until a call of the procedure that is under way has ended. Inside a cycle nobody waits: the marks do it.
+/// Wait for the end of a call of the procedure. Never blocks inside a cycle: there the flags suffice.
 void waitForCall(const Device& device, const IOProc* proc)
 {
     if (turningDevice) return;
-    while (device.called == proc)
-        std::this_thread::sleep_for(std::chrono::microseconds(50)); // the audio thread wakes nobody
+    waitUntil([&] { return device.called != proc; });
 }
 
 OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasOwnID,

@@ -1,7 +1,6 @@
 #include "platform/soundmanager/slices.h"
 
-#include <chrono>
-#include <thread>
+#include "platform/support/wait_until.h"
 
 namespace kvxplatform::soundmanager {
 namespace {
@@ -29,12 +28,7 @@ void Slices::wait() const
 {
     if (slicesAround > 0) return;
     const UInt32 slice = current();
-    for (int turn = 0; !isOver(slice); ++turn) {
-        if (turn < 100)
-            std::this_thread::yield();
-        else
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
+    waitUntil([&] { return isOver(slice); });
 }
 
 } // namespace kvxplatform::soundmanager

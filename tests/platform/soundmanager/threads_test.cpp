@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 
 namespace {
 
@@ -18,7 +20,9 @@ public:
               while (!isOver) {
                   SoundComponentDataPtr data = nullptr;
                   if (SoundComponentGetSourceData(mixer, &data) == noErr && see) see(*data);
+                  const std::lock_guard<std::mutex> guard(lock);
                   ++blocks;
+                  hasMore.notify_one();
               }
           })
     {
@@ -28,15 +32,18 @@ public:
         isOver = true;
         thread.join();
     }
-    void waitForBlocks(int count) const
+    void waitForBlocks(int count)
     {
-        for (const int until = blocks + count; blocks < until;) std::this_thread::yield();
+        std::unique_lock<std::mutex> guard(lock);
+        hasMore.wait(guard, [this, until = blocks + count] { return blocks >= until; });
     }
 
 private:
     const ComponentInstance mixer;
     std::atomic<bool> isOver{false};
-    std::atomic<int> blocks{0};
+    std::mutex lock;
+    std::condition_variable hasMore;
+    int blocks = 0; // under lock
     std::thread thread;
 };
 
@@ -44,9 +51,9 @@ private:
 TEST(MixerThreads, ClientsStopPauseAndRemoveWhileItIsFetched)
 {
     Mixer mixer({}, 64);
-    const Puller puller(mixer.instance);
+    Puller puller(mixer.instance);
     const Form forms[] = {{}, {'sowt', 16, 2, 22050}, {'raw ', 8, 1, 8000}};
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < 300; ++round) {
         SoundSource source = nullptr;
         ASSERT_EQ(SoundComponentAddSource(mixer.instance, &source), noErr);
         std::vector<std::unique_ptr<Buffer>> buffers;
@@ -73,7 +80,7 @@ TEST(MixerThreads, SourcesStartedTogetherBeginTogether)
 {
     Mixer mixer({}, 16);
     std::atomic<int> halves{0}, wholes{0};
-    const Puller puller(mixer.instance, [&](const SoundComponentData& data) {
+    Puller puller(mixer.instance, [&](const SoundComponentData& data) {
         for (long i = 0; i < 2 * data.sampleCount; ++i) {
             const int sample = static_cast<SInt16>(data.buffer[2 * i + 1] << 8 | data.buffer[2 * i]);
             ++(sample == 0x4000 ? wholes : halves);
@@ -106,7 +113,7 @@ TEST(MixerThreads, ItIsClosedWhileItIsFetched)
         };
         ASSERT_EQ(mixer->play(source, buffer), noErr);
         const ComponentInstance instance = mixer->instance;
-        const Puller puller(instance);
+        Puller puller(instance);
         if (round % 2) puller.waitForBlocks(1);
         ASSERT_EQ(CloseMixerSoundComponent(instance), noErr);
         mixer->instance = nullptr;
@@ -126,7 +133,7 @@ TEST(MixerThreads, SeveralClientsAndACompletionThatGoesOn)
     };
     ASSERT_EQ(mixer.play(steady, loop), noErr);
     {
-        const Puller puller(mixer.instance);
+        Puller puller(mixer.instance);
         std::vector<std::thread> clients;
         for (int client = 0; client < 3; ++client)
             clients.emplace_back([&mixer] {
@@ -154,7 +161,7 @@ TEST(MixerThreads, SeveralClientsAndACompletionThatGoesOn)
 TEST(MixerThreads, TwoThatFetch)
 {
     Mixer mixer({}, 256);
-    const Puller one(mixer.instance);
+    Puller one(mixer.instance);
     for (int i = 0; i < 2000; ++i) {
         SoundComponentDataPtr data = reinterpret_cast<SoundComponentDataPtr>(&mixer);
         const ComponentResult status = SoundComponentGetSourceData(mixer.instance, &data);
