@@ -33,7 +33,7 @@ struct REALstringData {
 static_assert(sizeof(REALstringData) == 64);
 
 /// Text-encoding codes, in the platform's numbering.
-enum TextEncoding : std::uint32_t {
+enum HostTextEncoding : std::uint32_t {
     encodingMacRoman = 0x0000,
     encodingUTF16 = 0x0100,
     encodingWindowsLatin1 = 0x0500,

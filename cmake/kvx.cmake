@@ -34,6 +34,8 @@ if(KVX_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+set(KVX_PLUGIN_FOLDERS plugin coreaudio player auplayer soundstream listener)
+
 find_package(Threads REQUIRED)
 if(NOT APPLE)
   find_package(PkgConfig REQUIRED)

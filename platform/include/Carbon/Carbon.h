@@ -12,6 +12,7 @@
 #include <Carbon/OSUtils.h>
 #include <Carbon/Sound.h>
 #include <Carbon/TextUtils.h>
+#include <Carbon/TypeNames.h>
 #include <CoreFoundation/CoreFoundation.h>
 #include <MacTypes.h>
 

@@ -92,7 +92,7 @@ TEST(TextEncoding, EveryCharacterSurvivesTheThreeUnicodeForms)
 
 TEST(TextEncoding, UnknownCodesConvertNothing)
 {
-    for (std::uint32_t unknown : {encodingUnknown, static_cast<TextEncoding>(0x0201)}) {
+    for (std::uint32_t unknown : {encodingUnknown, static_cast<HostTextEncoding>(0x0201)}) {
         EXPECT_FALSE(host::isKnownEncoding(unknown));
         EXPECT_FALSE(convertText("a", unknown, encodingUTF8));
         EXPECT_FALSE(convertText("a", encodingUTF8, unknown));
