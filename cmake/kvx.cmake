@@ -17,8 +17,11 @@ set(CMAKE_BUILD_RPATH "$ORIGIN")
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wunused -Werror
                     -Wno-four-char-constants -fblocks -ffp-contract=off)
-if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "i386-linux-gnu")
+if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "i386-linux-gnu" OR KVX_MAC)
   add_compile_options(-msse3 -mfpmath=sse)   # never x87: results must be the same to the last bit
+endif()
+if(KVX_MAC)
+  add_compile_options(-Wno-deprecated-declarations) # the platform's calls of 10.6 are deprecated in later headers
 endif()
 
 if(KVX_SANITIZE)
@@ -36,8 +39,8 @@ endif()
 
 set(KVX_PLUGIN_FOLDERS plugin coreaudio player auplayer soundstream listener)
 
-find_package(Threads REQUIRED)
-if(NOT APPLE)
+if(NOT KVX_MAC)
+  find_package(Threads REQUIRED)
   find_package(PkgConfig REQUIRED)
 endif()
 
@@ -54,7 +57,7 @@ endfunction()
 # the 32-bit one, so `scripts/setup --all` unpacks it into the build folder.
 add_library(kvx_blocks INTERFACE)
 add_library(kvx::blocks ALIAS kvx_blocks)
-if(NOT APPLE)
+if(NOT KVX_MAC)
   find_library(KVX_BLOCKS_RUNTIME BlocksRuntime
                HINTS ${PROJECT_SOURCE_DIR}/build/blocks-amd64/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
   if(NOT KVX_BLOCKS_RUNTIME)

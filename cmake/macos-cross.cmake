@@ -1,0 +1,11 @@
+# The Mac's library, built elsewhere: clang compiles against an SDK of 10.6, and a linker for Mach-O that the user has
+# links. CMake needs no knowledge of that system: the library is linked by one stated command (plugin/CMakeLists.txt).
+set(KVX_MAC ON)
+set(CMAKE_SYSTEM_NAME Generic)
+set(CMAKE_SYSTEM_PROCESSOR i386)
+set(CMAKE_C_COMPILER clang)
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY) # CMake's own checks have nothing to link with
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KVX_MAC_SDK KVX_LIBCXX_HEADERS)
+set(CMAKE_C_FLAGS_INIT "-target i386-apple-macosx10.6 -isysroot \"${KVX_MAC_SDK}\"")
+set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT} -nostdinc++ -isystem \"${KVX_LIBCXX_HEADERS}\" -fno-constant-cfstrings")
