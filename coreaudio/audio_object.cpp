@@ -62,7 +62,10 @@ REALmemoryBlockStruct* readIntoNewBlock(const Question& question, HostInteger& l
     }
     UInt32 size = announced;
     lasterror = question.read(size, buffer.get());
-    return lasterror == noErr ? REALBuildMemoryblock(buffer.get(), std::min(size, announced)) : nullptr;
+    if (lasterror != noErr) return nullptr;
+    // Nothing is read past the buffer: a larger size is cut, and one that every block refuses raises.
+    if (size < refusedBlockSize) size = std::min(size, announced);
+    return REALBuildMemoryblock(buffer.get(), size);
 }
 
 } // namespace

@@ -12,8 +12,8 @@ std::uint32_t AudioObjectGetPropertyDataSize(REALobjectStruct* object, HostInteg
 
 /// A property's value. With `inputData`, which serves as input and as buffer, that same block, unresized; the
 /// size that the platform wrote back is the caller's to know. Without it, a new block with a copy. Returns
-/// nil on any failure, and for a property of size 0. Errors  no memory for the value, or one beyond what the
-/// host can count, raises "OutOfMemoryException".
+/// nil on any failure, and for a property of size 0. Errors  no memory for the value, or a size beyond what
+/// the host can count, announced or written back, raises "OutOfMemoryException".
 REALmemoryBlockStruct* AudioObjectGetPropertyData(REALobjectStruct* object, HostInteger inObjectID,
                                                   std::uint32_t selector, std::uint32_t scope,
                                                   std::uint32_t element, REALmemoryBlockStruct* qualifierData,

@@ -22,9 +22,8 @@ OwnedMemoryBlock copyIntoNewBlock(const void* data, HostInteger size)
 
 REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size)
 {
-    constexpr long long tooLarge = 0x7FFFFFFF;
     if (!data || size <= 0) return nullptr;
-    if (size < tooLarge) {
+    if (size < refusedBlockSize) {
         try {
             if (auto block = copyIntoNewBlock(data, static_cast<HostInteger>(size))) return block.release();
         } catch (const std::bad_alloc&) { // said below, like a host that answers null

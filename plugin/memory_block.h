@@ -3,9 +3,13 @@
 
 #include "abi/host_values.h"
 
+/// From this size on the host cannot count a block's bytes.
+constexpr long long refusedBlockSize = 0x7FFFFFFF;
+
 /// A new memory block with a copy of `size` bytes of `data`, or null.
 /// Owner   the caller holds one reference, usually handed to the host as a result.
-/// Errors  no data or a size below 1: null, nothing raised. A size of 0x7FFFFFFF or more, or no memory:
-///         raises "OutOfMemoryException" and returns null.
+/// Errors  no data or a size below 1: null, nothing raised. `refusedBlockSize` or more (`data` is not read
+/// and the
+///         host not called for a block), or no memory: raises "OutOfMemoryException" and returns null.
 /// Thread  [main].
 REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size);

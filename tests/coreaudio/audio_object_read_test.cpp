@@ -28,7 +28,7 @@ TEST_F(AudioObjectMembers, ANewBlockHoldsACopyOfTheValue)
         {"less is written", 0, 5, 0, 2, true, 0, 2},
         {"nothing is written", 0, 5, 0, 0, true, 0, {}},
         {"more is claimed than there is room for", 0, 5, 0, 6, true, 0, 5},
-        {"far more", 0, 5, 0, 0xFFFFFFFF, true, 0, 5},
+        {"the largest size that a block may have is claimed", 0, 5, 0, 0x7FFFFFFE, true, 0, 5},
         {"an empty property is nil without an error", 0, 0, 0, {}, false, 0, {}},
         {"so is one of which no size is told", 0, {}, 0, {}, false, 0, {}},
         {"asking for the size fails", badObject, {}, 0, {}, false, badObject, {}},
@@ -105,6 +105,34 @@ TEST_F(AudioObjectMembers, NoMemoryForTheValueIsRaised)
         EXPECT_EQ(host().raised()[0].message, row.message);
         EXPECT_EQ(host().raised()[0].number, 0);
         host().drop(q);
+        expectBalance();
+    }
+}
+
+TEST_F(AudioObjectMembers, ASizeWrittenBackThatNoBlockCanHaveIsRaised)
+{
+    const struct {
+        UInt32 written;
+        const char* message;
+    } rows[] = {
+        {0x7FFFFFFF, "Failed to allocate a memoryblock with 2147483647 bytes in size."},
+        {0x80000000, "Failed to allocate a memoryblock with 2147483648 bytes in size."},
+        {0xFFFFFFFF, "Failed to allocate a memoryblock with 4294967295 bytes in size."},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.message);
+        startHost(2016.0);
+        property_spy::reset();
+        size().size = 5;
+        get().size = row.written;
+        get().value = value;
+        EXPECT_EQ(read(nullptr, nullptr), nullptr);
+        EXPECT_EQ(lasterror(), 0) << "the platform's status stands";
+        ASSERT_EQ(host().raised().size(), 1u);
+        EXPECT_EQ(host().raised()[0].className, "OutOfMemoryException");
+        EXPECT_EQ(host().raised()[0].message, row.message);
+        for (const std::string& call : host().calls())
+            EXPECT_NE(call.substr(0, call.find('(')), "newMemoryBlock");
         expectBalance();
     }
 }
