@@ -75,8 +75,9 @@ REALstringStruct* build(const void* bytes, long long length, std::uint32_t encod
     case encodingUTF16:
         return REALBuildUnicodeStringUTF16(bytes, length);
     case encodingUTF32:
-        if (rbversion_rbversion < hostWithUTF32) return buildFromUTF32OnOldHost(bytes, length);
-        return convertToUTF8(buildWithEncoding(bytes, length, encodingUTF32));
+        return rbversion_rbversion >= hostWithUTF32
+                   ? convertToUTF8(buildWithEncoding(bytes, length, encodingUTF32))
+                   : buildFromUTF32OnOldHost(bytes, length);
     case encodingMacRoman:
     case encodingWindowsLatin1:
     case encodingUnknown:

@@ -155,6 +155,7 @@ TEST_F(HostStringTest, FromUTF16IsConvertedByTheHost)
     // clang-format off
     const struct { double version; const Notes& calls; } facts[] = {
         {0.0, older}, {2011.5, older}, {before2012, older}, {2012.0, newer}, {2013.0, newer}, {2016.0, newer},
+        {std::nan(""), older},
     };
     // clang-format on
     const std::string bytes = utf16(u"h\u00E9");
@@ -232,6 +233,7 @@ TEST_F(HostStringTest, FromUTF32IsConvertedHereBefore2013)
     // clang-format off
     const struct { double version; const Notes& calls; } facts[] = {
         {0.0, older}, {before2012, older}, {2012.0, newer}, {2012.99, newer}, {before2013, newer},
+        {std::nan(""), older},
     };
     // clang-format on
     for (const auto& fact : facts) {
