@@ -14,6 +14,12 @@ AudioObjectPropertyAddress addressOf(const ListenerData& data)
     return {data.propertySelector, data.propertyScope, data.propertyElement};
 }
 
+/// Strikes a listener off at the end of its scope, also when the platform's call throws.
+struct StrikeOff {
+    REALobjectStruct* object;
+    ~StrikeOff() { removeLiveListener(object); }
+};
+
 } // namespace
 
 ListenerData& dataOf(REALobjectStruct* object)
@@ -26,14 +32,14 @@ void construct(REALobjectStruct* object, std::uint32_t objectID, std::uint32_t s
 {
     ListenerData& data = dataOf(object);
     data = {-1, objectID, selector, scope, element};
-    addLiveListener(object); // before the first notification can come
+    addLiveListener(object); // before the platform can send the first notification
     const AudioObjectPropertyAddress address = addressOf(data);
     data.lastError = AudioObjectAddPropertyListener(data.objectID, &address, propertyChanged, object);
 }
 
 void destruct(REALobjectStruct* object)
 {
-    removeLiveListener(object);
+    const StrikeOff afterwards = {object}; // until the platform has removed it, the listener may still fire
     ListenerData& data = dataOf(object);
     data.lastError = -1;
     const AudioObjectPropertyAddress address = addressOf(data);

@@ -32,9 +32,10 @@ Serial latestSerial() { return __atomic_load_n(&latest, __ATOMIC_ACQUIRE); }
 
 void addLiveListener(REALobjectStruct* object)
 {
-    __atomic_store_n(&latest, latest + 1, __ATOMIC_RELEASE);
     Live** link = linkTo(object);
-    if (!*link) *link = static_cast<Live*>(std::calloc(1, sizeof(Live)));
+    if (*link) return;
+    __atomic_store_n(&latest, latest + 1, __ATOMIC_RELEASE);
+    *link = static_cast<Live*>(std::calloc(1, sizeof(Live)));
     if (!*link) return;
     (*link)->object = object;
     (*link)->serial = latest;

@@ -1,8 +1,8 @@
-// Which listeners live, so that an event queued for one that has gone meanwhile is dropped, also when another
-// object has taken its address. No reference to the host object is held for it.
+// The list of living listeners: an event queued for a listener that was destroyed before the event ran is
+// dropped, also when another object has taken its address. No reference to the host object is held.
 //
-// Each construction takes the next serial. A notification notes the serial of its moment; on the main thread
-// it is good only if a listener at that address lives, and is not younger.
+// Each listener takes the next serial at construction. A notification records the latest serial; on the main
+// thread its event is delivered only if the listener at that address is living and not younger.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -16,8 +16,8 @@ using Serial = std::uint64_t;
 /// The serial of the latest construction. [any]
 Serial latestSerial();
 
-/// Enter `object` with the next serial. Without memory for it the object is not entered, and never fires.
-/// [main]
+/// List `object` with the next serial; an object that is listed keeps its serial. Without memory the object
+/// is not listed and never fires. [main]
 void addLiveListener(REALobjectStruct* object);
 
 /// Strike `object` off. [main]

@@ -256,6 +256,38 @@ TEST_F(ChangedEvent, OfAListenerThatHasGoneIsNotTheNextOnesAtItsAddress)
     destruct(memory.object());
 }
 
+TEST_F(ChangedEvent, QueuedBeforeALivingListenerIsConstructedAgainStillArrives)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    notifyElsewhere(registration, 2);
+    construct(memory.object(), address);
+    dispatch_spy::run();
+    EXPECT_EQ(events, Events(2, memory.object()));
+    destruct(memory.object());
+}
+
+TEST_F(ChangedEvent, IsRaisedUntilThePlatformHasRemovedTheListener)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    property_spy::answer("AudioObjectRemovePropertyListener").during = [&] { notify(registration); };
+    destruct(memory.object());
+    EXPECT_EQ(events, Events{memory.object()});
+    EXPECT_EQ(notify(registration), 0);
+    EXPECT_EQ(events.size(), 1u) << "struck off afterwards";
+}
+
+TEST_F(ChangedEvent, OfAListenerWhoseRemovalThrewIsDropped)
+{
+    const Memory memory;
+    const auto registration = listen(memory.object());
+    property_spy::answer("AudioObjectRemovePropertyListener").during = [] { throw Thrown(); };
+    destruct(memory.object());
+    EXPECT_EQ(notify(registration), 0);
+    EXPECT_EQ(events, Events());
+}
+
 TEST_F(ChangedEvent, SurvivesOtherListenersComingAndGoing)
 {
     const Memory memory, other;
