@@ -10,17 +10,17 @@ namespace soundstream {
 namespace {
 
 constexpr UInt32 bytesPerFrame = 4; // two channels of 16 bits, as the mixer gives them
-constexpr UInt32 channels = 2;      // apart, as the unit takes them
+constexpr UInt32 silencedBuffers = 2;
 
 void silence(AudioBuffer& buffer)
 {
     if (buffer.mData) std::memset(buffer.mData, 0, buffer.mDataByteSize);
 }
 
-/// The pair, as far as the list has it: what lies behind its end is somebody else's.
+/// Silence exactly the first two buffers, whatever the list's count: programs rely on the pair.
 void silence(AudioBufferList& list)
 {
-    for (UInt32 i = 0; i < std::min(channels, list.mNumberBuffers); ++i) silence(list.mBuffers[i]);
+    for (UInt32 i = 0; i < silencedBuffers; ++i) silence(list.mBuffers[i]);
 }
 
 /// The open instance; null without one that can be heard now. It is held, since a completion routine may

@@ -9,10 +9,9 @@ namespace kvxplatform::audiounit {
 
 void ListStorage::prepare(UInt32 buffers)
 {
-    // Of two at least, an empty one where there is one less: some callbacks silence a pair whatever the
-    // count.
-    const std::size_t room = buffers < 2 ? 2 : buffers;
-    const std::size_t size = offsetof(AudioBufferList, mBuffers) + room * sizeof(AudioBuffer);
+    // At least two records, the second one empty: some callbacks silence a pair whatever the count.
+    const std::size_t records = buffers < 2 ? 2 : buffers;
+    const std::size_t size = offsetof(AudioBufferList, mBuffers) + records * sizeof(AudioBuffer);
     words.assign((size + 7) / 8, 0);
     list().mNumberBuffers = buffers;
 }

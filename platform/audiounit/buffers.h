@@ -9,7 +9,7 @@
 
 namespace kvxplatform::audiounit {
 
-/// Room for a buffer list of `buffers` buffers, and of two at least.
+/// Memory for a buffer list of `buffers` buffers, at least two.
 class ListStorage {
 public:
     void prepare(UInt32 buffers);

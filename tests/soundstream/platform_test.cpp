@@ -7,9 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -111,6 +113,32 @@ TEST_F(SoundStreamPlatform, WithoutMemoryIsNotOpened)
     EXPECT_EQ(OpenAComponent(findComponent(), &instance), noErr) << "the next time";
     EXPECT_EQ(CloseComponent(instance), noErr);
     EXPECT_EQ(CloseComponent(instance), static_cast<OSErr>(badComponentInstance & 0xFFFF));
+}
+
+// The silence goes to two buffers, whatever the count: the platform's units have memory for the second
+// record.
+TEST_F(SoundStreamPlatform, SilencesAUnitWithOneBuffer)
+{
+    object().initComponent();
+    const ComponentInstance unit = OpenDefaultComponent('auou', 'genr');
+    ASSERT_NE(unit, nullptr);
+    const AudioStreamBasicDescription mono = {44100, 'lpcm', 0x29, 4, 1, 4, 1, 32, 0};
+    for (const AudioUnitScope scope : {kAudioUnitScope_Input, kAudioUnitScope_Output})
+        ASSERT_EQ(AudioUnitSetProperty(unit, kAudioUnitProperty_StreamFormat, scope, 0, &mono, sizeof mono),
+                  noErr);
+    const auto handle = reinterpret_cast<HostInteger>(unit);
+    ASSERT_EQ(object().attach(handle), noErr);
+    ASSERT_EQ(object().initialize(handle), noErr);
+
+    float samples[64];
+    std::fill(std::begin(samples), std::end(samples), 1.0f);
+    AudioBufferList list = {1, {{1, sizeof samples, samples}}};
+    AudioUnitRenderActionFlags flags = 0;
+    AudioTimeStamp time = {};
+    time.mFlags = kAudioTimeStampSampleTimeValid;
+    EXPECT_EQ(AudioUnitRender(unit, &flags, &time, 0, 64, &list), noErr);
+    for (const float sample : samples) EXPECT_EQ(sample, 0.0f);
+    EXPECT_EQ(CloseComponent(unit), noErr);
 }
 
 // ---- every selector ----
