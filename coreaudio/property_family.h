@@ -1,9 +1,9 @@
 // The six operations of the older property interface, written once over any target of property_targets.h.
 //
 // Thread  [main].
-// Errors  no operation raises a host exception of its own; a host that has no memory for a block hears of it
-// from
-//         REALBuildMemoryblock. `Lasterror` is -1 if the method stopped before its main platform call, else
+// Errors  no operation raises a host exception of its own; REALBuildMemoryblock raises one when the host has
+// no
+//         memory for a block. `Lasterror` is -1 if the method stopped before its main platform call, else
 //         the status of the last one; a getter that fails answers nil.
 #pragma once
 
@@ -111,8 +111,8 @@ struct Setters<Target, Arguments<Where...>> {
     {
         HostInteger& lasterror = beginCall(object);
         const Target target(where...);
-        const StringContents contents(data);
-        lasterror = target.set(static_cast<UInt32>(contents.count()), contents.bytes());
+        const StringContents contents = REALGetStringContents(data);
+        lasterror = target.set(static_cast<UInt32>(contents.count), contents.bytes);
     }
 
     /// `length` bytes from `offset` on, neither of them checked: the caller may mean memory of its own, and

@@ -43,14 +43,14 @@ void rbText::hold(REALstringStruct* text)
 // character for every byte.
 void rbText::holdUnknown(REALstringStruct* text)
 {
-    const StringContents contents(text);
-    if (!contents.bytes() || isASCII(contents.bytes(), contents.count())) {
+    const StringContents contents = REALGetStringContents(text);
+    if (!contents.bytes || isASCII(contents.bytes, contents.count)) {
         hold(text);
         isRaw_ = true;
         return;
     }
-    if (contents.count() <= largestAllocation - zerosBehindCopy)
-        held_.reset(REALBuildUnicodeString(contents.bytes(), contents.count(), encodingMacRoman));
+    if (contents.count <= largestAllocation - zerosBehindCopy)
+        held_.reset(REALBuildUnicodeString(contents.bytes, contents.count, encodingMacRoman));
     isEmptyText_ = !held_;
 }
 

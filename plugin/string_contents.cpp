@@ -1,17 +1,19 @@
 #include "plugin/string_contents.h"
 
-StringContents::StringContents(REALstringStruct* text)
+StringContents REALGetStringContents(REALstringStruct* text)
 {
-    if (!text) return;
+    StringContents contents;
+    if (!text) return contents;
     const bool isOpaque = rbversion_rbversion >= hostWithOpaqueRecords;
     if (isOpaque) {
-        bytes_ = REALGetStringBytes(text);
-        count_ = hostLength(text);
+        contents.bytes = REALGetStringBytes(text);
+        contents.count = hostLength(text);
     }
     REALLockString(text);
-    reference_.reset(text);
+    contents.reference.reset(text);
     if (!isOpaque) {
-        bytes_ = recordBytes(text);
-        count_ = text->length;
+        contents.bytes = recordBytes(text);
+        contents.count = text->length;
     }
+    return contents;
 }

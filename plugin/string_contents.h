@@ -3,23 +3,20 @@
 
 #include "plugin/owned.h"
 
-/// The bytes of `text`, as they are, with a reference held as long as this lives.
-/// Owner   the host's; valid while this lives.
-/// Errors  a null text, or a host without the services, gives no bytes (null, 0, or both).
-/// Thread  [main].
-class StringContents {
-public:
-    explicit StringContents(REALstringStruct* text);
-    const char* bytes() const { return bytes_; }
-    HostInteger count() const { return count_; }
-
-private:
-    OwnedString reference_;
-    const char* bytes_ = nullptr;
-    HostInteger count_ = 0;
+/// The stored bytes of a host string, without conversion.
+/// Owner   the host; the bytes are valid while `reference` is held.
+struct StringContents {
+    OwnedString reference;
+    const char* bytes = nullptr;
+    HostInteger count = 0;
 };
 
-/// Where the record of an older host has the bytes: its buffer's first byte is not text.
+/// Read a string's bytes, by service or, on older hosts, from its record.
+/// Errors  a null text, or a host without the services, gives no bytes (null, 0, or both).
+/// Thread  [main].
+StringContents REALGetStringContents(REALstringStruct* text);
+
+/// The bytes in the record of an older host: its buffer's first byte is not text.
 inline const char* recordBytes(const REALstringStruct* text)
 {
     return text->buffer ? text->buffer + 1 : nullptr;

@@ -53,7 +53,7 @@ TEST_F(OwnedTest, AThrowingUnlockServiceHarmsNothing)
         reader.GetUTF8();
         reader.ConvertMacRoman();
     };
-    const auto contents = [](REALstringStruct* text) { const StringContents bytes(text); };
+    const auto contents = [](REALstringStruct* text) { REALGetStringContents(text); };
 
     const struct {
         double version;

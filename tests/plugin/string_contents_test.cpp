@@ -2,6 +2,8 @@
 #include "plugin/string_contents.h"
 #include "tests/plugin/host_fixture.h"
 
+#include <cmath>
+
 namespace {
 
 class StringContentsTest : public HostTest {
@@ -12,9 +14,9 @@ protected:
     {
         host.forget();
         {
-            const StringContents contents(text);
-            count = contents.count();
-            address = contents.bytes();
+            const StringContents contents = REALGetStringContents(text);
+            count = contents.count;
+            address = contents.bytes;
             referencesMeanwhile = host.references(text);
         }
         return takeCalls();
@@ -41,6 +43,7 @@ TEST_F(StringContentsTest, ComeFromTheRecordBefore2016AndFromServicesSince)
         {2015.9999, byRecord,  "just below"},
         {2016.0,    byService, "host 2016: from StringGetCString and LenB"},
         {2019.01,   byService, "a later one"},
+        {std::nan(""), byRecord, "not a number: an old host"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -95,14 +98,10 @@ TEST_F(StringContentsTest, LookEachServiceUpOnce)
 {
     REALstringStruct* text = host.newString("abc", encodingUTF8);
     read(text);
-    {
-        const StringContents again(text);
-    }
+    REALGetStringContents(text);
     EXPECT_EQ(host.lookUps(), Notes{});
     enter(2016.0);
-    {
-        const StringContents first(text);
-    }
+    REALGetStringContents(text);
     EXPECT_EQ(host.lookUps(),
               (Notes{"StringGetCString", "REALLoadGlobalMethod", "REALLockString", "REALUnlockString"}));
     host.drop(text);
