@@ -6,9 +6,8 @@ namespace auplayer {
 
 namespace {
 
-// The methods of one dictionary, found once for many calls. Every object shares them. Only the setter is
-// called here; the other two are found together with it, so that whoever comes to need one finds it of the
-// same dictionary.
+// The methods of the dictionary used last, looked up once for many calls and shared by all objects. The two
+// getters are part of the published interface; they are unused here.
 REALobjectStruct* LastDictionary;
 void (*LastDictionarySetter)(REALobjectStruct*, REALobjectStruct* key, REALobjectStruct* value);
 REALobjectStruct* (*LastDictionaryGetter)(REALobjectStruct*, REALobjectStruct* key);

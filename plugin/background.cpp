@@ -16,14 +16,14 @@ namespace {
 constexpr std::size_t workerStackBytes = 0x200000;
 constexpr Duration waitStep = 1; // milliseconds
 
-/// One call. Worker and waiting thread share `done` and what it stands for; the rest is set before the worker
-/// exists.
+/// One call. Worker and waiting thread share `done`; the rest is set before the worker exists.
 struct RunThreadState {
     pthread_t thread;       ///< without a queue only
     pthread_mutex_t* mutex; ///< guards `done`; null if there was no memory for it
-    std::uint8_t running;   ///< a worker exists. Nobody reads it but a debugger: what a call is doing
+    std::uint8_t running;   ///< a worker exists. Part of the published record; not read here
     std::uint8_t done;      ///< set by the worker as its last act
-    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue. Nobody reads it either
+    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue. Part of the published record;
+                            ///< not read here
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);

@@ -16,7 +16,8 @@ public:
     rbText(const rbText&) = delete;
     rbText& operator=(const rbText&) = delete;
 
-    /// Zero-terminated UTF-8. Converted once; later calls return the same view.
+    /// Zero-terminated UTF-8. Converted once; later calls return the same view. Part of the published
+    /// interface; unused here.
     const char* GetUTF8();
     HostInteger lengthUTF8() const { return slots_[utf8].length; }
 
@@ -24,15 +25,20 @@ public:
     const char* ConvertMacRoman();
     HostInteger lengthMacRoman() const { return slots_[macRoman].length; }
 
-    /// The text had no known encoding and is ASCII: its bytes are handed out as they are.
+    // The two flags are part of the published interface; unused here.
+    /// The text has no known encoding and is ASCII: its views are its own bytes.
     bool isRaw() const { return isRaw_; }
-    /// A conversion failed, and a view is empty for that reason.
+    /// A conversion failed, so a view is empty.
     bool isEmptyText() const { return isEmptyText_; }
 
 private:
-    enum SlotIndex { utf8, macRoman, slotCount = 7 }; ///< the rest are for encodings nobody asks for yet
+    enum SlotIndex {
+        utf8,
+        macRoman,
+        slotCount = 7
+    }; ///< seven are part of the published record; five unused here
 
-    /// One target encoding: what the view rests on, and the view.
+    /// One target encoding: the view, and the storage that it points into.
     struct Slot {
         OwnedString converted;
         REALstringData data = {};
