@@ -99,13 +99,11 @@ REALproperty property(const char* name, HostType<T> type, typename Same<Getter<T
                        reinterpret_cast<AnyFunction>(setter), 0);
 }
 
-/// A read-only property of the group "Constants": one getter serves many rows, each with its own parameter.
+/// A read-only property of the group "Constants".
 template <class T>
-REALproperty constant(const char* name, HostType<T> type, typename Same<Getter<T>>::type getter,
-                      HostInteger parameter)
+REALproperty constant(const char* name, HostType<T> type, typename Same<Getter<T>>::type getter)
 {
-    return propertyRow("Constants", name, type.name, reinterpret_cast<AnyFunction>(getter), nullptr,
-                       parameter);
+    return propertyRow("Constants", name, type.name, reinterpret_cast<AnyFunction>(getter), nullptr, 0);
 }
 
 enum class Access { readWrite, readOnly };

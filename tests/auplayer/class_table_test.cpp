@@ -1,5 +1,6 @@
 // The class as it is published, against tables written out here.
 #include "tests/auplayer/player_test.h"
+#include "tests/support/property_value.h"
 
 #include "abi/accessor_marks.h"
 #include "plugin/process_state.h"
@@ -276,6 +277,40 @@ TEST(AUPlayerClass, GivesEveryMemberAFunctionOfItsOwn)
     add(auPlayerClass.destructor);
     EXPECT_EQ(count, 46u);
     EXPECT_EQ(functions.size(), count);
+}
+
+class AUPlayerGetters : public PlayerTest {};
+
+TEST_F(AUPlayerGetters, IgnoreTheirParameter)
+{
+    ASSERT_TRUE(load());
+    graph_spy::platform().devices = {{40, "Built-in Output"}};
+    int getters = 0;
+    for (const Property& expected : properties) {
+        if (expected.access != getter && expected.access != accessors) continue;
+        SCOPED_TRACE(expected.name);
+        ++getters;
+        const REALproperty& row = propertyRow(expected.name);
+        graph_spy::forgetCalls();
+        const bool isNumber = expected.type != std::string_view("Dictionary");
+        const auto read = [&](HostInteger parameter) -> std::string {
+            if (isNumber) return support::valueOf(row, object(), parameter);
+            const Object dictionary = support::callGetter<Object>(row, object(), parameter);
+            if (!dictionary) return "nil";
+            host().drop(dictionary);
+            return "a dictionary";
+        };
+        const std::string value = read(row.parameter);
+        EXPECT_NE(value, "nil");
+        const Notes calls = graph_spy::calls();
+        for (const HostInteger parameter : support::anyParameter) {
+            graph_spy::forgetCalls();
+            EXPECT_EQ(read(parameter), value) << parameter;
+            EXPECT_EQ(graph_spy::calls(), calls) << parameter;
+        }
+    }
+    EXPECT_EQ(getters, 17);
+    destruct();
 }
 
 /// What a host that reads a layout is handed.

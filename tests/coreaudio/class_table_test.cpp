@@ -1,6 +1,7 @@
 // CoreAudioKVX as it is published: every property, method and shared method, in order, and the class itself.
 #include "abi/accessor_marks.h"
 #include "tests/coreaudio/subject.h"
+#include "tests/support/property_value.h"
 
 namespace {
 
@@ -163,6 +164,7 @@ void expectConstant(const REALproperty& row, const char* name, const char* type)
     EXPECT_STREQ(row.group, "Constants");
     EXPECT_STREQ(row.type, type);
     EXPECT_EQ(row.setter, nullptr);
+    EXPECT_EQ(row.parameter, 0);
     expectNothingFurther(row);
 }
 
@@ -278,11 +280,13 @@ TEST_F(CoreAudioClass, SelectorsReadAsFourAsciiCharacters)
         EXPECT_EQ(lasterror(), 4711);
         ASSERT_EQ(host().calls().size(), 2u) << "built anew: a string and its mark";
 
-        const Text again = readText(rows[i], nullptr); // the object is not looked at
-        EXPECT_NE(again, text);
-        EXPECT_EQ(host().bytesOf(again), selectors[i].text);
+        for (const HostInteger parameter : support::anyParameter) {
+            const Text again = support::callGetter<Text>(rows[i], nullptr, parameter);
+            EXPECT_NE(again, text);
+            EXPECT_EQ(host().bytesOf(again), selectors[i].text) << "object and parameter are ignored";
+            host().drop(again);
+        }
         host().drop(text);
-        host().drop(again);
     }
     EXPECT_EQ(property_spy::calls(), property_spy::Notes());
 }
@@ -308,14 +312,12 @@ TEST_F(CoreAudioClass, SelectorsComeBackAsTheNumbersThatThePlatformKnows)
 TEST_F(CoreAudioClass, WildcardsOfSectionAndChannelAreIntegers)
 {
     const REALproperty* rows = publishedProperties();
-    const auto read = [](const REALproperty& row, Object object) {
-        return reinterpret_cast<HostInteger (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
-    };
     lasterror() = 4711;
-    for (const Object each : {object(), Object{}}) {
-        EXPECT_EQ(read(rows[79], each), 255);
-        EXPECT_EQ(read(rows[80], each), -1);
-    }
+    for (const Object each : {object(), Object{}})
+        for (const HostInteger parameter : support::anyParameter) {
+            EXPECT_EQ(support::valueOf(rows[79], each, parameter), "255");
+            EXPECT_EQ(support::valueOf(rows[80], each, parameter), "-1");
+        }
     EXPECT_EQ(lasterror(), 4711);
     EXPECT_EQ(host().notes(), fake::Notes());
 }

@@ -1,7 +1,9 @@
 // CoreAudioListenerKVX as it is published: its properties, methods and event, in order, and the class itself.
 #include "abi/accessor_marks.h"
 #include "abi/class_definition.h"
+#include "listener/listener.h"
 #include "plugin/classes.h"
+#include "tests/support/property_value.h"
 
 #include <gtest/gtest.h>
 
@@ -58,6 +60,20 @@ TEST(ListenerClass, PropertiesStandInOrderAndAreReadOnly)
         EXPECT_EQ(rows[i].tenth, 0u);
         EXPECT_EQ(rows[i].trailing[0], 0u);
         EXPECT_EQ(rows[i].trailing[1], 0u);
+    }
+}
+
+TEST(ListenerClass, GettersIgnoreTheirParameter)
+{
+    listener::ListenerData data = {-1, 0x80000041, 0xF0000001, 0xE0000002, 0xD0000003};
+    ASSERT_EQ(coreAudioListenerClass.dataOffset, 0u) << "not registered: the class data is the object";
+    const auto object = reinterpret_cast<REALobjectStruct*>(&data);
+    const auto* rows = static_cast<const REALproperty*>(coreAudioListenerClass.properties);
+    for (const HostInteger parameter : support::anyParameter) {
+        EXPECT_EQ(support::valueOf(rows[1], object, parameter), "2147483713");
+        EXPECT_EQ(support::valueOf(rows[2], object, parameter), "4026531841");
+        EXPECT_EQ(support::valueOf(rows[3], object, parameter), "3758096386");
+        EXPECT_EQ(support::valueOf(rows[4], object, parameter), "3489660931");
     }
 }
 

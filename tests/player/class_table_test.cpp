@@ -1,5 +1,6 @@
 // The class as it is published, against a table written out here.
 #include "tests/player/player_object.h"
+#include "tests/support/property_value.h"
 
 #include <gtest/gtest.h>
 
@@ -92,6 +93,30 @@ TEST(PlayerClass, ListsEightPropertiesInOrder)
         EXPECT_EQ(row->trailing[1], 0u);
         ++row;
     }
+}
+
+TEST(PlayerClass, GettersIgnoreTheirParameter)
+{
+    test::PlayerObject player;
+    player->outputPositionRelative = 1.5;
+    player->sampleRate = 22050;
+    player->numberOfChannels = 2;
+    player->outputDeviceID = 77;
+    player->outputPosition = 2.5;
+    player->noUnderflow = 1;
+    player->hadUnderflow = 0;
+    const struct {
+        const char* property;
+        const char* value;
+    } facts[] = {
+        {"OutputPositionRelative", "1.5"}, {"SampleRate", "22050"},   {"NumberOfChannels", "2"},
+        {"OutputDeviceID", "77"},          {"IsRunning", "false"},    {"OutputPosition", "2.5"},
+        {"NoUnderflow", "true"},           {"HadUnderflow", "false"},
+    };
+    for (const auto& fact : facts)
+        for (const HostInteger parameter : support::anyParameter)
+            EXPECT_EQ(support::valueOf(test::propertyRow(fact.property), player, parameter), fact.value)
+                << fact.property;
 }
 
 TEST(PlayerClass, ListsFifteenMethodsInOrder)

@@ -25,7 +25,7 @@ struct Record {
 
 double getTime(REALobjectStruct*, HostInteger) { return 0.5; }
 void setTime(REALobjectStruct*, HostInteger, double) {}
-HostInteger getCode(REALobjectStruct*, HostInteger parameter) { return parameter; }
+HostInteger getCode(REALobjectStruct*, HostInteger) { return 0x61626364; }
 HostInteger add(REALobjectStruct*, HostInteger a, HostInteger b) { return a + b; }
 void nothing(REALobjectStruct*) {}
 HostInteger twice(HostInteger a) { return 2 * a; }
@@ -54,7 +54,7 @@ using table::property;
 REALproperty properties[] = {
     property("Time", table::asDouble, getTime, setTime),
     property("Length", table::asDouble, getTime, table::readOnly),
-    constant("kCode", table::asInteger, getCode, 0x61626364),
+    constant("kCode", table::asInteger, getCode),
     KVX_FIELD("Level", table::asInteger, readWrite, Record, level),
     KVX_FIELD("Gain", table::asSingle, readOnly, Record, gain),
     KVX_FIELD("On", table::asBoolean, readWrite, Record, isOn),
@@ -95,7 +95,7 @@ TEST(ClassTable, PropertyRowsAreTwelveWords)
     const struct { const char* group; const char* name; const char* type; AnyFunction getter, setter; HostInteger parameter; } facts[] = {
         {"",          "Time",   "Double",  address(getTime), address(setTime), 0},
         {"",          "Length", "Double",  address(getTime), nullptr,          0},
-        {"Constants", "kCode",  "Integer", address(getCode), nullptr,          0x61626364},
+        {"Constants", "kCode",  "Integer", address(getCode), nullptr,          0},
         {"",          "Level",  "Integer", getterMark,       setterMark,       offsetof(Record, level)},
         {"",          "Gain",   "Single",  getterMark,       nullptr,          offsetof(Record, gain)},
         {"",          "On",     "Boolean", getterMark,       setterMark,       offsetof(Record, isOn)},

@@ -5,6 +5,7 @@
 #include "tests/plugin/service_caches.h"
 #include "tests/soundstream/stream_object.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/property_value.h"
 
 #include <gtest/gtest.h>
 
@@ -126,6 +127,36 @@ TEST(SoundStreamClass, ListsSixPropertiesInOrder)
         EXPECT_EQ(row->trailing[0], 0u);
         EXPECT_EQ(row->trailing[1], 0u);
         ++row;
+    }
+}
+
+TEST(SoundStreamClass, GettersIgnoreTheirParameter)
+{
+    soundstream_test::StreamObject object;
+    object.construct();
+    soundstream::StreamState state = {};
+    state.component = reinterpret_cast<Component>(0x1234);
+    state.streamActive = 1;
+    state.postsStatusNotifications = 1;
+    const struct {
+        const char* property;
+        const char* withState;
+        const char* without;
+    } facts[] = {
+        {"PostsStatusNotifications", "true", "false"},
+        {"IsStreamActive", "true", "false"},
+        {"IsOpen", "true", "false"},
+        {"SoundOutputComponentHandle", "4660", "0"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.property);
+        const REALproperty& row = soundstream_test::propertyRow(fact.property);
+        for (const HostInteger parameter : support::anyParameter) {
+            object.data().state = &state;
+            EXPECT_EQ(support::valueOf(row, object.get(), parameter), fact.withState);
+            object.data().state = nullptr;
+            EXPECT_EQ(support::valueOf(row, object.get(), parameter), fact.without);
+        }
     }
 }
 
