@@ -1,4 +1,5 @@
-// The global queues' work, on threads that are started when no other is free and then stay.
+// The global queues' work, on threads that are started when no other is free and then stay. Without any
+// thread the work runs on the caller's.
 #include "platform/dispatch/queue.h"
 
 #include <algorithm>
@@ -63,13 +64,13 @@ std::size_t workWaiting(const Pool& in)
     return count;
 }
 
-void startThread(Pool& in)
+/// A refused start is no error while other threads serve the queues; the next call tries again.
+void tryToStartThread(Pool& in)
 {
     try {
         std::thread([&in] { serve(in); }).detach();
         ++in.threads;
     } catch (const std::exception&) {
-        // No thread to be had now: those there are come to the work, else the next call tries again.
     }
 }
 
@@ -78,10 +79,19 @@ void startThread(Pool& in)
 void appendToPool(const Work& work, int rank)
 {
     Pool& to = pool();
-    const std::lock_guard<std::mutex> hold(to.lock);
-    to.waiting[static_cast<std::size_t>(rank)].push_back(work);
-    if (to.threads < mostThreads && workWaiting(to) > static_cast<std::size_t>(to.idle)) startThread(to);
-    to.hasWork.notify_one();
+    Waiting& queue = to.waiting[static_cast<std::size_t>(rank)];
+    {
+        const std::lock_guard<std::mutex> hold(to.lock);
+        queue.push_back(work);
+        if (to.threads < mostThreads && workWaiting(to) > static_cast<std::size_t>(to.idle))
+            tryToStartThread(to);
+        if (to.threads > 0) {
+            to.hasWork.notify_one();
+            return;
+        }
+        queue.pop_back(); // no thread will ever serve it
+    }
+    run(work);
 }
 
 } // namespace kvxplatform::dispatch

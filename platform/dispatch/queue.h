@@ -24,7 +24,7 @@ using Waiting = std::deque<Work>; ///< first in, first out
 /// Queue work for the main thread. [any]
 void appendToMainQueue(const Work& work);
 
-/// Queue work of a global queue. [any]
+/// Queue work of a global queue. Runs it before returning if no thread exists and none can be started. [any]
 void appendToPool(const Work& work, int rank);
 
 /// Call it. An exception that comes out of it has nowhere to go and ends the process.
