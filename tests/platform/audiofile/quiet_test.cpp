@@ -1,9 +1,12 @@
 // A terminal that stays clean of what decoders print.
+#include "platform/audiofile/quiet.h"
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <future>
+#include <memory>
 #include <thread>
 
 #include <fcntl.h>
@@ -11,6 +14,7 @@
 
 namespace {
 
+using kvxplatform::audiofile::Quiet;
 using sound::Bytes;
 
 /// What is written to the terminal meanwhile, by either stream; as much as a pipe holds.
@@ -94,6 +98,33 @@ TEST(Terminal, IsOpenToAllOtherThreads)
                   other.join();
               }),
               expected);
+}
+
+TEST(Terminal, StaysCleanWhileTwoThreadsDecodeAtOverlappingTimes)
+{
+    std::FILE* const former[] = {stdout, stderr};
+    EXPECT_EQ(written([] {
+                  std::promise<void> secondBegan, firstEnded;
+                  auto first = std::make_unique<Quiet>();
+                  std::thread other([&] {
+                      auto second = std::make_unique<Quiet>();
+                      secondBegan.set_value();
+                      firstEnded.get_future().wait();
+                      std::fputs("other thread, silenced\n", stderr);
+                      std::fputs("other thread, silenced\n", stdout);
+                      second.reset();
+                      std::fputs("other thread, afterwards\n", stderr);
+                  });
+                  secondBegan.get_future().wait();
+                  std::fputs("first thread, silenced\n", stderr);
+                  first.reset();
+                  std::fputs("first thread, afterwards\n", stderr);
+                  firstEnded.set_value();
+                  other.join();
+              }),
+              "first thread, afterwards\nother thread, afterwards\n");
+    EXPECT_EQ(stdout, former[0]);
+    EXPECT_EQ(stderr, former[1]);
 }
 
 } // namespace

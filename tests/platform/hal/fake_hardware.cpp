@@ -1,5 +1,6 @@
 #include "tests/platform/hal/fake_hardware.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -84,6 +85,7 @@ __attribute__((visibility("default"))) PaError Pa_Initialize(void)
 __attribute__((visibility("default"))) PaError Pa_Terminate(void)
 {
     isInitialized = false;
+    ++fakeHardware().terminated;
     return paNoError;
 }
 
@@ -150,6 +152,14 @@ __attribute__((visibility("default"))) PaError Pa_OpenStream(PaStream** out_stre
 __attribute__((visibility("default"))) PaError Pa_StartStream(PaStream* stream)
 {
     auto& started = *static_cast<Stream*>(stream);
+    {
+        FakeHardware& fake = fakeHardware();
+        const std::lock_guard<std::mutex> lock(fake.lock);
+        if (fake.startsToRefuse > 0) {
+            --fake.startsToRefuse;
+            return paUnanticipatedHostError;
+        }
+    }
     started.thread = std::thread([&started] { started.run(); });
     return paNoError;
 }
@@ -162,16 +172,17 @@ __attribute__((visibility("default"))) PaError Pa_StopStream(PaStream* stream)
 
 __attribute__((visibility("default"))) PaError Pa_CloseStream(PaStream* stream)
 {
-    const std::unique_ptr<Stream> owner(static_cast<Stream*>(stream));
+    FakeHardware& fake = fakeHardware();
+    const std::lock_guard<std::mutex> lock(fake.lock);
+    const auto found = std::find(streams.begin(), streams.end(), stream);
+    if (found == streams.end()) {
+        ++fake.closedAgain;
+        return paBadStreamPtr;
+    }
+    const std::unique_ptr<Stream> owner(*found);
+    streams.erase(found);
     owner->stop();
-    const std::lock_guard<std::mutex> lock(fakeHardware().lock);
-    for (auto& each : streams)
-        if (each == owner.get()) {
-            each = streams.back();
-            streams.pop_back();
-            break;
-        }
-    ++fakeHardware().closed;
+    ++fake.closed;
     return paNoError;
 }
 

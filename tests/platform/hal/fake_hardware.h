@@ -23,8 +23,11 @@ struct FakeHardware {
     bool starts = true;              ///< else Pa_Initialize fails
     int hiddenInfo = -1;             ///< the index whose Pa_GetDeviceInfo is null
     int openingsToRefuse = 0;        ///< so many more streams are refused, whatever the device
+    int startsToRefuse = 0;          ///< so many more opened streams do not start
 
     int opened = 0, closed = 0; ///< streams so far
+    int closedAgain = 0;        ///< calls that closed a stream a second time
+    int terminated = 0;         ///< calls of Pa_Terminate
     int lastOpenedIndex = -1;
     double lastOpenedRate = 0;
 };

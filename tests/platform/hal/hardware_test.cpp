@@ -163,6 +163,38 @@ TEST_F(Hardware, AFailedStartTakesBackItsOwnMark)
     EXPECT_FALSE(isRunning(device));
 }
 
+TEST_F(Hardware, ThatDoesNotStartIsClosed)
+{
+    plug({{"Box"}});
+    Procedure procedure(defaultOutput(), [](const Call&) {});
+    const int openedBefore = fake_.opened, closedBefore = fake_.closed; // the default device was tried
+    fake_.startsToRefuse = 1;
+    EXPECT_NE(procedure.start(), noErr);
+    EXPECT_EQ(fake_.opened, openedBefore + 1);
+    EXPECT_EQ(fake_.closed, closedBefore + 1);
+    EXPECT_EQ(KVXPlatformRefreshDevices(), 0) << "no stream is open: " << KVXPlatformErrorText();
+    EXPECT_EQ(procedure.start(), noErr) << "the next time it does";
+    EXPECT_EQ(procedure.stop(), noErr);
+    EXPECT_EQ(fake_.opened, fake_.closed);
+}
+
+// Closing a stream that ended by itself may wait for ever, and so may Pa_Terminate, which closes it too.
+TEST_F(Hardware, WhoseStreamEndedIsNeverClosed)
+{
+    plug({{"Box"}});
+    const AudioDeviceID device = defaultOutput();
+    const int closedBefore = fake_.closed;
+    Procedure procedure(device, [](const Call&) {});
+    ASSERT_EQ(procedure.start(), noErr);
+    endFakeStreams();
+    waitFor([&] { return !isAlive(device); });
+    EXPECT_EQ(procedure.stop(), noErr);
+    EXPECT_NE(KVXPlatformRefreshDevices(), 0);
+    EXPECT_EQ(fake_.closed, closedBefore);
+    EXPECT_EQ(fake_.closedAgain, 0);
+    EXPECT_EQ(fake_.terminated, 0);
+}
+
 // ---- the list ----
 
 TEST_F(Hardware, OfEqualNamesIsToldApart)
