@@ -14,6 +14,24 @@ constexpr std::size_t ringSeconds = 10;           // what a slow disk may lag be
 constexpr std::size_t largestRing = 32u << 20;    // samples
 constexpr std::size_t samplesPerWrite = 1u << 15; // at most, of one piece
 constexpr long pollNanos = 20'000'000;            // how long a piece may lie before it is written
+
+/// The code of the C library call that just failed inside libsndfile.
+int errorOfWrite() { return errno ? errno : EIO; }
+
+const char* adviceFor(int error)
+{
+    switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+        return "make room on the disk";
+    case EFBIG:
+        return "write to a disk that takes larger files, or raise the limit (ulimit -f)";
+    case ENOENT:
+        return "see that its folder still exists";
+    default:
+        return "see that its folder can be written";
+    }
+}
 } // namespace
 
 std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form, std::string& error)
@@ -65,7 +83,7 @@ void Capture::write(const float* samples, std::uint32_t frames, const Form& form
     const bool isEmpty = written_.load(std::memory_order_relaxed) == 0;
     if (isEmpty) hasChanged_ = false; // it may have been opened for a change that is just being made
     if (!(form == form_)) hasChanged_ = true;
-    if (hasChanged_ || hasFailed_.load(std::memory_order_relaxed)) return;
+    if (hasChanged_ || failure_.load(std::memory_order_relaxed)) return;
     std::size_t left = std::size_t{frames} * form.channels;
     const std::uint64_t waiting =
         written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
@@ -100,9 +118,11 @@ std::size_t Capture::takeOut()
     const std::size_t start = taken % ring_.size();
     std::size_t piece = std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
     piece -= piece % form_.channels; // whole frames
-    if (piece && sf_write_float(file_, &ring_[start], static_cast<sf_count_t>(piece)) !=
-                     static_cast<sf_count_t>(piece))
-        hasFailed_ = true;
+    errno = 0;
+    if (piece && !failure_ &&
+        sf_write_float(file_, &ring_[start], static_cast<sf_count_t>(piece)) !=
+            static_cast<sf_count_t>(piece))
+        failure_ = errorOfWrite();
     taken_.store(taken + piece, std::memory_order_release);
     return piece;
 }
@@ -138,10 +158,14 @@ bool Capture::finish(std::string& error)
     sem_post(&wake_);
     thread_.join();
     sem_destroy(&wake_);
-    const bool isWhole = sf_close(file_) == 0 && !hasFailed_;
-    if (!isWhole || std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
-        error = "the capture " + path_ + " could not be finished; see that the disk has room";
+    errno = 0;
+    int failure = failure_;
+    if (sf_close(file_) != 0 && !failure) failure = errorOfWrite();
+    if (!failure && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) failure = errno;
+    if (failure) {
         std::remove(temporaryPath_.c_str());
+        error = "the capture " + path_ + " cannot be finished: " + std::strerror(failure) + "; " +
+                adviceFor(failure);
         return false;
     }
     if (hasChanged_)

@@ -50,7 +50,8 @@ private:
     Form form_ = {};
     std::vector<float> ring_;
     std::atomic<std::uint64_t> written_{0}, taken_{0}; ///< samples; the difference waits in the ring
-    std::atomic<bool> isEnding_{false}, hasLost_{false}, hasChanged_{false}, hasFailed_{false};
+    std::atomic<bool> isEnding_{false}, hasLost_{false}, hasChanged_{false};
+    std::atomic<int> failure_{0}; ///< errno of the first write that failed
     sem_t wake_;
     std::thread thread_;
     bool isFinished_ = false;

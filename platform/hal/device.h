@@ -98,6 +98,7 @@ struct Device {
     std::string name, manufacturer, uid;
     UInt32 transport = 0;
     bool isSimulated = false;
+    bool isOfServer = false; ///< it ends together with the JACK server
 
     // ---- under the tree's lock ----
     Settings settings;
@@ -117,6 +118,8 @@ struct Device {
     bool hasTimerThread = false;
     std::unique_ptr<const Tap> ownedTap;
     std::array<std::shared_ptr<Capture>, captureWishes> ownedCaptures;
+
+    std::mutex finishing; ///< held while a capture is finished, so that a second caller waits for its file
 
     // ---- the cycle's own, under `turnLock` ----
     std::mutex turnLock;

@@ -41,6 +41,7 @@ bool startCapture(Device& device, CaptureWish wish, const std::string& path, con
 
 bool finishCapture(Device& device, CaptureWish wish, std::string& error)
 {
+    const std::lock_guard<std::mutex> finishing(device.finishing);
     const std::shared_ptr<Capture> capture = exchangeCapture(device, wish, nullptr);
     return !capture || capture->finish(error);
 }

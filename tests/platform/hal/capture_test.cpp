@@ -298,8 +298,9 @@ TEST(CaptureDeathTest, OfTheEnvironmentThatFindsTheDiskFullIsSaid)
         setenv("KVX_AUDIO_CAPTURE", (*folder / "environment.wav").c_str(), 1);
     }
     for (bool deviceDies : {false, true})
-        EXPECT_EXIT(playUntilTheDiskIsFull(deviceDies), testing::ExitedWithCode(0),
-                    "KVX_AUDIO_CAPTURE: .*environment.wav could not be finished");
+        EXPECT_EXIT(
+            playUntilTheDiskIsFull(deviceDies), testing::ExitedWithCode(0),
+            "KVX_AUDIO_CAPTURE: .*environment.wav cannot be finished: File too large; write to a disk");
     EXPECT_EQ(folder->count(), 0u) << "no file is there that is not whole";
     unsetenv("KVX_AUDIO_CAPTURE");
 }
