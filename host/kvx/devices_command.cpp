@@ -4,6 +4,7 @@
 #include "host/kvx/device_table.h"
 #include "host/kvx/interrupt.h"
 #include "host/kvx/library.h"
+#include "host/kvx/output_device.h"
 #include "host/kvx/text_table.h"
 #include "host/kvx/watch.h"
 
@@ -63,6 +64,7 @@ int devices(const DevicesOptions& options)
     Library library(options.library);
     int exitCode = 0;
     {
+        checkHardware();
         const CoreAudio core(library.host());
         if (options.isWatching) {
             exitCode = watch(library.host(), core, options);

@@ -24,8 +24,10 @@ std::string choiceOfEnvironment()
 
 void choose(const std::string& choice, const char* whereToName)
 {
-    if (KVXPlatformChooseOutputDevice(choice.c_str()) != 0)
-        throw Failure(fmt::format("{}; name one of them with {}", KVXPlatformErrorText(), whereToName));
+    if (KVXPlatformChooseOutputDevice(choice.c_str()) == 0) return;
+    const std::string error = KVXPlatformErrorText();
+    checkHardware(); // the device may be one that could not be read
+    throw Failure(fmt::format("{}; name one of them with {}", error, whereToName));
 }
 
 void needSimulated(const KVXDeviceInfo& device, const char* option)
@@ -38,6 +40,7 @@ void needSimulated(const KVXDeviceInfo& device, const char* option)
 KVXDeviceInfo defaultDevice()
 {
     const auto devices = listDevices();
+    if (devices.empty()) throw Failure(KVXPlatformErrorText());
     const auto found =
         std::find_if(devices.begin(), devices.end(), [](const auto& each) { return each.isDefaultOutput; });
     if (found == devices.end())
@@ -52,6 +55,8 @@ bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish)
 }
 
 } // namespace
+
+void checkHardware() { check(KVXPlatformCheckHardware()); }
 
 std::vector<KVXDeviceInfo> listDevices()
 {
@@ -79,13 +84,17 @@ KVXDeviceInfo chooseDevice(const DeviceWish& wish)
     const std::string environment = choiceOfEnvironment();
     // The platform plays to another device when it cannot have this one. Here it is asked for once more, as
     // the user would with --device, to fail instead; only "simulated" changes what the platform looks for.
-    if (environment != "simulated") unsetenv("KVX_AUDIO_DEVICE");
+    if (wish.choice == "simulated")
+        doWithoutHardware();
+    else if (environment != "simulated")
+        unsetenv("KVX_AUDIO_DEVICE");
     if (!wish.choice.empty())
         choose(wish.choice, "--device");
     else if (!environment.empty())
         choose(environment, "KVX_AUDIO_DEVICE or --device");
     if (!environment.empty()) setenv("KVX_AUDIO_DEVICE", environment.c_str(), 1);
     const KVXDeviceInfo device = defaultDevice();
+    if (isForWantOfHardware(device, wish)) checkHardware();
     if (wish.rate > 0) {
         needSimulated(device, "--device-rate");
         check(KVXPlatformConfigureDevice(device.device, wish.rate, 0, 0));

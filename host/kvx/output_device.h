@@ -11,6 +11,10 @@
 
 namespace kvx {
 
+/// Throws Failure when the sound hardware could not be read, so that the list lacks it: a sound server does
+/// not answer, say.
+void checkHardware();
+
 /// Every device, in the order of their numbers (0 is the first).
 std::vector<KVXDeviceInfo> listDevices();
 

@@ -5,6 +5,7 @@
 #include "host/kvx/hex_text.h"
 #include "host/kvx/library.h"
 #include "host/kvx/object_choice.h"
+#include "host/kvx/output_device.h"
 #include "host/kvx/property_text.h"
 #include "host/kvx/property_types.h"
 #include "host/kvx/text_table.h"
@@ -195,6 +196,7 @@ int get(const PropertyOptions& options)
 {
     Library library(options.library);
     {
+        checkHardware();
         const CoreAudio core(library.host());
         if (options.selector.empty())
             printAll(core, options);
@@ -229,6 +231,7 @@ int set(const PropertyOptions& options)
 {
     Library library(options.library);
     {
+        checkHardware();
         const CoreAudio core(library.host());
         writeProperty(core, subjectOf(core, options), options);
     }

@@ -14,17 +14,19 @@ using namespace kvxplatform::hal;
 namespace {
 
 thread_local std::string errorText;
+thread_local bool isOutOfMeans = false; ///< its text needs no memory
 
 int32_t fail(OSStatus status, const std::string& text)
 {
     errorText = text;
+    isOutOfMeans = false;
     return static_cast<int32_t>(status);
 }
 
-/// For what was thrown on the way. Short enough to need no memory: that may be what is lacking.
+/// For what was thrown on the way.
 int32_t outOfMeans() noexcept
 {
-    errorText = "no means left";
+    isOutOfMeans = true;
     return kAudioHardwareUnspecifiedError;
 }
 
@@ -88,7 +90,10 @@ void setDriver(const DeviceRef& device, Driver driver)
 
 } // namespace
 
-const char* KVXPlatformErrorText(void) { return errorText.c_str(); }
+const char* KVXPlatformErrorText(void)
+{
+    return isOutOfMeans ? "no memory or no thread is left; close other programs" : errorText.c_str();
+}
 
 uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity)
 try {
@@ -209,6 +214,14 @@ int32_t KVXPlatformRefreshDevices(void)
 try {
     std::string error;
     return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
+} catch (const std::exception&) {
+    return outOfMeans();
+}
+
+int32_t KVXPlatformCheckHardware(void)
+try {
+    const std::string error = hardwareError();
+    return error.empty() ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
 } catch (const std::exception&) {
     return outOfMeans();
 }

@@ -2,6 +2,7 @@
 
 #include "platform/hal/common_rates.h"
 #include "platform/hal/cycle.h"
+#include "platform/hal/sound_server.h"
 #include "platform/hal/tree.h"
 
 #include <algorithm>
@@ -9,7 +10,9 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <functional>
 #include <map>
+#include <memory>
 #include <portaudio.h>
 #include <unistd.h>
 #include <utility>
@@ -71,24 +74,47 @@ private:
     int kept_;
 };
 
-PaError initialize()
-{
-    const StandardErrorAside aside;
-    return Pa_Initialize();
-}
+bool isStarted = false; // under paLock, as the next
+bool isBlocked = false; // a thread is inside PortAudio and may never return
 
-bool isStarted = false; // under paLock
+/// Have `work` call PortAudio. False, and never again, if a sound server does not answer it.
+bool callPortAudio(const std::function<void()>& work)
+{
+    if (!isBlocked) isBlocked = !endsInTime(work);
+    return !isBlocked;
+}
 
 bool startPortAudio(std::string& error)
 {
     if (isStarted) return true;
     silenceMessages();
-    const PaError status = initialize();
+    const auto status = std::make_shared<PaError>(paNoError);
+    const bool isAnswered = [&] {
+        const StandardErrorAside aside;
+        return callPortAudio([status] {
+            *status = Pa_Initialize();
+            if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();
+        });
+    }();
     silenceMessages(); // JACK's part sets its own
-    isStarted = status == paNoError;
-    if (!isStarted) error = std::string("PortAudio does not start: ") + Pa_GetErrorText(status);
+    isStarted = isAnswered && *status == paNoError;
+    if (!isAnswered)
+        error = "the sound server does not answer; restart it, or set KVX_AUDIO_DEVICE=simulated";
+    else if (!isStarted)
+        error = std::string("PortAudio does not start: ") + Pa_GetErrorText(*status);
     return isStarted;
 }
+
+void stopPortAudio()
+{
+    if (!std::exchange(isStarted, false)) return;
+    callPortAudio([] {
+        stopWatchingServer();
+        Pa_Terminate();
+    });
+}
+
+bool isServerGone(const Device& device) { return device.isOfServer && hasServerEnded(); }
 
 /// Every output device of the list as it is: its index, by the UID that it has here.
 struct Found {
@@ -160,7 +186,9 @@ DeviceRef deviceOf(const Found& found)
     const PaDeviceInfo& info = *Pa_GetDeviceInfo(found.index);
     auto device = std::make_shared<Device>();
     device->name = info.name;
-    device->manufacturer = Pa_GetHostApiInfo(info.hostApi)->name;
+    const PaHostApiInfo& system = *Pa_GetHostApiInfo(info.hostApi);
+    device->manufacturer = system.name;
+    device->isOfServer = system.type == paJACK;
     device->uid = found.uid;
     device->driver = Driver::hardware;
     device->settings.rate = info.defaultSampleRate;
@@ -196,7 +224,11 @@ std::vector<DeviceRef> readHardwareAnew(std::string& error)
                     "program again";
             return {};
         }
-        if (std::exchange(isStarted, false)) Pa_Terminate(); // its list is only read at its start
+        if (hasServerEnded()) {
+            error = "the list cannot be read any more, since the sound server ended; start the program again";
+            return {};
+        }
+        stopPortAudio(); // its list is only read at its start
     }
     return readHardware(error);
 }
@@ -223,7 +255,7 @@ std::vector<double> findRates(const Device& device)
     }
     const std::lock_guard<std::mutex> lock(paLock);
     PaStreamParameters parameters;
-    const bool isThere = findParameters(device, settings.outputChannels, parameters);
+    const bool isThere = !isServerGone(device) && findParameters(device, settings.outputChannels, parameters);
     std::vector<double> rates;
     for (double rate : commonRates)
         if (rate == settings.rate ||
@@ -243,7 +275,8 @@ OSStatus openHardware(const DeviceRef& device)
         running = takeUpSettings(*device);
     }
     PaStreamParameters parameters;
-    if (!findParameters(*device, running.outputChannels, parameters)) return kAudioHardwareUnspecifiedError;
+    if (isServerGone(*device) || !findParameters(*device, running.outputChannels, parameters))
+        return kAudioHardwareUnspecifiedError;
     auto hardware = std::make_unique<HardwareStream>();
     hardware->device = device.get();
     hardware->channels = running.outputChannels;
@@ -265,7 +298,8 @@ void closeHardware(const DeviceRef& device)
     if (!device->hardware) return;
     const std::lock_guard<std::mutex> lock(paLock);
     --openStreams;
-    if (device->hardware->isAbandoned || Pa_IsStreamActive(device->hardware->stream) != 1) {
+    if (device->hardware->isAbandoned || isServerGone(*device) ||
+        Pa_IsStreamActive(device->hardware->stream) != 1) {
         device->hardware->isAbandoned = true;
         endedStreams.push_back(std::move(device->hardware));
         return;
@@ -279,19 +313,21 @@ bool hasHardwareEnded(const DeviceRef& device)
 {
     const std::lock_guard<std::mutex> control(device->control);
     if (!device->hardware)
-        return device->driver == Driver::hardware && device->isRunning() && openHardware(device) != noErr;
+        return isServerGone(*device) ||
+               (device->driver == Driver::hardware && device->isRunning() && openHardware(device) != noErr);
     HardwareStream& hardware = *device->hardware;
     const std::lock_guard<std::mutex> lock(paLock);
     const std::int64_t last = std::max(device->lastCycleNanos.load(), hardware.openedNanos);
     const bool isSilent = static_cast<std::int64_t>(AudioGetCurrentHostTime()) - last > longestSilenceNanos;
-    if (isSilent || Pa_IsStreamActive(hardware.stream) != 1) hardware.isAbandoned = true;
+    if (isSilent || isServerGone(*device) || Pa_IsStreamActive(hardware.stream) != 1)
+        hardware.isAbandoned = true;
     return hardware.isAbandoned;
 }
 
 void leaveHardware()
 {
     const std::lock_guard<std::mutex> lock(paLock);
-    if (isStarted && openStreams == 0 && endedStreams.empty()) Pa_Terminate();
+    if (openStreams == 0 && endedStreams.empty() && !hasServerEnded()) stopPortAudio();
     isStarted = false;
 }
 

@@ -10,7 +10,7 @@ namespace kvxplatform::hal {
 std::vector<DeviceRef> readHardware(std::string& error);
 
 /// The same, as they are now: PortAudio is started anew for it. Empty, with the reason in `error`, while a
-/// stream is open, or once one has ended by itself.
+/// stream is open, or once one or the sound server has ended.
 std::vector<DeviceRef> readHardwareAnew(std::string& error);
 
 /// Whether a stream can be opened on it: what decides the default device.
@@ -23,12 +23,13 @@ std::vector<double> findRates(const Device& device);
 OSStatus openHardware(const DeviceRef& device);
 void closeHardware(const DeviceRef& device);
 
-/// Running hardware stopped asking for slices, or has no stream and none can be opened. [housekeeper]
+/// Running hardware stopped asking for slices, or has no stream and none can be opened; or its sound server
+/// ended. [housekeeper]
 bool hasHardwareEnded(const DeviceRef& device);
 bool isAnyHardwareOpen();
 
-/// At the end of the process: let PortAudio go, unless a stream is open or does not answer. A sound server
-/// then does not have to find out by itself that its client is gone.
+/// At the end of the process: let PortAudio go, unless a stream is open or ended, or the sound server did. A
+/// living sound server then does not have to find out by itself that its client is gone.
 void leaveHardware();
 
 } // namespace kvxplatform::hal

@@ -24,6 +24,7 @@ struct Tree {
     AudioObjectID roles[static_cast<int>(Role::count)] = {};
     DeviceRef builtIn;
     std::string capturePath; ///< of the environment; empty when taken
+    std::string hardwareError;
 };
 
 struct RoleFacts {
@@ -110,7 +111,7 @@ void findDevices(Tree& tree)
     std::string error;
     // Who wants the simulated device wants quiet and speed: PortAudio is not even started.
     if (!choice || std::string(choice) != "simulated")
-        for (const DeviceRef& device : readHardware(error)) enter(tree, device);
+        for (const DeviceRef& device : readHardware(tree.hardwareError)) enter(tree, device);
     tree.builtIn = makeSimulatedDevice({});
     enter(tree, tree.builtIn);
     enter(tree, makeSimulatedInput());
@@ -357,6 +358,11 @@ bool refreshHardware(std::string& error)
 {
     const std::vector<DeviceRef> found = readHardwareAnew(error);
     if (!error.empty()) return false;
+    {
+        Tree& t = tree();
+        const std::lock_guard<std::mutex> lock(t.lock);
+        t.hardwareError.clear();
+    }
     const auto isSame = [](const DeviceRef& a, const DeviceRef& b) { return a->uid == b->uid; };
     const std::vector<DeviceRef> known = listedDevices();
     std::vector<DeviceRef> staying;
@@ -374,6 +380,13 @@ bool refreshHardware(std::string& error)
                          [&](const DeviceRef& k) { return isSame(k, device); }))
             enterDevice(device);
     return true;
+}
+
+std::string hardwareError()
+{
+    Tree& t = tree();
+    const std::lock_guard<std::mutex> lock(t.lock);
+    return t.hardwareError;
 }
 
 DeviceRef builtInSimulatedDevice() { return tree().builtIn; }

@@ -62,6 +62,9 @@ bool chooseOutput(const std::string& choice, std::string& error);
 /// is there again is entered as another. False, with the reason in `error`, if the list stays as it is.
 bool refreshHardware(std::string& error);
 
+/// Why the devices of PortAudio could not be read; empty if they could.
+std::string hardwareError();
+
 DeviceRef builtInSimulatedDevice();
 
 /// What the environment's KVX_AUDIO_CAPTURE asks for, at the first start of the default device.

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -53,6 +54,49 @@ TEST(SoundServerDeath, EndsThePlayingWithAMessage)
         EXPECT_EQ(folder.count(), 1u) << "no half-made capture";
         server.kill(); // so that the recorder's goodbye is not waited for
     }
+}
+
+TEST(SoundServerDeath, IsSeenByAWatch)
+{
+    SoundServer server(rate);
+    auto environment = server.environment();
+    environment.push_back({"KVX_AUDIO_DEVICE", ""});
+    support::Child watch(kvxCommand({"devices", "--watch"}), environment);
+    const auto waitForText = [&](const char* text) {
+        while (watch.isRunning() && watch.outSoFar().find(text) == std::string::npos) pause();
+    };
+    waitForText("Simulated Input"); // the table's last row
+    server.kill();
+    waitForText("no longer alive");
+    waitForText("default output: from system (id 2) to Simulated Device");
+    watch.send(SIGINT);
+    const auto result = watch.wait();
+    EXPECT_EQ(result.exitCode, 130) << "signal " << result.signal;
+    EXPECT_EQ(result.err, "");
+    EXPECT_NE(result.out.find("system (id 2): no longer alive\n"), std::string::npos) << result.out;
+}
+
+TEST(SoundServerDeath, AFrozenServerIsToldInOneLine)
+{
+    SoundServer server(rate);
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeSweep(rate, 2, rate), folder / "short.wav");
+    auto environment = server.environment();
+    environment.push_back({"KVX_AUDIO_DEVICE", ""});
+    server.freeze();
+    const std::vector<std::string> commands[] = {
+        {"devices"}, {"get", "0"}, {"play", "short.wav"}, {"play", "--device", "system", "short.wav"}};
+    for (const auto& command : commands) {
+        SCOPED_TRACE(testing::PrintToString(command));
+        const auto result = support::runChild(kvxCommand(command), environment, folder.path());
+        EXPECT_EQ(result.exitCode, 1) << "signal " << result.signal;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "kvx: the sound server does not answer; restart it, or set "
+                              "KVX_AUDIO_DEVICE=simulated\n");
+    }
+    const auto simulated = support::runChild(
+        kvxCommand({"play", "--fast", "--device", "simulated", "short.wav"}), environment, folder.path());
+    EXPECT_EQ(simulated.exitCode, 0) << simulated.err;
 }
 
 // ---- in a program ----

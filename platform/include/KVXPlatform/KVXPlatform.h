@@ -81,8 +81,11 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformConfigureDevice(KVXDeviceID device, doubl
 KVX_PLATFORM_EXPORT int32_t KVXPlatformChooseOutputDevice(const char* choice);
 
 /** Read PortAudio's list again. Fails, and leaves the list as it is, while one of its devices plays, or once
- * one has ended by itself while it played. */
+ * one has ended by itself while it played, or its sound server ended. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformRefreshDevices(void);
+
+/** 0 if the devices of PortAudio could be read. If not, the list has simulated devices only. */
+KVX_PLATFORM_EXPORT int32_t KVXPlatformCheckHardware(void);
 
 /* ---- time ---- */
 

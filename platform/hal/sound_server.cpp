@@ -1,0 +1,60 @@
+#include "platform/hal/sound_server.h"
+
+#include "platform/hal/housekeeper.h"
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <jack/jack.h>
+#include <memory>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace kvxplatform::hal {
+
+namespace {
+
+constexpr auto longestAnswer = std::chrono::seconds(5);
+
+jack_client_t* watcher = nullptr;
+std::atomic<bool> hasEnded{false};
+
+extern "C" void noteEnd(void*)
+{
+    hasEnded = true;
+    wakeHousekeeper();
+}
+
+} // namespace
+
+bool endsInTime(const std::function<void()>& work)
+{
+    const auto end = std::make_shared<std::promise<void>>();
+    const std::future<void> ended = end->get_future();
+    try {
+        std::thread([work, end] {
+            work();
+            end->set_value();
+        }).detach();
+    } catch (const std::system_error&) {
+        work();
+        return true;
+    }
+    return ended.wait_for(longestAnswer) == std::future_status::ready;
+}
+
+void watchServer()
+{
+    watcher = jack_client_open("kvx-watch", JackNoStartServer, nullptr);
+    if (watcher) jack_on_shutdown(watcher, noteEnd, nullptr);
+}
+
+void stopWatchingServer()
+{
+    if (jack_client_t* const client = std::exchange(watcher, nullptr)) jack_client_close(client);
+}
+
+bool hasServerEnded() { return hasEnded; }
+
+} // namespace kvxplatform::hal
