@@ -1,5 +1,9 @@
 #include "host/kvx/device_facts.h"
 
+#include "host/kvx/failure.h"
+
+#include <fmt/format.h>
+
 #include <cstddef>
 
 namespace kvx {
@@ -53,8 +57,11 @@ ObjectID roleOf(const CoreAudio& core, const char* name)
 
 std::vector<ObjectID> readDeviceList(const CoreAudio& core)
 {
-    return itemsOf<ObjectID>(
-        core.readSystem(core.constant("kAudioHardwarePropertyDevices").value_or(0)).value);
+    const Answer list = core.readSystem(core.constant("kAudioHardwarePropertyDevices").value_or(0));
+    if (!list.isGood())
+        throw Failure(fmt::format("the list of devices cannot be read: {}; close other programs",
+                                  printStatus(list.status)));
+    return itemsOf<ObjectID>(list.value);
 }
 
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device)
@@ -90,6 +97,7 @@ std::vector<DeviceFacts> readAllDevices(const CoreAudio& core)
     std::vector<DeviceFacts> devices;
     for (ObjectID id : readDeviceList(core))
         if (auto facts = readDeviceFacts(core, id)) devices.push_back(std::move(*facts));
+    if (devices.empty()) throw Failure("no device can be read; close other programs");
     return devices;
 }
 

@@ -31,13 +31,13 @@ struct Roles {
     ObjectID output = 0, systemOutput = 0, input = 0;
 };
 
-/// In the order of the list.
+/// In the order of the list. Throws Failure when it cannot be read.
 std::vector<ObjectID> readDeviceList(const CoreAudio& core);
 
 /// Nothing when there is no such device any more.
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device);
 
-/// All that are listed, in order.
+/// All that are listed, in order. Throws Failure when there is none: simulated devices always exist.
 std::vector<DeviceFacts> readAllDevices(const CoreAudio& core);
 
 Roles readRoles(const CoreAudio& core);
