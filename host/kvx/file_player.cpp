@@ -1,6 +1,7 @@
 #include "host/kvx/file_player.h"
 
 #include "host/kvx/failure.h"
+#include "host/kvx/interrupt.h"
 
 #include <fmt/format.h>
 
@@ -70,6 +71,7 @@ RateUnit FilePlayer::rateUnit() const
 void FilePlayer::loadWith(const char* method, const std::string& path, int channels)
 {
     bool isLoaded = false;
+    const HangGuard guard;
     try {
         isLoaded = object_.call(method, host::FolderItem::at(path), channels, channels).boolean();
     } catch (const host::HostException& error) {

@@ -1,7 +1,10 @@
 #include "host/kvx/interrupt.h"
 
+#include "host/kvx/write_aside.h"
+
 #include <cstddef>
 #include <iterator>
+#include <unistd.h>
 
 namespace kvx {
 namespace {
@@ -9,9 +12,32 @@ namespace {
 volatile std::sig_atomic_t arrivedSignal = 0;
 void (*volatile workAtOnce)() = nullptr;
 
+volatile std::sig_atomic_t mayHang = 0;
+
+constexpr unsigned longestHangSeconds = 5;
+
+void handle(int signal, void (*handler)(int), struct sigaction* former)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, former);
+}
+
+extern "C" void endProcess(int signal)
+{
+    removeUnfinishedFiles();
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+extern "C" void endHungProcess(int) { endProcess(arrivedSignal); }
+
 extern "C" void noteSignal(int signal)
 {
     arrivedSignal = signal;
+    handle(signal, endProcess, nullptr);
+    if (mayHang) alarm(longestHangSeconds);
     if (workAtOnce) workAtOnce();
 }
 
@@ -20,18 +46,26 @@ extern "C" void noteSignal(int signal)
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
-    for (std::size_t i = 0; i < std::size(signals_); ++i) {
-        struct sigaction action = {};
-        action.sa_handler = noteSignal;
-        action.sa_flags = SA_RESETHAND; // who asks twice does not want to wait
-        sigemptyset(&action.sa_mask);
-        sigaction(signals_[i], &action, &former_[i]);
-    }
+    for (std::size_t i = 0; i < std::size(signals_); ++i) handle(signals_[i], noteSignal, &former_[i]);
 }
 
 InterruptGuard::~InterruptGuard()
 {
     for (std::size_t i = 0; i < std::size(signals_); ++i) sigaction(signals_[i], &former_[i], nullptr);
+}
+
+HangGuard::HangGuard()
+{
+    handle(SIGALRM, endHungProcess, &former_);
+    mayHang = 1;
+    if (isInterrupted()) alarm(longestHangSeconds);
+}
+
+HangGuard::~HangGuard()
+{
+    mayHang = 0;
+    alarm(0);
+    sigaction(SIGALRM, &former_, nullptr);
 }
 
 void onFirstInterrupt(void (*work)()) { workAtOnce = work; }

@@ -6,7 +6,7 @@
 namespace kvx {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, each once: the
-/// second of its kind ends it. One at a time. [main]
+/// second of its kind removes unfinished files and ends the process. One at a time. [main]
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -17,6 +17,20 @@ public:
 private:
     static constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP};
     struct sigaction former_[3];
+};
+
+/// While one lives under an InterruptGuard, the process also ends if a signal came and the guarded call goes
+/// on for some seconds: for calls that cannot be interrupted, such as a load from a disk that does not
+/// answer. [main]
+class HangGuard {
+public:
+    HangGuard();
+    ~HangGuard();
+    HangGuard(const HangGuard&) = delete;
+    HangGuard& operator=(const HangGuard&) = delete;
+
+private:
+    struct sigaction former_;
 };
 
 bool isInterrupted();

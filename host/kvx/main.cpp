@@ -7,6 +7,11 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <fcntl.h>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -16,6 +21,12 @@ int fail(const std::string& text, ExitCode code)
 {
     std::fprintf(stderr, "kvx: %s\n", kvx::plainText(text).c_str());
     return code;
+}
+
+int failWithoutMemory(const std::string& command)
+{
+    return fail(command + ": there is not enough memory; close other programs or choose a shorter file",
+                exitFailed);
 }
 
 bool isOutputWritten() { return std::fflush(stdout) == 0 && !std::ferror(stdout); }
@@ -45,21 +56,37 @@ int run(int argumentCount, char** arguments)
         return app.exit(error) == 0 ? exitGood : exitWrongUsage; // --help comes here too, and is good
     }
 
+    const std::string command = app.get_subcommands().front()->get_name();
     try {
         return action();
     } catch (const kvx::WrongUsage& error) {
         return fail(error.what(), exitWrongUsage);
+    } catch (const std::bad_alloc&) {
+        return failWithoutMemory(command);
+    } catch (const std::length_error&) { // more than any memory holds
+        return failWithoutMemory(command);
     } catch (const std::exception& error) {
         if (!isOutputWritten()) return exitFailed; // main() says so
         return fail(error.what(), exitFailed);
     }
 }
 
+// A file that is opened later must not take the place of a standard stream that the caller closed.
+void openStandardStreams()
+{
+    int file;
+    do {
+        file = open("/dev/null", O_RDWR);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) close(file);
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments)
 {
-    std::signal(SIGPIPE, SIG_IGN); // a reader that goes is an error like any other
+    openStandardStreams();
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN); // the write reports the error
     const int code = run(argumentCount, arguments);
     // With a terminal that closed, what is said is lost for a known reason.
     return isOutputWritten() || code > exitWrongUsage ? code : fail(kvx::OutputFailure().what(), exitFailed);

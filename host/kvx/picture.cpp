@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 
@@ -92,9 +93,10 @@ Picture drawWaveform(const std::vector<Column>& columns, int height)
 void writePicture(const Picture& picture, const std::string& path)
 {
     const std::string aside = asideOf(path);
+    errno = 0;
     if (!stbi_write_png(aside.c_str(), picture.width, picture.height, 3, picture.rgb.data(),
                         picture.width * 3))
-        giveUpWriting(aside, path);
+        giveUpWriting(aside, path, errno);
     moveIntoPlace(aside, path);
 }
 

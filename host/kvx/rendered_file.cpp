@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <utility>
 
@@ -13,6 +14,9 @@ namespace kvx {
 namespace {
 
 constexpr std::uint64_t mostBytes = 0xFFFF0000; // of samples: lengths have 32 bits, and there is a head
+
+// The code of the C library call that just failed inside libsndfile.
+int errorOfWrite() { return errno ? errno : EIO; }
 
 } // namespace
 
@@ -47,25 +51,28 @@ void RenderedFile::take(void* context, const float* samples, std::uint32_t frame
 {
     auto& self = *static_cast<RenderedFile*>(context);
     const auto count = std::min<std::uint64_t>(frames, self.wanted_ - self.taken_);
-    if (self.isDiskFull_ || count == 0) return;
-    self.isDiskFull_ = sf_writef_float(self.file_.get(), samples, sf_count_t(count)) != sf_count_t(count);
+    if (self.failure_ || count == 0) return;
+    errno = 0;
+    if (sf_writef_float(self.file_.get(), samples, sf_count_t(count)) != sf_count_t(count))
+        self.failure_ = errorOfWrite();
     self.taken_ += count;
 }
 
 void RenderedFile::checkDisk()
 {
-    if (!isDiskFull_) return;
+    if (!failure_) return;
     const std::string aside = std::exchange(unfinished_, {});
     file_.reset();
-    giveUpWriting(aside, path_);
+    giveUpWriting(aside, path_, failure_);
 }
 
 void RenderedFile::keep()
 {
     KVXPlatformSetOutputTap(device_, nullptr, nullptr);
     checkDisk();
+    errno = 0;
     sf_write_sync(file_.get());
-    isDiskFull_ = sf_error(file_.get()) != SF_ERR_NO_ERROR || sf_close(file_.release()) != 0;
+    if (sf_error(file_.get()) != SF_ERR_NO_ERROR || sf_close(file_.release()) != 0) failure_ = errorOfWrite();
     checkDisk();
     moveIntoPlace(std::exchange(unfinished_, {}), path_);
 }

@@ -26,7 +26,7 @@ public:
     std::uint64_t framesWanted() const { return wanted_; }
     std::uint64_t framesTaken() const { return taken_; }
 
-    /// Throws Failure when the disk took no more.
+    /// Throws Failure when a write failed.
     void checkDisk();
 
     /// Finish the file and give it its name. Throws Failure.
@@ -43,7 +43,7 @@ private:
     std::string unfinished_;
     std::uint64_t wanted_;
     std::uint64_t taken_ = 0;
-    bool isDiskFull_ = false;
+    int failure_ = 0; ///< errno of the write that failed
     std::unique_ptr<SNDFILE, Close> file_;
 };
 

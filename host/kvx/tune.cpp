@@ -5,6 +5,7 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 
 namespace kvx {
@@ -96,12 +97,14 @@ void writeTune(const std::string& path)
     info.samplerate = tuneSampleRate;
     info.channels = tuneChannels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    errno = 0;
     SNDFILE* file = sf_open(aside.c_str(), SFM_WRITE, &info);
-    if (!file) giveUpWriting(aside, path);
+    if (!file) giveUpWriting(aside, path, errno);
     const auto frames = sf_count_t(tune.size() / tuneChannels);
     const bool isWritten = sf_writef_float(file, tune.data(), frames) == frames;
+    const int error = errno;
     const bool isClosed = sf_close(file) == 0;
-    if (!isWritten || !isClosed) giveUpWriting(aside, path);
+    if (!isWritten || !isClosed) giveUpWriting(aside, path, isWritten ? errno : error);
     moveIntoPlace(aside, path);
 }
 

@@ -5,10 +5,13 @@
 #include <fmt/format.h>
 
 #include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +26,8 @@ const char* adviceFor(int error)
         return "make room on the disk";
     case ENAMETOOLONG:
         return "name a file with a shorter name";
+    case EFBIG:
+        return "write to a disk that takes larger files, or raise the limit (ulimit -f)";
     case EMFILE:
     case ENFILE:
         return "close other programs";
@@ -34,6 +39,21 @@ const char* adviceFor(int error)
 Failure cannotWrite(const std::string& path, int error)
 {
     return Failure(fmt::format("{} cannot be written: {}; {}", path, std::strerror(error), adviceFor(error)));
+}
+
+// For a signal handler, which may not allocate. Names stay: they hold this process's number, so that no other
+// program's file takes one.
+char unfinished[8][PATH_MAX];
+volatile std::sig_atomic_t unfinishedCount = 0;
+
+void remember(const std::string& path)
+{
+    const auto count = std::size_t(unfinishedCount);
+    for (std::size_t i = 0; i < count; ++i)
+        if (path == unfinished[i]) return;
+    if (count == std::size(unfinished) || path.size() >= PATH_MAX) return;
+    path.copy(unfinished[count], path.size());
+    unfinishedCount = int(count) + 1;
 }
 
 } // namespace
@@ -60,6 +80,8 @@ std::string asideOf(const std::string& path)
     if (file < 0) throw cannotWrite(path, errno);
     close(file);
     std::remove(aside.c_str());
+    remember(aside + ".part"); // the platform's captures write there first
+    remember(aside);
     return aside;
 }
 
@@ -71,10 +93,15 @@ void moveIntoPlace(const std::string& aside, const std::string& path)
     throw cannotWrite(path, error);
 }
 
-void giveUpWriting(const std::string& aside, const std::string& path)
+void giveUpWriting(const std::string& aside, const std::string& path, int error)
 {
     std::remove(aside.c_str());
-    throw Failure(fmt::format("{} cannot be written to its end; make room on the disk", path));
+    throw cannotWrite(path, error ? error : EIO);
+}
+
+void removeUnfinishedFiles()
+{
+    for (int i = 0; i < unfinishedCount; ++i) unlink(unfinished[i]);
 }
 
 } // namespace kvx

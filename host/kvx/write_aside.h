@@ -17,7 +17,10 @@ std::string asideOf(const std::string& path);
 /// Give the finished file its name, in place of any earlier one. Throws Failure; then it is removed.
 void moveIntoPlace(const std::string& aside, const std::string& path);
 
-/// Remove the unfinished file and throw Failure: the disk took no more of it.
-[[noreturn]] void giveUpWriting(const std::string& aside, const std::string& path);
+/// Remove the unfinished file and throw Failure: a write failed. `error`: its errno, 0 if unknown.
+[[noreturn]] void giveUpWriting(const std::string& aside, const std::string& path, int error);
+
+/// Remove every file that still has the name asideOf() gave. [any], in a signal handler too
+void removeUnfinishedFiles();
 
 } // namespace kvx
