@@ -27,7 +27,6 @@ namespace {
 
 void countUp(void* context) { ++*static_cast<int*>(context); }
 
-
 TEST(NoThreads, WorkRunsOnTheCallersThread)
 {
     isRefusing = true;

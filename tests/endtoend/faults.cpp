@@ -1,0 +1,79 @@
+// Faults for a child process, which loads this library before the C library. The environment chooses them:
+//   KVX_FAULT_THREADS=N   only the first N threads start
+//   KVX_FAULT_THREAD=N    the Nth thread does not start
+//   KVX_FAULT_BLOCK=N     blocks of N bytes and more are out of memory
+//   KVX_FAULT_LOAD=1      the plug-in's reads of a file never return; stdout says so
+//   KVX_FAULT_HARDWARE=1  a start of PortAudio ends the process with exit code 99
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace {
+
+template <class Function>
+Function* next(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+unsigned long numberOf(const char* name, unsigned long otherwise)
+{
+    const char* text = std::getenv(name);
+    return text ? std::strtoul(text, nullptr, 10) : otherwise;
+}
+
+bool isPlugIn(const void* code)
+{
+    Dl_info info = {};
+    return dladdr(code, &info) && info.dli_fname && std::strstr(info.dli_fname, "KVXAudio.so");
+}
+
+std::atomic<unsigned long> threads{0};
+
+} // namespace
+
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+
+#define INTERPOSED __attribute__((visibility("default")))
+
+INTERPOSED int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
+                              void* argument)
+{
+    const unsigned long number = ++threads;
+    if (number > numberOf("KVX_FAULT_THREADS", ~0ul) || number == numberOf("KVX_FAULT_THREAD", 0))
+        return EAGAIN;
+    return next<int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create")(
+        thread, attributes, start, argument);
+}
+
+INTERPOSED void* malloc(std::size_t size)
+{
+    if (size < 100'000 || size < numberOf("KVX_FAULT_BLOCK", ~0ul)) return __libc_malloc(size);
+    errno = ENOMEM;
+    return nullptr;
+}
+
+INTERPOSED std::int32_t ExtAudioFileRead(void* file, std::uint32_t* frames, void* buffers)
+{
+    if (numberOf("KVX_FAULT_LOAD", 0) && isPlugIn(__builtin_return_address(0))) {
+        constexpr char text[] = "the load hangs\n";
+        if (write(STDOUT_FILENO, text, sizeof text - 1) > 0)
+            for (;;) pause();
+    }
+    return next<std::int32_t(void*, std::uint32_t*, void*)>("ExtAudioFileRead")(file, frames, buffers);
+}
+
+INTERPOSED int Pa_Initialize()
+{
+    if (numberOf("KVX_FAULT_HARDWARE", 0)) _exit(99);
+    return next<int()>("Pa_Initialize")();
+}
+
+} // extern "C"
