@@ -46,7 +46,11 @@ extern "C" void noteSignal(int signal)
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
-    for (std::size_t i = 0; i < std::size(signals_); ++i) handle(signals_[i], noteSignal, &former_[i]);
+    for (std::size_t i = 0; i < std::size(signals_); ++i) {
+        sigaction(signals_[i], nullptr, &former_[i]);
+        // A signal ignored at the start stays ignored: the parent wants this process to outlive it (nohup).
+        if (former_[i].sa_handler != SIG_IGN) handle(signals_[i], noteSignal, nullptr);
+    }
 }
 
 InterruptGuard::~InterruptGuard()

@@ -6,7 +6,8 @@
 namespace kvx {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, each once: the
-/// second of its kind removes unfinished files and ends the process. One at a time. [main]
+/// second of its kind removes unfinished files and ends the process. A signal that is ignored at construction
+/// stays ignored. One at a time. [main]
 class InterruptGuard {
 public:
     InterruptGuard();

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
+
 namespace {
 
 using namespace kvx;
@@ -11,6 +14,7 @@ TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
+        std::signal(signal, SIG_DFL); // the test itself may run under nohup
         {
             const InterruptGuard guard;
             EXPECT_FALSE(isInterrupted());
@@ -25,6 +29,21 @@ TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
         };
         EXPECT_EXIT(raiseTwice(), testing::KilledBySignal(signal), "");
     }
+}
+
+TEST(InterruptDeathTest, AnIgnoredSignalStaysIgnored)
+{
+    const auto raiseWhileIgnored = [] {
+        std::signal(SIGHUP, SIG_IGN);
+        {
+            const InterruptGuard guard;
+            std::raise(SIGHUP);
+            std::raise(SIGHUP);
+        }
+        std::raise(SIGHUP);
+        std::exit(isInterrupted() ? 1 : 0);
+    };
+    EXPECT_EXIT(raiseWhileIgnored(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

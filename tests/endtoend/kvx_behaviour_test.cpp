@@ -183,6 +183,26 @@ TEST(Kvx, StopsCleanlyOnASignal)
     }
 }
 
+// As nohup starts it: the terminal closes, and the sound goes on.
+TEST(Kvx, PlaysOnAfterAnIgnoredHangup)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
+    support::Child child(
+        {"sh", "-c",
+         "trap '' HUP; exec " + std::string(kvxPath) + " play --device simulated --capture out.wav long.wav"},
+        {}, folder.path());
+    const auto waitForSeconds = [&](unsigned seconds) {
+        while (child.isRunning() && largestUnfinished(folder) < 44100 * 2 * sizeof(float) * seconds)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    };
+    waitForSeconds(1);
+    child.send(SIGHUP);
+    waitForSeconds(2);
+    child.send(SIGTERM);
+    EXPECT_EQ(child.wait().exitCode, 143);
+}
+
 // Ended as soon as there is anything to clear away: a capture without sound is none.
 TEST(Kvx, LeavesNothingHalfMadeWhenStoppedEarly)
 {
