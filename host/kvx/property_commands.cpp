@@ -10,6 +10,7 @@
 #include "host/kvx/property_types.h"
 #include "host/kvx/text_table.h"
 
+#include <KVXPlatform/KVXPlatform.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -106,6 +107,12 @@ std::string bytesFromUser(const CoreAudio& core, const PropertyOptions& options,
 
 // ---- get ----
 
+std::string printBytes(const Subject& subject, const std::string& value, bool isHex)
+{
+    return subject.type && !isHex ? printValue(subject.type->form, subject.type->extent, value)
+                                  : dumpBytes(value);
+}
+
 std::string printPlain(const CoreAudio& core, const Subject& subject, bool isHex)
 {
     if (subject.type && subject.type->form == Form::reference) {
@@ -116,9 +123,7 @@ std::string printPlain(const CoreAudio& core, const Subject& subject, bool isHex
         return printValue(Form::reference, Extent::one, valueOf(core.readText(subject.address), subject));
     }
     const Answer answer = core.read(subject.address);
-    const std::string& value = valueOf(answer, subject);
-    return subject.type && !isHex ? printValue(subject.type->form, subject.type->extent, value)
-                                  : dumpBytes(value);
+    return printBytes(subject, valueOf(answer, subject), isHex);
 }
 
 std::string printInPlace(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
@@ -208,6 +213,33 @@ int get(const PropertyOptions& options)
 
 // ---- set ----
 
+/// Whether the property now has the value that was written.
+bool isInForce(const Subject& subject, const std::string& written, const std::string& read)
+{
+    constexpr Code hogMode = 'oink'; // a write takes or releases the device, whatever the value
+    return subject.address.selector == hogMode ||
+           isKept(subject.type ? subject.type->form : Form::text, written, read);
+}
+
+/// Show what the property now is. Throws Failure where that is not what was written. Write-only properties
+/// show nothing.
+void checkReadBack(const CoreAudio& core, const Subject& subject, const std::string& written, bool isHex)
+{
+    // A device may change some time after the write: half a second is given.
+    Answer answer = core.read(subject.address);
+    for (int i = 0; i < 10 && answer.isGood() && !isInForce(subject, written, answer.value); ++i) {
+        KVXPlatformDrainMainQueue(0.05);
+        answer = core.read(subject.address);
+    }
+    if (!answer.isGood()) return;
+    const std::string now = printBytes(subject, answer.value, isHex);
+    printLines(now);
+    if (isInForce(subject, written, answer.value)) return;
+    throw Failure(fmt::format(
+        "{}, {}: {} was written and {} is read back; give a value that the device takes", subject.object.name,
+        printCode(subject.address.selector), onOneLine(printBytes(subject, written, isHex)), onOneLine(now)));
+}
+
 void writeProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const std::string selector = printCode(subject.address.selector);
@@ -221,10 +253,8 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
                                   ? bytesFromUser(core, options, subject.type->form, subject.type->extent)
                                   : parseHex(options.valueText());
     if (const Status status = core.write(subject.address, bytes); status != 0) failWith(status, subject);
-
-    // A device may take less than it was given: what it took is shown.
     if (!subject.type || subject.type->asks == Asks::nothing)
-        printLines(printPlain(core, subject, options.isHex));
+        checkReadBack(core, subject, bytes, options.isHex);
 }
 
 int set(const PropertyOptions& options)
@@ -278,7 +308,9 @@ void addSetCommand(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<PropertyOptions>();
     CLI::App* command = app.add_subcommand(
-        "set", "Write a property, and show what it then is. Simulated devices live as long as the command");
+        "set",
+        "Write a property and show its new value; exit code 1 where that differs from VALUE. Simulated "
+        "devices live as long as the command");
     command->add_option("object", options->object, objectHelp)->required()->type_name("OBJECT");
     command->add_option("selector", options->selector, selectorHelp)->required()->type_name("SELECTOR");
     command

@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <type_traits>
 
 namespace kvx {
 namespace {
@@ -44,8 +46,10 @@ std::optional<T> readArithmetic(std::string_view text)
 {
     T number{};
     const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return rest == text.data() + text.size() && error == std::errc() ? std::optional<T>(number)
-                                                                     : std::nullopt;
+    if (rest != text.data() + text.size() || error != std::errc()) return std::nullopt;
+    if constexpr (std::is_floating_point_v<T>)
+        if (!std::isfinite(number)) return std::nullopt; // no property has such a value
+    return number;
 }
 
 template <class T>
@@ -219,6 +223,23 @@ const FormFact* findForm(Form form)
     return found == std::end(forms) ? nullptr : found;
 }
 
+// ---- values that come back ----
+
+// Fields left out are 0 and mean any.
+bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
+{
+    return (written.rate == 0 || written.rate == read.rate) &&
+           std::all_of(std::begin(formatFields), std::end(formatFields), [&](const FormatField& each) {
+               return written.*each.field == 0 || written.*each.field == read.*each.field;
+           });
+}
+
+// A device that keeps decibels as a factor, or the other way round, loses the last digits.
+bool singleIsKept(float written, float read)
+{
+    return std::fabs(written - read) <= 1e-4f * std::fmax(std::fabs(written), std::fabs(read));
+}
+
 // ---- records that are as long as they say ----
 
 std::optional<std::string> printBufferList(std::string_view value)
@@ -271,6 +292,15 @@ std::string printValue(Form form, Extent extent, std::string_view value)
     for (std::size_t at = 0; at < value.size(); at += fact->size)
         text += (at ? "\n" : "") + fact->print(value.substr(at, fact->size));
     return text;
+}
+
+bool isKept(Form form, std::string_view written, std::string_view read)
+{
+    if (form == Form::format && written.size() == sizeof(StreamFormat) && read.size() == written.size())
+        return formatIsKept(as<StreamFormat>(written), as<StreamFormat>(read));
+    if (form == Form::single && written.size() == sizeof(float) && read.size() == written.size())
+        return singleIsKept(as<float>(written), as<float>(read));
+    return written == read;
 }
 
 std::string parseValue(Form form, Extent extent, const std::string& text, const FindObject& findObject)

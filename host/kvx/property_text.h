@@ -14,6 +14,10 @@ namespace kvx {
 /// that is not as long as its form wants is printed by dumpBytes. `reference` values are their text here.
 std::string printValue(Form form, Extent extent, std::string_view value);
 
+/// Whether a property that reads `read` has the value that was `written`: the same bytes; of a format only
+/// the fields that were given; single precision within a ten-thousandth.
+bool isKept(Form form, std::string_view written, std::string_view read);
+
 /// What the name of an object in a value stands for. Throws Failure.
 using FindObject = std::function<ObjectID(const std::string& text)>;
 

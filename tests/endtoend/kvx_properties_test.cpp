@@ -132,8 +132,8 @@ TEST(KvxSet, WritesAndShowsWhatItThenIs)
         {{"0", "fsiz", "0x100"}, "256\n"},
         {{"0", "fsiz", "--hex", "00 01", "00 00"}, "0000  00 01 00 00" + std::string(38, ' ') + "|....|\n"},
         {{"0", "volm", "0.5", "--scope", "output", "--element", "1"}, "0.5\n"},
-        {{"0", "volm", "2", "--element", "1"}, "1\n"}, // the device takes no more
         {{"0", "vold", "-32", "--element", "2"}, "-32\n"},
+        {{"0", "vold", "-0.1", "--element", "2"}, "-0.099998474\n"}, // the device keeps a factor
         {{"0", "mute", "on"}, "yes\n"},
         {{"0", "sfmt", "rate=96000,channels=2"}, "rate=96000," + stereo},
         {{"stream:3", "pft ", "rate=8000"}, "rate=8000," + stereo},
@@ -143,6 +143,7 @@ TEST(KvxSet, WritesAndShowsWhatItThenIs)
         {{"system", "dIn ", "Simulated Input"}, "4\n"},
         {{"system", "slep", "no"}, "no\n"},
         {{"0", "ssrc", "'spkr'"}, "'spkr'\n"},
+        {{"system", "slep", "--hex", "00000000"}, "0000  00 00 00 00" + std::string(38, ' ') + "|....|\n"},
     };
     for (const auto& fact : facts) {
         Arguments arguments = {"set"};
@@ -153,6 +154,24 @@ TEST(KvxSet, WritesAndShowsWhatItThenIs)
         EXPECT_EQ(result.err, "");
         EXPECT_EQ(result.out, fact.out);
     }
+}
+
+TEST(KvxSet, FailsWhereAnotherValueIsReadBack)
+{
+    const auto result = runKvx({"set", "0", "volm", "2", "--element", "1"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "1\n");
+    EXPECT_EQ(result.err,
+              "kvx: Simulated Device, 'volm': 2 was written and 1 is read back; give a value that "
+              "the device takes\n");
+    for (const Arguments& more :
+         {Arguments{"bsiz", "4095"}, {"ncyc", "0.5"}, {"volm", "-1", "--element", "2"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        Arguments arguments = {"set", "0"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(runKvx(arguments).exitCode, 1);
+    }
+    EXPECT_EQ(runKvx({"set", "0", "oink", "-1"}).exitCode, 0) << "a write of any value takes the device";
 }
 
 /// One line on stderr that says `says`, nothing on stdout, nothing left over.
@@ -228,6 +247,11 @@ TEST(KvxProperties, WrongUsageIsToldWithAdvice)
             {{"get", "0", "lnam", "--hex"}, "leave out --hex"},
             {{"get", "0", "sscn", "--hex", "00"}, "four bytes"},
             {{"set", "0", "nsrt", "fast"}, "\"fast\" is not a value for this; write a number such as 0.5"},
+            {{"set", "0", "nsrt", "nan"}, "\"nan\" is not a value for this; write a number such as 0.5"},
+            {{"set", "0", "nsrt", "inf"}, "\"inf\" is not a value for this"},
+            {{"set", "0", "volm", "NaN", "--element", "1"}, "\"NaN\" is not a value for this"},
+            {{"set", "0", "sfmt", "rate=nan"}, "\"rate=nan\" is not a value for this"},
+            {{"get", "0", "v2db", "infinity", "--element", "1"}, "\"infinity\" is not a value for this"},
             {{"set", "0", "fsiz", "-1"}, "whole number"},
             {{"set", "0", "mute", "maybe"}, "yes or no"},
             {{"set", "0", "slay", "2"}, "--hex"},

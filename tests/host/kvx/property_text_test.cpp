@@ -55,7 +55,6 @@ TEST(PropertyText, PrintsEachFormAndReadsItBack)
         {Form::single, bytesOf(0.5f), "0.5"},
         {Form::single, bytesOf(0.1f), "0.1"},
         {Form::single, bytesOf(1e-45f), "1e-45"},
-        {Form::single, bytesOf(-std::numeric_limits<float>::infinity()), "-inf"},
         {Form::single, bytesOf(-0.0f), "-0"},
         {Form::real, bytesOf(44100.0), "44100"},
         {Form::real, bytesOf(0.1), "0.1"},
@@ -70,9 +69,54 @@ TEST(PropertyText, PrintsEachFormAndReadsItBack)
         EXPECT_EQ(parse(fact.form, fact.text), fact.bytes);
     }
     EXPECT_EQ(kvx::printValue(Form::single, Extent::one, bytesOf(std::nanf(""))), "nan");
+    EXPECT_EQ(kvx::printValue(Form::single, Extent::one, bytesOf(-std::numeric_limits<float>::infinity())),
+              "-inf");
     EXPECT_EQ(
         kvx::printValue(Form::rangedFormat, Extent::one, bytesOf(kvx::RangedFormat{stereo, {8000, 48000}})),
         stereoText + ",rates=8000..48000");
+}
+
+TEST(PropertyText, RefusesNumbersThatAreNotFinite)
+{
+    for (const char* text : {"nan", "-nan", "inf", "-inf", "infinity", "1e999"}) {
+        SCOPED_TRACE(text);
+        EXPECT_THROW(parse(Form::single, text), kvx::WrongUsage);
+        EXPECT_THROW(parse(Form::real, text), kvx::WrongUsage);
+        EXPECT_THROW(parse(Form::range, std::string(text) + "..1"), kvx::WrongUsage);
+        EXPECT_THROW(parse(Form::range, std::string("1..") + text), kvx::WrongUsage);
+        EXPECT_THROW(parse(Form::format, std::string("rate=") + text), kvx::WrongUsage);
+    }
+}
+
+TEST(PropertyText, KnowsAWrittenValueThatIsReadBack)
+{
+    const kvx::StreamFormat rateAlone = {44100, 0, 0, 0, 0, 0, 0, 0, 0},
+                            otherRate = {48000, 0, 0, 0, 0, 0, 0, 0, 0};
+    kvx::StreamFormat fiveBits = {};
+    fiveBits.bits = 5;
+    const struct {
+        Form form;
+        std::string written, read;
+        bool isKept;
+    } facts[] = {
+        {Form::number, bytesOf(u32(5)), bytesOf(u32(5)), true},
+        {Form::number, bytesOf(u32(5)), bytesOf(u32(4)), false},
+        {Form::number, bytesOf(u32(5)), "", false},
+        {Form::real, bytesOf(48000.0), bytesOf(48000.5), false},
+        {Form::single, bytesOf(-0.1f), bytesOf(-0.099998474f), true},
+        {Form::single, bytesOf(0.0f), bytesOf(-0.0f), true},
+        {Form::single, bytesOf(0.5f), bytesOf(0.498f), false},
+        {Form::single, bytesOf(0.5f), bytesOf(std::nanf("")), false},
+        {Form::single, bytesOf(0.5f), bytesOf(0.5), false},
+        {Form::format, bytesOf(rateAlone), bytesOf(stereo), true},
+        {Form::format, bytesOf(otherRate), bytesOf(stereo), false},
+        {Form::format, bytesOf(fiveBits), bytesOf(stereo), false},
+        {Form::format, bytesOf(rateAlone), "", false},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(kvx::printValue(fact.form, Extent::one, fact.written));
+        EXPECT_EQ(kvx::isKept(fact.form, fact.written, fact.read), fact.isKept);
+    }
 }
 
 TEST(PropertyText, PrintsListsALineAnItemAndReadsThemBack)
