@@ -79,7 +79,7 @@ int play(const PlayOptions& options)
     const KVXDeviceInfo device = chooseDevice(options.device);
     if (!options.isBuffered) checkFiles(filesOf(runs), options.player, device);
     const std::string captureTo = capturePath(options, device);
-    refuseToOverwrite(pathsOf(runs), captureTo, "--capture");
+    refuseToOverwrite(pathsOf(runs), captureTo, options.capture.empty() ? "--keep" : "--capture");
 
     InterruptGuard guard; // from here on there may be a file to clear away
     std::optional<Capture> capture;
@@ -132,8 +132,10 @@ void addPlayCommand(CLI::App& app, Action& action)
         ->type_name("FILE");
     command->add_flag("--quiet", options->isQuiet, "Say nothing but errors");
     addLibraryOptions(*command, options->library);
-    command->footer(fmt::format("{} (on a terminal, without --buffered and --fast).\n\n{}", keyHelp(),
-                                command->get_footer()));
+    command->footer(fmt::format("{} (on a terminal, without --buffered and --fast).\n\n"
+                                "A loop jumps back at the end of the device's slice that reaches OUT; `kvx "
+                                "render` can be exact to the frame.\n\n{}",
+                                keyHelp(), command->get_footer()));
     command->callback([options, &action] {
         if (options->player.isCurveListWanted) {
             action = showNamedCurves;

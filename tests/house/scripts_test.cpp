@@ -133,4 +133,19 @@ TEST(Setup, RefreshesTheListsAndTriesOnceMore)
     }
 }
 
+// The programs that it calls only note what they are called with.
+TEST(Run, WritesIntoTheBuildFolderWhateverTheCurrentFolder)
+{
+    const support::TemporaryFolder tree;
+    fs::copy_file(house::top() / "run", tree / "run");
+    writeProgram(tree / "scripts/setup", "");
+    writeProgram(tree / "scripts/build", "");
+    writeProgram(tree / "build/i386/kvx", "echo \"$*\"\n");
+    const auto result = support::runChild({tree / "run", "song.wav", "--rate", "2"}, {}, "/proc");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "tune " + (tree / "build/tune.wav") + " --quiet\nplay --keep " +
+                              (tree / "build/run") + " --otherwise " + (tree / "build/tune.wav") +
+                              " song.wav --rate 2\n");
+}
+
 } // namespace
