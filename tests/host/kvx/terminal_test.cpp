@@ -28,6 +28,7 @@ int inATerminal(Work work, Watch watch)
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child == 0) {
+        signal(SIGHUP, SIG_DFL); // the test itself may run under nohup
         work();
         _exit(0);
     }
@@ -193,6 +194,24 @@ TEST(Terminal, StopsAndGoesOnAsOthersDo)
         EXPECT_EQ(write(terminal, "k\n", 2), 2);
     });
     EXPECT_EQ(code, 5) << "keys come one by one again";
+}
+
+// Some shells put the mode of the stopped program back in force when they continue it.
+TEST(Terminal, GetsItsFirstModeBackAfterItWasContinuedInRawMode)
+{
+    const int code = inATerminal(
+        [] {
+            kvx::InterruptGuard guard;
+            {
+                kvx::KeyTerminal keys;
+                raise(SIGCONT);
+                keys.read();
+                if (isLineByLine(STDIN_FILENO)) _exit(3);
+            }
+            _exit(isLineByLine(STDIN_FILENO) ? 0 : 4);
+        },
+        [](int, pid_t) {});
+    EXPECT_EQ(code, 0);
 }
 
 TEST(Terminal, TellsItsWidthAsItIs)

@@ -88,6 +88,18 @@ TEST_F(Events, HandlersMayCallDetachAndDestroy)
     EXPECT_FALSE(probe);
 }
 
+TEST_F(Events, KeepTheirObjectUntilItsMethodReturns)
+{
+    probe.on("Fired", [this](Object&, const std::vector<Value>&) {
+        probe = Object(); // the last reference that the program has
+        return Value();
+    });
+    host.callShared("Probe", "LifeLog");
+    EXPECT_TRUE(probe.call("Fire").boolean());
+    EXPECT_FALSE(probe);
+    EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "fired -Probe ");
+}
+
 TEST_F(Events, WhatAHandlerThrowsReachesTheProgramBehindThePlugin)
 {
     probe.on("Fired", [](Object&, const std::vector<Value>&) -> Value { throw std::runtime_error("mine"); });

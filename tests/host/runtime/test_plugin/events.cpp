@@ -36,8 +36,11 @@ Result raiseEvent(std::size_t index, REALobjectStruct* object, Result otherwise,
 std::uint8_t fire(REALobjectStruct* object)
 {
     auto* handler = handlerOf(0, object);
-    if (handler) reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
-    return handler != nullptr;
+    if (!handler) return false;
+    reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
+    probe(object).uint8 = 1; // a method may use its object after the event
+    lifeLog += "fired ";
+    return true;
 }
 REALstringStruct* ask(REALobjectStruct* object, HostInteger a, double b, REALstringStruct* c, std::uint8_t d)
 {
