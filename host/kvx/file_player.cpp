@@ -125,7 +125,17 @@ bool FilePlayer::isPlaying() const { return object_.get("Playing").boolean(); }
 
 double FilePlayer::position() const { return object_.get("CurrentTime").number(); }
 
-void FilePlayer::seek(double seconds) { object_.set("CurrentTime", std::clamp(seconds, 0.0, duration())); }
+// The class cuts times down to frames, and a binary fraction may fall just short of its frame: the middle of
+// the frame is safe on both sides.
+double FilePlayer::nearestFrame(double seconds) const
+{
+    return (std::round(seconds * sampleRate()) + 0.5) / sampleRate();
+}
+
+void FilePlayer::seek(double seconds)
+{
+    object_.set("CurrentTime", nearestFrame(std::clamp(seconds, 0.0, duration())));
+}
 
 // The position is a frame number of up to 32 bits, divided: one frame in front of the end differs by more
 // than this, and the rounding of the division by less.
@@ -154,11 +164,10 @@ double FilePlayer::pitch() const
 }
 
 // The class rounds down to hundredths in binary, where 0.29 is a little less than 29 of them: the middle of
-// the wanted hundredth is safe on both sides.
+// the hundredth is safe on both sides.
 void FilePlayer::setRate(double rate)
 {
-    const double hundredths = std::floor(rate * 100.0 + 1e-6);
-    write("TimeRate", (hundredths + 0.5) / 100.0, "the rate");
+    write("TimeRate", (std::round(rate * 100.0) + 0.5) / 100.0, "the rate");
 }
 
 void FilePlayer::setPitch(double cents) { write("PitchRate", cents, "the pitch"); }
@@ -177,8 +186,8 @@ void FilePlayer::setChannelMap(const std::vector<int>& channels)
 
 double FilePlayer::loopIn() const { return object_.get("LoopIn").number(); }
 double FilePlayer::loopOut() const { return object_.get("LoopOut").number(); }
-void FilePlayer::setLoopIn(double seconds) { object_.set("LoopIn", seconds); }
-void FilePlayer::setLoopOut(double seconds) { object_.set("LoopOut", seconds); }
+void FilePlayer::setLoopIn(double seconds) { object_.set("LoopIn", nearestFrame(seconds)); }
+void FilePlayer::setLoopOut(double seconds) { object_.set("LoopOut", nearestFrame(seconds)); }
 bool FilePlayer::isLooping() const { return object_.get("Looping").boolean(); }
 void FilePlayer::setLooping(bool isOn) { object_.set("Looping", isOn); }
 

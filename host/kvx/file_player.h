@@ -77,7 +77,7 @@ public:
     bool isPlaying() const;
 
     double position() const;
-    void seek(double seconds); ///< to the nearest time that there is
+    void seek(double seconds); ///< to the nearest frame of the file
     bool isAtEnd() const;      ///< the last frame has gone in
 
     double level() const; ///< average power, decibels
@@ -93,7 +93,7 @@ public:
     double rate() const;
     double pitch() const;
     Range rates() const { return rateRange(rateUnit()); }
-    void setRate(double rate); ///< rounded down to hundredths
+    void setRate(double rate); ///< rounded to the nearest hundredth
     void setPitch(double cents);
 
     void setGains(const Gains& gains);
@@ -101,14 +101,13 @@ public:
 
     // ---- loop ----
 
-    double loopIn() const;  ///< 0 when unset, too
-    double loopOut() const; ///< likewise
-    void setLoopIn(double seconds);
-    void setLoopOut(double seconds);
+    double loopIn() const;           ///< 0 when unset, too
+    double loopOut() const;          ///< likewise
+    void setLoopIn(double seconds);  ///< at the nearest frame
+    void setLoopOut(double seconds); ///< likewise
     bool isLooping() const;
     void setLooping(bool isOn); ///< on has no effect without both points
 
-    /// What the units hold back, together.
     Delay delay() const;
 
     /// The first status that a unit kept from rendering; 0 when all is well. Asking clears it.
@@ -116,6 +115,7 @@ public:
 
 private:
     RateUnit rateUnit() const;
+    double nearestFrame(double seconds) const;
     Status lastError() const;
     void check(const char* what) const;
     void write(const char* property, const host::Value& value, const char* what);

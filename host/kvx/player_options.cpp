@@ -66,7 +66,7 @@ std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& opt
     };
     std::vector<CLI::Option*> all = {
         number("--rate", options.rate,
-               "Speed, in hundredths: 2 is twice as fast [1]; 0.04 to 32, with varispeed 0.25 to 4",
+               "Speed, rounded to hundredths: 2 is twice as fast [1]; 0.04 to 32, with varispeed 0.25 to 4",
                "FACTOR"),
         number("--pitch", options.pitch, "Higher or lower, in cents; an octave is 1200 [0]", "CENTS")
             ->check(within(pitchRange)),

@@ -102,16 +102,52 @@ std::uint64_t framesWanted(const RenderOptions& options, const FilePlayer& playe
     return options.player.loop ? asked : std::min(asked, whole);
 }
 
-// Turn the device until all frames are there. False when the user interrupts.
-bool turnToTheEnd(const KVXDeviceInfo& device, RenderedFile& file, Progress& progress)
+// The class jumps back to IN after the slice that reaches OUT: slices that end at OUT make the jump exact. At
+// another rate or pitch the units pull frames ahead of the device, so there the jump keeps its slice
+// granularity.
+class LoopSlices {
+public:
+    LoopSlices(const FilePlayer& player, double deviceRate)
+    {
+        const bool isNeutral = player.rate() == 1 && player.pitch() == 0;
+        if (!player.isLooping() || !isNeutral || player.sampleRate() != deviceRate) return;
+        length_ = std::max<std::uint64_t>(1, framesOf(player.loopOut() - player.loopIn(), deviceRate));
+        left_ = framesOf(player.loopOut() - player.position(), deviceRate);
+    }
+
+    /// As many of `frames` as go before the next jump, counted as rendered.
+    std::uint32_t take(std::uint32_t frames)
+    {
+        if (length_ == 0) return frames;
+        if (left_ == 0) left_ = length_;
+        const auto taken = std::uint32_t(std::min<std::uint64_t>(frames, left_));
+        left_ -= taken;
+        return taken;
+    }
+
+private:
+    std::uint64_t length_ = 0; // device frames of the loop; 0: jumps keep their slice granularity
+    std::uint64_t left_ = 0;   // until the next jump
+};
+
+void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t frames)
+{
+    while (frames > 0) {
+        const std::uint32_t step = slices.take(frames);
+        if (KVXPlatformStep(device.device, step) != step)
+            throw Failure("the device stopped before the end; see that the library is whole");
+        frames -= step;
+    }
+}
+
+// Run the device until all frames are there. False when the user interrupts.
+bool turnToTheEnd(const KVXDeviceInfo& device, LoopSlices slices, RenderedFile& file, Progress& progress)
 {
     const double rate = device.sampleRate;
     while (file.framesTaken() < file.framesWanted()) {
         if (isInterrupted()) return false;
         const std::uint64_t left = file.framesWanted() - file.framesTaken();
-        const auto step = std::uint32_t(std::min<std::uint64_t>(left, stepFrames));
-        if (KVXPlatformStep(device.device, step) != step)
-            throw Failure("the device stopped before the end; see that the library is whole");
+        stepDevice(device, slices, std::uint32_t(std::min<std::uint64_t>(left, stepFrames)));
         file.checkDisk();
         KVXPlatformDrainMainQueue(0);
         progress.showLine(fmt::format("  {} / {}  {:3.0f} %", printTime(double(file.framesTaken()) / rate),
@@ -144,7 +180,7 @@ bool renderWith(host::Host& host, const RenderOptions& options, const ProgrammeF
 
     RenderedFile out(device.info(), options.to, framesWanted(options, player, file, rate));
     player.play();
-    const bool isWhole = turnToTheEnd(device.info(), out, progress);
+    const bool isWhole = turnToTheEnd(device.info(), LoopSlices(player, rate), out, progress);
     progress.wipe();
     player.pause();
     if (!isWhole) return false;
@@ -206,7 +242,9 @@ void addRenderCommand(CLI::App& app, Action& action)
     addLibraryOptions(*command, options->library);
     command->footer(
         "OUT.wav has the file's channels, or with --channel-map those of the map; mono becomes stereo with "
-        "--pan.\n\n" +
+        "--pan. At the file's rate, --rate 1 and --pitch 0 a loop jumps back exactly at OUT; else at the end "
+        "of "
+        "the slice of 512 frames that reaches OUT.\n\n" +
         command->get_footer());
     command->callback([options, &action] {
         if (options->player.isCurveListWanted) {

@@ -68,7 +68,27 @@ TEST_F(FilePlayerParts, SetsEveryHundredthOfARate)
         ASSERT_EQ(player->rate(), hundredths / 100.0);
     }
     player->setRate(1.239);
+    EXPECT_EQ(player->rate(), 1.24) << "rounded up";
+    player->setRate(1.234);
     EXPECT_EQ(player->rate(), 1.23) << "rounded down";
+}
+
+TEST_F(FilePlayerParts, SetsTimesToTheNearestFrame)
+{
+    SteppedDevice device;
+    auto player = playerOf(support::makeNoise(44100, 2, 44100), device);
+    for (int frame = 1; frame < 44100; frame += 7) {
+        const double time = frame / 44100.0;
+        player->seek(time);
+        player->setLoopOut(time);
+        player->setLoopIn(time);
+        ASSERT_EQ(std::lround(player->position() * 44100), frame);
+        ASSERT_EQ(std::lround(player->loopIn() * 44100), frame);
+        ASSERT_EQ(std::lround(player->loopOut() * 44100), frame);
+        player->setLoopIn(0);
+    }
+    player->seek(2);
+    EXPECT_EQ(player->position(), 1.0) << "no further than the end";
 }
 
 TEST_F(FilePlayerParts, SeesOneValueOfVarispeedInTwoWays)

@@ -159,16 +159,49 @@ TEST_F(Render, BeginsWhereToldAndGoesRoundALoop)
     const Sound sound = support::makeNoise(44100, 2, 44100);
     expectSame(renderOf(sound, {"--start", "0.5"}), partOf(sound, 22050, 22050));
     expectSame(renderOf(sound, {"--duration", "0.25"}), partOf(sound, 0, 11025));
+}
 
-    // A loop is left at the end of a slice of 512 frames: 22050 frames of it are 44 slices begun.
-    const Sound looped = render("in.wav", {"--loop", "0.25:0.75", "--duration", "1"});
-    Sound expected = {44100, 2, {}};
-    while (expected.frames() < 44100) {
-        const Sound round = partOf(sound, 11025, 44 * 512);
-        expected.samples.insert(expected.samples.end(), round.samples.begin(), round.samples.end());
+TEST_F(Render, RepeatsALoopExactlyToTheFrame)
+{
+    const std::size_t length = 20011;
+    const Sound sound = support::makeNoise(44100, 2, length);
+    support::writeSound(sound, folder / "in.wav");
+    const struct {
+        std::size_t in, out, start;
+        const char* why;
+    } facts[] = {
+        {4099, 10007, 4099, "points between slices"},
+        {1024, 4096, 1024, "points at slices"},
+        {4099, 10007, 9990, "a start shortly before OUT"},
+        {0, length, 0, "the whole file"},
+        {10007, length, 10007, "OUT at the end of the file"},
+        {length - 1, length, length - 1, "the last frame"},
+        {12788, 12789, 12788, "one frame, whose time times the rate is a little less"},
+        {500, 511, 505, "many repeats in a slice"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        const std::size_t frames = 45000;
+        const auto time = [](std::size_t frame) { return std::to_string(double(frame) / 44100); };
+        Sound expected = {44100, 2, {}};
+        for (std::size_t i = 0, at = fact.start; i < frames; ++i) {
+            for (std::size_t channel = 0; channel < 2; ++channel)
+                expected.samples.push_back(sound.samples[at * 2 + channel]);
+            if (++at == fact.out) at = fact.in;
+        }
+        expectSame(render("in.wav", {"--loop", time(fact.in) + ":" + time(fact.out), "--start",
+                                     time(fact.start), "--duration", time(frames)}),
+                   expected);
     }
-    expected.samples.resize(44100 * 2);
-    expectSame(looped, expected);
+}
+
+TEST_F(Render, RoundsARateToTheNearestHundredth)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100);
+    const Sound slower = renderOf(sound, {"--rate", "1.239"});
+    expectSame(slower, render("in.wav", {"--rate", "1.24"}));
+    expectSame(render("in.wav", {"--rate", "1.244"}), slower);
+    expectSame(render("in.wav", {"--rate", "0.9951"}), sound);
 }
 
 TEST_F(Render, PutsChannelsWhereTheMapSays)
