@@ -5,10 +5,11 @@
 
 namespace kvx {
 
-/// What the units between file and device hold back, summed. Seconds.
+/// Delay between a file player's position and what is audible, summed over its units. Seconds.
 struct Delay {
-    double latency = 0; ///< how far the position is ahead of what is heard
-    double tail = 0;    ///< how long sound goes on behind the last frame that went in
+    double latency = 0; ///< from the position to what the units render
+    double tail = 0;    ///< decay after the last frame of the file has been rendered
+    double device = 0;  ///< the device's latency
 };
 
 /// Frames that come of `fileFrames` of a file, at `fileRate` Hz, played at `rate` into a device at
@@ -18,7 +19,7 @@ std::uint64_t framesRendered(std::uint64_t fileFrames, double fileRate, double r
 /// A time in whole frames of a device; one that is begun counts.
 std::uint64_t framesOf(double seconds, double deviceRate);
 
-/// A rate as the class keeps it: hundredths, rounded down, in single precision. The hundredth that it stands
+/// A rate as the class keeps it: hundredths, in single precision. The hundredth that it stands
 /// for; others as they are.
 double asGiven(double rate);
 

@@ -11,7 +11,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 #include <filesystem>
+#include <memory>
 #include <optional>
 
 namespace kvx {
@@ -20,7 +22,7 @@ namespace {
 constexpr Advice advice = {"`kvx play --buffered` plays files from the disk",
                            "choose another with --device (see `kvx devices`)"};
 
-// What is the same for every file.
+// The same for every file.
 struct Session {
     host::Host& host;
     const CoreAudio& core;
@@ -31,13 +33,27 @@ struct Session {
     KeyTerminal* keys; // null: none can be read
 };
 
-void announce(const Session& session, const ProgrammeFile& file, int channels)
+// One loaded file.
+struct Track {
+    Track(const Session& session, const ProgrammeFile& of)
+        : file(of), channels(channelsToLoad(of.format.fileChannels, int(session.device.outputChannels))),
+          player(session.host, session.core, advice)
+    {
+    }
+
+    const ProgrammeFile& file;
+    int channels;
+    FilePlayer player;
+    EndRule end;
+};
+
+void announce(Progress& progress, const Track& track)
 {
-    session.progress.say(printAnnouncement(file));
-    if (file.format.fileChannels > channels)
-        session.progress.say(fmt::format("  Of its {} channels the first {} are heard.",
-                                         file.format.fileChannels,
-                                         channels == 2 ? "two" : std::to_string(channels)));
+    progress.say(printAnnouncement(track.file));
+    if (track.file.format.fileChannels > track.channels)
+        progress.say(fmt::format("  Of its {} channels the first {} are heard.",
+                                 track.file.format.fileChannels,
+                                 track.channels == 2 ? "two" : std::to_string(track.channels)));
 }
 
 PlayStatus statusOf(const FilePlayer& player, const std::string& note)
@@ -68,82 +84,145 @@ void stopWithTheProcess(const Session& session, FilePlayer& player)
     if (wasPlaying && !isInterrupted()) player.play();
 }
 
-// One file while it sounds.
-class Turn {
+// Plays files one after the other. The next file is loaded while the current one plays, and starts as soon as
+// the current one has ended.
+class PlaylistPlayer {
 public:
-    Turn(const Session& session, FilePlayer& player)
-        : session_(session), player_(player), meter_(session.device.device)
+    PlaylistPlayer(const Session& session, const std::vector<ProgrammeFile>& files)
+        : session_(session), files_(files), meter_(session.device.device)
     {
     }
 
-    bool isQuit() const { return isQuit_; }
-    bool isHeard() const { return meter_.frames() > 0; }
+    bool hasOutput() const { return meter_.frames() > 0; }
 
-    /// False once there is nothing more to hear.
-    bool turn()
+    /// To the end of the last file, or until the user quits or interrupts.
+    void run()
     {
-        if (session_.keys) takeKeys();
-        if (isQuit_ || isInterrupted() || hasEnded()) return false;
-        session_.progress.showLine(printPlayStatus(statusOf(player_, note_)));
-        passTime(session_.device, session_.isStepped);
-        if (!deviceNow(session_.device).isAlive) throw wentAway(session_.device);
-        return true;
+        loadNext();
+        if (loadError_) std::rethrow_exception(loadError_);
+        if (isInterrupted()) return;
+        startNext();
+        do {
+            if (!former_ && !next_ && loadedCount_ < files_.size()) loadNext();
+        } while (advance());
+        current_->player.pause();
     }
 
 private:
+    /// Without a file that plays, the user sees the load; else keys and the status line go on during the
+    /// load. A stepped device stands still meanwhile.
+    void loadNext()
+    {
+        try {
+            auto track = std::make_unique<Track>(session_, files_[loadedCount_]);
+            std::function<void()> meanwhile;
+            if (current_ && !session_.isStepped)
+                meanwhile = [this] {
+                    if (!advance()) current_->player.pause();
+                };
+            loadFile(track->player, track->file, track->channels, session_.options, session_.progress,
+                     meanwhile);
+            track->player.setDevice(session_.device.device);
+            applyAfterLoad(session_.options, track->player);
+            next_ = std::move(track);
+            if (current_) carrySettings(current_->player, next_->player);
+            ++loadedCount_;
+        } catch (...) {
+            loadError_ = std::current_exception(); // reported after the end of the current file
+            loadedCount_ = files_.size();
+        }
+    }
+
+    /// Starts before the former file's player stops, so that the device never stops in between.
+    void startNext()
+    {
+        next_->player.play();
+        former_ = std::move(current_);
+        current_ = std::move(next_);
+        announce(session_.progress, *current_);
+    }
+
+    /// False once nothing more is to be played.
+    bool advance()
+    {
+        if (session_.keys) takeKeys();
+        if (isQuit_ || isInterrupted()) return false;
+        session_.progress.showLine(printPlayStatus(statusOf(current_->player, note_)));
+        passTime(session_.device, session_.isStepped, framesToEnd());
+        if (!deviceNow(session_.device).isAlive) throw wentAway(session_.device);
+        return checkEnds();
+    }
+
     void takeKeys()
     {
-        if (KeyTerminal::isStopAsked()) stopWithTheProcess(session_, player_);
+        if (KeyTerminal::isStopAsked()) {
+            former_.reset();
+            stopWithTheProcess(session_, current_->player);
+        }
         for (Key key : reader_.read(session_.keys->read())) {
-            const KeyEffect effect = applyKey(key, player_);
+            const KeyEffect effect = applyKey(key, current_->player);
             isQuit_ = isQuit_ || effect.isQuit;
             note_ = effect.note;
+            if (next_) carrySettings(current_->player, next_->player);
             session_.progress.hurry();
         }
     }
 
-    bool hasEnded()
+    /// Start the next file if the current one has ended. False after the last sound of the last file.
+    bool checkEnds()
     {
-        if (!player_.isAtEnd()) {
-            end_.notAtEnd();
+        if (next_ && hasEnded(*current_, Until::latency)) startNext();
+        if (former_ && hasEnded(*former_, Until::tail)) former_.reset();
+        const bool isLast = !next_ && loadedCount_ == files_.size();
+        if (!isLast || former_ || !hasEnded(*current_, Until::device)) return true;
+        if (loadError_) std::rethrow_exception(loadError_);
+        return false;
+    }
+
+    // How much after the last frame went in.
+    enum class Until {
+        latency, ///< the units have rendered the last frame
+        tail,    ///< the units are silent
+        device,  ///< the device has played everything, its slice under way too
+    };
+
+    bool hasEnded(Track& track, Until until)
+    {
+        // The position of a loop that ends with the file is at the end for a moment.
+        if (!track.player.isAtEnd() || track.player.isLooping() || !track.player.isPlaying()) {
+            track.end.notAtEnd();
             return false;
         }
         const KVXDeviceInfo device = deviceNow(session_.device);
-        const Delay delay = player_.delay();
-        return end_.hasEnded(meter_.frames(), framesOf(delay.latency + delay.tail, device.sampleRate) +
-                                                  device.sliceFrames); // the slice that took the last frame
+        const Delay delay = track.player.delay();
+        double seconds = delay.latency;
+        if (until >= Until::tail) seconds += delay.tail;
+        if (until >= Until::device) seconds += delay.device;
+        const std::uint64_t slice = until >= Until::device ? device.sliceFrames : 0;
+        return track.end.hasEnded(meter_.frames(), framesOf(seconds, device.sampleRate) + slice);
+    }
+
+    /// Device frames until the current file ends; a slice after it has ended.
+    std::uint64_t framesToEnd() const
+    {
+        const FilePlayer& player = current_->player;
+        if (player.isAtEnd()) return session_.device.sliceFrames;
+        const double seconds = (player.duration() - player.position()) / player.rate();
+        return framesOf(seconds, session_.device.sampleRate);
     }
 
     const Session& session_;
-    FilePlayer& player_;
+    const std::vector<ProgrammeFile>& files_;
     Meter meter_;
     KeyReader reader_;
-    EndRule end_;
     std::string note_;
     bool isQuit_ = false;
+    std::unique_ptr<Track> former_; // ended, with a tail still audible
+    std::unique_ptr<Track> current_;
+    std::unique_ptr<Track> next_; // loaded
+    std::size_t loadedCount_ = 0;
+    std::exception_ptr loadError_;
 };
-
-struct FileEnd {
-    bool isHeard, isQuit;
-};
-
-FileEnd playFile(const Session& session, const ProgrammeFile& file)
-{
-    const int channels = channelsToLoad(file.format.fileChannels, int(session.device.outputChannels));
-    FilePlayer player(session.host, session.core, advice);
-    loadFile(player, file, channels, session.options, session.progress);
-    if (isInterrupted()) return {false, false};
-    player.setDevice(session.device.device);
-    applyAfterLoad(session.options, player);
-
-    announce(session, file, channels);
-    Turn turn(session, player);
-    player.play();
-    while (turn.turn()) {
-    }
-    player.pause();
-    return {turn.isHeard(), turn.isQuit()};
-}
 
 void sayKeys(Progress& progress, const char* whyNot)
 {
@@ -169,10 +248,12 @@ int channelsToLoad(int fileChannels, int deviceChannels)
 }
 
 void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
-              Progress& progress)
+              Progress& progress, const std::function<void()>& meanwhile)
 {
     applyBeforeLoad(options, player);
-    if (options.isInBackground)
+    if (meanwhile)
+        player.loadInBackground(file.path, channels, meanwhile);
+    else if (options.isInBackground)
         loadInBackground(player, file.path, channels, progress);
     else
         player.load(file.path, channels);
@@ -198,13 +279,9 @@ bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const 
     if (!isStepped && !whyNot) keys.emplace();
 
     const Session session = {host, core, options, device, isStepped, progress, keys ? &*keys : nullptr};
-    FileEnd end = {false, false};
-    for (const ProgrammeFile& file : files) {
-        if (isInterrupted() || end.isQuit) break;
-        const FileEnd each = playFile(session, file);
-        end = {end.isHeard || each.isHeard, each.isQuit};
-    }
-    return end.isHeard;
+    PlaylistPlayer playlist(session, files);
+    playlist.run();
+    return playlist.hasOutput();
 }
 
 } // namespace kvx

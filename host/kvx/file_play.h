@@ -7,6 +7,7 @@
 #include "host/kvx/progress.h"
 #include "host/runtime/host.h"
 
+#include <functional>
 #include <vector>
 
 namespace kvx {
@@ -24,9 +25,10 @@ bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const 
 /// as two, or only one side would sound.
 int channelsToLoad(int fileChannels, int deviceChannels);
 
-/// Load a file in the way that the options say, with something to see meanwhile. Throws Failure, also when
-/// less could be read than the file promises.
+/// Load a file in the way that the options say, with something to see meanwhile; or, with `meanwhile`, on a
+/// background thread while that function runs again and again on this one. Throws Failure, also when less
+/// could be read than the file promises.
 void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
-              Progress& progress);
+              Progress& progress, const std::function<void()>& meanwhile = {});
 
 } // namespace kvx

@@ -11,8 +11,9 @@
 namespace kvx {
 namespace {
 
+constexpr const char* outputUnit = "OutputHandle";
 constexpr const char* units[] = {"ConverterHandle", "MixerHandle",     "EqualizerHandle",
-                                 "TimePitchHandle", "VariSpeedHandle", "OutputHandle"};
+                                 "TimePitchHandle", "VariSpeedHandle", outputUnit};
 
 // Properties and parameters of units, by number, of the whole unit.
 constexpr std::uint32_t latencyProperty = 12, tailProperty = 20, renderErrorProperty = 22;
@@ -203,7 +204,8 @@ Delay FilePlayer::delay() const
 {
     Delay sum;
     for (const char* unit : units) {
-        sum.latency += unitSeconds(unit, latencyProperty);
+        // The output unit's latency is the device's.
+        (unit == outputUnit ? sum.device : sum.latency) += unitSeconds(unit, latencyProperty);
         sum.tail += unitSeconds(unit, tailProperty);
     }
     return sum;

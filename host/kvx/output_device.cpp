@@ -115,10 +115,11 @@ KVXDeviceInfo deviceNow(const KVXDeviceInfo& device)
     return gone;
 }
 
-void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint32_t stepFrames)
+void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames)
 {
-    constexpr double pollSeconds = 0.02; // between two looks at the player
-    if (isStepped) KVXPlatformStep(device.device, stepFrames);
+    const auto step = std::uint32_t(std::clamp<std::uint64_t>(frames, 1, longestStep));
+    if (isStepped) KVXPlatformStep(device.device, step);
+    const double pollSeconds = std::clamp(0.5 * step / device.sampleRate, 0.001, 0.02);
     KVXPlatformDrainMainQueue(isStepped ? 0.0 : pollSeconds);
 }
 

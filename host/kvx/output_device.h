@@ -39,9 +39,11 @@ KVXDeviceInfo chooseDevice(const DeviceWish& wish);
 /// The device as it is now; one that is no longer listed comes back as not alive.
 KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
 
-/// Let time pass and events come in: a stepped device is turned by hand, that many frames; any other turns
-/// itself.
-void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint32_t stepFrames = 4096);
+constexpr std::uint64_t longestStep = 4096; // device frames
+
+/// Let time pass and handle events: run up to `frames` frames of a stepped device, at least one; wait for
+/// about half of them, at most 20 ms, on a device that runs by itself.
+void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames = longestStep);
 
 /// For a device that is no longer alive while it plays.
 Failure wentAway(const KVXDeviceInfo& device);

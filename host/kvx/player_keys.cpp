@@ -88,4 +88,11 @@ KeyEffect applyKey(Key key, FilePlayer& player)
     return {};
 }
 
+void carrySettings(const FilePlayer& from, FilePlayer& to)
+{
+    to.setVolume(from.volume());
+    to.setRate(from.rate());
+    to.setPitch(from.pitch()); // with varispeed the same value again, finer than hundredths
+}
+
 } // namespace kvx

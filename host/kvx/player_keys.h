@@ -25,4 +25,7 @@ struct KeyEffect {
 /// Do what a key asks for. [main]
 KeyEffect applyKey(Key key, FilePlayer& player);
 
+/// Give `to` the volume, rate and pitch of `from`, a player with the same rate unit. [main]
+void carrySettings(const FilePlayer& from, FilePlayer& to);
+
 } // namespace kvx

@@ -91,6 +91,25 @@ TEST_F(FilePlayerParts, SetsTimesToTheNearestFrame)
     EXPECT_EQ(player->position(), 1.0) << "no further than the end";
 }
 
+TEST_F(FilePlayerParts, CarriesVolumeRateAndPitchToAnotherPlayer)
+{
+    for (const auto unit : {kvx::RateUnit::timePitch, kvx::RateUnit::varispeed}) {
+        SCOPED_TRACE(int(unit));
+        kvx::PlayerOptions options;
+        options.unit = unit;
+        SteppedDevice device;
+        auto from = playerOf(support::makeNoise(44100, 2, 441), device, options);
+        auto to = playerOf(support::makeNoise(48000, 1, 480), device, options);
+        from->setVolume(0.25);
+        from->setRate(1.5);
+        from->setPitch(-100);
+        kvx::carrySettings(*from, *to);
+        EXPECT_EQ(to->volume(), 0.25);
+        EXPECT_EQ(to->rate(), from->rate());
+        EXPECT_EQ(to->pitch(), -100.0);
+    }
+}
+
 TEST_F(FilePlayerParts, SeesOneValueOfVarispeedInTwoWays)
 {
     kvx::PlayerOptions options;

@@ -8,8 +8,11 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -43,6 +46,22 @@ std::vector<float> inChannels(const Sound& sound, int channels)
             samples.push_back(sound.samples[frame * std::size_t(sound.channels) +
                                             std::size_t(std::min(channel, sound.channels - 1))]);
     return samples;
+}
+
+/// A whole sound file, with more frames than the library loads. Sparse: it needs no space on the disk.
+void writeTooLong(const std::string& path)
+{
+    constexpr std::uint32_t header = 44, frames = 1500u << 20;
+    support::writeSound({44100, 1, {0.5f}}, path, SF_FORMAT_WAV | SF_FORMAT_PCM_U8);
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    const auto put = [&file](std::uint32_t value, std::streamoff place) {
+        file.seekp(place);
+        file.write(reinterpret_cast<const char*>(&value), sizeof value);
+    };
+    put(frames + header - 8, 4);
+    put(frames, 40);
+    file.close();
+    std::filesystem::resize_file(path, std::uintmax_t{frames} + header);
 }
 
 /// What was captured is `expected` from the first frame on, and silence behind it.
@@ -92,6 +111,67 @@ TEST_F(FilePlayer, PlaysSeveralFilesOneAfterTheOther)
         result.out.find("Playing 1.wav: 44100 Hz, stereo, 0:00.1\nPlaying 2.wav: 22050 Hz, mono, 0:00.1\n"),
         std::string::npos)
         << result.out;
+}
+
+// Each with frames that fill no slice, the one in the middle shorter than a slice.
+TEST_F(FilePlayer, PlaysSeveralFilesWithoutGaps)
+{
+    const Sound sounds[] = {support::makeNoise(44100, 2, 20011, 1), support::makeNoise(44100, 2, 101, 2),
+                            support::makeNoise(44100, 2, 9973, 3)};
+    std::vector<float> expected;
+    for (const Sound& sound : sounds)
+        expected.insert(expected.end(), sound.samples.begin(), sound.samples.end());
+    write(sounds[0], "1.wav");
+    write(sounds[1], "2.wav");
+    write(sounds[2], "3.wav");
+    for (const std::vector<std::string>& more :
+         {std::vector<std::string>{}, {"--background"}, {"--host-version", "2010.5"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        std::vector<std::string> arguments = {"--fast", "--device", "simulated", "1.wav",
+                                              "2.wav",  "3.wav",    "--capture", "out.wav"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto result = play(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        expectHeard(support::readSound(folder / "out.wav"), expected);
+    }
+}
+
+// Between two files that change speed nothing is silent for longer than a slice.
+TEST_F(FilePlayer, PlaysSeveralFilesWithoutGapsAtAnotherRate)
+{
+    write(support::makeNoise(44100, 2, 30011, 1), "1.wav");
+    write(support::makeNoise(44100, 2, 20011, 2), "2.wav");
+    for (const char* unit : {"time-pitch", "varispeed"}) {
+        SCOPED_TRACE(unit);
+        ASSERT_EQ(play({"--fast", "--device", "simulated", "--rate", "1.25", "--unit", unit, "1.wav", "2.wav",
+                        "--capture", "out.wav"})
+                      .exitCode,
+                  0);
+        const Sound heard = support::readSound(folder / "out.wav");
+        const auto both = std::size_t((30011 + 20011) / 1.25);
+        ASSERT_GE(heard.frames(), both);
+        std::size_t silent = 0, longest = 0;
+        for (std::size_t frame = support::leadingSilence(heard); frame < both; ++frame) {
+            silent = std::fabs(heard.samples[frame * 2]) < 1e-3f ? silent + 1 : 0;
+            longest = std::max(longest, silent);
+        }
+        EXPECT_LE(longest, 512u);
+    }
+}
+
+TEST_F(FilePlayer, ReportsAFileThatCannotBeLoadedAfterThePreviousOne)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100 + 17);
+    write(sound, "1.wav");
+    writeTooLong(folder / "long.wav");
+    const auto result = support::runChild(
+        kvxCommand({"play", "--fast", "--device", "simulated", "1.wav", "long.wav", "1.wav"}),
+        {{"KVX_AUDIO_CAPTURE", folder / "out.wav"}}, folder.path());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("long.wav is too long for the memory; "), std::string::npos) << result.err;
+    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    expectHeard(support::readSound(folder / "out.wav"), sound.samples);
 }
 
 TEST_F(FilePlayer, ShowsTheFormatsAsTheClassGivesThem)
@@ -181,6 +261,20 @@ TEST_F(FilePlayer, KeepsTheOptionsOfBothWaysApart)
 }
 
 // ---- at a terminal ----
+
+TEST_F(FilePlayer, KeepsVolumeRateAndPitchOfKeysInTheNextFile)
+{
+    write(support::makeNoise(44100, 2, 44100 * 4), "1.wav");
+    PtyChild child(kvxCommand({"play", "--device", "simulated", folder / "1.wav", writeLong()}));
+    ASSERT_TRUE(child.waitFor(" / 0:04.0")) << child.shown();
+    child.type("\x1b[B\x1b[B++>");
+    ASSERT_TRUE(child.waitFor("rate 1.10  no loop  pitch +100  volume 90 %")) << child.shown();
+    ASSERT_TRUE(child.waitFor("Playing in.wav")) << child.shown();
+    ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    EXPECT_TRUE(child.waitFor("rate 1.10  no loop  pitch +100  volume 90 %")) << child.shown();
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0) << child.shown();
+}
 
 TEST_F(FilePlayer, ObeysKeys)
 {
