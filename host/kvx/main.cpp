@@ -25,8 +25,7 @@ int fail(const std::string& text, ExitCode code)
 
 int failWithoutMemory(const std::string& command)
 {
-    return fail(command + ": there is not enough memory; close other programs or choose a shorter file",
-                exitFailed);
+    return fail(command + ": there is not enough memory; close other programs and try again", exitFailed);
 }
 
 bool isOutputWritten() { return std::fflush(stdout) == 0 && !std::ferror(stdout); }

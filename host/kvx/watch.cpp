@@ -34,7 +34,9 @@ Watch::Watch(host::Host& host, const CoreAudio& core, Say say)
     for (const char* selector : systemSelectors) {
         systemListeners_.push_back(listen(systemObject, selector));
         const auto status = Status(systemListeners_.back().get("LastError").integer());
-        if (status != 0) throw Failure(fmt::format("the devices cannot be watched: {}", printStatus(status)));
+        if (status != 0)
+            throw Failure(
+                fmt::format("the devices cannot be watched: {}; close other programs", printStatus(status)));
     }
     // Listeners come first and the looks after them, so that nothing falls between.
     for (ObjectID device : readDeviceList(core_)) beginWatching(device);

@@ -122,11 +122,10 @@ TEST_F(KvxFaults, OneRefusedThreadLosesNoSound)
 TEST_F(KvxFaults, TooLittleMemoryIsSaidInWords)
 {
     if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "their malloc stays";
-    const auto result =
-        support::runChild(kvxCommand({"tune", "out.wav"}), withFault("KVX_FAULT_BLOCK", "1000000"), folder.path());
+    const auto result = support::runChild(kvxCommand({"tune", "out.wav"}),
+                                          withFault("KVX_FAULT_BLOCK", "1000000"), folder.path());
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err,
-              "kvx: tune: there is not enough memory; close other programs or choose a shorter file\n");
+    EXPECT_EQ(result.err, "kvx: tune: there is not enough memory; close other programs and try again\n");
     EXPECT_EQ(folder.count(), 1u);
 }
 
