@@ -8,6 +8,7 @@
 #include "platform/corefoundation/url.h"
 
 #include <AudioToolbox/ExtendedAudioFile.h>
+#include <KVXPlatform/KVXPlatform.h>
 
 #include <algorithm>
 #include <cstring>
@@ -248,4 +249,15 @@ OSStatus ExtAudioFileTell(ExtAudioFileRef file, SInt64* out_frame)
         *out_frame = placeOf(each);
         return noErr;
     });
+}
+
+int32_t KVXPlatformReportSoundFile(ExtAudioFileRef file, KVXSoundFileReport* outReport)
+{
+    return static_cast<int32_t>(with(file, [&](ExtendedFile& each) -> OSStatus {
+        if (!outReport) return paramErr;
+        const Facts& facts = *each.facts;
+        *outReport = {facts.frames, facts.statedFrames, facts.isCutShort,
+                      static_cast<uint32_t>(facts.omittedStreams)};
+        return noErr;
+    }));
 }

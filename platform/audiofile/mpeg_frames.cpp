@@ -1,11 +1,9 @@
 #include "platform/audiofile/mpeg_frames.h"
 
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <iterator>
+#include "platform/audiofile/byte_reader.h"
 
-#include <unistd.h>
+#include <algorithm>
+#include <cstring>
 
 namespace kvxplatform::audiofile {
 namespace {
@@ -27,38 +25,8 @@ constexpr UInt32 sameStream = 0xFFFE0C00; // the bits that all frames of a strea
 
 constexpr std::size_t tagHeader = 10; // bytes of a tag (ID3v2) before what it holds
 
-/// Bytes of a file, read in blocks.
-class Bytes {
-public:
-    Bytes(int ofDescriptor, SInt64 ofSize) : descriptor(ofDescriptor), size(ofSize) {}
-
-    /// `count` bytes, at most a tag's header, at a place; null if they are not there.
-    const UInt8* at(SInt64 place, std::size_t count)
-    {
-        const auto last = place + static_cast<SInt64>(count);
-        if (last > size) return nullptr;
-        if (place < start || last > start + have) {
-            start = place;
-            have = pread(descriptor, block.data(), block.size(), place);
-        }
-        return last <= start + have ? &block[static_cast<std::size_t>(place - start)] : nullptr;
-    }
-
-    UInt32 word(SInt64 place)
-    {
-        const UInt8* bytes = at(place, 4);
-        return bytes ? UInt32{bytes[0]} << 24 | UInt32{bytes[1]} << 16 | UInt32{bytes[2]} << 8 | bytes[3] : 0;
-    }
-
-private:
-    const int descriptor;
-    const SInt64 size;
-    SInt64 start = 0, have = 0;
-    std::array<UInt8, 1 << 14> block;
-};
-
 /// The bytes of a tag at a place; 0 if there is none.
-SInt64 tagBytes(Bytes& bytes, SInt64 place)
+SInt64 tagBytes(ByteReader& bytes, SInt64 place)
 {
     const UInt8* tag = bytes.at(place, tagHeader);
     if (!tag || std::memcmp(tag, "ID3", 3) != 0) return 0;
@@ -73,12 +41,12 @@ SInt64 tagBytes(Bytes& bytes, SInt64 place)
 
 /// Whether the frame at a place holds a note about the stream instead of sound, and one that says how many
 /// frames there are.
-bool isNote(Bytes& bytes, SInt64 place, const MpegHeader& header)
+bool isNote(ByteReader& bytes, SInt64 place, const MpegHeader& header)
 {
     const UInt32 name = header.layer == 3 ? bytes.word(place + infoPlace(header)) : 0;
     return name == 'Xing' || name == 'Info';
 }
-bool saysLength(Bytes& bytes, SInt64 place, const MpegHeader& header)
+bool saysLength(ByteReader& bytes, SInt64 place, const MpegHeader& header)
 {
     return isNote(bytes, place, header) && bytes.word(place + infoPlace(header) + 4) & 1;
 }
@@ -117,7 +85,7 @@ UInt32 infoPlace(const MpegHeader& header)
 
 MpegFrames countMpegFrames(int descriptor, SInt64 fileBytes)
 {
-    Bytes bytes(descriptor, fileBytes);
+    ByteReader bytes(descriptor, fileBytes);
     MpegFrames frames;
     MpegHeader header;
     for (SInt64 place = 0; place + 4 <= fileBytes;) {

@@ -1,5 +1,7 @@
 #include "platform/audiofile/sound_file.h"
 
+#include "platform/audiofile/byte_reader.h"
+#include "platform/audiofile/container.h"
 #include "platform/audiofile/mpeg_stream.h"
 #include "platform/audiofile/quiet.h"
 
@@ -97,7 +99,21 @@ OSStatus SoundFile::prepare(const SF_INFO& first)
     facts_ = describe(decoder_.get(), info, wordAt(disk_.descriptor.number(), 8));
     facts_.frames = info.frames;
     facts_.fileBytes = disk_.bytes;
-    return makeLengthSure();
+    const OSStatus status = makeLengthSure();
+    compareWithStated();
+    return status;
+}
+
+void SoundFile::compareWithStated()
+{
+    ByteReader bytes(disk_.descriptor.number(), disk_.bytes);
+    const StatedData stated = statedData(bytes);
+    if (stated.bytes == 0) return;
+    facts_.isCutShort = stated.bytes > disk_.bytes - stated.start;
+    const SInt64 bytesPerFrame = facts_.format.mBytesPerFrame;
+    facts_.statedFrames = bytesPerFrame > 0   ? stated.bytes / bytesPerFrame
+                          : facts_.isCutShort ? 0
+                                              : facts_.frames;
 }
 
 OSStatus SoundFile::countMpeg(SF_INFO& info)

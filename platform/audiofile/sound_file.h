@@ -45,6 +45,7 @@ private:
     OSStatus prepare(const SF_INFO& first);
     OSStatus countMpeg(SF_INFO& info);
     OSStatus makeLengthSure();
+    void compareWithStated();
     bool isReachable(SInt64 frame);
     SInt64 skip(SInt64 frames);
 

@@ -20,6 +20,8 @@ extern "C" {
 
 typedef uint32_t KVXDeviceID;
 
+struct OpaqueExtAudioFile; /* as in AudioToolbox/ExtendedAudioFile.h */
+
 /** A device as a list shows it. Texts are UTF-8 and cut to fit. */
 typedef struct KVXDeviceInfo {
     KVXDeviceID device;
@@ -113,6 +115,28 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformStartCapture(KVXDeviceID device, const ch
 
 /** Finish the file: all that was played is in it when this returns. Nothing to finish is no error. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformStopCapture(KVXDeviceID device);
+
+/* ---- sound files ---- */
+
+/** What the platform opens; other sound files are refused with kAudioFileUnsupportedDataFormatError. */
+enum {
+    KVXLowestFileRate = 1000,    /**< Hz */
+    KVXHighestFileRate = 768000, /**< Hz */
+    KVXMostFileChannels = 1024
+};
+
+/** What a sound file states, beside what it holds. Frames are the file's own. */
+typedef struct KVXSoundFileReport {
+    int64_t frames;          /**< that decode; kExtAudioFileProperty_FileLengthFrames reads the same */
+    int64_t statedFrames;    /**< that the header states; 0 where it states no length, or none in frames */
+    uint8_t isCutShort;      /**< a stated length is missed: the file ends before it */
+    uint32_t omittedStreams; /**< joined streams of another rate or channel count, which are not decoded */
+} KVXSoundFileReport;
+
+/** Report on an open extended audio file (an ExtAudioFileRef). -50 for a NULL or disposed file, or a null
+ * report. */
+KVX_PLATFORM_EXPORT int32_t KVXPlatformReportSoundFile(struct OpaqueExtAudioFile* file,
+                                                       KVXSoundFileReport* outReport);
 
 /* ---- main thread ---- */
 

@@ -1,0 +1,87 @@
+#include "platform/audiofile/container.h"
+
+#include <algorithm>
+
+namespace kvxplatform::audiofile {
+namespace {
+
+/// A container of chunks in a row, each an id, a length and a body.
+struct Chunked {
+    UInt32 magic;            // the file's first four bytes
+    SInt64 firstChunk;       // offset in bytes
+    std::size_t idBytes;     // of which the first four identify the chunk
+    std::size_t lengthBytes; // 4 or 8
+    bool isBigEndian;
+    bool countsHeader; // the length includes id and length
+    SInt64 alignment;  // of the next chunk
+    UInt32 sound;      // id of the chunk that holds the samples
+    SInt64 preamble;   // bytes in that chunk before the samples
+};
+
+// clang-format off
+constexpr Chunked chunked[] = {
+    // magic  first  id  length  big    header  align  sound   preamble
+    {'RIFF',  12,    4,  4,      false, false,  2,     'data', 0},
+    {'RIFX',  12,    4,  4,      true,  false,  2,     'data', 0},
+    {'RF64',  12,    4,  4,      false, false,  2,     'data', 0},
+    {'riff',  40,    16, 8,      false, true,   8,     'data', 0}, // W64
+    {'FORM',  12,    4,  4,      true,  false,  2,     'SSND', 8}, // AIFF
+    {'FORM',  12,    4,  4,      true,  false,  2,     'BODY', 0}, // 8SVX, 16SV
+    {'caff',  8,     4,  8,      true,  false,  1,     'data', 4},
+};
+// clang-format on
+
+constexpr int mostChunks = 1 << 16; // of a real file: dozens
+
+/// Lengths near the largest number stand for "unknown" in files that were written as a stream.
+bool isPlaceholder(UInt64 length, std::size_t lengthBytes)
+{
+    return lengthBytes == 4 ? length >= 0x7FFFF000 : length >= 0x7FFFFFFFFFFFF000;
+}
+
+StatedData stated(SInt64 start, UInt64 bytes, std::size_t lengthBytes)
+{
+    return {start, isPlaceholder(bytes, lengthBytes) ? 0 : static_cast<SInt64>(bytes)};
+}
+
+StatedData soundChunk(ByteReader& file, const Chunked& kind)
+{
+    const auto headerBytes = static_cast<SInt64>(kind.idBytes + kind.lengthBytes);
+    UInt64 wideLength = 0; // RF64 states the length of its data in an earlier chunk
+    SInt64 at = kind.firstChunk;
+    for (int i = 0; i < mostChunks && at <= file.size() - headerBytes; ++i) {
+        const UInt32 id = file.word(at);
+        UInt64 length =
+            file.number(at + static_cast<SInt64>(kind.idBytes), kind.lengthBytes, kind.isBigEndian);
+        if (kind.countsHeader) length -= std::min(length, static_cast<UInt64>(headerBytes));
+        const SInt64 body = at + headerBytes;
+        if (id == 'ds64') wideLength = file.number(body + 8, 8, false);
+        if (id == kind.sound) {
+            if (length == 0xFFFFFFFF && wideLength > 0) return stated(body, wideLength, 8);
+            const auto preamble = static_cast<UInt64>(kind.preamble);
+            if (length < preamble) return {};
+            const bool isUnknown = isPlaceholder(length, kind.lengthBytes);
+            return {body + kind.preamble, isUnknown ? 0 : static_cast<SInt64>(length - preamble)};
+        }
+        if (length > static_cast<UInt64>(file.size())) break;
+        const SInt64 end = body + static_cast<SInt64>(length);
+        at = (end + kind.alignment - 1) / kind.alignment * kind.alignment;
+    }
+    return {};
+}
+
+} // namespace
+
+StatedData statedData(ByteReader& file)
+{
+    const UInt32 magic = file.word(0);
+    if (magic == '.snd') return stated(static_cast<SInt64>(file.word(4)), file.word(8), 4);
+    for (const Chunked& kind : chunked) {
+        if (kind.magic != magic) continue;
+        const StatedData data = soundChunk(file, kind);
+        if (data.start > 0) return data;
+    }
+    return {};
+}
+
+} // namespace kvxplatform::audiofile

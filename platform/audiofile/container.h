@@ -1,0 +1,19 @@
+// The length that a container states for its sound data, found without a decoder: chunked formats (WAV, RF64,
+// W64, AIFF, 8SVX, CAF) and AU. Decoders shorten such a length to what the file holds and do not report it.
+#pragma once
+
+#include "platform/audiofile/byte_reader.h"
+
+namespace kvxplatform::audiofile {
+
+/// The sound data of a container, in bytes.
+struct StatedData {
+    SInt64 start = 0; ///< offset in the file; 0: no such data was found
+    SInt64 bytes = 0; ///< as stated; 0: nothing is stated, or a placeholder for an unknown length
+};
+
+/// Parse a container. Formats other than those above, and a file whose data follows more than 65,536 other
+/// chunks, state nothing.
+StatedData statedData(ByteReader& file);
+
+} // namespace kvxplatform::audiofile
