@@ -41,7 +41,30 @@ bool isPlaceholder(UInt64 length, std::size_t lengthBytes)
 
 StatedData stated(SInt64 start, UInt64 bytes, std::size_t lengthBytes)
 {
-    return {start, isPlaceholder(bytes, lengthBytes) ? 0 : static_cast<SInt64>(bytes)};
+    return {start, isPlaceholder(bytes, lengthBytes) ? 0 : static_cast<SInt64>(bytes), {}};
+}
+
+/// libsndfile refuses a CAF file that was cut off, and finds no sound where a recorder that never finished
+/// the file left both lengths of a WAV file at their beginning.
+bool needsPatch(ByteReader& file, const Chunked& kind, const StatedData& data)
+{
+    if (kind.magic == 'caff') return data.bytes > file.size() - data.start;
+    constexpr SInt64 beforeForm = 8; // bytes that the form's length leaves out
+    return (kind.magic == 'RIFF' || kind.magic == 'RIFX') && data.bytes == 0 && data.start < file.size() &&
+           static_cast<SInt64>(file.number(4, 4, kind.isBigEndian)) + beforeForm <= data.start;
+}
+
+/// A length field of the chunk at an offset that reaches from its body to the end of the file.
+Patch trueLength(ByteReader& file, const Chunked& kind, SInt64 chunk, SInt64 body)
+{
+    Patch patch{chunk + static_cast<SInt64>(kind.idBytes), kind.lengthBytes, {}};
+    const UInt64 most = kind.lengthBytes == 4 ? 0xFFFFFFFF : ~UInt64{0};
+    const UInt64 bytes = std::min(static_cast<UInt64>(file.size() - body), most);
+    for (std::size_t i = 0; i < patch.size; ++i) {
+        const std::size_t shift = 8 * (kind.isBigEndian ? patch.size - 1 - i : i);
+        patch.bytes[i] = static_cast<UInt8>(bytes >> shift);
+    }
+    return patch;
 }
 
 StatedData soundChunk(ByteReader& file, const Chunked& kind)
@@ -57,11 +80,12 @@ StatedData soundChunk(ByteReader& file, const Chunked& kind)
         const SInt64 body = at + headerBytes;
         if (id == 'ds64') wideLength = file.number(body + 8, 8, false);
         if (id == kind.sound) {
-            if (length == 0xFFFFFFFF && wideLength > 0) return stated(body, wideLength, 8);
-            const auto preamble = static_cast<UInt64>(kind.preamble);
-            if (length < preamble) return {};
-            const bool isUnknown = isPlaceholder(length, kind.lengthBytes);
-            return {body + kind.preamble, isUnknown ? 0 : static_cast<SInt64>(length - preamble)};
+            const bool isWide = length == 0xFFFFFFFF && wideLength > 0;
+            StatedData data = stated(body, isWide ? wideLength : length, isWide ? 8 : kind.lengthBytes);
+            if (needsPatch(file, kind, data)) data.length = trueLength(file, kind, at, body);
+            data.start += kind.preamble;
+            data.bytes = std::max<SInt64>(data.bytes - kind.preamble, 0);
+            return data;
         }
         if (length > static_cast<UInt64>(file.size())) break;
         const SInt64 end = body + static_cast<SInt64>(length);

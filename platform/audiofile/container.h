@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/audiofile/byte_reader.h"
+#include "platform/audiofile/file_view.h"
 
 namespace kvxplatform::audiofile {
 
@@ -10,6 +11,7 @@ namespace kvxplatform::audiofile {
 struct StatedData {
     SInt64 start = 0; ///< offset in the file; 0: no such data was found
     SInt64 bytes = 0; ///< as stated; 0: nothing is stated, or a placeholder for an unknown length
+    Patch length;     ///< the true length, where libsndfile would refuse the file or find no sound in it
 };
 
 /// Parse a container. Formats other than those above, and a file whose data follows more than 65,536 other

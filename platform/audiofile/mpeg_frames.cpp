@@ -1,6 +1,6 @@
 #include "platform/audiofile/mpeg_frames.h"
 
-#include "platform/audiofile/byte_reader.h"
+#include "platform/audiofile/tags.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,113 +8,195 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-// In kbit/s by the header's four bits: MPEG-1's layers I to III, then layer I and the other two of the later
-// standards. 0: told by nobody, or no rate.
-constexpr UInt16 bitRates[5][16] = {
-    // clang-format off
-    {0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448, 0},
-    {0, 32, 48, 56,  64,  80,  96, 112, 128, 160, 192, 224, 256, 320, 384, 0},
-    {0, 32, 40, 48,  56,  64,  80,  96, 112, 128, 160, 192, 224, 256, 320, 0},
-    {0, 32, 48, 56,  64,  80,  96, 112, 128, 144, 160, 176, 192, 224, 256, 0},
-    {0,  8, 16, 24,  32,  40,  48,  56,  64,  80,  96, 112, 128, 144, 160, 0},
-    // clang-format on
+constexpr int believedHeaders = 4;
+constexpr UInt32 mostFreeBytes = 3456;     // of a free-format frame: what decoders take
+constexpr std::size_t mostSpans = 1 << 18; // bounds the table of a file that alternates frames and notes
+constexpr SInt64 decoderDelay = 529;       // samples that a layer III decoder adds to the encoder's delay
+
+/// A frame without sound that describes its stream.
+struct Note {
+    SInt64 frames = 0; ///< stated; 0: not stated
+    bool hasDelay = false;
+    SInt64 delay = 0, padding = 0; ///< samples of each channel that the encoder added
 };
-constexpr UInt32 sampleRates[4] = {44100, 48000, 32000, 0};
 
-constexpr UInt32 sameStream = 0xFFFE0C00; // the bits that all frames of a stream share: all but rate and mode
+class Finder {
+public:
+    explicit Finder(ByteReader& file) : file_(file) {}
 
-constexpr std::size_t tagHeader = 10; // bytes of a tag (ID3v2) before what it holds
-
-/// The bytes of a tag at a place; 0 if there is none.
-SInt64 tagBytes(ByteReader& bytes, SInt64 place)
-{
-    const UInt8* tag = bytes.at(place, tagHeader);
-    if (!tag || std::memcmp(tag, "ID3", 3) != 0) return 0;
-    SInt64 size = 0;
-    for (int i = 6; i < 10; ++i) {
-        if (tag[i] & 0x80) return 0;
-        size = size << 7 | tag[i];
+    MpegFrames find(SInt64 offset)
+    {
+        SInt64 at = afterTags(file_, offset);
+        freeBytes_ = freeFormatBytes(at);
+        while (at < file_.size() && found_.spans.size() < mostSpans) {
+            MpegHeader header;
+            if (isBelieved(at) && headerAt(at, header))
+                at = afterTags(file_, takeRun(at, header));
+            else
+                at = nextBelieved(at);
+        }
+        trim();
+        return std::move(found_);
     }
-    const bool hasFooter = tag[5] & 0x10;
-    return size + static_cast<SInt64>(tagHeader) * (hasFooter ? 2 : 1);
-}
 
-/// Whether the frame at a place holds a note about the stream instead of sound, and one that says how many
-/// frames there are.
-bool isNote(ByteReader& bytes, SInt64 place, const MpegHeader& header)
-{
-    const UInt32 name = header.layer == 3 ? bytes.word(place + infoPlace(header)) : 0;
-    return name == 'Xing' || name == 'Info';
-}
-bool saysLength(ByteReader& bytes, SInt64 place, const MpegHeader& header)
-{
-    return isNote(bytes, place, header) && bytes.word(place + infoPlace(header) + 4) & 1;
-}
+private:
+    bool headerAt(SInt64 at, MpegHeader& out) { return readMpegHeader(file_.word(at), out, freeBytes_); }
+
+    bool isWhole(SInt64 at, const MpegHeader& header) { return at + header.bytes <= file_.size(); }
+
+    bool isBelieved(SInt64 at)
+    {
+        MpegHeader first, header;
+        if (!headerAt(at, first) || !isWhole(at, first)) return false;
+        for (int headers = 0; headers < believedHeaders; ++headers) {
+            if (headers > 0 && (at == file_.size() || tagBytes(file_, at) > 0)) return true;
+            if (headers > 1 && at + 4 > file_.size()) return true; // the last frame is cut off
+            if (!headerAt(at, header) || !isSameStream(first, header)) return false;
+            at += header.bytes;
+        }
+        return true;
+    }
+
+    /// The first offset from `at` on that begins a stream; the file's size if none does.
+    SInt64 nextBelieved(SInt64 at)
+    {
+        while (at < file_.size()) {
+            const auto count = static_cast<std::size_t>(
+                std::min<SInt64>(file_.size() - at, static_cast<SInt64>(ByteReader::mostBytes)));
+            const UInt8* bytes = file_.at(at, count);
+            if (!bytes) return file_.size();
+            const auto* sync = static_cast<const UInt8*>(std::memchr(bytes, 0xFF, count));
+            at += sync ? sync - bytes : static_cast<SInt64>(count);
+            if (!sync) continue;
+            if (isBelieved(at)) return at;
+            ++at;
+        }
+        return at;
+    }
+
+    /// The size of free-format frames, which only the distance between headers shows; 0 for other streams.
+    UInt32 freeFormatBytes(SInt64 at)
+    {
+        MpegHeader first, next;
+        if (!readMpegHeader(file_.word(at), first, 1) || !first.isFreeFormat) return 0;
+        const UInt32 padding = first.bytes - 1;
+        for (UInt32 bytes = 24; bytes <= mostFreeBytes; ++bytes) {
+            if (!readMpegHeader(file_.word(at + bytes + padding), next, bytes) || !isSameStream(first, next))
+                continue;
+            freeBytes_ = bytes;
+            if (isBelieved(at)) return bytes;
+        }
+        return 0;
+    }
+
+    /// Take the frames of one stream from `at` on; the offset after them.
+    SInt64 takeRun(SInt64 at, const MpegHeader& first)
+    {
+        const bool isOurs = found_.first.bytes == 0 || isSameStream(found_.first, first);
+        if (!isOurs && (otherStream_.bytes == 0 || !isSameStream(otherStream_, first))) ++found_.otherStreams;
+        otherStream_ = isOurs ? MpegHeader{} : first;
+
+        MpegHeader header;
+        SInt64 last = at;
+        for (; headerAt(at, header) && isSameStream(header, first) && isWhole(at, header);
+             at += header.bytes) {
+            last = at;
+            if (isOurs && !takeNote(at, header)) takeFrame(at, header);
+        }
+        if (at == file_.size() || tagBytes(file_, at) > 0 || isBelieved(at)) return at;
+        // The last frame may have been cut off, and what follows it overlaps it.
+        for (SInt64 next = last + 1; next < at; ++next) {
+            if (file_.word(next) >> 8 != 'ID3 ' >> 8 && !isBelieved(next)) continue;
+            if (isOurs) dropFrame(last);
+            return next;
+        }
+        return at;
+    }
+
+    void takeFrame(SInt64 at, const MpegHeader& header)
+    {
+        if (found_.first.bytes == 0) found_.first = header;
+        ++found_.count;
+        found_.largestBytes = std::max(found_.largestBytes, header.bytes);
+        std::vector<Span>& spans = found_.spans;
+        if (!spans.empty() && spans.back().start + spans.back().bytes == at)
+            spans.back().bytes += header.bytes;
+        else
+            spans.push_back({at, header.bytes});
+    }
+
+    void dropFrame(SInt64 at)
+    {
+        if (found_.spans.empty()) return;
+        Span& span = found_.spans.back();
+        if (at >= span.start + span.bytes) return; // it was a note
+        --found_.count;
+        span.bytes = at - span.start;
+        if (span.bytes == 0) found_.spans.pop_back();
+        if (found_.count == 0) found_.first = {};
+    }
+
+    bool takeNote(SInt64 at, const MpegHeader& header)
+    {
+        Note note;
+        if (!readXing(at, header, note) && !readVbri(at, header, note)) return false;
+        ++notes_;
+        note_ = note;
+        found_.notedCount += note.frames;
+        return true;
+    }
+
+    bool readXing(SInt64 at, const MpegHeader& header, Note& note)
+    {
+        if (header.layer != 3) return false;
+        const SInt64 name = at + noteOffset(header), end = at + header.bytes;
+        if (name + 8 > end || (file_.word(name) != 'Xing' && file_.word(name) != 'Info')) return false;
+        const UInt32 flags = file_.word(name + 4); // of the fields that follow: frames, bytes, table, quality
+        SInt64 field = name + 8;
+        if (flags & 1) note.frames = file_.word(field);
+        constexpr SInt64 fieldBytes[] = {4, 4, 100, 4};
+        for (int i = 0; i < 4; ++i) field += flags >> i & 1 ? fieldBytes[i] : 0;
+        constexpr SInt64 delayOffset = 21; // after the encoder's name and settings
+        if (field + delayOffset + 3 > end || file_.number(field, 1, true) == 0) return true;
+        const UInt64 both = file_.number(field + delayOffset, 3, true); // twelve bits each
+        note.hasDelay = true;
+        note.delay = static_cast<SInt64>(both >> 12);
+        note.padding = static_cast<SInt64>(both & 0xFFF);
+        return true;
+    }
+
+    bool readVbri(SInt64 at, const MpegHeader& header, Note& note)
+    {
+        constexpr SInt64 nameOffset = 36, framesOffset = nameOffset + 14;
+        if (header.layer != 3 || header.bytes < framesOffset + 4 || file_.word(at + nameOffset) != 'VBRI')
+            return false;
+        note.frames = file_.word(at + framesOffset);
+        return true;
+    }
+
+    /// Leave out what the encoder added, if the only note knows the whole stream.
+    void trim()
+    {
+        const SInt64 all = found_.count * found_.first.samples;
+        found_.samples = all;
+        if (notes_ != 1 || !note_.hasDelay || note_.frames != found_.count) return;
+        const SInt64 start = note_.delay + decoderDelay;
+        const SInt64 end = std::min(all, all - note_.padding + decoderDelay);
+        if (start >= end) return;
+        found_.lead = start;
+        found_.samples = end - start;
+    }
+
+    ByteReader& file_;
+    MpegFrames found_;
+    MpegHeader otherStream_; // of the run just passed over; 0 bytes: it was ours
+    UInt32 freeBytes_ = 0;
+    int notes_ = 0;
+    Note note_; // the last one
+};
 
 } // namespace
 
-bool readMpegHeader(UInt32 word, MpegHeader& out)
-{
-    const UInt32 version = word >> 19 & 3; // 0: 2.5, 2: 2, 3: 1
-    const UInt32 layer = 4 - (word >> 17 & 3);
-    const UInt32 rate = sampleRates[word >> 10 & 3];
-    if (word >> 21 != 0x7FF || version == 1 || layer == 4 || rate == 0) return false;
-
-    const bool isMPEG1 = version == 3;
-    const UInt32 row = isMPEG1 ? layer - 1 : layer == 1 ? 3 : 4;
-    const UInt32 bitRate = bitRates[row][word >> 12 & 15] * 1000u;
-    if (bitRate == 0) return false;
-
-    const UInt32 divisor = isMPEG1 ? 1 : version == 2 ? 2 : 4;
-    const UInt32 padding = word >> 9 & 1;
-    out.word = word;
-    out.layer = layer;
-    out.isMPEG1 = isMPEG1;
-    out.isMono = (word >> 6 & 3) == 3;
-    out.samples = layer == 1 ? 384 : layer == 3 && !isMPEG1 ? 576 : 1152;
-    const UInt32 slot = layer == 1 ? 4 : 1;
-    out.bytes = (out.samples / 8 / slot * bitRate / (rate / divisor) + padding) * slot;
-    return true;
-}
-
-UInt32 infoPlace(const MpegHeader& header)
-{
-    // Behind the header and the frame's side information.
-    return 4 + (header.isMPEG1 ? header.isMono ? 17 : 32 : header.isMono ? 9 : 17);
-}
-
-MpegFrames countMpegFrames(int descriptor, SInt64 fileBytes)
-{
-    ByteReader bytes(descriptor, fileBytes);
-    MpegFrames frames;
-    MpegHeader header;
-    for (SInt64 place = 0; place + 4 <= fileBytes;) {
-        const UInt32 word = bytes.word(place);
-        const bool isFirst = frames.first.bytes == 0;
-        const bool fits = readMpegHeader(word, header) &&
-                          (isFirst || (word & sameStream) == (frames.first.word & sameStream)) &&
-                          place + header.bytes <= fileBytes;
-        if (!fits) {
-            const SInt64 tag = tagBytes(bytes, place);
-            place += std::max<SInt64>(tag, 1);
-            continue;
-        }
-        if (isFirst) {
-            if (saysLength(bytes, place, header)) {
-                frames.hasLength = true;
-                return frames;
-            }
-            if (isNote(bytes, place, header)) {
-                place += header.bytes;
-                continue;
-            }
-            frames.first = header;
-            frames.start = place;
-        }
-        ++frames.count;
-        place += header.bytes;
-    }
-    return frames;
-}
+MpegFrames findMpegFrames(ByteReader& file, SInt64 offset) { return Finder(file).find(offset); }
 
 } // namespace kvxplatform::audiofile

@@ -1,38 +1,35 @@
-// MPEG audio, frame by frame, without decoding it. A stream says how long it is only if its encoder put that
-// into a first frame without sound; of others the length is guessed by who trusts the first frame's bit rate,
-// which is wrong wherever the rate varies. Counting the frames' headers is right.
+// The frames of an MPEG audio file, found and counted by their headers.
 //
-// Source   ISO/IEC 11172-3 and 13818-3, 2.4.1.3 and 2.4.2.3 (the header); 2.5 is a known extension of them.
+// An MPEG file is a row of frames without a container, and what else editors and recorders left in it: tags,
+// remains of other data, several files joined. The length that a first frame notes (Xing, Info, VBRI) may be
+// wrong, and a decoder's guess from the first bit rate is wrong wherever the bit rate varies; the headers are
+// right.
 #pragma once
 
-#include <MacTypes.h>
+#include "platform/audiofile/byte_reader.h"
+#include "platform/audiofile/file_view.h"
+#include "platform/audiofile/mpeg_header.h"
+
+#include <vector>
 
 namespace kvxplatform::audiofile {
 
-/// One frame's header.
-struct MpegHeader {
-    UInt32 word = 0; ///< the four bytes, first one highest
-    UInt32 layer = 0;
-    UInt32 bytes = 0;   ///< of the whole frame
-    UInt32 samples = 0; ///< a channel's
-    bool isMPEG1 = false;
-    bool isMono = false;
-};
-
-/// Read a header; false for four bytes that are none, or of a bit rate that it does not tell.
-bool readMpegHeader(UInt32 word, MpegHeader& out);
-
-/// Bytes between a layer III frame's start and the place where its length may stand.
-UInt32 infoPlace(const MpegHeader& header);
-
 struct MpegFrames {
-    MpegHeader first;       ///< of the first frame that sounds; 0 bytes: no frame was found
-    SInt64 start = 0;       ///< where that frame is, in bytes of the file
-    UInt32 count = 0;       ///< whole frames from there on
-    bool hasLength = false; ///< the stream says its length itself: nothing was counted
+    MpegHeader first;        ///< of the first frame that sounds; 0 bytes: none was found
+    std::vector<Span> spans; ///< of all frames that sound, whole ones of one stream; notes are left out
+    SInt64 count = 0;        ///< of those frames
+    UInt32 largestBytes = 0; ///< of a frame
+    SInt64 notedCount = 0;   ///< that the notes state; 0: there is no note, or it states no number
+    SInt64 lead = 0;         ///< samples of each channel before the music: the encoder's and decoder's delay
+    SInt64 samples = 0;      ///< of each channel, after the lead and without the encoder's padding
+    UInt32 otherStreams = 0; ///< joined streams of another layer, sample rate or number of channels
+
+    /// A length in bytes from which a decoder that guesses the number of frames does not guess too few.
+    SInt64 claimedBytes() const { return (count + 2) * (SInt64{largestBytes} + 4); }
 };
 
-/// Look through a file. Tags between frames, and junk in front of a frame like the others, are passed over.
-MpegFrames countMpegFrames(int descriptor, SInt64 fileBytes);
+/// Look through a file from an offset on. Four headers in a row, or all up to a tag or the end of the file,
+/// make a stream; a lone one is taken for chance. Throws std::bad_alloc.
+MpegFrames findMpegFrames(ByteReader& file, SInt64 offset);
 
 } // namespace kvxplatform::audiofile

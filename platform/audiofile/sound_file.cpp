@@ -2,19 +2,20 @@
 
 #include "platform/audiofile/byte_reader.h"
 #include "platform/audiofile/container.h"
-#include "platform/audiofile/mpeg_stream.h"
+#include "platform/audiofile/mpeg_frames.h"
+#include "platform/audiofile/ogg_links.h"
 #include "platform/audiofile/quiet.h"
+#include "platform/audiofile/tags.h"
 
 #include <Carbon/MacErrors.h>
+#include <KVXPlatform/KVXPlatform.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
-
-#include <unistd.h>
 
 namespace kvxplatform::audiofile {
 namespace {
@@ -39,11 +40,16 @@ OSStatus statusOfDecoder(int error)
     }
 }
 
-UInt32 wordAt(int descriptor, off_t place)
+bool isWithinLimits(const SF_INFO& info)
 {
-    UInt8 bytes[4] = {};
-    if (pread(descriptor, bytes, sizeof bytes, place) != sizeof bytes) return 0;
-    return UInt32{bytes[0]} << 24 | UInt32{bytes[1]} << 16 | UInt32{bytes[2]} << 8 | bytes[3];
+    return info.samplerate >= KVXLowestFileRate && info.samplerate <= KVXHighestFileRate &&
+           info.channels <= KVXMostFileChannels;
+}
+
+bool isLike(const AudioStreamBasicDescription& format, const SF_INFO& info)
+{
+    return info.samplerate == format.mSampleRate &&
+           static_cast<UInt32>(info.channels) == format.mChannelsPerFrame;
 }
 
 } // namespace
@@ -59,90 +65,147 @@ OSStatus SoundFile::open(const std::string& path, std::unique_ptr<SoundFile>& ou
     OSStatus status = openDescriptor(path, file->disk_);
     if (status != noErr) return status;
     const Quiet quiet;
-    SF_INFO info = {};
-    status = file->openDecoder(info);
-    if (status == noErr) status = file->prepare(info);
+    status = file->prepare();
     if (status == noErr) out = std::move(file);
     return status;
 }
 
-OSStatus SoundFile::openDecoder(SF_INFO& info)
-{
-    decoder_.reset();
-    place_ = 0;
-    info = {};
-    if (mpeg_) {
-        decoder_.reset(mpeg_->open(info));
-    } else {
-        lseek(disk_.descriptor.number(), 0, SEEK_SET); // it takes where it stands for the beginning
-        decoder_.reset(sf_open_fd(disk_.descriptor.number(), SFM_READ, &info, SF_FALSE));
-    }
-    return decoder_ ? noErr : statusOfDecoder(sf_error(nullptr));
-}
-
-OSStatus SoundFile::openAgain()
-{
-    SF_INFO ignored;
-    return openDecoder(ignored);
-}
-
-OSStatus SoundFile::prepare(const SF_INFO& first)
-{
-    SF_INFO info = first;
-    const int container = info.format & SF_FORMAT_TYPEMASK;
-    isNoisy_ = container == SF_FORMAT_MPEG || container == SF_FORMAT_SDS;
-    if (container == SF_FORMAT_MPEG) {
-        const OSStatus status = countMpeg(info);
-        if (status != noErr) return status;
-    }
-    if (info.channels < 1 || info.samplerate < 1 || info.frames < 0) return kAudioFileInvalidFileError;
-    facts_ = describe(decoder_.get(), info, wordAt(disk_.descriptor.number(), 8));
-    facts_.frames = info.frames;
-    facts_.fileBytes = disk_.bytes;
-    const OSStatus status = makeLengthSure();
-    compareWithStated();
-    return status;
-}
-
-void SoundFile::compareWithStated()
+OSStatus SoundFile::prepare()
 {
     ByteReader bytes(disk_.descriptor.number(), disk_.bytes);
-    const StatedData stated = statedData(bytes);
-    if (stated.bytes == 0) return;
+    const SInt64 start = afterTags(bytes, 0);
+    const UInt32 magic = bytes.word(start);
+    if (magic == 'OggS') return prepareOgg(bytes, start);
+    constexpr UInt32 mpegSync = 0xFFE00000;
+    if ((magic & mpegSync) == mpegSync) return prepareMpeg(bytes, start);
+    const OSStatus status = preparePlain(bytes, start);
+    // An MPEG stream may begin after any data.
+    return status == kAudioFileUnsupportedFileTypeError ? prepareMpeg(bytes, start) : status;
+}
+
+OSStatus SoundFile::prepareMpeg(ByteReader& bytes, SInt64 start)
+{
+    MpegFrames found = findMpegFrames(bytes, start);
+    if (found.count == 0) return kAudioFileUnsupportedFileTypeError;
+    parts_.clear();
+    addPart(std::move(found.spans), {}, found.claimedBytes());
+    SF_INFO info = {};
+    OSStatus status = enter(0, info);
+    if (status == noErr) status = acceptFirst(info, bytes, start);
+    if (status != noErr) return status;
+    Part& part = parts_.front();
+    facts_.omittedStreams = found.otherStreams;
+    facts_.frames = part.frames = found.samples;
+    part.lead = found.lead;
+    const SInt64 noted = found.notedCount * found.first.samples;
+    facts_.isCutShort = found.notedCount > found.count;
+    facts_.statedFrames = found.notedCount == found.count ? found.samples : noted;
+    return enter(0) ? noErr : kAudioFileInvalidFileError;
+}
+
+OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
+{
+    for (const Span& link : oggLinks(bytes, start)) addPart({link});
+    OSStatus result = noErr; // of the first link
+    bool hasFormat = false;
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+        SF_INFO info = {};
+        OSStatus status = enter(i, info);
+        if (status == noErr && !hasFormat) {
+            status = acceptFirst(info, bytes, start);
+            hasFormat = status == noErr;
+        } else if (status == noErr && !isLike(facts_.format, info)) {
+            status = kAudioFileUnsupportedDataFormatError;
+        }
+        if (status == noErr) status = measure(info);
+        parts_[i].isOmitted = status != noErr;
+        if (status == kAudioFileUnsupportedDataFormatError && hasFormat) ++facts_.omittedStreams;
+        if (i == 0) result = status;
+    }
+    if (!hasFormat || parts_.size() == 1) return result;
+    decoder_.reset(); // it holds the address of a part
+    const auto isOmitted = [](const Part& part) { return part.isOmitted; };
+    parts_.erase(std::remove_if(parts_.begin(), parts_.end(), isOmitted), parts_.end());
+    return !parts_.empty() && enter(0) ? noErr : kAudioFileInvalidFileError;
+}
+
+OSStatus SoundFile::preparePlain(ByteReader& bytes, SInt64 start)
+{
+    const StatedData stated = start == 0 ? statedData(bytes) : StatedData{};
+    addPart({{start, disk_.bytes - start}}, stated.length);
+    SF_INFO info = {};
+    OSStatus status = enter(0, info);
+    if (status == noErr) status = acceptFirst(info, bytes, start);
+    if (status == noErr) status = measure(info);
+    if (status != noErr || stated.bytes == 0) return status;
     facts_.isCutShort = stated.bytes > disk_.bytes - stated.start;
     const SInt64 bytesPerFrame = facts_.format.mBytesPerFrame;
     facts_.statedFrames = bytesPerFrame > 0   ? stated.bytes / bytesPerFrame
                           : facts_.isCutShort ? 0
                                               : facts_.frames;
-}
-
-OSStatus SoundFile::countMpeg(SF_INFO& info)
-{
-    const MpegFrames found = countMpegFrames(disk_.descriptor.number(), disk_.bytes);
-    if (found.hasLength || found.count == 0) return noErr;
-    const SInt64 frames = SInt64{found.count} * found.first.samples;
-    if (info.frames < frames) {
-        mpeg_ = std::make_unique<MpegStream>(disk_.descriptor.number(), disk_.bytes, found);
-        OSStatus status = openDecoder(info);
-        if (status != noErr) { // what it guesses is better than nothing
-            mpeg_.reset();
-            status = openDecoder(info);
-        }
-        if (status != noErr) return status;
-    }
-    info.frames = std::min<SInt64>(info.frames, frames);
     return noErr;
 }
 
-OSStatus SoundFile::makeLengthSure()
+/// Describe the file by the first part that opens.
+OSStatus SoundFile::acceptFirst(const SF_INFO& info, ByteReader& bytes, SInt64 start)
 {
-    if (facts_.frames / believedFramesPerByte <= facts_.fileBytes) return noErr;
-    const SInt64 said = facts_.frames;
-    const bool isTrue = said < std::numeric_limits<SInt64>::max() && isReachable(said - 1);
-    OSStatus status = openAgain(); // a decoder that has been elsewhere is not quite a new one
-    if (isTrue || status != noErr) return status;
-    facts_.frames = skip(said);
-    return openAgain();
+    if (info.channels < 1 || info.samplerate < 1 || info.frames < 0) return kAudioFileInvalidFileError;
+    if (!isWithinLimits(info)) return kAudioFileUnsupportedDataFormatError;
+    const int container = info.format & SF_FORMAT_TYPEMASK;
+    isNoisy_ = container == SF_FORMAT_MPEG || container == SF_FORMAT_SDS;
+    facts_ = describe(decoder_.get(), info, bytes.word(start + 8));
+    facts_.fileBytes = disk_.bytes;
+    return noErr;
+}
+
+void SoundFile::addPart(std::vector<Span> spans, const Patch& patch, SInt64 statedBytes)
+{
+    parts_.push_back({FileView(disk_.descriptor.number(), std::move(spans), patch, statedBytes)});
+}
+
+/// Open a decoder at the beginning of a part.
+OSStatus SoundFile::enter(std::size_t part, SF_INFO& info)
+{
+    decoder_.reset();
+    part_ = part;
+    place_ = parts_[part].begin;
+    info = {};
+    decoder_.reset(parts_[part].view.open(info));
+    if (!decoder_) return statusOfDecoder(sf_error(nullptr));
+    return skip(parts_[part].lead) == parts_[part].lead ? noErr : kAudioFileInvalidFileError;
+}
+
+bool SoundFile::enter(std::size_t part)
+{
+    SF_INFO ignored;
+    return enter(part, ignored) == noErr;
+}
+
+/// Find out how many frames of the open part decode, and append them to the file's.
+OSStatus SoundFile::measure(const SF_INFO& info)
+{
+    Part& part = parts_[part_];
+    const SInt64 stated = info.frames;
+    part.begin = facts_.frames;
+    // FLAC states a length that nothing checks.
+    const bool isFlac = facts_.format.mFormatID == 'flac';
+    const bool isBelieved = !isFlac && stated / believedFramesPerByte <= facts_.fileBytes;
+    SInt64 frames = stated;
+    if (!isBelieved) {
+        const bool isKnown = stated > 0 && stated < std::numeric_limits<SInt64>::max();
+        if (isFlac && isKnown) facts_.statedFrames += stated;
+        const bool isTrue = isKnown && isReachable(stated - 1);
+        // A decoder that has been elsewhere is not quite a new one.
+        if (!enter(part_)) return kAudioFileInvalidFileError;
+        if (!isTrue) {
+            frames = skip(stated);
+            facts_.isCutShort |= isFlac && isKnown;
+            if (!enter(part_)) return kAudioFileInvalidFileError;
+        }
+    }
+    part.frames = frames;
+    facts_.frames += frames;
+    return noErr;
 }
 
 bool SoundFile::isReachable(SInt64 frame)
@@ -154,6 +217,7 @@ bool SoundFile::isReachable(SInt64 frame)
 
 SInt64 SoundFile::skip(SInt64 frames)
 {
+    if (frames == 0) return 0; // also before the format is known
     const UInt32 channels = facts_.format.mChannelsPerFrame;
     std::vector<Float32> samples(std::max<std::size_t>(skippedSamples, channels));
     const auto most = static_cast<SInt64>(samples.size() / channels);
@@ -172,15 +236,19 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
     if (isNoisy_) quiet.emplace();
     const SInt64 wanted = std::min(frames, facts_.frames - place_);
     SInt64 done = 0;
-    while (done < wanted) { // once, unless the data breaks off
+    while (done < wanted) {
+        const SInt64 left = parts_[part_].begin + parts_[part_].frames - place_;
+        if (left <= 0) {
+            if (part_ + 1 == parts_.size() || !enter(part_ + 1)) break;
+            continue;
+        }
         Float32* to = out + static_cast<std::size_t>(done) * facts_.format.mChannelsPerFrame;
-        const SInt64 got = sf_readf_float(decoder_.get(), to, wanted - done);
-        if (got <= 0) break;
+        const SInt64 got = sf_readf_float(decoder_.get(), to, std::min(wanted - done, left));
+        if (got <= 0) break; // the data breaks off
         done += got;
+        place_ += got;
     }
-    place_ += done;
-    const bool hasFailed = done == 0 && wanted > 0 && sf_error(decoder_.get()) == SF_ERR_SYSTEM;
-    return hasFailed ? -1 : done;
+    return done == 0 && wanted > 0 && parts_[part_].view.hasFailed() ? -1 : done;
 }
 
 SInt64 SoundFile::readPlain(void* out, SInt64 frames)
@@ -189,7 +257,7 @@ SInt64 SoundFile::readPlain(void* out, SInt64 frames)
     const SInt64 wanted = std::min(frames, facts_.frames - place_);
     if (wanted <= 0) return 0;
     const SInt64 got = sf_read_raw(decoder_.get(), out, wanted * bytesPerFrame);
-    if (got <= 0) return sf_error(decoder_.get()) == SF_ERR_SYSTEM ? -1 : 0;
+    if (got <= 0) return parts_[part_].view.hasFailed() ? -1 : 0;
     place_ += got / bytesPerFrame;
     return got / bytesPerFrame;
 }
@@ -199,15 +267,21 @@ bool SoundFile::seek(SInt64 frame)
     if (frame == place_) return true;
     std::optional<Quiet> quiet;
     if (isNoisy_) quiet.emplace();
+    const auto isBefore = [](SInt64 at, const Part& part) { return at < part.begin + part.frames; };
+    const auto found = std::upper_bound(parts_.begin(), parts_.end() - 1, frame, isBefore);
+    const auto part = static_cast<std::size_t>(found - parts_.begin());
+    if (part != part_ && !enter(part)) return false;
     // By way of the beginning: from elsewhere, libsndfile lands a frame beside in some Vorbis files.
     SNDFILE* decoder = decoder_.get();
-    if (sf_seek(decoder, 0, SEEK_SET) == 0 && sf_seek(decoder, frame, SEEK_SET) == frame) {
+    const SInt64 inPart = frame - found->begin;
+    const SInt64 decoded = found->lead + inPart;
+    if (sf_seek(decoder, 0, SEEK_SET) == 0 && sf_seek(decoder, decoded, SEEK_SET) == decoded) {
         place_ = frame;
         return true;
     }
     // Codings that only go forward: once more from the beginning.
-    if (openAgain() != noErr) return false;
-    place_ = skip(frame);
+    if (!enter(part)) return false;
+    place_ += skip(inPart);
     return place_ == frame;
 }
 

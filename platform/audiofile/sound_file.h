@@ -4,20 +4,24 @@
 #pragma once
 
 #include "platform/audiofile/data_format.h"
+#include "platform/audiofile/file_view.h"
 #include "platform/audiofile/open_descriptor.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kvxplatform::audiofile {
 
-class MpegStream;
+class ByteReader;
 
 class SoundFile {
 public:
     /// Errors  as openDescriptor; kAudioFileUnsupportedFileTypeError for what libsndfile does not know,
-    ///         kAudioFileUnsupportedDataFormatError for a coding that it cannot read, and
-    ///         kAudioFileInvalidFileError for a file at odds with itself. Throws std::bad_alloc.
+    ///         kAudioFileUnsupportedDataFormatError for a coding that it cannot read and for a sample rate or
+    ///         channel count beyond the limits in KVXPlatform.h, and kAudioFileInvalidFileError for a file at
+    ///         odds with itself. Throws std::bad_alloc.
     static OSStatus open(const std::string& path, std::unique_ptr<SoundFile>& out);
 
     ~SoundFile();
@@ -39,22 +43,34 @@ public:
     bool seek(SInt64 frame);
 
 private:
-    SoundFile();
-    OSStatus openDecoder(SF_INFO& info);
-    OSStatus openAgain();
-    OSStatus prepare(const SF_INFO& first);
-    OSStatus countMpeg(SF_INFO& info);
-    OSStatus makeLengthSure();
-    void compareWithStated();
-    bool isReachable(SInt64 frame);
-    SInt64 skip(SInt64 frames);
-
+    /// What one decoder reads: the whole file, or one of several that were joined.
+    struct Part {
+        FileView view;
+        SInt64 lead = 0;  ///< frames to drop at the beginning of the decoder's output
+        SInt64 begin = 0; ///< the file's frame at which the part begins
+        SInt64 frames = 0;
+        bool isOmitted = false; ///< its frames do not belong to the file's
+    };
     struct Close {
         void operator()(SNDFILE* file) const;
     };
 
+    SoundFile();
+    OSStatus prepare();
+    OSStatus prepareMpeg(ByteReader& bytes, SInt64 start);
+    OSStatus prepareOgg(ByteReader& bytes, SInt64 start);
+    OSStatus preparePlain(ByteReader& bytes, SInt64 start);
+    OSStatus acceptFirst(const SF_INFO& info, ByteReader& bytes, SInt64 start);
+    void addPart(std::vector<Span> spans, const Patch& patch = {}, SInt64 statedBytes = 0);
+    OSStatus enter(std::size_t part, SF_INFO& info);
+    bool enter(std::size_t part);
+    OSStatus measure(const SF_INFO& info);
+    bool isReachable(SInt64 frame);
+    SInt64 skip(SInt64 frames);
+
     OpenFile disk_;
-    std::unique_ptr<MpegStream> mpeg_; // between the two, for a stream that does not say its length
+    std::vector<Part> parts_; // never empty; complete before the first decoder opens, which keeps addresses
+    std::size_t part_ = 0;    // that the decoder reads
     std::unique_ptr<SNDFILE, Close> decoder_;
     Facts facts_;
     SInt64 place_ = 0;

@@ -160,7 +160,6 @@ TEST(Opening, OfHeadersAtOddsWithTheirFile)
         {changed(22, 64, 2),          noErr,                      31,   "64 channels"},
         {changed(24, 0, 4),           kAudioFileInvalidFileError, -1,   "no rate"},
         {changed(24, 0x80000000, 4),  kAudioFileInvalidFileError, -1,   "a negative rate"},
-        {changed(24, 0x7FFFFFFF, 4),  noErr,                      1000, "a rate beyond all hearing"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -237,7 +236,7 @@ TEST(Opening, OfLengthsThatAreNotTrue)
         {saying(silence, 1000),           1000,   0,      "less said: the rest is not sound"},
         {music,                           44100,  0,      "as it was written"},
         {saying(music, 0),                44100,  0,      "not known"},
-        {half(music),                     44100,  10000,  "cut off: it still says what it was; reading ends early"},
+        {half(music),                     -1,     10000,  "cut off: counted"},
         {half(saying(music, 1ull << 35)), -1,     10000,  "cut off, and lying: counted"},
         // clang-format on
     };

@@ -1,12 +1,12 @@
 // MPEG streams: their length when they do not say it.
 #include "tests/platform/audiofile/sound_files.h"
 
-#include "platform/audiofile/mpeg_frames.h"
+#include "platform/audiofile/mpeg_header.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -14,6 +14,8 @@ namespace {
 using kvxplatform::audiofile::MpegHeader;
 using kvxplatform::audiofile::readMpegHeader;
 using sound::Bytes;
+using sound::joined;
+using sound::ofText;
 
 TEST(MpegHeaders, AreRead)
 {
@@ -72,20 +74,6 @@ Bytes silentFrames(std::initializer_list<std::pair<std::uint32_t, int>> runs)
     return bytes;
 }
 
-Bytes joined(std::initializer_list<Bytes> parts)
-{
-    Bytes whole;
-    for (const Bytes& part : parts) whole.insert(whole.end(), part.begin(), part.end());
-    return whole;
-}
-
-Bytes ofText(const char* text, std::size_t size)
-{
-    Bytes bytes(text, text + std::strlen(text));
-    bytes.resize(size);
-    return bytes;
-}
-
 constexpr std::uint32_t at128 = 0xFFFB9000, at32 = 0xFFFB1000, at320 = 0xFFFBE000, mono22 = 0xFFF380C0;
 
 TEST(MpegLength, IsThatOfAllFrames)
@@ -136,7 +124,7 @@ TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
     MpegHeader note;
     ASSERT_TRUE(
         readMpegHeader(std::uint32_t{whole[0]} << 24 | whole[1] << 16 | whole[2] << 8 | whole[3], note));
-    ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::infoPlace(note)], "Xing", 4), 0);
+    ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::noteOffset(note)], "Xing", 4), 0);
     sound::save(folder / "x.mp3", Bytes(whole.begin() + static_cast<long>(note.bytes), whole.end()));
     const std::vector<float> guessed = sound::decode(folder / "x.mp3").samples;
     ASSERT_LT(guessed.size(), 441000u) << "a guess by the first frame";
@@ -155,6 +143,226 @@ TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
     for (std::size_t shift = 0; shift < 4000 && !isFound; ++shift)
         isFound = std::memcmp(&samples[(20000 + shift) * 2], &expected.samples[40000], 300000 * 8) == 0;
     EXPECT_TRUE(isFound);
+}
+
+// ---- joined, cut, tagged, noted and damaged streams ----
+
+void put(Bytes& bytes, std::size_t at, std::uint32_t word)
+{
+    for (std::size_t b = 0; b < 4; ++b) bytes[at + b] = static_cast<std::uint8_t>(word >> (24 - 8 * b));
+}
+
+/// A frame that notes the number of frames in its stream.
+Bytes note(std::uint32_t header, const char* name, std::uint32_t frames)
+{
+    Bytes bytes = silentFrames({{header, 1}});
+    MpegHeader read;
+    EXPECT_TRUE(readMpegHeader(header, read));
+    const bool isVbri = std::strcmp(name, "VBRI") == 0;
+    const std::size_t at = isVbri ? 36 : kvxplatform::audiofile::noteOffset(read);
+    std::memcpy(&bytes[at], name, 4);
+    if (!isVbri) put(bytes, at + 4, 1); // the number of frames follows, and nothing else
+    put(bytes, at + (isVbri ? 14 : 8), frames);
+    return bytes;
+}
+
+/// An ID3v2 tag that holds `size` bytes, none of them sound although some look like frames.
+Bytes tagOf(std::size_t size)
+{
+    Bytes bytes = ofText("ID3\3", 10 + size);
+    for (std::size_t i = 0; i < 4; ++i) bytes[6 + i] = static_cast<std::uint8_t>(size >> (21 - 7 * i) & 127);
+    for (std::size_t i = 10; i + 4 <= bytes.size(); i += 1000) put(bytes, i, at128);
+    return bytes;
+}
+
+/// Bytes that are no sound, with sync words at the distances of a frame, three in a row at most.
+Bytes garbage(std::size_t size)
+{
+    Bytes bytes(size);
+    std::uint32_t state = 7;
+    for (auto& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<std::uint8_t>(state >> 24);
+    }
+    for (std::size_t i = 100; i + 840 <= size; i += 5000)
+        for (const std::size_t distance : {0u, 417u, 834u}) put(bytes, i + distance, at128);
+    return bytes;
+}
+
+/// Free-format frames of a size each.
+Bytes freeFrames(std::size_t bytes, int count)
+{
+    Bytes frames;
+    for (int i = 0; i < count; ++i) {
+        const std::size_t start = frames.size();
+        frames.resize(start + bytes);
+        put(frames, start, 0xFFFB0000);
+    }
+    return frames;
+}
+
+TEST(MpegFiles, AreReadWhole)
+{
+    const Bytes hundred = silentFrames({{at128, 100}}), fifty = silentFrames({{at128, 50}});
+    const Bytes other = silentFrames({{mono22, 40}}), cut = sound::firstOf(hundred, hundred.size() - 7);
+    const Bytes ape = joined({ofText("APETAGEX\xD0\x07", 32), Bytes(1, 0)});
+    Bytes apeTag = ofText("APETAGEX", 32 + 300 + 32);
+    apeTag[12] = static_cast<std::uint8_t>(332 & 0xFF), apeTag[13] = 332 >> 8; // items and footer
+    apeTag[23] = 0xA0;                                                         // has a header, and is it
+    std::memcpy(&apeTag[332], "APETAGEX", 8);
+    Bytes xingTwice = joined({note(at128, "Xing", 100), hundred});
+    xingTwice = joined({xingTwice, xingTwice});
+    constexpr SInt64 h = 115200; // frames of sound in a hundred
+    const struct {
+        Bytes bytes;
+        SInt64 frames, stated;
+        bool isCutShort;
+        UInt32 omitted;
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {hundred,                                                      h,         0,     false, 0, "no note"},
+        {joined({note(at128, "Xing", 100), hundred}),                  h,         h,     false, 0, "a note"},
+        {joined({note(at128, "Info", 100), hundred}),                  h,         h,     false, 0, "a note of a constant rate"},
+        {joined({note(at128, "VBRI", 100), hundred}),                  h,         h,     false, 0, "a note of another kind"},
+        {joined({note(at128, "Xing", 50), hundred}),                   h,         h / 2, false, 0, "a note that states too few"},
+        {joined({note(at128, "Xing", 200), hundred}),                  h,         2 * h, true,  0, "a note that states too many"},
+        {joined({note(at128, "Xing", 100), cut}),                      h - 1152,  h,     true,  0, "cut within the last frame"},
+        {cut,                                                          h - 1152,  0,     false, 0, "cut, without a note to miss"},
+        {xingTwice,                                                    2 * h,     2 * h, false, 0, "joined, both with notes"},
+        {joined({note(at128, "Xing", 100), hundred, fifty}),           h + h / 2, h,     false, 0, "joined, the first with a note"},
+        {joined({fifty, note(at128, "Xing", 100), hundred}),           h + h / 2, h,     false, 0, "joined, the second with a note"},
+        {joined({fifty, tagOf(500), note(at128, "Xing", 100), hundred}), h + h / 2, h,   false, 0, "joined, with a tag between"},
+        {joined({cut, note(at128, "Xing", 100), hundred}),             2 * h - 1152, h,  false, 0, "joined after a frame that is cut off"},
+        {joined({cut, tagOf(500), hundred}),                           2 * h - 1152, 0,  false, 0, "the same, with a tag between"},
+        {joined({hundred, other}),                                     h,         0,     false, 1, "joined with another stream"},
+        {joined({hundred, other, fifty, other, tagOf(9), other}),      h + h / 2, 0,     false, 2, "streams in turns"},
+        {joined({hundred, silentFrames({{at128 | 0xC0, 40}})}),        h,         0,     false, 1, "joined with a mono stream"},
+        {joined({tagOf(2u << 20), hundred}),                           h,         0,     false, 0, "after a tag of two mebibytes"},
+        {joined({tagOf(9), tagOf(70000), hundred}),                    h,         0,     false, 0, "after two tags"},
+        {joined({tagOf(2u << 20), note(at128, "Xing", 100), hundred}), h,         h,     false, 0, "a note after a tag"},
+        {joined({hundred, ofText("TAG", 128)}),                        h,         0,     false, 0, "before an ID3v1 tag"},
+        {joined({hundred, apeTag}),                                    h,         0,     false, 0, "before an APE tag"},
+        {joined({hundred, apeTag, ofText("TAG", 128), fifty}),         h + h / 2, 0,     false, 0, "tags in the middle"},
+        {joined({hundred, ape}),                                       h,         0,     false, 0, "before a broken APE tag"},
+        {joined({garbage(1), hundred}),                                h,         0,     false, 0, "after one byte"},
+        {joined({garbage(300000), hundred}),                           h,         0,     false, 0, "after much garbage"},
+        {joined({Bytes(70000), hundred}),                              h,         0,     false, 0, "after zeros"},
+        {joined({Bytes(3, 0xFF), hundred}),                            h,         0,     false, 0, "after bytes of a sync word"},
+        {joined({silentFrames({{at32, 1}}), garbage(90), hundred}),    h,         0,     false, 0, "after a lone header"},
+        {joined({hundred, garbage(20000), fifty}),                     h + h / 2, 0,     false, 0, "garbage in the middle"},
+        {joined({hundred, garbage(20000)}),                            h,         0,     false, 0, "garbage at the end"},
+        {freeFrames(700, 100),                                         h,         0,     false, 0, "free format"},
+        {silentFrames({{at128, 2}}),                                   2304,      0,     false, 0, "two frames"},
+        {joined({silentFrames({{at32, 1}, {at320, 200}})}),            201 * 1152, 0,    false, 0, "the first two frames differ most"},
+        // clang-format on
+    };
+    const sound::Folder folder;
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        sound::save(folder / "x.mp3", fact.bytes);
+        const sound::File file(folder / "x.mp3");
+        ASSERT_EQ(file.status, noErr);
+        const KVXSoundFileReport report = file.report();
+        EXPECT_EQ(file.frames(), fact.frames);
+        EXPECT_EQ(report.frames, fact.frames);
+        EXPECT_EQ(report.statedFrames, fact.stated);
+        EXPECT_EQ(report.isCutShort, fact.isCutShort);
+        EXPECT_EQ(report.omittedStreams, fact.omitted);
+        ASSERT_EQ(file.setClient(sound::floats(file.format().mSampleRate, 2)), noErr);
+        EXPECT_EQ(file.readFloats(2).size(), static_cast<std::size_t>(fact.frames) * 2);
+        ASSERT_EQ(ExtAudioFileSeek(file, fact.frames - 100), noErr);
+        EXPECT_EQ(file.readFloats(2).size(), 200u) << "to the very end";
+    }
+}
+
+TEST(MpegFiles, AreNotMadeOfChanceSyncWords)
+{
+    const sound::Folder folder;
+    sound::save(folder / "x.mp3", garbage(500000));
+    EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
+    sound::save(folder / "x.mp3", joined({silentFrames({{at128, 2}}), Bytes(5000)}));
+    EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
+}
+
+/// Real MP3 files of libsndfile's, whose notes know the encoder's delay.
+struct Music {
+    Bytes bytes;
+    std::vector<float> samples;
+    UInt32 noteBytes; // of the note in front
+};
+Music mp3(const sound::Folder& folder, int frames)
+{
+    const std::string path = folder / "music.mp3";
+    sound::write(path, SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 44100, 2, sound::music(2, frames));
+    Music music{sound::load(path), sound::decode(path).samples, 0};
+    MpegHeader first;
+    EXPECT_TRUE(readMpegHeader(std::uint32_t{music.bytes[0]} << 24 | music.bytes[1] << 16 |
+                                   music.bytes[2] << 8 | music.bytes[3],
+                               first));
+    music.noteBytes = first.bytes;
+    return music;
+}
+
+std::vector<float> samplesOf(const std::string& path)
+{
+    const sound::File file(path);
+    EXPECT_EQ(file.status, noErr);
+    EXPECT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
+    return file.readFloats(2);
+}
+
+TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheNoteIsRight)
+{
+    const sound::Folder folder;
+    const Music music = mp3(folder, 50000);
+    ASSERT_EQ(music.samples.size(), 100000u);
+    const std::string path = folder / "x.mp3";
+
+    sound::save(path, joined({garbage(5000), music.bytes}));
+    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "garbage does not make the note wrong";
+    sound::save(path, joined({tagOf(2u << 20), music.bytes, ofText("TAG", 128)}));
+    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "nor do tags";
+
+    const Bytes bare(music.bytes.begin() + static_cast<std::ptrdiff_t>(music.noteBytes), music.bytes.end());
+    sound::save(path, bare);
+    const std::vector<float> all = samplesOf(path);
+    EXPECT_EQ(all.size() % (2 * 1152), 0u);
+    const std::size_t delay = (576 + 529 + 0) * 2;
+    ASSERT_GT(all.size(), music.samples.size() + delay);
+    const auto found = std::search(all.begin(), all.end(), music.samples.begin(), music.samples.end());
+    ASSERT_NE(found, all.end()) << "the music is there, after the delay";
+
+    Bytes wrong = music.bytes;
+    const std::uint8_t xing[] = {'X', 'i', 'n', 'g'}, info[] = {'I', 'n', 'f', 'o'};
+    auto name = std::search(wrong.begin(), wrong.end(), xing, xing + 4);
+    if (name == wrong.end()) name = std::search(wrong.begin(), wrong.end(), info, info + 4);
+    ASSERT_NE(name, wrong.end());
+    name[11] = static_cast<std::uint8_t>(name[11] - 1); // the lowest byte of the number of frames
+    sound::save(path, wrong);
+    EXPECT_TRUE(sound::isSame(samplesOf(path), all)) << "a note that is wrong about the length";
+}
+
+TEST(MpegFiles, AreTheSameMusicWhenTheyAreJoined)
+{
+    const sound::Folder folder;
+    const Music first = mp3(folder, 50000), second = mp3(folder, 30000);
+    const std::string path = folder / "x.mp3";
+    sound::save(path, joined({first.bytes, second.bytes}));
+    const std::vector<float> both = samplesOf(path);
+    EXPECT_EQ(both.size() % (2 * 1152), 0u);
+    // Each file's delay is heard once more; the second decoder run differs in the last bits.
+    const auto start =
+        std::search(both.begin(), both.end(), first.samples.begin(), first.samples.begin() + 90000);
+    ASSERT_NE(start, both.end());
+    const auto delay = static_cast<std::size_t>(start - both.begin());
+    const std::size_t framesOfFirst = (first.samples.size() + delay) / 2 / 1152 + 1;
+    const std::size_t begin = framesOfFirst * 1152 * 2 + delay;
+    ASSERT_LE(begin + second.samples.size(), both.size());
+    float difference = 0;
+    for (std::size_t i = 0; i < second.samples.size(); ++i)
+        difference = std::max(difference, std::abs(both[begin + i] - second.samples[i]));
+    EXPECT_LT(difference, 1e-4f) << "the second is there from its first frame to its last";
 }
 
 } // namespace

@@ -38,6 +38,25 @@ void save(const std::string& path, const Bytes& bytes)
     if (!file) throw std::runtime_error("cannot write " + path);
 }
 
+Bytes joined(std::initializer_list<Bytes> parts)
+{
+    Bytes whole;
+    for (const Bytes& part : parts) whole.insert(whole.end(), part.begin(), part.end());
+    return whole;
+}
+
+Bytes ofText(const char* text, std::size_t size)
+{
+    Bytes bytes(text, text + std::strlen(text));
+    bytes.resize(size);
+    return bytes;
+}
+
+Bytes firstOf(const Bytes& bytes, std::size_t size)
+{
+    return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(std::min(size, bytes.size())));
+}
+
 std::vector<float> music(int channels, int frames)
 {
     std::vector<float> samples;
@@ -134,6 +153,13 @@ SInt64 File::frames() const
     UInt32 size = sizeof frames;
     ExtAudioFileGetProperty(file_, kExtAudioFileProperty_FileLengthFrames, &size, &frames);
     return frames;
+}
+
+KVXSoundFileReport File::report() const
+{
+    KVXSoundFileReport report = {-1, -1, 0, 0};
+    KVXPlatformReportSoundFile(file_, &report);
+    return report;
 }
 
 SInt64 File::tell() const

@@ -8,7 +8,9 @@
 
 #include <sndfile.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,13 @@ private:
 
 Bytes load(const std::string& path);
 void save(const std::string& path, const Bytes& bytes);
+
+/// Files in a row, as one.
+Bytes joined(std::initializer_list<Bytes> parts);
+/// Bytes that begin with a text; the rest are zeros.
+Bytes ofText(const char* text, std::size_t size);
+/// The first bytes of a file.
+Bytes firstOf(const Bytes& bytes, std::size_t size);
 
 /// Interleaved samples that differ from frame to frame and channel to channel, within 0.8.
 std::vector<float> music(int channels, int frames);
@@ -69,6 +78,7 @@ public:
     AudioStreamBasicDescription
     format(ExtAudioFilePropertyID property = kExtAudioFileProperty_FileDataFormat) const;
     SInt64 frames() const;
+    KVXSoundFileReport report() const;
     SInt64 tell() const;
     OSStatus setClient(const AudioStreamBasicDescription& format) const;
 

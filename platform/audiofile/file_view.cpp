@@ -1,0 +1,95 @@
+#include "platform/audiofile/file_view.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include <unistd.h>
+
+namespace kvxplatform::audiofile {
+
+namespace {
+constexpr SInt64 lastTag = 128; // bytes at the very end, where a decoder looks for a tag before all else
+}
+
+FileView::FileView(int descriptor, std::vector<Span> spans, const Patch& patch, SInt64 statedBytes)
+    : descriptor_(descriptor), spans_(std::move(spans)), patch_(patch), statedBytes_(statedBytes)
+{
+    SInt64 end = 0;
+    for (const Span& span : spans_) ends_.push_back(end += span.bytes);
+    statedBytes_ = std::max(statedBytes_, end);
+}
+
+SNDFILE* FileView::open(SF_INFO& info)
+{
+    place_ = 0;
+    hasFailed_ = false;
+    SF_VIRTUAL_IO io = calls();
+    return sf_open_virtual(&io, SFM_READ, &info, this);
+}
+
+SF_VIRTUAL_IO FileView::calls()
+{
+    SF_VIRTUAL_IO io = {};
+    io.get_filelen = [](void* user) -> sf_count_t { return of(user).statedBytes_; };
+    io.seek = [](sf_count_t offset, int whence, void* user) -> sf_count_t {
+        return of(user).seek(offset, whence);
+    };
+    io.read = [](void* out, sf_count_t bytes, void* user) -> sf_count_t {
+        return of(user).read(static_cast<UInt8*>(out), bytes);
+    };
+    io.write = [](const void*, sf_count_t, void*) -> sf_count_t { return 0; };
+    io.tell = [](void* user) -> sf_count_t { return of(user).place_; };
+    return io;
+}
+
+SInt64 FileView::seek(SInt64 offset, int whence)
+{
+    const SInt64 base = whence == SEEK_CUR ? place_ : whence == SEEK_END ? statedBytes_ : 0;
+    SInt64 to = 0;
+    if (!__builtin_add_overflow(base, offset, &to) && to >= 0) place_ = to;
+    return place_;
+}
+
+SInt64 FileView::read(UInt8* out, SInt64 bytes)
+{
+    const SInt64 held = ends_.empty() ? 0 : ends_.back();
+    if (statedBytes_ > held && place_ == statedBytes_ - lastTag && bytes > 0 && bytes <= lastTag) {
+        std::memset(out, 0, static_cast<std::size_t>(bytes)); // no tag there
+        place_ += bytes;
+        return bytes;
+    }
+    SInt64 done = 0;
+    while (done < bytes) {
+        const SInt64 got = readSpan(out + done, bytes - done);
+        if (got <= 0) break;
+        done += got;
+        place_ += got;
+    }
+    return done;
+}
+
+/// Read from the span that holds the place; 0 past the last one.
+SInt64 FileView::readSpan(UInt8* out, SInt64 bytes)
+{
+    const auto end = std::upper_bound(ends_.begin(), ends_.end(), place_);
+    if (end == ends_.end()) return 0;
+    const Span& span = spans_[static_cast<std::size_t>(end - ends_.begin())];
+    const SInt64 offset = span.start + span.bytes - (*end - place_);
+    const auto wanted = static_cast<std::size_t>(std::min(bytes, *end - place_));
+    const SInt64 got = pread(descriptor_, out, wanted, offset);
+    if (got < 0) hasFailed_ = true;
+    applyPatch(out, offset, got);
+    return got;
+}
+
+void FileView::applyPatch(UInt8* out, SInt64 fileOffset, SInt64 bytes) const
+{
+    for (std::size_t i = 0; i < patch_.size; ++i) {
+        const SInt64 at = patch_.start + static_cast<SInt64>(i) - fileOffset;
+        if (at >= 0 && at < bytes) out[at] = patch_.bytes[i];
+    }
+}
+
+} // namespace kvxplatform::audiofile
