@@ -1,5 +1,6 @@
 #include "host/runtime/array.h"
 
+#include "host/runtime/checked_size.h"
 #include "host/runtime/errors.h"
 #include "host/runtime/native.h"
 #include "host/runtime/records.h"
@@ -49,8 +50,8 @@ void checkIndex(const ArrayRecord& array, HostInteger index, std::size_t limit)
 /// sanitizer.
 void resize(ArrayRecord& array, std::size_t count)
 {
-    auto* storage = static_cast<std::uint8_t*>(
-        std::realloc(array.storage, std::max<std::size_t>(1, count * elementSize(array))));
+    const std::size_t bytes = checkedSize(count, elementSize(array));
+    auto* storage = static_cast<std::uint8_t*>(std::realloc(array.storage, std::max<std::size_t>(1, bytes)));
     if (!storage) throw std::bad_alloc();
     array.storage = storage;
     if (count > array.count)

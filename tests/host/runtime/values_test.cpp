@@ -86,6 +86,15 @@ TEST(MemoryBlock, SizesAndContents)
     EXPECT_EQ(MemoryBlock::copyOf(std::vector<float>{1, 2}).as<float>()[1], 2.0f);
 }
 
+// On 32 bits the size in bytes of each of these wraps to one that is there.
+TEST(Array, TooLargeForMemoryIsRefused)
+{
+    Host host(version(2015.0));
+    constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
+    for (std::size_t count : {most / 8 + 2, most / 4, most})
+        EXPECT_THROW(Array::ofType(Base::float64, count), std::bad_alloc) << count;
+}
+
 TEST(Array, GrowsAndShrinks)
 {
     Host host(version(2015.0));
