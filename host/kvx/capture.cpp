@@ -8,11 +8,12 @@
 namespace kvx {
 namespace {
 
-// What the platform says of the file, under the name that the user gave it.
+// The platform's reason, with the name that the user gave the file.
 Failure platformFailure(const std::string& aside, const std::string& path)
 {
     std::string text = KVXPlatformErrorText();
-    if (const auto at = text.find(aside); at != text.npos) text.replace(at, aside.size(), path);
+    const std::string name = "the capture " + aside;
+    if (const auto at = text.find(name); at != text.npos) text.replace(at, name.size(), path);
     return Failure(text);
 }
 

@@ -1,4 +1,5 @@
-// kvx render: a file through the same units as `kvx play`, on a device of its own that is turned by hand.
+// kvx render: a file through the same units as `kvx play`, on a simulated device that it steps.
+#include "host/kvx/capture.h"
 #include "host/kvx/commands.h"
 #include "host/kvx/end_rule.h"
 #include "host/kvx/failure.h"
@@ -9,7 +10,6 @@
 #include "host/kvx/player_options.h"
 #include "host/kvx/programme.h"
 #include "host/kvx/progress.h"
-#include "host/kvx/rendered_file.h"
 #include "host/kvx/write_aside.h"
 
 #include <fmt/format.h>
@@ -140,19 +140,28 @@ void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t f
     }
 }
 
-// Run the device until all frames are there. False when the user interrupts.
-bool turnToTheEnd(const KVXDeviceInfo& device, LoopSlices slices, RenderedFile& file, Progress& progress)
+// Lengths in a WAV file have 32 bits, and its header needs some of them.
+void checkLength(const std::string& path, std::uint64_t frames, int channels)
+{
+    constexpr std::uint64_t mostBytes = 0xFFFF0000;
+    if (frames > mostBytes / (sizeof(float) * std::uint64_t(channels)))
+        throw Failure(
+            fmt::format("{} would be longer than a WAV file can be; give a shorter --duration", path));
+}
+
+// Step the device by `frames` frames. False when the user interrupts.
+bool stepToTheEnd(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t frames, Progress& progress)
 {
     const double rate = device.sampleRate;
-    while (file.framesTaken() < file.framesWanted()) {
+    for (std::uint64_t done = 0; done < frames;) {
         if (isInterrupted()) return false;
-        const std::uint64_t left = file.framesWanted() - file.framesTaken();
-        stepDevice(device, slices, std::uint32_t(std::min<std::uint64_t>(left, stepFrames)));
-        file.checkDisk();
+        const auto step = std::uint32_t(std::min<std::uint64_t>(frames - done, stepFrames));
+        stepDevice(device, slices, step);
+        done += step;
         KVXPlatformDrainMainQueue(0);
-        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", printTime(double(file.framesTaken()) / rate),
-                                      printTime(double(file.framesWanted()) / rate),
-                                      100.0 * double(file.framesTaken()) / double(file.framesWanted())));
+        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", printTime(double(done) / rate),
+                                      printTime(double(frames) / rate),
+                                      100.0 * double(done) / double(frames)));
     }
     return true;
 }
@@ -178,16 +187,18 @@ bool renderWith(host::Host& host, const RenderOptions& options, const ProgrammeF
     player.setDevice(device.info().device);
     applyAfterLoad(options.player, player);
 
-    RenderedFile out(device.info(), options.to, framesWanted(options, player, file, rate));
+    const std::uint64_t frames = framesWanted(options, player, file, rate);
+    checkLength(options.to, frames, deviceChannels);
+    Capture out(device.info().device, options.to);
     player.play();
-    const bool isWhole = turnToTheEnd(device.info(), LoopSlices(player, rate), out, progress);
+    const bool isWhole = stepToTheEnd(device.info(), LoopSlices(player, rate), frames, progress);
     progress.wipe();
     player.pause();
     if (!isWhole) return false;
     checkSound(player);
     out.keep();
     progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, printChannels(deviceChannels),
-                             printTime(double(out.framesTaken()) / rate)));
+                             printTime(double(frames) / rate)));
     return true;
 }
 

@@ -15,9 +15,6 @@ constexpr std::size_t largestRing = 32u << 20;    // samples
 constexpr std::size_t samplesPerWrite = 1u << 15; // at most, of one piece
 constexpr long pollNanos = 20'000'000;            // how long a piece may lie before it is written
 
-/// The code of the C library call that just failed inside libsndfile.
-int errorOfWrite() { return errno ? errno : EIO; }
-
 const char* adviceFor(int error)
 {
     switch (error) {
@@ -45,19 +42,14 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
         capture->isFinished_ = true;
         return nullptr;
     }
-    SF_INFO info = {};
-    info.samplerate = static_cast<int>(form.rate);
-    info.channels = static_cast<int>(form.channels);
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    capture->file_ = sf_open(capture->temporaryPath_.c_str(), SFM_WRITE, &info);
-    if (!capture->file_) {
-        error = "cannot write the capture " + path + ": " + sf_strerror(nullptr) +
+    if (const int code = capture->file_.create(capture->temporaryPath_, static_cast<std::uint32_t>(form.rate),
+                                               form.channels)) {
+        error = "cannot write the capture " + path + ": " + std::strerror(code) +
                 "; name a file in a folder that exists and can be written";
         std::remove(capture->temporaryPath_.c_str());
         capture->isFinished_ = true;
         return nullptr;
     }
-    sf_command(capture->file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it holds the time of day
     sem_init(&capture->wake_, 0, 0);
     const auto wanted = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
     const std::size_t size = std::clamp(wanted, samplesPerWrite * 2, largestRing);
@@ -83,7 +75,7 @@ void Capture::write(const float* samples, std::uint32_t frames, const Form& form
     const bool isEmpty = written_.load(std::memory_order_relaxed) == 0;
     if (isEmpty) hasChanged_ = false; // it may have been opened for a change that is just being made
     if (!(form == form_)) hasChanged_ = true;
-    if (hasChanged_ || failure_.load(std::memory_order_relaxed)) return;
+    if (hasChanged_ || failure_.load(std::memory_order_relaxed) != 0) return;
     std::size_t left = std::size_t{frames} * form.channels;
     const std::uint64_t waiting =
         written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
@@ -118,11 +110,7 @@ std::size_t Capture::takeOut()
     const std::size_t start = taken % ring_.size();
     std::size_t piece = std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
     piece -= piece % form_.channels; // whole frames
-    errno = 0;
-    if (piece && !failure_ &&
-        sf_write_float(file_, &ring_[start], static_cast<sf_count_t>(piece)) !=
-            static_cast<sf_count_t>(piece))
-        failure_ = errorOfWrite();
+    if (piece) failure_ = file_.write(&ring_[start], piece);
     taken_.store(taken + piece, std::memory_order_release);
     return piece;
 }
@@ -145,7 +133,7 @@ void Capture::run()
 void Capture::discard()
 {
     isFinished_ = true;
-    sf_close(file_);
+    file_.finish();
     sem_destroy(&wake_);
     std::remove(temporaryPath_.c_str());
 }
@@ -158,14 +146,12 @@ bool Capture::finish(std::string& error)
     sem_post(&wake_);
     thread_.join();
     sem_destroy(&wake_);
-    errno = 0;
-    int failure = failure_;
-    if (sf_close(file_) != 0 && !failure) failure = errorOfWrite();
-    if (!failure && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) failure = errno;
-    if (failure) {
+    int code = file_.finish();
+    if (code == 0 && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) code = errno;
+    if (code != 0) {
+        error =
+            "the capture " + path_ + " cannot be finished: " + std::strerror(code) + "; " + adviceFor(code);
         std::remove(temporaryPath_.c_str());
-        error = "the capture " + path_ + " cannot be finished: " + std::strerror(failure) + "; " +
-                adviceFor(failure);
         return false;
     }
     if (hasChanged_)

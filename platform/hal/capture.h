@@ -1,6 +1,8 @@
 // What a device plays, written to a WAV file of 32-bit float by a thread of its own.
 #pragma once
 
+#include "platform/hal/float_wave.h"
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -8,8 +10,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <sndfile.h>
 
 namespace kvxplatform::hal {
 
@@ -46,7 +46,7 @@ private:
     void discard(); ///< before it began
 
     std::string path_, temporaryPath_;
-    SNDFILE* file_ = nullptr;
+    FloatWave file_;
     Form form_ = {};
     std::vector<float> ring_;
     std::atomic<std::uint64_t> written_{0}, taken_{0}; ///< samples; the difference waits in the ring

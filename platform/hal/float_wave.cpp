@@ -1,0 +1,95 @@
+#include "platform/hal/float_wave.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+namespace kvxplatform::hal {
+namespace {
+
+constexpr std::uint32_t floatTag = 3, extensibleTag = 0xFFFE;
+constexpr std::uint32_t sampleBytes = sizeof(float);
+
+// The rest of the sub-format's identifier, after the tag.
+constexpr unsigned char subFormatTail[] = {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
+
+// Speakers of so many channels: left, right, centre, low frequencies, then back and sides.
+constexpr std::uint32_t speakerMasks[] = {0, 0x4, 0x3, 0x7, 0x33, 0x37, 0x3F, 0x13F, 0x63F};
+
+std::uint32_t maskOf(std::uint32_t channels)
+{
+    return channels < std::size(speakerMasks) ? speakerMasks[channels] : 0; // 0: no speakers are assigned
+}
+
+void append(std::string& bytes, std::uint64_t value, std::size_t width)
+{
+    constexpr std::uint64_t unknown = 0xFFFFFFFF;
+    for (std::uint64_t left = width == 4 ? std::min(value, unknown) : value; width > 0; --width, left >>= 8)
+        bytes.push_back(static_cast<char>(left & 0xFF));
+}
+
+std::string formatChunk(std::uint32_t sampleRate, std::uint32_t channels)
+{
+    const bool isExtensible = channels > 2;
+    std::string bytes = "fmt ";
+    append(bytes, isExtensible ? 40 : 18, 4);
+    append(bytes, isExtensible ? extensibleTag : floatTag, 2);
+    append(bytes, channels, 2);
+    append(bytes, sampleRate, 4);
+    append(bytes, std::uint64_t{sampleRate} * channels * sampleBytes, 4);
+    append(bytes, channels * sampleBytes, 2);
+    append(bytes, 8 * sampleBytes, 2);
+    append(bytes, isExtensible ? 22 : 0, 2); // bytes that follow in this chunk
+    if (!isExtensible) return bytes;
+    append(bytes, 8 * sampleBytes, 2);
+    append(bytes, maskOf(channels), 4);
+    append(bytes, floatTag, 2);
+    bytes.append(std::begin(subFormatTail), std::end(subFormatTail));
+    return bytes;
+}
+
+} // namespace
+
+int FloatWave::writeHeader(std::uint64_t samples)
+{
+    const std::uint64_t dataBytes = samples * sampleBytes;
+    std::string rest = "WAVE" + formatChunk(sampleRate_, channels_) + "fact";
+    append(rest, 4, 4);
+    append(rest, samples / channels_, 4);
+    rest += "data";
+    append(rest, dataBytes, 4);
+    std::string bytes = "RIFF";
+    append(bytes, rest.size() + dataBytes, 4);
+    bytes += rest;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) error_ = errno;
+    return error_;
+}
+
+int FloatWave::create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels)
+{
+    file_.reset(std::fopen(path.c_str(), "we"));
+    if (!file_) return error_ = errno;
+    sampleRate_ = sampleRate;
+    channels_ = channels;
+    constexpr std::uint64_t unknown = std::uint64_t{1} << 60;
+    return writeHeader(unknown);
+}
+
+int FloatWave::write(const float* samples, std::size_t count)
+{
+    if (error_ != 0) return error_;
+    if (std::fwrite(samples, sampleBytes, count, file_.get()) != count) error_ = errno;
+    samples_ += count;
+    return error_;
+}
+
+int FloatWave::finish()
+{
+    if (!file_) return error_;
+    if (error_ == 0 && std::fseek(file_.get(), 0, SEEK_SET) != 0) error_ = errno;
+    if (error_ == 0) writeHeader(samples_);
+    if (std::fclose(file_.release()) != 0 && error_ == 0) error_ = errno;
+    return error_;
+}
+
+} // namespace kvxplatform::hal

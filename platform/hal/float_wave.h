@@ -1,0 +1,41 @@
+// A WAV file of 32-bit float samples while it is written.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace kvxplatform::hal {
+
+/// Up to two channels have format tag 3; more have the extensible form, with the speakers that up to eight
+/// channels usually are. Lengths that 32 bits cannot state are 0xFFFFFFFF, which readers take for "to the end
+/// of the file"; so are all lengths until finish(). The same samples make the same bytes.
+///
+/// Thread  [any], one call at a time.
+/// Errors  errno values; 0 is success. After the first failure nothing more is written.
+class FloatWave {
+public:
+    /// Create the file, in place of any earlier one.
+    int create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels);
+
+    /// Append interleaved samples.
+    int write(const float* samples, std::size_t count);
+
+    /// State the lengths and close the file.
+    int finish();
+
+private:
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    int writeHeader(std::uint64_t samples);
+
+    std::unique_ptr<std::FILE, Close> file_;
+    std::uint32_t sampleRate_ = 0, channels_ = 0;
+    std::uint64_t samples_ = 0;
+    int error_ = 0;
+};
+
+} // namespace kvxplatform::hal
