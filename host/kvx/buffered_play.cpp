@@ -1,6 +1,7 @@
 #include "host/kvx/buffered_play.h"
 
 #include "host/kvx/failure.h"
+#include "host/kvx/files/file_failure.h"
 #include "host/kvx/interrupt.h"
 #include "host/kvx/meter.h"
 #include "host/kvx/playback.h"
@@ -43,6 +44,7 @@ bool playRun(host::Host& host, const Run& run, float gain, const KVXDeviceInfo& 
     }
     const bool isHeard = playback.position() > 0;
     playback.stop();
+    for (const std::string& path : playback.damagedFiles()) progress.warn(damagedPart(path));
     if (playback.hadGap())
         fmt::print(stderr, "kvx: the sound had gaps: the file could not be read as fast as it plays\n");
     return isHeard;

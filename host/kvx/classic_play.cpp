@@ -2,6 +2,7 @@
 
 #include "host/kvx/end_rule.h"
 #include "host/kvx/failure.h"
+#include "host/kvx/files/file_failure.h"
 #include "host/kvx/interrupt.h"
 #include "host/kvx/key.h"
 #include "host/kvx/meter.h"
@@ -169,6 +170,7 @@ try {
     buffers.start();
     while (session.turn()) {
     }
+    if (reader.isDamaged()) progress.warn(damagedPart(file.path));
     if (buffers.hadGap())
         fmt::print(stderr, "kvx: the sound had gaps: the file could not be read as fast as it plays\n");
     return session.isHeard();

@@ -1,6 +1,7 @@
 #include "host/kvx/file_play.h"
 
 #include "host/kvx/end_rule.h"
+#include "host/kvx/files/file_failure.h"
 #include "host/kvx/interrupt.h"
 #include "host/kvx/meter.h"
 #include "host/kvx/plain_text.h"
@@ -257,7 +258,7 @@ void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const
         loadInBackground(player, file.path, channels, progress);
     else
         player.load(file.path, channels);
-    if (player.takeFrameCount() < file.format.frames) throw cutShort(file.path);
+    if (!player.holdsAll(file.format.frames)) progress.warn(damagedPart(file.path));
 }
 
 void checkFiles(const std::vector<ProgrammeFile>& files, const PlayerOptions& options,

@@ -25,9 +25,8 @@ bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const 
 /// as two, or only one side would sound.
 int channelsToLoad(int fileChannels, int deviceChannels);
 
-/// Load a file in the way that the options say, with something to see meanwhile; or, with `meanwhile`, on a
-/// background thread while that function runs again and again on this one. Throws Failure, also when less
-/// could be read than the file promises.
+/// Load a file as the options say, with progress shown; or, with `meanwhile`, on a background thread while
+/// that function runs repeatedly on this one. Warns when not all of its frames decode. Throws Failure.
 void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
               Progress& progress, const std::function<void()>& meanwhile = {});
 

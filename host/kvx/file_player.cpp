@@ -100,17 +100,15 @@ double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(
 int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
 double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
 
-// The class tells no number of frames, but it counts time in them: the first time that is not 0 is one frame.
-// Times that double cannot jump past it.
-std::int64_t FilePlayer::takeFrameCount()
+// The class counts time in loaded frames, whose number it does not report: a time of one frame and a half is
+// cut to one frame, of a length that shows their number.
+bool FilePlayer::holdsAll(std::int64_t frames)
 {
-    double oneFrame = 0;
-    for (double time = 0.5 / sampleRate(); oneFrame == 0 && time < 4 * duration(); time *= 2) {
-        object_.set("CurrentTime", time);
-        oneFrame = position();
-    }
+    const double oneFrame = duration() / double(frames);
+    object_.set("CurrentTime", 1.5 * oneFrame);
+    const bool isWhole = std::fabs(position() / oneFrame - 1) < 0.1 / double(frames);
     object_.set("CurrentTime", 0.0);
-    return oneFrame > 0 ? std::llround(duration() / oneFrame) : 0;
+    return isWhole;
 }
 
 void FilePlayer::play()

@@ -67,8 +67,8 @@ public:
     int channels() const;
     double duration() const;
 
-    /// Frames that were read, perhaps fewer than the file promises. Moves the position to the begin.
-    std::int64_t takeFrameCount();
+    /// True when all `frames` frames of the file were decoded. Moves the position to the start.
+    bool holdsAll(std::int64_t frames);
 
     // ---- sound ----
 

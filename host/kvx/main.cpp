@@ -35,9 +35,8 @@ int run(int argumentCount, char** arguments)
     CLI::App app("Plays and renders sound files through KVXAudio.so, and shows what the library holds.",
                  "kvx");
     app.require_subcommand(1);
-    app.footer(
-        "Exit codes: 0 good, 1 failed, 2 wrong usage; ended by a signal 128 and its number: 130 by Ctrl-C, "
-        "143 by a request to end, 129 with its terminal.");
+    app.footer("Exit codes: 0 good, 1 failed or a file played in part, 2 wrong usage; ended by a signal 128 "
+               "and its number: 130 by Ctrl-C, 143 by a request to end, 129 with its terminal.");
 
     kvx::Action action;
     kvx::addPlayCommand(app, action);

@@ -1,6 +1,6 @@
 #include "host/kvx/picture.h"
 
-#include "host/kvx/sound_file.h"
+#include "host/kvx/files/sound_file.h"
 #include "host/kvx/write_aside.h"
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION

@@ -65,11 +65,13 @@ void keepCapture(Capture& capture, const PlayOptions& options, const std::string
 int showInfo(const PlayOptions& options)
 {
     doWithoutHardware();
+    Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const std::vector<Run> runs = planProgramme(options.files);
     Library library(options.library);
+    warnOfMissingParts(runs, progress);
     for (const ProgrammeFile& file : filesOf(runs))
         std::fputs(printFileInfo(library.host(), file).c_str(), stdout);
-    return closeLibrary(library, 0);
+    return closeLibrary(library, progress.exitCode());
 }
 
 int play(const PlayOptions& options)
@@ -86,6 +88,7 @@ int play(const PlayOptions& options)
     if (!captureTo.empty()) capture.emplace(device.device, captureTo);
     Library library(options.library);
 
+    warnOfMissingParts(runs, progress);
     progress.say(printDevice(device, options.device));
     const bool isStepped = options.device.isStepped;
     const bool isHeard =
@@ -95,7 +98,7 @@ int play(const PlayOptions& options)
     if (isInterrupted()) progress.leaveLine();
     progress.say(isInterrupted() ? "Stopped." : "Done.");
     if (capture && (isHeard || !isInterrupted())) keepCapture(*capture, options, captureTo, progress);
-    return closeLibrary(library, interruptExitCode());
+    return closeLibrary(library, progress.exitCode());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "host/kvx/playback.h"
 
 #include "host/kvx/failure.h"
+#include "host/runtime/checked_size.h"
 
 #include <fmt/format.h>
 
@@ -10,18 +11,20 @@ namespace kvx {
 namespace {
 
 constexpr int blockSeconds = 4;
-constexpr std::size_t leastBlockFrames = 4096;
-constexpr std::int64_t blocksAhead = 5; // what waits is memory: 5 blocks of 192 kHz stereo are 31 MB
+constexpr std::size_t leastBlockFrames = 4096, mostBlockFrames = 1 << 20;
+constexpr std::int64_t blocksAhead = 5; // at most 40 MiB
 constexpr std::int64_t queueCapacity = 200;
 
 } // namespace
 
 Playback::Playback(host::Host& host, const Run& run, float gain)
     : player_(host.create("CoreAudioPlayerKVX")), reader_(run), gain_(gain),
-      blockFrames_(std::max(std::size_t(run.sampleRate()) * blockSeconds, leastBlockFrames)),
+      blockFrames_(
+          std::clamp(host::checkedSize(run.sampleRate(), blockSeconds), leastBlockFrames, mostBlockFrames)),
       channels_(std::size_t(run.channels()))
 {
-    block_ = host::MemoryBlock::ofSize(std::int64_t(blockFrames_ * channels_ * sizeof(float)));
+    block_ =
+        host::MemoryBlock::ofSize(std::int64_t(host::checkedSize(blockFrames_, channels_, sizeof(float))));
     if (!block_) throw Failure("there is not enough memory for a block of sound; close other programs");
     player_.set("SampleRate", float(run.sampleRate()));
     player_.set("NumberOfChannels", run.channels());

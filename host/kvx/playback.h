@@ -9,10 +9,9 @@ namespace kvx {
 
 /// Feeds a player ahead of what is heard. The order is: begin(), then turn() until it answers false.
 ///
-/// Shape   blocks of some seconds, interleaved when stereo; a few wait in the player's queue, so that
-/// decoding has
-///         seconds to spare. Long blocks also keep seams, which cost a frame at rates other than the
-///         device's, rare.
+/// Shape   blocks of some seconds, interleaved when stereo, at most 8 MiB each; a few wait in the player's
+///         queue, so that decoding has seconds to spare. Long blocks also keep seams rare, which cost a frame
+///         at rates other than the device's.
 /// Thread  [main]
 class Playback {
 public:
@@ -36,6 +35,9 @@ public:
 
     /// Frames of the run that have been heard.
     double position() const;
+
+    /// Files whose data stopped decoding before their last frame.
+    const std::vector<std::string>& damagedFiles() const { return reader_.damagedFiles(); }
 
     /// The player ran dry before the end of the run: the sound had a gap.
     bool hadGap() const { return hadGap_; }

@@ -1,6 +1,6 @@
 #include "host/kvx/programme.h"
 
-#include "host/kvx/progress.h"
+#include "host/kvx/files/file_failure.h"
 
 #include <fmt/format.h>
 
@@ -62,6 +62,12 @@ std::vector<std::string> pathsOf(const std::vector<Run>& runs)
     return paths;
 }
 
+void warnOfMissingParts(const std::vector<Run>& runs, Progress& progress)
+{
+    for (const ProgrammeFile& file : filesOf(runs))
+        for (const std::string& line : missingParts(file.path, file.format)) progress.warn(line);
+}
+
 std::string printChannels(int channels)
 {
     return channels == 1 ? "mono" : channels == 2 ? "stereo" : fmt::format("{} channels", channels);
@@ -84,7 +90,9 @@ std::size_t RunReader::read(float* out, std::size_t frames)
         }
         const std::size_t got = open_->read(out + done * std::size_t(run_.channels()), frames - done);
         done += got;
-        if (done < frames) open_.reset(); // at its end
+        if (done == frames) break;
+        if (open_->isDamaged()) damagedFiles_.push_back(open_->path());
+        open_.reset(); // at its end
     }
     return done;
 }

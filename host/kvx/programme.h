@@ -2,7 +2,8 @@
 // gaps.
 #pragma once
 
-#include "host/kvx/sound_file.h"
+#include "host/kvx/files/sound_file.h"
+#include "host/kvx/progress.h"
 
 #include <memory>
 #include <string>
@@ -11,7 +12,7 @@
 namespace kvx {
 
 struct ProgrammeFile {
-    std::string path; ///< as the disk has it
+    std::string path; ///< as the disk spells it
     SoundFormat format;
 };
 
@@ -28,14 +29,16 @@ struct Run {
     std::int64_t firstFrameOf(const ProgrammeFile& file) const;
 };
 
-/// Look into every file and gather them. Throws Failure for the first that is unfit, before anything is
-/// heard.
+/// Open every file and gather them. Throws Failure for the first that is unfit, before the first sound.
 std::vector<Run> planProgramme(const std::vector<std::string>& paths);
 
 /// The files of all runs, in order.
 std::vector<ProgrammeFile> filesOf(const std::vector<Run>& runs);
 
 std::vector<std::string> pathsOf(const std::vector<Run>& runs);
+
+/// Warn of each file that plays in part.
+void warnOfMissingParts(const std::vector<Run>& runs, Progress& progress);
 
 /// "Playing song.wav: 44100 Hz, stereo, 0:06.5"
 std::string printAnnouncement(const ProgrammeFile& file);
@@ -48,14 +51,18 @@ class RunReader {
 public:
     explicit RunReader(const Run& run) : run_(run) {}
 
-    /// As SoundFile::read, across the seams between files. Returns fewer frames than asked at the run's end
-    /// only.
+    /// As SoundFile::read, across the seams between files. Returns fewer frames than requested at the run's
+    /// end only.
     std::size_t read(float* out, std::size_t frames);
+
+    /// Files so far whose data stopped decoding before their last frame.
+    const std::vector<std::string>& damagedFiles() const { return damagedFiles_; }
 
 private:
     const Run& run_;
     std::size_t next_ = 0;
     std::unique_ptr<SoundFile> open_;
+    std::vector<std::string> damagedFiles_;
 };
 
 } // namespace kvx

@@ -71,6 +71,20 @@ void Progress::say(const std::string& line)
     flush();
 }
 
+void Progress::warn(const std::string& line)
+{
+    wipe();
+    flush(); // before the other stream's line, on a terminal that shows both
+    fmt::print(stderr, "kvx: {}\n", plainText(line));
+    hasWarned_ = true;
+}
+
+int Progress::exitCode() const
+{
+    const int ofSignal = interruptExitCode();
+    return ofSignal == 0 && hasWarned_ ? 1 : ofSignal;
+}
+
 void Progress::show(double seconds, double totalSeconds, float peak)
 {
     showLine(fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)), printTime(totalSeconds),

@@ -26,6 +26,12 @@ public:
     /// A line of its own; nothing when quiet. Throws OutputFailure.
     void say(const std::string& line);
 
+    /// Report on standard error, even when quiet, a flaw that does not end the command; exitCode() is then 1.
+    void warn(const std::string& line);
+
+    /// For the command's end: after a signal as interruptExitCode(), after a warning 1, else 0.
+    int exitCode() const;
+
     /// Where a file stands. Shown live only, ten times a second at most.
     void show(double seconds, double totalSeconds, float peak);
 
@@ -48,6 +54,7 @@ private:
 
     Verbosity verbosity_;
     std::FILE* out_;
+    bool hasWarned_ = false;
     bool isShown_ = false; // a live line stands, with the cursor at its begin
     std::chrono::steady_clock::time_point last_{};
 };

@@ -66,12 +66,7 @@ private:
 
 double rateOf(const RenderOptions& options, const ProgrammeFile& file)
 {
-    if (options.deviceRate > 0) return options.deviceRate;
-    const double rate = file.format.sampleRate;
-    if (rate >= lowestRate && rate <= highestRate) return rate;
-    throw Failure(
-        fmt::format("{} has a rate of {} Hz, at which nothing renders; give another with --device-rate",
-                    file.path, rate));
+    return options.deviceRate > 0 ? options.deviceRate : file.format.sampleRate;
 }
 
 // Mono stays mono until sides are spoken of; then it is played as two channels, as on any device of two.
@@ -206,17 +201,19 @@ int render(const RenderOptions& options)
 {
     doWithoutHardware();
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const ProgrammeFile file = filesOf(planProgramme({options.from})).front();
+    const std::vector<Run> runs = planProgramme({options.from});
+    const ProgrammeFile file = filesOf(runs).front();
     refuseToOverwrite({file.path}, options.to, "the result");
     InterruptGuard guard; // from here on there may be a file to clear away
     asideOf(options.to);  // to be refused before the work, not behind it
 
     Library library(options.library);
+    warnOfMissingParts(runs, progress);
     if (!renderWith(library.host(), options, file, progress)) {
         progress.leaveLine();
         progress.say("Stopped; nothing was written.");
     }
-    return closeLibrary(library, interruptExitCode());
+    return closeLibrary(library, progress.exitCode());
 }
 
 void checkRenderOptions(const RenderOptions& options)

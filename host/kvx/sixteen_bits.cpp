@@ -1,5 +1,7 @@
 #include "host/kvx/sixteen_bits.h"
 
+#include "host/runtime/checked_size.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -14,7 +16,7 @@ std::int16_t toSixteenBits(float sample)
 std::size_t SixteenBitReader::read(std::int16_t* out, std::size_t frames)
 {
     const auto channels = std::size_t(file_.format().channels);
-    decoded_.resize(frames * channels);
+    decoded_.resize(host::checkedSize(frames, channels));
     const std::size_t got = file_.read(decoded_.data(), frames);
     for (std::size_t frame = 0; frame < got; ++frame)
         for (std::size_t channel = 0; channel < 2; ++channel)

@@ -1,7 +1,7 @@
 // A sound file as stereo samples of 16 bits.
 #pragma once
 
-#include "host/kvx/sound_file.h"
+#include "host/kvx/files/sound_file.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,9 +20,11 @@ public:
     /// `gain` is a factor; at exactly 1 it leaves every sample. Throws Failure.
     SixteenBitReader(const std::string& path, float gain) : file_(path), gain_(gain) {}
 
-    /// Up to `frames` frames: out[frame * 2 + channel]. Returns how many; fewer than asked at the end only.
-    /// Throws Failure when the file ends early.
+    /// Up to `frames` frames: out[frame * 2 + channel]. Returns how many; fewer than requested at the end
+    /// only. Throws Failure when the disk cannot be read.
     std::size_t read(std::int16_t* out, std::size_t frames);
+
+    bool isDamaged() const { return file_.isDamaged(); } ///< as SoundFile::isDamaged
 
 private:
     SoundFile file_;

@@ -52,7 +52,8 @@ constexpr const char* byteOrders =
 int playStream(const SoundStreamOptions& options)
 {
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const ProgrammeFile file = filesOf(planProgramme({options.file})).front();
+    const std::vector<Run> runs = planProgramme({options.file});
+    const ProgrammeFile file = filesOf(runs).front();
     const KVXDeviceInfo device = chooseDevice(options.device);
     refuseToOverwrite({file.path}, options.capture, "--capture");
 
@@ -61,6 +62,7 @@ int playStream(const SoundStreamOptions& options)
     if (!options.capture.empty()) capture.emplace(device.device, options.capture);
     Library library(options.library);
 
+    warnOfMissingParts(runs, progress);
     progress.say(printDevice(device, options.device));
     const bool isHeard =
         playClassic(library.host(), file, options.classic, device, options.device.isStepped, progress);
@@ -71,7 +73,7 @@ int playStream(const SoundStreamOptions& options)
         progress.say(fmt::format("What would have been heard: {}",
                                  std::filesystem::absolute(options.capture).string()));
     }
-    return closeLibrary(library, interruptExitCode(), kept);
+    return closeLibrary(library, progress.exitCode(), kept);
 }
 
 } // namespace

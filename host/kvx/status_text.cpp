@@ -27,6 +27,7 @@ constexpr StatusFact facts[] = {
     {-50,             "an argument is not one that the platform takes"},
     {-54,             "permission is missing"},
     {-108,            "there is not enough memory"},
+    {-42,             "too many files are open"},
     {-43,             "there is no such file"},
     {-36,             "the file cannot be read"},
     {'wht?',          "the file cannot be read, and the platform does not say why"},

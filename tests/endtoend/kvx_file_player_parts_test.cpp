@@ -53,8 +53,11 @@ TEST_F(FilePlayerParts, CountsFramesBySteps)
     for (const auto& fact : facts) {
         SCOPED_TRACE(std::to_string(fact.frames) + " at " + std::to_string(fact.rate));
         auto player = playerOf(support::makeNoise(fact.rate, 1, fact.frames), device);
-        EXPECT_EQ(player->takeFrameCount(), std::int64_t(fact.frames));
-        EXPECT_EQ(player->position(), 0.0) << "and is at the begin again";
+        const auto frames = std::int64_t(fact.frames);
+        EXPECT_TRUE(player->holdsAll(frames));
+        EXPECT_EQ(player->position(), 0.0) << "and is at the start again";
+        for (const std::int64_t more : {frames + 1, 2 * frames, 3 * frames, 1000 * frames})
+            EXPECT_FALSE(player->holdsAll(more)) << more;
     }
     EXPECT_EQ(leftOver(loaded.host).find("FolderItem"), std::string::npos);
 }

@@ -60,6 +60,7 @@ const std::vector<Wall>& walls()
         {"host/",                       {"abi/", "host/"},                                nullptr,      control,     &besideHost},
         {"host/runtime/folder_item.",   {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
         {"host/soundclient/",           {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
+        {"host/kvx/files/",             {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
         // Tests of a plug-in folder stand where the host stands, and see the folder from inside.
         {"tests/abi/",                  {"abi/", "tests/"},                               nullptr,      {},          nullptr},
         {"tests/plugin/",               {"abi/", "plugin/", "tests/"},                    nullptr,      allPlatform, nullptr},

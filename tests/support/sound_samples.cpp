@@ -55,6 +55,19 @@ void writeSound(const Sound& sound, const std::string& path)
     writeSound(sound, path, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
 }
 
+std::string waveBytes(std::uint32_t rate, std::uint32_t channels, std::uint32_t frames)
+{
+    const auto number = [](std::uint32_t value, int width) {
+        std::string bytes;
+        for (; width > 0; --width, value >>= 8) bytes.push_back(char(value & 0xFF));
+        return bytes;
+    };
+    const std::uint32_t bytes = frames * channels * 2;
+    return "RIFF" + number(36 + bytes, 4) + "WAVEfmt " + number(16, 4) + number(1, 2) + number(channels, 2) +
+           number(rate, 4) + number(rate * channels * 2, 4) + number(channels * 2, 2) + number(16, 2) +
+           "data" + number(bytes, 4) + std::string(bytes, '\x11');
+}
+
 Sound readSound(const std::string& path)
 {
     SF_INFO info = {};

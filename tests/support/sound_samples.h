@@ -1,6 +1,7 @@
 // Samples to play, and sound files to keep them in.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ void writeSound(const Sound& sound, const std::string& path, int format);
 
 /// A WAV file of 32-bit float, which keeps every bit.
 void writeSound(const Sound& sound, const std::string& path);
+
+/// The bytes of a 16-bit PCM WAV file that states any rate and number of channels, absurd ones, too.
+std::string waveBytes(std::uint32_t rate, std::uint32_t channels, std::uint32_t frames);
 
 /// Decode a whole file. Throws std::runtime_error.
 Sound readSound(const std::string& path);

@@ -102,6 +102,29 @@ TEST(Progress, DoesNotRunPastTheEnd)
     EXPECT_NE(text.find("0:10.0 / 0:10.0"), std::string::npos) << text;
 }
 
+TEST(Progress, WarnsOnStandardErrorAlsoWhenQuiet)
+{
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(written(kvx::Verbosity::quiet,
+                      [](kvx::Progress& progress) {
+                          EXPECT_EQ(progress.exitCode(), 0);
+                          progress.warn("a.wav is cut short");
+                          EXPECT_EQ(progress.exitCode(), 1);
+                      }),
+              "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "kvx: a.wav is cut short\n");
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(written(kvx::Verbosity::live,
+                      [](kvx::Progress& progress) {
+                          progress.showLine("a");
+                          progress.warn("b");
+                      }),
+              "a\x1b[J\r\x1b[J")
+        << "the live line goes first";
+    testing::internal::GetCapturedStderr();
+}
+
 TEST(Progress, IsPlainWhereThereIsNoTerminal)
 {
     std::FILE* file = std::tmpfile();

@@ -1,5 +1,5 @@
 // Names in one normal form, found in the other.
-#include "host/kvx/name_on_disk.h"
+#include "host/kvx/files/path_lookup.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 #define E_ACUTE "\xc3\xa9"
 #define E_AND_ACUTE "e\xcc\x81"
 
-TEST(NameOnDisk, IsTheFormThatStandsThere)
+TEST(PathOnDisk, IsTheFormThatStandsThere)
 {
     const struct {
         const char *onDisk, *asked, *found, *why;
@@ -34,22 +34,22 @@ TEST(NameOnDisk, IsTheFormThatStandsThere)
         const fs::path file = folder / fact.onDisk;
         fs::create_directories(file.parent_path());
         std::ofstream(file) << "x";
-        EXPECT_EQ(kvx::nameOnDisk(folder / fact.asked), folder / fact.found);
+        EXPECT_EQ(kvx::pathOnDisk(folder / fact.asked), folder / fact.found);
     }
 }
 
-TEST(NameOnDisk, PrefersTheNameAsGiven)
+TEST(PathOnDisk, PrefersTheNameAsGiven)
 {
     support::TemporaryFolder folder;
     for (const char* name : {E_ACUTE, E_AND_ACUTE}) std::ofstream(folder / name) << "x";
-    EXPECT_EQ(kvx::nameOnDisk(folder / E_ACUTE), folder / E_ACUTE);
-    EXPECT_EQ(kvx::nameOnDisk(folder / E_AND_ACUTE), folder / E_AND_ACUTE);
+    EXPECT_EQ(kvx::pathOnDisk(folder / E_ACUTE), folder / E_ACUTE);
+    EXPECT_EQ(kvx::pathOnDisk(folder / E_AND_ACUTE), folder / E_AND_ACUTE);
 }
 
-TEST(NameOnDisk, LeavesWhatIsNowhere)
+TEST(PathOnDisk, LeavesWhatIsNowhere)
 {
     for (const char* path : {"", "/", ".", "no/such/" E_ACUTE, "/no//such/../" E_ACUTE "/"})
-        EXPECT_EQ(kvx::nameOnDisk(path), path);
+        EXPECT_EQ(kvx::pathOnDisk(path), path);
 }
 
 } // namespace

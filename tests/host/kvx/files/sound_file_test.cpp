@@ -1,0 +1,202 @@
+// Sound files as the command reads them.
+#include "host/kvx/failure.h"
+#include "host/kvx/files/file_failure.h"
+#include "host/kvx/files/sound_file.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+using kvx::SoundFile;
+
+TEST(SoundFile, TellsWhatIsHeard)
+{
+    support::TemporaryFolder folder;
+    for (int channels : {1, 2, 3, 6}) {
+        support::writeSound(support::makeNoise(22050, channels, 33), folder / "a.wav");
+        const auto format = SoundFile(folder / "a.wav").format();
+        EXPECT_EQ(format.sampleRate, 22050);
+        EXPECT_EQ(format.fileChannels, channels);
+        EXPECT_EQ(format.channels, channels == 1 ? 1 : 2);
+        EXPECT_EQ(format.frames, 33);
+    }
+}
+
+TEST(SoundFile, GivesTheFirstTwoOfMoreChannels)
+{
+    support::TemporaryFolder folder;
+    support::writeSound({8000, 3, {1, 2, 3, 4, 5, 6}}, folder / "a.wav");
+    SoundFile file(folder / "a.wav");
+    std::vector<float> samples(8, -1.0f);
+    EXPECT_EQ(file.read(samples.data(), 4), 2u);
+    EXPECT_EQ(samples, (std::vector<float>{1, 2, 4, 5, -1, -1, -1, -1}));
+}
+
+// A writer that cannot go back leaves a length that stands for none: such a file ends where it ends.
+TEST(SoundFile, OfAWriterThatCouldNotGoBackIsWhole)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 1, 1000), folder / "a.wav",
+                        SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    std::fstream file(folder / "a.wav", std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(40); // the length of the data chunk
+    file.write("\xff\xff\xff\xff", 4);
+    file.close();
+    SoundFile sound(folder / "a.wav");
+    std::vector<float> samples(2000);
+    EXPECT_EQ(sound.read(samples.data(), 2000), 1000u);
+}
+
+TEST(SoundFile, ReadsAsOtherToolsDoBitForBit)
+{
+    support::TemporaryFolder folder;
+    const struct {
+        const char* name;
+        int format, rate;
+    } facts[] = {
+        {"8 bits", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, 8000},
+        {"16 bits", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100},
+        {"24 bits", SF_FORMAT_AIFF | SF_FORMAT_PCM_24, 48000},
+        {"32 bits", SF_FORMAT_CAF | SF_FORMAT_PCM_32, 96000},
+        {"double", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, 44100},
+        {"FLAC", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 44100},
+        {"Vorbis", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100},
+        {"Opus", SF_FORMAT_OGG | SF_FORMAT_OPUS, 48000},
+        {"MP3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 44100},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.name);
+        support::writeSound(support::makeNoise(fact.rate, 2, 5000), folder / "a", fact.format);
+        const support::Sound expected = support::readSound(folder / "a");
+        SoundFile file(folder / "a");
+        std::vector<float> samples(expected.samples.size());
+        std::size_t done = 0;
+        for (std::size_t got = 700; got == 700; done += got) {
+            const std::size_t left = expected.frames() - done;
+            got = file.read(&samples[done * 2], std::min<std::size_t>(left, 700));
+        }
+        EXPECT_EQ(done, expected.frames());
+        EXPECT_TRUE(samples == expected.samples);
+        EXPECT_FALSE(file.isDamaged());
+    }
+}
+
+TEST(SoundFile, CutByOneFrameReadsTheRest)
+{
+    support::TemporaryFolder folder;
+    for (int format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_WAV | SF_ENDIAN_BIG | SF_FORMAT_PCM_16,
+                       SF_FORMAT_AIFF | SF_FORMAT_PCM_16, SF_FORMAT_SVX | SF_FORMAT_PCM_16,
+                       SF_FORMAT_CAF | SF_FORMAT_PCM_16, SF_FORMAT_W64 | SF_FORMAT_PCM_16,
+                       SF_FORMAT_RF64 | SF_FORMAT_PCM_16, SF_FORMAT_AU | SF_FORMAT_PCM_16}) {
+        SCOPED_TRACE(format);
+        support::writeSound(support::makeNoise(44100, 1, 1000), folder / "a", format);
+        const std::vector<float> whole = support::readSound(folder / "a").samples;
+        EXPECT_FALSE(SoundFile(folder / "a").format().isCutShort);
+        std::filesystem::resize_file(folder / "a", std::filesystem::file_size(folder / "a") - 2);
+
+        SoundFile file(folder / "a");
+        EXPECT_TRUE(file.format().isCutShort);
+        EXPECT_EQ(file.format().frames, 999);
+        EXPECT_EQ(file.format().statedFrames, 1000);
+        std::vector<float> samples(1000, 2.0f);
+        EXPECT_EQ(file.read(samples.data(), 1000), 999u);
+        EXPECT_TRUE(std::equal(samples.begin(), samples.begin() + 999, whole.begin()));
+        EXPECT_EQ(samples[999], 2.0f) << "written past the end";
+        EXPECT_FALSE(file.isDamaged()) << "the frames that are there all decode";
+    }
+}
+
+TEST(SoundFile, DamagedInTheMiddleIsReportedAfterReading)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 1, 100000), folder / "a.flac",
+                        SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    const auto half = std::streamoff(std::filesystem::file_size(folder / "a.flac") / 2);
+    std::fstream bytes(folder / "a.flac", std::ios::in | std::ios::out | std::ios::binary);
+    bytes.seekp(half);
+    bytes << std::string(20000, '\0');
+    bytes.close();
+    SoundFile file(folder / "a.flac");
+    std::vector<float> samples(100000);
+    const std::size_t got = file.read(samples.data(), samples.size());
+    EXPECT_GT(got, 30000u) << "what comes before the damage";
+    EXPECT_LT(got, 100000u);
+    EXPECT_TRUE(file.isDamaged());
+    EXPECT_FALSE(file.format().isCutShort);
+}
+
+std::string refusalOf(const std::string& path)
+{
+    try {
+        SoundFile file(path);
+    } catch (const kvx::Failure& failure) {
+        return failure.what();
+    }
+    return "opened";
+}
+
+// Among them are rates whose product with 4 seconds, or with 4 or 8 bytes a frame, wraps in 32 bits.
+TEST(FileFailure, OfAnAbsurdRateNamesTheLimits)
+{
+    support::TemporaryFolder folder;
+    for (std::uint32_t rate :
+         {1u, 999u, 768001u, 10000000u, 10000001u, 178956971u, (1u << 28) + 64, 1u << 30, 0x7FFFFFFFu})
+        for (std::uint32_t channels : {1u, 2u, 3u, 64u, 1024u}) {
+            std::ofstream(folder / "a.wav", std::ios::binary) << support::waveBytes(rate, channels, 50);
+            EXPECT_EQ(
+                refusalOf(folder / "a.wav"),
+                (folder / "a.wav") +
+                    " has a coding, sample rate or number of channels that kvx does not play; convert it "
+                    "to WAV, of 1000 to 768000 Hz and up to 1024 channels")
+                << rate << " Hz, " << channels << " channels";
+        }
+}
+
+TEST(FileFailure, OfTooManyOpenFilesSaysSo)
+{
+    support::TemporaryFolder folder;
+    support::writeSound(support::makeNoise(44100, 1, 10), folder / "a.wav");
+    ASSERT_EQ(refusalOf(folder / "a.wav"), "opened");
+    rlimit former = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
+    rlimit few = former;
+    few.rlim_cur = rlim_t(dup(0)); // the lowest free descriptor, and with it all below, is taken
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    const std::string refusal = refusalOf(folder / "a.wav");
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
+    close(int(few.rlim_cur));
+    EXPECT_EQ(refusal,
+              (folder / "a.wav") + std::string(" cannot be opened: too many files are open; raise the "
+                                               "limit with `ulimit -n`"));
+}
+
+TEST(FileFailure, NamesThePartsThatAreMissing)
+{
+    kvx::SoundFormat format;
+    format.frames = 999;
+    EXPECT_EQ(kvx::missingParts("a.wav", format), std::vector<std::string>{});
+    format.isCutShort = true;
+    EXPECT_EQ(
+        kvx::missingParts("a.wav", format),
+        std::vector<std::string>{"a.wav is cut short: it ends before the length that its header states; "
+                                 "get the file again"});
+    format.statedFrames = 1000;
+    format.omittedStreams = 1;
+    EXPECT_EQ(
+        kvx::missingParts("a.wav", format),
+        (std::vector<std::string>{
+            "a.wav is cut short: it holds 999 of the 1000 frames that its header states; get the file again",
+            "a.wav plays in part: 1 of its chained streams has another sample rate or number of channels; "
+            "split it into files"}));
+}
+
+} // namespace
