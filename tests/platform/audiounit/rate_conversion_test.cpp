@@ -149,10 +149,9 @@ Float64 origin; // the client frame that a feeder calls 0
 float noiseFromOrigin(Float64 frame, UInt32 channel) { return noise(origin + frame, channel); }
 
 /// A unit that plays noise at 44,100 Hz as 48,000 Hz in slices of 100 frames, far shorter than the filter.
-class Converting {
-public:
+struct Converting {
     explicit Converting(OSType subType, OSType type = 'auou')
-        : unit(subType, type), feeder(canonical(44100, 1), noiseFromOrigin), drivesDevice(subType == 'ahal')
+        : drivesDevice(subType == 'ahal'), feeder(canonical(44100, 1), noiseFromOrigin), unit(subType, type)
     {
         EXPECT_EQ(unit.setFormat(1, canonical(44100, 1)), noErr);
         if (drivesDevice)
@@ -184,13 +183,11 @@ public:
         return played;
     }
 
-    const Unit unit;
-    Feeder feeder;
-
-private:
     const bool drivesDevice;
     SteppedDevice device{48000, 1, 100};
     Float64 next = 0;
+    Feeder feeder;
+    const Unit unit; // closed first: a removed device goes on calling it
 };
 
 TEST(RateConversion, IsResetOnceAndThenPlaysWithoutASeam)
