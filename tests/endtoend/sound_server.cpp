@@ -1,5 +1,6 @@
 #include "tests/endtoend/sound_server.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -110,6 +111,9 @@ int Recorder::process(jack_nframes_t frames, void* context)
         recorder.samples_[count++] = right[i];
     }
     recorder.count_.store(count, std::memory_order_release);
+    const auto isSound = [](float sample) { return sample != 0.0f; };
+    if (std::any_of(left, left + frames, isSound) || std::any_of(right, right + frames, isSound))
+        recorder.hasHeardSound_ = true;
     return 0;
 }
 

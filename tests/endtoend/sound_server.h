@@ -44,6 +44,9 @@ public:
     /// Connect to what plays to the loudspeakers, once something does. True when both channels are connected.
     bool connectToPlayer();
 
+    /// Whether anything but silence has arrived, recorded or past the end of the recording.
+    bool hasHeardSound() const { return hasHeardSound_; }
+
     /// All that was recorded, interleaved stereo.
     std::vector<float> samples() const;
     int sampleRate() const;
@@ -56,6 +59,7 @@ private:
     bool isConnected_[2] = {};
     std::vector<float> samples_; // as long as may be needed; filled by the server's thread
     std::atomic<std::size_t> count_{0};
+    std::atomic<bool> hasHeardSound_{false};
 };
 
 } // namespace endtoend

@@ -43,6 +43,7 @@ TEST(SoundServerDeath, EndsThePlayingWithAMessage)
         support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
                               folder.path());
         while (player.isRunning() && !recorder.connectToPlayer()) pause();
+        while (player.isRunning() && !recorder.hasHeardSound()) pause(); // connected is not yet started
         ASSERT_TRUE(player.isRunning()) << player.wait().err;
         (server.*fact.end)();
         const auto result = player.wait();
