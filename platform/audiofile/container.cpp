@@ -31,7 +31,7 @@ constexpr Chunked chunked[] = {
 };
 // clang-format on
 
-constexpr int mostChunks = 1 << 16; // of a real file: dozens
+constexpr int mostChunks = 1 << 12; // of a real file: dozens
 
 /// Lengths near the largest number stand for "unknown" in files that were written as a stream.
 bool isPlaceholder(UInt64 length, std::size_t lengthBytes)
@@ -41,7 +41,22 @@ bool isPlaceholder(UInt64 length, std::size_t lengthBytes)
 
 StatedData stated(SInt64 start, UInt64 bytes, std::size_t lengthBytes)
 {
-    return {start, isPlaceholder(bytes, lengthBytes) ? 0 : static_cast<SInt64>(bytes), {}};
+    StatedData data;
+    data.start = start;
+    if (!isPlaceholder(bytes, lengthBytes)) data.bytes = static_cast<SInt64>(bytes);
+    return data;
+}
+
+/// The end of what libsndfile is to see; 0: all. It refuses WAV and AIFF files with other bytes after them,
+/// and does not return from an 8SVX file with many chunks after its sound.
+SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
+{
+    if (kind.lengthBytes != 4 || kind.magic == 'RF64' || data.bytes == 0) return 0;
+    if (data.bytes >= file.size() - data.start) return 0;
+    constexpr SInt64 formHeader = 8;
+    const SInt64 form = formHeader + static_cast<SInt64>(file.number(4, 4, kind.isBigEndian));
+    const SInt64 sound = (data.start + data.bytes + 1) / 2 * 2;
+    return std::min(file.size(), kind.sound == 'BODY' ? sound : std::max(sound, form));
 }
 
 /// libsndfile refuses a CAF file that was cut off, and finds no sound where a recorder that never finished
@@ -72,7 +87,12 @@ StatedData soundChunk(ByteReader& file, const Chunked& kind)
     const auto headerBytes = static_cast<SInt64>(kind.idBytes + kind.lengthBytes);
     UInt64 wideLength = 0; // RF64 states the length of its data in an earlier chunk
     SInt64 at = kind.firstChunk;
-    for (int i = 0; i < mostChunks && at <= file.size() - headerBytes; ++i) {
+    for (int i = 0; at <= file.size() - headerBytes; ++i) {
+        if (i == mostChunks) {
+            StatedData none;
+            none.hasTooManyChunks = true;
+            return none;
+        }
         const UInt32 id = file.word(at);
         UInt64 length =
             file.number(at + static_cast<SInt64>(kind.idBytes), kind.lengthBytes, kind.isBigEndian);
@@ -82,6 +102,7 @@ StatedData soundChunk(ByteReader& file, const Chunked& kind)
         if (id == kind.sound) {
             const bool isWide = length == 0xFFFFFFFF && wideLength > 0;
             StatedData data = stated(body, isWide ? wideLength : length, isWide ? 8 : kind.lengthBytes);
+            data.end = endOfForm(file, kind, data);
             if (needsPatch(file, kind, data)) data.length = trueLength(file, kind, at, body);
             data.start += kind.preamble;
             data.bytes = std::max<SInt64>(data.bytes - kind.preamble, 0);
@@ -100,12 +121,10 @@ StatedData statedData(ByteReader& file)
 {
     const UInt32 magic = file.word(0);
     if (magic == '.snd') return stated(static_cast<SInt64>(file.word(4)), file.word(8), 4);
-    for (const Chunked& kind : chunked) {
-        if (kind.magic != magic) continue;
-        const StatedData data = soundChunk(file, kind);
-        if (data.start > 0) return data;
-    }
-    return {};
+    StatedData data;
+    for (const Chunked& kind : chunked)
+        if (kind.magic == magic && data.start == 0) data = soundChunk(file, kind);
+    return data;
 }
 
 } // namespace kvxplatform::audiofile

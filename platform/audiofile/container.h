@@ -11,11 +11,12 @@ namespace kvxplatform::audiofile {
 struct StatedData {
     SInt64 start = 0; ///< offset in the file; 0: no such data was found
     SInt64 bytes = 0; ///< as stated; 0: nothing is stated, or a placeholder for an unknown length
-    Patch length;     ///< the true length, where libsndfile would refuse the file or find no sound in it
+    SInt64 end = 0;   ///< of the bytes that a decoder needs; 0: of the file
+    bool hasTooManyChunks = false; ///< the search for the data was given up
+    Patch length; ///< the true length, where libsndfile would refuse the file or find no sound in it
 };
 
-/// Parse a container. Formats other than those above, and a file whose data follows more than 65,536 other
-/// chunks, state nothing.
+/// Parse a container. Other formats state nothing. The search for the data ends after 4,096 chunks.
 StatedData statedData(ByteReader& file);
 
 } // namespace kvxplatform::audiofile

@@ -27,6 +27,9 @@ struct Patch {
 
 class FileView {
 public:
+    /// Bounds the table of a hostile file; music in as many spans is longer than a day.
+    static constexpr std::size_t mostSpans = 1 << 18;
+
     /// `descriptor` stays the caller's and outlives this. `statedBytes`: the length that the view claims,
     /// where that is more than it holds. Throws std::bad_alloc.
     FileView(int descriptor, std::vector<Span> spans, const Patch& patch = {}, SInt64 statedBytes = 0);

@@ -9,9 +9,8 @@ namespace kvxplatform::audiofile {
 namespace {
 
 constexpr int believedHeaders = 4;
-constexpr UInt32 mostFreeBytes = 3456;     // of a free-format frame: what decoders take
-constexpr std::size_t mostSpans = 1 << 18; // bounds the table of a file that alternates frames and notes
-constexpr SInt64 decoderDelay = 529;       // samples that a layer III decoder adds to the encoder's delay
+constexpr UInt32 mostFreeBytes = 3456; // of a free-format frame: what decoders take
+constexpr SInt64 decoderDelay = 529;   // samples that a layer III decoder adds to the encoder's delay
 
 /// A frame without sound that describes its stream.
 struct Note {
@@ -28,7 +27,7 @@ public:
     {
         SInt64 at = afterTags(file_, offset);
         freeBytes_ = freeFormatBytes(at);
-        while (at < file_.size() && found_.spans.size() < mostSpans) {
+        while (at < file_.size() && found_.spans.size() < FileView::mostSpans) {
             MpegHeader header;
             if (isBelieved(at) && headerAt(at, header))
                 at = afterTags(file_, takeRun(at, header));

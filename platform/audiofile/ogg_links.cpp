@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kvxplatform::audiofile {
 namespace {
@@ -12,6 +13,8 @@ constexpr UInt8 firstPage = 0x02; // of a stream; those of all streams of a link
 
 struct Page {
     SInt64 bytes = 0; ///< 0: no page begins there
+    Span body;
+    UInt32 stream = 0; ///< its serial number
     bool isFirst = false;
 };
 
@@ -19,13 +22,16 @@ Page pageAt(ByteReader& file, SInt64 offset)
 {
     const UInt8* header = file.at(offset, pageHeader);
     if (!header || std::memcmp(header, "OggS", 5) != 0) return {}; // the fifth is the version, 0
-    const bool isFirst = header[5] & firstPage;
+    Page page;
+    page.isFirst = header[5] & firstPage;
     const std::size_t segments = header[26];
+    page.stream = file.word(offset + 14);
+    page.body.start = offset + pageHeader + static_cast<SInt64>(segments);
     const UInt8* sizes = file.at(offset + pageHeader, segments);
     if (!sizes) return {};
-    SInt64 bytes = pageHeader + static_cast<SInt64>(segments);
-    for (std::size_t i = 0; i < segments; ++i) bytes += sizes[i];
-    return {bytes, isFirst};
+    for (std::size_t i = 0; i < segments; ++i) page.body.bytes += sizes[i];
+    page.bytes = page.body.start + page.body.bytes - offset;
+    return page;
 }
 
 /// The first page from an offset on; the file's size if there is none.
@@ -45,11 +51,51 @@ SInt64 nextPage(ByteReader& file, SInt64 offset)
     return offset;
 }
 
+/// Bytes of a first page's body before the FLAC file that the stream carries; 0 for another coding.
+SInt64 bytesBeforeFlac(ByteReader& file, const Page& page)
+{
+    constexpr SInt64 mapping = 9; // name, version and number of headers
+    const UInt8* body = page.isFirst ? file.at(page.body.start, mapping + 4) : nullptr;
+    const bool isFlac = body &&
+                        std::memcmp(body,
+                                    "\x7F"
+                                    "FLAC",
+                                    5) == 0 &&
+                        std::memcmp(body + mapping, "fLaC", 4) == 0;
+    return isFlac && page.body.bytes > mapping ? mapping : 0;
+}
+
+/// One link while its pages are read.
+struct Link {
+    SInt64 start = 0;
+    bool isFlac = false;
+    UInt32 flacStream = 0;
+    std::vector<Span> flac; // bodies of that stream's pages
+
+    void add(ByteReader& file, const Page& page)
+    {
+        const SInt64 skipped = isFlac ? 0 : bytesBeforeFlac(file, page);
+        if (skipped > 0) {
+            isFlac = true;
+            flacStream = page.stream;
+        }
+        if (isFlac && page.stream == flacStream && flac.size() < FileView::mostSpans)
+            flac.push_back({page.body.start + skipped, page.body.bytes - skipped});
+    }
+
+    std::vector<Span> spans(SInt64 end)
+    {
+        return isFlac ? std::move(flac) : std::vector<Span>{{start, end - start}};
+    }
+};
+
 } // namespace
 
-std::vector<Span> oggLinks(ByteReader& file, SInt64 offset)
+std::vector<std::vector<Span>> oggLinks(ByteReader& file, SInt64 offset)
 {
-    std::vector<Span> links{{offset, 0}};
+    std::vector<std::vector<Span>> links;
+    Link link;
+    link.start = offset;
     bool wasFirst = true;
     for (SInt64 at = offset; at < file.size();) {
         const Page page = pageAt(file, at);
@@ -57,14 +103,16 @@ std::vector<Span> oggLinks(ByteReader& file, SInt64 offset)
             at = nextPage(file, at);
             continue;
         }
-        if (page.isFirst && !wasFirst && links.size() < mostLinks) {
-            links.back().bytes = at - links.back().start;
-            links.push_back({at, 0});
+        if (page.isFirst && !wasFirst && links.size() + 1 < mostLinks) {
+            links.push_back(link.spans(at));
+            link = {};
+            link.start = at;
         }
         wasFirst = page.isFirst;
+        link.add(file, page);
         at += page.bytes;
     }
-    links.back().bytes = file.size() - links.back().start;
+    links.push_back(link.spans(file.size()));
     return links;
 }
 

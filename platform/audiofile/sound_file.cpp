@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -36,7 +37,10 @@ OSStatus statusOfDecoder(int error)
     case SF_ERR_SYSTEM:
         return ioErr;
     default:
-        return kAudioFileInvalidFileError;
+        // More channels than libsndfile takes has no public number.
+        return std::strcmp(sf_error_number(error), "Too many channels specified.") == 0
+                   ? kAudioFileUnsupportedDataFormatError
+                   : kAudioFileInvalidFileError;
     }
 }
 
@@ -105,7 +109,7 @@ OSStatus SoundFile::prepareMpeg(ByteReader& bytes, SInt64 start)
 
 OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
 {
-    for (const Span& link : oggLinks(bytes, start)) addPart({link});
+    for (std::vector<Span>& link : oggLinks(bytes, start)) addPart(std::move(link));
     OSStatus result = noErr; // of the first link
     bool hasFormat = false;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
@@ -132,7 +136,9 @@ OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
 OSStatus SoundFile::preparePlain(ByteReader& bytes, SInt64 start)
 {
     const StatedData stated = start == 0 ? statedData(bytes) : StatedData{};
-    addPart({{start, disk_.bytes - start}}, stated.length);
+    if (stated.hasTooManyChunks) return kAudioFileInvalidFileError;
+    const SInt64 end = stated.end > 0 ? stated.end : disk_.bytes;
+    addPart({{start, end - start}}, stated.length);
     SF_INFO info = {};
     OSStatus status = enter(0, info);
     if (status == noErr) status = acceptFirst(info, bytes, start);
