@@ -5,6 +5,7 @@
 #include "platform/hal/listeners.h"
 #include "platform/hal/portaudio_driver.h"
 #include "platform/hal/signal.h"
+#include "platform/hal/sound_server.h"
 #include "platform/hal/tree.h"
 
 #include <cstdlib>
@@ -94,6 +95,7 @@ void wakeHousekeeper() { wakeUp().raise(); }
 void startHousekeeper()
 {
     std::thread(run).detach(); // for the life of the process
+    callAtServerEnd(wakeHousekeeper);
     std::atexit(closeStoppedHardware);
 }
 

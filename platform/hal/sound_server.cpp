@@ -1,7 +1,5 @@
 #include "platform/hal/sound_server.h"
 
-#include "platform/hal/housekeeper.h"
-
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -19,11 +17,12 @@ constexpr auto longestAnswer = std::chrono::seconds(5);
 
 jack_client_t* watcher = nullptr;
 std::atomic<bool> hasEnded{false};
+std::atomic<void (*)()> wakeAtEnd{nullptr};
 
 extern "C" void noteEnd(void*)
 {
     hasEnded = true;
-    wakeHousekeeper();
+    if (const auto wake = wakeAtEnd.load()) wake();
 }
 
 } // namespace
@@ -53,6 +52,12 @@ void watchServer()
 void stopWatchingServer()
 {
     if (jack_client_t* const client = std::exchange(watcher, nullptr)) jack_client_close(client);
+}
+
+void callAtServerEnd(void (*wake)())
+{
+    wakeAtEnd = wake;
+    if (hasEnded) wake();
 }
 
 bool hasServerEnded() { return hasEnded; }

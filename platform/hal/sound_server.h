@@ -15,6 +15,9 @@ bool endsInTime(const std::function<void()>& work);
 void watchServer();
 void stopWatchingServer();
 
+/// Have `wake` called when the server ends, on a thread of JACK's, or at once if it has ended. [any]
+void callAtServerEnd(void (*wake)());
+
 /// PortAudio must not be asked to close or terminate anything any more: it would end the process. [any]
 bool hasServerEnded();
 
