@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <fstream>
 #include <iterator>
 
@@ -60,7 +61,7 @@ TEST(WriteAside, RemovesTheTemporaryFileWhenTheDiskIsFull)
     const support::TemporaryFolder folder;
     const std::string aside = kvx::asideOf(folder / "out.wav");
     write(aside, "half");
-    EXPECT_THROW(kvx::giveUpWriting(aside, folder / "out.wav"), kvx::Failure);
+    EXPECT_THROW(kvx::giveUpWriting(aside, folder / "out.wav", ENOSPC), kvx::Failure);
     EXPECT_EQ(folder.count(), 0u);
 }
 
