@@ -48,8 +48,10 @@ InterruptGuard::InterruptGuard()
     arrivedSignal = 0;
     for (std::size_t i = 0; i < std::size(signals_); ++i) {
         sigaction(signals_[i], nullptr, &former_[i]);
-        // A signal ignored at the start stays ignored: the parent wants this process to outlive it (nohup).
-        if (former_[i].sa_handler != SIG_IGN) handle(signals_[i], noteSignal, nullptr);
+        // nohup ignores SIGHUP for good; a shell ignores SIGINT in background jobs, where `kill -INT` still
+        // works.
+        const bool staysIgnored = signals_[i] == SIGHUP && former_[i].sa_handler == SIG_IGN;
+        if (!staysIgnored) handle(signals_[i], noteSignal, nullptr);
     }
 }
 

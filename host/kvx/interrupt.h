@@ -6,7 +6,7 @@
 namespace kvx {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, each once: the
-/// second of its kind removes unfinished files and ends the process. A signal that is ignored at construction
+/// second of its kind removes unfinished files and ends the process. A SIGHUP that is ignored at construction
 /// stays ignored. One at a time. [main]
 class InterruptGuard {
 public:

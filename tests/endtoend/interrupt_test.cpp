@@ -31,7 +31,7 @@ TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
     }
 }
 
-TEST(InterruptDeathTest, AnIgnoredSignalStaysIgnored)
+TEST(InterruptDeathTest, AnIgnoredHangupStaysIgnored)
 {
     const auto raiseWhileIgnored = [] {
         std::signal(SIGHUP, SIG_IGN);
@@ -44,6 +44,18 @@ TEST(InterruptDeathTest, AnIgnoredSignalStaysIgnored)
         std::exit(isInterrupted() ? 1 : 0);
     };
     EXPECT_EXIT(raiseWhileIgnored(), testing::ExitedWithCode(0), "");
+}
+
+// As in a shell's background job.
+TEST(InterruptDeathTest, AnIgnoredInterruptIsHandledAllTheSame)
+{
+    const auto raiseWhileIgnored = [] {
+        std::signal(SIGINT, SIG_IGN);
+        const InterruptGuard guard;
+        std::raise(SIGINT);
+        std::exit(interruptExitCode());
+    };
+    EXPECT_EXIT(raiseWhileIgnored(), testing::ExitedWithCode(130), "");
 }
 
 } // namespace
