@@ -48,15 +48,18 @@ StatedData stated(SInt64 start, UInt64 bytes, std::size_t lengthBytes)
 }
 
 /// The end of what libsndfile is to see; 0: all. It refuses WAV and AIFF files with other bytes after them,
-/// and does not return from an 8SVX file with many chunks after its sound.
+/// takes chunks after the sound of a W64 file for sound, and does not return from an 8SVX file with many
+/// chunks there.
 SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
 {
-    if (kind.lengthBytes != 4 || kind.magic == 'RF64' || data.bytes == 0) return 0;
-    if (data.bytes >= file.size() - data.start) return 0;
-    constexpr SInt64 formHeader = 8;
-    const SInt64 form = formHeader + static_cast<SInt64>(file.number(4, 4, kind.isBigEndian));
+    if (kind.magic == 'RF64' || kind.magic == 'caff') return 0;
+    if (data.bytes == 0 || data.bytes >= file.size() - data.start) return 0;
     const SInt64 sound = (data.start + data.bytes + 1) / 2 * 2;
-    return std::min(file.size(), kind.sound == 'BODY' ? sound : std::max(sound, form));
+    constexpr SInt64 formHeader = 8;
+    const bool endsWithSound = kind.magic == 'riff' || kind.sound == 'BODY';
+    const SInt64 form =
+        endsWithSound ? 0 : formHeader + static_cast<SInt64>(file.number(4, 4, kind.isBigEndian));
+    return std::min(file.size(), std::max(sound, form));
 }
 
 /// libsndfile refuses a CAF file that was cut off, and finds no sound where a recorder that never finished

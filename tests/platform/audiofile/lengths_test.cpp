@@ -183,7 +183,7 @@ TEST(Lengths, OfFormsWithOtherBytesAfterThem)
         EXPECT_LE(file.frames(), 1001) << "where the length is that of the file";
         expectExact(file);
     }
-    for (const int format : {wav16, aiff16, svx16}) {
+    for (const int format : {wav16, aiff16, svx16, w64}) {
         SCOPED_TRACE(format);
         const Bytes whole = fileOf(folder, format, 44100, 1, 1000);
         sound::save(folder / "x", joined({whole, whole}));
