@@ -1,5 +1,6 @@
 #include "host/kvx/file_info.h"
 
+#include "host/kvx/file_play.h"
 #include "host/kvx/file_player.h"
 #include "host/kvx/plain_text.h"
 #include "host/kvx/progress.h"
@@ -22,7 +23,7 @@ std::string printChannelCount(const FilePlayer& player, const ProgrammeFile& fil
 
 } // namespace
 
-std::string printFileInfo(host::Host& host, const ProgrammeFile& file)
+std::string printFileInfo(host::Host& host, const ProgrammeFile& file, Progress& progress)
 {
     const CoreAudio core(host);
     FilePlayer player(host, core, advice);
@@ -33,7 +34,8 @@ std::string printFileInfo(host::Host& host, const ProgrammeFile& file)
     };
     line("sample rate", fmt::format("{} Hz", player.sampleRate()));
     line("channels", printChannelCount(player, file));
-    line("duration", fmt::format("{} ({:.3f} s)", printTime(player.duration()), player.duration()));
+    const double duration = double(framesLoaded(player, file, progress)) / player.sampleRate();
+    line("duration", fmt::format("{} ({:.3f} s)", printTime(duration), duration));
     line("client format", player.clientFormat());
     line("output format", player.outputFormat());
     return text;

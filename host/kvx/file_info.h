@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/kvx/programme.h"
+#include "host/kvx/progress.h"
 #include "host/runtime/host.h"
 
 #include <string>
@@ -10,6 +11,6 @@ namespace kvx {
 
 /// Load the file and print the formats as the class gives them, rate, duration and the file's channels: a
 /// line each. Throws Failure. [main]
-std::string printFileInfo(host::Host& host, const ProgrammeFile& file);
+std::string printFileInfo(host::Host& host, const ProgrammeFile& file, Progress& progress);
 
 } // namespace kvx

@@ -110,19 +110,19 @@ public:
     }
 
 private:
-    /// Without a file that plays, the user sees the load; else keys and the status line go on during the
-    /// load. A stepped device stands still meanwhile.
+    /// Without a file that plays, the user sees the load; else keys and the status line go on. A stepped
+    /// device stands still during the load.
     void loadNext()
     {
         try {
             auto track = std::make_unique<Track>(session_, files_[loadedCount_]);
-            std::function<void()> meanwhile;
+            std::function<void()> whileLoading;
             if (current_ && !session_.isStepped)
-                meanwhile = [this] {
+                whileLoading = [this] {
                     if (!advance()) current_->player.pause();
                 };
             loadFile(track->player, track->file, track->channels, session_.options, session_.progress,
-                     meanwhile);
+                     whileLoading);
             track->player.setDevice(session_.device.device);
             applyAfterLoad(session_.options, track->player);
             next_ = std::move(track);
@@ -248,17 +248,25 @@ int channelsToLoad(int fileChannels, int deviceChannels)
     return std::max(1, std::min(fileChannels == 1 ? 2 : fileChannels, deviceChannels));
 }
 
-void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
-              Progress& progress, const std::function<void()>& meanwhile)
+std::int64_t loadFile(FilePlayer& player, const ProgrammeFile& file, int channels,
+                      const PlayerOptions& options, Progress& progress,
+                      const std::function<void()>& whileLoading)
 {
     applyBeforeLoad(options, player);
-    if (meanwhile)
-        player.loadInBackground(file.path, channels, meanwhile);
+    if (whileLoading)
+        player.loadInBackground(file.path, channels, whileLoading);
     else if (options.isInBackground)
         loadInBackground(player, file.path, channels, progress);
     else
         player.load(file.path, channels);
-    if (!player.holdsAll(file.format.frames)) progress.warn(damagedPart(file.path));
+    return framesLoaded(player, file, progress);
+}
+
+std::int64_t framesLoaded(FilePlayer& player, const ProgrammeFile& file, Progress& progress)
+{
+    if (player.holdsAll(file.format.frames)) return file.format.frames;
+    progress.warn(damagedPart(file.path));
+    return framesThatDecode(file.path);
 }
 
 void checkFiles(const std::vector<ProgrammeFile>& files, const PlayerOptions& options,

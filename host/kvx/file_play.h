@@ -25,9 +25,14 @@ bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const 
 /// as two, or only one side would sound.
 int channelsToLoad(int fileChannels, int deviceChannels);
 
-/// Load a file as the options say, with progress shown; or, with `meanwhile`, on a background thread while
-/// that function runs repeatedly on this one. Warns when not all of its frames decode. Throws Failure.
-void loadFile(FilePlayer& player, const ProgrammeFile& file, int channels, const PlayerOptions& options,
-              Progress& progress, const std::function<void()>& meanwhile = {});
+/// Load a file as the options say, with progress shown; or, with `whileLoading`, on a background thread while
+/// that function runs repeatedly on this one. Returns the frames as framesLoaded(). Throws Failure.
+std::int64_t loadFile(FilePlayer& player, const ProgrammeFile& file, int channels,
+                      const PlayerOptions& options, Progress& progress,
+                      const std::function<void()>& whileLoading = {});
+
+/// The frames that a player holds of its file. Warns when these are not all, since the data is damaged.
+/// Throws Failure.
+std::int64_t framesLoaded(FilePlayer& player, const ProgrammeFile& file, Progress& progress);
 
 } // namespace kvx

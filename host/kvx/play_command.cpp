@@ -70,7 +70,7 @@ int showInfo(const PlayOptions& options)
     Library library(options.library);
     warnOfMissingParts(runs, progress);
     for (const ProgrammeFile& file : filesOf(runs))
-        std::fputs(printFileInfo(library.host(), file).c_str(), stdout);
+        std::fputs(printFileInfo(library.host(), file, progress).c_str(), stdout);
     return closeLibrary(library, progress.exitCode());
 }
 

@@ -84,13 +84,12 @@ int deviceChannelsOf(const RenderOptions& options, int channels)
 }
 
 // A loop has no end of its own, nor has what is left of the file a length when the user gave another.
-std::uint64_t framesWanted(const RenderOptions& options, const FilePlayer& player, const ProgrammeFile& file,
+std::uint64_t framesWanted(const RenderOptions& options, const FilePlayer& player, std::int64_t loaded,
                            double deviceRate)
 {
-    const auto skipped = std::uint64_t(std::llround(player.position() * file.format.sampleRate));
-    const std::uint64_t left =
-        std::uint64_t(file.format.frames) - std::min(skipped, std::uint64_t(file.format.frames));
-    const std::uint64_t whole = framesRendered(left, file.format.sampleRate, player.rate(), deviceRate) +
+    const double skipped = player.position() / player.duration(); // of all that is loaded
+    const auto left = std::uint64_t(std::llround((1 - skipped) * double(loaded)));
+    const std::uint64_t whole = framesRendered(left, player.sampleRate(), player.rate(), deviceRate) +
                                 framesOf(player.delay().tail, deviceRate);
     if (!options.duration) return whole;
     const std::uint64_t asked = framesOf(*options.duration, deviceRate);
@@ -178,11 +177,11 @@ bool renderWith(host::Host& host, const RenderOptions& options, const ProgrammeF
 
     const RenderDevice device(rate, deviceChannels);
     FilePlayer player(host, core, advice);
-    loadFile(player, file, channels, options.player, progress);
+    const std::int64_t loaded = loadFile(player, file, channels, options.player, progress);
     player.setDevice(device.info().device);
     applyAfterLoad(options.player, player);
 
-    const std::uint64_t frames = framesWanted(options, player, file, rate);
+    const std::uint64_t frames = framesWanted(options, player, loaded, rate);
     checkLength(options.to, frames, deviceChannels);
     Capture out(device.info().device, options.to);
     player.play();

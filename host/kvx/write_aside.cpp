@@ -30,7 +30,7 @@ const char* adviceFor(int error)
         return "write to a disk that takes larger files, or raise the limit (ulimit -f)";
     case EMFILE:
     case ENFILE:
-        return "close other programs";
+        return "raise the limit with `ulimit -n`";
     default:
         return "name a file in a folder that exists and that you may write to";
     }

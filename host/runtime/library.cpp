@@ -4,6 +4,7 @@
 #include <elf.h>
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -26,7 +27,11 @@ void checkFile(const std::string& path)
     if (std::filesystem::is_directory(status))
         throw LoadError(fmt::format("{}: that is a folder; give the path of the library in it", path));
     std::ifstream file(path, std::ios::binary);
-    if (!file) throw LoadError(fmt::format("{}: the file cannot be read; check its permissions", path));
+    if (!file)
+        throw LoadError(
+            errno == EMFILE || errno == ENFILE
+                ? fmt::format("{}: too many files are open; raise the limit with `ulimit -n`", path)
+                : fmt::format("{}: {}; check its permissions", path, std::strerror(errno)));
     unsigned char head[EI_NIDENT] = {};
     file.read(reinterpret_cast<char*>(head), sizeof head);
     if (file.gcount() != sizeof head || std::memcmp(head, ELFMAG, SELFMAG) != 0)

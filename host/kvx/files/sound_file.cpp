@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <type_traits>
+#include <vector>
 
 namespace kvx {
 namespace {
@@ -93,6 +94,16 @@ std::size_t SoundFile::read(float* out, std::size_t frames)
     framesRead_ += got;
     if (got < frames && framesRead_ < format_.frames) isDamaged_ = true;
     return got;
+}
+
+std::int64_t framesThatDecode(const std::string& path)
+{
+    constexpr std::size_t blockFrames = 1 << 14;
+    SoundFile file(path);
+    std::vector<float> block(blockFrames * std::size_t(file.format().channels));
+    std::int64_t frames = 0;
+    while (const std::size_t got = file.read(block.data(), blockFrames)) frames += std::int64_t(got);
+    return frames;
 }
 
 } // namespace kvx

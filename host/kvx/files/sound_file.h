@@ -51,4 +51,8 @@ private:
     bool isDamaged_ = false;
 };
 
+/// Decode the whole file and count its frames: fewer than format().frames where the data is damaged. Throws
+/// Failure. [main]
+std::int64_t framesThatDecode(const std::string& path);
+
 } // namespace kvx

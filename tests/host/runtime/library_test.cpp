@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <elf.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -40,6 +41,19 @@ protected:
         std::filesystem::temp_directory_path() / ("kvx-loading-" + std::to_string(getpid()));
     Host host;
 };
+
+TEST_F(Loading, OfTooManyOpenFilesSaysSo)
+{
+    rlimit former = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
+    rlimit few = former;
+    few.rlim_cur = rlim_t(dup(0)); // the lowest free descriptor, and with it all below, is taken
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    const std::string message = errorOf(folder + "test_plugin.so");
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
+    close(int(few.rlim_cur));
+    EXPECT_EQ(message, folder + "test_plugin.so: too many files are open; raise the limit with `ulimit -n`");
+}
 
 TEST_F(Loading, FailuresSayWhatToDo)
 {
