@@ -44,9 +44,10 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
     }
     if (const int code = capture->file_.create(capture->temporaryPath_, static_cast<std::uint32_t>(form.rate),
                                                form.channels)) {
-        error = "cannot write the capture " + path + ": " + std::strerror(code) +
-                "; name a file in a folder that exists and can be written";
-        std::remove(capture->temporaryPath_.c_str());
+        error = code == EEXIST ? "cannot write the capture " + path + ": " + capture->temporaryPath_ +
+                                     " is in the way; remove it, or name another file"
+                               : "cannot write the capture " + path + ": " + std::strerror(code) +
+                                     "; name a file in a folder that exists and can be written";
         capture->isFinished_ = true;
         return nullptr;
     }

@@ -67,12 +67,13 @@ int FloatWave::writeHeader(std::uint64_t samples)
 
 int FloatWave::create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels)
 {
-    file_.reset(std::fopen(path.c_str(), "we"));
+    file_.reset(std::fopen(path.c_str(), "wxe"));
     if (!file_) return error_ = errno;
     sampleRate_ = sampleRate;
     channels_ = channels;
     constexpr std::uint64_t unknown = std::uint64_t{1} << 60;
-    return writeHeader(unknown);
+    if (writeHeader(unknown) != 0) std::remove(path.c_str());
+    return error_;
 }
 
 int FloatWave::write(const float* samples, std::size_t count)

@@ -17,7 +17,7 @@ namespace kvxplatform::hal {
 /// Errors  errno values; 0 is success. After the first failure nothing more is written.
 class FloatWave {
 public:
-    /// Create the file, in place of any earlier one.
+    /// Create the file; EEXIST if there is one. Leaves none after a failure.
     int create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels);
 
     /// Append interleaved samples.

@@ -154,6 +154,19 @@ TEST(Capture, ThatCannotBeWrittenSaysSoAtOnce)
     EXPECT_EQ(folder.count(), 1u) << "nothing is left behind";
 }
 
+TEST(Capture, KeepsAForeignFileWithTheTemporaryName)
+{
+    support::TemporaryFolder folder;
+    std::ofstream(folder / "x.wav.part") << "foreign";
+    Device device;
+    EXPECT_NE(KVXPlatformStartCapture(device, (folder / "x.wav").c_str()), 0);
+    EXPECT_NE(std::string(KVXPlatformErrorText()).find("x.wav.part is in the way; remove it"),
+              std::string::npos)
+        << KVXPlatformErrorText();
+    EXPECT_EQ(std::filesystem::file_size(folder / "x.wav.part"), 7u);
+    EXPECT_EQ(folder.count(), 1u);
+}
+
 TEST(Capture, KeepsTheOldFileUntilTheNewOneIsWhole)
 {
     support::TemporaryFolder folder;
