@@ -4,9 +4,10 @@
 //   KVX_FAULT_BLOCK=N     blocks of N bytes and more are out of memory
 //   KVX_FAULT_LOAD=1      the plug-in's reads of a file never return; stdout says so
 //   KVX_FAULT_HARDWARE=1  a start of PortAudio ends the process with exit code 99
+#include <AudioToolbox/ExtendedAudioFile.h>
+
 #include <atomic>
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -60,14 +61,15 @@ INTERPOSED void* malloc(std::size_t size)
     return nullptr;
 }
 
-INTERPOSED std::int32_t ExtAudioFileRead(void* file, std::uint32_t* frames, void* buffers)
+INTERPOSED OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* frames, AudioBufferList* buffers)
 {
     if (numberOf("KVX_FAULT_LOAD", 0) && isPlugIn(__builtin_return_address(0))) {
         constexpr char text[] = "the load hangs\n";
         if (write(STDOUT_FILENO, text, sizeof text - 1) > 0)
             for (;;) pause();
     }
-    return next<std::int32_t(void*, std::uint32_t*, void*)>("ExtAudioFileRead")(file, frames, buffers);
+    return next<OSStatus(ExtAudioFileRef, UInt32*, AudioBufferList*)>("ExtAudioFileRead")(file, frames,
+                                                                                          buffers);
 }
 
 INTERPOSED int Pa_Initialize()
