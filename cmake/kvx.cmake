@@ -66,7 +66,7 @@ if(NOT KVX_MAC)
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
 
-# What tests, and the programs that they start, ignore: leaks of libraries below ours.
+# Sanitizer suppressions for tests and their child processes: leaks of third-party libraries.
 if(KVX_SANITIZE MATCHES "thread")
   set(KVX_TEST_SANITIZERS "TSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/thread_leaks_of_others.txt:print_suppressions=0")
 else()

@@ -1,5 +1,5 @@
-# The Mac's library, built elsewhere: clang compiles against an SDK of 10.6, and a linker for Mach-O that the user has
-# links. CMake needs no knowledge of that system: the library is linked by one stated command (plugin/CMakeLists.txt).
+# The Mac library, built on Linux: clang compiles against the user's 10.6 SDK, and the user's Mach-O linker links the
+# objects by one command (plugin/CMakeLists.txt), so CMake needs to know nothing about that system.
 set(KVX_MAC ON)
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR i386)

@@ -1,4 +1,4 @@
-// The preset macos-cross: which commands it makes of an SDK and a linker, and how it refuses to go without
+// The preset macos-cross: the commands that it generates for an SDK and a linker, and its errors without
 // them. Both are stand-ins here: the commands are compared, not run.
 #include "tests/house/tree.h"
 #include "tests/support/child_process.h"
@@ -122,6 +122,24 @@ TEST(MacosCross, LooksUpAtLoadTimeWhatAnEarlySDKLacks)
                   .find(" -U _CGPathCreateCopyByTransformingPath -U _dispatch_get_global_queue -U "
                         "__dispatch_main_q "),
               std::string::npos);
+}
+
+TEST(MacosCross, DeclaresTheGlobalQueuesThatAnEarlySDKLacks)
+{
+    const support::TemporaryFolder folder;
+    fs::create_directory(folder / "dispatch");
+    std::ofstream(folder / "dispatch/dispatch.h")
+        << "typedef struct dispatch_queue_s* dispatch_queue_t;\n"
+           "extern \"C\" void dispatch_async(dispatch_queue_t, void*);\n";
+    std::ofstream(folder / "caller.cpp") << "#include \"plugin/weak_symbols.h\"\n"
+                                            "auto* queue = dispatch_get_global_queue(0, 0);\n";
+    const auto compile = [&](const char* option) {
+        return support::runChild({"clang++", "-fsyntax-only", option, "-I", folder.path(), "-I",
+                                  house::top().string(), folder / "caller.cpp"})
+            .exitCode;
+    };
+    EXPECT_EQ(compile("-DKVX_MAC_EARLY_SDK"), 0);
+    EXPECT_EQ(compile("-UKVX_MAC_EARLY_SDK"), 1);
 }
 
 TEST(MacosCross, ExportsTheEntryPointOnly)

@@ -59,6 +59,8 @@ TEST(AttachFailure, AtTheStartLeavesNothing)
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
             EXPECT_EQ(AudioOutputUnitStart(unit), fact.status);
             EXPECT_EQ(AudioOutputUnitStart(unit), fact.status) << "again";
+            EXPECT_EQ(liveObjects("property listener"), 2u) << "only those on the system's default devices";
+            EXPECT_EQ(liveObjects("IOProc"), 0u);
         }
         expectNothingLeft();
     }
