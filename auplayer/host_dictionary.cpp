@@ -7,7 +7,7 @@ namespace auplayer {
 namespace {
 
 // The methods of the dictionary used last, looked up once for many calls and shared by all objects. The two
-// getters are part of the published interface; they are unused here.
+// getters are stated by the interface; they are unused here.
 REALobjectStruct* LastDictionary;
 void (*LastDictionarySetter)(REALobjectStruct*, REALobjectStruct* key, REALobjectStruct* value);
 REALobjectStruct* (*LastDictionaryGetter)(REALobjectStruct*, REALobjectStruct* key);

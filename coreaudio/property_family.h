@@ -1,10 +1,9 @@
 // The six operations of the older property interface, written once over any target of property_targets.h.
 //
 // Thread  [main].
-// Errors  no operation raises a host exception of its own; REALBuildMemoryblock raises one when the host has
-// no
-//         memory for a block. `Lasterror` is -1 if the method stopped before its main platform call, else
-//         the status of the last one; a getter that fails answers nil.
+// Errors  no operation raises a host exception of its own; REALBuildMemoryblock raises one when the host
+//         has no memory for a block. `Lasterror` is -1 if the method stopped before its main platform call,
+//         else the status of the last one; a getter that fails returns nil.
 #pragma once
 
 #include "coreaudio/core_audio.h"

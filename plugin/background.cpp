@@ -20,10 +20,9 @@ constexpr Duration waitStep = 1; // milliseconds
 struct RunThreadState {
     pthread_t thread;       ///< without a queue only
     pthread_mutex_t* mutex; ///< guards `done`; null if there was no memory for it
-    std::uint8_t running;   ///< a worker exists. Part of the published record; not read here
+    std::uint8_t running;   ///< a worker exists. Stated by the interface; not read
     std::uint8_t done;      ///< set by the worker as its last act
-    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue. Part of the published record;
-                            ///< not read here
+    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue. Stated likewise; not read
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);

@@ -16,7 +16,7 @@ public:
     rbText(const rbText&) = delete;
     rbText& operator=(const rbText&) = delete;
 
-    /// Zero-terminated UTF-8. Converted once; later calls return the same view. Part of the published
+    /// Zero-terminated UTF-8. Converted once; later calls return the same view. Stated by the
     /// interface; unused here.
     const char* GetUTF8();
     HostInteger lengthUTF8() const { return slots_[utf8].length; }
@@ -25,18 +25,14 @@ public:
     const char* ConvertMacRoman();
     HostInteger lengthMacRoman() const { return slots_[macRoman].length; }
 
-    // The two flags are part of the published interface; unused here.
+    // The interface states these two flags; they are unused here.
     /// The text has no known encoding and is ASCII: its views are its own bytes.
     bool isRaw() const { return isRaw_; }
     /// A conversion failed, so a view is empty.
     bool isEmptyText() const { return isEmptyText_; }
 
 private:
-    enum SlotIndex {
-        utf8,
-        macRoman,
-        slotCount = 7
-    }; ///< seven are part of the published record; five unused here
+    enum SlotIndex { utf8, macRoman, slotCount = 7 }; ///< the interface states seven; five are unused
 
     /// One target encoding: the view, and the storage that it points into.
     struct Slot {

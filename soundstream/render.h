@@ -7,9 +7,8 @@ namespace soundstream {
 
 /// Fill `list` from the open instance's mixer, through the converter; silence without one. `client` is the
 /// StreamState, which may be gone: silence, too.
-/// Shape   32-bit float, two channels apart: silence goes to exactly the first two buffers, whatever the
-/// count;
-///         a list of one must have memory for a second, empty buffer record.
+/// Shape   32-bit float, two channels apart. Silence goes to exactly the first two buffers, whatever the
+///         count: a list of one must have memory for a second, empty buffer record.
 /// Thread  [audio], one at a time; a second unit that pulls meanwhile gets silence. Takes no lock.
 /// Returns 0, whatever happens.
 OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,

@@ -15,9 +15,8 @@ struct SoundStreamData {
     StreamState* state;     ///< null: no state. Host programs may write it: another object's, to share
     HostBoolean ownsState;  ///< the state goes with this object. Host programs may write it
     AudioUnit attachedUnit; ///< the output unit attached last; null: none
-    HostInteger
-        lastStatus; ///< of the platform; -1 while a method runs. Part of the published record; not read here
-    Word unused;    ///< part of the published record; zero
+    HostInteger lastStatus; ///< of the platform; -1 while a method runs. Stated by the interface; not read
+    Word unused;            ///< stated by the interface; zero
 };
 static_assert(sizeof(void*) != 4 || sizeof(SoundStreamData) == 20, "the size declared to the host");
 

@@ -7,7 +7,8 @@
 namespace kvxplatform {
 
 /// Return once `isOver()` is true, looking every 50 microseconds. Sleeps in between: a thread that yields
-/// gives a whole time slice to each busy process of the machine. Thread [any but audio].
+/// gives a whole time slice to each busy process of the machine. Thread [any]; a caller inside a slice
+/// must not wait for that slice.
 template <class Condition>
 void waitUntil(Condition isOver)
 {
