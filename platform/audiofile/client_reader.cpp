@@ -47,7 +47,7 @@ void mapChannels(const Float32* in, UInt32 from, Float32* out, UInt32 to, std::s
 ClientReader::ClientReader(SoundFile& file, const AudioStreamBasicDescription& client)
     : file_(file), client_(client), fileChannels_(file.facts().format.mChannelsPerFrame),
       clientChannels_(client.mChannelsPerFrame), sharedChannels_(std::min(fileChannels_, clientChannels_)),
-      way_(Way::byChannels), start_(file.place())
+      way_(Way::byChannels), start_(file.position())
 {
     const Facts& facts = file.facts();
     const bool isSameRate = client.mSampleRate == facts.format.mSampleRate;
@@ -145,7 +145,7 @@ const Float32* ClientReader::pull(void* self, UInt32 frames)
     return out;
 }
 
-/// The client's frames that stand in front of the end of so many of the file.
+/// The client's frames before the end of so many of the file.
 SInt64 ClientReader::framesUpTo(SInt64 fileFrames) const
 {
     const double frames =
@@ -155,7 +155,7 @@ SInt64 ClientReader::framesUpTo(SInt64 fileFrames) const
 
 SInt64 ClientReader::tell() const
 {
-    if (way_ != Way::byRate) return file_.place();
+    if (way_ != Way::byRate) return file_.position();
     const double frames = static_cast<double>(made_) * file_.facts().format.mSampleRate / client_.mSampleRate;
     return std::min(start_ + static_cast<SInt64>(std::min(frames, 9e18)), file_.facts().frames);
 }

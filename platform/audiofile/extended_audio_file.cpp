@@ -42,7 +42,10 @@ struct ExtendedFile {
 
 using ExtendedFiles = Handles<ExtendedFile, ExtAudioFileRef, 3>;
 
-SInt64 placeOf(const ExtendedFile& file) { return file.reader ? file.reader->tell() : file.file->place(); }
+SInt64 positionOf(const ExtendedFile& file)
+{
+    return file.reader ? file.reader->tell() : file.file->position();
+}
 
 // ---- properties ----
 
@@ -66,10 +69,10 @@ OSStatus setClientFormat(ExtendedFile& file, const void* data)
     AudioStreamBasicDescription format;
     std::memcpy(&format, data, sizeof format);
     if (!audiounit::isLinearPCM(format)) return kExtAudioFileError_NonPCMClientFormat;
-    const SInt64 place = placeOf(file); // the former format may have looked ahead
+    const SInt64 position = positionOf(file); // the former format may have looked ahead
     auto reader = std::make_unique<ClientReader>(*file.file, format);
     if (!reader->prepare()) return kExtAudioFileError_InvalidDataFormat;
-    if (!reader->seek(place)) return kExtAudioFileError_InvalidSeek;
+    if (!reader->seek(position)) return kExtAudioFileError_InvalidSeek;
     file.reader = std::move(reader);
     return noErr;
 }
@@ -246,7 +249,7 @@ OSStatus ExtAudioFileTell(ExtAudioFileRef file, SInt64* out_frame)
 {
     return with(file, [&](ExtendedFile& each) -> OSStatus {
         if (!out_frame) return paramErr;
-        *out_frame = placeOf(each);
+        *out_frame = positionOf(each);
         return noErr;
     });
 }

@@ -23,7 +23,7 @@ FileView::FileView(int descriptor, std::vector<Span> spans, const Patch& patch, 
 
 SNDFILE* FileView::open(SF_INFO& info)
 {
-    place_ = 0;
+    position_ = 0;
     hasFailed_ = false;
     SF_VIRTUAL_IO io = calls();
     return sf_open_virtual(&io, SFM_READ, &info, this);
@@ -40,24 +40,24 @@ SF_VIRTUAL_IO FileView::calls()
         return of(user).read(static_cast<UInt8*>(out), bytes);
     };
     io.write = [](const void*, sf_count_t, void*) -> sf_count_t { return 0; };
-    io.tell = [](void* user) -> sf_count_t { return of(user).place_; };
+    io.tell = [](void* user) -> sf_count_t { return of(user).position_; };
     return io;
 }
 
 SInt64 FileView::seek(SInt64 offset, int whence)
 {
-    const SInt64 base = whence == SEEK_CUR ? place_ : whence == SEEK_END ? statedBytes_ : 0;
+    const SInt64 base = whence == SEEK_CUR ? position_ : whence == SEEK_END ? statedBytes_ : 0;
     SInt64 to = 0;
-    if (!__builtin_add_overflow(base, offset, &to) && to >= 0) place_ = to;
-    return place_;
+    if (!__builtin_add_overflow(base, offset, &to) && to >= 0) position_ = to;
+    return position_;
 }
 
 SInt64 FileView::read(UInt8* out, SInt64 bytes)
 {
     const SInt64 held = ends_.empty() ? 0 : ends_.back();
-    if (statedBytes_ > held && place_ == statedBytes_ - lastTag && bytes > 0 && bytes <= lastTag) {
+    if (statedBytes_ > held && position_ == statedBytes_ - lastTag && bytes > 0 && bytes <= lastTag) {
         std::memset(out, 0, static_cast<std::size_t>(bytes)); // no tag there
-        place_ += bytes;
+        position_ += bytes;
         return bytes;
     }
     SInt64 done = 0;
@@ -65,19 +65,19 @@ SInt64 FileView::read(UInt8* out, SInt64 bytes)
         const SInt64 got = readSpan(out + done, bytes - done);
         if (got <= 0) break;
         done += got;
-        place_ += got;
+        position_ += got;
     }
     return done;
 }
 
-/// Read from the span that holds the place; 0 past the last one.
+/// Read from the span that holds the position; 0 past the last one.
 SInt64 FileView::readSpan(UInt8* out, SInt64 bytes)
 {
-    const auto end = std::upper_bound(ends_.begin(), ends_.end(), place_);
+    const auto end = std::upper_bound(ends_.begin(), ends_.end(), position_);
     if (end == ends_.end()) return 0;
     const Span& span = spans_[static_cast<std::size_t>(end - ends_.begin())];
-    const SInt64 offset = span.start + span.bytes - (*end - place_);
-    const auto wanted = static_cast<std::size_t>(std::min(bytes, *end - place_));
+    const SInt64 offset = span.start + span.bytes - (*end - position_);
+    const auto wanted = static_cast<std::size_t>(std::min(bytes, *end - position_));
     const SInt64 got = pread(descriptor_, out, wanted, offset);
     if (got < 0) hasFailed_ = true;
     applyPatch(out, offset, got);

@@ -53,7 +53,7 @@ private:
     std::vector<SInt64> ends_; // of each span, as an offset in the view
     Patch patch_;
     SInt64 statedBytes_;
-    SInt64 place_ = 0;
+    SInt64 position_ = 0;
     bool hasFailed_ = false;
 };
 

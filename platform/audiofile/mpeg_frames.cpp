@@ -12,8 +12,8 @@ constexpr int believedHeaders = 4;
 constexpr UInt32 mostFreeBytes = 3456; // of a free-format frame: what decoders take
 constexpr SInt64 decoderDelay = 529;   // samples that a layer III decoder adds to the encoder's delay
 
-/// A frame without sound that describes its stream.
-struct Note {
+/// What an info frame (Xing, Info, VBRI) states: a frame without sound that describes its stream.
+struct Info {
     SInt64 frames = 0; ///< stated; 0: not stated
     bool hasDelay = false;
     SInt64 delay = 0, padding = 0; ///< samples of each channel that the encoder added
@@ -100,7 +100,7 @@ private:
         for (; headerAt(at, header) && isSameStream(header, first) && isWhole(at, header);
              at += header.bytes) {
             last = at;
-            if (isOurs && !takeNote(at, header)) takeFrame(at, header);
+            if (isOurs && !takeInfo(at, header)) takeFrame(at, header);
         }
         if (at == file_.size() || tagBytes(file_, at) > 0 || isBelieved(at)) return at;
         // The last frame may have been cut off, and what follows it overlaps it.
@@ -128,59 +128,59 @@ private:
     {
         if (found_.spans.empty()) return;
         Span& span = found_.spans.back();
-        if (at >= span.start + span.bytes) return; // it was a note
+        if (at >= span.start + span.bytes) return; // it was an info frame
         --found_.count;
         span.bytes = at - span.start;
         if (span.bytes == 0) found_.spans.pop_back();
         if (found_.count == 0) found_.first = {};
     }
 
-    bool takeNote(SInt64 at, const MpegHeader& header)
+    bool takeInfo(SInt64 at, const MpegHeader& header)
     {
-        Note note;
-        if (!readXing(at, header, note) && !readVbri(at, header, note)) return false;
-        ++notes_;
-        note_ = note;
-        found_.notedCount += note.frames;
+        Info info;
+        if (!readXing(at, header, info) && !readVbri(at, header, info)) return false;
+        ++infoFrames_;
+        lastInfo_ = info;
+        found_.statedCount += info.frames;
         return true;
     }
 
-    bool readXing(SInt64 at, const MpegHeader& header, Note& note)
+    bool readXing(SInt64 at, const MpegHeader& header, Info& info)
     {
         if (header.layer != 3) return false;
-        const SInt64 name = at + noteOffset(header), end = at + header.bytes;
+        const SInt64 name = at + infoOffset(header), end = at + header.bytes;
         if (name + 8 > end || (file_.word(name) != 'Xing' && file_.word(name) != 'Info')) return false;
         const UInt32 flags = file_.word(name + 4); // of the fields that follow: frames, bytes, table, quality
         SInt64 field = name + 8;
-        if (flags & 1) note.frames = file_.word(field);
+        if (flags & 1) info.frames = file_.word(field);
         constexpr SInt64 fieldBytes[] = {4, 4, 100, 4};
         for (int i = 0; i < 4; ++i) field += flags >> i & 1 ? fieldBytes[i] : 0;
         constexpr SInt64 delayOffset = 21; // after the encoder's name and settings
         if (field + delayOffset + 3 > end || file_.number(field, 1, true) == 0) return true;
         const UInt64 both = file_.number(field + delayOffset, 3, true); // twelve bits each
-        note.hasDelay = true;
-        note.delay = static_cast<SInt64>(both >> 12);
-        note.padding = static_cast<SInt64>(both & 0xFFF);
+        info.hasDelay = true;
+        info.delay = static_cast<SInt64>(both >> 12);
+        info.padding = static_cast<SInt64>(both & 0xFFF);
         return true;
     }
 
-    bool readVbri(SInt64 at, const MpegHeader& header, Note& note)
+    bool readVbri(SInt64 at, const MpegHeader& header, Info& info)
     {
         constexpr SInt64 nameOffset = 36, framesOffset = nameOffset + 14;
         if (header.layer != 3 || header.bytes < framesOffset + 4 || file_.word(at + nameOffset) != 'VBRI')
             return false;
-        note.frames = file_.word(at + framesOffset);
+        info.frames = file_.word(at + framesOffset);
         return true;
     }
 
-    /// Leave out what the encoder added, if the only note knows the whole stream.
+    /// Leave out what the encoder added, if the only info frame states the length of the whole stream.
     void trim()
     {
         const SInt64 all = found_.count * found_.first.samples;
         found_.samples = all;
-        if (notes_ != 1 || !note_.hasDelay || note_.frames != found_.count) return;
-        const SInt64 start = note_.delay + decoderDelay;
-        const SInt64 end = std::min(all, all - note_.padding + decoderDelay);
+        if (infoFrames_ != 1 || !lastInfo_.hasDelay || lastInfo_.frames != found_.count) return;
+        const SInt64 start = lastInfo_.delay + decoderDelay;
+        const SInt64 end = std::min(all, all - lastInfo_.padding + decoderDelay);
         if (start >= end) return;
         found_.lead = start;
         found_.samples = end - start;
@@ -190,8 +190,8 @@ private:
     MpegFrames found_;
     MpegHeader otherStream_; // of the run just passed over; 0 bytes: it was ours
     UInt32 freeBytes_ = 0;
-    int notes_ = 0;
-    Note note_; // the last one
+    int infoFrames_ = 0;
+    Info lastInfo_;
 };
 
 } // namespace

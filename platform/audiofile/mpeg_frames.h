@@ -1,7 +1,7 @@
 // The frames of an MPEG audio file, found and counted by their headers.
 //
 // An MPEG file is a row of frames without a container, and what else editors and recorders left in it: tags,
-// remains of other data, several files joined. The length that a first frame notes (Xing, Info, VBRI) may be
+// remains of other data, several files joined. The length that an info frame (Xing, Info, VBRI) states may be
 // wrong, and a decoder's guess from the first bit rate is wrong wherever the bit rate varies; the headers are
 // right.
 #pragma once
@@ -16,10 +16,10 @@ namespace kvxplatform::audiofile {
 
 struct MpegFrames {
     MpegHeader first;        ///< of the first frame that sounds; 0 bytes: none was found
-    std::vector<Span> spans; ///< of all frames that sound, whole ones of one stream; notes are left out
+    std::vector<Span> spans; ///< of all frames that sound, whole ones of one stream, without info frames
     SInt64 count = 0;        ///< of those frames
     UInt32 largestBytes = 0; ///< of a frame
-    SInt64 notedCount = 0;   ///< that the notes state; 0: there is no note, or it states no number
+    SInt64 statedCount = 0;  ///< that the info frames state; 0: there is none, or it states no number
     SInt64 lead = 0;         ///< samples of each channel before the music: the encoder's and decoder's delay
     SInt64 samples = 0;      ///< of each channel, after the lead and without the encoder's padding
     UInt32 otherStreams = 0; ///< joined streams of another layer, sample rate or number of channels

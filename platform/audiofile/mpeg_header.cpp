@@ -52,7 +52,7 @@ bool isSameStream(const MpegHeader& a, const MpegHeader& b)
     return ((a.word ^ b.word) & streamBits) == 0 && a.isMono == b.isMono && a.isFreeFormat == b.isFreeFormat;
 }
 
-UInt32 noteOffset(const MpegHeader& header)
+UInt32 infoOffset(const MpegHeader& header)
 {
     // After the header and the frame's side information.
     return 4 + (header.isMPEG1 ? header.isMono ? 17 : 32 : header.isMono ? 9 : 17);

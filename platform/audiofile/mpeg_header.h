@@ -24,7 +24,7 @@ bool readMpegHeader(UInt32 word, MpegHeader& out, UInt32 freeBytes = 0);
 /// Whether two frames belong to one stream: the same layer, sample rate and number of channels.
 bool isSameStream(const MpegHeader& a, const MpegHeader& b);
 
-/// Bytes from the start of a layer III frame to the place of a stream note (Xing, Info).
-UInt32 noteOffset(const MpegHeader& header);
+/// Bytes from the start of a layer III frame to the name of an info frame (Xing, Info).
+UInt32 infoOffset(const MpegHeader& header);
 
 } // namespace kvxplatform::audiofile

@@ -101,9 +101,9 @@ OSStatus SoundFile::prepareMpeg(ByteReader& bytes, SInt64 start)
     facts_.omittedStreams = found.otherStreams;
     facts_.frames = part.frames = found.samples;
     part.lead = found.lead;
-    const SInt64 noted = found.notedCount * found.first.samples;
-    facts_.isCutShort = found.notedCount > found.count;
-    facts_.statedFrames = found.notedCount == found.count ? found.samples : noted;
+    facts_.isCutShort = found.statedCount > found.count;
+    facts_.statedFrames =
+        found.statedCount == found.count ? found.samples : found.statedCount * found.first.samples;
     return enter(0) ? noErr : kAudioFileInvalidFileError;
 }
 
@@ -174,7 +174,7 @@ OSStatus SoundFile::enter(std::size_t part, SF_INFO& info)
 {
     decoder_.reset();
     part_ = part;
-    place_ = parts_[part].begin;
+    position_ = parts_[part].begin;
     info = {};
     decoder_.reset(parts_[part].view.open(info));
     if (!decoder_) return statusOfDecoder(sf_error(nullptr));
@@ -240,10 +240,10 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
 {
     std::optional<Quiet> quiet;
     if (isNoisy_) quiet.emplace();
-    const SInt64 wanted = std::min(frames, facts_.frames - place_);
+    const SInt64 wanted = std::min(frames, facts_.frames - position_);
     SInt64 done = 0;
     while (done < wanted) {
-        const SInt64 left = parts_[part_].begin + parts_[part_].frames - place_;
+        const SInt64 left = parts_[part_].begin + parts_[part_].frames - position_;
         if (left <= 0) {
             if (part_ + 1 == parts_.size() || !enter(part_ + 1)) break;
             continue;
@@ -252,7 +252,7 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
         const SInt64 got = sf_readf_float(decoder_.get(), to, std::min(wanted - done, left));
         if (got <= 0) break; // the data breaks off
         done += got;
-        place_ += got;
+        position_ += got;
     }
     return done == 0 && wanted > 0 && parts_[part_].view.hasFailed() ? -1 : done;
 }
@@ -260,17 +260,17 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
 SInt64 SoundFile::readPlain(void* out, SInt64 frames)
 {
     const SInt64 bytesPerFrame = facts_.format.mBytesPerFrame;
-    const SInt64 wanted = std::min(frames, facts_.frames - place_);
+    const SInt64 wanted = std::min(frames, facts_.frames - position_);
     if (wanted <= 0) return 0;
     const SInt64 got = sf_read_raw(decoder_.get(), out, wanted * bytesPerFrame);
     if (got <= 0) return parts_[part_].view.hasFailed() ? -1 : 0;
-    place_ += got / bytesPerFrame;
+    position_ += got / bytesPerFrame;
     return got / bytesPerFrame;
 }
 
 bool SoundFile::seek(SInt64 frame)
 {
-    if (frame == place_) return true;
+    if (frame == position_) return true;
     std::optional<Quiet> quiet;
     if (isNoisy_) quiet.emplace();
     const auto isBefore = [](SInt64 at, const Part& part) { return at < part.begin + part.frames; };
@@ -282,13 +282,13 @@ bool SoundFile::seek(SInt64 frame)
     const SInt64 inPart = frame - found->begin;
     const SInt64 decoded = found->lead + inPart;
     if (sf_seek(decoder, 0, SEEK_SET) == 0 && sf_seek(decoder, decoded, SEEK_SET) == decoded) {
-        place_ = frame;
+        position_ = frame;
         return true;
     }
     // Codings that only go forward: once more from the beginning.
     if (!enter(part)) return false;
-    place_ += skip(inPart);
-    return place_ == frame;
+    position_ += skip(inPart);
+    return position_ == frame;
 }
 
 } // namespace kvxplatform::audiofile

@@ -1,4 +1,4 @@
-// A sound file being read: its facts, its frames, and a place among them.
+// A sound file being read: its facts, its frames, and a position among them.
 //
 // Units    frames of the file. Thread [any], one call at a time.
 #pragma once
@@ -29,11 +29,11 @@ public:
     SoundFile& operator=(const SoundFile&) = delete;
 
     const Facts& facts() const { return facts_; }
-    SInt64 place() const { return place_; }
+    SInt64 position() const { return position_; }
 
     /// Decode up to `frames` frames into out[frame * channels + channel], in one piece, straight from
     /// libsndfile. Integers of n bits are value / 2^(n-1); floats are what they are. Fewer frames at the end
-    /// or where the data breaks off; -1 if the disk cannot be read. Nothing behind the frames is touched.
+    /// or where the data breaks off; -1 if the disk cannot be read. Nothing past the frames is written.
     SInt64 read(Float32* out, SInt64 frames);
 
     /// The bytes of up to `frames` frames as they are on the disk. Only of a file that isPlain.
@@ -73,7 +73,7 @@ private:
     std::size_t part_ = 0;    // that the decoder reads
     std::unique_ptr<SNDFILE, Close> decoder_;
     Facts facts_;
-    SInt64 place_ = 0;
+    SInt64 position_ = 0;
     bool isNoisy_ = false; // its decoder prints
 };
 

@@ -124,7 +124,7 @@ TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
     MpegHeader note;
     ASSERT_TRUE(
         readMpegHeader(std::uint32_t{whole[0]} << 24 | whole[1] << 16 | whole[2] << 8 | whole[3], note));
-    ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::noteOffset(note)], "Xing", 4), 0);
+    ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::infoOffset(note)], "Xing", 4), 0);
     sound::save(folder / "x.mp3", Bytes(whole.begin() + static_cast<long>(note.bytes), whole.end()));
     const std::vector<float> guessed = sound::decode(folder / "x.mp3").samples;
     ASSERT_LT(guessed.size(), 441000u) << "a guess by the first frame";
@@ -159,7 +159,7 @@ Bytes note(std::uint32_t header, const char* name, std::uint32_t frames)
     MpegHeader read;
     EXPECT_TRUE(readMpegHeader(header, read));
     const bool isVbri = std::strcmp(name, "VBRI") == 0;
-    const std::size_t at = isVbri ? 36 : kvxplatform::audiofile::noteOffset(read);
+    const std::size_t at = isVbri ? 36 : kvxplatform::audiofile::infoOffset(read);
     std::memcpy(&bytes[at], name, 4);
     if (!isVbri) put(bytes, at + 4, 1); // the number of frames follows, and nothing else
     put(bytes, at + (isVbri ? 14 : 8), frames);
