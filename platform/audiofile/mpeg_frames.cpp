@@ -14,7 +14,8 @@ constexpr SInt64 decoderDelay = 529;   // samples that a layer III decoder adds 
 
 /// What an info frame (Xing, Info, VBRI) states: a frame without sound that describes its stream.
 struct Info {
-    SInt64 frames = 0; ///< stated; 0: not stated
+    SInt64 frames = 0; ///< 0: not stated
+    SInt64 bytes = 0;  ///< from the info frame on; 0: not stated
     bool hasDelay = false;
     SInt64 delay = 0, padding = 0; ///< samples of each channel that the encoder added
 };
@@ -34,6 +35,7 @@ public:
             else
                 at = nextBelieved(at);
         }
+        found_.isCutShort = found_.statedCount > found_.count && missesBytes_;
         trim();
         return std::move(found_);
     }
@@ -73,17 +75,18 @@ private:
         return at;
     }
 
-    /// The size of free-format frames, which only the distance between headers shows; 0 for other streams.
+    /// The size of free-format frames, which only the distance to the next header shows; 0 for other streams
+    /// and for frames too short to hold sound, in which the decoder would search for a very long time.
     UInt32 freeFormatBytes(SInt64 at)
     {
         MpegHeader first, next;
         if (!readMpegHeader(file_.word(at), first, 1) || !first.isFreeFormat) return 0;
         const UInt32 padding = first.bytes - 1;
-        for (UInt32 bytes = 24; bytes <= mostFreeBytes; ++bytes) {
+        for (UInt32 bytes = 4; bytes <= mostFreeBytes; ++bytes) {
             if (!readMpegHeader(file_.word(at + bytes + padding), next, bytes) || !isSameStream(first, next))
                 continue;
             freeBytes_ = bytes;
-            if (isBelieved(at)) return bytes;
+            if (isBelieved(at)) return bytes < infoOffset(first) ? 0 : bytes;
         }
         return 0;
     }
@@ -142,7 +145,15 @@ private:
         ++infoFrames_;
         lastInfo_ = info;
         found_.statedCount += info.frames;
+        missesBytes_ |= info.frames > 0 && (info.bytes == 0 || info.bytes > file_.size() - at);
         return true;
+    }
+
+    /// A number of an info frame; 0 for the placeholder that an encoder leaves in a stream.
+    SInt64 statedAt(SInt64 offset)
+    {
+        const UInt32 number = file_.word(offset);
+        return number == 0xFFFFFFFF ? 0 : number;
     }
 
     bool readXing(SInt64 at, const MpegHeader& header, Info& info)
@@ -152,7 +163,8 @@ private:
         if (name + 8 > end || (file_.word(name) != 'Xing' && file_.word(name) != 'Info')) return false;
         const UInt32 flags = file_.word(name + 4); // of the fields that follow: frames, bytes, table, quality
         SInt64 field = name + 8;
-        if (flags & 1) info.frames = file_.word(field);
+        if (flags & 1) info.frames = statedAt(field);
+        if (flags & 2) info.bytes = statedAt(field + (flags & 1) * 4);
         constexpr SInt64 fieldBytes[] = {4, 4, 100, 4};
         for (int i = 0; i < 4; ++i) field += flags >> i & 1 ? fieldBytes[i] : 0;
         constexpr SInt64 delayOffset = 21; // after the encoder's name and settings
@@ -166,10 +178,11 @@ private:
 
     bool readVbri(SInt64 at, const MpegHeader& header, Info& info)
     {
-        constexpr SInt64 nameOffset = 36, framesOffset = nameOffset + 14;
+        constexpr SInt64 nameOffset = 36, bytesOffset = nameOffset + 10, framesOffset = bytesOffset + 4;
         if (header.layer != 3 || header.bytes < framesOffset + 4 || file_.word(at + nameOffset) != 'VBRI')
             return false;
-        info.frames = file_.word(at + framesOffset);
+        info.bytes = statedAt(at + bytesOffset);
+        info.frames = statedAt(at + framesOffset);
         return true;
     }
 
@@ -191,6 +204,7 @@ private:
     MpegHeader otherStream_; // of the run just passed over; 0 bytes: it was ours
     UInt32 freeBytes_ = 0;
     int infoFrames_ = 0;
+    bool missesBytes_ = false; // an info frame does not state bytes, or more than the file holds
     Info lastInfo_;
 };
 

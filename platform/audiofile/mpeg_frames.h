@@ -20,6 +20,7 @@ struct MpegFrames {
     SInt64 count = 0;        ///< of those frames
     UInt32 largestBytes = 0; ///< of a frame
     SInt64 statedCount = 0;  ///< that the info frames state; 0: there is none, or it states no number
+    bool isCutShort = false; ///< frames that they state are missing, and bytes where they state bytes
     SInt64 lead = 0;         ///< samples of each channel before the music: the encoder's and decoder's delay
     SInt64 samples = 0;      ///< of each channel, after the lead and without the encoder's padding
     UInt32 otherStreams = 0; ///< joined streams of another layer, sample rate or number of channels

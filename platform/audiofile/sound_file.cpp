@@ -101,7 +101,7 @@ OSStatus SoundFile::prepareMpeg(ByteReader& bytes, SInt64 start)
     facts_.omittedStreams = found.otherStreams;
     facts_.frames = part.frames = found.samples;
     part.lead = found.lead;
-    facts_.isCutShort = found.statedCount > found.count;
+    facts_.isCutShort = found.isCutShort;
     facts_.statedFrames =
         found.statedCount == found.count ? found.samples : found.statedCount * found.first.samples;
     return enter(0) ? noErr : kAudioFileInvalidFileError;

@@ -114,18 +114,18 @@ TEST(MpegLength, IsThatOfAllFrames)
     }
 }
 
-TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
+TEST(MpegLength, OfMusicWithoutItsInfoFrameIsTheSameMusic)
 {
     const sound::Folder folder;
     const Bytes whole = sound::varyingMp3(folder / "v.mp3");
     const sound::Decoded expected = sound::decode(folder / "v.mp3");
     ASSERT_EQ(expected.info.frames, 441000);
 
-    MpegHeader note;
+    MpegHeader info;
     ASSERT_TRUE(
-        readMpegHeader(std::uint32_t{whole[0]} << 24 | whole[1] << 16 | whole[2] << 8 | whole[3], note));
-    ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::infoOffset(note)], "Xing", 4), 0);
-    sound::save(folder / "x.mp3", Bytes(whole.begin() + static_cast<long>(note.bytes), whole.end()));
+        readMpegHeader(std::uint32_t{whole[0]} << 24 | whole[1] << 16 | whole[2] << 8 | whole[3], info));
+    ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::infoOffset(info)], "Xing", 4), 0);
+    sound::save(folder / "x.mp3", Bytes(whole.begin() + static_cast<long>(info.bytes), whole.end()));
     const std::vector<float> guessed = sound::decode(folder / "x.mp3").samples;
     ASSERT_LT(guessed.size(), 441000u) << "a guess by the first frame";
 
@@ -145,15 +145,15 @@ TEST(MpegLength, OfMusicWithoutItsNoteIsTheSameMusic)
     EXPECT_TRUE(isFound);
 }
 
-// ---- joined, cut, tagged, noted and damaged streams ----
+// ---- joined, cut, tagged, described and damaged streams ----
 
 void put(Bytes& bytes, std::size_t at, std::uint32_t word)
 {
     for (std::size_t b = 0; b < 4; ++b) bytes[at + b] = static_cast<std::uint8_t>(word >> (24 - 8 * b));
 }
 
-/// A frame that notes the number of frames in its stream.
-Bytes note(std::uint32_t header, const char* name, std::uint32_t frames)
+/// A frame that states the number of frames in its stream, and their bytes where they are not 0.
+Bytes infoFrame(std::uint32_t header, const char* name, std::uint32_t frames, std::size_t size = 0)
 {
     Bytes bytes = silentFrames({{header, 1}});
     MpegHeader read;
@@ -161,8 +161,9 @@ Bytes note(std::uint32_t header, const char* name, std::uint32_t frames)
     const bool isVbri = std::strcmp(name, "VBRI") == 0;
     const std::size_t at = isVbri ? 36 : kvxplatform::audiofile::infoOffset(read);
     std::memcpy(&bytes[at], name, 4);
-    if (!isVbri) put(bytes, at + 4, 1); // the number of frames follows, and nothing else
+    if (!isVbri) put(bytes, at + 4, size > 0 ? 3 : 1); // the fields that follow: frames, bytes
     put(bytes, at + (isVbri ? 14 : 8), frames);
+    if (size > 0) put(bytes, at + (isVbri ? 10 : 12), static_cast<std::uint32_t>(size));
     return bytes;
 }
 
@@ -205,12 +206,13 @@ TEST(MpegFiles, AreReadWhole)
 {
     const Bytes hundred = silentFrames({{at128, 100}}), fifty = silentFrames({{at128, 50}});
     const Bytes other = silentFrames({{mono22, 40}}), cut = sound::firstOf(hundred, hundred.size() - 7);
+    const std::size_t size = 417 + hundred.size(); // of a hundred and their info frame
     const Bytes ape = joined({ofText("APETAGEX\xD0\x07", 32), Bytes(1, 0)});
     Bytes apeTag = ofText("APETAGEX", 32 + 300 + 32);
     apeTag[12] = static_cast<std::uint8_t>(332 & 0xFF), apeTag[13] = 332 >> 8; // items and footer
     apeTag[23] = 0xA0;                                                         // has a header, and is it
     std::memcpy(&apeTag[332], "APETAGEX", 8);
-    Bytes xingTwice = joined({note(at128, "Xing", 100), hundred});
+    Bytes xingTwice = joined({infoFrame(at128, "Xing", 100), hundred});
     xingTwice = joined({xingTwice, xingTwice});
     constexpr SInt64 h = 115200; // frames of sound in a hundred
     const struct {
@@ -221,26 +223,34 @@ TEST(MpegFiles, AreReadWhole)
         const char* why;
     } facts[] = {
         // clang-format off
-        {hundred,                                                      h,         0,     false, 0, "no note"},
-        {joined({note(at128, "Xing", 100), hundred}),                  h,         h,     false, 0, "a note"},
-        {joined({note(at128, "Info", 100), hundred}),                  h,         h,     false, 0, "a note of a constant rate"},
-        {joined({note(at128, "VBRI", 100), hundred}),                  h,         h,     false, 0, "a note of another kind"},
-        {joined({note(at128, "Xing", 50), hundred}),                   h,         h / 2, false, 0, "a note that states too few"},
-        {joined({note(at128, "Xing", 200), hundred}),                  h,         2 * h, true,  0, "a note that states too many"},
-        {joined({note(at128, "Xing", 100), cut}),                      h - 1152,  h,     true,  0, "cut within the last frame"},
-        {cut,                                                          h - 1152,  0,     false, 0, "cut, without a note to miss"},
-        {xingTwice,                                                    2 * h,     2 * h, false, 0, "joined, both with notes"},
-        {joined({note(at128, "Xing", 100), hundred, fifty}),           h + h / 2, h,     false, 0, "joined, the first with a note"},
-        {joined({fifty, note(at128, "Xing", 100), hundred}),           h + h / 2, h,     false, 0, "joined, the second with a note"},
-        {joined({fifty, tagOf(500), note(at128, "Xing", 100), hundred}), h + h / 2, h,   false, 0, "joined, with a tag between"},
-        {joined({cut, note(at128, "Xing", 100), hundred}),             2 * h - 1152, h,  false, 0, "joined after a frame that is cut off"},
+        {hundred,                                                      h,         0,     false, 0, "no info frame"},
+        {joined({infoFrame(at128, "Xing", 100), hundred}),                  h,         h,     false, 0, "an info frame"},
+        {joined({infoFrame(at128, "Info", 100), hundred}),                  h,         h,     false, 0, "an info frame of a constant rate"},
+        {joined({infoFrame(at128, "VBRI", 100), hundred}),                  h,         h,     false, 0, "an info frame of another kind"},
+        {joined({infoFrame(at128, "Xing", 50), hundred}),                   h,         h / 2, false, 0, "an info frame that states too few"},
+        {joined({infoFrame(at128, "Xing", 200), hundred}),                  h,         2 * h, true,  0, "an info frame that states too many"},
+        {joined({infoFrame(at128, "Xing", 200, size), hundred}),       h,         2 * h, false, 0, "too many, but the right bytes"},
+        {joined({infoFrame(at128, "VBRI", 200, size), hundred}),       h,         2 * h, false, 0, "the same of the other kind"},
+        {joined({infoFrame(at128, "Xing", 200, 2 * size), hundred}),   h,         2 * h, true,  0, "too many, in frames and bytes"},
+        {joined({infoFrame(at128, "Xing", 100, 2 * size), hundred}),   h,         h,     false, 0, "too many bytes"},
+        {joined({infoFrame(at128, "Xing", 100, size), cut}),           h - 1152,  h,     true,  0, "cut within the last frame, of stated bytes"},
+        {joined({infoFrame(at128, "VBRI", 100, size), cut}),           h - 1152,  h,     true,  0, "the same of the other kind"},
+        {joined({tagOf(9), infoFrame(at128, "Xing", 100, size), cut}), h - 1152,  h,     true,  0, "the same after a tag"},
+        {joined({infoFrame(at128, "Xing", 0xFFFFFFFF), hundred}),      h,         0,     false, 0, "a placeholder"},
+        {joined({infoFrame(at128, "Xing", 100), cut}),                      h - 1152,  h,     true,  0, "cut within the last frame"},
+        {cut,                                                          h - 1152,  0,     false, 0, "cut, without a stated length"},
+        {xingTwice,                                                    2 * h,     2 * h, false, 0, "joined, both with info frames"},
+        {joined({infoFrame(at128, "Xing", 100), hundred, fifty}),           h + h / 2, h,     false, 0, "joined, the first with an info frame"},
+        {joined({fifty, infoFrame(at128, "Xing", 100), hundred}),           h + h / 2, h,     false, 0, "joined, the second with an info frame"},
+        {joined({fifty, tagOf(500), infoFrame(at128, "Xing", 100), hundred}), h + h / 2, h,   false, 0, "joined, with a tag between"},
+        {joined({cut, infoFrame(at128, "Xing", 100), hundred}),             2 * h - 1152, h,  false, 0, "joined after a frame that is cut off"},
         {joined({cut, tagOf(500), hundred}),                           2 * h - 1152, 0,  false, 0, "the same, with a tag between"},
         {joined({hundred, other}),                                     h,         0,     false, 1, "joined with another stream"},
         {joined({hundred, other, fifty, other, tagOf(9), other}),      h + h / 2, 0,     false, 2, "streams in turns"},
         {joined({hundred, silentFrames({{at128 | 0xC0, 40}})}),        h,         0,     false, 1, "joined with a mono stream"},
         {joined({tagOf(2u << 20), hundred}),                           h,         0,     false, 0, "after a tag of two mebibytes"},
         {joined({tagOf(9), tagOf(70000), hundred}),                    h,         0,     false, 0, "after two tags"},
-        {joined({tagOf(2u << 20), note(at128, "Xing", 100), hundred}), h,         h,     false, 0, "a note after a tag"},
+        {joined({tagOf(2u << 20), infoFrame(at128, "Xing", 100), hundred}), h,         h,     false, 0, "an info frame after a tag"},
         {joined({hundred, ofText("TAG", 128)}),                        h,         0,     false, 0, "before an ID3v1 tag"},
         {joined({hundred, apeTag}),                                    h,         0,     false, 0, "before an APE tag"},
         {joined({hundred, apeTag, ofText("TAG", 128), fifty}),         h + h / 2, 0,     false, 0, "tags in the middle"},
@@ -276,6 +286,19 @@ TEST(MpegFiles, AreReadWhole)
     }
 }
 
+// Shorter than its header and side information no frame is; the decoder would search such a file for minutes.
+TEST(MpegFiles, AreNotMadeOfTinyFreeFormatFrames)
+{
+    const sound::Folder folder;
+    for (const std::size_t bytes : {4u, 12u, 24u, 35u}) {
+        SCOPED_TRACE(bytes);
+        sound::save(folder / "x.mp3", freeFrames(bytes, 10000));
+        EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
+    }
+    sound::save(folder / "x.mp3", freeFrames(100, 100));
+    EXPECT_EQ(sound::File(folder / "x.mp3").frames(), 115200);
+}
+
 TEST(MpegFiles, AreNotMadeOfChanceSyncWords)
 {
     const sound::Folder folder;
@@ -285,11 +308,11 @@ TEST(MpegFiles, AreNotMadeOfChanceSyncWords)
     EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
 }
 
-/// Real MP3 files of libsndfile's, whose notes know the encoder's delay.
+/// Real MP3 files of libsndfile's, whose info frames state the encoder's delay.
 struct Music {
     Bytes bytes;
     std::vector<float> samples;
-    UInt32 noteBytes; // of the note in front
+    UInt32 infoBytes; // of the info frame
 };
 Music mp3(const sound::Folder& folder, int frames)
 {
@@ -300,7 +323,7 @@ Music mp3(const sound::Folder& folder, int frames)
     EXPECT_TRUE(readMpegHeader(std::uint32_t{music.bytes[0]} << 24 | music.bytes[1] << 16 |
                                    music.bytes[2] << 8 | music.bytes[3],
                                first));
-    music.noteBytes = first.bytes;
+    music.infoBytes = first.bytes;
     return music;
 }
 
@@ -312,7 +335,7 @@ std::vector<float> samplesOf(const std::string& path)
     return file.readFloats(2);
 }
 
-TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheNoteIsRight)
+TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheInfoFrameIsRight)
 {
     const sound::Folder folder;
     const Music music = mp3(folder, 50000);
@@ -320,11 +343,12 @@ TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheNoteIsRight)
     const std::string path = folder / "x.mp3";
 
     sound::save(path, joined({garbage(5000), music.bytes}));
-    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "garbage does not make the note wrong";
+    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples))
+        << "garbage does not make the info frame wrong";
     sound::save(path, joined({tagOf(2u << 20), music.bytes, ofText("TAG", 128)}));
     EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "nor do tags";
 
-    const Bytes bare(music.bytes.begin() + static_cast<std::ptrdiff_t>(music.noteBytes), music.bytes.end());
+    const Bytes bare(music.bytes.begin() + static_cast<std::ptrdiff_t>(music.infoBytes), music.bytes.end());
     sound::save(path, bare);
     const std::vector<float> all = samplesOf(path);
     EXPECT_EQ(all.size() % (2 * 1152), 0u);
@@ -340,7 +364,7 @@ TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheNoteIsRight)
     ASSERT_NE(name, wrong.end());
     name[11] = static_cast<std::uint8_t>(name[11] - 1); // the lowest byte of the number of frames
     sound::save(path, wrong);
-    EXPECT_TRUE(sound::isSame(samplesOf(path), all)) << "a note that is wrong about the length";
+    EXPECT_TRUE(sound::isSame(samplesOf(path), all)) << "an info frame that is wrong about the length";
 }
 
 TEST(MpegFiles, AreTheSameMusicWhenTheyAreJoined)
