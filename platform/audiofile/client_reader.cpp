@@ -133,7 +133,9 @@ SInt64 ClientReader::nextAtNewRate(UInt32 frames)
 const Float32* ClientReader::pull(void* self, UInt32 frames)
 {
     auto& reader = *static_cast<ClientReader*>(self);
+    const SInt64 before = reader.file_.position();
     const SInt64 got = reader.isAtEnd_ ? 0 : reader.file_.read(reader.fileBlock_.data(), frames);
+    if (got >= 0) reader.start_ += reader.file_.position() - before - got; // frames lost to damage
     if (got < 0) reader.hasFailed_ = true;
     const auto count = static_cast<UInt32>(std::max<SInt64>(got, 0));
     if (count < frames) reader.isAtEnd_ = true;

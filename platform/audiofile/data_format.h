@@ -14,7 +14,7 @@ struct Facts {
     SInt64 frames = 0;                    ///< that decode
     SInt64 statedFrames = 0;              ///< that the header states; 0: none, or not in frames
     bool isCutShort = false;              ///< the file ends before a length that it states
-    UInt32 omittedStreams = 0;            ///< joined streams of another rate or channel count
+    UInt32 omittedStreams = 0;            ///< joined streams that are not decoded
     SInt64 fileBytes = 0;
     UInt32 largestPacket = 0; ///< bytes; 0: not known
     SInt32 sourceBits = 0;    ///< a sample's, before it was encoded; 0: it had none

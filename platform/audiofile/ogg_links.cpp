@@ -7,7 +7,6 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-constexpr std::size_t mostLinks = 4096;
 constexpr SInt64 pageHeader = 27; // bytes before the table of segment sizes
 constexpr UInt8 firstPage = 0x02; // of a stream; those of all streams of a link stand together
 
@@ -16,6 +15,7 @@ struct Page {
     Span body;
     UInt32 stream = 0; ///< its serial number
     bool isFirst = false;
+    bool isWhole = false; ///< another page or the end of the file follows
 };
 
 Page pageAt(ByteReader& file, SInt64 offset)
@@ -49,6 +49,20 @@ SInt64 nextPage(ByteReader& file, SInt64 offset)
         ++offset;
     }
     return offset;
+}
+
+/// Read the page at an offset, and find the offset after it. Where no page follows its stated end, the file
+/// was cut within it or holds other bytes after it: the next page ends it.
+SInt64 takePage(ByteReader& file, SInt64 offset, Page& page)
+{
+    page = pageAt(file, offset);
+    if (page.bytes == 0) return nextPage(file, offset + 1);
+    const SInt64 end = offset + page.bytes;
+    page.isWhole = end == file.size() || pageAt(file, end).bytes > 0;
+    if (page.isWhole) return end;
+    const SInt64 next = nextPage(file, offset + 1);
+    page.body.bytes = std::clamp<SInt64>(next - page.body.start, 0, page.body.bytes);
+    return next;
 }
 
 /// Bytes of a first page's body before the FLAC file that the stream carries; 0 for another coding.
@@ -91,29 +105,32 @@ struct Link {
 
 } // namespace
 
-std::vector<std::vector<Span>> oggLinks(ByteReader& file, SInt64 offset)
+OggLinks oggLinks(ByteReader& file, SInt64 offset)
 {
-    std::vector<std::vector<Span>> links;
+    OggLinks found;
     Link link;
+    const auto finishLink = [&](SInt64 end) {
+        if (found.links.size() < OggLinks::mostLinks)
+            found.links.push_back(link.spans(end));
+        else
+            ++found.omitted;
+        link = {};
+        link.start = end;
+    };
     link.start = offset;
     bool wasFirst = true;
     for (SInt64 at = offset; at < file.size();) {
-        const Page page = pageAt(file, at);
-        if (page.bytes == 0) {
-            at = nextPage(file, at);
-            continue;
+        Page page;
+        const SInt64 next = takePage(file, at, page);
+        if (page.isFirst && !wasFirst) finishLink(at);
+        if (page.bytes > 0) {
+            wasFirst = page.isFirst && page.isWhole;
+            link.add(file, page);
         }
-        if (page.isFirst && !wasFirst && links.size() + 1 < mostLinks) {
-            links.push_back(link.spans(at));
-            link = {};
-            link.start = at;
-        }
-        wasFirst = page.isFirst;
-        link.add(file, page);
-        at += page.bytes;
+        at = next;
     }
-    links.push_back(link.spans(file.size()));
-    return links;
+    finishLink(file.size());
+    return found;
 }
 
 } // namespace kvxplatform::audiofile

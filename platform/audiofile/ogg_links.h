@@ -8,9 +8,16 @@
 
 namespace kvxplatform::audiofile {
 
-/// The links from an offset on, at least one, as the spans that libsndfile is to see of each. It does not
-/// decode FLAC in Ogg pages, so such a link is shown as the FLAC file that its pages carry. At most 4,096
-/// links, the last of which then reaches to the end. Throws std::bad_alloc.
-std::vector<std::vector<Span>> oggLinks(ByteReader& file, SInt64 offset);
+struct OggLinks {
+    /// Bounds the time to open a file: a decoder is opened for each link, to find its length.
+    static constexpr std::size_t mostLinks = 1024;
+
+    std::vector<std::vector<Span>> links; ///< at least one: the spans that libsndfile is to see of each
+    UInt32 omitted = 0;                   ///< links after the first 1,024
+};
+
+/// The links from an offset on. libsndfile does not decode FLAC in Ogg pages, so such a link is shown as the
+/// FLAC file that its pages carry. Throws std::bad_alloc.
+OggLinks oggLinks(ByteReader& file, SInt64 offset);
 
 } // namespace kvxplatform::audiofile

@@ -50,6 +50,9 @@ bool isWithinLimits(const SF_INFO& info)
            info.channels <= KVXMostFileChannels;
 }
 
+/// FLAC states a length that nothing checks.
+bool isFlac(const SF_INFO& info) { return (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_FLAC; }
+
 bool isLike(const AudioStreamBasicDescription& format, const SF_INFO& info)
 {
     return info.samplerate == format.mSampleRate &&
@@ -109,28 +112,34 @@ OSStatus SoundFile::prepareMpeg(ByteReader& bytes, SInt64 start)
 
 OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
 {
-    for (std::vector<Span>& link : oggLinks(bytes, start)) addPart(std::move(link));
+    OggLinks found = oggLinks(bytes, start);
+    for (std::vector<Span>& link : found.links) addPart(std::move(link));
     OSStatus result = noErr; // of the first link
-    bool hasFormat = false;
+    bool hasFormat = false, statesLength = true;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
         SF_INFO info = {};
         OSStatus status = enter(i, info);
         if (status == noErr && !hasFormat) {
             status = acceptFirst(info, bytes, start);
-            hasFormat = status == noErr;
         } else if (status == noErr && !isLike(facts_.format, info)) {
             status = kAudioFileUnsupportedDataFormatError;
         }
         if (status == noErr) status = measure(info);
         parts_[i].isOmitted = status != noErr;
-        if (status == kAudioFileUnsupportedDataFormatError && hasFormat) ++facts_.omittedStreams;
+        if (status == noErr) {
+            hasFormat = true;
+            statesLength &= isFlac(info);
+        }
         if (i == 0) result = status;
     }
+    if (!statesLength) facts_.statedFrames = 0;
     if (!hasFormat || parts_.size() == 1) return result;
     decoder_.reset(); // it holds the address of a part
     const auto isOmitted = [](const Part& part) { return part.isOmitted; };
-    parts_.erase(std::remove_if(parts_.begin(), parts_.end(), isOmitted), parts_.end());
-    return !parts_.empty() && enter(0) ? noErr : kAudioFileInvalidFileError;
+    const auto omitted = std::remove_if(parts_.begin(), parts_.end(), isOmitted);
+    facts_.omittedStreams = found.omitted + static_cast<UInt32>(parts_.end() - omitted);
+    parts_.erase(omitted, parts_.end());
+    return enter(0) ? noErr : kAudioFileInvalidFileError;
 }
 
 OSStatus SoundFile::preparePlain(ByteReader& bytes, SInt64 start)
@@ -193,19 +202,17 @@ OSStatus SoundFile::measure(const SF_INFO& info)
     Part& part = parts_[part_];
     const SInt64 stated = info.frames;
     part.begin = facts_.frames;
-    // FLAC states a length that nothing checks.
-    const bool isFlac = facts_.format.mFormatID == 'flac';
-    const bool isBelieved = !isFlac && stated / believedFramesPerByte <= facts_.fileBytes;
+    const bool isBelieved = !isFlac(info) && stated / believedFramesPerByte <= facts_.fileBytes;
     SInt64 frames = stated;
     if (!isBelieved) {
         const bool isKnown = stated > 0 && stated < std::numeric_limits<SInt64>::max();
-        if (isFlac && isKnown) facts_.statedFrames += stated;
+        if (isFlac(info) && isKnown) facts_.statedFrames += stated;
         const bool isTrue = isKnown && isReachable(stated - 1);
         // A decoder that has been elsewhere is not quite a new one.
         if (!enter(part_)) return kAudioFileInvalidFileError;
         if (!isTrue) {
             frames = skip(stated);
-            facts_.isCutShort |= isFlac && isKnown;
+            facts_.isCutShort |= isFlac(info) && isKnown;
             if (!enter(part_)) return kAudioFileInvalidFileError;
         }
     }
@@ -243,14 +250,21 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
     const SInt64 wanted = std::min(frames, facts_.frames - position_);
     SInt64 done = 0;
     while (done < wanted) {
-        const SInt64 left = parts_[part_].begin + parts_[part_].frames - position_;
+        const Part& part = parts_[part_];
+        const bool isLast = part_ + 1 == parts_.size();
+        const SInt64 left = part.begin + part.frames - position_;
         if (left <= 0) {
-            if (part_ + 1 == parts_.size() || !enter(part_ + 1)) break;
+            if (isLast) break;
+            enter(part_ + 1); // without a decoder, none of its frames decode
             continue;
         }
         Float32* to = out + static_cast<std::size_t>(done) * facts_.format.mChannelsPerFrame;
         const SInt64 got = sf_readf_float(decoder_.get(), to, std::min(wanted - done, left));
-        if (got <= 0) break; // the data breaks off
+        if (got <= 0) {
+            if (isLast || part.view.hasFailed()) break;
+            position_ += left; // the rest of the part does not decode
+            continue;
+        }
         done += got;
         position_ += got;
     }

@@ -33,7 +33,8 @@ public:
 
     /// Decode up to `frames` frames into out[frame * channels + channel], in one piece, straight from
     /// libsndfile. Integers of n bits are value / 2^(n-1); floats are what they are. Fewer frames at the end
-    /// or where the data breaks off; -1 if the disk cannot be read. Nothing past the frames is written.
+    /// or where the data breaks off, unless other parts follow: the position then moves to the next part. -1
+    /// if the disk cannot be read. Nothing past the frames is written.
     SInt64 read(Float32* out, SInt64 frames);
 
     /// The bytes of up to `frames` frames as they are on the disk. Only of a file that isPlain.

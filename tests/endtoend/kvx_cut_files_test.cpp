@@ -192,8 +192,8 @@ TEST_F(CutFiles, OfJoinedStreamsSayWhatIsLeftOut)
         const auto result = run(command, "joined.ogg");
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.err,
-                  "kvx: joined.ogg plays in part: 1 of its chained streams has another sample rate or number "
-                  "of channels; split it into files\n");
+                  "kvx: joined.ogg plays in part: 1 of its chained streams cannot be decoded or has another "
+                  "sample rate or number of channels; split it into files\n");
     }
 }
 

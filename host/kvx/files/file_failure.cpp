@@ -73,8 +73,8 @@ std::vector<std::string> missingParts(const std::string& path, const SoundFormat
         lines.push_back(fmt::format(
             "{} is cut short: it ends before the length that its header states; get the file again", path));
     if (format.omittedStreams > 0)
-        lines.push_back(fmt::format("{} plays in part: {} of its chained streams {} another sample rate or "
-                                    "number of channels; split it into files",
+        lines.push_back(fmt::format("{} plays in part: {} of its chained streams cannot be decoded or {} "
+                                    "another sample rate or number of channels; split it into files",
                                     path, format.omittedStreams,
                                     format.omittedStreams == 1 ? "has" : "have"));
     return lines;

@@ -18,7 +18,7 @@ struct SoundFormat {
     std::int64_t frames = 0;          ///< that decode
     bool isCutShort = false;          ///< the file ends before a length that its header states
     std::int64_t statedFrames = 0;    ///< by the header; 0: it states none
-    std::uint32_t omittedStreams = 0; ///< chained streams of another rate or channel count, not decoded
+    std::uint32_t omittedStreams = 0; ///< chained streams that are not decoded
 
     double duration() const { return double(frames) / sampleRate; } ///< seconds
 };

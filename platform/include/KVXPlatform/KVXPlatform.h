@@ -130,7 +130,8 @@ typedef struct KVXSoundFileReport {
     int64_t frames;          /**< that decode; kExtAudioFileProperty_FileLengthFrames reads the same */
     int64_t statedFrames;    /**< that the header states; 0 where it states no length, or none in frames */
     uint8_t isCutShort;      /**< a stated length is missed: the file ends before it */
-    uint32_t omittedStreams; /**< joined streams of another rate or channel count, which are not decoded */
+    uint32_t omittedStreams; /**< joined streams that are not decoded: damaged, of an unknown coding, of
+                                another rate or channel count, or past the 1,024th */
 } KVXSoundFileReport;
 
 /** Report on an open extended audio file (an ExtAudioFileRef). -50 for a NULL or disposed file, or a null

@@ -8,9 +8,11 @@
 
 namespace {
 
+using sound::afterFirst;
 using sound::Bytes;
 using sound::firstOf;
 using sound::joined;
+using sound::ofText;
 
 constexpr int vorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS, opus = SF_FORMAT_OGG | SF_FORMAT_OPUS;
 constexpr int oggFlac = -1 /* not written by libsndfile */, flac16 = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
@@ -20,24 +22,28 @@ constexpr int au16 = SF_FORMAT_AU | SF_FORMAT_PCM_16, rf64 = SF_FORMAT_RF64 | SF
 constexpr int cafFloat = SF_FORMAT_CAF | SF_FORMAT_FLOAT, caf8 = SF_FORMAT_CAF | SF_FORMAT_ULAW;
 constexpr int wavIma = SF_FORMAT_WAV | SF_FORMAT_IMA_ADPCM, svx16 = SF_FORMAT_SVX | SF_FORMAT_PCM_16;
 
-/// The same FLAC file in Ogg pages. Nothing checks their sums.
+constexpr std::size_t mostPageBody = 20 * 255;
+constexpr std::uint8_t firstPage = 2; // flag of the page that begins a stream
+
+/// A page of at most mostPageBody bytes. The platform does not check its sum.
+Bytes oggPage(const Bytes& body, std::uint8_t flags)
+{
+    Bytes header(27 + body.size() / 255 + 1);
+    std::memcpy(header.data(), "OggS", 4);
+    header[5] = flags;
+    header[26] = static_cast<std::uint8_t>(header.size() - 27);
+    std::fill(header.begin() + 27, header.end() - 1, 255);
+    header.back() = static_cast<std::uint8_t>(body.size() % 255);
+    return joined({header, body});
+}
+
 Bytes inOggPages(const Bytes& flac)
 {
-    constexpr std::size_t streamInfo = 4 + 4 + 34, pageBytes = 20 * 255;
-    Bytes file;
-    const auto addPage = [&](const Bytes& body, std::uint8_t flags) {
-        Bytes header(27 + body.size() / 255 + 1);
-        std::memcpy(header.data(), "OggS", 4);
-        header[5] = flags;
-        header[26] = static_cast<std::uint8_t>(header.size() - 27);
-        std::fill(header.begin() + 27, header.end() - 1, 255);
-        header.back() = static_cast<std::uint8_t>(body.size() % 255);
-        file = joined({file, header, body});
-    };
+    constexpr std::size_t streamInfo = 4 + 4 + 34;
     const Bytes mapping = {0x7F, 'F', 'L', 'A', 'C', 1, 0, 0, 1};
-    addPage(joined({mapping, firstOf(flac, streamInfo)}), 2);
-    for (std::size_t at = streamInfo; at < flac.size(); at += pageBytes)
-        addPage(firstOf(Bytes(flac.begin() + static_cast<std::ptrdiff_t>(at), flac.end()), pageBytes), 0);
+    Bytes file = oggPage(joined({mapping, firstOf(flac, streamInfo)}), firstPage);
+    for (std::size_t at = streamInfo; at < flac.size(); at += mostPageBody)
+        file = joined({file, oggPage(firstOf(afterFirst(flac, at), mostPageBody), 0)});
     return file;
 }
 
@@ -238,6 +244,10 @@ TEST(Lengths, OfJoinedOggFiles)
     const Bytes first = of(vorbis, 48000, 2, 50000), second = of(vorbis, 48000, 2, 30000);
     const Bytes slow = of(vorbis, 44100, 2, 10000), mono = of(vorbis, 48000, 1, 10000);
     const Bytes inOpus = of(opus, 48000, 2, 20000), inFlac = of(oggFlac, 48000, 2, 40000);
+    const Bytes unknown =
+        joined({oggPage(ofText("a coding of tomorrow", 100), firstPage), oggPage(Bytes(1000), 0)});
+    Bytes noSetup = first;
+    std::fill(noSetup.begin() + 200, noSetup.begin() + 2000, 0);
     const struct {
         Bytes bytes;
         SInt64 frames;
@@ -255,6 +265,12 @@ TEST(Lengths, OfJoinedOggFiles)
         {joined({first, mono}),                  50000,                 1, "another number of channels"},
         {joined({first, slow, mono, second}),    50000 + 30000,         2, "two others between"},
         {joined({first, Bytes(100, 'x'), first}), 50000 + 50000,        0, "with bytes between that are no page"},
+        {joined({inFlac, Bytes(100, 'x'), inFlac}), 40000 + 40000,      0, "the same in FLAC"},
+        {joined({first, noSetup, second}),       50000 + 30000,         1, "one without its decoder's tables"},
+        {joined({noSetup, second}),              30000,                 1, "the first without them"},
+        {joined({first, unknown, second}),       50000 + 30000,         1, "an unknown coding"},
+        {joined({unknown, slow, first}),         10000,                 2, "the first that opens sets the rate"},
+        {joined({firstOf(first, 40), second}),   30000,                 1, "the first cut within its first page"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -266,6 +282,107 @@ TEST(Lengths, OfJoinedOggFiles)
         EXPECT_EQ(file.report().omittedStreams, fact.omitted);
         EXPECT_FALSE(file.report().isCutShort);
         expectExact(file);
+    }
+}
+
+TEST(Lengths, OfJoinedOggFilesWhoseFirstWasCut)
+{
+    const sound::Folder folder;
+    for (const int format : {vorbis, opus, oggFlac}) {
+        const Bytes first = fileOf(folder, format, 48000, 2, 200000);
+        const Bytes second = fileOf(folder, format, 48000, 2, 30000);
+        sound::save(folder / "second", second);
+        const sound::File alone(folder / "second");
+        ASSERT_EQ(alone.setClient(sound::floats(48000, 2)), noErr);
+        const std::vector<float> expected = alone.readFloats(2);
+        ASSERT_EQ(expected.size(), 30000u * 2);
+        for (std::size_t part = 5; part < 16; ++part) {
+            const Bytes cut = firstOf(first, first.size() * part / 16);
+            SCOPED_TRACE(std::to_string(format) + ", cut after " + std::to_string(cut.size()));
+            sound::save(folder / "cut", cut);
+            const sound::File before(folder / "cut");
+            ASSERT_EQ(before.status, noErr);
+            sound::save(folder / "both", joined({cut, second}));
+            const sound::File both(folder / "both");
+            ASSERT_EQ(both.status, noErr);
+            EXPECT_EQ(both.frames(), before.frames() + 30000);
+            EXPECT_EQ(both.report().omittedStreams, 0u);
+            EXPECT_EQ(both.report().isCutShort, before.report().isCutShort);
+            expectExact(both);
+            ASSERT_EQ(ExtAudioFileSeek(both, before.frames()), noErr);
+            EXPECT_TRUE(sound::isSame(both.readFloats(2), expected));
+        }
+    }
+}
+
+// Each link is judged by its own coding: Vorbis lengths are true, FLAC lengths are only stated.
+TEST(Lengths, OfCutFlacAfterVorbis)
+{
+    const sound::Folder folder;
+    const Bytes first = fileOf(folder, vorbis, 48000, 2, 50000);
+    const Bytes flac = fileOf(folder, oggFlac, 48000, 2, 40000);
+    const Bytes cut = firstOf(flac, flac.size() / 2);
+    sound::save(folder / "cut", cut);
+    const SInt64 left = sound::File(folder / "cut").frames();
+    ASSERT_GT(left, 10000);
+    sound::save(folder / "both", joined({first, cut}));
+    const sound::File file(folder / "both");
+    ASSERT_EQ(file.status, noErr);
+    EXPECT_EQ(file.frames(), 50000 + left);
+    EXPECT_TRUE(file.report().isCutShort);
+    EXPECT_EQ(file.report().statedFrames, 0) << "not all of the links state their length";
+    expectExact(file);
+}
+
+TEST(Lengths, OfMoreOggLinksThanAreRead)
+{
+    const sound::Folder folder;
+    const Bytes link = fileOf(folder, oggFlac, 48000, 1, 100);
+    Bytes bytes;
+    for (int i = 0; i < 1030; ++i) bytes.insert(bytes.end(), link.begin(), link.end());
+    sound::save(folder / "x.ogg", bytes);
+    const sound::File file(folder / "x.ogg");
+    ASSERT_EQ(file.status, noErr);
+    EXPECT_EQ(file.frames(), 1024 * 100);
+    EXPECT_EQ(file.report().omittedStreams, 6u);
+    EXPECT_FALSE(file.report().isCutShort);
+    expectExact(file);
+}
+
+// The frames that a damaged link loses are skipped: its successor is read where it begins.
+TEST(Lengths, OfDamagedOggLinksLeaveLaterOnesReadable)
+{
+    const sound::Folder folder;
+    for (const int format : {vorbis, opus, oggFlac}) {
+        SCOPED_TRACE(format);
+        const Bytes second = fileOf(folder, format, 48000, 2, 30000);
+        sound::save(folder / "second", second);
+        const sound::File alone(folder / "second");
+        ASSERT_EQ(alone.setClient(sound::floats(48000, 2)), noErr);
+        const std::vector<float> expected = alone.readFloats(2);
+        Bytes damaged = fileOf(folder, format, 48000, 2, 200000);
+        const auto middle = damaged.begin() + static_cast<std::ptrdiff_t>(damaged.size() / 2);
+        std::fill(middle, middle + 3000, 0);
+        sound::save(folder / "both", joined({damaged, second}));
+        const sound::File file(folder / "both");
+        ASSERT_EQ(file.status, noErr);
+        ASSERT_EQ(file.frames(), 230000);
+        ASSERT_EQ(file.setClient(sound::floats(48000, 2)), noErr);
+        for (const UInt32 atATime : {1u << 20, 700u}) {
+            ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
+            const std::vector<float> samples = file.readFloats(2, atATime);
+            ASSERT_GT(samples.size(), expected.size());
+            EXPECT_LT(samples.size(), 230000u * 2) << "the damage";
+            EXPECT_TRUE(sound::isSame({samples.end() - 60000, samples.end()}, expected));
+            EXPECT_EQ(file.tell(), 230000);
+        }
+        ASSERT_EQ(ExtAudioFileSeek(file, 200000), noErr);
+        EXPECT_TRUE(sound::isSame(file.readFloats(2), expected));
+
+        ASSERT_EQ(file.setClient(sound::floats(24000, 2)), noErr);
+        ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
+        EXPECT_LT(file.readFloats(2, 700).size(), 115000u * 2) << "the damage";
+        EXPECT_EQ(file.tell(), 230000);
     }
 }
 

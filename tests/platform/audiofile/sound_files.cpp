@@ -57,6 +57,11 @@ Bytes firstOf(const Bytes& bytes, std::size_t size)
     return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(std::min(size, bytes.size())));
 }
 
+Bytes afterFirst(const Bytes& bytes, std::size_t size)
+{
+    return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(std::min(size, bytes.size())), bytes.end());
+}
+
 std::vector<float> music(int channels, int frames)
 {
     std::vector<float> samples;

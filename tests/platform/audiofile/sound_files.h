@@ -41,6 +41,8 @@ Bytes joined(std::initializer_list<Bytes> parts);
 Bytes ofText(const char* text, std::size_t size);
 /// The first bytes of a file.
 Bytes firstOf(const Bytes& bytes, std::size_t size);
+/// The bytes after those.
+Bytes afterFirst(const Bytes& bytes, std::size_t size);
 
 /// Interleaved samples that differ from frame to frame and channel to channel, within 0.8.
 std::vector<float> music(int channels, int frames);

@@ -208,8 +208,8 @@ TEST(FileFailure, NamesThePartsThatAreMissing)
         kvx::missingParts("a.wav", format),
         (std::vector<std::string>{
             "a.wav is cut short: it holds 999 of the 1000 frames that its header states; get the file again",
-            "a.wav plays in part: 1 of its chained streams has another sample rate or number of channels; "
-            "split it into files"}));
+            "a.wav plays in part: 1 of its chained streams cannot be decoded or has another sample rate or "
+            "number of channels; split it into files"}));
 }
 
 } // namespace
