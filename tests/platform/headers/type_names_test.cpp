@@ -1,4 +1,5 @@
-// Type names of the target that nothing in the tree uses: declared so that names of ours cannot collide there.
+// Type names of the target that nothing in the tree uses: declared so that names of ours cannot collide
+// there.
 #include <Carbon/Carbon.h>
 
 #include <type_traits>
