@@ -113,7 +113,7 @@ struct Device {
 
     // ---- under `control` ----
     std::mutex control;
-    std::unique_ptr<HardwareStream> hardware;
+    std::shared_ptr<HardwareStream> hardware; ///< shared with a thread that closes it
     Settings applied; ///< those that the device was last turned with, or is to be turned with next
     bool hasTimerThread = false;
     std::unique_ptr<const Tap> ownedTap;

@@ -25,9 +25,10 @@ std::mutex paLock; // PortAudio's own functions are not to be called by two thre
 
 std::atomic<int> openStreams{0};
 
-// Streams that ended by themselves. Closing one can wait for ever for a server that is gone, so they are
-// kept, and PortAudio is not started anew either, which would close them.
-std::vector<std::unique_ptr<HardwareStream>> endedStreams; // under paLock
+/// Streams that ended by themselves, or whose closing did not finish; under paLock. Closing one can block
+/// forever, as can the restart of PortAudio, which closes them. Never freed: their callback may still run.
+std::vector<std::shared_ptr<HardwareStream>>& endedStreams =
+    *new std::vector<std::shared_ptr<HardwareStream>>;
 
 constexpr std::int64_t longestSilenceNanos = 2'000'000'000; // a running stream asks far more often
 constexpr UInt32 mostOffered = 32;                          // plug-like devices offer any number of channels
@@ -74,10 +75,10 @@ private:
     int kept_;
 };
 
-bool isStarted = false; // under paLock, as the next
-bool isBlocked = false; // a thread is inside PortAudio and may never return
+bool isStarted = false;             // under paLock
+std::atomic<bool> isBlocked{false}; // a thread is inside PortAudio and may never return; set under paLock
 
-/// Have `work` call PortAudio. False, and never again, if a sound server does not answer it.
+/// Have `work` call PortAudio. False if a sound server does not answer it, and for every later call.
 bool callPortAudio(const std::function<void()>& work)
 {
     if (!isBlocked) isBlocked = !endsInTime(work);
@@ -105,16 +106,31 @@ bool startPortAudio(std::string& error)
     return isStarted;
 }
 
-void stopPortAudio()
+/// False if a sound server does not answer or has ended: PortAudio then stays as it is.
+bool stopPortAudio()
 {
-    if (!std::exchange(isStarted, false)) return;
-    callPortAudio([] {
+    if (!isStarted) return true;
+    const auto isStopped = std::make_shared<bool>(false);
+    const bool isAnswered = callPortAudio([isStopped] {
+        *isStopped = isServerAlive();
+        if (!*isStopped) return;
         stopWatchingServer();
         Pa_Terminate();
     });
+    if (!isAnswered || !*isStopped) return false;
+    isStarted = false;
+    return true;
 }
 
-bool isServerGone(const Device& device) { return device.isOfServer && hasServerEnded(); }
+/// Whether PortAudio cannot be called for the device any more. [any]
+bool isOutOfReach(const Device& device) { return isBlocked || (device.isOfServer && hasServerEnded()); }
+
+/// Keep a stream that cannot be closed. paLock held.
+void abandon(std::shared_ptr<HardwareStream> hardware)
+{
+    hardware->isAbandoned = true;
+    endedStreams.push_back(std::move(hardware));
+}
 
 /// Every output device of the list as it is: its index, by the UID that it has here.
 struct Found {
@@ -181,6 +197,27 @@ int callback(const void*, void* output, unsigned long frames, const PaStreamCall
     return paContinue;
 }
 
+PaError openAndStart(HardwareStream& hardware, const PaStreamParameters& parameters, const Settings& settings)
+{
+    PaError status = Pa_OpenStream(&hardware.stream, nullptr, &parameters, settings.rate,
+                                   settings.sliceFrames, paNoFlag, callback, &hardware);
+    if (status != paNoError) return status;
+    status = Pa_StartStream(hardware.stream);
+    if (status != paNoError) Pa_CloseStream(hardware.stream);
+    return status;
+}
+
+/// Close a stream, or mark it as abandoned if the server ended, also during the stop.
+void stopAndClose(HardwareStream& hardware, bool isOfServer)
+{
+    const auto isReachable = [=] { return !isOfServer || isServerAlive(); };
+    if (isReachable()) Pa_StopStream(hardware.stream); // returns after the last frame is output
+    if (isReachable())
+        Pa_CloseStream(hardware.stream);
+    else
+        hardware.isAbandoned = true;
+}
+
 DeviceRef deviceOf(const Found& found)
 {
     const PaDeviceInfo& info = *Pa_GetDeviceInfo(found.index);
@@ -224,11 +261,10 @@ std::vector<DeviceRef> readHardwareAnew(std::string& error)
                     "program again";
             return {};
         }
-        if (hasServerEnded()) {
+        if (!stopPortAudio()) { // its list is only read at its start
             error = "the list cannot be read any more, since the sound server ended; start the program again";
             return {};
         }
-        stopPortAudio(); // its list is only read at its start
     }
     return readHardware(error);
 }
@@ -237,13 +273,15 @@ bool canOpen(const Device& device, const Settings& settings)
 {
     const std::lock_guard<std::mutex> lock(paLock);
     PaStreamParameters parameters;
-    if (!findParameters(device, settings.outputChannels, parameters)) return false;
-    PaStream* stream = nullptr;
-    if (Pa_OpenStream(&stream, nullptr, &parameters, settings.rate, settings.sliceFrames, paNoFlag, nullptr,
-                      nullptr) != paNoError)
-        return false;
-    Pa_CloseStream(stream);
-    return true;
+    if (isOutOfReach(device) || !findParameters(device, settings.outputChannels, parameters)) return false;
+    const auto status = std::make_shared<PaError>(paNoError);
+    return callPortAudio([=] {
+               PaStream* stream = nullptr;
+               *status = Pa_OpenStream(&stream, nullptr, &parameters, settings.rate, settings.sliceFrames,
+                                       paNoFlag, nullptr, nullptr);
+               if (*status == paNoError) Pa_CloseStream(stream);
+           }) &&
+           *status == paNoError;
 }
 
 std::vector<double> findRates(const Device& device)
@@ -255,7 +293,7 @@ std::vector<double> findRates(const Device& device)
     }
     const std::lock_guard<std::mutex> lock(paLock);
     PaStreamParameters parameters;
-    const bool isThere = !isServerGone(device) && findParameters(device, settings.outputChannels, parameters);
+    const bool isThere = !isOutOfReach(device) && findParameters(device, settings.outputChannels, parameters);
     std::vector<double> rates;
     for (double rate : commonRates)
         if (rate == settings.rate ||
@@ -275,20 +313,16 @@ OSStatus openHardware(const DeviceRef& device)
         running = takeUpSettings(*device);
     }
     PaStreamParameters parameters;
-    if (isServerGone(*device) || !findParameters(*device, running.outputChannels, parameters))
+    if (isOutOfReach(*device) || !findParameters(*device, running.outputChannels, parameters))
         return kAudioHardwareUnspecifiedError;
-    auto hardware = std::make_unique<HardwareStream>();
+    const auto hardware = std::make_shared<HardwareStream>();
     hardware->device = device.get();
     hardware->channels = running.outputChannels;
-    if (Pa_OpenStream(&hardware->stream, nullptr, &parameters, running.rate, running.sliceFrames, paNoFlag,
-                      callback, hardware.get()) != paNoError)
-        return kAudioHardwareUnspecifiedError;
     hardware->openedNanos = static_cast<std::int64_t>(AudioGetCurrentHostTime());
-    if (Pa_StartStream(hardware->stream) != paNoError) {
-        Pa_CloseStream(hardware->stream);
-        return kAudioHardwareUnspecifiedError;
-    }
-    device->hardware = std::move(hardware);
+    const auto status = std::make_shared<PaError>(paNoError);
+    if (!callPortAudio([=] { *status = openAndStart(*hardware, parameters, running); })) abandon(hardware);
+    if (hardware->isAbandoned || *status != paNoError) return kAudioHardwareUnspecifiedError;
+    device->hardware = hardware;
     ++openStreams;
     return noErr;
 }
@@ -298,28 +332,25 @@ void closeHardware(const DeviceRef& device)
     if (!device->hardware) return;
     const std::lock_guard<std::mutex> lock(paLock);
     --openStreams;
-    if (device->hardware->isAbandoned || isServerGone(*device) ||
-        Pa_IsStreamActive(device->hardware->stream) != 1) {
-        device->hardware->isAbandoned = true;
-        endedStreams.push_back(std::move(device->hardware));
-        return;
-    }
-    Pa_StopStream(device->hardware->stream); // what was handed over is heard to its end
-    Pa_CloseStream(device->hardware->stream);
-    device->hardware = nullptr;
+    const std::shared_ptr<HardwareStream> hardware = std::move(device->hardware);
+    const bool isOfServer = device->isOfServer;
+    const bool isClosed =
+        !hardware->isAbandoned && !isOutOfReach(*device) && Pa_IsStreamActive(hardware->stream) == 1 &&
+        callPortAudio([=] { stopAndClose(*hardware, isOfServer); }) && !hardware->isAbandoned;
+    if (!isClosed) abandon(hardware);
 }
 
 bool hasHardwareEnded(const DeviceRef& device)
 {
     const std::lock_guard<std::mutex> control(device->control);
     if (!device->hardware)
-        return isServerGone(*device) ||
+        return isOutOfReach(*device) ||
                (device->driver == Driver::hardware && device->isRunning() && openHardware(device) != noErr);
     HardwareStream& hardware = *device->hardware;
     const std::lock_guard<std::mutex> lock(paLock);
     const std::int64_t last = std::max(device->lastCycleNanos.load(), hardware.openedNanos);
     const bool isSilent = static_cast<std::int64_t>(AudioGetCurrentHostTime()) - last > longestSilenceNanos;
-    if (isSilent || isServerGone(*device) || Pa_IsStreamActive(hardware.stream) != 1)
+    if (isSilent || isOutOfReach(*device) || Pa_IsStreamActive(hardware.stream) != 1)
         hardware.isAbandoned = true;
     return hardware.isAbandoned;
 }
@@ -327,8 +358,7 @@ bool hasHardwareEnded(const DeviceRef& device)
 void leaveHardware()
 {
     const std::lock_guard<std::mutex> lock(paLock);
-    if (openStreams == 0 && endedStreams.empty() && !hasServerEnded()) stopPortAudio();
-    isStarted = false;
+    if (openStreams == 0 && endedStreams.empty()) stopPortAudio();
 }
 
 bool isAnyHardwareOpen() { return openStreams > 0; }

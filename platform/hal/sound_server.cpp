@@ -7,7 +7,6 @@
 #include <memory>
 #include <system_error>
 #include <thread>
-#include <utility>
 
 namespace kvxplatform::hal {
 
@@ -15,7 +14,7 @@ namespace {
 
 constexpr auto longestAnswer = std::chrono::seconds(5);
 
-jack_client_t* watcher = nullptr;
+std::atomic<jack_client_t*> watcher{nullptr};
 std::atomic<bool> hasEnded{false};
 std::atomic<void (*)()> wakeAtEnd{nullptr};
 
@@ -45,13 +44,26 @@ bool endsInTime(const std::function<void()>& work)
 
 void watchServer()
 {
-    watcher = jack_client_open("kvx-watch", JackNoStartServer, nullptr);
-    if (watcher) jack_on_shutdown(watcher, noteEnd, nullptr);
+    jack_client_t* const client = jack_client_open("kvx-watch", JackNoStartServer, nullptr);
+    if (client) jack_on_shutdown(client, noteEnd, nullptr);
+    watcher = client;
 }
 
 void stopWatchingServer()
 {
-    if (jack_client_t* const client = std::exchange(watcher, nullptr)) jack_client_close(client);
+    if (jack_client_t* const client = watcher.exchange(nullptr)) jack_client_close(client);
+}
+
+bool isServerAlive()
+{
+    if (!watcher || hasEnded) return !hasEnded;
+    jack_port_t* const port =
+        jack_port_register(watcher, "probe", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
+    if (port)
+        jack_port_unregister(watcher, port);
+    else
+        noteEnd(nullptr);
+    return port != nullptr;
 }
 
 void callAtServerEnd(void (*wake)())

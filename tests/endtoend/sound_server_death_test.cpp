@@ -14,6 +14,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -54,6 +55,32 @@ TEST(SoundServerDeath, EndsThePlayingWithAMessage)
             << result.err;
         EXPECT_EQ(folder.count(), 1u) << "no half-made capture";
         server.kill(); // so that the recorder's goodbye is not waited for
+    }
+}
+
+// As at a logout: the command closes its stream while the server ends. Its end has to come first by chance,
+// so several are tried.
+TEST(SoundServerDeath, AtTheMomentOfASignalLeavesNothing)
+{
+    for (int round = 0; round < 6; ++round) {
+        SCOPED_TRACE(round);
+        SoundServer server(rate);
+        support::TemporaryFolder folder;
+        support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
+        auto environment = server.environment();
+        environment.push_back({"KVX_AUDIO_DEVICE", "system"});
+        Recorder recorder(1);
+        support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
+                              folder.path());
+        while (player.isRunning() && !recorder.connectToPlayer()) pause();
+        while (player.isRunning() && !recorder.hasHeardSound()) pause();
+        server.kill();
+        player.send(SIGINT);
+        const auto result = player.wait();
+        EXPECT_EQ(result.signal, 0) << result.err;
+        EXPECT_TRUE(result.exitCode == 130 || result.exitCode == 1) << result.exitCode;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+            EXPECT_NE(entry.path().extension(), ".part");
     }
 }
 

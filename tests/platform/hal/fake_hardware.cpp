@@ -166,6 +166,11 @@ __attribute__((visibility("default"))) PaError Pa_StartStream(PaStream* stream)
 
 __attribute__((visibility("default"))) PaError Pa_StopStream(PaStream* stream)
 {
+    const auto isBlocked = [] {
+        const std::lock_guard<std::mutex> lock(fakeHardware().lock);
+        return fakeHardware().stopsBlock;
+    };
+    while (isBlocked()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     static_cast<Stream*>(stream)->stop();
     return paNoError;
 }
@@ -173,7 +178,7 @@ __attribute__((visibility("default"))) PaError Pa_StopStream(PaStream* stream)
 __attribute__((visibility("default"))) PaError Pa_CloseStream(PaStream* stream)
 {
     FakeHardware& fake = fakeHardware();
-    const std::lock_guard<std::mutex> lock(fake.lock);
+    std::unique_lock<std::mutex> lock(fake.lock);
     const auto found = std::find(streams.begin(), streams.end(), stream);
     if (found == streams.end()) {
         ++fake.closedAgain;
@@ -181,8 +186,9 @@ __attribute__((visibility("default"))) PaError Pa_CloseStream(PaStream* stream)
     }
     const std::unique_ptr<Stream> owner(*found);
     streams.erase(found);
-    owner->stop();
     ++fake.closed;
+    lock.unlock(); // the stream's callback may call PortAudio
+    owner->stop();
     return paNoError;
 }
 

@@ -24,6 +24,7 @@ struct FakeHardware {
     int hiddenInfo = -1;             ///< the index whose Pa_GetDeviceInfo is null
     int openingsToRefuse = 0;        ///< so many more streams are refused, whatever the device
     int startsToRefuse = 0;          ///< so many more opened streams do not start
+    bool stopsBlock = false;         ///< Pa_StopStream never returns
 
     int opened = 0, closed = 0; ///< streams so far
     int closedAgain = 0;        ///< calls that closed a stream a second time

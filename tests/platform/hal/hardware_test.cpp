@@ -195,6 +195,24 @@ TEST_F(Hardware, WhoseStreamEndedIsNeverClosed)
     EXPECT_EQ(fake_.terminated, 0);
 }
 
+// ---- a sound server that freezes while a stream is closed ----
+
+TEST_F(Hardware, WhoseStopNeverReturnsHasDied)
+{
+    plug({{"Box"}});
+    const AudioDeviceID device = defaultOutput();
+    Procedure procedure(device, [](const Call&) {});
+    ASSERT_EQ(procedure.start(), noErr);
+    const int closedBefore = fake_.closed, openedBefore = fake_.opened;
+    fake_.stopsBlock = true;
+    EXPECT_EQ(procedure.stop(), noErr);
+    waitFor([&] { return !isAlive(device); });
+    EXPECT_NE(KVXPlatformRefreshDevices(), 0);
+    EXPECT_EQ(fake_.opened, openedBefore) << "PortAudio is not called again";
+    EXPECT_EQ(fake_.closed, closedBefore);
+    EXPECT_EQ(fake_.terminated, 0);
+}
+
 // ---- the list ----
 
 TEST_F(Hardware, OfEqualNamesIsToldApart)
