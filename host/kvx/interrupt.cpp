@@ -46,6 +46,7 @@ extern "C" void noteSignal(int signal)
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
+    handle(SIGABRT, endProcess, &formerAbort_); // a library's assertion leaves no unfinished file either
     for (std::size_t i = 0; i < std::size(signals_); ++i) {
         sigaction(signals_[i], nullptr, &former_[i]);
         // nohup ignores SIGHUP for good; a shell ignores SIGINT in background jobs, where `kill -INT` still
@@ -58,6 +59,7 @@ InterruptGuard::InterruptGuard()
 InterruptGuard::~InterruptGuard()
 {
     for (std::size_t i = 0; i < std::size(signals_); ++i) sigaction(signals_[i], &former_[i], nullptr);
+    sigaction(SIGABRT, &formerAbort_, nullptr);
 }
 
 HangGuard::HangGuard()

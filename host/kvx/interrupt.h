@@ -7,7 +7,7 @@ namespace kvx {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, each once: the
 /// second of its kind removes unfinished files and ends the process. A SIGHUP that is ignored at construction
-/// stays ignored. One at a time. [main]
+/// stays ignored. An abort removes unfinished files first. One at a time. [main]
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -17,7 +17,7 @@ public:
 
 private:
     static constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP};
-    struct sigaction former_[3];
+    struct sigaction former_[3], formerAbort_;
 };
 
 /// While one lives under an InterruptGuard, the process also ends if a signal came and the guarded call goes

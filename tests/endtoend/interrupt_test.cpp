@@ -1,10 +1,13 @@
 // A signal sets a flag, the same one once more ends the process.
 #include "host/kvx/interrupt.h"
+#include "host/kvx/write_aside.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 
 namespace {
 
@@ -29,6 +32,19 @@ TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
         };
         EXPECT_EXIT(raiseTwice(), testing::KilledBySignal(signal), "");
     }
+}
+
+TEST(InterruptDeathTest, AnAbortRemovesUnfinishedFiles)
+{
+    const support::TemporaryFolder folder;
+    const std::string unfinished = kvx::asideOf(folder / "out.wav");
+    const auto abortWhileWriting = [&] {
+        const InterruptGuard guard;
+        std::ofstream(unfinished) << "half";
+        std::abort();
+    };
+    EXPECT_EXIT(abortWhileWriting(), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EQ(folder.count(), 0u);
 }
 
 TEST(InterruptDeathTest, AnIgnoredHangupStaysIgnored)
