@@ -212,7 +212,7 @@ OSStatus SoundFile::measure(const SF_INFO& info)
         if (!enter(part_)) return kAudioFileInvalidFileError;
         if (!isTrue) {
             frames = skip(stated);
-            facts_.isCutShort |= isFlac(info) && isKnown;
+            facts_.isCutShort |= isFlac(info) && isKnown && frames < stated;
             if (!enter(part_)) return kAudioFileInvalidFileError;
         }
     }

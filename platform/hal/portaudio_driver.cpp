@@ -122,8 +122,11 @@ bool stopPortAudio()
     return true;
 }
 
-/// Whether PortAudio cannot be called for the device any more. [any]
-bool isOutOfReach(const Device& device) { return isBlocked || (device.isOfServer && hasServerEnded()); }
+/// Whether PortAudio cannot be called for the device any more; simulated devices do without it. [any]
+bool isOutOfReach(const Device& device)
+{
+    return (device.isOfServer && hasServerEnded()) || (isBlocked && device.driver == Driver::hardware);
+}
 
 /// Keep a stream that cannot be closed. paLock held.
 void abandon(std::shared_ptr<HardwareStream> hardware)
