@@ -1,5 +1,5 @@
-// Platform functions that older systems lack: null there. Include this instead of the header that declares
-// them, so that no file makes a strong reference.
+// Platform functions that older systems or their headers lack. Include this instead of the header that
+// declares them: a weak reference is null where the function is missing.
 #pragma once
 
 #include <dispatch/dispatch.h>
@@ -7,7 +7,7 @@
 #pragma weak dispatch_async
 
 #ifdef KVX_MAC_EARLY_SDK
-// The first SDKs of 10.6 declare the global queues nowhere, though the system has them.
+// The system has the global queues; the headers of its first SDKs lack the declaration.
 extern "C" dispatch_queue_t dispatch_get_global_queue(long priority, unsigned long flags);
 #endif
 

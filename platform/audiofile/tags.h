@@ -1,4 +1,4 @@
-// Tags that editors put in front of, between and after the sound of a file, in any format.
+// Tags that editors put before, between and after the sound of a file, in any format.
 #pragma once
 
 #include "platform/audiofile/byte_reader.h"

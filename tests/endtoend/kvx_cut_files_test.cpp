@@ -178,7 +178,7 @@ TEST_F(CutFiles, WithoutAStatedLengthAreWhole)
     }
 }
 
-// Joined parts of another form are left out, and the user is told.
+// Joined parts of another rate or channel count are left out, with a warning.
 TEST_F(CutFiles, OfJoinedStreamsSayWhatIsLeftOut)
 {
     write(support::makeSweep(44100, 2, 22050), "a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);

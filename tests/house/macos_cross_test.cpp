@@ -159,17 +159,17 @@ TEST(MacosCross, RefusesInOneLineWhatItCannotBuildWith)
     } facts[] = {
         {{build.linker(), build.headers()},
          "KVX_MAC_SDK is not set: add -DKVX_MAC_SDK=FOLDER with the folder of MacOSX10.6.sdk"},
-        {{option("KVX_MAC_SDK", "/nowhere"), build.linker(), build.headers()},
-         "KVX_MAC_SDK=/nowhere: usr/lib/libstdc++.6.0.9.dylib is missing there; give the folder of a whole "
+        {{option("KVX_MAC_SDK", "/missing"), build.linker(), build.headers()},
+         "KVX_MAC_SDK=/missing: usr/lib/libstdc++.6.0.9.dylib is missing there; give the folder of a whole "
          "MacOSX10.6.sdk"},
         {{build.sdk(), build.headers()},
          "KVX_LD64 is not set: add -DKVX_LD64=PROGRAM with the path of a linker for 32-bit Mach-O"},
-        {{build.sdk(), option("KVX_LD64", "/nowhere/ld64"), build.headers()},
-         "KVX_LD64=/nowhere/ld64: no such program; give the path of a linker for 32-bit Mach-O"},
+        {{build.sdk(), option("KVX_LD64", "/missing/ld64"), build.headers()},
+         "KVX_LD64=/missing/ld64: no such program; give the path of a linker for 32-bit Mach-O"},
         {{build.sdk(), option("KVX_LD64", folder), build.headers()},
          "KVX_LD64=" + folder + ": no such program; give the path of a linker for 32-bit Mach-O"},
-        {{build.sdk(), build.linker(), option("KVX_LIBCXX_HEADERS", "/nowhere")},
-         "KVX_LIBCXX_HEADERS=/nowhere: no C++ headers there; install the package libc++-14-dev"},
+        {{build.sdk(), build.linker(), option("KVX_LIBCXX_HEADERS", "/missing")},
+         "KVX_LIBCXX_HEADERS=/missing: no C++ headers there; install the package libc++-14-dev"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.message);
