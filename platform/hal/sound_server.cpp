@@ -56,14 +56,12 @@ void stopWatchingServer()
 
 bool isServerAlive()
 {
-    if (!watcher || hasEnded) return !hasEnded;
-    jack_port_t* const port =
-        jack_port_register(watcher, "probe", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
-    if (port)
-        jack_port_unregister(watcher, port);
-    else
-        noteEnd(nullptr);
-    return port != nullptr;
+    jack_client_t* const client = watcher;
+    if (!client || hasEnded) return !hasEnded;
+    char* const answer = jack_get_uuid_for_client_name(client, jack_get_client_name(client));
+    if (!answer) noteEnd(nullptr);
+    jack_free(answer);
+    return answer != nullptr;
 }
 
 void callAtServerEnd(void (*wake)())

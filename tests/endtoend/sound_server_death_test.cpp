@@ -15,6 +15,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,6 +28,27 @@ constexpr int rate = 48000;
 
 void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
 
+/// A command that plays to a server of its own, and is audible there once this is made.
+struct ServerPlayer {
+    ServerPlayer()
+    {
+        support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
+        auto environment = server.environment();
+        environment.push_back({"KVX_AUDIO_DEVICE", "system"});
+        recorder = std::make_unique<Recorder>(1);
+        command = std::make_unique<support::Child>(kvxCommand({"play", "--capture", "out.wav", "long.wav"}),
+                                                   environment, folder.path());
+        while (command->isRunning() && !recorder->connectToPlayer()) pause();
+        while (command->isRunning() && !recorder->hasHeardSound()) pause(); // connected is not yet started
+    }
+    ~ServerPlayer() { server.kill(); } // a frozen server does not let the recorder go
+
+    SoundServer server{rate};
+    support::TemporaryFolder folder;
+    std::unique_ptr<Recorder> recorder;
+    std::unique_ptr<support::Child> command;
+};
+
 TEST(SoundServerDeath, EndsThePlayingWithAMessage)
 {
     const struct {
@@ -35,50 +57,31 @@ TEST(SoundServerDeath, EndsThePlayingWithAMessage)
     } facts[] = {{"killed", &SoundServer::kill}, {"frozen", &SoundServer::freeze}};
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.what);
-        SoundServer server(rate);
-        support::TemporaryFolder folder;
-        support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
-        auto environment = server.environment();
-        environment.push_back({"KVX_AUDIO_DEVICE", "system"});
-        Recorder recorder(1);
-        support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
-                              folder.path());
-        while (player.isRunning() && !recorder.connectToPlayer()) pause();
-        while (player.isRunning() && !recorder.hasHeardSound()) pause(); // connected is not yet started
-        ASSERT_TRUE(player.isRunning()) << player.wait().err;
-        (server.*fact.end)();
-        const auto result = player.wait();
+        ServerPlayer player;
+        ASSERT_TRUE(player.command->isRunning()) << player.command->wait().err;
+        (player.server.*fact.end)();
+        const auto result = player.command->wait();
         EXPECT_EQ(result.exitCode, 1) << "signal " << result.signal;
         EXPECT_EQ(lineCount(result.err), 1u) << result.err;
         EXPECT_NE(result.err.find("kvx: system went away while playing; choose another device"),
                   std::string::npos)
             << result.err;
-        EXPECT_EQ(folder.count(), 1u) << "no half-made capture";
-        server.kill(); // so that the recorder's goodbye is not waited for
+        EXPECT_EQ(player.folder.count(), 1u) << "no half-made capture";
     }
 }
 
-// As at a logout: the command closes its stream while the server ends. Its end has to come first by chance,
-// so several are tried.
+// As at a logout: the command closes its stream of a server that has just ended, before it is notified. The
+// notice may still come first, so several are tried.
 TEST(SoundServerDeath, AtTheMomentOfASignalLeavesNothing)
 {
     for (int round = 0; round < 6; ++round) {
         SCOPED_TRACE(round);
-        SoundServer server(rate);
-        support::TemporaryFolder folder;
-        support::writeSound(support::makeSweep(rate, 2, rate * 60), folder / "long.wav");
-        auto environment = server.environment();
-        environment.push_back({"KVX_AUDIO_DEVICE", "system"});
-        Recorder recorder(1);
-        support::Child player(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), environment,
-                              folder.path());
-        while (player.isRunning() && !recorder.connectToPlayer()) pause();
-        while (player.isRunning() && !recorder.hasHeardSound()) pause();
-        server.kill();
-        player.send(SIGINT);
-        const auto result = player.wait();
+        ServerPlayer player;
+        player.server.kill();
+        player.command->send(SIGINT);
+        const auto result = player.command->wait();
         EXPECT_TRUE(result.signal == 0 || result.signal == SIGINT) << result.signal << result.err;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        for (const auto& entry : std::filesystem::directory_iterator(player.folder.path()))
             EXPECT_NE(entry.path().extension(), ".part");
     }
 }

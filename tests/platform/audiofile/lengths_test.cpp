@@ -82,6 +82,20 @@ void expectExact(const sound::File& file)
     EXPECT_EQ(file.readFloats(channels).size(), 0u);
 }
 
+// The seek to its last frame fails, but all of its frames decode.
+TEST(Lengths, OfAFlacFileWithAnotherOneAfterIt)
+{
+    const sound::Folder folder;
+    sound::save(folder / "x",
+                joined({fileOf(folder, flac16, 44100, 2, 100000), fileOf(folder, flac16, 44100, 2, 50000)}));
+    const sound::File file(folder / "x");
+    ASSERT_EQ(file.status, noErr);
+    EXPECT_EQ(file.frames(), 100000);
+    EXPECT_EQ(file.report().statedFrames, 100000);
+    EXPECT_FALSE(file.report().isCutShort);
+    expectExact(file);
+}
+
 TEST(Lengths, OfFilesThatWereCutOff)
 {
     const struct {

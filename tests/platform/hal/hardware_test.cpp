@@ -211,6 +211,10 @@ TEST_F(Hardware, WhoseStopNeverReturnsHasDied)
     EXPECT_EQ(fake_.opened, openedBefore) << "PortAudio is not called again";
     EXPECT_EQ(fake_.closed, closedBefore);
     EXPECT_EQ(fake_.terminated, 0);
+    Procedure other(KVXPlatformBuiltInSimulatedDevice(), [](const Call&) {});
+    ASSERT_EQ(other.start(), noErr);
+    EXPECT_EQ(other.stop(), noErr);
+    EXPECT_TRUE(isAlive(KVXPlatformBuiltInSimulatedDevice())) << "it does without PortAudio";
 }
 
 // ---- the list ----
