@@ -28,6 +28,9 @@ public:
     /// Four bytes at an offset, the first one highest; 0 past the end.
     UInt32 word(SInt64 offset) { return static_cast<UInt32>(number(offset, 4, true)); }
 
+    /// The offset of the first byte of a value from `offset` on; size() if there is none.
+    SInt64 find(UInt8 value, SInt64 offset);
+
 private:
     const int descriptor_;
     const SInt64 size_;

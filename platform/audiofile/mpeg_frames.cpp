@@ -3,7 +3,6 @@
 #include "platform/audiofile/tags.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace kvxplatform::audiofile {
 namespace {
@@ -61,17 +60,8 @@ private:
     /// The first offset from `at` on that begins a stream; the file's size if none does.
     SInt64 nextBelieved(SInt64 at)
     {
-        while (at < file_.size()) {
-            const auto count = static_cast<std::size_t>(
-                std::min<SInt64>(file_.size() - at, static_cast<SInt64>(ByteReader::mostBytes)));
-            const UInt8* bytes = file_.at(at, count);
-            if (!bytes) return file_.size();
-            const auto* sync = static_cast<const UInt8*>(std::memchr(bytes, 0xFF, count));
-            at += sync ? sync - bytes : static_cast<SInt64>(count);
-            if (!sync) continue;
-            if (isBelieved(at)) return at;
-            ++at;
-        }
+        at = file_.find(0xFF, at);
+        while (at < file_.size() && !isBelieved(at)) at = file_.find(0xFF, at + 1);
         return at;
     }
 

@@ -37,17 +37,8 @@ Page pageAt(ByteReader& file, SInt64 offset)
 /// The first page from an offset on; the file's size if there is none.
 SInt64 nextPage(ByteReader& file, SInt64 offset)
 {
-    while (offset < file.size()) {
-        const auto count = static_cast<std::size_t>(
-            std::min<SInt64>(file.size() - offset, static_cast<SInt64>(ByteReader::mostBytes)));
-        const UInt8* bytes = file.at(offset, count);
-        if (!bytes) return file.size();
-        const auto* capital = static_cast<const UInt8*>(std::memchr(bytes, 'O', count));
-        offset += capital ? capital - bytes : static_cast<SInt64>(count);
-        if (!capital) continue;
-        if (pageAt(file, offset).bytes > 0) return offset;
-        ++offset;
-    }
+    offset = file.find('O', offset);
+    while (offset < file.size() && pageAt(file, offset).bytes == 0) offset = file.find('O', offset + 1);
     return offset;
 }
 

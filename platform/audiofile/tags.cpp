@@ -20,8 +20,8 @@ SInt64 id3v2Bytes(ByteReader& file, SInt64 offset)
     return size + id3v2Header * (hasFooter ? 2 : 1);
 }
 
-/// The size that an APE header states leaves the header out; that of a footer, which has no header in front,
-/// is for the bytes before it.
+/// The size that an APE header states leaves the header out. A footer without a header is only the footer:
+/// the size that it states is that of bytes before it.
 SInt64 apeBytes(ByteReader& file, SInt64 offset)
 {
     const UInt8* tag = file.at(offset, apeHeader);

@@ -14,19 +14,19 @@ using namespace kvxplatform::hal;
 namespace {
 
 thread_local std::string errorText;
-thread_local bool isOutOfMeans = false; ///< its text needs no memory
+thread_local bool isOutOfResources = false; ///< its text needs no memory
 
 int32_t fail(OSStatus status, const std::string& text)
 {
     errorText = text;
-    isOutOfMeans = false;
+    isOutOfResources = false;
     return static_cast<int32_t>(status);
 }
 
 /// For what was thrown on the way.
-int32_t outOfMeans() noexcept
+int32_t outOfResources() noexcept
 {
-    isOutOfMeans = true;
+    isOutOfResources = true;
     return kAudioHardwareUnspecifiedError;
 }
 
@@ -92,7 +92,7 @@ void setDriver(const DeviceRef& device, Driver driver)
 
 const char* KVXPlatformErrorText(void)
 {
-    return isOutOfMeans ? "no memory or no thread is left; close other programs" : errorText.c_str();
+    return isOutOfResources ? "no memory or no thread is left; close other programs" : errorText.c_str();
 }
 
 uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity)
@@ -104,7 +104,7 @@ try {
         rows[i] = infoOf(*devices[i], defaultOutput);
     return static_cast<uint32_t>(devices.size());
 } catch (const std::exception&) {
-    outOfMeans();
+    outOfResources();
     return 0;
 }
 
@@ -112,7 +112,7 @@ KVXDeviceID KVXPlatformBuiltInSimulatedDevice(void)
 try {
     return static_cast<KVXDeviceID>(builtInSimulatedDevice()->id);
 } catch (const std::exception&) {
-    outOfMeans();
+    outOfResources();
     return 0;
 }
 
@@ -130,7 +130,7 @@ try {
     }
     return static_cast<KVXDeviceID>(enterDevice(makeSimulatedDevice(*description))->id);
 } catch (const std::exception&) {
-    outOfMeans();
+    outOfResources();
     return 0;
 }
 
@@ -145,7 +145,7 @@ try {
     unplug(device);
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformKillDevice(KVXDeviceID id)
@@ -158,7 +158,7 @@ try {
     letDie(device);
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
@@ -168,7 +168,7 @@ try {
     device->startRefusal = status;
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t outputChannels,
@@ -198,7 +198,7 @@ try {
     tellChanges(*device, before, after);
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformChooseOutputDevice(const char* choice)
@@ -207,7 +207,7 @@ try {
     if (choice && chooseOutput(choice, error)) return noErr;
     return fail(kAudioHardwareBadDeviceError, choice ? error : "no device was named");
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformRefreshDevices(void)
@@ -215,7 +215,7 @@ try {
     std::string error;
     return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformCheckHardware(void)
@@ -223,7 +223,7 @@ try {
     const std::string error = hardwareError();
     return error.empty() ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformSetStepped(KVXDeviceID id, uint8_t isStepped)
@@ -234,7 +234,7 @@ try {
     setDriver(device, isStepped ? Driver::steps : Driver::timer);
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 uint32_t KVXPlatformStep(KVXDeviceID id, uint32_t frames)
@@ -242,7 +242,7 @@ try {
     const DeviceRef device = findDevice(id);
     return device ? static_cast<uint32_t>(stepDevice(*device, frames)) : 0;
 } catch (const std::exception&) {
-    outOfMeans();
+    outOfResources();
     return 0;
 }
 
@@ -259,7 +259,7 @@ try {
     device->cycles.waitForEnd(); // then the former one may go
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
@@ -281,7 +281,7 @@ try {
         return fail(kAudioHardwareUnspecifiedError, error);
     return noErr;
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
 
 int32_t KVXPlatformStopCapture(KVXDeviceID id)
@@ -292,5 +292,5 @@ try {
     return finishCapture(*device, CaptureWish::program, error) ? noErr
                                                                : fail(kAudioHardwareUnspecifiedError, error);
 } catch (const std::exception&) {
-    return outOfMeans();
+    return outOfResources();
 }
