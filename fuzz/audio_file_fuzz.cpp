@@ -127,6 +127,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         use(file, Choice(bytes[size - 1]));
         require(ExtAudioFileDispose(file) == noErr, "an open file can be disposed");
     }
-    require(KVXPlatformGetAccounts(nullptr, 0) == 0, "every object is released");
+    require(KVXPlatformGetLiveCounts(nullptr, 0) == 0, "every object is released");
     return 0;
 }

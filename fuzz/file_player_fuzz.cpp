@@ -112,6 +112,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     require(host.leaks().isClean(), "every reference is given back");
     require(host.misuses().empty(), "the host was used as it wants to be");
-    require(KVXPlatformGetAccounts(nullptr, 0) == 0, "every object is released");
+    require(KVXPlatformGetLiveCounts(nullptr, 0) == 0, "every object is released");
     return 0;
 }

@@ -25,9 +25,9 @@ host::Options hostOptions(const LibraryOptions& options)
     return result;
 }
 
-std::uint32_t countOf(const std::vector<KVXAccount>& accounts, std::string_view kind)
+std::uint32_t countOf(const std::vector<KVXLiveCount>& accounts, std::string_view kind)
 {
-    for (const KVXAccount& each : accounts)
+    for (const KVXLiveCount& each : accounts)
         if (each.kind == kind) return each.count;
     return 0;
 }
@@ -49,20 +49,20 @@ Library::Library(const LibraryOptions& options) : host_(hostOptions(options))
     host_.load(options.path.empty() ? pathBesideThisProgram("KVXAudio.so") : options.path);
 }
 
-std::string Library::leftOver(const std::vector<KVXAccount>& kept) const
+std::string Library::leftOver(const std::vector<KVXLiveCount>& kept) const
 {
     std::string text = host_.leaks().text();
     for (const std::string& misuse : host_.misuses()) text += misuse + "\n";
 
-    std::array<KVXAccount, 32> accounts{};
-    const std::uint32_t kinds = KVXPlatformGetAccounts(accounts.data(), std::uint32_t(accounts.size()));
+    std::array<KVXLiveCount, 32> accounts{};
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(accounts.data(), std::uint32_t(accounts.size()));
     for (std::size_t i = 0; i < std::min<std::size_t>(kinds, accounts.size()); ++i)
         if (accounts[i].count > countOf(kept, accounts[i].kind))
             text += fmt::format("{} of the platform: {} left\n", accounts[i].kind, accounts[i].count);
     return text;
 }
 
-int closeLibrary(const Library& library, int exitCode, const std::vector<KVXAccount>& kept)
+int closeLibrary(const Library& library, int exitCode, const std::vector<KVXLiveCount>& kept)
 {
     const std::string text = library.leftOver(kept);
     if (text.empty()) return exitCode;

@@ -30,13 +30,13 @@ public:
     /// What is left over once every object of the command is gone: values of the host, objects of the
     /// platform, and the library's misuses of the host. A line each; empty when clean. `kept`: objects of the
     /// platform that are meant to stay.
-    std::string leftOver(const std::vector<KVXAccount>& kept = {}) const;
+    std::string leftOver(const std::vector<KVXLiveCount>& kept = {}) const;
 
 private:
     host::Host host_;
 };
 
 /// Print what is left over on stderr. Returns `exitCode`, or 1 in place of 0 when there was something.
-int closeLibrary(const Library& library, int exitCode, const std::vector<KVXAccount>& kept = {});
+int closeLibrary(const Library& library, int exitCode, const std::vector<KVXLiveCount>& kept = {});
 
 } // namespace kvx

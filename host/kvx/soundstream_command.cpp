@@ -35,7 +35,7 @@ struct SoundStreamOptions {
 };
 
 // The class keeps its converter for good.
-const std::vector<KVXAccount> kept = {{"AudioConverter", 1}};
+const std::vector<KVXLiveCount> kept = {{"AudioConverter", 1}};
 
 const std::map<std::string, Labelling> labellings = {
     {"swapped", Labelling::bigAsLittle}, {"sowt", Labelling::little}, {"twos", Labelling::big}};

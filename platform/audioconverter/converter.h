@@ -1,10 +1,10 @@
 // A converter, and what can be done with it.
 #pragma once
 
-#include "platform/audiounit/buffers.h"
-#include "platform/audiounit/conversion.h"
-#include "platform/audiounit/converter/conversion_quality.h"
-#include "platform/components/handle_table.h"
+#include "platform/pcm/buffers.h"
+#include "platform/pcm/conversion.h"
+#include "platform/pcm/conversion_quality.h"
+#include "platform/support/handle_table.h"
 
 #include <AudioToolbox/AudioConverter.h>
 
@@ -16,8 +16,8 @@ namespace kvxplatform::audioconverter {
 
 /// What a caller may choose.
 struct Choices {
-    audiounit::ConversionQuality quality;
-    std::optional<audiounit::Routing> map; // as it was set; else by the rule for channel counts
+    pcm::ConversionQuality quality;
+    std::optional<pcm::Routing> map; // as it was set; else by the rule for channel counts
 };
 
 struct Converter {
@@ -31,14 +31,14 @@ struct Converter {
     std::atomic<bool> isDisposed{false}; // its input procedure is asked no more
 
     Choices choices;
-    std::unique_ptr<audiounit::Conversion> conversion;
+    std::unique_ptr<pcm::Conversion> conversion;
 
-    audiounit::ListStorage input;  // what the input procedure gave last, where it says
+    pcm::ListStorage input;        // what the input procedure gave last, where it says
     UInt32 keptFrom = 0, kept = 0; // frames of it that have not been used
     bool hasEnded = false;         // it said that nothing more comes
 };
 
-using Converters = components::HandleTable<Converter, 2>;
+using Converters = HandleTable<Converter, 2>;
 
 /// A converter's handle; null when there are too many. Throws std::bad_alloc. Thread [any].
 AudioConverterRef add(std::unique_ptr<Converter> converter);

@@ -12,11 +12,11 @@ namespace {
 /// Frames for which every buffer has room; `isWhole` tells whether the list is one of the format.
 UInt32 roomOf(const AudioStreamBasicDescription& format, const AudioBufferList& list, bool& isWhole)
 {
-    isWhole = list.mNumberBuffers == audiounit::buffersOf(format);
+    isWhole = list.mNumberBuffers == pcm::buffersOf(format);
     UInt32 room = ~UInt32{0};
     for (UInt32 i = 0; isWhole && i < list.mNumberBuffers; ++i) {
         const AudioBuffer& buffer = list.mBuffers[i];
-        if (!buffer.mData || buffer.mNumberChannels != audiounit::channelsPerBuffer(format)) isWhole = false;
+        if (!buffer.mData || buffer.mNumberChannels != pcm::channelsPerBuffer(format)) isWhole = false;
         room = std::min(room, buffer.mDataByteSize / format.mBytesPerFrame);
     }
     return room;
@@ -60,10 +60,10 @@ private:
     OSStatus ask(UInt32 frames)
     {
         AudioBufferList& list = converter.input.list();
-        const UInt32 buffers = audiounit::buffersOf(converter.source);
+        const UInt32 buffers = pcm::buffersOf(converter.source);
         list.mNumberBuffers = buffers;
         for (UInt32 i = 0; i < buffers; ++i)
-            list.mBuffers[i] = {audiounit::channelsPerBuffer(converter.source), 0, nullptr};
+            list.mBuffers[i] = {pcm::channelsPerBuffer(converter.source), 0, nullptr};
 
         UInt32 packets = frames;
         const OSStatus status = input(converter.self, &packets, &list, nullptr, context);

@@ -1,11 +1,11 @@
 #include "platform/audioconverter/converter.h"
 
-#include "platform/accounts/account.h"
+#include "platform/support/live_count.h"
 
 namespace kvxplatform::audioconverter {
 namespace {
 
-Account account("AudioConverter");
+LiveCount account("AudioConverter");
 
 // Never destroyed: what nobody disposes stays in it and is counted, and an audio thread may still fill one
 // while the program ends.
@@ -27,18 +27,18 @@ Converter::~Converter() { account.remove(); }
 
 AudioConverterRef add(std::unique_ptr<Converter> converter)
 {
-    return components::handleOf<AudioConverterRef>(
-        table().add(std::move(converter), [](Converter& made, components::HandleNumber number) {
-            made.self = components::handleOf<AudioConverterRef>(number);
+    return handleOf<AudioConverterRef>(
+        table().add(std::move(converter), [](Converter& made, HandleNumber number) {
+            made.self = handleOf<AudioConverterRef>(number);
             return true;
         }));
 }
 
-Converters::Use use(AudioConverterRef handle) { return table().use(components::numberOf(handle)); }
+Converters::Use use(AudioConverterRef handle) { return table().use(numberOf(handle)); }
 
 bool dispose(AudioConverterRef handle)
 {
-    Converters::Use closing = table().beginClose(components::numberOf(handle));
+    Converters::Use closing = table().beginClose(numberOf(handle));
     if (!closing) return false;
     closing->isDisposed = true;
     table().endClose(std::move(closing));

@@ -1,8 +1,8 @@
 // Formats that can be converted, and the table of properties.
 #include "platform/audioconverter/converter.h"
 
-#include "platform/audiounit/channel_fold.h"
-#include "platform/audiounit/linear_pcm.h"
+#include "platform/pcm/channel_fold.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <Carbon/Carbon.h>
 
@@ -13,9 +13,9 @@
 namespace kvxplatform::audioconverter {
 namespace {
 
-using audiounit::Conversion;
-using audiounit::RateConverter;
-using audiounit::Routing;
+using pcm::Conversion;
+using pcm::RateConverter;
+using pcm::Routing;
 
 bool isRate(Float64 rate) { return std::isfinite(rate) && rate > 0; }
 
@@ -27,8 +27,8 @@ bool convertsRate(const Converter& converter)
 Routing routingOf(const Converter& converter, const Choices& choices)
 {
     return choices.map ? *choices.map
-                       : audiounit::foldedRouting(converter.source.mChannelsPerFrame,
-                                                  converter.destination.mChannelsPerFrame);
+                       : pcm::foldedRouting(converter.source.mChannelsPerFrame,
+                                            converter.destination.mChannelsPerFrame);
 }
 
 /// A conversion by these choices; null when the formats do not go together. Throws std::bad_alloc.
@@ -66,7 +66,7 @@ UInt32 wordFrom(const void* data)
     return word;
 }
 
-template <UInt32 audiounit::ConversionQuality::*field>
+template <UInt32 pcm::ConversionQuality::*field>
 void getQuality(const Converter& converter, void* data)
 {
     give(data, converter.choices.quality.*field);
@@ -76,7 +76,7 @@ OSStatus setComplexity(Converter& converter, const void* data)
 {
     Choices choices = converter.choices;
     choices.quality.complexity = wordFrom(data);
-    return audiounit::ConversionQuality::isComplexity(choices.quality.complexity)
+    return pcm::ConversionQuality::isComplexity(choices.quality.complexity)
                ? choose(converter, std::move(choices))
                : paramErr;
 }
@@ -85,9 +85,8 @@ OSStatus setQuality(Converter& converter, const void* data)
 {
     Choices choices = converter.choices;
     choices.quality.quality = wordFrom(data);
-    return choices.quality.quality <= audiounit::ConversionQuality::most
-               ? choose(converter, std::move(choices))
-               : paramErr;
+    return choices.quality.quality <= pcm::ConversionQuality::most ? choose(converter, std::move(choices))
+                                                                   : paramErr;
 }
 
 void getPrimeMethod(const Converter&, void* data) { give(data, UInt32{kConverterPrimeMethod_Normal}); }
@@ -120,7 +119,7 @@ OSStatus setChannelMap(Converter& converter, const void* data)
     choices.map.emplace(converter.destination.mChannelsPerFrame);
     std::memcpy(choices.map->data(), data, choices.map->size() * sizeof(SInt32));
     const bool isMap = std::all_of(choices.map->begin(), choices.map->end(),
-                                   [](SInt32 entry) { return entry >= audiounit::noChannel; });
+                                   [](SInt32 entry) { return entry >= pcm::noChannel; });
     return isMap ? choose(converter, std::move(choices)) : paramErr;
 }
 
@@ -137,8 +136,8 @@ struct Property {
     OSStatus (*set)(Converter&, const void* data); // null: read-only
 };
 
-constexpr auto complexity = &audiounit::ConversionQuality::complexity;
-constexpr auto quality = &audiounit::ConversionQuality::quality;
+constexpr auto complexity = &pcm::ConversionQuality::complexity;
+constexpr auto quality = &pcm::ConversionQuality::quality;
 constexpr UInt32 formatSize = sizeof(AudioStreamBasicDescription);
 
 // clang-format off
@@ -175,13 +174,12 @@ OSStatus prepare(Converter& out)
         return kAudioConverterErr_FormatNotSupported;
     if (!isRate(from.mSampleRate)) return kAudioConverterErr_InputSampleRateOutOfRange;
     if (!isRate(to.mSampleRate)) return kAudioConverterErr_OutputSampleRateOutOfRange;
-    if (!audiounit::isLinearPCM(from) || !audiounit::isLinearPCM(to))
-        return kAudioConverterErr_FormatNotSupported;
+    if (!pcm::isLinearPCM(from) || !pcm::isLinearPCM(to)) return kAudioConverterErr_FormatNotSupported;
     if (!RateConverter::takes(from.mSampleRate, to.mSampleRate))
         return kAudioConverterErr_OutputSampleRateOutOfRange;
     out.conversion = make(out, out.choices);
     if (!out.conversion) return kAudioConverterErr_FormatNotSupported; // too many channels
-    out.input.prepare(audiounit::buffersOf(from));
+    out.input.prepare(pcm::buffersOf(from));
     return noErr;
 }
 

@@ -1,9 +1,9 @@
 #include "platform/audiofile/audio_file.h"
 
-#include "platform/accounts/account.h"
 #include "platform/audiofile/handles.h"
 #include "platform/audiofile/sound_file.h"
 #include "platform/corefoundation/url.h"
+#include "platform/support/live_count.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-Account account("AudioFile");
+LiveCount account("AudioFile");
 
 /// All that is asked of such a file was found out as it was opened.
 struct AudioFile {

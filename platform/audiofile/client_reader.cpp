@@ -1,7 +1,7 @@
 #include "platform/audiofile/client_reader.h"
 
-#include "platform/audiounit/linear_pcm.h"
-#include "platform/audiounit/stream_format.h"
+#include "platform/pcm/linear_pcm.h"
+#include "platform/pcm/stream_format.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +16,7 @@ constexpr UInt32 mostBlockFrames = 1 << 12;
 /// Native float, one buffer.
 bool isStraight(const AudioStreamBasicDescription& format)
 {
-    AudioStreamBasicDescription straight = audiounit::canonicalFormat(format.mSampleRate, 1);
+    AudioStreamBasicDescription straight = pcm::canonicalFormat(format.mSampleRate, 1);
     straight.mChannelsPerFrame = format.mChannelsPerFrame;
     straight.mBytesPerFrame *= format.mChannelsPerFrame;
     straight.mBytesPerPacket = straight.mBytesPerFrame;
@@ -24,7 +24,7 @@ bool isStraight(const AudioStreamBasicDescription& format)
     const UInt32 separate =
         format.mChannelsPerFrame == 1 ? format.mFormatFlags & kAudioFormatFlagIsNonInterleaved : UInt32{0};
     straight.mFormatFlags = kAudioFormatFlagsNativeFloatPacked | separate;
-    return audiounit::isSameFormat(straight, format);
+    return pcm::isSameFormat(straight, format);
 }
 
 /// Where an output channel comes from; `from` itself for silence.
@@ -51,7 +51,7 @@ ClientReader::ClientReader(SoundFile& file, const AudioStreamBasicDescription& c
 {
     const Facts& facts = file.facts();
     const bool isSameRate = client.mSampleRate == facts.format.mSampleRate;
-    if (facts.isPlain && audiounit::isSameFormat(client, facts.format))
+    if (facts.isPlain && pcm::isSameFormat(client, facts.format))
         way_ = Way::plain;
     else if (!isSameRate)
         way_ = Way::byRate;
@@ -73,7 +73,7 @@ bool ClientReader::prepare()
     sharedBlock_ = block(sharedChannels_);
     ratedBlock_ = block(sharedChannels_);
     return converter_.prepare(file_.facts().format.mSampleRate, client_.mSampleRate, sharedChannels_,
-                              audiounit::RateConverter::Quality::best);
+                              pcm::RateConverter::Quality::best);
 }
 
 SInt64 ClientReader::read(UInt32 frames, AudioBufferList& list)
@@ -98,7 +98,7 @@ SInt64 ClientReader::readConverted(UInt32 frames, AudioBufferList& list)
         if (got < 0 && done == 0) return got; // what has been read is given; the next read says it
         if (got <= 0) break;
         const auto count = static_cast<UInt32>(got);
-        audiounit::encode(client_, clientBlock_.data(), count, list, done);
+        pcm::encode(client_, clientBlock_.data(), count, list, done);
         done += count;
     }
     return done;

@@ -13,7 +13,7 @@
 #pragma once
 
 #include "platform/audiofile/sound_file.h"
-#include "platform/audiounit/rate_converter.h"
+#include "platform/pcm/rate_converter.h"
 
 #include <vector>
 
@@ -59,7 +59,7 @@ private:
     std::vector<Float32> fileBlock_, sharedBlock_, ratedBlock_, clientBlock_;
 
     // What the rate converter has had since it began at `start_`. Frames of the file, but `made_`.
-    audiounit::RateConverter converter_;
+    pcm::RateConverter converter_;
     SInt64 start_ = 0, taken_ = 0, made_ = 0;
     bool isAtEnd_ = false, hasFailed_ = false;
 };

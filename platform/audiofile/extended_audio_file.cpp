@@ -1,11 +1,11 @@
 // Sound files, read in the caller's own PCM format.
-#include "platform/accounts/account.h"
 #include "platform/audiofile/audio_file.h"
 #include "platform/audiofile/client_reader.h"
 #include "platform/audiofile/handles.h"
-#include "platform/audiounit/linear_pcm.h"
-#include "platform/audiounit/stream_format.h"
 #include "platform/corefoundation/url.h"
+#include "platform/pcm/linear_pcm.h"
+#include "platform/pcm/stream_format.h"
+#include "platform/support/live_count.h"
 
 #include <AudioToolbox/ExtendedAudioFile.h>
 #include <KVXPlatform/KVXPlatform.h>
@@ -18,7 +18,7 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-Account account("ExtAudioFile");
+LiveCount account("ExtAudioFile");
 
 struct ExtendedFile {
     explicit ExtendedFile(std::unique_ptr<SoundFile> ofFile)
@@ -68,7 +68,7 @@ OSStatus setClientFormat(ExtendedFile& file, const void* data)
 {
     AudioStreamBasicDescription format;
     std::memcpy(&format, data, sizeof format);
-    if (!audiounit::isLinearPCM(format)) return kExtAudioFileError_NonPCMClientFormat;
+    if (!pcm::isLinearPCM(format)) return kExtAudioFileError_NonPCMClientFormat;
     const SInt64 position = positionOf(file); // the former format may have looked ahead
     auto reader = std::make_unique<ClientReader>(*file.file, format);
     if (!reader->prepare()) return kExtAudioFileError_InvalidDataFormat;
@@ -133,11 +133,11 @@ OSStatus with(ExtAudioFileRef file, Body body) noexcept
 /// The frames that all buffers of a list have room for, which is of the client's shape; -1 if it is not.
 SInt64 roomIn(const AudioStreamBasicDescription& format, const AudioBufferList& list)
 {
-    if (list.mNumberBuffers != audiounit::buffersOf(format)) return -1;
+    if (list.mNumberBuffers != pcm::buffersOf(format)) return -1;
     SInt64 room = std::numeric_limits<SInt64>::max();
     for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
         const AudioBuffer& buffer = list.mBuffers[i];
-        if (buffer.mNumberChannels != audiounit::channelsPerBuffer(format) || !buffer.mData) return -1;
+        if (buffer.mNumberChannels != pcm::channelsPerBuffer(format) || !buffer.mData) return -1;
         room = std::min<SInt64>(room, buffer.mDataByteSize / format.mBytesPerFrame);
     }
     return room;
@@ -177,7 +177,7 @@ OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file)
         auto file = std::make_unique<ExtendedFile>(std::move(opened));
         // PCM comes as it is on the disk until another format is set.
         const AudioStreamBasicDescription& format = file->facts->format;
-        if (kvxplatform::audiounit::isLinearPCM(format)) {
+        if (kvxplatform::pcm::isLinearPCM(format)) {
             auto reader = std::make_unique<ClientReader>(*file->file, format);
             if (reader->prepare()) file->reader = std::move(reader);
         }

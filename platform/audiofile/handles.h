@@ -2,7 +2,8 @@
 // since. And where the public calls begin: no exception leaves them.
 #pragma once
 
-#include "platform/components/handle_table.h"
+#include "platform/support/border.h"
+#include "platform/support/handle_table.h"
 
 #include <Carbon/MacErrors.h>
 #include <MacTypes.h>
@@ -18,23 +19,23 @@ namespace kvxplatform::audiofile {
 template <class T, class Ref, std::uint32_t kind>
 class Handles {
 public:
-    using Table = components::HandleTable<T, kind>;
+    using Table = HandleTable<T, kind>;
     using Use = typename Table::Use;
 
     /// Null when there are too many. Throws std::bad_alloc.
     static Ref add(std::unique_ptr<T> file)
     {
-        const auto number = table().add(std::move(file), [](T&, components::HandleNumber) { return true; });
-        return components::handleOf<Ref>(number);
+        const auto number = table().add(std::move(file), [](T&, HandleNumber) { return true; });
+        return handleOf<Ref>(number);
     }
 
     /// Empty for a handle that names nothing.
-    static Use use(Ref ref) { return table().use(components::numberOf(ref)); }
+    static Use use(Ref ref) { return table().use(numberOf(ref)); }
 
     /// False for a handle that names nothing.
     static bool close(Ref ref)
     {
-        Use closing = table().beginClose(components::numberOf(ref));
+        Use closing = table().beginClose(numberOf(ref));
         if (!closing) return false;
         table().endClose(std::move(closing));
         return true;
@@ -52,10 +53,8 @@ private:
 /// What `body` answers; memFullErr if memory runs out on the way.
 template <class Body>
 OSStatus withinBorder(Body body) noexcept
-try {
-    return body();
-} catch (const std::exception&) {
-    return memFullErr;
+{
+    return kvxplatform::withinBorder(memFullErr, body);
 }
 
 } // namespace kvxplatform::audiofile

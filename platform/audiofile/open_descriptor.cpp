@@ -1,6 +1,6 @@
 #include "platform/audiofile/open_descriptor.h"
 
-#include "platform/carbon/file_path.h"
+#include "platform/support/file_path.h"
 
 #include <AudioToolbox/AudioFile.h>
 
@@ -26,14 +26,14 @@ Descriptor::~Descriptor()
 
 OSStatus openDescriptor(const std::string& path, OpenFile& out)
 {
-    const std::string found = carbon::pathOnDisk(path);
+    const std::string found = pathOnDisk(path);
     struct stat item;
-    if (stat(found.c_str(), &item) != 0) return carbon::statusOfError(errno);
+    if (stat(found.c_str(), &item) != 0) return statusOfError(errno);
     if (!S_ISREG(item.st_mode)) return kAudioFileInvalidFileError;
 
     // Looked at again once it is open: it may have been exchanged for a pipe, which must not block either.
     Descriptor opened(open(found.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (opened.number() < 0 || fstat(opened.number(), &item) != 0) return carbon::statusOfError(errno);
+    if (opened.number() < 0 || fstat(opened.number(), &item) != 0) return statusOfError(errno);
     if (!S_ISREG(item.st_mode)) return kAudioFileInvalidFileError;
     out.descriptor = std::move(opened);
     out.bytes = item.st_size;

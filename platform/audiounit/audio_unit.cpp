@@ -6,6 +6,7 @@
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/units.h"
+#include "platform/support/border.h"
 
 #include <new>
 
@@ -30,13 +31,8 @@ OSStatus with(AudioUnit handle, Call call)
 {
     const UnitUse unit = use(handle);
     if (unit.status) return unit.status;
-    try {
-        return call(*unit);
-    } catch (const std::bad_alloc&) {
-        return memFullErr;
-    } catch (...) { // no thread, no lock: the system has run out of something else
-        return kAudioUnitErr_FailedInitialization;
-    }
+    return withinBorder(memFullErr, kAudioUnitErr_FailedInitialization,
+                        [&]() -> OSStatus { return call(*unit); });
 }
 
 } // namespace

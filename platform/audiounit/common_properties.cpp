@@ -39,8 +39,8 @@ OSStatus setSampleRate(Unit& unit, Place place, const void* data, UInt32)
 {
     AudioStreamBasicDescription format = elementAt(unit, place).format;
     format.mSampleRate = valueAt<Float64>(data);
-    return hasRateAndChannels(format) ? setFormat(unit, place, format)
-                                      : static_cast<OSStatus>(kAudioUnitErr_InvalidPropertyValue);
+    return pcm::hasRateAndChannels(format) ? setFormat(unit, place, format)
+                                           : static_cast<OSStatus>(kAudioUnitErr_InvalidPropertyValue);
 }
 
 OSStatus getStreamFormat(Unit& unit, Place place, void* data, UInt32&)
@@ -148,7 +148,7 @@ OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& f
 {
     const bool isTaken = unit.kind.takesFormat
                              ? unit.kind.takesFormat(unit, place.scope, place.element, format)
-                             : isCanonical(format);
+                             : pcm::isCanonical(format);
     if (!isTaken) return kAudioUnitErr_FormatNotSupported;
     Element& element = elementAt(unit, place);
     element.format = format;

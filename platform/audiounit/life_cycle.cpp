@@ -13,7 +13,7 @@ void prepareScope(Scope& scope, const ElementCount& count)
 {
     scope.elements = std::make_unique<Element[]>(count.most);
     for (UInt32 i = 0; i < count.most; ++i) {
-        scope.elements[i].format = canonicalFormat(defaultSampleRate, 2);
+        scope.elements[i].format = pcm::canonicalFormat(pcm::defaultSampleRate, 2);
         scope.elements[i].channels = 2;
     }
     scope.count = count.initial;
@@ -28,7 +28,7 @@ void prepareMemory(Scope& scope, UInt32 frames)
 void prepareLists(Scope& scope)
 {
     for (UInt32 i = 0; i < scope.count; ++i)
-        scope.elements[i].piece.prepare(buffersOf(scope.elements[i].format));
+        scope.elements[i].piece.prepare(pcm::buffersOf(scope.elements[i].format));
 }
 
 void releaseBuffers(Scope& scope)
@@ -76,7 +76,7 @@ void close(Unit& unit)
 {
     if (unit.kind.close) unit.kind.close(unit);
     // Closed from inside its own slice, a unit keeps its memory until the slice has ended.
-    if (!isInOwnSlice(unit)) uninitialize(unit);
+    if (!unit.scope.isInside()) uninitialize(unit);
 }
 
 OSStatus initialize(Unit& unit)
@@ -100,12 +100,12 @@ OSStatus initialize(Unit& unit)
 
 OSStatus uninitialize(Unit& unit)
 {
-    if (isInOwnSlice(unit)) return kAudioUnitErr_CannotDoInCurrentContext;
+    if (unit.scope.isInside()) return kAudioUnitErr_CannotDoInCurrentContext;
     const std::lock_guard<std::mutex> life(unit.lifeCycle);
     if (!unit.isInitialized) return noErr;
     if (unit.kind.stop) unit.kind.stop(unit);
     unit.isInitialized = false;
-    waitForSlice(unit);
+    unit.scope.wait();
     const std::lock_guard<std::mutex> guard(unit.settings);
     release(unit);
     return noErr;
@@ -123,7 +123,7 @@ OSStatus start(Unit& unit)
 {
     if (!unit.kind.start) return badComponentSelector;
     if (!unit.isInitialized) return kAudioUnitErr_Uninitialized;
-    if (isInOwnSlice(unit)) return unit.kind.start(unit);
+    if (unit.scope.isInside()) return unit.kind.start(unit);
     const std::lock_guard<std::mutex> life(unit.lifeCycle);
     return unit.isInitialized ? unit.kind.start(unit) : static_cast<OSStatus>(kAudioUnitErr_Uninitialized);
 }
@@ -131,7 +131,7 @@ OSStatus start(Unit& unit)
 OSStatus stop(Unit& unit)
 {
     if (!unit.kind.stop) return badComponentSelector;
-    if (isInOwnSlice(unit)) {
+    if (unit.scope.isInside()) {
         unit.isEnding = true;
         return unit.kind.stop(unit);
     }

@@ -92,7 +92,7 @@ OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, Place place, const void
     }
     if (row->settable == Settable::alwaysUnlocked) return row->set(unit, place, data, size);
 
-    if (isInOwnSlice(unit)) return kAudioUnitErr_Initialized;
+    if (unit.scope.isInside()) return kAudioUnitErr_Initialized;
     const std::lock_guard<std::mutex> life(unit.lifeCycle);
     const std::lock_guard<std::mutex> guard(unit.settings);
     if (unit.isInitialized) return kAudioUnitErr_Initialized;

@@ -1,13 +1,10 @@
 #include "platform/audiounit/render.h"
 
 #include "platform/audiounit/source.h"
-#include "platform/support/wait_until.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
-
-#include <pthread.h>
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -15,12 +12,6 @@ namespace {
 constexpr AudioUnitRenderActionFlags moments = kAudioUnitRenderAction_PreRender |
                                                kAudioUnitRenderAction_PostRender |
                                                kAudioUnitRenderAction_PostRenderError;
-
-// The C library's own number of a thread: unlike a thread_local it never allocates on first use.
-std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }
-
-// How many slices the calling thread is inside of. Of the model that never allocates on first use.
-__attribute__((tls_model("initial-exec"))) thread_local int slicesAround = 0;
 
 OSStatus renderSlice(Unit& unit, Slice& slice)
 {
@@ -43,50 +34,26 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
 
 } // namespace
 
-InSlice::InSlice(Unit& entered) : unit(nullptr)
+// Uninitialising clears isInitialized and then waits for the scope; a slice enters the scope and then reads
+// isInitialized.
+InSlice::InSlice(Unit& unit) : entry(unit.scope), isRendering(false)
 {
-    std::uintptr_t nobody = 0;
-    if (!entered.renderingThread.compare_exchange_strong(nobody, thisThread())) return;
-    entered.isEnding = false;
-    // In this order: whoever uninitialises says so first and looks for a slice afterwards.
-    if (entered.isInitialized) {
-        unit = &entered;
-        ++slicesAround;
-    } else {
-        entered.renderingThread = 0;
-    }
-}
-
-InSlice::~InSlice()
-{
-    if (!unit) return;
-    --slicesAround;
-    unit->renderingThread = 0;
-}
-
-bool isInAnySlice() { return slicesAround > 0; }
-
-bool isInOwnSlice(const Unit& unit) { return unit.renderingThread == thisThread(); }
-
-bool isInSlice(const Unit& unit) { return unit.renderingThread != 0; }
-
-void waitForSlice(const Unit& unit)
-{
-    if (isInOwnSlice(unit)) return;
-    waitUntil([&] { return !isInSlice(unit); });
+    if (!entry) return;
+    unit.isEnding = false;
+    isRendering = unit.isInitialized;
 }
 
 bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames)
 {
-    if (list.mNumberBuffers != buffersOf(format)) return false;
-    const UInt32 channels = channelsPerBuffer(format);
+    if (list.mNumberBuffers != pcm::buffersOf(format)) return false;
+    const UInt32 channels = pcm::channelsPerBuffer(format);
     const std::uint64_t bytes = std::uint64_t{frames} * format.mBytesPerFrame;
     return std::all_of(list.mBuffers, list.mBuffers + list.mNumberBuffers, [&](const AudioBuffer& buffer) {
         return buffer.mNumberChannels == channels && (!buffer.mData || buffer.mDataByteSize >= bytes);
     });
 }
 
-void lendMemory(AudioBufferList& list, Buffers& own, UInt32 frames)
+void lendMemory(AudioBufferList& list, pcm::Buffers& own, UInt32 frames)
 {
     for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
         AudioBuffer& buffer = list.mBuffers[i];
@@ -107,7 +74,7 @@ void notify(Unit& unit, AudioUnitRenderActionFlags& flags, AudioUnitRenderAction
 
 OSStatus passThrough(Unit& unit, Slice& slice)
 {
-    if (!isSameFormat(unit.input(0).format, unit.output(slice.bus).format))
+    if (!pcm::isSameFormat(unit.input(0).format, unit.output(slice.bus).format))
         return kAudioUnitErr_FormatNotSupported;
     return pullInto(slice.out, 0, unit, 0, slice.flags, slice.time, slice.frames);
 }
@@ -122,7 +89,7 @@ OSStatus render(Unit& unit, AudioUnitRenderActionFlags* ioFlags, const AudioTime
     AudioUnitRenderActionFlags flags = ioFlags ? *ioFlags & ~moments : 0;
     Slice slice{flags, *time, bus, frames, *list};
     OSStatus status = kAudioUnitErr_CannotDoInCurrentContext; // another slice runs, or a device pulls
-    if (isInOwnSlice(unit)) {
+    if (unit.scope.isInside()) {
         if (unit.kind.renderInside) status = unit.kind.renderInside(unit, slice);
     } else if (unit.kind.render) {
         const InSlice inside(unit);
@@ -148,7 +115,7 @@ std::unique_ptr<std::vector<Notify>> copyOf(const Unit& unit)
 void publish(Unit& unit, std::unique_ptr<std::vector<Notify>> all)
 {
     if (all->empty()) all.reset();
-    unit.notifies.publish(std::move(all), [&] { return isInSlice(unit); });
+    unit.notifies.publish(std::move(all), unit.scope);
 }
 
 } // namespace

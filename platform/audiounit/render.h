@@ -10,32 +10,19 @@ namespace kvxplatform::audiounit {
 class InSlice {
 public:
     explicit InSlice(Unit& unit);
-    ~InSlice();
-    InSlice(const InSlice&) = delete;
-    explicit operator bool() const { return unit; }
+    explicit operator bool() const { return isRendering; }
 
 private:
-    Unit* unit;
+    RenderScope::Entry entry;
+    bool isRendering;
 };
-
-/// Whether the calling thread is inside a slice of the unit.
-bool isInOwnSlice(const Unit& unit);
-
-/// Whether the calling thread is inside a slice of any unit, and so must wait for nobody.
-bool isInAnySlice();
-
-/// Whether any thread is.
-bool isInSlice(const Unit& unit);
-
-/// Wait until no thread is inside a slice that began before; at once when the calling thread is.
-void waitForSlice(const Unit& unit);
 
 /// Pull a slice out of an output: all of AudioUnitRender but finding the unit. Thread [audio].
 OSStatus render(Unit& unit, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time, UInt32 bus,
                 UInt32 frames, AudioBufferList* list);
 
 /// Give buffers without memory the unit's own, and say what each will hold.
-void lendMemory(AudioBufferList& list, Buffers& own, UInt32 frames);
+void lendMemory(AudioBufferList& list, pcm::Buffers& own, UInt32 frames);
 
 /// Whether a list has the buffers of a format, each with room for `frames` frames or no memory at all.
 bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames);

@@ -1,9 +1,9 @@
 #include "platform/audiounit/source.h"
 
 #include "platform/audiounit/audio_unit.h"
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,7 +13,7 @@ namespace {
 
 void publish(Unit& unit, UInt32 bus, std::unique_ptr<const Source> source)
 {
-    unit.input(bus).source.publish(std::move(source), [&] { return isInSlice(unit); });
+    unit.input(bus).source.publish(std::move(source), unit.scope);
 }
 
 OSStatus outputFormat(const AudioUnitConnection& connection, AudioStreamBasicDescription& out)
@@ -67,7 +67,7 @@ struct Pull {
             const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize / frameBytes, frames) : 0;
             const UInt32 bytes = given * frameBytes;
             if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, bytes);
-            if (given < frames) silenceBuffer(unit.input(bus).format, mine + bytes, frames - given);
+            if (given < frames) pcm::silenceBuffer(unit.input(bus).format, mine + bytes, frames - given);
         }
     }
 
@@ -109,7 +109,7 @@ OSStatus pullPieces(const AudioBufferList& into, UInt32 first, Unit& unit, UInt3
         }
     }
     if (status) done = 0;
-    if (done < frames) silence(format, into, first + done, frames - done);
+    if (done < frames) pcm::silence(format, into, first + done, frames - done);
     return status;
 }
 
@@ -147,7 +147,7 @@ OSStatus connect(Unit& unit, const AudioUnitConnection& connection)
     if (const OSStatus status = outputFormat(connection, format)) return status;
     auto source = std::make_unique<Source>(Source{{}, connection});
     const std::lock_guard<std::mutex> guard(unit.settings);
-    if (!isSameFormat(format, unit.input(bus).format)) {
+    if (!pcm::isSameFormat(format, unit.input(bus).format)) {
         if (unit.isInitialized) return kAudioUnitErr_FormatNotSupported;
         if (const OSStatus status = setFormat(unit, {kAudioUnitScope_Input, bus}, format)) return status;
     }
@@ -169,7 +169,7 @@ OSStatus checkConnections(Unit& unit)
         const OSStatus status = outputFormat(connection, given);
         if (status == badComponentInstance) return kAudioUnitErr_NoConnection;
         if (status) return status;
-        if (!isSameFormat(wanted, given)) return kAudioUnitErr_FormatNotSupported;
+        if (!pcm::isSameFormat(wanted, given)) return kAudioUnitErr_FormatNotSupported;
     }
     return noErr;
 }

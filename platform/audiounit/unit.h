@@ -10,9 +10,9 @@
 // - What a slice reads is an atomic, or published, or unchanged while the unit is initialised.
 #pragma once
 
-#include "platform/audiounit/buffers.h"
-#include "platform/audiounit/published.h"
-#include "platform/audiounit/stream_format.h"
+#include "platform/pcm/buffers.h"
+#include "platform/pcm/stream_format.h"
+#include "platform/support/published.h"
 
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
@@ -99,9 +99,9 @@ struct Source {
 struct Element {
     AudioStreamBasicDescription format{}; // under settings; fixed while initialised
     std::atomic<UInt32> channels{0};      // the format's, for who asks without a lock
-    Published<Source> source;             // inputs only
-    Buffers buffers;                      // made by initialize; [audio & in a slice]
-    ListStorage piece;                    // likewise, inputs only: a list for part of a slice
+    Published<const Source> source;       // inputs only
+    pcm::Buffers buffers;                 // made by initialize; [audio & in a slice]
+    pcm::ListStorage piece;               // likewise, inputs only: a list for part of a slice
 };
 
 struct Scope {
@@ -132,7 +132,7 @@ struct Unit {
     std::mutex settings;
 
     Scope scopes[3]; // global, input, output
-    Published<std::vector<Notify>> notifies;
+    Published<const std::vector<Notify>> notifies;
 
     std::atomic<UInt32> sliceLimit{1156};
     std::atomic<bool> isInitialized{false};
@@ -140,8 +140,8 @@ struct Unit {
     std::atomic<bool> isBypassed{false}; // for kinds that have the property and look here in their render
     std::atomic<OSStatus> lastRenderError{noErr};
     std::atomic<bool> isEnding{false}; // stopped inside the slice that runs: its sources are asked no more
-    std::atomic<std::uintptr_t> renderingThread{0}; // 0 while no slice runs
-    Float64 hostTicksPerSecond = 0;                 // fixed once open
+    RenderScope scope;                 // of the slice that runs
+    Float64 hostTicksPerSecond = 0;    // fixed once open
 
     Scope& inputs() { return scopes[kAudioUnitScope_Input]; }
     Scope& outputs() { return scopes[kAudioUnitScope_Output]; }

@@ -4,6 +4,7 @@
 #include "platform/augraph/head.h"
 #include "platform/augraph/life_cycle.h"
 #include "platform/augraph/nodes.h"
+#include "platform/support/border.h"
 
 #include <new>
 
@@ -16,12 +17,8 @@ constexpr OSStatus cannotNow = kAUGraphErr_CannotDoInCurrentContext;
 
 template <class Call>
 OSStatus withinBorder(Call call) noexcept
-try {
-    return call();
-} catch (const std::bad_alloc&) {
-    return memFullErr;
-} catch (...) { // no thread, no lock: the system has run out of something else
-    return kAudioUnitErr_FailedInitialization;
+{
+    return kvxplatform::withinBorder(memFullErr, kAudioUnitErr_FailedInitialization, call);
 }
 
 template <class Call>

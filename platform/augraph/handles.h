@@ -2,11 +2,11 @@
 #pragma once
 
 #include "platform/augraph/graph.h"
-#include "platform/components/handle_table.h"
+#include "platform/support/handle_table.h"
 
 namespace kvxplatform::augraph {
 
-using Graphs = components::HandleTable<Graph, 3>;
+using Graphs = HandleTable<Graph, 3>;
 
 /// A new graph's handle; null when there are too many. Throws std::bad_alloc.
 AUGraph add();

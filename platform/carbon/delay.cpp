@@ -12,10 +12,10 @@ using namespace kvxplatform;
 void Delay(unsigned long numTicks, unsigned long* finalTicks)
 {
     const std::uint64_t end =
-        hosttime::now() + carbon::nanosecondsIn(std::min<std::uint64_t>(numTicks, UINT32_MAX));
+        hostclock::now() + carbon::nanosecondsIn(std::min<std::uint64_t>(numTicks, UINT32_MAX));
     const double seconds = static_cast<double>(numTicks) / carbon::ticksPerSecond;
-    if (!hal::advanceSteppedDevices(seconds)) hosttime::sleepUntil(end);
+    if (!hal::advanceSteppedDevices(seconds)) hostclock::sleepUntil(end);
     if (finalTicks) *finalTicks = TickCount();
 }
 
-UInt32 TickCount(void) { return static_cast<UInt32>(carbon::ticksIn(hosttime::now())); }
+UInt32 TickCount(void) { return static_cast<UInt32>(carbon::ticksIn(hostclock::now())); }

@@ -1,5 +1,5 @@
 // Moments and durations of the host clock. Sums stop at the last moment that 64 bits hold: it never comes.
-#include "platform/hosttime/clock.h"
+#include "platform/support/host_clock.h"
 
 #include <Carbon/DriverServices.h>
 #include <Carbon/MacErrors.h>
@@ -31,7 +31,7 @@ std::uint64_t nanosecondsOf(Duration duration)
 
 } // namespace
 
-AbsoluteTime UpTime(void) { return wideOf(hosttime::now()); }
+AbsoluteTime UpTime(void) { return wideOf(hostclock::now()); }
 
 AbsoluteTime AddDurationToAbsolute(Duration duration, AbsoluteTime absoluteTime)
 {
@@ -50,6 +50,6 @@ Nanoseconds AbsoluteToNanoseconds(AbsoluteTime absoluteTime) { return absoluteTi
 OSStatus MPDelayUntil(AbsoluteTime* expirationTime)
 {
     if (!expirationTime) return paramErr;
-    hosttime::sleepUntil(numberOf(*expirationTime));
+    hostclock::sleepUntil(numberOf(*expirationTime));
     return noErr;
 }

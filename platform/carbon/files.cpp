@@ -1,6 +1,6 @@
 #include "platform/carbon/files.h"
 
-#include "platform/carbon/file_path.h"
+#include "platform/support/file_path.h"
 
 #include <Carbon/MacErrors.h>
 

@@ -1,6 +1,6 @@
 // Handles. Each is an allocation of its own in the C library's hands, so that whoever writes past its end is
 // found out like everybody else.
-#include "platform/accounts/account.h"
+#include "platform/support/live_count.h"
 
 #include <Carbon/Carbon.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-kvxplatform::Account account("Handle");
+kvxplatform::LiveCount account("Handle");
 
 thread_local OSErr lastError = noErr;
 

@@ -1,7 +1,7 @@
 // Components, their families and their instances. Thread: [any] throughout.
 #pragma once
 
-#include "platform/components/handle_table.h"
+#include "platform/support/handle_table.h"
 
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>

@@ -1,12 +1,12 @@
 // Opening and closing components.
 #include "platform/components/component.h"
 
-#include "platform/accounts/account.h"
+#include "platform/support/live_count.h"
 
 namespace kvxplatform::components {
 namespace {
 
-Account account("ComponentInstance");
+LiveCount account("ComponentInstance");
 
 // Never destroyed: a device's thread may still ask for a handle while the program ends.
 Instances& table()

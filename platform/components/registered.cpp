@@ -1,6 +1,6 @@
 #include "platform/components/registered.h"
 
-#include "platform/accounts/account.h"
+#include "platform/support/live_count.h"
 
 #include <algorithm>
 
@@ -9,7 +9,7 @@
 namespace kvxplatform::components {
 namespace {
 
-Account account("Component");
+LiveCount account("Component");
 
 /// `instances` of a component that was unregistered.
 constexpr long gone = -1;

@@ -1,7 +1,7 @@
 // What every reference-counted value begins with. The pointer that callers hold points here.
 #pragma once
 
-#include "platform/accounts/account.h"
+#include "platform/support/live_count.h"
 
 #include <CoreFoundation/CFBase.h>
 
@@ -13,7 +13,7 @@ struct Object;
 
 /// One kind of value.
 struct Kind {
-    Account account;          ///< values that someone still has to release
+    LiveCount account;        ///< values that someone still has to release
     void (*destroy)(Object*); ///< frees the whole value
 };
 

@@ -15,7 +15,7 @@ namespace {
 
 void destroyString(Object* object) { delete static_cast<__CFString*>(object); }
 
-Kind stringKind = {Account("CFString"), destroyString};
+Kind stringKind = {LiveCount("CFString"), destroyString};
 
 const __CFString& textOf(CFStringRef text, const char* complaint)
 {

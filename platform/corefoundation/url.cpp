@@ -1,9 +1,9 @@
 #include "platform/corefoundation/url.h"
 
-#include "platform/carbon/file_path.h"
 #include "platform/carbon/files.h"
 #include "platform/corefoundation/encoding.h"
 #include "platform/corefoundation/string.h"
+#include "platform/support/file_path.h"
 
 #include <cstring>
 #include <exception>
@@ -14,7 +14,7 @@ namespace {
 
 void destroyURL(corefoundation::Object* object) { delete static_cast<__CFURL*>(object); }
 
-corefoundation::Kind urlKind = {Account("CFURL"), destroyURL};
+corefoundation::Kind urlKind = {LiveCount("CFURL"), destroyURL};
 
 /// A new URL of the path that `find` gives; none for an empty one, or without memory.
 template <class Find>
@@ -56,7 +56,7 @@ CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFS
         const auto name = corefoundation::encode(pathComponent->units, kCFStringEncodingUTF8);
         if (!name || name->empty() || name->find('/') != name->npos || name->find('\0') != name->npos)
             return {};
-        return carbon::absolutePath(url->path + '/' + *name);
+        return absolutePath(url->path + '/' + *name);
     });
 }
 
@@ -65,8 +65,7 @@ CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const UInt8* bu
 {
     if (!buffer || bufferLength <= 0) return nullptr;
     return makeURL([&] {
-        return carbon::absolutePath(
-            {reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(bufferLength)});
+        return absolutePath({reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(bufferLength)});
     });
 }
 

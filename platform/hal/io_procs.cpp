@@ -1,19 +1,19 @@
 #include "platform/hal/io_procs.h"
 
-#include "platform/accounts/account.h"
-#include "platform/hal/border.h"
 #include "platform/hal/cycle.h"
 #include "platform/hal/housekeeper.h"
 #include "platform/hal/portaudio_driver.h"
 #include "platform/hal/timer_driver.h"
 #include "platform/hal/tree.h"
+#include "platform/support/border.h"
+#include "platform/support/live_count.h"
 #include "platform/support/wait_until.h"
 
 namespace kvxplatform::hal {
 
 namespace {
 
-Account addedProcs("IOProc");
+LiveCount addedProcs("IOProc");
 
 /// The device, for procedures: also one that is unplugged and still turned. In its own cycle no lock is
 /// taken.
@@ -153,7 +153,8 @@ OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
     startCaptureOfEnvironment(device);
     const std::lock_guard<std::mutex> control(device->control);
     if (const OSStatus status = mark(*device, proc, true, marked); status != noErr) return status;
-    const OSStatus status = withinBorder([&] { return settleDriver(device); });
+    const OSStatus status =
+        withinBorder(kAudioHardwareUnspecifiedError, [&] { return settleDriver(device); });
     if (status != noErr) unmark(*device, marked);
     return status;
 }
@@ -207,32 +208,36 @@ using namespace kvxplatform::hal;
 
 OSStatus AudioDeviceAddIOProc(AudioDeviceID device, AudioDeviceIOProc proc, void* client)
 {
-    return withinBorder([&] { return add(device, proc, client, false, nullptr); });
+    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
+                                     [&] { return add(device, proc, client, false, nullptr); });
 }
 
 OSStatus AudioDeviceRemoveIOProc(AudioDeviceID device, AudioDeviceIOProc proc)
 {
-    return withinBorder([&] { return remove(device, proc, false); });
+    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
+                                     [&] { return remove(device, proc, false); });
 }
 
 OSStatus AudioDeviceCreateIOProcID(AudioDeviceID device, AudioDeviceIOProc proc, void* client,
                                    AudioDeviceIOProcID* outID)
 {
     if (!outID) return kAudioHardwareIllegalOperationError;
-    return withinBorder([&] { return add(device, proc, client, true, outID); });
+    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
+                                     [&] { return add(device, proc, client, true, outID); });
 }
 
 OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return withinBorder([&] { return remove(device, id, true); });
+    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
+                                     [&] { return remove(device, id, true); });
 }
 
 OSStatus AudioDeviceStart(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return withinBorder([&] { return start(device, id); });
+    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError, [&] { return start(device, id); });
 }
 
 OSStatus AudioDeviceStop(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return withinBorder([&] { return stop(device, id); });
+    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError, [&] { return stop(device, id); });
 }

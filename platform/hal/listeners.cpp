@@ -1,7 +1,7 @@
 #include "platform/hal/listeners.h"
 
-#include "platform/accounts/account.h"
 #include "platform/hal/property.h"
+#include "platform/support/live_count.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -16,7 +16,7 @@ namespace kvxplatform::hal {
 
 namespace {
 
-Account addedListeners("property listener");
+LiveCount addedListeners("property listener");
 
 struct Listener {
     UInt64 serial;

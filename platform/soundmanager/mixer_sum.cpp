@@ -1,5 +1,5 @@
 // The sum of what plays.
-#include "platform/audiounit/linear_pcm.h"
+#include "platform/pcm/linear_pcm.h"
 #include "platform/soundmanager/mixer_state.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ UInt32 makeBlock(Mixer& mixer)
     AudioBufferList list;
     list.mNumberBuffers = 1;
     list.mBuffers[0] = {channels, longest * mixer.format.mBytesPerFrame, mixer.block.data()};
-    audiounit::encode(mixer.format, mixer.sum.data(), longest, list, 0);
+    pcm::encode(mixer.format, mixer.sum.data(), longest, list, 0);
     return longest;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/soundmanager/source.h"
 
-#include "platform/audiounit/linear_pcm.h"
+#include "platform/pcm/linear_pcm.h"
 #include "platform/soundmanager/sound_format.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 namespace kvxplatform::soundmanager {
 namespace {
 
-constexpr auto quality = audiounit::RateConverter::Quality::best;
+constexpr auto quality = pcm::RateConverter::Quality::best;
 
 Float32 gain(UInt32 volume) { return static_cast<Float32>(volume & 0xFFFF) / kFullVolume; }
 
@@ -132,7 +132,7 @@ UInt32 Source::take(const Entry& entry, UInt32 frames, Float32* out)
     list.mBuffers[0] = {
         channels, count * entry.format.mBytesPerFrame,
         const_cast<Byte*>(entry.samples + std::size_t{framesTaken} * entry.format.mBytesPerFrame)};
-    audiounit::decode(entry.format, list, count, decoded.data());
+    pcm::decode(entry.format, list, count, decoded.data());
     const UInt32 levels = volume;
     const Float32 left = entry.left * gain(levels), right = entry.right * gain(levels >> 16);
     if (channels == 2) applyGain(decoded.data(), channels, count, left, right);

@@ -4,7 +4,7 @@
 // and waits for nobody. Between them stand two counters: the entries [used, given) wait. They wrap.
 #pragma once
 
-#include "platform/audiounit/rate_converter.h"
+#include "platform/pcm/rate_converter.h"
 
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
@@ -55,7 +55,7 @@ public:
 private:
     /// Sound of one rate on its way, buffer after buffer.
     struct Run {
-        audiounit::RateConverter converter;
+        pcm::RateConverter converter;
         Float64 rate = 0;           // Hz, of the input
         Float64 framesPerFrame = 1; // out for one in
         UInt32 lastEntry = 0;       // the last that uses it; [client]

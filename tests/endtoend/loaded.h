@@ -25,8 +25,8 @@ struct Loaded {
 inline std::string leftOver(const host::Host& host)
 {
     std::string text = host.leaks().text();
-    KVXAccount accounts[32] = {};
-    const uint32_t kinds = KVXPlatformGetAccounts(accounts, 32);
+    KVXLiveCount accounts[32] = {};
+    const uint32_t kinds = KVXPlatformGetLiveCounts(accounts, 32);
     for (uint32_t i = 0; i < kinds && i < 32; ++i)
         text += std::to_string(accounts[i].count) + " " + accounts[i].kind + " of the platform\n";
     return text;

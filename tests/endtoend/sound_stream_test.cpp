@@ -72,8 +72,8 @@ struct Buffer {
 
 std::uint32_t convertersAlive()
 {
-    KVXAccount accounts[32] = {};
-    const std::uint32_t kinds = KVXPlatformGetAccounts(accounts, 32);
+    KVXLiveCount accounts[32] = {};
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(accounts, 32);
     for (std::uint32_t i = 0; i < kinds && i < 32; ++i)
         if (accounts[i].kind == std::string_view("AudioConverter")) return accounts[i].count;
     return 0;

@@ -40,8 +40,8 @@ ComponentResult send(ComponentInstance instance, SInt16 selector, std::initializ
 
 UInt32 alive(const std::string& kind)
 {
-    KVXAccount rows[64];
-    const uint32_t count = KVXPlatformGetAccounts(rows, 64);
+    KVXLiveCount rows[64];
+    const uint32_t count = KVXPlatformGetLiveCounts(rows, 64);
     for (uint32_t i = 0; i < count; ++i)
         if (rows[i].kind == kind) return rows[i].count;
     return 0;

@@ -11,8 +11,8 @@ namespace support {
 /// The live objects of `kind`, such as "IOProc". Thread [any].
 inline std::uint32_t liveObjects(std::string_view kind)
 {
-    KVXAccount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
     for (std::uint32_t i = 0; i < kinds && i < 32; ++i)
         if (rows[i].kind == kind) return rows[i].count;
     return 0;

@@ -1,11 +1,11 @@
 // Formats, settings and tables of the converter unit.
 #include "platform/audiounit/converter/converter_unit.h"
 
-#include "platform/audiounit/channel_fold.h"
-#include "platform/audiounit/converter/conversion_quality.h"
 #include "platform/audiounit/converter/slice_conversion.h"
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/property.h"
+#include "platform/pcm/channel_fold.h"
+#include "platform/pcm/conversion_quality.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,8 +15,8 @@ namespace kvxplatform::audiounit {
 namespace {
 
 struct Converter {
-    ConversionQuality quality;  // under settings
-    std::optional<Routing> map; // likewise, as it was set
+    pcm::ConversionQuality quality;  // under settings
+    std::optional<pcm::Routing> map; // likewise, as it was set
     SliceConversion conversion;
 };
 
@@ -33,11 +33,11 @@ UInt32 channelsOf(Unit& unit, AudioUnitScope scope)
     return unit.scopes[scope].elements[0].format.mChannelsPerFrame;
 }
 
-Routing routingOf(Unit& unit, const std::optional<Routing>& map)
+pcm::Routing routingOf(Unit& unit, const std::optional<pcm::Routing>& map)
 {
     return map ? *map
-               : foldedRouting(channelsOf(unit, kAudioUnitScope_Input),
-                               channelsOf(unit, kAudioUnitScope_Output));
+               : pcm::foldedRouting(channelsOf(unit, kAudioUnitScope_Input),
+                                    channelsOf(unit, kAudioUnitScope_Output));
 }
 
 OSStatus initializeUnit(Unit& unit)
@@ -57,13 +57,13 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
 
 bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
 {
-    return isLinearPCM(format);
+    return pcm::isLinearPCM(format);
 }
 
 // ---- properties ----
 
 /// Take on new settings, at once where the unit is initialised. With settings.
-OSStatus change(Unit& unit, const ConversionQuality& quality, std::optional<Routing> map)
+OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional<pcm::Routing> map)
 {
     auto& state = stateOf<Converter>(unit);
     if (unit.isInitialized)
@@ -83,25 +83,26 @@ OSStatus getTail(Unit& unit, Place, void* data, UInt32&)
 {
     const Float64 from = unit.input(0).format.mSampleRate, to = unit.output(0).format.mSampleRate;
     const auto filter = stateOf<Converter>(unit).quality.filter();
-    return give(data, convertsRate(unit) ? RateConverter::lookAhead(from, to, filter) / from : Float64{0});
+    return give(data,
+                convertsRate(unit) ? pcm::RateConverter::lookAhead(from, to, filter) / from : Float64{0});
 }
 
 OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
 
-template <UInt32 ConversionQuality::*field>
+template <UInt32 pcm::ConversionQuality::*field>
 OSStatus getQuality(Unit& unit, Place, void* data, UInt32&)
 {
     return give(data, stateOf<Converter>(unit).quality.*field);
 }
 
-template <UInt32 ConversionQuality::*field>
+template <UInt32 pcm::ConversionQuality::*field>
 OSStatus setQuality(Unit& unit, Place, const void* data, UInt32)
 {
     auto& state = stateOf<Converter>(unit);
-    ConversionQuality next = state.quality;
+    pcm::ConversionQuality next = state.quality;
     next.*field = valueAt<UInt32>(data);
     if (next.*field == state.quality.*field) return noErr;
-    if (!ConversionQuality::isComplexity(next.complexity) || next.quality > ConversionQuality::most)
+    if (!pcm::ConversionQuality::isComplexity(next.complexity) || next.quality > pcm::ConversionQuality::most)
         return kAudioUnitErr_InvalidPropertyValue;
     if (next.filter() == state.quality.filter() || !convertsRate(unit)) {
         state.quality = next;
@@ -117,21 +118,21 @@ UInt32 channelMapSize(Unit& unit, Place place)
 
 OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
 {
-    Routing entries = routingOf(unit, stateOf<Converter>(unit).map);
-    entries.resize(size / sizeof(SInt32), noChannel);
+    pcm::Routing entries = routingOf(unit, stateOf<Converter>(unit).map);
+    entries.resize(size / sizeof(SInt32), pcm::noChannel);
     std::memcpy(data, entries.data(), size);
     return noErr;
 }
 
 OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
 {
-    std::optional<Routing> map;
+    std::optional<pcm::Routing> map;
     if (data) {
-        constexpr UInt32 most = mostChannels * sizeof(SInt32);
+        constexpr UInt32 most = pcm::mostChannels * sizeof(SInt32);
         if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
         map.emplace(size / sizeof(SInt32));
         std::memcpy(map->data(), data, size);
-        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < noChannel; }))
+        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < pcm::noChannel; }))
             return kAudioUnitErr_InvalidPropertyValue;
     }
     return change(unit, stateOf<Converter>(unit).quality, std::move(map));
@@ -140,8 +141,8 @@ OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
 constexpr auto always = Settable::always;
 constexpr auto both = Access::readWrite;
 constexpr auto read = Access::readOnly;
-constexpr auto complexity = &ConversionQuality::complexity;
-constexpr auto quality = &ConversionQuality::quality;
+constexpr auto complexity = &pcm::ConversionQuality::complexity;
+constexpr auto quality = &pcm::ConversionQuality::quality;
 
 // clang-format off
 const Property properties[] = {

@@ -1,8 +1,8 @@
 #include "platform/audiounit/converter/slice_conversion.h"
 
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,16 +12,17 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-std::unique_ptr<Conversion> make(Unit& unit, const Routing& routing, Conversion::Quality quality)
+std::unique_ptr<pcm::Conversion> make(Unit& unit, const pcm::Routing& routing,
+                                      pcm::Conversion::Quality quality)
 {
-    auto made = std::make_unique<Conversion>();
+    auto made = std::make_unique<pcm::Conversion>();
     if (!made->prepare(unit.input(0).format, unit.output(0).format, routing, quality)) return nullptr;
     return made;
 }
 
 } // namespace
 
-OSStatus SliceConversion::prepare(Unit& unit, const Routing& routing, Quality quality)
+OSStatus SliceConversion::prepare(Unit& unit, const pcm::Routing& routing, Quality quality)
 {
     Element& input = unit.input(0);
     const Float64 from = input.format.mSampleRate, to = unit.output(0).format.mSampleRate;
@@ -35,18 +36,15 @@ OSStatus SliceConversion::prepare(Unit& unit, const Routing& routing, Quality qu
     return noErr;
 }
 
-OSStatus SliceConversion::exchange(Unit& unit, const Routing& routing, Quality quality)
+OSStatus SliceConversion::exchange(Unit& unit, const pcm::Routing& routing, Quality quality)
 {
     auto next = std::make_unique<Engine>(Engine{make(unit, routing, quality)});
     if (!next->conversion) return kAudioUnitErr_FormatNotSupported;
-    engine.publish(std::move(next), [&] { return isInSlice(unit); });
+    engine.publish(std::move(next), unit.scope);
     return noErr;
 }
 
-void SliceConversion::release(Unit& unit)
-{
-    engine.publish(nullptr, [&] { return isInSlice(unit); });
-}
+void SliceConversion::release(Unit& unit) { engine.publish(nullptr, unit.scope); }
 
 void SliceConversion::reset()
 {
@@ -56,14 +54,14 @@ void SliceConversion::reset()
 
 OSStatus SliceConversion::render(Unit& unit, Slice& slice)
 {
-    Conversion& conversion = *engine.get()->conversion;
+    pcm::Conversion& conversion = *engine.get()->conversion;
     const OSStatus status = conversion.convertsRate() ? renderConverted(unit, slice, conversion)
                                                       : renderStraight(unit, slice, conversion);
-    if (status) silence(unit.output(0).format, slice.out, 0, slice.frames);
+    if (status) pcm::silence(unit.output(0).format, slice.out, 0, slice.frames);
     return status;
 }
 
-OSStatus SliceConversion::renderStraight(Unit& unit, Slice& slice, Conversion& conversion) const
+OSStatus SliceConversion::renderStraight(Unit& unit, Slice& slice, pcm::Conversion& conversion) const
 {
     AudioBufferList* in = nullptr;
     const OSStatus status = pull(unit, 0, slice.flags, slice.time, slice.frames, in);
@@ -71,7 +69,7 @@ OSStatus SliceConversion::renderStraight(Unit& unit, Slice& slice, Conversion& c
     return status;
 }
 
-OSStatus SliceConversion::renderConverted(Unit& unit, Slice& slice, Conversion& conversion)
+OSStatus SliceConversion::renderConverted(Unit& unit, Slice& slice, pcm::Conversion& conversion)
 {
     // A source that falls silent is not heard to be until the filter has rung out.
     AudioUnitRenderActionFlags flags = slice.flags;
@@ -80,7 +78,8 @@ OSStatus SliceConversion::renderConverted(Unit& unit, Slice& slice, Conversion& 
         if (!left)
             if (const OSStatus status = pullMore(unit, slice, made, conversion.framesFor(wanted), flags))
                 return status;
-        const Conversion::Piece piece = conversion.convert(*pulled, first, left, slice.out, made, wanted);
+        const pcm::Conversion::Piece piece =
+            conversion.convert(*pulled, first, left, slice.out, made, wanted);
         first += piece.used;
         left -= piece.used;
         made += piece.made;

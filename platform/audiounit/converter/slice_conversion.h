@@ -4,23 +4,23 @@
 // its time runs by what it has given, and it is asked for more at first: the filter looks ahead.
 #pragma once
 
-#include "platform/audiounit/conversion.h"
 #include "platform/audiounit/unit.h"
+#include "platform/pcm/conversion.h"
 
 namespace kvxplatform::audiounit {
 
 class SliceConversion {
 public:
-    using Quality = Conversion::Quality;
+    using Quality = pcm::Conversion::Quality;
 
     /// Make ready for the unit's formats. Its input is asked for as much at a time as makes a slice of the
     /// unit's limit. FormatNotSupported when the rates are too far apart. Throws std::bad_alloc.
     /// While the unit is being initialised.
-    OSStatus prepare(Unit& unit, const Routing& routing, Quality quality);
+    OSStatus prepare(Unit& unit, const pcm::Routing& routing, Quality quality);
 
     /// Go on with another routing or quality, without what a filter still held. Throws std::bad_alloc, and
     /// nothing has changed then. Thread [any], with settings, while the unit is initialised.
-    OSStatus exchange(Unit& unit, const Routing& routing, Quality quality);
+    OSStatus exchange(Unit& unit, const pcm::Routing& routing, Quality quality);
 
     /// Undo prepare.
     void release(Unit& unit);
@@ -34,15 +34,15 @@ public:
 private:
     // Whoever is inside a slice has the conversion for itself.
     struct Engine {
-        std::unique_ptr<Conversion> conversion;
+        std::unique_ptr<pcm::Conversion> conversion;
     };
 
-    OSStatus renderStraight(Unit& unit, Slice& slice, Conversion& conversion) const;
-    OSStatus renderConverted(Unit& unit, Slice& slice, Conversion& conversion);
+    OSStatus renderStraight(Unit& unit, Slice& slice, pcm::Conversion& conversion) const;
+    OSStatus renderConverted(Unit& unit, Slice& slice, pcm::Conversion& conversion);
     OSStatus pullMore(Unit& unit, const Slice& slice, UInt32 made, UInt32 frames,
                       AudioUnitRenderActionFlags& flags);
 
-    Published<Engine> engine;
+    Published<const Engine> engine;
     UInt32 inputLimit = 0; // fixed while initialised
 
     // At different rates. [audio & in a slice]

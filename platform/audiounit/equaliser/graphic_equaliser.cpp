@@ -6,11 +6,11 @@
 #include "platform/audiounit/equaliser/bands.h"
 #include "platform/audiounit/equaliser/bell_filter.h"
 #include "platform/audiounit/equaliser/equaliser_unit.h"
-#include "platform/audiounit/gain.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
+#include "platform/pcm/gain.h"
 
 #include <algorithm>
 #include <vector>
@@ -26,7 +26,7 @@ struct Band {
     BellShape shape{};
     bool isHeard = false; // its centre is below half the rate
     Float32 decibels = 0; // what the height glides to
-    Gain height = {1, 1};
+    pcm::Gain height = {1, 1};
     std::vector<BellState> states; // one a channel
 
     bool isFlat() const { return height.isUnity(); }
@@ -50,7 +50,7 @@ void destroy(void* state) { delete static_cast<Equaliser*>(state); }
 OSStatus initializeUnit(Unit& unit)
 {
     const AudioStreamBasicDescription& format = unit.output(0).format;
-    if (!isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
+    if (!pcm::isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
 
     auto& equaliser = stateOf<Equaliser>(unit);
     for (int set = 0; set < 2; ++set) {
@@ -180,7 +180,7 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
     slice.flags = flags & ~isSilence; // bands go on sounding
     filterSlice(equaliser, slice.out, slice.frames);
     passBands(equaliser, slice.frames);
-    if (status) clear(slice.out);
+    if (status) pcm::clear(slice.out);
     return status;
 }
 

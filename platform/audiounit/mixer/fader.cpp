@@ -4,12 +4,12 @@
 
 namespace kvxplatform::audiounit {
 
-void applyGain(const Gain& gain, Float32* samples, UInt32 frames)
+void applyGain(const pcm::Gain& gain, Float32* samples, UInt32 frames)
 {
     if (!gain.isUnity()) copyWithGain(gain, samples, samples, frames);
 }
 
-void copyWithGain(const Gain& gain, const Float32* in, Float32* out, UInt32 frames)
+void copyWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames)
 {
     if (gain.isUnity())
         std::memcpy(out, in, frames * sizeof *out);
@@ -21,7 +21,7 @@ void copyWithGain(const Gain& gain, const Float32* in, Float32* out, UInt32 fram
         for (UInt32 i = 0; i < frames; ++i) out[i] = gain.at(i) * in[i];
 }
 
-void addWithGain(const Gain& gain, const Float32* in, Float32* out, UInt32 frames)
+void addWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames)
 {
     if (gain.isSilence()) return;
     if (gain.isUnity())

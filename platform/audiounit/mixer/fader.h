@@ -2,15 +2,15 @@
 // silence, whatever they were.
 #pragma once
 
-#include "platform/audiounit/gain.h"
+#include "platform/pcm/gain.h"
 
 namespace kvxplatform::audiounit {
 
 /// samples[i] *= gain, from the gain's first frame.
-void applyGain(const Gain& gain, Float32* samples, UInt32 frames);
+void applyGain(const pcm::Gain& gain, Float32* samples, UInt32 frames);
 
 /// out[i] = gain * in[i], and out[i] += gain * in[i].
-void copyWithGain(const Gain& gain, const Float32* in, Float32* out, UInt32 frames);
-void addWithGain(const Gain& gain, const Float32* in, Float32* out, UInt32 frames);
+void copyWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames);
+void addWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames);
 
 } // namespace kvxplatform::audiounit

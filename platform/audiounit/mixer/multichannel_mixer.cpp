@@ -26,8 +26,8 @@ struct Bus {
     BusMeters meters;
 
     // [audio & in a slice]
-    Gain fader = {1, 1};
-    Gain balance[2] = {{1, 1}, {1, 1}}; // inputs only: left and right of an output of two channels
+    pcm::Gain fader = {1, 1};
+    pcm::Gain balance[2] = {{1, 1}, {1, 1}}; // inputs only: left and right of an output of two channels
 };
 
 struct Mixer {
@@ -63,7 +63,7 @@ void resetUnit(Unit& unit) { stateOf<Mixer>(unit).isFresh = true; }
 
 // ---- a slice ----
 
-void turn(Gain& gain, Float32 target, bool atOnce)
+void turn(pcm::Gain& gain, Float32 target, bool atOnce)
 {
     if (atOnce)
         gain = {target, target};
@@ -96,7 +96,7 @@ void turnGains(Unit& unit, Mixer& mixer)
 void finish(Bus& bus, UInt32 frames)
 {
     bus.fader.pass(frames);
-    for (Gain& gain : bus.balance) gain.pass(frames);
+    for (pcm::Gain& gain : bus.balance) gain.pass(frames);
     bus.meters.publish();
 }
 
@@ -115,7 +115,7 @@ struct Sum {
     UInt32 frames;
     UInt32 written = 0;
 
-    void add(const AudioBufferList& in, const Gain (&balance)[2])
+    void add(const AudioBufferList& in, const pcm::Gain (&balance)[2])
     {
         const bool isStereo = out.mNumberBuffers == 2, isDoubled = isStereo && in.mNumberBuffers == 1;
         const UInt32 channels = isDoubled ? 2 : std::min(in.mNumberBuffers, out.mNumberBuffers);
@@ -126,7 +126,7 @@ struct Sum {
     }
 
     /// The first input, where it lies in the output already.
-    void begin(const Gain (&balance)[2])
+    void begin(const pcm::Gain (&balance)[2])
     {
         written = out.mNumberBuffers;
         if (written == 2)
@@ -138,7 +138,7 @@ struct Sum {
         for (; written < out.mNumberBuffers; ++written) std::fill_n(samplesOf(out, written), frames, 0.0f);
     }
 
-    static constexpr Gain unity = {1, 1};
+    static constexpr pcm::Gain unity = {1, 1};
 
     static Float32* samplesOf(const AudioBufferList& list, UInt32 channel)
     {
@@ -156,7 +156,7 @@ OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& gaveSoun
     AudioUnitRenderActionFlags flags = slice.flags & ~isSilence;
     AudioBufferList* in = &slice.out;
     // The first one heard needs no copy where it is as wide as the output.
-    const bool isInPlace = !sum.written && isSameFormat(input.format, unit.output(0).format);
+    const bool isInPlace = !sum.written && pcm::isSameFormat(input.format, unit.output(0).format);
     const OSStatus status = isInPlace ? pullInto(slice.out, 0, unit, bus, flags, slice.time, slice.frames)
                                       : pull(unit, bus, flags, slice.time, slice.frames, in);
     if (status) // one that was taken away meanwhile is none
@@ -192,7 +192,7 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
         finish(bus, slice.frames);
     }
     sum.fillUp();
-    if (failure) clear(slice.out);
+    if (failure) pcm::clear(slice.out);
     slice.flags = gaveSound ? slice.flags & ~isSilence : slice.flags | isSilence;
 
     mixer.output.meters.begin(mixer.isFresh);

@@ -47,16 +47,17 @@ OSStatus ClientSide::prepare(Unit& unit, Float64 rate)
     const AudioStreamBasicDescription client = unit.input(0).format;
     const UInt32 frames = unit.sliceLimit;
     pulled.assign(samplesOf(frames, client.mChannelsPerFrame), 0);
-    Routing straight(client.mChannelsPerFrame);
+    pcm::Routing straight(client.mChannelsPerFrame);
     std::iota(straight.begin(), straight.end(), 0);
-    translation.prepare(client, interleavedFormat(client.mSampleRate, client.mChannelsPerFrame), straight);
+    translation.prepare(client, pcm::interleavedFormat(client.mSampleRate, client.mChannelsPerFrame),
+                        straight);
     converter.reset();
     converted = {};
     if (client.mSampleRate != rate) {
         converted.assign(samplesOf(blockFrames, client.mChannelsPerFrame), 0);
         converter.emplace();
         if (!converter->prepare(client.mSampleRate, rate, client.mChannelsPerFrame,
-                                RateConverter::Quality::normal))
+                                pcm::RateConverter::Quality::normal))
             return kAudioUnitErr_FormatNotSupported;
     }
     format = client;

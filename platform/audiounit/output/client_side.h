@@ -2,9 +2,9 @@
 // on as 32-bit float frames at the rate of the other side.
 #pragma once
 
-#include "platform/audiounit/rate_converter.h"
-#include "platform/audiounit/translation.h"
 #include "platform/audiounit/unit.h"
+#include "platform/pcm/rate_converter.h"
+#include "platform/pcm/translation.h"
 
 #include <optional>
 
@@ -42,8 +42,8 @@ private:
 
     AudioStreamBasicDescription format{};
     UInt32 limit = 0;
-    Translation translation; // into what is given on
-    std::optional<RateConverter> converter;
+    pcm::Translation translation; // into what is given on
+    std::optional<pcm::RateConverter> converter;
     std::vector<Float32> pulled;    // as the client gave it
     std::vector<Float32> converted; // at the other rate
     Float64 sampleTime = 0;

@@ -1,10 +1,10 @@
 #include "platform/audiounit/output/device_cycle.h"
 
 #include "platform/audiounit/audio_unit.h"
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
 
@@ -20,7 +20,7 @@ UInt32 framesOf(const AudioBufferList* list)
 
 /// A stretch of client frames into every stream of the device.
 void placeInStreams(const Float32* samples, UInt32 channels, UInt32 frames, UInt32 done,
-                    const ChannelMap* map, const Gain& gain, AudioBufferList& output)
+                    const ChannelMap* map, const pcm::Gain& gain, AudioBufferList& output)
 {
     UInt32 first = 0;
     for (UInt32 i = 0; i < output.mNumberBuffers; ++i) {
@@ -107,7 +107,7 @@ OSStatus renderInput(Unit& unit, Slice& slice)
         first += stream.mNumberChannels;
     }
     lendMemory(slice.out, element.buffers, slice.frames);
-    encode(element.format, state.inputSamples.data(), slice.frames, slice.out, 0);
+    pcm::encode(element.format, state.inputSamples.data(), slice.frames, slice.out, 0);
     return noErr;
 }
 

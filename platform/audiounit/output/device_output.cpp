@@ -37,7 +37,7 @@ void detach(Unit& unit, DeviceOutput& state)
 {
     if (!state.procedure) return;
     forgetDevice(state);
-    waitForSlice(unit);
+    unit.scope.wait();
 }
 
 /// Have a device call us. With lifeCycle, attached to none.
@@ -80,7 +80,7 @@ OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 {
     if (state.procedure) {
         leaveDevice(state);
-        waitForSlice(unit);
+        unit.scope.wait();
     }
     OSStatus status = noErr;
     try {
@@ -112,7 +112,7 @@ OSStatus startDevice(Unit& unit)
 {
     auto& state = stateOf<DeviceOutput>(unit);
     if (state.isStarted && state.procedure) return noErr;
-    if (isInOwnSlice(unit)) return kAudioUnitErr_CannotDoInCurrentContext;
+    if (unit.scope.isInside()) return kAudioUnitErr_CannotDoInCurrentContext;
     beginWatching(unit.self);
     detach(unit, state); // what a stop inside a slice left
     if (state.startsAtZero) state.client.setSampleTime(0);
@@ -128,7 +128,7 @@ OSStatus stopDevice(Unit& unit)
 {
     auto& state = stateOf<DeviceOutput>(unit);
     state.isStarted = false;
-    if (!isInOwnSlice(unit)) {
+    if (!unit.scope.isInside()) {
         detach(unit, state);
         return noErr;
     }
@@ -163,7 +163,7 @@ OSStatus tellDevice(Unit& unit, AudioDeviceID device)
         const std::lock_guard<std::mutex> guard(unit.settings);
         state.told = device;
     };
-    if (isInOwnSlice(unit)) {
+    if (unit.scope.isInside()) {
         tell();
         askSoon();
         return noErr;

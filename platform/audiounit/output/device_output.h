@@ -20,8 +20,8 @@ struct DeviceOutput {
     // under settings
     AudioDeviceID told = kAudioDeviceUnknown;
     bool isOutputOn = true, isInputOn = false;
-    Published<ChannelMap> map;
-    Published<AURenderCallbackStruct> inputCallback;
+    Published<const ChannelMap> map;
+    Published<const AURenderCallbackStruct> inputCallback;
 
     // under lifeCycle
     AudioDeviceID device = kAudioDeviceUnknown; // whose procedure we have
@@ -36,7 +36,7 @@ struct DeviceOutput {
 
     // [audio & in a slice], or attached to no device and with lifeCycle
     ClientSide client;
-    Gain gain = {1, 1};                          // before the next slice
+    pcm::Gain gain = {1, 1};                     // before the next slice
     const AudioBufferList* cycleInput = nullptr; // the device's, during its cycle
     UInt32 cycleFrames = 0;
     std::vector<Float32> inputSamples; // a piece of the device's input, in the client's channels

@@ -1,12 +1,12 @@
 // The three output units that drive a device: their properties, parameters and rows. They differ in how the
 // device is chosen, and only the HAL unit has the device's input.
 #include "platform/audiounit/life_cycle.h"
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/output/device_output.h"
 #include "platform/audiounit/output/device_watch.h"
 #include "platform/audiounit/output/output_units.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/render.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
 #include <cstring>
@@ -40,7 +40,7 @@ void destroy(void* state)
 // are.
 bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
 {
-    return isLinearPCM(format);
+    return pcm::isLinearPCM(format);
 }
 
 DeviceShape currentShape(Unit& unit)
@@ -56,8 +56,8 @@ template <Side side>
 AudioStreamBasicDescription deviceFormat(Unit& unit)
 {
     const DeviceShape shape = currentShape(unit);
-    return canonicalFormat(shape.sampleRate,
-                           side == Side::output ? shape.outputChannels : shape.inputChannels);
+    return pcm::canonicalFormat(shape.sampleRate,
+                                side == Side::output ? shape.outputChannels : shape.inputChannels);
 }
 
 template <Side side>
@@ -112,14 +112,14 @@ OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
 {
     std::unique_ptr<ChannelMap> map;
     if (data) {
-        constexpr UInt32 most = mostChannels * sizeof(SInt32);
+        constexpr UInt32 most = pcm::mostChannels * sizeof(SInt32);
         if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
         map = std::make_unique<ChannelMap>(size / sizeof(SInt32));
         std::memcpy(map->data(), data, size);
         if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < silentChannel; }))
             return kAudioUnitErr_InvalidPropertyValue;
     }
-    outputOf(unit).map.publish(std::move(map), [&] { return isInSlice(unit); });
+    outputOf(unit).map.publish(std::move(map), unit.scope);
     return noErr;
 }
 
@@ -141,7 +141,7 @@ OSStatus setInputCallback(Unit& unit, Place, const void* data, UInt32)
     std::unique_ptr<AURenderCallbackStruct> callback;
     if (data && valueAt<AURenderCallbackStruct>(data).inputProc)
         callback = std::make_unique<AURenderCallbackStruct>(valueAt<AURenderCallbackStruct>(data));
-    outputOf(unit).inputCallback.publish(std::move(callback), [&] { return isInSlice(unit); });
+    outputOf(unit).inputCallback.publish(std::move(callback), unit.scope);
     return noErr;
 }
 

@@ -1,9 +1,9 @@
 // The generic output unit: an output unit without a device. Whoever renders its output pulls the client's
 // input, in any PCM format and rate on either side. Started, it waits to be pulled.
 #include "platform/audiounit/converter/slice_conversion.h"
-#include "platform/audiounit/linear_pcm.h"
 #include "platform/audiounit/output/output_units.h"
 #include "platform/audiounit/property.h"
+#include "platform/pcm/linear_pcm.h"
 
 #include <numeric>
 
@@ -26,7 +26,7 @@ void destroy(void* state) { delete static_cast<GenericOutput*>(state); }
 OSStatus initializeUnit(Unit& unit)
 {
     // As to a device, channel n goes to channel n.
-    Routing straight(unit.output(0).format.mChannelsPerFrame);
+    pcm::Routing straight(unit.output(0).format.mChannelsPerFrame);
     std::iota(straight.begin(), straight.end(), 0);
     return stateOf<GenericOutput>(unit).conversion.prepare(unit, straight, SliceConversion::Quality::normal);
 }
@@ -37,7 +37,7 @@ void resetUnit(Unit& unit) { stateOf<GenericOutput>(unit).conversion.reset(); }
 
 bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
 {
-    return isLinearPCM(format);
+    return pcm::isLinearPCM(format);
 }
 
 OSStatus renderSlice(Unit& unit, Slice& slice)

@@ -63,7 +63,7 @@ private:
 
     std::unique_ptr<Float32[]> memory; // channel after channel, each a ring
     std::size_t room = 0;              // frames, a power of 2
-    ListStorage list;                  // what is pulled into
+    pcm::ListStorage list;             // what is pulled into
     UInt32 channelCount = 0;
     Float64 sampleRate = 0;
     std::int64_t first = 0, last = 0;

@@ -37,7 +37,7 @@ void makeVoice(Unit& unit)
 
 void makeVoiceWhileInitialized(Unit& unit) // with settings
 {
-    if (unit.isInitialized && !isInOwnSlice(unit)) makeVoice(unit);
+    if (unit.isInitialized && !unit.scope.isInside()) makeVoice(unit);
 }
 
 OSStatus getLatency(Unit& unit, Place, void* data, UInt32&)
@@ -102,14 +102,14 @@ void destroyRateUnit(void* state) { delete static_cast<RateUnit*>(state); }
 
 bool takesRateFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
 {
-    return isCanonical(format) && format.mChannelsPerFrame <= mostRateChannels;
+    return pcm::isCanonical(format) && format.mChannelsPerFrame <= mostRateChannels;
 }
 
 OSStatus initializeRateUnit(Unit& unit)
 {
     auto& state = stateOf<RateUnit>(unit);
     const AudioStreamBasicDescription& format = unit.output(0).format;
-    if (!isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
+    if (!pcm::isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
     state.path.prepare(format);
     state.secondsAhead = 0;
     makeVoice(unit);
@@ -160,7 +160,7 @@ UnitKind rateKind(OSType subType, const char* name, Rows<Parameter> parameters, 
 void makeVoiceIfWanted(Unit& unit)
 {
     int which = 0;
-    if (isInOwnSlice(unit) || !lacksVoice(unit, which)) return;
+    if (unit.scope.isInside() || !lacksVoice(unit, which)) return;
     const std::lock_guard<std::mutex> guard(unit.settings); // waits while the unit is being initialised
     makeVoiceWhileInitialized(unit);
 }

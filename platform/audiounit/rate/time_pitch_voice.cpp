@@ -28,7 +28,7 @@ TimePitchVoice::TimePitchVoice(const AudioStreamBasicDescription& format, Stretc
       planes(channels), recent(std::size_t{recentFrames} * channels)
 {
     // The fast filter: what it leaves out is far below what stretching adds.
-    if (!converter.prepare(1, 1, channels, RateConverter::Quality::fast)) throw std::bad_alloc();
+    if (!converter.prepare(1, 1, channels, pcm::RateConverter::Quality::fast)) throw std::bad_alloc();
 }
 
 void TimePitchVoice::start(std::int64_t frame, const Setting& setting)

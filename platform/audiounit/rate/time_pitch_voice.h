@@ -3,7 +3,7 @@
 
 #include "platform/audiounit/rate/glide.h"
 #include "platform/audiounit/rate/stretcher.h"
-#include "platform/audiounit/rate_converter.h"
+#include "platform/pcm/rate_converter.h"
 
 namespace kvxplatform::audiounit {
 
@@ -29,7 +29,7 @@ private:
 
     UInt32 channels;
     Stretcher stretcher;
-    RateConverter converter;
+    pcm::RateConverter converter;
     bool converts = false; // once the pitch has been changed, and until the next start
     Glide pitch;
     double ahead = 0; // stretched frames that the converter has taken, but not played

@@ -20,13 +20,13 @@ Setting settingOf(const Unit& unit) { return {stored(unit, kVarispeedParam_Playb
 
 int filterAt(const Unit&, UInt32 quality)
 {
-    return static_cast<int>(quality >= kRenderQuality_High ? RateConverter::Quality::normal
-                                                           : RateConverter::Quality::fast);
+    return static_cast<int>(quality >= kRenderQuality_High ? pcm::RateConverter::Quality::normal
+                                                           : pcm::RateConverter::Quality::fast);
 }
 
 std::unique_ptr<Voice> make(const AudioStreamBasicDescription& format, int quality)
 {
-    return std::make_unique<VarispeedVoice>(format, static_cast<RateConverter::Quality>(quality));
+    return std::make_unique<VarispeedVoice>(format, static_cast<pcm::RateConverter::Quality>(quality));
 }
 
 double tapeFrames(Float64) { return 8192; }

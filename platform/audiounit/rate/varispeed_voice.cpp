@@ -10,7 +10,7 @@ constexpr UInt32 blockFrames = 512;
 
 } // namespace
 
-VarispeedVoice::VarispeedVoice(const AudioStreamBasicDescription& format, RateConverter::Quality quality)
+VarispeedVoice::VarispeedVoice(const AudioStreamBasicDescription& format, pcm::RateConverter::Quality quality)
     : channels(format.mChannelsPerFrame), filter(quality), pulled(std::size_t{blockFrames} * channels),
       converted(pulled.size()), in(channels)
 {
@@ -66,7 +66,7 @@ void VarispeedVoice::read(Reader& reader, const Setting& setting, Float32* const
 
 double VarispeedVoice::framesAhead(const Setting& setting) const
 {
-    return RateConverter::lookAhead(setting.rate, 1, filter) / setting.rate;
+    return pcm::RateConverter::lookAhead(setting.rate, 1, filter) / setting.rate;
 }
 
 double VarispeedVoice::framesOfTail(const Setting& setting) const { return framesAhead(setting); }

@@ -3,7 +3,7 @@
 
 #include "platform/audiounit/rate/glide.h"
 #include "platform/audiounit/rate/voice.h"
-#include "platform/audiounit/rate_converter.h"
+#include "platform/pcm/rate_converter.h"
 
 #include <vector>
 
@@ -12,7 +12,7 @@ namespace kvxplatform::audiounit {
 class VarispeedVoice final : public Voice {
 public:
     /// Throws std::bad_alloc.
-    VarispeedVoice(const AudioStreamBasicDescription& format, RateConverter::Quality quality);
+    VarispeedVoice(const AudioStreamBasicDescription& format, pcm::RateConverter::Quality quality);
 
     void start(std::int64_t frame, const Setting& setting) override;
     std::int64_t leadIn(const Setting&) const override { return 0; }
@@ -27,8 +27,8 @@ private:
     struct Pulling;
 
     UInt32 channels;
-    RateConverter::Quality filter;
-    RateConverter converter;
+    pcm::RateConverter::Quality filter;
+    pcm::RateConverter converter;
     Glide rate;
     std::int64_t fed = 0; // the next frame to take from the tape
     double heard = 0;

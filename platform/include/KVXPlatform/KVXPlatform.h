@@ -153,11 +153,11 @@ KVX_PLATFORM_EXPORT const char* KVXPlatformErrorText(void);
 
 /** Platform objects alive that a caller must release ("CFString", "IOProc", …), for leak reports. Fills up to
     `capacity` rows; returns the number of kinds with a count above zero. */
-typedef struct KVXAccount {
+typedef struct KVXLiveCount {
     const char* kind;
     uint32_t count;
-} KVXAccount;
-KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetAccounts(KVXAccount* rows, uint32_t capacity);
+} KVXLiveCount;
+KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetLiveCounts(KVXLiveCount* rows, uint32_t capacity);
 
 #ifdef __cplusplus
 }

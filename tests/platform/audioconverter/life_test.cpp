@@ -17,8 +17,8 @@ AudioStreamBasicDescription format() { return interleaved(44100, 1); }
 
 UInt32 alive()
 {
-    KVXAccount rows[32];
-    const UInt32 count = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const UInt32 count = KVXPlatformGetLiveCounts(rows, 32);
     for (UInt32 i = 0; i < count; ++i)
         if (!std::strcmp(rows[i].kind, "AudioConverter")) return rows[i].count;
     return 0;

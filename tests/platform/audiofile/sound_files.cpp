@@ -245,9 +245,9 @@ std::string text(const AudioStreamBasicDescription& f)
 
 unsigned alive()
 {
-    KVXAccount rows[32];
+    KVXLiveCount rows[32];
     unsigned count = 0;
-    const auto kinds = std::min<std::uint32_t>(KVXPlatformGetAccounts(rows, 32), 32);
+    const auto kinds = std::min<std::uint32_t>(KVXPlatformGetLiveCounts(rows, 32), 32);
     for (std::uint32_t i = 0; i < kinds; ++i) count += rows[i].count;
     return count;
 }

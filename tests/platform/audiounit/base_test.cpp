@@ -47,7 +47,7 @@ void resetUnit(Unit& unit) { ++stateOf<State>(unit).resets; }
 OSStatus sumOfInputs(Unit& unit, Slice& slice)
 {
     if (unit.isBypassed) return passThrough(unit, slice);
-    clear(slice.out);
+    kvxplatform::pcm::clear(slice.out);
     for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
         AudioBufferList* in = nullptr;
         if (const OSStatus status = pull(unit, bus, slice.flags, slice.time, slice.frames, in)) return status;
@@ -138,7 +138,7 @@ protected:
     Float32 sample(UInt32 channel) { return static_cast<Float32*>(room.list().mBuffers[channel].mData)[15]; }
 
     std::unique_ptr<Unit> unit;
-    ListStorage room;
+    kvxplatform::pcm::ListStorage room;
 };
 
 TEST_F(Base, CountsOfBusesVaryWithinTheirLimits)
@@ -220,7 +220,7 @@ TEST_F(Base, ParameterListAndInfoFollowTheTable)
 
 TEST_F(Base, TakesCanonicalFormatsOnly)
 {
-    const auto canonical = canonicalFormat(48000, 5);
+    const auto canonical = kvxplatform::pcm::canonicalFormat(48000, 5);
     EXPECT_EQ(set(kAudioUnitProperty_StreamFormat, 1, 1, canonical), noErr);
     auto other = canonical;
     other.mFormatFlags = 9;
@@ -229,8 +229,8 @@ TEST_F(Base, TakesCanonicalFormatsOnly)
     other = canonical;
     other.mBitsPerChannel = 16;
     EXPECT_EQ(set(kAudioUnitProperty_StreamFormat, 1, 1, other), kAudioUnitErr_FormatNotSupported);
-    EXPECT_TRUE(
-        isSameFormat(get<AudioStreamBasicDescription>(kAudioUnitProperty_StreamFormat, 1, 1), canonical));
+    EXPECT_TRUE(kvxplatform::pcm::isSameFormat(
+        get<AudioStreamBasicDescription>(kAudioUnitProperty_StreamFormat, 1, 1), canonical));
 }
 
 TEST_F(Base, PullsEachBusByItsNumber)
@@ -263,7 +263,7 @@ TEST_F(Base, BypassedItPassesItsFirstInput)
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(sample(1), 0.5f + 1.0f / 128);
     ASSERT_EQ(uninitialize(*unit), noErr);
-    ASSERT_EQ(set(kAudioUnitProperty_StreamFormat, 1, 0, canonicalFormat(44100, 1)), noErr);
+    ASSERT_EQ(set(kAudioUnitProperty_StreamFormat, 1, 0, kvxplatform::pcm::canonicalFormat(44100, 1)), noErr);
     ASSERT_EQ(initialize(*unit), noErr);
     EXPECT_EQ(renderOnce(), kAudioUnitErr_FormatNotSupported) << "one channel is not two";
 }

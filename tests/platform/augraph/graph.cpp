@@ -31,8 +31,8 @@ AudioUnit Graph::unit(AUNode node) const
 
 std::uint32_t alive(const char* kind)
 {
-    KVXAccount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
     for (std::uint32_t i = 0; i < kinds && i < 32; ++i)
         if (std::string(rows[i].kind) == kind) return rows[i].count;
     return 0;

@@ -45,7 +45,7 @@ OSStatus initializeUnit(Unit& unit)
 
 OSStatus addMark(Unit& unit, Slice& slice)
 {
-    clear(slice.out);
+    kvxplatform::pcm::clear(slice.out);
     OSStatus status = noErr;
     for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
         if (!unit.input(bus).source.get()) continue;
@@ -106,7 +106,7 @@ OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
 
 OSStatus renderOutput(Unit& unit, Slice& slice)
 {
-    clear(slice.out);
+    kvxplatform::pcm::clear(slice.out);
     AudioBufferList* in = nullptr;
     const OSStatus status = pull(unit, 0, slice.flags, slice.time, slice.frames, in);
     for (UInt32 i = 0; i < std::min(slice.out.mNumberBuffers, in->mNumberBuffers); ++i)

@@ -13,8 +13,8 @@ namespace {
 
 long alive()
 {
-    KVXAccount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
     for (std::uint32_t i = 0; i < kinds; ++i)
         if (std::string(rows[i].kind) == "Handle") return static_cast<long>(rows[i].count);
     return 0;

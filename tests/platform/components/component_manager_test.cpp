@@ -22,8 +22,8 @@ std::string text(OSType code)
 
 std::uint32_t openInstances()
 {
-    KVXAccount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
     for (std::uint32_t i = 0; i < kinds; ++i)
         if (std::string(rows[i].kind) == "ComponentInstance") return rows[i].count;
     return 0;

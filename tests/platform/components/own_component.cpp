@@ -48,8 +48,8 @@ ComponentResult call(ComponentInstance instance, short what, std::vector<long> w
 
 long alive(const char* kind)
 {
-    KVXAccount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
     for (std::uint32_t i = 0; i < kinds; ++i)
         if (std::string(rows[i].kind) == kind) return static_cast<long>(rows[i].count);
     return 0;

@@ -49,8 +49,8 @@ std::string readable(std::u16string_view units)
 
 unsigned alive()
 {
-    KVXAccount rows[32];
-    const unsigned kinds = std::min<unsigned>(KVXPlatformGetAccounts(rows, 32), 32);
+    KVXLiveCount rows[32];
+    const unsigned kinds = std::min<unsigned>(KVXPlatformGetLiveCounts(rows, 32), 32);
     for (unsigned i = 0; i < kinds; ++i)
         if (std::strcmp(rows[i].kind, "CFString") == 0) return rows[i].count;
     return 0;

@@ -36,7 +36,7 @@ std::string pathOf(CFURLRef url)
 }
 
 /// Objects of every kind that are still to be released.
-std::uint32_t kindsAlive() { return KVXPlatformGetAccounts(nullptr, 0); }
+std::uint32_t kindsAlive() { return KVXPlatformGetLiveCounts(nullptr, 0); }
 
 TEST(URLs, AreMadeFromPaths)
 {
@@ -157,8 +157,8 @@ TEST(URLs, AreCounted)
     ASSERT_EQ(kindsAlive(), 0u);
     const CFURLRef url = make("/a").release();
     EXPECT_EQ(CFGetRetainCount(url), 1);
-    KVXAccount row = {};
-    ASSERT_EQ(KVXPlatformGetAccounts(&row, 1), 1u);
+    KVXLiveCount row = {};
+    ASSERT_EQ(KVXPlatformGetLiveCounts(&row, 1), 1u);
     EXPECT_STREQ(row.kind, "CFURL");
     EXPECT_EQ(row.count, 1u);
     CFRetain(url);

@@ -97,8 +97,8 @@ AudioDeviceID defaultOutput()
 
 uint32_t account(const std::string& kind)
 {
-    std::array<KVXAccount, 32> rows = {};
-    const uint32_t count = KVXPlatformGetAccounts(rows.data(), rows.size());
+    std::array<KVXLiveCount, 32> rows = {};
+    const uint32_t count = KVXPlatformGetLiveCounts(rows.data(), rows.size());
     for (uint32_t i = 0; i < count; ++i)
         if (rows[i].kind == kind) return rows[i].count;
     return 0;

@@ -157,8 +157,8 @@ Bytes Mixer::playAll(SoundSource source, const Form& f, const Bytes& samples)
 
 long alive(const char* kind)
 {
-    KVXAccount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetAccounts(rows, 32);
+    KVXLiveCount rows[32];
+    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
     for (std::uint32_t i = 0; i < kinds; ++i)
         if (std::string(rows[i].kind) == kind) return static_cast<long>(rows[i].count);
     return 0;

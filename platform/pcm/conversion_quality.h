@@ -1,0 +1,35 @@
+// How a rate conversion is chosen: by the complexity of its filter, and by a quality from 0 to 127.
+#pragma once
+
+#include "platform/pcm/rate_converter.h"
+
+#include <AudioUnit/AudioUnit.h>
+
+namespace kvxplatform::pcm {
+
+struct ConversionQuality {
+    static constexpr UInt32 most = kRenderQuality_Max;
+
+    UInt32 complexity = kAudioUnitSampleRateConverterComplexity_Normal;
+    UInt32 quality = kRenderQuality_High;
+
+    static bool isComplexity(UInt32 value)
+    {
+        return value == kAudioUnitSampleRateConverterComplexity_Linear ||
+               value == kAudioUnitSampleRateConverterComplexity_Normal ||
+               value == kAudioUnitSampleRateConverterComplexity_Mastering;
+    }
+
+    /// 'line' is the fastest filter and 'bats' the best; 'norm' goes by the quality: the fastest below
+    /// medium, the best at the maximum, the one between for the rest.
+    RateConverter::Quality filter() const
+    {
+        using Quality = RateConverter::Quality;
+        if (complexity == kAudioUnitSampleRateConverterComplexity_Linear) return Quality::fast;
+        if (complexity == kAudioUnitSampleRateConverterComplexity_Mastering) return Quality::best;
+        if (quality < kRenderQuality_Medium) return Quality::fast;
+        return quality < kRenderQuality_Max ? Quality::normal : Quality::best;
+    }
+};
+
+} // namespace kvxplatform::pcm

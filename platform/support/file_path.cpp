@@ -1,0 +1,102 @@
+#include "platform/support/file_path.h"
+
+#include "platform/support/normal_form.h"
+
+#include <Carbon/MacErrors.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kvxplatform {
+namespace {
+
+/// What stands between the slashes, in turn.
+template <class Visit>
+void eachComponent(std::string_view path, Visit visit)
+{
+    while (!path.empty()) {
+        const std::size_t end = std::min(path.find('/'), path.size());
+        if (end > 0) visit(path.substr(0, end));
+        path.remove_prefix(std::min(end + 1, path.size()));
+    }
+}
+
+// A link to nowhere is there, too; so is what stands in a folder that may not be looked into.
+bool isThere(const std::string& path)
+{
+    struct stat ignored;
+    return lstat(path.c_str(), &ignored) == 0 || errno == EACCES;
+}
+
+std::string currentFolder()
+{
+    struct Free {
+        void operator()(char* memory) const { std::free(memory); }
+    };
+    const std::unique_ptr<char, Free> folder(getcwd(nullptr, 0));
+    return folder ? folder.get() : "";
+}
+
+/// `folder` and a component of it, under the name that is there; as given if none is.
+std::string componentOnDisk(const std::string& folder, std::string_view name)
+{
+    const std::string asGiven = folder + '/' + std::string(name);
+    if (isThere(asGiven)) return asGiven;
+    for (const CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD})
+        if (const auto other = inNormalForm(name, form))
+            if (std::string found = folder + '/' + *other; isThere(found)) return found;
+    return asGiven;
+}
+
+} // namespace
+
+std::string absolutePath(std::string_view path)
+{
+    if (path.empty() || path.find('\0') != path.npos) return {};
+    std::string whole(path);
+    if (path.front() != '/') {
+        const std::string folder = currentFolder();
+        if (folder.empty()) return {};
+        whole = folder + '/' + whole;
+    }
+    std::string result;
+    eachComponent(whole, [&](std::string_view component) {
+        if (component != ".") (result += '/') += component;
+    });
+    return result.empty() ? "/" : result;
+}
+
+std::string pathOnDisk(const std::string& absolute)
+{
+    if (isThere(absolute)) return absolute;
+    std::string found;
+    eachComponent(absolute, [&](std::string_view component) { found = componentOnDisk(found, component); });
+    return isThere(found) ? found : absolute;
+}
+
+OSStatus statusOfError(int error)
+{
+    static constexpr struct {
+        int error;
+        OSStatus status;
+    } rows[] = {
+        // clang-format off
+        {ENOENT,       fnfErr},           {ENOTDIR, fnfErr},  {ELOOP,  fnfErr},
+        {EACCES,       permErr},          {EPERM,   permErr},
+        {ENAMETOOLONG, errFSNameTooLong},
+        {EMFILE,       tmfoErr},          {ENFILE,  tmfoErr},
+        {ENOMEM,       memFullErr},       {EIO,     ioErr},
+        // clang-format on
+    };
+    const auto* row =
+        std::find_if(std::begin(rows), std::end(rows), [&](const auto& each) { return each.error == error; });
+    return row == std::end(rows) ? kPOSIXErrorBase + error : row->status;
+}
+
+} // namespace kvxplatform

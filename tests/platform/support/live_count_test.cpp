@@ -1,0 +1,70 @@
+// What callers hold, as leak reports count it.
+#include <CoreAudio/CoreAudio.h>
+#include <CoreFoundation/CoreFoundation.h>
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+OSStatus quiet(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
+               AudioBufferList*, const AudioTimeStamp*, void*)
+{
+    return noErr;
+}
+
+/// As "kind count" lines, in the order given.
+std::vector<std::string> report(uint32_t capacity = 16)
+{
+    std::vector<KVXLiveCount> rows(capacity);
+    const uint32_t kinds = KVXPlatformGetLiveCounts(rows.data(), capacity);
+    std::vector<std::string> lines;
+    for (uint32_t i = 0; i < std::min(kinds, capacity); ++i)
+        lines.push_back(std::string(rows[i].kind) + " " + std::to_string(rows[i].count));
+    return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(LiveCounts, AreEmptyWhenNothingIsHeld)
+{
+    EXPECT_EQ(KVXPlatformGetLiveCounts(nullptr, 0), 0u);
+    EXPECT_EQ(report(), Lines{});
+}
+
+TEST(LiveCounts, CountWhatIsHeldByKind)
+{
+    const AudioDeviceID device = KVXPlatformBuiltInSimulatedDevice();
+    const CFStringRef a = CFStringCreateWithCString(nullptr, "a", kCFStringEncodingUTF8);
+    const CFStringRef b = CFStringCreateMutableCopy(nullptr, 0, a);
+    CFRetain(a);
+    EXPECT_EQ(report(), (Lines{"CFString 2"})) << "objects, not references";
+    ASSERT_EQ(AudioDeviceAddIOProc(device, quiet, nullptr), noErr);
+    EXPECT_EQ(report(), (Lines{"CFString 2", "IOProc 1"})) << "by name";
+    EXPECT_EQ(KVXPlatformGetLiveCounts(nullptr, 0), 2u) << "how many kinds, without a row";
+    EXPECT_EQ(report(1).size(), 1u) << "no more rows than there is room for";
+    CFRelease(a);
+    CFRelease(b);
+    EXPECT_EQ(report(), (Lines{"CFString 1", "IOProc 1"}));
+    CFRelease(a);
+    ASSERT_EQ(AudioDeviceRemoveIOProc(device, quiet), noErr);
+    EXPECT_EQ(report(), Lines{});
+}
+
+TEST(LiveCounts, AreKeptByAnyThread)
+{
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([] {
+            for (int i = 0; i < 1000; ++i)
+                CFRelease(CFStringCreateWithCString(nullptr, "text", kCFStringEncodingUTF8));
+        });
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(report(), Lines{});
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+// A render call in progress, and threads that wait for it.
+#include "platform/support/render_scope.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+using kvxplatform::RenderScope;
+
+TEST(RenderScope, LetsInOneRenderCallAtATime)
+{
+    RenderScope scope;
+    {
+        const RenderScope::Entry first(scope);
+        EXPECT_TRUE(first);
+        EXPECT_FALSE(RenderScope::Entry(scope)) << "the same thread again";
+        std::thread([&] { EXPECT_FALSE(RenderScope::Entry(scope)) << "another thread"; }).join();
+        EXPECT_TRUE(scope.isInside()) << "a refused entry leaves the first one inside";
+    }
+    EXPECT_TRUE(RenderScope::Entry(scope));
+}
+
+TEST(RenderScope, KnowsTheThreadInside)
+{
+    RenderScope scope, other;
+    EXPECT_FALSE(scope.isInside());
+    EXPECT_FALSE(RenderScope::isInsideAny());
+    const RenderScope::Entry call(scope);
+    EXPECT_TRUE(scope.isInside());
+    EXPECT_FALSE(other.isInside());
+    EXPECT_TRUE(RenderScope::isInsideAny());
+    std::thread([&] {
+        EXPECT_FALSE(scope.isInside());
+        EXPECT_FALSE(RenderScope::isInsideAny());
+    }).join();
+}
+
+TEST(RenderScope, StampsARenderCall)
+{
+    RenderScope scope;
+    const RenderScope::Stamp before = scope.now();
+    EXPECT_TRUE(scope.hasLeft(before)) << "no call was in progress";
+    RenderScope::Stamp during;
+    {
+        const RenderScope::Entry call(scope);
+        during = scope.now();
+        EXPECT_TRUE(scope.hasLeft(before)) << "a call that began later does not count";
+        EXPECT_FALSE(scope.hasLeft(during));
+    }
+    EXPECT_TRUE(scope.hasLeft(during));
+    const RenderScope::Entry later(scope);
+    EXPECT_TRUE(scope.hasLeft(during)) << "another call is in progress";
+    EXPECT_FALSE(scope.hasLeft(scope.now()));
+}
+
+TEST(RenderScope, DoesNotWaitInsideItself)
+{
+    RenderScope scope;
+    const RenderScope::Entry call(scope);
+    scope.wait(); // hangs if it waits
+}
+
+TEST(RenderScope, WaitsForTheRenderCallInProgress)
+{
+    RenderScope scope;
+    std::atomic<bool> isInside{false}, mayLeave{false}, hasWorked{false};
+    std::thread audio([&] {
+        const RenderScope::Entry call(scope);
+        isInside = true;
+        while (!mayLeave) std::this_thread::yield();
+        hasWorked = true;
+    });
+    while (!isInside) std::this_thread::yield();
+    std::thread control([&] {
+        scope.wait();
+        EXPECT_TRUE(hasWorked);
+    });
+    mayLeave = true;
+    control.join();
+    audio.join();
+}
+
+} // namespace
