@@ -25,9 +25,9 @@ constexpr HostType<AUGraph> asGraph{"Integer"};
 // clang-format off
 REALproperty properties[] = {
     KVX_FIELD("ClientFormatString",            asString,     readOnly,  AUPlayerData, clientFormatString),
-    property("CurrentDeviceID",                asUInt32,     guarded<getCurrentDeviceID>, guarded<setCurrentDeviceID>),
-    property("DefaultDeviceID",                asUInt32,     guarded<getDefaultDeviceID>, readOnly),
-    property("OuputDevices",                   asDictionary, guarded<getOuputDevices>,    readOnly),
+    property("CurrentDeviceID",                asUInt32,     catchingAll<getCurrentDeviceID>, catchingAll<setCurrentDeviceID>),
+    property("DefaultDeviceID",                asUInt32,     catchingAll<getDefaultDeviceID>, readOnly),
+    property("OuputDevices",                   asDictionary, catchingAll<getOuputDevices>,    readOnly),
     KVX_FIELD("OutputFormatString",            asString,     readOnly,  AUPlayerData, outputFormatString),
     KVX_FIELD("DataIsInterleaved",             asBoolean,    readOnly,  AUPlayerData, dataIsInterleaved),
     KVX_FIELD("DataIsFloat",                   asBoolean,    readOnly,  AUPlayerData, dataIsFloat),
@@ -48,23 +48,23 @@ REALproperty properties[] = {
     KVX_FIELD("Lasterror",                     asInteger,    readWrite, AUPlayerData, lasterror),
     KVX_FIELD("Tag",                           asVariant,    readWrite, AUPlayerData, tag),
     KVX_FIELD("File",                          asFolderItem, readOnly,  AUPlayerData, file),
-    property("Pan",                            asDouble,     guarded<getPan>,               guarded<setPan>),
-    property("CurrentTime",                    asDouble,     guarded<getCurrentTime>,       guarded<setCurrentTime>),
-    property("TrackLength",                    asDouble,     guarded<getTrackLength>,       readOnly),
-    property("Looping",                        asBoolean,    guarded<getLooping>,           guarded<setLooping>),
-    property("Playing",                        asBoolean,    guarded<getPlaying>,           guarded<setPlaying>),
-    property("LoopIn",                         asDouble,     guarded<getLoopIn>,            guarded<setLoopIn>),
-    property("LoopOut",                        asDouble,     guarded<getLoopOut>,           guarded<setLoopOut>),
-    property("OutputVolume",                   asDouble,     guarded<getOutputVolume>,      guarded<setOutputVolume>),
-    property("TimeRate",                       asDouble,     guarded<getTimeRate>,          guarded<setTimeRate>),
-    property("PitchRate",                      asDouble,     guarded<getPitchRate>,         guarded<setPitchRate>),
-    property("MeterLevel",                     asDouble,     guarded<getMeterLevel>,        readOnly),
-    property("SampleRate",                     asDouble,     guarded<getSampleRate>,        readOnly),
-    property("Overlap",                        asDouble,     guarded<getOverlap>,           guarded<setOverlap>),
-    property("EnablePeakLocking",              asBoolean,    guarded<getEnablePeakLocking>, guarded<setEnablePeakLocking>),
+    property("Pan",                            asDouble,     catchingAll<getPan>,               catchingAll<setPan>),
+    property("CurrentTime",                    asDouble,     catchingAll<getCurrentTime>,       catchingAll<setCurrentTime>),
+    property("TrackLength",                    asDouble,     catchingAll<getTrackLength>,       readOnly),
+    property("Looping",                        asBoolean,    catchingAll<getLooping>,           catchingAll<setLooping>),
+    property("Playing",                        asBoolean,    catchingAll<getPlaying>,           catchingAll<setPlaying>),
+    property("LoopIn",                         asDouble,     catchingAll<getLoopIn>,            catchingAll<setLoopIn>),
+    property("LoopOut",                        asDouble,     catchingAll<getLoopOut>,           catchingAll<setLoopOut>),
+    property("OutputVolume",                   asDouble,     catchingAll<getOutputVolume>,      catchingAll<setOutputVolume>),
+    property("TimeRate",                       asDouble,     catchingAll<getTimeRate>,          catchingAll<setTimeRate>),
+    property("PitchRate",                      asDouble,     catchingAll<getPitchRate>,         catchingAll<setPitchRate>),
+    property("MeterLevel",                     asDouble,     catchingAll<getMeterLevel>,        readOnly),
+    property("SampleRate",                     asDouble,     catchingAll<getSampleRate>,        readOnly),
+    property("Overlap",                        asDouble,     catchingAll<getOverlap>,           catchingAll<setOverlap>),
+    property("EnablePeakLocking",              asBoolean,    catchingAll<getEnablePeakLocking>, catchingAll<setEnablePeakLocking>),
     KVX_FIELD("MaximumFramesPerSlice",         asInteger,    readWrite, AUPlayerData, maximumFramesPerSlice),
     KVX_FIELD("OutputUnit",                    asInteger,    readWrite, AUPlayerData, outputUnit),
-    fieldWithSetter("TimePitchUnit",           asInteger,    offsetof(AUPlayerData, timePitchUnit), guarded<setTimePitchUnit>),
+    fieldWithSetter("TimePitchUnit",           asInteger,    offsetof(AUPlayerData, timePitchUnit), catchingAll<setTimePitchUnit>),
 };
 
 REALmethod methods[] = {
@@ -113,5 +113,5 @@ AUPlayerData& beginCall(REALobjectStruct* object)
 
 REALclassDefinition auPlayerClass = table::classDefinition(
     "AUPlayerKVX", sizeof(auplayer::AUPlayerData),
-    {table::Border<auplayer::AUPlayerConstructor>::call, table::Border<auplayer::AUPlayerDestructor>::call},
+    {catchingAll<auplayer::AUPlayerConstructor>, catchingAll<auplayer::AUPlayerDestructor>},
     {auplayer::properties, auplayer::methods, {}, {}, auplayer::constants});

@@ -40,8 +40,8 @@ void AUPlayerDestructor(REALobjectStruct* object)
     delete take(player.clientFormat);
     delete take(player.outputFormat);
     std::free(take(player.loadedAudio));
-    if (player.tag) DropReference()(take(player.tag));
-    if (player.file) DropReference()(asObject(take(player.file)));
+    if (player.tag) release(REALUnlockObject, take(player.tag));
+    if (player.file) release(REALUnlockObject, asObject(take(player.file)));
 }
 
 } // namespace auplayer

@@ -16,7 +16,7 @@ namespace {
 using namespace table;
 
 template <std::uint32_t selector>
-constexpr auto text = guarded<getSelector<selector>>;
+constexpr auto text = catchingAll<getSelector<selector>>;
 
 // clang-format off
 REALproperty properties[] = {

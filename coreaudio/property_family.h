@@ -10,11 +10,11 @@
 #include "coreaudio/property_targets.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
+#include "plugin/owned_cf.h"
 #include "plugin/string_contents.h"
 #include "plugin/zeroed.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace coreaudio {
 
@@ -40,10 +40,6 @@ Value readValue(const Target& target, HostInteger& lasterror)
     value.size = std::min(value.size, announced);
     return value;
 }
-
-struct ReleaseCF {
-    void operator()(const void* reference) const { CFRelease(reference); }
-};
 
 template <class Target, class Read = typename Target::Read>
 struct Getters;
@@ -96,8 +92,8 @@ struct Getters<Target, Arguments<Where...>> {
         }
         CFStringRef text = nullptr;
         lasterror = target.get(&size, &text);
-        const std::unique_ptr<const void, ReleaseCF> owner(lasterror == noErr ? text : nullptr);
-        return CFString2RBString(static_cast<CFStringRef>(owner.get()));
+        const OwnedCF<CFStringRef> owner(lasterror == noErr ? text : nullptr);
+        return CFString2RBString(owner.get());
     }
 };
 

@@ -1,6 +1,7 @@
 #include "listener/changed_event.h"
 
 #include "listener/live_listeners.h"
+#include "plugin/catch_all.h"
 #include "plugin/process_state.h"
 #include "plugin/services.h"
 #include "plugin/weak_symbols.h"
@@ -21,13 +22,20 @@ const Word* eventSystemUse()
 }
 
 /// Call the host program's handler, if it attached one. [main]
-void raiseChanged(REALobjectStruct* object, Serial moment) noexcept
-try {
+void raiseChanged(REALobjectStruct* object, Serial moment)
+{
     const Word* event = eventSystemUse();
     if (!event || !isMeantFor(object, moment)) return;
     if (AnyFunction handler = REALGetEventInstance(object, *event))
         reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
-} catch (...) { // the caller is the platform's: its notification, or its main queue
+}
+
+/// Queue the event for the main thread. [any]
+void queueChanged(REALobjectStruct* object, Serial moment)
+{
+    dispatch_async(dispatch_get_main_queue(), ^{
+      catchingAll<raiseChanged>(object, moment);
+    });
 }
 
 } // namespace
@@ -38,15 +46,10 @@ OSStatus propertyChanged(AudioObjectID, UInt32, const AudioObjectPropertyAddress
 {
     const auto object = static_cast<REALobjectStruct*>(client);
     const Serial moment = latestSerial();
-    try {
-        if (pthread_main_np())
-            raiseChanged(object, moment);
-        else if (dispatch_async)
-            dispatch_async(dispatch_get_main_queue(), ^{
-              raiseChanged(object, moment);
-            });
-    } catch (...) { // a change that cannot be queued is lost; the platform's thread goes on
-    }
+    if (pthread_main_np())
+        catchingAll<raiseChanged>(object, moment);
+    else if (dispatch_async)
+        catchingAll<queueChanged>(object, moment); // an event that cannot be queued is dropped
     return noErr;
 }
 

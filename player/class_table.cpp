@@ -151,8 +151,7 @@ AudioPlayerData& dataOf(REALobjectStruct* object)
 
 } // namespace player
 
-REALclassDefinition coreAudioPlayerClass =
-    table::classDefinition("CoreAudioPlayerKVX", sizeof(player::AudioPlayerData),
-                           {table::Border<player::CoreAudioPlayAudioConstructor>::call,
-                            table::Border<player::CoreAudioPlayAudioDestructor>::call},
-                           {player::properties, player::methods, {}, {}});
+REALclassDefinition coreAudioPlayerClass = table::classDefinition(
+    "CoreAudioPlayerKVX", sizeof(player::AudioPlayerData),
+    {catchingAll<player::CoreAudioPlayAudioConstructor>, catchingAll<player::CoreAudioPlayAudioDestructor>},
+    {player::properties, player::methods, {}, {}});

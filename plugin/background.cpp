@@ -1,5 +1,7 @@
 #include "plugin/background.h"
 
+#include "plugin/catch_all.h"
+#include "plugin/mutex_lock.h"
 #include "plugin/services.h"
 #include "plugin/shared_word.h"
 #include "plugin/weak_symbols.h"
@@ -46,55 +48,30 @@ void deleteMutex(RunThreadState& state)
     state.mutex = nullptr;
 }
 
-class Locked {
-public:
-    explicit Locked(pthread_mutex_t* mutex) : mutex_(mutex)
-    {
-        if (mutex_) pthread_mutex_lock(mutex_);
-    }
-    ~Locked()
-    {
-        if (mutex_) pthread_mutex_unlock(mutex_);
-    }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
-
-private:
-    pthread_mutex_t* mutex_;
-};
-
-// Released and acquired by themselves, too: there may be no mutex.
+// `done` is atomic as well: without memory there is no mutex.
 bool isDone(const RunThreadState& state)
 {
-    const Locked locked(state.mutex);
+    const MutexLock lock(state.mutex);
     return loadAcquired(state.done);
 }
 
 void doWork(RunThreadState& state)
 {
     if (state.work) state.work(state.data);
-    const Locked locked(state.mutex);
+    const MutexLock lock(state.mutex);
     storeReleased(state.done, std::uint8_t{1});
 }
 
-/// What is thrown here is not heard: the worker still needs what stands on our stack.
-template <class Step>
-void unheard(Step step) noexcept
-{
-    try {
-        step();
-    } catch (...) {
-    }
-}
+// The waiting thread swallows exceptions: the worker still uses its stack frame.
 
 void yieldToHost()
 {
-    unheard([] { REALYieldToRB(); });
+    catchAll([] { REALYieldToRB(); });
 }
 
 void waitOneStep()
 {
-    unheard([] {
+    catchAll([] {
         AbsoluteTime until = AddDurationToAbsolute(waitStep, UpTime());
         MPDelayUntil(&until);
     });
@@ -102,7 +79,7 @@ void waitOneStep()
 
 void idle(const RunThreadState& state)
 {
-    unheard([&state] {
+    catchAll([&state] {
         if (state.idle) state.idle(state.data);
     });
 }
@@ -159,21 +136,28 @@ void runOnThread(const RunThreadState& request)
     state.running = 0;
 }
 
+/// Queue `block` on the system's global queue. Returns false if the queue throws.
+bool queued(dispatch_block_t block)
+{
+    return catchAll([block] {
+        dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), block);
+        return true;
+    });
+}
+
 void runOnQueue(const RunThreadState& request)
 {
     __block RunThreadState state = request; // moves to the heap together with the block
     state.mutex = newMutex();
     state.running = 1;
     state.isQueued = 1;
-    try {
-        dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), ^{
-          doWork(state);
-        });
-    } catch (...) { // nothing was queued
+    const bool isQueued = queued(^{
+      doWork(state);
+    });
+    if (isQueued)
+        waitForWorker(state);
+    else
         workRightHere(state);
-        return;
-    }
-    waitForWorker(state);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "abi/accessor_marks.h"
 #include "abi/class_definition.h"
 #include "abi/host_values.h"
+#include "plugin/catch_all.h"
 #include "plugin/declaration.h"
 
 #include <cstddef>
@@ -33,34 +34,16 @@ constexpr HostType<REALobjectStruct*> asVariant{"Variant"};
 constexpr HostType<REALobjectStruct*> asDictionary{"Dictionary"};
 constexpr HostType<REALfolderItemStruct*> asFolderItem{"FolderItem"};
 
-/// A function as the host calls it: nothing that C++ throws gets past it. The result is then a neutral one,
-/// and what the function had taken it has released on the way.
-template <auto function>
-struct Border;
-template <class Result, class... Arguments, Result (*function)(Arguments...)>
-struct Border<function> {
-    static Result call(Arguments... arguments)
-    {
-        try {
-            return function(arguments...);
-        } catch (...) {
-            return Result();
-        }
-    }
-    static constexpr bool isSharedMethod(std::string_view text)
-    {
-        return declares<Result, Arguments...>(text);
-    }
-};
-
-/// The same, as a value: for the getter and setter columns.
-template <auto function>
-constexpr auto guarded = &Border<function>::call;
-
 template <class Function>
 struct ObjectFunction;
 template <class Result, class... Arguments>
 struct ObjectFunction<Result (*)(REALobjectStruct*, Arguments...)> {
+    static constexpr bool isMethod(std::string_view text) { return declares<Result, Arguments...>(text); }
+};
+template <class Function>
+struct SharedFunction;
+template <class Result, class... Arguments>
+struct SharedFunction<Result (*)(Arguments...)> {
     static constexpr bool isMethod(std::string_view text) { return declares<Result, Arguments...>(text); }
 };
 
@@ -135,8 +118,8 @@ REALproperty fieldWithSetter(const char* name, HostType<T> type, std::size_t off
 #define KVX_METHOD_ROW(function, declaration, fits, flags)                                                   \
     REALmethod                                                                                               \
     {                                                                                                        \
-        reinterpret_cast<AnyFunction>(table::Border<function>::call), nullptr,                               \
-            table::checked<fits>(declaration), flags,                                                        \
+        reinterpret_cast<AnyFunction>(catchingAll<function>), nullptr, table::checked<fits>(declaration),    \
+            flags,                                                                                           \
         {                                                                                                    \
             0, 0                                                                                             \
         }                                                                                                    \
@@ -163,8 +146,8 @@ template <auto getter, auto setter>
 REALmethod indexedProperty(const char* declaration)
 {
     static_assert(isSetterOf(getter, setter), "the setter takes the getter's index, then the value");
-    return {reinterpret_cast<AnyFunction>(Border<getter>::call),
-            reinterpret_cast<AnyFunction>(Border<setter>::call),
+    return {reinterpret_cast<AnyFunction>(catchingAll<getter>),
+            reinterpret_cast<AnyFunction>(catchingAll<setter>),
             declaration,
             methodFlags,
             {0, 0}};
@@ -176,7 +159,8 @@ REALmethod indexedProperty(const char* declaration)
 
 /// A method of the class: no object is handed over.
 #define KVX_SHARED_METHOD(function, declaration)                                                             \
-    KVX_METHOD_ROW(function, declaration, table::Border<function>::isSharedMethod(declaration),              \
+    KVX_METHOD_ROW(function, declaration,                                                                    \
+                   (table::SharedFunction<std::decay_t<decltype(function)>>::isMethod(declaration)),         \
                    table::methodFlags)
 
 /// A constant of the class: "Name = value".

@@ -1,5 +1,5 @@
 // The library's one export.
-#include "plugin/class_table.h"
+#include "plugin/catch_all.h"
 #include "plugin/classes.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
@@ -58,5 +58,5 @@ void enter(REALResolver resolver)
 /// Called once by the host, on the thread that loads the library.
 extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolver resolver)
 {
-    table::Border<enter>::call(resolver);
+    catchingAll<enter>(resolver);
 }

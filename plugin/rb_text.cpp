@@ -29,7 +29,7 @@ rbText::~rbText()
     held_.reset();
     for (Slot& slot : slots_) {
         slot.converted.reset();
-        if (slot.hasData) DropReference::drop(REALDisposeStringData, &slot.data);
+        if (slot.hasData) release(REALDisposeStringData, &slot.data);
     }
 }
 

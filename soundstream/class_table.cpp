@@ -82,7 +82,7 @@ SoundStreamData& dataOf(REALobjectStruct* object)
 
 } // namespace soundstream
 
-REALclassDefinition soundStreamClass = table::classDefinition(
-    "QTSoundStreamKVX", sizeof(soundstream::SoundStreamData),
-    {table::Border<soundstream::construct>::call, table::Border<soundstream::destruct>::call},
-    {soundstream::properties, soundstream::methods, {}, {}});
+REALclassDefinition soundStreamClass =
+    table::classDefinition("QTSoundStreamKVX", sizeof(soundstream::SoundStreamData),
+                           {catchingAll<soundstream::construct>, catchingAll<soundstream::destruct>},
+                           {soundstream::properties, soundstream::methods, {}, {}});

@@ -1,0 +1,13 @@
+// An owned reference to a platform (CF) object.
+#pragma once
+
+#include "plugin/release.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <memory>
+#include <type_traits>
+
+/// For example OwnedCF<CFStringRef>.
+template <class Reference>
+using OwnedCF = std::unique_ptr<std::remove_pointer_t<Reference>, Releases<CFRelease>>;
