@@ -16,58 +16,61 @@ namespace auplayer {
 namespace {
 
 using namespace table;
+using Data = AUPlayerData;
 
 // To the host a handle is a number of the width of its Integer.
 static_assert(sizeof(AudioUnit) == sizeof(HostInteger) && sizeof(AUGraph) == sizeof(HostInteger));
-constexpr HostType<AudioUnit> asUnit{"Integer"};
-constexpr HostType<AUGraph> asGraph{"Integer"};
+constexpr HostType<AudioUnit> asUnit{asInteger.name};
+constexpr HostType<AUGraph> asGraph{asInteger.name};
 
 // clang-format off
 REALproperty properties[] = {
-    KVX_FIELD("ClientFormatString",            asString,     readOnly,  AUPlayerData, clientFormatString),
-    property("CurrentDeviceID",                asUInt32,     catchingAll<getCurrentDeviceID>, catchingAll<setCurrentDeviceID>),
-    property("DefaultDeviceID",                asUInt32,     catchingAll<getDefaultDeviceID>, readOnly),
-    property("OuputDevices",                   asDictionary, catchingAll<getOuputDevices>,    readOnly),
-    KVX_FIELD("OutputFormatString",            asString,     readOnly,  AUPlayerData, outputFormatString),
-    KVX_FIELD("DataIsInterleaved",             asBoolean,    readOnly,  AUPlayerData, dataIsInterleaved),
-    KVX_FIELD("DataIsFloat",                   asBoolean,    readOnly,  AUPlayerData, dataIsFloat),
-    KVX_FIELD("DataIsNativeEndian",            asBoolean,    readOnly,  AUPlayerData, dataIsNativeEndian),
-    KVX_FIELD("DataIsSignedInteger",           asBoolean,    readOnly,  AUPlayerData, dataIsSignedInteger),
-    KVX_FIELD("DataIsPCM",                     asBoolean,    readOnly,  AUPlayerData, dataIsPCM),
-    KVX_FIELD("DataNumberInterleavedChannels", asInteger,    readOnly,  AUPlayerData, dataNumberInterleavedChannels),
-    KVX_FIELD("DataNumberChannelStreams",      asInteger,    readOnly,  AUPlayerData, dataNumberChannelStreams),
-    KVX_FIELD("DataNumberChannels",            asInteger,    readOnly,  AUPlayerData, dataNumberChannels),
-    KVX_FIELD("DataSampleWordSize",            asInteger,    readOnly,  AUPlayerData, dataSampleWordSize),
-    KVX_FIELD("ConverterHandle",               asUnit,       readWrite, AUPlayerData, converter),
-    KVX_FIELD("GraphHandle",                   asGraph,      readWrite, AUPlayerData, graph),
-    KVX_FIELD("TimePitchHandle",               asUnit,       readWrite, AUPlayerData, timePitch),
-    KVX_FIELD("VariSpeedHandle",               asUnit,       readWrite, AUPlayerData, varispeed),
-    KVX_FIELD("OutputHandle",                  asUnit,       readWrite, AUPlayerData, output),
-    KVX_FIELD("MixerHandle",                   asUnit,       readWrite, AUPlayerData, mixer),
-    KVX_FIELD("EqualizerHandle",               asUnit,       readWrite, AUPlayerData, equalizer),
-    KVX_FIELD("Lasterror",                     asInteger,    readWrite, AUPlayerData, lasterror),
-    KVX_FIELD("Tag",                           asVariant,    readWrite, AUPlayerData, tag),
-    KVX_FIELD("File",                          asFolderItem, readOnly,  AUPlayerData, file),
-    property("Pan",                            asDouble,     catchingAll<getPan>,               catchingAll<setPan>),
-    property("CurrentTime",                    asDouble,     catchingAll<getCurrentTime>,       catchingAll<setCurrentTime>),
-    property("TrackLength",                    asDouble,     catchingAll<getTrackLength>,       readOnly),
-    property("Looping",                        asBoolean,    catchingAll<getLooping>,           catchingAll<setLooping>),
-    property("Playing",                        asBoolean,    catchingAll<getPlaying>,           catchingAll<setPlaying>),
-    property("LoopIn",                         asDouble,     catchingAll<getLoopIn>,            catchingAll<setLoopIn>),
-    property("LoopOut",                        asDouble,     catchingAll<getLoopOut>,           catchingAll<setLoopOut>),
-    property("OutputVolume",                   asDouble,     catchingAll<getOutputVolume>,      catchingAll<setOutputVolume>),
-    property("TimeRate",                       asDouble,     catchingAll<getTimeRate>,          catchingAll<setTimeRate>),
-    property("PitchRate",                      asDouble,     catchingAll<getPitchRate>,         catchingAll<setPitchRate>),
-    property("MeterLevel",                     asDouble,     catchingAll<getMeterLevel>,        readOnly),
-    property("SampleRate",                     asDouble,     catchingAll<getSampleRate>,        readOnly),
-    property("Overlap",                        asDouble,     catchingAll<getOverlap>,           catchingAll<setOverlap>),
-    property("EnablePeakLocking",              asBoolean,    catchingAll<getEnablePeakLocking>, catchingAll<setEnablePeakLocking>),
-    KVX_FIELD("MaximumFramesPerSlice",         asInteger,    readWrite, AUPlayerData, maximumFramesPerSlice),
-    KVX_FIELD("OutputUnit",                    asInteger,    readWrite, AUPlayerData, outputUnit),
-    fieldWithSetter("TimePitchUnit",           asInteger,    offsetof(AUPlayerData, timePitchUnit), catchingAll<setTimePitchUnit>),
+    //           name                             type          getter or field                setter
+    KVX_FIELD   ("ClientFormatString",            asString,     clientFormatString,            readOnly),
+    KVX_PROPERTY("CurrentDeviceID",               asUInt32,     getCurrentDeviceID,            setCurrentDeviceID),
+    KVX_PROPERTY("DefaultDeviceID",               asUInt32,     getDefaultDeviceID,            readOnly),
+    KVX_PROPERTY("OuputDevices",                  asDictionary, getOuputDevices,               readOnly),
+    KVX_FIELD   ("OutputFormatString",            asString,     outputFormatString,            readOnly),
+    KVX_FIELD   ("DataIsInterleaved",             asBoolean,    dataIsInterleaved,             readOnly),
+    KVX_FIELD   ("DataIsFloat",                   asBoolean,    dataIsFloat,                   readOnly),
+    KVX_FIELD   ("DataIsNativeEndian",            asBoolean,    dataIsNativeEndian,            readOnly),
+    KVX_FIELD   ("DataIsSignedInteger",           asBoolean,    dataIsSignedInteger,           readOnly),
+    KVX_FIELD   ("DataIsPCM",                     asBoolean,    dataIsPCM,                     readOnly),
+    KVX_FIELD   ("DataNumberInterleavedChannels", asInteger,    dataNumberInterleavedChannels, readOnly),
+    KVX_FIELD   ("DataNumberChannelStreams",      asInteger,    dataNumberChannelStreams,      readOnly),
+    KVX_FIELD   ("DataNumberChannels",            asInteger,    dataNumberChannels,            readOnly),
+    KVX_FIELD   ("DataSampleWordSize",            asInteger,    dataSampleWordSize,            readOnly),
+    KVX_FIELD   ("ConverterHandle",               asUnit,       converter,                     readWrite),
+    KVX_FIELD   ("GraphHandle",                   asGraph,      graph,                         readWrite),
+    KVX_FIELD   ("TimePitchHandle",               asUnit,       timePitch,                     readWrite),
+    KVX_FIELD   ("VariSpeedHandle",               asUnit,       varispeed,                     readWrite),
+    KVX_FIELD   ("OutputHandle",                  asUnit,       output,                        readWrite),
+    KVX_FIELD   ("MixerHandle",                   asUnit,       mixer,                         readWrite),
+    KVX_FIELD   ("EqualizerHandle",               asUnit,       equalizer,                     readWrite),
+    KVX_FIELD   ("Lasterror",                     asInteger,    lasterror,                     readWrite),
+    KVX_FIELD   ("Tag",                           asVariant,    tag,                           readWrite),
+    KVX_FIELD   ("File",                          asFolderItem, file,                          readOnly),
+    KVX_PROPERTY("Pan",                           asDouble,     getPan,                        setPan),
+    KVX_PROPERTY("CurrentTime",                   asDouble,     getCurrentTime,                setCurrentTime),
+    KVX_PROPERTY("TrackLength",                   asDouble,     getTrackLength,                readOnly),
+    KVX_PROPERTY("Looping",                       asBoolean,    getLooping,                    setLooping),
+    KVX_PROPERTY("Playing",                       asBoolean,    getPlaying,                    setPlaying),
+    KVX_PROPERTY("LoopIn",                        asDouble,     getLoopIn,                     setLoopIn),
+    KVX_PROPERTY("LoopOut",                       asDouble,     getLoopOut,                    setLoopOut),
+    KVX_PROPERTY("OutputVolume",                  asDouble,     getOutputVolume,               setOutputVolume),
+    KVX_PROPERTY("TimeRate",                      asDouble,     getTimeRate,                   setTimeRate),
+    KVX_PROPERTY("PitchRate",                     asDouble,     getPitchRate,                  setPitchRate),
+    KVX_PROPERTY("MeterLevel",                    asDouble,     getMeterLevel,                 readOnly),
+    KVX_PROPERTY("SampleRate",                    asDouble,     getSampleRate,                 readOnly),
+    KVX_PROPERTY("Overlap",                       asDouble,     getOverlap,                    setOverlap),
+    KVX_PROPERTY("EnablePeakLocking",             asBoolean,    getEnablePeakLocking,          setEnablePeakLocking),
+    KVX_FIELD   ("MaximumFramesPerSlice",         asInteger,    maximumFramesPerSlice,         readWrite),
+    KVX_FIELD   ("OutputUnit",                    asInteger,    outputUnit,                    readWrite),
+    KVX_FIELD   ("TimePitchUnit",                 asInteger,    timePitchUnit,                 setTimePitchUnit),
 };
 
 REALmethod methods[] = {
+    //         function        declaration
     KVX_METHOD(CopyData,       "Data as Memoryblock"),
     KVX_METHOD(LoadFile,       "LoadFile(file as folderitem, InputChannels as Integer = 2, OutputChannels as Integer = 2) as boolean"),
     KVX_METHOD(LoadFileMT,     "LoadFileMT(file as folderitem, InputChannels as Integer = 2, OutputChannels as Integer = 2) as boolean"),
@@ -111,7 +114,7 @@ AUPlayerData& beginCall(REALobjectStruct* object)
 
 } // namespace auplayer
 
-REALclassDefinition auPlayerClass = table::classDefinition(
-    "AUPlayerKVX", sizeof(auplayer::AUPlayerData),
-    {catchingAll<auplayer::AUPlayerConstructor>, catchingAll<auplayer::AUPlayerDestructor>},
-    {auplayer::properties, auplayer::methods, {}, {}, auplayer::constants});
+REALclassDefinition auPlayerClass =
+    table::classDefinition<auplayer::AUPlayerData, auplayer::AUPlayerConstructor,
+                           auplayer::AUPlayerDestructor>(
+        "AUPlayerKVX", {auplayer::properties, auplayer::methods, {}, {}, auplayer::constants});

@@ -1,4 +1,4 @@
-// CoreAudioKVX as the host sees it.
+// The class table of CoreAudioKVX.
 #include "plugin/class_table.h"
 #include "coreaudio/audio_object.h"
 #include "coreaudio/constants.h"
@@ -15,98 +15,98 @@ namespace {
 
 using namespace table;
 
-template <std::uint32_t selector>
-constexpr auto text = catchingAll<getSelector<selector>>;
+using Data = CoreAudioData;
 
 // clang-format off
 REALproperty properties[] = {
-    //       name                                                     type       getter
-    constant("kAudioHardwarePropertyDevices",                         asString,  text<'dev#'>),
-    constant("kAudioHardwarePropertyDefaultInputDevice",              asString,  text<'dIn '>),
-    constant("kAudioHardwarePropertyDefaultOutputDevice",             asString,  text<'dOut'>),
-    constant("kAudioHardwarePropertyDefaultSystemOutputDevice",       asString,  text<'sOut'>),
-    constant("kAudioHardwarePropertyDeviceForUID",                    asString,  text<'duid'>),
-    constant("kAudioHardwarePropertySleepingIsAllowed",               asString,  text<'slep'>),
-    constant("kAudioHardwarePropertyUnloadingIsAllowed",              asString,  text<'unld'>),
-    constant("kAudioHardwarePropertyRunLoop",                         asString,  text<'rnlp'>),
-    constant("kAudioHardwarePropertyBootChimeVolumeScalar",           asString,  text<'bbvs'>),
-    constant("kAudioHardwarePropertyBootChimeVolumeDecibels",         asString,  text<'bbvd'>),
-    constant("kAudioHardwarePropertyBootChimeVolumeRangeDecibels",    asString,  text<'bbd#'>),
-    constant("kAudioHardwarePropertyBootChimeVolumeScalarToDecibels", asString,  text<'bv2d'>),
-    constant("kAudioHardwarePropertyBootChimeVolumeDecibelsToScalar", asString,  text<'bd2v'>),
-    constant("kAudioDevicePropertyDeviceName",                        asString,  text<'name'>),
-    constant("kAudioDevicePropertyDeviceNameCFString",                asString,  text<'lnam'>),
-    constant("kAudioDevicePropertyDeviceManufacturer",                asString,  text<'makr'>),
-    constant("kAudioDevicePropertyDeviceManufacturerCFString",        asString,  text<'lmak'>),
-    constant("kAudioDevicePropertyPlugIn",                            asString,  text<'plug'>),
-    constant("kAudioDevicePropertyDeviceUID",                         asString,  text<'uid '>),
-    constant("kAudioDevicePropertyTransportType",                     asString,  text<'tran'>),
-    constant("kAudioDevicePropertyDeviceIsAlive",                     asString,  text<'livn'>),
-    constant("kAudioDevicePropertyDeviceIsRunning",                   asString,  text<'goin'>),
-    constant("kAudioDevicePropertyDeviceIsRunningSomewhere",          asString,  text<'gone'>),
-    constant("kAudioDevicePropertyDeviceCanBeDefaultDevice",          asString,  text<'dflt'>),
-    constant("kAudioDevicePropertyDeviceCanBeDefaultSystemDevice",    asString,  text<'sflt'>),
-    constant("kAudioDevicePropertyJackIsConnected",                   asString,  text<'jack'>),
-    constant("kAudioDeviceProcessorOverload",                         asString,  text<'over'>),
-    constant("kAudioDevicePropertyHogMode",                           asString,  text<'oink'>),
-    constant("kAudioDevicePropertyRegisterBufferList",                asString,  text<'rbuf'>),
-    constant("kAudioDevicePropertyLatency",                           asString,  text<'ltnc'>),
-    constant("kAudioDevicePropertyBufferSize",                        asString,  text<'bsiz'>),
-    constant("kAudioDevicePropertyBufferSizeRange",                   asString,  text<'bsz#'>),
-    constant("kAudioDevicePropertyBufferFrameSize",                   asString,  text<'fsiz'>),
-    constant("kAudioDevicePropertyBufferFrameSizeRange",              asString,  text<'fsz#'>),
-    constant("kAudioDevicePropertyUsesVariableBufferFrameSizes",      asString,  text<'vfsz'>),
-    constant("kAudioDevicePropertyStreams",                           asString,  text<'stm#'>),
-    constant("kAudioDevicePropertySafetyOffset",                      asString,  text<'saft'>),
-    constant("kAudioDevicePropertySupportsMixing",                    asString,  text<'mix?'>),
-    constant("kAudioDevicePropertyStreamConfiguration",               asString,  text<'slay'>),
-    constant("kAudioDevicePropertyIOProcStreamUsage",                 asString,  text<'suse'>),
-    constant("kAudioDevicePropertyPreferredChannelsForStereo",        asString,  text<'dch2'>),
-    constant("kAudioDevicePropertyNominalSampleRate",                 asString,  text<'nsrt'>),
-    constant("kAudioDevicePropertyAvailableNominalSampleRates",       asString,  text<'nsr#'>),
-    constant("kAudioDevicePropertyActualSampleRate",                  asString,  text<'asrt'>),
-    constant("kAudioDevicePropertyStreamFormat",                      asString,  text<'sfmt'>),
-    constant("kAudioDevicePropertyStreamFormats",                     asString,  text<'sfm#'>),
-    constant("kAudioDevicePropertyStreamFormatSupported",             asString,  text<'sfm?'>),
-    constant("kAudioDevicePropertyStreamFormatMatch",                 asString,  text<'sfmm'>),
-    constant("kAudioDevicePropertyVolumeScalar",                      asString,  text<'volm'>),
-    constant("kAudioDevicePropertyVolumeDecibels",                    asString,  text<'vold'>),
-    constant("kAudioDevicePropertyVolumeRangeDecibels",               asString,  text<'vdb#'>),
-    constant("kAudioDevicePropertyVolumeScalarToDecibels",            asString,  text<'v2db'>),
-    constant("kAudioDevicePropertyVolumeDecibelsToScalar",            asString,  text<'db2v'>),
-    constant("kAudioDevicePropertyMute",                              asString,  text<'mute'>),
-    constant("kAudioDevicePropertyPlayThru",                          asString,  text<'thru'>),
-    constant("kAudioDevicePropertyDataSource",                        asString,  text<'ssrc'>),
-    constant("kAudioDevicePropertyDataSources",                       asString,  text<'ssc#'>),
-    constant("kAudioDevicePropertyDataSourceNameForID",               asString,  text<'sscn'>),
-    constant("kAudioDevicePropertyDataSourceNameForIDCFString",       asString,  text<'lscn'>),
-    constant("kAudioDevicePropertyClockSource",                       asString,  text<'csrc'>),
-    constant("kAudioDevicePropertyClockSources",                      asString,  text<'csc#'>),
-    constant("kAudioDevicePropertyClockSourceNameForID",              asString,  text<'cscn'>),
-    constant("kAudioDevicePropertyClockSourceNameForIDCFString",      asString,  text<'lcsn'>),
-    constant("kAudioDevicePropertyDriverShouldOwniSub",               asString,  text<'isub'>),
-    constant("kAudioDevicePropertySubVolumeScalar",                   asString,  text<'svlm'>),
-    constant("kAudioDevicePropertySubVolumeDecibels",                 asString,  text<'svld'>),
-    constant("kAudioDevicePropertySubVolumeRangeDecibels",            asString,  text<'svd#'>),
-    constant("kAudioDevicePropertySubVolumeScalarToDecibels",         asString,  text<'sv2d'>),
-    constant("kAudioDevicePropertySubVolumeDecibelsToScalar",         asString,  text<'sd2v'>),
-    constant("kAudioDevicePropertySubMute",                           asString,  text<'smut'>),
-    constant("kAudioStreamPropertyOwningDevice",                      asString,  text<'stdv'>),
-    constant("kAudioStreamPropertyDirection",                         asString,  text<'sdir'>),
-    constant("kAudioStreamPropertyTerminalType",                      asString,  text<'term'>),
-    constant("kAudioStreamPropertyStartingChannel",                   asString,  text<'schn'>),
-    constant("kAudioStreamPropertyPhysicalFormat",                    asString,  text<'pft '>),
-    constant("kAudioStreamPropertyPhysicalFormats",                   asString,  text<'pft#'>),
-    constant("kAudioStreamPropertyPhysicalFormatSupported",           asString,  text<'pft?'>),
-    constant("kAudioStreamPropertyPhysicalFormatMatch",               asString,  text<'pftm'>),
-    constant("kAudioPropertyWildcardPropertyID",                      asString,  text<'****'>),
-    constant("kAudioPropertyWildcardSection",                         asInteger, getValue<0xFF>),
-    constant("kAudioPropertyWildcardChannel",                         asInteger, getValue<-1>),
+    //           name                                                     type       getter
+    KVX_CONSTANT("kAudioHardwarePropertyDevices",                         asString,  getSelector<'dev#'>),
+    KVX_CONSTANT("kAudioHardwarePropertyDefaultInputDevice",              asString,  getSelector<'dIn '>),
+    KVX_CONSTANT("kAudioHardwarePropertyDefaultOutputDevice",             asString,  getSelector<'dOut'>),
+    KVX_CONSTANT("kAudioHardwarePropertyDefaultSystemOutputDevice",       asString,  getSelector<'sOut'>),
+    KVX_CONSTANT("kAudioHardwarePropertyDeviceForUID",                    asString,  getSelector<'duid'>),
+    KVX_CONSTANT("kAudioHardwarePropertySleepingIsAllowed",               asString,  getSelector<'slep'>),
+    KVX_CONSTANT("kAudioHardwarePropertyUnloadingIsAllowed",              asString,  getSelector<'unld'>),
+    KVX_CONSTANT("kAudioHardwarePropertyRunLoop",                         asString,  getSelector<'rnlp'>),
+    KVX_CONSTANT("kAudioHardwarePropertyBootChimeVolumeScalar",           asString,  getSelector<'bbvs'>),
+    KVX_CONSTANT("kAudioHardwarePropertyBootChimeVolumeDecibels",         asString,  getSelector<'bbvd'>),
+    KVX_CONSTANT("kAudioHardwarePropertyBootChimeVolumeRangeDecibels",    asString,  getSelector<'bbd#'>),
+    KVX_CONSTANT("kAudioHardwarePropertyBootChimeVolumeScalarToDecibels", asString,  getSelector<'bv2d'>),
+    KVX_CONSTANT("kAudioHardwarePropertyBootChimeVolumeDecibelsToScalar", asString,  getSelector<'bd2v'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceName",                        asString,  getSelector<'name'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceNameCFString",                asString,  getSelector<'lnam'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceManufacturer",                asString,  getSelector<'makr'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceManufacturerCFString",        asString,  getSelector<'lmak'>),
+    KVX_CONSTANT("kAudioDevicePropertyPlugIn",                            asString,  getSelector<'plug'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceUID",                         asString,  getSelector<'uid '>),
+    KVX_CONSTANT("kAudioDevicePropertyTransportType",                     asString,  getSelector<'tran'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceIsAlive",                     asString,  getSelector<'livn'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceIsRunning",                   asString,  getSelector<'goin'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceIsRunningSomewhere",          asString,  getSelector<'gone'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceCanBeDefaultDevice",          asString,  getSelector<'dflt'>),
+    KVX_CONSTANT("kAudioDevicePropertyDeviceCanBeDefaultSystemDevice",    asString,  getSelector<'sflt'>),
+    KVX_CONSTANT("kAudioDevicePropertyJackIsConnected",                   asString,  getSelector<'jack'>),
+    KVX_CONSTANT("kAudioDeviceProcessorOverload",                         asString,  getSelector<'over'>),
+    KVX_CONSTANT("kAudioDevicePropertyHogMode",                           asString,  getSelector<'oink'>),
+    KVX_CONSTANT("kAudioDevicePropertyRegisterBufferList",                asString,  getSelector<'rbuf'>),
+    KVX_CONSTANT("kAudioDevicePropertyLatency",                           asString,  getSelector<'ltnc'>),
+    KVX_CONSTANT("kAudioDevicePropertyBufferSize",                        asString,  getSelector<'bsiz'>),
+    KVX_CONSTANT("kAudioDevicePropertyBufferSizeRange",                   asString,  getSelector<'bsz#'>),
+    KVX_CONSTANT("kAudioDevicePropertyBufferFrameSize",                   asString,  getSelector<'fsiz'>),
+    KVX_CONSTANT("kAudioDevicePropertyBufferFrameSizeRange",              asString,  getSelector<'fsz#'>),
+    KVX_CONSTANT("kAudioDevicePropertyUsesVariableBufferFrameSizes",      asString,  getSelector<'vfsz'>),
+    KVX_CONSTANT("kAudioDevicePropertyStreams",                           asString,  getSelector<'stm#'>),
+    KVX_CONSTANT("kAudioDevicePropertySafetyOffset",                      asString,  getSelector<'saft'>),
+    KVX_CONSTANT("kAudioDevicePropertySupportsMixing",                    asString,  getSelector<'mix?'>),
+    KVX_CONSTANT("kAudioDevicePropertyStreamConfiguration",               asString,  getSelector<'slay'>),
+    KVX_CONSTANT("kAudioDevicePropertyIOProcStreamUsage",                 asString,  getSelector<'suse'>),
+    KVX_CONSTANT("kAudioDevicePropertyPreferredChannelsForStereo",        asString,  getSelector<'dch2'>),
+    KVX_CONSTANT("kAudioDevicePropertyNominalSampleRate",                 asString,  getSelector<'nsrt'>),
+    KVX_CONSTANT("kAudioDevicePropertyAvailableNominalSampleRates",       asString,  getSelector<'nsr#'>),
+    KVX_CONSTANT("kAudioDevicePropertyActualSampleRate",                  asString,  getSelector<'asrt'>),
+    KVX_CONSTANT("kAudioDevicePropertyStreamFormat",                      asString,  getSelector<'sfmt'>),
+    KVX_CONSTANT("kAudioDevicePropertyStreamFormats",                     asString,  getSelector<'sfm#'>),
+    KVX_CONSTANT("kAudioDevicePropertyStreamFormatSupported",             asString,  getSelector<'sfm?'>),
+    KVX_CONSTANT("kAudioDevicePropertyStreamFormatMatch",                 asString,  getSelector<'sfmm'>),
+    KVX_CONSTANT("kAudioDevicePropertyVolumeScalar",                      asString,  getSelector<'volm'>),
+    KVX_CONSTANT("kAudioDevicePropertyVolumeDecibels",                    asString,  getSelector<'vold'>),
+    KVX_CONSTANT("kAudioDevicePropertyVolumeRangeDecibels",               asString,  getSelector<'vdb#'>),
+    KVX_CONSTANT("kAudioDevicePropertyVolumeScalarToDecibels",            asString,  getSelector<'v2db'>),
+    KVX_CONSTANT("kAudioDevicePropertyVolumeDecibelsToScalar",            asString,  getSelector<'db2v'>),
+    KVX_CONSTANT("kAudioDevicePropertyMute",                              asString,  getSelector<'mute'>),
+    KVX_CONSTANT("kAudioDevicePropertyPlayThru",                          asString,  getSelector<'thru'>),
+    KVX_CONSTANT("kAudioDevicePropertyDataSource",                        asString,  getSelector<'ssrc'>),
+    KVX_CONSTANT("kAudioDevicePropertyDataSources",                       asString,  getSelector<'ssc#'>),
+    KVX_CONSTANT("kAudioDevicePropertyDataSourceNameForID",               asString,  getSelector<'sscn'>),
+    KVX_CONSTANT("kAudioDevicePropertyDataSourceNameForIDCFString",       asString,  getSelector<'lscn'>),
+    KVX_CONSTANT("kAudioDevicePropertyClockSource",                       asString,  getSelector<'csrc'>),
+    KVX_CONSTANT("kAudioDevicePropertyClockSources",                      asString,  getSelector<'csc#'>),
+    KVX_CONSTANT("kAudioDevicePropertyClockSourceNameForID",              asString,  getSelector<'cscn'>),
+    KVX_CONSTANT("kAudioDevicePropertyClockSourceNameForIDCFString",      asString,  getSelector<'lcsn'>),
+    KVX_CONSTANT("kAudioDevicePropertyDriverShouldOwniSub",               asString,  getSelector<'isub'>),
+    KVX_CONSTANT("kAudioDevicePropertySubVolumeScalar",                   asString,  getSelector<'svlm'>),
+    KVX_CONSTANT("kAudioDevicePropertySubVolumeDecibels",                 asString,  getSelector<'svld'>),
+    KVX_CONSTANT("kAudioDevicePropertySubVolumeRangeDecibels",            asString,  getSelector<'svd#'>),
+    KVX_CONSTANT("kAudioDevicePropertySubVolumeScalarToDecibels",         asString,  getSelector<'sv2d'>),
+    KVX_CONSTANT("kAudioDevicePropertySubVolumeDecibelsToScalar",         asString,  getSelector<'sd2v'>),
+    KVX_CONSTANT("kAudioDevicePropertySubMute",                           asString,  getSelector<'smut'>),
+    KVX_CONSTANT("kAudioStreamPropertyOwningDevice",                      asString,  getSelector<'stdv'>),
+    KVX_CONSTANT("kAudioStreamPropertyDirection",                         asString,  getSelector<'sdir'>),
+    KVX_CONSTANT("kAudioStreamPropertyTerminalType",                      asString,  getSelector<'term'>),
+    KVX_CONSTANT("kAudioStreamPropertyStartingChannel",                   asString,  getSelector<'schn'>),
+    KVX_CONSTANT("kAudioStreamPropertyPhysicalFormat",                    asString,  getSelector<'pft '>),
+    KVX_CONSTANT("kAudioStreamPropertyPhysicalFormats",                   asString,  getSelector<'pft#'>),
+    KVX_CONSTANT("kAudioStreamPropertyPhysicalFormatSupported",           asString,  getSelector<'pft?'>),
+    KVX_CONSTANT("kAudioStreamPropertyPhysicalFormatMatch",               asString,  getSelector<'pftm'>),
+    KVX_CONSTANT("kAudioPropertyWildcardPropertyID",                      asString,  getSelector<'****'>),
+    KVX_CONSTANT("kAudioPropertyWildcardSection",                         asInteger, getValue<0xFF>),
+    KVX_CONSTANT("kAudioPropertyWildcardChannel",                         asInteger, getValue<-1>),
 
-    KVX_FIELD("Lasterror", asInteger, readWrite, CoreAudioData, lasterror),
+    KVX_FIELD("Lasterror", asInteger, lasterror, readWrite),
 };
 
 REALmethod methods[] = {
+    //         function                                 declaration
     KVX_METHOD(Family<Device>::SetPropertyString,       "AudioDeviceSetPropertyString(AudioDeviceID as integer, when as memoryblock, channel as integer, isinput as boolean, propertyID as string, data as string)"),
     KVX_METHOD(Family<Device>::SetPropertyMemory,       "AudioDeviceSetPropertyMemory(AudioDeviceID as integer, when as memoryblock, channel as integer, isinput as boolean, propertyID as string, data as memoryblock, offset as integer, length as integer)"),
     KVX_METHOD(Family<Device>::GetPropertyInfo,         "AudioDeviceGetPropertyInfo(AudioDeviceID as integer, channel as integer, isinput as boolean, propertyID as string, byref size as integer, byref writeable as boolean)"),
@@ -148,7 +148,8 @@ REALmethod methods[] = {
     KVX_METHOD(AudioUnitGetParameter, "AudioUnitGetParameter(AudioUnit as integer, ParameterID as integer, AudioUnitScope as integer, AudioUnitElement as integer) as single"),
 };
 
-REALmethod sharedMethods[] = {
+SharedMethod sharedMethods[] = {
+    //                function                            declaration
     KVX_SHARED_METHOD(CoreAudioGetHostClockFrequencyKVX,  "CoreAudioGetHostClockFrequencyKVX as double"),
     KVX_SHARED_METHOD(GetHostClockMinimumTimeDeltaKVX,    "GetHostClockMinimumTimeDeltaKVX as integer"),
     KVX_SHARED_METHOD(CoreAudioGetCurrentHostTimeKVX,     "CoreAudioGetCurrentHostTimeKVX as UInt64"),
@@ -161,7 +162,7 @@ static_assert(std::size(properties) == 82, "the class is published with 81 const
 static_assert(std::size(methods) == 36, "the class is published with 36 methods");
 static_assert(std::size(sharedMethods) == 5, "the class is published with 5 shared methods");
 
-// The host wants both; an object comes and goes without work.
+// The class must have both functions; an object needs no setup and no cleanup.
 void construct(REALobjectStruct*) {}
 void destruct(REALobjectStruct*) {}
 
@@ -176,6 +177,6 @@ HostInteger& beginCall(REALobjectStruct* object)
 
 } // namespace coreaudio
 
-REALclassDefinition coreAudioClass = table::classDefinition(
-    "CoreAudioKVX", sizeof(coreaudio::CoreAudioData), {coreaudio::construct, coreaudio::destruct},
-    {coreaudio::properties, coreaudio::methods, {}, coreaudio::sharedMethods});
+REALclassDefinition coreAudioClass =
+    table::classDefinition<coreaudio::CoreAudioData, coreaudio::construct, coreaudio::destruct>(
+        "CoreAudioKVX", {coreaudio::properties, coreaudio::methods, {}, coreaudio::sharedMethods});

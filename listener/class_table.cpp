@@ -19,14 +19,16 @@ using Data = ListenerData;
 
 // clang-format off
 REALproperty properties[] = {
-    KVX_FIELD("LastError",       asInteger, readOnly, ListenerData, lastError),
-    property("ObjectID",         asUInt32,  get<&Data::objectID>,         readOnly),
-    property("PropertySelector", asUInt32,  get<&Data::propertySelector>, readOnly),
-    property("PropertyScope",    asUInt32,  get<&Data::propertyScope>,    readOnly),
-    property("PropertyElement",  asUInt32,  get<&Data::propertyElement>,  readOnly),
+    //           name                type       getter or field               setter
+    KVX_FIELD   ("LastError",        asInteger, lastError,                    readOnly),
+    KVX_PROPERTY("ObjectID",         asUInt32,  get<&Data::objectID>,         readOnly),
+    KVX_PROPERTY("PropertySelector", asUInt32,  get<&Data::propertySelector>, readOnly),
+    KVX_PROPERTY("PropertyScope",    asUInt32,  get<&Data::propertyScope>,    readOnly),
+    KVX_PROPERTY("PropertyElement",  asUInt32,  get<&Data::propertyElement>,  readOnly),
 };
 
 REALmethod methods[] = {
+    //         function   declaration
     KVX_METHOD(construct, "Constructor(ObjectID as UInt32, PropertySelector as UInt32, PropertyScope as UInt32, PropertyElement as UInt32)"),
     KVX_METHOD(destruct,  "Destructor"),
 };
@@ -39,7 +41,6 @@ static_assert(std::size(methods) == 2, "the class is published with 2 methods");
 
 } // namespace listener
 
-// Construction and destruction are methods here: the host hands the constructor its arguments.
-REALclassDefinition coreAudioListenerClass =
-    table::classDefinition("CoreAudioListenerKVX", sizeof(listener::ListenerData), {},
-                           {listener::properties, listener::methods, listener::changedEvent, {}});
+// Construction and destruction are methods: the constructor takes arguments.
+REALclassDefinition coreAudioListenerClass = table::classDefinition<listener::ListenerData, nullptr, nullptr>(
+    "CoreAudioListenerKVX", {listener::properties, listener::methods, listener::changedEvent});

@@ -109,18 +109,19 @@ using Data = AudioPlayerData;
 
 // clang-format off
 REALproperty properties[] = {
-    //       name                      type       getter                                        setter
-    property("OutputPositionRelative", asDouble,  get<double, &Data::outputPositionRelative>,   readOnly),
-    property("SampleRate",             asSingle,  get<float, &Data::sampleRate>,                set<float, &Data::sampleRate>),
-    property("NumberOfChannels",       asInteger, get<HostInteger, &Data::numberOfChannels>,    set<HostInteger, &Data::numberOfChannels>),
-    property("OutputDeviceID",         asInteger, get<HostInteger, &Data::outputDeviceID>,      set<HostInteger, &Data::outputDeviceID>),
-    property("IsRunning",              asBoolean, getIsRunning,                                 readOnly),
-    property("OutputPosition",         asDouble,  get<double, &Data::outputPosition>,           readOnly),
-    property("NoUnderflow",            asBoolean, get<HostBoolean, &Data::noUnderflow>,         set<HostBoolean, &Data::noUnderflow>),
-    property("HadUnderflow",           asBoolean, get<HostBoolean, &Data::hadUnderflow>,        set<HostBoolean, &Data::hadUnderflow>),
+    //           name                      type       getter                                      setter
+    KVX_PROPERTY("OutputPositionRelative", asDouble,  get<double, &Data::outputPositionRelative>, readOnly),
+    KVX_PROPERTY("SampleRate",             asSingle,  get<float, &Data::sampleRate>,              set<float, &Data::sampleRate>),
+    KVX_PROPERTY("NumberOfChannels",       asInteger, get<HostInteger, &Data::numberOfChannels>,  set<HostInteger, &Data::numberOfChannels>),
+    KVX_PROPERTY("OutputDeviceID",         asInteger, get<HostInteger, &Data::outputDeviceID>,    set<HostInteger, &Data::outputDeviceID>),
+    KVX_PROPERTY("IsRunning",              asBoolean, getIsRunning,                               readOnly),
+    KVX_PROPERTY("OutputPosition",         asDouble,  get<double, &Data::outputPosition>,         readOnly),
+    KVX_PROPERTY("NoUnderflow",            asBoolean, get<HostBoolean, &Data::noUnderflow>,       set<HostBoolean, &Data::noUnderflow>),
+    KVX_PROPERTY("HadUnderflow",           asBoolean, get<HostBoolean, &Data::hadUnderflow>,      set<HostBoolean, &Data::hadUnderflow>),
 };
 
 REALmethod methods[] = {
+    //         function                      declaration
     KVX_METHOD(rbAddSomeAudio,               "AddAudio(Data as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean"),
     KVX_METHOD(rbAddSomeFPAudio,             "AddFloatAudio(FloatData as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean"),
     KVX_METHOD(rbAddSomeAudiostereo,         "AddAudioStereo(Data1 as memoryblock, Data2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean"),
@@ -151,7 +152,7 @@ AudioPlayerData& dataOf(REALobjectStruct* object)
 
 } // namespace player
 
-REALclassDefinition coreAudioPlayerClass = table::classDefinition(
-    "CoreAudioPlayerKVX", sizeof(player::AudioPlayerData),
-    {catchingAll<player::CoreAudioPlayAudioConstructor>, catchingAll<player::CoreAudioPlayAudioDestructor>},
-    {player::properties, player::methods, {}, {}});
+REALclassDefinition coreAudioPlayerClass =
+    table::classDefinition<player::AudioPlayerData, player::CoreAudioPlayAudioConstructor,
+                           player::CoreAudioPlayAudioDestructor>("CoreAudioPlayerKVX",
+                                                                 {player::properties, player::methods});

@@ -1,38 +1,33 @@
-// The text by which a class declares a member, read at compile time: its parameters and its result are
-// compared with a function's, type by type. Names and types have no case.
+// Method declarations, parsed at compile time: a declaration's parameters and result are compared with those
+// of a C++ function. Names, types and keywords are case-insensitive.
 #pragma once
 
-#include "abi/host_values.h"
 #include "plugin/host_array.h"
+#include "plugin/host_types.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <string_view>
+#include <type_traits>
 
 namespace table {
 
-/// The name by which a declaration calls a C++ type; no result has the empty name.
+/// How a declaration passes a C++ type: an array `ArrayOf<T>*`, a ByRef number `T*`, or a value.
+template <class T, class = void>
+struct Passing {
+    using Type = T;
+    static constexpr bool isArray = false, isByRef = false;
+};
 template <class T>
-extern const std::string_view typeName; // a type without a row does not compile
-
-// clang-format off
-template <> inline constexpr std::string_view typeName<void>                   = "";
-template <> inline constexpr std::string_view typeName<HostInteger>            = "integer";
-template <> inline constexpr std::string_view typeName<HostBoolean>            = "boolean";
-template <> inline constexpr std::string_view typeName<float>                  = "single";
-template <> inline constexpr std::string_view typeName<double>                 = "double";
-template <> inline constexpr std::string_view typeName<std::uint32_t>          = "uint32";
-template <> inline constexpr std::string_view typeName<std::uint64_t>          = "uint64";
-template <> inline constexpr std::string_view typeName<REALstringStruct*>      = "string";
-template <> inline constexpr std::string_view typeName<REALmemoryBlockStruct*> = "memoryblock";
-template <> inline constexpr std::string_view typeName<REALfolderItemStruct*>  = "folderitem";
-template <> inline constexpr std::string_view typeName<ArrayOf<HostInteger>*>  = "integer()";
-template <> inline constexpr std::string_view typeName<ArrayOf<float>*>        = "single()";
-template <> inline constexpr std::string_view typeName<ArrayOf<double>*>       = "double()";
-template <> inline constexpr std::string_view typeName<HostInteger*>           = "byref integer";
-template <> inline constexpr std::string_view typeName<HostBoolean*>           = "byref boolean";
-// clang-format on
+struct Passing<ArrayOf<T>*> {
+    using Type = T;
+    static constexpr bool isArray = true, isByRef = false;
+};
+template <class T>
+struct Passing<T*, std::enable_if_t<std::is_arithmetic_v<T>>> {
+    using Type = T;
+    static constexpr bool isArray = false, isByRef = true;
+};
 
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
@@ -70,52 +65,48 @@ constexpr bool endsWith(std::string_view text, std::string_view end)
     return text.size() >= end.size() && sameName(from(text, text.size() - end.size()), end);
 }
 
-constexpr std::size_t placeOfAs(std::string_view text)
+constexpr std::size_t indexOfAs(std::string_view text)
 {
-    for (std::size_t place = 0; place < text.size(); ++place)
-        if (startsWith(from(text, place), " as ")) return place;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (startsWith(from(text, i), " as ")) return i;
     return text.npos;
 }
 
-constexpr std::string_view arrayMark = "()"; // behind a parameter's name, or behind a result's type
-
-/// The type that stands behind " as " in one parameter or result, up to its default or end; "" without one.
+/// The type after " as " in one parameter or result, without default and brackets; "" without " as ".
 constexpr std::string_view typeIn(std::string_view text)
 {
-    const std::size_t as = placeOfAs(text);
+    const std::size_t as = indexOfAs(text);
     if (as == text.npos) return {};
     const std::string_view type = from(text, as + 4);
     return upTo(type, type.find_first_of("= ("));
 }
 
+/// Whether "()" follows a parameter's name or a result's type.
 constexpr bool isArray(std::string_view text)
 {
-    const std::size_t as = placeOfAs(text);
-    return as != text.npos && (endsWith(upTo(text, as), arrayMark) || endsWith(text, arrayMark));
+    const std::size_t as = indexOfAs(text);
+    return as != text.npos && (endsWith(upTo(text, as), "()") || endsWith(text, "()"));
 }
 
-/// Whether one parameter or result is declared as the C++ type wants it.
+/// Whether `text` declares one parameter or result of type `T`.
 template <class T>
 constexpr bool isDeclaredAs(std::string_view text)
 {
-    constexpr std::string_view byRef = "byref ";
-    constexpr bool wantsByRef = startsWith(typeName<T>, byRef);
-    constexpr bool wantsArray = endsWith(typeName<T>, arrayMark);
-    constexpr std::string_view type = from(typeName<T>, wantsByRef ? byRef.size() : 0);
-    return startsWith(withoutLeadingBlanks(text), byRef) == wantsByRef && isArray(text) == wantsArray &&
-           sameName(typeIn(text), upTo(type, type.size() - (wantsArray ? arrayMark.size() : 0)));
+    return startsWith(withoutLeadingBlanks(text), "byref ") == Passing<T>::isByRef &&
+           isArray(text) == Passing<T>::isArray &&
+           sameName(typeIn(text), typeName<typename Passing<T>::Type>);
 }
 
-/// A declaration taken apart: parameters without their brackets, and the rest behind the name.
+/// A declaration split into its parameters, without their brackets, and the text that declares the result.
 struct Signature {
     std::string_view parameters, result;
-    bool isWhole; // every bracket has its partner
+    bool isBalanced; ///< every bracket has its counterpart
 };
 
 constexpr Signature signatureOf(std::string_view text)
 {
     const std::size_t open = text.find('(');
-    if (open == text.npos || open > placeOfAs(text)) // no list, or only the mark of a result that is an array
+    if (open == text.npos || open > indexOfAs(text)) // no parameters; the bracket is that of an array result
         return {{}, text, (open == text.npos) == (text.find(')') == text.npos)};
     int depth = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -132,17 +123,17 @@ template <class Result, class... Arguments>
 constexpr bool declares(std::string_view text)
 {
     const Signature signature = signatureOf(text);
-    if (!signature.isWhole || !isDeclaredAs<Result>(signature.result)) return false;
+    if (!signature.isBalanced || !isDeclaredAs<Result>(signature.result)) return false;
 
     std::string_view list = signature.parameters;
     bool atEnd = list.empty(), agree = true;
-    [[maybe_unused]] const auto takeNext = [&](bool (*isRight)(std::string_view)) {
+    [[maybe_unused]] const auto nextIs = [&](bool (*isRight)(std::string_view)) {
         const bool right = !atEnd && isRight(upTo(list, list.find(',')));
         atEnd = list.find(',') == list.npos;
         list = from(list, atEnd ? list.size() : list.find(',') + 1);
         return right;
     };
-    ((agree = takeNext(&isDeclaredAs<Arguments>) && agree), ...);
+    ((agree = nextIs(&isDeclaredAs<Arguments>) && agree), ...);
     return agree && atEnd;
 }
 

@@ -43,22 +43,25 @@ HostBoolean getIsOpen(REALobjectStruct* object, HostInteger)
 }
 
 using namespace table;
+using Data = SoundStreamData;
 
 // To the host a handle is a number of the width of its Integer.
 static_assert(sizeof(StreamState*) == sizeof(HostInteger));
-constexpr HostType<StreamState*> asState{"Integer"};
+constexpr HostType<StreamState*> asState{asInteger.name};
 
 // clang-format off
 REALproperty properties[] = {
-    property("PostsStatusNotifications",    asBoolean, getPostsStatusNotifications,   setPostsStatusNotifications),
-    property("IsStreamActive",              asBoolean, getIsStreamActive,             readOnly),
-    property("IsOpen",                      asBoolean, getIsOpen,                     readOnly),
-    property("SoundOutputComponentHandle",  asInteger, getSoundOutputComponentHandle, readOnly),
-    KVX_FIELD("Handle",                     asState,   readWrite, SoundStreamData, state),
-    KVX_FIELD("Release",                    asBoolean, readWrite, SoundStreamData, ownsState),
+    //           name                          type       getter or field                setter
+    KVX_PROPERTY("PostsStatusNotifications",   asBoolean, getPostsStatusNotifications,   setPostsStatusNotifications),
+    KVX_PROPERTY("IsStreamActive",             asBoolean, getIsStreamActive,             readOnly),
+    KVX_PROPERTY("IsOpen",                     asBoolean, getIsOpen,                     readOnly),
+    KVX_PROPERTY("SoundOutputComponentHandle", asInteger, getSoundOutputComponentHandle, readOnly),
+    KVX_FIELD   ("Handle",                     asState,   state,                         readWrite),
+    KVX_FIELD   ("Release",                    asBoolean, ownsState,                     readWrite),
 };
 
 REALmethod methods[] = {
+    //         function                             declaration
     KVX_METHOD(CloseComponent,                      "CloseComponent"),
     KVX_METHOD(OpenComponent,                       "OpenComponent"),
     KVX_METHOD(InitComponent,                       "InitComponent"),
@@ -83,6 +86,5 @@ SoundStreamData& dataOf(REALobjectStruct* object)
 } // namespace soundstream
 
 REALclassDefinition soundStreamClass =
-    table::classDefinition("QTSoundStreamKVX", sizeof(soundstream::SoundStreamData),
-                           {catchingAll<soundstream::construct>, catchingAll<soundstream::destruct>},
-                           {soundstream::properties, soundstream::methods, {}, {}});
+    table::classDefinition<soundstream::SoundStreamData, soundstream::construct, soundstream::destruct>(
+        "QTSoundStreamKVX", {soundstream::properties, soundstream::methods});

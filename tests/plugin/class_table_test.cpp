@@ -1,4 +1,4 @@
-// The rows of a class table: what each becomes for the host.
+// The rows of a class table: what each contains, what compiles, and what happens when a function throws.
 #include "plugin/class_data.h"
 #include "plugin/class_table.h"
 
@@ -6,17 +6,14 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <type_traits>
 #include <vector>
 
 namespace {
 
-using Integer = HostInteger;
-template <class T>
-using Array = ArrayOf<T>*;
+// ---- a class with every kind of row ----
 
-// ---- a class made of every kind of row ----
-
-struct Record {
+struct Data {
     Word before;
     HostInteger level;
     float gain;
@@ -29,7 +26,18 @@ HostInteger getCode(REALobjectStruct*, HostInteger) { return 0x61626364; }
 HostInteger add(REALobjectStruct*, HostInteger a, HostInteger b) { return a + b; }
 void nothing(REALobjectStruct*) {}
 HostInteger twice(HostInteger a) { return 2 * a; }
-float throws(REALobjectStruct*) { throw std::runtime_error("past the border"); }
+
+template <class T>
+T throwingGetter(REALobjectStruct*, HostInteger)
+{
+    throw std::runtime_error("from a getter");
+}
+template <class T>
+void throwingSetter(REALobjectStruct*, HostInteger, T)
+{
+    throw std::runtime_error("from a setter");
+}
+float throws(REALobjectStruct*) { throw std::runtime_error("from a method"); }
 HostBoolean throwsNumber(HostInteger) { throw 42; }
 void throwsAway(REALobjectStruct*) { throw "text"; }
 
@@ -42,24 +50,32 @@ void setVolume(REALobjectStruct* object, std::uint32_t index, double value)
 {
     reinterpret_cast<double*>(object)[index] = value;
 }
-void throwsVolume(REALobjectStruct*, std::uint32_t, double) { throw "past the border"; }
-HostInteger lengthOf(REALobjectStruct*, Array<double> values) { return values ? 1 : 0; }
-Array<Integer> noMap(REALobjectStruct*) { return nullptr; }
+void throwsVolume(REALobjectStruct*, std::uint32_t, double) { throw "from an indexed setter"; }
+HostInteger lengthOf(REALobjectStruct*, ArrayOf<double>* values) { return values ? 1 : 0; }
+ArrayOf<HostInteger>* noMap(REALobjectStruct*) { return nullptr; }
 
-using table::classConstant;
-using table::constant;
-using table::fieldWithSetter;
-using table::property;
+using namespace table;
 
+// clang-format off
 REALproperty properties[] = {
-    property("Time", table::asDouble, getTime, setTime),
-    property("Length", table::asDouble, getTime, table::readOnly),
-    constant("kCode", table::asInteger, getCode),
-    KVX_FIELD("Level", table::asInteger, readWrite, Record, level),
-    KVX_FIELD("Gain", table::asSingle, readOnly, Record, gain),
-    KVX_FIELD("On", table::asBoolean, readWrite, Record, isOn),
-    fieldWithSetter("Mode", table::asInteger, offsetof(Record, level), setLevel),
+    KVX_PROPERTY("Time",   asDouble,  getTime, setTime),
+    KVX_PROPERTY("Length", asDouble,  getTime, readOnly),
+    KVX_CONSTANT("kCode",  asInteger, getCode),
+    KVX_FIELD   ("Level",  asInteger, level,   readWrite),
+    KVX_FIELD   ("Gain",   asSingle,  gain,    readOnly),
+    KVX_FIELD   ("On",     asBoolean, isOn,    readWrite),
+    KVX_FIELD   ("Mode",   asInteger, level,   setLevel),
 };
+
+REALproperty throwingProperties[] = {
+    KVX_PROPERTY("Time",   asDouble,  throwingGetter<double>,            throwingSetter<double>),
+    KVX_PROPERTY("Count",  asInteger, throwingGetter<HostInteger>,       throwingSetter<HostInteger>),
+    KVX_PROPERTY("On",     asBoolean, throwingGetter<HostBoolean>,       throwingSetter<HostBoolean>),
+    KVX_PROPERTY("Name",   asString,  throwingGetter<REALstringStruct*>, throwingSetter<REALstringStruct*>),
+    KVX_CONSTANT("kCode",  asInteger, throwingGetter<HostInteger>),
+    KVX_FIELD   ("Mode",   asInteger, level,                             throwingSetter<HostInteger>),
+};
+// clang-format on
 
 REALmethod methods[] = {
     KVX_METHOD(add, "Add(a as integer, b as integer) as integer"),
@@ -79,27 +95,52 @@ REALconstant constants[] = {
     classConstant("Last = 2"),
 };
 
-REALmethod sharedMethods[] = {
+SharedMethod sharedMethods[] = {
     KVX_SHARED_METHOD(twice, "Twice(a as integer) as integer"),
     KVX_SHARED_METHOD(throwsNumber, "Throws(a as integer) as boolean"),
 };
 
 REALevent events[] = {{"Changed()", 0, {0, 0}}, {"Other()", 0, {0, 0}}};
 
-TEST(ClassTable, PropertyRowsAreTwelveWords)
+// ---- what does not compile ----
+
+static_assert(isGetterOf<getTime, double>);
+static_assert(!isGetterOf<getTime, float>, "a getter of another type");
+static_assert(!isGetterOf<add, HostInteger>, "a method is not a getter");
+static_assert(isSetterOf<setTime, double> && isSetterOf<readOnly, double>);
+static_assert(!isSetterOf<setTime, HostInteger>, "a setter of another type");
+static_assert(!isSetterOf<getTime, double>, "getter and setter swapped");
+static_assert(!isSetterOf<readWrite, double>, "only a field is written directly");
+
+static_assert(isMethod(add, "Add(a as integer, b as integer) as integer"));
+static_assert(!isMethod(add, "Add(a as integer) as integer"), "a parameter is missing");
+static_assert(isSharedMethod(twice, "Twice(a as integer) as integer"));
+static_assert(!isSharedMethod(twice, "Twice(a as integer)"), "the result is missing");
+
+// Each kind of row fits its own member of a class only.
+template <class Row, class Array>
+constexpr bool fits = std::is_constructible_v<Rows<Row>, Array&>;
+static_assert(fits<REALproperty, decltype(properties)> && fits<REALmethod, decltype(methods)>);
+static_assert(fits<REALevent, decltype(events)> && fits<REALconstant, decltype(constants)>);
+static_assert(fits<SharedMethod, decltype(sharedMethods)>);
+static_assert(!fits<REALproperty, decltype(methods)> && !fits<REALmethod, decltype(properties)>);
+static_assert(!fits<REALevent, decltype(constants)> && !fits<REALconstant, decltype(events)>);
+static_assert(!fits<REALmethod, decltype(sharedMethods)>, "a shared method has no object");
+static_assert(!fits<SharedMethod, decltype(methods)>, "a method needs an object");
+
+TEST(ClassTable, PropertyRowsHaveTwelveWords)
 {
-    const auto address = [](auto* function) { return reinterpret_cast<AnyFunction>(function); };
-    const AnyFunction getterMark = reinterpret_cast<AnyFunction>(REALstandardGetter);
-    const AnyFunction setterMark = reinterpret_cast<AnyFunction>(REALstandardSetter);
+    const auto fieldGetter = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    const auto fieldSetter = reinterpret_cast<AnyFunction>(REALstandardSetter);
     // clang-format off
     const struct { const char* group; const char* name; const char* type; AnyFunction getter, setter; HostInteger parameter; } facts[] = {
-        {"",          "Time",   "Double",  address(getTime), address(setTime), 0},
-        {"",          "Length", "Double",  address(getTime), nullptr,          0},
-        {"Constants", "kCode",  "Integer", address(getCode), nullptr,          0},
-        {"",          "Level",  "Integer", getterMark,       setterMark,       offsetof(Record, level)},
-        {"",          "Gain",   "Single",  getterMark,       nullptr,          offsetof(Record, gain)},
-        {"",          "On",     "Boolean", getterMark,       setterMark,       offsetof(Record, isOn)},
-        {"",          "Mode",   "Integer", getterMark,       address(setLevel), offsetof(Record, level)},
+        {"",          "Time",   "Double",  address<getTime>(), address<setTime>(),  0},
+        {"",          "Length", "Double",  address<getTime>(), nullptr,             0},
+        {"Constants", "kCode",  "Integer", address<getCode>(), nullptr,             0},
+        {"",          "Level",  "Integer", fieldGetter,        fieldSetter,         offsetof(Data, level)},
+        {"",          "Gain",   "Single",  fieldGetter,        nullptr,             offsetof(Data, gain)},
+        {"",          "On",     "Boolean", fieldGetter,        fieldSetter,         offsetof(Data, isOn)},
+        {"",          "Mode",   "Integer", fieldGetter,        address<setLevel>(), offsetof(Data, level)},
     };
     // clang-format on
     static_assert(std::size(facts) == std::size(properties));
@@ -119,7 +160,7 @@ TEST(ClassTable, PropertyRowsAreTwelveWords)
     }
 }
 
-TEST(ClassTable, MethodRowsCarryDeclarationAndFlags)
+TEST(ClassTable, MethodRowsHaveDeclarationAndFlags)
 {
     // clang-format off
     const struct { const REALmethod& row; const char* declaration; Word flags; } facts[] = {
@@ -149,7 +190,7 @@ TEST(ClassTable, MethodsAreCalledThroughTheirRows)
     EXPECT_EQ(reinterpret_cast<Twice*>(sharedMethods[0].function)(21), 42);
 }
 
-TEST(ClassTable, APropertyWithAnIndexIsAMethodWithASetter)
+TEST(ClassTable, AnIndexedPropertyIsAMethodWithASetter)
 {
     const REALmethod& row = methods[5];
     EXPECT_STREQ(row.declaration, "Volume(index as UInt32) as double");
@@ -166,16 +207,16 @@ TEST(ClassTable, APropertyWithAnIndexIsAMethodWithASetter)
     EXPECT_EQ(volumes[2], 0.5);
 }
 
-TEST(ClassTable, AFieldsSetterIsGivenItsOffset)
+TEST(ClassTable, TheSetterOfAFieldReceivesTheFieldsOffset)
 {
     const REALproperty& row = properties[6];
     using Setter = void (*)(REALobjectStruct*, HostInteger parameter, HostInteger value);
     HostInteger written = 0;
     reinterpret_cast<Setter>(row.setter)(reinterpret_cast<REALobjectStruct*>(&written), row.parameter, 1000);
-    EXPECT_EQ(written, 1000 + HostInteger(offsetof(Record, level)));
+    EXPECT_EQ(written, 1000 + HostInteger(offsetof(Data, level)));
 }
 
-TEST(ClassTable, ConstantRowsAreTheirDeclarationsAndNothingElse)
+TEST(ClassTable, ConstantRowsHaveADeclarationOnly)
 {
     const char* const declarations[] = {"Default = 0", "Other = 1", "Last = 2"};
     static_assert(std::size(declarations) == std::size(constants));
@@ -185,26 +226,51 @@ TEST(ClassTable, ConstantRowsAreTheirDeclarationsAndNothingElse)
     }
 }
 
-TEST(ClassTable, NothingThrownCrossesTheBorder)
+TEST(ClassTable, AMethodThatThrowsReturnsTheNeutralValue)
 {
     EXPECT_EQ(reinterpret_cast<float (*)(REALobjectStruct*)>(methods[3].function)(nullptr), 0.0f);
     EXPECT_NO_THROW(reinterpret_cast<void (*)(REALobjectStruct*)>(methods[4].function)(nullptr));
     EXPECT_EQ(reinterpret_cast<HostBoolean (*)(HostInteger)>(sharedMethods[1].function)(1), 0);
 }
 
-TEST(ClassTable, ADefinitionCountsItsRows)
+template <class T>
+void expectNeutral(const REALproperty& row)
 {
-    const REALclassDefinition definition = table::classDefinition(
-        "Made", 123, {nothing, throwsAway}, {properties, methods, events, sharedMethods, constants});
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(reinterpret_cast<Getter<T>>(row.getter)(nullptr, 0), T());
+    if (row.setter) EXPECT_NO_THROW(reinterpret_cast<Setter<T>>(row.setter)(nullptr, 0, T()));
+}
+
+TEST(ClassTable, AGetterThatThrowsReturnsTheNeutralValueAndASetterReturns)
+{
+    expectNeutral<double>(throwingProperties[0]);
+    expectNeutral<HostInteger>(throwingProperties[1]);
+    expectNeutral<HostBoolean>(throwingProperties[2]);
+    expectNeutral<REALstringStruct*>(throwingProperties[3]);
+    expectNeutral<HostInteger>(throwingProperties[4]);
+    EXPECT_NO_THROW(reinterpret_cast<Setter<HostInteger>>(throwingProperties[5].setter)(nullptr, 0, 1));
+}
+
+std::vector<Word> wordsOf(const REALclassDefinition& definition)
+{
     std::vector<Word> words(sizeof definition / sizeof(Word));
     std::memcpy(words.data(), &definition, sizeof definition);
+    words[1] = 0; // the name, compared as text
+    return words;
+}
+
+TEST(ClassTable, ADefinitionCountsItsRows)
+{
+    using ClassData = char[123];
+    const REALclassDefinition definition = classDefinition<ClassData, nothing, throwsAway>(
+        "Made", {properties, methods, events, sharedMethods, constants});
 
     const auto word = [](auto* address) { return reinterpret_cast<Word>(address); };
-    std::vector<Word> expected(words.size());
+    std::vector<Word> expected(sizeof definition / sizeof(Word));
     expected[0] = 13;
     expected[3] = 123;
-    expected[5] = word(&nothing);
-    expected[6] = word(&throwsAway);
+    expected[5] = word(address<nothing>());
+    expected[6] = word(address<throwsAway>());
     expected[7] = word(properties), expected[8] = 7;
     expected[9] = word(methods), expected[10] = 9;
     expected[11] = word(events), expected[12] = 2;
@@ -212,30 +278,37 @@ TEST(ClassTable, ADefinitionCountsItsRows)
     expected[20] = 4;
     expected[23] = word(sharedMethods), expected[24] = 2;
     EXPECT_STREQ(definition.name, "Made");
-    words[1] = 0;
-    EXPECT_EQ(words, expected) << "no superclass, and zero wherever nothing is said";
+    EXPECT_EQ(wordsOf(definition), expected) << "all other words are zero";
+}
+
+TEST(ClassTable, AConstructorOrDestructorThatThrowsReturns)
+{
+    const REALclassDefinition definition = classDefinition<Data, throwsAway, throwsAway>("Made", {});
+    using Lifetime = void (*)(REALobjectStruct*);
+    EXPECT_NO_THROW(reinterpret_cast<Lifetime>(definition.constructor)(nullptr));
+    EXPECT_NO_THROW(reinterpret_cast<Lifetime>(definition.destructor)(nullptr));
 }
 
 TEST(ClassTable, ADefinitionWithoutRowsHasNoArrays)
 {
-    const REALclassDefinition definition = table::classDefinition("Bare", 0, {}, {});
-    std::vector<Word> words(sizeof definition / sizeof(Word));
-    std::memcpy(words.data(), &definition, sizeof definition);
-    words[1] = 0;
-    std::vector<Word> expected(words.size());
+    using ClassData = char[1];
+    const REALclassDefinition definition = classDefinition<ClassData, nullptr, nullptr>("Bare", {});
+    std::vector<Word> expected(sizeof definition / sizeof(Word));
     expected[0] = 13;
+    expected[3] = 1;
     expected[20] = 4;
-    EXPECT_EQ(words, expected);
+    EXPECT_STREQ(definition.name, "Bare");
+    EXPECT_EQ(wordsOf(definition), expected);
 }
 
-TEST(ClassTable, ClassDataStandsAtTheOffsetThatTheHostChose)
+TEST(ClassTable, ClassDataIsAtTheOffsetThatTheHostWrote)
 {
     REALclassDefinition definition = {};
-    alignas(Record) char object[64 + sizeof(Record)] = {};
+    alignas(Data) char object[64 + sizeof(Data)] = {};
     for (Word offset : {0, 4, 16, 64}) {
         definition.dataOffset = offset;
-        Record& record = classData<Record>(reinterpret_cast<REALobjectStruct*>(object), definition);
-        EXPECT_EQ(reinterpret_cast<char*>(&record), object + offset);
+        Data& data = classData<Data>(reinterpret_cast<REALobjectStruct*>(object), definition);
+        EXPECT_EQ(reinterpret_cast<char*>(&data), object + offset);
     }
 }
 
