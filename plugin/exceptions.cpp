@@ -1,7 +1,6 @@
 #include "plugin/exceptions.h"
 
-#include "plugin/host_string.h"
-#include "plugin/owned.h"
+#include "plugin/new_string.h"
 #include "plugin/zeroed.h"
 
 #include <cstdio>
@@ -11,21 +10,26 @@
 #include <typeinfo>
 
 namespace {
-constexpr char fallbackClass[] = "RuntimeException";
-constexpr int rangeTextBytes = 205; // the terminator included; a longer text is cut
 
-/// The message as a host string. A host that cannot build one raises from there, and ends up here again: then
-/// without a text, so that it ends.
+constexpr char fallbackClass[] = "RuntimeException";
+constexpr int rangeTextBytes = 205; // with the terminator; a longer text is cut
+
+/// The message as a host string. A C++ exception from the host while it builds the string raises its own host
+/// exception, without a message: a second attempt could fail in the same way for ever.
 OwnedString exceptionText(const char* message)
 {
     static bool isBuilding = false;
-    if (!message || isBuilding) return nullptr;
+    if (!message || !*message || isBuilding) return nullptr;
     struct Building {
         Building() { isBuilding = true; }
         ~Building() { isBuilding = false; }
     } const building;
-    return OwnedString(
-        REALBuildUnicodeString(message, static_cast<long long>(std::strlen(message)), encodingASCII));
+    try {
+        return newString(message, static_cast<HostInteger>(std::strlen(message)), encodingASCII);
+    } catch (...) {
+        RaiseHandledException();
+        return nullptr;
+    }
 }
 
 } // namespace
@@ -49,7 +53,7 @@ void RaiseOutOfBoundsException(long long value, long long lower, long long count
         RaiseException("OutOfBoundsException", "Out of Bounds");
         return;
     }
-    // Two qualifiers follow the parameter's name, hence two spaces when they are empty.
+    // Two qualifiers follow the parameter's name, so the text has two spaces when they are empty.
     const char* format = value < 0
                              ? "Parameter %s %s%s is too small. Range is %lld to %lld, but value is %lld."
                              : "Parameter %s %s%s is too big. Range is %lld to %lld, but value is %lld.";

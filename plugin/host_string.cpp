@@ -2,7 +2,7 @@
 
 #include "plugin/ascii.h"
 #include "plugin/exceptions.h"
-#include "plugin/owned.h"
+#include "plugin/new_string.h"
 #include "plugin/zeroed.h"
 
 #include <cstring>
@@ -15,11 +15,9 @@ constexpr CFIndex shortCFStringUnits = 99; // up to here a platform string is co
 constexpr int shortCFStringBytes = 600;
 constexpr int utf8BytesPerUnit = 6; // room for any encoding form that a platform may write
 
-OwnedString buildMarked(const void* bytes, long long length, std::uint32_t encoding)
+OwnedString buildUnconverted(const void* bytes, long long length, std::uint32_t encoding)
 {
-    OwnedString text(REALBuildString(bytes, static_cast<HostInteger>(length)));
-    if (text) REALSetStringEncoding(text.get(), encoding);
-    return text;
+    return newString(bytes, static_cast<HostInteger>(length), encoding);
 }
 
 OwnedString buildWithEncoding(const void* bytes, long long length, std::uint32_t encoding)
@@ -82,9 +80,9 @@ REALstringStruct* build(const void* bytes, long long length, std::uint32_t encod
     case encodingWindowsLatin1:
     case encodingUnknown:
         if (isASCII(bytes, length)) encoding = encodingASCII;
-        return buildMarked(bytes, length, encoding).release();
+        return buildUnconverted(bytes, length, encoding).release();
     default:
-        return buildMarked(bytes, length, encoding).release();
+        return buildUnconverted(bytes, length, encoding).release();
     }
 }
 
@@ -111,7 +109,7 @@ REALstringStruct* REALBuildUnicodeStringUTF16(const void* bytes, long long lengt
 {
     return convertToUTF8(rbversion_rbversion >= hostWithStringEncodings
                              ? buildWithEncoding(bytes, length, encodingUTF16)
-                             : buildMarked(bytes, length, encodingUTF16));
+                             : buildUnconverted(bytes, length, encodingUTF16));
 }
 
 REALstringStruct* CFString2RBString(CFStringRef text)
