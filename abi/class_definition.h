@@ -1,5 +1,5 @@
-// A class as the plug-in hands it to the host. All static data of the plug-in is written in the newest
-// layout, 13; an older host is given copies that lack the trailing words (the records whose names end in 9).
+// The definition of a class, passed from the plug-in to the host. The plug-in's static records have the newest
+// layout, 13. An older host receives copies without the trailing words: the records whose names end in 9.
 #pragma once
 
 #include "abi/word.h"
@@ -11,8 +11,8 @@ struct REALproperty {
     const char* name;
     const char* type;
     Word flags;
-    AnyFunction getter; ///< a function, or a mark of abi/accessor_marks.h
-    AnyFunction setter; ///< likewise; null: read-only
+    AnyFunction getter; ///< a function, or a value of abi/accessor_sentinels.h
+    AnyFunction setter; ///< the same; null: read-only
     HostInteger parameter;
     const char* editor;
     const void* enumeration;
@@ -33,7 +33,7 @@ struct REALproperty9 {
     Word tenth;
 };
 
-/// Also a shared method. A method with a setter is an indexed property.
+/// A method or shared method. A method with a setter is an indexed property.
 struct REALmethod {
     AnyFunction function;
     AnyFunction setter;
@@ -51,7 +51,7 @@ struct REALmethod9 {
 
 struct REALevent {
     const char* declaration;
-    Word systemUse; ///< filled by the host at registration; what "GetEventInstance" is asked with
+    Word systemUse; ///< written by the host at registration; the key for "GetEventInstance"
     Word trailing[2];
 };
 
@@ -70,13 +70,13 @@ struct REALconstant9 {
     Word further[2];
 };
 
-/// The words of a class definition that every layout has.
+/// The words of a class definition that all layouts have.
 struct REALclassDefinition9 {
     Word version;
     const char* name;
     const char* superName;
     Word dataSize;   ///< bytes of class data in each object
-    Word dataOffset; ///< written by the host at registration: class data stands at object + dataOffset
+    Word dataOffset; ///< written by the host at registration; the class data is at object + dataOffset
     AnyFunction constructor;
     AnyFunction destructor;
     void* properties; ///< REALproperty[] or, in layout 9, REALproperty9[]; the other arrays likewise
@@ -98,8 +98,8 @@ struct REALclassDefinition9 {
     Word sharedMethodCount;
 };
 
-/// A whole definition: the common words, then those that only newer hosts read (all zero in our classes). How
-/// many those are is the host's affair: seven fill the record up to 32 words; confirm it against the host.
+/// A definition in the newest layout: the common words, then words that only newer hosts read, all zero here.
+/// Seven fill the record up to 32 words; confirm the count against the host.
 struct REALclassDefinition : REALclassDefinition9 {
     Word newer[7];
 };

@@ -1,12 +1,13 @@
-// How the host enters the library, and how the library asks for the host's services.
+// How the host enters the library, and how the library finds the host's services.
 #pragma once
 
 extern "C" {
 
-/// The host's resolver: the address of the service of that name, or null when the host has none. [main]
+/// The host's resolver. Returns the address of the service `name`, or null for an unknown name. [main]
 typedef void* (*REALResolver)(const char* name);
 
-/// The library's one export, called once after loading, before any object of its classes exists. [main]
+/// The library's only export. The host calls it once, after loading the library and before it creates an
+/// object of the library's classes. [main]
 typedef void (*REALPluginMainFunction)(REALResolver resolver);
 }
 

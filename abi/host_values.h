@@ -1,30 +1,29 @@
-// Host values as the plug-in sees them. All are reference-counted and owned by the host. Before version
-// 2016.0 the words named here may be read directly; from then on only through services.
+// Host values in the plug-in's view. The host owns them and counts their references. Before host version 2016.0
+// the plug-in may read the named words directly; later hosts allow access through services only.
 #pragma once
 
 #include "abi/word.h"
 
-/// Class data stands behind the object's address, at the offset that the host wrote into the class
-/// definition.
+/// An object; its class data is at the object's address plus the definition's dataOffset.
 struct REALobjectStruct;
 struct REALmemoryBlockStruct;
 struct REALfolderItemStruct;
 
 struct REALstringStruct {
     Word first;
-    char* buffer; ///< the bytes begin at buffer + 1; a zero follows the last byte
+    char* buffer; ///< the text starts at buffer + 1; a zero byte follows its last byte
     Word third;
     HostInteger length; ///< bytes
-    Word encoding;      ///< a code of the platform's numbering, 0xFFFF when unknown
+    Word encoding;      ///< a HostTextEncoding
 };
 
 struct REALarrayStruct {
     Word first[7];
-    void* elements; ///< the element storage, element after element; null when the host keeps it elsewhere
+    void* elements; ///< contiguous elements; null if the host stores them elsewhere
 };
 
-/// Text handed out by "PluginGetStringData". What lies behind the length is the host's bookkeeping; 64 bytes
-/// leave it room beyond need, to be confirmed against the host.
+/// The result of "PluginGetStringData". The host uses the bytes after the length; 64 bytes in total are more
+/// than it needs. Confirm the size against the host.
 struct REALstringData {
     const char* bytes;
     HostInteger length;
@@ -32,7 +31,7 @@ struct REALstringData {
 };
 static_assert(sizeof(REALstringData) == 64);
 
-/// Text-encoding codes, in the platform's numbering.
+/// Text encodings, with the platform's codes.
 enum HostTextEncoding : std::uint32_t {
     encodingMacRoman = 0x0000,
     encodingUTF16 = 0x0100,

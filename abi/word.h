@@ -3,15 +3,14 @@
 
 #include <cstdint>
 
-/// A word of a host record. 32 bits on the product's target; the 64-bit build exists for the thread
-/// sanitizer.
+/// A word of a host record: 32 bits in the product. 64-bit builds exist for the thread sanitizer only.
 using Word = std::uintptr_t;
 
-/// The host's Integer: 32 bits on the product's target, and as wide as a pointer wherever the code is built.
+/// The host's Integer, as wide as a pointer: 32 bits in the product.
 using HostInteger = std::intptr_t;
 
-/// The address of a function whose type only its declaration text tells.
+/// A function's address; the member's declaration determines the function's type.
 using AnyFunction = void (*)();
 
-/// The host's Boolean: 8 bits, anything but zero is true.
+/// The host's Boolean: 8 bits; any value other than 0 is true.
 using HostBoolean = unsigned char;

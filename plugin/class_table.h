@@ -4,7 +4,7 @@
 // All functions: [main].
 #pragma once
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
 #include "plugin/catch_all.h"
 #include "plugin/declaration.h"

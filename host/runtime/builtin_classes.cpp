@@ -2,7 +2,7 @@
 // that one way of registering and calling serves all.
 #include "host/runtime/builtin_classes.h"
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
 #include "host/runtime/guarded.h"
 #include "host/runtime/records.h"

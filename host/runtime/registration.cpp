@@ -2,7 +2,7 @@
 #include "host/runtime/records.h"
 #include "host/runtime/state.h"
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-// Where each word of a class stands, for either side.
+// The position of each word in the records of a class definition.
 #include "abi/class_definition.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ struct Field {
     std::size_t offset, size;
 };
 
-/// Each field is one word, or as many as `words` says, and each stands behind the one before it.
+/// The fields are contiguous and have `words` words in total.
 void expectInOrder(const std::vector<Field>& fields, std::size_t words)
 {
     std::size_t next = 0;
@@ -29,7 +29,7 @@ void expectInOrder(const std::vector<Field>& fields, std::size_t words)
 #define FIELD(Record, member)                                                                                \
     Field { #member, offsetof(Record, member), sizeof(Record::member) }
 
-TEST(ClassDefinition, HasItsWordsInOrder)
+TEST(ClassDefinition, HasTwentyFiveCommonWordsInOrder)
 {
     using Words = REALclassDefinition9;
     // clang-format off
@@ -64,7 +64,7 @@ TEST(ClassDefinition, HasItsWordsInOrder)
     EXPECT_EQ(sizeof(REALclassDefinition9), 25 * sizeof(Word));
 }
 
-TEST(ClassDefinition, HasTheNewerWordsBehindTheOlder)
+TEST(ClassDefinition, HasTheNewerWordsAfterTheCommonWords)
 {
     REALclassDefinition definition = {};
     EXPECT_EQ(reinterpret_cast<char*>(definition.newer) - reinterpret_cast<char*>(&definition),
@@ -73,7 +73,7 @@ TEST(ClassDefinition, HasTheNewerWordsBehindTheOlder)
     EXPECT_EQ(sizeof definition % sizeof(Word), 0u);
 }
 
-TEST(ClassDefinition, PropertiesAreTwelveWordsAndOnceWereTen)
+TEST(PropertyRecord, HasTwelveWordsOrTenInLayout9)
 {
     // clang-format off
     expectInOrder({FIELD(REALproperty, group), FIELD(REALproperty, name), FIELD(REALproperty, type),
@@ -87,7 +87,7 @@ TEST(ClassDefinition, PropertiesAreTwelveWordsAndOnceWereTen)
     // clang-format on
 }
 
-TEST(ClassDefinition, MethodsAreSixWordsAndOnceWereFour)
+TEST(MethodRecord, HasSixWordsOrFourInLayout9)
 {
     // clang-format off
     expectInOrder({FIELD(REALmethod, function), FIELD(REALmethod, setter), FIELD(REALmethod, declaration),
@@ -97,26 +97,26 @@ TEST(ClassDefinition, MethodsAreSixWordsAndOnceWereFour)
     // clang-format on
 }
 
-TEST(ClassDefinition, EventsAreFourWordsAndOnceWereTwo)
+TEST(EventRecord, HasFourWordsOrTwoInLayout9)
 {
     expectInOrder({FIELD(REALevent, declaration), FIELD(REALevent, systemUse), FIELD(REALevent, trailing)},
                   4);
     expectInOrder({FIELD(REALevent9, declaration), FIELD(REALevent9, systemUse)}, 2);
 }
 
-TEST(ClassDefinition, ConstantsAreFiveWordsAndOnceWereThree)
+TEST(ConstantRecord, HasFiveWordsOrThreeInLayout9)
 {
     expectInOrder({FIELD(REALconstant, declaration), FIELD(REALconstant, further)}, 5);
     expectInOrder({FIELD(REALconstant9, declaration), FIELD(REALconstant9, further)}, 3);
 }
 
-TEST(ClassDefinition, LayoutsRunFromNineToThirteen)
+TEST(ClassDefinition, LayoutsAreNineToThirteen)
 {
     EXPECT_EQ(oldestLayout, 9);
     EXPECT_EQ(newestLayout, 13);
 }
 
-TEST(ClassDefinition, ZeroMeansNone)
+TEST(ClassDefinition, IsAllZeroBytesWhenValueInitialised)
 {
     const REALclassDefinition definition = {};
     std::vector<unsigned char> bytes(sizeof definition);

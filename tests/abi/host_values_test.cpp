@@ -1,4 +1,4 @@
-// The words of host values that may be read, and the codes that both sides use.
+// The words of host values that the plug-in reads, and the encoding codes.
 #include "abi/host_values.h"
 
 #include <gtest/gtest.h>
@@ -7,19 +7,19 @@
 
 namespace {
 
-TEST(HostValues, AStringHasItsTextInTheSecondFourthAndFifthWord)
+TEST(HostValues, AStringHasBufferLengthAndEncodingInItsSecondFourthAndFifthWord)
 {
     EXPECT_EQ(offsetof(REALstringStruct, buffer), 1 * sizeof(Word));
     EXPECT_EQ(offsetof(REALstringStruct, length), 3 * sizeof(Word));
     EXPECT_EQ(offsetof(REALstringStruct, encoding), 4 * sizeof(Word));
 }
 
-TEST(HostValues, AnArrayHasItsElementsInTheEighthWord)
+TEST(HostValues, AnArrayHasItsElementsInItsEighthWord)
 {
     EXPECT_EQ(offsetof(REALarrayStruct, elements), 7 * sizeof(Word));
 }
 
-TEST(HostValues, StringDataIs64BytesThatBeginWithAddressAndLength)
+TEST(HostValues, StringDataHas64BytesAndStartsWithAddressAndLength)
 {
     EXPECT_EQ(offsetof(REALstringData, bytes), 0u);
     EXPECT_EQ(offsetof(REALstringData, length), sizeof(Word));

@@ -1,5 +1,5 @@
-// The unit of every record, the entry point and the marks.
-#include "abi/accessor_marks.h"
+// The word types, the accessor sentinels and the entry point.
+#include "abi/accessor_sentinels.h"
 #include "abi/entry_point.h"
 #include "abi/word.h"
 
@@ -20,14 +20,14 @@ TEST(Word, IsAsWideAsAPointerAndAnInteger)
     if (sizeof(void*) == 4) EXPECT_EQ(sizeof(Word), 4u);
 }
 
-TEST(AccessorMarks, AreNeitherNullNorEachOther)
+TEST(AccessorSentinels, AreDistinctAndNotNull)
 {
     EXPECT_NE(REALstandardGetter, 0u);
     EXPECT_NE(REALstandardSetter, 0u);
     EXPECT_NE(REALstandardGetter, REALstandardSetter);
 }
 
-TEST(EntryPoint, HasItsNameAndTakesAResolver)
+TEST(EntryPoint, HasTheExportedNameAndTakesAResolver)
 {
     EXPECT_STREQ(pluginMainName, "REALPluginMain");
     EXPECT_TRUE((std::is_same_v<REALResolver, void* (*)(const char*)>));

@@ -2,7 +2,7 @@
 #include "tests/auplayer/player_test.h"
 #include "tests/support/property_value.h"
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
 

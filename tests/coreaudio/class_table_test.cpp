@@ -1,5 +1,5 @@
 // CoreAudioKVX as it is published: every property, method and shared method, in order, and the class itself.
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "tests/coreaudio/subject.h"
 #include "tests/support/property_value.h"
 

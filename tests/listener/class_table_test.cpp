@@ -1,5 +1,5 @@
 // CoreAudioListenerKVX as it is published: its properties, methods and event, in order, and the class itself.
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
 #include "listener/listener.h"
 #include "plugin/classes.h"

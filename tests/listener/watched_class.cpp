@@ -1,6 +1,6 @@
 #include "tests/listener/watched_class.h"
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "plugin/classes.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"

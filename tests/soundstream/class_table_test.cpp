@@ -1,5 +1,5 @@
 // The class as it is published, against tables written out here.
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
 #include "tests/plugin/service_caches.h"

@@ -1,5 +1,5 @@
 // Classes as they are registered: in every layout through the library, and wrong ones row by row.
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 // layouts, the entry.
 #include "tests/host/runtime/test_plugin/probe.h"
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Properties: fields of every type, functions of some, and shared ones.
 #include "tests/host/runtime/test_plugin/probe.h"
 
-#include "abi/accessor_marks.h"
+#include "abi/accessor_sentinels.h"
 
 #include <cstdio>
 
