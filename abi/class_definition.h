@@ -1,5 +1,6 @@
-// The definition of a class, passed from the plug-in to the host. The plug-in's static records have the newest
-// layout, 13. An older host receives copies without the trailing words: the records whose names end in 9.
+// The definition of a class, passed from the plug-in to the host. The plug-in's static records have the
+// newest layout, 13. An older host receives copies without the trailing words: the records whose names end
+// in 9.
 #pragma once
 
 #include "abi/word.h"
@@ -79,7 +80,8 @@ struct REALclassDefinition9 {
     Word dataOffset; ///< written by the host at registration; the class data is at object + dataOffset
     AnyFunction constructor;
     AnyFunction destructor;
-    void* properties; ///< REALproperty[] or, in layout 9, REALproperty9[]; the other arrays likewise
+    void*
+        properties; ///< REALproperty[] or REALproperty9[] in layout 9; the other arrays follow the same rule
     Word propertyCount;
     void* methods;
     Word methodCount;

@@ -1,5 +1,5 @@
-// Host values in the plug-in's view. The host owns them and counts their references. Before host version 2016.0
-// the plug-in may read the named words directly; later hosts allow access through services only.
+// Host values in the plug-in's view. The host owns them and counts their references. Before host version
+// 2016.0 the plug-in may read the named words directly; later hosts allow access through services only.
 #pragma once
 
 #include "abi/word.h"

@@ -15,8 +15,8 @@ namespace coreaudio {
 
 namespace {
 
-/// What every call here is asked about.
-struct Question {
+/// A property of an audio object.
+struct Property {
     AudioObjectID object;
     AudioObjectPropertyAddress address;
     const MemoryBlockView& qualifier;
@@ -33,22 +33,22 @@ struct Question {
     }
 };
 
-REALmemoryBlockStruct* readInto(REALmemoryBlockStruct* block, const Question& question,
+REALmemoryBlockStruct* readInto(REALmemoryBlockStruct* block, const Property& property,
                                 HostInteger& lasterror)
 {
     const MemoryBlockView buffer(block);
     lasterror = -1;
     UInt32 size = buffer.size();
-    lasterror = question.read(size, buffer.address());
+    lasterror = property.read(size, buffer.address());
     if (lasterror != noErr) return nullptr;
-    REALLockObject(asObject(block)); // the reference that goes with the result
+    REALLockObject(asObject(block)); // the reference for the caller
     return block;
 }
 
-REALmemoryBlockStruct* readIntoNewBlock(const Question& question, HostInteger& lasterror)
+REALmemoryBlockStruct* readIntoNewBlock(const Property& property, HostInteger& lasterror)
 {
     UInt32 announced = 0;
-    lasterror = question.size(announced);
+    lasterror = property.size(announced);
     if (lasterror != noErr || announced == 0) return nullptr;
 
     lasterror = -1;
@@ -61,9 +61,9 @@ REALmemoryBlockStruct* readIntoNewBlock(const Question& question, HostInteger& l
         return nullptr;
     }
     UInt32 size = announced;
-    lasterror = question.read(size, buffer.get());
+    lasterror = property.read(size, buffer.get());
     if (lasterror != noErr) return nullptr;
-    // Nothing is read past the buffer: a larger size is cut, and one that every block refuses raises.
+    // A returned size must not exceed the buffer. A size that the host cannot store stays: it raises below.
     if (size < refusedBlockSize) size = std::min(size, announced);
     return REALBuildMemoryblock(buffer.get(), size);
 }
@@ -78,7 +78,7 @@ std::uint32_t AudioObjectGetPropertyDataSize(REALobjectStruct* object, HostInteg
     const MemoryBlockView qualifier(qualifierData);
     UInt32 size = 0;
     lasterror =
-        Question{static_cast<AudioObjectID>(inObjectID), {selector, scope, element}, qualifier}.size(size);
+        Property{static_cast<AudioObjectID>(inObjectID), {selector, scope, element}, qualifier}.size(size);
     return static_cast<std::uint32_t>(size);
 }
 
@@ -89,8 +89,8 @@ REALmemoryBlockStruct* AudioObjectGetPropertyData(REALobjectStruct* object, Host
 {
     HostInteger& lasterror = beginCall(object);
     const MemoryBlockView qualifier(qualifierData);
-    const Question question = {static_cast<AudioObjectID>(inObjectID), {selector, scope, element}, qualifier};
-    return inputData ? readInto(inputData, question, lasterror) : readIntoNewBlock(question, lasterror);
+    const Property property = {static_cast<AudioObjectID>(inObjectID), {selector, scope, element}, qualifier};
+    return inputData ? readInto(inputData, property, lasterror) : readIntoNewBlock(property, lasterror);
 }
 
 void AudioObjectSetPropertyData(REALobjectStruct* object, HostInteger inObjectID, std::uint32_t selector,

@@ -1,19 +1,21 @@
-// Properties of any audio object, by address, with qualifiers; values are memory blocks. Thread: [main].
+// Properties of any audio object, selected by address and qualifier; values are memory blocks.
+// All functions: [main].
 #pragma once
 
 #include "abi/host_values.h"
 
 namespace coreaudio {
 
-/// The size of a property's value in bytes; 0 unless the platform tells one.
+/// The size of a property's value in bytes; 0 if the platform reports none.
 std::uint32_t AudioObjectGetPropertyDataSize(REALobjectStruct* object, HostInteger inObjectID,
                                              std::uint32_t selector, std::uint32_t scope,
                                              std::uint32_t element, REALmemoryBlockStruct* qualifierData);
 
-/// A property's value. With `inputData`, which serves as input and as buffer, that same block, unresized; the
-/// size that the platform wrote back is the caller's to know. Without it, a new block with a copy. Returns
-/// nil on any failure, and for a property of size 0. Errors  no memory for the value, or a size beyond what
-/// the host can count, announced or written back, raises "OutOfMemoryException".
+/// Read a property's value into `inputData`, which is also the platform's input; nil: into a new block.
+/// Shape   `inputData` keeps its size; the size that the platform returned is not reported.
+/// Owner   the caller receives one reference, also to `inputData`.
+/// Errors  a platform error, or a property of size 0 without `inputData`: nil. No memory for the value, or
+///         a size that the host cannot store: nil and "OutOfMemoryException".
 REALmemoryBlockStruct* AudioObjectGetPropertyData(REALobjectStruct* object, HostInteger inObjectID,
                                                   std::uint32_t selector, std::uint32_t scope,
                                                   std::uint32_t element, REALmemoryBlockStruct* qualifierData,

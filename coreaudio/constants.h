@@ -1,23 +1,27 @@
-// The constants of the class: selectors as host programs hold them, four characters with the most significant
-// byte first, and two numbers.
+// The constants of the class: selectors as text of four characters, most significant byte first, and two
+// numbers.
 #pragma once
 
 #include "abi/host_values.h"
 
 namespace coreaudio {
 
-/// A new string of the four characters of `selector`, marked ASCII. [main]
+/// A new string of the four characters of `selector`, labelled ASCII.
+/// [main]
 REALstringStruct* selectorText(std::uint32_t selector);
 
-/// Getters: one function for each value. They ignore the object and the parameter.
+/// A getter for one selector.
+/// [main]
 template <std::uint32_t selector>
-REALstringStruct* getSelector(REALobjectStruct*, HostInteger) // [main]
+REALstringStruct* getSelector(REALobjectStruct*, HostInteger)
 {
     return selectorText(selector);
 }
 
+/// A getter for one number.
+/// [any]
 template <HostInteger value>
-HostInteger getValue(REALobjectStruct*, HostInteger) // [any]
+HostInteger getValue(REALobjectStruct*, HostInteger)
 {
     return value;
 }

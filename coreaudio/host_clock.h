@@ -1,14 +1,14 @@
-// The host clock, as the platform tells it. Shared methods: there is no object, and so no status. Thread:
-// [any].
+// The platform's host clock; host times are in ticks. Shared methods have no object and store no status.
+// All functions: [any].
 #pragma once
 
 #include "abi/word.h"
 
 namespace coreaudio {
 
-double CoreAudioGetHostClockFrequencyKVX();     ///< ticks a second
-HostInteger GetHostClockMinimumTimeDeltaKVX();  ///< ticks between two readings, at least
-std::uint64_t CoreAudioGetCurrentHostTimeKVX(); ///< ticks
+double CoreAudioGetHostClockFrequencyKVX();    ///< ticks per second
+HostInteger GetHostClockMinimumTimeDeltaKVX(); ///< smallest difference between two readings
+std::uint64_t CoreAudioGetCurrentHostTimeKVX();
 std::uint64_t CoreAudioConvertHostTimeToNanosKVX(std::uint64_t inHostTime);
 std::uint64_t CoreAudioConvertNanosToHostTimeKVX(std::uint64_t inNanos);
 

@@ -1,4 +1,4 @@
-// A host memory block's bytes, with the block kept alive.
+// The bytes of a host memory block, with a reference to the block.
 #pragma once
 
 #include "plugin/owned.h"
@@ -8,15 +8,15 @@
 
 namespace coreaudio {
 
-/// Size and address of `block`, locked as long as this lives; 0 and null for a block that is nil or has no
-/// memory.
+/// Size and address of `block`; 0 and null if it is nil or has no memory. The view holds a reference.
+/// [main]
 class MemoryBlockView {
 public:
     explicit MemoryBlockView(REALmemoryBlockStruct* block)
     {
         if (!block) return;
         REALLockObject(asObject(block));
-        lock_.reset(block); // from here on, also if the host throws below
+        reference_.reset(block); // released also if the host throws below
         const HostInteger size = REALMemoryBlockGetSize(block);
         address_ = REALMemoryBlockGetPtr(block);
         if (address_) size_ = static_cast<std::uint32_t>(std::max<HostInteger>(size, 0));
@@ -26,7 +26,7 @@ public:
     void* address() const { return address_; }
 
 private:
-    OwnedMemoryBlock lock_;
+    OwnedMemoryBlock reference_;
     std::uint32_t size_ = 0;
     void* address_ = nullptr;
 };

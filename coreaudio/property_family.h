@@ -1,9 +1,9 @@
-// The six operations of the older property interface, written once over any target of property_targets.h.
+// The six operations of the older property functions, for each target of property_targets.h.
 //
-// Thread  [main].
-// Errors  no operation raises a host exception of its own; REALBuildMemoryblock raises one when the host
-//         has no memory for a block. `Lasterror` is -1 if the method stopped before its main platform call,
-//         else the status of the last one; a getter that fails returns nil.
+// Errors  `Lasterror` is the status of the last platform call, or -1 if the method ended before its main
+//         platform call. A getter that fails returns nil. Only REALBuildMemoryblock raises a host
+//         exception, if the host has no memory.
+// All functions: [main].
 #pragma once
 
 #include "coreaudio/core_audio.h"
@@ -18,13 +18,13 @@
 
 namespace coreaudio {
 
-/// A property's value as bytes of our own.
+/// A property's value in private memory.
 struct Value {
-    Zeroed<char> bytes; ///< null: there is none
-    UInt32 size = 0;    ///< what the platform wrote, which may be less than it announced
+    Zeroed<char> bytes; ///< null: no value
+    UInt32 size = 0;    ///< bytes that the platform wrote; may be less than it announced
 };
 
-/// Ask for the size, then for the value. A size of 0, or beyond what the host can count, is refused.
+/// Get the size, then the value. A size of 0, or one that the host cannot store, gives no value.
 template <class Target>
 Value readValue(const Target& target, HostInteger& lasterror)
 {
@@ -45,7 +45,7 @@ template <class Target, class Read = typename Target::Read>
 struct Getters;
 template <class Target, class... Where>
 struct Getters<Target, Arguments<Where...>> {
-    /// Size and writability, whatever the status; 0 and false where the platform wrote nothing.
+    /// Size and writability, also after an error; 0 and false if the platform wrote none.
     static void GetPropertyInfo(REALobjectStruct* object, Where... where, HostInteger* size,
                                 HostBoolean* writeable)
     {
@@ -59,7 +59,7 @@ struct Getters<Target, Arguments<Where...>> {
         *writeable = isWritable;
     }
 
-    /// The bytes as text of no known encoding: a terminating zero that the property has is part of it.
+    /// The value as text in an unknown encoding, with any terminating zero.
     static REALstringStruct* GetPropertyString(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);
@@ -67,7 +67,7 @@ struct Getters<Target, Arguments<Where...>> {
         return REALBuildUnicodeString(value.bytes.get(), value.size, encodingUnknown);
     }
 
-    /// The bytes as they are.
+    /// The value as a memory block.
     static REALmemoryBlockStruct* GetPropertyMemory(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);
@@ -75,15 +75,15 @@ struct Getters<Target, Arguments<Where...>> {
         return REALBuildMemoryblock(value.bytes.get(), value.size);
     }
 
-    /// The text of a property that is a reference to a platform string; a property of another size is no
-    /// error.
+    /// The text of a property whose value is a CFString reference; nil, without an error, for a value of
+    /// another size.
     static REALstringStruct* GetPropertyCFString(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);
         const Target target(where...);
         UInt32 size = 0;
         if (const OSStatus status = target.info(&size, nullptr); status != noErr) {
-            if (Target::tellsInfoFailureOfCFString) lasterror = status;
+            if (Target::storesInfoErrorOfCFString) lasterror = status;
             return nullptr;
         }
         if (size != sizeof(CFStringRef)) {
@@ -101,7 +101,7 @@ template <class Target, class Write = typename Target::Write>
 struct Setters;
 template <class Target, class... Where>
 struct Setters<Target, Arguments<Where...>> {
-    /// The bytes of the text as the host stores them, without a terminator; none for no text.
+    /// Set the property to the stored bytes of the text, without a terminator; no bytes for nil.
     static void SetPropertyString(REALobjectStruct* object, Where... where, REALstringStruct* data)
     {
         HostInteger& lasterror = beginCall(object);
@@ -110,8 +110,8 @@ struct Setters<Target, Arguments<Where...>> {
         lasterror = target.set(static_cast<UInt32>(contents.count), contents.bytes);
     }
 
-    /// `length` bytes from `offset` on, neither of them checked: the caller may mean memory of its own, and
-    /// no block at all makes the offset an address.
+    /// Set the property to `length` bytes at `offset`. Neither is checked. With a nil block, `offset` is an
+    /// address: host programs may pass their own memory.
     static void SetPropertyMemory(REALobjectStruct* object, Where... where, REALmemoryBlockStruct* data,
                                   HostInteger offset, HostInteger length)
     {

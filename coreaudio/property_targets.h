@@ -1,8 +1,8 @@
-// The four targets of the property family, side by side: what a host program names one by, which platform
-// calls reach it, and what a failed info call leaves.
+// The four targets of the property family: device, stream, hardware and unit.
 //
-// A target has `Read` and `Write`, the leading arguments of its getters and setters in declared order; a
-// constructor from each; and info, get and set, which make exactly one platform call.
+// `Read` and `Write` are the leading arguments of a target's getters and setters, in declared order; a target
+// has a constructor for each. Its functions info, get and set make one platform call each.
+// All functions: [main].
 #pragma once
 
 #include "abi/host_values.h"
@@ -18,7 +18,7 @@ template <class... Types>
 struct Arguments {
 };
 
-/// The time stamp in a memory block, which is trusted to hold one; null, which is now, for no block.
+/// The time stamp in a memory block, whose size is not checked; null, which means now, for nil.
 inline const AudioTimeStamp* timeStampIn(REALmemoryBlockStruct* when)
 {
     return when ? static_cast<const AudioTimeStamp*>(REALMemoryBlockGetPtr(when)) : nullptr;
@@ -51,8 +51,8 @@ struct Device {
     {
         return AudioDeviceSetProperty(device, time, element, side, selector, size, data);
     }
-    // Alone of the four, and meant: its CFString getter keeps a failed info call to itself.
-    static constexpr bool tellsInfoFailureOfCFString = false;
+    // Only the CFString getter of devices does not store the status of a failed info call.
+    static constexpr bool storesInfoErrorOfCFString = false;
 
     AudioDeviceID device;
     const AudioTimeStamp* time;
@@ -87,7 +87,7 @@ struct Stream {
     {
         return AudioStreamSetProperty(stream, time, element, selector, size, data);
     }
-    static constexpr bool tellsInfoFailureOfCFString = true;
+    static constexpr bool storesInfoErrorOfCFString = true;
 
     AudioStreamID stream;
     const AudioTimeStamp* time;
@@ -110,7 +110,7 @@ struct Hardware {
     {
         return AudioHardwareSetProperty(selector, size, data);
     }
-    static constexpr bool tellsInfoFailureOfCFString = true;
+    static constexpr bool storesInfoErrorOfCFString = true;
 
     UInt32 selector;
 };
@@ -137,7 +137,7 @@ struct Unit {
     {
         return AudioUnitSetProperty(unit, selector, scope, element, data, size);
     }
-    static constexpr bool tellsInfoFailureOfCFString = true;
+    static constexpr bool storesInfoErrorOfCFString = true;
 
     AudioUnit unit;
     UInt32 selector;

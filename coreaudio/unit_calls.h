@@ -1,5 +1,6 @@
-// Audio units and components: one platform call each. Handles are the platform's instances, as host Integers,
-// passed back unchanged. Thread: [main].
+// Audio units and components: one platform call per method. A handle is the platform's instance as a host
+// Integer.
+// All functions: [main].
 #pragma once
 
 #include "abi/host_values.h"
@@ -9,7 +10,7 @@
 
 namespace coreaudio {
 
-/// A call that takes a unit alone; its status is the result and `Lasterror`.
+/// A call with a unit as its only argument. Returns the status, which is also stored in `Lasterror`.
 template <OSStatus (*call)(AudioUnit)>
 HostInteger unitCall(REALobjectStruct* object, HostInteger handle)
 {
@@ -20,8 +21,9 @@ HostInteger unitCall(REALobjectStruct* object, HostInteger handle)
 HostInteger AudioUnitReset(REALobjectStruct* object, HostInteger handle, HostInteger scope,
                            HostInteger element);
 
-/// A new instance of the first component that matches both codes; 0, with -1 in `Lasterror`, if none does.
-/// Owner   the host program, which closes it.
+/// Open the first component that matches both codes.
+/// Owner   the host program closes the instance.
+/// Errors  no component, or one that cannot be opened: 0, and `Lasterror` is -1.
 HostInteger OpenDefaultComponent(REALobjectStruct* object, REALstringStruct* type, REALstringStruct* subtype);
 
 void CloseComponent(REALobjectStruct* object, HostInteger handle);
@@ -29,7 +31,7 @@ void CloseComponent(REALobjectStruct* object, HostInteger handle);
 void AudioUnitSetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                            HostInteger scope, HostInteger element, float value, HostInteger offsetFrames);
 
-/// The parameter's value; 0.0 on an error.
+/// The parameter's value; 0.0 after an error.
 float AudioUnitGetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                             HostInteger scope, HostInteger element);
 

@@ -12,8 +12,8 @@ namespace listener {
 
 namespace {
 
-/// The word that the host filled at registration: in the record itself, or, for a host of the oldest layout,
-/// in the copy to which our own word then leads. Null if there was no memory for that copy.
+/// The event's key, which the host wrote at registration: into the record, or, in layout 9, into a copy whose
+/// address the record then contains. Null if there was no memory for the copy.
 const Word* eventSystemUse()
 {
     const Word& word = changedEvent[0].systemUse;
@@ -21,20 +21,22 @@ const Word* eventSystemUse()
     return word ? &reinterpret_cast<const REALevent9*>(word)->systemUse : nullptr;
 }
 
-/// Call the host program's handler, if it attached one. [main]
-void raiseChanged(REALobjectStruct* object, Serial moment)
+/// Call the host program's handler, if it has one.
+/// [main]
+void raiseChanged(REALobjectStruct* object, Serial recordedSerial)
 {
     const Word* event = eventSystemUse();
-    if (!event || !isMeantFor(object, moment)) return;
+    if (!event || !belongsTo(object, recordedSerial)) return;
     if (AnyFunction handler = REALGetEventInstance(object, *event))
         reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
 }
 
-/// Queue the event for the main thread. [any]
-void queueChanged(REALobjectStruct* object, Serial moment)
+/// Queue the event for the main thread.
+/// [any]
+void queueChanged(REALobjectStruct* object, Serial recordedSerial)
 {
     dispatch_async(dispatch_get_main_queue(), ^{
-      catchingAll<raiseChanged>(object, moment);
+      catchingAll<raiseChanged>(object, recordedSerial);
     });
 }
 
@@ -45,11 +47,11 @@ REALevent changedEvent[1] = {{"Changed", 0, {0, 0}}};
 OSStatus propertyChanged(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void* client)
 {
     const auto object = static_cast<REALobjectStruct*>(client);
-    const Serial moment = latestSerial();
+    const Serial recordedSerial = latestSerial();
     if (pthread_main_np())
-        catchingAll<raiseChanged>(object, moment);
+        catchingAll<raiseChanged>(object, recordedSerial);
     else if (dispatch_async)
-        catchingAll<queueChanged>(object, moment); // an event that cannot be queued is dropped
+        catchingAll<queueChanged>(object, recordedSerial); // an event that cannot be queued is dropped
     return noErr;
 }
 

@@ -1,4 +1,4 @@
-// From the platform's notification to the host's handler of `Changed`.
+// The platform's notification, delivered to the host program as the event `Changed`.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -7,15 +7,15 @@
 
 namespace listener {
 
-/// What is registered with the platform; `client` is the host object.
-/// Shape   every call makes one event; which of the addresses changed is not looked at.
-/// Returns 0, whatever happens.
-/// Thread  [any]. On the main thread the handler runs at once; elsewhere the event is queued for the main
-///         thread, and the platform's thread never waits for the host program.
+/// The listener function registered with the platform; `client` is the host object. On the main thread it
+/// runs the host program's handler; on other threads it queues the event and does not wait.
+/// Shape   each call creates one event; the changed addresses are ignored.
+/// Returns always 0.
+/// [any]
 OSStatus propertyChanged(AudioObjectID objectID, UInt32 addressCount,
                          const AudioObjectPropertyAddress* addresses, void* client);
 
-/// The one event of the class; which handler a host program attached is asked with its record.
+/// The class's only event. Its record contains the key for the host program's handler.
 extern REALevent changedEvent[1];
 
 } // namespace listener

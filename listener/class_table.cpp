@@ -1,4 +1,4 @@
-// CoreAudioListenerKVX as the host sees it.
+// The class table of CoreAudioListenerKVX.
 #include "plugin/class_table.h"
 #include "listener/changed_event.h"
 #include "listener/listener.h"

@@ -14,10 +14,10 @@ AudioObjectPropertyAddress addressOf(const ListenerData& data)
     return {data.propertySelector, data.propertyScope, data.propertyElement};
 }
 
-/// Strikes a listener off at the end of its scope, also when the platform's call throws.
-struct StrikeOff {
+/// Removes a live listener at the end of the scope, also when the platform's call throws.
+struct Removal {
     REALobjectStruct* object;
-    ~StrikeOff() { removeLiveListener(object); }
+    ~Removal() { removeLiveListener(object); }
 };
 
 } // namespace
@@ -39,7 +39,7 @@ void construct(REALobjectStruct* object, std::uint32_t objectID, std::uint32_t s
 
 void destruct(REALobjectStruct* object)
 {
-    const StrikeOff afterwards = {object}; // until the platform has removed it, the listener may still fire
+    const Removal afterUnregistration = {object}; // until then the platform may send notifications
     ListenerData& data = dataOf(object);
     data.lastError = -1;
     const AudioObjectPropertyAddress address = addressOf(data);

@@ -1,4 +1,5 @@
-// The class data of one listener: what it watches.
+// The class data of one listener, its construction and its destruction.
+// All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"
@@ -8,9 +9,9 @@
 
 namespace listener {
 
-/// All fields are written by [main] at construction and keep their values, also after a refused registration.
+/// Written by [main] at construction. A refused registration leaves the address unchanged.
 struct ListenerData {
-    HostInteger lastError; ///< of the last registration or unregistration; -1 while one is under way
+    HostInteger lastError; ///< status of the last registration or unregistration; -1 during the call
     std::uint32_t objectID;
     std::uint32_t propertySelector;
     std::uint32_t propertyScope;
@@ -18,15 +19,15 @@ struct ListenerData {
 };
 static_assert(sizeof(void*) != 4 || sizeof(ListenerData) == 20, "the size declared to the host");
 
-/// The class data inside a host object. [main]
+/// The class data inside a host object.
 ListenerData& dataOf(REALobjectStruct* object);
 
-/// The method "Constructor": watch that property. A refusal is told by lastError; such a listener never
-/// fires. [main]
+/// The method "Constructor": watch one property.
+/// Errors  the platform's refusal is stored in lastError; the object then receives no events.
 void construct(REALobjectStruct* object, std::uint32_t objectID, std::uint32_t selector, std::uint32_t scope,
                std::uint32_t element);
 
-/// The method "Destructor": stop watching. [main]
+/// The method "Destructor": stop watching.
 void destruct(REALobjectStruct* object);
 
 } // namespace listener

@@ -12,13 +12,13 @@ struct Live {
     Live* next;
 };
 
-// Lists by address, short for any number of listeners that a program can want.
+// A hash table by address.
 constexpr std::size_t bucketCount = 256;
 Live* buckets[bucketCount]; // [main]
 
-alignas(8) Serial latest = 0; // written by [main], read by all
+alignas(8) Serial latest = 0; // written by [main], read by [any]
 
-/// The link that leads to `object`'s entry, or the one at the end of its list.
+/// The link that points to `object`'s entry, or the null link at the end of its bucket.
 Live** linkTo(REALobjectStruct* object)
 {
     Live** link = &buckets[reinterpret_cast<Word>(object) / 16 % bucketCount];
@@ -50,10 +50,10 @@ void removeLiveListener(REALobjectStruct* object)
     std::free(gone);
 }
 
-bool isMeantFor(REALobjectStruct* object, Serial moment)
+bool belongsTo(REALobjectStruct* object, Serial recordedSerial)
 {
     const Live* live = *linkTo(object);
-    return live && live->serial <= moment;
+    return live && live->serial <= recordedSerial;
 }
 
 } // namespace listener

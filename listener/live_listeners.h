@@ -1,8 +1,8 @@
-// The list of living listeners: an event queued for a listener that was destroyed before the event ran is
-// dropped, also when another object has taken its address. No reference to the host object is held.
+// The list of live listeners. It drops a queued event whose listener has been destroyed, even if a new
+// listener has the same address. It holds no reference to a host object.
 //
-// Each listener takes the next serial at construction. A notification records the latest serial; on the main
-// thread its event is delivered only if the listener at that address is living and not younger.
+// Each construction takes the next serial. A notification records the latest serial. Its event is delivered
+// only to a live listener at that address whose serial is not greater.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -13,17 +13,21 @@ namespace listener {
 
 using Serial = std::uint64_t;
 
-/// The serial of the latest construction. [any]
+/// The serial of the latest construction.
+/// [any]
 Serial latestSerial();
 
-/// List `object` with the next serial; an object that is listed keeps its serial. Without memory the object
-/// is not listed and never fires. [main]
+/// Add `object` with the next serial; an object in the list keeps its serial.
+/// Errors  without memory the object is not added and receives no events.
+/// [main]
 void addLiveListener(REALobjectStruct* object);
 
-/// Strike `object` off. [main]
+/// Remove `object` from the list.
+/// [main]
 void removeLiveListener(REALobjectStruct* object);
 
-/// Whether a notification noted at `moment` is meant for the listener that now lives at that address. [main]
-bool isMeantFor(REALobjectStruct* object, Serial moment);
+/// Whether `object` is a live listener that already existed when the notification recorded that serial.
+/// [main]
+bool belongsTo(REALobjectStruct* object, Serial recordedSerial);
 
 } // namespace listener

@@ -1,9 +1,10 @@
-// Bytes that mean the same in every encoding asked for.
+// ASCII text has the same bytes in every byte encoding used here, so it needs no conversion.
+// All functions: [any].
 #pragma once
 
 #include <cstdint>
 
-/// Whether no byte has its top bit set; true for none. Reads no further than the first that has.
+/// Whether no byte has its top bit set; true for no bytes. Stops reading at the first such byte.
 inline bool isASCII(const void* bytes, std::int64_t count)
 {
     for (std::int64_t i = 0; i < count; ++i)

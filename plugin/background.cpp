@@ -16,15 +16,16 @@
 namespace {
 
 constexpr std::size_t workerStackBytes = 0x200000;
-constexpr Duration waitStep = 1; // milliseconds
+constexpr Duration waitMilliseconds = 1;
 
-/// One call. Worker and waiting thread share `done`; the rest is set before the worker exists.
+/// One call of RunThreadedBlocks. The worker and the waiting thread share `done`; all other fields are
+/// written before the worker starts.
 struct RunThreadState {
-    pthread_t thread;       ///< without a queue only
-    pthread_mutex_t* mutex; ///< guards `done`; null if there was no memory for it
-    std::uint8_t running;   ///< a worker exists. Stated by the interface; not read
-    std::uint8_t done;      ///< set by the worker as its last act
-    std::uint8_t isQueued;  ///< the worker is a thread of the system's queue. Stated likewise; not read
+    pthread_t thread;       ///< on systems without a queue
+    pthread_mutex_t* mutex; ///< guards `done`; null without memory
+    std::uint8_t running;   ///< a worker exists; part of the published record, not read
+    std::uint8_t done;      ///< the work has finished
+    std::uint8_t isQueued;  ///< the work is on the system's queue; the same
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);
@@ -62,7 +63,7 @@ void doWork(RunThreadState& state)
     storeReleased(state.done, std::uint8_t{1});
 }
 
-// The waiting thread swallows exceptions: the worker still uses its stack frame.
+// The three steps of the waiting thread swallow exceptions: the worker still uses this thread's stack frame.
 
 void yieldToHost()
 {
@@ -72,7 +73,7 @@ void yieldToHost()
 void waitOneStep()
 {
     catchAll([] {
-        AbsoluteTime until = AddDurationToAbsolute(waitStep, UpTime());
+        AbsoluteTime until = AddDurationToAbsolute(waitMilliseconds, UpTime());
         MPDelayUntil(&until);
     });
 }
@@ -113,8 +114,8 @@ bool startThread(RunThreadState& state)
     return refusal == 0;
 }
 
-/// There is no other thread.
-void workRightHere(RunThreadState& state)
+/// For a system that cannot start a worker.
+void workOnThisThread(RunThreadState& state)
 {
     deleteMutex(state);
     if (state.work) state.work(state.data);
@@ -125,19 +126,19 @@ void runOnThread(const RunThreadState& request)
     RunThreadState state = request;
     state.mutex = newMutex();
     if (!startThread(state)) {
-        workRightHere(state);
+        workOnThisThread(state);
         return;
     }
     state.running = 1;
     waitForWorker(state);
     pthread_join(state.thread, nullptr);
-    pthread_detach(state.thread); // refused where the join is remembered, needed where it is not
+    pthread_detach(state.thread); // some systems keep a joined thread's memory until this call
     state.thread = pthread_t();
     state.running = 0;
 }
 
-/// Queue `block` on the system's global queue. Returns false if the queue throws.
-bool queued(dispatch_block_t block)
+/// Start `block` on the system's queue. Returns false if the queue throws.
+bool startOnQueue(dispatch_block_t block)
 {
     return catchAll([block] {
         dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), block);
@@ -147,17 +148,17 @@ bool queued(dispatch_block_t block)
 
 void runOnQueue(const RunThreadState& request)
 {
-    __block RunThreadState state = request; // moves to the heap together with the block
+    __block RunThreadState state = request; // moves to the heap when the queue copies the block
     state.mutex = newMutex();
     state.running = 1;
     state.isQueued = 1;
-    const bool isQueued = queued(^{
+    const bool isStarted = startOnQueue(^{
       doWork(state);
     });
-    if (isQueued)
+    if (isStarted)
         waitForWorker(state);
     else
-        workRightHere(state);
+        workOnThisThread(state);
 }
 
 } // namespace

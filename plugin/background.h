@@ -1,11 +1,14 @@
-// Blocking work off the host's main thread.
+// Blocking work on a background thread while the host stays responsive.
 #pragma once
 
-/// Run `work(data)` on another thread while the calling one keeps the host alive: it yields to the host about
-/// every millisecond and then calls `idle(data)`. Returns when the work is done. Without another thread the
-/// work runs right here, and nothing yields.
-/// Owner   `data` is the caller's; nothing of the call outlives it.
-/// Thread  [main]. The work is on another one: it must not call the host. During the wait the host runs its
-///         programs' code, which may touch whatever the work touches. Neither function may throw.
-/// Errors  none is reported. Either function may be null.
+/// Run `work(data)` on a worker thread and wait for it. While waiting, yield to the host about once per
+/// millisecond and call `idle(data)`. Without a worker thread `work` runs on the calling thread, without
+/// yields.
+/// Shape   both functions may be null; neither may throw.
+/// Owner   the caller owns `data`; no reference to it remains after the return.
+/// Errors  none.
+///
+/// `work` must not call the host. While the caller waits, the host runs program code that may access the same
+/// objects as `work`.
+/// [main]
 void RunThreadedBlocks(const void* data, void (*work)(const void*), void (*idle)(const void*));

@@ -1,5 +1,4 @@
-// The exception border: no C++ exception reaches the host, the platform or a thread's entry function.
-//
+// The exception border: no C++ exception reaches the host, the platform or the entry function of a thread.
 // All functions: [any].
 #pragma once
 
@@ -22,7 +21,6 @@ auto catchAll(Call&& call, decltype(call()) fallback) noexcept -> decltype(call(
     return fallback;
 }
 
-/// `function` inside the border, with the same type; `fallback`, if given, is the result when it throws.
 template <auto function, auto... fallback>
 struct ExceptionBorder;
 template <class Result, class... Arguments, Result (*function)(Arguments...), auto... fallback>
@@ -33,6 +31,6 @@ struct ExceptionBorder<function, fallback...> {
     }
 };
 
-/// The address of `function` inside the border.
+/// The address of a function of the same type that calls `function` with catchAll.
 template <auto function, auto... fallback>
 constexpr auto catchingAll = &ExceptionBorder<function, fallback...>::call;

@@ -1,10 +1,10 @@
-// From a host object to the class data inside it.
+// Access to the class data inside a host object.
 #pragma once
 
 #include "abi/class_definition.h"
 
-/// The class data of `object`: at the offset that the host wrote into the definition when it registered the
-/// class.
+/// The class data of `object`, at the offset that the host wrote into `definition` at registration.
+/// [any]
 template <class Data>
 Data& classData(REALobjectStruct* object, const REALclassDefinition& definition)
 {

@@ -1,6 +1,5 @@
 // Rows of a class table. A row compiles only if its functions have the declared types; every function of a
 // row is called inside the exception border.
-//
 // All functions: [main].
 #pragma once
 

@@ -1,4 +1,4 @@
-// The library's classes, each defined in the class_table.cpp of its own folder. Static, writable data:
+// The library's classes. Each is defined in the class_table.cpp of its folder. The definitions are writable:
 // registration rounds the data size, and the host writes into them.
 #pragma once
 
@@ -10,9 +10,9 @@ extern REALclassDefinition coreAudioListenerClass;
 extern REALclassDefinition coreAudioPlayerClass;
 extern REALclassDefinition soundStreamClass;
 
-/// The sound output component's dispatcher, as an address; the component's registration knows its type.
+/// The address of the sound output component's dispatcher.
 extern const AnyFunction soundStreamDispatcher;
 
-/// What the component is registered with: the dispatcher in a built program, null in the development
-/// environment, where no component may outlive a program under test.
+/// The entry point that the sound output component is registered with: the dispatcher in a built program.
+/// Null in the development environment, where a component would outlive the program under test.
 extern AnyFunction soundComponentEntry;

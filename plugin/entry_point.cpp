@@ -1,4 +1,4 @@
-// The library's one export.
+// The library's only export: reads the host's version and registers the classes.
 #include "plugin/catch_all.h"
 #include "plugin/classes.h"
 #include "plugin/process_state.h"
@@ -16,7 +16,7 @@ struct {
     double hostVersion;
     int layout;
 } const layouts[] = {
-    // the newest layout that each host reads, newest host first
+    // the newest layout that each host reads; newest host first
     {2013.04, 13},
     {2013.03, 12},
     {2013.0, 11},
@@ -27,7 +27,7 @@ int layoutFor(double hostVersion)
 {
     for (const auto& row : layouts)
         if (hostVersion >= row.hostVersion) return row.layout;
-    return oldestLayout; // also for a version that is not a number
+    return oldestLayout; // also for NaN
 }
 
 REALclassDefinition* const classes[] = {
@@ -46,7 +46,7 @@ void enter(REALResolver resolver)
     if (auto* hostVersion = resolve<double()>("REALGetRBVersion")) rbversion_rbversion = hostVersion();
     CurrentREALControlVersion = layoutFor(rbversion_rbversion);
 
-    // Every host that can load us has this one; a host without it must not get further.
+    // All supported hosts have this service. A host without it crashes here, before it uses a class.
     resolve<void(int)>("RegisterPluginVersion")(CurrentREALControlVersion);
 
     if (REALinRuntime()) soundComponentEntry = soundStreamDispatcher;
@@ -55,7 +55,6 @@ void enter(REALResolver resolver)
 
 } // namespace
 
-/// Called once by the host, on the thread that loads the library.
 extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolver resolver)
 {
     catchingAll<enter>(resolver);

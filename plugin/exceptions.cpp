@@ -14,8 +14,8 @@ namespace {
 constexpr char fallbackClass[] = "RuntimeException";
 constexpr int rangeTextBytes = 205; // with the terminator; a longer text is cut
 
-/// The message as a host string. A C++ exception from the host while it builds the string raises its own host
-/// exception, without a message: a second attempt could fail in the same way for ever.
+/// The message as a host string. A host that throws while it builds the string causes a second host
+/// exception; that one has no message, which ends the recursion.
 OwnedString exceptionText(const char* message)
 {
     static bool isBuilding = false;
@@ -24,12 +24,9 @@ OwnedString exceptionText(const char* message)
         Building() { isBuilding = true; }
         ~Building() { isBuilding = false; }
     } const building;
-    try {
+    return translateExceptions([message] {
         return newString(message, static_cast<HostInteger>(std::strlen(message)), encodingASCII);
-    } catch (...) {
-        RaiseHandledException();
-        return nullptr;
-    }
+    });
 }
 
 } // namespace

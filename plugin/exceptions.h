@@ -1,8 +1,8 @@
 // Host exceptions: how a host program learns of a refused call.
 //
 // The host records the exception and throws it when the plug-in's function returns. The caller of these
-// functions therefore returns at once, with a neutral result. All functions: [main], inside a call from the
-// host.
+// functions therefore returns at once, with a neutral result.
+// All functions: [main], inside a call from the host.
 #pragma once
 
 /// Raise the host exception of class `className`, with the properties "Message" and "ErrorNumber" set.
@@ -18,3 +18,16 @@ void RaiseOutOfBoundsException(long long value, long long lower, long long count
 
 /// Inside a catch block: raise the host exception that corresponds to the current C++ exception.
 void RaiseHandledException();
+
+/// Return `call()`. If it throws, raise the corresponding host exception and return a value-initialised
+/// result.
+template <class Call>
+auto translateExceptions(Call&& call) -> decltype(call())
+{
+    try {
+        return call();
+    } catch (...) {
+        RaiseHandledException();
+        return decltype(call())();
+    }
+}

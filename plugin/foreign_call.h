@@ -1,8 +1,8 @@
-// Calls through addresses of the host's: what they do is agreed upon, what their types are called is not.
+// Calls through function addresses of the host.
 #pragma once
 
-/// Before a function that calls one. One function of a host's may hand out functions of several types, so its
-/// own type is not ours to the letter, which the sanitizer of function types would report.
+/// Attribute of a function that calls a host service. A service that returns functions of several types
+/// does not have the exact C++ type of the call, which the sanitizer of function types would report.
 #if defined(__clang__)
 #define KVX_FOREIGN_CALL __attribute__((no_sanitize("function")))
 #else

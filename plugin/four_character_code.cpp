@@ -7,13 +7,12 @@
 std::uint32_t REALstringToOSType(REALstringStruct* text)
 {
     rbText reader(text);
-    const char* bytes = reader.ConvertMacRoman();
+    const char* const bytes = reader.ConvertMacRoman(); // at least four bytes
 
     std::uint32_t code = 0x20202020;
     const HostInteger count = std::min<HostInteger>(reader.lengthMacRoman(), 4);
     for (HostInteger i = 0; i < count; ++i) {
-        const auto byte =
-            static_cast<unsigned char>(bytes[3 - i]); // past the end of a short text: zeros there
+        const auto byte = static_cast<unsigned char>(bytes[3 - i]);
         code = (code & ~(0xFFu << 8 * i)) | static_cast<std::uint32_t>(byte) << 8 * i;
     }
     return code;

@@ -1,11 +1,12 @@
-// The host's numeric arrays, and reading their elements.
+// The host's numeric arrays and their elements.
+// All functions: [main].
 #pragma once
 
 #include "plugin/exceptions.h"
 #include "plugin/services.h"
 
-/// A host array of one type of element, so that a declaration and its function agree on it. The record is the
-/// same for all.
+/// A host array with elements of type `Element`. The type exists for the comparison of functions with their
+/// declarations; all arrays have the same record.
 template <class Element>
 struct ArrayOf : REALarrayStruct {
 };
@@ -28,8 +29,8 @@ inline auto arrayGetter<double>() -> decltype(REALGetArrayValueDouble)&
     return REALGetArrayValueDouble;
 }
 
-/// How many elements `array` has; any negative upper bound is an empty array. 64 bits, since the largest
-/// upper bound plus one is past the host's Integer.
+/// The number of elements; 0 for any negative upper bound. 64 bits: the largest upper bound plus 1 does not
+/// fit the host's Integer.
 inline std::int64_t arrayCount(REALarrayStruct* array)
 {
     const std::int64_t upperBound = REALGetArrayUBound(array);
@@ -37,9 +38,8 @@ inline std::int64_t arrayCount(REALarrayStruct* array)
 }
 
 /// Read element `index` of an array of HostInteger, float or double into `element`.
-/// Errors  an index past the end raises the out-of-bounds exception and returns false, `element` unchanged; a
-///         host without a getter gives 0.
-/// Thread  [main].
+/// Errors  an index out of range raises "OutOfBoundsException" and returns false, with `element` unchanged. A
+///         host without a getter function gives 0.
 template <class Element>
 bool readArrayElement(REALarrayStruct* array, HostInteger index, Element& element)
 {

@@ -10,10 +10,10 @@
 namespace {
 
 constexpr long long longestText = 0x7FFFFFFF;
-constexpr long long shortUTF32Bytes = 799; // up to here a UTF-32 text is converted on the stack
-constexpr CFIndex shortCFStringUnits = 99; // up to here a platform string is copied through the stack
+constexpr long long shortUTF32Bytes = 799; // up to this length, UTF-32 is converted on the stack
+constexpr CFIndex shortCFStringUnits = 99; // up to this length, a platform string is copied on the stack
 constexpr int shortCFStringBytes = 600;
-constexpr int utf8BytesPerUnit = 6; // room for any encoding form that a platform may write
+constexpr int utf8BytesPerUnit = 6; // enough for all forms of UTF-8 that a platform may write
 
 OwnedString buildUnconverted(const void* bytes, long long length, std::uint32_t encoding)
 {
@@ -30,14 +30,14 @@ REALstringStruct* convertToUTF8(OwnedString text)
     return text ? REALConvertString(text.get(), encodingUTF8) : nullptr;
 }
 
-/// Write `count` code points as UTF-16 and return the units written. Points beyond Unicode become U+FFFD;
-/// stray surrogates are dropped: the two are meant to differ.
+/// Convert `count` code points to UTF-16 with a terminator; returns the number of units before it. Values
+/// above Unicode become U+FFFD; surrogates are dropped.
 std::size_t utf16FromUTF32(const void* utf32, std::size_t count, std::uint16_t* units)
 {
     std::uint16_t* const start = units;
     for (std::size_t i = 0; i < count; ++i) {
         std::uint32_t point;
-        std::memcpy(&point, static_cast<const char*>(utf32) + 4 * i, 4); // the host aligns nothing
+        std::memcpy(&point, static_cast<const char*>(utf32) + 4 * i, 4); // unaligned
         if (point >= 0x110000) {
             *units++ = 0xFFFD;
         } else if (point > 0xFFFF) {
@@ -54,12 +54,12 @@ std::size_t utf16FromUTF32(const void* utf32, std::size_t count, std::uint16_t* 
 REALstringStruct* buildFromUTF32OnOldHost(const void* bytes, long long length)
 {
     const auto count = static_cast<std::size_t>(length / 4);
-    const auto room = static_cast<long long>(count) * 2 + 1; // a pair each, and a terminator
+    const auto capacity = static_cast<long long>(count) * 2 + 1; // a surrogate pair each, and a terminator
     std::uint16_t shortUnits[shortUTF32Bytes / 4 * 2 + 1];
     Zeroed<std::uint16_t> longUnits;
     std::uint16_t* units = shortUnits;
     if (length > shortUTF32Bytes) {
-        longUnits = allocateZeroed<std::uint16_t>(room);
+        longUnits = allocateZeroed<std::uint16_t>(capacity);
         if (!longUnits) return nullptr;
         units = longUnits.get();
     }
@@ -97,12 +97,7 @@ REALstringStruct* buildFromUTF8Copy(CFStringRef text, char* buffer, CFIndex capa
 REALstringStruct* REALBuildUnicodeString(const void* bytes, long long length, unsigned long encoding)
 {
     if (!bytes || length < 1 || length > longestText) return nullptr;
-    try {
-        return build(bytes, length, static_cast<std::uint32_t>(encoding));
-    } catch (...) {
-        RaiseHandledException();
-        return nullptr;
-    }
+    return translateExceptions([&] { return build(bytes, length, static_cast<std::uint32_t>(encoding)); });
 }
 
 REALstringStruct* REALBuildUnicodeStringUTF16(const void* bytes, long long length)

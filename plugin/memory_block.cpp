@@ -26,7 +26,7 @@ REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size)
     if (size < refusedBlockSize) {
         try {
             if (auto block = copyIntoNewBlock(data, static_cast<HostInteger>(size))) return block.release();
-        } catch (const std::bad_alloc&) { // said below, like a host that answers null
+        } catch (const std::bad_alloc&) { // the same error as a null block
         }
     }
 

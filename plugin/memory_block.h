@@ -1,14 +1,14 @@
-// Host memory blocks from our own bytes.
+// Host memory blocks built from bytes.
 #pragma once
 
 #include "abi/host_values.h"
 
-/// From this size on the host cannot count a block's bytes.
+/// The smallest size in bytes that the host cannot store in a memory block.
 constexpr long long refusedBlockSize = 0x7FFFFFFF;
 
 /// A new memory block with a copy of `size` bytes of `data`, or null.
-/// Owner   the caller holds one reference, usually handed to the host as a result.
-/// Errors  no data or a size below 1: null, nothing raised. No memory, or a size of `refusedBlockSize` or
-///         more, for which neither `data` nor the host is asked: raises "OutOfMemoryException", returns null.
-/// Thread  [main].
+/// Owner   the caller has one reference, which it usually returns to the host.
+/// Errors  null data or a size below 1: null, no host exception. Out of memory, or a size that the host
+///         cannot store: null and "OutOfMemoryException"; such a size is refused before `data` is read.
+/// [main]
 REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size);

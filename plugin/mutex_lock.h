@@ -3,8 +3,8 @@
 
 #include <pthread.h>
 
-/// Locks a mutex until the end of the scope.
-/// Errors  a null mutex, or one that cannot be locked, is not held: the lock converts to false.
+/// Locks a mutex until the end of the scope. Converts to false if the mutex is null or cannot be locked.
+/// [any]
 class MutexLock {
 public:
     explicit MutexLock(pthread_mutex_t* mutex)

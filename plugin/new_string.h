@@ -1,9 +1,10 @@
-// The simplest way to build a host string: copy bytes, set the encoding, convert nothing.
+// A host string built without conversion.
 #pragma once
 
 #include "plugin/owned.h"
 
-/// Returns a new host string of `length` bytes labelled with `encoding`, or null. [main]
+/// A new host string with a copy of `length` bytes, labelled with `encoding`; null if the host has no memory.
+/// [main]
 inline OwnedString newString(const void* bytes, HostInteger length, std::uint32_t encoding)
 {
     OwnedString text(REALBuildString(bytes, length));

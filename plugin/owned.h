@@ -1,4 +1,5 @@
 // Owned references to host values.
+// All functions: [main].
 #pragma once
 
 #include "plugin/release.h"

@@ -1,4 +1,4 @@
-// An owned reference to a platform (CF) object.
+// Owned references to platform (CF) objects.
 #pragma once
 
 #include "plugin/release.h"

@@ -1,20 +1,20 @@
-// What the library learns once, when it is loaded, and only reads from then on.
+// Values that are written once, when the host loads the library, and only read afterwards.
 #pragma once
 
 #include "abi/entry_point.h"
 #include "abi/word.h"
 
-/// Every host service is looked up through it; null until the host has called REALPluginMain.
+/// Looks up host services; null before the host calls REALPluginMain.
 extern REALResolver gResolver;
 
-/// The host's version, for example 2013.04; 0.0 when the host reports none.
+/// The host's version, for example 2013.04; 0.0 if the host does not report one.
 extern double rbversion_rbversion;
 
-/// The class layout that the host reads: 9 to 13.
+/// The layout of class definitions that the host reads: 9 to 13.
 extern int CurrentREALControlVersion;
 
-// The versions at which services or records changed.
-constexpr double hostWithStringEncodings = 2012.0; ///< strings are built with an encoding, text comes as data
-constexpr double hostWithUTF32 = 2013.0;           ///< the host converts UTF-32 itself
-constexpr double hostWithMovingBuffers = 2015.03;  ///< a string's record is no longer read for its UTF-8 text
-constexpr double hostWithOpaqueRecords = 2016.0;   ///< strings and arrays are reached through services only
+// Host versions that changed services or records.
+constexpr double hostWithStringEncodings = 2012.0; ///< strings are built with an encoding and read as data
+constexpr double hostWithUTF32 = 2013.0;           ///< the host converts UTF-32
+constexpr double hostWithMovingBuffers = 2015.03;  ///< UTF-8 text is no longer read from a string's record
+constexpr double hostWithOpaqueRecords = 2016.0;   ///< strings and arrays are accessed by services only

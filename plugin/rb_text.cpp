@@ -8,8 +8,9 @@
 
 namespace {
 
-constexpr char emptyText[16] = {}; // longer than any read past the end of a short text
-constexpr int zerosBehindCopy = 4;
+// A four-character code is read past the end of a shorter text: zeros follow the text.
+constexpr int zerosAfterCopy = 4;
+constexpr char emptyText[16] = {};
 
 } // namespace
 
@@ -39,8 +40,8 @@ void rbText::hold(REALstringStruct* text)
     held_.reset(text);
 }
 
-// Bytes of no known encoding: ASCII is handed out as it is, anything else is taken for Mac Roman, which has a
-// character for every byte.
+// Text in an unknown encoding: ASCII is not converted; other text is read as Mac Roman, which has a character
+// for every byte.
 void rbText::holdUnknown(REALstringStruct* text)
 {
     const StringContents contents = REALGetStringContents(text);
@@ -49,7 +50,7 @@ void rbText::holdUnknown(REALstringStruct* text)
         isRaw_ = true;
         return;
     }
-    if (contents.count <= largestAllocation - zerosBehindCopy)
+    if (contents.count <= largestAllocation - zerosAfterCopy)
         held_.reset(REALBuildUnicodeString(contents.bytes, contents.count, encodingMacRoman));
     isEmptyText_ = !held_;
 }
@@ -68,7 +69,7 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
         return slot.bytes;
     }
 
-    // The record's own encoding word is as old as the record: it is read only where the record is.
+    // The record and its encoding word are readable on the same hosts only.
     const bool readsRecord = mayReadRecord && rbversion_rbversion < hostWithMovingBuffers &&
                              (held_->encoding == encodingASCII || held_->encoding == encodingUTF8);
     if (readsRecord) {
@@ -82,7 +83,7 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
     return slot.bytes;
 }
 
-// Without conversion or copy: raw text is ASCII, and ASCII in every encoding asked for.
+// Raw text is ASCII: it needs no conversion and no copy.
 void rbText::viewOwnBytes(Slot& slot)
 {
     const bool byService = rbversion_rbversion >= hostWithStringEncodings;
@@ -109,12 +110,12 @@ bool rbText::viewConverted(Slot& slot, std::uint32_t encoding)
     return true;
 }
 
-// The platform wants terminated text, and short texts are read past their end: a copy has zeros enough for
-// both.
+// The platform reads terminated text. A copy has enough zeros for the terminator and for four-character
+// codes.
 void rbText::terminate(Slot& slot)
 {
     if (slot.bytes[slot.length] == 0) return;
-    slot.copy = allocateZeroed<char>(static_cast<std::int64_t>(slot.length) + zerosBehindCopy);
+    slot.copy = allocateZeroed<char>(static_cast<std::int64_t>(slot.length) + zerosAfterCopy);
     if (!slot.copy) {
         slot.bytes = emptyText;
         slot.length = 0;

@@ -1,14 +1,14 @@
-// A host string's text, as bytes in the encoding that the platform wants.
+// The text of a host string in the encodings that the platform reads.
+// All functions: [main].
 #pragma once
 
 #include "plugin/owned.h"
 #include "plugin/zeroed.h"
 
-/// Holds one host string and hands out views of it.
-/// Owner   the views stay valid until this is destroyed; they point into the host's storage, into a private
-///         copy, or at a shared empty text.
-/// Errors  text that cannot be converted gives the empty view.
-/// Thread  [main].
+/// Holds one host string and returns views of its text.
+/// Owner   a view stays valid for the life of this object. It points to the host's memory, a private copy or
+///         a shared empty text.
+/// Errors  text that cannot be converted gives an empty view.
 class rbText {
 public:
     explicit rbText(REALstringStruct* text);
@@ -16,29 +16,28 @@ public:
     rbText(const rbText&) = delete;
     rbText& operator=(const rbText&) = delete;
 
-    /// Zero-terminated UTF-8. Converted once; later calls return the same view. Stated by the
-    /// interface; unused here.
+    /// Zero-terminated UTF-8, converted on the first call. Part of the published interface; unused here.
     const char* GetUTF8();
     HostInteger lengthUTF8() const { return slots_[utf8].length; }
 
-    /// Zero-terminated Mac Roman, likewise.
+    /// Zero-terminated Mac Roman, converted on the first call; at least four bytes can be read.
     const char* ConvertMacRoman();
     HostInteger lengthMacRoman() const { return slots_[macRoman].length; }
 
-    // The interface states these two flags; they are unused here.
-    /// The text has no known encoding and is ASCII: its views are its own bytes.
+    // Two flags of the published interface; unused here.
+    /// The text is ASCII in an unknown encoding: a view is the string's own bytes.
     bool isRaw() const { return isRaw_; }
-    /// A conversion failed, so a view is empty.
+    /// A conversion failed: a view is empty.
     bool isEmptyText() const { return isEmptyText_; }
 
 private:
-    enum SlotIndex { utf8, macRoman, slotCount = 7 }; ///< the interface states seven; five are unused
+    enum SlotIndex { utf8, macRoman, slotCount = 7 }; ///< the published interface has seven; five are unused
 
-    /// One target encoding: the view, and the storage that it points into.
+    /// One target encoding: its view, and the memory that the view points to.
     struct Slot {
         OwnedString converted;
         REALstringData data = {};
-        bool hasData = false; ///< `data` is the host's, to be given back
+        bool hasData = false; ///< `data` must be released
         Zeroed<char> copy;
         const char* bytes;
         HostInteger length = 0; ///< negative until computed

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The first words of each current record are the older record.
+// An older record is the first words of the current record.
 template <class Older, class Current>
 Older* olderRecords(const Current* records, Word count)
 {
@@ -17,10 +17,10 @@ Older* olderRecords(const Current* records, Word count)
     auto older = allocateZeroed<Older>(static_cast<std::int64_t>(count));
     if (!older) return nullptr;
     for (Word i = 0; i < count; ++i) std::memcpy(&older[i], &records[i], sizeof(Older));
-    return older.release(); // the host keeps it for the life of the process
+    return older.release(); // kept for the life of the process
 }
 
-// An event is raised with the words of the copy, which the host fills; the static record leads to it.
+// The host writes an event's key into the copy. The static record then contains the copy's address.
 REALevent9* olderEvents(REALevent* events, Word count)
 {
     REALevent9* older = olderRecords<REALevent9>(events, count);

@@ -1,19 +1,20 @@
-// Releases handles of the host and the platform.
+// The release of handles of the host and the platform.
 //
-// A release function that throws keeps its handle. The exception is swallowed: nothing is left to undo, and
-// another exception may already be propagating.
+// An exception from a release function is swallowed: nothing is left to undo, and another exception may
+// already be propagating. The handle then stays allocated.
+// All functions: [any].
 #pragma once
 
 #include "plugin/catch_all.h"
 
-/// Call `function(handle)`; ignore its result and its exceptions. [any]
+/// Call `function(handle)`; ignore its result and its exceptions.
 template <class Function, class Handle>
 void release(Function& function, Handle handle) noexcept
 {
     catchAll([&] { function(handle); });
 }
 
-/// A std::unique_ptr deleter that releases through `function`.
+/// The deleter of a std::unique_ptr that calls `function`.
 template <auto& function>
 struct Releases {
     template <class Handle>

@@ -1,9 +1,8 @@
-// Every host service, one row each: its signature, the wrapper by which we call it, the name or names it goes
-// by.
+// The host's services, one row each: signature, wrapper, and the name or names that the host knows.
 //
-// A service is looked up on first use and kept. One that the host does not have is looked up again on the
-// next use, and a call of it is skipped: the caller goes on as if it had answered zero, null or false.
-// Thread: [main] only; the look-up takes no lock.
+// A service is looked up on its first call, and its address is kept. A service that the host does not have
+// returns 0, null or false, and is looked up again on the next call. The look-up takes no lock.
+// All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"
@@ -19,7 +18,7 @@ class Service<Result(Arguments...)> {
 public:
     using Function = Result (*)(Arguments...);
 
-    /// `laterName` is asked for only if the host does not know `name`.
+    /// `laterName` is looked up only if the host does not know `name`.
     constexpr explicit Service(const char* name, const char* laterName = nullptr)
         : name_(name), laterName_(laterName)
     {
@@ -54,7 +53,7 @@ private:
 
 struct FSRef;
 
-// What some services hand out: a function of one array.
+// Functions that some services return; each accesses one array.
 using InsertInteger = void (*)(REALarrayStruct*, HostInteger index, HostInteger value);
 template <class Element>
 using GetElement = Element (*)(REALarrayStruct*, HostInteger index);
@@ -77,7 +76,7 @@ inline Service<void(REALobjectStruct* exception)>                               
 inline Service<REALobjectStruct*(REALstringStruct*)>                              REALNewVariantString       {"StringToVariant"};
 inline Service<REALobjectStruct*(HostInteger)>                                    REALNewVariantInteger      {"IntegerToVariant", "Int32ToVariant"};
 
-// strings: one that a service builds or converts comes with one reference; marking an encoding converts nothing
+// strings: a built or converted string comes with one reference; setting an encoding converts nothing
 inline Service<void(REALstringStruct*)>                                           REALLockString             {"REALLockString"};
 inline Service<void(REALstringStruct*)>                                           REALUnlockString           {"REALUnlockString"};
 inline Service<REALstringStruct*(const void* bytes, HostInteger count)>           REALBuildString            {"REALBuildString"};
@@ -97,7 +96,7 @@ inline Service<REALmemoryBlockStruct*(HostInteger bytes)>                       
 inline Service<void*(REALmemoryBlockStruct*)>                                     REALMemoryBlockGetPtr      {"memoryBlockGetPtr"};
 inline Service<HostInteger(REALmemoryBlockStruct*)>                               REALMemoryBlockGetSize     {"memoryBlockGetSize"};
 
-// arrays: an upper bound of -1 is an empty one; elements are reached through a function of the array
+// arrays: an upper bound of -1 is an empty array; elements are accessed by a function that a service returns
 inline Service<REALarrayStruct*(HostInteger elementType, HostInteger upperBound)> REALCreateArray            {"RuntimeArrayCreateSingleDimBoundedArray"};
 inline Service<HostInteger(REALarrayStruct*)>                                     REALGetArrayUBound         {"RuntimeUBound"};
 inline Service<InsertInteger(REALarrayStruct*)>                                   REALInsertArrayValueInteger{"PluginIntegerArrayInsertProc", "RuntimeArrayDirectGetInsertProc"};
@@ -105,12 +104,12 @@ inline Service<GetElement<HostInteger>(REALarrayStruct*)>                       
 inline Service<GetElement<float>(REALarrayStruct*)>                               REALGetArrayValueSingle    {"PluginSingleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
 inline Service<GetElement<double>(REALarrayStruct*)>                              REALGetArrayValueDouble    {"PluginDoubleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
 
-// the rest; a folder item without a name asked for is itself, else (an HFSUniStr255) its folder and its name
+// others: with a null name, a folder item's FSRef is its own; with an HFSUniStr255*, it is the parent folder's
 inline Service<void()>                                                            REALYieldToRB              {"REALYieldToRB"};
 inline Service<HostBoolean(REALfolderItemStruct*, FSRef*, void* name)>            REALFSRefFromFolderItem    {"REALFSRefFromFolderItem"};
 // clang-format on
 
-/// Memory blocks and folder items are objects to the host: references are counted by the same services.
+/// For the host, memory blocks and folder items are objects: the same services count their references.
 inline REALobjectStruct* asObject(REALmemoryBlockStruct* block)
 {
     return reinterpret_cast<REALobjectStruct*>(block);
@@ -120,8 +119,8 @@ inline REALobjectStruct* asObject(REALfolderItemStruct* item)
     return reinterpret_cast<REALobjectStruct*>(item);
 }
 
-/// A method of the host's own library, reached by its declaration and kept for good once found. Without it, a
-/// call is skipped like that of a missing service.
+/// A method of the host's library, looked up by its declaration on the first call. A method that the host
+/// does not have behaves like a missing service.
 template <class Signature>
 class FrameworkMethod;
 

@@ -1,14 +1,14 @@
-// Plain fields of C records that two threads touch. On the target these are the plain loads and stores that
-// they look like; they only keep the compiler, and any other processor, from reordering or tearing them.
+// Atomic access to plain fields of C records that two threads share. On the target each function is one
+// load, store or exchange instruction.
 //
-// A field must be aligned to its own size: a record says so for its 64-bit fields, whose type alone asks for
-// 4 bytes on the target. That promise is what makes each of these one instruction, and not a call of a
-// library with a lock.
+// A field must be aligned to its own size, or the compiler would call a library function that may lock. The
+// record declares this alignment for 64-bit fields, whose type alone requires only 4 bytes on the target.
+// All functions: [any].
 #pragma once
 
 namespace shared_word {
 
-/// The field's type with the alignment that the record promises.
+/// The field's type with the alignment that the record declares.
 template <class T>
 struct Aligned {
     typedef T Whole __attribute__((aligned(sizeof(T))));
@@ -31,7 +31,8 @@ void store(T& field, T value)
 
 } // namespace shared_word
 
-/// A value whose order against other memory does not matter (a position, a rate, a wish).
+// Relaxed: for a value that does not order other memory, such as a position or a rate.
+
 template <class T>
 T loadRelaxed(const T& field)
 {
@@ -44,8 +45,9 @@ void storeRelaxed(T& field, T value)
     shared_word::store<__ATOMIC_RELAXED>(field, value);
 }
 
-/// A flag or pointer behind which other memory changes hands: what was written before storeReleased is seen
-/// after the loadAcquired that reads its value.
+// Release and acquire: for a flag or pointer that publishes other memory. A thread that loads the stored
+// value sees all earlier writes of the storing thread.
+
 template <class T>
 T loadAcquired(const T& field)
 {
@@ -58,10 +60,10 @@ void storeReleased(T& field, T value)
     shared_word::store<__ATOMIC_RELEASE>(field, value);
 }
 
-/// Two fields with a side each: one writes the first and then reads the second, the other writes the second
-/// and then reads the first, and they must not both miss each other (whoever takes a pointer away and looks
-/// who is using it; whoever says that he is using it and looks whether it is there). All four steps are in
-/// order then: acquire and release do not keep a read behind a write.
+// Sequentially consistent: for two fields and two threads. Thread A clears a pointer, then reads the reader
+// count; thread B raises the count, then reads the pointer. One of the two sees the other's write. Acquire
+// and release are not enough: they let a read overtake an earlier write.
+
 template <class T>
 T loadInOrder(const T& field)
 {
@@ -74,7 +76,7 @@ void storeInOrder(T& field, T value)
     shared_word::store<__ATOMIC_SEQ_CST>(field, value);
 }
 
-/// What stood there.
+/// Store `value` and return the former value.
 template <class T>
 T swapInOrder(T& field, T value)
 {
@@ -84,11 +86,11 @@ T swapInOrder(T& field, T value)
     return before;
 }
 
-/// Put `wanted` in the place of `expected`; false if something else stands there.
+/// Store `value` if the field is `expected`. Returns false, with the field unchanged, if it is not.
 template <class T>
-bool replaceInOrder(T& field, T expected, T wanted)
+bool replaceInOrder(T& field, T expected, T value)
 {
-    typename shared_word::Aligned<T>::Whole before = expected, after = wanted;
+    typename shared_word::Aligned<T>::Whole before = expected, after = value;
     return __atomic_compare_exchange(reinterpret_cast<typename shared_word::Aligned<T>::Whole*>(&field),
                                      &before, &after, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
 }

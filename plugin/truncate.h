@@ -1,15 +1,17 @@
-// The one truncation of times and positions.
+// The only conversion of times and positions to integers.
+// All functions: [any].
 #pragma once
 
 #include <cstdint>
 
-/// Toward zero, to 64 bits; not-a-number and values out of range give INT64_MIN, as the processor does.
+/// Truncate toward zero to 64 bits. NaN and values out of range give INT64_MIN, like the processor's
+/// instruction.
 inline std::int64_t truncateTo64(double value)
 {
     constexpr double limit = 9223372036854775808.0;
     return value >= -limit && value < limit ? static_cast<std::int64_t>(value) : INT64_MIN;
 }
 
-/// A place as the number of a frame: the low 32 bits of what is left, so that a place in front of the first
-/// frame, or far behind the last, wraps.
+/// The number of the frame at position `frames`: the low 32 bits of the truncated value. A negative or very
+/// large position wraps.
 inline std::uint32_t frameAt(double frames) { return static_cast<std::uint32_t>(truncateTo64(frames)); }

@@ -1,5 +1,4 @@
-// Zero-filled memory of the C allocator, owned. Sizes are bytes and must lie in 1 … 2^31 − 1, as the host
-// counts in signed 32 bits; any other size is refused like a failed allocation: null, nothing raised.
+// Owned, zero-filled memory from the C allocator.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +12,12 @@ struct FreeMemory {
 template <class T>
 using Zeroed = std::unique_ptr<T[], FreeMemory>;
 
+/// Bytes; the host counts in signed 32 bits.
 constexpr std::int64_t largestAllocation = 0x7FFFFFFF;
 
-/// `count` zeroed elements, or null.
+/// `count` zeroed elements.
+/// Errors  no memory, no elements, or more than `largestAllocation` bytes: null, no exception.
+/// [any]
 template <class T>
 Zeroed<T> allocateZeroed(std::int64_t count)
 {

@@ -73,7 +73,7 @@ Target device(Text selector)
                data + ")";
     };
     target.hasWhen = target.hasSelectorText = true;
-    target.tellsInfoFailureOfCFString = false;
+    target.storesInfoErrorOfCFString = false;
     return target;
 }
 
@@ -95,7 +95,7 @@ Target stream(Text selector)
         return "AudioStreamSetProperty(" + hex(id) + ", " + when + ", " + where + ", " + hex(size) + ", " +
                data + ")";
     };
-    target.hasWhen = target.hasSelectorText = target.tellsInfoFailureOfCFString = true;
+    target.hasWhen = target.hasSelectorText = target.storesInfoErrorOfCFString = true;
     return target;
 }
 
@@ -112,7 +112,7 @@ Target hardware(Text selector)
     target.setCall = [=](const std::string&, UInt32 size, const std::string& data) {
         return "AudioHardwareSetProperty(" + hex(selectorCode) + ", " + hex(size) + ", " + data + ")";
     };
-    target.hasSelectorText = target.tellsInfoFailureOfCFString = true;
+    target.hasSelectorText = target.storesInfoErrorOfCFString = true;
     return target;
 }
 
@@ -142,7 +142,7 @@ Target unit()
     target.setCall = [=](const std::string&, UInt32 size, const std::string& data) {
         return "AudioUnitSetProperty(" + lead + data + ", " + hex(size) + ")";
     };
-    target.tellsInfoFailureOfCFString = true;
+    target.storesInfoErrorOfCFString = true;
     return target;
 }
 

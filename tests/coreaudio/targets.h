@@ -27,7 +27,7 @@ struct Target {
     bool hasWhen;
     bool hasSelectorText;
     /// The device's member alone keeps a failed info call to itself.
-    bool tellsInfoFailureOfCFString;
+    bool storesInfoErrorOfCFString;
 
     std::string infoFunction() const { return name + "GetPropertyInfo"; }
     std::string getFunction() const { return name + "GetProperty"; }
