@@ -1,12 +1,12 @@
-// The public calls: find the graph, wait for it or not, let nothing be thrown across the border.
+// The C functions of graphs: find the graph, take its lock, stop exceptions.
 #include "platform/augraph/connections.h"
 #include "platform/augraph/handles.h"
 #include "platform/augraph/head.h"
 #include "platform/augraph/life_cycle.h"
 #include "platform/augraph/nodes.h"
+#include "platform/hal/device.h"
 #include "platform/support/border.h"
-
-#include <new>
+#include "platform/support/render_scope.h"
 
 namespace augraph = kvxplatform::augraph;
 using augraph::Graph;
@@ -15,16 +15,20 @@ namespace {
 
 constexpr OSStatus cannotNow = kAUGraphErr_CannotDoInCurrentContext;
 
+/// A thread in a render call or an I/O cycle must not wait.
+bool isRenderThread() { return kvxplatform::RenderScope::isInsideAny() || kvxplatform::hal::turningDevice; }
+
 template <class Call>
-OSStatus withinBorder(Call call) noexcept
+OSStatus guarded(Call call) noexcept
 {
     return kvxplatform::withinBorder(memFullErr, kAudioUnitErr_FailedInitialization, call);
 }
 
+/// Run `call` with the graph's lock. Without `mayWait` a lock that is held gives CannotDoInCurrentContext.
 template <class Call>
 OSStatus withLock(AUGraph handle, bool mayWait, Call call)
 {
-    return withinBorder([&]() -> OSStatus {
+    return guarded([&]() -> OSStatus {
         const augraph::Graphs::Use graph = augraph::use(handle);
         if (!graph) return paramErr;
         std::unique_lock<std::mutex> lock(graph->lock, std::defer_lock);
@@ -36,35 +40,35 @@ OSStatus withLock(AUGraph handle, bool mayWait, Call call)
     });
 }
 
-/// A call that may wait for slices to end.
+/// A call that may wait for render calls to end. A render thread is refused.
 template <class Call>
-OSStatus patiently(AUGraph handle, Call call)
+OSStatus waitingCall(AUGraph handle, Call call)
 {
-    if (!augraph::isAudioThread()) return withLock(handle, true, call);
+    if (!isRenderThread()) return withLock(handle, true, call);
     return augraph::use(handle) ? cannotNow : OSStatus{paramErr};
 }
 
-/// A call that takes a moment: an audio thread makes it, too, unless another call is under way.
+/// A short call. A render thread may make it, too, but does not wait for the lock.
 template <class Call>
-OSStatus briefly(AUGraph handle, Call call)
+OSStatus shortCall(AUGraph handle, Call call)
 {
-    return withLock(handle, !augraph::isAudioThread(), call);
+    return withLock(handle, !isRenderThread(), call);
 }
 
-/// The head's own slice speaks to it without waiting for anybody.
-OSStatus toHead(AUGraph handle, OSStatus (*inItsSlice)(Graph&), OSStatus (*elsewhere)(Graph&))
+/// A start or stop. The output unit's own render call may make it, without the lock.
+OSStatus headCall(AUGraph handle, OSStatus (*insideHead)(Graph&), OSStatus (*elsewhere)(Graph&))
 {
-    if (!augraph::isAudioThread()) return withLock(handle, true, elsewhere);
-    return withinBorder([&]() -> OSStatus {
+    if (!isRenderThread()) return withLock(handle, true, elsewhere);
+    return guarded([&]() -> OSStatus {
         const augraph::Graphs::Use graph = augraph::use(handle);
         if (!graph) return paramErr;
-        return augraph::isInHeadsSlice(*graph) ? inItsSlice(*graph) : cannotNow;
+        return augraph::isInsideHead(*graph) ? insideHead(*graph) : cannotNow;
     });
 }
 
 OSStatus getFlag(AUGraph handle, Boolean* out, bool Graph::*flag)
 {
-    return briefly(handle, [&](Graph& graph) {
+    return shortCall(handle, [&](Graph& graph) {
         if (out) *out = graph.*flag;
         return out ? noErr : paramErr;
     });
@@ -76,7 +80,7 @@ OSStatus NewAUGraph(AUGraph* out)
 {
     if (!out) return paramErr;
     *out = nullptr;
-    return withinBorder([&] {
+    return guarded([&] {
         *out = augraph::add();
         return *out ? noErr : memFullErr;
     });
@@ -84,8 +88,8 @@ OSStatus NewAUGraph(AUGraph* out)
 
 OSStatus DisposeAUGraph(AUGraph handle)
 {
-    return withinBorder([&]() -> OSStatus {
-        if (augraph::isAudioThread()) return augraph::use(handle) ? cannotNow : OSStatus{paramErr};
+    return guarded([&]() -> OSStatus {
+        if (isRenderThread()) return augraph::use(handle) ? cannotNow : OSStatus{paramErr};
         augraph::Graphs::Use graph = augraph::beginDispose(handle);
         if (!graph) return paramErr;
         {
@@ -99,19 +103,14 @@ OSStatus DisposeAUGraph(AUGraph handle)
 
 OSStatus AUGraphAddNode(AUGraph handle, const AudioComponentDescription* description, AUNode* out)
 {
-    return briefly(handle, [&](Graph& graph) {
+    return shortCall(handle, [&](Graph& graph) {
         return description && out ? augraph::addNode(graph, *description, *out) : paramErr;
     });
 }
 
-OSStatus AUGraphRemoveNode(AUGraph handle, AUNode node)
-{
-    return patiently(handle, [&](Graph& graph) { return augraph::removeNode(graph, node); });
-}
-
 OSStatus AUGraphGetNodeCount(AUGraph handle, UInt32* out)
 {
-    return briefly(handle, [&](Graph& graph) {
+    return shortCall(handle, [&](Graph& graph) {
         if (out) *out = static_cast<UInt32>(graph.nodes.size());
         return out ? noErr : paramErr;
     });
@@ -119,7 +118,7 @@ OSStatus AUGraphGetNodeCount(AUGraph handle, UInt32* out)
 
 OSStatus AUGraphGetIndNode(AUGraph handle, UInt32 index, AUNode* out)
 {
-    return briefly(handle, [&](Graph& graph) -> OSStatus {
+    return shortCall(handle, [&](Graph& graph) -> OSStatus {
         if (!out) return paramErr;
         if (index >= graph.nodes.size()) return kAUGraphErr_NodeNotFound;
         *out = graph.nodes[index].number;
@@ -130,7 +129,7 @@ OSStatus AUGraphGetIndNode(AUGraph handle, UInt32 index, AUNode* out)
 OSStatus AUGraphNodeInfo(AUGraph handle, AUNode number, AudioComponentDescription* description,
                          AudioUnit* unit)
 {
-    return briefly(handle, [&](Graph& graph) -> OSStatus {
+    return shortCall(handle, [&](Graph& graph) -> OSStatus {
         const augraph::Node* const node = augraph::findNode(graph, number);
         if (!node) return kAUGraphErr_NodeNotFound;
         if (description) *description = node->description;
@@ -141,7 +140,7 @@ OSStatus AUGraphNodeInfo(AUGraph handle, AUNode number, AudioComponentDescriptio
 
 OSStatus AUGraphConnectNodeInput(AUGraph handle, AUNode source, UInt32 output, AUNode dest, UInt32 input)
 {
-    return briefly(handle, [&](Graph& graph) {
+    return shortCall(handle, [&](Graph& graph) {
         return augraph::connect(graph, source, output, {dest, input});
     });
 }
@@ -149,46 +148,25 @@ OSStatus AUGraphConnectNodeInput(AUGraph handle, AUNode source, UInt32 output, A
 OSStatus AUGraphSetNodeInputCallback(AUGraph handle, AUNode dest, UInt32 input,
                                      const AURenderCallbackStruct* callback)
 {
-    return briefly(handle, [&](Graph& graph) {
+    return shortCall(handle, [&](Graph& graph) {
         return callback ? augraph::setCallback(graph, {dest, input}, *callback) : paramErr;
     });
 }
 
-OSStatus AUGraphDisconnectNodeInput(AUGraph handle, AUNode dest, UInt32 input)
-{
-    return briefly(handle, [&](Graph& graph) { return augraph::disconnect(graph, {dest, input}); });
-}
-
-OSStatus AUGraphClearConnections(AUGraph handle)
-{
-    return briefly(handle, [](Graph& graph) {
-        augraph::disconnectAll(graph);
-        return noErr;
-    });
-}
-
-OSStatus AUGraphUpdate(AUGraph handle, Boolean* out)
-{
-    bool isDone = false;
-    const OSStatus status = patiently(handle, [&](Graph& graph) { return augraph::update(graph, isDone); });
-    if (out) *out = isDone;
-    return status;
-}
-
-OSStatus AUGraphOpen(AUGraph handle) { return patiently(handle, augraph::open); }
+OSStatus AUGraphOpen(AUGraph handle) { return waitingCall(handle, augraph::open); }
 
 OSStatus AUGraphClose(AUGraph handle)
 {
-    return patiently(handle, [](Graph& graph) {
+    return waitingCall(handle, [](Graph& graph) {
         augraph::close(graph);
         return noErr;
     });
 }
 
-OSStatus AUGraphInitialize(AUGraph handle) { return patiently(handle, augraph::initialize); }
-OSStatus AUGraphUninitialize(AUGraph handle) { return patiently(handle, augraph::uninitialize); }
-OSStatus AUGraphStart(AUGraph handle) { return toHead(handle, augraph::startHead, augraph::start); }
-OSStatus AUGraphStop(AUGraph handle) { return toHead(handle, augraph::stopHead, augraph::stopHead); }
+OSStatus AUGraphInitialize(AUGraph handle) { return waitingCall(handle, augraph::initialize); }
+OSStatus AUGraphUninitialize(AUGraph handle) { return waitingCall(handle, augraph::uninitialize); }
+OSStatus AUGraphStart(AUGraph handle) { return headCall(handle, augraph::startHead, augraph::start); }
+OSStatus AUGraphStop(AUGraph handle) { return headCall(handle, augraph::stopHead, augraph::stopHead); }
 OSStatus AUGraphIsOpen(AUGraph handle, Boolean* out) { return getFlag(handle, out, &Graph::isOpen); }
 
 OSStatus AUGraphIsInitialized(AUGraph handle, Boolean* out)
@@ -198,20 +176,10 @@ OSStatus AUGraphIsInitialized(AUGraph handle, Boolean* out)
 
 OSStatus AUGraphIsRunning(AUGraph handle, Boolean* out)
 {
-    return withinBorder([&]() -> OSStatus {
+    return guarded([&]() -> OSStatus {
         const augraph::Graphs::Use graph = augraph::use(handle);
         if (!graph || !out) return paramErr;
         *out = augraph::isHeadRunning(*graph);
         return noErr;
     });
-}
-
-OSStatus AUGraphAddRenderNotify(AUGraph handle, AURenderCallback notify, void* context)
-{
-    return briefly(handle, [&](Graph& graph) { return augraph::addNotify(graph, {notify, context}); });
-}
-
-OSStatus AUGraphRemoveRenderNotify(AUGraph handle, AURenderCallback notify, void* context)
-{
-    return briefly(handle, [&](Graph& graph) { return augraph::removeNotify(graph, {notify, context}); });
 }

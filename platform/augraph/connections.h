@@ -1,21 +1,17 @@
-// What callers connect. It is noted here, and made on the units by wiring.h. All with the graph's lock.
-//
-// Errors   NodeNotFound: no such node; InvalidConnection: the input hears something already, or, to be
-//          disconnected, nothing.
+// Recording the sources of inputs. wiring.h passes them to the units.
+// All functions: [any], with the graph's lock.
 #pragma once
 
 #include "platform/augraph/graph.h"
 
 namespace kvxplatform::augraph {
 
+/// Record a connection from an output of `source` to `input`.
+/// Errors  NodeNotFound; InvalidConnection if the input has a source.
 OSStatus connect(Graph& graph, AUNode source, UInt32 output, const Input& input);
 
-/// In the place of a former callback. One without a procedure takes the callback away.
+/// Record a callback in place of the former one. A callback without a procedure removes the former one.
+/// Errors  NodeNotFound; InvalidConnection if the input has a connection.
 OSStatus setCallback(Graph& graph, const Input& input, const AURenderCallbackStruct& callback);
-
-OSStatus disconnect(Graph& graph, const Input& input);
-
-/// Nobody hears anything.
-void disconnectAll(Graph& graph);
 
 } // namespace kvxplatform::augraph

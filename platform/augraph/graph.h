@@ -1,7 +1,7 @@
-// The records of a graph: its nodes, and what their inputs hear.
+// The records of a graph: its nodes and the sources of their inputs.
 //
-// What callers connect is only noted. The units are told when the graph is initialised or updated: then all
-// formats are settled, and a change that a unit refuses leaves what plays as it is.
+// Callers only record sources. The units receive them when the graph is initialised, after all formats are
+// set.
 #pragma once
 
 #include <AudioToolbox/AUGraph.h>
@@ -15,12 +15,11 @@
 
 namespace kvxplatform::augraph {
 
-/// A unit's place in a graph.
 struct Node {
     AUNode number;
     Component component;
-    AudioComponentDescription description; // the component's own, without wildcards
-    AudioUnit unit;                        // null while the graph is not open
+    AudioComponentDescription description; ///< the component's own, without wildcards
+    AudioUnit unit;                        ///< null while the graph is closed
 };
 
 inline bool isOutput(const Node& node) { return node.description.componentType == kAudioUnitType_Output; }
@@ -34,47 +33,37 @@ inline bool operator<(const Input& a, const Input& b)
     return std::tie(a.node, a.bus) < std::tie(b.node, b.bus);
 }
 
-/// What an input hears: a node's output, or (node 0) a callback.
+/// The source of an input: an output of a node or, with node 0, a callback. A removed callback leaves an
+/// empty source until the graph is initialised again.
 struct Source {
     AUNode node;
     UInt32 output;
     AURenderCallbackStruct callback;
 };
-inline bool operator==(const Source& a, const Source& b)
-{
-    return a.node == b.node && a.output == b.output && a.callback.inputProc == b.callback.inputProc &&
-           a.callback.inputProcRefCon == b.callback.inputProcRefCon;
-}
-
-using Inputs = std::map<Input, Source>;
-
-struct Notify {
-    AURenderCallback function;
-    void* context;
-};
+inline bool isEmpty(const Source& source) { return !source.node && !source.callback.inputProc; }
 
 struct Graph {
     Graph();
     ~Graph();
     Graph(const Graph&) = delete;
 
-    std::mutex lock; // of all but `head`. Its holder may wait for a slice to end
+    /// Guards all members but `head`. Its holder may wait for a render call to end.
+    std::mutex lock;
 
     bool isDisposed = false;
     bool isOpen = false;
     bool isInitialized = false;
     AUNode lastNumber = 0;
-    std::vector<Node> nodes;   // in the order of adding
-    std::vector<Node> leaving; // removed while initialised: their units go with the next update
-    Inputs wanted;             // as callers have it
-    Inputs made;               // as the units have been told
-    std::vector<Notify> notifies;
+    std::vector<Node> nodes; ///< in the order of adding
+    std::map<Input, Source> sources;
 
-    /// The output node's unit; null without one, or while not open. Thread [any] reads, also [audio].
+    /// The output node's unit; null without an output node or while the graph is closed.
+    /// [any], without the lock
     std::atomic<AudioUnit> head{nullptr};
 };
 
-/// A node by its number; null when there is none. With the lock.
+/// Returns the node with this number, or null.
+/// [any], with the graph's lock
 Node* findNode(Graph& graph, AUNode number);
 
 } // namespace kvxplatform::augraph

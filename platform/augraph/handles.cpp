@@ -1,16 +1,9 @@
 #include "platform/augraph/handles.h"
 
-#include "platform/audiounit/audio_unit.h"
-#include "platform/audiounit/render.h"
-#include "platform/hal/device.h"
-#include "platform/support/live_count.h"
-
 namespace kvxplatform::augraph {
 namespace {
 
-LiveCount account("AUGraph");
-
-// Never destroyed: an audio thread may still ask for a graph while the program ends.
+// Never destroyed: a render thread may still look up a graph while the program exits.
 Graphs& table()
 {
     static Graphs& graphs = *new Graphs;
@@ -18,9 +11,6 @@ Graphs& table()
 }
 
 } // namespace
-
-Graph::Graph() { account.add(); }
-Graph::~Graph() { account.remove(); }
 
 AUGraph add()
 {
@@ -33,13 +23,5 @@ Graphs::Use use(AUGraph handle) { return table().use(numberOf(handle)); }
 Graphs::Use beginDispose(AUGraph handle) { return table().beginClose(numberOf(handle)); }
 
 void endDispose(Graphs::Use graph) { table().endClose(std::move(graph)); }
-
-bool isAudioThread() { return RenderScope::isInsideAny() || hal::turningDevice; }
-
-bool isInHeadsSlice(const Graph& graph)
-{
-    const audiounit::UnitUse unit = audiounit::use(graph.head);
-    return !unit.status && unit->scope.isInside();
-}
 
 } // namespace kvxplatform::augraph

@@ -1,4 +1,4 @@
-// From handles to graphs, and who may wait for one.
+// The handles of graphs. All functions: [any].
 #pragma once
 
 #include "platform/augraph/graph.h"
@@ -8,20 +8,16 @@ namespace kvxplatform::augraph {
 
 using Graphs = HandleTable<Graph, 3>;
 
-/// A new graph's handle; null when there are too many. Throws std::bad_alloc.
+/// Make a graph. Throws std::bad_alloc.
+/// Returns  its handle; null if the table is full.
 AUGraph add();
 
-/// The graph behind a handle, whole for as long as this lives. Thread [any], [audio] too.
+/// Returns the graph of a handle, kept alive by the result; empty for a handle that names no graph.
 Graphs::Use use(AUGraph handle);
 
-/// The use of the one caller who disposes a graph; empty for all others. The handle is good until endDispose.
+/// Start the disposal of a graph. Only the first caller gets the graph; the handle stays valid until
+/// endDispose.
 Graphs::Use beginDispose(AUGraph handle);
 void endDispose(Graphs::Use graph);
-
-/// Whether the calling thread must not wait: it is inside a slice of some unit, or a device's cycle.
-bool isAudioThread();
-
-/// Whether the calling thread is inside a slice of the graph's output unit.
-bool isInHeadsSlice(const Graph& graph);
 
 } // namespace kvxplatform::augraph

@@ -2,17 +2,14 @@
 
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/property.h"
-#include "platform/audiounit/render.h"
 #include "platform/augraph/unit_calls.h"
-
-#include <algorithm>
 
 namespace kvxplatform::augraph {
 
 OSStatus start(Graph& graph)
 {
     if (!graph.isInitialized) return kAudioUnitErr_Uninitialized;
-    return graph.head.load() ? startHead(graph) : static_cast<OSStatus>(kAUGraphErr_OutputNodeErr);
+    return graph.head.load() ? startHead(graph) : OSStatus{kAUGraphErr_OutputNodeErr};
 }
 
 OSStatus startHead(Graph& graph) { return onUnit(graph.head, audiounit::start); }
@@ -34,32 +31,10 @@ bool isHeadRunning(const Graph& graph)
     return isRunning != 0;
 }
 
-OSStatus addNotify(Graph& graph, const Notify& notify)
+bool isInsideHead(const Graph& graph)
 {
-    if (!notify.function) return paramErr;
-    graph.notifies.reserve(graph.notifies.size() + 1);
-    if (const AudioUnit head = graph.head) {
-        const OSStatus status = onUnit(head, [&](audiounit::Unit& unit) {
-            return audiounit::addNotify(unit, notify.function, notify.context);
-        });
-        if (status) return status;
-    }
-    graph.notifies.push_back(notify);
-    return noErr;
-}
-
-OSStatus removeNotify(Graph& graph, const Notify& notify)
-{
-    if (!notify.function) return paramErr;
-    const auto found = std::find_if(graph.notifies.begin(), graph.notifies.end(), [&](const Notify& each) {
-        return each.function == notify.function && each.context == notify.context;
-    });
-    if (found == graph.notifies.end()) return kAudioUnitErr_InvalidPropertyValue;
-    onUnit(graph.head, [&](audiounit::Unit& unit) { // it may have been taken from the unit already
-        return audiounit::removeNotify(unit, notify.function, notify.context);
-    });
-    graph.notifies.erase(found);
-    return noErr;
+    const audiounit::UnitUse unit = audiounit::use(graph.head);
+    return !unit.status && unit->scope.isInside();
 }
 
 } // namespace kvxplatform::augraph

@@ -1,26 +1,25 @@
-// A graph's output unit: running, and who is told of its slices.
+// The output unit of a graph: start, stop, state.
 #pragma once
 
 #include "platform/augraph/graph.h"
 
 namespace kvxplatform::augraph {
 
-/// Uninitialized, when the graph is not; OutputNodeErr without an output node; else the unit's. With the
-/// lock.
+/// Errors  Uninitialized if the graph is not initialised; OutputNodeErr without an output node; the unit's.
+/// [any but audio], with the graph's lock
 OSStatus start(Graph& graph);
 
-/// Thread [any but audio], with the lock; or inside a slice of the head, without. Where there is no head, a
-/// stop has nothing to do.
+/// Start or stop the output unit. Without one a stop does nothing.
+/// [any but audio], with the graph's lock; or [audio & rendering] in the head's render call, without it
 OSStatus startHead(Graph& graph);
 OSStatus stopHead(Graph& graph);
 
-/// What the unit says; false when there is none. Thread [any], without the lock.
+/// Whether the output unit reports that it is running; false without one.
+/// [any], without the lock
 bool isHeadRunning(const Graph& graph);
 
-/// With the lock. Once added, a notification goes with every output unit that the graph has.
-OSStatus addNotify(Graph& graph, const Notify& notify);
-
-/// InvalidPropertyValue for one that is not there, as the units have it. With the lock.
-OSStatus removeNotify(Graph& graph, const Notify& notify);
+/// Whether the calling thread is in a render call of the output unit.
+/// [any], without the lock
+bool isInsideHead(const Graph& graph);
 
 } // namespace kvxplatform::augraph

@@ -11,43 +11,41 @@ namespace {
 
 void uninitializeUnits(Graph& graph)
 {
-    if (const AudioUnit head = graph.head) { // first, so that nobody is pulled any more
+    if (const AudioUnit head = graph.head) { // first: it pulls all the others
         stopHead(graph);
         onUnit(head, audiounit::uninitialize);
     }
     for (const Node& node : graph.nodes) onUnit(node.unit, audiounit::uninitialize);
-    closeLeaving(graph);
 }
 
 void closeUnits(Graph& graph)
 {
     for (Node& node : graph.nodes) closeUnit(graph, node);
-    graph.made.clear();
 }
 
-/// Undoes, unless all went well.
+/// Undoes a step unless it has succeeded.
 template <class Undo>
-struct Unless {
+struct Rollback {
     Graph& graph;
     Undo undo;
-    bool isWell = false;
-    ~Unless()
+    bool hasSucceeded = false;
+    ~Rollback()
     {
-        if (!isWell) undo(graph);
+        if (!hasSucceeded) undo(graph);
     }
 };
 template <class Undo>
-Unless(Graph&, Undo) -> Unless<Undo>;
+Rollback(Graph&, Undo) -> Rollback<Undo>;
 
 } // namespace
 
 OSStatus open(Graph& graph)
 {
     if (graph.isOpen) return noErr;
-    Unless all{graph, closeUnits};
+    Rollback step{graph, closeUnits};
     for (Node& node : graph.nodes)
         if (const OSStatus status = openUnit(graph, node)) return status;
-    graph.isOpen = all.isWell = true;
+    graph.isOpen = step.hasSucceeded = true;
     return noErr;
 }
 
@@ -62,9 +60,9 @@ OSStatus initialize(Graph& graph)
 {
     if (graph.isInitialized) return noErr;
     if (!graph.isOpen) return kAudioUnitErr_Uninitialized;
-    Unless all{graph, uninitializeUnits};
-    if (const OSStatus status = wire(graph, Extent::all)) return status;
-    graph.isInitialized = all.isWell = true;
+    Rollback step{graph, uninitializeUnits};
+    if (const OSStatus status = wire(graph)) return status;
+    graph.isInitialized = step.hasSucceeded = true;
     return noErr;
 }
 
@@ -74,15 +72,6 @@ OSStatus uninitialize(Graph& graph)
     if (graph.isInitialized) uninitializeUnits(graph);
     graph.isInitialized = false;
     return noErr;
-}
-
-OSStatus update(Graph& graph, bool& isDone)
-{
-    isDone = false;
-    if (!graph.isInitialized) return noErr;
-    const OSStatus status = wire(graph, Extent::changed);
-    isDone = !status;
-    return status;
 }
 
 void dispose(Graph& graph)

@@ -1,26 +1,26 @@
-// A graph's life: open, initialised, and back. All with the graph's lock, outside every slice.
+// The states of a graph: closed, open, initialised.
+// All functions: [any but audio], with the graph's lock.
 #pragma once
 
 #include "platform/augraph/graph.h"
 
 namespace kvxplatform::augraph {
 
-/// Make the units. One that cannot be made undoes those before it.
+/// Make the units. After a failure none is left.
 OSStatus open(Graph& graph);
 
-/// Uninitialise, and close the units. Nodes and connections stay.
+/// Uninitialise the graph and close the units. Nodes and sources stay.
 void close(Graph& graph);
 
-/// Wire the graph. Uninitialized: it is not open. A unit that refuses leaves all of them uninitialised.
+/// Pass the sources to the units and initialise them. After a failure no unit is initialised.
+/// Errors  Uninitialized if the graph is closed; wire()'s.
 OSStatus initialize(Graph& graph);
 
-/// Stop, and wait until no unit is inside a slice. badComponentInstance: there are no units.
+/// Stop, then wait until no unit is rendering.
+/// Errors  badComponentInstance if the graph is closed.
 OSStatus uninitialize(Graph& graph);
 
-/// Wire what has changed since. `isDone`: nothing waits. Before the graph is initialised nothing is done.
-OSStatus update(Graph& graph, bool& isDone);
-
-/// Close, for good.
+/// Close the graph for good.
 void dispose(Graph& graph);
 
 } // namespace kvxplatform::augraph

@@ -1,12 +1,13 @@
-// The order in which sound passes a graph's nodes.
+// The order of nodes along the signal path.
 #pragma once
 
 #include "platform/augraph/graph.h"
 
 namespace kvxplatform::augraph {
 
-/// The nodes that hear something or are heard, each behind all that it hears, as callers have connected them.
-/// False when some hear themselves, by whatever detour. With the lock.
-bool fromSources(Graph& graph, std::vector<Node*>& out);
+/// List the nodes that have a source or are one, each after all of its sources.
+/// Returns  false if nodes are connected in a cycle.
+/// [any], with the graph's lock
+bool orderFromSources(Graph& graph, std::vector<Node*>& out);
 
 } // namespace kvxplatform::augraph

@@ -1,12 +1,14 @@
-// What a graph asks of its units, past the public calls: a program that stands in front of those sees its own
-// calls only.
+// Calls from a graph to its units. They bypass the public functions: a program that interposes those sees
+// only its own calls.
 #pragma once
 
 #include "platform/audiounit/audio_unit.h"
 
 namespace kvxplatform::augraph {
 
-/// `call` over the unit behind a handle: its status, or the handle's when it names no unit.
+/// Run `call` on the unit of a handle.
+/// Returns  its status, or the handle's if the handle names no unit.
+/// [any]
 template <class Call>
 OSStatus onUnit(AudioUnit handle, Call call)
 {

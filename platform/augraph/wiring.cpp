@@ -2,7 +2,6 @@
 
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/property.h"
-#include "platform/augraph/nodes.h"
 #include "platform/augraph/order.h"
 #include "platform/augraph/unit_calls.h"
 
@@ -16,57 +15,49 @@ OSStatus setInput(AudioUnit unit, AudioUnitPropertyID property, UInt32 bus, cons
     });
 }
 
-/// Inputs that hear something and shall hear nothing. Those of removed nodes go with their units.
-void silenceUnwanted(Graph& graph)
+OSStatus setSource(Graph& graph, const Input& input, const Source& source)
 {
-    for (auto each = graph.made.begin(); each != graph.made.end();) {
-        const Input& input = each->first;
-        const Node* const node = findNode(graph, input.node);
-        if (!node || graph.wanted.count(input)) {
+    const AudioUnit unit = findNode(graph, input.node)->unit;
+    if (!source.node)
+        return setInput(unit, kAudioUnitProperty_SetRenderCallback, input.bus, &source.callback,
+                        sizeof source.callback);
+    const AudioUnitConnection connection = {findNode(graph, source.node)->unit, source.output, input.bus};
+    return setInput(unit, kAudioUnitProperty_MakeConnection, input.bus, &connection, sizeof connection);
+}
+
+/// Also for nodes without any other source, which are not in the order.
+void removeEmptySources(Graph& graph)
+{
+    for (auto each = graph.sources.begin(); each != graph.sources.end();) {
+        if (!isEmpty(each->second)) {
             ++each;
             continue;
         }
-        // It only refuses where there is no such unit or input any more, which then hears nothing.
-        setInput(node->unit, kAudioUnitProperty_MakeConnection, input.bus, nullptr, 0);
-        each = graph.made.erase(each);
+        setSource(graph, each->first, each->second); // fails only for an input that does not exist any more
+        each = graph.sources.erase(each);
     }
 }
 
-OSStatus make(Graph& graph, const Node& node, UInt32 bus, const Source& source)
+OSStatus setSources(Graph& graph, const Node& node)
 {
-    if (!source.node)
-        return setInput(node.unit, kAudioUnitProperty_SetRenderCallback, bus, &source.callback,
-                        sizeof source.callback);
-    const AudioUnitConnection connection = {findNode(graph, source.node)->unit, source.output, bus};
-    return setInput(node.unit, kAudioUnitProperty_MakeConnection, bus, &connection, sizeof connection);
-}
-
-OSStatus makeInputs(Graph& graph, const Node& node, Extent extent)
-{
-    for (auto each = graph.wanted.lower_bound({node.number, 0});
-         each != graph.wanted.end() && each->first.node == node.number; ++each) {
-        const auto& [input, source] = *each;
-        Source& now = graph.made[input]; // a callback that is none, when it hears nothing yet
-        if (extent == Extent::changed && now == source) continue;
-        if (const OSStatus status = make(graph, node, input.bus, source)) return status;
-        now = source;
-    }
+    for (auto each = graph.sources.lower_bound({node.number, 0});
+         each != graph.sources.end() && each->first.node == node.number; ++each)
+        if (const OSStatus status = setSource(graph, each->first, each->second)) return status;
     return noErr;
 }
 
 } // namespace
 
-OSStatus wire(Graph& graph, Extent extent)
+OSStatus wire(Graph& graph)
 {
+    removeEmptySources(graph);
     std::vector<Node*> order;
-    if (!fromSources(graph, order)) return kAUGraphErr_InvalidConnection;
-    silenceUnwanted(graph);
+    if (!orderFromSources(graph, order)) return kAUGraphErr_InvalidConnection;
     for (const Node* node : order) {
-        OSStatus status = makeInputs(graph, *node, extent);
+        OSStatus status = setSources(graph, *node);
         if (!status) status = onUnit(node->unit, audiounit::initialize);
         if (status) return status;
     }
-    closeLeaving(graph);
     return noErr;
 }
 

@@ -3,8 +3,8 @@
  *
  * Order    new, add nodes, connect, open, set the units up, give callbacks, initialise, start; stop,
  *          uninitialise, close, dispose. Opening, initialising, starting and their opposites have no effect
- *          where there is nothing to do. Nodes and connections may also come later: on an initialised graph
- *          they take effect with AUGraphUpdate.
+ *          where there is nothing to do. Nodes, connections and callbacks that are added to an initialised
+ *          graph take effect when it is initialised again.
  *
  * Owner    the graph is its maker's, who disposes it; the graph owns its units.
  *
@@ -44,10 +44,6 @@ KVX_PLATFORM_EXPORT OSStatus DisposeAUGraph(AUGraph graph);
 KVX_PLATFORM_EXPORT OSStatus AUGraphAddNode(AUGraph graph, const AudioComponentDescription* description,
                                             AUNode* out_node);
 
-/* With all its connections. The output node of a running graph is OutputNodeErr. On an initialised graph the
- * unit plays on until AUGraphUpdate. */
-KVX_PLATFORM_EXPORT OSStatus AUGraphRemoveNode(AUGraph graph, AUNode node);
-
 /* In the order of adding; an index behind the last is NodeNotFound. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphGetNodeCount(AUGraph graph, UInt32* out_count);
 KVX_PLATFORM_EXPORT OSStatus AUGraphGetIndNode(AUGraph graph, UInt32 index, AUNode* out_node);
@@ -57,22 +53,14 @@ KVX_PLATFORM_EXPORT OSStatus AUGraphNodeInfo(AUGraph graph, AUNode node,
                                              AudioComponentDescription* out_description, AudioUnit* out_unit);
 
 /* An input takes one connection or one callback. A connection to an input that has either is
- * InvalidConnection, and so is a callback for one that has a connection; a new callback takes the former
- * one's place, and one without a procedure takes it away. The units hear of both, and may refuse them, when
- * the graph is initialised or updated: a missing input or output is kAudioUnitErr_InvalidElement then, a
- * refused format kAudioUnitErr_FormatNotSupported, a circle InvalidConnection. To disconnect an input that
- * has nothing is InvalidConnection; clearing takes all connections and callbacks. */
+ * InvalidConnection, and so is a callback for one that has a connection; a new callback replaces the former
+ * one, and one without a procedure removes it. The units receive both, and may refuse them, when the graph is
+ * initialised: a missing input or output is kAudioUnitErr_InvalidElement then, a refused format
+ * kAudioUnitErr_FormatNotSupported, a cycle of nodes InvalidConnection. */
 KVX_PLATFORM_EXPORT OSStatus AUGraphConnectNodeInput(AUGraph graph, AUNode source_node, UInt32 source_output,
                                                      AUNode dest_node, UInt32 dest_input);
 KVX_PLATFORM_EXPORT OSStatus AUGraphSetNodeInputCallback(AUGraph graph, AUNode dest_node, UInt32 dest_input,
                                                          const AURenderCallbackStruct* callback);
-KVX_PLATFORM_EXPORT OSStatus AUGraphDisconnectNodeInput(AUGraph graph, AUNode dest_node, UInt32 dest_input);
-KVX_PLATFORM_EXPORT OSStatus AUGraphClearConnections(AUGraph graph);
-
-/* Carry out what was changed since the graph was initialised, running or not; before that there is nothing to
- * do. It ends at the first error and keeps the rest for the next call. `out_is_updated`, which may be NULL,
- * tells whether all is done. */
-KVX_PLATFORM_EXPORT OSStatus AUGraphUpdate(AUGraph graph, Boolean* out_is_updated);
 
 /* Open makes the units, without their resources, or none of them. Close undoes it; nodes and connections
  * stay. */
@@ -95,11 +83,6 @@ KVX_PLATFORM_EXPORT OSStatus AUGraphStop(AUGraph graph);
 KVX_PLATFORM_EXPORT OSStatus AUGraphIsOpen(AUGraph graph, Boolean* out_is_open);
 KVX_PLATFORM_EXPORT OSStatus AUGraphIsInitialized(AUGraph graph, Boolean* out_is_initialized);
 KVX_PLATFORM_EXPORT OSStatus AUGraphIsRunning(AUGraph graph, Boolean* out_is_running);
-
-/* Have a function called before and after each slice of the output unit, whichever it is. Added twice, it is
- * called twice; to remove one that is not there is kAudioUnitErr_InvalidPropertyValue. */
-KVX_PLATFORM_EXPORT OSStatus AUGraphAddRenderNotify(AUGraph graph, AURenderCallback notify, void* context);
-KVX_PLATFORM_EXPORT OSStatus AUGraphRemoveRenderNotify(AUGraph graph, AURenderCallback notify, void* context);
 
 KVX_PLATFORM_END
 

@@ -1,4 +1,4 @@
-// What a graph's cycle asks of the C library, while other threads change the graph: nothing.
+// A graph's render thread allocates nothing and takes no lock, also while callbacks are replaced.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
 #include "tests/support/audio_thread_alarm.h"
@@ -9,8 +9,8 @@ namespace {
 
 using namespace test;
 
-// A device calls its procedures in the order in which they were added: one before the graph's sets the mark,
-// one behind it takes it away.
+// A device calls its I/O procedures in the order of adding: one before the graph's arms the alarm, one after
+// it disarms the alarm.
 template <bool isOn>
 OSStatus forbid(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                 AudioBufferList*, const AudioTimeStamp*, void*)
@@ -19,7 +19,7 @@ OSStatus forbid(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, co
     return noErr;
 }
 
-TEST(AudioThread, ACycleThroughAGraphAllocatesNothingAndTakesNoLock)
+TEST(GraphAudioThread, AllocatesNothingAndTakesNoLock)
 {
     for (const Rates rates : {timePitch, varispeed})
         for (const UInt32 slice : std::initializer_list<UInt32>{64, 512, 4096}) {
@@ -36,11 +36,12 @@ TEST(AudioThread, ACycleThroughAGraphAllocatesNothingAndTakesNoLock)
             ASSERT_EQ(AudioDeviceStart(device.id(), forbid<false>), noErr);
 
             const int allocations = alarm_::allocations(), locks = alarm_::locks();
-            for (int turn = 0; turn < 20; ++turn) {
+            for (int cycle = 0; cycle < 20; ++cycle) {
                 device.step(slice);
-                Sound& next = turn % 2 ? first : second;
+                Sound& next = cycle % 2 ? first : second;
                 ASSERT_EQ(chain.graph.setCallback(chain.converter, Sound::render, &next), noErr);
-                ASSERT_EQ(AUGraphUpdate(chain.graph, nullptr), noErr);
+                chain.set(chain.converter, kAudioUnitProperty_SetRenderCallback, 1,
+                          AURenderCallbackStruct{Sound::render, &next});
                 EXPECT_TRUE(chain.graph.isRunning());
             }
             EXPECT_EQ(alarm_::allocations(), allocations);

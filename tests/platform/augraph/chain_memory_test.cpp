@@ -1,4 +1,4 @@
-// How much memory a file player's whole chain takes: while it is neutral, little; with a voice, the voice's.
+// Heap use of a file player's chain of units: little at neutral settings; a time-pitch engine adds its own.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
 
@@ -32,10 +32,10 @@ const struct {
     {1, 8000, mebibyte},
     {2, 44100, mebibyte},
     {6, 192000, mebibyte},
-    {64, 192000, 4 * mebibyte}, // thirteen slices of 64 channels are 3.7
+    {64, 192000, 4 * mebibyte}, // 13 slices of 64 channels take 3.7 MiB
 };
 
-TEST(ChainMemory, IsLittleWhileItIsNeutral)
+TEST(ChainMemory, IsSmallAtNeutralSettings)
 {
     for (const auto& fact : formats)
         for (const Rates rates : {timePitch, varispeed}) {
@@ -50,13 +50,13 @@ TEST(ChainMemory, IsLittleWhileItIsNeutral)
             device.step(4096);
             const std::size_t taken = grownSince(before);
             EXPECT_LE(taken, fact.most);
-            EXPECT_GT(taken, std::size_t{fact.channels} * 1156 * sizeof(float)) << "it is counted";
+            EXPECT_GT(taken, std::size_t{fact.channels} * 1156 * sizeof(float)) << "the count works";
             RecordProperty(std::to_string(fact.channels) + " channels", static_cast<int>(taken));
         }
 }
 
-// A tape's length goes with the rate. The unit that wants none has none, at any rate.
-TEST(ChainMemory, OfARateThatIsEnormousIsNotLarger)
+// The length of an input history grows with the sample rate. A neutral unit has no input history.
+TEST(ChainMemory, IsSmallAtAnyRate)
 {
     for (const Float64 rate : {4e5, 1e9, 1e18}) {
         SCOPED_TRACE(rate);
@@ -69,10 +69,10 @@ TEST(ChainMemory, OfARateThatIsEnormousIsNotLarger)
     }
 }
 
-// What a voice needs comes with it: none of it is asked for before, and a bypassed unit does not ask.
-TEST(ChainMemory, OfATapeComesWithItsVoice)
+// A bypassed unit has no engine.
+TEST(ChainMemory, TheInputHistoryIsAllocatedWithTheRateEngine)
 {
-    constexpr std::size_t tape = 6 * 131072 * sizeof(float); // 0.68 s at 192 kHz, rounded up
+    constexpr std::size_t history = 6 * 131072 * sizeof(float); // 0.68 s at 192 kHz, rounded up
     Sound sound{6, 100000};
     Chain chain({'genr', 6, 512, 0, timePitch, 192000}, sound);
     chain.set(chain.output, kAudioUnitProperty_StreamFormat, 2, canonical(192000, 6));
@@ -82,21 +82,20 @@ TEST(ChainMemory, OfATapeComesWithItsVoice)
     chain.setParameter(chain.pitch, 0, 0, 1.25f);
     EXPECT_LT(grownSince(before), mebibyte / 16) << "bypassed";
     chain.set<UInt32>(chain.pitch, kAudioUnitProperty_BypassEffect, 0, 0);
-    EXPECT_GT(grownSince(before), tape);
+    EXPECT_GT(grownSince(before), history);
 
-    const std::size_t voiced = allocated();
+    const std::size_t withEngine = allocated();
     chain.setParameter(chain.pitch, kNewTimePitchParam_Overlap, 0, 3); // another engine
     chain.setParameter(chain.pitch, 0, 0, 1);
-    EXPECT_LT(grownSince(voiced), tape) << "one tape";
+    EXPECT_LT(grownSince(withEngine), history) << "one history";
     ASSERT_EQ(AUGraphUninitialize(chain.graph), noErr);
-    EXPECT_LT(grownSince(before), mebibyte / 16) << "given back";
+    EXPECT_LT(grownSince(before), mebibyte / 16) << "freed";
 }
 
-// A tape that does not fit refuses the setting's voice, not the file: it plays on as it is.
-TEST(ChainMemory, OfATapeThatDoesNotFitIsARefusal)
+TEST(ChainMemory, AHistoryThatDoesNotFitRefusesTheSettingAndPlaybackGoesOn)
 {
-    const Float64 enough = sizeof(void*) == 4 ? 4e9 : 1e18; // on a machine of the one kind or the other
-    for (const Float64 rate : {enough, 1e30}) {
+    const Float64 tooMuch = sizeof(void*) == 4 ? 4e9 : 1e18; // for the address space
+    for (const Float64 rate : {tooMuch, 1e30}) {
         SCOPED_TRACE(rate);
         Sound sound{2, 100000};
         Chain chain({'genr', 2, 512, 0, timePitch, rate}, sound);

@@ -1,5 +1,5 @@
-// What is connected with what, and when the units hear of it.
-#include "tests/platform/augraph/marks.h"
+// Connections and callbacks: what an input accepts, and when the units receive it.
+#include "tests/platform/augraph/adding_graph.h"
 
 #include <gtest/gtest.h>
 
@@ -22,63 +22,76 @@ OSStatus setFormat(AudioUnit unit, AudioUnitScope scope, const AudioStreamBasicD
     return AudioUnitSetProperty(unit, kAudioUnitProperty_StreamFormat, scope, 0, &format, sizeof format);
 }
 
-TEST(Connections, AnInputHearsOneThing)
+TEST(Connections, AnInputHasOneSource)
 {
     constexpr OSStatus taken = kAUGraphErr_InvalidConnection;
-    enum Act { connect, setCallback, removeCallback, disconnect };
+    enum Act { connect, setCallback, removeCallback };
     // clang-format off
-    const struct { Act first; OSStatus firstStatus; Act second; OSStatus secondStatus; const char* why; } facts[] = {
-        {connect,        noErr, connect,        taken, "a second connection"},
-        {connect,        noErr, setCallback,    taken, "a callback where there is a connection"},
-        {connect,        noErr, removeCallback, taken, "it is not a callback that is there"},
-        {connect,        noErr, disconnect,     noErr, "taken back"},
-        {setCallback,    noErr, connect,        taken, "a connection where there is a callback"},
-        {setCallback,    noErr, setCallback,    noErr, "the new callback counts"},
-        {setCallback,    noErr, removeCallback, noErr, "taken back"},
-        {setCallback,    noErr, disconnect,     noErr, "taken back, too"},
-        {removeCallback, noErr, connect,        noErr, "nothing was there"},
-        {disconnect,     taken, connect,        noErr, "nothing was there, and that is an error"},
+    const struct { Act first; Act second; OSStatus secondStatus; const char* why; } facts[] = {
+        {connect,        connect,        taken, "a second connection"},
+        {connect,        setCallback,    taken, "a callback for a connected input"},
+        {connect,        removeCallback, taken, "the source is not a callback"},
+        {setCallback,    connect,        taken, "a connection for an input with a callback"},
+        {setCallback,    setCallback,    noErr, "the new callback replaces the former one"},
+        {setCallback,    removeCallback, noErr, "removed"},
+        {removeCallback, connect,        noErr, "the input had no source"},
     };
     // clang-format on
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        const Marks marks(2);
-        const Float32 number = 100;
+        const AddingGraph adding(2);
+        Float32 number = 100;
         const auto act = [&](Act what) {
             switch (what) {
             case connect:
-                return marks.graph.connect(marks.nodes[0], marks.nodes[1]);
+                return adding.graph.connect(adding.nodes[0], adding.nodes[1]);
             case setCallback:
-                return marks.graph.setCallback(marks.nodes[1], constant, const_cast<Float32*>(&number));
+                return adding.graph.setCallback(adding.nodes[1], constantSource, &number);
             case removeCallback:
-                return marks.graph.setCallback(marks.nodes[1], nullptr, nullptr);
-            case disconnect:
-                return AUGraphDisconnectNodeInput(marks.graph, marks.nodes[1], 0);
+                return adding.graph.setCallback(adding.nodes[1], nullptr, nullptr);
             }
             return OSStatus{1};
         };
-        EXPECT_EQ(act(fact.first), fact.firstStatus);
+        EXPECT_EQ(act(fact.first), noErr);
         EXPECT_EQ(act(fact.second), fact.secondStatus);
-        EXPECT_EQ(marks.graph.connect(marks.nodes[0], marks.nodes[1], 1), noErr) << "another input is free";
+        EXPECT_EQ(adding.graph.connect(adding.nodes[0], adding.nodes[1], 1), noErr)
+            << "another input is free";
     }
 }
 
-TEST(Connections, ComponentsThatAreNoUnitsArePassedOver)
+TEST(Connections, AnInputIsFreeAfterItsCallbackIsRemoved)
+{
+    for (const bool isInitialized : {false, true}) {
+        const AddingGraph adding(2);
+        Float32 number = 100;
+        ASSERT_EQ(adding.graph.setCallback(adding.nodes[1], constantSource, &number), noErr);
+        ASSERT_EQ(adding.graph.connect(adding.nodes[1], adding.output), noErr);
+        if (isInitialized) {
+            ASSERT_EQ(AUGraphInitialize(adding.graph), noErr);
+            ASSERT_EQ(AUGraphUninitialize(adding.graph), noErr);
+        }
+        ASSERT_EQ(adding.graph.setCallback(adding.nodes[1], nullptr, nullptr), noErr);
+        ASSERT_EQ(adding.graph.connect(adding.nodes[0], adding.nodes[1]), noErr);
+        ASSERT_EQ(AUGraphInitialize(adding.graph), noErr);
+        EXPECT_EQ(adding.render(), 3);
+    }
+}
+
+TEST(Connections, ASearchForANodesUnitSkipsOtherComponents)
 {
     const Graph graph;
     AUNode node = 0;
-    AudioComponentDescription looking = {'aufx', 0, 0, 0, 0};
-    ASSERT_EQ(AUGraphAddNode(graph, &looking, &node), noErr);
-    ASSERT_EQ(AUGraphNodeInfo(graph, node, &looking, nullptr), noErr);
-    EXPECT_EQ(looking.componentSubType, 'mark');
+    AudioComponentDescription description = {'aufx', 0, 0, 0, 0};
+    ASSERT_EQ(AUGraphAddNode(graph, &description, &node), noErr);
+    ASSERT_EQ(AUGraphNodeInfo(graph, node, &description, nullptr), noErr);
+    EXPECT_EQ(description.componentSubType, 'add ');
     OSStatus status = noErr;
     EXPECT_EQ(graph.add('aufx', 'odd ', &status), 0);
     EXPECT_EQ(status, kAUGraphErr_InvalidAudioUnit);
 }
 
-// The output is the first node and the source the last: whatever the order of nodes and of connections, and
-// whether they were there before it was opened, formats pass from the source to the output.
-TEST(Connections, FormatsTravelFromTheSourcesToTheHead)
+// The output is the first node and the source the last. Every order of connections, before and after open.
+TEST(Connections, FormatsPassFromTheSourcesToTheHead)
 {
     for (const bool opensFirst : {false, true}) {
         int order[] = {0, 1, 2};
@@ -88,8 +101,8 @@ TEST(Connections, FormatsTravelFromTheSourcesToTheHead)
             if (opensFirst) {
                 ASSERT_EQ(AUGraphOpen(graph), noErr);
             }
-            const AUNode output = graph.add('auou', 'genr'), last = graph.add('aufx', 'mark'),
-                         middle = graph.add('aufx', 'mark'), first = graph.add('aufx', 'mark');
+            const AUNode output = graph.add('auou', 'genr'), last = graph.add('aufx', 'add '),
+                         middle = graph.add('aufx', 'add '), first = graph.add('aufx', 'add ');
             const AUNode sources[] = {first, middle, last}, destinations[] = {middle, last, output};
             for (const int each : order) ASSERT_EQ(graph.connect(sources[each], destinations[each]), noErr);
             ASSERT_EQ(AUGraphOpen(graph), noErr);
@@ -109,125 +122,119 @@ TEST(Connections, FormatsTravelFromTheSourcesToTheHead)
 
             ASSERT_EQ(AUGraphUninitialize(graph), noErr);
             ASSERT_EQ(setFormat(graph.unit(last), 2, canonical(48000, 4)), noErr);
-            ASSERT_EQ(AUGraphInitialize(graph), noErr) << "and once more";
+            ASSERT_EQ(AUGraphInitialize(graph), noErr) << "again";
             EXPECT_TRUE(formatOf(graph.unit(output), 1) == canonical(48000, 4));
         } while (std::next_permutation(std::begin(order), std::end(order)));
     }
 }
 
-// a to d, and a to b to c to d: what is heard by a detour comes first all the same.
-TEST(Connections, AUnitIsInitialisedBehindAllThatItHears)
+// Unit d has two sources: a, and a through b and c.
+TEST(Connections, AUnitIsInitialisedAfterAllItsSources)
 {
     int order[] = {0, 1, 2, 3};
     do {
-        const Marks marks(4);
-        const AUNode a = marks.nodes[static_cast<std::size_t>(order[0])],
-                     b = marks.nodes[static_cast<std::size_t>(order[1])],
-                     c = marks.nodes[static_cast<std::size_t>(order[2])],
-                     d = marks.nodes[static_cast<std::size_t>(order[3])];
+        const AddingGraph adding(4);
+        const AUNode a = adding.nodes[static_cast<std::size_t>(order[0])],
+                     b = adding.nodes[static_cast<std::size_t>(order[1])],
+                     c = adding.nodes[static_cast<std::size_t>(order[2])],
+                     d = adding.nodes[static_cast<std::size_t>(order[3])];
         const UInt32 inputs = 2;
         ASSERT_EQ(
-            AudioUnitSetProperty(marks.graph.unit(d), kAudioUnitProperty_ElementCount, 1, 0, &inputs, 4),
+            AudioUnitSetProperty(adding.graph.unit(d), kAudioUnitProperty_ElementCount, 1, 0, &inputs, 4),
             noErr);
-        ASSERT_EQ(marks.graph.connect(a, d, 0), noErr);
-        ASSERT_EQ(marks.graph.connect(a, b), noErr);
-        ASSERT_EQ(marks.graph.connect(b, c), noErr);
-        ASSERT_EQ(marks.graph.connect(c, d, 1), noErr);
-        ASSERT_EQ(marks.graph.connect(d, marks.output), noErr);
+        ASSERT_EQ(adding.graph.connect(a, d, 0), noErr);
+        ASSERT_EQ(adding.graph.connect(a, b), noErr);
+        ASSERT_EQ(adding.graph.connect(b, c), noErr);
+        ASSERT_EQ(adding.graph.connect(c, d, 1), noErr);
+        ASSERT_EQ(adding.graph.connect(d, adding.output), noErr);
         initializedInOrder().clear();
-        ASSERT_EQ(AUGraphInitialize(marks.graph), noErr);
-        const std::vector<AudioUnit> wanted = {marks.graph.unit(a), marks.graph.unit(b), marks.graph.unit(c),
-                                               marks.graph.unit(d)};
-        EXPECT_EQ(initializedInOrder(), wanted);
+        ASSERT_EQ(AUGraphInitialize(adding.graph), noErr);
+        const std::vector<AudioUnit> expected = {adding.graph.unit(a), adding.graph.unit(b),
+                                                 adding.graph.unit(c), adding.graph.unit(d)};
+        EXPECT_EQ(initializedInOrder(), expected);
     } while (std::next_permutation(std::begin(order), std::end(order)));
 }
 
-TEST(Connections, AreRefusedWhenTheyAreMade)
+TEST(Connections, TheUnitsRefuseThemAtInitialisation)
 {
     // clang-format off
     const struct { UInt32 output, input; OSType source; bool isInteger; OSStatus status; const char* why; } facts[] = {
-        {0,          0, 'mark', false, noErr,                          "the first output to the first input"},
-        {1,          3, 'mark', false, noErr,                          "the last ones"},
-        {2,          0, 'mark', false, kAudioUnitErr_InvalidElement,   "no such output"},
-        {0xFFFFFFFF, 0, 'mark', false, kAudioUnitErr_InvalidElement,   "nor that"},
-        {0,          4, 'mark', false, kAudioUnitErr_InvalidElement,   "no such input"},
-        {0, 0xFFFFFFFF, 'mark', false, kAudioUnitErr_InvalidElement,   "nor that"},
-        {0,          0, 'free', true,  kAudioUnitErr_FormatNotSupported, "a format that it does not take"},
+        {0,          0, 'add ', false, noErr,                            "the first output to the first input"},
+        {1,          3, 'add ', false, noErr,                            "the last output to the last input"},
+        {2,          0, 'add ', false, kAudioUnitErr_InvalidElement,     "an output past the end"},
+        {0xFFFFFFFF, 0, 'add ', false, kAudioUnitErr_InvalidElement,     "the largest output number"},
+        {0,          4, 'add ', false, kAudioUnitErr_InvalidElement,     "an input past the end"},
+        {0, 0xFFFFFFFF, 'add ', false, kAudioUnitErr_InvalidElement,     "the largest input number"},
+        {0,          0, 'addf', true,  kAudioUnitErr_FormatNotSupported, "a format that the input does not take"},
     };
     // clang-format on
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        Marks marks(1);
-        const AUNode source = marks.add(fact.source);
+        AddingGraph adding(1);
+        const AUNode source = adding.add(fact.source);
         const UInt32 inputs = 4;
-        ASSERT_EQ(AudioUnitSetProperty(marks.unit(0), kAudioUnitProperty_ElementCount, 1, 0, &inputs, 4),
+        ASSERT_EQ(AudioUnitSetProperty(adding.unit(0), kAudioUnitProperty_ElementCount, 1, 0, &inputs, 4),
                   noErr);
         if (fact.isInteger) {
-            ASSERT_EQ(setFormat(marks.unit(1), 2, pcm(44100, 2, 16, isSigned | isPacked)), noErr);
+            ASSERT_EQ(setFormat(adding.unit(1), 2, pcm(44100, 2, 16, isSigned | isPacked)), noErr);
         }
-        ASSERT_EQ(marks.graph.connect(marks.nodes[0], marks.output), noErr);
-        EXPECT_EQ(AUGraphConnectNodeInput(marks.graph, source, fact.output, marks.nodes[0], fact.input),
+        ASSERT_EQ(adding.graph.connect(adding.nodes[0], adding.output), noErr);
+        EXPECT_EQ(AUGraphConnectNodeInput(adding.graph, source, fact.output, adding.nodes[0], fact.input),
                   noErr)
             << "no error yet";
-        EXPECT_EQ(AUGraphInitialize(marks.graph), fact.status);
-        EXPECT_EQ(marks.graph.isInitialized(), !fact.status);
-        for (const AudioUnit unit : {marks.unit(0), marks.unit(1), marks.graph.unit(marks.output)})
+        EXPECT_EQ(AUGraphInitialize(adding.graph), fact.status);
+        EXPECT_EQ(adding.graph.isInitialized(), !fact.status);
+        for (const AudioUnit unit : {adding.unit(0), adding.unit(1), adding.graph.unit(adding.output)})
             EXPECT_EQ(isInitialized(unit), !fact.status) << "all of them or none";
-        if (!fact.status) continue;
-        ASSERT_EQ(AUGraphDisconnectNodeInput(marks.graph, marks.nodes[0], fact.input), noErr);
-        EXPECT_EQ(AUGraphInitialize(marks.graph), noErr) << "it can be put right";
-        EXPECT_EQ(marks.hear(), 1);
     }
 }
 
-TEST(Connections, InACircleAreRefusedWhenTheyAreMade)
+TEST(Connections, ACycleOfNodesIsRefusedAtInitialisation)
 {
     for (const std::size_t size : {1, 2, 5}) {
         SCOPED_TRACE(size);
-        const Marks marks(static_cast<int>(size));
+        const AddingGraph adding(static_cast<int>(size));
         for (std::size_t i = 0; i < size; ++i)
-            ASSERT_EQ(marks.graph.connect(marks.nodes[i], marks.nodes[(i + 1) % size]), noErr);
-        ASSERT_EQ(marks.graph.connect(marks.nodes[size - 1], marks.output), noErr);
-        EXPECT_EQ(AUGraphInitialize(marks.graph), kAUGraphErr_InvalidConnection);
-        EXPECT_FALSE(isInitialized(marks.unit(0)));
-        ASSERT_EQ(AUGraphDisconnectNodeInput(marks.graph, marks.nodes[0], 0), noErr);
-        EXPECT_EQ(AUGraphInitialize(marks.graph), noErr);
-        EXPECT_EQ(marks.hear(), static_cast<Float32>((1 << size) - 1));
+            ASSERT_EQ(adding.graph.connect(adding.nodes[i], adding.nodes[(i + 1) % size]), noErr);
+        ASSERT_EQ(adding.graph.connect(adding.nodes[size - 1], adding.output), noErr);
+        EXPECT_EQ(AUGraphInitialize(adding.graph), kAUGraphErr_InvalidConnection);
+        EXPECT_FALSE(adding.graph.isInitialized());
+        EXPECT_FALSE(isInitialized(adding.unit(0)));
     }
 }
 
-TEST(Connections, OnlyWhoTakesPartIsInitialised)
+TEST(Connections, OnlyUnitsWithAConnectionOrCallbackAreInitialised)
 {
-    const Marks marks(5);
+    const AddingGraph adding(5);
     Float32 number = 100;
-    ASSERT_EQ(marks.graph.setCallback(marks.nodes[1], constant, &number), noErr);
-    ASSERT_EQ(marks.graph.connect(marks.nodes[2], marks.nodes[3]), noErr);
-    ASSERT_EQ(AUGraphInitialize(marks.graph), noErr);
+    ASSERT_EQ(adding.graph.setCallback(adding.nodes[1], constantSource, &number), noErr);
+    ASSERT_EQ(adding.graph.connect(adding.nodes[2], adding.nodes[3]), noErr);
+    ASSERT_EQ(AUGraphInitialize(adding.graph), noErr);
     const bool takesPart[] = {false, true, true, true, false};
-    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(isInitialized(marks.unit(i)), takesPart[i]) << i;
-    EXPECT_FALSE(isInitialized(marks.graph.unit(marks.output)));
-    ASSERT_EQ(AUGraphUninitialize(marks.graph), noErr);
-    for (std::size_t i = 0; i < 5; ++i) EXPECT_FALSE(isInitialized(marks.unit(i))) << i;
+    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(isInitialized(adding.unit(i)), takesPart[i]) << i;
+    EXPECT_FALSE(isInitialized(adding.graph.unit(adding.output)));
+    ASSERT_EQ(AUGraphUninitialize(adding.graph), noErr);
+    for (std::size_t i = 0; i < 5; ++i) EXPECT_FALSE(isInitialized(adding.unit(i))) << i;
 }
 
-TEST(Connections, ACallbackMayComeAtAnyTimeBefore)
+TEST(Connections, ACallbackMayBeSetAtAnyTimeBeforeInitialisation)
 {
     Float32 number = 100;
     for (const int when : {0, 1, 2}) {
         SCOPED_TRACE(when);
         const Graph graph;
-        const AUNode output = graph.add('auou', 'genr'), node = graph.add('aufx', 'mark');
+        const AUNode output = graph.add('auou', 'genr'), node = graph.add('aufx', 'add ');
         ASSERT_EQ(graph.connect(node, output), noErr);
         if (when == 0) {
-            ASSERT_EQ(graph.setCallback(node, constant, &number), noErr);
+            ASSERT_EQ(graph.setCallback(node, constantSource, &number), noErr);
         }
         ASSERT_EQ(AUGraphOpen(graph), noErr);
         if (when == 1) {
-            ASSERT_EQ(graph.setCallback(node, constant, &number), noErr);
+            ASSERT_EQ(graph.setCallback(node, constantSource, &number), noErr);
         }
         ASSERT_EQ(setFormat(graph.unit(node), 1, canonical(44100, 2)), noErr);
         if (when == 2) {
-            ASSERT_EQ(graph.setCallback(node, constant, &number), noErr);
+            ASSERT_EQ(graph.setCallback(node, constantSource, &number), noErr);
         }
         ASSERT_EQ(AUGraphInitialize(graph), noErr);
         List list(canonical(44100, 2), 4);
@@ -237,28 +244,104 @@ TEST(Connections, ACallbackMayComeAtAnyTimeBefore)
     }
 }
 
-TEST(Connections, OutlastClosing)
+class InitializedGraph : public testing::Test {
+protected:
+    void initialize()
+    {
+        ASSERT_EQ(AUGraphInitialize(graph), noErr);
+        ASSERT_EQ(AUGraphStart(graph), noErr);
+    }
+    /// A change takes effect when the graph is initialised again.
+    void expectChange(Float32 before, Float32 after)
+    {
+        EXPECT_EQ(AUGraphInitialize(graph), noErr);
+        EXPECT_EQ(adding.render(), before) << "still initialised";
+        EXPECT_TRUE(graph.isRunning());
+        ASSERT_EQ(AUGraphUninitialize(graph), noErr);
+        initialize();
+        EXPECT_EQ(adding.render(), after);
+    }
+    AddingGraph adding{3};
+    Graph& graph = adding.graph;
+    const AUNode output = adding.output, a = adding.nodes[0], b = adding.nodes[1];
+    Float32 hundred = 100, thousand = 1000;
+};
+
+TEST_F(InitializedGraph, ReplacesACallbackAtTheNextInitialisation)
 {
-    Marks marks(2);
+    ASSERT_EQ(graph.connect(a, output), noErr);
+    ASSERT_EQ(graph.setCallback(a, constantSource, &hundred), noErr);
+    initialize();
+    ASSERT_EQ(graph.setCallback(a, constantSource, &thousand), noErr);
+    expectChange(101, 1001);
+}
+
+TEST_F(InitializedGraph, RemovesACallbackAtTheNextInitialisation)
+{
+    ASSERT_EQ(graph.connect(a, output), noErr);
+    ASSERT_EQ(graph.setCallback(a, constantSource, &hundred), noErr);
+    initialize();
+    ASSERT_EQ(graph.setCallback(a, nullptr, nullptr), noErr);
+    expectChange(101, 1);
+}
+
+TEST_F(InitializedGraph, RemovesTheOnlyCallbackOfAUnitAtTheNextInitialisation)
+{
+    ASSERT_EQ(graph.setCallback(output, constantSource, &hundred), noErr);
+    initialize();
+    ASSERT_EQ(graph.setCallback(output, nullptr, nullptr), noErr);
+    EXPECT_EQ(adding.render(), 100) << "still initialised";
+    ASSERT_EQ(AUGraphUninitialize(graph), noErr);
+    ASSERT_EQ(AUGraphInitialize(graph), noErr);
+    EXPECT_FALSE(isInitialized(graph.unit(output)));
+    ASSERT_EQ(AudioUnitInitialize(graph.unit(output)), noErr);
+    EXPECT_EQ(adding.render(), kAudioUnitErr_NoConnection);
+}
+
+TEST_F(InitializedGraph, ConnectsAnAddedNodeAtTheNextInitialisation)
+{
+    ASSERT_EQ(graph.connect(a, output), noErr);
+    initialize();
+    const AUNode added = adding.add();
+    ASSERT_NE(graph.unit(added), nullptr);
+    ASSERT_EQ(graph.connect(added, a), noErr);
+    EXPECT_FALSE(isInitialized(graph.unit(added)));
+    expectChange(1, 9);
+}
+
+TEST_F(InitializedGraph, TakesANewFormatAtTheNextInitialisation)
+{
+    ASSERT_EQ(graph.connect(b, output), noErr);
+    initialize();
+    ASSERT_EQ(AUGraphUninitialize(graph), noErr);
+    ASSERT_EQ(setFormat(adding.unit(1), 2, canonical(44100, 1)), noErr);
+    initialize();
+    EXPECT_TRUE(formatOf(graph.unit(output), 1) == canonical(44100, 1));
+    EXPECT_EQ(adding.render(), 2);
+}
+
+TEST(Connections, SurviveACloseOfTheGraph)
+{
+    AddingGraph adding(2);
     Float32 number = 100;
-    ASSERT_EQ(marks.graph.setCallback(marks.nodes[0], constant, &number), noErr);
-    ASSERT_EQ(marks.graph.connect(marks.nodes[0], marks.nodes[1]), noErr);
-    ASSERT_EQ(marks.graph.connect(marks.nodes[1], marks.output), noErr);
-    for (int turn = 0; turn < 3; ++turn) {
-        ASSERT_EQ(AUGraphOpen(marks.graph), noErr);
-        ASSERT_EQ(AUGraphInitialize(marks.graph), noErr);
-        EXPECT_EQ(marks.hear(), turn ? 100 : 103) << "the marks went with the units";
-        ASSERT_EQ(AUGraphClose(marks.graph), noErr);
+    ASSERT_EQ(adding.graph.setCallback(adding.nodes[0], constantSource, &number), noErr);
+    ASSERT_EQ(adding.graph.connect(adding.nodes[0], adding.nodes[1]), noErr);
+    ASSERT_EQ(adding.graph.connect(adding.nodes[1], adding.output), noErr);
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(AUGraphOpen(adding.graph), noErr);
+        ASSERT_EQ(AUGraphInitialize(adding.graph), noErr);
+        EXPECT_EQ(adding.render(), round ? 100 : 103) << "new units have no constants";
+        ASSERT_EQ(AUGraphClose(adding.graph), noErr);
     }
 }
 
 TEST(Connections, AnOutputMayFeedSeveralInputs)
 {
-    const Marks marks(2);
-    ASSERT_EQ(marks.graph.connect(marks.nodes[0], marks.output), noErr);
-    ASSERT_EQ(marks.graph.connect(marks.nodes[0], marks.nodes[1]), noErr);
-    ASSERT_EQ(AUGraphInitialize(marks.graph), noErr);
-    EXPECT_EQ(marks.hear(), 1);
+    const AddingGraph adding(2);
+    ASSERT_EQ(adding.graph.connect(adding.nodes[0], adding.output), noErr);
+    ASSERT_EQ(adding.graph.connect(adding.nodes[0], adding.nodes[1]), noErr);
+    ASSERT_EQ(AUGraphInitialize(adding.graph), noErr);
+    EXPECT_EQ(adding.render(), 1);
 }
 
 } // namespace

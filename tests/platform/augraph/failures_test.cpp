@@ -1,6 +1,6 @@
-// Every unit that cannot be made or initialised: a clear status, nothing lost, and a graph that works when
-// there is no more trouble.
-#include "tests/platform/augraph/marks_chain.h"
+// Units that cannot be made or initialised: the call reports the unit's status, keeps nothing, and can be
+// repeated.
+#include "tests/platform/augraph/adding_chain.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +8,11 @@ namespace {
 
 using namespace test;
 
-TEST(Failures, AnyUnitThatCannotBeMadeLeavesTheGraphClosed)
+TEST(GraphFailures, AUnitThatCannotBeMadeLeavesTheGraphClosed)
 {
     for (int which = 1; which <= chainLength; ++which) {
         SCOPED_TRACE(which);
-        const Chain chain;
+        const AddingChain chain;
         failOpening(which);
         EXPECT_EQ(AUGraphOpen(chain.graph), failure);
         EXPECT_FALSE(chain.graph.isOpen());
@@ -22,25 +22,25 @@ TEST(Failures, AnyUnitThatCannotBeMadeLeavesTheGraphClosed)
     }
 }
 
-TEST(Failures, AUnitThatCannotBeMadeIsNotAdded)
+TEST(GraphFailures, ANodeWhoseUnitCannotBeMadeIsNotAdded)
 {
     const Graph graph;
     ASSERT_EQ(AUGraphOpen(graph), noErr);
     failOpening(1);
     OSStatus status = noErr;
-    EXPECT_EQ(graph.add('aufx', 'mark', &status), 0);
+    EXPECT_EQ(graph.add('aufx', 'add ', &status), 0);
     EXPECT_EQ(status, failure);
     UInt32 count = 7;
     ASSERT_EQ(AUGraphGetNodeCount(graph, &count), noErr);
     EXPECT_EQ(count, 0u);
-    EXPECT_EQ(graph.add('aufx', 'mark'), 1) << "no number was used up";
+    EXPECT_EQ(graph.add('aufx', 'add '), 1) << "the failed call took no number";
 }
 
-TEST(Failures, AnyUnitThatCannotBeInitialisedLeavesAllUninitialised)
+TEST(GraphFailures, AUnitThatCannotBeInitialisedLeavesAllUninitialised)
 {
     for (int which = 1; which <= chainLength; ++which) {
         SCOPED_TRACE(which);
-        const Chain chain;
+        const AddingChain chain;
         ASSERT_EQ(AUGraphOpen(chain.graph), noErr);
         failInitialization(which);
         EXPECT_EQ(AUGraphInitialize(chain.graph), failure);

@@ -8,8 +8,8 @@ namespace test {
 
 OSStatus Graph::dispose()
 {
-    const OSStatus status = graph ? DisposeAUGraph(graph) : noErr;
-    if (!status) graph = nullptr;
+    const OSStatus status = graph_ ? DisposeAUGraph(graph_) : noErr;
+    if (!status) graph_ = nullptr;
     return status;
 }
 
@@ -17,7 +17,7 @@ AUNode Graph::add(OSType type, OSType subType, OSStatus* status) const
 {
     const AudioComponentDescription description = {type, subType, 'appl', 0, 0};
     AUNode node = 0;
-    const OSStatus result = AUGraphAddNode(graph, &description, &node);
+    const OSStatus result = AUGraphAddNode(graph_, &description, &node);
     if (status) *status = result;
     return result ? 0 : node;
 }
@@ -25,7 +25,7 @@ AUNode Graph::add(OSType type, OSType subType, OSStatus* status) const
 AudioUnit Graph::unit(AUNode node) const
 {
     AudioUnit found = nullptr;
-    AUGraphNodeInfo(graph, node, nullptr, &found);
+    AUGraphNodeInfo(graph_, node, nullptr, &found);
     return found;
 }
 

@@ -1,4 +1,4 @@
-// A graph that disposes itself, and what tests ask of it.
+// A graph that disposes of itself, and short forms of its calls.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -10,24 +10,24 @@ namespace test {
 
 class Graph {
 public:
-    Graph() { NewAUGraph(&graph); }
+    Graph() { NewAUGraph(&graph_); }
     ~Graph() { dispose(); }
     Graph(const Graph&) = delete;
-    operator AUGraph() const { return graph; }
+    operator AUGraph() const { return graph_; }
     OSStatus dispose();
 
-    /// The new node; 0 on an error, which `status` tells.
+    /// Returns  the new node; 0 after an error, which goes to `status`.
     AUNode add(OSType type, OSType subType, OSStatus* status = nullptr) const;
     AudioUnit unit(AUNode node) const;
 
     OSStatus connect(AUNode source, AUNode dest, UInt32 input = 0) const
     {
-        return AUGraphConnectNodeInput(graph, source, 0, dest, input);
+        return AUGraphConnectNodeInput(graph_, source, 0, dest, input);
     }
     OSStatus setCallback(AUNode dest, AURenderCallback function, void* context, UInt32 input = 0) const
     {
         const AURenderCallbackStruct callback = {function, context};
-        return AUGraphSetNodeInputCallback(graph, dest, input, &callback);
+        return AUGraphSetNodeInputCallback(graph_, dest, input, &callback);
     }
 
     bool isOpen() const { return flag(AUGraphIsOpen); }
@@ -35,15 +35,15 @@ public:
     bool isRunning() const { return flag(AUGraphIsRunning); }
 
 private:
-    bool flag(OSStatus (*ask)(AUGraph, Boolean*)) const
+    bool flag(OSStatus (*get)(AUGraph, Boolean*)) const
     {
         Boolean is = 7;
-        return !ask(graph, &is) && is == 1;
+        return !get(graph_, &is) && is == 1;
     }
-    AUGraph graph = nullptr;
+    AUGraph graph_ = nullptr;
 };
 
-/// How many objects of a kind are alive.
+/// The live-object count of a kind.
 std::uint32_t alive(const char* kind);
 
 } // namespace test

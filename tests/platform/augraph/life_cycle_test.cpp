@@ -1,8 +1,8 @@
-// Open, initialised, running, and back: every call in every state.
+// The states of a graph: every call in every state.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
-#include "tests/platform/augraph/calls.h"
+#include "tests/platform/augraph/graph_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -36,8 +36,6 @@ void bring(const Graph& graph, State state)
 constexpr OSStatus uninitialized = kAudioUnitErr_Uninitialized;
 constexpr OSStatus noUnits = badComponentInstance;
 
-OSStatus update(AUGraph graph) { return AUGraphUpdate(graph, nullptr); }
-
 // clang-format off
 const struct { const char* name; OSStatus (*make)(AUGraph); struct { OSStatus status; State after; } from[4]; } calls[] = {
     // call          from: made                 open                     initialised           running
@@ -45,13 +43,12 @@ const struct { const char* name; OSStatus (*make)(AUGraph); struct { OSStatus st
     {"Initialize",   AUGraphInitialize,   {{uninitialized, made}, {noErr, initialized},    {noErr, initialized}, {noErr, running}}},
     {"Start",        AUGraphStart,        {{uninitialized, made}, {uninitialized, opened}, {noErr, running},     {noErr, running}}},
     {"Stop",         AUGraphStop,         {{noErr, made},         {noErr, opened},         {noErr, initialized}, {noErr, initialized}}},
-    {"Update",       update,              {{noErr, made},         {noErr, opened},         {noErr, initialized}, {noErr, running}}},
     {"Uninitialize", AUGraphUninitialize, {{noUnits, made},       {noErr, opened},         {noErr, opened},      {noErr, opened}}},
     {"Close",        AUGraphClose,        {{noErr, made},         {noErr, made},           {noErr, made},        {noErr, made}}},
 };
 // clang-format on
 
-TEST(LifeCycle, EveryCallInEveryState)
+TEST(GraphLifeCycle, EveryCallInEveryState)
 {
     for (const OSType output : {'genr', 'ahal', 'def ', 'sys '})
         for (const auto& call : calls)
@@ -61,7 +58,7 @@ TEST(LifeCycle, EveryCallInEveryState)
                 device.makeDefault();
                 device.makeDefault(kAudioHardwarePropertyDefaultSystemOutputDevice);
                 const Graph graph;
-                ASSERT_EQ(graph.setCallback(graph.add('auou', output), ignored, nullptr), noErr);
+                ASSERT_EQ(graph.setCallback(graph.add('auou', output), emptySource, nullptr), noErr);
                 bring(graph, state);
                 ASSERT_EQ(stateOf(graph), state);
                 const auto& fact = call.from[state];
@@ -69,29 +66,29 @@ TEST(LifeCycle, EveryCallInEveryState)
                 EXPECT_EQ(stateOf(graph), fact.after);
                 const auto& again = call.from[fact.after];
                 EXPECT_EQ(call.make(graph), again.status);
-                EXPECT_EQ(stateOf(graph), again.after) << "twice is as good as once";
+                EXPECT_EQ(stateOf(graph), again.after) << "a second call changes nothing";
             }
     EXPECT_EQ(alive("AUGraph"), 0u);
     EXPECT_EQ(alive("ComponentInstance"), 0u);
 }
 
-TEST(LifeCycle, GoesRoundAndRound)
+TEST(GraphLifeCycle, EveryStateCanBeReachedAgain)
 {
     SteppedDevice device(44100, 1, 100);
     const Graph graph;
     const AUNode output = graph.add('auou', 'ahal');
-    for (int turn = 0; turn < 5; ++turn) {
+    for (int opening = 0; opening < 5; ++opening) {
         ASSERT_EQ(AUGraphOpen(graph), noErr);
         const AudioUnit unit = graph.unit(output);
         const AudioDeviceID id = device.id();
         ASSERT_EQ(AudioUnitSetProperty(unit, 2000, 0, 0, &id, sizeof id), noErr);
-        for (int inner = 0; inner < 3; ++inner) {
-            const auto format = canonical(44100, 1 + static_cast<UInt32>(inner) % 2);
+        for (int initialisation = 0; initialisation < 3; ++initialisation) {
+            const auto format = canonical(44100, 1 + static_cast<UInt32>(initialisation) % 2);
             Feeder feeder(format);
             ASSERT_EQ(graph.setCallback(output, Feeder::callback, &feeder), noErr);
             ASSERT_EQ(AudioUnitSetProperty(unit, 8, 1, 0, &format, sizeof format), noErr);
             ASSERT_EQ(AUGraphInitialize(graph), noErr);
-            for (int innermost = 0; innermost < 3; ++innermost) {
+            for (int run = 0; run < 3; ++run) {
                 device.played.clear();
                 ASSERT_EQ(AUGraphStart(graph), noErr);
                 EXPECT_EQ(device.step(100), 100u);
@@ -106,7 +103,7 @@ TEST(LifeCycle, GoesRoundAndRound)
     }
 }
 
-TEST(LifeCycle, WithoutAnOutputThereIsNothingToStart)
+TEST(GraphLifeCycle, AGraphWithoutAnOutputNodeCannotStart)
 {
     const Graph graph;
     ASSERT_EQ(AUGraphOpen(graph), noErr);
@@ -116,7 +113,7 @@ TEST(LifeCycle, WithoutAnOutputThereIsNothingToStart)
     EXPECT_EQ(AUGraphStop(graph), noErr);
 }
 
-TEST(LifeCycle, AnOutputThatHearsNothingIsNotInitialised)
+TEST(GraphLifeCycle, AnOutputWithoutASourceIsNotInitialised)
 {
     const Graph graph;
     const AUNode node = graph.add('auou', 'genr');
@@ -124,77 +121,32 @@ TEST(LifeCycle, AnOutputThatHearsNothingIsNotInitialised)
     ASSERT_EQ(AUGraphInitialize(graph), noErr);
     EXPECT_EQ(AudioOutputUnitStart(graph.unit(node)), uninitialized);
     EXPECT_EQ(AUGraphStart(graph), uninitialized);
-    ASSERT_EQ(graph.setCallback(node, ignored, nullptr), noErr);
-    EXPECT_EQ(AUGraphStart(graph), uninitialized) << "it waits for the update";
-    ASSERT_EQ(AUGraphUpdate(graph, nullptr), noErr);
+    ASSERT_EQ(graph.setCallback(node, emptySource, nullptr), noErr);
+    EXPECT_EQ(AUGraphStart(graph), uninitialized) << "the callback takes effect at the next initialisation";
+    ASSERT_EQ(AUGraphUninitialize(graph), noErr);
+    ASSERT_EQ(AUGraphInitialize(graph), noErr);
     EXPECT_EQ(AUGraphStart(graph), noErr);
 }
 
-TEST(LifeCycle, TheOutputUnitSaysWhetherItRuns)
+TEST(GraphLifeCycle, IsRunningIsTheStateOfTheOutputUnit)
 {
     SteppedDevice device(44100, 2, 512);
     device.makeDefault();
     const Graph graph;
     const AUNode node = graph.add('auou', 'ahal');
-    ASSERT_EQ(graph.setCallback(node, ignored, nullptr), noErr);
+    ASSERT_EQ(graph.setCallback(node, emptySource, nullptr), noErr);
     bring(graph, initialized);
-    ASSERT_EQ(AudioOutputUnitStart(graph.unit(node)), noErr) << "past the graph";
+    ASSERT_EQ(AudioOutputUnitStart(graph.unit(node)), noErr) << "not through the graph";
     EXPECT_TRUE(graph.isRunning());
     ASSERT_EQ(AudioOutputUnitStop(graph.unit(node)), noErr);
     EXPECT_FALSE(graph.isRunning());
 
     KVXPlatformRefuseStart(device.id(), kAudioHardwareUnspecifiedError);
-    EXPECT_EQ(AUGraphStart(graph), kAudioHardwareUnspecifiedError) << "the device's answer";
+    EXPECT_EQ(AUGraphStart(graph), kAudioHardwareUnspecifiedError) << "the device's status";
     EXPECT_FALSE(graph.isRunning());
     KVXPlatformRefuseStart(device.id(), 0);
-    EXPECT_EQ(AUGraphStart(graph), noErr) << "and it can be tried again";
+    EXPECT_EQ(AUGraphStart(graph), noErr) << "after a failed start";
     EXPECT_TRUE(graph.isRunning());
-}
-
-TEST(LifeCycle, TheOutputOfARunningGraphStays)
-{
-    SteppedDevice device(44100, 2, 512);
-    device.makeDefault();
-    for (const OSType output : {'genr', 'ahal'}) {
-        const Graph graph;
-        const AUNode node = graph.add('auou', output);
-        ASSERT_EQ(graph.setCallback(node, ignored, nullptr), noErr);
-        bring(graph, running);
-        EXPECT_EQ(AUGraphRemoveNode(graph, node), kAUGraphErr_OutputNodeErr);
-        EXPECT_TRUE(graph.isRunning());
-        ASSERT_EQ(AUGraphStop(graph), noErr);
-        EXPECT_EQ(AUGraphRemoveNode(graph, node), noErr);
-        EXPECT_EQ(AUGraphStart(graph), kAUGraphErr_OutputNodeErr);
-        EXPECT_EQ(alive("ComponentInstance"), 1u) << "until the update";
-        ASSERT_EQ(AUGraphUpdate(graph, nullptr), noErr);
-        EXPECT_EQ(alive("ComponentInstance"), 0u);
-
-        const AUNode next = graph.add('auou', output);
-        ASSERT_EQ(graph.setCallback(next, ignored, nullptr), noErr);
-        ASSERT_EQ(AUGraphUpdate(graph, nullptr), noErr);
-        ASSERT_EQ(AUGraphStart(graph), noErr);
-        EXPECT_TRUE(graph.isRunning()) << "another output takes over";
-    }
-}
-
-TEST(LifeCycle, UpdateTellsWhetherAllIsDone)
-{
-    const Graph graph;
-    const AUNode node = graph.add('auou', 'genr');
-    Boolean isDone = 7;
-    ASSERT_EQ(AUGraphUpdate(graph, &isDone), noErr);
-    EXPECT_EQ(isDone, 0) << "not before the graph is initialised";
-    bring(graph, opened);
-    ASSERT_EQ(AUGraphUpdate(graph, &isDone), noErr);
-    EXPECT_EQ(isDone, 0);
-    bring(graph, initialized);
-    ASSERT_EQ(AUGraphUpdate(graph, &isDone), noErr);
-    EXPECT_EQ(isDone, 1) << "nothing waits";
-    ASSERT_EQ(graph.setCallback(node, ignored, nullptr, 5), noErr);
-    ASSERT_EQ(AUGraphUpdate(graph, &isDone), kAudioUnitErr_InvalidElement);
-    EXPECT_EQ(isDone, 0);
-    EXPECT_EQ(AUGraphUpdate(nullptr, &isDone), paramErr);
-    EXPECT_EQ(isDone, 0);
 }
 
 } // namespace

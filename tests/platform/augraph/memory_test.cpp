@@ -1,15 +1,13 @@
-// Every piece of memory that is not to be had: a clear status, nothing lost, and a graph that works when
-// there is enough.
-#include "tests/platform/audiounit/unit.h"
-#include "tests/platform/augraph/calls.h"
-#include "tests/platform/augraph/marks_chain.h"
+// Every failed allocation of each call: the call reports memFullErr, keeps nothing, and can be repeated.
+#include "tests/platform/augraph/adding_chain.h"
+#include "tests/platform/augraph/graph_calls.h"
 #include "tests/support/failing_memory.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-__thread int allocationsLeft = 0; // the one that fails; 0: none does
+__thread int allocationsLeft = 0; // the allocation that fails; 0: none
 
 } // namespace
 
@@ -19,7 +17,7 @@ namespace {
 
 using namespace test;
 
-/// `make` with the first, second, third… piece of memory missing, until there is enough for it.
+/// Call `make` with its first allocation failing, then its second and so on, until the call succeeds.
 template <class Make>
 void sweep(const char* what, Make make)
 {
@@ -31,62 +29,39 @@ void sweep(const char* what, Make make)
         ASSERT_LT(which, 1000);
         allocationsLeft = which;
         status = make();
-        const bool wasShort = allocationsLeft == 0;
+        const bool hasFailed = allocationsLeft == 0;
         allocationsLeft = 0;
-        ASSERT_EQ(status, wasShort ? memFullErr : noErr);
+        ASSERT_EQ(status, hasFailed ? memFullErr : noErr);
     }
 }
 
-int told = 0;
-OSStatus count(void*, AudioUnitRenderActionFlags* flags, const AudioTimeStamp*, UInt32, UInt32,
-               AudioBufferList*)
-{
-    told += *flags & kAudioUnitRenderAction_PreRender ? 1 : 0;
-    return noErr;
-}
-
-int timesTold(const Graph& graph, AUNode output)
-{
-    told = 0;
-    List list(canonical(44100, 2), 4);
-    const AudioTimeStamp time = sampleTime(0);
-    EXPECT_EQ(AudioUnitRender(graph.unit(output), nullptr, &time, 0, 4, list.get()), noErr);
-    return told;
-}
-
-TEST(Memory, ThatIsMissingIsSaidAndNothingIsLost)
+TEST(GraphMemory, EveryFailedAllocationIsReportedAndLeaksNothing)
 {
     {
         AUGraph made = nullptr;
         sweep("NewAUGraph", [&] { return NewAUGraph(&made); });
         ASSERT_EQ(DisposeAUGraph(made), noErr);
 
-        const Chain chain;
+        const AddingChain chain;
         const AUGraph graph = chain.graph;
-        const AudioComponentDescription mark = {'aufx', 'mark', 'appl', 0, 0};
+        const AudioComponentDescription adder = {'aufx', 'add ', 'appl', 0, 0};
         AUNode node = 0;
-        sweep("AddNode", [&] { return AUGraphAddNode(graph, &mark, &node); });
-        EXPECT_EQ(node, chainLength + 2) << "the refused ones used up no number";
-        sweep("AddRenderNotify", [&] { return AUGraphAddRenderNotify(graph, count, nullptr); });
+        sweep("AddNode", [&] { return AUGraphAddNode(graph, &adder, &node); });
+        EXPECT_EQ(node, chainLength + 2) << "the failed calls took no number";
         sweep("Open", [&] { return AUGraphOpen(graph); });
-        for (int i = 0; i < 9; ++i) // once where the list of nodes has to grow
-            sweep("AddNode, open", [&] { return AUGraphAddNode(graph, &mark, &node); });
+        for (int i = 0; i < 9; ++i) // until the list of nodes has grown
+            sweep("AddNode, open", [&] { return AUGraphAddNode(graph, &adder, &node); });
         EXPECT_EQ(alive("ComponentInstance"), chainLength + 11u);
-        const AURenderCallbackStruct callback = {ignored, nullptr};
+        const AURenderCallbackStruct callback = {emptySource, nullptr};
         sweep("SetNodeInputCallback", [&] { return AUGraphSetNodeInputCallback(graph, node, 0, &callback); });
         sweep("Initialize", [&] { return AUGraphInitialize(graph); });
         chain.expectItWorks();
-        ASSERT_EQ(AUGraphAddNode(graph, &mark, &node), noErr);
+        ASSERT_EQ(AUGraphAddNode(graph, &adder, &node), noErr);
         sweep("ConnectNodeInput",
               [&] { return AUGraphConnectNodeInput(graph, node, 0, chain.nodes.front(), 0); });
-        ASSERT_EQ(AUGraphRemoveNode(graph, node - 1), noErr);
-        sweep("Update", [&] { return AUGraphUpdate(graph, nullptr); });
-        sweep("AddRenderNotify, open", [&] { return AUGraphAddRenderNotify(graph, count, nullptr); });
-        EXPECT_EQ(timesTold(chain.graph, chain.output), 2) << "added twice, the refused ones not at all";
-        sweep("RemoveNode", [&] { return AUGraphRemoveNode(graph, node); });
-        sweep("Update, disconnecting", [&] { return AUGraphUpdate(graph, nullptr); });
         sweep("Stop", [&] { return AUGraphStop(graph); });
         sweep("Uninitialize", [&] { return AUGraphUninitialize(graph); });
+        sweep("Initialize, again", [&] { return AUGraphInitialize(graph); });
         sweep("Close", [&] { return AUGraphClose(graph); });
     }
     EXPECT_EQ(alive("AUGraph"), 0u);

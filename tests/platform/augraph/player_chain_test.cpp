@@ -1,5 +1,4 @@
-// A file player's whole chain, set up as a player does it: converter, mixer, equaliser, time-pitch,
-// varispeed, output. At neutral settings nothing is changed: every sample comes out as it went in.
+// The file player's chain of units changes no sample at neutral settings.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
 
@@ -11,14 +10,14 @@ namespace {
 
 using namespace test;
 
-/// What the chain plays, interleaved.
-std::vector<float> played(
+/// Returns the output of a chain, interleaved.
+std::vector<float> render(
     const Case& fact, std::size_t frames, void (*setUp)(Chain&) = [](Chain&) {})
 {
     Sound sound{fact.channels, frames};
     Chain chain(fact, sound);
     setUp(chain);
-    std::vector<float> heard;
+    std::vector<float> output;
     if (fact.output == 'ahal') {
         SteppedDevice device(fact.rate, fact.channels, fact.slice);
         chain.set(chain.output, kAudioOutputUnitProperty_CurrentDevice, 0, AudioDeviceID{device.id()});
@@ -44,22 +43,22 @@ std::vector<float> played(
         if (status) break;
         for (UInt32 i = 0; i < now; ++i)
             for (UInt32 c = 0; c < fact.channels; ++c)
-                heard.push_back(static_cast<const float*>(list[c].mData)[i]);
+                output.push_back(static_cast<const float*>(list[c].mData)[i]);
         done += now;
     }
-    return heard;
+    return output;
 }
 
-void expectUnchanged(const std::vector<float>& heard, UInt32 channels, std::size_t frames)
+void expectUnchanged(const std::vector<float>& output, UInt32 channels, std::size_t frames)
 {
-    ASSERT_EQ(heard.size(), frames * channels);
+    ASSERT_EQ(output.size(), frames * channels);
     for (std::size_t frame = 0; frame < frames; ++frame)
         for (UInt32 c = 0; c < channels; ++c)
-            ASSERT_EQ(heard[frame * channels + c], sample(frame, c))
+            ASSERT_EQ(output[frame * channels + c], sample(frame, c))
                 << "frame " << frame << ", channel " << c;
 }
 
-TEST(PlayerChain, PassesEverySampleAsItIs)
+TEST(PlayerChain, ChangesNoSample)
 {
     for (const OSType output : {'ahal', 'genr'})
         for (const UInt32 channels : std::initializer_list<UInt32>{1, 2, 6})
@@ -67,31 +66,31 @@ TEST(PlayerChain, PassesEverySampleAsItIs)
                 for (const Rates rates : {timePitch, varispeed})
                     for (const UInt32 limit : {UInt32{0}, slice}) {
                         SCOPED_TRACE(testing::Message()
-                                     << (output == 'ahal' ? "device" : "pulled by hand") << ", " << channels
-                                     << " channels, slices of " << slice << ", limit " << limit << ", "
-                                     << (rates == timePitch ? "time-pitch" : "varispeed"));
+                                     << (output == 'ahal' ? "device" : "rendered by the test") << ", "
+                                     << channels << " channels, slices of " << slice << ", limit " << limit
+                                     << ", " << (rates == timePitch ? "time-pitch" : "varispeed"));
                         const std::size_t frames = slice == 1 ? 1500 : 8192 * 2 + 777;
                         const Case fact = {output, channels, slice, limit, rates, 44100};
-                        expectUnchanged(played(fact, frames), channels, frames);
+                        expectUnchanged(render(fact, frames), channels, frames);
                         if (HasFatalFailure()) return;
                     }
     EXPECT_EQ(alive("AUGraph"), 0u);
     EXPECT_EQ(alive("ComponentInstance"), 0u);
 }
 
-TEST(PlayerChain, PassesEverySampleAtEveryRate)
+TEST(PlayerChain, ChangesNoSampleAtAnyRate)
 {
     for (const Float64 rate : {8000.0, 22050.0, 48000.0, 96000.0, 192000.0})
         for (const Rates rates : {timePitch, varispeed})
             for (const OSType pitch : {'nutp', 'tmpt'}) {
                 SCOPED_TRACE(testing::Message()
                              << rate << ", " << rates << (pitch == 'nutp' ? "" : ", classic"));
-                expectUnchanged(played({'ahal', 2, 512, 0, rates, rate, pitch}, 5000), 2, 5000);
+                expectUnchanged(render({'ahal', 2, 512, 0, rates, rate, pitch}, 5000), 2, 5000);
             }
 }
 
-// What is compared above would differ if one of them were turned.
-TEST(PlayerChain, HasEveryUnitInIt)
+// The tests above would see a change in any of the units.
+TEST(PlayerChain, ContainsEveryUnit)
 {
     const struct {
         Rates rates;
@@ -105,12 +104,12 @@ TEST(PlayerChain, HasEveryUnitInIt)
         {timePitch, [](Chain& chain) { chain.setParameter(chain.output, kHALOutputParam_Volume, 0, 0.5f); },
          "the output's volume"},
     };
-    const std::vector<float> unchanged = played({'ahal', 2, 512, 0, timePitch, 44100}, 2000);
+    const std::vector<float> unchanged = render({'ahal', 2, 512, 0, timePitch, 44100}, 2000);
     for (const auto& fact : facts)
-        EXPECT_NE(played({'ahal', 2, 512, 0, fact.rates, 44100}, 2000, fact.setUp), unchanged) << fact.why;
+        EXPECT_NE(render({'ahal', 2, 512, 0, fact.rates, 44100}, 2000, fact.setUp), unchanged) << fact.why;
 }
 
-TEST(PlayerChain, GivesTheOutputTheFilesFormat)
+TEST(PlayerChain, PassesTheFilesFormatToTheOutput)
 {
     Sound sound{6, 0};
     Chain chain({'ahal', 6, 512, 0, timePitch, 96000}, sound);
@@ -124,7 +123,7 @@ TEST(PlayerChain, GivesTheOutputTheFilesFormat)
     }
 }
 
-TEST(PlayerChain, AnUpdateExchangesTheFileWithoutABreak)
+TEST(PlayerChain, ACallbackIsReplacedWithoutAGapWhileTheGraphRuns)
 {
     Sound first{2, 100000}, second{2, 100000};
     Chain chain({'ahal', 2, 512, 0, timePitch, 44100}, first);
@@ -135,21 +134,21 @@ TEST(PlayerChain, AnUpdateExchangesTheFileWithoutABreak)
     device.step(1024);
     second.position = first.position;
     first.position = 77;
-    ASSERT_EQ(chain.graph.setCallback(chain.converter, Sound::render, &second), noErr);
-    ASSERT_EQ(AUGraphUpdate(chain.graph, nullptr), noErr);
+    chain.set(chain.converter, kAudioUnitProperty_SetRenderCallback, 1,
+              AURenderCallbackStruct{Sound::render, &second});
     device.step(1024);
     expectUnchanged(device.played, 2, 2048);
-    EXPECT_EQ(first.position, 77u) << "asked no more";
+    EXPECT_EQ(first.position, 77u) << "not called again";
 }
 
-TEST(PlayerChain, GoesOnWhereItWasStopped)
+TEST(PlayerChain, ContinuesAtTheStopPosition)
 {
     Sound sound{2, 100000};
     Chain chain({'ahal', 2, 512, 0, timePitch, 44100}, sound);
     SteppedDevice device(44100, 2, 512);
     chain.set(chain.output, kAudioOutputUnitProperty_CurrentDevice, 0, AudioDeviceID{device.id()});
     chain.initialize();
-    for (int turn = 0; turn < 4; ++turn) {
+    for (int start = 0; start < 4; ++start) {
         ASSERT_EQ(AUGraphStart(chain.graph), noErr);
         device.step(700);
         ASSERT_EQ(AUGraphStop(chain.graph), noErr);

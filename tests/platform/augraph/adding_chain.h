@@ -1,8 +1,8 @@
-// A chain of marking units in a graph that is not open yet.
+// A closed graph: a chain of adding units and an output unit.
 #pragma once
 
+#include "tests/platform/augraph/adding_units.h"
 #include "tests/platform/augraph/graph.h"
-#include "tests/platform/augraph/units.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +10,14 @@ namespace test {
 
 constexpr int chainLength = 4;
 
-struct Chain {
+struct AddingChain {
     Graph graph;
     AUNode output = graph.add('auou', 'genr');
     std::vector<AUNode> nodes;
-    Chain()
+    AddingChain()
     {
         for (int i = 0; i < chainLength; ++i) {
-            nodes.push_back(graph.add('aufx', 'mark'));
+            nodes.push_back(graph.add('aufx', 'add '));
             if (i) EXPECT_EQ(graph.connect(nodes[static_cast<std::size_t>(i) - 1], nodes.back()), noErr);
         }
         EXPECT_EQ(graph.connect(nodes.back(), output), noErr);

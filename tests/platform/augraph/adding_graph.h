@@ -1,15 +1,15 @@
-// A graph of marking units whose output is pulled by hand.
+// An open graph of an output unit and adding units.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
+#include "tests/platform/augraph/adding_units.h"
 #include "tests/platform/augraph/graph.h"
-#include "tests/platform/augraph/units.h"
 
 namespace test {
 
-/// A callback that gives the number it points at, a Float32, in every sample.
-inline OSStatus constant(void* number, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
-                         UInt32 frames, AudioBufferList* list)
+/// A render callback that fills every sample with `*number`, a Float32.
+inline OSStatus constantSource(void* number, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
+                               UInt32 frames, AudioBufferList* list)
 {
     for (UInt32 i = 0; i < list->mNumberBuffers; ++i)
         for (UInt32 frame = 0; frame < frames; ++frame)
@@ -17,23 +17,24 @@ inline OSStatus constant(void* number, AudioUnitRenderActionFlags*, const AudioT
     return noErr;
 }
 
-/// Nodes of a graph that is open: an output and some units, each marked 1, 2, 4, 8…
-struct Marks {
-    explicit Marks(int count, OSType subType = 'mark') : output(graph.add('auou', 'genr'))
+/// The constants of the units are 1, 2, 4, 8…, so a rendered sum shows which units took part.
+struct AddingGraph {
+    explicit AddingGraph(int count, OSType subType = 'add ') : output(graph.add('auou', 'genr'))
     {
         AUGraphOpen(graph);
         for (int i = 0; i < count; ++i) add(subType);
     }
-    AUNode add(OSType subType = 'mark')
+    AUNode add(OSType subType = 'add ')
     {
         nodes.push_back(graph.add('aufx', subType));
-        setMark(unit(nodes.size() - 1), static_cast<Float32>(1 << (nodes.size() - 1)));
+        setConstant(unit(nodes.size() - 1), static_cast<Float32>(1 << (nodes.size() - 1)));
         return nodes.back();
     }
     AudioUnit unit(std::size_t index) const { return graph.unit(nodes[index]); }
 
-    /// What the output gives now, in its first channel; the status instead when there is one.
-    Float32 hear() const
+    /// Render a few frames from the output.
+    /// Returns  a sample of the first channel, or the status of a failed render call.
+    Float32 render() const
     {
         List list(canonical(44100, 2), 8);
         const AudioTimeStamp time = sampleTime(0);

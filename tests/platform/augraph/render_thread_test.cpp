@@ -1,8 +1,8 @@
-// Calls from threads that must not wait: inside a slice, inside a device's cycle.
+// Calls from render threads: in a render call of a unit, in an I/O cycle of a device.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
-#include "tests/platform/augraph/calls.h"
+#include "tests/platform/augraph/graph_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ using namespace test;
 
 constexpr OSStatus cannotNow = kAUGraphErr_CannotDoInCurrentContext;
 
-/// Runs something once, inside whatever calls back.
+/// Runs `work` in the first call of its callback.
 struct Once {
     std::function<void()> work;
     int calls = 0;
@@ -36,9 +36,9 @@ struct Once {
     }
 };
 
-/// A graph that plays, on a device turned by hand.
-struct Playing {
-    explicit Playing(Once& once) : device(44100, 2, 100), output(graph.add('auou', 'ahal'))
+/// A running graph on a stepped device.
+struct RunningGraph {
+    explicit RunningGraph(Once& once) : device(44100, 2, 100), output(graph.add('auou', 'ahal'))
     {
         device.makeDefault();
         EXPECT_EQ(graph.setCallback(output, Once::render, &once), noErr);
@@ -51,68 +51,69 @@ struct Playing {
     AUNode output;
 };
 
-void expectNoWaiting(const Graph& graph, AUNode node)
+void expectNoCallWaits(const Graph& graph, AUNode node)
 {
-    for (const GraphCall& call : callsAbout(node)) {
+    for (const GraphCall& call : graphCalls(node)) {
         const OSStatus status = call.make(graph);
         if (call.mayWait)
             EXPECT_EQ(status, cannotNow) << call.name;
         else
-            EXPECT_NE(status, cannotNow) << call.name << ": nobody else is at it";
+            EXPECT_NE(status, cannotNow) << call.name << ": the lock is free";
     }
     EXPECT_EQ(DisposeAUGraph(graph), cannotNow);
     EXPECT_TRUE(graph.isOpen());
 }
 
-TEST(Inside, TheHeadsOwnSliceMayStopItAndWaitsForNothing)
+TEST(RenderThread, TheHeadsRenderCallMayStopTheGraph)
 {
     Once once;
-    Playing playing(once);
+    RunningGraph running(once);
     once.work = [&] {
-        expectNoWaiting(playing.graph, playing.output);
-        EXPECT_TRUE(playing.graph.isRunning());
-        EXPECT_EQ(AUGraphStart(playing.graph), noErr) << "it runs";
-        EXPECT_EQ(AUGraphStop(playing.graph), noErr);
-        EXPECT_FALSE(playing.graph.isRunning());
-        EXPECT_EQ(AUGraphStart(playing.graph), cannotNow) << "stopped in this slice, it is stopped";
+        expectNoCallWaits(running.graph, running.output);
+        EXPECT_TRUE(running.graph.isRunning());
+        EXPECT_EQ(AUGraphStart(running.graph), noErr) << "already running";
+        EXPECT_EQ(AUGraphStop(running.graph), noErr);
+        EXPECT_FALSE(running.graph.isRunning());
+        EXPECT_EQ(AUGraphStart(running.graph), cannotNow)
+            << "a stopped unit does not restart in the same render call";
     };
-    EXPECT_EQ(playing.device.step(1000), 100u) << "that was its last slice";
+    EXPECT_EQ(running.device.step(1000), 100u) << "one cycle";
     EXPECT_EQ(once.calls, 1);
-    ASSERT_EQ(AUGraphStart(playing.graph), noErr);
-    EXPECT_TRUE(playing.graph.isRunning());
-    EXPECT_EQ(playing.graph.dispose(), noErr);
+    ASSERT_EQ(AUGraphStart(running.graph), noErr);
+    EXPECT_TRUE(running.graph.isRunning());
+    EXPECT_EQ(running.graph.dispose(), noErr);
 }
 
-TEST(Inside, ASliceOfAnotherUnitIsToldToTryLater)
+TEST(RenderThread, AnotherUnitsRenderCallCannotStartOrStop)
 {
     Once silent{[] {}}, once;
-    Playing playing(silent);
+    RunningGraph running(silent);
     const Unit other('genr');
     ASSERT_EQ(other.setCallback(Once::render, &once), noErr);
     ASSERT_EQ(AudioUnitInitialize(other), noErr);
     once.work = [&] {
-        expectNoWaiting(playing.graph, playing.output);
-        EXPECT_TRUE(playing.graph.isRunning());
-        EXPECT_EQ(AUGraphStart(playing.graph), cannotNow);
-        EXPECT_EQ(AUGraphStop(playing.graph), cannotNow);
+        expectNoCallWaits(running.graph, running.output);
+        EXPECT_TRUE(running.graph.isRunning());
+        EXPECT_EQ(AUGraphStart(running.graph), cannotNow);
+        EXPECT_EQ(AUGraphStop(running.graph), cannotNow);
     };
     List list(canonical(44100, 2), 10);
     const AudioTimeStamp time = sampleTime(0);
     ASSERT_EQ(AudioUnitRender(other, nullptr, &time, 0, 10, list.get()), noErr);
     EXPECT_EQ(once.calls, 1);
-    EXPECT_EQ(AUGraphStop(playing.graph), noErr) << "outside it is as always";
+    EXPECT_EQ(AUGraphStop(running.graph), noErr) << "after the render call";
 }
 
-TEST(Inside, ADevicesCycleIsToldToTryLater)
+TEST(RenderThread, AnIOCycleCannotStartOrStop)
 {
     Once silent{[] {}}, once;
-    Playing playing(silent);
+    RunningGraph running(silent);
     SteppedDevice other(44100, 2, 100);
-    for (SteppedDevice* device : {&playing.device, &other}) {
+    for (SteppedDevice* device : {&running.device, &other}) {
         once = {[&] {
-                    expectNoWaiting(playing.graph, playing.output);
-                    EXPECT_EQ(AUGraphStart(playing.graph), cannotNow);
-                    EXPECT_EQ(AUGraphStop(playing.graph), cannotNow);
+                    expectNoCallWaits(running.graph, running.output);
+                    EXPECT_EQ(AUGraphStart(running.graph), cannotNow);
+                    EXPECT_EQ(AUGraphStop(running.graph), cannotNow);
                 },
                 0};
         ASSERT_EQ(AudioDeviceAddIOProc(device->id(), Once::cycle, &once), noErr);
@@ -121,62 +122,64 @@ TEST(Inside, ADevicesCycleIsToldToTryLater)
         EXPECT_EQ(once.calls, 2);
         ASSERT_EQ(AudioDeviceRemoveIOProc(device->id(), Once::cycle), noErr);
     }
-    EXPECT_TRUE(playing.graph.isRunning());
+    EXPECT_TRUE(running.graph.isRunning());
 }
 
-TEST(Inside, AGraphThatIsNoneIsParamErrEvenThere)
+TEST(RenderThread, AnInvalidGraphIsParamErrInARenderCallToo)
 {
     Once once;
-    Playing playing(once);
+    RunningGraph running(once);
     once.work = [&] {
-        for (const GraphCall& call : callsAbout(1)) EXPECT_EQ(call.make(nullptr), paramErr) << call.name;
+        for (const GraphCall& call : graphCalls(1)) EXPECT_EQ(call.make(nullptr), paramErr) << call.name;
         EXPECT_EQ(AUGraphStart(nullptr), paramErr);
         EXPECT_EQ(AUGraphStop(nullptr), paramErr);
         EXPECT_EQ(DisposeAUGraph(nullptr), paramErr);
     };
-    playing.device.step(100);
+    running.device.step(100);
     EXPECT_EQ(once.calls, 1);
 }
 
-TEST(Inside, WhatIsNotedThereTakesEffectWithTheNextUpdate)
+TEST(RenderThread, ACallbackSetInARenderCallTakesEffectAtTheNextInitialisation)
 {
     Once once;
-    Playing playing(once);
+    RunningGraph running(once);
     Feeder feeder(canonical(44100, 2));
-    once.work = [&] { EXPECT_EQ(playing.graph.setCallback(1, Feeder::callback, &feeder), noErr); };
-    playing.device.step(200);
+    once.work = [&] { EXPECT_EQ(running.graph.setCallback(1, Feeder::callback, &feeder), noErr); };
+    running.device.step(200);
     EXPECT_EQ(once.calls, 2);
     EXPECT_EQ(feeder.calls, 0);
-    ASSERT_EQ(AUGraphUpdate(playing.graph, nullptr), noErr);
-    playing.device.step(200);
+    ASSERT_EQ(AUGraphUninitialize(running.graph), noErr);
+    ASSERT_EQ(AUGraphInitialize(running.graph), noErr);
+    ASSERT_EQ(AUGraphStart(running.graph), noErr);
+    running.device.step(200);
     EXPECT_EQ(once.calls, 2);
     EXPECT_EQ(feeder.calls, 2);
 }
 
-/// Asks for the graph until it is held by the thread that waits for this very slice.
-struct Waited {
+/// Calls the graph until a thread that waits for this render call holds the graph's lock.
+struct BlockedRender {
     AUGraph graph = nullptr;
-    std::atomic<bool> isInside{false}, saysStop{true};
+    std::atomic<bool> isInside{false}, callsStop{true};
     OSStatus stopped = 77;
     static OSStatus render(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
                            AudioBufferList*)
     {
-        Waited& self = *static_cast<Waited*>(context);
+        BlockedRender& self = *static_cast<BlockedRender*>(context);
         self.isInside = true;
         UInt32 count = 0;
         while (AUGraphGetNodeCount(self.graph, &count) != cannotNow) std::this_thread::yield();
-        if (self.saysStop) self.stopped = AUGraphStop(self.graph);
+        if (self.callsStop) self.stopped = AUGraphStop(self.graph);
         Boolean isRunning = 0;
         EXPECT_EQ(AUGraphIsRunning(self.graph, &isRunning), noErr);
         return noErr;
     }
 };
 
-TEST(Inside, NobodyWaitsForWhoWaitsForIt)
+TEST(RenderThread, DoesNotBlockOnACallThatWaitsForIt)
 {
     OSStatus (*const calls[])(AUGraph) = {AUGraphStop, AUGraphUninitialize, AUGraphClose, DisposeAUGraph};
     for (const auto call : calls)
-        for (const bool saysStop : {false, true}) {
+        for (const bool callsStop : {false, true}) {
             SteppedDevice device(44100, 2, 100, false);
             device.makeDefault();
             AUGraph graph = nullptr;
@@ -184,17 +187,17 @@ TEST(Inside, NobodyWaitsForWhoWaitsForIt)
             const AudioComponentDescription hal = {'auou', 'ahal', 'appl', 0, 0};
             AUNode node = 0;
             ASSERT_EQ(AUGraphAddNode(graph, &hal, &node), noErr);
-            Waited waited;
-            waited.graph = graph;
-            waited.saysStop = saysStop;
-            const AURenderCallbackStruct callback = {Waited::render, &waited};
+            BlockedRender blocked;
+            blocked.graph = graph;
+            blocked.callsStop = callsStop;
+            const AURenderCallbackStruct callback = {BlockedRender::render, &blocked};
             ASSERT_EQ(AUGraphSetNodeInputCallback(graph, node, 0, &callback), noErr);
             ASSERT_EQ(AUGraphOpen(graph), noErr);
             ASSERT_EQ(AUGraphInitialize(graph), noErr);
             ASSERT_EQ(AUGraphStart(graph), noErr);
-            while (!waited.isInside) std::this_thread::yield();
+            while (!blocked.isInside) std::this_thread::yield();
             EXPECT_EQ(call(graph), noErr);
-            EXPECT_EQ(waited.stopped, saysStop ? noErr : 77);
+            EXPECT_EQ(blocked.stopped, callsStop ? noErr : 77);
             if (call != DisposeAUGraph) {
                 EXPECT_EQ(DisposeAUGraph(graph), noErr);
             }

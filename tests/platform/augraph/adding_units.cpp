@@ -1,4 +1,4 @@
-#include "tests/platform/augraph/units.h"
+#include "tests/platform/augraph/adding_units.h"
 
 #include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/life_cycle.h"
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <iterator>
 
-// The library's own stays inside it: here no cycle of a device is the graph's business.
+// The library does not export its own. No device runs in this program.
 namespace kvxplatform::hal {
 thread_local Device* turningDevice = nullptr;
 }
@@ -20,7 +20,7 @@ thread_local Device* turningDevice = nullptr;
 namespace kvxplatform::audiounit {
 namespace {
 
-struct Mark {
+struct Constant {
     std::atomic<Float32> value{0};
 };
 
@@ -32,7 +32,7 @@ bool fails(int& left) { return left && !--left; }
 OSStatus openUnit(Unit& unit)
 {
     if (fails(openingsLeft)) return test::failure;
-    unit.state = new Mark;
+    unit.state = new Constant;
     return noErr;
 }
 
@@ -43,7 +43,7 @@ OSStatus initializeUnit(Unit& unit)
     return noErr;
 }
 
-OSStatus addMark(Unit& unit, Slice& slice)
+OSStatus renderSum(Unit& unit, Slice& slice)
 {
     kvxplatform::pcm::clear(slice.out);
     OSStatus status = noErr;
@@ -57,30 +57,30 @@ OSStatus addMark(Unit& unit, Slice& slice)
                 static_cast<Float32*>(slice.out.mBuffers[i].mData)[frame] +=
                     static_cast<const Float32*>(in->mBuffers[i].mData)[frame];
     }
-    const Float32 value = stateOf<Mark>(unit).value;
+    const Float32 value = stateOf<Constant>(unit).value;
     for (UInt32 i = 0; i < slice.out.mNumberBuffers; ++i)
         for (UInt32 frame = 0; frame < slice.frames; ++frame)
             static_cast<Float32*>(slice.out.mBuffers[i].mData)[frame] += value;
     return status;
 }
 
-UnitKind marking(OSType subType, decltype(UnitKind::takesFormat) takesFormat)
+UnitKind addingKind(OSType subType, decltype(UnitKind::takesFormat) takesFormat)
 {
     UnitKind kind{};
     kind.type = 'aufx';
     kind.subType = subType;
-    kind.name = "Mark";
+    kind.name = "Adder";
     kind.inputs = {1, 1, 4};
     kind.outputs = {2, 2, 2};
     kind.takesFormat = takesFormat;
     kind.open = openUnit;
-    kind.destroy = [](void* state) { delete static_cast<Mark*>(state); };
+    kind.destroy = [](void* state) { delete static_cast<Constant*>(state); };
     kind.initialize = initializeUnit;
-    kind.render = addMark;
+    kind.render = renderSum;
     return kind;
 }
 
-// ---- an output that waits to be pulled ----
+// ---- an output unit that the test renders ----
 
 struct Output {
     bool isRunning = false;
@@ -140,12 +140,13 @@ bool takesAll(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBa
 
 const UnitKind* kindAt(std::size_t index)
 {
-    static const UnitKind mark = marking('mark', nullptr), free = marking('free', takesAll), head = output();
-    const UnitKind* const kinds[] = {&mark, &free, &head};
+    static const UnitKind adder = addingKind('add ', nullptr), anyFormat = addingKind('addf', takesAll),
+                          head = output();
+    const UnitKind* const kinds[] = {&adder, &anyFormat, &head};
     return kinds[index];
 }
 
-const components::Family otherFamily = {"no audio unit", nullptr, nullptr, nullptr};
+const components::Family otherFamily = {"not an audio unit", nullptr, nullptr, nullptr};
 
 } // namespace
 
@@ -182,9 +183,9 @@ namespace test {
 
 namespace audiounit = kvxplatform::audiounit;
 
-void setMark(AudioUnit unit, Float32 mark)
+void setConstant(AudioUnit unit, Float32 constant)
 {
-    audiounit::stateOf<audiounit::Mark>(*audiounit::use(unit)).value = mark;
+    audiounit::stateOf<audiounit::Constant>(*audiounit::use(unit)).value = constant;
 }
 
 bool isInitialized(AudioUnit unit)
