@@ -1,6 +1,6 @@
 // The families of components that are always there. Their order is the order in which a search finds them.
 #include "platform/audiounit/units.h"
-#include "platform/components/component.h"
+#include "platform/components/registry.h"
 #include "platform/soundmanager/mixer.h"
 
 #include <iterator>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/audiounit/unit.h"
-#include "platform/components/component.h"
+#include "platform/components/instances.h"
 
 namespace kvxplatform::audiounit {
 

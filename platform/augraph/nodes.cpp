@@ -1,6 +1,8 @@
 #include "platform/augraph/nodes.h"
 
 #include "platform/audiounit/units.h"
+#include "platform/components/instances.h"
+#include "platform/components/registry.h"
 
 #include <algorithm>
 

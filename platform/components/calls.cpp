@@ -1,5 +1,7 @@
 #include "platform/components/calls.h"
 
+#include "platform/components/instances.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -8,25 +10,25 @@
 namespace kvxplatform::components {
 namespace {
 
-// Size codes of a procedure-information word: none, one byte, two bytes, one word.
-ffi_type* const types[] = {&ffi_type_void, &ffi_type_uint8, &ffi_type_sint16, &ffi_type_pointer};
+// By size code of a procedure-information word: no value, one byte, two bytes, one word.
+ffi_type* const typesByCode[] = {&ffi_type_void, &ffi_type_uint8, &ffi_type_sint16, &ffi_type_pointer};
 
 constexpr unsigned resultShift = 4, firstParameterShift = 6, bitsPerCode = 2;
-constexpr unsigned mostParameters = 1 + mostWords; // the storage in front
+constexpr unsigned maxParameters = 1 + maxWords; // the storage comes first
 
 unsigned code(ProcInfoType procInfo, unsigned shift) { return procInfo >> shift & 3; }
 
-/// Whether a word has no more parameters than there can be; one of 32 bits never has.
-bool hasRoom(ProcInfoType procInfo)
+/// Whether a procedure-information word has at most the maximum of parameters. One of 32 bits always has.
+bool isWithinMaximum(ProcInfoType procInfo)
 {
-    constexpr unsigned end = firstParameterShift + bitsPerCode * mostParameters;
+    constexpr unsigned end = firstParameterShift + bitsPerCode * maxParameters;
     if constexpr (end < sizeof procInfo * 8)
         return code(procInfo, end) == 0;
     else
         return true;
 }
 
-/// The word at `index`, or 0 where the call has none.
+/// The argument at `index`; 0 past the end of the record.
 long wordAt(const ComponentParameters& parameters, std::size_t index)
 {
     long word = 0;
@@ -43,24 +45,24 @@ long wordAt(const ComponentParameters& parameters, std::size_t index)
 ComponentResult callFunction(Handle storage, const ComponentParameters& parameters, ProcPtr function,
                              ProcInfoType procInfo)
 {
-    if (!function || !hasRoom(procInfo)) return paramErr;
-    ffi_type* argumentTypes[mostParameters];
-    void* arguments[mostParameters];
-    long words[mostParameters];
+    if (!function || !isWithinMaximum(procInfo)) return paramErr;
+    ffi_type* argumentTypes[maxParameters];
+    void* arguments[maxParameters];
+    long words[maxParameters];
     unsigned count = 0;
-    for (; count < mostParameters; ++count) {
+    for (; count < maxParameters; ++count) {
         const unsigned width = code(procInfo, firstParameterShift + bitsPerCode * count);
         if (width == 0) break;
-        argumentTypes[count] = types[width];
+        argumentTypes[count] = typesByCode[width];
         words[count] = count == 0 ? reinterpret_cast<long>(storage) : wordAt(parameters, count - 1);
-        arguments[count] = &words[count]; // the narrow ones are its first bytes
+        arguments[count] = &words[count]; // little endian: a narrow argument is the first bytes of its word
     }
 
     ffi_cif call;
-    if (ffi_prep_cif(&call, FFI_DEFAULT_ABI, count, types[code(procInfo, resultShift)], argumentTypes) !=
-        FFI_OK)
+    if (ffi_prep_cif(&call, FFI_DEFAULT_ABI, count, typesByCode[code(procInfo, resultShift)],
+                     argumentTypes) != FFI_OK)
         return paramErr;
-    ffi_arg result = 0; // at least a word, whatever the result's width
+    ffi_arg result = 0; // at least a word for any width of result
     ffi_call(&call, reinterpret_cast<void (*)()>(function), &result, arguments);
     return static_cast<ComponentResult>(result);
 }
@@ -77,10 +79,10 @@ ComponentResult call(ComponentInstance instance, SInt16 selector, std::initializ
 {
     struct {
         ComponentParameters parameters;
-        long more[mostWords];
+        long more[maxWords];
     } record = {{0, static_cast<UInt8>(words.size() * sizeof(long)), selector, {0}}, {}};
     std::memcpy(reinterpret_cast<char*>(&record) + offsetof(ComponentParameters, params), words.begin(),
-                std::min(words.size(), mostWords) * sizeof(long));
+                std::min(words.size(), maxWords) * sizeof(long));
     return send(instance, record.parameters);
 }
 

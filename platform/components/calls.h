@@ -1,20 +1,26 @@
-// Calls by selector: words put together and taken apart.
+// Calls by selector: packing and unpacking their arguments. All functions: [any].
 #pragma once
 
 #include "platform/components/component.h"
 
+#include <initializer_list>
+
 namespace kvxplatform::components {
 
-/// The most words a call has behind its instance.
-constexpr std::size_t mostWords = 12;
+/// The maximum number of arguments of a call, without the instance.
+constexpr std::size_t maxWords = 12;
 
-/// Call a plain C function with the storage and the words of a call, as wide as `procInfo` says.
-/// Errors  paramErr for a function that is null, or a word of more parameters than there can be.
+/// Call a plain C function with the storage and the arguments of a call, in the widths of `procInfo`.
+/// Errors  paramErr if the function is null or `procInfo` has too many parameters.
 ComponentResult callFunction(Handle storage, const ComponentParameters& parameters, ProcPtr function,
                              ProcInfoType procInfo);
 
-/// Send a call on as it is.
-/// Errors  badComponentInstance; badComponentSelector for an instance that answers no selectors.
+/// Pass a call on to an instance unchanged.
+/// Errors  badComponentInstance; badComponentSelector if the instance has no selectors.
 ComponentResult send(ComponentInstance instance, ComponentParameters& parameters);
+
+/// Call a selector of an instance with these arguments.
+/// Errors  as send().
+ComponentResult call(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words);
 
 } // namespace kvxplatform::components

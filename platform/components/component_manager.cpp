@@ -1,43 +1,39 @@
-// The Component Manager's calls. Their statuses have 16 bits: the lower half of the 32-bit ones.
+// The C functions of components. Their statuses have 16 bits: the lower half of the 32-bit ones.
 #include "platform/components/calls.h"
-#include "platform/components/component.h"
+#include "platform/components/instances.h"
 #include "platform/components/registered.h"
+#include "platform/components/registry.h"
+#include "platform/support/border.h"
 
 namespace components = kvxplatform::components;
+using kvxplatform::withinBorder;
 
 namespace {
 
-/// A failure stays one, also if nothing is left of it.
+/// A failure whose lower half is 0 becomes paramErr.
 OSErr lowerHalf(OSStatus status)
 {
     const auto half = static_cast<OSErr>(status & 0xFFFF);
-    return status && !half ? static_cast<OSErr>(paramErr) : half;
+    return status && !half ? OSErr{paramErr} : half;
 }
 
-ComponentDescription lookingFor(OSType type, OSType subType)
+Component findDefault(OSType type, OSType subType)
 {
-    return {type, subType, kAnyComponentManufacturer, 0, kAnyComponentFlagsMask};
+    ComponentDescription pattern = {type, subType, kAnyComponentManufacturer, 0, kAnyComponentFlagsMask};
+    return FindNextComponent(nullptr, &pattern);
 }
 
 } // namespace
 
 Component FindNextComponent(Component previous, ComponentDescription* looking)
-try {
-    return looking ? components::findNext(previous, *looking) : nullptr;
-} catch (...) { // no memory
-    return nullptr;
-}
-
-long CountComponents(ComponentDescription* looking)
-try {
-    return looking ? static_cast<long>(components::count(*looking)) : 0;
-} catch (...) {
-    return 0;
+{
+    return withinBorder(nullptr,
+                        [&] { return looking ? components::findNext(previous, *looking) : nullptr; });
 }
 
 OSErr OpenAComponent(Component component, ComponentInstance* instance)
 {
-    return instance ? lowerHalf(components::open(component, *instance)) : static_cast<OSErr>(paramErr);
+    return instance ? lowerHalf(components::open(component, *instance)) : OSErr{paramErr};
 }
 
 ComponentInstance OpenComponent(Component component)
@@ -49,24 +45,21 @@ ComponentInstance OpenComponent(Component component)
 
 OSErr OpenADefaultComponent(OSType type, OSType subType, ComponentInstance* instance)
 {
-    ComponentDescription looking = lookingFor(type, subType);
-    return OpenAComponent(FindNextComponent(nullptr, &looking), instance);
+    return OpenAComponent(findDefault(type, subType), instance);
 }
 
 ComponentInstance OpenDefaultComponent(OSType type, OSType subType)
 {
-    ComponentDescription looking = lookingFor(type, subType);
-    return OpenComponent(FindNextComponent(nullptr, &looking));
+    return OpenComponent(findDefault(type, subType));
 }
 
 OSErr CloseComponent(ComponentInstance instance) { return lowerHalf(components::close(instance)); }
 
 Component RegisterComponent(ComponentDescription* description, ComponentRoutineUPP entry, SInt16, Handle,
                             Handle, Handle)
-try {
-    return description ? components::registerOne(*description, entry) : nullptr;
-} catch (...) { // no memory
-    return nullptr;
+{
+    return withinBorder(nullptr,
+                        [&] { return description ? components::registerOne(*description, entry) : nullptr; });
 }
 
 OSErr UnregisterComponent(Component component) { return components::unregisterOne(component); }

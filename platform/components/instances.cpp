@@ -1,14 +1,15 @@
-// Opening and closing components.
-#include "platform/components/component.h"
+#include "platform/components/instances.h"
 
+#include "platform/components/registry.h"
+#include "platform/support/border.h"
 #include "platform/support/live_count.h"
 
 namespace kvxplatform::components {
 namespace {
 
-LiveCount account("ComponentInstance");
+LiveCount liveInstances("ComponentInstance");
 
-// Never destroyed: a device's thread may still ask for a handle while the program ends.
+// Never destroyed: a device's thread may still look up a handle while the program exits.
 Instances& table()
 {
     static Instances& instances = *new Instances;
@@ -21,7 +22,7 @@ Instances::Use use(ComponentInstance handle) { return table().use(numberOf(handl
 
 Instance::Instance(const Component& c) : component(c)
 {
-    account.add();
+    liveInstances.add();
     if (component.instances) ++*component.instances;
 }
 
@@ -29,16 +30,16 @@ Instance::~Instance()
 {
     if (state && component.family->destroy) component.family->destroy(state);
     if (component.instances) --*component.instances;
-    account.remove();
+    liveInstances.remove();
 }
 
 OSStatus open(::Component handle, ComponentInstance& out)
 {
     out = nullptr;
-    Component component{};
-    if (!find(handle, component)) return invalidComponentID;
-    OSStatus status = memFullErr; // when the table is full
-    try {
+    return withinBorder(memFullErr, [&]() -> OSStatus {
+        Component component{};
+        if (!find(handle, component)) return invalidComponentID;
+        OSStatus status = memFullErr; // for a full table
         const HandleNumber number =
             table().add(std::make_unique<Instance>(component), [&](Instance& instance, HandleNumber made) {
                 instance.self = handleOf<ComponentInstance>(made);
@@ -46,22 +47,19 @@ OSStatus open(::Component handle, ComponentInstance& out)
                 return status == noErr;
             });
         out = handleOf<ComponentInstance>(number);
-    } catch (...) {
-        status = memFullErr;
-    }
-    return status;
+        return status;
+    });
 }
 
 OSStatus close(ComponentInstance handle)
 {
     Instances::Use closing = table().beginClose(numberOf(handle));
     if (!closing) return badComponentInstance;
-    OSStatus status = noErr;
-    try {
+    // The instance is closed even if the family's function throws.
+    const OSStatus status = withinBorder(memFullErr, [&]() -> OSStatus {
         if (closing->component.family->close) closing->component.family->close(*closing);
-    } catch (...) {
-        status = memFullErr; // closed all the same
-    }
+        return noErr;
+    });
     table().endClose(std::move(closing));
     return status;
 }

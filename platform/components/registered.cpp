@@ -1,5 +1,6 @@
 #include "platform/components/registered.h"
 
+#include "platform/components/instances.h"
 #include "platform/support/live_count.h"
 
 #include <algorithm>
@@ -9,17 +10,17 @@
 namespace kvxplatform::components {
 namespace {
 
-LiveCount account("Component");
+LiveCount liveComponents("Component");
 
-/// `instances` of a component that was unregistered.
-constexpr long gone = -1;
+/// The value of `instances` after the component is unregistered.
+constexpr long unregistered = -1;
 
 struct Registered {
     Registered(const ComponentDescription& d, ComponentRoutineUPP e) : description(d), entry(e)
     {
-        account.add();
+        liveComponents.add();
     }
-    ~Registered() { account.remove(); }
+    ~Registered() { liveComponents.remove(); }
     Registered(const Registered&) = delete;
 
     const ComponentDescription description;
@@ -30,19 +31,19 @@ struct Registered {
 
 using Table = HandleTable<Registered, 3>;
 
-/// Never destroyed: an instance may still be closed while the program ends.
+// Never destroyed: an instance may still be closed while the program exits.
 struct Registry {
     Table table;
-    std::mutex lock; // of `order`
-    std::vector<HandleNumber> order;
+    std::mutex lock;
+    std::vector<HandleNumber> order; ///< of registration; under `lock`
 };
 Registry& registry()
 {
-    static Registry& one = *new Registry;
-    return one;
+    static Registry& all = *new Registry;
+    return all;
 }
 
-/// An open instance's state: its component, kept whole, and its word.
+/// The state of an instance. Keeps its component alive.
 struct State {
     explicit State(Table::Use use) : component(std::move(use)) {}
     ~State()
@@ -51,12 +52,12 @@ struct State {
     }
     State(const State&) = delete;
 
-    /// One of the component's instances; false for a component that was unregistered meanwhile.
+    /// Count the instance. Returns false if the component has been unregistered.
     bool count()
     {
         long open = component->instances;
         do {
-            if (open == gone) return false;
+            if (open == unregistered) return false;
         } while (!component->instances.compare_exchange_weak(open, open + 1));
         return isCounted = true;
     }
@@ -64,14 +65,14 @@ struct State {
     const Table::Use component;
     bool isCounted = false;
     std::atomic<Handle> storage{nullptr};
-    std::atomic<std::uintptr_t> closer{0}; // the thread that closes it
+    std::atomic<std::uintptr_t> closer{0}; ///< the thread that closes the instance; 0 for none
     std::atomic<bool> isClosed{false};
 };
 
 std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }
 
-/// Once an instance is being closed its storage may be gone: only who closes it may still call, and only
-/// until the component has agreed.
+/// While an instance closes, its storage may be freed already: only the closing thread may still call it,
+/// until the component's close function has returned.
 bool mayCall(const State& state)
 {
     const std::uintptr_t closer = state.closer;
@@ -83,8 +84,8 @@ ComponentResult callEntry(State& state, ComponentParameters& parameters)
     return state.component->entry(&parameters, state.storage);
 }
 
-/// A call with one word, the instance: open and close.
-ComponentResult callOfLife(Instance& instance, SInt16 selector)
+/// Call the entry point with the instance as the only argument.
+ComponentResult callWithSelf(Instance& instance, SInt16 selector)
 {
     ComponentParameters parameters = {0, sizeof(long), selector, {reinterpret_cast<long>(instance.self)}};
     return callEntry(*static_cast<State*>(instance.state), parameters);
@@ -98,9 +99,9 @@ OSStatus openInstance(Instance& instance)
     auto state = std::make_unique<State>(std::move(component));
     if (!state->count()) return invalidComponentID;
     instance.state = state.release();
-    const ComponentResult refusal = callOfLife(instance, kComponentOpenSelect);
-    if (!use(instance.self)) return refusal ? refusal : badComponentInstance; // closed by its entry point
-    if (refusal) callOfLife(instance, kComponentCloseSelect);
+    const ComponentResult refusal = callWithSelf(instance, kComponentOpenSelect);
+    if (!use(instance.self)) return refusal ? refusal : badComponentInstance; // the entry point has closed it
+    if (refusal) callWithSelf(instance, kComponentCloseSelect);
     return refusal;
 }
 
@@ -108,7 +109,7 @@ void closeInstance(Instance& instance)
 {
     State& state = *static_cast<State*>(instance.state);
     state.closer = thisThread();
-    callOfLife(instance, kComponentCloseSelect);
+    callWithSelf(instance, kComponentCloseSelect);
     state.isClosed = true;
 }
 
@@ -133,7 +134,7 @@ State* stateOf(const Instances::Use& instance)
     return isOurs ? static_cast<State*>(instance->state) : nullptr;
 }
 
-/// What `function` makes of the component that a handle, or an instance's handle, names.
+/// Run `function` on the component that a component's or an instance's handle names.
 template <class Function>
 void withComponent(::Component handle, Function function)
 {
@@ -154,7 +155,7 @@ bool findRegistered(::Component handle, Component& out)
     return static_cast<bool>(component);
 }
 
-std::vector<Component> registeredBehind(::Component previous)
+std::vector<Component> registeredAfter(::Component previous)
 {
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.lock);
@@ -188,8 +189,8 @@ OSErr unregisterOne(::Component handle)
     Table::Use closing = all.table.use(numberOf(handle));
     if (!closing) return invalidComponentID;
     long open = 0;
-    if (!closing->instances.compare_exchange_strong(open, gone))
-        return open == gone ? invalidComponentID : validInstancesExist;
+    if (!closing->instances.compare_exchange_strong(open, unregistered))
+        return open == unregistered ? invalidComponentID : validInstancesExist;
     {
         const std::lock_guard<std::mutex> guard(all.lock);
         all.order.erase(std::remove(all.order.begin(), all.order.end(), numberOf(handle)), all.order.end());
@@ -198,7 +199,7 @@ OSErr unregisterOne(::Component handle)
     return noErr;
 }
 
-long countRegistered(::Component handle)
+long countRegisteredInstances(::Component handle)
 {
     const Table::Use component = registry().table.use(numberOf(handle));
     return component ? std::max(component->instances.load(), 0L) : 0;

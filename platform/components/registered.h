@@ -1,4 +1,4 @@
-// Components that programs register.
+// Components that programs register. All functions: [any].
 #pragma once
 
 #include "platform/components/component.h"
@@ -7,26 +7,27 @@
 
 namespace kvxplatform::components {
 
-/// The component behind a handle that a registration gave; false for one that names none.
+/// Returns  false for a handle that names no registered component.
 bool findRegistered(::Component handle, Component& out);
 
-/// Those registered behind `previous`, in order; null: all. Throws std::bad_alloc.
-std::vector<Component> registeredBehind(::Component previous);
+/// The components registered after `previous` (null: all), in order. Throws std::bad_alloc.
+std::vector<Component> registeredAfter(::Component previous);
 
-/// Null without memory.
+/// Register a component. Throws std::bad_alloc.
+/// Returns  null if the table is full.
 ::Component registerOne(const ComponentDescription& description, ComponentRoutineUPP entry);
 
-/// Errors  invalidComponentID; validInstancesExist: it stays registered.
+/// Errors  invalidComponentID; validInstancesExist, and the component stays registered.
 OSErr unregisterOne(::Component component);
 
-/// How many instances are open; 0 for one that is not registered.
-long countRegistered(::Component component);
+/// The number of open instances; 0 for a handle that names no registered component.
+long countRegisteredInstances(::Component component);
 
-/// The word of a component, which is named by itself or by an instance; 0 and nothing for others.
+/// The refcon of a component, named by its own handle or an instance's. For other handles 0 and no effect.
 long refcon(::Component component);
 void setRefcon(::Component component, long word);
 
-/// Likewise of an instance.
+/// The storage of an instance of a registered component. For other handles null and no effect.
 Handle storage(ComponentInstance instance);
 void setStorage(ComponentInstance instance, Handle word);
 

@@ -1,7 +1,5 @@
-// The list of components and the search in it: the built-in ones, then those of programs. The handle of a
-// built-in one is its place in the list, marked so that no other handle and no address of this machine is
-// taken for one.
-#include "platform/components/component.h"
+#include "platform/components/registry.h"
+
 #include "platform/components/registered.h"
 
 #include <cstdint>
@@ -10,46 +8,48 @@
 namespace kvxplatform::components {
 namespace {
 
-constexpr std::uintptr_t mark = 0x00C0'0002;
-constexpr std::size_t nowhere = SIZE_MAX;
+// The handle of a built-in component is its index in the list, offset so that it equals no other handle and
+// no address of this machine.
+constexpr std::uintptr_t firstHandle = 0x00C0'0002;
+constexpr std::size_t noIndex = SIZE_MAX;
 
-/// How many instances of each are open. Those behind the end are not counted.
+/// Open instances of each built-in component. Components past the end are not counted.
 std::atomic<long> builtInInstances[64] = {};
 
 ::Component handleOf(std::size_t index)
 {
-    return reinterpret_cast<::Component>(mark + (static_cast<std::uintptr_t>(index) << 2));
+    return reinterpret_cast<::Component>(firstHandle + (static_cast<std::uintptr_t>(index) << 2));
 }
 
 std::size_t indexOf(::Component handle)
 {
     const auto number = reinterpret_cast<std::uintptr_t>(handle);
-    return number >= mark && (number - mark) % 4 == 0 ? (number - mark) >> 2 : nowhere;
+    return number >= firstHandle && (number - firstHandle) % 4 == 0 ? (number - firstHandle) >> 2 : noIndex;
 }
 
-/// The built-in component at a place in the list; false behind its end.
+/// The built-in component at an index of the list; false past its end.
 bool at(std::size_t index, Component& out)
 {
-    const std::size_t place = index;
+    std::size_t rest = index;
     for (std::size_t family = 0; family < builtInCount; ++family) {
         const std::size_t count = builtIns[family].count();
-        if (index < count) {
-            out = builtIns[family].describe(index);
-            if (place < std::size(builtInInstances)) out.instances = &builtInInstances[place];
+        if (rest < count) {
+            out = builtIns[family].describe(rest);
+            if (index < std::size(builtInInstances)) out.instances = &builtInInstances[index];
             return true;
         }
-        index -= count;
+        rest -= count;
     }
     return false;
 }
 
-bool matches(const ComponentDescription& looking, const ComponentDescription& found)
+bool matches(const ComponentDescription& pattern, const ComponentDescription& component)
 {
-    const auto fits = [](UInt32 wanted, UInt32 there) { return wanted == 0 || wanted == there; };
-    return fits(looking.componentType, found.componentType) &&
-           fits(looking.componentSubType, found.componentSubType) &&
-           fits(looking.componentManufacturer, found.componentManufacturer) &&
-           ((looking.componentFlags ^ found.componentFlags) & looking.componentFlagsMask) == 0;
+    const auto fits = [](UInt32 expected, UInt32 value) { return expected == 0 || expected == value; };
+    return fits(pattern.componentType, component.componentType) &&
+           fits(pattern.componentSubType, component.componentSubType) &&
+           fits(pattern.componentManufacturer, component.componentManufacturer) &&
+           ((pattern.componentFlags ^ component.componentFlags) & pattern.componentFlagsMask) == 0;
 }
 
 } // namespace
@@ -57,37 +57,27 @@ bool matches(const ComponentDescription& looking, const ComponentDescription& fo
 bool find(::Component handle, Component& out)
 {
     const std::size_t index = indexOf(handle);
-    return (index != nowhere && at(index, out)) || findRegistered(handle, out);
+    return (index != noIndex && at(index, out)) || findRegistered(handle, out);
 }
 
-::Component findNext(::Component previous, const ComponentDescription& looking)
+::Component findNext(::Component previous, const ComponentDescription& pattern)
 {
     Component component{};
     if (previous && !find(previous, component)) return nullptr;
-    const bool isBehindBuiltIns = component.self != nullptr;
-    for (std::size_t index = previous ? indexOf(previous) + 1 : 0; !isBehindBuiltIns && at(index, component);
+    const bool isPastBuiltIns = component.self != nullptr;
+    for (std::size_t index = previous ? indexOf(previous) + 1 : 0; !isPastBuiltIns && at(index, component);
          ++index)
-        if (matches(looking, component.description)) return handleOf(index);
-    for (const Component& own : registeredBehind(isBehindBuiltIns ? previous : nullptr))
-        if (matches(looking, own.description)) return own.self;
+        if (matches(pattern, component.description)) return handleOf(index);
+    for (const Component& own : registeredAfter(isPastBuiltIns ? previous : nullptr))
+        if (matches(pattern, own.description)) return own.self;
     return nullptr;
-}
-
-UInt32 count(const ComponentDescription& looking)
-{
-    UInt32 found = 0;
-    Component component{};
-    for (std::size_t index = 0; at(index, component); ++index)
-        found += matches(looking, component.description);
-    for (const Component& own : registeredBehind(nullptr)) found += matches(looking, own.description);
-    return found;
 }
 
 long countInstances(::Component handle)
 {
     const std::size_t index = indexOf(handle);
     Component component{};
-    if (index == nowhere || !at(index, component)) return countRegistered(handle);
+    if (index == noIndex || !at(index, component)) return countRegisteredInstances(handle);
     return component.instances ? component.instances->load() : 0;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/soundmanager/mixer.h"
 
 #include "platform/components/calls.h"
+#include "platform/components/instances.h"
 #include "platform/soundmanager/mixer_state.h"
 
 #include <cstring>

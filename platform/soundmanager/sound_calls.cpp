@@ -1,5 +1,5 @@
 // The public calls: each a selector and its words, for whatever component it is sent to.
-#include "platform/components/component.h"
+#include "platform/components/calls.h"
 #include "platform/soundmanager/mixer.h"
 
 namespace components = kvxplatform::components;

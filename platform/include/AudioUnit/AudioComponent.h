@@ -1,8 +1,4 @@
-/*
- * Components by their newer names: the same components and instances as the Component Manager's. C.
- *
- * Thread   [any].
- */
+/* The newer names of the Component Manager's records. C. */
 #ifndef AUDIOUNIT_AUDIOCOMPONENT_H
 #define AUDIOUNIT_AUDIOCOMPONENT_H
 
@@ -22,19 +18,6 @@ typedef struct AudioComponentDescription {
     UInt32 componentFlags;
     UInt32 componentFlagsMask;
 } AudioComponentDescription;
-
-/* The first component behind `previous` (NULL: from the start) that `looking` describes; NULL when there is
- * none. */
-KVX_PLATFORM_EXPORT AudioComponent AudioComponentFindNext(AudioComponent previous,
-                                                          const AudioComponentDescription* looking);
-
-/* How many components `looking` describes. */
-KVX_PLATFORM_EXPORT UInt32 AudioComponentCount(const AudioComponentDescription* looking);
-
-/* Open an instance; the caller disposes it. NULL, with the reason in the status, on failure. */
-KVX_PLATFORM_EXPORT OSStatus AudioComponentInstanceNew(AudioComponent component,
-                                                       AudioComponentInstance* out_instance);
-KVX_PLATFORM_EXPORT OSStatus AudioComponentInstanceDispose(AudioComponentInstance instance);
 
 KVX_PLATFORM_SIZE(AudioComponentDescription, 20);
 

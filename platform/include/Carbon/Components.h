@@ -95,9 +95,6 @@ enum {
  * none. */
 KVX_PLATFORM_EXPORT Component FindNextComponent(Component previous, ComponentDescription* looking);
 
-/* How many components `looking` describes. */
-KVX_PLATFORM_EXPORT long CountComponents(ComponentDescription* looking);
-
 /* Open an instance of a component. NULL, with the reason in the status, on failure. */
 KVX_PLATFORM_EXPORT OSErr OpenAComponent(Component component, ComponentInstance* out_instance);
 KVX_PLATFORM_EXPORT ComponentInstance OpenComponent(Component component);

@@ -6,6 +6,7 @@
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
 #include "platform/audiounit/units.h"
+#include "platform/components/registry.h"
 #include "platform/hal/device.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Calls taken apart by procedure-information words, and handed on.
+// Calls by selector: arguments unpacked by procedure-information words, calls passed on.
 #include "tests/platform/components/own_component.h"
 
 #include <AudioUnit/AudioUnit.h>
@@ -11,7 +11,7 @@ namespace {
 
 using namespace test;
 
-/// What a handler was called with.
+/// The arguments of the last call of a handler.
 std::vector<long> seen;
 
 template <class... Arguments>
@@ -27,7 +27,7 @@ ProcPtr procedure(ComponentResult (*function)(Arguments...))
     return reinterpret_cast<ProcPtr>(function);
 }
 
-/// The handler that a call of these size codes reaches: 1 is a byte, 2 a short, 3 a word; the storage first.
+/// A handler with these parameters after the storage.
 template <class... Arguments>
 ProcPtr handlerFor()
 {
@@ -63,7 +63,7 @@ ComponentResult callFunction(Call made, ProcPtr function, ProcInfoType word)
 using S = short;
 using B = UInt8;
 
-TEST(ComponentCalls, AreTakenApartByTheirWord)
+TEST(ComponentCalls, AreUnpackedByTheirProcedureInformation)
 {
     constexpr long most = 0x7FFFFFFF, least = -most - 1;
     const struct {
@@ -73,13 +73,13 @@ TEST(ComponentCalls, AreTakenApartByTheirWord)
         const char* why;
     } facts[] = {
         // clang-format off
-        {0xF0,   handlerFor<>(),                 {},                      {},                      "nothing"},
-        {0xF0,   handlerFor<>(),                 {1, 2},                  {},                      "words that nobody asks for"},
+        {0xF0,   handlerFor<>(),                 {},                      {},                      "no arguments"},
+        {0xF0,   handlerFor<>(),                 {1, 2},                  {},                      "more arguments than parameters"},
         {0x2F0,  handlerFor<S>(),                {259},                   {259},                   "a short"},
         {0x2F0,  handlerFor<S>(),                {-4},                    {-4},                    "a short below 0"},
         {0x2F0,  handlerFor<S>(),                {-32768},                {-32768},                "the smallest"},
         {0x2F0,  handlerFor<S>(),                {32767},                 {32767},                 "the largest"},
-        {0x2F0,  handlerFor<S>(),                {0x1FFFF},               {-1},                    "only its lower half counts"},
+        {0x2F0,  handlerFor<S>(),                {0x1FFFF},               {-1},                    "only the lower half counts"},
         {0x3F0,  handlerFor<long>(),             {most},                  {most},                  "a word"},
         {0x3F0,  handlerFor<long>(),             {least},                 {least},                 "a word below 0"},
         {0xFF0,  handlerFor<long, long>(),       {1, least},              {1, least},              "two words"},
@@ -99,8 +99,7 @@ TEST(ComponentCalls, AreTakenApartByTheirWord)
     }
 }
 
-// Order and width of every mix of three.
-TEST(ComponentCalls, KeepEveryMixOfWidthsInOrder)
+TEST(ComponentCalls, KeepTheOrderOfEveryPairOfWidths)
 {
     const struct {
         ProcInfoType code;
@@ -121,7 +120,7 @@ TEST(ComponentCalls, KeepEveryMixOfWidthsInOrder)
         }
 }
 
-TEST(ComponentCalls, ReadMissingWordsAsZero)
+TEST(ComponentCalls, ReadMissingArgumentsAsZero)
 {
     const ProcPtr function = handlerFor<long, long, long>();
     const int word = sizeof(long);
@@ -146,7 +145,7 @@ Result answer()
     return static_cast<Result>(-2);
 }
 
-TEST(ComponentCalls, BringResultsOfEachWidth)
+TEST(ComponentCalls, ReturnResultsOfEachWidth)
 {
     EXPECT_EQ(callFunction(callWith({}), reinterpret_cast<ProcPtr>(&answer<ComponentResult>), 0xF0), -2);
     EXPECT_EQ(callFunction(callWith({}), reinterpret_cast<ProcPtr>(&answer<short>), 0xE0), -2);
@@ -155,7 +154,7 @@ TEST(ComponentCalls, BringResultsOfEachWidth)
     EXPECT_EQ(callFunction(callWith({}), reinterpret_cast<ProcPtr>(&answer<ComponentResult>), 0xF1), -2)
         << "there is one calling convention";
     EXPECT_EQ(callFunction(callWith({}), reinterpret_cast<ProcPtr>(&answer<ComponentResult>), 0x30), -2)
-        << "not even a storage";
+        << "no parameters at all";
 }
 
 ComponentResult thirteen(long a, long b, long c, long d, long e, long f, long g, long h, long i, long j,
@@ -177,14 +176,14 @@ TEST(ComponentCalls, HaveAtMost13Parameters)
     }
 }
 
-TEST(ComponentCalls, NeedAFunctionAndACall)
+TEST(ComponentCalls, NeedAFunctionAndArguments)
 {
     EXPECT_EQ(callFunction(callWith({}), nullptr, 0xF0), paramErr);
     EXPECT_EQ(CallComponentFunctionWithStorageProcInfo(nullptr, nullptr, handlerFor<>(), 0xF0), paramErr);
     EXPECT_EQ(DelegateComponentCall(nullptr, nullptr), paramErr);
 }
 
-TEST(ComponentCalls, AreHandedOnAsTheyAre)
+TEST(ComponentCalls, AreDelegatedUnchanged)
 {
     resetOwn();
     const Component component = registerOwn();
@@ -201,18 +200,18 @@ TEST(ComponentCalls, AreHandedOnAsTheyAre)
         EXPECT_EQ(DelegateComponentCall(&made.parameters, instance), what - 1000);
         EXPECT_EQ(own().requests.back(), (Request{static_cast<short>(what), nullptr, {1, 2, 3, 4, 5}}));
     }
-    EXPECT_EQ(CountComponentInstances(component), 1) << "an open or close that is handed on is only a call";
+    EXPECT_EQ(CountComponentInstances(component), 1) << "a delegated open or close is only a call";
     own().answer = nullptr;
     EXPECT_EQ(CloseComponent(instance), noErr);
     EXPECT_EQ(UnregisterComponent(component), noErr);
     resetOwn();
 }
 
-TEST(ComponentCalls, AreHandedToBuiltInComponents)
+TEST(ComponentCalls, AreDelegatedToBuiltInComponents)
 {
-    SoundComponentData wanted = {0, 'sowt', 2, 16, 0xAC440000, 100, nullptr, 0};
+    SoundComponentData format = {0, 'sowt', 2, 16, 0xAC440000, 100, nullptr, 0};
     ComponentInstance mixer = nullptr;
-    ASSERT_EQ(OpenMixerSoundComponent(&wanted, 0, &mixer), noErr);
+    ASSERT_EQ(OpenMixerSoundComponent(&format, 0, &mixer), noErr);
     const ComponentInstance unit = OpenDefaultComponent('auou', 'genr');
     SoundSource source = nullptr;
     EXPECT_EQ(call(mixer, kSoundComponentAddSourceSelect, {reinterpret_cast<long>(&source)}), noErr);
@@ -223,7 +222,7 @@ TEST(ComponentCalls, AreHandedToBuiltInComponents)
               noErr);
     EXPECT_EQ(channels, 2);
     EXPECT_EQ(call(mixer, kSoundComponentGetInfoSelect, {reinterpret_cast<long>(source), 'chan'}), paramErr)
-        << "a word is missing";
+        << "an argument is missing";
     for (short what = -6; what <= 300; ++what) {
         const bool isOurs = what == 4 || (what >= 257 && what <= 264);
         EXPECT_EQ(call(mixer, what, {}), isOurs ? ComponentResult{paramErr} : badComponentSelector) << what;
@@ -232,12 +231,11 @@ TEST(ComponentCalls, AreHandedToBuiltInComponents)
     EXPECT_EQ(CloseComponent(mixer), noErr);
     EXPECT_EQ(CloseComponent(unit), noErr);
     for (ComponentInstance none :
-         {mixer, unit, static_cast<ComponentInstance>(nullptr), reinterpret_cast<ComponentInstance>(&wanted)})
+         {mixer, unit, static_cast<ComponentInstance>(nullptr), reinterpret_cast<ComponentInstance>(&format)})
         EXPECT_EQ(call(none, kSoundComponentAddSourceSelect, {0}), badComponentInstance);
 }
 
-// The library's functions reach a program's component with their words in order.
-TEST(ComponentCalls, OfSoundReachAProgramsComponent)
+TEST(ComponentCalls, OfSoundFunctionsReachARegisteredComponent)
 {
     resetOwn();
     const Component component = registerOwn();

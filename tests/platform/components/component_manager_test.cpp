@@ -1,7 +1,7 @@
-// Finding, opening and closing components, under both names of the calls.
+// Finding, opening and closing components.
+#include "tests/platform/components/own_component.h"
+
 #include <AudioUnit/AudioUnit.h>
-#include <Carbon/Carbon.h>
-#include <KVXPlatform/KVXPlatform.h>
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,8 @@
 #include <vector>
 
 namespace {
+
+using namespace test;
 
 constexpr OSErr badInstance16 = -32767;
 
@@ -20,16 +22,7 @@ std::string text(OSType code)
     return four;
 }
 
-std::uint32_t openInstances()
-{
-    KVXLiveCount rows[32];
-    const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);
-    for (std::uint32_t i = 0; i < kinds; ++i)
-        if (std::string(rows[i].kind) == "ComponentInstance") return rows[i].count;
-    return 0;
-}
-
-// The built-in components that this test knows, in the order in which a search finds them.
+// Some built-in components, in the order of a search.
 const struct {
     OSType type, subType;
 } builtIn[] = {
@@ -39,13 +32,13 @@ const struct {
     {'auou', 'genr'},
 };
 
-TEST(ComponentManager, FindsEveryBuiltInComponentByEveryDescription)
+TEST(ComponentManager, FindsABuiltInComponentByEveryFittingDescription)
 {
     for (const auto& row : builtIn) {
         SCOPED_TRACE(text(row.type) + " " + text(row.subType));
         const ComponentDescription exact = {row.type, row.subType, 'appl', 0, 0};
         // clang-format off
-        const struct { ComponentDescription looking; bool isFound; const char* why; } facts[] = {
+        const struct { ComponentDescription pattern; bool isFound; const char* why; } facts[] = {
             {exact,                                                  true,  "its own description"},
             {{row.type, row.subType, 0, 0, 0},                       true,  "any manufacturer"},
             {{0, row.subType, 'appl', 0, 0},                         true,  "any type"},
@@ -53,55 +46,38 @@ TEST(ComponentManager, FindsEveryBuiltInComponentByEveryDescription)
             {{0, 0, 0, 0, 0},                                        true,  "anything"},
             {{row.type, row.subType, 'appl', 0xFFFFFFFF, 0},         true,  "flags without a mask are not compared"},
             {{row.type, row.subType, 'appl', 0, 0xFFFFFFFF},         true,  "no flag is set"},
-            {{row.type, row.subType, 'appl', 1, 1},                  false, "a flag that it lacks"},
+            {{row.type, row.subType, 'appl', 1, 1},                  false, "a flag that it does not have"},
             {{row.type, row.subType, 'appL', 0, 0},                  false, "another manufacturer"},
             {{row.type, row.subType + 1, 'appl', 0, 0},              false, "another subtype"},
             {{row.type + 1, row.subType, 'appl', 0, 0},              false, "another type"},
         };
         // clang-format on
         for (const auto& fact : facts) {
-            ComponentDescription looking = fact.looking;
-            const Component found = FindNextComponent(nullptr, &looking);
-            EXPECT_EQ(found != nullptr, fact.isFound) << fact.why;
-            EXPECT_EQ(CountComponents(&looking) > 0, fact.isFound) << fact.why;
-            AudioComponentDescription newer = {looking.componentType, looking.componentSubType,
-                                               looking.componentManufacturer, looking.componentFlags,
-                                               looking.componentFlagsMask};
-            EXPECT_EQ(reinterpret_cast<Component>(AudioComponentFindNext(nullptr, &newer)), found)
-                << fact.why;
-            EXPECT_EQ(static_cast<long>(AudioComponentCount(&newer)), CountComponents(&looking)) << fact.why;
+            ComponentDescription pattern = fact.pattern;
+            EXPECT_EQ(FindNextComponent(nullptr, &pattern) != nullptr, fact.isFound) << fact.why;
         }
-        ComponentDescription looking = exact;
-        EXPECT_EQ(CountComponents(&looking), 1);
+        EXPECT_EQ(allThatFit(exact).size(), 1u);
     }
 }
 
-TEST(ComponentManager, WalksThroughAllThatMatchInOrder)
+TEST(ComponentManager, ASearchFindsEachFittingComponentOnceInOrder)
 {
-    ComponentDescription outputs = {'auou', 0, 0, 0, 0};
-    Component previous = nullptr;
+    std::vector<Component> expected;
     for (const auto& row : builtIn) {
-        if (row.type != 'auou') continue;
-        const Component found = FindNextComponent(previous, &outputs);
         ComponentDescription exact = {row.type, row.subType, 'appl', 0, 0};
-        EXPECT_EQ(found, FindNextComponent(nullptr, &exact)) << text(row.subType);
-        previous = found;
+        expected.push_back(FindNextComponent(nullptr, &exact));
     }
-    EXPECT_EQ(FindNextComponent(previous, &outputs), nullptr);
-    EXPECT_EQ(CountComponents(&outputs), 4);
+    EXPECT_EQ(allThatFit({'auou', 0, 0, 0, 0}), expected);
 
-    ComponentDescription all = {};
-    std::set<Component> seen;
-    for (Component c = FindNextComponent(nullptr, &all); c; c = FindNextComponent(c, &all))
-        ASSERT_TRUE(seen.insert(c).second) << "found twice";
-    EXPECT_EQ(static_cast<long>(seen.size()), CountComponents(&all));
-    EXPECT_GE(seen.size(), std::size(builtIn));
+    const std::vector<Component> all = allThatFit({});
+    EXPECT_EQ(std::set<Component>(all.begin(), all.end()).size(), all.size()) << "found twice";
+    EXPECT_GE(all.size(), std::size(builtIn));
 }
 
-TEST(ComponentManager, OpensTheFirstThatFits)
+TEST(ComponentManager, OpensTheFirstFittingComponent)
 {
     // clang-format off
-    const struct { OSType type, subType; bool opens; const char* why; } facts[] = {
+    const struct { OSType type, subType; bool isOpened; const char* why; } facts[] = {
         {'auou', 'def ', true,  "the default output"},
         {'auou', 'ahal', true,  "the HAL output"},
         {'auou', 'sys ', true,  "the system output"},
@@ -116,39 +92,36 @@ TEST(ComponentManager, OpensTheFirstThatFits)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         const ComponentInstance instance = OpenDefaultComponent(fact.type, fact.subType);
-        EXPECT_EQ(instance != nullptr, fact.opens);
+        EXPECT_EQ(instance != nullptr, fact.isOpened);
         ComponentInstance other = reinterpret_cast<ComponentInstance>(1);
         EXPECT_EQ(OpenADefaultComponent(fact.type, fact.subType, &other),
-                  fact.opens ? noErr : static_cast<OSErr>(invalidComponentID));
-        EXPECT_EQ(other != nullptr, fact.opens) << "cleared on failure";
-        if (!fact.opens) continue;
+                  fact.isOpened ? noErr : static_cast<OSErr>(invalidComponentID));
+        EXPECT_EQ(other != nullptr, fact.isOpened) << "null after a failure";
+        if (!fact.isOpened) continue;
         EXPECT_NE(instance, other);
         EXPECT_EQ(CloseComponent(instance), noErr);
         EXPECT_EQ(CloseComponent(other), noErr);
     }
-    EXPECT_EQ(openInstances(), 0u);
+    EXPECT_EQ(alive("ComponentInstance"), 0);
 }
 
-TEST(ComponentManager, OpensAComponentUnderBothNames)
+TEST(ComponentManager, OpensSeveralInstancesOfAComponent)
 {
-    ComponentDescription looking = {'auou', 'genr', 'appl', 0, 0};
-    const Component component = FindNextComponent(nullptr, &looking);
+    ComponentDescription pattern = {'auou', 'genr', 'appl', 0, 0};
+    const Component component = FindNextComponent(nullptr, &pattern);
     ComponentInstance instances[4] = {};
-    EXPECT_EQ(OpenAComponent(component, &instances[0]), noErr);
-    instances[1] = OpenComponent(component);
-    EXPECT_EQ(AudioComponentInstanceNew(reinterpret_cast<AudioComponent>(component), &instances[2]), noErr);
-    instances[3] = OpenComponent(component);
+    for (int i = 0; i < 4; i += 2) {
+        EXPECT_EQ(OpenAComponent(component, &instances[i]), noErr);
+        instances[i + 1] = OpenComponent(component);
+    }
     EXPECT_EQ(std::set<ComponentInstance>(instances, instances + 4).size(), 4u);
-    EXPECT_EQ(openInstances(), 4u);
+    EXPECT_EQ(alive("ComponentInstance"), 4);
     for (ComponentInstance instance : instances) EXPECT_EQ(AudioUnitReset(instance, 0, 0), noErr);
-    EXPECT_EQ(CloseComponent(instances[0]), noErr);
-    EXPECT_EQ(AudioComponentInstanceDispose(instances[1]), noErr);
-    EXPECT_EQ(CloseComponent(instances[2]), noErr);
-    EXPECT_EQ(AudioComponentInstanceDispose(instances[3]), noErr);
-    EXPECT_EQ(openInstances(), 0u);
+    for (ComponentInstance instance : instances) EXPECT_EQ(CloseComponent(instance), noErr);
+    EXPECT_EQ(alive("ComponentInstance"), 0);
 }
 
-TEST(ComponentManager, RefusesWhatIsNoComponent)
+TEST(ComponentManager, RefusesAnInvalidComponent)
 {
     ComponentInstance instance = reinterpret_cast<ComponentInstance>(1);
     for (std::uintptr_t made :
@@ -160,18 +133,14 @@ TEST(ComponentManager, RefusesWhatIsNoComponent)
         EXPECT_EQ(OpenComponent(component), nullptr) << made;
         if (!made) continue;
         ComponentDescription all = {};
-        EXPECT_EQ(FindNextComponent(component, &all), nullptr) << "behind " << made;
+        EXPECT_EQ(FindNextComponent(component, &all), nullptr) << "after " << made;
     }
-    ComponentDescription looking = {'auou', 'genr', 'appl', 0, 0};
-    EXPECT_EQ(OpenAComponent(FindNextComponent(nullptr, &looking), nullptr), paramErr);
+    ComponentDescription pattern = {'auou', 'genr', 'appl', 0, 0};
+    EXPECT_EQ(OpenAComponent(FindNextComponent(nullptr, &pattern), nullptr), paramErr);
     EXPECT_EQ(FindNextComponent(nullptr, nullptr), nullptr);
-    EXPECT_EQ(CountComponents(nullptr), 0);
-    EXPECT_EQ(AudioComponentFindNext(nullptr, nullptr), nullptr);
-    EXPECT_EQ(AudioComponentCount(nullptr), 0u);
-    EXPECT_EQ(AudioComponentInstanceNew(nullptr, nullptr), paramErr);
 }
 
-TEST(ComponentManager, RefusesWhatIsNoInstance)
+TEST(ComponentManager, RefusesAnInvalidInstance)
 {
     int local = 0;
     const ComponentInstance open = OpenDefaultComponent('auou', 'genr');
@@ -182,15 +151,15 @@ TEST(ComponentManager, RefusesWhatIsNoInstance)
         {1,                                      "a small number"},
         {0xFFFFFFFF,                             "-1"},
         {reinterpret_cast<std::uintptr_t>(&local), "an address"},
-        {number + 1,                             "beside an open one"},
+        {number + 1,                             "the number after an open one"},
         {number ^ 0x4000,                        "another generation"},
-        {number ^ 0x80000000,                    "one bit off"},
+        {number ^ 0x80000000,                    "one bit differs"},
     };
     // clang-format on
     for (const auto& fact : facts) {
         const auto instance = reinterpret_cast<ComponentInstance>(fact.handle);
         EXPECT_EQ(CloseComponent(instance), badInstance16) << fact.why;
-        EXPECT_EQ(AudioComponentInstanceDispose(instance), badComponentInstance) << fact.why;
+        EXPECT_EQ(AudioUnitInitialize(instance), badComponentInstance) << fact.why;
     }
     EXPECT_EQ(CloseComponent(open), noErr);
     EXPECT_EQ(CloseComponent(open), badInstance16) << "closed";
@@ -199,7 +168,7 @@ TEST(ComponentManager, RefusesWhatIsNoInstance)
     EXPECT_EQ(static_cast<UInt32>(badComponentSelector), 0x80008002u);
 }
 
-/// Every call on a unit that is not there: its own status, whatever its other arguments are.
+/// Every call on an invalid unit reports badComponentInstance, for any other arguments.
 void expectEveryCallRefused(AudioUnit unit)
 {
     UInt32 size = 4;
@@ -226,27 +195,28 @@ void expectEveryCallRefused(AudioUnit unit)
     EXPECT_EQ(AudioOutputUnitStop(unit), badComponentInstance);
 }
 
-TEST(ComponentManager, OldHandlesStayBadThroughTenThousandOpenings)
+TEST(ComponentManager, AHandleIsNotUsedAgainWithin10000Openings)
 {
     expectEveryCallRefused(nullptr);
-    std::vector<ComponentInstance> old;
+    std::vector<ComponentInstance> closed;
     for (int i = 0; i < 10000; ++i) {
         const ComponentInstance instance = OpenDefaultComponent('auou', i % 2 ? 'genr' : 'def ');
         ASSERT_NE(instance, nullptr);
         ASSERT_EQ(CloseComponent(instance), noErr);
-        old.push_back(instance);
+        closed.push_back(instance);
     }
-    EXPECT_EQ(std::set<ComponentInstance>(old.begin(), old.end()).size(), old.size()) << "a handle came back";
+    EXPECT_EQ(std::set<ComponentInstance>(closed.begin(), closed.end()).size(), closed.size())
+        << "a handle was used again";
     const ComponentInstance open = OpenDefaultComponent('auou', 'genr');
-    for (ComponentInstance instance : old) {
+    for (ComponentInstance instance : closed) {
         ASSERT_EQ(CloseComponent(instance), badInstance16);
         ASSERT_EQ(AudioUnitInitialize(instance), badComponentInstance);
     }
-    expectEveryCallRefused(old.front());
-    expectEveryCallRefused(old.back());
+    expectEveryCallRefused(closed.front());
+    expectEveryCallRefused(closed.back());
     EXPECT_EQ(AudioUnitInitialize(open), noErr);
     EXPECT_EQ(CloseComponent(open), noErr);
-    EXPECT_EQ(openInstances(), 0u);
+    EXPECT_EQ(alive("ComponentInstance"), 0);
 }
 
 } // namespace

@@ -9,8 +9,8 @@ namespace test {
 
 OwnComponent& own()
 {
-    static OwnComponent one;
-    return one;
+    static OwnComponent component;
+    return component;
 }
 
 void resetOwn() { own() = {}; }
@@ -23,7 +23,7 @@ ComponentResult ownEntry(ComponentParameters* parameters, Handle storage)
         reinterpret_cast<const char*>(parameters) + offsetof(ComponentParameters, params);
     if (!request.words.empty()) std::memcpy(request.words.data(), words, request.words.size() * sizeof(long));
     own().requests.push_back(request);
-    const auto answer = own().answer; // a copy: it may be exchanged meanwhile
+    const auto answer = own().answer; // a copy: the function may replace itself
     return answer ? answer(*parameters, storage) : 0;
 }
 
@@ -41,9 +41,17 @@ ComponentResult call(ComponentInstance instance, short what, std::vector<long> w
     } record = {};
     record.parameters.paramSize = static_cast<UInt8>(words.size() * sizeof(long));
     record.parameters.what = what;
-    char* const place = reinterpret_cast<char*>(&record) + offsetof(ComponentParameters, params);
-    if (!words.empty()) std::memcpy(place, words.data(), words.size() * sizeof(long));
+    char* const arguments = reinterpret_cast<char*>(&record) + offsetof(ComponentParameters, params);
+    if (!words.empty()) std::memcpy(arguments, words.data(), words.size() * sizeof(long));
     return DelegateComponentCall(&record.parameters, instance);
+}
+
+std::vector<Component> allThatFit(ComponentDescription pattern)
+{
+    std::vector<Component> found;
+    for (Component c = FindNextComponent(nullptr, &pattern); c; c = FindNextComponent(c, &pattern))
+        found.push_back(c);
+    return found;
 }
 
 long alive(const char* kind)

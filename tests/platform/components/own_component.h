@@ -1,4 +1,4 @@
-// A component of the test's own: it notes how it is called, and does what a test gave it to do.
+// A component of the test. It records its calls and answers with a function that the test sets.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -22,22 +22,25 @@ struct Request {
 
 struct OwnComponent {
     std::vector<Request> requests;
-    std::function<ComponentResult(ComponentParameters&, Handle)> answer; // none: 0
+    std::function<ComponentResult(ComponentParameters&, Handle)> answer; ///< without one the answer is 0
 };
 
-/// The one behind the entry point below; as new for each test that asks so.
+/// The component of ownEntry. resetOwn() restores its initial state.
 OwnComponent& own();
 void resetOwn();
 
 ComponentResult ownEntry(ComponentParameters* parameters, Handle storage);
 
-/// Register it under a description that nothing else has.
+/// Register the component under a description that no other component has.
 Component registerOwn(OSType subType = 'own1', UInt32 flags = 0);
 
-/// Call an instance with these words, as a library's function would.
+/// Call a selector of an instance with these arguments.
 ComponentResult call(ComponentInstance instance, short what, std::vector<long> words);
 
-/// How many objects of a kind are alive.
+/// Returns all components that fit a pattern, in the order of a search.
+std::vector<Component> allThatFit(ComponentDescription pattern);
+
+/// The live-object count of a kind.
 long alive(const char* kind);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// Components that programs register: found, opened, counted, closed, taken back.
+// Components that programs register.
 #include "tests/platform/components/own_component.h"
 
 #include <AudioUnit/AudioUnit.h>
@@ -22,52 +22,48 @@ protected:
     }
 };
 
-TEST_F(RegisteredComponent, IsFoundBehindTheBuiltInOnesInTheOrderOfRegistration)
+TEST_F(RegisteredComponent, IsFoundAfterTheBuiltInOnesInTheOrderOfRegistration)
 {
     ComponentDescription any = {}, mine = {'test', 0, 0, 0, 0};
-    const long builtIn = CountComponents(&any);
+    const std::size_t builtIn = allThatFit(any).size();
     const Component first = registerOwn('own1'), second = registerOwn('own2'), third = registerOwn('own1');
     ASSERT_TRUE(first && second && third);
-    EXPECT_EQ(CountComponents(&any), builtIn + 3);
-    EXPECT_EQ(CountComponents(&mine), 3);
-
-    std::vector<Component> all;
-    for (Component c = FindNextComponent(nullptr, &any); c; c = FindNextComponent(c, &any)) all.push_back(c);
-    ASSERT_EQ(all.size(), static_cast<std::size_t>(builtIn) + 3);
-    EXPECT_EQ(std::vector<Component>(all.end() - 3, all.end()),
-              (std::vector<Component>{first, second, third}));
+    const std::vector<Component> all = allThatFit(any), registered = {first, second, third};
+    ASSERT_EQ(all.size(), builtIn + 3);
+    EXPECT_EQ(std::vector<Component>(all.end() - 3, all.end()), registered);
+    EXPECT_EQ(allThatFit(mine), registered);
 
     EXPECT_EQ(FindNextComponent(nullptr, &mine), first);
     EXPECT_EQ(FindNextComponent(first, &mine), second);
     EXPECT_EQ(FindNextComponent(third, &mine), nullptr);
     ComponentDescription ones = {'test', 'own1', 0, 0, 0};
     EXPECT_EQ(FindNextComponent(first, &ones), third);
-    EXPECT_EQ(FindNextComponent(second, &ones), third) << "behind one that does not match";
+    EXPECT_EQ(FindNextComponent(second, &ones), third) << "after a component that does not fit";
     ComponentDescription outputs = {'auou', 0, 0, 0, 0};
-    EXPECT_EQ(FindNextComponent(first, &outputs), nullptr) << "those stand in front";
+    EXPECT_EQ(FindNextComponent(first, &outputs), nullptr) << "the built-in ones come first";
 
     EXPECT_EQ(UnregisterComponent(second), noErr);
     EXPECT_EQ(FindNextComponent(first, &mine), third);
-    EXPECT_EQ(FindNextComponent(second, &mine), nullptr) << "nothing stands behind what is gone";
+    EXPECT_EQ(FindNextComponent(second, &mine), nullptr) << "unregistered";
     EXPECT_EQ(UnregisterComponent(first), noErr);
     EXPECT_EQ(UnregisterComponent(third), noErr);
     EXPECT_EQ(FindNextComponent(nullptr, &mine), nullptr);
-    EXPECT_EQ(CountComponents(&any), builtIn);
+    EXPECT_EQ(allThatFit(any).size(), builtIn);
 }
 
-TEST_F(RegisteredComponent, IsFoundByWhatItIs)
+TEST_F(RegisteredComponent, IsFoundByEveryFittingDescription)
 {
     const Component component = registerOwn('own1', 0x0C0C);
     // clang-format off
-    const struct { ComponentDescription looking; bool isFound; const char* why; } facts[] = {
+    const struct { ComponentDescription pattern; bool isFound; const char* why; } facts[] = {
         {{'test', 'own1', 'mine', 0, 0},                true,  "its own description"},
         {{'test', 0, 0, 0, 0},                          true,  "zero is any"},
         {{0, 'own1', 0, 0, 0},                          true,  "zero is any"},
         {{0, 0, 'mine', 0, 0},                          true,  "zero is any"},
         {{'test', 'own1', 'mine', 0xFFFFFFFF, 0},       true,  "flags without a mask"},
         {{'test', 0, 0, 0x0C0C, 0xFFFFFFFF},            true,  "all its flags"},
-        {{'test', 0, 0, 0x0800, 0x0F00},                false, "half of them under the mask"},
-        {{'test', 0, 0, 0x0C00, 0x0F00},                true,  "those under the mask"},
+        {{'test', 0, 0, 0x0800, 0x0F00},                false, "half of the flags under the mask"},
+        {{'test', 0, 0, 0x0C00, 0x0F00},                true,  "the flags under the mask"},
         {{'test', 0, 0, 0, 0xF3F3},                     true,  "flags it does not have"},
         {{'test', 0, 0, 0, 0x0400},                     false, "a flag that it has"},
         {{'test', 'own2', 0, 0, 0},                     false, "another subtype"},
@@ -76,8 +72,8 @@ TEST_F(RegisteredComponent, IsFoundByWhatItIs)
     };
     // clang-format on
     for (const auto& fact : facts) {
-        ComponentDescription looking = fact.looking;
-        EXPECT_EQ(FindNextComponent(nullptr, &looking) == component, fact.isFound) << fact.why;
+        ComponentDescription pattern = fact.pattern;
+        EXPECT_EQ(FindNextComponent(nullptr, &pattern) == component, fact.isFound) << fact.why;
     }
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
@@ -86,11 +82,9 @@ TEST_F(RegisteredComponent, NeedsADescription)
 {
     EXPECT_EQ(RegisterComponent(nullptr, ownEntry, 0, nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(FindNextComponent(nullptr, nullptr), nullptr);
-    EXPECT_EQ(CountComponents(nullptr), 0);
 }
 
-// Its name, text and picture are the caller's again afterwards.
-TEST_F(RegisteredComponent, LeavesItsNameToTheCaller)
+TEST_F(RegisteredComponent, DoesNotOwnItsName)
 {
     const Handle name = reinterpret_cast<Handle>(NewString(reinterpret_cast<ConstStr255Param>("\4name")));
     ComponentDescription description = {'test', 'own1', 'mine', 0, 0};
@@ -101,7 +95,7 @@ TEST_F(RegisteredComponent, LeavesItsNameToTheCaller)
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
 
-TEST_F(RegisteredComponent, WithoutAnEntryPointIsFoundAndNotOpened)
+TEST_F(RegisteredComponent, CannotBeOpenedWithoutAnEntryPoint)
 {
     ComponentDescription description = {'test', 'none', 'mine', 0, 0};
     const Component component = RegisterComponent(&description, nullptr, 0, nullptr, nullptr, nullptr);
@@ -115,7 +109,7 @@ TEST_F(RegisteredComponent, WithoutAnEntryPointIsFoundAndNotOpened)
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
 
-TEST_F(RegisteredComponent, IsToldOfOpenAndCloseWithTheInstance)
+TEST_F(RegisteredComponent, ReceivesOpenAndCloseWithTheInstance)
 {
     const Component component = registerOwn();
     ComponentInstance instance = nullptr;
@@ -140,7 +134,7 @@ TEST_F(RegisteredComponent, IsToldOfOpenAndCloseWithTheInstance)
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
 
-TEST_F(RegisteredComponent, CountsItsInstancesAndStaysWhileThereAreSome)
+TEST_F(RegisteredComponent, CannotBeUnregisteredWhileInstancesAreOpen)
 {
     const Component component = registerOwn(), other = registerOwn();
     ComponentInstance instances[3] = {};
@@ -153,8 +147,8 @@ TEST_F(RegisteredComponent, CountsItsInstancesAndStaysWhileThereAreSome)
     for (long open = 3; open > 0; --open) {
         EXPECT_EQ(CountComponentInstances(component), open);
         EXPECT_EQ(UnregisterComponent(component), validInstancesExist);
-        ComponentDescription looking = {'test', 0, 0, 0, 0};
-        EXPECT_EQ(FindNextComponent(nullptr, &looking), component) << "it stays";
+        ComponentDescription pattern = {'test', 0, 0, 0, 0};
+        EXPECT_EQ(FindNextComponent(nullptr, &pattern), component) << "still registered";
         EXPECT_EQ(CloseComponent(instances[open - 1]), noErr);
     }
     EXPECT_EQ(CountComponentInstances(component), 0);
@@ -165,7 +159,7 @@ TEST_F(RegisteredComponent, CountsItsInstancesAndStaysWhileThereAreSome)
     EXPECT_EQ(UnregisterComponent(other), noErr);
 }
 
-TEST_F(RegisteredComponent, IsNoneBehindAMadeUpHandle)
+TEST_F(RegisteredComponent, IsNotFoundByAnInvalidHandle)
 {
     ComponentDescription output = {'auou', 'genr', 0, 0, 0};
     const Component builtIn = FindNextComponent(nullptr, &output);
@@ -183,7 +177,7 @@ TEST_F(RegisteredComponent, IsNoneBehindAMadeUpHandle)
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
 
-TEST_F(RegisteredComponent, SharesItsCountWithTheBuiltInOnes)
+TEST_F(RegisteredComponent, ABuiltInOneCountsItsInstancesToo)
 {
     ComponentDescription output = {'auou', 'genr', 0, 0, 0};
     const Component builtIn = FindNextComponent(nullptr, &output);
@@ -195,7 +189,7 @@ TEST_F(RegisteredComponent, SharesItsCountWithTheBuiltInOnes)
     EXPECT_EQ(CountComponentInstances(builtIn), 0);
 }
 
-TEST_F(RegisteredComponent, HasOneWordForAllItsInstances)
+TEST_F(RegisteredComponent, HasOneRefconForAllItsInstances)
 {
     const Component component = registerOwn(), other = registerOwn();
     EXPECT_EQ(GetComponentRefcon(component), 0);
@@ -215,7 +209,7 @@ TEST_F(RegisteredComponent, HasOneWordForAllItsInstances)
     EXPECT_EQ(GetComponentRefcon(component), -9);
     EXPECT_EQ(GetComponentRefcon(other), 0);
     EXPECT_EQ(CloseComponent(instance), noErr);
-    EXPECT_EQ(GetComponentRefcon(asComponent), 0) << "closed, it names nothing";
+    EXPECT_EQ(GetComponentRefcon(asComponent), 0) << "closed";
     SetComponentRefcon(asComponent, 5);
     EXPECT_EQ(GetComponentRefcon(component), -9);
     EXPECT_EQ(UnregisterComponent(component), noErr);
@@ -225,7 +219,8 @@ TEST_F(RegisteredComponent, HasOneWordForAllItsInstances)
     const ComponentInstance unit = OpenDefaultComponent('auou', 'genr');
     SetComponentRefcon(reinterpret_cast<Component>(unit), 7);
     SetComponentInstanceStorage(unit, reinterpret_cast<Handle>(&resetOwn));
-    EXPECT_EQ(GetComponentRefcon(reinterpret_cast<Component>(unit)), 0) << "an audio unit has no words";
+    EXPECT_EQ(GetComponentRefcon(reinterpret_cast<Component>(unit)), 0)
+        << "an audio unit has neither refcon nor storage";
     EXPECT_EQ(GetComponentInstanceStorage(unit), nullptr);
     EXPECT_EQ(CloseComponent(unit), noErr);
 }
@@ -237,11 +232,11 @@ TEST_F(RegisteredComponent, MayRefuseToOpen)
         ComponentResult refusal;
         OSErr status;
         const char* why;
-    } facts[] = {{-108, -108, "as it is"},
-                 {1, 1, "a positive one"},
+    } facts[] = {{-108, -108, "unchanged"},
+                 {1, 1, "a positive status"},
                  {badComponentSelector, -32766, "cut to 16 bits"},
                  {0x12345, 0x2345, "cut to 16 bits"},
-                 {0x10000, paramErr, "nothing is left of it, and it is none the less a refusal"}};
+                 {0x10000, paramErr, "a lower half of 0 is still a refusal"}};
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         own().requests.clear();
@@ -255,13 +250,13 @@ TEST_F(RegisteredComponent, MayRefuseToOpen)
         ComponentInstance instance = reinterpret_cast<ComponentInstance>(1);
         EXPECT_EQ(OpenAComponent(component, &instance), fact.status);
         EXPECT_EQ(instance, nullptr);
-        ASSERT_EQ(own().requests.size(), 2u) << "it is told to clean up";
+        ASSERT_EQ(own().requests.size(), 2u) << "closed after the refused open";
         EXPECT_EQ(own().requests[1].what, kComponentCloseSelect);
         EXPECT_EQ(own().requests[1].storage, storage);
         EXPECT_EQ(CountComponentInstances(component), 0);
         EXPECT_EQ(alive("ComponentInstance"), 0);
         const auto refused = reinterpret_cast<ComponentInstance>(own().requests[0].words.at(0));
-        EXPECT_EQ(CloseComponent(refused), badInstance16) << "and its handle is none";
+        EXPECT_EQ(CloseComponent(refused), badInstance16) << "an invalid handle";
         EXPECT_EQ(OpenComponent(component), nullptr);
     }
     EXPECT_EQ(OpenAComponent(component, nullptr), paramErr);
@@ -277,7 +272,7 @@ TEST_F(RegisteredComponent, MayCloseItselfInsideACall)
         EXPECT_EQ(CloseComponent(instance), noErr);
         EXPECT_EQ(CloseComponent(instance), badInstance16);
         EXPECT_EQ(call(instance, 301, {}), badComponentInstance);
-        EXPECT_EQ(UnregisterComponent(component), validInstancesExist) << "its code is still running";
+        EXPECT_EQ(UnregisterComponent(component), validInstancesExist) << "a call is still in progress";
         return 42;
     };
     EXPECT_EQ(call(instance, 300, {}), 42);
@@ -302,14 +297,13 @@ TEST_F(RegisteredComponent, MayCloseItselfWhileItOpensOrCloses)
             if (when == kComponentOpenSelect)
                 EXPECT_EQ(status, answer ? -108 : badInstance16);
             else
-                EXPECT_EQ(CloseComponent(instance), noErr) << "its refusal is not heard";
+                EXPECT_EQ(CloseComponent(instance), noErr) << "a refused close has no effect";
             EXPECT_EQ(own().requests.size(), 2u) << "opened and closed, once each";
         }
     }
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
 
-// What is being closed can still be spoken to by who closes it, and by nobody once that is done.
 TEST_F(RegisteredComponent, MayCallItselfWhileItCloses)
 {
     const Component component = registerOwn();
@@ -335,7 +329,7 @@ TEST_F(RegisteredComponent, MayThrowWhileItOpens)
     EXPECT_EQ(UnregisterComponent(component), noErr);
 }
 
-TEST_F(RegisteredComponent, ManyTimesOver)
+TEST_F(RegisteredComponent, MayBeRegistered20000TimesAnd4096TimesAtOnce)
 {
     for (int i = 0; i < 20000; ++i) {
         const Component component = registerOwn();
