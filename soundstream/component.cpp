@@ -1,6 +1,7 @@
-// The component's life: made, registered, taken back.
+// The life of an object and its component: create, register, unregister.
 #include "plugin/classes.h"
-#include "plugin/shared_word.h"
+#include "plugin/release.h"
+#include "soundstream/render_scope.h"
 #include "soundstream/sound_stream.h"
 
 #include <memory>
@@ -11,62 +12,40 @@ namespace {
 
 constexpr double sampleRate = 44100;
 
-// What the unit takes: 32-bit float, the channels apart.
-constexpr AudioStreamBasicDescription unitFormat = {sampleRate,
-                                                    kAudioFormatLinearPCM,
-                                                    kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked |
-                                                        kAudioFormatFlagIsNonInterleaved,
-                                                    4,
-                                                    1,
-                                                    4,
-                                                    2,
-                                                    32,
-                                                    0};
+// clang-format off
+constexpr AudioStreamBasicDescription unitFormat = {
+    sampleRate, kAudioFormatLinearPCM,
+    kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved,
+    4, 1, 4, 2, 32, 0};
 
-// What the mixer's samples are taken for: big-endian, although the mixer is asked for little-endian ones.
-// Programs have come to rely on the pair.
+// Declared big-endian although the mixer is asked for little-endian samples: existing programs rely on the mismatch.
 constexpr AudioStreamBasicDescription mixerFormat = {
-    sampleRate,
-    kAudioFormatLinearPCM,
+    sampleRate, kAudioFormatLinearPCM,
     kAudioFormatFlagIsBigEndian | kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked,
-    4,
-    1,
-    4,
-    2,
-    16,
-    0};
+    4, 1, 4, 2, 16, 0};
+// clang-format on
 
 constexpr UInt32 componentFlags = 0xC0C; // 16 bits and stereo, in and out
-
-/// A step of an end: what the platform throws keeps nothing from ending.
-template <class Step>
-void attempt(Step step)
-{
-    try {
-        step();
-    } catch (...) {
-    }
-}
-
-struct DisposeName {
-    void operator()(Ptr* name) const
-    {
-        attempt([name] { DisposeHandle(name); });
-    }
-};
 
 Component registerComponent()
 {
     ComponentDescription description = {kSoundOutputDeviceType, 'QTso', 'QTso', componentFlags, 0};
     Str255 text;
     CopyCStringToPascal("QTSoundStream", text);
-    const std::unique_ptr<Ptr, DisposeName> name(reinterpret_cast<Handle>(NewString(text)));
+    const std::unique_ptr<Ptr, Releases<DisposeHandle>> name(reinterpret_cast<Handle>(NewString(text)));
     const auto entry = reinterpret_cast<ComponentRoutineProcPtr>(soundComponentEntry);
     return RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name.get(), nullptr, nullptr);
 }
 
-/// The render thread finds the record no more, and then it goes.
-void dropRefconRecord(StreamState& state) { retire(swapInOrder<RefconRecord*>(state.refconRecord, nullptr)); }
+/// Take the refcon record from the state: neither the render thread nor a new instance finds it any more.
+void withdrawRefcon(StreamState& state)
+{
+    RefconRecord* const record = swapInOrder<RefconRecord*>(state.refconRecord, nullptr);
+    if (!record) return;
+    liveRefcons.remove(*record);
+    waitForRender(state);
+    leave(record);
+}
 
 } // namespace
 
@@ -77,8 +56,9 @@ void destruct(REALobjectStruct* object)
     SoundStreamData& data = dataOf(object);
     CloseComponent(object);
     if (data.state && data.ownsState) {
-        dropRefconRecord(*data.state); // of a registration that failed
-        drop(data.state);
+        withdrawRefcon(*data.state); // of a registration that failed
+        liveStates.remove(*data.state);
+        leave(data.state);
     }
     data.ownsState = false;
     data.state = nullptr;
@@ -88,7 +68,7 @@ void InitComponent(REALobjectStruct* object)
 {
     SoundStreamData& data = dataOf(object);
     destruct(object);
-    data.state = newStreamState();
+    data.state = liveStates.create();
     if (!data.state) return;
     data.state->outputFormat = unitFormat;
     data.ownsState = true;
@@ -100,7 +80,7 @@ void OpenComponent(REALobjectStruct* object)
     if (!state || state->component) return;
     state->component = registerComponent();
 
-    dropRefconRecord(*state); // of a registration that failed
+    withdrawRefcon(*state); // of a registration that failed
     RefconRecord* const record = newRefconRecord(*state);
     storeInOrder(state->refconRecord, record);
     SetComponentRefcon(state->component, reinterpret_cast<long>(record));
@@ -114,13 +94,13 @@ void OpenComponent(REALobjectStruct* object)
 void CloseComponent(REALobjectStruct* object)
 {
     SoundStreamData& data = dataOf(object);
-    if (data.attachedUnit) attempt([&] { AudioOutputUnitStop(data.attachedUnit); });
+    if (data.attachedUnit) release(AudioOutputUnitStop, data.attachedUnit);
     data.attachedUnit = nullptr;
     if (!data.state || !data.state->component) return;
     StreamState& state = *data.state;
-    attempt([&] { CountComponentInstances(state.component); }); // whoever has one open keeps it
-    dropRefconRecord(state);
-    attempt([&] { UnregisterComponent(state.component); });
+    release(CountComponentInstances, state.component); // the result does not matter: open instances stay open
+    withdrawRefcon(state);
+    release(UnregisterComponent, state.component);
     state.component = nullptr;
 }
 

@@ -1,5 +1,6 @@
 #include "soundstream/dispatcher.h"
 
+#include "plugin/catch_all.h"
 #include "plugin/classes.h"
 #include "soundstream/info.h"
 #include "soundstream/selectors.h"
@@ -10,38 +11,25 @@ namespace {
 
 ComponentResult CanDo(QTSoundStreamGlobals* globals, SInt16 selector);
 
-constexpr ComponentResult failure = memFullErr; // where the platform throws: it is out of memory
+constexpr ComponentResult failure = memFullErr; // a call of the platform has thrown: it is out of memory
 
 struct Selector {
     SInt16 what;
     ProcPtr handler;
-    ProcInfoType procInfo; ///< widths of the result and the arguments, the storage first
-    bool canDo;            ///< what CanDo says of it
-};
-
-/// A handler as the platform calls it: nothing that C++ throws gets past it.
-template <auto function>
-struct Guarded;
-template <class... Arguments, ComponentResult (*function)(Arguments...)>
-struct Guarded<function> {
-    static ComponentResult call(Arguments... arguments)
-    try {
-        return function(arguments...);
-    } catch (...) {
-        return failure;
-    }
+    ProcInfoType procInfo; ///< sizes of result and arguments, the storage first
+    bool canDo;            ///< the answer of CanDo
 };
 
 template <auto function>
 ProcPtr handler()
 {
-    return reinterpret_cast<ProcPtr>(&Guarded<function>::call);
+    return reinterpret_cast<ProcPtr>(catchingAll<function, failure>);
 }
 
-// Stop and pause are done, and denied all the same: clients have always been told so.
+// CanDo denies stop and pause although both work: clients rely on the answer.
 // clang-format off
 const Selector selectors[] = {
-    // selector                                  handler                      widths   can do
+    // selector                                  handler                      sizes    can do
     {kComponentVersionSelect,                    handler<Version>(),          0x00F0,  true},
     {kComponentCanDoSelect,                      handler<CanDo>(),            0x02F0,  true},
     {kComponentCloseSelect,                      handler<Close>(),            0x03F0,  true},
@@ -69,19 +57,21 @@ ComponentResult CanDo(QTSoundStreamGlobals*, SInt16 selector)
     return row && row->canDo;
 }
 
-} // namespace
-
-ComponentResult QTSoundStreamDispatch(ComponentParameters* parameters, Handle storage)
-try {
-    const HeldGlobals globals(
-        holdOpen(storage)); // for as long as the request takes, whoever closes meanwhile
+ComponentResult dispatch(ComponentParameters* parameters, Handle storage)
+{
+    const Used<QTSoundStreamGlobals> globals = liveInstances.find(storage);
     if (const Selector* const row = find(parameters->what))
         return CallComponentFunctionWithStorageProcInfo(reinterpret_cast<Handle>(globals.get()), parameters,
                                                         row->handler, row->procInfo);
     if (parameters->what < kDelegatedSoundComponentSelectors) return badComponentSelector;
     return DelegateComponentCall(parameters, mixerOf(globals.get()));
-} catch (...) {
-    return failure;
+}
+
+} // namespace
+
+ComponentResult QTSoundStreamDispatch(ComponentParameters* parameters, Handle storage)
+{
+    return catchingAll<dispatch, failure>(parameters, storage);
 }
 
 } // namespace soundstream

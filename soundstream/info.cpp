@@ -6,15 +6,15 @@ namespace soundstream {
 
 namespace {
 
-struct Told {
+struct Answer {
     OSType selector;
-    bool isList; ///< of one value
+    bool isList; ///< a list of one value
     Size bytes;
     UInt32 value;
 };
 
 // clang-format off
-const Told told[] = {
+const Answer answers[] = {
     // selector               list   bytes  value
     {siNumberChannels,        false, 2,     channelCount},
     {siChannelAvailable,      true,  2,     channelCount},
@@ -25,16 +25,16 @@ const Told told[] = {
 };
 // clang-format on
 
-struct Accepted {
+struct Setting {
     OSType selector;
-    bool isPointedTo; ///< the whole value; else its low 16 bits come as the pointer
+    bool isPointedTo; ///< a pointer to the 32-bit value; else the low 16 bits are the value
     UInt32 value;
     OSErr refusal;
 };
 
 // clang-format off
-const Accepted accepted[] = {
-    // selector          pointed to  value            refusal of another
+const Setting settings[] = {
+    // selector          pointed to  value            refusal of other values
     {siNumberChannels,   false,      channelCount,    notEnoughHardwareErr},
     {siSampleRate,       true,       sampleRate44100, siInvalidSampleRate},
     {siSampleSize,       false,      sampleBits,      siInvalidSampleSize},
@@ -49,24 +49,24 @@ const Row* find(const Row (&rows)[count], OSType selector)
     return nullptr;
 }
 
-/// At any address, in the row's width.
-void write(void* place, const Told& row)
+/// Write the row's value in its size, at any alignment.
+void write(void* out, const Answer& row)
 {
     const auto narrow = static_cast<UInt16>(row.value);
-    std::memcpy(place, row.bytes == 2 ? static_cast<const void*>(&narrow) : &row.value,
+    std::memcpy(out, row.bytes == 2 ? static_cast<const void*>(&narrow) : &row.value,
                 static_cast<std::size_t>(row.bytes));
 }
 
-ComponentResult writeList(void* place, const Told& row)
+ComponentResult writeList(void* out, const Answer& row)
 {
     SoundInfoList list = {1, NewHandle(row.bytes)};
     if (!list.infoHandle) return memFullErr;
     write(*list.infoHandle, row);
-    std::memcpy(place, &list, sizeof list);
+    std::memcpy(out, &list, sizeof list);
     return noErr;
 }
 
-bool isAccepted(const Accepted& row, const void* info)
+bool isAccepted(const Setting& row, const void* info)
 {
     if (!row.isPointedTo) return (reinterpret_cast<std::uintptr_t>(info) & 0xFFFF) == row.value;
     UInt32 value = 0;
@@ -78,7 +78,7 @@ bool isAccepted(const Accepted& row, const void* info)
 
 ComponentResult GetInfo(QTSoundStreamGlobals* globals, SoundSource source, OSType selector, void* info)
 {
-    const Told* const row = find(told, selector);
+    const Answer* const row = find(answers, selector);
     if (!row) return SoundComponentGetInfo(mixerOf(globals), source, selector, info);
     if (!info) return paramErr;
     if (row->isList) return writeList(info, *row);
@@ -88,7 +88,7 @@ ComponentResult GetInfo(QTSoundStreamGlobals* globals, SoundSource source, OSTyp
 
 ComponentResult SetInfo(QTSoundStreamGlobals* globals, SoundSource source, OSType selector, void* info)
 {
-    const Accepted* const row = find(accepted, selector);
+    const Setting* const row = find(settings, selector);
     if (!row) return SoundComponentSetInfo(mixerOf(globals), source, selector, info);
     return isAccepted(*row, info) ? ComponentResult{noErr} : ComponentResult{row->refusal};
 }

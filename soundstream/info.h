@@ -1,4 +1,6 @@
-// What the component tells of itself, and what it lets itself be told: fixed 16-bit stereo at 44100 Hz.
+// The component's information calls: its format is fixed, 16-bit stereo at 44100 Hz.
+//
+// All functions: [client].
 #pragma once
 
 #include "soundstream/stream_state.h"
@@ -9,13 +11,16 @@ constexpr UnsignedFixed sampleRate44100 = 0xAC440000; // 16.16
 constexpr UInt32 channelCount = 2;
 constexpr UInt32 sampleBits = 16;
 
-/// Our answer, or the mixer's for what we do not know.
-/// Shape   `info`: room for the value, or a SoundInfoList whose handle the caller disposes.
-/// Errors  memFullErr without memory for a list; paramErr for no room.
+/// Write the component's value for `selector`; unknown selectors go to the mixer.
+///
+/// Shape   `info` points to the value, at any alignment, or to a SoundInfoList.
+/// Owner   the caller disposes a list's handle.
+/// Errors  memFullErr: no memory for a list. paramErr: `info` is null.
 ComponentResult GetInfo(QTSoundStreamGlobals* globals, SoundSource source, OSType selector, void* info);
 
-/// Accept the fixed values, and nothing else; what we do not know goes to the mixer.
-/// Shape   `info` is the value itself, but for the rate, to which it points.
+/// Accept the component's fixed value and refuse others; unknown selectors go to the mixer.
+///
+/// Shape   `info` is the value itself; for the sample rate it points to the value.
 ComponentResult SetInfo(QTSoundStreamGlobals* globals, SoundSource source, OSType selector, void* info);
 
 } // namespace soundstream

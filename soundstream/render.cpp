@@ -1,6 +1,7 @@
 #include "soundstream/render.h"
 
-#include "plugin/shared_word.h"
+#include "plugin/catch_all.h"
+#include "soundstream/render_scope.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,7 +10,7 @@ namespace soundstream {
 
 namespace {
 
-constexpr UInt32 bytesPerFrame = 4; // two channels of 16 bits, as the mixer gives them
+constexpr UInt32 bytesPerFrame = 4; // two channels of 16 bits, as the mixer delivers them
 constexpr UInt32 silencedBuffers = 2;
 
 void silence(AudioBuffer& buffer)
@@ -17,33 +18,42 @@ void silence(AudioBuffer& buffer)
     if (buffer.mData) std::memset(buffer.mData, 0, buffer.mDataByteSize);
 }
 
-/// Silence exactly the first two buffers, whatever the list's count: programs rely on the pair.
+/// Silence exactly the first two buffers, whatever the list's count: programs rely on both.
 void silence(AudioBufferList& list)
 {
     for (UInt32 i = 0; i < silencedBuffers; ++i) silence(list.mBuffers[i]);
 }
 
-/// The open instance; null without one that can be heard now. It is held, since a completion routine may
-/// close it in our slice.
-HeldGlobals openInstance(StreamState& state)
+/// The audible instance; null if there is none, and while its mixer changes. It lives until the scope ends.
+QTSoundStreamGlobals* audibleInstance(const StreamState& state)
 {
     const RefconRecord* const record = loadInOrder(state.refconRecord);
     QTSoundStreamGlobals* const globals = record ? loadInOrder(record->globals) : nullptr;
-    if (!globals || loadInOrder(globals->isHidden)) return nullptr;
-    hold(*globals);
-    return HeldGlobals(globals);
+    return globals && !loadInOrder(globals->isMixerChanging) ? globals : nullptr;
 }
 
-/// What the mixer gives next; null when it gives nothing.
-SoundComponentDataPtr nextSourceData(QTSoundStreamGlobals& globals)
+/// Returns false if there is nothing to render.
+bool renderInstance(const void* address, UInt32 frames, AudioBufferList* list)
 {
-    SoundComponentDataPtr data = globals.sourceData;
+    const RenderScope scope(address);
+    QTSoundStreamGlobals* const globals = scope.state() ? audibleInstance(*scope.state()) : nullptr;
+    if (!globals) return false;
+    AudioConverterFillComplexBuffer(loadAcquired(scope.state()->converter), giveMixerSamples, globals,
+                                    &frames, list, nullptr);
+    return true;
+}
+
+/// The mixer's current samples, or its next ones; null if it has none.
+SoundComponentDataPtr sourceData(QTSoundStreamGlobals& globals)
+{
+    SoundComponentDataPtr data = loadRelaxed(globals.sourceData);
     if (data && data->sampleCount != 0) return data;
-    const int mixersClosed = loadRelaxed(globals.mixersClosed);
+    const int inputsEnded = loadRelaxed(globals.inputsEnded);
     SoundComponentGetSourceData(loadAcquired(globals.mixer), &data);
-    if (loadRelaxed(globals.mixersClosed) != mixersClosed)
-        data = nullptr; // a completion routine did: it was that one's
-    return globals.sourceData = data;
+    // A completion routine may have closed the instance or replaced its mixer.
+    if (loadRelaxed(globals.inputsEnded) != inputsEnded) data = nullptr;
+    storeRelaxed(globals.sourceData, data);
+    return data;
 }
 
 } // namespace
@@ -52,11 +62,8 @@ OSStatus giveMixerSamples(AudioConverterRef, UInt32* packets, AudioBufferList* l
                           AudioStreamPacketDescription**, void* client)
 {
     AudioBuffer& buffer = list->mBuffers[0];
-    SoundComponentDataPtr data = nullptr;
-    try {
-        data = nextSourceData(*static_cast<QTSoundStreamGlobals*>(client));
-    } catch (...) { // the platform's own; its caller is C
-    }
+    const SoundComponentDataPtr data =
+        catchAll([client] { return sourceData(*static_cast<QTSoundStreamGlobals*>(client)); });
     if (!data || *packets == 0 || data->sampleCount <= 0) {
         silence(buffer);
         return noErr;
@@ -71,17 +78,9 @@ OSStatus giveMixerSamples(AudioConverterRef, UInt32* packets, AudioBufferList* l
 
 OSStatus renderFromMixer(void* client, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
                          UInt32 frames, AudioBufferList* list)
-try {
-    const Visit visit(client);
-    const HeldGlobals globals = visit.state() ? openInstance(*visit.state()) : nullptr;
-    if (globals)
-        AudioConverterFillComplexBuffer(loadAcquired(visit.state()->converter), giveMixerSamples,
-                                        globals.get(), &frames, list, nullptr);
-    else
-        silence(*list);
-    return noErr;
-} catch (...) {
-    silence(*list);
+{
+    const bool isRendered = catchAll([=] { return renderInstance(client, frames, list); });
+    if (!isRendered) silence(*list);
     return noErr;
 }
 

@@ -1,7 +1,8 @@
 #include "soundstream/selectors.h"
 
-#include "plugin/shared_word.h"
+#include "plugin/release.h"
 #include "soundstream/info.h"
+#include "soundstream/render_scope.h"
 
 #include <memory>
 
@@ -11,9 +12,9 @@ namespace {
 
 constexpr ComponentResult version = 0x00010000;
 
-// The mixer is asked for little-endian samples, and the converter takes what comes as big-endian: kept as it
-// always was. What is heard right is a source that says little-endian and holds big-endian.
-constexpr SoundComponentData wanted = {
+// The mixer delivers little-endian samples, and the converter reads them as big-endian ones. So only
+// big-endian samples that are labelled little-endian play correctly: existing programs rely on it.
+constexpr SoundComponentData mixerFormat = {
     0, k16BitLittleEndianFormat, channelCount, sampleBits, sampleRate44100, 1024, nullptr, 0};
 
 void setActive(QTSoundStreamGlobals* globals, bool isActive)
@@ -21,122 +22,85 @@ void setActive(QTSoundStreamGlobals* globals, bool isActive)
     if (globals && globals->refcon) storeRelaxed(globals->refcon->state->streamActive, HostBoolean{isActive});
 }
 
-/// An instance hidden from the render thread while this lives; false where another thread is at it, and where
-/// one renders it that is not waited for.
-class Hidden {
-public:
-    explicit Hidden(QTSoundStreamGlobals& globals)
-        : globals_(globals), isOurs_(!swapInOrder(globals.isHidden, true)),
-          isIt_(isOurs_ && (!globals.refcon || waitForRender(*globals.refcon->state->entrance)))
-    {
-    }
-    ~Hidden()
-    {
-        if (isOurs_) storeInOrder(globals_.isHidden, false);
-    }
-    Hidden(const Hidden&) = delete;
-    Hidden& operator=(const Hidden&) = delete;
-    explicit operator bool() const { return isIt_; }
-
-private:
-    QTSoundStreamGlobals& globals_;
-    const bool isOurs_, isIt_;
-};
-
-/// While nobody renders, or on the render thread.
-void closeMixer(QTSoundStreamGlobals& globals)
+void closeInstance(QTSoundStreamGlobals* globals)
 {
-    const auto mixer = swapInOrder<ComponentInstance>(globals.mixer, nullptr);
-    if (!mixer) return;
-    storeRelaxed(globals.sourceData, SoundComponentDataPtr{nullptr}); // the mixer's
-    __atomic_add_fetch(&globals.mixersClosed, 1, __ATOMIC_RELAXED);
-    try {
-        CloseMixerSoundComponent(mixer);
-    } catch (...) { // there is nothing left to undo
-    }
+    if (!liveInstances.remove(*globals)) return; // another thread closes it
+    if (globals->refcon) storeInOrder<QTSoundStreamGlobals*>(globals->refcon->globals, nullptr);
+    endAfterRender(*globals);
 }
 
-/// What Open made goes again, once. The render thread loses it first, so that nothing is freed that is in
-/// use.
-struct End {
-    void operator()(QTSoundStreamGlobals* globals) const
-    {
-        if (!closePlace(*globals)) return;
-        RefconRecord* const record = globals->refcon;
-        if (!record) return end(globals);
-        storeInOrder<QTSoundStreamGlobals*>(record->globals, nullptr);
-        afterRender(*record->state->entrance, globals->end, end, globals);
-    }
+/// Open the mixer, in place of a former one. The render thread does not use the instance.
+ComponentResult replaceMixer(QTSoundStreamGlobals& globals)
+{
+    closeMixer(globals);
+    globals.description = mixerFormat;
+    ComponentInstance mixer = nullptr;
+    const OSErr status = OpenMixerSoundComponent(&globals.description, 0, &mixer);
+    if (status == noErr) storeInOrder(globals.mixer, mixer);
+    const bool isOpen = liveInstances.find(&globals) != nullptr;
+    if (!isOpen) closeMixer(globals); // closed while the mixer opened: Close may have missed this mixer
+    return status;
+}
 
-private:
-    static void end(void* record)
-    {
-        auto* const globals = static_cast<QTSoundStreamGlobals*>(record);
-        closeMixer(*globals);
-        drop(globals);
-    }
-};
+/// Forward a call to the mixer with `arguments`, and then set whether the stream is active.
+template <class Call, class... Arguments>
+ComponentResult forward(Call call, QTSoundStreamGlobals* globals, bool isActive, Arguments... arguments)
+{
+    const ComponentResult result = call(mixerOf(globals), arguments...);
+    setActive(globals, isActive);
+    return result;
+}
 
 } // namespace
 
 ComponentResult Version(QTSoundStreamGlobals*) { return version; }
 
-ComponentResult Open(QTSoundStreamGlobals* before, ComponentInstance self)
+ComponentResult Open(QTSoundStreamGlobals* former, ComponentInstance self)
 {
-    Close(before, self);
-    std::unique_ptr<QTSoundStreamGlobals, End> globals(newGlobals());
+    Close(former, self);
+    std::unique_ptr<QTSoundStreamGlobals, Releases<closeInstance>> globals(liveInstances.create());
     if (!globals) return memFullErr;
     globals->self = self;
-    globals->refcon = findRefconRecord(GetComponentRefcon(reinterpret_cast<Component>(self)));
+    const long refcon = GetComponentRefcon(reinterpret_cast<Component>(self));
+    globals->refcon = liveRefcons.find(reinterpret_cast<const void*>(refcon)).release();
     if (globals->refcon) storeInOrder(globals->refcon->globals, globals.get());
     SetComponentInstanceStorage(self, reinterpret_cast<Handle>(globals.get()));
     globals.release();
     return noErr;
 }
 
-ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance)
+ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self)
 {
-    if (!globals) return noErr;
+    // An instance closed before keeps its storage's address, where another instance's may be by now.
+    if (!globals || globals->self != self) return noErr;
     setActive(globals, false);
-    const ComponentInstance self = globals->self;
-    End()(globals);                             // whoever calls holds them
-    SetComponentInstanceStorage(self, nullptr); // for a client that asks again
+    closeInstance(globals);
     return noErr;
 }
 
 ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long)
 {
     if (!globals) return paramErr;
-    const Hidden hidden(*globals);
-    if (!hidden) return channelBusy;
-    closeMixer(*globals);
-    globals->description = wanted;
-    ComponentInstance mixer = nullptr;
-    const OSErr status = OpenMixerSoundComponent(&globals->description, 0, &mixer);
-    if (status == noErr) storeInOrder(globals->mixer, mixer);
-    if (!isOpen(*globals)) closeMixer(*globals); // closed meanwhile: this one is ours to close
+    if (swapInOrder(globals->isMixerChanging, true)) return channelBusy;
+    if (globals->refcon) waitForRender(*globals->refcon->state);
+    const ComponentResult status = catchAll([globals] { return replaceMixer(*globals); }, memFullErr);
+    storeInOrder(globals->isMixerChanging, false);
     return status;
 }
 
 ComponentResult StartSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources)
 {
-    const ComponentResult result = SoundComponentStartSource(mixerOf(globals), count, sources);
-    setActive(globals, true);
-    return result;
+    return forward(SoundComponentStartSource, globals, true, count, sources);
 }
 
 ComponentResult StopSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources)
 {
-    const ComponentResult result = SoundComponentStopSource(mixerOf(globals), count, sources);
-    setActive(globals, false);
-    return result;
+    return forward(SoundComponentStopSource, globals, false, count, sources);
 }
 
 ComponentResult PauseSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources)
 {
-    const ComponentResult result = SoundComponentPauseSource(mixerOf(globals), count, sources);
-    setActive(globals, false);
-    return result;
+    return forward(SoundComponentPauseSource, globals, false, count, sources);
 }
 
 ComponentResult PlaySourceBuffer(QTSoundStreamGlobals* globals, SoundSource source, SoundParamBlockPtr block,

@@ -1,8 +1,10 @@
-// What the component does for its client, a function for each selector. Thread: [client], also several at a
-// time, and the render thread in a completion routine.
+// What the component does for its client: one function for each selector.
 //
-// `globals` are the instance's storage, held by the caller; null before Open, after Close and for a component
-// without memory. Results are the platform's statuses.
+// `globals` is the instance's storage, in use by the caller: null before Open, after Close, and after an Open
+// without memory. Results are the platform's statuses. A client may call from several threads at a time, and
+// from a completion routine on the render thread.
+//
+// All functions: [client].
 #pragma once
 
 #include "soundstream/stream_state.h"
@@ -11,23 +13,20 @@ namespace soundstream {
 
 ComponentResult Version(QTSoundStreamGlobals* globals);
 
-/// Make the instance's storage, in place of one from before, and let the render thread find it. The latest
-/// instance is the one that is heard.
-/// Errors  memFullErr: the instance stays without storage.
+/// Create the instance's storage, in place of a former one. The instance opened last is the audible one.
+/// Errors  memFullErr: the instance has no storage.
 ComponentResult Open(QTSoundStreamGlobals* globals, ComponentInstance self);
 
-/// Give up the mixer and the storage. Samples of the mixer that are on their way are heard no more; nor is
-/// another instance that was heard, until one is opened. Waits for the slice that plays it; but not in a
-/// completion routine of what another state plays: that slice then ends as it began, and the mixer closes
-/// behind it.
+/// Close the mixer and free the storage. The registration is silent until another instance is opened. Waits
+/// for the render call in progress; inside that call the mixer is closed when the call ends, and the rest of
+/// its samples is silence.
 ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self);
 
-/// Open the mixer, in place of one from before.
-/// Errors  channelBusy: another thread does already, or one plays it while this one is in a completion
-///         routine of what another state plays.
+/// Open the mixer; a former one is closed first, after the render call in progress or at once inside it.
+/// Errors  channelBusy: another thread initialises the same instance. paramErr: the instance has no storage.
 ComponentResult InitOutputDevice(QTSoundStreamGlobals* globals, long actions);
 
-/// All four pass on to the mixer, and note whether the stream is active.
+/// All four forward to the mixer, and then set whether the stream is active.
 ComponentResult StartSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources);
 ComponentResult StopSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources);
 ComponentResult PauseSource(QTSoundStreamGlobals* globals, short count, SoundSource* sources);

@@ -1,107 +1,87 @@
-// The records of the bridge, and who keeps them alive.
+// The records of the bridge.
 //
-// Three sides meet here: the host program's object, a client that has opened our component, and the audio
-// unit's render thread. Each may leave first, so every record counts its holders and goes with the last one.
+// The host program's object, a client of the component and an audio unit's render thread share them, and may
+// leave in any order. So each record counts its users.
 #pragma once
 
 #include "abi/word.h"
-#include "plugin/shared_word.h"
-#include "soundstream/entrance.h"
-#include "soundstream/open_instances.h"
+#include "soundstream/live_records.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <Carbon/Carbon.h>
 
-#include <memory>
+#include <cstdint>
 
 namespace soundstream {
 
 struct RefconRecord;
+struct QTSoundStreamGlobals;
 
-/// What an object with state has, made by InitComponent.
-/// Holders  the object; each RefconRecord.
+/// What InitComponent makes for an object.
 struct StreamState {
     Component component;                      ///< registered; null while not open. [main]
-    AudioConverterRef converter;              ///< null until made; never disposed. Published
-    AudioStreamBasicDescription outputFormat; ///< what the audio unit is given; fixed
-    RefconRecord* refconRecord;               ///< null while not open. Published
+    AudioConverterRef converter;              ///< null until created; never disposed. Published
+    AudioStreamBasicDescription outputFormat; ///< what the audio unit receives; fixed
+    RefconRecord* refconRecord;               ///< in use; null while not open. Published
     HostBoolean streamActive;                 ///< the mixer's source plays; relaxed
-    HostBoolean postsStatusNotifications;     ///< the host program's, kept for it and read by nobody else
-    Entrance* entrance;                       ///< the render thread's; fixed
-    int holders;
-    Postponed end;
+    HostBoolean postsStatusNotifications;     ///< stored for the host program only. [main]
+
+    int users;                          ///< the object, each RefconRecord, each lookup of a render call
+    StreamState* next;                  ///< of liveStates
+    pthread_t renderThread;             ///< that runs the render call in progress; 0: none
+    std::uint32_t rendersDone;          ///< render calls that have ended; wraps
+    QTSoundStreamGlobals* closedInside; ///< instances closed inside the render call in progress. [audio]
 };
 
-/// What is open of one instance of the component: the instance's storage.
-/// Holders  the instance; each request under way; the render procedure, while it is inside.
+/// The refcon of a registered component.
+struct RefconRecord {
+    StreamState* state;            ///< in use
+    QTSoundStreamGlobals* globals; ///< of the audible instance; null: none. Published
+
+    int users;          ///< the StreamState while open, each instance
+    RefconRecord* next; ///< of liveRefcons
+};
+
+/// The storage of an open instance of the component.
 struct QTSoundStreamGlobals {
-    ComponentInstance mixer;          ///< null until the client initialises the device; published
-    SoundComponentDataPtr sourceData; ///< what is being drained, the mixer's; [audio]
-    SoundComponentData description;   ///< what is asked of the mixer
+    ComponentInstance mixer;          ///< null until the client initialises the device. Published
+    SoundComponentDataPtr sourceData; ///< the mixer's samples, in part rendered. [audio]
+    SoundComponentData description;   ///< the format requested of the mixer
     ComponentInstance self;
-    RefconRecord* refcon; ///< held
-    OpenPlace* place;     ///< fixed
-    bool isHidden;        ///< from the render thread, while the mixer changes. Published
-    int mixersClosed;     ///< how many; they close while nobody renders, or on the render thread itself
-    int holders;
-    Postponed end;
+    RefconRecord* refcon; ///< in use; null for an instance of a withdrawn component
+
+    bool isMixerChanging;       ///< the render thread plays silence instead. Published
+    int inputsEnded;            ///< how often the mixer's samples became invalid
+    int users;                  ///< the open instance, each request in progress
+    QTSoundStreamGlobals* next; ///< of liveInstances, then of closedInside
 };
 
-/// Null without globals, too. [client]
+extern LiveRecords<StreamState> liveStates;
+extern LiveRecords<RefconRecord> liveRefcons;
+extern LiveRecords<QTSoundStreamGlobals> liveInstances;
+
+/// Create the live refcon record of a state; null without memory.
+/// [main]
+RefconRecord* newRefconRecord(StreamState& state);
+
+/// Free a record without users, and leave those that it uses.
+/// [any]
+void destroy(StreamState* state);
+void destroy(RefconRecord* record);
+void destroy(QTSoundStreamGlobals* globals);
+
+/// Close the instance's mixer, if there is one.
+/// [audio], or any thread while no render call uses the instance
+void closeMixer(QTSoundStreamGlobals& globals);
+
+/// Stop using the samples that the mixer has handed out. Threads as above.
+void endInput(QTSoundStreamGlobals& globals);
+
+/// The instance's mixer; null without globals, too.
+/// [client]
 inline ComponentInstance mixerOf(const QTSoundStreamGlobals* globals)
 {
     return globals ? loadAcquired(globals->mixer) : nullptr;
 }
-
-/// What a registered component knows of us: its refcon.
-/// Holders  the StreamState, while open; each instance.
-struct RefconRecord {
-    StreamState* state;            ///< held
-    QTSoundStreamGlobals* globals; ///< of the open instance; null: none. Published
-    int holders;
-    Postponed end;
-    RefconRecord* next; ///< of those whose component is registered
-};
-
-/// A new record with one holder, of zeros but for what names it; null without memory. [any]
-StreamState* newStreamState();
-QTSoundStreamGlobals* newGlobals();
-
-/// The same, holding `state`, and known to `findRefconRecord` until it is retired. [main]
-RefconRecord* newRefconRecord(StreamState& state);
-
-/// Drops a hold at the end of its life.
-struct Drop {
-    template <class Record>
-    void operator()(Record* record) const;
-};
-using HeldGlobals = std::unique_ptr<QTSoundStreamGlobals, Drop>;
-
-/// One holder more. [any]
-template <class Record>
-void hold(Record& record)
-{
-    __atomic_add_fetch(&record.holders, 1, __ATOMIC_RELAXED);
-}
-
-/// One holder less; the last one frees the record and drops what it held. Null is let pass. The last of a
-/// state waits for the render thread, or leaves it to that one. [any]
-void drop(StreamState* state);
-void drop(QTSoundStreamGlobals* globals);
-void drop(RefconRecord* record);
-
-template <class Record>
-void Drop::operator()(Record* record) const
-{
-    drop(record);
-}
-
-/// The record that a component's refcon says, held for the caller; null for one that was retired meanwhile.
-/// Waits for nobody longer than a few instructions. [client]
-RefconRecord* findRefconRecord(long refcon);
-
-/// No instance finds it any more; the state's own hold is dropped once the render thread is done with it.
-/// [main]
-void retire(RefconRecord* record);
 
 } // namespace soundstream

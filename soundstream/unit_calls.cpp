@@ -1,4 +1,5 @@
-// The output unit that is heard.
+// Open, attach, initialise and start the output unit.
+#include "plugin/catch_all.h"
 #include "soundstream/render.h"
 #include "soundstream/sound_stream.h"
 
@@ -8,17 +9,13 @@ namespace {
 
 AudioUnit unitOf(HostInteger handle) { return reinterpret_cast<AudioUnit>(handle); }
 
-/// The status of a call of the platform, kept; -1 while it runs, and for one that throws.
+/// Store and return the status of a platform call: -1 during the call, and after one that throws.
 template <class Call>
 HostInteger statusOf(REALobjectStruct* object, Call call)
 {
     HostInteger& lastStatus = dataOf(object).lastStatus;
     lastStatus = -1;
-    try {
-        lastStatus = call();
-    } catch (...) {
-    }
-    return lastStatus;
+    return lastStatus = catchAll(call, -1);
 }
 
 } // namespace

@@ -101,20 +101,6 @@ TEST_F(SoundStreamComponent, WithoutMemoryIsNotInitialised)
     EXPECT_NE(object().state(), nullptr);
 }
 
-TEST_F(SoundStreamComponent, WithoutMemoryForAPlaceIsNotInitialised)
-{
-    soundstream::StreamState* others[4]; // in every place there is
-    for (auto*& other : others) other = soundstream::newStreamState();
-    const long blocks = watched::liveBlocks();
-    watched::refuseCallocAfter(1);
-    object().initComponent();
-    EXPECT_EQ(object().state(), nullptr);
-    EXPECT_EQ(watched::liveBlocks(), blocks);
-    for (auto* const other : others) soundstream::drop(other);
-    object().initComponent();
-    EXPECT_NE(object().state(), nullptr);
-}
-
 // ---- OpenComponent ----
 
 TEST_F(SoundStreamComponent, IsRegisteredAndGetsItsConverter)
@@ -316,7 +302,7 @@ TEST_F(SoundStreamComponent, ClosedWithInstancesOpenLetsThemBe)
     EXPECT_TRUE(object().isActive());
     EXPECT_EQ(callsOf([&] { closeInstance(second); }),
               (Notes{"CallComponentFunctionWithStorageProcInfo(storage2, the request, a handler, 0x3F0)",
-                     "CloseMixerSoundComponent(mixer2)", "SetComponentInstanceStorage(instance2, null)"}));
+                     "CloseMixerSoundComponent(mixer2)"}));
     EXPECT_FALSE(object().isActive());
     object().destroy();
     EXPECT_EQ(send(first, 261, {0, 0}), noErr) << "also when the object is gone";
@@ -354,7 +340,8 @@ TEST_F(SoundStreamComponent, AStateThatIsNotOwnedIsNotFreed)
     object().destroy();
     EXPECT_EQ(object().state(), nullptr);
     EXPECT_EQ(state->postsStatusNotifications, 1) << "it is still there";
-    soundstream::drop(state);
+    soundstream::liveStates.remove(*state);
+    soundstream::leave(state);
 }
 
 TEST_F(SoundStreamComponent, AStateCanBeSharedByItsHandle)
@@ -404,7 +391,7 @@ TEST_F(SoundStreamComponent, ItsPropertiesInEveryState)
     expect(true, false, false);
     set<HostBoolean>(object().get(), "PostsStatusNotifications", false);
     expect(false, false, false);
-    EXPECT_EQ(sound_spy::calls().back(), "SetComponentInstanceStorage(instance1, null)")
+    EXPECT_EQ(sound_spy::calls().back(), "CloseMixerSoundComponent(mixer1)")
         << "the properties ask the platform nothing";
 }
 

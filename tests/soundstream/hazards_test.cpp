@@ -86,7 +86,7 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
     using Record = soundstream::RefconRecord;
     const auto isUnheard = [](const Record& record) {
         const auto* const globals = __atomic_load_n(&record.globals, __ATOMIC_SEQ_CST);
-        return !globals || __atomic_load_n(&globals->isHidden, __ATOMIC_SEQ_CST);
+        return !globals || __atomic_load_n(&globals->isMixerChanging, __ATOMIC_SEQ_CST);
     };
     const struct {
         const char* what;
@@ -109,7 +109,7 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
         begin();
         soundstream::StreamState& state = *object().state();
         Record& record = *state.refconRecord;
-        soundstream::hold(record); // ours, to look at it
+        soundstream::use(record); // ours, to look at it
         Event isInside;
         std::atomic<bool> isOver{false}, wasOver{false}, hasReturned{false};
         sound_spy::platform().fill = [&](const sound_spy::Filling&) {
@@ -133,7 +133,7 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
         hasReturned = true;
         EXPECT_TRUE(wasOver) << "it did not wait";
         renderThread.join();
-        soundstream::drop(&record);
+        soundstream::leave(&record);
     }
 }
 

@@ -38,22 +38,6 @@ const REALmethod& methodRow(std::string_view declaration)
                             [&](const REALmethod& row) { return row.declaration == declaration; });
 }
 
-void makePlaces()
-{
-    constexpr int count = 4;
-    soundstream::StreamState* states[count];
-    soundstream::QTSoundStreamGlobals* instances[count];
-    for (int i = 0; i < count; ++i) {
-        states[i] = soundstream::newStreamState();
-        instances[i] = soundstream::newGlobals();
-    }
-    for (int i = 0; i < count; ++i) {
-        soundstream::drop(states[i]);
-        soundstream::closePlace(*instances[i]);
-        soundstream::drop(instances[i]);
-    }
-}
-
 StreamObject::StreamObject() : memory_(new char[objectBytes])
 {
     soundStreamClass.dataOffset = dataOffset;

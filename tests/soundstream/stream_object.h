@@ -95,10 +95,6 @@ private:
     bool isAlive_ = false;
 };
 
-/// Have places for four states and four instances at a time. They stay for good, so that memory is counted
-/// from here on.
-void makePlaces();
-
 /// The dispatcher, as the platform knows it.
 inline ComponentRoutineProcPtr dispatcher()
 {

@@ -53,7 +53,6 @@ protected:
 private:
     std::optional<StreamObject> object_;
     std::vector<ComponentInstance> instances_;
-    long blocksBefore_ = 0;
     char unit_ = 0;
 };
 

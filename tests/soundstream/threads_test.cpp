@@ -25,15 +25,13 @@ protected:
     SoundStreamThreads() : samples_(4 * 700, 0x11)
     {
         soundComponentEntry = soundStreamDispatcher;
-        makePlaces();
-        blocksBefore_ = watched::liveBlocks();
         object_.emplace();
     }
     ~SoundStreamThreads() override
     {
         object_.reset();
         unregisterAll();
-        EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left over";
+        EXPECT_EQ(watched::liveBlocks(), 0) << "no record stays allocated";
         EXPECT_EQ(alive("ComponentInstance"), 0u);
         EXPECT_EQ(alive("Component"), 0u);
         soundComponentEntry = nullptr;
@@ -84,7 +82,6 @@ protected:
 
 private:
     std::optional<StreamObject> object_;
-    long blocksBefore_ = 0;
 };
 
 TEST_F(SoundStreamThreads, TheClientComesAndGoes)
@@ -172,82 +169,6 @@ TEST_F(SoundStreamThreads, RequestsMeetTheEndOfTheirInstance)
     isDone_ = true;
     other.join();
     renderThread.join();
-}
-
-std::function<void()>* completings[2] = {};
-
-template <int which>
-Boolean complete(SoundParamBlockPtr*)
-{
-    (*completings[which])();
-    return false;
-}
-
-// Two states, each on a render thread of its own. A completion routine on each takes away what the other one
-// plays, while both are inside: if both waited for the other's slice, neither would ever end.
-TEST_F(SoundStreamThreads, CompletionRoutinesCloseWhatTheOtherThreadPlays)
-{
-    struct Side {
-        StreamObject object;
-        std::optional<ClassicClient> client;
-        SoundParamBlock block;
-        void* state = nullptr;
-    };
-    // clang-format off
-    const struct { const char* what; void (*action)(Side& other); } facts[] = {
-        {"the client closes",            [](Side& other) { other.client->close(); }},
-        {"the client initialises again", [](Side& other) {
-            EXPECT_EQ(SoundComponentInitOutputDevice(other.client->instance, 0), channelBusy); }},
-        {"the host closes",              [](Side& other) { other.object.closeComponent(); }},
-        {"the host initialises again",   [](Side& other) { other.object.initComponent(); }},
-        {"the host destroys",            [](Side& other) { other.object.destroy(); }},
-        {"all go",                       [](Side& other) { other.client->close(); other.object.destroy(); }},
-        {"all go, the other way",        [](Side& other) { other.object.destroy(); other.client->close(); }},
-    };
-    // clang-format on
-    for (int round = 0; round < 70; ++round) {
-        const auto& fact = facts[round % 7];
-        SCOPED_TRACE(fact.what);
-        Side sides[2];
-        std::atomic<int> inside{0}, done{0};
-        std::function<void()> completions[2];
-        for (int i = 0; i < 2; ++i) {
-            sides[i].object.initComponent();
-            sides[i].object.openComponent();
-            sides[i].client.emplace(); // of the component that was registered last
-            sides[i].state = sides[i].object.state();
-            sides[i].block = blockOf(samples_.data(), 40);
-            completions[i] = [&, i] {
-                for (++inside; inside < 2;) std::this_thread::yield();
-                fact.action(sides[1 - i]);
-                for (++done; done < 2;) std::this_thread::yield(); // both are still in their slices
-            };
-            completings[i] = &completions[i];
-        }
-        sides[0].block.completionRtn = complete<0>;
-        sides[1].block.completionRtn = complete<1>;
-        for (Side& side : sides) {
-            ASSERT_TRUE(*side.client);
-            ASSERT_NE(side.object.state()->converter, nullptr)
-                << "each is kept, and the platform has no more";
-            ASSERT_EQ(side.client->play(side.block), noErr);
-        }
-        const auto renderTwice = [](void* state) {
-            PulledList pulled(2, 64);
-            for (int slice = 0; slice < 2; ++slice)
-                soundstream::renderFromMixer(state, nullptr, nullptr, 0, 64, pulled.list());
-        };
-        std::thread other([&] { renderTwice(sides[1].state); });
-        renderTwice(sides[0].state);
-        other.join();
-        EXPECT_EQ(inside, 2);
-        EXPECT_EQ(done, 2);
-        for (Side& side : sides) side.client.reset();
-        for (Side& side : sides) side.object.destroy();
-        unregisterAll();
-        EXPECT_EQ(alive("ComponentInstance"), 0u) << "mixers too";
-        EXPECT_EQ(alive("Component"), 0u);
-    }
 }
 
 // As in a program: a unit of the platform pulls, on its device's thread.
