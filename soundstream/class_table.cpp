@@ -1,8 +1,8 @@
-// QTSoundStreamKVX as the host sees it.
+// The class QTSoundStreamKVX: its properties and methods.
 //
-// What is heard: the mixer is asked for 16-bit little-endian samples, and they are read as big-endian ones. A
-// source of big-endian samples that calls them little-endian ("sowt") passes the mixer untouched and sounds
-// right; one that is honest about its byte order is heard byte-swapped, which is noise.
+// The mixer delivers 16-bit little-endian samples, and the converter reads them as big-endian ones.
+// Big-endian samples that are labelled little-endian ("sowt") pass the mixer unchanged and play correctly;
+// samples with the correct label play byte-swapped, as noise.
 #include "soundstream/sound_stream.h"
 
 #include "plugin/class_data.h"

@@ -13,13 +13,13 @@ namespace {
 constexpr double sampleRate = 44100;
 
 // clang-format off
-constexpr AudioStreamBasicDescription unitFormat = {
+constexpr AudioStreamBasicDescription converterOutput = {
     sampleRate, kAudioFormatLinearPCM,
     kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved,
     4, 1, 4, 2, 32, 0};
 
-// Declared big-endian although the mixer is asked for little-endian samples: existing programs rely on the mismatch.
-constexpr AudioStreamBasicDescription mixerFormat = {
+// Big-endian, although the mixer delivers little-endian samples: existing programs rely on the mismatch.
+constexpr AudioStreamBasicDescription converterInput = {
     sampleRate, kAudioFormatLinearPCM,
     kAudioFormatFlagIsBigEndian | kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked,
     4, 1, 4, 2, 16, 0};
@@ -37,7 +37,7 @@ Component registerComponent()
     return RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name.get(), nullptr, nullptr);
 }
 
-/// Take the refcon record from the state: neither the render thread nor a new instance finds it any more.
+/// Take the refcon record from the state: the render thread and new instances no longer find it.
 void withdrawRefcon(StreamState& state)
 {
     RefconRecord* const record = swapInOrder<RefconRecord*>(state.refconRecord, nullptr);
@@ -70,7 +70,7 @@ void InitComponent(REALobjectStruct* object)
     destruct(object);
     data.state = liveStates.create();
     if (!data.state) return;
-    data.state->outputFormat = unitFormat;
+    data.state->outputFormat = converterOutput;
     data.ownsState = true;
 }
 
@@ -87,18 +87,18 @@ void OpenComponent(REALobjectStruct* object)
 
     if (state->converter) return;
     AudioConverterRef converter = nullptr;
-    if (AudioConverterNew(&mixerFormat, &state->outputFormat, &converter) == noErr)
+    if (AudioConverterNew(&converterInput, &state->outputFormat, &converter) == noErr)
         storeReleased(state->converter, converter);
 }
 
 void CloseComponent(REALobjectStruct* object)
 {
     SoundStreamData& data = dataOf(object);
-    if (data.attachedUnit) release(AudioOutputUnitStop, data.attachedUnit);
+    if (data.attachedUnit) catchAll([&] { AudioOutputUnitStop(data.attachedUnit); });
     data.attachedUnit = nullptr;
     if (!data.state || !data.state->component) return;
     StreamState& state = *data.state;
-    release(CountComponentInstances, state.component); // the result does not matter: open instances stay open
+    catchAll([&] { CountComponentInstances(state.component); }); // clients may keep their instances open
     withdrawRefcon(state);
     release(UnregisterComponent, state.component);
     state.component = nullptr;

@@ -1,7 +1,10 @@
 // Records that other threads find by their address.
 //
-// An audio unit keeps the address of a stream state, and a client that of its instance, longer than the record
-// lives. So an address is looked up before it is used, and a found record counts its users: the last one frees it.
+// An audio unit keeps the address of a stream state, and a client that of its instance, longer than the
+// record lives. So an address is looked up before it is used. A found record counts its users: the last one
+// frees it.
+//
+// All functions: [any].
 #pragma once
 
 #include "plugin/mutex_lock.h"
@@ -16,14 +19,14 @@
 
 namespace soundstream {
 
-/// Count one more user. [any]
+/// Count one more user.
 template <class Record>
 void use(Record& record)
 {
     __atomic_add_fetch(&record.users, 1, __ATOMIC_RELAXED);
 }
 
-/// Count one user less; the last one destroys the record. Null is ignored. [any]
+/// Count one user less; the last user destroys the record. Null is ignored.
 template <class Record>
 void leave(Record* record)
 {
@@ -38,11 +41,11 @@ struct Leave {
     }
 };
 
-/// A record in use for as long as this lives; or null.
+/// A record in use, or null; its destructor leaves the record.
 template <class Record>
 using Used = std::unique_ptr<Record, Leave>;
 
-/// Let other threads run while this one waits: yield at first, then sleep for a small part of a slice. [any]
+/// Let other threads run while this one waits: yield at first, later sleep for a small part of a slice.
 inline void yieldOrSleep(int waited)
 {
     constexpr int yields = 100;
@@ -57,17 +60,7 @@ inline void yieldOrSleep(int waited)
 template <class Record>
 class LiveRecords {
 public:
-    /// Create a live record with one user, zero-filled; null without memory.
-    /// [any]
-    Record* create()
-    {
-        Record* const record = allocate();
-        if (record) add(*record);
-        return record;
-    }
-
-    /// The same, not yet live.
-    /// [any]
+    /// Allocate a zero-filled record with one user; null without memory.
     static Record* allocate()
     {
         auto* const record = static_cast<Record*>(std::calloc(1, sizeof(Record)));
@@ -76,7 +69,6 @@ public:
     }
 
     /// Let lookups find `record`.
-    /// [any]
     void add(Record& record)
     {
         const MutexLock lock(&mutex_);
@@ -84,20 +76,26 @@ public:
         storeInOrder(first_, &record);
     }
 
-    /// New lookups no longer find `record`, and lookups in progress have ended.
-    /// Returns  false if another thread has removed it.
-    /// [any]
+    /// Allocate a record and let lookups find it; null without memory.
+    Record* create()
+    {
+        Record* const record = allocate();
+        if (record) add(*record);
+        return record;
+    }
+
+    /// Let no new lookup find `record`, and wait for the lookups in progress.
+    /// Returns  false if another thread has removed the record.
     bool remove(Record& record)
     {
         if (!unlink(record)) return false;
-        // Removing unlinks the record, then reads the count of lookups; a lookup raises the count, then reads the
+        // Removing unlinks the record, then reads the lookup count; a lookup raises the count, then reads the
         // links. Under sequential consistency one of the two sees the other.
         for (int waited = 0; loadInOrder(lookups_) != 0; ++waited) yieldOrSleep(waited);
         return true;
     }
 
-    /// The live record at `address`, or null. Takes no lock.
-    /// [any]
+    /// The live record at `address`, in use; null if there is none. Takes no lock.
     Used<Record> find(const void* address)
     {
         __atomic_add_fetch(&lookups_, 1, __ATOMIC_SEQ_CST);
@@ -121,8 +119,8 @@ private:
     }
 
     Record* first_ = nullptr;
-    int lookups_ = 0;                                   ///< in progress: a few instructions each
-    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< between threads that add and remove
+    int lookups_ = 0;                                   ///< in progress; a few instructions each
+    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< held while a record is linked or unlinked
 };
 
 } // namespace soundstream

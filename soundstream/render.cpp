@@ -18,13 +18,14 @@ void silence(AudioBuffer& buffer)
     if (buffer.mData) std::memset(buffer.mData, 0, buffer.mDataByteSize);
 }
 
-/// Silence exactly the first two buffers, whatever the list's count: programs rely on both.
+/// Silence exactly the first two buffers, for any buffer count: existing programs rely on it.
 void silence(AudioBufferList& list)
 {
     for (UInt32 i = 0; i < silencedBuffers; ++i) silence(list.mBuffers[i]);
 }
 
-/// The audible instance; null if there is none, and while its mixer changes. It lives until the scope ends.
+/// The audible instance, which lives until the render scope ends; null if there is none, or its mixer
+/// changes.
 QTSoundStreamGlobals* audibleInstance(const StreamState& state)
 {
     const RefconRecord* const record = loadInOrder(state.refconRecord);
@@ -43,8 +44,8 @@ bool renderInstance(const void* address, UInt32 frames, AudioBufferList* list)
     return true;
 }
 
-/// The mixer's current samples, or its next ones; null if it has none.
-SoundComponentDataPtr sourceData(QTSoundStreamGlobals& globals)
+/// The mixer's current samples, or its next ones when they are used up; null if it has none.
+SoundComponentDataPtr currentSource(QTSoundStreamGlobals& globals)
 {
     SoundComponentDataPtr data = loadRelaxed(globals.sourceData);
     if (data && data->sampleCount != 0) return data;
@@ -63,7 +64,7 @@ OSStatus giveMixerSamples(AudioConverterRef, UInt32* packets, AudioBufferList* l
 {
     AudioBuffer& buffer = list->mBuffers[0];
     const SoundComponentDataPtr data =
-        catchAll([client] { return sourceData(*static_cast<QTSoundStreamGlobals*>(client)); });
+        catchAll([client] { return currentSource(*static_cast<QTSoundStreamGlobals*>(client)); });
     if (!data || *packets == 0 || data->sampleCount <= 0) {
         silence(buffer);
         return noErr;

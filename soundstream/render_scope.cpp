@@ -1,5 +1,5 @@
-// All accesses to shared words are sequentially consistent: a thread that takes a pointer away and then looks for a
-// render call, and a render call that starts and then reads the pointer, cannot both miss the other.
+// A thread clears a pointer, then reads `renderThread`; a render call sets `renderThread`, then reads the
+// pointer. Under sequential consistency one of the two sees the other.
 #include "soundstream/render_scope.h"
 
 namespace soundstream {

@@ -1,18 +1,18 @@
 // The render call in progress of a stream state, and how other threads wait for its end.
 //
-// Two render threads whose completion routines each close, initialise or destroy what the other one plays wait for
-// each other for ever: no client may do that.
+// Two render threads whose completion routines each close, initialise or destroy what the other thread
+// renders wait for each other for ever: clients must not do that.
 #pragma once
 
 #include "soundstream/stream_state.h"
 
 namespace soundstream {
 
-/// The render thread inside a state, for as long as this lives. Takes no lock.
+/// Registers this thread as the render thread of a state, until the end of the scope. Takes no lock.
 /// [audio]
 class RenderScope {
 public:
-    /// `address` is a StreamState's, which may be freed already.
+    /// `address` is that of a StreamState, which may be freed already.
     explicit RenderScope(const void* address);
     ~RenderScope();
     RenderScope(const RenderScope&) = delete;
@@ -25,14 +25,13 @@ private:
     Used<StreamState> state_;
 };
 
-/// Wait until the render call in progress has ended; later ones are not waited for. Waits for a slice at most, and
-/// calls no platform function.
-/// Returns  false, at once, on the thread that is inside this render call: a completion routine.
+/// Wait until the render call in progress has ended, a slice at most. Calls no platform function.
+/// Returns  false, at once, inside this render call, from a completion routine.
 /// [any]
 bool waitForRender(const StreamState& state);
 
-/// Close the mixer of an instance that lookups no longer find, and free the instance after its last user. Waits for
-/// the render call in progress; inside that call, both happen when the call ends.
+/// Close the mixer of a removed instance and leave the instance, after the render call in progress.
+/// Inside that call, defer both to its end.
 /// [any]
 void endAfterRender(QTSoundStreamGlobals& globals);
 

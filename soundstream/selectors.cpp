@@ -14,7 +14,7 @@ constexpr ComponentResult version = 0x00010000;
 
 // The mixer delivers little-endian samples, and the converter reads them as big-endian ones. So only
 // big-endian samples that are labelled little-endian play correctly: existing programs rely on it.
-constexpr SoundComponentData mixerFormat = {
+constexpr SoundComponentData mixerRequest = {
     0, k16BitLittleEndianFormat, channelCount, sampleBits, sampleRate44100, 1024, nullptr, 0};
 
 void setActive(QTSoundStreamGlobals* globals, bool isActive)
@@ -29,20 +29,20 @@ void closeInstance(QTSoundStreamGlobals* globals)
     endAfterRender(*globals);
 }
 
-/// Open the mixer, in place of a former one. The render thread does not use the instance.
+/// Open the mixer, replacing a former one. Not while another thread renders the instance.
 ComponentResult replaceMixer(QTSoundStreamGlobals& globals)
 {
     closeMixer(globals);
-    globals.description = mixerFormat;
+    globals.description = mixerRequest;
     ComponentInstance mixer = nullptr;
     const OSErr status = OpenMixerSoundComponent(&globals.description, 0, &mixer);
     if (status == noErr) storeInOrder(globals.mixer, mixer);
     const bool isOpen = liveInstances.find(&globals) != nullptr;
-    if (!isOpen) closeMixer(globals); // closed while the mixer opened: Close may have missed this mixer
+    if (!isOpen) closeMixer(globals); // Close ran while the mixer opened, and may have missed it
     return status;
 }
 
-/// Forward a call to the mixer with `arguments`, and then set whether the stream is active.
+/// Forward a call to the mixer, then set whether the stream is active.
 template <class Call, class... Arguments>
 ComponentResult forward(Call call, QTSoundStreamGlobals* globals, bool isActive, Arguments... arguments)
 {
@@ -71,7 +71,7 @@ ComponentResult Open(QTSoundStreamGlobals* former, ComponentInstance self)
 
 ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self)
 {
-    // An instance closed before keeps its storage's address, where another instance's may be by now.
+    // A closed instance still sends its former storage, whose address may be another instance's by now.
     if (!globals || globals->self != self) return noErr;
     setActive(globals, false);
     closeInstance(globals);

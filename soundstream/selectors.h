@@ -13,7 +13,7 @@ namespace soundstream {
 
 ComponentResult Version(QTSoundStreamGlobals* globals);
 
-/// Create the instance's storage, in place of a former one. The instance opened last is the audible one.
+/// Create the instance's storage, replacing a former one. The instance opened last is the audible one.
 /// Errors  memFullErr: the instance has no storage.
 ComponentResult Open(QTSoundStreamGlobals* globals, ComponentInstance self);
 

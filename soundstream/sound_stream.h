@@ -1,8 +1,7 @@
 // The class data of QTSoundStreamKVX, and its methods.
 //
-// Order    InitComponent, OpenComponent; a client opens the component and initialises its device; an output
-// unit is
-//          opened, attached, initialised and started. CloseComponent ends playback.
+// Order    InitComponent, OpenComponent; a client opens the component and initialises its device; the host
+//          program opens, attaches, initialises and starts an output unit. CloseComponent ends playback.
 // Errors   No exception is raised. Statuses are returned, and stored as `lastStatus`.
 //
 // All functions: [main].
@@ -28,19 +27,18 @@ SoundStreamData& dataOf(REALobjectStruct* object);
 void construct(REALobjectStruct* object);
 void destruct(REALobjectStruct* object);
 
-/// Create a new state, in place of a former one. Without memory the object has no state.
+/// Create a state, replacing a former one. Without memory the object has no state.
 void InitComponent(REALobjectStruct* object);
 
 /// Register the component and create the converter. Does nothing without a state, or while the component is
 /// open. In the host's development environment the component has no entry point: clients cannot open it.
 void OpenComponent(REALobjectStruct* object);
 
-/// Stop the attached unit and unregister the component. Its open instances stay valid, but are silent. The
-/// converter is kept, and never disposed.
+/// Stop the attached unit and unregister the component. The converter is kept, and never disposed.
 ///
-/// While instances are open the platform keeps the registration (validInstancesExist), before any later one:
-/// after the next OpenComponent the first match of a search is this silent one, and the last match is
-/// audible. So clients close first.
+/// Open instances stay valid, but silent. While there are any, the platform keeps the registration: after the
+/// next OpenComponent a search finds this silent component first, and the audible one last. So clients close
+/// first.
 void CloseComponent(REALobjectStruct* object);
 
 /// Open the default output unit.

@@ -1,7 +1,7 @@
 // The records of the bridge.
 //
-// The host program's object, a client of the component and an audio unit's render thread share them, and may
-// leave in any order. So each record counts its users.
+// The host program's object, the component's clients and the render thread share them, and finish in any
+// order. So each record counts its users.
 #pragma once
 
 #include "abi/word.h"
@@ -21,16 +21,16 @@ struct QTSoundStreamGlobals;
 struct StreamState {
     Component component;                      ///< registered; null while not open. [main]
     AudioConverterRef converter;              ///< null until created; never disposed. Published
-    AudioStreamBasicDescription outputFormat; ///< what the audio unit receives; fixed
+    AudioStreamBasicDescription outputFormat; ///< of the converter; fixed
     RefconRecord* refconRecord;               ///< in use; null while not open. Published
-    HostBoolean streamActive;                 ///< the mixer's source plays; relaxed
+    HostBoolean streamActive;                 ///< the mixer plays a source. Relaxed
     HostBoolean postsStatusNotifications;     ///< stored for the host program only. [main]
 
-    int users;                          ///< the object, each RefconRecord, each lookup of a render call
-    StreamState* next;                  ///< of liveStates
-    pthread_t renderThread;             ///< that runs the render call in progress; 0: none
-    std::uint32_t rendersDone;          ///< render calls that have ended; wraps
-    QTSoundStreamGlobals* closedInside; ///< instances closed inside the render call in progress. [audio]
+    int users;                          ///< the object, each RefconRecord, each render call
+    StreamState* next;                  ///< in liveStates
+    pthread_t renderThread;             ///< runs the render call in progress; 0: none. Published
+    std::uint32_t rendersDone;          ///< count of render calls that have ended; wraps. Published
+    QTSoundStreamGlobals* closedInside; ///< list of instances closed inside the render call. [audio]
 };
 
 /// The refcon of a registered component.
@@ -39,21 +39,21 @@ struct RefconRecord {
     QTSoundStreamGlobals* globals; ///< of the audible instance; null: none. Published
 
     int users;          ///< the StreamState while open, each instance
-    RefconRecord* next; ///< of liveRefcons
+    RefconRecord* next; ///< in liveRefcons
 };
 
 /// The storage of an open instance of the component.
 struct QTSoundStreamGlobals {
     ComponentInstance mixer;          ///< null until the client initialises the device. Published
-    SoundComponentDataPtr sourceData; ///< the mixer's samples, in part rendered. [audio]
-    SoundComponentData description;   ///< the format requested of the mixer
+    SoundComponentDataPtr sourceData; ///< the mixer's samples that are not rendered yet. [audio]
+    SoundComponentData description;   ///< requested of the mixer
     ComponentInstance self;
-    RefconRecord* refcon; ///< in use; null for an instance of a withdrawn component
+    RefconRecord* refcon; ///< in use; null if the component was unregistered before the instance opened
 
-    bool isMixerChanging;       ///< the render thread plays silence instead. Published
-    int inputsEnded;            ///< how often the mixer's samples became invalid
+    bool isMixerChanging;       ///< the render thread renders silence instead. Published
+    int inputsEnded;            ///< how often `sourceData` became invalid. Relaxed
     int users;                  ///< the open instance, each request in progress
-    QTSoundStreamGlobals* next; ///< of liveInstances, then of closedInside
+    QTSoundStreamGlobals* next; ///< in liveInstances, then in closedInside
 };
 
 extern LiveRecords<StreamState> liveStates;
@@ -64,20 +64,21 @@ extern LiveRecords<QTSoundStreamGlobals> liveInstances;
 /// [main]
 RefconRecord* newRefconRecord(StreamState& state);
 
-/// Free a record without users, and leave those that it uses.
+/// Free a record without users, and leave the record that it uses.
 /// [any]
 void destroy(StreamState* state);
 void destroy(RefconRecord* record);
 void destroy(QTSoundStreamGlobals* globals);
 
-/// Close the instance's mixer, if there is one.
-/// [audio], or any thread while no render call uses the instance
+/// Close the instance's mixer, if it has one. Not while another thread renders the instance.
+/// [any]
 void closeMixer(QTSoundStreamGlobals& globals);
 
-/// Stop using the samples that the mixer has handed out. Threads as above.
+/// Discard the samples that the mixer has delivered. Not while another thread renders the instance.
+/// [any]
 void endInput(QTSoundStreamGlobals& globals);
 
-/// The instance's mixer; null without globals, too.
+/// The instance's mixer; null without globals.
 /// [client]
 inline ComponentInstance mixerOf(const QTSoundStreamGlobals* globals)
 {

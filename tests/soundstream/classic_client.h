@@ -1,4 +1,4 @@
-// A classic sound program over the real platform: it finds the component by its description, opens it, and
+// A classic sound program on the real platform: it finds the component by its description, opens it and
 // plays.
 #pragma once
 
@@ -11,21 +11,21 @@
 
 namespace soundstream_test {
 
-/// The component registered last; null: none.
+/// The component registered last; null if there is none.
 Component findComponent();
-/// The first match, as a simple client takes it; null: none.
+/// The first match, as a simple client takes it; null if there is none.
 Component findFirstComponent();
 
-/// Take back what others left registered.
+/// Unregister every component of the bridge.
 void unregisterAll();
 
 /// Send any request to an instance.
 ComponentResult send(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words);
 
-/// How many of that kind are alive in the platform.
+/// The platform's live-object count of that kind.
 UInt32 alive(const std::string& kind);
 
-/// An instance with its device initialised and one source. Nothing is opened where there is no component.
+/// An instance with an initialised device and one source; without a component, neither.
 class ClassicClient {
 public:
     ClassicClient() : ClassicClient(findComponent()) {}
@@ -36,7 +36,7 @@ public:
 
     explicit operator bool() const { return source != nullptr; }
 
-    /// Once; a second call does nothing.
+    /// Close the instance; a second call does nothing.
     void close();
 
     ComponentResult play(SoundParamBlock& block, long actions = 0);
@@ -48,7 +48,8 @@ public:
     SoundSource source = nullptr;
 };
 
-/// A block of 16-bit stereo at 44100 Hz and full volume, of `frames` frames that it does not own.
+/// A parameter block for `frames` frames of 16-bit stereo at 44100 Hz and full volume.
+/// Owner  the samples stay the caller's.
 SoundParamBlock blockOf(const void* samples, long frames, OSType format = 'sowt');
 
 } // namespace soundstream_test

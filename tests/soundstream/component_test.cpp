@@ -1,4 +1,4 @@
-// The component's life, call by call: made, registered, taken back, and what the host program reads of it.
+// An object and its component, call by call: create, register, unregister, and the properties in each state.
 #include "tests/soundstream/stream_test.h"
 #include "tests/support/c_library_spy.h"
 
@@ -22,7 +22,7 @@ const Notes closing = {
     "UnregisterComponent(component1)",
 };
 
-/// What `action` asks of the platform.
+/// The platform calls of `action`.
 template <class Action>
 Notes callsOf(Action action)
 {
@@ -35,7 +35,7 @@ class SoundStreamComponent : public StreamTest {};
 
 // ---- InitComponent ----
 
-TEST_F(SoundStreamComponent, IsInitialisedWithoutThePlatform)
+TEST_F(SoundStreamComponent, InitComponentCallsNoPlatformFunction)
 {
     EXPECT_EQ(callsOf([&] { object().initComponent(); }), Notes());
     const soundstream::StreamState* const state = object().state();
@@ -62,7 +62,7 @@ TEST_F(SoundStreamComponent, IsInitialisedWithoutThePlatform)
     EXPECT_EQ(format.mReserved, 0u);
 }
 
-TEST_F(SoundStreamComponent, InitialisedAgainTearsDownWhatThereWas)
+TEST_F(SoundStreamComponent, InitComponentTearsDownTheFormerState)
 {
     open();
     ASSERT_EQ(object().attach(unit()), 0);
@@ -73,26 +73,27 @@ TEST_F(SoundStreamComponent, InitialisedAgainTearsDownWhatThereWas)
                                                               "CountComponentInstances(component1)",
                                                               "UnregisterComponent(component1)",
                                                           }));
-    EXPECT_EQ(watched::liveBlocks(), blocks - 1) << "a state in place of a state, and no refcon record";
+    EXPECT_EQ(watched::liveBlocks(), blocks - 1)
+        << "a state replaces a state, and the refcon record is freed";
     EXPECT_FALSE(object().isOpen());
-    EXPECT_EQ(object().state()->converter, nullptr) << "the converter went with its state";
+    EXPECT_EQ(object().state()->converter, nullptr) << "the converter belonged to the former state";
     EXPECT_EQ(get<HostBoolean>(object().get(), "PostsStatusNotifications"), false);
     EXPECT_EQ(object().data().attachedUnit, nullptr);
-    EXPECT_EQ(callsOf([&] { object().initComponent(); }), Notes()) << "there is nothing to tear down now";
+    EXPECT_EQ(callsOf([&] { object().initComponent(); }), Notes()) << "nothing is open any more";
 
     Notes again = opening;
     for (std::string& call : again)
         for (const char* each : {"handle1", "component1", "refcon1"})
             if (const auto at = call.find(each); at != call.npos)
                 call.replace(at + std::strlen(each) - 1, 1, "2");
-    EXPECT_EQ(callsOf([&] { object().openComponent(); }), again) << "with a converter of its own";
+    EXPECT_EQ(callsOf([&] { object().openComponent(); }), again) << "with a new converter";
 }
 
-TEST_F(SoundStreamComponent, WithoutMemoryIsNotInitialised)
+TEST_F(SoundStreamComponent, HasNoStateWithoutMemory)
 {
     open();
     watched::refuseCalloc(1);
-    EXPECT_EQ(callsOf([&] { object().initComponent(); }), closing) << "what there was goes all the same";
+    EXPECT_EQ(callsOf([&] { object().initComponent(); }), closing) << "the former state is torn down anyway";
     EXPECT_EQ(object().state(), nullptr);
     EXPECT_EQ(object().data().ownsState, false);
     EXPECT_EQ(callsOf([&] { object().openComponent(); }), Notes());
@@ -103,7 +104,7 @@ TEST_F(SoundStreamComponent, WithoutMemoryIsNotInitialised)
 
 // ---- OpenComponent ----
 
-TEST_F(SoundStreamComponent, IsRegisteredAndGetsItsConverter)
+TEST_F(SoundStreamComponent, OpenComponentRegistersAndCreatesTheConverter)
 {
     object().initComponent();
     EXPECT_FALSE(object().isOpen());
@@ -115,7 +116,7 @@ TEST_F(SoundStreamComponent, IsRegisteredAndGetsItsConverter)
     EXPECT_EQ(registration.description.componentSubType, 0x5154736Fu);
     EXPECT_EQ(registration.description.componentManufacturer, 0x5154736Fu);
     EXPECT_EQ(registration.entry, dispatcher());
-    EXPECT_EQ(registration.name, "\x0DQTSoundStream") << "with its length in front";
+    EXPECT_EQ(registration.name, "\x0DQTSoundStream") << "a Pascal string";
 
     const soundstream::StreamState& state = *object().state();
     ASSERT_NE(state.refconRecord, nullptr);
@@ -126,20 +127,20 @@ TEST_F(SoundStreamComponent, IsRegisteredAndGetsItsConverter)
               reinterpret_cast<HostInteger>(state.component));
 }
 
-TEST_F(SoundStreamComponent, IsOpenedOnce)
+TEST_F(SoundStreamComponent, ASecondOpenComponentDoesNothing)
 {
     open();
     EXPECT_EQ(callsOf([&] { object().openComponent(); }), Notes());
     EXPECT_TRUE(object().isOpen());
 }
 
-TEST_F(SoundStreamComponent, IsNotOpenedWithoutAState)
+TEST_F(SoundStreamComponent, OpenComponentWithoutAStateDoesNothing)
 {
     EXPECT_EQ(callsOf([&] { object().openComponent(); }), Notes());
     EXPECT_FALSE(object().isOpen());
 }
 
-TEST_F(SoundStreamComponent, OpenedAgainKeepsItsConverter)
+TEST_F(SoundStreamComponent, OpenedAgainKeepsTheConverter)
 {
     open();
     const AudioConverterRef converter = object().state()->converter;
@@ -156,7 +157,7 @@ TEST_F(SoundStreamComponent, OpenedAgainKeepsItsConverter)
     EXPECT_EQ(object().state()->converter, converter);
 }
 
-TEST_F(SoundStreamComponent, InTheDevelopmentEnvironmentHasNoEntryPoint)
+TEST_F(SoundStreamComponent, HasNoEntryPointInTheDevelopmentEnvironment)
 {
     soundComponentEntry = nullptr;
     object().initComponent();
@@ -166,14 +167,14 @@ TEST_F(SoundStreamComponent, InTheDevelopmentEnvironmentHasNoEntryPoint)
     EXPECT_TRUE(object().isOpen());
 }
 
-// Nothing is reported; a later call tries again what is missing.
-TEST_F(SoundStreamComponent, WhatIsRefusedWhileItOpens)
+// Nothing is reported; a later call retries the refused step.
+TEST_F(SoundStreamComponent, OpenComponentContinuesAfterARefusal)
 {
     // clang-format off
     const struct { const char* function; std::size_t calls; bool isOpen, hasConverter; const char* why; } facts[] = {
-        {"NewString",          5, true,  true,  "a component without a name, of which nothing is disposed"},
-        {"RegisterComponent",  6, false, true,  "the rest is done all the same"},
-        {"AudioConverterNew",  6, true,  false, "and the rubbish in its place is not kept"},
+        {"NewString",          5, true,  true,  "the component has no name, and no handle is disposed"},
+        {"RegisterComponent",  6, false, true,  "the other steps happen anyway"},
+        {"AudioConverterNew",  6, true,  false, "and the garbage result is not stored"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -181,8 +182,8 @@ TEST_F(SoundStreamComponent, WhatIsRefusedWhileItOpens)
         startOver();
         object().initComponent();
         sound_spy::answer(fact.function).status = -108;
-        const Notes made = callsOf([&] { object().openComponent(); });
-        EXPECT_EQ(made.size(), fact.calls);
+        const Notes calls = callsOf([&] { object().openComponent(); });
+        EXPECT_EQ(calls.size(), fact.calls);
         EXPECT_EQ(object().isOpen(), fact.isOpen) << fact.why;
         EXPECT_EQ(object().state()->converter != nullptr, fact.hasConverter) << fact.why;
         EXPECT_NE(object().state()->refconRecord, nullptr);
@@ -192,12 +193,12 @@ TEST_F(SoundStreamComponent, WhatIsRefusedWhileItOpens)
         EXPECT_TRUE(object().isOpen());
         object().closeComponent();
         object().openComponent();
-        EXPECT_NE(object().state()->converter, nullptr) << "made with the next opening";
+        EXPECT_NE(object().state()->converter, nullptr) << "created by the next OpenComponent";
         EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
     }
 }
 
-TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeavesNothingOver)
+TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeaksNothing)
 {
     object().initComponent();
     sound_spy::answer("RegisterComponent").status = -108;
@@ -217,7 +218,7 @@ TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeavesNothingOver)
     EXPECT_EQ(callsOf([&] { object().destroy(); }), Notes());
 }
 
-TEST_F(SoundStreamComponent, WithoutMemoryForItsRefconIsOpenAndUnheard)
+TEST_F(SoundStreamComponent, IsOpenAndSilentWithoutMemoryForTheRefconRecord)
 {
     object().initComponent();
     watched::refuseCalloc(1);
@@ -230,7 +231,7 @@ TEST_F(SoundStreamComponent, WithoutMemoryForItsRefconIsOpenAndUnheard)
     const ComponentInstance instance = openInstanceWithMixer();
     EXPECT_EQ(globalsOf(instance)->refcon, nullptr);
     EXPECT_EQ(send(instance, 261, {0, 0}), noErr);
-    EXPECT_FALSE(object().isActive()) << "the instance knows of no stream";
+    EXPECT_FALSE(object().isActive()) << "the instance has no state to set active";
     EXPECT_EQ(send(instance, 262, {0, 0}), noErr);
     closeInstance(instance);
     EXPECT_EQ(callsOf([&] { object().closeComponent(); }), closing);
@@ -238,7 +239,7 @@ TEST_F(SoundStreamComponent, WithoutMemoryForItsRefconIsOpenAndUnheard)
 
 // ---- CloseComponent ----
 
-TEST_F(SoundStreamComponent, ClosedIsUnregistered)
+TEST_F(SoundStreamComponent, CloseComponentUnregisters)
 {
     open();
     EXPECT_EQ(callsOf([&] { object().closeComponent(); }), closing);
@@ -246,10 +247,10 @@ TEST_F(SoundStreamComponent, ClosedIsUnregistered)
     EXPECT_EQ(object().state()->component, nullptr);
     EXPECT_EQ(object().state()->refconRecord, nullptr);
     EXPECT_NE(object().state()->converter, nullptr) << "the converter is kept";
-    EXPECT_EQ(callsOf([&] { object().closeComponent(); }), Notes()) << "once";
+    EXPECT_EQ(callsOf([&] { object().closeComponent(); }), Notes()) << "a second call does nothing";
 }
 
-TEST_F(SoundStreamComponent, ClosedStopsTheAttachedUnitFirst)
+TEST_F(SoundStreamComponent, CloseComponentStopsTheAttachedUnitFirst)
 {
     open();
     ASSERT_EQ(object().attach(unit()), 0);
@@ -262,19 +263,19 @@ TEST_F(SoundStreamComponent, ClosedStopsTheAttachedUnitFirst)
     EXPECT_EQ(callsOf([&] { object().closeComponent(); }), Notes()) << "the unit is forgotten";
 }
 
-TEST_F(SoundStreamComponent, ClosedStopsAnAttachedUnitThoughItIsNotOpen)
+TEST_F(SoundStreamComponent, CloseComponentStopsAnAttachedUnitWhileNotOpen)
 {
     object().initComponent();
     ASSERT_EQ(object().attach(unit()), 0);
     EXPECT_EQ(callsOf([&] { object().closeComponent(); }), (Notes{"AudioOutputUnitStop(unit)"}));
 }
 
-TEST_F(SoundStreamComponent, ClosedWithoutAStateDoesNothing)
+TEST_F(SoundStreamComponent, CloseComponentWithoutAStateDoesNothing)
 {
     EXPECT_EQ(callsOf([&] { object().closeComponent(); }), Notes());
 }
 
-TEST_F(SoundStreamComponent, WhatIsRefusedWhileItCloses)
+TEST_F(SoundStreamComponent, CloseComponentContinuesAfterARefusal)
 {
     for (const std::string function : {"AudioOutputUnitStop", "UnregisterComponent"}) {
         SCOPED_TRACE(function);
@@ -287,31 +288,31 @@ TEST_F(SoundStreamComponent, WhatIsRefusedWhileItCloses)
         EXPECT_FALSE(object().isOpen());
         EXPECT_EQ(object().data().attachedUnit, nullptr);
         sound_spy::answer(function).status = noErr;
-        if (function == "UnregisterComponent") UnregisterComponent(component); // still the platform's
+        if (function == "UnregisterComponent") UnregisterComponent(component); // the platform kept it
     }
 }
 
-TEST_F(SoundStreamComponent, ClosedWithInstancesOpenLetsThemBe)
+TEST_F(SoundStreamComponent, CloseComponentKeepsOpenInstancesValid)
 {
     open();
     const ComponentInstance first = openInstanceWithMixer(), second = openInstanceWithMixer();
-    EXPECT_EQ(callsOf([&] { object().closeComponent(); }), closing) << "they are not waited for";
+    EXPECT_EQ(callsOf([&] { object().closeComponent(); }), closing) << "it does not wait for them";
     EXPECT_FALSE(object().isOpen());
 
-    EXPECT_EQ(send(first, 261, {0, 0}), noErr) << "they go on";
+    EXPECT_EQ(send(first, 261, {0, 0}), noErr) << "they answer requests";
     EXPECT_TRUE(object().isActive());
     EXPECT_EQ(callsOf([&] { closeInstance(second); }),
               (Notes{"CallComponentFunctionWithStorageProcInfo(storage2, the request, a handler, 0x3F0)",
                      "CloseMixerSoundComponent(mixer2)"}));
     EXPECT_FALSE(object().isActive());
     object().destroy();
-    EXPECT_EQ(send(first, 261, {0, 0}), noErr) << "also when the object is gone";
+    EXPECT_EQ(send(first, 261, {0, 0}), noErr) << "also when the object is destroyed";
     closeInstance(first);
 }
 
 // ---- destruction ----
 
-TEST_F(SoundStreamComponent, DestroyedIsClosedAndFreed)
+TEST_F(SoundStreamComponent, DestructionClosesAndFreesTheState)
 {
     open();
     object().attach(unit());
@@ -324,14 +325,14 @@ TEST_F(SoundStreamComponent, DestroyedIsClosedAndFreed)
     EXPECT_EQ(object().data().ownsState, false);
 }
 
-TEST_F(SoundStreamComponent, DestroyedTwiceIsDestroyedOnce)
+TEST_F(SoundStreamComponent, ASecondDestructionDoesNothing)
 {
     open();
     object().destroy();
     EXPECT_EQ(callsOf([&] { soundstream::destruct(object().get()); }), Notes());
 }
 
-TEST_F(SoundStreamComponent, AStateThatIsNotOwnedIsNotFreed)
+TEST_F(SoundStreamComponent, DestructionKeepsAStateThatTheObjectDoesNotOwn)
 {
     open();
     soundstream::StreamState* const state = object().state();
@@ -339,19 +340,19 @@ TEST_F(SoundStreamComponent, AStateThatIsNotOwnedIsNotFreed)
     object().data().ownsState = false; // as a host program writes "Release"
     object().destroy();
     EXPECT_EQ(object().state(), nullptr);
-    EXPECT_EQ(state->postsStatusNotifications, 1) << "it is still there";
+    EXPECT_EQ(state->postsStatusNotifications, 1) << "the state is not freed";
     soundstream::liveStates.remove(*state);
     soundstream::leave(state);
 }
 
-TEST_F(SoundStreamComponent, AStateCanBeSharedByItsHandle)
+TEST_F(SoundStreamComponent, TwoObjectsMayShareAStateByItsHandle)
 {
     open();
     StreamObject other;
     other.data().state = object().state(); // as a host program writes "Handle"
     EXPECT_TRUE(other.isOpen());
     other.openComponent();
-    EXPECT_EQ(sound_spy::calls(), Notes()) << "it is open";
+    EXPECT_EQ(sound_spy::calls(), Notes()) << "the shared state is open";
     other.closeComponent();
     EXPECT_EQ(sound_spy::calls(), closing);
     EXPECT_FALSE(object().isOpen());
@@ -364,7 +365,7 @@ TEST_F(SoundStreamComponent, AStateCanBeSharedByItsHandle)
 
 // ---- properties ----
 
-TEST_F(SoundStreamComponent, ItsPropertiesInEveryState)
+TEST_F(SoundStreamComponent, PropertiesFollowEveryState)
 {
     const auto expect = [&](bool posts, bool isActive, bool isOpen) {
         EXPECT_EQ(get<HostBoolean>(object().get(), "PostsStatusNotifications"), posts);
@@ -373,7 +374,7 @@ TEST_F(SoundStreamComponent, ItsPropertiesInEveryState)
         EXPECT_EQ(get<HostInteger>(object().get(), "SoundOutputComponentHandle") != 0, isOpen);
     };
     set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
-    expect(false, false, false); // without a state it is ignored
+    expect(false, false, false); // ignored without a state
 
     object().initComponent();
     expect(false, false, false);
@@ -392,12 +393,12 @@ TEST_F(SoundStreamComponent, ItsPropertiesInEveryState)
     set<HostBoolean>(object().get(), "PostsStatusNotifications", false);
     expect(false, false, false);
     EXPECT_EQ(sound_spy::calls().back(), "CloseMixerSoundComponent(mixer1)")
-        << "the properties ask the platform nothing";
+        << "the properties call no platform function";
 }
 
-// ---- what is thrown ----
+// ---- exceptions ----
 
-TEST_F(SoundStreamComponent, NothingThrownByThePlatformGetsOutOrLeavesAnythingBehind)
+TEST_F(SoundStreamComponent, ThePlatformsExceptionsStayInsideAndLeakNothing)
 {
     const char* const functions[] = {
         "CopyCStringToPascal", "NewString",         "RegisterComponent",   "DisposeHandle",
@@ -421,7 +422,7 @@ TEST_F(SoundStreamComponent, NothingThrownByThePlatformGetsOutOrLeavesAnythingBe
         EXPECT_EQ(object().data().attachedUnit, nullptr);
         EXPECT_FALSE(object().isOpen());
         object().openComponent();
-        EXPECT_TRUE(object().isOpen()) << "it can be opened again";
+        EXPECT_TRUE(object().isOpen()) << "a later OpenComponent succeeds";
     }
 }
 

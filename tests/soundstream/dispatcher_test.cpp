@@ -1,4 +1,4 @@
-// The component's entry point: every selector, its handler and the words that it is called with.
+// The component's entry point: each selector, its handler and its procedure information.
 #include "tests/soundstream/stream_test.h"
 
 #include <algorithm>
@@ -20,8 +20,8 @@ const struct Selector { SInt16 what; const char* words; bool canDo; const char* 
     {259, "0x3FF0", true,  "get info"},
     {260, "0x3FF0", true,  "set info"},
     {261, "0xEF0",  true,  "start source"},
-    {262, "0xEF0",  false, "stop source: done, and denied"},
-    {263, "0xEF0",  false, "pause source: likewise"},
+    {262, "0xEF0",  false, "stop source, which CanDo denies"},
+    {263, "0xEF0",  false, "pause source, which CanDo denies"},
     {264, "0x3FF0", true,  "play source buffer"},
 };
 // clang-format on
@@ -33,7 +33,7 @@ const Selector* find(int what)
     return found == std::end(selectors) ? nullptr : found;
 }
 
-TEST_F(SoundStreamDispatcher, CallsItsHandlersDelegatesAndRefuses)
+TEST_F(SoundStreamDispatcher, CallsAHandlerDelegatesOrRefuses)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
@@ -45,14 +45,14 @@ TEST_F(SoundStreamDispatcher, CallsItsHandlersDelegatesAndRefuses)
         sound_spy::forgetCalls();
         const ComponentResult result = send(instance, static_cast<SInt16>(what), {1, 2, 3});
         if (const Selector* const row = find(what)) {
-            EXPECT_EQ(result, 4711) << "what the handler answers";
+            EXPECT_EQ(result, 4711) << "the handler's result";
             EXPECT_EQ(sound_spy::calls(),
                       (Notes{std::string("CallComponentFunctionWithStorageProcInfo(storage1, the request, a "
                                          "handler, ") +
                              row->words + ")"}))
                 << row->name;
         } else if (what >= 256) {
-            EXPECT_EQ(result, 4712) << "what the mixer answers";
+            EXPECT_EQ(result, 4712) << "the mixer's result";
             EXPECT_EQ(sound_spy::calls(), (Notes{"DelegateComponentCall(the request, mixer1)"}));
         } else {
             EXPECT_EQ(static_cast<UInt32>(result), 0x80008002u);
@@ -63,7 +63,7 @@ TEST_F(SoundStreamDispatcher, CallsItsHandlersDelegatesAndRefuses)
     for (const int what : {-32768, -1000, -257, -256, 301, 512, 1000, 32767}) expect(what);
 }
 
-TEST_F(SoundStreamDispatcher, WithoutAnInstanceDelegatesToNobody)
+TEST_F(SoundStreamDispatcher, DelegatesToNullWithoutAMixer)
 {
     sound_spy::answer("DelegateComponentCall").status = -7;
     EXPECT_EQ(sendWith(nullptr, 256, {}), -7);
@@ -73,7 +73,7 @@ TEST_F(SoundStreamDispatcher, WithoutAnInstanceDelegatesToNobody)
     EXPECT_EQ(sound_spy::calls(), (Notes{"DelegateComponentCall(the request, null)"}));
 }
 
-TEST_F(SoundStreamDispatcher, TellsWhatItCanDo)
+TEST_F(SoundStreamDispatcher, CanDoAnswersByTheTable)
 {
     open();
     const ComponentInstance instance = openInstance();
@@ -86,22 +86,22 @@ TEST_F(SoundStreamDispatcher, TellsWhatItCanDo)
         answered += expected;
     }
     EXPECT_EQ(answered, 9);
-    EXPECT_EQ(send(instance, -3, {262}), 0) << "though it stops sources";
-    EXPECT_EQ(send(instance, -3, {263}), 0) << "though it pauses sources";
+    EXPECT_EQ(send(instance, -3, {262}), 0) << "although StopSource works";
+    EXPECT_EQ(send(instance, -3, {263}), 0) << "although PauseSource works";
     for (const long what : {-32768L, 32767L}) EXPECT_EQ(send(instance, -3, {what}), 0);
-    EXPECT_EQ(send(instance, -3, {0x7FFF0000 + 259}), 1) << "16 bits are asked for";
+    EXPECT_EQ(send(instance, -3, {0x7FFF0000 + 259}), 1) << "the selector has 16 bits";
 }
 
-TEST_F(SoundStreamDispatcher, TellsItsVersion)
+TEST_F(SoundStreamDispatcher, ReturnsItsVersion)
 {
     open();
     EXPECT_EQ(send(openInstance(), -4, {}), 0x00010000);
     EXPECT_EQ(sendWith(nullptr, -4, {}), 0x00010000);
 }
 
-// ---- what is thrown ----
+// ---- exceptions ----
 
-TEST_F(SoundStreamDispatcher, NothingThrownByThePlatformGetsOut)
+TEST_F(SoundStreamDispatcher, ThePlatformsExceptionsStayInside)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
@@ -111,7 +111,7 @@ TEST_F(SoundStreamDispatcher, NothingThrownByThePlatformGetsOut)
         EXPECT_EQ(send(instance, what, {0, 0, 0}), memFullErr);
 }
 
-TEST_F(SoundStreamDispatcher, AHandlerThatThePlatformThrowsAtFailsByItself)
+TEST_F(SoundStreamDispatcher, AnExceptionInsideAHandlerIsItsFailure)
 {
     // clang-format off
     const struct { SInt16 what; const char* function; const char* why; } facts[] = {
@@ -132,7 +132,8 @@ TEST_F(SoundStreamDispatcher, AHandlerThatThePlatformThrowsAtFailsByItself)
         const bool wasActive = object().isActive();
         EXPECT_EQ(send(instance, fact.what, {0, 'what', 0}), memFullErr);
         EXPECT_EQ(object().isActive(), wasActive);
-        EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance)) << "it is heard as before";
+        EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance))
+            << "the instance stays audible";
         sound_spy::answer(fact.function).during = nullptr;
         EXPECT_EQ(send(instance, fact.what, {0, 'what', 0}), noErr);
     }
@@ -143,7 +144,7 @@ TEST_F(SoundStreamDispatcher, AHandlerThatThePlatformThrowsAtFailsByItself)
     EXPECT_TRUE(list.infoHandle == nullptr);
 }
 
-TEST_F(SoundStreamDispatcher, AnInstanceThatCannotBeOpenedLeavesNothingBehind)
+TEST_F(SoundStreamDispatcher, AFailedOpenLeaksNothing)
 {
     for (const char* const function : {"GetComponentRefcon", "SetComponentInstanceStorage"}) {
         SCOPED_TRACE(function);
@@ -157,7 +158,7 @@ TEST_F(SoundStreamDispatcher, AnInstanceThatCannotBeOpenedLeavesNothingBehind)
     }
 }
 
-TEST_F(SoundStreamDispatcher, AnInstanceIsClosedWhateverThePlatformThrows)
+TEST_F(SoundStreamDispatcher, AnInstanceIsClosedThoughItsMixerThrows)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();

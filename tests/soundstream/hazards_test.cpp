@@ -1,7 +1,8 @@
-// Two sides at once, made to meet: one waits inside a call of the platform until the other has come to where
-// they could collide.
+// Two threads at the points where they could collide: one waits inside a platform call until the other is
+// there too.
 #include "tests/soundstream/pulled_list.h"
 #include "tests/soundstream/stream_test.h"
+#include "tests/support/c_library_spy.h"
 
 #include <atomic>
 #include <iterator>
@@ -31,13 +32,13 @@ protected:
         return callback_.inputProc(callback_.inputProcRefCon, nullptr, nullptr, 0, 8, list);
     }
 
-    /// What the mixer gives the converter in that slice: frames; and whether the input was silence.
     struct Slice {
         OSStatus status = -1;
-        bool isSilence = false;
+        bool isSilence = false; ///< the converter's input
     };
 
-    /// A slice in which the mixer calls `completion`, as at the end of a buffer, and then gives `data`.
+    /// Render a slice in which the mixer calls `completion`, as at the end of a buffer, and then returns
+    /// `data`.
     Slice renderWith(const std::function<void()>& completion, SoundComponentDataPtr data)
     {
         Slice slice;
@@ -79,19 +80,19 @@ void awaitThat(Condition condition)
     while (!condition()) std::this_thread::yield();
 }
 
-// While a slice is under way, nobody frees or closes what it uses: everyone has taken its pointer away by the
-// time it ends, and goes on only then.
-TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
+// Each action clears the pointer that leads to what it takes away, then waits for the render call in
+// progress.
+TEST_F(SoundStreamHazard, TakingSomethingAwayWaitsForTheRenderCallInProgress)
 {
     using Record = soundstream::RefconRecord;
-    const auto isUnheard = [](const Record& record) {
+    const auto isSilent = [](const Record& record) {
         const auto* const globals = __atomic_load_n(&record.globals, __ATOMIC_SEQ_CST);
         return !globals || __atomic_load_n(&globals->isMixerChanging, __ATOMIC_SEQ_CST);
     };
     const struct {
         const char* what;
         std::function<void()> action;
-        const char* firstCallAfterwards;
+        const char* firstCallAfterTheWait;
         bool takesTheRecord;
     } facts[] = {
         {"the client closes", [this] { closeInstance(); }, "CloseMixerSoundComponent", false},
@@ -103,27 +104,28 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
         {"the host initialises again", [this] { object().initComponent(); }, "UnregisterComponent", true},
         {"the host destroys", [this] { object().destroy(); }, "UnregisterComponent", true},
     };
-    for (std::size_t turn = 0; turn < 5 * std::size(facts); ++turn) { // chance has a say: more than once each
-        const auto& fact = facts[turn % std::size(facts)];
+    for (std::size_t round = 0; round < 5 * std::size(facts);
+         ++round) { // each several times: threads interleave
+        const auto& fact = facts[round % std::size(facts)];
         SCOPED_TRACE(fact.what);
         begin();
         soundstream::StreamState& state = *object().state();
         Record& record = *state.refconRecord;
-        soundstream::use(record); // ours, to look at it
+        soundstream::use(record); // the test reads it after the bridge leaves it
         Event isInside;
         std::atomic<bool> isOver{false}, wasOver{false}, hasReturned{false};
         sound_spy::platform().fill = [&](const sound_spy::Filling&) {
             isInside.happen();
             awaitThat([&] {
-                if (hasReturned) return true; // it should not have
+                if (hasReturned) return true; // too early: the test fails below
                 return fact.takesTheRecord ? !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST)
-                                           : isUnheard(record);
+                                           : isSilent(record);
             });
-            for (int yields = 0; yields < 100; ++yields) std::this_thread::yield(); // time to go wrong in
+            for (int yields = 0; yields < 100; ++yields) std::this_thread::yield(); // a chance to go wrong
             isOver = true;
             return noErr;
         };
-        sound_spy::answer(fact.firstCallAfterwards).during = [&] { wasOver = isOver.load(); };
+        sound_spy::answer(fact.firstCallAfterTheWait).during = [&] { wasOver = isOver.load(); };
         std::thread renderThread([this] {
             PulledList pulled(2);
             EXPECT_EQ(render(pulled.list()), noErr);
@@ -137,7 +139,30 @@ TEST_F(SoundStreamHazard, WhoeverTakesSomethingAwayWaitsForTheSlice)
     }
 }
 
-TEST_F(SoundStreamHazard, ASecondUnitThatPullsMeanwhileGetsSilence)
+// The render call goes on until the waiting thread has slept, so that every stage of the wait is seen.
+TEST_F(SoundStreamHazard, AWaitingCloseMakesNoPlatformCallButClosingItsMixer)
+{
+    begin();
+    Event isInside;
+    sound_spy::platform().fill = [&](const sound_spy::Filling&) {
+        isInside.happen();
+        awaitThat([] { return sound_spy::sleeps() > 2; });
+        return noErr;
+    };
+    std::thread renderThread([this] {
+        PulledList pulled(2);
+        EXPECT_EQ(render(pulled.list()), noErr);
+    });
+    isInside.await();
+    sound_spy::forgetCalls();
+    closeInstance();
+    EXPECT_EQ(sound_spy::calls(),
+              (Notes{"CallComponentFunctionWithStorageProcInfo(storage1, the request, a handler, 0x3F0)",
+                     "CloseMixerSoundComponent(mixer1)"}));
+    renderThread.join();
+}
+
+TEST_F(SoundStreamHazard, ASecondUnitRendersSilenceWhileTheFirstRenders)
 {
     begin();
     Event isInside, mayLeave;
@@ -149,24 +174,24 @@ TEST_F(SoundStreamHazard, ASecondUnitThatPullsMeanwhileGetsSilence)
     std::thread renderThread([this] {
         PulledList pulled(2);
         EXPECT_EQ(render(pulled.list()), noErr);
-        EXPECT_TRUE(pulled.isUntouched(0)) << "the converter's affair";
+        EXPECT_TRUE(pulled.isUntouched(0)) << "the spy's converter writes nothing";
     });
     isInside.await();
     sound_spy::forgetCalls();
     PulledList pulled(2);
     EXPECT_EQ(render(pulled.list()), noErr);
     EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
-    EXPECT_EQ(sound_spy::calls(), Notes()) << "the converter is busy";
+    EXPECT_EQ(sound_spy::calls(), Notes()) << "the converter is in use";
     mayLeave.happen();
     renderThread.join();
     sound_spy::forgetCalls();
     sound_spy::platform().fill = nullptr;
     EXPECT_EQ(render(pulled.list()), noErr);
-    EXPECT_EQ(sound_spy::calls().size(), 1u) << "one at a time";
+    EXPECT_EQ(sound_spy::calls().size(), 1u) << "the second unit renders afterwards";
 }
 
-// A thread that renders slice after slice keeps nobody waiting for ever.
-TEST_F(SoundStreamHazard, AWaitEndsWithTheSliceThoughOthersFollow)
+// A thread that renders without a pause does not delay a waiting thread for ever.
+TEST_F(SoundStreamHazard, AWaitEndsWithTheRenderCallInProgress)
 {
     begin();
     std::atomic<bool> isDone{false};
@@ -181,9 +206,9 @@ TEST_F(SoundStreamHazard, AWaitEndsWithTheSliceThoughOthersFollow)
     renderThread.join();
 }
 
-// ---- requests under way ----
+// ---- requests in progress ----
 
-TEST_F(SoundStreamHazard, ARequestThatIsUnderWayOutlivesTheInstance)
+TEST_F(SoundStreamHazard, ARequestInProgressOutlivesItsInstance)
 {
     // clang-format off
     const struct { SInt16 what; const char* function; } facts[] = {
@@ -196,14 +221,14 @@ TEST_F(SoundStreamHazard, ARequestThatIsUnderWayOutlivesTheInstance)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.function);
         begin();
-        Event isUnderWay, isClosed;
+        Event isInProgress, isClosed;
         sound_spy::answer(fact.function).during = [&] {
-            isUnderWay.happen();
+            isInProgress.happen();
             isClosed.await();
         };
         const Handle storage = sound_spy::storageOf(instance());
         std::thread client([&] { EXPECT_EQ(sendWith(storage, fact.what, {0, 'volu', 0}), noErr); });
-        isUnderWay.await();
+        isInProgress.await();
         closeInstance();
         object().destroy();
         isClosed.happen();
@@ -211,39 +236,39 @@ TEST_F(SoundStreamHazard, ARequestThatIsUnderWayOutlivesTheInstance)
     }
 }
 
-TEST_F(SoundStreamHazard, AnInstanceThatTwoCloseIsClosedOnce)
+TEST_F(SoundStreamHazard, AnInstanceClosedByTwoThreadsIsClosedOnce)
 {
     begin();
     bool isFirst = true;
     sound_spy::answer("CallComponentFunctionWithStorageProcInfo").during = [&] {
         if (!isFirst) return;
         isFirst = false;
-        closeInstance(); // the other one, who comes through first
+        closeInstance(); // the other close, which finishes first
     };
     const Handle storage = sound_spy::storageOf(instance());
     EXPECT_EQ(sendWith(storage, -2, {reinterpret_cast<long>(instance())}), noErr);
     EXPECT_EQ(sound_spy::live(), (Notes{"component1"}));
 }
 
-TEST_F(SoundStreamHazard, AnInstanceClosedWhileItsMixerOpensKeepsNoMixer)
+TEST_F(SoundStreamHazard, AnInstanceClosedWhileItsMixerOpensLeaksNoMixer)
 {
     begin();
-    Event isUnderWay, isClosed;
+    Event isInProgress, isClosed;
     sound_spy::answer("OpenMixerSoundComponent").during = [&] {
-        isUnderWay.happen();
+        isInProgress.happen();
         isClosed.await();
     };
     const Handle storage = sound_spy::storageOf(instance());
     std::thread client([&] { EXPECT_EQ(sendWith(storage, 1, {0}), noErr); });
-    isUnderWay.await();
-    EXPECT_EQ(sendWith(storage, 1, {0}), channelBusy) << "it is being initialised";
+    isInProgress.await();
+    EXPECT_EQ(sendWith(storage, 1, {0}), channelBusy) << "another thread initialises it";
     closeInstance();
     isClosed.happen();
     client.join();
     EXPECT_EQ(sound_spy::live(), (Notes{"component1"}));
     PulledList pulled(2);
     EXPECT_EQ(render(pulled.list()), noErr);
-    EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1)) << "and is not heard again";
+    EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1)) << "the instance stays silent";
 }
 
 TEST_F(SoundStreamHazard, AnInstanceIsSilentWhileItsMixerChanges)
@@ -255,10 +280,10 @@ TEST_F(SoundStreamHazard, AnInstanceIsSilentWhileItsMixerChanges)
     EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
     sound_spy::forgetCalls();
     render(pulled.list());
-    EXPECT_EQ(sound_spy::calls().size(), 1u) << "and heard again then";
+    EXPECT_EQ(sound_spy::calls().size(), 1u) << "audible again afterwards";
 }
 
-// ---- on the render thread itself: a completion routine does what it likes ----
+// ---- completion routines, on the render thread ----
 
 TEST_F(SoundStreamHazard, ACompletionRoutineMayCloseInitialiseOrDestroy)
 {
@@ -274,28 +299,55 @@ TEST_F(SoundStreamHazard, ACompletionRoutineMayCloseInitialiseOrDestroy)
         {"initialises the component",    [this] { object().initComponent(); },                         false},
         {"destroys the object",          [this] { object().destroy(); },                               false},
         {"closes all",                   [this] { closeInstance(); object().closeComponent(); },       true},
-        {"closes all, the other way",    [this] { object().closeComponent(); closeInstance(); },       true},
+        {"closes all, component first",    [this] { object().closeComponent(); closeInstance(); },       true},
         {"destroys all",                 [this] { closeInstance(); object().destroy(); },              true},
-        {"destroys all, the other way",  [this] { object().destroy(); closeInstance(); },              true},
+        {"destroys all, object first",  [this] { object().destroy(); closeInstance(); },              true},
     };
     // clang-format on
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.what);
         begin();
         Byte samples[64] = {};
-        // The mixer's own: it goes with the mixer.
+        // The mixer owns its data.
         auto data = std::make_unique<SoundComponentData>(
             SoundComponentData{0, 'sowt', 2, 16, 0xAC440000, 16, samples, 0});
         sound_spy::answer("CloseMixerSoundComponent").during = [&] { data->sampleCount = 0x7FFFFFFF; };
         const Slice slice = renderWith(fact.action, data.get());
         EXPECT_EQ(slice.status, noErr);
-        EXPECT_EQ(slice.isSilence, fact.isSilence) << "nothing of a mixer that is closed is used";
+        EXPECT_EQ(slice.isSilence, fact.isSilence) << "samples of a closed instance or mixer are not used";
         data.reset();
         if (!fact.isSilence) continue;
         Byte others[64] = {};
         SoundComponentData other = {0, 'sowt', 2, 16, 0xAC440000, 16, others, 0};
-        renderWith([] {}, &other); // the next slice, of whatever there is now
+        renderWith([] {}, &other); // the next slice, in the new state
     }
+}
+
+// The mixer is still on the stack of the completion routine: it closes after the converter has returned.
+TEST_F(SoundStreamHazard, ACloseInsideTheRenderCallTakesEffectAtItsEnd)
+{
+    begin();
+    bool hasRendered = false;
+    PulledList pulled(2);
+    sound_spy::platform().fill = [&](const sound_spy::Filling& filling) {
+        PulledList input(1);
+        UInt32 packets = 8;
+        filling.input(filling.converter, &packets, input.list(), nullptr, filling.client);
+        EXPECT_TRUE(input.isSilent(0));
+        hasRendered = true;
+        return noErr;
+    };
+    sound_spy::platform().nextData = [this](SoundComponentDataPtr*) {
+        sound_spy::forgetCalls();
+        closeInstance();
+        EXPECT_EQ(
+            sound_spy::calls(),
+            (Notes{"CallComponentFunctionWithStorageProcInfo(storage1, the request, a handler, 0x3F0)"}));
+    };
+    sound_spy::answer("CloseMixerSoundComponent").during = [&] { EXPECT_TRUE(hasRendered); };
+    EXPECT_EQ(render(pulled.list()), noErr);
+    EXPECT_EQ(sound_spy::calls().back(), "CloseMixerSoundComponent(mixer1)");
+    EXPECT_EQ(watched::liveBlocks(), 2) << "the state and its refcon record";
 }
 
 TEST_F(SoundStreamHazard, AnInstanceOutlivesTheObjectAndItsRegistration)
@@ -307,7 +359,8 @@ TEST_F(SoundStreamHazard, AnInstanceOutlivesTheObjectAndItsRegistration)
     const ComponentInstance third = openInstanceWithMixer();
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(third));
     closeInstance();
-    EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(third)) << "of the registration before";
+    EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(third))
+        << "it belonged to the former registration";
     send(second, 1, {0});
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(third));
     object().destroy();

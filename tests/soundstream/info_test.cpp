@@ -1,4 +1,4 @@
-// What the component tells of itself, and what it lets itself be told.
+// The component's information calls: values, lists, accepted settings.
 #include "tests/soundstream/stream_test.h"
 
 #include <cstring>
@@ -26,7 +26,7 @@ protected:
         return send(instance_, 260, {source, static_cast<long>(code), info});
     }
 
-    /// The calls behind the dispatcher's.
+    /// The platform calls after the dispatcher's.
     static Notes calls()
     {
         Notes all = sound_spy::calls();
@@ -45,7 +45,7 @@ std::string bytesOf(const void* value, std::size_t size)
 std::string bytesOf(UInt16 value) { return bytesOf(&value, sizeof value); }
 std::string bytesOf(UInt32 value) { return bytesOf(&value, sizeof value); }
 
-TEST_F(SoundStreamInfo, TellsItsValues)
+TEST_F(SoundStreamInfo, GetInfoWritesItsValues)
 {
     // clang-format off
     const struct { OSType code; std::string value; const char* why; } facts[] = {
@@ -57,16 +57,16 @@ TEST_F(SoundStreamInfo, TellsItsValues)
     for (const auto& fact : facts)
         for (const std::size_t offset : {std::size_t{0}, std::size_t{1}, std::size_t{2}}) {
             SCOPED_TRACE(fact.why);
-            char room[16];
-            std::memset(room, 0x77, sizeof room);
-            EXPECT_EQ(getInfo(fact.code, room + offset), noErr);
-            EXPECT_EQ(bytesOf(room + offset, fact.value.size()), fact.value);
-            EXPECT_EQ(room[offset + fact.value.size()], 0x77) << "and nothing behind it";
+            char buffer[16];
+            std::memset(buffer, 0x77, sizeof buffer);
+            EXPECT_EQ(getInfo(fact.code, buffer + offset), noErr);
+            EXPECT_EQ(bytesOf(buffer + offset, fact.value.size()), fact.value);
+            EXPECT_EQ(buffer[offset + fact.value.size()], 0x77) << "and nothing after it";
             EXPECT_EQ(calls(), Notes());
         }
 }
 
-TEST_F(SoundStreamInfo, TellsItsListsOfOne)
+TEST_F(SoundStreamInfo, GetInfoWritesListsOfOneValue)
 {
     // clang-format off
     const struct { OSType code; std::string value; const char* call; const char* why; } facts[] = {
@@ -79,25 +79,26 @@ TEST_F(SoundStreamInfo, TellsItsListsOfOne)
         SCOPED_TRACE(fact.why);
         struct {
             SoundInfoList list;
-            UInt16 behind;
-        } room;
-        std::memset(&room, 0x77, sizeof room);
-        EXPECT_EQ(getInfo(fact.code, &room), noErr);
-        EXPECT_EQ(room.list.count, 1);
+            UInt16 guard;
+        } result;
+        std::memset(&result, 0x77, sizeof result);
+        EXPECT_EQ(getInfo(fact.code, &result), noErr);
+        EXPECT_EQ(result.list.count, 1);
         EXPECT_EQ(calls(), (Notes{fact.call}));
-        EXPECT_EQ(sound_spy::bytesOf(room.list.infoHandle), fact.value) << "of its size, and no more";
-        EXPECT_EQ(room.behind, 0x7777);
-        DisposeHandle(room.list.infoHandle);
+        EXPECT_EQ(sound_spy::bytesOf(result.list.infoHandle), fact.value)
+            << "the handle has the value's size";
+        EXPECT_EQ(result.guard, 0x7777);
+        DisposeHandle(result.list.infoHandle);
 
-        std::memset(&room, 0x77, sizeof room);
+        std::memset(&result, 0x77, sizeof result);
         sound_spy::answer("NewHandle").status = -108;
-        EXPECT_EQ(getInfo(fact.code, &room), memFullErr);
-        EXPECT_EQ(room.list.count, 0x7777) << "nothing is written";
+        EXPECT_EQ(getInfo(fact.code, &result), memFullErr);
+        EXPECT_EQ(result.list.count, 0x7777) << "nothing is written";
         sound_spy::answer("NewHandle").status = noErr;
     }
 }
 
-TEST_F(SoundStreamInfo, TellsNothingWithoutRoom)
+TEST_F(SoundStreamInfo, GetInfoRefusesANullPointer)
 {
     for (const OSType code : {'chan', 'chav', 'srat', 'srav', 'ssav', 'ssiz'}) {
         EXPECT_EQ(getInfo(static_cast<OSType>(code), nullptr), paramErr);
@@ -105,14 +106,14 @@ TEST_F(SoundStreamInfo, TellsNothingWithoutRoom)
     }
 }
 
-TEST_F(SoundStreamInfo, TellsTheSameWithoutAnInstance)
+TEST_F(SoundStreamInfo, GetInfoNeedsNoInstance)
 {
     UInt32 rate = 0;
     EXPECT_EQ(sendWith(nullptr, 259, {0, 'srat', reinterpret_cast<long>(&rate)}), noErr);
     EXPECT_EQ(rate, 0xAC440000u);
 }
 
-TEST_F(SoundStreamInfo, AcceptsItsValuesAndNoOthers)
+TEST_F(SoundStreamInfo, SetInfoAcceptsItsOwnValuesOnly)
 {
     // clang-format off
     const struct { OSType code; long value; OSStatus status; const char* why; } facts[] = {
@@ -120,18 +121,18 @@ TEST_F(SoundStreamInfo, AcceptsItsValuesAndNoOthers)
         {'chan', 0,                -201, "none"},
         {'chan', 1,                -201, "one"},
         {'chan', 3,                -201, "three"},
-        {'chan', -2,               -201, "the other sign"},
-        {'chan', 0x10002,          0,    "16 bits count"},
-        {'chan', long(0xFFFF0002), 0,    "likewise"},
-        {'chan', 0x20000,          -201, "likewise"},
+        {'chan', -2,               -201, "two, negative"},
+        {'chan', 0x10002,          0,    "only the low 16 bits count"},
+        {'chan', long(0xFFFF0002), 0,    "only the low 16 bits count"},
+        {'chan', 0x20000,          -201, "only the low 16 bits count"},
         {'ssiz', 16,               0,    "16 bits"},
         {'ssiz', 0,                -226, "none"},
         {'ssiz', 8,                -226, "8"},
         {'ssiz', 15,               -226, "one less"},
         {'ssiz', 17,               -226, "one more"},
         {'ssiz', 24,               -226, "24"},
-        {'ssiz', 0x7FFF0010,       0,    "16 bits count"},
-        {'ssiz', 0x100000,         -226, "likewise"},
+        {'ssiz', 0x7FFF0010,       0,    "only the low 16 bits count"},
+        {'ssiz', 0x100000,         -226, "only the low 16 bits count"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -144,7 +145,7 @@ TEST_F(SoundStreamInfo, AcceptsItsValuesAndNoOthers)
     EXPECT_EQ(channels, 2) << "nothing has changed";
 }
 
-TEST_F(SoundStreamInfo, AcceptsItsRateThroughAPointer)
+TEST_F(SoundStreamInfo, SetInfoReadsTheRateThroughAPointer)
 {
     // clang-format off
     const struct { UInt32 rate; OSStatus status; const char* why; } facts[] = {
@@ -160,18 +161,18 @@ TEST_F(SoundStreamInfo, AcceptsItsRateThroughAPointer)
     for (const auto& fact : facts)
         for (const std::size_t offset : {std::size_t{0}, std::size_t{1}}) {
             SCOPED_TRACE(fact.why);
-            char room[8];
-            std::memcpy(room + offset, &fact.rate, sizeof fact.rate);
-            EXPECT_EQ(setInfo('srat', reinterpret_cast<long>(room + offset)), fact.status);
+            char buffer[8];
+            std::memcpy(buffer + offset, &fact.rate, sizeof fact.rate);
+            EXPECT_EQ(setInfo('srat', reinterpret_cast<long>(buffer + offset)), fact.status);
             EXPECT_EQ(calls(), Notes());
         }
-    EXPECT_EQ(setInfo('srat', 0), -225) << "no rate at all";
+    EXPECT_EQ(setInfo('srat', 0), -225) << "a null pointer";
     UInt32 rate = 0;
     getInfo('srat', &rate);
     EXPECT_EQ(rate, 0xAC440000u) << "nothing has changed";
 }
 
-TEST_F(SoundStreamInfo, LeavesTheRestToItsMixer)
+TEST_F(SoundStreamInfo, ForwardsUnknownCodesToTheMixer)
 {
     char value = 0;
     const long source = 0x4444;
@@ -194,7 +195,7 @@ TEST_F(SoundStreamInfo, LeavesTheRestToItsMixer)
     for (const char* const list : {"chav", "srav", "ssav"}) {
         const OSType word =
             OSType(list[0]) << 24 | OSType(list[1]) << 16 | OSType(list[2]) << 8 | OSType(list[3]);
-        EXPECT_EQ(setInfo(word, 0), -232) << "a list is not set here";
+        EXPECT_EQ(setInfo(word, 0), -232) << "lists cannot be set: the mixer answers";
         EXPECT_EQ(calls(), (Notes{std::string("SoundComponentSetInfo(mixer1, null, '") + list + "', null)"}));
     }
 }

@@ -1,4 +1,4 @@
-// An instance of the component: opened, initialised, playing, closed.
+// An instance of the component: open, initialise, play, close.
 #include "tests/soundstream/stream_test.h"
 #include "tests/support/c_library_spy.h"
 
@@ -10,7 +10,7 @@ using namespace soundstream_test;
 
 class SoundStreamInstance : public StreamTest {
 protected:
-    /// What a request asks of the platform, without the dispatcher's own call of the handler.
+    /// The platform calls of a request's handler.
     Notes callsOf(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words,
                   ComponentResult expected = noErr)
     {
@@ -27,7 +27,7 @@ protected:
 
 // ---- Open ----
 
-TEST_F(SoundStreamInstance, IsOpened)
+TEST_F(SoundStreamInstance, OpenCreatesTheStorage)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();
@@ -42,7 +42,7 @@ TEST_F(SoundStreamInstance, IsOpened)
     ASSERT_NE(globals, nullptr);
     EXPECT_EQ(globals->self, instance);
     EXPECT_EQ(globals->refcon, object().state()->refconRecord);
-    EXPECT_EQ(object().state()->refconRecord->globals, globals) << "it is heard";
+    EXPECT_EQ(object().state()->refconRecord->globals, globals) << "the instance is audible";
     EXPECT_EQ(globals->mixer, nullptr);
     EXPECT_EQ(globals->sourceData, nullptr);
     const SoundComponentData none = {};
@@ -51,7 +51,7 @@ TEST_F(SoundStreamInstance, IsOpened)
     closeInstance(instance);
 }
 
-TEST_F(SoundStreamInstance, WithoutMemoryIsNotOpened)
+TEST_F(SoundStreamInstance, OpenFailsWithoutMemory)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();
@@ -59,10 +59,10 @@ TEST_F(SoundStreamInstance, WithoutMemoryIsNotOpened)
     EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}, memFullErr), Notes());
     EXPECT_EQ(sound_spy::storageOf(instance), nullptr);
     EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
-    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "closed without a storage";
+    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "closing without storage";
 }
 
-TEST_F(SoundStreamInstance, AStorageThatIsNoneIsLikeNone)
+TEST_F(SoundStreamInstance, AnUnknownStorageCountsAsNone)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
@@ -79,18 +79,18 @@ TEST_F(SoundStreamInstance, AStorageThatIsNoneIsLikeNone)
     }
 }
 
-TEST_F(SoundStreamInstance, TheLatestIsHeard)
+TEST_F(SoundStreamInstance, TheInstanceOpenedLastIsAudible)
 {
     open();
     const ComponentInstance first = openInstanceWithMixer(), second = openInstanceWithMixer();
     const soundstream::RefconRecord& record = *object().state()->refconRecord;
     EXPECT_EQ(record.globals, globalsOf(second));
     send(first, 1, {0});
-    EXPECT_EQ(record.globals, globalsOf(second)) << "also when the earlier is initialised again";
+    EXPECT_EQ(record.globals, globalsOf(second)) << "also after the first is initialised again";
     send(second, 1, {0});
     EXPECT_EQ(record.globals, globalsOf(second));
     closeInstance(first);
-    EXPECT_EQ(record.globals, nullptr) << "any that closes ends what is heard";
+    EXPECT_EQ(record.globals, nullptr) << "closing any instance silences the registration";
     send(second, 1, {0});
     EXPECT_EQ(record.globals, nullptr);
     const ComponentInstance third = openInstance();
@@ -99,7 +99,7 @@ TEST_F(SoundStreamInstance, TheLatestIsHeard)
     EXPECT_EQ(record.globals, nullptr);
 }
 
-TEST_F(SoundStreamInstance, OpenedAgainBeginsAnew)
+TEST_F(SoundStreamInstance, OpenReplacesTheFormerStorage)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
@@ -111,11 +111,11 @@ TEST_F(SoundStreamInstance, OpenedAgainBeginsAnew)
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance));
 }
 
-TEST_F(SoundStreamInstance, OpenedWhenTheHostHasClosedIsUnheard)
+TEST_F(SoundStreamInstance, AnInstanceOpenedAfterCloseComponentIsSilent)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();
-    object().closeComponent(); // the platform keeps a component that somebody is opening, and its refcon
+    object().closeComponent(); // the platform keeps a component in use, and its refcon
     EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}),
               (Notes{"GetComponentRefcon(instance1)", "SetComponentInstanceStorage(instance1, storage1)"}));
     EXPECT_EQ(globalsOf(instance)->refcon, nullptr);
@@ -125,55 +125,68 @@ TEST_F(SoundStreamInstance, OpenedWhenTheHostHasClosedIsUnheard)
     closeInstance(instance);
 }
 
-TEST_F(SoundStreamInstance, OfAFormerRegistrationIsUnheard)
+TEST_F(SoundStreamInstance, AnInstanceOfAFormerRegistrationIsSilent)
 {
     open();
-    const ComponentInstance stays = openInstance(), late = sound_spy::newInstance();
+    const ComponentInstance early = openInstance(), late = sound_spy::newInstance();
     object().closeComponent();
     object().openComponent();
     EXPECT_EQ(send(late, -1, {wordOf(late)}), noErr);
-    EXPECT_EQ(globalsOf(late)->refcon, nullptr) << "its registration is taken back";
+    EXPECT_EQ(globalsOf(late)->refcon, nullptr) << "its component is unregistered";
     EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
     const ComponentInstance now = openInstance();
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(now));
     closeInstance(late);
-    closeInstance(stays);
+    closeInstance(early);
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(now));
 }
 
 // ---- Close ----
 
-TEST_F(SoundStreamInstance, IsClosed)
+TEST_F(SoundStreamInstance, CloseClosesTheMixerAndFreesTheStorage)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
     send(instance, 261, {0, 0});
     const soundstream::RefconRecord& record = *object().state()->refconRecord;
-    bool wasActive = true, wasHeard = true;
+    bool wasActive = true, wasAudible = true;
     sound_spy::answer("CloseMixerSoundComponent").during = [&] {
         wasActive = object().isActive();
-        wasHeard = record.globals != nullptr;
+        wasAudible = record.globals != nullptr;
     };
     const long blocks = watched::liveBlocks();
     EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), (Notes{"CloseMixerSoundComponent(mixer1)"}));
-    EXPECT_FALSE(wasActive) << "the stream ends first";
-    EXPECT_FALSE(wasHeard) << "the render thread is gone before the mixer is";
+    EXPECT_FALSE(wasActive) << "the stream becomes inactive first";
+    EXPECT_FALSE(wasAudible) << "the render thread loses the instance before its mixer closes";
     EXPECT_EQ(record.globals, nullptr);
     EXPECT_EQ(watched::liveBlocks(), blocks - 1);
-    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "once";
+    EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "a second close does nothing";
 }
 
-TEST_F(SoundStreamInstance, ClosedWithoutAMixerClosesNone)
+TEST_F(SoundStreamInstance, CloseWithoutAMixerCallsNoPlatformFunction)
 {
     open();
     const ComponentInstance instance = openInstance();
     EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes());
-    EXPECT_EQ(sendWith(nullptr, -2, {0}), noErr) << "null is let pass";
+    EXPECT_EQ(sendWith(nullptr, -2, {0}), noErr) << "null is ignored";
+}
+
+// After a close request the platform keeps the storage word, and the storage's address may be used again.
+TEST_F(SoundStreamInstance, ASecondCloseDoesNotCloseAnotherInstanceAtTheSameAddress)
+{
+    open();
+    const ComponentInstance first = openInstance();
+    closeInstance(first);
+    const ComponentInstance second = openInstanceWithMixer();
+    EXPECT_EQ(sendWith(sound_spy::storageOf(second), -2, {wordOf(first)}), noErr);
+    EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(second))
+        << "the second instance stays audible";
+    EXPECT_EQ(sound_spy::live(), (Notes{"component1", "mixer1"}));
 }
 
 // ---- InitOutputDevice ----
 
-TEST_F(SoundStreamInstance, AsksItsMixerFor16BitLittleEndianStereoAt44100)
+TEST_F(SoundStreamInstance, RequestsAMixerOf16BitLittleEndianStereoAt44100)
 {
     open();
     const ComponentInstance instance = openInstance();
@@ -191,7 +204,7 @@ TEST_F(SoundStreamInstance, AsksItsMixerFor16BitLittleEndianStereoAt44100)
     EXPECT_NE(globalsOf(instance)->mixer, nullptr);
 }
 
-TEST_F(SoundStreamInstance, InitialisedAgainHasAnotherMixer)
+TEST_F(SoundStreamInstance, InitOutputDeviceReplacesTheMixer)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
@@ -201,28 +214,28 @@ TEST_F(SoundStreamInstance, InitialisedAgainHasAnotherMixer)
     EXPECT_EQ(callsOf(instance, 1, {0}),
               (Notes{"CloseMixerSoundComponent(mixer1)",
                      "OpenMixerSoundComponent({0, 'sowt', 2, 16, 0xAC440000, 1024, null, 0}, 0)"}));
-    EXPECT_EQ(globalsOf(instance)->sourceData, nullptr) << "it was the other mixer's";
+    EXPECT_EQ(globalsOf(instance)->sourceData, nullptr) << "it belonged to the former mixer";
     EXPECT_EQ(sound_spy::live(), (Notes{"component1", "mixer2"}));
 }
 
-TEST_F(SoundStreamInstance, WithoutItsMixerHasNone)
+TEST_F(SoundStreamInstance, HasNoMixerAfterARefusal)
 {
     open();
     const ComponentInstance instance = openInstance();
     for (int time = 0; time < 2; ++time) {
         sound_spy::answer("OpenMixerSoundComponent").status = -206;
         EXPECT_EQ(send(instance, 1, {0}), -206);
-        EXPECT_EQ(globalsOf(instance)->mixer, nullptr) << "not the rubbish that a refusal left";
+        EXPECT_EQ(globalsOf(instance)->mixer, nullptr) << "the garbage of a refused call is not stored";
         EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance));
         sound_spy::answer("OpenMixerSoundComponent").status = noErr;
         EXPECT_EQ(send(instance, 1, {0}), noErr);
     }
-    EXPECT_EQ(sendWith(nullptr, 1, {0}), paramErr) << "it has no instance";
+    EXPECT_EQ(sendWith(nullptr, 1, {0}), paramErr) << "there is no storage";
 }
 
 // ---- sources ----
 
-TEST_F(SoundStreamInstance, PassesSourcesOnAndTellsWhetherTheStreamIsActive)
+TEST_F(SoundStreamInstance, ForwardsSourceCallsAndSetsWhetherTheStreamIsActive)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
@@ -234,7 +247,7 @@ TEST_F(SoundStreamInstance, PassesSourcesOnAndTellsWhetherTheStreamIsActive)
     const long source = 0x1234;
     sound_spy::name(reinterpret_cast<void*>(source), "source");
 
-    enum Becomes { active, inactive, asItWas };
+    enum Becomes { active, inactive, unchanged };
     // clang-format off
     const struct {
         SInt16 selector;
@@ -244,18 +257,18 @@ TEST_F(SoundStreamInstance, PassesSourcesOnAndTellsWhetherTheStreamIsActive)
         const char* why;
     } facts[] = {
         {261, {3, listed},             "SoundComponentStartSource(mixer1, 3, sources)", active, "started"},
-        {261, {0, 0},                  "SoundComponentStartSource(mixer1, 0, null)", active, "no source at all"},
-        {261, {0x10003, listed},       "SoundComponentStartSource(mixer1, 3, sources)", active, "a count has 16 bits"},
-        {261, {0xFFFF, listed},        "SoundComponentStartSource(mixer1, -1, sources)", active, "and a sign"},
+        {261, {0, 0},                  "SoundComponentStartSource(mixer1, 0, null)", active, "no source"},
+        {261, {0x10003, listed},       "SoundComponentStartSource(mixer1, 3, sources)", active, "the count has 16 bits"},
+        {261, {0xFFFF, listed},        "SoundComponentStartSource(mixer1, -1, sources)", active, "the count is signed"},
         {262, {2, listed},             "SoundComponentStopSource(mixer1, 2, sources)", inactive, "stopped"},
         {263, {1, listed},             "SoundComponentPauseSource(mixer1, 1, sources)", inactive, "paused"},
         {264, {source, given, 0},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 0)", active, "played"},
-        {264, {source, given, 1},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 1)", asItWas, "set up only"},
+        {264, {source, given, 1},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 1)", unchanged, "only prepared: bit 0 is set"},
         {264, {source, given, 2},      "SoundComponentPlaySourceBuffer(mixer1, source, block, 2)", active, "another bit"},
-        {264, {source, given, 0x10000}, "SoundComponentPlaySourceBuffer(mixer1, source, block, 65536)", active, "pass through"},
-        {264, {source, given, 0x10001}, "SoundComponentPlaySourceBuffer(mixer1, source, block, 65537)", asItWas, "and set up only"},
-        {264, {source, given, -1},     "SoundComponentPlaySourceBuffer(mixer1, source, block, -1)", asItWas, "every bit"},
-        {264, {0, 0, -2},              "SoundComponentPlaySourceBuffer(mixer1, null, null, -2)", active, "every bit but the first"},
+        {264, {source, given, 0x10000}, "SoundComponentPlaySourceBuffer(mixer1, source, block, 65536)", active, "all bits reach the mixer"},
+        {264, {source, given, 0x10001}, "SoundComponentPlaySourceBuffer(mixer1, source, block, 65537)", unchanged, "only prepared: bit 0 is set"},
+        {264, {source, given, -1},     "SoundComponentPlaySourceBuffer(mixer1, source, block, -1)", unchanged, "only prepared: every bit is set"},
+        {264, {0, 0, -2},              "SoundComponentPlaySourceBuffer(mixer1, null, null, -2)", active, "every bit but bit 0"},
     };
     // clang-format on
     for (const auto& fact : facts)
@@ -270,13 +283,13 @@ TEST_F(SoundStreamInstance, PassesSourcesOnAndTellsWhetherTheStreamIsActive)
                       "SoundComponentPlaySourceBuffer"})
                     sound_spy::answer(function).status = status;
                 EXPECT_EQ(callsOf(instance, fact.selector, fact.words, status), (Notes{fact.call}));
-                EXPECT_EQ(during, before) << "it changes after the mixer has been asked";
-                EXPECT_EQ(object().isActive(), fact.becomes == asItWas ? before : fact.becomes == active)
-                    << "whatever the mixer answers: " << status;
+                EXPECT_EQ(during, before) << "the flag changes after the mixer's call";
+                EXPECT_EQ(object().isActive(), fact.becomes == unchanged ? before : fact.becomes == active)
+                    << "for any status of the mixer: " << status;
             }
 }
 
-TEST_F(SoundStreamInstance, WithoutAMixerPassesItsStatusOn)
+TEST_F(SoundStreamInstance, ForwardsSourceCallsToNullWithoutAMixer)
 {
     open();
     for (const SInt16 selector : {261, 262, 263, 264}) {
@@ -285,7 +298,7 @@ TEST_F(SoundStreamInstance, WithoutAMixerPassesItsStatusOn)
         const ComponentInstance instance = openInstance();
         EXPECT_EQ(callsOf(instance, selector, {0, 0, 0}).at(0).find("null") != std::string::npos, true);
         EXPECT_EQ(object().isActive(), selector == 261 || selector == 264);
-        EXPECT_EQ(sendWith(nullptr, selector, {0, 0, 0}), noErr) << "and without an instance";
+        EXPECT_EQ(sendWith(nullptr, selector, {0, 0, 0}), noErr) << "without storage, too";
     }
 }
 

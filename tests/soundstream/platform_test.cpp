@@ -1,4 +1,4 @@
-// The component over the real platform: found by a client, opened, spoken to, and heard.
+// The component on the real platform: a client finds it, opens it, sends requests and plays.
 #include "soundstream/render.h"
 #include "tests/soundstream/classic_client.h"
 #include "tests/soundstream/pulled_list.h"
@@ -51,7 +51,7 @@ protected:
 
     void closeClient() { client_.reset(); }
 
-    /// A slice of `frames` frames, pulled as an audio unit does.
+    /// Render `frames` frames, as an audio unit does.
     void render(PulledList& pulled, UInt32 frames = 8)
     {
         EXPECT_EQ(soundstream::renderFromMixer(object().state(), nullptr, nullptr, 0, frames, pulled.list()),
@@ -70,7 +70,7 @@ private:
     std::optional<ClassicClient> client_;
 };
 
-// ---- found and opened ----
+// ---- find and open ----
 
 TEST_F(SoundStreamPlatform, IsFoundByItsDescription)
 {
@@ -87,7 +87,7 @@ TEST_F(SoundStreamPlatform, IsFoundByItsDescription)
     EXPECT_EQ(findComponent(), nullptr);
 }
 
-TEST_F(SoundStreamPlatform, InTheDevelopmentEnvironmentCannotBeOpened)
+TEST_F(SoundStreamPlatform, CannotBeOpenedInTheDevelopmentEnvironment)
 {
     soundComponentEntry = nullptr;
     object().initComponent();
@@ -99,7 +99,7 @@ TEST_F(SoundStreamPlatform, InTheDevelopmentEnvironmentCannotBeOpened)
     EXPECT_EQ(instance, nullptr);
 }
 
-TEST_F(SoundStreamPlatform, WithoutMemoryIsNotOpened)
+TEST_F(SoundStreamPlatform, IsNotOpenedWithoutMemory)
 {
     object().initComponent();
     object().openComponent();
@@ -107,13 +107,12 @@ TEST_F(SoundStreamPlatform, WithoutMemoryIsNotOpened)
     ComponentInstance instance = nullptr;
     EXPECT_EQ(OpenAComponent(findComponent(), &instance), memFullErr);
     EXPECT_EQ(instance, nullptr);
-    EXPECT_EQ(OpenAComponent(findComponent(), &instance), noErr) << "the next time";
+    EXPECT_EQ(OpenAComponent(findComponent(), &instance), noErr) << "a second attempt";
     EXPECT_EQ(CloseComponent(instance), noErr);
     EXPECT_EQ(CloseComponent(instance), static_cast<OSErr>(badComponentInstance & 0xFFFF));
 }
 
-// The silence goes to two buffers, whatever the count: the platform's units have memory for the second
-// record.
+// Silence goes to two buffers for any buffer count: the platform's units have memory for the second record.
 TEST_F(SoundStreamPlatform, SilencesAUnitWithOneBuffer)
 {
     object().initComponent();
@@ -144,11 +143,11 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
 {
     open();
     for (int what = -6; what <= 300; ++what) {
-        if (what == -2 || what == -1) continue; // open and close, below
+        if (what == -2 || what == -1) continue; // open and close are tested below
         SCOPED_TRACE(what);
         SoundSource added = nullptr;
-        char room[16] = {};
-        const long place = reinterpret_cast<long>(room);
+        char value[16] = {};
+        const long out = reinterpret_cast<long>(value);
         ComponentResult expected = badComponentSelector;
         std::array<long, 3> words = {0, 0, 0};
         switch (what) {
@@ -162,7 +161,7 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
         case 1:
             expected = noErr;
             break;
-        case 257: // of the mixer, by delegation
+        case 257: // delegated to the mixer
             words[0] = reinterpret_cast<long>(&added);
             expected = noErr;
             break;
@@ -170,7 +169,7 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
             expected = badChannel;
             break;
         case 259:
-            words = {0, 'chan', place};
+            words = {0, 'chan', out};
             expected = noErr;
             break;
         case 260:
@@ -183,7 +182,7 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
             expected = noErr;
             break;
         case 264:
-            expected = paramErr; // there is no block
+            expected = paramErr; // without a block
             break;
         default:
             break;
@@ -194,19 +193,20 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
             EXPECT_NE(added, nullptr);
         }
         if (what == 259) {
-            EXPECT_EQ(room[0], 2);
+            EXPECT_EQ(value[0], 2);
         }
     }
     EXPECT_EQ(send(client().instance, -2, {reinterpret_cast<long>(client().instance)}), noErr);
-    EXPECT_EQ(send(client().instance, -2, {reinterpret_cast<long>(client().instance)}), noErr) << "once more";
-    EXPECT_EQ(send(client().instance, 1, {0}), paramErr) << "it has no storage now";
+    EXPECT_EQ(send(client().instance, -2, {reinterpret_cast<long>(client().instance)}), noErr)
+        << "a second close";
+    EXPECT_EQ(send(client().instance, 1, {0}), paramErr) << "it has no storage";
     EXPECT_EQ(send(client().instance, 257, {0}), badComponentInstance);
     EXPECT_EQ(send(client().instance, 261, {0, 0}), badComponentInstance);
     EXPECT_EQ(send(client().instance, -1, {reinterpret_cast<long>(client().instance)}), noErr);
     EXPECT_EQ(send(client().instance, 1, {0}), noErr);
 }
 
-TEST_F(SoundStreamPlatform, TellsWhatItCanDo)
+TEST_F(SoundStreamPlatform, CanDoAnswersByTheTable)
 {
     open();
     for (int what = -6; what <= 300; ++what) {
@@ -216,7 +216,7 @@ TEST_F(SoundStreamPlatform, TellsWhatItCanDo)
     }
 }
 
-TEST_F(SoundStreamPlatform, TellsAndTakesInformation)
+TEST_F(SoundStreamPlatform, GetsAndSetsInformation)
 {
     open();
     UInt32 rate = 0;
@@ -245,7 +245,7 @@ TEST_F(SoundStreamPlatform, TellsAndTakesInformation)
 
     UInt32 volume = 0;
     EXPECT_EQ(SoundComponentGetInfo(client().instance, client().source, siVolume, &volume), noErr)
-        << "the mixer's";
+        << "the mixer answers";
     EXPECT_EQ(volume, 0x01000100u);
     EXPECT_EQ(SoundComponentSetInfo(client().instance, client().source, siVolume,
                                     reinterpret_cast<void*>(0x800080)),
@@ -253,23 +253,23 @@ TEST_F(SoundStreamPlatform, TellsAndTakesInformation)
     EXPECT_EQ(SoundComponentGetInfo(client().instance, nullptr, siQuality, &volume), siUnknownInfoType);
 }
 
-// ---- what is heard ----
+// ---- output ----
 
 constexpr unsigned char bytes[] = {0x40, 0x00, 0xC0, 0x00, 0x00, 0x01, 0xFF, 0xFF, 0x12, 0x34, 0x80, 0x00};
 
-// The bytes above as big-endian samples, and swapped.
+// The bytes above, read as big-endian and as little-endian samples.
 constexpr float bigEndian[2][3] = {{0x4000 / 32768.0f, 1 / 32768.0f, 0x1234 / 32768.0f},
                                    {-0x4000 / 32768.0f, -1 / 32768.0f, -1.0f}};
 constexpr float swapped[2][3] = {{0x0040 / 32768.0f, 0x0100 / 32768.0f, 0x3412 / 32768.0f},
                                  {0x00C0 / 32768.0f, -1 / 32768.0f, 0x0080 / 32768.0f}};
 
-TEST_F(SoundStreamPlatform, IsHeardAsBigEndianWhatCallsItselfLittleEndian)
+TEST_F(SoundStreamPlatform, PlaysBigEndianSamplesThatAreLabelledLittleEndian)
 {
     // clang-format off
-    const struct { OSType format; const float (&heard)[2][3]; const char* why; } facts[] = {
-        {'sowt', bigEndian, "big-endian samples that are called little-endian pass the mixer, and sound right"},
-        {'twos', swapped,   "honest big-endian ones are converted, and heard swapped"},
-        {'NONE', swapped,   "likewise"},
+    const struct { OSType format; const float (&output)[2][3]; const char* why; } facts[] = {
+        {'sowt', bigEndian, "the wrong label: the mixer passes the bytes, and they play correctly"},
+        {'twos', swapped,   "the right label: the mixer swaps the bytes, and they play swapped"},
+        {'NONE', swapped,   "another right label"},
     };
     // clang-format on
     open();
@@ -282,13 +282,13 @@ TEST_F(SoundStreamPlatform, IsHeardAsBigEndianWhatCallsItselfLittleEndian)
         render(pulled, 3);
         for (std::size_t channel = 0; channel < 2; ++channel)
             for (std::size_t frame = 0; frame < 3; ++frame)
-                EXPECT_EQ(pulled.sample(channel, frame), fact.heard[channel][frame])
+                EXPECT_EQ(pulled.sample(channel, frame), fact.output[channel][frame])
                     << channel << ", " << frame;
-        EXPECT_TRUE(isSilence()) << "and then nothing";
+        EXPECT_TRUE(isSilence()) << "after the last frame";
     }
 }
 
-TEST_F(SoundStreamPlatform, IsHeardWholeInSlicesOfAnySize)
+TEST_F(SoundStreamPlatform, PlaysEveryFrameInSlicesOfAnySize)
 {
     open();
     constexpr int frames = 5000;
@@ -301,7 +301,7 @@ TEST_F(SoundStreamPlatform, IsHeardWholeInSlicesOfAnySize)
     SoundParamBlock block = blockOf(samples.data(), frames);
     EXPECT_EQ(client().play(block, kSourcePaused), noErr);
     EXPECT_FALSE(object().isActive());
-    EXPECT_TRUE(isSilence()) << "set up only";
+    EXPECT_TRUE(isSilence()) << "only prepared";
     EXPECT_EQ(client().start(), noErr);
     int done = 0;
     for (const UInt32 slice : {1, 1023, 1024, 1025, 512, 7, 1400, 8}) {
@@ -326,7 +326,7 @@ TEST_F(SoundStreamPlatform, FollowsStartStopAndPause)
     EXPECT_TRUE(object().isActive());
     client().pause();
     EXPECT_FALSE(object().isActive());
-    for (int slice = 0; slice < 200; ++slice) isSilence(); // what the mixer had given already
+    for (int slice = 0; slice < 200; ++slice) isSilence(); // samples that the mixer had delivered before
     EXPECT_TRUE(isSilence());
     client().start();
     EXPECT_FALSE(isSilence());
@@ -335,12 +335,12 @@ TEST_F(SoundStreamPlatform, FollowsStartStopAndPause)
     EXPECT_FALSE(object().isActive());
     for (int slice = 0; slice < 200; ++slice) isSilence();
     client().start();
-    EXPECT_TRUE(isSilence()) << "a stop throws away";
+    EXPECT_TRUE(isSilence()) << "a stop discards the buffer";
     client().play(second);
     EXPECT_FALSE(isSilence());
 }
 
-TEST_F(SoundStreamPlatform, TheLatestOfTwoIsHeard)
+TEST_F(SoundStreamPlatform, TheInstanceOpenedLastIsAudible)
 {
     open();
     const std::vector<unsigned char> quiet(4 * 100, 0x11), loud(4 * 100, 0x22);
@@ -353,7 +353,7 @@ TEST_F(SoundStreamPlatform, TheLatestOfTwoIsHeard)
         render(pulled);
         EXPECT_EQ(pulled.sample(0, 0), 0x2222 / 32768.0f);
     }
-    EXPECT_TRUE(isSilence()) << "what closes ends what is heard";
+    EXPECT_TRUE(isSilence()) << "closing any instance silences the registration";
     EXPECT_EQ(SoundComponentInitOutputDevice(client().instance, 0), noErr);
     EXPECT_TRUE(isSilence());
 }
@@ -363,24 +363,24 @@ TEST_F(SoundStreamPlatform, RenderingAllocatesNothing)
     open();
     const std::vector<unsigned char> samples(4 * 600, 0x11);
     SoundParamBlock block = blockOf(samples.data(), 600);
-    const auto renderAlone = [&] {
+    const auto renderWithoutAllocation = [&] {
         PulledList pulled(2, 512);
         const watched::NoAllocation none;
         render(pulled, 512);
     };
     const int before = watched::alarms();
     client().play(block);
-    renderAlone();
-    renderAlone();
-    renderAlone(); // runs dry
+    renderWithoutAllocation();
+    renderWithoutAllocation();
+    renderWithoutAllocation(); // after the last frame
     closeClient();
-    renderAlone();
+    renderWithoutAllocation();
     object().closeComponent();
-    renderAlone();
+    renderWithoutAllocation();
     EXPECT_EQ(watched::alarms(), before);
 }
 
-// ---- instances that stay ----
+// ---- instances that outlive their component ----
 
 TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
 {
@@ -389,11 +389,11 @@ TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
     SoundParamBlock block = blockOf(samples.data(), 100);
     object().closeComponent();
     EXPECT_FALSE(object().isOpen());
-    ASSERT_NE(findComponent(), nullptr) << "the platform keeps what is in use";
+    ASSERT_NE(findComponent(), nullptr) << "the platform keeps a component in use";
     EXPECT_EQ(client().play(block), noErr);
-    EXPECT_TRUE(isSilence()) << "it is heard no more";
+    EXPECT_TRUE(isSilence()) << "the instance is silent";
     {
-        ClassicClient late; // of a component that nobody owns any more
+        ClassicClient late; // of the unregistered component
         EXPECT_TRUE(late);
         EXPECT_EQ(late.start(), noErr);
         EXPECT_TRUE(isSilence());
@@ -406,8 +406,8 @@ TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
     closeClient();
 }
 
-// What the platform keeps stands in front: a late client that takes the first match plays to nobody.
-TEST_F(SoundStreamPlatform, TheLatestRegistrationIsHeardAndTheFirstMatchIsAnOrphan)
+// The platform finds a kept registration before a later one: a client that takes the first match is silent.
+TEST_F(SoundStreamPlatform, TheLastMatchIsAudibleAndTheFirstMatchIsAnOrphan)
 {
     open();
     object().closeComponent();
@@ -429,10 +429,10 @@ TEST_F(SoundStreamPlatform, TheLatestRegistrationIsHeardAndTheFirstMatchIsAnOrph
         EXPECT_EQ(isSilence(), fact.isSilent);
     }
     closeClient();
-    EXPECT_EQ(findFirstComponent(), orphan) << "nobody has it open, and it stays";
+    EXPECT_EQ(findFirstComponent(), orphan) << "the platform keeps it, though no instance is open";
 }
 
-// ---- from inside ----
+// ---- completion routines, on the render thread ----
 
 std::function<void()>* completing = nullptr;
 
@@ -454,7 +454,7 @@ TEST_F(SoundStreamPlatform, ACompletionRoutineMayCloseInitialiseOrDestroy)
         {"initialises the component", [this] { object().initComponent(); }},
         {"destroys the object",      [this] { object().destroy(); }},
         {"destroys all",             [this] { client().close(); object().destroy(); }},
-        {"destroys all, the other way", [this] { object().destroy(); client().close(); }},
+        {"destroys all, object first", [this] { object().destroy(); client().close(); }},
     };
     // clang-format on
     const std::vector<unsigned char> samples(4 * 4, 0x11);
@@ -479,7 +479,7 @@ TEST_F(SoundStreamPlatform, ACompletionRoutineMayCloseInitialiseOrDestroy)
         EXPECT_EQ(
             soundstream::renderFromMixer(const_cast<void*>(state), nullptr, nullptr, 0, 64, pulled.list()),
             noErr)
-            << "the unit goes on";
+            << "the next slice";
         closeClient();
         object().destroy();
         unregisterAll();
@@ -509,13 +509,13 @@ TEST_F(SoundStreamPlatform, PlaysToADeviceOfOneChannel)
     EXPECT_EQ(object().attach(unit), noErr);
     EXPECT_EQ(object().initialize(unit), noErr);
     EXPECT_EQ(object().start(unit), noErr);
-    EXPECT_EQ(KVXPlatformStep(device, 1024), 1024u) << "a list of one buffer, and silence for two";
+    EXPECT_EQ(KVXPlatformStep(device, 1024), 1024u) << "silence for two buffers, in a list of one";
     object().closeComponent();
     EXPECT_EQ(CloseComponent(opened), noErr);
     EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
 }
 
-TEST_F(SoundStreamPlatform, AUnitMayOutliveTheStateThatItWasGiven)
+TEST_F(SoundStreamPlatform, AUnitMayOutliveItsState)
 {
     KVXSimulatedDevice description = {};
     description.name = "Stepped";
@@ -530,7 +530,7 @@ TEST_F(SoundStreamPlatform, AUnitMayOutliveTheStateThatItWasGiven)
         EXPECT_EQ(object().start(unit), noErr);
     }
     EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
-    object().initComponent(); // stops the second, and knows nothing of the first
+    object().initComponent(); // stops the second unit only
     EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
     EXPECT_EQ(object().start(second), noErr);
     EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);

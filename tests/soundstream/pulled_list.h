@@ -1,4 +1,4 @@
-// A buffer list as an audio unit hands it over, with room for three buffers whatever it says.
+// The buffer list of a render call, with memory for three buffers whatever its buffer count.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -11,14 +11,14 @@ namespace soundstream_test {
 
 class PulledList {
 public:
-    static constexpr std::size_t room = 3;
-    static constexpr unsigned char before = 0x5A; ///< what stands in every byte
+    static constexpr std::size_t capacity = 3;
+    static constexpr unsigned char before = 0x5A; ///< the initial value of every byte
 
     explicit PulledList(UInt32 count, UInt32 frames = 8)
     {
         list()->mNumberBuffers = count;
-        for (std::size_t i = 0; i < room; ++i) {
-            memory_[i].assign((frames + 2) * sizeof(float), before); // two frames behind its end
+        for (std::size_t i = 0; i < capacity; ++i) {
+            memory_[i].assign((frames + 2) * sizeof(float), before); // two frames more than its size
             buffer(i) = {1, frames * UInt32{sizeof(float)}, memory_[i].data()};
         }
     }
@@ -32,7 +32,7 @@ public:
         return reinterpret_cast<const float*>(memory_[index].data())[frame];
     }
 
-    /// Zeros for its byte size, and nothing touched behind.
+    /// Whether the buffer is zero for its byte size, and unchanged after that.
     bool isSilent(std::size_t index) { return isSilentFor(index, buffer(index).mDataByteSize); }
     bool isSilentFor(std::size_t index, std::size_t bytes) const
     {
@@ -45,8 +45,8 @@ public:
 
 private:
     alignas(AudioBufferList) unsigned char words_[sizeof(AudioBufferList) +
-                                                  (room - 1) * sizeof(AudioBuffer)] = {};
-    std::vector<unsigned char> memory_[room];
+                                                  (capacity - 1) * sizeof(AudioBuffer)] = {};
+    std::vector<unsigned char> memory_[capacity];
 };
 
 } // namespace soundstream_test

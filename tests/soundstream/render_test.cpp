@@ -1,5 +1,4 @@
-// What the audio unit pulls: silence without an instance, else what the converter makes of the mixer's
-// samples.
+// The render procedure: silence without an instance, else the mixer's samples through the converter.
 #include "tests/soundstream/pulled_list.h"
 #include "tests/soundstream/stream_test.h"
 
@@ -42,16 +41,16 @@ private:
 
 // ---- silence ----
 
-TEST_F(SoundStreamRender, IsSilenceInTheFirstTwoBuffersOfTheList)
+TEST_F(SoundStreamRender, SilencesTheFirstTwoBuffersOfTheList)
 {
     for (UInt32 count = 0; count <= 3; ++count) {
         SCOPED_TRACE(count);
-        PulledList pulled(count); // a record of each buffer, whatever the count
+        PulledList pulled(count); // with three buffer records for any count
         pulled.buffer(0).mDataByteSize = 12;
         pulled.buffer(1).mDataByteSize = 28;
         EXPECT_EQ(render(pulled.list(), 1), noErr);
-        EXPECT_TRUE(pulled.isSilentFor(0, 12)) << "its byte size, and not the requested frames";
-        EXPECT_TRUE(pulled.isSilentFor(1, 28)) << "each by its own byte size";
+        EXPECT_TRUE(pulled.isSilentFor(0, 12)) << "its byte size, not the requested frames";
+        EXPECT_TRUE(pulled.isSilentFor(1, 28)) << "each buffer by its own byte size";
         EXPECT_TRUE(pulled.isUntouched(2));
         EXPECT_EQ(pulled.list()->mNumberBuffers, count);
         EXPECT_EQ(pulled.buffer(0).mDataByteSize, 12u);
@@ -60,7 +59,7 @@ TEST_F(SoundStreamRender, IsSilenceInTheFirstTwoBuffersOfTheList)
     EXPECT_EQ(sound_spy::calls(), Notes());
 }
 
-TEST_F(SoundStreamRender, SilenceLetsBuffersWithoutMemoryBe)
+TEST_F(SoundStreamRender, SilenceSkipsBuffersWithoutMemory)
 {
     for (std::size_t absent = 0; absent < 2; ++absent) {
         PulledList pulled(2);
@@ -75,25 +74,25 @@ TEST_F(SoundStreamRender, SilenceLetsBuffersWithoutMemoryBe)
     EXPECT_TRUE(pulled.isUntouched(0));
 }
 
-TEST_F(SoundStreamRender, IsSilenceInEveryStateWithoutAnOpenInstance)
+TEST_F(SoundStreamRender, RendersSilenceInEveryStateWithoutAnOpenInstance)
 {
-    expectSilence("open, and no client");
+    expectSilence("open, without a client");
     const ComponentInstance instance = openInstanceWithMixer();
     closeInstance(instance);
-    expectSilence("the client has closed");
+    expectSilence("the client has closed its instance");
     const ComponentInstance another = openInstanceWithMixer();
     object().closeComponent();
-    expectSilence("the host has closed");
+    expectSilence("the host program has closed the component");
     closeInstance(another);
     object().openComponent();
     expectSilence("opened again");
     object().initComponent();
     expectSilence("initialised again");
     object().destroy();
-    expectSilence("destroyed: the unit still has its callback");
+    expectSilence("destroyed, while the unit keeps its callback");
 }
 
-TEST_F(SoundStreamRender, ForAStateThatIsGoneIsSilence)
+TEST_F(SoundStreamRender, RendersSilenceForAFreedState)
 {
     char anything = 0;
     PulledList pulled(2);
@@ -106,7 +105,7 @@ TEST_F(SoundStreamRender, ForAStateThatIsGoneIsSilence)
 
 // ---- through the converter ----
 
-TEST_F(SoundStreamRender, AsksTheConverterAndDropsItsStatus)
+TEST_F(SoundStreamRender, CallsTheConverterAndIgnoresItsStatus)
 {
     openInstance();
     PulledList pulled(2);
@@ -117,11 +116,11 @@ TEST_F(SoundStreamRender, AsksTheConverterAndDropsItsStatus)
         EXPECT_EQ(render(pulled.list(), 512), noErr);
         EXPECT_EQ(sound_spy::calls(), (Notes{"AudioConverterFillComplexBuffer(converter1, giveMixerSamples, "
                                              "storage1, 512, list, null)"}));
-        for (std::size_t i = 0; i < PulledList::room; ++i) EXPECT_TRUE(pulled.isUntouched(i));
+        for (std::size_t i = 0; i < PulledList::capacity; ++i) EXPECT_TRUE(pulled.isUntouched(i));
     }
 }
 
-TEST_F(SoundStreamRender, WithoutAConverterAsksNone)
+TEST_F(SoundStreamRender, PassesNullWithoutAConverter)
 {
     startOver();
     sound_spy::answer("AudioConverterNew").status = -108;
@@ -134,7 +133,7 @@ TEST_F(SoundStreamRender, WithoutAConverterAsksNone)
     EXPECT_EQ(sound_spy::calls().back().substr(0, 36), "AudioConverterFillComplexBuffer(null");
 }
 
-TEST_F(SoundStreamRender, WhatTheConverterThrowsIsSilence)
+TEST_F(SoundStreamRender, RendersSilenceWhenTheConverterThrows)
 {
     const ComponentInstance instance = openInstance();
     PulledList pulled(2);
@@ -144,15 +143,15 @@ TEST_F(SoundStreamRender, WhatTheConverterThrowsIsSilence)
     sound_spy::answer("AudioConverterFillComplexBuffer").during = nullptr;
     sound_spy::forgetCalls();
     EXPECT_EQ(render(pulled.list()), noErr);
-    EXPECT_EQ(sound_spy::calls().size(), 1u) << "the next slice goes on";
-    closeInstance(instance); // and nobody waits for the one that threw
+    EXPECT_EQ(sound_spy::calls().size(), 1u) << "the next slice is rendered";
+    closeInstance(instance); // does not wait: the failed render call has ended
 }
 
 // ---- the converter's input ----
 
 class SoundStreamInput : public SoundStreamRender {
 protected:
-    /// One call of the input procedure, as the converter makes it.
+    /// Call the input procedure once, as the converter does.
     OSStatus give(UInt32& packets, AudioBufferList* input)
     {
         OSStatus status = -1;
@@ -166,43 +165,43 @@ protected:
         return status;
     }
 
-    /// Whether the mixer was asked in that call.
-    static bool wasAsked() { return sound_spy::calls().size() > 1; }
+    /// Whether that call requested samples of the mixer.
+    static bool hasRequested() { return sound_spy::calls().size() > 1; }
 };
 
-TEST_F(SoundStreamInput, IsTheMixersSamplesInPlace)
+TEST_F(SoundStreamInput, GivesTheMixersSamplesInPlace)
 {
-    constexpr long none = -1, asItIs = -2;
+    constexpr long none = -1, kept = -2;
     // clang-format off
     const struct {
-        long has;      // frames left of the current data; none
-        long gives;    // what the mixer then gives: frames; none; or it leaves it
-        UInt32 wanted; // packets
-        bool asks;
-        long given;    // frames; none: silence, and the packets as they were
-        long left;     // of the current data; none
+        long current;     // frames left of the current data; none: no data
+        long next;        // frames of the mixer's next data; none: null; kept: the mixer does not answer
+        UInt32 requested; // packets
+        bool requests;    // data of the mixer
+        long given;       // frames; none: silence, and the packet count is unchanged
+        long left;        // frames of the current data afterwards; none: no data
         const char* why;
     } facts[] = {
-        {none, none,    16,  true,  none, none,  "nobody plays"},
-        {none, asItIs,  16,  true,  none, none,  "nobody plays, and the mixer says nothing"},
+        {none, none,    16,  true,  none, none,  "no source plays"},
+        {none, kept,    16,  true,  none, none,  "no source plays, and the mixer does not answer"},
         {none, 0,       16,  true,  none, 0,     "an empty record"},
         {none, 100,     16,  true,  16,   84,    "the first"},
-        {none, 10,      16,  true,  10,   0,     "less than wanted"},
-        {0,    none,    16,  true,  none, none,  "used up, and no more"},
-        {0,    asItIs,  16,  true,  none, 0,     "used up, and the mixer says nothing"},
+        {none, 10,      16,  true,  10,   0,     "fewer than requested"},
+        {0,    none,    16,  true,  none, none,  "used up, and no next data"},
+        {0,    kept,    16,  true,  none, 0,     "used up, and the mixer does not answer"},
         {0,    0,       16,  true,  none, 0,     "used up, and an empty record"},
-        {0,    100,     40,  true,  40,   60,    "used up, and more"},
-        {100,  none,    40,  false, 40,   60,    "what there is comes first"},
+        {0,    100,     40,  true,  40,   60,    "used up, and next data"},
+        {100,  none,    40,  false, 40,   60,    "current data first"},
         {100,  none,    99,  false, 99,   1,     "all but one"},
         {100,  none,    100, false, 100,  0,     "all"},
-        {100,  50,      101, false, 100,  0,     "all, and no more in the same call"},
-        {100,  none,    ~UInt32{0}, false, 100, 0, "as much as there is"},
+        {100,  50,      101, false, 100,  0,     "all; the next data follows in the next call"},
+        {100,  none,    ~UInt32{0}, false, 100, 0, "all, for the largest request"},
         {1,    none,    1,   false, 1,    0,     "one"},
-        {100,  none,    0,   false, none, 100,   "none wanted"},
-        {0,    100,     0,   true,  none, 100,   "none wanted, though more is asked for"},
-        {none, none,    0,   true,  none, none,  "none wanted, and none there"},
-        {-5,   100,     16,  false, none, -5,    "a count that is none"},
-        {0,    -5,      16,  true,  none, -5,    "likewise from the mixer"},
+        {100,  none,    0,   false, none, 100,   "none requested"},
+        {0,    100,     0,   true,  none, 100,   "none requested: the next data is fetched anyway"},
+        {none, none,    0,   true,  none, none,  "none requested, and no data"},
+        {-5,   100,     16,  false, none, -5,    "a negative count"},
+        {0,    -5,      16,  true,  none, -5,    "a negative count of the next data"},
     };
     // clang-format on
     const ComponentInstance instance = openInstanceWithMixer();
@@ -213,40 +212,40 @@ TEST_F(SoundStreamInput, IsTheMixersSamplesInPlace)
             const auto record = [&](long frames) {
                 return SoundComponentData{7, 'sowt', 2, 16, 0xAC440000, frames, samples, 9};
             };
-            SoundComponentData current = record(fact.has), next = record(fact.gives);
+            SoundComponentData current = record(fact.current), next = record(fact.next);
             current.buffer += 512;
             auto& globals = *globalsOf(instance);
-            globals.sourceData = fact.has == none ? nullptr : &current;
+            globals.sourceData = fact.current == none ? nullptr : &current;
             sound_spy::name(globals.sourceData, "current data");
             sound_spy::platform().nextData = [&](SoundComponentDataPtr* data) {
-                if (fact.gives != asItIs) *data = fact.gives == none ? nullptr : &next;
+                if (fact.next != kept) *data = fact.next == none ? nullptr : &next;
             };
-            sound_spy::answer("SoundComponentGetSourceData").status = status; // which is dropped
+            sound_spy::answer("SoundComponentGetSourceData").status = status; // ignored
 
             PulledList input(1);
             input.buffer(0).mNumberChannels = 7;
-            UInt32 packets = fact.wanted;
+            UInt32 packets = fact.requested;
             EXPECT_EQ(give(packets, input.list()), noErr);
-            EXPECT_EQ(wasAsked(), fact.asks);
-            if (fact.asks) {
-                EXPECT_EQ(sound_spy::calls()[1], fact.has == none
+            EXPECT_EQ(hasRequested(), fact.requests);
+            if (fact.requests) {
+                EXPECT_EQ(sound_spy::calls()[1], fact.current == none
                                                      ? "SoundComponentGetSourceData(mixer1, null)"
                                                      : "SoundComponentGetSourceData(mixer1, current data)");
             }
-            const bool isNext = fact.asks && fact.gives != asItIs;
-            const SoundComponentData& played = isNext ? next : current;
+            const bool usesNext = fact.requests && fact.next != kept;
+            const SoundComponentData& played = usesNext ? next : current;
             EXPECT_EQ(globals.sourceData, fact.left == none ? nullptr : &played);
             if (fact.given == none) {
-                EXPECT_EQ(packets, fact.wanted);
+                EXPECT_EQ(packets, fact.requested);
                 EXPECT_TRUE(input.isSilent(0));
                 EXPECT_EQ(input.buffer(0).mNumberChannels, 7u);
                 EXPECT_EQ(input.buffer(0).mDataByteSize, 32u);
             } else {
                 EXPECT_EQ(packets, static_cast<UInt32>(fact.given));
-                EXPECT_EQ(input.buffer(0).mData, samples + (isNext ? 0 : 512)) << "in place, not copied";
+                EXPECT_EQ(input.buffer(0).mData, samples + (usesNext ? 0 : 512)) << "in place, not copied";
                 EXPECT_EQ(input.buffer(0).mNumberChannels, 2u);
                 EXPECT_EQ(input.buffer(0).mDataByteSize, static_cast<UInt32>(fact.given * 4));
-                EXPECT_EQ(played.buffer, samples + (isNext ? 0 : 512) + fact.given * 4);
+                EXPECT_EQ(played.buffer, samples + (usesNext ? 0 : 512) + fact.given * 4);
                 EXPECT_TRUE(input.isUntouched(0));
             }
             EXPECT_TRUE(input.isUntouched(1));
@@ -254,28 +253,28 @@ TEST_F(SoundStreamInput, IsTheMixersSamplesInPlace)
                 SoundComponentData expected = record(fact.left);
                 expected.buffer = played.buffer;
                 EXPECT_EQ(std::memcmp(&played, &expected, sizeof expected), 0)
-                    << "only count and buffer move";
+                    << "only count and buffer change";
             }
         }
     globalsOf(instance)->sourceData = nullptr;
 }
 
-TEST_F(SoundStreamInput, GoesThroughARecordSliceBySlice)
+TEST_F(SoundStreamInput, DrainsARecordSliceBySlice)
 {
     openInstanceWithMixer();
     Byte samples[400];
     SoundComponentData data = {0, 'sowt', 2, 16, 0xAC440000, 100, samples, 0};
-    int asked = 0;
+    int requests = 0;
     sound_spy::platform().nextData = [&](SoundComponentDataPtr* place) {
         *place = &data;
         data.sampleCount = 100;
         data.buffer = samples;
-        ++asked;
+        ++requests;
     };
     const struct {
         std::ptrdiff_t first;
         UInt32 count;
-        int asked;
+        int requests;
     } facts[] = {{0, 32, 1}, {32, 32, 1}, {64, 32, 1}, {96, 4, 1}, {0, 32, 2}, {32, 32, 2}};
     for (const auto& fact : facts) {
         PulledList input(1);
@@ -283,11 +282,11 @@ TEST_F(SoundStreamInput, GoesThroughARecordSliceBySlice)
         EXPECT_EQ(give(packets, input.list()), noErr);
         EXPECT_EQ(static_cast<Byte*>(input.buffer(0).mData), samples + fact.first * 4);
         EXPECT_EQ(packets, fact.count);
-        EXPECT_EQ(asked, fact.asked);
+        EXPECT_EQ(requests, fact.requests);
     }
 }
 
-TEST_F(SoundStreamInput, IsSilenceBeforeThereIsAMixer)
+TEST_F(SoundStreamInput, IsSilenceWithoutAMixer)
 {
     openInstance();
     PulledList input(1);
@@ -298,10 +297,10 @@ TEST_F(SoundStreamInput, IsSilenceBeforeThereIsAMixer)
     EXPECT_EQ(packets, 64u);
     EXPECT_TRUE(input.isSilent(0));
     input.buffer(0).mData = nullptr;
-    EXPECT_EQ(give(packets, input.list()), noErr) << "also into no memory";
+    EXPECT_EQ(give(packets, input.list()), noErr) << "also without memory";
 }
 
-TEST_F(SoundStreamInput, WhatTheMixerThrowsIsSilence)
+TEST_F(SoundStreamInput, IsSilenceWhenTheMixerThrows)
 {
     openInstanceWithMixer();
     PulledList input(1);

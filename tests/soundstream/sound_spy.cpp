@@ -1,30 +1,34 @@
 #include "tests/soundstream/sound_spy.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <deque>
 #include <memory>
 #include <mutex>
 
+#include <sched.h>
+#include <unistd.h>
+
 namespace sound_spy {
 
 namespace {
 
-/// Anything that the platform has made. Its address is the handle that callers get.
+/// An object of the platform. Its address is the handle that callers get.
 struct Thing {
     std::string name;
     bool isLive = true;
-    bool isOwed = true; // somebody must give it back
+    bool isOwed = true; ///< its owner must release it
 
-    Thing* component = nullptr; // of an instance
+    Thing* component = nullptr; ///< of an instance
     long refcon = 0;
     Handle storage = nullptr;
 };
 
-/// A handle's block, of exactly its size, so that a sanitizer finds who writes behind it.
+/// A handle's block, of exactly its size, so that a sanitizer finds a write past its end.
 struct Block {
-    Ptr bytes; // first: the handle is its address
+    Ptr bytes; ///< first: the handle is its address
     std::unique_ptr<char[]> memory;
     std::size_t size;
     std::string name;
@@ -33,14 +37,15 @@ struct Block {
 
 std::recursive_mutex lock;
 Platform thePlatform;
-std::deque<Thing> things; // addresses stay
+std::deque<Thing> things; // a deque keeps their addresses
 std::deque<Block> blocks;
 std::map<std::string, int> made;
 std::map<const void*, std::string> names;
 AURenderCallbackStruct lastCallback;
 Registration registration;
 Thing* registered = nullptr;
-Notes notes, wrongs;
+Notes notes, errors;
+std::atomic<int> sleepCount{0};
 
 using Guard = std::lock_guard<std::recursive_mutex>;
 
@@ -80,7 +85,7 @@ Handle makeHandle(const void* bytes, Size size)
     return &block.bytes;
 }
 
-/// A call that takes `handle` back, also when it throws.
+/// A call that releases `handle`, also when it throws.
 class Release {
 public:
     Release(const char* function, const void* handle) : function_(function), handle_(handle) {}
@@ -91,15 +96,15 @@ public:
         Thing* const thing = find(handle_);
         Block* const block = findBlock(handle_);
         if (thing && !thing->isLive)
-            wrongs.push_back(std::string(function_) + " of " + thing->name + " again");
+            errors.push_back(std::string(function_) + " of " + thing->name + " again");
         else if (block && !block->isLive)
-            wrongs.push_back(std::string(function_) + " of " + block->name + " again");
+            errors.push_back(std::string(function_) + " of " + block->name + " again");
         else if (thing)
             thing->isLive = false;
         else if (block)
             block->isLive = false, block->memory.reset();
         else if (handle_)
-            wrongs.push_back(std::string(function_) + " of a foreign address");
+            errors.push_back(std::string(function_) + " of an unknown address");
     }
     Release(const Release&) = delete;
     Release& operator=(const Release&) = delete;
@@ -111,8 +116,8 @@ private:
     const void* handle_;
 };
 
-/// What is given to keep gets a name of its own, each time anew.
-void nameKept(const char* kind, const void* pointer)
+/// Name a word that the platform stores; each store makes a new name.
+void nameStored(const char* kind, const void* pointer)
 {
     const Guard guard(lock);
     if (pointer) names[pointer] = numbered(kind);
@@ -149,11 +154,11 @@ std::string text(const void* pointer)
     const auto named = names.find(pointer);
     if (named != names.end()) return named->second;
     if (const Thing* thing = find(pointer)) {
-        if (!thing->isLive) wrongs.push_back(thing->name + " used, which is gone");
+        if (!thing->isLive) errors.push_back(thing->name + " used after its release");
         return thing->name;
     }
     if (const Block* block = findBlock(pointer)) {
-        if (!block->isLive) wrongs.push_back(block->name + " used, which is gone");
+        if (!block->isLive) errors.push_back(block->name + " used after its release");
         return block->name;
     }
     return "memory";
@@ -199,7 +204,7 @@ std::string text(const AURenderCallbackStruct& given)
 
 // ---- a call ----
 
-/// Note a call, let the test have its way, and return its status.
+/// Record a call, run the test's functions, and return the status.
 template <class... Arguments>
 OSStatus note(const char* function, Arguments... arguments)
 {
@@ -220,20 +225,20 @@ OSStatus note(const char* function, Arguments... arguments)
     return scripted.status;
 }
 
-template <class Place>
-void rubbish(Place* place)
+template <class Value>
+void fillWithGarbage(Value* out)
 {
-    if (place) std::memset(place, 0x3F, sizeof *place);
+    if (out) std::memset(out, 0x3F, sizeof *out);
 }
 
-/// Give a new thing by its address, or null with rubbish.
+/// Store a new object's address in `out`, or garbage when refused.
 template <class Reference>
-OSStatus give(OSStatus refusal, const char* kind, Reference* place)
+OSStatus give(OSStatus refusal, const char* kind, Reference* out)
 {
     if (refusal)
-        rubbish(place);
+        fillWithGarbage(out);
     else
-        *place = reinterpret_cast<Reference>(make(kind));
+        *out = reinterpret_cast<Reference>(make(kind));
     return refusal;
 }
 
@@ -259,8 +264,9 @@ void reset()
     lastCallback = {};
     registration = {};
     registered = nullptr;
-    wrongs.clear();
+    errors.clear();
     notes.clear();
+    sleepCount = 0;
 }
 
 Notes calls()
@@ -325,8 +331,10 @@ Notes live()
 Notes faults()
 {
     const Guard guard(lock);
-    return wrongs;
+    return errors;
 }
+
+int sleeps() { return sleepCount; }
 
 } // namespace sound_spy
 
@@ -334,6 +342,32 @@ using namespace sound_spy;
 
 #pragma GCC visibility push(default)
 extern "C" {
+
+// ---- time: the bridge waits without these ----
+
+AbsoluteTime UpTime()
+{
+    note(__func__);
+    return {};
+}
+
+AbsoluteTime AddDurationToAbsolute(Duration, AbsoluteTime time)
+{
+    note(__func__);
+    return time;
+}
+
+OSStatus MPDelayUntil(AbsoluteTime*)
+{
+    ++sleepCount;
+    return note(__func__);
+}
+
+int usleep(useconds_t)
+{
+    ++sleepCount;
+    return sched_yield();
+}
 
 // ---- components ----
 
@@ -361,12 +395,12 @@ OSErr UnregisterComponent(Component component)
 long CountComponentInstances(Component component)
 {
     note(__func__, static_cast<const void*>(component));
-    return 3; // whatever is open
+    return 3; // the bridge ignores the count
 }
 
 void SetComponentRefcon(Component component, long word)
 {
-    nameKept("refcon", reinterpret_cast<void*>(word));
+    nameStored("refcon", reinterpret_cast<void*>(word));
     note(__func__, static_cast<const void*>(component), reinterpret_cast<const void*>(word));
     if (Thing* const thing = thingOf(component)) thing->refcon = word;
 }
@@ -380,7 +414,7 @@ long GetComponentRefcon(Component component)
 
 void SetComponentInstanceStorage(ComponentInstance instance, Handle storage)
 {
-    nameKept("storage", storage);
+    nameStored("storage", storage);
     note(__func__, static_cast<const void*>(instance), static_cast<const void*>(storage));
     if (Thing* const thing = thingOf(instance)) thing->storage = storage;
 }
@@ -397,7 +431,7 @@ OSErr OpenAComponent(Component component, ComponentInstance* instance)
     return static_cast<OSErr>(give(note(__func__, static_cast<const void*>(component)), "unit", instance));
 }
 
-// The words say how a handler is called, and not its type: so calls the platform.
+// As in the platform, the procedure information describes how a handler is called, not its type.
 __attribute__((no_sanitize("function"))) ComponentResult
 CallComponentFunctionWithStorageProcInfo(Handle storage, ComponentParameters* parameters, ProcPtr function,
                                          ProcInfoType words)
@@ -526,9 +560,9 @@ OSStatus AudioConverterNew(const AudioStreamBasicDescription* source,
 {
     const OSStatus refusal = note(__func__, source, destination);
     if (refusal)
-        rubbish(converter);
+        fillWithGarbage(converter);
     else
-        *converter = reinterpret_cast<AudioConverterRef>(make("converter", false)); // nobody disposes it
+        *converter = reinterpret_cast<AudioConverterRef>(make("converter", false)); // never disposed
     return refusal;
 }
 

@@ -1,17 +1,18 @@
-// A spy in the place of the platform that the sound bridge uses: components, handles, the mixer of classic
+// Stands in for the platform functions that the sound bridge calls: components, handles, the mixer of classic
 // sound, converters and output units. A test program that links sound_spy.cpp and exports its symbols answers
-// these calls itself; it stands in front of libkvxplatform.
+// these calls itself, instead of libkvxplatform.
 //
-// Every call is noted with every argument, in order, as text:
+// Every call is recorded with every argument, in order, as text:
 //
 //     AudioUnitSetProperty(unit, 23, scope 1, element 0, {renderFromMixer, the state}, whole)
 //
-// What the platform makes goes by short names: component1 the first component, instance2, mixer1, converter1,
-// handle1; what it is given to keep, too: refcon1, storage1. A place for an answer is not shown.
+// Objects of the platform have short names: component1 is the first component, then instance2, mixer1,
+// converter1, handle1. So do the words that the platform stores: refcon1, storage1. Out-parameters are not
+// shown.
 //
-// As new, the platform does what it is asked. A refused call does nothing, answers null where it answers a
-// pointer, and leaves rubbish where its answer would stand. Threads: calls may come from any; the rest is for
-// the test's.
+// By default the platform grants every call. A refused call does nothing, returns null where it returns a
+// pointer, and fills its out-parameter with garbage. Any thread may call the platform; the test's thread
+// calls the functions below.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -28,14 +29,14 @@ namespace sound_spy {
 
 using Notes = std::vector<std::string>;
 
-/// What one function answers, each time it is called.
+/// How one function answers each of its calls.
 struct Answer {
     OSStatus status = 0; ///< other than 0: refused
-    /// Runs inside the call, after it has been noted; it may throw. What was to be given back is given back.
+    /// Runs inside the call, after it is recorded; it may throw. A release happens all the same.
     std::function<void()> during;
 };
 
-/// What a converter is asked to do.
+/// The arguments of one AudioConverterFillComplexBuffer call.
 struct Filling {
     AudioConverterRef converter;
     AudioConverterComplexInputDataProc input;
@@ -46,28 +47,28 @@ struct Filling {
 
 struct Platform {
     std::map<std::string, Answer> answers;
-    /// Runs inside every call, after it has been noted, with its name; it may throw.
+    /// Runs inside every call, after it is recorded, with the function's name; it may throw.
     std::function<void(const std::string&)> inEachCall;
-    /// What a mixer gives, in place of what is asked for; null: it leaves it.
+    /// Sets the result of SoundComponentGetSourceData; null: the result keeps its value.
     std::function<void(SoundComponentDataPtr*)> nextData;
-    /// What a converter does.
+    /// Replaces the converter's work.
     std::function<OSStatus(const Filling&)> fill;
-    /// Whether a call is really made of the handler, by the words of its parameters.
+    /// Whether CallComponentFunctionWithStorageProcInfo calls the handler.
     bool callsHandlers = true;
 };
 Platform& platform();
 Answer& answer(const std::string& function);
 
-/// A platform as new: nothing made, noted or named.
+/// Restore the initial state: no objects, no recorded calls, no names.
 void reset();
 
 Notes calls();
 void forgetCalls();
 
-/// How `pointer` shows where a caller hands it over; one without a name is "memory".
+/// Name `pointer` in recorded arguments; a pointer without a name is "memory".
 void name(const void* pointer, const std::string& text);
 
-/// A registration, as it was made.
+/// The arguments of a RegisterComponent call.
 struct Registration {
     ComponentDescription description;
     ComponentRoutineUPP entry;
@@ -75,21 +76,24 @@ struct Registration {
 };
 Registration lastRegistration();
 
-/// A new instance of the component that was registered last, with no storage yet. Nobody is told of it.
+/// A new instance of the component registered last, without storage. The component gets no open request.
 ComponentInstance newInstance();
 Handle storageOf(ComponentInstance instance);
 long refconOf(Component component);
 
-/// The callback that a unit was given last.
+/// The render callback set last.
 AURenderCallbackStruct callback();
 
-/// The bytes behind a handle.
+/// The contents of a handle.
 std::string bytesOf(Handle handle);
 
-/// What was made and not given back, by name.
+/// The names of objects that were created and not released.
 Notes live();
 
-/// What must never be done, done: a thing released twice or used after that, a foreign address.
+/// Errors of the caller: an object released twice or used after its release, an unknown address released.
 Notes faults();
+
+/// How often a thread has slept while it waited.
+int sleeps();
 
 } // namespace sound_spy

@@ -9,17 +9,17 @@ namespace soundstream_test {
 
 namespace {
 
-constexpr std::size_t guardBytes = 64; // behind the class data
+constexpr std::size_t guardBytes = 64; // after the class data
 constexpr std::size_t objectBytes =
     StreamObject::dataOffset + sizeof(soundstream::SoundStreamData) + guardBytes;
 constexpr char guardByte = 0x5A;
 
-template <class Row, class IsWanted>
-const Row& find(const void* rows, Word count, IsWanted isWanted)
+template <class Row, class Matches>
+const Row& find(const void* rows, Word count, Matches matches)
 {
     const auto* row = static_cast<const Row*>(rows);
     for (Word i = 0; i < count; ++i)
-        if (isWanted(row[i])) return row[i];
+        if (matches(row[i])) return row[i];
     std::fputs("the class has no such member\n", stderr);
     std::abort();
 }

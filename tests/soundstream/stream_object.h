@@ -1,4 +1,4 @@
-// An object of QTSoundStreamKVX. Members are called as a host calls them: by name, through the class table.
+// An object of QTSoundStreamKVX. Tests call its members as a host does: by name, through the class table.
 #pragma once
 
 #include "plugin/classes.h"
@@ -15,7 +15,7 @@ namespace soundstream_test {
 using Object = REALobjectStruct*;
 using Notes = std::vector<std::string>;
 
-/// The row of that name; of methods, the one with that declaration. One that the class has not ends the
+/// The class's property with that name, or its method with that declaration. An unknown one aborts the
 /// program.
 const REALproperty& propertyRow(std::string_view name);
 const REALmethod& methodRow(std::string_view declaration);
@@ -34,7 +34,7 @@ void set(Object object, std::string_view property, T value)
     reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
 }
 
-/// The object, in memory of its own. It is constructed and destroyed by hand, or at the end.
+/// A host object with guard bytes around its class data. It is constructed at first, and destroyed at last.
 class StreamObject {
 public:
     static constexpr Word dataOffset = 32;
@@ -87,7 +87,7 @@ public:
             get(), arguments...);
     }
 
-    /// Whether the memory around the class data is as it was.
+    /// Whether the guard bytes are unchanged.
     bool isUntouchedAround() const;
 
 private:
@@ -95,7 +95,7 @@ private:
     bool isAlive_ = false;
 };
 
-/// The dispatcher, as the platform knows it.
+/// The dispatcher, with the type that the platform calls.
 inline ComponentRoutineProcPtr dispatcher()
 {
     return reinterpret_cast<ComponentRoutineProcPtr>(soundStreamDispatcher);

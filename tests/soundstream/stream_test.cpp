@@ -87,10 +87,10 @@ void StreamTest::expectNothingLeft()
     object().destroy();
     while (!instances_.empty()) closeInstance(instances_.back());
     EXPECT_TRUE(object().isUntouchedAround()) << "the object is written to outside its class data";
-    EXPECT_EQ(sound_spy::live(), Notes()) << "platform objects are left over";
+    EXPECT_EQ(sound_spy::live(), Notes()) << "platform objects are left";
     EXPECT_EQ(sound_spy::faults(), Notes());
     for (const std::string& call : sound_spy::calls())
-        EXPECT_NE(call.substr(0, 21), "AudioConverterDispose") << "the converter is kept";
+        EXPECT_NE(call.substr(0, 21), "AudioConverterDispose") << "the converter is never disposed";
     EXPECT_EQ(watched::liveBlocks(), 0) << "no record stays allocated";
 }
 

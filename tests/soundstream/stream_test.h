@@ -1,5 +1,5 @@
-// One object, and a spy in the platform's place. At the end nothing is left over: no component, no mixer, no
-// handle, no memory.
+// A test with one object and a spy instead of the platform. At its end no component, mixer, handle or memory
+// is left.
 #pragma once
 
 #include "tests/soundstream/sound_spy.h"
@@ -12,7 +12,7 @@
 
 namespace soundstream_test {
 
-/// A thing that the plug-in has never heard of, to be thrown at it.
+/// An exception of a type that the plug-in does not know.
 struct Thrown {};
 
 class StreamTest : public testing::Test {
@@ -20,23 +20,23 @@ protected:
     StreamTest();
     ~StreamTest() override;
 
-    /// Begin anew: another platform, another object.
+    /// Start again with a new platform and a new object.
     void startOver();
 
     StreamObject& object() { return *object_; }
 
-    /// InitComponent and OpenComponent, in a built program; then forget the calls.
+    /// InitComponent and OpenComponent, in a built program; the calls are not recorded.
     void open();
 
-    /// A unit to attach to.
+    /// An output unit.
     HostInteger unit() const { return reinterpret_cast<HostInteger>(&unit_); }
 
-    /// An instance opened by a client, with its storage.
+    /// An instance that a client has opened.
     ComponentInstance openInstance();
-    /// The same with a mixer.
+    /// The same, with an initialised device.
     ComponentInstance openInstanceWithMixer();
 
-    /// Send a request to an instance, or with a storage, as the platform does.
+    /// Send a request to an instance, or with any storage.
     static ComponentResult send(ComponentInstance instance, SInt16 selector,
                                 std::initializer_list<long> words);
     static ComponentResult sendWith(Handle storage, SInt16 selector, std::initializer_list<long> words);
@@ -47,7 +47,7 @@ protected:
         return reinterpret_cast<soundstream::QTSoundStreamGlobals*>(sound_spy::storageOf(instance));
     }
 
-    /// Destroy what there is, and expect that nothing is left over.
+    /// Destroy the object, close the instances, and expect that nothing is left.
     void expectNothingLeft();
 
 private:

@@ -1,5 +1,5 @@
-// Render thread, client and host at once, over the real platform: nothing is used that is gone, nothing is
-// left over. What is heard is nobody's business here; the sanitizers are the judges.
+// Render thread, client and host program at once, on the real platform: no freed record is used, and none is
+// leaked. The sanitizers judge; the samples are not compared.
 #include "soundstream/render.h"
 #include "tests/soundstream/classic_client.h"
 #include "tests/soundstream/pulled_list.h"
@@ -39,7 +39,7 @@ protected:
 
     StreamObject& object() { return *object_; }
 
-    /// Pull slice after slice from the state that the host showed last, be it there still or not.
+    /// Render slice after slice from the state shown last, whether it is freed or not.
     void pullUntilDone()
     {
         PulledList pulled(2, 64);
@@ -48,14 +48,14 @@ protected:
             ++slices_;
         }
     }
-    void show() { shown_ = object().state(); }
+    void showState() { shown_ = object().state(); }
 
-    /// A classic program's life, in one of its forms.
+    /// Run a classic program once; the bits of `form` choose its steps.
     void playOnce(int form)
     {
         ClassicClient client;
-        if (!client) return; // the component is not there right now
-        ++lives_;
+        if (!client) return; // no component is registered at this moment
+        ++clientsDone_;
         SoundParamBlock block = blockOf(samples_.data(), 700);
         client.play(block, form & 1);
         client.start();
@@ -76,7 +76,7 @@ protected:
     std::atomic<bool> isDone_{false};
     std::atomic<void*> shown_{nullptr};
     std::atomic<int> slices_{0};
-    std::atomic<int> lives_{0}; // of clients that have played
+    std::atomic<int> clientsDone_{0};
 
     std::vector<unsigned char> samples_;
 
@@ -84,11 +84,11 @@ private:
     std::optional<StreamObject> object_;
 };
 
-TEST_F(SoundStreamThreads, TheClientComesAndGoes)
+TEST_F(SoundStreamThreads, AClientOpensAndClosesWhileAUnitRenders)
 {
     object().initComponent();
     object().openComponent();
-    show();
+    showState();
     std::thread renderThread([this] { pullUntilDone(); });
     for (int round = 0; round < rounds; ++round) playOnce(round);
     isDone_ = true;
@@ -96,22 +96,22 @@ TEST_F(SoundStreamThreads, TheClientComesAndGoes)
     EXPECT_FALSE(object().isActive());
 }
 
-TEST_F(SoundStreamThreads, TheHostComesAndGoesToo)
+TEST_F(SoundStreamThreads, AnObjectIsCreatedAndDestroyedWhileAUnitRendersAndAClientPlays)
 {
     std::thread renderThread([this] { pullUntilDone(); });
     std::thread client([this] {
         for (int round = 0; !isDone_; ++round) playOnce(round);
     });
-    for (int round = 0; round < rounds || lives_ < rounds / 10; ++round) {
+    for (int round = 0; round < rounds || clientsDone_ < rounds / 10; ++round) {
         object().initComponent();
         object().openComponent();
-        show();
+        showState();
         awaitSlices(round % 3);
         object().isActive();
         if (round & 1) object().closeComponent();
         if (round & 2) object().openComponent();
         if (round & 4) {
-            object().destroy(); // while clients have instances, and the unit its callback
+            object().destroy(); // while a client has an instance, and the unit its callback
             object().construct();
         }
     }
@@ -120,11 +120,11 @@ TEST_F(SoundStreamThreads, TheHostComesAndGoesToo)
     renderThread.join();
 }
 
-TEST_F(SoundStreamThreads, TwoUnitsPullFromOne)
+TEST_F(SoundStreamThreads, TwoUnitsRenderOneState)
 {
     object().initComponent();
     object().openComponent();
-    show();
+    showState();
     std::thread first([this] { pullUntilDone(); }), second([this] { pullUntilDone(); });
     for (int round = 0; round < rounds / 8; ++round) playOnce(round);
     for (int round = 0; round < rounds / 8; ++round) {
@@ -139,12 +139,12 @@ TEST_F(SoundStreamThreads, TwoUnitsPullFromOne)
     second.join();
 }
 
-// Several threads of one client, with one instance: one closes it while others still ask something of it.
-TEST_F(SoundStreamThreads, RequestsMeetTheEndOfTheirInstance)
+// Two threads of one client, with one instance: one closes it while the other sends requests.
+TEST_F(SoundStreamThreads, RequestsRunWhileTheirInstanceCloses)
 {
     object().initComponent();
     object().openComponent();
-    show();
+    showState();
     std::atomic<ComponentInstance> shared{nullptr};
     std::thread renderThread([this] { pullUntilDone(); });
     std::thread other([&] {
@@ -171,8 +171,8 @@ TEST_F(SoundStreamThreads, RequestsMeetTheEndOfTheirInstance)
     renderThread.join();
 }
 
-// As in a program: a unit of the platform pulls, on its device's thread.
-TEST_F(SoundStreamThreads, AnOutputUnitPulls)
+// As in a program: an output unit renders on its device's thread.
+TEST_F(SoundStreamThreads, AnOutputUnitRendersWhileAClientPlays)
 {
     KVXSimulatedDevice description = {};
     description.name = "Fast";
@@ -192,7 +192,7 @@ TEST_F(SoundStreamThreads, AnOutputUnitPulls)
     std::thread client([this] {
         for (int round = 0; !isDone_; ++round) playOnce(round);
     });
-    for (int round = 0; round < rounds || lives_ < rounds / 10; ++round) {
+    for (int round = 0; round < rounds || clientsDone_ < rounds / 10; ++round) {
         object().initComponent();
         object().openComponent();
         EXPECT_EQ(object().attach(unit), noErr);

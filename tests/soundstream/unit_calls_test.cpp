@@ -1,4 +1,4 @@
-// The output unit: opened, attached, initialised, started; each status is returned and kept.
+// The calls for the output unit: open, attach, initialise, start. Each status is returned and stored.
 #include "tests/soundstream/stream_test.h"
 
 namespace {
@@ -10,7 +10,7 @@ protected:
     HostInteger lastStatus() { return object().data().lastStatus; }
 };
 
-TEST_F(SoundStreamUnit, OpensTheDefaultOutput)
+TEST_F(SoundStreamUnit, OpensTheDefaultOutputUnit)
 {
     HostInteger during = 0;
     sound_spy::platform().inEachCall = [&](const std::string&) { during = lastStatus(); };
@@ -21,19 +21,19 @@ TEST_F(SoundStreamUnit, OpensTheDefaultOutput)
     EXPECT_EQ(during, -1);
     EXPECT_EQ(sound_spy::calls(), (Notes{"FindNextComponent(null, {'auou', 'def ', 'appl', 0x0, 0x0})",
                                          "OpenAComponent(output1)"}));
-    EXPECT_EQ(sound_spy::live(), (Notes{"unit1"})) << "the host program's to close";
-    EXPECT_EQ(object().data().attachedUnit, nullptr) << "opened is not attached";
+    EXPECT_EQ(sound_spy::live(), (Notes{"unit1"})) << "the host program closes it";
+    EXPECT_EQ(object().data().attachedUnit, nullptr) << "opening does not attach";
     sound_spy::reset();
 }
 
-TEST_F(SoundStreamUnit, WhatIsRefusedWhileItOpens)
+TEST_F(SoundStreamUnit, ReportsARefusalToOpen)
 {
     // clang-format off
     const struct { const char* function; OSStatus status; HostInteger lastStatus; std::size_t calls; const char* why; } facts[] = {
         {"FindNextComponent", 1,            -1,    1, "there is no such component"},
-        {"OpenAComponent",    -3000,        -3000, 2, "16 bits with their sign"},
-        {"OpenAComponent",    0x10001,      1,     2, "16 bits are all there are"},
-        {"OpenAComponent",    0x18001,      -32767, 2, "16 bits are all there are"},
+        {"OpenAComponent",    -3000,        -3000, 2, "a status of 16 bits, sign-extended"},
+        {"OpenAComponent",    0x10001,      1,     2, "higher bits are cut"},
+        {"OpenAComponent",    0x18001,      -32767, 2, "higher bits are cut"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -46,7 +46,7 @@ TEST_F(SoundStreamUnit, WhatIsRefusedWhileItOpens)
     }
 }
 
-TEST_F(SoundStreamUnit, IsAttachedByItsRenderCallback)
+TEST_F(SoundStreamUnit, AttachSetsTheRenderCallback)
 {
     open();
     EXPECT_EQ(object().attach(unit()), 0);
@@ -63,10 +63,10 @@ TEST_F(SoundStreamUnit, IsAttachedByItsRenderCallback)
     EXPECT_EQ(sound_spy::callback().inputProcRefCon, object().state());
     EXPECT_EQ(reinterpret_cast<HostInteger>(object().state()),
               *reinterpret_cast<HostInteger*>(&object().data().state))
-        << "what the host reads as Handle";
+        << "the property Handle";
 }
 
-TEST_F(SoundStreamUnit, IsNotAttachedWithoutAState)
+TEST_F(SoundStreamUnit, AttachFailsWithoutAState)
 {
     EXPECT_EQ(object().attach(unit()), -1);
     EXPECT_EQ(lastStatus(), -1);
@@ -76,7 +76,7 @@ TEST_F(SoundStreamUnit, IsNotAttachedWithoutAState)
     EXPECT_EQ(sound_spy::calls(), Notes());
 }
 
-TEST_F(SoundStreamUnit, TheUnitAttachedLastIsTheOneThatIsStopped)
+TEST_F(SoundStreamUnit, CloseComponentStopsTheUnitAttachedLast)
 {
     open();
     char other = 0, third = 0;
@@ -87,13 +87,14 @@ TEST_F(SoundStreamUnit, TheUnitAttachedLastIsTheOneThatIsStopped)
     sound_spy::answer("AudioUnitSetProperty").status = -10879;
     EXPECT_EQ(object().attach(reinterpret_cast<HostInteger>(&third)), -10879);
     EXPECT_EQ(lastStatus(), -10879);
-    EXPECT_EQ(object().data().attachedUnit, reinterpret_cast<AudioUnit>(&other)) << "attached with success";
+    EXPECT_EQ(object().data().attachedUnit, reinterpret_cast<AudioUnit>(&other))
+        << "the unit attached last with success";
     sound_spy::forgetCalls();
     object().closeComponent();
     EXPECT_EQ(sound_spy::calls()[0], "AudioOutputUnitStop(other unit)");
 }
 
-TEST_F(SoundStreamUnit, IsInitialisedAndStartedInEveryState)
+TEST_F(SoundStreamUnit, InitialisesAndStartsInEveryState)
 {
     HostInteger during = 0;
     const auto expectBoth = [&](const char* state) {
@@ -128,10 +129,10 @@ TEST_F(SoundStreamUnit, IsInitialisedAndStartedInEveryState)
     expectBoth("closed");
     object().initComponent();
     expectBoth("initialised again");
-    EXPECT_EQ(object().data().attachedUnit, nullptr) << "neither attaches";
+    EXPECT_EQ(object().data().attachedUnit, nullptr) << "neither call attaches";
 }
 
-TEST_F(SoundStreamUnit, WhatThePlatformThrowsIsAFailure)
+TEST_F(SoundStreamUnit, AnExceptionOfThePlatformIsAFailure)
 {
     open();
     sound_spy::platform().inEachCall = [](const std::string&) { throw Thrown(); };
