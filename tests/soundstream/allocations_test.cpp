@@ -44,7 +44,8 @@ TEST_F(SoundStreamAllocations, OrdinaryUseAllocatesOneOfEachRecord)
         EXPECT_EQ(allocationsOf([&] { object().openComponent(); }), one<soundstream::RefconRecord>());
         const ComponentInstance instance = sound_spy::newInstance();
         const long word = reinterpret_cast<long>(instance);
-        EXPECT_EQ(allocationsOf([&] { send(instance, -1, {word}); }), one<soundstream::QTSoundStreamGlobals>());
+        EXPECT_EQ(allocationsOf([&] { send(instance, -1, {word}); }),
+                  one<soundstream::QTSoundStreamGlobals>());
         EXPECT_EQ(watched::liveBlocks(), 3);
         EXPECT_EQ(allocationsOf([&] { send(instance, 1, {0}); }), none);
         EXPECT_EQ(allocationsOf([&] { object().attach(unit()); }), none);

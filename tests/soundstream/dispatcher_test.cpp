@@ -92,7 +92,7 @@ TEST_F(SoundStreamDispatcher, CanDoAnswersByTheTable)
     EXPECT_EQ(send(instance, -3, {0x7FFF0000 + 259}), 1) << "the selector has 16 bits";
 }
 
-TEST_F(SoundStreamDispatcher, ReturnsItsVersion)
+TEST_F(SoundStreamDispatcher, ReturnsTheVersion)
 {
     open();
     EXPECT_EQ(send(openInstance(), -4, {}), 0x00010000);
@@ -111,7 +111,7 @@ TEST_F(SoundStreamDispatcher, ThePlatformsExceptionsStayInside)
         EXPECT_EQ(send(instance, what, {0, 0, 0}), memFullErr);
 }
 
-TEST_F(SoundStreamDispatcher, AnExceptionInsideAHandlerIsItsFailure)
+TEST_F(SoundStreamDispatcher, AnExceptionInsideAHandlerIsReportedAsMemFullErr)
 {
     // clang-format off
     const struct { SInt16 what; const char* function; const char* why; } facts[] = {

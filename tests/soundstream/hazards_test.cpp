@@ -50,9 +50,9 @@ protected:
             slice.isSilence = input.isSilent(0);
             return noErr;
         };
-        sound_spy::platform().nextData = [&](SoundComponentDataPtr* place) {
+        sound_spy::platform().nextData = [&](SoundComponentDataPtr* out) {
             completion();
-            *place = data;
+            *out = data;
         };
         slice.status = render(pulled.list());
         sound_spy::platform().fill = nullptr;
@@ -82,7 +82,7 @@ void awaitThat(Condition condition)
 
 // Each action clears the pointer that leads to what it takes away, then waits for the render call in
 // progress.
-TEST_F(SoundStreamHazard, TakingSomethingAwayWaitsForTheRenderCallInProgress)
+TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
 {
     using Record = soundstream::RefconRecord;
     const auto isSilent = [](const Record& record) {
@@ -139,27 +139,45 @@ TEST_F(SoundStreamHazard, TakingSomethingAwayWaitsForTheRenderCallInProgress)
     }
 }
 
-// The render call goes on until the waiting thread has slept, so that every stage of the wait is seen.
-TEST_F(SoundStreamHazard, AWaitingCloseMakesNoPlatformCallButClosingItsMixer)
+// The render call lasts until the waiting thread has slept, so that the wait goes through all its stages.
+TEST_F(SoundStreamHazard, WaitingMakesNoPlatformCall)
 {
-    begin();
-    Event isInside;
-    sound_spy::platform().fill = [&](const sound_spy::Filling&) {
-        isInside.happen();
-        awaitThat([] { return sound_spy::sleeps() > 2; });
-        return noErr;
+    const std::string call =
+        "CallComponentFunctionWithStorageProcInfo(storage1, the request, a handler, 0x3F0)";
+    const Notes closing = {"AudioOutputUnitStop(unit)", "CountComponentInstances(component1)",
+                           "UnregisterComponent(component1)"};
+    const struct {
+        const char* what;
+        std::function<void()> action;
+        Notes calls;
+    } facts[] = {
+        {"the client closes", [this] { closeInstance(); }, {call, "CloseMixerSoundComponent(mixer1)"}},
+        {"the client initialises again",
+         [this] { send(instance(), 1, {0}); },
+         {call, "CloseMixerSoundComponent(mixer1)",
+          "OpenMixerSoundComponent({0, 'sowt', 2, 16, 0xAC440000, 1024, null, 0}, 0)"}},
+        {"the host closes", [this] { object().closeComponent(); }, closing},
+        {"the host destroys", [this] { object().destroy(); }, closing},
     };
-    std::thread renderThread([this] {
-        PulledList pulled(2);
-        EXPECT_EQ(render(pulled.list()), noErr);
-    });
-    isInside.await();
-    sound_spy::forgetCalls();
-    closeInstance();
-    EXPECT_EQ(sound_spy::calls(),
-              (Notes{"CallComponentFunctionWithStorageProcInfo(storage1, the request, a handler, 0x3F0)",
-                     "CloseMixerSoundComponent(mixer1)"}));
-    renderThread.join();
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.what);
+        begin();
+        Event isInside;
+        sound_spy::platform().fill = [&](const sound_spy::Filling&) {
+            isInside.happen();
+            awaitThat([] { return sound_spy::sleeps() > 2; });
+            return noErr;
+        };
+        std::thread renderThread([this] {
+            PulledList pulled(2);
+            EXPECT_EQ(render(pulled.list()), noErr);
+        });
+        isInside.await();
+        sound_spy::forgetCalls();
+        fact.action();
+        EXPECT_EQ(sound_spy::calls(), fact.calls);
+        renderThread.join();
+    }
 }
 
 TEST_F(SoundStreamHazard, ASecondUnitRendersSilenceWhileTheFirstRenders)

@@ -45,7 +45,7 @@ std::string bytesOf(const void* value, std::size_t size)
 std::string bytesOf(UInt16 value) { return bytesOf(&value, sizeof value); }
 std::string bytesOf(UInt32 value) { return bytesOf(&value, sizeof value); }
 
-TEST_F(SoundStreamInfo, GetInfoWritesItsValues)
+TEST_F(SoundStreamInfo, GetInfoWritesTheFixedValues)
 {
     // clang-format off
     const struct { OSType code; std::string value; const char* why; } facts[] = {
@@ -113,7 +113,7 @@ TEST_F(SoundStreamInfo, GetInfoNeedsNoInstance)
     EXPECT_EQ(rate, 0xAC440000u);
 }
 
-TEST_F(SoundStreamInfo, SetInfoAcceptsItsOwnValuesOnly)
+TEST_F(SoundStreamInfo, SetInfoAcceptsTheFixedValuesOnly)
 {
     // clang-format off
     const struct { OSType code; long value; OSStatus status; const char* why; } facts[] = {

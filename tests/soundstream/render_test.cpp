@@ -265,8 +265,8 @@ TEST_F(SoundStreamInput, DrainsARecordSliceBySlice)
     Byte samples[400];
     SoundComponentData data = {0, 'sowt', 2, 16, 0xAC440000, 100, samples, 0};
     int requests = 0;
-    sound_spy::platform().nextData = [&](SoundComponentDataPtr* place) {
-        *place = &data;
+    sound_spy::platform().nextData = [&](SoundComponentDataPtr* out) {
+        *out = &data;
         data.sampleCount = 100;
         data.buffer = samples;
         ++requests;
