@@ -15,7 +15,7 @@
 
 #include <pthread.h>
 #include <sched.h>
-#include <unistd.h>
+#include <time.h>
 
 namespace soundstream {
 
@@ -49,11 +49,11 @@ using Used = std::unique_ptr<Record, Leave>;
 inline void yieldOrSleep(int waited)
 {
     constexpr int yields = 100;
-    constexpr useconds_t sleepMicroseconds = 200;
+    constexpr timespec sleep = {0, 200000}; // in nanoseconds
     if (waited < yields)
         sched_yield();
     else
-        usleep(sleepMicroseconds);
+        nanosleep(&sleep, nullptr);
 }
 
 /// The live records of one kind. They are linked through their field `next`: nothing is allocated.

@@ -44,7 +44,7 @@ const std::set<std::string> allowedPlainC = {
     "pthread_attr_destroy", "pthread_attr_init", "pthread_attr_setstacksize", "pthread_create",
     "pthread_detach", "pthread_join",
     // who is in the sound bridge's slice, and waiting for its end
-    "pthread_self", "sched_yield", "usleep",
+    "pthread_self", "sched_yield", "nanosleep",
     // blocks
     "_Block_object_assign", "_Block_object_dispose", "_NSConcreteStackBlock"};
 

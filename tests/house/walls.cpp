@@ -27,7 +27,7 @@ const Names headerOnly = {
     "initializer_list", "iterator",    "limits",   "memory",      "new",      "numeric", "optional",
     "stdexcept",        "string_view", "tuple",    "type_traits", "typeinfo", "utility", "pthread.h",
     "stdarg.h",         "stddef.h",    "stdint.h", "stdlib.h",    "string.h", "cpuid.h", "immintrin.h",
-    "tmmintrin.h",      "sched.h",
+    "tmmintrin.h",      "sched.h",     "time.h",
 };
 const Names plainC = {"stdarg.h", "stdbool.h", "stddef.h", "stdint.h", "string.h", "sys/types.h"};
 const Names fixedWidth = {"cstddef", "cstdint", "type_traits"};

@@ -9,7 +9,7 @@
 #include <mutex>
 
 #include <sched.h>
-#include <unistd.h>
+#include <time.h>
 
 namespace sound_spy {
 
@@ -363,7 +363,7 @@ OSStatus MPDelayUntil(AbsoluteTime*)
     return note(__func__);
 }
 
-int usleep(useconds_t)
+int nanosleep(const timespec*, timespec*)
 {
     ++sleepCount;
     return sched_yield();
