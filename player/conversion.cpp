@@ -11,8 +11,8 @@ namespace player {
 
 namespace {
 
-// Each sample becomes a float first, to the nearest, and is then scaled by a power of two, exactly. Plain
-// loops over memory that does not overlap: the compiler makes lanes of them.
+// The conversion to float rounds to the nearest; the scaling by a power of two is exact. The compiler
+// vectorises this loop because source and target do not overlap.
 template <class Sample, int bits>
 void convertWords(const unsigned char* __restrict source, std::size_t count, float* __restrict target)
 {
@@ -28,8 +28,8 @@ constexpr float scale24 = 1.0f / 16777216.0f;
 
 void convertBigEndian24(const unsigned char* source, std::size_t count, float* target)
 {
-    static const Conversion best = canShuffleBytes() ? convertBigEndian24Shuffled : convertBigEndian24Singly;
-    best(source, count, target);
+    static const Conversion fastest = hasSsse3() ? convertBigEndian24Ssse3 : convertBigEndian24Scalar;
+    fastest(source, count, target);
 }
 
 // clang-format off
@@ -39,7 +39,7 @@ constexpr SampleForm forms[] = {
     {  8,        1,     convertWords<std::uint8_t,   8> },
     { 15,        2,     convertWords<std::int16_t,  15> },
     { 16,        2,     convertWords<std::uint16_t, 16> },
-    { 23,        3,     nullptr                         }, // refused on purpose: there is no signed 24-bit form
+    { 23,        3,     nullptr                         }, // refused on purpose
     { 24,        3,     convertBigEndian24              },
     { 31,        4,     convertWords<std::int32_t,  31> },
     { 32,        4,     convertWords<std::uint32_t, 32> },
@@ -48,7 +48,7 @@ constexpr SampleForm forms[] = {
 
 } // namespace
 
-void convertBigEndian24Singly(const unsigned char* source, std::size_t count, float* target)
+void convertBigEndian24Scalar(const unsigned char* source, std::size_t count, float* target)
 {
     for (std::size_t i = 0; i < count; ++i, source += 3) {
         const std::int32_t sample = source[0] << 16 | source[1] << 8 | source[2];
@@ -56,23 +56,23 @@ void convertBigEndian24Singly(const unsigned char* source, std::size_t count, fl
     }
 }
 
-// Four samples are 12 bytes; a shuffle turns them round into four words. It is younger than the oldest
-// processor that we run on.
-__attribute__((target("ssse3"))) void convertBigEndian24Shuffled(const unsigned char* source,
-                                                                 std::size_t count, float* target)
+// The oldest supported processors lack SSSE3. Four samples are 12 bytes; one shuffle makes four words of
+// them.
+__attribute__((target("ssse3"))) void convertBigEndian24Ssse3(const unsigned char* source, std::size_t count,
+                                                              float* target)
 {
     const __m128i order = _mm_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1);
     const __m128 scale = _mm_set1_ps(scale24);
     std::size_t i = 0;
-    for (; i + 6 <= count; i += 4) { // 16 bytes are read, of which 12 are used
+    for (; i + 6 <= count; i += 4) { // each load reads 16 bytes and uses 12
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + 3 * i));
         const __m128i words = _mm_shuffle_epi8(bytes, order);
         _mm_storeu_ps(target + i, _mm_mul_ps(_mm_cvtepi32_ps(words), scale));
     }
-    convertBigEndian24Singly(source + 3 * i, count - i, target + i);
+    convertBigEndian24Scalar(source + 3 * i, count - i, target + i);
 }
 
-bool canShuffleBytes()
+bool hasSsse3()
 {
     unsigned a, b, c = 0, d;
     return __get_cpuid(1, &a, &b, &c, &d) && (c & bit_SSSE3);
@@ -85,7 +85,7 @@ const SampleForm* findSampleForm(std::int32_t bitSize)
     return form == std::end(forms) ? nullptr : form;
 }
 
-// As words, not floats: a float register may change a signalling NaN.
+// Not a loop over floats: a float register may change a signalling NaN.
 void copyFloats(const unsigned char* source, std::size_t count, float* target)
 {
     if (count > 0) std::memcpy(target, source, count * sizeof *target);
@@ -110,7 +110,7 @@ void interleave(const float* left, const float* right, std::size_t count, float*
 void convertPairs(Conversion convert, std::size_t bytesPerSample, const unsigned char* left,
                   const unsigned char* right, std::size_t count, float* target)
 {
-    constexpr std::size_t blockSamples = 512; // both channels of it stay in the nearest cache
+    constexpr std::size_t blockSamples = 512; // both channels fit the first-level cache
     alignas(16) float channel[2][blockSamples];
     while (count > 0) {
         const std::size_t now = std::min(count, blockSamples);

@@ -10,7 +10,7 @@ namespace player {
 
 namespace {
 
-/// The one or two blocks of a call: a channel each.
+/// The memory blocks of one call, one per channel.
 struct Blocks {
     REALmemoryBlockStruct* block[2];
     std::int32_t channels;
@@ -18,7 +18,7 @@ struct Blocks {
     bool isAnyNil() const { return !block[0] || (channels == 2 && !block[1]); }
 };
 
-/// Their memory; null where a block has none.
+/// The memory of those blocks; null for a block without memory.
 struct Memory {
     const unsigned char* channel[2];
     bool isAnyNull;
@@ -40,27 +40,22 @@ bool refuseNil()
     return false;
 }
 
-/// How samples of one form become floats.
-struct Reading {
-    Conversion convert;
-    std::int32_t bytesPerSample;
-};
-
-/// Convert `samples` samples of each channel into a new buffer, interleaved, and queue it. Only here, after
-/// every refusal, is the offset applied: until then it may be any number.
+/// Convert the samples of each channel into a new buffer, interleaved, and queue it. The offset may be out of
+/// range in a refused call, so it is applied only here, after every refusal.
 bool convertAndQueue(AudioPlayerData& player, const Memory& memory, std::int32_t channels,
-                     HostInteger offsetBytes, std::int32_t samples, const Reading& reading, bool clearBuffers)
+                     HostInteger offsetBytes, HostInteger countBytes, const SampleForm& form,
+                     bool clearBuffers)
 {
-    const std::int64_t total = static_cast<std::int64_t>(samples) * channels;
+    const auto count = static_cast<std::size_t>(countBytes / form.bytes);
+    const std::int64_t total = static_cast<std::int64_t>(count) * channels;
     auto buffer = allocateZeroed<float>(total);
     if (!buffer) return false;
-    const auto count = static_cast<std::size_t>(samples);
     const unsigned char* const first = memory.channel[0] + offsetBytes;
     if (channels == 2)
-        convertPairs(reading.convert, static_cast<std::size_t>(reading.bytesPerSample), first,
+        convertPairs(form.conversion, static_cast<std::size_t>(form.bytes), first,
                      memory.channel[1] + offsetBytes, count, buffer.get());
     else
-        reading.convert(first, count, buffer.get());
+        form.conversion(first, count, buffer.get());
     PlayItem item = {static_cast<std::int32_t>(total), buffer.release()};
     return AddToPlayList(player, item, clearBuffers);
 }
@@ -73,14 +68,11 @@ bool addIntegers(AudioPlayerData& player, const Blocks& blocks, HostInteger offs
     const Memory memory = memoryOf(blocks);
     if (memory.isAnyNull) return refuseNil();
 
-    const SampleForm* form = findSampleForm(static_cast<std::int32_t>(bitSize));
-    if (!form) return false;
-    if (!(player.sampleRate >= 1.0f)) return false; // not-a-number too
+    const SampleForm* const form = findSampleForm(static_cast<std::int32_t>(bitSize));
+    if (!form || !form->conversion) return false;
+    if (!(player.sampleRate >= 1.0f)) return false; // also refuses not-a-number
     if (player.numberOfChannels != 1 && player.numberOfChannels != 2) return false;
-    if (!form->conversion) return false;
-    return convertAndQueue(player, memory, blocks.channels, offsetBytes,
-                           static_cast<std::int32_t>(countBytes / form->bytes),
-                           {form->conversion, form->bytes}, clearBuffers);
+    return convertAndQueue(player, memory, blocks.channels, offsetBytes, countBytes, *form, clearBuffers);
 }
 
 bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offsetBytes, HostInteger countBytes,
@@ -89,8 +81,8 @@ bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offset
     if (offsetBytes < 0 || blocks.isAnyNil() || countBytes <= 0) return false;
     const Memory memory = memoryOf(blocks);
     if (memory.isAnyNull) return false;
-    return convertAndQueue(player, memory, blocks.channels, offsetBytes,
-                           static_cast<std::int32_t>(countBytes / 4), {copyFloats, 4}, clearBuffers);
+    constexpr SampleForm floats = {32, sizeof(float), copyFloats};
+    return convertAndQueue(player, memory, blocks.channels, offsetBytes, countBytes, floats, clearBuffers);
 }
 
 } // namespace

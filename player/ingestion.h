@@ -1,12 +1,13 @@
-// Memory blocks in, buffers queued.
+// From host memory blocks to queued buffers.
 //
-// Shape   offsetBytes and countBytes are bytes of each block; whether they stay inside it is the caller's
-//         affair. What is left over behind the last whole sample is ignored. Two blocks are the first and
-//         second channel of stereo, whatever NumberOfChannels says.
+// Shape   offsetBytes and countBytes are bytes of each block; the caller keeps the range inside the block.
+// Bytes
+//         after the last whole sample are ignored. Two blocks are the left and the right channel, whatever
+//         NumberOfChannels is.
 // Owner   samples are copied; the blocks stay the caller's.
-// Thread  [main]. Conversion is done before the queue is locked.
-// Returns false for a negative offset, a count below one sample, a full queue or no memory, and as each one
-//         says.
+// Returns false for a negative offset, a count below one sample, a full queue or missing memory, and for the
+//         reasons that each function adds.
+// All functions: [main].
 #pragma once
 
 #include "abi/host_values.h"
@@ -14,23 +15,23 @@
 
 namespace player {
 
-/// Convert integer samples of one block, as `bitSize` says, and queue them.
-/// Returns false also for an unknown bitSize, 23, a rate below 1, or a channel count other than 1 and 2.
+/// Convert integer samples of `bitSize` bits and queue them.
+/// Returns also false for an unknown bitSize, 23, a rate below 1, or a channel count other than 1 and 2.
 /// Errors  a nil block, or one without memory, raises "NilObjectException".
 bool AddSomeAudio(AudioPlayerData& player, REALmemoryBlockStruct* block, HostInteger offsetBytes,
                   HostInteger countBytes, HostInteger bitSize, bool clearBuffers);
 
-/// The same for two blocks, interleaved.
+/// As AddSomeAudio, from two blocks, interleaved.
 bool AddSomeAudioStereo(AudioPlayerData& player, REALmemoryBlockStruct* block1, REALmemoryBlockStruct* block2,
                         HostInteger offsetBytes, HostInteger countBytes, HostInteger bitSize,
                         bool clearBuffers);
 
-/// Queue 32-bit floats, bit for bit. Rate and channels are not looked at.
-/// Returns false, and raises nothing, also for a nil block or one without memory.
+/// Queue 32-bit floats, bit for bit, at any rate and channel count.
+/// Returns also false for a nil block or one without memory; raises nothing.
 bool AddSomeFloatAudio(AudioPlayerData& player, REALmemoryBlockStruct* block, HostInteger offsetBytes,
                        HostInteger countBytes, bool clearBuffers);
 
-/// The same for two blocks, interleaved.
+/// As AddSomeFloatAudio, from two blocks, interleaved.
 bool AddSomeFloatAudioStereo(AudioPlayerData& player, REALmemoryBlockStruct* block1,
                              REALmemoryBlockStruct* block2, HostInteger offsetBytes, HostInteger countBytes,
                              bool clearBuffers);

@@ -13,7 +13,7 @@ namespace {
 
 pthread_mutex_t playQLock = PTHREAD_MUTEX_INITIALIZER;
 
-/// The lock, held from construction to destruction if it could be taken at all.
+/// Holds playQLock until it is destroyed, unless locking failed.
 class QueueLock {
 public:
     QueueLock() : isHeld_(pthread_mutex_lock(&playQLock) == 0) {}
@@ -35,7 +35,7 @@ void freeItem(PlayItem& item)
     item = {};
 }
 
-/// Move `item` into a slot of the queue; false if there is none.
+/// Move `item` into a slot of the queue. Returns false if no slot is empty or the lock fails.
 bool enqueue(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
 {
     const QueueLock lock;

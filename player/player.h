@@ -1,4 +1,4 @@
-// The class data of one player. A plain C record inside the host object, laid out as declared to the host.
+// The class data of one buffered player: a plain C record inside the host object, in the declared layout.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -11,35 +11,35 @@
 namespace player {
 
 /// One buffer of converted samples.
-/// Owner   whoever holds the record: the samples come from calloc and go with free.
+/// Owner   the record that holds the item frees `data`, which comes from calloc.
 struct PlayItem {
-    std::int32_t count; ///< float samples, not frames: twice the frames for stereo data
-    float* data;        ///< null marks an empty slot
+    std::int32_t count; ///< samples, not frames: two per frame for stereo data
+    float* data;        ///< null: an empty slot
 };
 
 constexpr std::int32_t queueCapacity = 200;
 
-/// Positions are frames of the supplied data, at `sampleRate`, not of the device.
+/// Units   positions are frames of the supplied data, at `sampleRate`; not frames of the device.
 ///
-/// Threads: [main] is the host's, [audio] the device's, inside MyPlayIOProc. "Running" is from the
-/// installation of the I/O procedure until it has removed itself and cleared isRunning; then everything is
-/// [main]'s. Words that both sides touch are loaded and stored as plugin/shared_word.h says.
+/// The player is running from the installation of the I/O procedure until the procedure has removed itself
+/// and cleared isRunning. The threads in brackets write the field; fields that both threads use are accessed
+/// through plugin/shared_word.h.
 struct AudioPlayerData {
-    float deviceSampleRate;        ///< Hz; written by [main & stopped] at each start
-    float sampleRate;              ///< Hz; written by [main], read by both
-    std::int32_t numberOfChannels; ///< 2: interleaved stereo, else mono; written by [main], read by both
-    std::uint8_t isRunning;        ///< set by [main], cleared by [audio]: releases the buffers to [main]
-    std::uint8_t stopRequested;    ///< set by [main], cleared by either
-    std::uint8_t noUnderflow;      ///< written by [main], read by [audio]
-    std::uint8_t hadUnderflow;     ///< set by [audio], cleared by [main]
-    std::uint32_t outputDeviceID;  ///< 0: the system's default output device; [main]
-    alignas(8) std::int64_t baseSampleIndex;  ///< of current's first sample, from the start; as `current`
+    float deviceSampleRate;        ///< Hz; set at each start [main & stopped]
+    float sampleRate;              ///< Hz [main]
+    std::int32_t numberOfChannels; ///< 2: interleaved stereo data; any other number: mono [main]
+    std::uint8_t isRunning;        ///< set [main]; cleared [audio], which hands the buffers back to [main]
+    std::uint8_t stopRequested;    ///< set [main]; cleared [main] and [audio]
+    std::uint8_t noUnderflow;      ///< keep running without data [main]
+    std::uint8_t hadUnderflow;     ///< set [audio]; cleared [main]
+    std::uint32_t outputDeviceID;  ///< 0: the system's default output device [main]
+    alignas(8) std::int64_t baseSampleIndex;  ///< of current's first sample since the start; as `current`
     alignas(8) double outputPositionRelative; ///< frames since `current` became current; as `current`
     alignas(8) double outputPosition;         ///< fractional read position since the start; as `current`
-    PlayItem current;              ///< being played; [audio & running] and [main & stopped], never both
+    PlayItem current;              ///< the buffer that is played [audio & running], [main & stopped]
     PlayItem queue[queueCapacity]; ///< in play order, occupied slots first; under playQLock
     std::int32_t queueCount;       ///< occupied slots; under playQLock
-    AudioDeviceIOProc ioProc;      ///< what is installed with the device; [main & stopped]
+    AudioDeviceIOProc ioProc;      ///< the procedure that a start installs [main & stopped]
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(AudioPlayerData) == 1664, "the size declared to the host");
@@ -48,7 +48,8 @@ static_assert(offsetof(AudioPlayerData, baseSampleIndex) % 8 == 0 &&
                   offsetof(AudioPlayerData, outputPosition) % 8 == 0,
               "64-bit fields are read and written by one instruction");
 
-/// The class data inside a host object. [main]
+/// Return the class data inside a host object.
+/// [main]
 AudioPlayerData& dataOf(REALobjectStruct* object);
 
 } // namespace player

@@ -22,7 +22,7 @@ bool readStreamFormat(AudioDeviceID device, AudioStreamBasicDescription& format)
            noErr;
 }
 
-/// The default output device's format; all zero if it cannot be had.
+/// The default output device's format; all zero on any failure.
 AudioStreamBasicDescription hardwareFormat()
 {
     AudioDeviceID device = 0;
@@ -40,7 +40,7 @@ bool PlaySomeAudio(AudioPlayerData& player)
     storeRelaxed(player.outputPosition, 0.0);
     player.baseSampleIndex = 0;
 
-    // A default device is not remembered: the next start may find another one.
+    // The default device is not stored: it may differ at the next start.
     AudioDeviceID device = player.outputDeviceID;
     if (!device && !readDefaultOutputDevice(device)) return false;
     AudioStreamBasicDescription format = {};

@@ -1,4 +1,4 @@
-// Start, stop, and what the hardware runs at.
+// Start, stop, and the hardware's stream format. All functions: [main].
 #pragma once
 
 #include "abi/word.h"
@@ -6,24 +6,22 @@
 
 namespace player {
 
-/// Install the I/O procedure with the output device and start it; a running player is left as it is.
-/// Thread  [main].
-/// Returns whether it runs. A device that refuses to start leaves isRunning set all the same: the procedure
-///         is installed, and only the procedure itself can take it out again.
+/// Install the I/O procedure with the output device and start the device. A running player stays unchanged.
+/// Returns whether the player runs. If only the start of the device fails, isRunning stays set: the procedure
+///         is installed, and only the procedure can remove itself.
 bool PlaySomeAudio(AudioPlayerData& player);
 
-/// Ask the I/O procedure to remove itself, wait for it, and free every buffer. Positions stay as they are.
-/// Thread  [main]. Waits without a limit: with noUnderflow set, until the player has stopped by itself.
+/// Request a stop, wait until the I/O procedure has removed itself, and free every buffer. Positions stay.
+/// Waits without a time limit; with noUnderflow set, until the player has run out of data and stopped.
 void stopPlaying(AudioPlayerData& player);
 
-// The methods of the same names. [main]
+// The methods of the same names.
 HostBoolean Start(REALobjectStruct* object);
 void Stop(REALobjectStruct* object);
 
-/// The default output device's rate in Hz, whatever device the player uses; 0 on any failure. [main]
+/// Return the rate (Hz) and the channels per frame of the system's default output device, whatever device the
+/// player uses; 0 on any failure.
 float GetHardwareSampleRate(REALobjectStruct* object);
-
-/// The channels of a frame there, likewise. [main]
 HostInteger GetHardwareNumberOfChannels(REALobjectStruct* object);
 
 } // namespace player

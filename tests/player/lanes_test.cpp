@@ -1,7 +1,7 @@
 // What is computed in lanes against the same, one value after the other: all lengths and alignments, ordinary
 // and hostile data, bit for bit.
 #include "player/conversion.h"
-#include "player/interpolation.h"
+#include "player/span.h"
 
 #include <gtest/gtest.h>
 
@@ -58,7 +58,7 @@ double walked(double position, double step, UInt32 count)
     return position;
 }
 
-using Interpolate = void (*)(const player::Stretch&, float*);
+using Interpolate = void (*)(const player::Span&, float*);
 struct Form {
     const char* name;
     Interpolate inLanes, singly;
@@ -70,20 +70,20 @@ std::vector<Form> forms()
 {
     using namespace player;
     std::vector<Form> result = {
-        {"mono", interpolateMono, interpolateMonoSingly, 1},
-        {"stereo", interpolateStereo, interpolateStereoSingly, 2},
-        {"mono, two at a time", interpolateMonoInPairs, interpolateMonoSingly, 1},
-        {"stereo, two at a time", interpolateStereoInPairs, interpolateStereoSingly, 2},
+        {"mono", interpolateMono, interpolateMonoScalar, 1},
+        {"stereo", interpolateStereo, interpolateStereoScalar, 2},
+        {"mono, two at a time", interpolateMonoSse, interpolateMonoScalar, 1},
+        {"stereo, two at a time", interpolateStereoSse, interpolateStereoScalar, 2},
     };
-    if (hasWideLanes()) {
-        result.push_back({"mono, four at a time", interpolateMonoWide, interpolateMonoSingly, 1});
-        result.push_back({"stereo, four at a time", interpolateStereoWide, interpolateStereoSingly, 2});
+    if (hasAvx()) {
+        result.push_back({"mono, four at a time", interpolateMonoAvx, interpolateMonoScalar, 1});
+        result.push_back({"stereo, four at a time", interpolateStereoAvx, interpolateStereoScalar, 2});
     }
     return result;
 }
 
 /// Both forms over one stretch, into targets that begin `misaligned` floats behind an allocation.
-void expectSame(const player::Stretch& stretch, std::size_t misaligned)
+void expectSame(const player::Span& stretch, std::size_t misaligned)
 {
     std::vector<float> inLanes(2 * stretch.frames + 2 + misaligned, 7), singly(inLanes);
     for (const Form& form : forms()) {
@@ -125,7 +125,7 @@ TEST(PlayerLanes, InterpolateFarFromTheStart)
                 const auto distance = static_cast<std::ptrdiff_t>(start) * channels;
                 const auto base = reinterpret_cast<std::uintptr_t>(data.data()) -
                                   static_cast<std::uintptr_t>(distance) * sizeof(float);
-                const player::Stretch stretch = {reinterpret_cast<const float*>(base), start, step, frames};
+                const player::Span stretch = {reinterpret_cast<const float*>(base), start, step, frames};
                 std::vector<float> inLanes(2 * frames), singly(2 * frames);
                 for (const Form& form : forms()) {
                     if (form.channels != channels) continue;
@@ -194,16 +194,16 @@ TEST(PlayerLanes, StayInsideTheBuffer)
         const float step = steps[random() % std::size(steps)];
         const auto count = static_cast<std::int32_t>(random() % 300);
         const UInt32 wanted = 1 + random() % 300;
-        const player::Stretch stretch = {nullptr, walked(0, step, random() % 300), step, wanted};
+        const player::Span stretch = {nullptr, walked(0, step, random() % 300), step, wanted};
         const UInt32 inside = player::framesInside(stretch, count);
         ASSERT_LE(inside, wanted);
         if (inside == 0) continue;
-        const double last = stretch.place + (inside - 1) * stretch.step;
+        const double last = stretch.position + (inside - 1) * stretch.step;
         ASSERT_LT(static_cast<std::int64_t>(last) + 1, count)
-            << step << ' ' << stretch.place << ' ' << inside;
+            << step << ' ' << stretch.position << ' ' << inside;
         // And no fewer than there are, give or take the last.
         if (inside + 1 < wanted)
-            ASSERT_GE(static_cast<std::int64_t>(stretch.place + (inside + 1) * stretch.step) + 1,
+            ASSERT_GE(static_cast<std::int64_t>(stretch.position + (inside + 1) * stretch.step) + 1,
                       count - 0.0);
     }
 }
@@ -263,8 +263,8 @@ TEST(PlayerLanes, ConvertEverySampleAsIfItWereAlone)
 
 TEST(PlayerLanes, Convert24BitsInBothForms)
 {
-    expectConverted(24, 3, player::convertBigEndian24Singly);
-    if (player::canShuffleBytes()) expectConverted(24, 3, player::convertBigEndian24Shuffled);
+    expectConverted(24, 3, player::convertBigEndian24Scalar);
+    if (player::hasSsse3()) expectConverted(24, 3, player::convertBigEndian24Ssse3);
 }
 
 TEST(PlayerLanes, ConvertPairsAsEachChannel)

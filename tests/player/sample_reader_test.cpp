@@ -1,5 +1,5 @@
 // The sample reader: which sample an index finds, and what reading past a buffer's end leaves behind.
-#include "player/render.h"
+#include "player/sample_reader.h"
 
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
