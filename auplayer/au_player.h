@@ -1,5 +1,5 @@
-// The class data of one file player. A plain C record inside the host object, laid out as declared to the
-// host, who reads and writes the fields named after properties by itself.
+// The class data of one file player: a plain C record inside the host object, in the declared layout. The
+// host itself reads and writes the fields that are named after properties.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -16,17 +16,17 @@
 namespace auplayer {
 
 /// A file in memory.
-/// Owner   one for each object, from calloc; the samples, too, and they go with free.
+/// Owner   the object, which frees this record and the samples; both come from calloc.
 struct LoadedAudio {
     UInt32 frameCount;
     AudioStreamBasicDescription format; ///< a copy of the client format
     float* samples;                     ///< interleaved; null: none
-    UInt32 byteSize;                    ///< of the buffer
+    UInt32 byteSize;                    ///< of the samples
 };
 
 enum class RateUnit : HostInteger { byDefault = 0, timePitch = 1, varispeed = 2 };
 
-/// By default, and for any other number, it is the one that plays to a device of its own.
+/// The default, like any unknown number, is the HAL output unit.
 enum class OutputUnit : HostInteger {
     byDefault = 0,
     generic = 1,
@@ -35,37 +35,35 @@ enum class OutputUnit : HostInteger {
     systemDevice = 4
 };
 
-constexpr double unset = -1; ///< a loop point that was not given
+constexpr double unset = -1; ///< the value of a loop point that is not set
 
-/// Times are seconds where host programs see them and frames of the file in here.
+/// Units   host programs use seconds; this record counts frames of the file.
 ///
-/// Threads: [main] is the host's; [load] fills the record while a file is loaded: the same thread, or one of
-/// its own, for which [main] waits while it lets the host's programs run; [audio] is the graph's, inside
-/// renderInput, once the graph has been started. Nothing is locked. The words that two of them touch are
-/// loaded and stored as plugin/shared_word.h says; a position written by [main] while a slice is rendered may
-/// be lost to the slice's own.
+/// Nothing is locked. Fields that two threads use are accessed through plugin/shared_word.h. A position that
+/// [main] writes during a slice may be overwritten by that slice. A load fills the record on [load].
 struct AUPlayerData {
     alignas(8) double sampleRate;  ///< Hz, of the file
-    alignas(8) double trackLength; ///< seconds, as the platform estimates them
-    alignas(8) double loopIn;      ///< frames; `unset`; [main] writes, [audio] reads
+    alignas(8) double trackLength; ///< seconds, estimated by the platform
+    alignas(8) double loopIn;      ///< frames, or `unset`; written by [main], read by [audio]
     alignas(8) double loopOut;     ///< likewise
     HostInteger timePitchUnit;     ///< a RateUnit
-    HostInteger outputUnit;        ///< an OutputUnit, for the next load; the host program's
-    REALobjectStruct* tag;         ///< a variant, the host program's
-    HostBoolean dataIsInterleaved; ///< of the samples in memory, as all that begins with data
-    REALfolderItemStruct* file;    ///< with a reference
+    HostInteger outputUnit;        ///< an OutputUnit, used by the next load; written by the host program
+    REALobjectStruct* tag;         ///< a variant, written by the host program
+    HostBoolean dataIsInterleaved; ///< of the samples in memory, like the other data… fields
+    REALfolderItemStruct* file;    ///< holds a reference
     HostBoolean dataIsFloat;
-    HostInteger lasterror; ///< status of the last platform call; -1 before one. Host programs may write it
+    HostInteger
+        lasterror; ///< status of the last platform call; -1 before the first; writable by host programs
     HostBoolean dataIsNativeEndian;
-    REALstringStruct* clientFormatString; ///< the host's to release
+    REALstringStruct* clientFormatString; ///< the host releases it
     HostBoolean dataIsSignedInteger;
-    REALstringStruct* outputFormatString; ///< likewise
+    REALstringStruct* outputFormatString; ///< the host releases it
     HostBoolean dataIsPCM;
     HostInteger dataNumberInterleavedChannels;
     HostInteger dataNumberChannelStreams;
     HostInteger dataNumberChannels;
     HostInteger dataSampleWordSize;
-    HostInteger maximumFramesPerSlice; ///< the host program's, for the next load
+    HostInteger maximumFramesPerSlice; ///< used by the next load; written by the host program
     AUGraph graph;                     ///< owns the units
     AudioUnit converter;
     AudioUnit output;
@@ -73,20 +71,20 @@ struct AUPlayerData {
     AudioUnit varispeed;
     AudioUnit mixer;
     AudioUnit equalizer;
-    CAStreamBasicDescription* clientFormat; ///< owned: the samples in memory
-    CAStreamBasicDescription* outputFormat; ///< owned: what passes between the units
+    CAStreamBasicDescription* clientFormat; ///< owned: the format of the samples in memory
+    CAStreamBasicDescription* outputFormat; ///< owned: the format between the units
     AUNode outputNode;
     AUNode timePitchNode;
     AUNode varispeedNode;
     AUNode equalizerNode;
     AUNode mixerNode;
     AUNode converterNode;
-    UInt32 position;         ///< the next frame to render; [main] and [audio] write
-    UInt32 endFrame;         ///< frames that were read
-    UInt32 lastRenderOffset; ///< sample at which the last slice began; [audio]
+    UInt32 position;         ///< the next frame to render; written by [main] and [audio]
+    UInt32 endFrame;         ///< the number of frames that were read
+    UInt32 lastRenderOffset; ///< the first sample of the last slice [audio]
     LoadedAudio* loadedAudio;
-    HostBoolean isLooping;               ///< [main] writes, [audio] reads
-    alignas(4) HostBoolean isFileLoaded; ///< a load has begun; for good. A flag has a word of its own
+    HostBoolean isLooping;               ///< written by [main], read by [audio]
+    alignas(4) HostBoolean isFileLoaded; ///< a load has begun; never cleared
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(AUPlayerData) == 184, "the size declared to the host");
@@ -94,17 +92,27 @@ static_assert(offsetof(AUPlayerData, sampleRate) % 8 == 0 && offsetof(AUPlayerDa
                   offsetof(AUPlayerData, loopIn) % 8 == 0 && offsetof(AUPlayerData, loopOut) % 8 == 0,
               "64-bit fields are read and written by one instruction");
 
-/// The class data inside a host object. [main]
+/// Return the class data inside a host object.
+/// [main]
 AUPlayerData& dataOf(REALobjectStruct* object);
 
-/// The same with `Lasterror` set to -1: how most members begin. Bind it before the platform call. [main]
+/// Return the class data with `Lasterror` set to -1, as most members begin.
+/// [main]
 AUPlayerData& beginCall(REALobjectStruct* object);
 
-/// Keep a status where the host program finds it, and say whether it is success. [main], [load]
+/// Store a platform status in `Lasterror`. Returns whether it is success.
+/// [main], [load]
 inline bool keepStatus(AUPlayerData& player, OSStatus status)
 {
     storeRelaxed(player.lasterror, static_cast<HostInteger>(status));
     return status == noErr;
+}
+
+/// Return the frames per second between host times and positions: frames read over the estimated duration,
+/// not the sample rate. [main]
+inline double framesPerSecond(const AUPlayerData& player)
+{
+    return loadRelaxed(player.endFrame) / loadRelaxed(player.trackLength);
 }
 
 } // namespace auplayer

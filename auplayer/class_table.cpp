@@ -1,14 +1,13 @@
 // AUPlayerKVX as the host sees it.
-#include "auplayer/au_player.h"
-
+#include "plugin/class_table.h"
+#include "auplayer/channel_map.h"
 #include "auplayer/devices.h"
-#include "auplayer/host_arrays.h"
 #include "auplayer/lifetime.h"
 #include "auplayer/loading.h"
+#include "auplayer/loop.h"
 #include "auplayer/transport.h"
 #include "auplayer/unit_parameters.h"
 #include "plugin/class_data.h"
-#include "plugin/class_table.h"
 #include "plugin/classes.h"
 
 namespace auplayer {
@@ -18,7 +17,7 @@ namespace {
 using namespace table;
 using Data = AUPlayerData;
 
-// To the host a handle is a number of the width of its Integer.
+// Handles are Integers in the host's interface.
 static_assert(sizeof(AudioUnit) == sizeof(HostInteger) && sizeof(AUGraph) == sizeof(HostInteger));
 constexpr HostType<AudioUnit> asUnit{asInteger.name};
 constexpr HostType<AUGraph> asGraph{asInteger.name};

@@ -22,7 +22,7 @@ AudioObjectPropertyAddress global(AudioObjectPropertySelector selector)
     return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMaster};
 }
 
-/// How the platform calls its list of devices, and how long it is. Most know only the second name.
+/// Find the selector and the size (bytes) of the device list. Most systems know only the second selector.
 OSStatus findDeviceList(AudioObjectPropertyAddress& address, UInt32& size)
 {
     OSStatus status = noErr;
@@ -41,7 +41,8 @@ bool hasOutput(AudioDeviceID device)
            noErr;
 }
 
-/// A device's name as a host string, which may be null; false if the platform has none.
+/// Make a host string of a device's name; the host may return null. Returns false if the platform has no
+/// name.
 bool readName(AudioDeviceID device, OwnedString& text)
 {
     char name[deviceNameBytes] = {};
@@ -53,9 +54,8 @@ bool readName(AudioDeviceID device, OwnedString& text)
     return true;
 }
 
-/// On every way out: the dictionary may be gone before the next one comes, and that to its address.
-struct Forgetting {
-    ~Forgetting() { forgetDictionary(); }
+struct ForgetDictionaryAtExit {
+    ~ForgetDictionaryAtExit() { forgetDictionary(); }
 };
 
 } // namespace
@@ -101,17 +101,17 @@ REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger)
         RaiseException("OutOfMemoryException", "Failed to allocate buffer for device IDs.");
         return nullptr;
     }
-    const UInt32 room = size;
+    const UInt32 capacity = size;
     if (!keepStatus(player, AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size,
                                                        memory.get())))
         return nullptr;
 
-    const Forgetting atTheEnd;
+    const ForgetDictionaryAtExit atExit;
     OwnedObject dictionary(REALnewInstance("Dictionary"));
     if (!dictionary) return nullptr;
     const auto* const devices = reinterpret_cast<const AudioDeviceID*>(memory.get());
-    for (UInt32 i = 0; i < std::min(size, room) / sizeof(AudioDeviceID); ++i) {
-        OwnedString name; // dropped last: the key first, then the value
+    for (UInt32 i = 0; i < std::min(size, capacity) / sizeof(AudioDeviceID); ++i) {
+        OwnedString name; // released last; key first, then value
         OwnedObject value, key;
         if (!hasOutput(devices[i]) || !readName(devices[i], name)) continue;
         key.reset(REALNewVariantInteger(static_cast<HostInteger>(devices[i])));

@@ -1,21 +1,20 @@
-// The output device of the graph, and the devices there are. Thread: [main].
+// The graph's output device, and the list of output devices. All functions: [main].
 #pragma once
 
 #include "auplayer/au_player.h"
 
 namespace auplayer {
 
-/// The output unit's device; 0, with the status in `Lasterror`, before a load.
+/// The output unit's device. Before a load the getter returns 0, and `Lasterror` has the platform's status.
 std::uint32_t getCurrentDeviceID(REALobjectStruct* object, HostInteger);
 void setCurrentDeviceID(REALobjectStruct* object, HostInteger, std::uint32_t device);
 
-/// The system's default output device; 0 if there is none.
+/// Return the system's default output device; 0 if there is none.
 std::uint32_t getDefaultDeviceID(REALobjectStruct* object, HostInteger);
 
-/// A new host Dictionary: the names of the devices with an output side, by their identifiers. A device whose
-/// name cannot be read is left out.
-/// Errors  no device at all, or no memory, raises "OutOfMemoryException"; then, and on a platform's refusal,
-///         nil.
+/// Return a new host Dictionary from device identifiers to names, of all devices with an output stream and a
+/// readable name.
+/// Errors  nil if the platform refuses; nil and "OutOfMemoryException" without devices or memory.
 REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger);
 
 } // namespace auplayer

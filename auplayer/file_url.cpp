@@ -10,45 +10,45 @@ namespace auplayer {
 
 namespace {
 
-/// The URL of what the host's service refers to: the item itself, or, with room for a name, its folder.
-Owned<CFURLRef> referredTo(REALfolderItemStruct* file, HFSUniStr255* name)
+/// The URL of the item itself, or, if `name` is not null, of its folder; the item's name is stored in `name`.
+OwnedCF<CFURLRef> hostReference(REALfolderItemStruct* file, HFSUniStr255* name)
 {
     FSRef reference = {};
     if (!REALFSRefFromFolderItem(file, &reference, name)) return nullptr;
-    return Owned<CFURLRef>(CFURLCreateFromFSRef(kCFAllocatorDefault, &reference));
+    return OwnedCF<CFURLRef>(CFURLCreateFromFSRef(kCFAllocatorDefault, &reference));
 }
 
-Owned<CFStringRef> textOf(const HFSUniStr255& name)
+OwnedCF<CFStringRef> textOf(const HFSUniStr255& name)
 {
     if (name.length == 0 || name.length > std::size(name.unicode)) return nullptr;
-    return Owned<CFStringRef>(CFStringCreateWithCharacters(kCFAllocatorDefault, name.unicode, name.length));
+    return OwnedCF<CFStringRef>(CFStringCreateWithCharacters(kCFAllocatorDefault, name.unicode, name.length));
 }
 
-Owned<CFMutableStringRef> decomposed(CFStringRef text)
+OwnedCF<CFMutableStringRef> decomposed(CFStringRef text)
 {
-    Owned<CFMutableStringRef> copy(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text));
+    OwnedCF<CFMutableStringRef> copy(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text));
     if (copy) CFStringNormalize(copy.get(), kCFStringNormalizationFormD);
     return copy;
 }
 
-Owned<CFURLRef> throughItsFolder(REALfolderItemStruct* file)
+OwnedCF<CFURLRef> urlFromFolder(REALfolderItemStruct* file)
 {
     HFSUniStr255 name = {};
-    const Owned<CFURLRef> folder = referredTo(file, &name);
+    const OwnedCF<CFURLRef> folder = hostReference(file, &name);
     if (!folder) return nullptr;
-    const Owned<CFStringRef> text = textOf(name);
+    const OwnedCF<CFStringRef> text = textOf(name);
     if (!text) return nullptr;
-    const Owned<CFMutableStringRef> normal = decomposed(text.get());
-    return Owned<CFURLRef>(CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, folder.get(),
-                                                                 normal ? normal.get() : text.get(), false));
+    const OwnedCF<CFMutableStringRef> normal = decomposed(text.get());
+    return OwnedCF<CFURLRef>(CFURLCreateCopyAppendingPathComponent(
+        kCFAllocatorDefault, folder.get(), normal ? normal.get() : text.get(), false));
 }
 
 } // namespace
 
-Owned<CFURLRef> urlOf(REALfolderItemStruct* file)
+OwnedCF<CFURLRef> urlOf(REALfolderItemStruct* file)
 {
-    Owned<CFURLRef> url = referredTo(file, nullptr);
-    return url ? std::move(url) : throughItsFolder(file);
+    OwnedCF<CFURLRef> url = hostReference(file, nullptr);
+    return url ? std::move(url) : urlFromFolder(file);
 }
 
 } // namespace auplayer

@@ -1,15 +1,15 @@
-// From a host's folder item to a path of the platform.
+// From a host's folder item to the platform's URL.
 #pragma once
 
 #include "abi/host_values.h"
-#include "auplayer/owned_platform_object.h"
+#include "plugin/owned_cf.h"
 
 namespace auplayer {
 
-/// Where a folder item is. An item that does not exist yet is reached through its folder, by its name in
-/// decomposed form, as the file system keeps names.
-/// Errors  null: the host has no reference, or the platform no path.
-/// Thread  [main].
-Owned<CFURLRef> urlOf(REALfolderItemStruct* file);
+/// Return the URL of a folder item. An item that does not exist yet gets its folder's URL plus its name, in
+/// decomposed form as the file system stores names.
+/// Errors  null if the host gives no reference, or the platform no URL.
+/// [main]
+OwnedCF<CFURLRef> urlOf(REALfolderItemStruct* file);
 
 } // namespace auplayer

@@ -6,8 +6,8 @@ namespace auplayer {
 
 namespace {
 
-// The methods of the dictionary used last, looked up once for many calls and shared by all objects. The two
-// getters are stated by the interface; they are unused here.
+// The methods of the last used dictionary, cached for all objects. The host expects the two getters to be
+// looked up as well; nothing calls them.
 REALobjectStruct* LastDictionary;
 void (*LastDictionarySetter)(REALobjectStruct*, REALobjectStruct* key, REALobjectStruct* value);
 REALobjectStruct* (*LastDictionaryGetter)(REALobjectStruct*, REALobjectStruct* key);

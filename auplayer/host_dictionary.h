@@ -1,14 +1,14 @@
-// Writing into a host Dictionary. Thread: [main].
+// Writing into a host Dictionary. All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"
 
 namespace auplayer {
 
-/// Keep the variant `value` under the variant `key`. A dictionary that has no such method is left as it is.
+/// Store the variant `value` under the variant `key`; nothing happens if the dictionary lacks the method.
 void storeInDictionary(REALobjectStruct* dictionary, REALobjectStruct* key, REALobjectStruct* value);
 
-/// The dictionary that was used last may go, and another come to its address.
+/// Drop the cached methods, before another dictionary can be created at the same address.
 void forgetDictionary();
 
 } // namespace auplayer

@@ -1,8 +1,8 @@
 #include "auplayer/lifetime.h"
 
 #include "auplayer/au_player.h"
-#include "auplayer/owned_platform_object.h"
-#include "plugin/owned.h"
+#include "plugin/release.h"
+#include "plugin/services.h"
 
 #include <cstdlib>
 #include <new>
@@ -11,7 +11,7 @@ namespace auplayer {
 
 namespace {
 
-/// Leave `field` empty, and hand over what was in it.
+/// Clear `field` and return its former value.
 template <class Pointer>
 Pointer take(Pointer& field)
 {
@@ -35,7 +35,7 @@ void AUPlayerConstructor(REALobjectStruct* object)
 void AUPlayerDestructor(REALobjectStruct* object)
 {
     AUPlayerData& player = dataOf(object);
-    if (player.graph) giveBack(DisposeAUGraph, take(player.graph));
+    if (player.graph) release(DisposeAUGraph, take(player.graph));
     if (player.loadedAudio) std::free(take(player.loadedAudio->samples));
     delete take(player.clientFormat);
     delete take(player.outputFormat);

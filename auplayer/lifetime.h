@@ -1,15 +1,14 @@
-// An object comes and goes.
+// Construction and destruction of an object. All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"
 
 namespace auplayer {
 
-/// The host hands over a record of zeros. Without memory for the rest, no load succeeds. [main]
+/// Fill the record, which the host has zeroed. Without memory for its parts every load fails.
 void AUPlayerConstructor(REALobjectStruct* object);
 
-/// Give up everything, the graph first: with it playing ends. The texts of the formats stay the host's.
-/// [main]
+/// Release everything; the graph first, which stops playing. The texts of the formats stay the host's.
 void AUPlayerDestructor(REALobjectStruct* object);
 
 } // namespace auplayer

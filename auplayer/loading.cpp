@@ -1,7 +1,10 @@
 #include "auplayer/loading.h"
 
+#include "auplayer/build_graph.h"
+#include "auplayer/decode_file.h"
 #include "auplayer/file_url.h"
 #include "plugin/background.h"
+#include "plugin/catch_all.h"
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
@@ -21,8 +24,8 @@ REALstringStruct* textOf(const CAStreamBasicDescription& format)
     return REALBuildUnicodeString(text, static_cast<long long>(std::strlen(text)), encodingUTF8);
 }
 
-/// Run the load where it was asked for. The texts of the formats are made here afterwards: a host builds
-/// strings on its main thread.
+/// Run the load on its thread, then make the texts of the formats: the host builds strings on its main thread
+/// only.
 void run(LoadRequest& request)
 {
     if (request.isThreaded)
@@ -45,15 +48,15 @@ HostBoolean LoadFileIntern(REALobjectStruct* object, REALfolderItemStruct* file,
         return false;
     }
     AUPlayerData& player = beginCall(object);
-    REALLockObject(asObject(file)); // first: a host that throws has given no reference
-    player.file = file; // a refused second load, too, changes `File`; the former one keeps its reference
+    REALLockObject(asObject(file)); // before the store: if it throws, there is no reference to release
+    player.file = file; // also by a refused second load, which leaks the first reference by design
     if (player.isFileLoaded) {
         RaiseException("UnsupportedOperationException", "This class can only load one file.");
         return false;
     }
     player.isFileLoaded = true;
 
-    const Owned<CFURLRef> url = urlOf(file);
+    const OwnedCF<CFURLRef> url = urlOf(file);
     if (!url) {
         RaiseException("NilObjectException", "File is invalid path");
         return false;
@@ -70,6 +73,17 @@ HostBoolean LoadFileIntern(REALobjectStruct* object, REALfolderItemStruct* file,
     if (request.isOutOfMemory)
         RaiseException("OutOfMemoryException", "Failed to allocate buffer for audio data.");
     return request.result;
+}
+
+void LoadFileInternal(const void* work)
+{
+    LoadRequest& request = *static_cast<LoadRequest*>(const_cast<void*>(work));
+    const AUPlayerData& player = *request.player;
+    if (!player.loadedAudio || !player.clientFormat || !player.outputFormat) {
+        request.isOutOfMemory = true; // the constructor had no memory
+        return;
+    }
+    request.result = catchAll([&request] { return decodeFile(request) && buildGraph(*request.player); });
 }
 
 HostBoolean LoadFile(REALobjectStruct* object, REALfolderItemStruct* file, HostInteger inputChannels,

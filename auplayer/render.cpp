@@ -1,8 +1,8 @@
 #include "auplayer/render.h"
 
 #include "auplayer/au_player.h"
+#include "auplayer/loop.h"
 #include "plugin/shared_word.h"
-#include "plugin/truncate.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,27 +17,18 @@ void silence(AudioBufferList& list)
         if (list.mBuffers[i].mData) std::memset(list.mBuffers[i].mData, 0, list.mBuffers[i].mDataByteSize);
 }
 
-/// Fill the slice that begins at frame `position`. Byte places in 64 bits: neither they nor the end of a
-/// slice can wrap.
+/// Fill the slice that begins at frame `position`. Byte offsets have 64 bits, so they cannot wrap.
 void fill(const LoadedAudio& audio, UInt32 position, UInt32 frames, AudioBufferList& list)
 {
     const UInt64 bytesPerFrame = audio.format.mBytesPerFrame;
-    const bool hasMusic = audio.samples && position < audio.frameCount; // a read that failed leaves none
-    const UInt64 left = hasMusic ? (audio.frameCount - position) * bytesPerFrame : 0;
-    const UInt64 wanted = list.mNumberBuffers ? list.mBuffers[0].mDataByteSize : 0;
-    if (UInt64{position} + frames > audio.frameCount || wanted > left) silence(list);
-    if (!left || !wanted || !list.mBuffers[0].mData) return;
+    const bool hasFrames = audio.samples && position < audio.frameCount; // a failed read leaves no samples
+    const UInt64 left = hasFrames ? (audio.frameCount - position) * bytesPerFrame : 0;
+    const UInt64 requested = list.mNumberBuffers ? list.mBuffers[0].mDataByteSize : 0;
+    if (UInt64{position} + frames > audio.frameCount || requested > left) silence(list);
+    if (!left || !requested || !list.mBuffers[0].mData) return;
     std::memcpy(list.mBuffers[0].mData,
                 reinterpret_cast<const char*>(audio.samples) + position * bytesPerFrame,
-                static_cast<std::size_t>(std::min(wanted, left)));
-}
-
-/// Where the next slice begins, when this one ended at `position`.
-UInt32 looped(const AUPlayerData& player, UInt32 position)
-{
-    const double in = loadRelaxed(player.loopIn);
-    if (in > position) position = frameAt(in);
-    return position >= loadRelaxed(player.loopOut) ? frameAt(in) : position;
+                static_cast<std::size_t>(std::min(requested, left)));
 }
 
 } // namespace
@@ -46,14 +37,14 @@ OSStatus renderInput(void* client, AudioUnitRenderActionFlags*, const AudioTimeS
                      UInt32 frames, AudioBufferList* list)
 {
     AUPlayerData& player = *static_cast<AUPlayerData*>(client);
-    const LoadedAudio& audio = player.loadedAudio[bus]; // one bus is connected: the first
+    const LoadedAudio& audio = player.loadedAudio[bus]; // only bus 0 is connected
     const UInt32 begin = loadRelaxed(player.position);
     fill(audio, begin, frames, *list);
 
-    const UInt64 behind = UInt64{begin} + frames;
-    UInt32 position = static_cast<UInt32>(std::min<UInt64>(behind, player.endFrame));
+    const UInt64 end = UInt64{begin} + frames;
+    UInt32 position = static_cast<UInt32>(std::min<UInt64>(end, player.endFrame));
     player.lastRenderOffset = begin * audio.format.mChannelsPerFrame;
-    if (loadRelaxed(player.isLooping)) position = looped(player, position);
+    if (loadRelaxed(player.isLooping)) position = loopedPosition(player, position);
     storeRelaxed(player.position, position);
     return noErr;
 }

@@ -8,31 +8,31 @@ namespace auplayer {
 
 namespace {
 
-/// Writes on behind what is there, and remembers when something did not fit.
+/// Appends formatted text to a buffer of streamTextBytes. Once a text does not fit, `add` returns false.
 class Line {
 public:
-    explicit Line(char* buffer) : place_(buffer) {}
+    explicit Line(char* buffer) : end_(buffer) {}
 
     __attribute__((format(printf, 2, 3))) bool add(const char* format, ...)
     {
         va_list values;
         va_start(values, format);
-        const int length = std::vsnprintf(place_, room_, format, values);
+        const int length = std::vsnprintf(end_, free_, format, values);
         va_end(values);
-        if (length < 0 || static_cast<unsigned long>(length) >= room_) return false;
-        place_ += length;
-        room_ -= static_cast<unsigned long>(length);
+        if (length < 0 || static_cast<unsigned long>(length) >= free_) return false;
+        end_ += length;
+        free_ -= static_cast<unsigned long>(length);
         return true;
     }
 
 private:
-    char* place_;
-    unsigned long room_ = streamTextBytes;
+    char* end_;
+    unsigned long free_ = streamTextBytes;
 };
 
 bool isPrintable(unsigned char c) { return c >= 0x20 && c < 0x7F; }
 
-/// 'lpcm', or 0x00000001 for a code that is no plain text.
+/// A four-character code as 'lpcm', or as 0x00000001 if a character is not printable.
 struct CodeText {
     char text[2 + 2 * 4 + 1];
 
@@ -78,7 +78,7 @@ void addLinearPCM(Line& line, const AudioStreamBasicDescription& format, UInt32 
                                                                  : " little-endian";
     const char* const sign = isFloat ? "" : has(kAudioFormatFlagIsSignedInteger) ? " signed" : " unsigned";
 
-    // A sample that does not fill its word says how it stands in there.
+    // Packing and alignment are stated only for a sample that does not fill its word.
     const bool isPadded = wordSize >= 1 && 8 * wordSize != format.mBitsPerChannel;
     char packing[40] = "";
     if (isPadded)

@@ -1,12 +1,11 @@
-// A stream format, asked and told.
+// A stream format: questions about it, and its text. All functions: [any].
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
 
 namespace auplayer {
 
-/// The platform's record of a stream format with questions added; nothing is stored beside it.
-/// Thread [any].
+/// The platform's record of a stream format, without further fields.
 struct CAStreamBasicDescription : AudioStreamBasicDescription {
     bool isPCM() const { return mFormatID == kAudioFormatLinearPCM; }
     bool isInterleaved() const { return !isPCM() || !has(kAudioFormatFlagIsNonInterleaved); }
@@ -18,11 +17,11 @@ struct CAStreamBasicDescription : AudioStreamBasicDescription {
     UInt32 numberChannelStreams() const { return isInterleaved() ? 1 : mChannelsPerFrame; }
     UInt32 numberChannels() const { return mChannelsPerFrame; }
 
-    /// Bytes of one sample; 0 for a format without a frame size or without channels.
+    /// Return the bytes of one sample; 0 without a frame size or channels.
     UInt32 sampleWordSize() const { return bytesAmong(numberInterleavedChannels()); }
 
-    /// One line of text about the format.
-    /// Shape   `buffer` has room for 500 bytes, whatever `size` says; a longer text is cut.
+    /// Write one line of text about the format.
+    /// Shape   `buffer` has streamTextBytes bytes, whatever `size` says; a longer text is cut.
     /// Returns `buffer`.
     char* AsString(char* buffer, unsigned long size) const;
 

@@ -9,29 +9,11 @@ namespace auplayer {
 
 namespace {
 
-double framesPerSecond(const AUPlayerData& player)
-{
-    return loadRelaxed(player.endFrame) / loadRelaxed(player.trackLength);
-}
-
-/// Single precision is what loop points are measured with.
-double framesPerSecondOfLoops(const AUPlayerData& player)
-{
-    return static_cast<double>(static_cast<float>(framesPerSecond(player)));
-}
-
-/// Ask the graph, and keep the status.
+/// Whether the graph runs. The status is in `Lasterror`.
 bool isRunning(AUPlayerData& player)
 {
     Boolean running = false;
     return keepStatus(player, AUGraphIsRunning(loadAcquired(player.graph), &running)) && running;
-}
-
-double loopPoint(REALobjectStruct* object, double AUPlayerData::*field)
-{
-    const AUPlayerData& player = dataOf(object);
-    const double frames = loadRelaxed(player.*field);
-    return frames > 0 ? frames / framesPerSecond(player) : 0.0;
 }
 
 } // namespace
@@ -92,40 +74,6 @@ double getTrackLength(REALobjectStruct* object, HostInteger)
 double getSampleRate(REALobjectStruct* object, HostInteger)
 {
     return loadRelaxed(beginCall(object).sampleRate);
-}
-
-double getLoopIn(REALobjectStruct* object, HostInteger) { return loopPoint(object, &AUPlayerData::loopIn); }
-
-double getLoopOut(REALobjectStruct* object, HostInteger) { return loopPoint(object, &AUPlayerData::loopOut); }
-
-void setLoopIn(REALobjectStruct* object, HostInteger, double seconds)
-{
-    AUPlayerData& player = dataOf(object);
-    const double frames = frameAt(framesPerSecondOfLoops(player) * seconds);
-    storeRelaxed(player.loopIn, frames);
-    if (frames > loadRelaxed(player.loopOut)) storeRelaxed(player.loopOut, frames);
-}
-
-void setLoopOut(REALobjectStruct* object, HostInteger, double seconds)
-{
-    AUPlayerData& player = dataOf(object);
-    UInt32 frames = frameAt(framesPerSecondOfLoops(player) * seconds);
-    const double in = loadRelaxed(player.loopIn);
-    if (in > frames) frames = frameAt(in);
-    storeRelaxed(player.loopOut, static_cast<double>(frames));
-}
-
-HostBoolean getLooping(REALobjectStruct* object, HostInteger)
-{
-    return loadRelaxed(dataOf(object).isLooping);
-}
-
-void setLooping(REALobjectStruct* object, HostInteger, HostBoolean value)
-{
-    AUPlayerData& player = dataOf(object);
-    const double in = loadRelaxed(player.loopIn), out = loadRelaxed(player.loopOut);
-    const bool areSet = in != unset && out != unset;
-    storeRelaxed(player.isLooping, HostBoolean{value != 0 && areSet && !(in > out)});
 }
 
 } // namespace auplayer

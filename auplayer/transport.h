@@ -1,22 +1,22 @@
-// Start, stop, where the file plays, and what it repeats. Thread: [main].
+// Start, stop and the play position.
 //
-// Host programs speak of seconds, the record of frames; the frames of a second are those that were read over
-// the duration that the platform estimates. Nothing is clamped: a time that is negative or too large wraps to
-// some frame, and rendering takes what lies behind the end as the end.
+// Times are seconds; `framesPerSecond` converts them to frames. They are not clamped: a negative or very
+// large time wraps to some frame, and rendering treats a position past the end as the end. All functions:
+// [main].
 #pragma once
 
 #include "auplayer/au_player.h"
 
 namespace auplayer {
 
-/// Start and stop the graph; nothing happens without one, or when it does so already.
+/// Start or stop the graph. Without a graph, or in the requested state already, nothing happens.
 void Play(REALobjectStruct* object);
 void Pause(REALobjectStruct* object);
 
-/// Let the units forget what they have heard. The position stays.
+/// Clear the units' signal history. The position stays.
 void Reset(REALobjectStruct* object);
 
-/// Whether the graph runs; false, too, when that cannot be told.
+/// Whether the graph runs; false also if the platform cannot tell.
 HostBoolean getPlaying(REALobjectStruct* object, HostInteger);
 void setPlaying(REALobjectStruct* object, HostInteger, HostBoolean value);
 
@@ -25,16 +25,5 @@ void setCurrentTime(REALobjectStruct* object, HostInteger, double seconds);
 
 double getTrackLength(REALobjectStruct* object, HostInteger);
 double getSampleRate(REALobjectStruct* object, HostInteger); ///< Hz
-
-/// Loop points; 0 for one that is not set. The end never lies in front of the start: setting the start moves
-/// the end along, and an end in front of it becomes the start.
-double getLoopIn(REALobjectStruct* object, HostInteger);
-void setLoopIn(REALobjectStruct* object, HostInteger, double seconds);
-double getLoopOut(REALobjectStruct* object, HostInteger);
-void setLoopOut(REALobjectStruct* object, HostInteger, double seconds);
-
-/// Takes effect only once both loop points are set.
-HostBoolean getLooping(REALobjectStruct* object, HostInteger);
-void setLooping(REALobjectStruct* object, HostInteger, HostBoolean value);
 
 } // namespace auplayer

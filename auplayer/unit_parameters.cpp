@@ -1,5 +1,6 @@
 #include "auplayer/unit_parameters.h"
 
+#include "plugin/exceptions.h"
 #include "plugin/truncate.h"
 
 #include <cmath>
@@ -14,7 +15,7 @@ struct Parameter {
     AudioUnitScope scope;
 };
 
-// The mixer's pan and the newer time-pitch unit are younger than the oldest headers.
+// Missing from the oldest headers.
 constexpr AudioUnitParameterID mixerPan = 2;
 constexpr AudioUnitParameterID newTimePitchRate = 0;
 constexpr AudioUnitParameterID newTimePitchPitch = 1;
@@ -64,7 +65,7 @@ void bypass(AUPlayerData& player, const AudioUnit& unit, UInt32 isBypassed)
                                             kAudioUnitScope_Global, 0, &isBypassed, sizeof isBypassed));
 }
 
-/// The other unit is out of the way before this one is in it.
+/// Bypass the other unit first, then activate the chosen one.
 void switchTo(AUPlayerData& player, RateUnit choice, const AudioUnit& chosen, const AudioUnit& other)
 {
     const auto number = static_cast<HostInteger>(choice);
@@ -72,6 +73,24 @@ void switchTo(AUPlayerData& player, RateUnit choice, const AudioUnit& chosen, co
     bypass(player, other, 1);
     bypass(player, chosen, 0);
     storeRelaxed(player.timePitchUnit, number);
+}
+
+template <class Element>
+void updateEQ(REALobjectStruct* object, ArrayOf<Element>* eqBands)
+{
+    if (!eqBands) {
+        RaiseException("NilObjectException", "eqBands is nil!");
+        return;
+    }
+    const AudioUnit equalizer = loadAcquired(dataOf(object).equalizer);
+    if (!equalizer) return;
+    const std::int64_t count = arrayCount(eqBands);
+    for (std::int64_t i = 0; i < count; ++i) {
+        Element gain = 0;
+        readArrayElement(eqBands, static_cast<HostInteger>(i), gain);
+        AudioUnitSetParameter(equalizer, static_cast<AudioUnitParameterID>(i), kAudioUnitScope_Global, 0,
+                              static_cast<AudioUnitParameterValue>(gain), 0);
+    }
 }
 
 } // namespace
@@ -139,5 +158,8 @@ void setInputEnabled(REALobjectStruct* object, std::uint32_t inputNum, HostBoole
 {
     set(object, inputEnabled, value ? 1.0 : 0.0, inputNum);
 }
+
+void updateEQDouble(REALobjectStruct* object, ArrayOf<double>* eqBands) { updateEQ(object, eqBands); }
+void updateEQSingle(REALobjectStruct* object, ArrayOf<float>* eqBands) { updateEQ(object, eqBands); }
 
 } // namespace auplayer

@@ -1,10 +1,11 @@
-// Numbers of the units: levels, rates, and the choice between the two rate units. Thread: [main].
+// The units' parameters: levels, rates, equaliser bands, and the choice between the two rate units.
 //
-// A getter of a unit that is not there gives 0, with the platform's status in `Lasterror`. Values are not
-// clamped here; units do what they do with them.
+// Before a load a getter returns 0, and `Lasterror` has the platform's status. Values are passed on
+// unclamped. All functions: [main].
 #pragma once
 
 #include "auplayer/au_player.h"
+#include "plugin/host_array.h"
 
 namespace auplayer {
 
@@ -16,8 +17,8 @@ void setOutputVolume(REALobjectStruct* object, HostInteger, double value);
 
 double getMeterLevel(REALobjectStruct* object, HostInteger); ///< decibels below full scale
 
-// Rates are read from the time-pitch unit and set on both rate units, so that a later choice between them
-// keeps them. `Lasterror` tells of the time-pitch unit alone: the other does not know all of them.
+// The rate getters read the time-pitch unit. The setters set both rate units, so that switching units keeps
+// the rates; `Lasterror` is the time-pitch unit's status, because the varispeed unit lacks some parameters.
 
 double getTimeRate(REALobjectStruct* object, HostInteger);             ///< 1 as recorded, 2 twice as fast
 void setTimeRate(REALobjectStruct* object, HostInteger, double value); ///< rounded down to hundredths
@@ -31,8 +32,8 @@ void setOverlap(REALobjectStruct* object, HostInteger, double value);
 HostBoolean getEnablePeakLocking(REALobjectStruct* object, HostInteger);
 void setEnablePeakLocking(REALobjectStruct* object, HostInteger, HostBoolean value);
 
-/// Choose the rate unit that works, and bypass the other; before a load the choice is only kept. 0 chooses as
-/// 1 does; anything but 0, 1 and 2 changes nothing.
+/// Choose the active rate unit (a RateUnit; the default is timePitch) and bypass the other one. Before a load
+/// the choice is only stored. An unknown number changes nothing.
 void setTimePitchUnit(REALobjectStruct* object, HostInteger, HostInteger value);
 
 double getInputVolume(REALobjectStruct* object, std::uint32_t inputNum); ///< linear gain
@@ -40,5 +41,10 @@ void setInputVolume(REALobjectStruct* object, std::uint32_t inputNum, double val
 
 HostBoolean getInputEnabled(REALobjectStruct* object, std::uint32_t inputNum);
 void setInputEnabled(REALobjectStruct* object, std::uint32_t inputNum, HostBoolean value);
+
+/// Set the gains of the equaliser's bands, in decibels, lowest band first. Before a load nothing happens.
+/// Errors  nil raises "NilObjectException"; `Lasterror` stays unchanged.
+void updateEQDouble(REALobjectStruct* object, ArrayOf<double>* eqBands);
+void updateEQSingle(REALobjectStruct* object, ArrayOf<float>* eqBands);
 
 } // namespace auplayer

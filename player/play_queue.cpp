@@ -1,5 +1,6 @@
 #include "player/play_queue.h"
 
+#include "plugin/mutex_lock.h"
 #include "plugin/shared_word.h"
 
 #include <algorithm>
@@ -13,22 +14,6 @@ namespace {
 
 pthread_mutex_t playQLock = PTHREAD_MUTEX_INITIALIZER;
 
-/// Holds playQLock until it is destroyed, unless locking failed.
-class QueueLock {
-public:
-    QueueLock() : isHeld_(pthread_mutex_lock(&playQLock) == 0) {}
-    ~QueueLock()
-    {
-        if (isHeld_) pthread_mutex_unlock(&playQLock);
-    }
-    QueueLock(const QueueLock&) = delete;
-    QueueLock& operator=(const QueueLock&) = delete;
-    explicit operator bool() const { return isHeld_; }
-
-private:
-    bool isHeld_;
-};
-
 void freeItem(PlayItem& item)
 {
     std::free(item.data);
@@ -38,7 +23,7 @@ void freeItem(PlayItem& item)
 /// Move `item` into a slot of the queue. Returns false if no slot is empty or the lock fails.
 bool enqueue(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
 {
-    const QueueLock lock;
+    const MutexLock lock(&playQLock);
     if (!lock) return false;
 
     PlayItem* slot;
@@ -69,7 +54,7 @@ bool AddToPlayList(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
 
 bool TakeNextPlayItem(AudioPlayerData& player)
 {
-    const QueueLock lock;
+    const MutexLock lock(&playQLock);
     if (!lock || player.queueCount <= 0 || !player.queue[0].data) return false;
     player.current = player.queue[0];
     std::copy(player.queue + 1, player.queue + player.queueCount, player.queue);
@@ -80,7 +65,7 @@ bool TakeNextPlayItem(AudioPlayerData& player)
 
 void FreeAllPlayItems(AudioPlayerData& player)
 {
-    if (const QueueLock lock; lock) {
+    if (const MutexLock lock(&playQLock); lock) {
         std::for_each(std::begin(player.queue), std::end(player.queue), freeItem);
         player.queueCount = 0;
     }
@@ -89,7 +74,7 @@ void FreeAllPlayItems(AudioPlayerData& player)
 
 std::int32_t freeSpace(AudioPlayerData& player)
 {
-    const QueueLock lock;
+    const MutexLock lock(&playQLock);
     return lock ? queueCapacity - player.queueCount : 0;
 }
 
