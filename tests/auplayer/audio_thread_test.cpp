@@ -1,4 +1,4 @@
-// Seeks and loops of the host's thread while the audio thread renders.
+// Seeks and loop changes on the host's thread while the render thread renders.
 #include "tests/auplayer/player_test.h"
 
 #include <atomic>
@@ -12,7 +12,7 @@ class AudioThread : public PlayerTest {};
 
 constexpr std::uint32_t channels = 2, sliceFrames = 64;
 
-/// The slice that began at sample `offset` of a file whose sample number n is n.
+/// Whether the slice holds the samples from `offset` on, of a file whose sample n has the value n.
 bool holds(const std::vector<float>& slice, std::uint32_t offset, std::uint32_t samples)
 {
     for (std::uint32_t i = 0; i < slice.size(); ++i) {
@@ -22,7 +22,7 @@ bool holds(const std::vector<float>& slice, std::uint32_t offset, std::uint32_t 
     return true;
 }
 
-TEST_F(AudioThread, RendersWholeSlicesHoweverThePositionIsMovedMeanwhile)
+TEST_F(AudioThread, RendersWholeSlicesWhileThePositionChanges)
 {
     ASSERT_TRUE(load());
     const AURenderCallbackStruct callback = graph_spy::callback();
@@ -42,7 +42,7 @@ TEST_F(AudioThread, RendersWholeSlicesHoweverThePositionIsMovedMeanwhile)
         }
     });
     for (int i = 0; i < 20000 || rendered < 1000; ++i) {
-        const double seconds = (i * 7919 % 3000) / 1000.0; // past the end of 2.5 seconds, too
+        const double seconds = (i * 7919 % 3000) / 1000.0; // also past the end, at 2.5 seconds
         set<double>(object(), "CurrentTime", i % 100 ? seconds : -1.0);
         set<double>(object(), "LoopIn", seconds);
         set<double>(object(), "LoopOut", seconds + 0.1);

@@ -1,4 +1,4 @@
-// The output unit's channel map, as a host array and from one.
+// Reading the output unit's channel map into a host array, and writing it from one.
 #include "plugin/host_array.h"
 #include "tests/auplayer/watched_player_test.h"
 
@@ -27,7 +27,7 @@ const Notes outOfMemory = {"OutOfMemoryException: Failed to allocate buffer for 
 
 class ChannelMap : public WatchedPlayerTest {
 protected:
-    /// A player with a graph, whose output unit has a map of these bytes.
+    /// Load a file; the output unit's map has these bytes.
     void beginMap(const std::string& bytes)
     {
         begin();
@@ -60,13 +60,13 @@ private:
 
 // ---- reading ----
 
-TEST_F(ChannelMap, IsANewArray)
+TEST_F(ChannelMap, ReadsIntoANewArray)
 {
     beginMap(bytesOf({1, -1, 0}));
     const Array array = map();
     ASSERT_NE(array, nullptr);
     EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(12)}));
-    EXPECT_EQ(seen(), (Lasterrors{-1, -1})) << "each begins anew";
+    EXPECT_EQ(seen(), (Lasterrors{-1, -1})) << "`Lasterror` is reset before each call";
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(host().calls(), (Notes{"RuntimeArrayCreateSingleDimBoundedArray(0, -1) = a1",
                                      "PluginIntegerArrayInsertProc(a1)", "RuntimeUBound(a1) = -1",
@@ -77,7 +77,7 @@ TEST_F(ChannelMap, IsANewArray)
     expectNothingHeld();
 }
 
-TEST_F(ChannelMap, HasTheWholeEntriesOfTheUnits)
+TEST_F(ChannelMap, ReadsWholeEntries)
 {
     const struct {
         std::string bytes;
@@ -85,9 +85,9 @@ TEST_F(ChannelMap, HasTheWholeEntriesOfTheUnits)
         const char* why;
     } rows[] = {
         {bytesOf({0}), {0}, "one"},
-        {bytesOf({INT32_MAX, INT32_MIN, -1}), {INT32_MAX, INT32_MIN, -1}, "the greatest and the least"},
-        {bytesOf({7, 8}) + "xyz", {7, 8}, "a rest is no entry"},
-        {"xyz", {}, "nor is less than one"},
+        {bytesOf({INT32_MAX, INT32_MIN, -1}), {INT32_MAX, INT32_MIN, -1}, "the extreme values"},
+        {bytesOf({7, 8}) + "xyz", {7, 8}, "incomplete entries are ignored"},
+        {"xyz", {}, "less than one entry"},
         {bytesOf(Words(64, 3)), Words(64, 3), "many"},
     };
     for (const auto& row : rows) {
@@ -106,7 +106,7 @@ TEST_F(ChannelMap, HasTheWholeEntriesOfTheUnits)
     }
 }
 
-TEST_F(ChannelMap, ThatTheUnitGivesShortEndsInZeros)
+TEST_F(ChannelMap, ReadsZerosAfterAShortAnswer)
 {
     beginMap(bytesOf({5}));
     graph_spy::answer("AudioUnitGetPropertyInfo").size = 8;
@@ -116,7 +116,7 @@ TEST_F(ChannelMap, ThatTheUnitGivesShortEndsInZeros)
     expectNothingHeld();
 }
 
-TEST_F(ChannelMap, OfAnOlderHostIsInsertedByTheServiceItHas)
+TEST_F(ChannelMap, UsesTheOlderInsertService)
 {
     beginMap(bytesOf({4}));
     withhold("PluginIntegerArrayInsertProc");
@@ -127,7 +127,7 @@ TEST_F(ChannelMap, OfAnOlderHostIsInsertedByTheServiceItHas)
     host().drop(array);
 }
 
-TEST_F(ChannelMap, OfAHostThatInsertsNothingIsEmpty)
+TEST_F(ChannelMap, ReadsAnEmptyArrayWithoutAnInsertService)
 {
     beginMap(bytesOf({4}));
     withhold("PluginIntegerArrayInsertProc");
@@ -139,7 +139,7 @@ TEST_F(ChannelMap, OfAHostThatInsertsNothingIsEmpty)
     expectNothingHeld();
 }
 
-TEST_F(ChannelMap, IsNilWithoutAnArray)
+TEST_F(ChannelMap, ReadsNilIfTheHostMakesNoArray)
 {
     beginMap(bytesOf({4}));
     host().failNext("RuntimeArrayCreateSingleDimBoundedArray");
@@ -151,9 +151,9 @@ TEST_F(ChannelMap, IsNilWithoutAnArray)
     expectNothingHeld();
 }
 
-// ---- what both refuse ----
+// ---- refusals of both ----
 
-TEST_F(ChannelMap, IsLeftWhereItsSizeIsRefusedOrZero)
+TEST_F(ChannelMap, StopsIfTheSizeIsRefusedOrZero)
 {
     const struct {
         OSStatus status;
@@ -173,14 +173,14 @@ TEST_F(ChannelMap, IsLeftWhereItsSizeIsRefusedOrZero)
                 EXPECT_EQ(map(), nullptr);
             }
             EXPECT_EQ(graph_spy::calls(), Notes{askSize});
-            EXPECT_EQ(host().calls(), Notes()) << "the values are not even looked at";
+            EXPECT_EQ(host().calls(), Notes()) << "the values are not read";
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, row.lasterror);
             expectNothingHeld();
         }
 }
 
-TEST_F(ChannelMap, ThatIsTooLargeRaises)
+TEST_F(ChannelMap, RaisesForATooLargeSize)
 {
     for (const UInt32 size : {0x80000000u, 0x80000001u, 0xFFFFFFFFu})
         for (const bool isSet : {false, true}) {
@@ -197,7 +197,7 @@ TEST_F(ChannelMap, ThatIsTooLargeRaises)
         }
 }
 
-TEST_F(ChannelMap, WithoutMemoryForItRaises)
+TEST_F(ChannelMap, RaisesWithoutMemory)
 {
     for (const UInt32 size : {1u, 8u, 0x7FFFFFFFu})
         for (const bool isSet : {false, true}) {
@@ -217,7 +217,7 @@ TEST_F(ChannelMap, WithoutMemoryForItRaises)
         }
 }
 
-TEST_F(ChannelMap, IsLeftWhereItCannotBeRead)
+TEST_F(ChannelMap, StopsIfTheMapCannotBeRead)
 {
     for (const bool isSet : {false, true}) {
         beginMap(bytesOf({0, 1}));
@@ -234,7 +234,7 @@ TEST_F(ChannelMap, IsLeftWhereItCannotBeRead)
     }
 }
 
-TEST_F(ChannelMap, BeforeALoadIsAskedOfThePlatformAllTheSame)
+TEST_F(ChannelMap, CallsThePlatformEvenBeforeALoad)
 {
     beginEmpty();
     graph_spy::answer("AudioUnitGetPropertyInfo").status = -50;
@@ -242,13 +242,13 @@ TEST_F(ChannelMap, BeforeALoadIsAskedOfThePlatformAllTheSame)
     EXPECT_EQ(data().lasterror, -50);
     setChannelMap(nullptr);
     EXPECT_EQ(data().lasterror, -50);
-    const std::string asked = "AudioUnitGetPropertyInfo(null, 2002, output, 0, size 0, null)";
-    EXPECT_EQ(graph_spy::calls(), (Notes{asked, asked}));
+    const std::string sizeCall = "AudioUnitGetPropertyInfo(null, 2002, output, 0, size 0, null)";
+    EXPECT_EQ(graph_spy::calls(), (Notes{sizeCall, sizeCall}));
 }
 
 // ---- writing ----
 
-TEST_F(ChannelMap, IsWrittenWhole)
+TEST_F(ChannelMap, WritesTheWholeMap)
 {
     const struct {
         std::string before;
@@ -256,22 +256,28 @@ TEST_F(ChannelMap, IsWrittenWhole)
         std::string after;
         const char* why;
     } rows[] = {
-        {bytesOf({0, 1, 2}), {{2, 1, 0}}, bytesOf({2, 1, 0}), "as many as there are"},
-        {bytesOf({0, 1, 2}), {{5, 6}}, bytesOf({5, 6, -1}), "fewer: the rest is unmapped, whatever it was"},
+        {bytesOf({0, 1, 2}), {{2, 1, 0}}, bytesOf({2, 1, 0}), "as many as entries"},
+        {bytesOf({0, 1, 2}), {{5, 6}}, bytesOf({5, 6, -1}), "fewer: the other entries become unmapped"},
         {bytesOf({0, 1, 2}), {{5}}, bytesOf({5, -1, -1}), "one"},
         {bytesOf({0, 1, 2}), {std::vector<HostInteger>{}}, bytesOf({-1, -1, -1}), "an empty array"},
         {bytesOf({0, 1, 2}), {}, bytesOf({-1, -1, -1}), "nil"},
         {bytesOf({0, 1, 2}), {{9, 8, 7, 6}}, bytesOf({9, 8, 7}), "one more: it is dropped"},
         {bytesOf({0, 1, 2}), std::vector<HostInteger>(1000, 4), bytesOf({4, 4, 4}), "many more"},
-        {bytesOf({0}), {{-1}}, bytesOf({-1}), "unmapped by its value"},
+        {bytesOf({0}), {{-1}}, bytesOf({-1}), "an unmapped value"},
         {bytesOf({0, 1, 2, 3}),
          {{INT32_MAX, INT32_MIN, 1000, -2}},
          bytesOf({INT32_MAX, INT32_MIN, 1000, -2}),
-         "no value is minded"},
-        {bytesOf({0, 1}) + "xyz", {{5}}, bytesOf({5, -1}) + "xyz", "a rest is written back as it was"},
-        {bytesOf({0, 1}) + "xyz", {{5, 6, 7}}, bytesOf({5, 6}) + "xyz", "and not written over"},
-        {"xyz", {{5}}, "xyz", "less than an entry, too"},
-        {"x", {}, "x", "a byte"},
+         "values are not checked"},
+        {bytesOf({0, 1}) + "xyz",
+         {{5}},
+         bytesOf({5, -1}) + "xyz",
+         "incomplete entries are written back unchanged"},
+        {bytesOf({0, 1}) + "xyz",
+         {{5, 6, 7}},
+         bytesOf({5, 6}) + "xyz",
+         "incomplete entries are not overwritten"},
+        {"xyz", {{5}}, "xyz", "less than one entry"},
+        {"x", {}, "x", "one byte"},
     };
     for (const auto& row : rows)
         for (const OSStatus status : {0, -10851}) {
@@ -288,7 +294,7 @@ TEST_F(ChannelMap, IsWrittenWhole)
             EXPECT_EQ(written.rfind("AudioUnitSetProperty(output, 2002, output, 0, ", 0), 0u) << written;
             EXPECT_EQ(written.substr(written.rfind(',')), ", " + size + " bytes)");
             EXPECT_EQ(graph_spy::lastValue(), row.after);
-            EXPECT_EQ(seen(), (Lasterrors{-1, -1, 0})) << "the last is told of by its own status";
+            EXPECT_EQ(seen(), (Lasterrors{-1, -1, 0})) << "the last call leaves its own status";
             EXPECT_EQ(data().lasterror, status);
             EXPECT_EQ(raised(), Notes());
             if (values) host().drop(values);
@@ -296,7 +302,7 @@ TEST_F(ChannelMap, IsWrittenWhole)
         }
 }
 
-TEST_F(ChannelMap, IsAsLongAsItsSizeWasWhateverTheReadSays)
+TEST_F(ChannelMap, WritesTheQueriedSizeEvenAfterAShortRead)
 {
     beginMap(bytesOf({0, 1, 2}));
     graph_spy::answer("AudioUnitGetProperty").size = 4;
@@ -305,11 +311,11 @@ TEST_F(ChannelMap, IsAsLongAsItsSizeWasWhateverTheReadSays)
     expectNothingHeld();
 }
 
-TEST_F(ChannelMap, HasZerosForElementsThatVanishWhileTheyAreRead)
+TEST_F(ChannelMap, WritesZerosForElementsThatVanish)
 {
     beginMap(bytesOf({0, 1, 2, 3}));
     const Array values = host().newIntegers({9, 8, 7});
-    // It shrinks while its first element is read.
+    // The array shrinks while its first element is read.
     host().inNext("get", [&] { host().setUpperBound(values, 0); });
     setChannelMap(values);
     EXPECT_EQ(graph_spy::lastValue(), bytesOf({9, 0, 0, -1}));
@@ -321,7 +327,7 @@ TEST_F(ChannelMap, HasZerosForElementsThatVanishWhileTheyAreRead)
     expectNothingHeld();
 }
 
-TEST_F(ChannelMap, HasZerosFromAHostWithoutElements)
+TEST_F(ChannelMap, WritesZerosWithoutTheElementServices)
 {
     beginMap(bytesOf({5, 6}));
     withhold("PluginIntegerArrayGetProc");
@@ -333,10 +339,10 @@ TEST_F(ChannelMap, HasZerosFromAHostWithoutElements)
     host().drop(values);
 }
 
-TEST_F(ChannelMap, IsReadFromTheRecordsOfAnOlderHost)
+TEST_F(ChannelMap, ReadsTheArrayRecordsOfAnOlderHost)
 {
     for (const double version : {2015.9, 2016.0}) {
-        letBe();
+        clearScripts();
         startOver(version);
         ASSERT_TRUE(load());
         watch();
@@ -350,7 +356,7 @@ TEST_F(ChannelMap, IsReadFromTheRecordsOfAnOlderHost)
     }
 }
 
-TEST_F(ChannelMap, OfAnArrayWithAStrangeBoundIsThatOfNone)
+TEST_F(ChannelMap, TreatsANegativeBoundAsAnEmptyArray)
 {
     for (const HostInteger bound : {HostInteger{-2}, HostInteger{INT32_MIN}}) {
         beginMap(bytesOf({5, 6}));
@@ -365,7 +371,7 @@ TEST_F(ChannelMap, OfAnArrayWithAStrangeBoundIsThatOfNone)
 
 // ---- exceptions ----
 
-TEST_F(ChannelMap, LetsNoExceptionThroughAndFreesItsBuffer)
+TEST_F(ChannelMap, CatchesExceptionsAndFreesItsBuffer)
 {
     for (std::size_t throwing = 0; throwing < 3; ++throwing)
         for (const bool isSet : {false, true}) {
@@ -388,7 +394,7 @@ TEST_F(ChannelMap, LetsNoExceptionThroughAndFreesItsBuffer)
         const Array values = host().newIntegers({9});
         host().inNext(service, [] { throw Thrown(); });
         EXPECT_NO_THROW(setChannelMap(values));
-        EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(8)})) << "a map half made is not written";
+        EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(8)})) << "an incomplete map is not written";
         host().drop(values);
         expectNothingHeld();
     }
@@ -398,7 +404,7 @@ TEST_F(ChannelMap, LetsNoExceptionThroughAndFreesItsBuffer)
     expectNothingHeld();
 }
 
-TEST_F(ChannelMap, WhoseArrayThrowsIsHandedOverAsFarAsItCame)
+TEST_F(ChannelMap, ReturnsTheIncompleteArrayAfterAnException)
 {
     for (const char* service : {"PluginIntegerArrayInsertProc", "RuntimeUBound", "insert"}) {
         SCOPED_TRACE(service);
@@ -406,7 +412,7 @@ TEST_F(ChannelMap, WhoseArrayThrowsIsHandedOverAsFarAsItCame)
         host().inNext(service, [] { throw Thrown(); });
         Array array = nullptr;
         EXPECT_NO_THROW(array = map());
-        ASSERT_NE(array, nullptr) << "there is no service to give it back by";
+        ASSERT_NE(array, nullptr) << "no service releases an array";
         EXPECT_EQ(host().references(array), 1);
         host().drop(array);
         expectNothingHeld();

@@ -1,4 +1,4 @@
-// The devices that there are, as a host's Dictionary.
+// The list of output devices, as a host Dictionary.
 #include "tests/auplayer/watched_player_test.h"
 
 #include "plugin/process_state.h"
@@ -15,7 +15,7 @@ namespace {
 using namespace auplayer_test;
 using Dictionary = REALobjectStruct*;
 
-// What a host's Dictionary does: it keeps what it is given, by the names of the host's notes.
+// The method of a host Dictionary: it records keys and values by their names in the host's notes.
 fake::Host* theHost;
 Notes stored;
 std::function<void()> inStore;
@@ -27,9 +27,9 @@ void store(Dictionary dictionary, REALobjectStruct* key, REALobjectStruct* value
     if (inStore) inStore();
 }
 
-void storeOtherwise(Dictionary dictionary, REALobjectStruct*, REALobjectStruct*)
+void storeDifferently(Dictionary dictionary, REALobjectStruct*, REALobjectStruct*)
 {
-    stored.push_back(theHost->nameOf(dictionary) + ", otherwise");
+    stored.push_back(theHost->nameOf(dictionary) + ", differently");
 }
 
 const char* const setter = "Value(key As Variant, Assigns _value As Variant)";
@@ -56,7 +56,7 @@ protected:
 
     Dictionary list() { return get<Dictionary>(object(), "OuputDevices"); }
 
-    /// The list is as `expected`, and nobody holds anything but it.
+    /// Expect this list, and that only the list is held.
     void expectList(const Notes& expected)
     {
         const Dictionary dictionary = list();
@@ -67,7 +67,7 @@ protected:
         expectNothingHeld();
     }
 
-    /// Nothing but the test's own folder item.
+    /// Expect that only the test's folder item is held.
     void expectNothingHeld()
     {
         EXPECT_EQ(host().live(), Notes{"f1: 1"});
@@ -82,10 +82,10 @@ protected:
     }
 
 private:
-    /// What was stored, with the keys' and values' own content.
+    /// The stored pairs, with the contents of keys and values.
     Notes contents()
     {
-        std::map<std::string, std::string> known; // by the name of the value in the notes
+        std::map<std::string, std::string> known; // by the value's name in the notes
         for (const std::string& note : host().calls()) {
             const std::size_t open = note.find('('), equals = note.rfind(" = ");
             if (equals == std::string::npos) continue;
@@ -110,7 +110,7 @@ private:
 };
 
 const char* const askSize = "AudioObjectGetPropertyDataSize(1, {'#dev', 'glob', 0}, 0, null)";
-const char* const askSizeOtherwise = "AudioObjectGetPropertyDataSize(1, {'dev#', 'glob', 0}, 0, null)";
+const char* const askSizeBySecondSelector = "AudioObjectGetPropertyDataSize(1, {'dev#', 'glob', 0}, 0, null)";
 
 std::string readList(const char* selector, int bytes)
 {
@@ -119,7 +119,7 @@ std::string readList(const char* selector, int bytes)
 }
 std::string askOutput(int device)
 {
-    return "AudioDeviceGetPropertyInfo(" + std::to_string(device) + ", 0, 0, 'sfmt', size nowhere, null)";
+    return "AudioDeviceGetPropertyInfo(" + std::to_string(device) + ", 0, 0, 'sfmt', no size, null)";
 }
 std::string readName(int device)
 {
@@ -127,7 +127,7 @@ std::string readName(int device)
            ", {'name', 'glob', 0}, 0, null, size 200)";
 }
 
-TEST_F(DeviceList, AsksThePlatformAndTellsTheHost)
+TEST_F(DeviceList, CallsPlatformAndHostInThisOrder)
 {
     const Dictionary dictionary = list();
     ASSERT_NE(dictionary, nullptr);
@@ -145,7 +145,7 @@ TEST_F(DeviceList, AsksThePlatformAndTellsTheHost)
                      "StringToVariant(s2) = o5", "REALUnlockObject(o4)", "REALUnlockObject(o5)",
                      "REALUnlockString(s2)"}));
     EXPECT_EQ(stored, (Notes{"o1[o2] = o3", "o1[o4] = o5"}));
-    EXPECT_EQ(seen().front(), 4711) << "a size that is refused is not told of";
+    EXPECT_EQ(seen().front(), 4711) << "the status of the size is not kept";
     EXPECT_EQ(seen()[1], -1);
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(raised(), Notes());
@@ -154,7 +154,7 @@ TEST_F(DeviceList, AsksThePlatformAndTellsTheHost)
     EXPECT_EQ(propertyRow("OuputDevices").setter, nullptr);
 }
 
-TEST_F(DeviceList, NamesOutputsByTheirIdentifiers)
+TEST_F(DeviceList, MapsIdentifiersToNames)
 {
     const std::string longest(200, 'x'), almost(199, 'y');
     const struct {
@@ -166,15 +166,15 @@ TEST_F(DeviceList, NamesOutputsByTheirIdentifiers)
         {"in the platform's order", {{41, "b"}, {7, "c"}, {40, "a"}}, {"41: \"b\"", "7: \"c\"", "40: \"a\""}},
         {"an input is left out", {{40, "Microphone", false}, {41, "USB"}}, {"41: \"USB\""}},
         {"nothing but inputs", {{40, "Microphone", false}}, {}},
-        {"one whose name cannot be read", {{40, "", true, 'who?'}, {41, "USB"}}, {"41: \"USB\""}},
-        {"the last one's name cannot", {{40, "a"}, {41, "b", true, -50}}, {"40: \"a\""}},
-        {"a device comes twice", {{40, "a"}, {40, "a"}}, {"40: \"a\"", "40: \"a\""}},
+        {"a device whose name cannot be read", {{40, "", true, 'who?'}, {41, "USB"}}, {"41: \"USB\""}},
+        {"the last device's name cannot be read", {{40, "a"}, {41, "b", true, -50}}, {"40: \"a\""}},
+        {"a device is listed twice", {{40, "a"}, {40, "a"}}, {"40: \"a\"", "40: \"a\""}},
         {"large identifiers",
          {{0x7FFFFFFF, "a"}, {0xFFFFFFFF, "b"}},
          {"2147483647: \"a\"", std::to_string(static_cast<HostInteger>(0xFFFFFFFF)) + ": \"b\""}},
-        {"the least", {{0, "a"}}, {"0: \"a\""}},
+        {"identifier 0", {{0, "a"}}, {"0: \"a\""}},
         {"a name ends at its terminator", {{40, std::string("ab\0cd", 5)}}, {"40: \"ab\""}},
-        {"an empty one is no string", {{40, ""}}, {"40: no string"}},
+        {"an empty name is no string", {{40, ""}}, {"40: no string"}},
         {"more than ASCII", {{40, "G\xC3\xBCte"}}, {"40: \"G\\xC3\\xBCte\""}},
         {"199 bytes", {{40, almost}}, {"40: <199 bytes>"}},
         {"200 bytes without a terminator", {{40, longest}}, {"40: <200 bytes>"}},
@@ -185,7 +185,7 @@ TEST_F(DeviceList, NamesOutputsByTheirIdentifiers)
         beginList();
         graph_spy::platform().devices = row.devices;
         expectList(row.list);
-        EXPECT_EQ(data().lasterror, 0) << "a device that is left out is not told of";
+        EXPECT_EQ(data().lasterror, 0) << "the status of an omitted device is not kept";
     }
 }
 
@@ -196,17 +196,17 @@ TEST_F(DeviceList, DoesNotReadTheNameOfAnInput)
     EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readList("'#dev'", 4), askOutput(40)}));
 }
 
-TEST_F(DeviceList, IsAskedForByItsOtherNameWhereTheFirstIsUnknown)
+TEST_F(DeviceList, UsesTheSecondSelectorIfTheFirstIsUnknown)
 {
     graph_spy::platform().deviceLists = {'dev#'};
     graph_spy::platform().devices.pop_back();
     expectList({"40: \"Built-in Output\""});
     EXPECT_EQ(graph_spy::calls(),
-              (Notes{askSize, askSizeOtherwise, readList("'dev#'", 4), askOutput(40), readName(40)}));
+              (Notes{askSize, askSizeBySecondSelector, readList("'dev#'", 4), askOutput(40), readName(40)}));
     EXPECT_EQ(data().lasterror, 0);
 }
 
-TEST_F(DeviceList, IsNilWhereItsSizeIsRefused)
+TEST_F(DeviceList, IsNilIfTheSizeIsRefused)
 {
     const struct {
         std::size_t refused; ///< which of the calls
@@ -215,10 +215,10 @@ TEST_F(DeviceList, IsNilWhereItsSizeIsRefused)
         Notes calls;
         const char* why;
     } rows[] = {
-        {0, {'#dev', 'dev#'}, 'stop', {askSize}, "any other status ends it"},
-        {0, {'#dev', 'dev#'}, 1, {askSize}, "a small one, too"},
-        {9, {}, 0, {askSize, askSizeOtherwise}, "unknown by both names"},
-        {1, {'dev#'}, 'stop', {askSize, askSizeOtherwise}, "refused by the second"},
+        {0, {'#dev', 'dev#'}, 'stop', {askSize}, "any other status stops"},
+        {0, {'#dev', 'dev#'}, 1, {askSize}, "a positive status"},
+        {9, {}, 0, {askSize, askSizeBySecondSelector}, "both selectors are unknown"},
+        {1, {'dev#'}, 'stop', {askSize, askSizeBySecondSelector}, "the second selector is refused"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -228,12 +228,12 @@ TEST_F(DeviceList, IsNilWhereItsSizeIsRefused)
         EXPECT_EQ(list(), nullptr);
         EXPECT_EQ(graph_spy::calls(), row.calls);
         EXPECT_EQ(host().calls(), Notes());
-        EXPECT_EQ(data().lasterror, 4711) << "nothing is told of it";
+        EXPECT_EQ(data().lasterror, 4711) << "the status is not kept";
         expectNothingHeld();
     }
 }
 
-TEST_F(DeviceList, ThatIsEmptyOrTooLongRaises)
+TEST_F(DeviceList, RaisesForAnEmptyOrTooLongList)
 {
     for (const UInt32 size : {0u, 0x80000000u, 0xFFFFFFFFu}) {
         SCOPED_TRACE(size);
@@ -247,7 +247,7 @@ TEST_F(DeviceList, ThatIsEmptyOrTooLongRaises)
     }
 }
 
-TEST_F(DeviceList, WithoutMemoryForItRaises)
+TEST_F(DeviceList, RaisesWithoutMemory)
 {
     for (const UInt32 size : {8u, 0x7FFFFFFFu}) {
         beginList();
@@ -263,7 +263,7 @@ TEST_F(DeviceList, WithoutMemoryForItRaises)
     }
 }
 
-TEST_F(DeviceList, IsNilWhereItCannotBeRead)
+TEST_F(DeviceList, IsNilIfTheListCannotBeRead)
 {
     graph_spy::platform().refusals = {{1, 'stop'}};
     EXPECT_EQ(list(), nullptr);
@@ -273,27 +273,27 @@ TEST_F(DeviceList, IsNilWhereItCannotBeRead)
     expectNothingHeld();
 }
 
-TEST_F(DeviceList, HasAsManyDevicesAsWereRead)
+TEST_F(DeviceList, HasTheDevicesThatWereRead)
 {
     const struct {
-        UInt32 asked;    ///< bytes, as the size was told
-        std::string ids; ///< what the read gives
-        UInt32 read;     ///< bytes, as it says
+        UInt32 announced; ///< bytes; the size that was announced
+        std::string ids;  ///< the bytes that are read
+        UInt32 read;      ///< bytes; the size that the read returns
         Notes list;
         const char* why;
     } rows[] = {
-        {8, graph_spy::bytesOf(UInt32{40}), 4, {"40: \"Built-in Output\""}, "one has gone meanwhile"},
-        {8, "", 0, {}, "all have"},
-        {4, "", 400, {"40: \"Built-in Output\""}, "more than there is room for"},
-        {7, "", 7, {"40: \"Built-in Output\""}, "a rest is no device"},
-        {3, "", 3, {}, "nor is less than one"},
+        {8, graph_spy::bytesOf(UInt32{40}), 4, {"40: \"Built-in Output\""}, "one device has gone since"},
+        {8, "", 0, {}, "all devices have gone"},
+        {4, "", 400, {"40: \"Built-in Output\""}, "more than the buffer holds"},
+        {7, "", 7, {"40: \"Built-in Output\""}, "incomplete entries are ignored"},
+        {3, "", 3, {}, "less than one entry"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         beginList();
-        graph_spy::answer("AudioObjectGetPropertyDataSize").size = row.asked;
+        graph_spy::answer("AudioObjectGetPropertyDataSize").size = row.announced;
         graph_spy::answer("AudioObjectGetPropertyData").value = row.ids;
-        // The same function reads the names: it must say their size again.
+        // The same function reads the names, whose size is not scripted.
         graph_spy::answer("AudioObjectGetPropertyData").size = row.read;
         graph_spy::answer("AudioDeviceGetPropertyInfo").during = [] {
             graph_spy::answer("AudioObjectGetPropertyData").size.reset();
@@ -305,7 +305,7 @@ TEST_F(DeviceList, HasAsManyDevicesAsWereRead)
                                     return call.rfind("AudioDeviceGetPropertyInfo", 0) == 0;
                                 }),
                   static_cast<std::ptrdiff_t>(row.list.size()))
-            << "nobody else is asked";
+            << "no other device is queried";
     }
 }
 
@@ -329,18 +329,18 @@ TEST_F(DeviceList, IsNilWithoutADictionary)
     expectNothingHeld();
 }
 
-TEST_F(DeviceList, OfADictionaryThatTakesNothingIsEmpty)
+TEST_F(DeviceList, IsEmptyIfTheDictionaryHasNoSetter)
 {
     host().objectMethods.clear();
     expectList({});
-    EXPECT_EQ(graph_spy::calls().size(), 6u) << "all the same";
+    EXPECT_EQ(graph_spy::calls().size(), 6u) << "the devices are still queried";
 
     beginList();
     withhold("REALLoadObjectMethod");
     expectList({});
 }
 
-TEST_F(DeviceList, WithoutAServiceHasWhatCanBeHad)
+TEST_F(DeviceList, SurvivesAMissingService)
 {
     for (const char* service :
          {"REALBuildString", "REALSetStringEncoding", "StringToVariant", "IntegerToVariant"}) {
@@ -355,7 +355,7 @@ TEST_F(DeviceList, WithoutAServiceHasWhatCanBeHad)
     }
 }
 
-TEST_F(DeviceList, TellsAnOlderHostInTheOlderWay)
+TEST_F(DeviceList, WorksInAnOlderHost)
 {
     rbversion_rbversion = 2011.0;
     expectList({"40: \"Built-in Output\"", "41: \"USB\""});
@@ -382,7 +382,7 @@ TEST_F(DeviceList, LooksUpTheMethodsOfEachDictionaryOnce)
     host().drop(second);
 }
 
-// A host that has one address for all its dictionaries, one after the other.
+// A host whose dictionaries all have the same address.
 Dictionary onlyDictionary;
 
 Dictionary newInstance(const char*)
@@ -397,7 +397,7 @@ void* resolve(const char* name)
     return fake::Host::resolve(name);
 }
 
-TEST_F(DeviceList, ForgetsTheDictionaryWhoseAddressMayComeAgain)
+TEST_F(DeviceList, DropsTheCachedMethodsAfterEachList)
 {
     onlyDictionary = host().newObject("Dictionary");
     gResolver = resolve;
@@ -405,14 +405,14 @@ TEST_F(DeviceList, ForgetsTheDictionaryWhoseAddressMayComeAgain)
     host().drop(list());
     EXPECT_EQ(stored.size(), 2u);
 
-    host().objectMethods[setter] = reinterpret_cast<AnyFunction>(&storeOtherwise);
+    host().objectMethods[setter] = reinterpret_cast<AnyFunction>(&storeDifferently);
     host().drop(list());
     EXPECT_EQ(stored.size(), 4u);
-    EXPECT_EQ(stored.back(), "o1, otherwise");
+    EXPECT_EQ(stored.back(), "o1, differently");
     host().drop(onlyDictionary);
 }
 
-TEST_F(DeviceList, ForgetsTheDictionaryAfterAnExceptionToo)
+TEST_F(DeviceList, DropsTheCachedMethodsAfterAnException)
 {
     onlyDictionary = host().newObject("Dictionary");
     gResolver = resolve;
@@ -421,15 +421,15 @@ TEST_F(DeviceList, ForgetsTheDictionaryAfterAnExceptionToo)
     EXPECT_NO_THROW(EXPECT_EQ(list(), nullptr));
     EXPECT_EQ(stored.size(), 1u);
 
-    host().objectMethods[setter] = reinterpret_cast<AnyFunction>(&storeOtherwise);
+    host().objectMethods[setter] = reinterpret_cast<AnyFunction>(&storeDifferently);
     host().drop(list());
-    EXPECT_EQ(stored.back(), "o1, otherwise");
+    EXPECT_EQ(stored.back(), "o1, differently");
     host().drop(onlyDictionary);
 }
 
 // ---- exceptions ----
 
-TEST_F(DeviceList, LetsNoExceptionThroughAndReleasesWhatItTook)
+TEST_F(DeviceList, CatchesExceptionsAndReleasesEverything)
 {
     for (std::size_t throwing = 0; throwing < 6; ++throwing) {
         SCOPED_TRACE(throwing);
@@ -459,14 +459,14 @@ TEST_F(DeviceList, LetsNoExceptionThroughAndReleasesWhatItTook)
     }
 }
 
-TEST_F(DeviceList, GoesOnWithoutANameThatTheHostCannotBuild)
+TEST_F(DeviceList, ContinuesWithoutANameThatTheHostCannotBuild)
 {
     host().inNext("REALBuildString", [] { throw Thrown(); });
     expectList({"40: no string", "41: \"USB\""});
     EXPECT_EQ(raised().size(), 1u);
 }
 
-TEST_F(DeviceList, RaisesWithoutMemoryEvenWhereRaisingThrows)
+TEST_F(DeviceList, CatchesAnExceptionOfTheRaiseService)
 {
     graph_spy::answer("AudioObjectGetPropertyDataSize").size = 0;
     host().inNext("RuntimeRaiseException", [] { throw Thrown(); });

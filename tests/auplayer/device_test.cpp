@@ -1,4 +1,4 @@
-// The output device of the graph, and the system's choice.
+// The graph's output device, and the system's default device.
 #include "tests/auplayer/watched_player_test.h"
 
 namespace {
@@ -9,7 +9,7 @@ class Device : public WatchedPlayerTest {};
 
 const std::uint32_t ids[] = {0, 1, 2, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
 
-TEST_F(Device, OfTheGraphIsAskedOfTheOutputUnit)
+TEST_F(Device, IsReadFromTheOutputUnit)
 {
     for (const std::uint32_t id : ids) {
         begin();
@@ -21,7 +21,7 @@ TEST_F(Device, OfTheGraphIsAskedOfTheOutputUnit)
     }
 }
 
-TEST_F(Device, OfTheGraphIsSetOnTheOutputUnit)
+TEST_F(Device, IsSetOnTheOutputUnit)
 {
     for (const std::uint32_t id : ids)
         for (const OSStatus status : {0, -10851}) {
@@ -35,20 +35,20 @@ TEST_F(Device, OfTheGraphIsSetOnTheOutputUnit)
         }
 }
 
-TEST_F(Device, ThatCannotBeToldIsZero)
+TEST_F(Device, IsZeroAfterARefusal)
 {
     begin();
     graph_spy::answer("AudioUnitGetProperty").status = -10879;
-    graph_spy::answer("AudioUnitGetProperty").leavesRubbish = false;
+    graph_spy::answer("AudioUnitGetProperty").leavesGarbage = false;
     EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, -10879);
 }
 
-TEST_F(Device, BeforeALoadIsAskedOfThePlatformAllTheSame)
+TEST_F(Device, CallsThePlatformEvenBeforeALoad)
 {
     beginEmpty();
     graph_spy::answer("AudioUnitGetProperty").status = -50;
-    graph_spy::answer("AudioUnitGetProperty").leavesRubbish = false;
+    graph_spy::answer("AudioUnitGetProperty").leavesGarbage = false;
     graph_spy::answer("AudioUnitSetProperty").status = -51;
     EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, -50);
@@ -58,7 +58,7 @@ TEST_F(Device, BeforeALoadIsAskedOfThePlatformAllTheSame)
                                          "AudioUnitSetProperty(null, 2000, global, 0, 3, 4 bytes)"}));
 }
 
-TEST_F(Device, OfTheSystemIsAskedOfTheHardware)
+TEST_F(Device, OfTheSystemIsReadFromTheHardware)
 {
     for (const std::uint32_t id : ids) {
         beginEmpty();
@@ -69,13 +69,13 @@ TEST_F(Device, OfTheSystemIsAskedOfTheHardware)
         EXPECT_EQ(data().lasterror, 0);
     }
     graph_spy::answer("AudioHardwareGetProperty").status = 'stop';
-    graph_spy::answer("AudioHardwareGetProperty").leavesRubbish = false;
+    graph_spy::answer("AudioHardwareGetProperty").leavesGarbage = false;
     EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, 'stop');
     EXPECT_EQ(propertyRow("DefaultDeviceID").setter, nullptr);
 }
 
-TEST_F(Device, LetsNoExceptionOfThePlatformThrough)
+TEST_F(Device, CatchesExceptionsOfThePlatform)
 {
     begin();
     graph_spy::platform().inEachCall = [](std::size_t) { throw Thrown(); };

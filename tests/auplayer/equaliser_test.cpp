@@ -1,4 +1,4 @@
-// The equaliser's bands, from host arrays of both kinds.
+// Setting the equaliser's gains from host arrays of both element types.
 #include "plugin/host_array.h"
 #include "tests/auplayer/watched_player_test.h"
 
@@ -42,7 +42,7 @@ std::string band(std::size_t index, const std::string& gain)
     return "AudioUnitSetParameter(equalizer, " + std::to_string(index) + ", global, 0, " + gain + ", 0)";
 }
 
-TYPED_TEST(Equaliser, SetsAGainForEachElement)
+TYPED_TEST(Equaliser, SetsOneGainPerElement)
 {
     for (const std::size_t count : {1u, 2u, 10u, 31u, 32u, 100u}) {
         this->begin();
@@ -56,14 +56,14 @@ TYPED_TEST(Equaliser, SetsAGainForEachElement)
         }
         const Array bands = this->newArray(gains);
         this->update(bands);
-        EXPECT_EQ(graph_spy::calls(), expected) << "however many bands there are";
+        EXPECT_EQ(graph_spy::calls(), expected) << "the number of bands does not limit it";
         EXPECT_EQ(this->data().lasterror, 4711);
         EXPECT_EQ(this->raised(), Notes());
         this->host().drop(bands);
     }
 }
 
-TYPED_TEST(Equaliser, ReadsThroughTheHost)
+TYPED_TEST(Equaliser, ReadsElementsThroughTheHost)
 {
     this->begin();
     const Array bands = this->newArray({-6, 3});
@@ -99,7 +99,7 @@ TYPED_TEST(Equaliser, DoesNothingBeforeALoad)
     this->host().drop(bands);
 }
 
-TYPED_TEST(Equaliser, DoesNothingWithNoElement)
+TYPED_TEST(Equaliser, DoesNothingForAnEmptyArray)
 {
     for (const HostInteger bound : {HostInteger{-1}, HostInteger{-2}, HostInteger{INT32_MIN}}) {
         this->begin();
@@ -112,7 +112,7 @@ TYPED_TEST(Equaliser, DoesNothingWithNoElement)
     }
 }
 
-TYPED_TEST(Equaliser, SetsZeroForElementsThatVanishWhileTheyAreRead)
+TYPED_TEST(Equaliser, SetsZeroForElementsThatVanish)
 {
     this->begin();
     const Array bands = this->newArray({6, 5, 4});
@@ -126,10 +126,10 @@ TYPED_TEST(Equaliser, SetsZeroForElementsThatVanishWhileTheyAreRead)
     this->host().drop(bands);
 }
 
-TYPED_TEST(Equaliser, ReadsTheRecordsOfAnOlderHost)
+TYPED_TEST(Equaliser, ReadsTheArrayRecordsOfAnOlderHost)
 {
     for (const double version : {2011.0, 2015.9}) {
-        this->letBe();
+        this->clearScripts();
         this->startOver(version);
         ASSERT_TRUE(this->load());
         this->watch();
@@ -141,9 +141,9 @@ TYPED_TEST(Equaliser, ReadsTheRecordsOfAnOlderHost)
     }
 }
 
-TYPED_TEST(Equaliser, AsksAnOlderHostWhoseRecordHasNoStorage)
+TYPED_TEST(Equaliser, UsesTheServiceForARecordWithoutStorage)
 {
-    this->letBe();
+    this->clearScripts();
     this->startOver(2015.9);
     ASSERT_TRUE(this->load());
     this->watch();
@@ -154,7 +154,7 @@ TYPED_TEST(Equaliser, AsksAnOlderHostWhoseRecordHasNoStorage)
     this->host().drop(bands);
 }
 
-TYPED_TEST(Equaliser, ReadsByTheOtherServiceWhereTheFirstIsMissing)
+TYPED_TEST(Equaliser, UsesTheOlderServiceIfTheFirstIsMissing)
 {
     this->begin();
     this->withhold(this->getter());
@@ -174,19 +174,19 @@ TYPED_TEST(Equaliser, ReadsByTheOtherServiceWhereTheFirstIsMissing)
     this->host().drop(unread);
 }
 
-TYPED_TEST(Equaliser, IsNotToldWhatTheUnitSays)
+TYPED_TEST(Equaliser, DoesNotKeepTheUnitsStatus)
 {
     this->begin();
     graph_spy::answer("AudioUnitSetParameter").status = -10878;
     const Array bands = this->newArray({1, 2, 3});
     this->update(bands);
-    EXPECT_EQ(graph_spy::calls().size(), 3u) << "a refusal ends nothing";
+    EXPECT_EQ(graph_spy::calls().size(), 3u) << "a refusal does not end the loop";
     EXPECT_EQ(this->seen(), (Lasterrors{4711, 4711, 4711}));
     EXPECT_EQ(this->data().lasterror, 4711);
     this->host().drop(bands);
 }
 
-TYPED_TEST(Equaliser, LetsNoExceptionThrough)
+TYPED_TEST(Equaliser, CatchesExceptions)
 {
     for (const char* service : {"RuntimeUBound", this->getter(), "get"}) {
         SCOPED_TRACE(service);
@@ -211,7 +211,7 @@ TYPED_TEST(Equaliser, LetsNoExceptionThrough)
 
 using EqualiserOfDoubles = Equaliser<double>;
 
-TEST_F(EqualiserOfDoubles, NarrowsThem)
+TEST_F(EqualiserOfDoubles, NarrowsToSinglePrecision)
 {
     begin();
     const Array bands = newArray({0.1, -0.0, 16777217, 1e300, -1e300, 1e-50, NAN, INFINITY});

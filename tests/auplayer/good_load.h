@@ -1,4 +1,4 @@
-// What the platform is asked when a file is loaded and all goes well, call by call.
+// The platform calls of a successful load.
 #pragma once
 
 #include "tests/auplayer/player_test.h"
@@ -7,7 +7,7 @@
 
 namespace auplayer_test {
 
-/// Where one load differs from another.
+/// What differs between loads.
 struct Choices {
     std::string outputUnit = "'ahal'";
     std::string timePitch = "'nutp'";
@@ -15,11 +15,11 @@ struct Choices {
     std::string sliceLimit;             ///< empty: not set
 };
 
-/// The calls that make the path of a folder item that exists, and those that load a file of 1000 frames at
-/// 48 kHz as two channels of float. The path is url1.
+/// The calls that make the URL of an existing folder item (url1) and load a file of 1000 frames at 48 kHz as
+/// two channels of float.
 Notes goodLoad(const Choices& choices = {});
 
-/// The first of them that belong to the path; the last one gives it back.
+/// The number of calls that make the URL; the last call of the load releases it.
 constexpr std::size_t pathCalls = 1;
 
 } // namespace auplayer_test

@@ -34,57 +34,57 @@ void forgetCalls()
 void name(const void* pointer, const std::string& text) { state.names[pointer] = text; }
 std::string lastValue() { return state.value; }
 AURenderCallbackStruct callback() { return state.callback; }
-Notes faults() { return state.wrongs; }
+Notes faults() { return state.faults; }
 
 Notes live()
 {
     Notes left;
-    for (const Thing& thing : state.things)
-        if (thing.isLive) left.push_back(thing.name);
+    for (const PlatformObject& object : state.objects)
+        if (object.isLive) left.push_back(object.name);
     return left;
 }
 
-// ---- what was made ----
+// ---- platform objects ----
 
-Thing* find(const void* handle)
+PlatformObject* find(const void* handle)
 {
-    const auto found = std::find_if(state.things.begin(), state.things.end(),
-                                    [&](const Thing& thing) { return &thing == handle; });
-    return found == state.things.end() ? nullptr : &*found;
+    const auto found = std::find_if(state.objects.begin(), state.objects.end(),
+                                    [&](const PlatformObject& object) { return &object == handle; });
+    return found == state.objects.end() ? nullptr : &*found;
 }
 
 void* make(const std::string& kind)
 {
     const Guard guard;
-    state.things.push_back({kind + std::to_string(++state.made[kind]), true});
-    return &state.things.back();
+    state.objects.push_back({kind + std::to_string(++state.made[kind]), true});
+    return &state.objects.back();
 }
 
-void* makeNamed(const std::string& itsName)
+void* makeNamed(const std::string& objectName)
 {
     const Guard guard;
-    state.things.push_back({itsName, true});
-    return &state.things.back();
+    state.objects.push_back({objectName, true});
+    return &state.objects.back();
 }
 
-void end(std::initializer_list<const char*> beginnings)
+void release(std::initializer_list<const char*> beginnings)
 {
     const Guard guard;
-    for (Thing& thing : state.things)
+    for (PlatformObject& object : state.objects)
         for (const std::string beginning : beginnings)
-            if (thing.name.compare(0, beginning.size(), beginning) == 0) thing.isLive = false;
+            if (object.name.compare(0, beginning.size(), beginning) == 0) object.isLive = false;
 }
 
 Release::~Release()
 {
     const Guard guard;
-    Thing* const thing = find(handle_);
-    if (!thing)
-        state.wrongs.push_back(std::string(function_) + " of a foreign address");
-    else if (!thing->isLive)
-        state.wrongs.push_back(std::string(function_) + " of " + thing->name + " again");
+    PlatformObject* const object = find(handle_);
+    if (!object)
+        state.faults.push_back(std::string(function_) + " of a foreign address");
+    else if (!object->isLive)
+        state.faults.push_back(std::string(function_) + " of " + object->name + " again");
     else
-        thing->isLive = false;
+        object->isLive = false;
 }
 
 } // namespace graph_spy

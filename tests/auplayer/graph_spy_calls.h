@@ -1,4 +1,4 @@
-// One call: noted, and answered as the test wants it. For the spy's own files.
+// Recording one call and giving its scripted result. Internal to the spy.
 #pragma once
 
 #include "tests/auplayer/graph_spy_state.h"
@@ -38,45 +38,45 @@ Call note(const char* function, Arguments... arguments)
     return call;
 }
 
-inline void rubbish(void* bytes, std::size_t size)
+inline void writeGarbage(void* bytes, std::size_t size)
 {
     if (bytes) std::memset(bytes, 0x3F, size);
 }
 
-/// Write an answer of a known size; a refused call leaves rubbish.
+/// Write an output of a known type; garbage if the call is refused.
 template <class T>
-OSStatus give(OSStatus refusal, T* place, const T& given)
+OSStatus give(OSStatus refusal, T* target, const T& given)
 {
     if (refusal)
-        rubbish(place, sizeof *place);
-    else if (place)
-        *place = given;
+        writeGarbage(target, sizeof *target);
+    else if (target)
+        *target = given;
     return refusal;
 }
 
-/// The same for a property, whose size the caller gives.
+/// Write a property value; the caller gives its size.
 template <class T>
-OSStatus giveProperty(OSStatus refusal, UInt32* size, void* place, const T& given)
+OSStatus giveProperty(OSStatus refusal, UInt32* size, void* target, const T& given)
 {
     if (!refusal && *size < sizeof given) refusal = OSStatus{paramErr};
     if (refusal) {
-        rubbish(place, *size);
+        writeGarbage(target, *size);
         return refusal;
     }
-    std::memcpy(place, &given, sizeof given);
+    std::memcpy(target, &given, sizeof given);
     *size = sizeof given;
     return noErr;
 }
 
-/// What the test has scripted for a property.
-inline OSStatus giveScripted(const Call& call, UInt32* size, void* place)
+/// Write the scripted property value.
+inline OSStatus giveScripted(const Call& call, UInt32* size, void* target)
 {
     if (call.refusal) {
-        if (size && call.scripted.leavesRubbish) rubbish(place, *size);
+        if (size && call.scripted.leavesGarbage) writeGarbage(target, *size);
         return call.refusal;
     }
-    if (place && size)
-        std::memcpy(place, call.scripted.value.data(),
+    if (target && size)
+        std::memcpy(target, call.scripted.value.data(),
                     std::min<std::size_t>(call.scripted.value.size(), *size));
     if (size && call.scripted.size) *size = *call.scripted.size;
     return noErr;

@@ -1,4 +1,4 @@
-// Devices.
+// The spy's devices.
 #include "tests/auplayer/graph_spy_calls.h"
 
 using namespace graph_spy;

@@ -1,4 +1,4 @@
-// Sound files, and the paths that lead to them, with their strings.
+// The spy's sound files, URLs and strings.
 #include "tests/auplayer/graph_spy_calls.h"
 
 #include <Carbon/Carbon.h>
@@ -21,7 +21,7 @@ OSStatus ExtAudioFileDispose(ExtAudioFileRef file)
 {
     const Release releasing(__func__, file);
     const OSStatus refusal = note(__func__, static_cast<const void*>(file)).refusal;
-    end({"audio"}); // the handle inside it
+    release({"audio"}); // the handle inside the file
     return refusal;
 }
 
@@ -57,8 +57,8 @@ OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* frames, AudioBufferList*
     const UInt32 read = platform().file.framesRead.value_or(*frames);
     const AudioBuffer& buffer = list->mBuffers[0];
     if (buffer.mData && platform().file.touchesBuffer) {
-        const std::size_t room = buffer.mDataByteSize / sizeof(float);
-        const std::size_t count = std::min<std::size_t>(room, std::size_t{read} * buffer.mNumberChannels);
+        const std::size_t capacity = buffer.mDataByteSize / sizeof(float);
+        const std::size_t count = std::min<std::size_t>(capacity, std::size_t{read} * buffer.mNumberChannels);
         for (std::size_t i = 0; i < count; ++i) static_cast<float*>(buffer.mData)[i] = static_cast<float>(i);
     }
     return give(refusal, frames, read);
@@ -77,7 +77,7 @@ OSStatus AudioFileClose(AudioFileID file)
     return note(__func__, static_cast<const void*>(file)).refusal;
 }
 
-// ---- paths and strings ----
+// ---- URLs and strings ----
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* reference)
 {

@@ -1,4 +1,4 @@
-// What the spy knows: what was made, how it goes by name, what was noted. For the spy's own files.
+// The spy's state: objects, names and recorded calls. Internal to the spy.
 #pragma once
 
 #include "tests/auplayer/graph_spy.h"
@@ -9,7 +9,7 @@
 
 namespace graph_spy {
 
-/// It spins, so that noting a call never touches a lock that a test watches.
+/// A spin lock: recording a call must not use a mutex, because tests watch mutexes.
 class Guard {
 public:
     Guard()
@@ -25,34 +25,34 @@ private:
     static inline std::atomic_flag flag = ATOMIC_FLAG_INIT;
 };
 
-/// Anything that the platform has made. Its address is the handle that callers get.
-struct Thing {
+/// An object of the platform. Its address is the handle.
+struct PlatformObject {
     std::string name;
     bool isLive;
 };
 
-/// While calls may come, under a Guard.
+/// Under a Guard while other threads may call.
 struct State {
-    std::deque<Thing> things; // addresses stay
+    std::deque<PlatformObject> objects; // a deque keeps addresses
     std::map<std::string, int> made;
     std::map<const void*, std::string> names;
     std::map<AUNode, std::string> nodes;
     std::string value; // of the last property that was set
     AURenderCallbackStruct callback = {};
-    Notes notes, wrongs;
+    Notes notes, faults;
 };
 extern State state;
 
-Thing* find(const void* handle);
+PlatformObject* find(const void* handle);
 
-/// A new thing: the next of its kind, or the one of that name.
+/// Make an object: the next of a kind ("file2"), or with a name.
 void* make(const std::string& kind);
 void* makeNamed(const std::string& name);
 
-/// Things end whose names begin so: they go together with another.
-void end(std::initializer_list<const char*> beginnings);
+/// Mark the objects whose names begin so as released, together with their owner.
+void release(std::initializer_list<const char*> beginnings);
 
-/// A call that takes `handle` back, however it ends.
+/// Releases `handle` at the end of a call, even if the call throws.
 class Release {
 public:
     Release(const char* function, const void* handle) : function_(function), handle_(handle) {}

@@ -26,7 +26,7 @@ std::string hex(unsigned long long number)
     return text;
 }
 
-/// 'lpcm' for four plain characters, else a number.
+/// 'lpcm' for four printable characters, otherwise a number.
 std::string code(UInt32 word)
 {
     const char text[] = {'\'',
@@ -57,9 +57,9 @@ std::string text(const void* pointer)
     if (!pointer) return "null";
     const auto named = state.names.find(pointer);
     if (named != state.names.end()) return named->second;
-    if (const Thing* thing = find(pointer)) {
-        if (!thing->isLive) state.wrongs.push_back(thing->name + " used, which is gone");
-        return thing->name;
+    if (const PlatformObject* object = find(pointer)) {
+        if (!object->isLive) state.faults.push_back(object->name + " used after its release");
+        return object->name;
     }
     return "memory";
 }
@@ -84,9 +84,9 @@ std::string text(Number number) { return decimal(number.value); }
 
 std::string text(Bytes bytes) { return decimal(bytes.count) + " bytes"; }
 
-std::string text(InOut size) { return size.size ? "size " + decimal(*size.size) : "size nowhere"; }
+std::string text(InOut size) { return size.size ? "size " + decimal(*size.size) : "no size"; }
 
-/// With as many digits as tell any two apart.
+/// Nine digits distinguish any two floats.
 std::string text(Float32 number)
 {
     char digits[40];

@@ -1,4 +1,4 @@
-// How the spy shows an argument: by its type, which for plain numbers and places is one of these.
+// The text of an argument, by its type. These types label plain numbers and addresses.
 #pragma once
 
 #include "tests/auplayer/graph_spy.h"
@@ -25,7 +25,7 @@ struct Bytes {
 struct InOut {
     const UInt32* size;
 };
-/// A property's value on its way in.
+/// A property's value that is set.
 struct Value {
     const void* bytes;
     UInt32 size;

@@ -1,4 +1,4 @@
-// Graphs and their units.
+// The spy's graphs and units.
 #include "tests/auplayer/graph_spy_calls.h"
 
 using namespace graph_spy;
@@ -42,7 +42,7 @@ OSStatus NewAUGraph(AUGraph* graph)
 OSStatus DisposeAUGraph(AUGraph graph)
 {
     const Release releasing(__func__, graph);
-    end({"output", "varispeed", "timePitch", "equalizer", "mixer", "converter"});
+    release({"output", "varispeed", "timePitch", "equalizer", "mixer", "converter"});
     return note(__func__, static_cast<const void*>(graph)).refusal;
 }
 
@@ -134,7 +134,7 @@ OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter, A
 {
     const Call call =
         note(__func__, static_cast<const void*>(unit), Code{parameter}, Scope{scope}, Number{element});
-    if (call.refusal && call.scripted.number == 0) return call.refusal; // where it stands, what stood there
+    if (call.refusal && call.scripted.number == 0) return call.refusal; // the output stays unchanged
     if (number) *number = call.scripted.number;
     return call.refusal;
 }

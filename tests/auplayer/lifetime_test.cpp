@@ -1,4 +1,4 @@
-// An object comes and goes: what it is as new, what its end gives back and in which order.
+// Construction and destruction: the initial state, and what the destructor releases in which order.
 #include "tests/auplayer/player_test.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ using namespace auplayer_test;
 
 class Lifetime : public PlayerTest {};
 
-TEST_F(Lifetime, BeginsEmptyButForItsBuffers)
+TEST_F(Lifetime, ANewObjectIsEmpty)
 {
     const auplayer::AUPlayerData& made = data();
     EXPECT_EQ(made.loopIn, -1.0);
@@ -32,12 +32,12 @@ TEST_F(Lifetime, BeginsEmptyButForItsBuffers)
     rest.loadedAudio = made.loadedAudio;
     rest.clientFormat = made.clientFormat;
     rest.outputFormat = made.outputFormat;
-    EXPECT_EQ(std::memcmp(&made, &rest, sizeof rest), 0) << "all other fields are as the host gave them";
+    EXPECT_EQ(std::memcmp(&made, &rest, sizeof rest), 0) << "all other fields stay unchanged";
     EXPECT_EQ(graph_spy::calls(), Notes());
-    EXPECT_EQ(host().notes(), Notes()) << "nothing is asked of the host";
+    EXPECT_EQ(host().notes(), Notes()) << "no host call";
 }
 
-TEST_F(Lifetime, EndsInThisOrder)
+TEST_F(Lifetime, TheDestructorReleasesInThisOrder)
 {
     EXPECT_TRUE(load());
     data().tag = host().newObject("Variant");
@@ -46,11 +46,11 @@ TEST_F(Lifetime, EndsInThisOrder)
     graph_spy::forgetCalls();
     host().forget();
 
-    Notes whenTheGraphGoes, whenTheTagGoes;
+    Notes atGraphRelease, atTagRelease;
     const auto state = [this] {
-        Notes there;
-        const auto note = [&there](bool isThere, const char* what) {
-            if (isThere) there.push_back(what);
+        Notes present;
+        const auto note = [&present](bool isPresent, const char* what) {
+            if (isPresent) present.push_back(what);
         };
         note(data().graph, "graph");
         note(data().loadedAudio, "audio");
@@ -59,30 +59,30 @@ TEST_F(Lifetime, EndsInThisOrder)
         note(data().outputFormat, "output format");
         note(data().tag, "tag");
         note(data().file, "file");
-        return there;
+        return present;
     };
-    Notes whenTheFileGoes;
-    graph_spy::answer("DisposeAUGraph").during = [&] { whenTheGraphGoes = state(); };
+    Notes atFileRelease;
+    graph_spy::answer("DisposeAUGraph").during = [&] { atGraphRelease = state(); };
     host().inNext("REALUnlockObject", [&] {
-        whenTheTagGoes = state();
-        host().inNext("REALUnlockObject", [&] { whenTheFileGoes = state(); });
+        atTagRelease = state();
+        host().inNext("REALUnlockObject", [&] { atFileRelease = state(); });
     });
     watched::begin();
     destruct();
     EXPECT_EQ(watched::end(), (Notes{"free", "free"})) << "the samples, then their record";
 
-    EXPECT_EQ(whenTheGraphGoes, (Notes{"audio", "samples", "client format", "output format", "tag", "file"}));
-    EXPECT_EQ(whenTheTagGoes, Notes{"file"}) << "each is cleared as it goes";
-    EXPECT_EQ(whenTheFileGoes, Notes());
-    EXPECT_EQ(graph_spy::calls(), Notes{"DisposeAUGraph(graph1)"}) << "it is not stopped before";
+    EXPECT_EQ(atGraphRelease, (Notes{"audio", "samples", "client format", "output format", "tag", "file"}));
+    EXPECT_EQ(atTagRelease, Notes{"file"}) << "each pointer is cleared before its release";
+    EXPECT_EQ(atFileRelease, Notes());
+    EXPECT_EQ(graph_spy::calls(), Notes{"DisposeAUGraph(graph1)"}) << "the graph is not stopped first";
     EXPECT_EQ(host().calls(), (Notes{"REALUnlockObject(" + tag + ")", "REALUnlockObject(f1)"}));
 
-    for (REALstringStruct* text : texts) EXPECT_EQ(host().references(text), 1) << "the host's to release";
+    for (REALstringStruct* text : texts) EXPECT_EQ(host().references(text), 1) << "the host releases it";
     EXPECT_EQ(data().clientFormatString, texts[0]);
     EXPECT_EQ(data().outputFormatString, texts[1]);
 }
 
-TEST_F(Lifetime, EndsWithoutALoad)
+TEST_F(Lifetime, TheDestructorWorksWithoutALoad)
 {
     destruct();
     EXPECT_EQ(graph_spy::calls(), Notes());
@@ -92,7 +92,7 @@ TEST_F(Lifetime, EndsWithoutALoad)
     EXPECT_EQ(data().outputFormat, nullptr);
 }
 
-TEST_F(Lifetime, EndsWithoutWhatTheConstructorCouldNotHave)
+TEST_F(Lifetime, TheDestructorWorksAfterAConstructorWithoutMemory)
 {
     destruct();
     watched::refuseCalloc(1);
@@ -106,7 +106,7 @@ TEST_F(Lifetime, EndsWithoutWhatTheConstructorCouldNotHave)
     EXPECT_EQ(data().clientFormat, nullptr);
 }
 
-TEST_F(Lifetime, EndsWithATagAlone)
+TEST_F(Lifetime, TheDestructorReleasesATagWithoutALoad)
 {
     data().tag = host().newObject("Variant");
     destruct();
@@ -114,7 +114,7 @@ TEST_F(Lifetime, EndsWithATagAlone)
     EXPECT_EQ(host().calls(), Notes{"REALUnlockObject(o1)"});
 }
 
-TEST_F(Lifetime, GivesUpTheRestWhenThePlatformThrows)
+TEST_F(Lifetime, TheDestructorContinuesWhenThePlatformThrows)
 {
     EXPECT_TRUE(load());
     graph_spy::answer("DisposeAUGraph").during = [] { throw Thrown(); };
@@ -123,7 +123,7 @@ TEST_F(Lifetime, GivesUpTheRestWhenThePlatformThrows)
     EXPECT_EQ(data().file, nullptr);
 }
 
-TEST_F(Lifetime, GivesUpTheRestWhenTheHostThrows)
+TEST_F(Lifetime, TheDestructorContinuesWhenTheHostThrows)
 {
     EXPECT_TRUE(load());
     REALobjectStruct* const tag = host().newObject("Variant");
@@ -132,11 +132,11 @@ TEST_F(Lifetime, GivesUpTheRestWhenTheHostThrows)
     EXPECT_NO_THROW(destruct());
     EXPECT_EQ(data().tag, nullptr);
     EXPECT_EQ(data().file, nullptr);
-    EXPECT_EQ(host().references(tag), 1) << "it kept that one";
+    EXPECT_EQ(host().references(tag), 1) << "the host kept this reference";
     host().drop(tag);
 }
 
-TEST_F(Lifetime, EndsWithAHostThatHasNoReferencesToDrop)
+TEST_F(Lifetime, TheDestructorWorksWithoutTheReleaseService)
 {
     EXPECT_TRUE(load());
     withhold("REALUnlockObject");

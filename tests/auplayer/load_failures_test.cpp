@@ -1,5 +1,5 @@
-// Loading when something goes wrong: each platform call refused in turn, files that cannot be reached, memory
-// that is not there, hosts and platforms that throw.
+// Failing loads: each platform call refused in turn, unreachable files, missing memory, exceptions of host
+// and platform.
 #include "tests/auplayer/good_load.h"
 
 #include <Carbon/Carbon.h>
@@ -25,8 +25,8 @@ std::ptrdiff_t countOf(const Notes& calls, const std::string& beginning)
                          [&](const std::string& call) { return startsWith(call, beginning); });
 }
 
-/// Where the calls of a kind stand in a good load.
-std::size_t placeOf(const Notes& calls, const std::string& beginning)
+/// The index of the first call that begins so.
+std::size_t indexOf(const Notes& calls, const std::string& beginning)
 {
     const auto found = std::find_if(calls.begin(), calls.end(),
                                     [&](const std::string& call) { return startsWith(call, beginning); });
@@ -35,7 +35,8 @@ std::size_t placeOf(const Notes& calls, const std::string& beginning)
 
 class FailingLoad : public PlayerTest {
 protected:
-    /// A load of an object that has tried once. It is gone then, and the calls are those of its end.
+    /// Load a second time and expect the refusal. Destroys the object; the spy's calls are then those of the
+    /// destructor.
     void expectNoSecondLoad()
     {
         FolderItem const another = host().newFolderItem();
@@ -47,7 +48,7 @@ protected:
         EXPECT_EQ(data().lasterror, -1);
         EXPECT_EQ(data().file, another);
         EXPECT_EQ(host().references(another), 2);
-        EXPECT_EQ(host().references(item()), 2) << "the reference of the first load stays taken";
+        EXPECT_EQ(host().references(item()), 2) << "the reference of the first load leaks, by design";
         host().drop(item());
         destruct();
         EXPECT_EQ(host().references(another), 1);
@@ -57,11 +58,11 @@ protected:
     REALmemoryBlockStruct* samplesBlock() { return call<REALmemoryBlockStruct*>("Data", object()); }
 };
 
-/// How a call of a good load goes wrong.
+/// The effect of a refused call.
 enum Kind {
-    fails,   ///< its status ends the load
-    reading, ///< the same, but the status is not kept
-    ignored, ///< whatever it answers
+    fails,   ///< the load ends, and keeps the status
+    reading, ///< the load ends, but the status is not kept
+    ignored, ///< the load continues
 };
 
 Kind kindOf(const std::string& call)
@@ -74,11 +75,11 @@ Kind kindOf(const std::string& call)
 
 class RefusedLoad : public FailingLoad {
 protected:
-    /// One load after the other, each with another of its calls refused. How many refusals ended one.
+    /// Load once for each call, with that call refused. Returns the number of loads that failed.
     std::size_t refuseEachCall(HostInteger timePitchUnit, const Notes& good);
 };
 
-TEST_F(RefusedLoad, EndsAtEachPlatformCallThatIsRefused)
+TEST_F(RefusedLoad, EndsAtEachRefusedPlatformCall)
 {
     const struct {
         HostInteger timePitchUnit;
@@ -96,10 +97,10 @@ TEST_F(RefusedLoad, EndsAtEachPlatformCallThatIsRefused)
 
 std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& good)
 {
-    const std::size_t opened = placeOf(good, "ExtAudioFileOpenURL"), read = placeOf(good, "ExtAudioFileRead"),
-                      duration = placeOf(good, "AudioFileGetProperty"),
-                      disposed = placeOf(good, "ExtAudioFileDispose"), graph = placeOf(good, "NewAUGraph"),
-                      open = placeOf(good, "AUGraphOpen"), units = placeOf(good, "AUGraphNodeInfo");
+    const std::size_t opened = indexOf(good, "ExtAudioFileOpenURL"), read = indexOf(good, "ExtAudioFileRead"),
+                      duration = indexOf(good, "AudioFileGetProperty"),
+                      disposed = indexOf(good, "ExtAudioFileDispose"), graph = indexOf(good, "NewAUGraph"),
+                      open = indexOf(good, "AUGraphOpen"), units = indexOf(good, "AUGraphNodeInfo");
     std::size_t refused = 0;
     for (std::size_t i = pathCalls; i < good.size(); ++i)
         for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -122,14 +123,14 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
             ++refused;
             EXPECT_EQ(data().lasterror, kind == reading ? 0 : status);
 
-            // Nothing is asked behind it, but what gives back the file and the path.
+            // Only the releases of the file and the URL follow.
             Notes expected(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(i) + 1);
             if (i == duration) expected.push_back("AudioFileClose(audio1)");
             if (i > opened && i < disposed) expected.push_back("ExtAudioFileDispose(file1)");
             expected.push_back("CFRelease(url1)");
             EXPECT_EQ(calls, expected);
 
-            // What was built stays.
+            // The parts made before stay.
             const bool hasSamples = i > read;
             EXPECT_EQ(data().loadedAudio->samples != nullptr, hasSamples);
             EXPECT_EQ(data().endFrame, hasSamples ? 1000u : 0u);
@@ -150,7 +151,7 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
             for (std::size_t u = 0; u < std::size(inOrder); ++u)
                 EXPECT_EQ(inOrder[u] != nullptr, i > units + u) << "unit " << u;
 
-            // And goes with the object, which does not load again.
+            // The object releases them at its end. It does not load again.
             EXPECT_EQ(data().isFileLoaded, 1);
             expectNoSecondLoad();
             EXPECT_EQ(graph_spy::calls(), i > graph ? Notes{"DisposeAUGraph(graph1)"} : Notes());
@@ -159,7 +160,7 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
     return refused;
 }
 
-TEST_F(FailingLoad, WithoutAFileFails)
+TEST_F(FailingLoad, FailsForANullFile)
 {
     graph_spy::platform().opensNothing = true;
     EXPECT_FALSE(load());
@@ -168,7 +169,7 @@ TEST_F(FailingLoad, WithoutAFileFails)
                                          "ExtAudioFileOpenURL(url1)", "CFRelease(url1)"}));
 }
 
-TEST_F(FailingLoad, OfNilRaisesAndLeavesTheObjectAsItWas)
+TEST_F(FailingLoad, RaisesForNilAndChangesNothing)
 {
     data().lasterror = 17;
     for (const char* method : {"LoadFile(", "LoadFileMT("}) {
@@ -181,10 +182,10 @@ TEST_F(FailingLoad, OfNilRaisesAndLeavesTheObjectAsItWas)
         EXPECT_EQ(graph_spy::calls(), Notes());
         host().startOver();
     }
-    EXPECT_TRUE(load()) << "it can still load";
+    EXPECT_TRUE(load()) << "the object can still load";
 }
 
-TEST_F(FailingLoad, IsFollowedByNoOtherLoad)
+TEST_F(FailingLoad, RefusesASecondLoadAfterAFailure)
 {
     graph_spy::answer("ExtAudioFileOpenURL").status = fnfErr;
     EXPECT_FALSE(load());
@@ -192,13 +193,13 @@ TEST_F(FailingLoad, IsFollowedByNoOtherLoad)
     expectNoSecondLoad();
 }
 
-TEST_F(FailingLoad, FollowsAlsoAGoodOne)
+TEST_F(FailingLoad, RefusesASecondLoadAfterASuccess)
 {
     EXPECT_TRUE(load());
     expectNoSecondLoad();
 }
 
-TEST_F(FailingLoad, FollowsAlsoOneWithoutAPath)
+TEST_F(FailingLoad, RefusesASecondLoadAfterAnInvalidPath)
 {
     withhold("REALFSRefFromFolderItem");
     EXPECT_FALSE(load());
@@ -206,7 +207,7 @@ TEST_F(FailingLoad, FollowsAlsoOneWithoutAPath)
     expectNoSecondLoad();
 }
 
-TEST_F(FailingLoad, HasTakenTheItemBeforeItCanFail)
+TEST_F(FailingLoad, HoldsTheItemBeforeTheFirstPlatformCall)
 {
     HostInteger statusInLock = 0, statusInPath = 0;
     host().inNext("REALLockObject", [&] { statusInLock = data().lasterror; });
@@ -221,9 +222,9 @@ TEST_F(FailingLoad, HasTakenTheItemBeforeItCanFail)
     EXPECT_EQ(statusInPath, -1);
 }
 
-// ---- paths ----
+// ---- folder items ----
 
-const Notes throughTheFolder = {
+const Notes viaFolder = {
     "CFURLCreateFromFSRef(default, \"its folder\")",
     "CFStringCreateWithCharacters(default, \"song.wav\", 8)",
     "CFStringCreateMutableCopy(default, 0, string1)",
@@ -234,22 +235,22 @@ const Notes throughTheFolder = {
     "CFRelease(url1)",
 };
 
-TEST_F(FailingLoad, ReachesAnItemThatDoesNotExistThroughItsFolder)
+TEST_F(FailingLoad, FindsAMissingItemThroughItsFolder)
 {
     host().itemsExist = false;
     EXPECT_TRUE(load());
     Notes calls = graph_spy::calls();
-    ASSERT_GT(calls.size(), throughTheFolder.size() + 1);
-    EXPECT_EQ(calls[throughTheFolder.size()], "ExtAudioFileOpenURL(url2)");
+    ASSERT_GT(calls.size(), viaFolder.size() + 1);
+    EXPECT_EQ(calls[viaFolder.size()], "ExtAudioFileOpenURL(url2)");
     EXPECT_EQ(calls.back(), "CFRelease(url2)");
-    calls.resize(throughTheFolder.size());
-    EXPECT_EQ(calls, throughTheFolder);
+    calls.resize(viaFolder.size());
+    EXPECT_EQ(calls, viaFolder);
     EXPECT_EQ(host().calls()[0], "REALLockObject(f1)");
     EXPECT_EQ(host().calls()[1], "REALFSRefFromFolderItem(f1, null) = false");
     EXPECT_EQ(host().calls()[2], "REALFSRefFromFolderItem(f1, zeros) = true");
 }
 
-TEST_F(FailingLoad, OpensAnItemThatDoesNotExistAndTellsThePlatformsStatus)
+TEST_F(FailingLoad, KeepsThePlatformsStatusForAMissingItem)
 {
     host().itemsExist = false;
     graph_spy::answer("ExtAudioFileOpenURL").status = fnfErr;
@@ -259,18 +260,18 @@ TEST_F(FailingLoad, OpensAnItemThatDoesNotExistAndTellsThePlatformsStatus)
     EXPECT_EQ(graph_spy::calls().back(), "CFRelease(url2)");
 }
 
-TEST_F(FailingLoad, TriesTheFolderAlsoWhenTheItemsReferenceLeadsNowhere)
+TEST_F(FailingLoad, TriesTheFolderIfTheItemHasNoURL)
 {
     graph_spy::platform().refusals[0] = 1;
     EXPECT_TRUE(load());
     Notes calls = graph_spy::calls();
     EXPECT_EQ(calls[0], "CFURLCreateFromFSRef(default, \"the item\")");
     calls.erase(calls.begin());
-    calls.resize(throughTheFolder.size());
-    EXPECT_EQ(calls, throughTheFolder);
+    calls.resize(viaFolder.size());
+    EXPECT_EQ(calls, viaFolder);
 }
 
-TEST_F(FailingLoad, TakesAnyNameThatTheHostCanHold)
+TEST_F(FailingLoad, AcceptsEveryNameThatTheHostCanHold)
 {
     const struct {
         std::u16string name;
@@ -280,8 +281,8 @@ TEST_F(FailingLoad, TakesAnyNameThatTheHostCanHold)
     } facts[] = {
         {u"a", {}, "\"a\", 1", "the shortest"},
         {std::u16string(255, u'n'), {}, "\"nnnnnnnnnnnnnnnnnnnn...\", 255", "the longest"},
-        {u"caf\u00E9", {}, "\"caf<0xE9>\", 4", "a letter that is composed"},
-        {u"\xD83D\xDE00", {}, "\"<0xD83D><0xDE00>\", 2", "a pair"},
+        {u"caf\u00E9", {}, "\"caf<0xE9>\", 4", "a composed letter"},
+        {u"\xD83D\xDE00", {}, "\"<0xD83D><0xDE00>\", 2", "a surrogate pair"},
         {u"song.wav", 4, "\"song\", 4", "the length counts"},
     };
     for (const auto& fact : facts) {
@@ -296,19 +297,19 @@ TEST_F(FailingLoad, TakesAnyNameThatTheHostCanHold)
     }
 }
 
-TEST_F(FailingLoad, RaisesWithoutAPath)
+TEST_F(FailingLoad, RaisesWithoutAURL)
 {
     const struct {
         const char* why;
         std::function<void()> prepare;
-        std::size_t calls; // of the way through the folder, before the failure and with it
+        std::size_t calls; // the first calls of viaFolder, including the refused one
         Notes released;
     } facts[] = {
         {"no service", [&] { withhold("REALFSRefFromFolderItem"); }, 0, {}},
-        {"the service says no", [&] { host().failNext("REALFSRefFromFolderItem", 2); }, 0, {}},
+        {"the service returns false", [&] { host().failNext("REALFSRefFromFolderItem", 2); }, 0, {}},
         {"no folder", [&] { graph_spy::platform().refusals[0] = 1; }, 1, {}},
         {"an empty name", [&] { host().itemName = u""; }, 1, {"CFRelease(url1)"}},
-        {"a name longer than names are", [&] { host().claimedNameUnits = 256; }, 1, {"CFRelease(url1)"}},
+        {"a name longer than the record", [&] { host().claimedNameUnits = 256; }, 1, {"CFRelease(url1)"}},
         {"a name of the largest length", [&] { host().claimedNameUnits = 0xFFFF; }, 1, {"CFRelease(url1)"}},
         {"no text", [&] { graph_spy::platform().refusals[1] = 1; }, 2, {"CFRelease(url1)"}},
         {"nothing appended",
@@ -324,17 +325,16 @@ TEST_F(FailingLoad, RaisesWithoutAPath)
             fact.prepare();
             EXPECT_FALSE(load(2, 2, method));
             EXPECT_EQ(raised(), Notes{badPath});
-            Notes expected(throughTheFolder.begin(),
-                           throughTheFolder.begin() + static_cast<std::ptrdiff_t>(fact.calls));
+            Notes expected(viaFolder.begin(), viaFolder.begin() + static_cast<std::ptrdiff_t>(fact.calls));
             expected.insert(expected.end(), fact.released.begin(), fact.released.end());
             EXPECT_EQ(graph_spy::calls(), expected);
-            EXPECT_EQ(data().lasterror, -1) << "no platform call was made that has a status";
+            EXPECT_EQ(data().lasterror, -1) << "no platform call with a status was made";
             EXPECT_EQ(data().file, item());
             EXPECT_EQ(data().isFileLoaded, 1);
         }
 }
 
-TEST_F(FailingLoad, KeepsANameThatCannotBeCopiedAsItIs)
+TEST_F(FailingLoad, UsesTheNameUnchangedIfItCannotBeCopied)
 {
     host().itemsExist = false;
     graph_spy::platform().refusals[2] = 1;
@@ -352,9 +352,9 @@ TEST_F(FailingLoad, KeepsANameThatCannotBeCopiedAsItIs)
                      }));
 }
 
-// ---- what throws ----
+// ---- exceptions ----
 
-TEST_F(FailingLoad, LetsNothingThatThePlatformThrowsCross)
+TEST_F(FailingLoad, CatchesExceptionsOfThePlatform)
 {
     for (const bool itemsExist : {true, false})
         for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -363,7 +363,7 @@ TEST_F(FailingLoad, LetsNothingThatThePlatformThrowsCross)
             EXPECT_TRUE(load());
             const Notes good = graph_spy::calls();
             for (std::size_t i = 0; i < good.size(); ++i) {
-                SCOPED_TRACE(std::string(method) + " with an exception out of " + good[i]);
+                SCOPED_TRACE(std::string(method) + " with an exception of " + good[i]);
                 startOver();
                 host().itemsExist = itemsExist;
                 graph_spy::platform().inEachCall = [i](std::size_t number) {
@@ -374,7 +374,7 @@ TEST_F(FailingLoad, LetsNothingThatThePlatformThrowsCross)
                                        startsWith(good[i], "ExtAudioFileDispose");
                 bool result = false;
                 EXPECT_NO_THROW(result = load(2, 2, method));
-                EXPECT_EQ(result, isRelease) << "one that gives back is not missed";
+                EXPECT_EQ(result, isRelease) << "an exception of a release does not end the load";
                 graph_spy::platform().inEachCall = nullptr;
                 const Notes calls = graph_spy::calls();
                 EXPECT_EQ(countOf(calls, "ExtAudioFileDispose"),
@@ -383,12 +383,12 @@ TEST_F(FailingLoad, LetsNothingThatThePlatformThrowsCross)
         }
 }
 
-TEST_F(FailingLoad, LetsNothingThatTheHostThrowsCross)
+TEST_F(FailingLoad, CatchesExceptionsOfTheHost)
 {
     for (const char* method : {"LoadFile", "LoadFileMT"})
         for (const char* service : {"REALLockObject", "REALFSRefFromFolderItem", "REALBuildString",
                                     "REALSetStringEncoding", "REALYieldToRB"}) {
-            SCOPED_TRACE(std::string(method) + " with an exception out of " + service);
+            SCOPED_TRACE(std::string(method) + " with an exception of " + service);
             startOver();
             host().inNext(service, [] { throw Thrown(); });
             bool result = true;
@@ -396,12 +396,12 @@ TEST_F(FailingLoad, LetsNothingThatTheHostThrowsCross)
             const bool isPath = std::string(service) == "REALFSRefFromFolderItem";
             const bool isLock = std::string(service) == "REALLockObject";
             EXPECT_EQ(result, !isPath && !isLock);
-            EXPECT_EQ(data().file, isLock ? nullptr : item()) << "a reference that was not given is not kept";
+            EXPECT_EQ(data().file, isLock ? nullptr : item()) << "no reference, so the item is not stored";
             EXPECT_EQ(host().references(item()), isLock ? 1 : 2);
         }
 }
 
-TEST_F(FailingLoad, LetsNothingThatTheHostThrowsWhileRaisingCross)
+TEST_F(FailingLoad, CatchesExceptionsOfTheHostDuringRaising)
 {
     const char* const services[] = {"REALBuildString",         "REALSetStringEncoding",
                                     "PluginNewInstance",       "REALSetPropValueString",
@@ -433,7 +433,7 @@ TEST_F(FailingLoad, LetsNothingThatTheHostThrowsWhileRaisingCross)
 
 // ---- memory ----
 
-TEST_F(FailingLoad, IsOutOfMemoryForAnObjectThatWasMadeWithoutIt)
+TEST_F(FailingLoad, IsOutOfMemoryAfterAConstructorWithoutMemory)
 {
     destruct();
     for (int allocation = 0; allocation < 3; ++allocation)

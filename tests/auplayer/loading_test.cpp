@@ -1,4 +1,4 @@
-// Loading when all goes well: what the platform is asked, and what stands in the object afterwards.
+// Successful loads: the platform calls, and the object's fields afterwards.
 #include "tests/auplayer/good_load.h"
 
 #include "auplayer/render.h"
@@ -15,7 +15,7 @@ protected:
     REALmemoryBlockStruct* samplesBlock() { return call<REALmemoryBlockStruct*>("Data", object()); }
 };
 
-TEST_F(Loading, AsksThePlatformForAllOfThisInThisOrder)
+TEST_F(Loading, CallsThePlatformInThisOrder)
 {
     EXPECT_TRUE(load());
     EXPECT_EQ(graph_spy::calls(), goodLoad());
@@ -24,17 +24,17 @@ TEST_F(Loading, AsksThePlatformForAllOfThisInThisOrder)
     EXPECT_EQ(graph_spy::callback().inputProcRefCon, &data());
 }
 
-TEST_F(Loading, ChoosesItsOutputUnitByNumber)
+TEST_F(Loading, ChoosesTheOutputUnitByNumber)
 {
     const struct {
         HostInteger choice;
         const char* subType;
         const char* why;
     } facts[] = {
-        {0, "'ahal'", "the default"}, {1, "'genr'", "generic"},
-        {2, "'ahal'", "the HAL's"},   {3, "'def '", "the default device's"},
-        {4, "'sys '", "for alerts"},  {-1, "'ahal'", "no unit has this number"},
-        {5, "'ahal'", "nor this"},    {7, "'ahal'", "nor this"},
+        {0, "'ahal'", "the default"},         {1, "'genr'", "generic"},
+        {2, "'ahal'", "the HAL's"},           {3, "'def '", "the default device's"},
+        {4, "'sys '", "the system device's"}, {-1, "'ahal'", "an unknown number"},
+        {5, "'ahal'", "an unknown number"},   {7, "'ahal'", "an unknown number"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -48,7 +48,7 @@ TEST_F(Loading, ChoosesItsOutputUnitByNumber)
     }
 }
 
-TEST_F(Loading, BypassesTheRateUnitThatIsNotWanted)
+TEST_F(Loading, BypassesTheRateUnitThatIsNotChosen)
 {
     const struct {
         HostInteger choice;
@@ -68,21 +68,17 @@ TEST_F(Loading, BypassesTheRateUnitThatIsNotWanted)
     }
 }
 
-TEST_F(Loading, SetsALimitOfSlicesThatIsWorthIt)
+TEST_F(Loading, SetsASliceLimitAboveTheDefault)
 {
     const struct {
         HostInteger limit;
         const char* set;
         const char* why;
     } facts[] = {
-        {0, "", "as new"},
-        {-1, "", "nonsense"},
-        {-2147483647 - 1, "", "nonsense"},
-        {1, "", "less than the units take"},
-        {1156, "", "what the units take anyway"},
-        {1157, "1157", "the first that matters"},
-        {8192, "8192", "the usual one"},
-        {2147483647, "2147483647", "the largest"},
+        {0, "", "the initial value"},      {-1, "", "negative"},
+        {-2147483647 - 1, "", "negative"}, {1, "", "less than the units' default"},
+        {1156, "", "the units' default"},  {1157, "1157", "one above the default"},
+        {8192, "8192", "a usual limit"},   {2147483647, "2147483647", "the largest"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -95,7 +91,7 @@ TEST_F(Loading, SetsALimitOfSlicesThatIsWorthIt)
     }
 }
 
-TEST_F(Loading, LeavesTheObjectReadyToPlay)
+TEST_F(Loading, FillsTheObjectsFields)
 {
     EXPECT_TRUE(load());
     EXPECT_EQ(data().sampleRate, 48000.0);
@@ -135,7 +131,7 @@ TEST_F(Loading, LeavesTheObjectReadyToPlay)
     EXPECT_EQ(data().loadedAudio->samples[1999], 1999.0f);
 }
 
-TEST_F(Loading, HasNoTextsInAHostThatBuildsNone)
+TEST_F(Loading, HasNoFormatTextsWithoutTheStringService)
 {
     withhold("REALBuildString");
     EXPECT_TRUE(load());
@@ -145,7 +141,7 @@ TEST_F(Loading, HasNoTextsInAHostThatBuildsNone)
     EXPECT_EQ(raised(), Notes());
 }
 
-TEST_F(Loading, ForgetsLoopAndPlaceOfBefore)
+TEST_F(Loading, ResetsPositionAndLoop)
 {
     data().position = data().lastRenderOffset = 77;
     data().endFrame = 5;
@@ -153,9 +149,9 @@ TEST_F(Loading, ForgetsLoopAndPlaceOfBefore)
     data().loopOut = 20;
     data().isLooping = 1;
     graph_spy::answer("ExtAudioFileRead").during = [this] {
-        EXPECT_EQ(data().position, 0u) << "at the start";
+        EXPECT_EQ(data().position, 0u) << "reset before the read";
         EXPECT_EQ(data().endFrame, 0u);
-        EXPECT_EQ(data().loopIn, 10.0) << "only when the file has been read";
+        EXPECT_EQ(data().loopIn, 10.0) << "reset after the read";
         EXPECT_EQ(data().loopOut, 20.0);
         EXPECT_EQ(data().isLooping, 1);
     };
@@ -167,7 +163,7 @@ TEST_F(Loading, ForgetsLoopAndPlaceOfBefore)
     EXPECT_EQ(data().isLooping, 0);
 }
 
-TEST_F(Loading, KeepsHandlesAndNodesWhereTheyBelong)
+TEST_F(Loading, StoresEachUnitWithItsNode)
 {
     EXPECT_TRUE(load());
     const struct {
@@ -194,7 +190,7 @@ TEST_F(Loading, KeepsHandlesAndNodesWhereTheyBelong)
     }
 }
 
-TEST_F(Loading, MakesTheFormatsItIsAskedFor)
+TEST_F(Loading, UsesTheRequestedChannelCounts)
 {
     const struct {
         HostInteger input, output;
@@ -230,7 +226,7 @@ TEST_F(Loading, MakesTheFormatsItIsAskedFor)
     }
 }
 
-TEST_F(Loading, GivesTheSamplesAsANewMemoryBlockEachTime)
+TEST_F(Loading, ReturnsTheSamplesInANewMemoryBlockEachTime)
 {
     EXPECT_EQ(samplesBlock(), nullptr) << "before a load";
     EXPECT_TRUE(load());
@@ -247,16 +243,16 @@ TEST_F(Loading, GivesTheSamplesAsANewMemoryBlockEachTime)
     }
 }
 
-TEST_F(Loading, OfFewerFramesThanDeclaredEndsWhereTheFramesEnd)
+TEST_F(Loading, UsesTheNumberOfFramesThatWereRead)
 {
     for (const UInt32 read : {0ul, 1ul, 999ul, 1000ul, 1001ul, 0xFFFFFFFFul}) {
         SCOPED_TRACE(read);
         startOver();
         graph_spy::platform().file.framesRead = static_cast<UInt32>(read);
         EXPECT_TRUE(load());
-        EXPECT_EQ(data().endFrame, std::min<UInt32>(read, 1000)) << "never more than there is room for";
+        EXPECT_EQ(data().endFrame, std::min<UInt32>(read, 1000)) << "never more than the buffer holds";
         EXPECT_EQ(data().loadedAudio->frameCount, data().endFrame);
-        EXPECT_EQ(data().loadedAudio->byteSize, 8000u) << "the buffer stays as large as declared";
+        EXPECT_EQ(data().loadedAudio->byteSize, 8000u) << "the buffer keeps the declared size";
         REALmemoryBlockStruct* const block = samplesBlock();
         ASSERT_NE(block, nullptr);
         EXPECT_EQ(host().bytesOf(block).size(), 8000u);
@@ -264,7 +260,7 @@ TEST_F(Loading, OfFewerFramesThanDeclaredEndsWhereTheFramesEnd)
     }
 }
 
-TEST_F(Loading, OfNoFramesOrNoChannelsHasNoSamples)
+TEST_F(Loading, HasNoSamplesWithoutFramesOrChannels)
 {
     const struct {
         SInt64 length;
@@ -291,7 +287,7 @@ TEST_F(Loading, OfNoFramesOrNoChannelsHasNoSamples)
     }
 }
 
-TEST_F(Loading, OfAFileThatIsTooLargeIsOutOfMemory)
+TEST_F(Loading, IsOutOfMemoryForATooLargeFile)
 {
     const struct {
         SInt64 length;
@@ -300,17 +296,17 @@ TEST_F(Loading, OfAFileThatIsTooLargeIsOutOfMemory)
         UInt32 frameCount, byteSize;
         const char* why;
     } facts[] = {
-        {0x20000000, 1, 48000, 0x20000000, 0x80000000, "2^31 bytes, one more than a host counts"},
+        {0x20000000, 1, 48000, 0x20000000, 0x80000000, "2^31 bytes: one more than the limit"},
         {0x10000000, 2, 48000, 0x10000000, 0x80000000, "the same in two channels"},
-        {0x7FFFFFFF, 64, 48000, 0x7FFFFFFF, 0xFFFFFF00, "far more"},
+        {0x7FFFFFFF, 64, 48000, 0x7FFFFFFF, 0xFFFFFF00, "far above the limit"},
         {0x80000000, 2, 48000, 0x80000000, 0, "2^31 frames: the size's low 32 bits are 0"},
-        {0x100000000, 2, 48000, 0, 0, "2^32 frames: so are those of their number"},
-        {0x100000001, 1, 48000, 1, 4, "and one more"},
-        {0x4000000000000000, 1, 48000, 0, 0, "a size that 64 bits do not hold"},
+        {0x100000000, 2, 48000, 0, 0, "2^32 frames: the low 32 bits of their number are 0"},
+        {0x100000001, 1, 48000, 1, 4, "2^32 + 1 frames"},
+        {0x4000000000000000, 1, 48000, 0, 0, "a size above 64 bits"},
         {-1, 2, 48000, 0xFFFFFFFF, 0xFFFFFFF8, "a negative length"},
         {1000, -1, 48000, 1000, 0xFFFFF060, "a negative number of channels"},
-        {1000, 2147483647, 48000, 1000, 0xFFFFF060, "the largest"},
-        {1000, 2, 0, 0, 0, "no rate, so that the ratio is no number"},
+        {1000, 2147483647, 48000, 1000, 0xFFFFF060, "the largest number of channels"},
+        {1000, 2, 0, 0, 0, "a rate of 0: the ratio is not-a-number"},
     };
     for (const auto& fact : facts)
         for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -320,28 +316,28 @@ TEST_F(Loading, OfAFileThatIsTooLargeIsOutOfMemory)
             graph_spy::platform().file.format.mSampleRate = fact.rate;
             EXPECT_FALSE(load(fact.channels, 2, method));
             EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for audio data."});
-            EXPECT_EQ(graph_spy::calls().size(), 7u) << "nothing but the file was touched";
+            EXPECT_EQ(graph_spy::calls().size(), 7u) << "only calls of the file";
             EXPECT_EQ(data().lasterror, 0) << "the last platform call succeeded";
             EXPECT_EQ(data().loadedAudio->frameCount, fact.frameCount);
             EXPECT_EQ(data().loadedAudio->byteSize, fact.byteSize);
             EXPECT_EQ(data().loadedAudio->samples, nullptr);
             EXPECT_EQ(data().graph, nullptr);
             EXPECT_EQ(data().clientFormatString, nullptr);
-            EXPECT_EQ(data().dataIsPCM, 0) << "not described";
+            EXPECT_EQ(data().dataIsPCM, 0) << "the data is not described";
             EXPECT_EQ(samplesBlock(), nullptr);
         }
 }
 
-TEST_F(Loading, AsksForNoMoreMemoryThanTheSamplesTake)
+TEST_F(Loading, AllocatesExactlyTheSamples)
 {
     const struct {
         SInt64 length;
-        const char* asked;
+        const char* allocation;
         const char* why;
     } facts[] = {
         {1, "calloc 4", "the smallest"},
-        {1000, "calloc 4000", "any"},
-        {0x1FFFFFFF, "calloc 2147483644", "the largest that a host counts"},
+        {1000, "calloc 4000", "a usual one"},
+        {0x1FFFFFFF, "calloc 2147483644", "the largest"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -351,7 +347,7 @@ TEST_F(Loading, AsksForNoMoreMemoryThanTheSamplesTake)
         watched::begin();
         EXPECT_FALSE(load(1));
         const Notes events = watched::end();
-        EXPECT_EQ(std::count(events.begin(), events.end(), fact.asked), 1);
+        EXPECT_EQ(std::count(events.begin(), events.end(), fact.allocation), 1);
         EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for audio data."});
         EXPECT_EQ(
             graph_spy::calls(),

@@ -1,4 +1,4 @@
-// Volume and enabling of the mixer's inputs.
+// The mixer inputs' volume, and enabling them.
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cmath>
@@ -14,7 +14,7 @@ using MixerInputs = WatchedPlayerTest;
 
 const std::uint32_t inputs[] = {0, 1, 7, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
 
-std::string inputPlace(const char* parameter, std::uint32_t input)
+std::string inputAddress(const char* parameter, std::uint32_t input)
 {
     return std::string(parameter) + ", input, " + std::to_string(input);
 }
@@ -33,14 +33,14 @@ TEST_F(MixerInputs, HaveAVolume)
             graph_spy::answer("AudioUnitGetParameter").number = status ? 0 : 0.1f;
             graph_spy::answer("AudioUnitGetParameter").status = status;
             EXPECT_EQ(call<double>("InputVolume", object(), input), status ? 0.0 : static_cast<double>(0.1f));
-            EXPECT_EQ(graph_spy::calls(), Notes{getCall("mixer", inputPlace("0", input))});
+            EXPECT_EQ(graph_spy::calls(), Notes{getCall("mixer", inputAddress("0", input))});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, status);
 
             watch();
             graph_spy::answer("AudioUnitSetParameter").status = status;
             setOf<double>("InputVolume", object(), input, 0.1);
-            EXPECT_EQ(graph_spy::calls(), Notes{setCall("mixer", inputPlace("0", input), "0.100000001")});
+            EXPECT_EQ(graph_spy::calls(), Notes{setCall("mixer", inputAddress("0", input), "0.100000001")});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, status);
         }
@@ -54,26 +54,26 @@ TEST_F(MixerInputs, AreEnabledByTheLowByteOfAWholeNumber)
         const char* why;
     } rows[] = {
         {0, 0, "zero"},
-        {0.5f, 0, "a half is no whole number"},
-        {0.99999f, 0, "nor is nearly one"},
+        {0.5f, 0, "0.5 truncates to 0"},
+        {0.99999f, 0, "0.99999 truncates to 0"},
         {1, 1, "one"},
-        {1.5f, 1, "and something"},
+        {1.5f, 1, "1.5 truncates to 1"},
         {2, 1, "two"},
-        {255, 1, "the greatest byte"},
-        {255.9f, 1, "and something"},
-        {256, 0, "its low byte is zero"},
-        {257, 1, "and this one's is not"},
-        {512, 0, "twice it"},
-        {-0.5f, 0, "toward zero"},
-        {-1, 1, "below zero"},
-        {-256, 0, "a low byte of zero"},
-        {16777215, 1, "the last odd one"},
-        {2147483648.0f, 0, "more than 32 bits with a sign"},
-        {1e20f, 0, "more than 64"},
-        {-1e20f, 0, "below"},
+        {255, 1, "the largest byte"},
+        {255.9f, 1, "255.9 truncates to 255"},
+        {256, 0, "a low byte of 0"},
+        {257, 1, "a low byte of 1"},
+        {512, 0, "a low byte of 0"},
+        {-0.5f, 0, "-0.5 truncates to 0"},
+        {-1, 1, "a low byte of 255"},
+        {-256, 0, "a low byte of 0"},
+        {16777215, 1, "the largest odd float"},
+        {2147483648.0f, 0, "above signed 32 bits"},
+        {1e20f, 0, "above 64 bits"},
+        {-1e20f, 0, "below 64 bits"},
         {float(inf), 0, "infinity"},
         {-float(inf), 0, "minus infinity"},
-        {NAN, 0, "no number"},
+        {NAN, 0, "not-a-number"},
     };
     for (const std::uint32_t input : inputs)
         for (const auto& row : rows) {
@@ -81,7 +81,7 @@ TEST_F(MixerInputs, AreEnabledByTheLowByteOfAWholeNumber)
             begin();
             graph_spy::answer("AudioUnitGetParameter").number = row.value;
             EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), input), row.isEnabled);
-            EXPECT_EQ(graph_spy::calls(), Notes{getCall("mixer", inputPlace("1", input))});
+            EXPECT_EQ(graph_spy::calls(), Notes{getCall("mixer", inputAddress("1", input))});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
         }
@@ -100,13 +100,13 @@ TEST_F(MixerInputs, AreEnabledAndDisabled)
                 graph_spy::answer("AudioUnitSetParameter").status = status;
                 setOf<HostBoolean>("InputEnabled", object(), input, value);
                 EXPECT_EQ(graph_spy::calls(),
-                          Notes{setCall("mixer", inputPlace("1", input), value ? "1" : "0")});
+                          Notes{setCall("mixer", inputAddress("1", input), value ? "1" : "0")});
                 EXPECT_EQ(seen(), Lasterrors{-1});
                 EXPECT_EQ(data().lasterror, status);
             }
 }
 
-TEST_F(MixerInputs, OfNoMixerAreAskedOfThePlatformAllTheSame)
+TEST_F(MixerInputs, CallThePlatformEvenBeforeALoad)
 {
     graph_spy::answer("AudioUnitGetParameter").status = -50;
     graph_spy::answer("AudioUnitSetParameter").status = -51;
@@ -123,7 +123,7 @@ TEST_F(MixerInputs, OfNoMixerAreAskedOfThePlatformAllTheSame)
                      getCall("null", "1, input, 3"), setCall("null", "1, input, 3", "1")}));
 }
 
-TEST_F(MixerInputs, LetNoExceptionOfThePlatformThrough)
+TEST_F(MixerInputs, CatchExceptionsOfThePlatform)
 {
     begin();
     graph_spy::platform().inEachCall = [](std::size_t) { throw Thrown(); };

@@ -1,5 +1,5 @@
-// A system that lacks the two names of platform functions that came later: this program is linked so that the
-// weak references to them are null.
+// A system without the two newer platform functions: this program is linked so that the weak references are
+// null.
 #include "tests/auplayer/good_load.h"
 #include "tests/support/detach_spy.h"
 
@@ -20,13 +20,13 @@ protected:
     }
 };
 
-TEST_F(OlderSystem, HasTheClassicTimePitchUnit)
+TEST_F(OlderSystem, UsesTheClassicTimePitchUnit)
 {
     EXPECT_TRUE(load());
     EXPECT_EQ(graph_spy::calls(), goodLoad(choices()));
 }
 
-TEST_F(OlderSystem, LoadsOnAThreadOfItsOwn)
+TEST_F(OlderSystem, LoadsOnAPosixThread)
 {
     std::thread::id loader;
     graph_spy::answer("ExtAudioFileRead").during = [&] { loader = std::this_thread::get_id(); };
@@ -41,7 +41,7 @@ TEST_F(OlderSystem, LoadsOnAThreadOfItsOwn)
               " 2 ch,  48000 Hz, 'lpcm' (0x00000009) 32-bit little-endian float");
 }
 
-TEST_F(OlderSystem, TellsAFailureOfItsThread)
+TEST_F(OlderSystem, ReportsAFailureOnTheThread)
 {
     graph_spy::answer("AUGraphInitialize").status = -10875;
     EXPECT_FALSE(load(2, 2, "LoadFileMT"));

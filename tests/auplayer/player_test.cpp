@@ -12,16 +12,16 @@ namespace auplayer_test {
 
 namespace {
 constexpr Word dataOffset = 48;
-constexpr std::size_t guardBytes = 64; // behind the class data
+constexpr std::size_t guardBytes = 64; // after the class data
 constexpr std::size_t objectBytes = dataOffset + sizeof(auplayer::AUPlayerData) + guardBytes;
 constexpr char guardByte = 0x5A;
 
-template <class Row, class IsWanted>
-const Row& find(const void* rows, Word count, IsWanted isWanted)
+template <class Row, class Matches>
+const Row& find(const void* rows, Word count, Matches matches)
 {
     const auto* row = static_cast<const Row*>(rows);
     for (Word i = 0; i < count; ++i)
-        if (isWanted(row[i])) return row[i];
+        if (matches(row[i])) return row[i];
     std::fputs("the class has no such member\n", stderr);
     std::abort();
 }
@@ -120,18 +120,18 @@ void PlayerTest::expectNothingLeft()
     for (std::size_t i = 0; i < objectBytes; ++i) {
         const bool isData = i >= dataOffset && i < dataOffset + sizeof(auplayer::AUPlayerData);
         if (!isData && memory_[i] != guardByte)
-            ADD_FAILURE() << "the object is written to outside its class data, at " << i;
+            ADD_FAILURE() << "a byte outside the class data changed, at " << i;
     }
     if (item_) {
         EXPECT_EQ(host().references(item_), 1) << "of the folder item";
         host().drop(item_);
         item_ = nullptr;
     }
-    EXPECT_EQ(host().live(), Notes()) << "host values are left over";
+    EXPECT_EQ(host().live(), Notes()) << "host values are left";
     EXPECT_EQ(host().faults(), Notes());
-    EXPECT_EQ(graph_spy::live(), Notes()) << "platform objects are left over";
+    EXPECT_EQ(graph_spy::live(), Notes()) << "platform objects are left";
     EXPECT_EQ(graph_spy::faults(), Notes());
-    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left over";
+    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left";
 }
 
 } // namespace auplayer_test

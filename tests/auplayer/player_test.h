@@ -1,5 +1,5 @@
-// An object of AUPlayerKVX in a small host, with a spy in the platform's place. Members are called as a host
-// calls them: by name, through the class table.
+// An object of AUPlayerKVX in a host in memory, with a spy instead of the platform. Members are called as a
+// host calls them: by name, through the class table.
 #pragma once
 
 #include "auplayer/au_player.h"
@@ -20,8 +20,7 @@ using Object = REALobjectStruct*;
 using FolderItem = REALfolderItemStruct*;
 using Notes = std::vector<std::string>;
 
-/// The row of that name; of methods, the one whose declaration begins so. One that the class has not ends the
-/// program.
+/// The property named `name`, or the method whose declaration begins so. The program ends if there is none.
 const REALproperty& propertyRow(std::string_view name);
 const REALmethod& methodRow(std::string_view beginning);
 
@@ -47,19 +46,19 @@ Result call(std::string_view beginning, Object object, Arguments... arguments)
                                                                                              arguments...);
 }
 
-/// A thing that the plug-in has never heard of, to be thrown at it.
+/// An exception type that the plug-in does not know.
 struct Thrown {};
 
-/// One host, one platform, one object, which the test destroys or the end does. At the end nothing is left
-/// over: no reference, no path, no file, no graph, no memory.
+/// One host, one platform, one object. The end of the test destroys the object if the test did not, and
+/// expects that no reference, URL, file, graph or memory is left.
 class PlayerTest : public testing::Test {
 protected:
     PlayerTest();
     ~PlayerTest() override;
 
-    /// Begin anew: another host, another platform, an object just constructed in memory of zeros.
+    /// Replace host, platform and object by new ones. The object is constructed in zeroed memory.
     void startOver(double hostVersion = 2016.0);
-    /// The object comes, and goes. Ends without an object do nothing.
+    /// Construct or destroy the object. Destruction without an object does nothing.
     void construct();
     void destruct();
 
@@ -67,7 +66,7 @@ protected:
     Object object() { return reinterpret_cast<Object>(memory_.get()); }
     auplayer::AUPlayerData& data();
 
-    /// The host never knew this name.
+    /// Make this service unknown to the host.
     void withhold(const std::string& service);
 
     /// Load the test's one folder item. `method` is "LoadFile" or "LoadFileMT".
@@ -78,7 +77,7 @@ protected:
     /// The exceptions raised, as "Class: message".
     Notes raised();
 
-    /// Destroy the object, let its fields' texts go as a host does, and expect that nothing is left over.
+    /// Destroy the object, release its strings as a host does, and expect that nothing is left.
     void expectNothingLeft();
 
 private:

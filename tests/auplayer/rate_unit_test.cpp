@@ -1,4 +1,4 @@
-// Which of the two rate units works.
+// The choice between the two rate units.
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cstdint>
@@ -42,11 +42,11 @@ TEST_F(RateUnit, IsChosenByBypassingTheOther)
                                   : (Notes{bypassCall("varispeed", "1"), bypassCall("timePitch", "0")}));
                     EXPECT_EQ(seen(), (Lasterrors{-1, first}));
                     EXPECT_EQ(data().lasterror, second);
-                    EXPECT_EQ(data().timePitchUnit, mode) << "whatever the units say to it";
+                    EXPECT_EQ(data().timePitchUnit, mode) << "also after a refusal";
                 }
 }
 
-TEST_F(RateUnit, OfAnyOtherNumberChangesNothing)
+TEST_F(RateUnit, AnUnknownNumberChangesNothing)
 {
     for (const HostInteger value : {HostInteger{3}, HostInteger{256}, HostInteger{257}, HostInteger{258},
                                     HostInteger{INT32_MAX}, HostInteger{INT32_MIN}}) {
@@ -59,7 +59,7 @@ TEST_F(RateUnit, OfAnyOtherNumberChangesNothing)
     }
 }
 
-TEST_F(RateUnit, IsChosenBeforeALoadWhateverThePlatformSays)
+TEST_F(RateUnit, IsStoredBeforeALoadEvenIfThePlatformRefuses)
 {
     for (const HostInteger value : {0, 1, 2}) {
         beginEmpty();
@@ -71,7 +71,7 @@ TEST_F(RateUnit, IsChosenBeforeALoadWhateverThePlatformSays)
     }
 }
 
-TEST_F(RateUnit, IsNotChosenWhereThePlatformThrows)
+TEST_F(RateUnit, IsNotStoredIfThePlatformThrows)
 {
     for (const std::size_t throwing : {0u, 1u}) {
         begin();

@@ -1,5 +1,4 @@
-// Rendering against a slow and plain reading of it: a byte at a time, positions in whole numbers without a
-// width.
+// Rendering against a slow, plain implementation: one byte at a time, with positions of 64 bits.
 #include "tests/auplayer/rendered_file.h"
 
 #include <gtest/gtest.h>
@@ -27,19 +26,19 @@ struct Reference {
 
     static std::uint32_t wrapped(double frame)
     {
-        if (!(std::fabs(frame) < 9e18)) return 0; // what a test gives is far from that, or is no number
+        if (!(std::fabs(frame) < 9e18)) return 0; // only not-a-number in these tests
         double low = std::fmod(std::trunc(frame), 4294967296.0);
         if (low < 0) low += 4294967296.0;
         return static_cast<std::uint32_t>(low);
     }
 
-    /// What stands in the buffers afterwards, which held Slice::before.
+    /// The buffers after the slice; their bytes were Slice::before.
     std::vector<std::vector<unsigned char>> render(std::uint32_t slice,
                                                    const std::vector<std::uint32_t>& sizes)
     {
         const std::uint64_t first = std::uint64_t{position} * channels * 4;
         const std::uint64_t inFile = samples.size() * 4;
-        const auto* const music = reinterpret_cast<const unsigned char*>(samples.data());
+        const auto* const file = reinterpret_cast<const unsigned char*>(samples.data());
 
         std::vector<std::vector<unsigned char>> buffers;
         bool isShort = position + std::uint64_t{slice} > frames();
@@ -49,7 +48,7 @@ struct Reference {
                 if (i > 0)
                     bytes.push_back(isShort ? 0 : Slice::before);
                 else if (first + at < inFile)
-                    bytes.push_back(music[static_cast<std::size_t>(first + at)]);
+                    bytes.push_back(file[static_cast<std::size_t>(first + at)]);
                 else
                     bytes.push_back(0);
             }
@@ -68,7 +67,7 @@ struct Reference {
     }
 };
 
-TEST(RenderReference, AgreesOverAHundredThousandSlices)
+TEST(RenderReference, AgreesIn100000Slices)
 {
     std::mt19937 random(20090401);
     const auto below = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
@@ -82,7 +81,7 @@ TEST(RenderReference, AgreesOverAHundredThousandSlices)
         const std::uint32_t frames = file.frames();
 
         for (int i = 0; i < 500; ++i, ++slices) {
-            // A hand at the controls, now and then.
+            // The host changes the controls now and then.
             if (below(20) == 0)
                 file->position = reference.position = below(4) ? below(frames + 10) : random();
             if (below(20) == 0) file->isLooping = reference.isLooping = below(3) != 0;
@@ -95,13 +94,13 @@ TEST(RenderReference, AgreesOverAHundredThousandSlices)
             std::vector<std::uint32_t> sizes = {4 * channels * slice};
             if (below(10) == 0) sizes[0] = below(3000);
             while (below(4) == 0) sizes.push_back(below(100));
-            std::vector<Slice::Shape> shapes;
-            for (const std::uint32_t size : sizes) shapes.push_back({channels, size});
+            std::vector<Slice::BufferLayout> layouts;
+            for (const std::uint32_t size : sizes) layouts.push_back({channels, size});
 
             straddles += reference.position < frames && reference.position + slice > frames;
             const std::uint32_t before = reference.position;
             const auto expected = reference.render(slice, sizes);
-            Slice rendered(shapes);
+            Slice rendered(layouts);
             file.render(rendered, slice);
             for (std::size_t b = 0; b < sizes.size(); ++b) ASSERT_EQ(rendered.bytes(b), expected[b]) << b;
             ASSERT_EQ(file->position, reference.position);
@@ -110,7 +109,7 @@ TEST(RenderReference, AgreesOverAHundredThousandSlices)
             ends += reference.position == frames;
         }
     }
-    EXPECT_GT(loops, 5000) << "it went through everything";
+    EXPECT_GT(loops, 5000) << "the scenarios cover loops, ends and straddling slices";
     EXPECT_GT(ends, 5000);
     EXPECT_GT(straddles, 1000);
 }

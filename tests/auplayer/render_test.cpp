@@ -1,4 +1,4 @@
-// The head of the graph: what each slice holds, and where the next one begins.
+// The render callback: the contents of each slice, and the start of the next.
 #include "tests/auplayer/rendered_file.h"
 #include "tests/support/c_library_spy.h"
 
@@ -17,7 +17,7 @@ using test::Slice;
 
 const std::uint32_t sliceSizes[] = {1, 512, 1156, 2048, 8192};
 
-TEST(Render, PlaysTheWholeFileBitForBitInSlicesOfAnySize)
+TEST(Render, RendersTheWholeFileBitForBitInSlicesOfAnySize)
 {
     for (const std::uint32_t channels : {1u, 2u, 6u})
         for (const std::uint32_t frames : {1u, 511u, 512u, 513u, 9000u, 16384u})
@@ -26,20 +26,20 @@ TEST(Render, PlaysTheWholeFileBitForBitInSlicesOfAnySize)
                 const Bits samples = noise(frames, channels);
                 RenderedFile file(samples, channels);
                 const std::uint32_t slices = (frames + slice - 1) / slice + 2;
-                Bits played;
+                Bits output;
                 for (std::uint32_t i = 0; i < slices; ++i) {
                     ASSERT_EQ(file->position, std::min(i * slice, frames));
                     const Bits rendered = file.render(slice);
                     ASSERT_EQ(file->lastRenderOffset, std::min(i * slice, frames) * channels);
-                    played.insert(played.end(), rendered.begin(), rendered.end());
+                    output.insert(output.end(), rendered.begin(), rendered.end());
                 }
                 ASSERT_EQ(file->position, frames);
-                // Until the end has been reached slices lie one behind the other, and so does what they hold.
-                ASSERT_TRUE(played == excerpt(samples, channels, 0, slices * slice));
+                // The slices form the file, followed by silence.
+                ASSERT_TRUE(output == excerpt(samples, channels, 0, slices * slice));
             }
 }
 
-TEST(Render, EdgesOfTheEnd)
+TEST(Render, EndsTheFileAtItsLastFrame)
 {
     constexpr std::uint32_t frames = 1000, channels = 2;
     const struct {
@@ -50,32 +50,32 @@ TEST(Render, EdgesOfTheEnd)
         {0, 0, 0, "no frames: nothing"},
         {0, 1, 1, "the first frame"},
         {0, 999, 999, "all but the last"},
-        {0, 1000, 1000, "the whole file in one slice is music to its last frame"},
-        {0, 1001, 1000, "and one frame of silence"},
-        {0, 8192, 1000, "or many"},
-        {487, 512, 999, "one short of the end"},
+        {0, 1000, 1000, "the whole file in one slice"},
+        {0, 1001, 1000, "the whole file and one frame of silence"},
+        {0, 8192, 1000, "the whole file and many frames of silence"},
+        {487, 512, 999, "one frame before the end"},
         {488, 512, 1000, "exactly to the end"},
-        {489, 512, 1000, "one past it"},
+        {489, 512, 1000, "one frame past the end"},
         {998, 1, 999, "the last frame but one"},
-        {999, 1, 1000, "the last"},
-        {999, 2, 1000, "the last, and one behind it"},
-        {999, 512, 1000, "the last, and many"},
-        {999, 0, 999, "no frames in front of the last"},
+        {999, 1, 1000, "the last frame"},
+        {999, 2, 1000, "the last frame, and one of silence"},
+        {999, 512, 1000, "the last frame, and many of silence"},
+        {999, 0, 999, "no frames, before the last"},
         {1000, 0, 1000, "no frames at the end"},
         {1000, 1, 1000, "at the end"},
-        {1000, 512, 1000, "at the end, longer"},
-        {1001, 1, 1000, "behind the end: the position comes back to it"},
-        {1001, 0, 1000, "without a frame, too"},
-        {100000, 512, 1000, "far behind it"},
-        {0x7FFFFFFF, 512, 1000, "the greatest signed position"},
-        {0x80000000, 512, 1000, "and the one behind it"},
-        {0xFFFFFE00, 512, 1000, "a slice that would end at 2^32"},
-        {0xFFFFFE01, 512, 1000, "and one that would go past it"},
-        {0xFFFFFFFF, 1, 1000, "the greatest position"},
-        {0xFFFFFFFF, 0, 1000, "the same, no frames"},
-        {0xFFFFFFFF, 512, 1000, "would come to 511"},
-        {0xFFFFFFFF, 8192, 1000, "would come to the end and past it"},
-        {0xFFFF5238, 512, 1000, "what -1 second is at 44 100 frames"},
+        {1000, 512, 1000, "at the end, a long slice"},
+        {1001, 1, 1000, "past the end: the position returns to it"},
+        {1001, 0, 1000, "past the end, no frames"},
+        {100000, 512, 1000, "far past the end"},
+        {0x7FFFFFFF, 512, 1000, "the largest signed position"},
+        {0x80000000, 512, 1000, "2^31"},
+        {0xFFFFFE00, 512, 1000, "the slice would end at 2^32"},
+        {0xFFFFFE01, 512, 1000, "the slice would end past 2^32"},
+        {0xFFFFFFFF, 1, 1000, "the largest position"},
+        {0xFFFFFFFF, 0, 1000, "the largest position, no frames"},
+        {0xFFFFFFFF, 512, 1000, "the sum would wrap to 511"},
+        {0xFFFFFFFF, 8192, 1000, "the sum would wrap past the end"},
+        {0xFFFF5238, 512, 1000, "-1 second at 44100 frames per second"},
     };
     const Bits samples = noise(frames, channels);
     for (const auto& row : rows) {
@@ -88,7 +88,7 @@ TEST(Render, EdgesOfTheEnd)
     }
 }
 
-TEST(Render, IsSilentForeverBehindTheEnd)
+TEST(Render, IsSilentAfterTheEnd)
 {
     RenderedFile file(noise(100, 2), 2);
     file->position = 99;
@@ -113,7 +113,7 @@ TEST(Render, AnEmptyFileIsSilence)
 
 TEST(Render, AFileWithoutSamplesIsSilence)
 {
-    // A read that failed leaves the counts, one that was never tried leaves nothing.
+    // After a failed read the counts are set; without a read they are 0.
     auplayer::LoadedAudio nothing = {}, counts = {};
     counts.frameCount = 1000;
     counts.format = {48000, kAudioFormatLinearPCM, kAudioFormatFlagsNativeFloatPacked, 8, 1, 8, 2, 32, 0};
@@ -134,7 +134,7 @@ TEST(Render, AFileWithoutSamplesIsSilence)
         }
 }
 
-// ---- buffers of other shapes ----
+// ---- other buffer layouts ----
 
 using Bytes = std::vector<unsigned char>;
 
@@ -144,7 +144,7 @@ Bytes bytesOf(const Bits& samples)
     return Bytes(first, first + 4 * samples.size());
 }
 
-TEST(Render, FillsTheFirstBufferAsFarAsThereIsRoomAndMusic)
+TEST(Render, FillsTheFirstBufferToItsEndOrTheFiles)
 {
     constexpr std::uint32_t frames = 1000, channels = 2, frame = 8;
     const struct {
@@ -153,27 +153,27 @@ TEST(Render, FillsTheFirstBufferAsFarAsThereIsRoomAndMusic)
         const char* why;
     } rows[] = {
         {0, 512, 512 * frame, 512 * frame, "the usual"},
-        {0, 512, 511 * frame, 511 * frame, "a frame less"},
+        {0, 512, 511 * frame, 511 * frame, "one frame less"},
         {0, 512, 512 * frame - 3, 512 * frame - 3, "not whole frames"},
-        {0, 512, 1, 1, "a byte"},
-        {0, 512, 0, 0, "none"},
-        {0, 512, 513 * frame, 513 * frame, "more than the slice: filled as it says"},
+        {0, 512, 1, 1, "one byte"},
+        {0, 512, 0, 0, "no bytes"},
+        {0, 512, 513 * frame, 513 * frame, "more than the slice: the buffer is filled"},
         {0, 512, 1000 * frame, 1000 * frame, "up to the end"},
-        {0, 512, 1001 * frame, 1000 * frame, "but not past it"},
-        {0, 512, 1000 * frame + 1, 1000 * frame, "by no byte"},
+        {0, 512, 1001 * frame, 1000 * frame, "one frame past the end"},
+        {0, 512, 1000 * frame + 1, 1000 * frame, "one byte past the end"},
         {488, 512, 512 * frame, 512 * frame, "exactly to the end"},
-        {488, 512, 512 * frame + 1, 512 * frame, "and a byte more"},
+        {488, 512, 512 * frame + 1, 512 * frame, "one byte past the end"},
         {900, 512, 512 * frame, 100 * frame, "past the end"},
-        {900, 512, 100 * frame, 100 * frame, "past the end, but not the buffer"},
-        {900, 512, 99 * frame, 99 * frame, "nor this one"},
-        {900, 512, 100 * frame + 1, 100 * frame, "this one by a byte"},
-        {999, 1, 100 * frame, 1 * frame, "the last frame in a large one"},
-        {999, 0, 100 * frame, 1 * frame, "asked for none"},
+        {900, 512, 100 * frame, 100 * frame, "the slice passes the end, the buffer does not"},
+        {900, 512, 99 * frame, 99 * frame, "the slice passes the end, the buffer is shorter"},
+        {900, 512, 100 * frame + 1, 100 * frame, "the buffer passes the end by one byte"},
+        {999, 1, 100 * frame, 1 * frame, "the last frame in a large buffer"},
+        {999, 0, 100 * frame, 1 * frame, "no frames, before the last"},
         {1000, 1, 100 * frame, 0, "at the end"},
-        {1000, 0, 100 * frame, 0, "at the end, asked for none"},
-        {0xFFFFFFFF, 512, 100 * frame, 0, "far behind it"},
+        {1000, 0, 100 * frame, 0, "at the end, no frames"},
+        {0xFFFFFFFF, 512, 100 * frame, 0, "far past the end"},
     };
-    const Bytes music = bytesOf(noise(frames, channels));
+    const Bytes fileBytes = bytesOf(noise(frames, channels));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         RenderedFile file(noise(frames, channels), channels);
@@ -182,14 +182,15 @@ TEST(Render, FillsTheFirstBufferAsFarAsThereIsRoomAndMusic)
         file.render(slice, row.slice);
 
         Bytes expected(row.bytes);
-        if (row.copied) std::copy_n(&music[std::size_t{row.position} * frame], row.copied, expected.begin());
+        if (row.copied)
+            std::copy_n(&fileBytes[std::size_t{row.position} * frame], row.copied, expected.begin());
         EXPECT_EQ(slice.bytes(), expected);
         EXPECT_EQ(file->position, std::min<std::uint64_t>(std::uint64_t{row.position} + row.slice, frames))
-            << "however large the buffer is";
+            << "whatever the size of the buffer";
     }
 }
 
-TEST(Render, OtherBuffersAreSilencedFromTheSliceOnThatReachesPastTheEnd)
+TEST(Render, SilencesOtherBuffersInSlicesPastTheEnd)
 {
     constexpr std::uint32_t frames = 1000;
     const Bits samples = noise(frames, 1);
@@ -211,7 +212,7 @@ TEST(Render, OtherBuffersAreSilencedFromTheSliceOnThatReachesPastTheEnd)
     }
 }
 
-TEST(Render, MovesOnWithoutMemoryToWriteTo)
+TEST(Render, AdvancesWithoutMemory)
 {
     for (const std::uint32_t position : {0u, 900u, 1000u, 0xFFFFFFFFu}) {
         RenderedFile file(noise(1000, 2), 2);
@@ -227,7 +228,7 @@ TEST(Render, MovesOnWithoutMemoryToWriteTo)
     }
 }
 
-// ---- what the audio thread may not do ----
+// ---- allocation and locks ----
 
 TEST(Render, AllocatesNothingAndTakesNoLock)
 {
@@ -250,7 +251,7 @@ TEST(Render, AllocatesNothingAndTakesNoLock)
     EXPECT_EQ(notes, std::vector<std::string>());
 }
 
-TEST(Render, TheWatchSeesAnAllocationAndAFree)
+TEST(Render, AnAllocationIsDetected)
 {
     watched::begin();
     const int before = watched::alarms();

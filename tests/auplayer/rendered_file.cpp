@@ -10,40 +10,41 @@
 
 namespace test {
 
-Slice::Slice(const std::vector<Shape>& shapes)
-    : shapes_(shapes), list_(new char[offsetof(AudioBufferList, mBuffers) +
-                                      std::max<std::size_t>(shapes.size(), 1) * sizeof(AudioBuffer)]())
+Slice::Slice(const std::vector<BufferLayout>& layouts)
+    : layouts_(layouts), list_(new char[offsetof(AudioBufferList, mBuffers) +
+                                        std::max<std::size_t>(layouts.size(), 1) * sizeof(AudioBuffer)]())
 {
-    list().mNumberBuffers = static_cast<UInt32>(shapes.size());
-    for (std::size_t i = 0; i < shapes.size(); ++i) {
-        memory_.emplace_back(new unsigned char[shapes[i].bytes]);
-        std::fill_n(memory_[i].get(), shapes[i].bytes, before);
+    list().mNumberBuffers = static_cast<UInt32>(layouts.size());
+    for (std::size_t i = 0; i < layouts.size(); ++i) {
+        memory_.emplace_back(new unsigned char[layouts[i].bytes]);
+        std::fill_n(memory_[i].get(), layouts[i].bytes, before);
         AudioBuffer& buffer = list().mBuffers[i];
-        buffer.mNumberChannels = shapes[i].channels;
-        buffer.mDataByteSize = shapes[i].bytes;
-        buffer.mData = shapes[i].isAbsent ? nullptr : memory_[i].get();
+        buffer.mNumberChannels = layouts[i].channels;
+        buffer.mDataByteSize = layouts[i].bytes;
+        buffer.mData = layouts[i].isAbsent ? nullptr : memory_[i].get();
     }
 }
 
 std::vector<unsigned char> Slice::bytes(std::size_t buffer) const
 {
-    return {memory_[buffer].get(), memory_[buffer].get() + shapes_[buffer].bytes};
+    return {memory_[buffer].get(), memory_[buffer].get() + layouts_[buffer].bytes};
 }
 
 Bits Slice::bits(std::size_t buffer) const
 {
-    Bits bits(shapes_[buffer].bytes / sizeof(float));
+    Bits bits(layouts_[buffer].bytes / sizeof(float));
     if (!bits.empty()) std::memcpy(bits.data(), memory_[buffer].get(), bits.size() * sizeof(float));
     return bits;
 }
 
 bool Slice::isIntact()
 {
-    bool isSame = list().mNumberBuffers == shapes_.size();
-    for (std::size_t i = 0; i < shapes_.size(); ++i) {
+    bool isSame = list().mNumberBuffers == layouts_.size();
+    for (std::size_t i = 0; i < layouts_.size(); ++i) {
         const AudioBuffer& buffer = list().mBuffers[i];
-        isSame &= buffer.mNumberChannels == shapes_[i].channels && buffer.mDataByteSize == shapes_[i].bytes &&
-                  buffer.mData == (shapes_[i].isAbsent ? nullptr : memory_[i].get());
+        isSame &= buffer.mNumberChannels == layouts_[i].channels &&
+                  buffer.mDataByteSize == layouts_[i].bytes &&
+                  buffer.mData == (layouts_[i].isAbsent ? nullptr : memory_[i].get());
     }
     return isSame;
 }
@@ -93,10 +94,10 @@ Bits RenderedFile::render(std::uint32_t frames)
 Bits noise(std::uint32_t frames, std::uint32_t channels)
 {
     Bits bits(frames * channels);
-    std::uint32_t state = 0x7F800001; // not a number, and one that processors like to change
+    std::uint32_t state = 0x7F800001; // a signalling not-a-number, which arithmetic would change
     for (std::uint32_t& each : bits) {
         each = state;
-        state = state * 1664525u + 1013904223u; // comes to every number once
+        state = state * 1664525u + 1013904223u; // a full-period generator
     }
     return bits;
 }

@@ -1,4 +1,4 @@
-// A file in memory as a load leaves it, rendered slice by slice as the graph does it.
+// A file in memory, as after a load, and its rendering in slices.
 #pragma once
 
 #include "auplayer/au_player.h"
@@ -9,39 +9,39 @@
 
 namespace test {
 
-/// Samples by their bits, so that not-a-number is compared like any other.
+/// Samples by their bits, so that not-a-numbers can be compared.
 using Bits = std::vector<std::uint32_t>;
 
-/// The buffers of one slice. Each stands in memory of exactly its size, for the address sanitizer.
+/// The buffers of one slice, each in memory of exactly its size for the address sanitizer.
 class Slice {
 public:
-    struct Shape {
+    struct BufferLayout {
         std::uint32_t channels;
         std::uint32_t bytes;
-        bool isAbsent = false; ///< has a size, and no memory
+        bool isAbsent = false; ///< a size without memory
     };
 
-    explicit Slice(const std::vector<Shape>& shapes);
+    explicit Slice(const std::vector<BufferLayout>& layouts);
 
     AudioBufferList& list() { return *reinterpret_cast<AudioBufferList*>(list_.get()); }
     std::vector<unsigned char> bytes(std::size_t buffer = 0) const;
     Bits bits(std::size_t buffer = 0) const;
 
-    /// Whether the list says what it said before.
+    /// Whether the list is unchanged.
     bool isIntact();
 
-    /// What each byte held before.
+    /// The value of every byte before rendering.
     static constexpr unsigned char before = 0xCD;
 
 private:
-    std::vector<Shape> shapes_;
+    std::vector<BufferLayout> layouts_;
     std::vector<std::unique_ptr<unsigned char[]>> memory_;
     std::unique_ptr<char[]> list_;
 };
 
 class RenderedFile {
 public:
-    /// `samples` are interleaved, and stand in memory of exactly their size.
+    /// `samples` are interleaved; the copy has exactly their size.
     RenderedFile(const Bits& samples, std::uint32_t channels);
     RenderedFile(const RenderedFile&) = delete;
     RenderedFile& operator=(const RenderedFile&) = delete;
@@ -53,9 +53,9 @@ public:
     /// Loop from `in` to `out`, in frames.
     void loop(double in, double out);
 
-    /// Render `frames` frames; a status but 0, or a list that was changed, fails the test.
+    /// Render `frames` frames; expects status 0 and an unchanged list.
     void render(Slice& slice, std::uint32_t frames);
-    Bits render(std::uint32_t frames); ///< into one buffer of just that size
+    Bits render(std::uint32_t frames); ///< into one buffer of that size
 
 private:
     std::unique_ptr<float[]> samples_;
@@ -63,10 +63,10 @@ private:
     auplayer::AUPlayerData data_ = {};
 };
 
-/// `frames` frames whose bits are all different, not-a-number and infinity among them.
+/// `frames` frames of different bit patterns, including not-a-number and infinity.
 Bits noise(std::uint32_t frames, std::uint32_t channels);
 
-/// `count` frames of `samples` from frame `begin` on, and silence where there are none.
+/// `count` frames of `samples` from frame `begin`, followed by silence.
 Bits excerpt(const Bits& samples, std::uint32_t channels, std::uint64_t begin, std::uint32_t count);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// LoadFileMT: the load on another thread, while the host's main thread yields.
+// LoadFileMT: the load runs on another thread while the main thread yields to the host.
 #include "plugin/host_array.h"
 #include "plugin/shared_word.h"
 #include "tests/auplayer/good_load.h"
@@ -23,7 +23,7 @@ protected:
     }
 };
 
-TEST_F(ThreadedLoad, AsksThePlatformForTheSameAsOneOnTheMainThread)
+TEST_F(ThreadedLoad, MakesTheSamePlatformCallsAsLoadFile)
 {
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_EQ(graph_spy::calls(), goodLoad());
@@ -33,22 +33,21 @@ TEST_F(ThreadedLoad, AsksThePlatformForTheSameAsOneOnTheMainThread)
     EXPECT_GE(yields(), 2);
 }
 
-TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnThisOne)
+TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnTheMainThread)
 {
     std::thread::id loader;
-    Notes duringTheLoad;
     graph_spy::answer("ExtAudioFileRead").during = [&] { loader = std::this_thread::get_id(); };
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_NE(loader, std::this_thread::get_id());
 
-    // The host in memory notes its calls without a lock: the thread sanitizer would tell of one from there.
+    // The host records calls without a lock, so the thread sanitizer reports one from the other thread.
     const Notes calls = host().calls();
     const auto lastYield = std::find(calls.rbegin(), calls.rend(), "REALYieldToRB()");
-    const Notes behind(lastYield.base(), calls.end());
-    EXPECT_EQ(std::count_if(behind.begin(), behind.end(),
+    const Notes afterwards(lastYield.base(), calls.end());
+    EXPECT_EQ(std::count_if(afterwards.begin(), afterwards.end(),
                             [](const std::string& call) { return call.find("REALBuildString(") == 0; }),
               2)
-        << "after the work, one text each";
+        << "one text per format, after the load";
     EXPECT_EQ(std::count_if(calls.begin(), lastYield.base(),
                             [](const std::string& call) { return call.find("REALBuildString(") == 0; }),
               0);
@@ -60,25 +59,24 @@ TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnThisOne)
 
 TEST_F(ThreadedLoad, YieldsUntilTheFileHasBeenRead)
 {
-    // The read ends when the host has been yielded to a hundred times.
-    constexpr int wanted = 100;
+    constexpr int readYields = 100; // the read lasts until the plug-in has yielded so often
     std::atomic<int> count{0};
     std::function<void()> yield;
     yield = [&] {
         ++count;
         EXPECT_EQ(call<REALmemoryBlockStruct*>("Data", object()), nullptr) << "nothing has been read";
-        if (count < wanted) host().inNext("REALYieldToRB", yield);
+        if (count < readYields) host().inNext("REALYieldToRB", yield);
     };
     host().inNext("REALYieldToRB", yield);
     graph_spy::answer("ExtAudioFileRead").during = [&] {
-        while (count < wanted) std::this_thread::yield();
+        while (count < readYields) std::this_thread::yield();
     };
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
-    EXPECT_EQ(count, wanted);
-    EXPECT_GE(yields(), wanted);
+    EXPECT_EQ(count, readYields);
+    EXPECT_GE(yields(), readYields);
 }
 
-TEST_F(ThreadedLoad, RefusesAnotherLoadThatItsHostBeginsMeanwhile)
+TEST_F(ThreadedLoad, RefusesASecondLoadDuringTheFirst)
 {
     FolderItem const another = host().newFolderItem();
     HostBoolean inner = 1;
@@ -126,7 +124,7 @@ void setIndexed(Object object, std::string_view method, T value)
     reinterpret_cast<void (*)(Object, std::uint32_t, T)>(methodRow(method).setter)(object, 0, value);
 }
 
-/// A field as the host gets at it, by its place in the class data: one load or store.
+/// A field as the host accesses it: by its offset in the class data, with one load or store.
 template <class T>
 T& field(Object object, std::string_view property)
 {
@@ -143,14 +141,14 @@ void write(Object object, std::string_view property, T value)
 {
     storeRelaxed(field<T>(object, property), value);
 }
-/// A handle is written with what it is, once it is: another would be the host program's own.
+/// Write a handle's own value, once it is set: another value would be the host program's responsibility.
 void rewrite(Object object, std::string_view property)
 {
     if (void* const handle = loadRelaxed(field<void*>(object, property)))
         storeRelaxed(field<void*>(object, property), handle);
 }
 
-/// What a host's program may do while it is yielded to. Each shares words with the load.
+/// Uses of a member by the host program during a load. Each shares fields with the load.
 struct Member {
     const char* name;
     void (*use)(Object, Host&);
@@ -240,9 +238,9 @@ const Member members[] = {
     // clang-format on
 };
 
-// The load waits before each platform call until the host has been yielded to, without an order between the
-// threads but the members' own: the thread sanitizer tells of the rest.
-TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberMeanwhile)
+// The load waits for a yield before each platform call. Only the members' own operations order the two
+// threads, so the thread sanitizer reports any missing synchronisation.
+TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberDuringTheLoad)
 {
     std::size_t next = 0, uses[std::size(members)] = {};
     for (int round = 0; round < (support::hasThreadSanitizer ? 25 : 2); ++round) {
@@ -267,7 +265,7 @@ TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberMeanwhile)
         };
         EXPECT_TRUE(load(2, 2, "LoadFileMT"));
         graph_spy::platform().inEachCall = nullptr;
-        EXPECT_GE(count, goodLoad().size() - 2) << "a yield for each call of the load's thread";
+        EXPECT_GE(count, goodLoad().size() - 2) << "one yield per call of the loading thread";
         EXPECT_EQ(raised(), Notes());
         const Notes calls = graph_spy::calls();
         for (const std::string& expected : goodLoad())
@@ -284,7 +282,7 @@ TEST_F(ThreadedLoad, WorksInAHostThatCannotYield)
     EXPECT_EQ(yields(), 0);
 }
 
-TEST_F(ThreadedLoad, FinishesForAHostThatThrowsWhileItIsYieldedTo)
+TEST_F(ThreadedLoad, FinishesAfterAnExceptionOfTheHost)
 {
     std::atomic<bool> hasThrown{false};
     host().inNext("REALYieldToRB", [&] {

@@ -1,4 +1,4 @@
-// Start, stop and reset: the platform's calls, and what `Lasterror` says of them.
+// Start, stop and reset: the platform calls and `Lasterror`.
 #include "tests/auplayer/watched_player_test.h"
 
 namespace {
@@ -7,7 +7,7 @@ using namespace auplayer_test;
 
 class Transport : public WatchedPlayerTest {
 protected:
-    /// A player with a graph, at a position.
+    /// Load a file and set a position.
     void begin()
     {
         WatchedPlayerTest::begin();
@@ -15,13 +15,13 @@ protected:
     }
 };
 
-const Notes asked = {"AUGraphIsRunning(graph1)"};
+const Notes queried = {"AUGraphIsRunning(graph1)"};
 const Notes started = {"AUGraphIsRunning(graph1)", "AUGraphStart(graph1)"};
 const Notes stopped = {"AUGraphIsRunning(graph1)", "AUGraphStop(graph1)"};
 
 constexpr OSStatus badQuery = -10860, badStart = -10863, badStop = -10862;
 
-TEST_F(Transport, StartsAndStopsWhatDoesNotYetOrStill)
+TEST_F(Transport, StartsAStoppedGraphAndStopsARunningOne)
 {
     enum Member { play, pause, playing };
     const struct {
@@ -31,34 +31,34 @@ TEST_F(Transport, StartsAndStopsWhatDoesNotYetOrStill)
         OSStatus query, start, stop;
         const Notes& calls;
         HostInteger lasterror;
-        bool runsThen;
+        bool runsAfterwards;
         const char* why;
     } rows[] = {
         // clang-format off
         //                 running query     start     stop
         {play,    0,       false, 0,        0,        0,       started, 0,        true,  "Play"},
-        {play,    0,       true,  0,        0,        0,       asked,   0,        true,  "Play, which does"},
+        {play,    0,       true,  0,        0,        0,       queried, 0,        true,  "Play while running"},
         {play,    0,       false, 0,        badStart, 0,       started, badStart, false, "Play, refused"},
-        {play,    0,       false, badQuery, 0,        0,       started, 0,        true,  "Play, nobody knows"},
-        {play,    0,       true,  badQuery, 0,        0,       started, 0,        true,  "Play, nobody knows that it does"},
-        {play,    0,       false, badQuery, badStart, 0,       started, badStart, false, "Play, nobody knows, and refused"},
+        {play,    0,       false, badQuery, 0,        0,       started, 0,        true,  "Play, state unknown"},
+        {play,    0,       true,  badQuery, 0,        0,       started, 0,        true,  "Play while running, state unknown"},
+        {play,    0,       false, badQuery, badStart, 0,       started, badStart, false, "Play, state unknown, refused"},
         {pause,   0,       true,  0,        0,        0,       stopped, 0,        false, "Pause"},
-        {pause,   0,       false, 0,        0,        0,       asked,   0,        false, "Pause, which does"},
+        {pause,   0,       false, 0,        0,        0,       queried, 0,        false, "Pause while stopped"},
         {pause,   0,       true,  0,        0,        badStop, stopped, badStop,  true,  "Pause, refused"},
-        {pause,   0,       true,  badQuery, 0,        0,       asked,   badQuery, true,  "Pause, nobody knows"},
-        {pause,   0,       false, badQuery, 0,        0,       asked,   badQuery, false, "Pause, nobody knows"},
+        {pause,   0,       true,  badQuery, 0,        0,       queried, badQuery, true,  "Pause while running, state unknown"},
+        {pause,   0,       false, badQuery, 0,        0,       queried, badQuery, false, "Pause while stopped, state unknown"},
         {playing, 1,       false, 0,        0,        0,       started, 0,        true,  "Playing = true"},
-        {playing, 1,       true,  0,        0,        0,       asked,   0,        true,  "Playing = true, which it is"},
+        {playing, 1,       true,  0,        0,        0,       queried, 0,        true,  "Playing = true while running"},
         {playing, 1,       false, 0,        badStart, 0,       started, badStart, false, "Playing = true, refused"},
-        {playing, 1,       false, badQuery, 0,        0,       started, 0,        true,  "Playing = true, nobody knows"},
+        {playing, 1,       false, badQuery, 0,        0,       started, 0,        true,  "Playing = true, state unknown"},
         {playing, 0,       true,  0,        0,        0,       stopped, 0,        false, "Playing = false"},
-        {playing, 0,       false, 0,        0,        0,       asked,   0,        false, "Playing = false, which it is"},
+        {playing, 0,       false, 0,        0,        0,       queried, 0,        false, "Playing = false while stopped"},
         {playing, 0,       true,  0,        0,        badStop, stopped, badStop,  true,  "Playing = false, refused"},
-        {playing, 0,       true,  badQuery, 0,        0,       asked,   badQuery, true,  "Playing = false, nobody knows"},
-        {playing, 2,       false, 0,        0,        0,       asked,   0,        false, "two is not true"},
-        {playing, 2,       true,  0,        0,        0,       asked,   0,        true,  "nor is it false"},
-        {playing, 255,     false, 0,        0,        0,       asked,   0,        false, "nor is any other"},
-        {playing, 255,     true,  0,        0,        0,       asked,   0,        true,  "either way"},
+        {playing, 0,       true,  badQuery, 0,        0,       queried, badQuery, true,  "Playing = false, state unknown"},
+        {playing, 2,       false, 0,        0,        0,       queried, 0,        false, "2 is not true"},
+        {playing, 2,       true,  0,        0,        0,       queried, 0,        true,  "2 is not false"},
+        {playing, 255,     false, 0,        0,        0,       queried, 0,        false, "255 is not true"},
+        {playing, 255,     true,  0,        0,        0,       queried, 0,        true,  "255 is not false"},
         // clang-format on
     };
     for (const auto& row : rows) {
@@ -82,13 +82,13 @@ TEST_F(Transport, StartsAndStopsWhatDoesNotYetOrStill)
         EXPECT_EQ(data().lasterror, row.lasterror);
         ASSERT_FALSE(seen().empty());
         EXPECT_EQ(seen().front(), -1);
-        EXPECT_EQ(graph_spy::platform().isRunning, row.runsThen);
+        EXPECT_EQ(graph_spy::platform().isRunning, row.runsAfterwards);
         EXPECT_EQ(data().position, 321u);
         EXPECT_EQ(raised(), Notes());
     }
 }
 
-TEST_F(Transport, TellsWhetherItPlays)
+TEST_F(Transport, ReturnsWhetherTheGraphRuns)
 {
     const struct {
         bool isRunning;
@@ -100,13 +100,13 @@ TEST_F(Transport, TellsWhetherItPlays)
         graph_spy::platform().isRunning = row.isRunning;
         graph_spy::answer("AUGraphIsRunning").status = row.status;
         EXPECT_EQ(get<HostBoolean>(object(), "Playing"), row.isPlaying);
-        EXPECT_EQ(graph_spy::calls(), asked);
+        EXPECT_EQ(graph_spy::calls(), queried);
         EXPECT_EQ(data().lasterror, row.status);
         EXPECT_EQ(seen(), Lasterrors{-1});
     }
 }
 
-TEST_F(Transport, WithoutAGraphPlayAndPauseAskNobody)
+TEST_F(Transport, PlayAndPauseMakeNoCallWithoutAGraph)
 {
     for (const char* method : {"Play", "Pause"}) {
         data().lasterror = 4711;
@@ -116,7 +116,7 @@ TEST_F(Transport, WithoutAGraphPlayAndPauseAskNobody)
     }
 }
 
-TEST_F(Transport, WithoutAGraphThePropertyAsksAllTheSame)
+TEST_F(Transport, PlayingCallsThePlatformEvenWithoutAGraph)
 {
     graph_spy::answer("AUGraphIsRunning").status = -50;
     graph_spy::answer("AUGraphStart").status = -51;
@@ -131,7 +131,7 @@ TEST_F(Transport, WithoutAGraphThePropertyAsksAllTheSame)
                                          "AUGraphIsRunning(null)", "AUGraphStart(null)"}));
 }
 
-TEST_F(Transport, ReusesAGraphAsOftenAsItIsAsked)
+TEST_F(Transport, RestartsTheGraphRepeatedly)
 {
     begin();
     for (int i = 0; i < 3; ++i) {
@@ -144,7 +144,7 @@ TEST_F(Transport, ReusesAGraphAsOftenAsItIsAsked)
 
 // ---- reset ----
 
-TEST_F(Transport, ResetsTheUnitsFromTheMixerOn)
+TEST_F(Transport, ResetsFiveUnitsInOrder)
 {
     begin();
     call<void>("Reset", object());
@@ -157,19 +157,19 @@ TEST_F(Transport, ResetsTheUnitsFromTheMixerOn)
     EXPECT_EQ(data().position, 321u);
 }
 
-TEST_F(Transport, ResetsOnPastAUnitThatRefuses)
+TEST_F(Transport, ResetsAllUnitsAfterARefusal)
 {
     for (std::size_t refusing = 0; refusing < 5; ++refusing) {
         begin();
         graph_spy::platform().refusals = {{refusing, -10867}};
         call<void>("Reset", object());
         EXPECT_EQ(graph_spy::calls().size(), 5u);
-        EXPECT_EQ(data().lasterror, refusing == 4 ? -10867 : 0) << "the last status stays";
+        EXPECT_EQ(data().lasterror, refusing == 4 ? -10867 : 0) << "the last status is kept";
         EXPECT_EQ(data().position, 321u);
     }
 }
 
-TEST_F(Transport, ResetsTheUnitsThatThereAre)
+TEST_F(Transport, ResetsOnlyExistingUnits)
 {
     const struct {
         AudioUnit auplayer::AUPlayerData::*unit;
@@ -203,7 +203,7 @@ TEST_F(Transport, ResetsNothingBeforeALoad)
 
 // ---- exceptions ----
 
-TEST_F(Transport, LetsNoExceptionOfThePlatformThrough)
+TEST_F(Transport, CatchesExceptionsOfThePlatform)
 {
     const struct {
         const char* function;

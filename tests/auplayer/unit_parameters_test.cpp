@@ -1,4 +1,4 @@
-// Levels and rates: which number of which unit, and what `Lasterror` says of it.
+// Levels and rates: the parameter of each property, and `Lasterror`.
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cmath>
@@ -15,10 +15,10 @@ using UnitParameters = WatchedPlayerTest;
 const struct {
     const char* name;
     const char* unit;
-    const char* place; ///< parameter, scope, element
-    bool isOfRate;     ///< also set on the varispeed
+    const char* address; ///< parameter, scope, element
+    bool isOfRate;       ///< also set on the varispeed unit
     bool isReadOnly;
-} numbers[] = {
+} parameters[] = {
     {"OutputVolume", "mixer", "0, output, 0", false, false},
     {"Pan", "mixer", "2, input, 0", false, false},
     {"MeterLevel", "mixer", "3000, input, 0", false, true},
@@ -31,21 +31,22 @@ const struct {
 
 TEST_F(UnitParameters, AreReadFromTheirUnit)
 {
-    for (const auto& row : numbers)
+    for (const auto& row : parameters)
         for (const float value : {0.0f, 1.0f, -0.5f, 0.1f, 1e-40f, 3e38f, -120.0f, float(inf)}) {
             SCOPED_TRACE(row.name);
             begin();
             graph_spy::answer("AudioUnitGetParameter").number = value;
-            EXPECT_EQ(get<double>(object(), row.name), static_cast<double>(value)) << "not a digit is added";
-            EXPECT_EQ(graph_spy::calls(), Notes{getCall(row.unit, row.place)});
+            EXPECT_EQ(get<double>(object(), row.name), static_cast<double>(value))
+                << "the float is widened exactly";
+            EXPECT_EQ(graph_spy::calls(), Notes{getCall(row.unit, row.address)});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
         }
 }
 
-TEST_F(UnitParameters, ReadZeroWhereTheUnitRefuses)
+TEST_F(UnitParameters, AreZeroAfterARefusal)
 {
-    for (const auto& row : numbers) {
+    for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
         begin();
         graph_spy::answer("AudioUnitGetParameter").status = refused;
@@ -55,15 +56,15 @@ TEST_F(UnitParameters, ReadZeroWhereTheUnitRefuses)
     }
 }
 
-TEST_F(UnitParameters, OfNoUnitAreAskedOfThePlatformAllTheSame)
+TEST_F(UnitParameters, CallThePlatformForReadsEvenBeforeALoad)
 {
-    for (const auto& row : numbers) {
+    for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
         beginEmpty();
         graph_spy::answer("AudioUnitGetParameter").status = -50;
         EXPECT_EQ(get<double>(object(), row.name), 0.0);
         EXPECT_EQ(data().lasterror, -50);
-        EXPECT_EQ(graph_spy::calls(), Notes{getCall("null", row.place)});
+        EXPECT_EQ(graph_spy::calls(), Notes{getCall("null", row.address)});
     }
 }
 
@@ -77,31 +78,31 @@ TEST_F(UnitParameters, AreWrittenInSinglePrecision)
         const char* why;
     } values[] = {
         {0, "0", "zero"},
-        {-0.0, "-0", "from the other side"},
+        {-0.0, "-0", "negative zero"},
         {1, "1", "one"},
         {-1, "-1", "minus one"},
-        {0.1, "0.100000001", "the nearest that there is"},
+        {0.1, "0.100000001", "the nearest float"},
         {-2400, "-2400", "cents"},
-        {16777217, "16777216", "one digit too many"},
+        {16777217, "16777216", "one bit too many"},
         {1e-50, "0", "too small"},
         {1e300, "inf", "too large"},
-        {-1e300, "-inf", "on the other side"},
+        {-1e300, "-inf", "too far below zero"},
         {inf, "inf", "infinity"},
-        {NAN, "nan", "no number"},
+        {NAN, "nan", "not-a-number"},
     };
-    for (const auto& row : numbers) {
+    for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
         if (row.isReadOnly) {
             EXPECT_EQ(propertyRow(row.name).setter, nullptr);
             continue;
         }
-        if (std::string(row.name) == "TimeRate") continue; // rounds first: below
+        if (std::string(row.name) == "TimeRate") continue; // rounded to hundredths first: tested below
         for (const auto& value : values) {
             SCOPED_TRACE(value.why);
             begin();
             set<double>(object(), row.name, value.value);
-            Notes expected = {setCall(row.unit, row.place, value.text)};
-            if (row.isOfRate) expected.push_back(setCall("varispeed", row.place, value.text));
+            Notes expected = {setCall(row.unit, row.address, value.text)};
+            if (row.isOfRate) expected.push_back(setCall("varispeed", row.address, value.text));
             EXPECT_EQ(graph_spy::calls(), expected);
             EXPECT_EQ(seen(), row.isOfRate ? (Lasterrors{-1, 0}) : Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
@@ -109,9 +110,9 @@ TEST_F(UnitParameters, AreWrittenInSinglePrecision)
     }
 }
 
-TEST_F(UnitParameters, ARateIsSetOnBothUnitsAndTheFirstTellsOfIt)
+TEST_F(UnitParameters, ARateIsSetOnBothUnitsAndTheFirstStatusIsKept)
 {
-    for (const auto& row : numbers) {
+    for (const auto& row : parameters) {
         if (!row.isOfRate) continue;
         for (const OSStatus timePitch : {OSStatus{0}, refused})
             for (const OSStatus varispeed : {0, -10879}) {
@@ -119,15 +120,15 @@ TEST_F(UnitParameters, ARateIsSetOnBothUnitsAndTheFirstTellsOfIt)
                 begin();
                 graph_spy::platform().refusals = {{0, timePitch}, {1, varispeed}};
                 set<double>(object(), row.name, 2);
-                EXPECT_EQ(graph_spy::calls(), (Notes{setCall("timePitch", row.place, "2"),
-                                                     setCall("varispeed", row.place, "2")}));
+                EXPECT_EQ(graph_spy::calls(), (Notes{setCall("timePitch", row.address, "2"),
+                                                     setCall("varispeed", row.address, "2")}));
                 EXPECT_EQ(seen(), (Lasterrors{-1, timePitch}));
                 EXPECT_EQ(data().lasterror, timePitch);
             }
     }
 }
 
-TEST_F(UnitParameters, ALevelThatIsRefusedTellsSo)
+TEST_F(UnitParameters, ARefusedLevelKeepsTheStatus)
 {
     for (const char* name : {"OutputVolume", "Pan"}) {
         begin();
@@ -138,15 +139,15 @@ TEST_F(UnitParameters, ALevelThatIsRefusedTellsSo)
     }
 }
 
-TEST_F(UnitParameters, OfNoUnitAreGivenToThePlatformAllTheSame)
+TEST_F(UnitParameters, CallThePlatformForWritesEvenBeforeALoad)
 {
-    for (const auto& row : numbers) {
+    for (const auto& row : parameters) {
         if (row.isReadOnly) continue;
         SCOPED_TRACE(row.name);
         beginEmpty();
         graph_spy::answer("AudioUnitSetParameter").status = -50;
         set<double>(object(), row.name, 1);
-        Notes expected = {setCall("null", row.place, "1")};
+        Notes expected = {setCall("null", row.address, "1")};
         if (row.isOfRate) expected.push_back(expected.front());
         EXPECT_EQ(graph_spy::calls(), expected);
         EXPECT_EQ(data().lasterror, -50);
@@ -162,29 +163,29 @@ TEST_F(UnitParameters, TheTimeRateIsRoundedDownToHundredths)
     } rows[] = {
         {0, 0, "zero"},
         {1, 1, "one"},
-        {1.239, 1.23f, "down"},
-        {1.231, 1.23f, "down, too"},
-        {1.24, 1.24f, "a hundredth"},
-        {-0.001, -0.01f, "down is away from zero below it"},
-        {-1.5, -1.5f, "but not from a hundredth"},
-        {-1.501, -1.51f, "down from it"},
-        {0.29, 0.28f, "a hundred times it is less than 29"},
-        {1.15, 1.14f, "and less than 115"},
-        {0.57, 0.56f, "and less than 57"},
-        {0.28, 0.28f, "but a hundred times this is 28 and more"},
-        {0.07, 0.07f, "and this is more than 7"},
+        {1.239, 1.23f, "rounded down"},
+        {1.231, 1.23f, "rounded down"},
+        {1.24, 1.24f, "whole hundredths"},
+        {-0.001, -0.01f, "below zero, down is away from zero"},
+        {-1.5, -1.5f, "negative whole hundredths"},
+        {-1.501, -1.51f, "rounded down below zero"},
+        {0.29, 0.28f, "100 times the double is below 29"},
+        {1.15, 1.14f, "100 times the double is below 115"},
+        {0.57, 0.56f, "100 times the double is below 57"},
+        {0.28, 0.28f, "100 times the double is above 28"},
+        {0.07, 0.07f, "100 times the double is above 7"},
         {std::nextafter(1.0, 0.0), 0.99f, "just below one"},
-        {std::nextafter(1.0, 2.0), 1, "just above it"},
-        {0.009999, 0, "less than one of them"},
+        {std::nextafter(1.0, 2.0), 1, "just above one"},
+        {0.009999, 0, "less than a hundredth"},
         {2, 2, "two"},
         {32, 32, "thirty-two"},
-        {167772.17, 167772.17f, "single precision comes after the rounding"},
-        {1e306, float(inf), "a huge one"},
-        {1e307, float(inf), "whose hundredths are infinitely many"},
-        {-1e300, -float(inf), "below"},
+        {167772.17, 167772.17f, "narrowed after the rounding"},
+        {1e306, float(inf), "above single precision"},
+        {1e307, float(inf), "100 times it is infinite"},
+        {-1e300, -float(inf), "below single precision"},
         {inf, float(inf), "infinity"},
         {-inf, -float(inf), "minus infinity"},
-        {NAN, NAN, "no number"},
+        {NAN, NAN, "not-a-number"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -197,7 +198,7 @@ TEST_F(UnitParameters, TheTimeRateIsRoundedDownToHundredths)
     }
 }
 
-TEST_F(UnitParameters, ThePeakLockingIsMoreThanAHalf)
+TEST_F(UnitParameters, PeakLockingIsEnabledAboveOneHalf)
 {
     const struct {
         float value;
@@ -226,7 +227,7 @@ TEST_F(UnitParameters, ThePeakLockingIsMoreThanAHalf)
     }
 }
 
-TEST_F(UnitParameters, ThePeakLockingIsSetOnBothUnits)
+TEST_F(UnitParameters, PeakLockingIsSetOnBothUnits)
 {
     for (const HostBoolean value : {0, 1, 2, 255})
         for (const OSStatus timePitch : {OSStatus{0}, refused}) {
@@ -243,10 +244,10 @@ TEST_F(UnitParameters, ThePeakLockingIsSetOnBothUnits)
 
 // ---- exceptions ----
 
-TEST_F(UnitParameters, LetNoExceptionOfThePlatformThrough)
+TEST_F(UnitParameters, CatchExceptionsOfThePlatform)
 {
     for (const std::size_t throwing : {0u, 1u}) {
-        for (const auto& row : numbers) {
+        for (const auto& row : parameters) {
             SCOPED_TRACE(row.name);
             begin();
             throwInCall(throwing);

@@ -1,4 +1,4 @@
-// A player whose `Lasterror` is looked at in every call that it makes of the platform.
+// A player whose `Lasterror` is recorded in each of its platform calls.
 #pragma once
 
 #include "tests/auplayer/player_test.h"
@@ -10,36 +10,37 @@ namespace auplayer_test {
 
 using Lasterrors = std::vector<HostInteger>;
 
-// How the spy notes the calls that read and write a number of a unit; `place` is parameter, scope, element.
-inline std::string getCall(const std::string& unit, const std::string& place)
+// The spy's text of the calls that read and write a unit's parameter; `address` is parameter, scope, element.
+inline std::string getCall(const std::string& unit, const std::string& address)
 {
-    return "AudioUnitGetParameter(" + unit + ", " + place + ")";
+    return "AudioUnitGetParameter(" + unit + ", " + address + ")";
 }
-inline std::string setCall(const std::string& unit, const std::string& place, const std::string& value)
+inline std::string setCall(const std::string& unit, const std::string& address, const std::string& value)
 {
-    return "AudioUnitSetParameter(" + unit + ", " + place + ", " + value + ", 0)"; // at the slice's start
+    return "AudioUnitSetParameter(" + unit + ", " + address + ", " + value +
+           ", 0)"; // at the start of the slice
 }
 
 class WatchedPlayerTest : public PlayerTest {
 protected:
-    ~WatchedPlayerTest() override { letBe(); }
+    ~WatchedPlayerTest() override { clearScripts(); }
 
-    /// Begin anew with a player without a file, and with one that has loaded the platform's.
+    /// Start over with a player that has no file, or with one that has loaded a file.
     void beginEmpty()
     {
-        letBe();
+        clearScripts();
         startOver();
         watch();
     }
     void begin()
     {
-        letBe();
+        clearScripts();
         startOver();
         ASSERT_TRUE(load());
         watch();
     }
 
-    /// Forget the calls, and note what `Lasterror` is in each from now on; it is 4711 before the first.
+    /// Forget the calls, set `Lasterror` to 4711, and record it in each further call.
     void watch()
     {
         graph_spy::forgetCalls();
@@ -50,7 +51,7 @@ protected:
     }
     const Lasterrors& seen() const { return seen_; }
 
-    /// Throw in the call of that number from now on.
+    /// Throw in the platform call with this number.
     static void throwInCall(std::size_t throwing)
     {
         graph_spy::platform().inEachCall = [=](std::size_t number) {
@@ -58,8 +59,8 @@ protected:
         };
     }
 
-    /// The platform does what it does by itself again: what the test made must still be given back.
-    static void letBe()
+    /// Remove all scripted results, so that the test's objects can be released.
+    static void clearScripts()
     {
         graph_spy::platform().inEachCall = nullptr;
         graph_spy::platform().refusals.clear();

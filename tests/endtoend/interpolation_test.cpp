@@ -1,5 +1,5 @@
-// What comes out of a device, for blocks and slices of all lengths and rates, is bit for bit what an
-// independent computation gives: seams between blocks and between slices included.
+// The output of a device is bit for bit that of the reference player, for blocks and slices of many lengths
+// and rates.
 #include "tests/endtoend/loaded.h"
 #include "tests/endtoend/reference_output.h"
 #include "tests/support/sound_samples.h"
@@ -22,28 +22,28 @@ struct Fact {
 
 // clang-format off
 const Fact facts[] = {
-    {1, 44100, 44100, 2,  512, {4096},               "equal rates: every sample as it is, on every channel"},
-    {2, 44100, 44100, 2,  512, {4096},               "likewise, a channel each"},
+    {1, 44100, 44100, 2,  512, {4096},               "equal rates: every sample unchanged, on every channel"},
+    {2, 44100, 44100, 2,  512, {4096},               "equal rates, stereo"},
     {1, 44100, 44100, 1,  512, {513},                "one frame into the second slice"},
-    {1, 44100, 44100, 2,  512, {512, 512, 512},      "seams of blocks and slices fall together"},
-    {1, 44100, 44100, 2,  512, {511, 1, 513, 1, 1},  "and do not"},
+    {1, 44100, 44100, 2,  512, {512, 512, 512},      "blocks and slices end together"},
+    {1, 44100, 44100, 2,  512, {511, 1, 513, 1, 1},  "blocks and slices end at different frames"},
     {2, 44100, 44100, 4,  512, {700, 300},           "further channels of the device stay silent"},
-    {1, 44100, 44100, 6,  100, {700, 300},           "mono goes to all"},
-    {2, 44100, 44100, 1,   64, {200, 200},           "a device of one channel gets the left one"},
+    {1, 44100, 44100, 6,  100, {700, 300},           "mono goes to all channels"},
+    {2, 44100, 44100, 1,   64, {200, 200},           "a device of one channel gets the left channel"},
     {1, 22050, 44100, 2,  512, {3000, 3000},         "half the rate: midpoints"},
     {2, 22050, 44100, 2,  511, {3001, 2999},         "an odd slice"},
-    {1, 44100, 48000, 2,  512, {4000, 4000, 4000},   "a ratio that no binary fraction holds"},
-    {2, 44100, 48000, 2,  512, {4000, 4000, 4000},   "likewise, single precision between neighbours"},
-    {1, 48000, 44100, 2,  512, {4000, 4000, 4000},   "downwards: frames are skipped"},
-    {2, 48000, 44100, 2,  512, {4000, 4000, 4000},   "likewise"},
-    {1,  8000, 44100, 2,  512, {500, 500, 500},      "far upwards: slices end between neighbours, at seams too"},
-    {2,  8000, 44100, 2,   16, {50, 50, 50, 50},     "short slices: many begin behind the seam that look-ahead crossed"},
+    {1, 44100, 48000, 2,  512, {4000, 4000, 4000},   "a ratio without an exact binary fraction"},
+    {2, 44100, 48000, 2,  512, {4000, 4000, 4000},   "the same in stereo, which uses single precision"},
+    {1, 48000, 44100, 2,  512, {4000, 4000, 4000},   "a lower device rate: frames are skipped"},
+    {2, 48000, 44100, 2,  512, {4000, 4000, 4000},   "the same in stereo"},
+    {1,  8000, 44100, 2,  512, {500, 500, 500},      "a much higher device rate: slices end between neighbours"},
+    {2,  8000, 44100, 2,   16, {50, 50, 50, 50},     "short slices: many begin after a seam"},
     {1,  8000, 44100, 2,    1, {5, 4, 3, 2, 1},      "one frame at a time"},
-    {1, 96000, 44100, 2,  128, {1000, 3, 1000},      "a short block in a wide stride"},
-    {2, 96000,  8000, 2,  128, {1000, 24, 1000},     "a stride of twelve frames"},
-    {1, 44100.5f, 44100, 2, 512, {2000, 2000},       "a rate that is no whole number"},
-    {0, 44100, 48000, 2,  512, {2000, 2000},         "no channels play as one"},
-    {3, 44100, 48000, 2,  512, {2000, 2000},         "three as well"},
+    {1, 96000, 44100, 2,  128, {1000, 3, 1000},      "a block shorter than the step"},
+    {2, 96000,  8000, 2,  128, {1000, 24, 1000},     "a step of twelve frames"},
+    {1, 44100.5f, 44100, 2, 512, {2000, 2000},       "a fractional rate"},
+    {0, 44100, 48000, 2,  512, {2000, 2000},         "0 channels play as mono"},
+    {3, 44100, 48000, 2,  512, {2000, 2000},         "3 channels play as mono"},
 };
 // clang-format on
 
@@ -57,17 +57,17 @@ void queue(host::Object& player, ReferenceOutput& reference, const Fact& fact)
     }
 }
 
-void expectSame(const std::vector<float>& heard, const std::vector<float>& expected)
+void expectSame(const std::vector<float>& captured, const std::vector<float>& expected)
 {
-    ASSERT_EQ(heard.size(), expected.size());
+    ASSERT_EQ(captured.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i)
-        if (!(heard[i] == expected[i])) {
-            FAIL() << "sample " << i << " of " << expected.size() << " is " << heard[i] << ", not "
+        if (!(captured[i] == expected[i])) {
+            FAIL() << "sample " << i << " of " << expected.size() << " is " << captured[i] << ", not "
                    << expected[i];
         }
 }
 
-TEST(Interpolation, IsBitForBitThatOfTheReference)
+TEST(Interpolation, EqualsTheReferenceBitForBit)
 {
     Loaded loaded;
     for (const Fact& fact : facts) {
@@ -88,9 +88,9 @@ TEST(Interpolation, IsBitForBitThatOfTheReference)
     EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(Interpolation, TakesUpAgainAfterAnUnderflow)
+TEST(Interpolation, ContinuesAfterAnUnderflow)
 {
-    // What falls before the read position when data returns is skipped; the position stands still meanwhile.
+    // The position stands still during an underflow. Samples before it are skipped when data returns.
     Loaded loaded;
     SteppedDevice device(44100, 2, 64);
     host::Object player = loaded.host.create(playerClass);
@@ -105,7 +105,7 @@ TEST(Interpolation, TakesUpAgainAfterAnUnderflow)
         const auto noise = support::makeNoise(30000, 1, 500, seed);
         ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
         reference.add(noise.samples);
-        for (int i = 0; i < 20; ++i) { // runs dry on the way
+        for (int i = 0; i < 20; ++i) { // the queue runs empty
             ASSERT_EQ(device.step(64), 64u);
             reference.play(64, 2);
         }
@@ -117,8 +117,7 @@ TEST(Interpolation, TakesUpAgainAfterAnUnderflow)
     player.call("Stop");
 }
 
-// The yardstick itself, against figures worked out on paper.
-TEST(Interpolation, OfTheReferenceIsRightByHand)
+TEST(Interpolation, OfTheReferenceEqualsValuesComputedByHand)
 {
     ReferenceOutput half(1, 22050, 44100);
     half.add({1.0f, 0.0f});
@@ -126,7 +125,7 @@ TEST(Interpolation, OfTheReferenceIsRightByHand)
     half.play(6, 1);
     EXPECT_EQ(half.played(), (std::vector<float>{1.0f, 0.5f, 0.0f, -0.5f, -1.0f, -0.5f}));
     half.play(6, 1);
-    EXPECT_FALSE(half.isRunning()) << "the look-ahead has left the last block behind";
+    EXPECT_FALSE(half.isRunning()) << "the look-ahead has freed the last block";
 
     ReferenceOutput stereo(2, 44100, 44100);
     stereo.add({0.1f, 0.2f, 0.3f, 0.4f});
@@ -139,7 +138,7 @@ TEST(Interpolation, OfTheReferenceIsRightByHand)
     seam.play(3, 1);
     seam.play(2, 1);
     EXPECT_EQ(seam.played(), (std::vector<float>{1.0f, 0.75f, 0.5f, 0.125f, 0.25f}))
-        << "in the second slice the left neighbour went with the first block";
+        << "the left neighbour was freed with the first block";
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The eight methods that take memory blocks: which count they use, and when they start the player.
+// The eight adding and playing methods: the count that they use, and when they start the player.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -44,14 +44,14 @@ HostBoolean call(const Method& method, const PlayerObject& object, Memory block1
 
 class PlayerAddingMethods : public test::FreshPlatform {
 protected:
-    /// Samples that `bytes` bytes of each block make, in the queue's count.
+    /// The queue's count of samples for `bytes` bytes of each block.
     static int samples(const Method& method, int bytes)
     {
         return bytes / (method.isFloat ? 4 : 2) * (method.isStereo ? 2 : 1);
     }
 };
 
-TEST_F(PlayerAddingMethods, TakeTheWholeFirstBlockWhenTheCountIsZero)
+TEST_F(PlayerAddingMethods, ACountOfZeroMeansTheWholeFirstBlock)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -60,11 +60,11 @@ TEST_F(PlayerAddingMethods, TakeTheWholeFirstBlockWhenTheCountIsZero)
         const host::Block first(Bytes(16, 0)), second(Bytes(32, 0));
         EXPECT_EQ(call(method, object, first, second), 1);
         EXPECT_EQ(object->queue[0].count, samples(method, 16));
-        EXPECT_EQ(host::sizesAsked(), 1) << "only the first block is asked";
+        EXPECT_EQ(host::sizeCalls(), 1) << "only the first block's size is read";
     }
 }
 
-TEST_F(PlayerAddingMethods, TakeTheCountThatIsGiven)
+TEST_F(PlayerAddingMethods, UseTheGivenCount)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -73,18 +73,16 @@ TEST_F(PlayerAddingMethods, TakeTheCountThatIsGiven)
         const host::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block, {0, 8, 16, 0}), 1);
         EXPECT_EQ(object->queue[0].count, samples(method, 8));
-        EXPECT_EQ(host::sizesAsked(), 0);
+        EXPECT_EQ(host::sizeCalls(), 0);
     }
 }
 
-// The default count is not reduced by the offset: whoever gives an offset gives a count, or has memory behind
-// it.
-TEST_F(PlayerAddingMethods, TakeTheWholeSizeEvenBehindAnOffset)
+TEST_F(PlayerAddingMethods, AnOffsetDoesNotReduceTheDefaultCount)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
         const PlayerObject object;
-        // 16 bytes by its own account, with 8 more behind them.
+        // The block reports 16 bytes; 8 more follow in memory.
         Bytes bytes(24, 0);
         bytes[8] = 1;
         host::Block first(bytes), second(bytes);
@@ -105,12 +103,11 @@ TEST_F(PlayerAddingMethods, WithoutTheSizeServiceAZeroCountStaysZero)
         EXPECT_EQ(call(method, object, block, block), 0);
         EXPECT_EQ(object->queueCount, 0);
         EXPECT_TRUE(host::raised().empty());
-        EXPECT_EQ(call(method, object, block, block, {0, 8, 16, 0}), 1)
-            << "a count of one's own does without it";
+        EXPECT_EQ(call(method, object, block, block, {0, 8, 16, 0}), 1) << "an explicit count needs no size";
     }
 }
 
-TEST_F(PlayerAddingMethods, AskNoSizeOfANilBlock)
+TEST_F(PlayerAddingMethods, DoNotReadTheSizeOfANilBlock)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
@@ -118,19 +115,19 @@ TEST_F(PlayerAddingMethods, AskNoSizeOfANilBlock)
         const PlayerObject object;
         const host::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, nullptr, block), 0);
-        EXPECT_EQ(host::sizesAsked(), 0);
+        EXPECT_EQ(host::sizeCalls(), 0);
         EXPECT_EQ(host::raised().size(), method.isFloat ? 0u : 1u);
         EXPECT_EQ(object->isRunning, 0);
         EXPECT_EQ(spy::calls(), std::vector<std::string>());
         if (!method.isStereo) continue;
         host::load();
         EXPECT_EQ(call(method, object, block, nullptr), 0);
-        EXPECT_EQ(host::sizesAsked(), 1);
+        EXPECT_EQ(host::sizeCalls(), 1);
         EXPECT_EQ(host::raised().size(), method.isFloat ? 0u : 1u);
     }
 }
 
-TEST_F(PlayerAddingMethods, AddFloatAudioWithANilBlockIsFalseAndAddAudioRaises)
+TEST_F(PlayerAddingMethods, ANilBlockMakesAddFloatAudioFalseAndAddAudioRaise)
 {
     const PlayerObject object;
     EXPECT_EQ(call(methods[1], object, nullptr, nullptr), 0);
@@ -139,7 +136,7 @@ TEST_F(PlayerAddingMethods, AddFloatAudioWithANilBlockIsFalseAndAddAudioRaises)
     ASSERT_EQ(host::raised().size(), 1u);
     EXPECT_EQ(host::raised()[0].className, "NilObjectException");
     EXPECT_EQ(host::raised()[0].message, "Memoryblock is nil");
-    EXPECT_EQ(host::livingValues(), 0);
+    EXPECT_EQ(host::liveValues(), 0);
 }
 
 TEST_F(PlayerAddingMethods, AnEmptyBlockIsRefused)
@@ -154,7 +151,7 @@ TEST_F(PlayerAddingMethods, AnEmptyBlockIsRefused)
     }
 }
 
-TEST_F(PlayerAddingMethods, ClearBuffersPutsTheNewOneInPlaceOfAllThatWaits)
+TEST_F(PlayerAddingMethods, ClearBuffersReplacesAllWaitingBuffers)
 {
     for (const Method& method : methods)
         for (const HostBoolean clearBuffers : {0, 1}) {
@@ -196,7 +193,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsQueueAndStart)
     }
 }
 
-TEST_F(PlayerAddingMethods, PlayingOnARunningPlayerQueuesAndReturnsTrueWithoutRestarting)
+TEST_F(PlayerAddingMethods, PlayingMethodsDoNotRestartARunningPlayer)
 {
     for (const Method& method : methods) {
         if (!method.plays) continue;
@@ -216,7 +213,7 @@ TEST_F(PlayerAddingMethods, PlayingOnARunningPlayerQueuesAndReturnsTrueWithoutRe
     }
 }
 
-TEST_F(PlayerAddingMethods, PlayingMethodsReturnFalseWhenTheStartFailsAndKeepTheBuffer)
+TEST_F(PlayerAddingMethods, PlayingMethodsKeepTheBufferWhenTheStartFails)
 {
     for (const Method& method : methods)
         for (const spy::Function refusing :
@@ -233,7 +230,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsReturnFalseWhenTheStartFailsAndKeepThe
         }
 }
 
-TEST_F(PlayerAddingMethods, PlayingMethodsStartNothingWhenTheBufferIsRefused)
+TEST_F(PlayerAddingMethods, PlayingMethodsDoNotStartWhenTheBufferIsRefused)
 {
     for (const Method& method : methods) {
         if (!method.plays) continue;
@@ -250,8 +247,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsStartNothingWhenTheBufferIsRefused)
     }
 }
 
-// A refused buffer is refused on a running player, too.
-TEST_F(PlayerAddingMethods, PlayingOnARunningPlayerIsFalseWhenTheBufferIsRefused)
+TEST_F(PlayerAddingMethods, PlayingMethodsReturnFalseForARefusedBufferOnARunningPlayer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.start());

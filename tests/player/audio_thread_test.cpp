@@ -1,4 +1,4 @@
-// What the I/O procedure may not do: allocate, or touch a player that is no longer its own.
+// The I/O procedure allocates nothing, and does not touch the player after it has stopped.
 #include "player/ingestion.h"
 
 #include "tests/player/fresh_platform.h"
@@ -25,16 +25,16 @@ using Floats = std::vector<float>;
 
 class PlayerAudioThread : public test::FreshPlatform {};
 
-// ---- the allocation alarm ----
+// ---- allocation ----
 
-/// One cycle in which nothing may be allocated.
+/// One cycle during which an allocation is refused and counted.
 void guardedCycle(const PlayerObject& object, test::Slice& slice)
 {
     const watched::NoAllocation audioThread;
-    test::cycle(object, slice);
+    test::runCycle(object, slice);
 }
 
-TEST_F(PlayerAudioThread, AllocatesNothingWhateverItRenders)
+TEST_F(PlayerAudioThread, AllocatesNothing)
 {
     const int before = watched::alarms();
     for (const std::int32_t channels : {1, 2})
@@ -48,29 +48,29 @@ TEST_F(PlayerAudioThread, AllocatesNothingWhateverItRenders)
                     object->noUnderflow = noUnderflow;
                     for (int i = 0; i < 20; ++i) ASSERT_TRUE(object.add(Floats(100, 0.5f)));
                     ASSERT_TRUE(object.start());
-                    test::Slice slice({test::shape(2, 256), test::shape(1, 256)});
+                    test::Slice slice({test::layout(2, 256), test::layout(1, 256)});
                     for (int i = 0; i < 20 && object->isRunning; ++i) guardedCycle(object, slice);
                     object->stopRequested = endsByRequest;
                     object->noUnderflow = 0;
                     for (int i = 0; i < 200 && object->isRunning; ++i) guardedCycle(object, slice);
-                    EXPECT_TRUE(rate == 1.0f || !object->isRunning) << "it came through every branch";
+                    EXPECT_TRUE(rate == 1.0f || !object->isRunning)
+                        << "the player has stopped: every branch ran";
                 }
     EXPECT_EQ(watched::alarms(), before);
 }
 
-/// An I/O procedure that allocates as nobody would notice: the player's own code, called where it must not
-/// be.
-OSStatus careless(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
-                  AudioBufferList*, const AudioTimeStamp*, void* client)
+/// An I/O procedure that allocates: it calls player code for the main thread.
+OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*,
+                             const AudioTimeStamp*, AudioBufferList*, const AudioTimeStamp*, void* client)
 {
-    const host::Block block(std::vector<unsigned char>(8, 0)); // rings, too: operator new
+    const host::Block block(std::vector<unsigned char>(8, 0)); // operator new is detected, too
     player::AddSomeFloatAudio(*static_cast<player::AudioPlayerData*>(client), block, 0, 8, false);
     return 0;
 }
 
-TEST_F(PlayerAudioThread, TheAlarmRings)
+TEST_F(PlayerAudioThread, EveryKindOfAllocationIsDetected)
 {
-    const auto ringsFor = [](auto&& allocate) {
+    const auto isDetected = [](auto&& allocate) {
         const int before = watched::alarms();
         bool wasRefused;
         {
@@ -85,10 +85,10 @@ TEST_F(PlayerAudioThread, TheAlarmRings)
         std::free(memory);
         return isNull;
     };
-    EXPECT_TRUE(ringsFor([&] { return memory = std::malloc(8), refused(); }));
-    EXPECT_TRUE(ringsFor([&] { return memory = std::calloc(2, 4), refused(); }));
-    EXPECT_TRUE(ringsFor([&] { return memory = std::realloc(nullptr, 8), refused(); }));
-    EXPECT_TRUE(ringsFor([&] {
+    EXPECT_TRUE(isDetected([&] { return memory = std::malloc(8), refused(); }));
+    EXPECT_TRUE(isDetected([&] { return memory = std::calloc(2, 4), refused(); }));
+    EXPECT_TRUE(isDetected([&] { return memory = std::realloc(nullptr, 8), refused(); }));
+    EXPECT_TRUE(isDetected([&] {
         try {
             memory = ::operator new(8);
             ::operator delete(memory);
@@ -97,7 +97,7 @@ TEST_F(PlayerAudioThread, TheAlarmRings)
             return true;
         }
     }));
-    EXPECT_TRUE(ringsFor([&] {
+    EXPECT_TRUE(isDetected([&] {
         try {
             memory = ::operator new[](8);
             ::operator delete[](memory);
@@ -108,11 +108,11 @@ TEST_F(PlayerAudioThread, TheAlarmRings)
     }));
 }
 
-TEST_F(PlayerAudioThread, TheAlarmRingsInThePlayersOwnCode)
+TEST_F(PlayerAudioThread, AllocationsInThePlayersCodeAreDetected)
 {
     const PlayerObject object;
     const host::Block block(std::vector<unsigned char>(8, 0));
-    ASSERT_TRUE(object.add({1})); // the host's services are found now; looking them up is the host's business
+    ASSERT_TRUE(object.add({1})); // looks up the host's services, which may allocate
     const int before = watched::alarms();
     {
         const watched::NoAllocation audioThread;
@@ -120,45 +120,44 @@ TEST_F(PlayerAudioThread, TheAlarmRingsInThePlayersOwnCode)
     }
     EXPECT_EQ(watched::alarms(), before + 1);
     EXPECT_TRUE(player::AddSomeFloatAudio(object.data(), block, 0, 8, false));
-    EXPECT_EQ(watched::alarms(), before + 1) << "on the main thread it is silent";
+    EXPECT_EQ(watched::alarms(), before + 1) << "allocation on the main thread is allowed";
 }
 
-TEST_F(PlayerAudioThread, TheAlarmRingsInAnIOProcedure)
+TEST_F(PlayerAudioThread, AllocationsInAnIOProcedureAreDetected)
 {
     const PlayerObject object;
-    object->ioProc = careless;
-    test::Slice slice({test::shape(1, 4)});
+    object->ioProc = allocatingProcedure;
+    test::Slice slice({test::layout(1, 4)});
     const int before = watched::alarms();
     EXPECT_THROW(guardedCycle(object, slice), std::bad_alloc);
     EXPECT_GT(watched::alarms(), before);
 }
 
-TEST_F(PlayerAudioThread, MayFreeAndTakeTheQueuesLock)
+TEST_F(PlayerAudioThread, FreesAndLocksOnceForEachBuffer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1}));
     ASSERT_TRUE(object.add({2}));
     ASSERT_TRUE(object.start());
-    test::Slice slice({test::shape(1, 2)});
+    test::Slice slice({test::layout(1, 2)});
     watched::begin();
-    test::cycle(object, slice);
+    test::runCycle(object, slice);
     EXPECT_EQ(watched::end(), (std::vector<std::string>{"lock", "unlock", "free", "lock", "unlock", "free",
                                                         "lock", "unlock"}))
-        << "once for each buffer, and once for none";
+        << "once for each buffer, and once for the empty queue";
 }
 
-// ---- after the player has left the device ----
+// ---- the last access ----
 
 #if !defined(__has_feature)
 #define __has_feature(feature) 0
 #endif
 
-// Once isRunning is clear, the host may have freed the record. So clearing it is the very last access: every
-// access from the removal on is caught, one instruction at a time.
-TEST_F(PlayerAudioThread, ClearsIsRunningAsTheLastThingItDoesToTheRecord)
+// The host may free the record once isRunning is clear. Every access after the removal is recorded.
+TEST_F(PlayerAudioThread, ClearsIsRunningAsItsLastAccess)
 {
 #if __has_feature(thread_sanitizer)
-    GTEST_SKIP() << "this sanitizer handles the signals itself; the race below is its way to see it";
+    GTEST_SKIP() << "this sanitizer handles the signals itself";
 #endif
     for (const bool isStopRequested : {false, true}) {
         SCOPED_TRACE(isStopRequested);
@@ -171,7 +170,7 @@ TEST_F(PlayerAudioThread, ClearsIsRunningAsTheLastThingItDoesToTheRecord)
         }
         player.isRunning = 1;
         player.stopRequested = isStopRequested;
-        test::Slice slice({test::shape(1, 4)});
+        test::Slice slice({test::layout(1, 4)});
         const AudioTimeStamp time = {};
         AudioBufferList noInput = {};
         const AudioDeviceIOProc procedure = player.ioProc;
@@ -187,8 +186,7 @@ TEST_F(PlayerAudioThread, ClearsIsRunningAsTheLastThingItDoesToTheRecord)
     }
 }
 
-// The watch itself sees reads and writes, in order.
-TEST_F(PlayerAudioThread, TheWatchSeesEveryAccess)
+TEST_F(PlayerAudioThread, RecordedAccessesAreReadsAndWritesInOrder)
 {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP();
@@ -210,8 +208,7 @@ TEST_F(PlayerAudioThread, TheWatchSeesEveryAccess)
     EXPECT_TRUE(accesses[2].isWrite);
 }
 
-/// A device with a thread of its own, which turns the cycle until the procedure has removed itself, then
-/// ends.
+/// A device whose thread runs cycles until the procedure has removed itself.
 class RunningDevice {
 public:
     explicit RunningDevice(AudioDeviceIOProc procedure, void* client)
@@ -228,7 +225,7 @@ public:
     }
     ~RunningDevice() { thread_.join(); }
 
-    /// Called from the procedure.
+    /// Called by the procedure, through the spy.
     static void remove() { isRemoved_.store(true, std::memory_order_relaxed); }
     static void prepare() { isRemoved_.store(false, std::memory_order_relaxed); }
 
@@ -238,8 +235,8 @@ private:
 };
 std::atomic<bool> RunningDevice::isRemoved_{false};
 
-// Started, fed, stopped and freed at once, while the device turns: whatever the device's thread still
-// touched, or was not ordered before the freeing, the sanitizers report.
+// A player is started, fed, stopped and freed while the device runs. The sanitizers report a late access of
+// the device's thread, or one that is not ordered before the free.
 TEST_F(PlayerAudioThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
 {
     const long before = watched::liveBlocks();
@@ -264,7 +261,7 @@ TEST_F(PlayerAudioThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
             while (test::get<HostBoolean>(object, "IsRunning") && i % 2) std::this_thread::yield();
             test::call<void>("Stop", object);
             EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 0);
-        } // the object's memory is gone here, and the device's thread may still be in its last cycle
+        } // the object is freed; the device's thread may still be in its last cycle
         device.reset();
     }
     EXPECT_EQ(watched::liveBlocks(), before);

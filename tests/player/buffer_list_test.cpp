@@ -1,4 +1,4 @@
-// Buffer lists of every shape: which frames, which channels, and not a byte outside.
+// Rendering into buffer lists of every layout: which frames and channels are written, and nothing outside.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -7,9 +7,9 @@
 
 namespace {
 
+using test::BufferLayout;
+using test::layout;
 using test::PlayerObject;
-using test::Shape;
-using test::shape;
 using test::Slice;
 using Floats = std::vector<float>;
 
@@ -18,7 +18,7 @@ constexpr float s = 0.0f; // silence
 
 class PlayerBufferLists : public test::FreshPlatform {
 protected:
-    /// A started player at the device's rate with 1, 2, 3, …, 12 to play, as mono or as stereo frames.
+    /// A started player at the device's rate with the samples 1 to 12, as mono or stereo frames.
     static void start(const PlayerObject& object, std::int32_t channels)
     {
         ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
@@ -29,109 +29,119 @@ protected:
 
 const struct {
     std::int32_t channels; // of the data
-    std::vector<Shape> shapes;
+    std::vector<BufferLayout> layouts;
     int inUse;
     std::vector<Floats> expected; // by buffer
     double position;
     const char* why;
 } facts[] = {
-    {1, {shape(1, 3)}, -1, {{1, 2, 3}}, 3, "mono to one channel"},
-    {1, {shape(2, 3)}, -1, {{1, 1, 2, 2, 3, 3}}, 3, "mono to both channels"},
-    {1, {shape(3, 2)}, -1, {{1, 1, 1, 2, 2, 2}}, 2, "mono to all channels"},
-    {1, {shape(1, 2), shape(2, 2)}, -1, {{1, 2}, {1, 1, 2, 2}}, 2, "mono to all channels of every buffer"},
+    {1, {layout(1, 3)}, -1, {{1, 2, 3}}, 3, "mono to one channel"},
+    {1, {layout(2, 3)}, -1, {{1, 1, 2, 2, 3, 3}}, 3, "mono to both channels"},
+    {1, {layout(3, 2)}, -1, {{1, 1, 1, 2, 2, 2}}, 2, "mono to all channels"},
+    {1, {layout(1, 2), layout(2, 2)}, -1, {{1, 2}, {1, 1, 2, 2}}, 2, "mono to all channels of every buffer"},
     {1,
-     {shape(1, 3), shape(1, 2)},
+     {layout(1, 3), layout(1, 2)},
      -1,
      {{1, 2, 3}, {1, 2}},
      3,
      "the second buffer is shorter: not past its end"},
     {1,
-     {shape(1, 2), shape(1, 3)},
+     {layout(1, 2), layout(1, 3)},
      -1,
      {{1, 2}, {1, 2, before}},
      2,
-     "longer: the first one gives the frames"},
-    {1, {shape(1, 2), shape(2, 1)}, -1, {{1, 2}, {1, 1}}, 2, "shorter, of two channels"},
-    {1, {shape(1, 2), {2, 12, false}}, -1, {{1, 2}, {1, 1, 2}}, 2, "a buffer that ends inside a frame"},
-    {1, {shape(1, 2), {0, 8, false}}, -1, {{1, 2}, {before, before}}, 2, "no channels in the second buffer"},
+     "the second buffer is longer: the first one gives the frames"},
     {1,
-     {{0, 16, false}, shape(1, 2)},
+     {layout(1, 2), layout(2, 1)},
+     -1,
+     {{1, 2}, {1, 1}},
+     2,
+     "the second buffer is shorter, with two channels"},
+    {1, {layout(1, 2), {2, 12, false}}, -1, {{1, 2}, {1, 1, 2}}, 2, "a buffer that ends inside a frame"},
+    {1, {layout(1, 2), {0, 8, false}}, -1, {{1, 2}, {before, before}}, 2, "no channels in the second buffer"},
+    {1,
+     {{0, 16, false}, layout(1, 2)},
      -1,
      {{before, before, before, before}, {before, before}},
      0,
      "no channels in the first: no frames"},
     {1,
-     {{2, 8, true}, shape(1, 1)},
+     {{2, 8, true}, layout(1, 1)},
      -1,
      {{before, before}, {1}},
      1,
-     "a first buffer without memory still counts"},
-    {1, {shape(1, 2), {1, 8, true}}, -1, {{1, 2}, {before, before}}, 2, "a second buffer without memory"},
+     "a first buffer without memory gives the frames"},
+    {1, {layout(1, 2), {1, 8, true}}, -1, {{1, 2}, {before, before}}, 2, "a second buffer without memory"},
     {1, {{1, 11, false}}, -1, {{1, 2}}, 2, "an odd size: whole frames only"},
     {1, {{2, 15, false}}, -1, {{1, 1, before}}, 1, "an odd size of two channels"},
     {1, {{2, 7, false}}, -1, {{before}}, 0, "smaller than a frame"},
-    {1, {shape(1, 0)}, -1, {{}}, 0, "an empty buffer"},
-    {1,
-     {shape(1, 3)},
-     0,
-     {{before, before, before}},
-     3,
-     "no buffers listed: the position moves on all the same"},
-    {1, {shape(1, 2), shape(1, 2)}, 1, {{1, 2}, {before, before}}, 2, "a second buffer that is not listed"},
-    {1, {shape(1, 2), shape(2, 2), shape(1, 2)}, -1, {{1, 2}, {1, 1, 2, 2}, {1, 2}}, 2, "three buffers"},
+    {1, {layout(1, 0)}, -1, {{}}, 0, "an empty buffer"},
+    {1, {layout(1, 3)}, 0, {{before, before, before}}, 3, "no buffers listed: the position advances"},
+    {1, {layout(1, 2), layout(1, 2)}, 1, {{1, 2}, {before, before}}, 2, "a second buffer that is not listed"},
+    {1, {layout(1, 2), layout(2, 2), layout(1, 2)}, -1, {{1, 2}, {1, 1, 2, 2}, {1, 2}}, 2, "three buffers"},
 
-    {2, {shape(2, 3)}, -1, {{1, 2, 3, 4, 5, 6}}, 3, "stereo to two channels"},
-    {2, {shape(1, 3)}, -1, {{1, 3, 5}}, 3, "stereo to one channel: the left one, not past the end"},
+    {2, {layout(2, 3)}, -1, {{1, 2, 3, 4, 5, 6}}, 3, "stereo to two channels"},
+    {2, {layout(1, 3)}, -1, {{1, 3, 5}}, 3, "stereo to one channel: the left one only"},
     {2,
-     {shape(6, 2)},
+     {layout(6, 2)},
      -1,
      {{1, 2, before, before, before, before, 3, 4, before, before, before, before}},
      2,
-     "stereo to six channels: the others are left as they are"},
-    {2, {shape(3, 1)}, -1, {{1, 2, before}}, 1, "stereo to three channels"},
-    {2, {shape(2, 2), shape(2, 2)}, -1, {{1, 2, 3, 4}, {1, 2, 3, 4}}, 2, "stereo to every buffer"},
+     "stereo to six channels: the others stay unchanged"},
+    {2, {layout(3, 1)}, -1, {{1, 2, before}}, 1, "stereo to three channels"},
+    {2, {layout(2, 2), layout(2, 2)}, -1, {{1, 2, 3, 4}, {1, 2, 3, 4}}, 2, "stereo to every buffer"},
     {2,
-     {shape(1, 2), shape(1, 2)},
+     {layout(1, 2), layout(1, 2)},
      -1,
      {{1, 3}, {1, 3}},
      2,
      "two buffers of one channel: the left one in each"},
-    {2, {shape(2, 2), shape(2, 1)}, -1, {{1, 2, 3, 4}, {1, 2}}, 2, "the second buffer is shorter"},
-    {2, {shape(2, 2), {2, 12, false}}, -1, {{1, 2, 3, 4}, {1, 2, 3}}, 2, "a buffer that ends inside a frame"},
-    {2, {shape(2, 1), shape(2, 2)}, -1, {{1, 2}, {1, 2, before, before}}, 1, "the second buffer is longer"},
+    {2, {layout(2, 2), layout(2, 1)}, -1, {{1, 2, 3, 4}, {1, 2}}, 2, "the second buffer is shorter"},
     {2,
-     {shape(2, 2), {0, 12, false}},
+     {layout(2, 2), {2, 12, false}},
+     -1,
+     {{1, 2, 3, 4}, {1, 2, 3}},
+     2,
+     "a buffer that ends inside a frame"},
+    {2, {layout(2, 1), layout(2, 2)}, -1, {{1, 2}, {1, 2, before, before}}, 1, "the second buffer is longer"},
+    {2,
+     {layout(2, 2), {0, 12, false}},
      -1,
      {{1, 2, 3, 4}, {3, 4, before}},
      2,
-     "no channels in the second: every frame lands on its first two slots"},
-    {2, {shape(2, 2), {0, 4, false}}, -1, {{1, 2, 3, 4}, {3}}, 2, "even if it has just one"},
+     "no channels in the second: every frame goes to its first two samples"},
+    {2,
+     {layout(2, 2), {0, 4, false}},
+     -1,
+     {{1, 2, 3, 4}, {3}},
+     2,
+     "no channels in the second, and only one sample"},
     {2, {{0, 16, false}}, -1, {{before, before, before, before}}, 0, "no channels in the first: no frames"},
     {2,
-     {{2, 8, true}, shape(2, 1)},
+     {{2, 8, true}, layout(2, 1)},
      -1,
      {{before, before}, {1, 2}},
      1,
-     "a first buffer without memory still counts"},
+     "a first buffer without memory gives the frames"},
     {2, {{2, 23, false}}, -1, {{1, 2, 3, 4, before}}, 2, "an odd size: whole frames only"},
     {2, {{2, 7, false}}, -1, {{before}}, 0, "smaller than a frame"},
-    {2, {shape(2, 3)}, 0, {{before, before, before, before, before, before}}, 3, "no buffers listed"},
+    {2, {layout(2, 3)}, 0, {{before, before, before, before, before, before}}, 3, "no buffers listed"},
     {2,
-     {shape(1, 2), shape(2, 2), shape(6, 1)},
+     {layout(1, 2), layout(2, 2), layout(6, 1)},
      -1,
      {{1, 3}, {1, 2, 3, 4}, {1, 2, before, before, before, before}},
      2,
      "three buffers"},
 };
 
-TEST_F(PlayerBufferLists, AreFilledByTheirShape)
+TEST_F(PlayerBufferLists, AreFilledAsTheirLayoutSays)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(::testing::Message() << fact.why << ", data of " << fact.channels << " channels");
         const PlayerObject object;
         start(object, fact.channels);
-        Slice slice(fact.shapes, fact.inUse);
-        EXPECT_EQ(test::cycle(object, slice), 0);
+        Slice slice(fact.layouts, fact.inUse);
+        EXPECT_EQ(test::runCycle(object, slice), 0);
         for (std::size_t b = 0; b < fact.expected.size(); ++b)
             EXPECT_EQ(slice.floats(b), fact.expected[b]) << "buffer " << b;
         EXPECT_TRUE(slice.isIntact()) << "nothing outside the buffers is written";
@@ -141,10 +151,9 @@ TEST_F(PlayerBufferLists, AreFilledByTheirShape)
     }
 }
 
-// Silence covers every listed buffer with memory, to its last byte, whatever its channels are.
-TEST_F(PlayerBufferLists, AreZeroedWholeWithoutData)
+TEST_F(PlayerBufferLists, AreZeroedToTheLastByteWithoutData)
 {
-    const std::vector<Shape> shapes = {
+    const std::vector<BufferLayout> layouts = {
         {2, 15, false}, {0, 7, false}, {6, 24, false}, {1, 8, true}, {1, 3, false}};
     for (const bool isStopRequested : {false, true})
         for (const bool noUnderflow : {false, true})
@@ -157,24 +166,24 @@ TEST_F(PlayerBufferLists, AreZeroedWholeWithoutData)
                 }
                 object->stopRequested = isStopRequested;
                 object->noUnderflow = noUnderflow;
-                Slice slice(shapes, inUse);
-                EXPECT_EQ(test::cycle(object, slice), 0);
-                for (std::size_t b = 0; b < shapes.size(); ++b) {
-                    const bool isSilent = b < static_cast<std::size_t>(inUse) && !shapes[b].isAbsent;
+                Slice slice(layouts, inUse);
+                EXPECT_EQ(test::runCycle(object, slice), 0);
+                for (std::size_t b = 0; b < layouts.size(); ++b) {
+                    const bool isSilent = b < static_cast<std::size_t>(inUse) && !layouts[b].isAbsent;
                     EXPECT_EQ(slice.bytes(b),
-                              std::vector<unsigned char>(shapes[b].bytes, isSilent ? 0 : Slice::before));
+                              std::vector<unsigned char>(layouts[b].bytes, isSilent ? 0 : Slice::before));
                 }
                 EXPECT_TRUE(slice.isIntact());
             }
 }
 
-TEST_F(PlayerBufferLists, RunningDryInTheMiddleIsSilenceToTheEndOfTheSlice)
+TEST_F(PlayerBufferLists, ASliceEndsInSilenceWhenTheQueueRunsEmpty)
 {
     const PlayerObject mono, stereo;
     ASSERT_TRUE(mono.add({1, 2}));
     ASSERT_TRUE(mono.start());
-    Slice inMono({shape(2, 4), shape(1, 4)});
-    test::cycle(mono, inMono);
+    Slice inMono({layout(2, 4), layout(1, 4)});
+    test::runCycle(mono, inMono);
     EXPECT_EQ(inMono.floats(0), (Floats{1, 1, 2, 2, s, s, s, s}));
     EXPECT_EQ(inMono.floats(1), (Floats{1, 2, s, s}));
     EXPECT_EQ(mono->outputPosition, 4.0);
@@ -182,8 +191,8 @@ TEST_F(PlayerBufferLists, RunningDryInTheMiddleIsSilenceToTheEndOfTheSlice)
     ASSERT_TRUE(stereo.add({1, 2, 3, 4}));
     stereo->numberOfChannels = 2;
     ASSERT_TRUE(stereo.start());
-    Slice inStereo({shape(3, 4)});
-    test::cycle(stereo, inStereo);
+    Slice inStereo({layout(3, 4)});
+    test::runCycle(stereo, inStereo);
     EXPECT_EQ(inStereo.floats(0), (Floats{1, 2, before, 3, 4, before, s, s, before, s, s, before}));
     EXPECT_EQ(stereo->outputPosition, 4.0);
 }

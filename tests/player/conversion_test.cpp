@@ -1,4 +1,4 @@
-// Samples of every form, through the adding methods, to the exact float that is queued.
+// Integer samples of every form, converted by the adding methods to exact floats.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 
@@ -46,7 +46,7 @@ constexpr float two(int exponent)
 // clang-format off
 const struct {
     HostInteger bitSize;
-    Bytes bytes; // of one sample, as they stand in memory; words are little-endian here
+    Bytes bytes; // of one sample, in memory order; this processor is little-endian
     float value;
     const char* why;
 } facts[] = {
@@ -89,27 +89,27 @@ const struct {
     { 24, {0xFF, 0xFF, 0xFF},       16777215 * two(-24),            "the highest: fits a float's mantissa" },
 
     { 31, {0x00, 0x00, 0x00, 0x80}, -1.0f,                          "the lowest" },
-    { 31, {0x01, 0x00, 0x00, 0x80}, -1.0f,                          "one above the lowest: to the nearest float" },
+    { 31, {0x01, 0x00, 0x00, 0x80}, -1.0f,                          "one above the lowest rounds to the nearest float" },
     { 31, {0xFF, 0xFF, 0xFF, 0xFF}, -two(-31),                      "minus one" },
     { 31, {0x00, 0x00, 0x00, 0x00}, 0.0f,                           "zero" },
     { 31, {0x01, 0x00, 0x00, 0x00}, two(-31),                       "one" },
     { 31, {0x00, 0x00, 0x00, 0x01}, two(-7),                        "2^24" },
-    { 31, {0x01, 0x00, 0x00, 0x01}, two(-7),                        "2^24 + 1 lies between two floats: to the even one, down" },
+    { 31, {0x01, 0x00, 0x00, 0x01}, two(-7),                        "2^24 + 1 lies between two floats: rounds to even, down" },
     { 31, {0x02, 0x00, 0x00, 0x01}, 16777218 * two(-31),            "2^24 + 2 is a float" },
-    { 31, {0x03, 0x00, 0x00, 0x01}, 16777220 * two(-31),            "2^24 + 3: to the even one, up" },
-    { 31, {0xFF, 0xFF, 0xFF, 0xFE}, -two(-7),                       "-2^24 - 1: to the even one" },
-    { 31, {0xFD, 0xFF, 0xFF, 0xFE}, -16777220 * two(-31),           "-2^24 - 3: to the even one" },
+    { 31, {0x03, 0x00, 0x00, 0x01}, 16777220 * two(-31),            "2^24 + 3 rounds to even, up" },
+    { 31, {0xFF, 0xFF, 0xFF, 0xFE}, -two(-7),                       "-2^24 - 1 rounds to even" },
+    { 31, {0xFD, 0xFF, 0xFF, 0xFE}, -16777220 * two(-31),           "-2^24 - 3 rounds to even" },
     { 31, {0xBF, 0xFF, 0xFF, 0x7F}, 16777215 * two(-24),            "2^31 - 65: the last that stays below 1" },
-    { 31, {0xC0, 0xFF, 0xFF, 0x7F}, 1.0f,                           "2^31 - 64: a tie, to the even one, up to 1" },
+    { 31, {0xC0, 0xFF, 0xFF, 0x7F}, 1.0f,                           "2^31 - 64: a tie, rounds to even, up to 1" },
     { 31, {0xFF, 0xFF, 0xFF, 0x7F}, 1.0f,                           "the highest rounds to 1" },
 
     { 32, {0x00, 0x00, 0x00, 0x00}, 0.0f,                           "zero" },
     { 32, {0x01, 0x00, 0x00, 0x00}, two(-32),                       "one" },
-    { 32, {0x01, 0x00, 0x00, 0x01}, two(-8),                        "2^24 + 1: to the even one, down" },
-    { 32, {0x03, 0x00, 0x00, 0x01}, 16777220 * two(-32),            "2^24 + 3: to the even one, up" },
+    { 32, {0x01, 0x00, 0x00, 0x01}, two(-8),                        "2^24 + 1 rounds to even, down" },
+    { 32, {0x03, 0x00, 0x00, 0x01}, 16777220 * two(-32),            "2^24 + 3 rounds to even, up" },
     { 32, {0xFF, 0xFF, 0xFF, 0x7F}, 0.5f,                           "2^31 - 1 rounds to the middle" },
     { 32, {0x00, 0x00, 0x00, 0x80}, 0.5f,                           "the middle: unsigned" },
-    { 32, {0x80, 0x00, 0x00, 0x80}, 0.5f,                           "2^31 + 128: a tie, to the even one, down" },
+    { 32, {0x80, 0x00, 0x00, 0x80}, 0.5f,                           "2^31 + 128: a tie, rounds to even, down" },
     { 32, {0x81, 0x00, 0x00, 0x80}, 8388609 * two(-24),             "2^31 + 129: past the tie, rounded once" },
     { 32, {0x7F, 0xFF, 0xFF, 0xFF}, 16777215 * two(-24),            "2^32 - 129: the last that stays below 1" },
     { 32, {0x80, 0xFF, 0xFF, 0xFF}, 1.0f,                           "2^32 - 128: a tie, up to 1" },
@@ -117,7 +117,7 @@ const struct {
 };
 // clang-format on
 
-TEST_F(PlayerConversion, GivesEachSampleItsExactFloat)
+TEST_F(PlayerConversion, ConvertsEachSampleToItsExactFloat)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(::testing::Message() << fact.bitSize << " bits: " << fact.why);
@@ -127,7 +127,7 @@ TEST_F(PlayerConversion, GivesEachSampleItsExactFloat)
     }
 }
 
-TEST_F(PlayerConversion, CoversEverySampleOf8Bits)
+TEST_F(PlayerConversion, ConvertsEverySampleOf8Bits)
 {
     Bytes all;
     for (int i = 0; i < 256; ++i) all.push_back(static_cast<unsigned char>(i));
@@ -141,7 +141,7 @@ TEST_F(PlayerConversion, CoversEverySampleOf8Bits)
     }
 }
 
-TEST_F(PlayerConversion, CoversEverySampleOf16Bits)
+TEST_F(PlayerConversion, ConvertsEverySampleOf16Bits)
 {
     Bytes all;
     for (int i = 0; i < 65536; ++i) {
@@ -158,9 +158,9 @@ TEST_F(PlayerConversion, CoversEverySampleOf16Bits)
     }
 }
 
-TEST_F(PlayerConversion, WalksThrough24And32Bits)
+TEST_F(PlayerConversion, ConvertsASeriesOfSamplesOf24And32Bits)
 {
-    // A stride that visits every byte value in every place.
+    // With this stride every byte of the word takes every value.
     Bytes bytes24, bytes32;
     std::vector<float> expected24, expected31, expected32;
     for (std::uint64_t value = 0; value <= 0xFFFFFFFF; value += 0x00FD03F7) {
@@ -169,7 +169,7 @@ TEST_F(PlayerConversion, WalksThrough24And32Bits)
             bytes32.push_back(static_cast<unsigned char>(word >> shift));
         for (int shift = 24; shift > 0; shift -= 8)
             bytes24.push_back(static_cast<unsigned char>(word >> shift));
-        // A double holds each of them; so the float is the nearest one, rounded once.
+        // A double holds each value exactly, so the float is rounded once.
         expected24.push_back(std::ldexp(static_cast<float>(static_cast<double>(word >> 8)), -24));
         expected32.push_back(std::ldexp(static_cast<float>(static_cast<double>(word)), -32));
         const double asSigned = static_cast<double>(word) - (word >> 31 ? 4294967296.0 : 0.0);
@@ -190,7 +190,7 @@ const struct {
     {24, 5, 1}, {24, 6, 2}, {24, 8, 2}, {32, 4, 1}, {32, 7, 1}, {31, 8, 2}, {31, 11, 2},
 };
 
-TEST_F(PlayerConversion, IgnoresWhatIsLeftBehindTheLastWholeSample)
+TEST_F(PlayerConversion, IgnoresBytesAfterTheLastWholeSample)
 {
     for (const auto& row : remainders) {
         SCOPED_TRACE(::testing::Message() << row.bytes << " bytes of " << row.bitSize << " bits");
@@ -199,7 +199,7 @@ TEST_F(PlayerConversion, IgnoresWhatIsLeftBehindTheLastWholeSample)
     }
 }
 
-TEST_F(PlayerConversion, StartsAtTheOffsetWhateverItsAlignment)
+TEST_F(PlayerConversion, StartsAtTheOffsetAtAnyAlignment)
 {
     for (const HostInteger bitSize : {7, 8, 15, 16, 24, 31, 32}) {
         const Bytes samples = {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0, 0x11, 0x22, 0x33, 0x44};
@@ -226,7 +226,7 @@ TEST_F(PlayerConversion, InterleavesTwoBlocks)
     EXPECT_EQ(object->queue[0].count, 6);
 }
 
-TEST_F(PlayerConversion, InterleavesEveryFormAsItConvertsOneBlock)
+TEST_F(PlayerConversion, ConvertsTwoBlocksLikeOne)
 {
     const Bytes a = {0x01, 0x92, 0x13, 0xA4, 0x25, 0xB6, 0x37, 0xC8, 0x49, 0xDA, 0x5B, 0xEC};
     const Bytes b(a.rbegin(), a.rend());
@@ -246,7 +246,7 @@ TEST_F(PlayerConversion, InterleavesEveryFormAsItConvertsOneBlock)
 
 // ---- floats ----
 
-// Patterns that arithmetic would change: quiet and signalling not-a-numbers, infinities, the smallest, both
+// Bit patterns that arithmetic could change: quiet and signalling not-a-numbers, infinities, denormals,
 // zeros.
 const std::vector<std::uint32_t> patterns = {
     0x3F800000, 0xBF800000, 0x00000000, 0x80000000, 0x00000001, 0x80000001,
@@ -299,7 +299,7 @@ TEST_F(PlayerConversion, InterleavesFloatsBitForBit)
     }
 }
 
-TEST_F(PlayerConversion, CountsFloatsInWholeOnes)
+TEST_F(PlayerConversion, CountsWholeFloats)
 {
     for (HostInteger bytes = 4; bytes < 17; ++bytes) {
         const PlayerObject object;

@@ -1,4 +1,4 @@
-// What every test of the player begins with.
+// The fixture of every player test.
 #pragma once
 
 #include "tests/player/small_host.h"
@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// A test with a platform and a host as new.
+/// Resets the platform spy and the host before each test.
 class FreshPlatform : public ::testing::Test {
 protected:
     void SetUp() override

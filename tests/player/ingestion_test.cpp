@@ -1,4 +1,4 @@
-// What the adding workers refuse, in which order, and what they raise for it.
+// The refusals of the four adding functions: their order and their exceptions.
 #include "player/ingestion.h"
 
 #include "tests/player/fresh_platform.h"
@@ -37,12 +37,12 @@ protected:
         return block ? static_cast<REALmemoryBlockStruct*>(*block) : nullptr;
     }
 
-    /// Nothing raised, or exactly this one exception, once.
+    /// Expect exactly one NilObjectException, or none.
     static void expectNilRaised(bool isRaised)
     {
         const std::vector<host::Raised> raised = host::raised();
         ASSERT_EQ(raised.size(), isRaised ? 1u : 0u);
-        EXPECT_EQ(host::livingValues(), 0);
+        EXPECT_EQ(host::liveValues(), 0);
         if (!isRaised) return;
         EXPECT_EQ(raised[0].className, "NilObjectException");
         EXPECT_EQ(raised[0].message, "Memoryblock is nil");
@@ -57,10 +57,10 @@ const struct {
     float sampleRate;
     std::int32_t channels;
     bool isAdded, isRaised;
-    int pointersAsked; // of one block
+    int pointerCalls; // of one block
     const char* why;
 } refusals[] = {
-    // block    offset     count      bits  rate          ch   added  raised ask
+    // block    offset     count      bits  rate          ch   added  raised calls
     { good,     0,         8,         16,   44100.0f,     1,   true,  false, 1, "nothing is wrong" },
     { nil,      0,         8,         16,   44100.0f,     1,   false, true,  0, "a nil block" },
     { nil,      -1,        8,         16,   44100.0f,     1,   false, true,  0, "nil comes before the offset" },
@@ -75,24 +75,24 @@ const struct {
     { noMemory, 0,         0,         16,   44100.0f,     1,   false, false, 0, "the count comes before the memory" },
     { noMemory, 0,         -1,        12,   44100.0f,     1,   false, false, 0, "likewise" },
     { noMemory, 0,         8,         16,   44100.0f,     1,   false, true,  1, "a block without memory" },
-    { noMemory, 4,         8,         16,   44100.0f,     1,   false, true,  1, "an offset makes no memory" },
+    { noMemory, 4,         8,         16,   44100.0f,     1,   false, true,  1, "a block without memory, with an offset" },
     { noMemory, 0,         8,         12,   44100.0f,     1,   false, true,  1, "the memory comes before the BitSize" },
-    { noMemory, 0,         8,         23,   44100.0f,     1,   false, true,  1, "even of 23" },
+    { noMemory, 0,         8,         23,   44100.0f,     1,   false, true,  1, "the memory comes before the BitSize 23" },
     { noMemory, 0,         8,         16,   0.0f,         1,   false, true,  1, "the memory comes before the rate" },
     { noMemory, 0,         8,         16,   44100.0f,     3,   false, true,  1, "the memory comes before the channels" },
     { noMemory, 0,         1,         16,   44100.0f,     1,   false, true,  1, "the memory comes before the size" },
     { good,     0,         8,         12,   44100.0f,     1,   false, false, 1, "an unknown BitSize" },
     { good,     0,         8,         23,   44100.0f,     1,   false, false, 1, "23 bits are refused on purpose" },
-    { good,     0,         8,         23,   0.0f,         3,   false, false, 1, "23 bits and the rest wrong, too" },
+    { good,     0,         8,         23,   0.0f,         3,   false, false, 1, "23 bits, and everything else is wrong" },
     { good,     0,         8,         16,   0.999f,       1,   false, false, 1, "a rate below 1" },
     { good,     0,         8,         16,   0.99999994f,  1,   false, false, 1, "the next float below 1" },
     { good,     0,         8,         16,   1.0f,         1,   true,  false, 1, "a rate of 1" },
     { good,     0,         8,         16,   0.0f,         1,   false, false, 1, "a rate of 0" },
     { good,     0,         8,         16,   -1.0f,        1,   false, false, 1, "a negative rate" },
     { good,     0,         8,         16,   -44100.0f,    1,   false, false, 1, "a negative rate" },
-    { good,     0,         8,         16,   notANumber,   1,   false, false, 1, "no number fails, too" },
-    { good,     0,         8,         16,   infinity,     1,   true,  false, 1, "infinity is at least 1" },
-    { good,     0,         8,         16,   -infinity,    1,   false, false, 1, "minus infinity is not" },
+    { good,     0,         8,         16,   notANumber,   1,   false, false, 1, "not-a-number" },
+    { good,     0,         8,         16,   infinity,     1,   true,  false, 1, "infinity is above 1" },
+    { good,     0,         8,         16,   -infinity,    1,   false, false, 1, "minus infinity" },
     { good,     0,         8,         16,   44100.0f,     0,   false, false, 1, "no channels" },
     { good,     0,         8,         16,   44100.0f,     2,   true,  false, 1, "two channels" },
     { good,     0,         8,         16,   44100.0f,     3,   false, false, 1, "three channels" },
@@ -100,21 +100,21 @@ const struct {
     { good,     0,         8,         16,   44100.0f,     INT32_MAX, false, false, 1, "very many channels" },
     { good,     0,         1,         16,   44100.0f,     1,   false, false, 1, "fewer bytes than one sample" },
     { good,     0,         1,         8,    44100.0f,     1,   true,  false, 1, "one byte is a sample of 8 bits" },
-    { good,     0,         2,         24,   44100.0f,     1,   false, false, 1, "two bytes are none of 24" },
-    { good,     0,         3,         32,   44100.0f,     1,   false, false, 1, "three bytes are none of 32" },
-    { good,     INT32_MAX, 8,         12,   44100.0f,     1,   false, false, 1, "an offset past everything is not applied before a refusal" },
+    { good,     0,         2,         24,   44100.0f,     1,   false, false, 1, "two bytes are no sample of 24 bits" },
+    { good,     0,         3,         32,   44100.0f,     1,   false, false, 1, "three bytes are no sample of 32 bits" },
+    { good,     INT32_MAX, 8,         12,   44100.0f,     1,   false, false, 1, "an offset past the block is not applied before a refusal" },
     { good,     INT32_MAX, 8,         23,   44100.0f,     1,   false, false, 1, "likewise" },
     { good,     INT32_MAX, 1,         16,   44100.0f,     1,   false, false, 1, "likewise" },
     { good,     INT32_MAX, 8,         16,   0.0f,         1,   false, false, 1, "likewise" },
     { good,     INT32_MAX, 8,         16,   notANumber,   1,   false, false, 1, "likewise" },
     { good,     INT32_MAX, 8,         16,   44100.0f,     3,   false, false, 1, "likewise" },
     { good,     INT32_MAX, 0,         16,   44100.0f,     1,   false, false, 0, "likewise" },
-    { noMemory, INT32_MAX, 8,         16,   44100.0f,     1,   false, true,  1, "an offset of nothing is nothing" },
+    { noMemory, INT32_MAX, 8,         16,   44100.0f,     1,   false, true,  1, "an offset is not applied to missing memory" },
     { nil,      INT32_MAX, 8,         16,   44100.0f,     1,   false, true,  0, "likewise" },
 };
 // clang-format on
 
-TEST_F(PlayerIngestion, IntegerBlocksAreRefusedInOrder)
+TEST_F(PlayerIngestion, IntegerBlocksAreCheckedInThisOrder)
 {
     for (const auto& row : refusals) {
         SCOPED_TRACE(row.why);
@@ -128,16 +128,16 @@ TEST_F(PlayerIngestion, IntegerBlocksAreRefusedInOrder)
             AddSomeAudio(object.data(), handle(block), row.offset, row.count, row.bitSize, false);
         const bool isAllocated = !watched::end().empty();
         EXPECT_EQ(added, row.isAdded);
-        EXPECT_EQ(isAllocated, row.isAdded) << "whoever is refused costs nothing";
+        EXPECT_EQ(isAllocated, row.isAdded) << "a refused call allocates nothing";
         EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
-        EXPECT_EQ(host::pointersAsked(), row.pointersAsked);
+        EXPECT_EQ(host::pointerCalls(), row.pointerCalls);
         EXPECT_EQ(spy::calls(), std::vector<std::string>());
         expectNilRaised(row.isRaised);
     }
 }
 
-// The same table, with the fault in one of the two blocks, or in both: raised once all the same.
-TEST_F(PlayerIngestion, StereoBlocksAreRefusedInOrder)
+// The same table, with the fault in one block or in both. An exception is raised once.
+TEST_F(PlayerIngestion, StereoBlocksAreCheckedInThisOrder)
 {
     for (const auto& row : refusals)
         for (const int faulty : {1, 2, 3}) {
@@ -152,14 +152,14 @@ TEST_F(PlayerIngestion, StereoBlocksAreRefusedInOrder)
                                          row.bitSize, false),
                       row.isAdded);
             EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
-            if (row.pointersAsked == 0) {
-                EXPECT_EQ(host::pointersAsked(), 0);
+            if (row.pointerCalls == 0) {
+                EXPECT_EQ(host::pointerCalls(), 0);
             }
             expectNilRaised(row.isRaised);
         }
 }
 
-TEST_F(PlayerIngestion, StereoBlocksAreTakenWhileThePlayerIsMono)
+TEST_F(PlayerIngestion, StereoBlocksAreAcceptedWhileThePlayerIsMono)
 {
     const PlayerObject object;
     ASSERT_EQ(object->numberOfChannels, 1);
@@ -181,39 +181,39 @@ TEST_F(PlayerIngestion, FloatBlocksAreRefusedWithoutAnException)
         { good,     0,         8,         true,  "nothing is wrong" },
         { good,     -1,        8,         false, "a negative offset" },
         { good,     INT32_MIN, 8,         false, "the most negative offset" },
-        { nil,      0,         8,         false, "a nil block: nothing is raised here" },
+        { nil,      0,         8,         false, "a nil block raises nothing" },
         { nil,      -1,        -1,        false, "everything at once" },
         { good,     0,         0,         false, "no bytes" },
         { good,     0,         -1,        false, "a negative count" },
         { good,     0,         INT32_MIN, false, "the most negative count" },
         { good,     0,         3,         false, "fewer bytes than one sample" },
         { good,     0,         4,         true,  "one sample" },
-        { good,     INT32_MAX, 3,         false, "an offset past everything is not applied before a refusal" },
+        { good,     INT32_MAX, 3,         false, "an offset past the block is not applied before a refusal" },
         { good,     INT32_MAX, 1,         false, "likewise" },
         { good,     INT32_MAX, 0,         false, "likewise" },
-        { noMemory, INT32_MAX, 8,         false, "an offset of nothing is nothing" },
+        { noMemory, INT32_MAX, 8,         false, "an offset is not applied to missing memory" },
         { nil,      INT32_MAX, 8,         false, "likewise" },
-        { noMemory, 0,         8,         false, "a block without memory: a plain false, too" },
-        { noMemory, 0,         3,         false, "no memory and no sample" },
+        { noMemory, 0,         8,         false, "a block without memory raises nothing" },
+        { noMemory, 0,         3,         false, "a block without memory, and fewer bytes than one sample" },
     };
     // clang-format on
     for (const auto& row : rows)
         for (const int faulty : {0, 1, 2, 3}) { // 0: the call for one block
             SCOPED_TRACE(::testing::Message() << row.why << ", block " << faulty);
             const PlayerObject object;
-            const auto faultyOne = blockOf(row.block), goodOne = blockOf(good);
-            const auto pick = [&](int bit) { return handle(faulty & bit ? faultyOne : goodOne); };
+            const auto faultyBlock = blockOf(row.block), goodBlock = blockOf(good);
+            const auto pick = [&](int bit) { return handle(faulty & bit ? faultyBlock : goodBlock); };
             const bool added =
                 faulty
                     ? AddSomeFloatAudioStereo(object.data(), pick(1), pick(2), row.offset, row.count, false)
-                    : AddSomeFloatAudio(object.data(), handle(faultyOne), row.offset, row.count, false);
+                    : AddSomeFloatAudio(object.data(), handle(faultyBlock), row.offset, row.count, false);
             EXPECT_EQ(added, row.isAdded);
             EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
             expectNilRaised(false);
         }
 }
 
-TEST_F(PlayerIngestion, FloatBlocksAreTakenAtAnyRateAndChannelCount)
+TEST_F(PlayerIngestion, FloatBlocksAreAcceptedAtAnyRateAndChannelCount)
 {
     for (const float rate : {0.0f, -1.0f, notANumber, infinity, 0.5f})
         for (const std::int32_t channels : {0, 3, -1}) {
@@ -228,7 +228,7 @@ TEST_F(PlayerIngestion, FloatBlocksAreTakenAtAnyRateAndChannelCount)
         }
 }
 
-TEST_F(PlayerIngestion, KnowsSevenBitSizes)
+TEST_F(PlayerIngestion, AcceptsSevenBitSizes)
 {
     for (HostInteger bitSize = -1; bitSize <= 40; ++bitSize) {
         SCOPED_TRACE(bitSize);
@@ -251,21 +251,20 @@ TEST_F(PlayerIngestion, KnowsSevenBitSizes)
 
 // ---- sizes ----
 
-// Memory is refused throughout, so that nothing is converted: what counts is how much was asked for, if
-// anything.
+// Every allocation fails, so nothing is converted. The table gives the requested size.
 // clang-format off
 const struct {
     HostInteger bitSize; // 0: floats
     int channels;
     HostInteger count;
-    const char* asked; // null: refused before
+    const char* request; // null: refused before
 } sizes[] = {
     {  8, 1, 536870911,  "calloc 2147483644" }, {  8, 1, 536870912,  nullptr },
-    {  8, 1, 1073741825, nullptr /* 4 times it wraps around to 4 */ },
+    {  8, 1, 1073741825, nullptr /* times 4 it wraps to 4 */ },
     {  8, 1, INT32_MAX,  nullptr },
     {  7, 1, 536870911,  "calloc 2147483644" }, {  7, 1, 536870912,  nullptr },
     {  8, 2, 268435455,  "calloc 2147483640" }, {  8, 2, 268435456,  nullptr },
-    {  8, 2, 536870913,  nullptr /* 8 times it wraps around to 8 */ },
+    {  8, 2, 536870913,  nullptr /* times 8 it wraps to 8 */ },
     {  8, 2, INT32_MAX,  nullptr },
     { 16, 1, 1073741823, "calloc 2147483644" }, { 16, 1, 1073741824, nullptr }, { 16, 1, INT32_MAX, nullptr },
     { 15, 2, 536870911,  "calloc 2147483640" }, { 15, 2, 536870912,  nullptr }, { 16, 2, INT32_MAX, nullptr },
@@ -300,14 +299,14 @@ TEST_F(PlayerIngestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
                                                                 0, row.count, false);
         const std::vector<std::string> events = watched::end();
         watched::refuseCalloc(0);
-        EXPECT_EQ(events, row.asked ? std::vector<std::string>{row.asked} : std::vector<std::string>());
+        EXPECT_EQ(events, row.request ? std::vector<std::string>{row.request} : std::vector<std::string>());
         EXPECT_FALSE(added);
         EXPECT_EQ(object->queueCount, 0);
-        expectNilRaised(false); // out of memory is a plain false, too
+        expectNilRaised(false);
     }
 }
 
-TEST_F(PlayerIngestion, ClearBuffersIsLeftAloneByARefusal)
+TEST_F(PlayerIngestion, ARefusedBufferClearsNothing)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -317,25 +316,24 @@ TEST_F(PlayerIngestion, ClearBuffersIsLeftAloneByARefusal)
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 3, true));
     watched::refuseCalloc(1);
     EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 16, true));
-    EXPECT_EQ(object.slot(0), (std::vector<float>{1, 2})) << "what waits goes on waiting";
+    EXPECT_EQ(object.slot(0), (std::vector<float>{1, 2})) << "the waiting buffer stays";
     EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 0, 2, 16, true));
     EXPECT_EQ(object->queueCount, 1);
     EXPECT_EQ(object.slot(0), std::vector<float>{0x4040 / 65536.0f});
 }
 
-// The host's memory is read as it is, whatever size the block has by its own account: that is the caller's
-// affair.
-TEST_F(PlayerIngestion, AsksForNoSize)
+// The caller keeps the range inside the block.
+TEST_F(PlayerIngestion, DoesNotReadTheBlocksSize)
 {
     const PlayerObject object;
     const auto block = blockOf(good);
     EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 2, 8, 16, false));
-    EXPECT_EQ(host::sizesAsked(), 0);
+    EXPECT_EQ(host::sizeCalls(), 0);
 }
 
 // ---- hosts without a service ----
 
-TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsAreFalse)
+TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsReturnFalse)
 {
     host::load({"memoryBlockGetPtr"});
     const PlayerObject object;
@@ -351,8 +349,7 @@ TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsAreFalse)
     EXPECT_EQ(object->queueCount, 0);
 }
 
-// A service that is found is kept; one that is missing is asked for again at the next use.
-TEST_F(PlayerIngestion, AsksAgainForAMissingServiceAndKeepsAFoundOne)
+TEST_F(PlayerIngestion, CachesAFoundServiceAndLooksUpAMissingOneAgain)
 {
     host::load({"memoryBlockGetPtr"});
     const PlayerObject object;

@@ -1,5 +1,5 @@
-// The player inside the library as it is shipped, loaded by name: there, too, the spy stands in front of the
-// platform. It shows that the library reaches every platform function through an ordinary symbol.
+// The player in the shipped library, loaded by name. The spy replaces the platform there, too: the library
+// calls every platform function through an ordinary dynamic symbol.
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
 #include "tests/support/platform_spy.h"
@@ -40,7 +40,7 @@ AnyFunction methodNamed(std::string_view declaration)
     return nullptr;
 }
 
-TEST(PlayerInLoadedLibrary, ReachesThePlatformThroughTheSpy)
+TEST(PlayerInLoadedLibrary, CallsThePlatformThroughDynamicSymbols)
 {
     using Procedure = void (*)(REALobjectStruct*);
     spy::reset();
@@ -50,7 +50,7 @@ TEST(PlayerInLoadedLibrary, ReachesThePlatformThroughTheSpy)
     ASSERT_NE(enter, nullptr);
     enter(resolve);
     ASSERT_NE(playerClass, nullptr);
-    EXPECT_EQ(spy::calls(), std::vector<std::string>()) << "loading asks the platform nothing";
+    EXPECT_EQ(spy::calls(), std::vector<std::string>()) << "loading calls no platform function";
 
     void* memory = std::malloc(16 + playerClass->dataSize);
     std::memset(memory, 0xFF, 16 + playerClass->dataSize);

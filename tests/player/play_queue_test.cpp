@@ -1,4 +1,4 @@
-// The queue: what each operation leaves in the 200 slots, who frees, and when the lock is held.
+// The play queue: the contents of its 200 slots, the owner of each buffer, and the span of the lock.
 #include "player/play_queue.h"
 
 #include "tests/player/fresh_platform.h"
@@ -18,7 +18,7 @@ using Events = std::vector<std::string>;
 
 class PlayerQueue : public test::FreshPlatform {
 protected:
-    /// A buffer of one sample, its own number.
+    /// Queue `count` buffers of one sample, which is the buffer's number.
     static void fill(const PlayerObject& object, int count)
     {
         for (int i = 0; i < count; ++i) {
@@ -36,7 +36,7 @@ protected:
         return test::call<HostBoolean>("HasFreeSpace", object);
     }
 
-    /// Occupied slots first, then empty ones.
+    /// Expect the occupied slots first, then the empty ones.
     static void expectInvariant(const PlayerObject& object)
     {
         for (int i = 0; i < player::queueCapacity; ++i) {
@@ -55,7 +55,7 @@ protected:
     }
 };
 
-TEST_F(PlayerQueue, TakesTwoHundredBuffersAndRefusesTheNext)
+TEST_F(PlayerQueue, Accepts200BuffersAndRefusesTheNext)
 {
     const PlayerObject object;
     const long before = watched::liveBlocks();
@@ -77,7 +77,7 @@ TEST_F(PlayerQueue, TakesTwoHundredBuffersAndRefusesTheNext)
     expectInvariant(object);
 }
 
-TEST_F(PlayerQueue, GivesBackItsBuffersInOrderThroughAllSlots)
+TEST_F(PlayerQueue, ReturnsItsBuffersInOrder)
 {
     const PlayerObject object;
     fill(object, 200);
@@ -94,12 +94,12 @@ TEST_F(PlayerQueue, GivesBackItsBuffersInOrderThroughAllSlots)
     }
     object->outputPositionRelative = 5.5;
     EXPECT_FALSE(player::TakeNextPlayItem(object.data()));
-    EXPECT_EQ(object->outputPositionRelative, 5.5) << "only a buffer that becomes current restarts it";
+    EXPECT_EQ(object->outputPositionRelative, 5.5) << "only a new current buffer restarts it";
     EXPECT_EQ(object->queueCount, 0);
     expectEmptied(object->current);
 }
 
-TEST_F(PlayerQueue, FillsUpAgainBehindWhatStillWaits)
+TEST_F(PlayerQueue, AppendsAfterTheWaitingBuffers)
 {
     const PlayerObject object;
     fill(object, 200);
@@ -116,7 +116,7 @@ TEST_F(PlayerQueue, FillsUpAgainBehindWhatStillWaits)
     expectInvariant(object);
 }
 
-TEST_F(PlayerQueue, ItemIsEmptyAfterEveryAdd)
+TEST_F(PlayerQueue, EmptiesTheItemOfEveryAdd)
 {
     const PlayerObject object;
     for (const bool clearBuffers : {false, true}) {
@@ -147,12 +147,12 @@ TEST_F(PlayerQueue, ClearBuffersOnAFullQueueLeaves199Free)
     EXPECT_EQ(freeSpace(object), 199);
     EXPECT_EQ(object.slot(0), (std::vector<float>{7, 8}));
     EXPECT_EQ(watched::liveBlocks(), before - 200 + 1);
-    EXPECT_EQ(object->current.data, playing) << "the buffer now playing is not cut";
+    EXPECT_EQ(object->current.data, playing) << "the current buffer is not cut";
     EXPECT_EQ(object.current(), (std::vector<float>{-1, -2}));
     expectInvariant(object);
 }
 
-TEST_F(PlayerQueue, ClearBuffersOnAnEmptyQueueIsAPlainAdd)
+TEST_F(PlayerQueue, ClearBuffersOnAnEmptyQueueAppends)
 {
     const PlayerObject object;
     EXPECT_TRUE(object.add({7}, true));
@@ -174,12 +174,12 @@ TEST_F(PlayerQueue, NullBufferIsRefusedWithoutTheLock)
         const bool added = AddToPlayList(object.data(), item, clearBuffers);
         EXPECT_EQ(watched::end(), Events());
         EXPECT_FALSE(added);
-        EXPECT_EQ(item.count, 17) << "the count is left as it was";
+        EXPECT_EQ(item.count, 17) << "the count stays unchanged";
         EXPECT_EQ(object->queueCount, 2);
     }
 }
 
-// The lock guards slot moves and frees; conversion, and the freeing of a refused buffer, go without it.
+// The conversion, and the free of a refused buffer, happen outside the lock.
 TEST_F(PlayerQueue, HoldsTheLockForSlotMovesAndFreesOnly)
 {
     const PlayerObject object;
@@ -199,7 +199,7 @@ TEST_F(PlayerQueue, HoldsTheLockForSlotMovesAndFreesOnly)
     object.add({5});
     EXPECT_EQ(eventsOf([&] { player::FreeAllPlayItems(object.data()); }),
               (Events{"lock", "free", "unlock", "free"}))
-        << "what waits under the lock, the current buffer outside it";
+        << "waiting buffers are freed under the lock, the current one outside";
 
     fill(object, 200);
     EXPECT_EQ(eventsOf([&] { object.add({6}); }), (Events{"calloc 4", "lock", "unlock", "free"}));
@@ -221,8 +221,7 @@ TEST_F(PlayerQueue, ClearingAllFreesEveryBufferAndTheCurrentOne)
     expectInvariant(object);
 }
 
-// Should the count ever be wrong, nothing is lost for it.
-TEST_F(PlayerQueue, ClearingAllFreesAll200SlotsWhateverTheCountSays)
+TEST_F(PlayerQueue, ClearingAllFreesAll200SlotsEvenIfTheCountIsWrong)
 {
     const long before = watched::liveBlocks();
     const PlayerObject object;
@@ -238,7 +237,7 @@ TEST_F(PlayerQueue, AnAddThatFindsNoEmptySlotFreesItsBuffer)
 {
     const PlayerObject object;
     fill(object, 200);
-    object->queueCount = 199; // it lies: no slot is empty
+    object->queueCount = 199; // wrong: no slot is empty
     const long before = watched::liveBlocks();
     PlayItem item = test::itemOf({1});
     watched::begin();
@@ -261,8 +260,7 @@ TEST_F(PlayerQueue, AnAddUsesTheFirstEmptySlot)
     EXPECT_EQ(object->queueCount, 6);
 }
 
-// A front slot without data yields nothing, whatever the count says.
-TEST_F(PlayerQueue, AnEmptyFrontIsNotTaken)
+TEST_F(PlayerQueue, AnEmptyFrontSlotIsNotTaken)
 {
     const PlayerObject object;
     object->queueCount = 1;
@@ -277,7 +275,7 @@ TEST_F(PlayerQueue, AnEmptyFrontIsNotTaken)
     EXPECT_EQ(object->current.data, nullptr);
 }
 
-TEST_F(PlayerQueue, IsEachPlayersOwnUnderOneLock)
+TEST_F(PlayerQueue, IsSeparateForEachPlayerUnderOneLock)
 {
     const PlayerObject a, b;
     fill(a, 200);
@@ -299,7 +297,7 @@ TEST_F(PlayerQueue, IsEachPlayersOwnUnderOneLock)
     EXPECT_EQ(lockOfA, lockOfB);
 }
 
-// ---- a lock that cannot be taken ----
+// ---- a lock that fails ----
 
 TEST_F(PlayerQueue, AnAddWithoutTheLockFreesItsBuffer)
 {
@@ -312,7 +310,8 @@ TEST_F(PlayerQueue, AnAddWithoutTheLockFreesItsBuffer)
         watched::refuseLock(1);
         watched::begin();
         const bool added = AddToPlayList(object.data(), item, clearBuffers);
-        EXPECT_EQ(watched::end(), (Events{"lock refused", "free"})) << "and what is not held is not released";
+        EXPECT_EQ(watched::end(), (Events{"lock refused", "free"}))
+            << "a lock that is not held is not unlocked";
         EXPECT_FALSE(added);
         expectEmptied(item);
         EXPECT_EQ(watched::liveBlocks(), before);
@@ -332,7 +331,7 @@ TEST_F(PlayerQueue, AnAddingMethodWithoutTheLockReturnsFalse)
     EXPECT_EQ(watched::liveBlocks(), before);
 }
 
-TEST_F(PlayerQueue, FreeSpaceWithoutTheLockIsNone)
+TEST_F(PlayerQueue, FreeSpaceWithoutTheLockIsZero)
 {
     const PlayerObject object;
     watched::refuseLock(2);

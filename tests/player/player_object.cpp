@@ -8,7 +8,7 @@
 namespace test {
 
 namespace {
-constexpr std::size_t rubbishBehind = 64;
+constexpr std::size_t guardBytes = 64; // after the record
 }
 
 const REALproperty& propertyRow(std::string_view name)
@@ -34,7 +34,7 @@ const REALmethod& methodRow(std::string_view name)
 PlayerObject::PlayerObject(Word dataOffset) : offset_(dataOffset)
 {
     coreAudioPlayerClass.dataOffset = dataOffset;
-    const std::size_t size = offset_ + sizeof(player::AudioPlayerData) + rubbishBehind;
+    const std::size_t size = offset_ + sizeof(player::AudioPlayerData) + guardBytes;
     memory_ = static_cast<char*>(std::malloc(size));
     std::memset(memory_, 0xFF, size);
     reinterpret_cast<void (*)(Object)>(coreAudioPlayerClass.constructor)(*this);
@@ -43,7 +43,7 @@ PlayerObject::PlayerObject(Word dataOffset) : offset_(dataOffset)
 PlayerObject::~PlayerObject()
 {
     coreAudioPlayerClass.dataOffset = offset_;
-    data().isRunning = false; // a test that ends with a running player has no device to wait for
+    data().isRunning = false; // no device would clear it
     reinterpret_cast<void (*)(Object)>(coreAudioPlayerClass.destructor)(*this);
     std::free(memory_);
 }

@@ -1,4 +1,4 @@
-// A player object as a host makes one, and the members of its class, found by name in the class table.
+// A player object as a host creates it. Members are found by name in the class table.
 #pragma once
 
 #include "player/player.h"
@@ -12,10 +12,10 @@
 
 namespace test {
 
-/// The row of that name.
+/// The row named `name`; the program ends if there is none.
 const REALproperty& propertyRow(std::string_view name);
 
-/// The row whose declaration begins with that name.
+/// The row whose declaration begins with `name`; the program ends if there is none.
 const REALmethod& methodRow(std::string_view name);
 
 using Object = REALobjectStruct*;
@@ -35,7 +35,7 @@ void set(Object object, std::string_view property, T value)
 }
 
 using Memory = REALmemoryBlockStruct*;
-// The forms that the class's methods have.
+// The types of the class's methods.
 using AddMono = HostBoolean (*)(Object, Memory, HostInteger, HostInteger, HostInteger, HostBoolean);
 using AddStereo = HostBoolean (*)(Object, Memory, Memory, HostInteger, HostInteger, HostInteger, HostBoolean);
 using AddFloatMono = HostBoolean (*)(Object, Memory, HostInteger, HostInteger, HostBoolean);
@@ -48,7 +48,7 @@ Result call(std::string_view name, Object object, Arguments... arguments)
     return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(name).function)(object, arguments...);
 }
 
-/// An object in memory that held rubbish before, constructed and, at the end, destroyed.
+/// A constructed object, in memory that was filled with 0xFF before.
 class PlayerObject {
 public:
     explicit PlayerObject(Word dataOffset = 48);
@@ -66,7 +66,7 @@ public:
     /// Queue floats through "AddFloatAudio"; for stereo data they are interleaved.
     bool add(const std::vector<float>& samples, bool clearBuffers = false) const;
 
-    /// What waits in a slot, and what plays; empty for none.
+    /// The samples of a queue slot, and of the current buffer; empty if there is none.
     std::vector<float> slot(int index) const;
     std::vector<float> current() const;
 
@@ -80,7 +80,7 @@ private:
 /// The samples of an item.
 std::vector<float> samplesOf(const player::PlayItem& item);
 
-/// An item with samples of its own, as the queue takes them.
+/// An item with a copy of `samples`, allocated as the queue expects.
 player::PlayItem itemOf(const std::vector<float>& samples);
 
 } // namespace test

@@ -11,14 +11,14 @@ namespace test {
 
 namespace {
 
-// What the signal handlers work on: plain words, since a handler may call next to nothing.
+// State of the signal handlers: plain data, because a handler may call almost no function.
 char* watchedPage = nullptr;
 std::size_t watchedBytes = 0;
-std::array<Access, 256> noted;
-volatile std::size_t notedCount = 0;
+std::array<Access, 256> recorded;
+volatile std::size_t recordedCount = 0;
 struct sigaction formerFault, formerStep;
 
-constexpr greg_t trapFlag = 0x100; // the processor stops behind the next instruction
+constexpr greg_t trapFlag = 0x100; // the processor traps after the next instruction
 constexpr greg_t writeFault = 2;   // in the fault's error code
 constexpr int errorCode = REG_ERR, flags = REG_EFL;
 
@@ -31,14 +31,14 @@ void onFault(int, siginfo_t* info, void* context)
 {
     auto& registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
     auto* address = static_cast<char*>(info->si_addr);
-    if (address < watchedPage || address >= watchedPage + watchedBytes) { // a real crash: let it happen
+    if (address < watchedPage || address >= watchedPage + watchedBytes) { // a real crash
         sigaction(SIGSEGV, &formerFault, nullptr);
         return;
     }
-    if (notedCount < noted.size()) {
-        noted[notedCount] = {static_cast<std::size_t>(address - watchedPage),
-                             (registers[errorCode] & writeFault) != 0};
-        notedCount = notedCount + 1;
+    if (recordedCount < recorded.size()) {
+        recorded[recordedCount] = {static_cast<std::size_t>(address - watchedPage),
+                                   (registers[errorCode] & writeFault) != 0};
+        recordedCount = recordedCount + 1;
     }
     openPage(true);
     registers[flags] |= trapFlag;
@@ -76,7 +76,7 @@ void WatchedMemory::watch()
 {
     watchedPage = static_cast<char*>(memory_);
     watchedBytes = bytes_;
-    notedCount = 0;
+    recordedCount = 0;
     handle(SIGSEGV, onFault, &formerFault);
     handle(SIGTRAP, onStep, &formerStep);
     openPage(false);
@@ -89,7 +89,7 @@ std::vector<Access> WatchedMemory::accesses()
     sigaction(SIGSEGV, &formerFault, nullptr);
     sigaction(SIGTRAP, &formerStep, nullptr);
     watchedPage = nullptr;
-    return {noted.begin(), noted.begin() + static_cast<std::ptrdiff_t>(notedCount)};
+    return {recorded.begin(), recorded.begin() + static_cast<std::ptrdiff_t>(recordedCount)};
 }
 
 } // namespace test

@@ -1,6 +1,5 @@
-// Every access to a record, caught by the processor: the page that holds it is closed, an access to it
-// faults, is noted, and is then carried out alone, one instruction with the page open, before the page closes
-// again.
+// Records every access to a plain record by page protection: an access faults, is recorded, and is then
+// executed as a single step with the page accessible.
 #pragma once
 
 #include <cstddef>
@@ -11,11 +10,11 @@
 namespace test {
 
 struct Access {
-    std::size_t offset; ///< from the record's beginning
+    std::size_t offset; ///< bytes from the start of the record
     bool isWrite;
 };
 
-/// Memory of its own pages that can be watched; one at a time.
+/// Whole pages of memory. Only one object can be watched at a time.
 class WatchedMemory {
 public:
     explicit WatchedMemory(std::size_t bytes);
@@ -25,10 +24,10 @@ public:
 
     void* address() const { return memory_; }
 
-    /// Note every access from now on, of the thread that called this.
+    /// Start recording the accesses of the calling thread.
     void watch();
 
-    /// Stop it, and return what was noted.
+    /// Stop, and return the recorded accesses.
     std::vector<Access> accesses();
 
 private:
@@ -36,7 +35,7 @@ private:
     std::size_t bytes_;
 };
 
-/// A zeroed plain record there.
+/// A zeroed plain record in watched memory.
 template <class Record>
 class WatchedRecord : public WatchedMemory {
 public:

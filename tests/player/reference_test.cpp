@@ -1,6 +1,5 @@
-// Many scenarios, made up by a generator, through the player and through a second, plain implementation of
-// its render step: after every slice both must agree in every byte, position, flag and waiting sample. The
-// audio thread allocates nothing meanwhile.
+// Random scenarios, rendered by the player and by a second, plain implementation. After every slice both
+// agree in every byte, position, flag and waiting sample. The render thread allocates nothing.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -26,20 +25,20 @@ constexpr float smallest = std::numeric_limits<float>::denorm_min();
 
 const std::vector<float> usualRates = {44100,  48000, 22050, 11025,    88200, 96000,
                                        192000, 8000,  32000, 44099.5f, 1,     3};
-const std::vector<float> strangeRates = {0,       -0.0f,    -1,    -44100, infinity, -infinity, notANumber,
+const std::vector<float> extremeRates = {0,       -0.0f,    -1,    -44100, infinity, -infinity, notANumber,
                                          largest, smallest, 1e12f, 1e-12f, 4.6e18f,  -8e18f,    441000};
-const std::vector<float> strangeSamples = {infinity, -infinity, notANumber, largest,
+const std::vector<float> extremeSamples = {infinity, -infinity, notANumber, largest,
                                            -largest, smallest,  -0.0f};
 const std::vector<int> channelCounts = {1, 1, 1, 1, 2, 2, 2, 2, 0, 3, -1};
 
-/// One player, twice.
+/// A player and its reference, always in the same state.
 class Scenario {
 public:
-    Scenario(std::uint32_t seed, bool isStrange) : random_(seed), isStrange_(isStrange)
+    Scenario(std::uint32_t seed, bool hasExtremes) : random_(seed), hasExtremes_(hasExtremes)
     {
         setRate();
         setChannels();
-        object_->noUnderflow = mirror_.noUnderflow = chance(2);
+        object_->noUnderflow = reference_.noUnderflow = chance(2);
         for (int i = below(5); i > 0; --i) add();
         start();
     }
@@ -63,31 +62,31 @@ private:
         return values[static_cast<std::size_t>(below(static_cast<int>(values.size())))];
     }
 
-    float rate() { return isStrange_ && chance(2) ? pick(strangeRates) : pick(usualRates); }
+    float rate() { return hasExtremes_ && chance(2) ? pick(extremeRates) : pick(usualRates); }
     void setRate()
     {
-        mirror_.sampleRate = rate();
-        test::set<float>(object_, "SampleRate", mirror_.sampleRate);
+        reference_.sampleRate = rate();
+        test::set<float>(object_, "SampleRate", reference_.sampleRate);
     }
     void setChannels()
     {
-        mirror_.numberOfChannels = pick(channelCounts);
-        test::set<HostInteger>(object_, "NumberOfChannels", mirror_.numberOfChannels);
+        reference_.numberOfChannels = pick(channelCounts);
+        test::set<HostInteger>(object_, "NumberOfChannels", reference_.numberOfChannels);
     }
 
     void add()
     {
         const int longest[] = {1, 3, 8, 40, 300};
         std::vector<float> samples(static_cast<std::size_t>(1 + below(longest[below(5)])));
-        if (mirror_.numberOfChannels == 2 && !chance(8) && samples.size() % 2) samples.push_back(0);
+        if (reference_.numberOfChannels == 2 && !chance(8) && samples.size() % 2) samples.push_back(0);
         for (float& sample : samples) {
             sample = static_cast<float>(static_cast<std::int32_t>(random_())) * 0x1p-31f;
-            if (isStrange_ && chance(20)) sample = pick(strangeSamples);
+            if (hasExtremes_ && chance(20)) sample = pick(extremeSamples);
         }
         const bool clears = chance(20);
         ASSERT_TRUE(object_.add(samples, clears));
-        if (clears) mirror_.waiting.clear();
-        mirror_.waiting.push_back(std::move(samples));
+        if (clears) reference_.waiting.clear();
+        reference_.waiting.push_back(std::move(samples));
     }
 
     void start()
@@ -98,65 +97,65 @@ private:
         spy::platform().streamFormat.mSampleRate = deviceRate;
         ASSERT_TRUE(object_.start());
         spy::forgetCalls();
-        mirror_.start(deviceRate);
-        mirror_.calls.clear();
+        reference_.start(deviceRate);
+        reference_.calls.clear();
     }
 
-    /// What happens between two slices.
+    /// Random calls of the host between two slices.
     void act()
     {
-        if (!mirror_.isRunning) start();
-        while (chance(2) && mirror_.waiting.size() < 20) add();
+        if (!reference_.isRunning) start();
+        while (chance(2) && reference_.waiting.size() < 20) add();
         if (chance(10)) setRate();
         if (chance(20)) setChannels();
-        if (chance(10)) object_->noUnderflow = mirror_.noUnderflow = !mirror_.noUnderflow;
-        if (chance(30)) object_->stopRequested = mirror_.stopRequested = true;
-        if (chance(10)) object_->hadUnderflow = mirror_.hadUnderflow = false;
-        if (!mirror_.isRunning || !mirror_.stopRequested) return;
-        if (chance(2)) object_->stopRequested = mirror_.stopRequested = false; // withdrawn
+        if (chance(10)) object_->noUnderflow = reference_.noUnderflow = !reference_.noUnderflow;
+        if (chance(30)) object_->stopRequested = reference_.stopRequested = true;
+        if (chance(10)) object_->hadUnderflow = reference_.hadUnderflow = false;
+        if (!reference_.isRunning || !reference_.stopRequested) return;
+        if (chance(2)) object_->stopRequested = reference_.stopRequested = false; // the request is withdrawn
     }
 
-    std::vector<test::Shape> shapes()
+    std::vector<test::BufferLayout> layouts()
     {
         const std::uint32_t usual[] = {1, 2, 2, 2, 6, 3};
         const auto frames = static_cast<std::uint32_t>(below(4) ? below(33) : below(3));
-        std::vector<test::Shape> list = {test::shape(usual[below(6)], frames)};
+        std::vector<test::BufferLayout> list = {test::layout(usual[below(6)], frames)};
         if (chance(30)) list[0].channels = 0;
         if (chance(20)) list[0].bytes += static_cast<std::uint32_t>(below(4));
         for (int more = chance(3) ? below(3) : 0; more > 0; --more) {
-            test::Shape other = test::shape(static_cast<std::uint32_t>(below(4)), frames);
+            test::BufferLayout other = test::layout(static_cast<std::uint32_t>(below(4)), frames);
             if (chance(3)) other.bytes = static_cast<std::uint32_t>(below(140));
             list.push_back(other);
         }
-        for (test::Shape& each : list) each.isAbsent = chance(15);
+        for (test::BufferLayout& each : list) each.isAbsent = chance(15);
         return list;
     }
 
     void render()
     {
-        const std::vector<test::Shape> list = shapes();
+        const std::vector<test::BufferLayout> list = layouts();
         const int inUse =
             chance(25) ? below(static_cast<int>(list.size()) + 1) : static_cast<int>(list.size());
         test::Slice real(list, inUse);
         reference::Slice plain = {{}, static_cast<std::size_t>(inUse)};
-        for (const test::Shape& each : list)
+        for (const test::BufferLayout& each : list)
             plain.buffers.push_back(
                 {each.channels, std::vector<unsigned char>(each.bytes, test::Slice::before), each.isAbsent});
 
         OSStatus status;
         {
             const watched::NoAllocation audioThread;
-            status = test::cycle(object_, real);
+            status = test::runCycle(object_, real);
         }
-        mirror_.render(plain);
+        reference_.render(plain);
 
         EXPECT_EQ(status, 0);
         EXPECT_TRUE(real.isIntact());
         for (std::size_t b = 0; b < list.size(); ++b) expectEqual(real.bytes(b), plain.buffers[b].bytes);
-        heard_ += list[0].channels ? list[0].bytes / 4 / list[0].channels : 0;
+        framesRendered_ += list[0].channels ? list[0].bytes / 4 / list[0].channels : 0;
     }
 
-    /// Bit for bit; of two that are no numbers, each will do.
+    /// Expect equal bits, or not-a-number in both.
     static void expectEqual(const std::vector<unsigned char>& real, const std::vector<unsigned char>& plain)
     {
         ASSERT_EQ(real.size(), plain.size());
@@ -178,28 +177,28 @@ private:
 
     void compare()
     {
-        EXPECT_TRUE(isSame(object_->outputPosition, mirror_.position))
-            << object_->outputPosition << ", not " << mirror_.position;
-        EXPECT_TRUE(isSame(object_->outputPositionRelative, mirror_.relativePosition))
-            << object_->outputPositionRelative << ", not " << mirror_.relativePosition;
-        EXPECT_EQ(object_->baseSampleIndex, mirror_.base);
-        EXPECT_EQ(object_->isRunning, mirror_.isRunning);
-        EXPECT_EQ(object_->stopRequested, mirror_.stopRequested);
-        EXPECT_EQ(object_->hadUnderflow, mirror_.hadUnderflow);
-        EXPECT_EQ(object_->noUnderflow, mirror_.noUnderflow);
+        EXPECT_TRUE(isSame(object_->outputPosition, reference_.position))
+            << object_->outputPosition << ", not " << reference_.position;
+        EXPECT_TRUE(isSame(object_->outputPositionRelative, reference_.relativePosition))
+            << object_->outputPositionRelative << ", not " << reference_.relativePosition;
+        EXPECT_EQ(object_->baseSampleIndex, reference_.base);
+        EXPECT_EQ(object_->isRunning, reference_.isRunning);
+        EXPECT_EQ(object_->stopRequested, reference_.stopRequested);
+        EXPECT_EQ(object_->hadUnderflow, reference_.hadUnderflow);
+        EXPECT_EQ(object_->noUnderflow, reference_.noUnderflow);
         std::vector<std::string> expected;
-        for (const std::string& call : mirror_.calls)
+        for (const std::string& call : reference_.calls)
             expected.push_back(call == "stop" ? "AudioDeviceStop(2, procedure)"
                                               : "AudioDeviceRemoveIOProc(2, procedure)");
         EXPECT_EQ(spy::calls(), expected);
 
-        EXPECT_EQ(object_->current.data != nullptr, mirror_.current.has_value());
-        if (mirror_.current) expectSame(object_->current, *mirror_.current);
-        ASSERT_EQ(object_->queueCount, static_cast<std::int32_t>(mirror_.waiting.size()));
+        EXPECT_EQ(object_->current.data != nullptr, reference_.current.has_value());
+        if (reference_.current) expectSame(object_->current, *reference_.current);
+        ASSERT_EQ(object_->queueCount, static_cast<std::int32_t>(reference_.waiting.size()));
         for (std::size_t i = 0; i < player::queueCapacity; ++i) {
             const player::PlayItem& slot = object_->queue[i];
-            if (i < mirror_.waiting.size())
-                expectSame(slot, mirror_.waiting[i]);
+            if (i < reference_.waiting.size())
+                expectSame(slot, reference_.waiting[i]);
             else
                 EXPECT_TRUE(!slot.data && slot.count == 0) << "slot " << i;
         }
@@ -211,39 +210,38 @@ private:
         EXPECT_EQ(std::memcmp(item.data, samples.data(), samples.size() * sizeof(float)), 0);
     }
 
-    std::mt19937 random_; // its sequence is the same everywhere
-    bool isStrange_;
+    std::mt19937 random_; // the standard defines its sequence
+    bool hasExtremes_;
     PlayerObject object_;
-    reference::Player mirror_;
+    reference::Player reference_;
 
 public:
-    std::uint64_t heard_ = 0;
+    std::uint64_t framesRendered_ = 0;
 };
 
 class PlayerReference : public test::FreshPlatform {
 protected:
-    static void run(std::uint32_t firstSeed, std::uint32_t scenarios, bool isStrange)
+    static void run(std::uint32_t firstSeed, std::uint32_t scenarios, bool hasExtremes)
     {
-        std::uint64_t heard = 0;
+        std::uint64_t framesRendered = 0;
         const long blocksBefore = watched::liveBlocks();
         const int alarmsBefore = watched::alarms();
         for (std::uint32_t seed = firstSeed; seed < firstSeed + scenarios && !HasFailure(); ++seed) {
             SCOPED_TRACE(::testing::Message() << "seed " << seed);
-            Scenario scenario(seed, isStrange);
+            Scenario scenario(seed, hasExtremes);
             scenario.run(40);
-            heard += scenario.heard_;
+            framesRendered += scenario.framesRendered_;
         }
-        EXPECT_GT(heard, scenarios * 100u) << "the scenarios play something";
-        EXPECT_EQ(watched::alarms(), alarmsBefore) << "something was allocated on the audio thread";
+        EXPECT_GT(framesRendered, scenarios * 100u) << "the scenarios render audio";
+        EXPECT_EQ(watched::alarms(), alarmsBefore) << "the render thread allocated memory";
         EXPECT_EQ(watched::liveBlocks(), blocksBefore);
     }
 };
 
-TEST_F(PlayerReference, AgreesOverUsualRates) { run(1, 1500, false); }
-TEST_F(PlayerReference, AgreesOverStrangeRatesAndSamples) { run(100001, 1500, true); }
+TEST_F(PlayerReference, AgreesAtUsualRates) { run(1, 1500, false); }
+TEST_F(PlayerReference, AgreesAtExtremeRatesAndSamples) { run(100001, 1500, true); }
 
-// Long slices at every pair of rates, cut where a device would cut them.
-TEST_F(PlayerReference, AgreesOverLongSlicesAtEveryPairOfRates)
+TEST_F(PlayerReference, AgreesInLongSlicesAtEveryPairOfRates)
 {
     std::mt19937 random(7);
     for (const float sourceRate : usualRates)
@@ -253,27 +251,27 @@ TEST_F(PlayerReference, AgreesOverLongSlicesAtEveryPairOfRates)
                 spy::reset();
                 spy::platform().streamFormat.mSampleRate = deviceRate;
                 const PlayerObject object;
-                reference::Player mirror;
-                object->sampleRate = mirror.sampleRate = sourceRate;
-                object->numberOfChannels = mirror.numberOfChannels = channels;
+                reference::Player second;
+                object->sampleRate = second.sampleRate = sourceRate;
+                object->numberOfChannels = second.numberOfChannels = channels;
                 for (int i = 0; i < 4; ++i) {
                     std::vector<float> samples(random() % 500 * 2 + 2);
                     for (float& sample : samples)
                         sample = static_cast<float>(static_cast<std::int32_t>(random())) * 0x1p-31f;
                     ASSERT_TRUE(object.add(samples));
-                    mirror.waiting.push_back(std::move(samples));
+                    second.waiting.push_back(std::move(samples));
                 }
                 ASSERT_TRUE(object.start());
-                mirror.start(deviceRate);
-                for (int i = 0; i < 4 && mirror.isRunning; ++i) {
-                    test::Slice real({test::shape(2, 512)});
-                    test::cycle(object, real);
+                second.start(deviceRate);
+                for (int i = 0; i < 4 && second.isRunning; ++i) {
+                    test::Slice real({test::layout(2, 512)});
+                    test::runCycle(object, real);
                     reference::Slice plain = {
                         {{2, std::vector<unsigned char>(4096, test::Slice::before), false}}, 1};
-                    mirror.render(plain);
+                    second.render(plain);
                     ASSERT_EQ(real.bytes(0), plain.buffers[0].bytes);
-                    ASSERT_EQ(object->outputPosition, mirror.position);
-                    ASSERT_EQ(object->isRunning, mirror.isRunning);
+                    ASSERT_EQ(object->outputPosition, second.position);
+                    ASSERT_EQ(object->isRunning, second.isRunning);
                 }
             }
 }

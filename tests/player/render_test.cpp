@@ -1,4 +1,4 @@
-// The render step, against values worked out by hand.
+// Rendering, against values computed by hand.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -18,7 +18,7 @@ using Floats = std::vector<float>;
 
 class PlayerRender : public test::FreshPlatform {
 protected:
-    /// A started player whose data has `rate` and `channels`; the device runs at 44100 Hz.
+    /// Start the player with data of this rate and channel count. The device runs at 44100 Hz.
     static void start(const PlayerObject& object, float rate, std::int32_t channels = 1)
     {
         object->sampleRate = rate;
@@ -38,8 +38,8 @@ TEST_F(PlayerRender, EqualRateReproducesTheInputOnEveryChannel)
         const PlayerObject object;
         ASSERT_TRUE(object.add(input));
         start(object, equal);
-        test::Slice slice({test::shape(channels, 8), test::shape(1, 8)});
-        EXPECT_EQ(test::cycle(object, slice), 0);
+        test::Slice slice({test::layout(channels, 8), test::layout(1, 8)});
+        EXPECT_EQ(test::runCycle(object, slice), 0);
         Floats expected;
         for (const float sample : input) expected.insert(expected.end(), channels, sample);
         EXPECT_EQ(slice.floats(0), expected);
@@ -58,7 +58,7 @@ TEST_F(PlayerRender, EqualRateReproducesStereo)
     EXPECT_EQ(object->outputPosition, 4.0) << "positions count frames, not samples";
 }
 
-TEST_F(PlayerRender, EqualRateCrossesSeamsWithoutALoss)
+TEST_F(PlayerRender, EqualRateLosesNoSampleBetweenBuffers)
 {
     for (const std::uint32_t sliceFrames : {1u, 2u, 3u, 4u, 5u, 7u, 12u}) {
         SCOPED_TRACE(sliceFrames);
@@ -67,26 +67,27 @@ TEST_F(PlayerRender, EqualRateCrossesSeamsWithoutALoss)
         ASSERT_TRUE(object.add({5}));
         ASSERT_TRUE(object.add({6, 7, 8, 9, 10, 11, 12}));
         start(object, equal);
-        Floats heard;
-        while (heard.size() < 12) {
+        Floats rendered;
+        while (rendered.size() < 12) {
             const Floats slice = render(object, sliceFrames);
-            heard.insert(heard.end(), slice.begin(), slice.end());
+            rendered.insert(rendered.end(), slice.begin(), slice.end());
         }
-        heard.resize(12);
-        EXPECT_EQ(heard, (Floats{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+        rendered.resize(12);
+        EXPECT_EQ(rendered, (Floats{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
     }
 }
 
-TEST_F(PlayerRender, HalfTheDeviceRateFollowsEachSampleWithTheMidpointToTheNext)
+TEST_F(PlayerRender, HalfTheDeviceRateInsertsMidpoints)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 4, 0}));
     start(object, half);
-    EXPECT_EQ(render(object, 8), (Floats{1, 1.5, 2, 3, 4, 2, 0, 0})) << "the last one falls to silence";
+    EXPECT_EQ(render(object, 8), (Floats{1, 1.5, 2, 3, 4, 2, 0, 0}))
+        << "the last sample is interpolated to silence";
     EXPECT_EQ(object->outputPosition, 4.0);
 }
 
-TEST_F(PlayerRender, HalfTheDeviceRateInStereo)
+TEST_F(PlayerRender, HalfTheDeviceRateInsertsMidpointsInStereo)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, -1, 2, -2, 4, -4}));
@@ -103,7 +104,7 @@ TEST_F(PlayerRender, TwiceTheDeviceRateTakesEverySecondSample)
     EXPECT_EQ(object->outputPosition, 6.0);
 }
 
-TEST_F(PlayerRender, InterpolatesAcrossASeamInsideASlice)
+TEST_F(PlayerRender, InterpolatesBetweenTwoBuffersInsideASlice)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -112,9 +113,9 @@ TEST_F(PlayerRender, InterpolatesAcrossASeamInsideASlice)
     EXPECT_EQ(render(object, 8), (Floats{1, 1.5, 2, 3, 4, 6, 8, 4}));
 }
 
-// The look-ahead of the slice's last frame has taken the next buffer, so the left neighbour is gone: 0.0 is
-// in its place, until the position reaches the new buffer.
-TEST_F(PlayerRender, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
+// The look-ahead of the last frame has freed the buffer with the left neighbour. 0.0 replaces the neighbour
+// until the position reaches the new buffer.
+TEST_F(PlayerRender, ASliceThatBeginsInASeamReadsZeroOnItsLeft)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -125,8 +126,8 @@ TEST_F(PlayerRender, ASliceThatBeginsInsideASeamFindsZeroOnItsLeft)
     EXPECT_EQ(render(object, 4), (Floats{2 /* not 3: halfway from 0 to 4 */, 4, 6, 8}));
 }
 
-// At a lower rate, several frames lie between the two.
-TEST_F(PlayerRender, EveryFrameInsideTheSeamFindsZeroOnItsLeft)
+// At a quarter of the device's rate, four frames lie in the seam.
+TEST_F(PlayerRender, EveryFrameInASeamReadsZeroOnItsLeft)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -136,7 +137,7 @@ TEST_F(PlayerRender, EveryFrameInsideTheSeamFindsZeroOnItsLeft)
     EXPECT_EQ(render(object, 5), (Floats{1, 2, 3 /* a quarter, half, three quarters of 4 */, 4, 5}));
 }
 
-TEST_F(PlayerRender, TheSameSeamInStereo)
+TEST_F(PlayerRender, ASliceThatBeginsInASeamReadsZeroOnItsLeftInStereo)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, -1, 2, -2}));
@@ -146,8 +147,8 @@ TEST_F(PlayerRender, TheSameSeamInStereo)
     EXPECT_EQ(render(object, 3, 2), (Floats{2, -2, 4, -4, 6, -6}));
 }
 
-// A seam at the same place, at the device's rate: the position never stands inside it.
-TEST_F(PlayerRender, TheSeamIsNotHeardAtTheDevicesRate)
+// At the device's rate no position lies between two frames.
+TEST_F(PlayerRender, TheSeamIsInaudibleAtTheDevicesRate)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -166,8 +167,8 @@ TEST_F(PlayerRender, AnIndexPastTheNewBufferIsZero)
     ASSERT_TRUE(object.add({5, 6}));
     ASSERT_TRUE(object.add({7, 8, 9, 10, 11, 12, 13}));
     start(object, fourTimes);
-    // Frame 1: index 4 leaves {1, 2} and lies past {3, 4}; index 5, its neighbour, leaves that one and
-    // finds 6. Frame 2: index 8 leaves {5, 6} and finds the third of the last buffer.
+    // Frame 1: index 4 takes {3, 4} and is past its end; its neighbour, index 5, takes {5, 6} and reads 6.
+    // Frame 2: index 8 takes the last buffer and reads its third sample.
     EXPECT_EQ(render(object, 3), (Floats{1, 0, 9}));
     EXPECT_EQ(object->baseSampleIndex, 6);
     EXPECT_EQ(object.current(), (Floats{7, 8, 9, 10, 11, 12, 13}));
@@ -190,7 +191,7 @@ TEST_F(PlayerRender, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuff
     ASSERT_TRUE(object.add({4, 5, 6}));
     start(object, equal);
     const double expected[] = {1, 2, 1 /* frame 2 looks ahead to index 3 */, 2, 3,
-                               4, 4 /* nothing was left to play */};
+                               4, 4 /* the queue is empty */};
     for (const double relative : expected) {
         render(object, 1);
         EXPECT_EQ(object->outputPositionRelative, relative);
@@ -198,7 +199,7 @@ TEST_F(PlayerRender, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuff
     EXPECT_EQ(object->outputPosition, 6.0);
 }
 
-TEST_F(PlayerRender, RelativePositionAdvancesWhileSilenceIsRenderedInsideACycle)
+TEST_F(PlayerRender, RelativePositionAdvancesDuringSilenceInsideASlice)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
@@ -208,7 +209,7 @@ TEST_F(PlayerRender, RelativePositionAdvancesWhileSilenceIsRenderedInsideACycle)
     EXPECT_EQ(object->outputPositionRelative, 5.0);
 }
 
-// The step is a quotient of singles: 1 / 3 is 0.3333333432674408, not a third.
+// 1 / 3 is 0.3333333432674408 in single precision.
 TEST_F(PlayerRender, TheStepIsDividedInSinglePrecision)
 {
     const PlayerObject object;
@@ -232,8 +233,8 @@ TEST_F(PlayerRender, TheDeviceRateIsRoundedToSingle)
     EXPECT_EQ(object->outputPosition, 2.0);
 }
 
-// Mono weighs its neighbours in double precision and rounds once; stereo in single precision, rounding each
-// step.
+// Mono is weighted in double precision and rounded once; stereo in single precision, with a rounding per
+// operation.
 TEST_F(PlayerRender, MonoAndStereoRoundDifferently)
 {
     const float s0 = 0x1.47ae14p-7f, s1 = 0x1.47ae14p-5f;
@@ -260,18 +261,18 @@ TEST_F(PlayerRender, OtherChannelCountsThanTwoPlayAsMono)
     }
 }
 
-TEST_F(PlayerRender, AnOddStereoBufferTakesItsPartnerFromTheNext)
+TEST_F(PlayerRender, AnOddStereoBufferSplitsAPair)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3}));
     ASSERT_TRUE(object.add({4, 5, 6}));
     start(object, equal, 2);
-    // The look-ahead to indexes 2 and 3 leaves the first buffer; frame 1 then finds no left channel.
+    // The look-ahead to indexes 2 and 3 frees the first buffer, so frame 1 has no left sample.
     EXPECT_EQ(render(object, 1, 2), (Floats{1, 2}));
     EXPECT_EQ(render(object, 2, 2), (Floats{0, 4, 5, 6}));
 }
 
-TEST_F(PlayerRender, RateAndChannelsMayChangeWhileItPlays)
+TEST_F(PlayerRender, RateAndChannelsMayChangeDuringPlayback)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
@@ -285,8 +286,8 @@ TEST_F(PlayerRender, RateAndChannelsMayChangeWhileItPlays)
     EXPECT_EQ(render(object, 1, 2), (Floats{0, 0})) << "frame 6 of stereo is sample 12";
 }
 
-// A rate that is no rate leaves the position anywhere, and nothing else comes to harm.
-TEST_F(PlayerRender, StrangeRatesAreSafe)
+// The position may take any value; no memory outside the buffers is written.
+TEST_F(PlayerRender, ExtremeRatesAreSafe)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
@@ -302,14 +303,14 @@ TEST_F(PlayerRender, StrangeRatesAreSafe)
                 setDeviceRate(deviceRate);
                 start(object, rate, channels);
                 for (int i = 0; i < 3; ++i) {
-                    test::Slice slice({test::shape(2, 16), test::shape(1, 4)});
-                    EXPECT_EQ(test::cycle(object, slice), 0);
+                    test::Slice slice({test::layout(2, 16), test::layout(1, 4)});
+                    EXPECT_EQ(test::runCycle(object, slice), 0);
                     EXPECT_TRUE(slice.isIntact());
                 }
             }
 }
 
-TEST_F(PlayerRender, ARateOfZeroHoldsTheFirstSample)
+TEST_F(PlayerRender, ARateOfZeroRepeatsTheFirstSample)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
@@ -318,25 +319,25 @@ TEST_F(PlayerRender, ARateOfZeroHoldsTheFirstSample)
     EXPECT_EQ(object->outputPosition, 0.0);
 }
 
-TEST_F(PlayerRender, ANegativeRateRunsOutOfTheFront)
+TEST_F(PlayerRender, ANegativeRateLeavesTheBufferAtItsStart)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
     start(object, -half);
-    // From 0 to -0.5 the index stays 0 and the weight leaves the two: -0.5 times 8 and 1.5 times 7.
-    EXPECT_EQ(render(object, 4), (Floats{7, 6.5, 0 /* index -1, all on the left */, -3.5}));
+    // At -0.5 the index is still 0: the sum is -0.5 times 8 plus 1.5 times 7.
+    EXPECT_EQ(render(object, 4), (Floats{7, 6.5, 0 /* index -1, with the whole weight on the left */, -3.5}));
     EXPECT_EQ(object->outputPosition, -2.0);
     EXPECT_EQ(object.current(), (Floats{7, 8}));
 }
 
-TEST_F(PlayerRender, ANotANumberRateRendersNotANumbersAfterTheFirstFrame)
+TEST_F(PlayerRender, ARateOfNotANumberRendersNotANumberAfterTheFirstFrame)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
     start(object, std::numeric_limits<float>::quiet_NaN());
-    const Floats heard = render(object, 3);
-    EXPECT_EQ(heard[0], 7.0f);
-    EXPECT_TRUE(std::isnan(heard[1]) && std::isnan(heard[2]));
+    const Floats rendered = render(object, 3);
+    EXPECT_EQ(rendered[0], 7.0f);
+    EXPECT_TRUE(std::isnan(rendered[1]) && std::isnan(rendered[2]));
     EXPECT_TRUE(std::isnan(object->outputPosition));
 }
 
@@ -348,14 +349,14 @@ TEST_F(PlayerRender, ResultsAreNotClipped)
     EXPECT_EQ(render(object, 2), (Floats{1000, -1000}));
 }
 
-TEST_F(PlayerRender, ASliceOfNoFramesTakesABufferAndPlaysNothing)
+TEST_F(PlayerRender, ASliceWithoutFramesTakesABuffer)
 {
     for (const std::int32_t channels : {1, 2}) {
         const PlayerObject object;
         ASSERT_TRUE(object.add({1, 2}));
         start(object, equal, channels);
-        test::Slice slice({test::shape(2, 0)});
-        EXPECT_EQ(test::cycle(object, slice), 0);
+        test::Slice slice({test::layout(2, 0)});
+        EXPECT_EQ(test::runCycle(object, slice), 0);
         EXPECT_EQ(object->outputPosition, 0.0);
         EXPECT_EQ(object->outputPositionRelative, 0.0);
         EXPECT_EQ(object.current(), (Floats{1, 2}));

@@ -1,4 +1,4 @@
-// The sample reader: which sample an index finds, and what reading past a buffer's end leaves behind.
+// The sample reader: the sample at an index, and the state after reading past a buffer's end.
 #include "player/sample_reader.h"
 
 #include "tests/player/fresh_platform.h"
@@ -16,7 +16,7 @@ using Events = std::vector<std::string>;
 
 class PlayerSampleReader : public test::FreshPlatform {};
 
-// A current buffer of 10, 11, 12 whose first sample has index `base`; 20, 21, 22, 23 wait behind it.
+// The current buffer is 10, 11, 12; its first sample has index `base`. The next buffer is 20, 21, 22, 23.
 // clang-format off
 const struct {
     std::int64_t base, index;
@@ -28,24 +28,24 @@ const struct {
     { 0,       1,         11, false, "inside" },
     { 0,       2,         12, false, "the last" },
     { 0,       -1,        0,  false, "before the first" },
-    { 0,       INT64_MIN, 0,  false, "as far before as can be" },
+    { 0,       INT64_MIN, 0,  false, "the lowest index" },
     { 0,       3,         20, true,  "the first of the next" },
     { 0,       4,         21, true,  "inside the next" },
     { 0,       6,         23, true,  "the last of the next" },
     { 0,       7,         0,  true,  "past the next: a step longer than a buffer" },
-    { 0,       INT64_MAX, 0,  true,  "as far past as can be" },
+    { 0,       INT64_MAX, 0,  true,  "the highest index" },
     { 100,     99,        0,  false, "before the first, which is not index 0" },
     { 100,     100,       10, false, "the first" },
     { 100,     102,       12, false, "the last" },
     { 100,     103,       20, true,  "the first of the next" },
-    { 100,     0,         0,  false, "long left" },
+    { 100,     0,         0,  false, "long before the first" },
     { 1LL<<40, (1LL<<40) + 1, 11, false, "indexes have 64 bits" },
-    { 1LL<<40, 1,         0,  false, "and all of them count" },
-    { 1LL<<40, (1LL<<40) + (1LL<<32), 0, true, "forward, too" },
+    { 1LL<<40, 1,         0,  false, "the high 32 bits count" },
+    { 1LL<<40, (1LL<<40) + (1LL<<32), 0, true, "the high 32 bits count forward, too" },
 };
 // clang-format on
 
-TEST_F(PlayerSampleReader, FindsTheSampleOfAnIndex)
+TEST_F(PlayerSampleReader, ReturnsTheSampleAtAnIndex)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -61,14 +61,13 @@ TEST_F(PlayerSampleReader, FindsTheSampleOfAnIndex)
         EXPECT_EQ(object.current(),
                   fact.isNextTaken ? (std::vector<float>{20, 21, 22, 23}) : (std::vector<float>{10, 11, 12}));
         EXPECT_EQ(object->baseSampleIndex, fact.base + (fact.isNextTaken ? 3 : 0));
-        EXPECT_EQ(object->queueCount, fact.isNextTaken ? 1 : 2)
-            << "never more than one buffer is left at a time";
+        EXPECT_EQ(object->queueCount, fact.isNextTaken ? 1 : 2) << "one call takes at most one buffer";
         EXPECT_EQ(object->outputPositionRelative, fact.isNextTaken ? 0.0 : 5.0);
         EXPECT_EQ(object->outputPosition, 6.0);
     }
 }
 
-TEST_F(PlayerSampleReader, ReadsNothingWithoutACurrentBufferAndTakesNone)
+TEST_F(PlayerSampleReader, ReturnsZeroWithoutACurrentBuffer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({20}));
@@ -83,7 +82,7 @@ TEST_F(PlayerSampleReader, ReadsNothingWithoutACurrentBufferAndTakesNone)
     EXPECT_EQ(object->baseSampleIndex, 7);
 }
 
-TEST_F(PlayerSampleReader, LeavesTheLastBufferWithItsEndAsTheNextIndex)
+TEST_F(PlayerSampleReader, AfterTheLastBufferTheBaseIsItsEnd)
 {
     const PlayerObject object;
     object->current = test::itemOf({10, 11, 12});
@@ -97,7 +96,7 @@ TEST_F(PlayerSampleReader, LeavesTheLastBufferWithItsEndAsTheNextIndex)
     EXPECT_EQ(watched::liveBlocks(), before - 1);
 }
 
-TEST_F(PlayerSampleReader, FreesWhatItLeavesAndLocksOnlyThere)
+TEST_F(PlayerSampleReader, FreesAndLocksOnlyAtTheEndOfABuffer)
 {
     const PlayerObject object;
     object->current = test::itemOf({10, 11});
@@ -128,10 +127,10 @@ TEST_F(PlayerSampleReader, ReadsZeroWhenTheLockFails)
     EXPECT_EQ(sample, 0.0f);
     EXPECT_EQ(object->current.data, nullptr);
     EXPECT_EQ(object->baseSampleIndex, 2);
-    EXPECT_EQ(object->queueCount, 1) << "what waits goes on waiting";
+    EXPECT_EQ(object->queueCount, 1) << "the waiting buffer stays";
 }
 
-TEST_F(PlayerSampleReader, HandsOnEverySampleUnchanged)
+TEST_F(PlayerSampleReader, ReturnsEverySampleUnchanged)
 {
     const PlayerObject object;
     std::vector<float> ramp;

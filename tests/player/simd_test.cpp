@@ -1,5 +1,4 @@
-// What is computed in lanes against the same, one value after the other: all lengths and alignments, ordinary
-// and hostile data, bit for bit.
+// The SIMD kernels against scalar code, bit for bit: all lengths and alignments, ordinary and special values.
 #include "player/conversion.h"
 #include "player/span.h"
 
@@ -29,19 +28,20 @@ float floatOf(std::uint32_t bits)
     return value;
 }
 
-/// Equal in every bit; but of two numbers that are none, either.
+/// Equal in every bit, or both not-a-number.
 bool isSame(float a, float b) { return bitsOf(a) == bitsOf(b) || (std::isnan(a) && std::isnan(b)); }
 
-const std::uint32_t hostile[] = {0x00000000, 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF,
-                                 0xFF7FFFFF, 0x7F800000, 0xFF800000, 0x7FC00000, 0x7F800001,
-                                 0xFFFFFFFF, 0x3F800000, 0xBF7FFFFF, 0x34000000};
+const std::uint32_t specials[] = {0x00000000, 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF,
+                                  0xFF7FFFFF, 0x7F800000, 0xFF800000, 0x7FC00000, 0x7F800001,
+                                  0xFFFFFFFF, 0x3F800000, 0xBF7FFFFF, 0x34000000};
 
-std::vector<float> samples(std::mt19937& random, std::size_t count, bool isHostile)
+std::vector<float> samples(std::mt19937& random, std::size_t count, bool hasSpecials)
 {
     std::vector<float> result(count);
     std::uniform_real_distribution<float> level(-1, 1);
     for (float& each : result)
-        each = isHostile && random() % 3 ? floatOf(hostile[random() % std::size(hostile)]) : level(random);
+        each =
+            hasSpecials && random() % 3 ? floatOf(specials[random() % std::size(specials)]) : level(random);
     return result;
 }
 
@@ -51,87 +51,86 @@ const float steps[] = {
     1, 0.5f,       0.25f,         0.91875f,   44100.0f / 48000.0f, 22050.0f / 44100.0f, 48000.0f / 44100.0f,
     2, 3.9999998f, 0.0009765625f, 1.0000001f, 0.99999994f,         192000.0f / 8000.0f};
 
-/// The position after so many steps, one at a time.
-double walked(double position, double step, UInt32 count)
+/// The position after `count` steps, added one at a time.
+double stepped(double position, double step, UInt32 count)
 {
     for (UInt32 i = 0; i < count; ++i) position += step;
     return position;
 }
 
 using Interpolate = void (*)(const player::Span&, float*);
-struct Form {
+struct Kernel {
     const char* name;
-    Interpolate inLanes, singly;
+    Interpolate simd, scalar;
     int channels;
 };
 
-/// The kernels that this processor has.
-std::vector<Form> forms()
+/// The kernels that this processor can run.
+std::vector<Kernel> kernels()
 {
     using namespace player;
-    std::vector<Form> result = {
+    std::vector<Kernel> result = {
         {"mono", interpolateMono, interpolateMonoScalar, 1},
         {"stereo", interpolateStereo, interpolateStereoScalar, 2},
-        {"mono, two at a time", interpolateMonoSse, interpolateMonoScalar, 1},
-        {"stereo, two at a time", interpolateStereoSse, interpolateStereoScalar, 2},
+        {"mono, SSE", interpolateMonoSse, interpolateMonoScalar, 1},
+        {"stereo, SSE", interpolateStereoSse, interpolateStereoScalar, 2},
     };
     if (hasAvx()) {
-        result.push_back({"mono, four at a time", interpolateMonoAvx, interpolateMonoScalar, 1});
-        result.push_back({"stereo, four at a time", interpolateStereoAvx, interpolateStereoScalar, 2});
+        result.push_back({"mono, AVX", interpolateMonoAvx, interpolateMonoScalar, 1});
+        result.push_back({"stereo, AVX", interpolateStereoAvx, interpolateStereoScalar, 2});
     }
     return result;
 }
 
-/// Both forms over one stretch, into targets that begin `misaligned` floats behind an allocation.
-void expectSame(const player::Span& stretch, std::size_t misaligned)
+/// Compare every kernel over one span. The targets begin `misaligned` floats after an allocation.
+void expectSame(const player::Span& span, std::size_t misaligned)
 {
-    std::vector<float> inLanes(2 * stretch.frames + 2 + misaligned, 7), singly(inLanes);
-    for (const Form& form : forms()) {
-        form.inLanes(stretch, inLanes.data() + misaligned);
-        form.singly(stretch, singly.data() + misaligned);
-        for (std::size_t i = 0; i < inLanes.size(); ++i)
-            ASSERT_TRUE(isSame(inLanes[i], singly[i]))
-                << form.name << ", step " << stretch.step << ", " << stretch.frames << " frames, at " << i;
+    std::vector<float> simd(2 * span.frames + 2 + misaligned, 7), scalar(simd);
+    for (const Kernel& kernel : kernels()) {
+        kernel.simd(span, simd.data() + misaligned);
+        kernel.scalar(span, scalar.data() + misaligned);
+        for (std::size_t i = 0; i < simd.size(); ++i)
+            ASSERT_TRUE(isSame(simd[i], scalar[i]))
+                << kernel.name << ", step " << span.step << ", " << span.frames << " frames, at " << i;
     }
 }
 
-TEST(PlayerLanes, InterpolateAsOneFrameAfterTheOther)
+TEST(PlayerSimd, InterpolatesLikeTheScalarKernels)
 {
     std::mt19937 random(1);
-    for (const bool isHostile : {false, true})
+    for (const bool hasSpecials : {false, true})
         for (const float step : steps)
             for (UInt32 frames = 0; frames <= 70; ++frames)
                 for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
-                    // Positions that steps alone can reach.
-                    const double place = walked(0, step, random() % 50);
-                    const double last = place + step * (frames ? frames - 1 : 0);
-                    const auto count = static_cast<std::size_t>(last) + 2; // exactly the last neighbour
+                    const double position = stepped(0, step, random() % 50);
+                    const double last = position + step * (frames ? frames - 1 : 0);
+                    const auto count = static_cast<std::size_t>(last) + 2; // ends with the last neighbour
                     const std::size_t skipped = misaligned % 4;
-                    const std::vector<float> data = samples(random, 2 * count + skipped, isHostile);
-                    expectSame({data.data() + skipped, place, step, frames}, misaligned / 4);
+                    const std::vector<float> data = samples(random, 2 * count + skipped, hasSpecials);
+                    expectSame({data.data() + skipped, position, step, frames}, misaligned / 4);
                 }
 }
 
-TEST(PlayerLanes, InterpolateFarFromTheStart)
+TEST(PlayerSimd, InterpolatesFarFromTheStart)
 {
     std::mt19937 random(7);
     constexpr UInt32 frames = 67;
     const std::vector<float> data = samples(random, 4 * frames, false);
     for (const double start :
-         {1e6, 16777215.0, 134217727.0}) // the last: as much as one buffer can hold of pairs
+         {1e6, 16777215.0, 134217727.0}) // the last: the largest number of pairs in one buffer
         for (const float step : {1.0f, 0.5f, 0.91875f, 2.0f})
             for (const int channels : {1, 2}) {
-                // The memory in front of what is read does not exist; only its distance counts.
+                // The samples before the span are never read, so they need no memory.
                 const auto distance = static_cast<std::ptrdiff_t>(start) * channels;
                 const auto base = reinterpret_cast<std::uintptr_t>(data.data()) -
                                   static_cast<std::uintptr_t>(distance) * sizeof(float);
-                const player::Span stretch = {reinterpret_cast<const float*>(base), start, step, frames};
-                std::vector<float> inLanes(2 * frames), singly(2 * frames);
-                for (const Form& form : forms()) {
-                    if (form.channels != channels) continue;
-                    form.inLanes(stretch, inLanes.data());
-                    form.singly(stretch, singly.data());
-                    ASSERT_EQ(inLanes, singly) << form.name << ' ' << start << ' ' << step;
+                const player::Span span = {reinterpret_cast<const float*>(base), start, step, frames};
+                std::vector<float> simd(2 * frames), scalar(2 * frames);
+                for (const Kernel& kernel : kernels()) {
+                    if (kernel.channels != channels) continue;
+                    kernel.simd(span, simd.data());
+                    kernel.scalar(span, scalar.data());
+                    ASSERT_EQ(simd, scalar) << kernel.name << ' ' << start << ' ' << step;
                 }
             }
 }
@@ -146,24 +145,24 @@ const struct {
     {0, 0.91875f, true, "the start"},
     {0.91875f, 0.91875f, true, "one step on"},
     {1e6, 0.91875f, true, "whole frames"},
-    {0.1, 0.91875f, false, "a tenth is no multiple of any place of the step's"},
+    {0.1, 0.91875f, false, "a tenth is no multiple of the step's last place"},
     {std::ldexp(1.0, -24), 0.91875f, true, "the step's last place"},
     {std::ldexp(1.0, -25), 0.91875f, false, "half of it"},
     {std::ldexp(1.0, 28) - 1, 0.91875f, true, "just below 2^52 last places"},
     {std::ldexp(1.0, 28), 0.91875f, false, "2^52 last places"},
-    {-1, 1, false, "in front of the data"},
-    {std::numeric_limits<double>::quiet_NaN(), 1, false, "no number"},
-    {std::numeric_limits<double>::infinity(), 1, false, "no place"},
-    {0, 0, false, "no step"},
-    {0, -1, false, "a step back"},
-    {0, std::numeric_limits<float>::quiet_NaN(), false, "a step that is no number"},
-    {0, std::numeric_limits<float>::infinity(), false, "an endless step"},
-    {0, std::numeric_limits<float>::denorm_min(), false, "a step too small to be normal"},
+    {-1, 1, false, "before the data"},
+    {std::numeric_limits<double>::quiet_NaN(), 1, false, "not-a-number"},
+    {std::numeric_limits<double>::infinity(), 1, false, "infinity"},
+    {0, 0, false, "a step of 0"},
+    {0, -1, false, "a negative step"},
+    {0, std::numeric_limits<float>::quiet_NaN(), false, "a step of not-a-number"},
+    {0, std::numeric_limits<float>::infinity(), false, "an infinite step"},
+    {0, std::numeric_limits<float>::denorm_min(), false, "a denormal step"},
     {0, 4096, true, "the largest step"},
-    {0, 4096.001f, false, "beyond it"},
+    {0, 4096.001f, false, "above the largest step"},
 };
 
-TEST(PlayerLanes, AreTakenOnlyWhereNoSumIsRounded)
+TEST(PlayerSpan, IsExactOnlyWhereNoSumIsRounded)
 {
     for (const auto& row : positions) {
         SCOPED_TRACE(row.why);
@@ -174,37 +173,36 @@ TEST(PlayerLanes, AreTakenOnlyWhereNoSumIsRounded)
     EXPECT_EQ(player::exactFrames(0, 1, 0), 0u);
 }
 
-TEST(PlayerLanes, ReachWhatStepsReachOneByOne)
+TEST(PlayerSpan, EndsWhereSingleStepsEnd)
 {
     std::mt19937 random(2);
     for (int round = 0; round < 20000; ++round) {
         const float step = std::ldexp(1 + static_cast<float>(random() % (1 << 23)) / (1 << 23),
                                       static_cast<int>(random() % 20) - 12);
-        double position = walked(0, step, random() % 100) + static_cast<double>(random() % 1000000);
+        double position = stepped(0, step, random() % 100) + static_cast<double>(random() % 1000000);
         const UInt32 frames = player::exactFrames(position, step, 1 + random() % 300);
         if (frames == 0) continue;
-        ASSERT_EQ(position + frames * static_cast<double>(step), walked(position, step, frames)) << step;
+        ASSERT_EQ(position + frames * static_cast<double>(step), stepped(position, step, frames)) << step;
     }
 }
 
-TEST(PlayerLanes, StayInsideTheBuffer)
+TEST(PlayerSpan, StaysInsideTheBuffer)
 {
     std::mt19937 random(3);
     for (int round = 0; round < 200000; ++round) {
         const float step = steps[random() % std::size(steps)];
         const auto count = static_cast<std::int32_t>(random() % 300);
-        const UInt32 wanted = 1 + random() % 300;
-        const player::Span stretch = {nullptr, walked(0, step, random() % 300), step, wanted};
-        const UInt32 inside = player::framesInside(stretch, count);
-        ASSERT_LE(inside, wanted);
+        const UInt32 requested = 1 + random() % 300;
+        const player::Span span = {nullptr, stepped(0, step, random() % 300), step, requested};
+        const UInt32 inside = player::framesInside(span, count);
+        ASSERT_LE(inside, requested);
         if (inside == 0) continue;
-        const double last = stretch.position + (inside - 1) * stretch.step;
+        const double last = span.position + (inside - 1) * span.step;
         ASSERT_LT(static_cast<std::int64_t>(last) + 1, count)
-            << step << ' ' << stretch.position << ' ' << inside;
-        // And no fewer than there are, give or take the last.
-        if (inside + 1 < wanted)
-            ASSERT_GE(static_cast<std::int64_t>(stretch.position + (inside + 1) * stretch.step) + 1,
-                      count - 0.0);
+            << step << ' ' << span.position << ' ' << inside;
+        // At most one frame fewer than possible.
+        if (inside + 1 < requested)
+            ASSERT_GE(static_cast<std::int64_t>(span.position + (inside + 1) * span.step) + 1, count - 0.0);
     }
 }
 
@@ -212,7 +210,7 @@ TEST(PlayerLanes, StayInsideTheBuffer)
 
 const std::int32_t bitSizes[] = {7, 8, 15, 16, 24, 31, 32};
 
-/// The float of one sample, by its bytes.
+/// The float of the sample with these bytes, computed in double precision.
 float expectedFloat(std::int32_t bitSize, const unsigned char* bytes)
 {
     const int count = (bitSize + 7) / 8;
@@ -225,7 +223,7 @@ float expectedFloat(std::int32_t bitSize, const unsigned char* bytes)
     return std::ldexp(static_cast<float>(number), -bitSize);
 }
 
-/// Bytes of samples: every second one at an end of its range, or next to it.
+/// Random bytes; about half of them at or next to the ends of a sample's range.
 std::vector<unsigned char> bytes(std::mt19937& random, std::size_t count)
 {
     static const unsigned char ends[] = {0x00, 0xFF, 0x80, 0x7F, 0x01, 0xFE};
@@ -240,7 +238,7 @@ void expectConverted(std::int32_t bitSize, std::size_t width, player::Conversion
     std::mt19937 random(4);
     for (std::size_t count = 0; count <= 70; ++count)
         for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
-            // Exactly as long as it is: a byte read behind the end is found out by the sanitizers.
+            // The source has no spare byte, so the sanitizers report a read past its end.
             const std::size_t skipped = misaligned % 4, shifted = misaligned / 4;
             const std::vector<unsigned char> source = bytes(random, skipped + count * width);
             std::vector<float> target(shifted + count + 1, 7);
@@ -248,12 +246,12 @@ void expectConverted(std::int32_t bitSize, std::size_t width, player::Conversion
             for (std::size_t i = 0; i < count; ++i)
                 ASSERT_EQ(bitsOf(target[shifted + i]),
                           bitsOf(expectedFloat(bitSize, source.data() + skipped + i * width)))
-                    << bitSize << " bits, " << count << " samples, the one at " << i;
+                    << bitSize << " bits, " << count << " samples, sample " << i;
             ASSERT_EQ(target[shifted + count], 7);
         }
 }
 
-TEST(PlayerLanes, ConvertEverySampleAsIfItWereAlone)
+TEST(PlayerSimd, ConvertsEverySample)
 {
     for (const std::int32_t bitSize : bitSizes) {
         const player::SampleForm& form = *player::findSampleForm(bitSize);
@@ -261,13 +259,13 @@ TEST(PlayerLanes, ConvertEverySampleAsIfItWereAlone)
     }
 }
 
-TEST(PlayerLanes, Convert24BitsInBothForms)
+TEST(PlayerSimd, Converts24BitsWithAndWithoutSsse3)
 {
     expectConverted(24, 3, player::convertBigEndian24Scalar);
     if (player::hasSsse3()) expectConverted(24, 3, player::convertBigEndian24Ssse3);
 }
 
-TEST(PlayerLanes, ConvertPairsAsEachChannel)
+TEST(PlayerSimd, ConvertsPairsLikeSingleChannels)
 {
     std::mt19937 random(5);
     std::vector<std::size_t> counts;
@@ -292,7 +290,7 @@ TEST(PlayerLanes, ConvertPairsAsEachChannel)
     }
 }
 
-TEST(PlayerLanes, CopyFloatsAsWords)
+TEST(PlayerSimd, CopiesFloatsBitForBit)
 {
     std::mt19937 random(6);
     for (std::size_t count = 0; count <= 70; ++count)
@@ -301,7 +299,7 @@ TEST(PlayerLanes, CopyFloatsAsWords)
             std::vector<unsigned char> left(skipped + 4 * count), right(left);
             Words leftWords(count), rightWords(count);
             for (std::size_t i = 0; i < count; ++i) {
-                leftWords[i] = hostile[random() % std::size(hostile)];
+                leftWords[i] = specials[random() % std::size(specials)];
                 rightWords[i] = static_cast<std::uint32_t>(random());
             }
             if (count > 0) {

@@ -1,5 +1,4 @@
-// A slice as a device hands it to its I/O procedure: a list of output buffers, each between two guards that
-// show a write outside.
+// The output of one I/O cycle: a list of buffers, each between two guards that reveal a write outside.
 #pragma once
 
 #include "tests/player/player_object.h"
@@ -12,36 +11,34 @@
 
 namespace test {
 
-/// One output buffer. A buffer without memory still has a size.
-struct Shape {
+/// One output buffer. An absent buffer has a size but no memory.
+struct BufferLayout {
     std::uint32_t channels;
     std::uint32_t bytes;
     bool isAbsent = false;
 };
 
 /// `frames` frames of `channels` floats.
-constexpr Shape shape(std::uint32_t channels, std::uint32_t frames)
+constexpr BufferLayout layout(std::uint32_t channels, std::uint32_t frames)
 {
     return {channels, channels * frames * 4, false};
 }
 
 class Slice {
 public:
-    /// Lists the first `inUse` of the buffers; all by default.
-    explicit Slice(const std::vector<Shape>& shapes, int inUse = -1);
+    /// Lists the first `inUse` buffers; all by default.
+    explicit Slice(const std::vector<BufferLayout>& layouts, int inUse = -1);
 
     AudioBufferList& list() { return *list_; }
 
     std::vector<float> floats(std::size_t buffer = 0) const;
     const std::vector<unsigned char>& bytes(std::size_t buffer) const;
 
-    /// What each buffer held before it was rendered: bytes of this value, which make no sample that a test
-    /// plays.
+    /// The buffers' bytes before rendering. No test plays the float that they form.
     static constexpr unsigned char before = 0xCD;
     static float floatBefore();
 
-    /// Whether nothing was written outside the buffers, nor to those that are not listed, and the list is as
-    /// it was.
+    /// Whether the list and all memory outside the listed buffers are unchanged.
     bool isIntact() const;
 
 private:
@@ -51,15 +48,15 @@ private:
     struct Free {
         void operator()(void* memory) const;
     };
-    std::vector<Shape> shapes_;
+    std::vector<BufferLayout> layouts_;
     std::size_t inUse_;
     std::vector<std::vector<unsigned char>> memory_; // guard, buffer, guard
     mutable std::vector<std::vector<unsigned char>> content_;
     std::unique_ptr<AudioBufferList, Free> list_;
 };
 
-/// Render one slice with the player's installed procedure, as device `device` would.
-OSStatus cycle(const PlayerObject& object, Slice& slice, AudioDeviceID device = 2);
+/// Run one I/O cycle of device `device` with the player's procedure.
+OSStatus runCycle(const PlayerObject& object, Slice& slice, AudioDeviceID device = 2);
 
 /// Render `frames` frames into one buffer of `channels` channels and return them.
 std::vector<float> render(const PlayerObject& object, std::uint32_t frames, std::uint32_t channels = 1);

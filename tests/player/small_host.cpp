@@ -23,18 +23,18 @@ namespace host {
 namespace {
 
 struct Text {
-    REALstringStruct record; // first: the plug-in knows a string by its record
+    REALstringStruct record; // first: its address is the string's handle
     std::string bytes;
 };
 
-std::vector<Raised> raisedOnes;
-std::vector<std::string> withheldNames, askedNames;
-int living = 0;
-int pointerCalls = 0, sizeCalls = 0; // plain counts: these services are called where nothing may be allocated
+std::vector<Raised> raisedExceptions;
+std::vector<std::string> withheldNames, lookedUpNames;
+int liveCount = 0;
+int getPtrCalls = 0, getSizeCalls = 0; // not a container: some tests forbid allocation in these calls
 
 REALstringStruct* buildString(const void* bytes, HostInteger count)
 {
-    ++living;
+    ++liveCount;
     auto* text = new Text{{}, std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(count))};
     return &text->record;
 }
@@ -43,19 +43,19 @@ void setStringEncoding(REALstringStruct* text, std::uint32_t encoding) { text->e
 
 void unlockString(REALstringStruct* text)
 {
-    --living;
+    --liveCount;
     delete reinterpret_cast<Text*>(text);
 }
 
 REALobjectStruct* newInstance(const char* className)
 {
-    ++living;
+    ++liveCount;
     return new REALobjectStruct{className, {}};
 }
 
 void unlockObject(REALobjectStruct* object)
 {
-    --living;
+    --liveCount;
     delete object;
 }
 
@@ -71,18 +71,18 @@ void setPropValueInteger(REALobjectStruct* object, const char* property, HostInt
 
 void raiseException(REALobjectStruct* exception)
 {
-    raisedOnes.push_back({exception->className, exception->message, exception->errorNumber});
+    raisedExceptions.push_back({exception->className, exception->message, exception->errorNumber});
 }
 
 void* memoryBlockGetPtr(REALmemoryBlockStruct* block)
 {
-    ++pointerCalls;
+    ++getPtrCalls;
     return block->isAbsent ? nullptr : block->bytes.data();
 }
 
 HostInteger memoryBlockGetSize(REALmemoryBlockStruct* block)
 {
-    ++sizeCalls;
+    ++getSizeCalls;
     return block->size;
 }
 
@@ -104,14 +104,14 @@ const struct {
 
 void* resolve(const char* name)
 {
-    askedNames.push_back(name);
+    lookedUpNames.push_back(name);
     if (std::count(withheldNames.begin(), withheldNames.end(), name)) return nullptr;
     for (const auto& row : services)
         if (std::string_view(row.name) == name) return reinterpret_cast<void*>(row.function);
     return nullptr;
 }
 
-/// The plug-in keeps what it has found; a service made anew has found nothing.
+/// Empty the plug-in's cache of one service by constructing the service again.
 template <class Service>
 void forget(Service& service, const char* name)
 {
@@ -132,30 +132,30 @@ Block::~Block() { delete block_; }
 
 void Block::setSize(HostInteger bytes) { block_->size = bytes; }
 
-std::vector<Raised> raised() { return raisedOnes; }
+std::vector<Raised> raised() { return raisedExceptions; }
 
 void withhold(std::initializer_list<const char*> names) { withheldNames.assign(names.begin(), names.end()); }
 
 void load(std::initializer_list<const char*> withheld)
 {
     withhold(withheld);
-    askedNames.clear();
+    lookedUpNames.clear();
     forget(REALMemoryBlockGetPtr, "memoryBlockGetPtr");
     forget(REALMemoryBlockGetSize, "memoryBlockGetSize");
-    raisedOnes.clear();
-    pointerCalls = sizeCalls = 0;
+    raisedExceptions.clear();
+    getPtrCalls = getSizeCalls = 0;
     gResolver = resolve;
     rbversion_rbversion = 2013.04;
 }
 
 int lookUps(std::string_view name)
 {
-    return static_cast<int>(std::count(askedNames.begin(), askedNames.end(), name));
+    return static_cast<int>(std::count(lookedUpNames.begin(), lookedUpNames.end(), name));
 }
 
-int pointersAsked() { return pointerCalls; }
-int sizesAsked() { return sizeCalls; }
+int pointerCalls() { return getPtrCalls; }
+int sizeCalls() { return getSizeCalls; }
 
-int livingValues() { return living; }
+int liveValues() { return liveCount; }
 
 } // namespace host

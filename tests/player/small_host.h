@@ -1,4 +1,4 @@
-// A host as small as the player needs: memory blocks, and exceptions that are noted instead of thrown.
+// A minimal host: memory blocks, and exceptions that are recorded instead of thrown.
 #pragma once
 
 #include "abi/host_values.h"
@@ -11,7 +11,7 @@
 
 namespace host {
 
-/// A memory block. Its bytes may be absent, as in a block that was given no memory.
+/// A memory block, with or without memory.
 class Block {
 public:
     explicit Block(std::vector<unsigned char> bytes);
@@ -19,13 +19,13 @@ public:
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
 
-    /// A block whose "memoryBlockGetPtr" is null, of `size` bytes by its own account.
+    /// A block of `size` bytes whose "memoryBlockGetPtr" returns null.
     struct WithoutMemory {
         HostInteger size;
     };
     explicit Block(WithoutMemory absent);
 
-    /// Let "memoryBlockGetSize" say something else than the bytes there are.
+    /// Make "memoryBlockGetSize" return `bytes` instead of the real size.
     void setSize(HostInteger bytes);
 
     operator REALmemoryBlockStruct*() const { return block_; }
@@ -34,7 +34,7 @@ private:
     REALmemoryBlockStruct* block_;
 };
 
-/// The bytes of some values, one behind the other in the processor's order.
+/// The bytes of consecutive values in the processor's order.
 template <class Value>
 std::vector<unsigned char> bytesOf(const std::vector<Value>& values)
 {
@@ -50,22 +50,21 @@ struct Raised {
 };
 std::vector<Raised> raised();
 
-/// Give the plug-in a host of version 2013.04 with every service that it needs, and forget what was noted.
-/// The services named are withheld, even if the plug-in knew them already.
+/// Start a host of version 2013.04 with all services but the `withheld` ones. Clears all records and the
+/// plug-in's cached services.
 void load(std::initializer_list<const char*> withheld = {});
 
-/// Withhold these services, and no others, from whoever asks from now on. What the plug-in has found it
-/// keeps.
+/// Refuse further look-ups of these services only. The plug-in keeps the services that it has cached.
 void withhold(std::initializer_list<const char*> names);
 
-/// How often the plug-in asked for a service by name since loading.
+/// How often the plug-in looked up a service since load().
 int lookUps(std::string_view name);
 
-/// How often "memoryBlockGetPtr" and "memoryBlockGetSize" were called since loading.
-int pointersAsked();
-int sizesAsked();
+/// How often "memoryBlockGetPtr" and "memoryBlockGetSize" were called since load().
+int pointerCalls();
+int sizeCalls();
 
-/// Strings and exceptions that the plug-in holds a reference to: none, once a call has returned.
-int livingValues();
+/// The number of strings and exceptions that the plug-in holds: 0 once a call has returned.
+int liveValues();
 
 } // namespace host

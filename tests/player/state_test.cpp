@@ -1,4 +1,4 @@
-// The record of a player: its layout, what the constructor makes of it, and the properties that show it.
+// The player's record: its layout, its initial values, and its properties.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -17,7 +17,7 @@ using test::PlayerObject;
 
 class PlayerState : public test::FreshPlatform {};
 
-TEST_F(PlayerState, IsARecordOf1664BytesWithItsFieldsInOrder)
+TEST_F(PlayerState, Has1664BytesWithItsFieldsInOrder)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "the layout is that of the 32-bit target";
     const struct {
@@ -46,15 +46,15 @@ TEST_F(PlayerState, IsARecordOf1664BytesWithItsFieldsInOrder)
     EXPECT_EQ(sizeof(AudioPlayerData), 1664u);
 }
 
-TEST_F(PlayerState, KeepsIts64BitFieldsAligned)
+TEST_F(PlayerState, Aligns64BitFields)
 {
     EXPECT_EQ(offsetof(AudioPlayerData, baseSampleIndex) % 8, 0u);
     EXPECT_EQ(offsetof(AudioPlayerData, outputPositionRelative) % 8, 0u);
     EXPECT_EQ(offsetof(AudioPlayerData, outputPosition) % 8, 0u);
 }
 
-// The memory held 0xFF everywhere before.
-TEST_F(PlayerState, EveryFieldIsSetByTheConstructor)
+// The memory is filled with 0xFF before.
+TEST_F(PlayerState, TheConstructorSetsEveryField)
 {
     const PlayerObject object;
     EXPECT_EQ(object->deviceSampleRate, 44100.0f);
@@ -78,7 +78,7 @@ TEST_F(PlayerState, EveryFieldIsSetByTheConstructor)
     EXPECT_NE(object->ioProc, nullptr);
 }
 
-TEST_F(PlayerState, TheConstructorStartsNothingAndStaysInsideItsRecord)
+TEST_F(PlayerState, TheConstructorCallsNoPlatformFunctionAndStaysInsideTheRecord)
 {
     const PlayerObject object;
     EXPECT_EQ(spy::calls(), std::vector<std::string>());
@@ -88,7 +88,7 @@ TEST_F(PlayerState, TheConstructorStartsNothingAndStaysInsideItsRecord)
     for (int i = 1; i <= 48; ++i) EXPECT_EQ(begin[-i], 0xFF) << i;
 }
 
-TEST_F(PlayerState, NewObjectReportsItsDefaults)
+TEST_F(PlayerState, ANewObjectReportsItsDefaults)
 {
     const PlayerObject object;
     EXPECT_EQ(test::get<float>(object, "SampleRate"), 44100.0f);
@@ -103,8 +103,8 @@ TEST_F(PlayerState, NewObjectReportsItsDefaults)
     EXPECT_EQ(test::call<HostBoolean>("HasFreeSpace", object), 1);
 }
 
-// Wherever the host put the class data: the offset is the host's word in the class definition.
-TEST_F(PlayerState, GettersReadTheirField)
+// The host writes the offset of the class data into the class definition.
+TEST_F(PlayerState, GettersReadTheirFieldAtAnyOffset)
 {
     for (const Word offset : {Word{0}, Word{16}, Word{48}, Word{4096}}) {
         SCOPED_TRACE(offset);
@@ -131,7 +131,7 @@ TEST_F(PlayerState, GettersReadTheirField)
     }
 }
 
-TEST_F(PlayerState, SettersStoreWhateverTheyAreGiven)
+TEST_F(PlayerState, SettersStoreEveryValue)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     const PlayerObject object(32);
@@ -159,8 +159,7 @@ TEST_F(PlayerState, SettersStoreWhateverTheyAreGiven)
     EXPECT_EQ(spy::calls(), std::vector<std::string>());
 }
 
-// A device ID fills 32 bits, and comes back as the Integer it was set from.
-TEST_F(PlayerState, ADeviceIDAboveTheSignedRangeComesBackOnThe32BitTarget)
+TEST_F(PlayerState, ADeviceIDAboveTheSignedRangeKeepsItsValueOnThe32BitTarget)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "the host's Integer is wider here";
     const PlayerObject object;
@@ -168,7 +167,7 @@ TEST_F(PlayerState, ADeviceIDAboveTheSignedRangeComesBackOnThe32BitTarget)
     EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), -2);
 }
 
-TEST_F(PlayerState, ASetterTouchesNoOtherField)
+TEST_F(PlayerState, ASetterChangesNoOtherField)
 {
     const PlayerObject object, untouched;
     test::set<HostBoolean>(object, "NoUnderflow", 1);

@@ -1,4 +1,4 @@
-// Stop, Close and destruction: the same thing under three names.
+// Stop, Close and destruction do the same.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -28,10 +28,10 @@ const struct {
     {"destruction", destroy},
 };
 
-TEST_F(PlayerStop, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
+TEST_F(PlayerStop, StopOnAStoppedPlayerFreesAllBuffersAndKeepsThePosition)
 {
-    for (const auto& way : stops) {
-        SCOPED_TRACE(way.name);
+    for (const auto& each : stops) {
+        SCOPED_TRACE(each.name);
         spy::reset();
         const long before = watched::liveBlocks();
         const PlayerObject object;
@@ -41,7 +41,7 @@ TEST_F(PlayerStop, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
         object->outputPositionRelative = 2.5;
         object->baseSampleIndex = 10;
 
-        way.stop(object);
+        each.stop(object);
         EXPECT_EQ(spy::calls(), Calls()) << "no wait, no platform call";
         EXPECT_EQ(watched::liveBlocks(), before);
         EXPECT_EQ(test::call<HostInteger>("FreeSpace", object), 200);
@@ -55,10 +55,10 @@ TEST_F(PlayerStop, StopOnAStoppedPlayerReturnsAtOnceFreesAllAndKeepsThePosition)
     }
 }
 
-TEST_F(PlayerStop, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
+TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
 {
-    for (const auto& way : stops) {
-        SCOPED_TRACE(way.name);
+    for (const auto& each : stops) {
+        SCOPED_TRACE(each.name);
         spy::reset();
         const long before = watched::liveBlocks();
         const PlayerObject object;
@@ -72,10 +72,10 @@ TEST_F(PlayerStop, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
         std::vector<int> requests;
         spy::platform().during[Function::delay] = [&] {
             requests.push_back(object->stopRequested);
-            EXPECT_EQ(watched::liveBlocks(), before + 2) << "nothing is freed while it may play";
+            EXPECT_EQ(watched::liveBlocks(), before + 2) << "nothing is freed while the player may render";
             if (requests.size() == 3) test::render(object, 4);
         };
-        way.stop(object);
+        each.stop(object);
         EXPECT_EQ(requests, (std::vector<int>{1, 1, 1}));
         EXPECT_EQ(spy::calls(), (Calls{"Delay(1)", "Delay(1)", "Delay(1)", "AudioDeviceStop(2, procedure)",
                                        "AudioDeviceRemoveIOProc(2, procedure)"}));
@@ -87,7 +87,7 @@ TEST_F(PlayerStop, StopWaitsATickAtATimeUntilTheProcedureHasLeft)
     }
 }
 
-TEST_F(PlayerStop, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
+TEST_F(PlayerStop, StopWithNoUnderflowWaitsUntilTheQueueIsEmpty)
 {
     const PlayerObject object;
     test::set<HostBoolean>(object, "NoUnderflow", 1);
@@ -96,7 +96,7 @@ TEST_F(PlayerStop, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
     int ticks = 0;
     spy::platform().during[Function::delay] = [&] {
         ++ticks;
-        if (ticks == 1) { // the request is dropped; it plays on
+        if (ticks == 1) { // the request is dropped, and the player continues
             EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
             EXPECT_EQ(object->stopRequested, 0);
             EXPECT_EQ(object->hadUnderflow, 1);
@@ -122,20 +122,20 @@ TEST_F(PlayerStop, StopWhileThePlayerMustNotRunDryWaitsUntilItStopsByItself)
     EXPECT_EQ(object->stopRequested, 0);
 }
 
-TEST_F(PlayerStop, APlayerThatStopsByItselfDuringTheWaitEndsIt)
+TEST_F(PlayerStop, AnUnderflowDuringTheWaitEndsIt)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.start());
     spy::platform().during[Function::delay] = [&] {
         object->stopRequested = 0; // as a cycle with noUnderflow set would leave it
-        test::render(object, 4);   // and this one finds nothing to play
+        test::render(object, 4);   // this cycle has no data
     };
     test::call<void>("Stop", object);
     EXPECT_EQ(spy::count(Function::delay), 1);
     EXPECT_EQ(object->isRunning, 0);
 }
 
-TEST_F(PlayerStop, CloseTwiceAndDestructionAfterItAreHarmless)
+TEST_F(PlayerStop, RepeatedCloseAndDestructionAreHarmless)
 {
     const long before = watched::liveBlocks();
     {
@@ -154,7 +154,7 @@ TEST_F(PlayerStop, CloseTwiceAndDestructionAfterItAreHarmless)
     EXPECT_EQ(watched::liveBlocks(), before);
 }
 
-TEST_F(PlayerStop, AClosedPlayerPlaysAgainWithItsSettings)
+TEST_F(PlayerStop, AClosedPlayerRestartsWithItsSettings)
 {
     const PlayerObject object;
     test::set<float>(object, "SampleRate", 22050);
@@ -167,7 +167,7 @@ TEST_F(PlayerStop, AClosedPlayerPlaysAgainWithItsSettings)
     EXPECT_EQ(test::render(object, 3, 2), (std::vector<float>{1, -1, 1.5, -1.5, 2, -2}));
 }
 
-TEST_F(PlayerStop, StopWithoutTheQueuesLockKeepsWhatWaitsAndFreesTheCurrentBuffer)
+TEST_F(PlayerStop, StopWithoutTheLockFreesOnlyTheCurrentBuffer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));

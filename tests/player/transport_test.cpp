@@ -1,4 +1,4 @@
-// Start, and the hardware's format: which platform calls, in which order, and what a refusal leaves.
+// Start, and the hardware's format: the platform calls, their order, and the state after a refusal.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -12,7 +12,7 @@ using spy::Function;
 using test::PlayerObject;
 using Calls = std::vector<std::string>;
 
-// As the spy writes them. 2 is the default output device.
+// Calls as the spy records them. 2 is the default output device.
 const std::string askDefaultDevice = "AudioHardwareGetProperty('dOut', 4 bytes)";
 const std::string askFormat = "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)";
 const std::string add = "AudioDeviceAddIOProc(2, procedure, player)";
@@ -21,7 +21,7 @@ const Calls wholeStart = {askDefaultDevice, askFormat, add, startDevice};
 
 class PlayerTransport : public test::FreshPlatform {
 protected:
-    static void nameIn(const PlayerObject& object)
+    static void nameForSpy(const PlayerObject& object)
     {
         spy::name(reinterpret_cast<const void*>(object->ioProc), "procedure");
         spy::name(&object.data(), "player");
@@ -39,10 +39,10 @@ protected:
 
 // ---- start ----
 
-TEST_F(PlayerTransport, StartAsksAddsAndStartsInThisOrder)
+TEST_F(PlayerTransport, StartCallsThePlatformInThisOrder)
 {
     const PlayerObject object;
-    nameIn(object);
+    nameForSpy(object);
     EXPECT_EQ(test::call<HostBoolean>("Start", object), 1);
     EXPECT_EQ(spy::calls(), wholeStart);
     EXPECT_EQ(object->isRunning, 1);
@@ -64,11 +64,11 @@ TEST_F(PlayerTransport, StartReadsTheDevicesRate)
     }
 }
 
-TEST_F(PlayerTransport, ADeviceOfOnesOwnIsUsedWithoutAskingForTheDefault)
+TEST_F(PlayerTransport, AnExplicitDeviceIsUsedWithoutReadingTheDefault)
 {
     spy::platform().streamFormatOf[7].mSampleRate = 32000;
     const PlayerObject object;
-    nameIn(object);
+    nameForSpy(object);
     test::set<HostInteger>(object, "OutputDeviceID", 7);
     EXPECT_TRUE(object.start());
     EXPECT_EQ(spy::calls(),
@@ -77,23 +77,24 @@ TEST_F(PlayerTransport, ADeviceOfOnesOwnIsUsedWithoutAskingForTheDefault)
     EXPECT_EQ(object->deviceSampleRate, 32000.0f);
 }
 
-TEST_F(PlayerTransport, TheDefaultDeviceIsNotStoredBack)
+TEST_F(PlayerTransport, TheDefaultDeviceIsNotStored)
 {
     spy::platform().defaultOutputDevice = 41;
     const PlayerObject object;
-    nameIn(object);
+    nameForSpy(object);
     EXPECT_TRUE(object.start());
     EXPECT_EQ(object->outputDeviceID, 0u);
     EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0);
-    test::render(object, 4); // nothing to play: it stops
+    test::render(object, 4); // no data: the player stops
 
     spy::platform().defaultOutputDevice = 42;
     spy::forgetCalls();
     EXPECT_TRUE(object.start());
-    EXPECT_EQ(spy::calls().back(), "AudioDeviceStart(42, procedure)") << "the next start finds another one";
+    EXPECT_EQ(spy::calls().back(), "AudioDeviceStart(42, procedure)")
+        << "the next start reads the default again";
 }
 
-TEST_F(PlayerTransport, StartOnARunningPlayerIsTrueAndTouchesNothing)
+TEST_F(PlayerTransport, StartOnARunningPlayerReturnsTrueAndChangesNothing)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));
@@ -107,7 +108,7 @@ TEST_F(PlayerTransport, StartOnARunningPlayerIsTrueAndTouchesNothing)
     EXPECT_EQ(object->outputPositionRelative, 3.0);
 }
 
-TEST_F(PlayerTransport, EachRefusalEndsTheStart)
+TEST_F(PlayerTransport, EveryRefusalEndsTheStart)
 {
     const struct {
         Function refusing;
@@ -118,7 +119,7 @@ TEST_F(PlayerTransport, EachRefusalEndsTheStart)
         {Function::hardwareGetProperty, {askDefaultDevice}, false, "no default device"},
         {Function::deviceGetProperty, {askDefaultDevice, askFormat}, false, "no format"},
         {Function::addIOProc, {askDefaultDevice, askFormat, add}, false, "no procedure"},
-        {Function::start, wholeStart, true, "the procedure is installed, only it can take itself out"},
+        {Function::start, wholeStart, true, "the procedure is installed: only it can remove itself"},
     };
     for (const auto& row : rows)
         for (const OSStatus status : {OSStatus{kAudioHardwareUnspecifiedError}, OSStatus{-1}, OSStatus{1}}) {
@@ -127,7 +128,7 @@ TEST_F(PlayerTransport, EachRefusalEndsTheStart)
             spy::platform().refusal[row.refusing] = status;
             spy::platform().streamFormat.mSampleRate = 96000;
             const PlayerObject object;
-            nameIn(object);
+            nameForSpy(object);
             ASSERT_TRUE(object.add({1, 2}));
             object->outputPosition = 5;
             object->outputPositionRelative = 6;
@@ -136,10 +137,10 @@ TEST_F(PlayerTransport, EachRefusalEndsTheStart)
             EXPECT_EQ(test::call<HostBoolean>("Start", object), 0);
             EXPECT_EQ(spy::calls(), row.calls);
             EXPECT_EQ(object->isRunning, row.isRunning);
-            EXPECT_EQ(object->outputPosition, 0.0) << "positions are reset before anything is asked";
+            EXPECT_EQ(object->outputPosition, 0.0) << "positions are reset first";
             EXPECT_EQ(object->outputPositionRelative, 0.0);
             EXPECT_EQ(object->baseSampleIndex, 0);
-            EXPECT_EQ(object->queueCount, 1) << "what waits goes on waiting";
+            EXPECT_EQ(object->queueCount, 1) << "the waiting buffer stays";
             EXPECT_EQ(object->outputDeviceID, 0u);
             const bool isRateKnown = row.refusing == Function::addIOProc || row.refusing == Function::start;
             EXPECT_EQ(object->deviceSampleRate, isRateKnown ? 96000.0f : 44100.0f);
@@ -149,7 +150,7 @@ TEST_F(PlayerTransport, EachRefusalEndsTheStart)
 TEST_F(PlayerTransport, AfterARefusalTheNextStartTriesAgain)
 {
     const PlayerObject object;
-    nameIn(object);
+    nameForSpy(object);
     spy::platform().refusal[Function::addIOProc] = kAudioHardwareIllegalOperationError;
     EXPECT_FALSE(object.start());
     spy::platform().refusal.clear();
@@ -158,8 +159,7 @@ TEST_F(PlayerTransport, AfterARefusalTheNextStartTriesAgain)
     EXPECT_EQ(spy::calls(), wholeStart);
 }
 
-// The order is meant: a device that refused to start has the procedure installed, and the player counts as
-// running.
+// The order is intended: isRunning is set before the device is started.
 TEST_F(PlayerTransport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
 {
     const PlayerObject object;
@@ -169,7 +169,7 @@ TEST_F(PlayerTransport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
     ASSERT_EQ(spy::installed().size(), 1u);
     EXPECT_FALSE(spy::installed()[0].isStarted);
     spy::forgetCalls();
-    EXPECT_TRUE(object.start()) << "already running, as far as it knows";
+    EXPECT_TRUE(object.start()) << "isRunning is set";
     EXPECT_EQ(spy::calls(), Calls());
 }
 
@@ -184,8 +184,8 @@ TEST_F(PlayerTransport, IsRunningIsSetBeforeTheDeviceStarts)
     EXPECT_EQ(whileStarting, 1);
 }
 
-// A device may turn its first cycle, and find nothing to play, before it has returned from starting.
-TEST_F(PlayerTransport, AFirstCycleInsideTheStartIsSurvived)
+// A device may run its first cycle, without data, before AudioDeviceStart returns.
+TEST_F(PlayerTransport, ACycleInsideTheStartMayStopThePlayer)
 {
     const PlayerObject object;
     spy::platform().during[Function::start] = [&] { test::render(object, 4); };
@@ -201,7 +201,7 @@ TEST_F(PlayerTransport, RestartResetsPositionsAndKeepsTheBuffers)
     ASSERT_TRUE(object.start());
     test::render(object, 5);
     ASSERT_EQ(object->baseSampleIndex, 4);
-    object->stopRequested = 1; // stopped by its own cycle; nobody frees the buffers
+    object->stopRequested = 1; // stopped by its own cycle: the buffers stay
     test::render(object, 1);
     ASSERT_EQ(object->isRunning, 0);
     object->stopRequested = 0;
@@ -214,7 +214,7 @@ TEST_F(PlayerTransport, RestartResetsPositionsAndKeepsTheBuffers)
     EXPECT_EQ(object.current(), (std::vector<float>{5, 6, 7, 8}));
     EXPECT_EQ(object->queueCount, 1);
     EXPECT_EQ(test::render(object, 5), (std::vector<float>{5, 6, 7, 8, 9}))
-        << "the current buffer from its front";
+        << "the current buffer starts at its first sample";
 }
 
 // ---- the hardware's format ----
@@ -231,7 +231,7 @@ TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevices)
     EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat}));
 }
 
-TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithADeviceOfOnesOwn)
+TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithAnExplicitDevice)
 {
     spy::platform().streamFormatOf[7].mSampleRate = 32000;
     spy::platform().streamFormatOf[7].mChannelsPerFrame = 8;
@@ -241,7 +241,7 @@ TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithADeviceOfOnesOw
     EXPECT_EQ(hardwareChannels(object), 2);
     EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat, askDefaultDevice, askFormat}));
     ASSERT_TRUE(object.start());
-    EXPECT_EQ(hardwareRate(object), 44100.0f) << "a running player makes no difference";
+    EXPECT_EQ(hardwareRate(object), 44100.0f) << "also while a player runs";
     EXPECT_EQ(object->deviceSampleRate, 32000.0f);
 }
 

@@ -9,7 +9,7 @@ namespace reference {
 
 namespace {
 
-/// Toward zero; what does not fit, or is no number, is the lowest integer.
+/// Truncate toward zero; not-a-number and values out of range give the lowest integer.
 std::int64_t truncated(double value)
 {
     const double whole = std::trunc(value);
@@ -17,7 +17,7 @@ std::int64_t truncated(double value)
     return std::numeric_limits<std::int64_t>::min();
 }
 
-/// Sums of indexes wrap around.
+/// Add with wrap-around.
 std::int64_t sum(std::int64_t a, std::int64_t b)
 {
     std::int64_t result;
@@ -25,7 +25,7 @@ std::int64_t sum(std::int64_t a, std::int64_t b)
     return result;
 }
 
-/// Set float number `index` of a buffer; outside it nothing happens.
+/// Write float `index` of a buffer; nothing happens outside the buffer.
 void put(Buffer& buffer, std::uint64_t index, float value)
 {
     if (buffer.isAbsent || (index + 1) * sizeof value > buffer.bytes.size()) return;
@@ -64,19 +64,18 @@ float Player::sample(std::int64_t index)
     current.reset();
     if (!takeNext()) return 0;
     const std::int64_t inNext = offset - size;
-    if (inNext >= static_cast<std::int64_t>(current->size()))
-        return 0; // farther than the next buffer reaches
+    if (inNext >= static_cast<std::int64_t>(current->size())) return 0; // past the next buffer
     return (*current)[static_cast<std::size_t>(inNext)];
 }
 
-void Player::leave()
+void Player::leaveDevice()
 {
     calls.push_back("stop");
     calls.push_back("remove");
     isRunning = false;
 }
 
-void Player::beSilent(Slice& slice) const
+void Player::silence(Slice& slice) const
 {
     for (std::size_t b = 0; b < slice.inUse; ++b)
         if (!slice.buffers[b].isAbsent)
@@ -91,21 +90,21 @@ void Player::render(Slice& slice)
         first.channels ? static_cast<std::uint32_t>(first.bytes.size()) / 4 / first.channels : 0;
 
     if (stopRequested) {
-        beSilent(slice);
+        silence(slice);
         if (noUnderflow) {
             stopRequested = false;
             hadUnderflow = true;
         } else {
-            leave();
+            leaveDevice();
         }
         return;
     }
     if (!current && !takeNext()) {
-        beSilent(slice);
+        silence(slice);
         if (noUnderflow)
             hadUnderflow = true;
         else
-            leave();
+            leaveDevice();
         return;
     }
     if (numberOfChannels == 2)
@@ -164,7 +163,7 @@ void Player::renderStereo(Slice& slice, std::uint32_t frames)
             Buffer& buffer = slice.buffers[b];
             const std::uint64_t slot = std::uint64_t{frame} * buffer.channels;
             put(buffer, slot, left);
-            if (buffer.channels != 1) put(buffer, slot + 1, right); // a lone channel has no second slot
+            if (buffer.channels != 1) put(buffer, slot + 1, right); // a single channel has no second sample
         }
         pos += step;
     }

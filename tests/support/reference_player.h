@@ -1,6 +1,5 @@
-// The buffered player's render step, written a second time: plainly, one sample after the other, in
-// structures of its own. The tests compare the real one with it, bit for bit. It shares no code with the
-// plug-in, on purpose.
+// A plain reimplementation of the buffered player's rendering, one sample at a time. Tests compare the player
+// with it bit for bit, so it shares no code with the plug-in.
 #pragma once
 
 #include <cstdint>
@@ -11,15 +10,15 @@
 
 namespace reference {
 
-/// An output buffer: interleaved 32-bit floats, as bytes. `isAbsent` is one without memory.
+/// An output buffer: bytes of interleaved 32-bit floats. An absent buffer has no memory.
 struct Buffer {
     std::uint32_t channels;
     std::vector<unsigned char> bytes;
     bool isAbsent;
 };
 
-/// A slice to fill. The first buffer gives the number of frames, even if only the first `inUse` buffers are
-/// listed, and none is.
+/// The output of one slice. Only the first `inUse` buffers are listed; the first buffer gives the number of
+/// frames even if none is listed.
 struct Slice {
     std::vector<Buffer> buffers;
     std::size_t inUse;
@@ -27,25 +26,25 @@ struct Slice {
 
 class Player {
 public:
-    // As the host sets them.
+    // Set by the host.
     float sampleRate = 44100;
     int numberOfChannels = 1;
     bool noUnderflow = false;
     bool hadUnderflow = false;
     bool stopRequested = false;
 
-    // As the device has them.
+    // Set by start().
     float deviceSampleRate = 44100;
     bool isRunning = false;
 
-    // What playing changes.
+    // Changed by render().
     double position = 0;
     double relativePosition = 0;
     std::int64_t base = 0; ///< index of the first sample of `current`
     std::optional<std::vector<float>> current;
     std::deque<std::vector<float>> waiting;
 
-    /// What the player asked of the device, call after call.
+    /// The player's calls of the device, in order.
     std::vector<std::string> calls;
 
     void start(float rateOfDevice);
@@ -54,8 +53,8 @@ public:
 private:
     bool takeNext();
     float sample(std::int64_t index);
-    void leave();
-    void beSilent(Slice& slice) const;
+    void leaveDevice();
+    void silence(Slice& slice) const;
     void renderMono(Slice& slice, std::uint32_t frames);
     void renderStereo(Slice& slice, std::uint32_t frames);
 };
