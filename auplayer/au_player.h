@@ -40,7 +40,8 @@ constexpr double unset = -1; ///< the value of a loop point that is not set
 /// Units   host programs use seconds; this record counts frames of the file.
 ///
 /// Nothing is locked. Fields that two threads use are accessed through plugin/shared_word.h. A position that
-/// [main] writes during a slice may be overwritten by that slice. A load fills the record on [load].
+/// [main] writes during a slice may be overwritten by that slice. A load fills the record on [main], or on
+/// [worker] while [main] runs the host's other code.
 struct AUPlayerData {
     alignas(8) double sampleRate;  ///< Hz, of the file
     alignas(8) double trackLength; ///< seconds, estimated by the platform
@@ -101,15 +102,15 @@ AUPlayerData& dataOf(REALobjectStruct* object);
 AUPlayerData& beginCall(REALobjectStruct* object);
 
 /// Store a platform status in `Lasterror`. Returns whether it is success.
-/// [main], [load]
+/// [main | worker]
 inline bool keepStatus(AUPlayerData& player, OSStatus status)
 {
     storeRelaxed(player.lasterror, static_cast<HostInteger>(status));
     return status == noErr;
 }
 
-/// Return the frames per second between host times and positions: frames read over the estimated duration,
-/// not the sample rate. [main]
+/// Return the frames per second of this file: frames read over the estimated duration, not the sample rate.
+/// [main]
 inline double framesPerSecond(const AUPlayerData& player)
 {
     return loadRelaxed(player.endFrame) / loadRelaxed(player.trackLength);

@@ -9,10 +9,10 @@ namespace auplayer {
 
 namespace {
 
-// Missing from the oldest headers.
+// The oldest headers lack this code.
 constexpr OSType newTimePitchSubType = 'nutp';
 
-constexpr UInt32 thirtyOneBands = 1;             // the equaliser counts its sets of bands, not the bands
+constexpr UInt32 thirtyOneBands = 1;             // an index of the equaliser's sets of bands
 constexpr HostInteger smallestSliceLimit = 1157; // units take 1156 frames by default
 constexpr UInt32 bestQuality = 127;
 

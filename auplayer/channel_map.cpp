@@ -57,8 +57,8 @@ ArrayOf<HostInteger>* ChannelMap(REALobjectStruct* object)
     if (!readMap(beginCall(object), map)) return nullptr;
     REALarrayStruct* const array = REALCreateArray(integerElements, -1);
     if (!array) return nullptr;
-    catchAll(
-        [&] { append(map, array); }); // no service releases an array, so the host gets the incomplete one
+    // No service releases an array: after an exception the host gets the incomplete one.
+    catchAll([&] { append(map, array); });
     return static_cast<ArrayOf<HostInteger>*>(array);
 }
 

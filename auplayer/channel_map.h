@@ -1,4 +1,5 @@
-// The output unit's channel map. All functions: [main].
+// The output unit's channel map.
+// All functions: [main].
 #pragma once
 
 #include "auplayer/au_player.h"

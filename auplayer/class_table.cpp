@@ -1,4 +1,4 @@
-// AUPlayerKVX as the host sees it.
+// The class table of AUPlayerKVX.
 #include "plugin/class_table.h"
 #include "auplayer/channel_map.h"
 #include "auplayer/devices.h"

@@ -41,8 +41,7 @@ bool hasOutput(AudioDeviceID device)
            noErr;
 }
 
-/// Make a host string of a device's name; the host may return null. Returns false if the platform has no
-/// name.
+/// Make a host string of a device's name; it may be null. Returns false if the platform has no name.
 bool readName(AudioDeviceID device, OwnedString& text)
 {
     char name[deviceNameBytes] = {};

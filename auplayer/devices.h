@@ -1,4 +1,5 @@
-// The graph's output device, and the list of output devices. All functions: [main].
+// The graph's output device, and the list of output devices.
+// All functions: [main].
 #pragma once
 
 #include "auplayer/au_player.h"
@@ -12,8 +13,7 @@ void setCurrentDeviceID(REALobjectStruct* object, HostInteger, std::uint32_t dev
 /// Return the system's default output device; 0 if there is none.
 std::uint32_t getDefaultDeviceID(REALobjectStruct* object, HostInteger);
 
-/// Return a new host Dictionary from device identifiers to names, of all devices with an output stream and a
-/// readable name.
+/// Return a new host Dictionary from identifiers to names: all devices with output and a readable name.
 /// Errors  nil if the platform refuses; nil and "OutOfMemoryException" without devices or memory.
 REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger);
 

@@ -1,4 +1,5 @@
-// Writing into a host Dictionary. All functions: [main].
+// Writing into a host Dictionary.
+// All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"

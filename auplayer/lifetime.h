@@ -1,4 +1,5 @@
-// Construction and destruction of an object. All functions: [main].
+// Construction and destruction of an object.
+// All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"

@@ -1,4 +1,4 @@
-// What one load gets from its caller, and its result.
+// The arguments and results of one load.
 #pragma once
 
 #include "auplayer/au_player.h"
@@ -12,7 +12,7 @@ struct LoadRequest {
     std::int32_t inputChannels;  ///< of the samples in memory
     std::int32_t outputChannels; ///< between the units
     AUPlayerData* player;
-    std::uint8_t isOutOfMemory; ///< written by [load], like the result and hasFormats
+    std::uint8_t isOutOfMemory; ///< a result, like the next byte and hasFormats
     std::uint8_t result;
     std::uint8_t isThreaded;
     std::uint8_t hasFormats; ///< both formats are set: the caller makes their texts

@@ -24,8 +24,7 @@ REALstringStruct* textOf(const CAStreamBasicDescription& format)
     return REALBuildUnicodeString(text, static_cast<long long>(std::strlen(text)), encodingUTF8);
 }
 
-/// Run the load on its thread, then make the texts of the formats: the host builds strings on its main thread
-/// only.
+/// Run the load on its thread. The texts of the formats follow here: the host builds strings on [main] only.
 void run(LoadRequest& request)
 {
     if (request.isThreaded)

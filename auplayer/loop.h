@@ -5,8 +5,9 @@
 
 namespace auplayer {
 
-/// The loop points, in seconds; 0 if unset. The end is never before the start: setting a later start moves
-/// the end to the start, and an end before the start becomes the start. Times are not clamped. [main]
+/// The loop points, in seconds; 0 if unset. Setting a start after the end moves the end to the start; an end
+/// before the start becomes the start. Times are not clamped.
+/// [main]
 double getLoopIn(REALobjectStruct* object, HostInteger);
 void setLoopIn(REALobjectStruct* object, HostInteger, double seconds);
 double getLoopOut(REALobjectStruct* object, HostInteger);

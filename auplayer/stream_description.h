@@ -1,4 +1,5 @@
-// A stream format: questions about it, and its text. All functions: [any].
+// A stream format: questions about it, and its text.
+// All functions: [any].
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>

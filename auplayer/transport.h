@@ -1,8 +1,8 @@
 // Start, stop and the play position.
 //
 // Times are seconds; `framesPerSecond` converts them to frames. They are not clamped: a negative or very
-// large time wraps to some frame, and rendering treats a position past the end as the end. All functions:
-// [main].
+// large time wraps to some frame, and rendering treats a position past the end as the end.
+// All functions: [main].
 #pragma once
 
 #include "auplayer/au_player.h"

@@ -15,7 +15,7 @@ struct Parameter {
     AudioUnitScope scope;
 };
 
-// Missing from the oldest headers.
+// The oldest headers lack these codes.
 constexpr AudioUnitParameterID mixerPan = 2;
 constexpr AudioUnitParameterID newTimePitchRate = 0;
 constexpr AudioUnitParameterID newTimePitchPitch = 1;

@@ -1,7 +1,7 @@
 // The units' parameters: levels, rates, equaliser bands, and the choice between the two rate units.
 //
-// Before a load a getter returns 0, and `Lasterror` has the platform's status. Values are passed on
-// unclamped. All functions: [main].
+// Before a load a getter returns 0, and `Lasterror` has the platform's status. Values are not clamped.
+// All functions: [main].
 #pragma once
 
 #include "auplayer/au_player.h"

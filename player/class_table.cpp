@@ -1,4 +1,4 @@
-// CoreAudioPlayerKVX as the host sees it.
+// The class table of CoreAudioPlayerKVX.
 #include "plugin/class_table.h"
 #include "player/ingestion.h"
 #include "player/play_queue.h"

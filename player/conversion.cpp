@@ -56,8 +56,7 @@ void convertBigEndian24Scalar(const unsigned char* source, std::size_t count, fl
     }
 }
 
-// The oldest supported processors lack SSSE3. Four samples are 12 bytes; one shuffle makes four words of
-// them.
+// The oldest supported processors lack SSSE3. One shuffle makes four words of four samples, 12 bytes.
 __attribute__((target("ssse3"))) void convertBigEndian24Ssse3(const unsigned char* source, std::size_t count,
                                                               float* target)
 {

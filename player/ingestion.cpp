@@ -10,27 +10,22 @@ namespace player {
 
 namespace {
 
-/// The memory blocks of one call, one per channel.
-struct Blocks {
-    REALmemoryBlockStruct* block[2];
-    std::int32_t channels;
+/// One value per channel; the second is unused for one channel.
+template <class T>
+struct Channels {
+    T channel[2];
+    std::int32_t count;
 
-    bool isAnyNil() const { return !block[0] || (channels == 2 && !block[1]); }
+    bool isAnyNull() const { return !channel[0] || (count == 2 && !channel[1]); }
 };
-
-/// The memory of those blocks; null for a block without memory.
-struct Memory {
-    const unsigned char* channel[2];
-    bool isAnyNull;
-};
+using Blocks = Channels<REALmemoryBlockStruct*>;
+using Memory = Channels<const unsigned char*>;
 
 Memory memoryOf(const Blocks& blocks)
 {
-    Memory memory = {};
-    for (std::int32_t c = 0; c < blocks.channels; ++c) {
-        memory.channel[c] = static_cast<const unsigned char*>(REALMemoryBlockGetPtr(blocks.block[c]));
-        memory.isAnyNull |= !memory.channel[c];
-    }
+    Memory memory = {{}, blocks.count};
+    for (std::int32_t c = 0; c < blocks.count; ++c)
+        memory.channel[c] = static_cast<const unsigned char*>(REALMemoryBlockGetPtr(blocks.channel[c]));
     return memory;
 }
 
@@ -42,16 +37,15 @@ bool refuseNil()
 
 /// Convert the samples of each channel into a new buffer, interleaved, and queue it. The offset may be out of
 /// range in a refused call, so it is applied only here, after every refusal.
-bool convertAndQueue(AudioPlayerData& player, const Memory& memory, std::int32_t channels,
-                     HostInteger offsetBytes, HostInteger countBytes, const SampleForm& form,
-                     bool clearBuffers)
+bool convertAndQueue(AudioPlayerData& player, const Memory& memory, HostInteger offsetBytes,
+                     HostInteger countBytes, const SampleForm& form, bool clearBuffers)
 {
     const auto count = static_cast<std::size_t>(countBytes / form.bytes);
-    const std::int64_t total = static_cast<std::int64_t>(count) * channels;
+    const std::int64_t total = static_cast<std::int64_t>(count) * memory.count;
     auto buffer = allocateZeroed<float>(total);
     if (!buffer) return false;
     const unsigned char* const first = memory.channel[0] + offsetBytes;
-    if (channels == 2)
+    if (memory.count == 2)
         convertPairs(form.conversion, static_cast<std::size_t>(form.bytes), first,
                      memory.channel[1] + offsetBytes, count, buffer.get());
     else
@@ -63,26 +57,26 @@ bool convertAndQueue(AudioPlayerData& player, const Memory& memory, std::int32_t
 bool addIntegers(AudioPlayerData& player, const Blocks& blocks, HostInteger offsetBytes,
                  HostInteger countBytes, HostInteger bitSize, bool clearBuffers)
 {
-    if (blocks.isAnyNil()) return refuseNil();
+    if (blocks.isAnyNull()) return refuseNil();
     if (offsetBytes < 0 || countBytes <= 0) return false;
     const Memory memory = memoryOf(blocks);
-    if (memory.isAnyNull) return refuseNil();
+    if (memory.isAnyNull()) return refuseNil();
 
     const SampleForm* const form = findSampleForm(static_cast<std::int32_t>(bitSize));
     if (!form || !form->conversion) return false;
     if (!(player.sampleRate >= 1.0f)) return false; // also refuses not-a-number
     if (player.numberOfChannels != 1 && player.numberOfChannels != 2) return false;
-    return convertAndQueue(player, memory, blocks.channels, offsetBytes, countBytes, *form, clearBuffers);
+    return convertAndQueue(player, memory, offsetBytes, countBytes, *form, clearBuffers);
 }
 
 bool addFloats(AudioPlayerData& player, const Blocks& blocks, HostInteger offsetBytes, HostInteger countBytes,
                bool clearBuffers)
 {
-    if (offsetBytes < 0 || blocks.isAnyNil() || countBytes <= 0) return false;
+    if (offsetBytes < 0 || blocks.isAnyNull() || countBytes <= 0) return false;
     const Memory memory = memoryOf(blocks);
-    if (memory.isAnyNull) return false;
+    if (memory.isAnyNull()) return false;
     constexpr SampleForm floats = {32, sizeof(float), copyFloats};
-    return convertAndQueue(player, memory, blocks.channels, offsetBytes, countBytes, floats, clearBuffers);
+    return convertAndQueue(player, memory, offsetBytes, countBytes, floats, clearBuffers);
 }
 
 } // namespace

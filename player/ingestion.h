@@ -1,9 +1,8 @@
 // From host memory blocks to queued buffers.
 //
 // Shape   offsetBytes and countBytes are bytes of each block; the caller keeps the range inside the block.
-// Bytes
-//         after the last whole sample are ignored. Two blocks are the left and the right channel, whatever
-//         NumberOfChannels is.
+//         Bytes after the last whole sample are ignored. Two blocks are the left and the right channel,
+//         whatever NumberOfChannels is.
 // Owner   samples are copied; the blocks stay the caller's.
 // Returns false for a negative offset, a count below one sample, a full queue or missing memory, and for the
 //         reasons that each function adds.

@@ -162,7 +162,7 @@ KVX_AVX void interpolateStereoAvx(const Span& span, float* out)
         const __m128 fraction = _mm256_cvtpd_ps(_mm256_sub_pd(position, _mm256_cvtepi32_pd(index)));
         const __m256 t = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_unpacklo_ps(fraction, fraction)),
                                               _mm_unpackhi_ps(fraction, fraction), 1);
-        // Each load is a pair of frames: left, right, left, right.
+        // Each load reads two frames: left, right, left, right.
         prefetch(span.samples + 2 * _mm_cvtsi128_si32(index));
         const auto at = [&](int frame) { return _mm_castps_pd(_mm_loadu_ps(span.samples + 2 * frame)); };
         const __m256d even = _mm256_insertf128_pd(_mm256_castpd128_pd256(at(_mm_cvtsi128_si32(index))),
@@ -180,18 +180,12 @@ KVX_AVX void interpolateStereoAvx(const Span& span, float* out)
 
 void interpolateMono(const Span& span, float* out)
 {
-    if (hasAvx())
-        interpolateMonoAvx(span, out);
-    else
-        interpolateMonoSse(span, out);
+    hasAvx() ? interpolateMonoAvx(span, out) : interpolateMonoSse(span, out);
 }
 
 void interpolateStereo(const Span& span, float* out)
 {
-    if (hasAvx())
-        interpolateStereoAvx(span, out);
-    else
-        interpolateStereoSse(span, out);
+    hasAvx() ? interpolateStereoAvx(span, out) : interpolateStereoSse(span, out);
 }
 
 void interpolateMonoScalar(const Span& span, float* out)

@@ -9,8 +9,7 @@
 namespace player {
 
 /// Consecutive output frames; both neighbours of each are in `samples`.
-/// Units   `position` of the first output frame, and `step` between two, in frames from the start of
-/// `samples`.
+/// Units   frames: `position` of the first output frame in `samples`, and `step` between two output frames.
 struct Span {
     const float* samples;
     double position;

@@ -76,8 +76,7 @@ public:
     }
 
 private:
-    /// Return the address of these frames if the buffer has `channels` channels and holds them all; otherwise
-    /// null.
+    /// Return the address of these frames, or null unless the buffer has `channels` channels and all frames.
     static float* framesIn(AudioBuffer& buffer, UInt32 channels, UInt32 first, UInt32 frames)
     {
         const std::uint64_t end = (std::uint64_t{first} + frames) * channels * sizeof(float);

@@ -26,16 +26,11 @@ bool enqueue(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
     const MutexLock lock(&playQLock);
     if (!lock) return false;
 
-    PlayItem* slot;
-    if (clearBuffers) {
-        while (player.queueCount > 0) freeItem(player.queue[--player.queueCount]);
-        slot = &player.queue[0];
-    } else {
-        if (player.queueCount >= queueCapacity) return false;
-        slot = std::find_if(std::begin(player.queue), std::end(player.queue),
-                            [](const PlayItem& each) { return !each.data; });
-        if (slot == std::end(player.queue)) return false;
-    }
+    while (clearBuffers && player.queueCount > 0) freeItem(player.queue[--player.queueCount]);
+    if (player.queueCount >= queueCapacity) return false;
+    PlayItem* const slot = std::find_if(std::begin(player.queue), std::end(player.queue),
+                                        [](const PlayItem& each) { return !each.data; });
+    if (slot == std::end(player.queue)) return false;
     *slot = item;
     ++player.queueCount;
     item = {};

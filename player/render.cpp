@@ -1,10 +1,10 @@
 #include "player/render.h"
 
 #include "player/interpolation.h"
-#include "player/output_buffers.h"
 #include "player/play_queue.h"
 #include "player/sample_reader.h"
 #include "player/span.h"
+#include "player/underflow.h"
 #include "plugin/shared_word.h"
 #include "plugin/truncate.h"
 
@@ -104,27 +104,6 @@ double renderStereo(AudioPlayerData& player, OutputBuffers& output, double posit
     return position;
 }
 
-/// Stop the device and remove the procedure. The host may free the record once isRunning is clear.
-void leaveDevice(AudioPlayerData& player, AudioDeviceID device)
-{
-    AudioDeviceStop(device, player.ioProc);
-    AudioDeviceRemoveIOProc(device, player.ioProc);
-    storeReleased<std::uint8_t>(player.isRunning, false);
-}
-
-/// Render silence, then leave the device; with noUnderflow set hadUnderflow instead.
-/// Returns whether the player keeps running.
-bool renderUnderflow(AudioPlayerData& player, OutputBuffers& output, AudioDeviceID device)
-{
-    output.silence();
-    if (!loadRelaxed(player.noUnderflow)) {
-        leaveDevice(player, device);
-        return false;
-    }
-    storeRelaxed<std::uint8_t>(player.hadUnderflow, true);
-    return true;
-}
-
 } // namespace
 
 OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferList*,
@@ -134,8 +113,7 @@ OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp*, const AudioBu
     OutputBuffers output(*outputData);
 
     if (loadAcquired(player.stopRequested)) {
-        // noUnderflow drops the request: the stop waits until the host clears noUnderflow and the queue is
-        // empty.
+        // noUnderflow drops the request: the stop waits until it is cleared and the queue is empty.
         if (renderUnderflow(player, output, device)) storeRelaxed<std::uint8_t>(player.stopRequested, false);
         return 0;
     }

@@ -7,7 +7,7 @@ namespace player {
 
 namespace {
 
-// 2^52. Below it, doubles still have a bit for one half.
+// 2^52: smaller doubles still have a bit for one half.
 constexpr double exactLimit = 4503599627370496.0;
 
 /// 1 divided by the unit in the last place of a normal float. Not frexp: it is a slow call on this target.
@@ -22,7 +22,7 @@ double placesPerUnit(float step)
     return result;
 }
 
-bool isWhole(double value) { return (value + exactLimit) - exactLimit == value; } // for 0 to 2^52
+bool isWhole(double value) { return (value + exactLimit) - exactLimit == value; } // of 0 to 2^52
 
 } // namespace
 

@@ -11,9 +11,11 @@ namespace player {
 
 constexpr UInt32 largestSpan = 512; ///< frames
 
-/// Return how many steps from `position` give the same sums by multiplication as by repeated addition:
-/// `frames`, at most 4096, if `position` is a multiple of the unit in the last place of `step` and below 2^52
-/// of them; otherwise 0. Shape   `step` is a float, widened. [any]
+/// Return the number of steps from `position` whose sums are exact: multiplication gives the same sums.
+/// Shape   `step` is a float, widened.
+/// Returns `frames`, at most 4096, if `position` is a multiple of the unit in the last place of `step` and
+///         below 2^52 of these units; otherwise 0.
+/// [any]
 UInt32 exactFrames(double position, double step, UInt32 frames);
 
 /// Return how many frames of the span have both neighbours among the first `count` frames of its data.
@@ -22,9 +24,8 @@ UInt32 exactFrames(double position, double step, UInt32 frames);
 UInt32 framesInside(const Span& span, std::int32_t count);
 
 /// Return the span of at most `frames` frames from `position` inside the current buffer.
-/// Shape   no frame where a neighbour lies in another buffer, or where positions are not exact; never more
-/// than
-///         `largestSpan`. samplesPerFrame is 1 or 2.
+/// Shape   at most `largestSpan` frames; none where a neighbour is in another buffer, or where positions are
+///         not exact. samplesPerFrame is 1 or 2.
 /// [audio & running]
 Span spanAt(const AudioPlayerData& player, double position, double step, UInt32 frames,
             std::int32_t samplesPerFrame);

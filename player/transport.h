@@ -1,4 +1,5 @@
-// Start, stop, and the hardware's stream format. All functions: [main].
+// Start, stop, and the hardware's stream format.
+// All functions: [main].
 #pragma once
 
 #include "abi/word.h"

@@ -209,7 +209,7 @@ TEST_F(DeviceList, UsesTheSecondSelectorIfTheFirstIsUnknown)
 TEST_F(DeviceList, IsNilIfTheSizeIsRefused)
 {
     const struct {
-        std::size_t refused; ///< which of the calls
+        std::size_t refused; ///< the index of the refused call
         std::set<AudioObjectPropertySelector> known;
         OSStatus status;
         Notes calls;

@@ -1,6 +1,6 @@
 // A spy that replaces the platform functions of the file player: sound files, graphs of units, devices, URLs
-// and platform strings. A test program links the graph_spy files and exports its symbols, which override
-// libkvxplatform.
+// and strings. A test program links the graph_spy files and exports its symbols, which override the
+// platform's.
 //
 // Every call is recorded with all arguments, in order, as text:
 //

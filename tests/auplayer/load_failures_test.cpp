@@ -1,5 +1,4 @@
-// Failing loads: each platform call refused in turn, unreachable files, missing memory, exceptions of host
-// and platform.
+// Failing loads: refused platform calls, unreachable files, missing memory, exceptions of host and platform.
 #include "tests/auplayer/good_load.h"
 
 #include <Carbon/Carbon.h>
@@ -35,8 +34,8 @@ std::size_t indexOf(const Notes& calls, const std::string& beginning)
 
 class FailingLoad : public PlayerTest {
 protected:
-    /// Load a second time and expect the refusal. Destroys the object; the spy's calls are then those of the
-    /// destructor.
+    /// Expect that a second load is refused. Destroys the object and leaves the destructor's calls in the
+    /// spy.
     void expectNoSecondLoad()
     {
         FolderItem const another = host().newFolderItem();

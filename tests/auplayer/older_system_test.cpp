@@ -1,5 +1,4 @@
-// A system without the two newer platform functions: this program is linked so that the weak references are
-// null.
+// A system without the two newer platform functions: in this program the weak references are null.
 #include "tests/auplayer/good_load.h"
 #include "tests/support/detach_spy.h"
 

@@ -26,7 +26,7 @@ struct Reference {
 
     static std::uint32_t wrapped(double frame)
     {
-        if (!(std::fabs(frame) < 9e18)) return 0; // only not-a-number in these tests
+        if (!(std::fabs(frame) < 9e18)) return 0; // in these tests only not-a-number gets here
         double low = std::fmod(std::trunc(frame), 4294967296.0);
         if (low < 0) low += 4294967296.0;
         return static_cast<std::uint32_t>(low);

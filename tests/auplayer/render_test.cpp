@@ -242,7 +242,7 @@ TEST(Render, AllocatesNothingAndTakesNoLock)
             file->position = position;
             watched::begin();
             {
-                const watched::NoAllocation audioThread;
+                const watched::NoAllocation renderThread;
                 for (int i = 0; i < 8; ++i) file.render(slice, 2048);
             }
             for (std::string& note : watched::end()) notes.push_back(std::move(note));
@@ -256,7 +256,7 @@ TEST(Render, AnAllocationIsDetected)
     watched::begin();
     const int before = watched::alarms();
     {
-        const watched::NoAllocation audioThread;
+        const watched::NoAllocation renderThread;
         EXPECT_EQ(std::calloc(1, 8), nullptr);
     }
     EXPECT_EQ(watched::end(), std::vector<std::string>{"calloc 8"});

@@ -1,5 +1,4 @@
-// The output of a device is bit for bit that of the reference player, for blocks and slices of many lengths
-// and rates.
+// The output of a device equals the reference player bit for bit, for many block lengths, slices and rates.
 #include "tests/endtoend/loaded.h"
 #include "tests/endtoend/reference_output.h"
 #include "tests/support/sound_samples.h"

@@ -246,8 +246,7 @@ TEST_F(PlayerConversion, ConvertsTwoBlocksLikeOne)
 
 // ---- floats ----
 
-// Bit patterns that arithmetic could change: quiet and signalling not-a-numbers, infinities, denormals,
-// zeros.
+// Bit patterns that arithmetic could change: not-a-numbers, infinities, denormals, zeros.
 const std::vector<std::uint32_t> patterns = {
     0x3F800000, 0xBF800000, 0x00000000, 0x80000000, 0x00000001, 0x80000001,
     0x007FFFFF, 0x7F7FFFFF, 0x7F800000, 0xFF800000, 0x7F800001, 0xFF800001,

@@ -19,7 +19,7 @@ volatile std::size_t recordedCount = 0;
 struct sigaction formerFault, formerStep;
 
 constexpr greg_t trapFlag = 0x100; // the processor traps after the next instruction
-constexpr greg_t writeFault = 2;   // in the fault's error code
+constexpr greg_t writeFault = 2;   // the bit of the fault's error code for a write
 constexpr int errorCode = REG_ERR, flags = REG_EFL;
 
 void openPage(bool isOpen)

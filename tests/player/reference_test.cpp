@@ -144,7 +144,7 @@ private:
 
         OSStatus status;
         {
-            const watched::NoAllocation audioThread;
+            const watched::NoAllocation renderThread;
             status = test::runCycle(object_, real);
         }
         reference_.render(plain);

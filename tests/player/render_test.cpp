@@ -233,8 +233,7 @@ TEST_F(PlayerRender, TheDeviceRateIsRoundedToSingle)
     EXPECT_EQ(object->outputPosition, 2.0);
 }
 
-// Mono is weighted in double precision and rounded once; stereo in single precision, with a rounding per
-// operation.
+// Mono is rounded once, from double precision; stereo after each operation, in single precision.
 TEST_F(PlayerRender, MonoAndStereoRoundDifferently)
 {
     const float s0 = 0x1.47ae14p-7f, s1 = 0x1.47ae14p-5f;

@@ -8,7 +8,7 @@ namespace {
 
 using namespace auplayer_test;
 
-class AudioThread : public PlayerTest {};
+class RenderThread : public PlayerTest {};
 
 constexpr std::uint32_t channels = 2, sliceFrames = 64;
 
@@ -22,7 +22,7 @@ bool holds(const std::vector<float>& slice, std::uint32_t offset, std::uint32_t 
     return true;
 }
 
-TEST_F(AudioThread, RendersWholeSlicesWhileThePositionChanges)
+TEST_F(RenderThread, RendersWholeSlicesWhileThePositionChanges)
 {
     ASSERT_TRUE(load());
     const AURenderCallbackStruct callback = graph_spy::callback();

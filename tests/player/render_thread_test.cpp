@@ -23,18 +23,18 @@ namespace {
 using test::PlayerObject;
 using Floats = std::vector<float>;
 
-class PlayerAudioThread : public test::FreshPlatform {};
+class PlayerRenderThread : public test::FreshPlatform {};
 
 // ---- allocation ----
 
 /// One cycle during which an allocation is refused and counted.
 void guardedCycle(const PlayerObject& object, test::Slice& slice)
 {
-    const watched::NoAllocation audioThread;
+    const watched::NoAllocation renderThread;
     test::runCycle(object, slice);
 }
 
-TEST_F(PlayerAudioThread, AllocatesNothing)
+TEST_F(PlayerRenderThread, AllocatesNothing)
 {
     const int before = watched::alarms();
     for (const std::int32_t channels : {1, 2})
@@ -68,13 +68,13 @@ OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBu
     return 0;
 }
 
-TEST_F(PlayerAudioThread, EveryKindOfAllocationIsDetected)
+TEST_F(PlayerRenderThread, EveryKindOfAllocationIsDetected)
 {
     const auto isDetected = [](auto&& allocate) {
         const int before = watched::alarms();
         bool wasRefused;
         {
-            const watched::NoAllocation audioThread;
+            const watched::NoAllocation renderThread;
             wasRefused = allocate();
         }
         return watched::alarms() == before + 1 && wasRefused;
@@ -108,14 +108,14 @@ TEST_F(PlayerAudioThread, EveryKindOfAllocationIsDetected)
     }));
 }
 
-TEST_F(PlayerAudioThread, AllocationsInThePlayersCodeAreDetected)
+TEST_F(PlayerRenderThread, AllocationsInThePlayersCodeAreDetected)
 {
     const PlayerObject object;
     const host::Block block(std::vector<unsigned char>(8, 0));
     ASSERT_TRUE(object.add({1})); // looks up the host's services, which may allocate
     const int before = watched::alarms();
     {
-        const watched::NoAllocation audioThread;
+        const watched::NoAllocation renderThread;
         EXPECT_FALSE(player::AddSomeFloatAudio(object.data(), block, 0, 8, false)) << "memory was refused";
     }
     EXPECT_EQ(watched::alarms(), before + 1);
@@ -123,7 +123,7 @@ TEST_F(PlayerAudioThread, AllocationsInThePlayersCodeAreDetected)
     EXPECT_EQ(watched::alarms(), before + 1) << "allocation on the main thread is allowed";
 }
 
-TEST_F(PlayerAudioThread, AllocationsInAnIOProcedureAreDetected)
+TEST_F(PlayerRenderThread, AllocationsInAnIOProcedureAreDetected)
 {
     const PlayerObject object;
     object->ioProc = allocatingProcedure;
@@ -133,7 +133,7 @@ TEST_F(PlayerAudioThread, AllocationsInAnIOProcedureAreDetected)
     EXPECT_GT(watched::alarms(), before);
 }
 
-TEST_F(PlayerAudioThread, FreesAndLocksOnceForEachBuffer)
+TEST_F(PlayerRenderThread, FreesAndLocksOnceForEachBuffer)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1}));
@@ -154,7 +154,7 @@ TEST_F(PlayerAudioThread, FreesAndLocksOnceForEachBuffer)
 #endif
 
 // The host may free the record once isRunning is clear. Every access after the removal is recorded.
-TEST_F(PlayerAudioThread, ClearsIsRunningAsItsLastAccess)
+TEST_F(PlayerRenderThread, ClearsIsRunningAsItsLastAccess)
 {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP() << "this sanitizer handles the signals itself";
@@ -186,7 +186,7 @@ TEST_F(PlayerAudioThread, ClearsIsRunningAsItsLastAccess)
     }
 }
 
-TEST_F(PlayerAudioThread, RecordedAccessesAreReadsAndWritesInOrder)
+TEST_F(PlayerRenderThread, RecordedAccessesAreReadsAndWritesInOrder)
 {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP();
@@ -237,7 +237,7 @@ std::atomic<bool> RunningDevice::isRemoved_{false};
 
 // A player is started, fed, stopped and freed while the device runs. The sanitizers report a late access of
 // the device's thread, or one that is not ordered before the free.
-TEST_F(PlayerAudioThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
+TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
 {
     const long before = watched::liveBlocks();
     spy::platform().during[spy::Function::removeIOProc] = RunningDevice::remove;
