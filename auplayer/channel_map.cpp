@@ -71,7 +71,7 @@ void setChannelMap(REALobjectStruct* object, ArrayOf<HostInteger>* values)
 
     const std::int64_t given = values ? arrayCount(values) : 0;
     for (UInt32 i = 0; i < std::min<std::int64_t>(given, map.count()); ++i) {
-        HostInteger value = 0; // for an element that the host has removed since
+        HostInteger value = 0; // for an element that the host removes during this call
         readArrayElement(values, static_cast<HostInteger>(i), value);
         map.entries()[i] = static_cast<SInt32>(value);
     }

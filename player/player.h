@@ -33,13 +33,13 @@ struct AudioPlayerData {
     std::uint8_t noUnderflow;      ///< keep running without data [main]
     std::uint8_t hadUnderflow;     ///< set [audio]; cleared [main]
     std::uint32_t outputDeviceID;  ///< 0: the system's default output device [main]
-    alignas(8) std::int64_t baseSampleIndex;  ///< of current's first sample since the start; as `current`
-    alignas(8) double outputPositionRelative; ///< frames since `current` became current; as `current`
-    alignas(8) double outputPosition;         ///< fractional read position since the start; as `current`
-    PlayItem current;              ///< the buffer that is played [audio & running], [main & stopped]
-    PlayItem queue[queueCapacity]; ///< in play order, occupied slots first; under playQLock
-    std::int32_t queueCount;       ///< occupied slots; under playQLock
-    AudioDeviceIOProc ioProc;      ///< the procedure that a start installs [main & stopped]
+    alignas(8) std::int64_t baseSampleIndex;  ///< index of the first sample of `current`; written like it
+    alignas(8) double outputPositionRelative; ///< frames since `current` was taken; written like it
+    alignas(8) double outputPosition;         ///< frames read since the start; written like `current`
+    PlayItem current;                         ///< the buffer that is read [audio & running], [main & stopped]
+    PlayItem queue[queueCapacity];            ///< in play order, occupied slots first; under playQLock
+    std::int32_t queueCount;                  ///< occupied slots; under playQLock
+    AudioDeviceIOProc ioProc;                 ///< the procedure that a start installs [main & stopped]
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(AudioPlayerData) == 1664, "the size declared to the host");
