@@ -48,7 +48,7 @@ bool readName(AudioDeviceID device, OwnedString& text)
     UInt32 size = sizeof name;
     const AudioObjectPropertyAddress address = global(kAudioDevicePropertyDeviceName);
     if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, name) != noErr) return false;
-    const auto length = std::find(std::begin(name), std::end(name), '\0') - name;
+    const std::ptrdiff_t length = std::find(std::begin(name), std::end(name), '\0') - name;
     text.reset(REALBuildUnicodeString(name, length, encodingUTF8));
     return true;
 }
@@ -95,7 +95,7 @@ REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger)
     if (findDeviceList(list, size) != noErr) return nullptr;
 
     AUPlayerData& player = beginCall(object);
-    const auto memory = allocateZeroed<char>(size);
+    const Zeroed<char> memory = allocateZeroed<char>(size);
     if (!memory) {
         RaiseException("OutOfMemoryException", "Failed to allocate buffer for device IDs.");
         return nullptr;

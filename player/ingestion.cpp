@@ -42,7 +42,7 @@ bool convertAndQueue(AudioPlayerData& player, const Memory& memory, HostInteger 
 {
     const auto count = static_cast<std::size_t>(countBytes / form.bytes);
     const std::int64_t total = static_cast<std::int64_t>(count) * memory.count;
-    auto buffer = allocateZeroed<float>(total);
+    Zeroed<float> buffer = allocateZeroed<float>(total);
     if (!buffer) return false;
     const unsigned char* const first = memory.channel[0] + offsetBytes;
     if (memory.count == 2)

@@ -124,8 +124,10 @@ OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp*, const AudioBu
 
     // Dividing in single precision is intended.
     const double step = loadRelaxed(player.sampleRate) / player.deviceSampleRate;
-    const auto render = loadRelaxed(player.numberOfChannels) == 2 ? renderStereo : renderMono;
-    storeRelaxed(player.outputPosition, render(player, output, player.outputPosition, step));
+    const bool isStereo = loadRelaxed(player.numberOfChannels) == 2;
+    const double position =
+        (isStereo ? renderStereo : renderMono)(player, output, player.outputPosition, step);
+    storeRelaxed(player.outputPosition, position);
     return 0;
 }
 

@@ -99,7 +99,7 @@ TEST(RenderReference, AgreesIn100000Slices)
 
             straddles += reference.position < frames && reference.position + slice > frames;
             const std::uint32_t before = reference.position;
-            const auto expected = reference.render(slice, sizes);
+            const std::vector<std::vector<unsigned char>> expected = reference.render(slice, sizes);
             Slice rendered(layouts);
             file.render(rendered, slice);
             for (std::size_t b = 0; b < sizes.size(); ++b) ASSERT_EQ(rendered.bytes(b), expected[b]) << b;

@@ -50,7 +50,7 @@ void queue(host::Object& player, ReferenceOutput& reference, const Fact& fact)
 {
     unsigned seed = 1;
     for (std::size_t frames : fact.blockFrames) {
-        const auto noise = support::makeNoise(44100, fact.channels == 2 ? 2 : 1, frames, seed++);
+        const support::Sound noise = support::makeNoise(44100, fact.channels == 2 ? 2 : 1, frames, seed++);
         ASSERT_TRUE(player.call("AddFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
         reference.add(noise.samples);
     }
@@ -101,7 +101,7 @@ TEST(Interpolation, ContinuesAfterAnUnderflow)
     reference.setNoUnderflow(true);
 
     for (unsigned seed = 1; seed <= 3; ++seed) {
-        const auto noise = support::makeNoise(30000, 1, 500, seed);
+        const support::Sound noise = support::makeNoise(30000, 1, 500, seed);
         ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
         reference.add(noise.samples);
         for (int i = 0; i < 20; ++i) { // the queue runs empty

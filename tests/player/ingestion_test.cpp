@@ -16,6 +16,7 @@ namespace {
 using namespace player;
 using test::PlayerObject;
 using Bytes = std::vector<unsigned char>;
+using OwnedBlock = std::unique_ptr<host::Block>;
 
 enum Kind { good, nil, noMemory }; // of a block
 
@@ -24,7 +25,7 @@ constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
 class PlayerIngestion : public test::FreshPlatform {
 protected:
-    static std::unique_ptr<host::Block> blockOf(Kind kind, std::size_t bytes = 64)
+    static OwnedBlock blockOf(Kind kind, std::size_t bytes = 64)
     {
         if (kind == nil) return nullptr;
         if (kind == noMemory)
@@ -32,7 +33,7 @@ protected:
         return std::make_unique<host::Block>(Bytes(bytes, 0x40));
     }
 
-    static REALmemoryBlockStruct* handle(const std::unique_ptr<host::Block>& block)
+    static REALmemoryBlockStruct* handle(const OwnedBlock& block)
     {
         return block ? static_cast<REALmemoryBlockStruct*>(*block) : nullptr;
     }
@@ -122,7 +123,7 @@ TEST_F(PlayerIngestion, IntegerBlocksAreCheckedInThisOrder)
         const PlayerObject object;
         object->sampleRate = row.sampleRate;
         object->numberOfChannels = row.channels;
-        const auto block = blockOf(row.block);
+        const OwnedBlock block = blockOf(row.block);
         watched::begin();
         const bool added =
             AddSomeAudio(object.data(), handle(block), row.offset, row.count, row.bitSize, false);
@@ -146,8 +147,8 @@ TEST_F(PlayerIngestion, StereoBlocksAreCheckedInThisOrder)
             const PlayerObject object;
             object->sampleRate = row.sampleRate;
             object->numberOfChannels = row.channels;
-            const auto block1 = blockOf(faulty & 1 ? row.block : good),
-                       block2 = blockOf(faulty & 2 ? row.block : good);
+            const OwnedBlock block1 = blockOf(faulty & 1 ? row.block : good),
+                             block2 = blockOf(faulty & 2 ? row.block : good);
             EXPECT_EQ(AddSomeAudioStereo(object.data(), handle(block1), handle(block2), row.offset, row.count,
                                          row.bitSize, false),
                       row.isAdded);
@@ -201,7 +202,7 @@ TEST_F(PlayerIngestion, FloatBlocksAreRefusedWithoutAnException)
         for (const int faulty : {0, 1, 2, 3}) { // 0: the call for one block
             SCOPED_TRACE(::testing::Message() << row.why << ", block " << faulty);
             const PlayerObject object;
-            const auto faultyBlock = blockOf(row.block), goodBlock = blockOf(good);
+            const OwnedBlock faultyBlock = blockOf(row.block), goodBlock = blockOf(good);
             const auto pick = [&](int bit) { return handle(faulty & bit ? faultyBlock : goodBlock); };
             const bool added =
                 faulty
@@ -220,7 +221,7 @@ TEST_F(PlayerIngestion, FloatBlocksAreAcceptedAtAnyRateAndChannelCount)
             const PlayerObject object;
             object->sampleRate = rate;
             object->numberOfChannels = channels;
-            const auto block = blockOf(good);
+            const OwnedBlock block = blockOf(good);
             EXPECT_TRUE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
             EXPECT_TRUE(AddSomeFloatAudioStereo(object.data(), handle(block), handle(block), 0, 8, false));
             EXPECT_EQ(object->queue[0].count, 2);
@@ -233,7 +234,7 @@ TEST_F(PlayerIngestion, AcceptsSevenBitSizes)
     for (HostInteger bitSize = -1; bitSize <= 40; ++bitSize) {
         SCOPED_TRACE(bitSize);
         const PlayerObject object;
-        const auto block = blockOf(good);
+        const OwnedBlock block = blockOf(good);
         const bool isKnown = bitSize == 7 || bitSize == 8 || bitSize == 15 || bitSize == 16 ||
                              bitSize == 24 || bitSize == 31 || bitSize == 32;
         EXPECT_EQ(AddSomeAudio(object.data(), handle(block), 0, 12, bitSize, false), isKnown);
@@ -244,7 +245,7 @@ TEST_F(PlayerIngestion, AcceptsSevenBitSizes)
     }
     for (const HostInteger bitSize : {INT32_MIN, -16, 64, 16 + 256, INT32_MAX}) {
         const PlayerObject object;
-        const auto block = blockOf(good);
+        const OwnedBlock block = blockOf(good);
         EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 12, bitSize, false)) << bitSize;
     }
 }
@@ -284,7 +285,7 @@ TEST_F(PlayerIngestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
         SCOPED_TRACE(::testing::Message()
                      << row.bitSize << " bits, " << row.channels << " channels, " << row.count);
         const PlayerObject object;
-        const auto block = blockOf(good);
+        const OwnedBlock block = blockOf(good);
         watched::refuseCalloc(1);
         watched::begin();
         bool added;
@@ -310,7 +311,7 @@ TEST_F(PlayerIngestion, ARefusedBufferClearsNothing)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
-    const auto block = blockOf(good);
+    const OwnedBlock block = blockOf(good);
     EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 12, true));
     EXPECT_FALSE(AddSomeAudio(object.data(), nullptr, 0, 8, 16, true));
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 3, true));
@@ -326,7 +327,7 @@ TEST_F(PlayerIngestion, ARefusedBufferClearsNothing)
 TEST_F(PlayerIngestion, DoesNotReadTheBlocksSize)
 {
     const PlayerObject object;
-    const auto block = blockOf(good);
+    const OwnedBlock block = blockOf(good);
     EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 2, 8, 16, false));
     EXPECT_EQ(host::sizeCalls(), 0);
 }
@@ -337,7 +338,7 @@ TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsReturnFals
 {
     host::load({"memoryBlockGetPtr"});
     const PlayerObject object;
-    const auto block = blockOf(good);
+    const OwnedBlock block = blockOf(good);
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
     EXPECT_FALSE(AddSomeFloatAudioStereo(object.data(), handle(block), handle(block), 0, 8, false));
     expectNilRaised(false);
@@ -353,7 +354,7 @@ TEST_F(PlayerIngestion, CachesAFoundServiceAndLooksUpAMissingOneAgain)
 {
     host::load({"memoryBlockGetPtr"});
     const PlayerObject object;
-    const auto block = blockOf(good);
+    const OwnedBlock block = blockOf(good);
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
     EXPECT_EQ(host::lookUps("memoryBlockGetPtr"), 2);
