@@ -1,80 +1,76 @@
-// The public calls: find the converter, let nothing be thrown across the border.
+// The public calls of the converter.
 #include "platform/audioconverter/converter.h"
+#include "platform/support/border.h"
 
 #include <Carbon/Carbon.h>
-
-#include <new>
 
 namespace kvxplatform::audioconverter {
 namespace {
 
-/// Keeps a second call out while one is filling or changing a converter, be it from the input procedure.
-class Turn {
+/// Exclusive access to a converter; false while another call has it, also one further up this thread's stack.
+class Exclusive {
 public:
-    explicit Turn(Converter& c) : converter(c), isOurs(!c.isBusy.exchange(true, std::memory_order_acquire)) {}
-    ~Turn()
+    explicit Exclusive(Converter& converter)
+        : converter_(converter), isOwner_(!converter.isBusy.exchange(true, std::memory_order_acquire))
     {
-        if (isOurs) converter.isBusy.store(false, std::memory_order_release);
     }
-    Turn(const Turn&) = delete;
-    explicit operator bool() const { return isOurs; }
+    ~Exclusive()
+    {
+        if (isOwner_) converter_.isBusy.store(false, std::memory_order_release);
+    }
+    Exclusive(const Exclusive&) = delete;
+    explicit operator bool() const { return isOwner_; }
 
 private:
-    Converter& converter;
-    const bool isOurs;
+    Converter& converter_;
+    const bool isOwner_;
 };
 
-/// `call` over the converter behind a handle, alone.
-template <class Call>
-OSStatus alone(AudioConverterRef handle, Call call)
+/// Run `body` on the converter of a handle; paramErr for an unknown one.
+template <class Body>
+OSStatus with(AudioConverterRef handle, Body body)
 {
-    const Converters::Use converter = use(handle);
-    if (!converter) return paramErr;
-    const Turn turn(*converter);
-    if (!turn) return kAudioConverterErr_OperationNotSupported;
-    try {
-        return call(*converter);
-    } catch (const std::bad_alloc&) {
-        return memFullErr;
-    }
+    return withinBorder(memFullErr, [&]() -> OSStatus {
+        const Converters::Use converter = use(handle);
+        return converter ? body(*converter) : paramErr;
+    });
 }
 
-OSStatus create(const AudioStreamBasicDescription& source, const AudioStreamBasicDescription& destination,
-                AudioConverterRef& out)
+/// The same with exclusive access.
+template <class Body>
+OSStatus withExclusive(AudioConverterRef handle, Body body)
 {
-    try {
-        auto converter = std::make_unique<Converter>(source, destination);
-        if (const OSStatus status = prepare(*converter)) return status;
-        out = add(std::move(converter));
-        return out ? noErr : memFullErr;
-    } catch (...) {
-        return memFullErr;
-    }
+    return with(handle, [&](Converter& converter) -> OSStatus {
+        const Exclusive access(converter);
+        return access ? body(converter) : kAudioConverterErr_OperationNotSupported;
+    });
 }
 
 } // namespace
 } // namespace kvxplatform::audioconverter
 
-namespace audioconverter = kvxplatform::audioconverter;
-using audioconverter::Converter;
+using namespace kvxplatform::audioconverter;
 
 OSStatus AudioConverterNew(const AudioStreamBasicDescription* source,
                            const AudioStreamBasicDescription* destination, AudioConverterRef* out)
 {
     if (!out) return paramErr;
     *out = nullptr;
-    return source && destination ? audioconverter::create(*source, *destination, *out) : paramErr;
+    if (!source || !destination) return paramErr;
+    return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
+        auto converter = std::make_unique<Converter>(*source, *destination);
+        if (const OSStatus status = prepare(*converter)) return status;
+        *out = add(std::move(converter));
+        return *out ? noErr : memFullErr;
+    });
 }
 
-OSStatus AudioConverterDispose(AudioConverterRef converter)
-{
-    return audioconverter::dispose(converter) ? noErr : paramErr;
-}
+OSStatus AudioConverterDispose(AudioConverterRef converter) { return dispose(converter) ? noErr : paramErr; }
 
 OSStatus AudioConverterReset(AudioConverterRef converter)
 {
-    return audioconverter::alone(converter, [](Converter& c) {
-        audioconverter::reset(c);
+    return withExclusive(converter, [](Converter& c) {
+        reset(c);
         return noErr;
     });
 }
@@ -82,28 +78,21 @@ OSStatus AudioConverterReset(AudioConverterRef converter)
 OSStatus AudioConverterGetPropertyInfo(AudioConverterRef converter, AudioConverterPropertyID property,
                                        UInt32* size, Boolean* isWritable)
 {
-    const auto found = audioconverter::use(converter);
-    return found ? audioconverter::getPropertyInfo(*found, property, size, isWritable) : paramErr;
+    return with(converter, [&](Converter& c) { return getPropertyInfo(c, property, size, isWritable); });
 }
 
 OSStatus AudioConverterGetProperty(AudioConverterRef converter, AudioConverterPropertyID property,
                                    UInt32* size, void* data)
 {
-    const auto found = audioconverter::use(converter);
-    if (!found || !size || !data) return paramErr;
-    try {
-        return audioconverter::getProperty(*found, property, *size, data);
-    } catch (const std::bad_alloc&) {
-        return memFullErr;
-    }
+    if (!size || !data) return paramErr;
+    return with(converter, [&](Converter& c) { return getProperty(c, property, *size, data); });
 }
 
 OSStatus AudioConverterSetProperty(AudioConverterRef converter, AudioConverterPropertyID property,
                                    UInt32 size, const void* data)
 {
     if (!data) return paramErr;
-    return audioconverter::alone(
-        converter, [&](Converter& c) { return audioconverter::setProperty(c, property, size, data); });
+    return withExclusive(converter, [&](Converter& c) { return setProperty(c, property, size, data); });
 }
 
 OSStatus AudioConverterFillComplexBuffer(AudioConverterRef converter,
@@ -111,6 +100,5 @@ OSStatus AudioConverterFillComplexBuffer(AudioConverterRef converter,
                                          UInt32* packets, AudioBufferList* out, AudioStreamPacketDescription*)
 {
     if (!input || !packets || !out) return paramErr;
-    return audioconverter::alone(
-        converter, [&](Converter& c) { return audioconverter::fill(c, input, context, *packets, *out); });
+    return withExclusive(converter, [&](Converter& c) { return fill(c, input, context, *packets, *out); });
 }

@@ -1,9 +1,8 @@
-// A converter, and what can be done with it.
+// A converter between two linear PCM formats, and the operations on it.
 #pragma once
 
-#include "platform/pcm/buffers.h"
-#include "platform/pcm/conversion.h"
 #include "platform/pcm/conversion_quality.h"
+#include "platform/pcm/pulled_conversion.h"
 #include "platform/support/handle_table.h"
 
 #include <AudioToolbox/AudioConverter.h>
@@ -14,10 +13,10 @@
 
 namespace kvxplatform::audioconverter {
 
-/// What a caller may choose.
-struct Choices {
+/// Properties that a caller can set.
+struct Settings {
     pcm::ConversionQuality quality;
-    std::optional<pcm::Routing> map; // as it was set; else by the rule for channel counts
+    std::optional<pcm::Routing> map; ///< empty: the rule of pcm/channel_fold.h
 };
 
 struct Converter {
@@ -27,40 +26,46 @@ struct Converter {
 
     const AudioStreamBasicDescription source, destination;
     AudioConverterRef self = nullptr;
-    std::atomic<bool> isBusy{false};     // filling, or being changed
-    std::atomic<bool> isDisposed{false}; // its input procedure is asked no more
+    std::atomic<bool> isBusy{false};     ///< a fill or a change is in progress
+    std::atomic<bool> isDisposed{false}; ///< the input procedure is not called again
 
-    Choices choices;
+    Settings settings;
     std::unique_ptr<pcm::Conversion> conversion;
-
-    pcm::ListStorage input;        // what the input procedure gave last, where it says
-    UInt32 keptFrom = 0, kept = 0; // frames of it that have not been used
-    bool hasEnded = false;         // it said that nothing more comes
+    pcm::PulledInput input; ///< from the input procedure, in memory of the caller
 };
 
 using Converters = HandleTable<Converter, 2>;
 
-/// A converter's handle; null when there are too many. Throws std::bad_alloc. Thread [any].
+/// Register a converter. Returns its handle; null if the table is full. Throws std::bad_alloc.
+/// [any]
 AudioConverterRef add(std::unique_ptr<Converter> converter);
 
-/// The converter behind a handle, whole for as long as this lives. Thread [any], [audio] too.
+/// Find the converter of a handle. It is not freed while the result lives.
+/// [any], [audio] too
 Converters::Use use(AudioConverterRef handle);
 
-/// False for a handle that names none. A fill that runs keeps what it needs. Thread [any].
+/// Withdraw a handle; the last use of its converter frees it. False for an unknown handle.
+/// [any]
 bool dispose(AudioConverterRef handle);
 
-/// Make `out` ready for the formats. Errors as AudioConverterNew. Throws std::bad_alloc.
-OSStatus prepare(Converter& out);
+// The functions below need the converter to themselves, except getPropertyInfo and getProperty.
 
-/// Forget the past.
+/// Prepare a new converter for its formats. Errors as AudioConverterNew. Throws std::bad_alloc.
+OSStatus prepare(Converter& converter);
+
+/// Discard input and filter history.
 void reset(Converter& converter);
 
+/// As AudioConverterFillComplexBuffer. Neither allocates nor locks.
+/// [audio]
 OSStatus fill(Converter& converter, AudioConverterComplexInputDataProc input, void* context, UInt32& frames,
               AudioBufferList& out);
 
 OSStatus getPropertyInfo(const Converter& converter, AudioConverterPropertyID id, UInt32* size,
                          Boolean* isWritable);
 OSStatus getProperty(const Converter& converter, AudioConverterPropertyID id, UInt32& size, void* data);
+
+/// Setting a property resets the converter. Throws std::bad_alloc and then changes nothing.
 OSStatus setProperty(Converter& converter, AudioConverterPropertyID id, UInt32 size, const void* data);
 
 } // namespace kvxplatform::audioconverter

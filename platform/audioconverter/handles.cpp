@@ -1,3 +1,4 @@
+// The table of live converters.
 #include "platform/audioconverter/converter.h"
 
 #include "platform/support/live_count.h"
@@ -5,10 +6,9 @@
 namespace kvxplatform::audioconverter {
 namespace {
 
-LiveCount account("AudioConverter");
+LiveCount liveCount("AudioConverter");
 
-// Never destroyed: what nobody disposes stays in it and is counted, and an audio thread may still fill one
-// while the program ends.
+// Never destroyed: a render thread may still fill a converter while the process exits.
 Converters& table()
 {
     static Converters& converters = *new Converters;
@@ -20,10 +20,10 @@ Converters& table()
 Converter::Converter(const AudioStreamBasicDescription& from, const AudioStreamBasicDescription& to)
     : source(from), destination(to)
 {
-    account.add();
+    liveCount.add();
 }
 
-Converter::~Converter() { account.remove(); }
+Converter::~Converter() { liveCount.remove(); }
 
 AudioConverterRef add(std::unique_ptr<Converter> converter)
 {

@@ -1,4 +1,4 @@
-// Formats that can be converted, and the table of properties.
+// The formats that a converter accepts, and its properties.
 #include "platform/audioconverter/converter.h"
 
 #include "platform/pcm/channel_fold.h"
@@ -24,29 +24,29 @@ bool convertsRate(const Converter& converter)
     return converter.source.mSampleRate != converter.destination.mSampleRate;
 }
 
-Routing routingOf(const Converter& converter, const Choices& choices)
+Routing routingOf(const Converter& converter, const Settings& settings)
 {
-    return choices.map ? *choices.map
-                       : pcm::foldedRouting(converter.source.mChannelsPerFrame,
-                                            converter.destination.mChannelsPerFrame);
+    return settings.map ? *settings.map
+                        : pcm::foldedRouting(converter.source.mChannelsPerFrame,
+                                             converter.destination.mChannelsPerFrame);
 }
 
-/// A conversion by these choices; null when the formats do not go together. Throws std::bad_alloc.
-std::unique_ptr<Conversion> make(const Converter& converter, const Choices& choices)
+/// Make a conversion with these settings; null if its formats cannot be converted. Throws std::bad_alloc.
+std::unique_ptr<Conversion> make(const Converter& converter, const Settings& settings)
 {
     auto made = std::make_unique<Conversion>();
-    const bool isMade = made->prepare(converter.source, converter.destination, routingOf(converter, choices),
-                                      choices.quality.filter());
+    const bool isMade = made->prepare(converter.source, converter.destination, routingOf(converter, settings),
+                                      settings.quality.filter());
     return isMade ? std::move(made) : nullptr;
 }
 
-/// Take on new choices, and so forget the past. Throws std::bad_alloc, and nothing has changed then.
-OSStatus choose(Converter& converter, Choices choices)
+/// Replace the settings and the conversion. Throws std::bad_alloc and then changes nothing.
+OSStatus apply(Converter& converter, Settings settings)
 {
-    auto made = make(converter, choices);
-    if (!made) return kAudioConverterErr_UnspecifiedError; // what was possible once is possible again
+    auto made = make(converter, settings);
+    if (!made) return kAudioConverterErr_UnspecifiedError; // formats that were accepted once
     converter.conversion = std::move(made);
-    converter.choices = std::move(choices);
+    converter.settings = std::move(settings);
     reset(converter);
     return noErr;
 }
@@ -54,12 +54,12 @@ OSStatus choose(Converter& converter, Choices choices)
 // ---- properties ----
 
 template <class T>
-void give(void* data, const T& value)
+void store(void* data, const T& value)
 {
     std::memcpy(data, &value, sizeof value);
 }
 
-UInt32 wordFrom(const void* data)
+UInt32 loadWord(const void* data)
 {
     UInt32 word = 0;
     std::memcpy(&word, data, sizeof word);
@@ -69,31 +69,31 @@ UInt32 wordFrom(const void* data)
 template <UInt32 pcm::ConversionQuality::*field>
 void getQuality(const Converter& converter, void* data)
 {
-    give(data, converter.choices.quality.*field);
+    store(data, converter.settings.quality.*field);
 }
 
 OSStatus setComplexity(Converter& converter, const void* data)
 {
-    Choices choices = converter.choices;
-    choices.quality.complexity = wordFrom(data);
-    return pcm::ConversionQuality::isComplexity(choices.quality.complexity)
-               ? choose(converter, std::move(choices))
+    Settings settings = converter.settings;
+    settings.quality.complexity = loadWord(data);
+    return pcm::ConversionQuality::isComplexity(settings.quality.complexity)
+               ? apply(converter, std::move(settings))
                : paramErr;
 }
 
 OSStatus setQuality(Converter& converter, const void* data)
 {
-    Choices choices = converter.choices;
-    choices.quality.quality = wordFrom(data);
-    return choices.quality.quality <= pcm::ConversionQuality::most ? choose(converter, std::move(choices))
-                                                                   : paramErr;
+    Settings settings = converter.settings;
+    settings.quality.quality = loadWord(data);
+    return settings.quality.quality <= pcm::ConversionQuality::most ? apply(converter, std::move(settings))
+                                                                    : paramErr;
 }
 
-void getPrimeMethod(const Converter&, void* data) { give(data, UInt32{kConverterPrimeMethod_Normal}); }
+void getPrimeMethod(const Converter&, void* data) { store(data, UInt32{kConverterPrimeMethod_Normal}); }
 
 OSStatus setPrimeMethod(Converter&, const void* data)
 {
-    return wordFrom(data) == kConverterPrimeMethod_Normal
+    return loadWord(data) == kConverterPrimeMethod_Normal
                ? noErr
                : static_cast<OSStatus>(kAudioConverterErr_OperationNotSupported);
 }
@@ -103,37 +103,37 @@ void getPrimeInfo(const Converter& converter, void* data)
     UInt32 frames = 0;
     if (convertsRate(converter))
         frames = RateConverter::lookAhead(converter.source.mSampleRate, converter.destination.mSampleRate,
-                                          converter.choices.quality.filter());
-    give(data, AudioConverterPrimeInfo{frames, frames});
+                                          converter.settings.quality.filter());
+    store(data, AudioConverterPrimeInfo{frames, frames});
 }
 
 void getChannelMap(const Converter& converter, void* data)
 {
-    const Routing map = routingOf(converter, converter.choices);
+    const Routing map = routingOf(converter, converter.settings);
     std::memcpy(data, map.data(), map.size() * sizeof map[0]);
 }
 
 OSStatus setChannelMap(Converter& converter, const void* data)
 {
-    Choices choices = converter.choices;
-    choices.map.emplace(converter.destination.mChannelsPerFrame);
-    std::memcpy(choices.map->data(), data, choices.map->size() * sizeof(SInt32));
-    const bool isMap = std::all_of(choices.map->begin(), choices.map->end(),
+    Settings settings = converter.settings;
+    settings.map.emplace(converter.destination.mChannelsPerFrame);
+    std::memcpy(settings.map->data(), data, settings.map->size() * sizeof(SInt32));
+    const bool isMap = std::all_of(settings.map->begin(), settings.map->end(),
                                    [](SInt32 entry) { return entry >= pcm::noChannel; });
-    return isMap ? choose(converter, std::move(choices)) : paramErr;
+    return isMap ? apply(converter, std::move(settings)) : paramErr;
 }
 
 template <const AudioStreamBasicDescription Converter::*format>
 void getFormat(const Converter& converter, void* data)
 {
-    give(data, converter.*format);
+    store(data, converter.*format);
 }
 
 struct Property {
     AudioConverterPropertyID id;
-    UInt32 size; // bytes; 0: a word for each destination channel
+    UInt32 size; ///< bytes; 0: one word for each destination channel
     void (*get)(const Converter&, void* data);
-    OSStatus (*set)(Converter&, const void* data); // null: read-only
+    OSStatus (*set)(Converter&, const void* data); ///< null: read-only
 };
 
 constexpr auto complexity = &pcm::ConversionQuality::complexity;
@@ -167,9 +167,9 @@ UInt32 sizeOf(const Converter& converter, const Property& row)
 
 } // namespace
 
-OSStatus prepare(Converter& out)
+OSStatus prepare(Converter& converter)
 {
-    const AudioStreamBasicDescription &from = out.source, &to = out.destination;
+    const AudioStreamBasicDescription &from = converter.source, &to = converter.destination;
     if (from.mFormatID != kAudioFormatLinearPCM || to.mFormatID != kAudioFormatLinearPCM)
         return kAudioConverterErr_FormatNotSupported;
     if (!isRate(from.mSampleRate)) return kAudioConverterErr_InputSampleRateOutOfRange;
@@ -177,9 +177,9 @@ OSStatus prepare(Converter& out)
     if (!pcm::isLinearPCM(from) || !pcm::isLinearPCM(to)) return kAudioConverterErr_FormatNotSupported;
     if (!RateConverter::takes(from.mSampleRate, to.mSampleRate))
         return kAudioConverterErr_OutputSampleRateOutOfRange;
-    out.conversion = make(out, out.choices);
-    if (!out.conversion) return kAudioConverterErr_FormatNotSupported; // too many channels
-    out.input.prepare(pcm::buffersOf(from));
+    converter.conversion = make(converter, converter.settings);
+    if (!converter.conversion) return kAudioConverterErr_FormatNotSupported; // too many channels
+    converter.input.storage.prepare(pcm::buffersOf(from));
     return noErr;
 }
 

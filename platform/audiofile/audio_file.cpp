@@ -1,9 +1,13 @@
+// The AudioFile calls: what a file contains.
 #include "platform/audiofile/audio_file.h"
 
 #include "platform/audiofile/handles.h"
 #include "platform/audiofile/sound_file.h"
 #include "platform/corefoundation/url.h"
+#include "platform/support/border.h"
 #include "platform/support/live_count.h"
+
+#include <Carbon/MacErrors.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,32 +17,31 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-LiveCount account("AudioFile");
+LiveCount liveCount("AudioFile");
 
-/// All that is asked of such a file was found out as it was opened.
+/// An open file. Every property comes from facts that were read when the file was opened.
 struct AudioFile {
-    AudioFile(std::shared_ptr<const Facts> ofFacts, bool ofCaller)
-        : facts(std::move(ofFacts)), isCallers(ofCaller)
+    AudioFile(std::shared_ptr<const Facts> ofFacts, bool lent) : facts(std::move(ofFacts)), isLent(lent)
     {
-        if (isCallers) account.add();
+        if (!isLent) liveCount.add();
     }
     ~AudioFile()
     {
-        if (isCallers) account.remove();
+        if (!isLent) liveCount.remove();
     }
     AudioFile(const AudioFile&) = delete;
     AudioFile& operator=(const AudioFile&) = delete;
 
     const std::shared_ptr<const Facts> facts;
-    const bool isCallers; // to close; else an extended file's
+    const bool isLent; ///< an extended audio file closes it
 };
 
 using AudioFiles = Handles<AudioFile, AudioFileID, 2>;
 
-// ---- properties: each writes its value, or says that this file does not have it ----
+// ---- properties: each getter writes its value; false if the file does not have the property ----
 
 template <class Value>
-bool give(void* out, Value value)
+bool store(void* out, Value value)
 {
     std::memcpy(out, &value, sizeof value);
     return true;
@@ -46,26 +49,26 @@ bool give(void* out, Value value)
 
 double secondsOf(const Facts& facts) { return static_cast<double>(facts.frames) / facts.format.mSampleRate; }
 
-// The packets of a coding whose packets differ cannot be counted without reading them all.
+/// Whether a packet is one frame of fixed size. Counting other packets would need a pass over the file.
 bool hasSamplePackets(const Facts& facts)
 {
     return facts.format.mFramesPerPacket == 1 && facts.format.mBytesPerPacket > 0;
 }
 
-bool getType(const Facts& facts, void* out) { return give<UInt32>(out, facts.type); }
-bool getFormat(const Facts& facts, void* out) { return give(out, facts.format); }
+bool getType(const Facts& facts, void* out) { return store<UInt32>(out, facts.type); }
+bool getFormat(const Facts& facts, void* out) { return store(out, facts.format); }
 bool getByteCount(const Facts& facts, void* out)
 {
     return hasSamplePackets(facts) &&
-           give(out, static_cast<UInt64>(facts.frames) * facts.format.mBytesPerPacket);
+           store(out, static_cast<UInt64>(facts.frames) * facts.format.mBytesPerPacket);
 }
 bool getPacketCount(const Facts& facts, void* out)
 {
-    return hasSamplePackets(facts) && give(out, static_cast<UInt64>(facts.frames));
+    return hasSamplePackets(facts) && store(out, static_cast<UInt64>(facts.frames));
 }
 bool getLargestPacket(const Facts& facts, void* out)
 {
-    return facts.largestPacket != 0 && give(out, facts.largestPacket);
+    return facts.largestPacket != 0 && store(out, facts.largestPacket);
 }
 bool getBitRate(const Facts& facts, void* out)
 {
@@ -73,13 +76,13 @@ bool getBitRate(const Facts& facts, void* out)
     const double bits = hasSamplePackets(facts) ? bytesPerFrame * 8 * facts.format.mSampleRate
                         : facts.frames > 0      ? static_cast<double>(facts.fileBytes) * 8 / secondsOf(facts)
                                                 : 0;
-    return give(out, static_cast<UInt32>(std::min(std::round(bits), 4294967295.0)));
+    return store(out, static_cast<UInt32>(std::min(std::round(bits), 4294967295.0)));
 }
 bool getSourceBits(const Facts& facts, void* out)
 {
-    return facts.sourceBits != 0 && give(out, facts.sourceBits);
+    return facts.sourceBits != 0 && store(out, facts.sourceBits);
 }
-bool getDuration(const Facts& facts, void* out) { return give(out, secondsOf(facts)); }
+bool getDuration(const Facts& facts, void* out) { return store(out, secondsOf(facts)); }
 
 constexpr struct Property {
     AudioFilePropertyID property;
@@ -87,6 +90,7 @@ constexpr struct Property {
     bool (*get)(const Facts&, void* out);
 } properties[] = {
     // clang-format off
+    // property                              bytes                                getter
     {kAudioFilePropertyFileFormat,           sizeof(UInt32),                      getType},
     {kAudioFilePropertyDataFormat,           sizeof(AudioStreamBasicDescription), getFormat},
     {kAudioFilePropertyAudioDataByteCount,   sizeof(UInt64),                      getByteCount},
@@ -109,12 +113,12 @@ const Property* find(AudioFilePropertyID property)
 
 AudioFileID lendAudioFile(std::shared_ptr<const Facts> facts)
 {
-    return AudioFiles::add(std::make_unique<AudioFile>(std::move(facts), false));
+    return AudioFiles::add(std::make_unique<AudioFile>(std::move(facts), true));
 }
 
 bool isOpen(AudioFileID file) { return static_cast<bool>(AudioFiles::use(file)); }
 
-void takeBack(AudioFileID file) { AudioFiles::close(file); }
+void closeLentAudioFile(AudioFileID file) { AudioFiles::close(file); }
 
 } // namespace kvxplatform::audiofile
 
@@ -126,25 +130,25 @@ OSStatus AudioFileOpenURL(CFURLRef url, SInt8 permissions, AudioFileTypeID, Audi
     *out_file = nullptr;
     if (!url) return paramErr;
     if (permissions != kAudioFileReadPermission) return kAudioFilePermissionsError;
-    return withinBorder([&]() -> OSStatus {
+    return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
         std::unique_ptr<SoundFile> file;
         const OSStatus status = SoundFile::open(url->path, file);
         if (status != noErr) return status;
         auto facts = std::make_shared<const Facts>(file->facts());
-        *out_file = AudioFiles::add(std::make_unique<AudioFile>(std::move(facts), true));
+        *out_file = AudioFiles::add(std::make_unique<AudioFile>(std::move(facts), false));
         return *out_file ? noErr : tmfoErr;
     });
 }
 
 OSStatus AudioFileClose(AudioFileID file)
 {
-    return withinBorder([&] { return AudioFiles::close(file) ? noErr : paramErr; });
+    return kvxplatform::withinBorder(memFullErr, [&] { return AudioFiles::close(file) ? noErr : paramErr; });
 }
 
 OSStatus AudioFileGetPropertyInfo(AudioFileID file, AudioFilePropertyID property, UInt32* out_size,
                                   UInt32* out_is_writable)
 {
-    return withinBorder([&]() -> OSStatus {
+    return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
         if (!AudioFiles::use(file)) return paramErr;
         const Property* row = find(property);
         if (!row) return kAudioFileUnsupportedPropertyError;
@@ -156,7 +160,7 @@ OSStatus AudioFileGetPropertyInfo(AudioFileID file, AudioFilePropertyID property
 
 OSStatus AudioFileGetProperty(AudioFileID file, AudioFilePropertyID property, UInt32* io_size, void* out_data)
 {
-    return withinBorder([&]() -> OSStatus {
+    return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
         const auto use = AudioFiles::use(file);
         if (!use || !io_size || !out_data) return paramErr;
         const Property* row = find(property);

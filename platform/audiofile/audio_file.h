@@ -1,4 +1,5 @@
-// Sound files, seen from outside, for the extended ones, which hand such handles out and keep them.
+// AudioFile handles that an extended audio file lends.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiofile/data_format.h"
@@ -7,13 +8,13 @@
 
 namespace kvxplatform::audiofile {
 
-/// A handle on a file's facts that nobody has to close; null when there are too many. Throws std::bad_alloc.
+/// Make a handle on a file's facts. The caller closes it with closeLentAudioFile. Null if there are too many
+/// handles. Throws std::bad_alloc.
 AudioFileID lendAudioFile(std::shared_ptr<const Facts> facts);
 
-/// Whether it is still open.
 bool isOpen(AudioFileID file);
 
-/// Close it, unless its borrower has.
-void takeBack(AudioFileID file);
+/// Close a lent handle. No effect if AudioFileClose has closed it.
+void closeLentAudioFile(AudioFileID file);
 
 } // namespace kvxplatform::audiofile

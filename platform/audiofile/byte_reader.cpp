@@ -11,11 +11,11 @@ const UInt8* ByteReader::at(SInt64 offset, std::size_t count)
 {
     const auto bytes = static_cast<SInt64>(count);
     if (offset < 0 || count > mostBytes || offset > size_ - bytes) return nullptr;
-    if (offset < start_ || offset + bytes > start_ + have_) {
+    if (offset < start_ || offset + bytes > start_ + count_) {
         start_ = offset;
-        have_ = pread(descriptor_, block_.data(), block_.size(), offset);
+        count_ = pread(descriptor_, block_.data(), block_.size(), offset);
     }
-    return offset + bytes <= start_ + have_ ? &block_[static_cast<std::size_t>(offset - start_)] : nullptr;
+    return offset + bytes <= start_ + count_ ? &block_[static_cast<std::size_t>(offset - start_)] : nullptr;
 }
 
 UInt64 ByteReader::number(SInt64 offset, std::size_t bytes, bool isBigEndian)

@@ -5,17 +5,17 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-/// A container of chunks in a row, each an id, a length and a body.
+/// A container of consecutive chunks, each an id, a length and a body.
 struct Chunked {
-    UInt32 magic;            // the file's first four bytes
-    SInt64 firstChunk;       // offset in bytes
-    std::size_t idBytes;     // of which the first four identify the chunk
-    std::size_t lengthBytes; // 4 or 8
+    UInt32 magic;            ///< the file's first four bytes
+    SInt64 firstChunk;       ///< offset in bytes
+    std::size_t idBytes;     ///< the first four identify the chunk
+    std::size_t lengthBytes; ///< 4 or 8
     bool isBigEndian;
-    bool countsHeader; // the length includes id and length
-    SInt64 alignment;  // of the next chunk
-    UInt32 sound;      // id of the chunk that holds the samples
-    SInt64 preamble;   // bytes in that chunk before the samples
+    bool countsHeader; ///< the length includes id and length
+    SInt64 alignment;  ///< of each chunk, in bytes
+    UInt32 sound;      ///< id of the chunk with the samples
+    SInt64 preamble;   ///< bytes of that chunk before the samples
 };
 
 // clang-format off
@@ -31,9 +31,9 @@ constexpr Chunked chunked[] = {
 };
 // clang-format on
 
-constexpr int mostChunks = 1 << 12; // of a real file: dozens
+constexpr int mostChunks = 1 << 12; // real files have dozens
 
-/// Lengths near the largest number stand for "unknown" in files that were written as a stream.
+/// Programs that write a stream store a length near the largest number for "unknown".
 bool isPlaceholder(UInt64 length, std::size_t lengthBytes)
 {
     return lengthBytes == 4 ? length >= 0x7FFFF000 : length >= 0x7FFFFFFFFFFFF000;
@@ -47,9 +47,9 @@ StatedData stated(SInt64 start, UInt64 bytes, std::size_t lengthBytes)
     return data;
 }
 
-/// The end of what libsndfile is to see; 0: all. It refuses WAV and AIFF files with other bytes after them,
-/// takes chunks after the sound of a W64 file for sound, and does not return from an 8SVX file with many
-/// chunks there.
+/// The end of the bytes that libsndfile gets; 0: the whole file. libsndfile refuses WAV and AIFF files with
+/// trailing bytes, decodes chunks after the samples of a W64 file as samples, and loops on an 8SVX file with
+/// many chunks after the samples.
 SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
 {
     if (kind.magic == 'RF64' || kind.magic == 'caff') return 0;
@@ -62,17 +62,17 @@ SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
     return std::min(file.size(), std::max(sound, form));
 }
 
-/// libsndfile refuses a CAF file that was cut off, and finds no sound where a recorder that never finished
-/// the file left both lengths of a WAV file at their beginning.
+/// libsndfile refuses a truncated CAF file, and finds no samples in a WAV file whose recorder never wrote the
+/// final lengths.
 bool needsPatch(ByteReader& file, const Chunked& kind, const StatedData& data)
 {
     if (kind.magic == 'caff') return data.bytes > file.size() - data.start;
-    constexpr SInt64 beforeForm = 8; // bytes that the form's length leaves out
+    constexpr SInt64 beforeForm = 8; // bytes not counted in the form's length
     return (kind.magic == 'RIFF' || kind.magic == 'RIFX') && data.bytes == 0 && data.start < file.size() &&
            static_cast<SInt64>(file.number(4, 4, kind.isBigEndian)) + beforeForm <= data.start;
 }
 
-/// A length field of the chunk at an offset that reaches from its body to the end of the file.
+/// A length for the chunk at an offset: from its body to the end of the file.
 Patch trueLength(ByteReader& file, const Chunked& kind, SInt64 chunk, SInt64 body)
 {
     Patch patch{chunk + static_cast<SInt64>(kind.idBytes), kind.lengthBytes, {}};
@@ -88,7 +88,7 @@ Patch trueLength(ByteReader& file, const Chunked& kind, SInt64 chunk, SInt64 bod
 StatedData soundChunk(ByteReader& file, const Chunked& kind)
 {
     const auto headerBytes = static_cast<SInt64>(kind.idBytes + kind.lengthBytes);
-    UInt64 wideLength = 0; // RF64 states the length of its data in an earlier chunk
+    UInt64 wideLength = 0; // RF64 states the data length in an earlier chunk
     SInt64 at = kind.firstChunk;
     for (int i = 0; at <= file.size() - headerBytes; ++i) {
         if (i == mostChunks) {

@@ -7,13 +7,13 @@ namespace kvxplatform::audiofile {
 namespace {
 
 constexpr UInt32 anyContainer = 0;
-constexpr UInt32 waveTag = 0x6D730000; // 'ms', and the number that WAVE files know a coding by
+constexpr UInt32 waveTag = 0x6D730000; // 'ms' and the coding's number in WAVE files
 
-/// Linear PCM as libsndfile names it.
+/// A linear PCM subtype of libsndfile.
 struct Plain {
     int subtype;
     UInt32 bits;
-    UInt32 flags; // beside the byte order
+    UInt32 flags; ///< without the byte order
 };
 
 // clang-format off
@@ -27,18 +27,18 @@ constexpr Plain plains[] = {
     {SF_FORMAT_DOUBLE, 64, kAudioFormatFlagIsPacked | kAudioFormatFlagIsFloat},
 };
 
-/// Everything else. The first row that fits holds.
+/// Any other coding. The first matching row applies.
 struct Coding {
     int subtype;
-    UInt32 container;      // anyContainer: all that have no row of their own in front
+    UInt32 container;       ///< anyContainer: every container without an earlier row
     UInt32 format;
-    UInt32 framesPerPacket; // 0: varies, or is not known
-    UInt32 packetBytes;     // a channel's, of every packet; 0: varies, or is not known
-    UInt32 largestPacket;   // of all channels, where packets vary; 0: not known
+    UInt32 framesPerPacket; ///< 0: varying or unknown
+    UInt32 packetBytes;     ///< per channel; 0: varying or unknown
+    UInt32 largestPacket;   ///< bytes of all channels, if packets vary; 0: unknown
     SInt32 sourceBits;
 };
 
-// A format with a four-letter name of its own keeps it; one that only WAVE files number has that number.
+// A coding with a four-character name has that name; others have their number in WAVE files.
 constexpr Coding codings[] = {
     // subtype                   container         format                      frames bytes largest bits
     {SF_FORMAT_ULAW,             anyContainer,     kAudioFormatULaw,               1,  1,      0,  0},
@@ -81,7 +81,7 @@ constexpr Coding codings[] = {
     {SF_FORMAT_MPEG_LAYER_III,   anyContainer,     kAudioFormatMPEGLayer3,      1152,  0,   1441,  0},
 };
 
-/// Files that the platform has a type for.
+/// Containers that the platform has a type for.
 constexpr struct {
     int container;
     AudioFileTypeID type;
@@ -142,11 +142,11 @@ void describeCoded(const Coding& coding, int rate, Facts& facts)
     format.mFramesPerPacket = coding.framesPerPacket;
     if (coding.subtype == SF_FORMAT_MPEG_LAYER_III && rate < lowestMPEG1Rate) format.mFramesPerPacket /= 2;
     format.mBytesPerPacket = coding.packetBytes * format.mChannelsPerFrame;
-    if (coding.framesPerPacket == 1) { // a sample is a byte or two, as in PCM
+    if (coding.framesPerPacket == 1) { // one or two bytes a sample
         format.mBytesPerFrame = format.mBytesPerPacket;
         format.mBitsPerChannel = coding.packetBytes * 8;
     }
-    // Lossless codings say in their flags how wide the samples were: 16, 20, 24 or 32 bits are 1 to 4.
+    // The flags of a lossless coding give the sample width: 1 to 4 for 16, 20, 24 and 32 bits.
     if (coding.format == kAudioFormatAppleLossless || coding.format == 'flac')
         format.mFormatFlags = coding.sourceBits == 16   ? 1
                               : coding.sourceBits == 20 ? 2
@@ -173,7 +173,7 @@ Facts describe(SNDFILE* file, const SF_INFO& info, UInt32 formType)
     } else if (plain) {
         const bool isSwapped = sf_command(file, SFC_RAW_DATA_NEEDS_ENDSWAP, nullptr, 0) != 0;
         describePlain(*plain, isSwapped, facts);
-        // These two pack their samples in blocks of their own.
+        // These two containers store samples in blocks with headers.
         facts.isPlain = container != SF_FORMAT_SDS && container != SF_FORMAT_PAF;
     }
     return facts;

@@ -1,4 +1,4 @@
-// What the bytes of a sound file are, in the platform's terms.
+// The format of a file's sample data, in the platform's terms.
 #pragma once
 
 #include <AudioToolbox/AudioFile.h>
@@ -7,21 +7,22 @@
 
 namespace kvxplatform::audiofile {
 
-/// What does not change while a file is open.
+/// Properties of an open file that never change.
 struct Facts {
-    AudioStreamBasicDescription format{}; ///< of the data on the disk
-    AudioFileTypeID type = 0;             ///< 0: without a name of the platform's
-    SInt64 frames = 0;                    ///< that decode
-    SInt64 statedFrames = 0;              ///< that the header states; 0: none, or not in frames
-    bool isCutShort = false;              ///< the file ends before a length that it states
+    AudioStreamBasicDescription format{}; ///< of the data in the file
+    AudioFileTypeID type = 0;             ///< 0: a type that the platform does not name
+    SInt64 frames = 0;                    ///< decodable
+    SInt64 statedFrames = 0;              ///< stated in the header; 0: not stated in frames
+    bool isCutShort = false;              ///< the file ends before its stated length
     UInt32 omittedStreams = 0;            ///< joined streams that are not decoded
     SInt64 fileBytes = 0;
-    UInt32 largestPacket = 0; ///< bytes; 0: not known
-    SInt32 sourceBits = 0;    ///< a sample's, before it was encoded; 0: it had none
-    bool isPlain = false;     ///< the bytes on the disk are the frames just as `format` says
+    UInt32 largestPacket = 0; ///< bytes; 0: unknown
+    SInt32 sourceBits = 0;    ///< per sample before encoding; 0: unknown
+    bool isPlain = false;     ///< the data bytes are frames in exactly `format`
 };
 
-/// All but the length, of a file that libsndfile has opened. `formType` is the word at byte 8.
+/// Describe a file that libsndfile has opened, except its length. `formType` is the word at byte 8.
+/// [any]
 Facts describe(SNDFILE* file, const SF_INFO& info, UInt32 formType);
 
 } // namespace kvxplatform::audiofile

@@ -1,43 +1,43 @@
-// Sound files, read in the caller's own PCM format.
+// The ExtAudioFile calls: a file's frames in the caller's PCM format.
 #include "platform/audiofile/audio_file.h"
 #include "platform/audiofile/client_reader.h"
 #include "platform/audiofile/handles.h"
 #include "platform/corefoundation/url.h"
 #include "platform/pcm/linear_pcm.h"
-#include "platform/pcm/stream_format.h"
+#include "platform/support/border.h"
 #include "platform/support/live_count.h"
 
 #include <AudioToolbox/ExtendedAudioFile.h>
+#include <Carbon/MacErrors.h>
 #include <KVXPlatform/KVXPlatform.h>
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <limits>
 
 namespace kvxplatform::audiofile {
 namespace {
 
-LiveCount account("ExtAudioFile");
+LiveCount liveCount("ExtAudioFile");
 
 struct ExtendedFile {
     explicit ExtendedFile(std::unique_ptr<SoundFile> ofFile)
         : file(std::move(ofFile)), facts(std::make_shared<const Facts>(file->facts()))
     {
-        account.add();
+        liveCount.add();
     }
     ~ExtendedFile()
     {
-        takeBack(audioFile);
-        account.remove();
+        closeLentAudioFile(audioFile);
+        liveCount.remove();
     }
     ExtendedFile(const ExtendedFile&) = delete;
     ExtendedFile& operator=(const ExtendedFile&) = delete;
 
     const std::unique_ptr<SoundFile> file;
-    const std::shared_ptr<const Facts> facts; // shared with the handle below
-    std::unique_ptr<ClientReader> reader;     // none: a coded file whose client format was not set yet
-    AudioFileID audioFile = nullptr;          // made when it is first asked for
+    const std::shared_ptr<const Facts> facts; ///< shared with the lent handle
+    std::unique_ptr<ClientReader> reader;     ///< null: a compressed file without a client format
+    AudioFileID audioFile = nullptr;          ///< lent when a caller first gets it
 };
 
 using ExtendedFiles = Handles<ExtendedFile, ExtAudioFileRef, 3>;
@@ -50,7 +50,7 @@ SInt64 positionOf(const ExtendedFile& file)
 // ---- properties ----
 
 template <class Value>
-OSStatus give(void* out, Value value)
+OSStatus store(void* out, Value value)
 {
     std::memcpy(out, &value, sizeof value);
     return noErr;
@@ -61,15 +61,15 @@ const AudioStreamBasicDescription& clientFormat(const ExtendedFile& file)
     return file.reader ? file.reader->client() : file.facts->format;
 }
 
-OSStatus getFileFormat(ExtendedFile& file, void* out) { return give(out, file.facts->format); }
-OSStatus getClientFormat(ExtendedFile& file, void* out) { return give(out, clientFormat(file)); }
+OSStatus getFileFormat(ExtendedFile& file, void* out) { return store(out, file.facts->format); }
+OSStatus getClientFormat(ExtendedFile& file, void* out) { return store(out, clientFormat(file)); }
 
 OSStatus setClientFormat(ExtendedFile& file, const void* data)
 {
     AudioStreamBasicDescription format;
     std::memcpy(&format, data, sizeof format);
     if (!pcm::isLinearPCM(format)) return kExtAudioFileError_NonPCMClientFormat;
-    const SInt64 position = positionOf(file); // the former format may have looked ahead
+    const SInt64 position = positionOf(file); // the present reader may have decoded further
     auto reader = std::make_unique<ClientReader>(*file.file, format);
     if (!reader->prepare()) return kExtAudioFileError_InvalidDataFormat;
     if (!reader->seek(position)) return kExtAudioFileError_InvalidSeek;
@@ -80,30 +80,31 @@ OSStatus setClientFormat(ExtendedFile& file, const void* data)
 OSStatus getAudioFile(ExtendedFile& file, void* out)
 {
     if (!isOpen(file.audioFile)) file.audioFile = lendAudioFile(file.facts);
-    return file.audioFile ? give(out, file.audioFile) : tmfoErr;
+    return file.audioFile ? store(out, file.audioFile) : tmfoErr;
 }
 
 OSStatus getFilePacket(ExtendedFile& file, void* out)
 {
     if (file.facts->largestPacket == 0) return kExtAudioFileError_MaxPacketSizeUnknown;
-    return give(out, file.facts->largestPacket);
+    return store(out, file.facts->largestPacket);
 }
 
 OSStatus getClientPacket(ExtendedFile& file, void* out)
 {
     if (!file.reader) return getFilePacket(file, out);
-    return give(out, clientFormat(file).mBytesPerPacket);
+    return store(out, clientFormat(file).mBytesPerPacket);
 }
 
-OSStatus getLength(ExtendedFile& file, void* out) { return give(out, file.facts->frames); }
+OSStatus getLength(ExtendedFile& file, void* out) { return store(out, file.facts->frames); }
 
 constexpr struct Property {
     ExtAudioFilePropertyID property;
     UInt32 bytes;
     OSStatus (*get)(ExtendedFile&, void* out);
-    OSStatus (*set)(ExtendedFile&, const void* data); // null: read-only
+    OSStatus (*set)(ExtendedFile&, const void* data); ///< null: read-only
 } properties[] = {
     // clang-format off
+    // property                                 bytes                                getter           setter
     {kExtAudioFileProperty_FileDataFormat,      sizeof(AudioStreamBasicDescription), getFileFormat,   nullptr},
     {kExtAudioFileProperty_ClientDataFormat,    sizeof(AudioStreamBasicDescription), getClientFormat, setClientFormat},
     {kExtAudioFileProperty_AudioFile,           sizeof(AudioFileID),                 getAudioFile,    nullptr},
@@ -120,27 +121,14 @@ const Property* find(ExtAudioFilePropertyID property)
     return found == std::end(properties) ? nullptr : found;
 }
 
-/// Call `body` with the file that a handle names.
+/// Run `body` on the file of a handle; paramErr for a null, closed or unknown handle.
 template <class Body>
 OSStatus with(ExtAudioFileRef file, Body body) noexcept
 {
-    return withinBorder([&]() -> OSStatus {
+    return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
         const auto use = ExtendedFiles::use(file);
         return use ? body(*use) : paramErr;
     });
-}
-
-/// The frames that all buffers of a list have room for, which is of the client's shape; -1 if it is not.
-SInt64 roomIn(const AudioStreamBasicDescription& format, const AudioBufferList& list)
-{
-    if (list.mNumberBuffers != pcm::buffersOf(format)) return -1;
-    SInt64 room = std::numeric_limits<SInt64>::max();
-    for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
-        const AudioBuffer& buffer = list.mBuffers[i];
-        if (buffer.mNumberChannels != pcm::channelsPerBuffer(format) || !buffer.mData) return -1;
-        room = std::min<SInt64>(room, buffer.mDataByteSize / format.mBytesPerFrame);
-    }
-    return room;
 }
 
 OSStatus read(ExtendedFile& file, UInt32& ioFrames, AudioBufferList& list)
@@ -149,9 +137,9 @@ OSStatus read(ExtendedFile& file, UInt32& ioFrames, AudioBufferList& list)
     const AudioStreamBasicDescription& format = file.reader->client();
     SInt64 got = 0;
     if (ioFrames > 0) {
-        const SInt64 room = roomIn(format, list);
-        if (room <= 0) return paramErr; // no frame at all would look like the end of the file
-        got = file.reader->read(static_cast<UInt32>(std::min<SInt64>(ioFrames, room)), list);
+        const UInt32 capacity = pcm::capacityOf(format, list).value_or(0);
+        if (capacity == 0) return paramErr; // 0 frames with noErr would mean the end of the file
+        got = file.reader->read(std::min(ioFrames, capacity), list);
         if (got < 0) return ioErr;
     }
     ioFrames = static_cast<UInt32>(got);
@@ -170,12 +158,12 @@ OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file)
     if (!out_file) return paramErr;
     *out_file = nullptr;
     if (!url) return paramErr;
-    return withinBorder([&]() -> OSStatus {
+    return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
         std::unique_ptr<SoundFile> opened;
         const OSStatus status = SoundFile::open(url->path, opened);
         if (status != noErr) return status;
         auto file = std::make_unique<ExtendedFile>(std::move(opened));
-        // PCM comes as it is on the disk until another format is set.
+        // The client format of a PCM file is the file's until the caller sets one.
         const AudioStreamBasicDescription& format = file->facts->format;
         if (kvxplatform::pcm::isLinearPCM(format)) {
             auto reader = std::make_unique<ClientReader>(*file->file, format);
@@ -188,7 +176,8 @@ OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file)
 
 OSStatus ExtAudioFileDispose(ExtAudioFileRef file)
 {
-    return withinBorder([&] { return ExtendedFiles::close(file) ? noErr : paramErr; });
+    return kvxplatform::withinBorder(memFullErr,
+                                     [&] { return ExtendedFiles::close(file) ? noErr : paramErr; });
 }
 
 OSStatus ExtAudioFileGetPropertyInfo(ExtAudioFileRef file, ExtAudioFilePropertyID property, UInt32* out_size,

@@ -10,7 +10,7 @@
 namespace kvxplatform::audiofile {
 
 namespace {
-constexpr SInt64 lastTag = 128; // bytes at the very end, where a decoder looks for a tag before all else
+constexpr SInt64 lastTag = 128; // bytes at the end, where a decoder first looks for a tag
 }
 
 FileView::FileView(int descriptor, std::vector<Span> spans, const Patch& patch, SInt64 statedBytes)
@@ -54,9 +54,9 @@ SInt64 FileView::seek(SInt64 offset, int whence)
 
 SInt64 FileView::read(UInt8* out, SInt64 bytes)
 {
-    const SInt64 held = ends_.empty() ? 0 : ends_.back();
-    if (statedBytes_ > held && position_ == statedBytes_ - lastTag && bytes > 0 && bytes <= lastTag) {
-        std::memset(out, 0, static_cast<std::size_t>(bytes)); // no tag there
+    const SInt64 available = ends_.empty() ? 0 : ends_.back();
+    if (statedBytes_ > available && position_ == statedBytes_ - lastTag && bytes > 0 && bytes <= lastTag) {
+        std::memset(out, 0, static_cast<std::size_t>(bytes)); // no tag
         position_ += bytes;
         return bytes;
     }
@@ -70,15 +70,15 @@ SInt64 FileView::read(UInt8* out, SInt64 bytes)
     return done;
 }
 
-/// Read from the span that holds the position; 0 past the last one.
+/// Read from the span at the position; 0 past the last span.
 SInt64 FileView::readSpan(UInt8* out, SInt64 bytes)
 {
     const auto end = std::upper_bound(ends_.begin(), ends_.end(), position_);
     if (end == ends_.end()) return 0;
     const Span& span = spans_[static_cast<std::size_t>(end - ends_.begin())];
     const SInt64 offset = span.start + span.bytes - (*end - position_);
-    const auto wanted = static_cast<std::size_t>(std::min(bytes, *end - position_));
-    const SInt64 got = pread(descriptor_, out, wanted, offset);
+    const auto count = static_cast<std::size_t>(std::min(bytes, *end - position_));
+    const SInt64 got = pread(descriptor_, out, count, offset);
     if (got < 0) hasFailed_ = true;
     applyPatch(out, offset, got);
     return got;

@@ -1,6 +1,5 @@
-// What libsndfile sees of a file: spans of it in a row, as one virtual file.
-//
-// Thread [any], one call at a time.
+// A virtual file for libsndfile: consecutive spans of a file.
+// All functions: [any], one call at a time.
 #pragma once
 
 #include <MacTypes.h>
@@ -13,12 +12,12 @@
 
 namespace kvxplatform::audiofile {
 
-/// Bytes of a file, from an offset on.
+/// Consecutive bytes of a file.
 struct Span {
     SInt64 start = 0, bytes = 0;
 };
 
-/// Bytes that a decoder reads instead of those in the file, for a length field that the file misses.
+/// Replacement bytes for a length field that is wrong in the file.
 struct Patch {
     SInt64 start = 0; ///< offset in the file
     std::size_t size = 0;
@@ -27,17 +26,17 @@ struct Patch {
 
 class FileView {
 public:
-    /// Bounds the table of a hostile file; music in as many spans is longer than a day.
+    /// Bounds the memory that a hostile file can claim; music in this many spans lasts more than a day.
     static constexpr std::size_t mostSpans = 1 << 18;
 
-    /// `descriptor` stays the caller's and outlives this. `statedBytes`: the length that the view claims,
-    /// where that is more than it holds. Throws std::bad_alloc.
+    /// `descriptor` stays the caller's and outlives this view. The view reports `statedBytes` as its length
+    /// if that is more than the spans have. Throws std::bad_alloc.
     FileView(int descriptor, std::vector<Span> spans, const Patch& patch = {}, SInt64 statedBytes = 0);
 
-    /// Open a decoder at the beginning; null as sf_open. This outlives the result and stays at its address.
+    /// Open a decoder at the beginning; null as sf_open. The view outlives the decoder at the same address.
     SNDFILE* open(SF_INFO& info);
 
-    /// Whether the disk could not be read since the last open.
+    /// Whether a read from the disk has failed since the last open().
     bool hasFailed() const { return hasFailed_; }
 
 private:
@@ -50,7 +49,7 @@ private:
 
     int descriptor_;
     std::vector<Span> spans_;
-    std::vector<SInt64> ends_; // of each span, as an offset in the view
+    std::vector<SInt64> ends_; // of the spans, as offsets in the view
     Patch patch_;
     SInt64 statedBytes_;
     SInt64 position_ = 0;

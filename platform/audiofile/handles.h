@@ -1,38 +1,33 @@
-// Handles of open files, that callers hold: recognised when they are closed or made up, whatever was opened
-// since. And where the public calls begin: no exception leaves them.
+// Handles of open files.
 #pragma once
 
-#include "platform/support/border.h"
 #include "platform/support/handle_table.h"
 
-#include <Carbon/MacErrors.h>
-#include <MacTypes.h>
-
 #include <cstdint>
-#include <exception>
 #include <memory>
 
 namespace kvxplatform::audiofile {
 
-/// Files of type T, which callers know as `Ref`. `kind` tells the two interfaces' handles apart, so that
-/// one's is nothing to the other.
+/// The table of open files of type T with the handle type Ref. `kind` differs between the two interfaces, so
+/// that a handle of one is unknown to the other.
+/// [any]
 template <class T, class Ref, std::uint32_t kind>
 class Handles {
 public:
     using Table = HandleTable<T, kind>;
     using Use = typename Table::Use;
 
-    /// Null when there are too many. Throws std::bad_alloc.
+    /// Register a file. Null if the table is full. Throws std::bad_alloc.
     static Ref add(std::unique_ptr<T> file)
     {
         const auto number = table().add(std::move(file), [](T&, HandleNumber) { return true; });
         return handleOf<Ref>(number);
     }
 
-    /// Empty for a handle that names nothing.
+    /// Find a file. Empty for a null, closed or unknown handle.
     static Use use(Ref ref) { return table().use(numberOf(ref)); }
 
-    /// False for a handle that names nothing.
+    /// Withdraw a handle; the last use of its file frees it. False for a null, closed or unknown handle.
     static bool close(Ref ref)
     {
         Use closing = table().beginClose(numberOf(ref));
@@ -42,19 +37,12 @@ public:
     }
 
 private:
-    // Never destroyed: whoever still closes a file while the program ends finds it.
+    // Never destroyed: a file may be closed while the process exits.
     static Table& table()
     {
         static Table& all = *new Table;
         return all;
     }
 };
-
-/// What `body` answers; memFullErr if memory runs out on the way.
-template <class Body>
-OSStatus withinBorder(Body body) noexcept
-{
-    return kvxplatform::withinBorder(memFullErr, body);
-}
 
 } // namespace kvxplatform::audiofile

@@ -7,16 +7,16 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-constexpr int believedHeaders = 4;
-constexpr UInt32 mostFreeBytes = 3456; // of a free-format frame: what decoders take
-constexpr SInt64 decoderDelay = 529;   // samples that a layer III decoder adds to the encoder's delay
+constexpr int streamHeaders = 4;       // consecutive headers that make a stream
+constexpr UInt32 mostFreeBytes = 3456; // the largest free-format frame that decoders accept
+constexpr SInt64 decoderDelay = 529;   // samples, of a layer III decoder
 
-/// What an info frame (Xing, Info, VBRI) states: a frame without sound that describes its stream.
+/// The contents of an info frame (Xing, Info, VBRI): a frame without audio that describes its stream.
 struct Info {
     SInt64 frames = 0; ///< 0: not stated
-    SInt64 bytes = 0;  ///< from the info frame on; 0: not stated
+    SInt64 bytes = 0;  ///< of the stream, with the info frame; 0: not stated
     bool hasDelay = false;
-    SInt64 delay = 0, padding = 0; ///< samples of each channel that the encoder added
+    SInt64 delay = 0, padding = 0; ///< samples per channel that the encoder added
 };
 
 class Finder {
@@ -29,10 +29,10 @@ public:
         freeBytes_ = freeFormatBytes(at);
         while (at < file_.size() && found_.spans.size() < FileView::mostSpans) {
             MpegHeader header;
-            if (isBelieved(at) && headerAt(at, header))
-                at = afterTags(file_, takeRun(at, header));
+            if (isStreamStart(at) && headerAt(at, header))
+                at = afterTags(file_, takeStream(at, header));
             else
-                at = nextBelieved(at);
+                at = nextStreamStart(at);
         }
         found_.isCutShort = found_.statedCount > found_.count && missesBytes_;
         trim();
@@ -44,29 +44,29 @@ private:
 
     bool isWhole(SInt64 at, const MpegHeader& header) { return at + header.bytes <= file_.size(); }
 
-    bool isBelieved(SInt64 at)
+    bool isStreamStart(SInt64 at)
     {
         MpegHeader first, header;
         if (!headerAt(at, first) || !isWhole(at, first)) return false;
-        for (int headers = 0; headers < believedHeaders; ++headers) {
+        for (int headers = 0; headers < streamHeaders; ++headers) {
             if (headers > 0 && (at == file_.size() || tagBytes(file_, at) > 0)) return true;
-            if (headers > 1 && at + 4 > file_.size()) return true; // the last frame is cut off
+            if (headers > 1 && at + 4 > file_.size()) return true; // the last frame is truncated
             if (!headerAt(at, header) || !isSameStream(first, header)) return false;
             at += header.bytes;
         }
         return true;
     }
 
-    /// The first offset from `at` on that begins a stream; the file's size if none does.
-    SInt64 nextBelieved(SInt64 at)
+    /// The offset of the first stream at or after `at`; the file's size if there is none.
+    SInt64 nextStreamStart(SInt64 at)
     {
         at = file_.find(0xFF, at);
-        while (at < file_.size() && !isBelieved(at)) at = file_.find(0xFF, at + 1);
+        while (at < file_.size() && !isStreamStart(at)) at = file_.find(0xFF, at + 1);
         return at;
     }
 
-    /// The size of free-format frames, which only the distance to the next header shows; 0 for other streams
-    /// and for frames too short to hold sound, in which the decoder would search for a very long time.
+    /// The size of free-format frames, given only by the distance of two headers. 0 for other streams, and
+    /// for frames too short for audio, which the decoder would search for a very long time.
     UInt32 freeFormatBytes(SInt64 at)
     {
         MpegHeader first, next;
@@ -76,30 +76,31 @@ private:
             if (!readMpegHeader(file_.word(at + bytes + padding), next, bytes) || !isSameStream(first, next))
                 continue;
             freeBytes_ = bytes;
-            if (isBelieved(at)) return bytes < infoOffset(first) ? 0 : bytes;
+            if (isStreamStart(at)) return bytes < infoOffset(first) ? 0 : bytes;
         }
         return 0;
     }
 
-    /// Take the frames of one stream from `at` on; the offset after them.
-    SInt64 takeRun(SInt64 at, const MpegHeader& first)
+    /// Take the frames of the stream at `at`. Returns the offset after them.
+    SInt64 takeStream(SInt64 at, const MpegHeader& first)
     {
-        const bool isOurs = found_.first.bytes == 0 || isSameStream(found_.first, first);
-        if (!isOurs && (otherStream_.bytes == 0 || !isSameStream(otherStream_, first))) ++found_.otherStreams;
-        otherStream_ = isOurs ? MpegHeader{} : first;
+        const bool isTaken = found_.first.bytes == 0 || isSameStream(found_.first, first);
+        if (!isTaken && (otherStream_.bytes == 0 || !isSameStream(otherStream_, first)))
+            ++found_.otherStreams;
+        otherStream_ = isTaken ? MpegHeader{} : first;
 
         MpegHeader header;
         SInt64 last = at;
         for (; headerAt(at, header) && isSameStream(header, first) && isWhole(at, header);
              at += header.bytes) {
             last = at;
-            if (isOurs && !takeInfo(at, header)) takeFrame(at, header);
+            if (isTaken && !takeInfo(at, header)) takeFrame(at, header);
         }
-        if (at == file_.size() || tagBytes(file_, at) > 0 || isBelieved(at)) return at;
-        // The last frame may have been cut off, and what follows it overlaps it.
+        if (at == file_.size() || tagBytes(file_, at) > 0 || isStreamStart(at)) return at;
+        // The last frame may be truncated, so that the next stream or tag begins inside it.
         for (SInt64 next = last + 1; next < at; ++next) {
-            if (file_.word(next) >> 8 != 'ID3 ' >> 8 && !isBelieved(next)) continue;
-            if (isOurs) dropFrame(last);
+            if (file_.word(next) >> 8 != 'ID3 ' >> 8 && !isStreamStart(next)) continue;
+            if (isTaken) dropFrame(last);
             return next;
         }
         return at;
@@ -121,7 +122,7 @@ private:
     {
         if (found_.spans.empty()) return;
         Span& span = found_.spans.back();
-        if (at >= span.start + span.bytes) return; // it was an info frame
+        if (at >= span.start + span.bytes) return; // an info frame
         --found_.count;
         span.bytes = at - span.start;
         if (span.bytes == 0) found_.spans.pop_back();
@@ -139,7 +140,7 @@ private:
         return true;
     }
 
-    /// A number of an info frame; 0 for the placeholder that an encoder leaves in a stream.
+    /// A number of an info frame; 0 for the placeholder of an encoder that writes a stream.
     SInt64 statedAt(SInt64 offset)
     {
         const UInt32 number = file_.word(offset);
@@ -151,15 +152,15 @@ private:
         if (header.layer != 3) return false;
         const SInt64 name = at + infoOffset(header), end = at + header.bytes;
         if (name + 8 > end || (file_.word(name) != 'Xing' && file_.word(name) != 'Info')) return false;
-        const UInt32 flags = file_.word(name + 4); // of the fields that follow: frames, bytes, table, quality
+        const UInt32 flags = file_.word(name + 4); // one for each field: frames, bytes, table, quality
         SInt64 field = name + 8;
         if (flags & 1) info.frames = statedAt(field);
         if (flags & 2) info.bytes = statedAt(field + (flags & 1) * 4);
         constexpr SInt64 fieldBytes[] = {4, 4, 100, 4};
         for (int i = 0; i < 4; ++i) field += flags >> i & 1 ? fieldBytes[i] : 0;
-        constexpr SInt64 delayOffset = 21; // after the encoder's name and settings
+        constexpr SInt64 delayOffset = 21; // after the name and the settings of the encoder
         if (field + delayOffset + 3 > end || file_.number(field, 1, true) == 0) return true;
-        const UInt64 both = file_.number(field + delayOffset, 3, true); // twelve bits each
+        const UInt64 both = file_.number(field + delayOffset, 3, true); // 12 bits each
         info.hasDelay = true;
         info.delay = static_cast<SInt64>(both >> 12);
         info.padding = static_cast<SInt64>(both & 0xFFF);
@@ -176,7 +177,7 @@ private:
         return true;
     }
 
-    /// Leave out what the encoder added, if the only info frame states the length of the whole stream.
+    /// Exclude the encoder's delay and padding if the only info frame states the length of the whole stream.
     void trim()
     {
         const SInt64 all = found_.count * found_.first.samples;
@@ -191,10 +192,10 @@ private:
 
     ByteReader& file_;
     MpegFrames found_;
-    MpegHeader otherStream_; // of the run just passed over; 0 bytes: it was ours
+    MpegHeader otherStream_; // the stream just skipped; 0 bytes: the last stream was taken
     UInt32 freeBytes_ = 0;
     int infoFrames_ = 0;
-    bool missesBytes_ = false; // an info frame does not state bytes, or more than the file holds
+    bool missesBytes_ = false; // an info frame states no bytes, or more than the file has
     Info lastInfo_;
 };
 

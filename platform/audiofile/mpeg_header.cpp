@@ -3,8 +3,8 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-// In kbit/s by the header's four bits: MPEG-1's layers I to III, then layer I and the other two of the later
-// standards. 0: free format, or invalid.
+// In kbit/s by the header's four bits. Rows: layers I, II and III of MPEG-1, then layer I and layers II and
+// III of MPEG-2 and 2.5. 0: free format, or invalid.
 constexpr UInt16 bitRates[5][16] = {
     // clang-format off
     {0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448, 0},
@@ -54,7 +54,7 @@ bool isSameStream(const MpegHeader& a, const MpegHeader& b)
 
 UInt32 infoOffset(const MpegHeader& header)
 {
-    // After the header and the frame's side information.
+    // The header and the side information come first.
     return 4 + (header.isMPEG1 ? header.isMono ? 17 : 32 : header.isMono ? 9 : 17);
 }
 

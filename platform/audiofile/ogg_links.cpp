@@ -8,20 +8,21 @@ namespace kvxplatform::audiofile {
 namespace {
 
 constexpr SInt64 pageHeader = 27; // bytes before the table of segment sizes
-constexpr UInt8 firstPage = 0x02; // of a stream; those of all streams of a link stand together
+constexpr UInt8 firstPage =
+    0x02; // flag of a stream's first page; a link begins with those of all its streams
 
 struct Page {
-    SInt64 bytes = 0; ///< 0: no page begins there
+    SInt64 bytes = 0; ///< 0: not a page
     Span body;
-    UInt32 stream = 0; ///< its serial number
+    UInt32 stream = 0; ///< serial number
     bool isFirst = false;
-    bool isWhole = false; ///< another page or the end of the file follows
+    bool isWhole = false; ///< followed by a page or the end of the file
 };
 
 Page pageAt(ByteReader& file, SInt64 offset)
 {
     const UInt8* header = file.at(offset, pageHeader);
-    if (!header || std::memcmp(header, "OggS", 5) != 0) return {}; // the fifth is the version, 0
+    if (!header || std::memcmp(header, "OggS", 5) != 0) return {}; // the fifth byte is the version, 0
     Page page;
     page.isFirst = header[5] & firstPage;
     const std::size_t segments = header[26];
@@ -34,7 +35,7 @@ Page pageAt(ByteReader& file, SInt64 offset)
     return page;
 }
 
-/// The first page from an offset on; the file's size if there is none.
+/// The offset of the first page at or after `offset`; the file's size if there is none.
 SInt64 nextPage(ByteReader& file, SInt64 offset)
 {
     offset = file.find('O', offset);
@@ -42,8 +43,8 @@ SInt64 nextPage(ByteReader& file, SInt64 offset)
     return offset;
 }
 
-/// Read the page at an offset, and find the offset after it. Where no page follows its stated end, the file
-/// was cut within it or holds other bytes after it: the next page ends it.
+/// Parse the page at an offset. Returns the offset after it. If no page follows its stated end, the page was
+/// truncated or other bytes follow; the page then ends at the next page.
 SInt64 takePage(ByteReader& file, SInt64 offset, Page& page)
 {
     page = pageAt(file, offset);
@@ -56,7 +57,7 @@ SInt64 takePage(ByteReader& file, SInt64 offset, Page& page)
     return next;
 }
 
-/// Bytes of a first page's body before the FLAC file that the stream carries; 0 for another coding.
+/// The offset of the FLAC file in the body of a stream's first page; 0 for another coding.
 SInt64 bytesBeforeFlac(ByteReader& file, const Page& page)
 {
     constexpr SInt64 mapping = 9; // name, version and number of headers
@@ -70,12 +71,12 @@ SInt64 bytesBeforeFlac(ByteReader& file, const Page& page)
     return isFlac && page.body.bytes > mapping ? mapping : 0;
 }
 
-/// One link while its pages are read.
+/// A link whose pages are being read.
 struct Link {
     SInt64 start = 0;
     bool isFlac = false;
     UInt32 flacStream = 0;
-    std::vector<Span> flac; // bodies of that stream's pages
+    std::vector<Span> flac; // the page bodies of that stream
 
     void add(ByteReader& file, const Page& page)
     {

@@ -1,4 +1,4 @@
-// The links of an Ogg file: files that were joined, one after the other. libsndfile decodes the first only.
+// The links of an Ogg file: files joined one after another. libsndfile decodes the first link only.
 #pragma once
 
 #include "platform/audiofile/byte_reader.h"
@@ -9,15 +9,15 @@
 namespace kvxplatform::audiofile {
 
 struct OggLinks {
-    /// Bounds the time to open a file: a decoder is opened for each link, to find its length.
+    /// Bounds the time to open a file: finding the length of a link takes a decoder.
     static constexpr std::size_t mostLinks = 1024;
 
-    std::vector<std::vector<Span>> links; ///< at least one: the spans that libsndfile is to see of each
-    UInt32 omitted = 0;                   ///< links after the first 1,024
+    std::vector<std::vector<Span>> links; ///< at least one; each link's spans for the decoder
+    UInt32 omitted = 0;                   ///< links after the 1,024th
 };
 
-/// The links from an offset on. libsndfile does not decode FLAC in Ogg pages, so such a link is shown as the
-/// FLAC file that its pages carry. Throws std::bad_alloc.
+/// Find the links at and after an offset. libsndfile does not decode FLAC in Ogg pages, so the spans of such
+/// a link are the FLAC file inside the pages. Throws std::bad_alloc. [any]
 OggLinks oggLinks(ByteReader& file, SInt64 offset);
 
 } // namespace kvxplatform::audiofile

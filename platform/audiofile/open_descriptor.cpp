@@ -31,13 +31,13 @@ OSStatus openDescriptor(const std::string& path, OpenFile& out)
     if (stat(found.c_str(), &item) != 0) return statusOfError(errno);
     if (!S_ISREG(item.st_mode)) return kAudioFileInvalidFileError;
 
-    // Looked at again once it is open: it may have been exchanged for a pipe, which must not block either.
+    // Checked again once it is open: a pipe may have replaced the file, and opening it must not block.
     Descriptor opened(open(found.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (opened.number() < 0 || fstat(opened.number(), &item) != 0) return statusOfError(errno);
     if (!S_ISREG(item.st_mode)) return kAudioFileInvalidFileError;
     out.descriptor = std::move(opened);
     out.bytes = item.st_size;
-    return 0;
+    return noErr;
 }
 
 } // namespace kvxplatform::audiofile

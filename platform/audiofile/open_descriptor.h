@@ -1,5 +1,5 @@
-// A file of the disk, opened for reading. Opening never waits and never wakes anybody: what is not a regular
-// file is refused without being opened.
+// Open a regular file for reading. Pipes, sockets and devices are refused without being opened, so that
+// opening never blocks and has no side effect. All functions: [any].
 #pragma once
 
 #include <MacTypes.h>
@@ -8,11 +8,11 @@
 
 namespace kvxplatform::audiofile {
 
-/// Owns an open file's number; -1 is none.
+/// Owns a file descriptor; -1 for none.
 class Descriptor {
 public:
     Descriptor() = default;
-    explicit Descriptor(int ofNumber) : number_(ofNumber) {}
+    explicit Descriptor(int number) : number_(number) {}
     Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
     Descriptor& operator=(Descriptor&& other) noexcept;
     ~Descriptor();
@@ -25,13 +25,12 @@ private:
 
 struct OpenFile {
     Descriptor descriptor;
-    SInt64 bytes = 0; ///< when it was opened
+    SInt64 bytes = 0; ///< size when the file was opened
 };
 
-/// Open the item at a path, or at another form of its name that is on the disk.
-///
-/// Errors  fnfErr, permErr and what else the system says (statusOfError); kAudioFileInvalidFileError for a
-///         folder, a pipe, a socket or a device. Throws std::bad_alloc.
+/// Open the file at a path, or the file whose name is another Unicode form of it (pathOnDisk).
+/// Errors  statusOfError of the system's error, such as fnfErr and permErr; kAudioFileInvalidFileError for a
+///         folder, pipe, socket or device. Throws std::bad_alloc.
 OSStatus openDescriptor(const std::string& path, OpenFile& out);
 
 } // namespace kvxplatform::audiofile

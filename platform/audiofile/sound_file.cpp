@@ -4,7 +4,7 @@
 #include "platform/audiofile/container.h"
 #include "platform/audiofile/mpeg_frames.h"
 #include "platform/audiofile/ogg_links.h"
-#include "platform/audiofile/quiet.h"
+#include "platform/audiofile/silenced_streams.h"
 #include "platform/audiofile/tags.h"
 
 #include <Carbon/MacErrors.h>
@@ -21,11 +21,11 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-// More frames a byte than any music has: such a length is not believed unless its last frame is there.
-// Otherwise a few bytes could have their reader ask for all memory.
-constexpr SInt64 believedFramesPerByte = 16;
+// A stated length above this is checked at its last frame: music has fewer frames per byte, and a caller may
+// allocate memory for the stated length.
+constexpr SInt64 plausibleFramesPerByte = 16;
 
-constexpr std::size_t skippedSamples = 1 << 14; // at a time
+constexpr std::size_t skippedSamples = 1 << 14; // per read
 
 OSStatus statusOfDecoder(int error)
 {
@@ -37,7 +37,7 @@ OSStatus statusOfDecoder(int error)
     case SF_ERR_SYSTEM:
         return ioErr;
     default:
-        // More channels than libsndfile takes has no public number.
+        // libsndfile has no public number for "too many channels".
         return std::strcmp(sf_error_number(error), "Too many channels specified.") == 0
                    ? kAudioFileUnsupportedDataFormatError
                    : kAudioFileInvalidFileError;
@@ -50,10 +50,10 @@ bool isWithinLimits(const SF_INFO& info)
            info.channels <= KVXMostFileChannels;
 }
 
-/// FLAC states a length that nothing checks.
+/// FLAC decoders do not check the stated length.
 bool isFlac(const SF_INFO& info) { return (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_FLAC; }
 
-bool isLike(const AudioStreamBasicDescription& format, const SF_INFO& info)
+bool hasFormat(const AudioStreamBasicDescription& format, const SF_INFO& info)
 {
     return info.samplerate == format.mSampleRate &&
            static_cast<UInt32>(info.channels) == format.mChannelsPerFrame;
@@ -71,7 +71,7 @@ OSStatus SoundFile::open(const std::string& path, std::unique_ptr<SoundFile>& ou
     std::unique_ptr<SoundFile> file(new SoundFile);
     OSStatus status = openDescriptor(path, file->disk_);
     if (status != noErr) return status;
-    const Quiet quiet;
+    const SilencedStreams silenced;
     status = file->prepare();
     if (status == noErr) out = std::move(file);
     return status;
@@ -86,7 +86,7 @@ OSStatus SoundFile::prepare()
     constexpr UInt32 mpegSync = 0xFFE00000;
     if ((magic & mpegSync) == mpegSync) return prepareMpeg(bytes, start);
     const OSStatus status = preparePlain(bytes, start);
-    // An MPEG stream may begin after any data.
+    // An MPEG stream may follow any other data.
     return status == kAudioFileUnsupportedFileTypeError ? prepareMpeg(bytes, start) : status;
 }
 
@@ -115,26 +115,26 @@ OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
     OggLinks found = oggLinks(bytes, start);
     for (std::vector<Span>& link : found.links) addPart(std::move(link));
     OSStatus result = noErr; // of the first link
-    bool hasFormat = false, statesLength = true;
+    bool isDescribed = false, statesLength = true;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
         SF_INFO info = {};
         OSStatus status = enter(i, info);
-        if (status == noErr && !hasFormat) {
+        if (status == noErr && !isDescribed) {
             status = acceptFirst(info, bytes, start);
-        } else if (status == noErr && !isLike(facts_.format, info)) {
+        } else if (status == noErr && !hasFormat(facts_.format, info)) {
             status = kAudioFileUnsupportedDataFormatError;
         }
         if (status == noErr) status = measure(info);
         parts_[i].isOmitted = status != noErr;
         if (status == noErr) {
-            hasFormat = true;
+            isDescribed = true;
             statesLength &= isFlac(info);
         }
         if (i == 0) result = status;
     }
     if (!statesLength) facts_.statedFrames = 0;
-    if (!hasFormat || parts_.size() == 1) return result;
-    decoder_.reset(); // it holds the address of a part
+    if (!isDescribed || parts_.size() == 1) return result;
+    decoder_.reset(); // it has the address of a part
     const auto isOmitted = [](const Part& part) { return part.isOmitted; };
     const auto omitted = std::remove_if(parts_.begin(), parts_.end(), isOmitted);
     facts_.omittedStreams = found.omitted + static_cast<UInt32>(parts_.end() - omitted);
@@ -178,7 +178,7 @@ void SoundFile::addPart(std::vector<Span> spans, const Patch& patch, SInt64 stat
     parts_.push_back({FileView(disk_.descriptor.number(), std::move(spans), patch, statedBytes)});
 }
 
-/// Open a decoder at the beginning of a part.
+/// Open a decoder at the start of a part.
 OSStatus SoundFile::enter(std::size_t part, SF_INFO& info)
 {
     decoder_.reset();
@@ -196,21 +196,21 @@ bool SoundFile::enter(std::size_t part)
     return enter(part, ignored) == noErr;
 }
 
-/// Find out how many frames of the open part decode, and append them to the file's.
+/// Find the number of decodable frames of the open part and add them to the file's.
 OSStatus SoundFile::measure(const SF_INFO& info)
 {
     Part& part = parts_[part_];
     const SInt64 stated = info.frames;
     part.begin = facts_.frames;
-    const bool isBelieved = !isFlac(info) && stated / believedFramesPerByte <= facts_.fileBytes;
+    const bool isPlausible = !isFlac(info) && stated / plausibleFramesPerByte <= facts_.fileBytes;
     SInt64 frames = stated;
-    if (!isBelieved) {
+    if (!isPlausible) {
         const bool isKnown = stated > 0 && stated < std::numeric_limits<SInt64>::max();
         if (isFlac(info) && isKnown) facts_.statedFrames += stated;
-        const bool isTrue = isKnown && isReachable(stated - 1);
-        // A decoder that has been elsewhere is not quite a new one.
+        const bool isExact = isKnown && isReachable(stated - 1);
+        // A decoder decodes slightly differently after a seek than after opening.
         if (!enter(part_)) return kAudioFileInvalidFileError;
-        if (!isTrue) {
+        if (!isExact) {
             frames = skip(stated);
             facts_.isCutShort |= isFlac(info) && isKnown && frames < stated;
             if (!enter(part_)) return kAudioFileInvalidFileError;
@@ -230,7 +230,7 @@ bool SoundFile::isReachable(SInt64 frame)
 
 SInt64 SoundFile::skip(SInt64 frames)
 {
-    if (frames == 0) return 0; // also before the format is known
+    if (frames == 0) return 0; // the format may be unknown still
     const UInt32 channels = facts_.format.mChannelsPerFrame;
     std::vector<Float32> samples(std::max<std::size_t>(skippedSamples, channels));
     const auto most = static_cast<SInt64>(samples.size() / channels);
@@ -245,21 +245,21 @@ SInt64 SoundFile::skip(SInt64 frames)
 
 SInt64 SoundFile::read(Float32* out, SInt64 frames)
 {
-    std::optional<Quiet> quiet;
-    if (isNoisy_) quiet.emplace();
-    const SInt64 wanted = std::min(frames, facts_.frames - position_);
+    std::optional<SilencedStreams> silenced;
+    if (isNoisy_) silenced.emplace();
+    const SInt64 count = std::min(frames, facts_.frames - position_);
     SInt64 done = 0;
-    while (done < wanted) {
+    while (done < count) {
         const Part& part = parts_[part_];
         const bool isLast = part_ + 1 == parts_.size();
         const SInt64 left = part.begin + part.frames - position_;
         if (left <= 0) {
             if (isLast) break;
-            enter(part_ + 1); // without a decoder, none of its frames decode
+            enter(part_ + 1); // after a failure no frame of this part decodes
             continue;
         }
         Float32* to = out + static_cast<std::size_t>(done) * facts_.format.mChannelsPerFrame;
-        const SInt64 got = sf_readf_float(decoder_.get(), to, std::min(wanted - done, left));
+        const SInt64 got = sf_readf_float(decoder_.get(), to, std::min(count - done, left));
         if (got <= 0) {
             if (isLast || part.view.hasFailed()) break;
             position_ += left; // the rest of the part does not decode
@@ -268,15 +268,15 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
         done += got;
         position_ += got;
     }
-    return done == 0 && wanted > 0 && parts_[part_].view.hasFailed() ? -1 : done;
+    return done == 0 && count > 0 && parts_[part_].view.hasFailed() ? -1 : done;
 }
 
 SInt64 SoundFile::readPlain(void* out, SInt64 frames)
 {
     const SInt64 bytesPerFrame = facts_.format.mBytesPerFrame;
-    const SInt64 wanted = std::min(frames, facts_.frames - position_);
-    if (wanted <= 0) return 0;
-    const SInt64 got = sf_read_raw(decoder_.get(), out, wanted * bytesPerFrame);
+    const SInt64 count = std::min(frames, facts_.frames - position_);
+    if (count <= 0) return 0;
+    const SInt64 got = sf_read_raw(decoder_.get(), out, count * bytesPerFrame);
     if (got <= 0) return parts_[part_].view.hasFailed() ? -1 : 0;
     position_ += got / bytesPerFrame;
     return got / bytesPerFrame;
@@ -285,13 +285,13 @@ SInt64 SoundFile::readPlain(void* out, SInt64 frames)
 bool SoundFile::seek(SInt64 frame)
 {
     if (frame == position_) return true;
-    std::optional<Quiet> quiet;
-    if (isNoisy_) quiet.emplace();
+    std::optional<SilencedStreams> silenced;
+    if (isNoisy_) silenced.emplace();
     const auto isBefore = [](SInt64 at, const Part& part) { return at < part.begin + part.frames; };
     const auto found = std::upper_bound(parts_.begin(), parts_.end() - 1, frame, isBefore);
     const auto part = static_cast<std::size_t>(found - parts_.begin());
     if (part != part_ && !enter(part)) return false;
-    // By way of the beginning: from elsewhere, libsndfile lands a frame beside in some Vorbis files.
+    // Seek to frame 0 first: from another position libsndfile is one frame off in some Vorbis files.
     SNDFILE* decoder = decoder_.get();
     const SInt64 inPart = frame - found->begin;
     const SInt64 decoded = found->lead + inPart;
@@ -299,7 +299,7 @@ bool SoundFile::seek(SInt64 frame)
         position_ = frame;
         return true;
     }
-    // Codings that only go forward: once more from the beginning.
+    // Codings without seeking are decoded again from the start.
     if (!enter(part)) return false;
     position_ += skip(inPart);
     return position_ == frame;

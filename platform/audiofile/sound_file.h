@@ -1,6 +1,5 @@
-// A sound file being read: its facts, its frames, and a position among them.
-//
-// Units    frames of the file. Thread [any], one call at a time.
+// An open sound file: its facts, its decoded frames and a read position, in frames of the file.
+// All functions: [any], one call at a time.
 #pragma once
 
 #include "platform/audiofile/data_format.h"
@@ -18,10 +17,11 @@ class ByteReader;
 
 class SoundFile {
 public:
-    /// Errors  as openDescriptor; kAudioFileUnsupportedFileTypeError for what libsndfile does not know,
-    ///         kAudioFileUnsupportedDataFormatError for a coding that it cannot read and for a sample rate or
-    ///         channel count beyond the limits in KVXPlatform.h, and kAudioFileInvalidFileError for a file at
-    ///         odds with itself. Throws std::bad_alloc.
+    /// Open a file. `out` is unchanged on failure.
+    /// Errors  as openDescriptor; kAudioFileUnsupportedFileTypeError: libsndfile does not know the type;
+    ///         kAudioFileUnsupportedDataFormatError: libsndfile does not know the coding, or the sample rate
+    ///         or channel count is beyond the limits in KVXPlatform.h; kAudioFileInvalidFileError: the header
+    ///         contradicts itself or the file. Throws std::bad_alloc.
     static OSStatus open(const std::string& path, std::unique_ptr<SoundFile>& out);
 
     ~SoundFile();
@@ -31,26 +31,29 @@ public:
     const Facts& facts() const { return facts_; }
     SInt64 position() const { return position_; }
 
-    /// Decode up to `frames` frames into out[frame * channels + channel], in one piece, straight from
-    /// libsndfile. Integers of n bits are value / 2^(n-1); floats are what they are. Fewer frames at the end
-    /// or where the data breaks off, unless other parts follow: the position then moves to the next part. -1
-    /// if the disk cannot be read. Nothing past the frames is written.
+    /// Decode up to `frames` frames at the position.
+    /// Shape    out[frame * channels + channel]; nothing is written after the last frame.
+    /// Units    n-bit integers are value / 2^(n-1); floats are unchanged.
+    /// Returns  the frames; fewer at the end of the file or at damage, after which the position is at the
+    /// next
+    ///          part if there is one. -1 if the disk cannot be read.
     SInt64 read(Float32* out, SInt64 frames);
 
-    /// The bytes of up to `frames` frames as they are on the disk. Only of a file that isPlain.
+    /// Copy the data bytes of up to `frames` frames. Only if facts().isPlain. Returns as read().
     SInt64 readPlain(void* out, SInt64 frames);
 
-    /// False, and at some frame of the file, if the frame cannot be reached. 0 <= frame <= frames.
+    /// Set the position, 0 to facts().frames. False if the frame cannot be reached; the position is then at
+    /// another frame.
     bool seek(SInt64 frame);
 
 private:
-    /// What one decoder reads: the whole file, or one of several that were joined.
+    /// The input of one decoder: the whole file, or one of several joined files.
     struct Part {
         FileView view;
-        SInt64 lead = 0;  ///< frames to drop at the beginning of the decoder's output
-        SInt64 begin = 0; ///< the file's frame at which the part begins
+        SInt64 lead = 0;  ///< decoded frames to drop first
+        SInt64 begin = 0; ///< the file's frame at the start of the part
         SInt64 frames = 0;
-        bool isOmitted = false; ///< its frames do not belong to the file's
+        bool isOmitted = false; ///< not decoded
     };
     struct Close {
         void operator()(SNDFILE* file) const;
@@ -70,12 +73,13 @@ private:
     SInt64 skip(SInt64 frames);
 
     OpenFile disk_;
-    std::vector<Part> parts_; // never empty; complete before the first decoder opens, which keeps addresses
-    std::size_t part_ = 0;    // that the decoder reads
+    std::vector<Part>
+        parts_;            // not empty; never resized while a decoder is open, since it has a part's address
+    std::size_t part_ = 0; // index of the decoder's part
     std::unique_ptr<SNDFILE, Close> decoder_;
     Facts facts_;
     SInt64 position_ = 0;
-    bool isNoisy_ = false; // its decoder prints
+    bool isNoisy_ = false; // the decoder prints warnings
 };
 
 } // namespace kvxplatform::audiofile

@@ -20,8 +20,8 @@ SInt64 id3v2Bytes(ByteReader& file, SInt64 offset)
     return size + id3v2Header * (hasFooter ? 2 : 1);
 }
 
-/// The size that an APE header states leaves the header out. A footer without a header is only the footer:
-/// the size that it states is that of bytes before it.
+/// The size in an APE header excludes the header. The size in a footer counts bytes before it, so a footer
+/// alone is 32 bytes.
 SInt64 apeBytes(ByteReader& file, SInt64 offset)
 {
     const UInt8* tag = file.at(offset, apeHeader);
@@ -30,18 +30,17 @@ SInt64 apeBytes(ByteReader& file, SInt64 offset)
     return apeHeader + (isHeader ? static_cast<SInt64>(file.number(offset + 12, 4, false)) : 0);
 }
 
-/// A Lyrics3 tag ends with its own mark, at most 5100 bytes on in its first version; the second states its
-/// size before the mark. Both stand directly before an ID3v1 tag or the end.
+/// A Lyrics3 tag ends with a nine-byte name, directly before an ID3v1 tag or the end of the file.
 SInt64 lyricsBytes(ByteReader& file, SInt64 offset)
 {
     const UInt8* tag = file.at(offset, 11);
     if (!tag || std::memcmp(tag, "LYRICSBEGIN", 11) != 0) return 0;
-    constexpr SInt64 markBytes = 9;
-    const SInt64 end = file.size() - markBytes;
-    for (const SInt64 mark : {end, end - id3v1Bytes}) {
-        const UInt8* name = mark > offset ? file.at(mark, markBytes) : nullptr;
+    constexpr SInt64 nameBytes = 9;
+    const SInt64 end = file.size() - nameBytes;
+    for (const SInt64 at : {end, end - id3v1Bytes}) {
+        const UInt8* name = at > offset ? file.at(at, nameBytes) : nullptr;
         if (name && (std::memcmp(name, "LYRICSEND", 9) == 0 || std::memcmp(name, "LYRICS200", 9) == 0))
-            return mark + markBytes - offset;
+            return at + nameBytes - offset;
     }
     return 0;
 }

@@ -1,15 +1,16 @@
-// Tags that editors put before, between and after the sound of a file, in any format.
+// Tags before, between and after the audio data of a file of any format.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiofile/byte_reader.h"
 
 namespace kvxplatform::audiofile {
 
-/// The bytes of the tag (ID3v1, ID3v2, APE, Lyrics3) that begins at an offset; 0 if none does. A tag that
-/// states more bytes than the file holds is none.
+/// The size of the tag (ID3v1, ID3v2, APE, Lyrics3) at an offset, in bytes; 0 if there is none, or if it
+/// states more bytes than the file has.
 SInt64 tagBytes(ByteReader& file, SInt64 offset);
 
-/// The first offset after all tags that follow each other from an offset on.
+/// The offset after all consecutive tags at an offset.
 SInt64 afterTags(ByteReader& file, SInt64 offset);
 
 } // namespace kvxplatform::audiofile

@@ -1,5 +1,5 @@
 // A terminal that stays clean of what decoders print.
-#include "platform/audiofile/quiet.h"
+#include "platform/audiofile/silenced_streams.h"
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-using kvxplatform::audiofile::Quiet;
+using kvxplatform::audiofile::SilencedStreams;
 using sound::Bytes;
 
 /// What is written to the terminal meanwhile, by either stream; as much as a pipe holds.
@@ -105,9 +105,9 @@ TEST(Terminal, StaysCleanWhileTwoThreadsDecodeAtOverlappingTimes)
     std::FILE* const former[] = {stdout, stderr};
     EXPECT_EQ(written([] {
                   std::promise<void> secondBegan, firstEnded;
-                  auto first = std::make_unique<Quiet>();
+                  auto first = std::make_unique<SilencedStreams>();
                   std::thread other([&] {
-                      auto second = std::make_unique<Quiet>();
+                      auto second = std::make_unique<SilencedStreams>();
                       secondBegan.set_value();
                       firstEnded.get_future().wait();
                       std::fputs("other thread, silenced\n", stderr);

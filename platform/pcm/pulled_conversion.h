@@ -1,0 +1,69 @@
+// A conversion whose input is pulled: unconverted input first, then more input, then the tail.
+#pragma once
+
+#include "platform/pcm/buffers.h"
+#include "platform/pcm/conversion.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace kvxplatform::pcm {
+
+/// Input that was pulled last.
+struct PulledInput {
+    ListStorage storage;         ///< its list points at memory of the source, valid until the next pull
+    UInt32 first = 0, count = 0; ///< its unconverted frames
+    bool hasEnded = false;       ///< the source has no further input
+
+    /// Discard the input.
+    void reset()
+    {
+        count = 0;
+        hasEnded = false;
+    }
+};
+
+/// Convert until `out` holds `frames` frames, the input has ended, or `pull` fails.
+///
+/// Shape    `pull(count)` replaces `input` by about `count` frames, or sets hasEnded, and returns a status.
+///          It starts at `made` frames of `out` and counts `made` up.
+/// Returns  the status of the last pull.
+/// [any], [audio] if `pull` allows it
+template <class Pull>
+OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferList& out, UInt32 frames,
+                       UInt32& made, Pull pull)
+{
+    OSStatus status = noErr;
+    while (made < frames && !status) {
+        if (input.count) {
+            const auto step = conversion.convert(input.storage.list(), input.first, input.count, out, made,
+                                                 frames - made);
+            input.first += step.used;
+            input.count -= step.used;
+            made += step.made;
+        } else if (input.hasEnded) {
+            made += conversion.drain(out, made, frames - made);
+            break;
+        } else {
+            status = pull(conversion.framesFor(frames - made));
+        }
+    }
+    return status;
+}
+
+/// The frames that every buffer of `list` can hold. Empty if its buffers and channels are not those of
+/// `format`, or a buffer has no memory.
+/// [any]
+inline std::optional<UInt32> capacityOf(const AudioStreamBasicDescription& format, const AudioBufferList& list)
+{
+    if (list.mNumberBuffers != buffersOf(format)) return std::nullopt;
+    UInt32 frames = ~UInt32{0};
+    for (UInt32 i = 0; i < list.mNumberBuffers; ++i) {
+        const AudioBuffer& buffer = list.mBuffers[i];
+        if (!buffer.mData || buffer.mNumberChannels != channelsPerBuffer(format)) return std::nullopt;
+        frames = std::min(frames, buffer.mDataByteSize / format.mBytesPerFrame);
+    }
+    return frames;
+}
+
+} // namespace kvxplatform::pcm
