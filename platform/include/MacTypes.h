@@ -1,8 +1,8 @@
 /*
- * The base types under all of the platform's interfaces. C; records are 2-byte packed, as all of Carbon is.
+ * The platform's basic types. C; records are 2-byte packed, as in all of Carbon.
  *
- * UInt32 is `unsigned long` on 32-bit targets, which decides C++ overloads and printf formats there; on
- * 64-bit targets, where that would be eight bytes, it is `unsigned int`.
+ * UInt32 is `unsigned long` on 32-bit targets, which decides C++ overloads and printf formats; on 64-bit
+ * targets it is `unsigned int`, so that it has 32 bits there too.
  */
 #ifndef MACTYPES_H
 #define MACTYPES_H
@@ -32,36 +32,37 @@ typedef double Float64;
 typedef UInt8 Byte;
 typedef SInt8 SignedByte;
 typedef unsigned char Boolean;
-typedef UInt16 UniChar;
+typedef UInt16 UniChar; /* a UTF-16 unit */
 typedef unsigned long UniCharCount;
 typedef unsigned long ItemCount;
 typedef unsigned long ByteCount;
 typedef UInt32 OptionBits;
 
-typedef SInt32 Fixed; /* 16.16 */
-typedef UInt32 UnsignedFixed;
-typedef SInt32 Duration; /* positive: milliseconds; negative: microseconds */
+typedef SInt32 Fixed;         /* 16.16 fixed point */
+typedef UInt32 UnsignedFixed; /* 16.16 fixed point */
+typedef SInt32 Duration;      /* positive: milliseconds; negative: microseconds */
 
-typedef SInt16 OSErr;
-typedef SInt32 OSStatus;
+typedef SInt16 OSErr;        /* a status; 0 is success */
+typedef SInt32 OSStatus;     /* a status; 0 is success */
 typedef UInt32 FourCharCode; /* the first character is the most significant byte */
 typedef FourCharCode OSType;
 
 typedef char* Ptr;
-typedef Ptr* Handle;
-typedef long Size;
+typedef Ptr* Handle; /* from NewHandle: a pointer to the pointer to a block */
+typedef long Size;   /* bytes */
 
-typedef unsigned char Str255[256]; /* length byte, then text */
+typedef unsigned char Str255[256]; /* Pascal text: a length byte, then the bytes */
 typedef unsigned char* StringPtr;
 typedef StringPtr* StringHandle;
 typedef const unsigned char* ConstStringPtr;
 typedef const unsigned char* ConstStr255Param;
 
 typedef long (*ProcPtr)();
-typedef ProcPtr UniversalProcPtr; /* a plain function pointer */
+typedef ProcPtr UniversalProcPtr; /* an ordinary function pointer */
 
 #pragma pack(push, 2)
 
+/* An unsigned 64-bit number in two words. */
 typedef struct UnsignedWide {
     UInt32 lo;
     UInt32 hi;
@@ -69,6 +70,7 @@ typedef struct UnsignedWide {
 typedef UnsignedWide AbsoluteTime; /* units of the host clock */
 typedef UnsignedWide Nanoseconds;
 
+/* An 80-bit floating-point number: sign and exponent, then the mantissa. */
 typedef struct Float80 {
     SInt16 exp;
     UInt16 man[4];

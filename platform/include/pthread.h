@@ -1,15 +1,19 @@
-/* The system's threads, and the one question of this platform's that the system's header lacks. */
+/* The system's <pthread.h> and one function that it lacks. C. */
 #ifndef KVXPLATFORM_PTHREAD_H
 #define KVXPLATFORM_PTHREAD_H
 
-#pragma GCC system_header /* going on to the next header of the same name is an extension */
+#pragma GCC system_header /* #include_next is an extension */
 #include_next <pthread.h>
 
 #include <KVXPlatform/export.h>
 
 KVX_PLATFORM_BEGIN
 
-/* Non-zero on the process's main thread. Thread: [any]. */
+/*
+ * Report whether the calling thread is the main thread of the process.
+ * Returns  non-zero on the main thread; in a child of fork, on the thread that called fork.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT int pthread_main_np(void);
 
 KVX_PLATFORM_END

@@ -36,8 +36,8 @@ OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferLi
     OSStatus status = noErr;
     while (made < frames && !status) {
         if (input.count) {
-            const auto step = conversion.convert(input.storage.list(), input.first, input.count, out, made,
-                                                 frames - made);
+            const auto step =
+                conversion.convert(input.storage.list(), input.first, input.count, out, made, frames - made);
             input.first += step.used;
             input.count -= step.used;
             made += step.made;
@@ -54,7 +54,8 @@ OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferLi
 /// The frames that every buffer of `list` can hold. Empty if its buffers and channels are not those of
 /// `format`, or a buffer has no memory.
 /// [any]
-inline std::optional<UInt32> capacityOf(const AudioStreamBasicDescription& format, const AudioBufferList& list)
+inline std::optional<UInt32> capacityOf(const AudioStreamBasicDescription& format,
+                                        const AudioBufferList& list)
 {
     if (list.mNumberBuffers != buffersOf(format)) return std::nullopt;
     UInt32 frames = ~UInt32{0};

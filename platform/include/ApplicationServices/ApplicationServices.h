@@ -1,8 +1,8 @@
 /*
- * Paths of graphics, of which there are none here. C.
+ * One function of the graphics library. C.
  *
- * The one function came to the system together with the newer time-pitch unit: programs look for its name to
- * find out whether that unit is there. Thread: [any].
+ * The function appeared in the system together with the newer time-pitch unit: programs test for its name
+ * to learn whether that unit exists.
  */
 #ifndef APPLICATIONSERVICES_APPLICATIONSERVICES_H
 #define APPLICATIONSERVICES_APPLICATIONSERVICES_H
@@ -14,7 +14,11 @@ KVX_PLATFORM_BEGIN
 typedef const struct CGPath* CGPathRef;
 struct CGAffineTransform;
 
-/* NULL, as for every path that is none: nothing here makes one. */
+/*
+ * Do nothing.
+ * Returns  NULL.
+ * [any]
+ */
 KVX_PLATFORM_EXPORT CGPathRef CGPathCreateCopyByTransformingPath(CGPathRef path,
                                                                  const struct CGAffineTransform* transform);
 

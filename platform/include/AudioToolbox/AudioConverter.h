@@ -1,13 +1,13 @@
 /*
- * Conversion between linear PCM formats: width, byte order, interleaving, channels and rate. C.
+ * Conversion between linear PCM formats: sample width, byte order, interleaving, channels and rate. C.
  *
- * Owner    a converter is its maker's, who disposes it.
- *
- * Thread   [any], one call at a time on a converter. Filling allocates nothing and takes no lock.
- *
- * Errors   below; a NULL, disposed or made-up converter, and a missing pointer, is paramErr (-50); no memory,
- *          or more than 4,096 converters, memFullErr (-108). A call that changes or fills a converter while
- *          another does, from its input procedure too, is OperationNotSupported.
+ * Units    a packet is one frame. Sizes are in bytes.
+ * Owner    the caller of AudioConverterNew disposes the converter.
+ * Errors   of every function: paramErr (-50): a NULL, disposed or unknown converter, or a required
+ *          pointer is NULL; memFullErr (-108): no memory. kAudioConverterErr_OperationNotSupported:
+ *          Reset, SetProperty or FillComplexBuffer during another of these calls on the converter, also
+ *          from its input procedure. A refused call changes nothing.
+ * All functions: [any]; AudioConverterFillComplexBuffer also [audio]: it neither allocates nor locks
  */
 #ifndef AUDIOTOOLBOX_AUDIOCONVERTER_H
 #define AUDIOTOOLBOX_AUDIOCONVERTER_H
@@ -33,19 +33,19 @@ enum {
     kAudioConverterErr_OutputSampleRateOutOfRange = '!osr'
 };
 
-/* A new value forgets the past, as a reset does. */
+/* Setting any of these resets the converter. */
 enum {
-    kAudioConverterSampleRateConverterComplexity = 'srca', /* UInt32, read and write */
-    kAudioConverterSampleRateConverterQuality = 'srcq',    /* UInt32 0 to 127, read and write: see below */
-    kAudioConverterPrimeMethod = 'prmm', /* UInt32, read and write; only Normal can be chosen */
-    kAudioConverterPrimeInfo = 'prim',   /* AudioConverterPrimeInfo, read */
-    kAudioConverterChannelMap = 'chmp',  /* SInt32 for each output channel, read and write: see below */
-    kAudioConverterCurrentInputStreamDescription = 'acid', /* AudioStreamBasicDescription, read */
-    kAudioConverterCurrentOutputStreamDescription = 'acod' /* likewise */
+    kAudioConverterSampleRateConverterComplexity = 'srca', /* UInt32 below, r/w */
+    kAudioConverterSampleRateConverterQuality = 'srcq',    /* UInt32 0 to 127, r/w */
+    kAudioConverterPrimeMethod = 'prmm',                   /* UInt32 below, r/w; Normal only */
+    kAudioConverterPrimeInfo = 'prim',                     /* AudioConverterPrimeInfo, read-only */
+    kAudioConverterChannelMap = 'chmp',                    /* SInt32[], see below, r/w */
+    kAudioConverterCurrentInputStreamDescription = 'acid', /* AudioStreamBasicDescription, read-only */
+    kAudioConverterCurrentOutputStreamDescription = 'acod' /* the same */
 };
 
-/* The filter of a rate conversion: Linear is the fastest, Mastering the best; Normal goes by the quality: the
- * fastest below Medium, the best at Max, one between for the rest. */
+/* The filter of a rate conversion. Linear: the fastest. Mastering: the best. Normal depends on the quality:
+ * the fastest below Medium, the best at Max, otherwise a medium one. */
 enum {
     kAudioConverterSampleRateConverterComplexity_Linear = 'line',
     kAudioConverterSampleRateConverterComplexity_Normal = 'norm', /* the default */
@@ -60,32 +60,37 @@ enum {
     kAudioConverterQuality_Min = 0
 };
 
-/* A channel map's entry is a source channel from 0, or -1 for silence, as is a channel that the source has
- * not. Without a map channel n plays channel n, and a single channel plays on the first two. */
+/* A channel map has one entry for each output channel: the input channel, from 0, or -1 for silence; an input
+ * channel that does not exist is silent too. Without a map channel n plays input channel n, and a single
+ * input channel plays on the first two. */
 
-/* Normal: what lies before the input is silent, and the first frame out stands where the first frame in
- * stood; the filter looks ahead, so the first fill asks for trailingFrames more. */
+/* Normal: the input is preceded by silence, and the first output frame has the time of the first input frame.
+ * The filter looks ahead, so the first fill pulls trailingFrames more. */
 enum { kConverterPrimeMethod_Pre = 0, kConverterPrimeMethod_Normal = 1, kConverterPrimeMethod_None = 2 };
 
-/* Frames that the first output frame wants from before, and from behind, its place in the input. */
+/*
+ * The filter's reach, in input frames: before and after the time of the first output frame. 0 at equal
+ * rates.
+ */
 typedef struct AudioConverterPrimeInfo {
     UInt32 leadingFrames;
     UInt32 trailingFrames;
 } AudioConverterPrimeInfo;
 
 /*
- * Gives a converter input: points `io_data`'s buffers, which arrive without memory, at frames in the source
- * format and says how many. The memory stays until its next call.
- *
- * Shape    `io_packets` asks for a count; fewer is taken, and more asked for later, and more is kept. The
- *          count is believed, one left as it is, too: frames that a buffer's mDataByteSize does not cover, or
- *          that it has no memory for, are silence. `out_descriptions` is NULL.
- *
- * Result   0 packets and noErr are the end of the input; 0 packets and an error are "none for now": the fill
- *          ends with that error and what was converted so far, and can go on later. Packets that come with
- *          an error are kept for then.
- *
- * Disposing the converter from here ends the fill with paramErr.
+ * An input procedure: point the buffers of io_data at the next input frames.
+ * Shape    io_data has the buffers of the source format, with NULL memory and size 0. *io_packets is the
+ *          request on entry and the number of frames on return; fewer or more are allowed.
+ *          out_descriptions is NULL.
+ *          Frames not covered by mDataByteSize, or without memory, are silence. The count itself is not
+ *          checked.
+ * Owner    the memory stays the procedure's and must be valid until its next call, a reset or the
+ *          disposal.
+ * Returns  0 frames and noErr: the end of the input. 0 frames and an error: no input for now; the fill
+ *          returns the error and the frames made so far, and the next fill continues. Frames returned
+ *          with an error are kept for the next fill.
+ *          Disposing the converter here ends the fill with paramErr.
+ * [any], the thread of the fill
  */
 typedef OSStatus (*AudioConverterComplexInputDataProc)(AudioConverterRef converter, UInt32* io_packets,
                                                        AudioBufferList* io_data,
@@ -93,49 +98,76 @@ typedef OSStatus (*AudioConverterComplexInputDataProc)(AudioConverterRef convert
                                                        void* user_data);
 
 /*
- * Errors   FormatNotSupported: a side is not linear PCM (float of 32 or 64 bits, integers of 8 to 32 bits in
- *          up to 4 bytes, either byte order, 1 to 1,024 channels), or the rates differ and both sides have
- *          more than 128 channels; InputSampleRateOutOfRange, OutputSampleRateOutOfRange: a rate is not
- *          positive, or the output's is beyond 1/256 to 256 times the input's.
+ * Make a converter.
+ * Shape    both formats: linear PCM of 1 to 1,024 channels; 32-bit or 64-bit float, or integers of 8 to
+ *          32 bits in up to 4 bytes, either byte order, packed or aligned, interleaved or not.
+ * Owner    the caller disposes *out_converter; the formats are copied.
+ * Errors   all leave NULL in *out_converter. FormatNotSupported: another format, or the rates differ and
+ *          both sides have more than 128 channels. InputSampleRateOutOfRange, OutputSampleRateOutOfRange:
+ *          a rate is not positive and finite, or the output rate is not within 1/256 to 256 times the
+ *          input rate. memFullErr: also 4,096 live converters.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterNew(const AudioStreamBasicDescription* source,
                                                const AudioStreamBasicDescription* destination,
                                                AudioConverterRef* out_converter);
+
+/*
+ * Dispose a converter. A fill in progress on another thread finishes; its input procedure is not called
+ * again.
+ * Errors   paramErr.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterDispose(AudioConverterRef converter);
 
-/* Forget the past, kept input too: for every discontinuity, and before an input that ended can go on. */
+/*
+ * Discard input and filter history. Call it at every discontinuity, and to continue after the end of the
+ * input.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterReset(AudioConverterRef converter);
 
 /*
- * Errors   PropertyNotSupported; BadPropertySizeError: room for less than the value, or a new value of
- * another size; OperationNotSupported: a new value for what can only be read, or a prime method but Normal;
- *          paramErr: a value out of range. After an error nothing has changed.
+ * Get the size of a property's value, in bytes, and whether the property can be set. Either out-pointer
+ * may be NULL.
+ * Errors   PropertyNotSupported: unknown property.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterGetPropertyInfo(AudioConverterRef converter,
                                                            AudioConverterPropertyID property,
                                                            UInt32* out_size, Boolean* out_writable);
+
+/*
+ * Get a property's value.
+ * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
+ * Errors   PropertyNotSupported: unknown property. BadPropertySizeError: the capacity is smaller than the
+ *          value.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterGetProperty(AudioConverterRef converter,
                                                        AudioConverterPropertyID property, UInt32* io_size,
                                                        void* out_data);
+
+/*
+ * Set a property and reset the converter. The data is copied.
+ * Errors   PropertyNotSupported: unknown property. OperationNotSupported: a read-only property, or a
+ *          prime method other than Normal. BadPropertySizeError: size is not that of the value. paramErr:
+ *          the value is out of range.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterSetProperty(AudioConverterRef converter,
                                                        AudioConverterPropertyID property, UInt32 size,
                                                        const void* data);
 
 /*
- * Fill the output's buffers, pulling as much input as that takes.
- *
- * Shape    a packet is a frame. `io_packets`: frames wanted on the way in, produced on the way out; fewer
- *          than wanted at the end of the input, with an error, or when a buffer has no room for more.
- *          mDataByteSize of each buffer is its room on the way in and what was written on the way out.
- *          `packet_descriptions` may be NULL. All of an input of n frames makes n x (rate out / rate in)
- *          frames, rounded up; then 0, until a reset.
- *
- * Samples  of the same kind and width keep their bits. Otherwise an integer of n bits is value / 2^(n-1) of
- *          full scale; a narrower one rounds to the nearest, ties to even, and stops at full scale, and what
- *          is not a number becomes 0.
- *
- * Errors   paramErr: the list does not have the output format's buffers and channels, each with memory;
- *          InvalidOutputSize: room for no frame; and the input procedure's own.
+ * Fill the output buffers, pulling as much input as that takes. An input of n frames makes n * output
+ * rate / input rate frames, rounded up.
+ * Shape    out_data has the buffers and channels of the output format. *io_packets is the request on
+ *          entry and the frames made on return. mDataByteSize is the capacity of each buffer on entry and
+ *          the bytes made on return. packet_descriptions is ignored.
+ * Units    samples of the same kind and width keep their bits. Otherwise an n-bit integer is value /
+ *          2^(n-1) of full scale; writing rounds to nearest, ties to even, and clips at full scale; NaN
+ *          becomes 0.
+ * Returns  fewer frames than requested at the end of the input, when a buffer is full, or with an error
+ *          of the input procedure; after the end 0 frames until a reset.
+ * Errors   paramErr: the list does not match the output format, or a buffer has no memory.
+ *          InvalidOutputSize: the capacity is less than a frame. Any status of the input procedure.
+ * [any], [audio]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterFillComplexBuffer(
     AudioConverterRef converter, AudioConverterComplexInputDataProc input, void* user_data,

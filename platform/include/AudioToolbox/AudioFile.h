@@ -1,14 +1,11 @@
 /*
- * Sound files, seen from outside: what they hold, and for how long it plays. C.
+ * Sound files: what a file contains, without its samples. C.
  *
- * Owner    an open file is its opener's, who closes it; one that an extended audio file hands out is that
- *          file's. Closing such a one, and then disposing the extended file, is safe.
- *
- * Thread   [any], one call at a time on a file.
- *
- * Errors   below; a NULL, closed or made-up file, and a missing value or size, is paramErr (-50). On opening:
- *          fnfErr (-43), permErr (-54) and others of the file system; InvalidFile for what is no regular
- *          file, or is at odds with itself; UnsupportedFileType for what is no sound file.
+ * Owner    the caller of AudioFileOpenURL closes the file. A file from kExtAudioFileProperty_AudioFile
+ *          belongs to its extended audio file; closing it as well is harmless.
+ * Errors   of every function: paramErr (-50): a NULL, closed or unknown file, or a required pointer is
+ *          NULL; memFullErr (-108): no memory. The others are in the enumeration below.
+ * All functions: [any], one call at a time per file
  */
 #ifndef AUDIOTOOLBOX_AUDIOFILE_H
 #define AUDIOTOOLBOX_AUDIOFILE_H
@@ -56,26 +53,56 @@ enum {
 
 enum { kAudioFileReadPermission = 1, kAudioFileWritePermission = 2, kAudioFileReadWritePermission = 3 };
 
-/* Read-only, all of them. Sizes and numbers of packets are those of codings whose packets are alike; for
- * others they are UnsupportedProperty, as is a depth that there never was. */
+/* All read-only. A file without a value for a property returns kAudioFileUnsupportedPropertyError. */
 enum {
-    kAudioFilePropertyFileFormat = 'ffmt',           /* AudioFileTypeID; 0 for a type without a name here */
+    kAudioFilePropertyFileFormat = 'ffmt',           /* AudioFileTypeID; 0 for a type without a constant */
     kAudioFilePropertyDataFormat = 'dfmt',           /* AudioStreamBasicDescription */
-    kAudioFilePropertyAudioDataByteCount = 'bcnt',   /* UInt64 */
-    kAudioFilePropertyAudioDataPacketCount = 'pcnt', /* UInt64 */
-    kAudioFilePropertyMaximumPacketSize = 'psze',    /* UInt32 bytes */
-    kAudioFilePropertyBitRate = 'brat',              /* UInt32 bits a second */
-    kAudioFilePropertySourceBitDepth = 'sbtd',       /* SInt32 */
+    kAudioFilePropertyAudioDataByteCount = 'bcnt',   /* UInt64 bytes; if a packet is one frame */
+    kAudioFilePropertyAudioDataPacketCount = 'pcnt', /* UInt64; if a packet is one frame */
+    kAudioFilePropertyMaximumPacketSize = 'psze',    /* UInt32 bytes; if the coding has a limit */
+    kAudioFilePropertyBitRate = 'brat',              /* UInt32 bits per second */
+    kAudioFilePropertySourceBitDepth = 'sbtd',       /* SInt32 bits per sample before encoding, if known */
     kAudioFilePropertyEstimatedDuration = 'edur'     /* Float64 seconds */
 };
 
-/* Open for reading; another permission is kAudioFilePermissionsError. The hint is not needed. */
+/*
+ * Open a sound file for reading. The type is recognised from the contents.
+ * Shape    permissions is kAudioFileReadPermission; hint is ignored.
+ * Owner    the caller closes *out_file; url stays the caller's.
+ * Errors   all leave NULL in *out_file.
+ *          kAudioFilePermissionsError: permissions other than reading.
+ *          fnfErr (-43): no such file; permErr (-54): not readable; errFSNameTooLong (-1410): name too
+ *          long; tmfoErr (-42): too many open files, or 4,096 open AudioFiles; kPOSIXErrorBase + errno:
+ *          any other error of the system; ioErr (-36): a read failed.
+ *          kAudioFileUnsupportedFileTypeError: not a sound file. kAudioFileUnsupportedDataFormatError:
+ *          the coding cannot be decoded, or the rate or channel count is beyond the limits in
+ *          KVXPlatform.h. kAudioFileInvalidFileError: a folder, pipe, socket or device, or a header that
+ *          contradicts itself.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioFileOpenURL(CFURLRef url, SInt8 permissions, AudioFileTypeID hint,
                                               AudioFileID* out_file);
+
+/*
+ * Close a file. Closing the file of an extended audio file leaves that one open.
+ * Errors   paramErr.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioFileClose(AudioFileID file);
 
+/*
+ * Get the size of a property's value, for any file.
+ * Shape    either out-pointer may be NULL.
+ * Units    *out_size in bytes; *out_is_writable is always 0.
+ * Errors   kAudioFileUnsupportedPropertyError: unknown property.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioFileGetPropertyInfo(AudioFileID file, AudioFilePropertyID property,
                                                       UInt32* out_size, UInt32* out_is_writable);
+
+/*
+ * Get a property's value.
+ * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
+ * Errors   nothing is written. kAudioFileUnsupportedPropertyError: unknown property, or this file has no
+ *          such value. kAudioFileBadPropertySizeError: the capacity is smaller than the value.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioFileGetProperty(AudioFileID file, AudioFilePropertyID property,
                                                   UInt32* io_size, void* out_data);
 

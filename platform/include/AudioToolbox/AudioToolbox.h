@@ -1,4 +1,4 @@
-/* Graphs of audio units, sound files, and conversion between formats. */
+/* Umbrella header: graphs of audio units, sound files, converters. C. */
 #ifndef AUDIOTOOLBOX_AUDIOTOOLBOX_H
 #define AUDIOTOOLBOX_AUDIOTOOLBOX_H
 

@@ -1,15 +1,13 @@
 /*
- * Sound files, read in the caller's own PCM format. C.
+ * Sound files whose frames are read in the caller's PCM format, the client format. C.
  *
- * Units    lengths and places in frames of the file, reads in frames of the client format.
- *
- * Owner    a file is its opener's, who disposes it; the handles it gives out stay its own.
- *
- * Thread   [any], one call at a time on a file.
- *
- * Errors   below, and those of AudioFile.h on opening; a missing file is fnfErr (-43), one that may not be
- *          read permErr (-54); a NULL, disposed or made-up file, and a missing value or size, is paramErr
- *          (-50). A refused call changes nothing.
+ * Units    lengths and positions count frames of the file; ExtAudioFileRead counts frames of the client
+ *          format. Sizes are in bytes.
+ * Owner    the caller of ExtAudioFileOpenURL disposes the file. An AudioFileID from a file belongs to the
+ *          file.
+ * Errors   of every function: paramErr (-50): a NULL, disposed or unknown file, or a required pointer is
+ *          NULL; memFullErr (-108): no memory. A refused call changes nothing.
+ * All functions: [any], one call at a time per file
  */
 #ifndef AUDIOTOOLBOX_EXTENDEDAUDIOFILE_H
 #define AUDIOTOOLBOX_EXTENDEDAUDIOFILE_H
@@ -35,39 +33,85 @@ enum {
 };
 
 enum {
-    kExtAudioFileProperty_FileDataFormat = 'ffmt',      /* AudioStreamBasicDescription, read */
-    kExtAudioFileProperty_ClientDataFormat = 'cfmt',    /* AudioStreamBasicDescription, linear PCM, both */
-    kExtAudioFileProperty_AudioFile = 'afil',           /* AudioFileID, read; the file's own */
-    kExtAudioFileProperty_FileMaxPacketSize = 'fmps',   /* UInt32 bytes, read */
-    kExtAudioFileProperty_ClientMaxPacketSize = 'cmps', /* UInt32 bytes, read */
-    kExtAudioFileProperty_FileLengthFrames = '#frm'     /* SInt64, read */
+    kExtAudioFileProperty_FileDataFormat = 'ffmt',      /* AudioStreamBasicDescription, read-only */
+    kExtAudioFileProperty_ClientDataFormat = 'cfmt',    /* AudioStreamBasicDescription, linear PCM, r/w */
+    kExtAudioFileProperty_AudioFile = 'afil',           /* AudioFileID, read-only */
+    kExtAudioFileProperty_FileMaxPacketSize = 'fmps',   /* UInt32 bytes, read-only */
+    kExtAudioFileProperty_ClientMaxPacketSize = 'cmps', /* UInt32 bytes, read-only */
+    kExtAudioFileProperty_FileLengthFrames = '#frm'     /* SInt64 decodable frames, read-only */
 };
 
-/* Open for reading. PCM is read as it stands until a client format is set; coded files need one. */
+/*
+ * Open a sound file for reading. The client format of a PCM file is the file's format until another is
+ * set; a compressed file has none.
+ * Owner    the caller disposes *out_file; url stays the caller's.
+ * Errors   as AudioFileOpenURL; all leave NULL in *out_file.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file);
+
+/*
+ * Close a file and its AudioFileID.
+ * Errors   paramErr.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileDispose(ExtAudioFileRef file);
 
+/*
+ * Get the size of a property's value, in bytes, and whether the property can be set. Either out-pointer
+ * may be NULL.
+ * Errors   kExtAudioFileError_InvalidProperty: unknown property.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileGetPropertyInfo(ExtAudioFileRef file,
                                                          ExtAudioFilePropertyID property, UInt32* out_size,
                                                          Boolean* out_writable);
+
+/*
+ * Get a property's value.
+ * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
+ * Owner    an AudioFileID stays the file's; if the caller has closed it, the next call returns a new one.
+ * Errors   nothing is written. InvalidProperty: unknown property. InvalidPropertySize: the capacity is
+ *          smaller than the value. MaxPacketSizeUnknown: the coding has no limit. tmfoErr (-42): too many
+ *          open AudioFiles.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileGetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property,
                                                      UInt32* io_size, void* out_data);
+
+/*
+ * Set the client format. Reading continues at the same position.
+ * Errors   the former client format stays. InvalidProperty: unknown or read-only property.
+ *          InvalidPropertySize: size is not that of the value. NonPCMClientFormat: not linear PCM as in
+ *          AudioConverterNew. InvalidDataFormat: the rates differ by more than 1 to 256, or more than 128
+ *          channels change their rate. InvalidSeek: the position cannot be reached again.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileSetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property,
                                                      UInt32 size, const void* data);
 
 /*
- * Read up to `io_frames` frames into the list, and say how many came, also in its buffers' sizes: fewer at
- * the end, or when the buffers are too small for the request; 0 with noErr at the end. Native float of the
- * file's own channels and rate, interleaved, is decoded straight into the buffer.
- *
- * Errors   InvalidOperationOrder for a coded file without a client format; paramErr for a list that does
- *          not fit the format, or has no room for a frame.
+ * Read the next frames. Native float at the file's channels and rate is decoded straight into the
+ * buffers.
+ * Shape    io_data has the buffers and channels of the client format. *io_frames is the request on entry
+ *          and the frames read on return. mDataByteSize is the capacity of each buffer on entry and the
+ *          bytes read on return.
+ * Returns  fewer frames at the end of the file, at damaged data, or when the buffers are smaller than the
+ *          request; 0 frames with noErr at the end.
+ * Errors   InvalidOperationOrder: a compressed file without a client format. paramErr: the list does not
+ *          match the client format, a buffer has no memory, or the capacity is less than a frame. ioErr
+ *          (-36): the disk cannot be read.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* io_frames,
                                               AudioBufferList* io_data);
 
-/* Where the next read begins, 0 to the file's length. InvalidSeek elsewhere. */
+/*
+ * Set the position of the next read: 0 to the file's length, in frames of the file. A coding without
+ * random access is decoded again from the start.
+ * Errors   InvalidSeek: beyond the file, or the frame cannot be reached. After the latter the position
+ *          may be at another frame.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileSeek(ExtAudioFileRef file, SInt64 frame);
+
+/*
+ * Get the position of the next read, in frames of the file; the earlier one if it is between two.
+ * Errors   paramErr.
+ */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileTell(ExtAudioFileRef file, SInt64* out_frame);
 
 KVX_PLATFORM_END

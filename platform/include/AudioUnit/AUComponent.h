@@ -1,15 +1,14 @@
 /*
- * The calls every audio unit answers. C.
+ * The calls of every audio unit. C.
  *
- * Order    open, set formats, element counts, slice limit and callbacks, initialise, render.
- *
- * Units    formats and sizes in bytes as their records say; sample times and slices in frames.
- *
- * Thread   [any] unless said otherwise. Only AudioUnitRender and the two parameter calls belong on an
- *          [audio] thread: they allocate nothing and take no lock.
- *
- * Errors   a NULL, closed or made-up unit is badComponentInstance (0x80008001), a component that is no
- *          audio unit badComponentSelector (0x80008002), a missing out-pointer -50; the rest are below.
+ * Order    open, set formats, element counts, slice limit, connections and callbacks, initialise, render.
+ * Units    slices and sample times in frames; sizes in bytes.
+ * Owner    the opener closes the unit. A unit in a graph belongs to the graph.
+ * Errors   of every function: badComponentInstance (0x80008001): a NULL, closed or unknown unit.
+ *          badComponentSelector (0x80008002): a component that is not an audio unit. paramErr (-50): a
+ *          required pointer is NULL. memFullErr (-108): no memory. kAudioUnitErr_InvalidScope,
+ *          InvalidElement: the unit has no such scope or element. A refused call changes nothing.
+ * All functions: [any] unless stated otherwise
  */
 #ifndef AUDIOUNIT_AUCOMPONENT_H
 #define AUDIOUNIT_AUCOMPONENT_H
@@ -28,7 +27,7 @@ typedef UInt32 AudioUnitParameterID;
 typedef UInt32 AudioUnitRenderActionFlags;
 typedef Float32 AudioUnitParameterValue;
 
-/* types, each with its subtypes; the manufacturer */
+/* component types, each followed by its subtypes, and the manufacturer */
 enum {
     kAudioUnitType_FormatConverter = 'aufc',
     kAudioUnitSubType_AUConverter = 'conv',
@@ -82,56 +81,106 @@ enum {
 };
 
 /*
- * Gives a unit its input: fill `ioData`, which is in the format of the unit's input `inBusNumber`, with
- * `inNumberFrames` frames. A callback with nothing to give writes zeros; its error becomes the result of the
- * render. Also the shape of a render notification, called before and after each slice.
- *
- * Thread   [audio & running].
+ * A render callback: fill ioData with the input of a unit. Without data it writes zeros, and may set
+ * kAudioUnitRenderAction_OutputIsSilence. A unit also calls it as a render notification, before and after
+ * each slice.
+ * Shape    inNumberFrames frames in the format of the unit's input element inBusNumber. Buffers that the
+ *          callback shortens or replaces are used up to mDataByteSize; the rest is silence.
+ * Owner    all arguments are valid during the call only; inRefCon is the callback's.
+ * Returns  noErr, or the status that AudioUnitRender returns; the slice is then silent.
+ * [audio & running]
  */
 typedef OSStatus (*AURenderCallback)(void* inRefCon, AudioUnitRenderActionFlags* ioActionFlags,
                                      const AudioTimeStamp* inTimeStamp, UInt32 inBusNumber,
                                      UInt32 inNumberFrames, AudioBufferList* ioData);
 
-/* Allocate for rendering. Formats and the slice limit are fixed until the unit is uninitialised. */
+/*
+ * Allocate what rendering needs. Formats, element counts and the slice limit are fixed until
+ * AudioUnitUninitialize. No effect on an initialised unit.
+ * Errors   the unit stays uninitialised. kAudioUnitErr_FormatNotSupported: the formats do not match each
+ *          other or a connected source. kAudioUnitErr_NoConnection: a connected source is closed.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitInitialize(AudioUnit unit);
+
+/*
+ * Free what rendering needed, after the render call in progress has left. A running output unit stops
+ * first. No effect on an uninitialised unit.
+ * Errors   kAudioUnitErr_CannotDoInCurrentContext: called inside a slice of the unit.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitUninitialize(AudioUnit unit);
 
-/* Forget what sound has left behind (delay lines, tails); settings stay. Takes effect with the next slice. */
+/*
+ * Clear delay lines, filters and tails with the next slice. Parameters, formats and connections stay.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element);
 
-/* The largest size a value takes, and whether it can be written. Both out-pointers may be NULL. */
+/*
+ * Get the maximum size of a property's value, in bytes, and whether the property can be set. Either out-
+ * pointer may be NULL.
+ * Errors   kAudioUnitErr_InvalidProperty: unknown property.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitPropertyID property,
                                                       AudioUnitScope scope, AudioUnitElement element,
                                                       UInt32* out_size, Boolean* out_writable);
 
-/* Data first, then its size: the buffer's on the way in, the value's on the way out. */
+/*
+ * Get a property's value.
+ * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
+ *          With out_data NULL only the size is returned.
+ * Owner    the caller releases a CFString in the value.
+ * Errors   nothing is written. InvalidProperty: unknown or write-only property. InvalidPropertyValue: the
+ *          capacity is smaller than the value.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPropertyID property,
                                                   AudioUnitScope scope, AudioUnitElement element,
                                                   void* out_data, UInt32* io_size);
+
+/*
+ * Set a property. The data is copied.
+ * Shape    size is exactly that of the value, in bytes.
+ * Errors   checked in this order: InvalidProperty, InvalidScope, InvalidElement: not there.
+ *          PropertyNotWritable: read-only. Initialized: a property that must be set before
+ *          initialisation. InvalidPropertyValue: wrong size, or out of range. FormatNotSupported: the
+ *          unit refuses the format.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property,
                                                   AudioUnitScope scope, AudioUnitElement element,
                                                   const void* data, UInt32 size);
 
-/* Thread [any], [audio] too. */
+/*
+ * Get a parameter's value.
+ * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or not present now. InvalidScope: the
+ *          parameter is in another scope.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter,
                                                    AudioUnitScope scope, AudioUnitElement element,
                                                    AudioUnitParameterValue* out_value);
+
+/*
+ * Set a parameter, from the next slice on; gains glide over 512 frames. A value out of range becomes the
+ * nearest in range. offset_frames is ignored.
+ * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or not present now. InvalidScope: the
+ *          parameter is in another scope. PropertyNotWritable: a meter. InvalidPropertyValue: NaN.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter,
                                                    AudioUnitScope scope, AudioUnitElement element,
                                                    AudioUnitParameterValue value, UInt32 offset_frames);
 
 /*
- * Pull a slice out of output `bus`.
- *
- * Shape    the list has the buffers of the bus's format. Buffers with mData NULL get the unit's own memory,
- *          valid until the next slice; others are filled, and hold at least the slice. mDataByteSize is
- *          rewritten.
- *
- * Thread   [audio], one call at a time per unit.
- *
- * Errors   Uninitialized; TooManyFramesToProcess beyond the slice limit, nothing is rendered; NoConnection
- *          without an input; CannotDoInCurrentContext while another slice runs; -50 for a list that does
- *          not fit the format, or a time stamp without a sample time; and whatever the source returns.
+ * Render a slice of an output element. Neither allocates nor locks.
+ * Shape    io_data has the buffers of the element's format. A buffer with mData NULL gets the unit's
+ *          memory; others are filled, and mDataByteSize covers the slice on entry. mDataByteSize is the
+ *          bytes rendered on return. time_stamp has a valid sample time, which advances by the frames
+ *          rendered. io_flags may be NULL.
+ * Owner    the unit's memory is valid until its next slice.
+ * Errors   Uninitialized: not initialised. TooManyFramesToProcess: more frames than the slice limit.
+ *          NoConnection: a required input has neither connection nor callback. CannotDoInCurrentContext:
+ *          another slice is in progress, or a device renders this element. paramErr: the list does not
+ *          match the format, or there is no sample time. Any status of the input.
+ * [audio], one call at a time per unit
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActionFlags* io_flags,
                                              const AudioTimeStamp* time_stamp, UInt32 bus, UInt32 frames,

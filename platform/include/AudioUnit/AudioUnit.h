@@ -1,4 +1,4 @@
-/* Audio units: finding, opening, setting up and pulling sound out of them. */
+/* Umbrella header: audio units, their properties and parameters. C. */
 #ifndef AUDIOUNIT_AUDIOUNIT_H
 #define AUDIOUNIT_AUDIOUNIT_H
 

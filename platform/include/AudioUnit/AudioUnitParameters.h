@@ -1,42 +1,47 @@
-/* The parameters of the units: numbers that may change while sound runs. C. */
+/*
+ * Parameters of the units: Float32 values that may be set at any time. C.
+ *
+ * Scope and element are 0 (global) unless stated otherwise.
+ */
 #ifndef AUDIOUNIT_AUDIOUNITPARAMETERS_H
 #define AUDIOUNIT_AUDIOUNITPARAMETERS_H
 
-/* output units that drive a device */
-enum { kHALOutputParam_Volume = 14 }; /* global; linear gain 0 to 1 */
+/* output units with a device */
+enum { kHALOutputParam_Volume = 14 }; /* linear gain 0 to 1 */
 
-/* multichannel mixer; each of the levels is that of its first channel, the others' follow it */
+/* Multichannel mixer; input and output scope, element: the bus. A level's ID is that of channel 0; add the
+ * channel. Levels are -120 to 120 dB, and -120 while metering is off. */
 enum {
-    kMultiChannelMixerParam_Volume = 0,              /* input and output; linear gain 0 to 1 */
-    kMultiChannelMixerParam_Enable = 1,              /* input; 0 or 1 */
-    kMultiChannelMixerParam_Pan = 2,                 /* input; -1 left to 1 right, of two channels */
-    kMultiChannelMixerParam_PreAveragePower = 1000,  /* input and output, decibels, read; before the fader */
-    kMultiChannelMixerParam_PrePeakHoldLevel = 2000, /* likewise */
-    kMultiChannelMixerParam_PostAveragePower = 3000, /* behind the fader */
-    kMultiChannelMixerParam_PostPeakHoldLevel = 4000
+    kMultiChannelMixerParam_Volume = 0,              /* linear gain 0 to 1 */
+    kMultiChannelMixerParam_Enable = 1,              /* input scope; 1: on, 0: off */
+    kMultiChannelMixerParam_Pan = 2,                 /* input scope; -1 left to 1 right; stereo output only */
+    kMultiChannelMixerParam_PreAveragePower = 1000,  /* dB, read-only; before volume and enable */
+    kMultiChannelMixerParam_PrePeakHoldLevel = 2000, /* the same */
+    kMultiChannelMixerParam_PostAveragePower = 3000, /* dB, read-only; after volume and enable */
+    kMultiChannelMixerParam_PostPeakHoldLevel = 4000 /* the same */
 };
 
-/* graphic equaliser: parameters 0 to 9, or 0 to 30, are the gains of its bands in decibels, -20 to 20 */
-enum { kGraphicEQParam_NumberOfBands = 10000 }; /* global; 0: 10 bands, 1: 31 bands */
+/* graphic equaliser; parameters 0 to 9, or 0 to 30, are the gains of its bands, -20 to 20 dB */
+enum { kGraphicEQParam_NumberOfBands = 10000 }; /* 0: 10 bands, 1: 31 bands */
 
-/* varispeed: two views of one value, both global */
+/* varispeed; both parameters are the same value, the last one set applies */
 enum {
-    kVarispeedParam_PlaybackRate = 0, /* 0.25 to 4 */
-    kVarispeedParam_PlaybackCents = 1 /* -2400 to 2400 */
+    kVarispeedParam_PlaybackRate = 0, /* input frames per output frame, 0.25 to 4 */
+    kVarispeedParam_PlaybackCents = 1 /* cents, -2400 to 2400 */
 };
 
-/* the classic time-pitch unit, global */
+/* classic time-pitch unit */
 enum {
-    kTimePitchParam_Rate = 0, /* 1/32 to 32 */
+    kTimePitchParam_Rate = 0, /* input frames per output frame, 1/32 to 32 */
     kTimePitchParam_Pitch = 1 /* cents, -2400 to 2400 */
 };
 
-/* the newer time-pitch unit, global */
+/* newer time-pitch unit */
 enum {
-    kNewTimePitchParam_Rate = 0,             /* 1/32 to 32 */
+    kNewTimePitchParam_Rate = 0,             /* input frames per output frame, 1/32 to 32 */
     kNewTimePitchParam_Pitch = 1,            /* cents, -2400 to 2400 */
-    kNewTimePitchParam_Overlap = 4,          /* 3 to 32 */
-    kNewTimePitchParam_EnablePeakLocking = 6 /* 0 or 1 */
+    kNewTimePitchParam_Overlap = 4,          /* 3 to 32; from 8 on the finer engine */
+    kNewTimePitchParam_EnablePeakLocking = 6 /* 0 or 1; no effect */
 };
 
 #endif

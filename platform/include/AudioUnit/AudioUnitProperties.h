@@ -1,6 +1,8 @@
 /*
- * The properties of the units and their records. C; natural packing. Each constant names its value, scope and
- * access; "before" marks those that can only be set before the unit is initialised.
+ * Properties of the units, and their records. C; natural packing.
+ *
+ * Each constant states the value's type, its scopes and its access; the element is 0 unless stated
+ * otherwise. "r/w before": settable only before initialisation.
  */
 #ifndef AUDIOUNIT_AUDIOUNITPROPERTIES_H
 #define AUDIOUNIT_AUDIOUNITPROPERTIES_H
@@ -19,30 +21,30 @@ enum {
     kAudioUnitScope_Note = 5
 };
 
-/* every unit */
+/* all units */
 /* clang-format off */
 enum {
-    kAudioUnitProperty_MakeConnection = 1,         /* AudioUnitConnection, input, write */
-    kAudioUnitProperty_SampleRate = 2,             /* Float64 Hz, input and output, read and write before */
-    kAudioUnitProperty_ParameterList = 3,          /* AudioUnitParameterID[], each scope, read */
-    kAudioUnitProperty_ParameterInfo = 4,          /* AudioUnitParameterInfo, element = parameter ID, read */
-    kAudioUnitProperty_StreamFormat = 8,           /* AudioStreamBasicDescription, input and output, likewise */
-    kAudioUnitProperty_ElementCount = 11,          /* UInt32, each scope, read; write before where buses vary */
+    kAudioUnitProperty_MakeConnection = 1,         /* AudioUnitConnection, input, write-only */
+    kAudioUnitProperty_SampleRate = 2,             /* Float64 Hz, input and output, r/w before */
+    kAudioUnitProperty_ParameterList = 3,          /* AudioUnitParameterID[], all scopes, read-only */
+    kAudioUnitProperty_ParameterInfo = 4,          /* AudioUnitParameterInfo, element: the parameter's ID, read-only */
+    kAudioUnitProperty_StreamFormat = 8,           /* AudioStreamBasicDescription, input and output, r/w before */
+    kAudioUnitProperty_ElementCount = 11,          /* UInt32, all scopes, read-only; mixer inputs r/w before */
     kAudioUnitProperty_BusCount = 11,
-    kAudioUnitProperty_Latency = 12,               /* Float64 seconds, global, read */
-    kAudioUnitProperty_SupportedNumChannels = 13,  /* AUChannelInfo[], global, read */
-    kAudioUnitProperty_MaximumFramesPerSlice = 14, /* UInt32, global, read and write before */
-    kAudioUnitProperty_TailTime = 20,              /* Float64 seconds, global, read */
-    kAudioUnitProperty_LastRenderError = 22,       /* OSStatus, global, read; reading clears it */
-    kAudioUnitProperty_SetRenderCallback = 23      /* AURenderCallbackStruct, input, write */
+    kAudioUnitProperty_Latency = 12,               /* Float64 seconds, global, read-only */
+    kAudioUnitProperty_SupportedNumChannels = 13,  /* AUChannelInfo[], global, read-only */
+    kAudioUnitProperty_MaximumFramesPerSlice = 14, /* UInt32 frames, global, r/w before */
+    kAudioUnitProperty_TailTime = 20,              /* Float64 seconds, global, read-only */
+    kAudioUnitProperty_LastRenderError = 22,       /* OSStatus, global, read-only; reading clears it */
+    kAudioUnitProperty_SetRenderCallback = 23      /* AURenderCallbackStruct, input, write-only */
 };
 
-/* some units */
+/* units named in the row */
 enum {
-    kAudioUnitProperty_BypassEffect = 21,   /* UInt32 0 or 1, global, read and write: effects, rate units */
-    kAudioUnitProperty_RenderQuality = 26,  /* UInt32 0 to 127, global, read and write: rate units, converter */
-    kAudioUnitProperty_MeteringMode = 3007, /* UInt32 0 or 1, input and output, read and write: mixer */
-    kAudioUnitProperty_SampleRateConverterComplexity = 3014 /* UInt32, global, read and write: converter */
+    kAudioUnitProperty_BypassEffect = 21,   /* UInt32 0 or 1, global, r/w: equaliser, rate units */
+    kAudioUnitProperty_RenderQuality = 26,  /* UInt32 0 to 127, global, r/w: rate units, converter */
+    kAudioUnitProperty_MeteringMode = 3007, /* UInt32 0 or 1, input and output, r/w: mixer */
+    kAudioUnitProperty_SampleRateConverterComplexity = 3014 /* UInt32, global, r/w: converter */
 };
 enum {
     kRenderQuality_Max = 0x7F,
@@ -57,47 +59,55 @@ enum {
     kAudioUnitSampleRateConverterComplexity_Mastering = 'bats'
 };
 
-/* output units */
+/* output units; 0 is their client side, element 1 the device's input */
 enum {
-    kAudioOutputUnitProperty_CurrentDevice = 2000,    /* AudioDeviceID, global, read; the HAL unit's: write */
-    kAudioOutputUnitProperty_IsRunning = 2001,        /* UInt32, global, read */
-    kAudioOutputUnitProperty_ChannelMap = 2002,       /* SInt32[], one a destination channel; output 0, both */
-    kAudioOutputUnitProperty_EnableIO = 2003,         /* UInt32, output 0 and input 1, read and write before */
-    kAudioOutputUnitProperty_SetInputCallback = 2005, /* AURenderCallbackStruct, global, write */
-    kAudioOutputUnitProperty_HasIO = 2006,            /* UInt32, output 0 and input 1, read */
-    kAudioOutputUnitProperty_StartTimestampsAtZero = 2007 /* UInt32, global, read and write */
+    kAudioOutputUnitProperty_CurrentDevice = 2000,    /* AudioDeviceID, global, read-only; HAL unit r/w */
+    kAudioOutputUnitProperty_IsRunning = 2001,        /* UInt32 0 or 1, global, read-only */
+    kAudioOutputUnitProperty_ChannelMap = 2002,       /* SInt32[], output, r/w: entry n: the source of channel n, or -1 */
+    kAudioOutputUnitProperty_EnableIO = 2003,         /* UInt32 0 or 1, output 0 and input 1, r/w before */
+    kAudioOutputUnitProperty_SetInputCallback = 2005, /* AURenderCallbackStruct, global, write-only */
+    kAudioOutputUnitProperty_HasIO = 2006,            /* UInt32 0 or 1, output 0 and input 1, read-only */
+    kAudioOutputUnitProperty_StartTimestampsAtZero = 2007 /* UInt32 0 or 1, global, r/w */
 };
 /* clang-format on */
 
-/* Take input `destInputNumber` from output `sourceOutputNumber` of another unit; a NULL unit disconnects. */
+/*
+ * A connection of an input element to an output element of another unit. The input takes over the format.
+ * With sourceAudioUnit NULL the input is disconnected.
+ */
 typedef struct AudioUnitConnection {
     AudioUnit sourceAudioUnit;
     UInt32 sourceOutputNumber;
     UInt32 destInputNumber;
 } AudioUnitConnection;
 
+/*
+ * A render callback and its context. With inputProc NULL the callback is removed.
+ * Owner    inputProcRefCon stays the caller's.
+ */
 typedef struct AURenderCallbackStruct {
     AURenderCallback inputProc;
     void* inputProcRefCon;
 } AURenderCallbackStruct;
 
-/* Channel counts that go together; -1, -1 any equal ones, -1, -2 any at all. */
+/* A supported pair of channel counts. -1 and -1: any equal counts. -1 and -2: any counts. */
 typedef struct AUChannelInfo {
     SInt16 inChannels;
     SInt16 outChannels;
 } AUChannelInfo;
 
+/* A description of a parameter. unitName and cfNameString are NULL, clumpID is 0. */
 typedef UInt32 AudioUnitParameterUnit;
 typedef struct AudioUnitParameterInfo {
-    char name[52]; /* UTF-8 */
+    char name[52]; /* UTF-8, terminated */
     CFStringRef unitName;
     UInt32 clumpID;
     CFStringRef cfNameString;
-    AudioUnitParameterUnit unit;
+    AudioUnitParameterUnit unit; /* below */
     AudioUnitParameterValue minValue;
     AudioUnitParameterValue maxValue;
     AudioUnitParameterValue defaultValue;
-    UInt32 flags;
+    UInt32 flags; /* below */
 } AudioUnitParameterInfo;
 
 enum {

@@ -1,4 +1,4 @@
-/* Components, sound, files, memory, time, and the results that all share. */
+/* Umbrella header: components, sound components, files, memory, time, status codes. C. */
 #ifndef CARBON_CARBON_H
 #define CARBON_CARBON_H
 

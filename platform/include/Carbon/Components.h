@@ -1,12 +1,12 @@
 /*
- * The Component Manager: finding, opening, closing and calling components, and a program's own. C; 2-byte
- * packed, as all of Carbon is.
+ * The Component Manager: find, open, close and call components, and register components of the program.
+ * C; 2-byte packed, as all of Carbon.
  *
- * Owner    an open instance is its opener's, who closes it; a registered component is its registrar's.
- *
- * Thread   [any]. A call that is under way on an instance when it is closed ends in its own time.
- *
- * Errors   a NULL, closed or made-up instance is badComponentInstance.
+ * Owner    the opener closes an instance; the program that registers a component unregisters it. At most
+ *          4,096 of each are live.
+ * Errors   of every function: badComponentInstance: a NULL, closed or unknown instance; paramErr (-50): a
+ *          required pointer is NULL. A status is cut to 16 bits where the result is an OSErr.
+ * All functions: [any]. A call in progress on an instance that is closed finishes normally.
  */
 #ifndef CARBON_COMPONENTS_H
 #define CARBON_COMPONENTS_H
@@ -18,11 +18,13 @@
 KVX_PLATFORM_BEGIN
 #pragma pack(push, 2)
 
+/* A component. The record is never filled: the pointer is a handle. */
 typedef struct ComponentRecord {
     long data[1];
 } ComponentRecord;
 typedef ComponentRecord* Component;
 
+/* An open instance of a component. The record is never filled: the pointer is a handle. */
 typedef struct ComponentInstanceRecord {
     long data[1];
 } ComponentInstanceRecord;
@@ -30,37 +32,41 @@ typedef ComponentInstanceRecord* ComponentInstance;
 
 typedef SInt32 ComponentResult;
 
-/* What a component is; in a search, zero fields match anything. */
+/* What a component is. In a search a zero field matches anything. */
 typedef struct ComponentDescription {
     OSType componentType;
     OSType componentSubType;
     OSType componentManufacturer;
     UInt32 componentFlags;
-    UInt32 componentFlagsMask; /* in a search: the flags to compare; 0 when registering */
+    UInt32 componentFlagsMask; /* in a search: the flags to compare; else 0 */
 } ComponentDescription;
 
 /*
- * One call of a component, as its entry point gets it.
- *
- * Shape    `params`: the arguments behind the instance, the first first, one word each; `paramSize` is their
- *          number of bytes. For the selectors of programs the instance is in nobody's words: the entry point
- *          gets its storage instead.
+ * One call of a component, as its entry point receives it.
+ * Shape    params has the arguments after the instance, the first one first, one word each; paramSize
+ *          counts their bytes. The entry point receives the instance's storage instead of the instance.
+ * Owner    valid during the call only.
  */
 typedef struct ComponentParameters {
-    UInt8 flags;
-    UInt8 paramSize;
-    SInt16 what; /* the selector */
+    UInt8 flags;     /* 0 */
+    UInt8 paramSize; /* bytes */
+    SInt16 what;     /* the selector */
     long params[1];
 } ComponentParameters;
 
 #pragma pack(pop)
 
-/* A component's entry point. `componentStorage` is what the instance was given. */
+/*
+ * A component's entry point. componentStorage is the instance's storage, NULL at first.
+ * Returns  the result of the call; a non-zero result of kComponentOpenSelect refuses the opening, that of
+ *          kComponentCloseSelect is ignored.
+ * [any], the caller's thread
+ */
 typedef ComponentResult (*ComponentRoutineProcPtr)(ComponentParameters* cp, Handle componentStorage);
-typedef ComponentRoutineProcPtr ComponentRoutineUPP; /* the same thing on this machine */
+typedef ComponentRoutineProcPtr ComponentRoutineUPP; /* the function pointer itself */
 typedef UniversalProcPtr ComponentFunctionUPP;
 
-/* what every component is asked, and the arguments behind the storage */
+/* Selectors of every component, with their arguments. Only the first two are sent by the platform. */
 enum {
     kComponentOpenSelect = -1,    /* ComponentInstance self */
     kComponentCloseSelect = -2,   /* ComponentInstance self */
@@ -84,65 +90,115 @@ enum {
     validInstancesExist = -3001,
     componentNotCaptured = -3002,
     componentDontRegister = -3003,
-    unresolvedComponentDLLErr = -3004 /* no entry point */
+    unresolvedComponentDLLErr = -3004 /* the component has no entry point */
 };
 
-/* As 32-bit results; cut to the 16 bits of an OSErr they are -32767 and -32766. */
+/* 32-bit results; as an OSErr they are -32767 and -32766. */
 #define badComponentInstance ((ComponentResult)0x80008001)
 #define badComponentSelector ((ComponentResult)0x80008002)
 
-/* The first component behind `previous` (NULL: from the start) that `looking` describes; NULL when there is
- * none. */
+/*
+ * Find the first component after `previous` that matches a description; from the start if `previous` is
+ * NULL. Built-in components come first, then the program's in the order of registration.
+ * Returns  NULL if none follows, or `previous` is not a component.
+ */
 KVX_PLATFORM_EXPORT Component FindNextComponent(Component previous, ComponentDescription* looking);
 
-/* Open an instance of a component. NULL, with the reason in the status, on failure. */
+/*
+ * Open an instance of a component.
+ * Owner    the caller closes *out_instance.
+ * Errors   *out_instance is NULL. invalidComponentID: not a component. unresolvedComponentDLLErr: no
+ *          entry point. memFullErr (-108): no memory, or too many instances. The component's own refusal;
+ *          paramErr if its lower 16 bits are 0.
+ */
 KVX_PLATFORM_EXPORT OSErr OpenAComponent(Component component, ComponentInstance* out_instance);
+
+/* The same, with NULL as the only error. */
 KVX_PLATFORM_EXPORT ComponentInstance OpenComponent(Component component);
 
-/* The same of the first component with this type and subtype; a subtype of 0 is any. */
+/*
+ * Open an instance of the first component with a type and subtype; 0 matches anything.
+ * Owner    the caller closes *out_instance.
+ * Errors   as OpenAComponent.
+ */
 KVX_PLATFORM_EXPORT OSErr OpenADefaultComponent(OSType type, OSType subType, ComponentInstance* out_instance);
+
+/* The same, with NULL as the only error. */
 KVX_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType type, OSType subType);
 
-/* Close an instance: when this returns, none of its callbacks runs any more. */
+/*
+ * Close an instance. When it returns, none of its callbacks runs, unless it was called inside one.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance instance);
 
-/* ---- a program's own components ---- */
+/* ---- components of the program ---- */
 
-/* The same function in another costume. */
+/* Return the function pointer itself. */
 static inline ComponentRoutineUPP NewComponentRoutineUPP(ComponentRoutineProcPtr userRoutine)
 {
     return userRoutine;
 }
 
-/* Add a component to the list, for this program. The handles hold Pascal text and pictures, may be NULL, and
- * stay the caller's. NULL without a description or memory. A component without an entry point is found, and
- * cannot be opened. */
+/*
+ * Register a component, for this process. The name, the info and the icon may be NULL and are not used;
+ * `global` is ignored.
+ * Shape    a component without an entry point is found, but cannot be opened.
+ * Owner    the description is copied; the handles stay the caller's. The caller unregisters the
+ *          component.
+ * Returns  NULL if cd is NULL, there is no memory, or 4,096 components are registered.
+ */
 KVX_PLATFORM_EXPORT Component RegisterComponent(ComponentDescription* cd,
                                                 ComponentRoutineUPP componentEntryPoint, SInt16 global,
                                                 Handle componentName, Handle componentInfo,
                                                 Handle componentIcon);
 
-/* Take it out of the list. With instances open that is validInstancesExist, and it stays. */
+/*
+ * Unregister a component.
+ * Errors   validInstancesExist: an instance is open; the component stays. invalidComponentID: not a
+ *          registered component.
+ */
 KVX_PLATFORM_EXPORT OSErr UnregisterComponent(Component aComponent);
 
-/* How many instances are open; 0 for what is no component. */
+/* Count the open instances of a component; 0 for an unknown one. */
 KVX_PLATFORM_EXPORT long CountComponentInstances(Component aComponent);
 
-/* One word for all instances of a component. An instance stands for its component. */
+/*
+ * Set a registered component's word, which all its instances share. An instance stands for its component.
+ * No effect on others.
+ */
 KVX_PLATFORM_EXPORT void SetComponentRefcon(Component aComponent, long theRefcon);
+
+/* Get a registered component's word; 0 for others. */
 KVX_PLATFORM_EXPORT long GetComponentRefcon(Component aComponent);
 
-/* One word for each instance; the entry point is called with it. */
+/*
+ * Set an instance's storage, which its entry point receives. No effect on instances of built-in
+ * components.
+ * Owner    the component's.
+ */
 KVX_PLATFORM_EXPORT void SetComponentInstanceStorage(ComponentInstance aComponentInstance, Handle theStorage);
+
+/* Get an instance's storage; NULL for instances of built-in components. */
 KVX_PLATFORM_EXPORT Handle GetComponentInstanceStorage(ComponentInstance aComponentInstance);
 
-/* Take a call's words apart as `procInfo` says, and call `func` with the storage in front of them. */
+/*
+ * Call a function with the storage and the arguments of a call.
+ * Shape    funcProcInfo describes the function (MixedMode.h); its first parameter is the storage. A
+ *          missing argument is 0, further ones are ignored.
+ * Returns  the function's result.
+ * Errors   paramErr: also a NULL function, or more than 13 parameters.
+ */
 KVX_PLATFORM_EXPORT ComponentResult CallComponentFunctionWithStorageProcInfo(Handle storage,
                                                                              ComponentParameters* params,
                                                                              ProcPtr func,
                                                                              ProcInfoType funcProcInfo);
 
-/* Hand a call on to another instance, as it is. */
+/*
+ * Send a call to another instance, unchanged.
+ * Returns  the result of that instance.
+ * Errors   badComponentSelector: the component does not know the selector.
+ */
 KVX_PLATFORM_EXPORT ComponentResult DelegateComponentCall(ComponentParameters* originalParams,
                                                           ComponentInstance ci);
 

@@ -1,10 +1,9 @@
 /*
- * References to files and folders. C; 2-byte packed, as all of Carbon is.
+ * References to files and folders. C; 2-byte packed, as all of Carbon.
  *
- * A reference is a value: copy it, keep it, throw it away. It means a path, and stays good when the item has
- * gone.
- *
- * Thread   [any].
+ * A reference is a value that may be copied and kept. It names a path, and stays valid when the item is
+ * removed.
+ * All functions: [any]
  */
 #ifndef CARBON_FILES_H
 #define CARBON_FILES_H
@@ -16,11 +15,15 @@
 KVX_PLATFORM_BEGIN
 #pragma pack(push, 2)
 
+/* A reference. Only the functions of the platform fill and read it. */
 typedef struct FSRef {
     UInt8 hidden[80];
 } FSRef;
 
-/* A file's name: `length` UTF-16 units. */
+/*
+ * A file's name.
+ * Units    length in UTF-16 units, up to 255.
+ */
 typedef struct HFSUniStr255 {
     UInt16 length;
     UniChar unicode[255];
@@ -28,15 +31,30 @@ typedef struct HFSUniStr255 {
 
 #pragma pack(pop)
 
-/* A reference to the item at a UTF-8 path. `isDirectory` may be NULL.
- * Errors  fnfErr: there is none; dirNFErr: nor the folder it would be in; paramErr for a missing argument. */
+/*
+ * Make a reference to an existing item.
+ * Shape    path is UTF-8 with a zero byte; a relative path starts at the current folder. isDirectory may
+ *          be NULL.
+ * Errors   nothing is written. fnfErr (-43): no such item. dirNFErr (-120): no such folder. paramErr
+ *          (-50): path or ref is NULL, or the path is empty. memFullErr (-108): no memory. Other errors
+ *          as AudioFileOpenURL's.
+ */
 KVX_PLATFORM_EXPORT OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory);
 
-/* The absolute path of a reference, UTF-8, with its NUL, which the size counts.
- * Errors  errFSBadFSRef: none of ours; errFSNameTooLong: the buffer is too small; paramErr. */
+/*
+ * Get the absolute path of a reference, UTF-8 with a zero byte.
+ * Units    pathBufferSize in bytes, with the zero byte.
+ * Errors   nothing is written. errFSBadFSRef: no function of this process filled the reference.
+ *          errFSNameTooLong: the buffer is too small. paramErr (-50): a NULL argument. memFullErr (-108):
+ *          no memory.
+ */
 KVX_PLATFORM_EXPORT OSStatus FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 pathBufferSize);
 
-/* The name as text; the caller releases it. NULL for NULL, more than 255 units, or no memory. */
+/*
+ * Make a string of a name. alloc is ignored.
+ * Owner    the caller releases the string.
+ * Returns  NULL if uniStr is NULL, its length exceeds 255, or there is no memory.
+ */
 KVX_PLATFORM_EXPORT CFStringRef FSCreateStringFromHFSUniStr(CFAllocatorRef alloc, const HFSUniStr255* uniStr);
 
 KVX_PLATFORM_SIZE(FSRef, 80);

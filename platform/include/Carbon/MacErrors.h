@@ -1,4 +1,8 @@
-/* Results that are not one framework's own. Each fits an OSErr but the last few, which are an OSStatus. */
+/*
+ * Status codes that several frameworks share. C.
+ *
+ * Each is an OSErr, apart from kPOSIXErrorBase plus an errno, which is an OSStatus.
+ */
 #ifndef CARBON_MACERRORS_H
 #define CARBON_MACERRORS_H
 

@@ -1,10 +1,11 @@
 /*
- * Handles: blocks of memory behind a pointer of their own. C.
+ * Handles: memory blocks behind a pointer. C.
  *
- * Owner    a handle is its maker's, who disposes it, once. Blocks move in SetHandleSize only.
- * Thread   [any], one call at a time on a handle.
- * Errors   MemError tells, of the calling thread: noErr, memFullErr for a size that cannot be had or is
- *          negative, nilHandleErr for NULL, memWZErr for a handle that is none.
+ * Units    sizes are in bytes, 0 or more.
+ * Owner    the caller of NewHandle disposes the handle, once. A block moves in SetHandleSize only.
+ * Errors   MemError returns the error of the calling thread's last call: noErr; memFullErr (-108): no
+ *          memory, or a negative size; nilHandleErr (-109): NULL; memWZErr (-111): not a handle.
+ * All functions: [any], one call at a time per handle
  */
 #ifndef CARBON_MACMEMORY_H
 #define CARBON_MACMEMORY_H
@@ -14,22 +15,34 @@
 
 KVX_PLATFORM_BEGIN
 
-/* A block of that many bytes, which may be 0; NULL on failure. Clear: zeroed. */
+/*
+ * Allocate a zeroed block.
+ * Returns  NULL on failure.
+ */
 KVX_PLATFORM_EXPORT Handle NewHandle(Size byteCount);
+
+/* The same as NewHandle. */
 KVX_PLATFORM_EXPORT Handle NewHandleClear(Size byteCount);
 
-/* NULL is let pass. */
+/* Free a handle and its block. NULL is allowed. */
 KVX_PLATFORM_EXPORT void DisposeHandle(Handle h);
 
-/* The size in bytes that was asked for last; 0 for what is no handle. */
+/* Get the size of a block; 0 for an unknown handle. */
 KVX_PLATFORM_EXPORT Size GetHandleSize(Handle h);
-KVX_PLATFORM_EXPORT void SetHandleSize(Handle h, Size newSize); /* what fits of the contents stays */
 
-/* Nothing to do: blocks stay where they are. */
+/*
+ * Change the size of a block. The contents are kept up to the smaller size; further bytes are 0. On
+ * failure the block stays as it was.
+ */
+KVX_PLATFORM_EXPORT void SetHandleSize(Handle h, Size newSize);
+
+/* Do nothing: blocks never move by themselves. */
 KVX_PLATFORM_EXPORT void HLock(Handle h);
+
+/* Do nothing: blocks never move by themselves. */
 KVX_PLATFORM_EXPORT void HUnlock(Handle h);
 
-/* What came of the calling thread's last call above; asking clears it. */
+/* Get the error of the calling thread's last call, and clear it. */
 KVX_PLATFORM_EXPORT OSErr MemError(void);
 
 KVX_PLATFORM_END

@@ -1,9 +1,10 @@
 /*
- * Procedures, and the words that say how wide their arguments are. Preprocessor and types only. C.
+ * Procedure-information words: the sizes of a function's result and parameters. Types only. C.
  *
- * Shape    a word: bits 0 to 3 the calling convention, 4 and 5 the size code of the result, 6 and 7, 8 and 9
- *          and so on those of at most 13 parameters. Size codes: 0 none, 1 one byte, 2 two bytes, 3 four
- * bytes; 3 means a pointer's width where that is wider.
+ * Shape    bits 0 to 3: the calling convention, ignored here. Bits 4 and 5: the size code of the result.
+ *          From bit 6, two bits each: the size codes of up to 13 parameters; 0 ends them.
+ * Units    size codes: 0 none, 1 one byte, 2 two bytes, 3 four bytes (a word of the machine on 64-bit
+ *          targets).
  */
 #ifndef CARBON_MIXEDMODE_H
 #define CARBON_MIXEDMODE_H

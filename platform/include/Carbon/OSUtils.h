@@ -1,4 +1,9 @@
-/* Time in ticks, the sixtieths of a second since start-up. C. Thread: [any]. */
+/*
+ * Time in ticks. C.
+ *
+ * Units    a tick is 1/60 s; the count starts with the machine.
+ * All functions: [any]
+ */
 #ifndef CARBON_OSUTILS_H
 #define CARBON_OSUTILS_H
 
@@ -7,11 +12,14 @@
 
 KVX_PLATFORM_BEGIN
 
-/* Wait numTicks or a little more. finalTicks, which may be NULL, gets the tick count afterwards. Where
- * devices are turned by hand only, it turns them by that time on the calling thread and does not wait; so
- * never call it in a device's cycle. */
+/*
+ * Wait for at least numTicks ticks. If all running devices are stepped, it steps them by that time on the
+ * calling thread instead of waiting. Do not call it in an I/O cycle.
+ * Shape    *finalTicks is the tick count afterwards; finalTicks may be NULL.
+ */
 KVX_PLATFORM_EXPORT void Delay(unsigned long numTicks, unsigned long* finalTicks);
 
+/* Get the tick count. */
 KVX_PLATFORM_EXPORT UInt32 TickCount(void);
 
 KVX_PLATFORM_END

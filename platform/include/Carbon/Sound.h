@@ -1,17 +1,18 @@
 /*
- * Sound components: the classic way from a program's samples to an output. C; 2-byte packed.
+ * Sound components: the classic way from a program's samples to an output. C; 2-byte packed, as all of
+ * Carbon.
  *
- * An output component (the program's own) asks the mixer for the sum of all sources; the mixer brings each
- * source's format, rate, channels and volume to what the output asked for.
+ * The program's output component pulls the sum of all sources from a mixer. The mixer converts each
+ * source to the output's format, rate, channels and volume.
  *
- * Units    rates are Hz in unsigned 16.16, volumes 8.8 with 0x100 as full, counts are frames (one sample of
- *          each channel).
- *
- * Thread   [any]. SoundComponentGetSourceData belongs on an [audio] thread, too: it allocates nothing and
- * waits for nobody.
- *
- * Errors   those below; a NULL, closed or made-up component is badComponentInstance, one that is no sound
- *          component badComponentSelector, a missing pointer paramErr (-50).
+ * Units    rates in Hz, 16.16 fixed point; volumes 8.8 fixed point, 0x100 is full; counts in frames.
+ * Owner    samples of a buffer stay the caller's, and must be valid until its completion routine is
+ *          called or the source is stopped or removed.
+ * Errors   of every function: badComponentInstance: a NULL, closed or unknown component.
+ *          badComponentSelector: the component does not know the call. paramErr (-50): a required pointer
+ *          is NULL. memFullErr (-108): no memory. badFormat: a mixer that OpenMixerSoundComponent did not
+ *          open. badChannel: an unknown source.
+ * All functions: [any] unless stated otherwise
  */
 #ifndef CARBON_SOUND_H
 #define CARBON_SOUND_H
@@ -23,19 +24,25 @@
 KVX_PLATFORM_BEGIN
 #pragma pack(push, 2)
 
-/* One source of a mixer; 0 is none. */
+/* A source of a mixer; NULL for none. */
 typedef struct OpaqueSoundSource* SoundSource;
 
-/* A list of values that a component allocates and its caller disposes. */
+/*
+ * A list of values.
+ * Owner    the component allocates infoHandle, the caller disposes it.
+ */
 typedef struct SoundInfoList {
     short count;
     Handle infoHandle;
 } SoundInfoList, *SoundInfoListPtr;
 
-/* Samples, or the form that is wanted of them. */
+/*
+ * Samples, or a request for a format.
+ * Shape    one or two channels, interleaved; 8 or 16 bits.
+ */
 typedef struct SoundComponentData {
-    long flags;
-    OSType format;
+    long flags;    /* 0 */
+    OSType format; /* below */
     short numChannels;
     short sampleSize; /* bits */
     UnsignedFixed sampleRate;
@@ -47,23 +54,34 @@ typedef struct SoundComponentData {
 struct SoundParamBlock;
 typedef struct SoundParamBlock* SoundParamBlockPtr;
 
-/* Called when a buffer has been used up, or another is wanted. Thread [audio]. */
+/*
+ * A routine of a buffer; *pb is the buffer's record.
+ * As moreRtn: called when all frames have been taken. It returns true to continue with *pb, which it may
+ * replace; a record without samples ends the sound.
+ * As completionRtn: called once, in the order of the buffers, when the last frame has been taken; the
+ * result is ignored. It may call anything.
+ * [audio & running], the thread of SoundComponentGetSourceData
+ */
 typedef Boolean (*SoundParamProcPtr)(SoundParamBlockPtr* pb);
 typedef SoundParamProcPtr SoundParamUPP;
 
-/* A buffer to play. Its samples stay the caller's, and stay, until the completion routine has been called. */
+/*
+ * A buffer to play.
+ * Owner    the caller's. Record and samples must stay valid until completionRtn is called, or the source
+ *          is stopped or removed.
+ */
 typedef struct SoundParamBlock {
-    long recordSize;
+    long recordSize; /* ignored */
     SoundComponentData desc;
-    UnsignedFixed rateMultiplier; /* 0x10000: as recorded */
+    UnsignedFixed rateMultiplier; /* 0x10000 or 0: 1 */
     short leftVolume;
     short rightVolume;
-    long quality;
-    ComponentInstance filter;    /* NULL */
-    SoundParamUPP moreRtn;       /* NULL: no more */
-    SoundParamUPP completionRtn; /* NULL: nobody is told */
-    long refCon;
-    short result;
+    long quality;                /* ignored */
+    ComponentInstance filter;    /* ignored */
+    SoundParamUPP moreRtn;       /* may be NULL */
+    SoundParamUPP completionRtn; /* may be NULL */
+    long refCon;                 /* the caller's */
+    short result;                /* 0 once the buffer has ended */
 } SoundParamBlock;
 
 #pragma pack(pop)
@@ -76,22 +94,22 @@ enum {
     kSourceType = 'sour'
 };
 
-/* formats */
+/* sample formats */
 enum {
-    kSoundNotCompressed = 'NONE', /* as the sample size says: 8 bits offset binary, 16 bits big-endian */
-    kOffsetBinary = 'raw ',
-    kTwosComplement = 'twos', /* 8 bits, and big-endian 16 */
-    k16BitLittleEndianFormat = 'sowt'
+    kSoundNotCompressed = 'NONE',     /* 8 bits: unsigned; 16 bits: big-endian */
+    kOffsetBinary = 'raw ',           /* 8 bits, unsigned */
+    kTwosComplement = 'twos',         /* signed; 16 bits: big-endian */
+    k16BitLittleEndianFormat = 'sowt' /* 16 bits, signed */
 };
 
-/* what PlaySourceBuffer is to do */
+/* actions of SoundComponentPlaySourceBuffer */
 enum {
-    kSourcePaused = 1, /* set it up only: StartSource starts it */
+    kSourcePaused = 1, /* do not start the source */
     kPassThrough = 1L << 16,
     kNoSoundComponentChain = 1L << 17
 };
 
-/* selectors of information, each with its value */
+/* selectors of information, with the type of the value */
 enum {
     siNumberChannels = 'chan',      /* short */
     siChannelAvailable = 'chav',    /* list of short */
@@ -99,7 +117,7 @@ enum {
     siSampleSizeAvailable = 'ssav', /* list of short */
     siSampleRate = 'srat',          /* UnsignedFixed */
     siSampleRateAvailable = 'srav', /* list of UnsignedFixed */
-    siVolume = 'volu',              /* long: right in the high half, left in the low */
+    siVolume = 'volu',              /* long: right << 16 | left */
     siRateMultiplier = 'rmul',      /* UnsignedFixed */
     siQuality = 'qual'              /* long */
 };
@@ -118,7 +136,8 @@ enum {
     siUnknownInfoType = -231
 };
 
-/* the selectors of the calls below; from kDelegatedSoundComponentSelectors up an output may pass them on */
+/* Selectors of the calls below. An output component may delegate those from kDelegatedSoundComponentSelectors
+ * on. */
 enum {
     kSoundComponentInitOutputDeviceSelect = 1,
     kSoundComponentSetSourceSelect = 2,
@@ -139,39 +158,106 @@ enum {
 #define kFullVolume 0x0100
 #define kNoVolume 0
 
-/* A mixer that gives what `outputDescription` describes, and its end. Flags are 0. */
+/*
+ * Open a mixer with a given output format.
+ * Shape    sampleCount of the description is the frames per block, up to 65,536; 0 or less: 1,024.
+ *          outputFlags is 0.
+ * Owner    the caller closes *mixerComponent; the description is copied.
+ * Errors   *mixerComponent is NULL. paramErr: also outputFlags other than 0. notEnoughHardwareErr: more
+ *          than two channels, or none. siInvalidSampleRate: rate 0. badFormat, siInvalidSampleSize:
+ *          unknown sample format or size.
+ */
 KVX_PLATFORM_EXPORT OSErr OpenMixerSoundComponent(SoundComponentDataPtr outputDescription, long outputFlags,
                                                   ComponentInstance* mixerComponent);
+
+/*
+ * Close a mixer, after the block in progress. No completion routine is called afterwards.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSErr CloseMixerSoundComponent(ComponentInstance ci);
 
-/* For output components: claim the hardware, and open a mixer. */
+/*
+ * Ask an output component to open its device and a mixer.
+ * Returns  the component's result.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentInitOutputDevice(ComponentInstance ti, long actions);
 
-/* The next samples of the sum: a record of the mixer's, good until the next call. Its count is 0 when nothing
- * plays now. */
+/*
+ * Mix the next block. Neither allocates nor blocks. A last block may be shorter; 0 frames: nothing plays
+ * now.
+ * Shape    one source in the mixer's format at full volume is copied byte for byte. Otherwise 32-bit
+ *          float sums, rounded to nearest, ties to even, and clipped.
+ * Owner    the record and its samples are the mixer's, valid until the next call.
+ * Errors   *sourceData is NULL. channelBusy: a call is in progress, also one whose completion routine
+ *          calls this. badComponentInstance: also a completion routine has closed the mixer.
+ * [audio], one call at a time per mixer
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentGetSourceData(ComponentInstance ti,
                                                                 SoundComponentDataPtr* sourceData);
 
+/*
+ * Add a source, stopped, at full volume.
+ * Owner    the caller removes it.
+ * Errors   *sourceID is NULL. notEnoughHardwareErr: 64 sources.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentAddSource(ComponentInstance ti, SoundSource* sourceID);
+
+/*
+ * Remove a source and discard its buffers, after the block in progress; in a completion routine it does
+ * not wait. No completion routine is called.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentRemoveSource(ComponentInstance ti, SoundSource sourceID);
 
-/* A value of at most 4 bytes is written at `infoPtr`; a longer one is a SoundInfoList there. */
+/*
+ * Get a value of a mixer or source, by selector. A mixer knows siNumberChannels, siSampleSize,
+ * siSampleRate and their lists; a source siVolume and siRateMultiplier.
+ * Shape    a value of up to 4 bytes, or a SoundInfoList, is written to *infoPtr.
+ * Owner    the caller disposes the handle of a list.
+ * Errors   siUnknownInfoType: another selector.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentGetInfo(ComponentInstance ti, SoundSource sourceID,
                                                           OSType selector, void* infoPtr);
-/* A value of at most 4 bytes is `infoPtr` itself. */
+
+/*
+ * Set siVolume or siRateMultiplier of a source. The volume applies to the next frames, the multiplier to
+ * buffers played later.
+ * Shape    infoPtr is the value itself.
+ * Errors   siUnknownInfoType: another selector. siInvalidSampleRate: a multiplier of 0.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentSetInfo(ComponentInstance ti, SoundSource sourceID,
                                                           OSType selector, void* infoPtr);
 
-/* All answer noErr, also for sources that play nothing. Stop throws away what a source still had; pause keeps
- * it. */
+/*
+ * Start sources, all in the same block. Unknown sources are ignored.
+ * Errors   paramErr: count is negative.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentStartSource(ComponentInstance ti, short count,
                                                               SoundSource* sources);
+
+/*
+ * Stop sources and discard their buffers, after the block in progress; in a completion routine it does
+ * not wait. No completion routine is called. Unknown sources are ignored.
+ * Errors   paramErr: count is negative.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentStopSource(ComponentInstance ti, short count,
                                                              SoundSource* sources);
+
+/*
+ * Pause sources after the block in progress; in a completion routine it does not wait. Their buffers
+ * stay. Unknown sources are ignored.
+ * Errors   paramErr: count is negative.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentPauseSource(ComponentInstance ti, short count,
                                                               SoundSource* sources);
 
-/* Play a buffer behind those the source still has. */
+/*
+ * Queue a buffer after those of the source, and start the source unless actions has kSourcePaused.
+ * Owner    as SoundParamBlock says.
+ * Errors   queueFull: 64 buffers wait. notEnoughHardwareErr, badFormat, siInvalidSampleSize: as
+ *          OpenMixerSoundComponent. siInvalidSampleRate: rate 0, or more than 256 times or less than
+ *          1/256 of the mixer's. paramErr: no samples, or a negative count.
+ */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentPlaySourceBuffer(ComponentInstance ti, SoundSource sourceID,
                                                                    SoundParamBlockPtr pb, long actions);
 

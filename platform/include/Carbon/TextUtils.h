@@ -1,4 +1,8 @@
-/* Pascal text: a length byte, and at most 255 more. C. Thread: [any]. */
+/*
+ * Pascal text: a length byte and up to 255 bytes. C.
+ *
+ * All functions: [any]
+ */
 #ifndef CARBON_TEXTUTILS_H
 #define CARBON_TEXTUTILS_H
 
@@ -7,14 +11,17 @@
 
 KVX_PLATFORM_BEGIN
 
-/* A handle with a copy of the text and its length byte; the caller disposes it. NULL for NULL or no memory.
+/*
+ * Copy a Pascal text into a new handle.
+ * Owner    the caller disposes the handle.
+ * Returns  NULL if theString is NULL or there is no memory.
  */
 KVX_PLATFORM_EXPORT StringHandle NewString(ConstStr255Param theString);
 
-/* Cut at 255 bytes. Source and destination may be the same. */
+/* Convert C text to Pascal text, cut at 255 bytes. src and dst may overlap. */
 KVX_PLATFORM_EXPORT void CopyCStringToPascal(const char* src, Str255 dst);
 
-/* The destination has room for the text and its NUL. They may be the same. */
+/* Convert Pascal text to C text. dst has 256 bytes or the length plus 1. src and dst may overlap. */
 KVX_PLATFORM_EXPORT void CopyPascalStringToC(ConstStr255Param src, char* dst);
 
 KVX_PLATFORM_END

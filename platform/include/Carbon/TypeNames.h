@@ -1,7 +1,6 @@
 /*
- * Type names that this umbrella header declares on the target and that nothing here uses. They are declared
- * so that a name of ours that collides with one of them fails to compile here too. C; 2-byte packed, as all
- * of Carbon is.
+ * Further type names that <Carbon/Carbon.h> declares on the target system. Nothing uses them; a plug-in
+ * name that collides with one of them does not compile. C; 2-byte packed, as all of Carbon.
  */
 #ifndef CARBON_TYPENAMES_H
 #define CARBON_TYPENAMES_H
@@ -18,7 +17,7 @@ typedef UInt32 TextEncodingFormat;
 typedef SInt16 ScriptCode;
 typedef SInt16 LangCode;
 typedef SInt16 RegionCode;
-typedef SInt32 Fract; /* 2.30 */
+typedef SInt32 Fract; /* 2.30 fixed point */
 typedef unsigned char Style;
 typedef struct OpaqueCollection* Collection;
 

@@ -1,15 +1,24 @@
 /*
- * Audio devices: one tree of objects (the system, its devices, their streams), their properties, and the
- * procedures that a device calls each cycle. C.
+ * Audio devices: a tree of objects (the system, its devices, their streams), the properties of each
+ * object, and the I/O procedures that a device calls in each I/O cycle. C.
  *
- * Errors   0 is success. An object that is not there is kAudioHardwareBadObjectError (a device
- * kAudioHardwareBadDeviceError, a stream kAudioHardwareBadStreamError), a property it lacks
- * kAudioHardwareUnknownPropertyError, a buffer smaller than a fixed-size value
- * kAudioHardwareBadPropertySizeError.
- * Sizes    in bytes: of the buffer on the way in, of the value on the way out.
- * Owner    a CFString that a property gives is the caller's to release.
- * Thread   [any] unless said otherwise. A property set is a request: it has happened when its listeners are
- * called.
+ * Shape    the size of a property value is the capacity of the buffer on entry and the size of the value
+ *          on return, in bytes. A capacity above a fixed size is allowed; a list is cut to the items that
+ *          fit.
+ * Owner    the caller releases a CFString from a property. Input data is copied.
+ * Errors   of every function: 0 is success.
+ *          kAudioHardwareBadObjectError, BadDeviceError, BadStreamError: no object, device or stream has
+ *          this ID.
+ *          kAudioHardwareUnknownPropertyError: the object has no such property, or not in this scope or
+ *          element.
+ *          kAudioHardwareBadPropertySizeError: the buffer is smaller than a fixed-size value, a text or a
+ *          buffer list; or a new value has another size than the property.
+ *          kAudioHardwareUnsupportedOperationError: setting a read-only property.
+ *          kAudioHardwareIllegalOperationError: a required pointer is NULL, or the value is out of range.
+ *          kAudioDeviceUnsupportedFormatError: the device refuses the format or rate; the former one
+ *          stays.
+ *          kAudioHardwareUnspecifiedError: no memory or thread, or the hardware failed.
+ * All functions: [any]; property calls may wait for a lock
  */
 #ifndef COREAUDIO_AUDIOHARDWARE_H
 #define COREAUDIO_AUDIOHARDWARE_H
@@ -20,7 +29,7 @@
 
 KVX_PLATFORM_BEGIN
 
-/* ---- names of things ---- */
+/* ---- identifiers ---- */
 
 typedef UInt32 AudioObjectID;
 typedef AudioObjectID AudioDeviceID;
@@ -28,24 +37,28 @@ typedef AudioObjectID AudioStreamID;
 typedef UInt32 AudioClassID;
 typedef UInt32 AudioObjectPropertySelector;
 typedef UInt32 AudioObjectPropertyScope;
-typedef UInt32 AudioObjectPropertyElement; /* 0 the whole, then one a channel */
+typedef UInt32 AudioObjectPropertyElement; /* 0: master; from 1: a channel */
 typedef AudioObjectPropertySelector AudioHardwarePropertyID;
 typedef AudioObjectPropertySelector AudioDevicePropertyID;
 
+/* A property of an object. A listener may use wildcards. */
 typedef struct AudioObjectPropertyAddress {
     AudioObjectPropertySelector mSelector;
     AudioObjectPropertyScope mScope;
     AudioObjectPropertyElement mElement;
 } AudioObjectPropertyAddress;
 
-/* As long as mNumberStreams says. */
+/*
+ * The streams that an I/O procedure uses.
+ * Shape    mNumberStreams flags; a stream with flag 0 has mData NULL in the procedure's buffer list.
+ */
 typedef struct AudioHardwareIOProcStreamUsage {
     void* mIOProc;
     UInt32 mNumberStreams;
     UInt32 mStreamIsOn[1];
 } AudioHardwareIOProcStreamUsage;
 
-/* A stream format and the rates it is had at. */
+/* A stream format and its range of sample rates. */
 typedef struct AudioStreamRangedDescription {
     AudioStreamBasicDescription mFormat;
     AudioValueRange mSampleRateRange;
@@ -77,7 +90,7 @@ enum {
     kAudioObjectClassIDWildcard = '****'
 };
 
-/* Beyond what a C enumerator holds. */
+/* Larger than a C enumerator. */
 #define kAudioObjectPropertyElementWildcard ((UInt32)0xFFFFFFFF)
 #define kAudioPropertyWildcardChannel kAudioObjectPropertyElementWildcard
 
@@ -107,7 +120,7 @@ enum {
     kAudioObjectPropertyElementName = 'lchn',         /* CFString */
     kAudioObjectPropertyElementCategoryName = 'lccn', /* CFString */
     kAudioObjectPropertyElementNumberName = 'lcnn',   /* CFString */
-    kAudioObjectPropertyOwnedObjects = 'ownd'         /* AudioObjectID[]; qualifier: AudioClassID[] to list */
+    kAudioObjectPropertyOwnedObjects = 'ownd' /* AudioObjectID[]; qualifier: AudioClassID[], a filter */
 };
 
 /* ---- selectors of the system object ---- */
@@ -117,8 +130,8 @@ enum {
     kAudioHardwarePropertyDefaultInputDevice = 'dIn ',        /* AudioDeviceID, r/w */
     kAudioHardwarePropertyDefaultOutputDevice = 'dOut',       /* AudioDeviceID, r/w */
     kAudioHardwarePropertyDefaultSystemOutputDevice = 'sOut', /* AudioDeviceID, r/w */
-    kAudioHardwarePropertyDeviceForUID = 'duid', /* AudioValueTranslation: CFString to device, 0 for none */
-    kAudioHardwarePropertyProcessIsMaster = 'mast', /* UInt32, as the next eight */
+    kAudioHardwarePropertyDeviceForUID = 'duid',    /* AudioValueTranslation: CFString to AudioDeviceID */
+    kAudioHardwarePropertyProcessIsMaster = 'mast', /* UInt32, also the next eight */
     kAudioHardwarePropertyIsInitingOrExiting = 'inot',
     kAudioHardwarePropertyUserIDChanged = 'euid',
     kAudioHardwarePropertyProcessIsAudible = 'pmut',
@@ -142,7 +155,7 @@ enum {
 
 /* ---- selectors of devices ---- */
 
-/* what it is */
+/* identity */
 enum {
     kAudioDevicePropertyPlugIn = 'plug',                         /* OSStatus */
     kAudioDevicePropertyConfigurationApplication = 'capp',       /* CFString */
@@ -167,15 +180,15 @@ enum {
     kAudioDevicePropertyChannelNumberNameCFString = kAudioObjectPropertyElementNumberName
 };
 
-/* how it runs */
+/* operation */
 enum {
     kAudioDevicePropertyDeviceIsAlive = 'livn',                /* UInt32 */
     kAudioDevicePropertyDeviceHasChanged = 'diff',             /* UInt32 */
-    kAudioDevicePropertyDeviceIsRunning = 'goin',              /* UInt32: for this process */
-    kAudioDevicePropertyDeviceIsRunningSomewhere = 'gone',     /* UInt32: for any */
-    kAudioDeviceProcessorOverload = 'over',                    /* UInt32; told from the [audio] thread */
-    kAudioDevicePropertyHogMode = 'oink',                      /* pid_t, -1 for none; setting toggles */
-    kAudioDevicePropertyLatency = 'ltnc',                      /* UInt32 frames; device and stream add up */
+    kAudioDevicePropertyDeviceIsRunning = 'goin',              /* UInt32: started by this process */
+    kAudioDevicePropertyDeviceIsRunningSomewhere = 'gone',     /* UInt32: started by any process */
+    kAudioDeviceProcessorOverload = 'over',                    /* UInt32, always 0; never notified */
+    kAudioDevicePropertyHogMode = 'oink',                      /* pid_t, -1 for none; a set toggles it */
+    kAudioDevicePropertyLatency = 'ltnc',                      /* UInt32 frames; add the stream's latency */
     kAudioDevicePropertySafetyOffset = 'saft',                 /* UInt32 frames */
     kAudioDevicePropertyBufferFrameSize = 'fsiz',              /* UInt32 frames, r/w */
     kAudioDevicePropertyBufferFrameSizeRange = 'fsz#',         /* AudioValueRange */
@@ -191,13 +204,13 @@ enum {
     kAudioDevicePropertyAvailableNominalSampleRates = 'nsr#'   /* AudioValueRange[] */
 };
 
-/* what it carries, each scope apart */
+/* streams and formats of a scope */
 enum {
     kAudioDevicePropertyStreams = 'stm#',                    /* AudioStreamID[] */
-    kAudioDevicePropertyStreamConfiguration = 'slay',        /* AudioBufferList without data */
+    kAudioDevicePropertyStreamConfiguration = 'slay',        /* AudioBufferList, mData NULL */
     kAudioDevicePropertyStreamFormat = 'sfmt',               /* AudioStreamBasicDescription, r/w */
     kAudioDevicePropertyStreamFormats = 'sfm#',              /* AudioStreamBasicDescription[] */
-    kAudioDevicePropertyStreamFormatSupported = 'sfm?',      /* AudioStreamBasicDescription in: 0 or '!dat' */
+    kAudioDevicePropertyStreamFormatSupported = 'sfm?',      /* AudioStreamBasicDescription in; 0 or '!dat' */
     kAudioDevicePropertyStreamFormatMatch = 'sfmm',          /* AudioStreamBasicDescription in place */
     kAudioDevicePropertyPreferredChannelsForStereo = 'dch2', /* UInt32[2] */
     kAudioDevicePropertyPreferredChannelLayout = 'srnd'      /* AudioChannelLayout */
@@ -214,14 +227,14 @@ enum {
     kAudioDevicePropertyVolumeDecibelsToScalarTransferFunction = 'vctf', /* UInt32 */
     kAudioDevicePropertyStereoPan = 'span',                              /* Float32 */
     kAudioDevicePropertyStereoPanChannels = 'spn#',                      /* UInt32[2] */
-    kAudioDevicePropertyMute = 'mute',                                   /* UInt32, as the next two */
+    kAudioDevicePropertyMute = 'mute',                                   /* UInt32, also the next two */
     kAudioDevicePropertySolo = 'solo',
     kAudioDevicePropertyPlayThru = 'thru',
     kAudioDevicePropertyDataSource = 'ssrc',                  /* UInt32 */
     kAudioDevicePropertyDataSources = 'ssc#',                 /* UInt32[] */
     kAudioDevicePropertyDataSourceNameForID = 'sscn',         /* AudioValueTranslation: UInt32 to C text */
     kAudioDevicePropertyDataSourceNameForIDCFString = 'lscn', /* AudioValueTranslation: UInt32 to CFString */
-    kAudioDevicePropertyClockSource = 'csrc',                 /* the same four for clocks */
+    kAudioDevicePropertyClockSource = 'csrc',                 /* as the four data source properties */
     kAudioDevicePropertyClockSources = 'csc#',
     kAudioDevicePropertyClockSourceNameForID = 'cscn',
     kAudioDevicePropertyClockSourceNameForIDCFString = 'lcsn',
@@ -242,7 +255,7 @@ enum {
     kAudioDevicePropertyChannelNominalLineLevelNameForIDCFString = 'lcnl',
     kAudioDevicePropertyChannelNominalLineLevelNameForID = 'cnlv',
     kAudioDevicePropertyDriverShouldOwniSub = 'isub',
-    kAudioDevicePropertySubVolumeScalar = 'svlm', /* as the volume, of the low-frequency channel */
+    kAudioDevicePropertySubVolumeScalar = 'svlm', /* low-frequency channel, as Volume and Mute */
     kAudioDevicePropertySubVolumeDecibels = 'svld',
     kAudioDevicePropertySubVolumeRangeDecibels = 'svd#',
     kAudioDevicePropertySubVolumeScalarToDecibels = 'sv2d',
@@ -265,13 +278,13 @@ enum {
 /* ---- selectors of streams ---- */
 
 /*
- * A linear virtual format is always native-endian packed 32-bit float, one interleaved buffer a stream. A
- * format that is asked about has zero in the fields that do not matter.
+ * A linear virtual format is packed 32-bit float in native byte order, one interleaved buffer per stream. In
+ * a format passed to Supported and Match, 0 matches any value of a field.
  */
 enum {
     kAudioStreamPropertyDirection = 'sdir',                /* UInt32: 0 output, 1 input */
     kAudioStreamPropertyTerminalType = 'term',             /* UInt32, below */
-    kAudioStreamPropertyStartingChannel = 'schn',          /* UInt32, the device's channel, from 1 */
+    kAudioStreamPropertyStartingChannel = 'schn',          /* UInt32, of the device, from 1 */
     kAudioStreamPropertyLatency = 'ltnc',                  /* UInt32 frames */
     kAudioStreamPropertyOwningDevice = 'stdv',             /* AudioDeviceID */
     kAudioStreamPropertyVirtualFormat = 'sfmt',            /* AudioStreamBasicDescription, r/w */
@@ -299,46 +312,86 @@ enum {
 
 /* ---- properties of any object ---- */
 
-/* Told of changes: at least one of the addresses was asked for. The result is not used. Thread: one of the
- * platform's own; DeviceIsRunning and ProcessorOverload may come on the [audio] thread. */
+/*
+ * A listener of property changes.
+ * Shape    one address per call, the listener's own with its wildcards filled in. The new value is in
+ *          force.
+ * Owner    inAddresses is valid during the call only.
+ * Returns  ignored.
+ * [worker], the platform's notification thread, in the order of the changes
+ */
 typedef OSStatus (*AudioObjectPropertyListenerProc)(AudioObjectID inObjectID, UInt32 inNumberAddresses,
                                                     const AudioObjectPropertyAddress inAddresses[],
                                                     void* inClientData);
 
-/* Write a description of the object to the standard output. */
+/* Print the ID and the name of an object to stdout. */
 KVX_PLATFORM_EXPORT void AudioObjectShow(AudioObjectID inObjectID);
 
+/*
+ * Report whether an object has a property in this scope and element. False also for an unknown object or
+ * a NULL address.
+ */
 KVX_PLATFORM_EXPORT Boolean AudioObjectHasProperty(AudioObjectID inObjectID,
                                                    const AudioObjectPropertyAddress* inAddress);
 
+/*
+ * Get whether a property can be set.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectIsPropertySettable(AudioObjectID inObjectID,
                                                            const AudioObjectPropertyAddress* inAddress,
                                                            Boolean* outIsSettable);
 
+/*
+ * Get the present size of a property's value, in bytes.
+ * Shape    the qualifier is read by kAudioObjectPropertyOwnedObjects only.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID,
                                                             const AudioObjectPropertyAddress* inAddress,
                                                             UInt32 inQualifierDataSize,
                                                             const void* inQualifierData, UInt32* outDataSize);
 
+/*
+ * Get a property's value.
+ * Shape    an AudioValueTranslation, and a value that is converted in place, is read from outData first.
+ *          A NULL outData is allowed for a list of size 0.
+ * Errors   as at the top; nothing is written.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID,
                                                         const AudioObjectPropertyAddress* inAddress,
                                                         UInt32 inQualifierDataSize,
                                                         const void* inQualifierData, UInt32* ioDataSize,
                                                         void* outData);
 
+/*
+ * Set a property. The value is in force on return; listeners are called soon after. Setting the present
+ * value notifies no listener.
+ * Errors   as at the top; the former value stays, unless the device failed (UnspecifiedError).
+ * [any]; in an I/O cycle the value is in force from a later cycle
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectSetPropertyData(AudioObjectID inObjectID,
                                                         const AudioObjectPropertyAddress* inAddress,
                                                         UInt32 inQualifierDataSize,
                                                         const void* inQualifierData, UInt32 inDataSize,
                                                         const void* inData);
 
-/* The address may hold wildcards. */
+/*
+ * Add a listener of one property, or of several through wildcards. A listener added twice is called
+ * twice.
+ * Owner    the caller removes it; inClientData stays the caller's.
+ * Errors   as at the top.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectAddPropertyListener(AudioObjectID inObjectID,
                                                             const AudioObjectPropertyAddress* inAddress,
                                                             AudioObjectPropertyListenerProc inListener,
                                                             void* inClientData);
 
-/* Ends the listener that was added with the same four arguments. */
+/*
+ * Remove the listener that was added with these four arguments, also of an object that no longer exists.
+ * Waits for a call in progress, except inside a listener; after that the listener is not called.
+ * Errors   IllegalOperationError: no such listener.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectRemovePropertyListener(AudioObjectID inObjectID,
                                                                const AudioObjectPropertyAddress* inAddress,
                                                                AudioObjectPropertyListenerProc inListener,
@@ -346,87 +399,145 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectRemovePropertyListener(AudioObjectID inO
 
 /* ---- the same properties by the older calls ---- */
 
-/* Channel 0 is the whole; isInput is 0 for the output side. In the info calls either out-pointer may be NULL;
- * in the setting ones a NULL time is now. */
+/* inChannel is the element; isInput selects the input or the output scope. inWhen is ignored: the time is
+ * now. Values, sizes and errors are those of the calls above. */
 
+/*
+ * Get the size of a property of the system object, in bytes, and whether it can be set. Either out-
+ * pointer may be NULL.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID inPropertyID,
                                                           UInt32* outSize, Boolean* outWritable);
 
+/* Get a property of the system object, as AudioObjectGetPropertyData. */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID inPropertyID,
                                                       UInt32* ioPropertyDataSize, void* outPropertyData);
 
+/* Set a property of the system object, as AudioObjectSetPropertyData. */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID inPropertyID,
                                                       UInt32 inPropertyDataSize, const void* inPropertyData);
 
+/*
+ * Get the size of a property of a device, in bytes, and whether it can be set. Either out-pointer may be
+ * NULL.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID inDevice, UInt32 inChannel,
                                                         Boolean isInput, AudioDevicePropertyID inPropertyID,
                                                         UInt32* outSize, Boolean* outWritable);
 
+/* Get a property of a device, as AudioObjectGetPropertyData. */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceGetProperty(AudioDeviceID inDevice, UInt32 inChannel, Boolean isInput,
                                                     AudioDevicePropertyID inPropertyID,
                                                     UInt32* ioPropertyDataSize, void* outPropertyData);
 
+/* Set a property of a device, as AudioObjectSetPropertyData. */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceSetProperty(AudioDeviceID inDevice, const AudioTimeStamp* inWhen,
                                                     UInt32 inChannel, Boolean isInput,
                                                     AudioDevicePropertyID inPropertyID,
                                                     UInt32 inPropertyDataSize, const void* inPropertyData);
 
+/*
+ * Get the size of a property of a stream, in bytes, and whether it can be set. Either out-pointer may be
+ * NULL.
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioStreamGetPropertyInfo(AudioStreamID inStream, UInt32 inChannel,
                                                         AudioDevicePropertyID inPropertyID, UInt32* outSize,
                                                         Boolean* outWritable);
 
+/* Get a property of a stream, as AudioObjectGetPropertyData. */
 KVX_PLATFORM_EXPORT OSStatus AudioStreamGetProperty(AudioStreamID inStream, UInt32 inChannel,
                                                     AudioDevicePropertyID inPropertyID,
                                                     UInt32* ioPropertyDataSize, void* outPropertyData);
 
+/* Set a property of a stream, as AudioObjectSetPropertyData. */
 KVX_PLATFORM_EXPORT OSStatus AudioStreamSetProperty(AudioStreamID inStream, const AudioTimeStamp* inWhen,
                                                     UInt32 inChannel, AudioDevicePropertyID inPropertyID,
                                                     UInt32 inPropertyDataSize, const void* inPropertyData);
 
-/* ---- procedures of a device's cycle ---- */
+/* ---- I/O procedures ---- */
 
 /*
- * Called for each slice. Thread [audio & running]: allocate nothing, wait for nothing. The result is not
- * used.
- *
- * Shape    output buffers come filled with zero, their byte sizes covering the whole slice. On a side without
- * streams the list has no data and the time is all zero; no argument is NULL. A stream switched off has mData
- * NULL. Every procedure has buffers of its own, which are mixed by addition.
+ * An I/O procedure: receive the input and fill the output of one I/O cycle. It must neither allocate nor
+ * block.
+ * Shape    no argument is NULL. Output buffers are zeroed, and mDataByteSize covers the whole cycle. A
+ *          scope without streams has an empty list and a zeroed time. A stream that the procedure does
+ *          not use has mData NULL. Each procedure has its own output buffers; the device adds them.
+ * Units    inNow and inOutputTime: sample time in frames of the device and host time; the output is one
+ *          cycle later.
+ * Owner    all arguments are valid during the call only. Input is read-only.
+ * Returns  ignored.
+ * [audio & running]
  */
 typedef OSStatus (*AudioDeviceIOProc)(AudioDeviceID inDevice, const AudioTimeStamp* inNow,
                                       const AudioBufferList* inInputData, const AudioTimeStamp* inInputTime,
                                       AudioBufferList* outOutputData, const AudioTimeStamp* inOutputTime,
                                       void* inClientData);
 
+/*
+ * A registered I/O procedure: the procedure itself after AudioDeviceAddIOProc, a unique value after
+ * AudioDeviceCreateIOProcID.
+ */
 typedef AudioDeviceIOProc AudioDeviceIOProcID;
 
+/*
+ * Register an I/O procedure with a device, stopped.
+ * Owner    the caller removes it; inClientData stays the caller's until then.
+ * Errors   IllegalOperationError: inProc is NULL, or is registered with the same inClientData.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceAddIOProc(AudioDeviceID inDevice, AudioDeviceIOProc inProc,
                                                   void* inClientData);
 
-/* Stops it first where it runs. From inside its own call it is the last call. */
+/*
+ * Unregister an I/O procedure; stops it first. Waits for its call in progress; in an I/O cycle it does
+ * not wait, but no further call begins.
+ * Errors   IllegalOperationError: not registered.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceRemoveIOProc(AudioDeviceID inDevice, AudioDeviceIOProc inProc);
 
-/* As adding, but one function can be had several times, each under an ID of its own. */
+/*
+ * Register an I/O procedure under a new ID. One function may have several IDs.
+ * Owner    the caller destroys the ID; inClientData stays the caller's until then.
+ * Errors   IllegalOperationError: inProc or outIOProcID is NULL.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceCreateIOProcID(AudioDeviceID inDevice, AudioDeviceIOProc inProc,
                                                        void* inClientData, AudioDeviceIOProcID* outIOProcID);
+
+/*
+ * Unregister an ID, as AudioDeviceRemoveIOProc.
+ * Errors   IllegalOperationError: not registered.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID inDevice,
                                                         AudioDeviceIOProcID inIOProcID);
 
-/* A NULL procedure starts the device itself, until a stop with NULL. */
+/*
+ * Start calling an I/O procedure. Starting it twice has no effect. With NULL the device runs without a
+ * procedure until AudioDeviceStop(NULL); these starts are counted. On a dead device the procedure is
+ * called with buffers that are discarded.
+ * Errors   IllegalOperationError: not registered. UnspecifiedError: the hardware does not open.
+ * [any], [audio]
+ */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStart(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);
 
-/* From inside the procedure it takes effect at once; from elsewhere a call may still be under way on return.
+/*
+ * Stop calling an I/O procedure. Waits for its call in progress; in an I/O cycle it does not wait, but no
+ * further call begins. Stopping a stopped procedure has no effect.
+ * Errors   IllegalOperationError: not registered, or more stops than starts with NULL.
+ * [any], [audio]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStop(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);
 
-// clang-format off
+/* clang-format off */
 KVX_PLATFORM_SIZE(AudioObjectPropertyAddress, 12);
 KVX_PLATFORM_OFFSET(AudioObjectPropertyAddress, mElement, 8);
 KVX_PLATFORM_SIZE(AudioHardwareIOProcStreamUsage, 12);
 KVX_PLATFORM_OFFSET(AudioHardwareIOProcStreamUsage, mStreamIsOn, 8);
 KVX_PLATFORM_SIZE(AudioStreamRangedDescription, 56);
 KVX_PLATFORM_OFFSET(AudioStreamRangedDescription, mSampleRateRange, 40);
-// clang-format on
+/* clang-format on */
 
 KVX_PLATFORM_END
 

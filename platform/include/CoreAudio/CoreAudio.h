@@ -1,4 +1,4 @@
-/* Devices, streams, their properties and procedures; the records of sound; the host clock. */
+/* Umbrella header: audio devices, the records of audio data, the host clock. C. */
 #ifndef COREAUDIO_COREAUDIO_H
 #define COREAUDIO_COREAUDIO_H
 

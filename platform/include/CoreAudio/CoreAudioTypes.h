@@ -1,6 +1,9 @@
 /*
- * The records and format constants that all of audio shares. C; natural packing: on 32-bit x86 a Float64 or
+ * Records and constants of audio data, formats and time. C; natural packing: on 32-bit x86 a Float64 or
  * UInt64 field is 4-aligned.
+ *
+ * Units    sizes are in bytes. A frame is one sample of every channel; a packet of linear PCM is one
+ *          frame.
  */
 #ifndef COREAUDIO_COREAUDIOTYPES_H
 #define COREAUDIO_COREAUDIOTYPES_H
@@ -12,12 +15,18 @@ KVX_PLATFORM_BEGIN
 
 /* ---- values ---- */
 
+/* Both ends of a range of numbers, in the unit of the property. */
 typedef struct AudioValueRange {
     Float64 mMinimum;
     Float64 mMaximum;
 } AudioValueRange;
 
-/* Asks for one value by another: both buffers are the caller's. Sizes in bytes. */
+/*
+ * A property value that maps one value to another.
+ * Shape    the caller puts the value to look up into mInputData; the property writes the result to
+ *          mOutputData.
+ * Owner    both blocks are the caller's.
+ */
 typedef struct AudioValueTranslation {
     void* mInputData;
     UInt32 mInputDataSize;
@@ -25,44 +34,54 @@ typedef struct AudioValueTranslation {
     UInt32 mOutputDataSize;
 } AudioValueTranslation;
 
-/* ---- sound in memory ---- */
+/* ---- buffers ---- */
 
+/*
+ * Samples of one channel, or interleaved samples of several.
+ * Shape    mData[frame * mNumberChannels + channel] in the stream's sample format.
+ * Owner    mData belongs to the maker of the list, unless the function says otherwise.
+ */
 typedef struct AudioBuffer {
-    UInt32 mNumberChannels; /* interleaved in this buffer */
-    UInt32 mDataByteSize;
+    UInt32 mNumberChannels; /* interleaved in mData */
+    UInt32 mDataByteSize;   /* capacity, or size of the data */
     void* mData;
 } AudioBuffer;
 
-/* As long as mNumberBuffers says. */
+/*
+ * The buffers of a stream.
+ * Shape    mNumberBuffers records: one with all channels interleaved, or one per channel.
+ */
 typedef struct AudioBufferList {
     UInt32 mNumberBuffers;
     AudioBuffer mBuffers[1];
 } AudioBufferList;
 
-typedef Float32 AudioSampleType;
-typedef Float32 AudioUnitSampleType;
+typedef Float32 AudioSampleType;     /* full scale is -1 to 1 */
+typedef Float32 AudioUnitSampleType; /* full scale is -1 to 1 */
 
 /* ---- formats ---- */
 
 /*
- * How a stream is made up. Non-interleaved: bytes per packet and frame describe one channel, and a buffer
- * list has mChannelsPerFrame buffers of one channel.
+ * A stream format.
+ * Shape    with kAudioFormatFlagIsNonInterleaved, bytes per packet and per frame count one channel, and a
+ *          buffer list has mChannelsPerFrame buffers. Fields that a compressed format cannot fill are 0.
  */
 typedef struct AudioStreamBasicDescription {
     Float64 mSampleRate; /* Hz */
-    UInt32 mFormatID;
-    UInt32 mFormatFlags;
+    UInt32 mFormatID;    /* below */
+    UInt32 mFormatFlags; /* below */
     UInt32 mBytesPerPacket;
-    UInt32 mFramesPerPacket;
+    UInt32 mFramesPerPacket; /* 1 for linear PCM; 0: varying */
     UInt32 mBytesPerFrame;
     UInt32 mChannelsPerFrame;
-    UInt32 mBitsPerChannel;
-    UInt32 mReserved; /* 0 */
+    UInt32 mBitsPerChannel; /* of a sample, without padding */
+    UInt32 mReserved;       /* 0 */
 } AudioStreamBasicDescription;
 
+/* Position and size of a packet in a buffer of compressed data. No function here fills or reads it. */
 typedef struct AudioStreamPacketDescription {
-    SInt64 mStartOffset; /* bytes */
-    UInt32 mVariableFramesInPacket;
+    SInt64 mStartOffset;            /* bytes */
+    UInt32 mVariableFramesInPacket; /* 0: as the format says */
     UInt32 mDataByteSize;
 } AudioStreamPacketDescription;
 
@@ -93,7 +112,7 @@ enum {
     kAudioFormatFlagIsPacked = 0x8,
     kAudioFormatFlagIsAlignedHigh = 0x10,
     kAudioFormatFlagIsNonInterleaved = 0x20,
-    kAudioFormatFlagIsNonMixable = 0x40, /* of devices only */
+    kAudioFormatFlagIsNonMixable = 0x40, /* devices only */
 
     kLinearPCMFormatFlagIsFloat = kAudioFormatFlagIsFloat,
     kLinearPCMFormatFlagIsBigEndian = kAudioFormatFlagIsBigEndian,
@@ -112,12 +131,13 @@ enum {
         kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved
 };
 
-/* Beyond what a C enumerator holds. */
+/* Larger than a C enumerator. */
 #define kAudioFormatFlagsAreAllClear ((UInt32)0x80000000)
 #define kLinearPCMFormatFlagsAreAllClear kAudioFormatFlagsAreAllClear
 
 /* ---- time ---- */
 
+/* SMPTE time code. No function here fills it. */
 typedef struct SMPTETime {
     SInt16 mSubframes;
     SInt16 mSubframeDivisor;
@@ -130,11 +150,14 @@ typedef struct SMPTETime {
     SInt16 mFrames;
 } SMPTETime;
 
-/* One moment on several clocks; mFlags says which fields hold. */
+/*
+ * One moment on several clocks.
+ * Shape    mFlags names the valid fields; the others are 0.
+ */
 typedef struct AudioTimeStamp {
     Float64 mSampleTime; /* frames */
     UInt64 mHostTime;    /* units of the host clock */
-    Float64 mRateScalar; /* real over nominal host ticks a frame */
+    Float64 mRateScalar; /* actual / nominal host ticks per frame */
     UInt64 mWordClockTime;
     SMPTETime mSMPTETime;
     UInt32 mFlags;
@@ -154,13 +177,17 @@ enum {
 typedef UInt32 AudioChannelLabel;
 typedef UInt32 AudioChannelLayoutTag;
 
+/* The role of one channel. */
 typedef struct AudioChannelDescription {
     AudioChannelLabel mChannelLabel;
     UInt32 mChannelFlags;
     Float32 mCoordinates[3];
 } AudioChannelDescription;
 
-/* As long as mNumberChannelDescriptions says. */
+/*
+ * The roles of the channels of a stream.
+ * Shape    mNumberChannelDescriptions records, used with the tag UseChannelDescriptions.
+ */
 typedef struct AudioChannelLayout {
     AudioChannelLayoutTag mChannelLayoutTag;
     UInt32 mChannelBitmap;
@@ -168,7 +195,7 @@ typedef struct AudioChannelLayout {
     AudioChannelDescription mChannelDescriptions[1];
 } AudioChannelLayout;
 
-/* The low 16 bits of a tag are its number of channels. */
+/* The low 16 bits of a tag are its channel count. */
 enum {
     kAudioChannelLayoutTag_UseChannelDescriptions = 0,
     kAudioChannelLayoutTag_UseChannelBitmap = 0x10000,
@@ -186,9 +213,9 @@ enum {
 };
 #define kAudioChannelLabel_Unknown ((UInt32)0xFFFFFFFF)
 
-/* ---- the platform's sizes and places ---- */
+/* ---- sizes and offsets ---- */
 
-// clang-format off
+/* clang-format off */
 KVX_PLATFORM_SIZE(AudioValueRange, 16);
 KVX_PLATFORM_OFFSET(AudioValueRange, mMaximum, 8);
 KVX_PLATFORM_SIZE(AudioValueTranslation, 16);
@@ -211,7 +238,7 @@ KVX_PLATFORM_SIZE(AudioChannelDescription, 20);
 KVX_PLATFORM_OFFSET(AudioChannelDescription, mCoordinates, 8);
 KVX_PLATFORM_SIZE(AudioChannelLayout, 32);
 KVX_PLATFORM_OFFSET(AudioChannelLayout, mChannelDescriptions, 12);
-// clang-format on
+/* clang-format on */
 
 KVX_PLATFORM_END
 

@@ -1,5 +1,8 @@
-/* The host clock: the base of AudioTimeStamp.mHostTime. It counts nanoseconds here. C. Thread: [any], [audio]
- * too.
+/*
+ * The host clock, the base of AudioTimeStamp.mHostTime. C.
+ *
+ * Units    a tick is one nanosecond; the clock starts with the machine and never runs backwards.
+ * All functions: [any], [audio]
  */
 #ifndef COREAUDIO_HOSTTIME_H
 #define COREAUDIO_HOSTTIME_H
@@ -9,17 +12,19 @@
 
 KVX_PLATFORM_BEGIN
 
-/* Now, in ticks. Never goes back. */
+/* Get the present time, in ticks. */
 KVX_PLATFORM_EXPORT UInt64 AudioGetCurrentHostTime(void);
 
-/* Ticks per second. */
+/* Get the ticks per second. */
 KVX_PLATFORM_EXPORT Float64 AudioGetHostClockFrequency(void);
 
-/* The smallest step in ticks between two readings that differ. */
+/* Get the smallest difference between two readings, in ticks. */
 KVX_PLATFORM_EXPORT UInt32 AudioGetHostClockMinimumTimeDelta(void);
 
-/* Exact over all 64 bits. */
+/* Convert ticks to nanoseconds, exactly for all 64-bit values. */
 KVX_PLATFORM_EXPORT UInt64 AudioConvertHostTimeToNanos(UInt64 hostTime);
+
+/* Convert nanoseconds to ticks, exactly for all 64-bit values. */
 KVX_PLATFORM_EXPORT UInt64 AudioConvertNanosToHostTime(UInt64 nanoseconds);
 
 KVX_PLATFORM_END

@@ -1,8 +1,9 @@
 /*
- * What all CoreFoundation objects share: numbers and reference counts. C.
+ * Types and reference counts of all CoreFoundation objects. C.
  *
- * Owner    what a Create or Copy function gives is the caller's, who releases it.
- * Thread   [any] for reference counts.
+ * Owner    the caller of a Create or Copy function owns the result and releases it.
+ * Errors   of every function below: NULL ends the process, with one line on stderr.
+ * All functions: [any]
  */
 #ifndef COREFOUNDATION_CFBASE_H
 #define COREFOUNDATION_CFBASE_H
@@ -22,6 +23,7 @@ typedef const struct __CFString* CFStringRef;
 typedef struct __CFString* CFMutableStringRef;
 typedef const struct __CFAllocator* CFAllocatorRef;
 
+/* A range of items: the first index and the count. */
 typedef struct CFRange {
     CFIndex location;
     CFIndex length;
@@ -29,12 +31,19 @@ typedef struct CFRange {
 
 enum { kCFNotFound = -1 };
 
-/* The one allocator there is; functions take it and no other. */
+/* The only allocator. Functions ignore their allocator argument. */
 #define kCFAllocatorDefault ((CFAllocatorRef)NULL)
 
-/* All three end the process on NULL. */
+/*
+ * Add a reference. Every CFRetain needs a CFRelease.
+ * Returns  cf.
+ */
 KVX_PLATFORM_EXPORT CFTypeRef CFRetain(CFTypeRef cf); /* gives its argument back */
+
+/* Remove a reference. The last one frees the object. */
 KVX_PLATFORM_EXPORT void CFRelease(CFTypeRef cf);
+
+/* Get the number of references. */
 KVX_PLATFORM_EXPORT CFIndex CFGetRetainCount(CFTypeRef cf);
 
 KVX_PLATFORM_SIZE(CFIndex, 4);

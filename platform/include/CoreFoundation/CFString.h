@@ -1,8 +1,11 @@
 /*
- * Text: a counted row of UTF-16 units. C.
+ * Strings: arrays of UTF-16 units. C.
  *
- * Lengths are in UTF-16 units, sizes in bytes. Thread: [any]; a mutable string by one thread at a time. A
- * NULL string, or changing one that is not mutable, ends the process.
+ * Units    lengths are in UTF-16 units, sizes in bytes. An allocator argument is ignored.
+ * Owner    the caller of a Create function owns the result and releases it. Text is copied.
+ * Errors   a NULL string where a string is required ends the process, with one line on stderr. Conversion
+ *          is strict: no character is replaced, composed or left out.
+ * All functions: [any], one call at a time on a mutable string
  */
 #ifndef COREFOUNDATION_CFSTRING_H
 #define COREFOUNDATION_CFSTRING_H
@@ -22,10 +25,10 @@ enum {
     kCFStringEncodingNonLossyASCII = 0x0BFF, /* refused by every conversion */
     kCFStringEncodingUnicode = 0x0100,
     kCFStringEncodingUTF8 = 0x08000100,
-    kCFStringEncodingUTF16 = 0x0100, /* the processor's byte order, as UTF32; no byte order mark */
+    kCFStringEncodingUTF16 = 0x0100, /* native byte order, without a byte order mark */
     kCFStringEncodingUTF16BE = 0x10000100,
     kCFStringEncodingUTF16LE = 0x14000100,
-    kCFStringEncodingUTF32 = 0x0C000100,
+    kCFStringEncodingUTF32 = 0x0C000100, /* native byte order, without a byte order mark */
     kCFStringEncodingUTF32BE = 0x18000100,
     kCFStringEncodingUTF32LE = 0x1C000100
 };
@@ -39,30 +42,52 @@ enum {
     kCFStringNormalizationFormKC = 3
 };
 
-/* Copy the text up to its NUL. NULL if it is NULL, not valid in that encoding, or there is no memory. */
+/*
+ * Make a string from bytes up to the first zero byte.
+ * Returns  NULL if cStr is NULL, the bytes are not valid in the encoding, the encoding is unknown, or
+ *          there is no memory.
+ */
 KVX_PLATFORM_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef alloc, const char* cStr,
                                                           CFStringEncoding encoding);
 
-/* Copy any units, unpaired surrogates too. NULL for a negative count, NULL units of a count above 0, no
- * memory. */
+/*
+ * Make a string from any UTF-16 units, also unpaired surrogates.
+ * Returns  NULL if numChars is negative, chars is NULL while numChars is above 0, or there is no memory.
+ */
 KVX_PLATFORM_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar* chars,
                                                              CFIndex numChars);
 
-/* A copy that can be changed; maxLength is the caller's own promise, 0 for none. */
+/*
+ * Make a mutable copy of the whole text. maxLength is ignored.
+ * Returns  NULL if there is no memory.
+ */
 KVX_PLATFORM_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef alloc, CFIndex maxLength,
                                                                  CFStringRef theString);
 
+/* Get the length in UTF-16 units. */
 KVX_PLATFORM_EXPORT CFIndex CFStringGetLength(CFStringRef theString);
 
-/* Write the text and one NUL byte, which bufferSize counts. False, and an empty text in a buffer of any size,
- * if it does not fit or a character has no place in the encoding. */
+/*
+ * Write the text and one zero byte to a buffer.
+ * Shape    bufferSize counts the zero byte.
+ * Returns  false, with an empty text in the buffer, if the text does not fit, a character does not exist
+ *          in the encoding, the encoding is unknown, or there is no memory. False, with nothing written,
+ *          if buffer is NULL or bufferSize is below 1.
+ */
 KVX_PLATFORM_EXPORT Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize,
                                                CFStringEncoding encoding);
 
-/* The bytes that `length` units never exceed, without a NUL. kCFNotFound if a CFIndex does not hold them. */
+/*
+ * Get an upper limit of the bytes for `length` UTF-16 units, without a zero byte.
+ * Returns  kCFNotFound if length is negative, the encoding is unknown, or the limit exceeds CFIndex.
+ */
 KVX_PLATFORM_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
 
-/* Bring the text into a normal form, in place. An unknown form changes nothing. */
+/*
+ * Convert a mutable string to a Unicode normal form, in place. Unpaired surrogates stay. An unknown form,
+ * or lack of memory, changes nothing.
+ * Errors   NULL, or a string that is not mutable, ends the process.
+ */
 KVX_PLATFORM_EXPORT void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm theForm);
 
 KVX_PLATFORM_END

@@ -1,4 +1,4 @@
-/* Reference-counted values: text, and where files are. */
+/* Umbrella header: reference counts, strings, URLs. C. */
 #ifndef COREFOUNDATION_COREFOUNDATION_H
 #define COREFOUNDATION_COREFOUNDATION_H
 

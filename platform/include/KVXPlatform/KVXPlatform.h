@@ -1,10 +1,12 @@
 /*
- * Control of the platform itself, for hosts and tests only: what a user would do in the system's settings or
- * with a screwdriver. Plug-ins never include it. C, plain integers, no other header of the platform.
+ * Control of the platform, for hosts and tests: what a user does in the system settings or by plugging
+ * devices. Plug-ins never include this header. C; no other header of the platform is needed.
  *
- * Threads: [any] unless said otherwise; none of these may be called from a device's cycle. Device IDs are the
- * audio objects' IDs; 0 is no device. Functions that can fail return 0 for success or the platform's status,
- * and KVXPlatformErrorText() then says in a sentence what went wrong and what to do.
+ * Units    rates in Hz; latencies and slices in frames of the device.
+ * Errors   a function with an int32_t result returns 0 or the platform's status; KVXPlatformErrorText()
+ *          then names the problem and the next step. Of every function with a device: '!dev': no such
+ *          device (0 never is one); 'unop': not for this kind of device; 'what': no memory or thread.
+ * All functions: [any] unless stated otherwise, not in an I/O cycle
  */
 #ifndef KVXPLATFORM_KVXPLATFORM_H
 #define KVXPLATFORM_KVXPLATFORM_H
@@ -18,18 +20,19 @@
 extern "C" {
 #endif
 
+/* The AudioObjectID of a device; 0 for none. */
 typedef uint32_t KVXDeviceID;
 
-struct OpaqueExtAudioFile; /* as in AudioToolbox/ExtendedAudioFile.h */
+struct OpaqueExtAudioFile; /* an ExtAudioFileRef points to it */
 
-/** A device as a list shows it. Texts are UTF-8 and cut to fit. */
+/* A row of the device list. Texts are UTF-8, cut to the field's size and terminated. */
 typedef struct KVXDeviceInfo {
     KVXDeviceID device;
     char name[128];
     char manufacturer[64];
     char uid[128];
-    double sampleRate;       /**< nominal, Hz */
-    uint32_t outputChannels; /**< of all output streams */
+    double sampleRate;       /* Hz, nominal */
+    uint32_t outputChannels; /* of all output streams */
     uint32_t inputChannels;
     uint32_t sliceFrames;
     uint32_t latencyFrames;
@@ -39,124 +42,184 @@ typedef struct KVXDeviceInfo {
     uint8_t isRunning;
 } KVXDeviceInfo;
 
-/** How a simulated device begins. Zero fields take the default in brackets. Rates from 1000 to 768000 Hz, up
- * to 64 channels and slices of up to 8192 frames. */
+/* Settings of a new simulated device. A zero field takes the default in brackets. */
 typedef struct KVXSimulatedDevice {
-    const char* name;        /**< ["Simulated Device"] */
-    const char* uid;         /**< [made from the name, unique] */
-    double sampleRate;       /**< Hz [44100] */
-    uint32_t outputChannels; /**< [2; none if there are inputs] */
-    uint32_t sliceFrames;    /**< [512] */
-    uint32_t latencyFrames;  /**< [0] */
-    uint8_t isStepped;       /**< 1: turned by KVXPlatformStep only; 0: paced by a clock of its own */
-    uint32_t inputChannels;  /**< [0]; they hear nothing */
+    const char* name;        /* ["Simulated Device"] */
+    const char* uid;         /* [a unique one from the name] */
+    double sampleRate;       /* 1,000 to 768,000 [44100] */
+    uint32_t outputChannels; /* up to 64 [2; 0 if there are inputs] */
+    uint32_t sliceFrames;    /* up to 8,192 [512] */
+    uint32_t latencyFrames;  /* [0] */
+    uint8_t isStepped;       /* 1: runs in KVXPlatformStep only; 0: paced by a clock [0] */
+    uint32_t inputChannels;  /* up to 64, silent [0] */
 } KVXSimulatedDevice;
 
 /* ---- devices ---- */
 
-/** Fill up to `capacity` rows and return how many devices there are. */
+/*
+ * List the devices.
+ * Shape    fills up to `capacity` rows; rows may be NULL if capacity is 0.
+ * Returns  the number of devices; 0 without memory.
+ */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity);
 
-/** The simulated device that is always there. */
+/* Get the simulated device that always exists. */
 KVX_PLATFORM_EXPORT KVXDeviceID KVXPlatformBuiltInSimulatedDevice(void);
 
-/** Plug in another simulated device; the caller may unplug it again. 0 on failure. */
+/*
+ * Plug in a simulated device.
+ * Owner    the description is copied. The caller may unplug the device.
+ * Returns  the device; 0 if description is NULL, a field is out of range, or there is no memory.
+ */
 KVX_PLATFORM_EXPORT KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description);
 
-/** Unplug a simulated device, running or not. Its procedures go on being called, into a discarded buffer,
-   until the last has stopped; then the object ends. The default device moves on. */
+/*
+ * Unplug a simulated device. Its started procedures are still called, with buffers that are discarded,
+ * until the last one stops. A new default device is chosen.
+ * Errors   'unop': not simulated, or the built-in device.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID device);
 
-/** Let a device die where it is: it stays in the list, is no longer alive, and cycles into a discarded
- * buffer. */
+/*
+ * Make a device die: it stays in the list, is not alive, and calls its procedures with buffers that are
+ * discarded.
+ * Errors   'unop': the built-in device.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformKillDevice(KVXDeviceID device);
 
-/** Make AudioDeviceStart on a simulated device fail with `status` from now on; 0 lets it start again. */
+/* Make AudioDeviceStart on a device fail with `status`; 0 allows it again. */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformRefuseStart(KVXDeviceID device, int32_t status);
 
-/** Change a simulated device; a zero argument leaves that value. Takes effect between two cycles. */
+/*
+ * Change a simulated device between two I/O cycles. A zero argument keeps the present value.
+ * Errors   'unop': not simulated. '!dat': a value out of range, or output channels for a device without
+ *          outputs.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformConfigureDevice(KVXDeviceID device, double sampleRate,
                                                        uint32_t outputChannels, uint32_t sliceFrames);
 
-/** Choose the default output device: "simulated", a name (or a part of one that fits a single device), or a
-   number as the list has it. The environment's KVX_AUDIO_DEVICE does the same before the first call. */
+/*
+ * Choose the default output device, as the environment variable KVX_AUDIO_DEVICE does before the first
+ * call.
+ * Shape    "simulated", a row number of the list, a name, or a part of a name that fits one device only.
+ * Errors   '!dev': no device, or several, fit.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformChooseOutputDevice(const char* choice);
 
-/** Read PortAudio's list again. Fails, and leaves the list as it is, while one of its devices plays, or once
- * one has ended by itself while it played, or its sound server ended. */
+/*
+ * Read PortAudio's device list again.
+ * Errors   'what': the list stays. A PortAudio device runs, one has died while it ran, or its sound
+ *          server ended or does not answer.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformRefreshDevices(void);
 
-/** 0 if the devices of PortAudio could be read. If not, the list has simulated devices only. */
+/*
+ * Check whether PortAudio's devices could be read; otherwise the list has simulated devices only.
+ * Errors   'what': they could not be read.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformCheckHardware(void);
 
 /* ---- time ---- */
 
-/** Have a simulated device stepped (1) or paced (0). */
+/*
+ * Make a simulated device stepped (1) or paced by a clock (0).
+ * Errors   'unop': not simulated.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformSetStepped(KVXDeviceID device, uint8_t isStepped);
 
-/** Turn a stepped device by `frames` device frames, on the calling thread, without waiting: whole slices,
-   then a shorter one for the rest. Returns the frames that procedures were called for; less than asked when
-   the last procedure stopped on the way. */
+/*
+ * Run I/O cycles of a stepped device on the calling thread, without waiting: whole slices, then a shorter
+ * one.
+ * Returns  the frames for which procedures were called; fewer than `frames` if the last procedure
+ *          stopped, 0 for other devices and in an I/O cycle.
+ */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformStep(KVXDeviceID device, uint32_t frames);
 
-/* ---- what is heard ---- */
+/* ---- output ---- */
 
-/** Receives each cycle's mixed output, interleaved 32-bit float, on the cycle's own thread. Allocates
- * nothing. */
+/*
+ * A tap: receives the mixed output of each I/O cycle. It must neither allocate nor block.
+ * Shape    samples[frame * channels + channel], 32-bit float, valid during the call only.
+ * [audio & running]
+ */
 typedef void (*KVXOutputTap)(void* context, const float* samples, uint32_t frames, uint32_t channels);
 
-/** Set the one tap of a device, or none (null). After it returns, the former tap is not called any more. */
+/*
+ * Set the tap of a device; NULL removes it. When it returns, the former tap is not called any more.
+ * Owner    context stays the caller's.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformSetOutputTap(KVXDeviceID device, KVXOutputTap tap, void* context);
 
-/** Write what `device` plays from now on to a WAV file of 32-bit float, at its rate and channels, off the
-    real-time thread. The environment's KVX_AUDIO_CAPTURE does the same for the default device's first start.
+/*
+ * Write a device's output to a WAV file of 32-bit float, at its rate and channels. A writer thread writes
+ * the file. The environment variable KVX_AUDIO_CAPTURE does the same from the first start of the default
+ * output device.
+ * Owner    path is copied. The caller stops the capture; a former one is finished first.
+ * Errors   'nope': no path. 'unop': the device has no output. 'what': the file cannot be written.
  */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformStartCapture(KVXDeviceID device, const char* path);
 
-/** Finish the file: all that was played is in it when this returns. Nothing to finish is no error. */
+/*
+ * Finish the file. It then has all output since the start. No effect without a capture.
+ * Errors   'what': frames were lost, the format changed, or the file could not be written.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformStopCapture(KVXDeviceID device);
 
 /* ---- sound files ---- */
 
-/** What the platform opens; other sound files are refused with kAudioFileUnsupportedDataFormatError. */
+/* Limits of sound files. Others are refused with kAudioFileUnsupportedDataFormatError. */
 enum {
-    KVXLowestFileRate = 1000,    /**< Hz */
-    KVXHighestFileRate = 768000, /**< Hz */
+    KVXLowestFileRate = 1000,    /* Hz */
+    KVXHighestFileRate = 768000, /* Hz */
     KVXMostFileChannels = 1024
 };
 
-/** What a sound file states, beside what it holds. Frames are the file's own. */
+/* The length of a sound file, and what its header states. Units: frames of the file. */
 typedef struct KVXSoundFileReport {
-    int64_t frames;          /**< that decode; kExtAudioFileProperty_FileLengthFrames reads the same */
-    int64_t statedFrames;    /**< that the header states; 0 where it states no length, or none in frames */
-    uint8_t isCutShort;      /**< a stated length is missed: the file ends before it */
-    uint32_t omittedStreams; /**< joined streams that are not decoded: damaged, of an unknown coding, of
-                                another rate or channel count, or past the 1,024th */
+    int64_t frames;          /* decodable, as kExtAudioFileProperty_FileLengthFrames */
+    int64_t statedFrames;    /* stated in the header; 0: not stated in frames */
+    uint8_t isCutShort;      /* the file ends before the stated length */
+    uint32_t omittedStreams; /* joined streams that are not decoded: damaged, an unknown
+                                coding, another rate or channel count, or after the 1,024th */
 } KVXSoundFileReport;
 
-/** Report on an open extended audio file (an ExtAudioFileRef). -50 for a NULL or disposed file, or a null
- * report. */
+/*
+ * Report on an open extended audio file.
+ * Errors   paramErr (-50): a NULL, disposed or unknown file, or outReport is NULL.
+ */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformReportSoundFile(struct OpaqueExtAudioFile* file,
                                                        KVXSoundFileReport* outReport);
 
 /* ---- main thread ---- */
 
-/** Run what waits on the main queue; waits up to `timeoutSeconds` for the first. Returns how many ran. [main]
+/*
+ * Run the work that is on the main queue. Waits up to timeoutSeconds for the first. Work queued during
+ * the call waits for the next one.
+ * Returns  the number of functions and blocks that ran; 0 on other threads.
+ * [main]
  */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformDrainMainQueue(double timeoutSeconds);
 
-/** What the last failing call on this thread wants the user to know; "" if none failed. Valid until the next.
+/*
+ * Get the text of the calling thread's last failure; "" if there was none.
+ * Owner    the platform's, valid until the next failure on this thread.
  */
 KVX_PLATFORM_EXPORT const char* KVXPlatformErrorText(void);
 
-/* ---- accounts ---- */
+/* ---- leak reports ---- */
 
-/** Platform objects alive that a caller must release ("CFString", "IOProc", …), for leak reports. Fills up to
-    `capacity` rows; returns the number of kinds with a count above zero. */
+/* Live objects of a kind that a caller must release, such as "CFString" or "IOProc". */
 typedef struct KVXLiveCount {
     const char* kind;
     uint32_t count;
 } KVXLiveCount;
+
+/*
+ * Count the live objects of each kind, for leak reports.
+ * Shape    fills up to `capacity` rows, sorted by kind; rows may be NULL.
+ * Owner    the texts are constant.
+ * Returns  the number of kinds with live objects.
+ */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetLiveCounts(KVXLiveCount* rows, uint32_t capacity);
 
 #ifdef __cplusplus

@@ -1,10 +1,10 @@
-/* Marks and checks that every public header shares. Preprocessor only: each header stays C and C++. */
+/* Macros for every public header. Preprocessor only, so that each header is both C and C++. */
 #ifndef KVXPLATFORM_EXPORT_H
 #define KVXPLATFORM_EXPORT_H
 
 #include <stddef.h>
 
-/* Stands before every prototype and object of the platform: the name leaves the library. */
+/* Precedes every function and object that the library exports. */
 #define KVX_PLATFORM_EXPORT __attribute__((visibility("default")))
 
 #ifdef __cplusplus
@@ -17,8 +17,8 @@
 #define KVX_PLATFORM_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
 
-/* A record's size and a field's place in bytes, as the 32-bit platform lays them out. Other builds differ
- * where pointers and long integers do. */
+/* Assert the size of a record and the offset of a field, in bytes, on 32-bit targets. Other targets have
+ * other pointers and long integers. */
 #define KVX_PLATFORM_SIZE(type, size)                                                                        \
     KVX_PLATFORM_ASSERT(sizeof(void*) != 4 || sizeof(type) == (size), "the platform's size of " #type)
 #define KVX_PLATFORM_OFFSET(type, field, offset)                                                             \

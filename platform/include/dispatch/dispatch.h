@@ -1,7 +1,10 @@
 /*
- * Queues of work for other threads, and for the main thread. C and C++.
+ * Queues of functions and blocks: for a pool of worker threads, and for the main thread. C and C++.
  *
- * Thread   [any]. A NULL queue, block or function ends the process.
+ * Owner    queues are never released.
+ * Errors   a NULL queue, block or function ends the process, with one line on stderr. An exception out of
+ *          a function or block ends the process.
+ * All functions: [any]
  */
 #ifndef DISPATCH_DISPATCH_H
 #define DISPATCH_DISPATCH_H
@@ -10,6 +13,7 @@
 
 KVX_PLATFORM_BEGIN
 
+/* A queue. */
 typedef struct dispatch_queue_s* dispatch_queue_t;
 typedef void (*dispatch_function_t)(void* context);
 
@@ -17,22 +21,35 @@ typedef void (*dispatch_function_t)(void* context);
 #define DISPATCH_QUEUE_PRIORITY_DEFAULT 0
 #define DISPATCH_QUEUE_PRIORITY_LOW (-2)
 
-/* Work of the main thread, in the order it came; it runs when the main thread's owner drains the queue. */
+/*
+ * The main thread's queue, first in, first out. Its work runs when the host drains it
+ * (KVXPlatformDrainMainQueue).
+ */
 KVX_PLATFORM_EXPORT extern struct dispatch_queue_s _dispatch_main_q;
 #define dispatch_get_main_queue() (&_dispatch_main_q)
 
-/* Work of any thread, begun in no promised order, higher priorities first. NULL for another priority or for
- * flags other than 0. Never released. */
+/*
+ * Get the queue of a priority for worker threads. Higher priorities start first; within a priority, first
+ * in, first out. At most 16 threads work at the same time.
+ * Returns  NULL for a priority other than the three above, or for flags other than 0.
+ */
 KVX_PLATFORM_EXPORT dispatch_queue_t dispatch_get_global_queue(long priority, unsigned long flags);
 
-/* Queue a function and return at once. */
+/*
+ * Queue a call of a function and return at once. Without memory the call waits for some; if no worker
+ * thread can be started, the function runs on the calling thread.
+ * Owner    context stays the caller's.
+ */
 KVX_PLATFORM_EXPORT void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
 
 #ifdef __BLOCKS__
-#define DISPATCH_BLOCK ^/* apart, or clang-format takes this header for another language's */
+#define DISPATCH_BLOCK ^/* a macro, or clang-format takes this header for another language */
 typedef void(DISPATCH_BLOCK dispatch_block_t)(void);
 
-/* Queue a copy of the block, released when it has run, and return at once. */
+/*
+ * Queue a block and return at once, as dispatch_async_f.
+ * Owner    the block is copied; the copy is released after it has run.
+ */
 KVX_PLATFORM_EXPORT void dispatch_async(dispatch_queue_t queue, dispatch_block_t block);
 #endif
 
