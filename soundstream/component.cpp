@@ -68,10 +68,8 @@ void InitComponent(REALobjectStruct* object)
 {
     SoundStreamData& data = dataOf(object);
     destruct(object);
-    data.state = liveStates.create();
-    if (!data.state) return;
-    data.state->outputFormat = converterOutput;
-    data.ownsState = true;
+    data.state = liveStates.create([](StreamState& state) { state.outputFormat = converterOutput; });
+    data.ownsState = data.state != nullptr;
 }
 
 void OpenComponent(REALobjectStruct* object)
@@ -81,7 +79,10 @@ void OpenComponent(REALobjectStruct* object)
     state->component = registerComponent();
 
     withdrawRefcon(*state); // of a registration that failed
-    RefconRecord* const record = newRefconRecord(*state);
+    RefconRecord* const record = liveRefcons.create([state](RefconRecord& created) {
+        use(*state);
+        created.state = state;
+    });
     storeInOrder(state->refconRecord, record);
     SetComponentRefcon(state->component, reinterpret_cast<long>(record));
 

@@ -60,27 +60,18 @@ inline void yieldOrSleep(int waited)
 template <class Record>
 class LiveRecords {
 public:
-    /// Allocate a zero-filled record with one user; null without memory.
-    static Record* allocate()
+    /// Allocate a zero-filled record with one user, initialise it, and then let lookups find it.
+    /// Returns  null without memory.
+    template <class Initialise>
+    Record* create(Initialise initialise)
     {
         auto* const record = static_cast<Record*>(std::calloc(1, sizeof(Record)));
-        if (record) record->users = 1;
-        return record;
-    }
-
-    /// Let lookups find `record`.
-    void add(Record& record)
-    {
+        if (!record) return nullptr;
+        record->users = 1;
+        initialise(*record);
         const MutexLock lock(&mutex_);
-        record.next = first_;
-        storeInOrder(first_, &record);
-    }
-
-    /// Allocate a record and let lookups find it; null without memory.
-    Record* create()
-    {
-        Record* const record = allocate();
-        if (record) add(*record);
+        record->next = first_;
+        storeInOrder(first_, record);
         return record;
     }
 

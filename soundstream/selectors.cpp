@@ -58,9 +58,9 @@ ComponentResult Version(QTSoundStreamGlobals*) { return version; }
 ComponentResult Open(QTSoundStreamGlobals* former, ComponentInstance self)
 {
     Close(former, self);
-    std::unique_ptr<QTSoundStreamGlobals, Releases<closeInstance>> globals(liveInstances.create());
+    std::unique_ptr<QTSoundStreamGlobals, Releases<closeInstance>> globals(
+        liveInstances.create([self](QTSoundStreamGlobals& created) { created.self = self; }));
     if (!globals) return memFullErr;
-    globals->self = self;
     const long refcon = GetComponentRefcon(reinterpret_cast<Component>(self));
     globals->refcon = liveRefcons.find(reinterpret_cast<const void*>(refcon)).release();
     if (globals->refcon) storeInOrder(globals->refcon->globals, globals.get());

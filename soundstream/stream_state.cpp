@@ -10,16 +10,6 @@ LiveRecords<StreamState> liveStates;
 LiveRecords<RefconRecord> liveRefcons;
 LiveRecords<QTSoundStreamGlobals> liveInstances;
 
-RefconRecord* newRefconRecord(StreamState& state)
-{
-    RefconRecord* const record = liveRefcons.allocate();
-    if (!record) return nullptr;
-    use(state);
-    record->state = &state;
-    liveRefcons.add(*record);
-    return record;
-}
-
 void destroy(StreamState* state) { std::free(state); }
 
 void destroy(RefconRecord* record)

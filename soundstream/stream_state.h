@@ -60,10 +60,6 @@ extern LiveRecords<StreamState> liveStates;
 extern LiveRecords<RefconRecord> liveRefcons;
 extern LiveRecords<QTSoundStreamGlobals> liveInstances;
 
-/// Create the live refcon record of a state; null without memory.
-/// [main]
-RefconRecord* newRefconRecord(StreamState& state);
-
 /// Free a record without users, and leave the record that it uses.
 /// [any]
 void destroy(StreamState* state);
