@@ -1,5 +1,5 @@
-// Waiting in ticks. Devices that are turned by hand are turned here by the time that passes, so that whoever
-// waits for such a device does not wait for ever.
+// Waiting in ticks. A wait also advances the stepped devices: a program that waits for a stepped device would
+// wait for ever otherwise.
 #include "platform/carbon/ticks.h"
 #include "platform/hal/step.h"
 

@@ -1,4 +1,4 @@
-// Moments and durations of the host clock. Sums stop at the last moment that 64 bits hold: it never comes.
+// Moments of the host clock and durations. A sum past 64 bits is the last moment, which never comes.
 #include "platform/support/host_clock.h"
 
 #include <Carbon/DriverServices.h>
@@ -20,8 +20,6 @@ UnsignedWide wideOf(std::uint64_t number)
     return {static_cast<UInt32>(number & 0xFFFFFFFF), static_cast<UInt32>(number >> 32)};
 }
 
-std::uint64_t sum(std::uint64_t a, std::uint64_t b) { return a > never - b ? never : a + b; }
-
 std::uint64_t nanosecondsOf(Duration duration)
 {
     if (duration == durationForever) return never;
@@ -35,17 +33,9 @@ AbsoluteTime UpTime(void) { return wideOf(hostclock::now()); }
 
 AbsoluteTime AddDurationToAbsolute(Duration duration, AbsoluteTime absoluteTime)
 {
-    return wideOf(sum(numberOf(absoluteTime), nanosecondsOf(duration)));
+    const std::uint64_t start = numberOf(absoluteTime), length = nanosecondsOf(duration);
+    return wideOf(start > never - length ? never : start + length);
 }
-
-AbsoluteTime DurationToAbsolute(Duration duration) { return wideOf(nanosecondsOf(duration)); }
-
-AbsoluteTime AddNanosecondsToAbsolute(Nanoseconds nanoseconds, AbsoluteTime absoluteTime)
-{
-    return wideOf(sum(numberOf(absoluteTime), numberOf(nanoseconds)));
-}
-
-Nanoseconds AbsoluteToNanoseconds(AbsoluteTime absoluteTime) { return absoluteTime; }
 
 OSStatus MPDelayUntil(AbsoluteTime* expirationTime)
 {

@@ -1,6 +1,5 @@
-// What is inside a file reference: the number of a path. A path that was once referred to is kept for as long
-// as the program lives, so that a reference is a value that nobody has to release; the memory is bounded by
-// the number of different paths.
+// File references. Each holds the number of a path in a table that only grows, so nothing releases a
+// reference, and the table's size is bounded by the number of different paths. All functions: [any].
 #pragma once
 
 #include <Carbon/Files.h>
@@ -10,11 +9,12 @@
 
 namespace kvxplatform::carbon {
 
-/// Fill `ref` for the item at a path, under the name that it has on the disk, and say whether it is a folder.
-/// Errors  as FSPathMakeRef; nothing is written then. Throws std::bad_alloc. Thread [any].
+/// Fill `ref` for the item at a path, by its stored name. Throws std::bad_alloc.
+/// Errors  those of FSPathMakeRef; the out-parameters are unchanged then.
 OSStatus makeReference(std::string_view path, FSRef& ref, bool& isFolder);
 
-/// Nothing for a reference that none of our functions filled. Throws std::bad_alloc. Thread [any].
+/// Returns  the path of a reference; nothing for bytes that makeReference did not write. Throws
+/// std::bad_alloc.
 std::optional<std::string> pathOf(const FSRef& ref);
 
 } // namespace kvxplatform::carbon

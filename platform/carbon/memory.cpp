@@ -1,5 +1,6 @@
-// Handles. Each is an allocation of its own in the C library's hands, so that whoever writes past its end is
-// found out like everybody else.
+// Memory handles. Each block is an allocation of the C library, so memory checkers see writes past its end.
+#include "platform/support/border.h"
+#include "platform/support/free_deleter.h"
 #include "platform/support/live_count.h"
 
 #include <Carbon/Carbon.h>
@@ -7,17 +8,16 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <mutex>
 #include <unordered_map>
 
 namespace {
 
-kvxplatform::LiveCount account("Handle");
+kvxplatform::LiveCount liveHandles("Handle");
 
 thread_local OSErr lastError = noErr;
 
-/// The sizes of all handles there are. Never destroyed: programs dispose handles while they end.
+/// The sizes of all handles. Never destroyed: programs dispose of handles while they exit.
 struct Handles {
     std::mutex lock;
     std::unordered_map<Handle, Size> sizes;
@@ -28,31 +28,28 @@ Handles& handles()
     return all;
 }
 
-/// Memory for `size` bytes: never null for a size that can be had.
+/// Zeroed memory; not null for size 0.
 Ptr newBlock(Size size)
 {
     return static_cast<Ptr>(std::calloc(static_cast<std::size_t>(std::max<Size>(size, 1)), 1));
 }
 
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
 Handle newHandle(Size size)
 {
     if (size < 0) return nullptr;
-    std::unique_ptr<char, Free> block(newBlock(size));
-    std::unique_ptr<Ptr, Free> master(static_cast<Handle>(std::malloc(sizeof(Ptr))));
+    kvxplatform::Freed<char> block(newBlock(size));
+    kvxplatform::Freed<Ptr> master(static_cast<Handle>(std::malloc(sizeof(Ptr))));
     if (!block || !master) return nullptr;
     Handles& all = handles();
     const std::lock_guard<std::mutex> guard(all.lock);
     all.sizes[master.get()] = size;
-    account.add();
+    liveHandles.add();
     *master = block.release();
     return master.release();
 }
 
-/// The size of a handle; -1, with the reason noted, for what is none. With the lock.
+/// Returns  the size of a handle; -1 for an invalid one. Sets `lastError`.
+/// [any], with the lock
 Size sizeOf(const Handles& all, Handle h)
 {
     const auto found = all.sizes.find(h);
@@ -64,11 +61,7 @@ Size sizeOf(const Handles& all, Handle h)
 
 Handle NewHandleClear(Size size)
 {
-    Handle made = nullptr;
-    try {
-        made = newHandle(size);
-    } catch (...) { // no memory
-    }
+    const Handle made = kvxplatform::withinBorder(nullptr, [&] { return newHandle(size); });
     lastError = made ? noErr : memFullErr;
     return made;
 }
@@ -85,7 +78,7 @@ void DisposeHandle(Handle h)
         if (sizeOf(all, h) < 0) return;
         all.sizes.erase(h);
     }
-    account.remove();
+    liveHandles.remove();
     std::free(*h);
     std::free(h);
 }

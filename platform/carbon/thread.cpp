@@ -2,6 +2,5 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-// The main thread is the one whose ID is the process's. Asked of the kernel each time: a child of fork() has
-// a main thread of its own.
+// The main thread has the ID of the process. Not cached: a child of fork() has another main thread.
 int pthread_main_np(void) { return syscall(SYS_gettid) == getpid(); }

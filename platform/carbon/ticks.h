@@ -1,4 +1,4 @@
-// Sixtieths of a second, exactly: how many have passed, and how long some are.
+// Ticks, sixtieths of a second, to and from nanoseconds. All functions: [any].
 #pragma once
 
 #include "platform/support/host_clock.h"
@@ -9,14 +9,14 @@ namespace kvxplatform::carbon {
 
 constexpr std::uint64_t ticksPerSecond = 60;
 
-/// Whole ticks in a time; no intermediate result leaves 64 bits.
+/// Round a time down to whole ticks, for any 64-bit time.
 constexpr std::uint64_t ticksIn(std::uint64_t nanoseconds)
 {
     return nanoseconds / hostclock::nanosecondsPerSecond * ticksPerSecond +
            nanoseconds % hostclock::nanosecondsPerSecond * ticksPerSecond / hostclock::nanosecondsPerSecond;
 }
 
-/// The shortest time that holds that many ticks. `ticks` is at most what a 32-bit count holds.
+/// The shortest time of that many ticks. `ticks` is at most 2^32 - 1.
 constexpr std::uint64_t nanosecondsIn(std::uint64_t ticks)
 {
     return ticks / ticksPerSecond * hostclock::nanosecondsPerSecond +

@@ -21,7 +21,7 @@ try {
     return outOfResources;
 }
 
-/// The same with one result for both failures.
+/// Run the body of a C function that has one result for all exceptions.
 /// [any]
 template <class Body>
 std::invoke_result_t<Body> withinBorder(std::invoke_result_t<Body> failure, Body body) noexcept

@@ -1,14 +1,13 @@
 #include "platform/support/file_path.h"
 
+#include "platform/support/free_deleter.h"
 #include "platform/support/normal_form.h"
 
 #include <Carbon/MacErrors.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <iterator>
-#include <memory>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,7 +15,7 @@
 namespace kvxplatform {
 namespace {
 
-/// What stands between the slashes, in turn.
+/// Call `visit` with each component between slashes, in order.
 template <class Visit>
 void eachComponent(std::string_view path, Visit visit)
 {
@@ -27,8 +26,8 @@ void eachComponent(std::string_view path, Visit visit)
     }
 }
 
-// A link to nowhere is there, too; so is what stands in a folder that may not be looked into.
-bool isThere(const std::string& path)
+// A dangling link exists, and so does an item in a folder without search permission.
+bool exists(const std::string& path)
 {
     struct stat ignored;
     return lstat(path.c_str(), &ignored) == 0 || errno == EACCES;
@@ -36,22 +35,19 @@ bool isThere(const std::string& path)
 
 std::string currentFolder()
 {
-    struct Free {
-        void operator()(char* memory) const { std::free(memory); }
-    };
-    const std::unique_ptr<char, Free> folder(getcwd(nullptr, 0));
+    const Freed<char> folder(getcwd(nullptr, 0));
     return folder ? folder.get() : "";
 }
 
-/// `folder` and a component of it, under the name that is there; as given if none is.
+/// The path of a folder's item by its stored name; by the given name if there is no such item.
 std::string componentOnDisk(const std::string& folder, std::string_view name)
 {
-    const std::string asGiven = folder + '/' + std::string(name);
-    if (isThere(asGiven)) return asGiven;
+    const std::string given = folder + '/' + std::string(name);
+    if (exists(given)) return given;
     for (const CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD})
         if (const auto other = inNormalForm(name, form))
-            if (std::string found = folder + '/' + *other; isThere(found)) return found;
-    return asGiven;
+            if (std::string found = folder + '/' + *other; exists(found)) return found;
+    return given;
 }
 
 } // namespace
@@ -74,10 +70,10 @@ std::string absolutePath(std::string_view path)
 
 std::string pathOnDisk(const std::string& absolute)
 {
-    if (isThere(absolute)) return absolute;
+    if (exists(absolute)) return absolute;
     std::string found;
     eachComponent(absolute, [&](std::string_view component) { found = componentOnDisk(found, component); });
-    return isThere(found) ? found : absolute;
+    return exists(found) ? found : absolute;
 }
 
 OSStatus statusOfError(int error)

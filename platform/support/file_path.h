@@ -1,6 +1,6 @@
-// Paths of this machine: from the root, and in the form that stands on the disk.
+// Absolute paths, and path lookup by normal form. All functions: [any].
 //
-// A path is bytes, UTF-8 by custom. One that is not UTF-8 is as good as any, but has no other form.
+// A path is bytes, usually UTF-8. A path in another encoding is valid but has one form only.
 #pragma once
 
 #include <MacTypes.h>
@@ -10,18 +10,19 @@
 
 namespace kvxplatform {
 
-/// The path from the root: a relative one begins at the current folder. Without empty components, "." and a
-/// slash at the end; ".." and links stay as they are. Empty for an empty path, one with a NUL, or if there is
-/// no current folder any more. Throws std::bad_alloc.
+/// Make a path absolute, from the current folder. Removes empty components, "." and a slash at the end, but
+/// keeps
+/// ".." and links. Throws std::bad_alloc.
+/// Returns  an empty path if `path` is empty or contains a NUL, or the current folder does not exist any
+/// more.
 std::string absolutePath(std::string_view path);
 
-/// The same path as its item is named on the disk. The name of a file may be stored with composed letters or
-/// with letters and their marks apart; who asks for it may have the other. A component that is there as given
-/// is never exchanged; the others are looked for composed, then decomposed. The path as given if it is not
-/// found so. Throws std::bad_alloc.
+/// Find the stored name of an item whose letters may be stored composed or decomposed. Each component is
+/// looked up as given, then composed, then decomposed. Throws std::bad_alloc. Returns  the given path if
+/// there is no such item.
 std::string pathOnDisk(const std::string& absolute);
 
-/// The platform's code for what the system said (`errno`) about a path.
+/// The platform's status for an `errno` of a path.
 OSStatus statusOfError(int error);
 
 } // namespace kvxplatform

@@ -1,9 +1,8 @@
-// Handles that outlive what they name: a number made of kind, slot and the slot's generation, so that a
-// closed handle is recognised for as long as the program lives, whatever was opened since. A slot whose
-// generations are used up is never used again.
+// Handles that stay invalid after their object is closed: numbers made of a kind, a slot and the slot's
+// generation. A slot whose generations are used up is never used again.
 //
-// A use keeps what a handle names whole; who closes it meanwhile takes the handle away at once, and the last
-// use to end frees it. Finding a use neither locks nor allocates.
+// A use keeps its object alive. A close makes the handle invalid at once; the end of the last use frees the
+// object.
 #pragma once
 
 #include <atomic>
@@ -14,9 +13,10 @@
 
 namespace kvxplatform {
 
-using HandleNumber = std::uint32_t; // 0 names nothing
+using HandleNumber = std::uint32_t; ///< 0 names no object
 
-/// A handle as it goes by: a pointer that points at nothing. What cannot be a number names nothing.
+/// The number in a handle, which is a pointer type without an address; 0 if the value cannot be a number.
+/// [any]
 template <class T>
 HandleNumber numberOf(T* handle)
 {
@@ -24,14 +24,16 @@ HandleNumber numberOf(T* handle)
     const auto number = static_cast<HandleNumber>(value);
     return value == number ? number : 0;
 }
+
+/// [any]
 template <class Handle>
 Handle handleOf(HandleNumber number)
 {
     return reinterpret_cast<Handle>(static_cast<std::uintptr_t>(number));
 }
 
-/// A table of up to 4,096 things at a time. `kind` (1 to 3) tells the handles of different tables apart; a
-/// slot serves 2^generationBits - 1 times.
+/// Up to 4,096 objects at a time. `kind` (1 to 3) distinguishes the handles of different tables; a slot
+/// serves 2^generationBits - 1 objects.
 template <class T, std::uint32_t kind, unsigned generationBits = 18>
 class HandleTable {
     static_assert(kind >= 1 && kind <= 3 && generationBits <= 18, "a handle has 32 bits");
@@ -40,50 +42,51 @@ class HandleTable {
 public:
     static constexpr std::uint32_t capacity = 1 << 12;
 
-    /// What a handle names, for as long as this lives; empty for a handle that names nothing.
+    /// The object of a handle, kept alive; empty for an invalid handle.
     class Use {
     public:
         Use() = default;
-        Use(Use&& other) noexcept : table(other.table), slot(other.slot) { other.slot = nullptr; }
+        Use(Use&& other) noexcept : table_(other.table_), slot_(other.slot_) { other.slot_ = nullptr; }
         Use(const Use&) = delete;
         Use& operator=(const Use&) = delete;
         Use& operator=(Use&&) = delete;
         ~Use()
         {
-            if (slot) table->release(*slot);
+            if (slot_) table_->release(*slot_);
         }
-        explicit operator bool() const { return slot; }
-        T& operator*() const { return *slot->thing; }
-        T* operator->() const { return slot->thing.get(); }
+        explicit operator bool() const { return slot_; }
+        T& operator*() const { return *slot_->object; }
+        T* operator->() const { return slot_->object.get(); }
 
     private:
         friend HandleTable;
-        Use(HandleTable* t, Slot* s) : table(t), slot(s) {}
-        HandleTable* table = nullptr;
-        Slot* slot = nullptr;
+        Use(HandleTable* table, Slot* slot) : table_(table), slot_(slot) {}
+        HandleTable* table_ = nullptr;
+        Slot* slot_ = nullptr;
     };
 
     HandleTable()
     {
-        slots.reserve(capacity);
-        freeSlots.reserve(capacity); // so that giving a slot back never allocates
+        slots_.reserve(capacity);
+        freeSlots_.reserve(capacity); // release() never allocates
     }
 
-    /// A handle for `thing`, which `prepare(thing, handle)` may finish before any other thread can use it; 0
-    /// when the table is full or `prepare` returns false, and `thing` is gone then. Thread [any].
+    /// Add an object. `prepare(object, handle)` completes it, and the handle is valid while it runs.
+    /// Returns  the handle; 0 if the table is full or `prepare` returns false, and the object is freed then.
+    /// [any]
     template <class Prepare>
-    HandleNumber add(std::unique_ptr<T> thing, Prepare prepare)
+    HandleNumber add(std::unique_ptr<T> object, Prepare prepare)
     {
         Slot* slot = takeSlot();
         if (!slot) return 0;
-        slot->thing = std::move(thing);
+        slot->object = std::move(object);
         const std::uint32_t generation = generationOf(slot->word.load(std::memory_order_relaxed));
         const HandleNumber handle = generation << 14 | slot->index << 2 | kind;
-        slot->word.store(word(generation, isOpen, 1), std::memory_order_release); // one use: this call's
+        slot->word.store(word(generation, isOpen, 1), std::memory_order_release); // one use: this call
         const Use opening(this, slot);
         bool isKept = false;
         try {
-            isKept = prepare(*slot->thing, handle);
+            isKept = prepare(*slot->object, handle);
         } catch (...) {
             slot->word.fetch_and(~isOpen);
             throw;
@@ -92,7 +95,8 @@ public:
         return isKept ? handle : 0;
     }
 
-    /// Thread [any], [audio] too.
+    /// Returns  the object of a handle. Neither locks nor allocates.
+    /// [any]
     Use use(HandleNumber handle)
     {
         Slot* slot = slotOf(handle);
@@ -105,8 +109,8 @@ public:
         return Use(this, slot);
     }
 
-    /// The use of the one caller who closes `handle`; empty for a handle that names nothing or that somebody
-    /// else is closing. The handle stays good until endClose, so that what is closed can still be spoken to.
+    /// Start the close of an object. The handle stays valid until endClose, so that the object can still be
+    /// used. Returns  empty for an invalid handle or an object that is closing already. [any]
     Use beginClose(HandleNumber handle)
     {
         Slot* slot = slotOf(handle);
@@ -119,11 +123,12 @@ public:
         return Use(this, slot);
     }
 
-    /// From here on the handle names nothing; the last use, perhaps this one, frees the thing.
-    void endClose(Use use) { use.slot->word.fetch_and(~isOpen, std::memory_order_acq_rel); }
+    /// Make the handle invalid. The end of the last use, perhaps this one, frees the object.
+    /// [any]
+    void endClose(Use use) { use.slot_->word.fetch_and(~isOpen, std::memory_order_acq_rel); }
 
 private:
-    // A slot's word: generation in the upper half; open, closing and the number of uses in the lower.
+    // A slot's word: the generation in the upper half; two flags and the number of uses in the lower half.
     static constexpr std::uint64_t isOpen = 1u << 31;
     static constexpr std::uint64_t isClosing = 1u << 30;
     static constexpr std::uint64_t usesMask = isClosing - 1;
@@ -132,7 +137,7 @@ private:
     struct Slot {
         std::atomic<std::uint64_t> word{0};
         std::uint32_t index = 0;
-        std::unique_ptr<T> thing;
+        std::unique_ptr<T> object;
     };
 
     static std::uint64_t word(std::uint32_t generation, std::uint64_t flags, std::uint32_t uses)
@@ -144,23 +149,24 @@ private:
     Slot* slotOf(HandleNumber handle)
     {
         const std::uint32_t index = handle >> 2 & (capacity - 1);
-        if ((handle & 3) != kind || index >= slotCount.load(std::memory_order_acquire)) return nullptr;
-        return slots[index].get();
+        if ((handle & 3) != kind || index >= slotCount_.load(std::memory_order_acquire)) return nullptr;
+        return slots_[index].get();
     }
 
     Slot* takeSlot()
     {
-        const std::lock_guard<std::mutex> guard(lock);
+        const std::lock_guard<std::mutex> guard(lock_);
         Slot* slot = nullptr;
-        if (!freeSlots.empty() && (freeSlots.size() > 64 || slots.size() == capacity)) {
-            slot = freeSlots.front(); // the longest unused: its old handles are the likeliest to be forgotten
-            freeSlots.erase(freeSlots.begin());
-        } else if (slots.size() < capacity) {
-            slots.push_back(std::make_unique<Slot>());
-            slot = slots.back().get();
-            slot->index = static_cast<std::uint32_t>(slots.size() - 1);
+        if (!freeSlots_.empty() && (freeSlots_.size() > 64 || slots_.size() == capacity)) {
+            slot =
+                freeSlots_.front(); // the longest unused: its handles are the least likely to be in use still
+            freeSlots_.erase(freeSlots_.begin());
+        } else if (slots_.size() < capacity) {
+            slots_.push_back(std::make_unique<Slot>());
+            slot = slots_.back().get();
+            slot->index = static_cast<std::uint32_t>(slots_.size() - 1);
             slot->word.store(word(1, 0, 0), std::memory_order_relaxed);
-            slotCount.store(slot->index + 1, std::memory_order_release);
+            slotCount_.store(slot->index + 1, std::memory_order_release);
         } else {
             return nullptr;
         }
@@ -171,19 +177,19 @@ private:
     {
         const std::uint64_t before = slot.word.fetch_sub(1, std::memory_order_acq_rel);
         if ((before & usesMask) != 1 || before & isOpen) return;
-        // Closed and the last use: nobody can find the slot any more.
-        slot.thing.reset();
+        // Closed and the last use: no thread can find the slot any more.
+        slot.object.reset();
         const std::uint32_t next = generationOf(before) + 1;
         slot.word.store(word(next, 0, 0), std::memory_order_release);
         if (next == generations) return;
-        const std::lock_guard<std::mutex> guard(lock);
-        freeSlots.push_back(&slot);
+        const std::lock_guard<std::mutex> guard(lock_);
+        freeSlots_.push_back(&slot);
     }
 
-    std::mutex lock; // of the two lists; slots never move
-    std::vector<std::unique_ptr<Slot>> slots;
-    std::vector<Slot*> freeSlots;
-    std::atomic<std::uint32_t> slotCount{0};
+    std::mutex lock_; ///< guards the two lists; slots never move
+    std::vector<std::unique_ptr<Slot>> slots_;
+    std::vector<Slot*> freeSlots_;
+    std::atomic<std::uint32_t> slotCount_{0};
 };
 
 } // namespace kvxplatform

@@ -7,8 +7,8 @@
 namespace kvxplatform::hostclock {
 namespace {
 
-// A 32-bit time_t ends before 64 bits of nanoseconds do; so far ahead, sleep in stretches of it.
-constexpr std::uint64_t longestStretch = 1000000 * nanosecondsPerSecond;
+// A 32-bit time_t cannot hold every 64-bit moment, so a long sleep is made of several.
+constexpr std::uint64_t longestSleep = 1000000 * nanosecondsPerSecond;
 
 timespec timespecOf(std::uint64_t moment)
 {
@@ -31,7 +31,7 @@ std::uint64_t now()
 void sleepUntil(std::uint64_t moment)
 {
     for (std::uint64_t present = now(); present < moment; present = now()) {
-        const timespec end = timespecOf(present + std::min(moment - present, longestStretch));
+        const timespec end = timespecOf(present + std::min(moment - present, longestSleep));
         clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr);
     }
 }

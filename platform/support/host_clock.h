@@ -1,5 +1,4 @@
-// The one clock of the platform: host time, UpTime and ticks all read it. Nanoseconds since the machine
-// started, so that conversions lose nothing.
+// The host clock: nanoseconds since the machine started. Host time, UpTime and ticks all read it.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +7,12 @@ namespace kvxplatform::hostclock {
 
 constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
 
-/// Never goes back. [any], [audio] too.
+/// Never goes back. Neither allocates nor blocks.
+/// [any]
 std::uint64_t now();
 
-/// Block the calling thread until `moment`; at once if it has passed. Signals do not shorten it.
+/// Block the calling thread until `moment`. Returns at once if it has passed; signals do not end the wait.
+/// [any but audio]
 void sleepUntil(std::uint64_t moment);
 
 } // namespace kvxplatform::hostclock

@@ -8,7 +8,7 @@
 namespace kvxplatform {
 
 namespace {
-const LiveCount* first = nullptr; // all counts are made as the library is loaded, on one thread
+const LiveCount* first = nullptr; // the list is complete after the library is loaded
 }
 
 LiveCount::LiveCount(const char* kind) : kind_(kind), next_(first) { first = this; }
@@ -24,7 +24,7 @@ uint32_t KVXPlatformGetLiveCounts(KVXLiveCount* rows, uint32_t capacity)
         if (rows && kinds < capacity) rows[kinds] = {each->kind(), count};
         ++kinds;
     }
-    // By name, so that a report does not depend on the order of linking.
+    // By name: the order of the list depends on the order of linking.
     if (rows)
         std::sort(rows, rows + std::min(kinds, capacity), [](const KVXLiveCount& a, const KVXLiveCount& b) {
             return std::strcmp(a.kind, b.kind) < 0;

@@ -1,4 +1,4 @@
-// How many objects of a kind a caller still has to release: what a leak report shows.
+// The number of live objects of each kind, for leak reports.
 #pragma once
 
 #include <atomic>
@@ -6,10 +6,11 @@
 
 namespace kvxplatform {
 
-/// One static of each kind, in the file that makes and ends its objects. Thread: [any], [audio] too.
+/// One static object for each kind, in the source file that makes and destroys its objects.
+/// [any]
 class LiveCount {
 public:
-    /// `kind` lives for ever.
+    /// `kind` must outlive the program.
     explicit LiveCount(const char* kind);
 
     void add() { count_.fetch_add(1, std::memory_order_relaxed); }

@@ -1,5 +1,4 @@
-// What the platform does with a call that has no meaning and no way to say so: it ends the process, as the
-// real one would, but with a line that names the call.
+// The end of the process after a call with invalid arguments that cannot report an error.
 #pragma once
 
 #include <cstdio>
@@ -7,7 +6,8 @@
 
 namespace kvxplatform {
 
-/// `text` says which call was given what, as in "CFRelease was given NULL".
+/// Print a line and abort. `text` names the function and the argument: "CFRelease was given NULL".
+/// [any]
 [[noreturn]] inline void endForMisuse(const char* text)
 {
     std::fprintf(stderr, "platform: %s\n", text);

@@ -1,8 +1,8 @@
 #include "platform/support/normal_form.h"
 
-#include <cstdlib>
+#include "platform/support/free_deleter.h"
+
 #include <iterator>
-#include <memory>
 #include <new>
 
 #include <utf8proc.h>
@@ -10,17 +10,13 @@
 namespace kvxplatform {
 namespace {
 
-constexpr int common = UTF8PROC_STABLE; // never changed by later versions of Unicode
+constexpr int common = UTF8PROC_STABLE; // the same result in later versions of Unicode
 
 constexpr int optionsOfForm[] = {
     common | UTF8PROC_DECOMPOSE,                   // D
     common | UTF8PROC_DECOMPOSE | UTF8PROC_COMPAT, // KD
     common | UTF8PROC_COMPOSE,                     // C
     common | UTF8PROC_COMPOSE | UTF8PROC_COMPAT,   // KC
-};
-
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
 };
 
 } // namespace
@@ -37,7 +33,7 @@ std::optional<std::string> inNormalForm(std::string_view utf8, CFStringNormaliza
     const auto size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
                                    static_cast<utf8proc_ssize_t>(utf8.size()), &output,
                                    static_cast<utf8proc_option_t>(optionsOfForm[form]));
-    const std::unique_ptr<utf8proc_uint8_t, Free> owner(output);
+    const Freed<utf8proc_uint8_t> owner(output);
     if (size == UTF8PROC_ERROR_INVALIDUTF8) return {};
     if (size < 0) throw std::bad_alloc();
     return std::string(reinterpret_cast<char*>(output), static_cast<std::size_t>(size));

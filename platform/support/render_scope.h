@@ -30,9 +30,11 @@ public:
         RenderScope* scope_;
     };
 
+    /// [any]
     Stamp now() const { return count_; }
 
     /// Whether the render call of that moment has left; true if there was none.
+    /// [any]
     bool hasLeft(Stamp stamp) const { return stamp % 2 == 0 || count_ != stamp; }
 
     /// Wait until the render call in progress has left; later ones are not waited for. Returns at once when
@@ -50,8 +52,8 @@ public:
     static bool isInsideAny();
 
 private:
-    std::atomic<std::uintptr_t> thread_{0}; ///< inside; 0 for none
-    std::atomic<Stamp> count_{0};           ///< of entries and exits: odd while a render call is in progress
+    std::atomic<std::uintptr_t> thread_{0}; ///< the thread inside; 0 for none
+    std::atomic<Stamp> count_{0};           ///< entries plus exits: odd while a render call is in progress
 };
 
 } // namespace kvxplatform

@@ -1,4 +1,4 @@
-// Waiting for an audio thread, which wakes no other thread.
+// Waiting for a render thread, which signals no condition.
 #pragma once
 
 #include <chrono>
@@ -6,9 +6,8 @@
 
 namespace kvxplatform {
 
-/// Return once `isOver()` is true, looking every 50 microseconds. Sleeps in between: a thread that yields
-/// gives a whole time slice to each busy process of the machine. Thread [any]; a caller inside a slice
-/// must not wait for that slice.
+/// Wait until `isOver()`, checked every 50 microseconds. It sleeps in between, because a yield would give a
+/// whole time slice to every busy process. A render call must not wait for itself. [any]
 template <class Condition>
 void waitUntil(Condition isOver)
 {

@@ -28,10 +28,6 @@ KVX_PLATFORM_EXPORT AbsoluteTime UpTime(void);
 
 /* durationForever is the last moment there is. */
 KVX_PLATFORM_EXPORT AbsoluteTime AddDurationToAbsolute(Duration duration, AbsoluteTime absoluteTime);
-KVX_PLATFORM_EXPORT AbsoluteTime DurationToAbsolute(Duration duration);
-
-KVX_PLATFORM_EXPORT AbsoluteTime AddNanosecondsToAbsolute(Nanoseconds nanoseconds, AbsoluteTime absoluteTime);
-KVX_PLATFORM_EXPORT Nanoseconds AbsoluteToNanoseconds(AbsoluteTime absoluteTime);
 
 KVX_PLATFORM_END
 

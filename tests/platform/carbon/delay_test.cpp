@@ -1,4 +1,4 @@
-// Ticks, and whom Delay lets time pass for.
+// Ticks, and Delay beside stepped devices.
 #include "platform/carbon/ticks.h"
 #include "platform/hal/step.h"
 
@@ -41,24 +41,24 @@ TEST(Ticks, AreSixtiethsOfASecondRoundedDown)
         {999999999, 59, "just under a second"},
         {1000000000, 60, "a second"},
         {86400000000000, 5184000, "a day"},
-        {UINT64_MAX, 1106804644422, "64 bits of nanoseconds, and no overflow on the way"},
+        {UINT64_MAX, 1106804644422, "the last 64-bit time, without overflow"},
     };
     for (const auto& fact : facts) EXPECT_EQ(ticksIn(fact.nanoseconds), fact.ticks) << fact.why;
 }
 
-TEST(Ticks, LastAsLongAsTheyMust)
+TEST(Ticks, LastAtLeastASixtiethOfASecond)
 {
     const struct {
         std::uint64_t ticks, nanoseconds;
         const char* why;
     } facts[] = {
         {0, 0, "none"},
-        {1, 16666667, "rounded up, or the count would lag"},
-        {2, 33333334, "likewise"},
+        {1, 16666667, "rounded up: the tick count must have moved"},
+        {2, 33333334, "rounded up"},
         {3, 50000000, "three are exact"},
-        {59, 983333334, "the last of a second"},
+        {59, 983333334, "one tick less than a second"},
         {60, 1000000000, "a second"},
-        {61, 1016666667, "and one more"},
+        {61, 1016666667, "one tick more than a second"},
         {UINT32_MAX, 71582788250000000, "the longest delay"},
     };
     for (const auto& fact : facts) {
@@ -76,7 +76,7 @@ protected:
     }
 };
 
-TEST_F(Delays, WaitThatManyTicks)
+TEST_F(Delays, WaitForTheirNumberOfTicks)
 {
     for (const unsigned long ticks : {0ul, 1ul, 2ul, 5ul}) {
         const UInt32 before = TickCount();
@@ -87,7 +87,7 @@ TEST_F(Delays, WaitThatManyTicks)
     }
 }
 
-TEST_F(Delays, LetTheTimePassForSteppedDevices)
+TEST_F(Delays, AdvanceTheSteppedDevices)
 {
     Delay(0, nullptr);
     Delay(1, nullptr);
@@ -95,11 +95,11 @@ TEST_F(Delays, LetTheTimePassForSteppedDevices)
     EXPECT_EQ(advances, (std::vector<double>{0.0, 1.0 / 60, 3.0 / 60}));
 }
 
-TEST_F(Delays, DoNotWaitWhereOnlySteppedDevicesRun)
+TEST_F(Delays, ReturnAtOnceIfOnlySteppedDevicesRun)
 {
     isAnySteppedDeviceRunning = true;
     unsigned long after = 0;
-    Delay(0xFFFFFFFF, &after); // two years: it returns, or this test does not
+    Delay(0xFFFFFFFF, &after); // more than two years
     EXPECT_NE(after, 0u);
     Delay(0xFFFFFFFF, nullptr);
     EXPECT_EQ(advances, (std::vector<double>{0xFFFFFFFF / 60.0, 0xFFFFFFFF / 60.0}));

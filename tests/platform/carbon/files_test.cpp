@@ -1,4 +1,4 @@
-// References to files: values that mean a path, and names in the form that stands on the disk.
+// File references, and path lookup by the normal form of a name.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ std::string pathOf(const FSRef& ref)
     return status == noErr ? reinterpret_cast<char*>(path) : "status " + std::to_string(status);
 }
 
-/// A reference's path, by way of the reference.
+/// Make a reference and return its path.
 std::string found(const std::string& path)
 {
     FSRef ref;
@@ -55,7 +55,7 @@ std::string found(const std::string& path)
     return status == noErr ? pathOf(ref) : "status " + std::to_string(status);
 }
 
-TEST(FileReferences, MeanAPath)
+TEST(FileReferences, NameAPath)
 {
     const Folder folder;
     makeFile(folder / "a.wav");
@@ -71,10 +71,10 @@ TEST(FileReferences, MeanAPath)
     EXPECT_NE(std::memcmp(&ref, &other, sizeof ref), 0);
 
     fs::remove(folder / "a.wav");
-    EXPECT_EQ(pathOf(ref), folder / "a.wav") << "it stays good when the item has gone";
+    EXPECT_EQ(pathOf(ref), folder / "a.wav") << "valid after the item is removed";
 }
 
-TEST(FileReferences, BeginAtTheRoot)
+TEST(FileReferences, HaveAbsolutePaths)
 {
     const Folder folder;
     makeFile(folder / "a.wav");
@@ -82,8 +82,7 @@ TEST(FileReferences, BeginAtTheRoot)
     fs::create_symlink("a.wav", folder / "link");
     const fs::path before = fs::current_path();
     fs::current_path(folder / "sub");
-    const std::string here = fs::current_path().string(); // the system may know it by another name
-    const std::string above = fs::path(here).parent_path().string();
+    const std::string here = fs::current_path().string(); // the folder for temporary files may be a link
     const struct {
         std::string given, expected;
     } facts[] = {
@@ -102,7 +101,7 @@ TEST(FileReferences, BeginAtTheRoot)
     fs::current_path(before);
 }
 
-TEST(FileReferences, AreRefused)
+TEST(FileReferences, AreNotMadeForMissingItems)
 {
     const Folder folder;
     makeFile(folder / "a.wav");
@@ -115,16 +114,16 @@ TEST(FileReferences, AreRefused)
         {folder / "b.wav", fnfErr, "no such file"},
         {folder / "dangling", fnfErr, "a link to nothing"},
         {folder / "no/b.wav", dirNFErr, "no such folder"},
-        {folder / "a.wav/b.wav", dirNFErr, "a file is no folder"},
-        {folder / std::string(256, 'x'), errFSNameTooLong, "longer than a name can be"},
-        {"", paramErr, "nothing"},
+        {folder / "a.wav/b.wav", dirNFErr, "a file in place of a folder"},
+        {folder / std::string(256, 'x'), errFSNameTooLong, "a name that is too long"},
+        {"", paramErr, "an empty path"},
     };
     for (const auto& fact : facts) {
         FSRef ref;
         std::memset(&ref, 0x55, sizeof ref);
         Boolean isFolder = 2;
         EXPECT_EQ(FSPathMakeRef(bytes(fact.path), &ref, &isFolder), fact.status) << fact.why;
-        EXPECT_EQ(ref.hidden[0], 0x55) << "nothing is written: " << fact.why;
+        EXPECT_EQ(ref.hidden[0], 0x55) << "written to: " << fact.why;
         EXPECT_EQ(isFolder, 2) << fact.why;
     }
     FSRef ref;
@@ -132,7 +131,7 @@ TEST(FileReferences, AreRefused)
     EXPECT_EQ(FSPathMakeRef(bytes("/"), nullptr, nullptr), paramErr);
 }
 
-TEST(FileReferences, OfNobodysMakingMeanNothing)
+TEST(FileReferences, OfOtherBytesAreRefused)
 {
     const Folder folder;
     makeFile(folder / "a.wav");
@@ -145,7 +144,7 @@ TEST(FileReferences, OfNobodysMakingMeanNothing)
         EXPECT_EQ(FSRefMakePath(&ref, path, sizeof path), errFSBadFSRef) << filler;
         EXPECT_EQ(CFURLCreateFromFSRef(nullptr, &ref), nullptr) << filler;
     }
-    for (std::size_t i = 0; i < sizeof good; ++i) { // each byte counts
+    for (std::size_t i = 0; i < sizeof good; ++i) { // any byte
         FSRef ref = good;
         ref.hidden[i] ^= 0x40;
         EXPECT_EQ(FSRefMakePath(&ref, path, sizeof path), errFSBadFSRef) << i;
@@ -154,7 +153,7 @@ TEST(FileReferences, OfNobodysMakingMeanNothing)
     EXPECT_EQ(FSRefMakePath(&good, nullptr, sizeof path), paramErr);
 }
 
-TEST(FileReferences, WriteWhatFits)
+TEST(FileReferences, NeedABufferForTheWholePath)
 {
     FSRef ref;
     ASSERT_EQ(FSPathMakeRef(bytes("/tmp"), &ref, nullptr), noErr);
@@ -162,11 +161,11 @@ TEST(FileReferences, WriteWhatFits)
     EXPECT_EQ(FSRefMakePath(&ref, path, 4), errFSNameTooLong);
     EXPECT_EQ(FSRefMakePath(&ref, path, 0), errFSNameTooLong);
     EXPECT_STREQ(reinterpret_cast<char*>(path), "xxxxxxx");
-    EXPECT_EQ(FSRefMakePath(&ref, path, 5), noErr) << "its NUL counts";
+    EXPECT_EQ(FSRefMakePath(&ref, path, 5), noErr) << "with the NUL";
     EXPECT_STREQ(reinterpret_cast<char*>(path), "/tmp");
 }
 
-TEST(FileReferences, AreMadeFromAllThreads)
+TEST(FileReferences, AreTheSameOnAllThreads)
 {
     const Folder folder;
     for (int i = 0; i < 50; ++i) makeFile(folder / std::to_string(i));
@@ -192,19 +191,19 @@ TEST(FileReferences, AreMadeFromAllThreads)
 const std::string composed = "K\u00F6nig \u00C5ngstr\u00F6m";
 const std::string decomposed = "Ko\u0308nig A\u030Angstro\u0308m";
 
-TEST(FileNames, AreFoundInEitherForm)
+TEST(FileNames, AreFoundComposedOrDecomposed)
 {
     const struct {
-        std::string onDisk, asked;
+        std::string onDisk, requested;
         const char* why;
     } facts[] = {
-        {composed, composed, "as it stands"},
-        {decomposed, decomposed, "as it stands"},
+        {composed, composed, "the stored form"},
+        {decomposed, decomposed, "the stored form"},
         {composed, decomposed, "composed on the disk"},
         {decomposed, composed, "decomposed on the disk"},
-        {composed + "/" + decomposed, decomposed + "/" + composed, "each component for itself"},
+        {composed + "/" + decomposed, decomposed + "/" + composed, "each component in another form"},
         {decomposed + "/x/" + composed, composed + "/x/" + composed, "a folder"},
-        {composed + "/plain.wav", decomposed + "/plain.wav", "beside plain ones"},
+        {composed + "/plain.wav", decomposed + "/plain.wav", "with an ASCII component"},
         {"\uD55C\uAE00", "\u1112\u1161\u11AB\u1100\u1173\u11AF", "syllables and their letters"},
     };
     for (const auto& fact : facts) {
@@ -212,11 +211,11 @@ TEST(FileNames, AreFoundInEitherForm)
         const Folder folder;
         fs::create_directories(fs::path(folder / fact.onDisk).parent_path());
         makeFile(folder / fact.onDisk);
-        EXPECT_EQ(found(folder / fact.asked), folder / fact.onDisk);
+        EXPECT_EQ(found(folder / fact.requested), folder / fact.onDisk);
     }
 }
 
-TEST(FileNames, ThatAreThereAreNotExchanged)
+TEST(FileNames, ThatExistAreNotReplaced)
 {
     const Folder folder;
     makeFile(folder / composed);
@@ -224,7 +223,7 @@ TEST(FileNames, ThatAreThereAreNotExchanged)
     EXPECT_EQ(found(folder / composed), folder / composed);
     EXPECT_EQ(found(folder / decomposed), folder / decomposed);
 
-    // A folder that is there as given is not left for another that holds the file.
+    // An existing folder is not replaced by the one that holds the file.
     const Folder other;
     fs::create_directory(other / composed);
     fs::create_directory(other / decomposed);
@@ -233,16 +232,16 @@ TEST(FileNames, ThatAreThereAreNotExchanged)
     EXPECT_EQ(found(other / (decomposed + "/x.wav")), other / (decomposed + "/x.wav"));
 }
 
-TEST(FileNames, ThatAreNotTextHaveNoOtherForm)
+TEST(FileNames, ThatAreNotUtf8HaveOneForm)
 {
     const Folder folder;
-    const std::string latin = "K\xF6nig.wav"; // no UTF-8
+    const std::string latin = "K\xF6nig.wav"; // not UTF-8
     makeFile(folder / latin);
     EXPECT_EQ(found(folder / latin), folder / latin);
     EXPECT_EQ(found(folder / "K\xF6nigin.wav"), "status -43");
 }
 
-TEST(FileNames, AreMadeTexts)
+TEST(FileNames, AreConvertedToStrings)
 {
     HFSUniStr255 name = {};
     for (const UInt16 length : {0, 1, 254, 255}) {

@@ -1,4 +1,4 @@
-// The host clock: one clock under several names.
+// The host clock, which several functions read.
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 
@@ -25,7 +25,7 @@ TEST(HostTime, ConvertsExactlyOverAll64Bits)
     }
 }
 
-TEST(HostTime, NeverGoesBackUnderAnyOfItsNames)
+TEST(HostTime, NeverGoesBackBetweenItsFunctions)
 {
     std::uint64_t last = 0;
     for (int i = 0; i < 10000; ++i) {
@@ -36,7 +36,7 @@ TEST(HostTime, NeverGoesBackUnderAnyOfItsNames)
     EXPECT_GT(last, 0u);
 }
 
-TEST(HostTime, IsWhatTicksCount)
+TEST(HostTime, IsTheTimeThatTicksCount)
 {
     const UInt64 before = AudioGetCurrentHostTime();
     const UInt32 ticks = TickCount();

@@ -1,4 +1,4 @@
-// Sizes that no machine has. Under a sanitizer, which ends the program for them, there is nothing to see.
+// Handles larger than the memory.
 #include "tests/support/sanitizers.h"
 
 #include <Carbon/Carbon.h>
@@ -17,10 +17,10 @@ TEST(HugeHandles, AreRefused)
     const Handle handle = NewHandle(4);
     std::memcpy(*handle, "abcd", 4);
     const auto most = static_cast<Size>(~0UL >> 1);
-    std::vector<Handle> had; // a 32-bit machine may have one or two of them
+    std::vector<Handle> allocated; // one or two may fit on a 32-bit machine
     while (const Handle huge = NewHandle(most)) {
-        had.push_back(huge);
-        ASSERT_LT(had.size(), 3u);
+        allocated.push_back(huge);
+        ASSERT_LT(allocated.size(), 3u);
         EXPECT_EQ(MemError(), noErr);
         EXPECT_EQ(GetHandleSize(huge), most);
         (*huge)[most - 1] = 1;
@@ -30,7 +30,7 @@ TEST(HugeHandles, AreRefused)
     EXPECT_EQ(MemError(), memFullErr);
     EXPECT_EQ(GetHandleSize(handle), 4);
     EXPECT_EQ(std::memcmp(*handle, "abcd", 4), 0);
-    for (Handle huge : had) DisposeHandle(huge);
+    for (Handle huge : allocated) DisposeHandle(huge);
     EXPECT_EQ(MemError(), noErr);
     DisposeHandle(handle);
 }

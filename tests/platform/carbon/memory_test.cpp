@@ -1,4 +1,4 @@
-// Handles.
+// Memory handles.
 #include <Carbon/Carbon.h>
 #include <KVXPlatform/KVXPlatform.h>
 
@@ -20,19 +20,19 @@ long alive()
     return 0;
 }
 
-TEST(Handles, HaveTheSizeThatWasAsked)
+TEST(Handles, HaveTheRequestedSize)
 {
     for (Size size : {0, 1, 2, 4, 5, 255, 4096, 1000003}) {
         for (Handle (*make)(Size) : {NewHandle, NewHandleClear}) {
             const Handle handle = make(size);
             ASSERT_NE(handle, nullptr) << size;
-            ASSERT_NE(*handle, nullptr) << "an empty block, too, has a place";
+            ASSERT_NE(*handle, nullptr) << "size 0 has a block, too";
             EXPECT_EQ(MemError(), noErr);
             EXPECT_EQ(GetHandleSize(handle), size);
             EXPECT_EQ(MemError(), noErr);
             if (make == NewHandleClear)
                 for (Size i = 0; i < size; ++i) ASSERT_EQ((*handle)[i], 0) << i;
-            std::memset(*handle, 0xFF, static_cast<std::size_t>(size)); // all of it is there
+            std::memset(*handle, 0xFF, static_cast<std::size_t>(size)); // the whole block is writable
             EXPECT_EQ(alive(), 1);
             DisposeHandle(handle);
             EXPECT_EQ(MemError(), noErr);
@@ -41,8 +41,8 @@ TEST(Handles, HaveTheSizeThatWasAsked)
     }
 }
 
-// The second block is where a written one was.
-TEST(Handles, AreClearHoweverTheMemoryWasUsedBefore)
+// The allocator reuses the block that was just written and freed.
+TEST(Handles, AreClearInReusedMemory)
 {
     for (int i = 0; i < 100; ++i) {
         const Handle handle = NewHandleClear(200);
@@ -52,7 +52,7 @@ TEST(Handles, AreClearHoweverTheMemoryWasUsedBefore)
     }
 }
 
-TEST(Handles, OfNoSizeAreRefused)
+TEST(Handles, OfANegativeSizeAreRefused)
 {
     const Size least = static_cast<Size>(~(~0UL >> 1));
     for (Size size : {Size{-1}, Size{-1000}, least}) {
@@ -60,12 +60,12 @@ TEST(Handles, OfNoSizeAreRefused)
         EXPECT_EQ(MemError(), memFullErr);
         EXPECT_EQ(NewHandleClear(size), nullptr) << size;
         EXPECT_EQ(MemError(), memFullErr);
-        EXPECT_EQ(MemError(), noErr) << "asking clears it";
+        EXPECT_EQ(MemError(), noErr) << "reading clears the error";
     }
     EXPECT_EQ(alive(), 0);
 }
 
-TEST(Handles, GrowAndShrinkWithTheirContents)
+TEST(Handles, KeepTheirContentsWhenResized)
 {
     const Handle handle = NewHandle(4);
     std::memcpy(*handle, "abcd", 4);
@@ -83,7 +83,7 @@ TEST(Handles, GrowAndShrinkWithTheirContents)
     std::memcpy(*handle, "0123456789", 10);
     SetHandleSize(handle, -1);
     EXPECT_EQ(MemError(), memFullErr);
-    EXPECT_EQ(GetHandleSize(handle), 10) << "refused, it stays as it was";
+    EXPECT_EQ(GetHandleSize(handle), 10) << "unchanged after a refusal";
     EXPECT_EQ(std::memcmp(*handle, "0123456789", 10), 0);
     HLock(handle);
     EXPECT_EQ(MemError(), noErr);
@@ -93,28 +93,28 @@ TEST(Handles, GrowAndShrinkWithTheirContents)
     EXPECT_EQ(alive(), 0);
 }
 
-TEST(Handles, ThatAreNoneAreSaidToBe)
+TEST(Handles, ThatAreInvalidAreReported)
 {
-    const Handle gone = NewHandle(10);
-    DisposeHandle(gone);
+    const Handle disposed = NewHandle(10);
+    DisposeHandle(disposed);
     Ptr block = nullptr;
     const struct {
         Handle handle;
         OSErr error;
-    } facts[] = {{nullptr, nilHandleErr}, {gone, memWZErr}, {&block, memWZErr}};
+    } facts[] = {{nullptr, nilHandleErr}, {disposed, memWZErr}, {&block, memWZErr}};
     for (const auto& fact : facts) {
         EXPECT_EQ(GetHandleSize(fact.handle), 0);
         EXPECT_EQ(MemError(), fact.error);
         SetHandleSize(fact.handle, 5);
         EXPECT_EQ(MemError(), fact.error);
         EXPECT_EQ(MemError(), noErr);
-        DisposeHandle(fact.handle); // twice, for the second of them
-        EXPECT_EQ(MemError(), fact.handle ? fact.error : noErr) << "NULL is let pass";
+        DisposeHandle(fact.handle); // for the second row the second time
+        EXPECT_EQ(MemError(), fact.handle ? fact.error : noErr) << "NULL is no error";
     }
     EXPECT_EQ(alive(), 0);
 }
 
-TEST(Handles, TellEachThreadOfItsOwnCalls)
+TEST(Handles, ReportErrorsToTheCallingThread)
 {
     EXPECT_EQ(NewHandle(-1), nullptr);
     std::thread([] {
@@ -124,7 +124,7 @@ TEST(Handles, TellEachThreadOfItsOwnCalls)
     EXPECT_EQ(MemError(), memFullErr);
 }
 
-TEST(Handles, OfSeveralThreads)
+TEST(Handles, MayBeUsedBySeveralThreads)
 {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)

@@ -1,4 +1,4 @@
-// Text with its length in front.
+// Pascal strings: a length byte, then the text.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// All bytes but 0, over and over.
+/// A text of all bytes but 0, repeated.
 std::string text(std::size_t length)
 {
     std::string made;
@@ -18,7 +18,7 @@ std::string text(std::size_t length)
 
 std::string asPascal(const std::string& text) { return static_cast<char>(text.size()) + text; }
 
-TEST(PascalText, ComesFromCAndGoesBack)
+TEST(PascalText, IsConvertedFromCAndBack)
 {
     const struct {
         std::size_t length, kept;
@@ -39,15 +39,15 @@ TEST(PascalText, ComesFromCAndGoesBack)
     }
 }
 
-TEST(PascalText, MayStandWhereTheOtherStood)
+TEST(PascalText, MayBeConvertedInPlace)
 {
     for (std::size_t length : {0u, 1u, 100u, 255u}) {
-        char place[257] = {};
-        std::memcpy(place, text(length).c_str(), length + 1);
-        CopyCStringToPascal(place, reinterpret_cast<StringPtr>(place));
-        EXPECT_EQ(std::string(place, length + 1), asPascal(text(length)));
-        CopyPascalStringToC(reinterpret_cast<ConstStr255Param>(place), place);
-        EXPECT_EQ(std::string(place, length + 1), text(length) + '\0');
+        char buffer[257] = {};
+        std::memcpy(buffer, text(length).c_str(), length + 1);
+        CopyCStringToPascal(buffer, reinterpret_cast<StringPtr>(buffer));
+        EXPECT_EQ(std::string(buffer, length + 1), asPascal(text(length)));
+        CopyPascalStringToC(reinterpret_cast<ConstStr255Param>(buffer), buffer);
+        EXPECT_EQ(std::string(buffer, length + 1), text(length) + '\0');
     }
     char longer[400];
     std::memcpy(longer, text(300).c_str(), 301);
@@ -58,7 +58,7 @@ TEST(PascalText, MayStandWhereTheOtherStood)
     EXPECT_EQ(std::string(shifted, 6), asPascal("hello"));
 }
 
-TEST(PascalText, ForAHandle)
+TEST(PascalText, IsCopiedIntoAHandle)
 {
     for (std::size_t length : {0u, 1u, 13u, 255u}) {
         const std::string pascal = asPascal(text(length));

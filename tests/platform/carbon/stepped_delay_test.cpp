@@ -1,5 +1,4 @@
-// Delay and a device that is turned by hand: waiting turns it, so that whoever waits for it is not left
-// waiting.
+// Delay advances a stepped device.
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 #include <KVXPlatform/KVXPlatform.h>
@@ -17,7 +16,7 @@ OSStatus count(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, con
     return noErr;
 }
 
-TEST(SteppedDelay, TurnsTheDeviceByTheTimeThatPasses)
+TEST(SteppedDelay, AdvancesTheDeviceByItsTime)
 {
     KVXSimulatedDevice description = {};
     description.sampleRate = 48000;
@@ -27,7 +26,7 @@ TEST(SteppedDelay, TurnsTheDeviceByTheTimeThatPasses)
     ASSERT_NE(device, 0u);
     ASSERT_EQ(AudioDeviceAddIOProc(device, count, nullptr), noErr);
     Delay(1, nullptr);
-    EXPECT_EQ(frames, 0u) << "it does not run yet";
+    EXPECT_EQ(frames, 0u) << "the device does not run yet";
 
     ASSERT_EQ(AudioDeviceStart(device, count), noErr);
     unsigned long after = 0;

@@ -1,4 +1,4 @@
-// Which thread is the main one.
+// The main thread of a process.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(MainThread, IsTheProcesssFirst)
+TEST(MainThread, IsTheFirstThreadOfAProcess)
 {
     EXPECT_NE(pthread_main_np(), 0);
     int elsewhere = 1;
@@ -17,7 +17,7 @@ TEST(MainThread, IsTheProcesssFirst)
     EXPECT_EQ(elsewhere, 0);
 }
 
-TEST(MainThread, OfAChildIsTheOneThatMadeIt)
+TEST(MainThread, OfAForkedChildIsTheThreadThatForked)
 {
     int status = 0;
     std::thread([&] {

@@ -1,4 +1,4 @@
-// What callers hold, as leak reports count it.
+// Live-object counts.
 #include <CoreAudio/CoreAudio.h>
 #include <CoreFoundation/CoreFoundation.h>
 #include <KVXPlatform/KVXPlatform.h>
@@ -17,7 +17,7 @@ OSStatus quiet(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, con
     return noErr;
 }
 
-/// As "kind count" lines, in the order given.
+/// Returns "kind count" lines in the order of the rows.
 std::vector<std::string> report(uint32_t capacity = 16)
 {
     std::vector<KVXLiveCount> rows(capacity);
@@ -30,13 +30,13 @@ std::vector<std::string> report(uint32_t capacity = 16)
 
 using Lines = std::vector<std::string>;
 
-TEST(LiveCounts, AreEmptyWhenNothingIsHeld)
+TEST(LiveCounts, AreEmptyWithoutObjects)
 {
     EXPECT_EQ(KVXPlatformGetLiveCounts(nullptr, 0), 0u);
     EXPECT_EQ(report(), Lines{});
 }
 
-TEST(LiveCounts, CountWhatIsHeldByKind)
+TEST(LiveCounts, CountObjectsByKind)
 {
     const AudioDeviceID device = KVXPlatformBuiltInSimulatedDevice();
     const CFStringRef a = CFStringCreateWithCString(nullptr, "a", kCFStringEncodingUTF8);
@@ -44,9 +44,9 @@ TEST(LiveCounts, CountWhatIsHeldByKind)
     CFRetain(a);
     EXPECT_EQ(report(), (Lines{"CFString 2"})) << "objects, not references";
     ASSERT_EQ(AudioDeviceAddIOProc(device, quiet, nullptr), noErr);
-    EXPECT_EQ(report(), (Lines{"CFString 2", "IOProc 1"})) << "by name";
-    EXPECT_EQ(KVXPlatformGetLiveCounts(nullptr, 0), 2u) << "how many kinds, without a row";
-    EXPECT_EQ(report(1).size(), 1u) << "no more rows than there is room for";
+    EXPECT_EQ(report(), (Lines{"CFString 2", "IOProc 1"})) << "sorted by kind";
+    EXPECT_EQ(KVXPlatformGetLiveCounts(nullptr, 0), 2u) << "the number of kinds without rows";
+    EXPECT_EQ(report(1).size(), 1u) << "at most `capacity` rows";
     CFRelease(a);
     CFRelease(b);
     EXPECT_EQ(report(), (Lines{"CFString 1", "IOProc 1"}));
@@ -55,7 +55,7 @@ TEST(LiveCounts, CountWhatIsHeldByKind)
     EXPECT_EQ(report(), Lines{});
 }
 
-TEST(LiveCounts, AreKeptByAnyThread)
+TEST(LiveCounts, AreCountedOnAllThreads)
 {
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
