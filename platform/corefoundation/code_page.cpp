@@ -5,8 +5,8 @@
 namespace kvxplatform::corefoundation {
 namespace {
 
-// Unicode's second 128 characters, with others in place of its 32 control characters.
-constexpr UpperHalf latinWith(const std::array<char16_t, 32>& first)
+// Characters U+0080 to U+00FF with the first 32, which are control characters, replaced.
+constexpr UpperHalf latin1With(const std::array<char16_t, 32>& first)
 {
     UpperHalf result = {};
     for (std::size_t i = 0; i < result.size(); ++i)
@@ -33,10 +33,10 @@ constexpr std::array<char16_t, 32> windowsSigns = {
 } // namespace
 
 const UpperHalf asciiUpperHalf = {};
-const UpperHalf isoLatin1UpperHalf = latinWith(controls);
-const UpperHalf windowsLatin1UpperHalf = latinWith(windowsSigns);
+const UpperHalf isoLatin1UpperHalf = latin1With(controls);
+const UpperHalf windowsLatin1UpperHalf = latin1With(windowsSigns);
 
-// DB is the euro sign, as it has been since the currency; F0 the maker's own mark, in the private area.
+// DB is the euro sign. F0 is the manufacturer's logo, in the private use area.
 const UpperHalf macRomanUpperHalf = {
     0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, // 80
     0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5, 0x00E7, 0x00E9, 0x00E8, // 88

@@ -1,4 +1,4 @@
-// Encodings of one byte a character.
+// Encodings with one byte per character.
 #pragma once
 
 #include <array>
@@ -6,8 +6,8 @@
 
 namespace kvxplatform::corefoundation {
 
-/// The upper half, bytes 0x80 to 0xFF; the lower half is ASCII in all of them. 0 marks a byte without a
-/// character.
+/// The characters of bytes 0x80 to 0xFF; 0 for a byte without a character. The lower half is ASCII in all
+/// encodings.
 using UpperHalf = std::array<char16_t, 128>;
 
 extern const UpperHalf asciiUpperHalf;

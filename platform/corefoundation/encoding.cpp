@@ -16,9 +16,9 @@ enum class Order { little, big };
 struct Encoding {
     CFStringEncoding id;
     Form form;
-    int bytesPerUnit;       // the most that one UTF-16 unit takes
-    const UpperHalf* upper; // of one-byte forms
-    Order order;            // of wide forms; without a word about it, the processor's
+    int bytesPerUnit;       ///< the maximum for one UTF-16 unit
+    const UpperHalf* upper; ///< of one-byte forms
+    Order order;            ///< of wide forms
 };
 
 // clang-format off
@@ -36,7 +36,8 @@ constexpr Encoding encodings[] = {
     {kCFStringEncodingUTF32LE,       Form::utf32,   4, nullptr,                 Order::little},
 };
 // clang-format on
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the table names the processor's order");
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
+              "UTF-16 and UTF-32 without a byte order are the processor's");
 
 const Encoding* find(CFStringEncoding id)
 {
@@ -51,7 +52,7 @@ constexpr bool isSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
 constexpr bool isHigh(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 constexpr bool isLow(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-/// The character at `at`, which moves behind it. A surrogate that stands alone comes as it is.
+/// Read the character at `at` and advance past it. An unpaired surrogate is returned unchanged.
 char32_t nextCharacter(std::u16string_view units, std::size_t& at)
 {
     const char16_t unit = units[at++];
@@ -86,7 +87,7 @@ char32_t numberAt(const char* bytes, int size, Order order)
     return number;
 }
 
-// ---- one character to bytes: false if it has no place ----
+// ---- one character to bytes: false if the encoding lacks it ----
 
 bool put(std::string& bytes, char32_t c, const UpperHalf& upper)
 {
@@ -131,7 +132,7 @@ bool put(std::string& bytes, char32_t c, const Encoding& encoding)
     return true;
 }
 
-// ---- bytes to one character: how many bytes it took, 0 if they are not valid ----
+// ---- bytes to one character: the number of bytes read, 0 if they are invalid ----
 
 std::size_t takeUtf8(std::string_view bytes, char32_t& c)
 {

@@ -1,24 +1,24 @@
 #include "platform/corefoundation/encoding.h"
 #include "platform/corefoundation/string.h"
+#include "platform/support/border.h"
 #include "platform/support/misuse.h"
 #include "platform/support/normal_form.h"
 
 #include <algorithm>
-#include <exception>
 #include <string>
 
 using namespace kvxplatform;
 
 namespace {
 
-/// `units` without unpaired surrogates, in normal form. Throws std::bad_alloc.
+/// Convert text without unpaired surrogates to a normal form. Throws std::bad_alloc.
 std::u16string normalized(std::u16string_view units, CFStringNormalizationForm form)
 {
     const auto bytes = corefoundation::encode(units, kCFStringEncodingUTF8);
     return *corefoundation::decode(*inNormalForm(*bytes, form), kCFStringEncodingUTF8);
 }
 
-/// Where the first surrogate stands that is not one of a pair.
+/// The index of the first unpaired surrogate; the length if there is none.
 std::size_t firstUnpaired(std::u16string_view units)
 {
     const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
@@ -38,17 +38,18 @@ void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm t
     if (!theString || !theString->isMutable)
         endForMisuse("CFStringNormalize was given a string that cannot change");
     if (!isNormalForm(theForm)) return;
-    try {
+    // Without memory the text stays unchanged: the function cannot report a failure.
+    withinBorder(false, [&] {
         std::u16string result;
         for (std::u16string_view rest = theString->units; !rest.empty();) {
-            // An unpaired surrogate combines with nothing: what stands on its two sides is normalised apart.
+            // An unpaired surrogate combines with no character: the text before and after it is normalised
+            // separately.
             const std::size_t end = firstUnpaired(rest);
             result += normalized(rest.substr(0, end), theForm);
             if (end < rest.size()) result += rest[end];
             rest.remove_prefix(std::min(end + 1, rest.size()));
         }
         theString->units = std::move(result);
-    } catch (const std::exception&) {
-        // Without memory the text stays as it is: the call has no result to say so.
-    }
+        return true;
+    });
 }

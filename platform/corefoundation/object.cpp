@@ -6,16 +6,16 @@ using namespace kvxplatform;
 
 namespace kvxplatform::corefoundation {
 
-Object::Object(Kind& ofKind) : kind(ofKind) { kind.account.add(); }
+Object::Object(Kind& ofKind) : kind(ofKind) { kind.liveCount.add(); }
 
-Object::~Object() { kind.account.remove(); }
+Object::~Object() { kind.liveCount.remove(); }
 
 namespace {
 
-// Callers hold pointers to const; counting a reference does not change the value.
-Object& objectOf(CFTypeRef cf, const char* complaint)
+// Callers hold pointers to const. The reference count is not part of the value.
+Object& objectOf(CFTypeRef cf, const char* message)
 {
-    if (!cf) endForMisuse(complaint);
+    if (!cf) endForMisuse(message);
     return *static_cast<Object*>(const_cast<void*>(cf));
 }
 

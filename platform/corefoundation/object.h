@@ -1,4 +1,4 @@
-// What every reference-counted value begins with. The pointer that callers hold points here.
+// The base of every reference-counted value. Callers hold a pointer to it.
 #pragma once
 
 #include "platform/support/live_count.h"
@@ -13,11 +13,11 @@ struct Object;
 
 /// One kind of value.
 struct Kind {
-    LiveCount account;        ///< values that someone still has to release
-    void (*destroy)(Object*); ///< frees the whole value
+    LiveCount liveCount;      ///< of values not yet released
+    void (*destroy)(Object*); ///< frees the value
 };
 
-/// Stands in its kind's account. Begins with one reference, its creator's.
+/// Counted in its kind's live count. Starts with one reference, the creator's.
 struct Object {
     explicit Object(Kind& ofKind);
     Object(const Object&) = delete;

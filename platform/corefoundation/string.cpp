@@ -1,12 +1,11 @@
 #include "platform/corefoundation/string.h"
 
 #include "platform/corefoundation/encoding.h"
+#include "platform/support/border.h"
 #include "platform/support/misuse.h"
 
 #include <algorithm>
 #include <limits>
-#include <new>
-#include <stdexcept>
 
 using namespace kvxplatform;
 
@@ -17,9 +16,9 @@ void destroyString(Object* object) { delete static_cast<__CFString*>(object); }
 
 Kind stringKind = {LiveCount("CFString"), destroyString};
 
-const __CFString& textOf(CFStringRef text, const char* complaint)
+const __CFString& textOf(CFStringRef text, const char* message)
 {
-    if (!text) endForMisuse(complaint);
+    if (!text) endForMisuse(message);
     return *text;
 }
 
@@ -27,13 +26,7 @@ const __CFString& textOf(CFStringRef text, const char* complaint)
 
 CFMutableStringRef newString(std::u16string_view units, bool isMutable)
 {
-    try {
-        return new __CFString(std::u16string(units), isMutable);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    } catch (const std::length_error&) {
-        return nullptr; // longer than any text
-    }
+    return withinBorder(nullptr, [&] { return new __CFString(std::u16string(units), isMutable); });
 }
 
 } // namespace kvxplatform::corefoundation
@@ -48,18 +41,16 @@ __CFString::__CFString(std::u16string&& ofUnits, bool canChange)
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* cStr, CFStringEncoding encoding)
 {
     if (!cStr) return nullptr;
-    try {
-        const auto units = corefoundation::decode(cStr, encoding);
+    return withinBorder(nullptr, [&] {
+        const std::optional<std::u16string> units = corefoundation::decode(cStr, encoding);
         return units ? corefoundation::newString(*units, false) : nullptr;
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    });
 }
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* chars, CFIndex numChars)
 {
     if (numChars < 0 || (!chars && numChars > 0)) return nullptr;
-    const auto* units = reinterpret_cast<const char16_t*>(chars);
+    const auto* const units = reinterpret_cast<const char16_t*>(chars);
     return corefoundation::newString({units, static_cast<std::size_t>(numChars)}, false);
 }
 
@@ -76,17 +67,15 @@ CFIndex CFStringGetLength(CFStringRef theString)
 
 Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize, CFStringEncoding encoding)
 {
-    const auto& text = textOf(theString, "CFStringGetCString was given NULL");
+    const __CFString& text = textOf(theString, "CFStringGetCString was given NULL");
     if (!buffer || bufferSize < 1) return false;
     buffer[0] = '\0';
-    try {
-        const auto bytes = corefoundation::encode(text.units, encoding);
+    return withinBorder(false, [&] {
+        const std::optional<std::string> bytes = corefoundation::encode(text.units, encoding);
         if (!bytes || bytes->size() >= static_cast<std::size_t>(bufferSize)) return false;
         *std::copy(bytes->begin(), bytes->end(), buffer) = '\0';
         return true;
-    } catch (const std::exception&) {
-        return false; // no memory to convert it
-    }
+    });
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding)

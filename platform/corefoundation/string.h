@@ -1,4 +1,4 @@
-// A text as callers hold it: `CFStringRef` points to one of these.
+// Strings: `CFStringRef` points to a __CFString.
 #pragma once
 
 #include "platform/corefoundation/object.h"
@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-/// The platform's name for it. Units are UTF-16 in the processor's order, unpaired surrogates among them.
+/// The platform's name of the type. Units are UTF-16 in the processor's order and may be unpaired surrogates.
 struct __CFString : kvxplatform::corefoundation::Object {
     __CFString(std::u16string&& ofUnits, bool canChange);
 
@@ -18,7 +18,10 @@ struct __CFString : kvxplatform::corefoundation::Object {
 
 namespace kvxplatform::corefoundation {
 
-/// A new text, the caller's to release; null without memory. [any]
+/// Make a string.
+/// Owner    the caller releases the result.
+/// Returns  null without memory.
+/// [any]
 CFMutableStringRef newString(std::u16string_view units, bool isMutable);
 
 } // namespace kvxplatform::corefoundation

@@ -3,10 +3,10 @@
 #include "platform/carbon/files.h"
 #include "platform/corefoundation/encoding.h"
 #include "platform/corefoundation/string.h"
+#include "platform/support/border.h"
 #include "platform/support/file_path.h"
 
 #include <cstring>
-#include <exception>
 
 using namespace kvxplatform;
 
@@ -16,14 +16,14 @@ void destroyURL(corefoundation::Object* object) { delete static_cast<__CFURL*>(o
 
 corefoundation::Kind urlKind = {LiveCount("CFURL"), destroyURL};
 
-/// A new URL of the path that `find` gives; none for an empty one, or without memory.
+/// Make a URL of the path that `find` returns. Returns null for an empty path or without memory.
 template <class Find>
 CFURLRef makeURL(Find find) noexcept
-try {
-    std::string path = find();
-    return path.empty() ? nullptr : new __CFURL(std::move(path));
-} catch (const std::exception&) {
-    return nullptr;
+{
+    return withinBorder(nullptr, [&] {
+        std::string path = find();
+        return path.empty() ? nullptr : new __CFURL(std::move(path));
+    });
 }
 
 } // namespace
@@ -39,21 +39,20 @@ CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* ref)
 Boolean CFURLGetFSRef(CFURLRef url, FSRef* ref)
 {
     if (!url || !ref) return false;
-    try {
+    return withinBorder(false, [&] {
         bool isFolder = false;
         return carbon::makeReference(url->path, *ref, isFolder) == noErr;
-    } catch (const std::exception&) {
-        return false;
-    }
+    });
 }
 
-// Only a URL's text would show that it means a folder; the path that it gives is the same.
+// isDirectory has no effect: a folder's path has no slash at its end.
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef pathComponent,
                                                Boolean)
 {
     if (!url || !pathComponent) return nullptr;
     return makeURL([&]() -> std::string {
-        const auto name = corefoundation::encode(pathComponent->units, kCFStringEncodingUTF8);
+        const std::optional<std::string> name =
+            corefoundation::encode(pathComponent->units, kCFStringEncodingUTF8);
         if (!name || name->empty() || name->find('/') != name->npos || name->find('\0') != name->npos)
             return {};
         return absolutePath(url->path + '/' + *name);

@@ -1,4 +1,4 @@
-// Where a file is, as callers hold it: `CFURLRef` points to one of these.
+// File URLs: `CFURLRef` points to a __CFURL.
 #pragma once
 
 #include "platform/corefoundation/object.h"
@@ -7,9 +7,9 @@
 
 #include <string>
 
-/// The platform's name for it.
+/// The platform's name of the type.
 struct __CFURL : kvxplatform::corefoundation::Object {
     explicit __CFURL(std::string&& ofPath);
 
-    const std::string path; // from the root, without a slash at the end
+    const std::string path; ///< absolute, without a slash at the end
 };

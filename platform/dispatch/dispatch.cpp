@@ -1,12 +1,12 @@
-// The public calls: which queue is meant, and blocks as functions.
+// The C functions: they find the queue and turn blocks into functions.
 #include "platform/dispatch/queue.h"
+#include "platform/support/border.h"
 #include "platform/support/misuse.h"
 
 #include <Block.h>
 
 #include <chrono>
 #include <iterator>
-#include <new>
 #include <thread>
 
 using namespace kvxplatform;
@@ -19,9 +19,9 @@ constexpr long priorities[] = {DISPATCH_QUEUE_PRIORITY_HIGH, DISPATCH_QUEUE_PRIO
                                DISPATCH_QUEUE_PRIORITY_LOW};
 dispatch_queue_s globalQueues[] = {{0}, {1}, {2}};
 
-/// Work taken on cannot be refused: short of memory, wait until there is some.
+/// Repeat an attempt until memory is available: the functions cannot report a failure.
 template <class Attempt>
-void insist(Attempt attempt)
+void retry(Attempt attempt)
 {
     while (!attempt()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
@@ -52,16 +52,14 @@ void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t
 {
     if (!queue) endForMisuse("dispatch_async was given no queue");
     if (!function) endForMisuse("dispatch_async_f was given no function");
-    insist([&] {
-        try {
+    retry([&] {
+        return withinBorder(false, [&] {
             if (queue == dispatch_get_main_queue())
                 dispatch::appendToMainQueue({function, context});
             else
                 dispatch::appendToPool({function, context}, queue->rank);
             return true;
-        } catch (const std::bad_alloc&) {
-            return false;
-        }
+        });
     });
 }
 
@@ -69,6 +67,6 @@ void dispatch_async(dispatch_queue_t queue, dispatch_block_t block)
 {
     if (!block) endForMisuse("dispatch_async was given no block");
     dispatch_block_t copy = nullptr;
-    insist([&] { return (copy = Block_copy(block)) != nullptr; });
+    retry([&] { return (copy = Block_copy(block)) != nullptr; });
     dispatch_async_f(queue, static_cast<void*>(copy), callAndRelease);
 }

@@ -1,4 +1,4 @@
-// The main thread's work. It waits until the main thread's owner asks for it.
+// The main queue. Its work runs when the program drains the queue on the main thread.
 #include "platform/dispatch/queue.h"
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -16,33 +16,33 @@ namespace {
 struct MainQueue {
     std::mutex lock;
     std::condition_variable hasWork;
-    Waiting waiting; // under lock
+    Pending pending; ///< under `lock`
 };
 
-// Lives for ever: threads may still queue work while the process ends.
+// Never destroyed: threads may still queue work while the process exits.
 MainQueue& mainQueue()
 {
     static MainQueue& queue = *new MainQueue;
     return queue;
 }
 
-/// How many pieces of work wait, after waiting up to `timeoutSeconds` for the first.
+/// Wait up to `timeoutSeconds` for the first work item. Returns the number of pending items.
 std::size_t waitForWork(MainQueue& queue, double timeoutSeconds)
 {
-    constexpr double longest = 1e6; // longer than anybody waits, and any clock can add it
+    constexpr double longest = 1e6; // within the range of every clock
     std::unique_lock<std::mutex> hold(queue.lock);
-    if (timeoutSeconds > 0) // not for what is not a number
+    if (timeoutSeconds > 0) // false for NaN
         queue.hasWork.wait_for(hold, std::chrono::duration<double>(std::min(timeoutSeconds, longest)),
-                               [&] { return !queue.waiting.empty(); });
-    return queue.waiting.size();
+                               [&] { return !queue.pending.empty(); });
+    return queue.pending.size();
 }
 
 bool takeFirst(MainQueue& queue, Work& work)
 {
     const std::lock_guard<std::mutex> hold(queue.lock);
-    if (queue.waiting.empty()) return false;
-    work = queue.waiting.front();
-    queue.waiting.pop_front();
+    if (queue.pending.empty()) return false;
+    work = queue.pending.front();
+    queue.pending.pop_front();
     return true;
 }
 
@@ -52,7 +52,7 @@ void appendToMainQueue(const Work& work)
 {
     MainQueue& queue = mainQueue();
     const std::lock_guard<std::mutex> hold(queue.lock);
-    queue.waiting.push_back(work);
+    queue.pending.push_back(work);
     queue.hasWork.notify_one();
 }
 
@@ -64,8 +64,8 @@ uint32_t KVXPlatformDrainMainQueue(double timeoutSeconds)
     if (!pthread_main_np()) return 0;
     MainQueue& queue = mainQueue();
 
-    // What is queued meanwhile waits for the next time, so that work which queues itself again does not stay
-    // here.
+    // Items queued while these run are left for the next call: an item that queues itself again must not
+    // block here.
     const std::size_t count = waitForWork(queue, timeoutSeconds);
     uint32_t ran = 0;
     for (Work work = {}; ran < count && takeFirst(queue, work); ++ran) run(work);

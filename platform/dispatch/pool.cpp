@@ -1,5 +1,4 @@
-// The global queues' work, on threads that are started when no other is free and then stay. Without any
-// thread the work runs on the caller's.
+// The thread pool of the global queues. A thread is started when no other is idle, and never ends.
 #include "platform/dispatch/queue.h"
 
 #include <algorithm>
@@ -12,37 +11,36 @@
 namespace kvxplatform::dispatch {
 namespace {
 
-// Above the number of processors, since work may sit and wait; a bound all the same, since each thread costs
-// a stack.
-constexpr int mostThreads = 16;
+// More than the number of processors, because work may block; bounded, because each thread needs a stack.
+constexpr int maxThreads = 16;
 
 struct Pool {
     std::mutex lock;
     std::condition_variable hasWork;
-    std::array<Waiting, 3> waiting; // under lock, as all below; by rank
+    std::array<Pending, 3> pending; ///< by rank; under `lock` like the following members
     int threads = 0;
-    int idle = 0; // threads that wait for work
+    int idle = 0; ///< threads that wait for work
 };
 
-// Lives for ever: its threads wait in it while the process ends.
+// Never destroyed: its threads wait in it while the process exits.
 Pool& pool()
 {
-    static Pool& it = *new Pool;
-    return it;
+    static Pool& shared = *new Pool;
+    return shared;
 }
 
-Waiting* firstWaiting(Pool& from)
+Pending* firstPending(Pool& from)
 {
-    const auto found = std::find_if(from.waiting.begin(), from.waiting.end(),
-                                    [](const Waiting& queue) { return !queue.empty(); });
-    return found == from.waiting.end() ? nullptr : &*found;
+    const auto found = std::find_if(from.pending.begin(), from.pending.end(),
+                                    [](const Pending& queue) { return !queue.empty(); });
+    return found == from.pending.end() ? nullptr : &*found;
 }
 
 void serve(Pool& from)
 {
     std::unique_lock<std::mutex> hold(from.lock);
     for (;;) {
-        Waiting* queue = firstWaiting(from);
+        Pending* queue = firstPending(from);
         if (!queue) {
             ++from.idle;
             from.hasWork.wait(hold);
@@ -57,14 +55,14 @@ void serve(Pool& from)
     }
 }
 
-std::size_t workWaiting(const Pool& in)
+std::size_t countPending(const Pool& in)
 {
     std::size_t count = 0;
-    for (const Waiting& queue : in.waiting) count += queue.size();
+    for (const Pending& queue : in.pending) count += queue.size();
     return count;
 }
 
-/// A refused start is no error while other threads serve the queues; the next call tries again.
+/// Start a thread if the system allows. A failure is no error: the next call tries again.
 void tryToStartThread(Pool& in)
 {
     try {
@@ -79,17 +77,17 @@ void tryToStartThread(Pool& in)
 void appendToPool(const Work& work, int rank)
 {
     Pool& to = pool();
-    Waiting& queue = to.waiting[static_cast<std::size_t>(rank)];
+    Pending& queue = to.pending[static_cast<std::size_t>(rank)];
     {
         const std::lock_guard<std::mutex> hold(to.lock);
         queue.push_back(work);
-        if (to.threads < mostThreads && workWaiting(to) > static_cast<std::size_t>(to.idle))
+        if (to.threads < maxThreads && countPending(to) > static_cast<std::size_t>(to.idle))
             tryToStartThread(to);
         if (to.threads > 0) {
             to.hasWork.notify_one();
             return;
         }
-        queue.pop_back(); // no thread will ever serve it
+        queue.pop_back(); // there is no thread to serve it
     }
     run(work);
 }

@@ -1,15 +1,14 @@
-// Work that waits, and the queues it waits in.
+// Work items and the queues that hold them.
 #pragma once
 
 #include <dispatch/dispatch.h>
 
 #include <deque>
 
-/// The platform's name for a queue: only an identity, so that a program which keeps a copy of the main
-/// queue's object (as position-dependent programs do) still means the same queue. The work stands in the main
-/// queue or the pool.
+/// The platform's type of a queue. It holds no work, only an identity: a position-dependent program has a
+/// copy of the main queue's object, and the copy must name the same queue.
 struct dispatch_queue_s {
-    int rank; ///< of global queues: 0 is served first
+    int rank; ///< of a global queue: 0 is served first
 };
 
 namespace kvxplatform::dispatch {
@@ -19,15 +18,18 @@ struct Work {
     void* context;
 };
 
-using Waiting = std::deque<Work>; ///< first in, first out
+using Pending = std::deque<Work>; ///< first in, first out
 
-/// Queue work for the main thread. [any]
+/// Queue work for the main thread. Throws std::bad_alloc.
+/// [any]
 void appendToMainQueue(const Work& work);
 
-/// Queue work of a global queue. Runs it before returning if no thread exists and none can be started. [any]
+/// Queue work of a global queue. If there is no thread and none can be started, the work runs before this
+/// returns. Throws std::bad_alloc. [any]
 void appendToPool(const Work& work, int rank);
 
-/// Call it. An exception that comes out of it has nowhere to go and ends the process.
+/// Run a work item. An exception that leaves it ends the process.
+/// [main, worker]
 void run(const Work& work) noexcept;
 
 } // namespace kvxplatform::dispatch

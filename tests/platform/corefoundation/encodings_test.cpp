@@ -1,4 +1,4 @@
-// Text to bytes and back in each encoding, every character of the small ones, both sides of every edge.
+// Conversion to and from each encoding: every character of the one-byte ones, the limits of the others.
 #include "tests/platform/corefoundation/text.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ std::string hex(std::string_view bytes)
     return result;
 }
 
-// The upper halves, bytes 0x80 to 0xFF in their order. A zero stands where there is no character.
+// The characters of bytes 0x80 to 0xFF, in order; 0 for a byte without a character.
 constexpr std::u16string_view macRoman = u"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü"
                                          u"†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªº\u03A9æø"
                                          u"¿¡¬√ƒ≈∆«»…\u00A0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ"
@@ -35,7 +35,7 @@ std::u16string latin(std::u16string_view first)
     return result;
 }
 
-TEST(Encodings, OfOneByteMapEveryCharacterBothWays)
+TEST(Encodings, OfOneByteConvertEveryCharacterBothWays)
 {
     const struct {
         const char* name;
@@ -61,7 +61,7 @@ TEST(Encodings, OfOneByteMapEveryCharacterBothWays)
             EXPECT_EQ(text::bytes(string, table.encoding), cText);
             CFRelease(string);
         }
-        // And no other character has a place.
+        // Every other character is refused.
         for (unsigned unit = 0x80; unit < 0x10000; ++unit) {
             const auto character = static_cast<char16_t>(unit);
             if (table.upper.find(character) != table.upper.npos) continue;
@@ -72,7 +72,7 @@ TEST(Encodings, OfOneByteMapEveryCharacterBothWays)
     }
 }
 
-TEST(Encodings, WriteTheirBytes)
+TEST(Encodings, EncodeCharactersToTheirBytes)
 {
     const struct {
         CFStringEncoding encoding;
@@ -87,31 +87,32 @@ TEST(Encodings, WriteTheirBytes)
         {kCFStringEncodingUTF8, u"\xD7FF"sv, "\xED\x9F\xBF"sv, "the last before the surrogates"},
         {kCFStringEncodingUTF8, u"\xD800"sv, {}, "a high surrogate alone"},
         {kCFStringEncodingUTF8, u"\xDFFF"sv, {}, "a low surrogate alone"},
-        {kCFStringEncodingUTF8, u"\xDC00\xD800"sv, {}, "a pair the wrong way round"},
-        {kCFStringEncodingUTF8, u"\xD800\xD800\xDC00"sv, {}, "one too many in front of a pair"},
-        {kCFStringEncodingUTF8, u"\xE000"sv, "\xEE\x80\x80"sv, "the first behind the surrogates"},
+        {kCFStringEncodingUTF8, u"\xDC00\xD800"sv, {}, "a pair in reverse order"},
+        {kCFStringEncodingUTF8, u"\xD800\xD800\xDC00"sv, {}, "an extra surrogate before a pair"},
+        {kCFStringEncodingUTF8, u"\xE000"sv, "\xEE\x80\x80"sv, "the first after the surrogates"},
         {kCFStringEncodingUTF8, u"\xFFFF"sv, "\xEF\xBF\xBF"sv, "the last of 16 bits"},
         {kCFStringEncodingUTF8, u"\xD800\xDC00"sv, "\xF0\x90\x80\x80"sv, "the first pair"},
         {kCFStringEncodingUTF8, u"\xDBFF\xDFFF"sv, "\xF4\x8F\xBF\xBF"sv, "the last pair"},
-        {kCFStringEncodingUTF8, u"a\0b"sv, "a\0b"sv, "a zero inside goes through"},
-        {kCFStringEncodingASCII, u"a\u0301"sv, {}, "nothing is left out"},
-        {kCFStringEncodingMacRoman, u"e\u0301"sv, {}, "nothing is composed on the way"},
-        {kCFStringEncodingMacRoman, u"a\U0001F3B5"sv, {}, "no place for a pair"},
-        {kCFStringEncodingISOLatin1, u"\u0100"sv, {}, "the first beyond it"},
-        {kCFStringEncodingUTF16, u"a\u20AC"sv, "a\0\xAC\x20"sv, "the processor's order, no mark"},
+        {kCFStringEncodingUTF8, u"a\0b"sv, "a\0b"sv, "a zero is a character"},
+        {kCFStringEncodingASCII, u"a\u0301"sv, {}, "no character is dropped"},
+        {kCFStringEncodingMacRoman, u"e\u0301"sv, {}, "no character is composed"},
+        {kCFStringEncodingMacRoman, u"a\U0001F3B5"sv, {}, "a character past 16 bits"},
+        {kCFStringEncodingISOLatin1, u"\u0100"sv, {}, "the first character past the encoding"},
+        {kCFStringEncodingUTF16, u"a\u20AC"sv, "a\0\xAC\x20"sv, "the processor's order, no byte order mark"},
         {kCFStringEncodingUTF16LE, u"a\u20AC"sv, "a\0\xAC\x20"sv, "low byte first"},
         {kCFStringEncodingUTF16BE, u"a\u20AC"sv, "\0a\x20\xAC"sv, "high byte first"},
         {kCFStringEncodingUTF16BE, u"\xD83C\xDFB5"sv, "\xD8\x3C\xDF\xB5"sv, "a pair"},
-        {kCFStringEncodingUTF16LE, u"\xD83C"sv, "\x3C\xD8"sv, "half a pair goes through"},
-        {kCFStringEncodingUTF32, u"\xD83C\xDFB5"sv, "\xB5\xF3\x01\x00"sv, "the processor's order, no mark"},
+        {kCFStringEncodingUTF16LE, u"\xD83C"sv, "\x3C\xD8"sv, "an unpaired surrogate is encoded"},
+        {kCFStringEncodingUTF32, u"\xD83C\xDFB5"sv, "\xB5\xF3\x01\x00"sv,
+         "the processor's order, no byte order mark"},
         {kCFStringEncodingUTF32LE, u"\xD83C\xDFB5"sv, "\xB5\xF3\x01\x00"sv, "low byte first"},
         {kCFStringEncodingUTF32BE, u"\xD83C\xDFB5"sv, "\x00\x01\xF3\xB5"sv, "high byte first"},
         {kCFStringEncodingUTF32BE, u"\xDBFF\xDFFF"sv, "\x00\x10\xFF\xFF"sv, "the last character"},
-        {kCFStringEncodingUTF32BE, u"\xD83C"sv, {}, "half a pair is no character"},
-        {kCFStringEncodingNextStepLatin, u"a"sv, {}, "known by name only"},
-        {kCFStringEncodingNonLossyASCII, u"a"sv, {}, "known by name only"},
-        {kCFStringEncodingInvalidId, u"a"sv, {}, "no encoding"},
-        {0x1234, u""sv, {}, "no encoding, even of nothing"},
+        {kCFStringEncodingUTF32BE, u"\xD83C"sv, {}, "an unpaired surrogate is refused"},
+        {kCFStringEncodingNextStepLatin, u"a"sv, {}, "an unsupported encoding"},
+        {kCFStringEncodingNonLossyASCII, u"a"sv, {}, "an unsupported encoding"},
+        {kCFStringEncodingInvalidId, u"a"sv, {}, "an unknown encoding"},
+        {0x1234, u""sv, {}, "an unknown encoding, for an empty text too"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -124,7 +125,7 @@ TEST(Encodings, WriteTheirBytes)
     }
 }
 
-TEST(Encodings, ReadValidBytesOnly)
+TEST(Encodings, DecodeOnlyValidBytes)
 {
     const struct {
         CFStringEncoding encoding;
@@ -132,40 +133,40 @@ TEST(Encodings, ReadValidBytesOnly)
         std::optional<std::u16string_view> units;
         const char* why;
     } facts[] = {
-        {kCFStringEncodingUTF8, "", u""sv, "nothing"},
+        {kCFStringEncodingUTF8, "", u""sv, "no bytes"},
         {kCFStringEncodingUTF8, "\x7F", u"\x7F"sv, "one byte"},
         {kCFStringEncodingUTF8, "\xC2\x80", u"\x80"sv, "two"},
         {kCFStringEncodingUTF8, "\xED\x9F\xBF", u"\xD7FF"sv, "the last before the surrogates"},
-        {kCFStringEncodingUTF8, "\xEE\x80\x80", u"\xE000"sv, "the first behind them"},
+        {kCFStringEncodingUTF8, "\xEE\x80\x80", u"\xE000"sv, "the first after the surrogates"},
         {kCFStringEncodingUTF8, "\xF0\x9F\x8E\xB5", u"\xD83C\xDFB5"sv, "four make a pair"},
         {kCFStringEncodingUTF8, "\xF4\x8F\xBF\xBF", u"\xDBFF\xDFFF"sv, "the last character"},
         {kCFStringEncodingUTF8, "\xEF\xBB\xBF", u"\xFEFF"sv, "a byte order mark is a character"},
-        {kCFStringEncodingUTF8, "\x80", {}, "a middle without a beginning"},
-        {kCFStringEncodingUTF8, "a\xC2", {}, "a beginning without an end"},
+        {kCFStringEncodingUTF8, "\x80", {}, "a continuation byte alone"},
+        {kCFStringEncodingUTF8, "a\xC2", {}, "a start byte alone"},
         {kCFStringEncodingUTF8, "\xE2\x82", {}, "cut in the middle"},
-        {kCFStringEncodingUTF8, "\xC2z", {}, "broken off by a letter"},
+        {kCFStringEncodingUTF8, "\xC2z", {}, "a start byte, then a letter"},
         {kCFStringEncodingUTF8, "\xC0\x80", {}, "a zero in two bytes"},
         {kCFStringEncodingUTF8, "\xC1\xBF", {}, "a letter in two bytes"},
-        {kCFStringEncodingUTF8, "\xE0\x9F\xBF", {}, "two bytes' worth in three"},
-        {kCFStringEncodingUTF8, "\xF0\x8F\xBF\xBF", {}, "three bytes' worth in four"},
+        {kCFStringEncodingUTF8, "\xE0\x9F\xBF", {}, "a two-byte character in three bytes"},
+        {kCFStringEncodingUTF8, "\xF0\x8F\xBF\xBF", {}, "a three-byte character in four bytes"},
         {kCFStringEncodingUTF8, "\xED\xA0\x80", {}, "a surrogate"},
         {kCFStringEncodingUTF8, "\xED\xBF\xBF", {}, "the last surrogate"},
-        {kCFStringEncodingUTF8, "\xF4\x90\x80\x80", {}, "beyond the last character"},
-        {kCFStringEncodingUTF8, "\xFF", {}, "never a byte of it"},
+        {kCFStringEncodingUTF8, "\xF4\x90\x80\x80", {}, "past the last character"},
+        {kCFStringEncodingUTF8, "\xFF", {}, "a byte that UTF-8 never uses"},
         {kCFStringEncodingASCII, "plain", u"plain"sv, "ASCII"},
         {kCFStringEncodingASCII, "pl\x80in", {}, "not ASCII"},
         {kCFStringEncodingMacRoman, "\x8E", u"é"sv, "Mac Roman"},
         {kCFStringEncodingUTF16, "ab", u"\x6261"sv, "two bytes make a unit"},
-        {kCFStringEncodingUTF16BE, "ab", u"\x6162"sv, "the other way round"},
+        {kCFStringEncodingUTF16BE, "ab", u"\x6162"sv, "the other byte order"},
         {kCFStringEncodingUTF16, "a", {}, "half a unit"},
         {kCFStringEncodingUTF16BE, "\xD8\x3C\xDF\xB5", u"\xD83C\xDFB5"sv, "a pair"},
-        {kCFStringEncodingUTF16BE, "\xD8\x3C", u"\xD83C"sv, "half a pair is a unit"},
+        {kCFStringEncodingUTF16BE, "\xD8\x3C", u"\xD83C"sv, "an unpaired surrogate"},
         {kCFStringEncodingUTF16, "\xFF\xFE", u"\xFEFF"sv, "a byte order mark is a character"},
-        {kCFStringEncodingUTF32BE, "abcd", {}, "no character has so high a number"},
-        {kCFStringEncodingUTF32, "a", {}, "a quarter of a number"},
-        {kCFStringEncodingNextStepLatin, "a", {}, "known by name only"},
-        {kCFStringEncodingNonLossyASCII, "a", {}, "known by name only"},
-        {kCFStringEncodingInvalidId, "", {}, "no encoding, even of nothing"},
+        {kCFStringEncodingUTF32BE, "abcd", {}, "past the last character"},
+        {kCFStringEncodingUTF32, "a", {}, "a quarter of a unit"},
+        {kCFStringEncodingNextStepLatin, "a", {}, "an unsupported encoding"},
+        {kCFStringEncodingNonLossyASCII, "a", {}, "an unsupported encoding"},
+        {kCFStringEncodingInvalidId, "", {}, "an unknown encoding, for an empty text too"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);

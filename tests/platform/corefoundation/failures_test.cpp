@@ -1,4 +1,4 @@
-// Short of memory: each allocation in turn fails, and every call says so or leaves all as it was.
+// Every failed allocation of each call: the call reports it or changes nothing.
 #include "tests/platform/corefoundation/text.h"
 #include "tests/support/failing_memory.h"
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-std::atomic<int> allocationsLeft{-1}; // below 0: as many as one likes
+std::atomic<int> allocationsLeft{-1}; // below 0: unlimited
 
 } // namespace
 
@@ -16,9 +16,9 @@ bool support::mayAllocate() { return allocationsLeft < 0 || allocationsLeft-- > 
 
 namespace {
 
-/// Try with no allocation, then with one, two …, until it succeeds. Returns how often it was refused.
+/// Repeat a call with 0, 1, 2… allowed allocations until it succeeds. Returns the number of failures.
 template <class Attempt>
-int refusals(Attempt attempt)
+int countFailures(Attempt attempt)
 {
     for (int allowed = 0;; ++allowed) {
         allocationsLeft = allowed;
@@ -27,19 +27,19 @@ int refusals(Attempt attempt)
         allocationsLeft = -1;
         if (isDone) return allowed;
         if (!ranOut) {
-            ADD_FAILURE() << "refused with memory left";
+            ADD_FAILURE() << "failed with memory left";
             return allowed;
         }
     }
 }
 
-const std::u16string longText(1000, u'\u00E9'); // beyond what fits into a record
+const std::u16string longText(1000, u'\u00E9'); // longer than a string object holds without an allocation
 
-TEST(ShortOfMemory, StringsAreNotMade)
+TEST(StringMemory, AFailedAllocationGivesNull)
 {
     const text::Owned string = text::make(longText);
     const auto make = [](auto create) {
-        return refusals([&] {
+        return countFailures([&] {
             const CFStringRef made = create();
             if (made) CFRelease(made);
             return made != nullptr;
@@ -57,11 +57,11 @@ TEST(ShortOfMemory, StringsAreNotMade)
     EXPECT_EQ(text::alive(), 1u);
 }
 
-TEST(ShortOfMemory, BytesAreNotWritten)
+TEST(StringMemory, AFailedConversionGivesAnEmptyText)
 {
     const text::Owned string = text::make(longText);
     char buffer[3001];
-    EXPECT_GE(refusals([&] {
+    EXPECT_GE(countFailures([&] {
                   buffer[0] = '#';
                   const bool isDone =
                       CFStringGetCString(string.get(), buffer, sizeof buffer, kCFStringEncodingUTF8);
@@ -73,11 +73,11 @@ TEST(ShortOfMemory, BytesAreNotWritten)
               1);
 }
 
-TEST(ShortOfMemory, NormalFormsStayAway)
+TEST(StringMemory, AFailedNormalisationChangesNothing)
 {
     const text::Owned string = text::make(longText);
     const CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string.get());
-    EXPECT_GE(refusals([&] {
+    EXPECT_GE(countFailures([&] {
                   CFStringNormalize(copy, kCFStringNormalizationFormD);
                   const CFIndex length = CFStringGetLength(copy);
                   EXPECT_TRUE(length == 1000 || length == 2000) << length;

@@ -1,4 +1,4 @@
-// Reference counts: who holds a text, and when it ends.
+// Reference counts.
 #include "tests/platform/corefoundation/text.h"
 
 #include <gtest/gtest.h>
@@ -13,16 +13,16 @@ CFStringRef greeting()
     return CFStringCreateWithCString(kCFAllocatorDefault, "hello", kCFStringEncodingASCII);
 }
 
-TEST(References, BeginWithTheCreators)
+TEST(References, StartWithTheCreatorsOne)
 {
     ASSERT_EQ(text::alive(), 0u);
     const CFStringRef string = greeting();
     EXPECT_EQ(CFGetRetainCount(string), 1);
     EXPECT_EQ(text::alive(), 1u);
 
-    EXPECT_EQ(CFRetain(string), string) << "gives its argument back";
+    EXPECT_EQ(CFRetain(string), string) << "returns its argument";
     EXPECT_EQ(CFGetRetainCount(string), 2);
-    EXPECT_EQ(text::alive(), 1u) << "still one text";
+    EXPECT_EQ(text::alive(), 1u) << "one object";
 
     CFRelease(string);
     EXPECT_EQ(CFGetRetainCount(string), 1);
@@ -31,7 +31,7 @@ TEST(References, BeginWithTheCreators)
     EXPECT_EQ(text::alive(), 0u);
 }
 
-TEST(References, OfACopyAreItsOwn)
+TEST(References, AreSeparateForACopy)
 {
     const CFStringRef string = greeting();
     const CFMutableStringRef copy = CFStringCreateMutableCopy(kCFAllocatorDefault, 0, string);
@@ -44,7 +44,7 @@ TEST(References, OfACopyAreItsOwn)
     EXPECT_EQ(text::alive(), 0u);
 }
 
-TEST(References, AreCountedFromAllThreads)
+TEST(References, AreCountedOnAllThreads)
 {
     const CFStringRef string = greeting();
     std::vector<std::thread> threads;
@@ -77,7 +77,7 @@ TEST(ReferencesDeathTest, NullEndsTheProcess)
                  "CFStringNormalize was given a string");
 }
 
-TEST(ReferencesDeathTest, AConstantTextIsNotChanged)
+TEST(ReferencesDeathTest, NormalisingAnImmutableStringEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const text::Owned string = text::make(u"é");

@@ -18,7 +18,7 @@ Owned make(std::u16string_view units)
 
 std::optional<std::string> bytes(CFStringRef string, CFStringEncoding encoding)
 {
-    // Bytes may hold zeros: the end is where a second fill leaves another value behind.
+    // The bytes may contain zeros. The end is where the two buffers differ in their fill value.
     std::vector<char> first(static_cast<std::size_t>(CFStringGetLength(string)) * 4 + 1, 'a');
     std::vector<char> second(first.size(), 'b');
     const auto size = static_cast<CFIndex>(first.size());

@@ -1,4 +1,4 @@
-// Platform texts as C++ values, for tests.
+// Strings of the platform as C++ values.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -15,21 +15,21 @@ struct Release {
     void operator()(CFStringRef string) const { CFRelease(string); }
 };
 
-/// A string that is released at the end.
+/// Releases its string.
 using Owned = std::unique_ptr<const __CFString, Release>;
 
 Owned make(std::u16string_view units);
 
-/// The string's bytes in an encoding, by its own longest size; nothing if it refuses.
+/// Returns  the bytes of CFStringGetCString; nothing if it fails.
 std::optional<std::string> bytes(CFStringRef string, CFStringEncoding encoding);
 
-/// Its units.
+/// The UTF-16 units of a string.
 std::u16string units(CFStringRef string);
 
-/// A failing test shows these.
+/// Units as hexadecimal numbers, for failure messages.
 std::string readable(std::u16string_view units);
 
-/// Strings alive, as the accounts have it.
+/// The live-object count of strings.
 unsigned alive();
 
 } // namespace text

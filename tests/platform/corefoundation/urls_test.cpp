@@ -1,4 +1,4 @@
-// URLs: where a file is.
+// File URLs.
 #include "tests/platform/corefoundation/text.h"
 
 #include <Carbon/Files.h>
@@ -35,8 +35,8 @@ std::string pathOf(CFURLRef url)
                : "none";
 }
 
-/// Objects of every kind that are still to be released.
-std::uint32_t kindsAlive() { return KVXPlatformGetLiveCounts(nullptr, 0); }
+/// The number of kinds with live objects.
+std::uint32_t liveKinds() { return KVXPlatformGetLiveCounts(nullptr, 0); }
 
 TEST(URLs, AreMadeFromPaths)
 {
@@ -45,18 +45,18 @@ TEST(URLs, AreMadeFromPaths)
         std::string given, expected;
         const char* why;
     } facts[] = {
-        {"/a/b.wav", "/a/b.wav", "as it is; it need not exist"},
+        {"/a/b.wav", "/a/b.wav", "unchanged; the file need not exist"},
         {"/", "/", "the root"},
-        {"/a/", "/a", "no slash at the end"},
-        {"//a///b", "/a/b", "one slash is enough"},
-        {"/a/./b/.", "/a/b", "no steps on the spot"},
-        {"/a/../b", "/a/../b", "a step up may lead elsewhere: it stays"},
-        {"a.wav", here + "/a.wav", "from the current folder"},
+        {"/a/", "/a", "a slash at the end is removed"},
+        {"//a///b", "/a/b", "repeated slashes are joined"},
+        {"/a/./b/.", "/a/b", "single dots are removed"},
+        {"/a/../b", "/a/../b", "double dots are kept: the parent of a link is another folder"},
+        {"a.wav", here + "/a.wav", "a relative path"},
         {"/K\u00F6nig 100%.wav", "/K\u00F6nig 100%.wav", "nothing is escaped"},
-        {"/K\xF6nig.wav", "/K\xF6nig.wav", "bytes that are not text are a path, too"},
-        {"", "none", "nothing"},
-        {std::string("/a\0b", 4), "none", "a NUL within"},
-        {std::string("/a\0", 3), "none", "a NUL behind"},
+        {"/K\xF6nig.wav", "/K\xF6nig.wav", "bytes that are not UTF-8"},
+        {"", "none", "an empty path"},
+        {std::string("/a\0b", 4), "none", "a NUL inside"},
+        {std::string("/a\0", 3), "none", "a NUL at the end"},
     };
     for (const auto& fact : facts) EXPECT_EQ(pathOf(make(fact.given).get()), fact.expected) << fact.why;
     EXPECT_EQ(CFURLCreateFromFileSystemRepresentation(nullptr, nullptr, 3, false), nullptr);
@@ -65,11 +65,11 @@ TEST(URLs, AreMadeFromPaths)
         nullptr);
     const Owned part(
         CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8*>("/abc"), 2, true));
-    EXPECT_EQ(pathOf(part.get()), "/a") << "so many bytes and no more";
-    EXPECT_EQ(kindsAlive(), 1u) << "the last one";
+    EXPECT_EQ(pathOf(part.get()), "/a") << "two bytes of the buffer";
+    EXPECT_EQ(liveKinds(), 1u) << "`part`";
 }
 
-TEST(URLs, WriteWhatFits)
+TEST(URLs, NeedABufferForTheWholePath)
 {
     const Owned url = make("/ab");
     UInt8 path[8] = "xxxxxxx";
@@ -83,24 +83,24 @@ TEST(URLs, WriteWhatFits)
     EXPECT_FALSE(CFURLGetFileSystemRepresentation(nullptr, true, path, 8));
 }
 
-TEST(URLs, GetOneMoreComponent)
+TEST(URLs, AppendOneComponent)
 {
     const struct {
         std::u16string component;
         std::string expected;
         const char* why;
     } facts[] = {
-        {u"b.wav", "/a/b.wav", "plain"},
+        {u"b.wav", "/a/b.wav", "ASCII"},
         {u"b c%20d#e?f", "/a/b c%20d#e?f", "nothing is escaped"},
         {u"K\u00F6nig", "/a/K\u00F6nig", "composed stays composed"},
         {u"Ko\u0308nig", "/a/Ko\u0308nig", "decomposed stays decomposed"},
-        {u"\U0001F3B5", "/a/\U0001F3B5", "two units"},
-        {u"..", "/a/..", "a step up"},
-        {u"", "none", "nothing"},
+        {u"\U0001F3B5", "/a/\U0001F3B5", "a surrogate pair"},
+        {u"..", "/a/..", "double dots"},
+        {u"", "none", "an empty component"},
         {u"b/c", "none", "two components"},
         {u"/", "none", "a slash"},
         {std::u16string(u"b\0c", 3), "none", "a NUL"},
-        {std::u16string(1, 0xD800), "none", "half a character"},
+        {std::u16string(1, 0xD800), "none", "an unpaired surrogate"},
     };
     const Owned base = make("/a");
     for (const auto& fact : facts) {
@@ -112,7 +112,7 @@ TEST(URLs, GetOneMoreComponent)
             if (url) CFRelease(url);
         }
     }
-    EXPECT_EQ(pathOf(base.get()), "/a") << "the first one is as it was";
+    EXPECT_EQ(pathOf(base.get()), "/a") << "the base is unchanged";
     const text::Owned name = text::make(u"b");
     EXPECT_EQ(CFURLCreateCopyAppendingPathComponent(nullptr, nullptr, name.get(), false), nullptr);
     EXPECT_EQ(CFURLCreateCopyAppendingPathComponent(nullptr, base.get(), nullptr, false), nullptr);
@@ -121,7 +121,7 @@ TEST(URLs, GetOneMoreComponent)
     EXPECT_EQ(pathOf(url.get()), "/b");
 }
 
-TEST(URLs, AndReferencesMeanTheSameFile)
+TEST(URLs, AreConvertedToFileReferencesAndBack)
 {
     std::string pattern = (fs::temp_directory_path() / "kvx-urls-XXXXXX").string();
     const std::string folder = mkdtemp(pattern.data());
@@ -129,22 +129,22 @@ TEST(URLs, AndReferencesMeanTheSameFile)
 
     FSRef ref;
     const Owned decomposed = make(folder + "/Ko\u0308nig.wav");
-    ASSERT_TRUE(CFURLGetFSRef(decomposed.get(), &ref)) << "found under its own name";
+    ASSERT_TRUE(CFURLGetFSRef(decomposed.get(), &ref)) << "found by its stored name";
     const Owned url(CFURLCreateFromFSRef(nullptr, &ref));
     EXPECT_EQ(pathOf(url.get()), folder + "/K\u00F6nig.wav");
 
-    // The way of a file that is not there yet: its folder, and its name.
-    FSRef above;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder.c_str()), &above, nullptr), noErr);
+    // A file that does not exist yet is given by its folder and its name.
+    FSRef parentRef;
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder.c_str()), &parentRef, nullptr), noErr);
     HFSUniStr255 name = {3, {'n', 'e', 'w'}};
-    const Owned parent(CFURLCreateFromFSRef(nullptr, &above));
+    const Owned parent(CFURLCreateFromFSRef(nullptr, &parentRef));
     const text::Owned last(FSCreateStringFromHFSUniStr(nullptr, &name));
     const Owned made(CFURLCreateCopyAppendingPathComponent(nullptr, parent.get(), last.get(), false));
     EXPECT_EQ(pathOf(made.get()), folder + "/new");
 
     std::memset(&ref, 0x55, sizeof ref);
-    EXPECT_FALSE(CFURLGetFSRef(made.get(), &ref)) << "it is not there";
-    EXPECT_EQ(ref.hidden[0], 0x55) << "nothing is written";
+    EXPECT_FALSE(CFURLGetFSRef(made.get(), &ref)) << "the file does not exist";
+    EXPECT_EQ(ref.hidden[0], 0x55) << "unchanged";
     EXPECT_FALSE(CFURLGetFSRef(nullptr, &ref));
     EXPECT_FALSE(CFURLGetFSRef(made.get(), nullptr));
     EXPECT_EQ(CFURLCreateFromFSRef(nullptr, nullptr), nullptr);
@@ -152,9 +152,9 @@ TEST(URLs, AndReferencesMeanTheSameFile)
     fs::remove_all(folder);
 }
 
-TEST(URLs, AreCounted)
+TEST(URLs, HaveALiveCount)
 {
-    ASSERT_EQ(kindsAlive(), 0u);
+    ASSERT_EQ(liveKinds(), 0u);
     const CFURLRef url = make("/a").release();
     EXPECT_EQ(CFGetRetainCount(url), 1);
     KVXLiveCount row = {};
@@ -163,9 +163,9 @@ TEST(URLs, AreCounted)
     EXPECT_EQ(row.count, 1u);
     CFRetain(url);
     CFRelease(url);
-    EXPECT_EQ(kindsAlive(), 1u);
+    EXPECT_EQ(liveKinds(), 1u);
     CFRelease(url);
-    EXPECT_EQ(kindsAlive(), 0u);
+    EXPECT_EQ(liveKinds(), 0u);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Blocks: copied when queued, released when run, and what cannot be queued.
+// Blocks: copied when queued, released after they ran; invalid arguments.
 #include <KVXPlatform/KVXPlatform.h>
 #include <dispatch/dispatch.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Counts the copies of itself that are alive: one more in each block that holds it.
+/// Counts its live copies. Each block that captures it holds one.
 struct Counted {
     static std::atomic<int> alive;
     Counted() { ++alive; }
@@ -21,7 +21,7 @@ std::atomic<int> Counted::alive{0};
 
 dispatch_queue_t globalQueue() { return dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0); }
 
-TEST(Blocks, AreCopiedAndReleasedOnce)
+TEST(Blocks, AreCopiedWhenQueuedAndReleasedAfterTheyRan)
 {
     static int ran = 0;
     {
@@ -31,17 +31,17 @@ TEST(Blocks, AreCopiedAndReleasedOnce)
               (void)counted;
               ++ran;
             });
-            EXPECT_EQ(Counted::alive, 3) << "here, in the block as written, in the block as queued";
+            EXPECT_EQ(Counted::alive, 3) << "here, in the written block, in the queued copy";
         }
-        EXPECT_EQ(Counted::alive, 2) << "the block as written is gone";
+        EXPECT_EQ(Counted::alive, 2) << "the written block has ended";
     }
-    EXPECT_EQ(Counted::alive, 1) << "the copy outlives the scope that made the block";
+    EXPECT_EQ(Counted::alive, 1) << "the queued copy";
     EXPECT_EQ(KVXPlatformDrainMainQueue(0), 1u);
     EXPECT_EQ(ran, 1);
     EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST(Blocks, AreReleasedByThePoolToo)
+TEST(Blocks, AreReleasedByThePool)
 {
     {
         const Counted counted;
@@ -53,7 +53,7 @@ TEST(Blocks, AreReleasedByThePoolToo)
     }
     std::uint32_t total = 0;
     while (total < 100) total += KVXPlatformDrainMainQueue(1);
-    // A block tells that it has run before it is released: wait for that without a clock in the answer.
+    // A block reports that it has run before it is released.
     while (Counted::alive != 0) KVXPlatformDrainMainQueue(0.001);
     EXPECT_EQ(Counted::alive, 0);
 }
@@ -69,7 +69,7 @@ TEST(Blocks, ShareTheirVariables)
     EXPECT_EQ(sum, 10);
 }
 
-TEST(BlocksDeathTest, EndTheProcessWhereACallHasNoMeaning)
+TEST(BlocksDeathTest, AMissingArgumentEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto function = [](void*) {};
@@ -83,20 +83,20 @@ TEST(BlocksDeathTest, EndTheProcessWhereACallHasNoMeaning)
     EXPECT_DEATH(dispatch_async(globalQueue(), nullptr), "dispatch_async was given no block");
 }
 
-TEST(BlocksDeathTest, AnExceptionOutOfWorkEndsTheProcess)
+TEST(BlocksDeathTest, AnExceptionThatLeavesABlockEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
         {
             dispatch_async(dispatch_get_main_queue(), ^{
-              throw std::runtime_error("nowhere to go");
+              throw std::runtime_error("left the block");
             });
             try {
                 KVXPlatformDrainMainQueue(0);
             } catch (const std::runtime_error&) {
             }
         },
-        "nowhere to go");
+        "left the block");
 }
 
 } // namespace

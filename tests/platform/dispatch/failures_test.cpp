@@ -1,4 +1,4 @@
-// Short of memory: work that was taken on runs all the same.
+// Failed allocations: no queued work is lost.
 #include "tests/support/failing_memory.h"
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -24,35 +24,35 @@ bool support::mayAllocate()
 
 namespace {
 
-constexpr int pieces = 500; // more than a queue holds without asking for memory again
+constexpr int workItems = 500; // a queue of this length allocates several times
 
-TEST(ShortOfMemory, TheMainQueueLosesNothing)
+TEST(DispatchMemory, TheMainQueueLosesNoWork)
 {
     static int ran = 0;
     dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) { ++ran; });
     allocationsToFail = 3;
-    for (int i = 1; i < pieces; ++i)
+    for (int i = 1; i < workItems; ++i)
         dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) { ++ran; });
-    EXPECT_EQ(allocationsToFail, 0) << "none was refused";
-    EXPECT_EQ(KVXPlatformDrainMainQueue(0), static_cast<uint32_t>(pieces));
-    EXPECT_EQ(ran, pieces);
+    EXPECT_EQ(allocationsToFail, 0) << "allocations have failed";
+    EXPECT_EQ(KVXPlatformDrainMainQueue(0), static_cast<uint32_t>(workItems));
+    EXPECT_EQ(ran, workItems);
 }
 
-TEST(ShortOfMemory, TheGlobalQueuesLoseNothing)
+TEST(DispatchMemory, TheGlobalQueuesLoseNoWork)
 {
     static std::atomic<int> ran{0};
     const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_LOW, 0);
     dispatch_async_f(queue, nullptr, [](void*) { ++ran; });
     allocationsToFail = 3;
-    for (int i = 1; i < pieces; ++i)
+    for (int i = 1; i < workItems; ++i)
         dispatch_async_f(queue, nullptr, [](void*) {
             ++ran;
             dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) {});
         });
-    EXPECT_EQ(allocationsToFail, 0) << "none was refused";
-    for (uint32_t told = 0; told < pieces - 1;) told += KVXPlatformDrainMainQueue(1);
-    while (ran < pieces) KVXPlatformDrainMainQueue(0.001);
-    EXPECT_EQ(ran, pieces);
+    EXPECT_EQ(allocationsToFail, 0) << "allocations have failed";
+    for (uint32_t counted = 0; counted < workItems - 1;) counted += KVXPlatformDrainMainQueue(1);
+    while (ran < workItems) KVXPlatformDrainMainQueue(0.001);
+    EXPECT_EQ(ran, workItems);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Work for the main thread: when it runs, in which order, and on which thread.
+// The main queue: when its work runs, in which order, on which thread.
 #include <KVXPlatform/KVXPlatform.h>
 #include <dispatch/dispatch.h>
 
@@ -19,7 +19,7 @@ std::vector<int> ran;
 class MainQueue : public testing::Test {
 protected:
     MainQueue() { ran.clear(); }
-    ~MainQueue() override { EXPECT_EQ(KVXPlatformDrainMainQueue(0), 0u) << "a test left work behind"; }
+    ~MainQueue() override { EXPECT_EQ(KVXPlatformDrainMainQueue(0), 0u) << "work left by the test"; }
 };
 
 void note(void* context) { ran.push_back(*static_cast<int*>(context)); }
@@ -48,17 +48,17 @@ TEST_F(MainQueue, KeepsTheOrderOfFunctionsAndBlocks)
     EXPECT_EQ(ran, (std::vector<int>{0, 1, 2, 3, 4, 5}));
 }
 
-TEST_F(MainQueue, AnswersHowManyRanWhateverTheTimeout)
+TEST_F(MainQueue, ReturnsTheNumberOfItemsForAnyTimeout)
 {
     const struct {
         double timeout;
         const char* why;
     } facts[] = {
         {0, "no wait"},
-        {-1, "time that has passed is no wait"},
-        {std::nan(""), "what is not a number is no wait"},
-        {1e300, "a wait beyond any clock is a long one; work ends it"},
-        {std::numeric_limits<double>::infinity(), "likewise"},
+        {-1, "negative: no wait"},
+        {std::nan(""), "NaN: no wait"},
+        {1e300, "past the range of a clock: a long wait, which work ends"},
+        {std::numeric_limits<double>::infinity(), "infinity: a long wait, which work ends"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -70,7 +70,7 @@ TEST_F(MainQueue, AnswersHowManyRanWhateverTheTimeout)
     }
 }
 
-TEST_F(MainQueue, WaitsForTheFirst)
+TEST_F(MainQueue, WaitsForTheFirstItem)
 {
     int one = 1;
     std::thread other([&] { dispatch_async_f(dispatch_get_main_queue(), &one, note); });
@@ -78,7 +78,7 @@ TEST_F(MainQueue, WaitsForTheFirst)
     other.join();
 }
 
-TEST_F(MainQueue, LeavesWhatIsQueuedMeanwhileForTheNextTime)
+TEST_F(MainQueue, LeavesItemsThatItsWorkQueuesForTheNextCall)
 {
     static int times = 0;
     static void (*again)(void*) = [](void*) {
@@ -92,7 +92,7 @@ TEST_F(MainQueue, LeavesWhatIsQueuedMeanwhileForTheNextTime)
     EXPECT_EQ(times, 3);
 }
 
-TEST_F(MainQueue, WorkThatDrainsRunsWhatComesNext)
+TEST_F(MainQueue, RunsTheNextItemsInANestedCall)
 {
     static std::uint32_t inner = 0;
     static int numbers[] = {1, 2};
@@ -106,7 +106,7 @@ TEST_F(MainQueue, WorkThatDrainsRunsWhatComesNext)
     EXPECT_EQ(ran, (std::vector<int>{0, 1, 2}));
 }
 
-TEST_F(MainQueue, IsTheMainThreadsOnly)
+TEST_F(MainQueue, IsDrainedByTheMainThreadOnly)
 {
     int one = 1;
     dispatch_async_f(dispatch_get_main_queue(), &one, note);
@@ -124,7 +124,7 @@ TEST_F(MainQueue, IsTheMainThreadsOnly)
     EXPECT_EQ(onMain, 3);
 }
 
-TEST_F(MainQueue, KeepsEachThreadsOrderWhenManyQueue)
+TEST_F(MainQueue, KeepsTheOrderOfEachThread)
 {
     constexpr int threads = 4, each = 500;
     static int next[threads];

@@ -1,4 +1,4 @@
-// No thread can be started: work of the global queues runs on the caller's thread.
+// Work of the global queues runs on the caller's thread if no thread can be started.
 #include <dispatch/dispatch.h>
 
 #include <gtest/gtest.h>

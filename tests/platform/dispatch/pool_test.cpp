@@ -1,4 +1,4 @@
-// The global queues: which there are, and that their work runs at the same time, elsewhere.
+// The global queues: priorities, threads, parallel work.
 #include <dispatch/dispatch.h>
 
 #include <gtest/gtest.h>
@@ -12,33 +12,33 @@
 
 namespace {
 
-/// A number that threads raise and wait for.
-class Gate {
+/// A counter that threads raise and wait for.
+class Counter {
 public:
     void raise()
     {
-        const std::lock_guard<std::mutex> hold(lock);
-        ++count;
-        changed.notify_all();
+        const std::lock_guard<std::mutex> hold(lock_);
+        ++count_;
+        changed_.notify_all();
     }
-    void waitFor(int wanted)
+    void waitFor(int minimum)
     {
-        std::unique_lock<std::mutex> hold(lock);
-        changed.wait(hold, [&] { return count >= wanted; });
+        std::unique_lock<std::mutex> hold(lock_);
+        changed_.wait(hold, [&] { return count_ >= minimum; });
     }
 
 private:
-    std::mutex lock;
-    std::condition_variable changed;
-    int count = 0;
+    std::mutex lock_;
+    std::condition_variable changed_;
+    int count_ = 0;
 };
 
-TEST(Pool, HasOneQueueAPriority)
+TEST(Pool, HasOneQueuePerPriority)
 {
     const struct {
         long priority;
         unsigned long flags;
-        bool isThere;
+        bool exists;
         const char* why;
     } facts[] = {
         {2, 0, true, "high"},
@@ -52,7 +52,7 @@ TEST(Pool, HasOneQueueAPriority)
     };
     for (const auto& fact : facts) {
         const dispatch_queue_t queue = dispatch_get_global_queue(fact.priority, fact.flags);
-        EXPECT_EQ(queue != nullptr, fact.isThere) << fact.why;
+        EXPECT_EQ(queue != nullptr, fact.exists) << fact.why;
         EXPECT_EQ(queue, dispatch_get_global_queue(fact.priority, fact.flags)) << fact.why;
         EXPECT_NE(queue, dispatch_get_main_queue()) << fact.why;
     }
@@ -62,7 +62,7 @@ TEST(Pool, HasOneQueueAPriority)
 
 TEST(Pool, RunsWorkOffTheMainThread)
 {
-    static Gate ran;
+    static Counter ran;
     static bool wasMain[3] = {true, true, true};
     static const long priorities[] = {2, 0, -2};
     for (int i = 0; i < 3; ++i)
@@ -75,9 +75,9 @@ TEST(Pool, RunsWorkOffTheMainThread)
     EXPECT_TRUE(pthread_main_np());
 }
 
-TEST(Pool, RunsEveryPieceOnce)
+TEST(Pool, RunsEveryItemOnce)
 {
-    static Gate ran;
+    static Counter ran;
     static std::atomic<int> times[2000];
     for (auto& each : times)
         dispatch_async_f(dispatch_get_global_queue(0, 0), &each, [](void* context) {
@@ -88,25 +88,25 @@ TEST(Pool, RunsEveryPieceOnce)
     for (const auto& each : times) ASSERT_EQ(each, 1);
 }
 
-// A load from disk must not hold up another: work that waits for later work would else wait for ever.
-TEST(Pool, StartsLaterWorkWhileEarlierWaits)
+// One load from disk must not delay another. The first items wait for the last one.
+TEST(Pool, RunsItemsInParallel)
 {
-    static Gate started, finished;
-    constexpr int pieces = 8;
-    for (int i = 0; i < pieces; ++i)
+    static Counter started, finished;
+    constexpr int items = 8;
+    for (int i = 0; i < items; ++i)
         dispatch_async_f(dispatch_get_global_queue(0, 0), nullptr, [](void*) {
             started.raise();
-            started.waitFor(pieces);
+            started.waitFor(items);
             finished.raise();
         });
-    finished.waitFor(pieces);
+    finished.waitFor(items);
 }
 
-// All threads but the waiting ones are kept busy here, so that the order of the queues shows.
+// All threads but one are blocked, so one thread runs the queued work in order.
 TEST(Pool, ServesHigherPrioritiesFirst)
 {
-    static Gate started, open, ran;
-    static std::vector<long> order; // by the one free thread
+    static Counter started, open, ran;
+    static std::vector<long> order; // written by one thread
     constexpr int threads = 16;
     for (int i = 0; i < threads; ++i)
         dispatch_async_f(dispatch_get_global_queue(0, 0), i == 0 ? &open : nullptr, [](void* context) {
