@@ -1,5 +1,6 @@
 // The class table of AUPlayerKVX.
-#include "plugin/class_table.h"
+#include "auplayer/au_player.h"
+
 #include "auplayer/channel_map.h"
 #include "auplayer/devices.h"
 #include "auplayer/lifetime.h"
@@ -17,7 +18,7 @@ namespace {
 using namespace table;
 using Data = AUPlayerData;
 
-// Handles are Integers in the host's interface.
+// For the host a handle is an Integer.
 static_assert(sizeof(AudioUnit) == sizeof(HostInteger) && sizeof(AUGraph) == sizeof(HostInteger));
 constexpr HostType<AudioUnit> asUnit{asInteger.name};
 constexpr HostType<AUGraph> asGraph{asInteger.name};

@@ -45,7 +45,7 @@ HostBoolean getIsOpen(REALobjectStruct* object, HostInteger)
 using namespace table;
 using Data = SoundStreamData;
 
-// To the host a handle is a number of the width of its Integer.
+// For the host a handle is an Integer.
 static_assert(sizeof(StreamState*) == sizeof(HostInteger));
 constexpr HostType<StreamState*> asState{asInteger.name};
 

@@ -1,4 +1,4 @@
-// The class as it is published, against tables written out here.
+// The class table of AUPlayerKVX, compared with the tables below.
 #include "tests/auplayer/player_test.h"
 #include "tests/support/property_value.h"
 
@@ -24,38 +24,38 @@ struct Property {
     const char* name;
     const char* type;
     Access access;
-    HostInteger place;         // of a field, in the class data
-    HostInteger placeOn32Bits; // as the host of the target is told
+    HostInteger offset;         // of a field, in the class data
+    HostInteger offsetOn32Bits; // of a field, in the product
 };
 
-#define PLACE(member) HostInteger(offsetof(AUPlayerData, member))
+#define OFFSET(member) HostInteger(offsetof(AUPlayerData, member))
 
 // clang-format off
 const Property properties[] = {
-    {"ClientFormatString",            "String",     field,           PLACE(clientFormatString),            64},
+    {"ClientFormatString",            "String",     field,           OFFSET(clientFormatString),            64},
     {"CurrentDeviceID",               "UInt32",     accessors,       0,                                    0},
     {"DefaultDeviceID",               "UInt32",     getter,          0,                                    0},
     {"OuputDevices",                  "Dictionary", getter,          0,                                    0},
-    {"OutputFormatString",            "String",     field,           PLACE(outputFormatString),            72},
-    {"DataIsInterleaved",             "Boolean",    field,           PLACE(dataIsInterleaved),             44},
-    {"DataIsFloat",                   "Boolean",    field,           PLACE(dataIsFloat),                   52},
-    {"DataIsNativeEndian",            "Boolean",    field,           PLACE(dataIsNativeEndian),            60},
-    {"DataIsSignedInteger",           "Boolean",    field,           PLACE(dataIsSignedInteger),           68},
-    {"DataIsPCM",                     "Boolean",    field,           PLACE(dataIsPCM),                     76},
-    {"DataNumberInterleavedChannels", "Integer",    field,           PLACE(dataNumberInterleavedChannels), 80},
-    {"DataNumberChannelStreams",      "Integer",    field,           PLACE(dataNumberChannelStreams),      84},
-    {"DataNumberChannels",            "Integer",    field,           PLACE(dataNumberChannels),            88},
-    {"DataSampleWordSize",            "Integer",    field,           PLACE(dataSampleWordSize),            92},
-    {"ConverterHandle",               "Integer",    writableField,   PLACE(converter),                     104},
-    {"GraphHandle",                   "Integer",    writableField,   PLACE(graph),                         100},
-    {"TimePitchHandle",               "Integer",    writableField,   PLACE(timePitch),                     112},
-    {"VariSpeedHandle",               "Integer",    writableField,   PLACE(varispeed),                     116},
-    {"OutputHandle",                  "Integer",    writableField,   PLACE(output),                        108},
-    {"MixerHandle",                   "Integer",    writableField,   PLACE(mixer),                         120},
-    {"EqualizerHandle",               "Integer",    writableField,   PLACE(equalizer),                     124},
-    {"Lasterror",                     "Integer",    writableField,   PLACE(lasterror),                     56},
-    {"Tag",                           "Variant",    writableField,   PLACE(tag),                           40},
-    {"File",                          "FolderItem", field,           PLACE(file),                          48},
+    {"OutputFormatString",            "String",     field,           OFFSET(outputFormatString),            72},
+    {"DataIsInterleaved",             "Boolean",    field,           OFFSET(dataIsInterleaved),             44},
+    {"DataIsFloat",                   "Boolean",    field,           OFFSET(dataIsFloat),                   52},
+    {"DataIsNativeEndian",            "Boolean",    field,           OFFSET(dataIsNativeEndian),            60},
+    {"DataIsSignedInteger",           "Boolean",    field,           OFFSET(dataIsSignedInteger),           68},
+    {"DataIsPCM",                     "Boolean",    field,           OFFSET(dataIsPCM),                     76},
+    {"DataNumberInterleavedChannels", "Integer",    field,           OFFSET(dataNumberInterleavedChannels), 80},
+    {"DataNumberChannelStreams",      "Integer",    field,           OFFSET(dataNumberChannelStreams),      84},
+    {"DataNumberChannels",            "Integer",    field,           OFFSET(dataNumberChannels),            88},
+    {"DataSampleWordSize",            "Integer",    field,           OFFSET(dataSampleWordSize),            92},
+    {"ConverterHandle",               "Integer",    writableField,   OFFSET(converter),                     104},
+    {"GraphHandle",                   "Integer",    writableField,   OFFSET(graph),                         100},
+    {"TimePitchHandle",               "Integer",    writableField,   OFFSET(timePitch),                     112},
+    {"VariSpeedHandle",               "Integer",    writableField,   OFFSET(varispeed),                     116},
+    {"OutputHandle",                  "Integer",    writableField,   OFFSET(output),                        108},
+    {"MixerHandle",                   "Integer",    writableField,   OFFSET(mixer),                         120},
+    {"EqualizerHandle",               "Integer",    writableField,   OFFSET(equalizer),                     124},
+    {"Lasterror",                     "Integer",    writableField,   OFFSET(lasterror),                     56},
+    {"Tag",                           "Variant",    writableField,   OFFSET(tag),                           40},
+    {"File",                          "FolderItem", field,           OFFSET(file),                          48},
     {"Pan",                           "Double",     accessors,       0,                                    0},
     {"CurrentTime",                   "Double",     accessors,       0,                                    0},
     {"TrackLength",                   "Double",     getter,          0,                                    0},
@@ -70,9 +70,9 @@ const Property properties[] = {
     {"SampleRate",                    "Double",     getter,          0,                                    0},
     {"Overlap",                       "Double",     accessors,       0,                                    0},
     {"EnablePeakLocking",             "Boolean",    accessors,       0,                                    0},
-    {"MaximumFramesPerSlice",         "Integer",    writableField,   PLACE(maximumFramesPerSlice),         96},
-    {"OutputUnit",                    "Integer",    writableField,   PLACE(outputUnit),                    36},
-    {"TimePitchUnit",                 "Integer",    fieldWithSetter, PLACE(timePitchUnit),                 32},
+    {"MaximumFramesPerSlice",         "Integer",    writableField,   OFFSET(maximumFramesPerSlice),         96},
+    {"OutputUnit",                    "Integer",    writableField,   OFFSET(outputUnit),                    36},
+    {"TimePitchUnit",                 "Integer",    fieldWithSetter, OFFSET(timePitchUnit),                 32},
 };
 // clang-format on
 
@@ -98,10 +98,10 @@ const char* const constants[] = {
     "OutputUnitDefaultOutput = 3", "OutputUnitSystemOutput = 4",
 };
 
-// The record, field by field. A flag has a word of its own.
+// The fields of the record.
 const struct {
     const char* field;
-    std::size_t place, size, placeOn32Bits, sizeOn32Bits;
+    std::size_t offset, size, offsetOn32Bits, sizeOn32Bits;
 } record[] = {
 #define FIELD(member) #member, offsetof(AUPlayerData, member), sizeof(AUPlayerData::member)
     // clang-format off
@@ -150,25 +150,25 @@ const struct {
     // clang-format on
 };
 
-TEST(AUPlayerClass, ItsRecordHasItsFieldsInOrder)
+TEST(AUPlayerClass, HasTheFieldsOfItsRecordInOrder)
 {
     std::size_t end = 0;
     for (const auto& fact : record) {
         SCOPED_TRACE(fact.field);
-        EXPECT_GE(fact.place, end);
-        end = fact.place + fact.size;
+        EXPECT_GE(fact.offset, end);
+        end = fact.offset + fact.size;
         if (sizeof(void*) == 4) {
-            EXPECT_EQ(fact.place, fact.placeOn32Bits);
+            EXPECT_EQ(fact.offset, fact.offsetOn32Bits);
             EXPECT_EQ(fact.size, fact.sizeOn32Bits);
         }
     }
     if (sizeof(void*) == 4) {
         EXPECT_EQ(sizeof(AUPlayerData), 184u);
     }
-    for (const auto* wide : {&record[0], &record[1], &record[2], &record[3]}) EXPECT_EQ(wide->place % 8, 0u);
+    for (const auto* wide : {&record[0], &record[1], &record[2], &record[3]}) EXPECT_EQ(wide->offset % 8, 0u);
 }
 
-TEST(AUPlayerClass, HasItsNameItsSizeAndItsCounts)
+TEST(AUPlayerClass, HasItsNameSizeAndCounts)
 {
     const REALclassDefinition& definition = auPlayerClass;
     EXPECT_EQ(definition.version, 13u);
@@ -195,13 +195,13 @@ TEST(AUPlayerClass, HasItsNameItsSizeAndItsCounts)
     for (const Word word : definition.newer) EXPECT_EQ(word, 0u);
 }
 
-TEST(AUPlayerClass, ListsFortyOnePropertiesInOrder)
+TEST(AUPlayerClass, HasFortyOnePropertiesInOrder)
 {
     ASSERT_EQ(auPlayerClass.propertyCount, std::size(properties));
-    const auto getterMark = reinterpret_cast<AnyFunction>(REALstandardGetter);
-    const auto setterMark = reinterpret_cast<AnyFunction>(REALstandardSetter);
+    const auto fieldGetter = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    const auto fieldSetter = reinterpret_cast<AnyFunction>(REALstandardSetter);
     const auto isFunction = [&](AnyFunction word) {
-        return word && word != getterMark && word != setterMark;
+        return word && word != fieldGetter && word != fieldSetter;
     };
     const auto* row = static_cast<const REALproperty*>(auPlayerClass.properties);
     for (const Property& expected : properties) {
@@ -212,15 +212,15 @@ TEST(AUPlayerClass, ListsFortyOnePropertiesInOrder)
         EXPECT_STREQ(row->name, expected.name);
         EXPECT_STREQ(row->type, expected.type);
         EXPECT_EQ(row->flags, 6u);
-        EXPECT_EQ(row->getter == getterMark, isField);
+        EXPECT_EQ(row->getter == fieldGetter, isField);
         EXPECT_EQ(isFunction(row->getter), !isField);
-        EXPECT_EQ(row->setter == setterMark, expected.access == writableField);
+        EXPECT_EQ(row->setter == fieldSetter, expected.access == writableField);
         EXPECT_EQ(isFunction(row->setter),
                   expected.access == accessors || expected.access == fieldWithSetter);
         EXPECT_EQ(row->setter == nullptr, expected.access == field || expected.access == getter);
-        EXPECT_EQ(row->parameter, expected.place);
+        EXPECT_EQ(row->parameter, expected.offset);
         if (sizeof(void*) == 4) {
-            EXPECT_EQ(row->parameter, expected.placeOn32Bits);
+            EXPECT_EQ(row->parameter, expected.offsetOn32Bits);
         }
         EXPECT_EQ(row->editor, nullptr);
         EXPECT_EQ(row->enumeration, nullptr);
@@ -231,7 +231,7 @@ TEST(AUPlayerClass, ListsFortyOnePropertiesInOrder)
     }
 }
 
-TEST(AUPlayerClass, ListsTwelveMethodsInOrder)
+TEST(AUPlayerClass, HasTwelveMethodsInOrder)
 {
     ASSERT_EQ(auPlayerClass.methodCount, std::size(methods));
     const auto* row = static_cast<const REALmethod*>(auPlayerClass.methods);
@@ -240,14 +240,14 @@ TEST(AUPlayerClass, ListsTwelveMethodsInOrder)
         EXPECT_STREQ(row[i].declaration, methods[i]);
         EXPECT_NE(row[i].function, nullptr);
         EXPECT_EQ(row[i].setter != nullptr, i >= firstIndexed && i < afterIndexed)
-            << "a property with an index has a setter";
+            << "an indexed property has a setter";
         EXPECT_EQ(row[i].flags, 4u);
         EXPECT_EQ(row[i].trailing[0], 0u);
         EXPECT_EQ(row[i].trailing[1], 0u);
     }
 }
 
-TEST(AUPlayerClass, ListsEightConstantsInOrder)
+TEST(AUPlayerClass, HasEightConstantsInOrder)
 {
     ASSERT_EQ(auPlayerClass.constantCount, std::size(constants));
     const auto* row = static_cast<const REALconstant*>(auPlayerClass.constants);
@@ -259,7 +259,7 @@ TEST(AUPlayerClass, ListsEightConstantsInOrder)
     }
 }
 
-TEST(AUPlayerClass, GivesEveryMemberAFunctionOfItsOwn)
+TEST(AUPlayerClass, HasADifferentFunctionForEachMember)
 {
     std::set<AnyFunction> functions;
     std::size_t count = 0;
@@ -313,7 +313,7 @@ TEST_F(AUPlayerGetters, IgnoreTheirParameter)
     destruct();
 }
 
-/// What a host that reads a layout is handed.
+/// The definition that a host of one layout receives.
 class RegisteredAUPlayer : public PlayerTest {
 protected:
     REALclassDefinition registered(int layout)

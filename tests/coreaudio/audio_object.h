@@ -1,5 +1,4 @@
-// The audio-object members, called with arguments that differ from position to position, and the platform
-// calls that they must make.
+// The audio-object members, called with arguments that differ by position, and the expected platform calls.
 #pragma once
 
 #include "tests/coreaudio/subject.h"
@@ -9,17 +8,17 @@ namespace subject {
 constexpr OSStatus unknownProperty = 0x77686F3F; // 'who?'
 constexpr OSStatus badObject = 0x216F626A;       // '!obj'
 
-// Arguments that differ from position to position, as the host hands them over and as the platform sees them.
+// The arguments of the host program, and the spy's text for them.
 const HostInteger objectID = static_cast<std::int32_t>(0x80000021);
 constexpr std::uint32_t selector = 0xF0000001, scope = 0xE0000002, element = 0xFFFFFFFF;
 const std::string where = "0x80000021, {0xF0000001, 0xE0000002, 0xFFFFFFFF}, ";
 
-/// A property's value as the platform has it.
+/// The property's value on the platform.
 const std::string value("AB\0\xE9Z", 5);
 
 class AudioObjectMembers : public Subject {
 protected:
-    std::uint32_t askSize(Block qualifier)
+    std::uint32_t getSize(Block qualifier)
     {
         return call<std::uint32_t>("AudioObjectGetPropertyDataSize", object(), objectID, selector, scope,
                                    element, qualifier);
@@ -61,7 +60,7 @@ protected:
         return "AudioObjectSetPropertyData(" + where + qualifier + ", " + data + ")";
     }
 
-    /// How often each block was locked and unlocked, "m1 +" and "m1 -", in order.
+    /// The locks and unlocks of blocks in order, as "m1 +" and "m1 -".
     property_spy::Notes locks()
     {
         property_spy::Notes found;

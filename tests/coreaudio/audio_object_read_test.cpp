@@ -1,4 +1,4 @@
-// Reading any object's property: into a new block, or into the caller's.
+// Reading a property of an audio object: into a new block, or into the caller's block.
 #include "tests/coreaudio/audio_object.h"
 
 #include <cstring>
@@ -10,7 +10,7 @@ using property_spy::Notes;
 
 // ---- reading into a new block ----
 
-TEST_F(AudioObjectMembers, ANewBlockHoldsACopyOfTheValue)
+TEST_F(AudioObjectMembers, ANewBlockHasACopyOfTheValue)
 {
     const struct {
         const char* why;
@@ -18,23 +18,23 @@ TEST_F(AudioObjectMembers, ANewBlockHoldsACopyOfTheValue)
         std::optional<UInt32> announced;
         OSStatus getStatus;
         std::optional<UInt32> written;
-        bool asksValue;
+        bool readsValue;
         HostInteger lasterror;
         std::optional<std::size_t> result; ///< none: nil
     } rows[] = {
         {"the whole value", 0, 5, 0, 5, true, 0, 5},
-        {"the size is not written back", 0, 5, 0, {}, true, 0, 5},
+        {"the platform does not return a size", 0, 5, 0, {}, true, 0, 5},
         {"a size of 1", 0, 1, 0, 1, true, 0, 1},
         {"less is written", 0, 5, 0, 2, true, 0, 2},
-        {"nothing is written", 0, 5, 0, 0, true, 0, {}},
-        {"more is claimed than there is room for", 0, 5, 0, 6, true, 0, 5},
-        {"the largest size that a block may have is claimed", 0, 5, 0, 0x7FFFFFFE, true, 0, 5},
+        {"0 bytes are written", 0, 5, 0, 0, true, 0, {}},
+        {"the platform returns more than the capacity", 0, 5, 0, 6, true, 0, 5},
+        {"the platform returns the largest size of a block", 0, 5, 0, 0x7FFFFFFE, true, 0, 5},
         {"an empty property is nil without an error", 0, 0, 0, {}, false, 0, {}},
-        {"so is one of which no size is told", 0, {}, 0, {}, false, 0, {}},
-        {"asking for the size fails", badObject, {}, 0, {}, false, badObject, {}},
-        {"it fails with a size", unknownProperty, 5, 0, {}, false, unknownProperty, {}},
+        {"a property without a size is nil without an error", 0, {}, 0, {}, false, 0, {}},
+        {"getting the size fails", badObject, {}, 0, {}, false, badObject, {}},
+        {"getting the size fails with a size", unknownProperty, 5, 0, {}, false, unknownProperty, {}},
         {"reading fails", 0, 5, unknownProperty, 5, true, unknownProperty, {}},
-        {"it fails with 1", 0, 5, 1, 3, true, 1, {}},
+        {"reading fails with status 1", 0, 5, 1, 3, true, 1, {}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -53,7 +53,7 @@ TEST_F(AudioObjectMembers, ANewBlockHoldsACopyOfTheValue)
         const Notes memory = watched::end();
 
         Notes expected = {sizeCall("0x4, q")}, expectedMemory;
-        if (row.asksValue) {
+        if (row.readsValue) {
             const std::string announced = std::to_string(*row.announced);
             expected.push_back(getCall(*row.announced, announced + " zeros", "0x4, q"));
             expectedMemory = {"calloc " + announced, "free"};
@@ -73,11 +73,11 @@ TEST_F(AudioObjectMembers, ANewBlockHoldsACopyOfTheValue)
     }
 }
 
-TEST_F(AudioObjectMembers, NoMemoryForTheValueIsRaised)
+TEST_F(AudioObjectMembers, OutOfMemoryForTheValueIsRaised)
 {
     const struct {
         UInt32 announced;
-        bool isAskedFor;
+        bool isAllocated;
         const char* message;
     } rows[] = {
         {1, true, "Failed to allocate 1 bytes memory for data."},
@@ -93,11 +93,11 @@ TEST_F(AudioObjectMembers, NoMemoryForTheValueIsRaised)
         const Block q = block("qual", "q");
         size().size = row.announced;
         lasterror() = 4711;
-        if (row.isAskedFor) watched::refuseCalloc(1);
+        if (row.isAllocated) watched::refuseCalloc(1);
         watched::begin();
         EXPECT_EQ(read(q, nullptr), nullptr);
         EXPECT_EQ(watched::end(),
-                  row.isAskedFor ? Notes{"calloc " + std::to_string(row.announced)} : Notes{});
+                  row.isAllocated ? Notes{"calloc " + std::to_string(row.announced)} : Notes{});
         EXPECT_EQ(property_spy::calls(), Notes{sizeCall("0x4, q")});
         EXPECT_EQ(lasterror(), -1);
         ASSERT_EQ(host().raised().size(), 1u);
@@ -109,7 +109,7 @@ TEST_F(AudioObjectMembers, NoMemoryForTheValueIsRaised)
     }
 }
 
-TEST_F(AudioObjectMembers, ASizeWrittenBackThatNoBlockCanHaveIsRaised)
+TEST_F(AudioObjectMembers, AReturnedSizeThatNoBlockCanHaveIsRaised)
 {
     const struct {
         UInt32 written;
@@ -127,7 +127,7 @@ TEST_F(AudioObjectMembers, ASizeWrittenBackThatNoBlockCanHaveIsRaised)
         get().size = row.written;
         get().value = value;
         EXPECT_EQ(read(nullptr, nullptr), nullptr);
-        EXPECT_EQ(lasterror(), 0) << "the platform's status stands";
+        EXPECT_EQ(lasterror(), 0) << "the platform's status";
         ASSERT_EQ(host().raised().size(), 1u);
         EXPECT_EQ(host().raised()[0].className, "OutOfMemoryException");
         EXPECT_EQ(host().raised()[0].message, row.message);
@@ -137,7 +137,7 @@ TEST_F(AudioObjectMembers, ASizeWrittenBackThatNoBlockCanHaveIsRaised)
     }
 }
 
-TEST_F(AudioObjectMembers, LasterrorIsMinusOneAgainWhileTheValueIsRead)
+TEST_F(AudioObjectMembers, LasterrorIsMinusOneDuringBothPlatformCalls)
 {
     std::vector<HostInteger> seen;
     size().size = 5;
@@ -147,20 +147,20 @@ TEST_F(AudioObjectMembers, LasterrorIsMinusOneAgainWhileTheValueIsRead)
     EXPECT_EQ(lasterror(), 0);
 }
 
-TEST_F(AudioObjectMembers, TheNewBlockIsNilWhereTheHostMakesNone)
+TEST_F(AudioObjectMembers, TheNewBlockIsNilIfTheHostBuildsNone)
 {
     size().size = 5;
     const Block q = block("qual", "q");
     host().failNext("newMemoryBlock");
     EXPECT_EQ(read(q, nullptr), nullptr);
-    EXPECT_EQ(lasterror(), 0) << "the platform's status stands";
+    EXPECT_EQ(lasterror(), 0) << "the platform's status";
     host().blocksHaveBytes = false;
     EXPECT_EQ(read(q, nullptr), nullptr);
     host().drop(q);
     expectBalance();
 }
 
-TEST_F(AudioObjectMembers, TheNewBlockDoesNotChangeTheProperty)
+TEST_F(AudioObjectMembers, TheNewBlockIsIndependentOfTheProperty)
 {
     size().size = 5;
     get().value = value;
@@ -174,7 +174,7 @@ TEST_F(AudioObjectMembers, TheNewBlockDoesNotChangeTheProperty)
 
 // ---- reading into the caller's block ----
 
-TEST_F(AudioObjectMembers, TheCallersBlockIsReturnedItself)
+TEST_F(AudioObjectMembers, TheCallersBlockIsReturned)
 {
     const struct {
         const char* why;
@@ -183,12 +183,12 @@ TEST_F(AudioObjectMembers, TheCallersBlockIsReturnedItself)
         bool isReturned;
     } rows[] = {
         {"the whole value", 5, 0, true},
-        {"less than there is room for", 2, 0, true},
-        {"more than there is room for", 500, 0, true},
-        {"nothing", 0, 0, true},
-        {"without a word", {}, 0, true},
-        {"not at all: the block is too small for this platform", 500, 0x2173697A, false},
-        {"not at all, with 1", {}, 1, false},
+        {"less than the capacity", 2, 0, true},
+        {"more than the capacity", 500, 0, true},
+        {"0 bytes", 0, 0, true},
+        {"no returned size", {}, 0, true},
+        {"refused: the block is too small for the platform", 500, 0x2173697A, false},
+        {"refused with status 1", {}, 1, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -206,7 +206,7 @@ TEST_F(AudioObjectMembers, TheCallersBlockIsReturnedItself)
         EXPECT_EQ(lasterror(), row.status);
         EXPECT_EQ(result, row.isReturned ? input : nullptr);
         EXPECT_EQ(host().references(input), row.isReturned ? 2 : 1);
-        EXPECT_EQ(host().bytesOf(input), "abc45") << "unresized, filled in place";
+        EXPECT_EQ(host().bytesOf(input), "abc45") << "the same size, with the value";
         expectBalance({"m1: 1", row.isReturned ? "m2: 2" : "m2: 1"});
         host().dropAll();
     }

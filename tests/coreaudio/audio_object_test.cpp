@@ -1,4 +1,4 @@
-// The audio-object members: their blocks, sizes and writes, and what all have in common.
+// The audio-object members: block arguments, sizes, writes, and the rules for all members.
 #include "tests/coreaudio/audio_object.h"
 
 #include <climits>
@@ -10,8 +10,8 @@ using property_spy::Notes;
 
 // ---- a block as an argument ----
 
-// What a block amounts to is the same for all three members and for each of their blocks.
-TEST_F(AudioObjectMembers, BlocksAreSeenAsSizeAndAddress)
+// All block arguments of the three members are passed to the platform in the same way.
+TEST_F(AudioObjectMembers, BlocksArePassedAsSizeAndAddress)
 {
     const struct {
         const char* why;
@@ -23,11 +23,11 @@ TEST_F(AudioObjectMembers, BlocksAreSeenAsSizeAndAddress)
         {"a block", "qual", {}, true, "0x4, q"},
         {"no block", nullptr, {}, true, "0x0, null"},
         {"a block without memory", "qual", {}, false, "0x0, null"},
-        {"without memory, whatever it claims", "qual", HostInteger{77}, false, "0x0, null"},
-        {"a negative size is none, the address stays", "qual", HostInteger{-1}, true, "0x0, q"},
-        {"the most negative one", "qual", HostInteger{INT_MIN}, true, "0x0, q"},
+        {"a block without memory that reports a size", "qual", HostInteger{77}, false, "0x0, null"},
+        {"a negative size counts as 0", "qual", HostInteger{-1}, true, "0x0, q"},
+        {"the most negative size", "qual", HostInteger{INT_MIN}, true, "0x0, q"},
         {"an empty block", "qual", HostInteger{0}, true, "0x0, q"},
-        {"the greatest size", "qual", HostInteger{INT_MAX}, true, "0x7FFFFFFF, q"},
+        {"the largest size", "qual", HostInteger{INT_MAX}, true, "0x7FFFFFFF, q"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -39,7 +39,7 @@ TEST_F(AudioObjectMembers, BlocksAreSeenAsSizeAndAddress)
         if (!row.hasMemory) takeMemory(q);
         const Notes once = q ? Notes{"m1 +", "m1 -"} : Notes{};
 
-        askSize(q);
+        getSize(q);
         EXPECT_EQ(property_spy::calls(), Notes{sizeCall(row.shown)});
         EXPECT_EQ(locks(), once);
 
@@ -61,11 +61,11 @@ TEST_F(AudioObjectMembers, BlocksAreSeenAsSizeAndAddress)
     }
 }
 
-TEST_F(AudioObjectMembers, QualifiersReachThePlatformByteForByte)
+TEST_F(AudioObjectMembers, QualifiersArePassedUnchanged)
 {
     const Block q = block(std::string("q\0\xFF", 3), "q");
     const Block data = block(std::string("d\0\x80\x01", 4), "data");
-    askSize(q);
+    getSize(q);
     EXPECT_EQ(property_spy::lastQualifier(), std::string("q\0\xFF", 3));
     write(data, q);
     EXPECT_EQ(property_spy::lastQualifier(), std::string("q\0\xFF", 3));
@@ -75,7 +75,7 @@ TEST_F(AudioObjectMembers, QualifiersReachThePlatformByteForByte)
     EXPECT_EQ(property_spy::lastQualifier(), std::string("q\0\xFF", 3));
 }
 
-TEST_F(AudioObjectMembers, BlocksAreHeldWhileThePlatformReads)
+TEST_F(AudioObjectMembers, BlocksHaveAReferenceDuringThePlatformCall)
 {
     const Block q = block("qual", "q"), data = block("data", "data");
     const auto expectHeld = [&](int dataReferences) {
@@ -85,7 +85,7 @@ TEST_F(AudioObjectMembers, BlocksAreHeldWhileThePlatformReads)
         };
     };
     size().during = expectHeld(1);
-    askSize(q);
+    getSize(q);
     get().during = expectHeld(2);
     read(q, data);
     host().drop(data); // the result's reference
@@ -95,30 +95,30 @@ TEST_F(AudioObjectMembers, BlocksAreHeldWhileThePlatformReads)
     expectBalance({"m1: 1", "m2: 1"});
 }
 
-// ---- asking for the size ----
+// ---- the size ----
 
-TEST_F(AudioObjectMembers, SizeIsWhatThePlatformTells)
+TEST_F(AudioObjectMembers, TheSizeIsThatOfThePlatform)
 {
     const struct {
         const char* why;
         OSStatus status;
-        std::optional<UInt32> told;
+        std::optional<UInt32> reported;
         std::uint32_t size;
     } rows[] = {
         {"a size", 0, 24, 24},
-        {"none", 0, 0, 0},
+        {"size 0", 0, 0, 0},
         {"all 32 bits", 0, 0xFFFFFFFF, 0xFFFFFFFF},
         {"an object that does not exist", badObject, {}, 0},
-        {"an error that tells a size", unknownProperty, 8, 8},
-        {"success without a word", 0, {}, 0},
+        {"an error with a size", unknownProperty, 8, 8},
+        {"success without a size", 0, {}, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         property_spy::reset();
         size().status = row.status;
-        size().size = row.told;
+        size().size = row.reported;
         lasterror() = 4711;
-        EXPECT_EQ(askSize(nullptr), row.size);
+        EXPECT_EQ(getSize(nullptr), row.size);
         EXPECT_EQ(lasterror(), row.status);
         EXPECT_EQ(property_spy::calls(), Notes{sizeCall()});
     }
@@ -140,18 +140,18 @@ TEST_F(AudioObjectMembers, TheWholeBlockIsWritten)
         EXPECT_EQ(lasterror(), status);
         const Notes seen = locks();
         ASSERT_EQ(seen.size(), 4u);
-        EXPECT_EQ(Notes(seen.begin(), seen.begin() + 2), (Notes{"m1 +", "m2 +"})) << "data comes first";
+        EXPECT_EQ(Notes(seen.begin(), seen.begin() + 2), (Notes{"m1 +", "m2 +"})) << "data is locked first";
     }
     expectBalance({"m1: 1", "m2: 1"});
 }
 
-// ---- what all have in common ----
+// ---- rules for all members ----
 
-TEST_F(AudioObjectMembers, LasterrorIsSetBeforeAnyOtherWork)
+TEST_F(AudioObjectMembers, LasterrorIsSetBeforeAnyOtherCall)
 {
     const Block q = block("qual", "q"), data = block("data", "data");
     const std::function<void()> members[] = {
-        [&] { askSize(q); },
+        [&] { getSize(q); },
         [&] { read(q, nullptr); },
         [&] { read(q, data); },
         [&] { write(data, q); },
@@ -164,36 +164,36 @@ TEST_F(AudioObjectMembers, LasterrorIsSetBeforeAnyOtherWork)
     }
 }
 
-TEST_F(AudioObjectMembers, LocksAreBalancedWhateverThrows)
+TEST_F(AudioObjectMembers, LocksAreBalancedAfterAnyException)
 {
-    enum Member { asking, reading, readingInto, writing };
+    enum Member { getting, reading, readingInto, writing };
     const struct {
-        const char* place;
+        const char* step;
         Member member;
-        const char* platformFunction; ///< or "": the host's service of that name
+        const char* platformFunction; ///< "": the host service below throws
         const char* service;
-        int calls; ///< of that service before the one that throws
+        int calls; ///< calls of that service before the one that throws
         HostInteger lasterror;
     } rows[] = {
-        {"asking for the size", asking, "AudioObjectGetPropertyDataSize", "", 0, -1},
-        {"asking for the size first", reading, "AudioObjectGetPropertyDataSize", "", 0, -1},
+        {"getting the size", getting, "AudioObjectGetPropertyDataSize", "", 0, -1},
+        {"getting the size before the value", reading, "AudioObjectGetPropertyDataSize", "", 0, -1},
         {"reading", reading, "AudioObjectGetPropertyData", "", 0, -1},
         {"building the block", reading, "", "newMemoryBlock", 0, 0},
-        {"finding the block's memory", reading, "", "memoryBlockGetPtr", 1, 0},
+        {"getting the new block's address", reading, "", "memoryBlockGetPtr", 1, 0},
         {"reading into a block", readingInto, "AudioObjectGetPropertyData", "", 0, -1},
         {"writing", writing, "AudioObjectSetPropertyData", "", 0, -1},
-        {"locking the qualifier", asking, "", "REALLockObject", 0, -1},
-        {"its size", asking, "", "memoryBlockGetSize", 0, -1},
-        {"its address", asking, "", "memoryBlockGetPtr", 0, -1},
+        {"locking the qualifier", getting, "", "REALLockObject", 0, -1},
+        {"getting the qualifier's size", getting, "", "memoryBlockGetSize", 0, -1},
+        {"getting the qualifier's address", getting, "", "memoryBlockGetPtr", 0, -1},
         {"locking the second block", readingInto, "", "REALLockObject", 1, -1},
-        {"the second size", readingInto, "", "memoryBlockGetSize", 1, -1},
-        {"the second address", readingInto, "", "memoryBlockGetPtr", 1, -1},
-        {"the lock of the result", readingInto, "", "REALLockObject", 2, 0},
-        {"the first size of a write", writing, "", "memoryBlockGetSize", 0, -1},
-        {"the second size of a write", writing, "", "memoryBlockGetSize", 1, -1},
+        {"getting the second block's size", readingInto, "", "memoryBlockGetSize", 1, -1},
+        {"getting the second block's address", readingInto, "", "memoryBlockGetPtr", 1, -1},
+        {"locking the result", readingInto, "", "REALLockObject", 2, 0},
+        {"getting the first size of a write", writing, "", "memoryBlockGetSize", 0, -1},
+        {"getting the second size of a write", writing, "", "memoryBlockGetSize", 1, -1},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.place);
+        SCOPED_TRACE(row.step);
         startHost(2016.0);
         property_spy::reset();
         const Block q = block("qual", "q"), data = block("data", "data");
@@ -211,8 +211,8 @@ TEST_F(AudioObjectMembers, LocksAreBalancedWhateverThrows)
 
         EXPECT_NO_THROW({
             switch (row.member) {
-            case asking:
-                EXPECT_EQ(askSize(q), 0u);
+            case getting:
+                EXPECT_EQ(getSize(q), 0u);
                 break;
             case reading:
                 EXPECT_EQ(read(q, nullptr), nullptr);
@@ -232,11 +232,11 @@ TEST_F(AudioObjectMembers, LocksAreBalancedWhateverThrows)
     }
 }
 
-TEST_F(AudioObjectMembers, GoesOnWithoutAServiceThatTheHostLacks)
+TEST_F(AudioObjectMembers, ContinuesWithoutAMissingService)
 {
     const struct {
         const char* service;
-        const char* qualifier; ///< as the platform sees it
+        const char* qualifier; ///< the platform's arguments
     } rows[] = {
         {"REALLockObject", "0x4, q"},
         {"REALUnlockObject", "0x4, q"},
@@ -254,7 +254,7 @@ TEST_F(AudioObjectMembers, GoesOnWithoutAServiceThatTheHostLacks)
             if (isWrite)
                 write(nullptr, q);
             else
-                EXPECT_EQ(askSize(q), 8u);
+                EXPECT_EQ(getSize(q), 8u);
             EXPECT_EQ(property_spy::calls(),
                       Notes{isWrite ? setCall("0x0, null", row.qualifier) : sizeCall(row.qualifier)});
             EXPECT_EQ(lasterror(), 0);
@@ -262,7 +262,7 @@ TEST_F(AudioObjectMembers, GoesOnWithoutAServiceThatTheHostLacks)
         }
 }
 
-TEST_F(AudioObjectMembers, WithoutTheMeansToRaiseNoMemoryIsStillNil)
+TEST_F(AudioObjectMembers, OutOfMemoryIsNilAlsoWhenNoExceptionCanBeRaised)
 {
     for (const char* service : {"PluginNewInstance", "RuntimeRaiseException", "REALBuildString"}) {
         SCOPED_TRACE(service);

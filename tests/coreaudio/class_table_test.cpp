@@ -1,4 +1,4 @@
-// CoreAudioKVX as it is published: every property, method and shared method, in order, and the class itself.
+// The class table of CoreAudioKVX, compared with the tables below.
 #include "abi/accessor_sentinels.h"
 #include "tests/coreaudio/subject.h"
 #include "tests/support/property_value.h"
@@ -13,7 +13,7 @@ const struct Selector {
     const char* text;
     std::uint32_t value;
 } selectors[] = {
-    //  property                                              text    the same as a number
+    //  property                                              text    number
     {"kAudioHardwarePropertyDevices",                         "dev#", 0x64657623},
     {"kAudioHardwarePropertyDefaultInputDevice",              "dIn ", 0x64496E20},
     {"kAudioHardwarePropertyDefaultOutputDevice",             "dOut", 0x644F7574},
@@ -148,7 +148,7 @@ const REALproperty* publishedProperties() { return static_cast<REALproperty*>(co
 const REALmethod* publishedMethods() { return static_cast<REALmethod*>(coreAudioClass.methods); }
 const REALmethod* publishedSharedMethods() { return static_cast<REALmethod*>(coreAudioClass.sharedMethods); }
 
-void expectNothingFurther(const REALproperty& row)
+void expectStandardWords(const REALproperty& row)
 {
     EXPECT_EQ(row.flags, 6u);
     EXPECT_EQ(row.editor, nullptr);
@@ -165,7 +165,7 @@ void expectConstant(const REALproperty& row, const char* name, const char* type)
     EXPECT_STREQ(row.type, type);
     EXPECT_EQ(row.setter, nullptr);
     EXPECT_EQ(row.parameter, 0);
-    expectNothingFurther(row);
+    expectStandardWords(row);
 }
 
 void expectMethods(const REALmethod* rows, Word count, const Declared* expected, std::size_t expectedCount)
@@ -184,7 +184,7 @@ void expectMethods(const REALmethod* rows, Word count, const Declared* expected,
 
 using CoreAudioClass = Subject;
 
-TEST_F(CoreAudioClass, IsPublishedInTheNewestLayoutWithoutSuperclassEventsOrConstants)
+TEST_F(CoreAudioClass, HasItsNameSizeAndCountsInTheNewestLayout)
 {
     const REALclassDefinition& c = coreAudioClass;
     EXPECT_EQ(c.version, 13u);
@@ -209,7 +209,7 @@ TEST_F(CoreAudioClass, IsPublishedInTheNewestLayoutWithoutSuperclassEventsOrCons
     if (sizeof(void*) == 4) EXPECT_EQ(c.dataSize, 4u);
 }
 
-TEST_F(CoreAudioClass, PropertiesStandInOrder)
+TEST_F(CoreAudioClass, HasEightyTwoPropertiesInOrder)
 {
     constexpr std::size_t selectorCount = std::size(selectors);
     ASSERT_EQ(selectorCount, 79u);
@@ -223,7 +223,7 @@ TEST_F(CoreAudioClass, PropertiesStandInOrder)
     expectConstant(rows[80], "kAudioPropertyWildcardChannel", "Integer");
 }
 
-TEST_F(CoreAudioClass, LasterrorIsAFieldThatTheHostReadsAndWritesItself)
+TEST_F(CoreAudioClass, LasterrorIsAFieldThatTheHostReadsAndWrites)
 {
     const REALproperty& row = publishedProperties()[81];
     EXPECT_STREQ(row.name, "Lasterror");
@@ -232,21 +232,21 @@ TEST_F(CoreAudioClass, LasterrorIsAFieldThatTheHostReadsAndWritesItself)
     EXPECT_EQ(reinterpret_cast<Word>(row.setter), REALstandardSetter);
     EXPECT_EQ(row.parameter, 0); // the record's only field
     EXPECT_TRUE(!row.group || !*row.group);
-    expectNothingFurther(row);
+    expectStandardWords(row);
 }
 
-TEST_F(CoreAudioClass, MethodsStandInOrder)
+TEST_F(CoreAudioClass, HasThirtySixMethodsInOrder)
 {
     expectMethods(publishedMethods(), coreAudioClass.methodCount, methods, std::size(methods));
 }
 
-TEST_F(CoreAudioClass, SharedMethodsStandInOrder)
+TEST_F(CoreAudioClass, HasFiveSharedMethodsInOrder)
 {
     expectMethods(publishedSharedMethods(), coreAudioClass.sharedMethodCount, sharedMethods,
                   std::size(sharedMethods));
 }
 
-TEST_F(CoreAudioClass, ConstructorAndDestructorLeaveLasterrorAlone)
+TEST_F(CoreAudioClass, ConstructorAndDestructorKeepLasterror)
 {
     lasterror() = 4711;
     reinterpret_cast<void (*)(Object)>(coreAudioClass.constructor)(object());
@@ -264,7 +264,7 @@ Text readText(const REALproperty& row, Object object)
     return reinterpret_cast<Text (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
 }
 
-TEST_F(CoreAudioClass, SelectorsReadAsFourAsciiCharacters)
+TEST_F(CoreAudioClass, SelectorsAreFourASCIICharacters)
 {
     const REALproperty* rows = publishedProperties();
     for (std::size_t i = 0; i < std::size(selectors); ++i) {
@@ -278,7 +278,7 @@ TEST_F(CoreAudioClass, SelectorsReadAsFourAsciiCharacters)
         EXPECT_EQ(host().encodingOf(text), 0x0600u);
         EXPECT_EQ(host().references(text), 1);
         EXPECT_EQ(lasterror(), 4711);
-        ASSERT_EQ(host().calls().size(), 2u) << "built anew: a string and its mark";
+        ASSERT_EQ(host().calls().size(), 2u) << "a new string and its encoding";
 
         for (const HostInteger parameter : support::anyParameter) {
             const Text again = support::callGetter<Text>(rows[i], nullptr, parameter);
@@ -291,7 +291,7 @@ TEST_F(CoreAudioClass, SelectorsReadAsFourAsciiCharacters)
     EXPECT_EQ(property_spy::calls(), property_spy::Notes());
 }
 
-TEST_F(CoreAudioClass, SelectorsComeBackAsTheNumbersThatThePlatformKnows)
+TEST_F(CoreAudioClass, SelectorsReachThePlatformAsNumbers)
 {
     const REALproperty* rows = publishedProperties();
     for (std::size_t i = 0; i < std::size(selectors); ++i) {
@@ -309,7 +309,7 @@ TEST_F(CoreAudioClass, SelectorsComeBackAsTheNumbersThatThePlatformKnows)
     }
 }
 
-TEST_F(CoreAudioClass, WildcardsOfSectionAndChannelAreIntegers)
+TEST_F(CoreAudioClass, SectionAndChannelWildcardsAreIntegers)
 {
     const REALproperty* rows = publishedProperties();
     lasterror() = 4711;
@@ -322,7 +322,7 @@ TEST_F(CoreAudioClass, WildcardsOfSectionAndChannelAreIntegers)
     EXPECT_EQ(host().notes(), fake::Notes());
 }
 
-TEST_F(CoreAudioClass, ASelectorIsNilWhereTheHostBuildsNoString)
+TEST_F(CoreAudioClass, ASelectorIsNilIfTheHostBuildsNoString)
 {
     host().failNext("REALBuildString");
     lasterror() = 4711;
@@ -331,19 +331,19 @@ TEST_F(CoreAudioClass, ASelectorIsNilWhereTheHostBuildsNoString)
     EXPECT_TRUE(host().raised().empty());
 }
 
-TEST_F(CoreAudioClass, ASelectorIsNilWhateverTheHostThrows)
+TEST_F(CoreAudioClass, ASelectorIsNilIfTheHostThrows)
 {
     lasterror() = 4711;
     throwInHost("REALBuildString");
     EXPECT_NO_THROW(EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr));
     throwInHost("REALBuildString");
-    throwInHost("PluginNewInstance"); // not even the exception can be made
+    throwInHost("PluginNewInstance"); // the host exception cannot be created either
     EXPECT_NO_THROW(EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr));
     EXPECT_EQ(lasterror(), 4711);
     expectBalance();
 }
 
-TEST_F(CoreAudioClass, AHostProgramMayWriteLasterrorAndTheNextCallOverwritesIt)
+TEST_F(CoreAudioClass, AHostProgramMayWriteLasterrorUntilTheNextCall)
 {
     lasterror() = 4711;
     property_spy::answer("AudioUnitInitialize").during = [&] { EXPECT_EQ(lasterror(), -1); };

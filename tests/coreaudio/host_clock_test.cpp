@@ -1,4 +1,4 @@
-// The shared methods over the host clock: the platform's values, unchanged, and no object in sight.
+// The shared methods of the host clock return the platform's values unchanged.
 #include "tests/coreaudio/subject.h"
 
 #include <cstring>
@@ -10,7 +10,7 @@ using property_spy::Notes;
 
 using HostClock = Subject;
 
-TEST_F(HostClock, TellsItsFrequency)
+TEST_F(HostClock, HasThePlatformsFrequency)
 {
     for (const double frequency : {0.0, 1e9, 1000000000.0 / 3, 1.5, -1.0, 1e300}) {
         property_spy::reset();
@@ -20,7 +20,7 @@ TEST_F(HostClock, TellsItsFrequency)
     }
 }
 
-TEST_F(HostClock, TellsItsLeastStep)
+TEST_F(HostClock, HasThePlatformsSmallestStep)
 {
     for (const std::uint32_t step : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
         property_spy::reset();
@@ -30,7 +30,7 @@ TEST_F(HostClock, TellsItsLeastStep)
     }
 }
 
-TEST_F(HostClock, CarriesTimesOfAll64Bits)
+TEST_F(HostClock, PassesTimesOf64Bits)
 {
     const std::uint64_t times[] = {
         0,         1,          0x7FFFFFFF,       0x80000000,         0xFFFFFFFF,         0x100000000,
@@ -60,7 +60,7 @@ TEST_F(HostClock, CarriesTimesOfAll64Bits)
     }
 }
 
-TEST_F(HostClock, LetsNothingThrownPass)
+TEST_F(HostClock, PassesNoExceptionToTheHost)
 {
     for (const char* function :
          {"AudioGetHostClockFrequency", "AudioGetHostClockMinimumTimeDelta", "AudioGetCurrentHostTime",
@@ -75,12 +75,12 @@ TEST_F(HostClock, LetsNothingThrownPass)
     });
 }
 
-TEST_F(HostClock, AsksNothingOfTheHost)
+TEST_F(HostClock, CallsNoHostServiceAndKeepsLasterror)
 {
     lasterror() = 4711;
     call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX");
     call<double>("CoreAudioGetHostClockFrequencyKVX");
-    EXPECT_EQ(lasterror(), 4711) << "there is no object whose status it could be";
+    EXPECT_EQ(lasterror(), 4711) << "a shared method has no object";
     EXPECT_EQ(host().notes(), fake::Notes());
 }
 

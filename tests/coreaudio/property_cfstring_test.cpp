@@ -1,4 +1,4 @@
-// The property family's getters of platform strings.
+// The CFString getters of the property family.
 #include "tests/coreaudio/targets.h"
 
 namespace {
@@ -68,7 +68,7 @@ TEST_F(PropertyCFStrings, AreConvertedAndReleased)
         });
 }
 
-TEST_F(PropertyCFStrings, OfAnotherSizeAreNilAndNoError)
+TEST_F(PropertyCFStrings, OfAnotherSizeAreNilWithoutAnError)
 {
     for (const std::uint32_t size : {0u, 1u, referenceSize - 1, referenceSize + 1, referenceSize * 2,
                                      0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
@@ -84,8 +84,8 @@ TEST_F(PropertyCFStrings, OfAnotherSizeAreNilAndNoError)
     }
 }
 
-// On a device that does not exist the status stays -1; a stream that does not exist leaves the platform's.
-TEST_F(PropertyCFStrings, TellAFailedInfoCallButForDevices)
+// For a device that does not exist the status stays -1; for other targets it is the platform's.
+TEST_F(PropertyCFStrings, StoreAFailedInfoCallExceptForDevices)
 {
     int kept = 0;
     for (const OSStatus status : {unknown, OSStatus{1}})
@@ -97,10 +97,10 @@ TEST_F(PropertyCFStrings, TellAFailedInfoCallButForDevices)
             EXPECT_EQ(property_spy::calls(), Notes{target.infoCall("nowhere")});
             kept += lasterror() == -1;
         });
-    EXPECT_EQ(kept, 2) << "one target of four, twice";
+    EXPECT_EQ(kept, 2) << "one target of four, for two statuses";
 }
 
-TEST_F(PropertyCFStrings, ThatAreNullAreNilAndNotReleased)
+TEST_F(PropertyCFStrings, AreNilAndNotReleasedIfNull)
 {
     forAll([&](const Target& target) {
         announce(target, referenceSize);
@@ -110,10 +110,10 @@ TEST_F(PropertyCFStrings, ThatAreNullAreNilAndNotReleased)
     });
 }
 
-TEST_F(PropertyCFStrings, AreNotTouchedAfterAFailure)
+TEST_F(PropertyCFStrings, AreNotReleasedAfterAnError)
 {
     forAll([&](const Target& target) {
-        PlatformString text("not ours");
+        PlatformString text("not owned");
         answerWith(target, text);
         property_spy::answer(target.getFunction()).status = unknown;
         EXPECT_EQ(target.getCFString(object()), nullptr);
@@ -123,7 +123,7 @@ TEST_F(PropertyCFStrings, AreNotTouchedAfterAFailure)
     });
 }
 
-TEST_F(PropertyCFStrings, AreReleasedWhateverBecomesOfThem)
+TEST_F(PropertyCFStrings, AreReleasedAfterAnyFailure)
 {
     const struct {
         const char* why;
@@ -135,14 +135,14 @@ TEST_F(PropertyCFStrings, AreReleasedWhateverBecomesOfThem)
         const char* builderThrows;
     } rows[] = {
         {"an empty text", "", 0, false, "", "", ""},
-        {"a text that UTF-8 cannot hold", {}, 5, false, "", "", ""},
+        {"a text that cannot be converted", {}, 5, false, "", "", ""},
         {"a long text, no memory", std::string(100, 'x'), 100, true, "", "", ""},
-        {"asking for the length throws", "text", 4, false, "CFStringGetLength", "", ""},
+        {"getting the length throws", "text", 4, false, "CFStringGetLength", "", ""},
         {"converting throws", "text", 4, false, "CFStringGetCString", "", ""},
         {"converting a long text throws", std::string(100, 'x'), 100, false, "CFStringGetCString", "", ""},
-        {"the host builds nothing", "text", 4, false, "", "REALBuildString", ""},
+        {"the host builds no string", "text", 4, false, "", "REALBuildString", ""},
         {"the host's builder throws", "text", 4, false, "", "", "REALBuildString"},
-        {"marking the text throws", "text", 4, false, "", "", "REALSetStringEncoding"},
+        {"setting the encoding throws", "text", 4, false, "", "", "REALSetStringEncoding"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -154,17 +154,17 @@ TEST_F(PropertyCFStrings, AreReleasedWhateverBecomesOfThem)
             if (*row.builderFails) host().failNext(row.builderFails);
             if (*row.builderThrows) throwInHost(row.builderThrows);
             EXPECT_NO_THROW(EXPECT_EQ(target.getCFString(object()), nullptr));
-            EXPECT_EQ(lasterror(), 0) << "the platform had said yes";
+            EXPECT_EQ(lasterror(), 0) << "the platform call succeeded";
             EXPECT_EQ(text.releases, 1);
             EXPECT_EQ(property_spy::calls().back(), "CFRelease(text)");
         });
     }
 }
 
-TEST_F(PropertyCFStrings, LetNothingThrownPass)
+TEST_F(PropertyCFStrings, PassNoExceptionToTheHost)
 {
     forAll([&](const Target& target) {
-        PlatformString text("not delivered");
+        PlatformString text("not returned");
         answerWith(target, text);
         throwInPlatform(target.getFunction());
         EXPECT_NO_THROW(EXPECT_EQ(target.getCFString(object()), nullptr));
@@ -180,7 +180,7 @@ TEST_F(PropertyCFStrings, LetNothingThrownPass)
     });
 }
 
-TEST_F(PropertyCFStrings, LongOnesGoThroughTheHeap)
+TEST_F(PropertyCFStrings, AreConvertedOnTheHeapIfLong)
 {
     forAll([&](const Target& target) {
         PlatformString text(std::string(100, 'x'));
@@ -194,7 +194,7 @@ TEST_F(PropertyCFStrings, LongOnesGoThroughTheHeap)
     });
 }
 
-TEST_F(PropertyCFStrings, SetLasterrorBeforeAnyOtherWork)
+TEST_F(PropertyCFStrings, SetLasterrorBeforeAnyOtherCall)
 {
     forAll([&](const Target& target) {
         watchFirstCall();

@@ -1,4 +1,4 @@
-// The property family's getters of text and of bytes: the calls they make and what they make of the answers.
+// The text and memory getters of the property family: their calls and their results.
 #include "tests/coreaudio/targets.h"
 
 #include <new>
@@ -9,7 +9,7 @@ namespace {
 using namespace subject;
 using property_spy::Notes;
 
-/// A result of either getter, so that one table tells about both.
+/// The result of either getter, for tables that test both.
 struct Result {
     bool isNil;
     std::string bytes;
@@ -18,7 +18,7 @@ struct Result {
 struct Getter {
     const char* name;
     Result (*run)(fake::Host&, const Target&, Object);
-    const char* builder; ///< the service that makes the result
+    const char* builder; ///< the service that builds the result
 };
 
 Result takeText(fake::Host& host, const Target& target, Object object)
@@ -78,39 +78,39 @@ const struct {
     bool callocFails;
     OSStatus getStatus;
     std::optional<UInt32> written;
-    // what must come of it
+    // expected
     std::optional<UInt32> allocated;
-    bool asksValue;
+    bool readsValue;
     HostInteger lasterror;
-    const char* result; ///< null: nil; the first `resultSize` bytes of the value else
+    const char* result; ///< null: nil; otherwise the first `resultSize` bytes of the value
     std::size_t resultSize;
 } rows[] = {
     // clang-format off
-    //                                          info      announced   calloc get      written      allocated  asks   lasterror result
+    //                                          info      announced   calloc get      written      allocated  reads  lasterror result
     {"the whole value",                         0,        5,          false, 0,       5,           5,         true,  0,        "", 5},
     {"the platform does not write the size",    0,        5,          false, 0,       nothing,     5,         true,  0,        "", 5},
     {"a size of 1",                             0,        1,          false, 0,       1,           1,         true,  0,        "", 1},
     {"less is written than announced",          0,        5,          false, 0,       3,           5,         true,  0,        "", 3},
-    {"one byte of it",                          0,        5,          false, 0,       1,           5,         true,  0,        "", 1},
-    {"nothing is written",                      0,        5,          false, 0,       0,           5,         true,  0,        nullptr, 0},
-    {"more is claimed than there is room for",  0,        5,          false, 0,       9,           5,         true,  0,        "", 5},
-    {"far more",                                0,        5,          false, 0,       0xFFFFFFFF,  5,         true,  0,        "", 5},
+    {"one byte is written",                     0,        5,          false, 0,       1,           5,         true,  0,        "", 1},
+    {"0 bytes are written",                     0,        5,          false, 0,       0,           5,         true,  0,        nullptr, 0},
+    {"more is reported than the capacity",      0,        5,          false, 0,       9,           5,         true,  0,        "", 5},
+    {"the largest size is reported",            0,        5,          false, 0,       0xFFFFFFFF,  5,         true,  0,        "", 5},
     {"the info call fails",                     unknown,  nothing,    false, 0,       nothing,     nothing,   false, unknown,  nullptr, 0},
-    {"it fails with a size",                    unknown,  5,          false, 0,       nothing,     nothing,   false, unknown,  nullptr, 0},
-    {"it fails with 1",                         1,        5,          false, 0,       nothing,     nothing,   false, 1,        nullptr, 0},
+    {"the info call fails with a size",         unknown,  5,          false, 0,       nothing,     nothing,   false, unknown,  nullptr, 0},
+    {"the info call fails with status 1",       1,        5,          false, 0,       nothing,     nothing,   false, 1,        nullptr, 0},
     {"a size of 0",                             0,        0,          false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
-    {"no size is told",                         0,        nothing,    false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
-    {"the greatest size, no memory for it",     0,        0x7FFFFFFF, true,  0,       nothing,     0x7FFFFFFF,false, -1,      nullptr, 0},
-    {"one more is not asked for",               0,        0x80000000, false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
-    {"nor is -1",                               0,        0xFFFFFFFF, false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"no size is reported",                     0,        nothing,    false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"the largest size, no memory",             0,        0x7FFFFFFF, true,  0,       nothing,     0x7FFFFFFF,false, -1,      nullptr, 0},
+    {"one byte more is not allocated",          0,        0x80000000, false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
+    {"-1 is not allocated",                     0,        0xFFFFFFFF, false, 0,       nothing,     nothing,   false, -1,       nullptr, 0},
     {"no memory",                               0,        5,          true,  0,       nothing,     5,         false, -1,       nullptr, 0},
     {"the get call fails",                      0,        5,          false, failed,  5,           5,         true,  failed,   nullptr, 0},
-    {"it fails with 1 and less",                0,        5,          false, 1,       3,           5,         true,  1,        nullptr, 0},
-    {"it fails with -1",                        0,        5,          false, -1,      5,           5,         true,  -1,       nullptr, 0},
+    {"the get call fails with status 1",        0,        5,          false, 1,       3,           5,         true,  1,        nullptr, 0},
+    {"the get call fails with status -1",       0,        5,          false, -1,      5,           5,         true,  -1,       nullptr, 0},
     // clang-format on
 };
 
-TEST_F(PropertyGetters, AskForTheSizeThenForTheValue)
+TEST_F(PropertyGetters, ReadTheSizeThenTheValue)
 {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -127,7 +127,7 @@ TEST_F(PropertyGetters, AskForTheSizeThenForTheValue)
             const Notes memory = watched::end();
 
             Notes expectedCalls = {target.infoCall("nowhere")};
-            if (row.asksValue)
+            if (row.readsValue)
                 expectedCalls.push_back(
                     target.getCall(*row.announced, std::to_string(*row.announced) + " zeros"));
             EXPECT_EQ(property_spy::calls(), expectedCalls);
@@ -145,7 +145,7 @@ TEST_F(PropertyGetters, AskForTheSizeThenForTheValue)
     }
 }
 
-TEST_F(PropertyGetters, OfTextMarkItByItsBytes)
+TEST_F(PropertyGetters, OfTextLabelItByItsBytes)
 {
     const struct {
         std::string bytes;
@@ -153,10 +153,10 @@ TEST_F(PropertyGetters, OfTextMarkItByItsBytes)
         const char* why;
     } texts[] = {
         {"Built-in", 0x0600, "bytes below 0x80 are ASCII"},
-        {std::string("name\0", 5), 0x0600, "a terminator that the platform counted is part of the text"},
-        {"\x7F", 0x0600, "the last one"},
-        {"\x80", 0xFFFF, "others are of no known encoding"},
-        {"caf\xC3\xA9", 0xFFFF, "even if they happen to be UTF-8"},
+        {std::string("name\0", 5), 0x0600, "a terminator in the size is part of the text"},
+        {"\x7F", 0x0600, "the last ASCII byte"},
+        {"\x80", 0xFFFF, "other bytes have an unknown encoding"},
+        {"caf\xC3\xA9", 0xFFFF, "also if they are valid UTF-8"},
     };
     for (const auto& each : texts) {
         SCOPED_TRACE(each.why);
@@ -177,8 +177,8 @@ TEST_F(PropertyGetters, OfTextMarkItByItsBytes)
     }
 }
 
-// A reference is four bytes like any others here; the getter for references is another one.
-TEST_F(PropertyGetters, OfTextTakeAReferenceForItsBytes)
+// The text getter reads a CFString reference as bytes; the CFString getter reads the string.
+TEST_F(PropertyGetters, OfTextReadAReferenceAsBytes)
 {
     const property_spy::PlatformString text("ignored");
     const Text selector = host().newString(selectorText, encodingASCII);
@@ -193,7 +193,7 @@ TEST_F(PropertyGetters, OfTextTakeAReferenceForItsBytes)
     EXPECT_EQ(text.releases, 0);
 }
 
-TEST_F(PropertyGetters, OfMemoryGiveACopy)
+TEST_F(PropertyGetters, OfMemoryReturnACopy)
 {
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {
@@ -210,7 +210,7 @@ TEST_F(PropertyGetters, OfMemoryGiveACopy)
     }
 }
 
-TEST_F(PropertyGetters, SetLasterrorBeforeAnyOtherWork)
+TEST_F(PropertyGetters, SetLasterrorBeforeAnyOtherCall)
 {
     forAll([&](const Target& target, const Getter& getter) {
         watchFirstCall();
@@ -219,7 +219,7 @@ TEST_F(PropertyGetters, SetLasterrorBeforeAnyOtherWork)
     });
 }
 
-TEST_F(PropertyGetters, HoldMinusOneUntilTheStatusArrives)
+TEST_F(PropertyGetters, HaveLasterrorMinusOneDuringThePlatformCalls)
 {
     forAll([&](const Target& target, const Getter& getter) {
         std::vector<HostInteger> seen;
@@ -234,41 +234,41 @@ TEST_F(PropertyGetters, HoldMinusOneUntilTheStatusArrives)
     });
 }
 
-TEST_F(PropertyGetters, LetNothingThrownPass)
+TEST_F(PropertyGetters, PassNoExceptionToTheHost)
 {
     const struct {
         const char* where;
         bool inInfo, inGet;
         HostInteger lasterror;
         std::size_t platformCalls;
-    } places[] = {
+    } steps[] = {
         {"the info call", true, false, -1, 1},
         {"the get call", false, true, -1, 2},
         {"the host's builder", false, false, 0, 2},
     };
-    for (const auto& place : places) {
-        SCOPED_TRACE(place.where);
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.where);
         forAll([&](const Target& target, const Getter& getter) {
             property_spy::answer(target.infoFunction()).size = 5;
             property_spy::answer(target.getFunction()).value = value;
-            if (place.inInfo) throwInPlatform(target.infoFunction());
-            if (place.inGet) throwInPlatform(target.getFunction());
-            if (!place.inInfo && !place.inGet) throwInHost(getter.builder);
+            if (step.inInfo) throwInPlatform(target.infoFunction());
+            if (step.inGet) throwInPlatform(target.getFunction());
+            if (!step.inInfo && !step.inGet) throwInHost(getter.builder);
             watched::begin();
             EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
             const Notes memory = watched::end();
-            EXPECT_EQ(property_spy::calls().size(), place.platformCalls);
-            EXPECT_EQ(lasterror(), place.lasterror);
-            EXPECT_EQ(memory, place.inInfo ? Notes{} : (Notes{"calloc 5", "free"}));
+            EXPECT_EQ(property_spy::calls().size(), step.platformCalls);
+            EXPECT_EQ(lasterror(), step.lasterror);
+            EXPECT_EQ(memory, step.inInfo ? Notes{} : (Notes{"calloc 5", "free"}));
         });
     }
 }
 
-TEST_F(PropertyGetters, LetNoStandardExceptionPass)
+TEST_F(PropertyGetters, PassNoStandardExceptionToTheHost)
 {
     const std::function<void()> exceptions[] = {
         [] { throw std::bad_alloc(); },
-        [] { throw std::runtime_error("of the platform"); },
+        [] { throw std::runtime_error("from the platform"); },
         [] { throw 42; },
     };
     for (const auto& thrown : exceptions)
@@ -277,12 +277,12 @@ TEST_F(PropertyGetters, LetNoStandardExceptionPass)
             property_spy::answer(target.getFunction()).during = thrown;
             EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
             EXPECT_EQ(lasterror(), -1);
-            EXPECT_TRUE(host().raised().empty()) << "the platform's exceptions are not the host program's";
+            EXPECT_TRUE(host().raised().empty()) << "no host exception for one of the platform";
         });
 }
 
-// What the host cannot build is nil; the platform had its say, and its status stands.
-TEST_F(PropertyGetters, AreNilWhereTheHostBuildsNothing)
+// A result that the host cannot build is nil; `Lasterror` is the platform's status.
+TEST_F(PropertyGetters, AreNilIfTheHostBuildsNothing)
 {
     forAll([&](const Target& target, const Getter& getter) {
         property_spy::answer(target.infoFunction()).size = 5;
@@ -293,7 +293,7 @@ TEST_F(PropertyGetters, AreNilWhereTheHostBuildsNothing)
     });
 }
 
-TEST_F(PropertyGetters, OfMemoryGiveBackABlockThatHasNoMemory)
+TEST_F(PropertyGetters, OfMemoryReleaseABlockWithoutMemory)
 {
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {
@@ -303,7 +303,7 @@ TEST_F(PropertyGetters, OfMemoryGiveBackABlockThatHasNoMemory)
         EXPECT_EQ(target.getMemory(object()), nullptr);
         EXPECT_EQ(lasterror(), 0);
     }
-    ASSERT_EQ(host().raised().size(), targets(selector).size()) << "one for each, by the builder of blocks";
+    ASSERT_EQ(host().raised().size(), targets(selector).size()) << "one per target";
     for (const auto& exception : host().raised()) {
         EXPECT_EQ(exception.className, "OutOfMemoryException");
         EXPECT_EQ(exception.message, "Failed to allocate a memoryblock with 5 bytes in size.");
@@ -312,7 +312,7 @@ TEST_F(PropertyGetters, OfMemoryGiveBackABlockThatHasNoMemory)
     expectBalance();
 }
 
-TEST_F(PropertyGetters, AreNilWhereTheHostLacksTheBuilder)
+TEST_F(PropertyGetters, AreNilWithoutTheBuilderService)
 {
     for (const Getter& getter : getters) {
         startHost(2016.0);

@@ -1,4 +1,4 @@
-// The property family's questions for size and writability.
+// Size and writability in the property family.
 #include "tests/coreaudio/targets.h"
 
 namespace {
@@ -7,8 +7,8 @@ using namespace subject;
 using property_spy::Notes;
 
 constexpr OSStatus unknown = 0x77686F3F; // 'who?'
-const std::optional<UInt32> silent;
-const std::optional<Boolean> silentToo;
+const std::optional<UInt32> noSize;
+const std::optional<Boolean> noFlag;
 
 class PropertyInfo : public Subject {
 protected:
@@ -28,30 +28,30 @@ protected:
     }
 };
 
-TEST_F(PropertyInfo, HoldsWhatThePlatformLeft)
+TEST_F(PropertyInfo, IsWhatThePlatformWrote)
 {
     const struct {
         const char* why;
         OSStatus status;
-        std::optional<UInt32> told;
+        std::optional<UInt32> reported;
         std::optional<Boolean> writable;
         UInt32 size;
         HostBoolean isWritable;
     } rows[] = {
-        {"a property that can be written", 0, 12, Boolean{1}, 12, 1},
-        {"one that cannot", 0, 4, Boolean{0}, 4, 0},
-        {"an empty one", 0, 0, Boolean{1}, 0, 1},
-        {"sizes of all 32 bits", 0, 0xFFFFFFFF, Boolean{1}, 0xFFFFFFFF, 1},
-        {"an error that tells nothing", unknown, silent, silentToo, 0, 0},
-        {"an error that tells both", unknown, 16, Boolean{1}, 16, 1},
-        {"an error that tells the size", -1, 16, silentToo, 16, 0},
-        {"success without a word", 0, silent, silentToo, 0, 0},
+        {"a writable property", 0, 12, Boolean{1}, 12, 1},
+        {"a read-only property", 0, 4, Boolean{0}, 4, 0},
+        {"an empty property", 0, 0, Boolean{1}, 0, 1},
+        {"a size of 32 bits", 0, 0xFFFFFFFF, Boolean{1}, 0xFFFFFFFF, 1},
+        {"an error without values", unknown, noSize, noFlag, 0, 0},
+        {"an error with both values", unknown, 16, Boolean{1}, 16, 1},
+        {"an error with a size", -1, 16, noFlag, 16, 0},
+        {"success without values", 0, noSize, noFlag, 0, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         forAll([&](const Target& target) {
             property_spy::answer(target.infoFunction()).status = row.status;
-            property_spy::answer(target.infoFunction()).size = row.told;
+            property_spy::answer(target.infoFunction()).size = row.reported;
             property_spy::answer(target.infoFunction()).writable = row.writable;
             HostInteger size = 0x5A5A5A5A;
             HostBoolean writeable[3] = {0x5A, 0x5A, 0x5A};
@@ -65,21 +65,21 @@ TEST_F(PropertyInfo, HoldsWhatThePlatformLeft)
     }
 }
 
-TEST_F(PropertyInfo, IsZeroAndFalseWhileThePlatformIsAsked)
+TEST_F(PropertyInfo, IsZeroAndFalseDuringThePlatformCall)
 {
     forAll([&](const Target& target) {
-        HostInteger size = 4711, sizeMeanwhile = 0, lasterrorMeanwhile = 0;
-        HostBoolean writeable = 1, writeableMeanwhile = 0;
+        HostInteger size = 4711, sizeDuring = 0, lasterrorDuring = 0;
+        HostBoolean writeable = 1, writeableDuring = 0;
         property_spy::answer(target.infoFunction()).during = [&] {
-            sizeMeanwhile = size;
-            writeableMeanwhile = writeable;
-            lasterrorMeanwhile = lasterror();
+            sizeDuring = size;
+            writeableDuring = writeable;
+            lasterrorDuring = lasterror();
         };
-        sizeMeanwhile = writeableMeanwhile = 1;
+        sizeDuring = writeableDuring = 1;
         target.getInfo(object(), &size, &writeable);
-        EXPECT_EQ(sizeMeanwhile, 0);
-        EXPECT_EQ(writeableMeanwhile, 0);
-        EXPECT_EQ(lasterrorMeanwhile, -1);
+        EXPECT_EQ(sizeDuring, 0);
+        EXPECT_EQ(writeableDuring, 0);
+        EXPECT_EQ(lasterrorDuring, -1);
     });
 }
 
@@ -96,7 +96,7 @@ TEST_F(PropertyInfo, IsZeroAndFalseWhenThePlatformThrows)
     });
 }
 
-TEST_F(PropertyInfo, SetsLasterrorBeforeAnyOtherWork)
+TEST_F(PropertyInfo, SetsLasterrorBeforeAnyOtherCall)
 {
     forAll([&](const Target& target) {
         watchFirstCall();

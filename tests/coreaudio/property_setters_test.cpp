@@ -1,4 +1,4 @@
-// The property family's setters, from text and from memory.
+// The setters of the property family, from text and from memory.
 #include "tests/coreaudio/targets.h"
 
 #include <climits>
@@ -31,7 +31,7 @@ protected:
 
 UInt32 count(const std::string& bytes) { return static_cast<UInt32>(bytes.size()); }
 
-TEST_F(PropertySetters, OfTextHandOverItsBytesAsTheyAre)
+TEST_F(PropertySetters, OfTextPassItsStoredBytes)
 {
     const struct {
         std::string bytes;
@@ -53,14 +53,14 @@ TEST_F(PropertySetters, OfTextHandOverItsBytesAsTheyAre)
             forAll([&](const Target& target) {
                 const Text text = host().newString(each.bytes, each.encoding);
                 property_spy::name(host().storageOf(text), "text");
-                int referencesMeanwhile = 0;
+                int referencesDuring = 0;
                 property_spy::answer(target.setFunction()).during = [&] {
-                    referencesMeanwhile = host().references(text);
+                    referencesDuring = host().references(text);
                 };
                 target.setString(object(), nullptr, text);
                 EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", count(each.bytes), "text")});
                 EXPECT_EQ(property_spy::lastValue(), each.bytes);
-                EXPECT_EQ(referencesMeanwhile, 2) << "held while the platform reads";
+                EXPECT_EQ(referencesDuring, 2) << "held during the platform call";
                 EXPECT_EQ(host().references(text), 1);
                 EXPECT_EQ(lasterror(), 0);
                 host().drop(text);
@@ -68,7 +68,7 @@ TEST_F(PropertySetters, OfTextHandOverItsBytesAsTheyAre)
         }
 }
 
-TEST_F(PropertySetters, OfNoTextPassNoBytes)
+TEST_F(PropertySetters, OfNilTextPassNoBytes)
 {
     for (const double version : {oldHost, newHost}) {
         SCOPED_TRACE(version);
@@ -98,7 +98,7 @@ TEST_F(PropertySetters, OfEmptyTextPassNoBytes)
     }
 }
 
-TEST_F(PropertySetters, OfTextAskTheHostAsItsVersionWants)
+TEST_F(PropertySetters, OfTextUseTheServicesOfTheHostsVersion)
 {
     const struct {
         double version;
@@ -112,9 +112,8 @@ TEST_F(PropertySetters, OfTextAskTheHostAsItsVersionWants)
         startHost(each.version);
         const Text selector = host().newString(selectorText, encodingASCII);
         const Text text = host().newString("abc", encodingASCII);
-        const Target unit =
-            targets(selector)[3]; // takes no selector text: what is asked is about the data alone
-        unit.setString(object(), nullptr, text); // looks the length method up, once
+        const Target unit = targets(selector)[3]; // without a selector text, so all calls are about the data
+        unit.setString(object(), nullptr, text);  // looks up the length method
         host().forget();
         unit.setString(object(), nullptr, text);
         EXPECT_EQ(host().notes(), each.services);
@@ -124,7 +123,7 @@ TEST_F(PropertySetters, OfTextAskTheHostAsItsVersionWants)
     }
 }
 
-TEST_F(PropertySetters, TellThePlatformsStatus)
+TEST_F(PropertySetters, StoreThePlatformsStatus)
 {
     for (const OSStatus status :
          {OSStatus{0}, OSStatus{1}, OSStatus{-1}, OSStatus{-50}, unknown, OSStatus{INT_MIN}})
@@ -172,27 +171,27 @@ TEST_F(PropertySetters, PassTheTimeStampOfTheBlock)
     });
 }
 
-TEST_F(PropertySetters, OfMemoryHandOverWhatTheyAreTold)
+TEST_F(PropertySetters, OfMemoryPassAnyRangeUnchecked)
 {
     const struct {
         HostInteger offset, length;
         const char* why;
     } ranges[] = {
         {0, 10, "the whole block"},
-        {0, 4, "its beginning"},
-        {6, 4, "its end"},
+        {0, 4, "the start of the block"},
+        {6, 4, "the end of the block"},
         {3, 1, "a byte inside"},
         {0, 0, "no bytes"},
         {10, 0, "no bytes at the end"},
         {0, 11, "one byte too many"},
-        {10, 1, "a byte behind the end"},
-        {1000, 5, "far behind the end"},
-        {-1, 4, "before the beginning"},
-        {-1000, 4, "far before it"},
+        {10, 1, "a byte after the end"},
+        {1000, 5, "far after the end"},
+        {-1, 4, "before the start"},
+        {-1000, 4, "far before the start"},
         {0, -1, "a negative length"},
-        {5, INT_MIN, "the most negative one"},
-        {INT_MAX, INT_MAX, "the greatest of both"},
-        {INT_MIN, INT_MIN, "the least of both"},
+        {5, INT_MIN, "the most negative length"},
+        {INT_MAX, INT_MAX, "the largest offset and length"},
+        {INT_MIN, INT_MIN, "the smallest offset and length"},
     };
     for (const auto& range : ranges) {
         SCOPED_TRACE(range.why);
@@ -201,7 +200,7 @@ TEST_F(PropertySetters, OfMemoryHandOverWhatTheyAreTold)
             const auto base = reinterpret_cast<Word>(addressOf(block));
             property_spy::name(reinterpret_cast<const void*>(base + static_cast<Word>(range.offset)),
                                "there");
-            property_spy::readValues(false); // nothing that a hostile range names can be read
+            property_spy::readValues(false); // the spy must not read these ranges
             target.setMemory(object(), nullptr, block, range.offset, range.length);
             EXPECT_EQ(property_spy::calls(),
                       Notes{target.setCall("null", static_cast<UInt32>(range.length), "there")});
@@ -212,7 +211,7 @@ TEST_F(PropertySetters, OfMemoryHandOverWhatTheyAreTold)
     }
 }
 
-TEST_F(PropertySetters, OfMemoryPassTheBytesThemselves)
+TEST_F(PropertySetters, OfMemoryPassTheBytesOfTheBlock)
 {
     forAll([&](const Target& target) {
         const Block block = host().newMemoryBlock("0123456789");
@@ -222,7 +221,7 @@ TEST_F(PropertySetters, OfMemoryPassTheBytesThemselves)
     });
 }
 
-TEST_F(PropertySetters, OfNoMemoryTakeTheOffsetForAnAddress)
+TEST_F(PropertySetters, OfNilMemoryUseTheOffsetAsAddress)
 {
     for (const HostInteger offset : {HostInteger{0x1234}, HostInteger{-16}, HostInteger{0}}) {
         SCOPED_TRACE(offset);
@@ -243,7 +242,7 @@ TEST_F(PropertySetters, OfNoMemoryTakeTheOffsetForAnAddress)
     }
 }
 
-TEST_F(PropertySetters, LetNothingThrownPass)
+TEST_F(PropertySetters, PassNoPlatformExceptionToTheHost)
 {
     for (const double version : {oldHost, newHost}) {
         startHost(version);
@@ -253,7 +252,7 @@ TEST_F(PropertySetters, LetNothingThrownPass)
             throwInPlatform(target.setFunction());
             EXPECT_NO_THROW(target.setString(object(), nullptr, text));
             EXPECT_EQ(lasterror(), -1);
-            EXPECT_EQ(host().references(text), 1) << "unlocked all the same";
+            EXPECT_EQ(host().references(text), 1) << "the reference is released";
             lasterror() = 4711;
             EXPECT_NO_THROW(target.setMemory(object(), nullptr, block, 0, 3));
             EXPECT_EQ(lasterror(), -1);
@@ -265,7 +264,7 @@ TEST_F(PropertySetters, LetNothingThrownPass)
     }
 }
 
-TEST_F(PropertySetters, LetNothingPassThatTheHostThrows)
+TEST_F(PropertySetters, PassNoExceptionOfTheHost)
 {
     for (const char* service : {"StringGetCString", "LenB", "REALLockString"}) {
         SCOPED_TRACE(service);
@@ -284,7 +283,7 @@ TEST_F(PropertySetters, LetNothingPassThatTheHostThrows)
     }
 }
 
-TEST_F(PropertySetters, SetLasterrorBeforeAnyOtherWork)
+TEST_F(PropertySetters, SetLasterrorBeforeAnyOtherCall)
 {
     for (const double version : {oldHost, newHost}) {
         startHost(version);
@@ -304,7 +303,7 @@ TEST_F(PropertySetters, SetLasterrorBeforeAnyOtherWork)
     }
 }
 
-TEST_F(PropertySetters, GoOnWithoutAServiceThatTheHostLacks)
+TEST_F(PropertySetters, ContinueWithoutAMissingService)
 {
     const struct {
         double version;
@@ -332,7 +331,7 @@ TEST_F(PropertySetters, GoOnWithoutAServiceThatTheHostLacks)
     }
 }
 
-// The length method is kept for good once found: this test must not come after another one in its process.
+// Runs in a new process: the length method stays found for the life of a process.
 TEST_F(PropertySetters, WithoutTheLengthMethodPassNoBytes)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -345,16 +344,16 @@ TEST_F(PropertySetters, WithoutTheLengthMethodPassNoBytes)
             unit.setString(object(), nullptr, text);
             host().withhold("REALLoadGlobalMethod");
             unit.setString(object(), nullptr, text);
-            const bool asExpected = property_spy::calls() == Notes(2, unit.setCall("null", 0, "text"));
+            const bool passedNoBytes = property_spy::calls() == Notes(2, unit.setCall("null", 0, "text"));
             host().provide("LenB");
             unit.setString(object(), nullptr, text);
             const bool found = property_spy::calls().back() == unit.setCall("null", 3, "text");
-            std::exit(asExpected && found && lasterror() == 0 ? 0 : 1);
+            std::exit(passedNoBytes && found && lasterror() == 0 ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
 }
 
-TEST_F(PropertySetters, OfMemoryWithoutTheAddressServiceBeginAtNothing)
+TEST_F(PropertySetters, OfMemoryUseTheOffsetAsAddressWithoutTheAddressService)
 {
     host().withhold("memoryBlockGetPtr");
     const Block block = host().newMemoryBlock("abc");
@@ -366,21 +365,21 @@ TEST_F(PropertySetters, OfMemoryWithoutTheAddressServiceBeginAtNothing)
     host().drop(block);
 }
 
-// ---- how a property is named ----
+// ---- selectors and sides ----
 
 TEST_F(PropertySetters, SelectorsAreFourCharactersOfAnyText)
 {
     const struct {
-        const char* text; ///< null: no string
+        const char* text; ///< null: nil
         const char* code;
         const char* why;
     } selectors[] = {
-        {"uid ", "0x75696420", "a trailing blank counts"},
+        {"uid ", "0x75696420", "a trailing space counts"},
         {"dev#", "0x64657623", "the first character is the most significant byte"},
         {"****", "0x2A2A2A2A", "the wildcard"},
-        {"abcdef", "0x61626364", "what follows the fourth is ignored"},
-        {"", "0x20202020", "an empty text is four blanks"},
-        {nullptr, "0x20202020", "and so is none"},
+        {"abcdef", "0x61626364", "characters after the fourth are ignored"},
+        {"", "0x20202020", "an empty text is four spaces"},
+        {nullptr, "0x20202020", "nil is four spaces"},
     };
     for (const auto& each : selectors) {
         SCOPED_TRACE(each.why);

@@ -14,7 +14,7 @@ namespace {
 constexpr Word dataOffset = 48;
 Subject* current = nullptr;
 
-/// The plug-in keeps what it has found; a service made anew has found nothing.
+/// Reconstruct a service, which forgets the address that it keeps.
 template <class Service, class... Names>
 void forget(Service& service, Names... names)
 {
@@ -116,8 +116,8 @@ Subject::~Subject()
     current = nullptr;
     coreAudioClass.dataOffset = 0;
     for (std::size_t i = 0; i < dataOffset; ++i)
-        if (memory_[i] != 0x5A) ADD_FAILURE() << "the object is written to outside its class data, at " << i;
-    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "buffers that were not freed";
+        if (memory_[i] != 0x5A) ADD_FAILURE() << "the object was changed outside its class data, at " << i;
+    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "some buffers were not freed";
 }
 
 void Subject::startHost(double version)
@@ -162,15 +162,15 @@ void Subject::watchFirstCall()
 
 void Subject::expectBalance(const fake::Notes& live)
 {
-    fake::Notes found = host().live(); // in the order of their addresses
+    fake::Notes found = host().live(); // in address order
     std::sort(found.begin(), found.end());
     EXPECT_EQ(found, live);
     EXPECT_EQ(host().faults(), fake::Notes());
-    claimedSizes_.clear(); // the next block may stand where one of these was
+    claimedSizes_.clear(); // a later block may have the same address
     withoutMemory_.clear();
 }
 
-// Two services can lie about single blocks; the host has the answers for all others.
+// Two services return false values for single blocks; for all others they return those of the host.
 HostInteger Subject::blockSize(Block block)
 {
     const auto service = reinterpret_cast<HostInteger (*)(Block)>(fake::Host::resolve("memoryBlockGetSize"));

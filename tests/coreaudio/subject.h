@@ -1,5 +1,5 @@
-// An object of CoreAudioKVX in a small host, with a spy in the platform's place. Members are called as a host
-// calls them: through the addresses in the class table.
+// An object of CoreAudioKVX in a fake host, with a spy instead of the platform. Members are called through
+// the addresses in the class table, as a host calls them.
 #pragma once
 
 #include "plugin/classes.h"
@@ -22,7 +22,7 @@ using Object = REALobjectStruct*;
 using Text = REALstringStruct*;
 using Block = REALmemoryBlockStruct*;
 
-/// The address of the method of that name, shared or not; a name that the class has not fails the test.
+/// The address of a method or shared method; an unknown name throws and fails the test.
 AnyFunction methodNamed(const std::string& name);
 
 /// Call a method: call<HostInteger>("AudioUnitInitialize", object, HostInteger(1)).
@@ -37,31 +37,31 @@ protected:
     Subject();
     ~Subject() override;
 
-    /// Begin anew with a host of that version, all services still to be looked up.
+    /// Continue with a new host of that version, before any look-up.
     void startHost(double version);
     fake::Host& host() { return *host_; }
 
     Object object() { return reinterpret_cast<Object>(memory_.get()); }
     HostInteger& lasterror();
 
-    /// Have the platform, or a service of the host, throw in its next call.
+    /// Make the next call of a platform function or host service throw.
     void throwInPlatform(const std::string& function);
     void throwInHost(const std::string& service);
 
-    /// "memoryBlockGetSize" answers this for `block`, whatever it holds.
+    /// Make "memoryBlockGetSize" return `size` for `block`.
     void claimSize(Block block, HostInteger size);
-    /// "memoryBlockGetPtr" answers null for `block`.
+    /// Make "memoryBlockGetPtr" return null for `block`.
     void takeMemory(Block block);
 
-    /// Where the bytes of `block` stand.
+    /// The address of the bytes of `block`.
     const void* addressOf(Block block);
 
-    /// Note what `Lasterror` is in the first service or platform call from now on; nothing if none comes.
+    /// Record `Lasterror` in the next service or platform call; empty if no call follows.
     void watchFirstCall();
     const std::vector<HostInteger>& lasterrorInFirstCall() const { return firstSeen_; }
 
-    /// Nothing of what the plug-in took is still held: every value made by the test has one reference,
-    /// nothing else lives, and no service was misused.
+    /// Expect that the plug-in holds no reference: only the values in `live` exist, and no service was
+    /// misused.
     void expectBalance(const fake::Notes& live = {});
 
 private:
@@ -77,7 +77,7 @@ private:
     long blocksBefore_ = 0;
 };
 
-/// A thing that the plug-in has never heard of, to be thrown at it.
+/// An exception of a type that the plug-in does not know.
 struct Thrown {};
 
 } // namespace subject

@@ -17,7 +17,7 @@ std::string hex(std::uint32_t number)
     return text;
 }
 
-/// The getters, which name a property in the same way.
+/// A target with its getters, which have the same leading arguments.
 template <class... Where>
 Target readable(const std::string& name, Where... where)
 {
@@ -38,7 +38,7 @@ Target readable(const std::string& name, Where... where)
     return target;
 }
 
-/// The read calls of a target whose arguments before the size are `lead`.
+/// Set the expected read calls; `lead` is the arguments before the size.
 void expectReads(Target& target, const std::string& lead)
 {
     const std::string name = target.name;
@@ -50,7 +50,7 @@ void expectReads(Target& target, const std::string& lead)
     };
 }
 
-constexpr std::uint32_t channel = 0xFFFFFFF9; // -7 to the host program
+constexpr std::uint32_t channel = 0xFFFFFFF9; // -7 as a host Integer
 constexpr HostBoolean isInput = 1;
 constexpr std::uint32_t selectorCode = 0x61626364;
 
@@ -135,7 +135,7 @@ Target unit()
     target.infoCall = [=](const std::string& writable) {
         return "AudioUnitGetPropertyInfo(" + lead + "size 0, writable " + writable + ")";
     };
-    // The unit's calls take the data first, then its size.
+    // The platform's unit functions take the data before its size.
     target.getCall = [=](UInt32 size, const std::string& buffer) {
         return "AudioUnitGetProperty(" + lead + buffer + ", size " + std::to_string(size) + ")";
     };

@@ -1,5 +1,5 @@
-// The property family's four targets: their six members each, with arguments that differ from position to
-// position, and the platform calls that these must make, as the spy writes them.
+// The four targets of the property family: six members each, called with arguments that differ by position,
+// and the expected platform calls in the spy's notation.
 #pragma once
 
 #include "tests/coreaudio/subject.h"
@@ -9,9 +9,9 @@
 namespace subject {
 
 struct Target {
-    std::string name; ///< the beginning of its members' and its platform calls' names
+    std::string name; ///< the prefix of its members and platform functions
 
-    // The members. The arguments that name the property are the target's own.
+    // The members. Each target adds the arguments that select the property.
     std::function<void(Object, Block when, Text data)> setString;
     std::function<void(Object, Block when, Block data, HostInteger offset, HostInteger length)> setMemory;
     std::function<void(Object, HostInteger* size, HostBoolean* writeable)> getInfo;
@@ -19,14 +19,14 @@ struct Target {
     std::function<Block(Object)> getMemory;
     std::function<Text(Object)> getCFString;
 
-    // What the platform must see. `when`, `data` and `buffer` are as the spy shows them.
+    // The expected platform calls. `when`, `data` and `buffer` are the spy's names.
     std::function<std::string(const std::string& writable)> infoCall;
     std::function<std::string(UInt32 size, const std::string& buffer)> getCall;
     std::function<std::string(const std::string& when, UInt32 size, const std::string& data)> setCall;
 
     bool hasWhen;
     bool hasSelectorText;
-    /// The device's member alone keeps a failed info call to itself.
+    /// True for all but devices.
     bool storesInfoErrorOfCFString;
 
     std::string infoFunction() const { return name + "GetPropertyInfo"; }
@@ -34,9 +34,9 @@ struct Target {
     std::string setFunction() const { return name + "SetProperty"; }
 };
 
-/// All four. `selector` is the text for those that take one.
+/// All four targets. `selector` is the text for those that have one.
 std::vector<Target> targets(Text selector);
 
-constexpr const char* selectorText = "abcd"; ///< 0x61626364 to the platform
+constexpr const char* selectorText = "abcd"; ///< as a number 0x61626364
 
 } // namespace subject

@@ -1,4 +1,4 @@
-// Units, components and parameters: one platform call each.
+// Units, components and parameters: one platform call per method.
 #include "tests/coreaudio/subject.h"
 
 #include <climits>
@@ -16,7 +16,7 @@ HostInteger integer(std::uint32_t bits) { return static_cast<std::int32_t>(bits)
 
 const OSStatus statuses[] = {0, 1, -1, -50, -10879, static_cast<OSStatus>(0x80008001), INT_MAX, INT_MIN};
 
-TEST_F(UnitCalls, OfAUnitAloneAnswerItsStatus)
+TEST_F(UnitCalls, OfAUnitReturnItsStatus)
 {
     for (const char* name :
          {"AudioUnitInitialize", "AudioUnitUninitialize", "AudioOutputUnitStart", "AudioOutputUnitStop"})
@@ -31,7 +31,7 @@ TEST_F(UnitCalls, OfAUnitAloneAnswerItsStatus)
         }
 }
 
-TEST_F(UnitCalls, TakeANullUnitToThePlatform)
+TEST_F(UnitCalls, PassANullUnitToThePlatform)
 {
     for (const char* name :
          {"AudioUnitInitialize", "AudioUnitUninitialize", "AudioOutputUnitStart", "AudioOutputUnitStop"}) {
@@ -42,7 +42,7 @@ TEST_F(UnitCalls, TakeANullUnitToThePlatform)
     }
 }
 
-TEST_F(UnitCalls, ResetNamesScopeAndElement)
+TEST_F(UnitCalls, ResetPassesScopeAndElement)
 {
     for (const OSStatus status : statuses) {
         property_spy::reset();
@@ -60,7 +60,7 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
     const struct {
         const char* why;
         const char *type, *subtype; ///< null: no string
-        const char* asked;
+        const char* codes;
         std::uint32_t handle;
         HostInteger lasterror;
     } rows[] = {
@@ -68,8 +68,8 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
         {"no match", "auou", "none", "0x61756F75, 0x6E6F6E65", 0, -1},
         {"a handle of 1", "aufx", "dely", "0x61756678, 0x64656C79", 1, 0},
         {"only the first four characters count", "auouxyz", "def more", "0x61756F75, 0x64656620", 2, 0},
-        {"an empty text is four blanks", "", "abcd", "0x20202020, 0x61626364", 0, -1},
-        {"and so is none", nullptr, nullptr, "0x20202020, 0x20202020", 0, -1},
+        {"an empty text is four spaces", "", "abcd", "0x20202020, 0x61626364", 0, -1},
+        {"null is four spaces", nullptr, nullptr, "0x20202020, 0x20202020", 0, -1},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
@@ -82,21 +82,21 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
         lasterror() = 4711;
         EXPECT_EQ(call<HostInteger>("OpenDefaultComponent", object(), type, subtype), integer(row.handle));
         EXPECT_EQ(lasterror(), row.lasterror);
-        EXPECT_EQ(property_spy::calls(), Notes{std::string("OpenDefaultComponent(") + row.asked + ")"});
+        EXPECT_EQ(property_spy::calls(), Notes{std::string("OpenDefaultComponent(") + row.codes + ")"});
         if (type) host().drop(type);
         if (subtype) host().drop(subtype);
         expectBalance();
     }
 }
 
-TEST_F(UnitCalls, AHandleMayLookNegative)
+TEST_F(UnitCalls, AHandleMayBeNegative)
 {
     property_spy::answer("OpenDefaultComponent").number = static_cast<std::uintptr_t>(integer(0x80000004));
     EXPECT_EQ(call<HostInteger>("OpenDefaultComponent", object(), Text{}, Text{}), integer(0x80000004));
     EXPECT_EQ(lasterror(), 0);
 }
 
-TEST_F(UnitCalls, CloseAComponentAndWidenItsStatus)
+TEST_F(UnitCalls, CloseAComponentAndStoreItsSignedStatus)
 {
     const struct {
         int status;
@@ -141,15 +141,15 @@ const struct {
     {0x80000000, "0x80000000", "minus zero"},
     {0x3F800000, "0x3F800000", "one"},
     {0xBF000000, "0xBF000000", "minus a half"},
-    {0x7F7FFFFF, "0x7F7FFFFF", "the greatest"},
-    {0x00000001, "0x1", "the least above zero"},
+    {0x7F7FFFFF, "0x7F7FFFFF", "the largest number"},
+    {0x00000001, "0x1", "the smallest positive number"},
     {0x3DCCCCCD, "0x3DCCCCCD", "a tenth"},
     {0x7F800000, "0x7F800000", "infinity"},
     {0xFF800000, "0xFF800000", "minus infinity"},
-    {0x7FC12345, "0x7FC12345", "not a number"},
+    {0x7FC12345, "0x7FC12345", "NaN"},
 };
 
-TEST_F(UnitCalls, SetAParameterToEveryBit)
+TEST_F(UnitCalls, SetAParameterWithAllItsBits)
 {
     for (const auto& value : values)
         for (const OSStatus status : statuses) {
@@ -167,7 +167,7 @@ TEST_F(UnitCalls, SetAParameterToEveryBit)
         }
 }
 
-TEST_F(UnitCalls, GetAParameterToEveryBit)
+TEST_F(UnitCalls, GetAParameterWithAllItsBits)
 {
     const auto get = [&] {
         return bitsOf(call<float>("AudioUnitGetParameter", object(), integer(0x7654320C), integer(0x80000001),
@@ -182,18 +182,18 @@ TEST_F(UnitCalls, GetAParameterToEveryBit)
             property_spy::answer("AudioUnitGetParameter").value =
                 std::string(reinterpret_cast<const char*>(&written), sizeof written);
             lasterror() = 4711;
-            EXPECT_EQ(get(), value.bits) << "also on an error";
+            EXPECT_EQ(get(), value.bits) << "also after an error";
             EXPECT_EQ(lasterror(), status);
             EXPECT_EQ(property_spy::calls(), Notes{"AudioUnitGetParameter(handle 0x7654320C, 0x80000001, "
                                                    "0x80000002, 0x80000003, place of bits 0x0)"});
         }
     property_spy::reset();
     property_spy::answer("AudioUnitGetParameter").status = static_cast<OSStatus>(0x80008001);
-    EXPECT_EQ(get(), 0u) << "an invalid unit has no value";
+    EXPECT_EQ(get(), 0u) << "an invalid unit returns no value";
     EXPECT_EQ(lasterror(), static_cast<OSStatus>(0x80008001));
 }
 
-// ---- what all have in common ----
+// ---- rules for all members ----
 
 const struct {
     const char* name;
@@ -233,7 +233,7 @@ const struct {
      false},
 };
 
-TEST_F(UnitCalls, SetLasterrorBeforeAnyOtherWork)
+TEST_F(UnitCalls, SetLasterrorBeforeAnyOtherCall)
 {
     for (const auto& member : members) {
         SCOPED_TRACE(member.name);
@@ -247,7 +247,7 @@ TEST_F(UnitCalls, SetLasterrorBeforeAnyOtherWork)
     }
 }
 
-TEST_F(UnitCalls, HoldMinusOneUntilTheStatusArrives)
+TEST_F(UnitCalls, HaveLasterrorMinusOneDuringThePlatformCall)
 {
     for (const auto& member : members) {
         SCOPED_TRACE(member.name);
@@ -260,7 +260,7 @@ TEST_F(UnitCalls, HoldMinusOneUntilTheStatusArrives)
     }
 }
 
-TEST_F(UnitCalls, LetNothingThrownPass)
+TEST_F(UnitCalls, PassNoExceptionToTheHost)
 {
     for (const auto& member : members) {
         SCOPED_TRACE(member.name);

@@ -1,5 +1,5 @@
-// From the platform's notification to the host program's handler: at once on the main thread, by way of the
-// main queue from any other.
+// From the platform's notification to the host program's handler: directly on the main thread, through the
+// main queue on other threads.
 #include "plugin/classes.h"
 #include "tests/listener/dispatch_spy.h"
 #include "tests/listener/watched_class.h"
@@ -28,11 +28,11 @@ protected:
     }
     ~ChangedEvent() override
     {
-        EXPECT_EQ(dispatch_spy::faults(), 0) << "a block for another queue than the main one";
+        EXPECT_EQ(dispatch_spy::faults(), 0) << "a block on a queue other than the main queue";
         dispatch_spy::reset();
     }
 
-    /// Construct the object there, with a handler, and return its registration.
+    /// Attach a handler, construct the object and return its registration.
     property_spy::Registration listen(Object object)
     {
         attach(object);
@@ -45,7 +45,7 @@ protected:
         return registration.procedure(registration.object, 1, &registration.address, registration.client);
     }
 
-    static OSStatus notifyElsewhere(const property_spy::Registration& registration, int times = 1)
+    static OSStatus notifyFromThread(const property_spy::Registration& registration, int times = 1)
     {
         OSStatus status = noErr;
         std::thread([&] {
@@ -66,15 +66,14 @@ TEST_F(ChangedEvent, IsRaisedAtOnceOnTheMainThread)
         const Memory memory;
         const auto registration = listen(memory.object());
         EXPECT_EQ(notify(registration), 0);
-        EXPECT_EQ(events, Events{memory.object()}) << "asked with the word that the host had filled";
+        EXPECT_EQ(events, Events{memory.object()}) << "with the key that the host wrote";
         EXPECT_EQ(dispatch_spy::waiting(), 0u);
         destruct(memory.object());
     }
 }
 
-// The oldest layout needs a copy of the event's record. Without memory for it there is no word by which to
-// ask for the handler.
-TEST_F(ChangedEvent, IsNeverRaisedWithoutTheCopyOfItsRecord)
+// The oldest layout needs a copy of the event's record, with the key for the handler.
+TEST_F(ChangedEvent, IsDroppedWithoutTheCopyOfItsRecord)
 {
     constexpr int copies = 3; // of the properties, of the methods, of the event
     watched::refuseCalloc(copies);
@@ -85,15 +84,15 @@ TEST_F(ChangedEvent, IsNeverRaisedWithoutTheCopyOfItsRecord)
     const auto registration = listen(memory.object());
     EXPECT_EQ(memory.lastError(), 0);
     EXPECT_EQ(notify(registration), 0);
-    EXPECT_EQ(notifyElsewhere(registration, 3), 0);
+    EXPECT_EQ(notifyFromThread(registration, 3), 0);
     EXPECT_EQ(dispatch_spy::run(), 3u);
     EXPECT_EQ(events, Events{});
-    EXPECT_EQ(host().notes(), Notes{}) << "nobody is asked for a handler";
+    EXPECT_EQ(host().notes(), Notes{}) << "the host is not called";
     destruct(memory.object());
     EXPECT_TRUE(property_spy::registrations().empty());
 }
 
-TEST_F(ChangedEvent, ComesOncePerNotificationWhateverItHolds)
+TEST_F(ChangedEvent, IsRaisedOncePerNotification)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
@@ -107,7 +106,7 @@ TEST_F(ChangedEvent, ComesOncePerNotificationWhateverItHolds)
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, NeedsNothingOfTheHostButTheHandler)
+TEST_F(ChangedEvent, CallsTheHostOnlyForTheHandler)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
@@ -123,7 +122,7 @@ TEST_F(ChangedEvent, IsDroppedWithoutAHandler)
     construct(memory.object(), address);
     const auto registration = property_spy::registrations().back();
     EXPECT_EQ(notify(registration), 0);
-    EXPECT_EQ(notifyElsewhere(registration), 0);
+    EXPECT_EQ(notifyFromThread(registration), 0);
     EXPECT_EQ(dispatch_spy::run(), 1u);
     EXPECT_EQ(events, Events());
     destruct(memory.object());
@@ -135,7 +134,7 @@ TEST_F(ChangedEvent, IsDroppedWithoutTheHostsService)
     host().withhold("GetEventInstance");
     const auto registration = listen(memory.object());
     EXPECT_EQ(notify(registration), 0);
-    EXPECT_EQ(notifyElsewhere(registration), 0);
+    EXPECT_EQ(notifyFromThread(registration), 0);
     dispatch_spy::run();
     EXPECT_EQ(events, Events());
     host().provide("GetEventInstance");
@@ -144,13 +143,13 @@ TEST_F(ChangedEvent, IsDroppedWithoutTheHostsService)
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, LetsNothingThrownReachThePlatform)
+TEST_F(ChangedEvent, PassesNoExceptionToThePlatform)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
     const std::function<void(Object)> throwers[] = {
         [](Object) { throw Thrown(); },
-        [](Object) { throw std::runtime_error("of the host program"); },
+        [](Object) { throw std::runtime_error("from the host program"); },
         [](Object) { throw 42; },
     };
     for (const auto& throws : throwers) {
@@ -159,8 +158,8 @@ TEST_F(ChangedEvent, LetsNothingThrownReachThePlatform)
         EXPECT_NO_THROW(EXPECT_EQ(notify(registration), 0));
         EXPECT_EQ(events.size(), 1u);
 
-        EXPECT_EQ(notifyElsewhere(registration), 0);
-        EXPECT_NO_THROW(dispatch_spy::run()) << "the queue is the platform's, too";
+        EXPECT_EQ(notifyFromThread(registration), 0);
+        EXPECT_NO_THROW(dispatch_spy::run()) << "the queue belongs to the platform";
         EXPECT_EQ(events.size(), 2u);
     }
     inHandler = nullptr;
@@ -168,29 +167,29 @@ TEST_F(ChangedEvent, LetsNothingThrownReachThePlatform)
     EXPECT_NO_THROW(EXPECT_EQ(notify(registration), 0));
 
     dispatch_spy::setDuring([] { throw Thrown(); });
-    EXPECT_EQ(notifyElsewhere(registration), 0) << "an exception would have ended the thread, and us";
+    EXPECT_EQ(notifyFromThread(registration), 0) << "an exception would end the process";
     dispatch_spy::reset();
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, GoesToItsOwnListener)
+TEST_F(ChangedEvent, IsRaisedForItsListenerOnly)
 {
     const Memory first, second;
     const auto firstRegistration = listen(first.object()), secondRegistration = listen(second.object());
     notify(secondRegistration);
     EXPECT_EQ(events, Events{second.object()});
-    notifyElsewhere(firstRegistration);
-    notifyElsewhere(secondRegistration);
-    notifyElsewhere(firstRegistration);
+    notifyFromThread(firstRegistration);
+    notifyFromThread(secondRegistration);
+    notifyFromThread(firstRegistration);
     dispatch_spy::run();
     EXPECT_EQ(events, (Events{second.object(), first.object(), second.object(), first.object()}));
     destruct(first.object());
     destruct(second.object());
 }
 
-// ---- elsewhere ----
+// ---- on other threads ----
 
-TEST_F(ChangedEvent, WaitsForTheMainThreadElsewhere)
+TEST_F(ChangedEvent, IsQueuedForTheMainThreadOnOtherThreads)
 {
     for (HostInteger layout = 9; layout <= 13; ++layout) {
         SCOPED_TRACE(layout);
@@ -198,9 +197,9 @@ TEST_F(ChangedEvent, WaitsForTheMainThreadElsewhere)
         events.clear();
         const Memory memory;
         const auto registration = listen(memory.object());
-        EXPECT_EQ(notifyElsewhere(registration), 0);
+        EXPECT_EQ(notifyFromThread(registration), 0);
         EXPECT_EQ(events, Events());
-        EXPECT_EQ(host().notes(), fake::Notes()) << "the platform's thread leaves the host alone";
+        EXPECT_EQ(host().notes(), fake::Notes()) << "the platform's thread does not call the host";
         EXPECT_EQ(dispatch_spy::waiting(), 1u);
         EXPECT_EQ(dispatch_spy::run(), 1u);
         EXPECT_EQ(events, Events{memory.object()});
@@ -208,66 +207,66 @@ TEST_F(ChangedEvent, WaitsForTheMainThreadElsewhere)
     }
 }
 
-TEST_F(ChangedEvent, ComesAsOftenAsItChanged)
+TEST_F(ChangedEvent, IsRaisedOncePerQueuedNotification)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
-    notifyElsewhere(registration, 100);
+    notifyFromThread(registration, 100);
     EXPECT_EQ(dispatch_spy::run(), 100u);
     EXPECT_EQ(events, Events(100, memory.object()));
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, OfAListenerThatHasGoneIsDropped)
+TEST_F(ChangedEvent, OfADestroyedListenerIsDropped)
 {
     auto memory = std::make_unique<Memory>();
     const auto registration = listen(memory->object());
-    notifyElsewhere(registration, 3);
+    notifyFromThread(registration, 3);
     destruct(memory->object());
-    memory.reset(); // from here on, a look at the object is an error that the sanitizer finds
+    memory.reset(); // an access would be reported by the address sanitizer
     host().forget();
     EXPECT_EQ(dispatch_spy::run(), 3u);
     EXPECT_EQ(events, Events());
     EXPECT_EQ(host().calls(), fake::Notes());
 }
 
-TEST_F(ChangedEvent, OfAListenerThatHasGoneIsNotTheNextOnesAtItsAddress)
+TEST_F(ChangedEvent, OfADestroyedListenerIsNotRaisedForTheNextAtItsAddress)
 {
     const Memory memory;
     const auto first = listen(memory.object());
-    notifyElsewhere(first, 2);
+    notifyFromThread(first, 2);
     destruct(memory.object());
     const auto second = listen(memory.object());
     EXPECT_EQ(second.client, first.client);
     dispatch_spy::run();
     EXPECT_EQ(events, Events()) << "stale";
-    notifyElsewhere(second);
+    notifyFromThread(second);
     dispatch_spy::run();
     EXPECT_EQ(events, Events{memory.object()});
 
-    // Both in one run: only the one that was noted in the new object's time.
+    // Both in one run: only the notification after the second construction is delivered.
     events.clear();
-    notifyElsewhere(second);
+    notifyFromThread(second);
     destruct(memory.object());
     const auto third = listen(memory.object());
-    notifyElsewhere(third);
+    notifyFromThread(third);
     EXPECT_EQ(dispatch_spy::run(), 2u);
     EXPECT_EQ(events, Events{memory.object()});
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, QueuedBeforeALivingListenerIsConstructedAgainStillArrives)
+TEST_F(ChangedEvent, IsRaisedAfterALiveListenerIsConstructedAgain)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
-    notifyElsewhere(registration, 2);
+    notifyFromThread(registration, 2);
     construct(memory.object(), address);
     dispatch_spy::run();
     EXPECT_EQ(events, Events(2, memory.object()));
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, IsRaisedUntilThePlatformHasRemovedTheListener)
+TEST_F(ChangedEvent, IsRaisedUntilThePlatformRemovesTheListener)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
@@ -275,7 +274,7 @@ TEST_F(ChangedEvent, IsRaisedUntilThePlatformHasRemovedTheListener)
     destruct(memory.object());
     EXPECT_EQ(events, Events{memory.object()});
     EXPECT_EQ(notify(registration), 0);
-    EXPECT_EQ(events.size(), 1u) << "struck off afterwards";
+    EXPECT_EQ(events.size(), 1u) << "not after the removal";
 }
 
 TEST_F(ChangedEvent, OfAListenerWhoseRemovalThrewIsDropped)
@@ -288,25 +287,25 @@ TEST_F(ChangedEvent, OfAListenerWhoseRemovalThrewIsDropped)
     EXPECT_EQ(events, Events());
 }
 
-TEST_F(ChangedEvent, SurvivesOtherListenersComingAndGoing)
+TEST_F(ChangedEvent, IsIndependentOfOtherListeners)
 {
     const Memory memory, other;
     const auto registration = listen(memory.object());
-    notifyElsewhere(registration);
+    notifyFromThread(registration);
     listen(other.object());
     destruct(other.object());
     listen(other.object());
-    notifyElsewhere(registration);
+    notifyFromThread(registration);
     dispatch_spy::run();
     EXPECT_EQ(events, Events(2, memory.object()));
     destruct(other.object());
-    notifyElsewhere(registration);
+    notifyFromThread(registration);
     dispatch_spy::run();
     EXPECT_EQ(events, Events(3, memory.object()));
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, FindsEachOfManyListeners)
+TEST_F(ChangedEvent, IsRaisedForEachOfManyListeners)
 {
     std::vector<std::unique_ptr<Memory>> memories;
     std::vector<property_spy::Registration> registrations;
@@ -325,11 +324,11 @@ TEST_F(ChangedEvent, FindsEachOfManyListeners)
         if (i % 3 != 0) destruct(memories[i]->object());
 }
 
-TEST_F(ChangedEvent, MayEndItsOwnListener)
+TEST_F(ChangedEvent, MayDestroyItsListener)
 {
     auto memory = std::make_unique<Memory>();
     const auto registration = listen(memory->object());
-    notifyElsewhere(registration, 3);
+    notifyFromThread(registration, 3);
     inHandler = [&](Object object) {
         destruct(object);
         memory.reset();
@@ -338,58 +337,58 @@ TEST_F(ChangedEvent, MayEndItsOwnListener)
     EXPECT_EQ(events.size(), 1u);
 }
 
-TEST_F(ChangedEvent, MayMakeAndChangeListeners)
+TEST_F(ChangedEvent, MayConstructListeners)
 {
-    const Memory memory, made;
+    const Memory memory, other;
     const auto registration = listen(memory.object());
     inHandler = [&](Object object) {
         if (object != memory.object()) return;
-        notifyElsewhere(listen(made.object()));
+        notifyFromThread(listen(other.object()));
     };
-    notifyElsewhere(registration);
+    notifyFromThread(registration);
     EXPECT_EQ(dispatch_spy::run(), 2u);
-    EXPECT_EQ(events, (Events{memory.object(), made.object()}));
-    destruct(made.object());
+    EXPECT_EQ(events, (Events{memory.object(), other.object()}));
+    destruct(other.object());
     destruct(memory.object());
 }
 
 // ---- without memory ----
 
-TEST_F(ChangedEvent, NeverComesToAListenerThatFoundNoMemory)
+TEST_F(ChangedEvent, IsDroppedForAListenerWithoutMemory)
 {
     const long blocks = watched::liveBlocks();
     const Memory memory;
     watched::refuseCalloc(1);
     const auto registration = listen(memory.object());
-    EXPECT_EQ(memory.lastError(), 0) << "the platform had accepted it";
+    EXPECT_EQ(memory.lastError(), 0) << "the platform accepted the registration";
     EXPECT_EQ(notify(registration), 0);
-    EXPECT_EQ(notifyElsewhere(registration), 0);
+    EXPECT_EQ(notifyFromThread(registration), 0);
     EXPECT_EQ(dispatch_spy::run(), 1u);
     EXPECT_EQ(events, Events());
     destruct(memory.object());
     EXPECT_EQ(watched::liveBlocks(), blocks);
 
     notify(listen(memory.object()));
-    EXPECT_EQ(events, Events{memory.object()}) << "the next one is as good as any";
+    EXPECT_EQ(events, Events{memory.object()}) << "the next listener receives events";
     destruct(memory.object());
     EXPECT_EQ(watched::liveBlocks(), blocks);
 }
 
-TEST_F(ChangedEvent, WithoutMemoryIsNotLeftToAnEarlierListenerAtThatAddress)
+TEST_F(ChangedEvent, OfAnEarlierListenerIsDroppedForOneWithoutMemory)
 {
     const Memory memory;
     const auto first = listen(memory.object());
-    notifyElsewhere(first);
+    notifyFromThread(first);
     destruct(memory.object());
     watched::refuseCalloc(1);
     const auto second = listen(memory.object());
-    notifyElsewhere(second);
+    notifyFromThread(second);
     EXPECT_EQ(dispatch_spy::run(), 2u);
     EXPECT_EQ(events, Events());
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, NeverComesAfterARefusedRegistration)
+TEST_F(ChangedEvent, IsNotRaisedAfterARefusedRegistration)
 {
     const Memory memory;
     attach(memory.object());

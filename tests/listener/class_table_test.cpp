@@ -1,4 +1,4 @@
-// CoreAudioListenerKVX as it is published: its properties, methods and event, in order, and the class itself.
+// The class table of CoreAudioListenerKVX, compared with the tables below.
 #include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
 #include "listener/listener.h"
@@ -9,15 +9,15 @@
 
 namespace {
 
-TEST(ListenerClass, IsPublishedInTheNewestLayout)
+TEST(ListenerClass, HasItsNameSizeAndCountsInTheNewestLayout)
 {
     const REALclassDefinition& c = coreAudioListenerClass;
     EXPECT_EQ(c.version, 13u);
     EXPECT_STREQ(c.name, "CoreAudioListenerKVX");
     EXPECT_EQ(c.superName, nullptr);
     if (sizeof(void*) == 4) EXPECT_EQ(c.dataSize, 20u);
-    EXPECT_EQ(c.constructor, nullptr) << "construction is a method";
-    EXPECT_EQ(c.destructor, nullptr) << "and so is destruction";
+    EXPECT_EQ(c.constructor, nullptr) << "the constructor is a method";
+    EXPECT_EQ(c.destructor, nullptr) << "the destructor is a method";
     EXPECT_EQ(c.propertyCount, 5u);
     EXPECT_EQ(c.methodCount, 2u);
     EXPECT_EQ(c.eventCount, 1u);
@@ -33,7 +33,7 @@ TEST(ListenerClass, IsPublishedInTheNewestLayout)
     EXPECT_EQ(c.sharedMethodCount, 0u);
 }
 
-TEST(ListenerClass, PropertiesStandInOrderAndAreReadOnly)
+TEST(ListenerClass, HasFiveReadOnlyPropertiesInOrder)
 {
     const struct {
         const char* name;
@@ -66,7 +66,8 @@ TEST(ListenerClass, PropertiesStandInOrderAndAreReadOnly)
 TEST(ListenerClass, GettersIgnoreTheirParameter)
 {
     listener::ListenerData data = {-1, 0x80000041, 0xF0000001, 0xE0000002, 0xD0000003};
-    ASSERT_EQ(coreAudioListenerClass.dataOffset, 0u) << "not registered: the class data is the object";
+    ASSERT_EQ(coreAudioListenerClass.dataOffset, 0u)
+        << "without a registration the class data starts at the object";
     const auto object = reinterpret_cast<REALobjectStruct*>(&data);
     const auto* rows = static_cast<const REALproperty*>(coreAudioListenerClass.properties);
     for (const HostInteger parameter : support::anyParameter) {
@@ -77,7 +78,7 @@ TEST(ListenerClass, GettersIgnoreTheirParameter)
     }
 }
 
-TEST(ListenerClass, MethodsStandInOrder)
+TEST(ListenerClass, HasTwoMethodsInOrder)
 {
     const char* const expected[] = {
         "Constructor(ObjectID as UInt32, PropertySelector as UInt32, PropertyScope as UInt32, "
@@ -100,7 +101,7 @@ TEST(ListenerClass, HasOneEventWithoutParametersOrResult)
 {
     const auto* event = static_cast<const REALevent*>(coreAudioListenerClass.events);
     EXPECT_STREQ(event->declaration, "Changed");
-    EXPECT_EQ(event->systemUse, 0u) << "the host's to fill";
+    EXPECT_EQ(event->systemUse, 0u) << "the host writes it";
     EXPECT_EQ(event->trailing[0], 0u);
     EXPECT_EQ(event->trailing[1], 0u);
 }

@@ -1,4 +1,4 @@
-// A listener's registration with the platform, from its constructor to its destructor.
+// The registration of a listener with the platform, and its removal.
 #include "plugin/services.h"
 #include "tests/listener/watched_class.h"
 #include "tests/support/property_spy.h"
@@ -14,7 +14,7 @@ class ListenerObject : public WatchedClass {
 protected:
     ListenerObject() { property_spy::reset(); }
 
-    /// What the platform must be called with. `procedure` is as the spy shows it.
+    /// The expected platform call; `procedure` is the spy's name for the pointer.
     static std::string call(const char* function, const Address& address, const char* procedure)
     {
         char text[160];
@@ -33,7 +33,7 @@ protected:
 };
 
 const Address addresses[] = {
-    {0x80000041, 0xF0000001, 0xE0000002, 0xD0000003}, // all different
+    {0x80000041, 0xF0000001, 0xE0000002, 0xD0000003}, // four different values
     {1, 0x64657623, 0x676C6F62, 0},                   // the system's device list
     {7, 0x2A2A2A2A, 0x2A2A2A2A, 0xFFFFFFFF},          // wildcards
     {0, 0, 0, 0},
@@ -65,7 +65,7 @@ TEST_F(ListenerObject, RegistersAndUnregistersWithTheSameArguments)
     }
 }
 
-TEST_F(ListenerObject, TellsTheStatusesOfBothAndKeepsItsProperties)
+TEST_F(ListenerObject, StoresBothStatusesAndKeepsItsProperties)
 {
     for (const Address& address : addresses)
         for (const OSStatus status : statuses) {
@@ -81,11 +81,11 @@ TEST_F(ListenerObject, TellsTheStatusesOfBothAndKeepsItsProperties)
             destruct(memory.object());
             EXPECT_EQ(memory.lastError(), status);
             expectProperties(memory.object(), address);
-            EXPECT_EQ(property_spy::calls().size(), 2u) << "a refused listener is removed like any other";
+            EXPECT_EQ(property_spy::calls().size(), 2u) << "a refused listener is removed as well";
         }
 }
 
-TEST_F(ListenerObject, IsMinusOneAndCompleteWhileUnderWay)
+TEST_F(ListenerObject, HasStatusMinusOneAndItsPropertiesDuringEachCall)
 {
     const Address address = addresses[0];
     const Memory memory;
@@ -102,16 +102,16 @@ TEST_F(ListenerObject, IsMinusOneAndCompleteWhileUnderWay)
     EXPECT_EQ(seen, 2);
 }
 
-TEST_F(ListenerObject, RaisesNothing)
+TEST_F(ListenerObject, RaisesNoException)
 {
     property_spy::answer("AudioObjectAddPropertyListener").status = badObject;
     const Memory memory;
     construct(memory.object(), addresses[0]);
     destruct(memory.object());
-    EXPECT_EQ(host().notes(), fake::Notes()) << "the host is not even asked";
+    EXPECT_EQ(host().notes(), fake::Notes()) << "the host is not called";
 }
 
-TEST_F(ListenerObject, LetsNothingThrownPass)
+TEST_F(ListenerObject, PassesNoExceptionToTheHost)
 {
     struct Thrown {};
     for (const bool addThrows : {true, false}) {
@@ -128,7 +128,7 @@ TEST_F(ListenerObject, LetsNothingThrownPass)
     }
 }
 
-TEST_F(ListenerObject, ReadsBackUnderEveryLayout)
+TEST_F(ListenerObject, HasItsPropertiesInEveryLayout)
 {
     for (HostInteger layout = 9; layout <= 13; ++layout) {
         SCOPED_TRACE(layout);

@@ -1,5 +1,5 @@
-// A spy in the place of dispatch_async: blocks wait here until the test runs them. Threads: blocks may come
-// from any; they are run by the one that asks.
+// A spy instead of dispatch_async: queued blocks wait until the test runs them. dispatch_async may be called
+// on any thread; run() runs the blocks on its calling thread.
 #pragma once
 
 #include <dispatch/dispatch.h>
@@ -9,17 +9,17 @@
 
 namespace dispatch_spy {
 
-/// Blocks that wait, all on the main queue; one on another queue counts as a fault.
+/// The number of queued blocks, and of blocks for a queue other than the main queue.
 std::size_t waiting();
 int faults();
 
-/// Run what waits, in order, also what is queued meanwhile. Returns how many ran.
+/// Run the queued blocks in order, with those that are queued during the run. Returns their number.
 std::size_t run();
 
-/// Drop what waits, and `during`.
+/// Drop the queued blocks and the `during` function.
 void reset();
 
-/// Runs inside each dispatch_async, before the block is taken; it may throw.
+/// Set a function that runs at the start of each dispatch_async; it may throw.
 void setDuring(std::function<void()> during);
 
 } // namespace dispatch_spy

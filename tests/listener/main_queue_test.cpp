@@ -1,4 +1,4 @@
-// Listeners beside the platform's own main queue and notifications from several threads at once.
+// Listeners with the platform's main queue, and notifications from several threads at once.
 #include "tests/listener/watched_class.h"
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -14,13 +14,13 @@ namespace {
 
 using namespace listening;
 
-/// The platform's promise: after the removal of a listener has returned, it is called no more.
+/// The registered listeners. As on the platform, a removed listener is not called after its removal returns.
 struct {
     std::mutex mutex;
     std::vector<std::pair<AudioObjectPropertyListenerProc, void*>> listeners;
 } registered;
 
-/// Notify the n-th listener, if there are so many. Returns its object, or null.
+/// Notify listener n modulo their number. Returns its object; null without listeners.
 Object notify(std::size_t n)
 {
     const std::lock_guard guard(registered.mutex);
@@ -65,7 +65,7 @@ protected:
     }
 };
 
-TEST_F(ListenersOnTheMainQueue, BringsEventsToTheMainThread)
+TEST_F(ListenersOnTheMainQueue, RaisesEventsOnTheMainThread)
 {
     const Memory memory;
     attach(memory.object());
@@ -81,7 +81,7 @@ TEST_F(ListenersOnTheMainQueue, BringsEventsToTheMainThread)
     destruct(memory.object());
 }
 
-TEST_F(ListenersOnTheMainQueue, DropsEventsOfListenersThatHaveGone)
+TEST_F(ListenersOnTheMainQueue, DropsEventsOfDestroyedListeners)
 {
     auto memory = std::make_unique<Memory>();
     attach(memory->object());
@@ -93,9 +93,9 @@ TEST_F(ListenersOnTheMainQueue, DropsEventsOfListenersThatHaveGone)
     EXPECT_EQ(events.size(), 0u);
 }
 
-// Three threads notify while listeners come and go: those alive throughout get every event, and no event
-// comes to one that is dead at the time, or for a former one at the same address.
-TEST_F(ListenersOnTheMainQueue, CountsRightInAStorm)
+// Three threads notify while listeners are constructed and destroyed. The permanent listeners receive all
+// their events; no destroyed listener receives one.
+TEST_F(ListenersOnTheMainQueue, DeliversEachEventOnceWithManyThreads)
 {
     constexpr std::size_t steadyCount = 100, threadCount = 3, notifications = 3334;
     std::vector<std::unique_ptr<Memory>> steady;
@@ -122,24 +122,24 @@ TEST_F(ListenersOnTheMainQueue, CountsRightInAStorm)
         });
 
     std::vector<std::unique_ptr<Memory>> passing;
-    std::map<Object, bool> isAlive;
-    std::size_t eventsOfTheDead = 0;
+    std::map<Object, bool> isLive;
+    std::size_t eventsAfterDestruction = 0;
     inHandler = [&](Object object) {
         ++received[object];
-        const auto found = isAlive.find(object);
-        if (found != isAlive.end() && !found->second) ++eventsOfTheDead;
+        const auto found = isLive.find(object);
+        if (found != isLive.end() && !found->second) ++eventsAfterDestruction;
     };
     for (std::size_t round = 0; running > 0 || round < 50; ++round) {
         auto memory = std::make_unique<Memory>();
         attach(memory->object());
         construct(memory->object(), address);
-        isAlive[memory->object()] = true;
+        isLive[memory->object()] = true;
         passing.push_back(std::move(memory));
         KVXPlatformDrainMainQueue(0);
         if (passing.size() > 5) {
-            const Object gone = passing.front()->object();
-            destruct(gone);
-            isAlive[gone] = false;
+            const Object oldest = passing.front()->object();
+            destruct(oldest);
+            isLive[oldest] = false;
             passing.erase(passing.begin());
         }
     }
@@ -147,7 +147,7 @@ TEST_F(ListenersOnTheMainQueue, CountsRightInAStorm)
     drain();
 
     for (const auto& memory : steady) EXPECT_EQ(received[memory->object()], sent[memory->object()]);
-    EXPECT_EQ(eventsOfTheDead, 0u);
+    EXPECT_EQ(eventsAfterDestruction, 0u);
     for (const auto& memory : passing) destruct(memory->object());
     for (const auto& memory : steady) destruct(memory->object());
 }

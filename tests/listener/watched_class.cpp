@@ -19,22 +19,22 @@ constexpr Word dataOffset = 32;
 constexpr std::size_t dataSize = sizeof(HostInteger) + 4 * sizeof(std::uint32_t);
 WatchedClass* current = nullptr;
 
-/// The class as the library was built, taken on first use: registration writes into both.
+/// The initial class, copied on first use: registration writes into the definition and the event.
 struct Pristine {
     REALclassDefinition definition = coreAudioListenerClass;
     REALevent event = *static_cast<REALevent*>(coreAudioListenerClass.events);
 };
 const Pristine& pristine()
 {
-    static const Pristine thePristine;
-    return thePristine;
+    static const Pristine initial;
+    return initial;
 }
 
 bool isOldest() { return coreAudioListenerClass.version == static_cast<Word>(oldestLayout); }
 
 AnyFunction methodNamed(const std::string& name)
 {
-    // Where there was no memory for the oldest layout's copy, the rows as they were built.
+    // Without memory for the oldest layout's copy, the rows of the newest layout.
     const bool isCopy = isOldest() && coreAudioListenerClass.methods;
     const std::size_t rowWords = isCopy ? 4 : 6;
     const Word* row =
@@ -81,7 +81,7 @@ void WatchedClass::registerFor(HostInteger layout, double version)
     forget(REALGetEventInstance, "GetEventInstance");
 
     MyREALRegisterClass(&coreAudioListenerClass);
-    // The host fills the record that it was given, in the layout that it reads.
+    // The host writes the key into the record that it received, in the layout that it reads.
     if (!coreAudioListenerClass.events) return host_->forget();
     if (layout == oldestLayout)
         static_cast<REALevent9*>(coreAudioListenerClass.events)->systemUse = eventWord;
@@ -90,17 +90,17 @@ void WatchedClass::registerFor(HostInteger layout, double version)
     host_->forget();
 }
 
-/// The class as it was built; the copies for the oldest layout, which live as long as a host does, go.
+/// Restore the initial class and free the copies for the oldest layout.
 void WatchedClass::restore()
 {
-    const Pristine& asBuilt = pristine();
+    const Pristine& initial = pristine();
     if (isOldest()) {
         std::free(coreAudioListenerClass.properties);
         std::free(coreAudioListenerClass.methods);
         std::free(coreAudioListenerClass.events);
     }
-    *static_cast<REALevent*>(asBuilt.definition.events) = asBuilt.event;
-    coreAudioListenerClass = asBuilt.definition;
+    *static_cast<REALevent*>(initial.definition.events) = initial.event;
+    coreAudioListenerClass = initial.definition;
 }
 
 void WatchedClass::attach(Object object)

@@ -1,5 +1,5 @@
-// CoreAudioListenerKVX registered with a small host, and objects of it in memory of their own, so that a
-// touch of a dead one is found.
+// CoreAudioListenerKVX registered with a fake host. Each object has its own allocation, so that the address
+// sanitizer reports an access to a destroyed object.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -21,23 +21,23 @@ struct Address {
     std::uint32_t object, selector, scope, element;
 };
 
-/// The host's side of the class.
+/// The class and its host.
 class WatchedClass : public testing::Test {
 protected:
     WatchedClass();
     ~WatchedClass() override;
 
-    /// Begin anew: a host of that version, which reads that layout, and the class registered with it.
+    /// Register the class with a new host of that version, which reads that layout.
     void registerFor(HostInteger layout, double version = 2016.0);
     fake::Host& host() { return *host_; }
 
-    /// The word that the host wrote into the event's record, by which it knows its handlers.
+    /// The key that the host wrote into the event's record.
     static constexpr Word eventWord = 0xE7E27;
 
     /// Attach the test's handler to an object, as the host program does.
     void attach(Object object);
 
-    /// What the handler was called with, in order. `inHandler` runs in each call and may throw.
+    /// The objects for which the handler was called, in order. `inHandler` runs in each call and may throw.
     std::vector<Object> events;
     std::function<void(Object)> inHandler;
 
@@ -48,7 +48,7 @@ private:
     std::unique_ptr<fake::Host> host_;
 };
 
-/// An object of the class: memory without construction. Its end frees the memory and nothing else.
+/// The memory of an object; construction and destruction are separate.
 class Memory {
 public:
     Memory();

@@ -1,4 +1,4 @@
-// A system without dispatch_async: this program is linked so that the weak reference to it is null.
+// A system without dispatch_async: in this program the weak reference is null.
 #include "tests/listener/watched_class.h"
 #include "tests/support/property_spy.h"
 
@@ -12,7 +12,7 @@ using namespace listening;
 
 using ListenersWithoutAQueue = WatchedClass;
 
-TEST_F(ListenersWithoutAQueue, GetWhatComesOnTheMainThreadAndLoseTheRest)
+TEST_F(ListenersWithoutAQueue, ReceiveEventsOfTheMainThreadOnly)
 {
     property_spy::reset();
     const Memory memory;

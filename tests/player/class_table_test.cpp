@@ -1,4 +1,4 @@
-// The class as it is published, against a table written out here.
+// The class table of CoreAudioPlayerKVX, compared with the tables below.
 #include "tests/player/player_object.h"
 #include "tests/support/property_value.h"
 
@@ -43,7 +43,7 @@ const char* const declarations[] = {
 };
 // clang-format on
 
-TEST(PlayerClass, HasItsNameAndSizeAndNothingButPropertiesAndMethods)
+TEST(PlayerClass, HasItsNameSizeAndCounts)
 {
     const REALclassDefinition& definition = coreAudioPlayerClass;
     EXPECT_EQ(definition.version, 13u);
@@ -74,7 +74,7 @@ TEST(PlayerClass, HasItsNameAndSizeAndNothingButPropertiesAndMethods)
     for (const Word word : definition.newer) EXPECT_EQ(word, 0u);
 }
 
-TEST(PlayerClass, ListsEightPropertiesInOrder)
+TEST(PlayerClass, HasEightPropertiesInOrder)
 {
     ASSERT_EQ(coreAudioPlayerClass.propertyCount, std::size(properties));
     const auto* row = static_cast<const REALproperty*>(coreAudioPlayerClass.properties);
@@ -119,7 +119,7 @@ TEST(PlayerClass, GettersIgnoreTheirParameter)
                 << fact.property;
 }
 
-TEST(PlayerClass, ListsFifteenMethodsInOrder)
+TEST(PlayerClass, HasFifteenMethodsInOrder)
 {
     ASSERT_EQ(coreAudioPlayerClass.methodCount, std::size(declarations));
     const auto* row = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
@@ -135,20 +135,20 @@ TEST(PlayerClass, ListsFifteenMethodsInOrder)
     }
 }
 
-TEST(PlayerClass, ClosesWithTheDestructorItself)
+TEST(PlayerClass, HasTheDestructorAsItsCloseMethod)
 {
     EXPECT_EQ(test::methodRow("Close").function, coreAudioPlayerClass.destructor);
     EXPECT_NE(test::methodRow("Stop").function, nullptr);
 }
 
-TEST(PlayerClass, GivesEveryMethodAFunctionOfItsOwn)
+TEST(PlayerClass, HasADifferentFunctionForEachMethod)
 {
     const auto* rows = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
     for (Word a = 0; a < coreAudioPlayerClass.methodCount; ++a)
         for (Word b = a + 1; b < coreAudioPlayerClass.methodCount; ++b) {
-            const bool mayBeOne = rows[a].declaration == std::string_view("Close") &&
-                                  rows[b].declaration == std::string_view("Stop"); // they do the same thing
-            if (!mayBeOne) {
+            const bool mayBeEqual = rows[a].declaration == std::string_view("Close") &&
+                                    rows[b].declaration == std::string_view("Stop"); // the two do the same
+            if (!mayBeEqual) {
                 EXPECT_NE(rows[a].function, rows[b].function) << rows[a].declaration << '\n'
                                                               << rows[b].declaration;
             }

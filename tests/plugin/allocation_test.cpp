@@ -1,4 +1,4 @@
-// Memory: how much is asked for, that it is given back, and what happens when there is none.
+// Memory: the sizes of allocations, that they are freed, and the results when an allocation fails.
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/rb_text.h"
@@ -27,7 +27,7 @@ protected:
     const long blocksBefore;
 };
 
-/// What calloc was asked for while `work` ran, and what was freed.
+/// The allocations and frees while `work` runs.
 template <class Work>
 Notes memoryOf(Work work)
 {
@@ -41,24 +41,25 @@ Notes callocedAndFreed(std::size_t bytes) { return {"calloc " + std::to_string(b
 
 // ---- zeroed memory ----
 
-TEST_F(AllocationTest, OfZeroedMemoryHasSizesFromOneTo31Bits)
+TEST_F(AllocationTest, OfZeroedMemoryHasOneByteTo31Bits)
 {
     // clang-format off
-    const struct { std::int64_t count; bool asks; const char* why; } facts[] = {
-        {0,                      false, "nothing"},
-        {-1,                     false, "less than nothing"},
+    const struct { std::int64_t count; bool allocates; const char* why; } facts[] = {
+        {0,                      false, "zero"},
+        {-1,                     false, "negative"},
         {1,                      true,  "the smallest"},
         {0x7FFFFFFF,             true,  "the largest"},
-        {0x80000000LL,           false, "one more"},
-        {0x100000001LL,          false, "whose low half is 1"},
-        {0x7FFFFFFFFFFFFFFFLL,   false, "far too many"},
-        {-0x7FFFFFFFFFFFFFFFLL,  false, "far too few"},
+        {0x80000000LL,           false, "one byte more"},
+        {0x100000001LL,          false, "the low 32 bits are 1"},
+        {0x7FFFFFFFFFFFFFFFLL,   false, "the largest number"},
+        {-0x7FFFFFFFFFFFFFFFLL,  false, "the most negative number"},
     };
     // clang-format on
     for (const auto& fact : facts) {
         watched::refuseCalloc(1);
-        const Notes asked = memoryOf([&] { EXPECT_EQ(allocateZeroed<char>(fact.count), nullptr); });
-        EXPECT_EQ(asked, fact.asks ? calloced(static_cast<std::size_t>(fact.count)) : Notes{}) << fact.why;
+        const Notes calls = memoryOf([&] { EXPECT_EQ(allocateZeroed<char>(fact.count), nullptr); });
+        EXPECT_EQ(calls, fact.allocates ? calloced(static_cast<std::size_t>(fact.count)) : Notes{})
+            << fact.why;
     }
     watched::refuseCalloc(0);
 }
@@ -69,22 +70,22 @@ TEST_F(AllocationTest, OfZeroedRecordsCountsBytes)
         char bytes[12];
     };
     // clang-format off
-    const struct { std::int64_t count; bool asks; } facts[] = {
+    const struct { std::int64_t count; bool allocates; } facts[] = {
         {178956970, true},  // 2147483640 bytes
         {178956971, false}, // 2147483652
         {0x7FFFFFFF, false},
-        {0x15555556LL * 4, false}, // 12 times that is 0x20 past 32 bits
+        {0x15555556LL * 4, false}, // the bytes overflow 32 bits
     };
     // clang-format on
     for (const auto& fact : facts) {
         watched::refuseCalloc(1);
-        const Notes asked = memoryOf([&] { EXPECT_EQ(allocateZeroed<Record>(fact.count), nullptr); });
-        EXPECT_EQ(!asked.empty(), fact.asks) << fact.count;
+        const Notes calls = memoryOf([&] { EXPECT_EQ(allocateZeroed<Record>(fact.count), nullptr); });
+        EXPECT_EQ(!calls.empty(), fact.allocates) << fact.count;
     }
     watched::refuseCalloc(0);
 }
 
-TEST_F(AllocationTest, GivesZerosAndTakesThemBack)
+TEST_F(AllocationTest, IsZeroedAndFreed)
 {
     const Notes notes = memoryOf([] {
         const Zeroed<std::uint32_t> memory = allocateZeroed<std::uint32_t>(1000);
@@ -119,7 +120,7 @@ struct FullClass {
     }
 };
 
-TEST_F(AllocationTest, OfOlderRecordsIsTheirSizeAndStays)
+TEST_F(AllocationTest, OfOlderRecordsHasTheirSizeAndIsKept)
 {
     FullClass full;
     CurrentREALControlVersion = 9;
@@ -129,12 +130,12 @@ TEST_F(AllocationTest, OfOlderRecordsIsTheirSizeAndStays)
         expected.push_back(calloced(2 * array.olderWords * sizeof(Word))[0]);
     std::sort(sizes.begin(), sizes.end());
     std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(sizes, expected) << "nothing else is kept";
+    EXPECT_EQ(sizes, expected) << "no other allocation";
     for (const ArrayFact& array : arrayFacts)
         std::free(reinterpret_cast<void*>(wordsOf(full.definition)[array.address]));
 }
 
-TEST_F(AllocationTest, OfOlderRecordsMayFailArrayByArray)
+TEST_F(AllocationTest, OfOlderRecordsMayFailForEachArray)
 {
     for (int refused = 1; refused <= 6; ++refused) {
         SCOPED_TRACE(refused);
@@ -145,13 +146,13 @@ TEST_F(AllocationTest, OfOlderRecordsMayFailArrayByArray)
         watched::refuseCalloc(refused);
         MyREALRegisterClass(&full.definition);
         watched::refuseCalloc(0);
-        EXPECT_EQ(host.calls(), Notes{"PluginRegisterClass(Full)"}) << "registered with what there is";
+        EXPECT_EQ(host.calls(), Notes{"PluginRegisterClass(Full)"}) << "registered with the remaining arrays";
 
         const std::vector<Word> after = wordsOf(full.definition);
         int missing = 0;
         for (const ArrayFact& array : arrayFacts) {
             SCOPED_TRACE(array.name);
-            EXPECT_EQ(after[array.count], before[array.count]) << "the count stays";
+            EXPECT_EQ(after[array.count], before[array.count]) << "the count is unchanged";
             EXPECT_NE(after[array.address], before[array.address]);
             missing += after[array.address] == 0;
         }
@@ -160,35 +161,36 @@ TEST_F(AllocationTest, OfOlderRecordsMayFailArrayByArray)
         for (int event : {0, 1})
             EXPECT_EQ(full.events[event].systemUse,
                       copies ? reinterpret_cast<Word>(&copies[event]) : Word(event == 0 ? 11 : 22))
-                << "no copy, no way to it";
+                << "the address of the copy, or unchanged without one";
         for (const ArrayFact& array : arrayFacts) std::free(reinterpret_cast<void*>(after[array.address]));
     }
 }
 
-TEST_F(AllocationTest, OfOlderPropertiesIsNeverPast31Bits)
+TEST_F(AllocationTest, OfOlderPropertiesHasAtMost31Bits)
 {
     const Word most = 0x7FFFFFFF / sizeof(REALproperty9);
     // clang-format off
-    const struct { Word count; bool asks; } facts[] = {{most, true}, {most + 1, false}, {Word(-1), false}};
+    const struct { Word count; bool allocates; } facts[] = {{most, true}, {most + 1, false}, {Word(-1), false}};
     // clang-format on
     REALproperty record = {};
     for (const auto& fact : facts) {
         watched::refuseCalloc(1);
-        const Notes asked = memoryOf([&] { EXPECT_EQ(FixProperties(&record, fact.count), nullptr); });
-        EXPECT_EQ(asked, fact.asks ? calloced(fact.count * sizeof(REALproperty9)) : Notes{}) << fact.count;
+        const Notes calls = memoryOf([&] { EXPECT_EQ(FixProperties(&record, fact.count), nullptr); });
+        EXPECT_EQ(calls, fact.allocates ? calloced(fact.count * sizeof(REALproperty9)) : Notes{})
+            << fact.count;
     }
     watched::refuseCalloc(0);
 }
 
 // ---- exceptions ----
 
-TEST_F(AllocationTest, OfARangeMessageIs205BytesAndIsGivenBack)
+TEST_F(AllocationTest, OfARangeMessageIs205BytesAndIsFreed)
 {
     EXPECT_EQ(memoryOf([] { RaiseOutOfBoundsException(4, 0, 4, "index", ""); }), callocedAndFreed(205));
     EXPECT_EQ(host.raised().at(0).message, "Parameter index  is too big. Range is 0 to 3, but value is 4.");
 }
 
-TEST_F(AllocationTest, OfARangeMessageMayFailAndThereIsAShorterOne)
+TEST_F(AllocationTest, OfARangeMessageMayFailAndTheMessageIsShorter)
 {
     for (long long value : {-1, 4}) {
         enter(2016.0);
@@ -201,14 +203,14 @@ TEST_F(AllocationTest, OfARangeMessageMayFailAndThereIsAShorterOne)
     }
 }
 
-TEST_F(AllocationTest, OfAnExceptionIsTheHostsAlone)
+TEST_F(AllocationTest, OfAnExceptionIsNone)
 {
     EXPECT_EQ(memoryOf([] { RaiseException("RuntimeException", "message"); }), Notes{});
 }
 
 // ---- UTF-32 on an old host ----
 
-TEST_F(AllocationTest, OfUTF32BeginsAt800Bytes)
+TEST_F(AllocationTest, OfUTF32StartsAt800Bytes)
 {
     // clang-format off
     const struct { long long length; std::size_t heapBytes; const char* why; } facts[] = {
@@ -221,7 +223,7 @@ TEST_F(AllocationTest, OfUTF32BeginsAt800Bytes)
         {4000, 4002, "1000 points"},
     };
     // clang-format on
-    const std::vector<std::uint32_t> faces(1001, 0x1F600); // a pair each: the whole buffer is needed
+    const std::vector<std::uint32_t> faces(1001, 0x1F600); // a surrogate pair each: the whole buffer is used
     for (double version : {2011.5, 2012.99})
         for (const auto& fact : facts) {
             SCOPED_TRACE(testing::Message() << fact.length << ": " << fact.why);
@@ -236,7 +238,7 @@ TEST_F(AllocationTest, OfUTF32BeginsAt800Bytes)
         }
 }
 
-TEST_F(AllocationTest, OfUTF32IsTheHostsSince2013)
+TEST_F(AllocationTest, OfUTF32IsNoneFrom2013)
 {
     const std::vector<std::uint32_t> letters(1000, 0x61);
     enter(2013.0);
@@ -249,19 +251,19 @@ TEST_F(AllocationTest, OfUTF32MayFail)
 {
     const std::vector<std::uint32_t> letters(200, 0x61);
     // clang-format off
-    const struct { long long length; std::size_t asked; } facts[] = {{800, 802}, {0x7FFFFFFF, 2147483646}};
+    const struct { long long length; std::size_t bytes; } facts[] = {{800, 802}, {0x7FFFFFFF, 2147483646}};
     // clang-format on
     for (const auto& fact : facts) {
         enter(2012.0);
         watched::refuseCalloc(1);
         const Notes notes = memoryOf(
             [&] { EXPECT_EQ(REALBuildUnicodeString(letters.data(), fact.length, 0x0C000100), nullptr); });
-        EXPECT_EQ(notes, calloced(fact.asked));
-        EXPECT_EQ(host.notes(), Notes{}) << "nothing is asked of the host, and nothing raised";
+        EXPECT_EQ(notes, calloced(fact.bytes));
+        EXPECT_EQ(host.notes(), Notes{}) << "the host is not called, no exception";
     }
 }
 
-TEST_F(AllocationTest, OfUTF32IsGivenBackWhenTheHostFails)
+TEST_F(AllocationTest, OfUTF32IsFreedWhenTheHostThrows)
 {
     const std::vector<std::uint32_t> letters(200, 0x61);
     enter(2012.0);
@@ -271,7 +273,7 @@ TEST_F(AllocationTest, OfUTF32IsGivenBackWhenTheHostFails)
     EXPECT_EQ(host.raised().at(0).message, "Failed to allocate memory.");
 }
 
-TEST_F(AllocationTest, OfOtherTextIsTheHostsAlone)
+TEST_F(AllocationTest, OfOtherTextIsNone)
 {
     const std::string letters(5000, 'a');
     for (unsigned long encoding : {0x0000ul, 0x0100ul, 0x0600ul, 0x08000100ul}) {
@@ -283,7 +285,7 @@ TEST_F(AllocationTest, OfOtherTextIsTheHostsAlone)
 
 // ---- the private copy of a text ----
 
-TEST_F(AllocationTest, OfAPrivateCopyIsFourBytesMoreAndEndsWithTheText)
+TEST_F(AllocationTest, OfAPrivateCopyIsFourBytesLongerAndFreedWithTheText)
 {
     host.behindText = "#";
     for (double version : {2011.5, 2012.0, 2016.0}) {
@@ -300,7 +302,7 @@ TEST_F(AllocationTest, OfAPrivateCopyIsFourBytesMoreAndEndsWithTheText)
     }
 }
 
-TEST_F(AllocationTest, OfNoCopyWhereTheTextIsTerminatedOrRaw)
+TEST_F(AllocationTest, OfATerminatedOrRawTextIsNone)
 {
     for (std::uint32_t encoding : {encodingUTF8, encodingMacRoman, encodingUnknown})
         for (double version : {2011.5, 2012.0, 2016.0}) {
@@ -331,8 +333,8 @@ TEST_F(AllocationTest, OfAPrivateCopyMayFail)
             EXPECT_EQ(std::string(view, 4), std::string(4, '\0')) << "the empty view";
             EXPECT_EQ(text.lengthUTF8(), 0);
             EXPECT_FALSE(text.isEmptyText()) << "the conversion did not fail";
-            EXPECT_EQ(text.GetUTF8(), view) << "computed once, even so";
-            EXPECT_STREQ(text.ConvertMacRoman(), "abc") << "the other view has memory again";
+            EXPECT_EQ(text.GetUTF8(), view) << "computed once";
+            EXPECT_STREQ(text.ConvertMacRoman(), "abc") << "the other view has memory";
         }
         EXPECT_EQ(host.live(), Notes{"s1: 1"});
         host.drop(string);

@@ -16,7 +16,7 @@ namespace background_spy {
 
 namespace {
 
-/// It spins: a lock of the C library would be one of those that are watched.
+/// A spin lock: a mutex of the C library would be recorded.
 class Guard {
 public:
     Guard()
@@ -39,9 +39,9 @@ std::size_t yields, upTimes, waits;
 std::atomic<bool> mayEnd{false}, hasEnded{false};
 constexpr UInt32 now = 7;
 
-/// Whose calls are noted. What the system itself, or a sanitizer, does to start a thread is not.
-enum class Side { nobody, here, there };
-thread_local Side side = Side::nobody;
+/// Whose calls are recorded. Calls of the system or a sanitizer while it starts a thread are not.
+enum class Side { ignored, here, there };
+thread_local Side side = Side::ignored;
 
 class As {
 public:
@@ -54,10 +54,10 @@ private:
     Side before_;
 };
 
-/// Note a call; whether it is to be refused.
+/// Record a call; returns whether it must fail.
 bool refused(const char* text, Refusal kind = Refusal::none)
 {
-    if (side == Side::nobody) return false;
+    if (side == Side::ignored) return false;
     const bool isRefused = kind != Refusal::none && kind == script.refusal;
     note(std::string(text) + (isRefused ? " refused" : ""));
     return isRefused;
@@ -93,9 +93,9 @@ void* run(void* memory)
 
 } // namespace
 
-void begin(const Script& wanted)
+void begin(const Script& newScript)
 {
-    script = wanted;
+    script = newScript;
     seen = {};
     yields = upTimes = waits = 0;
     mayEnd = hasEnded = false;
@@ -104,7 +104,7 @@ void begin(const Script& wanted)
 
 Seen end()
 {
-    side = Side::nobody;
+    side = Side::ignored;
     const Guard guard;
     return seen;
 }
@@ -123,18 +123,18 @@ static void yield()
     if (++yields == script.throwingYield) throw 1;
 }
 
-void* hostThatYields(const char* service)
+void* hostWithYield(const char* service)
 {
     return std::strcmp(service, "REALYieldToRB") == 0 ? reinterpret_cast<void*>(&yield) : nullptr;
 }
 
-void* hostThatDoesNot(const char*) { return nullptr; }
+void* hostWithoutServices(const char*) { return nullptr; }
 
 } // namespace background_spy
 
 using namespace background_spy;
 
-// ---- the C library: the linker's names, as c_library_spy.cpp has them ----
+// ---- the C library, wrapped by the linker ----
 
 extern "C" {
 
@@ -207,9 +207,9 @@ int __wrap_pthread_attr_destroy(pthread_attr_t* attributes)
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
                           void* argument)
 {
-    if (side == Side::nobody) return __real_pthread_create(thread, attributes, function, argument);
+    if (side == Side::ignored) return __real_pthread_create(thread, attributes, function, argument);
     if (refused(attributes ? "create" : "create without attributes", Refusal::create)) return EAGAIN;
-    const As nobody(Side::nobody);
+    const As ignored(Side::ignored);
     const int status = __real_pthread_create(thread, attributes, run, new Worker{function, argument});
     started();
     return status;
@@ -218,14 +218,14 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
 int __wrap_pthread_join(pthread_t thread, void** result)
 {
     refused("join");
-    const As nobody(Side::nobody);
+    const As ignored(Side::ignored);
     return __real_pthread_join(thread, result);
 }
 
 int __wrap_pthread_detach(pthread_t thread)
 {
     refused("detach");
-    return support::hasThreadSanitizer ? 0 : __real_pthread_detach(thread); // that one ends the program here
+    return support::hasThreadSanitizer ? 0 : __real_pthread_detach(thread); // it ends the program here
 }
 
 } // extern "C"
@@ -272,7 +272,7 @@ void dispatch_async(dispatch_queue_t queue, dispatch_block_t block)
     if (refused("async", Refusal::async)) throw 1;
     using Function = void (*)(dispatch_queue_t, dispatch_block_t);
     const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "dispatch_async"));
-    const As nobody(Side::nobody);
+    const As ignored(Side::ignored);
     real(queue, ^{
       {
           const As worked(Side::there);

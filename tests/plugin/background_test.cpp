@@ -1,5 +1,5 @@
-// Blocking work on another thread, call by call, on both paths: this file makes two programs, one with the
-// system's queue, and one that is linked so that the queue is missing, as on an older system.
+// Background work, call by call, on both paths. This file is linked into two programs: one with the system's
+// queue, one without it, as on an older system.
 #include "plugin/background.h"
 
 #include "plugin/process_state.h"
@@ -23,7 +23,7 @@ bool hasQueue() { return dispatch_async != nullptr; }
 
 const int theData = 0;
 
-void work(const void* data) { background_spy::note(data == &theData ? "work" : "work on something else"); }
+void work(const void* data) { background_spy::note(data == &theData ? "work" : "work with other data"); }
 
 void slowWork(const void* data)
 {
@@ -31,11 +31,11 @@ void slowWork(const void* data)
     work(data);
 }
 
-std::size_t idles, throwingIdle; // counted from 1; that one throws
+std::size_t idles, throwingIdle; // the number of the idle call that throws; the first is 1
 
 void idle(const void* data)
 {
-    background_spy::note(data == &theData ? "idle" : "idle with something else");
+    background_spy::note(data == &theData ? "idle" : "idle with other data");
     if (++idles == throwingIdle) throw 1;
 }
 
@@ -45,7 +45,7 @@ Notes& operator+=(Notes& notes, const Notes& more)
     return notes;
 }
 
-/// How one call differs from another.
+/// The variants of a call.
 struct Call {
     Script script;
     bool isSlow = false, isNull = false, hasIdle = true, hasYield = true;
@@ -54,7 +54,7 @@ struct Call {
 
 Seen run(const Call& call)
 {
-    gResolver = call.hasYield ? background_spy::hostThatYields : background_spy::hostThatDoesNot;
+    gResolver = call.hasYield ? background_spy::hostWithYield : background_spy::hostWithoutServices;
     forgetServices();
     idles = 0;
     throwingIdle = call.throwingIdle;
@@ -69,8 +69,8 @@ Seen run(const Call& call)
     return seen;
 }
 
-/// What is there to be seen on the calling thread when a worker has been had.
-Notes expectedHere(const Call& call)
+/// The expected calls on the calling thread if a worker was started.
+Notes expectedOnCaller(const Call& call)
 {
     const bool hasMutex = call.script.refusal != Refusal::calloc && call.script.refusal != Refusal::mutexInit;
     const Notes yield = call.hasYield ? Notes{"yield"} : Notes{};
@@ -99,7 +99,7 @@ Notes expectedHere(const Call& call)
     return notes;
 }
 
-Notes expectedThere(const Call& call)
+Notes expectedOnWorker(const Call& call)
 {
     const bool hasMutex = call.script.refusal != Refusal::calloc && call.script.refusal != Refusal::mutexInit;
     Notes notes = call.isNull ? Notes{} : Notes{"work"};
@@ -119,7 +119,7 @@ TEST(Background, YieldsWaitsAndIdlesUntilTheWorkIsDone)
         bool isSlow, isNull;
     } facts[] = {
         {"done before the first check", atOnce, false, false},
-        {"nothing to do", atOnce, false, true},
+        {"no work function", atOnce, false, true},
         {"done in one step", oneStep, true, false},
         {"done in three steps", threeSteps, true, false},
     };
@@ -128,17 +128,17 @@ TEST(Background, YieldsWaitsAndIdlesUntilTheWorkIsDone)
             for (const bool hasYield : {true, false})
                 for (const Refusal refusal : {Refusal::none, Refusal::calloc, Refusal::mutexInit}) {
                     SCOPED_TRACE(std::string(fact.why) + (hasIdle ? "" : ", no idle function") +
-                                 (hasYield ? "" : ", no service to yield with") +
+                                 (hasYield ? "" : ", no yield service") +
                                  (refusal == Refusal::none ? "" : ", no mutex"));
                     Call call{fact.script, fact.isSlow, fact.isNull, hasIdle, hasYield};
                     call.script.refusal = refusal;
                     const Seen seen = run(call);
-                    EXPECT_EQ(seen.here, expectedHere(call));
-                    EXPECT_EQ(seen.there, expectedThere(call));
+                    EXPECT_EQ(seen.here, expectedOnCaller(call));
+                    EXPECT_EQ(seen.there, expectedOnWorker(call));
                 }
 }
 
-TEST(Background, IsThisOnTheCallingThread)
+TEST(Background, MakesTheseCallsOnTheCallingThread)
 {
     Call call;
     call.isSlow = true;
@@ -156,17 +156,22 @@ TEST(Background, IsThisOnTheCallingThread)
     EXPECT_EQ(run(call).here, expected);
 }
 
-TEST(Background, WaitsForTheWorkerWhateverIsThrown)
+TEST(Background, WaitsForTheWorkerAfterAnyException)
 {
     const struct {
         const char* why;
         std::size_t yield, upTime, wait, idle = 0;
     } facts[] = {
-        {"the first yield", 1, 0, 0},  {"one within the loop", 2, 0, 0},
-        {"the next", 3, 0, 0},         {"the last yield", 5, 0, 0},
-        {"a clock", 0, 1, 0},          {"the last wait", 0, 0, 3},
-        {"any of the waits", 0, 0, 2}, {"the first idling", 0, 0, 0, 1},
-        {"one of them", 0, 0, 0, 3},   {"the last idling", 0, 0, 0, 4},
+        {"the first yield", 1, 0, 0},
+        {"a yield in the loop", 2, 0, 0},
+        {"the next yield in the loop", 3, 0, 0},
+        {"the last yield", 5, 0, 0},
+        {"the clock", 0, 1, 0},
+        {"the last wait", 0, 0, 3},
+        {"another wait", 0, 0, 2},
+        {"the first idle call", 0, 0, 0, 1},
+        {"a later idle call", 0, 0, 0, 3},
+        {"the last idle call", 0, 0, 0, 4},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -178,32 +183,32 @@ TEST(Background, WaitsForTheWorkerWhateverIsThrown)
         call.script.throwingWait = fact.wait;
         call.throwingIdle = fact.idle;
         const Seen seen = run(call);
-        EXPECT_EQ(seen.there, expectedThere(call));
+        EXPECT_EQ(seen.there, expectedOnWorker(call));
         if (fact.upTime == 0) {
-            EXPECT_EQ(seen.here, expectedHere(call));
+            EXPECT_EQ(seen.here, expectedOnCaller(call));
             continue;
         }
-        // A step whose clock throws has no wait; there is one step more.
+        // A step without a wait, because the clock throws, is followed by one more step.
         Call longer = call;
         ++longer.script.waits;
-        EXPECT_EQ(seen.here, expectedHere(longer));
+        EXPECT_EQ(seen.here, expectedOnCaller(longer));
     }
 }
 
-TEST(Background, WorksRightHereWithoutAnotherThread)
+TEST(Background, WorksOnTheCallingThreadWithoutAWorker)
 {
     const struct {
         const char* why;
         Refusal refusal;
         bool ofQueue;
-        Notes asked;
+        Notes calls;
     } facts[] = {
         {"no attributes", Refusal::attrInit, false, {"attr init refused"}},
         {"no thread",
          Refusal::create,
          false,
          {"attr init", "stack 2097152", "create refused", "attr destroy"}},
-        {"no place in the queue", Refusal::async, true, {"queue 0 0", "async refused"}},
+        {"the queue refuses the block", Refusal::async, true, {"queue 0 0", "async refused"}},
     };
     for (const auto& fact : facts) {
         if (fact.ofQueue != hasQueue()) continue;
@@ -214,22 +219,22 @@ TEST(Background, WorksRightHereWithoutAnotherThread)
             call.isNull = isNull;
             const Seen seen = run(call);
             Notes expected = {"calloc of a mutex", "mutex init"};
-            expected += fact.asked;
+            expected += fact.calls;
             expected += {"mutex destroy", "free"};
             if (!isNull) expected += {"work"};
-            EXPECT_EQ(seen.here, expected) << "nothing yields, nothing idles";
+            EXPECT_EQ(seen.here, expected) << "no yield and no idle call";
             EXPECT_EQ(seen.there, Notes());
         }
     }
 }
 
-// ---- without a watch ----
+// ---- without the spy ----
 
 std::atomic<int> runs{0};
 
 void countARun(const void*) { ++runs; }
 
-void* hostThatRunsMore(const char*)
+void* hostThatStartsMoreWork(const char*)
 {
     using Yield = void (*)();
     const Yield yield = [] {
@@ -244,29 +249,29 @@ void* hostThatRunsMore(const char*)
 
 TEST(Background, SharesNothingBetweenCalls)
 {
-    gResolver = hostThatRunsMore;
+    gResolver = hostThatStartsMoreWork;
     forgetServices();
     RunThreadedBlocks(nullptr, countARun, nullptr);
-    EXPECT_GE(runs, 3) << "one, and one in each of the host's yields";
+    EXPECT_GE(runs, 3) << "the first call, and one per yield";
     gResolver = nullptr;
 }
 
-TEST(Background, HasDoneItsWorkWhenItReturns)
+TEST(Background, ReturnsAfterTheWorkHasFinished)
 {
-    gResolver = background_spy::hostThatDoesNot;
+    gResolver = background_spy::hostWithoutServices;
     forgetServices();
     struct Work {
         std::thread::id thread;
-        int plain = 0; // no lock, no atomic: the thread sanitizer looks on
+        int plain = 0; // neither locked nor atomic, for the thread sanitizer
     };
     for (int i = 0; i < 100; ++i) {
         Work job;
         RunThreadedBlocks(
             &job,
             [](const void* data) {
-                Work& its = *static_cast<Work*>(const_cast<void*>(data));
-                its.thread = std::this_thread::get_id();
-                ++its.plain;
+                Work& shared = *static_cast<Work*>(const_cast<void*>(data));
+                shared.thread = std::this_thread::get_id();
+                ++shared.plain;
             },
             nullptr);
         EXPECT_EQ(job.plain, 1);

@@ -1,12 +1,11 @@
-// The five class definitions as the library was loaded, to be had again after a registration has written into
-// them.
+// The initial state of the five class definitions, restored after a registration has written into them.
 #pragma once
 
 #include "abi/class_definition.h"
 
 #include <vector>
 
-/// The definitions that are static in the library, in the order in which they are registered.
+/// One class definition of the library. The list is in registration order.
 struct ClassFact {
     REALclassDefinition* definition;
     const char* name;
@@ -15,18 +14,18 @@ struct ClassFact {
 };
 const std::vector<ClassFact>& classFacts();
 
-/// A definition as words.
+/// The words of a definition.
 std::vector<Word> wordsOf(const REALclassDefinition& definition);
 
-/// `count` words at an address, which may be null for none.
+/// `count` words at an address; none at null.
 std::vector<Word> wordsAt(const void* first, std::size_t count);
 
-/// The definition as it was before main, and the records of its array number `array` of the table below.
+/// The initial words of a definition, and the initial records of an array (an index into arrayFacts).
 std::vector<Word> freshWordsOf(const REALclassDefinition& definition);
 std::vector<Word> freshRecordsOf(const REALclassDefinition& definition, std::size_t array);
 
-/// An array of a definition: the words in which its address and count stand (counted from 0), and the size of
-/// one record, in words, in the newest layout and in layout 9.
+/// An array of a definition: the indexes of the words with its address and its count, and the words per
+/// record in the newest layout and in layout 9.
 struct ArrayFact {
     const char* name;
     std::size_t address, count;
@@ -44,5 +43,5 @@ constexpr ArrayFact arrayFacts[] = {
     // clang-format on
 };
 
-/// Free what a registration for layout 9 has allocated, and make all five definitions fresh again.
+/// Restore all five definitions and free the copies of a registration for layout 9.
 void makeClassesFresh();

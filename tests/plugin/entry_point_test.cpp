@@ -1,4 +1,4 @@
-// What happens when the host loads the library.
+// REALPluginMain: the calls to the host, the chosen layout and the registered classes.
 #include "abi/entry_point.h"
 #include "plugin/classes.h"
 #include "tests/plugin/class_states.h"
@@ -20,7 +20,7 @@ protected:
     EntryPointTest() { asLoaded(); }
     ~EntryPointTest() override { asLoaded(); }
 
-    /// The library's state as the system has just loaded it.
+    /// Restore the library's initial state.
     void asLoaded()
     {
         makeClassesFresh();
@@ -47,7 +47,7 @@ Notes operator+(Notes left, const Notes& right)
     return left;
 }
 
-TEST_F(EntryPointTest, TakesItsStepsInOrder)
+TEST_F(EntryPointTest, CallsTheHostInOrder)
 {
     load();
     EXPECT_EQ(host.notes(), (Notes{"? REALGetRBVersion", "REALGetRBVersion()", "? RegisterPluginVersion",
@@ -57,7 +57,7 @@ TEST_F(EntryPointTest, TakesItsStepsInOrder)
     EXPECT_EQ(gResolver, &fake::Host::resolve);
 }
 
-TEST_F(EntryPointTest, HasEverythingReadyBeforeTheFirstClassIsRegistered)
+TEST_F(EntryPointTest, StoresAllStateBeforeTheFirstRegistration)
 {
     bool ran = false;
     host.version = 2013.03;
@@ -71,14 +71,14 @@ TEST_F(EntryPointTest, HasEverythingReadyBeforeTheFirstClassIsRegistered)
     EXPECT_TRUE(ran);
 }
 
-TEST_F(EntryPointTest, ChoosesTheLayoutByTheHostsVersion)
+TEST_F(EntryPointTest, ChoosesTheLayoutFromTheHostsVersion)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     // clang-format off
     const struct { double version; int layout; const char* why; } facts[] = {
-        {infinity,                         13, "later than anything"},
+        {infinity,                         13, "above all versions"},
         {2016.0,                           13, "a newer host"},
-        {2013.041,                         13, "just above"},
+        {2013.041,                         13, "just above the next"},
         {2013.04,                          13, "the first that reads layout 13"},
         {std::nextafter(2013.04, 0),       12, "the number below it"},
         {2013.03,                          12, "the first that reads layout 12"},
@@ -93,9 +93,9 @@ TEST_F(EntryPointTest, ChoosesTheLayoutByTheHostsVersion)
         {2010.5,                            9, "an old host"},
         {0.0,                               9, "no version"},
         {-0.0,                              9, "no version"},
-        {-1.0,                              9, "nonsense"},
-        {-infinity,                         9, "nonsense"},
-        {std::nan(""),                      9, "not a number: it compares with nothing"},
+        {-1.0,                              9, "not a version"},
+        {-infinity,                         9, "not a version"},
+        {std::nan(""),                      9, "NaN compares false with every number"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -116,7 +116,7 @@ TEST_F(EntryPointTest, ChoosesTheLayoutByTheHostsVersion)
     }
 }
 
-TEST_F(EntryPointTest, TakesAHostWithoutAVersionForTheOldest)
+TEST_F(EntryPointTest, UsesTheOldestLayoutForAHostWithoutAVersion)
 {
     host.withhold("REALGetRBVersion");
     load();
@@ -143,19 +143,20 @@ TEST_F(EntryPointDeathTest, NeedsRegisterPluginVersion)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     host.withhold("RegisterPluginVersion");
-    host.inNext("REALinRuntime", [] { std::exit(0); }); // got further, and no death
+    host.inNext("REALinRuntime",
+                [] { std::exit(0); }); // reached only if the call above did not end the program
     EXPECT_EXIT(load(), support::endedByNullCall, support::nullCallText);
     EXPECT_EQ(host.registrations().size(), 0u);
 }
 
-TEST_F(EntryPointTest, OffersTheSoundComponentInABuiltProgramOnly)
+TEST_F(EntryPointTest, SetsTheComponentEntryInABuiltProgramOnly)
 {
     enum class Answer { yes, no, missing };
     // clang-format off
     const struct { Answer answer; bool offers; const char* why; } facts[] = {
         {Answer::yes,     true,  "a built program"},
         {Answer::no,      false, "the development environment"},
-        {Answer::missing, false, "a missing service counts as a no"},
+        {Answer::missing, false, "a missing service returns false"},
     };
     // clang-format on
     ASSERT_NE(soundStreamDispatcher, nullptr);
@@ -170,23 +171,23 @@ TEST_F(EntryPointTest, OffersTheSoundComponentInABuiltProgramOnly)
     }
 }
 
-TEST_F(EntryPointTest, RegistersNothingWithAHostThatRegistersNoClasses)
+TEST_F(EntryPointTest, PreparesTheClassesForAHostWithoutTheRegistrationService)
 {
     for (double version : {2011.5, 2016.0}) {
         asLoaded();
         host.version = version;
         host.withhold("PluginRegisterClass");
         load();
-        const Notes asked = host.lookUps();
-        EXPECT_EQ(std::count(asked.begin(), asked.end(), "PluginRegisterClass"), 5) << "once for each class";
-        EXPECT_EQ(host.calls().size(), 3u) << "and no message";
+        const Notes lookUps = host.lookUps();
+        EXPECT_EQ(std::count(lookUps.begin(), lookUps.end(), "PluginRegisterClass"), 5) << "once per class";
+        EXPECT_EQ(host.calls().size(), 3u) << "no message";
         for (const ClassFact& fact : classFacts()) EXPECT_EQ(fact.definition->dataSize, fact.roundedSize);
     }
 }
 
 // ---- the five classes ----
 
-TEST_F(EntryPointTest, TheClassesAreBuiltInTheNewestLayoutWithoutSuperclasses)
+TEST_F(EntryPointTest, TheClassesHaveTheNewestLayoutAndNoSuperclass)
 {
     for (const ClassFact& fact : classFacts()) {
         SCOPED_TRACE(fact.name);
@@ -211,7 +212,7 @@ TEST_F(EntryPointTest, TheClassesAreBuiltInTheNewestLayoutWithoutSuperclasses)
     EXPECT_NE(coreAudioPlayerClass.destructor, nullptr);
 }
 
-TEST_F(EntryPointTest, NewerHostsGetTheDefinitionsUnchangedButForRoundedSizes)
+TEST_F(EntryPointTest, NewerHostsReceiveTheDefinitionsWithRoundedSizes)
 {
     // clang-format off
     const struct { double version; Word layout; } facts[] = {{2016.0, 13}, {2013.04, 13}, {2013.03, 12}, {2013.02, 11}, {2012.99, 10}};
@@ -239,7 +240,7 @@ TEST_F(EntryPointTest, NewerHostsGetTheDefinitionsUnchangedButForRoundedSizes)
     }
 }
 
-TEST_F(EntryPointTest, TheOldestHostsGetShorterRecords)
+TEST_F(EntryPointTest, TheOldestHostsReceiveShorterRecords)
 {
     host.version = 2011.5;
     load();
@@ -259,17 +260,17 @@ TEST_F(EntryPointTest, TheOldestHostsGetShorterRecords)
             for (std::size_t at = 0; at < current.size(); ++at)
                 if (at % array.currentWords < array.olderWords) older.push_back(current[at]);
             const auto* copy = reinterpret_cast<const Word*>(words[array.address]);
-            EXPECT_EQ(wordsAt(copy, older.size()), older) << "no array for no records";
+            EXPECT_EQ(wordsAt(copy, older.size()), older) << "the copy, or null without records";
             EXPECT_EQ(copy != nullptr, rest[array.count] != 0);
             if (array.isEvents) {
                 const auto* events = reinterpret_cast<const REALevent*>(rest[array.address]);
                 for (Word event = 0; event < rest[array.count]; ++event)
                     EXPECT_EQ(events[event].systemUse, reinterpret_cast<Word>(copy + 2 * event))
-                        << "leads to the copy, whose word the host fills";
+                        << "the address of the copy, into which the host writes the key";
             }
             rest[array.address] = words[array.address];
         }
-        EXPECT_EQ(words, rest) << "all but the arrays, the layout and the size";
+        EXPECT_EQ(words, rest) << "only the arrays, the layout and the size differ";
     }
     EXPECT_EQ(coreAudioListenerClass.eventCount, 1u) << "its single event";
 }

@@ -1,4 +1,4 @@
-// Host exceptions: what is asked of the host, in which order, and what the host program reads.
+// Host exceptions: the calls to the host, in order, and the exception that the host program receives.
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
@@ -12,7 +12,7 @@ namespace {
 
 class ExceptionsTest : public HostTest {};
 
-/// All that one exception with a message asks of the host.
+/// The calls to the host for one exception with a message.
 const Notes wholeCall = {
     "REALBuildString(\"Memoryblock is nil\", 18) = s1",
     "REALSetStringEncoding(s1, 0x600)",
@@ -34,7 +34,7 @@ Notes without(Notes notes, std::initializer_list<std::size_t> indexes)
 
 void raiseNil() { RaiseException("NilObjectException", "Memoryblock is nil"); }
 
-TEST_F(ExceptionsTest, TakeTheirStepsInOrderOnEveryHost)
+TEST_F(ExceptionsTest, CallTheHostInOrderOnEveryVersion)
 {
     for (double version : {0.0, 2011.5, 2012.0, 2013.0, 2015.03, 2016.0}) {
         SCOPED_TRACE(version);
@@ -51,14 +51,14 @@ TEST_F(ExceptionsTest, TakeTheirStepsInOrderOnEveryHost)
     }
 }
 
-TEST_F(ExceptionsTest, CarryTheNumberZeroWhateverIsGiven)
+TEST_F(ExceptionsTest, HaveTheNumberZeroForAnyArgument)
 {
     RaiseException("RuntimeException", "x", 77, 88);
     ASSERT_EQ(host.raised().size(), 1u);
     EXPECT_EQ(host.raised()[0].number, 0);
 }
 
-TEST_F(ExceptionsTest, OfAClassThatTheHostDoesNotKnowAreRuntimeExceptions)
+TEST_F(ExceptionsTest, OfAnUnknownClassAreRuntimeExceptions)
 {
     RaiseException("NoSuchException", "Memoryblock is nil");
     Notes calls = wholeCall;
@@ -67,10 +67,10 @@ TEST_F(ExceptionsTest, OfAClassThatTheHostDoesNotKnowAreRuntimeExceptions)
     EXPECT_EQ(host.calls(), calls);
     ASSERT_EQ(host.raised().size(), 1u);
     EXPECT_EQ(host.raised()[0].className, "RuntimeException");
-    EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil") << "with the intended message";
+    EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil") << "the same message";
 }
 
-TEST_F(ExceptionsTest, AreDroppedWhenThereIsNoClassAtAll)
+TEST_F(ExceptionsTest, AreNotRaisedWithoutAnyClass)
 {
     host.classes.clear();
     raiseNil();
@@ -78,7 +78,7 @@ TEST_F(ExceptionsTest, AreDroppedWhenThereIsNoClassAtAll)
                                    "PluginNewInstance(RuntimeException) = null", "REALUnlockString(s1)"}));
 }
 
-TEST_F(ExceptionsTest, WithoutAMessageHaveANullOne)
+TEST_F(ExceptionsTest, WithoutAMessageSetANullMessage)
 {
     RaiseException("NilObjectException", nullptr);
     EXPECT_EQ(host.calls(), (Notes{"PluginNewInstance(NilObjectException) = o1",
@@ -89,11 +89,11 @@ TEST_F(ExceptionsTest, WithoutAMessageHaveANullOne)
     EXPECT_FALSE(host.raised()[0].message.has_value());
 }
 
-TEST_F(ExceptionsTest, WithAnEmptyMessageHaveANullOne)
+TEST_F(ExceptionsTest, WithAnEmptyMessageSetANullMessage)
 {
     RaiseException("NilObjectException", "");
     EXPECT_EQ(host.calls()[1], "REALSetPropValueString(o1, Message, null)")
-        << "no string is made of no bytes";
+        << "no string is built from 0 bytes";
     EXPECT_EQ(host.raised().size(), 1u);
 }
 
@@ -103,13 +103,13 @@ TEST_F(ExceptionsTest, SkipTheStepOfAMissingService)
                             wholeCall[5], wholeCall[6]};
     // clang-format off
     const struct { const char* missing; Notes calls; bool raises; Notes left; const char* why; } facts[] = {
-        {"REALBuildString",         withNull,                       true,  {},        "no text, but an exception"},
-        {"REALSetStringEncoding",   without(wholeCall, {1}),        true,  {},        "text of no known encoding"},
-        {"PluginNewInstance",       {wholeCall[0], wholeCall[1], wholeCall[7]}, false, {}, "nothing can be raised"},
+        {"REALBuildString",         withNull,                       true,  {},        "an exception without a message"},
+        {"REALSetStringEncoding",   without(wholeCall, {1}),        true,  {},        "a message in an unknown encoding"},
+        {"PluginNewInstance",       {wholeCall[0], wholeCall[1], wholeCall[7]}, false, {}, "no exception can be raised"},
         {"REALSetPropValueString",  without(wholeCall, {3}),        true,  {},        "no message"},
-        {"RuntimeRaiseException",   without(wholeCall, {5}),        false, {},        "made, released, not raised"},
-        {"REALUnlockObject",        without(wholeCall, {6}),        true,  {"o1: 1", "s1: 1"}, "nothing can be done about it"},
-        {"REALUnlockString",        without(wholeCall, {7}),        true,  {"s1: 1"}, "likewise"},
+        {"RuntimeRaiseException",   without(wholeCall, {5}),        false, {},        "created and released, not raised"},
+        {"REALUnlockObject",        without(wholeCall, {6}),        true,  {"o1: 1", "s1: 1"}, "object and string leak"},
+        {"REALUnlockString",        without(wholeCall, {7}),        true,  {"s1: 1"}, "the string leaks"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -127,7 +127,7 @@ TEST_F(ExceptionsTest, SkipTheStepOfAMissingService)
     }
 }
 
-TEST_F(ExceptionsTest, SetTheNumberUnderItsLaterName)
+TEST_F(ExceptionsTest, SetTheNumberWithTheServicesSecondName)
 {
     withhold("REALSetPropValueInteger");
     raiseNil();
@@ -154,7 +154,7 @@ TEST_F(ExceptionsTest, SkipTheStepOfAServiceThatFails)
     enter(2016.0);
     host.failNext("PluginNewInstance");
     raiseNil();
-    EXPECT_EQ(host.raised().at(0).className, "RuntimeException") << "null is answered for the class";
+    EXPECT_EQ(host.raised().at(0).className, "RuntimeException") << "the first class cannot be created";
 
     enter(2016.0);
     host.failNext("PluginNewInstance", 2);
@@ -162,7 +162,7 @@ TEST_F(ExceptionsTest, SkipTheStepOfAServiceThatFails)
     EXPECT_TRUE(host.raised().empty());
 }
 
-TEST_F(ExceptionsTest, LookEachServiceUpOnce)
+TEST_F(ExceptionsTest, LookUpEachServiceOnce)
 {
     const Notes names = {"REALBuildString",        "REALSetStringEncoding",   "PluginNewInstance",
                          "REALSetPropValueString", "REALSetPropValueInteger", "RuntimeRaiseException",
@@ -183,8 +183,8 @@ TEST_F(ExceptionsTest, DoNothingWithoutAHost)
 
 // ---- an index out of bounds ----
 
-// The message is made by a routine that raises what goes wrong inside it, which would make a message in turn.
-TEST_F(ExceptionsTest, OfAHostThatNeverBuildsAStringHaveANullMessage)
+// A host exception about the failed message would need a message again: the recursion ends after one level.
+TEST_F(ExceptionsTest, OfAHostThatCannotBuildStringsHaveANullMessage)
 {
     int builds = 0;
     std::function<void()> throwAlways = [&] {
@@ -199,7 +199,7 @@ TEST_F(ExceptionsTest, OfAHostThatNeverBuildsAStringHaveANullMessage)
         host.inNext("REALBuildString", throwAlways);
         RaiseException("NilObjectException", "Memoryblock is nil");
         EXPECT_EQ(builds, 1);
-        ASSERT_EQ(host.raised().size(), 2u) << "what went wrong on the way, then what was meant";
+        ASSERT_EQ(host.raised().size(), 2u) << "the failed message, then the exception itself";
         EXPECT_EQ(host.raised()[0].className, "RuntimeException");
         EXPECT_EQ(host.raised()[0].message, std::nullopt);
         EXPECT_EQ(host.raised()[1].className, "NilObjectException");
@@ -207,7 +207,7 @@ TEST_F(ExceptionsTest, OfAHostThatNeverBuildsAStringHaveANullMessage)
         EXPECT_EQ(host.raised()[1].number, 0);
         EXPECT_EQ(host.live(), Notes{});
 
-        // By way of a string that is asked for: once, too.
+        // The same when a string is requested: the recursion ends after one message.
         host.startOver();
         EXPECT_EQ(REALBuildUnicodeString("abc", 3, encodingUTF8), nullptr);
         EXPECT_EQ(builds, 3) << "the string itself, and the message about it";
@@ -215,7 +215,7 @@ TEST_F(ExceptionsTest, OfAHostThatNeverBuildsAStringHaveANullMessage)
         EXPECT_EQ(host.raised()[1].className, "RuntimeException");
         EXPECT_EQ(host.raised()[1].message, std::nullopt);
 
-        // A host that has recovered gets its messages again.
+        // After the host has recovered, exceptions have messages again.
         host.inNext("REALBuildString", [] {});
         host.startOver();
         RaiseException("NilObjectException", "Memoryblock is nil");
@@ -224,8 +224,8 @@ TEST_F(ExceptionsTest, OfAHostThatNeverBuildsAStringHaveANullMessage)
     }
 }
 
-// Nothing of that is remembered when the way out is an exception.
-TEST_F(ExceptionsTest, HaveTheirMessagesAgainAfterAHostThrewInBetween)
+// The recursion guard is reset also when an exception leaves the function.
+TEST_F(ExceptionsTest, HaveMessagesAgainAfterTheHostThrew)
 {
     host.inNext("REALBuildString", [] { throw std::runtime_error("no strings"); });
     host.inNext("PluginNewInstance", [] { throw std::logic_error("no objects either"); });
@@ -237,16 +237,16 @@ TEST_F(ExceptionsTest, HaveTheirMessagesAgainAfterAHostThrewInBetween)
     EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil");
 }
 
-TEST_F(ExceptionsTest, OfRangeNameTheRangeAndTheValue)
+TEST_F(ExceptionsTest, OutOfBoundsNameTheRangeAndTheValue)
 {
     // clang-format off
     const struct { long long value, count; const char* message; const char* why; } facts[] = {
         {-1,        4,         "Parameter index  is too small. Range is 0 to 3, but value is -1.", "below"},
         { 4,        4,         "Parameter index  is too big. Range is 0 to 3, but value is 4.", "above"},
-        {10,        10,        "Parameter index  is too big. Range is 0 to 9, but value is 10.", "two spaces behind the name"},
+        {10,        10,        "Parameter index  is too big. Range is 0 to 9, but value is 10.", "two spaces after the name"},
         { 0,        0,         "Parameter index  is too big. Range is 0 to -1, but value is 0.", "an empty array"},
         {-1,        0,         "Parameter index  is too small. Range is 0 to -1, but value is -1.", "an empty array"},
-        { 0,        1,         "Parameter index  is too big. Range is 0 to 0, but value is 0.", "the caller says that it is outside"},
+        { 0,        1,         "Parameter index  is too big. Range is 0 to 0, but value is 0.", "the value is not compared with the range"},
         {LLONG_MAX, LLONG_MAX, "Parameter index  is too big. Range is 0 to 9223372036854775806, but value is 9223372036854775807.", "64 bits"},
         {LLONG_MIN, LLONG_MAX, "Parameter index  is too small. Range is 0 to 9223372036854775806, but value is -9223372036854775808.", "64 bits"},
         {4294967296, 4294967296, "Parameter index  is too big. Range is 0 to 4294967295, but value is 4294967296.", "past 32 bits"},
@@ -263,29 +263,29 @@ TEST_F(ExceptionsTest, OfRangeNameTheRangeAndTheValue)
     }
 }
 
-TEST_F(ExceptionsTest, OfRangeNameAnyLowerBound)
+TEST_F(ExceptionsTest, OutOfBoundsNameTheLowerBound)
 {
     RaiseOutOfBoundsException(2, 3, 5, "index", "");
     EXPECT_EQ(host.raised().at(0).message, "Parameter index  is too big. Range is 3 to 4, but value is 2.")
-        << "only a negative value is too small";
+        << "only negative values are too small";
 }
 
-TEST_F(ExceptionsTest, OfRangeAreCutAt205BytesWithTheTerminator)
+TEST_F(ExceptionsTest, OutOfBoundsMessagesAreCutAt205BytesWithTheTerminator)
 {
-    const std::string behind = "  is too big. Range is 0 to 3, but value is 4.";
+    const std::string rest = "  is too big. Range is 0 to 3, but value is 4.";
     const auto message = [&](std::size_t nameLength) {
         enter(2016.0);
         RaiseOutOfBoundsException(4, 0, 4, std::string(nameLength, 'n').c_str(), "");
         return host.raised().at(0).message.value();
     };
-    const std::size_t fits = 204 - std::string("Parameter ").size() - behind.size();
+    const std::size_t fits = 204 - std::string("Parameter ").size() - rest.size();
     // clang-format off
     const struct { std::size_t nameLength; const char* why; } facts[] = {
         {fits - 1, "203 bytes: whole"}, {fits, "204 bytes: whole"}, {fits + 1, "205 bytes: the last is cut"}, {1000, "much longer"},
     };
     // clang-format on
     for (const auto& fact : facts) {
-        const std::string whole = "Parameter " + std::string(fact.nameLength, 'n') + behind;
+        const std::string whole = "Parameter " + std::string(fact.nameLength, 'n') + rest;
         EXPECT_EQ(message(fact.nameLength), whole.substr(0, 204)) << fact.why;
     }
 }

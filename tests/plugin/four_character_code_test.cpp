@@ -1,4 +1,4 @@
-// Four-character codes, as host programs spell them.
+// Four-character codes from host strings.
 #include "plugin/four_character_code.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -25,80 +25,80 @@ TEST_F(FourCharacterCodeTest, IsTheFirstFourCharactersInOrder)
         {"TEXT",         encodingASCII,     0x54455854, "the first character is the most significant byte"},
         {"TEXT",         encodingUTF8,      0x54455854, "in any encoding"},
         {"TEXT",         encodingMacRoman,  0x54455854, "in any encoding"},
-        {"TEXT",         encodingUnknown,   0x54455854, "raw"},
-        {"abcd",         encodingUTF8,      0x61626364, "four"},
+        {"TEXT",         encodingUnknown,   0x54455854, "unknown encoding"},
+        {"abcd",         encodingUTF8,      0x61626364, "four characters"},
         {"abcdef",       encodingUTF8,      0x61626364, "the rest is ignored"},
         {"abcdef",       encodingUnknown,   0x61626364, "the rest is ignored"},
-        {"abc",          encodingUTF8,      0x20626300, "three: read from the fourth byte on"},
+        {"abc",          encodingUTF8,      0x20626300, "three: read backwards from the fourth byte"},
         {"ab",           encodingUTF8,      0x20200000, "two"},
         {"a",            encodingUTF8,      0x20202000, "one"},
-        {"abc",          encodingUnknown,   0x20626300, "three, raw"},
-        {"ab",           encodingUnknown,   0x20200000, "two, raw"},
-        {"a",            encodingUnknown,   0x20202000, "one, raw"},
+        {"abc",          encodingUnknown,   0x20626300, "three, unknown encoding"},
+        {"ab",           encodingUnknown,   0x20200000, "two, unknown encoding"},
+        {"a",            encodingUnknown,   0x20202000, "one, unknown encoding"},
         {"",             encodingUTF8,      0x20202020, "an empty text"},
-        {"",             encodingUnknown,   0x20202020, "an empty text, raw"},
-        {nullptr,        0,                 0x20202020, "no text"},
-        {"caf\xC3\xA9",  encodingUTF8,      0x6361668E, "one byte for a character of Mac Roman"},
-        {"\xC3\xA9" "abc", encodingUTF8,    0x8E616263, "and no sign of its top bit"},
+        {"",             encodingUnknown,   0x20202020, "an empty text, unknown encoding"},
+        {nullptr,        0,                 0x20202020, "null"},
+        {"caf\xC3\xA9",  encodingUTF8,      0x6361668E, "one byte per Mac Roman character"},
+        {"\xC3\xA9" "abc", encodingUTF8,    0x8E616263, "a byte with its top bit set"},
         {"caf\x8E",      encodingMacRoman,  0x6361668E, "Mac Roman"},
-        {"caf\x8E",      encodingUnknown,   0x6361668E, "bytes of no known encoding are Mac Roman"},
+        {"caf\x8E",      encodingUnknown,   0x6361668E, "an unknown encoding is read as Mac Roman"},
         {"caf\xE9",      encodingWindowsLatin1, 0x6361668E, "Windows Latin 1"},
-        {"\xE2\x82\xAC" "abc", encodingUTF8, 0x20202020, "what does not convert is an empty text"},
+        {"\xE2\x82\xAC" "abc", encodingUTF8, 0x20202020, "an unconvertible text is empty"},
         {"    ",         encodingUTF8,      0x20202020, "four spaces"},
     };
     // clang-format on
     for (double version : hosts)
-        for (const char* behind :
-             {"", "#"}) // a private copy has zeros behind the text, like the host's storage
+        for (const char* after :
+             {"", "#"}) // a private copy has zeros after the text, like the host's storage
             for (const auto& fact : facts) {
-                if (*behind && fact.encoding == encodingUnknown) continue; // raw text is the host's own bytes
+                if (*after && fact.encoding == encodingUnknown) continue; // not copied
                 SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
-                if (*behind) host.behindText = behind;
+                if (*after) host.behindText = after;
                 enter(version);
                 EXPECT_EQ(codeOf(fact.text, fact.encoding), fact.code);
                 host.behindText.assign(5, '\0');
             }
 }
 
-TEST_F(FourCharacterCodeTest, OfAShortTextHasTheBytesBehindIt)
+TEST_F(FourCharacterCodeTest, OfAShortTextContainsTheBytesAfterIt)
 {
     using namespace std::string_literals;
     // clang-format off
-    const struct { const char* text; std::string behind; std::uint32_t code; const char* why; } facts[] = {
+    const struct { const char* text; std::string after; std::uint32_t code; const char* why; } facts[] = {
         {"abc", "\0XYZ"s,  0x20626300, "the terminator"},
         {"ab",  "\0Q\0\0"s, 0x20200051, "the terminator and what follows"},
-        {"a",   "\0QR\0"s, 0x20202052, "the fourth byte alone"},
+        {"a",   "\0QR\0"s, 0x20202052, "the fourth byte only"},
     };
     // clang-format on
     for (double version : hosts)
         for (std::uint32_t encoding : {encodingUTF8, encodingUnknown})
             for (const auto& fact : facts) {
                 SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
-                host.behindText = fact.behind;
+                host.behindText = fact.after;
                 enter(version);
                 EXPECT_EQ(codeOf(fact.text, encoding), fact.code);
             }
 }
 
-TEST_F(FourCharacterCodeTest, NeedsNoService)
+TEST_F(FourCharacterCodeTest, NeedsOnlyTheServicesOfItsHostVersion)
 {
     // clang-format off
     const struct { double version; const char* missing; std::uint32_t encoding, code; const char* why; } facts[] = {
         {2016.0, "",                     encodingUTF8,    0x54455854, "nothing is missing"},
-        {2016.0, "PluginGetStringData",  encodingUTF8,    0x20202020, "it does not convert: an empty text"},
-        {2016.0, "PluginGetStringData",  encodingUnknown, 0x54455854, "raw text needs no conversion"},
-        {2016.0, "PluginDisposeStringData", encodingUnknown, 0x54455854, "nor is there anything to give back"},
-        {2016.0, "REALGetStringEncoding", encodingUTF8,   0x54455854, "taken for a text of some encoding"},
-        {2016.0, "REALGetStringEncoding", encodingUnknown, 0x20202020, "likewise, and the host converts from no unknown one"},
-        {2016.0, "StringGetCString",     encodingUnknown, 0x20202020, "raw text without its bytes"},
-        {2016.0, "LenB",                 encodingUnknown, 0x20202020, "raw text without its length"},
-        {2016.0, "REALLoadGlobalMethod", encodingUnknown, 0x20202020, "likewise"},
-        {2016.0, "REALConvertString",    encodingUTF8,    0x54455854, "only older hosts are asked"},
-        {2012.0, "PluginGetStringData",  encodingUTF8,    0x20202020, "the first host that is asked"},
-        {2012.0, "StringGetCString",     encodingUnknown, 0x20202020, "likewise"},
-        {2011.5, "PluginGetStringData",  encodingUTF8,    0x54455854, "not yet"},
-        {2011.5, "REALConvertString",    encodingUTF8,    0x20202020, "it does not convert: an empty text"},
-        {2011.5, "REALConvertString",    encodingUnknown, 0x54455854, "raw text needs no conversion"},
+        {2016.0, "PluginGetStringData",  encodingUTF8,    0x20202020, "no conversion: an empty text"},
+        {2016.0, "PluginGetStringData",  encodingUnknown, 0x54455854, "ASCII needs no conversion"},
+        {2016.0, "PluginDisposeStringData", encodingUnknown, 0x54455854, "there is no data to release"},
+        {2016.0, "REALGetStringEncoding", encodingUTF8,   0x54455854, "the encoding counts as known"},
+        {2016.0, "REALGetStringEncoding", encodingUnknown, 0x20202020, "the host does not convert from an unknown encoding"},
+        {2016.0, "StringGetCString",     encodingUnknown, 0x20202020, "the bytes cannot be read"},
+        {2016.0, "LenB",                 encodingUnknown, 0x20202020, "the length cannot be read"},
+        {2016.0, "REALLoadGlobalMethod", encodingUnknown, 0x20202020, "the length method cannot be found"},
+        {2016.0, "REALConvertString",    encodingUTF8,    0x54455854, "used on older hosts only"},
+        {2012.0, "PluginGetStringData",  encodingUTF8,    0x20202020, "the first version with string data"},
+        {2012.0, "StringGetCString",     encodingUnknown, 0x20202020, "the bytes cannot be read"},
+        {2011.5, "PluginGetStringData",  encodingUTF8,    0x54455854, "older hosts do not use it"},
+        {2011.5, "REALConvertString",    encodingUTF8,    0x20202020, "no conversion: an empty text"},
+        {2011.5, "REALConvertString",    encodingUnknown, 0x54455854, "ASCII needs no conversion"},
         {2011.5, "StringGetCString",     encodingUnknown, 0x54455854, "the record is read"},
     };
     // clang-format on
@@ -112,7 +112,7 @@ TEST_F(FourCharacterCodeTest, NeedsNoService)
     }
 }
 
-TEST_F(FourCharacterCodeTest, NeedsNoHost)
+TEST_F(FourCharacterCodeTest, IsFourSpacesWithoutAHost)
 {
     REALstringStruct* text = host.newString("TEXT", encodingUTF8);
     gResolver = nullptr;

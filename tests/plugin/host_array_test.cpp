@@ -1,5 +1,4 @@
-// Reading elements of the host's numeric arrays, from the record of an older host and through the services of
-// a newer one.
+// Elements of the host's numeric arrays: from the record of an older host, by the services of a newer one.
 #include "plugin/host_array.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -7,7 +6,7 @@
 
 namespace {
 
-/// What is the same for the three kinds of element.
+/// The test data of each element type.
 template <class T>
 struct Kind;
 template <>
@@ -43,7 +42,7 @@ protected:
 using Kinds = ::testing::Types<HostInteger, float, double>;
 TYPED_TEST_SUITE(HostArrayTest, Kinds, );
 
-TYPED_TEST(HostArrayTest, OlderHostsHaveTheElementsInTheRecord)
+TYPED_TEST(HostArrayTest, OlderHostsStoreTheElementsInTheRecord)
 {
     for (double version : {0.0, 2012.0, 2015.9999}) {
         SCOPED_TRACE(version);
@@ -59,7 +58,7 @@ TYPED_TEST(HostArrayTest, OlderHostsHaveTheElementsInTheRecord)
     }
 }
 
-TYPED_TEST(HostArrayTest, NewerHostsGiveAGetter)
+TYPED_TEST(HostArrayTest, NewerHostsReturnAGetter)
 {
     for (double version : {2016.0, 2019.01}) {
         SCOPED_TRACE(version);
@@ -76,7 +75,7 @@ TYPED_TEST(HostArrayTest, NewerHostsGiveAGetter)
     }
 }
 
-TYPED_TEST(HostArrayTest, AnOlderHostThatKeepsTheElementsElsewhereGivesAGetter)
+TYPED_TEST(HostArrayTest, AnOlderHostWithElementsElsewhereReturnsAGetter)
 {
     this->enter(2015.0);
     REALarrayStruct* array = Kind<TypeParam>::make(this->host);
@@ -88,7 +87,7 @@ TYPED_TEST(HostArrayTest, AnOlderHostThatKeepsTheElementsElsewhereGivesAGetter)
     this->host.drop(array);
 }
 
-TYPED_TEST(HostArrayTest, TheGetterHasALaterName)
+TYPED_TEST(HostArrayTest, TheGetterServiceHasASecondName)
 {
     this->host.directGet = Kind<TypeParam>::type;
     this->withhold(Kind<TypeParam>::getter);
@@ -103,23 +102,23 @@ TYPED_TEST(HostArrayTest, TheGetterHasALaterName)
     this->host.drop(array);
 }
 
-TYPED_TEST(HostArrayTest, WithoutAGetterAnElementIsZero)
+TYPED_TEST(HostArrayTest, AnElementIsZeroWithoutAGetter)
 {
     REALarrayStruct* array = Kind<TypeParam>::make(this->host);
     this->host.failNext(Kind<TypeParam>::getter);
     TypeParam element = 99;
     EXPECT_TRUE(readArrayElement(array, 0, element));
-    EXPECT_EQ(element, TypeParam(0)) << "the service answers null";
+    EXPECT_EQ(element, TypeParam(0)) << "the service returns null";
 
     this->withhold(Kind<TypeParam>::getter, "RuntimeArrayDirectGetGetProc");
     element = 99;
     EXPECT_TRUE(readArrayElement(array, 0, element));
-    EXPECT_EQ(element, TypeParam(0)) << "there is no service";
+    EXPECT_EQ(element, TypeParam(0)) << "the service is missing";
     EXPECT_TRUE(this->host.raised().empty());
     this->host.drop(array);
 }
 
-TYPED_TEST(HostArrayTest, AnIndexOutsideRaisesAndLeavesTheElement)
+TYPED_TEST(HostArrayTest, AnIndexOutOfRangeRaisesAndKeepsTheElement)
 {
     constexpr HostInteger last = std::numeric_limits<HostInteger>::max();
     // clang-format off
@@ -149,13 +148,13 @@ TYPED_TEST(HostArrayTest, AnIndexOutsideRaisesAndLeavesTheElement)
         }
 }
 
-TYPED_TEST(HostArrayTest, WithoutAnUpperBoundTheArrayHasOneElement)
+TYPED_TEST(HostArrayTest, TheArrayHasOneElementWithoutTheUpperBoundService)
 {
     this->enter(2015.0);
     this->withhold("RuntimeUBound");
     REALarrayStruct* array = Kind<TypeParam>::make(this->host);
     TypeParam element = 99;
-    EXPECT_TRUE(readArrayElement(array, 0, element)) << "a missing service answers zero";
+    EXPECT_TRUE(readArrayElement(array, 0, element)) << "a missing service returns 0";
     EXPECT_EQ(element, Kind<TypeParam>::values[0]);
     EXPECT_FALSE(readArrayElement(array, 1, element));
     this->host.drop(array);
@@ -171,7 +170,7 @@ TEST_F(HostArrayCountTest, IsTheUpperBoundPlusOneAndNeverNegative)
         {0,           1,          "one element"},
         {-1,          0,          "an empty array"},
         {-2,          0,          "any negative bound is an empty array"},
-        {-2147483647, 0,          "likewise"},
+        {-2147483647, 0,          "the lowest bound"},
         {9,           10,         "ten"},
         {last,        2147483648, "one more than the host's Integer holds"},
     };
@@ -184,7 +183,7 @@ TEST_F(HostArrayCountTest, IsTheUpperBoundPlusOneAndNeverNegative)
     host.drop(array);
 }
 
-TEST_F(HostArrayCountTest, ValuesAreAppendedByInsertingBehindTheUpperBound)
+TEST_F(HostArrayCountTest, AValueIsAppendedByInsertingAfterTheUpperBound)
 {
     for (const char* missing : {"", "PluginIntegerArrayInsertProc"}) {
         SCOPED_TRACE(missing);

@@ -1,4 +1,4 @@
-// A test with a host in memory that the plug-in has been introduced to.
+// A test fixture with a fake host whose services the plug-in can look up.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -10,14 +10,13 @@
 
 using fake::Notes;
 
-/// The end of each test is an account: nothing referenced any more but what the test owns and drops, and
-/// nothing done that a plug-in must not do.
+/// Each test ends with a check: no host value is still referenced, and the plug-in broke no rule of the host.
 class HostTest : public ::testing::Test {
 protected:
     HostTest() { enter(2016.0); }
     ~HostTest() override { gResolver = nullptr; }
 
-    /// Be a host of that version from now on, of which nothing has been asked.
+    /// Continue as a new host of that version.
     void enter(double version)
     {
         host.version = version;
@@ -28,7 +27,7 @@ protected:
         host.startOver();
     }
 
-    /// The host never knew these names.
+    /// Remove services from the host.
     template <class... Names>
     void withhold(Names... names)
     {
@@ -36,7 +35,7 @@ protected:
         forgetServices();
     }
 
-    /// Calls since the last time this was asked.
+    /// The calls since the last takeCalls.
     Notes takeCalls()
     {
         Notes calls = host.calls();
@@ -47,7 +46,7 @@ protected:
     void TearDown() override
     {
         EXPECT_EQ(host.faults(), Notes{});
-        EXPECT_EQ(host.live(), Notes{}) << "references are left over";
+        EXPECT_EQ(host.live(), Notes{}) << "host values are still referenced";
     }
 
     fake::Host host;

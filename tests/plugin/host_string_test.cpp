@@ -1,4 +1,4 @@
-// Host strings from our own bytes: which services build them on which host, and what is in them.
+// Host strings from bytes: the services that build them on each host version, and their contents.
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -21,7 +21,6 @@ std::string utf32(std::initializer_list<std::uint32_t> points)
 
 class HostStringTest : public HostTest {
 protected:
-    /// Bytes that a service gets are noted in full up to 100 of them.
     REALstringStruct* build(const std::string& bytes, unsigned long encoding)
     {
         return REALBuildUnicodeString(bytes.data(), static_cast<long long>(bytes.size()), encoding);
@@ -32,29 +31,29 @@ protected:
         ASSERT_NE(text, nullptr);
         EXPECT_EQ(host.bytesOf(text), bytes);
         EXPECT_EQ(host.encodingOf(text), encoding);
-        EXPECT_EQ(host.references(text), 1) << "the caller's";
+        EXPECT_EQ(host.references(text), 1) << "the reference for the caller";
         host.drop(text);
         EXPECT_EQ(host.live(), Notes{});
         EXPECT_TRUE(host.raised().empty());
     }
 };
 
-// ---- encodings that are kept, and those that are looked at ----
+// ---- encodings that are kept, and encodings that depend on the bytes ----
 
-TEST_F(HostStringTest, IsMarkedWithTheEncodingOfItsBytes)
+TEST_F(HostStringTest, IsLabelledWithTheEncodingOfItsBytes)
 {
     const std::string ascii = "abc\x7F", high = "caf\xE9";
     // clang-format off
-    const struct { const std::string& bytes; std::uint32_t encoding, marked; const char* why; } facts[] = {
+    const struct { const std::string& bytes; std::uint32_t encoding, label; const char* why; } facts[] = {
         {ascii, 0x0000,     0x0600,     "Mac Roman that is ASCII"},
-        {high,  0x0000,     0x0000,     "Mac Roman stays"},
+        {high,  0x0000,     0x0000,     "Mac Roman"},
         {ascii, 0x0500,     0x0600,     "Windows Latin 1 that is ASCII"},
-        {high,  0x0500,     0x0500,     "Windows Latin 1 stays"},
-        {ascii, 0xFFFF,     0x0600,     "bytes of no known encoding that are ASCII"},
-        {high,  0xFFFF,     0xFFFF,     "unknown stays unknown"},
+        {high,  0x0500,     0x0500,     "Windows Latin 1"},
+        {ascii, 0xFFFF,     0x0600,     "an unknown encoding that is ASCII"},
+        {high,  0xFFFF,     0xFFFF,     "an unknown encoding"},
         {ascii, 0x0600,     0x0600,     "ASCII"},
-        {high,  0x0600,     0x0600,     "kept as given, right or wrong"},
-        {ascii, 0x08000100, 0x08000100, "UTF-8 is not looked at"},
+        {high,  0x0600,     0x0600,     "ASCII is kept without a check"},
+        {ascii, 0x08000100, 0x08000100, "UTF-8 that is ASCII"},
         {high,  0x08000100, 0x08000100, "UTF-8"},
         {ascii, 0x0201,     0x0201,     "any other encoding"},
         {high,  0x0201,     0x0201,     "any other encoding"},
@@ -69,11 +68,11 @@ TEST_F(HostStringTest, IsMarkedWithTheEncodingOfItsBytes)
             ASSERT_EQ(host.calls().size(), 2u);
             EXPECT_EQ(host.calls()[0].substr(0, 16), "REALBuildString(");
             EXPECT_EQ(host.calls()[1].substr(0, 22), "REALSetStringEncoding(");
-            expectString(text, fact.bytes, fact.marked);
+            expectString(text, fact.bytes, fact.label);
         }
 }
 
-TEST_F(HostStringTest, IsAsciiOnlyWhenEveryByteIs)
+TEST_F(HostStringTest, IsASCIIOnlyIfAllBytesAre)
 {
     // clang-format off
     const struct { std::string bytes; bool isAscii; const char* why; } facts[] = {
@@ -92,7 +91,7 @@ TEST_F(HostStringTest, IsAsciiOnlyWhenEveryByteIs)
     }
 }
 
-TEST_F(HostStringTest, TakesItsLengthNotItsTerminator)
+TEST_F(HostStringTest, UsesTheLengthNotTheTerminator)
 {
     REALstringStruct* text = REALBuildUnicodeString("ab\0cdefgh", 4, 0x0600);
     EXPECT_EQ(host.calls(),
@@ -100,7 +99,7 @@ TEST_F(HostStringTest, TakesItsLengthNotItsTerminator)
     expectString(text, std::string("ab\0c", 4), 0x0600);
 }
 
-TEST_F(HostStringTest, OfNothingIsNone)
+TEST_F(HostStringTest, IsNullWithoutBytesOrAValidLength)
 {
     const char byte[] = "abcd";
     for (double version : {0.0, 2012.0, 2013.0, 2016.0})
@@ -111,29 +110,29 @@ TEST_F(HostStringTest, OfNothingIsNone)
                 {nullptr, 4,                     "no bytes"},
                 {byte,    0,                     "no length"},
                 {byte,    -1,                    "a negative length"},
-                {byte,    0x80000000LL,          "past the largest"},
-                {byte,    0x100000004LL,         "past 32 bits"},
-                {byte,    -0x7FFFFFFFFFFFFFFFLL, "far below"},
+                {byte,    0x80000000LL,          "above the largest length"},
+                {byte,    0x100000004LL,         "more than 32 bits"},
+                {byte,    -0x7FFFFFFFFFFFFFFFLL, "the most negative length"},
             };
             // clang-format on
             enter(version);
             for (const auto& fact : facts)
                 EXPECT_EQ(REALBuildUnicodeString(fact.bytes, fact.length, encoding), nullptr) << fact.why;
-            EXPECT_EQ(host.notes(), Notes{}) << "and nothing is asked of the host";
+            EXPECT_EQ(host.notes(), Notes{}) << "the host is not called";
         }
 }
 
-TEST_F(HostStringTest, HasLengthsFromOneToTheLargest)
+TEST_F(HostStringTest, HasLengthsFromOneTo31Bits)
 {
     expectString(REALBuildUnicodeString("x", 1, 0x08000100), "x", 0x08000100);
     enter(2016.0);
     host.failNext("REALBuildString");
     EXPECT_EQ(REALBuildUnicodeString("x", 0x7FFFFFFF, 0x08000100), nullptr);
     EXPECT_EQ(host.calls(), Notes{"REALBuildString(<2147483647 bytes>, 2147483647) = null"})
-        << "asked for, and not marked";
+        << "requested; no encoding is set";
 }
 
-TEST_F(HostStringTest, IsNoneWithoutTheServiceAndUnmarkedWithoutTheOther)
+TEST_F(HostStringTest, IsNullOrWithoutEncodingWhenAServiceIsMissing)
 {
     withhold("REALBuildString");
     EXPECT_EQ(build("abc", 0x0600), nullptr);
@@ -167,12 +166,12 @@ TEST_F(HostStringTest, FromUTF16IsConvertedByTheHost)
         expectString(text, "h\xC3\xA9", encodingUTF8);
         enter(fact.version);
         text = build(bytes, 0x0100);
-        EXPECT_EQ(host.calls(), fact.calls) << "the same under its encoding's code";
+        EXPECT_EQ(host.calls(), fact.calls) << "the same by its encoding";
         expectString(text, "h\xC3\xA9", encodingUTF8);
     }
 }
 
-TEST_F(HostStringTest, FromUTF16IsNoneWhenAStepFails)
+TEST_F(HostStringTest, FromUTF16IsNullWhenAServiceFails)
 {
     // clang-format off
     const struct { double version; const char* service; Notes calls; } facts[] = {
@@ -201,7 +200,7 @@ TEST_F(HostStringTest, FromUTF16IsNoneWhenAStepFails)
 
 // ---- UTF-32 ----
 
-TEST_F(HostStringTest, FromUTF32IsConvertedByTheHostSince2013)
+TEST_F(HostStringTest, FromUTF32IsConvertedByTheHostFrom2013)
 {
     const std::string bytes = utf32({0x61, 0x1F600});
     const Notes calls = {
@@ -222,7 +221,7 @@ TEST_F(HostStringTest, FromUTF32IsConvertedByTheHostSince2013)
     }
 }
 
-TEST_F(HostStringTest, FromUTF32IsConvertedHereBefore2013)
+TEST_F(HostStringTest, FromUTF32IsConvertedByThePluginBefore2013)
 {
     const std::string bytes = utf32({0x61, 0x1F600});
     const Notes older = {"REALBuildString(\"a\\x00=\\xD8\\x00\\xDE\", 6) = s1",
@@ -245,7 +244,7 @@ TEST_F(HostStringTest, FromUTF32IsConvertedHereBefore2013)
     }
 }
 
-TEST_F(HostStringTest, EachUTF32PointBecomesItsUnits)
+TEST_F(HostStringTest, FromUTF32HasTheUnitsOfEachCodePoint)
 {
     // clang-format off
     const struct { std::uint32_t point; std::u16string units; const char* why; } facts[] = {
@@ -254,20 +253,20 @@ TEST_F(HostStringTest, EachUTF32PointBecomesItsUnits)
         {0x000000E9, u"\u00E9",                "Latin 1"},
         {0x0000D7FF, std::u16string(1, 0xD7FF), "the last before the surrogates"},
         {0x0000D800, u"",                      "the first surrogate is dropped"},
-        {0x0000DBFF, u"",                      "the last high one"},
-        {0x0000DC00, u"",                      "the first low one"},
+        {0x0000DBFF, u"",                      "the last high surrogate"},
+        {0x0000DC00, u"",                      "the first low surrogate"},
         {0x0000DFFF, u"",                      "the last surrogate"},
-        {0x0000E000, std::u16string(1, 0xE000), "the first behind the surrogates"},
+        {0x0000E000, std::u16string(1, 0xE000), "the first after the surrogates"},
         {0x0000FFFD, std::u16string(1, 0xFFFD), "the replacement character itself"},
-        {0x0000FFFF, std::u16string(1, 0xFFFF), "the last of one unit"},
+        {0x0000FFFF, std::u16string(1, 0xFFFF), "the last single unit"},
         {0x00010000, {char16_t(0xD800), char16_t(0xDC00)}, "the first pair"},
-        {0x000103FF, {char16_t(0xD800), char16_t(0xDFFF)}, "the low half is full"},
-        {0x00010400, {char16_t(0xD801), char16_t(0xDC00)}, "it runs over"},
+        {0x000103FF, {char16_t(0xD800), char16_t(0xDFFF)}, "the last low surrogate"},
+        {0x00010400, {char16_t(0xD801), char16_t(0xDC00)}, "the next high surrogate"},
         {0x0001F600, {char16_t(0xD83D), char16_t(0xDE00)}, "a face"},
-        {0x0001D800, {char16_t(0xD836), char16_t(0xDC00)}, "a surrogate's low half is none"},
+        {0x0001D800, {char16_t(0xD836), char16_t(0xDC00)}, "the low 16 bits are those of a surrogate"},
         {0x0010FFFF, {char16_t(0xDBFF), char16_t(0xDFFF)}, "the last character"},
-        {0x00110000, std::u16string(1, 0xFFFD), "the first beyond"},
-        {0x0011D800, std::u16string(1, 0xFFFD), "beyond, with a surrogate's low half"},
+        {0x00110000, std::u16string(1, 0xFFFD), "the first above Unicode"},
+        {0x0011D800, std::u16string(1, 0xFFFD), "above Unicode, with the low 16 bits of a surrogate"},
         {0x80000041, std::u16string(1, 0xFFFD), "the top bit set"},
         {0xFFFFFFFF, std::u16string(1, 0xFFFD), "the last number"},
     };
@@ -275,7 +274,7 @@ TEST_F(HostStringTest, EachUTF32PointBecomesItsUnits)
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << std::hex << fact.point << ": " << fact.why);
         enter(2012.99);
-        // Between two others, so that what is dropped is seen to leave nothing.
+        // Between two other characters, so that a dropped one is visible.
         REALstringStruct* text = build(utf32({0x3C, fact.point, 0x3E}), 0x0C000100);
         const std::string units = utf16(u"<" + fact.units + u">");
         EXPECT_EQ(host.calls().at(0), "REALBuildStringWithEncoding(" + fake::quoted(units) + ", " +
@@ -284,7 +283,7 @@ TEST_F(HostStringTest, EachUTF32PointBecomesItsUnits)
     }
 }
 
-TEST_F(HostStringTest, UTF32TakesWholePointsOnly)
+TEST_F(HostStringTest, FromUTF32UsesWholeCodePointsOnly)
 {
     const std::string points = utf32({0x61, 0x62, 0x63});
     // clang-format off
@@ -303,7 +302,7 @@ TEST_F(HostStringTest, UTF32TakesWholePointsOnly)
     }
 }
 
-TEST_F(HostStringTest, UTF32OfAnySizeIsWhole)
+TEST_F(HostStringTest, FromUTF32OfAnyLengthIsComplete)
 {
     for (std::size_t count : {1u, 198u, 199u, 200u, 201u, 5000u})
         for (std::uint32_t point : {0x62u, 0x1F600u}) {
@@ -320,7 +319,7 @@ TEST_F(HostStringTest, UTF32OfAnySizeIsWhole)
         }
 }
 
-TEST_F(HostStringTest, UTF32StandsAnywhereInMemory)
+TEST_F(HostStringTest, FromUTF32MayBeUnaligned)
 {
     const std::string bytes = " " + utf32({0x61, 0x1F600});
     enter(2012.0);

@@ -1,4 +1,4 @@
-// Memory blocks from our own bytes.
+// Memory blocks built from bytes.
 #include "plugin/memory_block.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -22,7 +22,7 @@ protected:
 const char bytes[] = "abc\0def";
 const std::string failed8 = "Failed to allocate a memoryblock with 8 bytes in size.";
 
-TEST_F(MemoryBlockTest, HoldsACopy)
+TEST_F(MemoryBlockTest, HasACopyOfTheBytes)
 {
     for (long long size : {1, 2, 8}) {
         enter(2016.0);
@@ -31,12 +31,12 @@ TEST_F(MemoryBlockTest, HoldsACopy)
         EXPECT_EQ(host.calls(),
                   (Notes{"newMemoryBlock(" + std::to_string(size) + ") = m1", "memoryBlockGetPtr(m1)"}));
         EXPECT_EQ(host.bytesOf(block), std::string(bytes, static_cast<std::size_t>(size)));
-        EXPECT_EQ(host.references(block), 1) << "the caller's";
+        EXPECT_EQ(host.references(block), 1) << "the reference for the caller";
         host.drop(block);
     }
 }
 
-TEST_F(MemoryBlockTest, OfNothingIsNoneAndNothingIsRaised)
+TEST_F(MemoryBlockTest, IsNullWithoutDataAndRaisesNoException)
 {
     // clang-format off
     const struct { const void* data; long long size; const char* why; } facts[] = {
@@ -45,7 +45,7 @@ TEST_F(MemoryBlockTest, OfNothingIsNoneAndNothingIsRaised)
         {bytes,   -0x7FFFFFFFLL,      "a negative size"},
         {bytes,   -0x7FFFFFFFFFFFLL,  "a negative size whose low half is positive"},
         {nullptr, 1,                  "no data"},
-        {nullptr, 0x7FFFFFFF,         "no data, before the size is looked at"},
+        {nullptr, 0x7FFFFFFF,         "no data and a size that is too large"},
         {nullptr, 0,                  "neither"},
     };
     // clang-format on
@@ -55,10 +55,10 @@ TEST_F(MemoryBlockTest, OfNothingIsNoneAndNothingIsRaised)
     }
 }
 
-TEST_F(MemoryBlockTest, TooLargeIsNotEvenAskedFor)
+TEST_F(MemoryBlockTest, IsNotRequestedFromTheHostIfItIsTooLarge)
 {
     // clang-format off
-    const struct { long long size; bool isAskedFor; const char* message; } facts[] = {
+    const struct { long long size; bool isRequested; const char* message; } facts[] = {
         {0x7FFFFFFE,            true,  "Failed to allocate a memoryblock with 2147483646 bytes in size."},
         {0x7FFFFFFF,            false, "Failed to allocate a memoryblock with 2147483647 bytes in size."},
         {0x80000000,            false, "Failed to allocate a memoryblock with 2147483648 bytes in size."},
@@ -71,11 +71,11 @@ TEST_F(MemoryBlockTest, TooLargeIsNotEvenAskedFor)
         enter(2016.0);
         EXPECT_EQ(REALBuildMemoryblock(bytes, fact.size), nullptr);
         expectOutOfMemory(fact.message);
-        EXPECT_EQ(host.calls()[0].rfind("newMemoryBlock(", 0) == 0, fact.isAskedFor) << host.calls()[0];
+        EXPECT_EQ(host.calls()[0].rfind("newMemoryBlock(", 0) == 0, fact.isRequested) << host.calls()[0];
     }
 }
 
-TEST_F(MemoryBlockTest, RefusedRaises)
+TEST_F(MemoryBlockTest, RaisesWhenTheHostReturnsNull)
 {
     host.failNext("newMemoryBlock");
     EXPECT_EQ(REALBuildMemoryblock(bytes, 8), nullptr);
@@ -87,14 +87,14 @@ TEST_F(MemoryBlockTest, RefusedRaises)
     expectOutOfMemory(failed8);
 }
 
-TEST_F(MemoryBlockTest, WithoutAnAddressIsReleased)
+TEST_F(MemoryBlockTest, IsReleasedWithoutAnAddress)
 {
     const Notes released = {"newMemoryBlock(8) = m1", "memoryBlockGetPtr(m1)", "REALUnlockObject(m1)"};
     host.blocksHaveBytes = false;
     EXPECT_EQ(REALBuildMemoryblock(bytes, 8), nullptr);
     Notes calls = host.calls();
     calls.resize(3);
-    EXPECT_EQ(calls, released) << "before anything is raised";
+    EXPECT_EQ(calls, released) << "before the exception";
     expectOutOfMemory(failed8);
 
     host.blocksHaveBytes = true;
@@ -107,7 +107,7 @@ TEST_F(MemoryBlockTest, WithoutAnAddressIsReleased)
     expectOutOfMemory(failed8);
 }
 
-TEST_F(MemoryBlockTest, ThatRunsOutOfMemoryOnTheWayRaisesTheSame)
+TEST_F(MemoryBlockTest, RaisesTheSameWhenTheHostThrowsBadAlloc)
 {
     for (const char* service : {"newMemoryBlock", "memoryBlockGetPtr"}) {
         SCOPED_TRACE(service);
@@ -118,10 +118,10 @@ TEST_F(MemoryBlockTest, ThatRunsOutOfMemoryOnTheWayRaisesTheSame)
     }
 }
 
-TEST_F(MemoryBlockTest, LosesNothingWhenAnythingElseIsThrown)
+TEST_F(MemoryBlockTest, IsReleasedWhenTheHostThrows)
 {
     host.inNext("memoryBlockGetPtr", [] { throw std::runtime_error("not memory"); });
-    EXPECT_THROW(REALBuildMemoryblock(bytes, 8), std::runtime_error) << "for the border to catch";
+    EXPECT_THROW(REALBuildMemoryblock(bytes, 8), std::runtime_error) << "the exception border catches it";
     EXPECT_TRUE(host.raised().empty());
     EXPECT_EQ(host.live(), Notes{});
 }

@@ -1,5 +1,5 @@
-// References are given back on every way out, also to a host that throws while it takes them: nothing gets
-// past us, and everything else is given back all the same.
+// Owned references are released on every path. A host that throws in a release function causes no exception
+// in the plug-in, and all other references are released.
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
@@ -16,7 +16,7 @@ namespace {
 
 class OwnedTest : public HostTest {
 protected:
-    /// The host throws in every call of that service.
+    /// Make the host throw in each call of a service.
     void throwAlways(const std::string& service)
     {
         host.inNext(service, [=] {
@@ -25,12 +25,12 @@ protected:
             throw std::runtime_error("the host throws");
         });
     }
-    void throwNoMore(const std::string& service)
+    void stopThrowing(const std::string& service)
     {
         host.inNext(service, [] {});
     }
-    /// What is alive, in the order of names.
-    Notes alive() const
+    /// The live host values, sorted by name.
+    Notes liveValues() const
     {
         Notes names = host.live();
         std::sort(names.begin(), names.end());
@@ -39,8 +39,8 @@ protected:
     int thrown = 0;
 };
 
-// What stays with the host is what it threw at; that is its own loss.
-TEST_F(OwnedTest, AThrowingUnlockServiceHarmsNothing)
+// The host keeps only the values whose release threw.
+TEST_F(OwnedTest, AThrowingUnlockServiceCausesNoException)
 {
     const auto asString = [&](const char* bytes, std::uint32_t encoding, auto use) {
         return [=] {
@@ -65,14 +65,14 @@ TEST_F(OwnedTest, AThrowingUnlockServiceHarmsNothing)
     } facts[] = {
         // clang-format off
         {2016.0, "REALUnlockString", [] { RaiseException("NilObjectException", "m"); }, 1, {"s1: 1"}, "an exception's message"},
-        {2016.0, "REALUnlockObject", [] { RaiseException("NilObjectException", "m"); }, 1, {"o1: 1", "s1: 1"}, "an exception, and the message that it holds"},
-        {2016.0, "REALUnlockString", [] { REALBuildUnicodeString("a\0", 2, encodingUTF16); }, 1, {"s1: 1", "s2: 1"}, "a converted string's source; the result is the caller's"},
-        {2011.5, "REALUnlockString", [] { REALBuildUnicodeString("a\0", 2, encodingUTF16); }, 1, {"s1: 1", "s2: 1"}, "likewise"},
-        {2016.0, "REALUnlockString", asString("abc", encodingUTF8, both), 1, {"s1: 2"}, "a text's string; its data goes back"},
-        {2016.0, "PluginDisposeStringData", asString("abc", encodingUTF8, both), 2, {"data of s1", "data of s1", "s1: 1"}, "a text's data; its string goes back"},
-        {2011.5, "REALUnlockString", asString("abc", encodingMacRoman, both), 3, {"s1: 2", "s2: 1", "s3: 1"}, "each of a text's three"},
+        {2016.0, "REALUnlockObject", [] { RaiseException("NilObjectException", "m"); }, 1, {"o1: 1", "s1: 1"}, "an exception with its message"},
+        {2016.0, "REALUnlockString", [] { REALBuildUnicodeString("a\0", 2, encodingUTF16); }, 1, {"s1: 1", "s2: 1"}, "the source of a conversion; the caller owns the result"},
+        {2011.5, "REALUnlockString", [] { REALBuildUnicodeString("a\0", 2, encodingUTF16); }, 1, {"s1: 1", "s2: 1"}, "the same on an older host"},
+        {2016.0, "REALUnlockString", asString("abc", encodingUTF8, both), 1, {"s1: 2"}, "a text's string; its data is released"},
+        {2016.0, "PluginDisposeStringData", asString("abc", encodingUTF8, both), 2, {"data of s1", "data of s1", "s1: 1"}, "a text's data; its string is released"},
+        {2011.5, "REALUnlockString", asString("abc", encodingMacRoman, both), 3, {"s1: 2", "s2: 1", "s3: 1"}, "the three strings of a text"},
         {2016.0, "REALUnlockString", asString("abc", encodingUTF8, contents), 1, {"s1: 2"}, "contents"},
-        {2011.5, "REALUnlockString", asString("abc", encodingUTF8, contents), 1, {"s1: 2"}, "contents of a record"},
+        {2011.5, "REALUnlockString", asString("abc", encodingUTF8, contents), 1, {"s1: 2"}, "contents, from a record"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -82,13 +82,13 @@ TEST_F(OwnedTest, AThrowingUnlockServiceHarmsNothing)
         throwAlways(fact.service);
         EXPECT_NO_THROW(fact.use());
         EXPECT_EQ(thrown, fact.thrown);
-        EXPECT_EQ(alive(), fact.live);
-        throwNoMore(fact.service);
+        EXPECT_EQ(liveValues(), fact.live);
+        stopThrowing(fact.service);
         host.dropAll();
     }
 }
 
-TEST_F(OwnedTest, AThrowingUnlockOfARefusedBlockStillRaises)
+TEST_F(OwnedTest, AThrowingUnlockOfAnUnusableBlockStillRaises)
 {
     host.blocksHaveBytes = false;
     host.inNext("REALUnlockObject", [&] {
@@ -104,8 +104,8 @@ TEST_F(OwnedTest, AThrowingUnlockOfARefusedBlockStillRaises)
     host.dropAll();
 }
 
-// Thrown while another exception is on its way out: the first one arrives.
-TEST_F(OwnedTest, AThrowingUnlockOnTheWayOutOfAnotherExceptionEndsNothing)
+// While another exception propagates, that one reaches the caller.
+TEST_F(OwnedTest, AThrowingUnlockKeepsThePropagatingException)
 {
     for (double version : {2011.5, 2016.0}) {
         SCOPED_TRACE(version);
@@ -122,7 +122,7 @@ TEST_F(OwnedTest, AThrowingUnlockOnTheWayOutOfAnotherExceptionEndsNothing)
             },
             std::out_of_range);
         EXPECT_EQ(thrown, 1);
-        throwNoMore("REALUnlockString");
+        stopThrowing("REALUnlockString");
         EXPECT_EQ(host.live(), Notes{"s1: 2"});
         host.dropAll();
     }

@@ -1,5 +1,5 @@
-// Host strings from platform strings. This program stands in front of the platform's own functions, to see
-// what they are asked and to let them fail.
+// Host strings from platform strings. This program replaces two platform functions, to record their arguments
+// and to make them fail.
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 #include "tests/support/c_library_spy.h"
@@ -12,17 +12,17 @@
 
 namespace {
 
-struct Asked {
+struct Request {
     CFIndex capacity;
     CFStringEncoding encoding;
-    bool isZeroed; ///< the whole buffer, as it is handed over
+    bool isZeroed; ///< the whole buffer, at the call
 };
-std::vector<Asked> asked;
+std::vector<Request> requests;
 bool refusesConversion = false;
 std::optional<CFIndex> claimedLength;
 
 template <class Function>
-Function* platforms(const char* name)
+Function* platformFunction(const char* name)
 {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
@@ -32,27 +32,29 @@ Function* platforms(const char* name)
 extern "C" Boolean CFStringGetCString(CFStringRef text, char* buffer, CFIndex capacity,
                                       CFStringEncoding encoding)
 {
-    asked.push_back(
+    requests.push_back(
         {capacity, encoding, std::all_of(buffer, buffer + capacity, [](char c) { return c == 0; })});
     if (refusesConversion) return 0;
-    return platforms<decltype(CFStringGetCString)>("CFStringGetCString")(text, buffer, capacity, encoding);
+    return platformFunction<decltype(CFStringGetCString)>("CFStringGetCString")(text, buffer, capacity,
+                                                                                encoding);
 }
 
 extern "C" CFIndex CFStringGetLength(CFStringRef text)
 {
-    return claimedLength ? *claimedLength : platforms<decltype(CFStringGetLength)>("CFStringGetLength")(text);
+    return claimedLength ? *claimedLength
+                         : platformFunction<decltype(CFStringGetLength)>("CFStringGetLength")(text);
 }
 
 namespace {
 
 class PlatformStringTest : public HostTest {
 protected:
-    PlatformStringTest() : blocksBefore(watched::liveBlocks()) { startAgain(); }
-    ~PlatformStringTest() override { startAgain(); }
+    PlatformStringTest() : blocksBefore(watched::liveBlocks()) { reset(); }
+    ~PlatformStringTest() override { reset(); }
 
-    void startAgain()
+    void reset()
     {
-        asked.clear();
+        requests.clear();
         refusesConversion = false;
         claimedLength.reset();
         watched::refuseCalloc(0);
@@ -64,7 +66,7 @@ protected:
         HostTest::TearDown();
     }
 
-    /// Convert a platform string of these units; `memory` is what was allocated for it.
+    /// Convert a platform string of these units; `memory` receives its allocations.
     REALstringStruct* convert(const std::u16string& units)
     {
         CFStringRef text =
@@ -76,7 +78,7 @@ protected:
     }
     REALstringStruct* convert(CFStringRef text)
     {
-        asked.clear();
+        requests.clear();
         watched::begin();
         REALstringStruct* result = CFString2RBString(text);
         memory = watched::end();
@@ -102,10 +104,10 @@ TEST_F(PlatformStringTest, BecomeUTF8)
     const struct { std::u16string units; const char* bytes; const char* why; } facts[] = {
         {u"a",                "a",                    "one unit"},
         {u"Built-in Output",  "Built-in Output",      "plain text"},
-        {u"caf\u00E9",        "caf\xC3\xA9",          "two bytes a unit"},
-        {u"\u20AC",           "\xE2\x82\xAC",         "three bytes a unit"},
-        {u"\U0001F600",       "\xF0\x9F\x98\x80",     "four bytes for two units"},
-        {std::u16string(u"ab\0cd", 5), "ab",          "up to a zero, like any C text"},
+        {u"caf\u00E9",        "caf\xC3\xA9",          "two bytes per unit"},
+        {u"\u20AC",           "\xE2\x82\xAC",         "three bytes per unit"},
+        {u"\U0001F600",       "\xF0\x9F\x98\x80",     "four bytes per two units"},
+        {std::u16string(u"ab\0cd", 5), "ab",          "up to the first zero, like a C string"},
     };
     // clang-format on
     for (double version : {0.0, 2012.0, 2013.0, 2016.0})
@@ -120,20 +122,20 @@ TEST_F(PlatformStringTest, BecomeUTF8)
         }
 }
 
-TEST_F(PlatformStringTest, OfNothingAreNone)
+TEST_F(PlatformStringTest, OfNoTextAreNull)
 {
     EXPECT_EQ(convert(CFStringRef(nullptr)), nullptr);
     EXPECT_EQ(convert(u""), nullptr);
-    EXPECT_EQ(asked.size(), 0u);
+    EXPECT_EQ(requests.size(), 0u);
     claimedLength = -1;
     EXPECT_EQ(convert(u"abc"), nullptr);
-    EXPECT_EQ(asked.size(), 0u);
+    EXPECT_EQ(requests.size(), 0u);
     claimedLength.reset();
-    EXPECT_EQ(convert(std::u16string(1, 0)), nullptr) << "nothing stands before its zero";
+    EXPECT_EQ(convert(std::u16string(1, 0)), nullptr) << "no text before the zero";
     EXPECT_EQ(host.notes(), Notes{});
 }
 
-TEST_F(PlatformStringTest, UseTheStackUpTo99UnitsAndSixBytesAUnitFromThere)
+TEST_F(PlatformStringTest, UseTheStackUpTo99UnitsThenSixBytesPerUnit)
 {
     // clang-format off
     const struct { std::size_t units; CFIndex capacity; const char* heap; } facts[] = {
@@ -150,10 +152,10 @@ TEST_F(PlatformStringTest, UseTheStackUpTo99UnitsAndSixBytesAUnitFromThere)
             SCOPED_TRACE(fact.units);
             enter(2016.0);
             REALstringStruct* text = convert(std::u16string(fact.units, unit));
-            ASSERT_EQ(asked.size(), 1u);
-            EXPECT_EQ(asked[0].capacity, fact.capacity);
-            EXPECT_EQ(asked[0].encoding, 0x08000100u);
-            EXPECT_TRUE(asked[0].isZeroed);
+            ASSERT_EQ(requests.size(), 1u);
+            EXPECT_EQ(requests[0].capacity, fact.capacity);
+            EXPECT_EQ(requests[0].encoding, 0x08000100u);
+            EXPECT_TRUE(requests[0].isZeroed);
             EXPECT_EQ(memory, fact.heap ? (Notes{fact.heap, "free"}) : Notes{});
             std::string bytes;
             for (std::size_t i = 0; i < fact.units; ++i) bytes += unit == u'a' ? "a" : "\xE2\x82\xAC";
@@ -161,33 +163,33 @@ TEST_F(PlatformStringTest, UseTheStackUpTo99UnitsAndSixBytesAUnitFromThere)
         }
 }
 
-TEST_F(PlatformStringTest, ThatDoNotConvertAreNone)
+TEST_F(PlatformStringTest, AreNullWhenTheConversionFails)
 {
     for (std::size_t units : {1u, 99u, 100u, 500u}) {
         SCOPED_TRACE(units);
         enter(2016.0);
         refusesConversion = true;
         EXPECT_EQ(convert(std::u16string(units, u'a')), nullptr);
-        EXPECT_EQ(asked.size(), 1u);
-        EXPECT_EQ(memory.size(), units > 99 ? 2u : 0u) << "the buffer is given back";
+        EXPECT_EQ(requests.size(), 1u);
+        EXPECT_EQ(memory.size(), units > 99 ? 2u : 0u) << "the buffer is freed";
         EXPECT_EQ(host.notes(), Notes{});
     }
 }
 
-TEST_F(PlatformStringTest, WithoutMemoryAreNone)
+TEST_F(PlatformStringTest, AreNullWithoutMemory)
 {
     watched::refuseCalloc(1);
     EXPECT_EQ(convert(std::u16string(100, u'a')), nullptr);
     EXPECT_EQ(memory, Notes{"calloc 600"});
-    EXPECT_EQ(asked.size(), 0u);
-    EXPECT_EQ(host.notes(), Notes{}) << "and nothing is raised";
+    EXPECT_EQ(requests.size(), 0u);
+    EXPECT_EQ(host.notes(), Notes{}) << "no exception";
 }
 
-TEST_F(PlatformStringTest, HaveALargestSize)
+TEST_F(PlatformStringTest, AreNullAboveTheLargestSize)
 {
     // clang-format off
     const struct { CFIndex units; Notes memory; } facts[] = {
-        {357913941, {"calloc 2147483646"}}, // the largest multiple of six within 31 bits
+        {357913941, {"calloc 2147483646"}}, // the largest multiple of six in 31 bits
         {357913942, {}},
         {0x7FFFFFFF, {}},
     };
@@ -198,12 +200,12 @@ TEST_F(PlatformStringTest, HaveALargestSize)
         claimedLength = fact.units;
         EXPECT_EQ(convert(u"abc"), nullptr);
         EXPECT_EQ(memory, fact.memory);
-        EXPECT_EQ(asked.size(), 0u);
-        startAgain();
+        EXPECT_EQ(requests.size(), 0u);
+        reset();
     }
 }
 
-TEST_F(PlatformStringTest, AreNoneWhenTheHostBuildsNone)
+TEST_F(PlatformStringTest, AreNullWhenTheHostBuildsNone)
 {
     for (std::size_t units : {99u, 100u}) {
         enter(2016.0);

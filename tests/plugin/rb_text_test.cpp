@@ -1,5 +1,5 @@
-// The text of a host string as UTF-8 and as Mac Roman: where it comes from on which host, and that everything
-// taken on the way is given back.
+// The text of a host string as UTF-8 and as Mac Roman: its source on each host version, and that all host
+// values are released.
 #include "plugin/rb_text.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -21,7 +21,7 @@ const char* nameOf(View view) { return view == View::utf8 ? "UTF-8" : "Mac Roman
 
 class RbTextTest : public HostTest {
 protected:
-    /// Make a text of a host string; its calls are those of construction.
+    /// Construct a text; returns the calls.
     Notes open(REALstringStruct* string)
     {
         host.forget();
@@ -29,7 +29,7 @@ protected:
         return takeCalls();
     }
 
-    /// Take a view; its calls.
+    /// Get a view; returns the calls.
     Notes take(View view)
     {
         host.forget();
@@ -53,7 +53,7 @@ protected:
         EXPECT_EQ(bytes[length], 0);
     }
 
-    /// The empty view has zeros enough for four characters to be read from it.
+    /// The empty view has at least four zeros, for four-character codes.
     void expectEmpty(bool flag)
     {
         expectView("");
@@ -66,31 +66,31 @@ protected:
     HostInteger length = -9;
 };
 
-// ---- which way a text of a known encoding goes ----
+// ---- the source of a text in a known encoding ----
 
-enum class Way { record, data, conversion };
+enum class Source { record, data, conversion };
 
-TEST_F(RbTextTest, EachHostHasItsWayToEachView)
+TEST_F(RbTextTest, EachViewHasItsSourceOnEachHost)
 {
     // clang-format off
-    const struct { double version; std::uint32_t encoding; Way utf8, macRoman; const char* why; } facts[] = {
-        {0.0,           0x08000100, Way::record,     Way::conversion, "UTF-8 is UTF-8 already"},
-        {2011.5,        0x08000100, Way::record,     Way::conversion, "likewise"},
-        {2011.5,        0x0600,     Way::record,     Way::conversion, "ASCII is UTF-8 already"},
-        {2011.5,        0x0000,     Way::conversion, Way::conversion, "no shortcut to Mac Roman, not even from it"},
-        {2011.5,        0x0500,     Way::conversion, Way::conversion, "Windows Latin 1"},
-        {before2012,    0x0000,     Way::conversion, Way::conversion, "the last old host"},
-        {2012.0,        0x0000,     Way::data,       Way::data,       "the first with string data"},
-        {2012.0,        0x08000100, Way::record,     Way::data,       "the shortcut stays"},
-        {2012.0,        0x0600,     Way::record,     Way::data,       "likewise"},
-        {2015.02,       0x0600,     Way::record,     Way::data,       "likewise"},
-        {before2015_03, 0x08000100, Way::record,     Way::data,       "the last with the shortcut"},
-        {2015.03,       0x08000100, Way::data,       Way::data,       "no shortcut any more"},
-        {2015.03,       0x0600,     Way::data,       Way::data,       "nor for ASCII"},
-        {2015.99,       0x0600,     Way::data,       Way::data,       "between"},
-        {2016.0,        0x0600,     Way::data,       Way::data,       "a new host"},
-        {2016.0,        0x0000,     Way::data,       Way::data,       "a new host"},
-        {2019.01,       0x08000100, Way::data,       Way::data,       "a later one"},
+    const struct { double version; std::uint32_t encoding; Source utf8, macRoman; const char* why; } facts[] = {
+        {0.0,           0x08000100, Source::record,     Source::conversion, "UTF-8 needs no conversion"},
+        {2011.5,        0x08000100, Source::record,     Source::conversion, "the same on a newer host"},
+        {2011.5,        0x0600,     Source::record,     Source::conversion, "ASCII needs no conversion"},
+        {2011.5,        0x0000,     Source::conversion, Source::conversion, "Mac Roman is always converted"},
+        {2011.5,        0x0500,     Source::conversion, Source::conversion, "Windows Latin 1"},
+        {before2012,    0x0000,     Source::conversion, Source::conversion, "the last old host"},
+        {2012.0,        0x0000,     Source::data,       Source::data,       "the first host with string data"},
+        {2012.0,        0x08000100, Source::record,     Source::data,       "UTF-8 is read from the record"},
+        {2012.0,        0x0600,     Source::record,     Source::data,       "ASCII is read from the record"},
+        {2015.02,       0x0600,     Source::record,     Source::data,       "ASCII is read from the record"},
+        {before2015_03, 0x08000100, Source::record,     Source::data,       "the last host whose record is read"},
+        {2015.03,       0x08000100, Source::data,       Source::data,       "the record is not read"},
+        {2015.03,       0x0600,     Source::data,       Source::data,       "the record is not read for ASCII"},
+        {2015.99,       0x0600,     Source::data,       Source::data,       "a host in between"},
+        {2016.0,        0x0600,     Source::data,       Source::data,       "a new host"},
+        {2016.0,        0x0000,     Source::data,       Source::data,       "a new host"},
+        {2019.01,       0x08000100, Source::data,       Source::data,       "a later one"},
     };
     // clang-format on
     for (const auto& fact : facts)
@@ -107,24 +107,24 @@ TEST_F(RbTextTest, EachHostHasItsWayToEachView)
 
             const std::string code = view == View::utf8 ? "0x8000100" : "0x0";
             switch (view == View::utf8 ? fact.utf8 : fact.macRoman) {
-            case Way::record:
+            case Source::record:
                 EXPECT_EQ(take(view), Notes{});
                 EXPECT_EQ(bytes, host.storageOf(string)) << "the string's own buffer";
                 expectView("abc");
                 EXPECT_EQ(close(), Notes{"REALUnlockString(s1)"});
                 break;
-            case Way::data:
+            case Source::data:
                 EXPECT_EQ(take(view), Notes{"PluginGetStringData(s1, " + code + ") = true"});
                 expectView("abc");
                 EXPECT_EQ(close(), (Notes{"REALUnlockString(s1)", "PluginDisposeStringData(data of s1)"}));
                 break;
-            case Way::conversion:
+            case Source::conversion:
                 EXPECT_EQ(take(view), Notes{"REALConvertString(s1, " + code + ") = s2"});
                 expectView("abc");
                 EXPECT_EQ(close(), (Notes{"REALUnlockString(s1)", "REALUnlockString(s2)"}));
                 break;
             }
-            EXPECT_EQ(host.live(), Notes{"s1: 1"}) << "the test's own reference is left";
+            EXPECT_EQ(host.live(), Notes{"s1: 1"}) << "the test's reference remains";
             host.drop(string);
         }
 }
@@ -150,10 +150,10 @@ TEST_F(RbTextTest, TextIsConverted)
 TEST_F(RbTextTest, AViewIsComputedOnce)
 {
     for (double version : {2011.5, 2012.0, 2015.03, 2016.0})
-        for (const char* behind : {"", "#"})
+        for (const char* after : {"", "#"})
             for (View view : bothViews) {
                 SCOPED_TRACE(testing::Message() << version << ", " << nameOf(view));
-                if (*behind) host.behindText = behind;
+                if (*after) host.behindText = after;
                 enter(version);
                 REALstringStruct* string = host.newString("abc", encodingMacRoman);
                 open(string);
@@ -168,7 +168,7 @@ TEST_F(RbTextTest, AViewIsComputedOnce)
             }
 }
 
-TEST_F(RbTextTest, LengthsAreNegativeUntilAskedFor)
+TEST_F(RbTextTest, LengthsAreNegativeBeforeTheFirstView)
 {
     REALstringStruct* string = host.newString("abc", encodingUTF8);
     open(string);
@@ -176,18 +176,18 @@ TEST_F(RbTextTest, LengthsAreNegativeUntilAskedFor)
     EXPECT_EQ(text->lengthMacRoman(), -1);
     take(View::utf8);
     EXPECT_EQ(text->lengthUTF8(), 3);
-    EXPECT_EQ(text->lengthMacRoman(), -1) << "the other view is another one";
+    EXPECT_EQ(text->lengthMacRoman(), -1) << "the other view is not computed";
     close();
     host.drop(string);
 }
 
-// ---- no text, and text that does not convert ----
+// ---- no text, and text that cannot be converted ----
 
-TEST_F(RbTextTest, NoStringIsEmpty)
+TEST_F(RbTextTest, ANullStringIsEmpty)
 {
     for (double version : {2011.5, 2012.0, 2016.0}) {
         enter(version);
-        EXPECT_EQ(open(nullptr), Notes{}) << "nothing is asked of the host";
+        EXPECT_EQ(open(nullptr), Notes{}) << "the host is not called";
         for (View view : bothViews) {
             EXPECT_EQ(take(view), Notes{});
             expectEmpty(false);
@@ -213,7 +213,7 @@ TEST_F(RbTextTest, AnEmptyStringIsEmpty)
             }
 }
 
-TEST_F(RbTextTest, TextThatDoesNotConvertIsEmptyAndSaysSo)
+TEST_F(RbTextTest, AnUnconvertibleTextIsEmptyAndSetsTheFlag)
 {
     // clang-format off
     const struct { double version; const char* service; } facts[] = {
@@ -236,18 +236,18 @@ TEST_F(RbTextTest, TextThatDoesNotConvertIsEmptyAndSaysSo)
                     host.failNext(fact.service);
                 REALstringStruct* string = host.newString("abc", encodingMacRoman);
                 open(string);
-                EXPECT_FALSE(text->isEmptyText()) << "not tried yet";
+                EXPECT_FALSE(text->isEmptyText()) << "before the first view";
                 take(view);
                 expectEmpty(true);
-                EXPECT_EQ(take(view), Notes{}) << "computed once, even so";
-                EXPECT_EQ(close(), Notes{"REALUnlockString(s1)"}) << "no data to give back";
+                EXPECT_EQ(take(view), Notes{}) << "computed once";
+                EXPECT_EQ(close(), Notes{"REALUnlockString(s1)"}) << "no data to release";
                 EXPECT_TRUE(host.raised().empty());
                 host.provide(fact.service);
                 host.drop(string);
             }
 }
 
-TEST_F(RbTextTest, CharactersThatMacRomanLacksMakeThatViewEmptyOnly)
+TEST_F(RbTextTest, ACharacterOutsideMacRomanMakesOnlyThatViewEmpty)
 {
     for (double version : {2011.5, 2016.0}) {
         enter(version);
@@ -283,14 +283,14 @@ TEST_F(RbTextTest, ARecordWithoutABufferOrWithANegativeLengthIsEmpty)
 
 // ---- termination ----
 
-TEST_F(RbTextTest, TextWithoutATerminatorIsCopiedWithZerosBehindIt)
+TEST_F(RbTextTest, ATextWithoutATerminatorIsCopiedWithZerosAfterIt)
 {
     // clang-format off
     const struct { double version; std::uint32_t encoding; View view; Notes closing; const char* why; } facts[] = {
         {2011.5, encodingUTF8,     View::utf8,     {"REALUnlockString(s1)"}, "the string's own buffer"},
         {2015.0, encodingASCII,    View::utf8,     {"REALUnlockString(s1)"}, "the string's own buffer"},
-        {2011.5, encodingMacRoman, View::utf8,     {"REALUnlockString(s1)", "REALUnlockString(s2)"}, "a converted string's"},
-        {2011.5, encodingMacRoman, View::macRoman, {"REALUnlockString(s1)", "REALUnlockString(s2)"}, "a converted string's"},
+        {2011.5, encodingMacRoman, View::utf8,     {"REALUnlockString(s1)", "REALUnlockString(s2)"}, "a converted string's buffer"},
+        {2011.5, encodingMacRoman, View::macRoman, {"REALUnlockString(s1)", "REALUnlockString(s2)"}, "a converted string's buffer"},
         {2012.0, encodingMacRoman, View::utf8,     {"REALUnlockString(s1)", "PluginDisposeStringData(data of s1)"}, "string data"},
         {2016.0, encodingUTF8,     View::utf8,     {"REALUnlockString(s1)", "PluginDisposeStringData(data of s1)"}, "string data"},
         {2016.0, encodingUTF8,     View::macRoman, {"REALUnlockString(s1)", "PluginDisposeStringData(data of s1)"}, "string data"},
@@ -311,9 +311,9 @@ TEST_F(RbTextTest, TextWithoutATerminatorIsCopiedWithZerosBehindIt)
     }
 }
 
-// ---- text of no known encoding ----
+// ---- text in an unknown encoding ----
 
-TEST_F(RbTextTest, UnknownTextThatIsAsciiIsHandedOutRaw)
+TEST_F(RbTextTest, UnknownTextThatIsASCIIIsNotCopied)
 {
     const Notes record = {"REALGetStringEncoding(s1) = 0xFFFF", "REALLockString(s1)", "REALLockString(s1)",
                           "REALUnlockString(s1)"};
@@ -331,20 +331,20 @@ TEST_F(RbTextTest, UnknownTextThatIsAsciiIsHandedOutRaw)
     const Notes byService = {"StringGetCString(s1)", "LenB(s1) = 3"};
     // clang-format off
     const struct { double version; const Notes& opening; const Notes& viewing; const char* why; } facts[] = {
-        {0.0,        record,  byRecord,       "an old host: the record's own buffer"},
-        {2011.5,     record,  byRecord,       "likewise"},
-        {before2012, record,  byRecord,       "the last of them"},
-        {2012.0,     record,  byFirstService, "looked at in the record, handed out by services"},
-        {2015.99,    record,  byFirstService, "likewise"},
-        {before2016, record,  byFirstService, "the last of them"},
-        {2016.0,     service, byService,      "services throughout"},
+        {0.0,        record,  byRecord,       "an old host: the record's buffer"},
+        {2011.5,     record,  byRecord,       "an old host"},
+        {before2012, record,  byRecord,       "the last old host"},
+        {2012.0,     record,  byFirstService, "checked in the record, viewed by services"},
+        {2015.99,    record,  byFirstService, "the same"},
+        {before2016, record,  byFirstService, "the last host with readable records"},
+        {2016.0,     service, byService,      "services only"},
     };
     // clang-format on
     for (const auto& fact : facts)
-        for (const char* behind : {"", "#"}) // raw text is never copied, terminated or not
+        for (const char* after : {"", "#"}) // not copied even without a terminator
             for (View view : bothViews) {
                 SCOPED_TRACE(testing::Message() << fact.version << ", " << nameOf(view) << ": " << fact.why);
-                if (*behind) host.behindText = behind;
+                if (*after) host.behindText = after;
                 enter(fact.version);
                 REALstringStruct* string = host.newString("abc", encodingUnknown);
                 EXPECT_EQ(open(string), fact.opening);
@@ -386,7 +386,7 @@ TEST_F(RbTextTest, RawTextWithoutTheServicesIsEmpty)
         }
 }
 
-TEST_F(RbTextTest, UnknownTextThatIsNotAsciiIsTakenForMacRoman)
+TEST_F(RbTextTest, OtherUnknownTextIsReadAsMacRoman)
 {
     const Notes building = {"REALBuildString(\"caf\\x8E\", 4) = s2", "REALSetStringEncoding(s2, 0x0)",
                             "REALUnlockString(s1)"};
@@ -396,7 +396,7 @@ TEST_F(RbTextTest, UnknownTextThatIsNotAsciiIsTakenForMacRoman)
         REALstringStruct* string = host.newString("caf\x8E", encodingUnknown);
         Notes opening = open(string);
         ASSERT_GE(opening.size(), 3u);
-        EXPECT_EQ(Notes(opening.end() - 3, opening.end()), building) << "the string itself is let go again";
+        EXPECT_EQ(Notes(opening.end() - 3, opening.end()), building) << "the original string is released";
         EXPECT_FALSE(text->isRaw());
         EXPECT_FALSE(text->isEmptyText());
         EXPECT_EQ(host.references(string), 1);
@@ -410,7 +410,7 @@ TEST_F(RbTextTest, UnknownTextThatIsNotAsciiIsTakenForMacRoman)
     }
 }
 
-TEST_F(RbTextTest, UnknownTextIsAsciiUpToTheLastByteBelow0x80)
+TEST_F(RbTextTest, UnknownTextIsASCIIIfAllBytesAreBelow0x80)
 {
     // clang-format off
     const struct { const char* bytes; bool isRaw; } facts[] = {
@@ -428,7 +428,7 @@ TEST_F(RbTextTest, UnknownTextIsAsciiUpToTheLastByteBelow0x80)
         }
 }
 
-TEST_F(RbTextTest, UnknownTextOfWhichNoStringCanBeMadeIsEmptyAndSaysSo)
+TEST_F(RbTextTest, UnknownTextIsEmptyAndSetsTheFlagIfNoStringCanBeBuilt)
 {
     for (double version : {2011.5, 2016.0})
         for (bool isMissing : {false, true}) {
@@ -446,7 +446,7 @@ TEST_F(RbTextTest, UnknownTextOfWhichNoStringCanBeMadeIsEmptyAndSaysSo)
                 EXPECT_EQ(take(view), Notes{});
                 expectEmpty(true);
             }
-            EXPECT_EQ(close(), Notes{}) << "nothing is held";
+            EXPECT_EQ(close(), Notes{}) << "no reference";
             host.provide("REALBuildString");
             host.drop(string);
         }
@@ -456,15 +456,15 @@ TEST_F(RbTextTest, UnknownTextHasALargestLength)
 {
     // clang-format off
     const struct { HostInteger length; bool isTried; const char* why; } facts[] = {
-        {0x7FFFFFFB, true,  "with four more it is the largest allocation"},
-        {0x7FFFFFFC, false, "with four more it is past it"},
+        {0x7FFFFFFB, true,  "with four zeros: the largest allocation"},
+        {0x7FFFFFFC, false, "with four zeros: larger than any allocation"},
         {0x7FFFFFFF, false, "the largest length"},
     };
     // clang-format on
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         enter(2016.0);
-        host.claimedLength = fact.length; // the first byte settles that it is not ASCII
+        host.claimedLength = fact.length; // the first byte is not ASCII, so no other is read
         host.failNext("REALBuildString");
         REALstringStruct* string = host.newString("\x8E", encodingUnknown);
         const Notes opening = open(string);
@@ -495,9 +495,9 @@ TEST_F(RbTextTest, UnknownTextOfNegativeLengthIsRawAndEmpty)
     }
 }
 
-// ---- what a text holds, and what is thrown on the way ----
+// ---- references, and exceptions of the host ----
 
-TEST_F(RbTextTest, WithoutTheEncodingServiceTheStringIsHeldAsItIs)
+TEST_F(RbTextTest, TheEncodingCountsAsKnownWithoutTheEncodingService)
 {
     withhold("REALGetStringEncoding");
     REALstringStruct* string = host.newString("abc", encodingUnknown);
@@ -507,7 +507,7 @@ TEST_F(RbTextTest, WithoutTheEncodingServiceTheStringIsHeldAsItIs)
     host.drop(string);
 }
 
-TEST_F(RbTextTest, BothViewsAreGivenBack)
+TEST_F(RbTextTest, BothViewsAreReleased)
 {
     // clang-format off
     const struct { double version; std::uint32_t encoding; Notes closing; } facts[] = {
@@ -520,9 +520,9 @@ TEST_F(RbTextTest, BothViewsAreGivenBack)
     };
     // clang-format on
     for (const auto& fact : facts)
-        for (const char* behind : {"", "#"}) {
+        for (const char* after : {"", "#"}) {
             SCOPED_TRACE(testing::Message() << fact.version << ", " << std::hex << fact.encoding);
-            if (*behind) host.behindText = behind;
+            if (*after) host.behindText = after;
             enter(fact.version);
             REALstringStruct* string = host.newString("abc", fact.encoding);
             open(string);
@@ -535,7 +535,7 @@ TEST_F(RbTextTest, BothViewsAreGivenBack)
         }
 }
 
-TEST_F(RbTextTest, AFailingConstructionLosesNothing)
+TEST_F(RbTextTest, AThrowingConstructionReleasesAllReferences)
 {
     // clang-format off
     const struct { double version; const char* bytes; std::uint32_t encoding; const char* service; } facts[] = {
@@ -558,7 +558,7 @@ TEST_F(RbTextTest, AFailingConstructionLosesNothing)
     }
 }
 
-TEST_F(RbTextTest, AFailingCopyOfUnknownTextBecomesAHostException)
+TEST_F(RbTextTest, AThrowingBuildOfUnknownTextRaisesAHostException)
 {
     REALstringStruct* string = host.newString("\x8E", encodingUnknown);
     host.inNext("REALBuildString", [] { throw std::bad_alloc(); });
@@ -570,7 +570,7 @@ TEST_F(RbTextTest, AFailingCopyOfUnknownTextBecomesAHostException)
     host.drop(string);
 }
 
-TEST_F(RbTextTest, AFailingViewLosesNothing)
+TEST_F(RbTextTest, AThrowingViewReleasesAllReferences)
 {
     for (double version : {2011.5, 2016.0})
         for (View view : bothViews) {

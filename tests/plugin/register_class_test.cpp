@@ -1,5 +1,5 @@
-// Handing over a class, word by word, with definitions made for it: distinct words everywhere, every array
-// there or not.
+// Registration of a class, word by word, with definitions made of distinct words and each array present or
+// not.
 #include "plugin/register_class.h"
 #include "tests/plugin/class_states.h"
 #include "tests/plugin/host_fixture.h"
@@ -15,10 +15,10 @@ constexpr std::size_t arrayCount = std::size(arrayFacts);
 constexpr Word recordCount = 2;
 const char className[] = "Made";
 
-/// How an array of a definition can be.
+/// The state of one array of a definition.
 enum State { nothing, countAlone, addressAlone, records, stateCount };
 
-/// A definition of its own, no word like another, and the records that it points at.
+/// A definition with distinct words, and its records.
 struct MadeClass {
     REALclassDefinition definition;
     std::array<std::vector<Word>, arrayCount> made, original;
@@ -30,11 +30,11 @@ struct MadeClass {
         words[1] = reinterpret_cast<Word>(className);
         words[3] = dataSize;
         for (std::size_t a = 0; a < arrayCount; ++a) {
-            const bool isThere = states[a] == addressAlone || states[a] == records;
-            if (isThere)
+            const bool hasRecords = states[a] == addressAlone || states[a] == records;
+            if (hasRecords)
                 for (Word w = 0; w < recordCount * arrayFacts[a].currentWords; ++w)
                     made[a].push_back(0xE0000000u + 0x10000u * static_cast<Word>(a) + w);
-            words[arrayFacts[a].address] = isThere ? reinterpret_cast<Word>(made[a].data()) : 0;
+            words[arrayFacts[a].address] = hasRecords ? reinterpret_cast<Word>(made[a].data()) : 0;
             words[arrayFacts[a].count] = states[a] == records      ? recordCount
                                          : states[a] == countAlone ? Word(3)
                                                                    : 0;
@@ -46,7 +46,7 @@ struct MadeClass {
 
 class RegisterClassTest : public HostTest {
 protected:
-    /// Register a class in a layout; the words that the host got.
+    /// Register a class in a layout; returns the words that the host received.
     std::vector<Word> registered(MadeClass& made, int layout)
     {
         CurrentREALControlVersion = layout;
@@ -56,12 +56,12 @@ protected:
         if (host.registrations().size() != 1) return {};
         EXPECT_EQ(host.registrations()[0].definition, &made.definition);
         EXPECT_EQ(host.registrations()[0].words, wordsOf(made.definition))
-            << "changed behind the host's back";
+            << "changed after the registration";
         return host.registrations()[0].words;
     }
 };
 
-/// Every way in which six arrays can each be there or not.
+/// Calls `check` with each combination of states of the six arrays.
 template <class Check>
 void forEachCombination(Check check)
 {
@@ -78,7 +78,7 @@ void forEachCombination(Check check)
     }
 }
 
-TEST_F(RegisterClassTest, NewerLayoutsTakeTheDefinitionAsItIs)
+TEST_F(RegisterClassTest, NewerLayoutsReceiveTheDefinitionItself)
 {
     for (int layout : {10, 11, 12, 13})
         forEachCombination([&](const auto& states) {
@@ -86,11 +86,11 @@ TEST_F(RegisterClassTest, NewerLayoutsTakeTheDefinitionAsItIs)
             std::vector<Word> expected = wordsOf(made.definition);
             expected[0] = static_cast<Word>(layout);
             EXPECT_EQ(registered(made, layout), expected);
-            EXPECT_EQ(made.made, made.original) << "the records are not touched";
+            EXPECT_EQ(made.made, made.original) << "the records are unchanged";
         });
 }
 
-TEST_F(RegisterClassTest, LayoutNineGetsCopiesWithoutTheTrailingWords)
+TEST_F(RegisterClassTest, Layout9ReceivesCopiesWithoutTheTrailingWords)
 {
     forEachCombination([&](const auto& states) {
         MadeClass made(states, 20);
@@ -117,14 +117,15 @@ TEST_F(RegisterClassTest, LayoutNineGetsCopiesWithoutTheTrailingWords)
             if (array.isEvents && copy)
                 for (Word record = 0; record < recordCount; ++record)
                     made.original[a][record * 4 + 1] = reinterpret_cast<Word>(copy + record * 2);
-            EXPECT_EQ(made.made[a], made.original[a]) << "only an event's second word leads to its copy";
+            EXPECT_EQ(made.made[a], made.original[a])
+                << "only an event's second word changes: to the address of its copy";
             std::free(const_cast<Word*>(copy));
         }
-        EXPECT_EQ(got, expected) << "counts stay; words beyond the 25th stay; the rest is copied";
+        EXPECT_EQ(got, expected) << "counts and the words after the 25th are unchanged";
     });
 }
 
-TEST_F(RegisterClassTest, WithoutTheServiceTheDefinitionIsAdaptedAllTheSame)
+TEST_F(RegisterClassTest, TheDefinitionIsAdaptedAlsoWithoutTheService)
 {
     withhold("PluginRegisterClass");
     for (int layout : {9, 10, 13}) {
@@ -176,16 +177,16 @@ TEST_F(RegisterClassTest, TheDataSizeIsRoundedUpToSixteen)
         }
 }
 
-TEST_F(RegisterClassTest, ARegisteredClassIsRegisteredAgainUnchanged)
+TEST_F(RegisterClassTest, ASecondRegistrationIsEqual)
 {
     MadeClass made({records, records, records, records, records, records}, 20);
     const std::vector<Word> once = registered(made, 13);
     EXPECT_EQ(registered(made, 13), once);
 }
 
-// ---- properties alone ----
+// ---- FixProperties ----
 
-TEST(FixProperties, GiveTheFirstTenWordsOfEachRecord)
+TEST(FixProperties, ReturnsTheFirstTenWordsOfEachRecord)
 {
     std::vector<Word> current;
     for (Word w = 0; w < 3 * 12; ++w) current.push_back(0x100 + w);
@@ -202,7 +203,7 @@ TEST(FixProperties, GiveTheFirstTenWordsOfEachRecord)
     std::free(older);
 }
 
-TEST(FixProperties, GiveNothingForNothing)
+TEST(FixProperties, ReturnsNullWithoutRecords)
 {
     REALproperty record = {};
     EXPECT_EQ(FixProperties(nullptr, 0), nullptr);

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// One wrapper and its bytes as the program began, when nothing had been looked up.
+/// A service wrapper and its initial bytes, from before any look-up.
 struct Cache {
     void* wrapper;
     std::vector<char> fresh;

@@ -1,5 +1,5 @@
-// The process-wide pointers behind the services, forgotten again between tests.
+// Resets the addresses that the services keep, between tests.
 #pragma once
 
-/// Have every service, and the length method, looked up again on its next use.
+/// Make the services and the length method look up their functions again.
 void forgetServices();

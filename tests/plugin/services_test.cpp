@@ -1,5 +1,5 @@
-// Every service, against a literal table: under which names it is asked for, when it is asked for again, and
-// that a call goes through as it is.
+// The services, compared with a table: the names in each look-up, when a look-up is repeated, and that a call
+// passes arguments and result unchanged.
 #include "plugin/services.h"
 #include "tests/plugin/service_caches.h"
 
@@ -16,32 +16,32 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// ---- a host that is only names ----
+// ---- a host with functions by name ----
 
-Names asked;
+Names lookedUp;
 std::map<std::string, AnyFunction> known;
 
 void* resolve(const char* name)
 {
-    asked.push_back(name);
+    lookedUp.push_back(name);
     const auto found = known.find(name);
     return found == known.end() ? nullptr : reinterpret_cast<void*>(found->second);
 }
 
-Names takeAsked() { return std::exchange(asked, {}); }
+Names takeLookUps() { return std::exchange(lookedUp, {}); }
 
-/// A value of any type that a service takes or gives, another for each seed.
+/// A value of any argument or result type, different for each seed.
 template <class T>
 T valueOf(unsigned seed)
 {
-    const std::uintptr_t bits = 0x81234560u + 0x1010u * seed; // the top bit set: nothing may be narrowed
+    const std::uintptr_t bits = 0x81234560u + 0x1010u * seed; // the top bit is set, to detect narrowing
     if constexpr (std::is_pointer_v<T>)
         return reinterpret_cast<T>(bits);
     else
         return static_cast<T>(bits + seed);
 }
 
-/// The host's function of one signature: it keeps what it is called with.
+/// A host function of one signature, which records its arguments.
 template <class Signature>
 struct Recorder;
 template <class Result, class... Arguments>
@@ -71,10 +71,10 @@ struct Recorder<Result(Arguments...)> {
 struct Row {
     const char* wrapper;
     const char* first;
-    const char* second; // null: there is no other name
+    const char* second; // null: the service has one name
     AnyFunction function;
-    std::function<void()> expectNeutral; // use it: nothing is called, the answer is zero
-    std::function<void()> expectThrough; // use it: the function gets the arguments, its result comes back
+    std::function<void()> expectNeutral; // a call returns zero without a host function
+    std::function<void()> expectThrough; // a call passes arguments and result
 };
 
 template <class Signature, class Wrapper>
@@ -99,16 +99,16 @@ Row row(const char* name, Wrapper& wrapper, const char* first, const char* secon
             [use] {
                 use([](auto answer) {
                     if constexpr (!std::is_void_v<decltype(Host::result())>)
-                        EXPECT_TRUE(answer == decltype(answer){}) << "not zero";
+                        EXPECT_TRUE(answer == decltype(answer){}) << "the result is not zero";
                     EXPECT_EQ(Host::calls, 0);
                 });
             },
             [use] {
                 use([](auto answer) {
                     if constexpr (!std::is_void_v<decltype(Host::result())>)
-                        EXPECT_TRUE(answer == Host::result()) << "another result";
+                        EXPECT_TRUE(answer == Host::result()) << "the result differs";
                     EXPECT_EQ(Host::calls, 1);
-                    EXPECT_TRUE(Host::seen == Host::distinct()) << "other arguments";
+                    EXPECT_TRUE(Host::seen == Host::distinct()) << "the arguments differ";
                 });
             }};
 }
@@ -171,7 +171,7 @@ Names allNames(const Row& service)
     return names;
 }
 
-/// Walk the table, each row with no service looked up yet and a host that knows nothing.
+/// Calls `check` with each row, before any look-up, on a host without functions.
 template <class Check>
 void forEachService(Check check)
 {
@@ -179,7 +179,7 @@ void forEachService(Check check)
         SCOPED_TRACE(service.wrapper);
         forgetServices();
         known.clear();
-        asked.clear();
+        lookedUp.clear();
         gResolver = resolve;
         check(service);
     }
@@ -188,67 +188,67 @@ void forEachService(Check check)
 
 // ---- the rules ----
 
-TEST(Services, AreAskedForByTheirFirstNameOnceAndCallThrough)
+TEST(Services, AreLookedUpOnceByTheirFirstName)
 {
     forEachService([](const Row& service) {
         known[service.first] = service.function;
         service.expectThrough();
-        EXPECT_EQ(takeAsked(), Names{service.first})
-            << "another name is asked for only when this one is unknown";
+        EXPECT_EQ(takeLookUps(), Names{service.first})
+            << "the second name is used only if the first is unknown";
         service.expectThrough();
-        EXPECT_EQ(takeAsked(), Names{}) << "found once, never asked for again";
+        EXPECT_EQ(takeLookUps(), Names{}) << "the address is kept";
     });
 }
 
-TEST(Services, FallBackToTheSecondNameWithinTheSameUse)
+TEST(Services, FallBackToTheSecondNameInTheSameCall)
 {
-    int withFallBack = 0;
+    int withSecondName = 0;
     forEachService([&](const Row& service) {
         if (!service.second) return;
-        ++withFallBack;
+        ++withSecondName;
         known[service.second] = service.function;
         service.expectThrough();
-        EXPECT_EQ(takeAsked(), allNames(service));
+        EXPECT_EQ(takeLookUps(), allNames(service));
         known[service.first] = nullptr;
         service.expectThrough();
-        EXPECT_EQ(takeAsked(), Names{}) << "whichever answered is kept";
+        EXPECT_EQ(takeLookUps(), Names{}) << "the address is kept under either name";
     });
-    EXPECT_EQ(withFallBack, 6);
+    EXPECT_EQ(withSecondName, 6);
 }
 
-TEST(Services, ThatAreMissingAnswerZeroAndAreAskedForAgainOnTheNextUse)
+TEST(Services, ReturnZeroAndRepeatTheLookUpWhileMissing)
 {
     forEachService([](const Row& service) {
         service.expectNeutral();
-        EXPECT_EQ(takeAsked(), allNames(service));
+        EXPECT_EQ(takeLookUps(), allNames(service));
         service.expectNeutral();
-        EXPECT_EQ(takeAsked(), allNames(service)) << "a failed look-up is repeated, in the same order";
+        EXPECT_EQ(takeLookUps(), allNames(service)) << "the look-up is repeated in the same order";
 
         known[service.first] = service.function;
         service.expectThrough();
-        EXPECT_EQ(takeAsked(), Names{service.first}) << "known by now";
+        EXPECT_EQ(takeLookUps(), Names{service.first}) << "the host has the service now";
         service.expectThrough();
-        EXPECT_EQ(takeAsked(), Names{});
+        EXPECT_EQ(takeLookUps(), Names{});
     });
 }
 
-TEST(Services, AnswerZeroBeforeTheHostHasIntroducedItself)
+TEST(Services, ReturnZeroBeforeTheLibraryIsEntered)
 {
     forEachService([](const Row& service) {
         known[service.first] = service.function;
         gResolver = nullptr;
         service.expectNeutral();
-        EXPECT_EQ(takeAsked(), Names{});
+        EXPECT_EQ(takeLookUps(), Names{});
 
         gResolver = resolve;
         service.expectThrough();
     });
 }
 
-TEST(Services, AreFoundWithoutBeingCalled)
+TEST(Services, CanBeFoundWithoutACall)
 {
     known.clear();
-    asked.clear();
+    lookedUp.clear();
     forgetServices();
     gResolver = resolve;
     EXPECT_EQ(REALYieldToRB.find(), nullptr);
@@ -257,12 +257,12 @@ TEST(Services, AreFoundWithoutBeingCalled)
     known["REALYieldToRB"] = reinterpret_cast<AnyFunction>(&Yield::answer);
     EXPECT_EQ(REALYieldToRB.find(), &Yield::answer);
     EXPECT_EQ(REALYieldToRB.find(), &Yield::answer);
-    EXPECT_EQ(takeAsked(), (Names{"REALYieldToRB", "REALYieldToRB"}));
+    EXPECT_EQ(takeLookUps(), (Names{"REALYieldToRB", "REALYieldToRB"}));
     EXPECT_EQ(Yield::calls, 0);
     gResolver = nullptr;
 }
 
-TEST(Services, AllStandInTheTableAbove)
+TEST(Services, AreAllInTheTableAbove)
 {
     std::ifstream source(KVX_SOURCE_DIR "/plugin/services.h");
     ASSERT_TRUE(source);
@@ -271,7 +271,7 @@ TEST(Services, AllStandInTheTableAbove)
     EXPECT_EQ(services, rows().size());
 }
 
-// ---- the length method, which comes through a service ----
+// ---- the length method, which is found through a service ----
 
 Names declarations;
 AnyFunction offeredMethod;
@@ -289,24 +289,24 @@ HostInteger lengthOf(REALstringStruct* text)
     return 1234567;
 }
 
-TEST(LengthMethod, IsLoadedByItsDeclarationAndKeptOnceFound)
+TEST(LengthMethod, IsFoundByItsDeclarationAndKept)
 {
     const std::string declaration = "LenB( s as string ) as integer";
     known.clear();
-    asked.clear();
+    lookedUp.clear();
     declarations.clear();
     offeredMethod = nullptr;
     forgetServices();
     gResolver = resolve;
 
     EXPECT_EQ(hostLength(valueOf<String>(1)), 0);
-    EXPECT_EQ(takeAsked(), Names{"REALLoadGlobalMethod"}) << "no service";
+    EXPECT_EQ(takeLookUps(), Names{"REALLoadGlobalMethod"}) << "the service is missing";
     EXPECT_EQ(hostLength(valueOf<String>(1)), 0);
-    EXPECT_EQ(takeAsked(), Names{"REALLoadGlobalMethod"});
+    EXPECT_EQ(takeLookUps(), Names{"REALLoadGlobalMethod"});
 
     known["REALLoadGlobalMethod"] = reinterpret_cast<AnyFunction>(&loadMethod);
     EXPECT_EQ(hostLength(valueOf<String>(1)), 0);
-    EXPECT_EQ(std::exchange(declarations, {}), Names{declaration}) << "no such method";
+    EXPECT_EQ(std::exchange(declarations, {}), Names{declaration}) << "the method is missing";
 
     offeredMethod = reinterpret_cast<AnyFunction>(&lengthOf);
     EXPECT_EQ(hostLength(valueOf<String>(1)), 1234567);
@@ -314,8 +314,8 @@ TEST(LengthMethod, IsLoadedByItsDeclarationAndKeptOnceFound)
 
     offeredMethod = nullptr;
     EXPECT_EQ(hostLength(valueOf<String>(1)), 1234567);
-    EXPECT_EQ(declarations, Names{}) << "kept for good";
-    EXPECT_EQ(takeAsked(), Names{"REALLoadGlobalMethod"}) << "the service is kept, too";
+    EXPECT_EQ(declarations, Names{}) << "the method is kept";
+    EXPECT_EQ(takeLookUps(), Names{"REALLoadGlobalMethod"}) << "the service is kept";
     gResolver = nullptr;
 }
 

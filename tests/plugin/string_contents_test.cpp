@@ -1,4 +1,4 @@
-// Where the bytes of a host string come from: the record of an older host, the services of a newer one.
+// The bytes of a host string: from the record of an older host, by the services of a newer one.
 #include "plugin/string_contents.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -8,8 +8,7 @@ namespace {
 
 class StringContentsTest : public HostTest {
 protected:
-    /// What is called when the contents of `text` are taken and let go again; `bytes` and `count` are what
-    /// they were in between.
+    /// Read and release the contents of `text`. Returns the calls; keeps address, count and references.
     Notes read(REALstringStruct* text)
     {
         host.forget();
@@ -17,14 +16,14 @@ protected:
             const StringContents contents = REALGetStringContents(text);
             count = contents.count;
             address = contents.bytes;
-            referencesMeanwhile = host.references(text);
+            referencesWhileHeld = host.references(text);
         }
         return takeCalls();
     }
 
     HostInteger count = -1;
     const char* address = nullptr;
-    int referencesMeanwhile = 0;
+    int referencesWhileHeld = 0;
 };
 
 const Notes byRecord = {"REALLockString(s1)", "REALUnlockString(s1)"};
@@ -32,18 +31,18 @@ const Notes byService = {"StringGetCString(s1)",
                          "REALLoadGlobalMethod(null, LenB( s as string ) as integer) = LenB", "LenB(s1) = 3",
                          "REALLockString(s1)", "REALUnlockString(s1)"};
 
-TEST_F(StringContentsTest, ComeFromTheRecordBefore2016AndFromServicesSince)
+TEST_F(StringContentsTest, ComeFromTheRecordBefore2016AndFromServicesAfterwards)
 {
     // clang-format off
     const struct { double version; const Notes& calls; const char* why; } facts[] = {
-        {0.0,       byRecord,  "no version known"},
+        {0.0,       byRecord,  "no version"},
         {2010.5,    byRecord,  "an old host"},
-        {2012.0,    byRecord,  "encodings change nothing here"},
-        {2015.0,    byRecord,  "host 2015: from its record"},
-        {2015.9999, byRecord,  "just below"},
-        {2016.0,    byService, "host 2016: from StringGetCString and LenB"},
+        {2012.0,    byRecord,  "a host with string encodings"},
+        {2015.0,    byRecord,  "host 2015: the record"},
+        {2015.9999, byRecord,  "just below 2016"},
+        {2016.0,    byService, "host 2016: StringGetCString and LenB"},
         {2019.01,   byService, "a later one"},
-        {std::nan(""), byRecord, "not a number: an old host"},
+        {std::nan(""), byRecord, "NaN counts as an old host"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -53,12 +52,12 @@ TEST_F(StringContentsTest, ComeFromTheRecordBefore2016AndFromServicesSince)
         EXPECT_EQ(read(text), fact.calls);
         EXPECT_EQ(count, 3);
         EXPECT_EQ(address, host.storageOf(text));
-        EXPECT_EQ(referencesMeanwhile, 2) << "held as long as the bytes are used";
+        EXPECT_EQ(referencesWhileHeld, 2) << "the contents hold a reference";
         host.drop(text);
     }
 }
 
-TEST_F(StringContentsTest, OfNoStringAreNothing)
+TEST_F(StringContentsTest, OfNullAreNullAndZero)
 {
     for (double version : {2015.0, 2016.0}) {
         enter(version);
@@ -68,7 +67,7 @@ TEST_F(StringContentsTest, OfNoStringAreNothing)
     }
 }
 
-TEST_F(StringContentsTest, LackWhatTheHostLacks)
+TEST_F(StringContentsTest, AreIncompleteWithoutAService)
 {
     // clang-format off
     const struct { const char* missing; bool hasBytes; HostInteger count; Notes calls; } facts[] = {
@@ -84,7 +83,7 @@ TEST_F(StringContentsTest, LackWhatTheHostLacks)
         enter(2016.0);
         withhold(fact.missing);
         REALstringStruct* text = host.newString("abc", encodingUTF8);
-        host.hold(text); // a host without REALLockString would lose it
+        host.hold(text); // for the host without REALLockString
 
         EXPECT_EQ(read(text), fact.calls);
         EXPECT_EQ(address, fact.hasBytes ? host.storageOf(text) : nullptr);
@@ -94,7 +93,7 @@ TEST_F(StringContentsTest, LackWhatTheHostLacks)
     }
 }
 
-TEST_F(StringContentsTest, LookEachServiceUpOnce)
+TEST_F(StringContentsTest, LookUpEachServiceOnce)
 {
     REALstringStruct* text = host.newString("abc", encodingUTF8);
     read(text);
@@ -107,7 +106,7 @@ TEST_F(StringContentsTest, LookEachServiceUpOnce)
     host.drop(text);
 }
 
-TEST_F(StringContentsTest, OfARecordWithoutABufferAreNone)
+TEST_F(StringContentsTest, OfARecordWithoutABufferAreNullAndZero)
 {
     enter(2015.0);
     REALstringStruct* text = host.newString("", encodingUTF8);

@@ -1,4 +1,4 @@
-// What becomes of a C++ exception: one row a type.
+// The host exception for each type of C++ exception: one row per type.
 #include "abi/host_values.h"
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
@@ -20,7 +20,7 @@
 namespace {
 
 struct Custom : std::exception {
-    const char* what() const noexcept override { return "a text of its own"; }
+    const char* what() const noexcept override { return "a derived class's text"; }
 };
 struct Wordless : std::exception {
     const char* what() const noexcept override { return nullptr; }
@@ -56,14 +56,14 @@ struct Row {
     std::optional<std::string> message;
 };
 
-/// A row whose message is given.
+/// A row with a given message.
 template <class T>
 Row row(const char* type, T exception, const char* className, const char* message)
 {
     return {type, [exception] { throw exception; }, className, message};
 }
 
-/// A row whose message is the exception's own text.
+/// A row with the message of what().
 template <class T>
 Row ownText(const char* type, T exception, const char* className)
 {
@@ -104,13 +104,13 @@ std::vector<Row> rows()
         ownText("bad_variant_access",      std::bad_variant_access(),                                         runtime),
         ownText("bad_exception",           std::bad_exception(),                                              runtime),
         ownText("exception",               std::exception(),                                                  runtime),
-        row("derived from exception",      Custom(),                                                          runtime,    "a text of its own"),
+        row("derived from exception",      Custom(),                                                          runtime,    "a derived class's text"),
         row("int",                         42,                                                                runtime,    unnamed),
         row("text",                        "a text",                                                          runtime,    unnamed),
         row("a record",                    NoException(),                                                     runtime,    unnamed),
         row("a pointer to an exception",   static_cast<std::exception*>(nullptr),                             runtime,    unnamed),
         {"an exception without a text",    [] { throw Wordless(); },                                          runtime,    {}},
-        {"a range error twice over",       [] { throw RangeAndRuntime(); },                                   bounds,     "range first"},
+        {"two range errors in one class",       [] { throw RangeAndRuntime(); },                                   bounds,     "range first"},
     };
     // clang-format on
 }
@@ -127,14 +127,14 @@ protected:
     }
 };
 
-TEST_F(TranslationTest, OfTheExceptionInHand)
+TEST_F(TranslationTest, RaisesTheHostExceptionForTheHandledException)
 {
     for (const Row& fact : rows()) {
         SCOPED_TRACE(fact.type);
         enter(2016.0);
         try {
             fact.throwIt();
-            ADD_FAILURE() << "nothing was thrown";
+            ADD_FAILURE() << "no exception was thrown";
         } catch (...) {
             RaiseHandledException();
         }
@@ -142,7 +142,7 @@ TEST_F(TranslationTest, OfTheExceptionInHand)
     }
 }
 
-TEST_F(TranslationTest, OfWhateverIsThrownWhileAStringIsBuilt)
+TEST_F(TranslationTest, RaisesTheHostExceptionForAFailedString)
 {
     for (const Row& fact : rows()) {
         SCOPED_TRACE(fact.type);
@@ -153,7 +153,7 @@ TEST_F(TranslationTest, OfWhateverIsThrownWhileAStringIsBuilt)
     }
 }
 
-TEST_F(TranslationTest, DropsWhatWasTakenOnTheWay)
+TEST_F(TranslationTest, ReleasesAllHostValues)
 {
     // clang-format off
     const struct { double version; std::uint32_t encoding; const char* service; } facts[] = {
@@ -170,7 +170,7 @@ TEST_F(TranslationTest, DropsWhatWasTakenOnTheWay)
         {2011.5, encodingUTF32, "REALConvertString"},
     };
     // clang-format on
-    const std::string longText(4000, 'a'); // a UTF-32 text of this size is converted in a buffer of the heap
+    const std::string longText(4000, 'a'); // UTF-32 of this size is converted on the heap
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.service << " on host " << fact.version);
         enter(fact.version);

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(Truncation, IsTowardZeroAndHasOneAnswerForWhatDoesNotFit)
+TEST(Truncation, IsTowardZeroAndGivesTheLowestNumberOutOfRange)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
@@ -22,12 +22,12 @@ TEST(Truncation, IsTowardZeroAndHasOneAnswerForWhatDoesNotFit)
         {1.5,                           1,                     "toward zero"},
         {-1.5,                          -1,                    "toward zero"},
         {2.5,                           2,                     "not to even"},
-        {2147483647.9,                  2147483647,            "past 32 bits, just not"},
-        {2147483648.5,                  2147483648,            "past 32 bits"},
-        {-4294967297.25,                -4294967297,           "past 32 bits"},
-        {9007199254740993.0,            9007199254740992,      "as exact as the value is"},
+        {2147483647.9,                  2147483647,            "the largest below 2^31"},
+        {2147483648.5,                  2147483648,            "more than 32 bits"},
+        {-4294967297.25,                -4294967297,           "more than 32 bits"},
+        {9007199254740993.0,            9007199254740992,      "the nearest double"},
         {std::nextafter(edge, 0),       9223372036854774784,   "the largest that fits"},
-        {edge,                          lowest,                "the first that does not"},
+        {edge,                          lowest,                "the first that does not fit"},
         {1e300,                         lowest,                "far too large"},
         {infinity,                      lowest,                "infinity"},
         {std::nextafter(-edge, 0),      -9223372036854774784,  "near the lowest"},
@@ -35,9 +35,9 @@ TEST(Truncation, IsTowardZeroAndHasOneAnswerForWhatDoesNotFit)
         {std::nextafter(-edge, -infinity), lowest,             "the first below"},
         {-1e300,                        lowest,                "far too small"},
         {-infinity,                     lowest,                "minus infinity"},
-        {std::nan(""),                  lowest,                "not a number"},
-        {-std::nan(""),                 lowest,                "not a number either"},
-        {std::numeric_limits<double>::denorm_min(), 0,         "the smallest above zero"},
+        {std::nan(""),                  lowest,                "NaN"},
+        {-std::nan(""),                 lowest,                "negative NaN"},
+        {std::numeric_limits<double>::denorm_min(), 0,         "the smallest positive number"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -47,24 +47,24 @@ TEST(Truncation, IsTowardZeroAndHasOneAnswerForWhatDoesNotFit)
     }
 }
 
-TEST(Truncation, FramesWrapAtThirtyTwoBits)
+TEST(Truncation, FrameNumbersWrapAt32Bits)
 {
     const struct {
-        double place;
+        double position;
         std::uint32_t frame;
         const char* why;
     } facts[] = {
         {88200.9, 88200, "toward zero"},
-        {4294967295.0, 0xFFFFFFFF, "the greatest"},
-        {4294967296.0, 0, "and the one behind it"},
-        {-0.5, 0, "up to the first"},
-        {-1.0, 0xFFFFFFFF, "one in front of it"},
-        {-44100.0, 0xFFFF53BC, "a second in front of it"},
-        {std::numeric_limits<double>::infinity(), 0, "the low half is zero"},
-        {std::nan(""), 0, "the low half is zero"},
+        {4294967295.0, 0xFFFFFFFF, "the largest frame number"},
+        {4294967296.0, 0, "the next position"},
+        {-0.5, 0, "toward zero"},
+        {-1.0, 0xFFFFFFFF, "one frame before the start"},
+        {-44100.0, 0xFFFF53BC, "one second before the start"},
+        {std::numeric_limits<double>::infinity(), 0, "the low 32 bits of INT64_MIN"},
+        {std::nan(""), 0, "the low 32 bits of INT64_MIN"},
     };
     for (const auto& fact : facts)
-        EXPECT_EQ(frameAt(fact.place), fact.frame) << fact.place << ": " << fact.why;
+        EXPECT_EQ(frameAt(fact.position), fact.frame) << fact.position << ": " << fact.why;
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The class as it is published, against tables written out here.
+// The class table of QTSoundStreamKVX, compared with the tables below.
 #include "abi/accessor_sentinels.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
@@ -25,8 +25,8 @@ const struct {
     const char* name;
     const char* type;
     Access access;
-    HostInteger place;         // of a field, in the class data
-    HostInteger placeOn32Bits; // as the host of the target is told
+    HostInteger offset;         // of a field, in the class data
+    HostInteger offsetOn32Bits; // of a field, in the product
 } properties[] = {
     {"PostsStatusNotifications",   "Boolean", accessors, 0,                                       0},
     {"IsStreamActive",             "Boolean", getter,    0,                                       0},
@@ -47,7 +47,7 @@ const char* const methods[] = {
     "AudioOutputUnitStart(componenthandle as integer) as integer",
 };
 
-const struct { std::size_t place, size, placeOn32Bits, sizeOn32Bits; const char* name; } record[] = {
+const struct { std::size_t offset, size, offsetOn32Bits, sizeOn32Bits; const char* name; } record[] = {
 #define FIELD(member) offsetof(SoundStreamData, member), sizeof(SoundStreamData::member)
     {FIELD(state),         0, 4, "state"},
     {FIELD(ownsState),     4, 1, "ownsState"},
@@ -57,15 +57,15 @@ const struct { std::size_t place, size, placeOn32Bits, sizeOn32Bits; const char*
 };
 // clang-format on
 
-TEST(SoundStreamClass, ItsRecordHasItsFieldsInOrder)
+TEST(SoundStreamClass, HasTheFieldsOfItsRecordInOrder)
 {
     std::size_t end = 0;
     for (const auto& fact : record) {
         SCOPED_TRACE(fact.name);
-        EXPECT_GE(fact.place, end);
-        end = fact.place + fact.size;
+        EXPECT_GE(fact.offset, end);
+        end = fact.offset + fact.size;
         if (sizeof(void*) != 4) continue;
-        EXPECT_EQ(fact.place, fact.placeOn32Bits);
+        EXPECT_EQ(fact.offset, fact.offsetOn32Bits);
         EXPECT_EQ(fact.size, fact.sizeOn32Bits);
     }
     if (sizeof(void*) == 4) {
@@ -73,7 +73,7 @@ TEST(SoundStreamClass, ItsRecordHasItsFieldsInOrder)
     }
 }
 
-TEST(SoundStreamClass, HasItsNameItsSizeAndItsCounts)
+TEST(SoundStreamClass, HasItsNameSizeAndCounts)
 {
     const REALclassDefinition& definition = soundStreamClass;
     EXPECT_EQ(definition.version, 13u);
@@ -101,11 +101,11 @@ TEST(SoundStreamClass, HasItsNameItsSizeAndItsCounts)
     for (const Word word : definition.newer) EXPECT_EQ(word, 0u);
 }
 
-TEST(SoundStreamClass, ListsSixPropertiesInOrder)
+TEST(SoundStreamClass, HasSixPropertiesInOrder)
 {
     ASSERT_EQ(soundStreamClass.propertyCount, std::size(properties));
-    const auto getterMark = reinterpret_cast<AnyFunction>(REALstandardGetter);
-    const auto setterMark = reinterpret_cast<AnyFunction>(REALstandardSetter);
+    const auto fieldGetter = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    const auto fieldSetter = reinterpret_cast<AnyFunction>(REALstandardSetter);
     const auto* row = static_cast<const REALproperty*>(soundStreamClass.properties);
     for (const auto& expected : properties) {
         SCOPED_TRACE(expected.name);
@@ -114,12 +114,12 @@ TEST(SoundStreamClass, ListsSixPropertiesInOrder)
         EXPECT_STREQ(row->type, expected.type);
         EXPECT_EQ(row->flags, 6u);
         EXPECT_NE(row->getter, nullptr);
-        EXPECT_EQ(row->getter == getterMark, expected.access == field);
-        EXPECT_EQ(row->setter == setterMark, expected.access == field);
+        EXPECT_EQ(row->getter == fieldGetter, expected.access == field);
+        EXPECT_EQ(row->setter == fieldSetter, expected.access == field);
         EXPECT_EQ(row->setter == nullptr, expected.access == getter);
-        EXPECT_EQ(row->parameter, expected.place);
+        EXPECT_EQ(row->parameter, expected.offset);
         if (sizeof(void*) == 4) {
-            EXPECT_EQ(row->parameter, expected.placeOn32Bits);
+            EXPECT_EQ(row->parameter, expected.offsetOn32Bits);
         }
         EXPECT_EQ(row->editor, nullptr);
         EXPECT_EQ(row->enumeration, nullptr);
@@ -160,7 +160,7 @@ TEST(SoundStreamClass, GettersIgnoreTheirParameter)
     }
 }
 
-TEST(SoundStreamClass, ListsEightMethodsInOrder)
+TEST(SoundStreamClass, HasEightMethodsInOrder)
 {
     ASSERT_EQ(soundStreamClass.methodCount, std::size(methods));
     std::set<AnyFunction> functions;
@@ -169,7 +169,7 @@ TEST(SoundStreamClass, ListsEightMethodsInOrder)
         SCOPED_TRACE(declaration);
         EXPECT_STREQ(row->declaration, declaration);
         EXPECT_NE(row->function, nullptr);
-        EXPECT_TRUE(functions.insert(row->function).second) << "a function of its own";
+        EXPECT_TRUE(functions.insert(row->function).second) << "each method has a different function";
         EXPECT_EQ(row->setter, nullptr);
         EXPECT_EQ(row->flags, 4u);
         EXPECT_EQ(row->trailing[0], 0u);
@@ -178,9 +178,9 @@ TEST(SoundStreamClass, ListsEightMethodsInOrder)
     }
 }
 
-TEST(SoundStreamClass, AnObjectBeginsWithZeros)
+TEST(SoundStreamClass, AnObjectStartsWithZeros)
 {
-    soundstream_test::StreamObject object; // in memory that held something else
+    soundstream_test::StreamObject object; // its memory is not zeroed before
     const SoundStreamData& data = object.data();
     EXPECT_EQ(data.state, nullptr);
     EXPECT_EQ(data.ownsState, false);
@@ -190,7 +190,7 @@ TEST(SoundStreamClass, AnObjectBeginsWithZeros)
     EXPECT_TRUE(object.isUntouchedAround());
 }
 
-/// What a host that reads a layout is handed.
+/// The definition that a host of one layout receives.
 class RegisteredSoundStream : public testing::Test {
 protected:
     ~RegisteredSoundStream() override { gResolver = nullptr; }
