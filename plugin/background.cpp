@@ -23,9 +23,9 @@ constexpr Duration waitMilliseconds = 1;
 struct RunThreadState {
     pthread_t thread;       ///< on systems without a queue
     pthread_mutex_t* mutex; ///< guards `done`; null without memory
-    std::uint8_t running;   ///< a worker exists; part of the published record, not read
+    std::uint8_t running;   ///< a worker exists; not read
     std::uint8_t done;      ///< the work has finished
-    std::uint8_t isQueued;  ///< the work is on the system's queue; the same
+    std::uint8_t isQueued;  ///< the work is on the system's queue; not read
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);
@@ -132,7 +132,7 @@ void runOnThread(const RunThreadState& request)
     state.running = 1;
     waitForWorker(state);
     pthread_join(state.thread, nullptr);
-    pthread_detach(state.thread); // some systems keep a joined thread's memory until this call
+    pthread_detach(state.thread); // on some systems the join alone does not free the thread
     state.thread = pthread_t();
     state.running = 0;
 }

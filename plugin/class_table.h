@@ -60,26 +60,23 @@ AnyFunction setterWord()
         return address<setter>();
 }
 
-inline REALproperty propertyRow(const char* group, const char* name, const char* type, AnyFunction getter,
-                                AnyFunction setter, HostInteger parameter)
-{
-    return {group, name, type, propertyFlags, getter, setter, parameter, nullptr, nullptr, 0, {0, 0}};
-}
-
 template <auto getter, auto setter, class T>
 REALproperty property(const char* group, const char* name, HostType<T> type)
 {
     static_assert(isGetterOf<getter, T>, "the getter differs from the type column");
     static_assert(isSetterOf<setter, T>, "the setter differs from the type column");
-    return propertyRow(group, name, type.name, address<getter>(), setterWord<setter>(), 0);
+    return {group,   name,    type.name, propertyFlags, address<getter>(), setterWord<setter>(), 0,
+            nullptr, nullptr, 0,         {0, 0}};
 }
 
 template <class T, auto setter>
 REALproperty field(const char* name, HostType<T> type, std::size_t offset)
 {
     static_assert(isSetterOf<setter, T> || isDirect<setter>, "the setter differs from the type column");
-    return propertyRow("", name, type.name, reinterpret_cast<AnyFunction>(REALstandardGetter),
-                       setterWord<setter>(), static_cast<HostInteger>(offset));
+    const auto getter = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    const auto parameter = static_cast<HostInteger>(offset);
+    return {"",      name,    type.name, propertyFlags, getter, setterWord<setter>(), parameter,
+            nullptr, nullptr, 0,         {0, 0}};
 }
 
 /// A property with functions: name, type, getter, setter or `readOnly`.
@@ -95,8 +92,11 @@ REALproperty field(const char* name, HostType<T> type, std::size_t offset)
 
 // ---- methods ----
 
-/// A method of the class itself: its function has no object parameter.
-struct SharedMethod : REALmethod {};
+/// The row of a method without an object. It has its own type because a method must not replace it.
+struct SharedMethod {
+    explicit SharedMethod(const REALmethod& method) : row(method) {}
+    REALmethod row;
+};
 static_assert(sizeof(SharedMethod) == sizeof(REALmethod), "the host reads an array of REALmethod");
 
 template <class Result, class... Arguments>
@@ -154,10 +154,8 @@ REALmethod indexedProperty(const char* declaration)
 
 /// A method without an object: function, declaration.
 #define KVX_SHARED_METHOD(function, declaration)                                                             \
-    table::SharedMethod                                                                                      \
-    {                                                                                                        \
-        table::method<function>(table::checked<table::isSharedMethod(function, declaration)>(declaration))   \
-    }
+    table::SharedMethod(                                                                                     \
+        table::method<function>(table::checked<table::isSharedMethod(function, declaration)>(declaration)))
 
 /// A constant of the class: "Name = value".
 inline REALconstant classConstant(const char* declaration) { return {declaration, {0, 0, 0, 0}}; }
@@ -189,7 +187,8 @@ struct Members {
 template <auto function>
 AnyFunction lifetimeWord()
 {
-    static_assert(std::is_convertible_v<decltype(function), void (*)(REALobjectStruct*)>);
+    static_assert(std::is_convertible_v<decltype(function), void (*)(REALobjectStruct*)>,
+                  "a constructor or destructor has an object and no result");
     if constexpr (std::is_null_pointer_v<decltype(function)>)
         return nullptr;
     else

@@ -50,7 +50,7 @@ void enter(REALResolver resolver)
     resolve<void(int)>("RegisterPluginVersion")(CurrentREALControlVersion);
 
     if (REALinRuntime()) soundComponentEntry = soundStreamDispatcher;
-    for (auto* definition : classes) MyREALRegisterClass(definition);
+    for (REALclassDefinition* const definition : classes) MyREALRegisterClass(definition);
 }
 
 } // namespace

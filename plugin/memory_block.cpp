@@ -25,7 +25,8 @@ REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size)
     if (!data || size <= 0) return nullptr;
     if (size < refusedBlockSize) {
         try {
-            if (auto block = copyIntoNewBlock(data, static_cast<HostInteger>(size))) return block.release();
+            if (OwnedMemoryBlock block = copyIntoNewBlock(data, static_cast<HostInteger>(size)))
+                return block.release();
         } catch (const std::bad_alloc&) { // the same error as a null block
         }
     }

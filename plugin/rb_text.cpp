@@ -69,7 +69,7 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
         return slot.bytes;
     }
 
-    // The record and its encoding word are readable on the same hosts only.
+    // The encoding word is read only on hosts whose record may be read.
     const bool readsRecord = mayReadRecord && rbversion_rbversion < hostWithMovingBuffers &&
                              (held_->encoding == encodingASCII || held_->encoding == encodingUTF8);
     if (readsRecord) {
