@@ -68,7 +68,7 @@ TEST_F(PropertyCFStrings, AreConvertedAndReleased)
         });
 }
 
-TEST_F(PropertyCFStrings, OfAnotherSizeAreNilWithoutAnError)
+TEST_F(PropertyCFStrings, AreNilWithoutAnErrorForAnotherSize)
 {
     for (const std::uint32_t size : {0u, 1u, referenceSize - 1, referenceSize + 1, referenceSize * 2,
                                      0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {

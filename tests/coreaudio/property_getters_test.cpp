@@ -145,7 +145,7 @@ TEST_F(PropertyGetters, ReadTheSizeThenTheValue)
     }
 }
 
-TEST_F(PropertyGetters, OfTextLabelItByItsBytes)
+TEST_F(PropertyGetters, LabelTextByItsBytes)
 {
     const struct {
         std::string bytes;
@@ -178,7 +178,7 @@ TEST_F(PropertyGetters, OfTextLabelItByItsBytes)
 }
 
 // The text getter reads a CFString reference as bytes; the CFString getter reads the string.
-TEST_F(PropertyGetters, OfTextReadAReferenceAsBytes)
+TEST_F(PropertyGetters, ReadACFStringReferenceAsBytes)
 {
     const property_spy::PlatformString text("ignored");
     const Text selector = host().newString(selectorText, encodingASCII);
@@ -193,7 +193,7 @@ TEST_F(PropertyGetters, OfTextReadAReferenceAsBytes)
     EXPECT_EQ(text.releases, 0);
 }
 
-TEST_F(PropertyGetters, OfMemoryReturnACopy)
+TEST_F(PropertyGetters, ReturnANewBlockPerCall)
 {
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {
@@ -293,7 +293,7 @@ TEST_F(PropertyGetters, AreNilIfTheHostBuildsNothing)
     });
 }
 
-TEST_F(PropertyGetters, OfMemoryReleaseABlockWithoutMemory)
+TEST_F(PropertyGetters, ReleaseABlockWithoutMemory)
 {
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {

@@ -31,7 +31,7 @@ protected:
 
 UInt32 count(const std::string& bytes) { return static_cast<UInt32>(bytes.size()); }
 
-TEST_F(PropertySetters, OfTextPassItsStoredBytes)
+TEST_F(PropertySetters, PassTheStoredBytesOfText)
 {
     const struct {
         std::string bytes;
@@ -68,7 +68,7 @@ TEST_F(PropertySetters, OfTextPassItsStoredBytes)
         }
 }
 
-TEST_F(PropertySetters, OfNilTextPassNoBytes)
+TEST_F(PropertySetters, PassNoBytesForNilText)
 {
     for (const double version : {oldHost, newHost}) {
         SCOPED_TRACE(version);
@@ -81,7 +81,7 @@ TEST_F(PropertySetters, OfNilTextPassNoBytes)
     }
 }
 
-TEST_F(PropertySetters, OfEmptyTextPassNoBytes)
+TEST_F(PropertySetters, PassNoBytesForEmptyText)
 {
     for (const double version : {oldHost, newHost}) {
         SCOPED_TRACE(version);
@@ -98,7 +98,7 @@ TEST_F(PropertySetters, OfEmptyTextPassNoBytes)
     }
 }
 
-TEST_F(PropertySetters, OfTextUseTheServicesOfTheHostsVersion)
+TEST_F(PropertySetters, UseTheServicesOfTheHostsVersion)
 {
     const struct {
         double version;
@@ -171,7 +171,7 @@ TEST_F(PropertySetters, PassTheTimeStampOfTheBlock)
     });
 }
 
-TEST_F(PropertySetters, OfMemoryPassAnyRangeUnchecked)
+TEST_F(PropertySetters, PassAnyRangeOfMemoryUnchecked)
 {
     const struct {
         HostInteger offset, length;
@@ -211,7 +211,7 @@ TEST_F(PropertySetters, OfMemoryPassAnyRangeUnchecked)
     }
 }
 
-TEST_F(PropertySetters, OfMemoryPassTheBytesOfTheBlock)
+TEST_F(PropertySetters, PassTheBytesOfTheBlock)
 {
     forAll([&](const Target& target) {
         const Block block = host().newMemoryBlock("0123456789");
@@ -221,7 +221,7 @@ TEST_F(PropertySetters, OfMemoryPassTheBytesOfTheBlock)
     });
 }
 
-TEST_F(PropertySetters, OfNilMemoryUseTheOffsetAsAddress)
+TEST_F(PropertySetters, UseTheOffsetAsAddressForNilMemory)
 {
     for (const HostInteger offset : {HostInteger{0x1234}, HostInteger{-16}, HostInteger{0}}) {
         SCOPED_TRACE(offset);
@@ -332,7 +332,7 @@ TEST_F(PropertySetters, ContinueWithoutAMissingService)
 }
 
 // Runs in a new process: the length method stays found for the life of a process.
-TEST_F(PropertySetters, WithoutTheLengthMethodPassNoBytes)
+TEST_F(PropertySetters, PassNoBytesWithoutTheLengthMethod)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
@@ -353,7 +353,7 @@ TEST_F(PropertySetters, WithoutTheLengthMethodPassNoBytes)
         testing::ExitedWithCode(0), "");
 }
 
-TEST_F(PropertySetters, OfMemoryUseTheOffsetAsAddressWithoutTheAddressService)
+TEST_F(PropertySetters, UseTheOffsetAsAddressWithoutTheAddressService)
 {
     host().withhold("memoryBlockGetPtr");
     const Block block = host().newMemoryBlock("abc");

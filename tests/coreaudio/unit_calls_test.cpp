@@ -16,7 +16,7 @@ HostInteger integer(std::uint32_t bits) { return static_cast<std::int32_t>(bits)
 
 const OSStatus statuses[] = {0, 1, -1, -50, -10879, static_cast<OSStatus>(0x80008001), INT_MAX, INT_MIN};
 
-TEST_F(UnitCalls, OfAUnitReturnItsStatus)
+TEST_F(UnitCalls, ReturnTheStatusOfAUnitFunction)
 {
     for (const char* name :
          {"AudioUnitInitialize", "AudioUnitUninitialize", "AudioOutputUnitStart", "AudioOutputUnitStop"})
@@ -42,7 +42,7 @@ TEST_F(UnitCalls, PassANullUnitToThePlatform)
     }
 }
 
-TEST_F(UnitCalls, ResetPassesScopeAndElement)
+TEST_F(UnitCalls, PassScopeAndElementToReset)
 {
     for (const OSStatus status : statuses) {
         property_spy::reset();

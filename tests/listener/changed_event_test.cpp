@@ -57,7 +57,7 @@ protected:
 
 // ---- on the main thread ----
 
-TEST_F(ChangedEvent, IsRaisedAtOnceOnTheMainThread)
+TEST_F(ChangedEvent, IsRaisedSynchronouslyOnTheMainThread)
 {
     for (HostInteger layout = 9; layout <= 13; ++layout) {
         SCOPED_TRACE(layout);
@@ -217,7 +217,7 @@ TEST_F(ChangedEvent, IsRaisedOncePerQueuedNotification)
     destruct(memory.object());
 }
 
-TEST_F(ChangedEvent, OfADestroyedListenerIsDropped)
+TEST_F(ChangedEvent, IsDroppedForADestroyedListener)
 {
     auto memory = std::make_unique<Memory>();
     const auto registration = listen(memory->object());
@@ -230,7 +230,7 @@ TEST_F(ChangedEvent, OfADestroyedListenerIsDropped)
     EXPECT_EQ(host().calls(), fake::Notes());
 }
 
-TEST_F(ChangedEvent, OfADestroyedListenerIsNotRaisedForTheNextAtItsAddress)
+TEST_F(ChangedEvent, IsNotRaisedForANewListenerAtTheSameAddress)
 {
     const Memory memory;
     const auto first = listen(memory.object());
@@ -239,7 +239,7 @@ TEST_F(ChangedEvent, OfADestroyedListenerIsNotRaisedForTheNextAtItsAddress)
     const auto second = listen(memory.object());
     EXPECT_EQ(second.client, first.client);
     dispatch_spy::run();
-    EXPECT_EQ(events, Events()) << "stale";
+    EXPECT_EQ(events, Events()) << "the event is from before the construction";
     notifyFromThread(second);
     dispatch_spy::run();
     EXPECT_EQ(events, Events{memory.object()});
@@ -277,7 +277,7 @@ TEST_F(ChangedEvent, IsRaisedUntilThePlatformRemovesTheListener)
     EXPECT_EQ(events.size(), 1u) << "not after the removal";
 }
 
-TEST_F(ChangedEvent, OfAListenerWhoseRemovalThrewIsDropped)
+TEST_F(ChangedEvent, IsDroppedForAListenerWhoseRemovalThrew)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
@@ -374,7 +374,7 @@ TEST_F(ChangedEvent, IsDroppedForAListenerWithoutMemory)
     EXPECT_EQ(watched::liveBlocks(), blocks);
 }
 
-TEST_F(ChangedEvent, OfAnEarlierListenerIsDroppedForOneWithoutMemory)
+TEST_F(ChangedEvent, IsDroppedForALaterListenerWithoutMemory)
 {
     const Memory memory;
     const auto first = listen(memory.object());

@@ -41,7 +41,7 @@ Notes callocedAndFreed(std::size_t bytes) { return {"calloc " + std::to_string(b
 
 // ---- zeroed memory ----
 
-TEST_F(AllocationTest, OfZeroedMemoryHasOneByteTo31Bits)
+TEST_F(AllocationTest, ZeroedMemoryHasOneTo2147483647Bytes)
 {
     // clang-format off
     const struct { std::int64_t count; bool allocates; const char* why; } facts[] = {
@@ -64,7 +64,7 @@ TEST_F(AllocationTest, OfZeroedMemoryHasOneByteTo31Bits)
     watched::refuseCalloc(0);
 }
 
-TEST_F(AllocationTest, OfZeroedRecordsCountsBytes)
+TEST_F(AllocationTest, ZeroedRecordsAreLimitedByTheirBytes)
 {
     struct Record {
         char bytes[12];
@@ -85,7 +85,7 @@ TEST_F(AllocationTest, OfZeroedRecordsCountsBytes)
     watched::refuseCalloc(0);
 }
 
-TEST_F(AllocationTest, IsZeroedAndFreed)
+TEST_F(AllocationTest, ZeroedMemoryIsZeroAndFreed)
 {
     const Notes notes = memoryOf([] {
         const Zeroed<std::uint32_t> memory = allocateZeroed<std::uint32_t>(1000);
@@ -120,7 +120,7 @@ struct FullClass {
     }
 };
 
-TEST_F(AllocationTest, OfOlderRecordsHasTheirSizeAndIsKept)
+TEST_F(AllocationTest, OlderRecordsAreAllocatedOncePerArrayAndKept)
 {
     FullClass full;
     CurrentREALControlVersion = 9;
@@ -135,7 +135,7 @@ TEST_F(AllocationTest, OfOlderRecordsHasTheirSizeAndIsKept)
         std::free(reinterpret_cast<void*>(wordsOf(full.definition)[array.address]));
 }
 
-TEST_F(AllocationTest, OfOlderRecordsMayFailForEachArray)
+TEST_F(AllocationTest, RegistrationContinuesWithoutMemoryForAnArray)
 {
     for (int refused = 1; refused <= 6; ++refused) {
         SCOPED_TRACE(refused);
@@ -166,7 +166,7 @@ TEST_F(AllocationTest, OfOlderRecordsMayFailForEachArray)
     }
 }
 
-TEST_F(AllocationTest, OfOlderPropertiesHasAtMost31Bits)
+TEST_F(AllocationTest, OlderPropertiesAreLimitedByTheirBytes)
 {
     const Word most = 0x7FFFFFFF / sizeof(REALproperty9);
     // clang-format off
@@ -184,13 +184,13 @@ TEST_F(AllocationTest, OfOlderPropertiesHasAtMost31Bits)
 
 // ---- exceptions ----
 
-TEST_F(AllocationTest, OfARangeMessageIs205BytesAndIsFreed)
+TEST_F(AllocationTest, AnOutOfBoundsMessageHas205BytesAndIsFreed)
 {
     EXPECT_EQ(memoryOf([] { RaiseOutOfBoundsException(4, 0, 4, "index", ""); }), callocedAndFreed(205));
     EXPECT_EQ(host.raised().at(0).message, "Parameter index  is too big. Range is 0 to 3, but value is 4.");
 }
 
-TEST_F(AllocationTest, OfARangeMessageMayFailAndTheMessageIsShorter)
+TEST_F(AllocationTest, AnOutOfBoundsMessageIsShorterWithoutMemory)
 {
     for (long long value : {-1, 4}) {
         enter(2016.0);
@@ -203,14 +203,14 @@ TEST_F(AllocationTest, OfARangeMessageMayFailAndTheMessageIsShorter)
     }
 }
 
-TEST_F(AllocationTest, OfAnExceptionIsNone)
+TEST_F(AllocationTest, AnExceptionAllocatesNothing)
 {
     EXPECT_EQ(memoryOf([] { RaiseException("RuntimeException", "message"); }), Notes{});
 }
 
 // ---- UTF-32 on an old host ----
 
-TEST_F(AllocationTest, OfUTF32StartsAt800Bytes)
+TEST_F(AllocationTest, UTF32AllocatesFrom800BytesOn)
 {
     // clang-format off
     const struct { long long length; std::size_t heapBytes; const char* why; } facts[] = {
@@ -238,7 +238,7 @@ TEST_F(AllocationTest, OfUTF32StartsAt800Bytes)
         }
 }
 
-TEST_F(AllocationTest, OfUTF32IsNoneFrom2013)
+TEST_F(AllocationTest, UTF32AllocatesNothingOnHostsFrom2013)
 {
     const std::vector<std::uint32_t> letters(1000, 0x61);
     enter(2013.0);
@@ -247,7 +247,7 @@ TEST_F(AllocationTest, OfUTF32IsNoneFrom2013)
     host.drop(text);
 }
 
-TEST_F(AllocationTest, OfUTF32MayFail)
+TEST_F(AllocationTest, UTF32IsNullWithoutMemory)
 {
     const std::vector<std::uint32_t> letters(200, 0x61);
     // clang-format off
@@ -263,7 +263,7 @@ TEST_F(AllocationTest, OfUTF32MayFail)
     }
 }
 
-TEST_F(AllocationTest, OfUTF32IsFreedWhenTheHostThrows)
+TEST_F(AllocationTest, UTF32IsFreedWhenTheHostThrows)
 {
     const std::vector<std::uint32_t> letters(200, 0x61);
     enter(2012.0);
@@ -273,7 +273,7 @@ TEST_F(AllocationTest, OfUTF32IsFreedWhenTheHostThrows)
     EXPECT_EQ(host.raised().at(0).message, "Failed to allocate memory.");
 }
 
-TEST_F(AllocationTest, OfOtherTextIsNone)
+TEST_F(AllocationTest, OtherTextAllocatesNothing)
 {
     const std::string letters(5000, 'a');
     for (unsigned long encoding : {0x0000ul, 0x0100ul, 0x0600ul, 0x08000100ul}) {
@@ -285,7 +285,7 @@ TEST_F(AllocationTest, OfOtherTextIsNone)
 
 // ---- the private copy of a text ----
 
-TEST_F(AllocationTest, OfAPrivateCopyIsFourBytesLongerAndFreedWithTheText)
+TEST_F(AllocationTest, APrivateCopyIsFourBytesLongerAndFreedWithTheText)
 {
     host.behindText = "#";
     for (double version : {2011.5, 2012.0, 2016.0}) {
@@ -302,7 +302,7 @@ TEST_F(AllocationTest, OfAPrivateCopyIsFourBytesLongerAndFreedWithTheText)
     }
 }
 
-TEST_F(AllocationTest, OfATerminatedOrRawTextIsNone)
+TEST_F(AllocationTest, ATerminatedOrRawTextIsNotCopied)
 {
     for (std::uint32_t encoding : {encodingUTF8, encodingMacRoman, encodingUnknown})
         for (double version : {2011.5, 2012.0, 2016.0}) {
@@ -319,7 +319,7 @@ TEST_F(AllocationTest, OfATerminatedOrRawTextIsNone)
         }
 }
 
-TEST_F(AllocationTest, OfAPrivateCopyMayFail)
+TEST_F(AllocationTest, AViewIsEmptyWithoutMemoryForItsCopy)
 {
     host.behindText = "#";
     for (double version : {2011.5, 2012.0, 2016.0}) {

@@ -138,7 +138,7 @@ TEST(Background, YieldsWaitsAndIdlesUntilTheWorkIsDone)
                 }
 }
 
-TEST(Background, MakesTheseCallsOnTheCallingThread)
+TEST(Background, CallsThePlatformAndTheHostInOrder)
 {
     Call call;
     call.isSlow = true;
@@ -247,7 +247,7 @@ void* hostThatStartsMoreWork(const char*)
     return reinterpret_cast<void*>(yield);
 }
 
-TEST(Background, SharesNothingBetweenCalls)
+TEST(Background, CanBeCalledFromTheHostsYield)
 {
     gResolver = hostThatStartsMoreWork;
     forgetServices();

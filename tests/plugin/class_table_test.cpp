@@ -101,7 +101,7 @@ SharedMethod sharedMethods[] = {
 
 REALevent events[] = {{"Changed()", 0, {0, 0}}, {"Other()", 0, {0, 0}}};
 
-// ---- what fits; class_table_compile.cpp has whole tables that must not compile ----
+// ---- compile-time checks (class_table_compile.cpp has whole tables with mistakes) ----
 
 static_assert(isGetterOf<getTime, double>);
 static_assert(!isGetterOf<getTime, float>, "a getter of another type");

@@ -34,7 +34,7 @@ Notes without(Notes notes, std::initializer_list<std::size_t> indexes)
 
 void raiseNil() { RaiseException("NilObjectException", "Memoryblock is nil"); }
 
-TEST_F(ExceptionsTest, CallTheHostInOrderOnEveryVersion)
+TEST_F(ExceptionsTest, AnExceptionCallsTheHostInOrderOnAllVersions)
 {
     for (double version : {0.0, 2011.5, 2012.0, 2013.0, 2015.03, 2016.0}) {
         SCOPED_TRACE(version);
@@ -51,14 +51,14 @@ TEST_F(ExceptionsTest, CallTheHostInOrderOnEveryVersion)
     }
 }
 
-TEST_F(ExceptionsTest, HaveTheNumberZeroForAnyArgument)
+TEST_F(ExceptionsTest, TheNumberIsAlwaysZero)
 {
     RaiseException("RuntimeException", "x", 77, 88);
     ASSERT_EQ(host.raised().size(), 1u);
     EXPECT_EQ(host.raised()[0].number, 0);
 }
 
-TEST_F(ExceptionsTest, OfAnUnknownClassAreRuntimeExceptions)
+TEST_F(ExceptionsTest, AnUnknownClassBecomesRuntimeException)
 {
     RaiseException("NoSuchException", "Memoryblock is nil");
     Notes calls = wholeCall;
@@ -70,7 +70,7 @@ TEST_F(ExceptionsTest, OfAnUnknownClassAreRuntimeExceptions)
     EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil") << "the same message";
 }
 
-TEST_F(ExceptionsTest, AreNotRaisedWithoutAnyClass)
+TEST_F(ExceptionsTest, NoExceptionIsRaisedWithoutAnyClass)
 {
     host.classes.clear();
     raiseNil();
@@ -78,7 +78,7 @@ TEST_F(ExceptionsTest, AreNotRaisedWithoutAnyClass)
                                    "PluginNewInstance(RuntimeException) = null", "REALUnlockString(s1)"}));
 }
 
-TEST_F(ExceptionsTest, WithoutAMessageSetANullMessage)
+TEST_F(ExceptionsTest, ANullMessageIsSetAsNull)
 {
     RaiseException("NilObjectException", nullptr);
     EXPECT_EQ(host.calls(), (Notes{"PluginNewInstance(NilObjectException) = o1",
@@ -89,7 +89,7 @@ TEST_F(ExceptionsTest, WithoutAMessageSetANullMessage)
     EXPECT_FALSE(host.raised()[0].message.has_value());
 }
 
-TEST_F(ExceptionsTest, WithAnEmptyMessageSetANullMessage)
+TEST_F(ExceptionsTest, AnEmptyMessageIsSetAsNull)
 {
     RaiseException("NilObjectException", "");
     EXPECT_EQ(host.calls()[1], "REALSetPropValueString(o1, Message, null)")
@@ -97,7 +97,7 @@ TEST_F(ExceptionsTest, WithAnEmptyMessageSetANullMessage)
     EXPECT_EQ(host.raised().size(), 1u);
 }
 
-TEST_F(ExceptionsTest, SkipTheStepOfAMissingService)
+TEST_F(ExceptionsTest, AMissingServiceIsSkipped)
 {
     const Notes withNull = {wholeCall[2], "REALSetPropValueString(o1, Message, null)", wholeCall[4],
                             wholeCall[5], wholeCall[6]};
@@ -127,7 +127,7 @@ TEST_F(ExceptionsTest, SkipTheStepOfAMissingService)
     }
 }
 
-TEST_F(ExceptionsTest, SetTheNumberWithTheServicesSecondName)
+TEST_F(ExceptionsTest, TheNumberIsSetWithTheServicesSecondName)
 {
     withhold("REALSetPropValueInteger");
     raiseNil();
@@ -145,7 +145,7 @@ TEST_F(ExceptionsTest, SetTheNumberWithTheServicesSecondName)
     EXPECT_FALSE(host.raised()[0].number.has_value());
 }
 
-TEST_F(ExceptionsTest, SkipTheStepOfAServiceThatFails)
+TEST_F(ExceptionsTest, AFailingServiceIsSkipped)
 {
     host.failNext("REALBuildString");
     raiseNil();
@@ -162,7 +162,7 @@ TEST_F(ExceptionsTest, SkipTheStepOfAServiceThatFails)
     EXPECT_TRUE(host.raised().empty());
 }
 
-TEST_F(ExceptionsTest, LookUpEachServiceOnce)
+TEST_F(ExceptionsTest, EachServiceIsLookedUpOnce)
 {
     const Notes names = {"REALBuildString",        "REALSetStringEncoding",   "PluginNewInstance",
                          "REALSetPropValueString", "REALSetPropValueInteger", "RuntimeRaiseException",
@@ -172,7 +172,7 @@ TEST_F(ExceptionsTest, LookUpEachServiceOnce)
     EXPECT_EQ(host.lookUps(), names);
 }
 
-TEST_F(ExceptionsTest, DoNothingWithoutAHost)
+TEST_F(ExceptionsTest, NothingHappensWithoutAHost)
 {
     gResolver = nullptr;
     forgetServices();
@@ -184,7 +184,7 @@ TEST_F(ExceptionsTest, DoNothingWithoutAHost)
 // ---- an index out of bounds ----
 
 // A host exception about the failed message would need a message again: the recursion ends after one level.
-TEST_F(ExceptionsTest, OfAHostThatCannotBuildStringsHaveANullMessage)
+TEST_F(ExceptionsTest, TheMessageIsNullIfTheHostCannotBuildStrings)
 {
     int builds = 0;
     std::function<void()> throwAlways = [&] {
@@ -225,7 +225,7 @@ TEST_F(ExceptionsTest, OfAHostThatCannotBuildStringsHaveANullMessage)
 }
 
 // The recursion guard is reset also when an exception leaves the function.
-TEST_F(ExceptionsTest, HaveMessagesAgainAfterTheHostThrew)
+TEST_F(ExceptionsTest, MessagesWorkAgainAfterTheHostThrew)
 {
     host.inNext("REALBuildString", [] { throw std::runtime_error("no strings"); });
     host.inNext("PluginNewInstance", [] { throw std::logic_error("no objects either"); });
@@ -237,7 +237,7 @@ TEST_F(ExceptionsTest, HaveMessagesAgainAfterTheHostThrew)
     EXPECT_EQ(host.raised()[0].message, "Memoryblock is nil");
 }
 
-TEST_F(ExceptionsTest, OutOfBoundsNameTheRangeAndTheValue)
+TEST_F(ExceptionsTest, AnOutOfBoundsMessageHasTheRangeAndTheValue)
 {
     // clang-format off
     const struct { long long value, count; const char* message; const char* why; } facts[] = {
@@ -263,14 +263,14 @@ TEST_F(ExceptionsTest, OutOfBoundsNameTheRangeAndTheValue)
     }
 }
 
-TEST_F(ExceptionsTest, OutOfBoundsNameTheLowerBound)
+TEST_F(ExceptionsTest, AnOutOfBoundsMessageHasTheLowerBound)
 {
     RaiseOutOfBoundsException(2, 3, 5, "index", "");
     EXPECT_EQ(host.raised().at(0).message, "Parameter index  is too big. Range is 3 to 4, but value is 2.")
         << "only negative values are too small";
 }
 
-TEST_F(ExceptionsTest, OutOfBoundsMessagesAreCutAt205BytesWithTheTerminator)
+TEST_F(ExceptionsTest, AnOutOfBoundsMessageIsCutAt205BytesWithTheTerminator)
 {
     const std::string rest = "  is too big. Range is 0 to 3, but value is 4.";
     const auto message = [&](std::size_t nameLength) {

@@ -60,7 +60,7 @@ TEST_F(FourCharacterCodeTest, IsTheFirstFourCharactersInOrder)
             }
 }
 
-TEST_F(FourCharacterCodeTest, OfAShortTextContainsTheBytesAfterIt)
+TEST_F(FourCharacterCodeTest, ContainsTheBytesAfterAShortText)
 {
     using namespace std::string_literals;
     // clang-format off

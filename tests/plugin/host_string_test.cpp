@@ -145,7 +145,7 @@ TEST_F(HostStringTest, IsNullOrWithoutEncodingWhenAServiceIsMissing)
 
 // ---- UTF-16 ----
 
-TEST_F(HostStringTest, FromUTF16IsConvertedByTheHost)
+TEST_F(HostStringTest, UTF16IsConvertedByTheHost)
 {
     const Notes older = {"REALBuildString(\"h\\x00\\xE9\\x00\", 4) = s1", "REALSetStringEncoding(s1, 0x100)",
                          "REALConvertString(s1, 0x8000100) = s2", "REALUnlockString(s1)"};
@@ -171,7 +171,7 @@ TEST_F(HostStringTest, FromUTF16IsConvertedByTheHost)
     }
 }
 
-TEST_F(HostStringTest, FromUTF16IsNullWhenAServiceFails)
+TEST_F(HostStringTest, UTF16IsNullWhenAServiceFails)
 {
     // clang-format off
     const struct { double version; const char* service; Notes calls; } facts[] = {
@@ -200,7 +200,7 @@ TEST_F(HostStringTest, FromUTF16IsNullWhenAServiceFails)
 
 // ---- UTF-32 ----
 
-TEST_F(HostStringTest, FromUTF32IsConvertedByTheHostFrom2013)
+TEST_F(HostStringTest, UTF32IsConvertedByTheHostFrom2013)
 {
     const std::string bytes = utf32({0x61, 0x1F600});
     const Notes calls = {
@@ -221,7 +221,7 @@ TEST_F(HostStringTest, FromUTF32IsConvertedByTheHostFrom2013)
     }
 }
 
-TEST_F(HostStringTest, FromUTF32IsConvertedByThePluginBefore2013)
+TEST_F(HostStringTest, UTF32IsConvertedByThePluginBefore2013)
 {
     const std::string bytes = utf32({0x61, 0x1F600});
     const Notes older = {"REALBuildString(\"a\\x00=\\xD8\\x00\\xDE\", 6) = s1",
@@ -244,7 +244,7 @@ TEST_F(HostStringTest, FromUTF32IsConvertedByThePluginBefore2013)
     }
 }
 
-TEST_F(HostStringTest, FromUTF32HasTheUnitsOfEachCodePoint)
+TEST_F(HostStringTest, UTF32CodePointsBecomeTheirUTF16Units)
 {
     // clang-format off
     const struct { std::uint32_t point; std::u16string units; const char* why; } facts[] = {
@@ -283,7 +283,7 @@ TEST_F(HostStringTest, FromUTF32HasTheUnitsOfEachCodePoint)
     }
 }
 
-TEST_F(HostStringTest, FromUTF32UsesWholeCodePointsOnly)
+TEST_F(HostStringTest, UTF32UsesWholeCodePointsOnly)
 {
     const std::string points = utf32({0x61, 0x62, 0x63});
     // clang-format off
@@ -302,7 +302,7 @@ TEST_F(HostStringTest, FromUTF32UsesWholeCodePointsOnly)
     }
 }
 
-TEST_F(HostStringTest, FromUTF32OfAnyLengthIsComplete)
+TEST_F(HostStringTest, UTF32OfAnyLengthIsComplete)
 {
     for (std::size_t count : {1u, 198u, 199u, 200u, 201u, 5000u})
         for (std::uint32_t point : {0x62u, 0x1F600u}) {
@@ -319,7 +319,7 @@ TEST_F(HostStringTest, FromUTF32OfAnyLengthIsComplete)
         }
 }
 
-TEST_F(HostStringTest, FromUTF32MayBeUnaligned)
+TEST_F(HostStringTest, UTF32MayBeUnaligned)
 {
     const std::string bytes = " " + utf32({0x61, 0x1F600});
     enter(2012.0);

@@ -122,7 +122,7 @@ TEST_F(PlatformStringTest, BecomeUTF8)
         }
 }
 
-TEST_F(PlatformStringTest, OfNoTextAreNull)
+TEST_F(PlatformStringTest, AreNullWithoutText)
 {
     EXPECT_EQ(convert(CFStringRef(nullptr)), nullptr);
     EXPECT_EQ(convert(u""), nullptr);

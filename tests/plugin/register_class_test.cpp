@@ -177,7 +177,7 @@ TEST_F(RegisterClassTest, TheDataSizeIsRoundedUpToSixteen)
         }
 }
 
-TEST_F(RegisterClassTest, ASecondRegistrationIsEqual)
+TEST_F(RegisterClassTest, ASecondRegistrationPassesTheSameWords)
 {
     MadeClass made({records, records, records, records, records, records}, 20);
     const std::vector<Word> once = registered(made, 13);

@@ -57,7 +57,7 @@ TEST_F(StringContentsTest, ComeFromTheRecordBefore2016AndFromServicesAfterwards)
     }
 }
 
-TEST_F(StringContentsTest, OfNullAreNullAndZero)
+TEST_F(StringContentsTest, AreNullAndZeroForANullString)
 {
     for (double version : {2015.0, 2016.0}) {
         enter(version);
@@ -106,7 +106,7 @@ TEST_F(StringContentsTest, LookUpEachServiceOnce)
     host.drop(text);
 }
 
-TEST_F(StringContentsTest, OfARecordWithoutABufferAreNullAndZero)
+TEST_F(StringContentsTest, AreNullAndZeroForARecordWithoutABuffer)
 {
     enter(2015.0);
     REALstringStruct* text = host.newString("", encodingUTF8);
