@@ -31,7 +31,7 @@ void CloseComponent(REALobjectStruct* object, HostInteger handle);
 void AudioUnitSetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                            HostInteger scope, HostInteger element, float value, HostInteger offsetFrames);
 
-/// The parameter's value; 0.0 after an error.
+/// The parameter's value; 0.0 if the platform returns none.
 float AudioUnitGetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                             HostInteger scope, HostInteger element);
 
