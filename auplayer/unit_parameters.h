@@ -9,13 +9,13 @@
 
 namespace auplayer {
 
-double getPan(REALobjectStruct* object, HostInteger); ///< -1 left … 1 right
+double getPan(REALobjectStruct* object, HostInteger); ///< of mixer input 0: -1 left … 1 right
 void setPan(REALobjectStruct* object, HostInteger, double value);
 
-double getOutputVolume(REALobjectStruct* object, HostInteger); ///< linear gain
+double getOutputVolume(REALobjectStruct* object, HostInteger); ///< linear gain of the mixer's output
 void setOutputVolume(REALobjectStruct* object, HostInteger, double value);
 
-double getMeterLevel(REALobjectStruct* object, HostInteger); ///< decibels below full scale
+double getMeterLevel(REALobjectStruct* object, HostInteger); ///< average power of mixer input 0, in dBFS
 
 // The rate getters read the time-pitch unit. The setters set both rate units, so that switching units keeps
 // the rates; `Lasterror` is the time-pitch unit's status, because the varispeed unit lacks some parameters.
@@ -26,19 +26,20 @@ void setTimeRate(REALobjectStruct* object, HostInteger, double value); ///< roun
 double getPitchRate(REALobjectStruct* object, HostInteger); ///< cents
 void setPitchRate(REALobjectStruct* object, HostInteger, double value);
 
-double getOverlap(REALobjectStruct* object, HostInteger);
+double getOverlap(REALobjectStruct* object, HostInteger); ///< of the stretching windows
 void setOverlap(REALobjectStruct* object, HostInteger, double value);
 
-HostBoolean getEnablePeakLocking(REALobjectStruct* object, HostInteger);
+HostBoolean getEnablePeakLocking(REALobjectStruct* object, HostInteger); ///< parameter above 0.5
 void setEnablePeakLocking(REALobjectStruct* object, HostInteger, HostBoolean value);
 
 /// Choose the active rate unit (a RateUnit; the default is timePitch) and bypass the other one. Before a load
 /// the choice is only stored. An unknown number changes nothing.
 void setTimePitchUnit(REALobjectStruct* object, HostInteger, HostInteger value);
 
-double getInputVolume(REALobjectStruct* object, std::uint32_t inputNum); ///< linear gain
+double getInputVolume(REALobjectStruct* object, std::uint32_t inputNum); ///< linear gain of a mixer input
 void setInputVolume(REALobjectStruct* object, std::uint32_t inputNum, double value);
 
+/// Whether a mixer input is enabled: the low byte of the parameter, truncated, is not 0.
 HostBoolean getInputEnabled(REALobjectStruct* object, std::uint32_t inputNum);
 void setInputEnabled(REALobjectStruct* object, std::uint32_t inputNum, HostBoolean value);
 

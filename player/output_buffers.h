@@ -70,7 +70,7 @@ public:
     }
 
     /// Return where stereo can be rendered directly: into the only buffer, of two channels; otherwise null.
-    float* onlyStereo(UInt32 first, UInt32 frames)
+    float* directStereo(UInt32 first, UInt32 frames)
     {
         return list_.mNumberBuffers == 1 ? framesIn(list_.mBuffers[0], 2, first, frames) : nullptr;
     }

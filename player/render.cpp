@@ -75,7 +75,7 @@ double renderStereo(AudioPlayerData& player, OutputBuffers& output, double posit
         if (j != last) {
             const Span span = spanAt(player, position, step, frames - i, 2);
             if (span.frames) {
-                if (float* direct = output.onlyStereo(i, span.frames)) {
+                if (float* direct = output.directStereo(i, span.frames)) {
                     interpolateStereo(span, direct);
                 } else {
                     float block[2 * largestSpan];
