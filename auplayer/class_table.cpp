@@ -9,6 +9,7 @@
 #include "auplayer/transport.h"
 #include "auplayer/unit_parameters.h"
 #include "plugin/class_data.h"
+#include "plugin/class_table.h"
 #include "plugin/classes.h"
 
 namespace auplayer {

@@ -1,0 +1,86 @@
+// No unit and no folder includes itself through others.
+#include "tests/house/include_graph.h"
+#include "tests/house/tree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+std::vector<house::Include> includesOfTheTree()
+{
+    static const Names folders = {"abi/",      "plugin/",      "coreaudio/", "player/",
+                                  "auplayer/", "soundstream/", "listener/",  "platform/"};
+    std::vector<house::Include> all;
+    for (const std::string& file : house::files()) {
+        const bool isMeant = std::any_of(folders.begin(), folders.end(),
+                                         [&](const std::string& each) { return file.rfind(each, 0) == 0; });
+        if (!isMeant || !house::isSource(file)) continue;
+        const auto found = house::includesOf(file, house::read(file));
+        all.insert(all.end(), found.begin(), found.end());
+    }
+    return all;
+}
+
+TEST(IncludeCycles, NoneBetweenUnits)
+{
+    const house::IncludeGraph units = house::unitsOf(includesOfTheTree());
+    EXPECT_GT(units.size(), 200u) << "the tree was not found";
+    EXPECT_EQ(house::cycleIn(units), Names{});
+}
+
+TEST(IncludeCycles, NoneBetweenFolders)
+{
+    const house::IncludeGraph folders = house::foldersOf(house::unitsOf(includesOfTheTree()));
+    EXPECT_GT(folders.size(), 15u) << "the tree was not found";
+    EXPECT_EQ(house::cycleIn(folders), Names{});
+}
+
+TEST(IncludeCycles, AreFoundBetweenUnits)
+{
+    const struct {
+        std::vector<house::Include> includes;
+        Names cycle;
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {{{"a/x.h", 1, "a/y.h", true}, {"a/y.h", 1, "a/z.h", true}},     {},                         "a chain"},
+        {{{"a/x.cpp", 1, "a/x.h", true}},                                {},                         "a source and its header are one unit"},
+        {{{"a/x.h", 1, "a/y.h", true}, {"a/y.cpp", 1, "a/x.h", true}},   {"a/x", "a/y", "a/x"},      "through a source"},
+        {{{"a/v.h", 1, "a/x.h", true}, {"a/x.h", 1, "a/y.h", true}, {"a/y.h", 1, "a/z.h", true}, {"a/z.h", 1, "a/x.h", true}},
+                                                                         {"a/x", "a/y", "a/z", "a/x"}, "its first member is on the cycle"},
+        {{{"platform/include/A/B.h", 1, "C/D.h", false}, {"platform/include/C/D.h", 1, "A/B.h", false}},
+             {"platform/include/A/B", "platform/include/C/D", "platform/include/A/B"},               "public headers, by their public names"},
+        // clang-format on
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        EXPECT_EQ(house::cycleIn(house::unitsOf(fact.includes)), fact.cycle);
+    }
+}
+
+TEST(IncludeCycles, AreFoundBetweenFolders)
+{
+    const struct {
+        house::IncludeGraph units;
+        Names cycle;
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {{{"a/x", {"b/y"}}, {"b/z", {"c/x"}}},                        {},                     "a chain"},
+        {{{"a/x", {"b/y"}}, {"b/z", {"a/w"}}},                        {"a", "b", "a"},        "other units, the same folders"},
+        {{{"a/x", {"a/s/y"}}, {"a/s/y", {"a/x"}}},                    {},                     "a folder and its subfolder are no siblings"},
+        {{{"p/a/s/x", {"p/b/y"}}, {"p/b/y", {"p/a/x"}}},              {"p/a", "p/b", "p/a"},  "a subfolder belongs to its folder"},
+        {{{"p/a/s/x", {"p/a/t/y"}}, {"p/a/t/z", {"p/a/s/x"}}},        {"p/a/s", "p/a/t", "p/a/s"}, "subfolders are siblings, too"},
+        // clang-format on
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        EXPECT_EQ(house::cycleIn(house::foldersOf(fact.units)), fact.cycle);
+    }
+}
+
+} // namespace
