@@ -1,10 +1,13 @@
-// The platform exports what its public headers declare, and nothing else.
+// The platform's exports: declared in public headers, and called in the tree or listed here with a reason.
 #include "tests/house/elf_file.h"
 #include "tests/house/tree.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 
@@ -26,7 +29,7 @@ std::string withoutComments(const std::string& text)
     return result;
 }
 
-std::set<std::string> wordsOfThePublicHeaders()
+std::set<std::string> wordsOfPublicHeaders()
 {
     static const std::regex word("[A-Za-z_][A-Za-z0-9_]*");
     std::set<std::string> words;
@@ -39,20 +42,20 @@ std::set<std::string> wordsOfThePublicHeaders()
     return words;
 }
 
-TEST(PlatformSymbols, AreDeclaredInThePublicHeaders)
+TEST(PlatformSymbols, AreDeclaredInPublicHeaders)
 {
-    const std::set<std::string> declared = wordsOfThePublicHeaders();
+    const std::set<std::string> declared = wordsOfPublicHeaders();
     int exported = 0;
     for (const auto& symbol : house::readElf(KVX_BINARY_DIR "/libkvxplatform.so").symbols) {
         if (!symbol.isDefined) continue;
         ++exported;
         EXPECT_TRUE(declared.count(symbol.name))
-            << symbol.name << " is exported, but no public header knows it";
+            << symbol.name << " is exported, but no public header declares it";
     }
     EXPECT_GT(exported, 20);
 }
 
-TEST(PlatformSymbols, EveryControlFunctionIsExported)
+TEST(PlatformSymbols, IncludeEveryControlFunction)
 {
     const house::ElfFile file = house::readElf(KVX_BINARY_DIR "/libkvxplatform.so");
     const std::string text = withoutComments(house::read("platform/include/KVXPlatform/KVXPlatform.h"));
@@ -76,8 +79,91 @@ std::set<std::string> exportsOf(const std::string& library)
     return names;
 }
 
-// Programs find out by them how old a system is: the older platform has all the others.
-TEST(PlatformSymbols, TheOlderPlatformLacksTwo)
+/// The dynamic symbols of the plug-in, the command and the examples, with undefined ones.
+std::set<std::string> namesOfCallers()
+{
+    std::vector<std::string> callers = {KVX_BINARY_DIR "/KVXAudio.so", KVX_BINARY_DIR "/kvx"};
+    for (const auto& file : std::filesystem::directory_iterator(KVX_BINARY_DIR "/examples"))
+        if (file.is_regular_file()) callers.push_back(file.path().string());
+    std::set<std::string> names;
+    for (const std::string& caller : callers)
+        for (const auto& symbol : house::readElf(caller).symbols) names.insert(symbol.name);
+    return names;
+}
+
+// Exports that no caller in the tree uses. Each is one of the basics that a client expects beside the called
+// ones, or a control function. Any other export without a caller should be removed instead.
+const std::map<std::string, std::string> exportsWithoutCaller = {
+    // clang-format off
+    {"AUGraphClose",                        "reverses AUGraphOpen"},
+    {"AUGraphGetIndNode",                   "with AUGraphGetNodeCount lists the nodes of a graph"},
+    {"AUGraphGetNodeCount",                 "with AUGraphGetIndNode lists the nodes of a graph"},
+    {"AUGraphIsInitialized",                "reports a state beside AUGraphIsRunning"},
+    {"AUGraphIsOpen",                       "reports a state beside AUGraphIsRunning"},
+    {"AUGraphUninitialize",                 "reverses AUGraphInitialize"},
+    {"AudioConverterDispose",               "releases a converter"},
+    {"AudioConverterGetProperty",           "a property function of every object"},
+    {"AudioConverterGetPropertyInfo",       "a property function of every object"},
+    {"AudioConverterReset",                 "clears a converter's history at a discontinuity"},
+    {"AudioConverterSetProperty",           "a property function of every object"},
+    {"AudioDeviceCreateIOProcID",           "registers an I/O procedure that is not identified by its address"},
+    {"AudioDeviceDestroyIOProcID",          "reverses AudioDeviceCreateIOProcID"},
+    {"AudioFileGetPropertyInfo",            "a property function of every object"},
+    {"AudioFileOpenURL",                    "opens what AudioFileClose closes"},
+    {"AudioObjectHasProperty",              "a property function of every object"},
+    {"AudioObjectIsPropertySettable",       "a property function of every object"},
+    {"AudioObjectShow",                     "prints an object for a developer"},
+    {"AudioUnitAddRenderNotify",            "observes the render calls of a unit"},
+    {"AudioUnitRemoveRenderNotify",         "reverses AudioUnitAddRenderNotify"},
+    {"AudioUnitRender",                     "renders a unit; the units themselves call past it"},
+    {"CFGetRetainCount",                    "reports a reference count, for tests and leak searches"},
+    {"CFRetain",                            "the counterpart of CFRelease"},
+    {"CFStringCreateWithCString",           "the counterpart of CFStringGetCString"},
+    {"CFStringGetMaximumSizeForEncoding",   "gives the buffer size for CFStringGetCString"},
+    {"CFURLGetFSRef",                       "the counterpart of CFURLCreateFromFSRef"},
+    {"CFURLGetFileSystemRepresentation",    "the counterpart of CFURLCreateFromFileSystemRepresentation"},
+    {"CopyPascalStringToC",                 "the counterpart of CopyCStringToPascal"},
+    {"ExtAudioFileGetPropertyInfo",         "a property function of every object"},
+    {"ExtAudioFileSeek",                    "sets the position of a file"},
+    {"ExtAudioFileTell",                    "reports the position of a file"},
+    {"FSCreateStringFromHFSUniStr",         "turns a file name record into a string"},
+    {"GetComponentInstanceStorage",         "the counterpart of SetComponentInstanceStorage"},
+    {"GetHandleSize",                       "reports the size of a handle from NewHandle"},
+    {"HLock",                               "locks a handle, as older code does before it uses one"},
+    {"HUnlock",                             "reverses HLock"},
+    {"KVXPlatformBuiltInSimulatedDevice",   "control function"},
+    {"KVXPlatformRefreshDevices",           "control function"},
+    {"KVXPlatformRefuseStart",              "control function"},
+    {"MemError",                            "reports why a handle function failed"},
+    {"NewHandleClear",                      "NewHandle with zeroed memory"},
+    {"OpenADefaultComponent",               "OpenDefaultComponent with a status"},
+    {"OpenComponent",                       "OpenAComponent without a status"},
+    {"SetHandleSize",                       "resizes a handle from NewHandle"},
+    {"TickCount",                           "the clock that Delay reports"},
+    {"dispatch_async_f",                    "dispatch_async for a function in place of a block"},
+    // clang-format on
+};
+
+TEST(PlatformSymbols, AreCalledInTheTreeOrListedWithAReason)
+{
+    const std::set<std::string> exported = exportsOf("/libkvxplatform.so"), called = namesOfCallers();
+    std::set<std::string> uncalled, listed;
+    std::set_difference(exported.begin(), exported.end(), called.begin(), called.end(),
+                        std::inserter(uncalled, uncalled.end()));
+    for (const auto& [name, reason] : exportsWithoutCaller) {
+        EXPECT_FALSE(reason.empty()) << name;
+        listed.insert(name);
+    }
+    for (const std::string& name : uncalled)
+        EXPECT_TRUE(listed.count(name)) << name << " has no caller: remove it, or list it with a reason";
+    for (const std::string& name : listed)
+        EXPECT_TRUE(uncalled.count(name))
+            << name << (exported.count(name) ? " has a caller" : " is not exported") << ": remove its row";
+    EXPECT_GT(exported.size(), uncalled.size() + 50) << "the callers were read";
+}
+
+// A program detects an older system by the two names.
+TEST(PlatformSymbols, AreTheSameInTheOlderPlatformButForTwo)
 {
     std::set<std::string> names = exportsOf("/libkvxplatform.so");
     for (const char* name : {"CGPathCreateCopyByTransformingPath", "dispatch_async"})
@@ -85,7 +171,7 @@ TEST(PlatformSymbols, TheOlderPlatformLacksTwo)
     EXPECT_EQ(exportsOf("/older/libkvxplatform.so"), names);
 }
 
-TEST(PlatformSymbols, CommentsDeclareNothing)
+TEST(PlatformSymbols, ArePickedFromDeclarationsNotFromComments)
 {
     EXPECT_EQ(withoutComments("a /* b */ c // d\ne"), "a  c \ne");
     EXPECT_EQ(withoutComments("/* unfinished"), "");
