@@ -1,4 +1,4 @@
-// The families of components that are always there. Their order is the order in which a search finds them.
+// The built-in components, family by family in the order of a search.
 #include "platform/audiounit/units.h"
 #include "platform/components/registry.h"
 #include "platform/soundmanager/mixer.h"

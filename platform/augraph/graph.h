@@ -1,7 +1,6 @@
 // The records of a graph: its nodes and the sources of their inputs.
 //
-// Callers only record sources. The units receive them when the graph is initialised, after all formats are
-// set.
+// Callers only record sources. The units receive them when the graph is initialised, with all formats set.
 #pragma once
 
 #include <AudioToolbox/AUGraph.h>
@@ -62,7 +61,7 @@ struct Graph {
     std::atomic<AudioUnit> head{nullptr};
 };
 
-/// Returns the node with this number, or null.
+/// Returns  the node with this number, or null.
 /// [any], with the graph's lock
 Node* findNode(Graph& graph, AUNode number);
 

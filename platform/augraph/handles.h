@@ -12,11 +12,11 @@ using Graphs = HandleTable<Graph, 3>;
 /// Returns  its handle; null if the table is full.
 AUGraph add();
 
-/// Returns the graph of a handle, kept alive by the result; empty for a handle that names no graph.
+/// Returns  the graph of a handle, kept alive by the result; empty for a handle that names no graph.
 Graphs::Use use(AUGraph handle);
 
-/// Start the disposal of a graph. Only the first caller gets the graph; the handle stays valid until
-/// endDispose.
+/// Start the disposal of a graph. The handle stays valid until endDispose.
+/// Returns  the graph for the first caller; empty for later ones.
 Graphs::Use beginDispose(AUGraph handle);
 void endDispose(Graphs::Use graph);
 

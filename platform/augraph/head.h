@@ -9,8 +9,8 @@ namespace kvxplatform::augraph {
 /// [any but audio], with the graph's lock
 OSStatus start(Graph& graph);
 
-/// Start or stop the output unit. Without one a stop does nothing.
-/// [any but audio], with the graph's lock; or [audio & rendering] in the head's render call, without it
+/// Start or stop the output unit. Without one a stop does nothing. The head's own render call needs no lock.
+/// [any but audio], with the graph's lock, or [audio & rendering]
 OSStatus startHead(Graph& graph);
 OSStatus stopHead(Graph& graph);
 

@@ -7,9 +7,8 @@
 namespace kvxplatform::augraph {
 
 /// Add a node; in an open graph also make its unit.
-/// Errors  InvalidAudioUnit if no unit fits the description; OutputNodeErr for a second output unit; the
-/// status
-///         of a unit that cannot be made.
+/// Errors  InvalidAudioUnit if no unit fits the description; OutputNodeErr for a second output unit;
+///         the status of a unit that cannot be made.
 OSStatus addNode(Graph& graph, const AudioComponentDescription& description, AUNode& out);
 
 /// Make a node's unit. An output unit becomes the head.

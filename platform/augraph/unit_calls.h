@@ -1,5 +1,5 @@
-// Calls from a graph to its units. They bypass the public functions: a program that interposes those sees
-// only its own calls.
+// Calls from a graph to its units. They bypass the public functions, which a program may interpose to see its
+// own calls.
 #pragma once
 
 #include "platform/audiounit/audio_unit.h"

@@ -6,8 +6,9 @@
 namespace kvxplatform::augraph {
 
 /// Connect and initialise the units, node by node from the sources to the head, so that each format reaches
-/// the next unit before that unit is initialised. Errors  InvalidConnection if nodes are connected in a
-/// cycle; the status of the first unit that refuses. [any but audio], with the graph's lock
+/// the next unit before that unit is initialised.
+/// Errors  InvalidConnection if nodes are connected in a cycle; the status of the first unit that refuses.
+/// [any but audio], with the graph's lock
 OSStatus wire(Graph& graph);
 
 } // namespace kvxplatform::augraph

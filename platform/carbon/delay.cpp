@@ -1,5 +1,4 @@
-// Waiting in ticks. A wait also advances the stepped devices: a program that waits for a stepped device would
-// wait for ever otherwise.
+// Waiting in ticks. A wait also advances the stepped devices, so a program may wait for one.
 #include "platform/carbon/ticks.h"
 #include "platform/hal/step.h"
 

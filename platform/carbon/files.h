@@ -13,8 +13,8 @@ namespace kvxplatform::carbon {
 /// Errors  those of FSPathMakeRef; the out-parameters are unchanged then.
 OSStatus makeReference(std::string_view path, FSRef& ref, bool& isFolder);
 
-/// Returns  the path of a reference; nothing for bytes that makeReference did not write. Throws
-/// std::bad_alloc.
+/// Throws std::bad_alloc.
+/// Returns  the path of a reference; nothing for bytes that makeReference did not write.
 std::optional<std::string> pathOf(const FSRef& ref);
 
 } // namespace kvxplatform::carbon

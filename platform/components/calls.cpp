@@ -71,8 +71,8 @@ ComponentResult send(ComponentInstance handle, ComponentParameters& parameters)
 {
     const Instances::Use instance = use(handle);
     if (!instance) return badComponentInstance;
-    const auto dispatch = instance->component.family->dispatch;
-    return dispatch ? dispatch(*instance, parameters) : badComponentSelector;
+    const Family& family = *instance->component.family;
+    return family.dispatch ? family.dispatch(*instance, parameters) : badComponentSelector;
 }
 
 ComponentResult call(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words)

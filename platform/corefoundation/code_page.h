@@ -6,8 +6,7 @@
 
 namespace kvxplatform::corefoundation {
 
-/// The characters of bytes 0x80 to 0xFF; 0 for a byte without a character. The lower half is ASCII in all
-/// encodings.
+/// The characters of bytes 0x80 to 0xFF; 0 for a byte without a character. The other bytes are ASCII.
 using UpperHalf = std::array<char16_t, 128>;
 
 extern const UpperHalf asciiUpperHalf;

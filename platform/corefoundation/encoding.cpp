@@ -105,7 +105,7 @@ bool putUtf8(std::string& bytes, char32_t c)
 {
     if (isSurrogate(c)) return false;
     utf8proc_uint8_t buffer[4];
-    const auto size = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), buffer);
+    const utf8proc_ssize_t size = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), buffer);
     bytes.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(size));
     return true;
 }
@@ -137,8 +137,8 @@ bool put(std::string& bytes, char32_t c, const Encoding& encoding)
 std::size_t takeUtf8(std::string_view bytes, char32_t& c)
 {
     utf8proc_int32_t found = 0;
-    const auto size = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(bytes.data()),
-                                       static_cast<utf8proc_ssize_t>(bytes.size()), &found);
+    const utf8proc_ssize_t size = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(bytes.data()),
+                                                   static_cast<utf8proc_ssize_t>(bytes.size()), &found);
     c = static_cast<char32_t>(found);
     return size > 0 ? static_cast<std::size_t>(size) : 0;
 }

@@ -14,7 +14,7 @@ namespace {
 /// Convert text without unpaired surrogates to a normal form. Throws std::bad_alloc.
 std::u16string normalized(std::u16string_view units, CFStringNormalizationForm form)
 {
-    const auto bytes = corefoundation::encode(units, kCFStringEncodingUTF8);
+    const std::optional<std::string> bytes = corefoundation::encode(units, kCFStringEncodingUTF8);
     return *corefoundation::decode(*inNormalForm(*bytes, form), kCFStringEncodingUTF8);
 }
 
@@ -42,8 +42,7 @@ void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm t
     withinBorder(false, [&] {
         std::u16string result;
         for (std::u16string_view rest = theString->units; !rest.empty();) {
-            // An unpaired surrogate combines with no character: the text before and after it is normalised
-            // separately.
+            // An unpaired surrogate combines with no character, so it separates two texts.
             const std::size_t end = firstUnpaired(rest);
             result += normalized(rest.substr(0, end), theForm);
             if (end < rest.size()) result += rest[end];

@@ -64,8 +64,7 @@ uint32_t KVXPlatformDrainMainQueue(double timeoutSeconds)
     if (!pthread_main_np()) return 0;
     MainQueue& queue = mainQueue();
 
-    // Items queued while these run are left for the next call: an item that queues itself again must not
-    // block here.
+    // Items queued during this call are left for the next one: an item may queue itself again for ever.
     const std::size_t count = waitForWork(queue, timeoutSeconds);
     uint32_t ran = 0;
     for (Work work = {}; ran < count && takeFirst(queue, work); ++ran) run(work);

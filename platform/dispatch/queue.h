@@ -21,15 +21,15 @@ struct Work {
 using Pending = std::deque<Work>; ///< first in, first out
 
 /// Queue work for the main thread. Throws std::bad_alloc.
-/// [any]
+/// [any but audio]
 void appendToMainQueue(const Work& work);
 
-/// Queue work of a global queue. If there is no thread and none can be started, the work runs before this
-/// returns. Throws std::bad_alloc. [any]
+/// Queue work of a global queue. Without a thread the work runs before this returns. Throws std::bad_alloc.
+/// [any but audio]
 void appendToPool(const Work& work, int rank);
 
 /// Run a work item. An exception that leaves it ends the process.
-/// [main, worker]
+/// [any but audio]
 void run(const Work& work) noexcept;
 
 } // namespace kvxplatform::dispatch

@@ -45,7 +45,7 @@ std::string componentOnDisk(const std::string& folder, std::string_view name)
     const std::string given = folder + '/' + std::string(name);
     if (exists(given)) return given;
     for (const CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD})
-        if (const auto other = inNormalForm(name, form))
+        if (const std::optional<std::string> other = inNormalForm(name, form))
             if (std::string found = folder + '/' + *other; exists(found)) return found;
     return given;
 }

@@ -1,8 +1,7 @@
 // Handles that stay invalid after their object is closed: numbers made of a kind, a slot and the slot's
 // generation. A slot whose generations are used up is never used again.
 //
-// A use keeps its object alive. A close makes the handle invalid at once; the end of the last use frees the
-// object.
+// A use keeps its object alive. A close makes the handle invalid at once; the end of the last use frees it.
 #pragma once
 
 #include <atomic>
@@ -109,8 +108,9 @@ public:
         return Use(this, slot);
     }
 
-    /// Start the close of an object. The handle stays valid until endClose, so that the object can still be
-    /// used. Returns  empty for an invalid handle or an object that is closing already. [any]
+    /// Start the close of an object. The handle stays valid until endClose: the object can still be used.
+    /// Returns  empty for an invalid handle or an object that is closing already.
+    /// [any]
     Use beginClose(HandleNumber handle)
     {
         Slot* slot = slotOf(handle);

@@ -30,9 +30,9 @@ std::optional<std::string> inNormalForm(std::string_view utf8, CFStringNormaliza
 {
     if (!isNormalForm(form)) return {};
     utf8proc_uint8_t* output = nullptr;
-    const auto size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
-                                   static_cast<utf8proc_ssize_t>(utf8.size()), &output,
-                                   static_cast<utf8proc_option_t>(optionsOfForm[form]));
+    const utf8proc_ssize_t size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
+                                               static_cast<utf8proc_ssize_t>(utf8.size()), &output,
+                                               static_cast<utf8proc_option_t>(optionsOfForm[form]));
     const Freed<utf8proc_uint8_t> owner(output);
     if (size == UTF8PROC_ERROR_INVALIDUTF8) return {};
     if (size < 0) throw std::bad_alloc();

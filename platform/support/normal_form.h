@@ -12,8 +12,8 @@ namespace kvxplatform {
 /// Whether `form` is D, KD, C or KC.
 bool isNormalForm(CFStringNormalizationForm form);
 
-/// Returns  the text in a normal form; nothing if it is not UTF-8 or the form is unknown. Throws
-/// std::bad_alloc.
+/// Convert text to a normal form. Throws std::bad_alloc.
+/// Returns  nothing if the text is not UTF-8 or the form is unknown.
 std::optional<std::string> inNormalForm(std::string_view utf8, CFStringNormalizationForm form);
 
 } // namespace kvxplatform

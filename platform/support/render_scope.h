@@ -46,7 +46,7 @@ public:
     /// [any]
     bool isInside() const;
 
-    /// Whether the calling thread is inside any scope. A thread that is must not wait for another scope whose
+    /// Whether the calling thread is inside any scope. Such a thread must not wait for another scope, whose
     /// render thread might wait for this one.
     /// [any]
     static bool isInsideAny();

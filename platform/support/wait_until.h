@@ -7,7 +7,8 @@
 namespace kvxplatform {
 
 /// Wait until `isOver()`, checked every 50 microseconds. It sleeps in between, because a yield would give a
-/// whole time slice to every busy process. A render call must not wait for itself. [any]
+/// whole time slice to every busy process. A render call must not wait for itself.
+/// [any]
 template <class Condition>
 void waitUntil(Condition isOver)
 {

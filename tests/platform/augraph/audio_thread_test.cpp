@@ -9,8 +9,8 @@ namespace {
 
 using namespace test;
 
-// A device calls its I/O procedures in the order of adding: one before the graph's arms the alarm, one after
-// it disarms the alarm.
+// A device calls its I/O procedures in the order of adding. One before the graph's arms the alarm, one after
+// the graph's disarms it.
 template <bool isOn>
 OSStatus forbid(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                 AudioBufferList*, const AudioTimeStamp*, void*)

@@ -1,5 +1,4 @@
-// Units that cannot be made or initialised: the call reports the unit's status, keeps nothing, and can be
-// repeated.
+// Units that cannot be made or initialised: the call reports the unit's status and can be repeated.
 #include "tests/platform/augraph/adding_chain.h"
 
 #include <gtest/gtest.h>

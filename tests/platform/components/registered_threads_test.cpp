@@ -32,7 +32,7 @@ Component registerCounting()
     return RegisterComponent(&description, countingEntry, 0, nullptr, nullptr, nullptr);
 }
 
-TEST(RegisteredThreads, EachThreadMayUseAComponentOfItsOwn)
+TEST(RegisteredThreads, EachThreadMayUseItsComponent)
 {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
