@@ -1,6 +1,5 @@
 #include "platform/components/instances.h"
 
-#include "platform/components/registry.h"
 #include "platform/support/border.h"
 #include "platform/support/live_count.h"
 
@@ -33,12 +32,10 @@ Instance::~Instance()
     liveInstances.remove();
 }
 
-OSStatus open(::Component handle, ComponentInstance& out)
+OSStatus makeInstance(const Component& component, ComponentInstance& out)
 {
     out = nullptr;
     return withinBorder(memFullErr, [&]() -> OSStatus {
-        Component component{};
-        if (!find(handle, component)) return invalidComponentID;
         OSStatus status = memFullErr; // for a full table
         const HandleNumber number =
             table().add(std::make_unique<Instance>(component), [&](Instance& instance, HandleNumber made) {

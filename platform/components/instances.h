@@ -11,9 +11,9 @@ using Instances = HandleTable<Instance, 1>;
 /// Returns the instance of a handle, kept alive by the result; empty for a handle that names no instance.
 Instances::Use use(ComponentInstance handle);
 
-/// Open an instance. After a failure `out` is null.
-/// Errors  invalidComponentID; memFullErr; the family's.
-OSStatus open(::Component component, ComponentInstance& out);
+/// Open an instance of a component. After a failure `out` is null.
+/// Errors  memFullErr; the family's.
+OSStatus makeInstance(const Component& component, ComponentInstance& out);
 
 /// Close an instance. Calls in progress on other threads end normally.
 /// Errors  badComponentInstance.

@@ -1,5 +1,6 @@
 #include "platform/components/registry.h"
 
+#include "platform/components/instances.h"
 #include "platform/components/registered.h"
 
 #include <cstdint>
@@ -71,6 +72,13 @@ bool find(::Component handle, Component& out)
     for (const Component& own : registeredAfter(isPastBuiltIns ? previous : nullptr))
         if (matches(pattern, own.description)) return own.self;
     return nullptr;
+}
+
+OSStatus open(::Component handle, ComponentInstance& out)
+{
+    out = nullptr;
+    Component component{};
+    return find(handle, component) ? makeInstance(component, out) : OSStatus{invalidComponentID};
 }
 
 long countInstances(::Component handle)

@@ -12,6 +12,10 @@ bool find(::Component handle, Component& out);
 ///          everything; null if there is none. Throws std::bad_alloc.
 ::Component findNext(::Component previous, const ComponentDescription& pattern);
 
+/// Open an instance of a component. After a failure `out` is null.
+/// Errors  invalidComponentID; those of makeInstance().
+OSStatus open(::Component component, ComponentInstance& out);
+
 /// The number of open instances; 0 for a handle that names no component.
 long countInstances(::Component component);
 

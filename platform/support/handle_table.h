@@ -83,15 +83,9 @@ public:
         const HandleNumber handle = generation << 14 | slot->index << 2 | kind;
         slot->word.store(word(generation, isOpen, 1), std::memory_order_release); // one use: this call
         const Use opening(this, slot);
-        bool isKept = false;
-        try {
-            isKept = prepare(*slot->object, handle);
-        } catch (...) {
-            slot->word.fetch_and(~isOpen);
-            throw;
-        }
-        if (!isKept) slot->word.fetch_and(~isOpen);
-        return isKept ? handle : 0;
+        Rollback step{*slot};
+        step.isKept = prepare(*slot->object, handle);
+        return step.isKept ? handle : 0;
     }
 
     /// Returns  the object of a handle. Neither locks nor allocates.
@@ -138,6 +132,16 @@ private:
         std::atomic<std::uint64_t> word{0};
         std::uint32_t index = 0;
         std::unique_ptr<T> object;
+    };
+
+    /// Makes the handle of a slot invalid again unless the object is kept.
+    struct Rollback {
+        Slot& slot;
+        bool isKept = false;
+        ~Rollback()
+        {
+            if (!isKept) slot.word.fetch_and(~isOpen);
+        }
     };
 
     static std::uint64_t word(std::uint32_t generation, std::uint64_t flags, std::uint32_t uses)
