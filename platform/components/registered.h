@@ -7,6 +7,7 @@
 
 namespace kvxplatform::components {
 
+/// Look up a registered component.
 /// Returns  false for a handle that names no registered component.
 bool findRegistered(::Component handle, Component& out);
 

@@ -5,11 +5,12 @@
 
 namespace kvxplatform::components {
 
+/// Look up a component.
 /// Returns  false for a handle that names no component.
 bool find(::Component handle, Component& out);
 
-/// Returns  the first component after `previous` (null: of all) that fits `pattern`, where a zero field fits
-///          everything; null if there is none. Throws std::bad_alloc.
+/// Find the first component after `previous` (null: of all) that fits `pattern`. A zero field fits all
+/// values. Throws std::bad_alloc. Returns  null without a fitting component.
 ::Component findNext(::Component previous, const ComponentDescription& pattern);
 
 /// Open an instance of a component. After a failure `out` is null.
