@@ -1,4 +1,4 @@
-// The class table of AUPlayerKVX.
+// AUPlayerKVX as the host sees it.
 #include "auplayer/au_player.h"
 
 #include "auplayer/channel_map.h"
@@ -19,7 +19,7 @@ namespace {
 using namespace table;
 using Data = AUPlayerData;
 
-// For the host a handle is an Integer.
+// Handles are Integers in the host's interface.
 static_assert(sizeof(AudioUnit) == sizeof(HostInteger) && sizeof(AUGraph) == sizeof(HostInteger));
 constexpr HostType<AudioUnit> asUnit{asInteger.name};
 constexpr HostType<AUGraph> asGraph{asInteger.name};

@@ -22,7 +22,7 @@ void CoreAudioPlayAudioConstructor(REALobjectStruct* object)
     player.ioProc = MyPlayIOProc;
 }
 
-// Also the method "Close": a closed player can be used again and keeps its settings and positions.
+// Also the method "Close". A closed player keeps its settings and positions and may be started again.
 void CoreAudioPlayAudioDestructor(REALobjectStruct* object) { stopPlaying(dataOf(object)); }
 
 // ---- properties: a field, converted to the host's type ----
@@ -51,7 +51,7 @@ HostInteger rbGetFreeSpace(REALobjectStruct* object) { return freeSpace(dataOf(o
 
 HostBoolean rbHasFreeSpace(REALobjectStruct* object) { return freeSpace(dataOf(object)) > 0; }
 
-/// A count of 0 means the size of the first block, also with an offset.
+/// A count of 0 means the size of the first block, whatever the offset is; this is intended.
 HostInteger countOrWhole(REALmemoryBlockStruct* block, HostInteger countBytes)
 {
     return block && countBytes == 0 ? REALMemoryBlockGetSize(block) : countBytes;
@@ -86,7 +86,7 @@ HostBoolean rbAddSomeFPAudiostereo(REALobjectStruct* object, REALmemoryBlockStru
                                    clearBuffers);
 }
 
-/// The "Play…" form of an "Add…" method: add, then start the player if it is stopped.
+/// The playing form of an adding method: add, then start the player.
 template <auto add>
 struct AndPlay;
 template <class... Arguments, HostBoolean (*add)(REALobjectStruct*, Arguments...)>
@@ -101,8 +101,6 @@ constexpr auto rbPlaySomeAudio = AndPlay<rbAddSomeAudio>::method;
 constexpr auto rbPlaySomeFPAudio = AndPlay<rbAddSomeFPAudio>::method;
 constexpr auto rbPlaySomeAudiostereo = AndPlay<rbAddSomeAudiostereo>::method;
 constexpr auto rbPlaySomeFPAudiostereo = AndPlay<rbAddSomeFPAudiostereo>::method;
-
-// ---- the class table ----
 
 using namespace table;
 using Data = AudioPlayerData;

@@ -45,7 +45,7 @@ HostBoolean getIsOpen(REALobjectStruct* object, HostInteger)
 using namespace table;
 using Data = SoundStreamData;
 
-// For the host a handle is an Integer.
+// Handles are Integers in the host's interface.
 static_assert(sizeof(StreamState*) == sizeof(HostInteger));
 constexpr HostType<StreamState*> asState{asInteger.name};
 
