@@ -1,5 +1,5 @@
 /*
- * Handles: memory blocks behind a pointer. C.
+ * Handles: movable memory blocks, reached through a pointer to a pointer. C.
  *
  * Units    sizes are in bytes, 0 or more.
  * Owner    the caller of NewHandle disposes the handle, once. A block moves in SetHandleSize only.

@@ -23,6 +23,6 @@
     KVX_PLATFORM_ASSERT(sizeof(void*) != 4 || sizeof(type) == (size), "the platform's size of " #type)
 #define KVX_PLATFORM_OFFSET(type, field, offset)                                                             \
     KVX_PLATFORM_ASSERT(sizeof(void*) != 4 || offsetof(type, field) == (offset),                             \
-                        "the platform's place of " #type "." #field)
+                        "the platform's offset of " #type "." #field)
 
 #endif

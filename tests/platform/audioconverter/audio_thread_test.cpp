@@ -1,4 +1,4 @@
-// What filling asks of the C library: nothing.
+// Filling neither allocates nor locks.
 #include "tests/platform/audioconverter/converter.h"
 #include "tests/platform/audioconverter/plain_samples.h"
 #include "tests/support/audio_thread_alarm.h"
@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-TEST(AudioThread, TheAlarmRings)
+TEST(AudioThread, AlarmCountsAllocations)
 {
     const int before = alarm_::allocations();
     alarm_::forbid(true);
@@ -22,7 +22,7 @@ TEST(AudioThread, TheAlarmRings)
     EXPECT_GE(alarm_::allocations(), before + 2);
 }
 
-TEST(AudioThread, FillingAllocatesNothingAndTakesNoLock)
+TEST(AudioThread, FillNeitherAllocatesNorLocks)
 {
     for (std::size_t kind = 0; kind < kindCount; ++kind)
         for (const Float64 to : {44100.0, 48000.0, 8000.0})
@@ -35,13 +35,13 @@ TEST(AudioThread, FillingAllocatesNothingAndTakesNoLock)
                 List list(canonical(to, 2), 512);
                 const int allocations = alarm_::allocations(), locks = alarm_::locks();
                 UInt32 total = 0;
-                for (int turn = 0; turn < 10; ++turn) {
+                for (int i = 0; i < 10; ++i) {
                     list.lend();
                     UInt32 packets = 512;
                     alarm_::forbid(true);
                     AudioConverterFillComplexBuffer(converter, Sound::procedure, &sound, &packets, list.get(),
                                                     nullptr);
-                    if (turn == 8) AudioConverterReset(converter);
+                    if (i == 8) AudioConverterReset(converter);
                     alarm_::forbid(false);
                     total += packets;
                 }

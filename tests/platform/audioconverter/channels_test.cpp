@@ -1,4 +1,4 @@
-// Channels that are more, fewer, or elsewhere.
+// The channel rule and channel maps.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-/// Frames in which each channel holds its number from 1.
+/// Frames whose samples are the channel number, from 1.
 std::vector<float> numbered(UInt32 channels, UInt32 frames)
 {
     std::vector<float> samples;
@@ -20,24 +20,24 @@ std::vector<float> numbered(UInt32 channels, UInt32 frames)
 // clang-format off
 const struct { UInt32 from, to; std::vector<SInt32> map; std::vector<float> frame; const char* why; } facts[] = {
     {1, 1, {},          {1},                "one to one"},
-    {1, 2, {},          {1, 1},             "one to two: on both"},
-    {1, 6, {},          {1, 1, 0, 0, 0, 0}, "one to six: on the first two"},
+    {1, 2, {},          {1, 1},             "one to two: both"},
+    {1, 6, {},          {1, 1, 0, 0, 0, 0}, "one to six: the first two"},
     {2, 1, {},          {1},                "the second is dropped"},
-    {2, 6, {},          {1, 2, 0, 0, 0, 0}, "two of six"},
-    {6, 2, {},          {1, 2},             "the first two of six"},
-    {6, 6, {},          {1, 2, 3, 4, 5, 6}, "each its own"},
-    {3, 3, {},          {1, 2, 3},          "each its own"},
-    {2, 2, {1, 0},      {2, 1},             "changed over"},
+    {2, 6, {},          {1, 2, 0, 0, 0, 0}, "two to six: the first two"},
+    {6, 2, {},          {1, 2},             "six to two: four are dropped"},
+    {6, 6, {},          {1, 2, 3, 4, 5, 6}, "each to itself"},
+    {3, 3, {},          {1, 2, 3},          "each to itself"},
+    {2, 2, {1, 0},      {2, 1},             "swapped"},
     {2, 2, {-1, 0},     {0, 1},             "one silent"},
-    {1, 2, {-1, 0},     {0, 1},             "a map stands in place of the rule"},
-    {2, 3, {1, 1, 1},   {2, 2, 2},          "one on all"},
+    {1, 2, {-1, 0},     {0, 1},             "a map replaces the rule"},
+    {2, 3, {1, 1, 1},   {2, 2, 2},          "one to all"},
     {6, 2, {5, 4},      {6, 5},             "the last two"},
-    {2, 2, {0, 2},      {1, 0},             "a channel that is not there"},
-    {2, 2, {0, 1},      {1, 2},             "a map that says what is so anyway"},
+    {2, 2, {0, 2},      {1, 0},             "a missing channel is silent"},
+    {2, 2, {0, 1},      {1, 2},             "a map equal to the rule"},
 };
 // clang-format on
 
-TEST(Channels, GoWhereTheyBelong)
+TEST(Channels, FollowRuleOrMap)
 {
     for (const auto& fact : facts)
         for (int apart = 0; apart < 2; ++apart) {
@@ -60,7 +60,7 @@ TEST(Channels, GoWhereTheyBelong)
         }
 }
 
-TEST(Channels, GoThereAtAnotherRateToo)
+TEST(Channels, FollowRuleOrMapAtAnotherRate)
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -77,7 +77,7 @@ TEST(Channels, GoThereAtAnotherRateToo)
     }
 }
 
-TEST(Channels, SilentOnesAreSilentInEveryKind)
+TEST(Channels, SilenceInEverySampleFormat)
 {
     // clang-format off
     const struct { UInt32 bits, flags; std::vector<unsigned char> silence; } kinds[] = {

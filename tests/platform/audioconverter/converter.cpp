@@ -39,13 +39,13 @@ UInt32 fill(AudioConverterRef converter, AudioConverterComplexInputDataProc proc
     return packets;
 }
 
-std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 channels, UInt32 piece)
+std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 channels, UInt32 atATime)
 {
     std::vector<float> all;
-    List list(interleaved(1, channels), piece);
+    List list(interleaved(1, channels), atATime);
     for (;;) {
         list.lend();
-        const UInt32 got = fill(converter, Sound::procedure, &sound, piece, list);
+        const UInt32 got = fill(converter, Sound::procedure, &sound, atATime, list);
         if (!got) return all;
         const auto* samples = static_cast<const float*>(list[0].mData);
         all.insert(all.end(), samples, samples + got * channels);

@@ -1,4 +1,4 @@
-// A converter that disposes itself, and input procedures that do what a script says.
+// A converter that its destructor disposes, and an input procedure that reads from memory.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
@@ -49,7 +49,7 @@ public:
     const OSStatus status;
 };
 
-/// All of a sound, given in pieces of up to `most` packets.
+/// Input frames; the procedure gives up to `most` of them per call.
 struct Sound {
     AudioStreamBasicDescription format;
     std::vector<std::vector<unsigned char>> buffers;
@@ -61,15 +61,14 @@ struct Sound {
                               AudioStreamPacketDescription**, void* sound);
 };
 
-/// Interleaved 32-bit float.
+/// Interleaved 32-bit float input.
 Sound soundOf(Float64 rate, UInt32 channels, const std::vector<float>& samples);
 
-/// Fill `list` with up to `frames` frames; the frames it got.
+/// Fill `list` with up to `frames` frames. Returns the frames made.
 UInt32 fill(AudioConverterRef converter, AudioConverterComplexInputDataProc procedure, void* context,
             UInt32 frames, List& list, OSStatus expected = noErr);
 
-/// Everything that a sound becomes, in interleaved 32-bit float, filled `piece` frames at a time until none
-/// come.
-std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 channels, UInt32 piece);
+/// The whole output as interleaved 32-bit float, filled `atATime` frames per call.
+std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 channels, UInt32 atATime);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// Filling: an input procedure that gives less, more, nothing, or fails.
+// Filling: input procedures that give fewer frames, more, none, or fail.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -11,16 +11,16 @@ namespace {
 
 using namespace test;
 
-constexpr UInt32 asAsked = ~UInt32{0};
+constexpr UInt32 asRequested = ~UInt32{0};
 
-/// What one call of the input procedure does.
+/// One call of the input procedure.
 struct Step {
     UInt32 packets;
     OSStatus status = noErr;
-    UInt32 covered = asAsked; // packets that mDataByteSize says; none: no memory either
+    UInt32 covered = asRequested; ///< packets in mDataByteSize; 0: also NULL memory
 };
 
-/// Counts: 16-bit frames 1, 2, 3, … in one channel, given as the steps say; the last step repeats.
+/// Input of mono 16-bit frames 1, 2, 3, … in the given steps; the last step repeats.
 struct Script {
     explicit Script(std::vector<Step> s) : steps(std::move(s))
     {
@@ -30,31 +30,31 @@ struct Script {
                               AudioStreamPacketDescription**, void* context)
     {
         Script& self = *static_cast<Script*>(context);
-        self.asked.push_back(*packets);
-        const Step step = self.steps[std::min(self.asked.size(), self.steps.size()) - 1];
-        if (step.packets != asAsked) *packets = step.packets;
-        const UInt32 covered = step.covered == asAsked ? *packets : step.covered;
+        self.requests.push_back(*packets);
+        const Step step = self.steps[std::min(self.requests.size(), self.steps.size()) - 1];
+        if (step.packets != asRequested) *packets = step.packets;
+        const UInt32 covered = step.covered == asRequested ? *packets : step.covered;
         list->mBuffers[0].mData = covered ? self.memory.data() + self.next : nullptr;
         list->mBuffers[0].mDataByteSize = covered * 2;
         self.next += *packets;
         return step.status;
     }
     std::vector<Step> steps;
-    std::vector<UInt32> asked;
+    std::vector<UInt32> requests;
     std::vector<SInt16> memory = std::vector<SInt16>(1000);
     UInt32 next = 0;
 };
 
 AudioStreamBasicDescription counts() { return pcm(44100, 1, 16, isSigned | isPacked); }
 
-/// The frames that a fill of up to `frames` gives.
+/// Fill up to `frames` frames; returns the samples.
 std::vector<int> filled(AudioConverterRef converter, Script& script, UInt32 frames, OSStatus status = noErr)
 {
     List list(counts(), frames + 1);
     const UInt32 got = fill(converter, Script::procedure, &script, frames, list, status);
     EXPECT_LE(got, frames);
     EXPECT_EQ(list[0].mDataByteSize, got * 2);
-    EXPECT_EQ(list.bytes(0)[got * 2], 0xEE) << "nothing behind what was made";
+    EXPECT_EQ(list.bytes(0)[got * 2], 0xEE) << "nothing is written after the frames";
     const auto* samples = static_cast<const SInt16*>(list[0].mData);
     return {samples, samples + got};
 }
@@ -66,45 +66,45 @@ std::vector<int> range(int first, int last)
     return all;
 }
 
-using Asked = std::vector<UInt32>;
+using Requests = std::vector<UInt32>;
 
-TEST(Fill, LessThanAskedIsAskedForAgain)
+TEST(Fill, FewerFramesThanRequestedArePulledAgain)
 {
     const Converter converter(counts(), counts());
     Script script({{3}});
     EXPECT_EQ(filled(converter, script, 10), range(1, 10));
-    EXPECT_EQ(script.asked, (Asked{10, 7, 4, 1}));
-    EXPECT_EQ(filled(converter, script, 4), range(11, 14)) << "two were kept";
-    EXPECT_EQ(script.asked, (Asked{10, 7, 4, 1, 2}));
+    EXPECT_EQ(script.requests, (Requests{10, 7, 4, 1}));
+    EXPECT_EQ(filled(converter, script, 4), range(11, 14)) << "two frames were kept";
+    EXPECT_EQ(script.requests, (Requests{10, 7, 4, 1, 2}));
 }
 
-TEST(Fill, MoreThanAskedIsKeptWhereItStands)
+TEST(Fill, ExtraFramesStayInTheProceduresMemory)
 {
     const Converter converter(counts(), counts());
     Script script({{100}, {0}});
     EXPECT_EQ(filled(converter, script, 10), range(1, 10));
-    script.memory[10] = 777; // the procedure's memory is read when its turn comes
+    script.memory[10] = 777; // read at the next fill
     EXPECT_EQ(filled(converter, script, 1), (std::vector<int>{777}));
     EXPECT_EQ(filled(converter, script, 80), range(12, 91));
-    EXPECT_EQ(script.asked, (Asked{10}));
+    EXPECT_EQ(script.requests, (Requests{10}));
     EXPECT_EQ(filled(converter, script, 50), range(92, 100));
-    EXPECT_EQ(script.asked, (Asked{10, 41}));
+    EXPECT_EQ(script.requests, (Requests{10, 41}));
 }
 
-TEST(Fill, NothingIsTheEndUntilAReset)
+TEST(Fill, NoFramesEndTheInputUntilAReset)
 {
     const Converter converter(counts(), counts());
-    Script script({{4}, {0}, {asAsked}});
+    Script script({{4}, {0}, {asRequested}});
     EXPECT_EQ(filled(converter, script, 10), range(1, 4));
-    EXPECT_EQ(script.asked.size(), 2u);
+    EXPECT_EQ(script.requests.size(), 2u);
     EXPECT_EQ(filled(converter, script, 10), range(1, 0));
     EXPECT_EQ(filled(converter, script, 10), range(1, 0));
-    EXPECT_EQ(script.asked.size(), 2u) << "it is asked no more";
+    EXPECT_EQ(script.requests.size(), 2u) << "the procedure is not called again";
     EXPECT_EQ(AudioConverterReset(converter), noErr);
     EXPECT_EQ(filled(converter, script, 3), range(5, 7));
 }
 
-TEST(Fill, AResetForgetsWhatWasKept)
+TEST(Fill, ResetDiscardsKeptFrames)
 {
     const Converter converter(counts(), counts());
     Script script({{100}});
@@ -113,35 +113,35 @@ TEST(Fill, AResetForgetsWhatWasKept)
     EXPECT_EQ(filled(converter, script, 3), range(101, 103));
 }
 
-TEST(Fill, NothingAndAnErrorIsNoneForNow)
+TEST(Fill, NoFramesAndAnErrorMeanNoneForNow)
 {
     const Converter converter(counts(), counts());
-    Script script({{4}, {0, 'none'}, {0, 'none'}, {asAsked}});
+    Script script({{4}, {0, 'none'}, {0, 'none'}, {asRequested}});
     EXPECT_EQ(filled(converter, script, 10, 'none'), range(1, 4));
     EXPECT_EQ(filled(converter, script, 10, 'none'), range(1, 0));
     EXPECT_EQ(filled(converter, script, 10), range(5, 14));
 }
 
-TEST(Fill, PacketsThatComeWithAnErrorAreKept)
+TEST(Fill, FramesWithAnErrorAreKept)
 {
     const Converter converter(counts(), counts());
-    Script script({{4}, {5, 'odd '}, {asAsked}});
+    Script script({{4}, {5, 'odd '}, {asRequested}});
     EXPECT_EQ(filled(converter, script, 10, 'odd '), range(1, 4));
     EXPECT_EQ(filled(converter, script, 8), range(5, 12));
-    EXPECT_EQ(script.asked, (Asked{10, 6, 3}));
+    EXPECT_EQ(script.requests, (Requests{10, 6, 3}));
 }
 
-TEST(Fill, WhatBuffersDoNotCoverIsSilence)
+TEST(Fill, UncoveredFramesAreSilence)
 {
     const std::vector<int> silence(4, 0);
     // clang-format off
     const struct { Step step; std::vector<int> frames; const char* why; } facts[] = {
-        {{4, noErr, 4},       {1, 2, 3, 4}, "all of it"},
+        {{4, noErr, 4},       {1, 2, 3, 4}, "all covered"},
         {{4, noErr, 3},       {1, 2, 3, 0}, "one frame short"},
         {{4, noErr, 0},       {0, 0, 0, 0}, "no memory"},
-        {{asAsked, noErr, 2}, {1, 2, 0, 0}, "the count as it was"},
-        {{asAsked, noErr, 0}, {0, 0, 0, 0}, "the count as it was, and no memory"},
-        {{2, noErr, 4},       {1, 2, 3, 4}, "more memory than packets: the next two come with the next call"},
+        {{asRequested, noErr, 2}, {1, 2, 0, 0}, "the count unchanged"},
+        {{asRequested, noErr, 0}, {0, 0, 0, 0}, "the count unchanged, no memory"},
+        {{2, noErr, 4},       {1, 2, 3, 4}, "more memory than frames: the procedure is called again"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -151,7 +151,7 @@ TEST(Fill, WhatBuffersDoNotCoverIsSilence)
     }
 }
 
-TEST(Fill, AFrameThatIsNotWholeIsNotRead)
+TEST(Fill, IncompleteFramesAreNotRead)
 {
     const Converter converter(counts(), counts());
     const auto procedure = [](AudioConverterRef, UInt32*, AudioBufferList* list,
@@ -167,7 +167,7 @@ TEST(Fill, AFrameThatIsNotWholeIsNotRead)
     EXPECT_EQ(static_cast<const SInt16*>(list[0].mData)[1], 0);
 }
 
-TEST(Fill, EachBufferIsJudgedByItself)
+TEST(Fill, EachBufferHasItsOwnSize)
 {
     const Converter converter(canonical(44100, 2), canonical(44100, 2));
     const auto procedure = [](AudioConverterRef, UInt32*, AudioBufferList* list,
@@ -186,9 +186,9 @@ TEST(Fill, EachBufferIsJudgedByItself)
     EXPECT_EQ(second[2], 0);
 }
 
-// ---- what arrives at the procedure ----
+// ---- the procedure's arguments ----
 
-struct Arrived {
+struct Arguments {
     AudioConverterRef converter = nullptr;
     UInt32 packets = 0, buffers = 0;
     std::vector<AudioBuffer> all;
@@ -197,20 +197,20 @@ struct Arrived {
     static OSStatus procedure(AudioConverterRef converter, UInt32* packets, AudioBufferList* list,
                               AudioStreamPacketDescription** descriptions, void* context)
     {
-        Arrived& self = *static_cast<Arrived*>(context);
+        Arguments& self = *static_cast<Arguments*>(context);
         self.converter = converter;
         self.packets = *packets;
         self.buffers = list->mNumberBuffers;
         self.all.assign(list->mBuffers, list->mBuffers + list->mNumberBuffers);
         self.descriptions = descriptions;
-        // What a careless client leaves behind must not matter for the next call.
+        // The next call must not depend on these changes.
         list->mNumberBuffers = 0;
         for (std::size_t i = 0; i < self.all.size(); ++i) list->mBuffers[i] = {99, 0, nullptr};
         return noErr;
     }
 };
 
-TEST(Fill, TheProcedureGetsEmptyBuffersInTheSourcesShape)
+TEST(Fill, ProcedureReceivesEmptyBuffersOfTheSourceFormat)
 {
     // clang-format off
     const struct { AudioStreamBasicDescription format; UInt32 buffers, channels; } facts[] = {
@@ -220,15 +220,15 @@ TEST(Fill, TheProcedureGetsEmptyBuffersInTheSourcesShape)
     for (const auto& fact : facts) {
         const Converter converter(fact.format, interleaved(44100, 2));
         List list(interleaved(44100, 2), 16);
-        for (int turn = 0; turn < 2; ++turn) {
-            Arrived arrived;
+        for (int i = 0; i < 2; ++i) {
+            Arguments arguments;
             list.lend();
-            ASSERT_EQ(fill(converter, Arrived::procedure, &arrived, 16, list), 16u);
-            EXPECT_EQ(arrived.converter, static_cast<AudioConverterRef>(converter));
-            EXPECT_EQ(arrived.packets, 16u);
-            ASSERT_EQ(arrived.buffers, fact.buffers);
-            EXPECT_EQ(arrived.descriptions, nullptr);
-            for (const AudioBuffer& buffer : arrived.all) {
+            ASSERT_EQ(fill(converter, Arguments::procedure, &arguments, 16, list), 16u);
+            EXPECT_EQ(arguments.converter, static_cast<AudioConverterRef>(converter));
+            EXPECT_EQ(arguments.packets, 16u);
+            ASSERT_EQ(arguments.buffers, fact.buffers);
+            EXPECT_EQ(arguments.descriptions, nullptr);
+            for (const AudioBuffer& buffer : arguments.all) {
                 EXPECT_EQ(buffer.mNumberChannels, fact.channels);
                 EXPECT_EQ(buffer.mDataByteSize, 0u);
                 EXPECT_EQ(buffer.mData, nullptr);
@@ -237,21 +237,21 @@ TEST(Fill, TheProcedureGetsEmptyBuffersInTheSourcesShape)
     }
 }
 
-// ---- the output's buffers ----
+// ---- output buffers ----
 
-TEST(Fill, RoomShortensAndSizesAreWritten)
+TEST(Fill, CapacityLimitsFramesAndSizesAreWritten)
 {
     // clang-format off
-    const struct { UInt32 wanted, room[2]; UInt32 made; OSStatus status; const char* why; } facts[] = {
-        {10, {40, 40}, 10, noErr,                                "just enough"},
-        {10, {400, 44}, 10, noErr,                               "more than enough"},
-        {10, {40, 36}, 9,  noErr,                                "the smaller counts"},
-        {10, {39, 40}, 9,  noErr,                                "whole frames"},
+    const struct { UInt32 request, capacity[2]; UInt32 made; OSStatus status; const char* why; } facts[] = {
+        {10, {40, 40}, 10, noErr,                                "exact"},
+        {10, {400, 44}, 10, noErr,                               "larger"},
+        {10, {40, 36}, 9,  noErr,                                "the smaller buffer counts"},
+        {10, {39, 40}, 9,  noErr,                                "complete frames only"},
         {10, {4, 40},  1,  noErr,                                "one"},
-        {10, {3, 40},  10, kAudioConverterErr_InvalidOutputSize, "none"},
-        {10, {40, 0},  10, kAudioConverterErr_InvalidOutputSize, "none there"},
-        {0,  {40, 40}, 0,  noErr,                                "nothing wanted"},
-        {0,  {0, 0},   0,  noErr,                                "nothing wanted, nothing needed"},
+        {10, {3, 40},  10, kAudioConverterErr_InvalidOutputSize, "less than a frame"},
+        {10, {40, 0},  10, kAudioConverterErr_InvalidOutputSize, "an empty buffer"},
+        {0,  {40, 40}, 0,  noErr,                                "no request"},
+        {0,  {0, 0},   0,  noErr,                                "no request, no capacity"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -259,10 +259,10 @@ TEST(Fill, RoomShortensAndSizesAreWritten)
         const Converter converter(interleaved(44100, 2), canonical(44100, 2));
         Sound sound = soundOf(44100, 2, std::vector<float>(200, 0.5f));
         List list(canonical(44100, 2), 100);
-        for (UInt32 i = 0; i < 2; ++i) list[i].mDataByteSize = fact.room[i];
-        EXPECT_EQ(fill(converter, Sound::procedure, &sound, fact.wanted, list, fact.status), fact.made);
+        for (UInt32 i = 0; i < 2; ++i) list[i].mDataByteSize = fact.capacity[i];
+        EXPECT_EQ(fill(converter, Sound::procedure, &sound, fact.request, list, fact.status), fact.made);
         for (UInt32 i = 0; i < 2; ++i) {
-            EXPECT_EQ(list[i].mDataByteSize, fact.status ? fact.room[i] : fact.made * 4);
+            EXPECT_EQ(list[i].mDataByteSize, fact.status ? fact.capacity[i] : fact.made * 4);
             if (!fact.status) {
                 EXPECT_EQ(list.bytes(i)[fact.made * 4], 0xEE);
             }
@@ -271,12 +271,12 @@ TEST(Fill, RoomShortensAndSizesAreWritten)
     }
 }
 
-TEST(Fill, AListOfAnotherShapeIsRefused)
+TEST(Fill, MismatchedListsAreRefused)
 {
     const Converter converter(interleaved(44100, 2), canonical(44100, 2));
     // clang-format off
     const struct { std::function<void(List&)> spoil; const char* why; } facts[] = {
-        {[](List& list) { list->mNumberBuffers = 1; },     "a buffer less"},
+        {[](List& list) { list->mNumberBuffers = 1; },     "a missing buffer"},
         {[](List& list) { list->mNumberBuffers = 0; },     "no buffer"},
         {[](List& list) { list[1].mNumberChannels = 2; },  "two channels in one"},
         {[](List& list) { list[1].mData = nullptr; },      "no memory"},
@@ -296,7 +296,7 @@ TEST(Fill, MissingPointersAreRefused)
     const Converter converter(counts(), counts());
     List list(counts(), 10);
     UInt32 packets = 10;
-    Script script({{asAsked}});
+    Script script({{asRequested}});
     EXPECT_EQ(
         AudioConverterFillComplexBuffer(nullptr, Script::procedure, &script, &packets, list.get(), nullptr),
         paramErr);
@@ -308,12 +308,12 @@ TEST(Fill, MissingPointersAreRefused)
     EXPECT_EQ(
         AudioConverterFillComplexBuffer(converter, Script::procedure, &script, &packets, nullptr, nullptr),
         paramErr);
-    EXPECT_TRUE(script.asked.empty());
+    EXPECT_TRUE(script.requests.empty());
 }
 
-// Big-endian 16-bit pairs into two buffers of float, from a source that has some, less, then none: what is
-// left as it was asked is silence.
-TEST(Fill, AMixersBlocksIntoAnOutputUnitsBuffers)
+// Big-endian 16-bit stereo to two float buffers. The source runs dry and leaves the count unchanged: the rest
+// is silence.
+TEST(Fill, MixerBlocksToOutputUnitBuffers)
 {
     struct Block {
         std::vector<unsigned char> bytes{0x40, 0, 0xC0, 0, 0x20, 0, 0xE0, 0, 0x10, 0, 0xF0, 0};

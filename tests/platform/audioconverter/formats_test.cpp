@@ -1,4 +1,4 @@
-// Every kind of sample into every other, sample by sample against a plain reference.
+// Every sample format to every other, compared with a reference, and the formats that are accepted.
 #include "tests/platform/audioconverter/converter.h"
 #include "tests/platform/audioconverter/plain_samples.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using namespace test;
 
-/// Samples of a kind that are likely to go wrong, then any at all.
+/// Samples of a format: edge cases, then random ones.
 std::vector<std::uint64_t> samplesOf(const Kind& kind, UInt32 count)
 {
     std::vector<std::uint64_t> raws;
@@ -33,8 +33,8 @@ std::vector<std::uint64_t> samplesOf(const Kind& kind, UInt32 count)
             raws.push_back(raw);
         }
         const bool isWide = kind.bytes == 8;
-        raws.push_back(isWide ? 0x7FF8000000001234u : 0x7FC01234u); // not a number, and a quiet one
-        raws.push_back(isWide ? 0xFFF0000000000001u : 0xFF800001u); // one that signals
+        raws.push_back(isWide ? 0x7FF8000000001234u : 0x7FC01234u); // a quiet NaN
+        raws.push_back(isWide ? 0xFFF0000000000001u : 0xFF800001u); // a signalling NaN
         while (raws.size() < count / 2) {
             const double value = std::uniform_real_distribution<double>(-1.1, 1.1)(random);
             const auto narrow = static_cast<float>(value);
@@ -76,7 +76,7 @@ Sound soundOf(const Kind& kind, const AudioStreamBasicDescription& format,
     return sound;
 }
 
-/// One pair of formats, given in pieces and taken in pieces.
+/// Convert between two formats in several calls.
 void expectPair(const Kind& from, bool fromApart, const Kind& to, bool toApart, UInt32 channels)
 {
     constexpr UInt32 frames = 120;
@@ -111,7 +111,7 @@ void expectPair(const Kind& from, bool fromApart, const Kind& to, bool toApart, 
         }
 }
 
-TEST(Formats, EachBecomesEachOther)
+TEST(Formats, EveryPairIsConverted)
 {
     for (std::size_t i = 0; i < kindCount; ++i)
         for (std::size_t k = 0; k < kindCount; ++k)
@@ -124,7 +124,7 @@ TEST(Formats, EachBecomesEachOther)
                 }
 }
 
-TEST(Formats, MemoryNeedNotBeAligned)
+TEST(Formats, UnalignedMemoryIsAccepted)
 {
     for (const Kind& from : {kinds[2], kinds[13], kinds[16], kinds[17], kinds[18]})
         for (const Kind& to : {kinds[2], kinds[13], kinds[16], kinds[17], kinds[18]})
@@ -159,22 +159,22 @@ TEST(Formats, MemoryNeedNotBeAligned)
             }
 }
 
-// What the reference itself says, in words that can be looked up.
-TEST(Formats, TheReferenceIsRight)
+// The reference, checked against literal values.
+TEST(Formats, ReferenceMatchesLiteralValues)
 {
     const Kind &byte = kinds[0], &word = kinds[2], &three = kinds[5], &whole = kinds[13], &single = kinds[16];
     // clang-format off
     const struct { const Kind& from; std::uint64_t raw; const Kind& to; std::uint64_t result; const char* why; } facts[] = {
-        {byte,   0x80,       single, 0xBF800000, "the least is -1"},
+        {byte,   0x80,       single, 0xBF800000, "the lowest value is -1"},
         {word,   0x4000,     single, 0x3F000000, "half of full scale"},
         {three,  0x000001,   single, 0x34000000, "1 / 2^23, exactly"},
-        {single, 0x3F800000, word,   0x7FFF,     "+1 stops at full scale"},
-        {single, 0xC0000000, word,   0x8000,     "-2 stops, too"},
-        {single, 0x7FC00000, word,   0,          "not a number"},
-        {word,   0x1280,     byte,   0x12,       "a tie, to the even one below"},
-        {word,   0x1380,     byte,   0x14,       "a tie, to the even one above"},
-        {whole,  0x7FFFFFFF, three,  0x7FFFFF,   "rounded up it would be too much"},
-        {whole,  0x12345678, whole,  0x12345678, "itself"},
+        {single, 0x3F800000, word,   0x7FFF,     "+1 is clipped"},
+        {single, 0xC0000000, word,   0x8000,     "-2 is clipped"},
+        {single, 0x7FC00000, word,   0,          "NaN"},
+        {word,   0x1280,     byte,   0x12,       "a tie, to the even value below"},
+        {word,   0x1380,     byte,   0x14,       "a tie, to the even value above"},
+        {whole,  0x7FFFFFFF, three,  0x7FFFFF,   "rounding up is clipped"},
+        {whole,  0x12345678, whole,  0x12345678, "unchanged"},
         {word,   0x8001,     whole,  0x80010000, "wider"},
     };
     // clang-format on
@@ -182,7 +182,7 @@ TEST(Formats, TheReferenceIsRight)
         EXPECT_EQ(converted(fact.from, fact.raw, fact.to), fact.result) << fact.why;
 }
 
-TEST(Formats, WhatSourceAndDestinationMayBe)
+TEST(Formats, AcceptedAndRefused)
 {
     const auto good = interleaved(44100, 2);
     auto other = good;
@@ -196,26 +196,26 @@ TEST(Formats, WhatSourceAndDestinationMayBe)
     const struct { AudioStreamBasicDescription from, to; OSStatus status; const char* why; } facts[] = {
         {good,                             good,                             noErr,                                       "the same"},
         {other,                            good,                             kAudioConverterErr_FormatNotSupported,       "not linear PCM"},
-        {good,                             other,                            kAudioConverterErr_FormatNotSupported,       "nor here"},
+        {good,                             other,                            kAudioConverterErr_FormatNotSupported,       "not linear PCM"},
         {frames,                           good,                             kAudioConverterErr_FormatNotSupported,       "two frames a packet"},
         {good,                             lopsided,                         kAudioConverterErr_FormatNotSupported,       "seven bytes a frame"},
         {fixed,                            good,                             kAudioConverterErr_FormatNotSupported,       "fixed point"},
         {pcm(44100, 2, 40, isSigned, 5),   good,                             kAudioConverterErr_FormatNotSupported,       "40 bits"},
         {interleaved(44100, 0),            good,                             kAudioConverterErr_FormatNotSupported,       "no channels"},
         {interleaved(44100, 1024),         interleaved(44100, 1024),         noErr,                                       "many channels"},
-        {interleaved(44100, 1025),         good,                             kAudioConverterErr_FormatNotSupported,       "too many"},
+        {interleaved(44100, 1025),         good,                             kAudioConverterErr_FormatNotSupported,       "too many channels"},
         {interleaved(0, 2),                good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "no rate"},
         {good,                             interleaved(0, 2),                kAudioConverterErr_OutputSampleRateOutOfRange, "no rate"},
-        {interleaved(-1, 2),               good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "backwards"},
-        {interleaved(std::nan(""), 2),     good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "not a number"},
-        {good,                             interleaved(INFINITY, 2),         kAudioConverterErr_OutputSampleRateOutOfRange, "no number"},
+        {interleaved(-1, 2),               good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "negative rate"},
+        {interleaved(std::nan(""), 2),     good,                             kAudioConverterErr_InputSampleRateOutOfRange,  "NaN rate"},
+        {good,                             interleaved(INFINITY, 2),         kAudioConverterErr_OutputSampleRateOutOfRange, "infinite rate"},
         {interleaved(1000, 2),             interleaved(256000, 2),           noErr,                                       "256 times"},
-        {interleaved(1000, 2),             interleaved(257000, 2),           kAudioConverterErr_OutputSampleRateOutOfRange, "more"},
-        {interleaved(256000, 2),           interleaved(1000, 2),             noErr,                                       "a 256th"},
-        {interleaved(257000, 2),           interleaved(1000, 2),             kAudioConverterErr_OutputSampleRateOutOfRange, "less"},
-        {interleaved(44100, 128),          interleaved(48000, 128),          noErr,                                       "as many as a filter takes"},
-        {interleaved(44100, 129),          interleaved(48000, 129),          kAudioConverterErr_FormatNotSupported,       "more than it takes"},
-        {interleaved(44100, 129),          interleaved(48000, 2),            noErr,                                       "few are left to filter"},
+        {interleaved(1000, 2),             interleaved(257000, 2),           kAudioConverterErr_OutputSampleRateOutOfRange, "257 times"},
+        {interleaved(256000, 2),           interleaved(1000, 2),             noErr,                                       "1/256"},
+        {interleaved(257000, 2),           interleaved(1000, 2),             kAudioConverterErr_OutputSampleRateOutOfRange, "1/257"},
+        {interleaved(44100, 128),          interleaved(48000, 128),          noErr,                                       "the most channels of the filter"},
+        {interleaved(44100, 129),          interleaved(48000, 129),          kAudioConverterErr_FormatNotSupported,       "more than the filter has"},
+        {interleaved(44100, 129),          interleaved(48000, 2),            noErr,                                       "two channels to filter"},
     };
     // clang-format on
     for (const auto& fact : facts) {

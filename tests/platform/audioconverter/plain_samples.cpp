@@ -76,7 +76,7 @@ double valueOf(const Kind& kind, std::uint64_t raw)
 std::uint64_t converted(const Kind& from, std::uint64_t raw, const Kind& to)
 {
     const UInt32 order = isBig;
-    const bool fills = from.bits == from.bytes * 8; // nowhere to be aligned to
+    const bool fills = from.bits == from.bytes * 8; // no padding
     const UInt32 matters = ~(order | isPacked | (fills ? UInt32{isHigh} : 0));
     if (from.bits == to.bits && from.bytes == to.bytes && (from.flags & matters) == (to.flags & matters))
         return raw;

@@ -1,4 +1,4 @@
-// Samples read and written the plain way, one at a time, as a reference: no code of the platform's.
+// A reference for sample conversion, one sample at a time, without code of the platform.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// A kind of sample.
+/// A sample format.
 struct Kind {
     UInt32 bits, flags, bytes;
     const char* name;
@@ -19,17 +19,17 @@ extern const std::size_t kindCount;
 
 AudioStreamBasicDescription formatOf(const Kind& kind, Float64 rate, UInt32 channels, bool isApart);
 
-/// A sample's bytes as a number, the first byte being the lowest.
+/// The bytes of a sample as a number, in the byte order of the format.
 std::uint64_t rawAt(const Kind& kind, const unsigned char* bytes);
 void putRaw(const Kind& kind, std::uint64_t raw, unsigned char* bytes);
 
-/// What a sample says; full scale is 1.
+/// The value of a sample; full scale is 1.
 double valueOf(const Kind& kind, std::uint64_t raw);
 
-/// A sample of one kind as one of another.
+/// Convert a sample to another format.
 std::uint64_t converted(const Kind& from, std::uint64_t raw, const Kind& to);
 
-/// The same, but for the bits of what is not a number, which arithmetic may change.
+/// Whether two samples are equal; all NaNs are equal, since arithmetic may change their bits.
 bool isSame(const Kind& kind, std::uint64_t a, std::uint64_t b);
 
 } // namespace test

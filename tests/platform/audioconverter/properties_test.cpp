@@ -1,4 +1,4 @@
-// The table of properties: sizes, values, what may be set.
+// Properties: sizes, values, access.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -13,7 +13,7 @@ using namespace test;
 constexpr OSStatus unsupported = kAudioConverterErr_OperationNotSupported;
 constexpr OSStatus wrongSize = kAudioConverterErr_BadPropertySizeError;
 
-TEST(Properties, CodesAreThePlatforms)
+TEST(Properties, CodesMatchTheirTexts)
 {
     // clang-format off
     const struct { OSStatus code; const char* text; } facts[] = {
@@ -42,7 +42,7 @@ TEST(Properties, CodesAreThePlatforms)
     EXPECT_EQ(kAudioConverterQuality_Min, 0);
 }
 
-TEST(Properties, AreWhatTheTableSays)
+TEST(Properties, SizesAccessAndMisuse)
 {
     // clang-format off
     const struct { AudioConverterPropertyID id; UInt32 size; bool isWritable; } facts[] = {
@@ -66,7 +66,7 @@ TEST(Properties, AreWhatTheTableSays)
         EXPECT_EQ(value[0], 0xEE);
         size = fact.size + 8;
         EXPECT_EQ(AudioConverterGetProperty(converter, fact.id, &size, value.data()), noErr);
-        EXPECT_EQ(size, fact.size) << "the real size";
+        EXPECT_EQ(size, fact.size) << "the size of the value";
         EXPECT_EQ(value[fact.size], 0xEE);
         EXPECT_EQ(AudioConverterGetProperty(converter, fact.id, nullptr, value.data()), paramErr);
         EXPECT_EQ(AudioConverterGetProperty(converter, fact.id, &size, nullptr), paramErr);
@@ -77,7 +77,7 @@ TEST(Properties, AreWhatTheTableSays)
                       fact.isWritable ? wrongSize : unsupported);
         EXPECT_EQ(AudioConverterSetProperty(converter, fact.id, fact.size, value.data()),
                   fact.isWritable ? noErr : unsupported)
-            << "the value it has";
+            << "the present value";
         EXPECT_EQ(AudioConverterSetProperty(converter, fact.id, fact.size, nullptr), paramErr);
     }
     UInt32 size = 4, word = 0;
@@ -89,14 +89,14 @@ TEST(Properties, AreWhatTheTableSays)
               kAudioConverterErr_PropertyNotSupported);
 }
 
-TEST(Properties, HaveTheirDefaults)
+TEST(Properties, Defaults)
 {
     const Converter converter(interleaved(44100, 1), canonical(44100, 3));
     EXPECT_EQ(converter.get<UInt32>('srca'), UInt32{'norm'});
     EXPECT_EQ(converter.get<UInt32>('srcq'), 0x60u);
     EXPECT_EQ(converter.get<UInt32>('prmm'), 1u);
     const auto info = converter.get<AudioConverterPrimeInfo>('prim');
-    EXPECT_EQ(info.leadingFrames, 0u) << "at the same rate nothing is looked ahead";
+    EXPECT_EQ(info.leadingFrames, 0u) << "no look-ahead at the same rate";
     EXPECT_EQ(info.trailingFrames, 0u);
     EXPECT_TRUE(converter.get<AudioStreamBasicDescription>('acid') == interleaved(44100, 1));
     EXPECT_TRUE(converter.get<AudioStreamBasicDescription>('acod') == canonical(44100, 3));
@@ -109,21 +109,21 @@ TEST(Properties, HaveTheirDefaults)
     EXPECT_EQ(map.entries[2], -1);
 }
 
-TEST(Properties, TakeWhatIsInRange)
+TEST(Properties, ValuesOutOfRangeAreRefused)
 {
     const Converter converter(interleaved(44100, 2), interleaved(48000, 2));
     // clang-format off
     const struct { AudioConverterPropertyID id; UInt32 value; OSStatus status; const char* why; } facts[] = {
-        {'srcq', 0,      noErr,       "the least"},
-        {'srcq', 127,    noErr,       "the most"},
-        {'srcq', 128,    paramErr,    "one more"},
-        {'srca', 'line', noErr,       "fast"},
-        {'srca', 'bats', noErr,       "best"},
-        {'srca', 'norm', noErr,       "as it goes"},
-        {'srca', 'fast', paramErr,    "no such"},
-        {'prmm', 1,      noErr,       "normal"},
-        {'prmm', 0,      unsupported, "with the past"},
-        {'prmm', 2,      unsupported, "with a delay"},
+        {'srcq', 0,      noErr,       "the lowest"},
+        {'srcq', 127,    noErr,       "the highest"},
+        {'srcq', 128,    paramErr,    "above the highest"},
+        {'srca', 'line', noErr,       "the fastest"},
+        {'srca', 'bats', noErr,       "the best"},
+        {'srca', 'norm', noErr,       "by the quality"},
+        {'srca', 'fast', paramErr,    "unknown"},
+        {'prmm', 1,      noErr,       "Normal"},
+        {'prmm', 0,      unsupported, "Pre"},
+        {'prmm', 2,      unsupported, "None"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -138,11 +138,11 @@ TEST(Properties, TakeWhatIsInRange)
     UInt32 size = sizeof kept;
     EXPECT_EQ(AudioConverterGetProperty(converter, 'chmp', &size, kept), noErr);
     EXPECT_EQ(kept[0], -1);
-    EXPECT_EQ(kept[1], 7) << "as it was set, though there is no such channel";
+    EXPECT_EQ(kept[1], 7) << "kept, although channel 7 does not exist";
 }
 
-// Which filter a quality and a complexity stand for shows in how far it looks ahead.
-TEST(Properties, ChooseTheFilter)
+// The look-ahead identifies the filter.
+TEST(Properties, ComplexityAndQualityChooseTheFilter)
 {
     const auto ahead = [](UInt32 complexity, UInt32 quality) {
         const Converter converter(interleaved(44100, 2), interleaved(48000, 2));
@@ -165,13 +165,13 @@ TEST(Properties, ChooseTheFilter)
             << fact.complexity << ", " << fact.quality;
 }
 
-TEST(Properties, ANewValueForgetsThePast)
+TEST(Properties, SettingOneResetsTheConverter)
 {
     const Converter converter(interleaved(44100, 1), interleaved(44100, 1));
     Sound sound = soundOf(44100, 1, {0.5f});
     EXPECT_EQ(drained(converter, sound, 1, 8), std::vector<float>{0.5f});
     sound.at = 0;
-    EXPECT_TRUE(drained(converter, sound, 1, 8).empty()) << "it has ended";
+    EXPECT_TRUE(drained(converter, sound, 1, 8).empty()) << "the input has ended";
     EXPECT_EQ(converter.set('chmp', SInt32{0}), noErr);
     EXPECT_EQ(drained(converter, sound, 1, 8), std::vector<float>{0.5f});
 }

@@ -1,4 +1,4 @@
-// Other rates: length to the frame, a tone's place, pitch and level, and the same sound in whatever pieces.
+// Rate conversion: exact length, time, pitch and level of a tone, independence of the call sizes.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <gtest/gtest.h>
@@ -34,17 +34,17 @@ TEST(Rate, LengthIsExact)
     for (const auto& rate : rates)
         for (const UInt32 frames : {0u, 1u, 2u, 3u, 100u, 441u, 442u, 1000u, 4411u}) {
             const auto expected = (std::uint64_t{frames} * rate.to + rate.from - 1) / rate.from;
-            for (const UInt32 piece : {97u, 5000u}) {
+            for (const UInt32 atATime : {97u, 5000u}) {
                 const Converter converter(interleaved(rate.from, 1), interleaved(rate.to, 1));
                 Sound sound = soundOf(rate.from, 1, std::vector<float>(frames, 0.5f));
-                sound.most = piece;
-                EXPECT_EQ(drained(converter, sound, 1, piece).size(), expected)
-                    << frames << " frames from " << rate.from << " to " << rate.to << " by " << piece;
+                sound.most = atATime;
+                EXPECT_EQ(drained(converter, sound, 1, atATime).size(), expected)
+                    << frames << " frames from " << rate.from << " to " << rate.to << " by " << atATime;
             }
         }
 }
 
-TEST(Rate, AToneStaysWhatAndWhereItIs)
+TEST(Rate, ToneKeepsTimePitchAndLevel)
 {
     // clang-format off
     const struct { Float64 from, to; UInt32 complexity; double bound; } facts[] = {
@@ -62,36 +62,36 @@ TEST(Rate, AToneStaysWhatAndWhereItIs)
         double worst = 0;
         for (std::size_t i = edge; i < frames - edge; ++i)
             for (std::size_t c = 0; c < 2; ++c) {
-                const double place = static_cast<double>(i) / fact.to;
-                const double expected = std::sin(2 * pi * 1000 * place + static_cast<double>(c));
+                const double seconds = static_cast<double>(i) / fact.to;
+                const double expected = std::sin(2 * pi * 1000 * seconds + static_cast<double>(c));
                 worst = std::max(worst, std::abs(expected - out[i * 2 + c]));
             }
         EXPECT_LT(worst, fact.bound) << fact.from << " to " << fact.to;
-        EXPECT_GT(worst, 0) << "it was converted";
+        EXPECT_GT(worst, 0) << "converted, not copied";
     }
 }
 
-TEST(Rate, PiecesDoNotMatter)
+TEST(Rate, CallSizesDoNotChangeSamples)
 {
     for (const Float64 to : {48000.0, 22050.0, 192000.0}) {
         const std::vector<float> samples = tone(44100, 700, 5000, 2);
         std::vector<float> whole;
         // clang-format off
-        const struct { UInt32 given, taken; } pieces[] = {{5000, 40000}, {1, 512}, {7, 1}, {512, 511}, {5000, 64}};
+        const struct { UInt32 given, taken; } sizes[] = {{5000, 40000}, {1, 512}, {7, 1}, {512, 511}, {5000, 64}};
         // clang-format on
-        for (const auto& piece : pieces) {
+        for (const auto& size : sizes) {
             const Converter converter(interleaved(44100, 2), interleaved(to, 2));
             Sound sound = soundOf(44100, 2, samples);
-            sound.most = piece.given;
-            const std::vector<float> out = drained(converter, sound, 2, piece.taken);
+            sound.most = size.given;
+            const std::vector<float> out = drained(converter, sound, 2, size.taken);
             if (whole.empty()) whole = out;
-            EXPECT_TRUE(out == whole) << "to " << to << ", " << piece.given << " given, " << piece.taken
-                                      << " taken: not the same, bit for bit";
+            EXPECT_TRUE(out == whole) << "to " << to << ", " << size.given << " given, " << size.taken
+                                      << " taken: not bit-identical";
         }
     }
 }
 
-/// A sound with pauses: every other call has none for now.
+/// Input with pauses: every other call has no frames for now.
 struct Halting {
     Sound sound;
     bool halts = false;
@@ -108,7 +108,7 @@ struct Halting {
     }
 };
 
-TEST(Rate, NothingIsLostWhenThereIsNoneForNow)
+TEST(Rate, PausesLoseNoFrames)
 {
     const std::vector<float> samples = tone(44100, 700, 3000);
     Sound plain = soundOf(44100, 1, samples);
@@ -135,7 +135,7 @@ TEST(Rate, NothingIsLostWhenThereIsNoneForNow)
     EXPECT_GT(waits, 25);
 }
 
-TEST(Rate, AResetStartsAfresh)
+TEST(Rate, ResetRestoresTheInitialState)
 {
     const Converter converter(interleaved(44100, 1), interleaved(48000, 1));
     const std::vector<float> samples = tone(44100, 700, 2000);
@@ -145,7 +145,7 @@ TEST(Rate, AResetStartsAfresh)
     sound.at = 0;
     EXPECT_TRUE(drained(converter, sound, 1, 300) == first);
 
-    // In the middle, with input kept and the filter full.
+    // In the middle, with kept input and filter history.
     EXPECT_EQ(AudioConverterReset(converter), noErr);
     sound.at = 0;
     List list(interleaved(48000, 1), 100);
@@ -155,8 +155,8 @@ TEST(Rate, AResetStartsAfresh)
     EXPECT_TRUE(drained(converter, sound, 1, 300) == first);
 }
 
-// More than it wants is given at once, so that some waits in front of the filter, too.
-TEST(Rate, AResetForgetsWhatWaits)
+// The procedure gives more than requested, so that frames also wait before the filter.
+TEST(Rate, ResetDiscardsWaitingFrames)
 {
     const auto all = [](AudioConverterRef, UInt32* packets, AudioBufferList* list,
                         AudioStreamPacketDescription**, void* context) -> OSStatus {
@@ -169,20 +169,20 @@ TEST(Rate, AResetForgetsWhatWaits)
     const Converter converter(interleaved(44100, 1), interleaved(48000, 1));
     Sound sound = soundOf(44100, 1, tone(44100, 700, 5000));
     std::vector<float> first;
-    for (int turn = 0; turn < 3; ++turn) {
+    for (int run = 0; run < 3; ++run) {
         std::vector<float> samples;
         for (int i = 0; i < 300; ++i) {
             List list(interleaved(48000, 1), 1);
             ASSERT_EQ(fill(converter, all, &sound, 1, list), 1u);
             samples.push_back(*static_cast<const float*>(list[0].mData));
         }
-        if (turn == 0) first = samples;
-        EXPECT_TRUE(samples == first) << turn;
+        if (run == 0) first = samples;
+        EXPECT_TRUE(samples == first) << run;
         EXPECT_EQ(AudioConverterReset(converter), noErr);
     }
 }
 
-/// How loud a tone comes out, in the middle.
+/// The level of a converted tone, without its ends.
 double levelOf(UInt32 complexity, double hertz)
 {
     const Converter converter(interleaved(44100, 1), interleaved(48000, 1));
@@ -194,11 +194,11 @@ double levelOf(UInt32 complexity, double hertz)
     return std::sqrt(power / 4000 * 2);
 }
 
-// The better the filter, the higher it reaches.
-TEST(Rate, TheFilterIsTheOneThatWasChosen)
+// A better filter passes higher frequencies.
+TEST(Rate, ComplexityChoosesTheFilter)
 {
     // clang-format off
-    const struct { UInt32 complexity; double hertz; bool isHeard; } facts[] = {
+    const struct { UInt32 complexity; double hertz; bool passes; } facts[] = {
         {'line', 16000, true}, {'line', 19200, false},
         {'norm', 19200, true}, {'norm', 20500, false},
         {'bats', 20500, true}, {'bats', 22000, false},
@@ -206,14 +206,14 @@ TEST(Rate, TheFilterIsTheOneThatWasChosen)
     // clang-format on
     for (const auto& fact : facts) {
         const double level = levelOf(fact.complexity, fact.hertz);
-        if (fact.isHeard)
+        if (fact.passes)
             EXPECT_NEAR(level, 1, 0.05) << fact.complexity << ", " << fact.hertz;
         else
             EXPECT_LT(level, 0.9) << fact.complexity << ", " << fact.hertz;
     }
 }
 
-TEST(Rate, TheFirstFillAsksForTheFiltersSpanToo)
+TEST(Rate, FirstFillPullsTheLookAheadToo)
 {
     for (const UInt32 complexity : {'line', 'norm', 'bats'})
         for (const Float64 to : {22050.0, 48000.0, 96000.0}) {
@@ -221,32 +221,32 @@ TEST(Rate, TheFirstFillAsksForTheFiltersSpanToo)
             ASSERT_EQ(converter.set('srca', UInt32{complexity}), noErr);
             struct Noted {
                 Sound sound;
-                std::vector<UInt32> asked;
+                std::vector<UInt32> requests;
                 static OSStatus procedure(AudioConverterRef c, UInt32* packets, AudioBufferList* list,
                                           AudioStreamPacketDescription** descriptions, void* context)
                 {
                     Noted& self = *static_cast<Noted*>(context);
-                    self.asked.push_back(*packets);
+                    self.requests.push_back(*packets);
                     return Sound::procedure(c, packets, list, descriptions, &self.sound);
                 }
             } noted{soundOf(44100, 1, std::vector<float>(20000, 0.25f)), {}};
             List list(interleaved(to, 1), 512);
-            for (int turn = 0; turn < 4; ++turn) {
+            for (int i = 0; i < 4; ++i) {
                 list.lend();
                 ASSERT_EQ(fill(converter, Noted::procedure, &noted, 512, list), 512u);
             }
             SCOPED_TRACE(std::to_string(complexity) + " to " + std::to_string(to));
-            ASSERT_EQ(noted.asked.size(), 4u) << "one call a fill";
+            ASSERT_EQ(noted.requests.size(), 4u) << "one call per fill";
             const double fill = 512 * 44100 / to;
             const UInt32 ahead = converter.get<AudioConverterPrimeInfo>('prim').trailingFrames;
-            EXPECT_NEAR(noted.asked[0], fill + ahead, 1);
-            for (int turn = 1; turn < 4; ++turn) EXPECT_NEAR(noted.asked[turn], fill, 1);
+            EXPECT_NEAR(noted.requests[0], fill + ahead, 1);
+            for (int i = 1; i < 4; ++i) EXPECT_NEAR(noted.requests[i], fill, 1);
         }
 }
 
-TEST(Rate, FormatsChangeOnTheWay)
+TEST(Rate, SampleFormatChangesToo)
 {
-    // 8 bits without sign in, big-endian 24 bits apart out: the tone within what 8 bits can say.
+    // Unsigned 8 bits to non-interleaved big-endian 24 bits: the tone within the precision of 8 bits.
     const auto from = pcm(22050, 1, 8, isPacked),
                to = pcm(44100, 2, 24, isSigned | isPacked | isBig | isApart);
     Sound sound{from, std::vector<std::vector<unsigned char>>(1), 4000};

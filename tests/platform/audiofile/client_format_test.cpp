@@ -1,4 +1,4 @@
-// Files in the caller's own format: channels, widths, rates, places, and buffers of every size.
+// Reading in the client format: channels, sample widths, rates, positions, buffers.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using sound::Bytes;
 
 constexpr int wav32 = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
 
-/// A file of `channels` whose sample is channel + 1 + frame / 4096: exact in a float.
+/// A file whose samples are channel + 1 + frame % 4096 / 4096, which a float holds exactly.
 std::string numbered(const sound::Folder& folder, int channels, int frames)
 {
     std::vector<float> samples;
@@ -31,25 +31,25 @@ TEST(ClientFormat, MapsChannels)
 {
     const struct {
         int from;
-        std::vector<int> to; // the file's channel that each of the client's is, from 1; 0: silence
+        std::vector<int> to; // for each client channel the file channel, from 1; 0: silence
         const char* why;
     } facts[] = {
         // clang-format off
-        {1, {1},                   "as it is"},
-        {1, {1, 1},                "one channel is heard on both sides"},
-        {1, {1, 1, 0, 0, 0, 0},    "and nowhere else"},
-        {2, {1},                   "the first"},
-        {2, {1, 2},                "as they are"},
-        {2, {1, 2, 0},             "no third"},
-        {2, {1, 2, 0, 0, 0, 0},    "nor more"},
-        {6, {1, 2},                "the rest is left out"},
-        {6, {1},                   "likewise"},
-        {6, {1, 2, 3, 4, 5, 6, 0}, "one has nothing"},
-        {64, {1, 2},               "of many"},
+        {1, {1},                   "one to one"},
+        {1, {1, 1},                "one channel plays on two"},
+        {1, {1, 1, 0, 0, 0, 0},    "further channels are silent"},
+        {2, {1},                   "the first channel"},
+        {2, {1, 2},                "unchanged"},
+        {2, {1, 2, 0},             "the third is silent"},
+        {2, {1, 2, 0, 0, 0, 0},    "four are silent"},
+        {6, {1, 2},                "four are dropped"},
+        {6, {1},                   "five are dropped"},
+        {6, {1, 2, 3, 4, 5, 6, 0}, "the seventh is silent"},
+        {64, {1, 2},               "62 are dropped"},
         // clang-format on
     };
     const sound::Folder folder;
-    constexpr int frames = 10000; // more than a work buffer
+    constexpr int frames = 10000; // more than a block
     for (const auto& fact : facts) {
         SCOPED_TRACE(std::to_string(fact.from) + " to " + std::to_string(fact.to.size()) + ": " + fact.why);
         const sound::File file(numbered(folder, fact.from, frames));
@@ -64,7 +64,7 @@ TEST(ClientFormat, MapsChannels)
     }
 }
 
-TEST(ClientFormat, MapsChannelsBesideTheRate)
+TEST(ClientFormat, MapsChannelsAtAnotherRate)
 {
     const sound::Folder folder;
     const std::string path = folder / "mono.wav";
@@ -80,7 +80,7 @@ TEST(ClientFormat, MapsChannelsBesideTheRate)
     }
 }
 
-TEST(ClientFormat, HasEveryWidth)
+TEST(ClientFormat, ConvertsToEverySampleWidth)
 {
     constexpr UInt32 sint = kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked;
     const struct {
@@ -89,9 +89,9 @@ TEST(ClientFormat, HasEveryWidth)
         const char* why;
     } facts[] = {
         // clang-format off
-        {16, sint,                               {0x00, 0x40, 0x00, 0xE0, 0xFF, 0x7F, 0x00, 0x80}, "stops at full scale"},
-        {16, sint | kAudioFormatFlagIsBigEndian, {0x40, 0x00, 0xE0, 0x00, 0x7F, 0xFF, 0x80, 0x00}, "the other order"},
-        {8,  kAudioFormatFlagIsPacked,           {0xC0, 0x60, 0xFF, 0x00},                         "without a sign"},
+        {16, sint,                               {0x00, 0x40, 0x00, 0xE0, 0xFF, 0x7F, 0x00, 0x80}, "clips at full scale"},
+        {16, sint | kAudioFormatFlagIsBigEndian, {0x40, 0x00, 0xE0, 0x00, 0x7F, 0xFF, 0x80, 0x00}, "big-endian"},
+        {8,  kAudioFormatFlagIsPacked,           {0xC0, 0x60, 0xFF, 0x00},                         "unsigned"},
         {24, sint,                               {0, 0, 0x40, 0, 0, 0xE0, 0xFF, 0xFF, 0x7F, 0, 0, 0x80}, "three bytes"},
         {32, kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsBigEndian,
              {0x3F, 0, 0, 0, 0xBE, 0x80, 0, 0, 0x3F, 0xC0, 0, 0, 0xBF, 0xC0, 0, 0},                "not clipped"},
@@ -109,12 +109,12 @@ TEST(ClientFormat, HasEveryWidth)
     }
 }
 
-TEST(ClientFormat, GivesABufferAChannel)
+TEST(ClientFormat, NonInterleavedHasOneBufferPerChannel)
 {
     const sound::Folder folder;
     const sound::File file(numbered(folder, 2, 10000));
     ASSERT_EQ(file.setClient(sound::pcm(44100, 2, 32, kAudioFormatFlagsAudioUnitCanonical)), noErr);
-    std::vector<float> left(9000), right(8000); // the shorter one counts
+    std::vector<float> left(9000), right(8000); // the smaller capacity counts
     struct {
         AudioBufferList list;
         AudioBuffer second;
@@ -126,11 +126,11 @@ TEST(ClientFormat, GivesABufferAChannel)
     EXPECT_EQ(two.second.mDataByteSize, 32000u);
     EXPECT_EQ(left[7999], 1 + (7999 % 4096) / 4096.0f);
     EXPECT_EQ(right[7999], 2 + (7999 % 4096) / 4096.0f);
-    EXPECT_EQ(left[8000], 0) << "not touched";
+    EXPECT_EQ(left[8000], 0) << "unchanged";
     EXPECT_EQ(file.tell(), 8000);
 }
 
-TEST(ClientFormat, OfOneChannelNeedsNoInterleaving)
+TEST(ClientFormat, NonInterleavedMonoIsDecodedUnchanged)
 {
     const sound::Folder folder;
     const sound::File file(numbered(folder, 1, 5000));
@@ -138,7 +138,7 @@ TEST(ClientFormat, OfOneChannelNeedsNoInterleaving)
     EXPECT_TRUE(sound::isSame(file.readFloats(1), sound::decode(folder / "1.wav").samples));
 }
 
-TEST(ClientFormat, IsRefused)
+TEST(ClientFormat, InvalidFormatsAreRefused)
 {
     const auto changed = [](auto change) {
         AudioStreamBasicDescription format = sound::floats(44100, 2);
@@ -153,18 +153,18 @@ TEST(ClientFormat, IsRefused)
     } facts[] = {
         // clang-format off
         {changed([](Format& f) { f.mFormatID = 'alac'; }),          kExtAudioFileError_NonPCMClientFormat, "not PCM"},
-        {changed([](Format& f) { f.mFormatID = 0; }),               kExtAudioFileError_NonPCMClientFormat, "nothing"},
+        {changed([](Format& f) { f.mFormatID = 0; }),               kExtAudioFileError_NonPCMClientFormat, "no format ID"},
         {changed([](Format& f) { f.mSampleRate = 0; }),             kExtAudioFileError_NonPCMClientFormat, "no rate"},
-        {changed([](Format& f) { f.mSampleRate = std::nan(""); }),  kExtAudioFileError_NonPCMClientFormat, "no number"},
-        {changed([](Format& f) { f.mSampleRate = -44100; }),        kExtAudioFileError_NonPCMClientFormat, "backwards"},
+        {changed([](Format& f) { f.mSampleRate = std::nan(""); }),  kExtAudioFileError_NonPCMClientFormat, "NaN rate"},
+        {changed([](Format& f) { f.mSampleRate = -44100; }),        kExtAudioFileError_NonPCMClientFormat, "negative rate"},
         {changed([](Format& f) { f.mChannelsPerFrame = 0; }),       kExtAudioFileError_NonPCMClientFormat, "no channels"},
-        {changed([](Format& f) { f.mBytesPerFrame = 7; }),          kExtAudioFileError_NonPCMClientFormat, "no width"},
-        {changed([](Format& f) { f.mFramesPerPacket = 2; }),        kExtAudioFileError_NonPCMClientFormat, "packets"},
-        {changed([](Format& f) { f.mBitsPerChannel = 31; }),        kExtAudioFileError_NonPCMClientFormat, "an odd float"},
-        {sound::floats(44100.0 * 257, 2),                           kExtAudioFileError_InvalidDataFormat,  "too far up"},
-        {sound::floats(44100.0 / 257, 2),                           kExtAudioFileError_InvalidDataFormat,  "too far down"},
-        {sound::floats(44100.0 * 256, 2),                           noErr,                                 "just not"},
-        {sound::floats(44100, 2),                                   noErr,                                 "as ever"},
+        {changed([](Format& f) { f.mBytesPerFrame = 7; }),          kExtAudioFileError_NonPCMClientFormat, "7 bytes per frame"},
+        {changed([](Format& f) { f.mFramesPerPacket = 2; }),        kExtAudioFileError_NonPCMClientFormat, "2 frames per packet"},
+        {changed([](Format& f) { f.mBitsPerChannel = 31; }),        kExtAudioFileError_NonPCMClientFormat, "31-bit float"},
+        {sound::floats(44100.0 * 257, 2),                           kExtAudioFileError_InvalidDataFormat,  "257 times the rate"},
+        {sound::floats(44100.0 / 257, 2),                           kExtAudioFileError_InvalidDataFormat,  "1/257 of the rate"},
+        {sound::floats(44100.0 * 256, 2),                           noErr,                                 "256 times the rate"},
+        {sound::floats(44100, 2),                                   noErr,                                 "a valid format"},
         // clang-format on
     };
     const sound::Folder folder;
@@ -176,13 +176,13 @@ TEST(ClientFormat, IsRefused)
         EXPECT_EQ(file.setClient(fact.format), fact.status);
         const auto now = file.format(kExtAudioFileProperty_ClientDataFormat);
         EXPECT_EQ(sound::text(now), sound::text(fact.status ? sound::floats(48000, 1) : fact.format))
-            << "a refused one leaves the former";
+            << "after a refusal the former format stays";
     }
 }
 
 // ---- rates ----
 
-TEST(ClientRate, HasTheExactLength)
+TEST(ClientRate, LengthIsExact)
 {
     const struct {
         int from;
@@ -220,7 +220,7 @@ std::vector<float> tone(double rate, int frames, double first = 0)
     return samples;
 }
 
-TEST(ClientRate, StandsWhereTheFileStands)
+TEST(ClientRate, FramesKeepTheirTime)
 {
     const sound::Folder folder;
     for (const double rate : {22050.0, 48000.0, 96000.0}) {
@@ -233,7 +233,7 @@ TEST(ClientRate, StandsWhereTheFileStands)
         for (std::size_t i = 3000; i + 3000 < samples.size(); ++i)
             ASSERT_NEAR(samples[i], expected[i], 1e-4) << i;
 
-        // From a place in the middle: the same tone, from there.
+        // After a seek: the same tone from there on.
         ASSERT_EQ(ExtAudioFileSeek(file, 22050), noErr);
         EXPECT_EQ(file.tell(), 22050);
         const std::vector<float> rest = file.readFloats(1, 1000);
@@ -243,7 +243,7 @@ TEST(ClientRate, StandsWhereTheFileStands)
     }
 }
 
-TEST(ClientRate, ComesTheSameInAnyPieces)
+TEST(ClientRate, ReadSizeDoesNotChangeSamples)
 {
     const sound::Folder folder;
     sound::write(folder / "x.wav", wav32, 44100, 2, sound::music(2, 20000));
@@ -258,7 +258,7 @@ TEST(ClientRate, ComesTheSameInAnyPieces)
     }
 }
 
-TEST(ClientRate, ThatChangesOnTheWayGoesOnAtItsPlace)
+TEST(ClientRate, ChangeContinuesAtTheSamePosition)
 {
     const sound::Folder folder;
     const std::string path = numbered(folder, 1, 4000);
@@ -266,18 +266,18 @@ TEST(ClientRate, ThatChangesOnTheWayGoesOnAtItsPlace)
     Bytes bytes;
     ASSERT_EQ(file.setClient(sound::floats(88200, 1)), noErr);
     ASSERT_EQ(file.read(201, 4, 1, bytes), noErr);
-    EXPECT_EQ(file.tell(), 100) << "between 100 and 101: the former";
+    EXPECT_EQ(file.tell(), 100) << "between 100 and 101: the earlier frame";
     ASSERT_EQ(file.setClient(sound::floats(44100, 1)), noErr);
     EXPECT_EQ(file.tell(), 100);
     ASSERT_EQ(file.read(1, 4, 1, bytes), noErr);
     float sample;
     std::memcpy(&sample, bytes.data(), 4);
-    EXPECT_EQ(sample, 1 + 100 / 4096.0f) << "not where the former rate had looked ahead to";
+    EXPECT_EQ(sample, 1 + 100 / 4096.0f) << "frames decoded ahead are read again";
 }
 
-// ---- places ----
+// ---- positions ----
 
-TEST(Places, AreInFramesOfTheFile)
+TEST(Positions, CountFramesOfTheFile)
 {
     const sound::Folder folder;
     const sound::File file(numbered(folder, 2, 3000));
@@ -300,7 +300,7 @@ TEST(Places, AreInFramesOfTheFile)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.frame);
         EXPECT_EQ(ExtAudioFileSeek(file, fact.frame), fact.status);
-        EXPECT_EQ(file.tell(), fact.status ? before : fact.frame) << "a refused one leaves the place";
+        EXPECT_EQ(file.tell(), fact.status ? before : fact.frame) << "a refused seek keeps the position";
         before = file.tell();
         Bytes bytes;
         ASSERT_EQ(file.read(1, 8, 2, bytes), noErr);
@@ -315,8 +315,8 @@ TEST(Places, AreInFramesOfTheFile)
     }
 }
 
-// Every coding goes back and forth, those too whose decoder only goes forward.
-TEST(Places, AreReachedInEveryCoding)
+// Including codings whose decoder cannot seek.
+TEST(Positions, AreReachedInEveryCoding)
 {
     const struct {
         const char* name;
@@ -359,25 +359,25 @@ TEST(Places, AreReachedInEveryCoding)
 
 // ---- buffers ----
 
-TEST(Buffers, TooSmallShortenTheRead)
+TEST(ReadBuffers, SmallBuffersShortenTheRead)
 {
     const sound::Folder folder;
     const std::string path = numbered(folder, 2, 100);
     const struct {
-        UInt32 asked, bytes;
+        UInt32 frames, bytes; // request and capacity
         OSStatus status;
         UInt32 expected;
         const char* why;
     } facts[] = {
-        {100, 800, noErr, 100, "room for all"},
+        {100, 800, noErr, 100, "capacity for all"},
         {100, 799, noErr, 99, "a byte less: a frame less"},
-        {100, 8, noErr, 1, "room for one"},
-        {100, 7, paramErr, 100, "room for none would look like the end"},
-        {100, 0, paramErr, 100, "likewise"},
-        {0, 800, noErr, 0, "nothing asked"},
-        {0, 0, noErr, 0, "nothing asked, no room"},
-        {101, 808, noErr, 100, "more than there is"},
-        {0xFFFFFFFF, 4000, noErr, 100, "far more than there is"},
+        {100, 8, noErr, 1, "capacity for one"},
+        {100, 7, paramErr, 100, "0 frames would mean the end"},
+        {100, 0, paramErr, 100, "no capacity"},
+        {0, 800, noErr, 0, "no request"},
+        {0, 0, noErr, 0, "no request, no capacity"},
+        {101, 808, noErr, 100, "past the end"},
+        {0xFFFFFFFF, 4000, noErr, 100, "far past the end"},
     };
     for (const bool isConverted : {false, true})
         for (const auto& fact : facts) {
@@ -386,20 +386,21 @@ TEST(Buffers, TooSmallShortenTheRead)
             const UInt32 flags =
                 kAudioFormatFlagsNativeFloatPacked | (isConverted ? kAudioFormatFlagIsBigEndian : 0);
             ASSERT_EQ(file.setClient(sound::pcm(44100, 2, 32, flags)), noErr);
-            const std::unique_ptr<std::uint8_t[]> memory(new std::uint8_t[4000]); // a sanitizer sees its end
+            const std::unique_ptr<std::uint8_t[]> memory(
+                new std::uint8_t[4000]); // on the heap, so that a sanitizer sees its end
             std::memset(memory.get(), 0x55, 4000);
             AudioBufferList list = {1, {{2, fact.bytes, memory.get()}}};
-            UInt32 frames = fact.asked;
+            UInt32 frames = fact.frames;
             EXPECT_EQ(ExtAudioFileRead(file, &frames, &list), fact.status);
             EXPECT_EQ(frames, fact.expected);
             EXPECT_EQ(list.mBuffers[0].mDataByteSize, fact.status ? fact.bytes : fact.expected * 8);
             const std::size_t end = fact.status ? 0 : fact.expected * 8;
             EXPECT_TRUE(std::all_of(&memory[end], &memory[4000], [](auto byte) { return byte == 0x55; }))
-                << "nothing behind the frames is touched";
+                << "bytes after the frames are unchanged";
         }
 }
 
-TEST(Buffers, OfAnotherShapeAreRefused)
+TEST(ReadBuffers, MismatchedListsAreRefused)
 {
     const sound::Folder folder;
     const sound::File file(numbered(folder, 2, 100));

@@ -1,4 +1,4 @@
-// Integers of n bits read as float are value / 2^(n-1), exactly; floats are what they are.
+// n-bit integers read as float are exactly value / 2^(n-1); floats keep their bits.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ void put(Bytes& out, std::uint64_t value, int bytes, bool isBigEndian = false)
 
 void put(Bytes& out, const char* text) { out.insert(out.end(), text, text + 4); }
 
-/// A WAV file of one channel around these bytes. `kind` is 1 for integers, 3 for floats.
+/// A mono WAV file of these data bytes. `kind` is 1 for integers, 3 for floats.
 Bytes wave(const Bytes& data, int kind, int bits)
 {
     Bytes file;
@@ -51,20 +51,20 @@ std::vector<float> readBack(const Bytes& bytes, SInt64 frames)
     return file.readFloats(1);
 }
 
-TEST(ExactValues, OfIntegers)
+TEST(ExactValues, IntegersAreScaledExactly)
 {
     const struct {
         int bits;
-        std::int64_t first, step, offset; // every step-th value; the offset of values without a sign
+        std::int64_t first, step, offset; // from `first` in steps; `offset` makes values unsigned
         const char* why;
     } facts[] = {
-        {8, -128, 1, 128, "all values, without a sign on the disk"},
+        {8, -128, 1, 128, "all values, unsigned in the file"},
         {16, -32768, 1, 0, "all values"},
-        {24, -8388608, 997, 0, "from the lowest up"},
+        {24, -8388608, 997, 0, "from the lowest"},
         {24, -500, 1, 0, "around zero"},
         {24, 8387000, 1, 0, "to the highest"},
-        {32, -2147483648LL, 65521, 0, "beyond what a float holds: the nearest one"},
-        {32, 2147483000LL, 1, 0, "to the highest, which is 1"},
+        {32, -2147483648LL, 65521, 0, "rounded to the nearest float"},
+        {32, 2147483000LL, 1, 0, "to the highest, which becomes 1"},
         {32, -300, 1, 0, "around zero"},
     };
     for (const auto& fact : facts) {
@@ -76,19 +76,19 @@ TEST(ExactValues, OfIntegers)
             put(data, static_cast<std::uint64_t>(value + fact.offset), fact.bits / 8);
             expected.push_back(static_cast<float>(static_cast<double>(value) / static_cast<double>(scale)));
         }
-        if (data.size() % 2) data.push_back(0), expected.push_back(-1); // a byte, if at all
+        if (data.size() % 2) data.push_back(0), expected.push_back(-1); // the pad byte of 8-bit data
         EXPECT_TRUE(sound::isSame(readBack(wave(data, 1, fact.bits), static_cast<SInt64>(expected.size())),
                                   expected));
     }
 }
 
-TEST(ExactValues, OfFloats)
+TEST(ExactValues, FloatsKeepTheirBits)
 {
     const std::uint32_t bits[] = {
         0x00000000, 0x80000000, 0x3F800000, 0xBF800000, // zeros and ones
-        0x7F800000, 0xFF800000, 0x7FC00000, 0x7FC12345, // endless, and no numbers
-        0x7F812345, 0xFFFFFFFF, 0x00000001, 0x007FFFFF, // a signalling one; the smallest of all
-        0x7F7FFFFF, 0x42C80000, 0xC2C80000, 0x3F800001, // far beyond full scale
+        0x7F800000, 0xFF800000, 0x7FC00000, 0x7FC12345, // infinities and quiet NaNs
+        0x7F812345, 0xFFFFFFFF, 0x00000001, 0x007FFFFF, // a signalling NaN, denormals
+        0x7F7FFFFF, 0x42C80000, 0xC2C80000, 0x3F800001, // beyond full scale
     };
     Bytes data;
     for (const std::uint32_t each : bits) put(data, each, 4);
@@ -97,7 +97,7 @@ TEST(ExactValues, OfFloats)
     EXPECT_EQ(std::memcmp(samples.data(), bits, sizeof bits), 0);
 }
 
-TEST(ExactValues, OfDoublesAreTheNearestFloats)
+TEST(ExactValues, DoublesAreRoundedToFloats)
 {
     const double values[] = {0.1,        -1.0 / 3, 1e-40,
                              123456.789, 1 + 1e-9, std::numeric_limits<double>::infinity()};
@@ -112,9 +112,9 @@ TEST(ExactValues, OfDoublesAreTheNearestFloats)
     EXPECT_TRUE(sound::isSame(readBack(wave(data, 3, 64), std::size(values)), expected));
 }
 
-TEST(ExactValues, OfAFilesOwnFormatAreItsBytes)
+TEST(ExactValues, TheFilesFormatGivesItsBytes)
 {
-    for (const int bits : {32, 64}) { // what a float would not hold
+    for (const int bits : {32, 64}) { // values that a float cannot hold
         Bytes data;
         for (std::uint64_t i = 0; i < 1000; ++i)
             put(data, 0x3FE0000000000000u + i * 0x123456789ABu, bits / 8);

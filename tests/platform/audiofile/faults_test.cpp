@@ -1,4 +1,4 @@
-// What is no sound file, or is at odds with itself, or changes while it is read: a stated result each.
+// Files that cannot be opened, contradict themselves or change while they are read.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ void put(Bytes& bytes, std::size_t at, std::uint64_t value, int count)
         bytes[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> 8 * i);
 }
 
-TEST(Opening, OfWhatIsNoFile)
+TEST(OpeningFaults, ItemsThatAreNotSoundFilesAreRefused)
 {
     const sound::Folder folder;
     fs::create_directory(folder / "folder");
@@ -68,23 +68,23 @@ TEST(Opening, OfWhatIsNoFile)
         const char* why;
     } facts[] = {
         // clang-format off
-        {folder / "missing.wav",            fnfErr,                             "nothing there"},
-        {folder / "no folder/x.wav",        fnfErr,                             "not even the folder"},
-        {folder / "empty/x.wav",            fnfErr,                             "inside a file"},
+        {folder / "missing.wav",            fnfErr,                             "missing"},
+        {folder / "no folder/x.wav",        fnfErr,                             "missing folder"},
+        {folder / "empty/x.wav",            fnfErr,                             "a file as a folder"},
         {folder / "dangling",               fnfErr,                             "a link to nothing"},
         {folder / "loop",                   fnfErr,                             "a link to itself"},
-        {folder / std::string(300, 'x'),    errFSNameTooLong,                   "no file can have this name"},
+        {folder / std::string(300, 'x'),    errFSNameTooLong,                   "the name is too long"},
         {folder / "folder",                 kAudioFileInvalidFileError,         "a folder"},
         {folder / "linked folder",          kAudioFileInvalidFileError,         "a folder"},
-        {folder / "pipe",                   kAudioFileInvalidFileError,         "would wait for a writer"},
+        {folder / "pipe",                   kAudioFileInvalidFileError,         "a pipe"},
         {folder / "socket",                 kAudioFileInvalidFileError,         "a socket"},
-        {"/dev/zero",                       kAudioFileInvalidFileError,         "a device, without end"},
+        {"/dev/zero",                       kAudioFileInvalidFileError,         "a device"},
         {"/",                               kAudioFileInvalidFileError,         "a folder"},
-        {folder / "empty",                  kAudioFileUnsupportedFileTypeError, "nothing in it"},
-        {folder / "zeros",                  kAudioFileUnsupportedFileTypeError, "nothing known"},
-        {folder / "text",                   kAudioFileUnsupportedFileTypeError, "nothing known"},
-        {folder / "noise",                  kAudioFileUnsupportedFileTypeError, "nothing known"},
-        {folder / "noise.au",               kAudioFileUnsupportedFileTypeError, "a name alone makes no sound file"},
+        {folder / "empty",                  kAudioFileUnsupportedFileTypeError, "empty"},
+        {folder / "zeros",                  kAudioFileUnsupportedFileTypeError, "unknown contents"},
+        {folder / "text",                   kAudioFileUnsupportedFileTypeError, "unknown contents"},
+        {folder / "noise",                  kAudioFileUnsupportedFileTypeError, "unknown contents"},
+        {folder / "noise.au",               kAudioFileUnsupportedFileTypeError, "the name suffix is ignored"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -100,7 +100,7 @@ TEST(Opening, OfWhatIsNoFile)
     EXPECT_EQ(sound::alive(), 0u);
 }
 
-TEST(Opening, OfWhatMayNotBeRead)
+TEST(OpeningFaults, UnreadableFilesArePermissionErrors)
 {
     const sound::Folder folder;
     sound::write(folder / "x.wav", wav16, 44100, 2, sound::music(2, 100));
@@ -110,7 +110,7 @@ TEST(Opening, OfWhatMayNotBeRead)
     chmod((folder / "closed").c_str(), 0);
     chmod(folder.path().c_str(), 0755);
     const pid_t child = fork();
-    if (child == 0) { // the superuser may read all: somebody else looks
+    if (child == 0) { // the superuser may read everything
         if (geteuid() == 0 && setuid(65534) != 0) _exit(3);
         if (sound::statusOfOpening(folder / "x.wav") != permErr) _exit(1);
         if (sound::statusOfOpening(folder / "closed/x.wav") != permErr) _exit(2);
@@ -123,7 +123,7 @@ TEST(Opening, OfWhatMayNotBeRead)
     chmod((folder / "closed").c_str(), 0755);
 }
 
-TEST(Opening, OfHeadersAtOddsWithTheirFile)
+TEST(OpeningFaults, WavHeadersThatContradictTheFile)
 {
     const sound::Folder folder;
     const Bytes whole = waveBytes(folder);
@@ -146,15 +146,15 @@ TEST(Opening, OfHeadersAtOddsWithTheirFile)
         const char* why;
     } facts[] = {
         // clang-format off
-        {whole,                       noErr,                      1000, "as it was written"},
-        {cut(2044),                   noErr,                      500,  "half of it"},
+        {whole,                       noErr,                      1000, "unchanged"},
+        {cut(2044),                   noErr,                      500,  "half of the file"},
         {cut(45),                     noErr,                      0,    "less than a frame"},
         {cut(44),                     noErr,                      0,    "a header without data"},
         {cut(30),                     kAudioFileInvalidFileError, -1,   "half a header"},
-        {cut(12),                     kAudioFileInvalidFileError, -1,   "hardly a header"},
-        {huge,                        noErr,                      1000, "four gigabytes said, four kilobytes there"},
-        {billions,                    noErr,                      4000, "2^31 frames said"},
-        {changed(40, 0, 4),           noErr,                      0,    "no frames said"},
+        {cut(12),                     kAudioFileInvalidFileError, -1,   "12 bytes"},
+        {huge,                        noErr,                      1000, "states 4 GB, has 4 KB"},
+        {billions,                    noErr,                      4000, "states 2^31 frames"},
+        {changed(40, 0, 4),           noErr,                      0,    "states 0 frames"},
         {changed(22, 0, 2),           kAudioFileInvalidFileError, -1,   "no channels"},
         {changed(22, 64, 2),          noErr,                      31,   "64 channels"},
         {changed(24, 0, 4),           kAudioFileInvalidFileError, -1,   "no rate"},
@@ -174,8 +174,8 @@ TEST(Opening, OfHeadersAtOddsWithTheirFile)
     }
 }
 
-// A file with a hole, beyond what 32 bits count.
-TEST(Opening, OfThreeGigabytes)
+// A sparse file.
+TEST(OpeningFaults, ThreeGigabytesOpenAndSeek)
 {
     const sound::Folder folder;
     Bytes bytes = waveBytes(folder);
@@ -202,8 +202,8 @@ TEST(Opening, OfThreeGigabytes)
     EXPECT_EQ(samples[3], -0.5f);
 }
 
-// The rule for the length of a coded file: what it says, if its last frame is there; else what is there.
-TEST(Opening, OfLengthsThatAreNotTrue)
+// The length of a FLAC file is the stated one if its last frame decodes, otherwise it is counted.
+TEST(OpeningFaults, FlacLengthsAreCheckedOrCounted)
 {
     const sound::Folder folder;
     const std::string path = folder / "x.flac";
@@ -212,7 +212,7 @@ TEST(Opening, OfLengthsThatAreNotTrue)
     sound::write(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, 2, sound::music(2, 44100));
     const Bytes music = sound::load(path);
     // 36 bits from the middle of byte 21 on.
-    const auto saying = [](Bytes bytes, std::uint64_t frames) {
+    const auto stating = [](Bytes bytes, std::uint64_t frames) {
         bytes[21] = static_cast<std::uint8_t>((bytes[21] & 0xF0) | (frames >> 32 & 0x0F));
         for (int i = 0; i < 4; ++i)
             bytes[22 + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(frames >> (24 - 8 * i));
@@ -224,19 +224,19 @@ TEST(Opening, OfLengthsThatAreNotTrue)
     };
     const struct {
         Bytes bytes;
-        SInt64 frames, least; // said, and read at least; 0: just as many
+        SInt64 frames, least; // expected length (-1: as read), and minimum read (0: all frames)
         const char* why;
     } facts[] = {
         // clang-format off
-        {silence,                         441000, 0,      "silence is short on the disk, and true"},
-        {saying(silence, 0),              441000, 0,      "not known when it was written: counted"},
-        {saying(silence, 0x80000000),     441000, 0,      "2^31 said: counted"},
-        {saying(silence, 0xFFFFFFFFF),    441000, 0,      "the longest that can be said"},
-        {saying(silence, 1000),           1000,   0,      "less said: the rest is not sound"},
-        {music,                           44100,  0,      "as it was written"},
-        {saying(music, 0),                44100,  0,      "not known"},
-        {half(music),                     -1,     10000,  "cut off: counted"},
-        {half(saying(music, 1ull << 35)), -1,     10000,  "cut off, and lying: counted"},
+        {silence,                         441000, 0,      "many frames per byte"},
+        {stating(silence, 0),              441000, 0,      "0: unknown, counted"},
+        {stating(silence, 0x80000000),     441000, 0,      "states 2^31: counted"},
+        {stating(silence, 0xFFFFFFFFF),    441000, 0,      "the largest length"},
+        {stating(silence, 1000),           1000,   0,      "states fewer: the rest is ignored"},
+        {music,                           44100,  0,      "unchanged"},
+        {stating(music, 0),                44100,  0,      "0: unknown, counted"},
+        {half(music),                     -1,     10000,  "truncated: counted"},
+        {half(stating(music, 1ull << 35)), -1,     10000,  "truncated with a wrong length: counted"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -260,18 +260,18 @@ TEST(Opening, OfLengthsThatAreNotTrue)
     }
 }
 
-// ---- while it is open ----
+// ---- changes while the file is open ----
 
 SInt64 framesRead(const sound::File& file) { return static_cast<SInt64>(file.readFloats(2, 100).size() / 2); }
 
-TEST(AnOpenFile, IsTruncated)
+TEST(OpenFileFaults, TruncatedFileEndsAtItsData)
 {
     const sound::Folder folder;
     waveBytes(folder);
     const sound::File file(folder / "whole.wav");
     ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
     ASSERT_EQ(truncate((folder / "whole.wav").c_str(), 44 + 4 * 300), 0);
-    EXPECT_EQ(file.frames(), 1000) << "as it was when it was opened";
+    EXPECT_EQ(file.frames(), 1000) << "the length at opening";
     const SInt64 read = framesRead(file);
     EXPECT_LE(read, 300);
     EXPECT_EQ(read, 300);
@@ -280,17 +280,17 @@ TEST(AnOpenFile, IsTruncated)
     EXPECT_EQ(framesRead(file), 0);
 }
 
-TEST(AnOpenFile, IsTruncatedAtAnotherRate)
+TEST(OpenFileFaults, TruncatedFileAtAnotherRateEndsAtItsData)
 {
     const sound::Folder folder;
     waveBytes(folder);
     const sound::File file(folder / "whole.wav");
     ASSERT_EQ(file.setClient(sound::floats(88200, 2)), noErr);
     ASSERT_EQ(truncate((folder / "whole.wav").c_str(), 44 + 4 * 300), 0);
-    EXPECT_EQ(framesRead(file), 600) << "as many as the frames that were there make";
+    EXPECT_EQ(framesRead(file), 600) << "300 frames at twice the rate";
 }
 
-TEST(AnOpenFile, Grows)
+TEST(OpenFileFaults, GrownFileKeepsItsLength)
 {
     const sound::Folder folder;
     const Bytes whole = waveBytes(folder);
@@ -301,11 +301,11 @@ TEST(AnOpenFile, Grows)
     put(longer, 40, 8000, 4);
     sound::save(folder / "whole.wav", longer);
     EXPECT_EQ(file.frames(), 1000);
-    EXPECT_EQ(framesRead(file), 1000) << "as long as it was";
-    EXPECT_EQ(sound::File(folder / "whole.wav").frames(), 2000) << "who opens it now has it all";
+    EXPECT_EQ(framesRead(file), 1000) << "the length at opening";
+    EXPECT_EQ(sound::File(folder / "whole.wav").frames(), 2000) << "a new opening reads all frames";
 }
 
-TEST(AnOpenFile, IsReplaced)
+TEST(OpenFileFaults, ReplacedFileIsReadUnchanged)
 {
     const sound::Folder folder;
     waveBytes(folder);

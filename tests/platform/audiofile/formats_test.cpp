@@ -1,4 +1,4 @@
-// Every kind of file: what it says of itself, and its samples against libsndfile's own decoding, to the bit.
+// Every file format: its description, and its samples compared bit for bit with libsndfile's.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -19,11 +19,11 @@ constexpr int little = SF_ENDIAN_LITTLE;
 struct Fact {
     const char* name;
     int format, rate, channels;
-    UInt32 type; // of the file
+    UInt32 type; // the file type
     UInt32 id, flags, packetFrames, packetBytes, bits;
 };
 
-// Packet bytes are those of one channel.
+// Packet bytes are per channel.
 constexpr Fact facts[] = {
     // clang-format off
     // name        libsndfile's format                                rate ch  type    id      flags       frames bytes bits
@@ -100,7 +100,7 @@ bool isInteger(const AudioStreamBasicDescription& format)
     return !(format.mFormatFlags & kAudioFormatFlagIsFloat);
 }
 
-/// One sample of plain data, written down once more, apart from the platform's own.
+/// Decode one PCM sample, independently of the platform.
 float sampleOf(const AudioStreamBasicDescription& format, const std::uint8_t* at)
 {
     const UInt32 bytes = format.mBitsPerChannel / 8;
@@ -127,7 +127,7 @@ float sampleOf(const AudioStreamBasicDescription& format, const std::uint8_t* at
     return static_cast<float>(static_cast<double>(value) / static_cast<double>(middle));
 }
 
-TEST(SoundFormats, AreDescribed)
+TEST(SoundFormats, DescriptionIsTheFiles)
 {
     for (const Fact& fact : facts) {
         SCOPED_TRACE(fact.name);
@@ -148,7 +148,7 @@ TEST(SoundFormats, AreDescribed)
         EXPECT_EQ(sound::text(file.format()), sound::text(expected));
         EXPECT_EQ(file.format().mReserved, 0u);
         EXPECT_EQ(sound::text(file.format(kExtAudioFileProperty_ClientDataFormat)), sound::text(expected))
-            << "until it is set";
+            << "before it is set";
         EXPECT_EQ(file.frames(), written.expected.info.frames);
 
         AudioFileID audioFile = nullptr;
@@ -167,7 +167,7 @@ TEST(SoundFormats, AreDescribed)
     EXPECT_EQ(sound::alive(), 0u);
 }
 
-TEST(SoundFormats, ComeBitForBit)
+TEST(SoundFormats, SamplesAreBitIdentical)
 {
     for (const Fact& fact : facts) {
         SCOPED_TRACE(fact.name);
@@ -179,8 +179,8 @@ TEST(SoundFormats, ComeBitForBit)
     }
 }
 
-// In pieces, the decoders themselves may differ from one piece; ours must be theirs.
-TEST(SoundFormats, ComeInPiecesAsLibsndfileGivesThem)
+// A decoder's samples may depend on the read size, so libsndfile reads in the same sizes.
+TEST(SoundFormats, SmallReadsAreBitIdentical)
 {
     for (const Fact& fact : facts) {
         SCOPED_TRACE(fact.name);
@@ -190,10 +190,10 @@ TEST(SoundFormats, ComeInPiecesAsLibsndfileGivesThem)
             std::vector<float> expected;
             SF_INFO info = {};
             SNDFILE* theirs = sf_open(written.path.c_str(), SFM_READ, &info);
-            std::vector<float> piece(static_cast<std::size_t>(atATime) * channels);
-            for (sf_count_t got; (got = sf_readf_float(theirs, piece.data(), atATime)) > 0;)
-                expected.insert(expected.end(), piece.begin(),
-                                piece.begin() + static_cast<long>(got * info.channels));
+            std::vector<float> block(static_cast<std::size_t>(atATime) * channels);
+            for (sf_count_t got; (got = sf_readf_float(theirs, block.data(), atATime)) > 0;)
+                expected.insert(expected.end(), block.begin(),
+                                block.begin() + static_cast<long>(got * info.channels));
             sf_close(theirs);
 
             const sound::File file(written.path);
@@ -204,7 +204,7 @@ TEST(SoundFormats, ComeInPiecesAsLibsndfileGivesThem)
     }
 }
 
-TEST(SoundFormats, OfPCMComeAsTheyAreUntilAnotherIsSet)
+TEST(SoundFormats, PcmIsReadUnchangedWithoutAClientFormat)
 {
     int plain = 0;
     for (const Fact& fact : facts) {
@@ -228,7 +228,7 @@ TEST(SoundFormats, OfPCMComeAsTheyAreUntilAnotherIsSet)
     EXPECT_GT(plain, 20);
 }
 
-TEST(SoundFormats, ThatAreCodedNeedAClientFormat)
+TEST(SoundFormats, CompressedFilesNeedAClientFormat)
 {
     int coded = 0;
     for (const Fact& fact : facts) {

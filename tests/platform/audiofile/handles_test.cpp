@@ -1,4 +1,4 @@
-// Handles: who closes what, in which order, and what is said of those that are closed or were never open.
+// Handles: order of closing, and the status of closed and unknown ones.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -49,8 +49,8 @@ int openDescriptors()
     return count;
 }
 
-/// All calls on an extended file answer paramErr.
-void expectNothing(ExtAudioFileRef file)
+/// All calls on an extended file return paramErr.
+void expectRefused(ExtAudioFileRef file)
 {
     UInt32 size = 8, frames = 1;
     SInt64 value = 0;
@@ -66,7 +66,7 @@ void expectNothing(ExtAudioFileRef file)
     EXPECT_EQ(ExtAudioFileDispose(file), paramErr);
 }
 
-TEST(FileHandles, ClosedFirstAndDisposedAfter)
+TEST(FileHandles, CloseThenDispose)
 {
     const sound::Folder folder;
     const std::string path = anyFile(folder);
@@ -80,28 +80,28 @@ TEST(FileHandles, ClosedFirstAndDisposedAfter)
     UInt32 frames = 1000;
     std::int16_t memory[2000];
     AudioBufferList list = {1, {{2, sizeof memory, memory}}};
-    EXPECT_EQ(ExtAudioFileRead(file, &frames, &list), noErr) << "the extended file goes on";
+    EXPECT_EQ(ExtAudioFileRead(file, &frames, &list), noErr) << "the extended file stays open";
     EXPECT_EQ(frames, 1000u);
     EXPECT_EQ(ExtAudioFileDispose(file), noErr);
-    expectNothing(file);
+    expectRefused(file);
     EXPECT_EQ(openDescriptors(), before);
     EXPECT_EQ(sound::alive(), 0u);
 }
 
-TEST(FileHandles, DisposedFirstAndClosedAfter)
+TEST(FileHandles, DisposeThenClose)
 {
     const sound::Folder folder;
     const ExtAudioFileRef file = open(anyFile(folder));
     const AudioFileID audioFile = audioFileOf(file);
-    EXPECT_EQ(audioFileOf(file), audioFile) << "the same while it is open";
+    EXPECT_EQ(audioFileOf(file), audioFile) << "one handle while it is open";
     EXPECT_EQ(durationStatus(audioFile), noErr);
     EXPECT_EQ(ExtAudioFileDispose(file), noErr);
-    EXPECT_EQ(durationStatus(audioFile), paramErr) << "it went with its owner";
+    EXPECT_EQ(durationStatus(audioFile), paramErr) << "closed with the extended file";
     EXPECT_EQ(AudioFileClose(audioFile), paramErr);
     EXPECT_EQ(sound::alive(), 0u);
 }
 
-TEST(FileHandles, AskedForAgainAfterClosingAreNew)
+TEST(FileHandles, AClosedAudioFileIsReplaced)
 {
     const sound::Folder folder;
     const sound::File file(anyFile(folder));
@@ -113,7 +113,7 @@ TEST(FileHandles, AskedForAgainAfterClosingAreNew)
     EXPECT_EQ(durationStatus(first), paramErr);
 }
 
-TEST(FileHandles, OfAnOpenersOwnAreItsOwn)
+TEST(FileHandles, OpenersCloseTheirFiles)
 {
     const sound::Folder folder;
     const std::string path = anyFile(folder);
@@ -139,7 +139,7 @@ TEST(FileHandles, OfAnOpenersOwnAreItsOwn)
     EXPECT_EQ(sound::alive(), 0u);
 }
 
-TEST(FileHandles, MadeUpAreRefused)
+TEST(FileHandles, UnknownHandlesAreRefused)
 {
     const sound::Folder folder;
     const sound::File file(anyFile(folder));
@@ -157,16 +157,17 @@ TEST(FileHandles, MadeUpAreRefused)
                                      own + (1 << 14),
                                      reinterpret_cast<std::uintptr_t>(&folder),
                                      reinterpret_cast<std::uintptr_t>(audioFile)};
-    for (const std::uintptr_t value : values) expectNothing(reinterpret_cast<ExtAudioFileRef>(value));
+    for (const std::uintptr_t value : values) expectRefused(reinterpret_cast<ExtAudioFileRef>(value));
     for (const std::uintptr_t value : values)
         if (value != reinterpret_cast<std::uintptr_t>(audioFile)) {
             EXPECT_EQ(AudioFileClose(reinterpret_cast<AudioFileID>(value)), paramErr) << value;
         }
-    EXPECT_EQ(AudioFileClose(reinterpret_cast<AudioFileID>(own)), paramErr) << "the other interface's";
-    EXPECT_EQ(file.frames(), 1000) << "nothing happened to the real one";
+    EXPECT_EQ(AudioFileClose(reinterpret_cast<AudioFileID>(own)), paramErr)
+        << "a handle of the other interface";
+    EXPECT_EQ(file.frames(), 1000) << "the open file is unaffected";
 }
 
-TEST(FileHandles, AreNotUsedAgain)
+TEST(FileHandles, NumbersAreNotReused)
 {
     const sound::Folder folder;
     const std::string path = anyFile(folder);
@@ -177,10 +178,10 @@ TEST(FileHandles, AreNotUsedAgain)
         EXPECT_NE(file, first);
         EXPECT_EQ(ExtAudioFileDispose(file), noErr);
     }
-    expectNothing(first);
+    expectRefused(first);
 }
 
-TEST(FileHandles, AreOpenedAndClosedFromAllThreads)
+TEST(FileHandles, OpenAndCloseOnFourThreads)
 {
     const sound::Folder folder;
     const std::string path = anyFile(folder);

@@ -1,4 +1,4 @@
-// Files that were cut off, joined or never finished: what decodes is read, and its length is exact.
+// Truncated, joined and unfinished files: all decodable frames are read, and the length is exact.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ constexpr int wavIma = SF_FORMAT_WAV | SF_FORMAT_IMA_ADPCM, svx16 = SF_FORMAT_SV
 constexpr std::size_t mostPageBody = 20 * 255;
 constexpr std::uint8_t firstPage = 2; // flag of the page that begins a stream
 
-/// A page of at most mostPageBody bytes. The platform does not check its sum.
+/// A page of at most mostPageBody bytes, without a checksum: the platform does not check it.
 Bytes oggPage(const Bytes& body, std::uint8_t flags)
 {
     Bytes header(27 + body.size() / 255 + 1);
@@ -55,7 +55,7 @@ Bytes fileOf(const sound::Folder& folder, int format, int rate, int channels, in
     return sound::load(path);
 }
 
-/// Everything that says a length says the same, and a reader reads just as much, from anywhere.
+/// All properties state one length, and exactly that many frames are read.
 void expectExact(const sound::File& file)
 {
     const UInt32 channels = file.format().mChannelsPerFrame;
@@ -82,8 +82,8 @@ void expectExact(const sound::File& file)
     EXPECT_EQ(file.readFloats(channels).size(), 0u);
 }
 
-// The seek to its last frame fails, but all of its frames decode.
-TEST(Lengths, OfAFlacFileWithAnotherOneAfterIt)
+// Seeking to the last frame fails, but all frames decode.
+TEST(Lengths, FlacFileFollowedByAnother)
 {
     const sound::Folder folder;
     sound::save(folder / "x",
@@ -96,11 +96,11 @@ TEST(Lengths, OfAFlacFileWithAnotherOneAfterIt)
     expectExact(file);
 }
 
-TEST(Lengths, OfFilesThatWereCutOff)
+TEST(Lengths, TruncatedFiles)
 {
     const struct {
         int format, rate, channels;
-        SInt64 stated; // by the cut file; 0: none
+        SInt64 stated; // in the truncated file; 0: none
         bool isCutShort;
         const char* why;
     } facts[] = {
@@ -108,16 +108,16 @@ TEST(Lengths, OfFilesThatWereCutOff)
         {wav16,    44100, 2, 100000, true,  "WAV"},
         {rf64,     44100, 2, 100000, true,  "RF64"},
         {w64,      44100, 2, 100000, true,  "W64"},
-        {wavIma,   44100, 2, 0,      true,  "coded WAV states bytes, not frames"},
+        {wavIma,   44100, 2, 0,      true,  "compressed WAV states bytes, not frames"},
         {aiff16,   44100, 2, 100000, true,  "AIFF"},
         {svx16,    44100, 1, 100000, true,  "16SV"},
         {caf16,    44100, 2, 100000, true,  "CAF"},
-        {cafFloat, 44100, 1, 100000, true,  "CAF of floats"},
-        {caf8,     44100, 2, 100000, true,  "CAF of u-law"},
+        {cafFloat, 44100, 1, 100000, true,  "float CAF"},
+        {caf8,     44100, 2, 100000, true,  "u-law CAF"},
         {au16,     44100, 2, 100000, true,  "AU"},
         {flac16,   44100, 2, 100000, true,  "FLAC"},
         {oggFlac,  44100, 2, 100000, true,  "Ogg FLAC"},
-        {vorbis,   44100, 2, 0,      false, "Ogg without an end mark is a stream that was recorded"},
+        {vorbis,   44100, 2, 0,      false, "Ogg without a last page is a recorded stream"},
         {opus,     48000, 2, 0,      false, "the same"},
         // clang-format on
     };
@@ -137,18 +137,18 @@ TEST(Lengths, OfFilesThatWereCutOff)
         EXPECT_EQ(file.report().statedFrames, fact.stated);
         EXPECT_EQ(file.report().isCutShort, fact.isCutShort);
         expectExact(file);
-        // What is there is the beginning of the whole.
+        // The frames are the first ones of the whole file.
         ASSERT_EQ(before.setClient(sound::floats(fact.rate, static_cast<UInt32>(fact.channels))), noErr);
         ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
         const std::vector<float> all = before.readFloats(static_cast<UInt32>(fact.channels));
         const std::vector<float> part = file.readFloats(static_cast<UInt32>(fact.channels));
         ASSERT_LE(part.size(), all.size());
-        const std::size_t sure = part.size() * 9 / 10; // a coder's last block may fade
-        EXPECT_EQ(std::memcmp(part.data(), all.data(), sure * sizeof(float)), 0);
+        const std::size_t compared = part.size() * 9 / 10; // the last block of a coding may differ
+        EXPECT_EQ(std::memcmp(part.data(), all.data(), compared * sizeof(float)), 0);
     }
 }
 
-TEST(Lengths, OfFilesWithPlaceholders)
+TEST(Lengths, PlaceholderLengths)
 {
     const sound::Folder folder;
     const Bytes whole = fileOf(folder, wav16, 44100, 2, 1000);
@@ -168,14 +168,14 @@ TEST(Lengths, OfFilesWithPlaceholders)
         const char* why;
     } facts[] = {
         // clang-format off
-        {4036,       4000,       1000, 1000, false, "as it was written"},
+        {4036,       4000,       1000, 1000, false, "unchanged"},
         {0xFFFFFFFF, 0xFFFFFFFF, 1000, 0,    false, "written as a stream"},
-        {0x7FFFFFFF, 0x7FFFFFFF, 1000, 0,    false, "the same, by another program"},
-        {0x7FFFF024, 0x7FFFF000, 1000, 0,    false, "the same, by a third"},
-        {0,          0,          1000, 0,    false, "never finished"},
-        {36,         0,          1000, 0,    false, "never finished, with an empty beginning"},
-        {4036,       0,          0,    0,    false, "no sound, and something after it"},
-        {8036,       8000,       1000, 2000, true,  "half of it is missing"},
+        {0x7FFFFFFF, 0x7FFFFFFF, 1000, 0,    false, "the same with another placeholder"},
+        {0x7FFFF024, 0x7FFFF000, 1000, 0,    false, "the same with a third placeholder"},
+        {0,          0,          1000, 0,    false, "unfinished"},
+        {36,         0,          1000, 0,    false, "unfinished, with the length of the header"},
+        {4036,       0,          0,    0,    false, "no data, but a chunk after it"},
+        {8036,       8000,       1000, 2000, true,  "half of the frames are missing"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -190,7 +190,7 @@ TEST(Lengths, OfFilesWithPlaceholders)
     }
 }
 
-TEST(Lengths, OfFormsWithOtherBytesAfterThem)
+TEST(Lengths, TrailingBytesAreIgnored)
 {
     const sound::Folder folder;
     for (const int format : {wav16, aiff16, svx16, w64, caf16, au16, rf64}) {
@@ -200,7 +200,7 @@ TEST(Lengths, OfFormsWithOtherBytesAfterThem)
         const sound::File file(folder / "x");
         ASSERT_EQ(file.status, noErr);
         EXPECT_GE(file.frames(), 1000);
-        EXPECT_LE(file.frames(), 1001) << "where the length is that of the file";
+        EXPECT_LE(file.frames(), 1001) << "if the file's length counts";
         expectExact(file);
     }
     for (const int format : {wav16, aiff16, svx16, w64}) {
@@ -214,8 +214,8 @@ TEST(Lengths, OfFormsWithOtherBytesAfterThem)
     }
 }
 
-// The decoder does not return from such files.
-TEST(Lengths, OfFilesWithManyTinyChunks)
+// The decoder loops on such files.
+TEST(Lengths, FilesWithManyTinyChunks)
 {
     const sound::Folder folder;
     const Bytes whole = fileOf(folder, svx16, 44100, 1, 1000);
@@ -233,9 +233,9 @@ TEST(Lengths, OfFilesWithManyTinyChunks)
         OSStatus status;
         const char* why;
     } facts[] = {
-        {joined({before, few, sound}), noErr, "some before the sound"},
-        {joined({before, many, sound}), kAudioFileInvalidFileError, "many before the sound"},
-        {joined({before, sound, many}), noErr, "many after the sound"},
+        {joined({before, few, sound}), noErr, "some before the data"},
+        {joined({before, many, sound}), kAudioFileInvalidFileError, "many before the data"},
+        {joined({before, sound, many}), noErr, "many after the data"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -249,7 +249,7 @@ TEST(Lengths, OfFilesWithManyTinyChunks)
     }
 }
 
-TEST(Lengths, OfJoinedOggFiles)
+TEST(Lengths, JoinedOggFiles)
 {
     const sound::Folder folder;
     const auto of = [&](int format, int rate, int channels, int frames) {
@@ -259,7 +259,7 @@ TEST(Lengths, OfJoinedOggFiles)
     const Bytes slow = of(vorbis, 44100, 2, 10000), mono = of(vorbis, 48000, 1, 10000);
     const Bytes inOpus = of(opus, 48000, 2, 20000), inFlac = of(oggFlac, 48000, 2, 40000);
     const Bytes unknown =
-        joined({oggPage(ofText("a coding of tomorrow", 100), firstPage), oggPage(Bytes(1000), 0)});
+        joined({oggPage(ofText("an unknown coding", 100), firstPage), oggPage(Bytes(1000), 0)});
     Bytes noSetup = first;
     std::fill(noSetup.begin() + 200, noSetup.begin() + 2000, 0);
     const struct {
@@ -274,17 +274,17 @@ TEST(Lengths, OfJoinedOggFiles)
         {joined({first, second, first}),         50000 + 30000 + 50000, 0, "three"},
         {joined({inOpus, inOpus}),               20000 + 20000,         0, "Opus"},
         {joined({inFlac, inFlac}),               40000 + 40000,         0, "FLAC"},
-        {joined({first, inOpus, inFlac}),        50000 + 20000 + 40000, 0, "of three codings"},
+        {joined({first, inOpus, inFlac}),        50000 + 20000 + 40000, 0, "three codings"},
         {joined({first, slow}),                  50000,                 1, "another rate"},
         {joined({first, mono}),                  50000,                 1, "another number of channels"},
-        {joined({first, slow, mono, second}),    50000 + 30000,         2, "two others between"},
-        {joined({first, Bytes(100, 'x'), first}), 50000 + 50000,        0, "with bytes between that are no page"},
+        {joined({first, slow, mono, second}),    50000 + 30000,         2, "two other streams between"},
+        {joined({first, Bytes(100, 'x'), first}), 50000 + 50000,        0, "other bytes between"},
         {joined({inFlac, Bytes(100, 'x'), inFlac}), 40000 + 40000,      0, "the same in FLAC"},
-        {joined({first, noSetup, second}),       50000 + 30000,         1, "one without its decoder's tables"},
-        {joined({noSetup, second}),              30000,                 1, "the first without them"},
+        {joined({first, noSetup, second}),       50000 + 30000,         1, "the second without its set-up header"},
+        {joined({noSetup, second}),              30000,                 1, "the first without its set-up header"},
         {joined({first, unknown, second}),       50000 + 30000,         1, "an unknown coding"},
         {joined({unknown, slow, first}),         10000,                 2, "the first that opens sets the rate"},
-        {joined({firstOf(first, 40), second}),   30000,                 1, "the first cut within its first page"},
+        {joined({firstOf(first, 40), second}),   30000,                 1, "the first truncated in its first page"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -299,7 +299,7 @@ TEST(Lengths, OfJoinedOggFiles)
     }
 }
 
-TEST(Lengths, OfJoinedOggFilesWhoseFirstWasCut)
+TEST(Lengths, JoinedOggFilesAfterATruncatedOne)
 {
     const sound::Folder folder;
     for (const int format : {vorbis, opus, oggFlac}) {
@@ -312,7 +312,7 @@ TEST(Lengths, OfJoinedOggFilesWhoseFirstWasCut)
         ASSERT_EQ(expected.size(), 30000u * 2);
         for (std::size_t part = 5; part < 16; ++part) {
             const Bytes cut = firstOf(first, first.size() * part / 16);
-            SCOPED_TRACE(std::to_string(format) + ", cut after " + std::to_string(cut.size()));
+            SCOPED_TRACE(std::to_string(format) + ", truncated after " + std::to_string(cut.size()));
             sound::save(folder / "cut", cut);
             const sound::File before(folder / "cut");
             ASSERT_EQ(before.status, noErr);
@@ -329,8 +329,8 @@ TEST(Lengths, OfJoinedOggFilesWhoseFirstWasCut)
     }
 }
 
-// Each link is judged by its own coding: Vorbis lengths are true, FLAC lengths are only stated.
-TEST(Lengths, OfCutFlacAfterVorbis)
+// A Vorbis link has its length, a FLAC link only states one, which is checked.
+TEST(Lengths, TruncatedFlacAfterVorbis)
 {
     const sound::Folder folder;
     const Bytes first = fileOf(folder, vorbis, 48000, 2, 50000);
@@ -344,11 +344,11 @@ TEST(Lengths, OfCutFlacAfterVorbis)
     ASSERT_EQ(file.status, noErr);
     EXPECT_EQ(file.frames(), 50000 + left);
     EXPECT_TRUE(file.report().isCutShort);
-    EXPECT_EQ(file.report().statedFrames, 0) << "not all of the links state their length";
+    EXPECT_EQ(file.report().statedFrames, 0) << "not all links state a length";
     expectExact(file);
 }
 
-TEST(Lengths, OfMoreOggLinksThanAreRead)
+TEST(Lengths, LinksAfterThe1024thAreOmitted)
 {
     const sound::Folder folder;
     const Bytes link = fileOf(folder, oggFlac, 48000, 1, 100);
@@ -363,8 +363,8 @@ TEST(Lengths, OfMoreOggLinksThanAreRead)
     expectExact(file);
 }
 
-// The frames that a damaged link loses are skipped: its successor is read where it begins.
-TEST(Lengths, OfDamagedOggLinksLeaveLaterOnesReadable)
+// The rest of a damaged link is skipped; the next link is read from its first frame.
+TEST(Lengths, LinksAfterADamagedOneAreRead)
 {
     const sound::Folder folder;
     for (const int format : {vorbis, opus, oggFlac}) {
@@ -400,7 +400,7 @@ TEST(Lengths, OfDamagedOggLinksLeaveLaterOnesReadable)
     }
 }
 
-TEST(Lengths, OfJoinedOggFilesSeek)
+TEST(Lengths, JoinedOggFilesSeek)
 {
     const sound::Folder folder;
     const Bytes first = fileOf(folder, vorbis, 44100, 2, 50000);
@@ -423,7 +423,7 @@ TEST(Lengths, OfJoinedOggFilesSeek)
     }
 }
 
-TEST(Lengths, AreReportedOfOpenFilesOnly)
+TEST(Lengths, ReportNeedsAnOpenFile)
 {
     const sound::Folder folder;
     sound::save(folder / "x.wav", fileOf(folder, wav16, 44100, 2, 10));

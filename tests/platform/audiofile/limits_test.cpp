@@ -1,5 +1,4 @@
-// What is opened and what is refused by its sample rate and number of channels, and that neither makes
-// memory.
+// Limits of sample rate and channel count. No large memory is allocated for either.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +13,7 @@ void put(Bytes& bytes, std::size_t at, std::uint32_t value, int count)
         bytes[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> 8 * i);
 }
 
-/// A WAV file of ten frames of 16 bits.
+/// A 16-bit WAV file of ten frames.
 Bytes waveOf(std::uint32_t rate, std::uint32_t channels)
 {
     const sound::Folder folder;
@@ -30,7 +29,7 @@ Bytes waveOf(std::uint32_t rate, std::uint32_t channels)
     return bytes;
 }
 
-TEST(Limits, OfRateAndChannels)
+TEST(Limits, RateAndChannelsAreBounded)
 {
     const std::uint32_t good[] = {1000, 44100, 768000};
     const std::uint32_t bad[] = {1,        999,       768001,     800000,      10000000,
@@ -46,7 +45,7 @@ TEST(Limits, OfRateAndChannels)
         EXPECT_EQ(file.frames(), 10);
         ASSERT_EQ(file.setClient(sound::floats(rate, channels)), noErr);
         EXPECT_EQ(file.readFloats(channels, 10).size(), 10u * channels);
-        ASSERT_EQ(file.setClient(sound::floats(rate, 2)), noErr) << "other channels";
+        ASSERT_EQ(file.setClient(sound::floats(rate, 2)), noErr) << "another channel count";
         ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
         EXPECT_EQ(file.readFloats(2, 10).size(), 20u);
     };

@@ -1,4 +1,4 @@
-// MPEG streams: their length when they do not say it.
+// MPEG files: headers, length, joined and damaged files.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include "platform/audiofile/mpeg_header.h"
@@ -17,7 +17,7 @@ using sound::Bytes;
 using sound::joined;
 using sound::ofText;
 
-TEST(MpegHeaders, AreRead)
+TEST(MpegHeaders, AreParsed)
 {
     const struct {
         std::uint32_t word;
@@ -28,20 +28,20 @@ TEST(MpegHeaders, AreRead)
         // clang-format off
         {0xFFFB9000, 3, 417,  1152, true,  false, "128 kbit/s at 44.1 kHz"},
         {0xFFFB9200, 3, 418,  1152, true,  false, "padded"},
-        {0xFFFA9000, 3, 417,  1152, true,  false, "with a checksum, which is inside"},
+        {0xFFFA9000, 3, 417,  1152, true,  false, "with a checksum, counted in the size"},
         {0xFFFBE400, 3, 960,  1152, true,  false, "320 kbit/s at 48 kHz"},
         {0xFFFBEAC0, 3, 1441, 1152, true,  true,  "the longest: 320 kbit/s at 32 kHz, padded; mono"},
         {0xFFF38000, 3, 208,  576,  false, false, "MPEG-2: 64 kbit/s at 22.05 kHz"},
         {0xFFE318C0, 3, 72,   576,  false, true,  "MPEG-2.5: 8 kbit/s at 8 kHz"},
         {0xFFFDA000, 2, 626,  1152, true,  false, "layer II: 192 kbit/s"},
-        {0xFFFF4000, 1, 136,  384,  true,  false, "layer I: 128 kbit/s, in words"},
-        {0xFFFB0000, 0, 0,    0,    false, false, "a rate that only its encoder knows"},
+        {0xFFFF4000, 1, 136,  384,  true,  false, "layer I: 128 kbit/s, in units of 4 bytes"},
+        {0xFFFB0000, 0, 0,    0,    false, false, "free format"},
         {0xFFFBF000, 0, 0,    0,    false, false, "no bit rate"},
         {0xFFFB9C00, 0, 0,    0,    false, false, "no sample rate"},
         {0xFFEB9000, 0, 0,    0,    false, false, "no version"},
         {0xFFF99000, 0, 0,    0,    false, false, "no layer"},
-        {0xFF7B9000, 0, 0,    0,    false, false, "not in step"},
-        {0x00000000, 0, 0,    0,    false, false, "nothing"},
+        {0xFF7B9000, 0, 0,    0,    false, false, "no sync word"},
+        {0x00000000, 0, 0,    0,    false, false, "zero"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -57,7 +57,7 @@ TEST(MpegHeaders, AreRead)
     }
 }
 
-/// Silent frames of a header each.
+/// Silent frames: pairs of a header and a count.
 Bytes silentFrames(std::initializer_list<std::pair<std::uint32_t, int>> runs)
 {
     Bytes bytes;
@@ -76,9 +76,9 @@ Bytes silentFrames(std::initializer_list<std::pair<std::uint32_t, int>> runs)
 
 constexpr std::uint32_t at128 = 0xFFFB9000, at32 = 0xFFFB1000, at320 = 0xFFFBE000, mono22 = 0xFFF380C0;
 
-TEST(MpegLength, IsThatOfAllFrames)
+TEST(MpegLength, CountsAllFrames)
 {
-    Bytes tag = ofText("ID3\3", 10 + 300); // its size in four times seven bits
+    Bytes tag = ofText("ID3\3", 10 + 300); // its size in 4 * 7 bits
     tag[8] = 300 >> 7, tag[9] = 300 & 127;
     const struct {
         Bytes bytes;
@@ -87,15 +87,15 @@ TEST(MpegLength, IsThatOfAllFrames)
         const char* why;
     } facts[] = {
         // clang-format off
-        {silentFrames({{at128, 100}}),                                    115200, 2, "one rate"},
-        {silentFrames({{at320, 2}, {at32, 500}}),                         578304, 2, "it begins at the highest rate: a guess is far too short"},
-        {silentFrames({{at32, 2}, {at320, 200}}),                         232704, 2, "it begins at the lowest: a guess is far too long"},
-        {silentFrames({{mono22, 100}}),                                    57600, 1, "frames of half the length"},
-        {joined({tag, silentFrames({{at320, 2}, {at32, 98}})}),           115200, 2, "behind a tag"},
-        {joined({silentFrames({{at320, 2}, {at32, 98}}), ofText("TAG", 128)}), 115200, 2, "in front of a tag"},
-        {joined({silentFrames({{at320, 2}, {at32, 98}}), Bytes(50, 0xFF)}), 115200, 2, "what follows is no frame"},
+        {silentFrames({{at128, 100}}),                                    115200, 2, "constant bit rate"},
+        {silentFrames({{at320, 2}, {at32, 500}}),                         578304, 2, "the highest rate first: an estimate is too short"},
+        {silentFrames({{at32, 2}, {at320, 200}}),                         232704, 2, "the lowest rate first: an estimate is too long"},
+        {silentFrames({{mono22, 100}}),                                    57600, 1, "frames of 576 samples"},
+        {joined({tag, silentFrames({{at320, 2}, {at32, 98}})}),           115200, 2, "after a tag"},
+        {joined({silentFrames({{at320, 2}, {at32, 98}}), ofText("TAG", 128)}), 115200, 2, "before a tag"},
+        {joined({silentFrames({{at320, 2}, {at32, 98}}), Bytes(50, 0xFF)}), 115200, 2, "other bytes follow"},
         {silentFrames({{0xFFFDE000, 2}, {0xFFFD1000, 98}}),                 115200, 2, "layer II"},
-        {silentFrames({{at128, 1}, {at32, 2}}),                             3456, 2, "hardly any"},
+        {silentFrames({{at128, 1}, {at32, 2}}),                             3456, 2, "three frames"},
         // clang-format on
     };
     const sound::Folder folder;
@@ -110,11 +110,11 @@ TEST(MpegLength, IsThatOfAllFrames)
         ASSERT_EQ(file.setClient(sound::floats(file.format().mSampleRate, channels)), noErr);
         EXPECT_EQ(file.readFloats(channels).size(), static_cast<std::size_t>(fact.frames) * channels);
         ASSERT_EQ(ExtAudioFileSeek(file, fact.frames - 100), noErr);
-        EXPECT_EQ(file.readFloats(channels).size(), 100u * channels) << "to the very end";
+        EXPECT_EQ(file.readFloats(channels).size(), 100u * channels) << "up to the end";
     }
 }
 
-TEST(MpegLength, OfMusicWithoutItsInfoFrameIsTheSameMusic)
+TEST(MpegLength, MissingInfoFrameChangesNoSample)
 {
     const sound::Folder folder;
     const Bytes whole = sound::varyingMp3(folder / "v.mp3");
@@ -126,33 +126,33 @@ TEST(MpegLength, OfMusicWithoutItsInfoFrameIsTheSameMusic)
         readMpegHeader(std::uint32_t{whole[0]} << 24 | whole[1] << 16 | whole[2] << 8 | whole[3], info));
     ASSERT_EQ(std::memcmp(&whole[kvxplatform::audiofile::infoOffset(info)], "Xing", 4), 0);
     sound::save(folder / "x.mp3", Bytes(whole.begin() + static_cast<long>(info.bytes), whole.end()));
-    const std::vector<float> guessed = sound::decode(folder / "x.mp3").samples;
-    ASSERT_LT(guessed.size(), 441000u) << "a guess by the first frame";
+    const std::vector<float> estimated = sound::decode(folder / "x.mp3").samples;
+    ASSERT_LT(estimated.size(), 441000u) << "libsndfile estimates by the first frame";
 
     const sound::File file(folder / "x.mp3");
-    EXPECT_EQ(file.frames() % 1152, 0) << "all frames, with what the encoder put in front and behind";
+    EXPECT_EQ(file.frames() % 1152, 0) << "all frames, with the encoder's delay and padding";
     EXPECT_GT(file.frames(), 441000);
     EXPECT_LT(file.frames(), 441000 + 4 * 1152);
     ASSERT_EQ(file.setClient(sound::floats(44100, 2)), noErr);
     const std::vector<float> samples = file.readFloats(2);
     ASSERT_EQ(samples.size(), static_cast<std::size_t>(file.frames()) * 2);
-    EXPECT_EQ(std::memcmp(samples.data(), guessed.data(), guessed.size() * sizeof(float)), 0)
-        << "as far as the guess goes, the very samples";
-    // Behind the encoder's delay and the decoder's, the same samples.
+    EXPECT_EQ(std::memcmp(samples.data(), estimated.data(), estimated.size() * sizeof(float)), 0)
+        << "identical up to the estimated length";
+    // The same samples follow the delay of encoder and decoder.
     bool isFound = false;
     for (std::size_t shift = 0; shift < 4000 && !isFound; ++shift)
         isFound = std::memcmp(&samples[(20000 + shift) * 2], &expected.samples[40000], 300000 * 8) == 0;
     EXPECT_TRUE(isFound);
 }
 
-// ---- joined, cut, tagged, described and damaged streams ----
+// ---- joined, truncated, tagged and damaged files ----
 
 void put(Bytes& bytes, std::size_t at, std::uint32_t word)
 {
     for (std::size_t b = 0; b < 4; ++b) bytes[at + b] = static_cast<std::uint8_t>(word >> (24 - 8 * b));
 }
 
-/// A frame that states the number of frames in its stream, and their bytes where they are not 0.
+/// An info frame that states a number of frames, and of bytes if `size` is not 0.
 Bytes infoFrame(std::uint32_t header, const char* name, std::uint32_t frames, std::size_t size = 0)
 {
     Bytes bytes = silentFrames({{header, 1}});
@@ -161,13 +161,13 @@ Bytes infoFrame(std::uint32_t header, const char* name, std::uint32_t frames, st
     const bool isVbri = std::strcmp(name, "VBRI") == 0;
     const std::size_t at = isVbri ? 36 : kvxplatform::audiofile::infoOffset(read);
     std::memcpy(&bytes[at], name, 4);
-    if (!isVbri) put(bytes, at + 4, size > 0 ? 3 : 1); // the fields that follow: frames, bytes
+    if (!isVbri) put(bytes, at + 4, size > 0 ? 3 : 1); // flags of the fields: frames, bytes
     put(bytes, at + (isVbri ? 14 : 8), frames);
     if (size > 0) put(bytes, at + (isVbri ? 10 : 12), static_cast<std::uint32_t>(size));
     return bytes;
 }
 
-/// An ID3v2 tag that holds `size` bytes, none of them sound although some look like frames.
+/// An ID3v2 tag of `size` bytes, some of which look like frame headers.
 Bytes tagOf(std::size_t size)
 {
     Bytes bytes = ofText("ID3\3", 10 + size);
@@ -176,8 +176,8 @@ Bytes tagOf(std::size_t size)
     return bytes;
 }
 
-/// Bytes that are no sound, with sync words at the distances of a frame, three in a row at most.
-Bytes garbage(std::size_t size)
+/// Noise with up to three consecutive frame headers.
+Bytes noise(std::size_t size)
 {
     Bytes bytes(size);
     std::uint32_t state = 7;
@@ -190,7 +190,7 @@ Bytes garbage(std::size_t size)
     return bytes;
 }
 
-/// Free-format frames of a size each.
+/// Free-format frames of one size.
 Bytes freeFrames(std::size_t bytes, int count)
 {
     Bytes frames;
@@ -202,19 +202,19 @@ Bytes freeFrames(std::size_t bytes, int count)
     return frames;
 }
 
-TEST(MpegFiles, AreReadWhole)
+TEST(MpegFiles, AllFramesAreRead)
 {
     const Bytes hundred = silentFrames({{at128, 100}}), fifty = silentFrames({{at128, 50}});
     const Bytes other = silentFrames({{mono22, 40}}), cut = sound::firstOf(hundred, hundred.size() - 7);
-    const std::size_t size = 417 + hundred.size(); // of a hundred and their info frame
+    const std::size_t size = 417 + hundred.size(); // of the hundred frames and their info frame
     const Bytes ape = joined({ofText("APETAGEX\xD0\x07", 32), Bytes(1, 0)});
     Bytes apeTag = ofText("APETAGEX", 32 + 300 + 32);
-    apeTag[12] = static_cast<std::uint8_t>(332 & 0xFF), apeTag[13] = 332 >> 8; // items and footer
-    apeTag[23] = 0xA0;                                                         // has a header, and is it
+    apeTag[12] = static_cast<std::uint8_t>(332 & 0xFF), apeTag[13] = 332 >> 8; // of items and footer
+    apeTag[23] = 0xA0; // flags: has a header, is the header
     std::memcpy(&apeTag[332], "APETAGEX", 8);
     Bytes xingTwice = joined({infoFrame(at128, "Xing", 100), hundred});
     xingTwice = joined({xingTwice, xingTwice});
-    constexpr SInt64 h = 115200; // frames of sound in a hundred
+    constexpr SInt64 h = 115200; // samples per channel in a hundred frames
     const struct {
         Bytes bytes;
         SInt64 frames, stated;
@@ -226,27 +226,27 @@ TEST(MpegFiles, AreReadWhole)
         {hundred,                                                      h,         0,     false, 0, "no info frame"},
         {joined({infoFrame(at128, "Xing", 100), hundred}),                  h,         h,     false, 0, "an info frame"},
         {joined({infoFrame(at128, "Info", 100), hundred}),                  h,         h,     false, 0, "an info frame of a constant rate"},
-        {joined({infoFrame(at128, "VBRI", 100), hundred}),                  h,         h,     false, 0, "an info frame of another kind"},
+        {joined({infoFrame(at128, "VBRI", 100), hundred}),                  h,         h,     false, 0, "a VBRI info frame"},
         {joined({infoFrame(at128, "Xing", 50), hundred}),                   h,         h / 2, false, 0, "an info frame that states too few"},
         {joined({infoFrame(at128, "Xing", 200), hundred}),                  h,         2 * h, true,  0, "an info frame that states too many"},
         {joined({infoFrame(at128, "Xing", 200, size), hundred}),       h,         2 * h, false, 0, "too many, but the right bytes"},
-        {joined({infoFrame(at128, "VBRI", 200, size), hundred}),       h,         2 * h, false, 0, "the same of the other kind"},
+        {joined({infoFrame(at128, "VBRI", 200, size), hundred}),       h,         2 * h, false, 0, "the same with VBRI"},
         {joined({infoFrame(at128, "Xing", 200, 2 * size), hundred}),   h,         2 * h, true,  0, "too many, in frames and bytes"},
         {joined({infoFrame(at128, "Xing", 100, 2 * size), hundred}),   h,         h,     false, 0, "too many bytes"},
-        {joined({infoFrame(at128, "Xing", 100, size), cut}),           h - 1152,  h,     true,  0, "cut within the last frame, of stated bytes"},
-        {joined({infoFrame(at128, "VBRI", 100, size), cut}),           h - 1152,  h,     true,  0, "the same of the other kind"},
+        {joined({infoFrame(at128, "Xing", 100, size), cut}),           h - 1152,  h,     true,  0, "truncated in the last frame, with stated bytes"},
+        {joined({infoFrame(at128, "VBRI", 100, size), cut}),           h - 1152,  h,     true,  0, "the same with VBRI"},
         {joined({tagOf(9), infoFrame(at128, "Xing", 100, size), cut}), h - 1152,  h,     true,  0, "the same after a tag"},
         {joined({infoFrame(at128, "Xing", 0xFFFFFFFF), hundred}),      h,         0,     false, 0, "a placeholder"},
-        {joined({infoFrame(at128, "Xing", 100), cut}),                      h - 1152,  h,     true,  0, "cut within the last frame"},
-        {cut,                                                          h - 1152,  0,     false, 0, "cut, without a stated length"},
+        {joined({infoFrame(at128, "Xing", 100), cut}),                      h - 1152,  h,     true,  0, "truncated in the last frame"},
+        {cut,                                                          h - 1152,  0,     false, 0, "truncated, without a stated length"},
         {xingTwice,                                                    2 * h,     2 * h, false, 0, "joined, both with info frames"},
         {joined({infoFrame(at128, "Xing", 100), hundred, fifty}),           h + h / 2, h,     false, 0, "joined, the first with an info frame"},
         {joined({fifty, infoFrame(at128, "Xing", 100), hundred}),           h + h / 2, h,     false, 0, "joined, the second with an info frame"},
         {joined({fifty, tagOf(500), infoFrame(at128, "Xing", 100), hundred}), h + h / 2, h,   false, 0, "joined, with a tag between"},
-        {joined({cut, infoFrame(at128, "Xing", 100), hundred}),             2 * h - 1152, h,  false, 0, "joined after a frame that is cut off"},
+        {joined({cut, infoFrame(at128, "Xing", 100), hundred}),             2 * h - 1152, h,  false, 0, "joined after a truncated frame"},
         {joined({cut, tagOf(500), hundred}),                           2 * h - 1152, 0,  false, 0, "the same, with a tag between"},
         {joined({hundred, other}),                                     h,         0,     false, 1, "joined with another stream"},
-        {joined({hundred, other, fifty, other, tagOf(9), other}),      h + h / 2, 0,     false, 2, "streams in turns"},
+        {joined({hundred, other, fifty, other, tagOf(9), other}),      h + h / 2, 0,     false, 2, "alternating streams"},
         {joined({hundred, silentFrames({{at128 | 0xC0, 40}})}),        h,         0,     false, 1, "joined with a mono stream"},
         {joined({tagOf(2u << 20), hundred}),                           h,         0,     false, 0, "after a tag of two mebibytes"},
         {joined({tagOf(9), tagOf(70000), hundred}),                    h,         0,     false, 0, "after two tags"},
@@ -255,13 +255,13 @@ TEST(MpegFiles, AreReadWhole)
         {joined({hundred, apeTag}),                                    h,         0,     false, 0, "before an APE tag"},
         {joined({hundred, apeTag, ofText("TAG", 128), fifty}),         h + h / 2, 0,     false, 0, "tags in the middle"},
         {joined({hundred, ape}),                                       h,         0,     false, 0, "before a broken APE tag"},
-        {joined({garbage(1), hundred}),                                h,         0,     false, 0, "after one byte"},
-        {joined({garbage(300000), hundred}),                           h,         0,     false, 0, "after much garbage"},
+        {joined({noise(1), hundred}),                                h,         0,     false, 0, "after one byte"},
+        {joined({noise(300000), hundred}),                           h,         0,     false, 0, "after much noise"},
         {joined({Bytes(70000), hundred}),                              h,         0,     false, 0, "after zeros"},
-        {joined({Bytes(3, 0xFF), hundred}),                            h,         0,     false, 0, "after bytes of a sync word"},
-        {joined({silentFrames({{at32, 1}}), garbage(90), hundred}),    h,         0,     false, 0, "after a lone header"},
-        {joined({hundred, garbage(20000), fifty}),                     h + h / 2, 0,     false, 0, "garbage in the middle"},
-        {joined({hundred, garbage(20000)}),                            h,         0,     false, 0, "garbage at the end"},
+        {joined({Bytes(3, 0xFF), hundred}),                            h,         0,     false, 0, "after part of a sync word"},
+        {joined({silentFrames({{at32, 1}}), noise(90), hundred}),    h,         0,     false, 0, "after a single header"},
+        {joined({hundred, noise(20000), fifty}),                     h + h / 2, 0,     false, 0, "noise in the middle"},
+        {joined({hundred, noise(20000)}),                            h,         0,     false, 0, "noise at the end"},
         {freeFrames(700, 100),                                         h,         0,     false, 0, "free format"},
         {silentFrames({{at128, 2}}),                                   2304,      0,     false, 0, "two frames"},
         {joined({silentFrames({{at32, 1}, {at320, 200}})}),            201 * 1152, 0,    false, 0, "the first two frames differ most"},
@@ -282,12 +282,13 @@ TEST(MpegFiles, AreReadWhole)
         ASSERT_EQ(file.setClient(sound::floats(file.format().mSampleRate, 2)), noErr);
         EXPECT_EQ(file.readFloats(2).size(), static_cast<std::size_t>(fact.frames) * 2);
         ASSERT_EQ(ExtAudioFileSeek(file, fact.frames - 100), noErr);
-        EXPECT_EQ(file.readFloats(2).size(), 200u) << "to the very end";
+        EXPECT_EQ(file.readFloats(2).size(), 200u) << "up to the end";
     }
 }
 
-// Shorter than its header and side information no frame is; the decoder would search such a file for minutes.
-TEST(MpegFiles, AreNotMadeOfTinyFreeFormatFrames)
+// A frame is never shorter than its header and side information; the decoder would search such a file for
+// minutes.
+TEST(MpegFiles, TinyFreeFormatFramesAreRefused)
 {
     const sound::Folder folder;
     for (const std::size_t bytes : {4u, 12u, 24u, 35u}) {
@@ -299,20 +300,20 @@ TEST(MpegFiles, AreNotMadeOfTinyFreeFormatFrames)
     EXPECT_EQ(sound::File(folder / "x.mp3").frames(), 115200);
 }
 
-TEST(MpegFiles, AreNotMadeOfChanceSyncWords)
+TEST(MpegFiles, IsolatedSyncWordsAreRefused)
 {
     const sound::Folder folder;
-    sound::save(folder / "x.mp3", garbage(500000));
+    sound::save(folder / "x.mp3", noise(500000));
     EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
     sound::save(folder / "x.mp3", joined({silentFrames({{at128, 2}}), Bytes(5000)}));
     EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
 }
 
-/// Real MP3 files of libsndfile's, whose info frames state the encoder's delay.
+/// An MP3 file written by libsndfile; its info frame states the encoder's delay.
 struct Music {
     Bytes bytes;
     std::vector<float> samples;
-    UInt32 infoBytes; // of the info frame
+    UInt32 infoBytes; // size of the info frame
 };
 Music mp3(const sound::Folder& folder, int frames)
 {
@@ -335,18 +336,17 @@ std::vector<float> samplesOf(const std::string& path)
     return file.readFloats(2);
 }
 
-TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheInfoFrameIsRight)
+TEST(MpegFiles, EncoderDelayIsRemovedIfTheInfoFrameIsRight)
 {
     const sound::Folder folder;
     const Music music = mp3(folder, 50000);
     ASSERT_EQ(music.samples.size(), 100000u);
     const std::string path = folder / "x.mp3";
 
-    sound::save(path, joined({garbage(5000), music.bytes}));
-    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples))
-        << "garbage does not make the info frame wrong";
+    sound::save(path, joined({noise(5000), music.bytes}));
+    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "noise before the stream has no effect";
     sound::save(path, joined({tagOf(2u << 20), music.bytes, ofText("TAG", 128)}));
-    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "nor do tags";
+    EXPECT_TRUE(sound::isSame(samplesOf(path), music.samples)) << "tags have no effect";
 
     const Bytes bare(music.bytes.begin() + static_cast<std::ptrdiff_t>(music.infoBytes), music.bytes.end());
     sound::save(path, bare);
@@ -355,19 +355,19 @@ TEST(MpegFiles, LoseTheEncodersDelayOnlyWhereTheInfoFrameIsRight)
     const std::size_t delay = (576 + 529 + 0) * 2;
     ASSERT_GT(all.size(), music.samples.size() + delay);
     const auto found = std::search(all.begin(), all.end(), music.samples.begin(), music.samples.end());
-    ASSERT_NE(found, all.end()) << "the music is there, after the delay";
+    ASSERT_NE(found, all.end()) << "the samples follow the delay";
 
     Bytes wrong = music.bytes;
     const std::uint8_t xing[] = {'X', 'i', 'n', 'g'}, info[] = {'I', 'n', 'f', 'o'};
     auto name = std::search(wrong.begin(), wrong.end(), xing, xing + 4);
     if (name == wrong.end()) name = std::search(wrong.begin(), wrong.end(), info, info + 4);
     ASSERT_NE(name, wrong.end());
-    name[11] = static_cast<std::uint8_t>(name[11] - 1); // the lowest byte of the number of frames
+    name[11] = static_cast<std::uint8_t>(name[11] - 1); // the lowest byte of the frame count
     sound::save(path, wrong);
-    EXPECT_TRUE(sound::isSame(samplesOf(path), all)) << "an info frame that is wrong about the length";
+    EXPECT_TRUE(sound::isSame(samplesOf(path), all)) << "the info frame states a wrong length";
 }
 
-TEST(MpegFiles, AreTheSameMusicWhenTheyAreJoined)
+TEST(MpegFiles, JoinedFilesPlayOneAfterAnother)
 {
     const sound::Folder folder;
     const Music first = mp3(folder, 50000), second = mp3(folder, 30000);
@@ -375,7 +375,7 @@ TEST(MpegFiles, AreTheSameMusicWhenTheyAreJoined)
     sound::save(path, joined({first.bytes, second.bytes}));
     const std::vector<float> both = samplesOf(path);
     EXPECT_EQ(both.size() % (2 * 1152), 0u);
-    // Each file's delay is heard once more; the second decoder run differs in the last bits.
+    // Each file keeps its delay; the samples of the second file differ in the last bits.
     const auto start =
         std::search(both.begin(), both.end(), first.samples.begin(), first.samples.begin() + 90000);
     ASSERT_NE(start, both.end());
@@ -386,7 +386,7 @@ TEST(MpegFiles, AreTheSameMusicWhenTheyAreJoined)
     float difference = 0;
     for (std::size_t i = 0; i < second.samples.size(); ++i)
         difference = std::max(difference, std::abs(both[begin + i] - second.samples[i]));
-    EXPECT_LT(difference, 1e-4f) << "the second is there from its first frame to its last";
+    EXPECT_LT(difference, 1e-4f) << "the second file is complete";
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The properties of both interfaces, asked rightly and wrongly.
+// The properties of both interfaces: sizes, access, values, misuse.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ namespace {
 
 constexpr int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
-/// Two seconds of a WAV file and of others, opened both ways.
+/// A file of two seconds, opened by both interfaces.
 struct Opened {
     explicit Opened(int format, const char* name = "x", int channels = 2)
         : path(write(folder, format, name, channels)), file(path)
@@ -33,7 +33,7 @@ struct Opened {
     AudioFileID audioFile = nullptr;
 };
 
-TEST(ExtendedProperties, AreAskedRightlyAndWrongly)
+TEST(ExtendedProperties, SizesAccessAndMisuse)
 {
     const struct {
         ExtAudioFilePropertyID property;
@@ -56,7 +56,7 @@ TEST(ExtendedProperties, AreAskedRightlyAndWrongly)
         EXPECT_EQ(size, fact.bytes);
         EXPECT_EQ(isWritable, fact.isWritable ? 1 : 0);
         EXPECT_EQ(ExtAudioFileGetPropertyInfo(wav.file, fact.property, nullptr, nullptr), noErr)
-            << "each answer may be left out";
+            << "either out-pointer may be null";
 
         std::uint8_t value[48];
         std::memset(value, 0x55, sizeof value);
@@ -70,7 +70,7 @@ TEST(ExtendedProperties, AreAskedRightlyAndWrongly)
         EXPECT_EQ(value[0], 0x55) << "nothing is written";
         size = sizeof value;
         EXPECT_EQ(ExtAudioFileGetProperty(wav.file, fact.property, &size, value), noErr);
-        EXPECT_EQ(size, fact.bytes) << "a longer buffer is fine";
+        EXPECT_EQ(size, fact.bytes) << "a larger buffer is accepted";
         EXPECT_EQ(value[fact.bytes], 0x55);
 
         EXPECT_EQ(ExtAudioFileSetProperty(wav.file, fact.property, fact.bytes, nullptr), paramErr);
@@ -94,9 +94,9 @@ TEST(ExtendedProperties, AreAskedRightlyAndWrongly)
     EXPECT_EQ(ExtAudioFileTell(wav.file, nullptr), paramErr);
 }
 
-TEST(ExtendedProperties, HaveTheirValues)
+TEST(ExtendedProperties, Values)
 {
-    const auto packets = [](ExtAudioFileRef file, ExtAudioFilePropertyID property, OSStatus expected) {
+    const auto packetSize = [](ExtAudioFileRef file, ExtAudioFilePropertyID property, OSStatus expected) {
         UInt32 size = 4, value = 0;
         EXPECT_EQ(ExtAudioFileGetProperty(file, property, &size, &value), expected);
         return value;
@@ -105,25 +105,25 @@ TEST(ExtendedProperties, HaveTheirValues)
     constexpr auto ofClient = kExtAudioFileProperty_ClientMaxPacketSize;
     Opened wav(wav16);
     EXPECT_EQ(wav.file.frames(), 16000);
-    EXPECT_EQ(packets(wav.file, ofFile, noErr), 4u);
-    EXPECT_EQ(packets(wav.file, ofClient, noErr), 4u);
+    EXPECT_EQ(packetSize(wav.file, ofFile, noErr), 4u);
+    EXPECT_EQ(packetSize(wav.file, ofClient, noErr), 4u);
     ASSERT_EQ(wav.file.setClient(sound::floats(8000, 6)), noErr);
-    EXPECT_EQ(packets(wav.file, ofFile, noErr), 4u);
-    EXPECT_EQ(packets(wav.file, ofClient, noErr), 24u);
+    EXPECT_EQ(packetSize(wav.file, ofFile, noErr), 4u);
+    EXPECT_EQ(packetSize(wav.file, ofClient, noErr), 24u);
 
     Opened flac(SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
-    packets(flac.file, ofFile, kExtAudioFileError_MaxPacketSizeUnknown);
-    packets(flac.file, ofClient, kExtAudioFileError_MaxPacketSizeUnknown);
+    packetSize(flac.file, ofFile, kExtAudioFileError_MaxPacketSizeUnknown);
+    packetSize(flac.file, ofClient, kExtAudioFileError_MaxPacketSizeUnknown);
     ASSERT_EQ(flac.file.setClient(sound::floats(8000, 2)), noErr);
-    EXPECT_EQ(packets(flac.file, ofClient, noErr), 8u);
+    EXPECT_EQ(packetSize(flac.file, ofClient, noErr), 8u);
 
     Opened mp3(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
-    EXPECT_EQ(packets(mp3.file, ofFile, noErr), 1441u);
+    EXPECT_EQ(packetSize(mp3.file, ofFile, noErr), 1441u);
 }
 
 // ---- the other interface ----
 
-TEST(AudioFileProperties, AreAskedRightlyAndWrongly)
+TEST(AudioFileProperties, SizesAccessAndMisuse)
 {
     const struct {
         AudioFilePropertyID property;
@@ -176,7 +176,7 @@ std::optional<Value> get(AudioFileID file, AudioFilePropertyID property)
     return {};
 }
 
-TEST(AudioFileProperties, HaveTheirValues)
+TEST(AudioFileProperties, Values)
 {
     const std::optional<UInt64> no64;
     const std::optional<UInt32> no32;
@@ -187,7 +187,7 @@ TEST(AudioFileProperties, HaveTheirValues)
         std::optional<UInt64> bytes, packets;
         std::optional<UInt32> largest;
         std::optional<SInt32> bits;
-        UInt32 bitRate; // 0: the whole file's
+        UInt32 bitRate; // 0: that of the whole file
     } facts[] = {
         // clang-format off
         {"16-bit WAV", wav16,                                       64000, 16000,    4,    16, 256000},
@@ -208,7 +208,7 @@ TEST(AudioFileProperties, HaveTheirValues)
         EXPECT_EQ(get<UInt32>(opened.audioFile, kAudioFilePropertyMaximumPacketSize), fact.largest);
         EXPECT_EQ(get<SInt32>(opened.audioFile, kAudioFilePropertySourceBitDepth), fact.bits);
         EXPECT_EQ(get<Float64>(opened.audioFile, kAudioFilePropertyEstimatedDuration), 2.0);
-        const auto whole = static_cast<UInt32>(sound::load(opened.path).size() * 4); // over two seconds
+        const auto whole = static_cast<UInt32>(sound::load(opened.path).size() * 4); // bits over two seconds
         EXPECT_EQ(get<UInt32>(opened.audioFile, kAudioFilePropertyBitRate),
                   fact.bitRate ? fact.bitRate : whole);
         AudioStreamBasicDescription format = {};

@@ -1,4 +1,4 @@
-// A terminal that stays clean of what decoders print.
+// Output of decoders is dropped; output of other threads passes.
 #include "platform/audiofile/silenced_streams.h"
 #include "tests/platform/audiofile/sound_files.h"
 
@@ -17,7 +17,7 @@ namespace {
 using kvxplatform::audiofile::SilencedStreams;
 using sound::Bytes;
 
-/// What is written to the terminal meanwhile, by either stream; as much as a pipe holds.
+/// The text that `body` writes to stdout and stderr, up to the capacity of a pipe.
 template <class Body>
 std::string written(Body body)
 {
@@ -36,14 +36,14 @@ std::string written(Body body)
     close(saved[1]);
     close(ends[1]);
     std::string text;
-    char piece[4096];
-    for (ssize_t got; (got = ::read(ends[0], piece, sizeof piece)) > 0;)
-        text.append(piece, static_cast<std::size_t>(got));
+    char block[4096];
+    for (ssize_t got; (got = ::read(ends[0], block, sizeof block)) > 0;)
+        text.append(block, static_cast<std::size_t>(got));
     close(ends[0]);
     return text;
 }
 
-TEST(Terminal, StaysCleanOfADecodersDoubts)
+TEST(SilencedStreams, DropWarningsOfTheMp3Decoder)
 {
     const sound::Folder folder;
     Bytes damaged = sound::varyingMp3(folder / "v.mp3");
@@ -52,7 +52,7 @@ TEST(Terminal, StaysCleanOfADecodersDoubts)
     for (std::size_t i = 3000; i < damaged.size(); i += 37)
         damaged[i] = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
     sound::save(folder / "x.mp3", damaged);
-    ASSERT_NE(written([&] { sound::decode(folder / "x.mp3"); }), "") << "the decoder has doubts";
+    ASSERT_NE(written([&] { sound::decode(folder / "x.mp3"); }), "") << "libsndfile alone prints warnings";
     EXPECT_EQ(written([&] {
                   const sound::File file(folder / "x.mp3");
                   EXPECT_EQ(file.status, noErr);
@@ -62,18 +62,18 @@ TEST(Terminal, StaysCleanOfADecodersDoubts)
                   file.readFloats(2);
               }),
               "");
-    EXPECT_EQ(written([] { std::fputs("hello", stderr); }), "hello") << "afterwards all is as it was";
+    EXPECT_EQ(written([] { std::fputs("hello", stderr); }), "hello") << "stderr is restored";
 }
 
-TEST(Terminal, StaysCleanOfDumpsFromSamplers)
+TEST(SilencedStreams, DropWarningsOfTheSdsDecoder)
 {
     const sound::Folder folder;
     sound::write(folder / "x.sds", SF_FORMAT_SDS | SF_FORMAT_PCM_16, 44100, 1, sound::music(1, 1000));
     Bytes damaged = sound::load(folder / "x.sds");
     for (std::size_t i = 300; i < damaged.size(); i += 50) damaged[i] ^= 0x2A;
-    for (std::size_t i = 21; i < damaged.size(); i += 127) damaged[i] = 0; // where each block begins
+    for (std::size_t i = 21; i < damaged.size(); i += 127) damaged[i] = 0; // the first byte of each block
     sound::save(folder / "x.sds", damaged);
-    ASSERT_NE(written([&] { sound::decode(folder / "x.sds"); }), "") << "this one prints to the other stream";
+    ASSERT_NE(written([&] { sound::decode(folder / "x.sds"); }), "") << "libsndfile alone prints to stdout";
     EXPECT_EQ(written([&] {
                   const sound::File file(folder / "x.sds");
                   file.setClient(sound::floats(44100, 1));
@@ -82,7 +82,7 @@ TEST(Terminal, StaysCleanOfDumpsFromSamplers)
               "");
 }
 
-TEST(Terminal, IsOpenToAllOtherThreads)
+TEST(SilencedStreams, PassOutputOfOtherThreads)
 {
     const sound::Folder folder;
     sound::varyingMp3(folder / "v.mp3");
@@ -100,7 +100,7 @@ TEST(Terminal, IsOpenToAllOtherThreads)
               expected);
 }
 
-TEST(Terminal, StaysCleanWhileTwoThreadsDecodeAtOverlappingTimes)
+TEST(SilencedStreams, OverlapOnTwoThreads)
 {
     std::FILE* const former[] = {stdout, stderr};
     EXPECT_EQ(written([] {
@@ -113,16 +113,16 @@ TEST(Terminal, StaysCleanWhileTwoThreadsDecodeAtOverlappingTimes)
                       std::fputs("other thread, silenced\n", stderr);
                       std::fputs("other thread, silenced\n", stdout);
                       second.reset();
-                      std::fputs("other thread, afterwards\n", stderr);
+                      std::fputs("other thread, restored\n", stderr);
                   });
                   secondBegan.get_future().wait();
                   std::fputs("first thread, silenced\n", stderr);
                   first.reset();
-                  std::fputs("first thread, afterwards\n", stderr);
+                  std::fputs("first thread, restored\n", stderr);
                   firstEnded.set_value();
                   other.join();
               }),
-              "first thread, afterwards\nother thread, afterwards\n");
+              "first thread, restored\nother thread, restored\n");
     EXPECT_EQ(stdout, former[0]);
     EXPECT_EQ(stderr, former[1]);
 }

@@ -1,5 +1,5 @@
-// Sound files for tests: written by libsndfile into a folder of the test's own, read by libsndfile, and read
-// through the platform.
+// Sound files for tests: written by libsndfile to a temporary folder, read by libsndfile and through the
+// platform.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -18,7 +18,7 @@ namespace sound {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A folder that goes with all that is in it.
+/// A temporary folder, removed with its contents.
 class Folder {
 public:
     Folder();
@@ -35,40 +35,40 @@ private:
 Bytes load(const std::string& path);
 void save(const std::string& path, const Bytes& bytes);
 
-/// Files in a row, as one.
+/// Concatenate files.
 Bytes joined(std::initializer_list<Bytes> parts);
-/// Bytes that begin with a text; the rest are zeros.
+/// `size` bytes: a text, then zeros.
 Bytes ofText(const char* text, std::size_t size);
-/// The first bytes of a file.
+/// The first `size` bytes.
 Bytes firstOf(const Bytes& bytes, std::size_t size);
-/// The bytes after those.
+/// The bytes after the first `size`.
 Bytes afterFirst(const Bytes& bytes, std::size_t size);
 
-/// Interleaved samples that differ from frame to frame and channel to channel, within 0.8.
+/// Interleaved samples that differ in every frame and channel, within 0.8.
 std::vector<float> music(int channels, int frames);
 
-/// Write a file in one of libsndfile's formats.
+/// Write a file; `format` is libsndfile's.
 void write(const std::string& path, int format, int rate, int channels, const std::vector<float>& samples);
 
-/// Write an MP3 file of a varying rate, ten seconds, the first half of it noise; its bytes.
+/// Write an MP3 file of varying bit rate: ten seconds, the first half noise. Returns its bytes.
 Bytes varyingMp3(const std::string& path);
 
-/// What libsndfile makes of a file, read in one piece.
+/// A file as libsndfile decodes it in one read.
 struct Decoded {
     SF_INFO info{};
     std::vector<float> samples;
 };
 Decoded decode(const std::string& path);
 
-/// Whether two rows of samples are the same to the last bit.
+/// Whether two arrays of samples are bit-identical.
 bool isSame(const std::vector<float>& a, const std::vector<float>& b);
 
 CFURLRef urlOf(const std::string& path);
 
-/// Open a file and say how that went; closes it at once.
+/// Open and close a file; returns the status of opening.
 OSStatus statusOfOpening(const std::string& path);
 
-/// An extended file, disposed at the end.
+/// An open extended audio file.
 class File {
 public:
     explicit File(const std::string& path);
@@ -84,13 +84,13 @@ public:
     SInt64 tell() const;
     OSStatus setClient(const AudioStreamBasicDescription& format) const;
 
-    /// Read up to `frames` frames of an interleaved client format of so many bytes a frame.
+    /// Read up to `frames` frames of an interleaved client format.
     OSStatus read(UInt32 frames, UInt32 bytesPerFrame, UInt32 channels, Bytes& out) const;
 
-    /// The same of 32-bit float, to the end, `atATime` frames at once.
+    /// Read 32-bit float to the end of the file, `atATime` frames per read.
     std::vector<float> readFloats(UInt32 channels, UInt32 atATime = 1u << 30) const;
 
-    OSStatus status = 0; // of opening
+    OSStatus status = 0; ///< of opening
 
 private:
     ExtAudioFileRef file_ = nullptr;
@@ -98,14 +98,14 @@ private:
 
 /// Native 32-bit float, interleaved.
 AudioStreamBasicDescription floats(double rate, UInt32 channels);
-/// Any interleaved linear PCM.
+/// Linear PCM; non-interleaved if the flags say so.
 AudioStreamBasicDescription pcm(double rate, UInt32 channels, UInt32 bits, UInt32 flags);
 
-/// A format, for a failing test.
+/// A format and a code as text, for failure messages.
 std::string text(const AudioStreamBasicDescription& format);
 std::string code(std::int64_t fourCharacters);
 
-/// Platform objects that somebody still has to release.
+/// The number of live platform objects.
 unsigned alive();
 
 } // namespace sound

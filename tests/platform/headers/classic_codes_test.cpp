@@ -1,4 +1,4 @@
-// The numbers and texts of components and classic sound: programs hold them as numbers.
+// Codes and numbers of components and classic sound, which compiled programs contain.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ std::string textOf(UInt32 code)
     return text;
 }
 
-TEST(ClassicCodes, HaveTheirTexts)
+TEST(ClassicCodes, MatchTheirTexts)
 {
     const struct {
         const char* name;
@@ -45,7 +45,7 @@ TEST(ClassicCodes, HaveTheirTexts)
     for (const auto& fact : facts) EXPECT_EQ(textOf(fact.code), fact.text) << fact.name;
 }
 
-TEST(ClassicCodes, ThatAreNumbersHaveTheirValues)
+TEST(ClassicCodes, MatchTheirNumbers)
 {
     const struct {
         const char* name;

@@ -1,4 +1,4 @@
-// Every code by its text: programs hold them as numbers, and compare them with what devices answer.
+// Codes and numbers of audio devices and formats, which compiled programs contain.
 #include <CoreAudio/CoreAudio.h>
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ std::string textOf(UInt32 code)
     return text;
 }
 
-TEST(Codes, HaveTheirTexts)
+TEST(Codes, MatchTheirTexts)
 {
     const struct {
         const char* name;
@@ -222,7 +222,7 @@ TEST(Codes, HaveTheirTexts)
     for (const auto& fact : facts) EXPECT_EQ(textOf(fact.code), fact.text) << fact.name;
 }
 
-TEST(Codes, ThatAreNumbersHaveTheirValues)
+TEST(Codes, MatchTheirNumbers)
 {
     const struct {
         const char* name;

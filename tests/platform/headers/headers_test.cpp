@@ -1,4 +1,4 @@
-// The records and numbers that programs were compiled with: they are the interface, whatever a header says.
+// Record sizes, codes and types that compiled programs depend on.
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(Headers, RecordsHaveTheirSizes)
+TEST(Headers, RecordSizes)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "sizes are those of the 32-bit target";
     const struct {
@@ -43,7 +43,7 @@ TEST(Headers, RecordsHaveTheirSizes)
     for (const auto& fact : facts) EXPECT_EQ(fact.size, fact.expected) << fact.record;
 }
 
-TEST(Headers, CodesReadFromTheirFirstCharacter)
+TEST(Headers, CodesAreBigEndianText)
 {
     const struct {
         UInt32 value, expected;
@@ -55,16 +55,16 @@ TEST(Headers, CodesReadFromTheirFirstCharacter)
         {kAudioFormatLinearPCM, 0x6C70636D, "'lpcm'"},
         {kAudioObjectPropertyScopeGlobal, 0x676C6F62, "'glob'"},
         {static_cast<UInt32>(kAudioHardwareUnknownPropertyError), 0x77686F3F, "'who?'"},
-        {kAudioFormatFlagsCanonical, 0x9, "float, packed, in the processor's order"},
-        {kAudioFormatFlagsAudioUnitCanonical, 0x29, "the same, one buffer a channel"},
-        {kCFStringEncodingUTF8, 0x08000100, "text encodings have numbers of their own"},
+        {kAudioFormatFlagsCanonical, 0x9, "float, packed, native byte order"},
+        {kAudioFormatFlagsAudioUnitCanonical, 0x29, "the same, non-interleaved"},
+        {kCFStringEncodingUTF8, 0x08000100, "a text encoding"},
     };
     for (const auto& fact : facts) EXPECT_EQ(fact.value, fact.expected) << fact.why;
 }
 
-TEST(Headers, AnUnsignedWordIsLongOnTheTarget)
+TEST(Headers, UInt32IsUnsignedLongOnThe32BitTarget)
 {
-    // It decides which overload a C++ program picks, and how it prints.
+    // The type decides C++ overloads and printf formats.
     constexpr bool isLong = std::is_same_v<UInt32, unsigned long>;
     EXPECT_EQ(isLong, sizeof(void*) == 4);
 }

@@ -1,4 +1,4 @@
-// Where each field of a record stands: programs were compiled with these places.
+// Field offsets that compiled programs depend on.
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 #include <CoreFoundation/CoreFoundation.h>
@@ -9,12 +9,12 @@
 
 namespace {
 
-TEST(Offsets, AreThoseOfTheTarget)
+TEST(Offsets, MatchThe32BitTarget)
 {
-    if (sizeof(void*) != 4) GTEST_SKIP() << "places are those of the 32-bit target";
+    if (sizeof(void*) != 4) GTEST_SKIP() << "offsets are those of the 32-bit target";
     const struct {
         const char* field;
-        std::size_t place, expected;
+        std::size_t offset, expected;
     } facts[] = {
 #define FIELD(type, field, expected) {#type "." #field, offsetof(type, field), expected}
         FIELD(AudioObjectPropertyAddress, mSelector, 0),
@@ -109,10 +109,10 @@ TEST(Offsets, AreThoseOfTheTarget)
         FIELD(SoundParamBlock, result, 60),
 #undef FIELD
     };
-    for (const auto& fact : facts) EXPECT_EQ(fact.place, fact.expected) << fact.field;
+    for (const auto& fact : facts) EXPECT_EQ(fact.offset, fact.expected) << fact.field;
 }
 
-TEST(Offsets, LeaveNothingBehindTheLastField)
+TEST(Offsets, RecordsHaveNoTrailingPadding)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "sizes are those of the 32-bit target";
     EXPECT_EQ(sizeof(ComponentRecord), 4u);

@@ -1,5 +1,5 @@
-// Type names of the target that nothing in the tree uses: declared so that names of ours cannot collide
-// there.
+// Unused type names of the target system, declared so that a plug-in name that collides with one does not
+// compile.
 #include <Carbon/Carbon.h>
 
 #include <type_traits>

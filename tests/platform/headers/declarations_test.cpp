@@ -1,4 +1,4 @@
-// What a public header declares is there: the library exports every name.
+// The library exports every name that a public header declares.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -19,9 +19,9 @@ std::string read(const fs::path& file)
     return text.str();
 }
 
-TEST(Promises, AreKeptByTheLibrary)
+TEST(Declarations, AreExportedByTheLibrary)
 {
-    // The last word in front of a parenthesis or the end; arguments hold no marks of their own.
+    // The last identifier before a parenthesis or semicolon. Parameters have no export macro.
     static const std::regex declaration("KVX_PLATFORM_EXPORT\\s[^;(]*?\\b([A-Za-z_]\\w*)\\s*[(;]");
     void* const library = dlopen("libkvxplatform.so", RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr) << dlerror();

@@ -1,4 +1,4 @@
-// Converters that are made, disposed, forgotten, and misused.
+// Making and disposing converters, live counts, misuse.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -24,7 +24,7 @@ UInt32 alive()
     return 0;
 }
 
-TEST(Life, TheLiveOnesAreCounted)
+TEST(Lifetime, LiveConvertersAreCounted)
 {
     const UInt32 before = alive();
     {
@@ -36,12 +36,12 @@ TEST(Life, TheLiveOnesAreCounted)
     wrong.mFormatID = 'aac ';
     const Converter refused(wrong, format());
     EXPECT_EQ(alive(), before);
-    // One that nobody disposes is counted, and is no leak.
+    // A converter that is never disposed stays counted.
     EXPECT_NE(Converter(format(), format()).release(), nullptr);
     EXPECT_EQ(alive(), before + 1);
 }
 
-TEST(Life, AStaleHandleIsKnownForOne)
+TEST(Lifetime, DisposedHandlesAreRefused)
 {
     Converter converter(format(), format());
     const AudioConverterRef stale = converter.release();
@@ -59,7 +59,7 @@ TEST(Life, AStaleHandleIsKnownForOne)
     }
 }
 
-TEST(Life, MakingWantsAllItsPointers)
+TEST(Lifetime, NewRefusesNullPointers)
 {
     const auto good = format();
     auto* converter = reinterpret_cast<AudioConverterRef>(1);
@@ -69,7 +69,7 @@ TEST(Life, MakingWantsAllItsPointers)
     EXPECT_EQ(AudioConverterNew(&good, &good, nullptr), paramErr);
 }
 
-TEST(Life, ThereCanBeManyButNotEndlesslyMany)
+TEST(Lifetime, AtMost4096Converters)
 {
     const UInt32 before = alive();
     std::vector<AudioConverterRef> all;
@@ -83,7 +83,7 @@ TEST(Life, ThereCanBeManyButNotEndlesslyMany)
     EXPECT_EQ(alive(), before);
 }
 
-/// Frees its memory, too: whoever disposes a converter expects it to be read no more.
+/// Disposes the converter and frees the input memory, which must not be read any more.
 OSStatus disposing(AudioConverterRef converter, UInt32* packets, AudioBufferList* list,
                    AudioStreamPacketDescription**, void* context)
 {
@@ -98,7 +98,7 @@ OSStatus disposing(AudioConverterRef converter, UInt32* packets, AudioBufferList
     return noErr;
 }
 
-TEST(Life, DisposedByItsOwnProcedureItEndsTheFill)
+TEST(Lifetime, DisposingInTheProcedureEndsTheFill)
 {
     const UInt32 before = alive();
     for (const Float64 rate : {44100.0, 48000.0}) {
@@ -128,7 +128,7 @@ struct Nested {
     }
 };
 
-TEST(Life, AConverterThatFillsIsLeftAlone)
+TEST(Lifetime, CallsDuringAFillAreRefused)
 {
     const Converter converter(format(), format());
     Nested nested;
@@ -137,15 +137,15 @@ TEST(Life, AConverterThatFillsIsLeftAlone)
     const OSStatus refused = kAudioConverterErr_OperationNotSupported;
     EXPECT_EQ(nested.statuses, (std::vector<OSStatus>{refused, refused, refused, noErr}));
     EXPECT_TRUE(nested.seen == format());
-    EXPECT_EQ(AudioConverterReset(converter), noErr) << "it is free again";
+    EXPECT_EQ(AudioConverterReset(converter), noErr) << "accepted after the fill";
 }
 
-// Disposed by another thread while one fills: the fill ends, or the next one says that there is none.
-TEST(Life, DisposedByAnotherThread)
+// The fill in progress ends, or the next one is refused.
+TEST(Lifetime, DisposingOnAnotherThread)
 {
     const UInt32 before = alive();
-    for (int turn = 0; turn < 50; ++turn) {
-        Converter owner(format(), interleaved(turn % 2 ? 44100 : 48000, 1));
+    for (int i = 0; i < 50; ++i) {
+        Converter owner(format(), interleaved(i % 2 ? 44100 : 48000, 1));
         const AudioConverterRef converter = owner.release();
         std::atomic<bool> runs{false};
         std::thread filler([&] {
