@@ -10,7 +10,7 @@ KVX_PLATFORM_BEGIN
 typedef struct OpaqueAudioComponent* AudioComponent;
 typedef struct ComponentInstanceRecord* AudioComponentInstance; /* the Component Manager's instance */
 
-/* What a component is; in a search, zero fields match anything. Flags and mask are 0. */
+/* What a component is. In a search, and in AUGraphAddNode, a zero field matches anything. */
 typedef struct AudioComponentDescription {
     OSType componentType;
     OSType componentSubType;

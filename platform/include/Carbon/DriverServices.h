@@ -1,7 +1,9 @@
 /*
- * Time in units of the host clock, which are nanoseconds here. C.
+ * Times of the host clock, and durations. C.
  *
- * Results that would reach beyond 64 bits stay at the last moment there is, which never comes. Thread: [any].
+ * Units    an AbsoluteTime is in ticks of the host clock, one nanosecond each. A Duration is in
+ *          milliseconds if positive, in microseconds if negative.
+ * All functions: [any]
  */
 #ifndef CARBON_DRIVERSERVICES_H
 #define CARBON_DRIVERSERVICES_H
@@ -11,7 +13,7 @@
 
 KVX_PLATFORM_BEGIN
 
-/* A Duration: milliseconds above 0, microseconds below. */
+/* durations */
 enum {
     durationMicrosecond = -1,
     durationMillisecond = 1,
@@ -23,10 +25,13 @@ enum {
     durationForever = 0x7FFFFFFF
 };
 
-/* Now: the same clock as AudioGetCurrentHostTime. */
+/* Get the present time, as AudioGetCurrentHostTime. */
 KVX_PLATFORM_EXPORT AbsoluteTime UpTime(void);
 
-/* durationForever is the last moment there is. */
+/*
+ * Add a duration to a time. durationForever, and a sum above 64 bits, give the last time, which is never
+ * reached.
+ */
 KVX_PLATFORM_EXPORT AbsoluteTime AddDurationToAbsolute(Duration duration, AbsoluteTime absoluteTime);
 
 KVX_PLATFORM_END

@@ -1,4 +1,4 @@
-/* Waiting for a moment. C. Thread: [any]. */
+/* Waiting for a time of the host clock. C. */
 #ifndef CARBON_MULTIPROCESSING_H
 #define CARBON_MULTIPROCESSING_H
 
@@ -7,7 +7,12 @@
 
 KVX_PLATFORM_BEGIN
 
-/* Block the calling thread until then; a moment in the past returns at once. paramErr for NULL. */
+/*
+ * Block the calling thread until a time. A past time returns at once.
+ * Owner    expirationTime stays the caller's.
+ * Errors   paramErr (-50): expirationTime is NULL.
+ * [any], not in an I/O cycle
+ */
 KVX_PLATFORM_EXPORT OSStatus MPDelayUntil(AbsoluteTime* expirationTime);
 
 KVX_PLATFORM_END
