@@ -41,7 +41,8 @@ using Converters = HandleTable<Converter, 2>;
 AudioConverterRef add(std::unique_ptr<Converter> converter);
 
 /// Find the converter of a handle. It is not freed while the result lives.
-/// [any], [audio] too
+/// Neither allocates nor locks.
+/// [any]
 Converters::Use use(AudioConverterRef handle);
 
 /// Withdraw a handle; the last use of its converter frees it. False for an unknown handle.

@@ -7,7 +7,8 @@
 //           file are dropped, extra channels of the client are silent.
 // Rate      the first frame after a seek is the file's frame; ceil(frames * client rate / file rate) frames
 //           follow up to the end. The filter sees silence before the seek position and after the end.
-// All functions: [any], one call at a time.
+// One call at a time.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiofile/sound_file.h"

@@ -1,5 +1,6 @@
 // A virtual file for libsndfile: consecutive spans of a file.
-// All functions: [any], one call at a time.
+// One call at a time.
+// All functions: [any].
 #pragma once
 
 #include <MacTypes.h>

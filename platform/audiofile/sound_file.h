@@ -1,5 +1,6 @@
 // An open sound file: its facts, its decoded frames and a read position, in frames of the file.
-// All functions: [any], one call at a time.
+// One call at a time.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiofile/data_format.h"

@@ -12,7 +12,7 @@ KVX_PLATFORM_BEGIN
 /*
  * Report whether the calling thread is the main thread of the process.
  * Returns  non-zero on the main thread; in a child of fork, on the thread that called fork.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT int pthread_main_np(void);
 

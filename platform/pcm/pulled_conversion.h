@@ -28,7 +28,8 @@ struct PulledInput {
 /// Shape    `pull(count)` replaces `input` by about `count` frames, or sets hasEnded, and returns a status.
 ///          It starts at `made` frames of `out` and counts `made` up.
 /// Returns  the status of the last pull.
-/// [any], [audio] if `pull` allows it
+/// Neither allocates nor locks, apart from `pull`.
+/// [any]
 template <class Pull>
 OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferList& out, UInt32 frames,
                        UInt32& made, Pull pull)

@@ -13,7 +13,8 @@
  *          to wait: always for dispose, open, close, initialise and uninitialise; for start and stop,
  *          unless in a slice of the graph's output unit; otherwise while another call on the graph is in
  *          progress.
- * All functions: [any], one call at a time takes effect
+ * Calls on one graph take effect one after another.
+ * All functions: [any].
  */
 #ifndef AUDIOTOOLBOX_AUGRAPH_H
 #define AUDIOTOOLBOX_AUGRAPH_H

@@ -7,7 +7,7 @@
  *          pointer is NULL; memFullErr (-108): no memory. kAudioConverterErr_OperationNotSupported:
  *          Reset, SetProperty or FillComplexBuffer during another of these calls on the converter, also
  *          from its input procedure. A refused call changes nothing.
- * All functions: [any]; AudioConverterFillComplexBuffer also [audio]: it neither allocates nor locks
+ * All functions: [any].
  */
 #ifndef AUDIOTOOLBOX_AUDIOCONVERTER_H
 #define AUDIOTOOLBOX_AUDIOCONVERTER_H
@@ -90,7 +90,8 @@ typedef struct AudioConverterPrimeInfo {
  *          returns the error and the frames made so far, and the next fill continues. Frames returned
  *          with an error are kept for the next fill.
  *          Disposing the converter here ends the fill with paramErr.
- * [any], the thread of the fill
+ * Called on the thread of the fill.
+ * [any]
  */
 typedef OSStatus (*AudioConverterComplexInputDataProc)(AudioConverterRef converter, UInt32* io_packets,
                                                        AudioBufferList* io_data,
@@ -155,19 +156,18 @@ KVX_PLATFORM_EXPORT OSStatus AudioConverterSetProperty(AudioConverterRef convert
                                                        const void* data);
 
 /*
- * Fill the output buffers, pulling as much input as that takes. An input of n frames makes n * output
- * rate / input rate frames, rounded up.
- * Shape    out_data has the buffers and channels of the output format. *io_packets is the request on
- *          entry and the frames made on return. mDataByteSize is the capacity of each buffer on entry and
- *          the bytes made on return. packet_descriptions is ignored.
- * Units    samples of the same kind and width keep their bits. Otherwise an n-bit integer is value /
+ * Fill the output buffers, pulling as much input as that takes. Neither allocates nor locks. An input of n
+ * frames makes n * output rate / input rate frames, rounded up. Shape    out_data has the buffers and
+ * channels of the output format. *io_packets is the request on entry and the frames made on return.
+ * mDataByteSize is the capacity of each buffer on entry and the bytes made on return. packet_descriptions is
+ * ignored. Units    samples of the same kind and width keep their bits. Otherwise an n-bit integer is value /
  *          2^(n-1) of full scale; writing rounds to nearest, ties to even, and clips at full scale; NaN
  *          becomes 0.
  * Returns  fewer frames than requested at the end of the input, when a buffer is full, or with an error
  *          of the input procedure; after the end 0 frames until a reset.
  * Errors   paramErr: the list does not match the output format, or a buffer has no memory.
  *          InvalidOutputSize: the capacity is less than a frame. Any status of the input procedure.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterFillComplexBuffer(
     AudioConverterRef converter, AudioConverterComplexInputDataProc input, void* user_data,

@@ -5,7 +5,8 @@
  *          belongs to its extended audio file; closing it as well is harmless.
  * Errors   of every function: paramErr (-50): a NULL, closed or unknown file, or a required pointer is
  *          NULL; memFullErr (-108): no memory. The others are in the enumeration below.
- * All functions: [any], one call at a time per file
+ * One call at a time per file.
+ * All functions: [any].
  */
 #ifndef AUDIOTOOLBOX_AUDIOFILE_H
 #define AUDIOTOOLBOX_AUDIOFILE_H

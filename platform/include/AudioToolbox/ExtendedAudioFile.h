@@ -7,7 +7,8 @@
  *          file.
  * Errors   of every function: paramErr (-50): a NULL, disposed or unknown file, or a required pointer is
  *          NULL; memFullErr (-108): no memory. A refused call changes nothing.
- * All functions: [any], one call at a time per file
+ * One call at a time per file.
+ * All functions: [any].
  */
 #ifndef AUDIOTOOLBOX_EXTENDEDAUDIOFILE_H
 #define AUDIOTOOLBOX_EXTENDEDAUDIOFILE_H

@@ -8,7 +8,7 @@
  *          badComponentSelector (0x80008002): a component that is not an audio unit. paramErr (-50): a
  *          required pointer is NULL. memFullErr (-108): no memory. kAudioUnitErr_InvalidScope,
  *          InvalidElement: the unit has no such scope or element. A refused call changes nothing.
- * All functions: [any] unless stated otherwise
+ * All functions: [any], unless stated otherwise.
  */
 #ifndef AUDIOUNIT_AUCOMPONENT_H
 #define AUDIOUNIT_AUCOMPONENT_H
@@ -116,8 +116,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitUninitialize(AudioUnit unit);
 KVX_PLATFORM_EXPORT OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element);
 
 /*
- * Get the maximum size of a property's value, in bytes, and whether the property can be set. Either out-
- * pointer may be NULL.
+ * Get the maximum size of a property's value, in bytes, and whether the property can be set. Either
+ * out-pointer may be NULL.
  * Errors   kAudioUnitErr_InvalidProperty: unknown property.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitPropertyID property,
@@ -149,21 +149,21 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPrope
                                                   const void* data, UInt32 size);
 
 /*
- * Get a parameter's value.
+ * Get a parameter's value. Neither allocates nor locks.
  * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or not present now. InvalidScope: the
  *          parameter is in another scope.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter,
                                                    AudioUnitScope scope, AudioUnitElement element,
                                                    AudioUnitParameterValue* out_value);
 
 /*
- * Set a parameter, from the next slice on; gains glide over 512 frames. A value out of range becomes the
- * nearest in range. offset_frames is ignored.
+ * Set a parameter, from the next slice on; a gain glides over 512 frames. A value out of range becomes
+ * the nearest in range. offset_frames is ignored. Neither allocates nor locks.
  * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or not present now. InvalidScope: the
  *          parameter is in another scope. PropertyNotWritable: a meter. InvalidPropertyValue: NaN.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter,
                                                    AudioUnitScope scope, AudioUnitElement element,
@@ -180,7 +180,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitPara
  *          NoConnection: a required input has neither connection nor callback. CannotDoInCurrentContext:
  *          another slice is in progress, or a device renders this element. paramErr: the list does not
  *          match the format, or there is no sample time. Any status of the input.
- * [audio], one call at a time per unit
+ * One call at a time per unit.
+ * [audio]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActionFlags* io_flags,
                                              const AudioTimeStamp* time_stamp, UInt32 bus, UInt32 frames,

@@ -2,7 +2,7 @@
  * Starting and stopping output units. C.
  *
  * Errors   as in AUComponent.h; badComponentSelector: not an output unit.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef AUDIOUNIT_AUDIOOUTPUTUNIT_H
 #define AUDIOUNIT_AUDIOOUTPUTUNIT_H

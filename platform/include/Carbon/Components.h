@@ -6,7 +6,8 @@
  *          4,096 of each are live.
  * Errors   of every function: badComponentInstance: a NULL, closed or unknown instance; paramErr (-50): a
  *          required pointer is NULL. A status is cut to 16 bits where the result is an OSErr.
- * All functions: [any]. A call in progress on an instance that is closed finishes normally.
+ * A call in progress on an instance that is closed finishes normally.
+ * All functions: [any].
  */
 #ifndef CARBON_COMPONENTS_H
 #define CARBON_COMPONENTS_H
@@ -60,7 +61,8 @@ typedef struct ComponentParameters {
  * A component's entry point. componentStorage is the instance's storage, NULL at first.
  * Returns  the result of the call; a non-zero result of kComponentOpenSelect refuses the opening, that of
  *          kComponentCloseSelect is ignored.
- * [any], the caller's thread
+ * Called on the caller's thread.
+ * [any]
  */
 typedef ComponentResult (*ComponentRoutineProcPtr)(ComponentParameters* cp, Handle componentStorage);
 typedef ComponentRoutineProcPtr ComponentRoutineUPP; /* the function pointer itself */

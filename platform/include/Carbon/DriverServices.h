@@ -3,7 +3,7 @@
  *
  * Units    an AbsoluteTime is in ticks of the host clock, one nanosecond each. A Duration is in
  *          milliseconds if positive, in microseconds if negative.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef CARBON_DRIVERSERVICES_H
 #define CARBON_DRIVERSERVICES_H

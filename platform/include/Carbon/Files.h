@@ -3,7 +3,7 @@
  *
  * A reference is a value that may be copied and kept. It names a path, and stays valid when the item is
  * removed.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef CARBON_FILES_H
 #define CARBON_FILES_H

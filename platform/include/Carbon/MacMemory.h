@@ -5,7 +5,8 @@
  * Owner    the caller of NewHandle disposes the handle, once. A block moves in SetHandleSize only.
  * Errors   MemError returns the error of the calling thread's last call: noErr; memFullErr (-108): no
  *          memory, or a negative size; nilHandleErr (-109): NULL; memWZErr (-111): not a handle.
- * All functions: [any], one call at a time per handle
+ * One call at a time per handle.
+ * All functions: [any].
  */
 #ifndef CARBON_MACMEMORY_H
 #define CARBON_MACMEMORY_H

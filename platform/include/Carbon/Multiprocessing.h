@@ -11,7 +11,8 @@ KVX_PLATFORM_BEGIN
  * Block the calling thread until a time. A past time returns at once.
  * Owner    expirationTime stays the caller's.
  * Errors   paramErr (-50): expirationTime is NULL.
- * [any], not in an I/O cycle
+ * Do not call it in an I/O cycle.
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus MPDelayUntil(AbsoluteTime* expirationTime);
 

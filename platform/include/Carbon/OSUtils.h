@@ -2,7 +2,7 @@
  * Time in ticks. C.
  *
  * Units    a tick is 1/60 s; the count starts with the machine.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef CARBON_OSUTILS_H
 #define CARBON_OSUTILS_H

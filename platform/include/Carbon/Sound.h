@@ -12,7 +12,7 @@
  *          badComponentSelector: the component does not know the call. paramErr (-50): a required pointer
  *          is NULL. memFullErr (-108): no memory. badFormat: a mixer that OpenMixerSoundComponent did not
  *          open. badChannel: an unknown source.
- * All functions: [any] unless stated otherwise
+ * All functions: [any], unless stated otherwise.
  */
 #ifndef CARBON_SOUND_H
 #define CARBON_SOUND_H
@@ -60,7 +60,8 @@ typedef struct SoundParamBlock* SoundParamBlockPtr;
  * replace; a record without samples ends the sound.
  * As completionRtn: called once, in the order of the buffers, when the last frame has been taken; the
  * result is ignored. It may call anything.
- * [audio & running], the thread of SoundComponentGetSourceData
+ * Called on the thread of SoundComponentGetSourceData.
+ * [audio & running]
  */
 typedef Boolean (*SoundParamProcPtr)(SoundParamBlockPtr* pb);
 typedef SoundParamProcPtr SoundParamUPP;
@@ -190,7 +191,8 @@ KVX_PLATFORM_EXPORT ComponentResult SoundComponentInitOutputDevice(ComponentInst
  * Owner    the record and its samples are the mixer's, valid until the next call.
  * Errors   *sourceData is NULL. channelBusy: a call is in progress, also one whose completion routine
  *          calls this. badComponentInstance: also a completion routine has closed the mixer.
- * [audio], one call at a time per mixer
+ * One call at a time per mixer.
+ * [audio]
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentGetSourceData(ComponentInstance ti,
                                                                 SoundComponentDataPtr* sourceData);

@@ -1,7 +1,7 @@
 /*
  * Pascal text: a length byte and up to 255 bytes. C.
  *
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef CARBON_TEXTUTILS_H
 #define CARBON_TEXTUTILS_H

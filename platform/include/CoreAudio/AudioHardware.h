@@ -18,7 +18,8 @@
  *          kAudioDeviceUnsupportedFormatError: the device refuses the format or rate; the former one
  *          stays.
  *          kAudioHardwareUnspecifiedError: no memory or thread, or the hardware failed.
- * All functions: [any]; property calls may wait for a lock
+ * Property calls may wait for a lock.
+ * All functions: [any], unless stated otherwise.
  */
 #ifndef COREAUDIO_AUDIOHARDWARE_H
 #define COREAUDIO_AUDIOHARDWARE_H
@@ -318,7 +319,8 @@ enum {
  *          force.
  * Owner    inAddresses is valid during the call only.
  * Returns  ignored.
- * [worker], the platform's notification thread, in the order of the changes
+ * Called on the notification thread, in the order of the changes.
+ * [worker]
  */
 typedef OSStatus (*AudioObjectPropertyListenerProc)(AudioObjectID inObjectID, UInt32 inNumberAddresses,
                                                     const AudioObjectPropertyAddress inAddresses[],
@@ -368,7 +370,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID
  * Set a property. The value is in force on return; listeners are called soon after. Setting the present
  * value notifies no listener.
  * Errors   as at the top; the former value stays, unless the device failed (UnspecifiedError).
- * [any]; in an I/O cycle the value is in force from a later cycle
+ * Called in an I/O cycle, it applies from a later cycle.
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectSetPropertyData(AudioObjectID inObjectID,
                                                         const AudioObjectPropertyAddress* inAddress,
@@ -403,8 +406,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectRemovePropertyListener(AudioObjectID inO
  * now. Values, sizes and errors are those of the calls above. */
 
 /*
- * Get the size of a property of the system object, in bytes, and whether it can be set. Either out-
- * pointer may be NULL.
+ * Get the size of a property of the system object, in bytes, and whether it can be set. Either
+ * out-pointer may be NULL.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID inPropertyID,
                                                           UInt32* outSize, Boolean* outWritable);
@@ -456,6 +459,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioStreamSetProperty(AudioStreamID inStream, cons
 
 /* ---- I/O procedures ---- */
 
+/* The functions below may be called in an I/O cycle. */
+
 /*
  * An I/O procedure: receive the input and fill the output of one I/O cycle. It must neither allocate nor
  * block.
@@ -483,7 +488,7 @@ typedef AudioDeviceIOProc AudioDeviceIOProcID;
  * Register an I/O procedure with a device, stopped.
  * Owner    the caller removes it; inClientData stays the caller's until then.
  * Errors   IllegalOperationError: inProc is NULL, or is registered with the same inClientData.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceAddIOProc(AudioDeviceID inDevice, AudioDeviceIOProc inProc,
                                                   void* inClientData);
@@ -492,7 +497,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceAddIOProc(AudioDeviceID inDevice, AudioD
  * Unregister an I/O procedure; stops it first. Waits for its call in progress; in an I/O cycle it does
  * not wait, but no further call begins.
  * Errors   IllegalOperationError: not registered.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceRemoveIOProc(AudioDeviceID inDevice, AudioDeviceIOProc inProc);
 
@@ -500,7 +505,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceRemoveIOProc(AudioDeviceID inDevice, Aud
  * Register an I/O procedure under a new ID. One function may have several IDs.
  * Owner    the caller destroys the ID; inClientData stays the caller's until then.
  * Errors   IllegalOperationError: inProc or outIOProcID is NULL.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceCreateIOProcID(AudioDeviceID inDevice, AudioDeviceIOProc inProc,
                                                        void* inClientData, AudioDeviceIOProcID* outIOProcID);
@@ -508,7 +513,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceCreateIOProcID(AudioDeviceID inDevice, A
 /*
  * Unregister an ID, as AudioDeviceRemoveIOProc.
  * Errors   IllegalOperationError: not registered.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID inDevice,
                                                         AudioDeviceIOProcID inIOProcID);
@@ -518,7 +523,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID inDevice,
  * procedure until AudioDeviceStop(NULL); these starts are counted. On a dead device the procedure is
  * called with buffers that are discarded.
  * Errors   IllegalOperationError: not registered. UnspecifiedError: the hardware does not open.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStart(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);
 
@@ -526,7 +531,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceStart(AudioDeviceID inDevice, AudioDevic
  * Stop calling an I/O procedure. Waits for its call in progress; in an I/O cycle it does not wait, but no
  * further call begins. Stopping a stopped procedure has no effect.
  * Errors   IllegalOperationError: not registered, or more stops than starts with NULL.
- * [any], [audio]
+ * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStop(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);
 

@@ -2,7 +2,8 @@
  * The host clock, the base of AudioTimeStamp.mHostTime. C.
  *
  * Units    a tick is one nanosecond; the clock starts with the machine and never runs backwards.
- * All functions: [any], [audio]
+ * No function allocates or locks.
+ * All functions: [any].
  */
 #ifndef COREAUDIO_HOSTTIME_H
 #define COREAUDIO_HOSTTIME_H

@@ -3,7 +3,7 @@
  *
  * Owner    the caller of a Create or Copy function owns the result and releases it.
  * Errors   of every function below: NULL ends the process, with one line on stderr.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef COREFOUNDATION_CFBASE_H
 #define COREFOUNDATION_CFBASE_H

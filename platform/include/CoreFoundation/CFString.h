@@ -5,7 +5,8 @@
  * Owner    the caller of a Create function owns the result and releases it. Text is copied.
  * Errors   a NULL string where a string is required ends the process, with one line on stderr. Conversion
  *          is strict: no character is replaced, composed or left out.
- * All functions: [any], one call at a time on a mutable string
+ * One call at a time per mutable string.
+ * All functions: [any].
  */
 #ifndef COREFOUNDATION_CFSTRING_H
 #define COREFOUNDATION_CFSTRING_H

@@ -7,7 +7,7 @@
  * Owner    the caller of a Create function owns the result and releases it.
  * Errors   a Create function returns NULL and a Get function false if an argument is NULL or there is no
  *          memory.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef COREFOUNDATION_CFURL_H
 #define COREFOUNDATION_CFURL_H

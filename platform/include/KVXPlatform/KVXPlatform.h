@@ -6,7 +6,8 @@
  * Errors   a function with an int32_t result returns 0 or the platform's status; KVXPlatformErrorText()
  *          then names the problem and the next step. Of every function with a device: '!dev': no such
  *          device (0 never is one); 'unop': not for this kind of device; 'what': no memory or thread.
- * All functions: [any] unless stated otherwise, not in an I/O cycle
+ * Do not call them in an I/O cycle.
+ * All functions: [any], unless stated otherwise.
  */
 #ifndef KVXPLATFORM_KVXPLATFORM_H
 #define KVXPLATFORM_KVXPLATFORM_H

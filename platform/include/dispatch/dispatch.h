@@ -4,7 +4,7 @@
  * Owner    queues are never released.
  * Errors   a NULL queue, block or function ends the process, with one line on stderr. An exception out of
  *          a function or block ends the process.
- * All functions: [any]
+ * All functions: [any].
  */
 #ifndef DISPATCH_DISPATCH_H
 #define DISPATCH_DISPATCH_H
