@@ -66,7 +66,7 @@ OSStatus getPropertyInfo(const Converter& converter, AudioConverterPropertyID id
                          Boolean* isWritable);
 OSStatus getProperty(const Converter& converter, AudioConverterPropertyID id, UInt32& size, void* data);
 
-/// Setting a property resets the converter. Throws std::bad_alloc and then changes nothing.
+/// Setting complexity, quality or map resets the converter. Throws std::bad_alloc and then changes nothing.
 OSStatus setProperty(Converter& converter, AudioConverterPropertyID id, UInt32 size, const void* data);
 
 } // namespace kvxplatform::audioconverter

@@ -33,7 +33,7 @@ enum {
     kAudioConverterErr_OutputSampleRateOutOfRange = '!osr'
 };
 
-/* Setting any of these resets the converter. */
+/* Setting complexity, quality or channel map resets the converter. */
 enum {
     kAudioConverterSampleRateConverterComplexity = 'srca', /* UInt32 below, r/w */
     kAudioConverterSampleRateConverterQuality = 'srcq',    /* UInt32 0 to 127, r/w */
@@ -146,7 +146,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioConverterGetProperty(AudioConverterRef convert
                                                        void* out_data);
 
 /*
- * Set a property and reset the converter. The data is copied.
+ * Set a property. Setting complexity, quality or channel map resets the converter. The data is copied.
  * Errors   PropertyNotSupported: unknown property. OperationNotSupported: a read-only property, or a
  *          prime method other than Normal. BadPropertySizeError: size is not that of the value. paramErr:
  *          the value is out of range.
@@ -156,18 +156,18 @@ KVX_PLATFORM_EXPORT OSStatus AudioConverterSetProperty(AudioConverterRef convert
                                                        const void* data);
 
 /*
- * Fill the output buffers, pulling as much input as that takes. Neither allocates nor locks. An input of n
- * frames makes n * output rate / input rate frames, rounded up. Shape    out_data has the buffers and
- * channels of the output format. *io_packets is the request on entry and the frames made on return.
- * mDataByteSize is the capacity of each buffer on entry and the bytes made on return. packet_descriptions is
- * ignored. Units    samples of the same kind and width keep their bits. Otherwise an n-bit integer is value /
+ * Fill the output buffers, pulling as much input as that takes. Neither allocates nor locks. An input of
+ * n frames makes n * output rate / input rate frames, rounded up.
+ * Shape    out_data has the buffers and channels of the output format. *io_packets is the request on
+ *          entry and the frames made on return. mDataByteSize is the capacity of each buffer on entry and
+ *          the bytes made on return. packet_descriptions is ignored.
+ * Units    samples of the same kind and width keep their bits. Otherwise an n-bit integer is value /
  *          2^(n-1) of full scale; writing rounds to nearest, ties to even, and clips at full scale; NaN
  *          becomes 0.
  * Returns  fewer frames than requested at the end of the input, when a buffer is full, or with an error
  *          of the input procedure; after the end 0 frames until a reset.
  * Errors   paramErr: the list does not match the output format, or a buffer has no memory.
  *          InvalidOutputSize: the capacity is less than a frame. Any status of the input procedure.
- * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterFillComplexBuffer(
     AudioConverterRef converter, AudioConverterComplexInputDataProc input, void* user_data,
