@@ -62,8 +62,7 @@ SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
     return std::min(file.size(), std::max(sound, form));
 }
 
-/// libsndfile refuses a truncated CAF file, and finds no samples in a WAV file whose recorder never wrote the
-/// final lengths.
+/// libsndfile refuses a truncated CAF file, and finds no samples in a WAV file without final lengths.
 bool needsPatch(ByteReader& file, const Chunked& kind, const StatedData& data)
 {
     if (kind.magic == 'caff') return data.bytes > file.size() - data.start;

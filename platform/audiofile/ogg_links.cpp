@@ -8,8 +8,7 @@ namespace kvxplatform::audiofile {
 namespace {
 
 constexpr SInt64 pageHeader = 27; // bytes before the table of segment sizes
-constexpr UInt8 firstPage =
-    0x02; // flag of a stream's first page; a link begins with those of all its streams
+constexpr UInt8 firstPage = 0x02; // flag; a link begins with the first pages of all its streams
 
 struct Page {
     SInt64 bytes = 0; ///< 0: not a page

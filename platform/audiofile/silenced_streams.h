@@ -1,6 +1,5 @@
 // Some of libsndfile's decoders print warnings, and no option turns them off. While a thread decodes, the C
-// library's stdout and stderr are filters: they drop the decoding threads' output and pass on all other
-// output.
+// library's stdout and stderr are filters: they drop the decoding threads' output and pass on the rest.
 #pragma once
 
 namespace kvxplatform::audiofile {

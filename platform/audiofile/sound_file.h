@@ -35,16 +35,15 @@ public:
     /// Decode up to `frames` frames at the position.
     /// Shape    out[frame * channels + channel]; nothing is written after the last frame.
     /// Units    n-bit integers are value / 2^(n-1); floats are unchanged.
-    /// Returns  the frames; fewer at the end of the file or at damage, after which the position is at the
-    /// next
-    ///          part if there is one. -1 if the disk cannot be read.
+    /// Returns  the frames; fewer at the end of the file or at damage; after damage the position is at the
+    ///          next part, if there is one. -1 if the disk cannot be read.
     SInt64 read(Float32* out, SInt64 frames);
 
     /// Copy the data bytes of up to `frames` frames. Only if facts().isPlain. Returns as read().
     SInt64 readPlain(void* out, SInt64 frames);
 
-    /// Set the position, 0 to facts().frames. False if the frame cannot be reached; the position is then at
-    /// another frame.
+    /// Set the position, 0 to facts().frames. False if the frame cannot be reached; the position then
+    /// differs.
     bool seek(SInt64 frame);
 
 private:

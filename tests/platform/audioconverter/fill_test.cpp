@@ -311,8 +311,7 @@ TEST(Fill, MissingPointersAreRefused)
     EXPECT_TRUE(script.requests.empty());
 }
 
-// Big-endian 16-bit stereo to two float buffers. The source runs dry and leaves the count unchanged: the rest
-// is silence.
+// Big-endian 16-bit stereo to two float buffers. The source runs dry without changing the count: silence.
 TEST(Fill, MixerBlocksToOutputUnitBuffers)
 {
     struct Block {

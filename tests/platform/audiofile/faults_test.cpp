@@ -24,8 +24,8 @@ namespace fs = std::filesystem;
 
 constexpr int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
-/// A WAV file of 1000 frames: bytes 22 channels, 24 rate, 28 bytes a second, 32 bytes a frame, 40 bytes of
-/// data.
+/// A WAV file of 1000 frames. Offsets: 22 channels, 24 rate, 28 bytes a second, 32 bytes a frame, 40 data
+/// size.
 Bytes waveBytes(const sound::Folder& folder)
 {
     sound::write(folder / "whole.wav", wav16, 44100, 2, sound::music(2, 1000));

@@ -286,8 +286,7 @@ TEST(MpegFiles, AllFramesAreRead)
     }
 }
 
-// A frame is never shorter than its header and side information; the decoder would search such a file for
-// minutes.
+// A frame is never shorter than its header and side information. The decoder needs minutes for such a file.
 TEST(MpegFiles, TinyFreeFormatFramesAreRefused)
 {
     const sound::Folder folder;

@@ -1,5 +1,4 @@
-// Sound files for tests: written by libsndfile to a temporary folder, read by libsndfile and through the
-// platform.
+// Sound files for tests: written by libsndfile, read by libsndfile and through the platform.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>

@@ -1,5 +1,4 @@
-// Unused type names of the target system, declared so that a plug-in name that collides with one does not
-// compile.
+// Unused type names of the target system, declared so that colliding plug-in names do not compile.
 #include <Carbon/Carbon.h>
 
 #include <type_traits>
