@@ -320,4 +320,43 @@ TEST(OpenFileFaults, ReplacedFileIsReadUnchanged)
     EXPECT_TRUE(sound::isSame(file.readFloats(2), former));
 }
 
+/// The descriptor of an open file; -1 if it is not open.
+int descriptorOf(const std::string& path)
+{
+    for (int descriptor = 3; descriptor < 1024; ++descriptor) {
+        std::error_code none;
+        if (fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none) == path) return descriptor;
+    }
+    return -1;
+}
+
+TEST(OpenFileFaults, DiskErrorIsReportedUntilTheDiskReads)
+{
+    const sound::Folder folder;
+    const std::string path = folder / "x.wav";
+    sound::write(path, wav16, 44100, 2, sound::music(2, 50000));
+    for (const double rate : {44100.0, 48000.0}) {
+        SCOPED_TRACE(rate);
+        const sound::File file(path);
+        ASSERT_EQ(file.setClient(sound::floats(rate, 2)), noErr);
+        Bytes first, bytes;
+        ASSERT_EQ(file.read(1000, 8, 2, first), noErr);
+        ASSERT_EQ(first.size(), 8000u);
+
+        const int descriptor = descriptorOf(path);
+        ASSERT_GE(descriptor, 0);
+        const int saved = dup(descriptor), unreadable = open("/", O_RDONLY | O_DIRECTORY);
+        ASSERT_EQ(dup2(unreadable, descriptor), descriptor);
+        EXPECT_EQ(file.read(1000, 8, 2, bytes), ioErr);
+        EXPECT_EQ(file.read(1000, 8, 2, bytes), ioErr);
+        ASSERT_EQ(dup2(saved, descriptor), descriptor);
+        close(saved);
+        close(unreadable);
+
+        ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
+        ASSERT_EQ(file.read(1000, 8, 2, bytes), noErr);
+        EXPECT_EQ(bytes, first);
+    }
+}
+
 } // namespace
