@@ -1,5 +1,5 @@
-// The families of components that are always there. Their order is the order in which a search finds them.
-#include "platform/audiounit/units.h"
+// The families of components that are always present, in the order in which a search finds them.
+#include "platform/builtin_units.h"
 #include "platform/components/component.h"
 #include "platform/soundmanager/mixer.h"
 
@@ -8,7 +8,7 @@
 namespace kvxplatform::components {
 
 const BuiltIn builtIns[] = {
-    {audiounit::unitCount, audiounit::describe},
+    {builtInUnitCount, describeBuiltInUnit},
     {soundmanager::componentCount, soundmanager::describe},
 };
 const std::size_t builtInCount = std::size(builtIns);

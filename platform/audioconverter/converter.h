@@ -17,7 +17,7 @@ namespace kvxplatform::audioconverter {
 /// What a caller may choose.
 struct Choices {
     pcm::ConversionQuality quality;
-    std::optional<pcm::Routing> map; // as it was set; else by the rule for channel counts
+    std::optional<pcm::ChannelMap> map; // as it was set; else by the rule for channel counts
 };
 
 struct Converter {

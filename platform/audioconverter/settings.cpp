@@ -13,9 +13,9 @@
 namespace kvxplatform::audioconverter {
 namespace {
 
+using pcm::ChannelMap;
 using pcm::Conversion;
 using pcm::RateConverter;
-using pcm::Routing;
 
 bool isRate(Float64 rate) { return std::isfinite(rate) && rate > 0; }
 
@@ -24,11 +24,11 @@ bool convertsRate(const Converter& converter)
     return converter.source.mSampleRate != converter.destination.mSampleRate;
 }
 
-Routing routingOf(const Converter& converter, const Choices& choices)
+ChannelMap routingOf(const Converter& converter, const Choices& choices)
 {
     return choices.map ? *choices.map
-                       : pcm::foldedRouting(converter.source.mChannelsPerFrame,
-                                            converter.destination.mChannelsPerFrame);
+                       : pcm::foldedChannelMap(converter.source.mChannelsPerFrame,
+                                               converter.destination.mChannelsPerFrame);
 }
 
 /// A conversion by these choices; null when the formats do not go together. Throws std::bad_alloc.
@@ -109,7 +109,7 @@ void getPrimeInfo(const Converter& converter, void* data)
 
 void getChannelMap(const Converter& converter, void* data)
 {
-    const Routing map = routingOf(converter, converter.choices);
+    const ChannelMap map = routingOf(converter, converter.choices);
     std::memcpy(data, map.data(), map.size() * sizeof map[0]);
 }
 
@@ -119,7 +119,7 @@ OSStatus setChannelMap(Converter& converter, const void* data)
     choices.map.emplace(converter.destination.mChannelsPerFrame);
     std::memcpy(choices.map->data(), data, choices.map->size() * sizeof(SInt32));
     const bool isMap = std::all_of(choices.map->begin(), choices.map->end(),
-                                   [](SInt32 entry) { return entry >= pcm::noChannel; });
+                                   [](SInt32 entry) { return entry >= pcm::silentChannel; });
     return isMap ? choose(converter, std::move(choices)) : paramErr;
 }
 

@@ -1,27 +1,14 @@
 // The public calls: find the unit, let nothing be thrown across the border.
-#include "platform/audiounit/audio_unit.h"
-
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
-#include "platform/audiounit/units.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/support/border.h"
 
 #include <new>
 
 namespace kvxplatform::audiounit {
-
-UnitUse use(AudioUnit handle)
-{
-    components::Instances::Use instance = components::use(handle);
-    OSStatus status = noErr;
-    if (!instance)
-        status = badComponentInstance;
-    else if (instance->component.family != &family || !instance->state)
-        status = badComponentSelector;
-    return {std::move(instance), status};
-}
 
 namespace {
 

@@ -67,7 +67,7 @@ OSStatus find(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, A
 
 void prepareParameters(Unit& unit)
 {
-    const UInt32 elements[scopeCount] = {1, unit.kind.inputs.most, unit.kind.outputs.most};
+    const UInt32 elements[scopeCount] = {1, unit.kind.inputs.count.most, unit.kind.outputs.count.most};
     for (AudioUnitScope scope = 0; scope < scopeCount; ++scope) {
         unit.scopes[scope].values =
             std::make_unique<std::atomic<Float32>[]>(elements[scope] * valuesOf(unit.kind, scope));

@@ -7,25 +7,25 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-bool takesElement(const Unit& unit, const Property& row, Place place)
+bool takesElement(const Unit& unit, const Property& row, ElementAddress address)
 {
     if (row.element == anyNumber) return true;
-    return hasElement(unit, place.scope, place.element) &&
-           (row.element == anyElement || row.element == place.element);
+    return hasElement(unit, address.scope, address.element) &&
+           (row.element == anyElement || row.element == address.element);
 }
 
 /// The row for a property at a place, or the reason why there is none. A kind's rows for a property in a
 /// scope stand in place of the common ones.
-OSStatus find(const Unit& unit, AudioUnitPropertyID id, Place place, const Property*& out)
+OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, const Property*& out)
 {
     OSStatus reason = kAudioUnitErr_InvalidProperty;
     for (const Rows<Property>& table : {unit.kind.properties, commonProperties}) {
         for (const Property& row : table) {
             if (row.id != id) continue;
             if (reason == kAudioUnitErr_InvalidProperty) reason = kAudioUnitErr_InvalidScope;
-            if (place.scope >= scopeCount || !(row.scopes & 1u << place.scope)) continue;
+            if (address.scope >= scopeCount || !(row.scopes & 1u << address.scope)) continue;
             reason = kAudioUnitErr_InvalidElement;
-            if (!takesElement(unit, row, place)) continue;
+            if (!takesElement(unit, row, address)) continue;
             out = &row;
             return noErr;
         }
@@ -34,69 +34,71 @@ OSStatus find(const Unit& unit, AudioUnitPropertyID id, Place place, const Prope
     return reason;
 }
 
-UInt32 sizeOf(Unit& unit, const Property& row, Place place) // with settings
+UInt32 sizeOf(Unit& unit, const Property& row, ElementAddress address) // with settings
 {
-    return row.size ? row.size : row.sizeOf(unit, place);
+    return row.size ? row.size : row.sizeOf(unit, address);
 }
 
-OSStatus checkSize(Unit& unit, const Property& row, Place place, const void* data,
+OSStatus checkSize(Unit& unit, const Property& row, ElementAddress address, const void* data,
                    UInt32 size) // with settings
 {
     if (!data && size == 0 && row.isRemovable) return noErr;
     if (!data) return kAudioUnitErr_InvalidPropertyValue;
     // A value that varies in size is judged by its own setter.
-    return row.size == 0 || size == sizeOf(unit, row, place) ? noErr : kAudioUnitErr_InvalidPropertyValue;
+    return row.size == 0 || size == sizeOf(unit, row, address) ? noErr : kAudioUnitErr_InvalidPropertyValue;
 }
 
 } // namespace
 
-OSStatus getPropertyInfo(Unit& unit, AudioUnitPropertyID id, Place place, UInt32* size, Boolean* isWritable)
+OSStatus getPropertyInfo(Unit& unit, AudioUnitPropertyID id, ElementAddress address, UInt32* size,
+                         Boolean* isWritable)
 {
     const std::lock_guard<std::mutex> guard(unit.settings);
     const Property* row = nullptr;
-    if (const OSStatus status = find(unit, id, place, row)) return status;
-    if (size) *size = sizeOf(unit, *row, place);
+    if (const OSStatus status = find(unit, id, address, row)) return status;
+    if (size) *size = sizeOf(unit, *row, address);
     if (isWritable) *isWritable = row->access != Access::readOnly;
     return noErr;
 }
 
-OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, Place place, void* data, UInt32* size)
+OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, ElementAddress address, void* data, UInt32* size)
 {
     if (!size) return paramErr;
     const std::lock_guard<std::mutex> guard(unit.settings);
     const Property* row = nullptr;
-    if (const OSStatus status = find(unit, id, place, row)) return status;
+    if (const OSStatus status = find(unit, id, address, row)) return status;
     if (row->access == Access::writeOnly) return kAudioUnitErr_InvalidProperty;
-    UInt32 needed = sizeOf(unit, *row, place);
+    UInt32 needed = sizeOf(unit, *row, address);
     if (!data) {
         *size = needed;
         return noErr;
     }
     if (*size < needed) return kAudioUnitErr_InvalidPropertyValue;
-    const OSStatus status = row->get(unit, place, data, needed);
+    const OSStatus status = row->get(unit, address, data, needed);
     if (!status) *size = needed;
     return status;
 }
 
-OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, Place place, const void* data, UInt32 size)
+OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, ElementAddress address, const void* data,
+                     UInt32 size)
 {
     const Property* row = nullptr;
     {
         const std::lock_guard<std::mutex> guard(unit.settings);
-        if (const OSStatus status = find(unit, id, place, row)) return status;
+        if (const OSStatus status = find(unit, id, address, row)) return status;
         if (row->access == Access::readOnly) return kAudioUnitErr_PropertyNotWritable;
         if (row->settable == Settable::beforeInitialize && unit.isInitialized)
             return kAudioUnitErr_Initialized;
-        if (const OSStatus status = checkSize(unit, *row, place, data, size)) return status;
-        if (row->settable == Settable::always) return row->set(unit, place, data, size);
+        if (const OSStatus status = checkSize(unit, *row, address, data, size)) return status;
+        if (row->settable == Settable::always) return row->set(unit, address, data, size);
     }
-    if (row->settable == Settable::alwaysUnlocked) return row->set(unit, place, data, size);
+    if (row->settable == Settable::alwaysUnlocked) return row->set(unit, address, data, size);
 
     if (unit.scope.isInside()) return kAudioUnitErr_Initialized;
     const std::lock_guard<std::mutex> life(unit.lifeCycle);
     const std::lock_guard<std::mutex> guard(unit.settings);
     if (unit.isInitialized) return kAudioUnitErr_Initialized;
-    return row->set(unit, place, data, size);
+    return row->set(unit, address, data, size);
 }
 
 } // namespace kvxplatform::audiounit

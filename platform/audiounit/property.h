@@ -20,7 +20,7 @@ constexpr AudioUnitElement anyElement = 0xFFFF'FFFF;
 constexpr AudioUnitElement anyNumber = 0xFFFF'FFFE; // the element names something else
 
 /// Where a property is asked for.
-struct Place {
+struct ElementAddress {
     AudioUnitScope scope;
     AudioUnitElement element;
 };
@@ -34,21 +34,23 @@ struct Property {
     Settable settable;
 
     /// The value, into room for its size; `size` is that and may be made smaller. With settings.
-    OSStatus (*get)(Unit&, Place, void* data, UInt32& size);
+    OSStatus (*get)(Unit&, ElementAddress, void* data, UInt32& size);
 
     /// A new value. `data` null and `size` 0 take the value away, where the property is one that can be taken
     /// away.
-    OSStatus (*set)(Unit&, Place, const void* data, UInt32 size);
+    OSStatus (*set)(Unit&, ElementAddress, const void* data, UInt32 size);
 
-    UInt32 (*sizeOf)(Unit&, Place); // the largest the value can be now. With settings
+    UInt32 (*sizeOf)(Unit&, ElementAddress); // the largest the value can be now. With settings
     bool isRemovable = false;
 };
 
 extern const Rows<Property> commonProperties;
 
-OSStatus getPropertyInfo(Unit& unit, AudioUnitPropertyID id, Place place, UInt32* size, Boolean* isWritable);
-OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, Place place, void* data, UInt32* size);
-OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, Place place, const void* data, UInt32 size);
+OSStatus getPropertyInfo(Unit& unit, AudioUnitPropertyID id, ElementAddress address, UInt32* size,
+                         Boolean* isWritable);
+OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, ElementAddress address, void* data, UInt32* size);
+OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, ElementAddress address, const void* data,
+                     UInt32 size);
 
 /// A value of the right type where a property's setter or getter has bare memory, however aligned.
 template <class T>
@@ -66,17 +68,21 @@ OSStatus give(void* data, const T& value)
 }
 
 /// Give an input or output a format, if its kind takes it there. With settings.
-OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& format);
+OSStatus setFormat(Unit& unit, ElementAddress address, const AudioStreamBasicDescription& format);
+
+/// Whether the format is any linear PCM: a kind's takesFormat.
+bool takesLinearPCM(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
+                    const AudioStreamBasicDescription& format);
 
 /// Getters and setters for kinds with rows of their own: of common properties for some elements, and of
 /// bypass.
-OSStatus getStreamFormat(Unit& unit, Place place, void* data, UInt32& size);
-OSStatus setStreamFormat(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus getSampleRate(Unit& unit, Place place, void* data, UInt32& size);
-OSStatus setSampleRate(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus setConnection(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus getBypass(Unit& unit, Place place, void* data, UInt32& size);
-OSStatus setBypass(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus setRenderCallback(Unit& unit, Place place, const void* data, UInt32 size);
+OSStatus getStreamFormat(Unit& unit, ElementAddress address, void* data, UInt32& size);
+OSStatus setStreamFormat(Unit& unit, ElementAddress address, const void* data, UInt32 size);
+OSStatus getSampleRate(Unit& unit, ElementAddress address, void* data, UInt32& size);
+OSStatus setSampleRate(Unit& unit, ElementAddress address, const void* data, UInt32 size);
+OSStatus setConnection(Unit& unit, ElementAddress address, const void* data, UInt32 size);
+OSStatus getBypass(Unit& unit, ElementAddress address, void* data, UInt32& size);
+OSStatus setBypass(Unit& unit, ElementAddress address, const void* data, UInt32 size);
+OSStatus setRenderCallback(Unit& unit, ElementAddress address, const void* data, UInt32 size);
 
 } // namespace kvxplatform::audiounit

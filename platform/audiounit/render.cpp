@@ -21,7 +21,7 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
     if (!fits(slice.out, output.format, slice.frames)) return paramErr;
 
     lendMemory(slice.out, output.buffers, slice.frames);
-    if (unit.isResetWanted.exchange(false) && unit.kind.reset) unit.kind.reset(unit);
+    if (unit.isResetPending.exchange(false) && unit.kind.reset) unit.kind.reset(unit);
     notify(unit, slice.flags, kAudioUnitRenderAction_PreRender, slice.time, slice.bus, slice.frames,
            &slice.out);
     const OSStatus status = unit.kind.render(unit, slice);
@@ -39,7 +39,7 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
 InSlice::InSlice(Unit& unit) : entry(unit.scope), isRendering(false)
 {
     if (!entry) return;
-    unit.isEnding = false;
+    unit.isStopping = false;
     isRendering = unit.isInitialized;
 }
 

@@ -1,8 +1,8 @@
 #include "platform/audiounit/source.h"
 
-#include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
@@ -43,7 +43,7 @@ struct Pull {
     // Frames [first, first + frames) of the list.
     OSStatus piece(const AudioTimeStamp& time, UInt32 first, UInt32 frames) const
     {
-        AudioBufferList& list = unit.input(bus).piece.list();
+        AudioBufferList& list = unit.input(bus).partialList.list();
         list.mNumberBuffers = into.mNumberBuffers;
         for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
             list.mBuffers[i] = {into.mBuffers[i].mNumberChannels, frames * frameBytes, memory(i, first)};
@@ -100,7 +100,7 @@ OSStatus pullPieces(const AudioBufferList& into, UInt32 first, Unit& unit, UInt3
         const Pull from{unit, *source, bus, flags, into, format.mBytesPerFrame};
         const UInt32 limit = std::max<UInt32>(from.limit(ownLimit), 1);
         status = noErr;
-        while (done < frames && !status && !unit.isEnding) {
+        while (done < frames && !status && !unit.isStopping) {
             const UInt32 now = std::min(limit, frames - done);
             const AudioTimeStamp at =
                 done ? later(time, done, format.mSampleRate, unit.hostTicksPerSecond) : time;

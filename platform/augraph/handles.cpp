@@ -1,7 +1,7 @@
 #include "platform/augraph/handles.h"
 
-#include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/render.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/hal/device.h"
 #include "platform/support/live_count.h"
 

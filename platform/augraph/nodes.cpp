@@ -1,7 +1,7 @@
 #include "platform/augraph/nodes.h"
 
+#include "platform/audiounit/family.h"
 #include "platform/audiounit/render.h"
-#include "platform/audiounit/units.h"
 #include "platform/augraph/head.h"
 #include "platform/augraph/unit_calls.h"
 

@@ -7,13 +7,13 @@
 
 namespace kvxplatform::pcm {
 
-constexpr SInt32 noChannel = -1;
+constexpr SInt32 silentChannel = -1;
 
-/// The source channel, or noChannel for silence.
+/// The source channel, or silentChannel for silence.
 constexpr SInt32 foldedFrom(UInt32 destination, UInt32 sourceChannels)
 {
     if (sourceChannels == 1 && destination == 1) return 0;
-    return destination < sourceChannels ? static_cast<SInt32>(destination) : noChannel;
+    return destination < sourceChannels ? static_cast<SInt32>(destination) : silentChannel;
 }
 
 } // namespace kvxplatform::pcm

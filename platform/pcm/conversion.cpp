@@ -18,7 +18,7 @@ AudioBufferList listOf(std::vector<Float32>& block, UInt32 firstFrame, UInt32 ch
 } // namespace
 
 bool Conversion::prepare(const AudioStreamBasicDescription& source,
-                         const AudioStreamBasicDescription& destination, const Routing& routing,
+                         const AudioStreamBasicDescription& destination, const ChannelMap& routing,
                          Quality quality)
 {
     from = source.mSampleRate;
@@ -34,7 +34,7 @@ bool Conversion::prepare(const AudioStreamBasicDescription& source,
     if (!converter->prepare(from, to, channels, quality)) return false;
 
     // Channels change places on the side where they are fewer.
-    Routing straight(channels);
+    ChannelMap straight(channels);
     for (UInt32 i = 0; i < channels; ++i) straight[i] = static_cast<SInt32>(i);
     before.prepare(source, interleavedFormat(from, channels), narrows ? routing : straight);
     after.prepare(interleavedFormat(to, channels), destination, narrows ? straight : routing);

@@ -22,7 +22,7 @@ public:
     /// Both formats are linear PCM. False: the rates are further apart than 1 to 256, or differ while both
     /// sides have more than 128 channels. Throws std::bad_alloc.
     bool prepare(const AudioStreamBasicDescription& from, const AudioStreamBasicDescription& to,
-                 const Routing& routing, Quality quality);
+                 const ChannelMap& routing, Quality quality);
 
     /// Forget the past.
     void reset();

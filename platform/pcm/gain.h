@@ -5,9 +5,9 @@
 
 namespace kvxplatform::pcm {
 
-/// A gain, going from one value to another in a straight line of `glideFrames`, however they are sliced.
+/// A gain, going from one value to another in a straight line of `rampFrames`, however they are sliced.
 struct Gain {
-    static constexpr UInt32 glideFrames = 512;
+    static constexpr UInt32 rampFrames = 512;
 
     Float32 from, to;
     UInt32 framesLeft = 0; ///< before the first frame
@@ -17,17 +17,17 @@ struct Gain {
     bool isUnity() const { return to == 1 && framesLeft == 0; }
     bool isSilence() const { return to == 0 && framesLeft == 0; }
 
-    void turnTo(Float32 target)
+    void rampTo(Float32 target)
     {
-        if (target != to) *this = {after(0), target, glideFrames};
+        if (target != to) *this = {after(0), target, rampFrames};
     }
-    void pass(UInt32 frames) { framesLeft -= frames < framesLeft ? frames : framesLeft; }
+    void advance(UInt32 frames) { framesLeft -= frames < framesLeft ? frames : framesLeft; }
 
 private:
     Float32 after(UInt32 frames) const
     {
         const UInt32 left = frames < framesLeft ? framesLeft - frames : 0;
-        return to + (from - to) * (static_cast<Float32>(left) / static_cast<Float32>(glideFrames));
+        return to + (from - to) * (static_cast<Float32>(left) / static_cast<Float32>(rampFrames));
     }
 };
 

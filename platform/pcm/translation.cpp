@@ -91,7 +91,7 @@ bool isNative(const SampleLayout& layout, UInt32 bytes)
     return layout.isFloat && layout.bytes == bytes && !layout.isBigEndian;
 }
 
-bool isIdentity(const Routing& routing, UInt32 channels)
+bool isIdentity(const ChannelMap& routing, UInt32 channels)
 {
     if (routing.size() != channels) return false;
     for (UInt32 i = 0; i < channels; ++i)
@@ -101,24 +101,24 @@ bool isIdentity(const Routing& routing, UInt32 channels)
 
 } // namespace
 
-Routing foldedRouting(UInt32 sourceChannels, UInt32 destinationChannels)
+ChannelMap foldedChannelMap(UInt32 sourceChannels, UInt32 destinationChannels)
 {
-    Routing routing(destinationChannels);
+    ChannelMap routing(destinationChannels);
     for (UInt32 i = 0; i < destinationChannels; ++i) routing[i] = foldedFrom(i, sourceChannels);
     return routing;
 }
 
 void Translation::prepare(const AudioStreamBasicDescription& source,
-                          const AudioStreamBasicDescription& destination, const Routing& routing)
+                          const AudioStreamBasicDescription& destination, const ChannelMap& routing)
 {
     from = source;
     to = destination;
     fromLayout = layoutOf(from);
     toLayout = layoutOf(to);
-    sources.assign(to.mChannelsPerFrame, noChannel);
+    sources.assign(to.mChannelsPerFrame, silentChannel);
     std::copy_n(routing.begin(), std::min(routing.size(), sources.size()), sources.begin());
     for (SInt32& each : sources)
-        if (each < 0 || static_cast<UInt32>(each) >= from.mChannelsPerFrame) each = noChannel;
+        if (each < 0 || static_cast<UInt32>(each) >= from.mChannelsPerFrame) each = silentChannel;
 
     Float64 nothing = 0;
     codingOf<Float64>(toLayout)->write({silentSample.data(), 0, &nothing, 0, 1}, toLayout);
@@ -175,7 +175,7 @@ void Translation::run(const AudioBufferList& in, UInt32 first, UInt32 frames, Au
         const SInt32 source = sources[c];
         std::uint8_t* const target = sampleAt(to, out, c, firstOut);
         UInt32 given = 0;
-        if (source != noChannel) {
+        if (source != silentChannel) {
             const auto channel = static_cast<UInt32>(source);
             const UInt32 has = covered(in, channel);
             given = has > first ? std::min(has - first, frames) : 0;

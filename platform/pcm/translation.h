@@ -15,16 +15,16 @@
 namespace kvxplatform::pcm {
 
 /// For each destination channel its source channel; one that does not exist is silence.
-using Routing = std::vector<SInt32>;
+using ChannelMap = std::vector<SInt32>;
 
 /// By the rule of channel_fold.h.
-Routing foldedRouting(UInt32 sourceChannels, UInt32 destinationChannels);
+ChannelMap foldedChannelMap(UInt32 sourceChannels, UInt32 destinationChannels);
 
 class Translation {
 public:
     /// Both formats are linear PCM. Channels behind the routing's end are silent. Throws std::bad_alloc.
     void prepare(const AudioStreamBasicDescription& from, const AudioStreamBasicDescription& to,
-                 const Routing& routing);
+                 const ChannelMap& routing);
 
     /// Frames [first, first + frames) of `in` to [firstOut, firstOut + frames) of `out`.
     ///
@@ -47,7 +47,7 @@ private:
 
     AudioStreamBasicDescription from{}, to{};
     SampleLayout fromLayout{}, toLayout{};
-    Routing sources; // of every destination channel
+    ChannelMap sources; // of every destination channel
     Whole whole = Whole::none;
     Move move = nullptr; // of words; null: through numbers
     std::array<std::uint8_t, 8> silentSample{};

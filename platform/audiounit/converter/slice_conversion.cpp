@@ -12,7 +12,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-std::unique_ptr<pcm::Conversion> make(Unit& unit, const pcm::Routing& routing,
+std::unique_ptr<pcm::Conversion> make(Unit& unit, const pcm::ChannelMap& routing,
                                       pcm::Conversion::Quality quality)
 {
     auto made = std::make_unique<pcm::Conversion>();
@@ -22,7 +22,7 @@ std::unique_ptr<pcm::Conversion> make(Unit& unit, const pcm::Routing& routing,
 
 } // namespace
 
-OSStatus SliceConversion::prepare(Unit& unit, const pcm::Routing& routing, Quality quality)
+OSStatus SliceConversion::prepare(Unit& unit, const pcm::ChannelMap& routing, Quality quality)
 {
     Element& input = unit.input(0);
     const Float64 from = input.format.mSampleRate, to = unit.output(0).format.mSampleRate;
@@ -36,7 +36,7 @@ OSStatus SliceConversion::prepare(Unit& unit, const pcm::Routing& routing, Quali
     return noErr;
 }
 
-OSStatus SliceConversion::exchange(Unit& unit, const pcm::Routing& routing, Quality quality)
+OSStatus SliceConversion::exchange(Unit& unit, const pcm::ChannelMap& routing, Quality quality)
 {
     auto next = std::make_unique<Engine>(Engine{make(unit, routing, quality)});
     if (!next->conversion) return kAudioUnitErr_FormatNotSupported;

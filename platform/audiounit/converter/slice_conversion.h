@@ -16,11 +16,11 @@ public:
     /// Make ready for the unit's formats. Its input is asked for as much at a time as makes a slice of the
     /// unit's limit. FormatNotSupported when the rates are too far apart. Throws std::bad_alloc.
     /// While the unit is being initialised.
-    OSStatus prepare(Unit& unit, const pcm::Routing& routing, Quality quality);
+    OSStatus prepare(Unit& unit, const pcm::ChannelMap& routing, Quality quality);
 
     /// Go on with another routing or quality, without what a filter still held. Throws std::bad_alloc, and
     /// nothing has changed then. Thread [any], with settings, while the unit is initialised.
-    OSStatus exchange(Unit& unit, const pcm::Routing& routing, Quality quality);
+    OSStatus exchange(Unit& unit, const pcm::ChannelMap& routing, Quality quality);
 
     /// Undo prepare.
     void release(Unit& unit);

@@ -15,8 +15,8 @@ SInt32 sourceOf(const ChannelMap* map, UInt32 destination, UInt32 sourceChannels
     return source >= 0 && static_cast<UInt32>(source) < sourceChannels ? source : silentChannel;
 }
 
-void place(const Float32* in, UInt32 sourceChannels, UInt32 frames, const ChannelMap* map,
-           const pcm::Gain& gain, UInt32 firstFrame, UInt32 first, UInt32 channels, Float32* out)
+void mapChannels(const Float32* in, UInt32 sourceChannels, UInt32 frames, const ChannelMap* map,
+                 const pcm::Gain& gain, UInt32 firstFrame, UInt32 first, UInt32 channels, Float32* out)
 {
     if (!map && first == 0 && channels == sourceChannels && gain.isUnity()) {
         std::copy_n(in, std::size_t{frames} * channels, out);

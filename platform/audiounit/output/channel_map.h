@@ -20,7 +20,7 @@ SInt32 sourceOf(const ChannelMap* map, UInt32 destination, UInt32 sourceChannels
 
 /// Write frames of in[frame * sourceChannels + channel] as destination channels [first, first + channels)
 /// into out[frame * channels + channel]. With unity gain, samples are copied as they are.
-void place(const Float32* in, UInt32 sourceChannels, UInt32 frames, const ChannelMap* map,
-           const pcm::Gain& gain, UInt32 firstFrame, UInt32 first, UInt32 channels, Float32* out);
+void mapChannels(const Float32* in, UInt32 sourceChannels, UInt32 frames, const ChannelMap* map,
+                 const pcm::Gain& gain, UInt32 firstFrame, UInt32 first, UInt32 channels, Float32* out);
 
 } // namespace kvxplatform::audiounit

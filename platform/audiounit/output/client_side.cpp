@@ -47,7 +47,7 @@ OSStatus ClientSide::prepare(Unit& unit, Float64 rate)
     const AudioStreamBasicDescription client = unit.input(0).format;
     const UInt32 frames = unit.sliceLimit;
     pulled.assign(samplesOf(frames, client.mChannelsPerFrame), 0);
-    pcm::Routing straight(client.mChannelsPerFrame);
+    pcm::ChannelMap straight(client.mChannelsPerFrame);
     std::iota(straight.begin(), straight.end(), 0);
     translation.prepare(client, pcm::interleavedFormat(client.mSampleRate, client.mChannelsPerFrame),
                         straight);
@@ -88,7 +88,7 @@ const Float32* ClientSide::pullFrames(const Request& request, const AudioTimeSta
 {
     Unit& unit = request.unit;
     status = noErr;
-    if (unit.isEnding) {
+    if (unit.isStopping) {
         std::fill_n(pulled.begin(), std::size_t{frames} * channels(), 0.0f);
         return pulled.data();
     }

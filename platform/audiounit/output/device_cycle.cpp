@@ -1,9 +1,9 @@
 #include "platform/audiounit/output/device_cycle.h"
 
-#include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
@@ -27,8 +27,8 @@ void placeInStreams(const Float32* samples, UInt32 channels, UInt32 frames, UInt
         const AudioBuffer& stream = output.mBuffers[i];
         auto* out = static_cast<Float32*>(stream.mData);
         if (out)
-            place(samples, channels, frames, map, gain, done, first, stream.mNumberChannels,
-                  out + std::size_t{done} * stream.mNumberChannels);
+            mapChannels(samples, channels, frames, map, gain, done, first, stream.mNumberChannels,
+                        out + std::size_t{done} * stream.mNumberChannels);
         first += stream.mNumberChannels;
     }
 }
@@ -37,9 +37,9 @@ void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flag
                UInt32 frames, AudioBufferList& output)
 {
     const Float32 volume = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
-    state.gain.turnTo(volume);
+    state.gain.rampTo(volume);
     const ChannelMap* map = state.map.get();
-    for (UInt32 done = 0; done < frames && !unit.isEnding;) {
+    for (UInt32 done = 0; done < frames && !unit.isStopping;) {
         const AudioTimeStamp at = later(time, done, state.shape.sampleRate, unit.hostTicksPerSecond);
         UInt32 piece = frames - done;
         OSStatus status = noErr;
@@ -47,7 +47,7 @@ void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flag
         placeInStreams(samples, state.client.channels(), piece, done, map, state.gain, output);
         done += piece;
     }
-    state.gain.pass(frames);
+    state.gain.advance(frames);
 }
 
 void tellOfInput(DeviceOutput& state, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
@@ -73,7 +73,7 @@ OSStatus cycle(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferLis
     const UInt32 inputFrames = framesOf(input);
     const UInt32 frames = framesOf(output);
     AudioUnitRenderActionFlags flags = 0;
-    if (unit->isResetWanted.exchange(false)) state.client.reset();
+    if (unit->isResetPending.exchange(false)) state.client.reset();
     if (state.isInputOn && inputFrames) {
         state.cycleInput = input;
         state.cycleFrames = inputFrames;

@@ -1,9 +1,8 @@
-// The three output units that drive a device: their properties, parameters and rows. They differ in how the
-// device is chosen, and only the HAL unit has the device's input.
+#include "platform/audiounit/output/device_units.h"
+
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/output/device_output.h"
 #include "platform/audiounit/output/device_watch.h"
-#include "platform/audiounit/output/output_units.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/render.h"
 #include "platform/pcm/linear_pcm.h"
@@ -16,31 +15,10 @@ namespace {
 
 DeviceOutput& outputOf(Unit& unit) { return stateOf<DeviceOutput>(unit); }
 
-template <AudioHardwarePropertyID choice, bool follows>
-OSStatus openUnit(Unit& unit)
+OSStatus openDevice(Unit& unit, AudioHardwarePropertyID choice, bool follows)
 {
     unit.state = new DeviceOutput(choice, follows);
     return noErr;
-}
-
-void closeUnit(Unit& unit)
-{
-    endWatching(unit.self);
-    stop(unit);
-}
-
-void destroy(void* state)
-{
-    auto* output = static_cast<DeviceOutput*>(state);
-    forgetDevice(*output);
-    delete output;
-}
-
-// Element 0 takes the client's sound, element 1 gives the device's input; the device's own sides are as they
-// are.
-bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
-{
-    return pcm::isLinearPCM(format);
 }
 
 DeviceShape currentShape(Unit& unit)
@@ -61,42 +39,48 @@ AudioStreamBasicDescription deviceFormat(Unit& unit)
 }
 
 template <Side side>
-OSStatus getDeviceFormat(Unit& unit, Place, void* data, UInt32&)
+OSStatus getDeviceFormat(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, deviceFormat<side>(unit));
 }
 
-OSStatus getDeviceRate(Unit& unit, Place, void* data, UInt32&)
+OSStatus getDeviceRate(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, currentShape(unit).sampleRate);
 }
 
-OSStatus getLatency(Unit& unit, Place, void* data, UInt32&)
+OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, latencyOf(currentDevice(unit)));
 }
 
-OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
+OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -2});
+}
 
-OSStatus getDevice(Unit& unit, Place, void* data, UInt32&) { return give(data, currentDevice(unit)); }
+OSStatus getDevice(Unit& unit, ElementAddress, void* data, UInt32&)
+{
+    return give(data, currentDevice(unit));
+}
 
-OSStatus setDevice(Unit& unit, Place, const void* data, UInt32)
+OSStatus setDevice(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     return tellDevice(unit, valueAt<AudioDeviceID>(data));
 }
 
-OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
+OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const DeviceOutput& state = outputOf(unit);
     return give(data, UInt32{state.isStarted && state.isRunning});
 }
 
-UInt32 channelMapSize(Unit& unit, Place)
+UInt32 channelMapSize(Unit& unit, ElementAddress)
 {
     return currentShape(unit).outputChannels * static_cast<UInt32>(sizeof(SInt32));
 }
 
-OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
+OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
 {
     const ChannelMap* map = outputOf(unit).map.get();
     const UInt32 channels = unit.input(0).format.mChannelsPerFrame;
@@ -108,7 +92,7 @@ OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
     return noErr;
 }
 
-OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
+OSStatus setChannelMap(Unit& unit, ElementAddress, const void* data, UInt32 size)
 {
     std::unique_ptr<ChannelMap> map;
     if (data) {
@@ -124,19 +108,19 @@ OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
 }
 
 template <bool DeviceOutput::*isOn>
-OSStatus getIsOn(Unit& unit, Place, void* data, UInt32&)
+OSStatus getIsOn(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{outputOf(unit).*isOn});
 }
 
 template <bool DeviceOutput::*isOn>
-OSStatus setIsOn(Unit& unit, Place, const void* data, UInt32)
+OSStatus setIsOn(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     outputOf(unit).*isOn = valueAt<UInt32>(data) != 0;
     return noErr;
 }
 
-OSStatus setInputCallback(Unit& unit, Place, const void* data, UInt32)
+OSStatus setInputCallback(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     std::unique_ptr<AURenderCallbackStruct> callback;
     if (data && valueAt<AURenderCallbackStruct>(data).inputProc)
@@ -146,7 +130,7 @@ OSStatus setInputCallback(Unit& unit, Place, const void* data, UInt32)
 }
 
 template <Side side>
-OSStatus getHasIO(Unit& unit, Place, void* data, UInt32&)
+OSStatus getHasIO(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const DeviceOutput& state = outputOf(unit);
     const DeviceShape shape = currentShape(unit);
@@ -154,12 +138,12 @@ OSStatus getHasIO(Unit& unit, Place, void* data, UInt32&)
                                                   : state.isInputOn && shape.inputChannels > 0});
 }
 
-OSStatus getStartsAtZero(Unit& unit, Place, void* data, UInt32&)
+OSStatus getStartsAtZero(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{outputOf(unit).startsAtZero});
 }
 
-OSStatus setStartsAtZero(Unit& unit, Place, const void* data, UInt32)
+OSStatus setStartsAtZero(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     outputOf(unit).startsAtZero = valueAt<UInt32>(data) != 0;
     return noErr;
@@ -176,8 +160,10 @@ constexpr auto unlocked = Settable::alwaysUnlocked;
 constexpr UInt32 formatSize = sizeof(AudioStreamBasicDescription);
 constexpr UInt32 callbackSize = sizeof(AURenderCallbackStruct);
 
+} // namespace
+
 // clang-format off
-template <bool isHAL> const Property properties[] = {
+template <bool isHAL> const Property DeviceProperties<isHAL>::rows[] = {
     // property                                       scopes    element     bytes             access               settable  get                            set                 size of
     {kAudioUnitProperty_MakeConnection,               inInput,  0, sizeof(AudioUnitConnection), write,             unlocked, nullptr,                       setConnection,      nullptr, true},
     {kAudioUnitProperty_SampleRate,                   inInput,  0,          sizeof(Float64),  both,                before,   getSampleRate,                 setSampleRate,      nullptr},
@@ -202,40 +188,39 @@ template <bool isHAL> const Property properties[] = {
     {kAudioOutputUnitProperty_StartTimestampsAtZero,  inGlobal, anyElement, sizeof(UInt32),   both,                always,   getStartsAtZero,               setStartsAtZero,    nullptr},
 };
 
-const Parameter parameters[] = {
+const Parameter deviceParameters[] = {
     // id                   count scope                    name      unit                                least most initial read only
     {kHALOutputParam_Volume, 1,   kAudioUnitScope_Global, "volume", kAudioUnitParameterUnit_LinearGain, 0,    1,   1,      false, nullptr, nullptr},
 };
 // clang-format on
 
-// Without `render`: the device pulls, nobody else.
-template <AudioHardwarePropertyID choice, bool isHAL>
-constexpr UnitKind deviceKind(OSType subType, const char* name)
+template struct DeviceProperties<true>;
+template struct DeviceProperties<false>;
+
+OSStatus openHALOutput(Unit& unit)
 {
-    UnitKind kind;
-    kind.type = kAudioUnitType_Output;
-    kind.subType = subType;
-    kind.name = name;
-    if (isHAL) kind.inputs = kind.outputs = {2, 2, 2};
-    kind.properties = properties<isHAL>;
-    kind.parameters = parameters;
-    kind.takesFormat = takesFormat;
-    kind.open = openUnit<choice, !isHAL>;
-    kind.close = closeUnit;
-    kind.destroy = destroy;
-    kind.renderInside = renderInput;
-    kind.start = startDevice;
-    kind.stop = stopDevice;
-    return kind;
+    return openDevice(unit, kAudioHardwarePropertyDefaultOutputDevice, false);
+}
+OSStatus openDefaultOutput(Unit& unit)
+{
+    return openDevice(unit, kAudioHardwarePropertyDefaultOutputDevice, true);
+}
+OSStatus openSystemOutput(Unit& unit)
+{
+    return openDevice(unit, kAudioHardwarePropertyDefaultSystemOutputDevice, true);
 }
 
-} // namespace
+void closeDeviceOutput(Unit& unit)
+{
+    endWatching(unit.self);
+    stop(unit);
+}
 
-const UnitKind halOutput =
-    deviceKind<kAudioHardwarePropertyDefaultOutputDevice, true>(kAudioUnitSubType_HALOutput, "HAL Output");
-const UnitKind defaultOutput = deviceKind<kAudioHardwarePropertyDefaultOutputDevice, false>(
-    kAudioUnitSubType_DefaultOutput, "Default Output");
-const UnitKind systemOutput = deviceKind<kAudioHardwarePropertyDefaultSystemOutputDevice, false>(
-    kAudioUnitSubType_SystemOutput, "System Output");
+void destroyDeviceOutput(void* state)
+{
+    auto* output = static_cast<DeviceOutput*>(state);
+    forgetDevice(*output);
+    delete output;
+}
 
 } // namespace kvxplatform::audiounit

@@ -1,7 +1,7 @@
 #include "platform/audiounit/output/device_watch.h"
 
-#include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/output/device_output.h"
+#include "platform/audiounit/unit_handle.h"
 
 #include <algorithm>
 #include <condition_variable>

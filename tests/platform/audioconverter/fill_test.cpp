@@ -222,7 +222,7 @@ TEST(Fill, TheProcedureGetsEmptyBuffersInTheSourcesShape)
         List list(interleaved(44100, 2), 16);
         for (int turn = 0; turn < 2; ++turn) {
             Arrived arrived;
-            list.lend();
+            list.restore();
             ASSERT_EQ(fill(converter, Arrived::procedure, &arrived, 16, list), 16u);
             EXPECT_EQ(arrived.converter, static_cast<AudioConverterRef>(converter));
             EXPECT_EQ(arrived.packets, 16u);

@@ -232,7 +232,7 @@ TEST(Rate, TheFirstFillAsksForTheFiltersSpanToo)
             } noted{soundOf(44100, 1, std::vector<float>(20000, 0.25f)), {}};
             List list(interleaved(to, 1), 512);
             for (int turn = 0; turn < 4; ++turn) {
-                list.lend();
+                list.restore();
                 ASSERT_EQ(fill(converter, Noted::procedure, &noted, 512, list), 512u);
             }
             SCOPED_TRACE(std::to_string(complexity) + " to " + std::to_string(to));

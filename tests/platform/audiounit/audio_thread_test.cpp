@@ -120,7 +120,7 @@ TEST(AudioThread, ASliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
     List list(canonical(44100, 2), 512);
     const Rang before;
     for (int turn = 0; turn < 50; ++turn) {
-        list.lend();
+        list.restore();
         if (turn % 2) list.forgetMemory();
         const AudioTimeStamp time = sampleTime(turn * 512.0);
         alarm_::forbid(true);

@@ -1,5 +1,4 @@
 // The common base under a unit made for this test: several inputs, parameters of every kind, a bypass.
-#include "platform/audiounit/audio_unit.h"
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/property.h"
@@ -82,9 +81,10 @@ const Parameter parameters[] = {
     {20,   1, kAudioUnitScope_Global, "special", kAudioUnitParameterUnit_Generic,    0,    9,  5,  false, nullptr,  setSpecial},
     {0,    1, kAudioUnitScope_Output, "gain",    kAudioUnitParameterUnit_LinearGain, 0,    2,  2,  false, nullptr,  nullptr},
 };
-const UnitKind sums = {'aumx', 'test', "Sum", {2, 1, 4}, {1, 1, 1}, properties, parameters, nullptr,
-                       openUnit, nullptr, destroyState, initializeUnit, uninitializeUnit, resetUnit, sumOfInputs,
-                       nullptr, nullptr, nullptr};
+const UnitKind sums = {'aumx', 'test', "Sum", column::Inputs{{2, 1, 4}}, column::Outputs{{1, 1, 1}}, properties, parameters, InputMemory::ofBus,
+                       column::TakesFormat{nullptr}, column::Open{openUnit}, column::Close{nullptr}, column::Destroy{destroyState},
+                       column::Initialize{initializeUnit}, column::Uninitialize{uninitializeUnit}, column::Reset{resetUnit},
+                       column::Render{sumOfInputs}, column::RenderInside{nullptr}, column::Start{nullptr}, column::Stop{nullptr}};
 // clang-format on
 
 /// Each bus gives its number and a half, plus a hundredth for each channel.

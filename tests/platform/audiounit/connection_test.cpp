@@ -106,7 +106,7 @@ TEST(Connection, FailsAsItsSourceFails)
     List list(canonical(44100, 2), 64);
     const AudioTimeStamp time = sampleTime(0);
     const auto render = [&] {
-        list.lend();
+        list.restore();
         return AudioUnitRender(destination, nullptr, &time, 0, 64, list.get());
     };
     EXPECT_EQ(render(), kAudioUnitErr_Uninitialized) << "the source is not initialised";

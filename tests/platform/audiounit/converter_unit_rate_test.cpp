@@ -34,7 +34,7 @@ struct Converter {
     /// Channel `c` of the next slice; `at` moves on.
     std::vector<float> next(UInt32 frames, UInt32 c = 0)
     {
-        list.lend();
+        list.restore();
         const AudioTimeStamp time = sampleTime(at);
         EXPECT_EQ(AudioUnitRender(unit, &flags, &time, 0, frames, list.get()), noErr);
         at += frames;

@@ -168,7 +168,7 @@ TEST(ConverterUnit, AChannelMapSendsChannelsElsewhere)
                     EXPECT_EQ(static_cast<const float*>(list[c].mData)[i],
                               fact.plays[c] < 0 ? 0 : noise(i, static_cast<UInt32>(fact.plays[c])));
             EXPECT_EQ(AudioUnitSetProperty(converter.unit, 2002, 2, 0, nullptr, 0), noErr);
-            list.lend();
+            list.restore();
             ASSERT_EQ(converter.render(list, 10), noErr);
             expectNoise(converter.format, list, 10, 0, fact.from);
         }
@@ -299,7 +299,7 @@ TEST(ConverterUnit, AFailingSourceIsSilenceInTheOutputsFormat)
         for (int i = 0; i < 20; ++i) EXPECT_EQ(list.bytes(0)[i], 0x80);
         EXPECT_EQ(converter.unit.get<OSStatus>(22, 0, 0), 'fail');
         converter.feeder.status = noErr;
-        list.lend();
+        list.restore();
         const int calls = converter.feeder.calls;
         EXPECT_EQ(converter.render(list, 10, 10), noErr) << "and goes on";
         EXPECT_GT(converter.feeder.calls, calls) << "with what the source has then";

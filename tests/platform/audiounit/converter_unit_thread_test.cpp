@@ -38,7 +38,7 @@ TEST(ConverterUnitThread, ASliceAllocatesNothingAndTakesNoLock)
         List list(canonical(fact.to, fact.channels), 1156);
         const int allocations = alarm_::allocations(), locks = alarm_::locks();
         for (int turn = 0; turn < 20; ++turn) {
-            list.lend();
+            list.restore();
             if (turn % 2) list.forgetMemory();
             if (turn == 7) AudioUnitReset(unit, 0, 0);
             if (turn == 9) unit.set(26, 0, 0, UInt32{0});
@@ -69,7 +69,7 @@ TEST(ConverterUnitThread, SettingsMayChangeBesideASlice)
         std::thread audio([&] {
             List list(canonical(to, 2), 64);
             for (Float64 at = 0; !isOver; at += 64) {
-                list.lend();
+                list.restore();
                 const AudioTimeStamp time = sampleTime(at);
                 EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
                 ++slices;

@@ -118,7 +118,7 @@ TEST(GenericOutput, FillsTheCallersMemoryOrLendsItsOwn)
     EXPECT_EQ(list[0].mDataByteSize, 1156u * 4);
     expectNoise(fed.format, list, 1156, 7, 2, "its own");
 
-    list.lend();
+    list.restore();
     list[0].mData = nullptr;
     ASSERT_EQ(fed.render(list, 100, 9), noErr);
     EXPECT_EQ(list[1].mData, list.bytes(1));
@@ -152,7 +152,7 @@ TEST(GenericOutput, AnswersEverySlice)
     // clang-format on
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        for (List* list : {&fits, &one, &three, &mixed, &small}) list->lend();
+        for (List* list : {&fits, &one, &three, &mixed, &small}) list->restore();
         const int before = fed.feeder.calls;
         EXPECT_EQ(AudioUnitRender(fed.unit, nullptr, fact.time, fact.bus, fact.frames,
                                   fact.list ? fact.list->get() : nullptr),
@@ -169,7 +169,7 @@ TEST(GenericOutput, SaysWhyASliceFailed)
     const AudioTimeStamp time = sampleTime(0);
     const auto lastError = [&] { return unit.get<OSStatus>(kAudioUnitProperty_LastRenderError, 0, 0); };
     const auto render = [&] {
-        list.lend();
+        list.restore();
         return AudioUnitRender(unit, nullptr, &time, 0, 64, list.get());
     };
 

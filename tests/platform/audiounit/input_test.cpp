@@ -41,7 +41,7 @@ struct Listening {
         List own(interleaved(44100, 2), frames);
         self.wrongBus = AudioUnitRender(self.unit, flags, time, 0, frames, own.get());
         self.tooMany = AudioUnitRender(self.unit, flags, time, 1, frames + 1, own.get());
-        own.lend();
+        own.restore();
         self.status = AudioUnitRender(self.unit, flags, time, 1, frames, own.get());
         const float* samples = static_cast<const float*>(own[0].mData);
         if (self.calls == 0) self.heard.assign(samples, samples + frames * 2);

@@ -56,7 +56,7 @@ TEST(Notify, IsToldBeforeAndAfterEachSlice)
     }
     feeder.status = -5;
     ear.told.clear();
-    list.lend();
+    list.restore();
     EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), -5);
     ASSERT_EQ(ear.told.size(), 2u);
     EXPECT_EQ(ear.told[1].flags,
@@ -78,7 +78,7 @@ TEST(Notify, IsToldInOrderUntilItIsRemoved)
     const AudioTimeStamp time = sampleTime(0);
     const auto render = [&] {
         one.told.clear(), two.told.clear();
-        list.lend();
+        list.restore();
         ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
     };
     EXPECT_EQ(AudioUnitAddRenderNotify(unit, nullptr, &one), paramErr);

@@ -36,7 +36,7 @@ List::List(const AudioStreamBasicDescription& format, UInt32 frames)
     list().mNumberBuffers = buffers;
     for (UInt32 i = 0; i < buffers; ++i)
         list().mBuffers[i].mNumberChannels = apart ? 1 : format.mChannelsPerFrame;
-    lend();
+    restore();
 }
 
 void List::forgetMemory()
@@ -47,7 +47,7 @@ void List::forgetMemory()
     }
 }
 
-void List::lend()
+void List::restore()
 {
     for (UInt32 i = 0; i < list().mNumberBuffers; ++i) {
         list().mBuffers[i].mData = memory[i].data();

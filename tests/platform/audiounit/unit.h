@@ -82,7 +82,7 @@ public:
     const unsigned char* bytes(UInt32 buffer) const { return memory[buffer].data(); }
     std::vector<unsigned char>& memoryOf(UInt32 buffer) { return memory[buffer]; }
     void forgetMemory(); // mData NULL
-    void lend();         // mData and sizes as made
+    void restore();      // mData and sizes as made
 
 private:
     std::vector<std::uint64_t> room;

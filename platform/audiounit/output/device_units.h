@@ -1,0 +1,28 @@
+// The rows of the three output units that drive a device. They differ in how the device is chosen, and only
+// the HAL unit has the device's input. An I/O cycle of the device renders them.
+#pragma once
+
+#include "platform/audiounit/output/device_cycle.h"
+#include "platform/audiounit/output/device_output.h"
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/property.h"
+
+namespace kvxplatform::audiounit {
+
+/// Only a HAL unit's device and enabled sides can be set.
+template <bool isHAL>
+struct DeviceProperties {
+    static const Property rows[21];
+};
+extern template struct DeviceProperties<true>;
+extern template struct DeviceProperties<false>;
+
+extern const Parameter deviceParameters[1];
+
+OSStatus openHALOutput(Unit& unit);     // the device that the client selects, else the default one
+OSStatus openDefaultOutput(Unit& unit); // follows the default output device
+OSStatus openSystemOutput(Unit& unit);  // follows the device of system sounds
+void closeDeviceOutput(Unit& unit);
+void destroyDeviceOutput(void* state);
+
+} // namespace kvxplatform::audiounit
