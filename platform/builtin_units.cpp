@@ -1,6 +1,7 @@
 #include "platform/builtin_units.h"
 
 #include "platform/audiounit/converter/converter_unit.h"
+#include "platform/audiounit/element_format.h"
 #include "platform/audiounit/equaliser/equaliser_unit.h"
 #include "platform/audiounit/family.h"
 #include "platform/audiounit/mixer/mixer_unit.h"

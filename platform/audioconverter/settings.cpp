@@ -1,7 +1,7 @@
 // Formats that can be converted, and the table of properties.
 #include "platform/audioconverter/converter.h"
 
-#include "platform/pcm/channel_fold.h"
+#include "platform/pcm/channel_map.h"
 #include "platform/pcm/linear_pcm.h"
 
 #include <Carbon/Carbon.h>

@@ -1,8 +1,8 @@
-// The properties that every unit has.
+#include "platform/audiounit/common_properties.h"
+
+#include "platform/audiounit/element_format.h"
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/property.h"
 #include "platform/audiounit/source.h"
-#include "platform/pcm/linear_pcm.h"
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -134,8 +134,10 @@ constexpr auto write = Access::writeOnly;
 constexpr auto both = Access::readWrite;
 constexpr UInt32 inBuses = inInput | inOutput;
 
+} // namespace
+
 // clang-format off
-const Property table[] = {
+const Property commonProperties[] = {
     // property                                scopes    element     bytes                            access settable  get                 set                size of
     {kAudioUnitProperty_MakeConnection,        inInput,  anyElement, sizeof(AudioUnitConnection),     write, unlocked, nullptr,            setConnection,     nullptr, true},
     {kAudioUnitProperty_SampleRate,            inBuses,  anyElement, sizeof(Float64),                 both,  before,   getSampleRate,      setSampleRate,     nullptr},
@@ -150,26 +152,5 @@ const Property table[] = {
     {kAudioUnitProperty_SetRenderCallback,     inInput,  anyElement, sizeof(AURenderCallbackStruct),  write, always,   nullptr,            setRenderCallback, nullptr, true},
 };
 // clang-format on
-
-} // namespace
-
-const Rows<Property> commonProperties = table;
-
-bool takesLinearPCM(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
-{
-    return pcm::isLinearPCM(format);
-}
-
-OSStatus setFormat(Unit& unit, ElementAddress address, const AudioStreamBasicDescription& format)
-{
-    const bool isTaken = unit.kind.takesFormat
-                             ? unit.kind.takesFormat(unit, address.scope, address.element, format)
-                             : pcm::isCanonical(format);
-    if (!isTaken) return kAudioUnitErr_FormatNotSupported;
-    Element& element = elementAt(unit, address);
-    element.format = format;
-    element.channels = format.mChannelsPerFrame;
-    return noErr;
-}
 
 } // namespace kvxplatform::audiounit

@@ -1,10 +1,8 @@
 #include "platform/audiounit/life_cycle.h"
 
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
-
-#include <new>
+#include "platform/support/border.h"
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -38,14 +36,12 @@ void releaseBuffers(Scope& scope)
 
 OSStatus allocate(Unit& unit)
 {
-    try {
+    return withinBorder(memFullErr, kAudioUnitErr_FailedInitialization, [&]() -> OSStatus {
         prepareLists(unit.inputs());
         if (unit.kind.inputMemory == InputMemory::ofBus) prepareMemory(unit.inputs(), unit.sliceLimit);
         prepareMemory(unit.outputs(), unit.sliceLimit);
         return unit.kind.initialize ? unit.kind.initialize(unit) : noErr;
-    } catch (const std::bad_alloc&) {
-        return memFullErr;
-    }
+    });
 }
 
 void release(Unit& unit)
@@ -75,7 +71,7 @@ OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out)
 void close(Unit& unit)
 {
     if (unit.kind.close) unit.kind.close(unit);
-    // Closed from inside its own slice, a unit keeps its memory until the slice has ended.
+    // A unit that is closed inside its own slice still renders from its buffers.
     if (!unit.scope.isInside()) uninitialize(unit);
 }
 

@@ -46,12 +46,6 @@ struct Scope {
     std::unique_ptr<std::atomic<Float32>[]> values; ///< [element * parameters of the scope + parameter]
 };
 
-/// Who is told of each slice.
-struct Notify {
-    AURenderCallback function;
-    void* context;
-};
-
 struct Unit {
     explicit Unit(const UnitKind& k) : kind(k) {}
     Unit(const Unit&) = delete;
@@ -68,7 +62,6 @@ struct Unit {
     std::mutex settings;
 
     Scope scopes[3]; ///< global, input, output
-    Published<const std::vector<Notify>> notifies;
 
     std::atomic<UInt32> sliceLimit{1156}; ///< frames
     std::atomic<bool> isInitialized{false};

@@ -1,7 +1,7 @@
 #include "platform/augraph/head.h"
 
 #include "platform/audiounit/life_cycle.h"
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/property_access.h"
 #include "platform/audiounit/render.h"
 #include "platform/augraph/unit_calls.h"
 
@@ -38,12 +38,6 @@ OSStatus addNotify(Graph& graph, const Notify& notify)
 {
     if (!notify.function) return paramErr;
     graph.notifies.reserve(graph.notifies.size() + 1);
-    if (const AudioUnit head = graph.head) {
-        const OSStatus status = onUnit(head, [&](audiounit::Unit& unit) {
-            return audiounit::addNotify(unit, notify.function, notify.context);
-        });
-        if (status) return status;
-    }
     graph.notifies.push_back(notify);
     return noErr;
 }
@@ -55,9 +49,6 @@ OSStatus removeNotify(Graph& graph, const Notify& notify)
         return each.function == notify.function && each.context == notify.context;
     });
     if (found == graph.notifies.end()) return kAudioUnitErr_InvalidPropertyValue;
-    onUnit(graph.head, [&](audiounit::Unit& unit) { // it may have been taken from the unit already
-        return audiounit::removeNotify(unit, notify.function, notify.context);
-    });
     graph.notifies.erase(found);
     return noErr;
 }

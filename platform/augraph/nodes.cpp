@@ -80,14 +80,6 @@ OSStatus openUnit(Graph& graph, Node& node)
 {
     if (const OSStatus status = components::open(node.component, node.unit)) return status;
     if (!isOutput(node)) return noErr;
-    for (const Notify& each : graph.notifies) {
-        const OSStatus status = onUnit(node.unit, [&](audiounit::Unit& unit) {
-            return audiounit::addNotify(unit, each.function, each.context);
-        });
-        if (!status) continue;
-        closeUnit(graph, node);
-        return status;
-    }
     graph.head = node.unit;
     return noErr;
 }

@@ -1,13 +1,9 @@
-// Formats, settings and tables of the converter unit.
 #include "platform/audiounit/converter/converter_unit.h"
 
 #include "platform/audiounit/converter/slice_conversion.h"
-#include "platform/audiounit/property.h"
-#include "platform/pcm/channel_fold.h"
+#include "platform/pcm/channel_map.h"
 #include "platform/pcm/conversion_quality.h"
-#include "platform/pcm/linear_pcm.h"
 
-#include <algorithm>
 #include <cstring>
 #include <optional>
 
@@ -15,8 +11,8 @@ namespace kvxplatform::audiounit {
 namespace {
 
 struct Converter {
-    pcm::ConversionQuality quality;     // under settings
-    std::optional<pcm::ChannelMap> map; // likewise, as it was set
+    pcm::ConversionQuality quality;     ///< under settings
+    std::optional<pcm::ChannelMap> map; ///< that the client set; under settings
     SliceConversion conversion;
 };
 
@@ -32,15 +28,12 @@ pcm::ChannelMap channelMapOf(Unit& unit, const std::optional<pcm::ChannelMap>& m
                                        channelsOf(unit, kAudioUnitScope_Output));
 }
 
-// ---- properties ----
-
-/// Take on new settings, at once where the unit is initialised. With settings.
+/// Change quality and channel map, on an initialised unit at once. Called with settings.
 OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional<pcm::ChannelMap> map)
 {
     auto& state = stateOf<Converter>(unit);
     if (unit.isInitialized)
-        if (const OSStatus status =
-                state.conversion.exchange(unit, channelMapOf(unit, map), quality.filter()))
+        if (const OSStatus status = state.conversion.replace(unit, channelMapOf(unit, map), quality.filter()))
             return status;
     state.quality = quality;
     state.map = std::move(map);
@@ -103,14 +96,7 @@ OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
 OSStatus setChannelMap(Unit& unit, ElementAddress, const void* data, UInt32 size)
 {
     std::optional<pcm::ChannelMap> map;
-    if (data) {
-        constexpr UInt32 most = pcm::mostChannels * sizeof(SInt32);
-        if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
-        map.emplace(size / sizeof(SInt32));
-        std::memcpy(map->data(), data, size);
-        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < pcm::silentChannel; }))
-            return kAudioUnitErr_InvalidPropertyValue;
-    }
+    if (data && !(map = pcm::channelMapFrom(data, size))) return kAudioUnitErr_InvalidPropertyValue;
     return change(unit, stateOf<Converter>(unit).quality, std::move(map));
 }
 

@@ -3,6 +3,7 @@
 // A band that changes glides, from flat and to flat too. The bands of the set that is not in force are flat,
 // and so are all of a bypassed equaliser; when none is anything else, samples pass as they are. So nothing
 // that is set while sound runs makes a click.
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/equaliser/bands.h"
 #include "platform/audiounit/equaliser/bell_filter.h"
 #include "platform/audiounit/equaliser/equaliser_unit.h"

@@ -1,14 +1,12 @@
 #include "platform/audiounit/output/device_units.h"
 
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/life_cycle.h"
-#include "platform/audiounit/output/device_output.h"
+#include "platform/audiounit/output/device_control.h"
 #include "platform/audiounit/output/device_watch.h"
-#include "platform/audiounit/parameter.h"
-#include "platform/audiounit/render.h"
-#include "platform/pcm/linear_pcm.h"
+#include "platform/audiounit/output/map_channels.h"
 
-#include <algorithm>
-#include <cstring>
+#include <utility>
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -21,21 +19,19 @@ OSStatus openDevice(Unit& unit, AudioHardwarePropertyID choice, bool follows)
     return noErr;
 }
 
-DeviceShape currentShape(Unit& unit)
+DeviceFormat currentFormat(Unit& unit)
 {
-    DeviceShape shape;
-    shapeOf(currentDevice(unit), shape);
-    return shape;
+    DeviceFormat format;
+    readFormat(currentDevice(unit), format);
+    return format;
 }
-
-// ---- getters and setters, in the order of the table ----
 
 template <Side side>
 AudioStreamBasicDescription deviceFormat(Unit& unit)
 {
-    const DeviceShape shape = currentShape(unit);
-    return pcm::canonicalFormat(shape.sampleRate,
-                                side == Side::output ? shape.outputChannels : shape.inputChannels);
+    const DeviceFormat format = currentFormat(unit);
+    return pcm::canonicalFormat(format.sampleRate,
+                                side == Side::output ? format.outputChannels : format.inputChannels);
 }
 
 template <Side side>
@@ -46,7 +42,7 @@ OSStatus getDeviceFormat(Unit& unit, ElementAddress, void* data, UInt32&)
 
 OSStatus getDeviceRate(Unit& unit, ElementAddress, void* data, UInt32&)
 {
-    return give(data, currentShape(unit).sampleRate);
+    return give(data, currentFormat(unit).sampleRate);
 }
 
 OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
@@ -66,7 +62,7 @@ OSStatus getDevice(Unit& unit, ElementAddress, void* data, UInt32&)
 
 OSStatus setDevice(Unit& unit, ElementAddress, const void* data, UInt32)
 {
-    return tellDevice(unit, valueAt<AudioDeviceID>(data));
+    return selectDevice(unit, valueAt<AudioDeviceID>(data));
 }
 
 OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
@@ -77,16 +73,16 @@ OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
 
 UInt32 channelMapSize(Unit& unit, ElementAddress)
 {
-    return currentShape(unit).outputChannels * static_cast<UInt32>(sizeof(SInt32));
+    return currentFormat(unit).outputChannels * static_cast<UInt32>(sizeof(SInt32));
 }
 
 OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
 {
-    const ChannelMap* map = outputOf(unit).map.get();
+    const pcm::ChannelMap* map = outputOf(unit).map.get();
     const UInt32 channels = unit.input(0).format.mChannelsPerFrame;
     for (UInt32 i = 0; i < size / sizeof(SInt32); ++i) {
-        SInt32 entry = sourceOf(map, i, channels);
-        if (map && i < map->size()) entry = (*map)[i]; // as it was set
+        SInt32 entry = sourceChannelOf(map, i, channels);
+        if (map && i < map->size()) entry = (*map)[i]; // unchanged, also if there is no such source channel
         give(static_cast<std::byte*>(data) + i * sizeof entry, entry);
     }
     return noErr;
@@ -94,14 +90,11 @@ OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
 
 OSStatus setChannelMap(Unit& unit, ElementAddress, const void* data, UInt32 size)
 {
-    std::unique_ptr<ChannelMap> map;
+    std::unique_ptr<pcm::ChannelMap> map;
     if (data) {
-        constexpr UInt32 most = pcm::mostChannels * sizeof(SInt32);
-        if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
-        map = std::make_unique<ChannelMap>(size / sizeof(SInt32));
-        std::memcpy(map->data(), data, size);
-        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < silentChannel; }))
-            return kAudioUnitErr_InvalidPropertyValue;
+        std::optional<pcm::ChannelMap> entries = pcm::channelMapFrom(data, size);
+        if (!entries) return kAudioUnitErr_InvalidPropertyValue;
+        map = std::make_unique<pcm::ChannelMap>(std::move(*entries));
     }
     outputOf(unit).map.publish(std::move(map), unit.scope);
     return noErr;
@@ -133,9 +126,9 @@ template <Side side>
 OSStatus getHasIO(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const DeviceOutput& state = outputOf(unit);
-    const DeviceShape shape = currentShape(unit);
-    return give(data, UInt32{side == Side::output ? state.isOutputOn && shape.outputChannels > 0
-                                                  : state.isInputOn && shape.inputChannels > 0});
+    const DeviceFormat format = currentFormat(unit);
+    return give(data, UInt32{side == Side::output ? state.isOutputOn && format.outputChannels > 0
+                                                  : state.isInputOn && format.inputChannels > 0});
 }
 
 OSStatus getStartsAtZero(Unit& unit, ElementAddress, void* data, UInt32&)
@@ -148,8 +141,6 @@ OSStatus setStartsAtZero(Unit& unit, ElementAddress, const void* data, UInt32)
     outputOf(unit).startsAtZero = valueAt<UInt32>(data) != 0;
     return noErr;
 }
-
-// ---- tables ----
 
 constexpr auto read = Access::readOnly;
 constexpr auto write = Access::writeOnly;
@@ -219,7 +210,7 @@ void closeDeviceOutput(Unit& unit)
 void destroyDeviceOutput(void* state)
 {
     auto* output = static_cast<DeviceOutput*>(state);
-    forgetDevice(*output);
+    abandonDevice(*output);
     delete output;
 }
 

@@ -2,14 +2,14 @@
 // the HAL unit has the device's input. An I/O cycle of the device renders them.
 #pragma once
 
+#include "platform/audiounit/output/device_control.h"
 #include "platform/audiounit/output/device_cycle.h"
-#include "platform/audiounit/output/device_output.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/property.h"
 
 namespace kvxplatform::audiounit {
 
-/// Only a HAL unit's device and enabled sides can be set.
+/// A client sets device, enabled sides and input callback of the HAL unit only.
 template <bool isHAL>
 struct DeviceProperties {
     static const Property rows[21];

@@ -1,9 +1,7 @@
 #include "platform/audiounit/output/generic_output.h"
 
 #include "platform/audiounit/converter/slice_conversion.h"
-#include "platform/pcm/linear_pcm.h"
-
-#include <numeric>
+#include "platform/pcm/channel_map.h"
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -49,10 +47,9 @@ void destroyGenericOutput(void* state) { delete static_cast<GenericOutput*>(stat
 
 OSStatus initializeGenericOutput(Unit& unit)
 {
-    // Like a device's output: channel n plays source channel n.
-    pcm::ChannelMap identity(unit.output(0).format.mChannelsPerFrame);
-    std::iota(identity.begin(), identity.end(), 0);
-    return stateOf<GenericOutput>(unit).conversion.prepare(unit, identity, SliceConversion::Quality::normal);
+    return stateOf<GenericOutput>(unit).conversion.prepare(
+        unit, pcm::identityChannelMap(unit.output(0).format.mChannelsPerFrame),
+        SliceConversion::Quality::normal);
 }
 
 void uninitializeGenericOutput(Unit& unit) { stateOf<GenericOutput>(unit).conversion.release(unit); }

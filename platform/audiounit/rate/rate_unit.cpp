@@ -1,5 +1,6 @@
 #include "platform/audiounit/rate/rate_unit.h"
 
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/rate/rate_units.h"
 #include "platform/audiounit/render.h"
 

@@ -1,7 +1,8 @@
 // The common base under a unit made for this test: several inputs, parameters of every kind, a bypass.
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/property_access.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
 

@@ -1,8 +1,6 @@
-// The one walk through the tables of properties. It answers what every property has in common: whether there
-// is one, here, for this element, with this size, now.
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/property_access.h"
 
-#include "platform/audiounit/render.h"
+#include "platform/audiounit/common_properties.h"
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -14,12 +12,14 @@ bool takesElement(const Unit& unit, const Property& row, ElementAddress address)
            (row.element == anyElement || row.element == address.element);
 }
 
-/// The row for a property at a place, or the reason why there is none. A kind's rows for a property in a
-/// scope stand in place of the common ones.
+/// Find the row for a property at an element. A kind's rows for a property in a scope replace the common
+/// ones. Errors  InvalidProperty, InvalidScope, InvalidElement: no row for the property; none in that scope;
+/// none for
+///         that element.
 OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, const Property*& out)
 {
     OSStatus reason = kAudioUnitErr_InvalidProperty;
-    for (const Rows<Property>& table : {unit.kind.properties, commonProperties}) {
+    for (const Rows<Property>& table : {unit.kind.properties, Rows<Property>(commonProperties)}) {
         for (const Property& row : table) {
             if (row.id != id) continue;
             if (reason == kAudioUnitErr_InvalidProperty) reason = kAudioUnitErr_InvalidScope;
@@ -34,17 +34,17 @@ OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, 
     return reason;
 }
 
-UInt32 sizeOf(Unit& unit, const Property& row, ElementAddress address) // with settings
+// Both with settings.
+UInt32 sizeOf(Unit& unit, const Property& row, ElementAddress address)
 {
     return row.size ? row.size : row.sizeOf(unit, address);
 }
 
-OSStatus checkSize(Unit& unit, const Property& row, ElementAddress address, const void* data,
-                   UInt32 size) // with settings
+OSStatus checkSize(Unit& unit, const Property& row, ElementAddress address, const void* data, UInt32 size)
 {
     if (!data && size == 0 && row.isRemovable) return noErr;
     if (!data) return kAudioUnitErr_InvalidPropertyValue;
-    // A value that varies in size is judged by its own setter.
+    // The setter checks a value of variable size.
     return row.size == 0 || size == sizeOf(unit, row, address) ? noErr : kAudioUnitErr_InvalidPropertyValue;
 }
 
