@@ -248,7 +248,7 @@ TEST(Rate, FormatsChangeOnTheWay)
 {
     // 8 bits without sign in, big-endian 24 bits apart out: the tone within what 8 bits can say.
     const auto from = pcm(22050, 1, 8, isPacked),
-               to = pcm(44100, 2, 24, isSigned | isPacked | isBig | isApart);
+               to = pcm(44100, 2, 24, isSigned | isPacked | isBig | isNonInterleaved);
     Sound sound{from, std::vector<std::vector<unsigned char>>(1), 4000};
     for (const float sample : tone(22050, 300, 4000))
         sound.buffers[0].push_back(static_cast<unsigned char>(128 + std::lrint(sample * 100)));
