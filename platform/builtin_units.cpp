@@ -82,7 +82,7 @@ constexpr bool areComplete()
     return true;
 }
 
-static_assert(std::size(units) == 10);
+static_assert(std::size(units) == 10, "the platform has ten units");
 static_assert(areComplete(),
               "a unit opens, is destroyed, renders or is started, and is stopped if it is started");
 

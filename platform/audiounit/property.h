@@ -1,4 +1,4 @@
-// Properties: each kind of unit has a table of its own, searched before the one that all units share.
+// Properties: each kind of unit has a table, which is searched before the table that all units share.
 #pragma once
 
 #include "platform/audiounit/unit.h"

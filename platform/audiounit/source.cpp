@@ -58,7 +58,7 @@ struct Pull {
         return status;
     }
 
-    // A source may point the list at memory of its own, or write fewer frames than requested.
+    // A source may replace the pointers of the list, or write fewer frames than requested.
     void collect(const AudioBufferList& list, UInt32 first, UInt32 frames) const
     {
         for (UInt32 i = 0; i < into.mNumberBuffers; ++i) {

@@ -46,7 +46,7 @@ enum class InputMemory {
     ofUnitKind, ///< the kind pulls into the slice or into its own memory
 };
 
-/// The columns of a row. Each is a type of its own: a row in another order does not compile.
+/// The columns of a row. Their types differ, so a row in another order does not compile.
 namespace column {
 
 template <class Name, class Signature>

@@ -9,7 +9,7 @@ namespace kvxplatform::pcm {
 
 void ListStorage::prepare(UInt32 buffers)
 {
-    // Some callbacks silence two buffers whatever the count says: the second one exists, empty.
+    // Some callbacks silence two buffers whatever the count: the second one exists and is empty.
     const std::size_t records = buffers < 2 ? 2 : buffers;
     const std::size_t size = offsetof(AudioBufferList, mBuffers) + records * sizeof(AudioBuffer);
     words_.assign((size + 7) / 8, 0);

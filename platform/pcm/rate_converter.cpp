@@ -64,7 +64,7 @@ void RateConverter::setRatio(double ratio)
 {
     if (ratio == state_->ratio) return;
     state_->ratio = ratio;
-    src_set_ratio(state_->converter, ratio); // without it the library ramps to the ratio over a whole call
+    src_set_ratio(state_->converter, ratio); // otherwise the library ramps to the ratio over a call
 }
 
 void RateConverter::reset()

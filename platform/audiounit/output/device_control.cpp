@@ -78,8 +78,8 @@ AudioDeviceID deviceToUse(Unit& unit, const DeviceOutput& state)
     return state.procedure && !state.followsDefault ? state.device : defaultDevice(state.defaultSelector);
 }
 
-/// Attach to a device in place of the present one. isRunning stays true on the way: a client reads it to
-/// learn whether it has to stop the unit.
+/// Attach to a device in place of the present one. isRunning stays true during the move, because a client
+/// reads it to decide whether to stop the unit.
 OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 {
     if (state.procedure) {

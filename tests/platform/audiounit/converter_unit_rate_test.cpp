@@ -168,7 +168,7 @@ TEST(ConverterUnitRate, QualityChangesWhileRendering)
         double worst = 0;
         const Float64 from = converter.at;
         std::vector<float> samples = converter.next(1156);
-        // The tone goes on, with any phase.
+        // The tone continues; its phase may change.
         float loudest = 0;
         for (std::size_t i = 400; i < 800; ++i) loudest = std::max(loudest, std::abs(samples[i]));
         EXPECT_NEAR(loudest, 1, 0.01) << change.id;

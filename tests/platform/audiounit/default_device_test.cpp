@@ -200,7 +200,7 @@ TEST(RunningDevice, RemovedDeviceLetsTheUnitStop)
     ASSERT_EQ(AudioOutputUnitStop(playing.unit), noErr);
     EXPECT_FALSE(playing.isRunning());
     const int calls = playing.feeder.calls;
-    EXPECT_NE(AudioOutputUnitStart(playing.unit), noErr) << "the device is gone";
+    EXPECT_NE(AudioOutputUnitStart(playing.unit), noErr) << "the device was removed";
     EXPECT_EQ(playing.feeder.calls, calls);
     ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, 0), noErr);
     EXPECT_EQ(AudioOutputUnitStart(playing.unit), noErr) << "on the default device";

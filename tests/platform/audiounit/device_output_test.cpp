@@ -213,7 +213,7 @@ TEST(DeviceOutput, VolumeChangeMakesNoClickForAnySlice)
         ASSERT_EQ(playing.unit.setCallback(Feeder::callback, &ones), noErr);
         playing.start();
         device.step(7);
-        for (Float32 volume : {0.0f, 1.0f, 0.25f}) { // each change comes during the ramp of the one before
+        for (Float32 volume : {0.0f, 1.0f, 0.25f}) { // each change interrupts the ramp of the previous one
             ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, volume, 0), noErr);
             device.step(101);
         }

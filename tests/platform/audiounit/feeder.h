@@ -1,4 +1,4 @@
-// A render callback that gives known samples in any PCM format, and records its requests.
+// A render callback that writes known samples in any PCM format, and records its requests.
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>

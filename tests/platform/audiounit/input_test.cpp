@@ -75,7 +75,7 @@ TEST(Input, IsRenderedInsideTheCycle)
     ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
     EXPECT_EQ(reader.status, noErr);
     EXPECT_EQ(reader.bus, 1u);
-    EXPECT_FALSE(reader.hadList) << "the callback renders into a list of its own";
+    EXPECT_FALSE(reader.hadList) << "the callback supplies the list when it renders";
     EXPECT_EQ(reader.tooMany, kAudioUnitErr_TooManyFramesToProcess);
     EXPECT_EQ(reader.wrongBus, kAudioUnitErr_CannotDoInCurrentContext);
     EXPECT_EQ(reader.samplesRead, std::vector<float>(reader.frames * 2, 0.0f))

@@ -14,7 +14,7 @@ namespace {
 
 using namespace test;
 
-TEST(Stop, NoCallbackRunsAfterIt)
+TEST(Stop, NoCallbackRunsAfterAStop)
 {
     SteppedDevice device(48000, 2, 16, false);
     const Unit unit('ahal');
@@ -64,7 +64,7 @@ struct StopsItself {
     }
 };
 
-TEST(Stop, InsideACallbackEndsWithThatSlice)
+TEST(Stop, InsideACallbackTakesEffectAfterThatSlice)
 {
     SteppedDevice device(48000, 1, 100);
     const Unit unit('ahal');
@@ -98,7 +98,7 @@ OSStatus stopsAndStarts(void* context, AudioUnitRenderActionFlags*, const AudioT
     return noErr;
 }
 
-TEST(Stop, InsideACallbackCannotBeUndoneThere)
+TEST(Stop, InsideACallbackRefusesAStartThere)
 {
     SteppedDevice device(48000, 2, 100);
     const Unit unit('ahal');
