@@ -27,6 +27,11 @@ OSStatus setRenderCallback(Unit& unit, ElementAddress address, const void* data,
     return noErr;
 }
 
+OSStatus getAnyChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -2});
+}
+
 OSStatus getBypass(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{unit.isBypassed});
@@ -138,18 +143,18 @@ constexpr UInt32 inBuses = inInput | inOutput;
 
 // clang-format off
 const Property commonProperties[] = {
-    // property                                scopes    element     bytes                            access settable  get                 set                size of
-    {kAudioUnitProperty_MakeConnection,        inInput,  anyElement, sizeof(AudioUnitConnection),     write, unlocked, nullptr,            setConnection,     nullptr, true},
-    {kAudioUnitProperty_SampleRate,            inBuses,  anyElement, sizeof(Float64),                 both,  before,   getSampleRate,      setSampleRate,     nullptr},
-    {kAudioUnitProperty_ParameterList,         inAll,    anyElement, 0,                               read,  always,   getParameterList,   nullptr,           parameterListSize},
-    {kAudioUnitProperty_ParameterInfo,         inAll,    anyNumber,  sizeof(AudioUnitParameterInfo),  read,  always,   getParameterInfo,   nullptr,           nullptr},
-    {kAudioUnitProperty_StreamFormat,          inBuses,  anyElement, sizeof(AudioStreamBasicDescription), both, before, getStreamFormat,    setStreamFormat,   nullptr},
-    {kAudioUnitProperty_ElementCount,          inAll,    anyNumber,  sizeof(UInt32),                  both,  before,   getElementCount,    setElementCount,   nullptr},
-    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),                 read,  always,   getZeroSeconds,     nullptr,           nullptr},
-    {kAudioUnitProperty_MaximumFramesPerSlice, inGlobal, anyElement, sizeof(UInt32),                  both,  before,   getSliceLimit,      setSliceLimit,     nullptr},
-    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),                 read,  always,   getZeroSeconds,     nullptr,           nullptr},
-    {kAudioUnitProperty_LastRenderError,       inGlobal, anyElement, sizeof(OSStatus),                read,  always,   getLastRenderError, nullptr,           nullptr},
-    {kAudioUnitProperty_SetRenderCallback,     inInput,  anyElement, sizeof(AURenderCallbackStruct),  write, always,   nullptr,            setRenderCallback, nullptr, true},
+    // property                                scopes    element     bytes                                access settable  get                 set                size of
+    {kAudioUnitProperty_MakeConnection,        inInput,  anyElement, sizeof(AudioUnitConnection),         write, unlocked, nullptr,            setConnection,     nullptr,           true},
+    {kAudioUnitProperty_SampleRate,            inBuses,  anyElement, sizeof(Float64),                     both,  before,   getSampleRate,      setSampleRate,     nullptr},
+    {kAudioUnitProperty_ParameterList,         inAll,    anyElement, 0,                                   read,  always,   getParameterList,   nullptr,           parameterListSize},
+    {kAudioUnitProperty_ParameterInfo,         inAll,    anyNumber,  sizeof(AudioUnitParameterInfo),      read,  always,   getParameterInfo,   nullptr,           nullptr},
+    {kAudioUnitProperty_StreamFormat,          inBuses,  anyElement, sizeof(AudioStreamBasicDescription), both,  before,   getStreamFormat,    setStreamFormat,   nullptr},
+    {kAudioUnitProperty_ElementCount,          inAll,    anyNumber,  sizeof(UInt32),                      both,  before,   getElementCount,    setElementCount,   nullptr},
+    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),                     read,  always,   getZeroSeconds,     nullptr,           nullptr},
+    {kAudioUnitProperty_MaximumFramesPerSlice, inGlobal, anyElement, sizeof(UInt32),                      both,  before,   getSliceLimit,      setSliceLimit,     nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),                     read,  always,   getZeroSeconds,     nullptr,           nullptr},
+    {kAudioUnitProperty_LastRenderError,       inGlobal, anyElement, sizeof(OSStatus),                    read,  always,   getLastRenderError, nullptr,           nullptr},
+    {kAudioUnitProperty_SetRenderCallback,     inInput,  anyElement, sizeof(AURenderCallbackStruct),      write, always,   nullptr,            setRenderCallback, nullptr,           true},
 };
 // clang-format on
 

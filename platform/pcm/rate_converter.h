@@ -3,13 +3,17 @@
 // The first frame out has the time of the first frame in: the filter looks ahead and does not delay.
 #pragma once
 
-#include "platform/pcm/progress.h"
-
 #include <CoreAudio/CoreAudio.h>
 
 #include <memory>
 
 namespace kvxplatform::pcm {
+
+/// How far a conversion went.
+struct Progress {
+    UInt32 used; ///< input frames
+    UInt32 made; ///< output frames
+};
 
 /// One thread at a time calls a converter; no function but prepare allocates.
 class RateConverter {

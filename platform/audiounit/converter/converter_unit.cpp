@@ -1,5 +1,6 @@
 #include "platform/audiounit/converter/converter_unit.h"
 
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/converter/slice_conversion.h"
 #include "platform/pcm/channel_map.h"
 #include "platform/pcm/conversion_quality.h"
@@ -51,11 +52,6 @@ OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
     const auto filter = stateOf<Converter>(unit).quality.filter();
     return give(data,
                 convertsRate(unit) ? pcm::RateConverter::lookAhead(from, to, filter) / from : Float64{0});
-}
-
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -2});
 }
 
 template <UInt32 pcm::ConversionQuality::*field>
@@ -110,12 +106,12 @@ constexpr auto quality = &pcm::ConversionQuality::quality;
 
 // clang-format off
 const Property converterProperties[] = {
-    // property                                         scopes    element     bytes                  access settable get                     set                     size of
-    {kAudioUnitProperty_SupportedNumChannels,           inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts,       nullptr,                nullptr},
-    {kAudioUnitProperty_TailTime,                       inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,                nullptr,                nullptr},
-    {kAudioUnitProperty_RenderQuality,                  inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<quality>,    setQuality<quality>,    nullptr},
-    {kAudioOutputUnitProperty_ChannelMap,               inOutput, 0,          0,                     both,  always,  getChannelMap,          setChannelMap,          channelMapSize, true},
-    {kAudioUnitProperty_SampleRateConverterComplexity,  inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<complexity>, setQuality<complexity>, nullptr},
+    // property                                        scopes    element     bytes                  access settable get                     set                     size of
+    {kAudioUnitProperty_SupportedNumChannels,          inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getAnyChannelCounts,    nullptr,                nullptr},
+    {kAudioUnitProperty_TailTime,                      inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,                nullptr,                nullptr},
+    {kAudioUnitProperty_RenderQuality,                 inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<quality>,    setQuality<quality>,    nullptr},
+    {kAudioOutputUnitProperty_ChannelMap,              inOutput, 0,          0,                     both,  always,  getChannelMap,          setChannelMap,          channelMapSize, true},
+    {kAudioUnitProperty_SampleRateConverterComplexity, inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<complexity>, setQuality<complexity>, nullptr},
 };
 // clang-format on
 

@@ -50,11 +50,6 @@ OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
     return give(data, latencyOf(currentDevice(unit)));
 }
 
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -2});
-}
-
 OSStatus getDevice(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, currentDevice(unit));
@@ -166,7 +161,7 @@ template <bool isHAL> const Property DeviceProperties<isHAL>::rows[] = {
     {kAudioUnitProperty_StreamFormat,                inInput,  1,          formatSize,                  read,                 always,   getDeviceFormat<Side::input>,       nullptr,                            nullptr},
     {kAudioUnitProperty_StreamFormat,                inOutput, 1,          formatSize,                  both,                 before,   getStreamFormat,                    setStreamFormat,                    nullptr},
     {kAudioUnitProperty_Latency,                     inGlobal, anyElement, sizeof(Float64),             read,                 always,   getLatency,                         nullptr,                            nullptr},
-    {kAudioUnitProperty_SupportedNumChannels,        inGlobal, anyElement, sizeof(AUChannelInfo),       read,                 always,   getChannelCounts,                   nullptr,                            nullptr},
+    {kAudioUnitProperty_SupportedNumChannels,        inGlobal, anyElement, sizeof(AUChannelInfo),       read,                 always,   getAnyChannelCounts,                nullptr,                            nullptr},
     {kAudioUnitProperty_SetRenderCallback,           inInput,  0,          callbackSize,                write,                always,   nullptr,                            setRenderCallback,                  nullptr,        true},
     {kAudioOutputUnitProperty_CurrentDevice,         inGlobal, anyElement, sizeof(AudioDeviceID),       isHAL ? both : read,  unlocked, getDevice,                          setDevice,                          nullptr},
     {kAudioOutputUnitProperty_IsRunning,             inGlobal, anyElement, sizeof(UInt32),              read,                 always,   getIsRunning,                       nullptr,                            nullptr},

@@ -1,5 +1,6 @@
 #include "platform/audiounit/output/generic_output.h"
 
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/converter/slice_conversion.h"
 #include "platform/pcm/channel_map.h"
 
@@ -22,18 +23,13 @@ OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
     return give(data, UInt32{stateOf<GenericOutput>(unit).isRunning});
 }
 
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -2});
-}
-
 } // namespace
 
 // clang-format off
 const Property genericOutputProperties[] = {
-    // property                                scopes    element     bytes                  access             settable          get               set      size of
-    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly, Settable::always, getChannelCounts, nullptr, nullptr},
-    {kAudioOutputUnitProperty_IsRunning,       inGlobal, anyElement, sizeof(UInt32),        Access::readOnly, Settable::always, getIsRunning,     nullptr, nullptr},
+    // property                               scopes    element     bytes                  access            settable          get                  set      size of
+    {kAudioUnitProperty_SupportedNumChannels, inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly, Settable::always, getAnyChannelCounts, nullptr, nullptr},
+    {kAudioOutputUnitProperty_IsRunning,      inGlobal, anyElement, sizeof(UInt32),        Access::readOnly, Settable::always, getIsRunning,        nullptr, nullptr},
 };
 // clang-format on
 
