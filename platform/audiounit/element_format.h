@@ -1,4 +1,5 @@
 // Formats of inputs and outputs.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiounit/property.h"

@@ -1,4 +1,5 @@
 // Audio units as components.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiounit/unit_kind.h"
