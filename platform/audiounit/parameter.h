@@ -51,8 +51,9 @@ Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope
 void storeParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                     Float32 value);
 
-/// Count an element's parameters, or list their IDs, at most `most`. Both return how many; the count may
-/// change between two calls. [any]
+/// Count an element's parameters, or list at most `most` of their IDs. Both return how many; the count may
+/// change between two calls.
+/// [any]
 UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element);
 UInt32 parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
                      AudioUnitParameterID* out, UInt32 most);

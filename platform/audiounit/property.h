@@ -36,9 +36,11 @@ struct Property {
     Settable settable;
 
     /// Write the value to `data`. `size` is the capacity and may be reduced. Called with settings.
+    /// [any]
     OSStatus (*get)(Unit&, ElementAddress, void* data, UInt32& size);
 
     /// Set the value. Null `data` with `size` 0 removes the value of a removable property.
+    /// [any]
     OSStatus (*set)(Unit&, ElementAddress, const void* data, UInt32 size);
 
     UInt32 (*sizeOf)(Unit&, ElementAddress); ///< the largest size at present; called with settings

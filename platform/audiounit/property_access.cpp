@@ -13,9 +13,9 @@ bool takesElement(const Unit& unit, const Property& row, ElementAddress address)
 }
 
 /// Find the row for a property at an element. A kind's rows for a property in a scope replace the common
-/// ones. Errors  InvalidProperty, InvalidScope, InvalidElement: no row for the property; none in that scope;
-/// none for
-///         that element.
+/// ones.
+/// Errors  InvalidProperty, InvalidScope, InvalidElement: no row for the property, for the scope, for the
+///         element.
 OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, const Property*& out)
 {
     OSStatus reason = kAudioUnitErr_InvalidProperty;

@@ -1,6 +1,6 @@
 // Reading and writing properties. The search through the tables checks what all properties have in common:
-// whether the unit has the property at that element, its size, its access and whether it can be set now. All
-// functions: [any].
+// address, size, access, and whether the property can be set now.
+// All functions: [any].
 #pragma once
 
 #include "platform/audiounit/property.h"

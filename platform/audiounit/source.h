@@ -7,16 +7,19 @@ namespace kvxplatform::audiounit {
 
 /// Set an input's callback; a null procedure removes it. The slice in progress may still call the former one.
 /// Throws std::bad_alloc. Called with settings.
+/// [any]
 void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback);
 
 /// Connect an input to another unit's output and give the input that format; a null unit disconnects. Called
 /// without a lock.
 /// Errors  InvalidElement: the other unit has no such output; FormatNotSupported: the input cannot have the
 ///         format (an initialised one keeps its own); badComponentInstance: no such unit.
+/// [any]
 OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 
 /// Check that every connected input has the format of the output that feeds it. Called without settings.
 /// Errors  FormatNotSupported; NoConnection when the other unit has been closed.
+/// [main]
 OSStatus checkConnections(Unit& unit);
 
 /// Pull `frames` frames, at most the unit's slice limit, into the input's memory.
@@ -44,6 +47,7 @@ OSStatus pullInto(const AudioBufferList& list, UInt32 first, Unit& unit, UInt32 
 OSStatus passThrough(Unit& unit, Slice& slice);
 
 /// A time stamp `frames` frames of `sampleRate` later.
+/// [any]
 AudioTimeStamp later(const AudioTimeStamp& time, UInt32 frames, Float64 sampleRate,
                      Float64 hostTicksPerSecond);
 

@@ -15,10 +15,12 @@ struct UnitUse {
     Unit* operator->() const { return static_cast<Unit*>(instance->state); }
 };
 
+/// Find the unit that a handle names.
 /// [any]
 UnitUse use(AudioUnit handle);
 
 /// Free the state of an instance; `use` recognises audio units by this function in their family.
+/// [any]
 void destroyUnit(void* unit);
 
 } // namespace kvxplatform::audiounit

@@ -69,22 +69,28 @@ struct Outputs {
 };
 
 /// Whether an element may have a format. Null: canonicalFormat of any rate and channel count.
+/// [any]
 using TakesFormat = Function<class TakesFormatName, bool(const Unit&, AudioUnitScope, AudioUnitElement,
                                                          const AudioStreamBasicDescription&)>;
 
 /// Make the unit's state. May throw.
+/// [main]
 using Open = Function<class OpenName, OSStatus(Unit&)>;
 
 /// Stop the callers of the unit and wait for them. Called without a lock.
+/// [any]
 using Close = Function<class CloseName, void(Unit&)>;
 
 /// Free the state: no thread uses the unit any more.
+/// [any]
 using Destroy = Function<class DestroyName, void(void* state)>;
 
 /// Allocate for the formats, which stay as they are until uninitialize. Called with both locks. May throw.
+/// [main]
 using Initialize = Function<class InitializeName, OSStatus(Unit&)>;
 
 /// Undo initialize. Called with both locks, while no slice is rendered.
+/// [any]
 using Uninitialize = Function<class UninitializeName, void(Unit&)>;
 
 /// Clear filters and delay lines.
@@ -99,7 +105,9 @@ using Render = Function<class RenderName, OSStatus(Unit&, Slice&)>;
 /// [audio & rendering]
 using RenderInside = Function<class RenderInsideName, OSStatus(Unit&, Slice&)>;
 
-/// Output units only. Called with lifeCycle; by a callback inside the unit's own slice without.
+/// Start or stop an output unit. Null: not an output unit. Called with lifeCycle; inside the unit's own slice
+/// without.
+/// [any]
 using Start = Function<class StartName, OSStatus(Unit&)>;
 using Stop = Function<class StopName, OSStatus(Unit&)>;
 

@@ -1,4 +1,5 @@
 // Buffer lists with memory, allocated once and reused for every slice.
+// All functions: [any], one thread at a time; prepare allocates.
 #pragma once
 
 #include "platform/pcm/stream_format.h"
@@ -26,8 +27,7 @@ public:
     void prepare(const AudioStreamBasicDescription& format, UInt32 frames);
     void release() { *this = Buffers(); }
 
-    /// A list of `frames` frames whose buffers point at the memory, samples unchanged. Valid until the next
-    /// call. [any]
+    /// A list of `frames` frames in the memory, samples unchanged. Valid until the next call.
     AudioBufferList& list(UInt32 frames);
 
     std::byte* memory(UInt32 buffer);

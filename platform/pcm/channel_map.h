@@ -1,4 +1,5 @@
 // Channel maps: for each destination channel, the source channel that it plays.
+// All functions: [any]; they allocate.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>

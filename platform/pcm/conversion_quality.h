@@ -1,5 +1,6 @@
 // How a client selects the quality of a rate conversion: a complexity of the filter, and a number from 0 to
 // 127.
+// All functions: [any].
 #pragma once
 
 #include "platform/pcm/rate_converter.h"

@@ -12,6 +12,7 @@
 
 namespace kvxplatform::pcm {
 
+/// No function but prepare allocates.
 class FormatConverter {
 public:
     /// Both formats are linear PCM. Throws std::bad_alloc.

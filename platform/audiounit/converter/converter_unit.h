@@ -1,4 +1,5 @@
 // The converter unit's row: one input in any linear PCM format, one output in any other.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
 #include "platform/audiounit/property.h"

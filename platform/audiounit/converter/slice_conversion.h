@@ -13,8 +13,9 @@ class SliceConversion {
 public:
     using Quality = pcm::Conversion::Quality;
 
-    /// Allocate for the unit's formats and slice limit. Called by the unit's initialize. Throws
-    /// std::bad_alloc. Errors  FormatNotSupported: the rates are too far apart.
+    /// Allocate for the unit's formats and slice limit, in its initialize. Throws std::bad_alloc.
+    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// [main]
     OSStatus prepare(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
     /// Continue with another channel map or quality, without the input that the filter holds. Called with
@@ -24,6 +25,7 @@ public:
     OSStatus replace(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
     /// Undo prepare.
+    /// [any]
     void release(Unit& unit);
 
     /// Clear the filter and the unread input.

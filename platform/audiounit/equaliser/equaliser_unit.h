@@ -1,4 +1,5 @@
 // The graphic equaliser's row: 10 bands of an octave or 31 of a third.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
 #include "platform/audiounit/parameter.h"

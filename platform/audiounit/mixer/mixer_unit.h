@@ -1,4 +1,5 @@
 // The multichannel mixer's row: it sums inputs of any channel count.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
 #include "platform/audiounit/parameter.h"

@@ -12,15 +12,18 @@ namespace kvxplatform::audiounit {
 
 class ClientInput {
 public:
-    /// Allocate for the unit's input format, its slice limit and a device's rate. Called with settings, while
-    /// no slice is rendered. Throws std::bad_alloc. Errors  FormatNotSupported: the rates are too far apart.
+    /// Allocate for the unit's input format and slice limit, and a device's rate. Called with settings, while
+    /// no slice is rendered. Throws std::bad_alloc.
+    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// [main], [worker]
     OSStatus prepare(Unit& unit, Float64 deviceRate);
 
     /// Clear the filter and the unread input.
     /// [audio & rendering]
     void reset();
 
-    /// Set the client's sample time of the next pull.
+    /// Set the client's sample time of the next pull, while no slice is rendered.
+    /// [main]
     void setSampleTime(Float64 frames) { sampleTime_ = frames; }
     UInt32 channels() const { return format_.mChannelsPerFrame; }
 

@@ -5,16 +5,19 @@
 
 namespace kvxplatform::audiounit {
 
-/// Start and stop of the three units that drive a device. Called with lifeCycle; by a callback inside the
-/// unit's own slice without, where a start of a stopped unit is refused and a stop does not wait. Errors  of
-/// the start: the device's own; FormatNotSupported; CannotDoInCurrentContext. [any]
+/// Start and stop of the units that drive a device. Called with lifeCycle; inside the unit's own slice
+/// without: there a start of a stopped unit is refused, and a stop does not wait.
+/// Errors  of the start: the device's own; FormatNotSupported; CannotDoInCurrentContext.
+/// [any]
 OSStatus startDevice(Unit& unit);
 OSStatus stopDevice(Unit& unit);
 
 /// Detach from the device without waiting for a slice, before the state is freed.
+/// [any]
 void abandonDevice(DeviceOutput& state);
 
 /// The device on which the unit runs, or would be started. Called with settings.
+/// [any]
 AudioDeviceID currentDevice(Unit& unit);
 
 /// Select the unit's device; 0 takes the selection back. A running unit moves. Called without a lock.

@@ -1,5 +1,6 @@
 // The rows of the three output units that drive a device. They differ in how the device is chosen, and only
 // the HAL unit has the device's input. An I/O cycle of the device renders them.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
 #include "platform/audiounit/output/device_control.h"

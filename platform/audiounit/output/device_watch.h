@@ -27,8 +27,9 @@ void endListening(AudioDeviceID device);
 /// [any]
 void updateSoon();
 
-/// Have one unit updated soon. It is not freed before, even if it is closed. On a render thread this is
-/// called only for a stop inside the unit's own slice; it takes a lock that is held for a short time. [any]
+/// Have one unit updated soon; it is not freed before, even if it is closed. A render thread calls this only
+/// for a stop inside the unit's own slice. Takes a lock that is held for a short time.
+/// [any]
 void updateSoon(AudioUnit unit, UpdateDevice update);
 
 } // namespace kvxplatform::audiounit

@@ -1,5 +1,6 @@
 // The generic output unit's row: an output unit without a device. The caller that renders its output pulls
 // the client's input, in any linear PCM format and rate on either side.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
 #include "platform/audiounit/property.h"

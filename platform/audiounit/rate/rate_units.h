@@ -1,4 +1,5 @@
 // The rows of the units that change rate and pitch.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
 #include "platform/audiounit/parameter.h"
