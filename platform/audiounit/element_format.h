@@ -6,7 +6,7 @@
 
 namespace kvxplatform::audiounit {
 
-/// Set the format of an input or output. Called with settings.
+/// Set the format of an input or output. Called with the settings lock.
 /// Errors  FormatNotSupported: the unit's kind refuses it.
 OSStatus setFormat(Unit& unit, ElementAddress address, const AudioStreamBasicDescription& format);
 

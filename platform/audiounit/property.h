@@ -35,7 +35,7 @@ struct Property {
     Access access;
     Settable settable;
 
-    /// Write the value to `data`. `size` is the capacity and may be reduced. Called with settings.
+    /// Write the value to `data`. `size` is the capacity and may be reduced. Called with the settings lock.
     /// [any]
     OSStatus (*get)(Unit&, ElementAddress, void* data, UInt32& size);
 
@@ -43,7 +43,7 @@ struct Property {
     /// [any]
     OSStatus (*set)(Unit&, ElementAddress, const void* data, UInt32 size);
 
-    UInt32 (*sizeOf)(Unit&, ElementAddress); ///< the largest size at present; called with settings
+    UInt32 (*sizeOf)(Unit&, ElementAddress); ///< the largest size at present; called with the settings lock
     bool isRemovable = false;
 };
 

@@ -34,7 +34,7 @@ OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, 
     return reason;
 }
 
-// Both with settings.
+// Both are called with the settings lock.
 UInt32 sizeOf(Unit& unit, const Property& row, ElementAddress address)
 {
     return row.size ? row.size : row.sizeOf(unit, address);

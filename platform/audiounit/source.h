@@ -6,7 +6,7 @@
 namespace kvxplatform::audiounit {
 
 /// Set an input's callback; a null procedure removes it. The slice in progress may still call the former one.
-/// Throws std::bad_alloc. Called with settings.
+/// Throws std::bad_alloc. Called with the settings lock.
 /// [any]
 void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback);
 
@@ -17,7 +17,8 @@ void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback)
 /// [any]
 OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 
-/// Check that every connected input has the format of the output that feeds it. Called without settings.
+/// Check that every connected input has the format of the output that feeds it. Called without the settings
+/// lock.
 /// Errors  FormatNotSupported; NoConnection when the other unit has been closed.
 /// [main]
 OSStatus checkConnections(Unit& unit);

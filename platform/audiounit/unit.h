@@ -33,7 +33,7 @@ struct Source {
 
 /// One bus.
 struct Element {
-    AudioStreamBasicDescription format{}; ///< under settings; does not change while initialised
+    AudioStreamBasicDescription format{}; ///< under the settings lock; does not change while initialised
     std::atomic<UInt32> channels{0};      ///< of the format, for readers without a lock
     Published<const Source> source;       ///< inputs only
     pcm::Buffers buffers;                 ///< allocated by initialize [audio & rendering]

@@ -105,8 +105,8 @@ using Render = Function<class RenderName, OSStatus(Unit&, Slice&)>;
 /// [audio & rendering]
 using RenderInside = Function<class RenderInsideName, OSStatus(Unit&, Slice&)>;
 
-/// Start or stop an output unit. Null: not an output unit. Called with lifeCycle; inside the unit's own slice
-/// without.
+/// Start or stop an output unit. Null: not an output unit. Called with the lifeCycle lock, or inside the
+/// unit's own slice.
 /// [any]
 using Start = Function<class StartName, OSStatus(Unit&)>;
 using Stop = Function<class StopName, OSStatus(Unit&)>;

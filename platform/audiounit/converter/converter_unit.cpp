@@ -12,8 +12,8 @@ namespace kvxplatform::audiounit {
 namespace {
 
 struct Converter {
-    pcm::ConversionQuality quality;     ///< under settings
-    std::optional<pcm::ChannelMap> map; ///< that the client set; under settings
+    pcm::ConversionQuality quality;     ///< under the settings lock
+    std::optional<pcm::ChannelMap> map; ///< that the client set; under the settings lock
     SliceConversion conversion;
 };
 
@@ -29,7 +29,7 @@ pcm::ChannelMap channelMapOf(Unit& unit, const std::optional<pcm::ChannelMap>& m
                                        channelsOf(unit, kAudioUnitScope_Output));
 }
 
-/// Change quality and channel map, on an initialised unit at once. Called with settings.
+/// Change quality and channel map, on an initialised unit at once. Called with the settings lock.
 OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional<pcm::ChannelMap> map)
 {
     auto& state = stateOf<Converter>(unit);

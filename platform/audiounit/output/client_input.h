@@ -12,8 +12,8 @@ namespace kvxplatform::audiounit {
 
 class ClientInput {
 public:
-    /// Allocate for the unit's input format and slice limit, and a device's rate. Called with settings, while
-    /// no slice is rendered. Throws std::bad_alloc.
+    /// Allocate for the unit's input format and slice limit, and a device's rate. Called with the settings
+    /// lock, while no slice is rendered. Throws std::bad_alloc.
     /// Errors  FormatNotSupported: the rates are too far apart.
     /// [main], [worker]
     OSStatus prepare(Unit& unit, Float64 deviceRate);

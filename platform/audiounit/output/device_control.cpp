@@ -8,7 +8,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-// All functions here but removeProcedure: called with lifeCycle.
+// All functions here but removeProcedure: called with the lifeCycle lock.
 
 /// Allocate for a device's format.
 OSStatus prepare(Unit& unit, DeviceOutput& state, const DeviceFormat& format)

@@ -5,8 +5,8 @@
 
 namespace kvxplatform::audiounit {
 
-/// Start and stop of the units that drive a device. Called with lifeCycle; inside the unit's own slice
-/// without: there a start of a stopped unit is refused, and a stop does not wait.
+/// Start and stop of the units that drive a device. Called with the lifeCycle lock, or inside the unit's own
+/// slice: there a start of a stopped unit is refused, and a stop does not wait.
 /// Errors  of the start: the device's own; FormatNotSupported; CannotDoInCurrentContext.
 /// [any]
 OSStatus startDevice(Unit& unit);
@@ -16,7 +16,7 @@ OSStatus stopDevice(Unit& unit);
 /// [any]
 void abandonDevice(DeviceOutput& state);
 
-/// The device on which the unit runs, or would be started. Called with settings.
+/// The device on which the unit runs, or would be started. Called with the settings lock.
 /// [any]
 AudioDeviceID currentDevice(Unit& unit);
 

@@ -16,13 +16,13 @@ struct DeviceOutput {
     const AudioHardwarePropertyID defaultSelector; ///< of the system object: the device when none is selected
     const bool followsDefault; ///< moves when the default device changes; none can be selected
 
-    // Under settings.
+    // Under the settings lock.
     AudioDeviceID selected = kAudioDeviceUnknown;
     bool isOutputOn = true, isInputOn = false;
     Published<const pcm::ChannelMap> map;
     Published<const AURenderCallbackStruct> inputCallback;
 
-    // Under lifeCycle.
+    // Under the lifeCycle lock.
     AudioDeviceID device = kAudioDeviceUnknown; ///< that has the unit's I/O procedure
     DeviceFormat format{};
 
@@ -33,7 +33,7 @@ struct DeviceOutput {
     std::atomic<bool> isRunning{false};                           ///< the device has started the procedure
     std::atomic<bool> startsAtZero{true};                         ///< the client's sample time, at each start
 
-    // [audio & rendering], or with lifeCycle while attached to no device.
+    // [audio & rendering], or with the lifeCycle lock while attached to no device.
     ClientInput client;
     pcm::Gain gain = {1, 1};
     const AudioBufferList* cycleInput = nullptr; ///< the device's input, during an I/O cycle
