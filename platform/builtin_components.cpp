@@ -1,5 +1,5 @@
 // The built-in components, family by family in the order of a search.
-#include "platform/audiounit/units.h"
+#include "platform/builtin_units.h"
 #include "platform/components/registry.h"
 #include "platform/soundmanager/mixer.h"
 
@@ -8,7 +8,7 @@
 namespace kvxplatform::components {
 
 const BuiltIn builtIns[] = {
-    {audiounit::unitCount, audiounit::describe},
+    {builtInUnitCount, describeBuiltInUnit},
     {soundmanager::componentCount, soundmanager::describe},
 };
 const std::size_t builtInCount = std::size(builtIns);

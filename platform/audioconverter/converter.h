@@ -16,7 +16,7 @@ namespace kvxplatform::audioconverter {
 /// Properties that a caller can set.
 struct Settings {
     pcm::ConversionQuality quality;
-    std::optional<pcm::Routing> map; ///< empty: the rule of pcm/channel_fold.h
+    std::optional<pcm::ChannelMap> map; ///< empty: the rule of pcm/channel_map.h
 };
 
 struct Converter {

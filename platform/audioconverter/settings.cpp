@@ -1,7 +1,7 @@
 // The formats that a converter accepts, and its properties.
 #include "platform/audioconverter/converter.h"
 
-#include "platform/pcm/channel_fold.h"
+#include "platform/pcm/channel_map.h"
 #include "platform/pcm/linear_pcm.h"
 
 #include <Carbon/Carbon.h>
@@ -13,9 +13,9 @@
 namespace kvxplatform::audioconverter {
 namespace {
 
+using pcm::ChannelMap;
 using pcm::Conversion;
 using pcm::RateConverter;
-using pcm::Routing;
 
 bool isRate(Float64 rate) { return std::isfinite(rate) && rate > 0; }
 
@@ -24,10 +24,10 @@ bool convertsRate(const Converter& converter)
     return converter.source.mSampleRate != converter.destination.mSampleRate;
 }
 
-Routing routingOf(const Converter& converter, const Settings& settings)
+ChannelMap routingOf(const Converter& converter, const Settings& settings)
 {
     return settings.map ? *settings.map
-                        : pcm::foldedRouting(converter.source.mChannelsPerFrame,
+                        : pcm::foldedChannelMap(converter.source.mChannelsPerFrame,
                                              converter.destination.mChannelsPerFrame);
 }
 
@@ -109,7 +109,7 @@ void getPrimeInfo(const Converter& converter, void* data)
 
 void getChannelMap(const Converter& converter, void* data)
 {
-    const Routing map = routingOf(converter, converter.settings);
+    const ChannelMap map = routingOf(converter, converter.settings);
     std::memcpy(data, map.data(), map.size() * sizeof map[0]);
 }
 
@@ -119,7 +119,7 @@ OSStatus setChannelMap(Converter& converter, const void* data)
     settings.map.emplace(converter.destination.mChannelsPerFrame);
     std::memcpy(settings.map->data(), data, settings.map->size() * sizeof(SInt32));
     const bool isMap = std::all_of(settings.map->begin(), settings.map->end(),
-                                   [](SInt32 entry) { return entry >= pcm::noChannel; });
+                                   [](SInt32 entry) { return entry >= pcm::silentChannel; });
     return isMap ? apply(converter, std::move(settings)) : paramErr;
 }
 

@@ -42,7 +42,7 @@ bool ClientReader::prepare()
     block_.resize(std::size_t{blockFrames_} * channels);
     input_.storage.prepare(1);
     return conversion_.prepare(pcm::interleavedFormat(file_.facts().format.mSampleRate, channels), client_,
-                               pcm::foldedRouting(channels, client_.mChannelsPerFrame),
+                               pcm::foldedChannelMap(channels, client_.mChannelsPerFrame),
                                pcm::Conversion::Quality::best);
 }
 

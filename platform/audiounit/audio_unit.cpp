@@ -1,31 +1,15 @@
-// The public calls: find the unit, let nothing be thrown across the border.
-#include "platform/audiounit/audio_unit.h"
-
+// The public C functions of audio units.
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/property_access.h"
 #include "platform/audiounit/render.h"
-#include "platform/audiounit/units.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/support/border.h"
 
-#include <new>
-
 namespace kvxplatform::audiounit {
-
-UnitUse use(AudioUnit handle)
-{
-    components::Instances::Use instance = components::use(handle);
-    OSStatus status = noErr;
-    if (!instance)
-        status = badComponentInstance;
-    else if (instance->component.family != &family || !instance->state)
-        status = badComponentSelector;
-    return {std::move(instance), status};
-}
-
 namespace {
 
-/// `call` over the unit behind a handle, its status or the handle's.
+/// Call a function with the unit that a handle names. Returns its status, or that of the handle.
 template <class Call>
 OSStatus with(AudioUnit handle, Call call)
 {
@@ -94,14 +78,4 @@ OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActionFlags* flags, cons
                          UInt32 bus, UInt32 frames, AudioBufferList* list)
 {
     return with(unit, [&](Unit& u) { return audiounit::render(u, flags, time, bus, frames, list); });
-}
-
-OSStatus AudioUnitAddRenderNotify(AudioUnit unit, AURenderCallback function, void* context)
-{
-    return with(unit, [&](Unit& u) { return audiounit::addNotify(u, function, context); });
-}
-
-OSStatus AudioUnitRemoveRenderNotify(AudioUnit unit, AURenderCallback function, void* context)
-{
-    return with(unit, [&](Unit& u) { return audiounit::removeNotify(u, function, context); });
 }

@@ -1,56 +1,69 @@
-// The properties that every unit has.
+#include "platform/audiounit/common_properties.h"
+
+#include "platform/audiounit/element_format.h"
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/property.h"
 #include "platform/audiounit/source.h"
 
 namespace kvxplatform::audiounit {
 namespace {
 
-Element& elementAt(Unit& unit, Place place) { return unit.scopes[place.scope].elements[place.element]; }
+Element& elementAt(Unit& unit, ElementAddress address)
+{
+    return unit.scopes[address.scope].elements[address.element];
+}
 
 } // namespace
 
-OSStatus setConnection(Unit& unit, Place place, const void* data, UInt32)
+OSStatus setConnection(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    if (!data) return connect(unit, {nullptr, 0, place.element});
+    if (!data) return connect(unit, {nullptr, 0, address.element});
     return connect(unit, valueAt<AudioUnitConnection>(data));
 }
 
-OSStatus setRenderCallback(Unit& unit, Place place, const void* data, UInt32)
+OSStatus setRenderCallback(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    setCallback(unit, place.element, data ? valueAt<AURenderCallbackStruct>(data) : AURenderCallbackStruct{});
+    setCallback(unit, address.element,
+                data ? valueAt<AURenderCallbackStruct>(data) : AURenderCallbackStruct{});
     return noErr;
 }
 
-OSStatus getBypass(Unit& unit, Place, void* data, UInt32&) { return give(data, UInt32{unit.isBypassed}); }
+OSStatus getAnyChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -2});
+}
 
-OSStatus setBypass(Unit& unit, Place, const void* data, UInt32)
+OSStatus getBypass(Unit& unit, ElementAddress, void* data, UInt32&)
+{
+    return give(data, UInt32{unit.isBypassed});
+}
+
+OSStatus setBypass(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     unit.isBypassed = valueAt<UInt32>(data) != 0;
     return noErr;
 }
 
-OSStatus getSampleRate(Unit& unit, Place place, void* data, UInt32&)
+OSStatus getSampleRate(Unit& unit, ElementAddress address, void* data, UInt32&)
 {
-    return give(data, elementAt(unit, place).format.mSampleRate);
+    return give(data, elementAt(unit, address).format.mSampleRate);
 }
 
-OSStatus setSampleRate(Unit& unit, Place place, const void* data, UInt32)
+OSStatus setSampleRate(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    AudioStreamBasicDescription format = elementAt(unit, place).format;
+    AudioStreamBasicDescription format = elementAt(unit, address).format;
     format.mSampleRate = valueAt<Float64>(data);
-    return pcm::hasRateAndChannels(format) ? setFormat(unit, place, format)
+    return pcm::hasRateAndChannels(format) ? setFormat(unit, address, format)
                                            : static_cast<OSStatus>(kAudioUnitErr_InvalidPropertyValue);
 }
 
-OSStatus getStreamFormat(Unit& unit, Place place, void* data, UInt32&)
+OSStatus getStreamFormat(Unit& unit, ElementAddress address, void* data, UInt32&)
 {
-    return give(data, elementAt(unit, place).format);
+    return give(data, elementAt(unit, address).format);
 }
 
-OSStatus setStreamFormat(Unit& unit, Place place, const void* data, UInt32)
+OSStatus setStreamFormat(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    return setFormat(unit, place, valueAt<AudioStreamBasicDescription>(data));
+    return setFormat(unit, address, valueAt<AudioStreamBasicDescription>(data));
 }
 
 namespace {
@@ -58,51 +71,54 @@ namespace {
 const ElementCount& countRule(const Unit& unit, AudioUnitScope scope)
 {
     static constexpr ElementCount one = {1, 1, 1};
-    if (scope == kAudioUnitScope_Input) return unit.kind.inputs;
-    return scope == kAudioUnitScope_Output ? unit.kind.outputs : one;
+    if (scope == kAudioUnitScope_Input) return unit.kind.inputs.count;
+    return scope == kAudioUnitScope_Output ? unit.kind.outputs.count : one;
 }
 
-UInt32 parameterListSize(Unit& unit, Place place)
+UInt32 parameterListSize(Unit& unit, ElementAddress address)
 {
-    return parameterCount(unit, place.scope, place.element) * sizeof(AudioUnitParameterID);
+    return parameterCount(unit, address.scope, address.element) * sizeof(AudioUnitParameterID);
 }
 
-OSStatus getParameterList(Unit& unit, Place place, void* data, UInt32& size)
+OSStatus getParameterList(Unit& unit, ElementAddress address, void* data, UInt32& size)
 {
     constexpr UInt32 each = sizeof(AudioUnitParameterID);
-    size = each * parameterList(unit, place.scope, place.element, static_cast<AudioUnitParameterID*>(data),
-                                size / each);
+    size = each * parameterList(unit, address.scope, address.element,
+                                static_cast<AudioUnitParameterID*>(data), size / each);
     return noErr;
 }
 
-OSStatus getParameterInfo(Unit& unit, Place place, void* data, UInt32&)
+OSStatus getParameterInfo(Unit& unit, ElementAddress address, void* data, UInt32&)
 {
     AudioUnitParameterInfo info{};
-    const OSStatus status = parameterInfo(unit, place.element, place.scope, info);
+    const OSStatus status = parameterInfo(unit, address.element, address.scope, info);
     return status ? status : give(data, info);
 }
 
-OSStatus getElementCount(Unit& unit, Place place, void* data, UInt32&)
+OSStatus getElementCount(Unit& unit, ElementAddress address, void* data, UInt32&)
 {
-    return give(data, unit.scopes[place.scope].count.load());
+    return give(data, unit.scopes[address.scope].count.load());
 }
 
-OSStatus setElementCount(Unit& unit, Place place, const void* data, UInt32)
+OSStatus setElementCount(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    const ElementCount& rule = countRule(unit, place.scope);
+    const ElementCount& rule = countRule(unit, address.scope);
     const UInt32 count = valueAt<UInt32>(data);
-    if (count == unit.scopes[place.scope].count) return noErr;
+    if (count == unit.scopes[address.scope].count) return noErr;
     if (rule.least == rule.most) return kAudioUnitErr_PropertyNotWritable;
     if (count < rule.least || count > rule.most) return kAudioUnitErr_InvalidPropertyValue;
-    unit.scopes[place.scope].count = count;
+    unit.scopes[address.scope].count = count;
     return noErr;
 }
 
-OSStatus getZeroSeconds(Unit&, Place, void* data, UInt32&) { return give(data, Float64{0}); }
+OSStatus getZeroSeconds(Unit&, ElementAddress, void* data, UInt32&) { return give(data, Float64{0}); }
 
-OSStatus getSliceLimit(Unit& unit, Place, void* data, UInt32&) { return give(data, unit.sliceLimit.load()); }
+OSStatus getSliceLimit(Unit& unit, ElementAddress, void* data, UInt32&)
+{
+    return give(data, unit.sliceLimit.load());
+}
 
-OSStatus setSliceLimit(Unit& unit, Place, const void* data, UInt32)
+OSStatus setSliceLimit(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     const UInt32 frames = valueAt<UInt32>(data);
     if (frames == 0) return kAudioUnitErr_InvalidPropertyValue;
@@ -110,7 +126,7 @@ OSStatus setSliceLimit(Unit& unit, Place, const void* data, UInt32)
     return noErr;
 }
 
-OSStatus getLastRenderError(Unit& unit, Place, void* data, UInt32&)
+OSStatus getLastRenderError(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, unit.lastRenderError.exchange(noErr));
 }
@@ -123,37 +139,23 @@ constexpr auto write = Access::writeOnly;
 constexpr auto both = Access::readWrite;
 constexpr UInt32 inBuses = inInput | inOutput;
 
-// clang-format off
-const Property table[] = {
-    // property                                scopes    element     bytes                            access settable  get                 set                size of
-    {kAudioUnitProperty_MakeConnection,        inInput,  anyElement, sizeof(AudioUnitConnection),     write, unlocked, nullptr,            setConnection,     nullptr, true},
-    {kAudioUnitProperty_SampleRate,            inBuses,  anyElement, sizeof(Float64),                 both,  before,   getSampleRate,      setSampleRate,     nullptr},
-    {kAudioUnitProperty_ParameterList,         inAll,    anyElement, 0,                               read,  always,   getParameterList,   nullptr,           parameterListSize},
-    {kAudioUnitProperty_ParameterInfo,         inAll,    anyNumber,  sizeof(AudioUnitParameterInfo),  read,  always,   getParameterInfo,   nullptr,           nullptr},
-    {kAudioUnitProperty_StreamFormat,          inBuses,  anyElement, sizeof(AudioStreamBasicDescription), both, before, getStreamFormat,    setStreamFormat,   nullptr},
-    {kAudioUnitProperty_ElementCount,          inAll,    anyNumber,  sizeof(UInt32),                  both,  before,   getElementCount,    setElementCount,   nullptr},
-    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),                 read,  always,   getZeroSeconds,     nullptr,           nullptr},
-    {kAudioUnitProperty_MaximumFramesPerSlice, inGlobal, anyElement, sizeof(UInt32),                  both,  before,   getSliceLimit,      setSliceLimit,     nullptr},
-    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),                 read,  always,   getZeroSeconds,     nullptr,           nullptr},
-    {kAudioUnitProperty_LastRenderError,       inGlobal, anyElement, sizeof(OSStatus),                read,  always,   getLastRenderError, nullptr,           nullptr},
-    {kAudioUnitProperty_SetRenderCallback,     inInput,  anyElement, sizeof(AURenderCallbackStruct),  write, always,   nullptr,            setRenderCallback, nullptr, true},
-};
-// clang-format on
-
 } // namespace
 
-const Rows<Property> commonProperties = table;
-
-OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& format)
-{
-    const bool isTaken = unit.kind.takesFormat
-                             ? unit.kind.takesFormat(unit, place.scope, place.element, format)
-                             : pcm::isCanonical(format);
-    if (!isTaken) return kAudioUnitErr_FormatNotSupported;
-    Element& element = elementAt(unit, place);
-    element.format = format;
-    element.channels = format.mChannelsPerFrame;
-    return noErr;
-}
+// clang-format off
+const Property commonProperties[] = {
+    // property                                scopes    element     bytes                                access settable  get                 set                size of
+    {kAudioUnitProperty_MakeConnection,        inInput,  anyElement, sizeof(AudioUnitConnection),         write, unlocked, nullptr,            setConnection,     nullptr,           true},
+    {kAudioUnitProperty_SampleRate,            inBuses,  anyElement, sizeof(Float64),                     both,  before,   getSampleRate,      setSampleRate,     nullptr},
+    {kAudioUnitProperty_ParameterList,         inAll,    anyElement, 0,                                   read,  always,   getParameterList,   nullptr,           parameterListSize},
+    {kAudioUnitProperty_ParameterInfo,         inAll,    anyNumber,  sizeof(AudioUnitParameterInfo),      read,  always,   getParameterInfo,   nullptr,           nullptr},
+    {kAudioUnitProperty_StreamFormat,          inBuses,  anyElement, sizeof(AudioStreamBasicDescription), both,  before,   getStreamFormat,    setStreamFormat,   nullptr},
+    {kAudioUnitProperty_ElementCount,          inAll,    anyNumber,  sizeof(UInt32),                      both,  before,   getElementCount,    setElementCount,   nullptr},
+    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),                     read,  always,   getZeroSeconds,     nullptr,           nullptr},
+    {kAudioUnitProperty_MaximumFramesPerSlice, inGlobal, anyElement, sizeof(UInt32),                      both,  before,   getSliceLimit,      setSliceLimit,     nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),                     read,  always,   getZeroSeconds,     nullptr,           nullptr},
+    {kAudioUnitProperty_LastRenderError,       inGlobal, anyElement, sizeof(OSStatus),                    read,  always,   getLastRenderError, nullptr,           nullptr},
+    {kAudioUnitProperty_SetRenderCallback,     inInput,  anyElement, sizeof(AURenderCallbackStruct),      write, always,   nullptr,            setRenderCallback, nullptr,           true},
+};
+// clang-format on
 
 } // namespace kvxplatform::audiounit

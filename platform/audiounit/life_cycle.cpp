@@ -1,10 +1,8 @@
 #include "platform/audiounit/life_cycle.h"
 
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
-
-#include <new>
+#include "platform/support/border.h"
 
 namespace kvxplatform::audiounit {
 namespace {
@@ -28,7 +26,7 @@ void prepareMemory(Scope& scope, UInt32 frames)
 void prepareLists(Scope& scope)
 {
     for (UInt32 i = 0; i < scope.count; ++i)
-        scope.elements[i].piece.prepare(pcm::buffersOf(scope.elements[i].format));
+        scope.elements[i].partialList.prepare(pcm::buffersOf(scope.elements[i].format));
 }
 
 void releaseBuffers(Scope& scope)
@@ -38,14 +36,12 @@ void releaseBuffers(Scope& scope)
 
 OSStatus allocate(Unit& unit)
 {
-    try {
+    return withinBorder(memFullErr, kAudioUnitErr_FailedInitialization, [&]() -> OSStatus {
         prepareLists(unit.inputs());
-        if (!unit.kind.rendersInPlace) prepareMemory(unit.inputs(), unit.sliceLimit);
+        if (unit.kind.inputMemory == InputMemory::ofBus) prepareMemory(unit.inputs(), unit.sliceLimit);
         prepareMemory(unit.outputs(), unit.sliceLimit);
         return unit.kind.initialize ? unit.kind.initialize(unit) : noErr;
-    } catch (const std::bad_alloc&) {
-        return memFullErr;
-    }
+    });
 }
 
 void release(Unit& unit)
@@ -63,8 +59,8 @@ OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out)
     unit->self = self;
     unit->hostTicksPerSecond = AudioGetHostClockFrequency();
     prepareScope(unit->scopes[kAudioUnitScope_Global], {1, 1, 1});
-    prepareScope(unit->inputs(), kind.inputs);
-    prepareScope(unit->outputs(), kind.outputs);
+    prepareScope(unit->inputs(), kind.inputs.count);
+    prepareScope(unit->outputs(), kind.outputs.count);
     prepareParameters(*unit);
     if (kind.open)
         if (const OSStatus status = kind.open(*unit)) return status;
@@ -75,7 +71,7 @@ OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out)
 void close(Unit& unit)
 {
     if (unit.kind.close) unit.kind.close(unit);
-    // Closed from inside its own slice, a unit keeps its memory until the slice has ended.
+    // A unit that is closed inside its own slice still renders from its buffers.
     if (!unit.scope.isInside()) uninitialize(unit);
 }
 
@@ -92,7 +88,7 @@ OSStatus initialize(Unit& unit)
         release(unit);
         return status;
     }
-    unit.isResetWanted = false;
+    unit.isResetPending = false;
     unit.lastRenderError = noErr;
     unit.isInitialized = true;
     return noErr;
@@ -115,7 +111,7 @@ OSStatus reset(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
     if (scope >= scopeCount) return kAudioUnitErr_InvalidScope;
     if (!hasElement(unit, scope, element)) return kAudioUnitErr_InvalidElement;
-    unit.isResetWanted = true;
+    unit.isResetPending = true;
     return noErr;
 }
 
@@ -132,7 +128,7 @@ OSStatus stop(Unit& unit)
 {
     if (!unit.kind.stop) return badComponentSelector;
     if (unit.scope.isInside()) {
-        unit.isEnding = true;
+        unit.isStopping = true;
         return unit.kind.stop(unit);
     }
     const std::lock_guard<std::mutex> life(unit.lifeCycle);

@@ -7,14 +7,14 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-/// A parameter's row, and where its value is among those of one element.
+/// A parameter's row and the index of its value.
 struct Found {
     const Parameter* row = nullptr;
     UInt32 index = 0;  // from the row's first ID
-    UInt32 offset = 0; // among the element's values
+    UInt32 offset = 0; // among the values of one element
 };
 
-/// How many values an element keeps for a row.
+/// How many values an element stores for a row.
 UInt32 storedFor(const Parameter& row) { return row.isReadOnly && row.get ? 0 : row.count; }
 
 UInt32 presentOf(const Unit& unit, const Parameter& row, AudioUnitElement element)
@@ -67,7 +67,7 @@ OSStatus find(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, A
 
 void prepareParameters(Unit& unit)
 {
-    const UInt32 elements[scopeCount] = {1, unit.kind.inputs.most, unit.kind.outputs.most};
+    const UInt32 elements[scopeCount] = {1, unit.kind.inputs.count.most, unit.kind.outputs.count.most};
     for (AudioUnitScope scope = 0; scope < scopeCount; ++scope) {
         unit.scopes[scope].values =
             std::make_unique<std::atomic<Float32>[]>(elements[scope] * valuesOf(unit.kind, scope));

@@ -1,12 +1,13 @@
-// Parameters: numbers that may change while sound runs.
+// Parameters: numbers that may be set while the unit renders.
 #pragma once
 
 #include "platform/audiounit/unit.h"
 
 namespace kvxplatform::audiounit {
 
+/// A row: `count` parameters of consecutive IDs.
 struct Parameter {
-    AudioUnitParameterID id; // the first of `count`
+    AudioUnitParameterID id; ///< of the first
     UInt32 count;
     AudioUnitScope scope;
     const char* name;
@@ -14,41 +15,52 @@ struct Parameter {
     Float32 least, most, initial;
     bool isReadOnly;
 
-    /// Instead of the stored value, where there is none. `index` counts from `id`.
+    /// Compute the value; null: the stored one. `index` counts from `id`.
+    /// [any]
     OSStatus (*get)(Unit&, const Parameter&, AudioUnitElement, UInt32 index, Float32& out);
-    /// Instead of storing the value, which is in range already.
+
+    /// Set a value in range; null: store it.
+    /// [any]
     OSStatus (*set)(Unit&, const Parameter&, AudioUnitElement, UInt32 index, Float32 value);
 
-    /// How many of `count` an element has now; null: all of them. Thread [any], [audio] too.
+    /// How many of `count` an element has at present; null: all.
+    /// [any]
     UInt32 (*present)(const Unit&, AudioUnitElement) = nullptr;
 };
 
-/// Room for the values of every scope, at their defaults. Throws std::bad_alloc.
+/// Allocate the values of every scope, at their defaults. Throws std::bad_alloc.
+/// [main]
 void prepareParameters(Unit& unit);
 
-/// Thread [any], [audio] too. Values out of range become the nearest in range; one that is not a number is
-/// refused.
+/// Get or set a value. A value out of range becomes the nearest in range.
+/// Errors  InvalidScope, InvalidElement, InvalidParameter: no such parameter; PropertyNotWritable: read-only;
+///         InvalidPropertyValue: not a number.
+/// [any]
 OSStatus getParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                       Float32& out);
 OSStatus setParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                       Float32 value);
 
-/// The stored value of a parameter that the kind is known to have. Thread [any], [audio] too.
+/// The stored value of a parameter that the kind has.
+/// [any]
 Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitElement element);
 
-/// Store a value, for a parameter's own setter. Thread [any], [audio] too.
+/// Store a value, for a parameter's setter.
+/// [any]
 void storeParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                     Float32 value);
 
-/// How many parameters an element of the unit has.
+/// Count an element's parameters, or list at most `most` of their IDs. Both return how many; the count may
+/// change between two calls.
+/// [any]
 UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element);
-
-/// Their IDs, at most `most`. Returns how many: the count may have changed meanwhile.
 UInt32 parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
                      AudioUnitParameterID* out, UInt32 most);
 
-/// What a parameter is. InvalidParameter if no element of the scope has it.
+/// Describe a parameter.
+/// Errors  InvalidParameter: no element of the scope has it.
+/// [any]
 OSStatus parameterInfo(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitParameterInfo& out);
 

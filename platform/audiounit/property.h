@@ -1,4 +1,4 @@
-// Properties: a table for each kind of unit, before the table that all units share.
+// Properties: each kind of unit has a table, which is searched before the table that all units share.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -7,9 +7,12 @@ namespace kvxplatform::audiounit {
 
 enum class Access { readOnly, readWrite, writeOnly };
 
-/// When, and which locks its setter is called with: `beforeInitialize` both; `always` settings;
-/// `alwaysUnlocked` none, for a setter that takes its own or speaks to other units or to the device.
-enum class Settable { beforeInitialize, always, alwaysUnlocked };
+/// When a property can be set, and with which locks its setter is called.
+enum class Settable {
+    beforeInitialize, ///< both locks
+    always,           ///< settings
+    alwaysUnlocked,   ///< none: the setter takes them, or calls other units or the device
+};
 
 constexpr UInt32 inGlobal = 1u << kAudioUnitScope_Global;
 constexpr UInt32 inInput = 1u << kAudioUnitScope_Input;
@@ -19,38 +22,32 @@ constexpr UInt32 inAll = inGlobal | inInput | inOutput;
 constexpr AudioUnitElement anyElement = 0xFFFF'FFFF;
 constexpr AudioUnitElement anyNumber = 0xFFFF'FFFE; // the element names something else
 
-/// Where a property is asked for.
-struct Place {
+struct ElementAddress {
     AudioUnitScope scope;
     AudioUnitElement element;
 };
 
 struct Property {
     AudioUnitPropertyID id;
-    UInt32 scopes;            // in…
-    AudioUnitElement element; // one, anyElement that the scope has, or anyNumber
-    UInt32 size;              // of the value; 0: `sizeOf` tells
+    UInt32 scopes;            ///< inGlobal and the like
+    AudioUnitElement element; ///< one; anyElement that the scope has; or anyNumber
+    UInt32 size;              ///< of the value, in bytes; 0: sizeOf returns it
     Access access;
     Settable settable;
 
-    /// The value, into room for its size; `size` is that and may be made smaller. With settings.
-    OSStatus (*get)(Unit&, Place, void* data, UInt32& size);
+    /// Write the value to `data`. `size` is the capacity and may be reduced. Called with the settings lock.
+    /// [any]
+    OSStatus (*get)(Unit&, ElementAddress, void* data, UInt32& size);
 
-    /// A new value. `data` null and `size` 0 take the value away, where the property is one that can be taken
-    /// away.
-    OSStatus (*set)(Unit&, Place, const void* data, UInt32 size);
+    /// Set the value. Null `data` with `size` 0 removes the value of a removable property.
+    /// [any]
+    OSStatus (*set)(Unit&, ElementAddress, const void* data, UInt32 size);
 
-    UInt32 (*sizeOf)(Unit&, Place); // the largest the value can be now. With settings
+    UInt32 (*sizeOf)(Unit&, ElementAddress); ///< the largest size at present; called with the settings lock
     bool isRemovable = false;
 };
 
-extern const Rows<Property> commonProperties;
-
-OSStatus getPropertyInfo(Unit& unit, AudioUnitPropertyID id, Place place, UInt32* size, Boolean* isWritable);
-OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, Place place, void* data, UInt32* size);
-OSStatus setProperty(Unit& unit, AudioUnitPropertyID id, Place place, const void* data, UInt32 size);
-
-/// A value of the right type where a property's setter or getter has bare memory, however aligned.
+/// The value in memory of any alignment, for setters and getters.
 template <class T>
 T valueAt(const void* data)
 {
@@ -58,25 +55,13 @@ T valueAt(const void* data)
     __builtin_memcpy(&value, data, sizeof value);
     return value;
 }
+
+/// Write a value to memory of any alignment. Returns noErr, as a getter does.
 template <class T>
 OSStatus give(void* data, const T& value)
 {
     __builtin_memcpy(data, &value, sizeof value);
     return noErr;
 }
-
-/// Give an input or output a format, if its kind takes it there. With settings.
-OSStatus setFormat(Unit& unit, Place place, const AudioStreamBasicDescription& format);
-
-/// Getters and setters for kinds with rows of their own: of common properties for some elements, and of
-/// bypass.
-OSStatus getStreamFormat(Unit& unit, Place place, void* data, UInt32& size);
-OSStatus setStreamFormat(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus getSampleRate(Unit& unit, Place place, void* data, UInt32& size);
-OSStatus setSampleRate(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus setConnection(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus getBypass(Unit& unit, Place place, void* data, UInt32& size);
-OSStatus setBypass(Unit& unit, Place place, const void* data, UInt32 size);
-OSStatus setRenderCallback(Unit& unit, Place place, const void* data, UInt32 size);
 
 } // namespace kvxplatform::audiounit

@@ -1,8 +1,8 @@
 #include "platform/audiounit/source.h"
 
-#include "platform/audiounit/audio_unit.h"
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/element_format.h"
 #include "platform/audiounit/render.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
@@ -27,13 +27,14 @@ OSStatus outputFormat(const AudioUnitConnection& connection, AudioStreamBasicDes
     return noErr;
 }
 
+/// One pull of an input into a list, in as many calls of its source as the limits need.
 struct Pull {
     Unit& unit;
     const Source& source;
     UInt32 bus;
     AudioUnitRenderActionFlags& flags;
     const AudioBufferList& into;
-    UInt32 frameBytes; // in each of its buffers
+    UInt32 frameBytes; ///< in each of its buffers
 
     std::byte* memory(UInt32 buffer, UInt32 frame) const
     {
@@ -41,9 +42,9 @@ struct Pull {
     }
 
     // Frames [first, first + frames) of the list.
-    OSStatus piece(const AudioTimeStamp& time, UInt32 first, UInt32 frames) const
+    OSStatus callSource(const AudioTimeStamp& time, UInt32 first, UInt32 frames) const
     {
-        AudioBufferList& list = unit.input(bus).piece.list();
+        AudioBufferList& list = unit.input(bus).partialList.list();
         list.mNumberBuffers = into.mNumberBuffers;
         for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
             list.mBuffers[i] = {into.mBuffers[i].mNumberChannels, frames * frameBytes, memory(i, first)};
@@ -53,21 +54,20 @@ struct Pull {
                                     ? renderFrom(from, time, frames, list)
                                     : source.callback.inputProc(source.callback.inputProcRefCon, &flags,
                                                                 &time, bus, frames, &list);
-        if (!status) settle(list, first, frames);
+        if (!status) collect(list, first, frames);
         return status;
     }
 
-    // What the source gave, made whole in our memory: it may have pointed elsewhere, or given less than
-    // asked.
-    void settle(const AudioBufferList& list, UInt32 first, UInt32 frames) const
+    // A source may replace the pointers of the list, or write fewer frames than requested.
+    void collect(const AudioBufferList& list, UInt32 first, UInt32 frames) const
     {
         for (UInt32 i = 0; i < into.mNumberBuffers; ++i) {
             const AudioBuffer& buffer = list.mBuffers[i];
-            std::byte* mine = memory(i, first);
-            const UInt32 given = buffer.mData ? std::min(buffer.mDataByteSize / frameBytes, frames) : 0;
-            const UInt32 bytes = given * frameBytes;
-            if (buffer.mData != mine && given) std::memmove(mine, buffer.mData, bytes);
-            if (given < frames) pcm::silenceBuffer(unit.input(bus).format, mine + bytes, frames - given);
+            std::byte* const own = memory(i, first);
+            const UInt32 written = buffer.mData ? std::min(buffer.mDataByteSize / frameBytes, frames) : 0;
+            const UInt32 bytes = written * frameBytes;
+            if (buffer.mData != own && written) std::memmove(own, buffer.mData, bytes);
+            if (written < frames) pcm::silenceBuffer(unit.input(bus).format, own + bytes, frames - written);
         }
     }
 
@@ -79,18 +79,17 @@ struct Pull {
         return render(*feeding, &flags, &time, from.sourceOutputNumber, frames, &list);
     }
 
-    // `own` is the input's limit.
-    UInt32 limit(UInt32 own) const
+    UInt32 framesPerCall(UInt32 inputLimit) const
     {
-        if (!source.connection.sourceAudioUnit) return own;
+        if (!source.connection.sourceAudioUnit) return inputLimit;
         const UnitUse feeding = use(source.connection.sourceAudioUnit);
-        return feeding.status ? own : std::min<UInt32>(own, feeding->sliceLimit);
+        return feeding.status ? inputLimit : std::min<UInt32>(inputLimit, feeding->sliceLimit);
     }
 };
 
-OSStatus pullPieces(const AudioBufferList& into, UInt32 first, Unit& unit, UInt32 bus,
+OSStatus pullFrames(const AudioBufferList& into, UInt32 first, Unit& unit, UInt32 bus,
                     AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time, UInt32 frames,
-                    UInt32 ownLimit)
+                    UInt32 inputLimit)
 {
     const AudioStreamBasicDescription& format = unit.input(bus).format;
     OSStatus status = kAudioUnitErr_NoConnection;
@@ -98,13 +97,13 @@ OSStatus pullPieces(const AudioBufferList& into, UInt32 first, Unit& unit, UInt3
     const Source* source = unit.input(bus).source.get();
     if (source) {
         const Pull from{unit, *source, bus, flags, into, format.mBytesPerFrame};
-        const UInt32 limit = std::max<UInt32>(from.limit(ownLimit), 1);
+        const UInt32 limit = std::max<UInt32>(from.framesPerCall(inputLimit), 1);
         status = noErr;
-        while (done < frames && !status && !unit.isEnding) {
+        while (done < frames && !status && !unit.isStopping) {
             const UInt32 now = std::min(limit, frames - done);
             const AudioTimeStamp at =
                 done ? later(time, done, format.mSampleRate, unit.hostTicksPerSecond) : time;
-            status = from.piece(at, first + done, now);
+            status = from.callSource(at, first + done, now);
             done += now;
         }
     }
@@ -159,17 +158,17 @@ OSStatus checkConnections(Unit& unit)
 {
     for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
         AudioUnitConnection connection{};
-        AudioStreamBasicDescription wanted, given;
+        AudioStreamBasicDescription expected, present;
         {
             const std::lock_guard<std::mutex> guard(unit.settings);
             if (const Source* source = unit.input(bus).source.get()) connection = source->connection;
-            wanted = unit.input(bus).format;
+            expected = unit.input(bus).format;
         }
         if (!connection.sourceAudioUnit) continue;
-        const OSStatus status = outputFormat(connection, given);
+        const OSStatus status = outputFormat(connection, present);
         if (status == badComponentInstance) return kAudioUnitErr_NoConnection;
         if (status) return status;
-        if (!pcm::isSameFormat(wanted, given)) return kAudioUnitErr_FormatNotSupported;
+        if (!pcm::isSameFormat(expected, present)) return kAudioUnitErr_FormatNotSupported;
     }
     return noErr;
 }
@@ -181,16 +180,23 @@ OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const A
 }
 
 OSStatus pull(Unit& unit, UInt32 bus, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
-              UInt32 frames, UInt32 ownLimit, AudioBufferList*& out)
+              UInt32 frames, UInt32 limit, AudioBufferList*& out)
 {
-    out = &unit.input(bus).buffers.lend(frames);
-    return pullPieces(*out, 0, unit, bus, flags, time, frames, ownLimit);
+    out = &unit.input(bus).buffers.list(frames);
+    return pullFrames(*out, 0, unit, bus, flags, time, frames, limit);
 }
 
 OSStatus pullInto(const AudioBufferList& list, UInt32 first, Unit& unit, UInt32 bus,
                   AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time, UInt32 frames)
 {
-    return pullPieces(list, first, unit, bus, flags, time, frames, unit.sliceLimit);
+    return pullFrames(list, first, unit, bus, flags, time, frames, unit.sliceLimit);
+}
+
+OSStatus passThrough(Unit& unit, Slice& slice)
+{
+    if (!pcm::isSameFormat(unit.input(0).format, unit.output(slice.bus).format))
+        return kAudioUnitErr_FormatNotSupported;
+    return pullInto(slice.out, 0, unit, 0, slice.flags, slice.time, slice.frames);
 }
 
 } // namespace kvxplatform::audiounit

@@ -1,15 +1,16 @@
-// The records of audio units. A unit is what its kind's row says it is; the functions over it are plain.
+// The records of an open audio unit.
 //
-// Two locks, and what needs none:
+// Locks, in this order:
 //
-// - `lifeCycle` is held while a unit is initialised, uninitialised, started, stopped or moved to another
-//   device. Its holder may wait for a slice to end, so an audio thread never waits for it.
+// - `lifeCycle` is held while the unit is initialised, uninitialised, started, stopped or moved to another
+//   device. Its holder may wait for a slice to end, so a render thread never takes it.
 //
-// - `settings` is held for a moment by whoever reads or writes what a property shows. Taken after the other.
+// - `settings` is held while a property is read or written, for a short time.
 //
-// - What a slice reads is an atomic, or published, or unchanged while the unit is initialised.
+// A slice reads atomics, published records, and fields that do not change while the unit is initialised.
 #pragma once
 
+#include "platform/audiounit/unit_kind.h"
 #include "platform/pcm/buffers.h"
 #include "platform/pcm/stream_format.h"
 #include "platform/support/published.h"
@@ -18,102 +19,31 @@
 #include <Carbon/Carbon.h>
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 namespace kvxplatform::audiounit {
 
-struct Unit;
-struct Property;
-struct Parameter;
-
-/// A table of facts.
-template <class T>
-struct Rows {
-    constexpr Rows() = default;
-    template <std::size_t n>
-    constexpr Rows(const T (&rows)[n]) : first(rows), count(n)
-    {
-    }
-    constexpr const T* begin() const { return first; }
-    constexpr const T* end() const { return first + count; }
-    const T* first = nullptr;
-    std::size_t count = 0;
-};
-
-/// How many elements (buses) a scope has. It can be changed where the limits differ.
-struct ElementCount {
-    UInt32 initial, least, most;
-};
-
-/// A slice on its way through a unit.
-struct Slice {
-    AudioUnitRenderActionFlags& flags;
-    const AudioTimeStamp& time;
-    UInt32 bus; // of the output
-    UInt32 frames;
-    AudioBufferList& out;
-};
-
-/// What a kind of unit is. What a row does not name is the common behaviour.
-struct UnitKind {
-    OSType type = 0, subType = 0;
-    const char* name = nullptr;
-    ElementCount inputs = {1, 1, 1}, outputs = {1, 1, 1};
-    Rows<Property> properties; // before the common ones
-    Rows<Parameter> parameters;
-
-    /// Whether a format may be set there. Null: canonicalFormat of any rate and channels.
-    bool (*takesFormat)(const Unit&, AudioUnitScope, AudioUnitElement,
-                        const AudioStreamBasicDescription&) = nullptr;
-
-    OSStatus (*open)(Unit&) = nullptr;           // makes its state
-    void (*close)(Unit&) = nullptr;              // stops what calls back, waits for it. With no lock
-    void (*destroy)(void* state) = nullptr;      // nobody uses the unit any more
-    OSStatus (*initialize)(Unit&) = nullptr;     // formats are settled: allocate. With both locks
-    void (*uninitialize)(Unit&) = nullptr;       // undo it; no slice runs. With both locks
-    void (*reset)(Unit&) = nullptr;              // forget the past. Thread [audio & in a slice]
-    OSStatus (*render)(Unit&, Slice&) = nullptr; // null: nobody but the device pulls
-
-    /// A slice that a callback of the unit asks for inside the unit's own. Null: refused.
-    OSStatus (*renderInside)(Unit&, Slice&) = nullptr;
-
-    /// Output units only. With `lifeCycle`; inside a slice of the unit without.
-    OSStatus (*start)(Unit&) = nullptr;
-    OSStatus (*stop)(Unit&) = nullptr;
-
-    /// Inputs are pulled into the slice or into memory of the kind's own: they are given none.
-    bool rendersInPlace = false;
-};
-
-/// Where an input's sound comes from.
+/// What an input pulls its frames from.
 struct Source {
-    AURenderCallbackStruct callback; // or
-    AudioUnitConnection connection;  // when its unit is not null
+    AURenderCallbackStruct callback; ///< used when the connection names no unit
+    AudioUnitConnection connection;
 };
 
 /// One bus.
 struct Element {
-    AudioStreamBasicDescription format{}; // under settings; fixed while initialised
-    std::atomic<UInt32> channels{0};      // the format's, for who asks without a lock
-    Published<const Source> source;       // inputs only
-    pcm::Buffers buffers;                 // made by initialize; [audio & in a slice]
-    pcm::ListStorage piece;               // likewise, inputs only: a list for part of a slice
+    AudioStreamBasicDescription format{}; ///< under the settings lock; does not change while initialised
+    std::atomic<UInt32> channels{0};      ///< of the format, for readers without a lock
+    Published<const Source> source;       ///< inputs only
+    pcm::Buffers buffers;                 ///< allocated by initialize [audio & rendering]
+    pcm::ListStorage partialList;         ///< inputs only: the list for a part of a slice [audio & rendering]
 };
 
 struct Scope {
-    std::unique_ptr<Element[]> elements; // as many as there can ever be, so that none moves
+    std::unique_ptr<Element[]> elements; ///< as many as the limit, so that none ever moves
     std::atomic<UInt32> count{0};
-    std::unique_ptr<std::atomic<Float32>[]> values; // of the parameters: elements x parameters of the scope
-};
-
-/// Who is told of each slice.
-struct Notify {
-    AURenderCallback function;
-    void* context;
+    std::unique_ptr<std::atomic<Float32>[]> values; ///< [element * parameters of the scope + parameter]
 };
 
 struct Unit {
@@ -126,22 +56,21 @@ struct Unit {
 
     const UnitKind& kind;
     AudioUnit self = nullptr;
-    void* state = nullptr; // the kind's own record
+    void* state = nullptr; ///< the kind's record
 
     std::mutex lifeCycle;
     std::mutex settings;
 
-    Scope scopes[3]; // global, input, output
-    Published<const std::vector<Notify>> notifies;
+    Scope scopes[3]; ///< global, input, output
 
-    std::atomic<UInt32> sliceLimit{1156};
+    std::atomic<UInt32> sliceLimit{1156}; ///< frames
     std::atomic<bool> isInitialized{false};
-    std::atomic<bool> isResetWanted{false};
-    std::atomic<bool> isBypassed{false}; // for kinds that have the property and look here in their render
+    std::atomic<bool> isResetPending{false};
+    std::atomic<bool> isBypassed{false}; ///< for kinds that have the property
     std::atomic<OSStatus> lastRenderError{noErr};
-    std::atomic<bool> isEnding{false}; // stopped inside the slice that runs: its sources are asked no more
-    RenderScope scope;                 // of the slice that runs
-    Float64 hostTicksPerSecond = 0;    // fixed once open
+    std::atomic<bool> isStopping{false}; ///< stopped inside the present slice: sources are not called again
+    RenderScope scope;                   ///< of the slice in progress
+    Float64 hostTicksPerSecond = 0;      ///< does not change once open
 
     Scope& inputs() { return scopes[kAudioUnitScope_Input]; }
     Scope& outputs() { return scopes[kAudioUnitScope_Output]; }
@@ -151,7 +80,8 @@ struct Unit {
 
 constexpr UInt32 scopeCount = 3;
 
-/// Whether the unit has such an element. Thread [any].
+/// Whether the unit has that element.
+/// [any]
 inline bool hasElement(const Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
     return scope < scopeCount && element < unit.scopes[scope].count.load(std::memory_order_relaxed);

@@ -1,7 +1,7 @@
 #include "platform/augraph/head.h"
 
 #include "platform/audiounit/life_cycle.h"
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/property_access.h"
 #include "platform/augraph/unit_calls.h"
 
 namespace kvxplatform::augraph {

@@ -1,6 +1,6 @@
 #include "platform/augraph/nodes.h"
 
-#include "platform/audiounit/units.h"
+#include "platform/audiounit/family.h"
 #include "platform/components/instances.h"
 #include "platform/components/registry.h"
 

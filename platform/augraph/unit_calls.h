@@ -2,7 +2,7 @@
 // own calls.
 #pragma once
 
-#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/unit_handle.h"
 
 namespace kvxplatform::augraph {
 

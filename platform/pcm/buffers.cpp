@@ -9,42 +9,42 @@ namespace kvxplatform::pcm {
 
 void ListStorage::prepare(UInt32 buffers)
 {
-    // At least two records, the second one empty: some callbacks silence a pair whatever the count.
+    // Some callbacks silence two buffers whatever the count: the second one exists and is empty.
     const std::size_t records = buffers < 2 ? 2 : buffers;
     const std::size_t size = offsetof(AudioBufferList, mBuffers) + records * sizeof(AudioBuffer);
-    words.assign((size + 7) / 8, 0);
+    words_.assign((size + 7) / 8, 0);
     list().mNumberBuffers = buffers;
 }
 
 void Buffers::prepare(const AudioStreamBasicDescription& format, UInt32 frames)
 {
-    constexpr std::uint64_t unit = 16;
+    constexpr std::uint64_t alignment = 16;
     const UInt32 count = buffersOf(format);
-    const std::uint64_t units = (std::uint64_t{frames} * format.mBytesPerFrame + unit - 1) / unit;
-    // A list says its bytes in 32 bits; the whole must fit the address space.
+    const std::uint64_t wholeBytes = std::uint64_t{frames} * format.mBytesPerFrame;
+    const std::uint64_t bytes = (wholeBytes + alignment - 1) / alignment * alignment;
+    // A list counts the bytes of a buffer in 32 bits.
     const std::uint64_t most = static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max());
-    if (units * unit > std::numeric_limits<UInt32>::max() || units * unit * count > most)
-        throw std::bad_alloc();
+    if (bytes > std::numeric_limits<UInt32>::max() || bytes * count > most) throw std::bad_alloc();
 
-    storage.prepare(count);
-    samples.assign(static_cast<std::size_t>(units * count * unit / 8), 0);
-    bufferBytes = static_cast<std::size_t>(units * unit);
-    bufferCount = count;
-    bufferChannels = channelsPerBuffer(format);
-    frameBytes = format.mBytesPerFrame;
+    storage_.prepare(count);
+    samples_.assign(static_cast<std::size_t>(bytes * count / 8), 0);
+    bufferBytes_ = static_cast<std::size_t>(bytes);
+    bufferCount_ = count;
+    bufferChannels_ = channelsPerBuffer(format);
+    frameBytes_ = format.mBytesPerFrame;
 }
 
 std::byte* Buffers::memory(UInt32 buffer)
 {
-    return reinterpret_cast<std::byte*>(samples.data()) + buffer * bufferBytes;
+    return reinterpret_cast<std::byte*>(samples_.data()) + buffer * bufferBytes_;
 }
 
-AudioBufferList& Buffers::lend(UInt32 frames)
+AudioBufferList& Buffers::list(UInt32 frames)
 {
-    AudioBufferList& list = storage.list();
-    list.mNumberBuffers = bufferCount;
-    for (UInt32 i = 0; i < bufferCount; ++i)
-        list.mBuffers[i] = {bufferChannels, frames * frameBytes, memory(i)};
+    AudioBufferList& list = storage_.list();
+    list.mNumberBuffers = bufferCount_;
+    for (UInt32 i = 0; i < bufferCount_; ++i)
+        list.mBuffers[i] = {bufferChannels_, frames * frameBytes_, memory(i)};
     return list;
 }
 

@@ -1,4 +1,5 @@
-// Buffer lists with memory of their own, prepared once and lent out slice by slice.
+// Buffer lists with memory, allocated once and reused for every slice.
+// All functions: [any], one thread at a time; prepare allocates.
 #pragma once
 
 #include "platform/pcm/stream_format.h"
@@ -9,43 +10,37 @@
 
 namespace kvxplatform::pcm {
 
-/// Memory for a buffer list of `buffers` buffers, at least two.
+/// Memory for a buffer list, without samples.
 class ListStorage {
 public:
+    /// Allocate for `buffers` buffers, at least two. Throws std::bad_alloc.
     void prepare(UInt32 buffers);
-    AudioBufferList& list() { return *reinterpret_cast<AudioBufferList*>(words.data()); }
+    AudioBufferList& list() { return *reinterpret_cast<AudioBufferList*>(words_.data()); }
 
 private:
-    std::vector<std::uint64_t> words;
+    std::vector<std::uint64_t> words_;
 };
 
 class Buffers {
 public:
-    /// Memory for slices of up to `frames` frames of `format`. Throws std::bad_alloc.
+    /// Allocate for slices of up to `frames` frames of `format`. Throws std::bad_alloc.
     void prepare(const AudioStreamBasicDescription& format, UInt32 frames);
     void release() { *this = Buffers(); }
 
-    /// The list for a slice of `frames` frames, its buffers pointing at the memory, which keeps what it held.
-    /// Allocates nothing.
-    AudioBufferList& lend(UInt32 frames);
+    /// A list of `frames` frames in the memory, samples unchanged. Valid until the next call.
+    AudioBufferList& list(UInt32 frames);
 
     std::byte* memory(UInt32 buffer);
-    UInt32 bytesPerFrame() const { return frameBytes; }
+    UInt32 bytesPerFrame() const { return frameBytes_; }
 
 private:
-    ListStorage storage;
-    std::vector<std::uint64_t> samples;
-    std::size_t bufferBytes = 0; // of each buffer, a multiple of 16
-    UInt32 bufferCount = 0, bufferChannels = 0, frameBytes = 0;
+    ListStorage storage_;
+    std::vector<std::uint64_t> samples_;
+    std::size_t bufferBytes_ = 0; ///< of each buffer, a multiple of 16
+    UInt32 bufferCount_ = 0, bufferChannels_ = 0, frameBytes_ = 0;
 };
 
-/// Bytes of a slice, in each buffer.
-inline UInt32 bytesOf(const AudioStreamBasicDescription& format, UInt32 frames)
-{
-    return frames * format.mBytesPerFrame;
-}
-
-/// Silence in every buffer of a list.
+/// Fill every buffer of a list with zero bytes.
 void clear(AudioBufferList& list);
 
 } // namespace kvxplatform::pcm

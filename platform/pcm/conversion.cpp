@@ -8,120 +8,119 @@ namespace {
 
 constexpr UInt32 blockFrames = 512;
 
-AudioBufferList listOf(std::vector<Float32>& block, UInt32 firstFrame, UInt32 channels)
+AudioBufferList listOf(std::vector<Float32>& block, UInt32 channels)
 {
-    const std::size_t first = std::size_t{firstFrame} * channels;
-    return {
-        1, {{channels, static_cast<UInt32>((block.size() - first) * sizeof(Float32)), block.data() + first}}};
+    return {1, {{channels, static_cast<UInt32>(block.size() * sizeof(Float32)), block.data()}}};
 }
 
 } // namespace
 
 bool Conversion::prepare(const AudioStreamBasicDescription& source,
-                         const AudioStreamBasicDescription& destination, const Routing& routing,
+                         const AudioStreamBasicDescription& destination, const ChannelMap& map,
                          Quality quality)
 {
-    from = source.mSampleRate;
-    to = destination.mSampleRate;
-    rate.reset();
-    if (from == to) {
-        whole.prepare(source, destination, routing);
+    sourceRate_ = source.mSampleRate;
+    destinationRate_ = destination.mSampleRate;
+    rate_.reset();
+    if (sourceRate_ == destinationRate_) {
+        direct_.prepare(source, destination, map);
         return true;
     }
     const bool narrows = destination.mChannelsPerFrame < source.mChannelsPerFrame;
-    channels = narrows ? destination.mChannelsPerFrame : source.mChannelsPerFrame;
+    channels_ = narrows ? destination.mChannelsPerFrame : source.mChannelsPerFrame;
     auto converter = std::make_unique<RateConverter>();
-    if (!converter->prepare(from, to, channels, quality)) return false;
+    if (!converter->prepare(sourceRate_, destinationRate_, channels_, quality)) return false;
 
-    // Channels change places on the side where they are fewer.
-    Routing straight(channels);
-    for (UInt32 i = 0; i < channels; ++i) straight[i] = static_cast<SInt32>(i);
-    before.prepare(source, interleavedFormat(from, channels), narrows ? routing : straight);
-    after.prepare(interleavedFormat(to, channels), destination, narrows ? straight : routing);
-    taken.assign(std::size_t{blockFrames} * channels, 0);
-    given.assign(std::size_t{blockFrames} * channels, 0);
-    ahead = RateConverter::lookAhead(from, to, quality);
-    rate = std::move(converter);
+    // The channel map applies on the side with fewer channels.
+    const ChannelMap identity = identityChannelMap(channels_);
+    toFloats_.prepare(source, interleavedFormat(sourceRate_, channels_), narrows ? map : identity);
+    fromFloats_.prepare(interleavedFormat(destinationRate_, channels_), destination,
+                        narrows ? identity : map);
+    inBlock_.assign(std::size_t{blockFrames} * channels_, 0);
+    outBlock_.assign(std::size_t{blockFrames} * channels_, 0);
+    lookAhead_ = RateConverter::lookAhead(sourceRate_, destinationRate_, quality);
+    rate_ = std::move(converter);
     reset();
     return true;
 }
 
 void Conversion::reset()
 {
-    if (rate) rate->reset();
-    waiting = 0;
-    framesIn = framesOut = 0;
+    if (rate_) rate_->reset();
+    unread_ = 0;
+    framesIn_ = framesOut_ = 0;
 }
 
 UInt32 Conversion::framesFor(UInt32 frames) const
 {
-    if (!rate) return std::max(frames, UInt32{1});
+    if (!rate_) return std::max(frames, UInt32{1});
     constexpr double most = std::numeric_limits<SInt32>::max();
-    const double position = (static_cast<double>(framesOut) + frames) * from / to;
-    const double missing = position + ahead - static_cast<double>(framesIn);
+    const double position = (static_cast<double>(framesOut_) + frames) * sourceRate_ / destinationRate_;
+    const double missing = position + lookAhead_ - static_cast<double>(framesIn_);
     return static_cast<UInt32>(std::clamp(missing, 1.0, most));
 }
 
-bool Conversion::takeIn(const AudioBufferList& in, UInt32 first, UInt32 frames)
+bool Conversion::readBlock(const AudioBufferList& in, UInt32 first, UInt32 frames)
 {
-    if (waiting || !frames) return false;
-    AudioBufferList block = listOf(taken, 0, channels);
-    before.run(in, first, frames, block, 0);
-    waitingFrom = 0;
-    waiting = frames;
+    if (unread_ || !frames) return false;
+    AudioBufferList block = listOf(inBlock_, channels_);
+    toFloats_.run(in, first, frames, block, 0);
+    unreadFrom_ = 0;
+    unread_ = frames;
     return true;
 }
 
-UInt32 Conversion::giveOut(AudioBufferList& out, UInt32 firstOut, UInt32 room)
+UInt32 Conversion::writeBlock(AudioBufferList& out, UInt32 firstOut, UInt32 capacity)
 {
-    const auto piece = rate->process(waiting ? taken.data() + std::size_t{waitingFrom} * channels : nullptr,
-                                     waiting, given.data(), std::min(room, blockFrames));
-    waitingFrom += piece.used;
-    waiting -= piece.used;
-    after.run(listOf(given, 0, channels), 0, piece.made, out, firstOut);
-    framesOut += piece.made;
-    return piece.made;
+    const Progress progress =
+        rate_->process(unread_ ? inBlock_.data() + std::size_t{unreadFrom_} * channels_ : nullptr, unread_,
+                       outBlock_.data(), std::min(capacity, blockFrames));
+    unreadFrom_ += progress.used;
+    unread_ -= progress.used;
+    fromFloats_.run(listOf(outBlock_, channels_), 0, progress.made, out, firstOut);
+    framesOut_ += progress.made;
+    return progress.made;
 }
 
-Conversion::Piece Conversion::convert(const AudioBufferList& in, UInt32 first, UInt32 frames,
-                                      AudioBufferList& out, UInt32 firstOut, UInt32 room)
+Progress Conversion::convert(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
+                             UInt32 firstOut, UInt32 capacity)
 {
-    if (!rate) {
-        const UInt32 both = std::min(frames, room);
-        whole.run(in, first, both, out, firstOut);
+    if (!rate_) {
+        const UInt32 both = std::min(frames, capacity);
+        direct_.run(in, first, both, out, firstOut);
         return {both, both};
     }
-    Piece piece{0, 0};
-    while (piece.made < room) {
-        const UInt32 next = std::min(frames - piece.used, blockFrames);
-        const bool hasTaken = takeIn(in, first + piece.used, next);
-        if (hasTaken) {
-            piece.used += next;
-            framesIn += next;
+    Progress progress{0, 0};
+    while (progress.made < capacity) {
+        const UInt32 next = std::min(frames - progress.used, blockFrames);
+        const bool hasRead = readBlock(in, first + progress.used, next);
+        if (hasRead) {
+            progress.used += next;
+            framesIn_ += next;
         }
-        const UInt32 waitedFor = waiting;
-        const UInt32 made = giveOut(out, firstOut + piece.made, room - piece.made);
-        piece.made += made;
-        if (!made && !hasTaken && waiting == waitedFor) break;
+        const UInt32 unreadBefore = unread_;
+        const UInt32 made = writeBlock(out, firstOut + progress.made, capacity - progress.made);
+        progress.made += made;
+        if (!made && !hasRead && unread_ == unreadBefore) break;
     }
-    return piece;
+    return progress;
 }
 
-UInt32 Conversion::drain(AudioBufferList& out, UInt32 firstOut, UInt32 room)
+UInt32 Conversion::drain(AudioBufferList& out, UInt32 firstOut, UInt32 capacity)
 {
-    if (!rate) return 0;
-    // A product of whole numbers, divided once: exact as long as it stays below 2^53.
-    const double total = static_cast<double>(framesIn) * to / from;
+    if (!rate_) return 0;
+    // One division of a product of whole numbers: exact below 2^53.
+    const double total = static_cast<double>(framesIn_) * destinationRate_ / sourceRate_;
     auto length = static_cast<std::uint64_t>(total);
     if (static_cast<double>(length) < total) ++length;
-    const auto left = static_cast<UInt32>(std::min<std::uint64_t>(length - framesOut, room));
+    const auto left = static_cast<UInt32>(std::min<std::uint64_t>(length - framesOut_, capacity));
     for (UInt32 done = 0; done < left;) {
-        if (!waiting) {
-            std::fill(taken.begin(), taken.end(), 0.0f);
-            waitingFrom = 0;
-            waiting = blockFrames;
+        if (!unread_) {
+            std::fill(inBlock_.begin(), inBlock_.end(), 0.0f);
+            unreadFrom_ = 0;
+            unread_ = blockFrames;
         }
-        done += giveOut(out, firstOut + done, left - done);
+        done += writeBlock(out, firstOut + done, left - done);
     }
     return left;
 }

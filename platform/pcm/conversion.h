@@ -1,13 +1,11 @@
-// Linear PCM into any other, of another rate too: what is put in comes out, in whatever pieces.
+// Linear PCM of one format into another, of another sample rate too.
 //
-// Shape    the first frame out stands where the first frame in stood; n frames in give, once drained,
-//          n x (rate out / rate in) frames, rounded up.
-//
-// Thread   [any], one call at a time; [audio] too, but preparing. Nothing else allocates.
+// The first frame out has the time of the first frame in. n frames in give, after draining, n * rate out /
+// rate in frames, rounded up.
 #pragma once
 
+#include "platform/pcm/format_converter.h"
 #include "platform/pcm/rate_converter.h"
-#include "platform/pcm/translation.h"
 
 #include <cstdint>
 #include <memory>
@@ -15,52 +13,48 @@
 
 namespace kvxplatform::pcm {
 
+/// One thread at a time calls a conversion; no function but prepare allocates.
 class Conversion {
 public:
     using Quality = RateConverter::Quality;
 
     /// Both formats are linear PCM. False: the rates are further apart than 1 to 256, or differ while both
     /// sides have more than 128 channels. Throws std::bad_alloc.
-    bool prepare(const AudioStreamBasicDescription& from, const AudioStreamBasicDescription& to,
-                 const Routing& routing, Quality quality);
+    bool prepare(const AudioStreamBasicDescription& source, const AudioStreamBasicDescription& destination,
+                 const ChannelMap& map, Quality quality);
 
-    /// Forget the past.
+    /// Clear the filter and the unread input.
     void reset();
 
-    bool convertsRate() const { return rate != nullptr; }
+    bool convertsRate() const { return rate_ != nullptr; }
 
-    /// How many frames have to come in for `frames` more to come out: at least 1.
+    /// How many more input frames `frames` more output frames need: at least 1.
     UInt32 framesFor(UInt32 frames) const;
 
-    struct Piece {
-        UInt32 used, made;
-    };
+    /// Convert frames [first, first + frames) of `in` into frames [firstOut, firstOut + capacity) of `out`,
+    /// until the input is used or the output is full. Reads and writes as FormatConverter::run.
+    Progress convert(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
+                     UInt32 firstOut, UInt32 capacity);
 
-    /// Convert frames [first, first + frames) of `in` into frames [firstOut, firstOut + room) of `out`, as
-    /// far as both go: all of the one is used, or all of the other made. As Translation::run reads and
-    /// writes.
-    Piece convert(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
-                  UInt32 firstOut, UInt32 room);
-
-    /// Nothing more comes in: write up to `room` frames of what is left, and say how many. Only reset or more
-    /// draining may follow.
-    UInt32 drain(AudioBufferList& out, UInt32 firstOut, UInt32 room);
+    /// After the last input: write up to `capacity` frames of the rest and return how many. Only reset or
+    /// another drain may follow.
+    UInt32 drain(AudioBufferList& out, UInt32 firstOut, UInt32 capacity);
 
 private:
-    bool takeIn(const AudioBufferList& in, UInt32 first, UInt32 frames);
-    UInt32 giveOut(AudioBufferList& out, UInt32 firstOut, UInt32 room);
+    bool readBlock(const AudioBufferList& in, UInt32 first, UInt32 frames);
+    UInt32 writeBlock(AudioBufferList& out, UInt32 firstOut, UInt32 capacity);
 
-    Translation whole; // at the same rate
+    FormatConverter direct_; ///< at the same rate
 
-    // At another: into floats, to the rate, out of floats.
-    Translation before, after;
-    std::unique_ptr<RateConverter> rate;
-    UInt32 channels = 0; // of the floats: the fewer of both sides
-    UInt32 ahead = 0;    // frames that the filter looks ahead
-    Float64 from = 1, to = 1;
-    std::vector<Float32> taken, given;   // a block each
-    UInt32 waitingFrom = 0, waiting = 0; // of the block taken
-    std::uint64_t framesIn = 0, framesOut = 0;
+    // At another rate: to floats, to the other rate, from floats.
+    FormatConverter toFloats_, fromFloats_;
+    std::unique_ptr<RateConverter> rate_;
+    UInt32 channels_ = 0;  ///< of the floats: the fewer of both sides
+    UInt32 lookAhead_ = 0; ///< of the filter, frames
+    Float64 sourceRate_ = 1, destinationRate_ = 1;
+    std::vector<Float32> inBlock_, outBlock_;
+    UInt32 unreadFrom_ = 0, unread_ = 0; ///< frames of inBlock_ that the filter has not used
+    std::uint64_t framesIn_ = 0, framesOut_ = 0;
 };
 
 } // namespace kvxplatform::pcm

@@ -1,4 +1,6 @@
-// How a rate conversion is chosen: by the complexity of its filter, and by a quality from 0 to 127.
+// How a client selects the quality of a rate conversion: a complexity of the filter, and a number from 0 to
+// 127.
+// All functions: [any].
 #pragma once
 
 #include "platform/pcm/rate_converter.h"
@@ -20,8 +22,7 @@ struct ConversionQuality {
                value == kAudioUnitSampleRateConverterComplexity_Mastering;
     }
 
-    /// 'line' is the fastest filter and 'bats' the best; 'norm' goes by the quality: the fastest below
-    /// medium, the best at the maximum, the one between for the rest.
+    /// The filter: 'line' selects the fastest and 'bats' the best; 'norm' selects by the number.
     RateConverter::Quality filter() const
     {
         using Quality = RateConverter::Quality;

@@ -9,13 +9,13 @@ namespace {
 
 constexpr UInt32 fractionBits = kLinearPCMFormatFlagsSampleFractionMask; // of a fixed-point format
 
-/// `run` over every channel of frames [first, first + frames).
+/// Call `run` for each channel of frames [first, first + frames).
 void eachChannel(const AudioStreamBasicDescription& format, const AudioBufferList& list, UInt32 first,
-                 UInt32 frames, Float32* samples, const SampleLayout& layout, Coding<Float32>::Run run)
+                 UInt32 frames, Float32* numbers, const SampleLayout& layout, SampleCoding<Float32>::Run run)
 {
     const UInt32 channels = format.mChannelsPerFrame;
     for (UInt32 c = 0; c < channels; ++c)
-        run({sampleAt(format, list, c, first), format.mBytesPerFrame, samples + c, channels, frames}, layout);
+        run({sampleAt(format, list, c, first), format.mBytesPerFrame, numbers + c, channels, frames}, layout);
 }
 
 } // namespace
@@ -44,7 +44,7 @@ void encode(const AudioStreamBasicDescription& format, const Float32* in, UInt32
             AudioBufferList& list, UInt32 first)
 {
     const SampleLayout layout = layoutOf(format);
-    // Writing reads the floats only.
+    // write does not modify the floats.
     eachChannel(format, list, first, frames, const_cast<Float32*>(in), layout,
                 codingOf<Float32>(layout)->write);
 }
@@ -66,9 +66,9 @@ void silenceBuffer(const AudioStreamBasicDescription& format, void* memory, UInt
         std::memset(memory, 0, std::size_t{frames} * format.mBytesPerFrame);
         return;
     }
-    Float32 nothing = 0;
+    Float32 zero = 0;
     const UInt32 samples = frames * channelsPerBuffer(format);
-    codingOf<Float32>(layout)->write({static_cast<std::uint8_t*>(memory), layout.bytes, &nothing, 0, samples},
+    codingOf<Float32>(layout)->write({static_cast<std::uint8_t*>(memory), layout.bytes, &zero, 0, samples},
                                      layout);
 }
 

@@ -12,10 +12,10 @@ struct RateConverter::State {
     ~State() { src_delete(converter); }
 
     SRC_STATE* converter = nullptr;
-    double ratio = 1; // frames out for a frame in
+    double ratio = 1; ///< frames out per frame in
     UInt32 channels = 0;
-    const Float32* waiting = nullptr; // input that the converter has not taken yet
-    UInt32 waitingFrames = 0;
+    const Float32* unread = nullptr; ///< input that the library has not used yet
+    UInt32 unreadFrames = 0;
 };
 
 RateConverter::RateConverter() = default;
@@ -23,13 +23,13 @@ RateConverter::~RateConverter() = default;
 
 namespace {
 
-/// A filter of the library: how it is called, and half its length at the lower of the two rates.
+/// A filter of the library.
 struct Filter {
     int kind;
-    double halfFrames;
+    double halfFrames; ///< half its length, at the lower of the two rates
 };
 
-// In the order of the qualities.
+// In the order of Quality.
 constexpr Filter filters[] = {
     {SRC_SINC_FASTEST, 2466.0 / 128},
     {SRC_SINC_MEDIUM_QUALITY, 22440.0 / 491},
@@ -44,63 +44,64 @@ bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality q
 {
     const double ratio = to / from;
     if (!src_is_valid_ratio(ratio) || channels == 0) return false;
-    auto made = std::make_unique<State>();
+    auto next = std::make_unique<State>();
     int error = 0;
-    made->converter = src_new(filters[static_cast<int>(quality)].kind, static_cast<int>(channels), &error);
-    if (!made->converter) return false;
-    made->ratio = ratio;
-    made->channels = channels;
-    state = std::move(made);
+    next->converter = src_new(filters[static_cast<int>(quality)].kind, static_cast<int>(channels), &error);
+    if (!next->converter) return false;
+    next->ratio = ratio;
+    next->channels = channels;
+    state_ = std::move(next);
     return true;
 }
 
 UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
 {
     const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
-    return static_cast<UInt32>(half + 0.5) + 2; // the library rounds, then wants more than that and one
+    return static_cast<UInt32>(half + 0.5) + 2; // the library rounds, and needs more than that plus one
 }
 
 void RateConverter::setRatio(double ratio)
 {
-    if (ratio == state->ratio) return;
-    state->ratio = ratio;
-    src_set_ratio(state->converter, ratio); // else it would take a whole stretch of frames to get there
+    if (ratio == state_->ratio) return;
+    state_->ratio = ratio;
+    src_set_ratio(state_->converter, ratio); // otherwise the library ramps to the ratio over a call
 }
 
 void RateConverter::reset()
 {
-    src_reset(state->converter);
-    state->waitingFrames = 0;
+    src_reset(state_->converter);
+    state_->unreadFrames = 0;
 }
 
-RateConverter::Piece RateConverter::process(const Float32* in, UInt32 frames, Float32* out, UInt32 room)
+Progress RateConverter::process(const Float32* in, UInt32 frames, Float32* out, UInt32 capacity)
 {
-    static constexpr Float32 nothing = 0;
-    Float32 nowhere = 0;
+    static constexpr Float32 noInput = 0;
+    Float32 noOutput = 0;
     SRC_DATA work{};
-    work.data_in = in ? in : &nothing;
+    work.data_in = in ? in : &noInput;
     work.input_frames = static_cast<long>(frames);
-    work.data_out = out ? out : &nowhere;
-    work.output_frames = static_cast<long>(room);
-    work.src_ratio = state->ratio;
-    src_process(state->converter, &work); // cannot fail: the ratio is valid and the buffers do not overlap
+    work.data_out = out ? out : &noOutput;
+    work.output_frames = static_cast<long>(capacity);
+    work.src_ratio = state_->ratio;
+    src_process(state_->converter, &work); // cannot fail: the ratio is valid and the buffers do not overlap
     return {static_cast<UInt32>(work.input_frames_used), static_cast<UInt32>(work.output_frames_gen)};
 }
 
 void RateConverter::convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input)
 {
     for (UInt32 done = 0;;) {
-        const Piece piece = process(state->waitingFrames ? state->waiting : nullptr, state->waitingFrames,
-                                    out + std::size_t{done} * state->channels, frames - done);
-        done += piece.made;
-        state->waitingFrames -= piece.used;
-        state->waiting += std::size_t{piece.used} * state->channels;
+        const Progress progress =
+            process(state_->unreadFrames ? state_->unread : nullptr, state_->unreadFrames,
+                    out + std::size_t{done} * state_->channels, frames - done);
+        done += progress.made;
+        state_->unreadFrames -= progress.used;
+        state_->unread += std::size_t{progress.used} * state_->channels;
         if (done == frames) return;
-        if (state->waitingFrames) continue;
+        if (state_->unreadFrames) continue;
 
-        const double needed = (frames - done) / state->ratio;
-        state->waitingFrames = std::clamp(static_cast<UInt32>(std::min(needed, 1e9)), UInt32{1}, largestPull);
-        state->waiting = input.pull(input.context, state->waitingFrames);
+        const double needed = (frames - done) / state_->ratio;
+        state_->unreadFrames = std::clamp(static_cast<UInt32>(std::min(needed, 1e9)), UInt32{1}, largestPull);
+        state_->unread = input.pull(input.context, state_->unreadFrames);
     }
 }
 

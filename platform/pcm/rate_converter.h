@@ -1,6 +1,6 @@
-// Rate conversion: frames at one rate into frames at another, given in pieces, or pulled as they are needed.
+// Conversion of interleaved floats from one sample rate to another.
 //
-// The first frame out stands where the first frame in stood: the filter looks ahead instead of delaying.
+// The first frame out has the time of the first frame in: the filter looks ahead and does not delay.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -9,12 +9,20 @@
 
 namespace kvxplatform::pcm {
 
+/// How far a conversion went.
+struct Progress {
+    UInt32 used; ///< input frames
+    UInt32 made; ///< output frames
+};
+
+/// One thread at a time calls a converter; no function but prepare allocates.
 class RateConverter {
 public:
     enum class Quality { fast, normal, best };
 
-    /// Gives `frames` more input frames, interleaved, valid until it is asked again.
+    /// A source of input for convert.
     struct Input {
+        /// Return `frames` more frames, [frame * channels + channel], valid until the next call.
         const Float32* (*pull)(void* context, UInt32 frames);
         void* context;
     };
@@ -23,37 +31,32 @@ public:
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
 
-    /// Whether two rates, both positive, are close enough: from 1 to 256 to 256 to 1.
+    /// Whether the ratio of two positive rates is within 1/256 to 256.
     static bool takes(Float64 from, Float64 to);
 
-    /// False: the rates are further apart than 1 to 256, or there are too many channels (more than 128).
-    /// Throws std::bad_alloc.
+    /// False for a ratio that is not taken, and for no or more than 128 channels. Throws std::bad_alloc.
     bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
 
-    /// Another ratio, frames out for a frame in, from the next frame out on. 1 to 256 either way. Small steps
-    /// are not heard. Allocates nothing.
+    /// Set the ratio, frames out per frame in, of the next frames out; 1/256 to 256. A small step is
+    /// inaudible.
     void setRatio(double ratio);
 
-    /// Forget the past.
+    /// Clear the filter and the unread input.
     void reset();
 
-    /// How far ahead of its place the filter looks: so many frames more must be in before a frame comes out.
+    /// How many input frames past its own time a frame of output needs.
     static UInt32 lookAhead(Float64 from, Float64 to, Quality quality);
 
-    struct Piece {
-        UInt32 used, made;
-    };
+    /// Convert until the input is used or the output is full. Not to be mixed with convert.
+    /// Shape    in, out[frame * channels + channel]; null with 0 frames.
+    Progress process(const Float32* in, UInt32 frames, Float32* out, UInt32 capacity);
 
-    /// Take up to `frames` frames of input and give up to `room` frames of output, as far as both go. Either
-    /// may be 0, and then its pointer null. Allocates nothing. Not to be mixed with convert.
-    Piece process(const Float32* in, UInt32 frames, Float32* out, UInt32 room);
-
-    /// `frames` frames of output, pulled in pieces of at most `largestPull`. Allocates nothing.
+    /// Write `frames` frames of output, with input pulled in at most `largestPull` frames per call.
     void convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input);
 
 private:
     struct State;
-    std::unique_ptr<State> state;
+    std::unique_ptr<State> state_;
 };
 
 } // namespace kvxplatform::pcm

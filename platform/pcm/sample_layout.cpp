@@ -7,7 +7,7 @@
 namespace kvxplatform::pcm {
 namespace {
 
-/// The bytes of a sample as a number, and back.
+/// Read or write the bytes of a sample as an unsigned integer.
 template <unsigned bytes, bool isBigEndian>
 std::uint64_t load(const std::uint8_t* at)
 {
@@ -32,28 +32,28 @@ To bitsAs(From from)
     return to;
 }
 
-/// The number of frame i, wherever it stands.
+/// Read or write the number of a frame, at any alignment.
 template <class Real>
-Real numberAt(const Strand<Real>& strand, UInt32 i)
+Real numberAt(const ChannelSpan<Real>& span, UInt32 i)
 {
     Real number;
-    std::memcpy(&number, strand.numbers + i * strand.step, sizeof number);
+    std::memcpy(&number, span.numbers + i * span.numberStride, sizeof number);
     return number;
 }
 template <class Real>
-void put(const Strand<Real>& strand, UInt32 i, Real number)
+void setNumber(const ChannelSpan<Real>& span, UInt32 i, Real number)
 {
-    std::memcpy(strand.numbers + i * strand.step, &number, sizeof number);
+    std::memcpy(span.numbers + i * span.numberStride, &number, sizeof number);
 }
 
-/// A whole number of at most 32 bits nearest to `value`, which is in its range: adding this constant pushes
-/// the fraction out of a double's mantissa, rounded as the processor rounds.
+/// The nearest integer to a value in the range of 32 bits: adding the constant moves the fraction out of a
+/// double's mantissa, rounded in the processor's rounding mode.
 std::int32_t nearest(double value)
 {
     return static_cast<std::int32_t>(bitsAs<std::uint64_t>(value + 6755399441055744.0));
 }
 
-/// An integer sample's place: how far its bits stand from the top of 32, its offset if it is unsigned.
+/// An integer sample as the top bits of a 32-bit word.
 struct Integer {
     explicit Integer(const SampleLayout& layout)
         : bits(layout.bits), shift(layout.isHigh ? 32 - 8 * layout.bytes : 32 - layout.bits),
@@ -72,7 +72,7 @@ struct Integer {
         double scaled = sample * scale;
         scaled = scaled == scaled ? std::clamp(scaled, -scale, scale - 1) : 0;
         const auto top = static_cast<std::uint32_t>(nearest(scaled)) << (32 - bits);
-        // A signed number that stands low fills the bits above it with its sign.
+        // A signed sample in the low bits of its container is sign-extended.
         return offset ? (top ^ offset) >> shift
                       : static_cast<std::uint32_t>(static_cast<std::int32_t>(top) >> shift);
     }
@@ -83,46 +83,46 @@ struct Integer {
 };
 
 template <class Real, unsigned bytes, bool isBigEndian>
-void readIntegers(const Strand<Real>& strand, const SampleLayout& layout)
+void readIntegers(const ChannelSpan<Real>& span, const SampleLayout& layout)
 {
     const Integer integer(layout);
-    for (UInt32 i = 0; i < strand.frames; ++i)
-        put(strand, i,
-            static_cast<Real>(integer.read(
-                static_cast<std::uint32_t>(load<bytes, isBigEndian>(strand.bytes + i * strand.stride)))));
+    for (UInt32 i = 0; i < span.frames; ++i)
+        setNumber(span, i,
+                  static_cast<Real>(integer.read(static_cast<std::uint32_t>(
+                      load<bytes, isBigEndian>(span.samples + i * span.sampleStride)))));
 }
 template <class Real, unsigned bytes, bool isBigEndian>
-void writeIntegers(const Strand<Real>& strand, const SampleLayout& layout)
+void writeIntegers(const ChannelSpan<Real>& span, const SampleLayout& layout)
 {
     const Integer integer(layout);
-    for (UInt32 i = 0; i < strand.frames; ++i)
-        store<bytes, isBigEndian>(strand.bytes + i * strand.stride,
-                                  integer.write(static_cast<double>(numberAt(strand, i))));
+    for (UInt32 i = 0; i < span.frames; ++i)
+        store<bytes, isBigEndian>(span.samples + i * span.sampleStride,
+                                  integer.write(static_cast<double>(numberAt(span, i))));
 }
 
 template <class Real, class Stored, class Bits, bool isBigEndian>
-void readReals(const Strand<Real>& strand, const SampleLayout&)
+void readReals(const ChannelSpan<Real>& span, const SampleLayout&)
 {
-    for (UInt32 i = 0; i < strand.frames; ++i)
-        put(strand, i,
-            static_cast<Real>(bitsAs<Stored>(
-                static_cast<Bits>(load<sizeof(Bits), isBigEndian>(strand.bytes + i * strand.stride)))));
+    for (UInt32 i = 0; i < span.frames; ++i)
+        setNumber(span, i,
+                  static_cast<Real>(bitsAs<Stored>(static_cast<Bits>(
+                      load<sizeof(Bits), isBigEndian>(span.samples + i * span.sampleStride)))));
 }
 template <class Real, class Stored, class Bits, bool isBigEndian>
-void writeReals(const Strand<Real>& strand, const SampleLayout&)
+void writeReals(const ChannelSpan<Real>& span, const SampleLayout&)
 {
-    for (UInt32 i = 0; i < strand.frames; ++i)
-        store<sizeof(Bits), isBigEndian>(strand.bytes + i * strand.stride,
-                                         bitsAs<Bits>(static_cast<Stored>(numberAt(strand, i))));
+    for (UInt32 i = 0; i < span.frames; ++i)
+        store<sizeof(Bits), isBigEndian>(span.samples + i * span.sampleStride,
+                                         bitsAs<Bits>(static_cast<Stored>(numberAt(span, i))));
 }
 
-/// A kind of sample, and its coding.
+/// A layout and its coding.
 template <class Real>
 struct Row {
     bool isFloat;
     UInt32 bytes;
     bool isBigEndian;
-    Coding<Real> coding;
+    SampleCoding<Real> coding;
 };
 
 template <class Real, unsigned bytes, bool isBig>
@@ -168,7 +168,7 @@ SampleLayout layoutOf(const AudioStreamBasicDescription& format)
 }
 
 template <class Real>
-const Coding<Real>* codingOf(const SampleLayout& layout)
+const SampleCoding<Real>* codingOf(const SampleLayout& layout)
 {
     const auto* found = std::find_if(std::begin(rows<Real>), std::end(rows<Real>), [&](const Row<Real>& row) {
         return row.isFloat == layout.isFloat && row.bytes == layout.bytes &&
@@ -176,7 +176,7 @@ const Coding<Real>* codingOf(const SampleLayout& layout)
     });
     return found == std::end(rows<Real>) ? nullptr : &found->coding;
 }
-template const Coding<Float32>* codingOf<Float32>(const SampleLayout&);
-template const Coding<Float64>* codingOf<Float64>(const SampleLayout&);
+template const SampleCoding<Float32>* codingOf<Float32>(const SampleLayout&);
+template const SampleCoding<Float64>* codingOf<Float64>(const SampleLayout&);
 
 } // namespace kvxplatform::pcm

@@ -1,4 +1,5 @@
-// How the bytes of a linear PCM sample make a number: what reading, writing and copying samples share.
+// How the bytes of a linear PCM sample encode a number.
+// All functions: [any].
 #pragma once
 
 #include "platform/pcm/stream_format.h"
@@ -8,48 +9,49 @@
 
 namespace kvxplatform::pcm {
 
-/// Where a sample's bits are in the bytes that hold it.
+/// One sample in its container.
 struct SampleLayout {
-    UInt32 bytes; // of one sample
-    UInt32 bits;
-    bool isFloat, isBigEndian, isSigned, isHigh;
+    UInt32 bytes; ///< of the container
+    UInt32 bits;  ///< of the sample
+    bool isFloat, isBigEndian, isSigned;
+    bool isHigh; ///< the sample has the highest bits of the container
 };
 
 SampleLayout layoutOf(const AudioStreamBasicDescription& format);
 
-/// One channel of a list: samples `stride` bytes apart, and numbers `step` apart that belong to them. Neither
-/// need be aligned.
+/// One channel of a list, and the numbers that its samples are read to or written from. Neither needs
+/// alignment.
 template <class Real>
-struct Strand {
-    std::uint8_t* bytes;
-    std::size_t stride;
+struct ChannelSpan {
+    std::uint8_t* samples;
+    std::size_t sampleStride; ///< bytes
     Real* numbers;
-    std::size_t step;
+    std::size_t numberStride; ///< numbers
     UInt32 frames;
 };
 
-/// How to read samples as numbers and write numbers as samples. Integers up to 32 bits are exact as Float64,
-/// up to 24 bits as Float32.
+/// How samples of a layout are read as numbers and written from them. Integers up to 32 bits are exact as
+/// Float64, up to 24 bits as Float32.
 template <class Real>
-struct Coding {
-    using Run = void (*)(const Strand<Real>&, const SampleLayout&);
+struct SampleCoding {
+    using Run = void (*)(const ChannelSpan<Real>&, const SampleLayout&);
     Run read, write;
 };
 
-/// Null for a sample that is none of linear PCM. Real is Float32 or Float64.
+/// Null for a layout that linear PCM does not have. Real is Float32 or Float64.
 template <class Real>
-const Coding<Real>* codingOf(const SampleLayout& layout);
+const SampleCoding<Real>* codingOf(const SampleLayout& layout);
 
-/// The address of a channel's first sample in frame `first` of a list; null where its buffer has no memory.
+/// The address of a channel's sample in frame `frame` of a list; null where its buffer has no memory.
 inline std::uint8_t* sampleAt(const AudioStreamBasicDescription& format, const AudioBufferList& list,
-                              UInt32 channel, UInt32 first)
+                              UInt32 channel, UInt32 frame)
 {
     const bool interleaved = isInterleaved(format);
-    auto* bytes = static_cast<std::uint8_t*>(list.mBuffers[interleaved ? 0 : channel].mData);
-    if (!bytes) return nullptr;
+    auto* const memory = static_cast<std::uint8_t*>(list.mBuffers[interleaved ? 0 : channel].mData);
+    if (!memory) return nullptr;
     const std::size_t offset =
         interleaved ? std::size_t{channel} * (format.mBytesPerFrame / format.mChannelsPerFrame) : 0;
-    return bytes + std::size_t{first} * format.mBytesPerFrame + offset;
+    return memory + std::size_t{frame} * format.mBytesPerFrame + offset;
 }
 
 } // namespace kvxplatform::pcm

@@ -1,4 +1,5 @@
 // Stream formats of linear PCM.
+// All functions: [any].
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -6,12 +7,12 @@
 namespace kvxplatform::pcm {
 
 constexpr Float64 defaultSampleRate = 44100;
-constexpr UInt32 mostChannels = 1024; // of a bus; more is refused as nonsense
+constexpr UInt32 mostChannels = 1024; // of a bus
 
-/// What units work in: 32-bit native float, one buffer a channel.
+/// The format in which audio units work: 32-bit native float, one buffer per channel.
 AudioStreamBasicDescription canonicalFormat(Float64 sampleRate, UInt32 channels);
 
-/// The same in one buffer: [frame * channels + channel].
+/// 32-bit native float in one buffer: [frame * channels + channel].
 AudioStreamBasicDescription interleavedFormat(Float64 sampleRate, UInt32 channels);
 
 bool isInterleaved(const AudioStreamBasicDescription& format);
@@ -20,13 +21,13 @@ bool isInterleaved(const AudioStreamBasicDescription& format);
 UInt32 buffersOf(const AudioStreamBasicDescription& format);
 UInt32 channelsPerBuffer(const AudioStreamBasicDescription& format);
 
-/// The same sound in the same bytes: every field but the reserved one.
+/// Whether all fields but the reserved one are equal.
 bool isSameFormat(const AudioStreamBasicDescription& a, const AudioStreamBasicDescription& b);
 
-/// A rate that is a positive, finite number, and 1 to mostChannels channels.
+/// Whether the rate is positive and finite, and the format has 1 to mostChannels channels.
 bool hasRateAndChannels(const AudioStreamBasicDescription& format);
 
-/// Exactly canonicalFormat of its rate and channels.
+/// Whether the format is canonicalFormat of its rate and channels.
 bool isCanonical(const AudioStreamBasicDescription& format);
 
 } // namespace kvxplatform::pcm

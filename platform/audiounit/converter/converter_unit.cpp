@@ -1,13 +1,10 @@
-// Formats, settings and tables of the converter unit.
 #include "platform/audiounit/converter/converter_unit.h"
 
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/converter/slice_conversion.h"
-#include "platform/audiounit/property.h"
-#include "platform/pcm/channel_fold.h"
+#include "platform/pcm/channel_map.h"
 #include "platform/pcm/conversion_quality.h"
-#include "platform/pcm/linear_pcm.h"
 
-#include <algorithm>
 #include <cstring>
 #include <optional>
 
@@ -15,59 +12,29 @@ namespace kvxplatform::audiounit {
 namespace {
 
 struct Converter {
-    pcm::ConversionQuality quality;  // under settings
-    std::optional<pcm::Routing> map; // likewise, as it was set
+    pcm::ConversionQuality quality;     ///< under the settings lock
+    std::optional<pcm::ChannelMap> map; ///< that the client set; under the settings lock
     SliceConversion conversion;
 };
-
-OSStatus openUnit(Unit& unit)
-{
-    unit.state = new Converter;
-    return noErr;
-}
-
-void destroy(void* state) { delete static_cast<Converter*>(state); }
 
 UInt32 channelsOf(Unit& unit, AudioUnitScope scope)
 {
     return unit.scopes[scope].elements[0].format.mChannelsPerFrame;
 }
 
-pcm::Routing routingOf(Unit& unit, const std::optional<pcm::Routing>& map)
+pcm::ChannelMap channelMapOf(Unit& unit, const std::optional<pcm::ChannelMap>& map)
 {
     return map ? *map
-               : pcm::foldedRouting(channelsOf(unit, kAudioUnitScope_Input),
-                                    channelsOf(unit, kAudioUnitScope_Output));
+               : pcm::foldedChannelMap(channelsOf(unit, kAudioUnitScope_Input),
+                                       channelsOf(unit, kAudioUnitScope_Output));
 }
 
-OSStatus initializeUnit(Unit& unit)
-{
-    auto& state = stateOf<Converter>(unit);
-    return state.conversion.prepare(unit, routingOf(unit, state.map), state.quality.filter());
-}
-
-void uninitializeUnit(Unit& unit) { stateOf<Converter>(unit).conversion.release(unit); }
-
-void resetUnit(Unit& unit) { stateOf<Converter>(unit).conversion.reset(); }
-
-OSStatus renderSlice(Unit& unit, Slice& slice)
-{
-    return stateOf<Converter>(unit).conversion.render(unit, slice);
-}
-
-bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
-{
-    return pcm::isLinearPCM(format);
-}
-
-// ---- properties ----
-
-/// Take on new settings, at once where the unit is initialised. With settings.
-OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional<pcm::Routing> map)
+/// Change quality and channel map, on an initialised unit at once. Called with the settings lock.
+OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional<pcm::ChannelMap> map)
 {
     auto& state = stateOf<Converter>(unit);
     if (unit.isInitialized)
-        if (const OSStatus status = state.conversion.exchange(unit, routingOf(unit, map), quality.filter()))
+        if (const OSStatus status = state.conversion.replace(unit, channelMapOf(unit, map), quality.filter()))
             return status;
     state.quality = quality;
     state.map = std::move(map);
@@ -79,7 +46,7 @@ bool convertsRate(Unit& unit)
     return unit.input(0).format.mSampleRate != unit.output(0).format.mSampleRate;
 }
 
-OSStatus getTail(Unit& unit, Place, void* data, UInt32&)
+OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const Float64 from = unit.input(0).format.mSampleRate, to = unit.output(0).format.mSampleRate;
     const auto filter = stateOf<Converter>(unit).quality.filter();
@@ -87,16 +54,14 @@ OSStatus getTail(Unit& unit, Place, void* data, UInt32&)
                 convertsRate(unit) ? pcm::RateConverter::lookAhead(from, to, filter) / from : Float64{0});
 }
 
-OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
-
 template <UInt32 pcm::ConversionQuality::*field>
-OSStatus getQuality(Unit& unit, Place, void* data, UInt32&)
+OSStatus getQuality(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, stateOf<Converter>(unit).quality.*field);
 }
 
 template <UInt32 pcm::ConversionQuality::*field>
-OSStatus setQuality(Unit& unit, Place, const void* data, UInt32)
+OSStatus setQuality(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     auto& state = stateOf<Converter>(unit);
     pcm::ConversionQuality next = state.quality;
@@ -111,30 +76,23 @@ OSStatus setQuality(Unit& unit, Place, const void* data, UInt32)
     return change(unit, next, state.map);
 }
 
-UInt32 channelMapSize(Unit& unit, Place place)
+UInt32 channelMapSize(Unit& unit, ElementAddress address)
 {
-    return channelsOf(unit, place.scope) * static_cast<UInt32>(sizeof(SInt32));
+    return channelsOf(unit, address.scope) * static_cast<UInt32>(sizeof(SInt32));
 }
 
-OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
+OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
 {
-    pcm::Routing entries = routingOf(unit, stateOf<Converter>(unit).map);
-    entries.resize(size / sizeof(SInt32), pcm::noChannel);
+    pcm::ChannelMap entries = channelMapOf(unit, stateOf<Converter>(unit).map);
+    entries.resize(size / sizeof(SInt32), pcm::silentChannel);
     std::memcpy(data, entries.data(), size);
     return noErr;
 }
 
-OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
+OSStatus setChannelMap(Unit& unit, ElementAddress, const void* data, UInt32 size)
 {
-    std::optional<pcm::Routing> map;
-    if (data) {
-        constexpr UInt32 most = pcm::mostChannels * sizeof(SInt32);
-        if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
-        map.emplace(size / sizeof(SInt32));
-        std::memcpy(map->data(), data, size);
-        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < pcm::noChannel; }))
-            return kAudioUnitErr_InvalidPropertyValue;
-    }
+    std::optional<pcm::ChannelMap> map;
+    if (data && !(map = pcm::channelMapFrom(data, size))) return kAudioUnitErr_InvalidPropertyValue;
     return change(unit, stateOf<Converter>(unit).quality, std::move(map));
 }
 
@@ -144,36 +102,40 @@ constexpr auto read = Access::readOnly;
 constexpr auto complexity = &pcm::ConversionQuality::complexity;
 constexpr auto quality = &pcm::ConversionQuality::quality;
 
+} // namespace
+
 // clang-format off
-const Property properties[] = {
-    // property                                         scopes    element     bytes                  access settable get                     set                     size of
-    {kAudioUnitProperty_SupportedNumChannels,           inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts,       nullptr,                nullptr},
-    {kAudioUnitProperty_TailTime,                       inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,                nullptr,                nullptr},
-    {kAudioUnitProperty_RenderQuality,                  inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<quality>,    setQuality<quality>,    nullptr},
-    {kAudioOutputUnitProperty_ChannelMap,               inOutput, 0,          0,                     both,  always,  getChannelMap,          setChannelMap,          channelMapSize, true},
-    {kAudioUnitProperty_SampleRateConverterComplexity,  inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<complexity>, setQuality<complexity>, nullptr},
+const Property converterProperties[] = {
+    // property                                        scopes    element     bytes                  access settable get                     set                     size of
+    {kAudioUnitProperty_SupportedNumChannels,          inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getAnyChannelCounts,    nullptr,                nullptr},
+    {kAudioUnitProperty_TailTime,                      inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,                nullptr,                nullptr},
+    {kAudioUnitProperty_RenderQuality,                 inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<quality>,    setQuality<quality>,    nullptr},
+    {kAudioOutputUnitProperty_ChannelMap,              inOutput, 0,          0,                     both,  always,  getChannelMap,          setChannelMap,          channelMapSize, true},
+    {kAudioUnitProperty_SampleRateConverterComplexity, inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality<complexity>, setQuality<complexity>, nullptr},
 };
 // clang-format on
 
-constexpr UnitKind converterKind()
+OSStatus openConverter(Unit& unit)
 {
-    UnitKind kind;
-    kind.type = kAudioUnitType_FormatConverter;
-    kind.subType = kAudioUnitSubType_AUConverter;
-    kind.name = "Converter";
-    kind.properties = properties;
-    kind.takesFormat = takesFormat;
-    kind.open = openUnit;
-    kind.destroy = destroy;
-    kind.initialize = initializeUnit;
-    kind.uninitialize = uninitializeUnit;
-    kind.reset = resetUnit;
-    kind.render = renderSlice;
-    return kind;
+    unit.state = new Converter;
+    return noErr;
 }
 
-} // namespace
+void destroyConverter(void* state) { delete static_cast<Converter*>(state); }
 
-const UnitKind converter = converterKind();
+OSStatus initializeConverter(Unit& unit)
+{
+    auto& state = stateOf<Converter>(unit);
+    return state.conversion.prepare(unit, channelMapOf(unit, state.map), state.quality.filter());
+}
+
+void uninitializeConverter(Unit& unit) { stateOf<Converter>(unit).conversion.release(unit); }
+
+void resetConverter(Unit& unit) { stateOf<Converter>(unit).conversion.reset(); }
+
+OSStatus renderConverter(Unit& unit, Slice& slice)
+{
+    return stateOf<Converter>(unit).conversion.render(unit, slice);
+}
 
 } // namespace kvxplatform::audiounit

@@ -1,10 +1,18 @@
-// The converter unit: one input in any linear PCM format, one output in any other.
+// The converter unit's row: one input in any linear PCM format, one output in any other.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
-#include "platform/audiounit/unit.h"
+#include "platform/audiounit/property.h"
 
 namespace kvxplatform::audiounit {
 
-extern const UnitKind converter;
+extern const Property converterProperties[5];
+
+OSStatus openConverter(Unit& unit);
+void destroyConverter(void* state);
+OSStatus initializeConverter(Unit& unit);
+void uninitializeConverter(Unit& unit);
+void resetConverter(Unit& unit);
+OSStatus renderConverter(Unit& unit, Slice& slice);
 
 } // namespace kvxplatform::audiounit

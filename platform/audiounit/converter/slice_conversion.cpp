@@ -1,6 +1,5 @@
 #include "platform/audiounit/converter/slice_conversion.h"
 
-#include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
 #include "platform/pcm/linear_pcm.h"
 
@@ -10,58 +9,48 @@
 #include <new>
 
 namespace kvxplatform::audiounit {
-namespace {
 
-std::unique_ptr<pcm::Conversion> make(Unit& unit, const pcm::Routing& routing,
-                                      pcm::Conversion::Quality quality)
-{
-    auto made = std::make_unique<pcm::Conversion>();
-    if (!made->prepare(unit.input(0).format, unit.output(0).format, routing, quality)) return nullptr;
-    return made;
-}
-
-} // namespace
-
-OSStatus SliceConversion::prepare(Unit& unit, const pcm::Routing& routing, Quality quality)
+OSStatus SliceConversion::prepare(Unit& unit, const pcm::ChannelMap& map, Quality quality)
 {
     Element& input = unit.input(0);
     const Float64 from = input.format.mSampleRate, to = unit.output(0).format.mSampleRate;
     const double limit = std::ceil(unit.sliceLimit * from / to);
-    if (OSStatus status = exchange(unit, routing, quality)) return status;
+    if (const OSStatus status = replace(unit, map, quality)) return status;
     if (limit > std::numeric_limits<UInt32>::max()) throw std::bad_alloc();
-    inputLimit = static_cast<UInt32>(limit);
-    input.buffers.prepare(input.format, inputLimit);
-    sampleTime = 0;
-    left = 0;
+    inputLimit_ = static_cast<UInt32>(limit);
+    input.buffers.prepare(input.format, inputLimit_);
+    sampleTime_ = 0;
+    unread_ = 0;
     return noErr;
 }
 
-OSStatus SliceConversion::exchange(Unit& unit, const pcm::Routing& routing, Quality quality)
+OSStatus SliceConversion::replace(Unit& unit, const pcm::ChannelMap& map, Quality quality)
 {
-    auto next = std::make_unique<Engine>(Engine{make(unit, routing, quality)});
-    if (!next->conversion) return kAudioUnitErr_FormatNotSupported;
-    engine.publish(std::move(next), unit.scope);
+    auto next = std::make_unique<pcm::Conversion>();
+    if (!next->prepare(unit.input(0).format, unit.output(0).format, map, quality))
+        return kAudioUnitErr_FormatNotSupported;
+    conversion_.publish(std::move(next), unit.scope);
     return noErr;
 }
 
-void SliceConversion::release(Unit& unit) { engine.publish(nullptr, unit.scope); }
+void SliceConversion::release(Unit& unit) { conversion_.publish(nullptr, unit.scope); }
 
 void SliceConversion::reset()
 {
-    engine.get()->conversion->reset();
-    left = 0;
+    conversion_.get()->reset();
+    unread_ = 0;
 }
 
 OSStatus SliceConversion::render(Unit& unit, Slice& slice)
 {
-    pcm::Conversion& conversion = *engine.get()->conversion;
-    const OSStatus status = conversion.convertsRate() ? renderConverted(unit, slice, conversion)
-                                                      : renderStraight(unit, slice, conversion);
+    pcm::Conversion& conversion = *conversion_.get();
+    const OSStatus status = conversion.convertsRate() ? renderAtOtherRate(unit, slice, conversion)
+                                                      : renderAtSameRate(unit, slice, conversion);
     if (status) pcm::silence(unit.output(0).format, slice.out, 0, slice.frames);
     return status;
 }
 
-OSStatus SliceConversion::renderStraight(Unit& unit, Slice& slice, pcm::Conversion& conversion) const
+OSStatus SliceConversion::renderAtSameRate(Unit& unit, Slice& slice, pcm::Conversion& conversion) const
 {
     AudioBufferList* in = nullptr;
     const OSStatus status = pull(unit, 0, slice.flags, slice.time, slice.frames, in);
@@ -69,21 +58,21 @@ OSStatus SliceConversion::renderStraight(Unit& unit, Slice& slice, pcm::Conversi
     return status;
 }
 
-OSStatus SliceConversion::renderConverted(Unit& unit, Slice& slice, pcm::Conversion& conversion)
+OSStatus SliceConversion::renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conversion& conversion)
 {
-    // A source that falls silent is not heard to be until the filter has rung out.
     AudioUnitRenderActionFlags flags = slice.flags;
     for (UInt32 made = 0; made < slice.frames;) {
-        const UInt32 wanted = slice.frames - made;
-        if (!left)
-            if (const OSStatus status = pullMore(unit, slice, made, conversion.framesFor(wanted), flags))
+        const UInt32 missing = slice.frames - made;
+        if (!unread_)
+            if (const OSStatus status = pullMore(unit, slice, made, conversion.framesFor(missing), flags))
                 return status;
-        const pcm::Conversion::Piece piece =
-            conversion.convert(*pulled, first, left, slice.out, made, wanted);
-        first += piece.used;
-        left -= piece.used;
-        made += piece.made;
+        const pcm::Progress progress =
+            conversion.convert(*pulled_, unreadFrom_, unread_, slice.out, made, missing);
+        unreadFrom_ += progress.used;
+        unread_ -= progress.used;
+        made += progress.made;
     }
+    // A silent source does not make the output silent at once: the filter rings.
     slice.flags |= flags & ~static_cast<UInt32>(kAudioUnitRenderAction_OutputIsSilence);
     return noErr;
 }
@@ -91,13 +80,13 @@ OSStatus SliceConversion::renderConverted(Unit& unit, Slice& slice, pcm::Convers
 OSStatus SliceConversion::pullMore(Unit& unit, const Slice& slice, UInt32 made, UInt32 frames,
                                    AudioUnitRenderActionFlags& flags)
 {
-    frames = std::min(frames, inputLimit);
+    frames = std::min(frames, inputLimit_);
     AudioTimeStamp time = later(slice.time, made, unit.output(0).format.mSampleRate, unit.hostTicksPerSecond);
-    time.mSampleTime = sampleTime;
-    sampleTime += frames;
-    const OSStatus status = pull(unit, 0, flags, time, frames, inputLimit, pulled);
-    first = 0;
-    left = status ? 0 : frames;
+    time.mSampleTime = sampleTime_;
+    sampleTime_ += frames;
+    const OSStatus status = pull(unit, 0, flags, time, frames, inputLimit_, pulled_);
+    unreadFrom_ = 0;
+    unread_ = status ? 0 : frames;
     return status;
 }
 

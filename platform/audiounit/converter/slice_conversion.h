@@ -1,7 +1,7 @@
-// A unit's whole way from its input to its output: pulled in the one's format, rendered in the other's.
+// Renders a unit's slice in its output format from input pulled in its input format.
 //
-// At the same rate the source hears the caller's time and is asked for what the caller asks for. At another
-// its time runs by what it has given, and it is asked for more at first: the filter looks ahead.
+// At equal rates the source gets the caller's time stamp and frame count. At different rates its time stamps
+// count the frames pulled, and the first pull is larger: the filter looks ahead.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -13,42 +13,42 @@ class SliceConversion {
 public:
     using Quality = pcm::Conversion::Quality;
 
-    /// Make ready for the unit's formats. Its input is asked for as much at a time as makes a slice of the
-    /// unit's limit. FormatNotSupported when the rates are too far apart. Throws std::bad_alloc.
-    /// While the unit is being initialised.
-    OSStatus prepare(Unit& unit, const pcm::Routing& routing, Quality quality);
+    /// Allocate for the unit's formats and slice limit, in its initialize. Throws std::bad_alloc.
+    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// [main]
+    OSStatus prepare(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
-    /// Go on with another routing or quality, without what a filter still held. Throws std::bad_alloc, and
-    /// nothing has changed then. Thread [any], with settings, while the unit is initialised.
-    OSStatus exchange(Unit& unit, const pcm::Routing& routing, Quality quality);
+    /// Continue with another channel map or quality, without the input that the filter holds. Called with
+    /// settings while the unit is initialised. Throws std::bad_alloc; then and on error nothing has changed.
+    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// [any]
+    OSStatus replace(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
     /// Undo prepare.
+    /// [any]
     void release(Unit& unit);
 
-    /// Forget the past. Thread [audio & in a slice], as render.
+    /// Clear the filter and the unread input.
+    /// [audio & rendering]
     void reset();
 
-    /// Allocates nothing. A slice whose source fails is silence.
+    /// Render a slice; it is silent when the source fails.
+    /// [audio & rendering]
     OSStatus render(Unit& unit, Slice& slice);
 
 private:
-    // Whoever is inside a slice has the conversion for itself.
-    struct Engine {
-        std::unique_ptr<pcm::Conversion> conversion;
-    };
-
-    OSStatus renderStraight(Unit& unit, Slice& slice, pcm::Conversion& conversion) const;
-    OSStatus renderConverted(Unit& unit, Slice& slice, pcm::Conversion& conversion);
+    OSStatus renderAtSameRate(Unit& unit, Slice& slice, pcm::Conversion& conversion) const;
+    OSStatus renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conversion& conversion);
     OSStatus pullMore(Unit& unit, const Slice& slice, UInt32 made, UInt32 frames,
                       AudioUnitRenderActionFlags& flags);
 
-    Published<const Engine> engine;
-    UInt32 inputLimit = 0; // fixed while initialised
+    Published<pcm::Conversion> conversion_;
+    UInt32 inputLimit_ = 0; ///< frames per pull; does not change while initialised
 
-    // At different rates. [audio & in a slice]
-    Float64 sampleTime = 0;            // of the next pull
-    AudioBufferList* pulled = nullptr; // in the input's memory,
-    UInt32 first = 0, left = 0;        // with frames that have not been used
+    // At different rates. [audio & rendering]
+    Float64 sampleTime_ = 0;             ///< of the next pull
+    AudioBufferList* pulled_ = nullptr;  ///< the last pull, in the input's memory
+    UInt32 unreadFrom_ = 0, unread_ = 0; ///< its frames that the conversion has not used
 };
 
 } // namespace kvxplatform::audiounit

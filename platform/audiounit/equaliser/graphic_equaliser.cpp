@@ -3,6 +3,7 @@
 // A band that changes glides, from flat and to flat too. The bands of the set that is not in force are flat,
 // and so are all of a bypassed equaliser; when none is anything else, samples pass as they are. So nothing
 // that is set while sound runs makes a click.
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/equaliser/bands.h"
 #include "platform/audiounit/equaliser/bell_filter.h"
 #include "platform/audiounit/equaliser/equaliser_unit.h"
@@ -39,15 +40,17 @@ struct Equaliser {
     bool isFresh = true;        // nothing has been heard yet: there is nothing to glide from
 };
 
-OSStatus openUnit(Unit& unit)
+} // namespace
+
+OSStatus openEqualiser(Unit& unit)
 {
     unit.state = new Equaliser;
     return noErr;
 }
 
-void destroy(void* state) { delete static_cast<Equaliser*>(state); }
+void destroyEqualiser(void* state) { delete static_cast<Equaliser*>(state); }
 
-OSStatus initializeUnit(Unit& unit)
+OSStatus initializeEqualiser(Unit& unit)
 {
     const AudioStreamBasicDescription& format = unit.output(0).format;
     if (!pcm::isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
@@ -69,7 +72,7 @@ OSStatus initializeUnit(Unit& unit)
     return noErr;
 }
 
-void resetUnit(Unit& unit)
+void resetEqualiser(Unit& unit)
 {
     auto& equaliser = stateOf<Equaliser>(unit);
     for (auto& bands : equaliser.bands)
@@ -78,6 +81,8 @@ void resetUnit(Unit& unit)
 }
 
 // ---- parameters ----
+
+namespace {
 
 /// The number of the set in force. Thread [any].
 int setInForce(const Unit& unit)
@@ -111,7 +116,7 @@ bool turnBands(const Unit& unit, Equaliser& equaliser)
             const Float32 decibels = set == inForce ? wanted(unit, i) : 0;
             if (decibels != band.decibels) {
                 band.decibels = decibels;
-                band.height.turnTo(static_cast<Float32>(heightOf(decibels)));
+                band.height.rampTo(static_cast<Float32>(heightOf(decibels)));
             }
             if (equaliser.isFresh) band.height = {band.height.to, band.height.to};
             areFlat &= band.isFlat();
@@ -165,12 +170,14 @@ void passBands(Equaliser& equaliser, UInt32 frames)
     for (auto& bands : equaliser.bands)
         for (Band& band : bands) {
             if (band.isFlat()) continue;
-            band.height.pass(frames);
+            band.height.advance(frames);
             if (band.isFlat()) std::fill(band.states.begin(), band.states.end(), BellState());
         }
 }
 
-OSStatus renderSlice(Unit& unit, Slice& slice)
+} // namespace
+
+OSStatus renderEqualiser(Unit& unit, Slice& slice)
 {
     auto& equaliser = stateOf<Equaliser>(unit);
     if (turnBands(unit, equaliser)) return passThrough(unit, slice);
@@ -186,10 +193,15 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
 
 // ---- what it says ----
 
-OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -1}); }
+namespace {
+
+OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -1});
+}
 
 /// Until the band that sounds longest has become inaudible; 0 when all are flat.
-OSStatus getTailTime(Unit& unit, Place, void* data, UInt32&)
+OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const double rate = unit.output(0).format.mSampleRate;
     const int set = setInForce(unit);
@@ -204,40 +216,21 @@ OSStatus getTailTime(Unit& unit, Place, void* data, UInt32&)
     return give(data, seconds);
 }
 
+} // namespace
+
 // clang-format off
-const Property properties[] = {
+const Property equaliserProperties[] = {
     // property                                scopes    element     bytes                  access             settable          get               set        size of
     {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getChannelCounts, nullptr,   nullptr},
     {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       Access::readOnly,  Settable::always, getTailTime,      nullptr,   nullptr},
     {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getBypass,        setBypass, nullptr},
 };
 
-const Parameter parameters[] = {
+const Parameter equaliserParameters[] = {
     // id                           count             scope                   name               unit                              least most initial read only get      set      present
     {0,                             thirdOctaveBands, kAudioUnitScope_Global, "band",            kAudioUnitParameterUnit_Decibels, -20,  20,  0,      false,    nullptr, nullptr, bandsInForce},
     {kGraphicEQParam_NumberOfBands, 1,                kAudioUnitScope_Global, "number of bands", kAudioUnitParameterUnit_Indexed,  0,    1,   1,      false,    nullptr, nullptr, nullptr},
 };
 // clang-format on
-
-constexpr UnitKind equaliserKind()
-{
-    UnitKind kind;
-    kind.type = kAudioUnitType_Effect;
-    kind.subType = kAudioUnitSubType_GraphicEQ;
-    kind.name = "Graphic Equaliser";
-    kind.properties = properties;
-    kind.parameters = parameters;
-    kind.open = openUnit;
-    kind.destroy = destroy;
-    kind.initialize = initializeUnit;
-    kind.reset = resetUnit;
-    kind.render = renderSlice;
-    kind.rendersInPlace = true;
-    return kind;
-}
-
-} // namespace
-
-const UnitKind graphicEqualiser = equaliserKind();
 
 } // namespace kvxplatform::audiounit

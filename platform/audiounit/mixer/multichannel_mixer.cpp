@@ -19,7 +19,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr ElementCount inputBuses = {8, 1, 64};
+constexpr UInt32 mostInputs = multichannelMixerInputs.most;
 constexpr AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIsSilence;
 
 struct Bus {
@@ -31,20 +31,22 @@ struct Bus {
 };
 
 struct Mixer {
-    Bus inputs[inputBuses.most];
+    Bus inputs[mostInputs];
     Bus output;
     bool isFresh = true; // nothing has been heard yet: there is nothing to glide from. [audio & in a slice]
 };
 
-OSStatus openUnit(Unit& unit)
+} // namespace
+
+OSStatus openMixer(Unit& unit)
 {
     unit.state = new Mixer;
     return noErr;
 }
 
-void destroy(void* state) { delete static_cast<Mixer*>(state); }
+void destroyMixer(void* state) { delete static_cast<Mixer*>(state); }
 
-OSStatus initializeUnit(Unit& unit)
+OSStatus initializeMixer(Unit& unit)
 {
     auto& mixer = stateOf<Mixer>(unit);
     const AudioStreamBasicDescription& out = unit.output(0).format;
@@ -59,7 +61,9 @@ OSStatus initializeUnit(Unit& unit)
     return noErr;
 }
 
-void resetUnit(Unit& unit) { stateOf<Mixer>(unit).isFresh = true; }
+void resetMixer(Unit& unit) { stateOf<Mixer>(unit).isFresh = true; }
+
+namespace {
 
 // ---- a slice ----
 
@@ -68,7 +72,7 @@ void turn(pcm::Gain& gain, Float32 target, bool atOnce)
     if (atOnce)
         gain = {target, target};
     else
-        gain.turnTo(target);
+        gain.rampTo(target);
 }
 
 /// Take on what the parameters say. An input without a source has nothing to glide either.
@@ -95,8 +99,8 @@ void turnGains(Unit& unit, Mixer& mixer)
 /// The slice is over for a bus.
 void finish(Bus& bus, UInt32 frames)
 {
-    bus.fader.pass(frames);
-    for (pcm::Gain& gain : bus.balance) gain.pass(frames);
+    bus.fader.advance(frames);
+    for (pcm::Gain& gain : bus.balance) gain.advance(frames);
     bus.meters.publish();
 }
 
@@ -173,7 +177,9 @@ OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& gaveSoun
     return noErr;
 }
 
-OSStatus renderSlice(Unit& unit, Slice& slice)
+} // namespace
+
+OSStatus renderMixer(Unit& unit, Slice& slice)
 {
     auto& mixer = stateOf<Mixer>(unit);
     turnGains(unit, mixer);
@@ -204,24 +210,29 @@ OSStatus renderSlice(Unit& unit, Slice& slice)
 
 // ---- what it says and is told ----
 
+namespace {
+
 BusMeters& metersAt(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
     auto& mixer = stateOf<Mixer>(unit);
     return scope == kAudioUnitScope_Input ? mixer.inputs[element].meters : mixer.output.meters;
 }
 
-OSStatus getMetering(Unit& unit, Place place, void* data, UInt32&)
+OSStatus getMetering(Unit& unit, ElementAddress address, void* data, UInt32&)
 {
-    return give(data, UInt32{metersAt(unit, place.scope, place.element).isTurnedOn()});
+    return give(data, UInt32{metersAt(unit, address.scope, address.element).isTurnedOn()});
 }
 
-OSStatus setMetering(Unit& unit, Place place, const void* data, UInt32)
+OSStatus setMetering(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    metersAt(unit, place.scope, place.element).turn(valueAt<UInt32>(data) != 0);
+    metersAt(unit, address.scope, address.element).turn(valueAt<UInt32>(data) != 0);
     return noErr;
 }
 
-OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
+OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -2});
+}
 
 template <Level which>
 OSStatus getLevel(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 channel, Float32& out)
@@ -239,14 +250,16 @@ UInt32 channelsWithLevels(const Unit& unit, AudioUnitElement element)
 constexpr auto input = kAudioUnitScope_Input, output = kAudioUnitScope_Output;
 constexpr auto decibels = kAudioUnitParameterUnit_Decibels;
 
+} // namespace
+
 // clang-format off
-const Property properties[] = {
+const Property mixerProperties[] = {
     // property                                scopes              element     bytes                  access             settable          get               set          size of
     {kAudioUnitProperty_SupportedNumChannels,  inGlobal,           anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getChannelCounts, nullptr,     nullptr},
     {kAudioUnitProperty_MeteringMode,          inInput | inOutput, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getMetering,      setMetering, nullptr},
 };
 
-const Parameter parameters[] = {
+const Parameter mixerParameters[] = {
     // id                                     count            scope   name                  unit                                least        most          initial      read only get                           set      present
     {kMultiChannelMixerParam_Volume,           1,               input,  "volume",             kAudioUnitParameterUnit_LinearGain, 0,           1,            1,           false,    nullptr,                      nullptr, nullptr},
     {kMultiChannelMixerParam_Enable,           1,               input,  "enable",             kAudioUnitParameterUnit_Boolean,    0,           1,            1,           false,    nullptr,                      nullptr, nullptr},
@@ -262,26 +275,5 @@ const Parameter parameters[] = {
     {kMultiChannelMixerParam_PostPeakHoldLevel, meteredChannels, output, "post peak hold",    decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::postPeak>,    nullptr, channelsWithLevels<output>},
 };
 // clang-format on
-
-constexpr UnitKind mixerKind()
-{
-    UnitKind kind;
-    kind.type = kAudioUnitType_Mixer;
-    kind.subType = kAudioUnitSubType_MultiChannelMixer;
-    kind.name = "Multichannel Mixer";
-    kind.inputs = inputBuses;
-    kind.properties = properties;
-    kind.parameters = parameters;
-    kind.open = openUnit;
-    kind.destroy = destroy;
-    kind.initialize = initializeUnit;
-    kind.reset = resetUnit;
-    kind.render = renderSlice;
-    return kind;
-}
-
-} // namespace
-
-const UnitKind multichannelMixer = mixerKind();
 
 } // namespace kvxplatform::audiounit

@@ -1,9 +1,11 @@
 #include "platform/audiounit/output/device_cycle.h"
 
-#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/output/device_output.h"
+#include "platform/audiounit/output/map_channels.h"
 #include "platform/audiounit/parameter.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/pcm/linear_pcm.h"
 
 #include <algorithm>
@@ -18,40 +20,38 @@ UInt32 framesOf(const AudioBufferList* list)
            list->mBuffers[0].mNumberChannels;
 }
 
-/// A stretch of client frames into every stream of the device.
-void placeInStreams(const Float32* samples, UInt32 channels, UInt32 frames, UInt32 done,
-                    const ChannelMap* map, const pcm::Gain& gain, AudioBufferList& output)
+/// Write client frames to frames [first, first + frames) of every stream of the device.
+void writeToStreams(const Float32* samples, UInt32 channels, UInt32 frames, UInt32 first,
+                    const pcm::ChannelMap* map, const pcm::Gain& gain, AudioBufferList& output)
 {
-    UInt32 first = 0;
+    UInt32 firstChannel = 0;
     for (UInt32 i = 0; i < output.mNumberBuffers; ++i) {
         const AudioBuffer& stream = output.mBuffers[i];
         auto* out = static_cast<Float32*>(stream.mData);
         if (out)
-            place(samples, channels, frames, map, gain, done, first, stream.mNumberChannels,
-                  out + std::size_t{done} * stream.mNumberChannels);
-        first += stream.mNumberChannels;
+            mapChannels(samples, channels, frames, map, gain, first, firstChannel, stream.mNumberChannels,
+                        out + std::size_t{first} * stream.mNumberChannels);
+        firstChannel += stream.mNumberChannels;
     }
 }
 
-void playSlice(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
-               UInt32 frames, AudioBufferList& output)
+void playClient(Unit& unit, DeviceOutput& state, AudioUnitRenderActionFlags& flags,
+                const AudioTimeStamp& time, UInt32 frames, AudioBufferList& output)
 {
-    const Float32 volume = parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0);
-    state.gain.turnTo(volume);
-    const ChannelMap* map = state.map.get();
-    for (UInt32 done = 0; done < frames && !unit.isEnding;) {
-        const AudioTimeStamp at = later(time, done, state.shape.sampleRate, unit.hostTicksPerSecond);
-        UInt32 piece = frames - done;
-        OSStatus status = noErr;
-        const Float32* samples = state.client.next({unit, flags, at}, piece, status);
-        placeInStreams(samples, state.client.channels(), piece, done, map, state.gain, output);
-        done += piece;
+    state.gain.rampTo(parameterValue(unit, kHALOutputParam_Volume, kAudioUnitScope_Global, 0));
+    const pcm::ChannelMap* map = state.map.get();
+    for (UInt32 done = 0; done < frames && !unit.isStopping;) {
+        const AudioTimeStamp at = later(time, done, state.format.sampleRate, unit.hostTicksPerSecond);
+        UInt32 count = frames - done;
+        const Float32* samples = state.client.next({unit, flags, at}, count);
+        writeToStreams(samples, state.client.channels(), count, done, map, state.gain, output);
+        done += count;
     }
-    state.gain.pass(frames);
+    state.gain.advance(frames);
 }
 
-void tellOfInput(DeviceOutput& state, AudioUnitRenderActionFlags& flags, const AudioTimeStamp& time,
-                 UInt32 frames)
+void callInputCallback(const DeviceOutput& state, AudioUnitRenderActionFlags& flags,
+                       const AudioTimeStamp& time, UInt32 frames)
 {
     if (const AURenderCallbackStruct* callback = state.inputCallback.get())
         callback->inputProc(callback->inputProcRefCon, &flags, &time, 1, frames, nullptr);
@@ -59,28 +59,28 @@ void tellOfInput(DeviceOutput& state, AudioUnitRenderActionFlags& flags, const A
 
 } // namespace
 
-OSStatus cycle(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferList* input,
-               const AudioTimeStamp* inputTime, AudioBufferList* output, const AudioTimeStamp* outputTime,
-               void* handle)
+OSStatus runCycle(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferList* input,
+                  const AudioTimeStamp* inputTime, AudioBufferList* output, const AudioTimeStamp* outputTime,
+                  void* handle)
 {
     const UnitUse unit = use(static_cast<AudioUnit>(handle));
     if (unit.status) return noErr;
-    const InSlice inside(*unit);
-    if (!inside) return noErr;
+    const RenderScope::Entry entry(unit->scope);
+    if (!entry || !beginSlice(*unit)) return noErr;
     auto& state = stateOf<DeviceOutput>(*unit);
-    if (!state.isStarted || state.activeDevice != device) return noErr; // the slice arrived silent
+    if (!state.isStarted || state.activeDevice != device) return noErr; // the device's output stays silent
 
     const UInt32 inputFrames = framesOf(input);
     const UInt32 frames = framesOf(output);
     AudioUnitRenderActionFlags flags = 0;
-    if (unit->isResetWanted.exchange(false)) state.client.reset();
+    if (unit->isResetPending.exchange(false)) state.client.reset();
     if (state.isInputOn && inputFrames) {
         state.cycleInput = input;
         state.cycleFrames = inputFrames;
-        tellOfInput(state, flags, *inputTime, inputFrames);
+        callInputCallback(state, flags, *inputTime, inputFrames);
     }
     if (state.isOutputOn && frames && state.isStarted)
-        playSlice(*unit, state, flags, *outputTime, frames, *output);
+        playClient(*unit, state, flags, *outputTime, frames, *output);
     state.cycleInput = nullptr;
     return noErr;
 }
@@ -106,7 +106,7 @@ OSStatus renderInput(Unit& unit, Slice& slice)
                     in[std::size_t{frame} * stream.mNumberChannels + c];
         first += stream.mNumberChannels;
     }
-    lendMemory(slice.out, element.buffers, slice.frames);
+    fillInMemory(slice.out, element.buffers, slice.frames);
     pcm::encode(element.format, state.inputSamples.data(), slice.frames, slice.out, 0);
     return noErr;
 }

@@ -1,142 +1,114 @@
-// The three output units that drive a device: their properties, parameters and rows. They differ in how the
-// device is chosen, and only the HAL unit has the device's input.
-#include "platform/audiounit/life_cycle.h"
-#include "platform/audiounit/output/device_output.h"
-#include "platform/audiounit/output/device_watch.h"
-#include "platform/audiounit/output/output_units.h"
-#include "platform/audiounit/parameter.h"
-#include "platform/audiounit/render.h"
-#include "platform/pcm/linear_pcm.h"
+#include "platform/audiounit/output/device_units.h"
 
-#include <algorithm>
-#include <cstring>
+#include "platform/audiounit/common_properties.h"
+#include "platform/audiounit/life_cycle.h"
+#include "platform/audiounit/output/device_control.h"
+#include "platform/audiounit/output/device_watch.h"
+#include "platform/audiounit/output/map_channels.h"
+
+#include <utility>
 
 namespace kvxplatform::audiounit {
 namespace {
 
 DeviceOutput& outputOf(Unit& unit) { return stateOf<DeviceOutput>(unit); }
 
-template <AudioHardwarePropertyID choice, bool follows>
-OSStatus openUnit(Unit& unit)
+OSStatus openDevice(Unit& unit, AudioHardwarePropertyID choice, bool follows)
 {
     unit.state = new DeviceOutput(choice, follows);
     return noErr;
 }
 
-void closeUnit(Unit& unit)
+DeviceFormat currentFormat(Unit& unit)
 {
-    endWatching(unit.self);
-    stop(unit);
+    DeviceFormat format;
+    readFormat(currentDevice(unit), format);
+    return format;
 }
-
-void destroy(void* state)
-{
-    auto* output = static_cast<DeviceOutput*>(state);
-    forgetDevice(*output);
-    delete output;
-}
-
-// Element 0 takes the client's sound, element 1 gives the device's input; the device's own sides are as they
-// are.
-bool takesFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
-{
-    return pcm::isLinearPCM(format);
-}
-
-DeviceShape currentShape(Unit& unit)
-{
-    DeviceShape shape;
-    shapeOf(currentDevice(unit), shape);
-    return shape;
-}
-
-// ---- getters and setters, in the order of the table ----
 
 template <Side side>
 AudioStreamBasicDescription deviceFormat(Unit& unit)
 {
-    const DeviceShape shape = currentShape(unit);
-    return pcm::canonicalFormat(shape.sampleRate,
-                                side == Side::output ? shape.outputChannels : shape.inputChannels);
+    const DeviceFormat format = currentFormat(unit);
+    return pcm::canonicalFormat(format.sampleRate,
+                                side == Side::output ? format.outputChannels : format.inputChannels);
 }
 
 template <Side side>
-OSStatus getDeviceFormat(Unit& unit, Place, void* data, UInt32&)
+OSStatus getDeviceFormat(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, deviceFormat<side>(unit));
 }
 
-OSStatus getDeviceRate(Unit& unit, Place, void* data, UInt32&)
+OSStatus getDeviceRate(Unit& unit, ElementAddress, void* data, UInt32&)
 {
-    return give(data, currentShape(unit).sampleRate);
+    return give(data, currentFormat(unit).sampleRate);
 }
 
-OSStatus getLatency(Unit& unit, Place, void* data, UInt32&)
+OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, latencyOf(currentDevice(unit)));
 }
 
-OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -2}); }
-
-OSStatus getDevice(Unit& unit, Place, void* data, UInt32&) { return give(data, currentDevice(unit)); }
-
-OSStatus setDevice(Unit& unit, Place, const void* data, UInt32)
+OSStatus getDevice(Unit& unit, ElementAddress, void* data, UInt32&)
 {
-    return tellDevice(unit, valueAt<AudioDeviceID>(data));
+    return give(data, currentDevice(unit));
 }
 
-OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
+OSStatus setDevice(Unit& unit, ElementAddress, const void* data, UInt32)
+{
+    return selectDevice(unit, valueAt<AudioDeviceID>(data));
+}
+
+OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const DeviceOutput& state = outputOf(unit);
     return give(data, UInt32{state.isStarted && state.isRunning});
 }
 
-UInt32 channelMapSize(Unit& unit, Place)
+UInt32 channelMapSize(Unit& unit, ElementAddress)
 {
-    return currentShape(unit).outputChannels * static_cast<UInt32>(sizeof(SInt32));
+    return currentFormat(unit).outputChannels * static_cast<UInt32>(sizeof(SInt32));
 }
 
-OSStatus getChannelMap(Unit& unit, Place, void* data, UInt32& size)
+OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
 {
-    const ChannelMap* map = outputOf(unit).map.get();
+    const pcm::ChannelMap* map = outputOf(unit).map.get();
     const UInt32 channels = unit.input(0).format.mChannelsPerFrame;
     for (UInt32 i = 0; i < size / sizeof(SInt32); ++i) {
-        SInt32 entry = sourceOf(map, i, channels);
-        if (map && i < map->size()) entry = (*map)[i]; // as it was set
+        SInt32 entry = sourceChannelOf(map, i, channels);
+        if (map && i < map->size()) entry = (*map)[i]; // unchanged, also if there is no such source channel
         give(static_cast<std::byte*>(data) + i * sizeof entry, entry);
     }
     return noErr;
 }
 
-OSStatus setChannelMap(Unit& unit, Place, const void* data, UInt32 size)
+OSStatus setChannelMap(Unit& unit, ElementAddress, const void* data, UInt32 size)
 {
-    std::unique_ptr<ChannelMap> map;
+    std::unique_ptr<pcm::ChannelMap> map;
     if (data) {
-        constexpr UInt32 most = pcm::mostChannels * sizeof(SInt32);
-        if (size == 0 || size % sizeof(SInt32) || size > most) return kAudioUnitErr_InvalidPropertyValue;
-        map = std::make_unique<ChannelMap>(size / sizeof(SInt32));
-        std::memcpy(map->data(), data, size);
-        if (std::any_of(map->begin(), map->end(), [](SInt32 entry) { return entry < silentChannel; }))
-            return kAudioUnitErr_InvalidPropertyValue;
+        std::optional<pcm::ChannelMap> entries = pcm::channelMapFrom(data, size);
+        if (!entries) return kAudioUnitErr_InvalidPropertyValue;
+        map = std::make_unique<pcm::ChannelMap>(std::move(*entries));
     }
     outputOf(unit).map.publish(std::move(map), unit.scope);
     return noErr;
 }
 
 template <bool DeviceOutput::*isOn>
-OSStatus getIsOn(Unit& unit, Place, void* data, UInt32&)
+OSStatus getIsOn(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{outputOf(unit).*isOn});
 }
 
 template <bool DeviceOutput::*isOn>
-OSStatus setIsOn(Unit& unit, Place, const void* data, UInt32)
+OSStatus setIsOn(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     outputOf(unit).*isOn = valueAt<UInt32>(data) != 0;
     return noErr;
 }
 
-OSStatus setInputCallback(Unit& unit, Place, const void* data, UInt32)
+OSStatus setInputCallback(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     std::unique_ptr<AURenderCallbackStruct> callback;
     if (data && valueAt<AURenderCallbackStruct>(data).inputProc)
@@ -146,26 +118,24 @@ OSStatus setInputCallback(Unit& unit, Place, const void* data, UInt32)
 }
 
 template <Side side>
-OSStatus getHasIO(Unit& unit, Place, void* data, UInt32&)
+OSStatus getHasIO(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const DeviceOutput& state = outputOf(unit);
-    const DeviceShape shape = currentShape(unit);
-    return give(data, UInt32{side == Side::output ? state.isOutputOn && shape.outputChannels > 0
-                                                  : state.isInputOn && shape.inputChannels > 0});
+    const DeviceFormat format = currentFormat(unit);
+    return give(data, UInt32{side == Side::output ? state.isOutputOn && format.outputChannels > 0
+                                                  : state.isInputOn && format.inputChannels > 0});
 }
 
-OSStatus getStartsAtZero(Unit& unit, Place, void* data, UInt32&)
+OSStatus getStartsAtZero(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{outputOf(unit).startsAtZero});
 }
 
-OSStatus setStartsAtZero(Unit& unit, Place, const void* data, UInt32)
+OSStatus setStartsAtZero(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     outputOf(unit).startsAtZero = valueAt<UInt32>(data) != 0;
     return noErr;
 }
-
-// ---- tables ----
 
 constexpr auto read = Access::readOnly;
 constexpr auto write = Access::writeOnly;
@@ -176,66 +146,67 @@ constexpr auto unlocked = Settable::alwaysUnlocked;
 constexpr UInt32 formatSize = sizeof(AudioStreamBasicDescription);
 constexpr UInt32 callbackSize = sizeof(AURenderCallbackStruct);
 
+} // namespace
+
 // clang-format off
-template <bool isHAL> const Property properties[] = {
-    // property                                       scopes    element     bytes             access               settable  get                            set                 size of
-    {kAudioUnitProperty_MakeConnection,               inInput,  0, sizeof(AudioUnitConnection), write,             unlocked, nullptr,                       setConnection,      nullptr, true},
-    {kAudioUnitProperty_SampleRate,                   inInput,  0,          sizeof(Float64),  both,                before,   getSampleRate,                 setSampleRate,      nullptr},
-    {kAudioUnitProperty_SampleRate,                   inOutput, 0,          sizeof(Float64),  read,                always,   getDeviceRate,                 nullptr,            nullptr},
-    {kAudioUnitProperty_SampleRate,                   inInput,  1,          sizeof(Float64),  read,                always,   getDeviceRate,                 nullptr,            nullptr},
-    {kAudioUnitProperty_SampleRate,                   inOutput, 1,          sizeof(Float64),  both,                before,   getSampleRate,                 setSampleRate,      nullptr},
-    {kAudioUnitProperty_StreamFormat,                 inInput,  0,          formatSize,       both,                before,   getStreamFormat,               setStreamFormat,    nullptr},
-    {kAudioUnitProperty_StreamFormat,                 inOutput, 0,          formatSize,       read,                always,   getDeviceFormat<Side::output>, nullptr,            nullptr},
-    {kAudioUnitProperty_StreamFormat,                 inInput,  1,          formatSize,       read,                always,   getDeviceFormat<Side::input>,  nullptr,            nullptr},
-    {kAudioUnitProperty_StreamFormat,                 inOutput, 1,          formatSize,       both,                before,   getStreamFormat,               setStreamFormat,    nullptr},
-    {kAudioUnitProperty_Latency,                      inGlobal, anyElement, sizeof(Float64),  read,                always,   getLatency,                    nullptr,            nullptr},
-    {kAudioUnitProperty_SupportedNumChannels,         inGlobal, anyElement, sizeof(AUChannelInfo), read,           always,   getChannelCounts,              nullptr,            nullptr},
-    {kAudioUnitProperty_SetRenderCallback,            inInput,  0,          callbackSize,     write,               always,   nullptr,                       setRenderCallback,  nullptr, true},
-    {kAudioOutputUnitProperty_CurrentDevice,          inGlobal, anyElement, sizeof(AudioDeviceID), isHAL ? both : read, unlocked, getDevice,                setDevice,          nullptr},
-    {kAudioOutputUnitProperty_IsRunning,              inGlobal, anyElement, sizeof(UInt32),   read,                always,   getIsRunning,                  nullptr,            nullptr},
-    {kAudioOutputUnitProperty_ChannelMap,             inOutput, 0,          0,                both,                always,   getChannelMap,                 setChannelMap,      channelMapSize, true},
-    {kAudioOutputUnitProperty_EnableIO,               inOutput, 0,          sizeof(UInt32),   isHAL ? both : read, before,   getIsOn<&DeviceOutput::isOutputOn>, setIsOn<&DeviceOutput::isOutputOn>, nullptr},
-    {kAudioOutputUnitProperty_EnableIO,               inInput,  1,          sizeof(UInt32),   isHAL ? both : read, before,   getIsOn<&DeviceOutput::isInputOn>,  setIsOn<&DeviceOutput::isInputOn>,  nullptr},
-    {kAudioOutputUnitProperty_SetInputCallback,       inGlobal, anyElement, callbackSize,     isHAL ? write : read, always,  nullptr,                       setInputCallback,   nullptr, true},
-    {kAudioOutputUnitProperty_HasIO,                  inOutput, 0,          sizeof(UInt32),   read,                always,   getHasIO<Side::output>,        nullptr,            nullptr},
-    {kAudioOutputUnitProperty_HasIO,                  inInput,  1,          sizeof(UInt32),   read,                always,   getHasIO<Side::input>,         nullptr,            nullptr},
-    {kAudioOutputUnitProperty_StartTimestampsAtZero,  inGlobal, anyElement, sizeof(UInt32),   both,                always,   getStartsAtZero,               setStartsAtZero,    nullptr},
+template <bool isHAL> const Property DeviceProperties<isHAL>::rows[] = {
+    // property                                      scopes    element     bytes                        access                settable  get                                 set                                 size of
+    {kAudioUnitProperty_MakeConnection,              inInput,  0,          sizeof(AudioUnitConnection), write,                unlocked, nullptr,                            setConnection,                      nullptr,        true},
+    {kAudioUnitProperty_SampleRate,                  inInput,  0,          sizeof(Float64),             both,                 before,   getSampleRate,                      setSampleRate,                      nullptr},
+    {kAudioUnitProperty_SampleRate,                  inOutput, 0,          sizeof(Float64),             read,                 always,   getDeviceRate,                      nullptr,                            nullptr},
+    {kAudioUnitProperty_SampleRate,                  inInput,  1,          sizeof(Float64),             read,                 always,   getDeviceRate,                      nullptr,                            nullptr},
+    {kAudioUnitProperty_SampleRate,                  inOutput, 1,          sizeof(Float64),             both,                 before,   getSampleRate,                      setSampleRate,                      nullptr},
+    {kAudioUnitProperty_StreamFormat,                inInput,  0,          formatSize,                  both,                 before,   getStreamFormat,                    setStreamFormat,                    nullptr},
+    {kAudioUnitProperty_StreamFormat,                inOutput, 0,          formatSize,                  read,                 always,   getDeviceFormat<Side::output>,      nullptr,                            nullptr},
+    {kAudioUnitProperty_StreamFormat,                inInput,  1,          formatSize,                  read,                 always,   getDeviceFormat<Side::input>,       nullptr,                            nullptr},
+    {kAudioUnitProperty_StreamFormat,                inOutput, 1,          formatSize,                  both,                 before,   getStreamFormat,                    setStreamFormat,                    nullptr},
+    {kAudioUnitProperty_Latency,                     inGlobal, anyElement, sizeof(Float64),             read,                 always,   getLatency,                         nullptr,                            nullptr},
+    {kAudioUnitProperty_SupportedNumChannels,        inGlobal, anyElement, sizeof(AUChannelInfo),       read,                 always,   getAnyChannelCounts,                nullptr,                            nullptr},
+    {kAudioUnitProperty_SetRenderCallback,           inInput,  0,          callbackSize,                write,                always,   nullptr,                            setRenderCallback,                  nullptr,        true},
+    {kAudioOutputUnitProperty_CurrentDevice,         inGlobal, anyElement, sizeof(AudioDeviceID),       isHAL ? both : read,  unlocked, getDevice,                          setDevice,                          nullptr},
+    {kAudioOutputUnitProperty_IsRunning,             inGlobal, anyElement, sizeof(UInt32),              read,                 always,   getIsRunning,                       nullptr,                            nullptr},
+    {kAudioOutputUnitProperty_ChannelMap,            inOutput, 0,          0,                           both,                 always,   getChannelMap,                      setChannelMap,                      channelMapSize, true},
+    {kAudioOutputUnitProperty_EnableIO,              inOutput, 0,          sizeof(UInt32),              isHAL ? both : read,  before,   getIsOn<&DeviceOutput::isOutputOn>, setIsOn<&DeviceOutput::isOutputOn>, nullptr},
+    {kAudioOutputUnitProperty_EnableIO,              inInput,  1,          sizeof(UInt32),              isHAL ? both : read,  before,   getIsOn<&DeviceOutput::isInputOn>,  setIsOn<&DeviceOutput::isInputOn>,  nullptr},
+    {kAudioOutputUnitProperty_SetInputCallback,      inGlobal, anyElement, callbackSize,                isHAL ? write : read, always,   nullptr,                            setInputCallback,                   nullptr,        true},
+    {kAudioOutputUnitProperty_HasIO,                 inOutput, 0,          sizeof(UInt32),              read,                 always,   getHasIO<Side::output>,             nullptr,                            nullptr},
+    {kAudioOutputUnitProperty_HasIO,                 inInput,  1,          sizeof(UInt32),              read,                 always,   getHasIO<Side::input>,              nullptr,                            nullptr},
+    {kAudioOutputUnitProperty_StartTimestampsAtZero, inGlobal, anyElement, sizeof(UInt32),              both,                 always,   getStartsAtZero,                    setStartsAtZero,                    nullptr},
 };
 
-const Parameter parameters[] = {
+const Parameter deviceParameters[] = {
     // id                   count scope                    name      unit                                least most initial read only
     {kHALOutputParam_Volume, 1,   kAudioUnitScope_Global, "volume", kAudioUnitParameterUnit_LinearGain, 0,    1,   1,      false, nullptr, nullptr},
 };
 // clang-format on
 
-// Without `render`: the device pulls, nobody else.
-template <AudioHardwarePropertyID choice, bool isHAL>
-constexpr UnitKind deviceKind(OSType subType, const char* name)
+template struct DeviceProperties<true>;
+template struct DeviceProperties<false>;
+
+OSStatus openHALOutput(Unit& unit)
 {
-    UnitKind kind;
-    kind.type = kAudioUnitType_Output;
-    kind.subType = subType;
-    kind.name = name;
-    if (isHAL) kind.inputs = kind.outputs = {2, 2, 2};
-    kind.properties = properties<isHAL>;
-    kind.parameters = parameters;
-    kind.takesFormat = takesFormat;
-    kind.open = openUnit<choice, !isHAL>;
-    kind.close = closeUnit;
-    kind.destroy = destroy;
-    kind.renderInside = renderInput;
-    kind.start = startDevice;
-    kind.stop = stopDevice;
-    return kind;
+    return openDevice(unit, kAudioHardwarePropertyDefaultOutputDevice, false);
+}
+OSStatus openDefaultOutput(Unit& unit)
+{
+    return openDevice(unit, kAudioHardwarePropertyDefaultOutputDevice, true);
+}
+OSStatus openSystemOutput(Unit& unit)
+{
+    return openDevice(unit, kAudioHardwarePropertyDefaultSystemOutputDevice, true);
 }
 
-} // namespace
+void closeDeviceOutput(Unit& unit)
+{
+    endWatching(unit.self);
+    stop(unit);
+}
 
-const UnitKind halOutput =
-    deviceKind<kAudioHardwarePropertyDefaultOutputDevice, true>(kAudioUnitSubType_HALOutput, "HAL Output");
-const UnitKind defaultOutput = deviceKind<kAudioHardwarePropertyDefaultOutputDevice, false>(
-    kAudioUnitSubType_DefaultOutput, "Default Output");
-const UnitKind systemOutput = deviceKind<kAudioHardwarePropertyDefaultSystemOutputDevice, false>(
-    kAudioUnitSubType_SystemOutput, "System Output");
+void destroyDeviceOutput(void* state)
+{
+    auto* output = static_cast<DeviceOutput*>(state);
+    abandonDevice(*output);
+    delete output;
+}
 
 } // namespace kvxplatform::audiounit

@@ -1,11 +1,9 @@
 #include "platform/audiounit/output/device_watch.h"
 
-#include "platform/audiounit/audio_unit.h"
-#include "platform/audiounit/output/device_output.h"
+#include "platform/audiounit/unit_handle.h"
 
 #include <algorithm>
 #include <condition_variable>
-#include <iterator>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -27,20 +25,27 @@ constexpr AudioObjectPropertyAddress deviceChanges[] = {
      kAudioObjectPropertyElementWildcard},
 };
 
-constexpr std::size_t usualStops = 64; // inside slices, before the thread comes round: room for them
+// Reserved, so that a stop inside a slice does not allocate.
+constexpr std::size_t usualStops = 64;
+
+template <class Handle>
+struct Watched {
+    Handle unit;
+    UpdateDevice update;
+};
 
 struct Watch {
     std::mutex lock;
     std::condition_variable changed;
     bool hasChanged = false;
     bool hasThread = false;
-    std::vector<AudioUnit> units;
-    std::vector<UnitUse> kept; // also to be asked
-    std::mutex listening;      // taken first
-    bool isListening = false;  // to the system: while there are units
+    std::vector<Watched<AudioUnit>> units;
+    std::vector<Watched<UnitUse>> stopped; ///< inside their slices
+    std::mutex listening;                  ///< taken before `lock`
+    bool isListening = false;              ///< to the system object; under `listening`
 };
 
-// Never destroyed: its thread lives as long as the program.
+// Never destroyed: its thread runs until the process ends.
 Watch& watch()
 {
     static Watch& only = *new Watch;
@@ -49,26 +54,26 @@ Watch& watch()
 
 OSStatus noteChange(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*)
 {
-    askSoon();
+    updateSoon();
     return noErr;
 }
 
-void askUnits()
+void updateUnits()
 {
     for (Watch& all = watch();;) {
-        std::vector<AudioUnit> units;
-        std::vector<UnitUse> kept;
+        std::vector<Watched<AudioUnit>> units;
+        std::vector<Watched<UnitUse>> stopped;
         {
             std::unique_lock<std::mutex> guard(all.lock);
             all.changed.wait(guard, [&] { return all.hasChanged; });
             all.hasChanged = false;
             units = all.units;
-            kept.swap(all.kept);
-            all.kept.reserve(usualStops);
+            stopped.swap(all.stopped);
+            all.stopped.reserve(usualStops);
         }
-        for (const UnitUse& unit : kept) reconsiderDevice(*unit);
-        for (AudioUnit each : units)
-            if (const UnitUse unit = use(each); !unit.status) reconsiderDevice(*unit);
+        for (const Watched<UnitUse>& each : stopped) each.update(*each.unit);
+        for (const Watched<AudioUnit>& each : units)
+            if (const UnitUse unit = use(each.unit); !unit.status) each.update(*unit);
     }
 }
 
@@ -78,31 +83,32 @@ bool hasUnits(Watch& all)
     return !all.units.empty();
 }
 
-// The listeners go with the last unit, or they would be found left over at a program's end.
+// The listeners are removed with the last unit: a program that checks for leaks at its end finds none.
 void listenWhileWatching()
 {
     Watch& all = watch();
     const std::lock_guard<std::mutex> guard(all.listening);
-    const bool isWanted = hasUnits(all);
-    if (isWanted == all.isListening) return;
+    const bool isNeeded = hasUnits(all);
+    if (isNeeded == all.isListening) return;
     for (const AudioObjectPropertyAddress& address : systemChanges)
-        if (isWanted)
+        if (isNeeded)
             AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
         else
             AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &address, noteChange, nullptr);
-    all.isListening = isWanted;
+    all.isListening = isNeeded;
 }
 
 } // namespace
 
-void beginWatching(AudioUnit unit)
+void beginWatching(AudioUnit unit, UpdateDevice update)
 {
     Watch& all = watch();
     {
         const std::lock_guard<std::mutex> guard(all.lock);
-        if (std::find(all.units.begin(), all.units.end(), unit) == all.units.end()) all.units.push_back(unit);
-        all.kept.reserve(usualStops);
-        if (!all.hasThread) std::thread(askUnits).detach();
+        const auto isUnit = [unit](const Watched<AudioUnit>& each) { return each.unit == unit; };
+        if (std::none_of(all.units.begin(), all.units.end(), isUnit)) all.units.push_back({unit, update});
+        all.stopped.reserve(usualStops);
+        if (!all.hasThread) std::thread(updateUnits).detach();
         all.hasThread = true;
     }
     listenWhileWatching();
@@ -113,7 +119,8 @@ void endWatching(AudioUnit unit)
     Watch& all = watch();
     {
         const std::lock_guard<std::mutex> guard(all.lock);
-        all.units.erase(std::remove(all.units.begin(), all.units.end(), unit), all.units.end());
+        const auto isUnit = [unit](const Watched<AudioUnit>& each) { return each.unit == unit; };
+        all.units.erase(std::remove_if(all.units.begin(), all.units.end(), isUnit), all.units.end());
     }
     listenWhileWatching();
 }
@@ -130,21 +137,21 @@ void endListening(AudioDeviceID device)
         AudioObjectRemovePropertyListener(device, &address, noteChange, nullptr);
 }
 
-void askSoonFor(AudioUnit handle)
+void updateSoon()
+{
+    Watch& all = watch();
+    const std::lock_guard<std::mutex> guard(all.lock);
+    all.hasChanged = true;
+    all.changed.notify_one();
+}
+
+void updateSoon(AudioUnit handle, UpdateDevice update)
 {
     UnitUse unit = use(handle);
     if (unit.status) return;
     Watch& all = watch();
     const std::lock_guard<std::mutex> guard(all.lock);
-    all.kept.push_back(std::move(unit));
-    all.hasChanged = true;
-    all.changed.notify_one();
-}
-
-void askSoon()
-{
-    Watch& all = watch();
-    const std::lock_guard<std::mutex> guard(all.lock);
+    all.stopped.push_back({std::move(unit), update});
     all.hasChanged = true;
     all.changed.notify_one();
 }

@@ -1,28 +1,35 @@
-// Has output units look again at their device when something changed: another default device, another rate,
-// other channels.
+// Calls output units when their device may have changed: another default device, another rate, other
+// channels.
 //
-// The platform's listeners only wake a thread of this file's own, and that thread asks the units. So a
-// listener never waits for a unit, and a unit may remove listeners while it holds its locks.
+// The platform's listeners only wake a thread of this file, which calls the units. So a listener never waits
+// for a unit, and a unit may remove listeners while it holds its locks.
 #pragma once
 
-#include <AudioUnit/AudioUnit.h>
-#include <CoreAudio/CoreAudio.h>
+#include "platform/audiounit/unit.h"
 
 namespace kvxplatform::audiounit {
 
-/// Have `unit` asked from now on, or no longer. Twice is once. Thread [any but audio].
-void beginWatching(AudioUnit unit);
+/// Examines a unit's device again. Called without a lock.
+/// [worker]
+using UpdateDevice = void (*)(Unit&);
+
+/// Add a unit to those that are updated after a change, or remove it. A unit is added once.
+/// [main]
+void beginWatching(AudioUnit unit, UpdateDevice update);
 void endWatching(AudioUnit unit);
 
-/// Listen to a device while somebody uses it: each begin needs its end. Thread [any but audio].
+/// Listen to a device's changes. Each begin needs its end.
+/// [main], [worker]
 void beginListening(AudioDeviceID device);
 void endListening(AudioDeviceID device);
 
-/// Have all of them asked soon. Thread [any].
-void askSoon();
+/// Have all watched units updated soon.
+/// [any]
+void updateSoon();
 
-/// Have `unit` asked soon, even if it is closed before: it stays whole until then. Thread [any]; an audio
-/// thread calls it only when it was stopped in its own slice, and waits for a short list at most.
-void askSoonFor(AudioUnit unit);
+/// Have one unit updated soon; it is not freed before, even if it is closed. A render thread calls this only
+/// for a stop inside the unit's own slice. Takes a lock that is held for a short time.
+/// [any]
+void updateSoon(AudioUnit unit, UpdateDevice update);
 
 } // namespace kvxplatform::audiounit

@@ -1,5 +1,7 @@
 #include "platform/audiounit/rate/rate_unit.h"
 
+#include "platform/audiounit/common_properties.h"
+#include "platform/audiounit/rate/rate_units.h"
 #include "platform/audiounit/render.h"
 
 namespace kvxplatform::audiounit {
@@ -40,18 +42,18 @@ void makeVoiceWhileInitialized(Unit& unit) // with settings
     if (unit.isInitialized && !unit.scope.isInside()) makeVoice(unit);
 }
 
-OSStatus getLatency(Unit& unit, Place, void* data, UInt32&)
+OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const auto& state = stateOf<RateUnit>(unit);
     if (!unit.isInitialized) return give(data, Float64{0});
-    const Float32 measured = unit.isResetWanted ? 0 : state.secondsAhead.load();
+    const Float32 measured = unit.isResetPending ? 0 : state.secondsAhead.load();
     if (measured > 0) return give(data, Float64{measured});
     const Wish wish = wishOf(unit);
     const double frames = wish.isVoiced && state.latest ? state.latest->framesAhead(wish.setting) : 0;
     return give(data, Float64{frames / unit.output(0).format.mSampleRate});
 }
 
-OSStatus getTail(Unit& unit, Place, void* data, UInt32&)
+OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const auto& state = stateOf<RateUnit>(unit);
     const Wish wish = wishOf(unit);
@@ -60,19 +62,19 @@ OSStatus getTail(Unit& unit, Place, void* data, UInt32&)
     return give(data, Float64{frames / unit.output(0).format.mSampleRate});
 }
 
-OSStatus setBypassAndMakeVoice(Unit& unit, Place place, const void* data, UInt32 size)
+OSStatus setBypassAndMakeVoice(Unit& unit, ElementAddress address, const void* data, UInt32 size)
 {
-    setBypass(unit, place, data, size);
+    setBypass(unit, address, data, size);
     makeVoiceWhileInitialized(unit);
     return noErr;
 }
 
-OSStatus getQuality(Unit& unit, Place, void* data, UInt32&)
+OSStatus getQuality(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, stateOf<RateUnit>(unit).quality.load());
 }
 
-OSStatus setQuality(Unit& unit, Place, const void* data, UInt32)
+OSStatus setQuality(Unit& unit, ElementAddress, const void* data, UInt32)
 {
     const auto quality = valueAt<UInt32>(data);
     if (quality > kRenderQuality_Max) return kAudioUnitErr_InvalidPropertyValue;
@@ -81,14 +83,19 @@ OSStatus setQuality(Unit& unit, Place, const void* data, UInt32)
     return noErr;
 }
 
-OSStatus getChannelCounts(Unit&, Place, void* data, UInt32&) { return give(data, AUChannelInfo{-1, -1}); }
+OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -1});
+}
 
 constexpr auto always = Settable::always;
 constexpr auto read = Access::readOnly;
 constexpr auto both = Access::readWrite;
 
+} // namespace
+
 // clang-format off
-const Property properties[] = {
+const Property rateProperties[] = {
     // property                                scopes    element     bytes                  access settable get               set                    size of
     {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,       nullptr,               nullptr},
     {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts, nullptr,               nullptr},
@@ -134,27 +141,6 @@ OSStatus renderRateUnit(Unit& unit, Slice& slice)
     const Float64 framesOut = state.path.framesAhead() / state.path.rate();
     state.secondsAhead = static_cast<Float32>(framesOut / unit.output(0).format.mSampleRate);
     return status;
-}
-
-} // namespace
-
-UnitKind rateKind(OSType subType, const char* name, Rows<Parameter> parameters, OSStatus (*open)(Unit&))
-{
-    UnitKind kind;
-    kind.type = kAudioUnitType_FormatConverter;
-    kind.subType = subType;
-    kind.name = name;
-    kind.properties = properties;
-    kind.parameters = parameters;
-    kind.takesFormat = takesRateFormat;
-    kind.open = open;
-    kind.destroy = destroyRateUnit;
-    kind.initialize = initializeRateUnit;
-    kind.uninitialize = uninitializeRateUnit;
-    kind.reset = resetRateUnit;
-    kind.render = renderRateUnit;
-    kind.rendersInPlace = true;
-    return kind;
 }
 
 void makeVoiceIfWanted(Unit& unit)

@@ -35,15 +35,11 @@ struct RateUnit {
     std::atomic<Float32> secondsAhead{0}; // by the last slice
 };
 
-template <const RateKind& kind>
-OSStatus openRateUnit(Unit& unit)
+inline OSStatus openRateUnit(Unit& unit, const RateKind& kind)
 {
     unit.state = new RateUnit(kind);
     return noErr;
 }
-
-/// The row of a rate unit.
-UnitKind rateKind(OSType subType, const char* name, Rows<Parameter> parameters, OSStatus (*open)(Unit&));
 
 /// Make the voice that the unit wants, if it has not been made. Thread [any]; without locks.
 void makeVoiceIfWanted(Unit& unit);

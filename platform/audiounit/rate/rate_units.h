@@ -1,12 +1,28 @@
-// The units that change how fast sound runs, and how high.
+// The rows of the units that change rate and pitch.
+// unit_kind.h states the contracts of the functions.
 #pragma once
 
-#include "platform/audiounit/unit.h"
+#include "platform/audiounit/parameter.h"
+#include "platform/audiounit/property.h"
 
 namespace kvxplatform::audiounit {
 
-extern const UnitKind newTimePitch;
-extern const UnitKind timePitch;
-extern const UnitKind varispeed;
+extern const Property rateProperties[5];
+extern const Parameter newTimePitchParameters[4];
+extern const Parameter timePitchParameters[2];
+extern const Parameter varispeedParameters[2];
+
+OSStatus openNewTimePitch(Unit& unit);
+OSStatus openTimePitch(Unit& unit);
+OSStatus openVarispeed(Unit& unit);
+
+// The other functions serve all three.
+bool takesRateFormat(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
+                     const AudioStreamBasicDescription& format);
+void destroyRateUnit(void* state);
+OSStatus initializeRateUnit(Unit& unit);
+void uninitializeRateUnit(Unit& unit);
+void resetRateUnit(Unit& unit);
+OSStatus renderRateUnit(Unit& unit, Slice& slice);
 
 } // namespace kvxplatform::audiounit

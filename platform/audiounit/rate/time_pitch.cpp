@@ -58,25 +58,23 @@ constexpr auto inTurns = kAudioUnitParameterUnit_Generic;
 constexpr auto yesOrNo = kAudioUnitParameterUnit_Boolean;
 constexpr Float32 slowest = 1.0f / 32, fastest = 32;
 
+} // namespace
+
 // clang-format off
-const Parameter newParameters[] = {
+const Parameter newTimePitchParameters[] = {
     // id                                   count scope  name                   unit     least    most     initial read only get  set
     {kNewTimePitchParam_Rate,               1, global, "rate",                inRate,  slowest, fastest, 1, false, nullptr, setRateParameter},
     {kNewTimePitchParam_Pitch,              1, global, "pitch",               inCents, -2400,   2400,    0, false, nullptr, setRateParameter},
     {kNewTimePitchParam_Overlap,            1, global, "overlap",             inTurns, 3,       32,      8, false, nullptr, setRateParameter},
     {kNewTimePitchParam_EnablePeakLocking,  1, global, "enable peak locking", yesOrNo, 0,       1,       1, false, nullptr, setRateParameter},
 };
-const Parameter classicParameters[] = {
+const Parameter timePitchParameters[] = {
     {kTimePitchParam_Rate,                  1, global, "rate",                inRate,  slowest, fastest, 1, false, nullptr, setRateParameter},
     {kTimePitchParam_Pitch,                 1, global, "pitch",               inCents, -2400,   2400,    0, false, nullptr, setRateParameter},
 };
 // clang-format on
 
-} // namespace
-
-const UnitKind newTimePitch =
-    rateKind(kAudioUnitSubType_NewTimePitch, "New Time Pitch", newParameters, openRateUnit<newKind>);
-const UnitKind timePitch =
-    rateKind(kAudioUnitSubType_TimePitch, "Time Pitch", classicParameters, openRateUnit<classicKind>);
+OSStatus openNewTimePitch(Unit& unit) { return openRateUnit(unit, newKind); }
+OSStatus openTimePitch(Unit& unit) { return openRateUnit(unit, classicKind); }
 
 } // namespace kvxplatform::audiounit

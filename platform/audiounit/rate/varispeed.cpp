@@ -53,16 +53,16 @@ OSStatus setCents(Unit& unit, const Parameter& row, AudioUnitElement element, UI
 
 constexpr auto global = kAudioUnitScope_Global;
 
+} // namespace
+
 // clang-format off
-const Parameter parameters[] = {
+const Parameter varispeedParameters[] = {
     // id                          count scope   name              unit                         least most  initial read only get  set
     {kVarispeedParam_PlaybackRate,  1, global, "playback rate",  kAudioUnitParameterUnit_Rate,  0.25f, 4,    1, false, nullptr, setRateParameter},
     {kVarispeedParam_PlaybackCents, 1, global, "playback cents", kAudioUnitParameterUnit_Cents, -2400, 2400, 0, false, getCents, setCents},
 };
 // clang-format on
 
-} // namespace
-
-const UnitKind varispeed = rateKind(kAudioUnitSubType_Varispeed, "Varispeed", parameters, openRateUnit<kind>);
+OSStatus openVarispeed(Unit& unit) { return openRateUnit(unit, kind); }
 
 } // namespace kvxplatform::audiounit

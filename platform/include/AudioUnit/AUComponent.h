@@ -187,12 +187,6 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitRender(AudioUnit unit, AudioUnitRenderActi
                                              const AudioTimeStamp* time_stamp, UInt32 bus, UInt32 frames,
                                              AudioBufferList* io_data);
 
-/* Have `notify` called before (PreRender) and after (PostRender) each slice; both arguments name it on
- * removal. */
-KVX_PLATFORM_EXPORT OSStatus AudioUnitAddRenderNotify(AudioUnit unit, AURenderCallback notify, void* context);
-KVX_PLATFORM_EXPORT OSStatus AudioUnitRemoveRenderNotify(AudioUnit unit, AURenderCallback notify,
-                                                         void* context);
-
 KVX_PLATFORM_END
 
 #endif

@@ -36,7 +36,7 @@ TEST(AudioThread, FillNeitherAllocatesNorLocks)
                 const int allocations = alarm_::allocations(), locks = alarm_::locks();
                 UInt32 total = 0;
                 for (int i = 0; i < 10; ++i) {
-                    list.lend();
+                    list.restore();
                     UInt32 packets = 512;
                     alarm_::forbid(true);
                     AudioConverterFillComplexBuffer(converter, Sound::procedure, &sound, &packets, list.get(),

@@ -44,7 +44,7 @@ std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 cha
     std::vector<float> all;
     List list(interleaved(1, channels), atATime);
     for (;;) {
-        list.lend();
+        list.restore();
         const UInt32 got = fill(converter, Sound::procedure, &sound, atATime, list);
         if (!got) return all;
         const auto* samples = static_cast<const float*>(list[0].mData);

@@ -222,7 +222,7 @@ TEST(Fill, ProcedureReceivesEmptyBuffersOfTheSourceFormat)
         List list(interleaved(44100, 2), 16);
         for (int i = 0; i < 2; ++i) {
             Arguments arguments;
-            list.lend();
+            list.restore();
             ASSERT_EQ(fill(converter, Arguments::procedure, &arguments, 16, list), 16u);
             EXPECT_EQ(arguments.converter, static_cast<AudioConverterRef>(converter));
             EXPECT_EQ(arguments.packets, 16u);

@@ -57,7 +57,7 @@ std::vector<std::uint64_t> samplesOf(const Kind& kind, UInt32 count)
 unsigned char* bytesAt(const AudioStreamBasicDescription& format, const Kind& kind,
                        std::vector<std::vector<unsigned char>>& buffers, UInt32 frame, UInt32 channel)
 {
-    const bool apart = format.mFormatFlags & isApart;
+    const bool apart = format.mFormatFlags & isNonInterleaved;
     return buffers[apart ? channel : 0].data() + frame * format.mBytesPerFrame +
            (apart ? 0 : channel * kind.bytes);
 }
@@ -67,7 +67,7 @@ Sound soundOf(const Kind& kind, const AudioStreamBasicDescription& format,
 {
     const UInt32 channels = format.mChannelsPerFrame;
     const UInt32 frames = static_cast<UInt32>(raws.size()) / channels;
-    const UInt32 buffers = format.mFormatFlags & isApart ? channels : 1;
+    const UInt32 buffers = format.mFormatFlags & isNonInterleaved ? channels : 1;
     Sound sound{format, std::vector<std::vector<unsigned char>>(buffers), frames};
     for (auto& buffer : sound.buffers) buffer.resize(frames * format.mBytesPerFrame);
     for (UInt32 frame = 0; frame < frames; ++frame)

@@ -161,7 +161,7 @@ TEST(Lifetime, DisposingOnAnotherThread)
             List list(format(), 256);
             OSStatus status = noErr;
             while (!status) {
-                list.lend();
+                list.restore();
                 UInt32 packets = 256;
                 status = AudioConverterFillComplexBuffer(converter, procedure, &runs, &packets, list.get(),
                                                          nullptr);

@@ -36,7 +36,7 @@ const std::size_t kindCount = std::size(kinds);
 
 AudioStreamBasicDescription formatOf(const Kind& kind, Float64 rate, UInt32 channels, bool apart)
 {
-    return pcm(rate, channels, kind.bits, kind.flags | (apart ? isApart : 0), kind.bytes);
+    return pcm(rate, channels, kind.bits, kind.flags | (apart ? isNonInterleaved : 0), kind.bytes);
 }
 
 std::uint64_t rawAt(const Kind& kind, const unsigned char* bytes)

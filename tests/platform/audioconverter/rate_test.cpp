@@ -232,7 +232,7 @@ TEST(Rate, FirstFillPullsTheLookAheadToo)
             } noted{soundOf(44100, 1, std::vector<float>(20000, 0.25f)), {}};
             List list(interleaved(to, 1), 512);
             for (int i = 0; i < 4; ++i) {
-                list.lend();
+                list.restore();
                 ASSERT_EQ(fill(converter, Noted::procedure, &noted, 512, list), 512u);
             }
             SCOPED_TRACE(std::to_string(complexity) + " to " + std::to_string(to));
@@ -248,7 +248,7 @@ TEST(Rate, SampleFormatChangesToo)
 {
     // Unsigned 8 bits to non-interleaved big-endian 24 bits: the tone within the precision of 8 bits.
     const auto from = pcm(22050, 1, 8, isPacked),
-               to = pcm(44100, 2, 24, isSigned | isPacked | isBig | isApart);
+               to = pcm(44100, 2, 24, isSigned | isPacked | isBig | isNonInterleaved);
     Sound sound{from, std::vector<std::vector<unsigned char>>(1), 4000};
     for (const float sample : tone(22050, 300, 4000))
         sound.buffers[0].push_back(static_cast<unsigned char>(128 + std::lrint(sample * 100)));

@@ -1,4 +1,4 @@
-// An output unit that cannot play on a device leaves no listener and no I/O procedure there.
+// An output unit that cannot be attached to a device leaves no listener and no I/O procedure on it.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -13,7 +13,7 @@ using support::liveObjects;
 
 constexpr OSStatus refusal = kAudioHardwareUnspecifiedError;
 
-void expectNothingLeft()
+void expectNothingRegistered()
 {
     EXPECT_EQ(liveObjects("property listener"), 0u);
     EXPECT_EQ(liveObjects("IOProc"), 0u);
@@ -37,7 +37,7 @@ void enableInputAtAnotherRate(SteppedDevice&, const Unit& unit)
 
 void removeDevice(SteppedDevice& device, const Unit&) { device.remove(); }
 
-TEST(AttachFailure, AtTheStartLeavesNothing)
+TEST(AttachFailure, LeavesNothingAfterARefusedStart)
 {
     const struct {
         void (*spoil)(SteppedDevice&, const Unit&);
@@ -45,8 +45,8 @@ TEST(AttachFailure, AtTheStartLeavesNothing)
         const char* why;
     } facts[] = {
         {refuseStart, refusal, "the device refuses to start"},
-        {setDistantRate, kAudioUnitErr_FormatNotSupported, "no conversion between rates so far apart"},
-        {enableInputAtAnotherRate, kAudioUnitErr_FormatNotSupported, "input is not converted"},
+        {setDistantRate, kAudioUnitErr_FormatNotSupported, "the rates are too far apart"},
+        {enableInputAtAnotherRate, kAudioUnitErr_FormatNotSupported, "the input's rate is not converted"},
         {removeDevice, kAudioHardwareBadObjectError, "the device is gone"},
     };
     for (const auto& fact : facts) {
@@ -59,14 +59,14 @@ TEST(AttachFailure, AtTheStartLeavesNothing)
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
             EXPECT_EQ(AudioOutputUnitStart(unit), fact.status);
             EXPECT_EQ(AudioOutputUnitStart(unit), fact.status) << "again";
-            EXPECT_EQ(liveObjects("property listener"), 2u) << "only those on the system's default devices";
+            EXPECT_EQ(liveObjects("property listener"), 2u) << "on the system's default devices only";
             EXPECT_EQ(liveObjects("IOProc"), 0u);
         }
-        expectNothingLeft();
+        expectNothingRegistered();
     }
 }
 
-TEST(AttachFailure, OnTheWayToAnotherDeviceLeavesNothing)
+TEST(AttachFailure, LeavesNothingAfterAFailedMove)
 {
     SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
     refuseStart(second, Unit('ahal'));
@@ -80,10 +80,10 @@ TEST(AttachFailure, OnTheWayToAnotherDeviceLeavesNothing)
         ASSERT_EQ(first.step(64), 64u);
         EXPECT_EQ(unit.set(kAudioOutputUnitProperty_CurrentDevice, 0, 0, second.id()), refusal);
     }
-    expectNothingLeft();
+    expectNothingRegistered();
 }
 
-TEST(AttachFailure, OfAFollowerLeavesNothing)
+TEST(AttachFailure, LeavesNothingWhenTheDefaultDeviceRefuses)
 {
     SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
     first.makeDefault();
@@ -96,7 +96,7 @@ TEST(AttachFailure, OfAFollowerLeavesNothing)
         EXPECT_TRUE(
             eventually([&] { return unit.get<UInt32>(kAudioOutputUnitProperty_IsRunning, 0, 0) == 0; }));
     }
-    expectNothingLeft();
+    expectNothingRegistered();
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Each allocation of an output unit's start fails in turn: nothing is left on the device, and the start that
-// has enough memory plays.
+// Each allocation of an output unit's start fails in turn: nothing is left on the device, and a start with
+// enough memory plays.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-__thread int allocationsLeft = 0; // until the one that fails; 0: none fails
+__thread int allocationsLeft = 0; // until one fails; 0: none fails
 
 } // namespace
 
@@ -21,7 +21,7 @@ namespace {
 using namespace test;
 using support::liveObjects;
 
-TEST(AttachMemory, ThatIsMissingLeavesNothing)
+TEST(AttachMemory, FailedAllocationLeavesNothing)
 {
     SteppedDevice device(48000, 2, 64);
     bool wasShort = true;

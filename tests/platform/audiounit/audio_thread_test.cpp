@@ -1,4 +1,4 @@
-// What a unit's part of a cycle asks of the C library: nothing.
+// A unit's part of an I/O cycle does not allocate, free or lock.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -14,8 +14,8 @@ namespace {
 
 using namespace test;
 
-// A device calls its procedures in the order in which they were added: one before the unit's sets the mark,
-// one behind it takes it away.
+// A device calls its procedures in the order in which they were added: `begin` before the unit's, `end`
+// after.
 OSStatus begin(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                AudioBufferList*, const AudioTimeStamp*, void*)
 {
@@ -29,18 +29,18 @@ OSStatus end(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const
     return noErr;
 }
 
-struct Rang {
+struct AlarmCounts {
     int allocations = alarm_::allocations(), locks = alarm_::locks();
-    void expectSilence() const
+    void expectUnchanged() const
     {
         EXPECT_EQ(alarm_::allocations(), allocations);
         EXPECT_EQ(alarm_::locks(), locks);
     }
 };
 
-TEST(AudioThread, TheAlarmRings)
+TEST(AudioThread, AlarmCountsAllocationsAndLocks)
 {
-    const Rang before;
+    const AlarmCounts before;
     alarm_::forbid(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
@@ -54,22 +54,22 @@ TEST(AudioThread, TheAlarmRings)
     if (alarm_::watchesLocks()) {
         EXPECT_GE(alarm_::locks(), before.locks + 1);
     }
-    const Rang after;
+    const AlarmCounts after;
     std::free(std::malloc(10));
-    after.expectSilence();
+    after.expectUnchanged();
 }
 
 // clang-format off
 const struct { Float64 client, device; UInt32 channels, slice, limit; UInt32 bits, flags; const char* why; } cases[] = {
-    {44100, 44100, 2, 512,  1156, 32, isFloat | isPacked | isApart, "canonical, at the device's rate"},
-    {44100, 44100, 6, 4096, 300,  16, isSigned | isPacked | isBig,  "16 bits, in pieces"},
-    {44100, 48000, 2, 512,  1156, 32, isFloat | isPacked,           "converted up"},
-    {96000, 44100, 1, 512,  1156, 24, isSigned | isPacked,          "converted down"},
-    {8000,  44100, 2, 8192, 64,   8,  isPacked,                     "converted far, in small pieces"},
+    {44100, 44100, 2, 512,  1156, 32, isFloat | isPacked | isNonInterleaved, "canonical, at the device's rate"},
+    {44100, 44100, 6, 4096, 300,  16, isSigned | isPacked | isBig,  "16 bits, several pulls per cycle"},
+    {44100, 48000, 2, 512,  1156, 32, isFloat | isPacked,           "converted to a higher rate"},
+    {96000, 44100, 1, 512,  1156, 24, isSigned | isPacked,          "converted to a lower rate"},
+    {8000,  44100, 2, 8192, 64,   8,  isPacked,                     "converted to a much higher rate, small slices"},
 };
 // clang-format on
 
-TEST(AudioThread, ACycleAllocatesNothingAndTakesNoLock)
+TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
 {
     for (const auto& fact : cases) {
         SCOPED_TRACE(fact.why);
@@ -78,7 +78,7 @@ TEST(AudioThread, ACycleAllocatesNothingAndTakesNoLock)
         const auto format = pcm(fact.client, fact.channels, fact.bits, fact.flags);
         const Unit unit('ahal');
         Feeder feeder(format);
-        feeder.mostAsked = 0;
+        feeder.mostRequests = 0;
         ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
         ASSERT_EQ(unit.setFormat(1, format), noErr);
         ASSERT_EQ(unit.setLimit(fact.limit), noErr);
@@ -89,28 +89,28 @@ TEST(AudioThread, ACycleAllocatesNothingAndTakesNoLock)
         ASSERT_EQ(AudioDeviceStart(device.id(), begin), noErr);
         ASSERT_EQ(AudioDeviceStart(device.id(), end), noErr);
 
-        const Rang before;
-        for (int turn = 0; turn < 20; ++turn) {
+        const AlarmCounts before;
+        for (int cycle = 0; cycle < 20; ++cycle) {
             device.step(fact.slice);
-            // What the other threads may do meanwhile.
-            AudioUnitSetParameter(unit, kHALOutputParam_Volume, 0, 0, turn % 2 ? 1 : 0.5f, 0);
+            // Settings that other threads may change between cycles.
+            AudioUnitSetParameter(unit, kHALOutputParam_Volume, 0, 0, cycle % 2 ? 1 : 0.5f, 0);
             AudioUnitReset(unit, 0, 0);
-            const SInt32 map[] = {turn % 2, 0};
+            const SInt32 map[] = {cycle % 2, 0};
             AudioUnitSetProperty(unit, 2002, 2, 0, map, sizeof map);
-            unit.setCallback(turn % 5 ? Feeder::callback : nullptr, &feeder);
+            unit.setCallback(cycle % 5 ? Feeder::callback : nullptr, &feeder);
         }
-        before.expectSilence();
+        before.expectUnchanged();
         EXPECT_GT(feeder.calls, 10);
         AudioDeviceRemoveIOProc(device.id(), begin);
         AudioDeviceRemoveIOProc(device.id(), end);
     }
 }
 
-TEST(AudioThread, ASliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
+TEST(AudioThread, SliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
 {
     const Unit source('genr'), destination('genr');
     Feeder feeder(canonical(44100, 2));
-    feeder.mostAsked = 0;
+    feeder.mostRequests = 0;
     ASSERT_EQ(source.setFormat(2, pcm(48000, 2, 16, isSigned | isPacked)), noErr);
     ASSERT_EQ(source.setCallback(Feeder::callback, &feeder), noErr);
     ASSERT_EQ(destination.set(kAudioUnitProperty_MakeConnection, 1, 0, AudioUnitConnection{source, 0, 0}),
@@ -118,11 +118,11 @@ TEST(AudioThread, ASliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
     ASSERT_EQ(AudioUnitInitialize(source), noErr);
     ASSERT_EQ(AudioUnitInitialize(destination), noErr);
     List list(canonical(44100, 2), 512);
-    const Rang before;
-    for (int turn = 0; turn < 50; ++turn) {
-        list.lend();
-        if (turn % 2) list.forgetMemory();
-        const AudioTimeStamp time = sampleTime(turn * 512.0);
+    const AlarmCounts before;
+    for (int slice = 0; slice < 50; ++slice) {
+        list.restore();
+        if (slice % 2) list.clearPointers();
+        const AudioTimeStamp time = sampleTime(slice * 512.0);
         alarm_::forbid(true);
         const OSStatus status = AudioUnitRender(destination, nullptr, &time, 0, 512, list.get());
         Float32 volume = 0;
@@ -130,7 +130,7 @@ TEST(AudioThread, ASliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
         alarm_::forbid(false);
         ASSERT_EQ(status, noErr);
     }
-    before.expectSilence();
+    before.expectUnchanged();
 }
 
 } // namespace

@@ -1,8 +1,9 @@
-// The common base under a unit made for this test: several inputs, parameters of every kind, a bypass.
-#include "platform/audiounit/audio_unit.h"
+// The base that all units share, tested through a kind of unit of this test: several inputs, parameters of
+// every sort, a bypass.
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/parameter.h"
-#include "platform/audiounit/property.h"
+#include "platform/audiounit/property_access.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
 
@@ -82,12 +83,13 @@ const Parameter parameters[] = {
     {20,   1, kAudioUnitScope_Global, "special", kAudioUnitParameterUnit_Generic,    0,    9,  5,  false, nullptr,  setSpecial},
     {0,    1, kAudioUnitScope_Output, "gain",    kAudioUnitParameterUnit_LinearGain, 0,    2,  2,  false, nullptr,  nullptr},
 };
-const UnitKind sums = {'aumx', 'test', "Sum", {2, 1, 4}, {1, 1, 1}, properties, parameters, nullptr,
-                       openUnit, nullptr, destroyState, initializeUnit, uninitializeUnit, resetUnit, sumOfInputs,
-                       nullptr, nullptr, nullptr};
+const UnitKind sums = {'aumx', 'test', "Sum", column::Inputs{{2, 1, 4}}, column::Outputs{{1, 1, 1}}, properties, parameters, InputMemory::ofBus,
+                       column::TakesFormat{nullptr}, column::Open{openUnit}, column::Close{nullptr}, column::Destroy{destroyState},
+                       column::Initialize{initializeUnit}, column::Uninitialize{uninitializeUnit}, column::Reset{resetUnit},
+                       column::Render{sumOfInputs}, column::RenderInside{nullptr}, column::Start{nullptr}, column::Stop{nullptr}};
 // clang-format on
 
-/// Each bus gives its number and a half, plus a hundredth for each channel.
+/// Every sample is the number of its bus, plus 1/2, plus 1/128 for each channel before its own.
 OSStatus steady(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32 bus, UInt32 frames,
                 AudioBufferList* list)
 {
@@ -121,27 +123,30 @@ protected:
         EXPECT_EQ(getProperty(*unit, id, {scope, element}, &value, &size), noErr);
         return value;
     }
-    OSStatus give(UInt32 bus, int* calls = nullptr)
+    OSStatus setSource(UInt32 bus, int* calls = nullptr)
     {
         return set(kAudioUnitProperty_SetRenderCallback, 1, bus, AURenderCallbackStruct{steady, calls});
     }
-    /// A slice of 16 frames with the unit's own memory; the first sample of a channel.
+    /// Render 16 frames into the unit's memory.
     OSStatus renderOnce()
     {
         AudioTimeStamp time = {};
         time.mFlags = kAudioTimeStampSampleTimeValid;
-        room.prepare(2);
-        AudioBufferList& list = room.list();
+        storage.prepare(2);
+        AudioBufferList& list = storage.list();
         for (UInt32 i = 0; i < 2; ++i) list.mBuffers[i] = {1, 0, nullptr};
         return render(*unit, nullptr, &time, 0, 16, &list);
     }
-    Float32 sample(UInt32 channel) { return static_cast<Float32*>(room.list().mBuffers[channel].mData)[15]; }
+    Float32 sample(UInt32 channel)
+    {
+        return static_cast<Float32*>(storage.list().mBuffers[channel].mData)[15];
+    }
 
     std::unique_ptr<Unit> unit;
-    kvxplatform::pcm::ListStorage room;
+    kvxplatform::pcm::ListStorage storage;
 };
 
-TEST_F(Base, CountsOfBusesVaryWithinTheirLimits)
+TEST_F(Base, BusCountVariesWithinLimits)
 {
     EXPECT_EQ(get<UInt32>(kAudioUnitProperty_ElementCount, 1, 0), 2u);
     // clang-format off
@@ -157,28 +162,27 @@ TEST_F(Base, CountsOfBusesVaryWithinTheirLimits)
     EXPECT_EQ(get<UInt32>(kAudioUnitProperty_ElementCount, 1, 0), 3u);
     Float32 value = 0;
     EXPECT_EQ(getParameter(*unit, 0, 1, 2, value), noErr);
-    EXPECT_EQ(getParameter(*unit, 0, 1, 3, value), kAudioUnitErr_InvalidElement)
-        << "as many as there are now";
-    EXPECT_EQ(give(3), kAudioUnitErr_InvalidElement);
+    EXPECT_EQ(getParameter(*unit, 0, 1, 3, value), kAudioUnitErr_InvalidElement) << "the present count";
+    EXPECT_EQ(setSource(3), kAudioUnitErr_InvalidElement);
     ASSERT_EQ(initialize(*unit), noErr);
     EXPECT_EQ(set<UInt32>(kAudioUnitProperty_ElementCount, 1, 0, 2), kAudioUnitErr_Initialized);
 }
 
-TEST_F(Base, ParametersAreOfAScopeAndElement)
+TEST_F(Base, ParameterBelongsToScopeAndElement)
 {
     // clang-format off
     const struct { AudioUnitParameterID id; AudioUnitScope scope; AudioUnitElement element; OSStatus get, set; Float32 value; const char* why; } facts[] = {
         {0,    1, 0, noErr, noErr, 1, "the first input's gain"},
-        {0,    1, 1, noErr, noErr, 1, "the second's"},
-        {0,    2, 0, noErr, noErr, 2, "the output's is another"},
-        {0,    0, 0, kAudioUnitErr_InvalidScope,     kAudioUnitErr_InvalidScope,          0, "there is no global one"},
+        {0,    1, 1, noErr, noErr, 1, "the second input's gain"},
+        {0,    2, 0, noErr, noErr, 2, "the output's gain is another parameter"},
+        {0,    0, 0, kAudioUnitErr_InvalidScope,     kAudioUnitErr_InvalidScope,          0, "no global gain"},
         {10,   0, 0, noErr, noErr, 0, "the first band"},
         {12,   0, 0, noErr, noErr, 0, "the last band"},
-        {13,   0, 0, kAudioUnitErr_InvalidParameter, kAudioUnitErr_InvalidParameter,      0, "behind the last"},
+        {13,   0, 0, kAudioUnitErr_InvalidParameter, kAudioUnitErr_InvalidParameter,      0, "after the last"},
         {9,    0, 0, kAudioUnitErr_InvalidParameter, kAudioUnitErr_InvalidParameter,      0, "before the first"},
-        {3000, 1, 1, noErr, kAudioUnitErr_PropertyNotWritable,                          -10, "a meter is measured"},
-        {3001, 1, 1, noErr, kAudioUnitErr_PropertyNotWritable,                          -11, "of the second channel"},
-        {3002, 1, 1, kAudioUnitErr_InvalidParameter, kAudioUnitErr_InvalidParameter,      0, "there are two"},
+        {3000, 1, 1, noErr, kAudioUnitErr_PropertyNotWritable,                          -10, "a meter is read-only"},
+        {3001, 1, 1, noErr, kAudioUnitErr_PropertyNotWritable,                          -11, "the meter of the second channel"},
+        {3002, 1, 1, kAudioUnitErr_InvalidParameter, kAudioUnitErr_InvalidParameter,      0, "there are two channels"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -193,10 +197,11 @@ TEST_F(Base, ParametersAreOfAScopeAndElement)
         ASSERT_EQ(setParameter(*unit, 10 + i, 0, 0, static_cast<Float32>(i) - 30), noErr);
     for (UInt32 i = 0; i < 3; ++i) ASSERT_EQ(getParameter(*unit, 10 + i, 0, 0, values[i]), noErr);
     EXPECT_EQ(values[0], -20);
-    EXPECT_EQ(values[2], -20) << "each its own, in range";
+    EXPECT_EQ(values[2], -20) << "each band keeps its value, in range";
     EXPECT_EQ(setParameter(*unit, 20, 0, 0, 100), noErr);
-    EXPECT_EQ(stateOf<State>(*unit).written, 9) << "a setter of its own gets what is in range";
-    EXPECT_EQ(setParameter(*unit, 20, 0, 0, 3), kAudioUnitErr_InvalidParameter) << "and may refuse";
+    EXPECT_EQ(stateOf<State>(*unit).written, 9) << "a row's setter gets the value in range";
+    EXPECT_EQ(setParameter(*unit, 20, 0, 0, 3), kAudioUnitErr_InvalidParameter)
+        << "a row's setter may refuse";
 }
 
 TEST_F(Base, ParameterListAndInfoFollowTheTable)
@@ -218,7 +223,7 @@ TEST_F(Base, ParameterListAndInfoFollowTheTable)
     EXPECT_EQ(get<AudioUnitParameterInfo>(kAudioUnitProperty_ParameterInfo, 2, 0).maxValue, 2);
 }
 
-TEST_F(Base, TakesCanonicalFormatsOnly)
+TEST_F(Base, AcceptsCanonicalFormatsOnly)
 {
     const auto canonical = kvxplatform::pcm::canonicalFormat(48000, 5);
     EXPECT_EQ(set(kAudioUnitProperty_StreamFormat, 1, 1, canonical), noErr);
@@ -233,11 +238,11 @@ TEST_F(Base, TakesCanonicalFormatsOnly)
         get<AudioStreamBasicDescription>(kAudioUnitProperty_StreamFormat, 1, 1), canonical));
 }
 
-TEST_F(Base, PullsEachBusByItsNumber)
+TEST_F(Base, PullsEachBus)
 {
     int calls = 0;
-    ASSERT_EQ(give(0, &calls), noErr);
-    ASSERT_EQ(give(1, &calls), noErr);
+    ASSERT_EQ(setSource(0, &calls), noErr);
+    ASSERT_EQ(setSource(1, &calls), noErr);
     ASSERT_EQ(initialize(*unit), noErr);
     ASSERT_EQ(renderOnce(), noErr);
     EXPECT_EQ(calls, 2);
@@ -250,11 +255,11 @@ TEST_F(Base, PullsEachBusByItsNumber)
     EXPECT_EQ(renderOnce(), kAudioUnitErr_NoConnection);
 }
 
-TEST_F(Base, BypassedItPassesItsFirstInput)
+TEST_F(Base, BypassPassesTheFirstInput)
 {
     int calls = 0;
-    ASSERT_EQ(give(0, &calls), noErr);
-    ASSERT_EQ(give(1, &calls), noErr);
+    ASSERT_EQ(setSource(0, &calls), noErr);
+    ASSERT_EQ(setSource(1, &calls), noErr);
     EXPECT_EQ(get<UInt32>(bypass, 0, 0), 0u);
     ASSERT_EQ(initialize(*unit), noErr);
     ASSERT_EQ(set<UInt32>(bypass, 0, 0, 77), noErr);
@@ -268,7 +273,7 @@ TEST_F(Base, BypassedItPassesItsFirstInput)
     EXPECT_EQ(renderOnce(), kAudioUnitErr_FormatNotSupported) << "one channel is not two";
 }
 
-TEST_F(Base, KindsAreAskedInTheirTurn)
+TEST_F(Base, CallsTheKindsFunctionsInOrder)
 {
     auto& state = stateOf<State>(*unit);
     state.refusal = kAudioUnitErr_FailedInitialization;
@@ -282,12 +287,12 @@ TEST_F(Base, KindsAreAskedInTheirTurn)
     EXPECT_EQ(reset(*unit, 0, 0), noErr);
     EXPECT_EQ(state.resets, 0) << "not outside a slice";
     renderOnce();
-    EXPECT_EQ(state.resets, 1) << "before the next, once";
+    EXPECT_EQ(state.resets, 1) << "before the next slice, once";
     renderOnce();
     EXPECT_EQ(state.resets, 1);
     EXPECT_EQ(uninitialize(*unit), noErr);
     EXPECT_EQ(state.initialized, 0);
-    EXPECT_EQ(start(*unit), badComponentSelector) << "no output unit";
+    EXPECT_EQ(start(*unit), badComponentSelector) << "not an output unit";
     EXPECT_EQ(stop(*unit), badComponentSelector);
 }
 

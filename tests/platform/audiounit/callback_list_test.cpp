@@ -1,5 +1,5 @@
-// The buffer list that a render callback is given: one of a single buffer has memory for a second, empty
-// record, since some callbacks silence a pair whatever the count.
+// The buffer list of a render callback: one with a single buffer has memory for a second, empty record,
+// because some callbacks silence two buffers whatever the count.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -12,13 +12,13 @@ namespace {
 
 using namespace test;
 
-/// Looks at the second record of a list of one buffer, and counts those that were not empty.
+/// Counts lists of one buffer whose second record is not empty.
 struct PairCallback {
     int calls = 0;
     int faults = 0;
 
-    static OSStatus lookAtPair(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
-                               UInt32, AudioBufferList* list)
+    static OSStatus checkSecond(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
+                                UInt32, AudioBufferList* list)
     {
         auto& self = *static_cast<PairCallback*>(context);
         ++self.calls;
@@ -30,9 +30,9 @@ struct PairCallback {
     }
 };
 
-/// Leave freed blocks without a zero in them: a record that lies past its list's memory then does not look
-/// empty.
-void litterHeap()
+/// Leave freed blocks of bytes other than zero: a record past the end of a list's memory does not look empty
+/// then.
+void fillFreedBlocks()
 {
     constexpr std::size_t bytes = sizeof(AudioBufferList) + sizeof(AudioBuffer);
     std::vector<volatile unsigned char*> blocks(1000);
@@ -51,7 +51,7 @@ const struct {
     {interleaved(44100, 2), "interleaved stereo"},
 };
 
-TEST(CallbackList, OfOneBufferHasAnEmptySecondRecordInDeviceOutputs)
+TEST(CallbackList, HasEmptySecondRecordInDeviceOutputs)
 {
     SteppedDevice device(44100, 2, 512);
     device.makeDefault();
@@ -60,15 +60,15 @@ TEST(CallbackList, OfOneBufferHasAnEmptySecondRecordInDeviceOutputs)
         for (const auto& fact : formats) {
             SCOPED_TRACE(testing::Message() << std::hex << subType << ", " << fact.name);
             PairCallback callback;
-            litterHeap();
+            fillFreedBlocks();
             const Unit unit(subType);
             if (subType == 'ahal') {
                 ASSERT_EQ(unit.set<AudioDeviceID>(kAudioOutputUnitProperty_CurrentDevice, 0, 0, device.id()),
                           noErr);
             }
             ASSERT_EQ(unit.setFormat(kAudioUnitScope_Input, fact.format), noErr);
-            ASSERT_EQ(unit.setLimit(200), noErr); // several requests in each cycle
-            ASSERT_EQ(unit.setCallback(PairCallback::lookAtPair, &callback), noErr);
+            ASSERT_EQ(unit.setLimit(200), noErr); // several calls per I/O cycle
+            ASSERT_EQ(unit.setCallback(PairCallback::checkSecond, &callback), noErr);
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
             ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
             EXPECT_EQ(device.step(1024), 1024u);
@@ -78,7 +78,7 @@ TEST(CallbackList, OfOneBufferHasAnEmptySecondRecordInDeviceOutputs)
         }
 }
 
-TEST(CallbackList, OfOneBufferHasAnEmptySecondRecordInPulledUnits)
+TEST(CallbackList, HasEmptySecondRecordInPulledUnits)
 {
     const struct {
         OSType type, subType;
@@ -87,11 +87,11 @@ TEST(CallbackList, OfOneBufferHasAnEmptySecondRecordInPulledUnits)
         for (const auto& fact : formats) {
             SCOPED_TRACE(testing::Message() << std::hex << which.subType << ", " << fact.name);
             PairCallback callback;
-            litterHeap();
+            fillFreedBlocks();
             const Unit unit(which.subType, which.type);
             ASSERT_EQ(unit.setFormat(kAudioUnitScope_Input, fact.format), noErr);
             ASSERT_EQ(unit.setFormat(kAudioUnitScope_Output, fact.format), noErr);
-            ASSERT_EQ(unit.setCallback(PairCallback::lookAtPair, &callback), noErr);
+            ASSERT_EQ(unit.setCallback(PairCallback::checkSecond, &callback), noErr);
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
             List list(fact.format, 256);
             AudioUnitRenderActionFlags flags = 0;

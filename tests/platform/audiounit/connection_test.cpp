@@ -1,4 +1,4 @@
-// Units that feed units.
+// Units connected to units.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -15,7 +15,7 @@ OSStatus connect(AudioUnit source, const Unit& destination, UInt32 output = 0, U
                            AudioUnitConnection{source, output, input});
 }
 
-TEST(Connection, TakesOverTheFormatOfItsSource)
+TEST(Connection, SetsTheInputToTheSourcesFormat)
 {
     const Unit source('genr'), destination('genr');
     ASSERT_EQ(source.setFormat(2, pcm(32000, 3, 16, isSigned | isPacked)), noErr);
@@ -28,7 +28,7 @@ TEST(Connection, TakesOverTheFormatOfItsSource)
     EXPECT_EQ(connect(reinterpret_cast<AudioUnit>(4711), destination), badComponentInstance);
 }
 
-TEST(Connection, MustStillAgreeWhenItIsInitialised)
+TEST(Connection, FormatsAreCheckedAtInitialisation)
 {
     Unit source('genr');
     const Unit destination('genr');
@@ -37,7 +37,7 @@ TEST(Connection, MustStillAgreeWhenItIsInitialised)
     EXPECT_EQ(AudioUnitInitialize(destination), kAudioUnitErr_FormatNotSupported);
     ASSERT_EQ(destination.setFormat(1, canonical(48000, 2)), noErr);
     EXPECT_EQ(AudioUnitInitialize(destination), noErr);
-    // Connected while it is initialised: only to what it can take as it is.
+    // While initialised, a unit connects only to an output of its present format.
     const Unit other('genr');
     EXPECT_EQ(connect(other, destination), kAudioUnitErr_FormatNotSupported);
     ASSERT_EQ(other.setFormat(2, canonical(48000, 2)), noErr);
@@ -45,14 +45,14 @@ TEST(Connection, MustStillAgreeWhenItIsInitialised)
     EXPECT_EQ(connect(source, destination), noErr);
     ASSERT_EQ(AudioUnitUninitialize(destination), noErr);
     source.close();
-    EXPECT_EQ(AudioUnitInitialize(destination), kAudioUnitErr_NoConnection) << "its source has gone";
+    EXPECT_EQ(AudioUnitInitialize(destination), kAudioUnitErr_NoConnection) << "the source is closed";
     EXPECT_EQ(connect(nullptr, destination), noErr) << "disconnected";
     EXPECT_EQ(AudioUnitInitialize(destination), noErr);
 }
 
-TEST(Connection, PullsThroughEveryUnitExactly)
+TEST(Connection, PullsExactSamplesThroughThreeUnits)
 {
-    // float apart -> 16 bits big-endian -> 24 bits -> float
+    // float non-interleaved -> 16 bits big-endian -> 24 bits -> float
     const Unit first('genr'), second('genr'), third('genr');
     Feeder feeder(canonical(44100, 2));
     ASSERT_EQ(first.setFormat(2, pcm(44100, 2, 16, isSigned | isPacked | isBig)), noErr);
@@ -68,10 +68,10 @@ TEST(Connection, PullsThroughEveryUnitExactly)
         for (UInt32 i = 0; i < 500; ++i)
             ASSERT_EQ(static_cast<float*>(list[c].mData)[i], noise(123 + i, c)) << i << ", " << c;
     EXPECT_EQ(feeder.calls, 1);
-    ASSERT_EQ(feeder.asked[0].time.mSampleTime, 123);
+    ASSERT_EQ(feeder.requests[0].time.mSampleTime, 123);
 }
 
-TEST(Connection, IsPulledInPiecesThatTheSourceCanMake)
+TEST(Connection, PullsNoMoreThanTheSourcesSliceLimit)
 {
     const Unit source('genr'), destination('genr');
     Feeder feeder(canonical(44100, 2));
@@ -85,18 +85,18 @@ TEST(Connection, IsPulledInPiecesThatTheSourceCanMake)
     time.mFlags |= kAudioTimeStampHostTimeValid;
     time.mHostTime = 1000000;
     ASSERT_EQ(AudioUnitRender(destination, nullptr, &time, 0, 1000, list.get()), noErr);
-    ASSERT_EQ(feeder.asked.size(), 4u);
+    ASSERT_EQ(feeder.requests.size(), 4u);
     const UInt32 frames[] = {300, 300, 300, 100};
     for (UInt32 i = 0; i < 4; ++i) {
-        EXPECT_EQ(feeder.asked[i].frames, frames[i]);
-        EXPECT_EQ(feeder.asked[i].time.mSampleTime, 50 + i * 300.0);
-        EXPECT_NEAR(static_cast<double>(feeder.asked[i].time.mHostTime),
+        EXPECT_EQ(feeder.requests[i].frames, frames[i]);
+        EXPECT_EQ(feeder.requests[i].time.mSampleTime, 50 + i * 300.0);
+        EXPECT_NEAR(static_cast<double>(feeder.requests[i].time.mHostTime),
                     1000000 + i * 300 / 44100.0 * AudioGetHostClockFrequency(), 2);
     }
     for (UInt32 i = 0; i < 1000; ++i) ASSERT_EQ(static_cast<float*>(list[1].mData)[i], noise(50 + i, 1)) << i;
 }
 
-TEST(Connection, FailsAsItsSourceFails)
+TEST(Connection, PassesTheSourcesFailureOn)
 {
     Unit source('genr');
     const Unit destination('genr');
@@ -106,7 +106,7 @@ TEST(Connection, FailsAsItsSourceFails)
     List list(canonical(44100, 2), 64);
     const AudioTimeStamp time = sampleTime(0);
     const auto render = [&] {
-        list.lend();
+        list.restore();
         return AudioUnitRender(destination, nullptr, &time, 0, 64, list.get());
     };
     EXPECT_EQ(render(), kAudioUnitErr_Uninitialized) << "the source is not initialised";
@@ -119,15 +119,14 @@ TEST(Connection, FailsAsItsSourceFails)
     EXPECT_EQ(source.get<OSStatus>(kAudioUnitProperty_LastRenderError, 0, 0), -31);
     EXPECT_EQ(destination.get<OSStatus>(kAudioUnitProperty_LastRenderError, 0, 0), -31);
     source.close();
-    EXPECT_EQ(render(), kAudioUnitErr_NoConnection) << "the source has gone";
+    EXPECT_EQ(render(), kAudioUnitErr_NoConnection) << "the source is closed";
     Feeder own(canonical(44100, 2));
-    ASSERT_EQ(destination.setCallback(Feeder::callback, &own), noErr)
-        << "a callback takes the connection's place";
+    ASSERT_EQ(destination.setCallback(Feeder::callback, &own), noErr) << "a callback replaces the connection";
     EXPECT_EQ(render(), noErr);
     EXPECT_EQ(own.calls, 1);
 }
 
-TEST(Connection, ThatGoesRoundEndsWhereItBegan)
+TEST(Connection, LoopIsRefusedWhenItIsRendered)
 {
     const Unit one('genr'), two('genr');
     ASSERT_EQ(connect(one, two), noErr);
@@ -140,7 +139,7 @@ TEST(Connection, ThatGoesRoundEndsWhereItBegan)
               kAudioUnitErr_CannotDoInCurrentContext);
 }
 
-TEST(Connection, FeedsADeviceInPiecesOfItsOwnLimit)
+TEST(Connection, FeedsADeviceWithinTheSourcesSliceLimit)
 {
     SteppedDevice device(44100, 2, 8192);
     const Unit source('genr'), output('ahal');
@@ -155,7 +154,7 @@ TEST(Connection, FeedsADeviceInPiecesOfItsOwnLimit)
     ASSERT_EQ(device.step(8192 * 2), 8192u * 2);
     ASSERT_EQ(device.played.size(), 8192u * 4);
     for (UInt32 i = 0; i < 8192 * 4; ++i) ASSERT_EQ(device.played[i], noise(i / 2, i % 2)) << i;
-    for (const Asked& asked : feeder.asked) ASSERT_LE(asked.frames, 1000u);
+    for (const Request& request : feeder.requests) ASSERT_LE(request.frames, 1000u);
 }
 
 } // namespace

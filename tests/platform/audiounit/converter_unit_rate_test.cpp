@@ -1,4 +1,4 @@
-// The converter unit between two rates.
+// The converter unit between two sample rates.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -31,10 +31,10 @@ struct Converter {
         EXPECT_EQ(unit.setLimit(limit), noErr);
         EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
     }
-    /// Channel `c` of the next slice; `at` moves on.
+    /// Render the next slice. Returns channel `c`.
     std::vector<float> next(UInt32 frames, UInt32 c = 0)
     {
-        list.lend();
+        list.restore();
         const AudioTimeStamp time = sampleTime(at);
         EXPECT_EQ(AudioUnitRender(unit, &flags, &time, 0, frames, list.get()), noErr);
         at += frames;
@@ -49,7 +49,7 @@ struct Converter {
     AudioUnitRenderActionFlags flags = 0;
 };
 
-TEST(ConverterUnitRate, AToneStaysWhereItStood)
+TEST(ConverterUnitRate, KeepsTheTimeOfATone)
 {
     // clang-format off
     const struct { Float64 from, to; double bound; } facts[] = {
@@ -61,19 +61,19 @@ TEST(ConverterUnitRate, AToneStaysWhereItStood)
             Converter converter(fact.from, fact.to);
             ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
             double worst = 0;
-            std::size_t place = 0;
-            while (place < 6000)
+            std::size_t frame = 0;
+            while (frame < 6000)
                 for (const float sample : converter.next(slice, 1)) {
                     const double expected =
-                        std::sin(2 * pi * 1000 * static_cast<double>(place) / fact.to + 1);
-                    if (place > 3000) worst = std::max(worst, std::abs(sample - expected));
-                    ++place;
+                        std::sin(2 * pi * 1000 * static_cast<double>(frame) / fact.to + 1);
+                    if (frame > 3000) worst = std::max(worst, std::abs(sample - expected));
+                    ++frame;
                 }
             EXPECT_LT(worst, fact.bound) << fact.from << " to " << fact.to << " by " << slice;
         }
 }
 
-TEST(ConverterUnitRate, SlicesDoNotMatter)
+TEST(ConverterUnitRate, OutputDoesNotDependOnSlices)
 {
     std::vector<float> whole;
     for (const UInt32 slice : {4000u, 1u, 512u, 999u}) {
@@ -89,8 +89,7 @@ TEST(ConverterUnitRate, SlicesDoNotMatter)
     }
 }
 
-// The input's limit goes with the rates: a slice of the output's limit takes as much of the input.
-TEST(ConverterUnitRate, TheInputsLimitIsScaled)
+TEST(ConverterUnitRate, InputLimitIsScaledByTheRates)
 {
     // clang-format off
     const struct { Float64 from, to; UInt32 limit, most; } facts[] = {
@@ -103,23 +102,23 @@ TEST(ConverterUnitRate, TheInputsLimitIsScaled)
         Converter converter(fact.from, fact.to, fact.limit);
         ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
         Float64 expected = 0;
-        for (int turn = 0; turn < 5; ++turn) converter.next(fact.limit);
+        for (int slice = 0; slice < 5; ++slice) converter.next(fact.limit);
         UInt32 largest = 0;
-        for (const Asked& asked : converter.feeder.asked) {
-            largest = std::max(largest, asked.frames);
-            EXPECT_EQ(asked.time.mSampleTime, expected) << "the source's own time, without a gap";
-            EXPECT_EQ(asked.bytes, asked.frames * 8);
-            expected += asked.frames;
+        for (const Request& request : converter.feeder.requests) {
+            largest = std::max(largest, request.frames);
+            EXPECT_EQ(request.time.mSampleTime, expected) << "the source's time has no gap";
+            EXPECT_EQ(request.bytes, request.frames * 8);
+            expected += request.frames;
         }
         EXPECT_EQ(largest, fact.most);
         const double needed = 5 * fact.limit * fact.from / fact.to;
         EXPECT_GE(expected, std::floor(needed));
         EXPECT_LE(expected, needed + 3 + 60 * std::max(1.0, fact.from / fact.to))
-            << "no more ahead than the filter";
+            << "no further ahead than the filter";
     }
 }
 
-TEST(ConverterUnitRate, ChannelCountsMayDiffer)
+TEST(ConverterUnitRate, ConvertsBetweenChannelCounts)
 {
     for (const UInt32 sources : {1u, 2u, 6u})
         for (const UInt32 channels : {1u, 2u, 6u}) {
@@ -138,25 +137,25 @@ TEST(ConverterUnitRate, ChannelCountsMayDiffer)
         }
 }
 
-TEST(ConverterUnitRate, AResetStartsAfresh)
+TEST(ConverterUnitRate, ResetClearsTheFilter)
 {
     Converter converter(44100, 48000);
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
     const auto first = converter.next(500);
-    const Float64 given =
-        converter.feeder.asked.back().time.mSampleTime + converter.feeder.asked.back().frames;
+    const Float64 pulled =
+        converter.feeder.requests.back().time.mSampleTime + converter.feeder.requests.back().frames;
     converter.next(333);
     ASSERT_EQ(AudioUnitReset(converter.unit, 0, 0), noErr);
-    converter.feeder.asked.clear();
+    converter.feeder.requests.clear();
     converter.next(10);
-    EXPECT_GT(converter.feeder.asked.at(0).time.mSampleTime, given) << "time goes on";
+    EXPECT_GT(converter.feeder.requests.at(0).time.mSampleTime, pulled) << "the source's time continues";
 
     ASSERT_EQ(AudioUnitUninitialize(converter.unit), noErr);
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
     EXPECT_TRUE(converter.next(500) == first);
 }
 
-TEST(ConverterUnitRate, QualityMayChangeWhileItRuns)
+TEST(ConverterUnitRate, QualityChangesWhileRendering)
 {
     Converter converter(44100, 48000);
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
@@ -169,13 +168,13 @@ TEST(ConverterUnitRate, QualityMayChangeWhileItRuns)
         double worst = 0;
         const Float64 from = converter.at;
         std::vector<float> samples = converter.next(1156);
-        // A tone all the same, whatever its place.
+        // The tone continues; its phase may change.
         float loudest = 0;
         for (std::size_t i = 400; i < 800; ++i) loudest = std::max(loudest, std::abs(samples[i]));
         EXPECT_NEAR(loudest, 1, 0.01) << change.id;
         for (std::size_t i = 400; i + 48 < 800; ++i)
             worst = std::max<double>(worst, std::abs(samples[i] - samples[i + 48]));
-        EXPECT_LT(worst, 4e-3) << "1000 Hz is 48 frames a turn";
+        EXPECT_LT(worst, 4e-3) << "1000 Hz has a period of 48 frames";
         EXPECT_EQ(converter.at, from + 1156);
     }
 }
@@ -189,8 +188,8 @@ OSStatus silent(void*, AudioUnitRenderActionFlags* flags, const AudioTimeStamp*,
     return noErr;
 }
 
-// The filter still rings when its source has fallen silent.
-TEST(ConverterUnitRate, ASilentSourceIsNotSaidToBeSilence)
+// The filter rings after its source has become silent.
+TEST(ConverterUnitRate, RingingFilterIsNotFlaggedSilent)
 {
     Converter converter(44100, 48000);
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
@@ -202,7 +201,7 @@ TEST(ConverterUnitRate, ASilentSourceIsNotSaidToBeSilence)
     EXPECT_EQ(after[250], 0);
 }
 
-TEST(ConverterUnitRate, RatesThatAreTooFarApartAreRefused)
+TEST(ConverterUnitRate, RefusesRatesTooFarApart)
 {
     // clang-format off
     const struct { Float64 from, to; UInt32 channels; OSStatus status; } facts[] = {
@@ -223,7 +222,7 @@ TEST(ConverterUnitRate, RatesThatAreTooFarApartAreRefused)
     }
 }
 
-TEST(ConverterUnitRate, MoreThanMemoryHoldsIsRefused)
+TEST(ConverterUnitRate, RefusesSlicesLargerThanMemory)
 {
     Converter converter(256000, 1000, 64, 2, 2);
     ASSERT_EQ(converter.unit.setLimit(0x7FFFFFFF), noErr);

@@ -1,4 +1,4 @@
-// The converter unit at one rate: formats, channels, slices, properties, errors.
+// The converter unit at one sample rate: formats, channels, slices, properties, errors.
 #include "tests/platform/audiounit/fed_unit.h"
 
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@ struct Converter : FedUnit {
     }
 };
 
-/// The source channel that a channel plays, or -1.
-int playedBy(UInt32 channel, UInt32 sources)
+/// The source channel of an output channel, or -1.
+int sourceOf(UInt32 channel, UInt32 sources)
 {
     if (sources == 1) return channel < 2 ? 0 : -1;
     return channel < sources ? static_cast<int>(channel) : -1;
@@ -29,18 +29,18 @@ int playedBy(UInt32 channel, UInt32 sources)
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
                  UInt32 sources)
 {
-    test::expectNoise(format, list, frames, at, sources, playedBy);
+    test::expectNoise(format, list, frames, at, sources, sourceOf);
 }
 
 // clang-format off
 const struct { UInt32 bits, flags, bytes; const char* name; } layouts[] = {
     {32, isFloat | isPacked,                    4, "float"},
-    {32, isFloat | isPacked | isApart,          4, "float, apart"},
+    {32, isFloat | isPacked | isNonInterleaved,          4, "float, non-interleaved"},
     {32, isFloat | isPacked | isBig,            4, "float, big-endian"},
-    {64, isFloat | isPacked | isApart,          8, "double, apart"},
-    {8,  isPacked,                              1, "8 bits, no sign"},
+    {64, isFloat | isPacked | isNonInterleaved,          8, "double, non-interleaved"},
+    {8,  isPacked,                              1, "8 bits unsigned"},
     {16, isSigned | isPacked,                   2, "16 bits"},
-    {16, isSigned | isPacked | isBig | isApart, 2, "16 bits, big-endian, apart"},
+    {16, isSigned | isPacked | isBig | isNonInterleaved, 2, "16 bits, big-endian, non-interleaved"},
     {24, isSigned | isPacked,                   3, "24 bits"},
     {24, isSigned | isHigh,                     4, "24 bits high in 32"},
     {32, isSigned | isPacked,                   4, "32 bits"},
@@ -48,7 +48,7 @@ const struct { UInt32 bits, flags, bytes; const char* name; } layouts[] = {
 const UInt32 counts[] = {1, 2, 6};
 // clang-format on
 
-TEST(ConverterUnit, EveryFormatBecomesEveryOther)
+TEST(ConverterUnit, ConvertsEveryFormatToEveryOther)
 {
     for (const auto& from : layouts)
         for (const auto& to : layouts)
@@ -66,7 +66,7 @@ TEST(ConverterUnit, EveryFormatBecomesEveryOther)
                 }
 }
 
-TEST(ConverterUnit, SlicesUpToTheLimit)
+TEST(ConverterUnit, RendersSlicesUpToTheLimit)
 {
     for (const UInt32 limit : {512u, 1156u, 4096u}) {
         Converter converter(interleaved(44100, 2), canonical(44100, 2), limit);
@@ -77,8 +77,8 @@ TEST(ConverterUnit, SlicesUpToTheLimit)
             ASSERT_EQ(converter.render(list, frames, at), noErr);
             EXPECT_EQ(list[1].mDataByteSize, frames * 4);
             expectNoise(converter.format, list, frames, at, 2);
-            EXPECT_EQ(converter.feeder.asked.back().frames, frames) << "what is asked is what is asked for";
-            EXPECT_EQ(converter.feeder.asked.back().time.mSampleTime, at);
+            EXPECT_EQ(converter.feeder.requests.back().frames, frames) << "as many as the slice";
+            EXPECT_EQ(converter.feeder.requests.back().time.mSampleTime, at);
             at += frames;
         }
         List list(converter.format, limit + 1);
@@ -87,21 +87,21 @@ TEST(ConverterUnit, SlicesUpToTheLimit)
     }
 }
 
-TEST(ConverterUnit, ACallbackSeesTheClientsFormat)
+TEST(ConverterUnit, CallbackListHasTheInputsFormat)
 {
     Converter converter(interleaved(44100, 6), canonical(44100, 2));
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
     List list(converter.format, 64);
-    list.forgetMemory();
+    list.clearPointers();
     ASSERT_EQ(converter.render(list, 64), noErr);
-    const Asked& asked = converter.feeder.asked.at(0);
-    EXPECT_EQ(asked.buffers, 1u);
-    EXPECT_EQ(asked.channels, 6u);
-    EXPECT_EQ(asked.bytes, 64u * 24);
-    expectNoise(converter.format, list, 64, 0, 6); // in the unit's own memory
+    const Request& request = converter.feeder.requests.at(0);
+    EXPECT_EQ(request.buffers, 1u);
+    EXPECT_EQ(request.channels, 6u);
+    EXPECT_EQ(request.bytes, 64u * 24);
+    expectNoise(converter.format, list, 64, 0, 6); // in the unit's memory
 }
 
-/// Words that arithmetic would change.
+/// Words that arithmetic on floats would change.
 OSStatus oddWords(void*, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32 frames,
                   AudioBufferList* list)
 {
@@ -114,11 +114,11 @@ OSStatus oddWords(void*, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UIn
     return noErr;
 }
 
-TEST(ConverterUnit, FloatsPassBitForBit)
+TEST(ConverterUnit, CopiesFloatsBitForBit)
 {
     for (const UInt32 channels : counts)
-        for (const UInt32 fromFlags : {UInt32{0}, isApart})
-            for (const UInt32 toFlags : {UInt32{0}, isApart}) {
+        for (const UInt32 fromFlags : {UInt32{0}, isNonInterleaved})
+            for (const UInt32 toFlags : {UInt32{0}, isNonInterleaved}) {
                 SCOPED_TRACE(std::to_string(channels) + ", " + std::to_string(fromFlags) + ", " +
                              std::to_string(toFlags));
                 const auto in = pcm(44100, channels, 32, isFloat | isPacked | fromFlags);
@@ -136,18 +136,16 @@ TEST(ConverterUnit, FloatsPassBitForBit)
             }
 }
 
-// ---- channel map ----
-
-TEST(ConverterUnit, AChannelMapSendsChannelsElsewhere)
+TEST(ConverterUnit, AppliesTheChannelMap)
 {
     // clang-format off
     const struct { UInt32 from, to; std::vector<SInt32> map, plays; const char* why; } facts[] = {
-        {2, 2, {1, 0},          {1, 0},          "changed over"},
-        {6, 2, {5, 5},          {5, 5},          "one on both"},
-        {1, 2, {-1, 0},         {-1, 0},         "instead of on both"},
-        {2, 6, {0, 1, 0, 1},    {0, 1, 0, 1, -1, -1}, "a short one leaves the rest silent"},
-        {2, 1, {1, 0, 0},       {1},             "a long one"},
-        {2, 2, {2, 1},          {-1, 1},         "a channel that is not there"},
+        {2, 2, {1, 0},          {1, 0},          "swapped"},
+        {6, 2, {5, 5},          {5, 5},          "one channel on both"},
+        {1, 2, {-1, 0},         {-1, 0},         "mono on the second channel only"},
+        {2, 6, {0, 1, 0, 1},    {0, 1, 0, 1, -1, -1}, "a short map leaves the rest silent"},
+        {2, 1, {1, 0, 0},       {1},             "a long map"},
+        {2, 2, {2, 1},          {-1, 1},         "no such source channel"},
     };
     // clang-format on
     for (const auto& fact : facts)
@@ -168,13 +166,13 @@ TEST(ConverterUnit, AChannelMapSendsChannelsElsewhere)
                     EXPECT_EQ(static_cast<const float*>(list[c].mData)[i],
                               fact.plays[c] < 0 ? 0 : noise(i, static_cast<UInt32>(fact.plays[c])));
             EXPECT_EQ(AudioUnitSetProperty(converter.unit, 2002, 2, 0, nullptr, 0), noErr);
-            list.lend();
+            list.restore();
             ASSERT_EQ(converter.render(list, 10), noErr);
             expectNoise(converter.format, list, 10, 0, fact.from);
         }
 }
 
-TEST(ConverterUnit, AChannelMapReadsAsItIs)
+TEST(ConverterUnit, ReturnsTheChannelMap)
 {
     Converter converter(interleaved(44100, 1), canonical(44100, 4));
     const auto read = [&] {
@@ -194,9 +192,7 @@ TEST(ConverterUnit, AChannelMapReadsAsItIs)
     EXPECT_EQ(read(), (std::vector<SInt32>{3, -1, -1, -1, 9}));
 }
 
-// ---- properties ----
-
-TEST(ConverterUnit, HasTheseProperties)
+TEST(ConverterUnit, PropertiesAsListed)
 {
     constexpr OSStatus readOnly = kAudioUnitErr_PropertyNotWritable;
     constexpr OSStatus wrong = kAudioUnitErr_InvalidPropertyValue;
@@ -224,7 +220,7 @@ TEST(ConverterUnit, HasTheseProperties)
     }
     EXPECT_EQ(unit.get<UInt32>(26, 0, 0), 0x60u);
     EXPECT_EQ(unit.get<UInt32>(3014, 0, 0), UInt32{'norm'});
-    EXPECT_EQ(unit.get<Float64>(12, 0, 0), 0) << "it looks ahead and so delays nothing";
+    EXPECT_EQ(unit.get<Float64>(12, 0, 0), 0) << "the filter looks ahead and adds no delay";
     EXPECT_EQ(unit.get<Float64>(20, 0, 0), 0);
     const auto counted = unit.get<AUChannelInfo>(13, 0, 0);
     EXPECT_EQ(counted.inChannels, -1);
@@ -243,12 +239,12 @@ TEST(ConverterUnit, HasTheseProperties)
     }
     EXPECT_EQ(unit.get<UInt32>(26, 0, 0), 127u);
     EXPECT_EQ(unit.set(26, 0, 0, UInt16{1}), wrong);
-    // One input and one output.
+    // The unit always has one input and one output.
     EXPECT_EQ(unit.set(11, 1, 0, UInt32{1}), noErr);
     EXPECT_EQ(unit.set(11, 1, 0, UInt32{2}), readOnly);
 }
 
-TEST(ConverterUnit, TheTailIsTheFiltersSpan)
+TEST(ConverterUnit, TailIsTheFiltersLookAhead)
 {
     const Unit unit('conv', 'aufc');
     ASSERT_EQ(unit.set(2, 2, 0, Float64{48000}), noErr);
@@ -261,7 +257,7 @@ TEST(ConverterUnit, TheTailIsTheFiltersSpan)
     EXPECT_LT(unit.get<Float64>(20, 0, 0), normal);
 }
 
-TEST(ConverterUnit, RefusesWhatIsNotLinearPCM)
+TEST(ConverterUnit, RefusesOtherFormatsThanLinearPCM)
 {
     const Unit unit('conv', 'aufc');
     auto other = interleaved(44100, 2), wide = interleaved(44100, 1025), slow = interleaved(0, 2);
@@ -276,9 +272,7 @@ TEST(ConverterUnit, RefusesWhatIsNotLinearPCM)
     EXPECT_EQ(unit.setFormat(1, interleaved(44100, 2)), kAudioUnitErr_Initialized);
 }
 
-// ---- sources ----
-
-TEST(ConverterUnit, WithoutASourceThereIsNone)
+TEST(ConverterUnit, IsSilentWithoutASource)
 {
     const Unit unit('conv', 'aufc');
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
@@ -288,7 +282,7 @@ TEST(ConverterUnit, WithoutASourceThereIsNone)
     for (int i = 0; i < 40; ++i) EXPECT_EQ(list.bytes(0)[i], 0);
 }
 
-TEST(ConverterUnit, AFailingSourceIsSilenceInTheOutputsFormat)
+TEST(ConverterUnit, RendersSilenceOfTheOutputFormatWhenTheSourceFails)
 {
     for (const Float64 rate : {44100.0, 48000.0}) {
         Converter converter(interleaved(44100, 2), pcm(rate, 2, 8, isPacked));
@@ -299,14 +293,14 @@ TEST(ConverterUnit, AFailingSourceIsSilenceInTheOutputsFormat)
         for (int i = 0; i < 20; ++i) EXPECT_EQ(list.bytes(0)[i], 0x80);
         EXPECT_EQ(converter.unit.get<OSStatus>(22, 0, 0), 'fail');
         converter.feeder.status = noErr;
-        list.lend();
+        list.restore();
         const int calls = converter.feeder.calls;
-        EXPECT_EQ(converter.render(list, 10, 10), noErr) << "and goes on";
-        EXPECT_GT(converter.feeder.calls, calls) << "with what the source has then";
+        EXPECT_EQ(converter.render(list, 10, 10), noErr) << "the next slice is rendered";
+        EXPECT_GT(converter.feeder.calls, calls) << "from a new call of the source";
     }
 }
 
-/// Gives the first frame only.
+/// Writes the first frame only.
 OSStatus oneFrame(void*, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
                   AudioBufferList* list)
 {
@@ -316,7 +310,7 @@ OSStatus oneFrame(void*, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UIn
     return noErr;
 }
 
-TEST(ConverterUnit, WhatASourceLeavesOutIsSilenceInItsFormat)
+TEST(ConverterUnit, FillsMissingInputWithSilenceOfItsFormat)
 {
     // clang-format off
     const struct { UInt32 bits, flags; float first; } facts[] = {
@@ -337,7 +331,7 @@ TEST(ConverterUnit, WhatASourceLeavesOutIsSilenceInItsFormat)
     }
 }
 
-TEST(ConverterUnit, AConnectedUnitIsPulledByItsOwnLimit)
+TEST(ConverterUnit, PullsNoMoreThanTheSourcesSliceLimit)
 {
     const Unit first('conv', 'aufc');
     Feeder feeder(pcm(44100, 2, 16, isSigned | isPacked));
@@ -347,17 +341,18 @@ TEST(ConverterUnit, AConnectedUnitIsPulledByItsOwnLimit)
     ASSERT_EQ(first.setCallback(Feeder::callback, &feeder), noErr);
     const Unit second('conv', 'aufc');
     ASSERT_EQ(second.set(kAudioUnitProperty_MakeConnection, 1, 0, AudioUnitConnection{first, 0, 0}), noErr);
-    EXPECT_TRUE(second.get<AudioStreamBasicDescription>(8, 1, 0) == interleaved(44100, 2)) << "taken over";
+    EXPECT_TRUE(second.get<AudioStreamBasicDescription>(8, 1, 0) == interleaved(44100, 2))
+        << "the source's format";
     ASSERT_EQ(AudioUnitInitialize(first), noErr);
     ASSERT_EQ(AudioUnitInitialize(second), noErr);
     List list(canonical(44100, 2), 250);
     const AudioTimeStamp time = sampleTime(40);
     ASSERT_EQ(AudioUnitRender(second, nullptr, &time, 0, 250, list.get()), noErr);
     expectNoise(canonical(44100, 2), list, 250, 40, 2);
-    ASSERT_EQ(feeder.asked.size(), 3u);
-    EXPECT_EQ(feeder.asked[0].frames, 100u);
-    EXPECT_EQ(feeder.asked[2].frames, 50u);
-    EXPECT_EQ(feeder.asked[2].time.mSampleTime, 240);
+    ASSERT_EQ(feeder.requests.size(), 3u);
+    EXPECT_EQ(feeder.requests[0].frames, 100u);
+    EXPECT_EQ(feeder.requests[2].frames, 50u);
+    EXPECT_EQ(feeder.requests[2].time.mSampleTime, 240);
 }
 
 } // namespace

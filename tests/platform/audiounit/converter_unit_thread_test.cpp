@@ -1,4 +1,4 @@
-// What a slice of the converter unit asks of the C library: nothing; and settings that change beside it.
+// The converter unit on a render thread: no allocation, no lock, and settings that change on another thread.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/unit.h"
 #include "tests/support/audio_thread_alarm.h"
@@ -16,51 +16,52 @@ using namespace test;
 // clang-format off
 const struct { Float64 from, to; UInt32 sources, channels, bits, flags; const char* why; } cases[] = {
     {44100,  44100, 2, 2, 32, isFloat | isPacked,          "pairs of float"},
-    {44100,  44100, 1, 2, 32, isFloat | isPacked | isApart, "one channel to two"},
+    {44100,  44100, 1, 2, 32, isFloat | isPacked | isNonInterleaved, "one channel to two"},
     {44100,  44100, 6, 2, 16, isSigned | isPacked | isBig, "16 bits"},
     {44100,  48000, 2, 6, 24, isSigned | isPacked,         "another rate"},
-    {192000, 8000,  6, 1, 32, isFloat | isPacked,          "a rate far away"},
+    {192000, 8000,  6, 1, 32, isFloat | isPacked,          "a rate far apart"},
 };
 // clang-format on
 
-TEST(ConverterUnitThread, ASliceAllocatesNothingAndTakesNoLock)
+TEST(ConverterUnitThread, SliceAllocatesNothingAndTakesNoLock)
 {
     for (const auto& fact : cases) {
         SCOPED_TRACE(fact.why);
         const auto in = pcm(fact.from, fact.sources, fact.bits, fact.flags);
         const Unit unit('conv', 'aufc');
         Feeder feeder(in);
-        feeder.mostAsked = 0;
+        feeder.mostRequests = 0;
         ASSERT_EQ(unit.setFormat(1, in), noErr);
         ASSERT_EQ(unit.setFormat(2, canonical(fact.to, fact.channels)), noErr);
         ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
         ASSERT_EQ(AudioUnitInitialize(unit), noErr);
         List list(canonical(fact.to, fact.channels), 1156);
         const int allocations = alarm_::allocations(), locks = alarm_::locks();
-        for (int turn = 0; turn < 20; ++turn) {
-            list.lend();
-            if (turn % 2) list.forgetMemory();
-            if (turn == 7) AudioUnitReset(unit, 0, 0);
-            if (turn == 9) unit.set(26, 0, 0, UInt32{0});
-            if (turn == 11) feeder.status = 'fail';
-            if (turn == 12) feeder.status = noErr;
-            const AudioTimeStamp time = sampleTime(turn * 1156.0);
+        for (int slice = 0; slice < 20; ++slice) {
+            list.restore();
+            if (slice % 2) list.clearPointers();
+            if (slice == 7) AudioUnitReset(unit, 0, 0);
+            if (slice == 9) unit.set(26, 0, 0, UInt32{0});
+            if (slice == 11) feeder.status = 'fail';
+            if (slice == 12) feeder.status = noErr;
+            const AudioTimeStamp time = sampleTime(slice * 1156.0);
             alarm_::forbid(true);
-            const OSStatus status = AudioUnitRender(unit, nullptr, &time, 0, turn % 3 ? 1156 : 1, list.get());
+            const OSStatus status =
+                AudioUnitRender(unit, nullptr, &time, 0, slice % 3 ? 1156 : 1, list.get());
             alarm_::forbid(false);
-            EXPECT_TRUE(status == noErr || turn == 11) << turn;
+            EXPECT_TRUE(status == noErr || slice == 11) << slice;
         }
         EXPECT_EQ(alarm_::allocations(), allocations);
         EXPECT_EQ(alarm_::locks(), locks);
     }
 }
 
-TEST(ConverterUnitThread, SettingsMayChangeBesideASlice)
+TEST(ConverterUnitThread, SettingsChangeWhileRendering)
 {
     for (const Float64 to : {44100.0, 48000.0}) {
         const Unit unit('conv', 'aufc');
         Feeder feeder(canonical(44100, 2));
-        feeder.mostAsked = 0;
+        feeder.mostRequests = 0;
         ASSERT_EQ(unit.setFormat(2, canonical(to, 2)), noErr);
         ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
         ASSERT_EQ(AudioUnitInitialize(unit), noErr);
@@ -69,15 +70,15 @@ TEST(ConverterUnitThread, SettingsMayChangeBesideASlice)
         std::thread audio([&] {
             List list(canonical(to, 2), 64);
             for (Float64 at = 0; !isOver; at += 64) {
-                list.lend();
+                list.restore();
                 const AudioTimeStamp time = sampleTime(at);
                 EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
                 ++slices;
             }
         });
-        for (int turn = 0; turn < 200 || slices < 100; ++turn) {
-            EXPECT_EQ(unit.set(26, 0, 0, turn % 2 ? UInt32{127} : UInt32{0}), noErr);
-            const SInt32 map[] = {turn % 2, 0};
+        for (int slice = 0; slice < 200 || slices < 100; ++slice) {
+            EXPECT_EQ(unit.set(26, 0, 0, slice % 2 ? UInt32{127} : UInt32{0}), noErr);
+            const SInt32 map[] = {slice % 2, 0};
             EXPECT_EQ(AudioUnitSetProperty(unit, 2002, 2, 0, map, sizeof map), noErr);
             EXPECT_EQ(AudioUnitReset(unit, 0, 0), noErr);
             EXPECT_GE(unit.get<Float64>(20, 0, 0), 0);

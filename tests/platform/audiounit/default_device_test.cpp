@@ -1,4 +1,4 @@
-// Units that follow the default devices, and units whose device changes under them.
+// Units that follow the default devices, and units whose device changes while they run.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -19,30 +19,31 @@ constexpr auto systemRole = kAudioHardwarePropertyDefaultSystemOutputDevice;
 struct Playing {
     explicit Playing(OSType subType) : unit(subType), feeder(canonical(44100, 2))
     {
-        feeder.mostAsked = 0;
+        feeder.mostRequests = 0;
         EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
         EXPECT_EQ(AudioUnitInitialize(unit), noErr);
         EXPECT_EQ(AudioOutputUnitStart(unit), noErr);
     }
     AudioDeviceID device() const { return unit.get<AudioDeviceID>(2000, 0, 0); }
     bool isRunning() const { return unit.get<UInt32>(2001, 0, 0); }
-    /// Whether it has moved to a device and started there: on the way it names the device and runs already.
+    /// Whether the unit has moved to a device and started there. While it moves, its properties already name
+    /// the device, and it counts as running.
     bool hasMovedTo(const SteppedDevice& there) const
     {
         return device() == there.id() && isRunning() && there.isRunning();
     }
-    /// Whether it plays on a device, and on that alone.
+    /// Whether an I/O cycle of a device calls the unit once.
     bool isOn(SteppedDevice& there)
     {
         const int before = feeder.calls;
-        const UInt32 turned = there.step(64);
-        return turned == 64 && feeder.calls == before + 1;
+        const UInt32 frames = there.step(64);
+        return frames == 64 && feeder.calls == before + 1;
     }
     Unit unit;
     Feeder feeder;
 };
 
-TEST(DefaultDevice, IsFollowedWhileItPlays)
+TEST(DefaultDevice, IsFollowedWhileRunning)
 {
     const struct {
         OSType subType;
@@ -58,8 +59,8 @@ TEST(DefaultDevice, IsFollowedWhileItPlays)
         second.makeDefault(fact.role);
         ASSERT_TRUE(eventually([&] { return playing.hasMovedTo(second); }));
         EXPECT_TRUE(playing.isOn(second));
-        EXPECT_EQ(first.step(64), 0u) << "it has left the first";
-        EXPECT_EQ(second.played[0], noise(64, 0)) << "and goes on where it left off";
+        EXPECT_EQ(first.step(64), 0u) << "detached from the first";
+        EXPECT_EQ(second.played[0], noise(64, 0)) << "the client's frames continue";
 
         const AudioDeviceID removed = second.id();
         second.remove();
@@ -72,7 +73,7 @@ TEST(DefaultDevice, IsFollowedWhileItPlays)
     }
 }
 
-TEST(DefaultDevice, IsTakenAnewAtEachStart)
+TEST(DefaultDevice, IsReadAtEachStart)
 {
     SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
     first.makeDefault();
@@ -88,7 +89,7 @@ TEST(DefaultDevice, IsTakenAnewAtEachStart)
     }
 }
 
-TEST(DefaultDevice, DoesNotMoveTheHALUnitWhileItPlays)
+TEST(DefaultDevice, DoesNotMoveARunningHALUnit)
 {
     SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
     first.makeDefault();
@@ -100,7 +101,7 @@ TEST(DefaultDevice, DoesNotMoveTheHALUnitWhileItPlays)
     EXPECT_TRUE(follower.isOn(second));
 }
 
-TEST(DefaultDevice, ThatRefusesIsTriedAgainWithTheNextChange)
+TEST(DefaultDevice, IsTriedAgainAfterTheNextChange)
 {
     SteppedDevice first(44100, 2, 64), second(44100, 2, 64);
     first.makeDefault();
@@ -113,7 +114,7 @@ TEST(DefaultDevice, ThatRefusesIsTriedAgainWithTheNextChange)
     EXPECT_TRUE(playing.isOn(first));
 }
 
-TEST(DefaultDevice, AFollowerAdaptsToTheNewDevicesRateAndChannels)
+TEST(DefaultDevice, FollowerAdaptsToRateAndChannels)
 {
     SteppedDevice first(44100, 2, 64), second(88200, 4, 64);
     first.makeDefault();
@@ -124,22 +125,22 @@ TEST(DefaultDevice, AFollowerAdaptsToTheNewDevicesRateAndChannels)
     const int before = playing.feeder.calls;
     second.step(640);
     EXPECT_GT(playing.feeder.calls, before);
-    playing.feeder.mostAsked = 1000;
+    playing.feeder.mostRequests = 1000;
     second.step(6400);
-    UInt32 asked = 0;
-    for (const Asked& each : playing.feeder.asked) asked += each.frames;
-    EXPECT_NEAR(asked, 3200, 40) << "half as many frames as the device played";
+    UInt32 frames = 0;
+    for (const Request& each : playing.feeder.requests) frames += each.frames;
+    EXPECT_NEAR(frames, 3200, 40) << "half as many frames as the device played";
 }
 
-TEST(DefaultDevice, ThatChangesAllTheTimeUnderUnitsThatStartAndStop)
+TEST(DefaultDevice, ChangesWhileUnitsStartAndStop)
 {
     SteppedDevice first(44100, 2, 16, false), second(48000, 4, 16, false);
     first.makeDefault();
     std::atomic<bool> isOver{false};
     std::thread changes([&] {
-        for (int turn = 0; turn < 200; ++turn) {
-            (turn % 2 ? first : second).makeDefault();
-            KVXPlatformConfigureDevice(first.id(), turn % 4 < 2 ? 44100 : 22050, 0, 0);
+        for (int change = 0; change < 200; ++change) {
+            (change % 2 ? first : second).makeDefault();
+            KVXPlatformConfigureDevice(first.id(), change % 4 < 2 ? 44100 : 22050, 0, 0);
             std::this_thread::yield();
         }
         isOver = true;
@@ -157,36 +158,36 @@ TEST(DefaultDevice, ThatChangesAllTheTimeUnderUnitsThatStartAndStop)
         first.makeDefault();
         EXPECT_TRUE(eventually([&] { return steady.isRunning() && steady.device() == first.id(); }));
         const int before = steady.feeder.calls;
-        EXPECT_TRUE(eventually([&] { return steady.feeder.calls > before; })) << "it still plays";
+        EXPECT_TRUE(eventually([&] { return steady.feeder.calls > before; })) << "the unit still runs";
     }
 }
 
-TEST(Device, ThatChangesItsRateIsAdaptedTo)
+TEST(RunningDevice, RateChangeIsFollowed)
 {
     SteppedDevice device(44100, 2, 64);
     Playing playing('ahal');
     ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
     EXPECT_TRUE(playing.isOn(device));
     KVXPlatformConfigureDevice(device.id(), 88200, 0, 0);
-    playing.feeder.mostAsked = 100000;
+    playing.feeder.mostRequests = 100000;
     ASSERT_TRUE(eventually([&] {
-        playing.feeder.asked.clear();
+        playing.feeder.requests.clear();
         device.step(6400);
-        UInt32 asked = 0;
-        for (const Asked& each : playing.feeder.asked) asked += each.frames;
-        return asked > 3100 && asked < 3400;
+        UInt32 frames = 0;
+        for (const Request& each : playing.feeder.requests) frames += each.frames;
+        return frames > 3100 && frames < 3400;
     }));
     KVXPlatformConfigureDevice(device.id(), 44100, 0, 0);
     ASSERT_TRUE(eventually([&] {
-        playing.feeder.asked.clear();
+        playing.feeder.requests.clear();
         device.played.clear();
         device.step(640);
-        return playing.feeder.asked.size() == 10 &&
-               device.played[0] == noise(playing.feeder.asked[0].time.mSampleTime, 0);
-    })) << "at the client's rate it is exact again";
+        return playing.feeder.requests.size() == 10 &&
+               device.played[0] == noise(playing.feeder.requests[0].time.mSampleTime, 0);
+    })) << "at the client's rate the samples are exact again";
 }
 
-TEST(Device, ThatGoesUnderAUnitLetsItStop)
+TEST(RunningDevice, RemovedDeviceLetsTheUnitStop)
 {
     auto device = std::make_unique<SteppedDevice>(44100, 2, 64);
     Playing playing('ahal');
@@ -194,17 +195,18 @@ TEST(Device, ThatGoesUnderAUnitLetsItStop)
     EXPECT_TRUE(playing.isOn(*device));
     device->remove();
     const int before = playing.feeder.calls;
-    EXPECT_TRUE(eventually([&] { return playing.feeder.calls > before; })) << "it is turned on, unheard";
+    EXPECT_TRUE(eventually([&] { return playing.feeder.calls > before; }))
+        << "I/O cycles go on without output";
     ASSERT_EQ(AudioOutputUnitStop(playing.unit), noErr);
     EXPECT_FALSE(playing.isRunning());
     const int calls = playing.feeder.calls;
-    EXPECT_NE(AudioOutputUnitStart(playing.unit), noErr) << "its device is gone";
+    EXPECT_NE(AudioOutputUnitStart(playing.unit), noErr) << "the device was removed";
     EXPECT_EQ(playing.feeder.calls, calls);
     ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, 0), noErr);
-    EXPECT_EQ(AudioOutputUnitStart(playing.unit), noErr) << "but there is another";
+    EXPECT_EQ(AudioOutputUnitStart(playing.unit), noErr) << "on the default device";
 }
 
-TEST(Device, ThatDiesUnderAUnitLetsItStop)
+TEST(RunningDevice, DeadDeviceLetsTheUnitStop)
 {
     SteppedDevice device(44100, 2, 64);
     Playing playing('ahal');

@@ -1,4 +1,4 @@
-// What a device plays when an output unit drives it: sample by sample, on a device that is turned by hand.
+// The samples that a device plays for an output unit, on a device whose I/O cycles the test runs.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -11,7 +11,7 @@ namespace {
 
 using namespace test;
 
-/// A HAL unit that plays noise of a format on a device.
+/// A HAL unit that plays noise in a format on a device.
 struct Playing {
     Playing(const SteppedDevice& device, const AudioStreamBasicDescription& format)
         : unit('ahal'), feeder(format)
@@ -47,14 +47,14 @@ TEST(DeviceOutput, PlaysEveryFormatExactlyAtTheDevicesRate)
 {
     // clang-format off
     const struct { AudioStreamBasicDescription format; const char* why; } facts[] = {
-        {canonical(44100, 2),                                        "float apart"},
+        {canonical(44100, 2),                                        "float non-interleaved"},
         {interleaved(44100, 2),                                      "float"},
         {canonical(44100, 1),                                        "mono: the first channel only"},
         {interleaved(44100, 6),                                      "more channels than the device"},
         {pcm(44100, 2, 16, isSigned | isPacked),                     "16 bits"},
         {pcm(44100, 2, 16, isSigned | isPacked | isBig),             "16 bits, big-endian"},
         {pcm(44100, 2, 24, isSigned | isPacked),                     "24 bits"},
-        {pcm(44100, 2, 24, isSigned | isPacked | isBig | isApart),   "24 bits, big-endian, apart"},
+        {pcm(44100, 2, 24, isSigned | isPacked | isBig | isNonInterleaved),   "24 bits, big-endian, non-interleaved"},
         {pcm(44100, 2, 32, isSigned | isPacked | isBig),             "32 bits, big-endian"},
         {pcm(44100, 2, 8, isPacked),                                 "8 bits unsigned"},
         {pcm(44100, 2, 64, isFloat | isPacked | isBig),              "double, big-endian"},
@@ -70,7 +70,7 @@ TEST(DeviceOutput, PlaysEveryFormatExactlyAtTheDevicesRate)
     }
 }
 
-TEST(DeviceOutput, PlaysExactlyWhateverTheSlices)
+TEST(DeviceOutput, PlaysExactlyForAnySliceAndLimit)
 {
     for (const UInt32 slice : {1, 64, 512, 1156, 1157, 2048, 8192})
         for (const UInt32 limit : {1, 100, 1156, 4096}) {
@@ -84,24 +84,24 @@ TEST(DeviceOutput, PlaysExactlyWhateverTheSlices)
             ASSERT_EQ(device.step(frames), frames);
             expectPlayed(device, frames, 2, 2);
             Float64 next = 0;
-            for (const Asked& asked : playing.feeder.asked) {
-                ASSERT_LE(asked.frames, limit);
-                ASSERT_EQ(asked.time.mSampleTime, next);
-                next += asked.frames;
+            for (const Request& request : playing.feeder.requests) {
+                ASSERT_LE(request.frames, limit);
+                ASSERT_EQ(request.time.mSampleTime, next);
+                next += request.frames;
             }
             EXPECT_EQ(next, frames);
         }
 }
 
-TEST(DeviceOutput, GivesItsCallbackTimeAndMemory)
+TEST(DeviceOutput, CallbackGetsTimeAndMemory)
 {
     SteppedDevice device(44100, 2, 512);
     Playing playing(device, pcm(44100, 2, 16, isSigned | isPacked));
     playing.start();
     const UInt64 before = AudioGetCurrentHostTime();
     ASSERT_EQ(device.step(1024), 1024u);
-    ASSERT_EQ(playing.feeder.asked.size(), 2u);
-    const Asked& first = playing.feeder.asked[0];
+    ASSERT_EQ(playing.feeder.requests.size(), 2u);
+    const Request& first = playing.feeder.requests[0];
     EXPECT_EQ(first.bus, 0u);
     EXPECT_EQ(first.frames, 512u);
     EXPECT_EQ(first.buffers, 1u);
@@ -110,11 +110,11 @@ TEST(DeviceOutput, GivesItsCallbackTimeAndMemory)
     EXPECT_EQ(first.time.mSampleTime, 0);
     EXPECT_TRUE(first.time.mFlags & kAudioTimeStampSampleTimeValid);
     EXPECT_TRUE(first.time.mFlags & kAudioTimeStampHostTimeValid);
-    EXPECT_GE(first.time.mHostTime, before) << "when it will be heard";
-    EXPECT_EQ(playing.feeder.asked[1].time.mSampleTime, 512);
+    EXPECT_GE(first.time.mHostTime, before) << "the time of the output";
+    EXPECT_EQ(playing.feeder.requests[1].time.mSampleTime, 512);
 }
 
-TEST(DeviceOutput, CountsSampleTimeFromZeroAtEachStartUnlessTold)
+TEST(DeviceOutput, SampleTimeStartsAtZeroUnlessSwitchedOff)
 {
     SteppedDevice device(44100, 2, 100);
     Playing playing(device, canonical(44100, 2));
@@ -124,25 +124,25 @@ TEST(DeviceOutput, CountsSampleTimeFromZeroAtEachStartUnlessTold)
     EXPECT_EQ(device.step(100), 0u);
     ASSERT_EQ(AudioOutputUnitStart(playing.unit), noErr);
     device.step(100);
-    EXPECT_EQ(playing.feeder.asked.back().time.mSampleTime, 0);
+    EXPECT_EQ(playing.feeder.requests.back().time.mSampleTime, 0);
     ASSERT_EQ(AudioOutputUnitStop(playing.unit), noErr);
     ASSERT_EQ(playing.unit.set<UInt32>(2007, 0, 0, 0), noErr);
     ASSERT_EQ(AudioOutputUnitStart(playing.unit), noErr);
     device.step(100);
-    EXPECT_EQ(playing.feeder.asked.back().time.mSampleTime, 100);
+    EXPECT_EQ(playing.feeder.requests.back().time.mSampleTime, 100);
 }
 
-TEST(DeviceOutput, MapsChannels)
+TEST(DeviceOutput, AppliesTheChannelMap)
 {
     using Map = std::vector<SInt32>;
     // clang-format off
     const struct { Map map; SInt32 plays[4]; const char* why; } facts[] = {
-        {{0, 1, -1, -1}, {0, 1, -1, -1},   "straight"},
+        {{0, 1, -1, -1}, {0, 1, -1, -1},   "identity"},
         {{1, 0, -1, -1}, {1, 0, -1, -1},   "swapped"},
-        {{-1, -1, 0, 1}, {-1, -1, 0, 1},   "to the back"},
+        {{-1, -1, 0, 1}, {-1, -1, 0, 1},   "on the last two"},
         {{0, 0, 0, 0},   {0, 0, 0, 0},     "one to all"},
         {{-1, -1, -1, -1}, {-1, -1, -1, -1}, "silent"},
-        {{2, 1, 0x7FFFFFFF, 0}, {-1, 1, -1, 0}, "channels that the client has not are silent"},
+        {{2, 1, 0x7FFFFFFF, 0}, {-1, 1, -1, 0}, "missing source channels are silent"},
         {{1},            {1, -1, -1, -1},  "short"},
         {{1, 0, 1, 0, 1, 0}, {1, 0, 1, 0}, "long"},
     };
@@ -155,7 +155,7 @@ TEST(DeviceOutput, MapsChannels)
         ASSERT_EQ(AudioUnitSetProperty(playing.unit, 2002, 2, 0, fact.map.data(),
                                        static_cast<UInt32>(fact.map.size() * 4)),
                   noErr)
-            << "while it plays";
+            << "while running";
         device.played.clear();
         ASSERT_EQ(device.step(64), 64u);
         for (UInt32 i = 0; i < 64 * 4; ++i) {
@@ -168,12 +168,12 @@ TEST(DeviceOutput, MapsChannels)
     ASSERT_EQ(AudioUnitSetProperty(playing.unit, 2002, 2, 0, nullptr, 0), noErr);
     device.played.clear();
     device.step(64);
-    EXPECT_EQ(device.played[5], noise(at + 1, 1)) << "taken away: straight again";
+    EXPECT_EQ(device.played[5], noise(at + 1, 1)) << "removed: the same channels again";
 }
 
 float one(Float64, UInt32) { return 1; }
 
-TEST(DeviceOutput, VolumeGlidesAndThenStands)
+TEST(DeviceOutput, VolumeRampsToItsValue)
 {
     SteppedDevice device(44100, 2, 100);
     Playing playing(device, canonical(44100, 2));
@@ -181,7 +181,7 @@ TEST(DeviceOutput, VolumeGlidesAndThenStands)
     ASSERT_EQ(playing.unit.setCallback(Feeder::callback, &ones), noErr);
     playing.start();
     device.step(100);
-    EXPECT_EQ(device.played, std::vector<float>(200, 1.0f)) << "at 1 samples are as they are";
+    EXPECT_EQ(device.played, std::vector<float>(200, 1.0f)) << "at 1 samples are unchanged";
     ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, 0.5f, 0), noErr);
     device.played.clear();
     device.step(100);
@@ -195,8 +195,7 @@ TEST(DeviceOutput, VolumeGlidesAndThenStands)
     ASSERT_EQ(AudioOutputUnitStart(playing.unit), noErr);
     device.played.clear();
     device.step(100);
-    EXPECT_EQ(device.played, std::vector<float>(200, 0.0f))
-        << "changed while stopped: there from the first frame";
+    EXPECT_EQ(device.played, std::vector<float>(200, 0.0f)) << "changed while stopped: no ramp";
     ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, 1, 0), noErr);
     device.step(512);
     device.played.clear();
@@ -204,7 +203,7 @@ TEST(DeviceOutput, VolumeGlidesAndThenStands)
     EXPECT_EQ(device.played, std::vector<float>(200, 1.0f)) << "back at 1, exact again";
 }
 
-TEST(DeviceOutput, VolumeMakesNoClickHoweverItIsSliced)
+TEST(DeviceOutput, VolumeChangeMakesNoClickForAnySlice)
 {
     for (UInt32 slice : {1u, 16u, 64u, 512u, 600u}) {
         SCOPED_TRACE(slice);
@@ -214,7 +213,7 @@ TEST(DeviceOutput, VolumeMakesNoClickHoweverItIsSliced)
         ASSERT_EQ(playing.unit.setCallback(Feeder::callback, &ones), noErr);
         playing.start();
         device.step(7);
-        for (Float32 volume : {0.0f, 1.0f, 0.25f}) { // turned back on the way, in odd steps
+        for (Float32 volume : {0.0f, 1.0f, 0.25f}) { // each change interrupts the ramp of the previous one
             ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, volume, 0), noErr);
             device.step(101);
         }
@@ -225,7 +224,7 @@ TEST(DeviceOutput, VolumeMakesNoClickHoweverItIsSliced)
     }
 }
 
-TEST(DeviceOutput, IsSilentWithoutASourceAndSaysWhy)
+TEST(DeviceOutput, IsSilentWithoutASourceAndKeepsTheError)
 {
     SteppedDevice device(44100, 2, 256);
     Playing playing(device, canonical(44100, 2));
@@ -239,8 +238,8 @@ TEST(DeviceOutput, IsSilentWithoutASourceAndSaysWhy)
     playing.feeder.status = noErr;
     device.played.clear();
     device.step(256);
-    EXPECT_EQ(device.played[2], noise(257, 0)) << "it goes on, and time has gone on";
-    EXPECT_EQ(lastError(), -17) << "kept over a good slice until it is read";
+    EXPECT_EQ(device.played[2], noise(257, 0)) << "the next slice plays, and its time has advanced";
+    EXPECT_EQ(lastError(), -17) << "kept until it is read";
     EXPECT_EQ(lastError(), noErr);
     ASSERT_EQ(playing.unit.setCallback(nullptr, nullptr), noErr);
     device.played.clear();
@@ -249,7 +248,7 @@ TEST(DeviceOutput, IsSilentWithoutASourceAndSaysWhy)
     EXPECT_EQ(lastError(), kAudioUnitErr_NoConnection);
 }
 
-TEST(DeviceOutput, TwoUnitsOnADeviceAreAdded)
+TEST(DeviceOutput, SumsTwoUnitsOnADevice)
 {
     SteppedDevice device(44100, 2, 128);
     Playing one(device, canonical(44100, 2)), two(device, canonical(44100, 1));
@@ -260,7 +259,7 @@ TEST(DeviceOutput, TwoUnitsOnADeviceAreAdded)
         ASSERT_EQ(device.played[i], i % 2 ? noise(i / 2, 1) : noise(i / 2, 0) + noise(i / 2, 0)) << i;
 }
 
-TEST(DeviceOutput, SwitchedOffItAsksNobody)
+TEST(DeviceOutput, DisabledOutputDoesNotPull)
 {
     SteppedDevice device(44100, 2, 128);
     Playing playing(device, canonical(44100, 2));
@@ -272,7 +271,7 @@ TEST(DeviceOutput, SwitchedOffItAsksNobody)
     EXPECT_EQ(device.played, std::vector<float>(256, 0.0f));
 }
 
-TEST(DeviceOutput, OnlyTheDevicePulls)
+TEST(DeviceOutput, RendersForItsDeviceOnly)
 {
     SteppedDevice device(44100, 2, 128);
     Playing playing(device, canonical(44100, 2));
@@ -289,7 +288,7 @@ TEST(DeviceOutput, OnlyTheDevicePulls)
     expectPlayed(device, 128, 2, 2);
 }
 
-TEST(DeviceOutput, MovesToTheDeviceItIsToldWhileItPlays)
+TEST(DeviceOutput, MovesToTheSelectedDeviceWhileRunning)
 {
     SteppedDevice first(44100, 2, 128), second(44100, 4, 256);
     Playing playing(first, canonical(44100, 2));
@@ -297,16 +296,17 @@ TEST(DeviceOutput, MovesToTheDeviceItIsToldWhileItPlays)
     ASSERT_EQ(first.step(128), 128u);
     ASSERT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, second.id()), noErr);
     EXPECT_EQ(playing.unit.get<UInt32>(2001, 0, 0), 1u);
-    EXPECT_EQ(first.step(128), 0u) << "gone from the first";
+    EXPECT_EQ(first.step(128), 0u) << "detached from the first";
     ASSERT_EQ(second.step(256), 256u);
     for (UInt32 i = 0; i < 256; ++i) {
-        ASSERT_EQ(second.played[i * 4 + 1], noise(128 + i, 1)) << "where the first left off";
+        ASSERT_EQ(second.played[i * 4 + 1], noise(128 + i, 1)) << "the client's frames continue";
         ASSERT_EQ(second.played[i * 4 + 2], 0);
     }
     KVXPlatformRefuseStart(first.id(), kAudioHardwareUnspecifiedError);
     EXPECT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, first.id()), kAudioHardwareUnspecifiedError);
     EXPECT_EQ(playing.unit.get<UInt32>(2001, 0, 0), 0u);
-    EXPECT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, second.id()), noErr) << "back, and it plays on";
+    EXPECT_EQ(playing.unit.set<AudioDeviceID>(2000, 0, 0, second.id()), noErr)
+        << "back on the second, running";
     EXPECT_EQ(playing.unit.get<UInt32>(2001, 0, 0), 1u);
     second.played.clear();
     ASSERT_EQ(second.step(256), 256u);
@@ -325,7 +325,7 @@ struct Mover {
     }
 };
 
-TEST(DeviceOutput, MovesSoonWhenItsCallbackTellsTheDevice)
+TEST(DeviceOutput, MovesSoonAfterItsCallbackSelectsADevice)
 {
     SteppedDevice first(44100, 2, 128), second(44100, 2, 128);
     Playing playing(first, canonical(44100, 2));

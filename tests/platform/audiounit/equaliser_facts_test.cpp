@@ -83,7 +83,7 @@ TEST(Equaliser, WantsOneFormatOnBothSides)
         {canonical(44100, 2),  canonical(48000, 2),  noErr,   noErr,   refused, "two rates"},
         {canonical(44100, 1),  canonical(44100, 2),  noErr,   noErr,   refused, "two widths"},
         {interleaved(44100, 2), canonical(44100, 2), refused, noErr,   noErr,   "interleaved: it keeps what it had"},
-        {canonical(44100, 2), pcm(44100, 2, 16, isSigned | isPacked | isApart), noErr, refused, noErr, "integers: likewise"},
+        {canonical(44100, 2), pcm(44100, 2, 16, isSigned | isPacked | isNonInterleaved), noErr, refused, noErr, "integers: likewise"},
         {canonical(0, 2),      canonical(44100, 2),  refused, noErr,   noErr,   "no rate: likewise"},
     };
     // clang-format on

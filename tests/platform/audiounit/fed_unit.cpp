@@ -7,11 +7,14 @@
 namespace test {
 namespace {
 
-bool isSpread(const AudioStreamBasicDescription& format) { return format.mFormatFlags & isApart; }
+bool isNonInterleavedFormat(const AudioStreamBasicDescription& format)
+{
+    return format.mFormatFlags & isNonInterleaved;
+}
 
 UInt32 bytesOfSample(const AudioStreamBasicDescription& format)
 {
-    return format.mBytesPerFrame / (isSpread(format) ? 1 : format.mChannelsPerFrame);
+    return format.mBytesPerFrame / (isNonInterleavedFormat(format) ? 1 : format.mChannelsPerFrame);
 }
 
 } // namespace
@@ -35,17 +38,17 @@ OSStatus FedUnit::render(List& list, UInt32 frames, Float64 at, AudioUnitRenderA
 const unsigned char* sampleIn(List& list, const AudioStreamBasicDescription& format, UInt32 frame,
                               UInt32 channel)
 {
-    const bool apart = isSpread(format);
-    return static_cast<const unsigned char*>(list[apart ? channel : 0].mData) +
-           frame * format.mBytesPerFrame + (apart ? 0 : channel * bytesOfSample(format));
+    const bool nonInterleaved = isNonInterleavedFormat(format);
+    return static_cast<const unsigned char*>(list[nonInterleaved ? channel : 0].mData) +
+           frame * format.mBytesPerFrame + (nonInterleaved ? 0 : channel * bytesOfSample(format));
 }
 
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
-                 UInt32 sources, int (*playedBy)(UInt32 channel, UInt32 sources))
+                 UInt32 sources, int (*sourceOf)(UInt32 channel, UInt32 sources))
 {
     for (UInt32 frame = 0; frame < frames; ++frame)
         for (UInt32 c = 0; c < format.mChannelsPerFrame; ++c) {
-            const int source = playedBy(c, sources);
+            const int source = sourceOf(c, sources);
             unsigned char expected[8];
             putSample(format, source < 0 ? 0.0f : noise(at + frame, static_cast<UInt32>(source)), expected);
             ASSERT_EQ(std::memcmp(sampleIn(list, format, frame, c), expected, bytesOfSample(format)), 0)

@@ -1,4 +1,4 @@
-// A unit fed with noise in one format, that gives another; and what it then has to give.
+// A unit whose input is noise in one format and whose output has another, and the check of that output.
 #pragma once
 
 #include "tests/platform/audiounit/feeder.h"
@@ -7,7 +7,7 @@
 namespace test {
 
 struct FedUnit {
-    /// A unit with its formats, limit and callback, not initialised.
+    /// Sets formats, slice limit and callback, and does not initialise.
     FedUnit(OSType subType, OSType type, const AudioStreamBasicDescription& in,
             const AudioStreamBasicDescription& out, UInt32 limit);
     OSStatus render(List& list, UInt32 frames, Float64 at = 0, AudioUnitRenderActionFlags* flags = nullptr);
@@ -17,13 +17,13 @@ struct FedUnit {
     AudioStreamBasicDescription format;
 };
 
-/// Where a list's sample stands.
+/// The address of a sample in a list.
 const unsigned char* sampleIn(List& list, const AudioStreamBasicDescription& format, UInt32 frame,
                               UInt32 channel);
 
-/// Expect noise from `at` on: of each channel that of source channel `playedBy(channel, sources)`, silence
-/// where that is -1.
+/// Expect noise from frame `at`: channel c has that of source channel sourceOf(c, sources), or silence for
+/// -1.
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
-                 UInt32 sources, int (*playedBy)(UInt32 channel, UInt32 sources));
+                 UInt32 sources, int (*sourceOf)(UInt32 channel, UInt32 sources));
 
 } // namespace test

@@ -47,17 +47,17 @@ OSStatus Feeder::callback(void* context, AudioUnitRenderActionFlags* flags, cons
 {
     Feeder& self = *static_cast<Feeder*>(context);
     ++self.calls;
-    if (self.asked.size() < self.mostAsked)
-        self.asked.push_back({bus, frames, *time, *flags, list->mNumberBuffers,
-                              list->mBuffers[0].mNumberChannels, list->mBuffers[0].mDataByteSize});
+    if (self.requests.size() < self.mostRequests)
+        self.requests.push_back({bus, frames, *time, *flags, list->mNumberBuffers,
+                                 list->mBuffers[0].mNumberChannels, list->mBuffers[0].mDataByteSize});
     if (self.status) return self.status;
-    const bool apart = self.format.mFormatFlags & 32;
+    const bool nonInterleaved = self.format.mFormatFlags & 32;
     const UInt32 channels = self.format.mChannelsPerFrame;
-    const UInt32 sample = self.format.mBytesPerFrame / (apart ? 1 : channels);
+    const UInt32 sample = self.format.mBytesPerFrame / (nonInterleaved ? 1 : channels);
     for (UInt32 frame = 0; frame < frames; ++frame)
         for (UInt32 c = 0; c < channels; ++c) {
-            auto* out = static_cast<unsigned char*>(list->mBuffers[apart ? c : 0].mData) +
-                        frame * self.format.mBytesPerFrame + (apart ? 0 : c * sample);
+            auto* out = static_cast<unsigned char*>(list->mBuffers[nonInterleaved ? c : 0].mData) +
+                        frame * self.format.mBytesPerFrame + (nonInterleaved ? 0 : c * sample);
             putSample(self.format, self.valueOf(time->mSampleTime + frame, c), out);
         }
     return noErr;

@@ -1,5 +1,4 @@
-// A source of known samples, in any PCM format, written by an encoder of its own; it notes what it was asked
-// for.
+// A render callback that writes known samples in any PCM format, and records its requests.
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>
@@ -9,18 +8,17 @@
 
 namespace test {
 
-/// The sample of a frame and channel: noise of 8 bits in amplitude steps, so that every format holds it
-/// exactly.
+/// The sample of a frame and channel: noise in steps of 8 bits, which every format represents exactly.
 float noise(Float64 frame, UInt32 channel);
 
-/// A value of -1..+1 as bytes of a format.
+/// Encode a value of -1..+1 in a format. Independent of the platform's own encoder.
 void putSample(const AudioStreamBasicDescription& format, float value, unsigned char* out);
 
-struct Asked {
+struct Request {
     UInt32 bus, frames;
     AudioTimeStamp time;
     AudioUnitRenderActionFlags flags;
-    UInt32 buffers, channels, bytes; // of the list, and of its first buffer
+    UInt32 buffers, channels, bytes; ///< of the list; the others of its first buffer
 };
 
 class Feeder {
@@ -33,9 +31,9 @@ public:
     static OSStatus callback(void* feeder, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
                              UInt32 bus, UInt32 frames, AudioBufferList* list);
 
-    std::vector<Asked> asked; // reserve it where nothing may be allocated
-    std::size_t mostAsked = ~std::size_t{0};
-    OSStatus status = noErr; // what to answer
+    std::vector<Request> requests;
+    std::size_t mostRequests = ~std::size_t{0}; ///< to record; 0 where the callback must not allocate
+    OSStatus status = noErr;                    ///< to return
     std::atomic<int> calls{0};
 
 private:

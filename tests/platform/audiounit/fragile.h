@@ -1,4 +1,4 @@
-// A callback whose memory goes as soon as nobody may call it any more.
+// A callback whose context tests free right after a stop, to detect a later call.
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>

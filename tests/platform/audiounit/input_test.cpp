@@ -1,4 +1,4 @@
-// The device's input, through the HAL unit: off until it is asked for, then read inside each cycle.
+// The device's input through the HAL unit: off by default, rendered by the input callback in each I/O cycle.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -21,41 +21,42 @@ AudioDeviceID defaultInput()
     return device;
 }
 
-struct Listening {
-    explicit Listening(AudioUnit u) : unit(u) {}
+/// An input callback that renders the device's input.
+struct InputReader {
+    explicit InputReader(AudioUnit u) : unit(u) {}
     AudioUnit unit;
     std::atomic<int> calls{0};
     OSStatus status = -1;
     OSStatus tooMany = -1, wrongBus = -1;
     UInt32 frames = 0, bus = 0;
     bool hadList = true;
-    std::vector<float> heard;
+    std::vector<float> samplesRead;
 
     static OSStatus callback(void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
                              UInt32 bus, UInt32 frames, AudioBufferList* list)
     {
-        auto& self = *static_cast<Listening*>(context);
+        auto& self = *static_cast<InputReader*>(context);
         self.frames = frames;
         self.bus = bus;
         self.hadList = list != nullptr;
         List own(interleaved(44100, 2), frames);
         self.wrongBus = AudioUnitRender(self.unit, flags, time, 0, frames, own.get());
         self.tooMany = AudioUnitRender(self.unit, flags, time, 1, frames + 1, own.get());
-        own.lend();
+        own.restore();
         self.status = AudioUnitRender(self.unit, flags, time, 1, frames, own.get());
         const float* samples = static_cast<const float*>(own[0].mData);
-        if (self.calls == 0) self.heard.assign(samples, samples + frames * 2);
+        if (self.calls == 0) self.samplesRead.assign(samples, samples + frames * 2);
         ++self.calls;
         return noErr;
     }
 };
 
-TEST(Input, IsReadInsideTheCycle)
+TEST(Input, IsRenderedInsideTheCycle)
 {
     const AudioDeviceID device = defaultInput();
     ASSERT_NE(device, 0u);
     const Unit unit('ahal');
-    Listening listening(unit);
+    InputReader reader(unit);
     ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device), noErr);
     EXPECT_EQ(unit.get<UInt32>(kAudioOutputUnitProperty_HasIO, 1, 1), 0u);
     ASSERT_EQ(unit.set<UInt32>(kAudioOutputUnitProperty_EnableIO, 1, 1, 1), noErr);
@@ -63,28 +64,29 @@ TEST(Input, IsReadInsideTheCycle)
     EXPECT_EQ(unit.get<UInt32>(kAudioOutputUnitProperty_HasIO, 1, 1), 1u);
     EXPECT_EQ(unit.get<UInt32>(kAudioOutputUnitProperty_HasIO, 2, 0), 0u);
     EXPECT_GE(unit.get<AudioStreamBasicDescription>(8, 1, 1).mChannelsPerFrame, 1u)
-        << "what the device gives";
+        << "the device's channels";
     const Float64 rate = unit.get<Float64>(2, 1, 1);
     ASSERT_EQ(unit.setFormat(2, interleaved(rate, 2), 1), noErr);
-    const AURenderCallbackStruct callback = {Listening::callback, &listening};
+    const AURenderCallbackStruct callback = {InputReader::callback, &reader};
     ASSERT_EQ(unit.set(kAudioOutputUnitProperty_SetInputCallback, 0, 0, callback), noErr);
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
     ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
-    ASSERT_TRUE(eventually([&] { return listening.calls > 2; }));
+    ASSERT_TRUE(eventually([&] { return reader.calls > 2; }));
     ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
-    EXPECT_EQ(listening.status, noErr);
-    EXPECT_EQ(listening.bus, 1u);
-    EXPECT_FALSE(listening.hadList) << "the callback gets its own by rendering";
-    EXPECT_EQ(listening.tooMany, kAudioUnitErr_TooManyFramesToProcess);
-    EXPECT_EQ(listening.wrongBus, kAudioUnitErr_CannotDoInCurrentContext);
-    EXPECT_EQ(listening.heard, std::vector<float>(listening.frames * 2, 0.0f)) << "nobody makes a sound";
+    EXPECT_EQ(reader.status, noErr);
+    EXPECT_EQ(reader.bus, 1u);
+    EXPECT_FALSE(reader.hadList) << "the callback supplies the list when it renders";
+    EXPECT_EQ(reader.tooMany, kAudioUnitErr_TooManyFramesToProcess);
+    EXPECT_EQ(reader.wrongBus, kAudioUnitErr_CannotDoInCurrentContext);
+    EXPECT_EQ(reader.samplesRead, std::vector<float>(reader.frames * 2, 0.0f))
+        << "the simulated input is silent";
     List list(interleaved(rate, 2), 64);
     const AudioTimeStamp time = sampleTime(0);
     EXPECT_EQ(AudioUnitRender(unit, nullptr, &time, 1, 64, list.get()),
               kAudioUnitErr_CannotDoInCurrentContext);
 }
 
-TEST(Input, IsNotConvertedInRate)
+TEST(Input, OtherRateThanTheDevicesIsRefused)
 {
     const Unit unit('ahal');
     ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, defaultInput()), noErr);

@@ -1,4 +1,4 @@
-// Open, initialised, running, and back: every call in every state.
+// Every life-cycle call in every state of a unit.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -48,13 +48,13 @@ TEST(LifeCycle, EveryCallInEveryState)
                 const Unit unit(subType);
                 inState(unit);
                 EXPECT_EQ(call.function(unit), call.status);
-                EXPECT_EQ(call.function(unit), call.status) << "twice is as good as once";
+                EXPECT_EQ(call.function(unit), call.status) << "a second call";
                 EXPECT_EQ(AudioUnitReset(unit, 0, 0), fact.reset);
             }
         }
 }
 
-TEST(LifeCycle, ResetNamesAnElement)
+TEST(LifeCycle, ResetChecksScopeAndElement)
 {
     // clang-format off
     const struct { AudioUnitScope scope; AudioUnitElement element; OSStatus status; } facts[] = {
@@ -69,7 +69,7 @@ TEST(LifeCycle, ResetNamesAnElement)
             << fact.scope << ", " << fact.element;
 }
 
-TEST(LifeCycle, UninitialisingStops)
+TEST(LifeCycle, UninitialiseStops)
 {
     SteppedDevice device(44100, 2, 512);
     const Unit unit('ahal');
@@ -82,11 +82,11 @@ TEST(LifeCycle, UninitialisingStops)
     EXPECT_EQ(device.step(512), 512u);
     ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
     EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 0u);
-    EXPECT_EQ(device.step(512), 0u) << "nobody is left to be called";
+    EXPECT_EQ(device.step(512), 0u) << "no procedure is left";
     EXPECT_EQ(feeder.calls, 1);
 }
 
-TEST(LifeCycle, ClosingARunningUnitEndsIt)
+TEST(LifeCycle, CloseStops)
 {
     SteppedDevice device(44100, 2, 512);
     Unit unit('ahal');
@@ -101,7 +101,7 @@ TEST(LifeCycle, ClosingARunningUnitEndsIt)
     EXPECT_EQ(feeder.calls, 1);
 }
 
-TEST(LifeCycle, ARefusedStartIsTheDevicesAnswer)
+TEST(LifeCycle, StartReturnsTheDevicesStatus)
 {
     SteppedDevice device(44100, 2, 512);
     const Unit unit('ahal');
@@ -112,11 +112,11 @@ TEST(LifeCycle, ARefusedStartIsTheDevicesAnswer)
     EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 0u);
     EXPECT_EQ(AudioOutputUnitStop(unit), noErr);
     KVXPlatformRefuseStart(device.id(), 0);
-    EXPECT_EQ(AudioOutputUnitStart(unit), noErr) << "and it can be tried again";
+    EXPECT_EQ(AudioOutputUnitStart(unit), noErr) << "a second attempt";
     EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 1u);
 }
 
-TEST(LifeCycle, RatesTooFarApartCannotStart)
+TEST(LifeCycle, StartRefusesRatesTooFarApart)
 {
     SteppedDevice device(192000, 2, 512);
     const Unit unit('ahal');
@@ -130,12 +130,12 @@ TEST(LifeCycle, RatesTooFarApartCannotStart)
     EXPECT_EQ(AudioOutputUnitStart(unit), noErr);
 }
 
-TEST(LifeCycle, CallsFromManyThreadsLeaveItInOrder)
+TEST(LifeCycle, CallsFromManyThreads)
 {
     SteppedDevice device(44100, 2, 64, false);
     const Unit unit('ahal');
     Feeder feeder(canonical(44100, 2));
-    feeder.mostAsked = 0;
+    feeder.mostRequests = 0;
     ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
     ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
@@ -161,36 +161,36 @@ TEST(LifeCycle, CallsFromManyThreadsLeaveItInOrder)
     const int calls = feeder.calls;
     ASSERT_EQ(KVXPlatformSetStepped(device.id(), 1), 0);
     device.step(1024);
-    EXPECT_EQ(feeder.calls, calls) << "a device that turns asks it for nothing any more";
+    EXPECT_EQ(feeder.calls, calls) << "an I/O cycle no longer calls the unit";
 }
 
-TEST(LifeCycle, OneSliceAtATime)
+TEST(LifeCycle, RendersOneSliceAtATime)
 {
     const Unit unit('genr');
     Feeder feeder(canonical(44100, 2));
-    feeder.mostAsked = 0;
+    feeder.mostRequests = 0;
     ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
-    std::atomic<int> made{0};
+    std::atomic<int> rendered{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i)
         threads.emplace_back([&] {
             List list(canonical(44100, 2), 512);
             const AudioTimeStamp time = sampleTime(0);
-            for (int turn = 0; turn < 200; ++turn) {
+            for (int slice = 0; slice < 200; ++slice) {
                 const OSStatus status = AudioUnitRender(unit, nullptr, &time, 0, 512, list.get());
                 EXPECT_TRUE(status == noErr || status == kAudioUnitErr_CannotDoInCurrentContext ||
                             status == kAudioUnitErr_Uninitialized)
                     << status;
-                made += status == noErr;
+                rendered += status == noErr;
             }
         });
     threads.emplace_back([&] {
-        for (int turn = 0; turn < 50; ++turn) AudioUnitUninitialize(unit), AudioUnitInitialize(unit);
+        for (int i = 0; i < 50; ++i) AudioUnitUninitialize(unit), AudioUnitInitialize(unit);
     });
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(feeder.calls, made) << "each slice asked once, a refused one not at all";
-    EXPECT_GT(made, 0);
+    EXPECT_EQ(feeder.calls, rendered) << "one call per slice, none for a refused one";
+    EXPECT_GT(rendered, 0);
 }
 
 } // namespace

@@ -102,9 +102,9 @@ TEST(Mixer, TakesCanonicalFormatsOnly)
         {canonical(-1, 2),       refused, "a negative rate"},
         {canonical(std::nan(""), 2), refused, "a rate that is no number"},
         {interleaved(44100, 2),  refused, "interleaved"},
-        {pcm(44100, 2, 64, isFloat | isPacked | isApart),         refused, "64 bits"},
-        {pcm(44100, 2, 16, isSigned | isPacked | isApart),        refused, "integers"},
-        {pcm(44100, 2, 32, isFloat | isPacked | isApart | isBig), refused, "the other byte order"},
+        {pcm(44100, 2, 64, isFloat | isPacked | isNonInterleaved),         refused, "64 bits"},
+        {pcm(44100, 2, 16, isSigned | isPacked | isNonInterleaved),        refused, "integers"},
+        {pcm(44100, 2, 32, isFloat | isPacked | isNonInterleaved | isBig), refused, "the other byte order"},
     };
     // clang-format on
     for (const auto& fact : facts) {

@@ -254,7 +254,7 @@ TEST(MixerSum, SaysThatItIsSilentWhenAllInputsDo)
     first.saysSilence = second.saysSilence = false;
     AudioUnitRenderActionFlags flags = kAudioUnitRenderAction_OutputIsSilence;
     const AudioTimeStamp time = sampleTime(0);
-    rendering.list.lend();
+    rendering.list.restore();
     ASSERT_EQ(AudioUnitRender(mixer, &flags, &time, 0, 64, rendering.list.get()), noErr);
     EXPECT_EQ(second.lastFlags, 0u) << "nor what the caller's flags said";
     EXPECT_EQ(flags, 0u);

@@ -1,4 +1,4 @@
-// Parameters: which there are, their ranges, and who refuses what.
+// Parameters of the output units: addresses, ranges, descriptions.
 #include "tests/platform/audiounit/unit.h"
 
 #include <gtest/gtest.h>
@@ -11,36 +11,36 @@ namespace {
 using namespace test;
 
 // clang-format off
-const struct { OSType subType; AudioUnitParameterID id; AudioUnitScope scope; AudioUnitElement element; OSStatus status; const char* why; } places[] = {
+const struct { OSType subType; AudioUnitParameterID id; AudioUnitScope scope; AudioUnitElement element; OSStatus status; const char* why; } addresses[] = {
     {'ahal', 14,         0, 0, noErr,                          "the HAL unit's volume"},
-    {'def ', 14,         0, 0, noErr,                          "the default unit's"},
-    {'sys ', 14,         0, 0, noErr,                          "the system unit's"},
+    {'def ', 14,         0, 0, noErr,                          "the default unit's volume"},
+    {'sys ', 14,         0, 0, noErr,                          "the system unit's volume"},
     {'genr', 14,         0, 0, kAudioUnitErr_InvalidParameter, "the generic unit has none"},
-    {'ahal', 13,         0, 0, kAudioUnitErr_InvalidParameter, "beside it"},
-    {'ahal', 15,         0, 0, kAudioUnitErr_InvalidParameter, "beside it"},
-    {'ahal', 0,          0, 0, kAudioUnitErr_InvalidParameter, "none of number 0"},
-    {'ahal', 0xFFFFFFFF, 0, 0, kAudioUnitErr_InvalidParameter, "no number"},
-    {'ahal', 14,         1, 0, kAudioUnitErr_InvalidScope,     "it is global"},
-    {'ahal', 14,         2, 0, kAudioUnitErr_InvalidScope,     "likewise"},
+    {'ahal', 13,         0, 0, kAudioUnitErr_InvalidParameter, "a neighbouring ID"},
+    {'ahal', 15,         0, 0, kAudioUnitErr_InvalidParameter, "a neighbouring ID"},
+    {'ahal', 0,          0, 0, kAudioUnitErr_InvalidParameter, "ID 0"},
+    {'ahal', 0xFFFFFFFF, 0, 0, kAudioUnitErr_InvalidParameter, "the largest ID"},
+    {'ahal', 14,         1, 0, kAudioUnitErr_InvalidScope,     "the volume is global"},
+    {'ahal', 14,         2, 0, kAudioUnitErr_InvalidScope,     "the volume is global"},
     {'ahal', 14,         3, 0, kAudioUnitErr_InvalidScope,     "a scope that no unit has"},
     {'ahal', 14,         0, 1, kAudioUnitErr_InvalidElement,   "one global element"},
-    {'ahal', 14, 0, 0xFFFFFFFF, kAudioUnitErr_InvalidElement,  "likewise"},
+    {'ahal', 14, 0, 0xFFFFFFFF, kAudioUnitErr_InvalidElement,  "the volume is global"},
 };
 // clang-format on
 
-TEST(Parameters, AreWhereTheyAre)
+TEST(Parameters, ExistAtTheListedAddresses)
 {
-    for (const auto& place : places) {
-        SCOPED_TRACE(place.why);
-        const Unit unit(place.subType);
+    for (const auto& fact : addresses) {
+        SCOPED_TRACE(fact.why);
+        const Unit unit(fact.subType);
         Float32 value = -7;
-        EXPECT_EQ(AudioUnitGetParameter(unit, place.id, place.scope, place.element, &value), place.status);
-        EXPECT_EQ(value, place.status ? -7 : 1) << "its default, or untouched";
-        EXPECT_EQ(AudioUnitSetParameter(unit, place.id, place.scope, place.element, 0.5f, 0), place.status);
+        EXPECT_EQ(AudioUnitGetParameter(unit, fact.id, fact.scope, fact.element, &value), fact.status);
+        EXPECT_EQ(value, fact.status ? -7 : 1) << "the default, or unchanged";
+        EXPECT_EQ(AudioUnitSetParameter(unit, fact.id, fact.scope, fact.element, 0.5f, 0), fact.status);
     }
 }
 
-TEST(Parameters, KeepToTheirRange)
+TEST(Parameters, AreLimitedToTheirRange)
 {
     const Unit unit('def ');
     constexpr Float32 infinite = std::numeric_limits<Float32>::infinity();
@@ -49,12 +49,12 @@ TEST(Parameters, KeepToTheirRange)
         {0.5f,         noErr, 0.5f,  "inside"},
         {0,            noErr, 0,     "the least"},
         {1,            noErr, 1,     "the most"},
-        {0.1f,         noErr, 0.1f,  "exactly the float that was given"},
+        {0.1f,         noErr, 0.1f,  "the same float"},
         {1.0001f,      noErr, 1,     "above: the most"},
-        {infinite,     noErr, 1,     "far above"},
+        {infinite,     noErr, 1,     "infinite: the most"},
         {-0.0001f,     noErr, 0,     "below: the least"},
-        {-infinite,    noErr, 0,     "far below"},
-        {std::nanf(""), kAudioUnitErr_InvalidPropertyValue, 0, "not a number: refused, nothing changes"},
+        {-infinite,    noErr, 0,     "minus infinity: the least"},
+        {std::nanf(""), kAudioUnitErr_InvalidPropertyValue, 0, "not a number: refused, unchanged"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -63,20 +63,20 @@ TEST(Parameters, KeepToTheirRange)
         EXPECT_EQ(AudioUnitGetParameter(unit, 14, 0, 0, &value), noErr);
         EXPECT_EQ(value, fact.get) << fact.why;
     }
-    EXPECT_EQ(AudioUnitSetParameter(unit, 14, 0, 0, 0.25f, 12345), noErr) << "the offset does not matter";
+    EXPECT_EQ(AudioUnitSetParameter(unit, 14, 0, 0, 0.25f, 12345), noErr) << "the frame offset is ignored";
     EXPECT_EQ(AudioUnitGetParameter(unit, 14, 0, 0, nullptr), paramErr);
     EXPECT_EQ(AudioUnitInitialize(unit), noErr);
-    EXPECT_EQ(AudioUnitSetParameter(unit, 14, 0, 0, 0.75f, 0), noErr) << "at any time";
+    EXPECT_EQ(AudioUnitSetParameter(unit, 14, 0, 0, 0.75f, 0), noErr) << "while initialised";
     EXPECT_EQ(AudioUnitUninitialize(unit), noErr);
     Float32 value = 0;
     EXPECT_EQ(AudioUnitGetParameter(unit, 14, 0, 0, &value), noErr);
-    EXPECT_EQ(value, 0.75f) << "and it stays";
+    EXPECT_EQ(value, 0.75f) << "kept";
     EXPECT_EQ(AudioUnitReset(unit, 0, 0), noErr);
     EXPECT_EQ(AudioUnitGetParameter(unit, 14, 0, 0, &value), noErr);
-    EXPECT_EQ(value, 0.75f) << "a reset is about sound only";
+    EXPECT_EQ(value, 0.75f) << "a reset clears filters only";
 }
 
-TEST(Parameters, SayWhatTheyAre)
+TEST(Parameters, AreDescribed)
 {
     const Unit unit('ahal'), generic('genr');
     UInt32 id = 0, size = 4;

@@ -1,4 +1,4 @@
-// Every property of every unit, as a table: where it is, how large, who may write it and when.
+// Every property of the output units, in tables: address, size, access, and when it can be set.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -17,9 +17,9 @@ constexpr OSStatus noSuch = kAudioUnitErr_InvalidProperty, badScope = kAudioUnit
                    badElement = kAudioUnitErr_InvalidElement, badValue = kAudioUnitErr_InvalidPropertyValue,
                    readOnly = kAudioUnitErr_PropertyNotWritable, initialized = kAudioUnitErr_Initialized;
 
-enum Way { read, write, both, bothBefore }; // bothBefore: written before the unit is initialised
+enum Way { read, write, both, bothBefore }; // bothBefore: written only before the unit is initialised
 
-// Records that hold pointers: the platform's sizes, larger where pointers are.
+// Sizes of records with pointers: the platform's own on 32-bit builds.
 constexpr bool is32 = sizeof(void*) == 4;
 constexpr UInt32 connection = is32 ? 12 : sizeof(AudioUnitConnection),
                  callback = is32 ? 8 : sizeof(AURenderCallbackStruct),
@@ -38,9 +38,9 @@ struct Fact {
 const Fact ofEveryUnit[] = {
     {1,    1, 0, connection, write,      "connection"},
     {2,    1, 0, 8,  bothBefore, "the client's rate"},
-    {3,    0, 0, 0,  read,       "parameter list (its size is the unit's)"},
+    {3,    0, 0, 0,  read,       "parameter list, whose size depends on the unit"},
     {3,    1, 0, 0,  read,       "no parameter in the input"},
-    {3,    2, 0, 0,  read,       "nor in the output"},
+    {3,    2, 0, 0,  read,       "no parameter in the output"},
     {8,    1, 0, 40, bothBefore, "the client's format"},
     {11,   0, 0, 4,  bothBefore, "the global scope has one element"},
     {11,   1, 0, 4,  bothBefore, "inputs"},
@@ -59,23 +59,23 @@ const Fact ofGeneric[] = {
 };
 const Fact ofDeviceUnits[] = {
     {2,    2, 0, 8,  read,       "the device's rate"},
-    {4,    0, 14, info, read,      "what the volume is"},
+    {4,    0, 14, info, read,      "description of the volume"},
     {8,    2, 0, 40, read,       "the device's format"},
     {2002, 2, 0, 24, both,       "channel map of the six-channel device"},
     {2003, 2, 0, 4,  read,       "output is on"},
-    {2006, 2, 0, 4,  read,       "output is there"},
+    {2006, 2, 0, 4,  read,       "output exists"},
     {2007, 0, 0, 4,  both,       "start at zero"},
 };
 const Fact ofHAL[] = {
     {2,    1, 1, 8,  read,       "the rate of the device's input"},
-    {2,    2, 1, 8,  bothBefore, "the rate of what the client gets from it"},
+    {2,    2, 1, 8,  bothBefore, "the rate of the client's side of the input"},
     {8,    1, 1, 40, read,       "the format of the device's input"},
-    {8,    2, 1, 40, bothBefore, "the format of what the client gets from it"},
+    {8,    2, 1, 40, bothBefore, "the format of the client's side of the input"},
     {2000, 0, 0, 4,  both,       "device"},
     {2003, 2, 0, 4,  bothBefore, "output on or off"},
     {2003, 1, 1, 4,  bothBefore, "input on or off"},
     {2005, 0, 0, callback, write,      "input callback"},
-    {2006, 1, 1, 4,  read,       "input is there"},
+    {2006, 1, 1, 4,  read,       "input exists"},
 };
 const Fact ofFollowers[] = {
     {2000, 0, 0, 4,  read,       "the device it follows"},
@@ -86,18 +86,18 @@ const struct { AudioUnitPropertyID id; AudioUnitScope scope; AudioUnitElement el
     {26,     0, 0, noSuch,     "render quality is for converters"},
     {21,     0, 0, noSuch,     "bypass is for effects"},
     {3007,   1, 0, noSuch,     "metering is for mixers"},
-    {0xFFFFFFFF, 0, 0, noSuch, "no number"},
-    {0xFFFFFFFF, 9, 9, noSuch, "the property is asked first"},
+    {0xFFFFFFFF, 0, 0, noSuch, "the largest ID"},
+    {0xFFFFFFFF, 9, 9, noSuch, "the ID is checked first"},
     {14,     1, 0, badScope,   "the limit is global"},
-    {14,     2, 0, badScope,   "likewise"},
+    {14,     2, 0, badScope,   "the limit is global"},
     {14,     3, 0, badScope,   "a scope that no unit has"},
-    {14,     0xFFFFFFFF, 0, badScope, "nor this one"},
+    {14,     0xFFFFFFFF, 0, badScope, "the largest scope"},
     {23,     0, 0, badScope,   "callbacks are the input's"},
-    {23,     2, 0, badScope,   "likewise"},
+    {23,     2, 0, badScope,   "callbacks are the input's"},
     {8,      0, 0, badScope,   "formats are a bus's"},
     {8,      1, 2, badElement, "no such input"},
     {8,      2, 2, badElement, "no such output"},
-    {8,      1, 0xFFFFFFFF, badElement, "nor this"},
+    {8,      1, 0xFFFFFFFF, badElement, "the largest element"},
     {14,     0, 1, badElement, "one global element"},
     {23,     1, 1, badElement, "the client has one input"},
     {2001,   0, 1, badElement, "one global element"},
@@ -131,26 +131,26 @@ void expectFact(const Unit& unit, OSType subType, const Fact& fact)
         EXPECT_EQ(AudioUnitSetProperty(unit, fact.id, fact.scope, fact.element, data.data(), expected + 1),
                   badValue);
         EXPECT_EQ(AudioUnitSetProperty(unit, fact.id, fact.scope, fact.element, nullptr, 0), noErr)
-            << "taken away";
+            << "removed";
         EXPECT_EQ(AudioUnitSetProperty(unit, fact.id, fact.scope, fact.element, nullptr, expected), badValue);
         return;
     }
     EXPECT_EQ(AudioUnitGetProperty(unit, fact.id, fact.scope, fact.element, data.data(), &size), noErr);
     EXPECT_EQ(size, expected);
-    EXPECT_EQ(data[expected], 0xEE) << "nothing behind the value";
+    EXPECT_EQ(data[expected], 0xEE) << "nothing written after the value";
     size = expected + 16;
     EXPECT_EQ(AudioUnitGetProperty(unit, fact.id, fact.scope, fact.element, data.data(), &size), noErr);
-    EXPECT_EQ(size, expected) << "the real size comes back";
+    EXPECT_EQ(size, expected) << "the size of the value is returned";
     size = 0;
     EXPECT_EQ(AudioUnitGetProperty(unit, fact.id, fact.scope, fact.element, nullptr, &size), noErr);
-    EXPECT_EQ(size, expected) << "asked without a buffer";
+    EXPECT_EQ(size, expected) << "without a buffer";
     EXPECT_EQ(AudioUnitGetProperty(unit, fact.id, fact.scope, fact.element, data.data(), nullptr), paramErr);
     if (expected) {
         std::fill(data.begin(), data.end(), 0xEE);
         size = expected - 1;
         EXPECT_EQ(AudioUnitGetProperty(unit, fact.id, fact.scope, fact.element, data.data(), &size),
                   badValue);
-        EXPECT_EQ(size, expected - 1) << "a refusal changes nothing";
+        EXPECT_EQ(size, expected - 1) << "unchanged after a refusal";
         EXPECT_EQ(data[0], 0xEE);
         size = expected;
         AudioUnitGetProperty(unit, fact.id, fact.scope, fact.element, data.data(), &size);
@@ -159,7 +159,7 @@ void expectFact(const Unit& unit, OSType subType, const Fact& fact)
     const OSStatus refused = fact.way == read ? readOnly : badValue;
     EXPECT_EQ(AudioUnitSetProperty(unit, fact.id, fact.scope, fact.element, data.data(), expected),
               fact.way == read ? readOnly : noErr)
-        << "what was read can be written";
+        << "the value that was read can be written";
     EXPECT_EQ(AudioUnitSetProperty(unit, fact.id, fact.scope, fact.element, data.data(), expected + 1),
               refused);
     EXPECT_EQ(AudioUnitSetProperty(unit, fact.id, fact.scope, fact.element, nullptr, expected), refused);
@@ -199,7 +199,7 @@ protected:
     SteppedDevice device;
 };
 
-TEST_F(Properties, OfEveryUnitAreAsTheTablesSay)
+TEST_F(Properties, MatchTheTables)
 {
     for (const OSType subType : {'ahal', 'def ', 'sys ', 'genr'}) {
         SCOPED_TRACE(subType);
@@ -215,7 +215,7 @@ TEST_F(Properties, OfEveryUnitAreAsTheTablesSay)
     }
 }
 
-TEST_F(Properties, ThatAreNotThereSayWhy)
+TEST_F(Properties, MissingOnesReturnTheReason)
 {
     for (const OSType subType : {'ahal', 'def ', 'sys ', 'genr'}) {
         const Unit unit(subType);
@@ -238,11 +238,11 @@ TEST_F(Properties, ThatAreNotThereSayWhy)
     EXPECT_EQ(AudioUnitGetProperty(generic, 2000, 0, 0, &word, &size), noSuch)
         << "the generic unit has no device";
     EXPECT_EQ(AudioUnitGetProperty(generic, 2002, 2, 0, &word, &size), noSuch);
-    EXPECT_EQ(AudioUnitGetProperty(follower, 2003, 1, 1, &word, &size), badElement) << "no input side";
+    EXPECT_EQ(AudioUnitGetProperty(follower, 2003, 1, 1, &word, &size), badElement) << "no input element";
     EXPECT_EQ(AudioUnitGetProperty(follower, 2002, 1, 0, &word, &size), badScope);
 }
 
-TEST_F(Properties, StartAtTheirDefaults)
+TEST_F(Properties, HaveDefaults)
 {
     for (const OSType subType : {'ahal', 'def ', 'sys ', 'genr'}) {
         SCOPED_TRACE(subType);
@@ -276,7 +276,7 @@ TEST_F(Properties, StartAtTheirDefaults)
     }
 }
 
-TEST_F(Properties, TakeOnlyValuesThatMeanSomething)
+TEST_F(Properties, RefuseInvalidValues)
 {
     const Unit unit('genr');
     constexpr Float64 infinite = std::numeric_limits<Float64>::infinity();
@@ -289,24 +289,24 @@ TEST_F(Properties, TakeOnlyValuesThatMeanSomething)
     EXPECT_EQ(unit.setLimit(0), badValue);
     EXPECT_EQ(unit.setLimit(1), noErr);
     EXPECT_EQ(unit.setLimit(1 << 20), noErr);
-    EXPECT_EQ(unit.set<UInt32>(11, 1, 0, 1), noErr) << "the count it has";
-    EXPECT_EQ(unit.set<UInt32>(11, 1, 0, 2), readOnly) << "its buses do not vary";
+    EXPECT_EQ(unit.set<UInt32>(11, 1, 0, 1), noErr) << "the present count";
+    EXPECT_EQ(unit.set<UInt32>(11, 1, 0, 2), readOnly) << "the bus count cannot change";
     EXPECT_EQ(unit.set<UInt32>(11, 1, 0, 0), readOnly);
 }
 
-TEST_F(Properties, ALimitBeyondMemoryFailsTheInitialisation)
+TEST_F(Properties, LimitBeyondMemoryFailsTheInitialisation)
 {
     const Unit unit('genr');
     ASSERT_EQ(unit.setLimit(0xFFFFFFFF), noErr);
     EXPECT_EQ(AudioUnitInitialize(unit), memFullErr);
-    EXPECT_EQ(unit.setLimit(512), noErr) << "and leaves it uninitialised";
+    EXPECT_EQ(unit.setLimit(512), noErr) << "still uninitialised";
     EXPECT_EQ(AudioUnitInitialize(unit), noErr);
 }
 
 // clang-format off
 const struct { AudioStreamBasicDescription format; bool isTaken; const char* why; } formats[] = {
     {pcm(44100, 2, 32, isFloat | isPacked),                  true,  "float"},
-    {pcm(44100, 2, 32, isFloat | isPacked | isApart),        true,  "float, apart"},
+    {pcm(44100, 2, 32, isFloat | isPacked | isNonInterleaved),        true,  "float, non-interleaved"},
     {pcm(44100, 2, 64, isFloat | isPacked | isBig),          true,  "double, big-endian"},
     {pcm(8000, 1, 8, isPacked),                              true,  "8 bits unsigned, mono"},
     {pcm(192000, 8, 24, isSigned | isPacked),                true,  "24 bits, eight channels"},
@@ -319,20 +319,20 @@ const struct { AudioStreamBasicDescription format; bool isTaken; const char* why
     {pcm(44100, 2, 32, isSigned | isPacked | 24 << 7),       false, "fixed point"},
     {pcm(44100, 0, 32, isFloat | isPacked),                  false, "no channels"},
     {pcm(44100, 1025, 32, isFloat | isPacked),               false, "too many channels"},
-    {pcm(44100, 1024, 32, isFloat | isPacked),               true,  "as many as there may be"},
+    {pcm(44100, 1024, 32, isFloat | isPacked),               true,  "the most channels"},
     {pcm(0, 2, 32, isFloat | isPacked),                      false, "no rate"},
     {pcm(-44100, 2, 32, isFloat | isPacked),                 false, "a negative rate"},
     {pcm(std::numeric_limits<double>::infinity(), 2, 32, isFloat | isPacked), false, "an infinite rate"},
     {{44100, 'ima4', 0, 34, 64, 0, 2, 0, 0},                 false, "compressed"},
-    {{44100, 'lpcm', 9, 8, 1, 8, 2, 32, 1},                  true,  "the reserved word is not looked at"},
+    {{44100, 'lpcm', 9, 8, 1, 8, 2, 32, 1},                  true,  "the reserved field is ignored"},
     {{44100, 'lpcm', 9, 8, 1, 12, 2, 32, 0},                 false, "bytes of packet and frame differ"},
     {{44100, 'lpcm', 9, 16, 2, 8, 2, 32, 0},                 false, "two frames a packet"},
-    {{44100, 'lpcm', 9, 7, 1, 7, 2, 32, 0},                  false, "bytes that the channels do not share evenly"},
+    {{44100, 'lpcm', 9, 7, 1, 7, 2, 32, 0},                  false, "bytes not divisible by the channels"},
     {{44100, 'lpcm', 9, 0, 1, 0, 2, 32, 0},                  false, "no bytes"},
 };
 // clang-format on
 
-TEST_F(Properties, FormatsOfAClientAreAnyPCM)
+TEST_F(Properties, ClientFormatIsAnyLinearPCM)
 {
     for (const OSType subType : {'ahal', 'def ', 'sys ', 'genr'}) {
         const Unit unit(subType);
@@ -344,12 +344,12 @@ TEST_F(Properties, FormatsOfAClientAreAnyPCM)
                       fact.isTaken ? noErr : kAudioUnitErr_FormatNotSupported);
             EXPECT_TRUE(unit.get<AudioStreamBasicDescription>(8, 1, 0) ==
                         (fact.isTaken ? fact.format : before))
-                << "a refusal changes nothing";
+                << "unchanged after a refusal";
         }
     }
 }
 
-TEST_F(Properties, ChannelMapIsOneEntryAChannelOfTheDevice)
+TEST_F(Properties, ChannelMapHasOneEntryPerDeviceChannel)
 {
     const Unit unit('ahal');
     using Map = std::vector<SInt32>;
@@ -363,42 +363,42 @@ TEST_F(Properties, ChannelMapIsOneEntryAChannelOfTheDevice)
     const auto set = [&](const Map& map, UInt32 more = 0) {
         return AudioUnitSetProperty(unit, 2002, 2, 0, map.data(), static_cast<UInt32>(map.size() * 4) + more);
     };
-    EXPECT_EQ(get(), (Map{0, 1, -1, -1, -1, -1})) << "none set: the client's two, straight";
+    EXPECT_EQ(get(), (Map{0, 1, -1, -1, -1, -1})) << "none set: the client's two channels";
     EXPECT_EQ(set({5, 4, 3, 2, 1, 0}), noErr);
-    EXPECT_EQ(get(), (Map{5, 4, 3, 2, 1, 0})) << "as it was set, though the client has two channels";
+    EXPECT_EQ(get(), (Map{5, 4, 3, 2, 1, 0})) << "unchanged, though the client has two channels";
     EXPECT_EQ(set({1, 0}), noErr);
     EXPECT_EQ(get(), (Map{1, 0, -1, -1, -1, -1})) << "short: the rest is silent";
     EXPECT_EQ(set({0, 1, 0, 1, 0, 1, 0, 1}), noErr);
-    EXPECT_EQ(get(), (Map{0, 1, 0, 1, 0, 1})) << "long: as far as the device goes";
+    EXPECT_EQ(get(), (Map{0, 1, 0, 1, 0, 1})) << "long: cut to the device's channels";
     EXPECT_EQ(set({-1, -1, -1, -1, -1, -1}), noErr);
     EXPECT_EQ(get(), (Map{-1, -1, -1, -1, -1, -1}));
     EXPECT_EQ(set({0, 1, -2}), badValue) << "below -1";
     EXPECT_EQ(set({0, 1}, 1), badValue) << "half an entry";
     EXPECT_EQ(AudioUnitSetProperty(unit, 2002, 2, 0, get().data(), 0), badValue);
-    EXPECT_EQ(get(), (Map{-1, -1, -1, -1, -1, -1})) << "refusals change nothing";
+    EXPECT_EQ(get(), (Map{-1, -1, -1, -1, -1, -1})) << "unchanged after refusals";
     EXPECT_EQ(AudioUnitSetProperty(unit, 2002, 2, 0, nullptr, 0), noErr);
-    EXPECT_EQ(get(), (Map{0, 1, -1, -1, -1, -1})) << "taken away";
+    EXPECT_EQ(get(), (Map{0, 1, -1, -1, -1, -1})) << "removed";
 }
 
-TEST_F(Properties, TheHALUnitIsToldItsDevice)
+TEST_F(Properties, ClientSelectsTheHALUnitsDevice)
 {
     const SteppedDevice other(96000, 4, 256);
     const Unit unit('ahal');
-    EXPECT_EQ(unit.get<AudioDeviceID>(2000, 0, 0), device.id()) << "untold: the default device";
+    EXPECT_EQ(unit.get<AudioDeviceID>(2000, 0, 0), device.id()) << "none selected: the default device";
     EXPECT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, other.id()), noErr);
     EXPECT_EQ(unit.get<AudioDeviceID>(2000, 0, 0), other.id());
     EXPECT_TRUE(unit.get<AudioStreamBasicDescription>(8, 2, 0) == canonical(96000, 4));
     EXPECT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, 0x7FFFFFF), badValue) << "no such device";
-    EXPECT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, kAudioObjectSystemObject), badValue) << "no device at all";
+    EXPECT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, kAudioObjectSystemObject), badValue) << "not a device";
     EXPECT_EQ(unit.get<AudioDeviceID>(2000, 0, 0), other.id());
     EXPECT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, 0), noErr);
-    EXPECT_EQ(unit.get<AudioDeviceID>(2000, 0, 0), device.id()) << "told none: the default again";
+    EXPECT_EQ(unit.get<AudioDeviceID>(2000, 0, 0), device.id()) << "selection removed: the default device";
 
     const Unit follower('def ');
     EXPECT_EQ(follower.set<AudioDeviceID>(2000, 0, 0, other.id()), readOnly);
 }
 
-TEST(DeviceUnit, SaysHowLateItsDeviceIs)
+TEST(DeviceUnit, LatencyIsTheDevices)
 {
     KVXSimulatedDevice description = {};
     description.sampleRate = 48000;

@@ -85,13 +85,15 @@ TEST(RateAudioThread, AllocatesNothingWhileSettingsChange)
 TEST(RateAudioThread, SettingsInsideASliceAllocateNothing)
 {
     RateUnit player({'nutp', 1.25}, whiteNoise(2, 400000));
-    const auto setInside = [](void* unit, AudioUnitRenderActionFlags*, const AudioTimeStamp* time, UInt32,
-                              UInt32, AudioBufferList*) -> OSStatus {
+    const auto setInside = [](void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
+                              UInt32 bus, UInt32 frames, AudioBufferList* list) -> OSStatus {
+        RateUnit& self = *static_cast<RateUnit*>(context);
         const auto rate =
             static_cast<Float32>(1 + 0.25 * std::abs(static_cast<int>(time->mSampleTime) / 512 % 3));
-        return AudioUnitSetParameter(static_cast<AudioUnit>(unit), 0, 0, 0, rate, 0);
+        const OSStatus status = AudioUnitSetParameter(self.unit, 0, 0, 0, rate, 0);
+        return status ? status : Track::callback(&self.track, flags, time, bus, frames, list);
     };
-    EXPECT_EQ(AudioUnitAddRenderNotify(player.unit, setInside, static_cast<AudioUnit>(player.unit)), noErr);
+    EXPECT_EQ(player.unit.setCallback(setInside, &player), noErr);
     const int allocations = alarm_::allocations(), locks = alarm_::locks();
     Guarded(player).play(30);
     EXPECT_EQ(alarm_::allocations(), allocations);

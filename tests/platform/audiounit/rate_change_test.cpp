@@ -172,11 +172,13 @@ TEST(RateChange, MayBeTakenBackAtAnyTime)
 TEST(RateChange, InsideASliceWaitsForAnEngine)
 {
     RateUnit player({'nutp'}, tone(1, 400000, hertz, sampleRate, amplitude));
-    const auto setInside = [](void* unit, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
-                              AudioBufferList*) -> OSStatus {
-        return AudioUnitSetParameter(static_cast<AudioUnit>(unit), 1, 0, 0, 1200, 0);
+    const auto setInside = [](void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
+                              UInt32 bus, UInt32 frames, AudioBufferList* list) -> OSStatus {
+        RateUnit& self = *static_cast<RateUnit*>(context);
+        EXPECT_EQ(AudioUnitSetParameter(self.unit, 1, 0, 0, 1200, 0), noErr);
+        return Track::callback(&self.track, flags, time, bus, frames, list);
     };
-    EXPECT_EQ(AudioUnitAddRenderNotify(player.unit, setInside, static_cast<AudioUnit>(player.unit)), noErr);
+    EXPECT_EQ(player.unit.setCallback(setInside, &player), noErr);
     player.play(20000);
     EXPECT_NEAR(frequencyOf(player.heard[0], 10000, 20000, sampleRate), hertz, 1);
     player.set(4, 8);

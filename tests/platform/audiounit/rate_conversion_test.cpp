@@ -1,5 +1,4 @@
-// A client at another rate than the device: what is heard keeps its pitch, its level, its place and its
-// length.
+// A client at another rate than the device: the output keeps pitch, level, time and length.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -29,8 +28,8 @@ constexpr struct {
     {8000, 48000},  {44100, 192000}, {11025, 8000},
 };
 
-/// The largest distance between what was played and the tone at the device's own rate, past the filter's
-/// first frames.
+/// The largest difference in frames [from, until) between the played samples and the tone at the device's
+/// rate.
 double largestError(const std::vector<float>& played, UInt32 channels, Float64 rate, UInt32 from,
                     UInt32 until)
 {
@@ -42,7 +41,7 @@ double largestError(const std::vector<float>& played, UInt32 channels, Float64 r
     return worst;
 }
 
-TEST(RateConversion, KeepsToneLevelAndPlace)
+TEST(RateConversion, KeepsPitchLevelAndTime)
 {
     for (const auto& rate : rates)
         for (const UInt32 slice : {512, 100, 3000}) {
@@ -59,30 +58,30 @@ TEST(RateConversion, KeepsToneLevelAndPlace)
             ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
             const UInt32 frames = 24000;
             ASSERT_EQ(device.step(frames), frames);
-            // Sample for sample the same tone at the device's rate: right pitch, right level, no delay, no
-            // seam.
+            // The same tone at the device's rate, sample by sample: pitch, level, no delay, no gap.
             EXPECT_LT(largestError(device.played, 2, rate.device, 2000, frames), 1e-3);
 
-            // The client was asked for what the device played, and a filter's length more.
+            // The client was called for the frames that the device played, plus the filter's look-ahead.
             Float64 next = 0;
-            for (const Asked& asked : feeder.asked) {
-                ASSERT_EQ(asked.time.mSampleTime, next) << "in order, without a gap";
-                ASSERT_LE(asked.frames, 1156u);
-                next += asked.frames;
+            for (const Request& request : feeder.requests) {
+                ASSERT_EQ(request.time.mSampleTime, next) << "in order, without a gap";
+                ASSERT_LE(request.frames, 1156u);
+                next += request.frames;
             }
             const Float64 played = frames * rate.client / rate.device;
             EXPECT_GE(next, played - 1);
-            EXPECT_LE(next, played + 200 * std::max(1.0, rate.client / rate.device)) << "pulled far ahead";
+            EXPECT_LE(next, played + 200 * std::max(1.0, rate.client / rate.device))
+                << "pulled too far ahead";
         }
 }
 
-TEST(RateConversion, DoesNotRunAheadHoweverLongItPlays)
+TEST(RateConversion, DoesNotDrift)
 {
     clientRate = 44100;
     SteppedDevice device(48000, 1, 512);
     const Unit unit('ahal');
     Feeder feeder(canonical(44100, 1), sine);
-    feeder.mostAsked = 0;
+    feeder.mostRequests = 0;
     ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
     ASSERT_EQ(unit.setFormat(1, canonical(44100, 1)), noErr);
     ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
@@ -91,14 +90,14 @@ TEST(RateConversion, DoesNotRunAheadHoweverLongItPlays)
     const UInt32 frames = 48000 * 5;
     ASSERT_EQ(device.step(frames), frames);
     EXPECT_LT(largestError(device.played, 1, 48000, frames - 5000, frames), 1e-3)
-        << "still in step with the source";
-    feeder.mostAsked = 1;
+        << "still at the source's time";
+    feeder.mostRequests = 1;
     device.step(512);
-    ASSERT_EQ(feeder.asked.size(), 1u);
-    EXPECT_NEAR(feeder.asked[0].time.mSampleTime, 44100 * 5, 300) << "asked for what is about to be heard";
+    ASSERT_EQ(feeder.requests.size(), 1u);
+    EXPECT_NEAR(feeder.requests[0].time.mSampleTime, 44100 * 5, 300) << "the frames of the next output";
 }
 
-TEST(RateConversion, OfTheGenericUnitIsTheSame)
+TEST(RateConversion, GenericUnitKeepsTheTone)
 {
     clientRate = 48000;
     const Unit unit('genr');
@@ -120,7 +119,7 @@ TEST(RateConversion, OfTheGenericUnitIsTheSame)
 
 float burst(Float64 frame, UInt32) { return frame < 100 ? 1.0f : 0.0f; }
 
-TEST(RateConversion, ForgetsThePastWhenItIsReset)
+TEST(RateConversion, ResetClearsTheFilter)
 {
     const Unit unit('genr');
     Feeder feeder(canonical(44100, 1), burst);
@@ -138,17 +137,17 @@ TEST(RateConversion, ForgetsThePastWhenItIsReset)
         }
         time = sampleTime(64);
         ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
-        // The burst of 100 frames was pulled whole: its rest comes, unless it is forgotten.
+        // The first pull contains the whole burst of 100 frames: the rest is output unless it is cleared.
         EXPECT_EQ(std::abs(static_cast<float*>(list[0].mData)[20]) > 0.5, !resets);
         ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
     }
 }
 
-Float64 origin; // the client frame that a feeder calls 0
+Float64 origin; // the client frame at the feeder's frame 0
 
 float noiseFromOrigin(Float64 frame, UInt32 channel) { return noise(origin + frame, channel); }
 
-/// A unit that plays noise at 44,100 Hz as 48,000 Hz in slices of 100 frames, far shorter than the filter.
+/// A unit that converts noise from 44,100 Hz to 48,000 Hz in slices of 100 frames, shorter than the filter.
 struct Converting {
     explicit Converting(OSType subType, OSType type = 'auou')
         : drivesDevice(subType == 'ahal'), feeder(canonical(44100, 1), noiseFromOrigin), unit(subType, type)
@@ -187,10 +186,10 @@ struct Converting {
     SteppedDevice device{48000, 1, 100};
     Float64 next = 0;
     Feeder feeder;
-    const Unit unit; // closed first: a removed device goes on calling it
+    const Unit unit; // closed before the device: a removed device still runs I/O cycles
 };
 
-TEST(RateConversion, IsResetOnceAndThenPlaysWithoutASeam)
+TEST(RateConversion, IsResetOnce)
 {
     const struct {
         OSType subType, type;
@@ -201,13 +200,14 @@ TEST(RateConversion, IsResetOnceAndThenPlaysWithoutASeam)
             Converting reset(fact.subType, fact.type);
             reset.play(before);
             ASSERT_EQ(AudioUnitReset(reset.unit, 0, 0), noErr);
-            reset.feeder.asked.clear();
+            reset.feeder.requests.clear();
             const std::vector<float> played = reset.play(30);
-            ASSERT_FALSE(reset.feeder.asked.empty());
-            origin = reset.feeder.asked[0].time.mSampleTime;
+            ASSERT_FALSE(reset.feeder.requests.empty());
+            origin = reset.feeder.requests[0].time.mSampleTime;
             EXPECT_GT(origin, 0);
             Converting fresh(fact.subType, fact.type);
-            EXPECT_EQ(played, fresh.play(30)) << "a unit that begins there, after slices: " << before;
+            EXPECT_EQ(played, fresh.play(30))
+                << "like a new unit that begins there, after slices: " << before;
         }
 }
 

@@ -104,7 +104,7 @@ OSStatus Track::callback(void* context, AudioUnitRenderActionFlags* flags, const
 
 OSStatus Rendering::slice(UInt32 frames)
 {
-    list.lend();
+    list.restore();
     flags = 0;
     const AudioTimeStamp time = sampleTime(at);
     const OSStatus status = AudioUnitRender(unit, &flags, &time, 0, frames, list.get());

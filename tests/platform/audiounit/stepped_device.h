@@ -1,4 +1,4 @@
-// A simulated device that tests turn by hand, and what it played.
+// A simulated device whose I/O cycles a test runs, and the samples that it played.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -19,16 +19,16 @@ public:
     void makeDefault(AudioHardwarePropertyID role = kAudioHardwarePropertyDefaultOutputDevice) const;
     void remove();
 
-    /// Whether a procedure is started on it: the next step calls that procedure.
+    /// Whether an I/O procedure is started: the next step calls it.
     bool isRunning() const;
 
-    /// Turn it, and return how many frames it ran for.
+    /// Run I/O cycles of `frames` frames in all. Returns the frames that were run.
     UInt32 step(UInt32 frames)
     {
         return static_cast<UInt32>(KVXPlatformStep(device, static_cast<uint32_t>(frames)));
     }
 
-    /// What was played, [frame * channels + channel]. Not while a paced device runs.
+    /// The played samples, [frame * channels + channel]. Not to be read while a paced device runs.
     std::vector<float> played;
 
 private:
@@ -36,11 +36,11 @@ private:
     KVXDeviceID device;
 };
 
-/// Wait until something that another thread does has happened; false after ten seconds.
+/// Wait until another thread has made a condition true; false after ten seconds.
 template <class Happened>
 bool eventually(Happened happened)
 {
-    for (int turn = 0; turn < 10000; ++turn) {
+    for (int attempt = 0; attempt < 10000; ++attempt) {
         if (happened()) return true;
         struct timespec pause = {0, 1000000};
         nanosleep(&pause, nullptr);

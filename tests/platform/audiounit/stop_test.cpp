@@ -1,4 +1,4 @@
-// After a stop no callback runs, whoever stops, and from wherever.
+// After a stop from any thread, or from inside a callback, no callback runs.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/fragile.h"
 #include "tests/platform/audiounit/stepped_device.h"
@@ -14,34 +14,34 @@ namespace {
 
 using namespace test;
 
-TEST(Stop, NoCallbackRunsAfterIt)
+TEST(Stop, NoCallbackRunsAfterAStop)
 {
     SteppedDevice device(48000, 2, 16, false);
     const Unit unit('ahal');
     ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
-    for (int turn = 0; turn < 300; ++turn) {
+    for (int round = 0; round < 300; ++round) {
         auto fragile = std::make_unique<Fragile>();
         ASSERT_EQ(unit.setCallback(Fragile::callback, fragile.get()), noErr);
         ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
-        while (fragile->calls < turn % 3) std::this_thread::yield();
+        while (fragile->calls < round % 3) std::this_thread::yield();
         ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
         ASSERT_FALSE(fragile->isInside);
     }
 }
 
-TEST(Stop, NoCallbackRunsAfterAUnitWasClosed)
+TEST(Stop, NoCallbackRunsAfterAClose)
 {
     SteppedDevice device(48000, 2, 16, false);
-    for (int turn = 0; turn < 300; ++turn) {
+    for (int round = 0; round < 300; ++round) {
         Fragile fragile;
         Unit unit('ahal');
         ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
         ASSERT_EQ(unit.setCallback(Fragile::callback, &fragile), noErr);
         ASSERT_EQ(AudioUnitInitialize(unit), noErr);
         ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
-        while (fragile.calls < turn % 3) std::this_thread::yield();
-        ASSERT_EQ(turn % 2 ? unit.close() : static_cast<OSErr>(AudioUnitUninitialize(unit)), noErr);
+        while (fragile.calls < round % 3) std::this_thread::yield();
+        ASSERT_EQ(round % 2 ? unit.close() : static_cast<OSErr>(AudioUnitUninitialize(unit)), noErr);
         ASSERT_FALSE(fragile.isInside);
     }
 }
@@ -64,7 +64,7 @@ struct StopsItself {
     }
 };
 
-TEST(Stop, InsideACallbackEndsWithThatSlice)
+TEST(Stop, InsideACallbackTakesEffectAfterThatSlice)
 {
     SteppedDevice device(48000, 1, 100);
     const Unit unit('ahal');
@@ -73,15 +73,15 @@ TEST(Stop, InsideACallbackEndsWithThatSlice)
     ASSERT_EQ(unit.setFormat(1, canonical(48000, 1)), noErr);
     ASSERT_EQ(unit.setCallback(StopsItself::callback, &stopper), noErr);
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
-    for (int turn = 0; turn < 20; ++turn) {
+    for (int round = 0; round < 20; ++round) {
         stopper.calls = 0;
         device.played.clear();
         ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
         EXPECT_EQ(device.step(1000), 300u) << "the device stops with its last procedure";
         EXPECT_EQ(stopper.calls, 3);
-        EXPECT_EQ(device.played, std::vector<float>(300, 0.5f)) << "what the last slice wrote is played";
+        EXPECT_EQ(device.played, std::vector<float>(300, 0.5f)) << "the last slice is played";
         EXPECT_EQ(unit.get<UInt32>(2001, 0, 0), 0u);
-        if (turn % 2) {
+        if (round % 2) {
             ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
         }
     }
@@ -91,14 +91,14 @@ OSStatus stopsAndStarts(void* context, AudioUnitRenderActionFlags*, const AudioT
                         AudioBufferList*)
 {
     const auto& unit = *static_cast<const Unit*>(context);
-    EXPECT_EQ(AudioOutputUnitStart(unit), noErr) << "it runs";
+    EXPECT_EQ(AudioOutputUnitStart(unit), noErr) << "already running";
     EXPECT_EQ(AudioOutputUnitStop(unit), noErr);
     EXPECT_EQ(AudioOutputUnitStart(unit), kAudioUnitErr_CannotDoInCurrentContext);
     EXPECT_EQ(AudioUnitUninitialize(unit), kAudioUnitErr_CannotDoInCurrentContext);
     return noErr;
 }
 
-TEST(Stop, InsideACallbackIsForGood)
+TEST(Stop, InsideACallbackRefusesAStartThere)
 {
     SteppedDevice device(48000, 2, 100);
     const Unit unit('ahal');
@@ -111,9 +111,9 @@ TEST(Stop, InsideACallbackIsForGood)
     EXPECT_TRUE(eventually([] { return support::liveObjects("IOProc") == 0; })) << "removed soon";
 }
 
-TEST(Stop, InsideACallbackAsksNobodyAgain)
+TEST(Stop, InsideACallbackEndsThePullsOfThatSlice)
 {
-    // A callback whose unit feeds the output in ten pieces a slice, at another rate.
+    // The callback's unit is called ten times per slice of the output, at another rate.
     SteppedDevice device(48000, 1, 1000);
     const Unit source('genr'), output('ahal');
     StopsItself stopper{&output, 2, 0, false};
@@ -129,10 +129,10 @@ TEST(Stop, InsideACallbackAsksNobodyAgain)
     EXPECT_EQ(device.step(5000), 1000u);
     EXPECT_EQ(stopper.calls, 2);
     EXPECT_NEAR(device.played[50], 0.5f, 0.05);
-    EXPECT_NEAR(device.played[300], 0.0f, 0.05) << "silence after what it gave";
+    EXPECT_NEAR(device.played[300], 0.0f, 0.05) << "silence after the last call";
 }
 
-TEST(Stop, InsideACallbackStopsALongSliceShort)
+TEST(Stop, InsideACallbackSilencesTheRestOfTheSlice)
 {
     SteppedDevice device(48000, 1, 1000);
     const Unit unit('ahal');
@@ -144,15 +144,15 @@ TEST(Stop, InsideACallbackStopsALongSliceShort)
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
     ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
     device.step(1000);
-    EXPECT_EQ(stopper.calls, 2) << "not asked again for the rest of the slice";
+    EXPECT_EQ(stopper.calls, 2) << "not called for the rest of the slice";
     EXPECT_EQ(device.played[199], 0.5f);
     EXPECT_EQ(device.played[200], 0.0f);
 }
 
-TEST(Stop, ClosingInsideACallbackEndsTheUnit)
+TEST(Stop, CloseInsideACallbackFreesTheUnitLater)
 {
     SteppedDevice device(48000, 1, 100);
-    for (int turn = 0; turn < 20; ++turn) {
+    for (int round = 0; round < 20; ++round) {
         Unit unit('ahal');
         StopsItself stopper{&unit, 1, 0, true};
         ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
@@ -164,7 +164,7 @@ TEST(Stop, ClosingInsideACallbackEndsTheUnit)
         EXPECT_EQ(stopper.calls, 1);
     }
     EXPECT_TRUE(eventually([] { return support::liveObjects("ComponentInstance") == 0; }))
-        << "the last of a unit goes once its slice has ended";
+        << "a unit is freed after its slice";
     EXPECT_EQ(support::liveObjects("IOProc"), 0u);
 }
 
@@ -183,11 +183,11 @@ OSStatus stopsAndCloses(void* unit, AudioUnitRenderActionFlags*, const AudioTime
     return noErr;
 }
 
-TEST(Stop, InsideACallbackThenClosingLeavesNoProcedure)
+TEST(Stop, InsideACallbackThenCloseLeavesNoProcedure)
 {
     SteppedDevice device(48000, 2, 100);
-    for (int turn = 0; turn < 20; ++turn) {
-        const bool closesInside = turn % 2;
+    for (int round = 0; round < 20; ++round) {
+        const bool closesInside = round % 2;
         Unit unit('ahal');
         ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
         ASSERT_EQ(unit.setCallback(closesInside ? stopsAndCloses : stops, &unit), noErr);
@@ -198,7 +198,7 @@ TEST(Stop, InsideACallbackThenClosingLeavesNoProcedure)
             EXPECT_TRUE(eventually([] { return support::liveObjects("IOProc") == 0; }));
         } else {
             ASSERT_EQ(unit.close(), noErr);
-            EXPECT_EQ(support::liveObjects("IOProc"), 0u) << "gone when the closing returns";
+            EXPECT_EQ(support::liveObjects("IOProc"), 0u) << "removed when the close returns";
         }
     }
     EXPECT_TRUE(eventually([] { return support::liveObjects("property listener") == 0; }));
@@ -213,11 +213,11 @@ TEST(Stop, FromTwoThreadsAndTheCallbackAtOnce)
     ASSERT_EQ(unit.setFormat(1, canonical(48000, 1)), noErr);
     ASSERT_EQ(unit.setCallback(StopsItself::callback, &stopper), noErr);
     ASSERT_EQ(AudioUnitInitialize(unit), noErr);
-    for (int turn = 0; turn < 100; ++turn) {
+    for (int round = 0; round < 100; ++round) {
         stopper.calls = 0;
         ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
         std::thread other([&] { AudioOutputUnitStop(unit); });
-        if (turn % 2) std::this_thread::sleep_for(std::chrono::microseconds(turn * 20));
+        if (round % 2) std::this_thread::sleep_for(std::chrono::microseconds(round * 20));
         AudioOutputUnitStop(unit);
         other.join();
         ASSERT_LE(stopper.calls, 5);

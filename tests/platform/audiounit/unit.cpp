@@ -8,13 +8,13 @@ namespace test {
 AudioStreamBasicDescription pcm(Float64 rate, UInt32 channels, UInt32 bits, UInt32 flags, UInt32 bytes)
 {
     if (!bytes) bytes = (bits + 7) / 8;
-    const UInt32 frame = flags & isApart ? bytes : bytes * channels;
+    const UInt32 frame = flags & isNonInterleaved ? bytes : bytes * channels;
     return {rate, 'lpcm', flags, frame, 1, frame, channels, bits, 0};
 }
 
 AudioStreamBasicDescription canonical(Float64 rate, UInt32 channels)
 {
-    return pcm(rate, channels, 32, isFloat | isPacked | isApart);
+    return pcm(rate, channels, 32, isFloat | isPacked | isNonInterleaved);
 }
 
 AudioStreamBasicDescription interleaved(Float64 rate, UInt32 channels)
@@ -29,17 +29,17 @@ bool operator==(const AudioStreamBasicDescription& a, const AudioStreamBasicDesc
 
 List::List(const AudioStreamBasicDescription& format, UInt32 frames)
 {
-    const bool apart = format.mFormatFlags & isApart;
-    const UInt32 buffers = apart ? format.mChannelsPerFrame : 1;
-    room.resize((offsetof(AudioBufferList, mBuffers) + (buffers + 1) * sizeof(AudioBuffer)) / 8 + 1);
+    const bool nonInterleaved = format.mFormatFlags & isNonInterleaved;
+    const UInt32 buffers = nonInterleaved ? format.mChannelsPerFrame : 1;
+    storage.resize((offsetof(AudioBufferList, mBuffers) + (buffers + 1) * sizeof(AudioBuffer)) / 8 + 1);
     memory.assign(buffers, std::vector<unsigned char>(frames * format.mBytesPerFrame, 0xEE));
     list().mNumberBuffers = buffers;
     for (UInt32 i = 0; i < buffers; ++i)
-        list().mBuffers[i].mNumberChannels = apart ? 1 : format.mChannelsPerFrame;
-    lend();
+        list().mBuffers[i].mNumberChannels = nonInterleaved ? 1 : format.mChannelsPerFrame;
+    restore();
 }
 
-void List::forgetMemory()
+void List::clearPointers()
 {
     for (UInt32 i = 0; i < list().mNumberBuffers; ++i) {
         list().mBuffers[i].mData = nullptr;
@@ -47,7 +47,7 @@ void List::forgetMemory()
     }
 }
 
-void List::lend()
+void List::restore()
 {
     for (UInt32 i = 0; i < list().mNumberBuffers; ++i) {
         list().mBuffers[i].mData = memory[i].data();

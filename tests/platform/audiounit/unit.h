@@ -1,4 +1,4 @@
-// A unit that closes itself, and formats, for tests.
+// Test tools: a unit that its destructor closes, stream formats, buffer lists with memory.
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>
@@ -28,7 +28,7 @@ public:
     {
         return AudioUnitSetProperty(unit, id, scope, element, &value, sizeof value);
     }
-    /// The value; zero on an error, which `status` tells.
+    /// The value; zero on an error, which `status` receives.
     template <class T>
     T get(AudioUnitPropertyID id, AudioUnitScope scope, AudioUnitElement element,
           OSStatus* status = nullptr) const
@@ -57,13 +57,13 @@ private:
     AudioUnit unit;
 };
 
-constexpr UInt32 isFloat = 1, isBig = 2, isSigned = 4, isPacked = 8, isHigh = 16,
-                 isApart = 32; // format flags
+// Format flags.
+constexpr UInt32 isFloat = 1, isBig = 2, isSigned = 4, isPacked = 8, isHigh = 16, isNonInterleaved = 32;
 
-/// Linear PCM: `bits` a sample in `bytes` bytes (0: just enough).
+/// Linear PCM with `bits` per sample in `bytes` bytes (0: as few as possible).
 AudioStreamBasicDescription pcm(Float64 rate, UInt32 channels, UInt32 bits, UInt32 flags, UInt32 bytes = 0);
 
-/// 32-bit float, one buffer a channel: what units work in.
+/// 32-bit float, one buffer per channel: the format in which units work.
 AudioStreamBasicDescription canonical(Float64 rate, UInt32 channels);
 
 /// 32-bit float in one buffer.
@@ -71,21 +71,21 @@ AudioStreamBasicDescription interleaved(Float64 rate, UInt32 channels);
 
 bool operator==(const AudioStreamBasicDescription& a, const AudioStreamBasicDescription& b);
 
-/// A buffer list for a format, with memory, filled with 0xEE.
+/// A buffer list for a format, with memory filled with 0xEE.
 class List {
 public:
     List(const AudioStreamBasicDescription& format, UInt32 frames);
     AudioBufferList* operator->() { return &list(); }
     AudioBufferList* get() { return &list(); }
-    AudioBufferList& list() { return *reinterpret_cast<AudioBufferList*>(room.data()); }
+    AudioBufferList& list() { return *reinterpret_cast<AudioBufferList*>(storage.data()); }
     AudioBuffer& operator[](UInt32 buffer) { return list().mBuffers[buffer]; }
     const unsigned char* bytes(UInt32 buffer) const { return memory[buffer].data(); }
     std::vector<unsigned char>& memoryOf(UInt32 buffer) { return memory[buffer]; }
-    void forgetMemory(); // mData NULL
-    void lend();         // mData and sizes as made
+    void clearPointers(); ///< mData NULL, sizes 0
+    void restore();       ///< mData and sizes as constructed
 
 private:
-    std::vector<std::uint64_t> room;
+    std::vector<std::uint64_t> storage;
     std::vector<std::vector<unsigned char>> memory;
 };
 

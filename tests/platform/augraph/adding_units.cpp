@@ -1,11 +1,11 @@
 #include "tests/platform/augraph/adding_units.h"
 
-#include "platform/audiounit/audio_unit.h"
+#include "platform/audiounit/family.h"
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/property.h"
 #include "platform/audiounit/render.h"
 #include "platform/audiounit/source.h"
-#include "platform/audiounit/units.h"
+#include "platform/audiounit/unit_handle.h"
 #include "platform/components/registry.h"
 #include "platform/hal/device.h"
 
@@ -65,21 +65,7 @@ OSStatus renderSum(Unit& unit, Slice& slice)
     return status;
 }
 
-UnitKind addingKind(OSType subType, decltype(UnitKind::takesFormat) takesFormat)
-{
-    UnitKind kind{};
-    kind.type = 'aufx';
-    kind.subType = subType;
-    kind.name = "Adder";
-    kind.inputs = {1, 1, 4};
-    kind.outputs = {2, 2, 2};
-    kind.takesFormat = takesFormat;
-    kind.open = openUnit;
-    kind.destroy = [](void* state) { delete static_cast<Constant*>(state); };
-    kind.initialize = initializeUnit;
-    kind.render = renderSum;
-    return kind;
-}
+void destroyConstant(void* state) { delete static_cast<Constant*>(state); }
 
 // ---- an output unit that the test renders ----
 
@@ -100,7 +86,7 @@ OSStatus setRunning(Unit& unit)
     return noErr;
 }
 
-OSStatus getIsRunning(Unit& unit, Place, void* data, UInt32&)
+OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{stateOf<Output>(unit).isRunning});
 }
@@ -115,64 +101,44 @@ OSStatus renderOutput(Unit& unit, Slice& slice)
     return status;
 }
 
-UnitKind output()
-{
-    static const Property properties[] = {{kAudioOutputUnitProperty_IsRunning, inGlobal, anyElement,
-                                           sizeof(UInt32), Access::readOnly, Settable::always, getIsRunning,
-                                           nullptr, nullptr}};
-    UnitKind kind{};
-    kind.type = kAudioUnitType_Output;
-    kind.subType = kAudioUnitSubType_GenericOutput;
-    kind.name = "Output";
-    kind.inputs = kind.outputs = {1, 1, 1};
-    kind.properties = properties;
-    kind.open = openOutput;
-    kind.destroy = [](void* state) { delete static_cast<Output*>(state); };
-    kind.render = renderOutput;
-    kind.start = setRunning<true>;
-    kind.stop = setRunning<false>;
-    return kind;
-}
+void destroyOutput(void* state) { delete static_cast<Output*>(state); }
 
 bool takesAll(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription&)
 {
     return true;
 }
 
-const UnitKind* kindAt(std::size_t index)
-{
-    static const UnitKind adder = addingKind('add ', nullptr), anyFormat = addingKind('addf', takesAll),
-                          head = output();
-    const UnitKind* const kinds[] = {&adder, &anyFormat, &head};
-    return kinds[index];
-}
+const Property outputProperties[] = {{kAudioOutputUnitProperty_IsRunning, inGlobal, anyElement,
+                                      sizeof(UInt32), Access::readOnly, Settable::always, getIsRunning,
+                                      nullptr, nullptr}};
+
+using namespace column;
+
+// clang-format off
+const UnitKind kinds[] = {
+    {'aufx', 'add ', "Adder", Inputs{{1, 1, 4}}, Outputs{{2, 2, 2}}, nullptr, nullptr, InputMemory::ofBus, TakesFormat{nullptr},
+     Open{openUnit}, Close{nullptr}, Destroy{destroyConstant}, Initialize{initializeUnit}, Uninitialize{nullptr},
+     Reset{nullptr}, Render{renderSum}, RenderInside{nullptr}, Start{nullptr}, Stop{nullptr}},
+    {'aufx', 'addf', "Adder", Inputs{{1, 1, 4}}, Outputs{{2, 2, 2}}, nullptr, nullptr, InputMemory::ofBus, TakesFormat{takesAll},
+     Open{openUnit}, Close{nullptr}, Destroy{destroyConstant}, Initialize{initializeUnit}, Uninitialize{nullptr},
+     Reset{nullptr}, Render{renderSum}, RenderInside{nullptr}, Start{nullptr}, Stop{nullptr}},
+    {kAudioUnitType_Output, kAudioUnitSubType_GenericOutput, "Output", Inputs{{1, 1, 1}}, Outputs{{1, 1, 1}}, outputProperties, nullptr, InputMemory::ofBus, TakesFormat{nullptr},
+     Open{openOutput}, Close{nullptr}, Destroy{destroyOutput}, Initialize{nullptr}, Uninitialize{nullptr},
+     Reset{nullptr}, Render{renderOutput}, RenderInside{nullptr}, Start{setRunning<true>}, Stop{setRunning<false>}},
+};
+// clang-format on
 
 const components::Family otherFamily = {"not an audio unit", nullptr, nullptr, nullptr};
 
-} // namespace
-
-const components::Family family = {
-    "audio unit",
-    [](components::Instance& instance) {
-        std::unique_ptr<Unit> unit;
-        const OSStatus status =
-            open(*static_cast<const UnitKind*>(instance.component.row), instance.self, unit);
-        instance.state = unit.release();
-        return status;
-    },
-    [](components::Instance& instance) { close(*static_cast<Unit*>(instance.state)); },
-    [](void* unit) { delete static_cast<Unit*>(unit); },
-};
-
-std::size_t unitCount() { return 4; }
+std::size_t unitCount() { return 1 + std::size(kinds); }
 
 components::Component describe(std::size_t index)
 {
     if (index == 0) return {{'aufx', 'odd ', 'appl', 0, 0}, &otherFamily, nullptr};
-    const UnitKind& kind = *kindAt(index - 1);
-    return {{kind.type, kind.subType, 'appl', 0, 0}, &family, &kind};
+    return componentOf(kinds[index - 1]);
 }
 
+} // namespace
 } // namespace kvxplatform::audiounit
 
 namespace kvxplatform::components {

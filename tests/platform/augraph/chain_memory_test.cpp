@@ -103,7 +103,7 @@ TEST(ChainMemory, AHistoryThatDoesNotFitRefusesTheSettingAndPlaybackGoesOn)
         chain.initialize();
         EXPECT_EQ(AudioUnitSetParameter(chain.graph.unit(chain.pitch), 0, 0, 0, 1.25f, 0), memFullErr);
         List list(canonical(rate, 2), 512);
-        list.lend();
+        list.restore();
         const AudioTimeStamp time = sampleTime(0);
         ASSERT_EQ(AudioUnitRender(chain.graph.unit(chain.output), nullptr, &time, 0, 512, list.get()), noErr);
         for (UInt32 i = 0; i < 512; ++i)

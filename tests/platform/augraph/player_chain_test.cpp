@@ -35,7 +35,7 @@ std::vector<float> render(
     List list(format, fact.slice);
     for (std::size_t done = 0; done < frames;) {
         const auto now = static_cast<UInt32>(std::min<std::size_t>(fact.slice, frames - done));
-        list.lend();
+        list.restore();
         const AudioTimeStamp time = sampleTime(static_cast<Float64>(done));
         const OSStatus status =
             AudioUnitRender(chain.graph.unit(chain.output), nullptr, &time, 0, now, list.get());

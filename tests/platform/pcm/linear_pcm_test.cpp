@@ -1,4 +1,4 @@
-// Samples of every width, bit by bit.
+// Linear PCM samples of every width and byte order, bit by bit.
 #include "platform/pcm/linear_pcm.h"
 
 #include <gtest/gtest.h>
@@ -53,10 +53,10 @@ const struct { UInt32 bits, flags, bytes; Bytes stored; Float32 value; const cha
     {8,  packed,              1, {0x80},                   0.0f,             "8 bits unsigned: the middle is zero"},
     {8,  packed,              1, {0xFF},                   127.0f / 128,     "largest"},
     {8,  packed,              1, {0x00},                   -1.0f,            "smallest"},
-    {16, sgn | packed,        2, {0x01, 0x00},             1.0f / 32768,     "16 bits: little end first"},
+    {16, sgn | packed,        2, {0x01, 0x00},             1.0f / 32768,     "16 bits: little-endian"},
     {16, sgn | packed,        2, {0xFF, 0x7F},             32767.0f / 32768, "largest"},
     {16, sgn | packed,        2, {0x00, 0x80},             -1.0f,            "smallest"},
-    {16, sgn | packed | big,  2, {0x00, 0x01},             1.0f / 32768,     "big end first"},
+    {16, sgn | packed | big,  2, {0x00, 0x01},             1.0f / 32768,     "big-endian"},
     {16, packed | big,        2, {0x80, 0x01},             1.0f / 32768,     "unsigned"},
     {24, sgn | packed,        3, {0x01, 0x00, 0x00},       1.0f / 8388608,   "24 bits"},
     {24, sgn | packed,        3, {0x00, 0x00, 0x80},       -1.0f,            "smallest"},
@@ -64,17 +64,17 @@ const struct { UInt32 bits, flags, bytes; Bytes stored; Float32 value; const cha
     {24, sgn,                 4, {0x01, 0x00, 0x00, 0x00}, 1.0f / 8388608,   "low in 32"},
     {24, sgn,                 4, {0xFF, 0xFF, 0xFF, 0xFF}, -1.0f / 8388608,  "low in 32, filled with its sign"},
     {24, sgn | high,          4, {0x00, 0x01, 0x00, 0x00}, 1.0f / 8388608,   "high in 32"},
-    {24, sgn | high | big,    4, {0x80, 0x00, 0x00, 0x00}, -1.0f,            "high in 32, big end first"},
+    {24, sgn | high | big,    4, {0x80, 0x00, 0x00, 0x00}, -1.0f,            "high in 32, big-endian"},
     {20, sgn | high,          3, {0x10, 0x00, 0x00},       1.0f / 524288,    "20 bits high in 24"},
     {12, sgn,                 2, {0xFF, 0x07},             2047.0f / 2048,   "12 bits low in 16"},
     {32, sgn | packed,        4, {0x00, 0x01, 0x00, 0x00}, 1.0f / 8388608,   "32 bits"},
     {32, sgn | packed,        4, {0x00, 0x00, 0x00, 0x80}, -1.0f,            "smallest"},
-    {32, packed | big,        4, {0xC0, 0x00, 0x00, 0x00}, 0.5f,             "unsigned, big end first"},
+    {32, packed | big,        4, {0xC0, 0x00, 0x00, 0x00}, 0.5f,             "unsigned, big-endian"},
     {32, flt | packed,        4, {0x00, 0x00, 0x00, 0x3F}, 0.5f,             "float"},
-    {32, flt | packed | big,  4, {0xBF, 0x80, 0x00, 0x00}, -1.0f,            "float, big end first"},
-    {32, flt | packed,        4, {0x00, 0x00, 0x20, 0x41}, 10.0f,            "beyond full scale, kept"},
+    {32, flt | packed | big,  4, {0xBF, 0x80, 0x00, 0x00}, -1.0f,            "float, big-endian"},
+    {32, flt | packed,        4, {0x00, 0x00, 0x20, 0x41}, 10.0f,            "above full scale, kept"},
     {64, flt | packed,        8, {0, 0, 0, 0, 0, 0, 0xE0, 0x3F}, 0.5f,       "double"},
-    {64, flt | packed | big,  8, {0xC0, 0x24, 0, 0, 0, 0, 0, 0}, -10.0f,     "double, big end first"},
+    {64, flt | packed | big,  8, {0xC0, 0x24, 0, 0, 0, 0, 0, 0}, -10.0f,     "double, big-endian"},
 };
 // clang-format on
 
@@ -89,7 +89,7 @@ TEST(LinearPCM, ReadsAndWritesTheSameBytes)
     }
 }
 
-TEST(LinearPCM, EverySampleOf16BitsComesBack)
+TEST(LinearPCM, Every16BitSampleSurvivesARoundTrip)
 {
     for (const UInt32 flags : {sgn | packed, sgn | packed | big, packed})
         for (unsigned value = 0; value < 0x10000; ++value) {
@@ -99,7 +99,7 @@ TEST(LinearPCM, EverySampleOf16BitsComesBack)
         }
 }
 
-TEST(LinearPCM, EverySampleOf24BitsComesBack)
+TEST(LinearPCM, Every24BitSampleSurvivesARoundTrip)
 {
     constexpr UInt32 frames = 1 << 12;
     const auto format = mono(24, sgn | packed, 3);
@@ -116,7 +116,7 @@ TEST(LinearPCM, EverySampleOf24BitsComesBack)
     }
 }
 
-TEST(LinearPCM, RoundsToTheNearestAndStopsAtFullScale)
+TEST(LinearPCM, RoundsToNearestAndClips)
 {
     constexpr Float32 step = 1.0f / 32768, infinite = std::numeric_limits<Float32>::infinity();
     // clang-format off
@@ -125,17 +125,17 @@ TEST(LinearPCM, RoundsToTheNearestAndStopsAtFullScale)
         {0.5f * step,   0,      "a tie goes to the even"},
         {0.6f * step,   1,      "above a half"},
         {1.5f * step,   2,      "a tie goes to the even"},
-        {-0.5f * step,  0,      "likewise below zero"},
-        {-0.6f * step,  -1,     "likewise"},
-        {1.0f,          32767,  "full scale is one step too far"},
-        {32767.6f * step, 32767, "just below"},
-        {2.0f,          32767,  "beyond"},
-        {-1.0f,         -32768, "full scale below"},
-        {-2.0f,         -32768, "beyond"},
+        {-0.5f * step,  0,      "a tie below zero"},
+        {-0.6f * step,  -1,     "more than half below zero"},
+        {1.0f,          32767,  "full scale is clipped to one step less"},
+        {32767.6f * step, 32767, "just below full scale"},
+        {2.0f,          32767,  "clipped"},
+        {-1.0f,         -32768, "negative full scale"},
+        {-2.0f,         -32768, "clipped"},
         {infinite,      32767,  "infinite"},
         {-infinite,     -32768, "infinite"},
         {std::nanf(""), 0,      "not a number"},
-        {1e-40f,        0,      "next to nothing"},
+        {1e-40f,        0,      "denormal"},
     };
     // clang-format on
     const auto format = mono(16, sgn | packed, 2);
@@ -148,7 +148,7 @@ TEST(LinearPCM, RoundsToTheNearestAndStopsAtFullScale)
     EXPECT_EQ(written(mono(8, packed, 1), 1.0f), (Bytes{0xFF}));
 }
 
-TEST(LinearPCM, StepsThroughChannelsAndWritesFromAFrameOn)
+TEST(LinearPCM, HandlesChannelsAndFirstFrame)
 {
     const AudioStreamBasicDescription stereo = {44100, 'lpcm', sgn | packed, 4, 1, 4, 2, 16, 0};
     Bytes bytes = {1, 0, 2, 0, 3, 0, 4, 0, 0xEE, 0xEE, 0xEE, 0xEE};

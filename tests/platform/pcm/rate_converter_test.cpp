@@ -1,4 +1,4 @@
-// Rate conversion by pulling: how much it asks for, and where its frames stand.
+// Rate conversion of pulled input: how many frames are pulled, and the time of the output.
 #include "platform/pcm/rate_converter.h"
 
 #include <gtest/gtest.h>
@@ -41,7 +41,7 @@ double worst(const std::vector<Float32>& out, double rate, double hertz)
     return error;
 }
 
-TEST(RateConverter, ToneStaysWhereItStood)
+TEST(RateConverter, KeepsTheTimeOfATone)
 {
     // clang-format off
     const struct { double from, to; Quality quality; double bound; } facts[] = {
@@ -66,10 +66,10 @@ TEST(RateConverter, ToneStaysWhereItStood)
     }
 }
 
-TEST(RateConverter, SlicesDoNotMatter)
+TEST(RateConverter, OutputDoesNotDependOnSlices)
 {
-    std::vector<Float32> whole(4000 * 2), pieces(4000 * 2);
-    for (std::vector<Float32>* out : {&whole, &pieces}) {
+    std::vector<Float32> whole(4000 * 2), sliced(4000 * 2);
+    for (std::vector<Float32>* out : {&whole, &sliced}) {
         Tone tone{44100, 500, {}};
         RateConverter converter;
         ASSERT_TRUE(converter.prepare(44100, 48000, 2, Quality::normal));
@@ -79,10 +79,10 @@ TEST(RateConverter, SlicesDoNotMatter)
             at += frames;
         }
     }
-    EXPECT_EQ(whole, pieces) << "bit for bit";
+    EXPECT_EQ(whole, sliced) << "bit for bit";
 }
 
-TEST(RateConverter, ForgetsWhenItIsReset)
+TEST(RateConverter, ResetClearsTheFilter)
 {
     Tone tone{44100, 500, {}};
     RateConverter converter;
@@ -95,17 +95,17 @@ TEST(RateConverter, ForgetsWhenItIsReset)
     EXPECT_EQ(first, again);
 }
 
-TEST(RateConverter, RefusesWhatItCannot)
+TEST(RateConverter, RefusesRatiosAndChannelCounts)
 {
     // clang-format off
-    const struct { double from, to; UInt32 channels; bool isTaken; } facts[] = {
+    const struct { double from, to; UInt32 channels; bool isAccepted; } facts[] = {
         {1000, 256000, 2, true}, {256000, 1000, 2, true}, {1000, 257000, 2, false}, {257000, 1000, 2, false},
         {44100, 48000, 1, true}, {44100, 48000, 8, true}, {44100, 48000, 128, true}, {44100, 48000, 129, false}, {44100, 48000, 100000, false}, {44100, 48000, 0, false},
     };
     // clang-format on
     for (const auto& fact : facts) {
         RateConverter converter;
-        EXPECT_EQ(converter.prepare(fact.from, fact.to, fact.channels, Quality::normal), fact.isTaken)
+        EXPECT_EQ(converter.prepare(fact.from, fact.to, fact.channels, Quality::normal), fact.isAccepted)
             << fact.from << ", " << fact.to << ", " << fact.channels;
     }
 }

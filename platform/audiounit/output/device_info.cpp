@@ -1,4 +1,4 @@
-#include "platform/audiounit/output/device_facts.h"
+#include "platform/audiounit/output/device_info.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -22,9 +22,9 @@ UInt32 channelsOf(AudioDeviceID device, AudioObjectPropertyScope scope)
                                                 kAudioObjectPropertyElementMaster};
     UInt32 size = 0;
     if (AudioObjectGetPropertyDataSize(device, &address, 0, nullptr, &size)) return 0;
-    std::vector<std::uint64_t> room(size / 8 + 1);
-    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, room.data())) return 0;
-    const auto& list = *reinterpret_cast<const AudioBufferList*>(room.data());
+    std::vector<std::uint64_t> memory(size / 8 + 1);
+    if (AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, memory.data())) return 0;
+    const auto& list = *reinterpret_cast<const AudioBufferList*>(memory.data());
     UInt32 channels = 0;
     for (UInt32 i = 0; i < list.mNumberBuffers &&
                        offsetof(AudioBufferList, mBuffers) + (i + 1) * sizeof(AudioBuffer) <= size;
@@ -49,7 +49,7 @@ UInt32 firstStreamLatency(AudioDeviceID device)
 
 } // namespace
 
-OSStatus shapeOf(AudioDeviceID device, DeviceShape& out)
+OSStatus readFormat(AudioDeviceID device, DeviceFormat& out)
 {
     out = {};
     if (const OSStatus status = read(device, kAudioDevicePropertyNominalSampleRate,
