@@ -67,6 +67,80 @@ TEST(Published, FreesARecordAtOnceWithoutARenderCall)
     EXPECT_EQ(Record::alive, 0);
 }
 
+TEST(Published, KeepsAHeldRecordBeyondItsRenderCall)
+{
+    RenderScope scope;
+    Published<Record> record(std::make_unique<Record>(1));
+    Record* held = nullptr;
+    {
+        const RenderScope::Entry call(scope);
+        held = record.hold();
+        ASSERT_NE(held, nullptr);
+        EXPECT_EQ(record.hold(), nullptr) << "held already";
+    }
+    EXPECT_EQ(record.publish(std::make_unique<Record>(2), scope), held);
+    EXPECT_FALSE(record.sweep(scope));
+    {
+        const RenderScope::Entry call(scope);
+        EXPECT_EQ(held->one, 1);
+        Record* const second = record.hold();
+        ASSERT_NE(second, nullptr);
+        EXPECT_EQ(second->one, 2);
+        record.publish(std::make_unique<Record>(3), scope);
+        EXPECT_EQ(record.hold(), nullptr) << "two are held";
+        record.release(held);
+        EXPECT_EQ(record.hold()->one, 3);
+        EXPECT_EQ(Record::alive, 3) << "the writers free";
+    }
+    EXPECT_FALSE(record.sweep(scope)) << "the second is held";
+    EXPECT_EQ(Record::alive, 2);
+    record.release(nullptr);
+    EXPECT_EQ(Record::alive, 2);
+}
+
+TEST(Published, ReturnsAReplacedRecordThatIsStillInUse)
+{
+    RenderScope scope;
+    Published<Record> record;
+    EXPECT_EQ(record.publish(std::make_unique<Record>(1), scope), nullptr) << "nothing was published";
+    EXPECT_EQ(record.publish(std::make_unique<Record>(2), scope), nullptr) << "no render call: freed";
+    EXPECT_EQ(Record::alive, 1);
+    const RenderScope::Entry call(scope);
+    const Record* const former = record.get();
+    EXPECT_EQ(record.publish(nullptr, scope), former);
+    EXPECT_EQ(former->one, 2);
+    EXPECT_EQ(record.publish(std::make_unique<Record>(3), scope), nullptr);
+    EXPECT_EQ(former->one, 2) << "the render call is still in progress";
+}
+
+TEST(Published, HeldRecordsStayWholeWhileTheyAreReplaced)
+{
+    RenderScope scope;
+    Published<Record> record;
+    std::atomic<bool> isOver{false};
+    std::thread reader([&] {
+        Record* held = nullptr;
+        for (unsigned calls = 0; !isOver; ++calls) {
+            const RenderScope::Entry call(scope);
+            if (Record* const next = record.hold()) {
+                record.release(held);
+                held = next;
+            }
+            if (!held) continue;
+            EXPECT_GT(held->one, 0);
+            EXPECT_EQ(held->one, held->two);
+            if (calls % 5 == 0) {
+                record.release(held);
+                held = nullptr;
+            }
+        }
+    });
+    for (int i = 1; i <= 5000; ++i)
+        record.publish(i % 7 ? std::make_unique<Record>(i) : nullptr, scope);
+    isOver = true;
+    reader.join();
+}
+
 TEST(Published, IsReadWholeWhileTwoThreadsReplaceIt)
 {
     RenderScope scope;
