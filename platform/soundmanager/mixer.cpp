@@ -3,8 +3,11 @@
 #include "platform/components/calls.h"
 #include "platform/components/instances.h"
 #include "platform/soundmanager/mixer_state.h"
+#include "platform/support/border.h"
 
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace kvxplatform::soundmanager {
@@ -21,12 +24,12 @@ T argument(long word)
         return static_cast<T>(word);
 }
 
-/// A function as a call with words reaches it.
+/// Calls a mixer function with the words of a component call.
 template <auto function>
 struct Call;
 template <class... Arguments, ComponentResult (*function)(Mixer&, Arguments...)>
 struct Call<function> {
-    static constexpr std::size_t words = sizeof...(Arguments);
+    static constexpr std::size_t wordCount = sizeof...(Arguments);
     static ComponentResult with(Mixer& mixer, const long* word)
     {
         return apply(mixer, word, std::index_sequence_for<Arguments...>());
@@ -40,14 +43,14 @@ struct Call<function> {
 
 struct Selector {
     SInt16 what;
-    std::size_t words;
+    std::size_t wordCount;
     ComponentResult (*call)(Mixer&, const long*);
 };
 
 template <auto function>
 constexpr Selector row(SInt16 what)
 {
-    return {what, Call<function>::words, Call<function>::with};
+    return {what, Call<function>::wordCount, Call<function>::with};
 }
 
 const Selector selectors[] = {
@@ -63,19 +66,20 @@ const Selector selectors[] = {
 };
 
 ComponentResult dispatch(components::Instance& instance, ComponentParameters& parameters)
-try {
-    for (const Selector& selector : selectors) {
-        if (selector.what != parameters.what) continue;
-        long words[4] = {};
-        static_assert(sizeof words / sizeof *words >= Call<getInfo>::words);
-        if (parameters.paramSize < selector.words * sizeof(long)) return paramErr;
-        std::memcpy(words, reinterpret_cast<const char*>(&parameters) + offsetof(ComponentParameters, params),
-                    selector.words * sizeof(long));
-        return selector.call(mixerOf(instance), words);
-    }
-    return badComponentSelector;
-} catch (...) {
-    return memFullErr;
+{
+    return withinBorder(ComponentResult{memFullErr}, [&]() -> ComponentResult {
+        for (const Selector& selector : selectors) {
+            if (selector.what != parameters.what) continue;
+            long words[4] = {};
+            static_assert(std::size(words) >= Call<getInfo>::wordCount);
+            if (parameters.paramSize < selector.wordCount * sizeof(long)) return paramErr;
+            std::memcpy(words,
+                        reinterpret_cast<const char*>(&parameters) + offsetof(ComponentParameters, params),
+                        selector.wordCount * sizeof(long));
+            return selector.call(mixerOf(instance), words);
+        }
+        return badComponentSelector;
+    });
 }
 
 OSStatus openMixer(components::Instance& instance)

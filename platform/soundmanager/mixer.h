@@ -1,4 +1,4 @@
-// The mixer: sums its sources into blocks of the format it was opened with.
+// The mixer sound component: it adds its sources and outputs blocks of one format.
 #pragma once
 
 #include "platform/components/component.h"
@@ -10,8 +10,9 @@ extern const components::Family mixerFamily;
 std::size_t componentCount();
 components::Component describe(std::size_t index);
 
-/// Say what an open mixer is to give. Errors: those of linearPCM; paramErr for an instance that is no mixer.
-/// Throws std::bad_alloc.
+/// Set the output format of an open mixer.
+/// Errors   those of linearPCM; paramErr for an instance that is no mixer. Throws std::bad_alloc.
+/// [client]
 OSErr setOutput(ComponentInstance mixer, const SoundComponentData& description);
 
 } // namespace kvxplatform::soundmanager

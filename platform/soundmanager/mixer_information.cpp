@@ -1,4 +1,4 @@
-// What a mixer tells of itself and its sources, and what it lets itself be told.
+// The information of a mixer and its sources: GetInfo and SetInfo.
 #include "platform/soundmanager/mixer_state.h"
 
 #include <cstring>
@@ -7,61 +7,63 @@ namespace kvxplatform::soundmanager {
 namespace {
 
 template <class T>
-ComponentResult tell(void* place, T value)
+ComponentResult write(void* out, T value)
 {
-    std::memcpy(place, &value, sizeof value);
+    std::memcpy(out, &value, sizeof value);
     return noErr;
 }
 
 template <class T>
-ComponentResult tellList(void* place, T value)
+ComponentResult writeList(void* out, T value)
 {
     const SoundInfoList list = {1, NewHandle(sizeof value)};
     if (!list.infoHandle) return memFullErr;
     std::memcpy(*list.infoHandle, &value, sizeof value);
-    return tell(place, list);
+    return write(out, list);
 }
 
 } // namespace
 
-ComponentResult getInfo(Mixer& mixer, SoundSource name, OSType selector, void* place)
+ComponentResult getInfo(Mixer& mixer, SoundSource name, OSType selector, void* value)
 {
-    if (!place) return paramErr;
+    if (!value) return paramErr;
     const std::lock_guard<std::mutex> guard(mixer.lock);
     if (!mixer.isSet) return badFormat;
-    const Mixer::Place* const found = find(mixer, name);
-    const Source* const source = found ? found->owned.get() : nullptr;
+    const Mixer::Slot* const slot = find(mixer, name);
+    const Source* const source = slot ? slot->source.get() : nullptr;
+    const SoundComponentData& output = mixer.outputDescription;
     switch (selector) {
     case siNumberChannels:
-        return tell(place, mixer.wanted.numChannels);
+        return write(value, output.numChannels);
     case siChannelAvailable:
-        return tellList(place, mixer.wanted.numChannels);
+        return writeList(value, output.numChannels);
     case siSampleSize:
-        return tell(place, mixer.wanted.sampleSize);
+        return write(value, output.sampleSize);
     case siSampleSizeAvailable:
-        return tellList(place, mixer.wanted.sampleSize);
+        return writeList(value, output.sampleSize);
     case siSampleRate:
-        return tell(place, mixer.wanted.sampleRate);
+        return write(value, output.sampleRate);
     case siSampleRateAvailable:
-        return tellList(place, mixer.wanted.sampleRate);
+        return writeList(value, output.sampleRate);
     case siVolume:
-        return source ? tell(place, UInt32{source->volume}) : ComponentResult{badChannel};
+        return source ? write(value, UInt32{source->volume}) : ComponentResult{badChannel};
     case siRateMultiplier:
-        return source ? tell(place, UnsignedFixed{source->rateMultiplier}) : ComponentResult{badChannel};
+        return source ? write(value, UnsignedFixed{source->rateMultiplier}) : ComponentResult{badChannel};
     default:
         return siUnknownInfoType;
     }
 }
 
-ComponentResult setInfo(Mixer& mixer, SoundSource name, OSType selector, void* info)
+ComponentResult setInfo(Mixer& mixer, SoundSource name, OSType selector, void* word)
 {
-    const auto value = static_cast<UInt32>(reinterpret_cast<std::uintptr_t>(info));
+    const auto value = static_cast<UInt32>(reinterpret_cast<std::uintptr_t>(word));
     if (selector != siVolume && selector != siRateMultiplier) return siUnknownInfoType;
     const std::lock_guard<std::mutex> guard(mixer.lock);
-    Mixer::Place* const place = find(mixer, name);
-    if (!place) return badChannel;
+    Mixer::Slot* const slot = find(mixer, name);
+    if (!slot) return badChannel;
     if (selector == siRateMultiplier && value == 0) return siInvalidSampleRate;
-    (selector == siVolume ? place->owned->volume : place->owned->rateMultiplier) = value;
+    Source& source = *slot->source.get();
+    (selector == siVolume ? source.volume : source.rateMultiplier) = value;
     return noErr;
 }
 

@@ -1,68 +1,65 @@
-// A mixer's sources, what clients order of them, and their sum.
-//
-// Two sides: clients, one at a time (`lock`), and whoever fetches the sum, one at a time, who waits for
-// nobody. A source that is taken away is retired, and freed when the slice that may still use it is over.
+// A mixer: its sources, the commands of its clients, and the fetch of its output.
 #pragma once
 
-#include "platform/soundmanager/slices.h"
 #include "platform/soundmanager/source.h"
+#include "platform/support/published.h"
 
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 
 #include <array>
 #include <atomic>
-#include <memory>
 #include <mutex>
 #include <vector>
 
 namespace kvxplatform::soundmanager {
 
-/// `lock` is never held while waiting for a slice: a completion may come back in through here.
+/// Clients change it one at a time, under `lock`; one render thread at a time fetches inside `scope`. `lock`
+/// is never held during a wait for the render thread: a completion routine may send a command.
 struct Mixer {
-    static constexpr UInt32 mostSources = 64;
+    static constexpr UInt32 maxSources = 64;
 
-    struct Place {
-        std::unique_ptr<Source> owned;       // under lock
-        std::atomic<Source*> heard{nullptr}; // the same, for the audio thread
-        UInt32 name = 0;                     // under lock
-    };
-    struct Retired {
-        std::unique_ptr<Source> source;
-        UInt32 slice; // the last that may use it
+    struct Slot {
+        Published<Source> source;
+        UInt32 name = 0; ///< slot index + serial number * maxSources; under lock
     };
 
-    // Before any source, and for good.
+    // Set once, before the first source.
     bool isSet = false;
-    SoundComponentData wanted{};
-    AudioStreamBasicDescription format{};
+    SoundComponentData outputDescription{};
+    AudioStreamBasicDescription format{}; ///< the same, as linear PCM
 
     std::mutex lock;
-    std::array<Place, mostSources> places;
-    UInt32 serial = 0; // of the source added last; under lock. Part of its name: it is not used again soon
-    std::vector<Retired> retired;  // under lock
-    std::atomic<UInt32> starts{0}; // odd: some sources of a start play already, others not yet
+    std::array<Slot, maxSources> slots;
+    UInt32 serial = 0;             ///< of the newest source, so that names are not reused soon; under lock
+    std::atomic<UInt32> starts{0}; ///< odd while a start command has started some of its sources only
     std::atomic<bool> isClosed{false};
-    Slices slices;
+    RenderScope scope; ///< of the fetch in progress
 
-    // [audio]
-    std::array<bool, mostSources> played{}; // in the slice before
-    std::vector<Float32> sum, one;
+    // [audio & rendering]
+    std::array<bool, maxSources> wasPlaying{}; ///< in the previous block
+    std::vector<Float32> sum, sourceOutput;    ///< a block each, interleaved
     std::vector<Byte> block;
-    SoundComponentData given{};
+    SoundComponentData result{}; ///< what the fetch returns: the caller may change it
 };
 
-/// The place of a source; null for a name that is none. Under lock.
-Mixer::Place* find(Mixer& mixer, SoundSource name);
+/// The slot of a source; null for an unknown name.
+/// [any], with the lock
+Mixer::Slot* find(Mixer& mixer, SoundSource name);
 
-/// Say what a mixer is to give; once. Errors: those of linearPCM. Throws std::bad_alloc.
+/// Set the output format and block length, once.
+/// Errors   those of linearPCM. Throws std::bad_alloc.
+/// [client]
 OSErr setOutput(Mixer& mixer, const SoundComponentData& description);
 
-/// No slice makes anything from here on. Waits for the one under way. [client]
+/// End the output, and wait for the fetch in progress; inside any render call, do not wait.
+/// [client]
 void close(Mixer& mixer);
 
-// ---- the selectors, as the platform's header describes them ----
-// Thread [client]; they throw std::bad_alloc.
+// The selectors that the platform's header describes. Commands wait for the fetch in progress before they
+// return, so that the caller may free buffers; inside any render call they do not wait. They throw
+// std::bad_alloc.
+// All commands: [client].
 
 ComponentResult addSource(Mixer& mixer, SoundSource* out);
 ComponentResult removeSource(Mixer& mixer, SoundSource name);
@@ -70,10 +67,13 @@ ComponentResult startSources(Mixer& mixer, short count, SoundSource* names);
 ComponentResult stopSources(Mixer& mixer, short count, SoundSource* names);
 ComponentResult pauseSources(Mixer& mixer, short count, SoundSource* names);
 ComponentResult playBuffer(Mixer& mixer, SoundSource name, SoundParamBlockPtr block, long actions);
-ComponentResult getInfo(Mixer& mixer, SoundSource name, OSType selector, void* place);
-ComponentResult setInfo(Mixer& mixer, SoundSource name, OSType selector, void* info);
+ComponentResult getInfo(Mixer& mixer, SoundSource name, OSType selector, void* value);
+ComponentResult setInfo(Mixer& mixer, SoundSource name, OSType selector, void* value);
 
-/// Thread [audio]: allocates nothing and waits for nobody, but for what completions do.
+/// Render the next block. Allocates nothing and waits for nothing, but for what completion routines do.
+/// Errors   badFormat before setOutput; channelBusy if another thread is fetching; badComponentInstance after
+///          close.
+/// [audio]
 ComponentResult getSourceData(Mixer& mixer, SoundComponentDataPtr* out);
 
 } // namespace kvxplatform::soundmanager

@@ -1,6 +1,9 @@
-// The public calls: each a selector and its words, for whatever component it is sent to.
+// The public calls: each sends a selector and its arguments to a component.
 #include "platform/components/calls.h"
 #include "platform/soundmanager/mixer.h"
+#include "platform/support/border.h"
+
+#include <type_traits>
 
 namespace components = kvxplatform::components;
 namespace soundmanager = kvxplatform::soundmanager;
@@ -10,7 +13,10 @@ namespace {
 template <class T>
 long word(T value)
 {
-    return (long)value; // a pointer, or a number that may be wider on paper than it is
+    if constexpr (std::is_pointer_v<T>)
+        return reinterpret_cast<long>(value);
+    else
+        return static_cast<long>(value);
 }
 
 template <class... Words>
@@ -22,21 +28,21 @@ ComponentResult call(ComponentInstance instance, SInt16 selector, Words... words
 } // namespace
 
 OSErr OpenMixerSoundComponent(SoundComponentDataPtr description, long flags, ComponentInstance* out)
-try {
-    if (!out) return paramErr;
-    *out = nullptr;
-    if (!description || flags != 0) return paramErr;
-    ComponentDescription looking = soundmanager::describe(0).description;
-    ComponentInstance mixer = nullptr;
-    if (const OSErr status = OpenAComponent(FindNextComponent(nullptr, &looking), &mixer)) return status;
-    const OSErr status = soundmanager::setOutput(mixer, *description);
-    if (status)
-        CloseComponent(mixer);
-    else
-        *out = mixer;
-    return status;
-} catch (...) {
-    return memFullErr;
+{
+    return kvxplatform::withinBorder(OSErr{memFullErr}, [&]() -> OSErr {
+        if (!out) return paramErr;
+        *out = nullptr;
+        if (!description || flags != 0) return paramErr;
+        ComponentDescription looking = soundmanager::describe(0).description;
+        ComponentInstance mixer = nullptr;
+        if (const OSErr status = OpenAComponent(FindNextComponent(nullptr, &looking), &mixer)) return status;
+        const OSErr status = soundmanager::setOutput(mixer, *description);
+        if (status)
+            CloseComponent(mixer);
+        else
+            *out = mixer;
+        return status;
+    });
 }
 
 OSErr CloseMixerSoundComponent(ComponentInstance mixer) { return CloseComponent(mixer); }

@@ -4,7 +4,7 @@ namespace kvxplatform::soundmanager {
 namespace {
 
 constexpr UInt32 packed = kAudioFormatFlagIsPacked;
-constexpr UInt32 sign = kAudioFormatFlagIsSignedInteger;
+constexpr UInt32 isSigned = kAudioFormatFlagIsSignedInteger;
 constexpr UInt32 bigEndian = kAudioFormatFlagIsBigEndian;
 
 // clang-format off
@@ -14,11 +14,11 @@ const struct {
     UInt32 flags;
 } formats[] = {
     {kOffsetBinary,            8,  packed},
-    {kTwosComplement,          8,  packed | sign},
-    {kTwosComplement,          16, packed | sign | bigEndian},
-    {k16BitLittleEndianFormat, 16, packed | sign},
+    {kTwosComplement,          8,  packed | isSigned},
+    {kTwosComplement,          16, packed | isSigned | bigEndian},
+    {k16BitLittleEndianFormat, 16, packed | isSigned},
     {kSoundNotCompressed,      8,  packed},
-    {kSoundNotCompressed,      16, packed | sign | bigEndian},
+    {kSoundNotCompressed,      16, packed | isSigned | bigEndian},
 };
 // clang-format on
 
@@ -31,7 +31,7 @@ OSErr linearPCM(const SoundComponentData& description, AudioStreamBasicDescripti
     OSErr refusal = badFormat;
     for (const auto& row : formats) {
         if (row.format != description.format) continue;
-        refusal = siInvalidSampleSize; // the format is known
+        refusal = siInvalidSampleSize; // the format itself is known
         if (row.bits != description.sampleSize) continue;
         const auto channels = static_cast<UInt32>(description.numChannels);
         const UInt32 bytes = channels * static_cast<UInt32>(row.bits) / 8;

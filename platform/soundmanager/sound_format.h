@@ -1,4 +1,4 @@
-// The sample formats of sound components, as linear PCM.
+// The sample formats of sound components, described as linear PCM.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -6,12 +6,15 @@
 
 namespace kvxplatform::soundmanager {
 
-/// What a description means: one or two channels of 8 or 16 bits, interleaved. `noErr`, or what is wrong with
-/// it: badFormat, siInvalidSampleSize, notEnoughHardwareErr for channels, siInvalidSampleRate for a rate of
-/// 0. Thread [any].
+/// Translate the description of a sound into linear PCM.
+/// Shape    1 or 2 channels of 8 or 16 bits, interleaved.
+/// Errors   badFormat; siInvalidSampleSize; notEnoughHardwareErr for other channel counts;
+/// siInvalidSampleRate for
+///          a rate of 0. `out` is unchanged then.
+/// [any]
 OSErr linearPCM(const SoundComponentData& description, AudioStreamBasicDescription& out);
 
-/// Hz of an unsigned 16.16 rate.
+/// The value in Hz of an unsigned 16.16 rate.
 constexpr Float64 hertz(UnsignedFixed rate) { return rate / 65536.0; }
 
 } // namespace kvxplatform::soundmanager

@@ -13,10 +13,10 @@ constexpr auto quality = pcm::RateConverter::Quality::best;
 
 Float32 gain(UInt32 volume) { return static_cast<Float32>(volume & 0xFFFF) / kFullVolume; }
 
-/// Counters wrap; this orders two that are close.
+/// Counters wrap: compares two that are less than half their range apart.
 bool isBefore(UInt32 a, UInt32 b) { return static_cast<SInt32>(a - b) < 0; }
 
-/// One channel into two, two into their mean, or as they are.
+/// Mono goes to both channels, stereo to its mean.
 void fold(const Float32* in, UInt32 inChannels, Float32* out, UInt32 outChannels, UInt32 frames)
 {
     if (inChannels == outChannels)
@@ -29,7 +29,7 @@ void fold(const Float32* in, UInt32 inChannels, Float32* out, UInt32 outChannels
 
 void applyGain(Float32* samples, UInt32 channels, UInt32 frames, Float32 left, Float32 right)
 {
-    if (left == 1 && right == 1) return; // to the last bit
+    if (left == 1 && right == 1) return; // bit-exact
     for (UInt32 i = 0; i < frames; ++i) {
         if (channels == 1) {
             samples[i] *= (left + right) / 2;
@@ -44,26 +44,29 @@ void applyGain(Float32* samples, UInt32 channels, UInt32 frames, Float32 left, F
 
 // ---- clients ----
 
-/// The run that a buffer of this rate belongs to: the newest, or a new one. Null at the mixer's own rate, and
-/// for one that is too far from it.
-Source::Run* Source::runFor(Float64 rate)
+/// The newest conversion, if it has this rate, or a new one. Null at the mixer's rate, and for a rate too far
+/// from it.
+Source::Conversion* Source::conversionFor(Float64 rate)
 {
-    const UInt32 done = used;           // first this: a run without entries
-    const Run* const sounding = active; // that does not sound by now never will again
-    const auto isOver = [&](const auto& run) {
-        return run != runs.back() && run.get() != sounding && isBefore(run->lastEntry, done);
+    // Read `played_` first: a conversion whose last entry was played by then and is not active now never will
+    // be.
+    const UInt32 played = played_;
+    const Conversion* const active = active_;
+    const auto isUnused = [&](const auto& each) {
+        return each != conversions_.back() && each.get() != active && isBefore(each->lastEntry, played);
     };
-    runs.erase(std::remove_if(runs.begin(), runs.end(), isOver), runs.end());
-    if (rate == form.sampleRate) return nullptr;
-    if (runs.empty() || runs.back()->rate != rate) {
-        auto run = std::make_unique<Run>();
-        if (!run->converter.prepare(rate, form.sampleRate, form.channels, quality)) return nullptr;
-        run->rate = rate;
-        run->framesPerFrame = form.sampleRate / rate;
-        runs.push_back(std::move(run));
+    conversions_.erase(std::remove_if(conversions_.begin(), conversions_.end(), isUnused),
+                       conversions_.end());
+    if (rate == format_.sampleRate) return nullptr;
+    if (conversions_.empty() || conversions_.back()->rate != rate) {
+        auto next = std::make_unique<Conversion>();
+        if (!next->converter.prepare(rate, format_.sampleRate, format_.channels, quality)) return nullptr;
+        next->rate = rate;
+        next->ratio = format_.sampleRate / rate;
+        conversions_.push_back(std::move(next));
     }
-    runs.back()->lastEntry = given;
-    return runs.back().get();
+    conversions_.back()->lastEntry = queued_;
+    return conversions_.back().get();
 }
 
 void Source::setBlock(Entry& entry, SoundParamBlockPtr block)
@@ -75,131 +78,132 @@ void Source::setBlock(Entry& entry, SoundParamBlockPtr block)
     entry.right = gain(static_cast<UInt16>(block->rightVolume));
 }
 
-OSErr Source::give(SoundParamBlockPtr block)
+OSErr Source::queue(SoundParamBlockPtr block)
 {
     Entry entry = {};
     if (const OSErr refusal = linearPCM(block->desc, entry.format)) return refusal;
     if (!block->desc.buffer || block->desc.sampleCount < 0) return paramErr;
-    if (given - used >= capacity) return queueFull;
+    if (queued_ - played_ >= capacity) return queueFull;
 
     const UnsignedFixed multiplier = block->rateMultiplier ? block->rateMultiplier : 0x10000;
     const Float64 rate = entry.format.mSampleRate * hertz(multiplier) * hertz(rateMultiplier);
-    entry.run = runFor(rate);
-    if (!entry.run && rate != form.sampleRate) return siInvalidSampleRate;
+    entry.conversion = conversionFor(rate);
+    if (!entry.conversion && rate != format_.sampleRate) return siInvalidSampleRate;
     setBlock(entry, block);
-    entries[given % capacity] = entry;
-    ++given;
+    entries_[queued_ % capacity] = entry;
+    ++queued_;
     return noErr;
 }
 
 std::unique_ptr<Source> Source::withoutBuffers() const
 {
-    auto made = std::make_unique<Source>(form);
+    auto made = std::make_unique<Source>(format_);
     made->volume = volume.load();
     made->rateMultiplier = rateMultiplier.load();
     return made;
 }
 
-// ---- the audio thread ----
+// ---- the render thread ----
 
-/// The front entry has been used up: play what its owner has more, or tell that it is done. The owner may do
-/// anything meanwhile, but this source stays whole until the slice is over.
+/// The front entry has been played: continue with the next block that its owner supplies, or complete it. The
+/// owner's routines may stop or remove this source, which stays alive until the render call ends.
 void Source::finish(Entry& entry)
 {
-    framesTaken = 0;
+    framesPlayed_ = 0;
     const SoundParamBlockPtr block = entry.block;
     SoundParamBlockPtr more = block;
     const bool hasMore =
         block->moreRtn && block->moreRtn(&more) && more && more->desc.buffer && more->desc.sampleCount > 0;
-    if (hasEnded) return;
+    if (hasEnded_) return;
     if (hasMore)
-        setBlock(entry, more); // in the same form: there is no time here to prepare for another
+        setBlock(entry, more); // in the entry's format: preparing another conversion allocates
     else
-        ++used;
+        ++played_;
     if (hasMore && more == block) return;
     block->result = noErr;
     SoundParamBlockPtr done = block;
     if (block->completionRtn) block->completionRtn(&done);
 }
 
-/// The next frames of an entry, at most a piece, as the mixer's channels.
-UInt32 Source::take(const Entry& entry, UInt32 frames, Float32* out)
+/// Decode the next frames of an entry, at most a span, in the mixer's channel count.
+UInt32 Source::decode(const Entry& entry, UInt32 frames, Float32* out)
 {
     const UInt32 channels = entry.format.mChannelsPerFrame;
-    const UInt32 count = std::min({frames, entry.frames - framesTaken, pieceFrames});
+    const UInt32 count = std::min({frames, entry.frames - framesPlayed_, spanFrames});
     AudioBufferList list;
     list.mNumberBuffers = 1;
     list.mBuffers[0] = {
         channels, count * entry.format.mBytesPerFrame,
-        const_cast<Byte*>(entry.samples + std::size_t{framesTaken} * entry.format.mBytesPerFrame)};
-    pcm::decode(entry.format, list, count, decoded.data());
-    const UInt32 levels = volume;
-    const Float32 left = entry.left * gain(levels), right = entry.right * gain(levels >> 16);
-    if (channels == 2) applyGain(decoded.data(), channels, count, left, right);
-    fold(decoded.data(), channels, out, form.channels, count);
-    if (channels == 1) applyGain(out, form.channels, count, left, right);
+        const_cast<Byte*>(entry.samples + std::size_t{framesPlayed_} * entry.format.mBytesPerFrame)};
+    pcm::decode(entry.format, list, count, decoded_.data());
+    const UInt32 volumes = volume;
+    const Float32 left = entry.left * gain(volumes), right = entry.right * gain(volumes >> 16);
+    if (channels == 2) applyGain(decoded_.data(), channels, count, left, right);
+    fold(decoded_.data(), channels, out, format_.channels, count);
+    if (channels == 1) applyGain(out, format_.channels, count, left, right);
     return count;
 }
 
-UInt32 Source::convert(const Entry& entry, Run& run, Float32* out, UInt32 room)
+UInt32 Source::convert(const Entry& entry, Conversion& conversion, Float32* out, UInt32 frames)
 {
-    const UInt32 count = take(entry, pieceFrames, piece.data());
-    const auto done = run.converter.process(piece.data(), count, out, room);
-    framesTaken += done.used;
-    run.isUnder = true;
-    run.owed += done.used * run.framesPerFrame - done.made;
+    const UInt32 count = decode(entry, spanFrames, span_.data());
+    const auto done = conversion.converter.process(span_.data(), count, out, frames);
+    framesPlayed_ += done.used;
+    conversion.hasInput = true;
+    conversion.due += done.used * conversion.ratio - done.made;
     return done.made;
 }
 
-/// What the run still owes for the input it had; its converter is as new afterwards. Silence goes in behind
-/// the input as late as can be: up to then a buffer of the same rate may follow without a seam.
-UInt32 Source::drain(Run& run, Float32* out, UInt32 room)
+/// Render the tail of a conversion, then reset it. Silence follows its input as late as possible: until then
+/// a buffer of the same rate can still follow without a seam.
+UInt32 Source::drain(Conversion& conversion, Float32* out, UInt32 frames)
 {
     UInt32 made = 0;
-    if (!run.isEnding) {
-        made = run.converter.process(nullptr, 0, out, room).made;
-        run.owed -= made;
-        if (made == room) return made;
+    if (!conversion.isDraining) {
+        made = conversion.converter.process(nullptr, 0, out, frames).made;
+        conversion.due -= made;
+        if (made == frames) return made;
     }
-    run.isEnding = true;
-    piece.fill(0);
-    while (made < room && run.owed >= 0.5) {
-        const UInt32 wanted = std::min(room - made, static_cast<UInt32>(std::lround(run.owed)));
-        const auto done =
-            run.converter.process(piece.data(), pieceFrames, out + std::size_t{made} * form.channels, wanted);
+    conversion.isDraining = true;
+    span_.fill(0);
+    while (made < frames && conversion.due >= 0.5) {
+        const UInt32 count = std::min(frames - made, static_cast<UInt32>(std::lround(conversion.due)));
+        const auto done = conversion.converter.process(span_.data(), spanFrames,
+                                                       out + std::size_t{made} * format_.channels, count);
         made += done.made;
-        run.owed -= done.made;
+        conversion.due -= done.made;
     }
-    if (run.owed < 0.5) {
-        run.converter.reset();
-        run.owed = 0;
-        run.isUnder = run.isEnding = false;
+    if (conversion.due < 0.5) {
+        conversion.converter.reset();
+        conversion.due = 0;
+        conversion.hasInput = conversion.isDraining = false;
     }
     return made;
 }
 
 UInt32 Source::render(Float32* out, UInt32 frames)
 {
-    UInt32 made = 0, empty = 0;
-    while (made < frames && isPlaying && !hasEnded) {
-        Float32* const place = out + std::size_t{made} * form.channels;
-        Entry* const entry = used == given ? nullptr : &entries[used % capacity];
-        Run* const run = active;
-        if (run && run->isUnder && (!entry || entry->run != run || run->isEnding)) {
-            made += drain(*run, place, frames - made);
+    UInt32 made = 0, emptyEntries = 0;
+    while (made < frames && isPlaying && !hasEnded_) {
+        Float32* const next = out + std::size_t{made} * format_.channels;
+        Entry* const entry = played_ == queued_ ? nullptr : &entries_[played_ % capacity];
+        Conversion* const active = active_;
+        if (active && active->hasInput && (!entry || entry->conversion != active || active->isDraining)) {
+            made += drain(*active, next, frames - made);
             continue;
         }
         if (!entry) break;
-        active = entry->run;
-        if (entry->run) {
-            made += convert(*entry, *entry->run, place, frames - made);
+        active_ = entry->conversion;
+        if (entry->conversion) {
+            made += convert(*entry, *entry->conversion, next, frames - made);
         } else {
-            const UInt32 count = take(*entry, frames - made, place);
-            framesTaken += count;
+            const UInt32 count = decode(*entry, frames - made, next);
+            framesPlayed_ += count;
             made += count;
         }
-        if (framesTaken < entry->frames) continue;
-        if (entry->frames == 0 && ++empty > capacity) break; // given again by their own completions
+        if (framesPlayed_ < entry->frames) continue;
+        // A completion routine may queue the same empty buffer for ever.
+        if (entry->frames == 0 && ++emptyEntries > capacity) break;
         finish(*entry);
     }
     return made;

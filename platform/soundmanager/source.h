@@ -1,7 +1,7 @@
-// One source of a mixer: the buffers it was given, brought to the mixer's rate and channels.
+// One source of a mixer: a queue of buffers, rendered at the mixer's rate and channel count.
 //
-// Two sides: clients give buffers, one at a time (the mixer's lock); the audio thread uses the buffers up,
-// and waits for nobody. Between them stand two counters: the entries [used, given) wait. They wrap.
+// Clients queue buffers, one at a time under the mixer's lock; the render thread plays them without a lock.
+// Two counters, which wrap, join the two: the entries [played, queued) wait.
 #pragma once
 
 #include "platform/pcm/rate_converter.h"
@@ -16,53 +16,56 @@
 
 namespace kvxplatform::soundmanager {
 
-/// What a mixer gives: interleaved, 32-bit float before it is written out.
-struct MixerForm {
+/// The format in which a mixer adds its sources: interleaved 32-bit float.
+struct MixFormat {
     Float64 sampleRate;
-    UInt32 channels; // 1 or 2
+    UInt32 channels; ///< 1 or 2
 };
 
 class Source {
 public:
-    static constexpr UInt32 capacity = 64; // buffers that wait
+    static constexpr UInt32 capacity = 64; ///< buffers that can wait
 
-    explicit Source(const MixerForm& form) : form(form) {}
+    explicit Source(const MixFormat& format) : format_(format) {}
     Source(const Source&) = delete;
 
-    /// Queue a buffer behind those that wait.
-    /// Errors  of its format (see linearPCM); siInvalidSampleRate: too far from the mixer's; queueFull;
-    ///         paramErr: no samples. Throws std::bad_alloc.
-    /// Thread  [client].
-    OSErr give(SoundParamBlockPtr block);
+    /// Add a buffer to the end of the queue.
+    /// Owner    the caller keeps the block and its samples alive until its completion, a stop or a removal.
+    /// Errors   those of linearPCM; siInvalidSampleRate for a rate too far from the mixer's; queueFull;
+    ///          paramErr for a buffer without samples. Throws std::bad_alloc.
+    /// [client]
+    OSErr queue(SoundParamBlockPtr block);
 
-    /// Whether it was ever given one. [client]
-    bool hasBuffers() const { return given != 0; }
+    /// Whether a buffer was ever queued.
+    /// [client]
+    bool hasBuffers() const { return queued_ != 0; }
 
-    /// A silent source with the same settings, to take this one's place. Throws std::bad_alloc. [client]
+    /// A source with the same settings and an empty queue, paused. Throws std::bad_alloc.
+    /// [client]
     std::unique_ptr<Source> withoutBuffers() const;
 
-    /// Whatever is still waiting is not heard, and nobody is told. [client]; also inside of render.
-    void end() { hasEnded = true; }
+    /// Drop the waiting buffers without calling their completions. May be called inside render().
+    /// [client]
+    void end() { hasEnded_ = true; }
 
-    /// Up to `frames` frames into `out`; fewer when the buffers are used up. Calls the completion of each
-    /// buffer that ends. [audio]
+    /// Render up to `frames` frames; fewer when the queue is empty. Calls the completion routine of each
+    /// buffer that ends. [audio & rendering]
     UInt32 render(Float32* out, UInt32 frames);
 
     std::atomic<bool> isPlaying{false};
-    std::atomic<UInt32> volume{kFullVolume << 16 | kFullVolume}; // right above left, 8.8
-    std::atomic<UInt32> rateMultiplier{0x10000};                 // 16.16; of buffers yet to come
+    std::atomic<UInt32> volume{kFullVolume << 16 | kFullVolume}; ///< 8.8 each: right high, left low
+    std::atomic<UInt32> rateMultiplier{0x10000};                 ///< 16.16; of buffers queued later
 
 private:
-    /// Sound of one rate on its way, buffer after buffer.
-    struct Run {
+    /// The rate conversion that successive buffers of one rate share.
+    struct Conversion {
         pcm::RateConverter converter;
-        Float64 rate = 0;           // Hz, of the input
-        Float64 framesPerFrame = 1; // out for one in
-        UInt32 lastEntry = 0;       // the last that uses it; [client]
-        // [audio]
-        Float64 owed = 0;      // frames out that the input so far is worth, less those made
-        bool isUnder = false;  // it has a past
-        bool isEnding = false; // silence was put behind its input: nothing may follow but its own tail
+        Float64 rate = 0;        ///< of the input, Hz
+        Float64 ratio = 1;       ///< output frames for an input frame
+        UInt32 lastEntry = 0;    ///< the last one that uses it; [client]
+        Float64 due = 0;         ///< output frames still to come for the input so far; [audio]
+        bool hasInput = false;   ///< since the start or the last reset; [audio]
+        bool isDraining = false; ///< silence followed the input, so no buffer may follow; [audio]
     };
 
     struct Entry {
@@ -70,28 +73,27 @@ private:
         AudioStreamBasicDescription format;
         const Byte* samples;
         UInt32 frames;
-        Run* run;            // null: at the mixer's own rate
-        Float32 left, right; // gains of the buffer
+        Conversion* conversion; ///< null at the mixer's rate
+        Float32 left, right;    ///< gains of the buffer
     };
 
     static void setBlock(Entry& entry, SoundParamBlockPtr block);
-    Run* runFor(Float64 rate);
+    Conversion* conversionFor(Float64 rate);
     void finish(Entry& entry);
-    UInt32 take(const Entry& entry, UInt32 frames, Float32* out);
-    UInt32 convert(const Entry& entry, Run& run, Float32* out, UInt32 room);
-    UInt32 drain(Run& run, Float32* out, UInt32 room);
+    UInt32 decode(const Entry& entry, UInt32 frames, Float32* out);
+    UInt32 convert(const Entry& entry, Conversion& conversion, Float32* out, UInt32 frames);
+    UInt32 drain(Conversion& conversion, Float32* out, UInt32 frames);
 
-    static constexpr UInt32 pieceFrames = 256;
+    static constexpr UInt32 spanFrames = 256; ///< decoded at a time
 
-    const MixerForm form;
-    std::array<Entry, capacity> entries;
-    std::atomic<UInt32> given{0}, used{0};
-    std::atomic<bool> hasEnded{false};
-    std::vector<std::unique_ptr<Run>> runs; // [client]; the newest last
-    // [audio]
-    std::atomic<Run*> active{nullptr}; // read by clients
-    UInt32 framesTaken = 0;            // of the front entry
-    std::array<Float32, pieceFrames * 2> decoded, piece;
+    const MixFormat format_;
+    std::array<Entry, capacity> entries_;
+    std::atomic<UInt32> queued_{0}, played_{0};
+    std::atomic<bool> hasEnded_{false};
+    std::vector<std::unique_ptr<Conversion>> conversions_; ///< the newest last; [client]
+    std::atomic<Conversion*> active_{nullptr};             ///< written by [audio], read by [client]
+    UInt32 framesPlayed_ = 0;                              ///< of the front entry; [audio]
+    std::array<Float32, spanFrames * 2> decoded_, span_;   ///< [audio]
 };
 
 } // namespace kvxplatform::soundmanager

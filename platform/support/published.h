@@ -11,8 +11,8 @@
 namespace kvxplatform {
 
 /// The render thread reads the record inside one scope, the same at every call. Replaced records are kept
-/// until the render call that may use them has left that scope and the render thread holds them no longer; the
-/// destructor frees all.
+/// until the render call that may use them has left that scope and the render thread holds them no longer;
+/// the destructor frees all.
 template <class T>
 class Published {
 public:
@@ -75,7 +75,8 @@ private:
         std::unique_ptr<T> record;
     };
 
-    // The scope first: a render call that found the record before its replacement may hold it until it leaves.
+    // The scope first: a render call that found the record before its replacement may hold it until it
+    // leaves.
     bool isUnused(RenderScope::Stamp stamp, const T& record, const RenderScope& scope)
     {
         return scope.hasLeft(stamp) && !findHeld(&record);

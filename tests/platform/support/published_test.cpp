@@ -135,8 +135,7 @@ TEST(Published, HeldRecordsStayWholeWhileTheyAreReplaced)
             }
         }
     });
-    for (int i = 1; i <= 5000; ++i)
-        record.publish(i % 7 ? std::make_unique<Record>(i) : nullptr, scope);
+    for (int i = 1; i <= 5000; ++i) record.publish(i % 7 ? std::make_unique<Record>(i) : nullptr, scope);
     isOver = true;
     reader.join();
 }
