@@ -1,6 +1,6 @@
 #include "platform/audiounit/rate/rate_path.h"
 
-#include "platform/audiounit/rate/splice.h"
+#include "platform/audiounit/rate/best_match.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,11 +11,11 @@ namespace {
 constexpr UInt32 blockFrames = 512;
 constexpr UInt32 fadeFrames = 1024;
 
-// A voice that gets ready takes so much more than what is heard meanwhile.
-constexpr double headway = 2.25;
+// A starting engine reads this many times the input that is rendered until the crossfade.
+constexpr double preparationFactor = 2.25;
 
-/// How much of the new sound is in a fade's frame: it begins and ends flat.
-Float32 shareAt(UInt32 frame)
+/// The gain of the new signal in a frame of a crossfade: a curve that begins and ends flat.
+Float32 fadeGain(UInt32 frame)
 {
     const double x = (frame + 0.5) / fadeFrames;
     return static_cast<Float32>(x * x * (3 - 2 * x));
@@ -25,189 +25,209 @@ Float32 shareAt(UInt32 frame)
 
 void RatePath::prepare(const AudioStreamBasicDescription& format)
 {
-    tape.prepare(format);
-    planes.resize(format.mChannelsPerFrame);
-    rest.resize(format.mChannelsPerFrame);
-    isFresh = true;
+    history_.prepare(format);
+    planes_.resize(format.mChannelsPerFrame);
+    restPlanes_.resize(format.mChannelsPerFrame);
+    isFresh_ = true;
 }
 
-void RatePath::prepareForVoices(double tapeFrames)
+void RatePath::prepareForEngine(double historyFrames)
 {
-    if (tape.hasRoom()) return;
-    fading.assign(std::size_t{blockFrames} * tape.channels(), 0);
-    fadingPlanes.resize(tape.channels());
-    for (UInt32 channel = 0; channel < tape.channels(); ++channel)
-        fadingPlanes[channel] = fading.data() + std::size_t{channel} * blockFrames;
-    tape.makeRoom(tapeFrames); // last: with room, all is there
+    if (history_.isAllocated()) return;
+    nextOutput_.assign(std::size_t{blockFrames} * history_.channels(), 0);
+    nextPlanes_.resize(history_.channels());
+    for (UInt32 channel = 0; channel < history_.channels(); ++channel)
+        nextPlanes_[channel] = nextOutput_.data() + std::size_t{channel} * blockFrames;
+    history_.allocate(historyFrames); // last: isAllocated() means that all is
 }
 
-void RatePath::release() { *this = RatePath(); }
-
-void RatePath::begin(Float64 time, const Wish& wish, VoiceBox& box)
+void RatePath::publish(std::unique_ptr<RateEngine> engine, const RenderScope& scope)
 {
-    isFresh = false;
-    tape.start(time);
-    asIs = 0;
-    now = nullptr;
-    change = Change::none;
-    takeVoice(box);
-    if (!wish.isVoiced || !voice) return;
-    target = wish.setting;
-    voice->start(0, target);
-    now = voice.get();
+    engines_.publish(std::move(engine), scope);
 }
 
-// A voice that waits is taken where it can be: at once, or as one that shall replace the one heard.
-void RatePath::takeVoice(VoiceBox& box)
+void RatePath::release(const RenderScope& scope)
 {
-    if (change != Change::none) return;
-    if (incoming && !now) {
-        box.retire(std::move(voice));
-        voice = std::move(incoming);
+    engines_.release(engine_);
+    engines_.release(incoming_);
+    engine_ = incoming_ = active_ = next_ = nullptr;
+    engines_.sweep(scope);
+    if (engines_.get()) engines_.publish(nullptr, scope); // the only record left: does not allocate
+    history_ = InputHistory();
+    nextOutput_ = {};
+    nextPlanes_ = planes_ = restPlanes_ = {};
+}
+
+void RatePath::begin(Float64 time, const RateRequest& request)
+{
+    isFresh_ = false;
+    history_.start(time);
+    inputFrame_ = 0;
+    active_ = nullptr;
+    change_ = Change::none;
+    takeEngine();
+    if (!request.usesEngine || !engine_) return;
+    setting_ = request.setting;
+    engine_->start(0, setting_);
+    active_ = engine_;
+}
+
+/// Hold the newest engine, if there is no change: as the engine to use, or as its replacement while it is
+/// active.
+void RatePath::takeEngine()
+{
+    if (change_ != Change::none) return;
+    if (incoming_ && !active_) {
+        engines_.release(engine_);
+        engine_ = incoming_;
+        incoming_ = nullptr;
     }
-    if (incoming || !box.isFull()) return;
-    if (now) {
-        incoming = box.take();
+    if (incoming_) return;
+    RateEngine* const newest = engines_.hold();
+    if (!newest) return;
+    if (active_) {
+        incoming_ = newest;
     } else {
-        if (voice) box.retire(std::move(voice));
-        voice = box.take();
+        engines_.release(engine_);
+        engine_ = newest;
     }
 }
 
-void RatePath::startNext(Voice& starting, std::int64_t frame, const Setting& setting)
+void RatePath::startEngine(RateEngine& engine, std::int64_t frame, const Setting& setting)
 {
-    next = &starting;
-    nextTarget = setting;
-    changeAt = frame;
-    change = Change::ahead;
-    starting.start(frame, setting);
+    next_ = &engine;
+    nextSetting_ = setting;
+    fadeStart_ = frame;
+    change_ = Change::preparing;
+    engine.start(frame, setting);
 }
 
-void RatePath::plan(const Wish& wish)
+void RatePath::startChange(const RateRequest& request)
 {
-    if (change != Change::none) return;
     const Setting neutral;
-    if (!now) {
-        if (wish.isVoiced && voice) startNext(*voice, asIs + voice->leadIn(neutral), neutral);
-    } else if (!wish.isVoiced) {
-        if (!now->isNeutral()) return;
-        next = nullptr;
-        change = Change::fading;
-        faded = 0;
-    } else if (incoming) {
-        const auto from = static_cast<std::int64_t>(std::ceil(now->position()));
-        startNext(*incoming, from + incoming->leadIn(target), target);
+    if (!active_) {
+        if (request.usesEngine && engine_)
+            startEngine(*engine_, inputFrame_ + engine_->leadIn(neutral), neutral);
+    } else if (!request.usesEngine) {
+        if (!active_->isNeutral()) return;
+        next_ = nullptr;
+        change_ = Change::fading;
+        framesFaded_ = 0;
+    } else if (incoming_) {
+        const auto frame = static_cast<std::int64_t>(std::ceil(active_->position()));
+        startEngine(*incoming_, frame + incoming_->leadIn(setting_), setting_);
     }
 }
 
-// What the voice that is heard shall do: during a change it stays as it is.
-void RatePath::choose(const Wish& wish)
-{
-    if (!now || change != Change::none) return;
-    target = wish.isVoiced ? wish.setting : Setting{};
-}
-
-OSStatus RatePath::render(Unit& unit, Slice& slice, const Wish& wish, VoiceBox& box)
+OSStatus RatePath::render(Unit& unit, Slice& slice, const RateRequest& request)
 {
     AudioUnitRenderActionFlags flags = slice.flags;
-    InputTape::Request request{unit, flags, slice.time};
-    Reader reader{tape, request};
-    if (isFresh) begin(slice.time.mSampleTime, wish, box);
-    takeVoice(box);
+    InputHistory::Call call{unit, flags, slice.time};
+    EngineInput input{history_, call};
+    if (isFresh_) begin(slice.time.mSampleTime, request);
+    takeEngine();
 
-    bool isUntouched = true;
+    bool isPassedThrough = true;
     for (UInt32 done = 0; done < slice.frames;) {
-        plan(wish);
-        choose(wish);
-        isUntouched = isUntouched && !now && change == Change::none && asIs == tape.end();
-        for (UInt32 channel = 0; channel < tape.channels(); ++channel)
-            planes[channel] = static_cast<Float32*>(slice.out.mBuffers[channel].mData) + done;
-        done += play(reader, planes.data(), slice.frames - done, box);
-        const std::int64_t past = now ? spliceReach : 0; // for the way back
-        const auto left = static_cast<std::int64_t>(std::floor(position())) - past;
-        tape.forget(change == Change::fading && !next ? std::min(left, asIs) : left);
+        if (change_ == Change::none) startChange(request);
+        // During a change the active engine keeps its setting.
+        if (active_ && change_ == Change::none) setting_ = request.usesEngine ? request.setting : Setting{};
+        isPassedThrough =
+            isPassedThrough && !active_ && change_ == Change::none && inputFrame_ == history_.end();
+        for (UInt32 channel = 0; channel < history_.channels(); ++channel)
+            planes_[channel] = static_cast<Float32*>(slice.out.mBuffers[channel].mData) + done;
+        done += renderSpan(input, planes_.data(), slice.frames - done);
+        const std::int64_t reach = active_ ? matchReach : 0; // for a fade to the input
+        const auto oldest = static_cast<std::int64_t>(std::floor(position())) - reach;
+        const bool isFadingToInput = change_ == Change::fading && !next_;
+        history_.forget(isFadingToInput ? std::min(oldest, inputFrame_) : oldest);
     }
-    // What the input says about its silence holds for what comes out only where that is the same.
-    slice.flags =
-        isUntouched ? flags : flags & ~AudioUnitRenderActionFlags{kAudioUnitRenderAction_OutputIsSilence};
-    return request.status;
+    // The input's silence flag holds for the output only if the output is that input.
+    const AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIsSilence;
+    slice.flags = isPassedThrough ? flags : flags & ~isSilence;
+    return call.status;
 }
 
-UInt32 RatePath::play(Reader& reader, Float32* const* out, UInt32 frames, VoiceBox& box)
+/// Render at most `frames` frames. Returns how many: 0 if only the state of a change has advanced.
+UInt32 RatePath::renderSpan(EngineInput& input, Float32* const* out, UInt32 frames)
 {
-    if (change == Change::fading) return fade(reader, out, std::min(frames, blockFrames), box);
-    if (change == Change::ahead) return playUntilFade(reader, out, std::min(frames, blockFrames));
-    if (now) frames = std::min(frames, blockFrames);
-    play(now, reader, out, frames);
+    if (change_ == Change::fading) return crossfade(input, out, std::min(frames, blockFrames));
+    if (change_ == Change::preparing) return renderBeforeFade(input, out, std::min(frames, blockFrames));
+    if (active_) frames = std::min(frames, blockFrames);
+    renderActive(input, out, frames);
     return frames;
 }
 
-UInt32 RatePath::playUntilFade(Reader& reader, Float32* const* out, UInt32 frames)
+UInt32 RatePath::renderBeforeFade(EngineInput& input, Float32* const* out, UInt32 frames)
 {
-    const double left = std::ceil((static_cast<double>(changeAt) - position()) / rate());
+    const double left = std::ceil((static_cast<double>(fadeStart_) - position()) / rate());
     if (left <= 0) {
-        while (!next->prepare(reader, blockFrames)) {
+        while (!next_->prepare(input, blockFrames)) {
         }
-        change = Change::fading;
-        faded = 0;
+        change_ = Change::fading;
+        framesFaded_ = 0;
         return 0;
     }
     frames = static_cast<UInt32>(std::min<double>(frames, left));
-    play(now, reader, out, frames);
-    next->prepare(reader, static_cast<std::int64_t>(std::ceil(frames * rate() * headway)));
+    renderActive(input, out, frames);
+    next_->prepare(input, static_cast<std::int64_t>(std::ceil(frames * rate() * preparationFactor)));
     return frames;
 }
 
-UInt32 RatePath::fade(Reader& reader, Float32* const* out, UInt32 frames, VoiceBox& box)
+UInt32 RatePath::crossfade(EngineInput& input, Float32* const* out, UInt32 frames)
 {
-    frames = std::min(frames, fadeFrames - faded);
-    if (faded == 0 && !next)
-        asIs = std::clamp<std::int64_t>(std::llround(position()), tape.begin(), tape.end());
-    play(now, reader, out, frames);
-    if (faded == 0 && !next) asIs = bestSplice(tape, asIs, out, frames);
-    if (next)
-        next->read(reader, nextTarget, fadingPlanes.data(), frames);
+    frames = std::min(frames, fadeFrames - framesFaded_);
+    const bool isStartToInput = framesFaded_ == 0 && !next_;
+    if (isStartToInput)
+        inputFrame_ = std::clamp<std::int64_t>(std::llround(position()), history_.begin(), history_.end());
+    renderActive(input, out, frames);
+    if (isStartToInput) inputFrame_ = bestMatch(history_, inputFrame_, out, frames);
+    if (next_)
+        next_->read(input, nextSetting_, nextPlanes_.data(), frames);
     else
-        playAsIs(reader, fadingPlanes.data(), frames);
+        renderInput(input, nextPlanes_.data(), frames);
     for (UInt32 frame = 0; frame < frames; ++frame) {
-        const Float32 share = shareAt(faded + frame);
-        for (UInt32 channel = 0; channel < tape.channels(); ++channel)
-            out[channel][frame] += share * (fadingPlanes[channel][frame] - out[channel][frame]);
+        const Float32 gain = fadeGain(framesFaded_ + frame);
+        for (UInt32 channel = 0; channel < history_.channels(); ++channel)
+            out[channel][frame] += gain * (nextPlanes_[channel][frame] - out[channel][frame]);
     }
-    faded += frames;
-    if (faded < fadeFrames) return frames;
-
-    change = Change::none;
-    now = next;
-    target = nextTarget;
-    if (next && next == incoming.get()) {
-        box.retire(std::move(voice));
-        voice = std::move(incoming);
-    }
+    framesFaded_ += frames;
+    if (framesFaded_ == fadeFrames) finishFade();
     return frames;
 }
 
-void RatePath::play(Voice* from, Reader& reader, Float32* const* out, UInt32 frames)
+void RatePath::finishFade()
 {
-    if (from)
-        from->read(reader, target, out, frames);
+    change_ = Change::none;
+    active_ = next_;
+    setting_ = nextSetting_;
+    if (!next_ || next_ != incoming_) return;
+    engines_.release(engine_);
+    engine_ = incoming_;
+    incoming_ = nullptr;
+}
+
+void RatePath::renderActive(EngineInput& input, Float32* const* out, UInt32 frames)
+{
+    if (active_)
+        active_->read(input, setting_, out, frames);
     else
-        playAsIs(reader, out, frames);
+        renderInput(input, out, frames);
 }
 
-void RatePath::playAsIs(Reader& reader, Float32* const* out, UInt32 frames)
+/// Render the unchanged input: from the history first, the rest straight from the source.
+void RatePath::renderInput(EngineInput& input, Float32* const* out, UInt32 frames)
 {
-    if (change != Change::none) tape.pullUntil(reader.request, asIs + frames);
-    const auto here = static_cast<UInt32>(std::min<std::int64_t>(frames, tape.end() - asIs));
-    if (here) tape.copy(asIs, here, out);
-    asIs += here;
-    if (here == frames) return;
-    tape.forget(asIs);
-    for (UInt32 channel = 0; channel < tape.channels(); ++channel) rest[channel] = out[channel] + here;
-    tape.pullThrough(reader.request, rest.data(), frames - here);
-    asIs += frames - here;
+    if (change_ != Change::none) history_.pullUntil(input.call, inputFrame_ + frames);
+    const auto held = static_cast<UInt32>(std::min<std::int64_t>(frames, history_.end() - inputFrame_));
+    if (held) history_.copy(inputFrame_, held, out);
+    inputFrame_ += held;
+    if (held == frames) return;
+    history_.forget(inputFrame_);
+    for (UInt32 channel = 0; channel < history_.channels(); ++channel)
+        restPlanes_[channel] = out[channel] + held;
+    history_.pullThrough(input.call, restPlanes_.data(), frames - held);
+    inputFrame_ += frames - held;
 }
-
-double RatePath::framesAhead() const { return static_cast<double>(tape.end()) - position(); }
 
 } // namespace kvxplatform::audiounit

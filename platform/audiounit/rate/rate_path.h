@@ -1,74 +1,98 @@
-// The way of a rate unit's sound: the input as it is, or a voice that plays it, or a fade from one to the
-// other.
+// The signal path of a rate unit: the unchanged input, a rate engine, or a crossfade between two of these.
 //
-// A voice that is to be heard starts ahead of what is heard, at the input's own rate and pitch, and is fed a
-// little more than its share in every slice until sound gets there. There the fade begins, between two things
-// that sound the same; only then the voice takes on its setting. On the way back it returns to the input's
-// rate and pitch first. Before the first frame there is nothing to fade from: a voice begins at its setting.
+// To fade in, an engine starts at an input frame ahead of the output, at the rate and pitch of the present
+// output, and reads a little more than its share of input in every slice until the output gets there. The
+// crossfade joins two signals that sound alike; after it the engine ramps to its setting. To fade out, the
+// engine ramps to the input's rate and pitch first. The first slice needs no crossfade: an engine starts at
+// its setting.
 #pragma once
 
-#include "platform/audiounit/rate/voice_box.h"
+#include "platform/audiounit/rate/rate_engine.h"
+#include "platform/support/published.h"
 
 #include <vector>
 
 namespace kvxplatform::audiounit {
 
-/// How the sound is to be.
-struct Wish {
-    bool isVoiced = false; // else the input as it is
+/// What the unit shall render.
+struct RateRequest {
+    bool usesEngine = false; ///< otherwise the unchanged input
     Setting setting;
 };
 
 class RatePath {
 public:
-    /// Make ready for the input as it is. Thread [any & no slice runs]. Throws std::bad_alloc.
+    /// Allocate what rendering the unchanged input needs. Throws std::bad_alloc.
+    /// [any & stopped]
     void prepare(const AudioStreamBasicDescription& format);
-    void release();
 
-    /// Make ready for voices, with a tape of that many frames; nothing when it is. Thread [any], with
-    /// settings, before a voice is handed over. Throws std::bad_alloc.
-    void prepareForVoices(double tapeFrames);
+    /// Free the engines and all memory.
+    /// [any & stopped], with settings
+    void release(const RenderScope& scope);
 
-    /// Begin anew with the next slice. Here and below: thread [audio & in a slice], nothing allocates.
-    void reset() { isFresh = true; }
+    /// Allocate what rendering with an engine needs, once, with a history of at least `historyFrames` frames.
+    /// Throws std::bad_alloc. [any], with settings
+    void prepareForEngine(double historyFrames);
 
-    OSStatus render(Unit& unit, Slice& slice, const Wish& wish, VoiceBox& box);
+    /// Hand an engine to the render thread, in place of the one before. Throws std::bad_alloc.
+    /// [any], with settings
+    void publish(std::unique_ptr<RateEngine> engine, const RenderScope& scope);
 
-    /// Input frames that were pulled and are still to be heard.
-    double framesAhead() const;
+    /// The engine published last, or null.
+    /// [any], with settings
+    const RateEngine* engine() const { return engines_.get(); }
 
-    /// Input frames for a frame out.
-    double rate() const { return now ? target.rate : 1; }
+    /// Forget the past with the next slice.
+    /// [audio & rendering]
+    void reset() { isFresh_ = true; }
+
+    /// Render a slice. Allocates nothing.
+    /// Returns  the status of the last pull that failed.
+    /// [audio & rendering]
+    OSStatus render(Unit& unit, Slice& slice, const RateRequest& request);
+
+    /// Input frames that were pulled and not rendered.
+    /// [audio & rendering]
+    double framesAhead() const { return static_cast<double>(history_.end()) - position(); }
+
+    /// Input frames for an output frame.
+    /// [audio & rendering]
+    double rate() const { return active_ ? setting_.rate : 1; }
 
 private:
-    void begin(Float64 time, const Wish& wish, VoiceBox& box);
-    void takeVoice(VoiceBox& box);
-    void plan(const Wish& wish);
-    void startNext(Voice& voice, std::int64_t frame, const Setting& setting);
-    void choose(const Wish& wish);
-    UInt32 play(Reader& reader, Float32* const* out, UInt32 frames, VoiceBox& box);
-    UInt32 playUntilFade(Reader& reader, Float32* const* out, UInt32 frames);
-    UInt32 fade(Reader& reader, Float32* const* out, UInt32 frames, VoiceBox& box);
-    void play(Voice* voice, Reader& reader, Float32* const* out, UInt32 frames);
-    void playAsIs(Reader& reader, Float32* const* out, UInt32 frames);
-    double position() const { return now ? now->position() : static_cast<double>(asIs); }
+    enum class Change { none, preparing, fading };
 
-    InputTape tape;
-    std::unique_ptr<Voice> voice, incoming; // the one in use, and one that shall replace it while it is heard
-    Voice* now = nullptr;                   // null: the input as it is
-    std::int64_t asIs = 0;                  // the next frame of the input as it is
-    Setting target;                         // of the voice that is heard
-    bool isFresh = true;
+    void begin(Float64 time, const RateRequest& request);
+    void takeEngine();
+    void startChange(const RateRequest& request);
+    void startEngine(RateEngine& engine, std::int64_t frame, const Setting& setting);
+    UInt32 renderSpan(EngineInput& input, Float32* const* out, UInt32 frames);
+    UInt32 renderBeforeFade(EngineInput& input, Float32* const* out, UInt32 frames);
+    UInt32 crossfade(EngineInput& input, Float32* const* out, UInt32 frames);
+    void finishFade();
+    void renderActive(EngineInput& input, Float32* const* out, UInt32 frames);
+    void renderInput(EngineInput& input, Float32* const* out, UInt32 frames);
+    double position() const { return active_ ? active_->position() : static_cast<double>(inputFrame_); }
 
-    enum class Change { none, ahead, fading };
-    Change change = Change::none;
-    Voice* next = nullptr;     // what a change leads to
-    Setting nextTarget;        // of that voice, until the change is done
-    std::int64_t changeAt = 0; // the input frame where it begins
-    UInt32 faded = 0;
+    Published<RateEngine> engines_;
+    InputHistory history_;
 
-    std::vector<Float32> fading; // a block, channel after channel; with the tape's room
-    std::vector<Float32*> fadingPlanes, planes, rest;
+    // [audio & rendering]
+    RateEngine* engine_ = nullptr;   ///< held; used when a setting needs one
+    RateEngine* incoming_ = nullptr; ///< held; replaces `engine_` by a crossfade
+    RateEngine* active_ = nullptr;   ///< rendered now; null for the unchanged input
+    Setting setting_;                ///< of the active engine
+    std::int64_t inputFrame_ = 0;    ///< the next frame of the unchanged input
+    bool isFresh_ = true;
+
+    Change change_ = Change::none;
+    RateEngine* next_ = nullptr; ///< what a change leads to
+    Setting nextSetting_;
+    std::int64_t fadeStart_ = 0; ///< input frame where the crossfade begins
+    UInt32 framesFaded_ = 0;
+
+    std::vector<Float32> nextOutput_; ///< a block of what a crossfade leads to, planar
+    std::vector<Float32*> nextPlanes_, planes_, restPlanes_;
 };
 
 } // namespace kvxplatform::audiounit

@@ -7,65 +7,65 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr UInt32 mostRateChannels = 64;
+constexpr UInt32 maxRateChannels = 64;
 
-Wish wishOf(const Unit& unit)
+RateRequest requestOf(const Unit& unit)
 {
     const Setting setting = stateOf<RateUnit>(unit).kind.setting(unit);
     return {!unit.isBypassed && !setting.isNeutral(), setting};
 }
 
-// Whether a voice is wanted that has not been made, and which.
-bool lacksVoice(const Unit& unit, int& which)
+/// Whether the settings need an engine of a type that was not made last. Sets the type.
+bool needsEngine(const Unit& unit, int& type)
 {
     const auto& state = stateOf<RateUnit>(unit);
-    which = state.kind.voiceFor(unit, state.quality);
-    return which != state.made && wishOf(unit).isVoiced;
+    type = state.kind.engineType(unit, state.quality);
+    return type != state.engineType && requestOf(unit).usesEngine;
 }
 
-// With settings.
-void makeVoice(Unit& unit)
+/// With settings.
+void makeEngine(Unit& unit)
 {
     auto& state = stateOf<RateUnit>(unit);
-    int which = 0;
-    if (!lacksVoice(unit, which)) return;
+    int type = 0;
+    if (!needsEngine(unit, type)) return;
     const AudioStreamBasicDescription& format = unit.output(0).format;
-    state.path.prepareForVoices(state.kind.tapeFrames(format.mSampleRate));
-    std::unique_ptr<Voice> voice = state.kind.make(format, which);
-    state.latest = voice.get();
-    state.box.put(std::move(voice));
-    state.made = which;
+    state.path.prepareForEngine(state.kind.historyFrames(format.mSampleRate));
+    state.path.publish(state.kind.make(format, type), unit.scope);
+    state.engineType = type;
 }
 
-void makeVoiceWhileInitialized(Unit& unit) // with settings
+/// With settings.
+void makeEngineWhileInitialized(Unit& unit)
 {
-    if (unit.isInitialized && !unit.scope.isInside()) makeVoice(unit);
+    if (unit.isInitialized && !unit.scope.isInside()) makeEngine(unit);
 }
 
 OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const auto& state = stateOf<RateUnit>(unit);
     if (!unit.isInitialized) return give(data, Float64{0});
-    const Float32 measured = unit.isResetPending ? 0 : state.secondsAhead.load();
+    const Float32 measured = unit.isResetPending ? 0 : state.measuredLatency.load();
     if (measured > 0) return give(data, Float64{measured});
-    const Wish wish = wishOf(unit);
-    const double frames = wish.isVoiced && state.latest ? state.latest->framesAhead(wish.setting) : 0;
+    const RateRequest request = requestOf(unit);
+    const RateEngine* const engine = state.path.engine();
+    const double frames = request.usesEngine && engine ? engine->latency(request.setting) : 0;
     return give(data, Float64{frames / unit.output(0).format.mSampleRate});
 }
 
 OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
 {
-    const auto& state = stateOf<RateUnit>(unit);
-    const Wish wish = wishOf(unit);
-    const bool hasTail = unit.isInitialized && wish.isVoiced && state.latest;
-    const double frames = hasTail ? state.latest->framesOfTail(wish.setting) : 0;
+    const RateRequest request = requestOf(unit);
+    const RateEngine* const engine = stateOf<RateUnit>(unit).path.engine();
+    const bool hasTail = unit.isInitialized && request.usesEngine && engine;
+    const double frames = hasTail ? engine->tail(request.setting) : 0;
     return give(data, Float64{frames / unit.output(0).format.mSampleRate});
 }
 
-OSStatus setBypassAndMakeVoice(Unit& unit, ElementAddress address, const void* data, UInt32 size)
+OSStatus setBypassAndMakeEngine(Unit& unit, ElementAddress address, const void* data, UInt32 size)
 {
     setBypass(unit, address, data, size);
-    makeVoiceWhileInitialized(unit);
+    makeEngineWhileInitialized(unit);
     return noErr;
 }
 
@@ -79,7 +79,7 @@ OSStatus setQuality(Unit& unit, ElementAddress, const void* data, UInt32)
     const auto quality = valueAt<UInt32>(data);
     if (quality > kRenderQuality_Max) return kAudioUnitErr_InvalidPropertyValue;
     stateOf<RateUnit>(unit).quality = quality;
-    makeVoiceWhileInitialized(unit);
+    makeEngineWhileInitialized(unit);
     return noErr;
 }
 
@@ -96,12 +96,12 @@ constexpr auto both = Access::readWrite;
 
 // clang-format off
 const Property rateProperties[] = {
-    // property                                scopes    element     bytes                  access settable get               set                    size of
-    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,       nullptr,               nullptr},
-    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts, nullptr,               nullptr},
-    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,          nullptr,               nullptr},
-    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        both,  always,  getBypass,        setBypassAndMakeVoice, nullptr},
-    {kAudioUnitProperty_RenderQuality,         inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality,       setQuality,            nullptr},
+    // property                                scopes    element     bytes                  access settable get               set                     size of
+    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,       nullptr,                nullptr},
+    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts, nullptr,                nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,          nullptr,                nullptr},
+    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        both,  always,  getBypass,        setBypassAndMakeEngine, nullptr},
+    {kAudioUnitProperty_RenderQuality,         inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality,       setQuality,             nullptr},
 };
 // clang-format on
 
@@ -109,7 +109,7 @@ void destroyRateUnit(void* state) { delete static_cast<RateUnit*>(state); }
 
 bool takesRateFormat(const Unit&, AudioUnitScope, AudioUnitElement, const AudioStreamBasicDescription& format)
 {
-    return pcm::isCanonical(format) && format.mChannelsPerFrame <= mostRateChannels;
+    return pcm::isCanonical(format) && format.mChannelsPerFrame <= maxRateChannels;
 }
 
 OSStatus initializeRateUnit(Unit& unit)
@@ -118,18 +118,16 @@ OSStatus initializeRateUnit(Unit& unit)
     const AudioStreamBasicDescription& format = unit.output(0).format;
     if (!pcm::isSameFormat(unit.input(0).format, format)) return kAudioUnitErr_FormatNotSupported;
     state.path.prepare(format);
-    state.secondsAhead = 0;
-    makeVoice(unit);
+    state.measuredLatency = 0;
+    makeEngine(unit);
     return noErr;
 }
 
 void uninitializeRateUnit(Unit& unit)
 {
     auto& state = stateOf<RateUnit>(unit);
-    state.made = -1;
-    state.latest = nullptr;
-    state.box.clear();
-    state.path.release();
+    state.engineType = -1;
+    state.path.release(unit.scope);
 }
 
 void resetRateUnit(Unit& unit) { stateOf<RateUnit>(unit).path.reset(); }
@@ -137,25 +135,25 @@ void resetRateUnit(Unit& unit) { stateOf<RateUnit>(unit).path.reset(); }
 OSStatus renderRateUnit(Unit& unit, Slice& slice)
 {
     auto& state = stateOf<RateUnit>(unit);
-    const OSStatus status = state.path.render(unit, slice, wishOf(unit), state.box);
-    const Float64 framesOut = state.path.framesAhead() / state.path.rate();
-    state.secondsAhead = static_cast<Float32>(framesOut / unit.output(0).format.mSampleRate);
+    const OSStatus status = state.path.render(unit, slice, requestOf(unit));
+    const Float64 frames = state.path.framesAhead() / state.path.rate();
+    state.measuredLatency = static_cast<Float32>(frames / unit.output(0).format.mSampleRate);
     return status;
 }
 
-void makeVoiceIfWanted(Unit& unit)
+void makeEngineIfNeeded(Unit& unit)
 {
-    int which = 0;
-    if (unit.scope.isInside() || !lacksVoice(unit, which)) return;
-    const std::lock_guard<std::mutex> guard(unit.settings); // waits while the unit is being initialised
-    makeVoiceWhileInitialized(unit);
+    int type = 0;
+    if (unit.scope.isInside() || !needsEngine(unit, type)) return;
+    const std::lock_guard<std::mutex> guard(unit.settings); // held while the unit is being initialised
+    makeEngineWhileInitialized(unit);
 }
 
 OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 index,
                           Float32 value)
 {
     storeParameter(unit, row.id + index, row.scope, element, value);
-    makeVoiceIfWanted(unit);
+    makeEngineIfNeeded(unit);
     return noErr;
 }
 

@@ -1,9 +1,8 @@
 // What the rate units have in common.
 //
-// A voice is made when a unit that is initialised first wants one: by the thread that sets what makes it
-// wanted, or by the one that initialises it; and the tape's room with it. One that stays neutral, or
-// bypassed, has neither. Inside its own slice a unit makes none: what is set there is heard once a voice has
-// been made for a setting from elsewhere.
+// An engine, and the history memory with it, is made when a setting of an initialised unit first needs it: by
+// the thread that sets the value or initialises the unit. A render call of the unit makes none: a value set
+// there takes effect once another thread has made the engine.
 #pragma once
 
 #include "platform/audiounit/parameter.h"
@@ -12,15 +11,21 @@
 
 namespace kvxplatform::audiounit {
 
-/// What sets a kind of rate unit apart.
+/// What differs between rate units.
 struct RateKind {
-    Setting (*setting)(const Unit&); // Thread [any], [audio] too
+    /// [any]
+    Setting (*setting)(const Unit&);
 
-    /// Which of its voices the unit wants, at a quality; and how it is made. Throws std::bad_alloc.
-    int (*voiceFor)(const Unit&, UInt32 quality);
-    std::unique_ptr<Voice> (*make)(const AudioStreamBasicDescription& format, int which);
+    /// The type of engine that the unit needs at a render quality, as a number of its own.
+    /// [any]
+    int (*engineType)(const Unit&, UInt32 quality);
 
-    double (*tapeFrames)(Float64 sampleRate);
+    /// Throws std::bad_alloc.
+    /// [any]
+    std::unique_ptr<RateEngine> (*make)(const AudioStreamBasicDescription& format, int engineType);
+
+    /// Frames of input history that the engines need.
+    double (*historyFrames)(Float64 sampleRate);
 };
 
 struct RateUnit {
@@ -28,23 +33,24 @@ struct RateUnit {
 
     const RateKind& kind;
     std::atomic<UInt32> quality{kRenderQuality_Max};
-    VoiceBox box;
-    std::atomic<int> made{-1};            // which voice was made last; written with settings
-    const Voice* latest = nullptr;        // that one, with settings; it lives until another is made
-    RatePath path;                        // [audio & in a slice], and while no slice runs; see there
-    std::atomic<Float32> secondsAhead{0}; // by the last slice
+    std::atomic<int> engineType{-1}; ///< of the engine made last; written with settings
+    RatePath path;
+    std::atomic<Float32> measuredLatency{0}; ///< seconds, by the last slice
 };
 
+/// Give the unit its state. Throws std::bad_alloc.
 inline OSStatus openRateUnit(Unit& unit, const RateKind& kind)
 {
     unit.state = new RateUnit(kind);
     return noErr;
 }
 
-/// Make the voice that the unit wants, if it has not been made. Thread [any]; without locks.
-void makeVoiceIfWanted(Unit& unit);
+/// Make the engine that the settings need, if it has not been made. Throws std::bad_alloc.
+/// [any], without locks
+void makeEngineIfNeeded(Unit& unit);
 
-/// A setter for their parameters: stores the value.
+/// Set a parameter of a rate unit: store the value and make the engine that it needs.
+/// [any], without locks
 OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 index,
                           Float32 value);
 

@@ -5,148 +5,151 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-using Band = RubberBand::RubberBandStretcher;
+using RubberBand::RubberBandStretcher;
 
-constexpr UInt32 largestPiece = 1024; // that the engine is given at once
+constexpr UInt32 blockFrames = 1024; // given to Rubber Band at once
 
-// Far above full scale. The engine's phases would never recover from an infinite sample, or one that is no
-// number.
-constexpr Float32 loudest = 1e9f;
+// Far above full scale. Rubber Band's phases never recover from an infinite sample or a NaN.
+constexpr Float32 maxSample = 1e9f;
 
-constexpr int common = Band::OptionProcessRealTime | Band::OptionThreadingNever | Band::OptionEngineFiner |
-                       Band::OptionChannelsTogether;
-constexpr int options[] = {common, common | Band::OptionWindowShort};
+constexpr int common = RubberBandStretcher::OptionProcessRealTime |
+                       RubberBandStretcher::OptionThreadingNever | RubberBandStretcher::OptionEngineFiner |
+                       RubberBandStretcher::OptionChannelsTogether;
+constexpr int options[] = {common, common | RubberBandStretcher::OptionWindowShort};
 
-// The engine knows these rates; at others it works as at the nearest.
-std::size_t rateFor(Float64 sampleRate)
+// Rubber Band supports these rates; at others it works as at the nearest of them.
+std::size_t supportedRate(Float64 sampleRate)
 {
     return static_cast<std::size_t>(std::clamp(sampleRate, 8000.0, 192000.0));
 }
 
 } // namespace
 
-Stretcher::Stretcher(Float64 sampleRate, UInt32 channels, Engine engine)
-    : band(rateFor(sampleRate), channels, options[static_cast<int>(engine)]), silence(largestPiece, 0),
-      tamed(std::size_t{largestPiece} * channels), dropped(tamed.size()), in(channels), planes(channels)
+Stretcher::Stretcher(Float64 sampleRate, UInt32 channels, Mode mode)
+    : rubberBand_(supportedRate(sampleRate), channels, options[static_cast<int>(mode)]),
+      silence_(blockFrames, 0), finite_(std::size_t{blockFrames} * channels), dropped_(finite_.size()),
+      in_(channels), planes_(channels)
 {
-    band.setMaxProcessSize(largestPiece);
-    pad = static_cast<UInt32>(band.getPreferredStartPad());
-    delay = static_cast<UInt32>(band.getStartDelay());
+    rubberBand_.setMaxProcessSize(blockFrames);
+    pad_ = static_cast<UInt32>(rubberBand_.getPreferredStartPad());
+    delay_ = static_cast<UInt32>(rubberBand_.getStartDelay());
 }
 
-// The engine's own pad lets the first window begin at the first frame. Frames reach full strength only where
-// all the windows overlap that will, so there is more in front, whose sound is dropped.
+// With the preferred pad the first window begins at the first frame. Output has full level only where all
+// windows overlap, so the lead-in is longer and its output is dropped.
 std::int64_t Stretcher::leadIn(double ratio) const
 {
-    return pad + static_cast<std::int64_t>(std::ceil(delay / ratio));
+    return pad_ + static_cast<std::int64_t>(std::ceil(delay_ / ratio));
 }
 
 void Stretcher::start(std::int64_t frame, double ratio)
 {
-    band.reset();
-    band.setTimeRatio(ratio);
+    rubberBand_.reset();
+    rubberBand_.setTimeRatio(ratio);
     ratio_ = ratio;
-    fed = frame - leadIn(ratio);
-    toDrop = delay + std::llround(static_cast<double>(leadIn(ratio) - pad) * ratio);
-    unsettled = 0;
+    nextInput_ = frame - leadIn(ratio);
+    framesToDrop_ = delay_ + std::llround(static_cast<double>(leadIn(ratio) - pad_) * ratio);
+    unsettledFrames_ = 0;
 }
 
 void Stretcher::setRatio(double ratio)
 {
     if (ratio == ratio_) return;
-    band.setTimeRatio(ratio);
+    rubberBand_.setTimeRatio(ratio);
     ratio_ = ratio;
-    unsettled = std::int64_t{2} * delay + band.available();
+    unsettledFrames_ = std::int64_t{2} * delay_ + rubberBand_.available();
 }
 
 void Stretcher::process(UInt32 frames)
 {
-    band.process(in.data(), frames, false);
-    fed += frames;
+    rubberBand_.process(in_.data(), frames, false);
+    nextInput_ += frames;
 }
 
-void Stretcher::tame(UInt32 frames)
+/// Copy the input, with silence for samples that are no numbers or too large.
+void Stretcher::silenceInvalid(UInt32 frames)
 {
-    for (std::size_t channel = 0; channel < in.size(); ++channel) {
-        const Float32* from = in[channel];
-        Float32* to = tamed.data() + channel * largestPiece;
+    for (std::size_t channel = 0; channel < in_.size(); ++channel) {
+        const Float32* from = in_[channel];
+        Float32* to = finite_.data() + channel * blockFrames;
         for (UInt32 frame = 0; frame < frames; ++frame)
-            to[frame] = std::fabs(from[frame]) <= loudest ? from[frame] : 0;
-        in[channel] = to;
+            to[frame] = std::fabs(from[frame]) <= maxSample ? from[frame] : 0;
+        in_[channel] = to;
     }
 }
 
-// Called with nothing left to read: only then the engine says what it needs.
-void Stretcher::feed(Reader& reader)
+/// Give Rubber Band the input of its next window, or a block of it. Called when no output is available: only
+/// then does getSamplesRequired() tell where the window ends.
+void Stretcher::feed(EngineInput& input)
 {
-    const std::size_t required = std::max<std::size_t>(band.getSamplesRequired(), 1);
-    const auto needed = static_cast<UInt32>(std::min<std::size_t>(required, largestPiece));
-    windowEnd = fed + static_cast<std::int64_t>(required);
-    readSince = 0;
-    const std::int64_t missing = reader.tape.begin() - fed;
+    const std::size_t required = std::max<std::size_t>(rubberBand_.getSamplesRequired(), 1);
+    const auto count = static_cast<UInt32>(std::min<std::size_t>(required, blockFrames));
+    windowEnd_ = nextInput_ + static_cast<std::int64_t>(required);
+    readSinceWindow_ = 0;
+    const std::int64_t missing = input.history.begin() - nextInput_;
     if (missing > 0) {
-        std::fill(in.begin(), in.end(), silence.data());
-        process(static_cast<UInt32>(std::min<std::int64_t>(missing, needed)));
+        std::fill(in_.begin(), in_.end(), silence_.data());
+        process(static_cast<UInt32>(std::min<std::int64_t>(missing, count)));
         return;
     }
-    reader.tape.pullUntil(reader.request, fed + needed);
-    for (UInt32 done = 0; done < needed;) {
-        const UInt32 now = reader.tape.look(fed, needed - done, in.data());
-        tame(now);
-        process(now);
-        done += now;
+    input.history.pullUntil(input.call, nextInput_ + count);
+    for (UInt32 done = 0; done < count;) {
+        const UInt32 frames = input.history.look(nextInput_, count - done, in_.data());
+        silenceInvalid(frames);
+        process(frames);
+        done += frames;
     }
 }
 
-UInt32 Stretcher::retrieve(Float32* const* out, std::int64_t most)
+UInt32 Stretcher::retrieve(Float32* const* out, std::int64_t maxFrames)
 {
-    const std::int64_t there = std::min<std::int64_t>(most, band.available());
-    if (there <= 0) return 0;
-    const std::size_t frames = band.retrieve(out, static_cast<std::size_t>(there));
-    readSince += static_cast<std::int64_t>(frames);
+    const std::int64_t available = std::min<std::int64_t>(maxFrames, rubberBand_.available());
+    if (available <= 0) return 0;
+    const std::size_t frames = rubberBand_.retrieve(out, static_cast<std::size_t>(available));
+    readSinceWindow_ += static_cast<std::int64_t>(frames);
     return static_cast<UInt32>(frames);
 }
 
 void Stretcher::dropStart()
 {
-    for (std::size_t channel = 0; channel < planes.size(); ++channel)
-        planes[channel] = dropped.data() + channel * largestPiece;
-    while (toDrop > 0) {
-        const UInt32 now = retrieve(planes.data(), std::min<std::int64_t>(toDrop, largestPiece));
-        if (now == 0) return;
-        toDrop -= now;
+    for (std::size_t channel = 0; channel < planes_.size(); ++channel)
+        planes_[channel] = dropped_.data() + channel * blockFrames;
+    while (framesToDrop_ > 0) {
+        const UInt32 frames = retrieve(planes_.data(), std::min<std::int64_t>(framesToDrop_, blockFrames));
+        if (frames == 0) return;
+        framesToDrop_ -= frames;
     }
 }
 
-bool Stretcher::prepare(Reader& reader, std::int64_t most)
+bool Stretcher::prepare(EngineInput& input, std::int64_t frames)
 {
-    const std::int64_t until = fed + most;
+    const std::int64_t end = nextInput_ + frames;
     for (;;) {
         dropStart();
-        if (toDrop == 0 && band.available() > 0) return true;
-        if (fed >= until) return false;
-        feed(reader);
+        if (framesToDrop_ == 0 && rubberBand_.available() > 0) return true;
+        if (nextInput_ >= end) return false;
+        feed(input);
     }
 }
 
-void Stretcher::read(Reader& reader, Float32* const* out, UInt32 frames)
+void Stretcher::read(EngineInput& input, Float32* const* out, UInt32 frames)
 {
     for (UInt32 done = 0; done < frames;) {
-        while (!prepare(reader, largestPiece)) {
+        while (!prepare(input, blockFrames)) {
         }
-        for (std::size_t channel = 0; channel < planes.size(); ++channel)
-            planes[channel] = out[channel] + done;
-        done += retrieve(planes.data(), frames - done);
+        for (std::size_t channel = 0; channel < planes_.size(); ++channel)
+            planes_[channel] = out[channel] + done;
+        done += retrieve(planes_.data(), frames - done);
     }
-    unsettled = std::max<std::int64_t>(unsettled - frames, 0);
+    unsettledFrames_ = std::max<std::int64_t>(unsettledFrames_ - frames, 0);
 }
 
-// The newest window reaches `pad` frames to either side; what could be read first when it was in lies `delay`
-// frames in front of its middle.
-double Stretcher::position(double behind) const
+// The newest window extends `pad_` frames to either side of its middle. The first output frame after that
+// window was complete lies `delay_` output frames before the middle.
+double Stretcher::position(double framesAgo) const
 {
-    const auto frames = static_cast<double>(readSince) - delay - behind;
-    return static_cast<double>(windowEnd - pad) + frames / ratio_;
+    const auto frames = static_cast<double>(readSinceWindow_) - delay_ - framesAgo;
+    return static_cast<double>(windowEnd_ - pad_) + frames / ratio_;
 }
 
 } // namespace kvxplatform::audiounit

@@ -1,11 +1,11 @@
-// Rubber Band, for time alone, fed from a tape.
+// Rubber Band as a time stretcher, fed from the input history.
 //
-// Two settings of its finer engine: all of its windows, or a single one. What is called its faster engine
-// allocates whenever its ratio changes, cannot be stretched to less than about an eighth, and costs more than
-// the single window does.
+// Both modes use its finer engine, with all of its windows or a single one. Its faster engine allocates
+// whenever the ratio changes, cannot stretch to less than about an eighth, and costs more than the single
+// window.
 #pragma once
 
-#include "platform/audiounit/rate/voice.h"
+#include "platform/audiounit/rate/rate_engine.h"
 
 #include <rubberband/RubberBandStretcher.h>
 
@@ -14,56 +14,60 @@
 
 namespace kvxplatform::audiounit {
 
+// All functions but the constructor, latency() and tail(): [audio & rendering]. They allocate nothing.
 class Stretcher {
 public:
-    enum class Engine { finer, faster };
+    enum class Mode { finer, faster };
 
     /// Throws std::bad_alloc.
-    Stretcher(Float64 sampleRate, UInt32 channels, Engine engine);
+    Stretcher(Float64 sampleRate, UInt32 channels, Mode mode);
 
-    /// Forget the past; the next frame read stands where `frame` stood.
+    /// As RateEngine: forget the past; the next output frame corresponds to input frame `frame`.
     void start(std::int64_t frame, double ratio);
     std::int64_t leadIn(double ratio) const;
 
-    /// Take about `most` frames of the tape. True when there are frames to read.
-    bool prepare(Reader& reader, std::int64_t most);
+    /// Read about `frames` input frames. True when output is available.
+    bool prepare(EngineInput& input, std::int64_t frames);
 
-    /// Frames out for a frame in. What has been taken from the tape already keeps its former ratio.
+    /// Set the ratio, output frames for an input frame. Input that has been read keeps the former ratio.
     void setRatio(double ratio);
     double ratio() const { return ratio_; }
 
-    void read(Reader& reader, Float32* const* out, UInt32 frames);
+    /// Render the next frames, planar.
+    void read(EngineInput& input, Float32* const* out, UInt32 frames);
 
-    /// Where in the input the frame stands that is read next, or was read `behind` frames ago.
-    double position(double behind) const;
+    /// The input frame that corresponds to the output frame `framesAgo` before the next one.
+    double position(double framesAgo) const;
 
-    /// Whether frames read now were stretched at the present ratio.
-    bool isSettled() const { return unsettled <= 0; }
+    /// Whether the next output frames were stretched at the present ratio.
+    bool isSettled() const { return unsettledFrames_ <= 0; }
 
-    /// Frames, at a ratio: input that is taken before its sound is read; and what sounds on behind its end,
-    /// 60 dB down (measured: windows that hold the last frame are spread further apart than they were).
-    double framesAhead(double ratio) const { return pad + (delay + hop) / ratio; }
-    double framesOfTail(double ratio) const { return delay * std::max(1.0, ratio + 0.5); }
+    /// Latency in input frames over the ratio, and tail until -60 dB, at a ratio. The tail is measured:
+    /// windows that hold the last frame are spread further apart than they were. [any]
+    double latency(double ratio) const { return pad_ + (delay_ + hop) / ratio; }
+    double tail(double ratio) const { return delay_ * std::max(1.0, ratio + 0.5); }
 
 private:
-    void feed(Reader& reader);
+    void feed(EngineInput& input);
     void process(UInt32 frames);
-    void tame(UInt32 frames);
-    UInt32 retrieve(Float32* const* out, std::int64_t most);
+    void silenceInvalid(UInt32 frames);
+    UInt32 retrieve(Float32* const* out, std::int64_t maxFrames);
     void dropStart();
 
-    RubberBand::RubberBandStretcher band;
-    UInt32 pad, delay; // of the engine, in frames
-    double ratio_ = 1;
-    std::int64_t fed = 0;                         // the next frame to take from the tape
-    std::int64_t windowEnd = 0, readSince = 0;    // of the newest window, and frames read after it was in
-    std::int64_t toDrop = 0;                      // frames in front of the first one heard
-    std::int64_t unsettled = 0;                   // frames to read before the present ratio is heard
-    std::vector<Float32> silence, tamed, dropped; // a piece of each channel; of silence one for all
-    std::vector<const Float32*> in;
-    std::vector<Float32*> planes;
+    static constexpr UInt32 hop = 512; ///< the largest step between windows in either mode
 
-    static constexpr UInt32 hop = 512; // the largest step of either engine
+    RubberBand::RubberBandStretcher rubberBand_;
+    UInt32 pad_, delay_; ///< of Rubber Band, in frames
+    double ratio_ = 1;
+    std::int64_t nextInput_ = 0;            ///< the next frame to take from the history
+    std::int64_t windowEnd_ = 0;            ///< the input frame after the newest window
+    std::int64_t readSinceWindow_ = 0;      ///< output frames since that window was complete
+    std::int64_t framesToDrop_ = 0;         ///< of the output before the start frame
+    std::int64_t unsettledFrames_ = 0;      ///< output still to come at former ratios
+    std::vector<Float32> silence_;          ///< a block, the same for all channels
+    std::vector<Float32> finite_, dropped_; ///< a block of each channel
+    std::vector<const Float32*> in_;
+    std::vector<Float32*> planes_;
 };
 
 } // namespace kvxplatform::audiounit

@@ -1,7 +1,8 @@
-// The time-pitch units: rate and pitch apart. The newer and the classic one differ in their parameters alone.
+// The time-pitch units, which change rate and pitch separately. The newer and the classic unit differ only in
+// their parameters.
 #include "platform/audiounit/rate/rate_unit.h"
 #include "platform/audiounit/rate/rate_units.h"
-#include "platform/audiounit/rate/time_pitch_voice.h"
+#include "platform/audiounit/rate/time_pitch_engine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +10,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-// The same numbers in both.
+// The same IDs in both units.
 constexpr AudioUnitParameterID rate = kNewTimePitchParam_Rate, pitch = kNewTimePitchParam_Pitch;
 static_assert(kTimePitchParam_Rate == rate && kTimePitchParam_Pitch == pitch);
 
@@ -24,38 +25,38 @@ Setting settingOf(const Unit& unit)
     return {valueOf(unit, rate), cents == 0 ? 1 : std::exp2(cents / 1200)};
 }
 
-// The finer engine where much overlap is asked for and much quality.
+// The finer mode needs both a large overlap and a high quality.
 constexpr Float32 finerOverlap = 8;
 constexpr UInt32 finerQuality = kRenderQuality_High;
 
-int engineAt(Float32 overlap, UInt32 quality)
+int modeAt(Float32 overlap, UInt32 quality)
 {
-    return static_cast<int>(overlap >= finerOverlap && quality >= finerQuality ? Stretcher::Engine::finer
-                                                                               : Stretcher::Engine::faster);
+    const bool isFiner = overlap >= finerOverlap && quality >= finerQuality;
+    return static_cast<int>(isFiner ? Stretcher::Mode::finer : Stretcher::Mode::faster);
 }
 
-int newEngine(const Unit& unit, UInt32 quality)
+int newMode(const Unit& unit, UInt32 quality)
 {
-    return engineAt(valueOf(unit, kNewTimePitchParam_Overlap), quality);
+    return modeAt(valueOf(unit, kNewTimePitchParam_Overlap), quality);
 }
-int classicEngine(const Unit&, UInt32 quality) { return engineAt(finerOverlap, quality); }
+int classicMode(const Unit&, UInt32 quality) { return modeAt(finerOverlap, quality); }
 
-std::unique_ptr<Voice> make(const AudioStreamBasicDescription& format, int engine)
+std::unique_ptr<RateEngine> make(const AudioStreamBasicDescription& format, int mode)
 {
-    return std::make_unique<TimePitchVoice>(format, static_cast<Stretcher::Engine>(engine));
+    return std::make_unique<TimePitchEngine>(format, static_cast<Stretcher::Mode>(mode));
 }
 
-// Enough for an engine to start ahead, and for what it holds down to a twelfth of the length.
-double tapeFrames(Float64 sampleRate) { return 0.68 * std::max(sampleRate, 48000.0); }
+// Enough for the start of an engine, and for what it buffers down to a twelfth of the length.
+double historyFrames(Float64 sampleRate) { return 0.68 * std::max(sampleRate, 48000.0); }
 
-constexpr RateKind newKind = {settingOf, newEngine, make, tapeFrames};
-constexpr RateKind classicKind = {settingOf, classicEngine, make, tapeFrames};
+constexpr RateKind newKind = {settingOf, newMode, make, historyFrames};
+constexpr RateKind classicKind = {settingOf, classicMode, make, historyFrames};
 
 constexpr auto global = kAudioUnitScope_Global;
 constexpr auto inRate = kAudioUnitParameterUnit_Rate;
 constexpr auto inCents = kAudioUnitParameterUnit_Cents;
-constexpr auto inTurns = kAudioUnitParameterUnit_Generic;
-constexpr auto yesOrNo = kAudioUnitParameterUnit_Boolean;
+constexpr auto generic = kAudioUnitParameterUnit_Generic;
+constexpr auto boolean = kAudioUnitParameterUnit_Boolean;
 constexpr Float32 slowest = 1.0f / 32, fastest = 32;
 
 } // namespace
@@ -65,8 +66,8 @@ const Parameter newTimePitchParameters[] = {
     // id                                   count scope  name                   unit     least    most     initial read only get  set
     {kNewTimePitchParam_Rate,               1, global, "rate",                inRate,  slowest, fastest, 1, false, nullptr, setRateParameter},
     {kNewTimePitchParam_Pitch,              1, global, "pitch",               inCents, -2400,   2400,    0, false, nullptr, setRateParameter},
-    {kNewTimePitchParam_Overlap,            1, global, "overlap",             inTurns, 3,       32,      8, false, nullptr, setRateParameter},
-    {kNewTimePitchParam_EnablePeakLocking,  1, global, "enable peak locking", yesOrNo, 0,       1,       1, false, nullptr, setRateParameter},
+    {kNewTimePitchParam_Overlap,            1, global, "overlap",             generic, 3,       32,      8, false, nullptr, setRateParameter},
+    {kNewTimePitchParam_EnablePeakLocking,  1, global, "enable peak locking", boolean, 0,       1,       1, false, nullptr, setRateParameter},
 };
 const Parameter timePitchParameters[] = {
     {kTimePitchParam_Rate,                  1, global, "rate",                inRate,  slowest, fastest, 1, false, nullptr, setRateParameter},

@@ -1,44 +1,44 @@
-// The varispeed unit: rate and pitch together, as a tape machine has them. Its two parameters are two views
-// of one value.
+// The varispeed unit, which changes rate and pitch together, as a tape machine does. Its two parameters are
+// two views of one value.
 #include "platform/audiounit/rate/rate_unit.h"
 #include "platform/audiounit/rate/rate_units.h"
-#include "platform/audiounit/rate/varispeed_voice.h"
+#include "platform/audiounit/rate/varispeed_engine.h"
 
 #include <cmath>
 
 namespace kvxplatform::audiounit {
 namespace {
 
-Float32 stored(const Unit& unit, AudioUnitParameterID id)
+Float32 valueOf(const Unit& unit, AudioUnitParameterID id)
 {
     return parameterValue(unit, id, kAudioUnitScope_Global, 0);
 }
 
 Float32 rateAt(Float32 cents) { return static_cast<Float32>(std::exp2(double{cents} / 1200)); }
 
-Setting settingOf(const Unit& unit) { return {stored(unit, kVarispeedParam_PlaybackRate), 1}; }
+Setting settingOf(const Unit& unit) { return {valueOf(unit, kVarispeedParam_PlaybackRate), 1}; }
 
-int filterAt(const Unit&, UInt32 quality)
+int qualityAt(const Unit&, UInt32 quality)
 {
     return static_cast<int>(quality >= kRenderQuality_High ? pcm::RateConverter::Quality::normal
                                                            : pcm::RateConverter::Quality::fast);
 }
 
-std::unique_ptr<Voice> make(const AudioStreamBasicDescription& format, int quality)
+std::unique_ptr<RateEngine> make(const AudioStreamBasicDescription& format, int quality)
 {
-    return std::make_unique<VarispeedVoice>(format, static_cast<pcm::RateConverter::Quality>(quality));
+    return std::make_unique<VarispeedEngine>(format, static_cast<pcm::RateConverter::Quality>(quality));
 }
 
-double tapeFrames(Float64) { return 8192; }
+double historyFrames(Float64) { return 8192; }
 
-constexpr RateKind kind = {settingOf, filterAt, make, tapeFrames};
+constexpr RateKind kind = {settingOf, qualityAt, make, historyFrames};
 
-// The rate is the value. The cents last set are kept beside it, so that they come back to the last bit, and
-// hold as long as they say the same as the rate.
+// The rate is the value. The cents that were set last are stored too, so that they read back exactly while
+// they match the rate.
 OSStatus getCents(Unit& unit, const Parameter&, AudioUnitElement, UInt32, Float32& out)
 {
-    const Float32 rate = stored(unit, kVarispeedParam_PlaybackRate);
-    const Float32 cents = stored(unit, kVarispeedParam_PlaybackCents);
+    const Float32 rate = valueOf(unit, kVarispeedParam_PlaybackRate);
+    const Float32 cents = valueOf(unit, kVarispeedParam_PlaybackCents);
     out = rateAt(cents) == rate ? cents : static_cast<Float32>(1200 * std::log2(double{rate}));
     return noErr;
 }
@@ -47,7 +47,7 @@ OSStatus setCents(Unit& unit, const Parameter& row, AudioUnitElement element, UI
 {
     storeParameter(unit, row.id, row.scope, element, value);
     storeParameter(unit, kVarispeedParam_PlaybackRate, row.scope, element, rateAt(value));
-    makeVoiceIfWanted(unit);
+    makeEngineIfNeeded(unit);
     return noErr;
 }
 

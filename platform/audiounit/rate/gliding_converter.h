@@ -1,0 +1,89 @@
+// A rate conversion whose ratio glides in equal musical steps: a jump would click.
+#pragma once
+
+#include "platform/pcm/rate_converter.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace kvxplatform::audiounit {
+
+/// Copy planar samples to interleaved ones.
+inline void interleave(const Float32* const* in, UInt32 channels, UInt32 frames, Float32* out)
+{
+    for (UInt32 channel = 0; channel < channels; ++channel)
+        for (UInt32 frame = 0; frame < frames; ++frame)
+            out[std::size_t{frame} * channels + channel] = in[channel][frame];
+}
+
+// All functions but the constructor: [audio & rendering].
+class GlidingConverter {
+public:
+    static constexpr UInt32 blockFrames = 512; ///< the most that is pulled at once
+
+    /// Throws std::bad_alloc.
+    GlidingConverter(UInt32 channels, pcm::RateConverter::Quality quality);
+
+    /// Forget the past; continue at a rate, in input frames for an output frame.
+    void start(double rate);
+
+    /// Glide to another rate during the next frames.
+    void glideTo(double rate);
+
+    double rate() const { return rate_; }
+    bool isGliding() const { return stepsLeft_ > 0; }
+
+    /// Feed input at a rate of 1 without using the output: the past of the next read().
+    template <class Pull>
+    void prime(UInt32 frames, Pull pull);
+
+    /// Render planar frames. `pull(frames)` returns that many interleaved input frames, valid until the next
+    /// call; `advance(frames)` receives the input frames that each part of the output stands for.
+    template <class Pull, class Advance>
+    void read(Float32* const* out, UInt32 frames, Pull pull, Advance advance);
+
+private:
+    static constexpr UInt32 stepFrames = 16, steps = 32;
+
+    UInt32 nextSpan(UInt32 frames);
+    void deinterleave(Float32* const* out, UInt32 offset, UInt32 frames) const;
+
+    template <class Pull>
+    void convert(UInt32 frames, UInt32 maxPull, Pull& pull)
+    {
+        const auto call = [](void* context, UInt32 count) -> const Float32* {
+            return (*static_cast<Pull*>(context))(count);
+        };
+        converter_.convert(converted_.data(), frames, maxPull, {call, &pull});
+    }
+
+    UInt32 channels_;
+    pcm::RateConverter converter_;
+    double rate_ = 1, target_ = 1, stepFactor_ = 1;
+    UInt32 stepsLeft_ = 0;
+    UInt32 framesOfStep_ = 0;        ///< rendered
+    std::vector<Float32> converted_; ///< a block, interleaved
+};
+
+template <class Pull>
+void GlidingConverter::prime(UInt32 frames, Pull pull)
+{
+    converter_.reset();
+    converter_.setRatio(1);
+    convert(frames, frames, pull);
+}
+
+template <class Pull, class Advance>
+void GlidingConverter::read(Float32* const* out, UInt32 frames, Pull pull, Advance advance)
+{
+    for (UInt32 done = 0; done < frames;) {
+        const UInt32 span = nextSpan(frames - done < blockFrames ? frames - done : blockFrames);
+        converter_.setRatio(1 / rate_);
+        convert(span, blockFrames, pull);
+        advance(span * rate_);
+        deinterleave(out, done, span);
+        done += span;
+    }
+}
+
+} // namespace kvxplatform::audiounit
