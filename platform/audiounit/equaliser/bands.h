@@ -1,4 +1,4 @@
-// The bands of graphic equalisers, at the preferred frequencies of ISO 266.
+// The bands of the graphic equaliser, at the preferred frequencies of ISO 266.
 #pragma once
 
 #include <cstddef>
@@ -6,9 +6,9 @@
 namespace kvxplatform::audiounit {
 
 struct BandSet {
-    const double* centres; // Hz
+    const double* centres; ///< Hz
     std::size_t count;
-    double octaves; // the width of each
+    double octaves; ///< width of each band
 };
 
 // clang-format off
@@ -21,7 +21,7 @@ constexpr double thirdOctaveCentres[] = {
 constexpr std::size_t octaveBands = sizeof octaveCentres / sizeof(double);
 constexpr std::size_t thirdOctaveBands = sizeof thirdOctaveCentres / sizeof(double);
 
-/// In the order of the parameter that chooses among them.
+/// Indexed by the value of the parameter that selects the number of bands.
 constexpr BandSet bandSets[] = {
     {octaveCentres, octaveBands, 1},
     {thirdOctaveCentres, thirdOctaveBands, 1.0 / 3},

@@ -8,23 +8,23 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-// The frequency axis of a digital filter: it ends at half the sample rate, where this is infinite.
+// The bilinear transform's frequency: infinite at half the sample rate.
 double warped(double hertz, double sampleRate) { return std::tan(pi * hertz / sampleRate); }
 
-inline double step(const BellCoefficients& of, BellState& state, double in)
+inline double step(const BellCoefficients& c, BellState& state, double in)
 {
     const double v3 = in - state.s2;
-    const double v1 = of.a1 * state.s1 + of.a2 * v3;
-    const double v2 = state.s2 + of.a2 * state.s1 + of.a3 * v3;
+    const double v1 = c.a1 * state.s1 + c.a2 * v3;
+    const double v2 = state.s2 + c.a2 * state.s1 + c.a3 * v3;
     state.s1 = 2 * v1 - state.s1;
     state.s2 = 2 * v2 - state.s2;
-    return in + of.m1 * v1;
+    return in + c.m1 * v1;
 }
 
 } // namespace
 
-// A bell has half its decibels where |1 - x^2| = x / Q, x being the frequency in centres, whatever its
-// height. The lower edge decides, since towards half the rate the upper one is squeezed or gone.
+// At any height a bell has half its decibels where |1 - x^2| = x / Q, with x = frequency / centre. The lower
+// edge sets the width: near half the sample rate the upper edge is compressed or missing.
 BellShape bellShape(double centre, double octaves, double sampleRate)
 {
     const double frequency = warped(centre, sampleRate);
@@ -41,36 +41,36 @@ BellCoefficients coefficientsOf(const BellShape& shape, double height)
     return {a1, g * a1, g * g * a1, k * (height * height - 1)};
 }
 
-void filter(const BellCoefficients& of, BellState& state, double* samples, UInt32 frames)
+void filter(const BellCoefficients& coefficients, BellState& state, double* samples, UInt32 frames)
 {
     BellState now = state;
-    for (UInt32 i = 0; i < frames; ++i) samples[i] = step(of, now, samples[i]);
+    for (UInt32 i = 0; i < frames; ++i) samples[i] = step(coefficients, now, samples[i]);
     state = now;
 }
 
-void filter(const BellCoefficients* ofEach, BellState& state, double* samples, UInt32 frames)
+void filter(const BellCoefficients* ofEachFrame, BellState& state, double* samples, UInt32 frames)
 {
     BellState now = state;
-    for (UInt32 i = 0; i < frames; ++i) samples[i] = step(ofEach[i], now, samples[i]);
+    for (UInt32 i = 0; i < frames; ++i) samples[i] = step(ofEachFrame[i], now, samples[i]);
     state = now;
 }
 
-void settle(BellState& state)
+void flushState(BellState& state)
 {
     constexpr double tiny = 1e-30; // 600 dB below full scale
     for (double* each : {&state.s1, &state.s2})
         if (!std::isfinite(*each) || std::fabs(*each) < tiny) *each = 0;
 }
 
-double ringingSeconds(const BellShape& shape, double height, double sampleRate, double decibels)
+double decaySeconds(const BellShape& shape, double height, double sampleRate, double decibels)
 {
     using Complex = std::complex<double>;
     const double g = shape.frequency, k = shape.width / height;
     const Complex root = std::sqrt(Complex(k * k - 4));
-    double left = 0; // what a frame leaves of the slower of the two
+    double slowest = 0; // decay per frame of the slower pole
     for (const Complex pole : {(root - k) * 0.5, (-root - k) * 0.5})
-        left = std::fmax(left, std::abs((1.0 + g * pole) / (1.0 - g * pole)));
-    return left > 0 ? decibels / (-20 * std::log10(left)) / sampleRate : 0;
+        slowest = std::fmax(slowest, std::abs((1.0 + g * pole) / (1.0 - g * pole)));
+    return slowest > 0 ? decibels / (-20 * std::log10(slowest)) / sampleRate : 0;
 }
 
 } // namespace kvxplatform::audiounit

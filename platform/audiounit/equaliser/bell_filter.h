@@ -1,24 +1,26 @@
-// One band of an equaliser: a bell that raises or lowers what lies around its centre.
+// One band of an equaliser: a bell filter, which boosts or cuts around its centre frequency.
 //
-// Source   the trapezoidal state-variable filter, in which the frequency, the width and the height of a bell
-//          are separate numbers. So the height may move from frame to frame without a click, and at a height
-//          of 1 the output is the input to the last bit.
+// Source   the trapezoidal state-variable filter, in which frequency, width and height of a bell are separate
+//          numbers: the height can change in every frame without a click, and at height 1 the output is
+//          exactly the input.
+//
+// All functions: [any]. They allocate nothing.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
 
 namespace kvxplatform::audiounit {
 
-/// Where a bell stands and how wide it is: at the lower edge of the band, half its decibels.
+/// Centre and width of a bell. At the lower edge of the band it has half its decibels.
 struct BellShape {
-    double frequency; // tan(pi * centre / rate)
-    double width;     // 1 / Q there
+    double frequency; ///< tan(pi * centre / sample rate)
+    double width;     ///< 1 / Q at that frequency
 };
 
-/// A band of `octaves` octaves around `centre` Hz, which is above 0 and below half the sample rate.
+/// The shape of a band `octaves` wide around `centre` Hz, which is above 0 and below half the sample rate.
 BellShape bellShape(double centre, double octaves, double sampleRate);
 
-/// The height of a bell is the square root of the gain at its centre.
+/// The height of a bell: the square root of its gain at the centre.
 double heightOf(Float32 decibels);
 
 struct BellCoefficients {
@@ -30,15 +32,14 @@ struct BellState {
     double s1 = 0, s2 = 0;
 };
 
-/// Filter samples in place, with the same coefficients for all or with those of each frame.
-/// Thread [audio]. Allocates nothing.
-void filter(const BellCoefficients& of, BellState& state, double* samples, UInt32 frames);
-void filter(const BellCoefficients* ofEach, BellState& state, double* samples, UInt32 frames);
+/// Filter samples in place, with the same coefficients for all frames or with those of each frame.
+void filter(const BellCoefficients& coefficients, BellState& state, double* samples, UInt32 frames);
+void filter(const BellCoefficients* ofEachFrame, BellState& state, double* samples, UInt32 frames);
 
-/// Forget what is too small to be heard, before it becomes too small to be fast, and what is no number.
-void settle(BellState& state);
+/// Clear a state that is inaudible, before it becomes subnormal and slow, or that is no number.
+void flushState(BellState& state);
 
-/// Seconds until what a bell still sounds, with nothing coming in, has fallen by `decibels`.
-double ringingSeconds(const BellShape& shape, double height, double sampleRate, double decibels);
+/// Seconds until the output of a bell without input has fallen by `decibels`.
+double decaySeconds(const BellShape& shape, double height, double sampleRate, double decibels);
 
 } // namespace kvxplatform::audiounit

@@ -1,8 +1,8 @@
-// The graphic equaliser: bells in a row, one for each band that is not flat.
+// The graphic equaliser: a bell filter in series for each band that is not flat.
 //
-// A band that changes glides, from flat and to flat too. The bands of the set that is not in force are flat,
-// and so are all of a bypassed equaliser; when none is anything else, samples pass as they are. So nothing
-// that is set while sound runs makes a click.
+// A band's gain ramps to a new value, from and to flat too. The bands of the inactive set are flat, and so
+// are all bands of a bypassed unit; if all are flat, samples pass unchanged. So no setting clicks while audio
+// runs.
 #include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/equaliser/bands.h"
 #include "platform/audiounit/equaliser/bell_filter.h"
@@ -19,28 +19,161 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr UInt32 pieceFrames = 64;    // filtered at a time, in double
-constexpr double inaudibleFall = 100; // decibels
+constexpr UInt32 blockFrames = 64;        // filtered at a time, in double precision
+constexpr double inaudibleDecibels = 100; // below the last frame: the end of the tail
 constexpr AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIsSilence;
 
 struct Band {
     BellShape shape{};
-    bool isHeard = false; // its centre is below half the rate
-    Float32 decibels = 0; // what the height glides to
+    bool isAvailable = false; ///< its centre is below half the sample rate
+    Float32 decibels = 0;     ///< the gain that the height ramps to
     pcm::Gain height = {1, 1};
-    std::vector<BellState> states; // one a channel
+    std::vector<BellState> states; ///< one a channel
 
     bool isFlat() const { return height.isUnity(); }
 };
 
-// [audio & in a slice], or while the unit is not initialised
+/// [audio & rendering], or any thread while the unit is not initialised.
 struct Equaliser {
-    std::vector<Band> bands[2]; // of each set
-    std::vector<double> work;   // a piece: [channel * pieceFrames + frame]
-    bool isFresh = true;        // nothing has been heard yet: there is nothing to glide from
+    std::vector<Band> bands[2]; ///< of each set
+    std::vector<double> block;  ///< block[channel * blockFrames + frame]
+    bool isFresh = true;        ///< no slice since the start: heights have no value to ramp from
 };
 
+// ---- parameters ----
+
+/// The index of the active set of bands.
+/// [any]
+int activeSet(const Unit& unit)
+{
+    return parameterValue(unit, kGraphicEQParam_NumberOfBands, kAudioUnitScope_Global, 0) >= 0.5f ? 1 : 0;
+}
+
+UInt32 activeBands(const Unit& unit, AudioUnitElement)
+{
+    return static_cast<UInt32>(bandSets[activeSet(unit)].count);
+}
+
+/// The gain that a band of the active set is set to, in decibels; 0 while bypassed.
+/// [any]
+Float32 gainOf(const Unit& unit, std::size_t band)
+{
+    if (unit.isBypassed) return 0;
+    return parameterValue(unit, static_cast<AudioUnitParameterID>(band), kAudioUnitScope_Global, 0);
+}
+
+// ---- a slice ----
+
+/// Read the parameters into the bands. Returns whether all bands are flat.
+bool updateBands(const Unit& unit, Equaliser& equaliser)
+{
+    bool areFlat = true;
+    const int active = activeSet(unit);
+    for (int set = 0; set < 2; ++set)
+        for (std::size_t i = 0; i < equaliser.bands[set].size(); ++i) {
+            Band& band = equaliser.bands[set][i];
+            if (!band.isAvailable) continue;
+            const Float32 decibels = set == active ? gainOf(unit, i) : 0;
+            if (decibels != band.decibels) {
+                band.decibels = decibels;
+                band.height.rampTo(static_cast<Float32>(heightOf(decibels)));
+            }
+            if (equaliser.isFresh) band.height = {band.height.to, band.height.to};
+            areFlat &= band.isFlat();
+        }
+    equaliser.isFresh = false;
+    return areFlat;
+}
+
+/// Filter a block, which begins at frame `offset` of the slice, with one band.
+void filterBlock(Band& band, UInt32 offset, UInt32 frames, std::vector<double>& block)
+{
+    BellCoefficients coefficients[blockFrames];
+    const bool isRamping = offset < band.height.framesLeft;
+    const UInt32 count = isRamping ? frames : 1;
+    for (UInt32 i = 0; i < count; ++i)
+        coefficients[i] = coefficientsOf(band.shape, static_cast<double>(band.height.at(offset + i)));
+
+    double* samples = block.data();
+    for (BellState& state : band.states) {
+        if (isRamping)
+            filter(coefficients, state, samples, frames);
+        else
+            filter(coefficients[0], state, samples, frames);
+        flushState(state);
+        samples += blockFrames;
+    }
+}
+
+/// Filter a slice in place, with all bands.
+void filterSlice(Equaliser& equaliser, const AudioBufferList& list, UInt32 frames)
+{
+    for (UInt32 offset = 0; offset < frames; offset += blockFrames) {
+        const UInt32 count = std::min(blockFrames, frames - offset);
+        for (UInt32 c = 0; c < list.mNumberBuffers; ++c)
+            std::copy_n(static_cast<const Float32*>(list.mBuffers[c].mData) + offset, count,
+                        equaliser.block.begin() + c * blockFrames);
+        for (auto& bands : equaliser.bands)
+            for (Band& band : bands)
+                if (!band.isFlat()) filterBlock(band, offset, count, equaliser.block);
+        for (UInt32 c = 0; c < list.mNumberBuffers; ++c)
+            std::transform(equaliser.block.begin() + c * blockFrames,
+                           equaliser.block.begin() + c * blockFrames + count,
+                           static_cast<Float32*>(list.mBuffers[c].mData) + offset,
+                           [](double sample) { return static_cast<Float32>(sample); });
+    }
+}
+
+/// Advance the ramps past a slice, and clear the state of bands that have become flat.
+void advanceBands(Equaliser& equaliser, UInt32 frames)
+{
+    for (auto& bands : equaliser.bands)
+        for (Band& band : bands) {
+            if (band.isFlat()) continue;
+            band.height.advance(frames);
+            if (band.isFlat()) std::fill(band.states.begin(), band.states.end(), BellState());
+        }
+}
+
+// ---- properties ----
+
+OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -1});
+}
+
+/// The tail of the band that decays slowest; 0 if all are flat.
+OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
+{
+    const double rate = unit.output(0).format.mSampleRate;
+    const int set = activeSet(unit);
+    Float64 seconds = 0;
+    for (std::size_t i = 0; i < bandSets[set].count; ++i) {
+        const double centre = bandSets[set].centres[i];
+        const Float32 decibels = gainOf(unit, i);
+        if (decibels != 0 && centre < rate / 2)
+            seconds = std::max(seconds, decaySeconds(bellShape(centre, bandSets[set].octaves, rate),
+                                                     heightOf(decibels), rate, inaudibleDecibels));
+    }
+    return give(data, seconds);
+}
+
 } // namespace
+
+// clang-format off
+const Property equaliserProperties[] = {
+    // property                                scopes    element     bytes                  access             settable          get               set        size of
+    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getChannelCounts, nullptr,   nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       Access::readOnly,  Settable::always, getTailTime,      nullptr,   nullptr},
+    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getBypass,        setBypass, nullptr},
+};
+
+const Parameter equaliserParameters[] = {
+    // id                           count             scope                   name               unit                              least most initial read only get      set      present
+    {0,                             thirdOctaveBands, kAudioUnitScope_Global, "band",            kAudioUnitParameterUnit_Decibels, -20,  20,  0,      false,    nullptr, nullptr, activeBands},
+    {kGraphicEQParam_NumberOfBands, 1,                kAudioUnitScope_Global, "number of bands", kAudioUnitParameterUnit_Indexed,  0,    1,   1,      false,    nullptr, nullptr, nullptr},
+};
+// clang-format on
 
 OSStatus openEqualiser(Unit& unit)
 {
@@ -61,13 +194,13 @@ OSStatus initializeEqualiser(Unit& unit)
         bands.assign(bandSets[set].count, Band());
         for (std::size_t i = 0; i < bands.size(); ++i) {
             const double centre = bandSets[set].centres[i];
-            bands[i].isHeard = centre < format.mSampleRate / 2;
-            if (bands[i].isHeard)
+            bands[i].isAvailable = centre < format.mSampleRate / 2;
+            if (bands[i].isAvailable)
                 bands[i].shape = bellShape(centre, bandSets[set].octaves, format.mSampleRate);
             bands[i].states.assign(format.mChannelsPerFrame, BellState());
         }
     }
-    equaliser.work.assign(std::size_t{format.mChannelsPerFrame} * pieceFrames, 0);
+    equaliser.block.assign(std::size_t{format.mChannelsPerFrame} * blockFrames, 0);
     equaliser.isFresh = true;
     return noErr;
 }
@@ -80,157 +213,18 @@ void resetEqualiser(Unit& unit)
     equaliser.isFresh = true;
 }
 
-// ---- parameters ----
-
-namespace {
-
-/// The number of the set in force. Thread [any].
-int setInForce(const Unit& unit)
-{
-    return parameterValue(unit, kGraphicEQParam_NumberOfBands, kAudioUnitScope_Global, 0) >= 0.5f ? 1 : 0;
-}
-
-UInt32 bandsInForce(const Unit& unit, AudioUnitElement)
-{
-    return static_cast<UInt32>(bandSets[setInForce(unit)].count);
-}
-
-/// What a band of the set in force shall do now, in decibels. Thread [any].
-Float32 wanted(const Unit& unit, std::size_t band)
-{
-    if (unit.isBypassed) return 0;
-    return parameterValue(unit, static_cast<AudioUnitParameterID>(band), kAudioUnitScope_Global, 0);
-}
-
-// ---- a slice ----
-
-/// Take on what the parameters say. Returns whether all bands are flat.
-bool turnBands(const Unit& unit, Equaliser& equaliser)
-{
-    bool areFlat = true;
-    const int inForce = setInForce(unit);
-    for (int set = 0; set < 2; ++set)
-        for (std::size_t i = 0; i < equaliser.bands[set].size(); ++i) {
-            Band& band = equaliser.bands[set][i];
-            if (!band.isHeard) continue;
-            const Float32 decibels = set == inForce ? wanted(unit, i) : 0;
-            if (decibels != band.decibels) {
-                band.decibels = decibels;
-                band.height.rampTo(static_cast<Float32>(heightOf(decibels)));
-            }
-            if (equaliser.isFresh) band.height = {band.height.to, band.height.to};
-            areFlat &= band.isFlat();
-        }
-    equaliser.isFresh = false;
-    return areFlat;
-}
-
-/// A piece through one band, from frame `offset` of the slice on.
-void filterPiece(Band& band, UInt32 offset, UInt32 frames, std::vector<double>& work)
-{
-    BellCoefficients each[pieceFrames];
-    const bool glides = offset < band.height.framesLeft;
-    const UInt32 different = glides ? frames : 1;
-    for (UInt32 i = 0; i < different; ++i)
-        each[i] = coefficientsOf(band.shape, static_cast<double>(band.height.at(offset + i)));
-
-    double* samples = work.data();
-    for (BellState& state : band.states) {
-        if (glides)
-            filter(each, state, samples, frames);
-        else
-            filter(each[0], state, samples, frames);
-        settle(state);
-        samples += pieceFrames;
-    }
-}
-
-/// In place.
-void filterSlice(Equaliser& equaliser, const AudioBufferList& list, UInt32 frames)
-{
-    for (UInt32 offset = 0; offset < frames; offset += pieceFrames) {
-        const UInt32 now = std::min(pieceFrames, frames - offset);
-        for (UInt32 c = 0; c < list.mNumberBuffers; ++c)
-            std::copy_n(static_cast<const Float32*>(list.mBuffers[c].mData) + offset, now,
-                        equaliser.work.begin() + c * pieceFrames);
-        for (auto& bands : equaliser.bands)
-            for (Band& band : bands)
-                if (!band.isFlat()) filterPiece(band, offset, now, equaliser.work);
-        for (UInt32 c = 0; c < list.mNumberBuffers; ++c)
-            std::transform(equaliser.work.begin() + c * pieceFrames,
-                           equaliser.work.begin() + c * pieceFrames + now,
-                           static_cast<Float32*>(list.mBuffers[c].mData) + offset,
-                           [](double sample) { return static_cast<Float32>(sample); });
-    }
-}
-
-/// The slice is over: go on gliding in the next, and forget what a band that has become flat held.
-void passBands(Equaliser& equaliser, UInt32 frames)
-{
-    for (auto& bands : equaliser.bands)
-        for (Band& band : bands) {
-            if (band.isFlat()) continue;
-            band.height.advance(frames);
-            if (band.isFlat()) std::fill(band.states.begin(), band.states.end(), BellState());
-        }
-}
-
-} // namespace
-
 OSStatus renderEqualiser(Unit& unit, Slice& slice)
 {
     auto& equaliser = stateOf<Equaliser>(unit);
-    if (turnBands(unit, equaliser)) return passThrough(unit, slice);
+    if (updateBands(unit, equaliser)) return passThrough(unit, slice);
 
     AudioUnitRenderActionFlags flags = slice.flags;
     const OSStatus status = pullInto(slice.out, 0, unit, 0, flags, slice.time, slice.frames);
-    slice.flags = flags & ~isSilence; // bands go on sounding
+    slice.flags = flags & ~isSilence; // the bands have a tail
     filterSlice(equaliser, slice.out, slice.frames);
-    passBands(equaliser, slice.frames);
+    advanceBands(equaliser, slice.frames);
     if (status) pcm::clear(slice.out);
     return status;
 }
-
-// ---- what it says ----
-
-namespace {
-
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -1});
-}
-
-/// Until the band that sounds longest has become inaudible; 0 when all are flat.
-OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
-{
-    const double rate = unit.output(0).format.mSampleRate;
-    const int set = setInForce(unit);
-    Float64 seconds = 0;
-    for (std::size_t i = 0; i < bandSets[set].count; ++i) {
-        const double centre = bandSets[set].centres[i];
-        const Float32 decibels = wanted(unit, i);
-        if (decibels != 0 && centre < rate / 2)
-            seconds = std::max(seconds, ringingSeconds(bellShape(centre, bandSets[set].octaves, rate),
-                                                       heightOf(decibels), rate, inaudibleFall));
-    }
-    return give(data, seconds);
-}
-
-} // namespace
-
-// clang-format off
-const Property equaliserProperties[] = {
-    // property                                scopes    element     bytes                  access             settable          get               set        size of
-    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getChannelCounts, nullptr,   nullptr},
-    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       Access::readOnly,  Settable::always, getTailTime,      nullptr,   nullptr},
-    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getBypass,        setBypass, nullptr},
-};
-
-const Parameter equaliserParameters[] = {
-    // id                           count             scope                   name               unit                              least most initial read only get      set      present
-    {0,                             thirdOctaveBands, kAudioUnitScope_Global, "band",            kAudioUnitParameterUnit_Decibels, -20,  20,  0,      false,    nullptr, nullptr, bandsInForce},
-    {kGraphicEQParam_NumberOfBands, 1,                kAudioUnitScope_Global, "number of bands", kAudioUnitParameterUnit_Indexed,  0,    1,   1,      false,    nullptr, nullptr, nullptr},
-};
-// clang-format on
 
 } // namespace kvxplatform::audiounit

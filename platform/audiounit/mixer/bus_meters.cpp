@@ -6,7 +6,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr std::size_t placeOf(Level which, UInt32 channel)
+constexpr std::size_t indexOf(Level which, UInt32 channel)
 {
     return static_cast<std::size_t>(which) * meteredChannels + channel;
 }
@@ -17,67 +17,67 @@ bool isAverage(Level which) { return which == Level::preAverage || which == Leve
 
 void BusMeters::prepare(UInt32 channels, Float64 sampleRate)
 {
-    for (auto& stage : meters) stage.assign(std::min(channels, meteredChannels), LevelMeter(sampleRate));
-    measures = false;
-    silence();
+    for (auto& stage : meters_) stage.assign(std::min(channels, meteredChannels), LevelMeter(sampleRate));
+    isMeasuring_ = false;
+    publishSilence();
 }
 
-void BusMeters::turn(bool on)
+void BusMeters::setEnabled(bool isEnabled)
 {
-    isOn = on;
-    if (!on) silence();
+    isEnabled_ = isEnabled;
+    if (!isEnabled) publishSilence();
 }
 
 Float32 BusMeters::level(Level which, UInt32 channel) const
 {
-    if (!isTurnedOn()) return silentLevel;
-    const Float32 value = published[placeOf(which, channel)].load(std::memory_order_relaxed);
+    if (!isEnabled()) return minDecibels;
+    const Float32 value = levels_[indexOf(which, channel)].load(std::memory_order_relaxed);
     const Float32 decibels = (isAverage(which) ? 10 : 20) * std::log10(value);
-    return std::clamp(decibels, silentLevel, loudestLevel);
+    return std::clamp(decibels, minDecibels, maxDecibels);
 }
 
-void BusMeters::begin(bool forgetsPast)
+void BusMeters::begin(bool isReset)
 {
-    const bool was = measures;
-    measures = isTurnedOn();
-    if (was && !measures) silence(); // a slice may have run while it was turned off
-    if (measures && (!was || forgetsPast))
-        for (auto& stage : meters)
+    const bool wasMeasuring = isMeasuring_;
+    isMeasuring_ = isEnabled();
+    if (wasMeasuring && !isMeasuring_) publishSilence(); // the last slice may have overwritten setEnabled's
+    if (isMeasuring_ && (!wasMeasuring || isReset))
+        for (auto& stage : meters_)
             for (LevelMeter& meter : stage) meter.reset();
 }
 
 void BusMeters::measure(Stage stage, const AudioBufferList& list, UInt32 frames)
 {
-    if (!measures) return;
-    auto& each = meters[static_cast<int>(stage)];
-    for (std::size_t i = 0; i < each.size(); ++i)
-        each[i].measure(static_cast<const Float32*>(list.mBuffers[i].mData), frames);
+    if (!isMeasuring_) return;
+    auto& meters = meters_[static_cast<int>(stage)];
+    for (std::size_t i = 0; i < meters.size(); ++i)
+        meters[i].measure(static_cast<const Float32*>(list.mBuffers[i].mData), frames);
 }
 
 void BusMeters::measureSilence(UInt32 frames)
 {
-    if (!measures) return;
-    for (auto& stage : meters)
+    if (!isMeasuring_) return;
+    for (auto& stage : meters_)
         for (LevelMeter& meter : stage) meter.measureSilence(frames);
 }
 
 void BusMeters::publish()
 {
-    if (!measures) return;
-    const auto put = [this](Level which, std::size_t channel, Float32 value) {
-        published[placeOf(which, static_cast<UInt32>(channel))].store(value, std::memory_order_relaxed);
+    if (!isMeasuring_) return;
+    const auto set = [this](Level which, std::size_t channel, Float32 value) {
+        levels_[indexOf(which, static_cast<UInt32>(channel))].store(value, std::memory_order_relaxed);
     };
-    for (std::size_t i = 0; i < meters[0].size(); ++i) {
-        put(Level::preAverage, i, meters[0][i].averagePower());
-        put(Level::prePeak, i, meters[0][i].peak());
-        put(Level::postAverage, i, meters[1][i].averagePower());
-        put(Level::postPeak, i, meters[1][i].peak());
+    for (std::size_t i = 0; i < meters_[0].size(); ++i) {
+        set(Level::preAverage, i, meters_[0][i].averagePower());
+        set(Level::prePeak, i, meters_[0][i].peak());
+        set(Level::postAverage, i, meters_[1][i].averagePower());
+        set(Level::postPeak, i, meters_[1][i].peak());
     }
 }
 
-void BusMeters::silence()
+void BusMeters::publishSilence()
 {
-    for (auto& each : published) each.store(0, std::memory_order_relaxed);
+    for (auto& each : levels_) each.store(0, std::memory_order_relaxed);
 }
 
 } // namespace kvxplatform::audiounit

@@ -1,4 +1,4 @@
-// The levels of one bus, before and behind its fader, measured by an audio thread and read by any.
+// The levels of one bus, before and after its fader: measured by a render thread, read by any thread.
 #pragma once
 
 #include "platform/audiounit/mixer/level_meter.h"
@@ -9,11 +9,11 @@
 
 namespace kvxplatform::audiounit {
 
-constexpr UInt32 meteredChannels = 64; // of a bus; what lies behind them is not measured
-constexpr Float32 silentLevel = -120;  // decibels; no level reads lower
-constexpr Float32 loudestLevel = 120;  // nor higher
+constexpr UInt32 meteredChannels = 64; ///< of a bus; later channels are not measured
+constexpr Float32 minDecibels = -120;  ///< the level of silence
+constexpr Float32 maxDecibels = 120;
 
-/// What is told of a channel, in the order of the parameters.
+/// The levels of a channel, in the order of the parameters.
 enum class Level : UInt32 { preAverage, prePeak, postAverage, postPeak };
 constexpr UInt32 levelCount = 4;
 
@@ -21,31 +21,34 @@ enum class Stage { preFader, postFader };
 
 class BusMeters {
 public:
-    /// Throws std::bad_alloc. While no slice runs.
+    /// Throws std::bad_alloc.
+    /// [any & stopped]
     void prepare(UInt32 channels, Float64 sampleRate);
 
-    /// Thread [any].
-    void turn(bool isOn);
-    bool isTurnedOn() const { return isOn.load(std::memory_order_relaxed); }
+    /// [any]
+    void setEnabled(bool isEnabled);
+    bool isEnabled() const { return isEnabled_.load(std::memory_order_relaxed); }
 
-    /// In decibels; silentLevel while turned off, and until the first slice. Thread [any].
+    /// The level in decibels; minDecibels while disabled and before the first slice.
+    /// [any]
     Float32 level(Level which, UInt32 channel) const;
 
-    // [audio & in a slice], in this order; nothing is done while turned off
+    // In each slice, in this order: begin(); measure() at both stages, or measureSilence() for both;
+    // publish(). They do nothing while disabled: [audio & rendering].
 
-    void begin(bool forgetsPast);
+    void begin(bool isReset);
     void measure(Stage stage, const AudioBufferList& list, UInt32 frames);
-    void measureSilence(UInt32 frames); // at both stages
+    void measureSilence(UInt32 frames);
     void publish();
 
 private:
-    void silence();
+    void publishSilence();
 
-    std::vector<LevelMeter> meters[2]; // of each stage, one a channel
-    bool measures = false;             // in this slice
+    std::vector<LevelMeter> meters_[2]; ///< of each stage, one a channel
+    bool isMeasuring_ = false;          ///< in this slice
 
-    std::atomic<bool> isOn{false};
-    std::array<std::atomic<Float32>, levelCount * meteredChannels> published{}; // power or amplitude
+    std::atomic<bool> isEnabled_{false};
+    std::array<std::atomic<Float32>, levelCount * meteredChannels> levels_{}; ///< power or amplitude
 };
 
 } // namespace kvxplatform::audiounit

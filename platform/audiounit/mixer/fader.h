@@ -1,16 +1,20 @@
-// Samples under a gain. With unity gain they are copied as they are, word for word; with none they are
-// silence, whatever they were.
+// Samples under a gain. Unity gain copies every bit; a gain of 0 writes silence whatever the input is.
 #pragma once
 
 #include "platform/pcm/gain.h"
 
 namespace kvxplatform::audiounit {
 
-/// samples[i] *= gain, from the gain's first frame.
+// The gain begins with the first sample and is not advanced.
+// All functions: [any]. They allocate nothing.
+
+/// samples[i] *= gain
 void applyGain(const pcm::Gain& gain, Float32* samples, UInt32 frames);
 
-/// out[i] = gain * in[i], and out[i] += gain * in[i].
+/// out[i] = gain * in[i]; `in` may be `out`.
 void copyWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames);
+
+/// out[i] += gain * in[i]
 void addWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames);
 
 } // namespace kvxplatform::audiounit

@@ -5,16 +5,16 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr double windowSeconds = 0.1, holdSeconds = 1, fallPerSecond = 20; // decibels
-constexpr double loudest = 1e6, quietest = 1e-6;
+constexpr double windowSeconds = 0.1, holdSeconds = 1, decibelsPerSecond = 20;
+constexpr double maxPeak = 1e6, minPeak = 1e-6;
 
-struct Loudness {
+struct Measurement {
     double energy;
     Float32 peak;
 };
 
-// Several sums and peaks side by side: a single one would have each frame wait for the one before.
-Loudness loudnessOf(const Float32* samples, UInt32 frames)
+// Separate sums and peaks become SIMD lanes; with a single one each frame waits for the one before.
+Measurement measurementOf(const Float32* samples, UInt32 frames)
 {
     constexpr UInt32 lanes = 8;
     double energies[lanes] = {};
@@ -24,9 +24,9 @@ Loudness loudnessOf(const Float32* samples, UInt32 frames)
         for (UInt32 lane = 0; lane < lanes; ++lane) {
             const Float32 sample = samples[frame + lane], magnitude = std::fabs(sample);
             energies[lane] += double{sample} * double{sample};
-            peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane]; // what is no number is not
+            peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane]; // false for NaN
         }
-    Loudness all = {0, 0};
+    Measurement all = {0, 0};
     for (; frame < frames; ++frame) {
         all.energy += double{samples[frame]} * double{samples[frame]};
         all.peak = std::fmax(all.peak, std::fabs(samples[frame]));
@@ -40,71 +40,73 @@ Loudness loudnessOf(const Float32* samples, UInt32 frames)
 
 } // namespace
 
-// windowFrames / stretchFrames is below 2 * stretchesInWindow, whatever the rate: the ring is long enough.
+// windowFrames_ / segmentFrames_ is below 2 * segmentsInWindow at any rate: the ring is long enough.
 LevelMeter::LevelMeter(Float64 sampleRate)
-    : windowFrames(std::clamp(std::round(sampleRate * windowSeconds), 1.0, 1e9)),
-      stretchFrames(std::max<UInt32>(1, static_cast<UInt32>(windowFrames) / stretchesInWindow)),
-      holdFrames(sampleRate * holdSeconds),
-      fall(std::pow(10, -fallPerSecond / 20 * stretchFrames / sampleRate))
+    : windowFrames_(std::clamp(std::round(sampleRate * windowSeconds), 1.0, 1e9)),
+      segmentFrames_(std::max<UInt32>(1, static_cast<UInt32>(windowFrames_) / segmentsInWindow)),
+      holdFrames_(sampleRate * holdSeconds),
+      segmentDecay_(std::pow(10, -decibelsPerSecond / 20 * segmentFrames_ / sampleRate))
 {
 }
 
 void LevelMeter::reset()
 {
-    energies.fill(0);
-    next = runningFrames = 0;
-    runningEnergy = runningPeak = heldPeak = heldFrames = 0;
+    energies_.fill(0);
+    next_ = framesInSegment_ = 0;
+    segmentEnergy_ = segmentPeak_ = heldPeak_ = framesHeld_ = 0;
 }
 
 void LevelMeter::measure(const Float32* samples, UInt32 frames)
 {
     while (frames) {
-        const UInt32 now = std::min(frames, stretchFrames - runningFrames);
-        const Loudness piece = loudnessOf(samples, now);
-        runningEnergy += piece.energy;
-        runningPeak = std::clamp<double>(piece.peak, runningPeak, loudest);
-        runningFrames += now;
-        if (runningFrames == stretchFrames) closeStretch();
-        samples += now;
-        frames -= now;
+        const UInt32 count = std::min(frames, segmentFrames_ - framesInSegment_);
+        const Measurement measured = measurementOf(samples, count);
+        segmentEnergy_ += measured.energy;
+        segmentPeak_ = std::clamp<double>(measured.peak, segmentPeak_, maxPeak);
+        framesInSegment_ += count;
+        if (framesInSegment_ == segmentFrames_) closeSegment();
+        samples += count;
+        frames -= count;
     }
 }
 
 void LevelMeter::measureSilence(UInt32 frames)
 {
     while (frames) {
-        const UInt32 now = std::min(frames, stretchFrames - runningFrames);
-        runningFrames += now;
-        if (runningFrames == stretchFrames) closeStretch();
-        frames -= now;
+        const UInt32 count = std::min(frames, segmentFrames_ - framesInSegment_);
+        framesInSegment_ += count;
+        if (framesInSegment_ == segmentFrames_) closeSegment();
+        frames -= count;
     }
 }
 
-void LevelMeter::closeStretch()
+void LevelMeter::closeSegment()
 {
-    energies[next] = std::isfinite(runningEnergy) ? runningEnergy : 0;
-    next = (next + 1) % energies.size();
+    energies_[next_] = std::isfinite(segmentEnergy_) ? segmentEnergy_ : 0;
+    next_ = (next_ + 1) % energies_.size();
 
-    heldFrames += runningFrames;
-    if (heldFrames > holdFrames) heldPeak *= fall;
-    if (heldPeak < quietest) heldPeak = 0;
-    if (runningPeak >= heldPeak) {
-        heldPeak = runningPeak;
-        heldFrames = 0;
+    framesHeld_ += framesInSegment_;
+    if (framesHeld_ > holdFrames_) heldPeak_ *= segmentDecay_;
+    if (heldPeak_ < minPeak) heldPeak_ = 0;
+    if (segmentPeak_ >= heldPeak_) {
+        heldPeak_ = segmentPeak_;
+        framesHeld_ = 0;
     }
-    runningEnergy = runningPeak = 0;
-    runningFrames = 0;
+    segmentEnergy_ = segmentPeak_ = 0;
+    framesInSegment_ = 0;
 }
 
 Float32 LevelMeter::averagePower() const
 {
-    double sum = std::isfinite(runningEnergy) ? runningEnergy : 0;
-    double left = windowFrames - runningFrames;
-    UInt32 at = next;
-    const auto before = [&] { return energies[at = (at ? at : static_cast<UInt32>(energies.size())) - 1]; };
-    for (; left >= stretchFrames; left -= stretchFrames) sum += before();
-    if (left > 0) sum += before() * (left / stretchFrames);
-    return static_cast<Float32>(std::min(sum / windowFrames, loudest * loudest));
+    double sum = std::isfinite(segmentEnergy_) ? segmentEnergy_ : 0;
+    double framesLeft = windowFrames_ - framesInSegment_;
+    UInt32 index = next_;
+    const auto previousEnergy = [&] {
+        return energies_[index = (index ? index : static_cast<UInt32>(energies_.size())) - 1];
+    };
+    for (; framesLeft >= segmentFrames_; framesLeft -= segmentFrames_) sum += previousEnergy();
+    if (framesLeft > 0) sum += previousEnergy() * (framesLeft / segmentFrames_);
+    return static_cast<Float32>(std::min(sum / windowFrames_, maxPeak * maxPeak));
 }
 
 } // namespace kvxplatform::audiounit

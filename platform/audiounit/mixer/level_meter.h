@@ -1,4 +1,4 @@
-// How loud one channel is: its average power and its peak.
+// The level of one channel: its average power and its peak hold.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -8,11 +8,11 @@
 
 namespace kvxplatform::audiounit {
 
-/// Units    average power is the mean square of the last 100 ms, what came before the first frame counting as
-///          silence; a peak is the largest magnitude, held for a second and then falling by 20 dB a second.
-///          Samples that are not finite count as silence in the average; a peak stops at 1e6.
-///
-/// Thread   [audio & in a slice]. Allocates nothing.
+/// Units    average power is the mean square of the last 100 ms, with silence before the first frame; the
+/// peak is
+///          the largest magnitude, held for a second, then falling by 20 dB a second. Samples that are not
+///          finite are silence in the average; a peak is at most 1e6.
+/// All functions: [audio & rendering]. They allocate nothing.
 class LevelMeter {
 public:
     LevelMeter() = default;
@@ -23,24 +23,27 @@ public:
     void measureSilence(UInt32 frames);
 
     Float32 averagePower() const;
-    Float32 peak() const { return static_cast<Float32>(std::fmax(heldPeak, runningPeak)); }
+    Float32 peak() const { return static_cast<Float32>(std::fmax(heldPeak_, segmentPeak_)); }
 
 private:
-    // The last 100 ms are added up in about a hundred stretches of equal length, and one that is still open.
-    static constexpr UInt32 stretchesInWindow = 100;
+    // The window is summed in about a hundred segments of equal length and the one in progress.
+    static constexpr UInt32 segmentsInWindow = 100;
 
-    void closeStretch();
+    void closeSegment();
 
-    double windowFrames = 1;
-    UInt32 stretchFrames = 1;
-    double holdFrames = 0;
-    double fall = 1; // of a peak, in a stretch
+    double windowFrames_ = 1;
+    UInt32 segmentFrames_ = 1;
+    double holdFrames_ = 0;
+    double segmentDecay_ = 1; ///< factor by which a peak falls in a segment
 
-    std::array<double, 2 * stretchesInWindow> energies{}; // of closed stretches, in a ring
-    UInt32 next = 0;                                      // place in the ring
-    double runningEnergy = 0, runningPeak = 0;            // of the open one
-    UInt32 runningFrames = 0;
-    double heldPeak = 0, heldFrames = 0; // and for how long
+    std::array<double, 2 * segmentsInWindow> energies_{}; ///< ring buffer of closed segments
+    UInt32 next_ = 0;                                     ///< index in the ring
+
+    // The segment in progress.
+    double segmentEnergy_ = 0, segmentPeak_ = 0;
+    UInt32 framesInSegment_ = 0;
+
+    double heldPeak_ = 0, framesHeld_ = 0;
 };
 
 } // namespace kvxplatform::audiounit

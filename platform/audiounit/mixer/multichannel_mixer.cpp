@@ -1,11 +1,13 @@
-// The multichannel mixer: adds up its connected inputs, in their order, each behind a fader and a balance,
-// and has a fader and levels of its own.
+// The multichannel mixer: it sums its connected inputs in their order. Each input has a fader and a balance,
+// the output a fader; all have meters.
 //
-// Channels  n to n; of two outputs, a single input channel goes to both. What the output has not is dropped,
-//           what no input has is silence.
+// Channels  input channel n goes to output channel n; a mono input goes to both channels of a stereo output.
+// Further
+//           input channels are dropped, further output channels are silent.
 //
-// Gains     volume, enable and pan glide; after initialising and after a reset they stand at once where they
-//           are set. At rest at 1 they leave every sample as it is.
+// Gains     volume, enable and pan ramp to a new value; in the first slice after initialising or a reset they
+// are set
+//           at once. At rest at 1 they change no bit.
 #include "platform/audiounit/mixer/bus_meters.h"
 #include "platform/audiounit/mixer/fader.h"
 #include "platform/audiounit/mixer/mixer_unit.h"
@@ -19,64 +21,33 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr UInt32 mostInputs = multichannelMixerInputs.most;
 constexpr AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIsSilence;
 
 struct Bus {
     BusMeters meters;
-
-    // [audio & in a slice]
-    pcm::Gain fader = {1, 1};
-    pcm::Gain balance[2] = {{1, 1}, {1, 1}}; // inputs only: left and right of an output of two channels
+    pcm::Gain fader = {1, 1}; ///< [audio & rendering]
+    pcm::Gain balance[2] = {{1, 1},
+                            {1, 1}}; ///< of an input: left and right of a stereo output; [audio & rendering]
 };
 
 struct Mixer {
-    Bus inputs[mostInputs];
+    Bus inputs[multichannelMixerInputs.most];
     Bus output;
-    bool isFresh = true; // nothing has been heard yet: there is nothing to glide from. [audio & in a slice]
+    bool isFresh = true; ///< no slice since the start: gains have no value to ramp from; [audio & rendering]
 };
 
-} // namespace
+// ---- gains ----
 
-OSStatus openMixer(Unit& unit)
+void setGain(pcm::Gain& gain, Float32 target, bool isAtOnce)
 {
-    unit.state = new Mixer;
-    return noErr;
-}
-
-void destroyMixer(void* state) { delete static_cast<Mixer*>(state); }
-
-OSStatus initializeMixer(Unit& unit)
-{
-    auto& mixer = stateOf<Mixer>(unit);
-    const AudioStreamBasicDescription& out = unit.output(0).format;
-    for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
-        const Element& input = unit.input(bus);
-        if (input.source.get() && input.format.mSampleRate != out.mSampleRate)
-            return kAudioUnitErr_FormatNotSupported;
-        mixer.inputs[bus].meters.prepare(input.format.mChannelsPerFrame, out.mSampleRate);
-    }
-    mixer.output.meters.prepare(out.mChannelsPerFrame, out.mSampleRate);
-    mixer.isFresh = true;
-    return noErr;
-}
-
-void resetMixer(Unit& unit) { stateOf<Mixer>(unit).isFresh = true; }
-
-namespace {
-
-// ---- a slice ----
-
-void turn(pcm::Gain& gain, Float32 target, bool atOnce)
-{
-    if (atOnce)
+    if (isAtOnce)
         gain = {target, target};
     else
         gain.rampTo(target);
 }
 
-/// Take on what the parameters say. An input without a source has nothing to glide either.
-void turnGains(Unit& unit, Mixer& mixer)
+/// Read the parameters into the gains. An input without a source does not ramp.
+void updateGains(Unit& unit, Mixer& mixer)
 {
     const bool isStereo = unit.output(0).format.mChannelsPerFrame == 2;
     for (UInt32 i = 0; i < unit.inputs().count; ++i) {
@@ -86,17 +57,17 @@ void turnGains(Unit& unit, Mixer& mixer)
         const Float32 volume = value(kMultiChannelMixerParam_Volume);
         const bool isOn = value(kMultiChannelMixerParam_Enable) >= 1;
         const Float32 pan = isStereo ? value(kMultiChannelMixerParam_Pan) : 0;
-        const bool atOnce = mixer.isFresh || !unit.input(i).source.get();
+        const bool isAtOnce = mixer.isFresh || !unit.input(i).source.get();
         Bus& bus = mixer.inputs[i];
-        turn(bus.fader, isOn ? volume : 0, atOnce);
-        turn(bus.balance[0], pan > 0 ? 1 - pan : 1, atOnce);
-        turn(bus.balance[1], pan < 0 ? 1 + pan : 1, atOnce);
+        setGain(bus.fader, isOn ? volume : 0, isAtOnce);
+        setGain(bus.balance[0], pan > 0 ? 1 - pan : 1, isAtOnce);
+        setGain(bus.balance[1], pan < 0 ? 1 + pan : 1, isAtOnce);
     }
-    turn(mixer.output.fader, parameterValue(unit, kMultiChannelMixerParam_Volume, kAudioUnitScope_Output, 0),
-         mixer.isFresh);
+    const Float32 volume = parameterValue(unit, kMultiChannelMixerParam_Volume, kAudioUnitScope_Output, 0);
+    setGain(mixer.output.fader, volume, mixer.isFresh);
 }
 
-/// The slice is over for a bus.
+/// After a bus's part of a slice.
 void finish(Bus& bus, UInt32 frames)
 {
     bus.fader.advance(frames);
@@ -104,8 +75,8 @@ void finish(Bus& bus, UInt32 frames)
     bus.meters.publish();
 }
 
-/// Put a list behind a bus's fader, and measure it on both sides.
-void fade(Bus& bus, AudioBufferList& list, UInt32 frames)
+/// Apply a bus's fader in place, with the meters before and after it.
+void applyFader(Bus& bus, AudioBufferList& list, UInt32 frames)
 {
     bus.meters.measure(Stage::preFader, list, frames);
     for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
@@ -113,7 +84,9 @@ void fade(Bus& bus, AudioBufferList& list, UInt32 frames)
     bus.meters.measure(Stage::postFader, list, frames);
 }
 
-/// The output while inputs are added to it: its channels up to `written` hold something.
+// ---- the sum ----
+
+/// The output of a slice while inputs are added. Its first `written` channels hold samples.
 struct Sum {
     AudioBufferList& out;
     UInt32 frames;
@@ -121,23 +94,24 @@ struct Sum {
 
     void add(const AudioBufferList& in, const pcm::Gain (&balance)[2])
     {
-        const bool isStereo = out.mNumberBuffers == 2, isDoubled = isStereo && in.mNumberBuffers == 1;
-        const UInt32 channels = isDoubled ? 2 : std::min(in.mNumberBuffers, out.mNumberBuffers);
+        const bool isStereo = out.mNumberBuffers == 2, isMonoToStereo = isStereo && in.mNumberBuffers == 1;
+        const UInt32 channels = isMonoToStereo ? 2 : std::min(in.mNumberBuffers, out.mNumberBuffers);
         for (UInt32 i = 0; i < channels; ++i)
-            (i < written ? addWithGain : copyWithGain)(
-                isStereo ? balance[i] : unity, samplesOf(in, isDoubled ? 0 : i), samplesOf(out, i), frames);
+            (i < written ? addWithGain : copyWithGain)(isStereo ? balance[i] : unity,
+                                                       samplesOf(in, isMonoToStereo ? 0 : i),
+                                                       samplesOf(out, i), frames);
         written = std::max(written, channels);
     }
 
-    /// The first input, where it lies in the output already.
-    void begin(const pcm::Gain (&balance)[2])
+    /// Add the first input, which was rendered into the output.
+    void addInPlace(const pcm::Gain (&balance)[2])
     {
         written = out.mNumberBuffers;
         if (written == 2)
             for (UInt32 i = 0; i < 2; ++i) applyGain(balance[i], samplesOf(out, i), frames);
     }
 
-    void fillUp()
+    void silenceRest()
     {
         for (; written < out.mNumberBuffers; ++written) std::fill_n(samplesOf(out, written), frames, 0.0f);
     }
@@ -150,67 +124,33 @@ struct Sum {
     }
 };
 
-/// Pull an input that has a source and add it. `gaveSound` becomes true unless the source says that it is
-/// silent.
-OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& gaveSound)
+/// Pull an input that has a source and add it. Sets `hasSound` unless the source reports silence.
+OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& hasSound)
 {
     const Element& input = unit.input(bus);
     if (input.format.mSampleRate != unit.output(0).format.mSampleRate)
-        return kAudioUnitErr_FormatNotSupported; // a source that came later
+        return kAudioUnitErr_FormatNotSupported; // a source that was connected after initialising
     AudioUnitRenderActionFlags flags = slice.flags & ~isSilence;
     AudioBufferList* in = &slice.out;
-    // The first one heard needs no copy where it is as wide as the output.
+    // The first audible input is rendered straight into an output of the same format.
     const bool isInPlace = !sum.written && pcm::isSameFormat(input.format, unit.output(0).format);
     const OSStatus status = isInPlace ? pullInto(slice.out, 0, unit, bus, flags, slice.time, slice.frames)
                                       : pull(unit, bus, flags, slice.time, slice.frames, in);
-    if (status) // one that was taken away meanwhile is none
+    if (status) // a source that was disconnected during this slice is no error
         return status == kAudioUnitErr_NoConnection && !input.source.get() ? noErr : status;
 
-    Bus& own = stateOf<Mixer>(unit).inputs[bus];
-    fade(own, *in, slice.frames);
-    gaveSound |= !(flags & isSilence);
-    if (own.fader.isSilence()) return noErr; // nothing added changes not a bit of the others
+    Bus& state = stateOf<Mixer>(unit).inputs[bus];
+    applyFader(state, *in, slice.frames);
+    hasSound |= !(flags & isSilence);
+    if (state.fader.isSilence()) return noErr; // adding 0 would change -0
     if (isInPlace)
-        sum.begin(own.balance);
+        sum.addInPlace(state.balance);
     else
-        sum.add(*in, own.balance);
+        sum.add(*in, state.balance);
     return noErr;
 }
 
-} // namespace
-
-OSStatus renderMixer(Unit& unit, Slice& slice)
-{
-    auto& mixer = stateOf<Mixer>(unit);
-    turnGains(unit, mixer);
-    Sum sum{slice.out, slice.frames};
-    OSStatus failure = noErr;
-    bool gaveSound = false;
-    for (UInt32 i = 0; i < unit.inputs().count; ++i) {
-        Bus& bus = mixer.inputs[i];
-        bus.meters.begin(mixer.isFresh);
-        if (unit.input(i).source.get()) {
-            const OSStatus status = addInput(unit, slice, i, sum, gaveSound);
-            if (status && !failure) failure = status;
-        } else {
-            bus.meters.measureSilence(slice.frames);
-        }
-        finish(bus, slice.frames);
-    }
-    sum.fillUp();
-    if (failure) pcm::clear(slice.out);
-    slice.flags = gaveSound ? slice.flags & ~isSilence : slice.flags | isSilence;
-
-    mixer.output.meters.begin(mixer.isFresh);
-    fade(mixer.output, slice.out, slice.frames);
-    finish(mixer.output, slice.frames);
-    mixer.isFresh = false;
-    return failure;
-}
-
-// ---- what it says and is told ----
-
-namespace {
+// ---- properties and parameters ----
 
 BusMeters& metersAt(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
@@ -220,12 +160,12 @@ BusMeters& metersAt(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 
 OSStatus getMetering(Unit& unit, ElementAddress address, void* data, UInt32&)
 {
-    return give(data, UInt32{metersAt(unit, address.scope, address.element).isTurnedOn()});
+    return give(data, UInt32{metersAt(unit, address.scope, address.element).isEnabled()});
 }
 
 OSStatus setMetering(Unit& unit, ElementAddress address, const void* data, UInt32)
 {
-    metersAt(unit, address.scope, address.element).turn(valueAt<UInt32>(data) != 0);
+    metersAt(unit, address.scope, address.element).setEnabled(valueAt<UInt32>(data) != 0);
     return noErr;
 }
 
@@ -242,7 +182,7 @@ OSStatus getLevel(Unit& unit, const Parameter& row, AudioUnitElement element, UI
 }
 
 template <AudioUnitScope scope>
-UInt32 channelsWithLevels(const Unit& unit, AudioUnitElement element)
+UInt32 channelsMetered(const Unit& unit, AudioUnitElement element)
 {
     return std::min(unit.scopes[scope].elements[element].channels.load(), meteredChannels);
 }
@@ -264,16 +204,70 @@ const Parameter mixerParameters[] = {
     {kMultiChannelMixerParam_Volume,           1,               input,  "volume",             kAudioUnitParameterUnit_LinearGain, 0,           1,            1,           false,    nullptr,                      nullptr, nullptr},
     {kMultiChannelMixerParam_Enable,           1,               input,  "enable",             kAudioUnitParameterUnit_Boolean,    0,           1,            1,           false,    nullptr,                      nullptr, nullptr},
     {kMultiChannelMixerParam_Pan,              1,               input,  "pan",                kAudioUnitParameterUnit_Pan,        -1,          1,            0,           false,    nullptr,                      nullptr, nullptr},
-    {kMultiChannelMixerParam_PreAveragePower,  meteredChannels, input,  "pre average power",  decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::preAverage>,  nullptr, channelsWithLevels<input>},
-    {kMultiChannelMixerParam_PrePeakHoldLevel, meteredChannels, input,  "pre peak hold",      decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::prePeak>,     nullptr, channelsWithLevels<input>},
-    {kMultiChannelMixerParam_PostAveragePower, meteredChannels, input,  "post average power", decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::postAverage>, nullptr, channelsWithLevels<input>},
-    {kMultiChannelMixerParam_PostPeakHoldLevel, meteredChannels, input, "post peak hold",     decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::postPeak>,    nullptr, channelsWithLevels<input>},
+    {kMultiChannelMixerParam_PreAveragePower,  meteredChannels, input,  "pre average power",  decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::preAverage>,  nullptr, channelsMetered<input>},
+    {kMultiChannelMixerParam_PrePeakHoldLevel, meteredChannels, input,  "pre peak hold",      decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::prePeak>,     nullptr, channelsMetered<input>},
+    {kMultiChannelMixerParam_PostAveragePower, meteredChannels, input,  "post average power", decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::postAverage>, nullptr, channelsMetered<input>},
+    {kMultiChannelMixerParam_PostPeakHoldLevel, meteredChannels, input, "post peak hold",     decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::postPeak>,    nullptr, channelsMetered<input>},
     {kMultiChannelMixerParam_Volume,           1,               output, "volume",             kAudioUnitParameterUnit_LinearGain, 0,           1,            1,           false,    nullptr,                      nullptr, nullptr},
-    {kMultiChannelMixerParam_PreAveragePower,  meteredChannels, output, "pre average power",  decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::preAverage>,  nullptr, channelsWithLevels<output>},
-    {kMultiChannelMixerParam_PrePeakHoldLevel, meteredChannels, output, "pre peak hold",      decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::prePeak>,     nullptr, channelsWithLevels<output>},
-    {kMultiChannelMixerParam_PostAveragePower, meteredChannels, output, "post average power", decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::postAverage>, nullptr, channelsWithLevels<output>},
-    {kMultiChannelMixerParam_PostPeakHoldLevel, meteredChannels, output, "post peak hold",    decibels,                           silentLevel, loudestLevel, silentLevel, true,     getLevel<Level::postPeak>,    nullptr, channelsWithLevels<output>},
+    {kMultiChannelMixerParam_PreAveragePower,  meteredChannels, output, "pre average power",  decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::preAverage>,  nullptr, channelsMetered<output>},
+    {kMultiChannelMixerParam_PrePeakHoldLevel, meteredChannels, output, "pre peak hold",      decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::prePeak>,     nullptr, channelsMetered<output>},
+    {kMultiChannelMixerParam_PostAveragePower, meteredChannels, output, "post average power", decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::postAverage>, nullptr, channelsMetered<output>},
+    {kMultiChannelMixerParam_PostPeakHoldLevel, meteredChannels, output, "post peak hold",    decibels,                           minDecibels, maxDecibels, minDecibels, true,     getLevel<Level::postPeak>,    nullptr, channelsMetered<output>},
 };
 // clang-format on
+
+OSStatus openMixer(Unit& unit)
+{
+    unit.state = new Mixer;
+    return noErr;
+}
+
+void destroyMixer(void* state) { delete static_cast<Mixer*>(state); }
+
+OSStatus initializeMixer(Unit& unit)
+{
+    auto& mixer = stateOf<Mixer>(unit);
+    const AudioStreamBasicDescription& out = unit.output(0).format;
+    for (UInt32 bus = 0; bus < unit.inputs().count; ++bus) {
+        const Element& element = unit.input(bus);
+        if (element.source.get() && element.format.mSampleRate != out.mSampleRate)
+            return kAudioUnitErr_FormatNotSupported;
+        mixer.inputs[bus].meters.prepare(element.format.mChannelsPerFrame, out.mSampleRate);
+    }
+    mixer.output.meters.prepare(out.mChannelsPerFrame, out.mSampleRate);
+    mixer.isFresh = true;
+    return noErr;
+}
+
+void resetMixer(Unit& unit) { stateOf<Mixer>(unit).isFresh = true; }
+
+OSStatus renderMixer(Unit& unit, Slice& slice)
+{
+    auto& mixer = stateOf<Mixer>(unit);
+    updateGains(unit, mixer);
+    Sum sum{slice.out, slice.frames};
+    OSStatus failure = noErr;
+    bool hasSound = false;
+    for (UInt32 i = 0; i < unit.inputs().count; ++i) {
+        Bus& bus = mixer.inputs[i];
+        bus.meters.begin(mixer.isFresh);
+        if (unit.input(i).source.get()) {
+            const OSStatus status = addInput(unit, slice, i, sum, hasSound);
+            if (status && !failure) failure = status;
+        } else {
+            bus.meters.measureSilence(slice.frames);
+        }
+        finish(bus, slice.frames);
+    }
+    sum.silenceRest();
+    if (failure) pcm::clear(slice.out);
+    slice.flags = hasSound ? slice.flags & ~isSilence : slice.flags | isSilence;
+
+    mixer.output.meters.begin(mixer.isFresh);
+    applyFader(mixer.output, slice.out, slice.frames);
+    finish(mixer.output, slice.frames);
+    mixer.isFresh = false;
+    return failure;
+}
 
 } // namespace kvxplatform::audiounit
