@@ -1,4 +1,4 @@
-// What changes while sound runs makes no click: a tone goes on as a tone.
+// Changes of the equaliser during rendering make no click.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -27,20 +27,20 @@ struct Equaliser : Unit {
     Track track;
 };
 
-void all(const Equaliser& unit, Float32 gain)
+void setAll(const Equaliser& unit, Float32 gain)
 {
     for (AudioUnitParameterID band = 0; band < 31; ++band) unit.put(band, gain);
 }
 
-/// The largest second difference: what a click is to the ear. A tone's own is amplitude * angle^2.
-double sharpest(const std::vector<Float32>& samples, std::size_t from)
+/// The largest second difference: large in a click; amplitude * angle^2 in a tone.
+double maxSecondDifference(const std::vector<Float32>& samples, std::size_t from)
 {
-    double sharp = 0;
+    double largest = 0;
     for (std::size_t i = from + 2; i < samples.size(); ++i)
-        sharp = std::max(sharp,
-                         std::fabs(static_cast<double>(samples[i]) - 2 * static_cast<double>(samples[i - 1]) +
-                                   static_cast<double>(samples[i - 2])));
-    return sharp;
+        largest = std::max(largest, std::fabs(static_cast<double>(samples[i]) -
+                                              2 * static_cast<double>(samples[i - 1]) +
+                                              static_cast<double>(samples[i - 2])));
+    return largest;
 }
 
 using Setting = std::function<void(const Equaliser&)>;
@@ -54,15 +54,18 @@ struct Change {
 const Change changes[] = {
     {"from flat to a raised band", 1000, [](auto&) {}, [](auto& unit) { unit.put(17, 20); }},
     {"from flat to a lowered band", 1000, [](auto&) {}, [](auto& unit) { unit.put(17, -20); }},
-    {"back to flat", 1000, [](auto& unit) { unit.put(17, 20); }, [](auto& unit) { unit.put(17, 0); }},
-    {"back from a cut", 1000, [](auto& unit) { unit.put(17, -20); }, [](auto& unit) { unit.put(17, 0); }},
-    {"up to down", 1000, [](auto& unit) { unit.put(17, 20); }, [](auto& unit) { unit.put(17, -20); }},
-    {"a low band under a low tone", 63, [](auto&) {}, [](auto& unit) { unit.put(5, 20); }},
+    {"from a raised band to flat", 1000, [](auto& unit) { unit.put(17, 20); },
+     [](auto& unit) { unit.put(17, 0); }},
+    {"from a lowered band to flat", 1000, [](auto& unit) { unit.put(17, -20); },
+     [](auto& unit) { unit.put(17, 0); }},
+    {"from raised to lowered", 1000, [](auto& unit) { unit.put(17, 20); },
+     [](auto& unit) { unit.put(17, -20); }},
+    {"a low band, with a low tone", 63, [](auto&) {}, [](auto& unit) { unit.put(5, 20); }},
     {"the lowest band", 25, [](auto& unit) { unit.put(0, 20); }, [](auto& unit) { unit.put(0, 0); }},
     {"the highest band", 1000, [](auto& unit) { unit.put(30, 20); }, [](auto& unit) { unit.put(30, -20); }},
-    {"all bands", 440, [](auto& unit) { all(unit, 6); }, [](auto& unit) { all(unit, -6); }},
-    {"bypass", 1000, [](auto& unit) { unit.put(17, 20); }, [](auto& unit) { unit.bypass(1); }},
-    {"no bypass any more", 1000,
+    {"all bands", 440, [](auto& unit) { setAll(unit, 6); }, [](auto& unit) { setAll(unit, -6); }},
+    {"bypass on", 1000, [](auto& unit) { unit.put(17, 20); }, [](auto& unit) { unit.bypass(1); }},
+    {"bypass off", 1000,
      [](auto& unit) {
          unit.put(17, -12);
          unit.bypass(1);
@@ -98,38 +101,39 @@ TEST(EqualiserChange, MakesNoClick)
             const std::vector<Float32> start(settled[0].end() - 4410, settled[0].end());
             const double step =
                 std::max(largestStep(start, 0, start.size()), largestStep(end, 0, end.size()));
-            const double bend = std::max(sharpest(start, 0), sharpest(end, 0));
-            EXPECT_LT(largestStep(whole, 0, whole.size()), 1.05 * step + 0.0005) << "steps of its own size";
-            EXPECT_LT(sharpest(whole, 0), 1.1 * bend + 0.002) << "and bends";
+            const double secondDifference =
+                std::max(maxSecondDifference(start, 0), maxSecondDifference(end, 0));
+            EXPECT_LT(largestStep(whole, 0, whole.size()), 1.05 * step + 0.0005) << "first difference";
+            EXPECT_LT(maxSecondDifference(whole, 0), 1.1 * secondDifference + 0.002) << "second difference";
         }
 }
 
-TEST(EqualiserChange, ArrivesWhereItIsSet)
+TEST(EqualiserChange, ReachesTheGainThatIsSet)
 {
     for (const Float32 gain : {12.0f, -20.0f}) {
         const Equaliser unit(tone(2, 200000, 1000, rate, 0.05));
         Rendering rendering(unit, canonical(rate, 2), 1156);
         rendering.play(1000, 512);
         unit.put(17, gain);
-        const Sound heard = rendering.play(20000, 512);
-        EXPECT_NEAR(decibels(amplitudeAt(heard[0], 10000, 18820, 1000, rate) / 0.05), gain, 0.05);
+        const Sound output = rendering.play(20000, 512);
+        EXPECT_NEAR(decibels(amplitudeAt(output[0], 10000, 18820, 1000, rate) / 0.05), gain, 0.05);
     }
 }
 
-// Once it has glided back, bits pass as they are again.
-TEST(EqualiserChange, EndsFlatToTheBit)
+// After the ramp to flat the input passes unchanged.
+TEST(EqualiserChange, BackToFlatChangesNoBit)
 {
     // clang-format off
     const struct { const char* name; Setting back; } ways[] = {
-        {"gains of 0",       [](auto& unit) { all(unit, 0); }},
-        {"bypass",           [](auto& unit) { unit.bypass(1); }},
-        {"bands that are away", [](auto& unit) { for (UInt32 i = 0; i < 10; ++i) unit.put(i, 0); unit.put(kGraphicEQParam_NumberOfBands, 0); }},
+        {"gains of 0",       [](auto& unit) { setAll(unit, 0); }},
+        {"bypass on",           [](auto& unit) { unit.bypass(1); }},
+        {"the other set of bands", [](auto& unit) { for (UInt32 i = 0; i < 10; ++i) unit.put(i, 0); unit.put(kGraphicEQParam_NumberOfBands, 0); }},
     };
     // clang-format on
     for (const auto& way : ways) {
         const Sound sound = whiteNoise(2, 20000), bits = anyBits(2, 5000);
         Equaliser unit(sound);
-        all(unit, 12);
+        setAll(unit, 12);
         Rendering rendering(unit, canonical(rate, 2), 1156);
         EXPECT_FALSE(sameBits(rendering.play(2000, 512)[0],
                               std::vector<Float32>(sound[0].begin(), sound[0].begin() + 2000)));
@@ -141,7 +145,7 @@ TEST(EqualiserChange, EndsFlatToTheBit)
     }
 }
 
-TEST(EqualiserChange, StandsAtOnceWhereNothingWasHeard)
+TEST(EqualiserChange, DoesNotRampBeforeTheFirstSlice)
 {
     const Sound sound = whiteNoise(2, 2000);
     Equaliser set(sound), late(sound);

@@ -1,4 +1,4 @@
-// What the graphic equaliser says of itself, takes and refuses.
+// The graphic equaliser's properties, formats and parameters.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -35,19 +35,19 @@ TEST(Equaliser, HasItsProperties)
     // clang-format off
     const struct { AudioUnitPropertyID id; AudioUnitScope scope; AudioUnitElement element; OSStatus status; UInt32 size; bool isWritable; const char* why; } facts[] = {
         {21,   0, 0, noErr,                         4,  true,  "bypass"},
-        {21,   1, 0, kAudioUnitErr_InvalidScope,    0,  false, "of the whole"},
-        {21,   0, 1, kAudioUnitErr_InvalidElement,  0,  false, "there is one whole"},
+        {21,   1, 0, kAudioUnitErr_InvalidScope,    0,  false, "global scope only"},
+        {21,   0, 1, kAudioUnitErr_InvalidElement,  0,  false, "one global element"},
         {13,   0, 0, noErr,                         4,  false, "channel counts"},
         {20,   0, 0, noErr,                         8,  false, "tail time"},
-        {20,   1, 0, kAudioUnitErr_InvalidScope,    0,  false, "of the whole"},
+        {20,   1, 0, kAudioUnitErr_InvalidScope,    0,  false, "global scope only"},
         {12,   0, 0, noErr,                         8,  false, "latency"},
         {8,    1, 0, noErr,                         40, true,  "the input's format"},
         {8,    1, 1, kAudioUnitErr_InvalidElement,  0,  false, "one input"},
         {8,    2, 0, noErr,                         40, true,  "the output's"},
         {8,    2, 1, kAudioUnitErr_InvalidElement,  0,  false, "one output"},
-        {11,   1, 0, noErr,                         4,  true,  "the number of inputs can be told what it is"},
-        {3007, 1, 0, kAudioUnitErr_InvalidProperty, 0,  false, "no levels"},
-        {26,   0, 0, kAudioUnitErr_InvalidProperty, 0,  false, "no quality"},
+        {11,   1, 0, noErr,                         4,  true,  "the number of inputs, settable to its own value only"},
+        {3007, 1, 0, kAudioUnitErr_InvalidProperty, 0,  false, "no metering"},
+        {26,   0, 0, kAudioUnitErr_InvalidProperty, 0,  false, "no render quality"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -63,28 +63,28 @@ TEST(Equaliser, HasItsProperties)
     EXPECT_EQ(unit.get<Float64>(kAudioUnitProperty_Latency, 0, 0), 0);
     const auto counts = unit.get<AUChannelInfo>(kAudioUnitProperty_SupportedNumChannels, 0, 0);
     EXPECT_EQ(counts.inChannels, -1);
-    EXPECT_EQ(counts.outChannels, -1) << "as many out as in";
+    EXPECT_EQ(counts.outChannels, -1) << "as many outputs as inputs";
     EXPECT_EQ(unit.get<UInt32>(kAudioUnitProperty_BypassEffect, 0, 0), 0u);
     EXPECT_EQ(unit.set(kAudioUnitProperty_BypassEffect, 0, 0, UInt32{1}), noErr);
     EXPECT_EQ(unit.get<UInt32>(kAudioUnitProperty_BypassEffect, 0, 0), 1u);
     EXPECT_EQ(unit.set(kAudioUnitProperty_TailTime, 0, 0, 1.0), kAudioUnitErr_PropertyNotWritable);
 }
 
-TEST(Equaliser, WantsOneFormatOnBothSides)
+TEST(Equaliser, NeedsOneFormatOnBothSides)
 {
     constexpr OSStatus refused = kAudioUnitErr_FormatNotSupported;
     // clang-format off
     const struct { AudioStreamBasicDescription in, out; OSStatus inStatus, outStatus, status; const char* why; } facts[] = {
-        {canonical(44100, 2),  canonical(44100, 2),  noErr,   noErr,   noErr,   "alike"},
+        {canonical(44100, 2),  canonical(44100, 2),  noErr,   noErr,   noErr,   "equal"},
         {canonical(8000, 1),   canonical(8000, 1),   noErr,   noErr,   noErr,   "any rate, one channel"},
-        {canonical(192000, 8), canonical(192000, 8), noErr,   noErr,   noErr,   "eight"},
+        {canonical(192000, 8), canonical(192000, 8), noErr,   noErr,   noErr,   "eight channels"},
         {canonical(30, 2),     canonical(30, 2),     noErr,   noErr,   noErr,   "a rate below every band"},
         {canonical(1e9, 1),    canonical(1e9, 1),    noErr,   noErr,   noErr,   "a rate far above"},
         {canonical(44100, 2),  canonical(48000, 2),  noErr,   noErr,   refused, "two rates"},
-        {canonical(44100, 1),  canonical(44100, 2),  noErr,   noErr,   refused, "two widths"},
-        {interleaved(44100, 2), canonical(44100, 2), refused, noErr,   noErr,   "interleaved: it keeps what it had"},
-        {canonical(44100, 2), pcm(44100, 2, 16, isSigned | isPacked | isNonInterleaved), noErr, refused, noErr, "integers: likewise"},
-        {canonical(0, 2),      canonical(44100, 2),  refused, noErr,   noErr,   "no rate: likewise"},
+        {canonical(44100, 1),  canonical(44100, 2),  noErr,   noErr,   refused, "two channel counts"},
+        {interleaved(44100, 2), canonical(44100, 2), refused, noErr,   noErr,   "interleaved: the former format stays"},
+        {canonical(44100, 2), pcm(44100, 2, 16, isSigned | isPacked | isNonInterleaved), noErr, refused, noErr, "integers: the former format stays"},
+        {canonical(0, 2),      canonical(44100, 2),  refused, noErr,   noErr,   "no rate: the former format stays"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -98,7 +98,7 @@ TEST(Equaliser, WantsOneFormatOnBothSides)
     }
 }
 
-TEST(Equaliser, HasAsManyGainsAsBands)
+TEST(Equaliser, HasAGainForEachBand)
 {
     constexpr OSStatus noSuch = kAudioUnitErr_InvalidParameter;
     // clang-format off
@@ -107,16 +107,16 @@ TEST(Equaliser, HasAsManyGainsAsBands)
         {0,    0,    10, "10"},
         {0.4f, 0.4f, 10, "nearer to 0"},
         {0.5f, 0.5f, 31, "the middle"},
-        {7,    1,    31, "beyond the last"},
-        {-3,   0,    10, "before the first"},
+        {7,    1,    31, "above the last value"},
+        {-3,   0,    10, "below the first value"},
     };
     // clang-format on
     const Equaliser unit;
-    EXPECT_EQ(unit.value(numberOfBands), 1) << "31 bands at first";
+    EXPECT_EQ(unit.value(numberOfBands), 1) << "31 bands initially";
     for (const auto& choice : choices) {
         SCOPED_TRACE(choice.why);
         EXPECT_EQ(unit.put(numberOfBands, choice.choice), noErr);
-        EXPECT_EQ(unit.value(numberOfBands), choice.choiceRead) << "reads as it was set";
+        EXPECT_EQ(unit.value(numberOfBands), choice.choiceRead) << "reads back";
         for (UInt32 band = 0; band < 40; ++band) {
             const OSStatus expected = band < choice.bands ? noErr : noSuch;
             OSStatus status = noErr;
@@ -145,20 +145,20 @@ TEST(Equaliser, KeepsItsParametersInRange)
     constexpr OSStatus badValue = kAudioUnitErr_InvalidPropertyValue;
     // clang-format off
     const struct { AudioUnitParameterID id; AudioUnitScope scope; AudioUnitElement element; Float32 set; OSStatus status; Float32 get; const char* why; } facts[] = {
-        {0,  0, 0, 20,         noErr, 20,    "the most"},
+        {0,  0, 0, 20,         noErr, 20,    "most"},
         {0,  0, 0, 20.1f,      noErr, 20,    "above"},
         {0,  0, 0, infinite,   noErr, 20,    "far above"},
-        {30, 0, 0, -20,        noErr, -20,   "the least"},
+        {30, 0, 0, -20,        noErr, -20,   "least"},
         {30, 0, 0, -20.1f,     noErr, -20,   "below"},
-        {7,  0, 0, 0.1f,       noErr, 0.1f,  "exactly the float that was given"},
+        {7,  0, 0, 0.1f,       noErr, 0.1f,  "reads back exactly"},
         {7,  0, 0, std::nanf(""), badValue, 0.1f, "not a number: nothing changes"},
         {7,  1, 0, 1,          kAudioUnitErr_InvalidScope,   0, "not of an input"},
-        {7,  2, 0, 1,          kAudioUnitErr_InvalidScope,   0, "nor of the output"},
-        {7,  0, 1, 1,          kAudioUnitErr_InvalidElement, 0, "one whole"},
-        {31, 0, 0, 1,          kAudioUnitErr_InvalidParameter, 0, "behind the last band"},
-        {9999,  0, 0, 1,       kAudioUnitErr_InvalidParameter, 0, "before the number of bands"},
-        {10001, 0, 0, 1,       kAudioUnitErr_InvalidParameter, 0, "behind it"},
-        {10000, 1, 0, 1,       kAudioUnitErr_InvalidScope,   0, "it is of the whole"},
+        {7,  2, 0, 1,          kAudioUnitErr_InvalidScope,   0, "not of the output"},
+        {7,  0, 1, 1,          kAudioUnitErr_InvalidElement, 0, "one global element"},
+        {31, 0, 0, 1,          kAudioUnitErr_InvalidParameter, 0, "past the last band"},
+        {9999,  0, 0, 1,       kAudioUnitErr_InvalidParameter, 0, "before the ID of the number of bands"},
+        {10001, 0, 0, 1,       kAudioUnitErr_InvalidParameter, 0, "after the ID of the number of bands"},
+        {10000, 1, 0, 1,       kAudioUnitErr_InvalidScope,   0, "global scope only"},
     };
     // clang-format on
     const Equaliser unit;
@@ -176,19 +176,19 @@ TEST(Equaliser, KeepsItsParametersInRange)
     }
 }
 
-TEST(Equaliser, KeepsTheGainsOfBandsThatAreAway)
+TEST(Equaliser, KeepsTheGainsOfTheInactiveSet)
 {
     const Equaliser unit;
     ASSERT_EQ(unit.put(20, 6), noErr);
     ASSERT_EQ(unit.put(3, 4), noErr);
     ASSERT_EQ(unit.put(numberOfBands, 0), noErr);
     EXPECT_EQ(unit.put(20, -5), kAudioUnitErr_InvalidParameter);
-    EXPECT_EQ(unit.value(3), 4) << "a gain goes with its number";
+    EXPECT_EQ(unit.value(3), 4) << "a gain belongs to a band's number in either set";
     ASSERT_EQ(unit.put(numberOfBands, 1), noErr);
     EXPECT_EQ(unit.value(20), 6);
 }
 
-TEST(Equaliser, SaysWhatItsParametersAre)
+TEST(Equaliser, DescribesItsParameters)
 {
     const Equaliser unit;
     constexpr UInt32 writable = kAudioUnitParameterFlag_IsReadable | kAudioUnitParameterFlag_IsWritable;
@@ -210,8 +210,8 @@ TEST(Equaliser, SaysWhatItsParametersAre)
     }
 }
 
-// What sounds on after the end: nothing when flat, longest the narrow bands at the bottom.
-TEST(Equaliser, SaysHowLongItSoundsOn)
+// No tail when flat; low narrow bands have the longest.
+TEST(Equaliser, ReportsItsTail)
 {
     const Equaliser unit;
     EXPECT_EQ(unit.tail(), 0);
@@ -232,7 +232,7 @@ TEST(Equaliser, SaysHowLongItSoundsOn)
     ASSERT_EQ(unit.put(0, 0), noErr);
     EXPECT_EQ(unit.tail(), high);
     ASSERT_EQ(unit.put(numberOfBands, 0), noErr);
-    EXPECT_EQ(unit.tail(), 0) << "of ten bands none is set";
+    EXPECT_EQ(unit.tail(), 0) << "no band of the set of ten is set";
 }
 
 } // namespace

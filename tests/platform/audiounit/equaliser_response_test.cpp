@@ -1,4 +1,4 @@
-// What the graphic equaliser does to tones, measured.
+// The measured frequency response of the graphic equaliser.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ struct Equaliser : Unit {
     AudioStreamBasicDescription format;
 };
 
-/// The whole response of a setting: its answer to a single impulse, as long as it sounds.
+/// The impulse response with one band set.
 std::vector<Float32> impulseResponse(double rate, Float32 bands, AudioUnitParameterID band, Float32 gain,
                                      std::size_t frames)
 {
@@ -51,31 +51,30 @@ std::vector<Float32> impulseResponse(double rate, Float32 bands, AudioUnitParame
     return rendering.play(frames, 4096)[0];
 }
 
-/// What an impulse response makes of one frequency, in decibels: its transform there.
+/// The gain of an impulse response at one frequency, in decibels.
 double responseAt(const std::vector<Float32>& impulse, double hertz, double rate)
 {
-    // Goertzel's recurrence, in a form that is exact at low frequencies too.
     const double angle = 2 * 3.14159265358979323846 * hertz / rate;
     const double cosine = std::cos(angle), sine = std::sin(angle);
-    double re = 0, im = 0; // Horner's rule, from the last sample to the first
+    double re = 0, im = 0; // the transform by Horner's rule, exact at low frequencies too
     for (std::size_t i = impulse.size(); i-- > 0;) {
-        const double turned = re * cosine + im * sine;
+        const double rotated = re * cosine + im * sine;
         im = im * cosine - re * sine;
-        re = turned + static_cast<double>(impulse[i]);
+        re = rotated + static_cast<double>(impulse[i]);
     }
     return decibels(std::hypot(re, im));
 }
 
-/// Both neighbours of a band, `away` octaves off, as far as they can be heard.
-void expectQuietAround(const std::vector<Float32>& impulse, double centre, double away, double rate)
+/// Expect less than 1 dB at `distance` octaves to either side of a band, below half the sample rate.
+void expectFlatAround(const std::vector<Float32>& impulse, double centre, double distance, double rate)
 {
-    for (const double hertz : {centre * std::exp2(-away), centre * std::exp2(away)})
+    for (const double hertz : {centre * std::exp2(-distance), centre * std::exp2(distance)})
         if (hertz < rate / 2) {
             EXPECT_LT(std::fabs(responseAt(impulse, hertz, rate)), 1) << hertz << " Hz";
         }
 }
 
-TEST(EqualiserResponse, EveryBandRaisesItsCentreAndLeavesWhatIsTwoOctavesOff)
+TEST(EqualiserResponse, EachOf31BandsRaisesItsCentreOnly)
 {
     for (const double rate : {44100.0, 48000.0, 88200.0, 96000.0, 192000.0})
         for (AudioUnitParameterID band = 0; band < 31; ++band) {
@@ -84,11 +83,11 @@ TEST(EqualiserResponse, EveryBandRaisesItsCentreAndLeavesWhatIsTwoOctavesOff)
             const auto frames = static_cast<std::size_t>(rate * std::clamp(40 / thirds[band], 0.02, 2.0));
             const auto impulse = impulseResponse(rate, 1, band, 12, frames);
             EXPECT_NEAR(responseAt(impulse, thirds[band], rate), 12, 0.05);
-            expectQuietAround(impulse, thirds[band], 2, rate);
+            expectFlatAround(impulse, thirds[band], 2, rate);
         }
 }
 
-TEST(EqualiserResponse, OfTenBandsToo)
+TEST(EqualiserResponse, EachOf10BandsRaisesItsCentreOnly)
 {
     for (const double rate : {44100.0, 96000.0})
         for (AudioUnitParameterID band = 0; band < 10; ++band) {
@@ -96,17 +95,16 @@ TEST(EqualiserResponse, OfTenBandsToo)
             const auto frames = static_cast<std::size_t>(rate * std::clamp(40 / octaves[band], 0.02, 2.0));
             const auto impulse = impulseResponse(rate, 0, band, 12, frames);
             EXPECT_NEAR(responseAt(impulse, octaves[band], rate), 12, 0.05);
-            expectQuietAround(impulse, octaves[band], 2, rate);
+            expectFlatAround(impulse, octaves[band], 2, rate);
         }
 }
 
-// Half the decibels at the lower edge of a band; a cut is a rise upside down.
-TEST(EqualiserResponse, IsAsWideAsItsBandAndTheSameUpsideDown)
+TEST(EqualiserResponse, HasHalfTheDecibelsAtTheLowerEdgeOfABand)
 {
     // clang-format off
     const struct { Float32 bands; AudioUnitParameterID band; double centre, edge; const char* why; } facts[] = {
         {1, 17, 1000,  1000 * 0.8908987,  "a sixth of an octave below"},
-        {1, 30, 20000, 20000 * 0.8908987, "right below half the rate"},
+        {1, 30, 20000, 20000 * 0.8908987, "just below half the rate"},
         {0, 5,  1000,  1000 * 0.7071068,  "half an octave below"},
         {0, 9,  16000, 16000 * 0.7071068, "the last of ten"},
     };
@@ -123,7 +121,7 @@ TEST(EqualiserResponse, IsAsWideAsItsBandAndTheSameUpsideDown)
 TEST(EqualiserResponse, HasNoBandsAtHalfTheRateAndAbove)
 {
     // clang-format off
-    const struct { double rate; AudioUnitParameterID band; bool isHeard; const char* why; } facts[] = {
+    const struct { double rate; AudioUnitParameterID band; bool isAvailable; const char* why; } facts[] = {
         {40000, 30, false, "exactly half"},
         {40001, 30, true,  "just below"},
         {32000, 30, false, "above"},
@@ -141,18 +139,18 @@ TEST(EqualiserResponse, HasNoBandsAtHalfTheRateAndAbove)
         bits.put(fact.band, 20);
         noise.put(fact.band, 20);
         Rendering ofBits = bits.ready(), ofNoise = noise.ready();
-        const Sound heard = ofNoise.play(2000, 512);
-        if (!fact.isHeard) {
+        const Sound output = ofNoise.play(2000, 512);
+        if (!fact.isAvailable) {
             EXPECT_TRUE(sameBits(ofBits.play(2000, 512)[0], sound[0]));
-            EXPECT_TRUE(sameBits(heard[0], finite[0]));
+            EXPECT_TRUE(sameBits(output[0], finite[0]));
         } else {
-            EXPECT_FALSE(sameBits(heard[0], finite[0]));
+            EXPECT_FALSE(sameBits(output[0], finite[0]));
         }
-        for (const Float32 sample : heard[0]) ASSERT_LT(std::fabs(sample), 20);
+        for (const Float32 sample : output[0]) ASSERT_LT(std::fabs(sample), 20);
     }
 }
 
-TEST(EqualiserResponse, FiltersEachChannelForItself)
+TEST(EqualiserResponse, FiltersChannelsIndependently)
 {
     Sound sound = whiteNoise(3, 3000);
     sound[1] = std::vector<Float32>(3000, 0);
@@ -160,12 +158,12 @@ TEST(EqualiserResponse, FiltersEachChannelForItself)
     for (const Equaliser* unit : {&together, &alone})
         for (AudioUnitParameterID band = 0; band < 31; ++band) unit->put(band, band % 2 ? 6 : -6);
     Rendering three = together.ready(), one = alone.ready();
-    const Sound heard = three.play(3000, 512);
-    EXPECT_TRUE(sameBits(heard[2], one.play(3000, 512)[0]));
-    EXPECT_EQ(heard[1], std::vector<Float32>(3000, 0)) << "what is silent stays silent";
+    const Sound output = three.play(3000, 512);
+    EXPECT_TRUE(sameBits(output[2], one.play(3000, 512)[0]));
+    EXPECT_EQ(output[1], std::vector<Float32>(3000, 0)) << "a silent channel stays silent";
 }
 
-TEST(EqualiserResponse, DoesNotDependOnTheSlices)
+TEST(EqualiserResponse, DoesNotDependOnTheSliceSize)
 {
     const Sound sound = whiteNoise(2, 5000);
     Sound first;
@@ -173,16 +171,16 @@ TEST(EqualiserResponse, DoesNotDependOnTheSlices)
         const Equaliser unit(sound, 48000);
         for (AudioUnitParameterID band = 0; band < 31; ++band) unit.put(band, 3);
         Rendering rendering = unit.ready();
-        Sound heard = rendering.play(1000, slice);
-        unit.put(4, -20); // what changes between two slices glides the same way
+        Sound output = rendering.play(1000, slice);
+        unit.put(4, -20); // a change between two slices ramps
         const Sound rest = rendering.play(4000, slice);
-        for (UInt32 c = 0; c < 2; ++c) heard[c].insert(heard[c].end(), rest[c].begin(), rest[c].end());
-        if (first.empty()) first = heard;
-        for (UInt32 c = 0; c < 2; ++c) EXPECT_TRUE(sameBits(heard[c], first[c])) << "slices of " << slice;
+        for (UInt32 c = 0; c < 2; ++c) output[c].insert(output[c].end(), rest[c].begin(), rest[c].end());
+        if (first.empty()) first = output;
+        for (UInt32 c = 0; c < 2; ++c) EXPECT_TRUE(sameBits(output[c], first[c])) << "slices of " << slice;
     }
 }
 
-TEST(EqualiserResponse, LeavesEveryBitAsItIsWhenFlat)
+TEST(EqualiserResponse, ChangesNoBitWhenFlat)
 {
     const Sound sound = anyBits(6, 3000);
     for (const UInt32 channels : {1u, 2u, 6u})
@@ -191,25 +189,25 @@ TEST(EqualiserResponse, LeavesEveryBitAsItIsWhenFlat)
             Rendering rendering = unit.ready();
             EXPECT_EQ(rendering.slice(1157), kAudioUnitErr_TooManyFramesToProcess);
             rendering.at = 0;
-            const Sound heard = rendering.play(3000, slice);
+            const Sound output = rendering.play(3000, slice);
             for (UInt32 c = 0; c < channels; ++c)
-                EXPECT_TRUE(sameBits(heard[c], sound[c])) << channels << " channels, slices of " << slice;
+                EXPECT_TRUE(sameBits(output[c], sound[c])) << channels << " channels, slices of " << slice;
         }
 }
 
-TEST(EqualiserResponse, IsFlatWhileBypassed)
+TEST(EqualiserResponse, ChangesNoBitWhileBypassed)
 {
     const Sound sound = anyBits(2, 3000);
     const Equaliser unit(sound, 44100);
     unit.put(17, 20);
     ASSERT_EQ(unit.set(kAudioUnitProperty_BypassEffect, 0, 0, UInt32{1}), noErr);
     Rendering rendering = unit.ready();
-    const Sound heard = rendering.play(3000, 512);
-    EXPECT_TRUE(sameBits(heard[0], sound[0]));
-    EXPECT_TRUE(sameBits(heard[1], sound[1]));
+    const Sound output = rendering.play(3000, 512);
+    EXPECT_TRUE(sameBits(output[0], sound[0]));
+    EXPECT_TRUE(sameBits(output[1], sound[1]));
 }
 
-TEST(EqualiserResponse, AnswersWithoutASourceAndWithOneThatFails)
+TEST(EqualiserResponse, ReturnsTheStatusOfItsSource)
 {
     for (const Float32 gain : {0.0f, 12.0f}) {
         Equaliser unit(steady(2, 100000, 0.5f), 44100);
@@ -218,13 +216,13 @@ TEST(EqualiserResponse, AnswersWithoutASourceAndWithOneThatFails)
         EXPECT_EQ(rendering.slice(64), noErr);
         unit.track.status = -1234;
         EXPECT_EQ(rendering.slice(64), -1234);
-        EXPECT_EQ(static_cast<Float32*>(rendering.list[0].mData)[63], 0) << "a slice that failed is silent";
+        EXPECT_EQ(static_cast<Float32*>(rendering.list[0].mData)[63], 0) << "a failed slice is silent";
         ASSERT_EQ(unit.setCallback(nullptr, nullptr), noErr);
         EXPECT_EQ(rendering.slice(64), kAudioUnitErr_NoConnection);
     }
 }
 
-TEST(EqualiserResponse, SaysSilenceOnlyWhenFlat)
+TEST(EqualiserResponse, PassesTheSilenceFlagOnlyWhenFlat)
 {
     for (const Float32 gain : {0.0f, 12.0f}) {
         Equaliser unit(silence(2, 100), 44100);
@@ -232,11 +230,11 @@ TEST(EqualiserResponse, SaysSilenceOnlyWhenFlat)
         unit.put(0, gain);
         Rendering rendering = unit.ready();
         ASSERT_EQ(rendering.slice(64), noErr);
-        EXPECT_EQ(rendering.flags, gain == 0 ? 0x10u : 0u) << "a band may sound on";
+        EXPECT_EQ(rendering.flags, gain == 0 ? 0x10u : 0u) << "a band has a tail";
     }
 }
 
-TEST(EqualiserResponse, SoundsOnAsLongAsItSaysAndNoLonger)
+TEST(EqualiserResponse, DecaysWithinTheReportedTail)
 {
     for (const AudioUnitParameterID band : {0u, 10u, 30u}) {
         Equaliser unit(tone(1, 4410, thirds[band], 44100, 1), 44100);
@@ -252,20 +250,19 @@ TEST(EqualiserResponse, SoundsOnAsLongAsItSaysAndNoLonger)
     }
 }
 
-TEST(EqualiserResponse, ForgetsWithAReset)
+TEST(EqualiserResponse, ResetClearsTheFilters)
 {
     const Equaliser unit(tone(1, 4410, 20, 44100, 1), 44100);
     unit.put(0, 20);
     Rendering rendering = unit.ready();
     rendering.play(4410, 441);
     const Sound after = rendering.play(441, 441);
-    EXPECT_GT(std::fabs(after[0][0]), 0.01f) << "it sounds on";
+    EXPECT_GT(std::fabs(after[0][0]), 0.01f) << "the tail is audible";
     ASSERT_EQ(AudioUnitReset(unit, 0, 0), noErr);
     EXPECT_EQ(rendering.play(441, 441), silence(1, 441));
 }
 
-// A band that was flat meanwhile begins anew.
-TEST(EqualiserResponse, ForgetsWhatABandHeldWhenItIsFlat)
+TEST(EqualiserResponse, ABandThatBecomesFlatClearsItsFilter)
 {
     const Equaliser unit(tone(1, 4410, 20, 44100, 1), 44100);
     unit.put(0, 20);
@@ -277,8 +274,7 @@ TEST(EqualiserResponse, ForgetsWhatABandHeldWhenItIsFlat)
     EXPECT_EQ(rendering.play(4410, 441), silence(1, 4410));
 }
 
-// A sample that is no number is heard, and forgotten.
-TEST(EqualiserResponse, SurvivesSamplesThatAreNoNumbers)
+TEST(EqualiserResponse, RecoversFromSamplesThatAreNotFinite)
 {
     Sound sound = tone(1, 20000, 1000, 44100, 0.5);
     const Sound odd = anyBits(1, 40);
@@ -286,12 +282,12 @@ TEST(EqualiserResponse, SurvivesSamplesThatAreNoNumbers)
     const Equaliser unit(sound, 44100);
     for (AudioUnitParameterID band = 0; band < 31; ++band) unit.put(band, 20);
     Rendering rendering = unit.ready();
-    const Sound heard = rendering.play(20000, 512);
-    EXPECT_TRUE(std::isfinite(heard[0][19999]));
+    const Sound output = rendering.play(20000, 512);
+    EXPECT_TRUE(std::isfinite(output[0][19999]));
 }
 
-// What rings out ends in exact silence, and never in numbers that are too small to be fast.
-TEST(EqualiserResponse, RingsOutIntoSilence)
+// Subnormal numbers would be slow.
+TEST(EqualiserResponse, DecaysToExactSilenceWithoutSubnormalNumbers)
 {
     for (const AudioUnitParameterID band : {5u, 17u, 30u}) {
         Sound impulse = silence(1, 1);
@@ -299,9 +295,9 @@ TEST(EqualiserResponse, RingsOutIntoSilence)
         const Equaliser unit(impulse, 44100);
         unit.put(band, 20);
         Rendering rendering = unit.ready();
-        const Sound heard = rendering.play(400000, 4096);
-        for (const Float32 sample : heard[0]) ASSERT_NE(std::fpclassify(sample), FP_SUBNORMAL);
-        EXPECT_EQ(heard[0].back(), 0) << band;
+        const Sound output = rendering.play(400000, 4096);
+        for (const Float32 sample : output[0]) ASSERT_NE(std::fpclassify(sample), FP_SUBNORMAL);
+        EXPECT_EQ(output[0].back(), 0) << band;
     }
 }
 

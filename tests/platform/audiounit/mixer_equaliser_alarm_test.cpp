@@ -1,4 +1,4 @@
-// What a slice through the mixer and the equaliser asks of the C library: nothing.
+// A slice through the mixer and the equaliser allocates nothing and takes no lock.
 #include "tests/platform/audiounit/sound.h"
 #include "tests/support/audio_thread_alarm.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 using namespace test;
 
-TEST(AudioThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
+TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
 {
     const Unit mixer('mcmx', 'aumx'), equaliser('greq', 'aufx');
     Track first(whiteNoise(2, 40000)), second(whiteNoise(1, 40000));
@@ -23,21 +23,21 @@ TEST(AudioThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
     rendering.slice(64);
 
     const int allocations = alarm_::allocations(), locks = alarm_::locks();
-    for (UInt32 turn = 0; turn < 60; ++turn) {
-        const auto odd = static_cast<Float32>(turn % 2), third = static_cast<Float32>(turn % 3);
-        if (turn % 5 == 0) {
-            mixer.set(kAudioUnitProperty_MeteringMode, 1, 0, turn % 2);
+    for (UInt32 i = 0; i < 60; ++i) {
+        const auto odd = static_cast<Float32>(i % 2), third = static_cast<Float32>(i % 3);
+        if (i % 5 == 0) {
+            mixer.set(kAudioUnitProperty_MeteringMode, 1, 0, i % 2);
             mixer.set(kAudioUnitProperty_MeteringMode, 2, 0, UInt32{1});
-            equaliser.set(kAudioUnitProperty_BypassEffect, 0, 0, turn % 2);
+            equaliser.set(kAudioUnitProperty_BypassEffect, 0, 0, i % 2);
             AudioUnitReset(equaliser, 0, 0);
             AudioUnitReset(mixer, 0, 0);
         }
         alarm_::forbid(true);
         AudioUnitSetParameter(mixer, kMultiChannelMixerParam_Volume, 1, 0, odd, 0);
         AudioUnitSetParameter(mixer, kMultiChannelMixerParam_Pan, 1, 4, third - 1, 0);
-        AudioUnitSetParameter(equaliser, turn % 31, 0, 0, 6 * third - 6, 0);
-        AudioUnitSetParameter(equaliser, kGraphicEQParam_NumberOfBands, 0, 0, turn % 7 ? 1 : 0, 0);
-        const OSStatus status = rendering.slice(turn % 4 ? 512 : 1156);
+        AudioUnitSetParameter(equaliser, i % 31, 0, 0, 6 * third - 6, 0);
+        AudioUnitSetParameter(equaliser, kGraphicEQParam_NumberOfBands, 0, 0, i % 7 ? 1 : 0, 0);
+        const OSStatus status = rendering.slice(i % 4 ? 512 : 1156);
         Float32 level = 0;
         AudioUnitGetParameter(mixer, kMultiChannelMixerParam_PostAveragePower, 1, 0, &level);
         AudioUnitGetParameter(equaliser, 3, 0, 0, &level);

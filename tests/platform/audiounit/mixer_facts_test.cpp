@@ -1,4 +1,4 @@
-// What the multichannel mixer says of itself, takes and refuses.
+// The multichannel mixer's properties, formats and parameters.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -16,28 +16,28 @@ struct Mixer : Unit {
 
 constexpr AudioUnitPropertyID metering = kAudioUnitProperty_MeteringMode;
 
-constexpr UInt32 list = ~UInt32{0}; // a size that varies
+constexpr UInt32 list = ~UInt32{0}; // any size
 
 TEST(Mixer, HasItsProperties)
 {
     const Mixer mixer;
     // clang-format off
     const struct { AudioUnitPropertyID id; AudioUnitScope scope; AudioUnitElement element; OSStatus status; UInt32 size; bool isWritable; const char* why; } facts[] = {
-        {metering, 1, 0, noErr,                          4,    true,  "of each input"},
-        {metering, 1, 7, noErr,                          4,    true,  "the last of them"},
+        {metering, 1, 0, noErr,                          4,    true,  "each input"},
+        {metering, 1, 7, noErr,                          4,    true,  "the last input"},
         {metering, 1, 8, kAudioUnitErr_InvalidElement,   0,    false, "no such input"},
-        {metering, 2, 0, noErr,                          4,    true,  "of the output"},
-        {metering, 2, 1, kAudioUnitErr_InvalidElement,   0,    false, "there is one"},
-        {metering, 0, 0, kAudioUnitErr_InvalidScope,     0,    false, "not of the whole"},
+        {metering, 2, 0, noErr,                          4,    true,  "the output"},
+        {metering, 2, 1, kAudioUnitErr_InvalidElement,   0,    false, "there is one output"},
+        {metering, 0, 0, kAudioUnitErr_InvalidScope,     0,    false, "not in the global scope"},
         {13,       0, 0, noErr,                          4,    false, "channel counts"},
         {11,       1, 0, noErr,                          4,    true,  "the number of inputs"},
         {8,        1, 7, noErr,                          40,   true,  "the format of an input"},
         {8,        2, 0, noErr,                          40,   true,  "the output's"},
         {14,       0, 0, noErr,                          4,    true,  "the slice limit"},
-        {20,       0, 0, noErr,                          8,    false, "it has no tail"},
+        {20,       0, 0, noErr,                          8,    false, "tail"},
         {3,        1, 0, noErr,                          list, false, "parameters"},
         {21,       0, 0, kAudioUnitErr_InvalidProperty,  0,    false, "a mixer has no bypass"},
-        {26,       0, 0, kAudioUnitErr_InvalidProperty,  0,    false, "nor a quality"},
+        {26,       0, 0, kAudioUnitErr_InvalidProperty,  0,    false, "a mixer has no render quality"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -55,10 +55,10 @@ TEST(Mixer, HasItsProperties)
     EXPECT_EQ(mixer.get<Float64>(kAudioUnitProperty_Latency, 0, 0), 0);
     const auto counts = mixer.get<AUChannelInfo>(kAudioUnitProperty_SupportedNumChannels, 0, 0);
     EXPECT_EQ(counts.inChannels, -1);
-    EXPECT_EQ(counts.outChannels, -2) << "any with any";
+    EXPECT_EQ(counts.outChannels, -2) << "any inputs with any output";
 }
 
-TEST(Mixer, HasOneToSixtyFourInputsAndEightAtFirst)
+TEST(Mixer, Has1To64InputsAndEightInitially)
 {
     const Mixer mixer;
     const auto count = [&] { return mixer.get<UInt32>(kAudioUnitProperty_ElementCount, 1, 0); };
@@ -66,13 +66,13 @@ TEST(Mixer, HasOneToSixtyFourInputsAndEightAtFirst)
     // clang-format off
     const struct { AudioUnitScope scope; UInt32 set; OSStatus status; UInt32 get; const char* why; } facts[] = {
         {1, 0,          kAudioUnitErr_InvalidPropertyValue, 8,  "none"},
-        {1, 1,          noErr,                              1,  "the least"},
-        {1, 64,         noErr,                              64, "the most"},
-        {1, 65,         kAudioUnitErr_InvalidPropertyValue, 64, "more"},
-        {1, 0xFFFFFFFF, kAudioUnitErr_InvalidPropertyValue, 64, "far more"},
-        {2, 1,          noErr,                              64, "the one output it has"},
-        {2, 2,          kAudioUnitErr_PropertyNotWritable,  64, "no second"},
-        {1, 3,          noErr,                              3,  "fewer again"},
+        {1, 1,          noErr,                              1,  "fewest"},
+        {1, 64,         noErr,                              64, "most"},
+        {1, 65,         kAudioUnitErr_InvalidPropertyValue, 64, "too many"},
+        {1, 0xFFFFFFFF, kAudioUnitErr_InvalidPropertyValue, 64, "far too many"},
+        {2, 1,          noErr,                              64, "the only output count"},
+        {2, 2,          kAudioUnitErr_PropertyNotWritable,  64, "no second output"},
+        {1, 3,          noErr,                              3,  "fewer than before"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -95,16 +95,16 @@ TEST(Mixer, TakesCanonicalFormatsOnly)
         {canonical(44100, 1),    noErr,   "mono"},
         {canonical(8000, 2),     noErr,   "any rate"},
         {canonical(192000, 6),   noErr,   "six channels"},
-        {canonical(44100, 1024), noErr,   "the most there can be"},
-        {canonical(44100, 1025), refused, "more"},
-        {canonical(44100, 0),    refused, "none"},
+        {canonical(44100, 1024), noErr,   "most channels"},
+        {canonical(44100, 1025), refused, "too many channels"},
+        {canonical(44100, 0),    refused, "no channel"},
         {canonical(0, 2),        refused, "no rate"},
         {canonical(-1, 2),       refused, "a negative rate"},
-        {canonical(std::nan(""), 2), refused, "a rate that is no number"},
+        {canonical(std::nan(""), 2), refused, "rate NaN"},
         {interleaved(44100, 2),  refused, "interleaved"},
         {pcm(44100, 2, 64, isFloat | isPacked | isNonInterleaved),         refused, "64 bits"},
         {pcm(44100, 2, 16, isSigned | isPacked | isNonInterleaved),        refused, "integers"},
-        {pcm(44100, 2, 32, isFloat | isPacked | isNonInterleaved | isBig), refused, "the other byte order"},
+        {pcm(44100, 2, 32, isFloat | isPacked | isNonInterleaved | isBig), refused, "big-endian"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -120,15 +120,15 @@ TEST(Mixer, TakesCanonicalFormatsOnly)
     }
 }
 
-TEST(Mixer, WantsOneRateOfAllThatIsConnected)
+TEST(Mixer, NeedsOneRateForAllConnectedInputs)
 {
     // clang-format off
     const struct { Float64 first, second, out; bool isSecondConnected; OSStatus status; const char* why; } facts[] = {
-        {48000, 48000, 48000, true,  noErr,                            "all alike"},
-        {48000, 44100, 48000, false, noErr,                            "nobody plays at the other rate"},
-        {48000, 44100, 48000, true,  kAudioUnitErr_FormatNotSupported, "somebody does"},
+        {48000, 48000, 48000, true,  noErr,                            "equal rates"},
+        {48000, 44100, 48000, false, noErr,                            "the input at the other rate is not connected"},
+        {48000, 44100, 48000, true,  kAudioUnitErr_FormatNotSupported, "the input at the other rate is connected"},
         {44100, 44100, 48000, true,  kAudioUnitErr_FormatNotSupported, "the output differs"},
-        {44100, 48000, 48000, false, kAudioUnitErr_FormatNotSupported, "so does one of one"},
+        {44100, 48000, 48000, false, kAudioUnitErr_FormatNotSupported, "the output differs from the only connected input"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -146,7 +146,7 @@ TEST(Mixer, WantsOneRateOfAllThatIsConnected)
     }
 }
 
-TEST(Mixer, RefusesASourceOfAnotherRateThatComesLater)
+TEST(Mixer, RefusesALaterSourceOfAnotherRate)
 {
     const Mixer mixer;
     Track good(steady(2, 1000, 0.5f)), bad(steady(2, 1000, 0.25f));
@@ -171,35 +171,35 @@ TEST(Mixer, HasItsParameters)
     // clang-format off
     const struct { AudioUnitParameterID id; AudioUnitScope scope; AudioUnitElement element; OSStatus getStatus; Float32 initial, set; OSStatus setStatus; Float32 get; const char* why; } facts[] = {
         {0,    1, 0,  noErr,      1,    0.5f,  noErr,      0.5f,  "volume of an input"},
-        {0,    1, 7,  noErr,      1,    1.5f,  noErr,      1,     "of the last one; no louder than 1"},
-        {0,    1, 6,  noErr,      1,    -1,    noErr,      0,     "no softer than 0"},
+        {0,    1, 7,  noErr,      1,    1.5f,  noErr,      1,     "of the last one; at most 1"},
+        {0,    1, 6,  noErr,      1,    -1,    noErr,      0,     "at least 0"},
         {0,    1, 8,  badElement, 0,    0.5f,  badElement, 0,     "no such input"},
         {0,    2, 0,  noErr,      1,    0.25f, noErr,      0.25f, "volume of the output"},
-        {0,    2, 1,  badElement, 0,    0.5f,  badElement, 0,     "there is one"},
-        {0,    0, 0,  badScope,   0,    0.5f,  badScope,   0,     "the whole has none"},
+        {0,    2, 1,  badElement, 0,    0.5f,  badElement, 0,     "there is one output"},
+        {0,    0, 0,  badScope,   0,    0.5f,  badScope,   0,     "not in the global scope"},
         {1,    1, 0,  noErr,      1,    0,     noErr,      0,     "enable"},
-        {1,    1, 1,  noErr,      1,    0.5f,  noErr,      0.5f,  "kept as it was set"},
-        {1,    1, 2,  noErr,      1,    7,     noErr,      1,     "no more than 1"},
-        {1,    2, 0,  badScope,   0,    0,     badScope,   0,     "the output has none"},
+        {1,    1, 1,  noErr,      1,    0.5f,  noErr,      0.5f,  "stored unchanged"},
+        {1,    1, 2,  noErr,      1,    7,     noErr,      1,     "at most 1"},
+        {1,    2, 0,  badScope,   0,    0,     badScope,   0,     "not of the output"},
         {2,    1, 0,  noErr,      0,    -0.75f, noErr,     -0.75f, "pan"},
-        {2,    1, 1,  noErr,      0,    -2,    noErr,      -1,    "no further left"},
-        {2,    1, 2,  noErr,      0,    2,     noErr,      1,     "no further right"},
-        {2,    2, 0,  badScope,   0,    0,     badScope,   0,     "the output has none"},
-        {3,    1, 0,  noSuch,     0,    0,     noSuch,     0,     "the next number"},
-        {999,  1, 0,  noSuch,     0,    0,     noSuch,     0,     "before the levels"},
+        {2,    1, 1,  noErr,      0,    -2,    noErr,      -1,    "at least -1"},
+        {2,    1, 2,  noErr,      0,    2,     noErr,      1,     "at most 1"},
+        {2,    2, 0,  badScope,   0,    0,     badScope,   0,     "not of the output"},
+        {3,    1, 0,  noSuch,     0,    0,     noSuch,     0,     "unknown ID"},
+        {999,  1, 0,  noSuch,     0,    0,     noSuch,     0,     "before the levels' IDs"},
         {1000, 1, 0,  noErr,      -120, 0,     readOnly,   -120,  "pre average power"},
         {1001, 1, 0,  noErr,      -120, 0,     readOnly,   -120,  "of the second channel"},
-        {1002, 1, 0,  noSuch,     0,    0,     noSuch,     0,     "of a third one that there is not"},
+        {1002, 1, 0,  noSuch,     0,    0,     noSuch,     0,     "of a missing third channel"},
         {1000, 2, 0,  noErr,      -120, 0,     readOnly,   -120,  "of the output"},
         {2000, 1, 7,  noErr,      -120, 0,     readOnly,   -120,  "pre peak hold"},
-        {2002, 2, 0,  noSuch,     0,    0,     noSuch,     0,     "likewise"},
+        {2002, 2, 0,  noSuch,     0,    0,     noSuch,     0,     "of a missing third output channel"},
         {3000, 1, 0,  noErr,      -120, 0,     readOnly,   -120,  "post average power"},
         {3001, 2, 0,  noErr,      -120, 0,     readOnly,   -120,  "of the output's second channel"},
         {3000, 1, 8,  badElement, 0,    0,     badElement, 0,     "no such input"},
-        {3000, 0, 0,  badScope,   0,    0,     badScope,   0,     "the whole has no level"},
+        {3000, 0, 0,  badScope,   0,    0,     badScope,   0,     "no level in the global scope"},
         {4000, 2, 0,  noErr,      -120, 0,     readOnly,   -120,  "post peak hold"},
-        {4063, 1, 0,  noSuch,     0,    0,     noSuch,     0,     "a channel that there is not"},
-        {5000, 1, 0,  noSuch,     0,    0,     noSuch,     0,     "behind the levels"},
+        {4063, 1, 0,  noSuch,     0,    0,     noSuch,     0,     "a missing channel"},
+        {5000, 1, 0,  noSuch,     0,    0,     noSuch,     0,     "past the levels' IDs"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -215,8 +215,7 @@ TEST(Mixer, HasItsParameters)
     }
 }
 
-// Levels follow the channels of their bus.
-TEST(Mixer, HasALevelForEachChannel)
+TEST(Mixer, HasALevelForEachChannelOfABus)
 {
     const Mixer mixer;
     for (const UInt32 channels : {1u, 2u, 6u, 64u, 65u, 1024u}) {
@@ -259,7 +258,7 @@ TEST(Mixer, ListsItsParameters)
     }
 }
 
-TEST(Mixer, SaysWhatItsParametersAre)
+TEST(Mixer, DescribesItsParameters)
 {
     const Mixer mixer;
     constexpr UInt32 writable = kAudioUnitParameterFlag_IsReadable | kAudioUnitParameterFlag_IsWritable,
@@ -288,10 +287,10 @@ TEST(Mixer, SaysWhatItsParametersAre)
     }
     OSStatus status = noErr;
     mixer.get<AudioUnitParameterInfo>(kAudioUnitProperty_ParameterInfo, 1, 1002, &status);
-    EXPECT_EQ(status, kAudioUnitErr_InvalidParameter) << "no input has a third channel";
+    EXPECT_EQ(status, kAudioUnitErr_InvalidParameter) << "no input has three channels";
     ASSERT_EQ(mixer.setFormat(1, canonical(44100, 3), 5), noErr);
     mixer.get<AudioUnitParameterInfo>(kAudioUnitProperty_ParameterInfo, 1, 1002, &status);
-    EXPECT_EQ(status, noErr) << "one has";
+    EXPECT_EQ(status, noErr) << "one input has three channels";
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The levels of the multichannel mixer against what was really played.
+// The meters of the multichannel mixer against levels computed from the samples.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -27,13 +27,13 @@ struct Metered : Unit {
         EXPECT_EQ(setFormat(2, format), noErr);
         EXPECT_EQ(setLimit(limit), noErr);
         EXPECT_EQ(setCallback(Track::callback, &track), noErr);
-        turn(1);
+        enable(1);
         EXPECT_EQ(AudioUnitInitialize(*this), noErr);
     }
-    void turn(UInt32 on) const
+    void enable(UInt32 isEnabled) const
     {
-        EXPECT_EQ(set(kAudioUnitProperty_MeteringMode, 1, 0, on), noErr);
-        EXPECT_EQ(set(kAudioUnitProperty_MeteringMode, 2, 0, on), noErr);
+        EXPECT_EQ(set(kAudioUnitProperty_MeteringMode, 1, 0, isEnabled), noErr);
+        EXPECT_EQ(set(kAudioUnitProperty_MeteringMode, 2, 0, isEnabled), noErr);
     }
     Float32 level(Base base, AudioUnitScope scope = 1, UInt32 channel = 0) const
     {
@@ -58,8 +58,8 @@ double truePower(const std::vector<Float32>& samples, std::size_t until, double 
     return 10 * std::log10(sum / static_cast<double>(window));
 }
 
-/// A programme whose loudness changes all the time.
-Sound programme(UInt32 channels, std::size_t frames, double rate)
+/// Noise whose level changes all the time.
+Sound modulatedNoise(UInt32 channels, std::size_t frames, double rate)
 {
     Sound sound = whiteNoise(channels, frames);
     for (UInt32 c = 0; c < channels; ++c)
@@ -70,13 +70,13 @@ Sound programme(UInt32 channels, std::size_t frames, double rate)
     return sound;
 }
 
-TEST(MixerLevels, ShowTheAveragePowerOfTheLast100Milliseconds)
+TEST(MixerLevels, AverageThePowerOfTheLast100Milliseconds)
 {
     for (const double rate : {8000.0, 22050.0, 44100.0, 48000.0, 192000.0})
         for (const UInt32 slice : {37u, 512u, 4096u}) {
             SCOPED_TRACE(std::to_string(rate) + " Hz, slices of " + std::to_string(slice));
             const auto frames = static_cast<std::size_t>(rate / 2);
-            Metered mixer(programme(2, frames, rate), rate);
+            Metered mixer(modulatedNoise(2, frames, rate), rate);
             while (mixer.rendering.at + slice <= static_cast<double>(frames)) {
                 ASSERT_EQ(mixer.rendering.slice(slice), noErr);
                 const auto until = static_cast<std::size_t>(mixer.rendering.at);
@@ -90,11 +90,11 @@ TEST(MixerLevels, ShowTheAveragePowerOfTheLast100Milliseconds)
         }
 }
 
-TEST(MixerLevels, OfATone)
+TEST(MixerLevels, MeasureATone)
 {
     // clang-format off
     const struct { double amplitude; Float32 average, peak; const char* why; } facts[] = {
-        {1,    -3.0103f,  0,         "full scale: a sine's power lies 3 dB below its peak"},
+        {1,    -3.0103f,  0,         "full scale: a sine's power is 3 dB below its peak"},
         {0.5,  -9.0309f,  -6.0206f,  "half"},
         {1e-3, -63.0103f, -60,       "quiet"},
         {1e-5, -103.010f, -100,      "very quiet"},
@@ -111,7 +111,7 @@ TEST(MixerLevels, OfATone)
     }
 }
 
-TEST(MixerLevels, StandBeforeAndBehindTheFaders)
+TEST(MixerLevels, AreMeasuredBeforeAndAfterTheFaders)
 {
     Metered mixer(tone(2, 44100, 1000, 44100, 1), 44100);
     mixer.put(kMultiChannelMixerParam_Volume, 1, 0.5f);
@@ -121,7 +121,7 @@ TEST(MixerLevels, StandBeforeAndBehindTheFaders)
     // clang-format off
     const struct { AudioUnitScope scope; UInt32 channel; Float32 pre, post; const char* why; } facts[] = {
         {1, 0, 0,       -6.02f,  "the input, before its balance"},
-        {1, 1, 0,       -6.02f,  "in both channels"},
+        {1, 1, 0,       -6.02f,  "the input's other channel"},
         {2, 0, silent,  silent,  "the output's left"},
         {2, 1, -6.02f,  -26.02f, "its right"},
     };
@@ -137,11 +137,11 @@ TEST(MixerLevels, StandBeforeAndBehindTheFaders)
     }
     mixer.put(kMultiChannelMixerParam_Enable, 1, 0);
     mixer.rendering.play(8820, 512);
-    EXPECT_NEAR(mixer.level(preAverage), -3.01, 0.05) << "switched off, it is still seen before the fader";
+    EXPECT_NEAR(mixer.level(preAverage), -3.01, 0.05) << "a disabled input is measured before its fader";
     EXPECT_EQ(mixer.level(postAverage), silent);
 }
 
-TEST(MixerLevels, HoldAPeakForASecondAndLetItFallBy20DecibelsASecond)
+TEST(MixerLevels, HoldAPeakForASecondThenFall20DecibelsASecond)
 {
     for (const UInt32 slice : {64u, 1000u, 4096u}) {
         constexpr double rate = 48000;
@@ -153,9 +153,9 @@ TEST(MixerLevels, HoldAPeakForASecondAndLetItFallBy20DecibelsASecond)
             {0.05, silent,        "before"},
             {0.2,  -6.02f,        "held"},
             {1.0,  -6.02f,        "held"},
-            {2.1,  -6.02f - 20,   "a second after it was let go"},
-            {3.1,  -6.02f - 40,   "another one"},
-            {8.1,  silent,        "gone"},
+            {2.1,  -6.02f - 20,   "a second after the hold"},
+            {3.1,  -6.02f - 40,   "two seconds after the hold"},
+            {8.1,  silent,        "at the floor"},
         };
         // clang-format on
         for (const auto& fact : facts) {
@@ -166,13 +166,13 @@ TEST(MixerLevels, HoldAPeakForASecondAndLetItFallBy20DecibelsASecond)
     }
 }
 
-// A peak that comes while an older one falls is held anew, and one within the hold does not shorten it.
+// A higher peak restarts the hold; a lower peak during the hold does not change it.
 TEST(MixerLevels, FollowTheHighestPeak)
 {
     constexpr double rate = 48000;
     Sound sound = silence(1, 400000);
     sound[0][100] = 1;
-    sound[0][24000] = 0.25f; // lower: within the hold of the first
+    sound[0][24000] = 0.25f; // lower, during the hold of the first
     sound[0][96000] = 0.5f;  // at 2 s the first has fallen to -20 dB
     Metered mixer(sound, rate);
     mixer.rendering.play(48000, 480);
@@ -183,38 +183,39 @@ TEST(MixerLevels, FollowTheHighestPeak)
     EXPECT_NEAR(mixer.level(prePeak), -6.02, 0.1);
 }
 
-TEST(MixerLevels, AreSilentWhileTurnedOff)
+TEST(MixerLevels, AreAtTheFloorWhileDisabled)
 {
     Metered mixer(tone(2, 200000, 1000, 44100, 1), 44100);
     mixer.rendering.play(8820, 512);
     EXPECT_NEAR(mixer.level(postAverage), -3.01, 0.05);
-    mixer.turn(0);
+    mixer.enable(0);
     for (const Base base : {preAverage, prePeak, postAverage, postPeak})
-        for (const AudioUnitScope scope : {1u, 2u}) EXPECT_EQ(mixer.level(base, scope), silent) << "at once";
+        for (const AudioUnitScope scope : {1u, 2u})
+            EXPECT_EQ(mixer.level(base, scope), silent) << "without another slice";
     EXPECT_EQ(mixer.get<UInt32>(kAudioUnitProperty_MeteringMode, 1, 0), 0u);
     mixer.rendering.play(8820, 512);
     EXPECT_EQ(mixer.level(postPeak), silent);
-    mixer.turn(2);
-    EXPECT_EQ(mixer.get<UInt32>(kAudioUnitProperty_MeteringMode, 1, 0), 1u) << "anything but 0 is on";
-    EXPECT_EQ(mixer.level(postAverage), silent) << "nothing was measured yet";
+    mixer.enable(2);
+    EXPECT_EQ(mixer.get<UInt32>(kAudioUnitProperty_MeteringMode, 1, 0), 1u) << "any value but 0 enables";
+    EXPECT_EQ(mixer.level(postAverage), silent) << "nothing has been measured yet";
     mixer.rendering.play(441, 441);
-    EXPECT_NEAR(mixer.level(postAverage), -13.01, 0.1) << "10 ms of 100";
+    EXPECT_NEAR(mixer.level(postAverage), -13.01, 0.1) << "10 ms of the 100 ms";
     mixer.rendering.play(8820, 512);
     EXPECT_NEAR(mixer.level(postAverage), -3.01, 0.05);
 }
 
-TEST(MixerLevels, ForgetWithAReset)
+TEST(MixerLevels, AreClearedByAReset)
 {
     Metered mixer(tone(2, 9000, 1000, 44100, 1), 44100);
     mixer.rendering.play(8820, 512);
     ASSERT_EQ(AudioUnitReset(mixer, 0, 0), noErr);
-    mixer.rendering.at = 9000; // silence from here on
+    mixer.rendering.at = 9000; // after the end of the track
     mixer.rendering.play(512, 512);
     EXPECT_EQ(mixer.level(postAverage), silent);
     EXPECT_EQ(mixer.level(postPeak), silent);
 }
 
-TEST(MixerLevels, FallWhenTheSourceIsTakenAway)
+TEST(MixerLevels, FallAfterTheSourceIsDisconnected)
 {
     Metered mixer(tone(2, 200000, 1000, 44100, 1), 44100);
     mixer.rendering.play(8820, 512);
@@ -223,10 +224,10 @@ TEST(MixerLevels, FallWhenTheSourceIsTakenAway)
     EXPECT_NEAR(mixer.level(postAverage), -3.01 - 3.01, 0.1) << "half of the 100 ms";
     mixer.rendering.play(4410, 441);
     EXPECT_EQ(mixer.level(postAverage), silent);
-    EXPECT_NEAR(mixer.level(postPeak), 0, 0.05) << "a peak is held";
+    EXPECT_NEAR(mixer.level(postPeak), 0, 0.05) << "the peak is held";
 }
 
-TEST(MixerLevels, SurviveSamplesThatAreNoNumbers)
+TEST(MixerLevels, RecoverFromSamplesThatAreNotFinite)
 {
     constexpr Float32 infinite = std::numeric_limits<Float32>::infinity();
     for (const Float32 odd : {infinite, -infinite, std::nanf(""), 3e38f}) {
@@ -237,23 +238,23 @@ TEST(MixerLevels, SurviveSamplesThatAreNoNumbers)
         EXPECT_FALSE(std::isnan(mixer.level(postAverage)));
         EXPECT_LE(mixer.level(postPeak), 120);
         mixer.rendering.play(8820, 500);
-        EXPECT_NEAR(mixer.level(postAverage), -9.03, 0.05) << "100 ms later it is forgotten";
+        EXPECT_NEAR(mixer.level(postAverage), -9.03, 0.05) << "100 ms later";
         mixer.rendering.play(340000, 4096);
-        EXPECT_NEAR(mixer.level(postPeak), -6.02, 0.05) << "and so is its peak, having fallen";
+        EXPECT_NEAR(mixer.level(postPeak), -6.02, 0.05) << "after the peak has fallen";
     }
 }
 
-TEST(MixerLevels, AreReadFromOtherThreadsWhileSoundRuns)
+TEST(MixerLevels, AreReadByOtherThreadsDuringRendering)
 {
     Metered mixer(tone(2, 200000, 1000, 44100, 1), 44100);
     std::atomic<bool> isOver{false};
-    std::atomic<int> readings{0}, strange{0};
+    std::atomic<int> readings{0}, invalid{0};
     std::thread reader([&] {
         while (!isOver) {
             Float32 value = 0;
             if (AudioUnitGetParameter(mixer, postAverage, 1, 0, &value) ||
                 !(value >= silent && value <= 0.1f))
-                ++strange;
+                ++invalid;
             ++readings;
         }
     });
@@ -267,7 +268,7 @@ TEST(MixerLevels, AreReadFromOtherThreadsWhileSoundRuns)
     isOver = true;
     reader.join();
     switcher.join();
-    EXPECT_EQ(strange, 0);
+    EXPECT_EQ(invalid, 0);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What the rate units ask of the C library inside a slice: nothing, the engines below them included.
+// A slice through the rate units and their engines allocates nothing and takes no lock.
 #include "tests/platform/audiounit/rate_unit.h"
 #include "tests/support/audio_thread_alarm.h"
 
@@ -16,32 +16,33 @@ const struct { Rates rates; const char* why; } cases[] = {
     {{'nutp', 1.25},           "faster"},
     {{'nutp', 0.5, -1200},     "slower and lower"},
     {{'nutp', 32, 2400},       "at the ends of the ranges"},
-    {{'nutp', 1.0 / 32, 2400}, "likewise"},
+    {{'nutp', 1.0 / 32, 2400}, "at the other ends"},
     {{'nutp', 1.25, 300, 3},   "with the faster engine"},
-    {{'nutp', 32, 2400, 3},    "likewise"},
+    {{'nutp', 32, 2400, 3},    "at the ends of the ranges, with the faster engine"},
     {{'vari', 0.7},            "varispeed"},
-    {{'vari', 4},              "likewise"},
+    {{'vari', 4},              "varispeed, four times as fast"},
 };
 // clang-format on
 
+/// Renders while allocations and locks are counted.
 class Guarded {
 public:
-    explicit Guarded(RateUnit& u) : unit(u) {}
+    explicit Guarded(RateUnit& unit) : unit_(unit) {}
     void play(int slices)
     {
         for (int i = 0; i < slices; ++i) {
             alarm_::forbid(true);
-            const OSStatus status = unit.rendering.slice(512);
+            const OSStatus status = unit_.rendering.slice(512);
             alarm_::forbid(false);
             EXPECT_EQ(status, noErr);
         }
     }
 
 private:
-    RateUnit& unit;
+    RateUnit& unit_;
 };
 
-TEST(RateAudioThread, AllocatesNothingAndTakesNoLock)
+TEST(RateRenderThread, AllocatesNothingAndTakesNoLock)
 {
     for (const auto& fact : cases) {
         SCOPED_TRACE(fact.why);
@@ -56,8 +57,8 @@ TEST(RateAudioThread, AllocatesNothingAndTakesNoLock)
     }
 }
 
-// Engines come and go meanwhile, made and freed by the thread that sets.
-TEST(RateAudioThread, AllocatesNothingWhileSettingsChange)
+// The thread that sets a value makes and frees engines.
+TEST(RateRenderThread, AllocatesNothingWhileSettingsChange)
 {
     // clang-format off
     const struct { OSType subType; AudioUnitParameterID id; double value; } changes[] = {
@@ -81,8 +82,8 @@ TEST(RateAudioThread, AllocatesNothingWhileSettingsChange)
     }
 }
 
-// Once there is an engine, settings from an audio thread ask for nothing either.
-TEST(RateAudioThread, SettingsInsideASliceAllocateNothing)
+// Settings from the render thread, once there is an engine.
+TEST(RateRenderThread, SettingsInsideASliceAllocateNothing)
 {
     RateUnit player({'nutp', 1.25}, whiteNoise(2, 400000));
     const auto setInside = [](void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,

@@ -1,4 +1,4 @@
-// What is heard while a rate unit's settings change: nothing but the change.
+// Changes of a rate unit's settings while it renders make no click and lose no input.
 #include "tests/platform/audiounit/rate_unit.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ using namespace test;
 
 constexpr double sampleRate = 44100, hertz = 440, amplitude = 0.5;
 
-// A change is heard once the new sound has been got ready ahead of what is heard, and faded to.
+// The longest delay of a change: an engine starts ahead of the output, then a crossfade follows.
 constexpr std::size_t changeFrames = 16000;
 
 // clang-format off
@@ -25,7 +25,7 @@ const struct { OSType subType; double overlap; double rate, cents; const char* w
     {'nutp', 8, 1,    300,   "higher"},
     {'nutp', 8, 1.25, -500,  "faster and lower"},
     {'nutp', 4, 1.25, 0,     "with the faster engine"},
-    {'nutp', 4, 1,    -300,  "likewise, lower"},
+    {'nutp', 4, 1,    -300,  "with the faster engine, lower"},
     {'tmpt', 8, 0.8,  0,     "the classic unit"},
     {'vari', 8, 1.25, 0,     "varispeed"},
     {'vari', 8, 0.5,  0,     "varispeed, lower"},
@@ -38,8 +38,8 @@ void set(RateUnit& player, double rate, double cents, bool isVarispeed)
     if (!isVarispeed) player.set(1, cents);
 }
 
-// From neutral to a setting and back: no click, no gap; and in the end the input again, to the bit.
-TEST(RateChange, IsHeardWithoutAClick)
+// From neutral to a setting and back.
+TEST(RateChange, MakesNoClickAndNoGap)
 {
     for (const auto& change : changes) {
         SCOPED_TRACE(change.why);
@@ -59,9 +59,9 @@ TEST(RateChange, IsHeardWithoutAClick)
             else
                 set(player, change.rate, change.cents, isVarispeed);
             player.play(changeFrames + 10000);
-            const double wanted = hertz * (isVarispeed ? change.rate : std::exp2(change.cents / 1200));
-            EXPECT_NEAR(frequencyOf(player.heard[0], 5000 + changeFrames, 15000 + changeFrames, sampleRate),
-                        wanted, wanted * 0.005);
+            const double expected = hertz * (isVarispeed ? change.rate : std::exp2(change.cents / 1200));
+            EXPECT_NEAR(frequencyOf(player.output[0], 5000 + changeFrames, 15000 + changeFrames, sampleRate),
+                        expected, expected * 0.005);
             EXPECT_GT(player.seconds(12), 0);
             if (byBypass)
                 player.bypass(true);
@@ -69,17 +69,17 @@ TEST(RateChange, IsHeardWithoutAClick)
                 set(player, 1, 0, isVarispeed);
             player.play(changeFrames + 10000);
 
-            const auto& heard = player.heard[0];
-            EXPECT_LT(largestBend(heard, 0, heard.size()), 1.25 * bendOfTone(highest, sampleRate, amplitude));
-            EXPECT_GT(leastPeak(heard, 0, heard.size(), 250), 0.8 * amplitude);
-            EXPECT_EQ(player.seconds(12), 0) << "nothing is left of what was pulled ahead";
+            const auto& output = player.output[0];
+            EXPECT_LT(maxSecondDifference(output, 0, output.size()),
+                      1.25 * secondDifferenceOfTone(highest, sampleRate, amplitude));
+            EXPECT_GT(minPeak(output, 0, output.size(), 250), 0.8 * amplitude);
+            EXPECT_EQ(player.seconds(12), 0) << "the input that was pulled ahead has been rendered";
         }
     }
 }
 
-// Noise says where in the input sound is: after the return it is untouched, and what was pulled ahead is not
-// lost.
-TEST(RateChange, EndsInTheInputAsItIs)
+// In noise every position of the input can be recognised.
+TEST(RateChange, BackToNeutralContinuesTheInputBitForBit)
 {
     for (const auto& change : changes) {
         SCOPED_TRACE(change.why);
@@ -89,22 +89,22 @@ TEST(RateChange, EndsInTheInputAsItIs)
         player.play(30000);
         set(player, 1, 0, change.subType == 'vari');
         player.play(30000);
-        const auto& heard = player.heard[0];
+        const auto& output = player.output[0];
         const auto& sound = player.track.sound[0];
-        EXPECT_TRUE(sameBits({heard.begin(), heard.begin() + 5000}, {sound.begin(), sound.begin() + 5000}));
-        const auto at = whereIs(&heard[50000], sound);
+        EXPECT_TRUE(sameBits({output.begin(), output.begin() + 5000}, {sound.begin(), sound.begin() + 5000}));
+        const auto at = findInNoise(&output[50000], sound);
         ASSERT_TRUE(at);
-        EXPECT_TRUE(sameBits({heard.begin() + 50000, heard.end()},
+        EXPECT_TRUE(sameBits({output.begin() + 50000, output.end()},
                              {sound.begin() + static_cast<std::ptrdiff_t>(*at),
-                              sound.begin() + static_cast<std::ptrdiff_t>(*at + heard.size() - 50000)}))
-            << "to the bit";
+                              sound.begin() + static_cast<std::ptrdiff_t>(*at + output.size() - 50000)}))
+            << "bit for bit";
         const double played = 20000 + 30000 * change.rate;
         EXPECT_NEAR(static_cast<double>(*at), played, 10000 * std::fabs(change.rate - 1) + 400);
     }
 }
 
-// Also from where more is pulled ahead than there is room for.
-TEST(RateChange, ComesBackFromTheExtremes)
+// At some extremes more is pulled ahead than the history holds.
+TEST(RateChange, BackToNeutralWorksFromTheExtremes)
 {
     for (const auto& [rate, cents] :
          {std::pair{32.0, 0.0}, {32.0, -2400.0}, {1.0 / 32, 2400.0}, {1.0 / 32, -2400.0}})
@@ -114,21 +114,22 @@ TEST(RateChange, ComesBackFromTheExtremes)
             player.play(3000);
             set(player, 1, 0, false);
             player.play(20000);
-            const auto& heard = player.heard[0];
-            EXPECT_TRUE(whereIs(&heard[heard.size() - 4], player.track.sound[0])) << "the input, to the bit";
+            const auto& output = player.output[0];
+            EXPECT_TRUE(findInNoise(&output[output.size() - 4], player.track.sound[0]))
+                << "the input, bit for bit";
             EXPECT_EQ(player.seconds(12), 0);
         }
 }
 
-TEST(RateChange, WhilePlayingGlides)
+TEST(RateChange, GlidesBetweenSettings)
 {
     // clang-format off
     const struct { OSType subType; double rate; AudioUnitParameterID id; double from, to, peak; const char* why; } facts[] = {
         {'nutp', 1,   0, 0.8, 1.25, 0.7, "the rate"},
         {'nutp', 0.8, 1, 0,   300,  0.7, "the pitch, the first time, at another rate"},
-        {'nutp', 1,   1, 300, -300, 0.7, "the pitch, again"},
-        {'nutp', 0.8, 4, 8,   4,    0.4, "the engine: one takes over from the other, in its own phase"},
-        {'nutp', 0.8, 4, 4,   8,    0.4, "and back"},
+        {'nutp', 1,   1, 300, -300, 0.7, "the pitch again"},
+        {'nutp', 0.8, 4, 8,   4,    0.4, "the engine: a crossfade between two that differ in phase"},
+        {'nutp', 0.8, 4, 4,   8,    0.4, "the engine, back"},
         {'vari', 0.8, 0, 0.8, 1.25, 0.9, "the speed"},
         {'vari', 1,   1, 300, -300, 0.9, "the speed in cents"},
     };
@@ -140,16 +141,16 @@ TEST(RateChange, WhilePlayingGlides)
         player.play(20000);
         player.set(fact.id, fact.to);
         player.play(40000);
-        const auto& heard = player.heard[0];
+        const auto& output = player.output[0];
         const double up = std::exp2(0.25) * (fact.subType == 'vari' ? 1.25 : 1);
-        EXPECT_LT(largestBend(heard, 2000, heard.size()),
-                  1.3 * bendOfTone(hertz * up, sampleRate, amplitude));
-        EXPECT_GT(leastPeak(heard, 12000, heard.size(), 250), fact.peak * amplitude);
+        EXPECT_LT(maxSecondDifference(output, 2000, output.size()),
+                  1.3 * secondDifferenceOfTone(hertz * up, sampleRate, amplitude));
+        EXPECT_GT(minPeak(output, 12000, output.size(), 250), fact.peak * amplitude);
     }
 }
 
-// A unit may change its mind while it is changing.
-TEST(RateChange, MayBeTakenBackAtAnyTime)
+// A further change may arrive during a change.
+TEST(RateChange, MayBeRevertedAtAnyTime)
 {
     for (const OSType kind : {'nutp', 'vari'})
         for (const std::size_t pause : {1u, 600u, 3000u, 4500u, 5200u, 9000u}) {
@@ -160,15 +161,16 @@ TEST(RateChange, MayBeTakenBackAtAnyTime)
                 player.play(pause, 100);
             }
             player.play(25000);
-            const auto& heard = player.heard[0];
-            EXPECT_LT(largestBend(heard, 0, heard.size()), 2 * bendOfTone(hertz, sampleRate, amplitude))
+            const auto& output = player.output[0];
+            EXPECT_LT(maxSecondDifference(output, 0, output.size()),
+                      2 * secondDifferenceOfTone(hertz, sampleRate, amplitude))
                 << pause;
-            EXPECT_GT(leastPeak(heard, 0, heard.size(), 250), 0.7 * amplitude) << pause;
+            EXPECT_GT(minPeak(output, 0, output.size(), 250), 0.7 * amplitude) << pause;
             EXPECT_EQ(player.seconds(12), 0);
         }
 }
 
-// Inside its own slice a unit makes no engine: the setting is heard once one has been made.
+// Inside its own slice a unit makes no engine: the setting takes effect after another thread has made one.
 TEST(RateChange, InsideASliceWaitsForAnEngine)
 {
     RateUnit player({'nutp'}, tone(1, 400000, hertz, sampleRate, amplitude));
@@ -180,14 +182,13 @@ TEST(RateChange, InsideASliceWaitsForAnEngine)
     };
     EXPECT_EQ(player.unit.setCallback(setInside, &player), noErr);
     player.play(20000);
-    EXPECT_NEAR(frequencyOf(player.heard[0], 10000, 20000, sampleRate), hertz, 1);
+    EXPECT_NEAR(frequencyOf(player.output[0], 10000, 20000, sampleRate), hertz, 1);
     player.set(4, 8);
     player.play(30000);
-    EXPECT_NEAR(frequencyOf(player.heard[0], 40000, 50000, sampleRate), 2 * hertz, 5);
+    EXPECT_NEAR(frequencyOf(player.output[0], 40000, 50000, sampleRate), 2 * hertz, 5);
 }
 
-// Settings from one thread while another renders: nothing breaks, whatever the order.
-TEST(RateChange, FromAnotherThread)
+TEST(RateChange, FromAnotherThreadKeepsTheOutputInRange)
 {
     for (const OSType kind : {'nutp', 'vari'}) {
         RateUnit player({kind}, tone(2, 4000000, hertz, sampleRate, amplitude));
@@ -208,7 +209,7 @@ TEST(RateChange, FromAnotherThread)
         while (!isOver) player.play(512);
         setter.join();
         bool isSound = true;
-        for (const Float32 sample : player.heard[0]) isSound = isSound && std::fabs(sample) < 2;
+        for (const Float32 sample : player.output[0]) isSound = isSound && std::fabs(sample) < 2;
         EXPECT_TRUE(isSound);
     }
 }

@@ -1,4 +1,4 @@
-// The rate units' parameters and properties: which there are, their ranges, and who refuses what.
+// The rate units' parameters, properties, formats and statuses.
 #include "tests/platform/audiounit/rate_unit.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ const struct { OSType subType; AudioUnitParameterID id; const char* name; UInt32
 };
 // clang-format on
 
-TEST(RateParameters, AreWhatTheyAre)
+TEST(RateParameters, HaveNamesUnitsAndRanges)
 {
     for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
@@ -65,7 +65,7 @@ TEST(RateParameters, AreWhatTheyAre)
     }
 }
 
-TEST(RateParameters, AreThese)
+TEST(RateParameters, HaveIdsInTheGlobalScope)
 {
     // clang-format off
     const struct { OSType subType; std::vector<AudioUnitParameterID> ids; } facts[] = {
@@ -91,7 +91,7 @@ TEST(RateParameters, AreThese)
     }
 }
 
-// Rate and cents are one value: the last write wins, each reads what the other implies.
+// The last write wins; each parameter reads as the value that the other implies.
 TEST(RateParameters, OfVarispeedAreTwoViewsOfOneValue)
 {
     const Unit unit('vari', 'aufc');
@@ -106,12 +106,12 @@ TEST(RateParameters, OfVarispeedAreTwoViewsOfOneValue)
         {0, 0.25f, 0.25f,      -2400,      "the least"},
         {1, 2400,  4,          2400,       "the most"},
         {1, 100,   1.0594631f, 100,        "a semitone"},
-        {1, 33.3f, 1.0194212f, 33.3f,      "what was set comes back to the last bit"},
+        {1, 33.3f, 1.0194212f, 33.3f,      "cents read back exactly"},
         {0, 1.5f,  1.5f,       701.955f,   "a fifth"},
         {1, 0,     1,          0,          "neutral"},
-        {0, 1,     1,          0,          "likewise"},
+        {0, 1,     1,          0,          "neutral again"},
         {0, 9,     4,          2400,       "the nearest in range"},
-        {1, -9999, 0.25f,      -2400,      "likewise"},
+        {1, -9999, 0.25f,      -2400,      "the nearest in range, low"},
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -122,7 +122,7 @@ TEST(RateParameters, OfVarispeedAreTwoViewsOfOneValue)
     }
 }
 
-TEST(RateProperties, AreThere)
+TEST(RateProperties, HaveDefaultsAndLimits)
 {
     for (const OSType kind : kinds) {
         SCOPED_TRACE(kind);
@@ -143,40 +143,40 @@ TEST(RateProperties, AreThere)
             {26, 0, 0, 127,        noErr,                              "the most"},
             {26, 0, 0, 128,        kAudioUnitErr_InvalidPropertyValue, "more"},
             {26, 0, 0, 0xFFFFFFFF, kAudioUnitErr_InvalidPropertyValue, "far more"},
-            {26, 1, 0, 1,          kAudioUnitErr_InvalidScope,         "global alone"},
+            {26, 1, 0, 1,          kAudioUnitErr_InvalidScope,         "global scope only"},
             {26, 0, 1, 1,          kAudioUnitErr_InvalidElement,       "one global element"},
             {21, 0, 0, 1,          noErr,                              "bypass on"},
             {21, 0, 0, 0,          noErr,                              "and off"},
-            {21, 2, 0, 1,          kAudioUnitErr_InvalidScope,         "global alone"},
+            {21, 2, 0, 1,          kAudioUnitErr_InvalidScope,         "global scope only"},
             {12, 0, 0, 1,          kAudioUnitErr_PropertyNotWritable,  "latency"},
             {20, 0, 0, 1,          kAudioUnitErr_PropertyNotWritable,  "tail"},
-            {3007, 0, 0, 1,        kAudioUnitErr_InvalidProperty,      "none of a mixer's"},
+            {3007, 0, 0, 1,        kAudioUnitErr_InvalidProperty,      "a mixer's property"},
         };
         // clang-format on
         for (const bool isInitialized : {false, true}) {
             for (const auto& fact : facts)
                 EXPECT_EQ(unit.set<UInt32>(fact.id, fact.scope, fact.element, fact.value), fact.status)
                     << fact.why;
-            EXPECT_EQ(unit.get<UInt32>(26, 0, 0), 127u) << "what was refused changes nothing";
+            EXPECT_EQ(unit.get<UInt32>(26, 0, 0), 127u) << "a refusal changes nothing";
             EXPECT_EQ(AudioUnitInitialize(unit), noErr) << isInitialized;
         }
     }
 }
 
-TEST(RateFormats, AreTheCanonicalOneAndTheSameOnBothSides)
+TEST(RateFormats, AreCanonicalAndEqualOnBothSides)
 {
     // clang-format off
     const struct { AudioStreamBasicDescription in, out; OSStatus set, initialize; const char* why; } facts[] = {
-        {canonical(44100, 2),    canonical(44100, 2),   noErr, noErr, "as it comes"},
-        {canonical(8000, 1),     canonical(8000, 1),    noErr, noErr, "slow and narrow"},
-        {canonical(192000, 6),   canonical(192000, 6),  noErr, noErr, "fast and wide"},
-        {canonical(1, 1),        canonical(1, 1),       noErr, noErr, "a frame a second"},
-        {canonical(44100, 64),   canonical(44100, 64),  noErr, noErr, "the widest"},
-        {canonical(44100, 65),   canonical(44100, 65),  kAudioUnitErr_FormatNotSupported, noErr, "wider"},
+        {canonical(44100, 2),    canonical(44100, 2),   noErr, noErr, "the default"},
+        {canonical(8000, 1),     canonical(8000, 1),    noErr, noErr, "8 kHz mono"},
+        {canonical(192000, 6),   canonical(192000, 6),  noErr, noErr, "192 kHz, six channels"},
+        {canonical(1, 1),        canonical(1, 1),       noErr, noErr, "1 Hz"},
+        {canonical(44100, 64),   canonical(44100, 64),  noErr, noErr, "most channels"},
+        {canonical(44100, 65),   canonical(44100, 65),  kAudioUnitErr_FormatNotSupported, noErr, "too many channels"},
         {interleaved(44100, 2),  interleaved(44100, 2), kAudioUnitErr_FormatNotSupported, noErr, "interleaved"},
         {pcm(44100, 2, 16, isSigned | isPacked), pcm(44100, 2, 16, isSigned | isPacked), kAudioUnitErr_FormatNotSupported, noErr, "of 16 bits"},
-        {canonical(44100, 2),    canonical(44100, 1),   noErr, kAudioUnitErr_FormatNotSupported, "narrower out"},
-        {canonical(48000, 2),    canonical(44100, 2),   noErr, kAudioUnitErr_FormatNotSupported, "slower out"},
+        {canonical(44100, 2),    canonical(44100, 1),   noErr, kAudioUnitErr_FormatNotSupported, "fewer output channels"},
+        {canonical(48000, 2),    canonical(44100, 2),   noErr, kAudioUnitErr_FormatNotSupported, "lower output rate"},
     };
     // clang-format on
     for (const OSType kind : kinds)
@@ -191,7 +191,7 @@ TEST(RateFormats, AreTheCanonicalOneAndTheSameOnBothSides)
         }
 }
 
-TEST(RateRendering, IsRefusedBeyondTheLimitAndWithoutASource)
+TEST(RateRendering, IsRefusedPastTheLimitAndWithoutASource)
 {
     for (const OSType kind : kinds) {
         RateUnit player({kind, 1.25}, tone(2, 4000, 440, 44100, 0.5), 44100, 300);
@@ -207,7 +207,7 @@ TEST(RateRendering, IsRefusedBeyondTheLimitAndWithoutASource)
     }
 }
 
-TEST(RateRendering, SaysWhatItsSourceSays)
+TEST(RateRendering, ReturnsTheStatusOfItsSource)
 {
     for (const OSType kind : kinds)
         for (const double rate : {1.0, 1.25}) {
@@ -218,13 +218,13 @@ TEST(RateRendering, SaysWhatItsSourceSays)
             EXPECT_EQ(status, -1234);
             player.track.status = noErr;
             for (int i = 0; i < 3; ++i) status = player.rendering.slice(512);
-            EXPECT_EQ(status, noErr) << "and goes on when that goes on";
+            EXPECT_EQ(status, noErr) << "continues when the source does";
         }
 }
 
-TEST(RateRendering, PassesOnTheFlagOfSilenceWhereNothingChangesAlone)
+TEST(RateRendering, PassesTheSilenceFlagOnlyWhenNeutral)
 {
-    // Its input may be silent while it still sounds.
+    // Otherwise the unit has a tail after its input is silent.
     for (const OSType kind : kinds)
         for (const double rate : {1.0, 1.25}) {
             RateUnit player({kind, rate}, tone(2, 40000, 440, 44100, 0.5));

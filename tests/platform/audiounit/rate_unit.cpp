@@ -10,7 +10,7 @@ namespace test {
 RateUnit::RateUnit(const Rates& rates, Sound sound, double sampleRate, UInt32 limit)
     : unit(rates.subType, 'aufc'), track(std::move(sound)),
       rendering(unit, canonical(sampleRate, static_cast<UInt32>(track.sound.size())), limit),
-      heard(track.sound.size())
+      output(track.sound.size())
 {
     const auto format = canonical(sampleRate, static_cast<UInt32>(track.sound.size()));
     EXPECT_EQ(unit.setFormat(1, format), noErr);
@@ -40,8 +40,8 @@ void RateUnit::bypass(bool isOn) const { EXPECT_EQ(unit.set<UInt32>(21, 0, 0, is
 void RateUnit::play(std::size_t frames, UInt32 slice)
 {
     const Sound more = rendering.play(frames, slice);
-    for (std::size_t c = 0; c < heard.size(); ++c)
-        heard[c].insert(heard[c].end(), more[c].begin(), more[c].end());
+    for (std::size_t c = 0; c < output.size(); ++c)
+        output[c].insert(output[c].end(), more[c].begin(), more[c].end());
 }
 
 double frequencyOf(const std::vector<Float32>& samples, std::size_t from, std::size_t until,
@@ -65,7 +65,7 @@ std::size_t endOf(const std::vector<Float32>& samples, double level)
     return end;
 }
 
-double middleOf(const std::vector<Float32>& samples)
+double energyCentreOf(const std::vector<Float32>& samples)
 {
     double sum = 0, moment = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -83,7 +83,7 @@ double energyOf(const std::vector<Float32>& samples)
     return sum;
 }
 
-double largestBend(const std::vector<Float32>& samples, std::size_t from, std::size_t until)
+double maxSecondDifference(const std::vector<Float32>& samples, std::size_t from, std::size_t until)
 {
     double largest = 0;
     for (std::size_t i = from + 2; i < until; ++i) {
@@ -93,25 +93,25 @@ double largestBend(const std::vector<Float32>& samples, std::size_t from, std::s
     return largest;
 }
 
-double bendOfTone(double hertz, double sampleRate, double amplitude)
+double secondDifferenceOfTone(double hertz, double sampleRate, double amplitude)
 {
     const double half = std::sin(3.14159265358979323846 * hertz / sampleRate);
     return amplitude * 4 * half * half;
 }
 
-double leastPeak(const std::vector<Float32>& samples, std::size_t from, std::size_t until, std::size_t piece)
+double minPeak(const std::vector<Float32>& samples, std::size_t from, std::size_t until, std::size_t span)
 {
     double least = 1e9;
-    for (std::size_t i = from; i + piece <= until; i += piece) {
+    for (std::size_t i = from; i + span <= until; i += span) {
         double peak = 0;
-        for (std::size_t j = 0; j < piece; ++j)
+        for (std::size_t j = 0; j < span; ++j)
             peak = std::max(peak, std::fabs(static_cast<double>(samples[i + j])));
         least = std::min(least, peak);
     }
     return least;
 }
 
-std::optional<std::size_t> whereIs(const Float32* four, const std::vector<Float32>& sound)
+std::optional<std::size_t> findInNoise(const Float32* four, const std::vector<Float32>& sound)
 {
     const auto found = std::search(sound.begin(), sound.end(), four, four + 4);
     if (found == sound.end()) return std::nullopt;

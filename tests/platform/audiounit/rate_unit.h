@@ -1,4 +1,4 @@
-// A rate unit that plays a sound, for tests.
+// A rate unit with a sound as its source, and measurements of its output, for tests.
 #pragma once
 
 #include "tests/platform/audiounit/sound.h"
@@ -7,11 +7,11 @@
 
 namespace test {
 
-/// What a rate unit is set to; what the kind of unit does not have is left out.
+/// The settings of a rate unit. Those that the unit does not have are ignored.
 struct Rates {
     OSType subType;
     double rate = 1, cents = 0;
-    double overlap = 8; // of the newer time-pitch unit
+    double overlap = 8; ///< of the newer time-pitch unit
 };
 
 class RateUnit {
@@ -21,39 +21,42 @@ public:
     void set(AudioUnitParameterID id, double value) const;
     double get(AudioUnitParameterID id) const;
     void bypass(bool isOn) const;
-    double seconds(AudioUnitPropertyID id) const { return unit.get<Float64>(id, 0, 0); } // latency, tail
+    double seconds(AudioUnitPropertyID id) const
+    {
+        return unit.get<Float64>(id, 0, 0);
+    } ///< of latency or tail
 
-    /// Play on; what has been played so far is in `heard`.
+    /// Render further frames and append them to `output`.
     void play(std::size_t frames, UInt32 slice = 512);
 
     Unit unit;
     Track track;
     Rendering rendering;
-    Sound heard;
+    Sound output;
 };
 
-/// The frequency of a tone in frames [from, until), by its zeros.
+/// The frequency of a tone in frames [from, until), by its zero crossings.
 double frequencyOf(const std::vector<Float32>& samples, std::size_t from, std::size_t until,
                    double sampleRate);
 
-/// The frame behind the last one louder than this.
+/// The frame after the last one above a level.
 std::size_t endOf(const std::vector<Float32>& samples, double level);
 
-/// The frame around which a sound's energy lies.
-double middleOf(const std::vector<Float32>& samples);
+/// The centre of a sound's energy, in frames.
+double energyCentreOf(const std::vector<Float32>& samples);
 
 double energyOf(const std::vector<Float32>& samples);
 
-/// The largest second difference in frames [from, until): what a click has and a tone has not.
-double largestBend(const std::vector<Float32>& samples, std::size_t from, std::size_t until);
+/// The largest second difference in frames [from, until): large in a click, small in a tone.
+double maxSecondDifference(const std::vector<Float32>& samples, std::size_t from, std::size_t until);
 
-/// That of a tone.
-double bendOfTone(double hertz, double sampleRate, double amplitude);
+/// The largest second difference of a tone.
+double secondDifferenceOfTone(double hertz, double sampleRate, double amplitude);
 
-/// The least of the peaks of pieces of `piece` frames in [from, until).
-double leastPeak(const std::vector<Float32>& samples, std::size_t from, std::size_t until, std::size_t piece);
+/// The smallest peak of the spans of `span` frames in [from, until).
+double minPeak(const std::vector<Float32>& samples, std::size_t from, std::size_t until, std::size_t span);
 
-/// Where four samples that follow each other are in a sound of noise; none if they are nowhere.
-std::optional<std::size_t> whereIs(const Float32* four, const std::vector<Float32>& sound);
+/// The frame of a noise where four successive samples are found.
+std::optional<std::size_t> findInNoise(const Float32* four, const std::vector<Float32>& sound);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// The rate units' sound: how fast, how high, how loud, where it begins and ends.
+// The rate units' output: duration, pitch, level, position, latency and tail.
 #include "tests/platform/audiounit/rate_unit.h"
 
 #include <gtest/gtest.h>
@@ -26,10 +26,10 @@ const struct { Rates rates; const char* why; } settings[] = {
     {{'nutp', 1, 300},         "a third higher"},
     {{'nutp', 1.25, -700},     "faster and lower"},
     {{'nutp', 1.25, 0, 7.9},   "with the faster engine"},
-    {{'nutp', 0.5, 0, 3},      "likewise, half as fast"},
-    {{'nutp', 2, 0, 3},        "likewise, twice as fast"},
-    {{'nutp', 1, 1200, 3},     "likewise, an octave higher"},
-    {{'nutp', 1, -1200, 3},    "likewise, an octave lower"},
+    {{'nutp', 0.5, 0, 3},      "with the faster engine, half as fast"},
+    {{'nutp', 2, 0, 3},        "with the faster engine, twice as fast"},
+    {{'nutp', 1, 1200, 3},     "with the faster engine, an octave higher"},
+    {{'nutp', 1, -1200, 3},    "with the faster engine, an octave lower"},
     {{'tmpt', 0.75, 100},      "the classic unit"},
     {{'vari', 1.25},           "varispeed"},
     {{'vari', 0.5},            "varispeed, an octave lower"},
@@ -40,8 +40,8 @@ const struct { Rates rates; const char* why; } settings[] = {
 
 bool isVarispeed(const Rates& rates) { return rates.subType == 'vari'; }
 
-// Half a per cent for the frequency, one for the duration.
-TEST(TimePitch, IsAsFastAndAsHighAsItIsSet)
+// Within 0.5 % in frequency and 1 % in duration.
+TEST(TimePitch, HasTheRateAndPitchThatAreSet)
 {
     for (const auto& setting : settings) {
         SCOPED_TRACE(setting.why);
@@ -49,17 +49,17 @@ TEST(TimePitch, IsAsFastAndAsHighAsItIsSet)
         const double frames = second / rates.rate;
         RateUnit player(rates, tone(1, second, hertz, sampleRate, 0.5));
         player.play(static_cast<std::size_t>(frames) + second / 2);
-        const double wanted = hertz * pitchOf(rates.cents) * (isVarispeed(rates) ? rates.rate : 1);
-        EXPECT_NEAR(frequencyOf(player.heard[0], 3000, static_cast<std::size_t>(frames) - 3000, sampleRate),
-                    wanted, wanted * 0.005);
-        EXPECT_NEAR(static_cast<double>(endOf(player.heard[0], 0.1)), frames, frames * 0.01);
+        const double expected = hertz * pitchOf(rates.cents) * (isVarispeed(rates) ? rates.rate : 1);
+        EXPECT_NEAR(frequencyOf(player.output[0], 3000, static_cast<std::size_t>(frames) - 3000, sampleRate),
+                    expected, expected * 0.005);
+        EXPECT_NEAR(static_cast<double>(endOf(player.output[0], 0.1)), frames, frames * 0.01);
         const double energy = 0.125 * frames;
-        EXPECT_NEAR(energyOf(player.heard[0]), energy, energy * 0.05) << "all of it";
+        EXPECT_NEAR(energyOf(player.output[0]), energy, energy * 0.05) << "nothing is lost";
     }
 }
 
-// Frame n out is frame n * rate in, from the first one on.
-TEST(TimePitch, BeginsWithTheFirstFrameAndKeepsToItsPlace)
+// Output frame n corresponds to input frame n * rate, from the first frame on.
+TEST(TimePitch, KeepsPositionsFromTheFirstFrameOn)
 {
     for (const auto& setting : settings) {
         SCOPED_TRACE(setting.why);
@@ -69,29 +69,29 @@ TEST(TimePitch, BeginsWithTheFirstFrameAndKeepsToItsPlace)
             Sound click = silence(1, second + 10000);
             click[0][at] = 1;
             RateUnit player(rates, click);
-            const double wanted = static_cast<double>(at) / rates.rate;
-            player.play(static_cast<std::size_t>(wanted) + second / 4);
-            EXPECT_NEAR(middleOf(player.heard[0]), wanted, isExact ? 1 : 512) << at;
+            const double expected = static_cast<double>(at) / rates.rate;
+            player.play(static_cast<std::size_t>(expected) + second / 4);
+            EXPECT_NEAR(energyCentreOf(player.output[0]), expected, isExact ? 1 : 512) << at;
         }
         RateUnit player(rates, tone(1, second, hertz, sampleRate, 0.5));
         player.play(2048);
-        const double start = energyOf(player.heard[0]) / 2048 / 0.125;
-        EXPECT_GT(start, isExact ? 0.99 : 0.5) << "heard from the first frame on";
+        const double start = energyOf(player.output[0]) / 2048 / 0.125;
+        EXPECT_GT(start, isExact ? 0.99 : 0.5) << "audible from the first frame on";
     }
 }
 
-// Once the source's last frame has been asked for, all is heard within latency and tail, and not long before
-// that.
-TEST(TimePitch, HasSaidAllAfterItsLatencyAndTail)
+// After the source's last frame has been pulled, the output ends within latency and tail, and not long
+// before.
+TEST(TimePitch, EndsAfterItsLatencyAndTail)
 {
     struct Counting {
         Track& track;
-        double asked = 0;
+        double pulled = 0;
         static OSStatus callback(void* context, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
                                  UInt32 bus, UInt32 frames, AudioBufferList* list)
         {
             auto& self = *static_cast<Counting*>(context);
-            self.asked = time->mSampleTime + frames;
+            self.pulled = time->mSampleTime + frames;
             return Track::callback(&self.track, flags, time, bus, frames, list);
         }
     };
@@ -101,21 +101,21 @@ TEST(TimePitch, HasSaidAllAfterItsLatencyAndTail)
         Counting counting{player.track};
         EXPECT_EQ(player.unit.setCallback(Counting::callback, &counting), noErr);
         const double before = player.seconds(12);
-        while (counting.asked < second / 2) player.play(64, 64);
+        while (counting.pulled < second / 2) player.play(64, 64);
         const double latency = player.seconds(12), tail = player.seconds(20);
-        EXPECT_GT(before, 0.95 * latency) << "it can be told before the first slice";
+        EXPECT_GT(before, 0.95 * latency) << "known before the first slice";
         EXPECT_LT(before, 1.3 * latency);
-        const double said = static_cast<double>(player.heard[0].size()) + latency * sampleRate;
-        EXPECT_NEAR(said, counting.asked / setting.rates.rate, 64) << "where the last frame is heard";
+        const double lastFrame = static_cast<double>(player.output[0].size()) + latency * sampleRate;
+        EXPECT_NEAR(lastFrame, counting.pulled / setting.rates.rate, 64) << "where the last frame is output";
         EXPECT_LT(tail, 0.15);
         player.play(second / 2);
-        const auto end = static_cast<double>(endOf(player.heard[0], 0.0005));
-        EXPECT_LE(end, said + tail * sampleRate);
-        EXPECT_GT(end, said - 600) << "asked for at most a piece more";
+        const auto end = static_cast<double>(endOf(player.output[0], 0.0005));
+        EXPECT_LE(end, lastFrame + tail * sampleRate);
+        EXPECT_GT(end, lastFrame - 600) << "at most a block was pulled too early";
     }
 }
 
-TEST(TimePitch, IsUntouchedWhereItIsNeutral)
+TEST(TimePitch, ChangesNoBitWhenNeutralOrBypassed)
 {
     const Sound sound = anyBits(2, 6000);
     for (const OSType kind : {'nutp', 'tmpt', 'vari'})
@@ -125,14 +125,14 @@ TEST(TimePitch, IsUntouchedWhereItIsNeutral)
                 player.bypass(isBypassed);
                 player.play(4624, slice);
                 for (int c = 0; c < 2; ++c)
-                    EXPECT_TRUE(sameBits(player.heard[c], {sound[c].begin(), sound[c].begin() + 4624}))
+                    EXPECT_TRUE(sameBits(player.output[c], {sound[c].begin(), sound[c].begin() + 4624}))
                         << slice << ", bypassed: " << isBypassed;
                 EXPECT_EQ(player.seconds(12), 0) << "no latency";
                 EXPECT_EQ(player.seconds(20), 0) << "no tail";
             }
 }
 
-TEST(TimePitch, DoesNotMindTheSlices)
+TEST(TimePitch, DoesNotDependOnTheSliceSize)
 {
     for (const Rates& rates : {Rates{'nutp', 1.25, 300}, Rates{'nutp', 0.8, 0, 4}, Rates{'vari', 1.25}}) {
         const Sound sound = whiteNoise(2, 30000);
@@ -140,13 +140,13 @@ TEST(TimePitch, DoesNotMindTheSlices)
         for (const UInt32 slice : {512u, 7u, 1156u}) {
             RateUnit player(rates, sound);
             player.play(8092, slice);
-            if (first.empty()) first = player.heard[0];
-            EXPECT_TRUE(sameBits(player.heard[0], first)) << slice;
+            if (first.empty()) first = player.output[0];
+            EXPECT_TRUE(sameBits(player.output[0], first)) << slice;
         }
     }
 }
 
-TEST(TimePitch, KeepsChannelsTogether)
+TEST(TimePitch, KeepsChannelsInPhase)
 {
     for (const auto& rates : {Rates{'nutp', 0.8}, Rates{'nutp', 1.25, 300, 4}, Rates{'vari', 0.8}})
         for (const UInt32 channels : {1u, 2u, 6u}) {
@@ -160,13 +160,13 @@ TEST(TimePitch, KeepsChannelsTogether)
             for (UInt32 c = 1; c < channels; ++c)
                 for (std::size_t i = 0; i < 12000; ++i)
                     worst = std::max(worst,
-                                     std::fabs(static_cast<double>(player.heard[c][i]) -
-                                               static_cast<double>(player.heard[0][i]) * (c % 2 ? 0.5 : 1)));
+                                     std::fabs(static_cast<double>(player.output[c][i]) -
+                                               static_cast<double>(player.output[0][i]) * (c % 2 ? 0.5 : 1)));
             EXPECT_LT(worst, 1e-4) << channels;
         }
 }
 
-TEST(TimePitch, AsksFrameAfterFrameAndNoMoreThanTheLimit)
+TEST(TimePitch, PullsInOrderAndWithinTheLimit)
 {
     // clang-format off
     const struct { Rates rates; UInt32 limit; } facts[] = {
@@ -174,14 +174,14 @@ TEST(TimePitch, AsksFrameAfterFrameAndNoMoreThanTheLimit)
         {{'vari', 4},          512}, {{'vari', 0.25},        100},  {{'tmpt', 1},        300},
     };
     // clang-format on
-    struct Asking {
+    struct Pulls {
         Float64 next = 5000;
         UInt32 most = 0;
         bool isInOrder = true;
         static OSStatus callback(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp* time,
                                  UInt32, UInt32 frames, AudioBufferList*)
         {
-            auto& self = *static_cast<Asking*>(context);
+            auto& self = *static_cast<Pulls*>(context);
             self.isInOrder = self.isInOrder && time->mSampleTime == self.next;
             self.next += frames;
             self.most = std::max(self.most, frames);
@@ -190,18 +190,18 @@ TEST(TimePitch, AsksFrameAfterFrameAndNoMoreThanTheLimit)
     };
     for (const auto& fact : facts) {
         RateUnit player(fact.rates, silence(2, 10), sampleRate, fact.limit);
-        Asking asking;
-        EXPECT_EQ(player.unit.setCallback(Asking::callback, &asking), noErr);
+        Pulls pulls;
+        EXPECT_EQ(player.unit.setCallback(Pulls::callback, &pulls), noErr);
         player.rendering.at = 5000;
         for (int i = 0; i < 20; ++i) EXPECT_EQ(player.rendering.slice(fact.limit), noErr);
-        EXPECT_TRUE(asking.isInOrder) << "from the first slice's time on";
-        EXPECT_LE(asking.most, fact.limit);
-        EXPECT_GE(asking.next - 5000, 20 * fact.limit * fact.rates.rate - 1);
-        if (fact.rates.rate == 1) EXPECT_EQ(asking.next, 5000 + 20 * fact.limit);
+        EXPECT_TRUE(pulls.isInOrder) << "from the first slice's time on";
+        EXPECT_LE(pulls.most, fact.limit);
+        EXPECT_GE(pulls.next - 5000, 20 * fact.limit * fact.rates.rate - 1);
+        if (fact.rates.rate == 1) EXPECT_EQ(pulls.next, 5000 + 20 * fact.limit);
     }
 }
 
-TEST(TimePitch, StandsTheExtremes)
+TEST(TimePitch, RendersSoundAtTheExtremes)
 {
     // clang-format off
     const struct { Rates rates; double sampleRate; UInt32 channels; } facts[] = {
@@ -218,14 +218,14 @@ TEST(TimePitch, StandsTheExtremes)
                         fact.sampleRate);
         player.play(2048);
         bool isSound = true;
-        for (const Float32 sample : player.heard[0]) isSound = isSound && std::fabs(sample) < 4;
+        for (const Float32 sample : player.output[0]) isSound = isSound && std::fabs(sample) < 4;
         EXPECT_TRUE(isSound);
-        EXPECT_GT(energyOf(player.heard[0]), 0);
+        EXPECT_GT(energyOf(player.output[0]), 0);
     }
 }
 
-// A sample that is no number, or beyond all bounds, is a moment's trouble.
-TEST(TimePitch, RecoversFromWhatIsNoSound)
+// NaN, infinite and huge samples disturb the output for a moment only.
+TEST(TimePitch, RecoversFromInvalidSamples)
 {
     for (const Rates& rates : {Rates{'nutp', 1.25, 300}, Rates{'nutp', 1.25, 0, 4}, Rates{'vari', 1.25}})
         for (const Float32 bad :
@@ -235,50 +235,50 @@ TEST(TimePitch, RecoversFromWhatIsNoSound)
             for (std::size_t i = 5000; i < 5100; ++i) sound[0][i] = bad;
             RateUnit player(rates, sound);
             player.play(20000);
-            EXPECT_GT(leastPeak(player.heard[0], 12000, 20000, 250), 0.3) << bad;
-            EXPECT_LT(largestBend(player.heard[0], 12000, 20000), 0.1) << bad;
+            EXPECT_GT(minPeak(player.output[0], 12000, 20000, 250), 0.3) << bad;
+            EXPECT_LT(maxSecondDifference(player.output[0], 12000, 20000), 0.1) << bad;
         }
 }
 
-// A reset is a new start, at the place where the source is then.
-TEST(TimePitch, ForgetsWhenItIsReset)
+// After a reset the unit starts anew at the next input frame.
+TEST(TimePitch, ResetForgetsThePast)
 {
     for (const Rates& rates : {Rates{'nutp', 0.8}, Rates{'nutp', 1.25, 300, 4}, Rates{'vari', 1.25}}) {
         RateUnit player(rates, tone(1, 60000, hertz, sampleRate, 0.5));
         player.play(8192);
-        const auto first = player.heard[0];
+        const auto first = player.output[0];
         EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
         EXPECT_EQ(player.get(0), static_cast<Float32>(rates.rate)) << "settings stay";
-        player.heard[0].clear();
+        player.output[0].clear();
         player.rendering.at = 0;
         player.play(8192);
         double worst = 0;
         for (std::size_t i = 0; i < 8192; ++i)
             worst = std::max(
-                worst, std::fabs(static_cast<double>(player.heard[0][i]) - static_cast<double>(first[i])));
-        EXPECT_LT(worst, 0.1) << "the finer engine remembers what kind of sound it was for a moment";
+                worst, std::fabs(static_cast<double>(player.output[0][i]) - static_cast<double>(first[i])));
+        EXPECT_LT(worst, 0.1) << "the finer engine keeps its analysis of the former sound for a moment";
 
         player.track.sound = silence(1, 60000);
         EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
-        player.heard[0].clear();
+        player.output[0].clear();
         player.play(8192);
-        EXPECT_EQ(energyOf(player.heard[0]), 0) << "nothing of the past is heard";
+        EXPECT_EQ(energyOf(player.output[0]), 0) << "no former input is output";
     }
 }
 
-TEST(TimePitch, CanBeInitialisedAgain)
+TEST(TimePitch, RendersTheSameAfterInitialisingAgain)
 {
     for (const Rates& rates : {Rates{'nutp', 0.8}, Rates{'vari', 1.25}}) {
         RateUnit player(rates, tone(2, 60000, hertz, sampleRate, 0.5));
         player.play(8192);
-        const auto first = player.heard[0];
+        const auto first = player.output[0];
         EXPECT_EQ(AudioUnitUninitialize(player.unit), noErr);
         EXPECT_EQ(player.seconds(12), 0);
         EXPECT_EQ(AudioUnitInitialize(player.unit), noErr);
-        player.heard = Sound(2);
+        player.output = Sound(2);
         player.rendering.at = 0;
         player.play(8192);
-        EXPECT_TRUE(sameBits(player.heard[0], first)) << "to the bit";
+        EXPECT_TRUE(sameBits(player.output[0], first)) << "bit for bit";
     }
 }
 

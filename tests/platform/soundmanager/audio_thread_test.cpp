@@ -1,4 +1,4 @@
-// What the audio thread asks of the C library.
+// The render thread of a mixer allocates nothing and takes no lock.
 #include "tests/platform/soundmanager/sound.h"
 #include "tests/support/audio_thread_alarm.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 using namespace test;
 
-TEST(MixerAudioThread, TheAlarmRings)
+TEST(MixerRenderThread, AllocationsAreCounted)
 {
     alarm_::forbid(true);
     void* volatile memory = std::malloc(10);
@@ -19,8 +19,9 @@ TEST(MixerAudioThread, TheAlarmRings)
     EXPECT_EQ(alarm_::allocations(), 2);
 }
 
-// Own rate and others, all widths, volumes, ends and tails, in place and through an own component.
-TEST(MixerAudioThread, FetchesWithoutMemoryOrLocks)
+// With and without rate conversion, all sample sizes, volumes, completions and tails; called directly and by
+// a delegated component call.
+TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
 {
     Mixer mixer({}, 333);
     const Form forms[] = {
@@ -37,13 +38,13 @@ TEST(MixerAudioThread, FetchesWithoutMemoryOrLocks)
     }
     const int allocations = alarm_::allocations();
     ComponentParameters parameters = {0, sizeof(long), kSoundComponentGetSourceDataSelect, {0}};
-    std::thread([&] { // the first fetch of a thread, too
-        for (long count = 1, turn = 0; count > 0; ++turn) {
+    std::thread([&] { // includes the first fetch of a thread
+        for (long count = 1, fetches = 0; count > 0; ++fetches) {
             SoundComponentDataPtr data = nullptr;
             parameters.params[0] = reinterpret_cast<long>(&data);
             alarm_::forbid(true);
-            const ComponentResult status = turn % 2 ? SoundComponentGetSourceData(mixer.instance, &data)
-                                                    : DelegateComponentCall(&parameters, mixer.instance);
+            const ComponentResult status = fetches % 2 ? SoundComponentGetSourceData(mixer.instance, &data)
+                                                       : DelegateComponentCall(&parameters, mixer.instance);
             alarm_::forbid(false);
             ASSERT_EQ(status, noErr);
             count = data->sampleCount;
@@ -52,7 +53,7 @@ TEST(MixerAudioThread, FetchesWithoutMemoryOrLocks)
         .join();
     EXPECT_EQ(alarm_::allocations(), allocations);
     if (alarm_::watchesLocks()) EXPECT_EQ(alarm_::locks(), 0);
-    for (const auto& buffer : buffers) EXPECT_EQ(buffer->ends, 1);
+    for (const auto& buffer : buffers) EXPECT_EQ(buffer->completions, 1);
 }
 
 } // namespace

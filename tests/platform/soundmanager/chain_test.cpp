@@ -1,4 +1,4 @@
-// Buffers that have more, when they are asked.
+// Buffers whose "more" routine supplies the next block.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -13,17 +13,17 @@ Bytes part(const Bytes& bytes, std::size_t fromFrame, std::size_t untilFrame)
                  bytes.begin() + static_cast<long>(4 * untilFrame));
 }
 
-/// Whether a buffer has more is asked of these.
+/// The buffers that the "more" routine supplies, in order.
 struct Chain {
     std::vector<Buffer*> more;
     std::size_t next = 0;
-    int asked = 0;
+    int calls = 0;
 };
 Chain* chain = nullptr;
 
 Boolean nextOfChain(SoundParamBlockPtr* block)
 {
-    ++chain->asked;
+    ++chain->calls;
     if (chain->next == chain->more.size()) return false;
     if (Buffer* const buffer = chain->more[chain->next++])
         *block = &buffer->block;
@@ -32,7 +32,7 @@ Boolean nextOfChain(SoundParamBlockPtr* block)
     return true;
 }
 
-TEST(MixerChains, AChainOfBuffersPlaysOn)
+TEST(MixerChain, PlaysAsOneBuffer)
 {
     for (double rate : {44100.0, 22050.0}) {
         const Form form = {'sowt', 16, 2, rate};
@@ -50,13 +50,13 @@ TEST(MixerChains, AChainOfBuffersPlaysOn)
         }
         chain = &links;
         ASSERT_EQ(mixer.play(mixer.add(), *buffers[0]), noErr);
-        EXPECT_EQ(mixer.pullAll(), expected);
-        EXPECT_EQ(links.asked, 4);
-        for (const auto& buffer : buffers) EXPECT_EQ(buffer->ends, 1);
+        EXPECT_EQ(mixer.fetchAll(), expected);
+        EXPECT_EQ(links.calls, 4);
+        for (const auto& buffer : buffers) EXPECT_EQ(buffer->completions, 1);
     }
 }
 
-TEST(MixerChains, AChainTakesEachLinksVolume)
+TEST(MixerChain, UsesTheVolumeOfEachBlock)
 {
     Mixer mixer;
     Buffer first({}, encode({}, Samples(20, 0.5))), second({}, encode({}, Samples(20, 0.5)));
@@ -68,11 +68,11 @@ TEST(MixerChains, AChainTakesEachLinksVolume)
     ASSERT_EQ(mixer.play(mixer.add(), first), noErr);
     Samples expected(20, 0.5);
     for (int i = 0; i < 10; ++i) expected.insert(expected.end(), {0.25, 0});
-    EXPECT_EQ(mixer.pullAll(), encode({}, expected));
+    EXPECT_EQ(mixer.fetchAll(), encode({}, expected));
 }
 
-// The same block again, with other samples: it ends once, at last.
-TEST(MixerChains, ABlockThatIsFilledAgain)
+// A "more" routine may return the same block with other samples: the block is completed once, at the end.
+TEST(MixerChain, CompletesARefilledBlockOnce)
 {
     static int fills;
     fills = 0;
@@ -88,11 +88,11 @@ TEST(MixerChains, ABlockThatIsFilledAgain)
     ASSERT_EQ(mixer.play(mixer.add(), buffer), noErr);
     Samples expected(20, 0.5);
     for (int i = 1; i < 5; ++i) expected.insert(expected.end(), 20, 0.5 / i);
-    EXPECT_EQ(mixer.pullAll(), encode({}, expected));
-    EXPECT_EQ(buffer.ends, 1);
+    EXPECT_EQ(mixer.fetchAll(), encode({}, expected));
+    EXPECT_EQ(buffer.completions, 1);
 }
 
-TEST(MixerChains, AChainWithoutALinkEnds)
+TEST(MixerChain, EndsAtABlockWithoutSamples)
 {
     Buffer noSamples({}, noise({}, 10)), empty({}, {}), negative({}, noise({}, 10));
     noSamples.block.desc.buffer = nullptr;
@@ -104,8 +104,8 @@ TEST(MixerChains, AChainWithoutALinkEnds)
         Chain links{{link}};
         chain = &links;
         ASSERT_EQ(mixer.play(mixer.add(), first), noErr);
-        EXPECT_EQ(mixer.pullAll(), first.samples);
-        EXPECT_EQ(first.ends, 1);
+        EXPECT_EQ(mixer.fetchAll(), first.samples);
+        EXPECT_EQ(first.completions, 1);
     }
 }
 

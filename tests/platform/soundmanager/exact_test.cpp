@@ -1,4 +1,4 @@
-// A single source in the mixer's own form, at full volume, comes out as it went in.
+// A single source in the mixer's own format, at full volume, is output bit for bit.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-/// Every 16-bit value in both channels, upwards left and downwards right, over and over.
+/// Every 16-bit value in both channels, ascending left and descending right, repeated.
 Bytes allValues(std::size_t frames)
 {
     Bytes bytes;
@@ -23,13 +23,13 @@ Bytes allValues(std::size_t frames)
     return bytes;
 }
 
-/// Play bytes as buffers of these lengths, in order, as many waiting as may.
+/// Play bytes as buffers of these lengths, cyclically, with the queue always full.
 Bytes playInBuffers(Mixer& mixer, const Form& form, const Bytes& bytes,
                     const std::vector<std::size_t>& lengths)
 {
     const SoundSource source = mixer.add();
     std::deque<std::unique_ptr<Buffer>> buffers;
-    Bytes heard;
+    Bytes output;
     std::size_t at = 0, next = 0;
     for (;;) {
         while (at < bytes.size()) {
@@ -45,17 +45,17 @@ Bytes playInBuffers(Mixer& mixer, const Form& form, const Bytes& bytes,
             at += length;
             ++next;
         }
-        const Bytes block = mixer.pull();
+        const Bytes block = mixer.fetch();
         if (block.empty()) break;
-        heard.insert(heard.end(), block.begin(), block.end());
-        while (!buffers.empty() && buffers.front()->ends == 1) buffers.pop_front();
+        output.insert(output.end(), block.begin(), block.end());
+        while (!buffers.empty() && buffers.front()->completions == 1) buffers.pop_front();
     }
     EXPECT_TRUE(buffers.empty());
     EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, source), noErr);
-    return heard;
+    return output;
 }
 
-TEST(MixerExactly, EveryValueInBothChannels)
+TEST(MixerExact, OutputsEveryValueInBothChannels)
 {
     for (OSType format : {'sowt', 'twos', 'NONE'}) {
         const Form form = {format, 16, 2, 44100};
@@ -65,7 +65,7 @@ TEST(MixerExactly, EveryValueInBothChannels)
     }
 }
 
-TEST(MixerExactly, WhateverTheLengthsOfBuffersAndBlocks)
+TEST(MixerExact, DoesNotDependOnBufferAndBlockLengths)
 {
     std::vector<std::size_t> lengths;
     for (std::size_t length = 1; length <= 5000; length += length < 300 ? 1 : 47) lengths.push_back(length);
@@ -80,49 +80,49 @@ TEST(MixerExactly, WhateverTheLengthsOfBuffersAndBlocks)
     EXPECT_TRUE(playInBuffers(single, {}, some, {1, 2, 3, 1000}) == some);
 }
 
-TEST(MixerExactly, OverMoreBuffersThanTheQueueHolds)
+TEST(MixerExact, PlaysMoreBuffersThanTheQueueHolds)
 {
     Mixer mixer({}, 10);
     const Bytes bytes = allValues(1000);
     EXPECT_TRUE(playInBuffers(mixer, {}, bytes, {1}) == bytes);
 }
 
-// Rates are the same, too, where the block's own multiplier brings them there.
-TEST(MixerExactly, AtARateThatIsMultipliedToTheMixers)
+// The rate that counts is the buffer's times its multiplier.
+TEST(MixerExact, NeedsNoConversionIfTheMultipliedRateIsTheMixers)
 {
     Mixer mixer;
     const Bytes bytes = allValues(3000);
     Buffer half({'sowt', 16, 2, 22050}, bytes);
     half.block.rateMultiplier = 0x20000;
     ASSERT_EQ(mixer.play(mixer.add(), half), noErr);
-    EXPECT_TRUE(mixer.pullAll() == bytes);
+    EXPECT_TRUE(mixer.fetchAll() == bytes);
     Buffer none({}, bytes);
     none.block.rateMultiplier = 0;
     ASSERT_EQ(mixer.play(mixer.add(), none), noErr);
-    EXPECT_TRUE(mixer.pullAll() == bytes) << "0 means 1";
+    EXPECT_TRUE(mixer.fetchAll() == bytes) << "0 means 1";
 }
 
-// What fetches the blocks uses them up in the record it was given.
-TEST(MixerExactly, WhenTheRecordIsUsedUpInPlace)
+// The caller may consume a block by changing the returned record.
+TEST(MixerExact, AllowsChangesToTheReturnedRecord)
 {
     Mixer mixer({}, 100);
     const Bytes bytes = allValues(1000);
     Buffer buffer({}, bytes);
     ASSERT_EQ(mixer.play(mixer.add(), buffer), noErr);
-    Bytes heard;
+    Bytes output;
     SoundComponentDataPtr data = nullptr;
     for (;;) {
         if (!data || data->sampleCount == 0)
             ASSERT_EQ(SoundComponentGetSourceData(mixer.instance, &data), noErr);
         if (data->sampleCount == 0) break;
         const long frames = std::min(data->sampleCount, 7L);
-        heard.insert(heard.end(), data->buffer, data->buffer + 4 * frames);
+        output.insert(output.end(), data->buffer, data->buffer + 4 * frames);
         data->buffer += 4 * frames;
         data->sampleCount -= frames;
         data->format = 0;
         data->sampleRate = 1;
     }
-    EXPECT_TRUE(heard == bytes);
+    EXPECT_TRUE(output == bytes);
 }
 
 } // namespace

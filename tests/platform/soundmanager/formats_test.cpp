@@ -1,4 +1,4 @@
-// Which forms a mixer takes and gives.
+// The sample formats of a mixer and its sources.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -22,19 +22,19 @@ const struct {
     OSErr error;
     const char* why;
 } refused[] = {
-    {{'sowt', 8,  2},        siInvalidSampleSize,  "little-endian samples have two bytes"},
-    {{'sowt', 24, 2},        siInvalidSampleSize,  "and not three"},
-    {{'sowt', 0,  2},        siInvalidSampleSize,  "nor none"},
-    {{'twos', 32, 2},        siInvalidSampleSize,  "signed samples have one or two"},
-    {{'twos', 15, 2},        siInvalidSampleSize,  "whole ones"},
-    {{'raw ', 16, 2},        siInvalidSampleSize,  "unsigned samples have one byte"},
-    {{'NONE', -8, 2},        siInvalidSampleSize,  "a size below 0"},
-    {{'fl32', 32, 2},        badFormat,            "float is not of this storey"},
-    {{'ima4', 16, 2},        badFormat,            "nor is anything compressed"},
-    {{0,      16, 2},        badFormat,            "nothing"},
+    {{'sowt', 8,  2},        siInvalidSampleSize,  "little-endian samples have 16 bits"},
+    {{'sowt', 24, 2},        siInvalidSampleSize,  "not 24"},
+    {{'sowt', 0,  2},        siInvalidSampleSize,  "not 0"},
+    {{'twos', 32, 2},        siInvalidSampleSize,  "signed samples have 8 or 16 bits"},
+    {{'twos', 15, 2},        siInvalidSampleSize,  "not 15"},
+    {{'raw ', 16, 2},        siInvalidSampleSize,  "unsigned samples have 8 bits"},
+    {{'NONE', -8, 2},        siInvalidSampleSize,  "negative size"},
+    {{'fl32', 32, 2},        badFormat,            "float is not supported"},
+    {{'ima4', 16, 2},        badFormat,            "compressed formats are not supported"},
+    {{0,      16, 2},        badFormat,            "no format"},
     {{'sowt', 16, 0},        notEnoughHardwareErr, "no channel"},
     {{'sowt', 16, 3},        notEnoughHardwareErr, "three channels"},
-    {{'sowt', 16, -1},       notEnoughHardwareErr, "channels below 0"},
+    {{'sowt', 16, -1},       notEnoughHardwareErr, "negative channel count"},
     {{'sowt', 16, 2, 0},     siInvalidSampleRate,  "no rate"},
 };
 // clang-format on
@@ -46,14 +46,14 @@ std::string text(const Form& form)
     return name + " " + std::to_string(form.bits) + " bits, " + std::to_string(form.channels) + " channels";
 }
 
-TEST(MixerFormats, AreOpenedAsTheyAreDescribed)
+TEST(MixerFormats, ABlockHasTheFormatOfTheMixer)
 {
     for (const Form& form : forms) {
         SCOPED_TRACE(text(form));
-        SoundComponentData wanted = describe(form, 7);
-        wanted.reserved = 0;
+        SoundComponentData output = describe(form, 7);
+        output.reserved = 0;
         ComponentInstance mixer = nullptr;
-        ASSERT_EQ(OpenMixerSoundComponent(&wanted, 0, &mixer), noErr);
+        ASSERT_EQ(OpenMixerSoundComponent(&output, 0, &mixer), noErr);
         SoundComponentDataPtr data = nullptr;
         ASSERT_EQ(SoundComponentGetSourceData(mixer, &data), noErr);
         ASSERT_NE(data, nullptr);
@@ -68,57 +68,57 @@ TEST(MixerFormats, AreOpenedAsTheyAreDescribed)
         EXPECT_EQ(CloseMixerSoundComponent(mixer), noErr);
         EXPECT_EQ(CloseMixerSoundComponent(mixer), static_cast<OSErr>(-32767)) << "closed twice";
     }
-    EXPECT_EQ(alive("ComponentInstance"), 0);
+    EXPECT_EQ(liveCount("ComponentInstance"), 0);
 }
 
-TEST(MixerFormats, ThatAreNoneAreRefused)
+TEST(MixerFormats, RefuseUnsupportedDescriptions)
 {
     Mixer mixer;
     const SoundSource source = mixer.add();
     for (const auto& row : refused) {
         SCOPED_TRACE(row.why);
-        SoundComponentData wanted = describe(row.form);
+        SoundComponentData refusedData = describe(row.form);
         ComponentInstance made = mixer.instance;
-        EXPECT_EQ(OpenMixerSoundComponent(&wanted, 0, &made), row.error);
+        EXPECT_EQ(OpenMixerSoundComponent(&refusedData, 0, &made), row.error);
         EXPECT_EQ(made, nullptr);
         Buffer buffer({}, Bytes(400));
-        buffer.block.desc = wanted;
+        buffer.block.desc = refusedData;
         buffer.block.desc.buffer = buffer.samples.data();
-        EXPECT_EQ(mixer.play(source, buffer), row.error) << "of a buffer, too";
+        EXPECT_EQ(mixer.play(source, buffer), row.error) << "of a buffer";
     }
-    EXPECT_TRUE(mixer.pull().empty());
-    EXPECT_EQ(alive("ComponentInstance"), 1);
+    EXPECT_TRUE(mixer.fetch().empty());
+    EXPECT_EQ(liveCount("ComponentInstance"), 1);
 }
 
-TEST(MixerFormats, NeedADescriptionAndAPlace)
+TEST(MixerFormats, OpenRefusesMissingArgumentsAndFlags)
 {
-    SoundComponentData wanted = describe({});
+    SoundComponentData output = describe({});
     ComponentInstance mixer = nullptr;
-    EXPECT_EQ(OpenMixerSoundComponent(&wanted, 0, nullptr), paramErr);
+    EXPECT_EQ(OpenMixerSoundComponent(&output, 0, nullptr), paramErr);
     EXPECT_EQ(OpenMixerSoundComponent(nullptr, 0, &mixer), paramErr);
-    EXPECT_EQ(OpenMixerSoundComponent(&wanted, 1, &mixer), paramErr) << "a mixer that does not mix";
+    EXPECT_EQ(OpenMixerSoundComponent(&output, 1, &mixer), paramErr) << "a flag: a mixer that does not mix";
     EXPECT_EQ(mixer, nullptr);
     EXPECT_EQ(CloseMixerSoundComponent(nullptr), static_cast<OSErr>(-32767));
 }
 
-TEST(MixerFormats, BlocksAreOfTheLengthAsked)
+TEST(MixerFormats, BlocksHaveTheRequestedLengthWithinLimits)
 {
     const struct {
-        long asked;
-        std::size_t given;
+        long requested;
+        std::size_t frames;
     } facts[] = {{1, 1},         {2, 2},         {1023, 1023},        {1024, 1024},
                  {65536, 65536}, {65537, 65536}, {0x7FFFFFFF, 65536}, {0, 1024},
                  {-1, 1024}};
     for (const auto& fact : facts) {
-        Mixer mixer({}, fact.asked);
+        Mixer mixer({}, fact.requested);
         Buffer buffer({}, Bytes(4 * 70000));
         ASSERT_EQ(mixer.play(mixer.add(), buffer), noErr);
-        EXPECT_EQ(mixer.pull().size(), 4 * fact.given) << fact.asked;
+        EXPECT_EQ(mixer.fetch().size(), 4 * fact.frames) << fact.requested;
     }
 }
 
-// A program that opens the mixer by its description has not said what it wants of it.
-TEST(MixerFormats, OfAMixerThatWasNeverToldOne)
+// Opened as a plain component, a mixer has no output format.
+TEST(MixerFormats, AMixerWithoutAFormatRefusesCommands)
 {
     ComponentInstance mixer = OpenDefaultComponent(kSoundComponentType, kMixerType);
     ASSERT_NE(mixer, nullptr);
@@ -133,8 +133,8 @@ TEST(MixerFormats, OfAMixerThatWasNeverToldOne)
     EXPECT_EQ(CloseComponent(mixer), noErr);
 }
 
-// Each form into each: the value that a reader of the descriptions would write.
-TEST(MixerFormats, OfSourcesBecomeThoseOfTheMixer)
+// Each format into each, against the reference conversion.
+TEST(MixerFormats, SourcesAreConvertedToTheFormatOfTheMixer)
 {
     for (const Form& to : forms) {
         for (const Form& from : forms) {

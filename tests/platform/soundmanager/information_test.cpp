@@ -1,4 +1,4 @@
-// What a mixer tells, and what it lets itself be told.
+// GetInfo and SetInfo of a mixer.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-// Every selector of information, known or not.
+// Selectors, supported and unsupported.
 const OSType codes[] = {'chan', 'chav', 'ssiz', 'ssav', 'srat', 'srav', 'rmul', 'volu', 'hvol',
                         'svol', 'pvol', 'hstp', 'hdst', 'hmut', 'smut', 'pmut', 'hmnp', 'hwbs',
                         'hwfm', 'hbal', 'comp', 'cmav', 'cmfa', 'qual', 'olte', 'onam', 'prmx',
@@ -31,7 +31,7 @@ T readAs(const void* memory)
     return value;
 }
 
-TEST(MixerInformation, IsToldForEachCode)
+TEST(MixerInformation, GetInfoAnswersEightSelectors)
 {
     const Form forms[] = {{}, {'raw ', 8, 1, 22050}};
     for (const Form& form : forms) {
@@ -39,23 +39,23 @@ TEST(MixerInformation, IsToldForEachCode)
         const SoundSource source = mixer.add();
         for (OSType code : codes) {
             SCOPED_TRACE(text(code));
-            Byte room[32];
-            std::memset(room, 0xA5, sizeof room);
-            const ComponentResult status = SoundComponentGetInfo(mixer.instance, source, code, room);
+            Byte value[32];
+            std::memset(value, 0xA5, sizeof value);
+            const ComponentResult status = SoundComponentGetInfo(mixer.instance, source, code, value);
             std::size_t written = 0;
-            const auto isShort = [&](short value) {
+            const auto isShort = [&](short expected) {
                 EXPECT_EQ(status, noErr);
-                EXPECT_EQ(readAs<short>(room), value);
+                EXPECT_EQ(readAs<short>(value), expected);
                 written = 2;
             };
-            const auto isWord = [&](UInt32 value) {
+            const auto isWord = [&](UInt32 expected) {
                 EXPECT_EQ(status, noErr);
-                EXPECT_EQ(readAs<UInt32>(room), value);
+                EXPECT_EQ(readAs<UInt32>(value), expected);
                 written = 4;
             };
             const auto isList = [&](Size size) {
                 EXPECT_EQ(status, noErr);
-                const auto list = readAs<SoundInfoList>(room);
+                const auto list = readAs<SoundInfoList>(value);
                 EXPECT_EQ(list.count, 1);
                 EXPECT_EQ(GetHandleSize(list.infoHandle), size);
                 written = sizeof list;
@@ -94,15 +94,15 @@ TEST(MixerInformation, IsToldForEachCode)
             default:
                 EXPECT_EQ(status, siUnknownInfoType);
             }
-            for (std::size_t i = written; i < sizeof room; ++i)
-                ASSERT_EQ(room[i], 0xA5) << "written beyond " << i;
+            for (std::size_t i = written; i < sizeof value; ++i)
+                ASSERT_EQ(value[i], 0xA5) << "written past the value at " << i;
             EXPECT_EQ(SoundComponentGetInfo(mixer.instance, source, code, nullptr), paramErr);
         }
     }
-    EXPECT_EQ(alive("Handle"), 0);
+    EXPECT_EQ(liveCount("Handle"), 0);
 }
 
-TEST(MixerInformation, IsTakenForTwoCodes)
+TEST(MixerInformation, SetInfoTakesVolumeAndRateMultiplier)
 {
     Mixer mixer;
     const SoundSource source = mixer.add(), other = mixer.add();
@@ -125,25 +125,25 @@ TEST(MixerInformation, IsTakenForTwoCodes)
     }
     UInt32 volume = 0;
     EXPECT_EQ(SoundComponentGetInfo(mixer.instance, other, siVolume, &volume), noErr);
-    EXPECT_EQ(volume, 0x01000100u) << "another source's is its own";
+    EXPECT_EQ(volume, 0x01000100u) << "the volume of another source";
 }
 
-TEST(MixerInformation, OfASourceNeedsASource)
+TEST(MixerInformation, SourceSelectorsNeedASource)
 {
     Mixer mixer;
-    Byte room[8];
+    Byte value[8];
     for (SoundSource name : {static_cast<SoundSource>(nullptr), reinterpret_cast<SoundSource>(1)}) {
         for (OSType code : {'volu', 'rmul'}) {
-            EXPECT_EQ(SoundComponentGetInfo(mixer.instance, name, code, room), badChannel);
+            EXPECT_EQ(SoundComponentGetInfo(mixer.instance, name, code, value), badChannel);
             EXPECT_EQ(SoundComponentSetInfo(mixer.instance, name, code, reinterpret_cast<void*>(1)),
                       badChannel);
         }
-        EXPECT_EQ(SoundComponentGetInfo(mixer.instance, name, siNumberChannels, room), noErr)
-            << "the mixer's own";
-        EXPECT_EQ(SoundComponentGetInfo(mixer.instance, name, 'what', room), siUnknownInfoType);
+        EXPECT_EQ(SoundComponentGetInfo(mixer.instance, name, siNumberChannels, value), noErr)
+            << "a selector of the mixer";
+        EXPECT_EQ(SoundComponentGetInfo(mixer.instance, name, 'what', value), siUnknownInfoType);
     }
-    EXPECT_EQ(SoundComponentGetInfo(nullptr, nullptr, siNumberChannels, room), badComponentInstance);
-    EXPECT_EQ(SoundComponentSetInfo(nullptr, nullptr, siNumberChannels, room), badComponentInstance);
+    EXPECT_EQ(SoundComponentGetInfo(nullptr, nullptr, siNumberChannels, value), badComponentInstance);
+    EXPECT_EQ(SoundComponentSetInfo(nullptr, nullptr, siNumberChannels, value), badComponentInstance);
 }
 
 } // namespace

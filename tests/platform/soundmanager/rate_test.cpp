@@ -1,4 +1,4 @@
-// Sources of other rates than the mixer's.
+// Sources whose rate is not the mixer's.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -20,8 +20,8 @@ Bytes tone(const Form& form, std::size_t frames, double hertz, double amplitude)
     return encode(form, samples);
 }
 
-/// What is left of a tone that begins at 0 with the first frame, once it has been taken away: the root of the
-/// mean square, in the middle, of the left channel.
+/// The difference from a tone that begins at 0 with the first frame: root mean square of the left channel, in
+/// the middle.
 double errorOfTone(const Samples& stereo, double hertz, double rate, double amplitude)
 {
     double sum = 0;
@@ -36,7 +36,7 @@ double errorOfTone(const Samples& stereo, double hertz, double rate, double ampl
 
 std::size_t framesOf(const Bytes& stereo16) { return stereo16.size() / 4; }
 
-/// The largest difference between two sounds, in steps of 16 bits.
+/// The largest difference between two sounds, in steps of 16-bit samples.
 double distance(const Bytes& a, const Bytes& b)
 {
     const Samples one = decode({}, a), other = decode({}, b);
@@ -50,7 +50,7 @@ const struct {
     double from, to;
 } rates[] = {{22050, 44100}, {48000, 44100}, {8000, 44100}, {44100, 22050}, {11025, 44100}, {44100, 48000}};
 
-TEST(MixerRates, KeepLengthPitchAndLevel)
+TEST(MixerRates, ConversionKeepsLengthPitchAndLevel)
 {
     for (const auto& row : rates) {
         for (std::size_t frames : {1u, 2u, 100u, 777u, 20000u}) {
@@ -58,19 +58,18 @@ TEST(MixerRates, KeepLengthPitchAndLevel)
                          std::to_string(frames));
             Mixer mixer({'sowt', 16, 2, row.to}, 500);
             const Form from = {'sowt', 16, 2, row.from};
-            const Bytes heard = mixer.playAll(mixer.add(), from, tone(from, frames, 1000, 0.5));
+            const Bytes output = mixer.playAll(mixer.add(), from, tone(from, frames, 1000, 0.5));
             const double expected = static_cast<double>(frames) * row.to / row.from;
-            EXPECT_NEAR(static_cast<double>(framesOf(heard)), expected, 1);
+            EXPECT_NEAR(static_cast<double>(framesOf(output)), expected, 1);
             if (frames < 20000) continue;
-            EXPECT_LT(errorOfTone(decode({}, heard), 1000, row.to, 0.5), 3.0 / 32768)
-                << "in its place, at its pitch and level";
+            EXPECT_LT(errorOfTone(decode({}, output), 1000, row.to, 0.5), 3.0 / 32768)
+                << "position, pitch and level";
         }
     }
 }
 
-TEST(MixerRates, AreMultiplied)
+TEST(MixerRates, AreMultipliedByBufferAndSource)
 {
-    // The frames of the source count as they are; it is their rate that changes.
     const struct {
         UnsignedFixed ofBuffer, ofSource;
         double rate;
@@ -86,13 +85,13 @@ TEST(MixerRates, AreMultiplied)
         Buffer buffer(from, tone(from, 10000, 500, 0.5));
         buffer.block.rateMultiplier = fact.ofBuffer;
         ASSERT_EQ(mixer.play(source, buffer), noErr);
-        const Bytes heard = mixer.pullAll();
-        EXPECT_NEAR(static_cast<double>(framesOf(heard)), 10000 * 44100 / fact.rate, 1);
-        EXPECT_LT(errorOfTone(decode({}, heard), 500 * fact.rate / 22050, 44100, 0.5), 3.0 / 32768);
+        const Bytes output = mixer.fetchAll();
+        EXPECT_NEAR(static_cast<double>(framesOf(output)), 10000 * 44100 / fact.rate, 1);
+        EXPECT_LT(errorOfTone(decode({}, output), 500 * fact.rate / 22050, 44100, 0.5), 3.0 / 32768);
     }
 }
 
-TEST(MixerRates, AreRefusedWhereTheyAreTooFarApart)
+TEST(MixerRates, BeyondARatioOf256AreRefused)
 {
     Mixer mixer({'sowt', 16, 2, 65535});
     const SoundSource source = mixer.add();
@@ -113,8 +112,8 @@ TEST(MixerRates, AreRefusedWhereTheyAreTooFarApart)
     }
 }
 
-// However it is cut: the same sound as in one piece, without a click at a seam.
-TEST(MixerRates, AreContinuousFromBufferToBuffer)
+// A sound in many buffers is output as in a single one.
+TEST(MixerRates, ConversionContinuesFromBufferToBuffer)
 {
     for (const auto& row : rates) {
         for (std::size_t length : {1u, 17u, 256u, 1000u}) {
@@ -138,15 +137,15 @@ TEST(MixerRates, AreContinuousFromBufferToBuffer)
                     buffers.push_back(std::make_unique<Buffer>(from, Bytes(begin, end)));
                     ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
                 }
-                EXPECT_LE(distance(mixer.pullAll(), expected), 1) << block;
-                for (const auto& buffer : buffers) EXPECT_EQ(buffer->ends, 1);
+                EXPECT_LE(distance(mixer.fetchAll(), expected), 1) << block;
+                for (const auto& buffer : buffers) EXPECT_EQ(buffer->completions, 1);
             }
         }
     }
 }
 
-// A completion that gives the next buffer is in time, too.
-TEST(MixerRates, AreContinuousThroughCompletions)
+// A completion routine queues the next buffer in time.
+TEST(MixerRates, ConversionContinuesThroughCompletions)
 {
     const Form from = {'sowt', 16, 2, 22050};
     const Bytes bytes = tone(from, 5000, 440, 0.9);
@@ -159,13 +158,13 @@ TEST(MixerRates, AreContinuousThroughCompletions)
         buffers.push_back(std::make_unique<Buffer>(
             from, Bytes(bytes.begin() + static_cast<long>(at), bytes.begin() + static_cast<long>(at + 400))));
     for (std::size_t i = 0; i + 1 < buffers.size(); ++i)
-        buffers[i]->atEnd = [&, i] { EXPECT_EQ(mixer.play(source, *buffers[i + 1]), noErr); };
+        buffers[i]->onCompletion = [&, i] { EXPECT_EQ(mixer.play(source, *buffers[i + 1]), noErr); };
     ASSERT_EQ(mixer.play(source, *buffers[0]), noErr);
-    EXPECT_LE(distance(mixer.pullAll(), expected), 1);
+    EXPECT_LE(distance(mixer.fetchAll(), expected), 1);
 }
 
-// A rate after another: each sound whole, one behind the other.
-TEST(MixerRates, FollowEachOtherWithTheirTails)
+// Each sound is output with its tail before the next one begins.
+TEST(MixerRates, BuffersOfDifferentRatesFollowEachOther)
 {
     const double order[] = {22050, 44100, 22050, 8000, 48000, 44100, 44100, 22050};
     Mixer mixer({}, 77);
@@ -181,54 +180,54 @@ TEST(MixerRates, FollowEachOtherWithTheirTails)
         buffers.push_back(std::make_unique<Buffer>(from, bytes));
         ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
     }
-    EXPECT_LE(distance(mixer.pullAll(), expected), 1);
+    EXPECT_LE(distance(mixer.fetchAll(), expected), 1);
 }
 
-// A sound whose tail is under way when the next one comes: it goes on, as long as nothing but its own samples
-// went into the filter; else the tail comes, whole, and then the next sound, whole.
-TEST(MixerRates, OfABufferThatComesIntoATail)
+// A buffer that is queued during the tail of another continues it, until silence has entered the filter;
+// after that the tail is output whole, and then the buffer.
+TEST(MixerRates, ABufferQueuedDuringATailContinuesItOrFollowsIt)
 {
     const Form from = {'sowt', 16, 2, 22050};
     const Bytes bytes = tone(from, 500, 1000, 0.8);
-    const auto behind = [](Bytes one, const Bytes& other) {
+    const auto joined = [](Bytes one, const Bytes& other) {
         one.insert(one.end(), other.begin(), other.end());
         return one;
     };
     Mixer alone;
     const Bytes sound = alone.playAll(alone.add(), from, bytes);
-    const Bytes apart = behind(sound, sound);
-    const Bytes through = alone.playAll(alone.add(), from, behind(bytes, bytes));
+    const Bytes apart = joined(sound, sound);
+    const Bytes through = alone.playAll(alone.add(), from, joined(bytes, bytes));
     ASSERT_GT(distance(apart, through), 100);
-    int heardApart = 0, heardThrough = 0;
+    int countApart = 0, countThrough = 0;
     for (std::size_t before = 5; before <= 1000; before += 15) {
         Mixer mixer({}, 5);
         const SoundSource source = mixer.add();
         Buffer first(from, bytes), second(from, bytes);
         ASSERT_EQ(mixer.play(source, first), noErr);
-        Bytes heard;
-        while (framesOf(heard) < before) heard = behind(heard, mixer.pull());
+        Bytes output;
+        while (framesOf(output) < before) output = joined(output, mixer.fetch());
         ASSERT_EQ(mixer.play(source, second), noErr);
-        heard = behind(heard, mixer.pullAll());
-        const bool isApart = distance(heard, apart) <= 1;
-        EXPECT_TRUE(isApart || distance(heard, through) <= 1) << before;
-        EXPECT_TRUE(isApart || heardApart == 0) << "once it has ended, it has";
-        ++(isApart ? heardApart : heardThrough);
+        output = joined(output, mixer.fetchAll());
+        const bool isApart = distance(output, apart) <= 1;
+        EXPECT_TRUE(isApart || distance(output, through) <= 1) << before;
+        EXPECT_TRUE(isApart || countApart == 0) << "an ended sound is not continued";
+        ++(isApart ? countApart : countThrough);
     }
-    EXPECT_GT(heardApart, 10);
-    EXPECT_GT(heardThrough, 40) << "most of it goes on";
+    EXPECT_GT(countApart, 10);
+    EXPECT_GT(countThrough, 40) << "most of the tail can be continued";
 }
 
-// Many rates over a long time: what is over is freed, what sounds stays.
-TEST(MixerRates, ThatChangeWhileTheSourceIsPaused)
+// Unused conversions are freed when a buffer is queued; the one with a pending tail stays.
+TEST(MixerRates, MayChangeWhileTheSourceIsPaused)
 {
     Mixer mixer({}, 10);
     const SoundSource source = mixer.add();
     const Form slow = {'sowt', 16, 2, 8000};
     Buffer first(slow, tone(slow, 40, 1000, 0.8));
     ASSERT_EQ(mixer.play(source, first), noErr);
-    std::size_t heard = 0;
-    while (first.ends == 0) heard += framesOf(mixer.pull());
-    ASSERT_EQ(mixer.pause(source), noErr); // with its tail still to come
+    std::size_t output = 0;
+    while (first.completions == 0) output += framesOf(mixer.fetch());
+    ASSERT_EQ(mixer.pause(source), noErr); // with its tail pending
     std::vector<std::unique_ptr<Buffer>> buffers;
     double expected = 40 * 44100.0 / 8000;
     for (double rate : {22050.0, 11025.0, 16000.0, 32000.0}) {
@@ -237,10 +236,10 @@ TEST(MixerRates, ThatChangeWhileTheSourceIsPaused)
         ASSERT_EQ(mixer.play(source, *buffers.back(), kSourcePaused), noErr);
         expected += 100 * 44100.0 / rate;
     }
-    EXPECT_TRUE(mixer.pull().empty());
+    EXPECT_TRUE(mixer.fetch().empty());
     ASSERT_EQ(mixer.start(source), noErr);
-    heard += framesOf(mixer.pullAll());
-    EXPECT_NEAR(static_cast<double>(heard), expected, 3);
+    output += framesOf(mixer.fetchAll());
+    EXPECT_NEAR(static_cast<double>(output), expected, 3);
 }
 
 } // namespace

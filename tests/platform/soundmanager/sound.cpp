@@ -88,7 +88,7 @@ Bytes noise(const Form& form, std::size_t frames, unsigned seed)
 
 Buffer::Buffer(const Form& form, Bytes s) : block{}, samples(std::move(s))
 {
-    samples.reserve(1); // an empty buffer has an address
+    samples.reserve(1); // so that an empty buffer has an address
     block.recordSize = sizeof block;
     block.desc = describe(form, static_cast<long>(samples.size() / frameBytes(form)));
     block.desc.buffer = samples.data();
@@ -98,18 +98,18 @@ Buffer::Buffer(const Form& form, Bytes s) : block{}, samples(std::move(s))
     block.refCon = reinterpret_cast<long>(this);
     block.completionRtn = [](SoundParamBlockPtr* done) -> Boolean {
         Buffer& buffer = *reinterpret_cast<Buffer*>((*done)->refCon);
-        ++buffer.ends;
-        buffer.endResult = buffer.block.result;
-        buffer.endThread = std::this_thread::get_id();
-        if (const auto then = buffer.atEnd) then(); // a copy: it may put another in its place
+        ++buffer.completions;
+        buffer.result = buffer.block.result;
+        buffer.thread = std::this_thread::get_id();
+        if (const auto call = buffer.onCompletion) call(); // a copy: the call may replace it
         return true;
     };
 }
 
 Mixer::Mixer(const Form& f, long blockFrames) : form(f)
 {
-    SoundComponentData wanted = describe(form, blockFrames);
-    EXPECT_EQ(OpenMixerSoundComponent(&wanted, 0, &instance), noErr);
+    SoundComponentData output = describe(form, blockFrames);
+    EXPECT_EQ(OpenMixerSoundComponent(&output, 0, &instance), noErr);
 }
 
 Mixer::~Mixer()
@@ -130,7 +130,7 @@ ComponentResult Mixer::play(SoundSource source, Buffer& buffer, long actions)
     return SoundComponentPlaySourceBuffer(instance, source, &buffer.block, actions);
 }
 
-Bytes Mixer::pull()
+Bytes Mixer::fetch()
 {
     SoundComponentDataPtr data = nullptr;
     EXPECT_EQ(SoundComponentGetSourceData(instance, &data), noErr);
@@ -138,10 +138,10 @@ Bytes Mixer::pull()
     return Bytes(data->buffer, data->buffer + static_cast<std::size_t>(data->sampleCount) * frameBytes(form));
 }
 
-Bytes Mixer::pullAll()
+Bytes Mixer::fetchAll()
 {
     Bytes all;
-    for (Bytes block = pull(); !block.empty(); block = pull())
+    for (Bytes block = fetch(); !block.empty(); block = fetch())
         all.insert(all.end(), block.begin(), block.end());
     return all;
 }
@@ -150,12 +150,12 @@ Bytes Mixer::playAll(SoundSource source, const Form& f, const Bytes& samples)
 {
     Buffer buffer(f, samples);
     EXPECT_EQ(play(source, buffer), noErr);
-    Bytes all = pullAll();
-    EXPECT_EQ(buffer.ends, 1);
+    Bytes all = fetchAll();
+    EXPECT_EQ(buffer.completions, 1);
     return all;
 }
 
-long alive(const char* kind)
+long liveCount(const char* kind)
 {
     KVXLiveCount rows[32];
     const std::uint32_t kinds = KVXPlatformGetLiveCounts(rows, 32);

@@ -1,4 +1,4 @@
-// Classic sound for tests: forms and samples, an open mixer, buffers that note how they end.
+// Classic sound for tests: formats and samples, an open mixer, buffers that count their completions.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -13,7 +13,7 @@ using Bytes = std::vector<Byte>;
 /// Interleaved samples, full scale -1..+1.
 using Samples = std::vector<double>;
 
-/// The form of samples.
+/// A sample format.
 struct Form {
     OSType format = k16BitLittleEndianFormat;
     short bits = 16;
@@ -24,17 +24,17 @@ struct Form {
 SoundComponentData describe(const Form& form, long frames = 1024);
 std::size_t frameBytes(const Form& form);
 
-/// As a reader of the formats' descriptions would write it, one sample after the other.
+/// Reference conversions, written from the descriptions of the formats.
 Samples decode(const Form& form, const Bytes& bytes);
 Bytes encode(const Form& form, const Samples& samples);
 
-/// One channel into two, two into their mean.
+/// Mono to both channels of stereo; stereo to its mean.
 Samples fold(const Samples& samples, int from, int to);
 
-/// Samples that never repeat soon, over the whole range.
+/// Pseudo-random samples over the whole range.
 Bytes noise(const Form& form, std::size_t frames, unsigned seed = 1);
 
-/// A buffer to play. It stays where it is until it has ended.
+/// A buffer to play. The mixer uses its memory until it has been completed, stopped or removed.
 class Buffer {
 public:
     Buffer(const Form& form, Bytes samples);
@@ -43,13 +43,13 @@ public:
 
     SoundParamBlock block;
     Bytes samples;
-    int ends = 0;         // completions
-    short endResult = -1; // what the block said then
-    std::thread::id endThread;
-    std::function<void()> atEnd; // runs inside the completion
+    int completions = 0;
+    short result = -1;      ///< the block's at completion
+    std::thread::id thread; ///< of the completion
+    std::function<void()> onCompletion;
 };
 
-/// A mixer, and the bytes that come out of it.
+/// An open mixer and its output.
 class Mixer {
 public:
     explicit Mixer(const Form& form = {}, long blockFrames = 1024);
@@ -63,20 +63,20 @@ public:
     ComponentResult stop(SoundSource source) { return SoundComponentStopSource(instance, 1, &source); }
     ComponentResult pause(SoundSource source) { return SoundComponentPauseSource(instance, 1, &source); }
 
-    /// The next block; empty when nothing plays.
-    Bytes pull();
+    /// Fetch the next block; empty when nothing plays.
+    Bytes fetch();
 
-    /// Blocks until nothing plays.
-    Bytes pullAll();
+    /// Fetch blocks until one is empty.
+    Bytes fetchAll();
 
-    /// Add `samples` to what `source` plays, and give all that comes out until nothing plays.
+    /// Play `samples` with `source`; returns all output until nothing plays.
     Bytes playAll(SoundSource source, const Form& form, const Bytes& samples);
 
     ComponentInstance instance = nullptr;
     const Form form;
 };
 
-/// How many objects of a kind are alive.
-long alive(const char* kind);
+/// The live-object count of a kind.
+long liveCount(const char* kind);
 
 } // namespace test

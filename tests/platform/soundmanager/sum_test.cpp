@@ -1,4 +1,4 @@
-// Several sources, and volumes.
+// The sum of several sources, and their volumes.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ void addTo(Samples& sum, const Samples& more)
     for (std::size_t i = 0; i < more.size(); ++i) sum[i] += more[i];
 }
 
-TEST(MixerSum, OfSourcesStopsAtFullScale)
+TEST(MixerSum, AddsSourcesOfDifferentFormats)
 {
     const Form forms[] = {{}, {'twos', 8, 1}, {'raw ', 8, 2}, {'NONE', 16, 1}, {'twos', 16, 2}};
     for (std::size_t count = 1; count <= std::size(forms); ++count) {
@@ -34,12 +34,12 @@ TEST(MixerSum, OfSourcesStopsAtFullScale)
             buffers.push_back(std::make_unique<Buffer>(forms[i], bytes));
             ASSERT_EQ(mixer.play(mixer.add(), *buffers.back()), noErr);
         }
-        EXPECT_EQ(mixer.pullAll(), encode({}, sum)) << count;
+        EXPECT_EQ(mixer.fetchAll(), encode({}, sum)) << count;
     }
 }
 
-// The last source added may be the first to end, in the midst of a block or at its end.
-TEST(MixerSum, OfSourcesThatEndInAnyOrder)
+// The source added last may end first, within a block or at its end.
+TEST(MixerSum, AddsSourcesThatEndInAnyOrder)
 {
     const std::vector<std::size_t> lengths[] = {
         {1000, 700, 100}, {100, 700, 1000}, {700, 1000, 100}, {1000, 100, 700}, {512, 256, 0}, {1, 1000, 256},
@@ -54,11 +54,11 @@ TEST(MixerSum, OfSourcesThatEndInAnyOrder)
             buffers.push_back(std::make_unique<Buffer>(Form{}, bytes));
             ASSERT_EQ(mixer.play(mixer.add(), *buffers.back()), noErr);
         }
-        EXPECT_EQ(mixer.pullAll(), encode({}, sum)) << testing::PrintToString(row);
+        EXPECT_EQ(mixer.fetchAll(), encode({}, sum)) << testing::PrintToString(row);
     }
 }
 
-TEST(MixerSum, ReachesFullScaleAndNoFurther)
+TEST(MixerSum, ClipsAtFullScale)
 {
     const struct {
         int one, other, sum;
@@ -72,12 +72,12 @@ TEST(MixerSum, ReachesFullScaleAndNoFurther)
         Buffer other({}, encode({}, Samples(2, fact.other / 32768.0)));
         ASSERT_EQ(mixer.play(mixer.add(), one), noErr);
         ASSERT_EQ(mixer.play(mixer.add(), other), noErr);
-        EXPECT_EQ(mixer.pullAll(), encode({}, Samples(2, fact.sum / 32768.0)))
+        EXPECT_EQ(mixer.fetchAll(), encode({}, Samples(2, fact.sum / 32768.0)))
             << fact.one << " " << fact.other;
     }
 }
 
-TEST(MixerSum, Of64SourcesAndNoMore)
+TEST(MixerSum, HasAtMost64Sources)
 {
     Mixer mixer;
     std::vector<std::unique_ptr<Buffer>> buffers;
@@ -91,12 +91,12 @@ TEST(MixerSum, Of64SourcesAndNoMore)
     SoundSource none = sources[0];
     EXPECT_EQ(SoundComponentAddSource(mixer.instance, &none), notEnoughHardwareErr);
     EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(mixer.pullAll(), encode({}, Samples(20, 64 * 65 / 2 / 32768.0)));
+    EXPECT_EQ(mixer.fetchAll(), encode({}, Samples(20, 64 * 65 / 2 / 32768.0)));
     EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, sources[30]), noErr);
-    EXPECT_EQ(SoundComponentAddSource(mixer.instance, &none), noErr) << "its place is free";
+    EXPECT_EQ(SoundComponentAddSource(mixer.instance, &none), noErr) << "its slot is free";
 }
 
-// A volume: 8.8, of the buffer left and right, and of the source right above left.
+// Volumes are 8.8 fixed-point; a source's has the right channel in the high half.
 const struct {
     short left, right;
     UInt32 source;
@@ -105,20 +105,20 @@ const struct {
 } volumes[] = {
     // clang-format off
     {0x100, 0x100, 0x01000100, 1,        1,        "full"},
-    {0,     0x100, 0x01000100, 0,        1,        "none on the left"},
-    {0x100, 0,     0x01000100, 1,        0,        "none on the right"},
-    {0,     0,     0x01000100, 0,        0,        "none"},
-    {0x80,  0x40,  0x01000100, 0.5,      0.25,     "of the buffer"},
-    {1,     0xFF,  0x01000100, 1 / 256., 255/256., "the smallest, and one below full"},
-    {0x100, 0x100, 0x00400080, 0.5,      0.25,     "of the source: left is the low half"},
-    {0x100, 0x100, 0x01000000, 0,        1,        "of the source: only right"},
+    {0,     0x100, 0x01000100, 0,        1,        "left silent"},
+    {0x100, 0,     0x01000100, 1,        0,        "right silent"},
+    {0,     0,     0x01000100, 0,        0,        "silent"},
+    {0x80,  0x40,  0x01000100, 0.5,      0.25,     "buffer"},
+    {1,     0xFF,  0x01000100, 1 / 256., 255/256., "least, and one step below full"},
+    {0x100, 0x100, 0x00400080, 0.5,      0.25,     "source: left is the low half"},
+    {0x100, 0x100, 0x01000000, 0,        1,        "source: right only"},
     {0x80,  0x80,  0x00800040, 0.125,    0.25,     "both"},
     {0x200, 0x180, 0x01000100, 2,        1.5,      "above full"},
-    {0x100, 0x100, 0x02000100, 1,        2,        "above full, of the source"},
+    {0x100, 0x100, 0x02000100, 1,        2,        "source above full"},
     // clang-format on
 };
 
-TEST(MixerSum, IsOfSoundAtItsVolume)
+TEST(MixerSum, AppliesBufferAndSourceVolume)
 {
     for (const auto& row : volumes) {
         for (short channels : {1, 2}) {
@@ -138,13 +138,13 @@ TEST(MixerSum, IsOfSoundAtItsVolume)
                 buffer.block.leftVolume = row.left;
                 buffer.block.rightVolume = row.right;
                 ASSERT_EQ(mixer.play(source, buffer), noErr);
-                EXPECT_EQ(mixer.pullAll(), encode(mixer.form, fold(stereo, 2, mixerChannels)));
+                EXPECT_EQ(mixer.fetchAll(), encode(mixer.form, fold(stereo, 2, mixerChannels)));
             }
         }
     }
 }
 
-TEST(MixerSum, TakesEachBufferAtItsOwnVolume)
+TEST(MixerSum, AppliesTheVolumeOfEachBuffer)
 {
     Mixer mixer;
     const SoundSource source = mixer.add();
@@ -158,7 +158,7 @@ TEST(MixerSum, TakesEachBufferAtItsOwnVolume)
         const Samples more = scaled(decode({}, bytes), volume / 256.0, volume / 256.0);
         expected.insert(expected.end(), more.begin(), more.end());
     }
-    EXPECT_EQ(mixer.pullAll(), encode({}, expected));
+    EXPECT_EQ(mixer.fetchAll(), encode({}, expected));
 }
 
 } // namespace

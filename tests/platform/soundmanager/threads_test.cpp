@@ -1,4 +1,4 @@
-// Clients against the thread that fetches.
+// Client threads beside a render thread.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -12,14 +12,14 @@ namespace {
 
 using namespace test;
 
-/// Fetches blocks on a thread of its own, and reads every byte of them.
-class Puller {
+/// A render thread, which fetches blocks all the time.
+class Renderer {
 public:
-    explicit Puller(ComponentInstance m, std::function<void(const SoundComponentData&)> see = {})
-        : mixer(m), thread([this, see = std::move(see)] {
+    explicit Renderer(ComponentInstance m, std::function<void(const SoundComponentData&)> check = {})
+        : mixer(m), thread([this, check = std::move(check)] {
               while (!isOver) {
                   SoundComponentDataPtr data = nullptr;
-                  if (SoundComponentGetSourceData(mixer, &data) == noErr && see) see(*data);
+                  if (SoundComponentGetSourceData(mixer, &data) == noErr && check) check(*data);
                   const std::lock_guard<std::mutex> guard(lock);
                   ++blocks;
                   hasMore.notify_one();
@@ -27,7 +27,7 @@ public:
           })
     {
     }
-    ~Puller()
+    ~Renderer()
     {
         isOver = true;
         thread.join();
@@ -43,15 +43,15 @@ private:
     std::atomic<bool> isOver{false};
     std::mutex lock;
     std::condition_variable hasMore;
-    int blocks = 0; // under lock
+    int blocks = 0; ///< under lock
     std::thread thread;
 };
 
-// After a stop its buffers may be freed, and so may a source's after its removal.
-TEST(MixerThreads, ClientsStopPauseAndRemoveWhileItIsFetched)
+// After a stop or a removal the client may free the buffers, after a pause change them.
+TEST(MixerThreads, StopPauseAndRemoveWaitForTheRenderThread)
 {
     Mixer mixer({}, 64);
-    Puller puller(mixer.instance);
+    Renderer renderer(mixer.instance);
     const Form forms[] = {{}, {'sowt', 16, 2, 22050}, {'raw ', 8, 1, 8000}};
     for (int round = 0; round < 300; ++round) {
         SoundSource source = nullptr;
@@ -63,12 +63,12 @@ TEST(MixerThreads, ClientsStopPauseAndRemoveWhileItIsFetched)
             ASSERT_EQ(mixer.play(source, *buffers.back(), i == 0 && round % 2 ? kSourcePaused : 0), noErr);
         }
         ASSERT_EQ(mixer.start(source), noErr);
-        if (round % 3 == 0) puller.waitForBlocks(2);
+        if (round % 3 == 0) renderer.waitForBlocks(2);
         ASSERT_EQ(mixer.pause(source), noErr);
-        const int ends = buffers[0]->ends + buffers[1]->ends + buffers[2]->ends;
+        const int ends = buffers[0]->completions + buffers[1]->completions + buffers[2]->completions;
         for (auto& buffer : buffers)
-            buffer->samples.assign(buffer->samples.size(), 0); // nobody reads them now
-        EXPECT_EQ(buffers[0]->ends + buffers[1]->ends + buffers[2]->ends, ends);
+            buffer->samples.assign(buffer->samples.size(), 0); // no render call reads them
+        EXPECT_EQ(buffers[0]->completions + buffers[1]->completions + buffers[2]->completions, ends);
         ASSERT_EQ(mixer.start(source), noErr);
         if (round % 4 != 0) ASSERT_EQ(mixer.stop(source), noErr);
         if (round % 4 == 1) buffers.clear();
@@ -76,11 +76,11 @@ TEST(MixerThreads, ClientsStopPauseAndRemoveWhileItIsFetched)
     }
 }
 
-TEST(MixerThreads, SourcesStartedTogetherBeginTogether)
+TEST(MixerThreads, SourcesOfOneStartBeginInTheSameBlock)
 {
     Mixer mixer({}, 16);
     std::atomic<int> halves{0}, wholes{0};
-    Puller puller(mixer.instance, [&](const SoundComponentData& data) {
+    Renderer renderer(mixer.instance, [&](const SoundComponentData& data) {
         for (long i = 0; i < 2 * data.sampleCount; ++i) {
             const int sample = static_cast<SInt16>(data.buffer[2 * i + 1] << 8 | data.buffer[2 * i]);
             ++(sample == 0x4000 ? wholes : halves);
@@ -92,48 +92,48 @@ TEST(MixerThreads, SourcesStartedTogetherBeginTogether)
         ASSERT_EQ(mixer.play(sources[0], one, kSourcePaused), noErr);
         ASSERT_EQ(mixer.play(sources[1], two, kSourcePaused), noErr);
         ASSERT_EQ(SoundComponentStartSource(mixer.instance, 2, sources), noErr);
-        puller.waitForBlocks(8);
+        renderer.waitForBlocks(8);
         ASSERT_EQ(SoundComponentStopSource(mixer.instance, 2, sources), noErr);
-        ASSERT_EQ(one.ends + two.ends, 2);
+        ASSERT_EQ(one.completions + two.completions, 2);
     }
-    EXPECT_EQ(halves, 0) << "one was heard without the other";
+    EXPECT_EQ(halves, 0) << "one played without the other";
     EXPECT_EQ(wholes, 64 * 1000);
 }
 
-TEST(MixerThreads, ItIsClosedWhileItIsFetched)
+TEST(MixerThreads, CloseWaitsForTheRenderThread)
 {
     for (int round = 0; round < 1000; ++round) {
         auto mixer = std::make_unique<Mixer>(Form{}, 32);
         const SoundSource source = mixer->add();
         std::atomic<bool> mayEnd{true};
         Buffer buffer({}, noise({}, 100));
-        buffer.atEnd = [&] {
-            EXPECT_TRUE(mayEnd) << "after the mixer was closed";
-            mixer->play(source, buffer); // for ever
+        buffer.onCompletion = [&] {
+            EXPECT_TRUE(mayEnd) << "completed after close returned";
+            mixer->play(source, buffer); // again and again
         };
         ASSERT_EQ(mixer->play(source, buffer), noErr);
         const ComponentInstance instance = mixer->instance;
-        Puller puller(instance);
-        if (round % 2) puller.waitForBlocks(1);
+        Renderer renderer(instance);
+        if (round % 2) renderer.waitForBlocks(1);
         ASSERT_EQ(CloseMixerSoundComponent(instance), noErr);
         mixer->instance = nullptr;
         mayEnd = false;
     }
-    EXPECT_EQ(alive("ComponentInstance"), 0);
+    EXPECT_EQ(liveCount("ComponentInstance"), 0);
 }
 
-TEST(MixerThreads, SeveralClientsAndACompletionThatGoesOn)
+TEST(MixerThreads, SeveralClientsRunBesideACompletionThatQueuesAgain)
 {
     Mixer mixer({}, 64);
     const SoundSource steady = mixer.add();
     Buffer loop({}, noise({}, 50));
-    std::atomic<bool> goesOn{true};
-    loop.atEnd = [&] {
-        if (goesOn) mixer.play(steady, loop);
+    std::atomic<bool> queuesAgain{true};
+    loop.onCompletion = [&] {
+        if (queuesAgain) mixer.play(steady, loop);
     };
     ASSERT_EQ(mixer.play(steady, loop), noErr);
     {
-        Puller puller(mixer.instance);
+        Renderer renderer(mixer.instance);
         std::vector<std::thread> clients;
         for (int client = 0; client < 3; ++client)
             clients.emplace_back([&mixer] {
@@ -151,17 +151,16 @@ TEST(MixerThreads, SeveralClientsAndACompletionThatGoesOn)
                 }
             });
         for (std::thread& client : clients) client.join();
-        goesOn = false;
+        queuesAgain = false;
     }
-    mixer.pullAll();
-    EXPECT_GT(loop.ends, 0);
+    mixer.fetchAll();
+    EXPECT_GT(loop.completions, 0);
 }
 
-// Only one fetches at a time; the other is told so at once.
-TEST(MixerThreads, TwoThatFetch)
+TEST(MixerThreads, ASecondFetchIsRefusedWhileOneIsInProgress)
 {
     Mixer mixer({}, 256);
-    Puller one(mixer.instance);
+    Renderer first(mixer.instance);
     for (int i = 0; i < 2000; ++i) {
         SoundComponentDataPtr data = reinterpret_cast<SoundComponentDataPtr>(&mixer);
         const ComponentResult status = SoundComponentGetSourceData(mixer.instance, &data);

@@ -1,4 +1,4 @@
-// Completions that call the mixer back.
+// Completion routines that call the mixer.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -16,10 +16,10 @@ struct Scene {
     Buffer second{{}, encode({}, Samples(400, 0.25))};
     Buffer third{{}, encode({}, Samples(100, 0.125))};
 
-    /// Play the first and the second buffer; in between comes `then`.
-    void play(std::function<void()> then)
+    /// Play the first and the second buffer; `call` runs in the completion of the first.
+    void play(std::function<void()> call)
     {
-        first.atEnd = std::move(then);
+        first.onCompletion = std::move(call);
         ASSERT_EQ(mixer.play(source, first), noErr);
         ASSERT_EQ(mixer.play(source, second), noErr);
     }
@@ -33,133 +33,133 @@ Bytes joined(Bytes one, const Bytes& other)
     return one;
 }
 
-TEST(MixerInside, AnotherBufferFollowsTheOneThatEnded)
+TEST(MixerCompletion, QueuesTheNextBuffer)
 {
     Scene scene;
-    scene.first.atEnd = [&] { EXPECT_EQ(scene.mixer.play(scene.source, scene.third), noErr); };
+    scene.first.onCompletion = [&] { EXPECT_EQ(scene.mixer.play(scene.source, scene.third), noErr); };
     ASSERT_EQ(scene.mixer.play(scene.source, scene.first), noErr);
-    EXPECT_EQ(scene.mixer.pullAll(), joined(level(30, 0.5), level(50, 0.125)));
+    EXPECT_EQ(scene.mixer.fetchAll(), joined(level(30, 0.5), level(50, 0.125)));
 }
 
-TEST(MixerInside, ABufferThatGivesItselfAgain)
+TEST(MixerCompletion, QueuesTheSameBufferAgain)
 {
     Scene scene;
-    scene.first.atEnd = [&] {
-        if (scene.first.ends < 1000) EXPECT_EQ(scene.mixer.play(scene.source, scene.first), noErr);
+    scene.first.onCompletion = [&] {
+        if (scene.first.completions < 1000) EXPECT_EQ(scene.mixer.play(scene.source, scene.first), noErr);
     };
     ASSERT_EQ(scene.mixer.play(scene.source, scene.first), noErr);
-    EXPECT_EQ(scene.mixer.pullAll(), level(30000, 0.5));
+    EXPECT_EQ(scene.mixer.fetchAll(), level(30000, 0.5));
 }
 
-// With no frames it would never fill a slice.
-TEST(MixerInside, AnEmptyBufferThatGivesItselfAgain)
+// A block ends after 64 empty buffers: they would never fill it.
+TEST(MixerCompletion, QueuesAnEmptyBufferForEver)
 {
     Scene scene;
     Buffer empty({}, Bytes());
     Byte nothing = 0;
     empty.block.desc.buffer = &nothing;
-    empty.atEnd = [&] { EXPECT_EQ(scene.mixer.play(scene.source, empty), noErr); };
+    empty.onCompletion = [&] { EXPECT_EQ(scene.mixer.play(scene.source, empty), noErr); };
     ASSERT_EQ(scene.mixer.play(scene.source, empty), noErr);
-    EXPECT_TRUE(scene.mixer.pull().empty());
-    EXPECT_EQ(empty.ends, 64);
+    EXPECT_TRUE(scene.mixer.fetch().empty());
+    EXPECT_EQ(empty.completions, 64);
     EXPECT_EQ(scene.mixer.stop(scene.source), noErr);
 }
 
-TEST(MixerInside, Pause)
+TEST(MixerCompletion, PausesItsSource)
 {
     Scene scene;
     scene.play([&] { EXPECT_EQ(scene.mixer.pause(scene.source), noErr); });
-    EXPECT_EQ(scene.mixer.pullAll(), level(30, 0.5)) << "at once";
+    EXPECT_EQ(scene.mixer.fetchAll(), level(30, 0.5)) << "paused in the same block";
     EXPECT_EQ(scene.mixer.start(scene.source), noErr);
-    EXPECT_EQ(scene.mixer.pullAll(), level(200, 0.25));
+    EXPECT_EQ(scene.mixer.fetchAll(), level(200, 0.25));
 }
 
-TEST(MixerInside, Stop)
+TEST(MixerCompletion, StopsItsSource)
 {
     Scene scene;
     scene.play([&] { EXPECT_EQ(scene.mixer.stop(scene.source), noErr); });
-    EXPECT_EQ(scene.mixer.pullAll(), level(30, 0.5));
+    EXPECT_EQ(scene.mixer.fetchAll(), level(30, 0.5));
     EXPECT_EQ(scene.mixer.start(scene.source), noErr);
-    EXPECT_TRUE(scene.mixer.pull().empty());
-    EXPECT_EQ(scene.second.ends, 0);
+    EXPECT_TRUE(scene.mixer.fetch().empty());
+    EXPECT_EQ(scene.second.completions, 0);
 }
 
-TEST(MixerInside, StopAndPlayAnother)
+TEST(MixerCompletion, StopsItsSourceAndPlaysAnotherBuffer)
 {
     Scene scene;
     scene.play([&] {
         EXPECT_EQ(scene.mixer.stop(scene.source), noErr);
         EXPECT_EQ(scene.mixer.play(scene.source, scene.third), noErr);
     });
-    EXPECT_EQ(scene.mixer.pullAll(), joined(level(30, 0.5), level(50, 0.125)));
-    EXPECT_EQ(scene.second.ends, 0);
-    EXPECT_EQ(scene.third.ends, 1);
+    EXPECT_EQ(scene.mixer.fetchAll(), joined(level(30, 0.5), level(50, 0.125)));
+    EXPECT_EQ(scene.second.completions, 0);
+    EXPECT_EQ(scene.third.completions, 1);
 }
 
-// Inside the question for more, too, where the buffer has not ended yet.
-TEST(MixerInside, StopWhileItIsAskedForMore)
+// The buffer of a "more" routine has not been completed yet.
+TEST(MixerCompletion, AMoreRoutineStopsItsSource)
 {
-    static Scene* asked;
+    static Scene* called;
     for (bool hasMore : {false, true}) {
         Scene scene;
-        asked = &scene;
+        called = &scene;
         scene.first.block.moreRtn = hasMore ? [](SoundParamBlockPtr* more) -> Boolean {
-            EXPECT_EQ(asked->mixer.stop(asked->source), noErr);
-            *more = &asked->third.block;
+            EXPECT_EQ(called->mixer.stop(called->source), noErr);
+            *more = &called->third.block;
             return true;
         }
         : [](SoundParamBlockPtr*) -> Boolean {
-              EXPECT_EQ(asked->mixer.stop(asked->source), noErr);
+              EXPECT_EQ(called->mixer.stop(called->source), noErr);
               return false;
           };
         scene.play({});
-        EXPECT_EQ(scene.mixer.pullAll(), level(30, 0.5));
-        EXPECT_EQ(scene.first.ends, 0) << "stopped: nobody is told";
-        EXPECT_EQ(scene.third.ends, 0);
+        EXPECT_EQ(scene.mixer.fetchAll(), level(30, 0.5));
+        EXPECT_EQ(scene.first.completions, 0) << "stopped buffers are not completed";
+        EXPECT_EQ(scene.third.completions, 0);
     }
 }
 
-TEST(MixerInside, RemoveItsOwnSource)
+TEST(MixerCompletion, RemovesItsSource)
 {
     Scene scene;
     scene.play([&] { EXPECT_EQ(SoundComponentRemoveSource(scene.mixer.instance, scene.source), noErr); });
-    EXPECT_EQ(scene.mixer.pullAll(), level(30, 0.5));
+    EXPECT_EQ(scene.mixer.fetchAll(), level(30, 0.5));
     EXPECT_EQ(scene.mixer.start(scene.source), noErr);
-    EXPECT_TRUE(scene.mixer.pull().empty());
-    EXPECT_EQ(scene.second.ends, 0);
+    EXPECT_TRUE(scene.mixer.fetch().empty());
+    EXPECT_EQ(scene.second.completions, 0);
     EXPECT_EQ(scene.mixer.play(scene.source, scene.third), badChannel);
 }
 
-TEST(MixerInside, RemoveAnotherSource)
+TEST(MixerCompletion, RemovesAnotherSource)
 {
     Scene scene;
     Buffer beside({}, encode({}, Samples(400, 0.0625)));
     ASSERT_EQ(scene.mixer.play(scene.other, beside), noErr);
     scene.play([&] { EXPECT_EQ(SoundComponentRemoveSource(scene.mixer.instance, scene.other), noErr); });
-    EXPECT_EQ(scene.mixer.pullAll(), joined(level(30, 0.5), level(200, 0.25)));
-    EXPECT_EQ(beside.ends, 0);
+    EXPECT_EQ(scene.mixer.fetchAll(), joined(level(30, 0.5), level(200, 0.25)));
+    EXPECT_EQ(beside.completions, 0);
 }
 
-TEST(MixerInside, AddASource)
+TEST(MixerCompletion, AddsASource)
 {
     Scene scene;
     SoundSource added = nullptr;
     scene.play([&] { EXPECT_EQ(SoundComponentAddSource(scene.mixer.instance, &added), noErr); });
-    scene.mixer.pullAll();
+    scene.mixer.fetchAll();
     EXPECT_EQ(scene.mixer.playAll(added, {}, level(50, 0.5)), level(50, 0.5));
 }
 
-TEST(MixerInside, FetchTheSum)
+TEST(MixerCompletion, MayNotFetch)
 {
     Scene scene;
     SoundComponentDataPtr data = reinterpret_cast<SoundComponentDataPtr>(&scene);
     scene.play([&] { EXPECT_EQ(SoundComponentGetSourceData(scene.mixer.instance, &data), channelBusy); });
-    EXPECT_EQ(scene.mixer.pullAll(), joined(level(30, 0.5), level(200, 0.25)));
+    EXPECT_EQ(scene.mixer.fetchAll(), joined(level(30, 0.5), level(200, 0.25)));
     EXPECT_EQ(data, nullptr);
 }
 
-// The block goes with the mixer, so there is none.
-TEST(MixerInside, CloseTheMixer)
+// Closing frees the block, so the fetch in progress returns none.
+TEST(MixerCompletion, ClosesTheMixer)
 {
     Scene scene;
     const ComponentInstance mixer = scene.mixer.instance;
@@ -168,46 +168,46 @@ TEST(MixerInside, CloseTheMixer)
         EXPECT_EQ(CloseMixerSoundComponent(mixer), static_cast<OSErr>(-32767));
         EXPECT_EQ(scene.mixer.play(scene.source, scene.third), badComponentInstance);
     });
-    scene.mixer.instance = nullptr; // it is closed
+    scene.mixer.instance = nullptr; // closed by the fetch below
     SoundComponentDataPtr data = reinterpret_cast<SoundComponentDataPtr>(&scene);
     EXPECT_EQ(SoundComponentGetSourceData(mixer, &data), badComponentInstance);
     EXPECT_EQ(data, nullptr);
-    EXPECT_EQ(scene.first.ends, 1);
-    EXPECT_EQ(scene.second.ends, 0);
-    EXPECT_EQ(alive("ComponentInstance"), 0);
+    EXPECT_EQ(scene.first.completions, 1);
+    EXPECT_EQ(scene.second.completions, 0);
+    EXPECT_EQ(liveCount("ComponentInstance"), 0);
     EXPECT_EQ(SoundComponentGetSourceData(mixer, &data), badComponentInstance);
 }
 
-// Two mixers on two threads whose completions stop each other's sources wait for nobody.
-TEST(MixerInside, StopTheSourceOfAnotherMixer)
+// Two completion routines on two threads that stop each other's sources do not wait, which would be a
+// deadlock.
+TEST(MixerCompletion, StopsTheSourceOfAnotherMixer)
 {
     for (int round = 0; round < 50; ++round) {
         Scene one, two;
         std::atomic<int> inside{0}, stopped{0};
         const auto stop = [&](Scene& other) {
-            for (++inside; inside < 2;) std::this_thread::yield(); // both are in a slice
+            for (++inside; inside < 2;) std::this_thread::yield(); // both fetches are in progress
             EXPECT_EQ(other.mixer.stop(other.source), noErr);
             for (++stopped; stopped < 2;) std::this_thread::yield();
         };
         one.play([&] { stop(two); });
         two.play([&] { stop(one); });
-        std::thread thread([&] { one.mixer.pullAll(); });
-        two.mixer.pullAll();
+        std::thread thread([&] { one.mixer.fetchAll(); });
+        two.mixer.fetchAll();
         thread.join();
-        EXPECT_EQ(one.first.ends + two.first.ends, 2);
-        EXPECT_EQ(one.second.ends + two.second.ends, 0);
+        EXPECT_EQ(one.first.completions + two.first.completions, 2);
+        EXPECT_EQ(one.second.completions + two.second.completions, 0);
     }
 }
 
-// An exception out of a completion does not get far.
-TEST(MixerInside, Throw)
+TEST(MixerCompletion, MayThrow)
 {
     Scene scene;
     scene.play([] { throw 1; });
     SoundComponentDataPtr data = nullptr;
     EXPECT_EQ(SoundComponentGetSourceData(scene.mixer.instance, &data), memFullErr);
     EXPECT_EQ(data, nullptr);
-    EXPECT_EQ(scene.mixer.pullAll(), level(200, 0.25)) << "it has ended, and the next one plays";
+    EXPECT_EQ(scene.mixer.fetchAll(), level(200, 0.25)) << "the first is completed, the second plays";
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What clients order: play, start, stop, pause, and what becomes of buffers.
+// The commands play, start, stop, pause and remove, and the completion of buffers.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -13,49 +13,49 @@ Bytes part(const Bytes& bytes, std::size_t fromFrame, std::size_t untilFrame)
                  bytes.begin() + static_cast<long>(4 * untilFrame));
 }
 
-TEST(MixerOrders, PlayAtOnceOrWhenStarted)
+TEST(MixerCommands, PlayStartsASourceUnlessPaused)
 {
     Mixer mixer({}, 100);
     const SoundSource source = mixer.add();
     const Bytes bytes = noise({}, 100);
     Buffer buffer({}, bytes);
     ASSERT_EQ(mixer.play(source, buffer, kSourcePaused), noErr);
-    EXPECT_TRUE(mixer.pull().empty());
-    EXPECT_EQ(buffer.ends, 0);
+    EXPECT_TRUE(mixer.fetch().empty());
+    EXPECT_EQ(buffer.completions, 0);
     EXPECT_EQ(mixer.start(source), noErr);
-    EXPECT_EQ(mixer.pull(), bytes);
-    EXPECT_EQ(buffer.ends, 1);
+    EXPECT_EQ(mixer.fetch(), bytes);
+    EXPECT_EQ(buffer.completions, 1);
     Buffer next({}, bytes);
     ASSERT_EQ(mixer.play(source, next, kSourcePaused), noErr);
-    EXPECT_EQ(mixer.pull(), bytes) << "set up, it does not pause what plays";
+    EXPECT_EQ(mixer.fetch(), bytes) << "the flag does not pause a playing source";
     ASSERT_EQ(mixer.stop(source), noErr);
     Buffer last({}, bytes);
     ASSERT_EQ(mixer.play(source, last, kPassThrough | kNoSoundComponentChain), noErr);
-    EXPECT_EQ(mixer.pull(), bytes) << "other actions do not hold it back";
+    EXPECT_EQ(mixer.fetch(), bytes) << "other actions do not pause";
 }
 
-TEST(MixerOrders, PauseKeepsThePlace)
+TEST(MixerCommands, PauseKeepsThePosition)
 {
     Mixer mixer({}, 100);
     const SoundSource source = mixer.add();
     const Bytes bytes = noise({}, 1000);
     Buffer buffer({}, bytes);
     ASSERT_EQ(mixer.play(source, buffer), noErr);
-    EXPECT_EQ(mixer.pull(), part(bytes, 0, 100));
+    EXPECT_EQ(mixer.fetch(), part(bytes, 0, 100));
     for (int twice = 0; twice < 2; ++twice) {
         EXPECT_EQ(mixer.pause(source), noErr);
-        EXPECT_TRUE(mixer.pull().empty());
-        EXPECT_TRUE(mixer.pull().empty());
+        EXPECT_TRUE(mixer.fetch().empty());
+        EXPECT_TRUE(mixer.fetch().empty());
     }
     EXPECT_EQ(mixer.start(source), noErr);
     EXPECT_EQ(mixer.start(source), noErr);
-    EXPECT_EQ(mixer.pullAll(), part(bytes, 100, 1000));
-    EXPECT_EQ(buffer.ends, 1);
+    EXPECT_EQ(mixer.fetchAll(), part(bytes, 100, 1000));
+    EXPECT_EQ(buffer.completions, 1);
 }
 
-// Stopped at any place of any sound: nothing of it is heard afterwards, nobody is told, and the next sound is
-// as it would be in a new source.
-TEST(MixerOrders, StopThrowsAway)
+// At any position: the rest is not output, its buffers are not completed, and the next sound is as in a new
+// source.
+TEST(MixerCommands, StopDropsBuffersAndFilterState)
 {
     for (double rate : {44100.0, 22050.0, 8000.0}) {
         const Form form = {'sowt', 16, 2, rate};
@@ -68,22 +68,22 @@ TEST(MixerOrders, StopThrowsAway)
             Buffer first(form, bytes), second({}, bytes), third(form, bytes);
             ASSERT_EQ(mixer.play(source, first), noErr);
             ASSERT_EQ(mixer.play(source, second), noErr);
-            for (int i = 0; i < pulls; ++i) mixer.pull();
-            const int firstEnds = first.ends, secondEnds = second.ends;
+            for (int i = 0; i < pulls; ++i) mixer.fetch();
+            const int firstEnds = first.completions, secondEnds = second.completions;
             ASSERT_EQ(mixer.stop(source), noErr);
             ASSERT_EQ(mixer.stop(source), noErr);
             ASSERT_EQ(mixer.start(source), noErr);
-            EXPECT_TRUE(mixer.pull().empty()) << rate << " " << pulls;
+            EXPECT_TRUE(mixer.fetch().empty()) << rate << " " << pulls;
             ASSERT_EQ(mixer.play(source, third, kSourcePaused), noErr);
-            EXPECT_EQ(mixer.pullAll(), expected) << rate << " " << pulls;
-            EXPECT_EQ(first.ends, firstEnds);
-            EXPECT_EQ(second.ends, secondEnds);
-            EXPECT_EQ(third.ends, 1);
+            EXPECT_EQ(mixer.fetchAll(), expected) << rate << " " << pulls;
+            EXPECT_EQ(first.completions, firstEnds);
+            EXPECT_EQ(second.completions, secondEnds);
+            EXPECT_EQ(third.completions, 1);
         }
     }
 }
 
-TEST(MixerOrders, StopKeepsTheSettings)
+TEST(MixerCommands, StopKeepsTheSettings)
 {
     Mixer mixer;
     const SoundSource source = mixer.add();
@@ -100,7 +100,7 @@ TEST(MixerOrders, StopKeepsTheSettings)
     EXPECT_EQ(multiplier, 0x20000u);
 }
 
-TEST(MixerOrders, AQueueHolds64Buffers)
+TEST(MixerCommands, AQueueHolds64Buffers)
 {
     Mixer mixer({}, 10);
     const SoundSource source = mixer.add();
@@ -112,61 +112,61 @@ TEST(MixerOrders, AQueueHolds64Buffers)
         }
         Buffer more({}, noise({}, 10));
         EXPECT_EQ(mixer.play(source, more), queueFull);
-        EXPECT_TRUE(mixer.pull().empty()) << "a refused buffer starts nothing";
+        EXPECT_TRUE(mixer.fetch().empty()) << "a refused buffer starts nothing";
         if (round == 0) {
             ASSERT_EQ(mixer.stop(source), noErr);
-            continue; // with room again at once, though nobody has pulled since
+            continue; // the queue is empty at once, without a fetch
         }
         ASSERT_EQ(mixer.start(source), noErr);
-        mixer.pull();
-        EXPECT_EQ(buffers[0]->ends, 1);
+        mixer.fetch();
+        EXPECT_EQ(buffers[0]->completions, 1);
         EXPECT_EQ(mixer.play(source, more), noErr);
-        EXPECT_EQ(mixer.pullAll().size(), 4u * 10 * 64);
-        EXPECT_EQ(more.ends, 1);
+        EXPECT_EQ(mixer.fetchAll().size(), 4u * 10 * 64);
+        EXPECT_EQ(more.completions, 1);
         ASSERT_EQ(mixer.stop(source), noErr);
     }
 }
 
-TEST(MixerOrders, BuffersEndOnceInOrderOnTheThreadThatPulls)
+TEST(MixerCommands, BuffersAreCompletedOnceInOrderOnTheRenderThread)
 {
     Mixer mixer({}, 64);
     const SoundSource source = mixer.add();
     std::vector<std::unique_ptr<Buffer>> buffers;
     std::vector<int> order;
     for (int i = 0; i < 60; ++i) {
-        // Of all lengths, none and a single frame among them, and of several rates.
+        // Lengths from 0 and 1 up, and two rates.
         buffers.push_back(std::make_unique<Buffer>(Form{'sowt', 16, 2, i % 7 == 3 ? 22050.0 : 44100.0},
                                                    noise({}, static_cast<std::size_t>(i * i % 50))));
-        buffers.back()->atEnd = [&order, i] { order.push_back(i); };
+        buffers.back()->onCompletion = [&order, i] { order.push_back(i); };
         ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
     }
-    std::thread::id puller;
+    std::thread::id renderThread;
     std::thread thread([&] {
-        puller = std::this_thread::get_id();
-        mixer.pullAll();
+        renderThread = std::this_thread::get_id();
+        mixer.fetchAll();
     });
     thread.join();
     ASSERT_EQ(order.size(), 60u);
     for (int i = 0; i < 60; ++i) {
         EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
         const Buffer& buffer = *buffers[static_cast<std::size_t>(i)];
-        EXPECT_EQ(buffer.ends, 1);
-        EXPECT_EQ(buffer.endResult, noErr) << "set before it is told";
-        EXPECT_EQ(buffer.endThread, puller);
+        EXPECT_EQ(buffer.completions, 1);
+        EXPECT_EQ(buffer.result, noErr) << "set before the completion";
+        EXPECT_EQ(buffer.thread, renderThread);
     }
 }
 
-TEST(MixerOrders, ABufferThatNobodyIsToldOf)
+TEST(MixerCommands, ABufferNeedsNoCompletionRoutine)
 {
     Mixer mixer;
     Buffer buffer({}, noise({}, 10));
     buffer.block.completionRtn = nullptr;
     ASSERT_EQ(mixer.play(mixer.add(), buffer), noErr);
-    EXPECT_EQ(mixer.pullAll(), buffer.samples);
+    EXPECT_EQ(mixer.fetchAll(), buffer.samples);
     EXPECT_EQ(buffer.block.result, noErr);
 }
 
-TEST(MixerOrders, NeedWhatTheyName)
+TEST(MixerCommands, RefuseUnknownSourcesAndBadArguments)
 {
     Mixer mixer;
     Mixer other;
@@ -178,18 +178,18 @@ TEST(MixerOrders, NeedWhatTheyName)
           reinterpret_cast<SoundSource>(65), reinterpret_cast<SoundSource>(~std::uintptr_t{0})}) {
         EXPECT_EQ(mixer.play(name, buffer), badChannel);
         EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, name), badChannel);
-        EXPECT_EQ(mixer.start(name), noErr) << "what plays nothing is let be";
+        EXPECT_EQ(mixer.start(name), noErr) << "unknown names are ignored";
         EXPECT_EQ(mixer.pause(name), noErr);
         EXPECT_EQ(mixer.stop(name), noErr);
     }
-    using Order = ComponentResult (*)(ComponentInstance, short, SoundSource*);
-    for (Order order : {SoundComponentStartSource, SoundComponentPauseSource, SoundComponentStopSource}) {
+    using Command = ComponentResult (*)(ComponentInstance, short, SoundSource*);
+    for (Command command : {SoundComponentStartSource, SoundComponentPauseSource, SoundComponentStopSource}) {
         SoundSource names[] = {nullptr, removed, source, source};
-        EXPECT_EQ(order(mixer.instance, 4, names), noErr);
-        EXPECT_EQ(order(mixer.instance, 0, nullptr), noErr);
-        EXPECT_EQ(order(mixer.instance, 1, nullptr), paramErr);
-        EXPECT_EQ(order(mixer.instance, -1, names), paramErr);
-        EXPECT_EQ(order(nullptr, 1, names), badComponentInstance);
+        EXPECT_EQ(command(mixer.instance, 4, names), noErr);
+        EXPECT_EQ(command(mixer.instance, 0, nullptr), noErr);
+        EXPECT_EQ(command(mixer.instance, 1, nullptr), paramErr);
+        EXPECT_EQ(command(mixer.instance, -1, names), paramErr);
+        EXPECT_EQ(command(nullptr, 1, names), badComponentInstance);
     }
     EXPECT_EQ(mixer.play(source, buffer), noErr);
     EXPECT_EQ(SoundComponentPlaySourceBuffer(mixer.instance, source, nullptr, 0), paramErr);
@@ -201,12 +201,12 @@ TEST(MixerOrders, NeedWhatTheyName)
     EXPECT_EQ(mixer.play(source, noSamples), paramErr);
     EXPECT_EQ(mixer.play(source, negative), paramErr);
     EXPECT_EQ(SoundComponentInitOutputDevice(mixer.instance, 0), badComponentSelector)
-        << "a mixer is no output";
+        << "a mixer is no output device";
     EXPECT_EQ(SoundComponentAddSource(nullptr, nullptr), badComponentInstance);
-    EXPECT_EQ(mixer.pullAll(), buffer.samples);
+    EXPECT_EQ(mixer.fetchAll(), buffer.samples);
 }
 
-TEST(MixerOrders, StartSeveralSourcesTogether)
+TEST(MixerCommands, StartTakesSeveralSources)
 {
     Mixer mixer({}, 100);
     SoundSource sources[] = {mixer.add(), mixer.add(), mixer.add()};
@@ -216,26 +216,26 @@ TEST(MixerOrders, StartSeveralSourcesTogether)
     mixer.play(sources[1], two, kSourcePaused);
     mixer.play(sources[2], three, kSourcePaused);
     ASSERT_EQ(SoundComponentStartSource(mixer.instance, 2, sources), noErr);
-    EXPECT_EQ(mixer.pull(), encode({}, Samples(200, 0.375)));
+    EXPECT_EQ(mixer.fetch(), encode({}, Samples(200, 0.375)));
     ASSERT_EQ(SoundComponentStartSource(mixer.instance, 3, sources), noErr);
-    EXPECT_EQ(mixer.pull(), encode({}, Samples(200, 0.5)));
-    EXPECT_TRUE(mixer.pull().empty());
+    EXPECT_EQ(mixer.fetch(), encode({}, Samples(200, 0.5)));
+    EXPECT_TRUE(mixer.fetch().empty());
 }
 
-TEST(MixerOrders, ARemovedSourceIsHeardNoMore)
+TEST(MixerCommands, RemoveEndsASource)
 {
     Mixer mixer({}, 10);
     const SoundSource source = mixer.add();
     Buffer buffer({}, noise({}, 100));
     ASSERT_EQ(mixer.play(source, buffer), noErr);
-    EXPECT_FALSE(mixer.pull().empty());
+    EXPECT_FALSE(mixer.fetch().empty());
     EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, source), noErr);
-    EXPECT_TRUE(mixer.pull().empty());
-    EXPECT_EQ(buffer.ends, 0);
+    EXPECT_TRUE(mixer.fetch().empty());
+    EXPECT_EQ(buffer.completions, 0);
     const SoundSource next = mixer.add();
     EXPECT_EQ(mixer.start(next), noErr);
-    EXPECT_TRUE(mixer.pull().empty()) << "a new source in its place has nothing of it";
-    EXPECT_NE(next, source) << "nor its name";
+    EXPECT_TRUE(mixer.fetch().empty()) << "a new source in the same slot is empty";
+    EXPECT_NE(next, source) << "and has another name";
     EXPECT_EQ(SoundComponentRemoveSource(mixer.instance, source), badChannel);
 }
 
