@@ -3,7 +3,9 @@
 
 #include "platform/pcm/rate_converter.h"
 
-#include <cstdint>
+#include <algorithm>
+#include <cmath>
+#include <new>
 #include <vector>
 
 namespace kvxplatform::audiounit {
@@ -22,31 +24,72 @@ public:
     static constexpr UInt32 blockFrames = 512; ///< the most that is pulled at once
 
     /// Throws std::bad_alloc.
-    GlidingConverter(UInt32 channels, pcm::RateConverter::Quality quality);
+    GlidingConverter(UInt32 channels, pcm::RateConverter::Quality quality)
+        : channels_(channels), converted_(std::size_t{blockFrames} * channels)
+    {
+        if (!converter_.prepare(1, 1, channels, quality)) throw std::bad_alloc();
+    }
 
     /// Forget the past; continue at a rate, in input frames for an output frame.
-    void start(double rate);
+    void start(double rate)
+    {
+        converter_.reset();
+        converter_.setRatio(1 / rate);
+        rate_ = target_ = rate;
+        stepsLeft_ = 0;
+    }
 
     /// Glide to another rate during the next frames.
-    void glideTo(double rate);
+    void glideTo(double rate)
+    {
+        if (rate == target_) return;
+        target_ = rate;
+        stepFactor_ = std::pow(target_ / rate_, 1.0 / steps);
+        stepsLeft_ = steps;
+    }
 
     double rate() const { return rate_; }
     bool isGliding() const { return stepsLeft_ > 0; }
 
     /// Feed input at a rate of 1 without using the output: the past of the next read().
     template <class Pull>
-    void prime(UInt32 frames, Pull pull);
+    void prime(UInt32 frames, Pull pull)
+    {
+        converter_.reset();
+        converter_.setRatio(1);
+        convert(frames, frames, pull);
+    }
 
     /// Render planar frames. `pull(frames)` returns that many interleaved input frames, valid until the next
     /// call; `advance(frames)` receives the input frames that each part of the output stands for.
     template <class Pull, class Advance>
-    void read(Float32* const* out, UInt32 frames, Pull pull, Advance advance);
+    void read(Float32* const* out, UInt32 frames, Pull pull, Advance advance)
+    {
+        for (UInt32 done = 0; done < frames;) {
+            const UInt32 span = nextSpan(std::min(frames - done, blockFrames));
+            converter_.setRatio(1 / rate_);
+            convert(span, blockFrames, pull);
+            advance(span * rate_);
+            for (UInt32 channel = 0; channel < channels_; ++channel)
+                for (UInt32 frame = 0; frame < span; ++frame)
+                    out[channel][done + frame] = converted_[std::size_t{frame} * channels_ + channel];
+            done += span;
+        }
+    }
 
 private:
     static constexpr UInt32 stepFrames = 16, steps = 32;
 
-    UInt32 nextSpan(UInt32 frames);
-    void deinterleave(Float32* const* out, UInt32 offset, UInt32 frames) const;
+    /// How many frames, at most `frames`, to render at rate_, which changes at the beginning of each step.
+    UInt32 nextSpan(UInt32 frames)
+    {
+        if (stepsLeft_ == 0) return frames;
+        if (framesOfStep_ == stepFrames) framesOfStep_ = 0;
+        if (framesOfStep_ == 0) rate_ = --stepsLeft_ ? rate_ * stepFactor_ : target_;
+        const UInt32 span = std::min(frames, stepFrames - framesOfStep_);
+        framesOfStep_ += span;
+        return span;
+    }
 
     template <class Pull>
     void convert(UInt32 frames, UInt32 maxPull, Pull& pull)
@@ -64,26 +107,5 @@ private:
     UInt32 framesOfStep_ = 0;        ///< rendered
     std::vector<Float32> converted_; ///< a block, interleaved
 };
-
-template <class Pull>
-void GlidingConverter::prime(UInt32 frames, Pull pull)
-{
-    converter_.reset();
-    converter_.setRatio(1);
-    convert(frames, frames, pull);
-}
-
-template <class Pull, class Advance>
-void GlidingConverter::read(Float32* const* out, UInt32 frames, Pull pull, Advance advance)
-{
-    for (UInt32 done = 0; done < frames;) {
-        const UInt32 span = nextSpan(frames - done < blockFrames ? frames - done : blockFrames);
-        converter_.setRatio(1 / rate_);
-        convert(span, blockFrames, pull);
-        advance(span * rate_);
-        deinterleave(out, done, span);
-        done += span;
-    }
-}
 
 } // namespace kvxplatform::audiounit

@@ -41,11 +41,6 @@ void RatePath::prepareForEngine(double historyFrames)
     history_.allocate(historyFrames); // last: isAllocated() means that all is
 }
 
-void RatePath::publish(std::unique_ptr<RateEngine> engine, const RenderScope& scope)
-{
-    engines_.publish(std::move(engine), scope);
-}
-
 void RatePath::release(const RenderScope& scope)
 {
     engines_.release(engine_);
@@ -77,20 +72,17 @@ void RatePath::begin(Float64 time, const RateRequest& request)
 void RatePath::takeEngine()
 {
     if (change_ != Change::none) return;
-    if (incoming_ && !active_) {
-        engines_.release(engine_);
-        engine_ = incoming_;
-        incoming_ = nullptr;
-    }
-    if (incoming_) return;
-    RateEngine* const newest = engines_.hold();
-    if (!newest) return;
-    if (active_) {
-        incoming_ = newest;
-    } else {
-        engines_.release(engine_);
-        engine_ = newest;
-    }
+    if (!active_) useIncoming();
+    if (!incoming_) incoming_ = engines_.hold();
+    if (!active_) useIncoming();
+}
+
+void RatePath::useIncoming()
+{
+    if (!incoming_) return;
+    engines_.release(engine_);
+    engine_ = incoming_;
+    incoming_ = nullptr;
 }
 
 void RatePath::startEngine(RateEngine& engine, std::int64_t frame, const Setting& setting)
@@ -192,19 +184,13 @@ UInt32 RatePath::crossfade(EngineInput& input, Float32* const* out, UInt32 frame
             out[channel][frame] += gain * (nextPlanes_[channel][frame] - out[channel][frame]);
     }
     framesFaded_ += frames;
-    if (framesFaded_ == fadeFrames) finishFade();
-    return frames;
-}
+    if (framesFaded_ < fadeFrames) return frames;
 
-void RatePath::finishFade()
-{
     change_ = Change::none;
     active_ = next_;
     setting_ = nextSetting_;
-    if (!next_ || next_ != incoming_) return;
-    engines_.release(engine_);
-    engine_ = incoming_;
-    incoming_ = nullptr;
+    if (active_ && active_ == incoming_) useIncoming();
+    return frames;
 }
 
 void RatePath::renderActive(EngineInput& input, Float32* const* out, UInt32 frames)

@@ -34,9 +34,12 @@ public:
     /// Throws std::bad_alloc. [any], with settings
     void prepareForEngine(double historyFrames);
 
-    /// Hand an engine to the render thread, in place of the one before. Throws std::bad_alloc.
+    /// Hand an engine to the render thread, which replaces its present one. Throws std::bad_alloc.
     /// [any], with settings
-    void publish(std::unique_ptr<RateEngine> engine, const RenderScope& scope);
+    void publish(std::unique_ptr<RateEngine> engine, const RenderScope& scope)
+    {
+        engines_.publish(std::move(engine), scope);
+    }
 
     /// The engine published last, or null.
     /// [any], with settings
@@ -64,12 +67,12 @@ private:
 
     void begin(Float64 time, const RateRequest& request);
     void takeEngine();
+    void useIncoming();
     void startChange(const RateRequest& request);
     void startEngine(RateEngine& engine, std::int64_t frame, const Setting& setting);
     UInt32 renderSpan(EngineInput& input, Float32* const* out, UInt32 frames);
     UInt32 renderBeforeFade(EngineInput& input, Float32* const* out, UInt32 frames);
     UInt32 crossfade(EngineInput& input, Float32* const* out, UInt32 frames);
-    void finishFade();
     void renderActive(EngineInput& input, Float32* const* out, UInt32 frames);
     void renderInput(EngineInput& input, Float32* const* out, UInt32 frames);
     double position() const { return active_ ? active_->position() : static_cast<double>(inputFrame_); }

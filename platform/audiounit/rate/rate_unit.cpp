@@ -141,19 +141,14 @@ OSStatus renderRateUnit(Unit& unit, Slice& slice)
     return status;
 }
 
-void makeEngineIfNeeded(Unit& unit)
-{
-    int type = 0;
-    if (unit.scope.isInside() || !needsEngine(unit, type)) return;
-    const std::lock_guard<std::mutex> guard(unit.settings); // held while the unit is being initialised
-    makeEngineWhileInitialized(unit);
-}
-
 OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 index,
                           Float32 value)
 {
     storeParameter(unit, row.id + index, row.scope, element, value);
-    makeEngineIfNeeded(unit);
+    int type = 0;
+    if (unit.scope.isInside() || !needsEngine(unit, type)) return noErr;
+    const std::lock_guard<std::mutex> guard(unit.settings); // held while the unit is being initialised
+    makeEngineWhileInitialized(unit);
     return noErr;
 }
 

@@ -16,7 +16,7 @@ struct RateKind {
     /// [any]
     Setting (*setting)(const Unit&);
 
-    /// The type of engine that the unit needs at a render quality, as a number of its own.
+    /// The type of engine that the unit needs at a render quality: an argument of make().
     /// [any]
     int (*engineType)(const Unit&, UInt32 quality);
 
@@ -45,11 +45,14 @@ inline OSStatus openRateUnit(Unit& unit, const RateKind& kind)
     return noErr;
 }
 
-/// Make the engine that the settings need, if it has not been made. Throws std::bad_alloc.
-/// [any], without locks
-void makeEngineIfNeeded(Unit& unit);
+/// The stored value of a global parameter.
+/// [any]
+inline Float32 globalValue(const Unit& unit, AudioUnitParameterID id)
+{
+    return parameterValue(unit, id, kAudioUnitScope_Global, 0);
+}
 
-/// Set a parameter of a rate unit: store the value and make the engine that it needs.
+/// Set a parameter of a rate unit: store the value and make the engine that it needs. Throws std::bad_alloc.
 /// [any], without locks
 OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 index,
                           Float32 value);

@@ -14,15 +14,10 @@ namespace {
 constexpr AudioUnitParameterID rate = kNewTimePitchParam_Rate, pitch = kNewTimePitchParam_Pitch;
 static_assert(kTimePitchParam_Rate == rate && kTimePitchParam_Pitch == pitch);
 
-Float32 valueOf(const Unit& unit, AudioUnitParameterID id)
-{
-    return parameterValue(unit, id, kAudioUnitScope_Global, 0);
-}
-
 Setting settingOf(const Unit& unit)
 {
-    const double cents = valueOf(unit, pitch);
-    return {valueOf(unit, rate), cents == 0 ? 1 : std::exp2(cents / 1200)};
+    const double cents = globalValue(unit, pitch);
+    return {globalValue(unit, rate), cents == 0 ? 1 : std::exp2(cents / 1200)};
 }
 
 // The finer mode needs both a large overlap and a high quality.
@@ -37,7 +32,7 @@ int modeAt(Float32 overlap, UInt32 quality)
 
 int newMode(const Unit& unit, UInt32 quality)
 {
-    return modeAt(valueOf(unit, kNewTimePitchParam_Overlap), quality);
+    return modeAt(globalValue(unit, kNewTimePitchParam_Overlap), quality);
 }
 int classicMode(const Unit&, UInt32 quality) { return modeAt(finerOverlap, quality); }
 

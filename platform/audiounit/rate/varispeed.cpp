@@ -9,14 +9,9 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-Float32 valueOf(const Unit& unit, AudioUnitParameterID id)
-{
-    return parameterValue(unit, id, kAudioUnitScope_Global, 0);
-}
-
 Float32 rateAt(Float32 cents) { return static_cast<Float32>(std::exp2(double{cents} / 1200)); }
 
-Setting settingOf(const Unit& unit) { return {valueOf(unit, kVarispeedParam_PlaybackRate), 1}; }
+Setting settingOf(const Unit& unit) { return {globalValue(unit, kVarispeedParam_PlaybackRate), 1}; }
 
 int qualityAt(const Unit&, UInt32 quality)
 {
@@ -37,8 +32,8 @@ constexpr RateKind kind = {settingOf, qualityAt, make, historyFrames};
 // they match the rate.
 OSStatus getCents(Unit& unit, const Parameter&, AudioUnitElement, UInt32, Float32& out)
 {
-    const Float32 rate = valueOf(unit, kVarispeedParam_PlaybackRate);
-    const Float32 cents = valueOf(unit, kVarispeedParam_PlaybackCents);
+    const Float32 rate = globalValue(unit, kVarispeedParam_PlaybackRate);
+    const Float32 cents = globalValue(unit, kVarispeedParam_PlaybackCents);
     out = rateAt(cents) == rate ? cents : static_cast<Float32>(1200 * std::log2(double{rate}));
     return noErr;
 }
@@ -46,9 +41,8 @@ OSStatus getCents(Unit& unit, const Parameter&, AudioUnitElement, UInt32, Float3
 OSStatus setCents(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32, Float32 value)
 {
     storeParameter(unit, row.id, row.scope, element, value);
-    storeParameter(unit, kVarispeedParam_PlaybackRate, row.scope, element, rateAt(value));
-    makeEngineIfNeeded(unit);
-    return noErr;
+    const Parameter& rateRow = varispeedParameters[0];
+    return setRateParameter(unit, rateRow, element, 0, rateAt(value));
 }
 
 constexpr auto global = kAudioUnitScope_Global;
