@@ -48,8 +48,9 @@ public:
     /// [client]
     void end() { hasEnded_ = true; }
 
-    /// Render up to `frames` frames; fewer when the queue is empty. Calls the completion routine of each
-    /// buffer that ends. [audio & rendering]
+    /// Render up to `frames` frames; fewer when the queue is empty. Calls the completion routines of buffers
+    /// that end.
+    /// [audio & rendering]
     UInt32 render(Float32* out, UInt32 frames);
 
     std::atomic<bool> isPlaying{false};

@@ -9,10 +9,10 @@
 namespace kvxplatform::audiounit {
 
 /// Units    average power is the mean square of the last 100 ms, with silence before the first frame; the
-/// peak is
-///          the largest magnitude, held for a second, then falling by 20 dB a second. Samples that are not
-///          finite are silence in the average; a peak is at most 1e6.
-/// All functions: [audio & rendering]. They allocate nothing.
+///          peak is the largest magnitude, held for a second, then falling by 20 dB a second. Samples that
+///          are not finite are silence in the average; a peak is at most 1e6.
+/// All functions allocate nothing.
+/// [audio & rendering]
 class LevelMeter {
 public:
     LevelMeter() = default;

@@ -10,9 +10,10 @@ constexpr std::int64_t matchReach = 256; ///< frames to search on either side
 constexpr UInt32 minMatchFrames = 64;    ///< fewer are too short to compare
 
 /// Find the input frame near `frame` from which the input is most similar to `output`, by the squared
-/// difference of the first two channels. Allocates nothing. Shape    output[channel][frame]; at most 512
-/// frames are compared. Returns  `frame` if there are too few frames, in the output or around it in the
-/// history. [audio & rendering]
+/// difference of the first two channels. Allocates nothing.
+/// Shape    output[channel][frame]; at most 512 frames are compared.
+/// Returns  `frame` if there are too few frames to compare.
+/// [audio & rendering]
 std::int64_t bestMatch(const InputHistory& history, std::int64_t frame, const Float32* const* output,
                        UInt32 frames);
 

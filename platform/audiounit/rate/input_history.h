@@ -28,8 +28,9 @@ public:
     /// [any & stopped]
     void prepare(const AudioStreamBasicDescription& format);
 
-    /// Allocate at least `frames` frames and touch each page, so that rendering causes no page fault. Called
-    /// once, before the first engine is published. Throws std::bad_alloc. [any], with settings
+    /// Allocate at least `frames` frames, before the first engine is published. Touches every page, so that
+    /// rendering causes no page fault. Throws std::bad_alloc.
+    /// [any], with settings
     void allocate(double frames);
     bool isAllocated() const { return memory_ != nullptr; }
 

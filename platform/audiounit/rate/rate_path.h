@@ -30,8 +30,8 @@ public:
     /// [any & stopped], with settings
     void release(const RenderScope& scope);
 
-    /// Allocate what rendering with an engine needs, once, with a history of at least `historyFrames` frames.
-    /// Throws std::bad_alloc. [any], with settings
+    /// Allocate once what rendering with an engine needs. Throws std::bad_alloc.
+    /// [any], with settings
     void prepareForEngine(double historyFrames);
 
     /// Hand an engine to the render thread, which replaces its present one. Throws std::bad_alloc.

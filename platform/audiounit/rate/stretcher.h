@@ -42,8 +42,9 @@ public:
     /// Whether the next output frames were stretched at the present ratio.
     bool isSettled() const { return unsettledFrames_ <= 0; }
 
-    /// Latency in input frames over the ratio, and tail until -60 dB, at a ratio. The tail is measured:
-    /// windows that hold the last frame are spread further apart than they were. [any]
+    /// Latency in input frames, and tail until -60 dB in output frames. The tail is measured: the windows
+    /// that hold the last frame spread when they are stretched.
+    /// [any]
     double latency(double ratio) const { return pad_ + (delay_ + hop) / ratio; }
     double tail(double ratio) const { return delay_ * std::max(1.0, ratio + 0.5); }
 
