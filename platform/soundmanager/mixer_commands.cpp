@@ -15,7 +15,8 @@ void replace(Mixer& mixer, Mixer::Slot& slot, std::unique_ptr<Source> next)
     if (Source* const former = slot.source.publish(std::move(next), mixer.scope)) former->end();
 }
 
-/// Two completion routines that wait for each other's mixer would deadlock.
+/// Returns at once inside a render call: two completion routines that waited for each other's mixer would
+/// deadlock.
 void waitForFetch(const Mixer& mixer)
 {
     if (!RenderScope::isInsideAny()) mixer.scope.wait();

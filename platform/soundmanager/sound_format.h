@@ -9,8 +9,7 @@ namespace kvxplatform::soundmanager {
 /// Translate the description of a sound into linear PCM.
 /// Shape    1 or 2 channels of 8 or 16 bits, interleaved.
 /// Errors   badFormat; siInvalidSampleSize; notEnoughHardwareErr for other channel counts;
-/// siInvalidSampleRate for
-///          a rate of 0. `out` is unchanged then.
+///          siInvalidSampleRate for a rate of 0. `out` is unchanged then.
 /// [any]
 OSErr linearPCM(const SoundComponentData& description, AudioStreamBasicDescription& out);
 

@@ -48,8 +48,7 @@ void applyGain(Float32* samples, UInt32 channels, UInt32 frames, Float32 left, F
 /// from it.
 Source::Conversion* Source::conversionFor(Float64 rate)
 {
-    // Read `played_` first: a conversion whose last entry was played by then and is not active now never will
-    // be.
+    // Read `played_` first: a conversion whose last entry is played and that is not active then stays unused.
     const UInt32 played = played_;
     const Conversion* const active = active_;
     const auto isUnused = [&](const auto& each) {

@@ -2,12 +2,11 @@
 // the output a fader; all have meters.
 //
 // Channels  input channel n goes to output channel n; a mono input goes to both channels of a stereo output.
-// Further
-//           input channels are dropped, further output channels are silent.
+//           Other input channels are dropped, other output channels are silent.
 //
-// Gains     volume, enable and pan ramp to a new value; in the first slice after initialising or a reset they
-// are set
-//           at once. At rest at 1 they change no bit.
+// Gains     volume, enable and pan ramp to a new value; before the first slice after initialising or a reset
+//           they are set at once. At rest at 1 they change no bit.
+#include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/mixer/bus_meters.h"
 #include "platform/audiounit/mixer/fader.h"
 #include "platform/audiounit/mixer/mixer_unit.h"
@@ -169,11 +168,6 @@ OSStatus setMetering(Unit& unit, ElementAddress address, const void* data, UInt3
     return noErr;
 }
 
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -2});
-}
-
 template <Level which>
 OSStatus getLevel(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 channel, Float32& out)
 {
@@ -194,9 +188,9 @@ constexpr auto decibels = kAudioUnitParameterUnit_Decibels;
 
 // clang-format off
 const Property mixerProperties[] = {
-    // property                                scopes              element     bytes                  access             settable          get               set          size of
-    {kAudioUnitProperty_SupportedNumChannels,  inGlobal,           anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getChannelCounts, nullptr,     nullptr},
-    {kAudioUnitProperty_MeteringMode,          inInput | inOutput, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getMetering,      setMetering, nullptr},
+    // property                                scopes              element     bytes                  access             settable          get                  set          size of
+    {kAudioUnitProperty_SupportedNumChannels,  inGlobal,           anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getAnyChannelCounts, nullptr,     nullptr},
+    {kAudioUnitProperty_MeteringMode,          inInput | inOutput, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getMetering,         setMetering, nullptr},
 };
 
 const Parameter mixerParameters[] = {

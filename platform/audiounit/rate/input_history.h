@@ -15,7 +15,7 @@ namespace kvxplatform::audiounit {
 // All functions but prepare() and allocate(): [audio & rendering].
 class InputHistory {
 public:
-    /// The render call that pulls input.
+    /// A render call, which pulls input.
     struct Call {
         Unit& unit;
         AudioUnitRenderActionFlags& flags;

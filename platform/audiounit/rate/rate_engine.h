@@ -29,7 +29,7 @@ public:
     /// `frame` - leadIn() on; frames that the history no longer holds are silence.
     virtual void start(std::int64_t frame, const Setting& setting) = 0;
 
-    /// How many input frames the engine reads before the one that it starts at.
+    /// How many input frames before its start frame the engine reads.
     virtual std::int64_t leadIn(const Setting& setting) const = 0;
 
     /// Read about `frames` input frames towards the first output frame. True: ready for read().
