@@ -4,7 +4,6 @@
 #include "platform/augraph/head.h"
 #include "platform/augraph/life_cycle.h"
 #include "platform/augraph/nodes.h"
-#include "platform/hal/device.h"
 #include "platform/support/border.h"
 #include "platform/support/render_scope.h"
 
@@ -16,7 +15,7 @@ namespace {
 constexpr OSStatus cannotNow = kAUGraphErr_CannotDoInCurrentContext;
 
 /// A thread in a render call or an I/O cycle must not wait.
-bool isRenderThread() { return kvxplatform::RenderScope::isInsideAny() || kvxplatform::hal::turningDevice; }
+bool isRenderThread() { return kvxplatform::RenderScope::isInsideAny(); }
 
 template <class Call>
 OSStatus guarded(Call call) noexcept

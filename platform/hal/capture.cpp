@@ -4,16 +4,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 
 namespace kvxplatform::hal {
 
 namespace {
-constexpr std::size_t ringSeconds = 10;           // what a slow disk may lag behind
+constexpr std::size_t ringSeconds = 10;           // longest delay of a slow disk
 constexpr std::size_t largestRing = 32u << 20;    // samples
-constexpr std::size_t samplesPerWrite = 1u << 15; // at most, of one piece
-constexpr long pollNanos = 20'000'000;            // how long a piece may lie before it is written
+constexpr std::size_t samplesPerWrite = 1u << 15; // at most
+constexpr std::int64_t pollNanos = 20'000'000;    // longest time that samples stay in the ring
 
 const char* adviceFor(int error)
 {
@@ -51,11 +50,10 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
         capture->isFinished_ = true;
         return nullptr;
     }
-    sem_init(&capture->wake_, 0, 0);
-    const auto wanted = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
-    const std::size_t size = std::clamp(wanted, samplesPerWrite * 2, largestRing);
+    const std::size_t samples = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
+    const std::size_t size = std::clamp(samples, samplesPerWrite * 2, largestRing);
     try {
-        capture->ring_.resize(size - size % form.channels); // a frame never goes round the corner
+        capture->ring_.resize(size - size % form.channels); // a frame never wraps around
         capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
     } catch (const std::exception&) {
         error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
@@ -74,60 +72,55 @@ Capture::~Capture()
 void Capture::write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait)
 {
     const bool isEmpty = written_.load(std::memory_order_relaxed) == 0;
-    if (isEmpty) hasChanged_ = false; // it may have been opened for a change that is just being made
+    if (isEmpty) hasChanged_ = false; // it may be opened while a change of settings is in progress
     if (!(form == form_)) hasChanged_ = true;
     if (hasChanged_ || failure_.load(std::memory_order_relaxed) != 0) return;
     std::size_t left = std::size_t{frames} * form.channels;
-    const std::uint64_t waiting =
+    const std::uint64_t unwritten =
         written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
-    if (!mayWait && left > ring_.size() - static_cast<std::size_t>(waiting)) {
-        hasLost_ = true; // the whole slice: half a frame would swap the channels of all that follows
+    if (!mayWait && left > ring_.size() - static_cast<std::size_t>(unwritten)) {
+        hasLost_ = true; // the whole slice: half a frame would swap the channels of all later frames
         return;
     }
     while (left) {
         const std::uint64_t written = written_.load(std::memory_order_relaxed);
         const std::uint64_t used = written - taken_.load(std::memory_order_acquire);
         const std::size_t start = written % ring_.size();
-        const std::size_t piece =
+        const std::size_t span =
             std::min({left, ring_.size() - static_cast<std::size_t>(used), ring_.size() - start});
-        if (!piece) {
-            sem_post(&wake_);
+        if (!span) {
+            wake_.raise();
             std::this_thread::yield();
             continue;
         }
-        std::memcpy(&ring_[start], samples, piece * sizeof(float));
-        samples += piece;
-        left -= piece;
-        written_.store(written + piece, std::memory_order_release);
+        std::memcpy(&ring_[start], samples, span * sizeof(float));
+        samples += span;
+        left -= span;
+        written_.store(written + span, std::memory_order_release);
     }
     if (written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_relaxed) >= samplesPerWrite)
-        sem_post(&wake_);
+        wake_.raise();
 }
 
-std::size_t Capture::takeOut()
+std::size_t Capture::writeSpan()
 {
     const std::uint64_t taken = taken_.load(std::memory_order_relaxed);
-    const std::uint64_t waiting = written_.load(std::memory_order_acquire) - taken;
+    const std::uint64_t unwritten = written_.load(std::memory_order_acquire) - taken;
     const std::size_t start = taken % ring_.size();
-    std::size_t piece = std::min({static_cast<std::size_t>(waiting), ring_.size() - start, samplesPerWrite});
-    piece -= piece % form_.channels; // whole frames
-    if (piece) failure_ = file_.write(&ring_[start], piece);
-    taken_.store(taken + piece, std::memory_order_release);
-    return piece;
+    std::size_t span = std::min({static_cast<std::size_t>(unwritten), ring_.size() - start, samplesPerWrite});
+    span -= span % form_.channels; // whole frames
+    if (span) failure_ = file_.write(&ring_[start], span);
+    taken_.store(taken + span, std::memory_order_release);
+    return span;
 }
 
 void Capture::run()
 {
-    while (!isEnding_.load(std::memory_order_acquire)) {
-        timespec until;
-        clock_gettime(CLOCK_MONOTONIC, &until); // a clock that nobody sets
-        until.tv_nsec += pollNanos;
-        if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
-        sem_clockwait(&wake_, CLOCK_MONOTONIC, &until);
-        while (takeOut()) {
+    for (bool isLast = false; !isLast;) {
+        isLast = isEnding_.load(std::memory_order_acquire);
+        if (!isLast) wake_.waitFor(pollNanos);
+        while (writeSpan()) {
         }
-    }
-    while (takeOut()) {
     }
 }
 
@@ -135,7 +128,6 @@ void Capture::discard()
 {
     isFinished_ = true;
     file_.finish();
-    sem_destroy(&wake_);
     std::remove(temporaryPath_.c_str());
 }
 
@@ -144,9 +136,8 @@ bool Capture::finish(std::string& error)
     if (isFinished_) return true;
     isFinished_ = true;
     isEnding_.store(true, std::memory_order_release);
-    sem_post(&wake_);
+    wake_.raise();
     thread_.join();
-    sem_destroy(&wake_);
     int code = file_.finish();
     if (code == 0 && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) code = errno;
     if (code != 0) {

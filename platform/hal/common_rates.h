@@ -1,4 +1,4 @@
-// The rates that are asked of hardware, and offered where any is taken.
+// The rates that are tested on hardware, and offered by devices that support every rate.
 #pragma once
 
 namespace kvxplatform::hal {

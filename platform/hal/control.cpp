@@ -1,13 +1,15 @@
-// The control header's functions that concern devices.
+// The functions of the control header that concern devices.
+#include "platform/hal/apply_settings.h"
 #include "platform/hal/device_capture.h"
 #include "platform/hal/device_changes.h"
-#include "platform/hal/io_procs.h"
+#include "platform/hal/device_end.h"
+#include "platform/hal/driver.h"
+#include "platform/hal/find_devices.h"
 #include "platform/hal/simulated_device.h"
 #include "platform/hal/step.h"
-#include "platform/hal/tree.h"
+#include "platform/support/border.h"
 
 #include <cstring>
-#include <exception>
 
 using namespace kvxplatform::hal;
 
@@ -23,12 +25,21 @@ int32_t fail(OSStatus status, const std::string& text)
     return static_cast<int32_t>(status);
 }
 
-/// For what was thrown on the way.
-int32_t outOfResources() noexcept
+/// Run the body of a control function. An exception makes the out-of-resources text its error.
+template <class Body>
+std::invoke_result_t<Body> withErrorText(std::invoke_result_t<Body> failure, Body body) noexcept
 {
-    isOutOfResources = true;
-    return kAudioHardwareUnspecifiedError;
+    bool hasReturned = false;
+    const auto result = kvxplatform::withinBorder(failure, [&] {
+        const auto value = body();
+        hasReturned = true;
+        return value;
+    });
+    if (!hasReturned) isOutOfResources = true;
+    return result;
 }
+
+constexpr int32_t unspecified = kAudioHardwareUnspecifiedError;
 
 int32_t noSuchDevice(KVXDeviceID id)
 {
@@ -49,7 +60,7 @@ void copyText(char (&target)[size], const std::string& text)
     target[size - 1] = 0;
 }
 
-/// Why a simulated device cannot be like this; null if it can. Zero is "as it is".
+/// Why a simulated device cannot have these settings; null if it can. Zero keeps a setting.
 const char* refusalOf(double rate, uint32_t channels, uint32_t slice, uint32_t inputs = 0)
 {
     if (rate != 0 && !(rate >= lowestRate && rate <= highestRate))
@@ -78,14 +89,13 @@ KVXDeviceInfo infoOf(const Device& device, AudioObjectID defaultOutput)
     return row;
 }
 
-/// Have another driver turn a simulated device.
 void setDriver(const DeviceRef& device, Driver driver)
 {
     {
         const std::lock_guard<std::mutex> control(device->control);
-        if (!device->isDiscarding) handOver(device, driver); // else the timer sees it to its end
+        if (!device->isDiscarding) handOver(device, driver); // a discarding device keeps the timer
     }
-    waitForTurn(*device);
+    device->scope.wait(); // for the last cycle of the former driver
 }
 
 } // namespace
@@ -96,201 +106,194 @@ const char* KVXPlatformErrorText(void)
 }
 
 uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity)
-try {
-    const std::vector<DeviceRef> devices = listedDevices();
-    const AudioObjectID defaultOutput = deviceInRole(Role::output);
-    const std::lock_guard<std::mutex> lock(treeLock());
-    for (std::size_t i = 0; i < devices.size() && i < capacity; ++i)
-        rows[i] = infoOf(*devices[i], defaultOutput);
-    return static_cast<uint32_t>(devices.size());
-} catch (const std::exception&) {
-    outOfResources();
-    return 0;
+{
+    return withErrorText(uint32_t{0}, [=] {
+        const DeviceList& list = deviceList();
+        const std::lock_guard<std::mutex> lock(propertyLock);
+        const std::vector<DeviceRef>& devices = list.listed();
+        for (std::size_t i = 0; i < devices.size() && i < capacity; ++i)
+            rows[i] = infoOf(*devices[i], list.inRole(Role::output));
+        return static_cast<uint32_t>(devices.size());
+    });
 }
 
 KVXDeviceID KVXPlatformBuiltInSimulatedDevice(void)
-try {
-    return static_cast<KVXDeviceID>(builtInSimulatedDevice()->id);
-} catch (const std::exception&) {
-    outOfResources();
-    return 0;
+{
+    return withErrorText(KVXDeviceID{0}, [&]() -> KVXDeviceID {
+        return static_cast<KVXDeviceID>(builtInSimulatedDevice()->id);
+    });
 }
 
 KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description)
-try {
-    if (!description) {
-        fail(kAudioHardwareIllegalOperationError,
-             "a simulated device needs a description, which may be all zero");
-        return 0;
-    }
-    if (const char* refusal = refusalOf(description->sampleRate, description->outputChannels,
-                                        description->sliceFrames, description->inputChannels)) {
-        fail(kAudioDeviceUnsupportedFormatError, refusal);
-        return 0;
-    }
-    return static_cast<KVXDeviceID>(enterDevice(makeSimulatedDevice(*description))->id);
-} catch (const std::exception&) {
-    outOfResources();
-    return 0;
+{
+    return withErrorText(KVXDeviceID{0}, [&]() -> KVXDeviceID {
+        if (!description) {
+            fail(kAudioHardwareIllegalOperationError,
+                 "a simulated device needs a description, which may be all zero");
+            return 0;
+        }
+        if (const char* refusal = refusalOf(description->sampleRate, description->outputChannels,
+                                            description->sliceFrames, description->inputChannels)) {
+            fail(kAudioDeviceUnsupportedFormatError, refusal);
+            return 0;
+        }
+        const DeviceRef device = makeSimulatedDevice(*description);
+        addDevice(device);
+        return static_cast<KVXDeviceID>(device->id);
+    });
 }
 
 int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID id)
-try {
-    const DeviceRef device = findDevice(id);
-    if (!device) return noSuchDevice(id);
-    if (!device->isSimulated) return notSimulated(device);
-    if (device == builtInSimulatedDevice())
-        return fail(kAudioHardwareUnsupportedOperationError,
-                    "the built-in simulated device is always there; add another one to remove it again");
-    unplug(device);
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDevice(id);
+        if (!device) return noSuchDevice(id);
+        if (!device->isSimulated) return notSimulated(device);
+        if (device == builtInSimulatedDevice())
+            return fail(kAudioHardwareUnsupportedOperationError,
+                        "the built-in simulated device is always there; add another one to remove it again");
+        unplug(device);
+        return noErr;
+    });
 }
 
 int32_t KVXPlatformKillDevice(KVXDeviceID id)
-try {
-    const DeviceRef device = findDevice(id);
-    if (!device) return noSuchDevice(id);
-    if (device == builtInSimulatedDevice())
-        return fail(kAudioHardwareUnsupportedOperationError,
-                    "the built-in simulated device is always there; add another one to let it die");
-    letDie(device);
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDevice(id);
+        if (!device) return noSuchDevice(id);
+        if (device == builtInSimulatedDevice())
+            return fail(kAudioHardwareUnsupportedOperationError,
+                        "the built-in simulated device is always there; add another one to let it die");
+        markDead(device);
+        return noErr;
+    });
 }
 
 int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
-try {
-    const DeviceRef device = findDevice(id);
-    if (!device) return noSuchDevice(id);
-    device->startRefusal = status;
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDevice(id);
+        if (!device) return noSuchDevice(id);
+        device->startRefusal = status;
+        return noErr;
+    });
 }
 
 int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t outputChannels,
                                    uint32_t sliceFrames)
-try {
-    const DeviceRef device = findDevice(id);
-    if (!device) return noSuchDevice(id);
-    if (!device->isSimulated) return notSimulated(device);
-    if (const char* refusal = refusalOf(sampleRate, outputChannels, sliceFrames))
-        return fail(kAudioDeviceUnsupportedFormatError, refusal);
-    if (outputChannels && !device->outputStream)
-        return fail(kAudioDeviceUnsupportedFormatError,
-                    "\"" + device->name + "\" has no output, so its channels stay as they are; pass 0");
-    Settings before, after;
-    {
-        const std::lock_guard<std::mutex> lock(treeLock());
-        Settings& settings = device->settings;
-        before = settings;
-        if (sampleRate != 0) settings.rate = sampleRate;
-        if (outputChannels) settings.outputChannels = outputChannels;
-        if (sliceFrames) settings.sliceFrames = sliceFrames;
-        device->outputLevels.resize(settings.outputChannels);
-        after = settings;
-    }
-    applyLevels(device); // first: a channel that comes is heard at its level from its first frame
-    applySettings(device);
-    tellChanges(*device, before, after);
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDevice(id);
+        if (!device) return noSuchDevice(id);
+        if (!device->isSimulated) return notSimulated(device);
+        if (const char* refusal = refusalOf(sampleRate, outputChannels, sliceFrames))
+            return fail(kAudioDeviceUnsupportedFormatError, refusal);
+        if (outputChannels && !device->outputStream)
+            return fail(kAudioDeviceUnsupportedFormatError,
+                        "\"" + device->name + "\" has no output, so its channels stay as they are; pass 0");
+        Settings before, after;
+        {
+            const std::lock_guard<std::mutex> lock(propertyLock);
+            Settings& settings = device->settings;
+            before = settings;
+            if (sampleRate != 0) settings.rate = sampleRate;
+            if (outputChannels) settings.outputChannels = outputChannels;
+            if (sliceFrames) settings.sliceFrames = sliceFrames;
+            device->outputLevels.resize(settings.outputChannels);
+            after = settings;
+        }
+        applyLevels(device); // first: an added channel has its level from its first frame on
+        applySettings(device);
+        postSettingChanges(*device, before, after);
+        return noErr;
+    });
 }
 
 int32_t KVXPlatformChooseOutputDevice(const char* choice)
-try {
-    std::string error;
-    if (choice && chooseOutput(choice, error)) return noErr;
-    return fail(kAudioHardwareBadDeviceError, choice ? error : "no device was named");
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        std::string error;
+        if (choice && chooseOutput(choice, error)) return noErr;
+        return fail(kAudioHardwareBadDeviceError, choice ? error : "no device was named");
+    });
 }
 
 int32_t KVXPlatformRefreshDevices(void)
-try {
-    std::string error;
-    return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        std::string error;
+        return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
+    });
 }
 
 int32_t KVXPlatformCheckHardware(void)
-try {
-    const std::string error = hardwareError();
-    return error.empty() ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const std::string error = hardwareError();
+        return error.empty() ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
+    });
 }
 
 int32_t KVXPlatformSetStepped(KVXDeviceID id, uint8_t isStepped)
-try {
-    const DeviceRef device = findDevice(id);
-    if (!device) return noSuchDevice(id);
-    if (!device->isSimulated) return notSimulated(device);
-    setDriver(device, isStepped ? Driver::steps : Driver::timer);
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDevice(id);
+        if (!device) return noSuchDevice(id);
+        if (!device->isSimulated) return notSimulated(device);
+        setDriver(device, isStepped ? Driver::steps : Driver::timer);
+        return noErr;
+    });
 }
 
 uint32_t KVXPlatformStep(KVXDeviceID id, uint32_t frames)
-try {
-    const DeviceRef device = findDevice(id);
-    return device ? static_cast<uint32_t>(stepDevice(*device, frames)) : 0;
-} catch (const std::exception&) {
-    outOfResources();
-    return 0;
+{
+    return withErrorText(uint32_t{0}, [&]() -> uint32_t {
+        const DeviceRef device = findDevice(id);
+        return device ? static_cast<uint32_t>(stepDevice(*device, frames)) : 0;
+    });
 }
 
 int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
-try {
-    const DeviceRef device = findDeviceForProcs(id);
-    if (!device) return noSuchDevice(id);
-    std::unique_ptr<const Tap> next(tap ? new Tap{tap, context} : nullptr);
-    {
-        const std::lock_guard<std::mutex> control(device->control);
-        device->tap = next.get();
-        device->ownedTap.swap(next);
-    }
-    device->cycles.waitForEnd(); // then the former one may go
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDeviceForProcs(id);
+        if (!device) return noSuchDevice(id);
+        setTap(*device, tap, context);
+        return noErr;
+    });
 }
 
 int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
-try {
-    const DeviceRef device = findDevice(id);
-    if (!device) return noSuchDevice(id);
-    if (!path || !*path) return fail(kAudioHardwareIllegalOperationError, "a capture needs a file name");
-    Settings settings;
-    {
-        const std::lock_guard<std::mutex> lock(treeLock());
-        settings = device->settings;
-    }
-    if (!settings.outputChannels)
-        return fail(kAudioHardwareUnsupportedOperationError,
-                    "\"" + device->name + "\" has no output to capture");
-    if (const int32_t status = KVXPlatformStopCapture(id); status != noErr) return status;
-    std::string error;
-    if (!startCapture(*device, CaptureWish::program, path, settings, error))
-        return fail(kAudioHardwareUnspecifiedError, error);
-    return noErr;
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDevice(id);
+        if (!device) return noSuchDevice(id);
+        if (!path || !*path) return fail(kAudioHardwareIllegalOperationError, "a capture needs a file name");
+        Settings settings;
+        {
+            const std::lock_guard<std::mutex> lock(propertyLock);
+            settings = device->settings;
+        }
+        if (!settings.outputChannels)
+            return fail(kAudioHardwareUnsupportedOperationError,
+                        "\"" + device->name + "\" has no output to capture");
+        if (const int32_t status = KVXPlatformStopCapture(id); status != noErr) return status;
+        std::string error;
+        if (!startCapture(*device, CaptureOwner::program, path, settings, error))
+            return fail(kAudioHardwareUnspecifiedError, error);
+        return noErr;
+    });
 }
 
 int32_t KVXPlatformStopCapture(KVXDeviceID id)
-try {
-    const DeviceRef device = findDeviceForProcs(id);
-    if (!device) return noErr; // it went, and its capture with it
-    std::string error;
-    return finishCapture(*device, CaptureWish::program, error) ? noErr
-                                                               : fail(kAudioHardwareUnspecifiedError, error);
-} catch (const std::exception&) {
-    return outOfResources();
+{
+    return withErrorText(unspecified, [&]() -> int32_t {
+        const DeviceRef device = findDeviceForProcs(id);
+        if (!device) return noErr; // its capture ended with it
+        std::string error;
+        return finishCapture(*device, CaptureOwner::program, error)
+                   ? noErr
+                   : fail(kAudioHardwareUnspecifiedError, error);
+    });
 }

@@ -4,29 +4,9 @@
 
 namespace kvxplatform::hal {
 
-thread_local Device* turningDevice = nullptr;
+thread_local Device* deviceInCycle = nullptr;
 
 namespace {
-
-/// Marks the thread and the device as being in a cycle.
-class CycleMark {
-public:
-    explicit CycleMark(Device& device) : device_(device)
-    {
-        turningDevice = &device;
-        device.cycles.begin();
-    }
-    ~CycleMark()
-    {
-        device_.cycles.end();
-        turningDevice = nullptr;
-    }
-    CycleMark(const CycleMark&) = delete;
-    CycleMark& operator=(const CycleMark&) = delete;
-
-private:
-    Device& device_;
-};
 
 AudioTimeStamp timeStamp(double sampleTime, UInt64 hostTime)
 {
@@ -39,7 +19,7 @@ AudioTimeStamp timeStamp(double sampleTime, UInt64 hostTime)
     return stamp;
 }
 
-/// One buffer for the stream, or none. One that is switched off has its size, but no memory.
+/// One buffer for the stream, or none. The buffer of a stream that is off has a size, but no memory.
 AudioBufferList listOf(std::vector<float>& samples, UInt32 channels, UInt32 frames, bool isOff)
 {
     AudioBufferList list = {};
@@ -59,12 +39,12 @@ Times timesOf(const Device& device, const Settings& settings, UInt32 frames, UIn
     const auto sliceNanos = static_cast<UInt64>(frames * 1e9 / settings.rate);
     const AudioTimeStamp none = {};
     const AudioTimeStamp now = timeStamp(device.sampleTime, hostNow);
-    const AudioTimeStamp heard = timeStamp(device.sampleTime + frames, hostNow + sliceNanos);
-    return {now, settings.inputChannels ? now : none, settings.outputChannels ? heard : none};
+    const AudioTimeStamp output = timeStamp(device.sampleTime + frames, hostNow + sliceNanos);
+    return {now, settings.inputChannels ? now : none, settings.outputChannels ? output : none};
 }
 
-/// Whether the procedure may be called now; it is then known as the one being called. Whoever stops a
-/// procedure clears its mark first and looks at `called` afterwards, so that one of the two sees the other.
+/// Make the procedure the one in progress, if it may be called. A thread that stops it clears the flag, then
+/// reads `called`: it either finds the call, or the cycle finds the flag cleared.
 bool beginCall(Device& device, const IOProc& proc)
 {
     if (!proc.isStarted.load(std::memory_order_relaxed)) return false;
@@ -74,45 +54,46 @@ bool beginCall(Device& device, const IOProc& proc)
     return false;
 }
 
-/// Among many procedures the next ones' records have left the near caches since the last cycle: ask for them
-/// while this one renders. Nothing is read, so whatever the client points to will do.
-void askForNext(const ProcList::Row& row, std::size_t place)
+/// Among many procedures, the records of the next ones are no longer in the near caches: fetch them while
+/// this one renders. The client's memory is not read, so any pointer will do.
+void prefetchNext(const ProcList::List& list, std::size_t index)
 {
-    if (place + 2 < row.size()) __builtin_prefetch(row[place + 2]);
-    if (place + 1 < row.size()) __builtin_prefetch(row[place + 1]->client);
+    if (index + 2 < list.size()) __builtin_prefetch(list[index + 2].get());
+    if (index + 1 < list.size()) __builtin_prefetch(list[index + 1]->client);
 }
 
-/// Every started procedure into `mix`.
-void callProcs(Device& device, Shape& shape, UInt32 frames, const Times& times)
+/// Add the output of every started procedure in `mix`.
+void callProcs(Device& device, CycleBuffers& buffers, UInt32 frames, const Times& times)
 {
-    const Settings& settings = shape.settings;
+    const Settings& settings = buffers.settings;
     const std::size_t samples = std::size_t{frames} * settings.outputChannels;
     bool isFirst = true;
-    const ProcList::Row& row = device.procs.row();
-    for (std::size_t place = 0; place < row.size(); ++place) {
-        const IOProc* const proc = row[place];
-        askForNext(row, place);
+    const ProcList::List& list = device.procs.current();
+    for (std::size_t index = 0; index < list.size(); ++index) {
+        const IOProc* const proc = list[index].get();
+        prefetchNext(list, index);
         if (!beginCall(device, *proc)) continue;
-        std::vector<float>& target = isFirst ? shape.mix : shape.scratch;
+        std::vector<float>& target = isFirst ? buffers.mix : buffers.scratch;
         std::fill_n(target.begin(), samples, 0.0f);
-        const bool isSilent = proc->isOutputOff.load(std::memory_order_relaxed);
-        const bool isDeaf = proc->isInputOff.load(std::memory_order_relaxed);
-        AudioBufferList output = listOf(target, settings.outputChannels, frames, isSilent);
-        const AudioBufferList input = listOf(shape.inputSilence, settings.inputChannels, frames, isDeaf);
+        const bool isOutputOff = proc->isOutputOff.load(std::memory_order_relaxed);
+        const bool isInputOff = proc->isInputOff.load(std::memory_order_relaxed);
+        AudioBufferList output = listOf(target, settings.outputChannels, frames, isOutputOff);
+        const AudioBufferList input =
+            listOf(buffers.inputSilence, settings.inputChannels, frames, isInputOff);
         proc->proc(device.id, &times.now, &input, &times.input, &output, &times.output, proc->client);
         device.called = nullptr;
-        if (isSilent) continue;
+        if (isOutputOff) continue;
         if (!isFirst)
-            for (std::size_t i = 0; i < samples; ++i) shape.mix[i] += shape.scratch[i];
+            for (std::size_t i = 0; i < samples; ++i) buffers.mix[i] += buffers.scratch[i];
         isFirst = false;
     }
-    if (isFirst) std::fill_n(shape.mix.begin(), samples, 0.0f);
+    if (isFirst) std::fill_n(buffers.mix.begin(), samples, 0.0f);
 }
 
-/// Every channel glides to its target and ends exactly there; a channel at 1 is left as it is.
-void applyGains(Device& device, Shape& shape, UInt32 frames)
+/// Every channel glides to its target and ends exactly there; samples at gain 1 stay exact.
+void applyGains(Device& device, CycleBuffers& buffers, UInt32 frames)
 {
-    const UInt32 channels = shape.settings.outputChannels;
+    const UInt32 channels = buffers.settings.outputChannels;
     const bool jumps = device.hasJustStarted.exchange(false);
     for (UInt32 c = 0; c < channels; ++c) {
         Glide& glide = device.glides[c];
@@ -121,7 +102,7 @@ void applyGains(Device& device, Shape& shape, UInt32 frames)
             glide = {target, target, 0};
         else if (glide.to != target)
             glide = {glide.now(), target, glideFrames};
-        float* sample = shape.mix.data() + c;
+        float* sample = buffers.mix.data() + c;
         UInt32 i = 0;
         for (; i < frames && glide.framesLeft; ++i, sample += channels) {
             --glide.framesLeft;
@@ -132,79 +113,59 @@ void applyGains(Device& device, Shape& shape, UInt32 frames)
     }
 }
 
-/// What is heard, to those who listen beside the device.
-void handOut(const Device& device, const Shape& shape, UInt32 frames, bool mayWait)
+void passToSinks(const Device& device, const CycleBuffers& buffers, UInt32 frames, bool mayWait)
 {
-    const UInt32 channels = shape.settings.outputChannels;
-    if (device.isDiscarding || !channels) return;
-    if (const Tap* tap = device.tap) tap->function(tap->context, shape.mix.data(), frames, channels);
-    for (const auto& each : device.captures)
-        if (Capture* capture = each)
-            capture->write(shape.mix.data(), frames, {shape.settings.rate, channels}, mayWait);
+    const UInt32 channels = buffers.settings.outputChannels;
+    const OutputSinks* const sinks = device.sinks.get();
+    if (!sinks || device.isDiscarding || !channels) return;
+    const float* const samples = buffers.mix.data();
+    if (sinks->tap) sinks->tap(sinks->tapContext, samples, frames, channels);
+    for (const auto& capture : sinks->captures)
+        if (capture) capture->write(samples, frames, {buffers.settings.rate, channels}, mayWait);
 }
 
 } // namespace
 
-Shape::Shape(const Settings& ofSettings)
-    : settings(ofSettings), mix(std::size_t{settings.sliceFrames} * settings.outputChannels),
-      scratch(mix.size()), inputSilence(std::size_t{settings.sliceFrames} * settings.inputChannels)
+CycleScope::CycleScope(Device& device) : lock_(device.cycleLock) { enter(device); }
+
+CycleScope::CycleScope(Device& device, std::try_to_lock_t) : lock_(device.cycleLock, std::try_to_lock)
 {
+    if (lock_) enter(device);
 }
 
-Device::~Device()
+CycleScope::~CycleScope()
 {
-    delete nextShape.load();
-    freeSpentShapes(*this);
+    if (entry_) deviceInCycle = nullptr;
 }
 
-namespace {
-
-/// Channels that were not there begin at their level: what one of the same number had before is long past.
-void beginChannels(Device& device, const Shape& former, const Shape& next)
+void CycleScope::enter(Device& device)
 {
-    for (UInt32 c = former.settings.outputChannels; c < next.settings.outputChannels; ++c) {
+    entry_.emplace(device.scope);
+    deviceInCycle = &device;
+}
+
+CycleBuffers& buffersOfNextCycle(Device& device)
+{
+    CycleBuffers& buffers = *device.buffers.get();
+    // A channel that is added starts at its level instead of the gain of a former channel of that number.
+    for (UInt32 c = device.glidingChannels; c < buffers.settings.outputChannels; ++c) {
         const float target = device.targetGains[c];
         device.glides[c] = {target, target, 0};
     }
+    device.glidingChannels = buffers.settings.outputChannels;
+    return buffers;
 }
 
-} // namespace
-
-const Settings& takeUpSettings(Device& device)
+const float* runCycle(Device& device, CycleBuffers& buffers, UInt32 frames, bool mayWait)
 {
-    if (Shape* next = device.nextShape.exchange(nullptr)) {
-        beginChannels(device, *device.shape, *next);
-        Shape* spent = device.shape.release();
-        device.shape.reset(next);
-        if (spent) {
-            spent->nextSpent = device.spentShapes.load();
-            while (!device.spentShapes.compare_exchange_weak(spent->nextSpent, spent)) {
-            }
-        }
-    }
-    return device.shape->settings;
-}
-
-void freeSpentShapes(Device& device)
-{
-    for (Shape* spent = device.spentShapes.exchange(nullptr); spent;) {
-        const std::unique_ptr<Shape> owner(spent);
-        spent = spent->nextSpent;
-    }
-}
-
-const float* turnCycle(Device& device, UInt32 frames, bool mayWait)
-{
-    const CycleMark mark(device);
-    Shape& shape = *device.shape;
     const UInt64 hostNow = AudioGetCurrentHostTime();
     device.lastCycleNanos.store(static_cast<std::int64_t>(hostNow), std::memory_order_relaxed);
 
-    callProcs(device, shape, frames, timesOf(device, shape.settings, frames, hostNow));
-    applyGains(device, shape, frames);
+    callProcs(device, buffers, frames, timesOf(device, buffers.settings, frames, hostNow));
+    applyGains(device, buffers, frames);
     device.sampleTime += frames;
-    handOut(device, shape, frames, mayWait);
-    return shape.mix.data();
+    passToSinks(device, buffers, frames, mayWait);
+    return buffers.mix.data();
 }
 
 } // namespace kvxplatform::hal

@@ -7,51 +7,73 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// Put another in the place of the device's capture; the former one is returned when no cycle writes to it
-/// any more.
-std::shared_ptr<Capture> exchangeCapture(Device& device, CaptureWish wish, std::shared_ptr<Capture> next)
+OutputSinks currentSinks(const Device& device)
 {
-    const auto place = static_cast<std::size_t>(wish);
+    const OutputSinks* const sinks = device.sinks.get();
+    return sinks ? *sinks : OutputSinks{};
+}
+
+/// Let `edit` change the sinks. No cycle uses a replaced sink when this returns.
+template <class Edit>
+void changeSinks(Device& device, Edit edit)
+{
     {
         const std::lock_guard<std::mutex> control(device.control);
-        device.captures[place] = next.get();
-        device.ownedCaptures[place].swap(next);
+        auto next = std::make_unique<OutputSinks>(currentSinks(device));
+        edit(*next);
+        device.sinks.publish(std::move(next), device.scope);
     }
-    device.cycles.waitForEnd();
-    return next;
+    device.scope.wait();
+    const std::lock_guard<std::mutex> control(device.control);
+    device.sinks.sweep(device.scope);
+}
+
+std::shared_ptr<Capture>& captureOf(OutputSinks& sinks, CaptureOwner owner)
+{
+    return sinks.captures[static_cast<std::size_t>(owner)];
 }
 
 } // namespace
 
-bool startCapture(Device& device, CaptureWish wish, const std::string& path, const Settings& settings,
+void setTap(Device& device, KVXOutputTap tap, void* context)
+{
+    changeSinks(device, [=](OutputSinks& sinks) {
+        sinks.tap = tap;
+        sinks.tapContext = context;
+    });
+}
+
+bool startCapture(Device& device, CaptureOwner owner, const std::string& path, const Settings& settings,
                   std::string& error)
 {
     {
         const std::lock_guard<std::mutex> control(device.control);
-        for (const auto& each : device.ownedCaptures)
+        for (const auto& each : currentSinks(device).captures)
             if (each && each->path() == path) {
                 error = "the capture " + path + " is being written already; name another file";
                 return false;
             }
     }
     const Capture::Form form = {settings.rate, static_cast<std::uint32_t>(settings.outputChannels)};
-    std::shared_ptr<Capture> capture = Capture::open(path, form, error);
-    return capture && (exchangeCapture(device, wish, std::move(capture)), true);
+    const std::shared_ptr<Capture> capture = Capture::open(path, form, error);
+    if (capture) changeSinks(device, [&](OutputSinks& sinks) { captureOf(sinks, owner) = capture; });
+    return capture != nullptr;
 }
 
-bool finishCapture(Device& device, CaptureWish wish, std::string& error)
+bool finishCapture(Device& device, CaptureOwner owner, std::string& error)
 {
     const std::lock_guard<std::mutex> finishing(device.finishing);
-    const std::shared_ptr<Capture> capture = exchangeCapture(device, wish, nullptr);
+    std::shared_ptr<Capture> capture;
+    changeSinks(device, [&](OutputSinks& sinks) { capture.swap(captureOf(sinks, owner)); });
     return !capture || capture->finish(error);
 }
 
 void finishCaptures(Device& device)
 {
     std::string error;
-    finishCapture(device, CaptureWish::program, error); // its program finds a file, or none
-    if (!finishCapture(device, CaptureWish::environment, error))
-        std::fprintf(stderr, "KVX_AUDIO_CAPTURE: %s\n", error.c_str()); // nobody else asks for it
+    finishCapture(device, CaptureOwner::program, error); // the program finds a file, or none
+    if (!finishCapture(device, CaptureOwner::environment, error))
+        std::fprintf(stderr, "KVX_AUDIO_CAPTURE: %s\n", error.c_str()); // no caller receives it
 }
 
 } // namespace kvxplatform::hal

@@ -1,21 +1,26 @@
-// A device's capture: begun and ended while it plays.
+// Sets the tap and the captures of a device while it plays.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Write what the device plays from now on. False, with the reason in `error`, if the file cannot be written.
-/// An earlier one of the same wish has been finished before. Not in a cycle.
-bool startCapture(Device& device, CaptureWish wish, const std::string& path, const Settings& settings,
+// All functions: [any], not inside a cycle.
+
+/// Set the tap of a device, or none (null). The former one is no longer called when this returns.
+void setTap(Device& device, KVXOutputTap tap, void* context);
+
+/// Capture the output from the next cycle on. The owner has finished its former capture.
+/// Errors   False, with the reason in `error`, if the file cannot be created.
+bool startCapture(Device& device, CaptureOwner owner, const std::string& path, const Settings& settings,
                   std::string& error);
 
-/// Finish the file, if there is one: all that was played is in it. False, with the reason in `error`, if
-/// anything is not. Not in a cycle.
-bool finishCapture(Device& device, CaptureWish wish, std::string& error);
+/// Finish the owner's capture, if there is one: its file then has all output.
+/// Errors   False, with the reason in `error`, if the file is incomplete.
+bool finishCapture(Device& device, CaptureOwner owner, std::string& error);
 
-/// Finish all of them: the device or the process ends. What is amiss with the environment's goes to standard
-/// error. Not in a cycle.
+/// Finish all captures of a device that ends, or at the end of the process. Errors of the environment's
+/// capture are written to standard error.
 void finishCaptures(Device& device);
 
 } // namespace kvxplatform::hal

@@ -2,7 +2,6 @@
 
 #include "platform/hal/formats.h"
 #include "platform/hal/listeners.h"
-#include "platform/hal/tree.h"
 
 #include <algorithm>
 
@@ -10,17 +9,17 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// What may have become of a device's settings.
+/// What has changed.
 enum Cause : unsigned {
-    rate = 1,     ///< it runs at another rate
-    formats = 2,  ///< the rates that it names are others
-    slice = 4,    ///< its slices are longer or shorter
-    channels = 8, ///< it has more or fewer outputs
-    pair = 16,    ///< it has a second output, or no longer
-    names = 32,   ///< its outputs are called otherwise: two are left and right
+    rate = 1,
+    formats = 2, ///< the rates on offer
+    slice = 4,
+    channels = 8, ///< the number of outputs
+    pair = 16,    ///< whether there is a second output
+    names = 32,   ///< of the channels: two are called left and right
 };
 
-/// The elements that a change is told at.
+/// The elements that change.
 enum class At { master, all, each };
 
 struct Effect {
@@ -55,17 +54,17 @@ constexpr Effect effectsOnStream[] = {
 
 unsigned causesOf(const Device& device, const Settings& before, const Settings& after)
 {
-    const UInt32 had = before.outputChannels, has = after.outputChannels;
-    const auto when = [](bool isSo, Cause cause) { return isSo ? unsigned{cause} : 0u; };
-    const std::lock_guard<std::mutex> lock(treeLock());
+    const UInt32 former = before.outputChannels, present = after.outputChannels;
+    const auto when = [](bool condition, Cause cause) { return condition ? unsigned{cause} : 0u; };
+    const std::lock_guard<std::mutex> lock(propertyLock);
     return when(before.rate != after.rate, rate) |
-           when(listFollowsRate(device, before.rate, after.rate), formats) |
-           when(before.sliceFrames != after.sliceFrames, slice) | when(had != has, channels) |
-           when((had > 1) != (has > 1), pair) | when((had == 2) != (has == 2), names);
+           when(formatListChanges(device, before.rate, after.rate), formats) |
+           when(before.sliceFrames != after.sliceFrames, slice) | when(former != present, channels) |
+           when((former > 1) != (present > 1), pair) | when((former == 2) != (present == 2), names);
 }
 
-/// Elements that have come or gone are not told one by one.
-void tell(const Device& device, const Effect& effect, AudioObjectPropertyScope scope, UInt32 lastElement)
+/// Elements that are added or removed are not notified one by one.
+void post(const Device& device, const Effect& effect, AudioObjectPropertyScope scope, UInt32 lastElement)
 {
     if (effect.elements == At::master) postChange(device.id, effect.selector, scope);
     if (effect.elements == At::all)
@@ -75,14 +74,14 @@ void tell(const Device& device, const Effect& effect, AudioObjectPropertyScope s
             postChange(device.id, effect.selector, scope, element);
 }
 
-void tellEffects(const Device& device, unsigned causes, UInt32 lastElement)
+void postEffects(const Device& device, unsigned causes, UInt32 lastElement)
 {
-    // Only outputs come and go; a rate and a slice are of both sides.
+    // Only the number of outputs can change; rate and slice concern both sides.
     constexpr unsigned ofBothSides = rate | formats | slice;
     for (const Effect& effect : effectsOnDevice)
         if (const unsigned why = effect.causes & causes)
-            tell(device, effect,
-                 why & ofBothSides ? kAudioObjectPropertyScopeGlobal : placeOfSide(device, false),
+            post(device, effect,
+                 why & ofBothSides ? kAudioObjectPropertyScopeGlobal : scopeOfSide(device, false),
                  lastElement);
     for (const Effect& effect : effectsOnStream) {
         const unsigned why = effect.causes & causes;
@@ -99,21 +98,21 @@ bool differ(const Settings& before, const Settings& after)
            before.outputChannels != after.outputChannels;
 }
 
-AudioObjectPropertyScope placeOfSide(const Device& device, bool isInput)
+AudioObjectPropertyScope scopeOfSide(const Device& device, bool isInput)
 {
     if (!device.outputStream || !device.inputStream) return kAudioObjectPropertyScopeGlobal;
     return isInput ? AudioObjectPropertyScope{kAudioDevicePropertyScopeInput}
                    : kAudioDevicePropertyScopeOutput;
 }
 
-void tellChanges(const Device& device, const Settings& before, const Settings& after)
+void postSettingChanges(const Device& device, const Settings& before, const Settings& after)
 {
-    tellEffects(device, causesOf(device, before, after),
+    postEffects(device, causesOf(device, before, after),
                 std::min(before.outputChannels, after.outputChannels));
 }
 
-void tellNewRate(const Device& device) { tellEffects(device, rate, 0); }
+void postNewRate(const Device& device) { postEffects(device, rate, 0); }
 
-void tellNewSlice(const Device& device) { tellEffects(device, slice, 0); }
+void postNewSlice(const Device& device) { postEffects(device, slice, 0); }
 
 } // namespace kvxplatform::hal

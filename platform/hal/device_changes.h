@@ -1,23 +1,23 @@
-// What else changes with a setting of a device, and who is told.
+// Notifies listeners of all properties that a change of a device's settings changes.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Whether any property would tell one from the other.
+/// Whether any property differs.
 bool differ(const Settings& before, const Settings& after);
 
-/// Where a change of one side of a device is told: of the whole, unless the device has another side.
-AudioObjectPropertyScope placeOfSide(const Device& device, bool isInput);
+/// The scope of a change of one side: the global scope, unless the device has both sides.
+AudioObjectPropertyScope scopeOfSide(const Device& device, bool isInput);
 
-// Telling the listeners of the device and of its streams. [any, but not in a cycle; the tree's lock not held]
+// The next three notify the listeners of the device and of its streams, once for each property.
+// [any], not inside a cycle, without propertyLock
 
-/// Each property that has another value than before, once.
-void tellChanges(const Device& device, const Settings& before, const Settings& after);
+void postSettingChanges(const Device& device, const Settings& before, const Settings& after);
 
-/// The rate, or the slice, and what follows from it alone.
-void tellNewRate(const Device& device);
-void tellNewSlice(const Device& device);
+/// A change of the rate, or of the slice, alone.
+void postNewRate(const Device& device);
+void postNewSlice(const Device& device);
 
 } // namespace kvxplatform::hal

@@ -1,5 +1,7 @@
-// What a device is, how it runs and what it carries.
-#include "platform/hal/property.h"
+// The properties of a device: identity, operation, and streams.
+#include "platform/hal/format_properties.h"
+#include "platform/hal/formats.h"
+#include "platform/hal/property_tables.h"
 
 #include <algorithm>
 #include <iterator>
@@ -9,7 +11,7 @@ namespace kvxplatform::hal {
 
 namespace {
 
-// ---- what it is ----
+// ---- identity ----
 
 OSStatus getName(const Request& r, Bytes& value) { return putCFString(value, r.device->name); }
 OSStatus getNameText(const Request& r, Bytes& value) { return putText(value, r.device->name); }
@@ -58,7 +60,7 @@ OSStatus getOwned(const Request& r, Bytes& value)
     return putAll(value, ofClasses(r, kAudioStreamClassID, streams));
 }
 
-// A list of buffers without data: one for the side's stream, or none.
+// A buffer list without data: one buffer for the side's stream, or none.
 OSStatus getStreamConfiguration(const Request& r, Bytes& value)
 {
     AudioBufferList list = {};
@@ -71,7 +73,7 @@ OSStatus getStreamConfiguration(const Request& r, Bytes& value)
     return noErr;
 }
 
-// ---- how it runs ----
+// ---- operation ----
 
 OSStatus getAlive(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isAlive); }
 OSStatus getRunning(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isRunning()); }
@@ -120,7 +122,7 @@ OSStatus setRate(const Request& r, const Bytes& value, Consequences&)
     return changeRate(*r.device, as<Float64>(value));
 }
 
-// The value given is not looked at: whoever asks takes the device, or gives it back.
+// The value is ignored: the process takes the device, or releases it.
 OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
 {
     const auto self = static_cast<SInt32>(getpid());
@@ -130,9 +132,9 @@ OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
     return noErr;
 }
 
-/// Run `use` on the mark of a procedure that its stream of this side is off; false if it is not known.
+/// Call `use` with the flag that switches off a procedure's stream of this side. False without the procedure.
 template <class Use>
-bool withStreamMark(const Request& r, const AudioHardwareIOProcStreamUsage& usage, Use use)
+bool withStreamFlag(const Request& r, const AudioHardwareIOProcStreamUsage& usage, Use use)
 {
     const auto id = reinterpret_cast<AudioDeviceIOProcID>(usage.mIOProc);
     return r.device->procs.with(id, Pick::oldest,
@@ -145,7 +147,7 @@ OSStatus getStreamUsage(const Request& r, Bytes& value)
 {
     auto usage = as<AudioHardwareIOProcStreamUsage>(value);
     bool isOff = false;
-    if (!withStreamMark(r, usage, [&](std::atomic<bool>& mark) { isOff = mark; }))
+    if (!withStreamFlag(r, usage, [&](std::atomic<bool>& flag) { isOff = flag; }))
         return kAudioHardwareIllegalOperationError;
     usage.mNumberStreams = streamCount(r);
     usage.mStreamIsOn[0] = usage.mNumberStreams && !isOff;
@@ -158,13 +160,13 @@ OSStatus setStreamUsage(const Request& r, const Bytes& value, Consequences& cons
     if (usage.mNumberStreams != streamCount(r)) return kAudioHardwareIllegalOperationError;
     const bool isOff = usage.mNumberStreams && !usage.mStreamIsOn[0];
     bool wasOff = isOff;
-    if (!withStreamMark(r, usage, [&](std::atomic<bool>& mark) { wasOff = mark.exchange(isOff); }))
+    if (!withStreamFlag(r, usage, [&](std::atomic<bool>& flag) { wasOff = flag.exchange(isOff); }))
         return kAudioHardwareIllegalOperationError;
     if (isOff != wasOff) consequences.changed = {kAudioDevicePropertyIOProcStreamUsage};
     return noErr;
 }
 
-// ---- what it carries ----
+// ---- streams ----
 
 struct Pair {
     UInt32 left, right;

@@ -10,15 +10,15 @@ namespace {
 constexpr std::uint32_t floatTag = 3, extensibleTag = 0xFFFE;
 constexpr std::uint32_t sampleBytes = sizeof(float);
 
-// The rest of the sub-format's identifier, after the tag.
+// The sub-format's identifier, after the tag.
 constexpr unsigned char subFormatTail[] = {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
 
-// Speakers of so many channels: left, right, centre, low frequencies, then back and sides.
+// By number of channels: left, right, centre, low frequencies, then back and sides.
 constexpr std::uint32_t speakerMasks[] = {0, 0x4, 0x3, 0x7, 0x33, 0x37, 0x3F, 0x13F, 0x63F};
 
 std::uint32_t maskOf(std::uint32_t channels)
 {
-    return channels < std::size(speakerMasks) ? speakerMasks[channels] : 0; // 0: no speakers are assigned
+    return channels < std::size(speakerMasks) ? speakerMasks[channels] : 0; // 0: no speakers
 }
 
 void append(std::string& bytes, std::uint64_t value, std::size_t width)

@@ -9,21 +9,20 @@
 
 namespace kvxplatform::hal {
 
-/// Up to two channels have format tag 3; more have the extensible form, with the speakers that up to eight
-/// channels usually are. Lengths that 32 bits cannot state are 0xFFFFFFFF, which readers take for "to the end
-/// of the file"; so are all lengths until finish(). The same samples make the same bytes.
-///
-/// Thread  [any], one call at a time.
-/// Errors  errno values; 0 is success. After the first failure nothing more is written.
+/// Up to two channels have format tag 3; more have the extensible format, with the usual speakers of up to
+/// eight channels. Lengths over 32 bits are 0xFFFFFFFF, which readers take for "to the end of the file"; so
+/// are all lengths until finish(). The same samples make the same bytes.
+/// Errors   errno values; 0 is success. After the first error it writes nothing.
+/// [any], one call at a time
 class FloatWave {
 public:
-    /// Create the file; EEXIST if there is one. Leaves none after a failure.
+    /// Create the file; EEXIST if it exists. An error leaves no file.
     int create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels);
 
     /// Append interleaved samples.
     int write(const float* samples, std::size_t count);
 
-    /// State the lengths and close the file.
+    /// Write the lengths and close the file.
     int finish();
 
 private:

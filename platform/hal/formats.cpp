@@ -1,9 +1,7 @@
 #include "platform/hal/formats.h"
 
 #include "platform/hal/common_rates.h"
-#include "platform/hal/portaudio_driver.h"
-#include "platform/hal/property.h"
-#include "platform/hal/tree.h"
+#include "platform/hal/portaudio_devices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +10,7 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr AudioObjectPropertySelector aboutRates[] = {
+constexpr AudioObjectPropertySelector selectorsOfRates[] = {
     kAudioDevicePropertyNominalSampleRate,
     kAudioDevicePropertyAvailableNominalSampleRates,
     kAudioDevicePropertyStreamFormat,
@@ -69,37 +67,39 @@ std::vector<AudioStreamBasicDescription> formatsOf(const Device& device, bool is
     return formats;
 }
 
-bool takesRate(const Device& device, double rate)
+bool supportsRate(const Device& device, double rate)
 {
     if (device.rates.empty()) return rate >= lowestRate && rate <= highestRate;
     return std::find(device.rates.begin(), device.rates.end(), rate) != device.rates.end();
 }
 
-bool isSupported(const Device& device, bool isInput, const AudioStreamBasicDescription& wanted)
+bool isSupported(const Device& device, bool isInput, const AudioStreamBasicDescription& request)
 {
     const AudioStreamBasicDescription ours = formatOf(device, isInput);
-    const auto agree = [](UInt32 asked, UInt32 offered) { return asked == 0 || asked == offered; };
-    return (wanted.mSampleRate == 0 || takesRate(device, wanted.mSampleRate)) &&
-           agree(wanted.mFormatID, ours.mFormatID) && agree(wanted.mFormatFlags, ours.mFormatFlags) &&
-           agree(wanted.mBytesPerPacket, ours.mBytesPerPacket) &&
-           agree(wanted.mFramesPerPacket, ours.mFramesPerPacket) &&
-           agree(wanted.mBytesPerFrame, ours.mBytesPerFrame) &&
-           agree(wanted.mChannelsPerFrame, ours.mChannelsPerFrame) &&
-           agree(wanted.mBitsPerChannel, ours.mBitsPerChannel);
+    const auto agree = [](UInt32 requested, UInt32 offered) {
+        return requested == 0 || requested == offered;
+    };
+    return (request.mSampleRate == 0 || supportsRate(device, request.mSampleRate)) &&
+           agree(request.mFormatID, ours.mFormatID) && agree(request.mFormatFlags, ours.mFormatFlags) &&
+           agree(request.mBytesPerPacket, ours.mBytesPerPacket) &&
+           agree(request.mFramesPerPacket, ours.mFramesPerPacket) &&
+           agree(request.mBytesPerFrame, ours.mBytesPerFrame) &&
+           agree(request.mChannelsPerFrame, ours.mChannelsPerFrame) &&
+           agree(request.mBitsPerChannel, ours.mBitsPerChannel);
 }
 
 AudioStreamBasicDescription bestMatch(const Device& device, bool isInput,
-                                      const AudioStreamBasicDescription& wanted)
+                                      const AudioStreamBasicDescription& request)
 {
     AudioStreamBasicDescription match = formatOf(device, isInput);
-    if (!(wanted.mSampleRate > 0)) return match;
-    if (takesRate(device, wanted.mSampleRate)) {
-        match.mSampleRate = wanted.mSampleRate;
+    if (!(request.mSampleRate > 0)) return match;
+    if (supportsRate(device, request.mSampleRate)) {
+        match.mSampleRate = request.mSampleRate;
         return match;
     }
     const std::vector<double> rates = ratesOnOffer(device);
     match.mSampleRate = *std::min_element(rates.begin(), rates.end(), [&](double a, double b) {
-        return std::fabs(a - wanted.mSampleRate) < std::fabs(b - wanted.mSampleRate);
+        return std::fabs(a - request.mSampleRate) < std::fabs(b - request.mSampleRate);
     });
     return match;
 }
@@ -112,50 +112,29 @@ std::vector<AudioValueRange> rateRanges(const Device& device)
     return ranges;
 }
 
-bool listFollowsRate(const Device& device, double before, double after)
+bool formatListChanges(const Device& device, double before, double after)
 {
     return device.rates.empty() && before != after && !(isCommon(before) && isCommon(after));
 }
 
 OSStatus changeRate(Device& device, double rate)
 {
-    if (!takesRate(device, rate)) return kAudioDeviceUnsupportedFormatError;
+    if (!supportsRate(device, rate)) return kAudioDeviceUnsupportedFormatError;
     device.settings.rate = rate;
     return noErr;
 }
 
-OSStatus getFormat(const Request& r, Bytes& value) { return put(value, formatOf(*r.device, r.isInput)); }
-
-OSStatus setFormat(const Request& r, const Bytes& value, Consequences&)
-{
-    const auto format = as<AudioStreamBasicDescription>(value);
-    if (!isSupported(*r.device, r.isInput, format)) return kAudioDeviceUnsupportedFormatError;
-    return format.mSampleRate == 0 ? OSStatus{noErr} : changeRate(*r.device, format.mSampleRate);
-}
-
-OSStatus getFormats(const Request& r, Bytes& value) { return putAll(value, formatsOf(*r.device, r.isInput)); }
-
-OSStatus getFormatSupported(const Request& r, Bytes& value)
-{
-    return isSupported(*r.device, r.isInput, as<AudioStreamBasicDescription>(value))
-               ? OSStatus{noErr}
-               : OSStatus{kAudioDeviceUnsupportedFormatError};
-}
-
-OSStatus getFormatMatch(const Request& r, Bytes& value)
-{
-    return put(value, bestMatch(*r.device, r.isInput, as<AudioStreamBasicDescription>(value)));
-}
-
 void learnRates(const DeviceRef& device, AudioObjectPropertySelector selector)
 {
-    if (std::find(std::begin(aboutRates), std::end(aboutRates), selector) == std::end(aboutRates)) return;
+    if (std::find(std::begin(selectorsOfRates), std::end(selectorsOfRates), selector) ==
+        std::end(selectorsOfRates))
+        return;
     {
-        const std::lock_guard<std::mutex> lock(treeLock());
+        const std::lock_guard<std::mutex> lock(propertyLock);
         if (device->ratesAreKnown) return;
     }
     std::vector<double> rates = findRates(*device);
-    const std::lock_guard<std::mutex> lock(treeLock());
+    const std::lock_guard<std::mutex> lock(propertyLock);
     device->rates = std::move(rates);
     device->ratesAreKnown = true;
 }

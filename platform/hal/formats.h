@@ -1,53 +1,43 @@
-// Stream formats: what a stream runs at, what is on offer, and what comes nearest.
+// Stream formats: the current one, those on offer, and the nearest to a request.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-struct Request;
-struct Consequences;
-
 /// Native-endian packed 32-bit float, interleaved.
+/// [any]
 AudioStreamBasicDescription floatFormat(double rate, UInt32 channels);
 
-/// The format of a side of the device. The tree's lock held, as for all here.
+// The functions of the next group: [any], with propertyLock.
+
+/// The format of a side of the device.
 AudioStreamBasicDescription formatOf(const Device& device, bool isInput);
 
-/// The formats on offer, one for each rate; a simulated device names the common ones.
+/// The formats on offer, one for each rate; a simulated device offers the common rates and its own.
 std::vector<AudioStreamBasicDescription> formatsOf(const Device& device, bool isInput);
 
-/// Whether the device takes the rate.
-bool takesRate(const Device& device, double rate);
+bool supportsRate(const Device& device, double rate);
 
-/// Whether a format is on offer: zero fields are not compared.
-bool isSupported(const Device& device, bool isInput, const AudioStreamBasicDescription& wanted);
+/// Whether a requested format is on offer. A field of 0 matches any value.
+bool isSupported(const Device& device, bool isInput, const AudioStreamBasicDescription& request);
 
-/// The format nearest to the one wanted: its rate if the device takes it, else the nearest; the rest as the
-/// device has it.
+/// The nearest format on offer: the requested rate if the device supports it, else the nearest; the other
+/// fields are the device's.
 AudioStreamBasicDescription bestMatch(const Device& device, bool isInput,
-                                      const AudioStreamBasicDescription& wanted);
+                                      const AudioStreamBasicDescription& request);
 
 /// The rates on offer as ranges.
 std::vector<AudioValueRange> rateRanges(const Device& device);
 
-/// Whether the list of formats is another when the rate has changed: a simulated device names the common
-/// rates and its own. The tree's lock held.
-bool listFollowsRate(const Device& device, double before, double after);
+/// Whether a change of the rate changes the formats on offer.
+bool formatListChanges(const Device& device, double before, double after);
 
-/// Run the device at another rate; '!dat' if it does not take it.
+/// Run the device at another rate; '!dat' if it does not support that rate.
 OSStatus changeRate(Device& device, double rate);
 
-// ---- properties of devices and of streams alike: a stream's rate is its device's ----
-
-using Bytes = std::vector<char>;
-OSStatus getFormat(const Request& request, Bytes& value);
-OSStatus setFormat(const Request& request, const Bytes& value, Consequences& consequences);
-OSStatus getFormats(const Request& request, Bytes& value);
-OSStatus getFormatSupported(const Request& request, Bytes& value);
-OSStatus getFormatMatch(const Request& request, Bytes& value);
-
-/// Find out hardware's rates, once, if the selector is about formats or rates. Without the tree's lock.
+/// Read the rates of hardware, once, if the property reports formats or rates.
+/// [any], without propertyLock
 void learnRates(const DeviceRef& device, AudioObjectPropertySelector selector);
 
 } // namespace kvxplatform::hal

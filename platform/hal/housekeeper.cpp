@@ -1,15 +1,17 @@
-#include "platform/hal/housekeeper.h"
-
+// A background thread for work that an I/O cycle must not do: it opens and closes hardware, frees removed
+// procedures and notifies listeners. It also watches that running hardware continues to run cycles.
+#include "platform/hal/apply_settings.h"
 #include "platform/hal/device_changes.h"
-#include "platform/hal/io_procs.h"
+#include "platform/hal/device_end.h"
+#include "platform/hal/device_list.h"
+#include "platform/hal/driver.h"
+#include "platform/hal/housekeeper_signal.h"
 #include "platform/hal/listeners.h"
 #include "platform/hal/portaudio_driver.h"
-#include "platform/hal/signal.h"
 #include "platform/hal/sound_server.h"
-#include "platform/hal/tree.h"
+#include "platform/support/border.h"
 
 #include <cstdlib>
-#include <exception>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -17,68 +19,60 @@ namespace kvxplatform::hal {
 namespace {
 
 constexpr std::int64_t watchNanos = 100'000'000; // between two looks at running hardware
-constexpr std::int64_t retryNanos = 5'000'000;   // until a cycle has surely done with what is to be freed
+constexpr std::int64_t retryNanos = 5'000'000;   // until a cycle has left records that are to be freed
 
-/// Lives as long as the process: threads may outlast main.
-Signal& wakeUp()
-{
-    static Signal& signal = *new Signal;
-    return signal;
-}
+void wake() { housekeeperSignal().raise(); }
 
-void tellOfRunning(const Device& device)
-{
-    postChange(device.id, kAudioDevicePropertyDeviceIsRunning);
-    postChange(device.id, kAudioDevicePropertyDeviceIsRunningSomewhere);
-}
-
-/// True if nothing is left to do.
+/// Returns true if the device needs no further look.
 bool tidy(const DeviceRef& device)
 {
     if (device->mustApply.exchange(false) && applySettings(device) != noErr) {
-        tellNewRate(*device); // whoever set it inside a cycle was told that it holds
-        tellNewSlice(*device);
+        postNewRate(*device); // the setter inside a cycle has returned success
+        postNewSlice(*device);
     }
-    const bool hasNews = device->hasNewsOfRunning.exchange(false);
+    const bool hasNewState = device->hasNewRunningState.exchange(false);
     const bool hasRemoved = device->hasRemovedProcs.exchange(false);
-    if (!hasNews && !hasRemoved) return true;
-    bool isTurned, isTidy;
+    if (!hasNewState && !hasRemoved) return true;
+    bool isDriven, isTidy;
     {
         const std::lock_guard<std::mutex> control(device->control);
-        isTurned = settleDriver(device) == noErr;
+        isDriven = settleDriver(device) == noErr;
         isTidy = device->procs.sweep();
         forgetIfUnused(device);
     }
-    if (!isTurned)
-        letDie(device); // started inside a cycle, and the hardware does not open: nobody to tell but so
+    // The start inside a cycle has returned success: its caller learns of the failure by the device's end.
+    if (!isDriven) markDead(device);
     if (!isTidy) device->hasRemovedProcs = true;
-    if (hasNews) tellOfRunning(*device);
+    if (hasNewState) {
+        postChange(device->id, kAudioDevicePropertyDeviceIsRunning);
+        postChange(device->id, kAudioDevicePropertyDeviceIsRunningSomewhere);
+    }
+    return isTidy;
+}
+
+bool tidyAll()
+{
+    bool isTidy = true;
+    for (const DeviceRef& device : devicesForProcs()) {
+        isTidy = tidy(device) && isTidy;
+        if (hasHardwareEnded(device)) markDead(device);
+    }
     return isTidy;
 }
 
 void run()
 {
-    for (bool isTidy = true;;) {
+    for (bool isTidy = true;; isTidy = withinBorder(false, tidyAll)) { // without memory it tries again
         if (!isTidy)
-            wakeUp().waitFor(retryNanos);
+            housekeeperSignal().waitFor(retryNanos);
         else if (isAnyHardwareOpen())
-            wakeUp().waitFor(watchNanos);
+            housekeeperSignal().waitFor(watchNanos);
         else
-            wakeUp().wait();
-        try {
-            isTidy = true;
-            for (const DeviceRef& device : devicesForProcs()) {
-                isTidy = tidy(device) && isTidy;
-                if (hasHardwareEnded(device)) letDie(device);
-            }
-        } catch (const std::exception&) {
-            isTidy = false; // no memory: it is tried again
-        }
+            housekeeperSignal().wait();
     }
 }
 
-/// What a stopped device was given is heard to its end, also when the process ends right after the stop; and
-/// a sound server does not have to find out that its client has gone.
+/// The frames of a stopped device are played to their end, also when the process ends right after the stop.
 void closeStoppedHardware()
 {
     for (const DeviceRef& device : devicesForProcs()) {
@@ -90,12 +84,10 @@ void closeStoppedHardware()
 
 } // namespace
 
-void wakeHousekeeper() { wakeUp().raise(); }
-
 void startHousekeeper()
 {
-    std::thread(run).detach(); // for the life of the process
-    callAtServerEnd(wakeHousekeeper);
+    std::thread(run).detach();
+    callAtServerEnd(wake);
     std::atexit(closeStoppedHardware);
 }
 

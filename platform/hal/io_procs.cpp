@@ -1,10 +1,13 @@
-#include "platform/hal/io_procs.h"
-
+// The public functions that add, start, stop and remove procedures.
+//
+// Inside a cycle they only set flags, which hold at once, and the housekeeper does the rest. On other threads
+// stop and removal wait, without a lock, until the procedure's call in progress has returned.
 #include "platform/hal/cycle.h"
-#include "platform/hal/housekeeper.h"
-#include "platform/hal/portaudio_driver.h"
-#include "platform/hal/timer_driver.h"
-#include "platform/hal/tree.h"
+#include "platform/hal/device_end.h"
+#include "platform/hal/device_list.h"
+#include "platform/hal/driver.h"
+#include "platform/hal/environment_capture.h"
+#include "platform/hal/housekeeper_signal.h"
 #include "platform/support/border.h"
 #include "platform/support/live_count.h"
 #include "platform/support/wait_until.h"
@@ -15,20 +18,19 @@ namespace {
 
 LiveCount addedProcs("IOProc");
 
-/// The device, for procedures: also one that is unplugged and still turned. In its own cycle no lock is
-/// taken.
+/// The device, which may be unplugged if its cycles still run. Takes no lock inside its own cycle.
 DeviceRef findForProcs(AudioDeviceID id)
 {
-    if (turningDevice && turningDevice->id == id) return DeviceRef(DeviceRef(), turningDevice);
+    if (deviceInCycle && deviceInCycle->id == id) return DeviceRef(DeviceRef(), deviceInCycle);
     return findDeviceForProcs(id);
 }
 
-/// Run `use` on the procedure's record; false if there is none.
+/// Call `use` with the procedure's record; false if there is none.
 template <class Use>
 bool withProc(Device& device, AudioDeviceIOProcID id, Pick pick, Use use)
 {
-    if (turningDevice != &device) return device.procs.with(id, pick, use);
-    IOProc* found = device.procs.findInCycle(id, device.called, pick);
+    if (deviceInCycle != &device) return device.procs.with(id, pick, use);
+    IOProc* const found = device.procs.findInCycle(id, device.called, pick);
     if (!found) return false;
     use(*found);
     return true;
@@ -40,32 +42,33 @@ void countStart(Device& device, int change)
     const int before = device.starts.fetch_add(change);
     if ((before > 0) == (before + change > 0)) return;
     if (change > 0) device.timerWake.raise();
-    device.hasNewsOfRunning = true;
-    wakeHousekeeper();
+    device.hasNewRunningState = true;
+    housekeeperSignal().raise();
 }
 
-/// True if it was not so before.
+/// Returns true if the flag has changed.
 bool setStarted(Device& device, IOProc& proc, bool isStarted)
 {
-    const bool isNews = proc.isStarted.exchange(isStarted) != isStarted;
-    if (isNews) countStart(device, isStarted ? 1 : -1);
-    return isNews;
+    const bool isChanged = proc.isStarted.exchange(isStarted) != isStarted;
+    if (isChanged) countStart(device, isStarted ? 1 : -1);
+    return isChanged;
 }
 
-/// Wait for the end of a call of the procedure. Never blocks inside a cycle: there the flags suffice.
+/// Wait until the procedure's call in progress has returned. It does not wait for the whole cycle: another
+/// procedure of the same cycle may be waiting for the calling thread.
 void waitForCall(const Device& device, const IOProc* proc)
 {
-    if (turningDevice) return;
+    if (deviceInCycle) return;
     waitUntil([&] { return device.called != proc; });
 }
 
-OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasOwnID,
+OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasUniqueID,
              AudioDeviceIOProcID* outID)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     if (!proc) return kAudioHardwareIllegalOperationError;
-    auto entry = std::make_unique<IOProc>(proc, client, hasOwnID);
+    auto entry = std::make_shared<IOProc>(proc, client, hasUniqueID);
     const AudioDeviceIOProcID newID = entry->id();
     if (!device->procs.add(std::move(entry))) return kAudioHardwareIllegalOperationError;
     if (outID) *outID = newID;
@@ -73,21 +76,21 @@ OSStatus add(AudioDeviceID id, AudioDeviceIOProc proc, void* client, bool hasOwn
     return noErr;
 }
 
-OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
+OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasUniqueID)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     const IOProc* removed = nullptr;
     withProc(*device, proc, Pick::oldest, [&](IOProc& found) {
-        if (found.hasOwnID != hasOwnID || found.isRemoved.exchange(true)) return;
+        if (found.hasUniqueID != hasUniqueID || found.isRemoved.exchange(true)) return;
         removed = &found;
         setStarted(*device, found, false);
     });
     if (!removed) return kAudioHardwareIllegalOperationError;
     addedProcs.remove();
-    if (turningDevice) {
+    if (deviceInCycle) {
         device->hasRemovedProcs = true;
-        wakeHousekeeper();
+        housekeeperSignal().raise();
         return noErr;
     }
     waitForCall(*device, removed);
@@ -98,14 +101,14 @@ OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasOwnID)
     return noErr;
 }
 
-/// What a start or stop marked. The record lives as long as `control` is held, or its call is under way.
-struct Marked {
-    IOProc* proc = nullptr; ///< null: the device itself
-    bool isNews = false;    ///< the mark was not there before
+/// The start or stop of a procedure. Its record lives while `control` is held, or its call is in progress.
+struct Transition {
+    IOProc* proc = nullptr; ///< null: of the device itself
+    bool isChange = false;  ///< false: it was started or stopped already
 };
 
-/// Set the mark of a procedure, or count a start or stop of the device itself.
-OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, Marked& marked)
+/// Set the flag of a procedure, or count a start or stop of the device itself.
+OSStatus makeTransition(Device& device, AudioDeviceIOProcID proc, bool isStarted, Transition& made)
 {
     if (!proc) {
         if (!isStarted && device.startsWithoutProc.fetch_sub(1) <= 0) {
@@ -114,28 +117,27 @@ OSStatus mark(Device& device, AudioDeviceIOProcID proc, bool isStarted, Marked& 
         }
         if (isStarted) ++device.startsWithoutProc;
         countStart(device, isStarted ? 1 : -1);
-        marked.isNews = true;
+        made.isChange = true;
         return noErr;
     }
-    bool isThere = true;
+    bool isPresent = true;
     const Pick pick = isStarted ? Pick::newestAtRest : Pick::oldest;
     const bool isFound = withProc(device, proc, pick, [&](IOProc& found) {
-        isThere = !found.isRemoved;
-        if (isThere) marked.isNews = setStarted(device, found, isStarted);
-        // Once started it may be called, and remove itself, before this looks again. It was started all the
-        // same.
+        isPresent = !found.isRemoved;
+        if (isPresent) made.isChange = setStarted(device, found, isStarted);
+        // A started procedure may be called and remove itself before this line; its start has succeeded.
         if (found.isRemoved) setStarted(device, found, false);
-        marked.proc = &found;
+        made.proc = &found;
     });
-    return isFound && isThere ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
+    return isFound && isPresent ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
 }
 
-/// Take back a start: of the record that was marked, whatever others bear the same name.
-void unmark(Device& device, const Marked& marked)
+/// Undo a start: of the same record, as others may have the same ID.
+void undoStart(Device& device, const Transition& made)
 {
-    if (!marked.isNews) return;
-    if (marked.proc) {
-        setStarted(device, *marked.proc, false);
+    if (!made.isChange) return;
+    if (made.proc) {
+        setStarted(device, *made.proc, false);
     } else {
         --device.startsWithoutProc;
         countStart(device, -1);
@@ -147,15 +149,15 @@ OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
     if (const OSStatus refusal = device->startRefusal; refusal != noErr) return refusal;
-    Marked marked;
-    if (turningDevice) return mark(*device, proc, true, marked); // the housekeeper sees to the driver
+    Transition made;
+    if (deviceInCycle) return makeTransition(*device, proc, true, made); // the housekeeper settles the driver
 
     startCaptureOfEnvironment(device);
     const std::lock_guard<std::mutex> control(device->control);
-    if (const OSStatus status = mark(*device, proc, true, marked); status != noErr) return status;
+    if (const OSStatus status = makeTransition(*device, proc, true, made); status != noErr) return status;
     const OSStatus status =
         withinBorder(kAudioHardwareUnspecifiedError, [&] { return settleDriver(device); });
-    if (status != noErr) unmark(*device, marked);
+    if (status != noErr) undoStart(*device, made);
     return status;
 }
 
@@ -163,9 +165,9 @@ OSStatus stop(AudioDeviceID id, AudioDeviceIOProcID proc)
 {
     const DeviceRef device = findForProcs(id);
     if (!device) return kAudioHardwareBadDeviceError;
-    Marked stopped;
-    if (const OSStatus status = mark(*device, proc, false, stopped); status != noErr) return status;
-    if (turningDevice) return noErr;
+    Transition stopped;
+    if (const OSStatus status = makeTransition(*device, proc, false, stopped); status != noErr) return status;
+    if (deviceInCycle) return noErr;
     if (stopped.proc) waitForCall(*device, stopped.proc);
     const std::lock_guard<std::mutex> control(device->control);
     settleDriver(device);
@@ -175,69 +177,41 @@ OSStatus stop(AudioDeviceID id, AudioDeviceIOProcID proc)
 
 } // namespace
 
-OSStatus settleDriver(const DeviceRef& device)
-{
-    const Driver driver = device->driver;
-    if (driver == Driver::hardware && device->isRunning()) return openHardware(device);
-    closeHardware(device);
-    return driver == Driver::timer && device->isRunning() ? ensureTimerThread(device) : OSStatus{noErr};
-}
-
-void handOver(const DeviceRef& device, Driver driver)
-{
-    device->driver = driver;
-    device->timerWake.raise();
-    settleDriver(device);
-}
-
-void waitForTurn(Device& device) { const std::lock_guard<std::mutex> lock(device.turnLock); }
-
-void beginDiscarding(const DeviceRef& device)
-{
-    {
-        const std::lock_guard<std::mutex> control(device->control);
-        device->isDiscarding = true;
-        handOver(device, Driver::timer);
-    }
-    waitForTurn(*device);
-}
-
 } // namespace kvxplatform::hal
 
 using namespace kvxplatform::hal;
+using kvxplatform::withinBorder;
 
 OSStatus AudioDeviceAddIOProc(AudioDeviceID device, AudioDeviceIOProc proc, void* client)
 {
-    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
-                                     [&] { return add(device, proc, client, false, nullptr); });
+    return withinBorder(kAudioHardwareUnspecifiedError,
+                        [&] { return add(device, proc, client, false, nullptr); });
 }
 
 OSStatus AudioDeviceRemoveIOProc(AudioDeviceID device, AudioDeviceIOProc proc)
 {
-    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
-                                     [&] { return remove(device, proc, false); });
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] { return remove(device, proc, false); });
 }
 
 OSStatus AudioDeviceCreateIOProcID(AudioDeviceID device, AudioDeviceIOProc proc, void* client,
                                    AudioDeviceIOProcID* outID)
 {
     if (!outID) return kAudioHardwareIllegalOperationError;
-    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
-                                     [&] { return add(device, proc, client, true, outID); });
+    return withinBorder(kAudioHardwareUnspecifiedError,
+                        [&] { return add(device, proc, client, true, outID); });
 }
 
 OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError,
-                                     [&] { return remove(device, id, true); });
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] { return remove(device, id, true); });
 }
 
 OSStatus AudioDeviceStart(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError, [&] { return start(device, id); });
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] { return start(device, id); });
 }
 
 OSStatus AudioDeviceStop(AudioDeviceID device, AudioDeviceIOProcID id)
 {
-    return kvxplatform::withinBorder(kAudioHardwareUnspecifiedError, [&] { return stop(device, id); });
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] { return stop(device, id); });
 }

@@ -1,5 +1,5 @@
-// How loud a device is: a volume for each output channel, a mute for each and one for all.
-#include "platform/hal/property.h"
+// The level properties of a device: a volume and a mute for each output channel, and one mute for all.
+#include "platform/hal/property_tables.h"
 
 #include <iterator>
 

@@ -1,12 +1,10 @@
 #include "platform/hal/listeners.h"
 
-#include "platform/hal/property.h"
 #include "platform/support/live_count.h"
 
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -28,8 +26,8 @@ struct Listener {
 
 struct Change {
     AudioObjectID object;
-    AudioObjectPropertyAddress address; ///< the wildcard element: all of them
-    UInt64 nextSerial;                  ///< of listeners that were added later, and hear nothing of it
+    AudioObjectPropertyAddress address; ///< the wildcard element: all elements
+    UInt64 nextSerial;                  ///< listeners from this serial on were added after the change
 };
 
 struct Notifier {
@@ -38,7 +36,7 @@ struct Notifier {
     std::vector<Listener> listeners;
     std::deque<Change> changes;
     UInt64 nextSerial = 1;
-    UInt64 calling = 0; ///< the listener that is being called; 0: none
+    UInt64 calling = 0; ///< the listener in progress; 0: none
     std::thread::id thread;
 };
 
@@ -46,37 +44,37 @@ constexpr auto anySelector = kAudioObjectPropertySelectorWildcard;
 constexpr auto anyScope = kAudioObjectPropertyScopeWildcard, global = kAudioObjectPropertyScopeGlobal;
 constexpr auto anyElement = kAudioObjectPropertyElementWildcard;
 
-// What is true of the whole is true of its sides, and who watches the whole watches its sides.
-bool scopesMatch(AudioObjectPropertyScope wanted, AudioObjectPropertyScope changed)
+// The global scope includes both sides, in a listener's address as in a change.
+bool scopesMatch(AudioObjectPropertyScope watched, AudioObjectPropertyScope changed)
 {
-    return wanted == anyScope || wanted == changed || wanted == global || changed == global;
+    return watched == anyScope || watched == changed || watched == global || changed == global;
 }
 
-bool elementsMatch(AudioObjectPropertyElement wanted, AudioObjectPropertyElement changed)
+bool elementsMatch(AudioObjectPropertyElement watched, AudioObjectPropertyElement changed)
 {
-    return wanted == anyElement || wanted == changed || changed == anyElement;
+    return watched == anyElement || watched == changed || changed == anyElement;
 }
 
 bool matches(const Listener& listener, const Change& change)
 {
-    const AudioObjectPropertyAddress &wanted = listener.address, &changed = change.address;
+    const AudioObjectPropertyAddress &watched = listener.address, &changed = change.address;
     return listener.serial < change.nextSerial && listener.object == change.object &&
-           (wanted.mSelector == anySelector || wanted.mSelector == changed.mSelector) &&
-           scopesMatch(wanted.mScope, changed.mScope) && elementsMatch(wanted.mElement, changed.mElement);
+           (watched.mSelector == anySelector || watched.mSelector == changed.mSelector) &&
+           scopesMatch(watched.mScope, changed.mScope) && elementsMatch(watched.mElement, changed.mElement);
 }
 
-/// The address that a listener is told: the one it asked for, with its wildcards filled in.
+/// The address that a listener receives: its own, with the wildcards replaced.
 AudioObjectPropertyAddress addressFor(const Listener& listener, const Change& change)
 {
-    const AudioObjectPropertyAddress &wanted = listener.address, &changed = change.address;
-    AudioObjectPropertyAddress told = {changed.mSelector, wanted.mScope, wanted.mElement};
-    if (told.mScope == anyScope) told.mScope = changed.mScope;
-    if (told.mElement == anyElement) told.mElement = changed.mElement;
-    if (told.mElement == anyElement) told.mElement = kAudioObjectPropertyElementMaster;
-    return told;
+    const AudioObjectPropertyAddress &watched = listener.address, &changed = change.address;
+    AudioObjectPropertyAddress address = {changed.mSelector, watched.mScope, watched.mElement};
+    if (address.mScope == anyScope) address.mScope = changed.mScope;
+    if (address.mElement == anyElement) address.mElement = changed.mElement;
+    if (address.mElement == anyElement) address.mElement = kAudioObjectPropertyElementMaster;
+    return address;
 }
 
-/// Call one listener, if it is still there. `lock` is held at both ends, and let go during the call.
+/// Call a listener, unless it was removed. `lock` is held, but for the time of the call.
 void call(Notifier& notifier, std::unique_lock<std::mutex>& lock, UInt64 serial, const Change& change)
 {
     const auto found = std::find_if(notifier.listeners.begin(), notifier.listeners.end(),
@@ -100,14 +98,14 @@ void run(Notifier& notifier)
         notifier.wake.wait(lock, [&] { return !notifier.changes.empty(); });
         const Change change = notifier.changes.front();
         notifier.changes.pop_front();
-        std::vector<UInt64> told;
+        std::vector<UInt64> serials;
         for (const Listener& listener : notifier.listeners)
-            if (matches(listener, change)) told.push_back(listener.serial);
-        for (UInt64 serial : told) call(notifier, lock, serial, change);
+            if (matches(listener, change)) serials.push_back(listener.serial);
+        for (UInt64 serial : serials) call(notifier, lock, serial, change);
     }
 }
 
-/// Lives as long as the process.
+/// Never freed: its thread may outlive main.
 Notifier& notifier()
 {
     static Notifier& instance = []() -> Notifier& {
@@ -125,6 +123,32 @@ bool isSame(const AudioObjectPropertyAddress& a, const AudioObjectPropertyAddres
 
 } // namespace
 
+void addListener(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                 AudioObjectPropertyListenerProc proc, void* client)
+{
+    Notifier& n = notifier();
+    const std::lock_guard<std::mutex> lock(n.lock);
+    n.listeners.push_back({n.nextSerial++, object, address, proc, client});
+    addedListeners.add();
+}
+
+bool removeListener(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                    AudioObjectPropertyListenerProc proc, void* client)
+{
+    Notifier& n = notifier();
+    std::unique_lock<std::mutex> lock(n.lock);
+    const auto found = std::find_if(n.listeners.begin(), n.listeners.end(), [&](const Listener& each) {
+        return each.object == object && isSame(each.address, address) && each.proc == proc &&
+               each.client == client;
+    });
+    if (found == n.listeners.end()) return false;
+    const UInt64 serial = found->serial;
+    n.listeners.erase(found);
+    addedListeners.remove();
+    if (std::this_thread::get_id() != n.thread) n.idle.wait(lock, [&] { return n.calling != serial; });
+    return true;
+}
+
 void postChange(AudioObjectID object, AudioObjectPropertySelector selector, AudioObjectPropertyScope scope,
                 AudioObjectPropertyElement element)
 {
@@ -138,40 +162,3 @@ void postChange(AudioObjectID object, AudioObjectPropertySelector selector, Audi
 }
 
 } // namespace kvxplatform::hal
-
-using namespace kvxplatform::hal;
-
-OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
-                                        AudioObjectPropertyListenerProc proc, void* client)
-try {
-    if (!exists(object)) return kAudioHardwareBadObjectError;
-    if (!address || !proc) return kAudioHardwareIllegalOperationError;
-    Notifier& n = notifier();
-    const std::lock_guard<std::mutex> lock(n.lock);
-    n.listeners.push_back({n.nextSerial++, object, *address, proc, client});
-    addedListeners.add();
-    return noErr;
-} catch (const std::exception&) {
-    return kAudioHardwareUnspecifiedError;
-}
-
-// The object may have gone meanwhile: its listeners are still here to be taken back.
-OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
-                                           AudioObjectPropertyListenerProc proc, void* client)
-try {
-    if (!address) return kAudioHardwareIllegalOperationError;
-    Notifier& n = notifier();
-    std::unique_lock<std::mutex> lock(n.lock);
-    const auto found = std::find_if(n.listeners.begin(), n.listeners.end(), [&](const Listener& each) {
-        return each.object == object && isSame(each.address, *address) && each.proc == proc &&
-               each.client == client;
-    });
-    if (found == n.listeners.end()) return kAudioHardwareIllegalOperationError;
-    const UInt64 serial = found->serial;
-    n.listeners.erase(found);
-    addedListeners.remove();
-    if (std::this_thread::get_id() != n.thread) n.idle.wait(lock, [&] { return n.calling != serial; });
-    return noErr;
-} catch (const std::exception&) {
-    return kAudioHardwareUnspecifiedError;
-}

@@ -1,35 +1,30 @@
-// Devices that PortAudio knows: found, opened, turned by its callback, and watched.
+// Streams of PortAudio, whose callback runs the cycles of a device.
 #pragma once
 
-#include "platform/hal/device.h"
+#include "platform/hal/portaudio_devices.h"
 
 namespace kvxplatform::hal {
 
-/// Every output device of PortAudio. Of equal names, the second has ":2" behind its UID, and so on.
-/// Starts PortAudio. Empty, with the reason in `error`, if it does not start.
-std::vector<DeviceRef> readHardware(std::string& error);
+// All functions: [any], not inside a cycle.
 
-/// The same, as they are now: PortAudio is started anew for it. Empty, with the reason in `error`, while a
-/// stream is open, or once one or the sound server has ended.
-std::vector<DeviceRef> readHardwareAnew(std::string& error);
-
-/// Whether a stream can be opened on it: what decides the default device.
-bool canOpen(const Device& device, const Settings& settings);
-
-/// The rates that the hardware takes, asked once: it may open the device for each. Takes the tree's lock.
-std::vector<double> findRates(const Device& device);
-
-/// Open and start the stream of a device, if it is not. `control` held by the caller.
+/// Open and start the device's stream, unless it has one. The caller holds `control`.
 OSStatus openHardware(const DeviceRef& device);
+
+/// Close the device's stream, if it has one, after its last frame. The caller holds `control`.
 void closeHardware(const DeviceRef& device);
 
-/// Running hardware stopped asking for slices, or has no stream and none can be opened; or its sound server
-/// ended. [housekeeper]
+/// Restart PortAudio and read its output devices.
+/// Errors   Empty, with the reason in `error`, while a stream is open, or once a stream or the sound server
+///          has ended.
+std::vector<DeviceRef> readHardwareAnew(std::string& error);
+
+/// Whether running hardware has stopped its callbacks, has no stream that opens, or its sound server has
+/// ended.
 bool hasHardwareEnded(const DeviceRef& device);
 bool isAnyHardwareOpen();
 
-/// At the end of the process: let PortAudio go, unless a stream is open or ended, or the sound server did. A
-/// living sound server then does not have to find out by itself that its client is gone.
+/// Stop PortAudio at the end of the process, so that a living sound server need not discover that its client
+/// is gone. Does nothing if a stream is open, or a stream or the server has ended.
 void leaveHardware();
 
 } // namespace kvxplatform::hal

@@ -1,7 +1,7 @@
-// The procedures of a device: changed by anybody, read by its cycle without a lock.
+// The procedures of a device: changed by any thread, read by its cycles without a lock.
 #pragma once
 
-#include "platform/hal/cycle_count.h"
+#include "platform/support/published.h"
 
 #include <CoreAudio/CoreAudio.h>
 
@@ -12,88 +12,80 @@
 
 namespace kvxplatform::hal {
 
-/// A procedure registered with a device. The marks may be set at any time, in the midst of a cycle too.
+/// A procedure registered with a device. The flags may be set at any time, also during a cycle.
 struct IOProc {
-    IOProc(AudioDeviceIOProc ofProc, void* ofClient, bool withOwnID)
-        : proc(ofProc), client(ofClient), hasOwnID(withOwnID)
+    IOProc(AudioDeviceIOProc ofProc, void* ofClient, bool withUniqueID)
+        : proc(ofProc), client(ofClient), hasUniqueID(withUniqueID)
     {
     }
 
     const AudioDeviceIOProc proc;
     void* const client;
-    const bool hasOwnID; ///< registered under an ID of its own, which is this record's address
+    const bool hasUniqueID; ///< its ID is this record's address; else its ID is `proc`
     std::atomic<bool> isStarted{false};
-    std::atomic<bool> isInputOff{false}, isOutputOff{false}; ///< it wants nothing of that side's stream
-    std::atomic<bool> isRemoved{false}; ///< nobody finds it any more; freed when no cycle can be using it
+    std::atomic<bool> isInputOff{false}, isOutputOff{false}; ///< it does not use that side's stream
+    std::atomic<bool> isRemoved{false}; ///< look-ups skip it; freed when no cycle can use it
 
     AudioDeviceIOProcID id() const
     {
-        return hasOwnID ? reinterpret_cast<AudioDeviceIOProcID>(reinterpret_cast<std::uintptr_t>(this))
-                        : proc;
+        return hasUniqueID ? reinterpret_cast<AudioDeviceIOProcID>(reinterpret_cast<std::uintptr_t>(this))
+                           : proc;
     }
 };
 
-/// Which of several records is meant: one procedure may be there for several clients, and is then named
-/// alike.
+/// Which record of several with the same ID: one procedure may be registered for several clients.
 enum class Pick {
     oldest,
-    newestAtRest, ///< the one added last that is not started; the oldest, if all are
+    newestAtRest, ///< the latest that is not started; the oldest, if all are
 };
 
-/// Each change publishes a new row. The former one and the records that are no longer in it are kept until
-/// the cycle that may be reading them has ended. The lock is held for a few instructions, never while a cycle
-/// is waited for, so it may be taken inside a cycle by what allocates there anyway.
+/// Each change publishes a new list. A procedure is freed with the last list that has it. The lock is held
+/// for a few instructions, so a procedure that adds another inside a cycle may take it.
 class ProcList {
 public:
-    using Row = std::vector<IOProc*>;
+    using List = std::vector<std::shared_ptr<IOProc>>;
 
-    explicit ProcList(const CycleCount& cycles) : cycles_(cycles) {}
+    explicit ProcList(const RenderScope& scope) : scope_(scope) {}
 
-    /// Valid until the cycle ends. [inside the cycle]
-    const Row& row() const { return *row_.load(); }
+    /// Valid until the render thread leaves the scope.
+    /// [audio & rendering]
+    const List& current() const { return *list_.get(); }
 
-    /// Inside the device's cycle: the record, or null. The one that is being called comes first: a procedure
-    /// that stops or removes itself means its own client's. No lock.
+    /// Returns  the record, or null; `called`, the procedure in progress, before others of the same ID: a
+    ///          procedure that stops or removes itself means its own client's record.
+    /// [audio & rendering]
     IOProc* findInCycle(AudioDeviceIOProcID id, const IOProc* called, Pick pick) const;
 
-    /// False if the procedure is there already for this client without an ID of its own. Throws
-    /// std::bad_alloc.
-    bool add(std::unique_ptr<IOProc> proc);
+    /// Returns  false if the procedure has no unique ID and is registered for this client already.
+    /// Errors   std::bad_alloc.
+    /// [any]
+    bool add(std::shared_ptr<IOProc> proc);
 
-    /// Run `use` on the record with this ID; false if there is none. It is not freed meanwhile.
+    /// Call `use` with the record of this ID, which lives until `use` returns. False if there is none.
+    /// [any]
     template <class Use>
     bool with(AudioDeviceIOProcID id, Pick pick, Use use)
     {
         const std::lock_guard<std::mutex> lock(lock_);
-        IOProc* found = find(*row_.load(), id, pick);
+        IOProc* const found = find(current(), id, pick);
         if (!found) return false;
         use(*found);
         return true;
     }
 
-    /// Free removed records and former rows, as far as the cycle has done with them. True if nothing is left
-    /// to free.
+    /// Free removed procedures and replaced lists that no cycle can use. True if none is left.
+    /// [any], not inside a cycle
     bool sweep();
 
+    /// [any]
     bool isEmpty() const;
 
 private:
-    static IOProc* find(const Row& row, AudioDeviceIOProcID id, Pick pick);
-    void publish(std::unique_ptr<const Row> row, std::vector<std::unique_ptr<IOProc>> gone);
-    void freePassed();
+    static IOProc* find(const List& list, AudioDeviceIOProcID id, Pick pick);
 
-    struct Retired {
-        CycleCount::Stamp stamp;
-        std::unique_ptr<const Row> row;
-        std::vector<std::unique_ptr<IOProc>> procs;
-    };
-
-    const CycleCount& cycles_;
-    mutable std::mutex lock_;
-    std::vector<std::unique_ptr<IOProc>> owned_; ///< under lock, as the next
-    std::vector<Retired> retired_;
-    std::unique_ptr<const Row> current_ = std::make_unique<Row>();
-    std::atomic<const Row*> row_{current_.get()};
+    const RenderScope& scope_;
+    mutable std::mutex lock_; ///< of the writers
+    Published<const List> list_{std::make_unique<const List>()};
 };
 
 } // namespace kvxplatform::hal

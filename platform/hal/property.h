@@ -1,8 +1,7 @@
-// Properties: one table of facts for each kind of object, behind both of the platform's interfaces.
+// The rows of the property tables: one table for each kind of object serves both property interfaces.
 #pragma once
 
-#include "platform/hal/formats.h"
-#include "platform/hal/tree.h"
+#include "platform/hal/device.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -12,7 +11,10 @@
 
 namespace kvxplatform::hal {
 
-/// One question about one object, checked against the table: the element exists, and a side has channels.
+using Bytes = std::vector<char>;
+
+/// A request for one property of one object. Checked against the table: the element exists, and the side has
+/// channels where the row requires them.
 struct Request {
     AudioObjectID object;
     DeviceRef device; ///< null for the system object
@@ -28,26 +30,28 @@ struct Request {
     }
 };
 
-/// What a setter wants done when the tree's lock has been let go. New settings of the device are seen by
-/// comparison.
+/// What a setter requires after propertyLock is released. New settings of the device are found by comparison.
 struct Consequences {
     bool hasNewLevels = false;
     std::vector<AudioObjectPropertySelector> changed; ///< of the same object, at the element that was set
     std::vector<AudioObjectPropertySelector> changedOfStream; ///< of the stream of the side that was set
 };
 
-/// Reads a value into `value`, which arrives as the caller's buffer: a translation finds its input there.
+// Both: [any], with propertyLock.
+
+/// Replace `value`, which holds the caller's buffer: a translation reads its input there.
 using Getter = OSStatus (*)(const Request& request, Bytes& value);
-/// Takes a value; called with the tree's lock held.
 using Setter = OSStatus (*)(const Request& request, const Bytes& value, Consequences& consequences);
 
-/// Which elements a property has.
+/// The elements of a property.
 enum class Elements { master, channels, masterAndChannels };
-/// Which side of a device a property is about: neither, the one that the scope names, that one if it has
-/// channels, or the output if it has.
+
+/// The side of a device that a property concerns: neither, that of the scope, that of the scope if it has
+/// channels, or the output if it has channels.
 enum class Side { none, scope, present, output };
-/// How long a value is: as stated; a number of items of the stated size, of which a short buffer takes those
-/// that fit; or as long as it is, for a record or text that means nothing when it is cut.
+
+/// The length of a value: that of the row; items of that length, of which a short buffer takes as many as
+/// fit; or the length of the whole record or text, which cannot be cut.
 enum class Extent { one, many, whole };
 
 struct Property {
@@ -55,7 +59,7 @@ struct Property {
     Side side;
     Elements elements;
     Extent extent;
-    UInt32 size; ///< bytes, of the value or of an item; of a whole one it is found by reading
+    UInt32 size; ///< bytes of the value or of an item; 0 for a whole value, which is read to find its length
     Getter get;
     Setter set; ///< null: read-only
 };
@@ -65,16 +69,7 @@ struct PropertyTable {
     std::size_t count;
 };
 
-PropertyTable systemProperties();
-PropertyTable deviceProperties();
-PropertyTable levelProperties();  ///< a device's volumes and mutes
-PropertyTable sourceProperties(); ///< a simulated device's data sources
-PropertyTable streamProperties();
-
-/// Whether there is such an object.
-bool exists(AudioObjectID object);
-
-// ---- for the rows ----
+// ---- for getters and setters ----
 
 template <class T>
 OSStatus put(Bytes& value, const T& item)
@@ -94,7 +89,7 @@ OSStatus putAll(Bytes& value, const std::vector<T>& items)
     return noErr;
 }
 
-/// The value's first bytes as a T; the table has seen to its size.
+/// The value's first bytes as a T; the size is checked against the table before.
 template <class T>
 T as(const Bytes& value)
 {
@@ -105,15 +100,16 @@ T as(const Bytes& value)
 
 /// A string that the caller releases.
 OSStatus putCFString(Bytes& value, const std::string& text);
+
 /// C text with its terminating zero.
 OSStatus putText(Bytes& value, const std::string& text);
 
-/// The objects of one class, if the question's qualifier - a list of classes - names it; all without a
-/// qualifier.
-std::vector<AudioObjectID> ofClasses(const Request& request, AudioClassID theirs,
+/// The objects if the request's qualifier, a list of classes, contains their class, or without a qualifier;
+/// else none.
+std::vector<AudioObjectID> ofClasses(const Request& request, AudioClassID objectClass,
                                      std::vector<AudioObjectID> objects);
 
-/// One constant value, for a row.
+/// The getter of a constant.
 template <class T, T constant>
 OSStatus putConstant(const Request&, Bytes& value)
 {

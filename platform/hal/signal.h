@@ -1,4 +1,4 @@
-// A wake-up call for a thread of the platform's own.
+// A wake-up signal for one waiting thread.
 #pragma once
 
 #include <cerrno>
@@ -8,7 +8,7 @@
 
 namespace kvxplatform::hal {
 
-/// Remembers what was raised while nobody waited, so that no call is lost.
+/// A signal that is raised while no thread waits is kept for the next wait.
 class Signal {
 public:
     Signal() { sem_init(&semaphore_, 0, 0); }
@@ -16,20 +16,23 @@ public:
     Signal(const Signal&) = delete;
     Signal& operator=(const Signal&) = delete;
 
-    /// Takes no lock, allocates nothing. [any], also inside a cycle.
+    /// Takes no lock and allocates nothing.
+    /// [any], also inside a cycle
     void raise() { sem_post(&semaphore_); }
 
+    /// [worker]
     void wait()
     {
         while (sem_wait(&semaphore_) != 0 && errno == EINTR) {
         }
     }
 
-    /// Wait, but no longer than this. Below a second.
+    /// Wait no longer than `nanoseconds`, which is less than a second.
+    /// [worker]
     void waitFor(std::int64_t nanoseconds)
     {
         timespec until;
-        clock_gettime(CLOCK_MONOTONIC, &until); // a clock that nobody sets
+        clock_gettime(CLOCK_MONOTONIC, &until); // independent of changes of the system time
         until.tv_nsec += static_cast<long>(nanoseconds);
         if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
         sem_clockwait(&semaphore_, CLOCK_MONOTONIC, &until);

@@ -1,14 +1,16 @@
-// Devices without hardware: made from a description, turned by the clock or by steps.
+// Devices without hardware, run by the host clock or by steps.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// A device as described, zero fields by default; not yet entered into the tree.
+/// A device that is not yet listed. A zero field of the description takes the default.
+/// [any]
 DeviceRef makeSimulatedDevice(const KVXSimulatedDevice& description);
 
-/// The microphone that hears nothing.
+/// A silent microphone that is not yet listed.
+/// [any]
 DeviceRef makeSimulatedInput();
 
 } // namespace kvxplatform::hal

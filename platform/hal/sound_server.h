@@ -1,28 +1,34 @@
-// The JACK server that PortAudio may be a client of: calls that it never answers, and its end.
+// The JACK server, when PortAudio is its client: calls that it never answers, and its end.
 #pragma once
 
 #include <functional>
 
 namespace kvxplatform::hal {
 
-/// Run `work` on its own thread and wait some seconds for its end. False if it has not ended by then: the
-/// server does not answer, and the thread keeps waiting for it, so `work` must own all that it uses. If no
-/// thread can be started, `work` runs on the caller's and may block for as long as the server does.
+/// Run `work` on a new thread and wait at most 5 seconds for its end. If the server does not answer, the
+/// thread continues to wait, so `work` must own all that it uses. Without a thread, `work` runs on the
+/// caller's thread and may block as long as the server does.
+/// Returns  false if `work` has not ended.
+/// [any]
 bool endsInTime(const std::function<void()>& work);
 
-/// Notice the end of the server, through a client of our own; PortAudio reports it for open streams only.
-/// Starting and stopping, as isServerAlive(), block for as long as the server does.
+/// Watch for the end of the server through a separate client: PortAudio reports it for open streams only.
+/// These two and isServerAlive() block as long as the server does.
+/// [any], with portAudioLock
 void watchServer();
 void stopWatchingServer();
 
-/// Have the server answer a request now: its end is reported to clients with a delay. True without a server.
+/// Send a request to the server, as clients are notified of its end with a delay. True without a server.
+/// [any]
 bool isServerAlive();
 
-/// Have `wake` called when the server ends, on a thread of JACK's, or at once if it has ended. [any]
+/// Call `wake` when the server ends, on a thread of JACK, or now if it has ended.
+/// [any]
 void callAtServerEnd(void (*wake)());
 
-/// Whether the server has ended: PortAudio asserts that it can close the server's streams and terminate, and
-/// would end the process. [any]
+/// Whether the server has ended. PortAudio then must not close its streams or terminate: an assertion there
+/// would end the process.
+/// [any]
 bool hasServerEnded();
 
 } // namespace kvxplatform::hal

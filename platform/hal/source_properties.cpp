@@ -1,6 +1,5 @@
-// Data sources: what a simulated device plays to or records from. Each has a name; the one that is chosen
-// shows as the stream's terminal.
-#include "platform/hal/property.h"
+// The data sources of a simulated device, by name. The current source determines the stream's terminal type.
+#include "platform/hal/property_tables.h"
 
 #include <iterator>
 
@@ -20,7 +19,6 @@ constexpr Source sources[] = {
 };
 constexpr UInt32 onlyInput = 'imic';
 
-/// The source of a side, or null.
 const Source* findSource(UInt32 code, bool isInput)
 {
     for (const Source& row : sources)
@@ -28,9 +26,9 @@ const Source* findSource(UInt32 code, bool isInput)
     return nullptr;
 }
 
-UInt32 chosen(const Request& r) { return r.isInput ? onlyInput : r.device->outputSource; }
+UInt32 currentSource(const Request& r) { return r.isInput ? onlyInput : r.device->outputSource; }
 
-OSStatus getSource(const Request& r, Bytes& value) { return put(value, chosen(r)); }
+OSStatus getSource(const Request& r, Bytes& value) { return put(value, currentSource(r)); }
 
 OSStatus getSources(const Request& r, Bytes& value)
 {
@@ -44,14 +42,14 @@ OSStatus setSource(const Request& r, const Bytes& value, Consequences& consequen
 {
     const auto code = as<UInt32>(value);
     if (!findSource(code, r.isInput)) return kAudioHardwareIllegalOperationError;
-    if (code == chosen(r)) return noErr;
-    r.device->outputSource = code; // an input has no other
+    if (code == currentSource(r)) return noErr;
+    r.device->outputSource = code; // an input has one source only
     consequences.changed = {kAudioDevicePropertyDataSource};
     consequences.changedOfStream = {kAudioStreamPropertyTerminalType};
     return noErr;
 }
 
-/// A translation from a source to its name, in the caller's memory.
+/// Translate a source to its name, in the caller's memory.
 OSStatus getSourceName(const Request& r, Bytes& value)
 {
     const auto translation = as<AudioValueTranslation>(value);

@@ -1,7 +1,7 @@
 #include "platform/hal/step.h"
 
 #include "platform/hal/cycle.h"
-#include "platform/hal/tree.h"
+#include "platform/hal/device_list.h"
 
 #include <algorithm>
 
@@ -9,13 +9,14 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// One cycle of at most `frames`; how many it were, 0 if there is nothing to turn.
-UInt32 turn(Device& device, UInt32 frames)
+/// Run one cycle of at most `frames`. Returns its frames; 0 if the device has no cycle to run.
+UInt32 stepOnce(Device& device, UInt32 frames)
 {
-    const std::lock_guard<std::mutex> lock(device.turnLock);
+    const CycleScope scope(device);
     if (device.driver != Driver::steps || !device.isRunning()) return 0;
-    const UInt32 slice = std::min(frames, takeUpSettings(device).sliceFrames);
-    turnCycle(device, slice, true);
+    CycleBuffers& buffers = buffersOfNextCycle(device);
+    const UInt32 slice = std::min(frames, buffers.settings.sliceFrames);
+    runCycle(device, buffers, slice, true);
     return slice;
 }
 
@@ -23,10 +24,10 @@ UInt32 turn(Device& device, UInt32 frames)
 
 UInt32 stepDevice(Device& device, UInt32 frames)
 {
-    if (turningDevice) return 0; // a cycle turns nothing
+    if (deviceInCycle) return 0;
     UInt32 done = 0;
     while (done < frames) {
-        const UInt32 slice = turn(device, frames - done);
+        const UInt32 slice = stepOnce(device, frames - done);
         if (slice == 0) break;
         done += slice;
     }
@@ -35,18 +36,18 @@ UInt32 stepDevice(Device& device, UInt32 frames)
 
 bool advanceSteppedDevices(double seconds)
 {
-    if (turningDevice) return false;
+    if (deviceInCycle) return false;
     bool isAnyStepped = false, isAnyPaced = false;
     for (const DeviceRef& device : devicesForProcs()) {
         if (!device->isRunning()) continue;
         UInt32 due = 0;
         {
-            const std::lock_guard<std::mutex> lock(device->turnLock);
+            const CycleScope scope(*device);
             if (device->driver != Driver::steps) {
                 isAnyPaced = true;
                 continue;
             }
-            device->stepDebt += seconds * takeUpSettings(*device).rate;
+            device->stepDebt += seconds * buffersOfNextCycle(*device).settings.rate;
             due = static_cast<UInt32>(device->stepDebt);
             device->stepDebt -= due;
         }

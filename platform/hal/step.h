@@ -1,16 +1,18 @@
-// Turns a device by hand: tests, and renders that need not be heard while they are made.
+// Runs the cycles of stepped devices on the calling thread, as fast as it can: for tests and offline renders.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Turn a stepped device by `frames`: whole slices, then the rest. Stops when nothing is started any more.
-/// Returns the frames turned. Not in a cycle.
+// Both functions: [any]; inside a cycle they do nothing.
+
+/// Run a stepped device for `frames` device frames: whole slices, then the rest.
+/// Returns  the frames that ran; fewer when the last procedure stopped before.
 UInt32 stepDevice(Device& device, UInt32 frames);
 
-/// Let `seconds` pass for every stepped device that runs. True if there was one and no device runs by a
-/// clock, so that nobody needs to wait. Fractions of a frame are owed to the next call.
+/// Advance every running stepped device by `seconds`; a fraction of a frame is carried to the next call.
+/// Returns  true if a device advanced and no running device is paced by a clock: the caller need not sleep.
 bool advanceSteppedDevices(double seconds);
 
 } // namespace kvxplatform::hal

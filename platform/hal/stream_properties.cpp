@@ -1,5 +1,7 @@
-// A stream: its direction, its place among the device's channels, its formats.
-#include "platform/hal/property.h"
+// The properties of a stream: its direction, its first channel, its formats.
+#include "platform/hal/format_properties.h"
+#include "platform/hal/formats.h"
+#include "platform/hal/property_tables.h"
 
 #include <iterator>
 

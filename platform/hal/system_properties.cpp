@@ -1,5 +1,6 @@
-// The system object: the list of devices, the roles that they have, and how the process stands.
-#include "platform/hal/property.h"
+// The properties of the system object: the device list, the default devices, and the state of the process.
+#include "platform/hal/device_list.h"
+#include "platform/hal/property_tables.h"
 
 #include <iterator>
 
@@ -7,27 +8,37 @@ namespace kvxplatform::hal {
 
 namespace {
 
-// The tree's lock is held here, so the list is asked for without it.
-OSStatus getDevices(const Request&, Bytes& value) { return putAll(value, listedIDsLocked()); }
+OSStatus getDevices(const Request&, Bytes& value) { return putAll(value, deviceList().ids()); }
 
 template <Role role>
 OSStatus getRole(const Request&, Bytes& value)
 {
-    return put(value, deviceInRoleLocked(role));
+    return put(value, deviceList().inRole(role));
 }
 
 template <Role role>
 OSStatus setRole(const Request& request, const Bytes& value, Consequences& consequences)
 {
-    switch (setDeviceInRoleLocked(role, as<AudioDeviceID>(value))) {
-    case Change::none:
+    switch (deviceList().setInRole(role, as<AudioDeviceID>(value))) {
+    case DeviceList::Change::none:
         return noErr;
-    case Change::done:
+    case DeviceList::Change::done:
         consequences.changed.push_back(request.selector);
         return noErr;
     default:
         return kAudioHardwareBadDeviceError;
     }
+}
+
+AudioDeviceID deviceOfUID(CFStringRef uid)
+{
+    std::vector<char> text(static_cast<std::size_t>(
+        CFStringGetMaximumSizeForEncoding(CFStringGetLength(uid), kCFStringEncodingUTF8) + 1));
+    if (!CFStringGetCString(uid, text.data(), static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8))
+        return kAudioDeviceUnknown;
+    for (const DeviceRef& device : deviceList().listed())
+        if (device->uid == text.data()) return device->id;
+    return kAudioDeviceUnknown;
 }
 
 OSStatus getDeviceForUID(const Request&, Bytes& value)
@@ -37,18 +48,17 @@ OSStatus getDeviceForUID(const Request&, Bytes& value)
         translation.mOutputDataSize != sizeof(AudioDeviceID) || !translation.mInputData ||
         !translation.mOutputData)
         return kAudioHardwareBadPropertySizeError;
-    const CFStringRef wanted = *static_cast<const CFStringRef*>(translation.mInputData);
-    *static_cast<AudioDeviceID*>(translation.mOutputData) =
-        wanted ? deviceOfUIDLocked(wanted) : kAudioDeviceUnknown;
+    const auto uid = *static_cast<const CFStringRef*>(translation.mInputData);
+    *static_cast<AudioDeviceID*>(translation.mOutputData) = uid ? deviceOfUID(uid) : kAudioDeviceUnknown;
     return noErr;
 }
 
 OSStatus getOwned(const Request& request, Bytes& value)
 {
-    return putAll(value, ofClasses(request, kAudioDeviceClassID, listedIDsLocked()));
+    return putAll(value, ofClasses(request, kAudioDeviceClassID, deviceList().ids()));
 }
 
-// What a program may tell the process. Nothing here sleeps or unloads, so the word is kept and that is all.
+// Flags that a program may set. They have no effect: this platform neither sleeps nor unloads.
 UInt32 isSleepingAllowed = 1;
 UInt32 isUnloadingAllowed = 0;
 
@@ -61,9 +71,9 @@ OSStatus getWord(const Request&, Bytes& value)
 template <UInt32& word>
 OSStatus setWord(const Request& request, const Bytes& value, Consequences& consequences)
 {
-    const auto wanted = as<UInt32>(value);
-    if (wanted == word) return noErr;
-    word = wanted;
+    const auto next = as<UInt32>(value);
+    if (next == word) return noErr;
+    word = next;
     consequences.changed.push_back(request.selector);
     return noErr;
 }

@@ -1,9 +1,9 @@
 #include "platform/hal/timer_driver.h"
 
 #include "platform/hal/cycle.h"
+#include "platform/support/border.h"
 
 #include <chrono>
-#include <exception>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -11,14 +11,15 @@ namespace kvxplatform::hal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr auto longestLag = std::chrono::seconds(1); // a machine that slept is not made up for
+constexpr auto longestLag =
+    std::chrono::seconds(1); // after a longer pause, as of a sleeping machine, restart
 
-bool mayTurn(const Device& device)
+bool mayRun(const Device& device)
 {
     return device.isRunning() && device.driver == Driver::timer && !device.mustEnd;
 }
 
-/// Where the device's time stands on the clock. A new origin at each change of rate: no rounding adds up.
+/// The device's time on the host clock. Each rate has a new origin, so rounding errors never add up.
 struct Pace {
     Clock::time_point origin = Clock::now();
     double rate = 0;
@@ -30,15 +31,16 @@ struct Pace {
     }
 };
 
-/// One cycle, and when the next is due. False if there is nothing to turn.
-bool turn(Device& device, Pace& pace)
+/// Run one cycle and advance `pace`. False if the timer has no cycle to run.
+bool runDueCycle(Device& device, Pace& pace)
 {
-    const std::lock_guard<std::mutex> lock(device.turnLock);
-    if (!mayTurn(device)) return false;
-    const Settings& settings = takeUpSettings(device);
+    const CycleScope scope(device);
+    if (!mayRun(device)) return false;
+    CycleBuffers& buffers = buffersOfNextCycle(device);
+    const Settings& settings = buffers.settings;
     if (settings.rate != pace.rate || Clock::now() - pace.due() > longestLag)
         pace = {Clock::now(), settings.rate, 0};
-    turnCycle(device, settings.sliceFrames, true);
+    runCycle(device, buffers, settings.sliceFrames, true);
     pace.frames += settings.sliceFrames;
     return true;
 }
@@ -47,20 +49,20 @@ void run(const DeviceRef& device)
 {
     while (!device->mustEnd) {
         device->timerWake.wait();
-        for (Pace pace; turn(*device, pace);) std::this_thread::sleep_until(pace.due());
+        for (Pace pace; runDueCycle(*device, pace);) std::this_thread::sleep_until(pace.due());
     }
 }
 
 } // namespace
 
 OSStatus ensureTimerThread(const DeviceRef& device)
-try {
+{
     if (device->hasTimerThread) return noErr;
-    std::thread(run, device).detach();
-    device->hasTimerThread = true;
-    return noErr;
-} catch (const std::exception&) {
-    return kAudioHardwareUnspecifiedError;
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] {
+        std::thread(run, device).detach();
+        device->hasTimerThread = true;
+        return OSStatus{noErr};
+    });
 }
 
 } // namespace kvxplatform::hal

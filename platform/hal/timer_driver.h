@@ -1,13 +1,15 @@
-// Turns a device by the host clock: the simulated device's own pace, and the end of every dead one.
+// Runs the cycles of a device by the host clock: of paced simulated devices, and of dead ones.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// See that the device has its timer thread. It rests while nothing is started, keeps deadlines of its own
-/// start, so that it never drifts, and makes up for slices that came late. `control` held by the caller.
-/// 'what' if the machine has no thread to spare; the next call tries again.
+/// Start the timer thread of a device, unless it has one. The thread waits while the device is stopped. Its
+/// deadlines count from the start, so they never drift, and late slices are made up. The caller holds
+/// `control`.
+/// Errors   'what' without a thread; the next call tries again.
+/// [any], not inside a cycle
 OSStatus ensureTimerThread(const DeviceRef& device);
 
 } // namespace kvxplatform::hal

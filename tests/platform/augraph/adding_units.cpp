@@ -7,16 +7,10 @@
 #include "platform/audiounit/source.h"
 #include "platform/audiounit/unit_handle.h"
 #include "platform/components/registry.h"
-#include "platform/hal/device.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-
-// The library does not export its own. No device runs in this program.
-namespace kvxplatform::hal {
-thread_local Device* turningDevice = nullptr;
-}
 
 namespace kvxplatform::audiounit {
 namespace {

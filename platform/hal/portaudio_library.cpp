@@ -1,0 +1,109 @@
+#include "platform/hal/portaudio_library.h"
+
+#include "platform/hal/sound_server.h"
+
+#include <atomic>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <memory>
+#include <portaudio.h>
+#include <unistd.h>
+
+namespace kvxplatform::hal {
+
+namespace {
+
+bool isStarted = false;             // under portAudioLock
+std::atomic<bool> isBlocked{false}; // set under portAudioLock
+
+// ---- the libraries below PortAudio write messages about each attempt ----
+
+void ignoreALSA(const char*, int, const char*, int, const char*, ...) {}
+void ignoreJACK(const char*) {}
+
+template <class Function, class Handler>
+void setHandler(const char* name, Handler handler)
+{
+    if (void* address = dlsym(RTLD_DEFAULT, name)) reinterpret_cast<Function*>(address)(handler);
+}
+
+void silenceMessages()
+{
+    using ALSAHandler = void (*)(const char*, int, const char*, int, const char*, ...);
+    setHandler<int(ALSAHandler)>("snd_lib_error_set_handler", ignoreALSA);
+    setHandler<void(void (*)(const char*))>("jack_set_error_function", ignoreJACK);
+    setHandler<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
+}
+
+/// Standard error goes to /dev/null while this lives: JACK's data base has no message handler to set, and
+/// reports a server of the other architecture.
+class SilencedStandardError {
+public:
+    SilencedStandardError() : kept_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))
+    {
+        const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (kept_ >= 0 && null >= 0) dup2(null, STDERR_FILENO);
+        if (null >= 0) close(null);
+    }
+    ~SilencedStandardError()
+    {
+        if (kept_ < 0) return;
+        dup2(kept_, STDERR_FILENO);
+        close(kept_);
+    }
+    SilencedStandardError(const SilencedStandardError&) = delete;
+    SilencedStandardError& operator=(const SilencedStandardError&) = delete;
+
+private:
+    int kept_;
+};
+
+} // namespace
+
+std::mutex portAudioLock;
+
+bool isPortAudioBlocked() { return isBlocked; }
+
+bool callPortAudio(const std::function<void()>& work)
+{
+    if (!isBlocked) isBlocked = !endsInTime(work);
+    return !isBlocked;
+}
+
+bool startPortAudio(std::string& error)
+{
+    if (isStarted) return true;
+    silenceMessages();
+    const auto status = std::make_shared<PaError>(paNoError);
+    const bool isAnswered = [&] {
+        const SilencedStandardError silence;
+        return callPortAudio([status] {
+            *status = Pa_Initialize();
+            if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();
+        });
+    }();
+    silenceMessages(); // JACK's host API sets its own
+    isStarted = isAnswered && *status == paNoError;
+    if (!isAnswered)
+        error = "the sound server does not answer; restart it, or set KVX_AUDIO_DEVICE=simulated";
+    else if (!isStarted)
+        error = std::string("PortAudio does not start: ") + Pa_GetErrorText(*status);
+    return isStarted;
+}
+
+bool stopPortAudio()
+{
+    if (!isStarted) return true;
+    const auto isStopped = std::make_shared<bool>(false);
+    const bool isAnswered = callPortAudio([isStopped] {
+        *isStopped = isServerAlive();
+        if (!*isStopped) return;
+        stopWatchingServer();
+        Pa_Terminate();
+    });
+    if (!isAnswered || !*isStopped) return false;
+    isStarted = false;
+    return true;
+}
+
+} // namespace kvxplatform::hal

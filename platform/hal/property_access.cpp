@@ -1,0 +1,230 @@
+#include "platform/hal/property_access.h"
+
+#include "platform/hal/apply_settings.h"
+#include "platform/hal/device_changes.h"
+#include "platform/hal/formats.h"
+#include "platform/hal/listeners.h"
+#include "platform/hal/property_tables.h"
+#include "platform/support/border.h"
+
+#include <algorithm>
+
+namespace kvxplatform::hal {
+
+namespace {
+
+bool isOfKind(const Object& object, Kind kind)
+{
+    return kind == Kind::any || (object.device && object.isStream == (kind == Kind::stream));
+}
+
+const Property* findIn(PropertyTable table, AudioObjectPropertySelector selector)
+{
+    const Property* end = table.first + table.count;
+    const Property* row =
+        std::find_if(table.first, end, [selector](const Property& p) { return p.selector == selector; });
+    return row == end ? nullptr : row;
+}
+
+const Property* findRow(const Object& object, AudioObjectPropertySelector selector)
+{
+    if (!object.device) return findIn(systemProperties(), selector);
+    if (object.isStream) return findIn(streamProperties(), selector);
+    const Property* row = findIn(deviceProperties(), selector);
+    if (!row) row = findIn(levelProperties(), selector);
+    return row || !object.device->isSimulated ? row : findIn(sourceProperties(), selector);
+}
+
+bool isKnownScope(AudioObjectPropertyScope scope)
+{
+    return scope == kAudioObjectPropertyScopeGlobal || scope == kAudioDevicePropertyScopeInput ||
+           scope == kAudioDevicePropertyScopeOutput;
+}
+
+/// The global scope of a property of one side means the output, if the device has one.
+bool isInputSide(const Object& object, AudioObjectPropertyScope scope)
+{
+    if (object.isStream) return object.isInput;
+    if (scope != kAudioObjectPropertyScopeGlobal || !object.device)
+        return scope == kAudioDevicePropertyScopeInput;
+    return object.device->settings.outputChannels == 0;
+}
+
+bool hasSide(const Property& row, const Request& request)
+{
+    switch (row.side) {
+    case Side::present:
+        return request.channels() > 0;
+    case Side::output:
+        return !request.isInput && request.channels() > 0;
+    default:
+        return true;
+    }
+}
+
+bool hasElement(const Property& row, UInt32 channels, AudioObjectPropertyElement element)
+{
+    if (element == kAudioObjectPropertyElementMaster) return row.elements != Elements::channels;
+    return row.elements != Elements::master && element <= channels;
+}
+
+/// Find the row and the request of an address. The caller holds propertyLock.
+/// Returns  null if the object has no such property.
+const Property* findProperty(const Object& object, const AudioObjectPropertyAddress& address,
+                             UInt32 qualifierSize, const void* qualifier, Request& request)
+{
+    const Property* const row = findRow(object, address.mSelector);
+    if (!row || !isKnownScope(address.mScope)) return nullptr;
+    request = {object.id,         object.device,    isInputSide(object, address.mScope),
+               address.mSelector, address.mElement, qualifier,
+               qualifierSize};
+    const UInt32 channels = object.device ? request.channels() : 0;
+    return hasSide(*row, request) && hasElement(*row, channels, address.mElement) ? row : nullptr;
+}
+
+/// Call `use` with the row and the request, under propertyLock. The rates of hardware are read before, without
+/// the lock, as that may open the device.
+template <class Use>
+OSStatus withProperty(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                      UInt32 qualifierSize, const void* qualifier, Use use)
+{
+    Object object;
+    if (!findObject(id, object) || !isOfKind(object, interface.kind)) return interface.badObject;
+    if (object.device) learnRates(object.device, address.mSelector);
+    const std::lock_guard<std::mutex> lock(propertyLock);
+    Request request;
+    const Property* const row = findProperty(object, address, qualifierSize, qualifier, request);
+    return row ? use(*row, request) : OSStatus{kAudioHardwareUnknownPropertyError};
+}
+
+/// The size of a value: that of the row, or found by reading the value. A string is never read for its size.
+OSStatus sizeOf(const Property& row, const Request& request, UInt32& size)
+{
+    size = row.size;
+    if (row.extent == Extent::one) return noErr;
+    Bytes value;
+    const OSStatus status = row.get(request, value);
+    size = static_cast<UInt32>(value.size());
+    return status;
+}
+
+/// The whole value, or as many whole items of a list as fit.
+OSStatus copyOut(const Property& row, const Bytes& value, UInt32& size, void* data)
+{
+    if (row.extent != Extent::many && size < value.size()) return kAudioHardwareBadPropertySizeError;
+    const UInt32 fitting = std::min(size, static_cast<UInt32>(value.size()));
+    size = row.extent == Extent::many ? fitting / row.size * row.size : fitting;
+    if (size) std::memcpy(data, value.data(), size);
+    return noErr;
+}
+
+/// The scope of a notification: the side that the property concerns, whatever scope was set.
+AudioObjectPropertyScope scopeOf(const Object& object, AudioObjectPropertySelector selector, bool isInput)
+{
+    const Property* row = findRow(object, selector);
+    if (!row || !object.device || object.isStream || row->side == Side::none)
+        return kAudioObjectPropertyScopeGlobal;
+    return row->side == Side::output ? AudioObjectPropertyScope{kAudioDevicePropertyScopeOutput}
+                                     : scopeOfSide(*object.device, isInput);
+}
+
+/// A setting that a row has accepted.
+struct Accepted {
+    Settings before, after; ///< of the device; equal for the system object
+    bool isInput = false;
+    Consequences consequences;
+};
+
+OSStatus applyChanges(const Object& object, AudioObjectPropertyElement element, const Accepted& accepted)
+{
+    const Consequences& consequences = accepted.consequences;
+    if (differ(accepted.before, accepted.after)) {
+        if (const OSStatus status = applySettings(object.device); status != noErr) return status;
+        postSettingChanges(*object.device, accepted.before, accepted.after);
+    }
+    if (consequences.hasNewLevels) applyLevels(object.device);
+    for (auto selector : consequences.changed)
+        postChange(object.id, selector, scopeOf(object, selector, accepted.isInput), element);
+    for (auto selector : consequences.changedOfStream)
+        postChange(accepted.isInput ? object.device->inputStream : object.device->outputStream, selector);
+    return noErr;
+}
+
+/// Let the row set the value, and note the changes.
+OSStatus accept(const Property& row, const Request& request, const Bytes& value, Accepted& accepted)
+{
+    accepted.isInput = request.isInput;
+    if (!request.device) return row.set(request, value, accepted.consequences);
+    accepted.before = request.device->settings;
+    const OSStatus status = row.set(request, value, accepted.consequences);
+    accepted.after = request.device->settings;
+    return status;
+}
+
+/// The caller's bytes of a value. One value of a fixed size may be input as well: a format, a translation.
+Bytes bytesOf(const void* data, UInt32 size)
+{
+    const auto* const bytes = static_cast<const char*>(data);
+    return Bytes(bytes, bytes + size);
+}
+
+} // namespace
+
+bool findObject(AudioObjectID id, Object& object)
+{
+    object = {id, nullptr, false, false};
+    if (id == kAudioObjectSystemObject) return deviceList(), true; // before propertyLock is held
+    if ((object.device = findDevice(id))) return true;
+    const StreamRef stream = findStream(id);
+    object.device = stream.device;
+    object.isStream = stream.device != nullptr;
+    object.isInput = stream.isInput;
+    return object.isStream;
+}
+
+OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                  UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
+{
+    const auto read = [&](const Property& row, const Request& request) {
+        if (!ioSize || (!data && *ioSize)) return OSStatus{kAudioHardwareIllegalOperationError};
+        if (row.extent == Extent::one && *ioSize < row.size)
+            return OSStatus{kAudioHardwareBadPropertySizeError};
+        Bytes value = bytesOf(data, row.extent == Extent::one ? row.size : 0);
+        const OSStatus status = row.get(request, value);
+        return status == noErr ? copyOut(row, value, *ioSize, data) : status;
+    };
+    return withinBorder(kAudioHardwareUnspecifiedError,
+                        [&] { return withProperty(id, interface, address, qualifierSize, qualifier, read); });
+}
+
+OSStatus getInfo(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                 UInt32 qualifierSize, const void* qualifier, UInt32* outSize, Boolean* outWritable)
+{
+    const auto read = [&](const Property& row, const Request& request) {
+        if (outWritable) *outWritable = row.set != nullptr;
+        return outSize ? sizeOf(row, request, *outSize) : OSStatus{noErr};
+    };
+    return withinBorder(kAudioHardwareUnspecifiedError,
+                        [&] { return withProperty(id, interface, address, qualifierSize, qualifier, read); });
+}
+
+OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
+                  UInt32 qualifierSize, const void* qualifier, UInt32 size, const void* data)
+{
+    Accepted accepted;
+    const auto write = [&](const Property& row, const Request& request) {
+        if (!row.set) return OSStatus{kAudioHardwareUnsupportedOperationError};
+        if (size != row.size) return OSStatus{kAudioHardwareBadPropertySizeError};
+        if (!data) return OSStatus{kAudioHardwareIllegalOperationError};
+        return accept(row, request, bytesOf(data, size), accepted);
+    };
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] {
+        const OSStatus status = withProperty(id, interface, address, qualifierSize, qualifier, write);
+        Object object;
+        // The object may have ended since.
+        return status == noErr && findObject(id, object) ? applyChanges(object, address.mElement, accepted)
+                                                         : status;
+    });
+}
+
+} // namespace kvxplatform::hal

@@ -1,0 +1,153 @@
+// The public functions of both property interfaces, and of property listeners.
+#include "platform/hal/listeners.h"
+#include "platform/hal/property_access.h"
+#include "platform/support/border.h"
+
+#include <cstdio>
+
+using namespace kvxplatform::hal;
+using kvxplatform::withinBorder;
+
+namespace {
+
+AudioObjectPropertyAddress addressOfDevice(UInt32 channel, Boolean isInput, AudioDevicePropertyID selector)
+{
+    const AudioObjectPropertyScope scope =
+        isInput ? AudioObjectPropertyScope{kAudioDevicePropertyScopeInput} : kAudioDevicePropertyScopeOutput;
+    return {selector, scope, channel};
+}
+
+AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector, UInt32 element = 0)
+{
+    return {selector, kAudioObjectPropertyScopeGlobal, element};
+}
+
+} // namespace
+
+// ---- objects by address ----
+
+OSStatus AudioObjectGetPropertyDataSize(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                        UInt32 qualifierSize, const void* qualifier, UInt32* outSize)
+{
+    if (!address || !outSize) return kAudioHardwareIllegalOperationError;
+    return getInfo(id, byAddress, *address, qualifierSize, qualifier, outSize, nullptr);
+}
+
+OSStatus AudioObjectGetPropertyData(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                    UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
+{
+    if (!address) return kAudioHardwareIllegalOperationError;
+    return getValue(id, byAddress, *address, qualifierSize, qualifier, ioSize, data);
+}
+
+OSStatus AudioObjectSetPropertyData(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                    UInt32 qualifierSize, const void* qualifier, UInt32 size,
+                                    const void* data)
+{
+    if (!address) return kAudioHardwareIllegalOperationError;
+    return setValue(id, byAddress, *address, qualifierSize, qualifier, size, data);
+}
+
+Boolean AudioObjectHasProperty(AudioObjectID id, const AudioObjectPropertyAddress* address)
+{
+    return address && getInfo(id, byAddress, *address, 0, nullptr, nullptr, nullptr) == noErr;
+}
+
+OSStatus AudioObjectIsPropertySettable(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                       Boolean* outSettable)
+{
+    if (!address || !outSettable) return kAudioHardwareIllegalOperationError;
+    return getInfo(id, byAddress, *address, 0, nullptr, nullptr, outSettable);
+}
+
+OSStatus AudioObjectAddPropertyListener(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                        AudioObjectPropertyListenerProc proc, void* client)
+{
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] {
+        Object object;
+        if (!findObject(id, object)) return OSStatus{kAudioHardwareBadObjectError};
+        if (!address || !proc) return OSStatus{kAudioHardwareIllegalOperationError};
+        addListener(id, *address, proc, client);
+        return OSStatus{noErr};
+    });
+}
+
+// Also removes the listeners of an object that has ended.
+OSStatus AudioObjectRemovePropertyListener(AudioObjectID id, const AudioObjectPropertyAddress* address,
+                                           AudioObjectPropertyListenerProc proc, void* client)
+{
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] {
+        return address && removeListener(id, *address, proc, client)
+                   ? OSStatus{noErr}
+                   : OSStatus{kAudioHardwareIllegalOperationError};
+    });
+}
+
+void AudioObjectShow(AudioObjectID id)
+{
+    withinBorder(false, [=] {
+        Object object;
+        const bool isFound = findObject(id, object);
+        std::printf("AudioObjectID: %u (%s)\n", static_cast<unsigned>(id),
+                    !isFound          ? "none"
+                    : !object.device  ? "system"
+                    : object.isStream ? "stream"
+                                      : object.device->name.c_str());
+        return true;
+    });
+}
+
+// ---- the system, devices and streams by their own functions ----
+
+OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID selector, UInt32* outSize, Boolean* outWritable)
+{
+    return getInfo(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, outSize,
+                   outWritable);
+}
+
+OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID selector, UInt32* ioSize, void* data)
+{
+    return getValue(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, ioSize, data);
+}
+
+OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID selector, UInt32 size, const void* data)
+{
+    return setValue(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, size, data);
+}
+
+OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID device, UInt32 channel, Boolean isInput,
+                                    AudioDevicePropertyID selector, UInt32* outSize, Boolean* outWritable)
+{
+    return getInfo(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, outSize,
+                   outWritable);
+}
+
+OSStatus AudioDeviceGetProperty(AudioDeviceID device, UInt32 channel, Boolean isInput,
+                                AudioDevicePropertyID selector, UInt32* ioSize, void* data)
+{
+    return getValue(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, ioSize, data);
+}
+
+OSStatus AudioDeviceSetProperty(AudioDeviceID device, const AudioTimeStamp*, UInt32 channel, Boolean isInput,
+                                AudioDevicePropertyID selector, UInt32 size, const void* data)
+{
+    return setValue(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, size, data);
+}
+
+OSStatus AudioStreamGetPropertyInfo(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
+                                    UInt32* outSize, Boolean* outWritable)
+{
+    return getInfo(stream, ofStreams, addressOf(selector, channel), 0, nullptr, outSize, outWritable);
+}
+
+OSStatus AudioStreamGetProperty(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
+                                UInt32* ioSize, void* data)
+{
+    return getValue(stream, ofStreams, addressOf(selector, channel), 0, nullptr, ioSize, data);
+}
+
+OSStatus AudioStreamSetProperty(AudioStreamID stream, const AudioTimeStamp*, UInt32 channel,
+                                AudioDevicePropertyID selector, UInt32 size, const void* data)
+{
+    return setValue(stream, ofStreams, addressOf(selector, channel), 0, nullptr, size, data);
+}

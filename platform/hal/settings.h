@@ -1,0 +1,21 @@
+// What a device is set to, and the limits of a simulated one.
+#pragma once
+
+#include <CoreAudio/CoreAudio.h>
+
+namespace kvxplatform::hal {
+
+constexpr double lowestRate = 1000, highestRate = 768000; // Hz
+constexpr UInt32 mostChannels = 64;
+constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // frames
+
+/// Rates in Hz, the rest in frames and channels.
+struct Settings {
+    double rate = 44100;
+    UInt32 outputChannels = 2;
+    UInt32 inputChannels = 0;
+    UInt32 sliceFrames = 512;
+    UInt32 latencyFrames = 0;
+};
+
+} // namespace kvxplatform::hal
