@@ -39,8 +39,6 @@ std::invoke_result_t<Body> withErrorText(std::invoke_result_t<Body> failure, Bod
     return result;
 }
 
-constexpr int32_t unspecified = kAudioHardwareUnspecifiedError;
-
 int32_t noSuchDevice(KVXDeviceID id)
 {
     return fail(kAudioHardwareBadDeviceError,
@@ -51,6 +49,16 @@ int32_t notSimulated(const DeviceRef& device)
 {
     return fail(kAudioHardwareUnsupportedOperationError,
                 "\"" + device->name + "\" is not a simulated device; only those can be changed by hand");
+}
+
+/// The same for a function on one device, which `find` looks up.
+template <class Find, class Body>
+int32_t withDevice(Find find, KVXDeviceID id, Body body) noexcept
+{
+    return withErrorText(int32_t{kAudioHardwareUnspecifiedError}, [&]() -> int32_t {
+        const DeviceRef device = find(id);
+        return device ? body(device) : noSuchDevice(id);
+    });
 }
 
 template <std::size_t size>
@@ -145,9 +153,7 @@ KVXDeviceID KVXPlatformAddSimulatedDevice(const KVXSimulatedDevice* description)
 
 int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID id)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDevice(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDevice, id, [&](const DeviceRef& device) -> int32_t {
         if (!device->isSimulated) return notSimulated(device);
         if (device == builtInSimulatedDevice())
             return fail(kAudioHardwareUnsupportedOperationError,
@@ -159,9 +165,7 @@ int32_t KVXPlatformRemoveSimulatedDevice(KVXDeviceID id)
 
 int32_t KVXPlatformKillDevice(KVXDeviceID id)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDevice(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDevice, id, [&](const DeviceRef& device) -> int32_t {
         if (device == builtInSimulatedDevice())
             return fail(kAudioHardwareUnsupportedOperationError,
                         "the built-in simulated device is always there; add another one to let it die");
@@ -172,9 +176,7 @@ int32_t KVXPlatformKillDevice(KVXDeviceID id)
 
 int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDevice(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDevice, id, [&](const DeviceRef& device) -> int32_t {
         device->startRefusal = status;
         return noErr;
     });
@@ -183,9 +185,7 @@ int32_t KVXPlatformRefuseStart(KVXDeviceID id, int32_t status)
 int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t outputChannels,
                                    uint32_t sliceFrames)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDevice(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDevice, id, [&](const DeviceRef& device) -> int32_t {
         if (!device->isSimulated) return notSimulated(device);
         if (const char* refusal = refusalOf(sampleRate, outputChannels, sliceFrames))
             return fail(kAudioDeviceUnsupportedFormatError, refusal);
@@ -212,7 +212,7 @@ int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t o
 
 int32_t KVXPlatformChooseOutputDevice(const char* choice)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
+    return withErrorText(int32_t{kAudioHardwareUnspecifiedError}, [&]() -> int32_t {
         std::string error;
         if (choice && chooseOutput(choice, error)) return noErr;
         return fail(kAudioHardwareBadDeviceError, choice ? error : "no device was named");
@@ -221,7 +221,7 @@ int32_t KVXPlatformChooseOutputDevice(const char* choice)
 
 int32_t KVXPlatformRefreshDevices(void)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
+    return withErrorText(int32_t{kAudioHardwareUnspecifiedError}, [&]() -> int32_t {
         std::string error;
         return refreshHardware(error) ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
     });
@@ -229,7 +229,7 @@ int32_t KVXPlatformRefreshDevices(void)
 
 int32_t KVXPlatformCheckHardware(void)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
+    return withErrorText(int32_t{kAudioHardwareUnspecifiedError}, [&]() -> int32_t {
         const std::string error = hardwareError();
         return error.empty() ? int32_t{noErr} : fail(kAudioHardwareUnspecifiedError, error);
     });
@@ -237,9 +237,7 @@ int32_t KVXPlatformCheckHardware(void)
 
 int32_t KVXPlatformSetStepped(KVXDeviceID id, uint8_t isStepped)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDevice(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDevice, id, [&](const DeviceRef& device) -> int32_t {
         if (!device->isSimulated) return notSimulated(device);
         setDriver(device, isStepped ? Driver::steps : Driver::timer);
         return noErr;
@@ -256,9 +254,7 @@ uint32_t KVXPlatformStep(KVXDeviceID id, uint32_t frames)
 
 int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDeviceForProcs(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDeviceForProcs, id, [&](const DeviceRef& device) -> int32_t {
         setTap(*device, tap, context);
         return noErr;
     });
@@ -266,9 +262,7 @@ int32_t KVXPlatformSetOutputTap(KVXDeviceID id, KVXOutputTap tap, void* context)
 
 int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
-        const DeviceRef device = findDevice(id);
-        if (!device) return noSuchDevice(id);
+    return withDevice(findDevice, id, [&](const DeviceRef& device) -> int32_t {
         if (!path || !*path) return fail(kAudioHardwareIllegalOperationError, "a capture needs a file name");
         Settings settings;
         {
@@ -288,7 +282,7 @@ int32_t KVXPlatformStartCapture(KVXDeviceID id, const char* path)
 
 int32_t KVXPlatformStopCapture(KVXDeviceID id)
 {
-    return withErrorText(unspecified, [&]() -> int32_t {
+    return withErrorText(int32_t{kAudioHardwareUnspecifiedError}, [&]() -> int32_t {
         const DeviceRef device = findDeviceForProcs(id);
         if (!device) return noErr; // its capture ended with it
         std::string error;

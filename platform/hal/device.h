@@ -95,6 +95,6 @@ using DeviceRef = std::shared_ptr<Device>;
 
 /// Guards what properties report: the device list, and the settings of every device. Held for reads and
 /// changes of plain values only; no other lock is taken and no callback called under it.
-extern std::mutex propertyLock;
+inline std::mutex propertyLock;
 
 } // namespace kvxplatform::hal

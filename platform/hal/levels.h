@@ -3,6 +3,9 @@
 
 #include <CoreAudio/CoreAudio.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace kvxplatform::hal {
 
 /// The volume of a channel as programs set it.
@@ -23,10 +26,26 @@ struct Glide {
     }
 };
 
-/// Scalars 0 to 1 are linear in decibels, from the lowest volume to 0 dB; a scalar of 0 is a gain of 0.
+// A scalar of 0 to 1 is linear in decibels, from the lowest volume to 0 dB. All functions: [any].
+
 constexpr float lowestDecibels = -64;
-float decibelsOfScalar(float scalar);
-float scalarOfDecibels(float decibels);
-float gainOfScalar(float scalar);
+
+/// Full volume is 0 dB, not minus 0.
+inline float decibelsOfScalar(float scalar)
+{
+    return lowestDecibels - lowestDecibels * std::clamp(scalar, 0.0f, 1.0f);
+}
+
+inline float scalarOfDecibels(float decibels)
+{
+    return 1 - std::clamp(decibels, lowestDecibels, 0.0f) / lowestDecibels;
+}
+
+/// Full volume is exactly 1; a scalar of 0 is silence rather than the lowest volume.
+inline float gainOfScalar(float scalar)
+{
+    if (scalar <= 0) return 0;
+    return std::pow(10.0f, decibelsOfScalar(scalar) / 20);
+}
 
 } // namespace kvxplatform::hal

@@ -13,9 +13,11 @@ namespace kvxplatform::hal {
 
 namespace {
 
-bool isOfKind(const Object& object, Kind kind)
+bool accepts(const Interface& interface, const Object& object)
 {
-    return kind == Kind::any || (object.device && object.isStream == (kind == Kind::stream));
+    using Kind = Interface::Kind;
+    return interface.kind == Kind::any ||
+           (object.device && object.isStream == (interface.kind == Kind::stream));
 }
 
 const Property* findIn(PropertyTable table, AudioObjectPropertySelector selector)
@@ -68,32 +70,33 @@ bool hasElement(const Property& row, UInt32 channels, AudioObjectPropertyElement
     return row.elements != Elements::master && element <= channels;
 }
 
-/// Find the row and the request of an address. The caller holds propertyLock.
+/// Find the row and the request of a target. The caller holds propertyLock.
 /// Returns  null if the object has no such property.
-const Property* findProperty(const Object& object, const AudioObjectPropertyAddress& address,
-                             UInt32 qualifierSize, const void* qualifier, Request& request)
+const Property* findProperty(const Object& object, const Target& target, Request& request)
 {
+    const AudioObjectPropertyAddress& address = target.address;
     const Property* const row = findRow(object, address.mSelector);
     if (!row || !isKnownScope(address.mScope)) return nullptr;
-    request = {object.id,         object.device,    isInputSide(object, address.mScope),
-               address.mSelector, address.mElement, qualifier,
-               qualifierSize};
+    request = {object.id,           object.device,    isInputSide(object, address.mScope),
+               address.mSelector,   address.mElement, target.qualifier,
+               target.qualifierSize};
     const UInt32 channels = object.device ? request.channels() : 0;
     return hasSide(*row, request) && hasElement(*row, channels, address.mElement) ? row : nullptr;
 }
 
-/// Call `use` with the row and the request, under propertyLock. The rates of hardware are read before, without
-/// the lock, as that may open the device.
+/// Call `use` with the row and the request, under propertyLock. The rates of hardware are read before,
+/// without the lock, as that may open the device.
 template <class Use>
-OSStatus withProperty(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                      UInt32 qualifierSize, const void* qualifier, Use use)
+OSStatus withProperty(const Target& target, Use use)
 {
     Object object;
-    if (!findObject(id, object) || !isOfKind(object, interface.kind)) return interface.badObject;
-    if (object.device) learnRates(object.device, address.mSelector);
+    if (!findObject(target.object, object) || !accepts(target.interface, object))
+        return target.interface.badObject;
+    if (object.device) learnRates(object.device, target.address.mSelector);
+    deviceList(); // for the system object: its first call must not hold propertyLock
     const std::lock_guard<std::mutex> lock(propertyLock);
     Request request;
-    const Property* const row = findProperty(object, address, qualifierSize, qualifier, request);
+    const Property* const row = findProperty(object, target, request);
     return row ? use(*row, request) : OSStatus{kAudioHardwareUnknownPropertyError};
 }
 
@@ -173,7 +176,7 @@ Bytes bytesOf(const void* data, UInt32 size)
 bool findObject(AudioObjectID id, Object& object)
 {
     object = {id, nullptr, false, false};
-    if (id == kAudioObjectSystemObject) return deviceList(), true; // before propertyLock is held
+    if (id == kAudioObjectSystemObject) return true;
     if ((object.device = findDevice(id))) return true;
     const StreamRef stream = findStream(id);
     object.device = stream.device;
@@ -182,8 +185,7 @@ bool findObject(AudioObjectID id, Object& object)
     return object.isStream;
 }
 
-OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                  UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
+OSStatus getValue(const Target& target, UInt32* ioSize, void* data)
 {
     const auto read = [&](const Property& row, const Request& request) {
         if (!ioSize || (!data && *ioSize)) return OSStatus{kAudioHardwareIllegalOperationError};
@@ -193,23 +195,19 @@ OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjec
         const OSStatus status = row.get(request, value);
         return status == noErr ? copyOut(row, value, *ioSize, data) : status;
     };
-    return withinBorder(kAudioHardwareUnspecifiedError,
-                        [&] { return withProperty(id, interface, address, qualifierSize, qualifier, read); });
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] { return withProperty(target, read); });
 }
 
-OSStatus getInfo(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                 UInt32 qualifierSize, const void* qualifier, UInt32* outSize, Boolean* outWritable)
+OSStatus getInfo(const Target& target, UInt32* outSize, Boolean* outWritable)
 {
     const auto read = [&](const Property& row, const Request& request) {
         if (outWritable) *outWritable = row.set != nullptr;
         return outSize ? sizeOf(row, request, *outSize) : OSStatus{noErr};
     };
-    return withinBorder(kAudioHardwareUnspecifiedError,
-                        [&] { return withProperty(id, interface, address, qualifierSize, qualifier, read); });
+    return withinBorder(kAudioHardwareUnspecifiedError, [&] { return withProperty(target, read); });
 }
 
-OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                  UInt32 qualifierSize, const void* qualifier, UInt32 size, const void* data)
+OSStatus setValue(const Target& target, UInt32 size, const void* data)
 {
     Accepted accepted;
     const auto write = [&](const Property& row, const Request& request) {
@@ -219,11 +217,12 @@ OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjec
         return accept(row, request, bytesOf(data, size), accepted);
     };
     return withinBorder(kAudioHardwareUnspecifiedError, [&] {
-        const OSStatus status = withProperty(id, interface, address, qualifierSize, qualifier, write);
+        const OSStatus status = withProperty(target, write);
         Object object;
         // The object may have ended since.
-        return status == noErr && findObject(id, object) ? applyChanges(object, address.mElement, accepted)
-                                                         : status;
+        return status == noErr && findObject(target.object, object)
+                   ? applyChanges(object, target.address.mElement, accepted)
+                   : status;
     });
 }
 

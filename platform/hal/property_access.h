@@ -12,32 +12,35 @@ struct Object {
     bool isInput; ///< of a stream
 };
 
-/// The kind of objects that a property interface accepts.
-enum class Kind { any, device, stream };
-
-/// Each property interface has its own status for an object that is missing or of another kind.
+/// The objects that a property interface accepts, and its status for others.
 struct Interface {
-    Kind kind;
+    enum class Kind { any, device, stream } kind;
     OSStatus badObject;
 };
-constexpr Interface byAddress = {Kind::any, kAudioHardwareBadObjectError};
-constexpr Interface ofDevices = {Kind::device, kAudioHardwareBadDeviceError};
-constexpr Interface ofStreams = {Kind::stream, kAudioHardwareBadStreamError};
+constexpr Interface byAddress = {Interface::Kind::any, kAudioHardwareBadObjectError};
+constexpr Interface ofDevices = {Interface::Kind::device, kAudioHardwareBadDeviceError};
+constexpr Interface ofStreams = {Interface::Kind::stream, kAudioHardwareBadStreamError};
+
+/// What a program requests.
+struct Target {
+    const Interface& interface;
+    AudioObjectID object;
+    AudioObjectPropertyAddress address;
+    UInt32 qualifierSize = 0;
+    const void* qualifier = nullptr;
+};
 
 // All functions: [any].
 
 /// False if there is no such object.
 bool findObject(AudioObjectID id, Object& object);
 
-// Returns of the next three: the platform's status. They throw nothing.
+// The next three return the platform's status and throw nothing.
 
-OSStatus getValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                  UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data);
+OSStatus getValue(const Target& target, UInt32* ioSize, void* data);
 /// Either result may be null.
-OSStatus getInfo(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                 UInt32 qualifierSize, const void* qualifier, UInt32* outSize, Boolean* outWritable);
+OSStatus getInfo(const Target& target, UInt32* outSize, Boolean* outWritable);
 /// Inside a cycle, new settings of a device are applied soon after.
-OSStatus setValue(AudioObjectID id, const Interface& interface, const AudioObjectPropertyAddress& address,
-                  UInt32 qualifierSize, const void* qualifier, UInt32 size, const void* data);
+OSStatus setValue(const Target& target, UInt32 size, const void* data);
 
 } // namespace kvxplatform::hal

@@ -30,14 +30,14 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID id, const AudioObjectPrope
                                         UInt32 qualifierSize, const void* qualifier, UInt32* outSize)
 {
     if (!address || !outSize) return kAudioHardwareIllegalOperationError;
-    return getInfo(id, byAddress, *address, qualifierSize, qualifier, outSize, nullptr);
+    return getInfo({byAddress, id, *address, qualifierSize, qualifier}, outSize, nullptr);
 }
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID id, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierSize, const void* qualifier, UInt32* ioSize, void* data)
 {
     if (!address) return kAudioHardwareIllegalOperationError;
-    return getValue(id, byAddress, *address, qualifierSize, qualifier, ioSize, data);
+    return getValue({byAddress, id, *address, qualifierSize, qualifier}, ioSize, data);
 }
 
 OSStatus AudioObjectSetPropertyData(AudioObjectID id, const AudioObjectPropertyAddress* address,
@@ -45,19 +45,19 @@ OSStatus AudioObjectSetPropertyData(AudioObjectID id, const AudioObjectPropertyA
                                     const void* data)
 {
     if (!address) return kAudioHardwareIllegalOperationError;
-    return setValue(id, byAddress, *address, qualifierSize, qualifier, size, data);
+    return setValue({byAddress, id, *address, qualifierSize, qualifier}, size, data);
 }
 
 Boolean AudioObjectHasProperty(AudioObjectID id, const AudioObjectPropertyAddress* address)
 {
-    return address && getInfo(id, byAddress, *address, 0, nullptr, nullptr, nullptr) == noErr;
+    return address && getInfo({byAddress, id, *address}, nullptr, nullptr) == noErr;
 }
 
 OSStatus AudioObjectIsPropertySettable(AudioObjectID id, const AudioObjectPropertyAddress* address,
                                        Boolean* outSettable)
 {
     if (!address || !outSettable) return kAudioHardwareIllegalOperationError;
-    return getInfo(id, byAddress, *address, 0, nullptr, nullptr, outSettable);
+    return getInfo({byAddress, id, *address}, nullptr, outSettable);
 }
 
 OSStatus AudioObjectAddPropertyListener(AudioObjectID id, const AudioObjectPropertyAddress* address,
@@ -101,53 +101,51 @@ void AudioObjectShow(AudioObjectID id)
 
 OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID selector, UInt32* outSize, Boolean* outWritable)
 {
-    return getInfo(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, outSize,
-                   outWritable);
+    return getInfo({byAddress, kAudioObjectSystemObject, addressOf(selector)}, outSize, outWritable);
 }
 
 OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID selector, UInt32* ioSize, void* data)
 {
-    return getValue(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, ioSize, data);
+    return getValue({byAddress, kAudioObjectSystemObject, addressOf(selector)}, ioSize, data);
 }
 
 OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID selector, UInt32 size, const void* data)
 {
-    return setValue(kAudioObjectSystemObject, byAddress, addressOf(selector), 0, nullptr, size, data);
+    return setValue({byAddress, kAudioObjectSystemObject, addressOf(selector)}, size, data);
 }
 
 OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID device, UInt32 channel, Boolean isInput,
                                     AudioDevicePropertyID selector, UInt32* outSize, Boolean* outWritable)
 {
-    return getInfo(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, outSize,
-                   outWritable);
+    return getInfo({ofDevices, device, addressOfDevice(channel, isInput, selector)}, outSize, outWritable);
 }
 
 OSStatus AudioDeviceGetProperty(AudioDeviceID device, UInt32 channel, Boolean isInput,
                                 AudioDevicePropertyID selector, UInt32* ioSize, void* data)
 {
-    return getValue(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, ioSize, data);
+    return getValue({ofDevices, device, addressOfDevice(channel, isInput, selector)}, ioSize, data);
 }
 
 OSStatus AudioDeviceSetProperty(AudioDeviceID device, const AudioTimeStamp*, UInt32 channel, Boolean isInput,
                                 AudioDevicePropertyID selector, UInt32 size, const void* data)
 {
-    return setValue(device, ofDevices, addressOfDevice(channel, isInput, selector), 0, nullptr, size, data);
+    return setValue({ofDevices, device, addressOfDevice(channel, isInput, selector)}, size, data);
 }
 
 OSStatus AudioStreamGetPropertyInfo(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
                                     UInt32* outSize, Boolean* outWritable)
 {
-    return getInfo(stream, ofStreams, addressOf(selector, channel), 0, nullptr, outSize, outWritable);
+    return getInfo({ofStreams, stream, addressOf(selector, channel)}, outSize, outWritable);
 }
 
 OSStatus AudioStreamGetProperty(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
                                 UInt32* ioSize, void* data)
 {
-    return getValue(stream, ofStreams, addressOf(selector, channel), 0, nullptr, ioSize, data);
+    return getValue({ofStreams, stream, addressOf(selector, channel)}, ioSize, data);
 }
 
 OSStatus AudioStreamSetProperty(AudioStreamID stream, const AudioTimeStamp*, UInt32 channel,
                                 AudioDevicePropertyID selector, UInt32 size, const void* data)
 {
-    return setValue(stream, ofStreams, addressOf(selector, channel), 0, nullptr, size, data);
+    return setValue({ofStreams, stream, addressOf(selector, channel)}, size, data);
 }
