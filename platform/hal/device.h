@@ -1,7 +1,7 @@
 // A device of the platform, as a plain record.
 //
-// Its fields stand in groups by the lock that guards them. An I/O cycle takes no further lock: other threads
-// publish to it in atomic words and published records, which the next cycle reads.
+// Its fields are grouped by the lock that guards them. An I/O cycle takes no lock but cycleLock: other
+// threads pass values to it in atomic words and published records, which the next cycle reads.
 #pragma once
 
 #include "platform/hal/cycle_buffers.h"

@@ -56,7 +56,7 @@ private:
 /// The property of the system object that names the device in a role.
 AudioObjectPropertySelector selectorOf(Role role);
 
-// ---- the one list ----
+// ---- the list of this process ----
 
 /// The first call finds the devices and starts the housekeeper, so it must not hold propertyLock.
 /// [any]

@@ -18,7 +18,7 @@ struct HardwareStream {
     UInt32 channels = 0;
     void* stream = nullptr;
     std::int64_t openedNanos = 0;         ///< on the host clock
-    std::atomic<bool> isAbandoned{false}; ///< the stream no longer answers and is never used again
+    std::atomic<bool> isAbandoned{false}; ///< the stream no longer responds and is never used again
 };
 
 namespace {

@@ -35,8 +35,8 @@ void silenceMessages()
     setHandler<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
 }
 
-/// Standard error goes to /dev/null while this lives: JACK's data base has no message handler to set, and
-/// reports a server of the other architecture.
+/// Standard error goes to /dev/null while this object exists: JACK's data base has no message handler to set,
+/// and reports a server of the other architecture.
 class SilencedStandardError {
 public:
     SilencedStandardError() : kept_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))

@@ -1,5 +1,4 @@
-// PortAudio itself: started and stopped, and called so that a sound server that does not answer blocks no
-// caller for long.
+// Starts, stops and calls PortAudio. A sound server that does not respond blocks a caller for 5 seconds only.
 #pragma once
 
 #include <functional>
@@ -18,10 +17,10 @@ extern std::mutex portAudioLock;
 /// Errors   False, with the reason in `error`.
 bool startPortAudio(std::string& error);
 
-/// False if a sound server does not answer or has ended: PortAudio then still runs.
+/// False if a sound server does not respond or has ended: PortAudio then continues to run.
 bool stopPortAudio();
 
-/// Run `work`, which calls PortAudio and owns all that it uses. False if a sound server does not answer it,
+/// Run `work`, which calls PortAudio and owns all that it uses. False if a sound server does not respond,
 /// and for every later call.
 bool callPortAudio(const std::function<void()>& work);
 

@@ -12,7 +12,7 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr auto longestAnswer = std::chrono::seconds(5);
+constexpr auto longestWait = std::chrono::seconds(5);
 
 std::atomic<jack_client_t*> watcher{nullptr};
 std::atomic<bool> hasEnded{false};
@@ -39,7 +39,7 @@ bool endsInTime(const std::function<void()>& work)
         work();
         return true;
     }
-    return ended.wait_for(longestAnswer) == std::future_status::ready;
+    return ended.wait_for(longestWait) == std::future_status::ready;
 }
 
 void watchServer()
@@ -58,10 +58,10 @@ bool isServerAlive()
 {
     jack_client_t* const client = watcher;
     if (!client || hasEnded) return !hasEnded;
-    char* const answer = jack_get_uuid_for_client_name(client, jack_get_client_name(client));
-    if (!answer) noteEnd(nullptr);
-    jack_free(answer);
-    return answer != nullptr;
+    char* const reply = jack_get_uuid_for_client_name(client, jack_get_client_name(client));
+    if (!reply) noteEnd(nullptr);
+    jack_free(reply);
+    return reply != nullptr;
 }
 
 void callAtServerEnd(void (*wake)())

@@ -1,11 +1,11 @@
-// The JACK server, when PortAudio is its client: calls that it never answers, and its end.
+// The JACK server of which PortAudio may be a client: calls without a response, and the end of the server.
 #pragma once
 
 #include <functional>
 
 namespace kvxplatform::hal {
 
-/// Run `work` on a new thread and wait at most 5 seconds for its end. If the server does not answer, the
+/// Run `work` on a new thread and wait at most 5 seconds for its end. If the server does not respond, the
 /// thread continues to wait, so `work` must own all that it uses. Without a thread, `work` runs on the
 /// caller's thread and may block as long as the server does.
 /// Returns  false if `work` has not ended.

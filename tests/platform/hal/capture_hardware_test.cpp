@@ -1,6 +1,6 @@
 // A capture whose device ends while the program finishes the capture.
-#include "tests/platform/hal/bench.h"
 #include "tests/platform/hal/fake_hardware.h"
+#include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
 
 #include <atomic>
@@ -22,16 +22,16 @@ extern "C" __attribute__((visibility("default"))) int rename(const char* from, c
     static const auto real = reinterpret_cast<int (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "rename"));
     if (isRenamingSlow) {
         isRenaming = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // time to return too early
+        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // a wrong stop would return in this time
     }
     return real(from, to);
 }
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-TEST(HardwareCapture, StopWaitsForTheFileThatADeathFinishes)
+TEST(HardwareCapture, StopWaitsWhileADyingDeviceFinishesTheFile)
 {
     setenv("KVX_AUDIO_DEVICE", "", 1);
     fakeHardware().plugged = {{"Box"}};

@@ -1,5 +1,5 @@
-// What a device plays, as a file.
-#include "tests/platform/hal/bench.h"
+// Captures of a device in WAV files.
+#include "tests/platform/hal/test_device.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"
 
@@ -15,11 +15,11 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 using support::readSound;
 using support::Sound;
 
-/// A procedure body that writes noise of all sizes, some of it beyond full scale.
+/// A procedure body that writes noise, also beyond full scale.
 Procedure::Body noise()
 {
     return [random = std::mt19937(7)](const Call& call) mutable {
@@ -28,14 +28,14 @@ Procedure::Body noise()
     };
 }
 
-TEST(Capture, IsWhatWasPlayed)
+TEST(Capture, EqualsTheOutput)
 {
     const struct {
         double rate;
         uint32_t channels, slice, frames;
     } facts[] = {
         {44100, 2, 64, 1},      {44100, 1, 64, 1000},  {48000, 2, 512, 100003},
-        {96000, 6, 100, 54321}, {8000, 1, 4096, 8000}, {44100, 2, 512, 2000000}, // more than the ring holds
+        {96000, 6, 100, 54321}, {8000, 1, 4096, 8000}, {44100, 2, 512, 2000000}, // more than the ring buffer
     };
     support::TemporaryFolder folder;
     for (const auto& fact : facts) {
@@ -46,24 +46,25 @@ TEST(Capture, IsWhatWasPlayed)
         description.sliceFrames = fact.slice;
         Device device(description);
         Procedure procedure(device, noise());
-        Recording heard(device);
+        Recording recording(device);
         const std::string path = folder / (std::to_string(fact.frames) + ".wav");
         ASSERT_EQ(KVXPlatformStartCapture(device, path.c_str()), 0) << KVXPlatformErrorText();
         procedure.start();
         ASSERT_EQ(KVXPlatformStep(device, fact.frames), fact.frames);
-        EXPECT_FALSE(std::filesystem::exists(path)) << "no half file is ever seen";
+        EXPECT_FALSE(std::filesystem::exists(path)) << "an incomplete file has another name";
         ASSERT_EQ(KVXPlatformStopCapture(device), 0) << KVXPlatformErrorText();
         const Sound sound = readSound(path);
         EXPECT_EQ(sound.sampleRate, static_cast<int>(fact.rate));
         EXPECT_EQ(sound.channels, static_cast<int>(fact.channels));
-        ASSERT_EQ(sound.samples.size(), heard.samples.size());
-        EXPECT_EQ(std::memcmp(sound.samples.data(), heard.samples.data(), heard.samples.size() * 4), 0);
+        ASSERT_EQ(sound.samples.size(), recording.samples.size());
+        EXPECT_EQ(std::memcmp(sound.samples.data(), recording.samples.data(), recording.samples.size() * 4),
+                  0);
         std::filesystem::remove(path);
-        EXPECT_EQ(folder.count(), 0u) << "nothing else is left behind";
+        EXPECT_EQ(folder.count(), 0u) << "no other file is left";
     }
 }
 
-TEST(Capture, OfAPacedDeviceLosesNothing)
+TEST(Capture, KeepsEverySampleOfAPacedDevice)
 {
     support::TemporaryFolder folder;
     Device device(Device::paced());
@@ -88,7 +89,7 @@ TEST(Capture, OfAPacedDeviceLosesNothing)
     for (std::size_t i = 0; i < sound.samples.size(); ++i) ASSERT_EQ(sound.samples[i], static_cast<float>(i));
 }
 
-TEST(Capture, BeginsAndEndsWhileTheDevicePlays)
+TEST(Capture, StartsAndStopsWhileTheDevicePlays)
 {
     support::TemporaryFolder folder;
     Device device;
@@ -108,7 +109,7 @@ TEST(Capture, BeginsAndEndsWhileTheDevicePlays)
     EXPECT_EQ(folder.count(), 3u);
 }
 
-TEST(Capture, ASecondOneFinishesTheFirst)
+TEST(Capture, SecondStartFinishesTheFirstFile)
 {
     support::TemporaryFolder folder;
     Device device;
@@ -123,7 +124,7 @@ TEST(Capture, ASecondOneFinishesTheFirst)
     EXPECT_EQ(readSound(folder / "b.wav").frames(), 20u);
 }
 
-TEST(Capture, OfADeviceThatGoesIsFinished)
+TEST(Capture, IsFinishedWhenTheDeviceEnds)
 {
     support::TemporaryFolder folder;
     for (bool isUnplugged : {false, true}) {
@@ -140,10 +141,10 @@ TEST(Capture, OfADeviceThatGoesIsFinished)
     }
 }
 
-TEST(Capture, ThatCannotBeWrittenSaysSoAtOnce)
+TEST(Capture, StartFailsWithoutAWritableFile)
 {
     support::TemporaryFolder folder;
-    std::ofstream(folder / "file") << "here";
+    std::ofstream(folder / "file") << "text";
     Device device;
     for (const std::string& path :
          {folder / "no such folder/x.wav", folder / "file/x.wav", std::string(), folder.path()}) {
@@ -151,7 +152,7 @@ TEST(Capture, ThatCannotBeWrittenSaysSoAtOnce)
         EXPECT_STRNE(KVXPlatformErrorText(), "") << path;
     }
     EXPECT_NE(KVXPlatformStartCapture(device, nullptr), 0);
-    EXPECT_EQ(folder.count(), 1u) << "nothing is left behind";
+    EXPECT_EQ(folder.count(), 1u) << "no file is left";
 }
 
 TEST(Capture, KeepsAForeignFileWithTheTemporaryName)
@@ -167,7 +168,7 @@ TEST(Capture, KeepsAForeignFileWithTheTemporaryName)
     EXPECT_EQ(folder.count(), 1u);
 }
 
-TEST(Capture, KeepsTheOldFileUntilTheNewOneIsWhole)
+TEST(Capture, KeepsTheOldFileUntilTheNewOneIsComplete)
 {
     support::TemporaryFolder folder;
     const std::string path = folder / "old.wav";
@@ -192,8 +193,8 @@ TEST(Capture, KeepsTheOldFileUntilTheNewOneIsWhole)
     std::exit(0);
 }
 
-// The environment is read once, at the first use: the player runs in a child, which begins the test anew.
-TEST(CaptureDeathTest, OfTheEnvironmentIsFinishedAsTheProcessEnds)
+// The environment is read at the first use, so the device plays in a child process, which restarts the test.
+TEST(CaptureDeathTest, EnvironmentCaptureIsFinishedAtProcessEnd)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     std::optional<support::TemporaryFolder> folder;
@@ -207,7 +208,7 @@ TEST(CaptureDeathTest, OfTheEnvironmentIsFinishedAsTheProcessEnds)
     unsetenv("KVX_AUDIO_CAPTURE");
 }
 
-TEST(CaptureDeathTest, OfTheEnvironmentThatCannotBeWrittenIsSaid)
+TEST(CaptureDeathTest, EnvironmentCaptureReportsAnUnwritablePath)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     setenv("KVX_AUDIO_CAPTURE", "/no such folder/x.wav", 1);
@@ -215,9 +216,9 @@ TEST(CaptureDeathTest, OfTheEnvironmentThatCannotBeWrittenIsSaid)
     unsetenv("KVX_AUDIO_CAPTURE");
 }
 
-// ---- two at once, and files that cannot be whole ----
+// ---- two captures, and incomplete files ----
 
-TEST(Capture, EndsWhereTheRateOrTheChannelsChange)
+TEST(Capture, EndsWhenTheRateOrTheChannelsChange)
 {
     const struct {
         double rate;
@@ -242,7 +243,7 @@ TEST(Capture, EndsWhereTheRateOrTheChannelsChange)
     }
 }
 
-TEST(Capture, OpenedBesideAChangeBeginsWithTheFirstSliceOfItsOwnForm)
+TEST(Capture, OpenedDuringAChangeStartsWithTheFirstSliceOfItsForm)
 {
     support::TemporaryFolder folder;
     Device device;
@@ -271,7 +272,7 @@ TEST(Capture, OpenedBesideAChangeBeginsWithTheFirstSliceOfItsOwnForm)
     std::exit(KVXPlatformStopCapture(id) == 0 ? 0 : 3);
 }
 
-TEST(CaptureDeathTest, OfTheEnvironmentAndOfTheProgramGetTheSame)
+TEST(CaptureDeathTest, EnvironmentAndProgramCapturesAreEqual)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     std::optional<support::TemporaryFolder> folder;
@@ -290,8 +291,8 @@ TEST(CaptureDeathTest, OfTheEnvironmentAndOfTheProgramGetTheSame)
 [[noreturn]] void playUntilTheDiskIsFull(bool deviceDies)
 {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit room = {20000, 20000};
-    setrlimit(RLIMIT_FSIZE, &room);
+    const rlimit limit = {20000, 20000};
+    setrlimit(RLIMIT_FSIZE, &limit);
     if (!deviceDies) playUntilTheProcessEnds();
     Device device;
     set<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDefaultOutputDevice), device);
@@ -299,10 +300,10 @@ TEST(CaptureDeathTest, OfTheEnvironmentAndOfTheProgramGetTheSame)
     procedure.start();
     KVXPlatformStep(device, 44100);
     KVXPlatformKillDevice(device);
-    std::_Exit(0); // it was said before
+    std::_Exit(0); // the error is reported before
 }
 
-TEST(CaptureDeathTest, OfTheEnvironmentThatFindsTheDiskFullIsSaid)
+TEST(CaptureDeathTest, EnvironmentCaptureReportsAFullDisk)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     std::optional<support::TemporaryFolder> folder;
@@ -314,7 +315,7 @@ TEST(CaptureDeathTest, OfTheEnvironmentThatFindsTheDiskFullIsSaid)
         EXPECT_EXIT(
             playUntilTheDiskIsFull(deviceDies), testing::ExitedWithCode(0),
             "KVX_AUDIO_CAPTURE: .*environment.wav cannot be finished: File too large; .*raise the limit");
-    EXPECT_EQ(folder->count(), 0u) << "no file is there that is not whole";
+    EXPECT_EQ(folder->count(), 0u) << "no incomplete file is left";
     unsetenv("KVX_AUDIO_CAPTURE");
 }
 

@@ -1,14 +1,14 @@
-// Nothing is lost and nothing comes twice while a device is set otherwise: a procedure writes a running
-// count, and the device plays it.
-#include "tests/platform/hal/bench.h"
+// A change of settings loses and repeats no frame: a procedure writes a running count, and the device plays
+// it.
+#include "tests/platform/hal/test_device.h"
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-/// Writes 0, 1, 2, … and sees that its time goes on as its frames do.
+/// Writes 0, 1, 2, … and compares its time stamps with its frames.
 struct Counter {
-    float next = 0; // whole numbers stay exact far beyond what is played here
+    float next = 0; // exact: the test plays fewer than 2^24 frames
     double time = -1;
     int breaks = 0;
     std::atomic<UInt32> written{0};
@@ -34,11 +34,11 @@ void expectCount(const std::vector<float>& samples, std::size_t channels)
 constexpr double rates[] = {48000, 12345, 192000, 1000, 44100};
 constexpr UInt32 slices[] = {1, 512, 17, 4096, 64};
 
-TEST(Continuity, OfASteppedDeviceIsKept)
+TEST(Continuity, SteppedDeviceLosesAndRepeatsNothing)
 {
     Device device;
     Counter counter;
-    Recording heard(device);
+    Recording recording(device);
     Procedure procedure(device, [&](const Call& call) { counter(call); });
     ASSERT_EQ(procedure.start(), noErr);
     UInt32 stepped = 0;
@@ -49,15 +49,15 @@ TEST(Continuity, OfASteppedDeviceIsKept)
     }
     EXPECT_EQ(counter.breaks, 0);
     EXPECT_EQ(counter.written, stepped);
-    ASSERT_EQ(heard.samples.size(), stepped * 2);
-    expectCount(heard.samples, 2);
+    ASSERT_EQ(recording.samples.size(), stepped * 2);
+    expectCount(recording.samples, 2);
 }
 
-TEST(Continuity, OfAPacedDeviceIsKept)
+TEST(Continuity, PacedDeviceLosesAndRepeatsNothing)
 {
     Device device(Device::paced());
     Counter counter;
-    Recording heard(device);
+    Recording recording(device);
     {
         Procedure procedure(device, [&](const Call& call) { counter(call); });
         ASSERT_EQ(procedure.start(), noErr);
@@ -71,9 +71,9 @@ TEST(Continuity, OfAPacedDeviceIsKept)
         }
         ASSERT_EQ(procedure.stop(), noErr);
     }
-    KVXPlatformSetStepped(device, 1); // the last slice has been handed out when this returns
+    KVXPlatformSetStepped(device, 1); // waits for the last slice
     EXPECT_EQ(counter.breaks, 0);
-    expectCount(heard.samples, 2);
+    expectCount(recording.samples, 2);
 }
 
 } // namespace

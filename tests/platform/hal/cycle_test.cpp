@@ -1,5 +1,5 @@
-// One slice of a device's time: what procedures get, what becomes of what they write.
-#include "tests/platform/hal/bench.h"
+// I/O cycles: what procedures receive, and how their output is mixed.
+#include "tests/platform/hal/test_device.h"
 
 #include <cmath>
 #include <memory>
@@ -7,9 +7,9 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-TEST(Cycle, StepsWholeSlicesThenTheRest)
+TEST(Cycle, RunsWholeSlicesThenTheRest)
 {
     const struct {
         uint32_t frames;
@@ -28,20 +28,20 @@ TEST(Cycle, StepsWholeSlicesThenTheRest)
     }
 }
 
-TEST(Cycle, GivesEachProcedureASilentSliceOfItsOwn)
+TEST(Cycle, GivesEachProcedureASilentSlice)
 {
     Device device;
     std::vector<float*> buffers;
-    const auto look = [&](const Call& call) {
-        ASSERT_EQ(call.output->mNumberBuffers, 1u) << "one interleaved buffer a stream";
+    const auto check = [&](const Call& call) {
+        ASSERT_EQ(call.output->mNumberBuffers, 1u) << "one interleaved buffer for each stream";
         EXPECT_EQ(call.channels(), 2u);
         EXPECT_EQ(call.output->mBuffers[0].mDataByteSize, 64u * 2 * 4);
         EXPECT_TRUE(std::all_of(call.data(), call.data() + call.samples(), [](float s) { return s == 0; }));
-        call.fill(0.5f); // nobody else may find this
+        call.fill(0.5f); // no other procedure may receive it
         ASSERT_NE(call.input, nullptr);
         EXPECT_EQ(call.input->mNumberBuffers, 0u) << "a device without input";
     };
-    Procedure first(device, look), second(device, look);
+    Procedure first(device, check), second(device, check);
     first.start();
     second.start();
     KVXPlatformStep(device, 3 * 64);
@@ -49,7 +49,7 @@ TEST(Cycle, GivesEachProcedureASilentSliceOfItsOwn)
     EXPECT_EQ(second.calls(), 3);
 }
 
-TEST(Cycle, TellsTheTime)
+TEST(Cycle, PassesTimeStamps)
 {
     Device device;
     std::vector<AudioTimeStamp> now, output, input;
@@ -70,16 +70,16 @@ TEST(Cycle, TellsTheTime)
         EXPECT_EQ(now[i].mFlags & valid, valid);
         EXPECT_EQ(output[i].mFlags & valid, valid);
         EXPECT_EQ(now[i].mSampleTime, begin + 64.0 * static_cast<double>(i))
-            << "no frame is left out or told twice";
+            << "no frame is skipped or repeated";
         EXPECT_GE(now[i].mHostTime, i ? now[i - 1].mHostTime : before);
-        EXPECT_GT(output[i].mSampleTime, now[i].mSampleTime) << "a slice is heard after it is made";
+        EXPECT_GT(output[i].mSampleTime, now[i].mSampleTime) << "a slice is output after it is rendered";
         EXPECT_GT(output[i].mHostTime, now[i].mHostTime);
         const AudioTimeStamp none = {};
-        EXPECT_EQ(std::memcmp(&input[i], &none, sizeof none), 0) << "no input, no time of it";
+        EXPECT_EQ(std::memcmp(&input[i], &none, sizeof none), 0) << "without input, no input time";
     }
 }
 
-TEST(Cycle, PassesASingleProceduresSamplesBitForBit)
+TEST(Cycle, KeepsASingleProceduresSamplesExact)
 {
     Device device;
     std::mt19937 bits(1);
@@ -90,19 +90,19 @@ TEST(Cycle, PassesASingleProceduresSamplesBitForBit)
             do {
                 const UInt32 word = static_cast<UInt32>(bits());
                 std::memcpy(&sample, &word, sizeof sample);
-            } while (!std::isfinite(sample)); // the smallest and the largest are among them
+            } while (!std::isfinite(sample)); // includes the smallest and the largest
             call.data()[i] = sample;
             written.push_back(sample);
         }
     });
-    Recording heard(device);
+    Recording recording(device);
     procedure.start();
     KVXPlatformStep(device, 10000);
-    ASSERT_EQ(heard.samples.size(), written.size());
-    EXPECT_EQ(std::memcmp(heard.samples.data(), written.data(), written.size() * sizeof(float)), 0);
+    ASSERT_EQ(recording.samples.size(), written.size());
+    EXPECT_EQ(std::memcmp(recording.samples.data(), written.data(), written.size() * sizeof(float)), 0);
 }
 
-TEST(Cycle, AddsProceduresUp)
+TEST(Cycle, AddsProcedures)
 {
     Device device;
     Procedure a(device, [](const Call& call) { call.fill(0.5f); });
@@ -110,15 +110,15 @@ TEST(Cycle, AddsProceduresUp)
     Procedure c(device, [](const Call& call) {
         for (UInt32 i = 0; i < call.samples(); ++i) call.data()[i] = static_cast<float>(i % 2);
     });
-    Recording heard(device);
+    Recording recording(device);
     for (Procedure* each : {&a, &b, &c}) each->start();
     KVXPlatformStep(device, 100);
-    ASSERT_EQ(heard.samples.size(), 200u);
-    for (std::size_t i = 0; i < heard.samples.size(); ++i)
-        ASSERT_EQ(heard.samples[i], 0.75f + static_cast<float>(i % 2)) << i;
+    ASSERT_EQ(recording.samples.size(), 200u);
+    for (std::size_t i = 0; i < recording.samples.size(); ++i)
+        ASSERT_EQ(recording.samples[i], 0.75f + static_cast<float>(i % 2)) << i;
 }
 
-TEST(Cycle, AddsAThousandProceduresUp)
+TEST(Cycle, AddsAThousandProcedures)
 {
     Device device;
     std::vector<std::unique_ptr<Procedure>> procedures;
@@ -126,39 +126,39 @@ TEST(Cycle, AddsAThousandProceduresUp)
         procedures.push_back(std::make_unique<Procedure>(device, [](const Call& call) { call.fill(1.0f); }));
         ASSERT_EQ(procedures.back()->start(), noErr) << i;
     }
-    Recording heard(device);
+    Recording recording(device);
     KVXPlatformStep(device, 64);
-    ASSERT_EQ(heard.samples.size(), 128u);
-    for (float sample : heard.samples) ASSERT_EQ(sample, 1000.0f);
+    ASSERT_EQ(recording.samples.size(), 128u);
+    for (float sample : recording.samples) ASSERT_EQ(sample, 1000.0f);
     procedures.clear();
-    EXPECT_EQ(KVXPlatformStep(device, 64), 0u) << "nothing is started any more";
+    EXPECT_EQ(KVXPlatformStep(device, 64), 0u) << "no procedure is started";
 }
 
-TEST(Cycle, RestsWhenNothingIsStarted)
+TEST(Cycle, DoesNotRunWithoutAStart)
 {
     Device device;
     Procedure procedure(device, [](const Call&) {});
-    Recording heard(device);
-    EXPECT_EQ(KVXPlatformStep(device, 1000), 0u) << "added is not started";
+    Recording recording(device);
+    EXPECT_EQ(KVXPlatformStep(device, 1000), 0u) << "an added procedure is not started";
     procedure.start();
     EXPECT_EQ(KVXPlatformStep(device, 100), 100u);
     procedure.stop();
     EXPECT_EQ(KVXPlatformStep(device, 1000), 0u);
-    EXPECT_EQ(heard.samples.size(), 200u);
+    EXPECT_EQ(recording.samples.size(), 200u);
 }
 
-TEST(Cycle, RunsWithoutAProcedureWhenTheDeviceItselfIsStarted)
+TEST(Cycle, RunsWithoutAProcedureIfTheDeviceIsStarted)
 {
     Device device;
-    Recording heard(device);
+    Recording recording(device);
     ASSERT_EQ(AudioDeviceStart(device, nullptr), noErr);
     EXPECT_EQ(KVXPlatformStep(device, 100), 100u);
-    EXPECT_EQ(heard.samples, std::vector<float>(200, 0.0f));
+    EXPECT_EQ(recording.samples, std::vector<float>(200, 0.0f));
     ASSERT_EQ(AudioDeviceStop(device, nullptr), noErr);
     EXPECT_EQ(KVXPlatformStep(device, 100), 0u);
 }
 
-TEST(Cycle, TakesAnyNumberOfChannelsAndAnySlice)
+TEST(Cycle, SupportsAnyNumberOfChannelsAndAnySlice)
 {
     for (uint32_t channels : {1u, 2u, 3u, 6u, 8u})
         for (uint32_t slice : {1u, 15u, 512u, 4096u}) {
@@ -173,29 +173,29 @@ TEST(Cycle, TakesAnyNumberOfChannelsAndAnySlice)
                 EXPECT_LE(call.frames(), slice);
                 for (UInt32 i = 0; i < call.samples(); ++i) call.data()[i] = next++;
             });
-            Recording heard(device);
+            Recording recording(device);
             procedure.start();
             KVXPlatformStep(device, 1000);
-            ASSERT_EQ(heard.samples.size(), 1000u * channels);
-            for (std::size_t i = 0; i < heard.samples.size(); ++i)
-                ASSERT_EQ(heard.samples[i], static_cast<float>(i));
+            ASSERT_EQ(recording.samples.size(), 1000u * channels);
+            for (std::size_t i = 0; i < recording.samples.size(); ++i)
+                ASSERT_EQ(recording.samples[i], static_cast<float>(i));
         }
 }
 
-TEST(Cycle, ChangesItsShapeBetweenTwoSlices)
+TEST(Cycle, AppliesNewSettingsBetweenTwoSlices)
 {
     Device device;
-    std::vector<std::pair<UInt32, UInt32>> shapes;
+    std::vector<std::pair<UInt32, UInt32>> slices;
     Procedure procedure(device,
-                        [&](const Call& call) { shapes.emplace_back(call.channels(), call.frames()); });
+                        [&](const Call& call) { slices.emplace_back(call.channels(), call.frames()); });
     procedure.start();
     KVXPlatformStep(device, 64);
-    ASSERT_EQ(KVXPlatformConfigureDevice(device, 48000, 0, 100), 0) << "zero leaves the channels";
+    ASSERT_EQ(KVXPlatformConfigureDevice(device, 48000, 0, 100), 0) << "zero keeps the channels";
     KVXPlatformStep(device, 100);
     ASSERT_EQ(KVXPlatformConfigureDevice(device, 0, 1, 0), 0);
     KVXPlatformStep(device, 100);
     const std::vector<std::pair<UInt32, UInt32>> expected = {{2, 64}, {2, 100}, {1, 100}};
-    EXPECT_EQ(shapes, expected);
+    EXPECT_EQ(slices, expected);
     EXPECT_EQ(get<Float64>(device, address(kAudioDevicePropertyNominalSampleRate)), 48000.0);
 }
 

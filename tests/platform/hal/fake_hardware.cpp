@@ -6,11 +6,11 @@
 #include <memory>
 #include <thread>
 
-namespace bench {
+namespace haltest {
 
 namespace {
 
-/// Turned by a thread of its own while it is started.
+/// A private thread calls the callback while the stream is started.
 struct Stream {
     PaStreamCallback* callback;
     void* client;
@@ -56,9 +56,9 @@ void endFakeStreams()
     }
 }
 
-} // namespace bench
+} // namespace haltest
 
-using namespace bench;
+using namespace haltest;
 
 extern "C" {
 
@@ -89,7 +89,7 @@ __attribute__((visibility("default"))) PaError Pa_Terminate(void)
     return paNoError;
 }
 
-__attribute__((visibility("default"))) const char* Pa_GetErrorText(PaError) { return "as the test wants"; }
+__attribute__((visibility("default"))) const char* Pa_GetErrorText(PaError) { return "simulated failure"; }
 
 __attribute__((visibility("default"))) PaDeviceIndex Pa_GetDeviceCount(void)
 {
@@ -103,9 +103,9 @@ __attribute__((visibility("default"))) PaDeviceIndex Pa_GetDefaultOutputDevice(v
 
 __attribute__((visibility("default"))) const PaDeviceInfo* Pa_GetDeviceInfo(PaDeviceIndex index)
 {
-    const bool isThere = isInitialized && index >= 0 && index < static_cast<int>(infos.size()) &&
-                         index != fakeHardware().hiddenInfo;
-    return isThere ? &infos[static_cast<std::size_t>(index)] : nullptr;
+    const bool isVisible = isInitialized && index >= 0 && index < static_cast<int>(infos.size()) &&
+                           index != fakeHardware().hiddenInfo;
+    return isVisible ? &infos[static_cast<std::size_t>(index)] : nullptr;
 }
 
 __attribute__((visibility("default"))) const PaHostApiInfo* Pa_GetHostApiInfo(PaHostApiIndex)

@@ -1,4 +1,4 @@
-// Hardware that does what a test says: this program's functions stand in front of PortAudio's own.
+// Simulated hardware under the control of a test: it interposes PortAudio's functions.
 #pragma once
 
 #include <portaudio.h>
@@ -7,26 +7,26 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace haltest {
 
 struct FakeDevice {
     std::string name;
     int channels = 2;
-    bool opens = true;   ///< else a stream is refused
+    bool opens = true;   ///< false: streams do not open
     double onlyRate = 0; ///< 0: every rate
 };
 
-/// What PortAudio finds when it is started the next time, and how it goes on.
+/// The devices that PortAudio finds at its next start, and how its functions behave.
 struct FakeHardware {
     std::mutex lock;
-    std::vector<FakeDevice> plugged; ///< taken over by Pa_Initialize
-    bool starts = true;              ///< else Pa_Initialize fails
+    std::vector<FakeDevice> plugged; ///< read by Pa_Initialize
+    bool starts = true;              ///< false: Pa_Initialize fails
     int hiddenInfo = -1;             ///< the index whose Pa_GetDeviceInfo is null
-    int openingsToRefuse = 0;        ///< so many more streams are refused, whatever the device
-    int startsToRefuse = 0;          ///< so many more opened streams do not start
+    int openingsToRefuse = 0;        ///< that many streams of any device do not open
+    int startsToRefuse = 0;          ///< that many open streams do not start
     bool stopsBlock = false;         ///< Pa_StopStream never returns
 
-    int opened = 0, closed = 0; ///< streams so far
+    int opened = 0, closed = 0; ///< counts of streams
     int closedAgain = 0;        ///< calls that closed a stream a second time
     int terminated = 0;         ///< calls of Pa_Terminate
     int lastOpenedIndex = -1;
@@ -34,7 +34,7 @@ struct FakeHardware {
 };
 FakeHardware& fakeHardware();
 
-/// What an open stream does from now on: it says that it is no longer active.
+/// All open streams report that they are no longer active.
 void endFakeStreams();
 
-} // namespace bench
+} // namespace haltest

@@ -1,5 +1,5 @@
-// The bytes of a captured WAV file, as other tools want them.
-#include "tests/platform/hal/bench.h"
+// The bytes of a captured WAV file.
+#include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
 
 #include <fstream>
@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 std::uint32_t numberAt(const std::string& bytes, std::size_t at, std::size_t width)
 {
@@ -43,8 +43,8 @@ void expectChunks(const std::string& bytes, uint32_t channels, uint32_t frames, 
     EXPECT_EQ(numberAt(bytes, 16, 4), formatBytes);
     EXPECT_EQ(numberAt(bytes, 22, 2), channels);
     EXPECT_EQ(numberAt(bytes, 24, 4), 48000u);
-    EXPECT_EQ(numberAt(bytes, 28, 4), 48000u * channels * 4) << "bytes a second";
-    EXPECT_EQ(numberAt(bytes, 32, 2), channels * 4) << "bytes a frame";
+    EXPECT_EQ(numberAt(bytes, 28, 4), 48000u * channels * 4) << "bytes per second";
+    EXPECT_EQ(numberAt(bytes, 32, 2), channels * 4) << "bytes per frame";
     EXPECT_EQ(numberAt(bytes, 34, 2), 32u) << "bits";
     EXPECT_EQ(numberAt(bytes, 36, 2), formatBytes - 18) << "bytes of the extension";
     const std::size_t fact = 20 + formatBytes;
@@ -55,7 +55,7 @@ void expectChunks(const std::string& bytes, uint32_t channels, uint32_t frames, 
     EXPECT_EQ(numberAt(bytes, fact + 16, 4), dataBytes);
 }
 
-TEST(FloatWave, OfOneOrTwoChannelsHasFormatTag3)
+TEST(FloatWave, HasFormatTag3ForOneOrTwoChannels)
 {
     for (uint32_t channels : {1u, 2u}) {
         const std::string bytes = captured(channels, 100);
@@ -64,7 +64,7 @@ TEST(FloatWave, OfOneOrTwoChannelsHasFormatTag3)
     }
 }
 
-TEST(FloatWave, OfMoreChannelsIsExtensibleWithSpeakers)
+TEST(FloatWave, IsExtensibleWithSpeakersForMoreChannels)
 {
     const struct {
         uint32_t channels, mask;
@@ -76,7 +76,7 @@ TEST(FloatWave, OfMoreChannelsIsExtensibleWithSpeakers)
         const std::string bytes = captured(fact.channels, 10);
         expectChunks(bytes, fact.channels, 10, 40);
         EXPECT_EQ(numberAt(bytes, 20, 2), 0xFFFEu);
-        EXPECT_EQ(numberAt(bytes, 38, 2), 32u) << "bits that are used";
+        EXPECT_EQ(numberAt(bytes, 38, 2), 32u) << "valid bits";
         EXPECT_EQ(numberAt(bytes, 40, 4), fact.mask);
         EXPECT_EQ(bytes.compare(44, 16, reinterpret_cast<const char*>(floatIdentifier), 16), 0);
     }

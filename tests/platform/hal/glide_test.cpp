@@ -1,11 +1,11 @@
-// A change of volume is no click: however the device's time is sliced, and whatever came before.
-#include "tests/platform/hal/bench.h"
+// A change of volume makes no click, at any slice size and after any former change.
+#include "tests/platform/hal/test_device.h"
 
 #include <cmath>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr auto output = kAudioDevicePropertyScopeOutput;
 constexpr UInt32 glideFrames = 512;
@@ -27,7 +27,7 @@ float largestJump(const std::vector<float>& samples, std::size_t channel, std::s
     return largest;
 }
 
-TEST(Glide, TakesTheSameTimeHoweverItIsSliced)
+TEST(Glide, TakesTheSameTimeAtAnySliceSize)
 {
     std::vector<float> first;
     for (uint32_t slice : {1u, 16u, 64u, 512u, 8192u})
@@ -35,56 +35,56 @@ TEST(Glide, TakesTheSameTimeHoweverItIsSliced)
             SCOPED_TRACE(std::to_string(slice) + " in steps of " + std::to_string(step));
             Device device(sliced(slice));
             Procedure procedure(device, [](const Call& call) { call.fill(1); });
-            Recording heard(device);
+            Recording recording(device);
             procedure.start();
             KVXPlatformStep(device, 3);
             ASSERT_EQ(set<UInt32>(device, address('mute', output, 0), 1), noErr);
             for (uint32_t done = 0; done < 600; done += step) KVXPlatformStep(device, step);
-            EXPECT_EQ(heard.samples[2 * 2], 1.0f);
-            EXPECT_EQ(heard.samples[2 * (3 + glideFrames - 1)], 0.0f) << "there after its frames";
-            EXPECT_GT(heard.samples[2 * (3 + glideFrames - 2)], 0.0f) << "and no sooner";
-            EXPECT_LE(largestJump(heard.samples, 0, 2), 1.0f / glideFrames + rounding);
-            heard.samples.resize(2 * 600);
-            if (first.empty()) first = heard.samples;
-            EXPECT_EQ(heard.samples, first) << "the same to the bit";
+            EXPECT_EQ(recording.samples[2 * 2], 1.0f);
+            EXPECT_EQ(recording.samples[2 * (3 + glideFrames - 1)], 0.0f) << "reached after its frames";
+            EXPECT_GT(recording.samples[2 * (3 + glideFrames - 2)], 0.0f) << "and not before";
+            EXPECT_LE(largestJump(recording.samples, 0, 2), 1.0f / glideFrames + rounding);
+            recording.samples.resize(2 * 600);
+            if (first.empty()) first = recording.samples;
+            EXPECT_EQ(recording.samples, first) << "the same to the bit";
         }
 }
 
-TEST(Glide, TurnsRoundWithoutAJump)
+TEST(Glide, ReversesWithoutAJump)
 {
     for (uint32_t slice : {1u, 16u, 64u, 512u}) {
         SCOPED_TRACE(slice);
         Device device(sliced(slice));
         Procedure procedure(device, [](const Call& call) { call.fill(1); });
-        Recording heard(device);
+        Recording recording(device);
         procedure.start();
         KVXPlatformStep(device, 64);
-        for (float scalar : {0.0f, 1.0f, 0.5f, 0.9f, 0.0f, 1.0f}) { // each before the former is there
+        for (float scalar : {0.0f, 1.0f, 0.5f, 0.9f, 0.0f, 1.0f}) { // before the former glide has ended
             ASSERT_EQ(set(device, address('volm', output, 2), scalar), noErr);
             KVXPlatformStep(device, 101);
         }
         KVXPlatformStep(device, 2 * glideFrames);
-        EXPECT_LE(largestJump(heard.samples, 1, 2), 1.0f / glideFrames + rounding);
-        EXPECT_EQ(largestJump(heard.samples, 0, 2), 0.0f) << "the other channel is as it was";
-        EXPECT_EQ(heard.samples.back(), 1.0f) << "full volume changes no bit";
+        EXPECT_LE(largestJump(recording.samples, 1, 2), 1.0f / glideFrames + rounding);
+        EXPECT_EQ(largestJump(recording.samples, 0, 2), 0.0f) << "the other channel is unchanged";
+        EXPECT_EQ(recording.samples.back(), 1.0f) << "full volume is exact";
     }
 }
 
-// The level of a channel that has gone is no starting point for the next of its number.
-TEST(Glide, IsNotInheritedByAChannelThatComesBack)
+// A removed channel's gain is not the start of a glide of the next channel with its number.
+TEST(Glide, RestoredChannelStartsAtItsLevel)
 {
     Device device;
     Procedure procedure(device, [](const Call& call) { call.fill(1); });
-    Recording heard(device);
+    Recording recording(device);
     procedure.start();
     ASSERT_EQ(set(device, address('volm', output, 2), 0.0f), noErr);
     KVXPlatformStep(device, 64);
     ASSERT_EQ(KVXPlatformConfigureDevice(device, 0, 1, 0), 0);
     KVXPlatformStep(device, 64);
     ASSERT_EQ(KVXPlatformConfigureDevice(device, 0, 2, 0), 0);
-    heard.samples.clear();
+    recording.samples.clear();
     KVXPlatformStep(device, 64);
-    EXPECT_EQ(heard.samples, std::vector<float>(128, 1.0f));
+    EXPECT_EQ(recording.samples, std::vector<float>(128, 1.0f));
 }
 
 } // namespace

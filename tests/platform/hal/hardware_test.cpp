@@ -1,6 +1,6 @@
-// Devices of PortAudio: found, named, opened, lost and found again, over hardware that does what a test says.
-#include "tests/platform/hal/bench.h"
+// Devices of PortAudio, on simulated hardware: found, named, opened, lost and found again.
 #include "tests/platform/hal/fake_hardware.h"
+#include "tests/platform/hal/test_device.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 std::vector<KVXDeviceInfo> devices()
 {
@@ -27,10 +27,10 @@ std::optional<KVXDeviceInfo> deviceOfUID(const std::string& uid)
 
 class Hardware : public testing::Test {
 protected:
-    /// Before the platform is used at all: each test has a process of its own.
+    /// Call it before the first use of the platform; each test runs in its own process.
     void plug(std::vector<FakeDevice> plugged)
     {
-        setenv("KVX_AUDIO_DEVICE", "", 1); // says nothing
+        setenv("KVX_AUDIO_DEVICE", "", 1); // no choice
         change(std::move(plugged));
     }
     void change(std::vector<FakeDevice> plugged)
@@ -55,9 +55,9 @@ protected:
     FakeHardware& fake_ = fakeHardware();
 };
 
-// ---- settings that the hardware does not take ----
+// ---- settings that the hardware does not support ----
 
-TEST_F(Hardware, ThatDoesNotOpenWithANewSliceKeepsTheFormerOne)
+TEST_F(Hardware, KeepsItsSliceIfTheNewOneDoesNotOpen)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -72,11 +72,11 @@ TEST_F(Hardware, ThatDoesNotOpenWithANewSliceKeepsTheFormerOne)
     EXPECT_TRUE(isAlive(device));
     const int before = procedure.calls();
     waitFor([&] { return procedure.calls() > before + 2; });
-    EXPECT_EQ(set<UInt32>(device, slice, 256), noErr) << "the next time it does";
+    EXPECT_EQ(set<UInt32>(device, slice, 256), noErr) << "the next attempt succeeds";
     EXPECT_EQ(get<UInt32>(device, slice), 256u);
 }
 
-TEST_F(Hardware, ThatDoesNotOpenWithANewRateKeepsTheFormerOne)
+TEST_F(Hardware, KeepsItsRateIfTheNewOneDoesNotOpen)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -91,7 +91,7 @@ TEST_F(Hardware, ThatDoesNotOpenWithANewRateKeepsTheFormerOne)
     EXPECT_EQ(fake_.lastOpenedRate, 48000);
 }
 
-TEST_F(Hardware, ThatOpensNoMoreAfterAChangeDies)
+TEST_F(Hardware, DiesIfItDoesNotReopenAfterAChange)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -102,12 +102,12 @@ TEST_F(Hardware, ThatOpensNoMoreAfterAChangeDies)
               kAudioHardwareUnspecifiedError);
     EXPECT_FALSE(isAlive(device));
     const int before = procedure.calls();
-    waitFor([&] { return procedure.calls() > before + 2; }); // the timer sees it to its end
+    waitFor([&] { return procedure.calls() > before + 2; }); // the timer runs its cycles
     EXPECT_EQ(procedure.stop(), noErr);
     EXPECT_FALSE(isRunning(device));
 }
 
-TEST_F(Hardware, ThatOpensNoMoreAfterAChangeInItsCycleDies)
+TEST_F(Hardware, DiesIfItDoesNotReopenAfterAChangeInACycle)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -115,7 +115,7 @@ TEST_F(Hardware, ThatOpensNoMoreAfterAChangeInItsCycleDies)
     Procedure procedure(device, [&](const Call& call) {
         if (mayChange.exchange(false)) {
             const auto slice = address(kAudioDevicePropertyBufferFrameSize);
-            EXPECT_EQ(set<UInt32>(call.device, slice, 256), noErr) << "it is tried after the cycle";
+            EXPECT_EQ(set<UInt32>(call.device, slice, 256), noErr) << "it is applied after the cycle";
         }
     });
     ASSERT_EQ(procedure.start(), noErr);
@@ -125,7 +125,7 @@ TEST_F(Hardware, ThatOpensNoMoreAfterAChangeInItsCycleDies)
     waitFor([&] { return !isAlive(device); });
 }
 
-TEST_F(Hardware, WhoseStreamEndsHasDied)
+TEST_F(Hardware, DiesWhenItsStreamEnds)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -144,7 +144,7 @@ OSStatus doNothing(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*,
     return noErr;
 }
 
-TEST_F(Hardware, AFailedStartTakesBackItsOwnMark)
+TEST_F(Hardware, FailedStartIsUndoneForTheSameProcedure)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -152,7 +152,7 @@ TEST_F(Hardware, AFailedStartTakesBackItsOwnMark)
     ASSERT_EQ(AudioDeviceAddIOProc(device, doNothing, &first), noErr);
     ASSERT_EQ(AudioDeviceAddIOProc(device, doNothing, &second), noErr);
     refuseOpenings(1);
-    EXPECT_NE(AudioDeviceStart(device, doNothing), noErr); // means the one added last
+    EXPECT_NE(AudioDeviceStart(device, doNothing), noErr); // the last added one
     EXPECT_FALSE(isRunning(device));
     refuseOpenings(1);
     EXPECT_NE(AudioDeviceStart(device, nullptr), noErr);
@@ -163,23 +163,24 @@ TEST_F(Hardware, AFailedStartTakesBackItsOwnMark)
     EXPECT_FALSE(isRunning(device));
 }
 
-TEST_F(Hardware, ThatDoesNotStartIsClosed)
+TEST_F(Hardware, IsClosedAfterAFailedStart)
 {
     plug({{"Box"}});
     Procedure procedure(defaultOutput(), [](const Call&) {});
-    const int openedBefore = fake_.opened, closedBefore = fake_.closed; // the default device was tried
+    const int openedBefore = fake_.opened,
+              closedBefore = fake_.closed; // the search opened the default device
     fake_.startsToRefuse = 1;
     EXPECT_NE(procedure.start(), noErr);
     EXPECT_EQ(fake_.opened, openedBefore + 1);
     EXPECT_EQ(fake_.closed, closedBefore + 1);
     EXPECT_EQ(KVXPlatformRefreshDevices(), 0) << "no stream is open: " << KVXPlatformErrorText();
-    EXPECT_EQ(procedure.start(), noErr) << "the next time it does";
+    EXPECT_EQ(procedure.start(), noErr) << "the next attempt succeeds";
     EXPECT_EQ(procedure.stop(), noErr);
     EXPECT_EQ(fake_.opened, fake_.closed);
 }
 
-// Closing a stream that ended by itself may wait for ever, and so may Pa_Terminate, which closes it too.
-TEST_F(Hardware, WhoseStreamEndedIsNeverClosed)
+// Closing a stream that ended by itself may never return, nor may Pa_Terminate, which closes it as well.
+TEST_F(Hardware, EndedStreamIsNeverClosed)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -197,7 +198,7 @@ TEST_F(Hardware, WhoseStreamEndedIsNeverClosed)
 
 // ---- a sound server that freezes while a stream is closed ----
 
-TEST_F(Hardware, WhoseStopNeverReturnsHasDied)
+TEST_F(Hardware, DiesIfItsStopNeverReturns)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -214,12 +215,12 @@ TEST_F(Hardware, WhoseStopNeverReturnsHasDied)
     Procedure other(KVXPlatformBuiltInSimulatedDevice(), [](const Call&) {});
     ASSERT_EQ(other.start(), noErr);
     EXPECT_EQ(other.stop(), noErr);
-    EXPECT_TRUE(isAlive(KVXPlatformBuiltInSimulatedDevice())) << "it does without PortAudio";
+    EXPECT_TRUE(isAlive(KVXPlatformBuiltInSimulatedDevice())) << "it does not need PortAudio";
 }
 
 // ---- the list ----
 
-TEST_F(Hardware, OfEqualNamesIsToldApart)
+TEST_F(Hardware, EqualNamesGetDifferentUIDs)
 {
     plug({{"Box"}, {"Other"}, {"Box"}, {"Box"}});
     const auto rows = devices();
@@ -235,25 +236,25 @@ TEST_F(Hardware, OfEqualNamesIsToldApart)
     EXPECT_FALSE(deviceOfUID("Fake:Box:2"));
 }
 
-TEST_F(Hardware, ThatComesAndGoesIsEnteredAndUnplugged)
+TEST_F(Hardware, RefreshListsNewAndUnplugsMissingDevices)
 {
     plug({{"Box"}});
     const auto box = deviceOfUID("Fake:Box");
     ASSERT_TRUE(box);
     change({{"New"}, {"Box"}});
     ASSERT_EQ(KVXPlatformRefreshDevices(), 0) << KVXPlatformErrorText();
-    EXPECT_EQ(deviceOfUID("Fake:Box")->device, box->device) << "it is the same one";
+    EXPECT_EQ(deviceOfUID("Fake:Box")->device, box->device) << "the same device";
     ASSERT_TRUE(deviceOfUID("Fake:New"));
     Procedure procedure(box->device, [](const Call&) {});
     ASSERT_EQ(procedure.start(), noErr);
-    EXPECT_EQ(fake_.lastOpenedIndex, 1) << "at the place where it stands now";
+    EXPECT_EQ(fake_.lastOpenedIndex, 1) << "at its new index";
     procedure.stop();
     change({{"New"}});
     ASSERT_EQ(KVXPlatformRefreshDevices(), 0) << KVXPlatformErrorText();
     EXPECT_FALSE(deviceOfUID("Fake:Box"));
 }
 
-TEST_F(Hardware, ThatDiedIsEnteredAnewWhenItIsFoundAgain)
+TEST_F(Hardware, RefreshListsADeadDeviceAsANewOne)
 {
     plug({{"Box"}});
     const auto box = deviceOfUID("Fake:Box");
@@ -266,7 +267,7 @@ TEST_F(Hardware, ThatDiedIsEnteredAnewWhenItIsFoundAgain)
     EXPECT_TRUE(again->isAlive);
 }
 
-TEST_F(Hardware, IsNotLookedForWhileAStreamIsOpen)
+TEST_F(Hardware, RefreshFailsWhileAStreamIsOpen)
 {
     plug({{"Box"}});
     Procedure procedure(defaultOutput(), [](const Call&) {});
@@ -280,7 +281,7 @@ TEST_F(Hardware, IsNotLookedForWhileAStreamIsOpen)
     EXPECT_TRUE(deviceOfUID("Fake:New"));
 }
 
-TEST_F(Hardware, IsNotLookedForOnceAStreamHasEndedByItself)
+TEST_F(Hardware, RefreshFailsAfterAStreamHasEnded)
 {
     plug({{"Box"}});
     const AudioDeviceID device = defaultOutput();
@@ -291,17 +292,17 @@ TEST_F(Hardware, IsNotLookedForOnceAStreamHasEndedByItself)
     procedure.stop();
     EXPECT_NE(KVXPlatformRefreshDevices(), 0);
     EXPECT_THAT(KVXPlatformErrorText(), testing::HasSubstr("start the program again"));
-    EXPECT_TRUE(deviceOfUID("Fake:Box")) << "the list is as it was";
+    EXPECT_TRUE(deviceOfUID("Fake:Box")) << "the list is unchanged";
 }
 
-TEST_F(Hardware, StaysInTheListWhenPortAudioDoesNotStartAgain)
+TEST_F(Hardware, StaysListedIfPortAudioDoesNotRestart)
 {
     plug({{"Box"}});
     const auto box = deviceOfUID("Fake:Box");
     ASSERT_TRUE(box);
     fake_.starts = false;
     EXPECT_NE(KVXPlatformRefreshDevices(), 0);
-    EXPECT_THAT(KVXPlatformErrorText(), testing::HasSubstr("as the test wants"));
+    EXPECT_THAT(KVXPlatformErrorText(), testing::HasSubstr("simulated failure"));
     ASSERT_TRUE(deviceOfUID("Fake:Box"));
     Procedure procedure(box->device, [](const Call&) {});
     EXPECT_NE(procedure.start(), noErr);
@@ -310,7 +311,7 @@ TEST_F(Hardware, StaysInTheListWhenPortAudioDoesNotStartAgain)
     EXPECT_EQ(procedure.start(), noErr);
 }
 
-TEST_F(Hardware, WithoutInformationIsPassedOver)
+TEST_F(Hardware, WithoutInformationIsSkipped)
 {
     fake_.hiddenInfo = 0;
     plug({{"Hidden"}, {"Box"}});
@@ -324,7 +325,7 @@ TEST_F(Hardware, WithoutInformationIsPassedOver)
     EXPECT_EQ(procedure.start(), noErr);
 }
 
-TEST_F(Hardware, OffersItsOwnRatesOnly)
+TEST_F(Hardware, OffersSupportedRatesOnly)
 {
     plug({{"Box", 2, true, 24000}});
     const auto rates =

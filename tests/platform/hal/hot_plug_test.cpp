@@ -1,59 +1,61 @@
-// Devices plugged in and out: who is told, what moves on, what can be asked meanwhile.
-#include "tests/platform/hal/watcher.h"
+// Devices plugged in and out: notifications, default devices, and concurrent reads.
+#include "tests/platform/hal/recording_listener.h"
 
 #include <memory>
 #include <set>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr AudioObjectID systemObject = kAudioObjectSystemObject;
-using Told = std::vector<std::string>;
+using Notifications = std::vector<std::string>;
 
 std::vector<AudioDeviceID> devices() { return getAll<AudioDeviceID>(systemObject, address('dev#')); }
 
-/// What the system tells while `act` runs, of its list and its roles.
-Told toldBy(const std::function<void()>& act)
+/// The notifications of the device list and the default devices while `act` runs.
+Notifications notificationsOf(const std::function<void()>& act)
 {
-    std::vector<std::unique_ptr<Watcher>> watchers;
+    std::vector<std::unique_ptr<RecordingListener>> watchers;
     for (UInt32 selector : {'dev#', 'ownd', 'dOut', 'sOut', 'dIn '})
-        watchers.push_back(std::make_unique<Watcher>(systemObject, address(selector)));
+        watchers.push_back(std::make_unique<RecordingListener>(systemObject, address(selector)));
     act();
-    waitUntilTold();
-    Told told;
+    waitForNotifications();
+    Notifications received;
     for (const auto& watcher : watchers)
-        for (const std::string& at : watcher->takeTold()) told.push_back(at);
-    return told;
+        for (const std::string& at : watcher->takeReceived()) received.push_back(at);
+    return received;
 }
 
-TEST(HotPlug, IsToldByTheList)
+TEST(HotPlug, NotifiesListenersOfTheList)
 {
     const auto before = devices();
     std::unique_ptr<Device> device;
-    EXPECT_EQ(toldBy([&] { device = std::make_unique<Device>(); }), (Told{"dev# glob 0", "ownd glob 0"}));
+    EXPECT_EQ(notificationsOf([&] { device = std::make_unique<Device>(); }),
+              (Notifications{"dev# glob 0", "ownd glob 0"}));
     auto expected = before;
     expected.push_back(*device);
-    EXPECT_EQ(devices(), expected) << "new ones stand behind the others";
-    EXPECT_EQ(toldBy([&] { KVXPlatformKillDevice(*device); }), Told{}) << "the dead stay";
+    EXPECT_EQ(devices(), expected) << "new devices come last";
+    EXPECT_EQ(notificationsOf([&] { KVXPlatformKillDevice(*device); }), Notifications{})
+        << "a dead device stays listed";
     EXPECT_EQ(devices(), expected);
-    EXPECT_EQ(toldBy([&] { device = nullptr; }), (Told{"dev# glob 0", "ownd glob 0"}));
+    EXPECT_EQ(notificationsOf([&] { device = nullptr; }), (Notifications{"dev# glob 0", "ownd glob 0"}));
     EXPECT_EQ(devices(), before);
 }
 
-TEST(HotPlug, MovesBothRolesOn)
+TEST(HotPlug, MovesBothRoles)
 {
     const AudioDeviceID builtIn = KVXPlatformBuiltInSimulatedDevice();
     for (bool isKilled : {false, true}) {
         auto device = std::make_unique<Device>();
-        EXPECT_EQ(toldBy([&] {
+        EXPECT_EQ(notificationsOf([&] {
                       for (UInt32 role : {'dOut', 'sOut'})
                           set<AudioDeviceID>(systemObject, address(role), *device);
                   }),
-                  (Told{"dOut glob 0", "sOut glob 0"}));
-        Told expected = {"dOut glob 0", "sOut glob 0"};
+                  (Notifications{"dOut glob 0", "sOut glob 0"}));
+        Notifications expected = {"dOut glob 0", "sOut glob 0"};
         if (!isKilled) expected.insert(expected.begin(), {"dev# glob 0", "ownd glob 0"});
-        EXPECT_EQ(toldBy([&] {
+        EXPECT_EQ(notificationsOf([&] {
                       if (isKilled)
                           KVXPlatformKillDevice(*device);
                       else
@@ -71,13 +73,13 @@ TEST(HotPlug, MovesOnlyTheRolesThatTheDeviceHad)
     auto first = std::make_unique<Device>(), second = std::make_unique<Device>();
     set<AudioDeviceID>(systemObject, address('dOut'), *first);
     set<AudioDeviceID>(systemObject, address('sOut'), *second);
-    EXPECT_EQ(toldBy([&] { first = nullptr; }), (Told{"dev# glob 0", "ownd glob 0", "dOut glob 0"}));
+    EXPECT_EQ(notificationsOf([&] { first = nullptr; }),
+              (Notifications{"dev# glob 0", "ownd glob 0", "dOut glob 0"}));
     EXPECT_EQ(get<AudioDeviceID>(systemObject, address('dOut')), builtIn);
     EXPECT_EQ(get<AudioDeviceID>(systemObject, address('sOut')), AudioDeviceID{*second});
 }
 
-// The number of a device, of a stream, of anything that was: none is ever used for something else.
-TEST(HotPlug, GivesNewNumbersToDevicesAndStreams)
+TEST(HotPlug, GivesNewIDsToDevicesAndStreams)
 {
     std::set<AudioObjectID> seen;
     for (AudioDeviceID device : devices()) {
@@ -94,18 +96,18 @@ TEST(HotPlug, GivesNewNumbersToDevicesAndStreams)
     EXPECT_EQ(seen.count(kAudioObjectSystemObject), 0u);
 }
 
-TEST(HotPlug, OfAConfigurationTellsWhatChangedAndNothingElse)
+TEST(HotPlug, ConfigurationNotifiesChangedPropertiesOnly)
 {
     Device device;
     const AudioStreamID stream = getAll<AudioStreamID>(device, address('stm#')).at(0);
-    const Told formats = {"sfmt glob 0", "pft  glob 0"};
+    const Notifications formats = {"sfmt glob 0", "pft  glob 0"};
     const struct {
         double rate;
         uint32_t channels, slice;
-        Told ofDevice, ofStream;
+        Notifications ofDevice, ofStream;
     } facts[] = {
         {48000, 0, 0, {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"}, formats},
-        {48000, 2, 64, {}, {}}, // as it is
+        {48000, 2, 64, {}, {}}, // unchanged
         {0, 0, 128, {"fsiz glob 0", "bsiz glob 0", "slay glob 0"}, {}},
         {0,
          6,
@@ -117,18 +119,18 @@ TEST(HotPlug, OfAConfigurationTellsWhatChangedAndNothingElse)
     for (const auto& fact : facts) {
         SCOPED_TRACE(std::to_string(fact.rate) + " " + std::to_string(fact.channels) + " " +
                      std::to_string(fact.slice));
-        Watcher byDevice(device), byStream(stream);
+        RecordingListener ofDevice(device), ofStream(stream);
         ASSERT_EQ(KVXPlatformConfigureDevice(device, fact.rate, fact.channels, fact.slice), 0);
-        waitUntilTold();
-        EXPECT_EQ(byDevice.takeTold(), fact.ofDevice);
-        EXPECT_EQ(byStream.takeTold(), fact.ofStream);
+        waitForNotifications();
+        EXPECT_EQ(ofDevice.takeReceived(), fact.ofDevice);
+        EXPECT_EQ(ofStream.takeReceived(), fact.ofStream);
     }
     EXPECT_EQ(get<AudioStreamBasicDescription>(stream, address('sfmt')).mChannelsPerFrame, 6u);
 }
 
-// Devices come and go on two threads while a third asks all of them everything: each question has an answer
-// or is refused because the object has gone.
-TEST(HotPlug, NeverConfusesThoseWhoAsk)
+// Two threads plug devices in and out while a third reads their properties: each read succeeds, or is refused
+// because the object has ended.
+TEST(HotPlug, ConcurrentReadsSucceedOrAreRefused)
 {
     std::atomic<int> plugging{2};
     std::vector<std::thread> threads;
@@ -143,8 +145,8 @@ TEST(HotPlug, NeverConfusesThoseWhoAsk)
             }
             --plugging;
         });
-    std::size_t answers = 0;
-    while (plugging || answers == 0)
+    std::size_t successes = 0;
+    while (plugging || successes == 0)
         for (AudioDeviceID device : devices())
             for (UInt32 selector : {'nsrt', 'stm#', 'slay', 'name', 'livn', 'goin', 'sfmt'}) {
                 const auto at = address(selector);
@@ -152,24 +154,24 @@ TEST(HotPlug, NeverConfusesThoseWhoAsk)
                 UInt32 size = sizeof bytes;
                 const OSStatus status = AudioObjectGetPropertyData(device, &at, 0, nullptr, &size, bytes);
                 ASSERT_TRUE(status == noErr || status == kAudioHardwareBadObjectError) << text(status);
-                answers += status == noErr;
+                successes += status == noErr;
             }
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(account("IOProc"), 0u);
+    EXPECT_EQ(liveCount("IOProc"), 0u);
 }
 
-TEST(HotPlug, LeavesWhatIsNoPluggedDeviceAlone)
+TEST(HotPlug, RefusesObjectsThatCannotBeUnplugged)
 {
     const AudioDeviceID builtIn = KVXPlatformBuiltInSimulatedDevice();
     const AudioStreamID stream = getAll<AudioStreamID>(builtIn, address('stm#')).at(0);
-    EXPECT_EQ(toldBy([&] {
+    EXPECT_EQ(notificationsOf([&] {
                   EXPECT_NE(KVXPlatformRemoveSimulatedDevice(builtIn), 0);
                   EXPECT_NE(KVXPlatformRemoveSimulatedDevice(static_cast<KVXDeviceID>(stream)), 0);
                   EXPECT_NE(KVXPlatformRemoveSimulatedDevice(0), 0);
                   EXPECT_NE(KVXPlatformRemoveSimulatedDevice(kAudioObjectSystemObject), 0);
                   EXPECT_NE(KVXPlatformKillDevice(static_cast<KVXDeviceID>(stream)), 0);
               }),
-              Told{});
+              Notifications{});
     EXPECT_EQ(get<UInt32>(builtIn, address('livn')), 1u);
 }
 

@@ -1,9 +1,9 @@
-// Devices that record, and devices that do both: what a procedure is given of each side.
-#include "tests/platform/hal/watcher.h"
+// Devices with inputs: their sides, the input buffers of procedures, and streams that are switched off.
+#include "tests/platform/hal/recording_listener.h"
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr AudioObjectID systemObject = kAudioObjectSystemObject;
 constexpr auto output = kAudioDevicePropertyScopeOutput, input = kAudioDevicePropertyScopeInput;
@@ -28,17 +28,14 @@ bool isSilent(const AudioBuffer& buffer)
     return std::all_of(bytes, bytes + buffer.mDataByteSize, [](char c) { return c == 0; });
 }
 
-TEST(Input, HasTheChannelsThatWereAskedFor)
+TEST(Input, HasTheRequestedChannels)
 {
     const struct {
         uint32_t outputs, inputs, hasOutputs;
         const char* why;
     } facts[] = {
-        {0, 0, 2, "as a device is"},
-        {2, 0, 2, "outputs"},
-        {0, 1, 0, "inputs alone"},
-        {2, 3, 2, "both"},
-        {64, 64, 64, "as many as there may be"},
+        {0, 0, 2, "the default"}, {2, 0, 2, "outputs"},     {0, 1, 0, "inputs only"},
+        {2, 3, 2, "both"},        {64, 64, 64, "the most"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
@@ -58,8 +55,7 @@ TEST(Input, HasTheChannelsThatWereAskedFor)
     EXPECT_EQ(KVXPlatformAddSimulatedDevice(&tooMany), 0u);
 }
 
-/// What a device of both sides says of each.
-TEST(Input, OfADuplexDeviceIsASideOfItsOwn)
+TEST(Input, DuplexDeviceHasSeparateSides)
 {
     Device device(with(2, 3));
     const AudioStreamID out = getAll<AudioStreamID>(device, address('stm#', output)).at(0);
@@ -70,7 +66,7 @@ TEST(Input, OfADuplexDeviceIsASideOfItsOwn)
     EXPECT_EQ(text(get<UInt32>(in, address('term'))), "micr");
     EXPECT_EQ(get<UInt32>(device, address('bsiz', output)), 64u * 2 * 4);
     EXPECT_EQ(get<UInt32>(device, address('bsiz', input)), 64u * 3 * 4);
-    EXPECT_EQ(get<UInt32>(device, address('bsiz')), 64u * 2 * 4) << "the output, if there is one";
+    EXPECT_EQ(get<UInt32>(device, address('bsiz')), 64u * 2 * 4) << "the output, if the device has one";
     EXPECT_EQ(text(get<UInt32>(device, address('ssrc', output))), "spkr");
     EXPECT_EQ(text(get<UInt32>(device, address('ssrc', input))), "imic");
     EXPECT_EQ(getAll<UInt32>(device, address('ssc#', output)), (std::vector<UInt32>{'spkr', 'hdpn'}));
@@ -81,11 +77,12 @@ TEST(Input, OfADuplexDeviceIsASideOfItsOwn)
     EXPECT_FALSE(AudioObjectHasProperty(device, &fourth));
     EXPECT_FALSE(AudioObjectHasProperty(device, &third));
     EXPECT_EQ(set<UInt32>(device, address('ssrc', output), 'hdpn'), noErr);
-    EXPECT_EQ(text(get<UInt32>(in, address('term'))), "micr") << "as it was";
-    EXPECT_EQ(text(set<UInt32>(device, address('ssrc', input), 'spkr')), "nope") << "the other side's";
+    EXPECT_EQ(text(get<UInt32>(in, address('term'))), "micr") << "unchanged";
+    EXPECT_EQ(text(set<UInt32>(device, address('ssrc', input), 'spkr')), "nope")
+        << "a source of the other side";
 }
 
-TEST(Input, IsASilentBufferWithItsTime)
+TEST(Input, IsASilentBufferWithATimeStamp)
 {
     const struct {
         uint32_t outputs, inputs;
@@ -101,11 +98,11 @@ TEST(Input, IsASilentBufferWithItsTime)
             EXPECT_EQ(isZero(*call.inputTime), fact.inputs == 0);
             EXPECT_EQ(isZero(*call.outputTime), fact.outputs == 0);
             if (fact.inputs) {
-                const AudioBuffer& heard = call.input->mBuffers[0];
-                EXPECT_EQ(heard.mNumberChannels, fact.inputs);
-                EXPECT_EQ(heard.mDataByteSize, frames * fact.inputs * 4);
-                ASSERT_TRUE(heard.mData);
-                EXPECT_TRUE(isSilent(heard));
+                const AudioBuffer& buffer = call.input->mBuffers[0];
+                EXPECT_EQ(buffer.mNumberChannels, fact.inputs);
+                EXPECT_EQ(buffer.mDataByteSize, frames * fact.inputs * 4);
+                ASSERT_TRUE(buffer.mData);
+                EXPECT_TRUE(isSilent(buffer));
                 EXPECT_EQ(call.inputTime->mSampleTime, calls * 64.0);
                 EXPECT_EQ(call.inputTime->mHostTime, call.now->mHostTime);
             }
@@ -117,7 +114,7 @@ TEST(Input, IsASilentBufferWithItsTime)
     }
 }
 
-TEST(Input, PassesToAnotherDeviceWhenItsOwnGoes)
+TEST(Input, DefaultMovesWhenItsDeviceEnds)
 {
     const auto role = address(kAudioHardwarePropertyDefaultInputDevice);
     const auto builtIn = get<AudioDeviceID>(systemObject, role);
@@ -125,18 +122,18 @@ TEST(Input, PassesToAnotherDeviceWhenItsOwnGoes)
         for (bool isKilled : {false, true}) {
             Device device(with(outputs, 1));
             ASSERT_EQ(set<AudioDeviceID>(systemObject, role, device), noErr);
-            Watcher watcher(systemObject, role);
+            RecordingListener listener(systemObject, role);
             if (isKilled)
                 ASSERT_EQ(KVXPlatformKillDevice(device), 0);
             else
                 device.unplug();
             EXPECT_EQ(get<AudioDeviceID>(systemObject, role), builtIn);
-            waitUntilTold();
-            EXPECT_EQ(watcher.count(), 1);
+            waitForNotifications();
+            EXPECT_EQ(listener.count(), 1);
         }
 }
 
-// ---- streams that a procedure does without ----
+// ---- streams that a procedure switches off ----
 
 AudioHardwareIOProcStreamUsage usageOf(AudioDeviceIOProcID id, UInt32 streams, UInt32 isOn)
 {
@@ -150,22 +147,22 @@ OSStatus readUsage(AudioDeviceID device, UInt32 scope, AudioHardwareIOProcStream
     return AudioObjectGetPropertyData(device, &at, 0, nullptr, &size, &usage);
 }
 
-TEST(StreamUsage, OfAProcedureIsItsOwn)
+TEST(StreamUsage, IsSeparateForEachProcedure)
 {
     Device device(with(2, 1));
     struct Seen {
         bool hasInput = false, hasOutput = false;
         UInt32 inputBytes = 0, outputBytes = 0;
     } first, second;
-    const auto look = [](Seen& seen, float value) {
+    const auto check = [](Seen& seen, float value) {
         return [&seen, value](const Call& call) {
             const AudioBuffer &in = call.input->mBuffers[0], &out = call.output->mBuffers[0];
             seen = {in.mData != nullptr, out.mData != nullptr, in.mDataByteSize, out.mDataByteSize};
             if (out.mData) call.fill(value);
         };
     };
-    Procedure one(device, look(first, 0.25f)), other(device, look(second, 0.5f));
-    Recording heard(device);
+    Procedure one(device, check(first, 0.25f)), other(device, check(second, 0.5f));
+    Recording recording(device);
     ASSERT_EQ(one.start(), noErr);
     ASSERT_EQ(other.start(), noErr);
     const struct {
@@ -186,14 +183,14 @@ TEST(StreamUsage, OfAProcedureIsItsOwn)
         KVXPlatformStep(device, 64);
         EXPECT_EQ(first.hasInput, fact.hasInput);
         EXPECT_EQ(first.hasOutput, fact.hasOutput);
-        EXPECT_EQ(first.inputBytes, 64u * 4) << "the size stays";
+        EXPECT_EQ(first.inputBytes, 64u * 4) << "the size is unchanged";
         EXPECT_EQ(first.outputBytes, 64u * 2 * 4);
-        EXPECT_TRUE(second.hasInput && second.hasOutput) << "the other procedure's is its own";
-        EXPECT_EQ(heard.samples.back(), fact.sum);
+        EXPECT_TRUE(second.hasInput && second.hasOutput) << "the other procedure is unchanged";
+        EXPECT_EQ(recording.samples.back(), fact.sum);
     }
 }
 
-TEST(StreamUsage, IsRefusedWhereItMeansNothing)
+TEST(StreamUsage, RefusesUnknownProceduresAndStreams)
 {
     Device device(with(2, 0));
     Procedure procedure(device, [](const Call&) {});
@@ -206,9 +203,9 @@ TEST(StreamUsage, IsRefusedWhereItMeansNothing)
         EXPECT_EQ(text(set(device, address('suse', output), wrong)), "nope");
     AudioHardwareIOProcStreamUsage read = usageOf(procedure.id(), 0, 0);
     ASSERT_EQ(readUsage(device, output, read), noErr);
-    EXPECT_EQ(read.mStreamIsOn[0], 1u) << "nothing was changed";
+    EXPECT_EQ(read.mStreamIsOn[0], 1u) << "unchanged";
     ASSERT_EQ(readUsage(device, input, read), noErr);
-    EXPECT_EQ(read.mNumberStreams, 0u) << "no stream at this side";
+    EXPECT_EQ(read.mNumberStreams, 0u) << "no stream on this side";
 }
 
 } // namespace

@@ -1,18 +1,18 @@
-// Listeners of things that end, and listeners that end one another.
-#include "tests/platform/hal/watcher.h"
+// Listeners of devices that end, and listeners that remove each other.
+#include "tests/platform/hal/recording_listener.h"
 
 #include <memory>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 AudioObjectPropertyAddress volume(UInt32 channel)
 {
     return address(kAudioDevicePropertyVolumeScalar, kAudioDevicePropertyScopeOutput, channel);
 }
 
-TEST(ListenerLife, ADeviceDiesOnceHoweverItGoes)
+TEST(ListenerLife, DeathIsNotifiedOnce)
 {
     const auto alive = address(kAudioDevicePropertyDeviceIsAlive);
     const struct {
@@ -20,115 +20,117 @@ TEST(ListenerLife, ADeviceDiesOnceHoweverItGoes)
     } facts[] = {{true, false}, {false, true}, {true, true}};
     for (const auto& fact : facts) {
         Device device;
-        Watcher exact(device, alive), anything(device);
+        RecordingListener exact(device, alive), any(device);
         const auto kill = [&] { KVXPlatformKillDevice(static_cast<KVXDeviceID>(AudioDeviceID{device})); };
         if (fact.isKilled) kill(), kill();
         if (fact.isUnplugged) device.unplug(), device.unplug();
-        waitUntilTold();
-        EXPECT_EQ(exact.takeTold(), std::vector<std::string>{"livn glob 0"});
-        EXPECT_EQ(anything.takeTold(), std::vector<std::string>{"livn glob 0"});
-        EXPECT_EQ(exact.remove(), noErr) << "of a device that is gone, too";
-        EXPECT_EQ(anything.remove(), noErr);
+        waitForNotifications();
+        EXPECT_EQ(exact.takeReceived(), std::vector<std::string>{"livn glob 0"});
+        EXPECT_EQ(any.takeReceived(), std::vector<std::string>{"livn glob 0"});
+        EXPECT_EQ(exact.remove(), noErr) << "also of a device that has ended";
+        EXPECT_EQ(any.remove(), noErr);
     }
-    EXPECT_EQ(account("property listener"), 0u);
+    EXPECT_EQ(liveCount("property listener"), 0u);
 }
 
-TEST(ListenerLife, OfADeviceThatIsGoneHearsNothingMoreAndCannotBeAdded)
+TEST(ListenerLife, EndedDeviceNotifiesNothingAndAcceptsNoListener)
 {
     Device device;
     const AudioDeviceID id = device;
-    Watcher watcher(id);
+    RecordingListener listener(id);
     device.unplug();
-    waitUntilTold();
-    EXPECT_EQ(watcher.count(), 1);
-    Device next; // never of the same number
+    waitForNotifications();
+    EXPECT_EQ(listener.count(), 1);
+    Device next; // has another ID
     set<Float32>(next, volume(1), 0.5f);
-    waitUntilTold();
-    EXPECT_EQ(watcher.count(), 1);
+    waitForNotifications();
+    EXPECT_EQ(listener.count(), 1);
     const auto at = volume(1);
-    const auto nobody = [](AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) -> OSStatus {
+    const auto ignore = [](AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) -> OSStatus {
         return noErr;
     };
-    EXPECT_EQ(AudioObjectAddPropertyListener(id, &at, nobody, nullptr), kAudioHardwareBadObjectError);
+    EXPECT_EQ(AudioObjectAddPropertyListener(id, &at, ignore, nullptr), kAudioHardwareBadObjectError);
 }
 
-TEST(ListenerLife, HearsNothingOfWhatWasBefore)
+TEST(ListenerLife, DoesNotReceiveEarlierChanges)
 {
     Device device;
     std::atomic<bool> mayGoOn{false}, isHeld{false};
-    Watcher slow(device, volume(1), [&] {
+    RecordingListener slow(device, volume(1), [&] {
         isHeld = true;
         waitFor([&] { return mayGoOn.load(); });
     });
     set<Float32>(device, volume(1), 0.5f);
     waitFor([&] { return isHeld.load(); });
-    set<Float32>(device, volume(2), 0.5f); // waits behind the slow one
-    Watcher late(device, volume(anyElement));
+    set<Float32>(device, volume(2), 0.5f); // queued after the slow one
+    RecordingListener late(device, volume(anyElement));
     set<Float32>(device, volume(1), 0.25f);
     mayGoOn = true;
-    waitUntilTold();
-    EXPECT_EQ(late.takeTold(), std::vector<std::string>{"volm outp 1"});
+    waitForNotifications();
+    EXPECT_EQ(late.takeReceived(), std::vector<std::string>{"volm outp 1"});
 }
 
-TEST(ListenerLife, MayEndAnotherThatHasNotBeenToldYet)
+TEST(ListenerLife, MayRemoveTheNextListenerInItsCall)
 {
     Device device;
-    std::unique_ptr<Watcher> second;
-    Watcher first(device, volume(1), [&] { EXPECT_EQ(second->remove(), noErr); });
-    second = std::make_unique<Watcher>(device, volume(1));
+    std::unique_ptr<RecordingListener> second;
+    RecordingListener first(device, volume(1), [&] { EXPECT_EQ(second->remove(), noErr); });
+    second = std::make_unique<RecordingListener>(device, volume(1));
     set<Float32>(device, volume(1), 0.5f);
-    waitUntilTold();
+    waitForNotifications();
     EXPECT_EQ(first.count(), 1);
-    EXPECT_EQ(second->count(), 0) << "they are told in the order in which they were added";
+    EXPECT_EQ(second->count(), 0) << "listeners are called in the order of registration";
 }
 
-TEST(ListenerLife, MayBeAddedInACallAndHearsOfTheNextChange)
+TEST(ListenerLife, AddedInACallReceivesTheNextChange)
 {
     Device device;
-    std::unique_ptr<Watcher> added;
-    Watcher first(device, volume(1), [&] {
-        if (!added) added = std::make_unique<Watcher>(device, volume(1));
+    std::unique_ptr<RecordingListener> added;
+    RecordingListener first(device, volume(1), [&] {
+        if (!added) added = std::make_unique<RecordingListener>(device, volume(1));
     });
     set<Float32>(device, volume(1), 0.5f);
-    waitUntilTold();
+    waitForNotifications();
     ASSERT_TRUE(added);
     EXPECT_EQ(added->count(), 0);
     set<Float32>(device, volume(1), 0.25f);
-    waitUntilTold();
+    waitForNotifications();
     EXPECT_EQ(added->count(), 1);
     EXPECT_EQ(first.count(), 2);
 }
 
-TEST(ListenerLife, IsToldAsOftenAsItWasAdded)
+TEST(ListenerLife, IsCalledOnceForEachRegistration)
 {
     Device device;
     static std::atomic<int> calls;
     calls = 0;
     const auto count = [](AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) -> OSStatus {
         ++calls;
-        return 'what'; // nobody looks at it
+        return 'what'; // ignored
     };
     const auto at = volume(1);
     for (int i = 0; i < 3; ++i) ASSERT_EQ(AudioObjectAddPropertyListener(device, &at, count, &calls), noErr);
     float level = 1;
     for (int expected : {3, 3 + 2, 3 + 2 + 1}) {
         set<Float32>(device, volume(1), level -= 0.125f);
-        waitUntilTold();
+        waitForNotifications();
         EXPECT_EQ(calls, expected);
-        EXPECT_EQ(AudioObjectRemovePropertyListener(device, &at, count, &calls), noErr) << "one at a time";
+        EXPECT_EQ(AudioObjectRemovePropertyListener(device, &at, count, &calls), noErr)
+            << "one registration at a time";
     }
     EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, count, &calls), noErr) << "none is left";
 }
 
-// Changes from three threads, listeners that come and go on a fourth: those that stay hear of every one.
-TEST(ListenerLife, AStormReachesThoseThatStay)
+// Three threads make changes while a fourth adds and removes listeners.
+TEST(ListenerLife, RemainingListenersReceiveEveryChange)
 {
-    constexpr int changers = 3, changes = 1000, stayers = 20;
+    constexpr int changers = 3, changes = 1000, remaining = 20;
     std::vector<std::unique_ptr<Device>> devices;
-    std::vector<std::unique_ptr<Watcher>> watchers;
+    std::vector<std::unique_ptr<RecordingListener>> listeners;
     for (int i = 0; i < changers; ++i) devices.push_back(std::make_unique<Device>());
-    for (int i = 0; i < stayers; ++i)
-        watchers.push_back(std::make_unique<Watcher>(*devices[std::size_t(i % changers)], volume(1)));
+    for (int i = 0; i < remaining; ++i)
+        listeners.push_back(
+            std::make_unique<RecordingListener>(*devices[std::size_t(i % changers)], volume(1)));
     std::atomic<int> changing{changers};
     std::vector<std::thread> threads;
     for (int i = 0; i < changers; ++i)
@@ -138,19 +140,19 @@ TEST(ListenerLife, AStormReachesThoseThatStay)
             --changing;
         });
     while (changing) {
-        std::atomic<bool> isGone{false}, hasErred{false};
-        Watcher passing(*devices[0], volume(1), [&] {
-            if (isGone) hasErred = true;
+        std::atomic<bool> isRemoved{false}, hasErred{false};
+        RecordingListener passing(*devices[0], volume(1), [&] {
+            if (isRemoved) hasErred = true;
         });
         passing.remove();
-        isGone = true;
+        isRemoved = true;
         EXPECT_FALSE(hasErred);
     }
     for (std::thread& thread : threads) thread.join();
-    waitUntilTold();
-    for (const auto& watcher : watchers) EXPECT_EQ(watcher->count(), changes);
-    watchers.clear();
-    EXPECT_EQ(account("property listener"), 0u);
+    waitForNotifications();
+    for (const auto& listener : listeners) EXPECT_EQ(listener->count(), changes);
+    listeners.clear();
+    EXPECT_EQ(liveCount("property listener"), 0u);
 }
 
 } // namespace

@@ -1,89 +1,25 @@
-// Who is told of which change, from which thread, and until when.
-#include "tests/platform/hal/bench.h"
-
-#include <mutex>
-#include <thread>
+// Which changes a listener receives, on which thread, and until when.
+#include "tests/platform/hal/recording_listener.h"
 
 namespace {
 
-using namespace bench;
-
-/// A listener that notes what it is told.
-class Listener {
-public:
-    Listener(AudioObjectID object, const AudioObjectPropertyAddress& at, std::function<void()> body = {})
-        : object_(object), at_(at), body_(std::move(body))
-    {
-        EXPECT_EQ(AudioObjectAddPropertyListener(object_, &at_, tell, this), noErr);
-    }
-    ~Listener() { remove(); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    OSStatus remove()
-    {
-        if (isRemoved_.exchange(true)) return noErr;
-        return AudioObjectRemovePropertyListener(object_, &at_, tell, this);
-    }
-
-    int count() const { return count_; }
-    std::vector<AudioObjectPropertyAddress> addresses()
-    {
-        const std::lock_guard<std::mutex> hold(lock_);
-        return addresses_;
-    }
-    std::thread::id thread()
-    {
-        const std::lock_guard<std::mutex> hold(lock_);
-        return thread_;
-    }
-
-private:
-    static OSStatus tell(AudioObjectID object, UInt32 count, const AudioObjectPropertyAddress* addresses,
-                         void* client)
-    {
-        auto& self = *static_cast<Listener*>(client);
-        EXPECT_EQ(object, self.object_);
-        EXPECT_GE(count, 1u);
-        {
-            const std::lock_guard<std::mutex> hold(self.lock_);
-            self.addresses_.insert(self.addresses_.end(), addresses, addresses + count);
-            self.thread_ = std::this_thread::get_id();
-        }
-        if (self.body_) self.body_();
-        ++self.count_;
-        return noErr;
-    }
-
-    AudioObjectID object_;
-    AudioObjectPropertyAddress at_;
-    std::function<void()> body_;
-    std::atomic<bool> isRemoved_{false};
-    std::atomic<int> count_{0};
-    std::mutex lock_;
-    std::vector<AudioObjectPropertyAddress> addresses_;
-    std::thread::id thread_;
-};
-
-constexpr auto anySelector = kAudioObjectPropertySelectorWildcard;
-constexpr auto anyScope = kAudioObjectPropertyScopeWildcard;
-constexpr auto anyElement = kAudioObjectPropertyElementWildcard;
+using namespace haltest;
 
 AudioObjectPropertyAddress volume(UInt32 channel)
 {
     return address(kAudioDevicePropertyVolumeScalar, kAudioDevicePropertyScopeOutput, channel);
 }
 
-TEST(Listeners, AreToldOfWhatTheyAskedFor)
+TEST(Listeners, ReceiveMatchingChanges)
 {
     Device device;
     const AudioObjectID id = device;
     const struct {
-        AudioObjectPropertyAddress wanted;
-        bool isTold;
+        AudioObjectPropertyAddress watched;
+        bool isReceived;
         const char* why;
     } facts[] = {
-        {volume(1), true, "just this"},
+        {volume(1), true, "this address"},
         {volume(2), false, "another channel"},
         {volume(anyElement), true, "any channel"},
         {address(kAudioDevicePropertyMute, kAudioDevicePropertyScopeOutput, 1), false, "another property"},
@@ -91,57 +27,50 @@ TEST(Listeners, AreToldOfWhatTheyAskedFor)
         {address(kAudioDevicePropertyVolumeScalar, anyScope, 1), true, "any scope"},
         {address(kAudioDevicePropertyVolumeScalar, kAudioDevicePropertyScopeInput, 1), false,
          "the other side"},
-        {address(anySelector, anyScope, anyElement), true, "anything"},
+        {address(anySelector, anyScope, anyElement), true, "any change"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        Listener last(id, address(anySelector, anyScope, anyElement));
-        Listener listener(id, fact.wanted);
+        RecordingListener listener(id, fact.watched);
         const float before = get<Float32>(id, volume(1));
         ASSERT_EQ(set<Float32>(id, volume(1), before == 0.5f ? 0.25f : 0.5f), noErr);
-        // Once a later change has been told, so have all before it.
-        ASSERT_EQ(set<UInt32>(id, address(kAudioDevicePropertyMute, kAudioDevicePropertyScopeOutput, 0),
-                              !get<UInt32>(
-                                  id, address(kAudioDevicePropertyMute, kAudioDevicePropertyScopeOutput, 0))),
-                  noErr);
-        waitFor([&] {
-            const auto told = last.addresses();
-            return !told.empty() && told.back().mSelector == kAudioDevicePropertyMute;
-        });
-        const auto told = listener.addresses();
-        const auto isVolume = [](const auto& at) { return at.mSelector == kAudioDevicePropertyVolumeScalar; };
-        EXPECT_EQ(std::count_if(told.begin(), told.end(), isVolume), fact.isTold ? 1 : 0);
+        const auto mute = address(kAudioDevicePropertyMute, kAudioDevicePropertyScopeOutput, 0);
+        ASSERT_EQ(set<UInt32>(id, mute, !get<UInt32>(id, mute)), noErr);
+        waitForNotifications();
+        const auto received = listener.takeReceived();
+        const auto isVolume = [](const std::string& at) { return at.substr(0, 4) == "volm"; };
+        EXPECT_EQ(std::count_if(received.begin(), received.end(), isVolume), fact.isReceived ? 1 : 0);
     }
 }
 
-TEST(Listeners, AreCalledFromAThreadOfThePlatforms)
+TEST(Listeners, AreCalledOnAThreadOfThePlatform)
 {
     Device device;
-    Listener listener(device, volume(1));
+    RecordingListener listener(device, volume(1));
     set<Float32>(device, volume(1), 0.5f);
     waitFor([&] { return listener.count() == 1; });
-    EXPECT_NE(listener.thread(), std::this_thread::get_id());
+    EXPECT_FALSE(listener.wasCalledHere());
 }
 
-TEST(Listeners, AreNotToldOfWhatStaysAsItIs)
+TEST(Listeners, DoNotReceiveUnchangedValues)
 {
     Device device;
-    Listener listener(device, address(anySelector, anyScope, anyElement));
-    set<Float32>(device, volume(1), 1.0f); // as it was
+    RecordingListener listener(device, address(anySelector, anyScope, anyElement));
+    set<Float32>(device, volume(1), 1.0f); // unchanged
     set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 64);
     set<Float32>(device, volume(2), 0.5f);
     waitFor([&] { return listener.count() > 0; });
-    for (const auto& at : listener.addresses()) EXPECT_EQ(at.mElement, 2u) << text(at.mSelector);
+    for (const std::string& at : listener.takeReceived()) EXPECT_EQ(at.back(), '2') << at;
 }
 
-TEST(Listeners, HearOfDevicesThatComeGoDieAndRun)
+TEST(Listeners, ReceiveChangesOfTheListAndOfADevicesState)
 {
     const auto devices = address(kAudioHardwarePropertyDevices);
-    Listener list(kAudioObjectSystemObject, devices);
+    RecordingListener list(kAudioObjectSystemObject, devices);
     Device device;
     waitFor([&] { return list.count() == 1; });
-    Listener alive(device, address(kAudioDevicePropertyDeviceIsAlive));
-    Listener running(device, address(kAudioDevicePropertyDeviceIsRunning));
+    RecordingListener alive(device, address(kAudioDevicePropertyDeviceIsAlive));
+    RecordingListener running(device, address(kAudioDevicePropertyDeviceIsRunning));
     {
         Procedure procedure(device, [](const Call&) {});
         procedure.start();
@@ -153,34 +82,34 @@ TEST(Listeners, HearOfDevicesThatComeGoDieAndRun)
     waitFor([&] { return alive.count() == 1; });
     device.unplug();
     waitFor([&] { return list.count() == 2; });
-    EXPECT_EQ(alive.remove(), noErr) << "what is gone can still be let go of";
-    EXPECT_EQ(alive.count(), 1) << "it died once";
+    EXPECT_EQ(alive.remove(), noErr) << "a listener of an ended device can be removed";
+    EXPECT_EQ(alive.count(), 1) << "one notification of its death";
 }
 
-TEST(Listeners, HearOfTheDefaultDevice)
+TEST(Listeners, ReceiveNewDefaultDevices)
 {
     const auto role = address(kAudioHardwarePropertyDefaultOutputDevice);
     Device device;
-    Listener listener(kAudioObjectSystemObject, role);
+    RecordingListener listener(kAudioObjectSystemObject, role);
     set<AudioDeviceID>(kAudioObjectSystemObject, role, device);
     waitFor([&] { return listener.count() == 1; });
     device.unplug();
     waitFor([&] { return listener.count() == 2; });
 }
 
-TEST(Listeners, RemoveThemselvesInTheirOwnCall)
+TEST(Listeners, MayRemoveThemselvesInTheirOwnCall)
 {
     Device device;
-    Listener* self = nullptr;
-    Listener once(device, volume(1), [&] { EXPECT_EQ(self->remove(), noErr); });
+    RecordingListener* self = nullptr;
+    RecordingListener once(device, volume(1), [&] { EXPECT_EQ(self->remove(), noErr); });
     self = &once;
-    Listener always(device, volume(1));
+    RecordingListener always(device, volume(1));
     for (float value : {0.1f, 0.2f, 0.3f}) set<Float32>(device, volume(1), value);
     waitFor([&] { return always.count() == 3; });
     EXPECT_EQ(once.count(), 1);
 }
 
-TEST(Listeners, AreNotCalledOnceTheyAreRemoved)
+TEST(Listeners, AreNotCalledAfterRemoval)
 {
     Device device;
     std::atomic<bool> mustEnd{false};
@@ -189,24 +118,24 @@ TEST(Listeners, AreNotCalledOnceTheyAreRemoved)
             set<Float32>(device, volume(1), value);
     });
     for (int i = 0; i < 200; ++i) {
-        std::atomic<bool> isGone{false}, hasErred{false};
-        Listener listener(device, volume(1), [&] {
-            if (isGone) hasErred = true;
+        std::atomic<bool> isRemoved{false}, hasErred{false};
+        RecordingListener listener(device, volume(1), [&] {
+            if (isRemoved) hasErred = true;
         });
         if (i % 4 == 0) waitFor([&] { return listener.count() > 0; });
         listener.remove();
-        isGone = true;
+        isRemoved = true;
         EXPECT_FALSE(hasErred);
     }
     mustEnd = true;
     busy.join();
-    EXPECT_EQ(account("property listener"), 0u);
+    EXPECT_EQ(liveCount("property listener"), 0u);
 }
 
-TEST(Listeners, MayChangeWhatTheyListenTo)
+TEST(Listeners, MaySetTheirOwnProperty)
 {
     Device device;
-    Listener listener(device, volume(1), [&] {
+    RecordingListener listener(device, volume(1), [&] {
         const float value = get<Float32>(device, volume(1));
         if (value > 0.5f) set<Float32>(device, volume(1), value - 0.0625f);
     });
@@ -214,24 +143,24 @@ TEST(Listeners, MayChangeWhatTheyListenTo)
     waitFor([&] { return get<Float32>(device, volume(1)) == 0.5f; });
 }
 
-OSStatus nobody(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) { return noErr; }
+OSStatus ignore(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) { return noErr; }
 
-TEST(Listeners, AnswerMisuse)
+TEST(Listeners, RefuseMisuse)
 {
     Device device;
     const AudioObjectID none = 0x7FFFFFFF;
     const auto at = volume(1), other = volume(2);
     int a = 0, b = 0;
-    EXPECT_EQ(AudioObjectAddPropertyListener(none, &at, nobody, &a), kAudioHardwareBadObjectError);
-    EXPECT_NE(AudioObjectAddPropertyListener(device, nullptr, nobody, &a), noErr);
+    EXPECT_EQ(AudioObjectAddPropertyListener(none, &at, ignore, &a), kAudioHardwareBadObjectError);
+    EXPECT_NE(AudioObjectAddPropertyListener(device, nullptr, ignore, &a), noErr);
     EXPECT_NE(AudioObjectAddPropertyListener(device, &at, nullptr, &a), noErr);
-    EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, nobody, &a), noErr) << "never added";
-    ASSERT_EQ(AudioObjectAddPropertyListener(device, &at, nobody, &a), noErr);
-    EXPECT_NE(AudioObjectRemovePropertyListener(device, &other, nobody, &a), noErr) << "all four must match";
-    EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, nobody, &b), noErr);
-    EXPECT_NE(AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &at, nobody, &a), noErr);
-    EXPECT_EQ(AudioObjectRemovePropertyListener(device, &at, nobody, &a), noErr);
-    EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, nobody, &a), noErr) << "once";
+    EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, ignore, &a), noErr) << "never added";
+    ASSERT_EQ(AudioObjectAddPropertyListener(device, &at, ignore, &a), noErr);
+    EXPECT_NE(AudioObjectRemovePropertyListener(device, &other, ignore, &a), noErr) << "all four must match";
+    EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, ignore, &b), noErr);
+    EXPECT_NE(AudioObjectRemovePropertyListener(kAudioObjectSystemObject, &at, ignore, &a), noErr);
+    EXPECT_EQ(AudioObjectRemovePropertyListener(device, &at, ignore, &a), noErr);
+    EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, ignore, &a), noErr) << "only once";
 }
 
 } // namespace

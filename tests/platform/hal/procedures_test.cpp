@@ -1,5 +1,5 @@
-// Adding, starting, stopping and removing from outside: codes, counts, and calls that end in time.
-#include "tests/platform/hal/bench.h"
+// Adding, starting, stopping and removing procedures outside a cycle.
+#include "tests/platform/hal/test_device.h"
 
 #include <chrono>
 #include <functional>
@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr OSStatus good = noErr, refused = kAudioHardwareIllegalOperationError,
                    noDevice = kAudioHardwareBadDeviceError;
@@ -25,10 +25,10 @@ OSStatus other(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, con
     return 'none';
 }
 
-TEST(Procedures, AnswerEveryOrderOfCalls)
+TEST(Procedures, ReturnTheStatedStatusInAnyOrder)
 {
     Device device;
-    const AudioDeviceID id = device, nobody = 0x7FFFFFFF;
+    const AudioDeviceID id = device, missing = 0x7FFFFFFF;
     const struct {
         std::function<OSStatus()> call;
         OSStatus expected;
@@ -39,32 +39,32 @@ TEST(Procedures, AnswerEveryOrderOfCalls)
         {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, refused, "never added"},
         {[=] { return AudioDeviceAddIOProc(id, nullptr, nullptr); }, refused, "no procedure"},
         {[=] { return AudioDeviceAddIOProc(id, quiet, nullptr); }, good, "the first time"},
-        {[=] { return AudioDeviceAddIOProc(id, quiet, nullptr); }, refused, "it is there already"},
-        {[=] { return AudioDeviceAddIOProc(id, other, nullptr); }, good, "another is another"},
-        {[=] { return AudioDeviceStop(id, quiet); }, good, "added, though not started"},
-        {[=] { return AudioDeviceStart(id, quiet); }, good, "added"},
-        {[=] { return AudioDeviceStart(id, quiet); }, good, "twice is once"},
-        {[=] { return AudioDeviceStop(id, quiet); }, good, "once is enough"},
+        {[=] { return AudioDeviceAddIOProc(id, quiet, nullptr); }, refused, "already registered"},
+        {[=] { return AudioDeviceAddIOProc(id, other, nullptr); }, good, "another procedure"},
+        {[=] { return AudioDeviceStop(id, quiet); }, good, "registered, though not started"},
+        {[=] { return AudioDeviceStart(id, quiet); }, good, "registered"},
+        {[=] { return AudioDeviceStart(id, quiet); }, good, "a second start does nothing"},
+        {[=] { return AudioDeviceStop(id, quiet); }, good, "one stop suffices"},
         {[=] { return AudioDeviceStart(id, quiet); }, good, "again"},
-        {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, good, "stops it by the way"},
-        {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, refused, "it is gone"},
-        {[=] { return AudioDeviceStop(id, quiet); }, refused, "it is gone"},
-        {[=] { return AudioDeviceDestroyIOProcID(id, other); }, refused, "a function is no ID of its own"},
-        {[=] { return AudioDeviceRemoveIOProc(id, other); }, good, "the other is still there"},
+        {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, good, "stops it as well"},
+        {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, refused, "removed"},
+        {[=] { return AudioDeviceStop(id, quiet); }, refused, "removed"},
+        {[=] { return AudioDeviceDestroyIOProcID(id, other); }, refused, "a function is no unique ID"},
+        {[=] { return AudioDeviceRemoveIOProc(id, other); }, good, "the other is still registered"},
         {[=] { return AudioDeviceStop(id, nullptr); }, refused, "the device itself was not started"},
         {[=] { return AudioDeviceCreateIOProcID(id, quiet, nullptr, nullptr); }, refused,
-         "nowhere to put the ID"},
-        {[=] { return AudioDeviceAddIOProc(nobody, quiet, nullptr); }, noDevice, "no such device"},
-        {[=] { return AudioDeviceRemoveIOProc(nobody, quiet); }, noDevice, "no such device"},
-        {[=] { return AudioDeviceStart(nobody, quiet); }, noDevice, "no such device"},
-        {[=] { return AudioDeviceStop(nobody, quiet); }, noDevice, "no such device"},
+         "no result for the ID"},
+        {[=] { return AudioDeviceAddIOProc(missing, quiet, nullptr); }, noDevice, "no such device"},
+        {[=] { return AudioDeviceRemoveIOProc(missing, quiet); }, noDevice, "no such device"},
+        {[=] { return AudioDeviceStart(missing, quiet); }, noDevice, "no such device"},
+        {[=] { return AudioDeviceStop(missing, quiet); }, noDevice, "no such device"},
         {[=] { return AudioDeviceStart(kAudioObjectSystemObject, quiet); }, noDevice,
          "an object, but no device"},
-        {[=] { return AudioDeviceAddIOProc(0, quiet, nullptr); }, noDevice, "0 is none"},
+        {[=] { return AudioDeviceAddIOProc(0, quiet, nullptr); }, noDevice, "0 is no device"},
     };
     for (const auto& fact : facts) EXPECT_EQ(text(fact.call()), text(fact.expected)) << fact.why;
     EXPECT_EQ(KVXPlatformStep(device, 64), 0u);
-    EXPECT_EQ(account("IOProc"), 0u);
+    EXPECT_EQ(liveCount("IOProc"), 0u);
 }
 
 TEST(Procedures, OneFunctionHasSeveralIDs)
@@ -72,8 +72,8 @@ TEST(Procedures, OneFunctionHasSeveralIDs)
     Device device;
     std::vector<AudioDeviceIOProcID> ids(3);
     for (auto& id : ids) ASSERT_EQ(AudioDeviceCreateIOProcID(device, quiet, nullptr, &id), noErr);
-    ASSERT_EQ(AudioDeviceAddIOProc(device, quiet, nullptr), noErr) << "and may be there by itself, too";
-    EXPECT_EQ(account("IOProc"), 4u);
+    ASSERT_EQ(AudioDeviceAddIOProc(device, quiet, nullptr), noErr) << "and may be registered without an ID";
+    EXPECT_EQ(liveCount("IOProc"), 4u);
     for (auto id : ids) EXPECT_EQ(AudioDeviceStart(device, id), noErr);
     EXPECT_EQ(AudioDeviceDestroyIOProcID(device, ids[1]), noErr);
     EXPECT_EQ(AudioDeviceStop(device, ids[1]), refused);
@@ -81,7 +81,7 @@ TEST(Procedures, OneFunctionHasSeveralIDs)
     EXPECT_EQ(AudioDeviceDestroyIOProcID(device, ids[0]), noErr);
     EXPECT_EQ(AudioDeviceDestroyIOProcID(device, ids[2]), noErr);
     EXPECT_EQ(AudioDeviceRemoveIOProc(device, quiet), noErr);
-    EXPECT_EQ(account("IOProc"), 0u);
+    EXPECT_EQ(liveCount("IOProc"), 0u);
 }
 
 TEST(Procedures, AreNotCalledAfterAStopFromAnotherThread)
@@ -93,20 +93,21 @@ TEST(Procedures, AreNotCalledAfterAStopFromAnotherThread)
             Procedure procedure(device, [&](const Call&) {
                 isInside = true;
                 if (!mayBeCalled) hasErred = true;
-                std::this_thread::sleep_for(std::chrono::microseconds(200)); // long enough to be met inside
+                std::this_thread::sleep_for(
+                    std::chrono::microseconds(200)); // long enough for a stop during the call
                 isInside = false;
             });
             ASSERT_EQ(procedure.start(), noErr);
             waitFor([&] { return procedure.calls() > 0; });
             ASSERT_EQ(isRemoved ? procedure.remove() : procedure.stop(), noErr);
-            EXPECT_FALSE(isInside) << "a call under way has ended";
+            EXPECT_FALSE(isInside) << "the call in progress has returned";
             mayBeCalled = false;
             procedure.remove();
             EXPECT_FALSE(hasErred);
         }
 }
 
-TEST(Procedures, OthersGoOnWhileOneComesAndGoes)
+TEST(Procedures, OthersContinueWhileOneStartsAndStops)
 {
     Device device(Device::paced());
     Procedure steady(device, [](const Call&) {});
@@ -134,21 +135,21 @@ TEST(Procedures, StartAndStopFromManyThreads)
             }
         });
     for (auto& thread : threads) thread.join();
-    EXPECT_EQ(account("IOProc"), 0u);
+    EXPECT_EQ(liveCount("IOProc"), 0u);
 }
 
-TEST(Procedures, AddingWaitsForNoCallUnderWay)
+TEST(Procedures, AddingDoesNotWaitForACallInProgress)
 {
-    // A program may hold a lock that its procedure wants while it adds or starts another one.
+    // A program may hold a lock that its procedure waits for while it adds or starts another one.
     Device device(Device::paced());
-    std::mutex ofTheProgram;
+    std::mutex programLock;
     std::atomic<bool> isWaiting{false};
-    std::unique_lock<std::mutex> lock(ofTheProgram);
-    Procedure patient(device, [&](const Call&) {
+    std::unique_lock<std::mutex> lock(programLock);
+    Procedure blocked(device, [&](const Call&) {
         isWaiting = true;
-        const std::lock_guard<std::mutex> inside(ofTheProgram);
+        const std::lock_guard<std::mutex> inside(programLock);
     });
-    patient.start();
+    blocked.start();
     waitFor([&] { return isWaiting.load(); });
     Procedure late(device, [](const Call&) {});
     EXPECT_EQ(late.start(), noErr);
@@ -162,24 +163,24 @@ TEST(Procedures, AddingWaitsForNoCallUnderWay)
     waitFor([&] { return late.calls() > 0; });
 }
 
-TEST(Procedures, StoppingOneWaitsForNoOther)
+TEST(Procedures, StoppingOneDoesNotWaitForAnother)
 {
     Device device(Device::paced());
-    std::mutex ofTheProgram;
+    std::mutex programLock;
     std::atomic<bool> isWaiting{false};
     Procedure quick(device, [](const Call&) {});
-    Procedure patient(device, [&](const Call&) {
+    Procedure blocked(device, [&](const Call&) {
         isWaiting = true;
-        const std::lock_guard<std::mutex> inside(ofTheProgram);
+        const std::lock_guard<std::mutex> inside(programLock);
     });
     quick.start();
-    std::unique_lock<std::mutex> lock(ofTheProgram);
-    patient.start();
+    std::unique_lock<std::mutex> lock(programLock);
+    blocked.start();
     waitFor([&] { return isWaiting.load(); });
     EXPECT_EQ(quick.stop(), noErr);
     EXPECT_EQ(quick.remove(), noErr);
     lock.unlock();
-    EXPECT_EQ(patient.stop(), noErr);
+    EXPECT_EQ(blocked.stop(), noErr);
 }
 
 } // namespace

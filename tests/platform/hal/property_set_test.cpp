@@ -1,5 +1,5 @@
-// What can be set: what it becomes, who is told of what, and who is not.
-#include "tests/platform/hal/watcher.h"
+// Settable properties: their values, their notifications, and refused values.
+#include "tests/platform/hal/recording_listener.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -10,23 +10,23 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr UInt32 global = kAudioObjectPropertyScopeGlobal, output = kAudioDevicePropertyScopeOutput,
                  input = kAudioDevicePropertyScopeInput;
 constexpr AudioObjectID systemObject = kAudioObjectSystemObject;
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
-using Told = std::vector<std::string>;
+using Notifications = std::vector<std::string>;
 
-/// What `act` makes an object tell.
-Told toldBy(AudioObjectID object, const std::function<void()>& act)
+/// The notifications of an object while `act` runs.
+Notifications notificationsOf(AudioObjectID object, const std::function<void()>& act)
 {
-    Watcher watcher(object);
+    RecordingListener listener(object);
     act();
-    waitUntilTold();
-    EXPECT_FALSE(watcher.wasToldHere()) << "never by the thread that sets";
-    return watcher.takeTold();
+    waitForNotifications();
+    EXPECT_FALSE(listener.wasCalledHere()) << "never on the thread that sets";
+    return listener.takeReceived();
 }
 
 AudioStreamID streamOf(AudioDeviceID device) { return getAll<AudioStreamID>(device, address('stm#')).at(0); }
@@ -66,13 +66,13 @@ struct Setting {
     Of object;
     AudioObjectPropertyAddress at;
     std::vector<char> value;
-    Told told; ///< by the object itself
+    Notifications received; ///< of the object itself
 };
 
-const Told newRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"};
-const Told newRateOfItsOwn = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0", "sfm# glob 0"};
-const Told newSlice = {"fsiz glob 0", "bsiz glob 0", "slay glob 0"};
-const Told newFormat = {"sfmt glob 0", "pft  glob 0"};
+const Notifications newRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"};
+const Notifications newUncommonRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0", "sfm# glob 0"};
+const Notifications newSlice = {"fsiz glob 0", "bsiz glob 0", "slay glob 0"};
+const Notifications newFormat = {"sfmt glob 0", "pft  glob 0"};
 
 std::vector<Setting> settings()
 {
@@ -83,9 +83,9 @@ std::vector<Setting> settings()
         {Of::device, address('fsiz'), bytesOf<UInt32>(8192), newSlice},
         {Of::device, address('bsiz', output), bytesOf<UInt32>(96 * 8), newSlice},
         {Of::device, address('nsrt'), bytesOf<Float64>(48000), newRate},
-        {Of::device, address('nsrt', input), bytesOf<Float64>(1000), newRateOfItsOwn},
-        {Of::device, address('nsrt', output), bytesOf<Float64>(768000), newRateOfItsOwn},
-        {Of::device, address('sfmt'), bytesOf(formatAt(22050)), newRateOfItsOwn},
+        {Of::device, address('nsrt', input), bytesOf<Float64>(1000), newUncommonRate},
+        {Of::device, address('nsrt', output), bytesOf<Float64>(768000), newUncommonRate},
+        {Of::device, address('sfmt'), bytesOf(formatAt(22050)), newUncommonRate},
         {Of::device, address('sfmt', output, 2), bytesOf(formatAt(32000)), newRate},
         {Of::device, address('volm', output, 1), bytesOf<Float32>(0.5f), {"volm outp 1", "vold outp 1"}},
         {Of::device, address('volm', global, 2), bytesOf<Float32>(0), {"volm outp 2", "vold outp 2"}},
@@ -103,7 +103,7 @@ std::vector<Setting> settings()
     };
 }
 
-TEST(Setting, IsReadBackAndToldOnceAndSettingItAgainIsNoNews)
+TEST(Setting, IsReadBackAndNotifiedOnce)
 {
     Device device;
     const AudioStreamID stream = streamOf(device);
@@ -113,25 +113,26 @@ TEST(Setting, IsReadBackAndToldOnceAndSettingItAgainIsNoNews)
                                      : setting.object == Of::stream ? stream
                                                                     : systemObject;
         const auto setIt = [&] { EXPECT_EQ(text(setBytes(object, setting.at, setting.value)), text(noErr)); };
-        if (setting.object == Of::system) { // the wait makes it tell as well, so just this is counted
-            const auto isThis = [&](const std::string& at) { return at == setting.told[0]; };
-            const Told told = toldBy(object, setIt), again = toldBy(object, setIt);
-            const int ofTheWait = setting.told[0] == "slep glob 0" ? 2 : 0;
-            EXPECT_EQ(std::count_if(told.begin(), told.end(), isThis), 1 + ofTheWait);
+        if (setting.object == Of::system) { // the wait notifies it as well, so only this property is counted
+            const auto isThis = [&](const std::string& at) { return at == setting.received[0]; };
+            const Notifications first = notificationsOf(object, setIt),
+                                again = notificationsOf(object, setIt);
+            const int ofTheWait = setting.received[0] == "slep glob 0" ? 2 : 0;
+            EXPECT_EQ(std::count_if(first.begin(), first.end(), isThis), 1 + ofTheWait);
             EXPECT_EQ(std::count_if(again.begin(), again.end(), isThis), ofTheWait);
             EXPECT_EQ(getAll<char>(object, setting.at), setting.value);
             continue;
         }
-        EXPECT_EQ(toldBy(object, setIt), setting.told);
+        EXPECT_EQ(notificationsOf(object, setIt), setting.received);
         EXPECT_EQ(getAll<char>(object, setting.at), setting.value);
-        EXPECT_EQ(toldBy(object, setIt), Told{}) << "as it was";
+        EXPECT_EQ(notificationsOf(object, setIt), Notifications{}) << "unchanged";
     }
     for (auto selector : {'slep', 'unld'})
         set<UInt32>(systemObject, address(static_cast<UInt32>(selector)), selector == 'slep');
 }
 
-// The device's rate is its streams', and whoever of them is set, all tell.
-TEST(Setting, OfTheRateIsToldByDeviceAndStream)
+// The device and its streams have one rate: a change of any notifies all.
+TEST(Setting, RateNotifiesDeviceAndStream)
 {
     Device device;
     const AudioStreamID stream = streamOf(device);
@@ -147,18 +148,18 @@ TEST(Setting, OfTheRateIsToldByDeviceAndStream)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(text(fact.at));
-        Watcher byDevice(device), byStream(stream);
+        RecordingListener ofDevice(device), ofStream(stream);
         ASSERT_EQ(setBytes(fact.object, fact.at, fact.value), noErr);
-        waitUntilTold();
-        EXPECT_EQ(byDevice.takeTold(), newRate);
-        EXPECT_EQ(byStream.takeTold(), newFormat);
+        waitForNotifications();
+        EXPECT_EQ(ofDevice.takeReceived(), newRate);
+        EXPECT_EQ(ofStream.takeReceived(), newFormat);
         EXPECT_EQ(get<Float64>(device, address('nsrt')),
                   get<AudioStreamBasicDescription>(stream, address('pft ')).mSampleRate);
     }
 }
 
-// A listener hears of its own address, whatever the scope or the interface through which the change was made.
-TEST(Setting, IsToldAtTheAddressThatWasAskedFor)
+// The scope and the interface of the setter do not matter.
+TEST(Setting, NotifiesListenersAtTheirOwnAddress)
 {
     Device device;
     float level = 1;
@@ -167,7 +168,7 @@ TEST(Setting, IsToldAtTheAddressThatWasAskedFor)
     const struct {
         AudioObjectPropertyAddress watched;
         std::function<OSStatus()> change;
-        Told told;
+        Notifications received;
     } facts[] = {
         {address('fsiz'),
          [&] {
@@ -207,14 +208,14 @@ TEST(Setting, IsToldAtTheAddressThatWasAskedFor)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(text(fact.watched));
-        Watcher watcher(device, fact.watched);
+        RecordingListener listener(device, fact.watched);
         EXPECT_EQ(text(fact.change()), text(noErr));
-        waitUntilTold();
-        EXPECT_EQ(watcher.takeTold(), fact.told);
+        waitForNotifications();
+        EXPECT_EQ(listener.takeReceived(), fact.received);
     }
 }
 
-TEST(Setting, OutOfRangeIsRefusedAndNoNews)
+TEST(Setting, OutOfRangeIsRefusedWithoutNotification)
 {
     Device device;
     const AudioStreamID stream = streamOf(device);
@@ -233,7 +234,7 @@ TEST(Setting, OutOfRangeIsRefusedAndNoNews)
         {device, address('fsiz'), bytesOf<UInt32>(8193), "nope"},
         {device, address('fsiz'), bytesOf<UInt32>(0xFFFFFFFF), "nope"},
         {device, address('bsiz', output), bytesOf<UInt32>(0), "nope"},
-        {device, address('bsiz', output), bytesOf<UInt32>(511), "nope"}, // no whole frame
+        {device, address('bsiz', output), bytesOf<UInt32>(511), "nope"}, // not a whole number of frames
         {device, address('bsiz', output), bytesOf<UInt32>(8193 * 8), "nope"},
         {device, address('nsrt'), bytesOf<Float64>(999.999), "!dat"},
         {device, address('nsrt'), bytesOf<Float64>(768000.1), "!dat"},
@@ -249,13 +250,13 @@ TEST(Setting, OutOfRangeIsRefusedAndNoNews)
         SCOPED_TRACE(text(fact.at));
         const auto before = getAll<char>(fact.object, fact.at);
         const auto refuse = [&] { EXPECT_EQ(text(setBytes(fact.object, fact.at, fact.value)), fact.status); };
-        EXPECT_EQ(toldBy(fact.object, refuse), Told{});
+        EXPECT_EQ(notificationsOf(fact.object, refuse), Notifications{});
         EXPECT_EQ(getAll<char>(fact.object, fact.at), before);
     }
 }
 
-// Fields of 0 are not compared, so a format of nothing but a rate is one.
-TEST(Setting, OfAFormatMayLeaveFieldsOpen)
+// Fields of 0 are ignored, so a format may have a rate only.
+TEST(Setting, FormatMayLeaveFieldsZero)
 {
     Device device;
     AudioStreamBasicDescription format = {};
@@ -291,7 +292,7 @@ TEST(Setting, ConvertsBetweenScalarsAndDecibels)
     float last = -65;
     for (int i = 0; i <= 1000; ++i) {
         const float scalar = static_cast<float>(i) / 1000, decibels = convert('v2db', scalar);
-        EXPECT_GT(decibels, last) << "louder is louder";
+        EXPECT_GT(decibels, last) << "monotonic";
         EXPECT_NEAR(convert('db2v', decibels), scalar, 1e-6f);
         last = decibels;
     }
@@ -300,17 +301,14 @@ TEST(Setting, ConvertsBetweenScalarsAndDecibels)
         float value, expected;
         const char* why;
     } edges[] = {
-        {'v2db', -1, -64, "there is nothing below silence"},
-        {'v2db', 2, 0, "nor above full volume"},
-        {'v2db', INFINITY, 0, "however loud"},
-        {'db2v', -1000, 0, "below the range"},
-        {'db2v', -INFINITY, 0, "silence, as the logarithm has it"},
-        {'db2v', 6, 1, "no gain"},
+        {'v2db', -1, -64, "silence is the lowest"},         {'v2db', 2, 0, "full volume is the highest"},
+        {'v2db', INFINITY, 0, "infinity is clamped"},       {'db2v', -1000, 0, "below the range"},
+        {'db2v', -INFINITY, 0, "the logarithm of silence"}, {'db2v', 6, 1, "no amplification"},
     };
     for (const auto& fact : edges) EXPECT_EQ(convert(fact.selector, fact.value), fact.expected) << fact.why;
 }
 
-TEST(Setting, OfAVolumeStaysInItsRange)
+TEST(Setting, VolumeIsClamped)
 {
     Device device;
     const struct {
@@ -325,18 +323,18 @@ TEST(Setting, OfAVolumeStaysInItsRange)
         EXPECT_EQ(get<Float32>(device, address('volm', output, 1)), fact.scalar)
             << text(fact.selector) << " " << fact.value;
     }
-    EXPECT_EQ(get<Float32>(device, address('volm', output, 2)), 1.0f) << "the other channel's is its own";
+    EXPECT_EQ(get<Float32>(device, address('volm', output, 2)), 1.0f) << "the other channel is unchanged";
 }
 
 // ---- data sources ----
 
-TEST(Setting, OfTheDataSourceIsSeenAtTheStream)
+TEST(Setting, DataSourceChangesTheTerminalType)
 {
     Device device;
     const AudioStreamID stream = streamOf(device);
     const struct {
         UInt32 source, terminal;
-        Told told; ///< by the stream
+        Notifications received; ///< of the stream
     } facts[] = {
         {'spkr', 'spkr', {}},
         {'hdpn', 'hdph', {"term glob 0"}},
@@ -344,9 +342,9 @@ TEST(Setting, OfTheDataSourceIsSeenAtTheStream)
         {'spkr', 'spkr', {"term glob 0"}},
     };
     for (const auto& fact : facts) {
-        EXPECT_EQ(
-            toldBy(stream, [&] { EXPECT_EQ(set(device, address('ssrc', output), fact.source), noErr); }),
-            fact.told);
+        EXPECT_EQ(notificationsOf(
+                      stream, [&] { EXPECT_EQ(set(device, address('ssrc', output), fact.source), noErr); }),
+                  fact.received);
         EXPECT_EQ(text(get<UInt32>(device, address('ssrc'))), text(fact.source));
         EXPECT_EQ(text(get<UInt32>(stream, address('term'))), text(fact.terminal));
     }
@@ -356,19 +354,19 @@ TEST(Setting, OfTheDataSourceIsSeenAtTheStream)
 
 // ---- hog mode ----
 
-// What is set is the caller's: perhaps the bytes of a text that others share.
-TEST(Setting, OfHogModeTogglesAndLeavesTheValueAlone)
+// The value belongs to the caller, and may be memory that other objects share.
+TEST(Setting, HogModeTogglesAndKeepsTheCallersValue)
 {
     Device device;
     const auto at = address('oink');
     const auto self = static_cast<SInt32>(getpid());
-    for (SInt32 given : {self, SInt32{-1}, SInt32{4711}, SInt32{0}}) // it is not looked at
+    for (SInt32 given : {self, SInt32{-1}, SInt32{4711}, SInt32{0}}) // ignored
         for (SInt32 owner : {self, SInt32{-1}}) {
             SInt32 value = given;
             const auto toggle = [&] {
                 EXPECT_EQ(AudioObjectSetPropertyData(device, &at, 0, nullptr, sizeof value, &value), noErr);
             };
-            EXPECT_EQ(toldBy(device, toggle), Told{"oink glob 0"});
+            EXPECT_EQ(notificationsOf(device, toggle), Notifications{"oink glob 0"});
             EXPECT_EQ(value, given);
             EXPECT_EQ(get<SInt32>(device, at), owner);
         }
@@ -382,16 +380,16 @@ struct Role {
 };
 constexpr Role roles[] = {{'dOut', false}, {'sOut', false}, {'dIn ', true}};
 
-TEST(Setting, OfDefaultDevicesTakesThoseThatFit)
+TEST(Setting, DefaultDeviceMustBeAliveAndHaveThatSide)
 {
     Device device, dead;
     KVXPlatformKillDevice(dead);
     const AudioDeviceID microphone = get<AudioDeviceID>(systemObject, address('dIn '));
     const AudioDeviceID builtIn = KVXPlatformBuiltInSimulatedDevice();
-    AudioDeviceID gone;
+    AudioDeviceID ended;
     {
         Device passing;
-        gone = passing;
+        ended = passing;
     }
     for (const Role& role : roles) {
         SCOPED_TRACE(text(role.selector));
@@ -401,34 +399,34 @@ TEST(Setting, OfDefaultDevicesTakesThoseThatFit)
             AudioDeviceID device;
             const char* why;
         } unfit[] = {{0, "no device"},
-                     {systemObject, "the system itself"},
-                     {0x7FFFFFFF, "nobody"},
+                     {systemObject, "the system object"},
+                     {0x7FFFFFFF, "a missing device"},
                      {streamOf(device), "a stream"},
-                     {dead, "a dead one"},
-                     {gone, "one that has gone"},
-                     {role.isInput ? AudioDeviceID{device} : microphone, "one without that side"}};
-        Watcher watcher(systemObject, at);
+                     {dead, "a dead device"},
+                     {ended, "an ended device"},
+                     {role.isInput ? AudioDeviceID{device} : microphone, "a device without that side"}};
+        RecordingListener listener(systemObject, at);
         for (const auto& fact : unfit) {
             EXPECT_EQ(text(set(systemObject, at, fact.device)), "!dev") << fact.why;
             EXPECT_EQ(AudioHardwareSetProperty(role.selector, 4, &fact.device), kAudioHardwareBadDeviceError);
             EXPECT_EQ(get<AudioDeviceID>(systemObject, at), before) << fact.why;
         }
         EXPECT_EQ(set(systemObject, at, before), noErr);
-        waitUntilTold();
-        EXPECT_EQ(watcher.count(), 0) << "nothing has changed";
-        if (role.isInput) continue; // there is one microphone
+        waitForNotifications();
+        EXPECT_EQ(listener.count(), 0) << "unchanged";
+        if (role.isInput) continue; // only one device has an input
         for (AudioDeviceID next : {AudioDeviceID{device}, builtIn}) {
             EXPECT_EQ(set(systemObject, at, next), noErr);
             EXPECT_EQ(get<AudioDeviceID>(systemObject, at), next);
         }
-        waitUntilTold();
-        EXPECT_EQ(watcher.takeTold(), (Told{text(at), text(at)}));
+        waitForNotifications();
+        EXPECT_EQ(listener.takeReceived(), (Notifications{text(at), text(at)}));
     }
 }
 
 // ---- qualifiers and translations ----
 
-TEST(Setting, OfAQualifierChoosesOwnedObjects)
+TEST(Setting, QualifierSelectsOwnedObjects)
 {
     Device device;
     const auto at = address('ownd');
@@ -446,8 +444,8 @@ TEST(Setting, OfAQualifierChoosesOwnedObjects)
         {device, {'actl', 'astr'}, 1, "either"},
         {device, {'actl', 'aplg'}, 0, "neither"},
         {systemObject, {'adev'}, 3, "devices"},
-        {systemObject, {'astr'}, 0, "streams are their devices'"},
-        {systemObject, {'aobj', 'aobj'}, 3, "each once"},
+        {systemObject, {'astr'}, 0, "devices own the streams"},
+        {systemObject, {'aobj', 'aobj'}, 3, "each only once"},
     };
     for (const auto& fact : facts) {
         const auto bytes = static_cast<UInt32>(fact.classes.size() * sizeof(AudioClassID));
@@ -464,16 +462,17 @@ TEST(Setting, OfAQualifierChoosesOwnedObjects)
     }
     UInt32 size = 0;
     EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 4, nullptr, &size), noErr)
-        << "a size without a list";
+        << "a null list is no qualifier";
     EXPECT_EQ(size, 4u);
     const AudioClassID streams = 'astr';
-    EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 3, &streams, &size), noErr) << "no whole class";
+    EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 3, &streams, &size), noErr)
+        << "less than one class is no qualifier";
     EXPECT_EQ(size, 4u);
 }
 
-TEST(Setting, OfATranslationFindsDevicesByTheirUID)
+TEST(Setting, TranslationFindsDevicesByUID)
 {
-    const uint32_t strings = account("CFString");
+    const uint32_t strings = liveCount("CFString");
     {
         KVXSimulatedDevice description = Device::stepped();
         description.uid = "kvx:test:\xC3\xBC";
@@ -511,10 +510,10 @@ TEST(Setting, OfATranslationFindsDevicesByTheirUID)
             EXPECT_EQ(text(AudioHardwareGetProperty('duid', &size, &translation)), "!siz");
         }
     }
-    EXPECT_EQ(account("CFString"), strings);
+    EXPECT_EQ(liveCount("CFString"), strings);
 }
 
-TEST(Setting, OfATranslationNamesDataSources)
+TEST(Setting, TranslationNamesDataSources)
 {
     Device device;
     const AudioDeviceID microphone = get<AudioDeviceID>(systemObject, address('dIn '));
@@ -528,8 +527,8 @@ TEST(Setting, OfATranslationNamesDataSources)
         {device, false, 'spkr', nullptr, "Simulated Speakers"},
         {device, false, 'hdpn', nullptr, "Simulated Headphones"},
         {microphone, true, 'imic', nullptr, "Simulated Microphone"},
-        {device, false, 'imic', "nope", "another's"},
-        {microphone, true, 'zzzz', "nope", "nobody's"},
+        {device, false, 'imic', "nope", "a source of the other side"},
+        {microphone, true, 'zzzz', "nope", "an unknown source"},
         {device, true, 'spkr', "who?", "no such side"},
         {microphone, false, 'imic', "who?", "no such side"},
     };
@@ -556,7 +555,8 @@ TEST(Setting, OfATranslationNamesDataSources)
         EXPECT_STREQ(copy, fact.name);
         CFRelease(string);
 
-        asText.mOutputDataSize = static_cast<UInt32>(std::strlen(fact.name)); // no room for the zero
+        asText.mOutputDataSize =
+            static_cast<UInt32>(std::strlen(fact.name)); // too short for the terminating zero
         EXPECT_EQ(text(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText)), "!siz");
         ++asText.mOutputDataSize;
         EXPECT_EQ(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText), noErr);

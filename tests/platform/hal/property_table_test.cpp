@@ -1,6 +1,6 @@
-// Every selector, and what each object answers to it at every scope and element.
-#include "tests/platform/hal/bench.h"
+// The value of every selector of each object, at every scope and element.
 #include "tests/platform/hal/selectors.h"
+#include "tests/platform/hal/test_device.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -10,22 +10,21 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr AudioObjectPropertyScope scopes[] = {
     kAudioObjectPropertyScopeGlobal, kAudioDevicePropertyScopeInput, kAudioDevicePropertyScopeOutput};
 constexpr UInt32 elements = 4; // 0 to 3
 
-/// What an object answers at some places.
+/// The value of a selector at some addresses.
 struct Fact {
     UInt32 selector;
-    const char* where; ///< elements 0 to 3 at the global scope, the input, the output; x: it is there
+    const char* where; ///< elements 0 to 3 of the global scope, the input, the output; x: present
     UInt32 size;       ///< bytes
     bool isSettable;
     const char* value; ///< as printed below; "=code" for a status
 };
 
-// Where things are.
 const char* const anywhere = "x... x... x...";
 const char* const atOutput = "x... .... x..."; // of a device of two outputs
 const char* const atInput = "x... x... ....";  // of a device of one input
@@ -79,7 +78,7 @@ const Fact outputFacts[] = {
     {'bsz#', atOutput,         range,       fixed,    "8..65536"},
     {'mix?', anywhere,         word,        fixed,    "1"},
     {'ncyc', anywhere,         word,        settable, "1"},
-    {'suse', anywhere,         usage,       settable, "=nope"}, // of no procedure
+    {'suse', anywhere,         usage,       settable, "=nope"}, // without a procedure
     {'nsrt', anywhere,         rate,        settable, "12345"},
     {'asrt', anywhere,         rate,        fixed,    "12345"},
     {'nsr#', anywhere,         range,       fixed,    "1000..768000"},
@@ -90,7 +89,7 @@ const Fact outputFacts[] = {
     {'sfmt', "xxx. .... xxx.", format,      settable, "12345 lpcm 9 8 1 8 2 32 0"},
     {'sfm#', "xxx. .... xxx.", format * 14, fixed,    "8000/2 11025/2 16000/2 22050/2 24000/2 32000/2 44100/2 "
                                                       "48000/2 64000/2 88200/2 96000/2 176400/2 192000/2 12345/2"},
-    {'sfm?', "xxx. .... xxx.", format,      fixed,    "0 .... 0 0 0 0 0 0 0"}, // nothing asked, nothing refused
+    {'sfm?', "xxx. .... xxx.", format,      fixed,    "0 .... 0 0 0 0 0 0 0"}, // an empty format is supported
     {'sfmm', "xxx. .... xxx.", format,      fixed,    "12345 lpcm 9 8 1 8 2 32 0"},
     {'dch2', atOutput,         word * 2,    fixed,    nullptr},
     {'srnd', atOutput,         layout,      fixed,    nullptr},
@@ -98,16 +97,16 @@ const Fact outputFacts[] = {
     {'volm', ".xx. .... .xx.", word,        settable, "1"},
     {'vold', ".xx. .... .xx.", word,        settable, "0"},
     {'vdb#', ".xx. .... .xx.", range,       fixed,    "-64..0"},
-    {'v2db', ".xx. .... .xx.", word,        fixed,    "-64"}, // what a scalar of 0 is
-    {'db2v', ".xx. .... .xx.", word,        fixed,    "1"},   // what 0 dB are
+    {'v2db', ".xx. .... .xx.", word,        fixed,    "-64"}, // of a scalar of 0
+    {'db2v', ".xx. .... .xx.", word,        fixed,    "1"},   // of 0 dB
     {'mute', "xxx. .... xxx.", word,        settable, "0"},
     {'ssrc', atOutput,         word,        settable, "spkr"},
     {'ssc#', atOutput,         word * 2,    fixed,    "spkr hdpn"},
-    {'sscn', atOutput,         translation, fixed,    "=!siz"}, // nothing to translate
+    {'sscn', atOutput,         translation, fixed,    "=!siz"}, // an empty translation
     {'lscn', atOutput,         translation, fixed,    "=!siz"},
 };
 
-/// What differs at the simulated input: one channel, 44100 Hz, slices of 512 frames. All else is as above.
+/// The simulated input: one channel, 44100 Hz, slices of 512 frames.
 const Fact inputFacts[] = {
     {'clas', anywhere,         word,        fixed,    "adev"},
     {'stdv', anywhere,         word,        fixed,    "system"},
@@ -175,7 +174,7 @@ const Fact outputStreamFacts[] = {
     {'schn', anywhere, word,        fixed,    "1"},
     {'ltnc', anywhere, word,        fixed,    "0"},
     {'sfmt', anywhere, format,      settable, "12345 lpcm 9 8 1 8 2 32 0"},
-    {'sfma', anywhere, ranged,      fixed,    "0/2 1000..768000"}, // a rate of 0 is any
+    {'sfma', anywhere, ranged,      fixed,    "0/2 1000..768000"}, // a rate of 0 means any rate
     {'pft ', anywhere, format,      settable, "12345 lpcm 9 8 1 8 2 32 0"},
     {'pfta', anywhere, ranged,      fixed,    "0/2 1000..768000"},
     {'pft#', anywhere, format * 14, fixed,    "8000/2 11025/2 16000/2 22050/2 24000/2 32000/2 44100/2 "
@@ -201,7 +200,7 @@ const Fact inputStreamFacts[] = {
     {'pftm', anywhere, format,      fixed,    "44100 lpcm 9 4 1 4 1 32 0"},
 };
 
-/// The built-in simulated device plays, the simulated input records, the device of the table is the third.
+/// The default output is the built-in device, the default input the simulated one; the tested device is the third.
 const Fact systemFacts[] = {
     {'dev#', anywhere, word * 3,    fixed,    "built-in input device"},
     {'dIn ', anywhere, word,        settable, "input"},
@@ -222,7 +221,7 @@ const Fact systemFacts[] = {
 };
 // clang-format on
 
-/// An object of the table, with the names that its values give to others.
+/// An object, its facts, and the names of other objects in its values.
 struct Subject {
     AudioObjectID id;
     std::vector<Fact> facts;
@@ -230,7 +229,7 @@ struct Subject {
     std::vector<std::pair<UInt32, std::string>> names;
 };
 
-bool isThere(const Fact& fact, UInt32 selector, std::size_t scope, UInt32 element)
+bool isPresent(const Fact& fact, UInt32 selector, std::size_t scope, UInt32 element)
 {
     return fact.selector == selector && fact.where[scope * (elements + 1) + element] == 'x';
 }
@@ -238,11 +237,11 @@ bool isThere(const Fact& fact, UInt32 selector, std::size_t scope, UInt32 elemen
 const Fact* findFact(const Subject& subject, UInt32 selector, std::size_t scope, UInt32 element)
 {
     for (const Fact& fact : subject.facts)
-        if (isThere(fact, selector, scope, element)) return &fact;
+        if (isPresent(fact, selector, scope, element)) return &fact;
     return nullptr;
 }
 
-// ---- values in print ----
+// ---- values as text ----
 
 std::string print(double number)
 {
@@ -294,13 +293,13 @@ std::string print(const AudioStreamBasicDescription& f)
     return line;
 }
 
-/// Strings are released by their printing.
-std::string printString(CFStringRef held)
+/// Releases the string.
+std::string printString(CFStringRef value)
 {
-    if (!held) return "(none)";
+    if (!value) return "(none)";
     char buffer[200] = "";
-    CFStringGetCString(held, buffer, sizeof buffer, kCFStringEncodingUTF8);
-    CFRelease(held);
+    CFStringGetCString(value, buffer, sizeof buffer, kCFStringEncodingUTF8);
+    CFRelease(value);
     return buffer;
 }
 
@@ -347,19 +346,19 @@ std::string print(const Subject& subject, const Selector& selector, const std::v
     }
 }
 
-// ---- the walk ----
+// ---- all addresses ----
 
 class PropertyTable : public testing::Test {
 protected:
-    static KVXSimulatedDevice described()
+    static KVXSimulatedDevice description()
     {
-        KVXSimulatedDevice description = Device::stepped();
-        description.name = "Table";
-        description.uid = "kvx:test:table";
-        description.sampleRate = 12345;
-        description.sliceFrames = 256;
-        description.latencyFrames = 17;
-        return description;
+        KVXSimulatedDevice result = Device::stepped();
+        result.name = "Table";
+        result.uid = "kvx:test:table";
+        result.sampleRate = 12345;
+        result.sliceFrames = 256;
+        result.latencyFrames = 17;
+        return result;
     }
 
     template <std::size_t n>
@@ -385,7 +384,7 @@ protected:
                 subject(inputStream_, inputStreamFacts, streamSelectors, input_, inputStream_), system};
     }
 
-    /// Every place of every selector of every object, with the fact that holds there; null: nothing does.
+    /// Call `look` for every address of every object, with its fact; null: no such property.
     void walk(const std::function<void(const Subject&, const Selector&, const AudioObjectPropertyAddress&,
                                        const Fact*)>& look)
     {
@@ -402,7 +401,7 @@ protected:
                     }
     }
 
-    Device device_{described()};
+    Device device_{description()};
     const AudioDeviceID input_ =
         get<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDefaultInputDevice));
     const AudioStreamID outputStream_ =
@@ -411,47 +410,49 @@ protected:
         getAll<AudioStreamID>(input_, address('stm#', kAudioDevicePropertyScopeInput)).at(0);
 };
 
-TEST_F(PropertyTable, HoldsEverySelectorOnceAtEachPlace)
+TEST_F(PropertyTable, HasEachSelectorOnceAtEachAddress)
 {
     for (const Subject& subject : subjects()) {
-        std::set<std::string> places;
+        std::set<std::string> addresses;
         for (const Fact& fact : subject.facts) {
             EXPECT_TRUE(std::any_of(subject.selectors.begin(), subject.selectors.end(),
                                     [&](const Selector& s) { return s.code == fact.selector; }))
                 << text(fact.selector);
             for (std::size_t scope = 0; scope < std::size(scopes); ++scope)
                 for (UInt32 element = 0; element < elements; ++element)
-                    if (isThere(fact, fact.selector, scope, element))
+                    if (isPresent(fact, fact.selector, scope, element))
                         EXPECT_TRUE(
-                            places.insert(text(fact.selector) + text(scopes[scope]) + std::to_string(element))
+                            addresses
+                                .insert(text(fact.selector) + text(scopes[scope]) + std::to_string(element))
                                 .second)
-                            << text(fact.selector) << " is stated twice";
+                            << text(fact.selector) << " has two facts";
         }
     }
 }
 
-TEST_F(PropertyTable, AnswersAsStated)
+TEST_F(PropertyTable, ReturnsTheStatedValues)
 {
-    const uint32_t strings = account("CFString");
+    const uint32_t strings = liveCount("CFString");
     walk([](const Subject& subject, const Selector& selector, const AudioObjectPropertyAddress& at,
             const Fact* fact) {
         UInt32 size = 0xCCCCCCCC;
         Boolean isSettable = 7;
         std::vector<char> bytes(4096);
-        UInt32 room = static_cast<UInt32>(bytes.size());
+        UInt32 capacity = static_cast<UInt32>(bytes.size());
         const OSStatus sized = AudioObjectGetPropertyDataSize(subject.id, &at, 0, nullptr, &size);
-        const OSStatus asked = AudioObjectIsPropertySettable(subject.id, &at, &isSettable);
-        const OSStatus read = AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &room, bytes.data());
+        const OSStatus settable = AudioObjectIsPropertySettable(subject.id, &at, &isSettable);
+        const OSStatus read =
+            AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &capacity, bytes.data());
         EXPECT_EQ(AudioObjectHasProperty(subject.id, &at), fact != nullptr);
         if (!fact) {
-            for (OSStatus status : {sized, asked, read}) EXPECT_EQ(text(status), "who?");
+            for (OSStatus status : {sized, settable, read}) EXPECT_EQ(text(status), "who?");
             EXPECT_EQ(size, 0xCCCCCCCCu) << "nothing is written";
             EXPECT_EQ(isSettable, 7);
-            EXPECT_EQ(room, bytes.size());
+            EXPECT_EQ(capacity, bytes.size());
             return;
         }
         EXPECT_EQ(text(sized), text(noErr));
-        EXPECT_EQ(text(asked), text(noErr));
+        EXPECT_EQ(text(settable), text(noErr));
         EXPECT_EQ(size, fact->size);
         EXPECT_EQ(bool(isSettable), fact->isSettable);
         if (fact->value && fact->value[0] == '=') {
@@ -459,15 +460,15 @@ TEST_F(PropertyTable, AnswersAsStated)
             return;
         }
         ASSERT_EQ(text(read), text(noErr));
-        EXPECT_EQ(room, fact->size);
-        bytes.resize(room);
+        EXPECT_EQ(capacity, fact->size);
+        bytes.resize(capacity);
         if (fact->value) EXPECT_EQ(print(subject, selector, bytes), fact->value);
     });
-    EXPECT_EQ(account("CFString"), strings) << "every string was the caller's";
+    EXPECT_EQ(liveCount("CFString"), strings) << "the caller released every string";
 }
 
-/// One value that fits, one that does not, one that is not there.
-TEST_F(PropertyTable, ValuesTextsAndLayoutsWantTheirWholeSize)
+/// A short buffer, a missing one, and one of the exact size.
+TEST_F(PropertyTable, ValuesTextsAndLayoutsRequireTheirFullSize)
 {
     walk([](const Subject& subject, const Selector& selector, const AudioObjectPropertyAddress& at,
             const Fact* fact) {
@@ -475,12 +476,12 @@ TEST_F(PropertyTable, ValuesTextsAndLayoutsWantTheirWholeSize)
                             selector.kind == Kind::formats || selector.kind == Kind::ranged;
         if (!fact || isList) return;
         std::vector<char> bytes(fact->size + 1, char(0xCC));
-        for (UInt32 room : {UInt32{0}, UInt32{1}, fact->size - 1}) {
-            UInt32 size = room;
+        for (UInt32 capacity : {UInt32{0}, UInt32{1}, fact->size - 1}) {
+            UInt32 size = capacity;
             EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data())),
                       "!siz")
-                << room;
-            EXPECT_EQ(size, room);
+                << capacity;
+            EXPECT_EQ(size, capacity);
         }
         EXPECT_EQ(std::count(bytes.begin(), bytes.end(), char(0xCC)), std::ptrdiff_t(bytes.size()));
         UInt32 size = fact->size;
@@ -488,11 +489,11 @@ TEST_F(PropertyTable, ValuesTextsAndLayoutsWantTheirWholeSize)
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, nullptr, bytes.data())),
                   "nope");
         if (fact->value && fact->value[0] == '=') return;
-        std::fill(bytes.begin(), bytes.end() - 1, char(0)); // for those that look at what is there
+        std::fill(bytes.begin(), bytes.end() - 1, char(0)); // input of translations
         size = fact->size;
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data())),
                   text(noErr));
-        EXPECT_EQ(bytes.back(), char(0xCC)) << "nothing behind it is touched";
+        EXPECT_EQ(bytes.back(), char(0xCC)) << "no write past the end";
         if (selector.kind == Kind::string) CFRelease(take<CFStringRef>(bytes));
     });
 }
@@ -521,25 +522,26 @@ TEST_F(PropertyTable, ListsAreCutToWholeItems)
         UInt32 all = static_cast<UInt32>(whole.size());
         ASSERT_EQ(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &all, whole.data()), noErr);
         ASSERT_EQ(all, fact->size);
-        for (UInt32 room = 0; room <= fact->size + 5; room += room < 2 * item ? 1 : item - 1) {
+        for (UInt32 capacity = 0; capacity <= fact->size + 5;
+             capacity += capacity < 2 * item ? 1 : item - 1) {
             std::vector<char> bytes(fact->size + 8, char(0xCC));
-            UInt32 size = room;
+            UInt32 size = capacity;
             ASSERT_EQ(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data()), noErr)
-                << room;
-            ASSERT_EQ(size, std::min(room, fact->size) / item * item) << room;
+                << capacity;
+            ASSERT_EQ(size, std::min(capacity, fact->size) / item * item) << capacity;
             ASSERT_TRUE(std::equal(bytes.begin(), bytes.begin() + std::ptrdiff_t(size), whole.begin()));
             ASSERT_EQ(bytes[size], char(0xCC));
         }
         UInt32 none = 0;
         EXPECT_EQ(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &none, nullptr), noErr)
-            << "no buffer for nothing";
+            << "an empty list needs no buffer";
         if (!fact->size) return;
         UInt32 size = fact->size;
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, nullptr)), "nope");
     });
 }
 
-TEST_F(PropertyTable, SettingIsRefusedAsStated)
+TEST_F(PropertyTable, RefusesInvalidSets)
 {
     walk([](const Subject& subject, const Selector&, const AudioObjectPropertyAddress& at, const Fact* fact) {
         std::vector<char> bytes(fact ? fact->size + 1 : 8);
@@ -561,7 +563,7 @@ TEST_F(PropertyTable, SettingIsRefusedAsStated)
     });
 }
 
-TEST_F(PropertyTable, HasNoWildcardsAndNoOtherScopes)
+TEST_F(PropertyTable, RefusesWildcardsAndOtherScopes)
 {
     for (const Subject& subject : subjects())
         for (const auto& at :

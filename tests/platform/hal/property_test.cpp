@@ -1,6 +1,6 @@
-// What can be known of the system, its devices and their streams, by both interfaces.
-#include "tests/platform/hal/bench.h"
+// The properties of the system, its devices and their streams, through both interfaces.
 #include "tests/platform/hal/selectors.h"
+#include "tests/platform/hal/test_device.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -9,11 +9,11 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr UInt32 global = kAudioObjectPropertyScopeGlobal, output = kAudioDevicePropertyScopeOutput,
                  input = kAudioDevicePropertyScopeInput;
-constexpr AudioObjectID systemObject = kAudioObjectSystemObject, nobody = 0x7FFFFFFF;
+constexpr AudioObjectID systemObject = kAudioObjectSystemObject, missing = 0x7FFFFFFF;
 
 std::string take(CFStringRef string)
 {
@@ -45,7 +45,7 @@ KVXSimulatedDevice described()
     return description;
 }
 
-TEST(Properties, OfADeviceSayWhatItIs)
+TEST(Properties, OfADeviceDescribeIt)
 {
     Device device(described());
     EXPECT_EQ(take(get<CFStringRef>(device, address('lnam'))), "Gr\xC3\xBCnes Ger\xC3\xA4t");
@@ -80,7 +80,7 @@ TEST(Properties, OfADeviceSayWhatItIs)
     EXPECT_EQ(pair, (std::vector<UInt32>{1, 2}));
 }
 
-TEST(Properties, OfItsStreamsSayWhatItCarries)
+TEST(Properties, OfItsStreamsDescribeTheirFormat)
 {
     Device device(described());
     const auto streams = getAll<AudioStreamID>(device, address('stm#', output));
@@ -124,7 +124,8 @@ TEST(Properties, OfTheSystemListDevices)
     Device device(described());
     const auto devices = getAll<AudioDeviceID>(systemObject, address('dev#'));
     EXPECT_NE(std::find(devices.begin(), devices.end(), AudioDeviceID{device}), devices.end());
-    EXPECT_EQ(std::set<AudioDeviceID>(devices.begin(), devices.end()).size(), devices.size()) << "each once";
+    EXPECT_EQ(std::set<AudioDeviceID>(devices.begin(), devices.end()).size(), devices.size())
+        << "each only once";
     for (AudioDeviceID id : devices) EXPECT_EQ(get<UInt32>(id, address('clas')), UInt32{'adev'});
 
     CFStringRef uid = CFStringCreateWithCString(nullptr, "kvx:test:green", kCFStringEncodingUTF8);
@@ -140,7 +141,7 @@ TEST(Properties, OfTheSystemListDevices)
     CFRelease(uid);
 }
 
-TEST(Properties, TheOtherSpellingOfTheDeviceListIsUnknown)
+TEST(Properties, ReversedSelectorOfTheDeviceListIsUnknown)
 {
     UInt32 size = 1000;
     std::vector<char> bytes(size);
@@ -149,7 +150,7 @@ TEST(Properties, TheOtherSpellingOfTheDeviceListIsUnknown)
     EXPECT_EQ(text(AudioHardwareGetProperty('dev#', &size, bytes.data())), text(noErr));
 }
 
-TEST(Properties, AnswerMisuse)
+TEST(Properties, RefuseMisuse)
 {
     Device device(described());
     const AudioDeviceID id = device;
@@ -162,53 +163,53 @@ TEST(Properties, AnswerMisuse)
         const char* expected;
         const char* why;
     } facts[] = {
-        {AudioObjectGetPropertyData(nobody, &alive, 0, nullptr, &four, &word), "!obj", "no such object"},
-        {AudioObjectGetPropertyData(0, &alive, 0, nullptr, &four, &word), "!obj", "0 is none"},
-        {AudioDeviceGetProperty(nobody, 0, 0, 'livn', &four, &word), "!dev", "no such device"},
+        {AudioObjectGetPropertyData(missing, &alive, 0, nullptr, &four, &word), "!obj", "no such object"},
+        {AudioObjectGetPropertyData(0, &alive, 0, nullptr, &four, &word), "!obj", "0 is no object"},
+        {AudioDeviceGetProperty(missing, 0, 0, 'livn', &four, &word), "!dev", "no such device"},
         {AudioDeviceGetProperty(stream, 0, 0, 'livn', &four, &word), "!dev", "a stream is no device"},
-        {AudioDeviceGetProperty(systemObject, 0, 0, 'livn', &four, &word), "!dev", "nor is the system"},
-        {AudioStreamGetProperty(nobody, 0, 'sdir', &four, &word), "!str", "no such stream"},
+        {AudioDeviceGetProperty(systemObject, 0, 0, 'livn', &four, &word), "!dev", "the system is no device"},
+        {AudioStreamGetProperty(missing, 0, 'sdir', &four, &word), "!str", "no such stream"},
         {AudioStreamGetProperty(id, 0, 'sdir', &four, &word), "!str", "a device is no stream"},
         {AudioObjectGetPropertyData(id, &unknown, 0, nullptr, &four, &word), "who?", "no such property"},
         {AudioObjectGetPropertyData(id, &scope, 0, nullptr, &four, &word), "who?", "no such scope"},
         {AudioObjectGetPropertyData(id, &list, 0, nullptr, &four, &word), "who?",
-         "the system's, not a device's"},
+         "a property of the system only"},
         {AudioDeviceGetProperty(id, 1, 0, 'livn', &four, &word), "who?", "no such element"},
         {AudioDeviceGetProperty(id, 3, 0, 'sfmt', &four, &word), "who?", "no such channel"},
         {AudioDeviceGetProperty(id, 0, 0, 'livn', &small, &word), "!siz", "too small a buffer"},
-        {AudioDeviceGetProperty(id, 0, 0, 'livn', &none, &word), "!siz", "none at all"},
+        {AudioDeviceGetProperty(id, 0, 0, 'livn', &none, &word), "!siz", "an empty buffer"},
         {AudioDeviceSetProperty(id, nullptr, 0, 0, 'fsiz', 3, &word), "!siz", "too short a value"},
-        {AudioDeviceSetProperty(id, nullptr, 0, 0, 'livn', 4, &word), "unop", "read only"},
+        {AudioDeviceSetProperty(id, nullptr, 0, 0, 'livn', 4, &word), "unop", "read-only"},
         {AudioDeviceSetProperty(id, nullptr, 0, 0, 'zzzz', 4, &word), "who?", "no such property"},
-        {AudioDeviceSetProperty(nobody, nullptr, 0, 0, 'fsiz', 4, &word), "!dev", "no such device"},
-        {AudioHardwareSetProperty('dev#', 4, &word), "unop", "read only"},
+        {AudioDeviceSetProperty(missing, nullptr, 0, 0, 'fsiz', 4, &word), "!dev", "no such device"},
+        {AudioHardwareSetProperty('dev#', 4, &word), "unop", "read-only"},
         {AudioHardwareSetProperty('dOut', 4, &none), "!dev", "0 is no device"},
-        {AudioStreamSetProperty(stream, nullptr, 0, 'sdir', 4, &word), "unop", "read only"},
+        {AudioStreamSetProperty(stream, nullptr, 0, 'sdir', 4, &word), "unop", "read-only"},
         {AudioObjectGetPropertyData(id, nullptr, 0, nullptr, &four, &word), "nope", "no address"},
         {AudioObjectGetPropertyData(id, &alive, 0, nullptr, nullptr, &word), "nope", "no size"},
-        {AudioObjectGetPropertyDataSize(id, &alive, 0, nullptr, nullptr), "nope", "nowhere to put it"},
+        {AudioObjectGetPropertyDataSize(id, &alive, 0, nullptr, nullptr), "nope", "no result"},
     };
     for (const auto& fact : facts) EXPECT_EQ(text(fact.status), fact.expected) << fact.why;
     EXPECT_FALSE(AudioObjectHasProperty(id, &unknown));
-    EXPECT_FALSE(AudioObjectHasProperty(nobody, &alive));
+    EXPECT_FALSE(AudioObjectHasProperty(missing, &alive));
     EXPECT_FALSE(AudioObjectHasProperty(id, nullptr));
     EXPECT_TRUE(AudioObjectHasProperty(id, &alive));
 }
 
-TEST(Properties, AListIsCutToWholeItems)
+TEST(Properties, ListsAreCutToWholeItems)
 {
     Device a, b;
     const auto all = getAll<AudioDeviceID>(systemObject, address('dev#'));
     ASSERT_GE(all.size(), 3u);
-    for (UInt32 room : {0u, 1u, 3u, 4u, 7u, 8u, 11u, 1000u}) {
+    for (UInt32 capacity : {0u, 1u, 3u, 4u, 7u, 8u, 11u, 1000u}) {
         std::vector<AudioDeviceID> some(300, 0xCCCCCCCC);
-        UInt32 size = room;
-        EXPECT_EQ(AudioHardwareGetProperty('dev#', &size, some.data()), noErr) << room;
-        const std::size_t items = std::min<std::size_t>(room / 4, all.size());
-        EXPECT_EQ(size, items * 4) << room;
+        UInt32 size = capacity;
+        EXPECT_EQ(AudioHardwareGetProperty('dev#', &size, some.data()), noErr) << capacity;
+        const std::size_t items = std::min<std::size_t>(capacity / 4, all.size());
+        EXPECT_EQ(size, items * 4) << capacity;
         EXPECT_TRUE(std::equal(some.begin(), some.begin() + static_cast<std::ptrdiff_t>(items), all.begin()))
-            << room;
-        EXPECT_EQ(some[items], 0xCCCCCCCCu) << "nothing behind it is touched";
+            << capacity;
+        EXPECT_EQ(some[items], 0xCCCCCCCCu) << "no write past the end";
     }
 }
 
@@ -234,118 +235,119 @@ TEST(Properties, OfARunningDeviceCanBeSet)
         EXPECT_NE(set<Float64>(device, address('nsrt'), bad), noErr) << bad;
     EXPECT_EQ(get<Float64>(device, address('nsrt')), 96000.0);
 
-    AudioStreamBasicDescription wanted = format;
-    wanted.mSampleRate = 44100;
-    EXPECT_EQ(set(device, address('sfmt', output), wanted), noErr) << "a format is set by its rate";
+    AudioStreamBasicDescription request = format;
+    request.mSampleRate = 44100;
+    EXPECT_EQ(set(device, address('sfmt', output), request), noErr) << "a new rate is accepted";
     EXPECT_EQ(get<Float64>(device, address('nsrt')), 44100.0);
-    wanted.mChannelsPerFrame = 7;
-    EXPECT_EQ(text(set(device, address('sfmt', output), wanted)), "!dat");
+    request.mChannelsPerFrame = 7;
+    EXPECT_EQ(text(set(device, address('sfmt', output), request)), "!dat");
 }
 
-TEST(Properties, LevelsAreHeardAsTheyAreSet)
+TEST(Properties, LevelsChangeTheOutput)
 {
     Device device;
     Procedure procedure(device, [](const Call& call) { call.fill(1); });
-    Recording heard(device);
+    Recording recording(device);
     procedure.start();
     KVXPlatformStep(device, 64);
     ASSERT_EQ(set<Float32>(device, address('volm', output, 1), 0.5f), noErr);
-    KVXPlatformStep(device, 640); // it glides over the first 512 frames
+    KVXPlatformStep(device, 640); // a glide of 512 frames
     ASSERT_EQ(set<UInt32>(device, address('mute', output, 2), 1), noErr);
     KVXPlatformStep(device, 640);
     ASSERT_EQ(set<UInt32>(device, address('mute', output, 0), 1), noErr);
     KVXPlatformStep(device, 640);
-    ASSERT_EQ(heard.samples.size(), 2u * (64 + 3 * 640));
-    const auto at = [&](std::size_t frame, int channel) { return heard.samples[frame * 2 + channel]; };
+    ASSERT_EQ(recording.samples.size(), 2u * (64 + 3 * 640));
+    const auto at = [&](std::size_t frame, int channel) { return recording.samples[frame * 2 + channel]; };
     EXPECT_EQ(at(63, 0), 1.0f);
     for (std::size_t frame = 64; frame < 64 + 512; ++frame)
         ASSERT_LT(at(frame, 0), at(frame - 1, 0)) << "no jump";
     const float level = at(703, 0);
     const float decibels = get<Float32>(device, address('vold', output, 1));
     EXPECT_NEAR(20 * std::log10(level), decibels, 0.01f);
-    EXPECT_EQ(at(703, 1), 1.0f) << "the other channel is as it was";
+    EXPECT_EQ(at(703, 1), 1.0f) << "the other channel is unchanged";
     EXPECT_EQ(at(1343, 0), level);
     EXPECT_EQ(at(1343, 1), 0.0f);
     EXPECT_EQ(at(1983, 0), 0.0f) << "all channels";
 }
 
-TEST(Properties, AFullLevelChangesNoBit)
+TEST(Properties, FullVolumeIsExact)
 {
     Device device;
     Procedure procedure(device, [](const Call& call) { call.fill(0.3f); });
-    Recording heard(device);
+    Recording recording(device);
     procedure.start();
     set<Float32>(device, address('volm', output, 1), 0.0f);
     KVXPlatformStep(device, 128);
     set<Float32>(device, address('volm', output, 1), 1.0f);
     KVXPlatformStep(device, 512);
-    EXPECT_EQ(heard.samples[2 * 127], 0.0f);
-    EXPECT_EQ(heard.samples[2 * 639], 0.3f);
+    EXPECT_EQ(recording.samples[2 * 127], 0.0f);
+    EXPECT_EQ(recording.samples[2 * 639], 0.3f);
 }
 
-// ---- the whole table, by both interfaces ----
+// ---- all selectors, through both interfaces ----
 
-struct Answer {
+struct Reading {
     OSStatus infoStatus = noErr, status = noErr;
     UInt32 infoSize = 0, size = 0;
     Boolean isWritable = false;
     std::vector<char> bytes;
 };
 
-/// Strings are compared by their text, and given back.
-void settle(Kind kind, Answer& answer)
+/// Replace a string by its text, and release it.
+void replaceString(Kind kind, Reading& reading)
 {
-    if (kind != Kind::string || answer.status != noErr) return;
+    if (kind != Kind::string || reading.status != noErr) return;
     CFStringRef string;
-    ASSERT_EQ(answer.size, sizeof string);
-    std::memcpy(&string, answer.bytes.data(), sizeof string);
+    ASSERT_EQ(reading.size, sizeof string);
+    std::memcpy(&string, reading.bytes.data(), sizeof string);
     const std::string text = take(string);
-    answer.bytes.assign(text.begin(), text.end());
+    reading.bytes.assign(text.begin(), text.end());
 }
 
-constexpr UInt32 room = 4096;
+constexpr UInt32 capacity = 4096;
 
-Answer byAddress(AudioObjectID object, const AudioObjectPropertyAddress& at, Kind kind)
+Reading byAddress(AudioObjectID object, const AudioObjectPropertyAddress& at, Kind kind)
 {
-    Answer answer;
-    answer.bytes.resize(room);
-    answer.size = room;
-    answer.infoStatus = AudioObjectGetPropertyDataSize(object, &at, 0, nullptr, &answer.infoSize);
-    if (answer.infoStatus == noErr) AudioObjectIsPropertySettable(object, &at, &answer.isWritable);
-    answer.status = AudioObjectGetPropertyData(object, &at, 0, nullptr, &answer.size, answer.bytes.data());
-    if (answer.status == noErr) answer.bytes.resize(answer.size);
-    settle(kind, answer);
-    return answer;
+    Reading reading;
+    reading.bytes.resize(capacity);
+    reading.size = capacity;
+    reading.infoStatus = AudioObjectGetPropertyDataSize(object, &at, 0, nullptr, &reading.infoSize);
+    if (reading.infoStatus == noErr) AudioObjectIsPropertySettable(object, &at, &reading.isWritable);
+    reading.status = AudioObjectGetPropertyData(object, &at, 0, nullptr, &reading.size, reading.bytes.data());
+    if (reading.status == noErr) reading.bytes.resize(reading.size);
+    replaceString(kind, reading);
+    return reading;
 }
 
-Answer byTarget(AudioObjectID object, AudioClassID type, UInt32 channel, bool isInput,
-                const Selector& selector)
+Reading byTarget(AudioObjectID object, AudioClassID type, UInt32 channel, bool isInput,
+                 const Selector& selector)
 {
-    Answer answer;
-    answer.bytes.resize(room);
-    answer.size = room;
-    char* data = answer.bytes.data();
+    Reading reading;
+    reading.bytes.resize(capacity);
+    reading.size = capacity;
+    char* data = reading.bytes.data();
     switch (type) {
     case kAudioSystemObjectClassID:
-        answer.infoStatus = AudioHardwareGetPropertyInfo(selector.code, &answer.infoSize, &answer.isWritable);
-        answer.status = AudioHardwareGetProperty(selector.code, &answer.size, data);
+        reading.infoStatus =
+            AudioHardwareGetPropertyInfo(selector.code, &reading.infoSize, &reading.isWritable);
+        reading.status = AudioHardwareGetProperty(selector.code, &reading.size, data);
         break;
     case kAudioDeviceClassID:
-        answer.infoStatus = AudioDeviceGetPropertyInfo(object, channel, isInput, selector.code,
-                                                       &answer.infoSize, &answer.isWritable);
-        answer.status = AudioDeviceGetProperty(object, channel, isInput, selector.code, &answer.size, data);
+        reading.infoStatus = AudioDeviceGetPropertyInfo(object, channel, isInput, selector.code,
+                                                        &reading.infoSize, &reading.isWritable);
+        reading.status = AudioDeviceGetProperty(object, channel, isInput, selector.code, &reading.size, data);
         break;
     default:
-        answer.infoStatus =
-            AudioStreamGetPropertyInfo(object, channel, selector.code, &answer.infoSize, &answer.isWritable);
-        answer.status = AudioStreamGetProperty(object, channel, selector.code, &answer.size, data);
+        reading.infoStatus = AudioStreamGetPropertyInfo(object, channel, selector.code, &reading.infoSize,
+                                                        &reading.isWritable);
+        reading.status = AudioStreamGetProperty(object, channel, selector.code, &reading.size, data);
     }
-    if (answer.status == noErr) answer.bytes.resize(answer.size);
-    settle(selector.kind, answer);
-    return answer;
+    if (reading.status == noErr) reading.bytes.resize(reading.size);
+    replaceString(selector.kind, reading);
+    return reading;
 }
 
-void expectSame(const Answer& a, const Answer& b)
+void expectSame(const Reading& a, const Reading& b)
 {
     EXPECT_EQ(text(a.infoStatus), text(b.infoStatus));
     EXPECT_EQ(text(a.status), text(b.status));
@@ -354,7 +356,7 @@ void expectSame(const Answer& a, const Answer& b)
     if (a.status == noErr && b.status == noErr) EXPECT_EQ(a.bytes, b.bytes);
 }
 
-/// The size of a value by what it is; 0: it varies.
+/// The size of a value of this kind; 0: it varies.
 UInt32 sizeOf(Kind kind)
 {
     switch (kind) {
@@ -385,7 +387,7 @@ void compare(AudioObjectID object, AudioClassID type, const std::vector<Selector
                 SCOPED_TRACE(text(selector.code) + " of " + text(type) + ", channel " +
                              std::to_string(channel) + (isInput ? ", input" : ""));
                 const UInt32 scope = type != kAudioDeviceClassID ? global : isInput ? input : output;
-                const Answer a = byAddress(object, address(selector.code, scope, channel), selector.kind);
+                const Reading a = byAddress(object, address(selector.code, scope, channel), selector.kind);
                 expectSame(a, byTarget(object, type, channel, isInput, selector));
                 if (a.infoStatus == noErr && sizeOf(selector.kind))
                     EXPECT_EQ(a.infoSize, sizeOf(selector.kind));
@@ -393,10 +395,10 @@ void compare(AudioObjectID object, AudioClassID type, const std::vector<Selector
             }
 }
 
-TEST(Properties, AreTheSameByBothInterfaces)
+TEST(Properties, AreEqualThroughBothInterfaces)
 {
     Device device(described());
-    const uint32_t strings = account("CFString");
+    const uint32_t strings = liveCount("CFString");
     compare(systemObject, kAudioSystemObjectClassID, systemSelectors);
     for (AudioDeviceID id : getAll<AudioDeviceID>(systemObject, address('dev#'))) {
         compare(id, kAudioDeviceClassID, deviceSelectors);
@@ -404,11 +406,11 @@ TEST(Properties, AreTheSameByBothInterfaces)
             for (AudioStreamID stream : getAll<AudioStreamID>(id, address('stm#', scope)))
                 compare(stream, kAudioStreamClassID, streamSelectors);
     }
-    EXPECT_EQ(account("CFString"), strings)
-        << "every string was the caller's to release, and no size cost one";
+    EXPECT_EQ(liveCount("CFString"), strings)
+        << "the caller released every string, and reading a size made none";
 }
 
-TEST(Properties, NoneOfTheSystemsOrAnothersIsADevices)
+TEST(Properties, OfTheSystemAndOfDevicesAreSeparate)
 {
     Device device;
     const auto isListed = [](const std::vector<Selector>& all, UInt32 code) {

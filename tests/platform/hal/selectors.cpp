@@ -1,6 +1,6 @@
 #include "tests/platform/hal/selectors.h"
 
-namespace bench {
+namespace haltest {
 
 // clang-format off
 const std::vector<Selector> systemSelectors = {
@@ -46,4 +46,4 @@ const std::vector<Selector> streamSelectors = {
 };
 // clang-format on
 
-} // namespace bench
+} // namespace haltest

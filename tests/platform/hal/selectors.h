@@ -1,18 +1,18 @@
-// Every selector that a program may ask for, with what its value is.
+// Every selector of the platform, with the kind of its value.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
 
 #include <vector>
 
-namespace bench {
+namespace haltest {
 
 enum class Kind {
     word,        ///< UInt32, AudioObjectID, AudioClassID, OSStatus
     single,      ///< Float32
     real,        ///< Float64
-    string,      ///< CFStringRef, the caller's
-    text,        ///< characters and a zero
+    string,      ///< CFStringRef that the caller releases
+    text,        ///< characters with a terminating zero
     words,       ///< UInt32[]
     range,       ///< AudioValueRange
     ranges,      ///< AudioValueRange[]
@@ -20,7 +20,7 @@ enum class Kind {
     formats,     ///< AudioStreamBasicDescription[]
     ranged,      ///< AudioStreamRangedDescription[]
     translation, ///< AudioValueTranslation
-    record,      ///< some other record
+    record,      ///< another record
 };
 
 struct Selector {
@@ -28,7 +28,7 @@ struct Selector {
     Kind kind;
 };
 
-/// Those of the system object, of devices and of streams, in this order; some stand in more than one group.
+/// Some selectors are in more than one list.
 extern const std::vector<Selector> systemSelectors, deviceSelectors, streamSelectors;
 
-} // namespace bench
+} // namespace haltest

@@ -1,5 +1,5 @@
-// Who turns a device, and how far.
-#include "tests/platform/hal/bench.h"
+// The drivers of a device: the timer, steps, and Delay.
+#include "tests/platform/hal/test_device.h"
 
 #include <Carbon/Carbon.h>
 
@@ -8,9 +8,9 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-TEST(Time, APacedDeviceNeitherSkipsNorHurries)
+TEST(Driver, PacedDeviceKeepsTime)
 {
     Device device(Device::paced());
     std::vector<AudioTimeStamp> stamps;
@@ -36,15 +36,14 @@ TEST(Time, APacedDeviceNeitherSkipsNorHurries)
     for (std::size_t i = 0; i < stamps.size(); ++i) {
         ASSERT_EQ(frames[i], 64u);
         const double passed = stamps[i].mSampleTime - stamps[0].mSampleTime;
-        ASSERT_EQ(passed, 64.0 * static_cast<double>(i))
-            << "not one frame is lost, however late the thread was";
-        // A late start makes the following slices come sooner, never before their time since the start.
+        ASSERT_EQ(passed, 64.0 * static_cast<double>(i)) << "a late thread loses no frame";
+        // After a late slice the next ones come sooner, but never before their time since the start.
         const double elapsed = static_cast<double>(stamps[i].mHostTime - stamps[0].mHostTime);
         ASSERT_GE(elapsed + 1, (passed - 64) * nanosPerFrame) << i;
     }
 }
 
-TEST(Time, DelayTurnsASteppedDeviceByJustThatTime)
+TEST(Driver, DelayAdvancesASteppedDeviceByItsDuration)
 {
     const struct {
         double rate;
@@ -61,16 +60,16 @@ TEST(Time, DelayTurnsASteppedDeviceByJustThatTime)
             description.sampleRate = fact.rate;
             Device device(description);
             Procedure procedure(device, [](const Call&) {});
-            Recording heard(device);
+            Recording recording(device);
             procedure.start();
             for (int i = 0; i < (isOneByOne ? fact.ticks : 1); ++i)
                 Delay(isOneByOne ? 1 : static_cast<unsigned long>(fact.ticks), nullptr);
-            EXPECT_EQ(heard.samples.size() / 2, fact.frames) << "parts of frames are kept for the next time";
+            EXPECT_EQ(recording.samples.size() / 2, fact.frames) << "fractions of frames are carried over";
         }
     }
 }
 
-TEST(Time, DelayStepsOnTheCallingThreadUntilTheLastHasStopped)
+TEST(Driver, DelayStepsOnTheCallingThreadUntilTheLastStop)
 {
     Device device;
     const auto here = std::this_thread::get_id();
@@ -85,15 +84,15 @@ TEST(Time, DelayStepsOnTheCallingThreadUntilTheLastHasStopped)
     EXPECT_EQ(procedure.calls(), 2);
 }
 
-TEST(Time, DelayTellsTheTicks)
+TEST(Driver, DelayReturnsTheTicks)
 {
     unsigned long after = 0;
     const UInt32 before = TickCount();
     Delay(2, &after);
-    EXPECT_GE(after, before + 2) << "nothing stepped is running: it waits";
+    EXPECT_GE(after, before + 2) << "without a running stepped device it waits";
 }
 
-TEST(Time, ADeviceChangesHands)
+TEST(Driver, CanChangeWhileADeviceRuns)
 {
     Device device; // stepped
     std::atomic<bool> isElsewhere{false};
@@ -108,14 +107,14 @@ TEST(Time, ADeviceChangesHands)
     procedure.start();
     KVXPlatformStep(device, 128);
     ASSERT_EQ(KVXPlatformSetStepped(device, 0), 0);
-    EXPECT_EQ(KVXPlatformStep(device, 64), 0u) << "a clock of its own turns it";
+    EXPECT_EQ(KVXPlatformStep(device, 64), 0u) << "the timer runs it";
     waitFor([&] { return isElsewhere.load(); });
     ASSERT_EQ(KVXPlatformSetStepped(device, 1), 0);
     isElsewhere = false;
     EXPECT_EQ(KVXPlatformStep(device, 64), 64u);
     EXPECT_FALSE(isElsewhere);
     for (std::size_t i = 1; i < times.size(); ++i)
-        ASSERT_EQ(times[i], times[i - 1] + 64) << "one line of time";
+        ASSERT_EQ(times[i], times[i - 1] + 64) << "the time continues";
 }
 
 } // namespace

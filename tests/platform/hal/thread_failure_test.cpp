@@ -1,14 +1,14 @@
-// A machine that has no thread to spare: an error, not the end of the process.
-#include "tests/platform/hal/bench.h"
+// Without a free thread the platform returns errors, and the process continues.
+#include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
 
 #include <pthread.h>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-/// While this lives, new threads ask for more stack than there can be.
+/// While this object exists, new threads fail: their stacks are larger than the address space.
 class NoThreads {
 public:
     NoThreads()
@@ -28,9 +28,9 @@ private:
     pthread_attr_t attributes_;
 };
 
-OSStatus hearNothing(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) { return noErr; }
+OSStatus ignore(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) { return noErr; }
 
-TEST(Threads, WhenNoneIsLeftAStartIsRefusedAndTakenBack)
+TEST(ThreadFailure, StartIsRefusedAndUndone)
 {
     Device device(Device::paced());
     Procedure procedure(device, [](const Call&) {});
@@ -39,12 +39,12 @@ TEST(Threads, WhenNoneIsLeftAStartIsRefusedAndTakenBack)
         EXPECT_EQ(procedure.start(), kAudioHardwareUnspecifiedError);
     }
     EXPECT_EQ(get<UInt32>(device, address(kAudioDevicePropertyDeviceIsRunning)), 0u);
-    ASSERT_EQ(procedure.start(), noErr) << "then it starts as if nothing had been";
+    ASSERT_EQ(procedure.start(), noErr) << "the next start succeeds";
     waitFor([&] { return procedure.calls() > 0; });
     EXPECT_EQ(procedure.stop(), noErr);
 }
 
-TEST(Threads, WhenNoneIsLeftNoCaptureBegins)
+TEST(ThreadFailure, CaptureDoesNotStart)
 {
     support::TemporaryFolder folder;
     Device device;
@@ -58,18 +58,18 @@ TEST(Threads, WhenNoneIsLeftNoCaptureBegins)
     EXPECT_EQ(KVXPlatformStopCapture(device), 0);
 }
 
-TEST(Threads, WhenNoneIsLeftTheFirstCallAnswersAnError)
+TEST(ThreadFailure, FirstCallReturnsAnError)
 {
     AudioDeviceID device = 0;
     UInt32 size = sizeof device;
     const auto role = address(kAudioHardwarePropertyDefaultOutputDevice);
     {
-        const NoThreads none; // nor a housekeeper
+        const NoThreads none; // also for the housekeeper
         EXPECT_EQ(AudioObjectGetPropertyData(kAudioObjectSystemObject, &role, 0, nullptr, &size, &device),
                   kAudioHardwareUnspecifiedError);
         EXPECT_NE(KVXPlatformChooseOutputDevice("simulated"), 0);
         EXPECT_STRNE(KVXPlatformErrorText(), "");
-        EXPECT_EQ(AudioObjectAddPropertyListener(kAudioObjectSystemObject, &role, hearNothing, nullptr),
+        EXPECT_EQ(AudioObjectAddPropertyListener(kAudioObjectSystemObject, &role, ignore, nullptr),
                   kAudioHardwareUnspecifiedError);
     }
     EXPECT_NE(defaultOutput(), 0u);

@@ -1,16 +1,16 @@
-// Adding, starting, stopping and removing in the midst of a call.
-#include "tests/platform/hal/bench.h"
+// Procedures that add, start, stop and remove procedures during their call.
+#include "tests/platform/hal/test_device.h"
 
 #include <memory>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-TEST(Inside, StoppingItselfIsTheLastCallAndWhatItWroteIsHeard)
+TEST(InCycle, StopOfItselfIsTheLastCallAndKeepsItsOutput)
 {
     Device device;
-    Recording heard(device);
+    Recording recording(device);
     Procedure* self = nullptr;
     Procedure procedure(device, [&](const Call& call) {
         call.fill(0.5f);
@@ -20,29 +20,30 @@ TEST(Inside, StoppingItselfIsTheLastCallAndWhatItWroteIsHeard)
     procedure.start();
     KVXPlatformStep(device, 10 * 64);
     EXPECT_EQ(procedure.calls(), 3);
-    EXPECT_EQ(heard.samples, std::vector<float>(3 * 128, 0.5f));
+    EXPECT_EQ(recording.samples, std::vector<float>(3 * 128, 0.5f));
 
-    EXPECT_EQ(procedure.start(), noErr) << "it is still added";
+    EXPECT_EQ(procedure.start(), noErr) << "it is still registered";
     KVXPlatformStep(device, 64);
     EXPECT_EQ(procedure.calls(), 4);
 }
 
-TEST(Inside, RemovingItselfIsTheLastCall)
+TEST(InCycle, RemovalOfItselfIsTheLastCall)
 {
     Device device;
-    const uint32_t before = account("IOProc");
+    const uint32_t before = liveCount("IOProc");
     Procedure* self = nullptr;
     Procedure procedure(device, [&](const Call&) {
         EXPECT_EQ(self->remove(), noErr);
-        EXPECT_EQ(account("IOProc"), before) << "nothing is left to release";
+        EXPECT_EQ(liveCount("IOProc"), before) << "it is released";
     });
     self = &procedure;
     const AudioDeviceIOProcID id = procedure.id();
-    EXPECT_EQ(account("IOProc"), before + 1);
+    EXPECT_EQ(liveCount("IOProc"), before + 1);
     procedure.start();
     KVXPlatformStep(device, 5 * 64);
     EXPECT_EQ(procedure.calls(), 1);
-    EXPECT_EQ(AudioDeviceStart(device, id), kAudioHardwareIllegalOperationError) << "it is not there";
+    EXPECT_EQ(AudioDeviceStart(device, id), kAudioHardwareIllegalOperationError)
+        << "it is no longer registered";
 }
 
 OSStatus removeMyself(AudioDeviceID device, const AudioTimeStamp*, const AudioBufferList*,
@@ -54,7 +55,7 @@ OSStatus removeMyself(AudioDeviceID device, const AudioTimeStamp*, const AudioBu
     return noErr;
 }
 
-TEST(Inside, AProcedureThatRemovedItselfCanBeAddedAgain)
+TEST(InCycle, ProcedureThatRemovedItselfCanBeAddedAgain)
 {
     Device device;
     int calls = 0;
@@ -64,10 +65,10 @@ TEST(Inside, AProcedureThatRemovedItselfCanBeAddedAgain)
         KVXPlatformStep(device, 128);
         ASSERT_EQ(calls, i);
     }
-    EXPECT_EQ(account("IOProc"), 0u);
+    EXPECT_EQ(liveCount("IOProc"), 0u);
 }
 
-TEST(Inside, AnotherThatIsStoppedIsNotCalledEvenInTheSameSlice)
+TEST(InCycle, StoppedProcedureIsNotCalledLaterInTheSlice)
 {
     for (bool isRemoved : {false, true}) {
         SCOPED_TRACE(isRemoved ? "removed" : "stopped");
@@ -78,18 +79,18 @@ TEST(Inside, AnotherThatIsStoppedIsNotCalledEvenInTheSameSlice)
         });
         Procedure second(device, [](const Call& call) { call.fill(1); });
         other = &second;
-        Recording heard(device);
+        Recording recording(device);
         first.start();
         second.start();
         KVXPlatformStep(device, 4 * 64);
         EXPECT_EQ(first.calls(), 4);
         EXPECT_EQ(second.calls(), 1);
-        EXPECT_EQ(heard.samples[0], 1.0f);
-        EXPECT_EQ(heard.samples[128], 0.0f);
+        EXPECT_EQ(recording.samples[0], 1.0f);
+        EXPECT_EQ(recording.samples[128], 0.0f);
     }
 }
 
-TEST(Inside, AnotherCanBeStarted)
+TEST(InCycle, AnotherCanBeStarted)
 {
     Device device;
     Procedure late(device, [](const Call& call) { call.fill(1); });
@@ -100,10 +101,10 @@ TEST(Inside, AnotherCanBeStarted)
     KVXPlatformStep(device, 5 * 64);
     EXPECT_EQ(first.calls(), 5);
     EXPECT_GE(late.calls(), 3);
-    EXPECT_LE(late.calls(), 4) << "from this slice, or the next";
+    EXPECT_LE(late.calls(), 4) << "from this slice or the next on";
 }
 
-TEST(Inside, OthersCanBeAdded)
+TEST(InCycle, OthersCanBeAdded)
 {
     Device device;
     std::vector<std::unique_ptr<Procedure>> added;
@@ -112,25 +113,25 @@ TEST(Inside, OthersCanBeAdded)
         added.push_back(std::make_unique<Procedure>(device, [](const Call& call) { call.fill(1); }));
         EXPECT_EQ(added.back()->start(), noErr);
     });
-    Recording heard(device);
+    Recording recording(device);
     first.start();
     KVXPlatformStep(device, 60 * 64);
     ASSERT_EQ(added.size(), 50u);
-    EXPECT_EQ(heard.samples.back(), 50.0f);
+    EXPECT_EQ(recording.samples.back(), 50.0f);
 }
 
-TEST(Inside, ADevicesProcedureMayStopThatOfAnotherDevice)
+TEST(InCycle, ProcedureOfAnotherDeviceCanBeStopped)
 {
     Device one, two;
-    Procedure there(two, [](const Call&) {});
-    Procedure here(one, [&](const Call&) { EXPECT_EQ(there.stop(), noErr); });
-    there.start();
-    here.start();
+    Procedure second(two, [](const Call&) {});
+    Procedure first(one, [&](const Call&) { EXPECT_EQ(second.stop(), noErr); });
+    second.start();
+    first.start();
     KVXPlatformStep(one, 64);
     EXPECT_EQ(KVXPlatformStep(two, 64), 0u);
 }
 
-TEST(Inside, PropertiesCanBeAsked)
+TEST(InCycle, PropertiesCanBeRead)
 {
     Device device;
     AudioStreamBasicDescription format = {};
@@ -144,7 +145,7 @@ TEST(Inside, PropertiesCanBeAsked)
     EXPECT_EQ(format.mSampleRate, 44100.0);
 }
 
-TEST(Inside, SettingsCanBeChanged)
+TEST(InCycle, SettingsCanBeChanged)
 {
     Device device;
     Procedure procedure(device, [&](const Call& call) {
@@ -154,7 +155,7 @@ TEST(Inside, SettingsCanBeChanged)
         if (call.frames() == 32) EXPECT_EQ(procedure.stop(), noErr);
     });
     procedure.start();
-    waitFor([&] { return KVXPlatformStep(device, 64) == 0; }); // it stops when it has seen the new slice
+    waitFor([&] { return KVXPlatformStep(device, 64) == 0; }); // it stops at the first new slice
     EXPECT_GT(procedure.calls(), 1);
 }
 

@@ -1,5 +1,4 @@
-// What the tests of devices work with: a device of their own, procedures whose bodies are lambdas, properties
-// in one line.
+// Fixtures of device tests: a private device, procedures with a lambda as body, properties in one line.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -14,12 +13,12 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace haltest {
 
-/// Four characters of a code, for messages.
+/// The four characters of a code.
 std::string text(UInt32 code);
 
-/// One call of a procedure, as it arrives.
+/// The arguments of one call of a procedure.
 struct Call {
     AudioDeviceID device;
     const AudioTimeStamp* now;
@@ -35,7 +34,7 @@ struct Call {
     void fill(float value) const { std::fill_n(data(), samples(), value); }
 };
 
-/// A device that lives as long as this: stepped, 44100 Hz, stereo, slices of 64 frames unless said otherwise.
+/// A simulated device, unplugged by the destructor. Default: stepped, 44100 Hz, stereo, slices of 64 frames.
 class Device {
 public:
     explicit Device(const KVXSimulatedDevice& description = stepped());
@@ -53,7 +52,7 @@ private:
     AudioDeviceID id_;
 };
 
-/// A procedure under an ID of its own; goes with this.
+/// A procedure with a unique ID, removed by the destructor.
 class Procedure {
 public:
     using Body = std::function<void(const Call&)>;
@@ -65,7 +64,7 @@ public:
 
     OSStatus start() { return AudioDeviceStart(device_, id_); }
     OSStatus stop() { return AudioDeviceStop(device_, id_); }
-    /// Safe to call in the procedure itself.
+    /// May be called in the procedure itself.
     OSStatus remove();
 
     AudioDeviceIOProcID id() const { return id_; }
@@ -82,7 +81,7 @@ private:
     std::atomic<int> calls_{0};
 };
 
-/// All that a device plays while this lives.
+/// Records the output of a device.
 class Recording {
 public:
     explicit Recording(AudioDeviceID device);
@@ -91,7 +90,7 @@ public:
     Recording& operator=(const Recording&) = delete;
 
     std::vector<float> samples;
-    std::vector<UInt32> slices; ///< frames of each
+    std::vector<UInt32> slices; ///< frames of each slice
 
 private:
     static void take(void* context, const float* samples, uint32_t frames, uint32_t channels);
@@ -135,10 +134,10 @@ OSStatus set(AudioObjectID object, const AudioObjectPropertyAddress& at, const T
 
 AudioDeviceID defaultOutput();
 
-/// The objects of a kind that callers hold, as leak reports count them.
-uint32_t account(const std::string& kind);
+/// The live objects of a kind.
+uint32_t liveCount(const std::string& kind);
 
-/// Let `condition` come true, however long it takes: the test's own time limit is the only one.
+/// Wait until `condition` is true. The only time limit is that of the test.
 void waitFor(const std::function<bool()>& condition);
 
-} // namespace bench
+} // namespace haltest

@@ -1,45 +1,45 @@
-// A cycle allocates nothing, whatever its procedures do there but adding others.
-#include "tests/platform/hal/alarm.h"
-#include "tests/platform/hal/bench.h"
+// A cycle allocates nothing, unless one of its procedures adds another.
+#include "tests/platform/hal/allocation_watch.h"
+#include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
 
 #include <memory>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
-/// What a cycle does is watched from its first procedure's call on, on that thread, to the end of the test:
-/// the mixing behind it, the waiting for the next slice, and all cycles that follow.
-struct Quiet {
-    Quiet() { watch::reset(); }
-    ~Quiet() { watch::disarm(); }
+/// Ends the watch of a test. The first procedure starts it on the cycle's thread, so it includes the mixing,
+/// the wait for the next slice and all later cycles.
+struct Watch {
+    Watch() { watch::reset(); }
+    ~Watch() { watch::stop(); }
 };
 
-TEST(Alarm, RingsWhenAProcedureAllocates)
+TEST(CycleAllocation, IsCountedWhenAProcedureAllocates)
 {
-    Quiet quiet;
+    const Watch watch;
     Device device(Device::paced());
     std::atomic<bool> isDone{false};
     std::unique_ptr<int> block;
     Procedure procedure(device, [&](const Call&) {
         if (isDone) return;
-        watch::armThisThread();
+        watch::watchThisThread();
         block = std::make_unique<int>(1);
         isDone = true;
     });
     procedure.start();
     waitFor([&] { return isDone.load(); });
-    EXPECT_GE(watch::rings(), 1);
+    EXPECT_GE(watch::allocations(), 1);
 }
 
-TEST(Alarm, IsSilentWhileADevicePlays)
+TEST(CycleAllocation, IsAbsentWhileADevicePlays)
 {
     support::TemporaryFolder folder;
-    Quiet quiet;
+    const Watch watch;
     Device device(Device::paced());
     Procedure a(device, [](const Call& call) {
-        watch::armThisThread();
+        watch::watchThisThread();
         call.fill(0.5f);
     });
     Procedure b(device, [](const Call& call) { call.fill(0.25f); });
@@ -53,23 +53,23 @@ TEST(Alarm, IsSilentWhileADevicePlays)
     some(20);
     set<Float32>(device, address(kAudioDevicePropertyVolumeScalar, kAudioDevicePropertyScopeOutput, 1), 0.5f);
     some(5);
-    set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 100); // another shape is taken up
+    set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 100); // new cycle buffers
     some(5);
     KVXPlatformConfigureDevice(device, 48000, 1, 0);
     some(5);
     KVXPlatformStopCapture(device);
     some(5);
-    EXPECT_EQ(watch::rings(), 0);
+    EXPECT_EQ(watch::allocations(), 0);
 }
 
-TEST(Alarm, IsSilentWhileProceduresStopAndStartAndRemoveOneAnother)
+TEST(CycleAllocation, IsAbsentWhileProceduresControlEachOther)
 {
-    Quiet quiet;
+    const Watch watch;
     Device device(Device::paced());
     std::vector<std::unique_ptr<Procedure>> all;
     std::atomic<bool> isDone{false};
     all.push_back(std::make_unique<Procedure>(device, [&](const Call&) {
-        watch::armThisThread();
+        watch::watchThisThread();
         const int call = all[0]->calls();
         if (call == 2) all[1]->start();
         if (call == 4) all[1]->stop();
@@ -85,13 +85,13 @@ TEST(Alarm, IsSilentWhileProceduresStopAndStartAndRemoveOneAnother)
     all[0]->start();
     waitFor([&] { return isDone.load(); });
     waitFor([&] { return get<UInt32>(device, address(kAudioDevicePropertyDeviceIsRunning)) == 0; });
-    EXPECT_EQ(watch::rings(), 0);
+    EXPECT_EQ(watch::allocations(), 0);
     EXPECT_GT(all[1]->calls(), 0);
 }
 
-TEST(Alarm, IsSilentOnAStepsThreadToo)
+TEST(CycleAllocation, IsAbsentOnASteppingThread)
 {
-    Quiet quiet;
+    const Watch watch;
     Device device;
     Procedure* self = nullptr;
     Procedure procedure(device, [&](const Call& call) {
@@ -100,11 +100,11 @@ TEST(Alarm, IsSilentOnAStepsThreadToo)
     });
     self = &procedure;
     procedure.start();
-    watch::armThisThread();
+    watch::watchThisThread();
     const uint32_t frames = KVXPlatformStep(device, 100 * 64);
-    watch::disarm();
+    watch::stop();
     EXPECT_EQ(frames, 50u * 64);
-    EXPECT_EQ(watch::rings(), 0);
+    EXPECT_EQ(watch::allocations(), 0);
 }
 
 } // namespace

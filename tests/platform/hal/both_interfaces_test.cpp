@@ -1,18 +1,18 @@
-// Both interfaces refuse alike: buffers that are short, values that are wrong, objects of another kind.
-// That they answer alike is in property_test.cpp.
-#include "tests/platform/hal/bench.h"
+// Both property interfaces refuse short buffers, invalid values and objects of another kind alike.
+// property_test.cpp compares the values that they return.
 #include "tests/platform/hal/selectors.h"
+#include "tests/platform/hal/test_device.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr AudioObjectID systemObject = kAudioObjectSystemObject;
 
-/// One place of one property, and both ways to it.
-struct Place {
+/// One address of one property, for both interfaces.
+struct Address {
     AudioObjectID object;
     AudioClassID kind;
     Selector selector;
@@ -54,9 +54,10 @@ struct Place {
     }
 };
 
-void walk(const std::function<void(const Place&)>& look)
+void walk(const std::function<void(const Address&)>& look)
 {
-    const auto places = [&](AudioObjectID object, AudioClassID kind, const std::vector<Selector>& selectors) {
+    const auto walkObject = [&](AudioObjectID object, AudioClassID kind,
+                                const std::vector<Selector>& selectors) {
         const bool isSystem = kind == kAudioSystemObjectClassID, isDevice = kind == kAudioDeviceClassID;
         for (const Selector& selector : selectors)
             for (UInt32 channel = 0; channel < (isSystem ? 1u : 4u); ++channel)
@@ -68,65 +69,65 @@ void walk(const std::function<void(const Place&)>& look)
                     look({object, kind, selector, channel, isInput});
                 }
     };
-    places(systemObject, kAudioSystemObjectClassID, systemSelectors);
+    walkObject(systemObject, kAudioSystemObjectClassID, systemSelectors);
     for (AudioDeviceID device : getAll<AudioDeviceID>(systemObject, address('dev#'))) {
-        places(device, kAudioDeviceClassID, deviceSelectors);
+        walkObject(device, kAudioDeviceClassID, deviceSelectors);
         for (AudioStreamID stream : getAll<AudioStreamID>(device, address('ownd')))
-            places(stream, kAudioStreamClassID, streamSelectors);
+            walkObject(stream, kAudioStreamClassID, streamSelectors);
     }
 }
 
-TEST(Consistency, OfShortBuffers)
+TEST(BothInterfaces, RefuseShortBuffersAlike)
 {
     Device device;
-    walk([](const Place& place) {
-        for (UInt32 room : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 12u, 15u, 16u, 39u, 40u, 41u}) {
-            const bool hasString = place.selector.kind == Kind::string && room >= sizeof(CFStringRef);
-            if (hasString) continue; // two strings are two references
+    walk([](const Address& address) {
+        for (UInt32 capacity : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 12u, 15u, 16u, 39u, 40u, 41u}) {
+            const bool hasString = address.selector.kind == Kind::string && capacity >= sizeof(CFStringRef);
+            if (hasString) continue; // each interface returns a new string
             std::vector<char> a(64, char(0)), b = a;
-            UInt32 sizeA = room, sizeB = room;
-            EXPECT_EQ(text(place.getByAddress(&sizeA, a.data())), text(place.getByTarget(&sizeB, b.data())))
-                << room;
-            EXPECT_EQ(sizeA, sizeB) << room;
-            EXPECT_EQ(a, b) << room;
+            UInt32 sizeA = capacity, sizeB = capacity;
+            EXPECT_EQ(text(address.getByAddress(&sizeA, a.data())),
+                      text(address.getByTarget(&sizeB, b.data())))
+                << capacity;
+            EXPECT_EQ(sizeA, sizeB) << capacity;
+            EXPECT_EQ(a, b) << capacity;
         }
         UInt32 sizeA = 4096, sizeB = 4096;
-        EXPECT_EQ(text(place.getByAddress(&sizeA, nullptr)), text(place.getByTarget(&sizeB, nullptr)));
-        char nowhere[64];
-        EXPECT_EQ(text(place.getByAddress(nullptr, nowhere)), text(place.getByTarget(nullptr, nowhere)));
+        EXPECT_EQ(text(address.getByAddress(&sizeA, nullptr)), text(address.getByTarget(&sizeB, nullptr)));
+        char data[64];
+        EXPECT_EQ(text(address.getByAddress(nullptr, data)), text(address.getByTarget(nullptr, data)));
     });
 }
 
-// Values of all lengths, all of them nonsense or as it was: what one interface refuses, so does the other.
-TEST(Consistency, OfRefusedValues)
+// Invalid and unchanged values of all lengths.
+TEST(BothInterfaces, RefuseInvalidValuesAlike)
 {
     Device device;
-    walk([](const Place& place) {
-        if (place.selector.code == 'oink') return; // any value takes it, or gives it back
+    walk([](const Address& address) {
+        if (address.selector.code == 'oink') return; // any value toggles it
         std::vector<char> current(4096);
         UInt32 size = static_cast<UInt32>(current.size());
-        const bool isThere = place.getByAddress(&size, current.data()) == noErr;
-        if (isThere)
-            EXPECT_EQ(text(place.setByAddress(size, current.data())),
-                      text(place.setByTarget(size, current.data())));
-        if (isThere && place.selector.kind == Kind::string) {
+        const bool isPresent = address.getByAddress(&size, current.data()) == noErr;
+        if (isPresent)
+            EXPECT_EQ(text(address.setByAddress(size, current.data())),
+                      text(address.setByTarget(size, current.data())));
+        if (isPresent && address.selector.kind == Kind::string) {
             CFStringRef string;
             std::memcpy(&string, current.data(), sizeof string);
             CFRelease(string);
         }
         const std::vector<char> nonsense(64, char(0xFF));
         for (UInt32 length : {0u, 1u, 3u, 5u, 7u, 9u, 39u, 41u, 64u})
-            EXPECT_EQ(text(place.setByAddress(length, nonsense.data())),
-                      text(place.setByTarget(length, nonsense.data())))
+            EXPECT_EQ(text(address.setByAddress(length, nonsense.data())),
+                      text(address.setByTarget(length, nonsense.data())))
                 << length;
         for (UInt32 length : {0u, 4u, 8u, 40u})
-            EXPECT_EQ(text(place.setByAddress(length, nullptr)), text(place.setByTarget(length, nullptr)))
+            EXPECT_EQ(text(address.setByAddress(length, nullptr)), text(address.setByTarget(length, nullptr)))
                 << length;
     });
 }
 
-// What one interface sets, the other finds.
-TEST(Consistency, OfWhatWasSet)
+TEST(BothInterfaces, ReadWhatEitherSets)
 {
     Device device;
     const AudioDeviceID id = device;
@@ -142,23 +143,23 @@ TEST(Consistency, OfWhatWasSet)
     const AudioTimeStamp sometime = {};
     const Float32 level = 0.5f;
     EXPECT_EQ(AudioDeviceSetProperty(id, &sometime, 2, false, 'volm', sizeof level, &level), noErr)
-        << "whenever it is wanted, it is now";
+        << "the time is ignored";
     EXPECT_EQ(get<Float32>(id, address('volm', kAudioDevicePropertyScopeOutput, 2)), level);
     EXPECT_EQ(get<Float32>(id, address('volm', kAudioDevicePropertyScopeOutput, 1)), 1.0f);
 }
 
-// Each interface has its own name for an object that is not there, and keeps to it whatever else is wrong.
-TEST(Consistency, OfObjectsThatAreNotThere)
+// The status of a missing object is independent of other errors.
+TEST(BothInterfaces, HaveTheirOwnStatusForMissingObjects)
 {
-    AudioDeviceID goneDevice;
-    AudioStreamID goneStream;
+    AudioDeviceID endedDevice;
+    AudioStreamID endedStream;
     {
         Device device;
-        goneDevice = device;
-        goneStream = getAll<AudioStreamID>(device, address('stm#')).at(0);
+        endedDevice = device;
+        endedStream = getAll<AudioStreamID>(device, address('stm#')).at(0);
     }
     for (AudioObjectID none :
-         {AudioObjectID{0}, goneDevice, goneStream, AudioObjectID{0x7FFFFFFF}, AudioObjectID{0xFFFFFFFF}})
+         {AudioObjectID{0}, endedDevice, endedStream, AudioObjectID{0x7FFFFFFF}, AudioObjectID{0xFFFFFFFF}})
         for (UInt32 selector : {'clas', 'nsrt', 'sfmt', 'zzzz', '****'}) {
             SCOPED_TRACE(std::to_string(none) + " " + text(selector));
             const auto at = address(selector);
@@ -178,8 +179,8 @@ TEST(Consistency, OfObjectsThatAreNotThere)
         }
 }
 
-// Of the size and of what may be written, either may be left unasked.
-TEST(Consistency, OfHalfQuestions)
+// The size and the writable flag may each be null.
+TEST(BothInterfaces, AcceptNullResults)
 {
     Device device;
     UInt32 size = 0;

@@ -1,10 +1,10 @@
-#include "tests/platform/hal/bench.h"
+#include "tests/platform/hal/test_device.h"
 
 #include <array>
 #include <chrono>
 #include <thread>
 
-namespace bench {
+namespace haltest {
 
 std::string text(UInt32 code)
 {
@@ -18,7 +18,7 @@ std::string text(UInt32 code)
 KVXSimulatedDevice Device::stepped()
 {
     KVXSimulatedDevice description = {};
-    description.name = "Bench";
+    description.name = "Test Device";
     description.sliceFrames = 64;
     description.isStepped = 1;
     return description;
@@ -66,7 +66,7 @@ OSStatus Procedure::call(AudioDeviceID device, const AudioTimeStamp* now, const 
     return noErr;
 }
 
-// ---- what is heard ----
+// ---- output ----
 
 Recording::Recording(AudioDeviceID device) : device_(device)
 {
@@ -95,7 +95,7 @@ AudioDeviceID defaultOutput()
     return get<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDefaultOutputDevice));
 }
 
-uint32_t account(const std::string& kind)
+uint32_t liveCount(const std::string& kind)
 {
     std::array<KVXLiveCount, 32> rows = {};
     const uint32_t count = KVXPlatformGetLiveCounts(rows.data(), rows.size());
@@ -109,4 +109,4 @@ void waitFor(const std::function<bool()>& condition)
     while (!condition()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-} // namespace bench
+} // namespace haltest

@@ -1,6 +1,7 @@
-// What a change changes is told, and nothing else: the values of every object before and after are compared.
+// Listeners receive exactly the properties that a change changes. The test compares all values before and
+// after.
+#include "tests/platform/hal/recording_listener.h"
 #include "tests/platform/hal/selectors.h"
-#include "tests/platform/hal/watcher.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -9,32 +10,31 @@
 
 namespace {
 
-using namespace bench;
+using namespace haltest;
 
 constexpr auto global = kAudioObjectPropertyScopeGlobal, output = kAudioDevicePropertyScopeOutput,
                input = kAudioDevicePropertyScopeInput;
 
-struct Place {
+struct Address {
     AudioObjectID object;
     AudioObjectPropertyAddress at;
 
-    bool operator<(const Place& other) const
+    bool operator<(const Address& other) const
     {
-        const auto key = [](const Place& p) {
+        const auto key = [](const Address& p) {
             return std::make_tuple(p.object, p.at.mSelector, p.at.mScope, p.at.mElement);
         };
         return key(*this) < key(other);
     }
 };
-using Values = std::map<Place, std::vector<char>>;
-using Places = std::set<std::string>;
+using Values = std::map<Address, std::vector<char>>;
 
-/// Questions rather than values: what they answer depends on what they are asked.
-bool isQuestion(const Selector& selector)
+/// Whether the caller's buffer is input as well, so that there is no value to compare.
+bool isTranslation(const Selector& selector)
 {
-    constexpr UInt32 questions[] = {'sfm?', 'sfmm', 'pft?', 'pftm', 'v2db', 'db2v', 'suse'};
-    return selector.kind == Kind::translation ||
-           std::find(std::begin(questions), std::end(questions), selector.code) != std::end(questions);
+    constexpr UInt32 translations[] = {'sfm?', 'sfmm', 'pft?', 'pftm', 'v2db', 'db2v', 'suse'};
+    return selector.kind == Kind::translation || std::find(std::begin(translations), std::end(translations),
+                                                           selector.code) != std::end(translations);
 }
 
 void read(Values& values, AudioObjectID object, const std::vector<Selector>& selectors)
@@ -45,7 +45,7 @@ void read(Values& values, AudioObjectID object, const std::vector<Selector>& sel
                 const auto at = address(selector.code, scope, element);
                 std::vector<char> bytes(4096);
                 UInt32 size = static_cast<UInt32>(bytes.size());
-                if (isQuestion(selector) ||
+                if (isTranslation(selector) ||
                     AudioObjectGetPropertyData(object, &at, 0, nullptr, &size, bytes.data()) != noErr)
                     continue;
                 bytes.resize(size);
@@ -65,7 +65,7 @@ std::string print(AudioObjectID object, UInt32 selector, UInt32 element)
     return std::to_string(object) + " " + text(selector) + " " + std::to_string(element);
 }
 
-/// Every place of every object, watched one by one, so that the address that is told is the one that changed.
+/// A device, its streams and the system object, with all their selectors.
 struct Everything {
     std::vector<std::pair<AudioObjectID, const std::vector<Selector>*>> objects;
 
@@ -84,10 +84,10 @@ struct Everything {
     }
 };
 
-/// Both sides, or one: a device of two outputs, and of two inputs as well.
+/// The parameter is the number of inputs; the device has two outputs as well.
 class Changes : public testing::TestWithParam<uint32_t> {};
 
-TEST_P(Changes, AreToldWhereTheyAreAndOnce)
+TEST_P(Changes, AreNotifiedOnceAtTheirAddress)
 {
     KVXSimulatedDevice description = Device::stepped();
     description.outputChannels = 2;
@@ -103,9 +103,9 @@ TEST_P(Changes, AreToldWhereTheyAreAndOnce)
         std::function<OSStatus()> change;
     } facts[] = {
         {"another common rate", [&] { return rate(48000); }},
-        {"a rate of its own", [&] { return rate(12345); }},
-        {"another of its own", [&] { return rate(12346); }},
-        {"a common one again", [&] { return rate(44100); }},
+        {"an uncommon rate", [&] { return rate(12345); }},
+        {"another uncommon rate", [&] { return rate(12346); }},
+        {"a common rate again", [&] { return rate(44100); }},
         {"a slice", [&] { return set<UInt32>(device, address('fsiz'), 128); }},
         {"a slice in bytes", [&] { return set<UInt32>(device, address('bsiz', output), 1000); }},
         {"four channels", [&] { return configure(0, 4, 0); }},
@@ -124,59 +124,62 @@ TEST_P(Changes, AreToldWhereTheyAreAndOnce)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.what);
         const Values before = everything.values();
-        std::vector<std::unique_ptr<Watcher>> watchers, places;
-        std::vector<Place> watched;
+        std::vector<std::unique_ptr<RecordingListener>> byObject, byAddress;
+        std::vector<Address> watched;
         for (const auto& each : everything.objects)
             if (each.first != kAudioObjectSystemObject)
-                watchers.push_back(std::make_unique<Watcher>(each.first));
+                byObject.push_back(std::make_unique<RecordingListener>(each.first));
         for (const auto& value : before) {
-            if (value.first.object == kAudioObjectSystemObject) continue; // the wait makes it tell
+            if (value.first.object == kAudioObjectSystemObject) continue; // the wait changes its properties
             watched.push_back(value.first);
-            places.push_back(std::make_unique<Watcher>(value.first.object, value.first.at));
+            byAddress.push_back(std::make_unique<RecordingListener>(value.first.object, value.first.at));
         }
         ASSERT_EQ(fact.change(), noErr);
-        waitUntilTold();
+        waitForNotifications();
         const Values after = everything.values();
-        std::set<std::string> changedSelectors, toldSelectors;
+        std::set<std::string> changedSelectors, receivedSelectors;
         for (std::size_t i = 0; i < watched.size(); ++i) {
             const auto now = after.find(watched[i]);
-            const bool isThere = now != after.end();
-            const bool isChanged = isThere && now->second != before.at(watched[i]);
+            const bool isPresent = now != after.end();
+            const bool isChanged = isPresent && now->second != before.at(watched[i]);
             const auto& at = watched[i].at;
             if (isChanged) changedSelectors.insert(print(watched[i].object, at.mSelector, 0));
-            if (at.mScope == input && GetParam() == 0) continue; // no side of its own: it hears of the whole
-            // The whole hears of both sides.
-            if (isThere && at.mScope != global)
-                EXPECT_EQ(places[i]->count(), isChanged ? 1 : 0) << text(at) << " of " << watched[i].object;
+            if (at.mScope == input && GetParam() == 0)
+                continue; // without this side, it receives changes of the whole device
+            // The global scope receives changes of both sides.
+            if (isPresent && at.mScope != global)
+                EXPECT_EQ(byAddress[i]->count(), isChanged ? 1 : 0)
+                    << text(at) << " of " << watched[i].object;
             else if (isChanged)
-                EXPECT_EQ(places[i]->count(), 1) << text(at) << " of " << watched[i].object;
+                EXPECT_EQ(byAddress[i]->count(), 1) << text(at) << " of " << watched[i].object;
         }
         std::size_t index = 0;
         for (const auto& each : everything.objects) {
             if (each.first == kAudioObjectSystemObject) continue;
-            std::vector<std::string> told = watchers[index++]->takeTold();
-            EXPECT_EQ(std::set<std::string>(told.begin(), told.end()).size(), told.size()) << "each once";
-            for (const std::string& line : told)
-                toldSelectors.insert(std::to_string(each.first) + " " + line.substr(0, 4) + " 0");
+            std::vector<std::string> received = byObject[index++]->takeReceived();
+            EXPECT_EQ(std::set<std::string>(received.begin(), received.end()).size(), received.size())
+                << "each once";
+            for (const std::string& line : received)
+                receivedSelectors.insert(std::to_string(each.first) + " " + line.substr(0, 4) + " 0");
         }
-        EXPECT_EQ(toldSelectors, changedSelectors);
+        EXPECT_EQ(receivedSelectors, changedSelectors);
         EXPECT_FALSE(changedSelectors.empty());
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Device, Changes, testing::Values(0u, 2u));
 
-// A device that comes or goes changes what the system owns as well as its list.
-TEST(ChangesOfTheSystem, AreToldAlike)
+TEST(SystemChanges, NotifyTheListAndTheOwnedObjects)
 {
-    Watcher list(kAudioObjectSystemObject, address('dev#')), owned(kAudioObjectSystemObject, address('ownd'));
+    RecordingListener list(kAudioObjectSystemObject, address('dev#')),
+        owned(kAudioObjectSystemObject, address('ownd'));
     {
         const Device device;
-        waitUntilTold();
+        waitForNotifications();
         EXPECT_EQ(list.count(), 1);
         EXPECT_EQ(owned.count(), 1);
     }
-    waitUntilTold();
+    waitForNotifications();
     EXPECT_EQ(list.count(), 2);
     EXPECT_EQ(owned.count(), 2);
 }
