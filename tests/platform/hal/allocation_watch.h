@@ -5,7 +5,7 @@
 namespace watch {
 
 /// Count the calling thread's allocations and frees from now on.
-void armThisThread();
+void watchThisThread();
 
 /// Stop counting on all threads.
 void stop();
