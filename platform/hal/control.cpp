@@ -30,8 +30,8 @@ template <class Body>
 std::invoke_result_t<Body> withErrorText(std::invoke_result_t<Body> failure, Body body) noexcept
 {
     bool hasReturned = false;
-    const auto result = kvxplatform::withinBorder(failure, [&] {
-        const auto value = body();
+    const std::invoke_result_t<Body> result = kvxplatform::withinBorder(failure, [&] {
+        const std::invoke_result_t<Body> value = body();
         hasReturned = true;
         return value;
     });

@@ -120,7 +120,7 @@ void passToSinks(const Device& device, const CycleBuffers& buffers, UInt32 frame
     if (!sinks || device.isDiscarding || !channels) return;
     const float* const samples = buffers.mix.data();
     if (sinks->tap) sinks->tap(sinks->tapContext, samples, frames, channels);
-    for (const auto& capture : sinks->captures)
+    for (const std::shared_ptr<Capture>& capture : sinks->captures)
         if (capture) capture->write(samples, frames, {buffers.settings.rate, channels}, mayWait);
 }
 

@@ -48,7 +48,8 @@ bool startCapture(Device& device, CaptureOwner owner, const std::string& path, c
 {
     {
         const std::lock_guard<std::mutex> control(device.control);
-        for (const auto& each : currentSinks(device).captures)
+        const OutputSinks current = currentSinks(device);
+        for (const std::shared_ptr<Capture>& each : current.captures)
             if (each && each->path() == path) {
                 error = "the capture " + path + " is being written already; name another file";
                 return false;

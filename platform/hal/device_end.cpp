@@ -25,10 +25,10 @@ void end(const DeviceRef& device, bool isUnplugged)
             list.unplug(device);
             changed = {kAudioHardwarePropertyDevices, kAudioObjectPropertyOwnedObjects};
         }
-        for (auto selector : list.moveRoles()) changed.push_back(selector);
+        for (AudioObjectPropertySelector selector : list.moveRoles()) changed.push_back(selector);
     }
     if (wasAlive) postChange(device->id, kAudioDevicePropertyDeviceIsAlive);
-    for (auto selector : changed) postChange(kAudioObjectSystemObject, selector);
+    for (AudioObjectPropertySelector selector : changed) postChange(kAudioObjectSystemObject, selector);
     finishCaptures(*device);
     beginDiscarding(device);
     const std::lock_guard<std::mutex> control(device->control);

@@ -26,7 +26,7 @@ void DeviceList::add(const DeviceRef& device)
     if (device->settings.outputChannels) device->outputStream = nextID_++;
     if (device->settings.inputChannels) device->inputStream = nextID_++;
     device->outputLevels.resize(device->settings.outputChannels);
-    for (auto& gain : device->targetGains) gain = 1.0f;
+    for (std::atomic<float>& gain : device->targetGains) gain = 1.0f;
     // No other thread knows the device yet, so `control` is not needed.
     device->buffers.publish(std::make_unique<CycleBuffers>(device->settings), device->scope);
     device->applied = device->settings;

@@ -82,9 +82,9 @@ void addDevice(const DeviceRef& device)
     {
         const std::lock_guard<std::mutex> lock(propertyLock);
         list.add(device);
-        for (auto selector : list.moveRoles()) changed.push_back(selector);
+        for (AudioObjectPropertySelector selector : list.moveRoles()) changed.push_back(selector);
     }
-    for (auto selector : changed) postChange(kAudioObjectSystemObject, selector);
+    for (AudioObjectPropertySelector selector : changed) postChange(kAudioObjectSystemObject, selector);
 }
 
 bool chooseOutput(const std::string& choice, std::string& error)

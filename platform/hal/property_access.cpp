@@ -146,9 +146,9 @@ OSStatus applyChanges(const Object& object, AudioObjectPropertyElement element, 
         postSettingChanges(*object.device, accepted.before, accepted.after);
     }
     if (consequences.hasNewLevels) applyLevels(object.device);
-    for (auto selector : consequences.changed)
+    for (AudioObjectPropertySelector selector : consequences.changed)
         postChange(object.id, selector, scopeOf(object, selector, accepted.isInput), element);
-    for (auto selector : consequences.changedOfStream)
+    for (AudioObjectPropertySelector selector : consequences.changedOfStream)
         postChange(accepted.isInput ? object.device->inputStream : object.device->outputStream, selector);
     return noErr;
 }

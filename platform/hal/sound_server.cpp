@@ -12,7 +12,7 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr auto longestWait = std::chrono::seconds(5);
+constexpr std::chrono::seconds longestWait{5};
 
 std::atomic<jack_client_t*> watcher{nullptr};
 std::atomic<bool> hasEnded{false};
@@ -21,7 +21,7 @@ std::atomic<void (*)()> wakeAtEnd{nullptr};
 extern "C" void noteEnd(void*)
 {
     hasEnded = true;
-    if (const auto wake = wakeAtEnd.load()) wake();
+    if (void (*const wake)() = wakeAtEnd) wake();
 }
 
 } // namespace

@@ -11,8 +11,8 @@ namespace kvxplatform::hal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr auto longestLag =
-    std::chrono::seconds(1); // after a longer pause, as of a sleeping machine, restart
+// After a longer pause, as of a sleeping machine, the pace restarts.
+constexpr std::chrono::seconds longestLag{1};
 
 bool mayRun(const Device& device)
 {

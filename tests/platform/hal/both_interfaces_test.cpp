@@ -84,7 +84,7 @@ TEST(BothInterfaces, RefuseShortBuffersAlike)
         for (UInt32 capacity : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 12u, 15u, 16u, 39u, 40u, 41u}) {
             const bool hasString = address.selector.kind == Kind::string && capacity >= sizeof(CFStringRef);
             if (hasString) continue; // each interface returns a new string
-            std::vector<char> a(64, char(0)), b = a;
+            std::vector<char> a(64, char{0}), b = a;
             UInt32 sizeA = capacity, sizeB = capacity;
             EXPECT_EQ(text(address.getByAddress(&sizeA, a.data())),
                       text(address.getByTarget(&sizeB, b.data())))
@@ -116,7 +116,7 @@ TEST(BothInterfaces, RefuseInvalidValuesAlike)
             std::memcpy(&string, current.data(), sizeof string);
             CFRelease(string);
         }
-        const std::vector<char> nonsense(64, char(0xFF));
+        const std::vector<char> nonsense(64, '\xFF');
         for (UInt32 length : {0u, 1u, 3u, 5u, 7u, 9u, 39u, 41u, 64u})
             EXPECT_EQ(text(address.setByAddress(length, nonsense.data())),
                       text(address.setByTarget(length, nonsense.data())))

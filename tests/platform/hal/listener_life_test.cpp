@@ -130,13 +130,13 @@ TEST(ListenerLife, RemainingListenersReceiveEveryChange)
     for (int i = 0; i < changers; ++i) devices.push_back(std::make_unique<Device>());
     for (int i = 0; i < remaining; ++i)
         listeners.push_back(
-            std::make_unique<RecordingListener>(*devices[std::size_t(i % changers)], volume(1)));
+            std::make_unique<RecordingListener>(*devices[static_cast<std::size_t>(i % changers)], volume(1)));
     std::atomic<int> changing{changers};
     std::vector<std::thread> threads;
     for (int i = 0; i < changers; ++i)
         threads.emplace_back([&, i] {
             for (int n = 0; n < changes; ++n)
-                set<Float32>(*devices[std::size_t(i)], volume(1), n % 2 ? 0.5f : 0.25f);
+                set<Float32>(*devices[static_cast<std::size_t>(i)], volume(1), n % 2 ? 0.5f : 0.25f);
             --changing;
         });
     while (changing) {

@@ -238,7 +238,7 @@ TEST(Setting, OutOfRangeIsRefusedWithoutNotification)
         {device, address('bsiz', output), bytesOf<UInt32>(8193 * 8), "nope"},
         {device, address('nsrt'), bytesOf<Float64>(999.999), "!dat"},
         {device, address('nsrt'), bytesOf<Float64>(768000.1), "!dat"},
-        {device, address('nsrt'), bytesOf<Float64>(double(nan)), "!dat"},
+        {device, address('nsrt'), bytesOf<Float64>(double{nan}), "!dat"},
         {device, address('sfmt', output), wrong([](auto& f) { f.mChannelsPerFrame = 1; }), "!dat"},
         {device, address('sfmt', output), wrong([](auto& f) { f.mFormatFlags = 4; }), "!dat"},
         {device, address('sfmt', output), wrong([](auto& f) { f.mSampleRate = -1; }), "!dat"},

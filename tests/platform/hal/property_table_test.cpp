@@ -321,7 +321,7 @@ std::string print(const Subject& subject, const Selector& selector, const std::v
     case Kind::words:
         return printAll<UInt32>(bytes, asWord);
     case Kind::single:
-        return print(double(take<Float32>(bytes)));
+        return print(double{take<Float32>(bytes)});
     case Kind::real:
         return print(take<Float64>(bytes));
     case Kind::string:
@@ -454,7 +454,7 @@ TEST_F(PropertyTable, ReturnsTheStatedValues)
         EXPECT_EQ(text(sized), text(noErr));
         EXPECT_EQ(text(settable), text(noErr));
         EXPECT_EQ(size, fact->size);
-        EXPECT_EQ(bool(isSettable), fact->isSettable);
+        EXPECT_EQ(isSettable != 0, fact->isSettable);
         if (fact->value && fact->value[0] == '=') {
             EXPECT_EQ(text(read), fact->value + 1);
             return;
@@ -475,7 +475,7 @@ TEST_F(PropertyTable, ValuesTextsAndLayoutsRequireTheirFullSize)
         const bool isList = selector.kind == Kind::words || selector.kind == Kind::ranges ||
                             selector.kind == Kind::formats || selector.kind == Kind::ranged;
         if (!fact || isList) return;
-        std::vector<char> bytes(fact->size + 1, char(0xCC));
+        std::vector<char> bytes(fact->size + 1, '\xCC');
         for (UInt32 capacity : {UInt32{0}, UInt32{1}, fact->size - 1}) {
             UInt32 size = capacity;
             EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data())),
@@ -483,17 +483,17 @@ TEST_F(PropertyTable, ValuesTextsAndLayoutsRequireTheirFullSize)
                 << capacity;
             EXPECT_EQ(size, capacity);
         }
-        EXPECT_EQ(std::count(bytes.begin(), bytes.end(), char(0xCC)), std::ptrdiff_t(bytes.size()));
+        EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\xCC'), static_cast<std::ptrdiff_t>(bytes.size()));
         UInt32 size = fact->size;
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, nullptr)), "nope");
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, nullptr, bytes.data())),
                   "nope");
         if (fact->value && fact->value[0] == '=') return;
-        std::fill(bytes.begin(), bytes.end() - 1, char(0)); // input of translations
+        std::fill(bytes.begin(), bytes.end() - 1, char{0}); // input of translations
         size = fact->size;
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data())),
                   text(noErr));
-        EXPECT_EQ(bytes.back(), char(0xCC)) << "no write past the end";
+        EXPECT_EQ(bytes.back(), '\xCC') << "no write past the end";
         if (selector.kind == Kind::string) CFRelease(take<CFStringRef>(bytes));
     });
 }
@@ -524,13 +524,14 @@ TEST_F(PropertyTable, ListsAreCutToWholeItems)
         ASSERT_EQ(all, fact->size);
         for (UInt32 capacity = 0; capacity <= fact->size + 5;
              capacity += capacity < 2 * item ? 1 : item - 1) {
-            std::vector<char> bytes(fact->size + 8, char(0xCC));
+            std::vector<char> bytes(fact->size + 8, '\xCC');
             UInt32 size = capacity;
             ASSERT_EQ(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data()), noErr)
                 << capacity;
             ASSERT_EQ(size, std::min(capacity, fact->size) / item * item) << capacity;
-            ASSERT_TRUE(std::equal(bytes.begin(), bytes.begin() + std::ptrdiff_t(size), whole.begin()));
-            ASSERT_EQ(bytes[size], char(0xCC));
+            ASSERT_TRUE(
+                std::equal(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size), whole.begin()));
+            ASSERT_EQ(bytes[size], '\xCC');
         }
         UInt32 none = 0;
         EXPECT_EQ(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &none, nullptr), noErr)

@@ -231,7 +231,7 @@ TEST(Properties, OfARunningDeviceCanBeSet)
     EXPECT_EQ(set<Float64>(device, address('nsrt'), 96000), noErr);
     const auto format = get<AudioStreamBasicDescription>(device, address('sfmt', output));
     EXPECT_EQ(format.mSampleRate, 96000.0);
-    for (double bad : {0.0, -1.0, 1e9, double(NAN), double(INFINITY)})
+    for (double bad : {0.0, -1.0, 1e9, double{NAN}, double{INFINITY}})
         EXPECT_NE(set<Float64>(device, address('nsrt'), bad), noErr) << bad;
     EXPECT_EQ(get<Float64>(device, address('nsrt')), 96000.0);
 
