@@ -74,7 +74,7 @@ AudioObjectPropertyAddress addressFor(const Listener& listener, const Change& ch
     return address;
 }
 
-/// Call a listener, unless it was removed. `lock` is held, but for the time of the call.
+/// Call a listener, unless it was removed. `lock` is held before and after, and released during the call.
 void call(Notifier& notifier, std::unique_lock<std::mutex>& lock, UInt64 serial, const Change& change)
 {
     const auto found = std::find_if(notifier.listeners.begin(), notifier.listeners.end(),

@@ -152,7 +152,7 @@ TEST(Capture, StartFailsWithoutAWritableFile)
         EXPECT_STRNE(KVXPlatformErrorText(), "") << path;
     }
     EXPECT_NE(KVXPlatformStartCapture(device, nullptr), 0);
-    EXPECT_EQ(folder.count(), 1u) << "no file is left";
+    EXPECT_EQ(folder.count(), 1u) << "no other file is left";
 }
 
 TEST(Capture, KeepsAForeignFileWithTheTemporaryName)
