@@ -67,6 +67,9 @@ TEST(ThreadFailure, FirstCallReturnsAnError)
         const NoThreads none; // also for the housekeeper
         EXPECT_EQ(AudioObjectGetPropertyData(kAudioObjectSystemObject, &role, 0, nullptr, &size, &device),
                   kAudioHardwareUnspecifiedError);
+        EXPECT_EQ(AudioDeviceGetProperty(2, 0, false, 'livn', &size, &device),
+                  kAudioHardwareUnspecifiedError);
+        EXPECT_EQ(AudioStreamGetProperty(3, 0, 'sdir', &size, &device), kAudioHardwareUnspecifiedError);
         EXPECT_NE(KVXPlatformChooseOutputDevice("simulated"), 0);
         EXPECT_STRNE(KVXPlatformErrorText(), "");
         EXPECT_EQ(AudioObjectAddPropertyListener(kAudioObjectSystemObject, &role, ignore, nullptr),
