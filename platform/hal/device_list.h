@@ -7,7 +7,7 @@
 
 namespace kvxplatform::hal {
 
-/// What a default device is the default for.
+/// The uses for which the system has a default device.
 enum class Role { output, systemOutput, input };
 constexpr std::size_t roleCount = 3;
 
@@ -19,7 +19,7 @@ struct StreamRef {
 /// The properties of the system object that a change of the list changes.
 using Selectors = std::vector<AudioObjectPropertySelector>;
 
-/// Under propertyLock, as all its functions.
+/// All functions: [any], with propertyLock.
 class DeviceList {
 public:
     enum class Change { none, done, refused };

@@ -5,7 +5,7 @@
 
 namespace kvxplatform::hal {
 
-/// After it is raised, the housekeeper looks at every device. Lives as long as the process.
+/// After it is raised, the housekeeper looks at every device. Never freed: threads may outlive main.
 /// [any], also inside a cycle
 inline Signal& housekeeperSignal()
 {

@@ -1,4 +1,4 @@
-// What a device is set to, and the limits of a simulated one.
+// The settings of a device, and the limits of a simulated one.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
