@@ -56,10 +56,10 @@ bool beginCall(Device& device, const IOProc& proc)
 
 /// Among many procedures, the records of the next ones are no longer in the near caches: fetch them while
 /// this one renders. The client's memory is not read, so any pointer will do.
-void prefetchNext(const ProcList::List& list, std::size_t index)
+void prefetchNext(const std::shared_ptr<IOProc>* row, const std::shared_ptr<IOProc>* end)
 {
-    if (index + 2 < list.size()) __builtin_prefetch(list[index + 2].get());
-    if (index + 1 < list.size()) __builtin_prefetch(list[index + 1]->client);
+    if (end - row > 2) __builtin_prefetch(row[2].get());
+    if (end - row > 1) __builtin_prefetch(row[1]->client);
 }
 
 /// Add the output of every started procedure in `mix`.
@@ -69,18 +69,19 @@ void callProcs(Device& device, CycleBuffers& buffers, UInt32 frames, const Times
     const std::size_t samples = std::size_t{frames} * settings.outputChannels;
     bool isFirst = true;
     const ProcList::List& list = device.procs.current();
-    for (std::size_t index = 0; index < list.size(); ++index) {
-        const IOProc* const proc = list[index].get();
-        prefetchNext(list, index);
-        if (!beginCall(device, *proc)) continue;
+    const std::shared_ptr<IOProc>* const end = list.data() + list.size();
+    for (const std::shared_ptr<IOProc>* row = list.data(); row != end; ++row) {
+        const IOProc& proc = **row;
+        prefetchNext(row, end);
+        if (!beginCall(device, proc)) continue;
         std::vector<float>& target = isFirst ? buffers.mix : buffers.scratch;
         std::fill_n(target.begin(), samples, 0.0f);
-        const bool isOutputOff = proc->isOutputOff.load(std::memory_order_relaxed);
-        const bool isInputOff = proc->isInputOff.load(std::memory_order_relaxed);
+        const bool isOutputOff = proc.isOutputOff.load(std::memory_order_relaxed);
+        const bool isInputOff = proc.isInputOff.load(std::memory_order_relaxed);
         AudioBufferList output = listOf(target, settings.outputChannels, frames, isOutputOff);
         const AudioBufferList input =
             listOf(buffers.inputSilence, settings.inputChannels, frames, isInputOff);
-        proc->proc(device.id, &times.now, &input, &times.input, &output, &times.output, proc->client);
+        proc.proc(device.id, &times.now, &input, &times.input, &output, &times.output, proc.client);
         device.called = nullptr;
         if (isOutputOff) continue;
         if (!isFirst)
