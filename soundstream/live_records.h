@@ -56,7 +56,7 @@ inline void yieldOrSleep(int waited)
         nanosleep(&sleep, nullptr);
 }
 
-/// The live records of one kind. They are linked through their field `next`: nothing is allocated.
+/// The live records of one kind, linked through their field `next`: no memory but the records' own.
 template <class Record>
 class LiveRecords {
 public:

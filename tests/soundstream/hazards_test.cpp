@@ -80,8 +80,7 @@ void awaitThat(Condition condition)
     while (!condition()) std::this_thread::yield();
 }
 
-// Each action clears the pointer that leads to what it takes away, then waits for the render call in
-// progress.
+// Each action hides the instance from the render thread, then waits for the render call in progress.
 TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
 {
     using Record = soundstream::RefconRecord;
