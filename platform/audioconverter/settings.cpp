@@ -28,7 +28,7 @@ ChannelMap routingOf(const Converter& converter, const Settings& settings)
 {
     return settings.map ? *settings.map
                         : pcm::foldedChannelMap(converter.source.mChannelsPerFrame,
-                                             converter.destination.mChannelsPerFrame);
+                                                converter.destination.mChannelsPerFrame);
 }
 
 /// Make a conversion with these settings; null if its formats cannot be converted. Throws std::bad_alloc.

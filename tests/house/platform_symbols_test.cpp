@@ -113,8 +113,6 @@ const std::map<std::string, std::string> exportsWithoutCaller = {
     {"AudioObjectHasProperty",              "a property function of every object"},
     {"AudioObjectIsPropertySettable",       "a property function of every object"},
     {"AudioObjectShow",                     "prints an object for a developer"},
-    {"AudioUnitAddRenderNotify",            "observes the render calls of a unit"},
-    {"AudioUnitRemoveRenderNotify",         "reverses AudioUnitAddRenderNotify"},
     {"AudioUnitRender",                     "renders a unit; the units themselves call past it"},
     {"CFGetRetainCount",                    "reports a reference count, for tests and leak searches"},
     {"CFRetain",                            "the counterpart of CFRelease"},
