@@ -43,7 +43,7 @@ std::unique_ptr<Conversion> make(const Converter& converter, const Settings& set
 /// Replace the settings and the conversion. Throws std::bad_alloc and then changes nothing.
 OSStatus apply(Converter& converter, Settings settings)
 {
-    auto made = make(converter, settings);
+    std::unique_ptr<Conversion> made = make(converter, settings);
     if (!made) return kAudioConverterErr_UnspecifiedError; // formats that were accepted once
     converter.conversion = std::move(made);
     converter.settings = std::move(settings);

@@ -161,7 +161,7 @@ OSStatus AudioFileGetPropertyInfo(AudioFileID file, AudioFilePropertyID property
 OSStatus AudioFileGetProperty(AudioFileID file, AudioFilePropertyID property, UInt32* io_size, void* out_data)
 {
     return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
-        const auto use = AudioFiles::use(file);
+        const AudioFiles::Use use = AudioFiles::use(file);
         if (!use || !io_size || !out_data) return paramErr;
         const Property* row = find(property);
         if (!row) return kAudioFileUnsupportedPropertyError;

@@ -126,7 +126,7 @@ template <class Body>
 OSStatus with(ExtAudioFileRef file, Body body) noexcept
 {
     return kvxplatform::withinBorder(memFullErr, [&]() -> OSStatus {
-        const auto use = ExtendedFiles::use(file);
+        const ExtendedFiles::Use use = ExtendedFiles::use(file);
         return use ? body(*use) : paramErr;
     });
 }

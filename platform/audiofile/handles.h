@@ -20,7 +20,7 @@ public:
     /// Register a file. Null if the table is full. Throws std::bad_alloc.
     static Ref add(std::unique_ptr<T> file)
     {
-        const auto number = table().add(std::move(file), [](T&, HandleNumber) { return true; });
+        const HandleNumber number = table().add(std::move(file), [](T&, HandleNumber) { return true; });
         return handleOf<Ref>(number);
     }
 

@@ -37,11 +37,11 @@ OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferLi
     OSStatus status = noErr;
     while (made < frames && !status) {
         if (input.count) {
-            const auto step =
+            const auto [used, converted] =
                 conversion.convert(input.storage.list(), input.first, input.count, out, made, frames - made);
-            input.first += step.used;
-            input.count -= step.used;
-            made += step.made;
+            input.first += used;
+            input.count -= used;
+            made += converted;
         } else if (input.hasEnded) {
             made += conversion.drain(out, made, frames - made);
             break;
