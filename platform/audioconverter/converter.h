@@ -27,7 +27,7 @@ struct Converter {
     const AudioStreamBasicDescription source, destination;
     AudioConverterRef self = nullptr;
     std::atomic<bool> isBusy{false};     ///< a fill or a change is in progress
-    std::atomic<bool> isDisposed{false}; ///< the input procedure is not called again
+    std::atomic<bool> isDisposed{false}; ///< a fill in progress ends after its next input
 
     Settings settings;
     std::unique_ptr<pcm::Conversion> conversion;

@@ -113,8 +113,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioConverterNew(const AudioStreamBasicDescription
                                                AudioConverterRef* out_converter);
 
 /*
- * Dispose a converter. A fill in progress on another thread finishes; its input procedure is not called
- * again.
+ * Dispose a converter. A fill in progress on another thread returns paramErr after its next input.
  * Errors   paramErr.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioConverterDispose(AudioConverterRef converter);
