@@ -43,6 +43,16 @@ protected:
         const std::lock_guard<std::mutex> lock(fake_.lock);
         fake_.openingsToRefuse = count;
     }
+    void blockStops(bool isBlocked)
+    {
+        const std::lock_guard<std::mutex> lock(fake_.lock);
+        fake_.stopsBlock = isBlocked;
+    }
+    int closedStreams()
+    {
+        const std::lock_guard<std::mutex> lock(fake_.lock);
+        return fake_.closed;
+    }
     static bool isAlive(AudioDeviceID id)
     {
         return get<UInt32>(id, address(kAudioDevicePropertyDeviceIsAlive)) != 0;
@@ -205,7 +215,7 @@ TEST_F(Hardware, DiesIfItsStopNeverReturns)
     Procedure procedure(device, [](const Call&) {});
     ASSERT_EQ(procedure.start(), noErr);
     const int closedBefore = fake_.closed, openedBefore = fake_.opened;
-    fake_.stopsBlock = true;
+    blockStops(true);
     EXPECT_EQ(procedure.stop(), noErr);
     waitFor([&] { return !isAlive(device); });
     EXPECT_NE(KVXPlatformRefreshDevices(), 0);
@@ -216,6 +226,8 @@ TEST_F(Hardware, DiesIfItsStopNeverReturns)
     ASSERT_EQ(other.start(), noErr);
     EXPECT_EQ(other.stop(), noErr);
     EXPECT_TRUE(isAlive(KVXPlatformBuiltInSimulatedDevice())) << "it does not need PortAudio";
+    blockStops(false); // the blocked thread ends, so the test leaves no thread
+    waitFor([&] { return closedStreams() == closedBefore + 1; });
 }
 
 // ---- the list ----
