@@ -1,10 +1,10 @@
-// Sentinel values for the getter and setter words of a property: the host reads or writes the field itself.
-// The field's offset in the class data is the property's parameter word.
+// Sentinel values in place of the addresses of a property's getter and setter: the host itself reads or
+// writes a field of the class data, whose offset is the property's `parameter`.
 #pragma once
 
 #include "abi/word.h"
 
-// The host defines the numeric values. These two are valid where host and plug-in are built together; confirm
-// them against any other host.
+// The host defines the numeric values. The values below are valid for a host that is built together with the
+// plug-in; confirm them against any other host.
 constexpr Word REALstandardGetter = 0x1;
 constexpr Word REALstandardSetter = 0x2;

@@ -1,6 +1,6 @@
-// The definition of a class, passed from the plug-in to the host. The plug-in's static records have the
-// newest layout, 13. An older host receives copies without the trailing words: the records whose names end
-// in 9.
+// The definition of a class, which the plug-in passes to the host. The plug-in's static structures have the
+// newest class-definition layout (version 13). A host that reads layout 9 receives copies without the
+// trailing fields: the structures whose names end in 9.
 #pragma once
 
 #include "abi/word.h"
@@ -12,8 +12,8 @@ struct REALproperty {
     const char* name;
     const char* type;
     Word flags;
-    AnyFunction getter; ///< a function, or a value of abi/accessor_sentinels.h
-    AnyFunction setter; ///< the same; null: read-only
+    AnyFunction getter; ///< address of a function, or a sentinel of abi/accessor_sentinels.h
+    AnyFunction setter; ///< address of a function, a sentinel, or null for a read-only property
     HostInteger parameter;
     const char* editor;
     const void* enumeration;
@@ -34,7 +34,8 @@ struct REALproperty9 {
     Word tenth;
 };
 
-/// A method or shared method. A method with a setter is an indexed property.
+/// A method or a shared method (method without an object). If `setter` is not null, the structure declares an
+/// indexed property with `function` as its getter.
 struct REALmethod {
     AnyFunction function;
     AnyFunction setter;
@@ -52,7 +53,7 @@ struct REALmethod9 {
 
 struct REALevent {
     const char* declaration;
-    Word systemUse; ///< written by the host at registration; the key for "GetEventInstance"
+    Word systemUse; ///< key for "GetEventInstance", which the host writes at registration
     Word trailing[2];
 };
 
@@ -62,7 +63,7 @@ struct REALevent9 {
 };
 
 struct REALconstant {
-    const char* declaration; ///< "Name as Type = value"
+    const char* declaration; ///< declaration in the form "Name as Type = value"
     Word further[4];
 };
 
@@ -71,17 +72,18 @@ struct REALconstant9 {
     Word further[2];
 };
 
-/// The words of a class definition that all layouts have.
+/// The fields of a class definition that all layouts have.
 struct REALclassDefinition9 {
     Word version;
     const char* name;
     const char* superName;
-    Word dataSize;   ///< bytes of class data in each object
-    Word dataOffset; ///< written by the host at registration; the class data is at object + dataOffset
+    Word dataSize;   ///< size of the class data in each object, in bytes
+    Word dataOffset; ///< offset of the class data in an object, which the host writes at registration
     AnyFunction constructor;
     AnyFunction destructor;
-    void*
-        properties; ///< REALproperty[] or REALproperty9[] in layout 9; the other arrays follow the same rule
+    /// Array of REALproperty, or of REALproperty9 in layout 9. The elements of
+    /// the other arrays (REALmethod9, …) change in the same way.
+    void* properties;
     Word propertyCount;
     void* methods;
     Word methodCount;
@@ -90,7 +92,7 @@ struct REALclassDefinition9 {
     void* eventInstances;
     Word eventInstanceCount;
     const char* interfaces;
-    Word unused[2]; ///< zero in layout 9
+    Word unused[2]; ///< two machine words that are zero in layout 9
     void* constants;
     Word constantCount;
     Word flags;
@@ -100,8 +102,8 @@ struct REALclassDefinition9 {
     Word sharedMethodCount;
 };
 
-/// A definition in the newest layout: the common words, then words that only newer hosts read, all zero here.
-/// Seven fill the record up to 32 words; confirm the count against the host.
+/// A class definition in the newest layout: the common fields, then seven machine words that only newer hosts
+/// read, all zero here. The seven words extend the structure to 32 words; confirm the count against the host.
 struct REALclassDefinition : REALclassDefinition9 {
     Word newer[7];
 };

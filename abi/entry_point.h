@@ -1,14 +1,16 @@
-// How the host enters the library, and how the library finds the host's services.
+// The host's entry point into the library, and the library's access to host services (functions that the host
+// exports by name).
 // All functions: [main].
 #pragma once
 
 extern "C" {
 
-/// The host's resolver. Returns the address of the service `name`, or null for an unknown name.
+/// Type of the host's look-up function, which returns the address of the service `name`, or null for an
+/// unknown name.
 typedef void* (*REALResolver)(const char* name);
 
-/// The library's only export. The host calls it once, after loading the library and before it creates an
-/// object of the library's classes.
+/// Type of the library's only exported function. The host calls the function once, after loading the library
+/// and before creating an object of the library's classes.
 typedef void (*REALPluginMainFunction)(REALResolver resolver);
 }
 

@@ -1,29 +1,30 @@
-// Host values in the plug-in's view. The host owns them and counts their references. Before host version
-// 2016.0 the plug-in may read the named words directly; later hosts allow access through services only.
+// Host values as the plug-in sees them. The host owns the values and counts their references. In hosts before
+// version 2016.0, the plug-in may read the named fields directly; later hosts allow access through host
+// services only.
 #pragma once
 
 #include "abi/word.h"
 
-/// An object; its class data is at the object's address plus the definition's dataOffset.
+/// A host object. Its class data starts at the object's address plus `dataOffset` of the class definition.
 struct REALobjectStruct;
 struct REALmemoryBlockStruct;
 struct REALfolderItemStruct;
 
 struct REALstringStruct {
     Word first;
-    char* buffer; ///< the text starts at buffer + 1; a zero byte follows its last byte
+    char* buffer; ///< buffer whose second byte starts the text; a zero byte follows the text
     Word third;
-    HostInteger length; ///< bytes
-    Word encoding;      ///< a HostTextEncoding
+    HostInteger length; ///< length of the text in bytes
+    Word encoding;      ///< encoding of the text: a HostTextEncoding
 };
 
 struct REALarrayStruct {
     Word first[7];
-    void* elements; ///< contiguous elements; null if the host stores them elsewhere
+    void* elements; ///< address of the contiguous elements; null if the host stores the elements elsewhere
 };
 
-/// The result of "PluginGetStringData". The host uses the bytes after the length; 64 bytes in total are more
-/// than it needs. Confirm the size against the host.
+/// Result of the host service "PluginGetStringData". The host uses the bytes after `length`; the 64 bytes of
+/// the structure are more than the host needs. Confirm the size against the host.
 struct REALstringData {
     const char* bytes;
     HostInteger length;
@@ -31,7 +32,7 @@ struct REALstringData {
 };
 static_assert(sizeof(REALstringData) == 64);
 
-/// Text encodings, with the platform's codes.
+/// Text encodings, with the platform's numeric codes.
 enum HostTextEncoding : std::uint32_t {
     encodingMacRoman = 0x0000,
     encodingUTF16 = 0x0100,

@@ -1,10 +1,12 @@
-// ASCII text has the same bytes in every byte encoding used here, so it needs no conversion.
+// A check for ASCII text: such text has the same bytes in every 8-bit encoding that the library uses, so it
+// needs no conversion.
 // All functions: [any].
 #pragma once
 
 #include <cstdint>
 
-/// Whether no byte has its top bit set; true for no bytes. Stops reading at the first such byte.
+/// Whether all bytes are ASCII (top bit clear); true if `count` is 0. Reads no byte after the first
+/// byte that is not ASCII.
 inline bool isASCII(const void* bytes, std::int64_t count)
 {
     for (std::int64_t i = 0; i < count; ++i)

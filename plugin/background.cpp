@@ -18,14 +18,14 @@ namespace {
 constexpr std::size_t workerStackBytes = 0x200000;
 constexpr Duration waitMilliseconds = 1;
 
-/// One call of RunThreadedBlocks. The worker and the waiting thread share `done`; all other fields are
-/// written before the worker starts.
+/// State of one call of RunThreadedBlocks. The worker sets `done`, and reads `mutex`, `data` and `work`,
+/// which are set before the worker starts. The waiting thread reads `done`.
 struct RunThreadState {
-    pthread_t thread;       ///< on systems without a queue
-    pthread_mutex_t* mutex; ///< guards `done`; null without memory
-    std::uint8_t running;   ///< a worker exists; not read
-    std::uint8_t done;      ///< the work has finished
-    std::uint8_t isQueued;  ///< the work is on the system's queue; not read
+    pthread_t thread;       ///< worker thread; unused if the work runs on the system's dispatch queue
+    pthread_mutex_t* mutex; ///< mutex that guards `done`; null if creating the mutex failed
+    std::uint8_t running;   ///< 1 after a worker was requested; never read
+    std::uint8_t done;      ///< 1 after `work` has returned
+    std::uint8_t isQueued;  ///< 1 if the work runs on the system's dispatch queue; never read
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);
@@ -49,7 +49,7 @@ void deleteMutex(RunThreadState& state)
     state.mutex = nullptr;
 }
 
-// `done` is atomic as well: without memory there is no mutex.
+// `done` is also atomic because there is no mutex if its creation failed.
 bool isDone(const RunThreadState& state)
 {
     const MutexLock lock(state.mutex);
@@ -63,7 +63,8 @@ void doWork(RunThreadState& state)
     storeReleased(state.done, std::uint8_t{1});
 }
 
-// The three steps of the waiting thread swallow exceptions: the worker still uses this thread's stack frame.
+// yieldToHost, waitOneStep and idle swallow exceptions because the worker still uses the stack frame of the
+// waiting thread, which an exception would unwind.
 
 void yieldToHost()
 {
@@ -114,7 +115,7 @@ bool startThread(RunThreadState& state)
     return refusal == 0;
 }
 
-/// For a system that cannot start a worker.
+/// Run the work on the calling thread because the system cannot start a worker.
 void workOnThisThread(RunThreadState& state)
 {
     deleteMutex(state);
@@ -132,12 +133,12 @@ void runOnThread(const RunThreadState& request)
     state.running = 1;
     waitForWorker(state);
     pthread_join(state.thread, nullptr);
-    pthread_detach(state.thread); // on some systems the join alone does not free the thread
+    pthread_detach(state.thread); // on some systems, join frees the thread only together with detach
     state.thread = pthread_t();
     state.running = 0;
 }
 
-/// Start `block` on the system's queue. Returns false if the queue throws.
+/// Start `block` on the system's dispatch queue. Returns false if a dispatch function throws.
 bool startOnQueue(dispatch_block_t block)
 {
     return catchAll([block] {
@@ -148,7 +149,8 @@ bool startOnQueue(dispatch_block_t block)
 
 void runOnQueue(const RunThreadState& request)
 {
-    __block RunThreadState state = request; // moves to the heap when the queue copies the block
+    // A __block variable moves to the heap when dispatch_async copies the block.
+    __block RunThreadState state = request;
     state.mutex = newMutex();
     state.running = 1;
     state.isQueued = 1;

@@ -1,8 +1,9 @@
-// The exception border: no C++ exception reaches the host, the platform or the entry function of a thread.
+// The exception border: wrappers that keep C++ exceptions from reaching the host, the platform or the entry
+// function of a thread.
 // All functions: [any].
 #pragma once
 
-/// Return `call()`; if it throws, return a value-initialised result (0, false, null).
+/// Return `call()`. If `call` throws, return a value-initialised result (0, false, null).
 template <class Call>
 auto catchAll(Call&& call) noexcept -> decltype(call())
 {
@@ -13,7 +14,7 @@ auto catchAll(Call&& call) noexcept -> decltype(call())
     }
 }
 
-/// Return `call()`; if it throws, return `fallback`.
+/// Return `call()`. If `call` throws, return `fallback`.
 template <class Call>
 auto catchAll(Call&& call, decltype(call()) fallback) noexcept -> decltype(call())
 {
@@ -31,6 +32,7 @@ struct ExceptionBorder<function, fallback...> {
     }
 };
 
-/// The address of a function of the same type that calls `function` with catchAll.
+/// Address of a wrapper with the type of `function`. The wrapper calls `function` and returns `fallback`, or
+/// else a value-initialised result, if `function` throws.
 template <auto function, auto... fallback>
 constexpr auto catchingAll = &ExceptionBorder<function, fallback...>::call;

@@ -1,5 +1,5 @@
-// Rows of a class table. A row compiles only if its functions have the declared types; every function of a
-// row is called inside the exception border.
+// Rows of a class table. A row compiles only if its functions have the types that the row declares. The host
+// calls every function of a row through a wrapper that stops C++ exceptions (catch_all.h).
 // All functions: [main].
 #pragma once
 
@@ -35,14 +35,15 @@ using Setter = void (*)(REALobjectStruct*, HostInteger parameter, T value);
 
 enum class FieldSetter { direct };
 
-/// Setter columns without a function: the host cannot write the property, or writes the field itself.
+/// Setter columns without a function: the host cannot write a `readOnly` property, and the host itself writes
+/// the field of a `readWrite` property.
 constexpr std::nullptr_t readOnly = nullptr;
 constexpr FieldSetter readWrite = FieldSetter::direct;
 
 template <auto getter, class T>
 constexpr bool isGetterOf = std::is_convertible_v<decltype(getter), Getter<T>>;
 
-/// Also true for `readOnly`.
+/// Whether `setter` can be the setter of a property of type `T`; also true for `readOnly`.
 template <auto setter, class T>
 constexpr bool isSetterOf = std::is_convertible_v<decltype(setter), Setter<T>>;
 
@@ -79,20 +80,22 @@ REALproperty field(const char* name, HostType<T> type, std::size_t offset)
             nullptr, nullptr, 0,         {0, 0}};
 }
 
-/// A property with functions: name, type, getter, setter or `readOnly`.
+/// Row of a property with functions. Arguments: name, type, getter, and a setter or `readOnly`.
 #define KVX_PROPERTY(name, type, ... /* getter, setter */) table::property<__VA_ARGS__>("", name, type)
 
-/// A field of the type `Data` in scope, which the host reads itself: name, type, field, and `readOnly`,
-/// `readWrite` or a setter. The setter's parameter is the field's offset.
+/// Row of a property whose value the host reads from a field of the class data (a type
+/// `Data` in scope). Arguments: name, type, field, and `readOnly`, `readWrite` or a setter. A setter receives
+/// the field's offset as `parameter`.
 #define KVX_FIELD(name, type, member, setter)                                                                \
     table::field<decltype(Data::member), setter>(name, type, offsetof(Data, member))
 
-/// A read-only property of the group "Constants": name, type, getter.
+/// Row of a read-only property in the property group "Constants". Arguments: name, type, getter.
 #define KVX_CONSTANT(name, type, getter) table::property<getter, table::readOnly>("Constants", name, type)
 
 // ---- methods ----
 
-/// The row of a method without an object. It has its own type because a method must not replace it.
+/// Row of a method without an object (shared method). The separate type keeps the row out of the
+/// array of methods with an object.
 struct SharedMethod {
     explicit SharedMethod(const REALmethod& method) : row(method) {}
     REALmethod row;
@@ -141,28 +144,28 @@ REALmethod indexedProperty(const char* declaration)
 #define KVX_DECLARATION_OF(function, declaration)                                                            \
     table::checked<table::isMethod(function, declaration)>(declaration)
 
-/// A method: function, declaration.
+/// Row of a method. Arguments: function, declaration.
 #define KVX_METHOD(function, declaration) table::method<function>(KVX_DECLARATION_OF(function, declaration))
 
-/// A method whose row has no flags: function, declaration.
+/// Row of a method without flags. Arguments: function, declaration.
 #define KVX_FLAGLESS_METHOD(function, declaration)                                                           \
     table::method<function>(KVX_DECLARATION_OF(function, declaration), 0)
 
-/// A property with an index: getter, setter, the getter's declaration.
+/// Row of a property with an index. Arguments: getter, setter, declaration of the getter.
 #define KVX_INDEXED_PROPERTY(getter, setter, declaration)                                                    \
     table::indexedProperty<getter, setter>(KVX_DECLARATION_OF(getter, declaration))
 
-/// A method without an object: function, declaration.
+/// Row of a method without an object (shared method). Arguments: function, declaration.
 #define KVX_SHARED_METHOD(function, declaration)                                                             \
     table::SharedMethod(                                                                                     \
         table::method<function>(table::checked<table::isSharedMethod(function, declaration)>(declaration)))
 
-/// A constant of the class: "Name = value".
+/// Row of a class constant with a declaration such as "Default = 0".
 inline REALconstant classConstant(const char* declaration) { return {declaration, {0, 0, 0, 0}}; }
 
 // ---- the class ----
 
-/// The rows of one kind with their count; `{}` for a class that has none.
+/// Array of rows of one type, with its length; `{}` if the class has no such row.
 template <class Row>
 struct Rows {
     Row* first = nullptr;
@@ -183,7 +186,7 @@ struct Members {
     Rows<REALconstant> constants = {};
 };
 
-/// The address of a constructor or destructor; null for `nullptr`.
+/// Address of the wrapper of a constructor or destructor; null if `function` is `nullptr`.
 template <auto function>
 AnyFunction lifetimeWord()
 {
@@ -195,8 +198,8 @@ AnyFunction lifetimeWord()
         return address<function>();
 }
 
-/// The definition of a class without a superclass, in the newest layout. `Data` is its class data; a class
-/// without constructor or destructor passes null.
+/// Definition of a class without a superclass, in the newest class-definition layout. `Data` is the type of
+/// the class data. For a class without a constructor or destructor, that argument is `nullptr`.
 template <class Data, auto constructor, auto destructor>
 REALclassDefinition classDefinition(const char* name, Members members)
 {

@@ -1,5 +1,6 @@
-// The library's classes. Each is defined in the class_table.cpp of its folder. The definitions are writable:
-// registration rounds the data size, and the host writes into them.
+// The definitions of the library's classes, each defined in the class_table.cpp of its folder. The
+// definitions are writable because registration rounds the data size and the host writes into the
+// definitions.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -10,9 +11,10 @@ extern REALclassDefinition coreAudioListenerClass;
 extern REALclassDefinition coreAudioPlayerClass;
 extern REALclassDefinition soundStreamClass;
 
-/// The address of the sound output component's dispatcher.
+/// Address of the dispatcher function of the sound output component.
 extern const AnyFunction soundStreamDispatcher;
 
-/// The entry point that the sound output component is registered with: the dispatcher in a built program.
-/// Null in the development environment, where a component would outlive the program under test.
+/// Entry point under which the sound output component is registered. In a built program it is
+/// `soundStreamDispatcher`. In the development environment it is null because a registered component would
+/// outlive the program under test.
 extern AnyFunction soundComponentEntry;

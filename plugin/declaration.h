@@ -1,5 +1,5 @@
-// Method declarations, parsed at compile time: a declaration's parameters and result are compared with those
-// of a C++ function. Names, types and keywords are case-insensitive.
+// Compile-time parser of method declarations: compares the declared parameters and result with those of a C++
+// function. Names, types and keywords are case-insensitive.
 #pragma once
 
 #include "plugin/host_array.h"
@@ -12,7 +12,8 @@
 
 namespace table {
 
-/// How a declaration passes a C++ type: an array `ArrayOf<T>*`, a ByRef number `T*`, or a value.
+/// How a method declaration passes a parameter of C++ type `T`: an `ArrayOf<T>*` as an array, a pointer to a
+/// number as a ByRef number, any other type as a value.
 template <class T, class = void>
 struct Passing {
     using Type = T;
@@ -72,7 +73,8 @@ constexpr std::size_t indexOfAs(std::string_view text)
     return text.npos;
 }
 
-/// The type after " as " in one parameter or result, without default and brackets; "" without " as ".
+/// Type name after " as " in the declaration of one parameter or result, without default value and brackets;
+/// empty if " as " is missing.
 constexpr std::string_view typeIn(std::string_view text)
 {
     const std::size_t as = indexOfAs(text);
@@ -81,14 +83,15 @@ constexpr std::string_view typeIn(std::string_view text)
     return upTo(type, type.find_first_of("= ("));
 }
 
-/// Whether "()" follows a parameter's name or a result's type.
+/// Whether the declared parameter or result is an array: "()" follows the parameter's name or the result's
+/// type.
 constexpr bool isArray(std::string_view text)
 {
     const std::size_t as = indexOfAs(text);
     return as != text.npos && (endsWith(upTo(text, as), "()") || endsWith(text, "()"));
 }
 
-/// Whether `text` declares one parameter or result of type `T`.
+/// Whether `text` declares one parameter or result of C++ type `T`.
 template <class T>
 constexpr bool isDeclaredAs(std::string_view text)
 {
@@ -97,16 +100,17 @@ constexpr bool isDeclaredAs(std::string_view text)
            sameName(typeIn(text), typeName<typename Passing<T>::Type>);
 }
 
-/// A declaration split into its parameters, without their brackets, and the text that declares the result.
+/// A method declaration in two parts: the parameters without the brackets around them, and the text that
+/// declares the result.
 struct Signature {
     std::string_view parameters, result;
-    bool isBalanced; ///< every bracket has its counterpart
+    bool isBalanced; ///< whether each bracket of the declaration has a counterpart
 };
 
 constexpr Signature signatureOf(std::string_view text)
 {
     const std::size_t open = text.find('(');
-    if (open == text.npos || open > indexOfAs(text)) // no parameters; the bracket is that of an array result
+    if (open == text.npos || open > indexOfAs(text)) // no parameters; the bracket belongs to an array result
         return {{}, text, (open == text.npos) == (text.find(')') == text.npos)};
     int depth = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -118,7 +122,7 @@ constexpr Signature signatureOf(std::string_view text)
     return {{}, text, false};
 }
 
-/// Whether `text` declares exactly this result and these parameters.
+/// Whether `text` declares a result of type `Result` and parameters of types `Arguments`, and nothing else.
 template <class Result, class... Arguments>
 constexpr bool declares(std::string_view text)
 {

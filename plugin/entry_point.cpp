@@ -1,4 +1,4 @@
-// The library's only export: reads the host's version and registers the classes.
+// The library's only exported function, which reads the host's version and registers the classes.
 #include "plugin/catch_all.h"
 #include "plugin/classes.h"
 #include "plugin/process_state.h"
@@ -16,7 +16,7 @@ struct {
     double hostVersion;
     int layout;
 } const layouts[] = {
-    // the newest layout that each host reads; newest host first
+    // newest class-definition layout that each host version reads; newest version first
     {2013.04, 13},
     {2013.03, 12},
     {2013.0, 11},
@@ -27,7 +27,7 @@ int layoutFor(double hostVersion)
 {
     for (const auto& row : layouts)
         if (hostVersion >= row.hostVersion) return row.layout;
-    return oldestLayout; // also for NaN
+    return oldestLayout; // layout of older hosts, and of a host whose version is NaN
 }
 
 REALclassDefinition* const classes[] = {
@@ -46,7 +46,8 @@ void enter(REALResolver resolver)
     if (auto* hostVersion = resolve<double()>("REALGetRBVersion")) rbversion_rbversion = hostVersion();
     CurrentREALControlVersion = layoutFor(rbversion_rbversion);
 
-    // All supported hosts have this service. A host without it crashes here, before it uses a class.
+    // All supported hosts have this service. A host without the service crashes at this call of a null
+    // address, before the library registers a class.
     resolve<void(int)>("RegisterPluginVersion")(CurrentREALControlVersion);
 
     if (REALinRuntime()) soundComponentEntry = soundStreamDispatcher;

@@ -12,10 +12,11 @@
 namespace {
 
 constexpr char fallbackClass[] = "RuntimeException";
-constexpr int rangeTextBytes = 205; // with the terminator; a longer text is cut
+// Size of the message buffer with the terminator; a longer message is truncated.
+constexpr int rangeTextBytes = 205;
 
-/// The message as a host string. A host that throws while it builds the string causes a second host
-/// exception; that one has no message, which ends the recursion.
+/// Convert the message to a host string. If the host throws during the conversion, a second host exception
+/// reports the failure; the second exception has no message, so the recursion ends.
 OwnedString exceptionText(const char* message)
 {
     static bool isBuilding = false;
@@ -50,7 +51,8 @@ void RaiseOutOfBoundsException(long long value, long long lower, long long count
         RaiseException("OutOfBoundsException", "Out of Bounds");
         return;
     }
-    // Two qualifiers follow the parameter's name, so the text has two spaces when they are empty.
+    // The format has two qualifiers after the parameter's name; if both are empty, the message has two
+    // spaces.
     const char* format = value < 0
                              ? "Parameter %s %s%s is too small. Range is %lld to %lld, but value is %lld."
                              : "Parameter %s %s%s is too big. Range is %lld to %lld, but value is %lld.";
@@ -75,7 +77,8 @@ void RaiseHandledException()
         outOfBounds(e);
     } catch (const std::underflow_error& e) {
         outOfBounds(e);
-    } catch (const std::logic_error& e) { // before bad_cast: an exception may be both
+    } catch (const std::logic_error& e) {
+        // This handler precedes that of bad_cast because an exception may derive from both.
         RaiseException(fallbackClass, e.what());
     } catch (const std::runtime_error& e) {
         RaiseException(fallbackClass, e.what());

@@ -7,7 +7,7 @@
 std::uint32_t REALstringToOSType(REALstringStruct* text)
 {
     rbText reader(text);
-    const char* const bytes = reader.ConvertMacRoman(); // at least four bytes
+    const char* const bytes = reader.ConvertMacRoman(); // address of at least four readable bytes
 
     std::uint32_t code = 0x20202020;
     const HostInteger count = std::min<HostInteger>(reader.lengthMacRoman(), 4);

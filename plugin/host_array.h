@@ -5,8 +5,8 @@
 #include "plugin/exceptions.h"
 #include "plugin/services.h"
 
-/// A host array with elements of type `Element`. The type exists for the comparison of functions with their
-/// declarations; all arrays have the same record.
+/// A host array with elements of type `Element`. All arrays have the same structure; `Element` exists only
+/// for the comparison of functions with their method declarations.
 template <class Element>
 struct ArrayOf : REALarrayStruct {
 };
@@ -29,17 +29,17 @@ inline auto arrayGetter<double>() -> decltype(REALGetArrayValueDouble)&
     return REALGetArrayValueDouble;
 }
 
-/// The number of elements; 0 for any negative upper bound. 64 bits: the largest upper bound plus 1 does not
-/// fit the host's Integer.
+/// Number of elements; 0 for any negative upper bound. The result has 64 bits because the largest upper bound
+/// plus 1 does not fit the host's Integer.
 inline std::int64_t arrayCount(REALarrayStruct* array)
 {
     const std::int64_t upperBound = REALGetArrayUBound(array);
     return upperBound < 0 ? 0 : upperBound + 1;
 }
 
-/// Read element `index` of an array of HostInteger, float or double into `element`.
-/// Errors  an index out of range raises "OutOfBoundsException" and returns false, with `element` unchanged. A
-///         host without a getter function gives 0.
+/// Read the element at `index` of an array of HostInteger, float or double into `element`.
+/// Errors  an index out of range raises "OutOfBoundsException" and returns false; `element` is unchanged. If
+///         the host has no function that reads the array, `element` becomes 0.
 template <class Element>
 bool readArrayElement(REALarrayStruct* array, HostInteger index, Element& element)
 {

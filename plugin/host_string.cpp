@@ -10,10 +10,12 @@
 namespace {
 
 constexpr long long longestText = 0x7FFFFFFF;
-constexpr long long shortUTF32Bytes = 799; // up to this length, UTF-32 is converted on the stack
-constexpr CFIndex shortCFStringUnits = 99; // up to this length, a platform string is copied on the stack
+// Size limit of UTF-32 text that is converted in a buffer on the stack.
+constexpr long long shortUTF32Bytes = 799;
+// Length limit of a platform string that is copied to a buffer on the stack, in UTF-16 units.
+constexpr CFIndex shortCFStringUnits = 99;
 constexpr int shortCFStringBytes = 600;
-constexpr int utf8BytesPerUnit = 6; // enough for all forms of UTF-8 that a platform may write
+constexpr int utf8BytesPerUnit = 6; // upper bound for any form of UTF-8 that a platform may write
 
 OwnedString buildUnconverted(const void* bytes, long long length, std::uint32_t encoding)
 {
@@ -30,14 +32,14 @@ REALstringStruct* convertToUTF8(OwnedString text)
     return text ? REALConvertString(text.get(), encodingUTF8) : nullptr;
 }
 
-/// Convert `count` code points to UTF-16 with a terminator; returns the number of units before it. Values
-/// above Unicode become U+FFFD; surrogates are dropped.
+/// Convert `count` UTF-32 code points to zero-terminated UTF-16. Returns the number of units without the
+/// terminator. Values above the Unicode range become U+FFFD; surrogates are dropped.
 std::size_t utf16FromUTF32(const void* utf32, std::size_t count, std::uint16_t* units)
 {
     std::uint16_t* const start = units;
     for (std::size_t i = 0; i < count; ++i) {
         std::uint32_t point;
-        std::memcpy(&point, static_cast<const char*>(utf32) + 4 * i, 4); // unaligned
+        std::memcpy(&point, static_cast<const char*>(utf32) + 4 * i, 4); // unaligned input
         if (point >= 0x110000) {
             *units++ = 0xFFFD;
         } else if (point > 0xFFFF) {
@@ -54,7 +56,8 @@ std::size_t utf16FromUTF32(const void* utf32, std::size_t count, std::uint16_t* 
 REALstringStruct* buildFromUTF32OnOldHost(const void* bytes, long long length)
 {
     const auto count = static_cast<std::size_t>(length / 4);
-    const auto capacity = static_cast<long long>(count) * 2 + 1; // a surrogate pair each, and a terminator
+    // Capacity for a surrogate pair per code point, and for a terminator.
+    const auto capacity = static_cast<long long>(count) * 2 + 1;
     std::uint16_t shortUnits[shortUTF32Bytes / 4 * 2 + 1];
     Zeroed<std::uint16_t> longUnits;
     std::uint16_t* units = shortUnits;

@@ -1,6 +1,6 @@
-// Host strings built from bytes and from platform (CF) strings.
+// Host strings built from bytes and from platform strings (CFStringRef).
 //
-// Each function returns a new string with one reference for the caller, or null.
+// Each function returns a new string, of which the caller owns one reference, or null.
 // All functions: [main].
 #pragma once
 
@@ -8,15 +8,16 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-/// A string of `length` bytes of text in `encoding`.
-/// Shape   lengths of 1 to 0x7FFFFFFF bytes. UTF-16 and UTF-32 are converted to UTF-8. ASCII bytes in Mac
-///         Roman, Windows Latin 1 or an unknown encoding are labelled ASCII. Other text keeps its bytes and
-///         its encoding.
-/// Errors  null bytes or another length: null. A C++ exception: null, and the corresponding host exception.
+/// Build a string from `length` bytes of text in `encoding`.
+/// Shape   `length` is 1 to 0x7FFFFFFF. UTF-16 and UTF-32 text is converted to UTF-8. ASCII text in Mac
+///         Roman, Windows Latin 1 or an unknown encoding is labelled ASCII. Other text keeps its bytes and is
+///         labelled with `encoding`.
+/// Errors  null bytes or another length: returns null. A C++ exception: returns null and raises the
+///         corresponding host exception.
 REALstringStruct* REALBuildUnicodeString(const void* bytes, long long length, unsigned long encoding);
 
-/// A UTF-8 string from `length` bytes of UTF-16 text in the processor's byte order.
+/// Build a UTF-8 string from `length` bytes of UTF-16 text in the processor's byte order.
 REALstringStruct* REALBuildUnicodeStringUTF16(const void* bytes, long long length);
 
-/// A UTF-8 string with the text of a platform string; null for a null or empty one.
+/// Build a UTF-8 string from a platform string. Returns null if `text` is null or empty.
 REALstringStruct* CFString2RBString(CFStringRef text);

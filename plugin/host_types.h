@@ -1,4 +1,4 @@
-// The host's types: one row per type, with its C++ type and its name.
+// The host's data types, one row per type: the C++ type and the host's name.
 #pragma once
 
 #include "abi/host_values.h"
@@ -7,13 +7,15 @@
 
 namespace table {
 
-/// The type column of a property row: the host's name, and the C++ type of getter, setter and field.
+/// Type column of a property row: the host's name of the type; `T` is the C++ type of getter, setter and
+/// field.
 template <class T>
 struct HostType {
     const char* name;
 };
 
-/// The name of `T` in a method declaration, in any case. A type without a row does not compile.
+/// Host name of the C++ type `T` in method declarations, where case is ignored. A type without a row below
+/// does not compile.
 template <class T>
 extern const std::string_view typeName;
 
@@ -33,9 +35,9 @@ KVX_HOST_TYPE(std::uint64_t,          asUInt64,      "UInt64")
 KVX_HOST_TYPE(REALstringStruct*,      asString,      "String")
 KVX_HOST_TYPE(REALmemoryBlockStruct*, asMemoryBlock, "MemoryBlock")
 KVX_HOST_TYPE(REALfolderItemStruct*,  asFolderItem,  "FolderItem")
-template <> inline constexpr std::string_view typeName<void> = ""; // a method without a result
+template <> inline constexpr std::string_view typeName<void> = ""; // result type of a method without a result
 
-// Properties only: the C++ type does not determine the name.
+// Types of properties only: two host types share one C++ type, so the C++ type does not determine the name.
 constexpr HostType<REALobjectStruct*>  asVariant    {"Variant"};
 constexpr HostType<REALobjectStruct*>  asDictionary {"Dictionary"};
 // clang-format on

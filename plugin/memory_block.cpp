@@ -27,7 +27,7 @@ REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size)
         try {
             if (OwnedMemoryBlock block = copyIntoNewBlock(data, static_cast<HostInteger>(size)))
                 return block.release();
-        } catch (const std::bad_alloc&) { // the same error as a null block
+        } catch (const std::bad_alloc&) { // failed allocation, reported below like a null block
         }
     }
 

@@ -3,12 +3,13 @@
 
 #include "abi/host_values.h"
 
-/// The smallest size in bytes that the host cannot store in a memory block.
+/// Smallest size in bytes that is too large for a host memory block.
 constexpr long long refusedBlockSize = 0x7FFFFFFF;
 
-/// A new memory block with a copy of `size` bytes of `data`, or null.
-/// Owner   the caller has one reference, which it usually returns to the host.
-/// Errors  null data or a size below 1: null, no host exception. Out of memory, or a size that the host
-///         cannot store: null and "OutOfMemoryException"; such a size is refused before `data` is read.
+/// Build a memory block with a copy of the `size` bytes at `data`.
+/// Owner   the caller owns one reference, which it usually returns to the host.
+/// Errors  null `data` or a `size` below 1: returns null without a host exception. Exhausted memory or a
+///         `size` that is too large for the host: returns null and raises "OutOfMemoryException". If `size`
+///         is too large, `data` is not read.
 /// [main]
 REALmemoryBlockStruct* REALBuildMemoryblock(const void* data, long long size);

@@ -3,7 +3,8 @@
 
 #include <pthread.h>
 
-/// Locks a mutex until the end of the scope. Converts to false if the mutex is null or cannot be locked.
+/// Lock on a mutex until the end of the scope. The lock converts to false if the mutex is null or cannot be
+/// locked.
 /// [any]
 class MutexLock {
 public:

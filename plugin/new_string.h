@@ -1,9 +1,10 @@
-// A host string built without conversion.
+// A host string with text that is not converted.
 #pragma once
 
 #include "plugin/owned.h"
 
-/// A new host string with a copy of `length` bytes, labelled with `encoding`; null if the host has no memory.
+/// Build a host string with a copy of `length` bytes, labelled with `encoding`. Returns null if the host has
+/// no memory.
 /// [main]
 inline OwnedString newString(const void* bytes, HostInteger length, std::uint32_t encoding)
 {

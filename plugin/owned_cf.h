@@ -8,6 +8,6 @@
 #include <memory>
 #include <type_traits>
 
-/// For example OwnedCF<CFStringRef>.
+/// Owned reference to a platform object, for example OwnedCF<CFStringRef>.
 template <class Reference>
 using OwnedCF = std::unique_ptr<std::remove_pointer_t<Reference>, Releases<CFRelease>>;

@@ -1,20 +1,25 @@
-// Values that are written once, when the host loads the library, and only read afterwards.
+// Values that the library writes once, when the host loads the library, and only reads afterwards.
 #pragma once
 
 #include "abi/entry_point.h"
 #include "abi/word.h"
 
-/// Looks up host services; null before the host calls REALPluginMain.
+/// Host function that looks up host services by name; null until the host calls REALPluginMain.
 extern REALResolver gResolver;
 
-/// The host's version, for example 2013.04; 0.0 if the host does not report one.
+/// Version of the host, for example 2013.04; 0.0 if the host does not report a version.
 extern double rbversion_rbversion;
 
-/// The layout of class definitions that the host reads: 9 to 13.
+/// Class-definition layout that the host reads: 9 to 13.
 extern int CurrentREALControlVersion;
 
-// Host versions that changed services or records.
-constexpr double hostWithStringEncodings = 2012.0; ///< strings are built with an encoding and read as data
-constexpr double hostWithUTF32 = 2013.0;           ///< the host converts UTF-32
-constexpr double hostWithMovingBuffers = 2015.03;  ///< UTF-8 text is no longer read from a string's record
-constexpr double hostWithOpaqueRecords = 2016.0;   ///< strings and arrays are accessed by services only
+// First host versions with a change in services or structures.
+
+/// First version that builds a string together with its encoding and returns string data in an encoding.
+constexpr double hostWithStringEncodings = 2012.0;
+/// First version that converts UTF-32 text.
+constexpr double hostWithUTF32 = 2013.0;
+/// First version in which the plug-in must not read UTF-8 text from the string's structure.
+constexpr double hostWithMovingBuffers = 2015.03;
+/// First version that allows access to strings and arrays through services only.
+constexpr double hostWithOpaqueRecords = 2016.0;

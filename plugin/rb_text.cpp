@@ -8,7 +8,8 @@
 
 namespace {
 
-// A four-character code is read past the end of a shorter text: zeros follow the text.
+// Number of zeros after a private copy, because a reader of four-character codes reads four bytes even of a
+// shorter text.
 constexpr int zerosAfterCopy = 4;
 constexpr char emptyText[16] = {};
 
@@ -40,8 +41,8 @@ void rbText::hold(REALstringStruct* text)
     held_.reset(text);
 }
 
-// Text in an unknown encoding: ASCII is not converted; other text is read as Mac Roman, which has a character
-// for every byte.
+// Hold text in an unknown encoding. ASCII text is not converted. Other text is read as Mac Roman, which has a
+// character for every byte.
 void rbText::holdUnknown(REALstringStruct* text)
 {
     const StringContents contents = REALGetStringContents(text);
@@ -69,7 +70,7 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
         return slot.bytes;
     }
 
-    // The encoding word is read only on hosts whose record may be read.
+    // Evaluation in this order: `encoding` may be read only in hosts with a readable string structure.
     const bool readsRecord = mayReadRecord && rbversion_rbversion < hostWithMovingBuffers &&
                              (held_->encoding == encodingASCII || held_->encoding == encodingUTF8);
     if (readsRecord) {
@@ -83,7 +84,7 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
     return slot.bytes;
 }
 
-// Raw text is ASCII: it needs no conversion and no copy.
+// View the string's own bytes. The text is ASCII, so the view needs no conversion and no copy.
 void rbText::viewOwnBytes(Slot& slot)
 {
     const bool byService = rbversion_rbversion >= hostWithStringEncodings;
@@ -110,8 +111,8 @@ bool rbText::viewConverted(Slot& slot, std::uint32_t encoding)
     return true;
 }
 
-// The platform reads terminated text. A copy has enough zeros for the terminator and for four-character
-// codes.
+// Terminate the view, because the platform reads terminated text. A private copy ends with enough zeros for
+// the terminator and for four-character codes.
 void rbText::terminate(Slot& slot)
 {
     if (slot.bytes[slot.length] == 0) return;

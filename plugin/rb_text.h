@@ -1,14 +1,14 @@
-// The text of a host string in the encodings that the platform reads.
+// The text of a host string in the encodings that the platform reads (UTF-8 and Mac Roman).
 // All functions: [main].
 #pragma once
 
 #include "plugin/owned.h"
 #include "plugin/zeroed.h"
 
-/// Holds one host string and returns views of its text.
-/// Owner   a view stays valid for the life of this object. It points to the host's memory, a private copy or
-///         a shared empty text.
-/// Errors  text that cannot be converted gives an empty view.
+/// Holder of one host string that returns views of the string's text in other encodings.
+/// Owner   a view stays valid for the life of the rbText object. The view points to the host's memory, a
+///         private copy or a shared empty text.
+/// Errors  the view of a text that cannot be converted is empty.
 class rbText {
 public:
     explicit rbText(REALstringStruct* text);
@@ -16,31 +16,33 @@ public:
     rbText(const rbText&) = delete;
     rbText& operator=(const rbText&) = delete;
 
-    /// Zero-terminated UTF-8, converted on the first call. Part of the published interface; unused here.
+    /// Zero-terminated UTF-8 text, converted on the first call. The library itself does not call this
+    /// function, which belongs to the published interface.
     const char* GetUTF8();
     HostInteger lengthUTF8() const { return slots_[utf8].length; }
 
-    /// Zero-terminated Mac Roman, converted on the first call; at least four bytes can be read.
+    /// Zero-terminated Mac Roman text, converted on the first call. At least four bytes are readable.
     const char* ConvertMacRoman();
     HostInteger lengthMacRoman() const { return slots_[macRoman].length; }
 
-    // Two flags of the published interface; unused here.
-    /// The text is ASCII in an unknown encoding: a view is the string's own bytes.
+    // Two flags of the published interface, which the library itself does not read.
+    /// Whether the text is ASCII in an unknown encoding, so that every view is the string's own bytes.
     bool isRaw() const { return isRaw_; }
-    /// A conversion failed: a view is empty.
+    /// Whether a conversion failed, so that a view is empty.
     bool isEmptyText() const { return isEmptyText_; }
 
 private:
-    enum SlotIndex { utf8, macRoman, slotCount = 7 }; ///< the published interface has seven; five are unused
+    /// Indexes of the slots. Of the seven slots in the published interface, five are unused.
+    enum SlotIndex { utf8, macRoman, slotCount = 7 };
 
-    /// One target encoding: its view, and the memory that the view points to.
+    /// Slot of one target encoding: the view, and the memory to which the view points.
     struct Slot {
         OwnedString converted;
         REALstringData data = {};
-        bool hasData = false; ///< `data` must be released
+        bool hasData = false; ///< whether `data` must be released
         Zeroed<char> copy;
         const char* bytes;
-        HostInteger length = 0; ///< negative until computed
+        HostInteger length = 0; ///< length of the view in bytes; negative until the text is converted
     };
 
     void hold(REALstringStruct* text);

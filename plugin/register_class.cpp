@@ -8,7 +8,8 @@
 
 namespace {
 
-// An older record is the first words of the current record.
+// A structure of layout 9 consists of the first fields of the newest structure, so a copy of those bytes
+// converts it.
 template <class Older, class Current>
 Older* olderRecords(const Current* records, Word count)
 {
@@ -17,10 +18,10 @@ Older* olderRecords(const Current* records, Word count)
     auto older = allocateZeroed<Older>(static_cast<std::int64_t>(count));
     if (!older) return nullptr;
     for (Word i = 0; i < count; ++i) std::memcpy(&older[i], &records[i], sizeof(Older));
-    return older.release(); // kept for the life of the process
+    return older.release(); // never freed, because the host uses the copies for the life of the process
 }
 
-// The host writes an event's key into the copy. The static record then contains the copy's address.
+// The host writes an event's key into the copy, so the static event receives the address of that copy.
 REALevent9* olderEvents(REALevent* events, Word count)
 {
     REALevent9* older = olderRecords<REALevent9>(events, count);

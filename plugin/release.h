@@ -1,20 +1,20 @@
-// The release of handles of the host and the platform.
+// The release of references to host values and platform objects (handles).
 //
-// An exception from a release function is swallowed: nothing is left to undo, and another exception may
-// already be propagating. The handle then stays allocated.
+// An exception from a release function is swallowed because nothing remains to be undone and another
+// exception may already be propagating. After such an exception, the handle stays allocated.
 // All functions: [any].
 #pragma once
 
 #include "plugin/catch_all.h"
 
-/// Call `function(handle)`; ignore its result and its exceptions.
+/// Call `function(handle)` and ignore its result and its exceptions.
 template <class Function, class Handle>
 void release(Function& function, Handle handle) noexcept
 {
     catchAll([&] { function(handle); });
 }
 
-/// The deleter of a std::unique_ptr that calls `function`.
+/// Deleter of a std::unique_ptr that releases the pointer with `function`.
 template <auto& function>
 struct Releases {
     template <class Handle>

@@ -1,7 +1,9 @@
-// The host's services, one row each: signature, wrapper, and the name or names that the host knows.
+// The host services (functions that the host exports by name), one row per service: signature, wrapper, and
+// one or two names.
 //
-// A service is looked up on its first call, and its address is kept. A service that the host does not have
-// returns 0, null or false, and is looked up again on the next call. The look-up takes no lock.
+// The first call of a wrapper looks up the host's function and keeps its address. If the host does not have
+// the function, the call returns 0, null or false, and the next call looks up the function again. A look-up
+// takes no lock.
 // All functions: [main].
 #pragma once
 
@@ -18,7 +20,8 @@ class Service<Result(Arguments...)> {
 public:
     using Function = Result (*)(Arguments...);
 
-    /// `laterName` is looked up only if the host does not know `name`.
+    /// Create the wrapper of a service. `laterName` is a second name, looked up only if the host does not
+    /// know `name`.
     constexpr explicit Service(const char* name, const char* laterName = nullptr)
         : name_(name), laterName_(laterName)
     {
@@ -26,7 +29,7 @@ public:
     Service(const Service&) = delete;
     Service& operator=(const Service&) = delete;
 
-    /// The host's function, or null.
+    /// Address of the host's function; null if the host does not have the function.
     Function find()
     {
         if (!entry_) entry_ = lookUp(name_);
@@ -53,7 +56,7 @@ private:
 
 struct FSRef;
 
-// Functions that some services return; each accesses one array.
+// Types of functions that some services return; each such function accesses the elements of one array.
 using InsertInteger = void (*)(REALarrayStruct*, HostInteger index, HostInteger value);
 template <class Element>
 using GetElement = Element (*)(REALarrayStruct*, HostInteger index);
@@ -64,7 +67,7 @@ using GetElement = Element (*)(REALarrayStruct*, HostInteger index);
 inline Service<HostBoolean()>                                                     REALinRuntime              {"REALinRuntime"};
 inline Service<void(REALclassDefinition*)>                                        REALRegisterClass          {"PluginRegisterClass"};
 
-// objects: a new instance comes with one reference
+// object services: the caller owns one reference to a new object
 inline Service<REALobjectStruct*(const char* className)>                          REALnewInstance            {"PluginNewInstance"};
 inline Service<void(REALobjectStruct*)>                                           REALLockObject             {"REALLockObject"};
 inline Service<void(REALobjectStruct*)>                                           REALUnlockObject           {"REALUnlockObject"};
@@ -76,7 +79,7 @@ inline Service<void(REALobjectStruct* exception)>                               
 inline Service<REALobjectStruct*(REALstringStruct*)>                              REALNewVariantString       {"StringToVariant"};
 inline Service<REALobjectStruct*(HostInteger)>                                    REALNewVariantInteger      {"IntegerToVariant", "Int32ToVariant"};
 
-// strings: a built or converted string comes with one reference; setting an encoding converts nothing
+// string services: the caller owns one reference to a new string; REALSetStringEncoding converts no text
 inline Service<void(REALstringStruct*)>                                           REALLockString             {"REALLockString"};
 inline Service<void(REALstringStruct*)>                                           REALUnlockString           {"REALUnlockString"};
 inline Service<REALstringStruct*(const void* bytes, HostInteger count)>           REALBuildString            {"REALBuildString"};
@@ -91,12 +94,13 @@ inline Service<HostBoolean(REALstringStruct*, std::uint32_t encoding, REALstring
 inline Service<void(REALstringData*)>                                             REALDisposeStringData      {"PluginDisposeStringData"};
 inline Service<AnyFunction(const void* none, const char* declaration)>            REALLoadFrameworkMethod    {"REALLoadGlobalMethod"};
 
-// memory blocks: a new one comes with one reference
+// memory block services: the caller owns one reference to a new block
 inline Service<REALmemoryBlockStruct*(HostInteger bytes)>                         REALNewMemoryBlock         {"newMemoryBlock"};
 inline Service<void*(REALmemoryBlockStruct*)>                                     REALMemoryBlockGetPtr      {"memoryBlockGetPtr"};
 inline Service<HostInteger(REALmemoryBlockStruct*)>                               REALMemoryBlockGetSize     {"memoryBlockGetSize"};
 
-// arrays: an upper bound of -1 is an empty array; elements are accessed by a function that a service returns
+// array services: the upper bound of an empty array is -1; a service returns a function that accesses the
+// elements
 inline Service<REALarrayStruct*(HostInteger elementType, HostInteger upperBound)> REALCreateArray            {"RuntimeArrayCreateSingleDimBoundedArray"};
 inline Service<HostInteger(REALarrayStruct*)>                                     REALGetArrayUBound         {"RuntimeUBound"};
 inline Service<InsertInteger(REALarrayStruct*)>                                   REALInsertArrayValueInteger{"PluginIntegerArrayInsertProc", "RuntimeArrayDirectGetInsertProc"};
@@ -104,12 +108,14 @@ inline Service<GetElement<HostInteger>(REALarrayStruct*)>                       
 inline Service<GetElement<float>(REALarrayStruct*)>                               REALGetArrayValueSingle    {"PluginSingleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
 inline Service<GetElement<double>(REALarrayStruct*)>                              REALGetArrayValueDouble    {"PluginDoubleArrayGetProc", "RuntimeArrayDirectGetGetProc"};
 
-// others: with a null name, a folder item's FSRef is its own; with an HFSUniStr255*, it is the parent folder's
+// other services: REALFSRefFromFolderItem returns the FSRef of the item itself if `name` is null; if `name`
+// is an HFSUniStr255*, it returns the FSRef of the item's parent folder, and the item's name
 inline Service<void()>                                                            REALYieldToRB              {"REALYieldToRB"};
 inline Service<HostBoolean(REALfolderItemStruct*, FSRef*, void* name)>            REALFSRefFromFolderItem    {"REALFSRefFromFolderItem"};
 // clang-format on
 
-/// For the host, memory blocks and folder items are objects: the same services count their references.
+/// Memory blocks and folder items as host objects: the host counts their references with the services for
+/// objects.
 inline REALobjectStruct* asObject(REALmemoryBlockStruct* block)
 {
     return reinterpret_cast<REALobjectStruct*>(block);
@@ -119,8 +125,8 @@ inline REALobjectStruct* asObject(REALfolderItemStruct* item)
     return reinterpret_cast<REALobjectStruct*>(item);
 }
 
-/// A method of the host's library, looked up by its declaration on the first call. A method that the host
-/// does not have behaves like a missing service.
+/// Wrapper of a method in the host's library, looked up by its declaration on the first call. If the host
+/// does not have the method, a call returns 0 or null, and the next call looks up the method again.
 template <class Signature>
 class FrameworkMethod;
 
@@ -144,5 +150,5 @@ private:
     const char* declaration_;
 };
 
-/// The length of a string in bytes.
+/// Length of a host string in bytes.
 inline FrameworkMethod<HostInteger(REALstringStruct*)> hostLength{"LenB( s as string ) as integer"};

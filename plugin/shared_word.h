@@ -1,14 +1,15 @@
-// Atomic access to plain fields of C records that two threads share. On the target each function is one
-// load, store or exchange instruction.
+// Atomic access to plain fields of C structures that two threads share. On the target processor, each
+// function is one load, store or exchange instruction.
 //
-// A field must be aligned to its own size, or the compiler would call a library function that may lock. The
-// record declares this alignment for 64-bit fields, whose type alone requires only 4 bytes on the target.
+// A field must be aligned to its own size because the compiler would otherwise call a library function that
+// may lock. A structure must align its 64-bit fields explicitly, because their type alone is aligned to only
+// 4 bytes on the target processor.
 // All functions: [any].
 #pragma once
 
 namespace shared_word {
 
-/// The field's type with the alignment that the record declares.
+/// The field's type with an alignment equal to its size, which the structure must declare.
 template <class T>
 struct Aligned {
     typedef T Whole __attribute__((aligned(sizeof(T))));
@@ -31,7 +32,7 @@ void store(T& field, T value)
 
 } // namespace shared_word
 
-// Relaxed: for a value that does not order other memory, such as a position or a rate.
+// Relaxed memory order, for a value that does not order other memory accesses, such as a position or a rate.
 
 template <class T>
 T loadRelaxed(const T& field)
@@ -45,8 +46,8 @@ void storeRelaxed(T& field, T value)
     shared_word::store<__ATOMIC_RELAXED>(field, value);
 }
 
-// Release and acquire: for a flag or pointer that publishes other memory. A thread that loads the stored
-// value sees all earlier writes of the storing thread.
+// Release and acquire memory order, for a flag or pointer that publishes other memory. A thread that loads
+// the stored value sees all earlier writes of the storing thread.
 
 template <class T>
 T loadAcquired(const T& field)
@@ -60,9 +61,10 @@ void storeReleased(T& field, T value)
     shared_word::store<__ATOMIC_RELEASE>(field, value);
 }
 
-// Sequentially consistent: for two fields and two threads. Thread A clears a pointer, then reads the reader
-// count; thread B raises the count, then reads the pointer. One of the two sees the other's write. Acquire
-// and release are not enough: they let a read overtake an earlier write.
+// Sequentially consistent memory order, for two fields and two threads. Example: thread A clears a pointer,
+// then reads the reader count; thread B raises the count, then reads the pointer. One of the two threads sees
+// the other's write. Acquire and release order is not enough because it lets a read overtake an earlier
+// write.
 
 template <class T>
 T loadInOrder(const T& field)
@@ -76,7 +78,7 @@ void storeInOrder(T& field, T value)
     shared_word::store<__ATOMIC_SEQ_CST>(field, value);
 }
 
-/// Store `value` and return the former value.
+/// Store `value` and return the field's former value.
 template <class T>
 T swapInOrder(T& field, T value)
 {
@@ -86,7 +88,8 @@ T swapInOrder(T& field, T value)
     return before;
 }
 
-/// Store `value` if the field is `expected`. Returns false, with the field unchanged, if it is not.
+/// If the field equals `expected`, store `value` and return true. Otherwise leave the field unchanged and
+/// return false.
 template <class T>
 bool replaceInOrder(T& field, T expected, T value)
 {

@@ -3,20 +3,21 @@
 
 #include "plugin/owned.h"
 
-/// The stored bytes of a host string, without conversion.
-/// Owner   the host; the bytes stay valid while `reference` is held.
+/// Stored bytes of a host string, without conversion.
+/// Owner   the host owns the bytes, which stay valid while `reference` is held.
 struct StringContents {
     OwnedString reference;
     const char* bytes = nullptr;
     HostInteger count = 0;
 };
 
-/// Read a string's bytes: by service, or from the string's record on older hosts.
-/// Errors  a null text, or a host without the services, gives null bytes, a count of 0, or both.
+/// Read a string's bytes, through host services or, in older hosts, from the string's structure.
+/// Errors  null bytes, a count of 0 or both, if `text` is null or the host does not have the services.
 /// [main]
 StringContents REALGetStringContents(REALstringStruct* text);
 
-/// The text in the record of an older host; the buffer's first byte is not part of the text.
+/// Address of the text in the string structure of an older host; null if the string has no buffer. The text
+/// starts at the second byte of the buffer.
 /// [any]
 inline const char* recordBytes(const REALstringStruct* text)
 {

@@ -12,11 +12,11 @@ struct FreeMemory {
 template <class T>
 using Zeroed = std::unique_ptr<T[], FreeMemory>;
 
-/// Bytes; the host counts in signed 32 bits.
+/// Largest allocation in bytes, because the host counts bytes in signed 32 bits.
 constexpr std::int64_t largestAllocation = 0x7FFFFFFF;
 
-/// `count` zeroed elements.
-/// Errors  no memory, no elements, or more than `largestAllocation` bytes: null, no exception.
+/// Allocate `count` elements filled with zero bytes.
+/// Errors  no memory, no elements, or more than `largestAllocation` bytes: returns null without an exception.
 /// [any]
 template <class T>
 Zeroed<T> allocateZeroed(std::int64_t count)
