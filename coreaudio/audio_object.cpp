@@ -15,7 +15,7 @@ namespace coreaudio {
 
 namespace {
 
-/// A property of an audio object.
+/// Property of an audio object, with one platform call per function.
 struct Property {
     AudioObjectID object;
     AudioObjectPropertyAddress address;
@@ -41,7 +41,7 @@ REALmemoryBlockStruct* readInto(REALmemoryBlockStruct* block, const Property& pr
     UInt32 size = buffer.size();
     lasterror = property.read(size, buffer.address());
     if (lasterror != noErr) return nullptr;
-    REALLockObject(asObject(block)); // the reference for the caller
+    REALLockObject(asObject(block)); // reference that the caller receives
     return block;
 }
 
@@ -63,7 +63,8 @@ REALmemoryBlockStruct* readIntoNewBlock(const Property& property, HostInteger& l
     UInt32 size = announced;
     lasterror = property.read(size, buffer.get());
     if (lasterror != noErr) return nullptr;
-    // A returned size must not exceed the buffer. A size that the host cannot store stays: it raises below.
+    // Limit the returned size to the buffer's size. A size that the host cannot store is not limited, so that
+    // REALBuildMemoryblock raises the host exception.
     if (size < refusedBlockSize) size = std::min(size, announced);
     return REALBuildMemoryblock(buffer.get(), size);
 }

@@ -162,7 +162,7 @@ static_assert(std::size(properties) == 82, "the class is published with 81 const
 static_assert(std::size(methods) == 36, "the class is published with 36 methods");
 static_assert(std::size(sharedMethods) == 5, "the class is published with 5 shared methods");
 
-// The class must have both functions; an object needs no setup and no cleanup.
+// The published class has a constructor and a destructor, although an object needs no setup and no cleanup.
 void construct(REALobjectStruct*) {}
 void destruct(REALobjectStruct*) {}
 

@@ -6,11 +6,11 @@
 
 namespace coreaudio {
 
-/// A new string of the four characters of `selector`, labelled ASCII.
+/// Build a string of the four characters of `selector`, labelled ASCII.
 /// [main]
 REALstringStruct* selectorText(std::uint32_t selector);
 
-/// A getter for one selector.
+/// Getter of a constant that is a selector.
 /// [main]
 template <std::uint32_t selector>
 REALstringStruct* getSelector(REALobjectStruct*, HostInteger)
@@ -18,7 +18,7 @@ REALstringStruct* getSelector(REALobjectStruct*, HostInteger)
     return selectorText(selector);
 }
 
-/// A getter for one number.
+/// Getter of a constant that is a number.
 /// [any]
 template <HostInteger value>
 HostInteger getValue(REALobjectStruct*, HostInteger)

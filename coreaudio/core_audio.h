@@ -7,13 +7,15 @@
 namespace coreaudio {
 
 struct CoreAudioData {
-    /// The last platform status; -1 if a method ended before its platform call. Host programs may write it.
+    /// Status of the last platform call, or -1 if the last method ended before its platform call. Host
+    /// programs may write this field.
     HostInteger lasterror;
 };
 static_assert(sizeof(void*) != 4 || sizeof(CoreAudioData) == 4, "the size declared to the host");
 
-/// Set an object's `Lasterror` to -1, as all methods do first, and return a reference to it. Bind the
-/// reference before the platform call: in `beginCall(object) = call()` the platform call would run first.
+/// Set an object's `Lasterror` to -1 and return a reference to it. Every method of an object calls this
+/// function first, in a statement of its own, because C++ evaluates `beginCall(object) = call()` from right
+/// to left and would make the platform call first.
 /// [main]
 HostInteger& beginCall(REALobjectStruct* object);
 

@@ -1,4 +1,5 @@
-// The platform's host clock; host times are in ticks. Shared methods have no object and store no status.
+// The platform's host clock as shared methods, which have no object and store no status. Host times are in
+// ticks.
 // All functions: [any].
 #pragma once
 
@@ -6,8 +7,8 @@
 
 namespace coreaudio {
 
-double CoreAudioGetHostClockFrequencyKVX();    ///< ticks per second
-HostInteger GetHostClockMinimumTimeDeltaKVX(); ///< smallest difference between two readings
+double CoreAudioGetHostClockFrequencyKVX();    ///< clock frequency in ticks per second
+HostInteger GetHostClockMinimumTimeDeltaKVX(); ///< smallest difference between two clock readings, in ticks
 std::uint64_t CoreAudioGetCurrentHostTimeKVX();
 std::uint64_t CoreAudioConvertHostTimeToNanosKVX(std::uint64_t inHostTime);
 std::uint64_t CoreAudioConvertNanosToHostTimeKVX(std::uint64_t inNanos);

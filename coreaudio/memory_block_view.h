@@ -1,4 +1,4 @@
-// The bytes of a host memory block, with a reference to the block.
+// A view of the bytes of a host memory block. The view holds a reference to the block.
 #pragma once
 
 #include "plugin/owned.h"
@@ -8,7 +8,8 @@
 
 namespace coreaudio {
 
-/// Size and address of `block`; 0 and null if it is nil or has no memory. The view holds a reference.
+/// Size and address of the bytes of `block`; 0 and null if `block` is nil or has no memory. The view holds a
+/// reference to `block`.
 /// [main]
 class MemoryBlockView {
 public:
@@ -16,7 +17,7 @@ public:
     {
         if (!block) return;
         REALLockObject(asObject(block));
-        reference_.reset(block); // released also if the host throws below
+        reference_.reset(block); // reference that is released even if a host service below throws
         const HostInteger size = REALMemoryBlockGetSize(block);
         address_ = REALMemoryBlockGetPtr(block);
         if (address_) size_ = static_cast<std::uint32_t>(std::max<HostInteger>(size, 0));

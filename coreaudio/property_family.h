@@ -1,8 +1,10 @@
-// The six operations of the older property functions, for each target of property_targets.h.
+// The six operations of the platform's older property functions, as templates for the targets of
+// property_targets.h.
 //
-// Errors  `Lasterror` is the status of the last platform call, or -1 if the method ended before its main
-//         platform call. A getter that fails returns nil. Only REALBuildMemoryblock raises a host
-//         exception, if the host has no memory.
+// Errors  `Lasterror` is the status of the last platform call, but -1 if there was no platform call, or if a
+//         getter got a size but could not read the value. A getter that fails returns nil. Only
+//         REALBuildMemoryblock and REALBuildUnicodeString can raise a host exception, while they build the
+//         result.
 // All functions: [main].
 #pragma once
 
@@ -18,13 +20,14 @@
 
 namespace coreaudio {
 
-/// A property's value in private memory.
+/// Private copy of a property's value.
 struct Value {
-    Zeroed<char> bytes; ///< null: no value
-    UInt32 size = 0;    ///< bytes that the platform wrote; may be less than it announced
+    Zeroed<char> bytes; ///< bytes of the value; null if there is no value
+    UInt32 size = 0;    ///< number of bytes that the platform wrote, at most the announced size
 };
 
-/// Get the size, then the value. A size of 0, or one that the host cannot store, gives no value.
+/// Get the size of the value, then the value. There is no value if its size is 0 or too large, or after an
+/// error.
 template <class Target>
 Value readValue(const Target& target, HostInteger& lasterror)
 {
@@ -45,7 +48,8 @@ template <class Target, class Read = typename Target::Read>
 struct Getters;
 template <class Target, class... Where>
 struct Getters<Target, Arguments<Where...>> {
-    /// Size and writability, also after an error; 0 and false if the platform wrote none.
+    /// Get the size and the writability of the property. Both results are stored even after an error; they
+    /// are 0 and false if the platform wrote no result.
     static void GetPropertyInfo(REALobjectStruct* object, Where... where, HostInteger* size,
                                 HostBoolean* writeable)
     {
@@ -59,7 +63,7 @@ struct Getters<Target, Arguments<Where...>> {
         *writeable = isWritable;
     }
 
-    /// The value as text in an unknown encoding, with any terminating zero.
+    /// Return the value as text in an unknown encoding. A terminating zero in the value stays in the text.
     static REALstringStruct* GetPropertyString(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);
@@ -67,7 +71,7 @@ struct Getters<Target, Arguments<Where...>> {
         return REALBuildUnicodeString(value.bytes.get(), value.size, encodingUnknown);
     }
 
-    /// The value as a memory block.
+    /// Return the value as a memory block.
     static REALmemoryBlockStruct* GetPropertyMemory(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);
@@ -75,8 +79,8 @@ struct Getters<Target, Arguments<Where...>> {
         return REALBuildMemoryblock(value.bytes.get(), value.size);
     }
 
-    /// The text of a property whose value is a CFString reference; nil, without an error, for a value of
-    /// another size.
+    /// Return the text of a property whose value is a CFString reference. A value of another size gives nil
+    /// and is no error: `Lasterror` is 0.
     static REALstringStruct* GetPropertyCFString(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);
@@ -101,7 +105,7 @@ template <class Target, class Write = typename Target::Write>
 struct Setters;
 template <class Target, class... Where>
 struct Setters<Target, Arguments<Where...>> {
-    /// Set the property to the stored bytes of the text, without a terminator; no bytes for nil.
+    /// Set the property to the stored bytes of `data`, without a terminator. A nil text sets an empty value.
     static void SetPropertyString(REALobjectStruct* object, Where... where, REALstringStruct* data)
     {
         HostInteger& lasterror = beginCall(object);
@@ -110,8 +114,8 @@ struct Setters<Target, Arguments<Where...>> {
         lasterror = target.set(static_cast<UInt32>(contents.count), contents.bytes);
     }
 
-    /// Set the property to `length` bytes at `offset`. Neither is checked. With a nil block, `offset` is an
-    /// address: host programs may pass their own memory.
+    /// Set the property to `length` bytes at `offset` in `data`. Neither `length` nor `offset` is checked. If
+    /// `data` is nil, `offset` is a memory address, so that host programs can pass their own memory.
     static void SetPropertyMemory(REALobjectStruct* object, Where... where, REALmemoryBlockStruct* data,
                                   HostInteger offset, HostInteger length)
     {
@@ -123,7 +127,7 @@ struct Setters<Target, Arguments<Where...>> {
     }
 };
 
-/// All six operations on one target, for the class table.
+/// All six operations on one target, for use in the class table.
 template <class Target>
 struct Family : Getters<Target>, Setters<Target> {
 };

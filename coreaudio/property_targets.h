@@ -1,7 +1,8 @@
-// The four targets of the property family: device, stream, hardware and unit.
+// The four targets of the functions in property_family.h: device, stream, hardware and unit.
 //
-// `Read` and `Write` are the leading arguments of a target's getters and setters, in declared order; a target
-// has a constructor for each. Its functions info, get and set make one platform call each.
+// `Read` and `Write` are the types of the leading arguments of a target's getters and setters, in declared
+// order; a target has a constructor for each of the two. The functions info, get and set of a target make one
+// platform call each.
 // All functions: [main].
 #pragma once
 
@@ -18,7 +19,8 @@ template <class... Types>
 struct Arguments {
 };
 
-/// The time stamp in a memory block, whose size is not checked; null, which means now, for nil.
+/// Time stamp in a memory block, whose size is not checked. For a nil block, the result is null, which means
+/// "now" to the platform.
 inline const AudioTimeStamp* timeStampIn(REALmemoryBlockStruct* when)
 {
     return when ? static_cast<const AudioTimeStamp*>(REALMemoryBlockGetPtr(when)) : nullptr;
@@ -51,7 +53,7 @@ struct Device {
     {
         return AudioDeviceSetProperty(device, time, element, side, selector, size, data);
     }
-    // Only the CFString getter of devices does not store the status of a failed info call.
+    // The CFString getter of devices is the only getter that does not store the status of a failed info call.
     static constexpr bool storesInfoErrorOfCFString = false;
 
     AudioDeviceID device;

@@ -1,5 +1,5 @@
-// Audio units and components: one platform call per method. A handle is the platform's instance as a host
-// Integer.
+// Audio units and components: one platform call per method. A handle is the address of the platform's
+// instance, as a host Integer.
 // All functions: [main].
 #pragma once
 
@@ -10,7 +10,8 @@
 
 namespace coreaudio {
 
-/// A call with a unit as its only argument. Returns the status, which is also stored in `Lasterror`.
+/// Make a platform call whose only argument is a unit. Returns the platform's status, which is also stored in
+/// `Lasterror`.
 template <OSStatus (*call)(AudioUnit)>
 HostInteger unitCall(REALobjectStruct* object, HostInteger handle)
 {
@@ -22,8 +23,8 @@ HostInteger AudioUnitReset(REALobjectStruct* object, HostInteger handle, HostInt
                            HostInteger element);
 
 /// Open the first component that matches both codes.
-/// Owner   the host program closes the instance.
-/// Errors  no component, or one that cannot be opened: 0, and `Lasterror` is -1.
+/// Owner   the host program must close the instance.
+/// Errors  returns 0 with a `Lasterror` of -1 if no component matches or the component cannot be opened.
 HostInteger OpenDefaultComponent(REALobjectStruct* object, REALstringStruct* type, REALstringStruct* subtype);
 
 void CloseComponent(REALobjectStruct* object, HostInteger handle);
@@ -31,7 +32,7 @@ void CloseComponent(REALobjectStruct* object, HostInteger handle);
 void AudioUnitSetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                            HostInteger scope, HostInteger element, float value, HostInteger offsetFrames);
 
-/// The parameter's value; 0.0 if the platform returns none.
+/// Return the parameter's value; 0.0 if the platform returns no value.
 float AudioUnitGetParameter(REALobjectStruct* object, HostInteger unit, HostInteger parameterID,
                             HostInteger scope, HostInteger element);
 

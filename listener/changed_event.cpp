@@ -12,8 +12,9 @@ namespace listener {
 
 namespace {
 
-/// The event's key, which the host wrote at registration: into the record, or, in layout 9, into a copy whose
-/// address the record then contains. Null if there was no memory for the copy.
+/// Address of the key for the host program's handler. At registration, the host writes the key into the
+/// event. In layout 9, the host writes the key into a copy, whose address is in `systemUse` of the event. The
+/// result is null if there was no memory for the copy.
 const Word* eventSystemUse()
 {
     const Word& word = changedEvent[0].systemUse;
@@ -21,7 +22,7 @@ const Word* eventSystemUse()
     return word ? &reinterpret_cast<const REALevent9*>(word)->systemUse : nullptr;
 }
 
-/// Call the host program's handler, if it has one.
+/// Call the host program's handler of the event, if the object has a handler.
 /// [main]
 void raiseChanged(REALobjectStruct* object, Serial recordedSerial)
 {
@@ -31,7 +32,7 @@ void raiseChanged(REALobjectStruct* object, Serial recordedSerial)
         reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
 }
 
-/// Queue the event for the main thread.
+/// Queue the event on the main dispatch queue.
 /// [any]
 void queueChanged(REALobjectStruct* object, Serial recordedSerial)
 {
@@ -51,7 +52,7 @@ OSStatus propertyChanged(AudioObjectID, UInt32, const AudioObjectPropertyAddress
     if (pthread_main_np())
         catchingAll<raiseChanged>(object, recordedSerial);
     else if (dispatch_async)
-        catchingAll<queueChanged>(object, recordedSerial); // an event that cannot be queued is dropped
+        catchingAll<queueChanged>(object, recordedSerial); // drops the event if dispatch_async throws
     return noErr;
 }
 

@@ -41,6 +41,7 @@ static_assert(std::size(methods) == 2, "the class is published with 2 methods");
 
 } // namespace listener
 
-// Construction and destruction are methods: the constructor takes arguments.
+// The class definition has no constructor and destructor; both are methods, because the constructor has
+// arguments.
 REALclassDefinition coreAudioListenerClass = table::classDefinition<listener::ListenerData, nullptr, nullptr>(
     "CoreAudioListenerKVX", {listener::properties, listener::methods, listener::changedEvent});

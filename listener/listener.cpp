@@ -14,7 +14,8 @@ AudioObjectPropertyAddress addressOf(const ListenerData& data)
     return {data.propertySelector, data.propertyScope, data.propertyElement};
 }
 
-/// Removes a live listener at the end of the scope, also when the platform's call throws.
+/// Removes an object from the list of live listeners at the end of the scope, even if the platform call
+/// throws.
 struct Removal {
     REALobjectStruct* object;
     ~Removal() { removeLiveListener(object); }
@@ -32,14 +33,17 @@ void construct(REALobjectStruct* object, std::uint32_t objectID, std::uint32_t s
 {
     ListenerData& data = dataOf(object);
     data = {-1, objectID, selector, scope, element};
-    addLiveListener(object); // before the platform can send the first notification
+    // The object must be in the list before the platform call, after which notifications can arrive.
+    addLiveListener(object);
     const AudioObjectPropertyAddress address = addressOf(data);
     data.lastError = AudioObjectAddPropertyListener(data.objectID, &address, propertyChanged, object);
 }
 
 void destruct(REALobjectStruct* object)
 {
-    const Removal afterUnregistration = {object}; // until then the platform may send notifications
+    // The object leaves the list after the platform call, because notifications can arrive until that call
+    // returns.
+    const Removal afterUnregistration = {object};
     ListenerData& data = dataOf(object);
     data.lastError = -1;
     const AudioObjectPropertyAddress address = addressOf(data);

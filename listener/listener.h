@@ -9,9 +9,10 @@
 
 namespace listener {
 
-/// Written by [main] at construction. A refused registration leaves the address unchanged.
+/// Class data of one listener, written by the main thread. The four fields after `lastError` keep the
+/// constructor's arguments, even if the platform refuses the registration.
 struct ListenerData {
-    HostInteger lastError; ///< status of the last registration or unregistration; -1 during the call
+    HostInteger lastError; ///< status of the last registration or unregistration; -1 during the platform call
     std::uint32_t objectID;
     std::uint32_t propertySelector;
     std::uint32_t propertyScope;
@@ -22,12 +23,13 @@ static_assert(sizeof(void*) != 4 || sizeof(ListenerData) == 20, "the size declar
 /// The class data inside a host object.
 ListenerData& dataOf(REALobjectStruct* object);
 
-/// The method "Constructor": watch one property.
-/// Errors  the platform's refusal is stored in lastError; the object then receives no events.
+/// The method "Constructor": start to watch one property of an audio object.
+/// Errors  if the platform refuses the registration, `lastError` is the platform's status and the object
+///         receives no events.
 void construct(REALobjectStruct* object, std::uint32_t objectID, std::uint32_t selector, std::uint32_t scope,
                std::uint32_t element);
 
-/// The method "Destructor": stop watching.
+/// The method "Destructor": stop watching the property.
 void destruct(REALobjectStruct* object);
 
 } // namespace listener

@@ -14,13 +14,14 @@ struct Entry {
     Entry* next;
 };
 
-// A hash table by address.
+// Hash table of the live listeners, with an object's address as the key.
 constexpr std::size_t bucketCount = 256;
 Entry* buckets[bucketCount]; // [main]
 
-alignas(8) Serial latest = 0; // written by [main], read by [any]
+alignas(8) Serial latest = 0; // serial number of the latest construction, written by [main], read by [any]
 
-/// The link that points to `object`'s entry, or the null link at the end of its bucket.
+/// Address of the pointer to the entry of `object`, or of the null pointer at the end of the bucket for
+/// `object`.
 Entry** linkTo(REALobjectStruct* object)
 {
     Entry** link = &buckets[reinterpret_cast<Word>(object) / 16 % bucketCount];

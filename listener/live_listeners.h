@@ -1,8 +1,9 @@
-// The list of live listeners. It drops a queued event whose listener has been destroyed, even if a new
-// listener has the same address. It holds no reference to a host object.
+// The list of live listeners, used to drop a queued event whose listener has been destroyed, even if a new
+// listener has the same address. The list holds no reference to a host object.
 //
-// Each construction takes the next serial. A notification records the latest serial. Its event is delivered
-// only to a live listener at that address whose serial is not greater.
+// Each construction of a listener takes the next serial number. A notification records the address of its
+// listener and the latest serial number. The notification's event is delivered only if a live listener has
+// that address and a serial number that is not greater than the recorded number.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -13,12 +14,12 @@ namespace listener {
 
 using Serial = std::uint64_t;
 
-/// The serial of the latest construction.
+/// Serial number of the latest construction.
 /// [any]
 Serial latestSerial();
 
-/// Add `object` with the next serial; an object in the list keeps its serial.
-/// Errors  without memory the object is not added and receives no events.
+/// Add `object` with the next serial number. An object that is already in the list keeps its serial number.
+/// Errors  if memory is exhausted, the object is not added and receives no events.
 /// [main]
 void addLiveListener(REALobjectStruct* object);
 
@@ -26,7 +27,7 @@ void addLiveListener(REALobjectStruct* object);
 /// [main]
 void removeLiveListener(REALobjectStruct* object);
 
-/// Whether `object` is a live listener that already existed when the notification recorded that serial.
+/// Whether `object` is a live listener that was constructed before a notification recorded `recordedSerial`.
 /// [main]
 bool belongsTo(REALobjectStruct* object, Serial recordedSerial);
 

@@ -32,7 +32,7 @@ struct ExceptionBorder<function, fallback...> {
     }
 };
 
-/// Address of a wrapper with the type of `function`. The wrapper calls `function` and returns `fallback`, or
-/// else a value-initialised result, if `function` throws.
+/// Address of a wrapper with the type of `function`. The wrapper calls `function`. If `function` throws, the
+/// wrapper returns `fallback`, or a value-initialised result if there is no `fallback`.
 template <auto function, auto... fallback>
 constexpr auto catchingAll = &ExceptionBorder<function, fallback...>::call;

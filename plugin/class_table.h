@@ -35,8 +35,8 @@ using Setter = void (*)(REALobjectStruct*, HostInteger parameter, T value);
 
 enum class FieldSetter { direct };
 
-/// Setter columns without a function: the host cannot write a `readOnly` property, and the host itself writes
-/// the field of a `readWrite` property.
+/// Values of the setter column that are not functions. The host cannot write a `readOnly` property; the host
+/// itself writes the field of a `readWrite` property.
 constexpr std::nullptr_t readOnly = nullptr;
 constexpr FieldSetter readWrite = FieldSetter::direct;
 

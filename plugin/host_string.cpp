@@ -10,9 +10,9 @@
 namespace {
 
 constexpr long long longestText = 0x7FFFFFFF;
-// Size limit of UTF-32 text that is converted in a buffer on the stack.
+// Largest size in bytes of UTF-32 text that is converted in a buffer on the stack.
 constexpr long long shortUTF32Bytes = 799;
-// Length limit of a platform string that is copied to a buffer on the stack, in UTF-16 units.
+// Largest length in UTF-16 units of a platform string that is copied to a buffer on the stack.
 constexpr CFIndex shortCFStringUnits = 99;
 constexpr int shortCFStringBytes = 600;
 constexpr int utf8BytesPerUnit = 6; // upper bound for any form of UTF-8 that a platform may write

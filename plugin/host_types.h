@@ -7,8 +7,8 @@
 
 namespace table {
 
-/// Type column of a property row: the host's name of the type; `T` is the C++ type of getter, setter and
-/// field.
+/// Type column of a property row. `name` is the host's name of the type; `T` is the C++ type of getter,
+/// setter and field.
 template <class T>
 struct HostType {
     const char* name;

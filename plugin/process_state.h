@@ -13,13 +13,11 @@ extern double rbversion_rbversion;
 /// Class-definition layout that the host reads: 9 to 13.
 extern int CurrentREALControlVersion;
 
-// First host versions with a change in services or structures.
-
-/// First version that builds a string together with its encoding and returns string data in an encoding.
+/// First host version that builds a string together with its encoding and returns string data in an encoding.
 constexpr double hostWithStringEncodings = 2012.0;
-/// First version that converts UTF-32 text.
+/// First host version that converts UTF-32 text.
 constexpr double hostWithUTF32 = 2013.0;
-/// First version in which the plug-in must not read UTF-8 text from the string's structure.
+/// First host version in which the plug-in must not read UTF-8 text from the string's structure.
 constexpr double hostWithMovingBuffers = 2015.03;
-/// First version that allows access to strings and arrays through services only.
+/// First host version that allows access to strings and arrays through services only.
 constexpr double hostWithOpaqueRecords = 2016.0;

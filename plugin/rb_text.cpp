@@ -70,7 +70,8 @@ const char* rbText::view(Slot& slot, std::uint32_t encoding, bool mayReadRecord)
         return slot.bytes;
     }
 
-    // Evaluation in this order: `encoding` may be read only in hosts with a readable string structure.
+    // The version is compared first because `encoding` may be read only in hosts with a readable string
+    // structure.
     const bool readsRecord = mayReadRecord && rbversion_rbversion < hostWithMovingBuffers &&
                              (held_->encoding == encodingASCII || held_->encoding == encodingUTF8);
     if (readsRecord) {

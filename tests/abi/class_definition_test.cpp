@@ -1,4 +1,4 @@
-// The position of each word in the records of a class definition.
+// The position of each field in the structures of a class definition.
 #include "abi/class_definition.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ struct Field {
     std::size_t offset, size;
 };
 
-/// The fields are contiguous and have `words` words in total.
+/// Expect the fields to be contiguous and to fill `words` machine words.
 void expectInOrder(const std::vector<Field>& fields, std::size_t words)
 {
     std::size_t next = 0;
@@ -34,30 +34,30 @@ TEST(ClassDefinition, HasTwentyFiveCommonWordsInOrder)
     using Words = REALclassDefinition9;
     // clang-format off
     const std::vector<Field> fields = {
-        FIELD(Words, version),          // 1
+        FIELD(Words, version),          // word 1
         FIELD(Words, name),
         FIELD(Words, superName),
         FIELD(Words, dataSize),
-        FIELD(Words, dataOffset),       // 5
+        FIELD(Words, dataOffset),       // word 5
         FIELD(Words, constructor),
         FIELD(Words, destructor),
         FIELD(Words, properties),
         FIELD(Words, propertyCount),
-        FIELD(Words, methods),          // 10
+        FIELD(Words, methods),          // word 10
         FIELD(Words, methodCount),
         FIELD(Words, events),
         FIELD(Words, eventCount),
         FIELD(Words, eventInstances),
-        FIELD(Words, eventInstanceCount), // 15
+        FIELD(Words, eventInstanceCount), // word 15
         FIELD(Words, interfaces),
-        FIELD(Words, unused),           // 17 and 18
+        FIELD(Words, unused),           // words 17 and 18
         FIELD(Words, constants),
-        FIELD(Words, constantCount),    // 20
+        FIELD(Words, constantCount),    // word 20
         FIELD(Words, flags),
         FIELD(Words, sharedProperties),
         FIELD(Words, sharedPropertyCount),
         FIELD(Words, sharedMethods),
-        FIELD(Words, sharedMethodCount), // 25
+        FIELD(Words, sharedMethodCount), // word 25
     };
     // clang-format on
     expectInOrder(fields, 25);

@@ -1,4 +1,4 @@
-// The words of host values that the plug-in reads, and the encoding codes.
+// The positions of the fields of host values that the plug-in reads, and the codes of the text encodings.
 #include "abi/host_values.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The word types, the accessor sentinels and the entry point.
+// The machine-word types, the accessor sentinels and the entry point's name and types.
 #include "abi/accessor_sentinels.h"
 #include "abi/entry_point.h"
 #include "abi/word.h"

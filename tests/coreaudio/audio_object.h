@@ -1,19 +1,20 @@
-// The audio-object members, called with arguments that differ by position, and the expected platform calls.
+// The audio-object members of CoreAudioKVX: calls with arguments that differ by position, and the expected
+// platform calls.
 #pragma once
 
 #include "tests/coreaudio/subject.h"
 
 namespace subject {
 
-constexpr OSStatus unknownProperty = 0x77686F3F; // 'who?'
-constexpr OSStatus badObject = 0x216F626A;       // '!obj'
+constexpr OSStatus unknownProperty = 0x77686F3F; // platform status 'who?'
+constexpr OSStatus badObject = 0x216F626A;       // platform status '!obj'
 
-// The arguments of the host program, and the spy's text for them.
+// Arguments of the host program's calls, and the text in which the platform spy records these arguments.
 const HostInteger objectID = static_cast<std::int32_t>(0x80000021);
 constexpr std::uint32_t selector = 0xF0000001, scope = 0xE0000002, element = 0xFFFFFFFF;
 const std::string where = "0x80000021, {0xF0000001, 0xE0000002, 0xFFFFFFFF}, ";
 
-/// The property's value on the platform.
+/// Value of the property on the platform.
 const std::string value("AB\0\xE9Z", 5);
 
 class AudioObjectMembers : public Subject {
@@ -60,7 +61,7 @@ protected:
         return "AudioObjectSetPropertyData(" + where + qualifier + ", " + data + ")";
     }
 
-    /// The locks and unlocks of blocks in order, as "m1 +" and "m1 -".
+    /// Lock and unlock calls of memory blocks, in order: "m1 +" for a lock and "m1 -" for an unlock.
     property_spy::Notes locks()
     {
         property_spy::Notes found;

@@ -20,7 +20,7 @@ TEST_F(AudioObjectMembers, ANewBlockHasACopyOfTheValue)
         std::optional<UInt32> written;
         bool readsValue;
         HostInteger lasterror;
-        std::optional<std::size_t> result; ///< none: nil
+        std::optional<std::size_t> result; ///< size of the returned block; none if the result is nil
     } rows[] = {
         {"the whole value", 0, 5, 0, 5, true, 0, 5},
         {"the platform does not return a size", 0, 5, 0, {}, true, 0, 5},

@@ -1,4 +1,4 @@
-// The audio-object members: block arguments, sizes, writes, and the rules for all members.
+// The audio-object members of CoreAudioKVX: block arguments, sizes, writes, and the rules for all members.
 #include "tests/coreaudio/audio_object.h"
 
 #include <climits>
@@ -10,12 +10,12 @@ using property_spy::Notes;
 
 // ---- a block as an argument ----
 
-// All block arguments of the three members are passed to the platform in the same way.
+// The three audio-object members pass each block argument to the platform in the same way.
 TEST_F(AudioObjectMembers, BlocksArePassedAsSizeAndAddress)
 {
     const struct {
         const char* why;
-        const char* bytes; ///< null: no block
+        const char* bytes; ///< bytes of the block; null if there is no block
         std::optional<HostInteger> claimed;
         bool hasMemory;
         const char* shown;
@@ -88,7 +88,7 @@ TEST_F(AudioObjectMembers, BlocksHaveAReferenceDuringThePlatformCall)
     getSize(q);
     get().during = expectHeld(2);
     read(q, data);
-    host().drop(data); // the result's reference
+    host().drop(data); // reference that the caller received
     set().during = expectHeld(2);
     write(data, q);
     EXPECT_EQ(property_spy::calls().size(), 3u);
@@ -170,9 +170,10 @@ TEST_F(AudioObjectMembers, LocksAreBalancedAfterAnyException)
     const struct {
         const char* step;
         Member member;
-        const char* platformFunction; ///< "": the host service below throws
+        const char*
+            platformFunction; ///< platform function that throws; "" if the function named by `service` throws
         const char* service;
-        int calls; ///< calls of that service before the one that throws
+        int calls; ///< number of calls of that service before the call that throws
         HostInteger lasterror;
     } rows[] = {
         {"getting the size", getting, "AudioObjectGetPropertyDataSize", "", 0, -1},
@@ -236,7 +237,7 @@ TEST_F(AudioObjectMembers, ContinuesWithoutAMissingService)
 {
     const struct {
         const char* service;
-        const char* qualifier; ///< the platform's arguments
+        const char* qualifier; ///< expected qualifier arguments of the platform call
     } rows[] = {
         {"REALLockObject", "0x4, q"},
         {"REALUnlockObject", "0x4, q"},

@@ -1,4 +1,4 @@
-// The class table of CoreAudioKVX, compared with the tables below.
+// The class table of CoreAudioKVX, compared with the tables in this file.
 #include "abi/accessor_sentinels.h"
 #include "tests/coreaudio/subject.h"
 #include "tests/support/property_value.h"
@@ -230,7 +230,7 @@ TEST_F(CoreAudioClass, LasterrorIsAFieldThatTheHostReadsAndWrites)
     EXPECT_STREQ(row.type, "Integer");
     EXPECT_EQ(reinterpret_cast<Word>(row.getter), REALstandardGetter);
     EXPECT_EQ(reinterpret_cast<Word>(row.setter), REALstandardSetter);
-    EXPECT_EQ(row.parameter, 0); // the record's only field
+    EXPECT_EQ(row.parameter, 0); // offset of the only field in the class data
     EXPECT_TRUE(!row.group || !*row.group);
     expectStandardWords(row);
 }
@@ -337,7 +337,7 @@ TEST_F(CoreAudioClass, ASelectorIsNilIfTheHostThrows)
     throwInHost("REALBuildString");
     EXPECT_NO_THROW(EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr));
     throwInHost("REALBuildString");
-    throwInHost("PluginNewInstance"); // the host exception cannot be created either
+    throwInHost("PluginNewInstance"); // second failure: the host exception cannot be created
     EXPECT_NO_THROW(EXPECT_EQ(readText(publishedProperties()[0], object()), nullptr));
     EXPECT_EQ(lasterror(), 4711);
     expectBalance();

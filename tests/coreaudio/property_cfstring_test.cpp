@@ -8,7 +8,7 @@ using property_spy::Notes;
 using property_spy::PlatformString;
 
 constexpr std::uint32_t referenceSize = sizeof(CFStringRef);
-constexpr OSStatus unknown = 0x77686F3F; // 'who?'
+constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
 
 class PropertyCFStrings : public Subject {
 protected:
@@ -40,7 +40,8 @@ protected:
 
     std::string getCall(const Target& target)
     {
-        return target.getCall(referenceSize, std::to_string(referenceSize) + " zeros"); // a null reference
+        // The buffer that the platform receives contains a null reference.
+        return target.getCall(referenceSize, std::to_string(referenceSize) + " zeros");
     }
 };
 
@@ -84,7 +85,7 @@ TEST_F(PropertyCFStrings, AreNilWithoutAnErrorForAnotherSize)
     }
 }
 
-// For a device that does not exist the status stays -1; for other targets it is the platform's.
+// If the info call for a device fails, `Lasterror` stays -1; for other targets, it is the platform's status.
 TEST_F(PropertyCFStrings, StoreAFailedInfoCallExceptForDevices)
 {
     int kept = 0;

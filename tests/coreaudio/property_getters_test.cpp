@@ -1,4 +1,4 @@
-// The text and memory getters of the property family: their calls and their results.
+// The text and memory-block getters of the property family: their platform calls and their results.
 #include "tests/coreaudio/targets.h"
 
 #include <new>
@@ -9,7 +9,7 @@ namespace {
 using namespace subject;
 using property_spy::Notes;
 
-/// The result of either getter, for tables that test both.
+/// Result of a text getter or of a memory-block getter, for tables that test both getters.
 struct Result {
     bool isNil;
     std::string bytes;
@@ -18,7 +18,7 @@ struct Result {
 struct Getter {
     const char* name;
     Result (*run)(fake::Host&, const Target&, Object);
-    const char* builder; ///< the service that builds the result
+    const char* builder; ///< host service that builds the getter's result
 };
 
 Result takeText(fake::Host& host, const Target& target, Object object)
@@ -48,7 +48,7 @@ const Getter getters[] = {
 
 class PropertyGetters : public Subject {
 protected:
-    /// Run `test` for each target and each of the two getters.
+    /// Run `test` for each combination of a target and one of the two getters.
     template <class Test>
     void forAll(Test test)
     {
@@ -66,7 +66,7 @@ protected:
     }
 };
 
-constexpr OSStatus unknown = 0x77686F3F; // 'who?'
+constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
 constexpr OSStatus failed = -10863;
 const std::optional<UInt32> nothing;
 const std::string value("AB\0\xE9Z", 5);
@@ -78,11 +78,11 @@ const struct {
     bool callocFails;
     OSStatus getStatus;
     std::optional<UInt32> written;
-    // expected
+    // expected results
     std::optional<UInt32> allocated;
     bool readsValue;
     HostInteger lasterror;
-    const char* result; ///< null: nil; otherwise the first `resultSize` bytes of the value
+    const char* result; ///< null for nil; otherwise the result is the first `resultSize` bytes of `value`
     std::size_t resultSize;
 } rows[] = {
     // clang-format off
@@ -177,7 +177,7 @@ TEST_F(PropertyGetters, LabelTextByItsBytes)
     }
 }
 
-// The text getter reads a CFString reference as bytes; the CFString getter reads the string.
+// For a CFString reference, the text getter returns the bytes of the reference, not of the string.
 TEST_F(PropertyGetters, ReadACFStringReferenceAsBytes)
 {
     const property_spy::PlatformString text("ignored");
@@ -281,7 +281,7 @@ TEST_F(PropertyGetters, PassNoStandardExceptionToTheHost)
         });
 }
 
-// A result that the host cannot build is nil; `Lasterror` is the platform's status.
+// If the host cannot build the result, the getter returns nil, and `Lasterror` is the platform's status.
 TEST_F(PropertyGetters, AreNilIfTheHostBuildsNothing)
 {
     forAll([&](const Target& target, const Getter& getter) {

@@ -1,4 +1,4 @@
-// Size and writability in the property family.
+// The getters of size and writability in the property family.
 #include "tests/coreaudio/targets.h"
 
 namespace {
@@ -6,7 +6,7 @@ namespace {
 using namespace subject;
 using property_spy::Notes;
 
-constexpr OSStatus unknown = 0x77686F3F; // 'who?'
+constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
 const std::optional<UInt32> noSize;
 const std::optional<Boolean> noFlag;
 

@@ -1,4 +1,4 @@
-// The setters of the property family, from text and from memory.
+// The setters of the property family, with data from text and from memory blocks.
 #include "tests/coreaudio/targets.h"
 
 #include <climits>
@@ -8,7 +8,7 @@ namespace {
 using namespace subject;
 using property_spy::Notes;
 
-constexpr OSStatus unknown = 0x77686F3F; // 'who?'
+constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
 constexpr double oldHost = 2015.99, newHost = 2016.0;
 
 class PropertySetters : public Subject {
@@ -112,8 +112,10 @@ TEST_F(PropertySetters, UseTheServicesOfTheHostsVersion)
         startHost(each.version);
         const Text selector = host().newString(selectorText, encodingASCII);
         const Text text = host().newString("abc", encodingASCII);
-        const Target unit = targets(selector)[3]; // without a selector text, so all calls are about the data
-        unit.setString(object(), nullptr, text);  // looks up the length method
+        // Units have no selector text, so all calls concern the data. The first call looks up the length
+        // method.
+        const Target unit = targets(selector)[3];
+        unit.setString(object(), nullptr, text);
         host().forget();
         unit.setString(object(), nullptr, text);
         EXPECT_EQ(host().notes(), each.services);
@@ -200,7 +202,8 @@ TEST_F(PropertySetters, PassAnyRangeOfMemoryUnchecked)
             const auto base = reinterpret_cast<Word>(addressOf(block));
             property_spy::name(reinterpret_cast<const void*>(base + static_cast<Word>(range.offset)),
                                "there");
-            property_spy::readValues(false); // the spy must not read these ranges
+            // The spy must not read these ranges, which may be invalid memory.
+            property_spy::readValues(false);
             target.setMemory(object(), nullptr, block, range.offset, range.length);
             EXPECT_EQ(property_spy::calls(),
                       Notes{target.setCall("null", static_cast<UInt32>(range.length), "there")});
@@ -331,7 +334,7 @@ TEST_F(PropertySetters, ContinueWithoutAMissingService)
     }
 }
 
-// Runs in a new process: the length method stays found for the life of a process.
+// The death test runs in a new process because a process keeps the length method after its first look-up.
 TEST_F(PropertySetters, PassNoBytesWithoutTheLengthMethod)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -365,12 +368,12 @@ TEST_F(PropertySetters, UseTheOffsetAsAddressWithoutTheAddressService)
     host().drop(block);
 }
 
-// ---- selectors and sides ----
+// ---- selectors, and the input or output side of a device ----
 
 TEST_F(PropertySetters, SelectorsAreFourCharactersOfAnyText)
 {
     const struct {
-        const char* text; ///< null: nil
+        const char* text; ///< selector text; null for nil
         const char* code;
         const char* why;
     } selectors[] = {

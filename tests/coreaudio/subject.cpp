@@ -14,7 +14,7 @@ namespace {
 constexpr Word dataOffset = 48;
 Subject* current = nullptr;
 
-/// Reconstruct a service, which forgets the address that it keeps.
+/// Reconstruct a service wrapper, so that it forgets the address of the host's function.
 template <class Service, class... Names>
 void forget(Service& service, Names... names)
 {
@@ -162,15 +162,16 @@ void Subject::watchFirstCall()
 
 void Subject::expectBalance(const fake::Notes& live)
 {
-    fake::Notes found = host().live(); // in address order
+    fake::Notes found = host().live(); // live values in address order
     std::sort(found.begin(), found.end());
     EXPECT_EQ(found, live);
     EXPECT_EQ(host().faults(), fake::Notes());
-    claimedSizes_.clear(); // a later block may have the same address
+    claimedSizes_.clear(); // cleared because a later block may have the same address
     withoutMemory_.clear();
 }
 
-// Two services return false values for single blocks; for all others they return those of the host.
+// Replacements of two host services. They return false results for chosen blocks and the fake host's results
+// for all other blocks.
 HostInteger Subject::blockSize(Block block)
 {
     const auto service = reinterpret_cast<HostInteger (*)(Block)>(fake::Host::resolve("memoryBlockGetSize"));

@@ -1,5 +1,5 @@
-// An object of CoreAudioKVX in a fake host, with a spy instead of the platform. Members are called through
-// the addresses in the class table, as a host calls them.
+// A CoreAudioKVX object in a fake host, with a spy in place of the platform. Tests call members through the
+// addresses in the class table, as a host does.
 #pragma once
 
 #include "plugin/classes.h"
@@ -22,10 +22,10 @@ using Object = REALobjectStruct*;
 using Text = REALstringStruct*;
 using Block = REALmemoryBlockStruct*;
 
-/// The address of a method or shared method; an unknown name throws and fails the test.
+/// Address of a method or shared method. An unknown name throws an exception, which fails the test.
 AnyFunction methodNamed(const std::string& name);
 
-/// Call a method: call<HostInteger>("AudioUnitInitialize", object, HostInteger(1)).
+/// Call a method by its name, for example call<HostInteger>("AudioUnitInitialize", object, HostInteger(1)).
 template <class Result, class... Arguments>
 Result call(const std::string& name, Arguments... arguments)
 {
@@ -37,14 +37,14 @@ protected:
     Subject();
     ~Subject() override;
 
-    /// Continue with a new host of that version, before any look-up.
+    /// Replace the host by a new host of this version, with no service looked up yet.
     void startHost(double version);
     fake::Host& host() { return *host_; }
 
     Object object() { return reinterpret_cast<Object>(memory_.get()); }
     HostInteger& lasterror();
 
-    /// Make the next call of a platform function or host service throw.
+    /// Make the next call of a platform function or of a host service throw.
     void throwInPlatform(const std::string& function);
     void throwInHost(const std::string& service);
 
@@ -56,12 +56,12 @@ protected:
     /// The address of the bytes of `block`.
     const void* addressOf(Block block);
 
-    /// Record `Lasterror` in the next service or platform call; empty if no call follows.
+    /// Make the next service or platform call record `Lasterror`. The record is empty if no call follows.
     void watchFirstCall();
     const std::vector<HostInteger>& lasterrorInFirstCall() const { return firstSeen_; }
 
-    /// Expect that the plug-in holds no reference: only the values in `live` exist, and no service was
-    /// misused.
+    /// Expect that the plug-in holds no reference, so that only the values in `live` exist, and that the
+    /// plug-in misused no host service.
     void expectBalance(const fake::Notes& live = {});
 
 private:

@@ -7,7 +7,7 @@ namespace subject {
 
 namespace {
 
-/// A host Integer with these 32 bits.
+/// Host Integer with the bit pattern `bits`.
 HostInteger integer(std::uint32_t bits) { return static_cast<std::int32_t>(bits); }
 
 std::string hex(std::uint32_t number)
@@ -17,7 +17,7 @@ std::string hex(std::uint32_t number)
     return text;
 }
 
-/// A target with its getters, which have the same leading arguments.
+/// A target with its getters, whose leading arguments are `where`.
 template <class... Where>
 Target readable(const std::string& name, Where... where)
 {
@@ -38,7 +38,7 @@ Target readable(const std::string& name, Where... where)
     return target;
 }
 
-/// Set the expected read calls; `lead` is the arguments before the size.
+/// Set the expected platform calls of the getters; `lead` is the text of the arguments before the size.
 void expectReads(Target& target, const std::string& lead)
 {
     const std::string name = target.name;
@@ -50,7 +50,7 @@ void expectReads(Target& target, const std::string& lead)
     };
 }
 
-constexpr std::uint32_t channel = 0xFFFFFFF9; // -7 as a host Integer
+constexpr std::uint32_t channel = 0xFFFFFFF9; // bit pattern of the host Integer -7
 constexpr HostBoolean isInput = 1;
 constexpr std::uint32_t selectorCode = 0x61626364;
 

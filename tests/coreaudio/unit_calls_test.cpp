@@ -59,7 +59,7 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
 {
     const struct {
         const char* why;
-        const char *type, *subtype; ///< null: no string
+        const char *type, *subtype; ///< component codes as text; null if there is no string
         const char* codes;
         std::uint32_t handle;
         HostInteger lasterror;

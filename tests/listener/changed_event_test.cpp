@@ -1,5 +1,5 @@
-// From the platform's notification to the host program's handler: directly on the main thread, through the
-// main queue on other threads.
+// The way from the platform's notification to the host program's handler: directly on the main thread,
+// through the main queue on other threads.
 #include "plugin/classes.h"
 #include "tests/listener/dispatch_spy.h"
 #include "tests/listener/watched_class.h"
@@ -32,7 +32,7 @@ protected:
         dispatch_spy::reset();
     }
 
-    /// Attach a handler, construct the object and return its registration.
+    /// Attach a handler, construct the object and return the object's registration with the platform.
     property_spy::Registration listen(Object object)
     {
         attach(object);
@@ -72,10 +72,10 @@ TEST_F(ChangedEvent, IsRaisedSynchronouslyOnTheMainThread)
     }
 }
 
-// The oldest layout needs a copy of the event's record, with the key for the handler.
+// In layout 9, a copy of the event contains the key for the handler, so a missing copy drops the event.
 TEST_F(ChangedEvent, IsDroppedWithoutTheCopyOfItsRecord)
 {
-    constexpr int copies = 3; // of the properties, of the methods, of the event
+    constexpr int copies = 3; // copies of the properties, of the methods and of the event
     watched::refuseCalloc(copies);
     registerFor(9);
     watched::refuseCalloc(0);
@@ -223,7 +223,7 @@ TEST_F(ChangedEvent, IsDroppedForADestroyedListener)
     const auto registration = listen(memory->object());
     notifyFromThread(registration, 3);
     destruct(memory->object());
-    memory.reset(); // an access would be reported by the address sanitizer
+    memory.reset(); // memory freed, so that the address sanitizer reports any access
     host().forget();
     EXPECT_EQ(dispatch_spy::run(), 3u);
     EXPECT_EQ(events, Events());
@@ -244,7 +244,7 @@ TEST_F(ChangedEvent, IsNotRaisedForANewListenerAtTheSameAddress)
     dispatch_spy::run();
     EXPECT_EQ(events, Events{memory.object()});
 
-    // Both in one run: only the notification after the second construction is delivered.
+    // Two notifications in one run of the queue: only the one after the second construction is delivered.
     events.clear();
     notifyFromThread(second);
     destruct(memory.object());
@@ -392,7 +392,7 @@ TEST_F(ChangedEvent, IsNotRaisedAfterARefusedRegistration)
 {
     const Memory memory;
     attach(memory.object());
-    property_spy::answer("AudioObjectAddPropertyListener").status = 0x216F626A; // '!obj'
+    property_spy::answer("AudioObjectAddPropertyListener").status = 0x216F626A; // platform status '!obj'
     construct(memory.object(), address);
     EXPECT_TRUE(property_spy::registrations().empty());
     EXPECT_EQ(memory.lastError(), 0x216F626A);

@@ -1,4 +1,4 @@
-// The class table of CoreAudioListenerKVX, compared with the tables below.
+// The class table of CoreAudioListenerKVX, compared with the tables in this file.
 #include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
 #include "listener/listener.h"

@@ -14,7 +14,7 @@ class ListenerObject : public WatchedClass {
 protected:
     ListenerObject() { property_spy::reset(); }
 
-    /// The expected platform call; `procedure` is the spy's name for the pointer.
+    /// Text of the expected platform call; `procedure` is the spy's name of the listener function.
     static std::string call(const char* function, const Address& address, const char* procedure)
     {
         char text[160];
@@ -33,14 +33,14 @@ protected:
 };
 
 const Address addresses[] = {
-    {0x80000041, 0xF0000001, 0xE0000002, 0xD0000003}, // four different values
-    {1, 0x64657623, 0x676C6F62, 0},                   // the system's device list
-    {7, 0x2A2A2A2A, 0x2A2A2A2A, 0xFFFFFFFF},          // wildcards
+    {0x80000041, 0xF0000001, 0xE0000002, 0xD0000003}, // address with four different values
+    {1, 0x64657623, 0x676C6F62, 0},                   // address of the system's device list
+    {7, 0x2A2A2A2A, 0x2A2A2A2A, 0xFFFFFFFF},          // address with wildcards
     {0, 0, 0, 0},
     {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF},
 };
 
-constexpr OSStatus badObject = 0x216F626A; // '!obj'
+constexpr OSStatus badObject = 0x216F626A; // platform status '!obj'
 const OSStatus statuses[] = {0, badObject, 1, -1, -50, INT_MAX, INT_MIN};
 
 TEST_F(ListenerObject, RegistersAndUnregistersWithTheSameArguments)

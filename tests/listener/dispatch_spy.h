@@ -1,5 +1,5 @@
-// A spy instead of dispatch_async: queued blocks wait until the test runs them. dispatch_async may be called
-// on any thread; run() runs the blocks on its calling thread.
+// A replacement of dispatch_async, whose queued blocks wait until the test runs them. Any thread may call
+// dispatch_async; run() runs the blocks on the calling thread.
 #pragma once
 
 #include <dispatch/dispatch.h>
@@ -9,17 +9,19 @@
 
 namespace dispatch_spy {
 
-/// The number of queued blocks, and of blocks for a queue other than the main queue.
+/// waiting() is the number of queued blocks; faults() is the number of blocks queued for a queue other than
+/// the main queue.
 std::size_t waiting();
 int faults();
 
-/// Run the queued blocks in order, with those that are queued during the run. Returns their number.
+/// Run the queued blocks in order, including blocks that are queued during the run. Returns the number of
+/// blocks.
 std::size_t run();
 
-/// Drop the queued blocks and the `during` function.
+/// Drop the queued blocks, the function of setDuring() and the number of faults.
 void reset();
 
-/// Set a function that runs at the start of each dispatch_async; it may throw.
+/// Set a function that runs at the start of each call of dispatch_async. The function may throw.
 void setDuring(std::function<void()> during);
 
 } // namespace dispatch_spy

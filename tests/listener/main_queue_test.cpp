@@ -1,4 +1,4 @@
-// Listeners with the platform's main queue, and notifications from several threads at once.
+// Listeners that use the platform's main queue, with notifications from several threads at once.
 #include "tests/listener/watched_class.h"
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -14,13 +14,15 @@ namespace {
 
 using namespace listening;
 
-/// The registered listeners. As on the platform, a removed listener is not called after its removal returns.
+/// The registered listeners. As on the platform, a removed listener receives no call after its removal has
+/// returned.
 struct {
     std::mutex mutex;
     std::vector<std::pair<AudioObjectPropertyListenerProc, void*>> listeners;
 } registered;
 
-/// Notify listener n modulo their number. Returns its object; null without listeners.
+/// Notify listener number `n` modulo the number of listeners. Returns the listener's object; null without
+/// listeners.
 Object notify(std::size_t n)
 {
     const std::lock_guard guard(registered.mutex);
@@ -93,8 +95,8 @@ TEST_F(ListenersOnTheMainQueue, DropsEventsOfDestroyedListeners)
     EXPECT_EQ(events.size(), 0u);
 }
 
-// Three threads notify while listeners are constructed and destroyed. The permanent listeners receive all
-// their events; no destroyed listener receives one.
+// Three threads notify listeners while the main thread constructs and destroys some of them. The permanent
+// listeners receive all their events; no destroyed listener receives an event.
 TEST_F(ListenersOnTheMainQueue, DeliversEachEventOnceWithManyThreads)
 {
     constexpr std::size_t steadyCount = 100, threadCount = 3, notifications = 3334;
@@ -106,7 +108,7 @@ TEST_F(ListenersOnTheMainQueue, DeliversEachEventOnceWithManyThreads)
     }
 
     std::mutex mutex;
-    std::map<Object, std::size_t> sent; // by the threads
+    std::map<Object, std::size_t> sent; // notifications per object, sent by the threads
     std::map<Object, std::size_t> received;
     std::atomic<std::size_t> running{threadCount};
 

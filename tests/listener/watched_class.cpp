@@ -19,7 +19,8 @@ constexpr Word dataOffset = 32;
 constexpr std::size_t dataSize = sizeof(HostInteger) + 4 * sizeof(std::uint32_t);
 WatchedClass* current = nullptr;
 
-/// The initial class, copied on first use: registration writes into the definition and the event.
+/// Initial state of the class, copied on first use because registration writes into the definition and the
+/// event.
 struct Pristine {
     REALclassDefinition definition = coreAudioListenerClass;
     REALevent event = *static_cast<REALevent*>(coreAudioListenerClass.events);
@@ -34,7 +35,7 @@ bool isOldest() { return coreAudioListenerClass.version == static_cast<Word>(old
 
 AnyFunction methodNamed(const std::string& name)
 {
-    // Without memory for the oldest layout's copy, the rows of the newest layout.
+    // If there was no memory for the layout-9 copy of the methods, use the methods in the newest layout.
     const bool isCopy = isOldest() && coreAudioListenerClass.methods;
     const std::size_t rowWords = isCopy ? 4 : 6;
     const Word* row =
@@ -81,7 +82,8 @@ void WatchedClass::registerFor(HostInteger layout, double version)
     forget(REALGetEventInstance, "GetEventInstance");
 
     MyREALRegisterClass(&coreAudioListenerClass);
-    // The host writes the key into the record that it received, in the layout that it reads.
+    // In place of the host, write the key into the event that the host received, in the layout that the host
+    // reads.
     if (!coreAudioListenerClass.events) return host_->forget();
     if (layout == oldestLayout)
         static_cast<REALevent9*>(coreAudioListenerClass.events)->systemUse = eventWord;
@@ -90,7 +92,7 @@ void WatchedClass::registerFor(HostInteger layout, double version)
     host_->forget();
 }
 
-/// Restore the initial class and free the copies for the oldest layout.
+/// Restore the initial class, and free the copies for layout 9.
 void WatchedClass::restore()
 {
     const Pristine& initial = pristine();

@@ -21,23 +21,23 @@ struct Address {
     std::uint32_t object, selector, scope, element;
 };
 
-/// The class and its host.
+/// Test fixture with the registered class and its fake host.
 class WatchedClass : public testing::Test {
 protected:
     WatchedClass();
     ~WatchedClass() override;
 
-    /// Register the class with a new host of that version, which reads that layout.
+    /// Register the class with a new host of version `version` that reads class definitions in `layout`.
     void registerFor(HostInteger layout, double version = 2016.0);
     fake::Host& host() { return *host_; }
 
-    /// The key that the host wrote into the event's record.
+    /// Key that the host wrote into the event at registration.
     static constexpr Word eventWord = 0xE7E27;
 
-    /// Attach the test's handler to an object, as the host program does.
+    /// Attach the test's handler of the event to an object, as the host program does.
     void attach(Object object);
 
-    /// The objects for which the handler was called, in order. `inHandler` runs in each call and may throw.
+    /// Objects whose handler was called, in order. Each handler call runs `inHandler`, which may throw.
     std::vector<Object> events;
     std::function<void(Object)> inHandler;
 
@@ -48,7 +48,7 @@ private:
     std::unique_ptr<fake::Host> host_;
 };
 
-/// The memory of an object; construction and destruction are separate.
+/// Memory of one host object, whose construction and destruction are separate steps of a test.
 class Memory {
 public:
     Memory();
@@ -66,7 +66,7 @@ private:
 void construct(Object object, Address address);
 void destruct(Object object);
 
-/// The value of one of the four properties that have a getter.
+/// Value of a property by its name, for the four properties that have a getter function.
 std::uint32_t read(Object object, const std::string& property);
 
 } // namespace listening

@@ -1,4 +1,5 @@
-// A system without dispatch_async: in this program the weak reference is null.
+// Listeners on a system without dispatch_async. In this program, the weak reference to dispatch_async is
+// null.
 #include "tests/listener/watched_class.h"
 #include "tests/support/property_spy.h"
 

@@ -1,4 +1,4 @@
-// Memory: the sizes of allocations, that they are freed, and the results when an allocation fails.
+// Memory: the sizes of allocations, their release, and the results of failed allocations.
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/rb_text.h"
@@ -27,7 +27,7 @@ protected:
     const long blocksBefore;
 };
 
-/// The allocations and frees while `work` runs.
+/// The allocations and frees during `work`.
 template <class Work>
 Notes memoryOf(Work work)
 {
@@ -72,9 +72,9 @@ TEST_F(AllocationTest, ZeroedRecordsAreLimitedByTheirBytes)
     // clang-format off
     const struct { std::int64_t count; bool allocates; } facts[] = {
         {178956970, true},  // 2147483640 bytes
-        {178956971, false}, // 2147483652
+        {178956971, false}, // 2147483652 bytes
         {0x7FFFFFFF, false},
-        {0x15555556LL * 4, false}, // the bytes overflow 32 bits
+        {0x15555556LL * 4, false}, // size in bytes that overflows 32 bits
     };
     // clang-format on
     for (const auto& fact : facts) {
@@ -96,9 +96,9 @@ TEST_F(AllocationTest, ZeroedMemoryIsZeroAndFreed)
     EXPECT_EQ(notes, callocedAndFreed(4000));
 }
 
-// ---- registration in layout 9 ----
+// ---- registration in class-definition layout 9 ----
 
-/// A definition with two records in each of its six arrays.
+/// A class definition with two elements in each of its six arrays.
 struct FullClass {
     REALclassDefinition definition = {};
     REALproperty properties[2] = {}, sharedProperties[2] = {};
@@ -223,7 +223,8 @@ TEST_F(AllocationTest, UTF32AllocatesFrom800BytesOn)
         {4000, 4002, "1000 points"},
     };
     // clang-format on
-    const std::vector<std::uint32_t> faces(1001, 0x1F600); // a surrogate pair each: the whole buffer is used
+    // Each code point becomes a surrogate pair, so the text fills the whole buffer.
+    const std::vector<std::uint32_t> faces(1001, 0x1F600);
     for (double version : {2011.5, 2012.99})
         for (const auto& fact : facts) {
             SCOPED_TRACE(testing::Message() << fact.length << ": " << fact.why);
@@ -283,7 +284,7 @@ TEST_F(AllocationTest, OtherTextAllocatesNothing)
     }
 }
 
-// ---- the private copy of a text ----
+// ---- the private copy of a text in rbText ----
 
 TEST_F(AllocationTest, APrivateCopyIsFourBytesLongerAndFreedWithTheText)
 {

@@ -16,7 +16,7 @@ namespace background_spy {
 
 namespace {
 
-/// A spin lock: a mutex of the C library would be recorded.
+/// A spin lock, because the spy would record the calls of a mutex of the C library.
 class Guard {
 public:
     Guard()
@@ -39,7 +39,8 @@ std::size_t yields, upTimes, waits;
 std::atomic<bool> mayEnd{false}, hasEnded{false};
 constexpr UInt32 now = 7;
 
-/// Whose calls are recorded. Calls of the system or a sanitizer while it starts a thread are not.
+/// Thread whose calls are recorded: `here` is the thread under test, `there` is a worker thread. Calls are
+/// ignored while the system or a sanitizer starts a thread.
 enum class Side { ignored, here, there };
 thread_local Side side = Side::ignored;
 
@@ -54,7 +55,7 @@ private:
     Side before_;
 };
 
-/// Record a call; returns whether it must fail.
+/// Record a call. Returns whether the call must fail.
 bool refused(const char* text, Refusal kind = Refusal::none)
 {
     if (side == Side::ignored) return false;
@@ -134,7 +135,7 @@ void* hostWithoutServices(const char*) { return nullptr; }
 
 using namespace background_spy;
 
-// ---- the C library, wrapped by the linker ----
+// ---- functions of the C library, replaced by the linker ----
 
 extern "C" {
 
@@ -225,12 +226,13 @@ int __wrap_pthread_join(pthread_t thread, void** result)
 int __wrap_pthread_detach(pthread_t thread)
 {
     refused("detach");
-    return support::hasThreadSanitizer ? 0 : __real_pthread_detach(thread); // it ends the program here
+    // The thread sanitizer ends the program if a joined thread is detached.
+    return support::hasThreadSanitizer ? 0 : __real_pthread_detach(thread);
 }
 
 } // extern "C"
 
-// ---- the platform ----
+// ---- functions of the platform ----
 
 #pragma GCC visibility push(default)
 extern "C" {

@@ -1,15 +1,15 @@
-// A spy on background work: records its calls to the C library, to the platform's clock and queues and to the
-// host, in order. A program with background_spy.cpp exports its symbols and needs the link options in this
-// folder's CMakeLists.txt.
+// A spy on background work: records, in order, the work's calls of the C library, of the platform's clock and
+// queues, and of the host. A program with background_spy.cpp exports its symbols and needs the link options
+// in this folder's CMakeLists.txt.
 //
-// The calls of the thread under test and those of other threads are recorded separately:
+// The calls of the thread under test and those of other threads are recorded separately, as these texts:
 //
 //     calloc of a mutex, mutex init, lock, unlock, mutex destroy, free
 //     attr init, stack 2097152, create, attr destroy, join, detach
 //     queue 0 0, async
 //     yield, UpTime = 7, 1 after 7, until 1000007
 //
-// The clock does not advance, and a wait returns at once. begin and end are called on the same thread.
+// The clock does not advance, and MPDelayUntil returns at once. begin and end are called on the same thread.
 #pragma once
 
 #include <cstddef>
@@ -20,34 +20,35 @@ namespace background_spy {
 
 using Notes = std::vector<std::string>;
 
-/// A call that fails: it returns an error or null, or throws, and is recorded with " refused".
+/// Call that the spy makes fail. The call returns an error or null, or throws; its recorded text ends in
+/// "refused".
 enum class Refusal { none, calloc, mutexInit, attrInit, create, async };
 
 struct Script {
     Refusal refusal = Refusal::none;
-    bool endsAtOnce = false;        ///< the worker ends before the call that starts it returns
-    std::size_t waits = 0;          ///< the worker ends during this wait; the first is 1
-    std::size_t throwingYield = 0;  ///< the yield that throws; the first is 1
-    std::size_t throwingUpTime = 0; ///< the clock reading that throws
-    std::size_t throwingWait = 0;   ///< the wait that throws
+    bool endsAtOnce = false;        ///< whether the worker ends before the call that starts it returns
+    std::size_t waits = 0;          ///< number of the wait, from 1, during which the worker ends
+    std::size_t throwingYield = 0;  ///< number of the yield, from 1, that throws
+    std::size_t throwingUpTime = 0; ///< number of the clock reading, from 1, that throws
+    std::size_t throwingWait = 0;   ///< number of the wait, from 1, that throws
 };
 
-/// Start to record this thread.
+/// Start to record the calls of the current thread and of the threads that it starts.
 void begin(const Script& script);
-/// The recorded calls of the thread under test, and of other threads.
+/// Recorded calls of the thread under test (`here`) and of other threads (`there`).
 struct Seen {
     Notes here, there;
 };
 /// Stop recording.
 Seen end();
 
-/// Record a note of the test.
+/// Record a text of the test among the calls.
 void note(const std::string& text);
 
-/// For work functions: block until the work may end.
+/// Block until the script lets the worker end; called by work functions.
 void waitUntilItMayEnd();
 
-/// Resolvers of two hosts: one with the yield service only, one without services.
+/// Look-up functions of two hosts: one host has the yield service only, the other has no services.
 void* hostWithYield(const char* service);
 void* hostWithoutServices(const char* service);
 

@@ -1,5 +1,5 @@
-// Background work, call by call, on both paths. This file is linked into two programs: one with the system's
-// queue, one without it, as on an older system.
+// Background work, call by call. This file is linked into two programs: one in which the work runs on the
+// system's dispatch queue, and one without that queue, as on an older system.
 #include "plugin/background.h"
 
 #include "plugin/process_state.h"
@@ -31,7 +31,8 @@ void slowWork(const void* data)
     work(data);
 }
 
-std::size_t idles, throwingIdle; // the number of the idle call that throws; the first is 1
+// Number of idle calls so far, and number of the idle call, from 1, that throws.
+std::size_t idles, throwingIdle;
 
 void idle(const void* data)
 {
@@ -45,7 +46,7 @@ Notes& operator+=(Notes& notes, const Notes& more)
     return notes;
 }
 
-/// The variants of a call.
+/// Variants of a call of RunThreadedBlocks.
 struct Call {
     Script script;
     bool isSlow = false, isNull = false, hasIdle = true, hasYield = true;
@@ -69,7 +70,7 @@ Seen run(const Call& call)
     return seen;
 }
 
-/// The expected calls on the calling thread if a worker was started.
+/// Expected calls of the calling thread if a worker was started.
 Notes expectedOnCaller(const Call& call)
 {
     const bool hasMutex = call.script.refusal != Refusal::calloc && call.script.refusal != Refusal::mutexInit;
@@ -188,7 +189,7 @@ TEST(Background, WaitsForTheWorkerAfterAnyException)
             EXPECT_EQ(seen.here, expectedOnCaller(call));
             continue;
         }
-        // A step without a wait, because the clock throws, is followed by one more step.
+        // If the clock throws, the step ends without a wait, so one more step follows.
         Call longer = call;
         ++longer.script.waits;
         EXPECT_EQ(seen.here, expectedOnCaller(longer));
@@ -262,7 +263,7 @@ TEST(Background, ReturnsAfterTheWorkHasFinished)
     forgetServices();
     struct Work {
         std::thread::id thread;
-        int plain = 0; // neither locked nor atomic, for the thread sanitizer
+        int plain = 0; // plain integer, so that the thread sanitizer reports a race
     };
     for (int i = 0; i < 100; ++i) {
         Work job;

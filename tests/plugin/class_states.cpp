@@ -10,7 +10,7 @@ namespace {
 
 struct Fresh {
     std::vector<Word> words;
-    std::vector<std::vector<Word>> records; // one entry per array
+    std::vector<std::vector<Word>> records; // machine words of each array
 };
 
 std::vector<Fresh> takeFresh()
@@ -26,7 +26,7 @@ std::vector<Fresh> takeFresh()
     return all;
 }
 
-/// Copied on first use, which must be before any registration.
+/// Initial states of the classes, copied on first use, which must precede any registration.
 const std::vector<Fresh>& freshClasses()
 {
     static const std::vector<Fresh> all = takeFresh();
@@ -55,7 +55,7 @@ const std::vector<ClassFact>& classFacts()
             {&soundStreamClass,       "QTSoundStreamKVX",     20,       32},
         };
         // clang-format on
-        if (sizeof(void*) != 4) // the sizes above are those of 32-bit records
+        if (sizeof(void*) != 4) // the sizes above are those of 32-bit builds
             for (ClassFact& row : rows) {
                 row.declaredSize = row.definition->dataSize;
                 row.roundedSize = (row.declaredSize + 15) / 16 * 16;

@@ -1,31 +1,33 @@
-// The initial state of the five class definitions, restored after a registration has written into them.
+// The initial state of the library's five class definitions, restored after a registration has changed the
+// definitions.
 #pragma once
 
 #include "abi/class_definition.h"
 
 #include <vector>
 
-/// One class definition of the library. The list is in registration order.
+/// Facts about one class definition of the library. classFacts() lists the classes in registration order.
 struct ClassFact {
     REALclassDefinition* definition;
     const char* name;
-    Word declaredSize; ///< bytes of class data
+    Word declaredSize; ///< size of the class data in bytes
     Word roundedSize;
 };
 const std::vector<ClassFact>& classFacts();
 
-/// The words of a definition.
+/// Machine words of a class definition.
 std::vector<Word> wordsOf(const REALclassDefinition& definition);
 
-/// `count` words at an address; none at null.
+/// `count` machine words at the address `first`; no words if `first` is null.
 std::vector<Word> wordsAt(const void* first, std::size_t count);
 
-/// The initial words of a definition, and the initial records of an array (an index into arrayFacts).
+/// Initial words of a class definition, and initial words of one of its arrays; `array` is an index into
+/// arrayFacts.
 std::vector<Word> freshWordsOf(const REALclassDefinition& definition);
 std::vector<Word> freshRecordsOf(const REALclassDefinition& definition, std::size_t array);
 
-/// An array of a definition: the indexes of the words with its address and its count, and the words per
-/// record in the newest layout and in layout 9.
+/// An array of a class definition: the indexes of the words with the array's address and length, and the
+/// number of words per element in the newest layout and in layout 9.
 struct ArrayFact {
     const char* name;
     std::size_t address, count;
@@ -43,5 +45,5 @@ constexpr ArrayFact arrayFacts[] = {
     // clang-format on
 };
 
-/// Restore all five definitions and free the copies of a registration for layout 9.
+/// Restore all five class definitions, and free the copies that a registration in layout 9 made.
 void makeClassesFresh();

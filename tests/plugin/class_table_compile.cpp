@@ -1,4 +1,5 @@
-// Class tables that must not compile: one mistake per case. KVX_CASE selects the case; case 0 must compile.
+// Class tables that must not compile, with one mistake per case. KVX_CASE selects the case. Case 0 has no
+// mistake and must compile.
 #include "plugin/class_table.h"
 
 using namespace table;
@@ -23,7 +24,7 @@ REALproperty row = KVX_FIELD("Level", asInteger, level, readWrite);
 REALproperty row = KVX_PROPERTY("Time", asInteger, getTime, readOnly);
 #elif KVX_CASE == 2 // getter and setter are swapped
 REALproperty row = KVX_PROPERTY("Time", asDouble, setTime, getTime);
-#elif KVX_CASE == 3 // a property with functions is not written directly
+#elif KVX_CASE == 3 // a property with functions has `readWrite`, which is for fields
 REALproperty row = KVX_PROPERTY("Time", asDouble, getTime, readWrite);
 #elif KVX_CASE == 4 // the field has another type than the type column
 REALproperty row = KVX_FIELD("Level", asDouble, level, readOnly);
@@ -31,11 +32,11 @@ REALproperty row = KVX_FIELD("Level", asDouble, level, readOnly);
 REALproperty row = KVX_FIELD("Level", asInteger, level, setTime);
 #elif KVX_CASE == 6 // the function differs from its declaration
 REALmethod row = KVX_METHOD(stop, "Stop as boolean");
-#elif KVX_CASE == 7 // a method has an object
+#elif KVX_CASE == 7 // the function of a method has no object parameter
 REALmethod row = KVX_METHOD(twice, "Twice(a as integer) as integer");
-#elif KVX_CASE == 8 // a shared method is not a method
+#elif KVX_CASE == 8 // a shared method initialises the row of a method
 REALmethod row = KVX_SHARED_METHOD(twice, "Twice(a as integer) as integer");
-#elif KVX_CASE == 9 // a method is not a shared method
+#elif KVX_CASE == 9 // a method initialises the row of a shared method
 SharedMethod row = KVX_METHOD(stop, "Stop");
 #endif
 
@@ -45,7 +46,7 @@ constexpr auto makeClass = [] { return classDefinition<Data, stop, nullptr>("A",
 constexpr auto makeClass = [] {
     return classDefinition<Data, stop, nullptr>("A", {properties, sharedMethods, {}, methods});
 };
-#elif KVX_CASE == 12 // the constructor is a getter
+#elif KVX_CASE == 12 // a getter is used as the constructor
 constexpr auto makeClass = [] { return classDefinition<Data, getTime, nullptr>("A", {properties, methods}); };
 #else
 constexpr auto makeClass = [] {

@@ -1,4 +1,5 @@
-// The rows of a class table: what each contains, what compiles, and what happens when a function throws.
+// The rows of a class table: the contents of each row, the rows that compile, and the result when a function
+// throws.
 #include "plugin/class_data.h"
 #include "plugin/class_table.h"
 
@@ -101,7 +102,7 @@ SharedMethod sharedMethods[] = {
 
 REALevent events[] = {{"Changed()", 0, {0, 0}}, {"Other()", 0, {0, 0}}};
 
-// ---- compile-time checks (class_table_compile.cpp has whole tables with mistakes) ----
+// ---- compile-time checks (class_table_compile.cpp contains whole tables with mistakes) ----
 
 static_assert(isGetterOf<getTime, double>);
 static_assert(!isGetterOf<getTime, float>, "a getter of another type");
@@ -243,7 +244,7 @@ std::vector<Word> wordsOf(const REALclassDefinition& definition)
 {
     std::vector<Word> words(sizeof definition / sizeof(Word));
     std::memcpy(words.data(), &definition, sizeof definition);
-    words[1] = 0; // the name, compared as text
+    words[1] = 0; // address of the name, which tests compare as text
     return words;
 }
 

@@ -1,4 +1,4 @@
-// Declarations and the functions that they fit, checked at compile time.
+// Method declarations compared with C++ functions at compile time.
 #include "plugin/declaration.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// REALPluginMain: the calls to the host, the chosen layout and the registered classes.
+// REALPluginMain: the calls to the host, the chosen class-definition layout and the registered classes.
 #include "abi/entry_point.h"
 #include "plugin/classes.h"
 #include "tests/plugin/class_states.h"
@@ -144,7 +144,7 @@ TEST_F(EntryPointDeathTest, NeedsRegisterPluginVersion)
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     host.withhold("RegisterPluginVersion");
     host.inNext("REALinRuntime",
-                [] { std::exit(0); }); // reached only if the call above did not end the program
+                [] { std::exit(0); }); // runs only if the missing service did not end the program
     EXPECT_EXIT(load(), support::endedByNullCall, support::nullCallText);
     EXPECT_EQ(host.registrations().size(), 0u);
 }

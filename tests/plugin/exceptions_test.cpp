@@ -12,7 +12,7 @@ namespace {
 
 class ExceptionsTest : public HostTest {};
 
-/// The calls to the host for one exception with a message.
+/// Expected calls to the host for one exception with a message.
 const Notes wholeCall = {
     "REALBuildString(\"Memoryblock is nil\", 18) = s1",
     "REALSetStringEncoding(s1, 0x600)",
@@ -183,7 +183,8 @@ TEST_F(ExceptionsTest, NothingHappensWithoutAHost)
 
 // ---- an index out of bounds ----
 
-// A host exception about the failed message would need a message again: the recursion ends after one level.
+// A failure to build the message raises a second host exception. The second exception has no message, so the
+// recursion ends.
 TEST_F(ExceptionsTest, TheMessageIsNullIfTheHostCannotBuildStrings)
 {
     int builds = 0;
@@ -207,7 +208,8 @@ TEST_F(ExceptionsTest, TheMessageIsNullIfTheHostCannotBuildStrings)
         EXPECT_EQ(host.raised()[1].number, 0);
         EXPECT_EQ(host.live(), Notes{});
 
-        // The same when a string is requested: the recursion ends after one message.
+        // A failure to build a requested string raises a host exception. Building the message of that
+        // exception fails too, which ends the recursion.
         host.startOver();
         EXPECT_EQ(REALBuildUnicodeString("abc", 3, encodingUTF8), nullptr);
         EXPECT_EQ(builds, 3) << "the string itself, and the message about it";
@@ -224,7 +226,7 @@ TEST_F(ExceptionsTest, TheMessageIsNullIfTheHostCannotBuildStrings)
     }
 }
 
-// The recursion guard is reset also when an exception leaves the function.
+// The recursion guard is reset even if an exception leaves RaiseException.
 TEST_F(ExceptionsTest, MessagesWorkAgainAfterTheHostThrew)
 {
     host.inNext("REALBuildString", [] { throw std::runtime_error("no strings"); });

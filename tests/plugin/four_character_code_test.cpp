@@ -1,4 +1,4 @@
-// Four-character codes from host strings.
+// Four-character codes read from host strings.
 #include "plugin/four_character_code.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -49,9 +49,11 @@ TEST_F(FourCharacterCodeTest, IsTheFirstFourCharactersInOrder)
     // clang-format on
     for (double version : hosts)
         for (const char* after :
-             {"", "#"}) // a private copy has zeros after the text, like the host's storage
+             // With "#" after the text, the plug-in makes a private copy, which has zeros after the text,
+             // like the host's storage.
+             {"", "#"})
             for (const auto& fact : facts) {
-                if (*after && fact.encoding == encodingUnknown) continue; // not copied
+                if (*after && fact.encoding == encodingUnknown) continue; // text that is not copied
                 SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
                 if (*after) host.behindText = after;
                 enter(version);

@@ -1,4 +1,5 @@
-// Elements of the host's numeric arrays: from the record of an older host, by the services of a newer one.
+// Elements of the host's numeric arrays, read from the array's structure in older hosts and through host
+// services in newer hosts.
 #include "plugin/host_array.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -6,7 +7,7 @@
 
 namespace {
 
-/// The test data of each element type.
+/// Test data for arrays of one element type.
 template <class T>
 struct Kind;
 template <>

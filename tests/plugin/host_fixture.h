@@ -1,4 +1,4 @@
-// A test fixture with a fake host whose services the plug-in can look up.
+// A test fixture with a fake host, whose services the plug-in can look up.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -10,13 +10,14 @@
 
 using fake::Notes;
 
-/// Each test ends with a check: no host value is still referenced, and the plug-in broke no rule of the host.
+/// Test fixture that checks, after each test, that no host value is still referenced and that the plug-in
+/// broke no rule of the host.
 class HostTest : public ::testing::Test {
 protected:
     HostTest() { enter(2016.0); }
     ~HostTest() override { gResolver = nullptr; }
 
-    /// Continue as a new host of that version.
+    /// Restart the fake host as a host of this version.
     void enter(double version)
     {
         host.version = version;
@@ -27,7 +28,7 @@ protected:
         host.startOver();
     }
 
-    /// Remove services from the host.
+    /// Remove the named services from the host.
     template <class... Names>
     void withhold(Names... names)
     {
@@ -35,7 +36,7 @@ protected:
         forgetServices();
     }
 
-    /// The calls since the last takeCalls.
+    /// Return the calls to the host since the last call of takeCalls.
     Notes takeCalls()
     {
         Notes calls = host.calls();

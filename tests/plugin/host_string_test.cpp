@@ -1,4 +1,5 @@
-// Host strings from bytes: the services that build them on each host version, and their contents.
+// Host strings built from bytes: the contents of the strings, and the host services that build them in each
+// host version.
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -274,7 +275,7 @@ TEST_F(HostStringTest, UTF32CodePointsBecomeTheirUTF16Units)
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << std::hex << fact.point << ": " << fact.why);
         enter(2012.99);
-        // Between two other characters, so that a dropped one is visible.
+        // The code point is between two other characters, so that its removal is visible.
         REALstringStruct* text = build(utf32({0x3C, fact.point, 0x3E}), 0x0C000100);
         const std::string units = utf16(u"<" + fact.units + u">");
         EXPECT_EQ(host.calls().at(0), "REALBuildStringWithEncoding(" + fake::quoted(units) + ", " +

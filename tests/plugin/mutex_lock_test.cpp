@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A mutex that refuses a second lock by its owner.
+/// Test fixture with a mutex that refuses a second lock by its owner.
 class MutexLockTest : public ::testing::Test {
 protected:
     MutexLockTest()

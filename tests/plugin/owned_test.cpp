@@ -1,5 +1,5 @@
-// Owned references are released on every path. A host that throws in a release function causes no exception
-// in the plug-in, and all other references are released.
+// Owned references are released on every path. If a release function of the host throws, the plug-in throws
+// no exception, and all other references are released.
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
@@ -16,7 +16,7 @@ namespace {
 
 class OwnedTest : public HostTest {
 protected:
-    /// Make the host throw in each call of a service.
+    /// Make the host throw in every call of `service`.
     void throwAlways(const std::string& service)
     {
         host.inNext(service, [=] {
@@ -29,7 +29,7 @@ protected:
     {
         host.inNext(service, [] {});
     }
-    /// The live host values, sorted by name.
+    /// Names of the live host values, sorted.
     Notes liveValues() const
     {
         Notes names = host.live();
@@ -39,7 +39,7 @@ protected:
     int thrown = 0;
 };
 
-// The host keeps only the values whose release threw.
+// Only values whose release threw stay alive in the host.
 TEST_F(OwnedTest, AThrowingUnlockServiceCausesNoException)
 {
     const auto asString = [&](const char* bytes, std::uint32_t encoding, auto use) {
@@ -104,7 +104,8 @@ TEST_F(OwnedTest, AThrowingUnlockOfAnUnusableBlockStillRaises)
     host.dropAll();
 }
 
-// While another exception propagates, that one reaches the caller.
+// If a release throws while another exception propagates, the caller receives the exception that propagated
+// first.
 TEST_F(OwnedTest, AThrowingUnlockKeepsThePropagatingException)
 {
     for (double version : {2011.5, 2016.0}) {

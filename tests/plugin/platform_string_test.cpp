@@ -1,5 +1,5 @@
-// Host strings from platform strings. This program replaces two platform functions, to record their arguments
-// and to make them fail.
+// Host strings built from platform strings. This program replaces two platform functions in order to record
+// their arguments and to make the functions fail.
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 #include "tests/support/c_library_spy.h"
@@ -15,7 +15,7 @@ namespace {
 struct Request {
     CFIndex capacity;
     CFStringEncoding encoding;
-    bool isZeroed; ///< the whole buffer, at the call
+    bool isZeroed; ///< whether the whole buffer was zero at the time of the call
 };
 std::vector<Request> requests;
 bool refusesConversion = false;
@@ -66,7 +66,7 @@ protected:
         HostTest::TearDown();
     }
 
-    /// Convert a platform string of these units; `memory` receives its allocations.
+    /// Convert a platform string of these UTF-16 units. `memory` receives the allocations of the conversion.
     REALstringStruct* convert(const std::u16string& units)
     {
         CFStringRef text =
@@ -189,7 +189,7 @@ TEST_F(PlatformStringTest, AreNullAboveTheLargestSize)
 {
     // clang-format off
     const struct { CFIndex units; Notes memory; } facts[] = {
-        {357913941, {"calloc 2147483646"}}, // the largest multiple of six in 31 bits
+        {357913941, {"calloc 2147483646"}}, // largest multiple of 6 that fits 31 bits
         {357913942, {}},
         {0x7FFFFFFF, {}},
     };

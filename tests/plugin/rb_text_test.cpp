@@ -1,5 +1,5 @@
-// The text of a host string as UTF-8 and as Mac Roman: its source on each host version, and that all host
-// values are released.
+// The text of a host string as UTF-8 and as Mac Roman: the source of the text in each host version, and the
+// release of all host values.
 #include "plugin/rb_text.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -21,7 +21,7 @@ const char* nameOf(View view) { return view == View::utf8 ? "UTF-8" : "Mac Roman
 
 class RbTextTest : public HostTest {
 protected:
-    /// Construct a text; returns the calls.
+    /// Construct an rbText. Returns the calls to the host.
     Notes open(REALstringStruct* string)
     {
         host.forget();
@@ -29,7 +29,7 @@ protected:
         return takeCalls();
     }
 
-    /// Get a view; returns the calls.
+    /// Get a view of the text. Returns the calls to the host.
     Notes take(View view)
     {
         host.forget();
@@ -53,7 +53,7 @@ protected:
         EXPECT_EQ(bytes[length], 0);
     }
 
-    /// The empty view has at least four zeros, for four-character codes.
+    /// Expect an empty view with at least four zeros, because a four-character code reads four bytes.
     void expectEmpty(bool flag)
     {
         expectView("");
@@ -341,7 +341,8 @@ TEST_F(RbTextTest, UnknownTextThatIsASCIIIsNotCopied)
     };
     // clang-format on
     for (const auto& fact : facts)
-        for (const char* after : {"", "#"}) // not copied even without a terminator
+        // The plug-in does not copy the text, even if "#" follows the text instead of a terminator.
+        for (const char* after : {"", "#"})
             for (View view : bothViews) {
                 SCOPED_TRACE(testing::Message() << fact.version << ", " << nameOf(view) << ": " << fact.why);
                 if (*after) host.behindText = after;
@@ -464,7 +465,9 @@ TEST_F(RbTextTest, UnknownTextHasALargestLength)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         enter(2016.0);
-        host.claimedLength = fact.length; // the first byte is not ASCII, so no other is read
+        // The first byte is not ASCII, so the plug-in reads no byte after it, whatever length the host
+        // claims.
+        host.claimedLength = fact.length;
         host.failNext("REALBuildString");
         REALstringStruct* string = host.newString("\x8E", encodingUnknown);
         const Notes opening = open(string);

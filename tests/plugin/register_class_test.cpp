@@ -1,5 +1,5 @@
-// Registration of a class, word by word, with definitions made of distinct words and each array present or
-// not.
+// Registration of a class, compared word by word. The class definitions have a different value in each word,
+// and each of their arrays is present or missing.
 #include "plugin/register_class.h"
 #include "tests/plugin/class_states.h"
 #include "tests/plugin/host_fixture.h"
@@ -15,10 +15,10 @@ constexpr std::size_t arrayCount = std::size(arrayFacts);
 constexpr Word recordCount = 2;
 const char className[] = "Made";
 
-/// The state of one array of a definition.
+/// State of one array of a class definition: which of the array's address, count and contents are present.
 enum State { nothing, countAlone, addressAlone, records, stateCount };
 
-/// A definition with distinct words, and its records.
+/// A class definition with a different value in each word, and the contents of its arrays.
 struct MadeClass {
     REALclassDefinition definition;
     std::array<std::vector<Word>, arrayCount> made, original;
@@ -46,7 +46,7 @@ struct MadeClass {
 
 class RegisterClassTest : public HostTest {
 protected:
-    /// Register a class in a layout; returns the words that the host received.
+    /// Register a class in the class-definition layout `layout`. Returns the words that the host received.
     std::vector<Word> registered(MadeClass& made, int layout)
     {
         CurrentREALControlVersion = layout;
@@ -61,7 +61,7 @@ protected:
     }
 };
 
-/// Calls `check` with each combination of states of the six arrays.
+/// Call `check` with each combination of states of the six arrays.
 template <class Check>
 void forEachCombination(Check check)
 {
@@ -99,7 +99,7 @@ TEST_F(RegisterClassTest, Layout9ReceivesCopiesWithoutTheTrailingWords)
         ASSERT_EQ(got.size(), 32u);
         expected[0] = 9;
         expected[3] = 32;
-        expected[16] = expected[17] = 0; // the two words after the interface list
+        expected[16] = expected[17] = 0; // the two unused words after the interfaces
         for (std::size_t a = 0; a < arrayCount; ++a) {
             const ArrayFact& array = arrayFacts[a];
             SCOPED_TRACE(array.name);
@@ -184,7 +184,7 @@ TEST_F(RegisterClassTest, ASecondRegistrationPassesTheSameWords)
     EXPECT_EQ(registered(made, 13), once);
 }
 
-// ---- FixProperties ----
+// ---- the function FixProperties ----
 
 TEST(FixProperties, ReturnsTheFirstTenWordsOfEachRecord)
 {

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A service wrapper and its initial bytes, from before any look-up.
+/// A service wrapper, with its bytes before any look-up.
 struct Cache {
     void* wrapper;
     std::vector<char> fresh;

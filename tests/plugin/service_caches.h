@@ -1,5 +1,5 @@
-// Resets the addresses that the services keep, between tests.
+// Reset of the function addresses that the service wrappers keep, for use between tests.
 #pragma once
 
-/// Make the services and the length method look up their functions again.
+/// Make all service wrappers and the string-length wrapper look up their functions again.
 void forgetServices();

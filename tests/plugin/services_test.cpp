@@ -1,5 +1,5 @@
-// The services, compared with a table: the names in each look-up, when a look-up is repeated, and that a call
-// passes arguments and result unchanged.
+// The service wrappers, compared with a table: the names in each look-up, the repetition of a look-up, and
+// the unchanged passing of arguments and result.
 #include "plugin/services.h"
 #include "tests/plugin/service_caches.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// ---- a host with functions by name ----
+// ---- a host that exports functions by name ----
 
 Names lookedUp;
 std::map<std::string, AnyFunction> known;
@@ -30,18 +30,19 @@ void* resolve(const char* name)
 
 Names takeLookUps() { return std::exchange(lookedUp, {}); }
 
-/// A value of any argument or result type, different for each seed.
+/// A value of the argument or result type `T`, different for each seed.
 template <class T>
 T valueOf(unsigned seed)
 {
-    const std::uintptr_t bits = 0x81234560u + 0x1010u * seed; // the top bit is set, to detect narrowing
+    // The top bit is set, so that a narrowing conversion changes the value.
+    const std::uintptr_t bits = 0x81234560u + 0x1010u * seed;
     if constexpr (std::is_pointer_v<T>)
         return reinterpret_cast<T>(bits);
     else
         return static_cast<T>(bits + seed);
 }
 
-/// A host function of one signature, which records its arguments.
+/// A host function with the given signature, which records its arguments.
 template <class Signature>
 struct Recorder;
 template <class Result, class... Arguments>
@@ -66,15 +67,15 @@ struct Recorder<Result(Arguments...)> {
     }
 };
 
-// ---- the table ----
+// ---- the table of services ----
 
 struct Row {
     const char* wrapper;
     const char* first;
-    const char* second; // null: the service has one name
+    const char* second; // second name; null if the service has one name
     AnyFunction function;
-    std::function<void()> expectNeutral; // a call returns zero without a host function
-    std::function<void()> expectThrough; // a call passes arguments and result
+    std::function<void()> expectNeutral; // check that a call returns 0 without a host function
+    std::function<void()> expectThrough; // check that a call passes arguments and result
 };
 
 template <class Signature, class Wrapper>
@@ -171,7 +172,7 @@ Names allNames(const Row& service)
     return names;
 }
 
-/// Calls `check` with each row, before any look-up, on a host without functions.
+/// Call `check` with each row of the table, before any look-up, in a host without functions.
 template <class Check>
 void forEachService(Check check)
 {
@@ -186,7 +187,7 @@ void forEachService(Check check)
     gResolver = nullptr;
 }
 
-// ---- the rules ----
+// ---- the rules of the look-up ----
 
 TEST(Services, AreLookedUpOnceByTheirFirstName)
 {

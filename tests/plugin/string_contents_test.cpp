@@ -1,4 +1,5 @@
-// The bytes of a host string: from the record of an older host, by the services of a newer one.
+// The bytes of a host string, read from the string's structure in older hosts and through host services in
+// newer hosts.
 #include "plugin/string_contents.h"
 #include "tests/plugin/host_fixture.h"
 
@@ -8,7 +9,8 @@ namespace {
 
 class StringContentsTest : public HostTest {
 protected:
-    /// Read and release the contents of `text`. Returns the calls; keeps address, count and references.
+    /// Read and release the contents of `text`, and store their address, their count and the reference count.
+    /// Returns the calls to the host.
     Notes read(REALstringStruct* text)
     {
         host.forget();
@@ -83,7 +85,8 @@ TEST_F(StringContentsTest, AreIncompleteWithoutAService)
         enter(2016.0);
         withhold(fact.missing);
         REALstringStruct* text = host.newString("abc", encodingUTF8);
-        host.hold(text); // for the host without REALLockString
+        // An additional reference, because the plug-in releases one even in the host without REALLockString.
+        host.hold(text);
 
         EXPECT_EQ(read(text), fact.calls);
         EXPECT_EQ(address, fact.hasBytes ? host.storageOf(text) : nullptr);

@@ -1,4 +1,4 @@
-// The host exception for each type of C++ exception: one row per type.
+// The host exception for each type of C++ exception, one table row per type.
 #include "abi/host_values.h"
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
@@ -56,14 +56,14 @@ struct Row {
     std::optional<std::string> message;
 };
 
-/// A row with a given message.
+/// Row of an exception type whose host exception has the message `message`.
 template <class T>
 Row row(const char* type, T exception, const char* className, const char* message)
 {
     return {type, [exception] { throw exception; }, className, message};
 }
 
-/// A row with the message of what().
+/// Row of an exception type whose host exception has the text of what() as its message.
 template <class T>
 Row ownText(const char* type, T exception, const char* className)
 {
@@ -170,7 +170,7 @@ TEST_F(TranslationTest, ReleasesAllHostValues)
         {2011.5, encodingUTF32, "REALConvertString"},
     };
     // clang-format on
-    const std::string longText(4000, 'a'); // UTF-32 of this size is converted on the heap
+    const std::string longText(4000, 'a'); // text so long that UTF-32 is converted on the heap
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.service << " on host " << fact.version);
         enter(fact.version);
