@@ -81,8 +81,8 @@ struct REALclassDefinition9 {
     Word dataOffset; ///< offset of the class data in an object, which the host writes at registration
     AnyFunction constructor;
     AnyFunction destructor;
-    /// Array of REALproperty, or of REALproperty9 in layout 9. The elements of
-    /// the other arrays (REALmethod9, …) change in the same way.
+    /// Array of REALproperty, or of REALproperty9 in layout 9. The elements of the other arrays (REALmethod9,
+    /// …) change in the same way.
     void* properties;
     Word propertyCount;
     void* methods;

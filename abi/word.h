@@ -10,7 +10,7 @@ using Word = std::uintptr_t;
 /// Type of the host's Integer, as wide as a pointer: 32 bits in the product.
 using HostInteger = std::intptr_t;
 
-/// Address of a function whose type follows from the declaration of the class member.
+/// Address of a function whose type follows from a declaration, such as the declaration of a class member.
 using AnyFunction = void (*)();
 
 /// Type of the host's Boolean: 8 bits; any value other than 0 is true.

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// Whether all bytes are ASCII (top bit clear); true if `count` is 0. Reads no byte after the first
-/// byte that is not ASCII.
+/// Whether all bytes are ASCII (top bit clear); true if `count` is 0. Reads no byte after the first byte that
+/// is not ASCII.
 inline bool isASCII(const void* bytes, std::int64_t count)
 {
     for (std::int64_t i = 0; i < count; ++i)

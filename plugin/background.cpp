@@ -23,9 +23,9 @@ constexpr Duration waitMilliseconds = 1;
 struct RunThreadState {
     pthread_t thread;       ///< worker thread; unused if the work runs on the system's dispatch queue
     pthread_mutex_t* mutex; ///< mutex that guards `done`; null if creating the mutex failed
-    std::uint8_t running;   ///< 1 after a worker was requested; never read
-    std::uint8_t done;      ///< 1 after `work` has returned
-    std::uint8_t isQueued;  ///< 1 if the work runs on the system's dispatch queue; never read
+    std::uint8_t running;   ///< flag that is 1 after a worker was requested; never read
+    std::uint8_t done;      ///< flag that is 1 after `work` has returned
+    std::uint8_t isQueued;  ///< flag that is 1 if the work runs on the system's dispatch queue; never read
     const void* data;
     void (*work)(const void*);
     void (*idle)(const void*);
@@ -49,7 +49,7 @@ void deleteMutex(RunThreadState& state)
     state.mutex = nullptr;
 }
 
-// `done` is also atomic because there is no mutex if its creation failed.
+// In addition to the mutex, `done` itself is atomic because the mutex is missing if its creation failed.
 bool isDone(const RunThreadState& state)
 {
     const MutexLock lock(state.mutex);
@@ -133,7 +133,7 @@ void runOnThread(const RunThreadState& request)
     state.running = 1;
     waitForWorker(state);
     pthread_join(state.thread, nullptr);
-    pthread_detach(state.thread); // on some systems, join frees the thread only together with detach
+    pthread_detach(state.thread); // join alone does not free the thread on some systems
     state.thread = pthread_t();
     state.running = 0;
 }

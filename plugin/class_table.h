@@ -83,9 +83,9 @@ REALproperty field(const char* name, HostType<T> type, std::size_t offset)
 /// Row of a property with functions. Arguments: name, type, getter, and a setter or `readOnly`.
 #define KVX_PROPERTY(name, type, ... /* getter, setter */) table::property<__VA_ARGS__>("", name, type)
 
-/// Row of a property whose value the host reads from a field of the class data (a type
-/// `Data` in scope). Arguments: name, type, field, and `readOnly`, `readWrite` or a setter. A setter receives
-/// the field's offset as `parameter`.
+/// Row of a property whose value the host reads from a field of the class data (type `Data`, in scope).
+/// Arguments: name, type, field, and `readOnly`, `readWrite` or a setter. A setter receives the field's
+/// offset as `parameter`.
 #define KVX_FIELD(name, type, member, setter)                                                                \
     table::field<decltype(Data::member), setter>(name, type, offsetof(Data, member))
 
@@ -94,8 +94,8 @@ REALproperty field(const char* name, HostType<T> type, std::size_t offset)
 
 // ---- methods ----
 
-/// Row of a method without an object (shared method). The separate type keeps the row out of the
-/// array of methods with an object.
+/// Row of a method without an object (shared method). The separate type keeps the row out of the array of
+/// methods with an object.
 struct SharedMethod {
     explicit SharedMethod(const REALmethod& method) : row(method) {}
     REALmethod row;

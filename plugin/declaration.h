@@ -12,8 +12,8 @@
 
 namespace table {
 
-/// How a method declaration passes a parameter of C++ type `T`: an `ArrayOf<T>*` as an array, a pointer to a
-/// number as a ByRef number, any other type as a value.
+/// How a method declaration passes a parameter or result of C++ type `T`: an `ArrayOf<T>*` as an array, a
+/// pointer to a number as a ByRef number, any other type as a value.
 template <class T, class = void>
 struct Passing {
     using Type = T;

@@ -16,7 +16,7 @@ struct {
     double hostVersion;
     int layout;
 } const layouts[] = {
-    // newest class-definition layout that each host version reads; newest version first
+    // newest class-definition layout that hosts from each version on read; newest version first
     {2013.04, 13},
     {2013.03, 12},
     {2013.0, 11},

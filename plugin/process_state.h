@@ -19,5 +19,5 @@ constexpr double hostWithStringEncodings = 2012.0;
 constexpr double hostWithUTF32 = 2013.0;
 /// First host version in which the plug-in must not read UTF-8 text from the string's structure.
 constexpr double hostWithMovingBuffers = 2015.03;
-/// First host version that allows access to strings and arrays through services only.
+/// First host version that allows access to strings and arrays through host services only.
 constexpr double hostWithOpaqueRecords = 2016.0;

@@ -5,7 +5,7 @@
 #include "plugin/owned.h"
 #include "plugin/zeroed.h"
 
-/// Holder of one host string that returns views of the string's text in other encodings.
+/// An rbText holds one host string and returns views of the string's text in other encodings.
 /// Owner   a view stays valid for the life of the rbText object. The view points to the host's memory, a
 ///         private copy or a shared empty text.
 /// Errors  the view of a text that cannot be converted is empty.

@@ -170,10 +170,10 @@ TEST_F(AudioObjectMembers, LocksAreBalancedAfterAnyException)
     const struct {
         const char* step;
         Member member;
-        const char*
-            platformFunction; ///< platform function that throws; "" if the function named by `service` throws
+        /// Platform function that throws; "" if the host service below throws.
+        const char* platformFunction;
         const char* service;
-        int calls; ///< number of calls of that service before the call that throws
+        int calls; ///< number of calls of the host service before the call that throws
         HostInteger lasterror;
     } rows[] = {
         {"getting the size", getting, "AudioObjectGetPropertyDataSize", "", 0, -1},
