@@ -15,18 +15,19 @@
 
 namespace auplayer {
 
-/// A file in memory.
-/// Owner   the object, which frees this record and the samples; both come from calloc.
+/// A decoded file in memory.
+/// Owner   the player object frees this record and the samples, which were allocated with calloc.
 struct LoadedAudio {
     UInt32 frameCount;
-    AudioStreamBasicDescription format; ///< a copy of the client format
-    float* samples;                     ///< interleaved; null: none
-    UInt32 byteSize;                    ///< of the samples
+    AudioStreamBasicDescription format; ///< copy of the client format, which is the format of the samples
+    float* samples;                     ///< interleaved samples; null if there are none
+    UInt32 byteSize;                    ///< size of the samples, in bytes
 };
 
+/// The rate unit that is not bypassed. Zero means the time-pitch unit.
 enum class RateUnit : HostInteger { byDefault = 0, timePitch = 1, varispeed = 2 };
 
-/// The default, like any unknown number, is the HAL output unit.
+/// Kind of the graph's output unit. Zero and unknown numbers mean the HAL output unit.
 enum class OutputUnit : HostInteger {
     byDefault = 0,
     generic = 1,
@@ -35,57 +36,59 @@ enum class OutputUnit : HostInteger {
     systemDevice = 4
 };
 
-constexpr double unset = -1; ///< the value of a loop point that is not set
+constexpr double unset = -1; ///< value of a loop point that is not set
 
-/// Units   host programs use seconds; this record counts frames of the file.
+/// Units   this record counts frames of the file; the interface for host programs uses seconds.
 ///
-/// Nothing is locked. Fields that two threads use are accessed through plugin/shared_word.h. A position that
-/// [main] writes during a slice may be overwritten by that slice. A load fills the record on [main], or on
-/// [worker] while [main] runs the host's other code.
+/// No lock protects the record. Fields that two threads use are accessed through plugin/shared_word.h. If
+/// [main] writes a position while [audio] renders a slice, the end of that slice may overwrite the position.
+/// A load fills the record on [main], or on [worker] while [main] runs other code of the host program.
 struct AUPlayerData {
-    alignas(8) double sampleRate;  ///< Hz, of the file
-    alignas(8) double trackLength; ///< seconds, estimated by the platform
-    alignas(8) double loopIn;      ///< frames, or `unset`; written by [main], read by [audio]
-    alignas(8) double loopOut;     ///< likewise
-    HostInteger timePitchUnit;     ///< a RateUnit
-    HostInteger outputUnit;        ///< an OutputUnit, used by the next load; written by the host program
-    REALobjectStruct* tag;         ///< a variant, written by the host program
-    HostBoolean dataIsInterleaved; ///< of the samples in memory, like the other data… fields
-    REALfolderItemStruct* file;    ///< holds a reference
+    alignas(8) double sampleRate;  ///< sample rate of the file, in Hz
+    alignas(8) double trackLength; ///< duration of the file in seconds, estimated by the platform
+    alignas(8) double loopIn;      ///< loop start in frames, or `unset`; written by [main], read by [audio]
+    alignas(8) double loopOut;     ///< loop end in frames, or `unset`; written by [main], read by [audio]
+    HostInteger timePitchUnit;     ///< active rate unit, a number of RateUnit
+    /// Output unit of the next load, a number of OutputUnit; set by host programs.
+    HostInteger outputUnit;
+    REALobjectStruct* tag; ///< variant for the host program's own use
+    /// Whether the samples are interleaved. All data… fields describe the samples in memory.
+    HostBoolean dataIsInterleaved;
+    REALfolderItemStruct* file; ///< loaded folder item; the record holds a reference
     HostBoolean dataIsFloat;
-    HostInteger
-        lasterror; ///< status of the last platform call; -1 before the first; writable by host programs
+    /// Status of the last platform call; -1 before the first call. Host programs may write the field, too.
+    HostInteger lasterror;
     HostBoolean dataIsNativeEndian;
-    REALstringStruct* clientFormatString; ///< the host releases it
+    REALstringStruct* clientFormatString; ///< text of clientFormat; the host releases the string
     HostBoolean dataIsSignedInteger;
-    REALstringStruct* outputFormatString; ///< the host releases it
+    REALstringStruct* outputFormatString; ///< text of outputFormat; the host releases the string
     HostBoolean dataIsPCM;
     HostInteger dataNumberInterleavedChannels;
     HostInteger dataNumberChannelStreams;
     HostInteger dataNumberChannels;
     HostInteger dataSampleWordSize;
-    HostInteger maximumFramesPerSlice; ///< used by the next load; written by the host program
-    AUGraph graph;                     ///< owns the units
+    HostInteger maximumFramesPerSlice; ///< slice limit for the next load; written by the host program
+    AUGraph graph;                     ///< graph, which owns the units
     AudioUnit converter;
     AudioUnit output;
     AudioUnit timePitch;
     AudioUnit varispeed;
     AudioUnit mixer;
     AudioUnit equalizer;
-    CAStreamBasicDescription* clientFormat; ///< owned: the format of the samples in memory
-    CAStreamBasicDescription* outputFormat; ///< owned: the format between the units
+    CAStreamBasicDescription* clientFormat; ///< format of the samples in memory; owned by the record
+    CAStreamBasicDescription* outputFormat; ///< format of the streams between the units; owned by the record
     AUNode outputNode;
     AUNode timePitchNode;
     AUNode varispeedNode;
     AUNode equalizerNode;
     AUNode mixerNode;
     AUNode converterNode;
-    UInt32 position;         ///< the next frame to render; written by [main] and [audio]
-    UInt32 endFrame;         ///< the number of frames that were read
-    UInt32 lastRenderOffset; ///< the first sample of the last slice [audio]
+    UInt32 position;         ///< next frame to render; written by [main] and [audio]
+    UInt32 endFrame;         ///< number of frames that the load has read
+    UInt32 lastRenderOffset; ///< index of the last slice's first sample [audio]
     LoadedAudio* loadedAudio;
-    HostBoolean isLooping;               ///< written by [main], read by [audio]
-    alignas(4) HostBoolean isFileLoaded; ///< a load has begun; never cleared
+    HostBoolean isLooping;               ///< whether the loop is active; written by [main], read by [audio]
+    alignas(4) HostBoolean isFileLoaded; ///< whether a load has begun; never cleared
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(AUPlayerData) == 184, "the size declared to the host");
@@ -97,11 +100,11 @@ static_assert(offsetof(AUPlayerData, sampleRate) % 8 == 0 && offsetof(AUPlayerDa
 /// [main]
 AUPlayerData& dataOf(REALobjectStruct* object);
 
-/// Return the class data with `Lasterror` set to -1, as most members begin.
+/// Set `Lasterror` to -1 and return the class data. Most properties and methods call this function first.
 /// [main]
 AUPlayerData& beginCall(REALobjectStruct* object);
 
-/// Store a platform status in `Lasterror`. Returns whether it is success.
+/// Store a platform status in `Lasterror`. Returns whether the status means success.
 /// [main | worker]
 inline bool keepStatus(AUPlayerData& player, OSStatus status)
 {
@@ -109,7 +112,8 @@ inline bool keepStatus(AUPlayerData& player, OSStatus status)
     return status == noErr;
 }
 
-/// Return the frames per second of this file: frames read over the estimated duration, not the sample rate.
+/// Return the number of frames that the load has read, divided by the file's estimated duration. The result
+/// may differ from the sample rate.
 /// [main]
 inline double framesPerSecond(const AUPlayerData& player)
 {

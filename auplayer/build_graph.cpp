@@ -9,16 +9,16 @@ namespace auplayer {
 
 namespace {
 
-// The oldest headers lack this code.
+// Subtype of the newer time-pitch unit. The oldest supported headers lack this constant.
 constexpr OSType newTimePitchSubType = 'nutp';
 
-constexpr UInt32 thirtyOneBands = 1;             // an index of the equaliser's sets of bands
-constexpr HostInteger smallestSliceLimit = 1157; // units take 1156 frames by default
+constexpr UInt32 thirtyOneBands = 1;             // parameter value that selects 31 bands in the equaliser
+constexpr HostInteger smallestSliceLimit = 1157; // units accept slices of 1156 frames by default
 constexpr UInt32 bestQuality = 127;
 
-/// The units, in the order in which they become nodes.
+/// The units, in the order in which their nodes are added to the graph.
 enum UnitIndex { output, varispeed, timePitch, equalizer, mixer, converter, unitCount };
-using Nodes = AUNode[unitCount]; ///< by UnitIndex
+using Nodes = AUNode[unitCount]; ///< one node per unit, indexed by UnitIndex
 
 template <OSType subType>
 OSType always(const AUPlayerData&)
@@ -47,7 +47,7 @@ OSType timePitchSubType(const AUPlayerData&)
     return CGPathCreateCopyByTransformingPath ? newTimePitchSubType : OSType{kAudioUnitSubType_TimePitch};
 }
 
-/// One unit of the graph: its fields in the record, and its component.
+/// One unit of the graph: the record's fields for the node and the unit, and the component type and subtype.
 struct Unit {
     AUNode AUPlayerData::*node;
     AudioUnit AUPlayerData::*unit;
@@ -56,7 +56,7 @@ struct Unit {
 };
 
 // clang-format off
-constexpr Unit units[] = { // by UnitIndex
+constexpr Unit units[] = { // indexed by UnitIndex
     // node                         unit                      type                             subtype
     {&AUPlayerData::outputNode,    &AUPlayerData::output,    kAudioUnitType_Output,          outputSubType},
     {&AUPlayerData::varispeedNode, &AUPlayerData::varispeed, kAudioUnitType_FormatConverter, always<kAudioUnitSubType_Varispeed>},
@@ -68,7 +68,7 @@ constexpr Unit units[] = { // by UnitIndex
 // clang-format on
 static_assert(std::size(units) == unitCount);
 
-// Read at each use: host programs may write graph and unit handles, even during a load.
+// The handles are read from the record at each use, because host programs may write them, even during a load.
 AUGraph graphOf(const AUPlayerData& player) { return loadRelaxed(player.graph); }
 AudioUnit unitOf(const AUPlayerData& player, UnitIndex index)
 {
@@ -89,7 +89,7 @@ bool setFormat(AUPlayerData& player, UnitIndex unit, AudioUnitScope scope,
                                                    scope, 0, format, sizeof *format));
 }
 
-// A call that fails may leave an invalid graph: it is not stored.
+// A failed call may return an invalid graph, so the graph is stored only after success.
 bool makeGraph(AUPlayerData& player)
 {
     AUGraph graph = nullptr;
@@ -141,7 +141,7 @@ bool setMixer(AUPlayerData& player)
            set(player, mixer, kAudioUnitProperty_MeteringMode, kAudioUnitScope_Input, 1);
 }
 
-/// Bypass the rate unit that is not chosen; neither for an unknown choice.
+/// Bypass the rate unit that timePitchUnit does not choose. For an unknown number, bypass neither rate unit.
 bool bypassOtherRateUnit(AUPlayerData& player)
 {
     const auto bypass = [&player](UnitIndex unit) {
@@ -173,7 +173,8 @@ bool setFormats(AUPlayerData& player)
     return true;
 }
 
-/// Raise the units' limit of frames per slice. A unit that refuses keeps its own limit and pulls more often.
+/// Raise the units' limit of frames per slice. A unit that refuses the new limit keeps its own limit and
+/// pulls smaller slices more often.
 void setSliceLimit(AUPlayerData& player)
 {
     const HostInteger requested = loadRelaxed(player.maximumFramesPerSlice);

@@ -5,9 +5,9 @@
 
 namespace auplayer {
 
-/// Make the graph, its six units and their settings, and initialise it; it is not started.
-/// Returns false at the first platform call that fails, whose status is in `Lasterror`. The parts made before
-///         stay in the record until the object is destroyed.
+/// Make the graph with its six units, set up the units, and initialise the graph without starting it.
+/// Returns false at the first platform call that fails, with the status of that call in `Lasterror`. Graph
+///         and units made before the failure stay in the record until the object is destroyed.
 /// [main | worker]
 bool buildGraph(AUPlayerData& player);
 

@@ -10,19 +10,19 @@ namespace auplayer {
 
 namespace {
 
-constexpr HostInteger integerElements = 0; // the host's code for an array of Integer
+constexpr HostInteger integerElements = 0; // host's type code for an array of Integer
 constexpr SInt32 unmapped = -1;
 
-/// The output unit's channel map.
+/// A copy of the output unit's channel map.
 struct Map {
-    UInt32 size = 0; ///< bytes; only whole entries count
+    UInt32 size = 0; ///< size of the map in bytes; an incomplete last entry is ignored
     Zeroed<char> bytes;
 
     SInt32* entries() const { return reinterpret_cast<SInt32*>(bytes.get()); }
     UInt32 count() const { return size / sizeof(SInt32); }
 };
 
-/// Read the output unit's map. Returns false for an empty map and on any failure.
+/// Read the output unit's channel map. Returns false for an empty map and on any failure.
 bool readMap(AUPlayerData& player, Map& map)
 {
     const bool isKnown = keepStatus(
@@ -57,7 +57,8 @@ ArrayOf<HostInteger>* ChannelMap(REALobjectStruct* object)
     if (!readMap(beginCall(object), map)) return nullptr;
     REALarrayStruct* const array = REALCreateArray(integerElements, -1);
     if (!array) return nullptr;
-    // No service releases an array: after an exception the host gets the incomplete one.
+    // The host exports no function that releases an array, so after an exception the host gets an incomplete
+    // array.
     catchAll([&] { append(map, array); });
     return static_cast<ArrayOf<HostInteger>*>(array);
 }
@@ -71,7 +72,7 @@ void setChannelMap(REALobjectStruct* object, ArrayOf<HostInteger>* values)
 
     const std::int64_t given = values ? arrayCount(values) : 0;
     for (UInt32 i = 0; i < std::min<std::int64_t>(given, map.count()); ++i) {
-        HostInteger value = 0; // for an element that the host removes during this call
+        HostInteger value = 0; // value used if the host program removes the element during this call
         readArrayElement(values, static_cast<HostInteger>(i), value);
         map.entries()[i] = static_cast<SInt32>(value);
     }

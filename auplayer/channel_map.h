@@ -1,4 +1,4 @@
-// The output unit's channel map.
+// The methods that read and set the output unit's channel map.
 // All functions: [main].
 #pragma once
 
@@ -8,12 +8,14 @@
 namespace auplayer {
 
 /// Return the channel map as a new array.
-/// Shape   one entry per device channel: the source channel, or -1.
-/// Errors  nil, with the platform's status in `Lasterror`; missing memory raises "OutOfMemoryException".
+/// Shape   one entry per device channel: the number of its source channel, or -1 for no source.
+/// Errors  a failed platform call returns nil, with the status in `Lasterror`; missing memory returns nil and
+///         raises "OutOfMemoryException".
 ArrayOf<HostInteger>* ChannelMap(REALobjectStruct* object);
 
-/// Set the channel map. Missing entries become -1; extra values are dropped.
-/// Errors  as ChannelMap; the map stays unchanged.
+/// Set the channel map. Entries without a value become -1; extra values are dropped.
+/// Errors  a failed platform call leaves the map unchanged and sets `Lasterror` to its status; missing memory
+///         raises "OutOfMemoryException".
 void setChannelMap(REALobjectStruct* object, ArrayOf<HostInteger>* values);
 
 } // namespace auplayer

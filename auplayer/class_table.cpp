@@ -1,4 +1,4 @@
-// AUPlayerKVX as the host sees it.
+// The class table of AUPlayerKVX.
 #include "auplayer/au_player.h"
 
 #include "auplayer/channel_map.h"
@@ -19,7 +19,7 @@ namespace {
 using namespace table;
 using Data = AUPlayerData;
 
-// Handles are Integers in the host's interface.
+// The properties publish the handles of units and graph as Integers.
 static_assert(sizeof(AudioUnit) == sizeof(HostInteger) && sizeof(AUGraph) == sizeof(HostInteger));
 constexpr HostType<AudioUnit> asUnit{asInteger.name};
 constexpr HostType<AUGraph> asGraph{asInteger.name};

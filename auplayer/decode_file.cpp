@@ -13,19 +13,20 @@ namespace {
 
 using OwnedFile = std::unique_ptr<std::remove_pointer_t<ExtAudioFileRef>, Releases<ExtAudioFileDispose>>;
 
-/// A file that is being decoded.
+/// The state while a file is being decoded.
 struct Decoding {
     LoadRequest& request;
     AUPlayerData& player;
-    Zeroed<float> samples; ///< until they have been read
-    OwnedFile file;        ///< after the samples: it is closed before they are freed
+    Zeroed<float> samples; ///< samples, owned here until they have been read
+    /// Declared after `samples`, so that the file is closed before the samples are freed.
+    OwnedFile file;
     AudioStreamBasicDescription fileFormat;
-    UInt64 frames; ///< of the file, at its own rate
+    UInt64 frames; ///< number of frames in the file, at the file's own sample rate
 
     bool succeeded(OSStatus status) const { return keepStatus(player, status); }
 };
 
-/// 32-bit float with `bytesPerFrame` in each buffer.
+/// Return a format of 32-bit float samples with `bytesPerFrame` bytes per frame in each buffer.
 AudioStreamBasicDescription floatFormat(double sampleRate, UInt32 flags, UInt32 channels,
                                         UInt32 bytesPerFrame)
 {
@@ -82,7 +83,8 @@ bool setClientFormat(const Decoding& decoding)
         decoding.file.get(), kExtAudioFileProperty_ClientDataFormat, sizeof *format, format));
 }
 
-/// Allocate memory for the samples; none for a file without frames or channels.
+/// Allocate memory for the samples. A file without frames or channels needs no memory. Returns false if
+/// memory is missing.
 bool allocateSamples(Decoding& decoding)
 {
     LoadedAudio& audio = *decoding.player.loadedAudio;
@@ -119,7 +121,8 @@ void describeData(const Decoding& decoding)
     decoding.request.hasFormats = true;
 }
 
-/// Read all samples at once, then publish them. The read's status is not kept: `Lasterror` stays at success.
+/// Read all samples in one call, then store their address in the record. A failed read returns false, but
+/// intentionally does not store its status, so `Lasterror` stays 0.
 bool readSamples(Decoding& decoding)
 {
     AUPlayerData& player = decoding.player;
@@ -138,7 +141,8 @@ bool readSamples(Decoding& decoding)
     return true;
 }
 
-/// Read the estimated duration. The file owns this handle, but the handle is closed here, on purpose.
+/// Read the file's estimated duration. The inner audio file belongs to the extended audio file, but is
+/// intentionally closed here.
 bool readDuration(const Decoding& decoding)
 {
     AudioFileID handle = nullptr;

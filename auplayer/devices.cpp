@@ -22,7 +22,8 @@ AudioObjectPropertyAddress global(AudioObjectPropertySelector selector)
     return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMaster};
 }
 
-/// Find the selector and the size (bytes) of the device list. Most systems know only the second selector.
+/// Find out which selector the system uses for the device list, and the size of the list in bytes. Most
+/// systems know only the second of the two selectors.
 OSStatus findDeviceList(AudioObjectPropertyAddress& address, UInt32& size)
 {
     OSStatus status = noErr;
@@ -41,7 +42,8 @@ bool hasOutput(AudioDeviceID device)
            noErr;
 }
 
-/// Make a host string of a device's name; it may be null. Returns false if the platform has no name.
+/// Make a host string from a device's name; `text` is null if the host makes no string. Returns false if the
+/// platform returns no name.
 bool readName(AudioDeviceID device, OwnedString& text)
 {
     char name[deviceNameBytes] = {};
@@ -110,7 +112,8 @@ REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger)
     if (!dictionary) return nullptr;
     const auto* const devices = reinterpret_cast<const AudioDeviceID*>(memory.get());
     for (UInt32 i = 0; i < std::min(size, capacity) / sizeof(AudioDeviceID); ++i) {
-        OwnedString name; // released last; key first, then value
+        // The order of declaration makes the key be released first, then the value, then the name.
+        OwnedString name;
         OwnedObject value, key;
         if (!hasOutput(devices[i]) || !readName(devices[i], name)) continue;
         key.reset(REALNewVariantInteger(static_cast<HostInteger>(devices[i])));

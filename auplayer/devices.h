@@ -6,15 +6,18 @@
 
 namespace auplayer {
 
-/// The output unit's device. Before a load the getter returns 0, and `Lasterror` has the platform's status.
+/// The identifier of the output unit's device. Before a load the getter returns 0 and sets `Lasterror` to the
+/// status of the refused platform call.
 std::uint32_t getCurrentDeviceID(REALobjectStruct* object, HostInteger);
 void setCurrentDeviceID(REALobjectStruct* object, HostInteger, std::uint32_t device);
 
-/// Return the system's default output device; 0 if there is none.
+/// Return the identifier of the system's default output device, or 0 if there is none.
 std::uint32_t getDefaultDeviceID(REALobjectStruct* object, HostInteger);
 
-/// Return a new host Dictionary from identifiers to names: all devices with output and a readable name.
-/// Errors  nil if the platform refuses; nil and "OutOfMemoryException" without devices or memory.
+/// Return a new host Dictionary of all devices that have an output and a readable name. The keys are the
+/// device identifiers, and the values are the device names.
+/// Errors  a refused platform call returns nil; an empty device list or missing memory returns nil and raises
+///         "OutOfMemoryException".
 REALobjectStruct* getOuputDevices(REALobjectStruct* object, HostInteger);
 
 } // namespace auplayer

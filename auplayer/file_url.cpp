@@ -10,7 +10,8 @@ namespace auplayer {
 
 namespace {
 
-/// The URL of the item itself, or, if `name` is not null, of its folder; the item's name is stored in `name`.
+/// Return the URL of the item itself if `name` is null. Otherwise return the URL of the item's folder and
+/// store the item's name in `name`.
 OwnedCF<CFURLRef> hostReference(REALfolderItemStruct* file, HFSUniStr255* name)
 {
     FSRef reference = {};

@@ -1,4 +1,4 @@
-// From a host's folder item to the platform's URL.
+// Converts a host's folder item to a URL of the platform.
 #pragma once
 
 #include "abi/host_values.h"
@@ -6,9 +6,9 @@
 
 namespace auplayer {
 
-/// Return the URL of a folder item. An item that does not exist yet gets its folder's URL plus its name, in
-/// decomposed form as the file system stores names.
-/// Errors  null if the host gives no reference, or the platform no URL.
+/// Return the URL of a folder item. The URL of an item that does not exist consists of the folder's URL and
+/// the item's name, in the decomposed Unicode form in which the file system stores names.
+/// Errors  null if the host returns no reference to the item or its folder, or if the platform makes no URL.
 /// [main]
 OwnedCF<CFURLRef> urlOf(REALfolderItemStruct* file);
 

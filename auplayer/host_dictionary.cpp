@@ -6,8 +6,8 @@ namespace auplayer {
 
 namespace {
 
-// The methods of the last used dictionary, cached for all objects. The host expects the two getters to be
-// looked up as well; nothing calls them.
+// The methods of the dictionary that was used last, cached for all player objects. The host expects the
+// plug-in to look up the two getters, too, although the plug-in never calls them.
 REALobjectStruct* LastDictionary;
 void (*LastDictionarySetter)(REALobjectStruct*, REALobjectStruct* key, REALobjectStruct* value);
 REALobjectStruct* (*LastDictionaryGetter)(REALobjectStruct*, REALobjectStruct* key);

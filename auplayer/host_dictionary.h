@@ -1,4 +1,4 @@
-// Writing into a host Dictionary.
+// Stores values in a host Dictionary.
 // All functions: [main].
 #pragma once
 
@@ -6,10 +6,11 @@
 
 namespace auplayer {
 
-/// Store the variant `value` under the variant `key`; nothing happens if the dictionary lacks the method.
+/// Store the variant `value` under the variant `key`. If the dictionary has no method for this, nothing
+/// happens.
 void storeInDictionary(REALobjectStruct* dictionary, REALobjectStruct* key, REALobjectStruct* value);
 
-/// Drop the cached methods, before another dictionary can be created at the same address.
+/// Drop the cached methods. Call this function before another dictionary can be created at the same address.
 void forgetDictionary();
 
 } // namespace auplayer

@@ -11,7 +11,7 @@ namespace auplayer {
 
 namespace {
 
-/// Clear `field` and return its former value.
+/// Set `field` to null and return its former value.
 template <class Pointer>
 Pointer take(Pointer& field)
 {

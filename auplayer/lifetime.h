@@ -1,4 +1,4 @@
-// Construction and destruction of an object.
+// Construction and destruction of a player object.
 // All functions: [main].
 #pragma once
 
@@ -6,10 +6,12 @@
 
 namespace auplayer {
 
-/// Fill the record, which the host has zeroed. Without memory for its parts every load fails.
+/// Initialise the class data, which the host has zeroed. If memory for loadedAudio or a format is missing,
+/// every later load fails.
 void AUPlayerConstructor(REALobjectStruct* object);
 
-/// Release everything; the graph first, which stops playing. The texts of the formats stay the host's.
+/// Release the graph, which stops playing, and then everything else that the class data owns. The host
+/// releases the two format strings.
 void AUPlayerDestructor(REALobjectStruct* object);
 
 } // namespace auplayer

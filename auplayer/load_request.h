@@ -7,15 +7,16 @@
 
 namespace auplayer {
 
-/// Owner   the caller keeps the record, on its stack, and the URL until the load has returned.
+/// Owner   the caller keeps this record on its stack, and keeps the URL, until the load has returned.
 struct LoadRequest {
-    std::int32_t inputChannels;  ///< of the samples in memory
-    std::int32_t outputChannels; ///< between the units
+    std::int32_t inputChannels;  ///< number of channels of the samples in memory
+    std::int32_t outputChannels; ///< number of channels of the streams between the units
     AUPlayerData* player;
-    std::uint8_t isOutOfMemory; ///< a result, like the next byte and hasFormats
-    std::uint8_t result;
-    std::uint8_t isThreaded;
-    std::uint8_t hasFormats; ///< both formats are set: the caller makes their texts
+    std::uint8_t isOutOfMemory; ///< result: whether memory was missing
+    std::uint8_t result;        ///< result: whether the load succeeded
+    std::uint8_t isThreaded;    ///< whether the load runs on a background thread
+    /// Result: whether both formats are set, so that the caller makes their texts.
+    std::uint8_t hasFormats;
     CFURLRef url;
 };
 

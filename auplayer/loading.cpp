@@ -24,7 +24,8 @@ REALstringStruct* textOf(const CAStreamBasicDescription& format)
     return REALBuildUnicodeString(text, static_cast<long long>(std::strlen(text)), encodingUTF8);
 }
 
-/// Run the load on its thread. The texts of the formats follow here: the host builds strings on [main] only.
+/// Run the load on the requested thread. The texts of the formats are made afterwards in this function,
+/// because the host builds strings only on [main].
 void run(LoadRequest& request)
 {
     if (request.isThreaded)
@@ -47,8 +48,11 @@ HostBoolean LoadFileIntern(REALobjectStruct* object, REALfolderItemStruct* file,
         return false;
     }
     AUPlayerData& player = beginCall(object);
-    REALLockObject(asObject(file)); // before the store: if it throws, there is no reference to release
-    player.file = file; // also by a refused second load, which leaks the first reference by design
+    // The lock comes before the store: if locking throws, the record holds no reference that must be
+    // released.
+    REALLockObject(asObject(file));
+    // A refused second load intentionally replaces `file`, too, and leaks the reference to the first item.
+    player.file = file;
     if (player.isFileLoaded) {
         RaiseException("UnsupportedOperationException", "This class can only load one file.");
         return false;
@@ -79,7 +83,7 @@ void LoadFileInternal(const void* work)
     LoadRequest& request = *static_cast<LoadRequest*>(const_cast<void*>(work));
     const AUPlayerData& player = *request.player;
     if (!player.loadedAudio || !player.clientFormat || !player.outputFormat) {
-        request.isOutOfMemory = true; // the constructor had no memory
+        request.isOutOfMemory = true; // the constructor could not allocate these parts
         return;
     }
     request.result = catchAll([&request] { return decodeFile(request) && buildGraph(*request.player); });

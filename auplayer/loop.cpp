@@ -6,7 +6,7 @@ namespace auplayer {
 
 namespace {
 
-/// The frame at a time. Rounding the rate to single precision is intended.
+/// Return the frame at a time. The frames per second are intentionally rounded to single precision.
 UInt32 loopFrameAt(const AUPlayerData& player, double seconds)
 {
     return frameAt(static_cast<double>(static_cast<float>(framesPerSecond(player))) * seconds);

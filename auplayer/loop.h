@@ -5,20 +5,22 @@
 
 namespace auplayer {
 
-/// The loop points, in seconds; 0 if unset. Setting a start after the end moves the end to the start; an end
-/// before the start becomes the start. Times are not clamped.
+/// The loop points in seconds; the getters return 0 for an unset loop point. If a new LoopIn is later than
+/// LoopOut, LoopOut moves to LoopIn. If a new LoopOut is earlier than LoopIn, LoopOut becomes LoopIn. Times
+/// are not clamped.
 /// [main]
 double getLoopIn(REALobjectStruct* object, HostInteger);
 void setLoopIn(REALobjectStruct* object, HostInteger, double seconds);
 double getLoopOut(REALobjectStruct* object, HostInteger);
 void setLoopOut(REALobjectStruct* object, HostInteger, double seconds);
 
-/// Whether the loop is active. It cannot be switched on before both points are set.
+/// Whether the loop is active. The loop cannot be activated before both loop points are set.
 /// [main]
 HostBoolean getLooping(REALobjectStruct* object, HostInteger);
 void setLooping(REALobjectStruct* object, HostInteger, HostBoolean value);
 
-/// Return the position (frames) of the next slice, after a slice that ended at `position`.
+/// Return the first frame of the next slice, after a slice that ended at frame `position`: the loop's start
+/// if that frame is outside the loop, otherwise `position`.
 /// [audio & running]
 UInt32 loopedPosition(const AUPlayerData& player, UInt32 position);
 

@@ -17,11 +17,13 @@ void silence(AudioBufferList& list)
         if (list.mBuffers[i].mData) std::memset(list.mBuffers[i].mData, 0, list.mBuffers[i].mDataByteSize);
 }
 
-/// Fill the slice that begins at frame `position`. Byte offsets have 64 bits, so they cannot wrap.
+/// Fill the buffers with the slice that begins at frame `position`. Byte offsets are computed in 64 bits, so
+/// that they cannot wrap.
 void fill(const LoadedAudio& audio, UInt32 position, UInt32 frames, AudioBufferList& list)
 {
     const UInt64 bytesPerFrame = audio.format.mBytesPerFrame;
-    const bool hasFrames = audio.samples && position < audio.frameCount; // a failed read leaves no samples
+    // After a failed read frameCount is set, but samples is null.
+    const bool hasFrames = audio.samples && position < audio.frameCount;
     const UInt64 left = hasFrames ? (audio.frameCount - position) * bytesPerFrame : 0;
     const UInt64 requested = list.mNumberBuffers ? list.mBuffers[0].mDataByteSize : 0;
     if (UInt64{position} + frames > audio.frameCount || requested > left) silence(list);
@@ -37,7 +39,7 @@ OSStatus renderInput(void* client, AudioUnitRenderActionFlags*, const AudioTimeS
                      UInt32 frames, AudioBufferList* list)
 {
     AUPlayerData& player = *static_cast<AUPlayerData*>(client);
-    const LoadedAudio& audio = player.loadedAudio[bus]; // only bus 0 is connected
+    const LoadedAudio& audio = player.loadedAudio[bus]; // `bus` is always 0, because only bus 0 is connected
     const UInt32 begin = loadRelaxed(player.position);
     fill(audio, begin, frames, *list);
 

@@ -8,7 +8,7 @@ namespace auplayer {
 
 namespace {
 
-/// Appends formatted text to a buffer of streamTextBytes. Once a text does not fit, `add` returns false.
+/// Appends formatted text to a buffer of streamTextBytes bytes. `add` returns false if the text does not fit.
 class Line {
 public:
     explicit Line(char* buffer) : end_(buffer) {}
@@ -32,7 +32,8 @@ private:
 
 bool isPrintable(unsigned char c) { return c >= 0x20 && c < 0x7F; }
 
-/// A four-character code as 'lpcm', or as 0x00000001 if a character is not printable.
+/// The text of a four-character code: 'lpcm' with quotes, or a number like 0x00000001 if a character is not
+/// printable.
 struct CodeText {
     char text[2 + 2 * 4 + 1];
 
@@ -52,7 +53,7 @@ int number(UInt32 value) { return static_cast<int>(value); }
 
 void addAppleLossless(Line& line, const AudioStreamBasicDescription& format)
 {
-    static const int sourceBits[] = {16, 20, 24, 32}; // for flags 1 to 4
+    static const int sourceBits[] = {16, 20, 24, 32}; // bit depths of the source for format flags 1 to 4
     const UInt32 index = format.mFormatFlags - 1;
     const bool fits = index < std::size(sourceBits) ? line.add("from %d-bit source, ", sourceBits[index])
                                                     : line.add("from UNKNOWN source bit depth, ");
@@ -78,7 +79,7 @@ void addLinearPCM(Line& line, const AudioStreamBasicDescription& format, UInt32 
                                                                  : " little-endian";
     const char* const sign = isFloat ? "" : has(kAudioFormatFlagIsSignedInteger) ? " signed" : " unsigned";
 
-    // Packing and alignment are stated only for a sample that does not fill its word.
+    // The text states packing and alignment only if the sample's bits do not fill the sample's bytes.
     const bool isPadded = wordSize >= 1 && 8 * wordSize != format.mBitsPerChannel;
     char packing[40] = "";
     if (isPadded)

@@ -1,4 +1,4 @@
-// A stream format: questions about it, and its text.
+// A stream format with functions that describe the format and write it as text.
 // All functions: [any].
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace auplayer {
 
-/// The platform's record of a stream format, without further fields.
+/// The platform's stream format record with functions, but without further fields.
 struct CAStreamBasicDescription : AudioStreamBasicDescription {
     bool isPCM() const { return mFormatID == kAudioFormatLinearPCM; }
     bool isInterleaved() const { return !isPCM() || !has(kAudioFormatFlagIsNonInterleaved); }
@@ -18,11 +18,11 @@ struct CAStreamBasicDescription : AudioStreamBasicDescription {
     UInt32 numberChannelStreams() const { return isInterleaved() ? 1 : mChannelsPerFrame; }
     UInt32 numberChannels() const { return mChannelsPerFrame; }
 
-    /// Return the bytes of one sample; 0 without a frame size or channels.
+    /// Return the bytes of one sample, or 0 if the frame size or the number of channels is 0.
     UInt32 sampleWordSize() const { return bytesAmong(numberInterleavedChannels()); }
 
     /// Write one line of text about the format.
-    /// Shape   `buffer` has streamTextBytes bytes, whatever `size` says; a longer text is cut.
+    /// Shape   `buffer` must have streamTextBytes bytes; `size` is ignored. A longer text is cut.
     /// Returns `buffer`.
     char* AsString(char* buffer, unsigned long size) const;
 

@@ -9,7 +9,7 @@ namespace auplayer {
 
 namespace {
 
-/// Whether the graph runs. The status is in `Lasterror`.
+/// Return whether the graph is running. The status of the query is stored in `Lasterror`.
 bool isRunning(AUPlayerData& player)
 {
     Boolean running = false;

@@ -1,7 +1,8 @@
 // Start, stop and the play position.
 //
-// Times are seconds; `framesPerSecond` converts them to frames. They are not clamped: a negative or very
-// large time wraps to some frame, and rendering treats a position past the end as the end.
+// Times are in seconds and are converted to frames with `framesPerSecond`. Times are not clamped, so a
+// negative or very large time wraps to some frame. Rendering treats a position past the end of the file as
+// the end.
 // All functions: [main].
 #pragma once
 
@@ -9,22 +10,27 @@
 
 namespace auplayer {
 
-/// Start or stop the graph. Without a graph, or in the requested state already, nothing happens.
+/// Start or stop the graph. Nothing happens without a graph, or if the graph is already in the requested
+/// state.
 void Play(REALobjectStruct* object);
 void Pause(REALobjectStruct* object);
 
-/// Clear the units' signal history. The position stays.
+/// Clear the units' signal history. The play position stays.
 void Reset(REALobjectStruct* object);
 
-/// Whether the graph runs; false also if the platform refuses the query. The setter starts or stops it.
+/// Whether the graph is running. The getter returns false also if the platform refuses the query. The setter
+/// starts or stops the graph.
 HostBoolean getPlaying(REALobjectStruct* object, HostInteger);
 void setPlaying(REALobjectStruct* object, HostInteger, HostBoolean value);
 
-/// The play position, in seconds. A slice that is being rendered may overwrite a new position.
+/// The play position in seconds. If the setter runs while a slice is being rendered, the end of that slice
+/// may overwrite the new position.
 double getCurrentTime(REALobjectStruct* object, HostInteger);
 void setCurrentTime(REALobjectStruct* object, HostInteger, double seconds);
 
-double getTrackLength(REALobjectStruct* object, HostInteger); ///< seconds, estimated; 0 before a load
-double getSampleRate(REALobjectStruct* object, HostInteger);  ///< Hz, of the file; 0 before a load
+/// Estimated duration in seconds; 0 before a load.
+double getTrackLength(REALobjectStruct* object, HostInteger);
+/// Sample rate of the file in Hz; 0 before a load.
+double getSampleRate(REALobjectStruct* object, HostInteger);
 
 } // namespace auplayer

@@ -15,7 +15,7 @@ struct Parameter {
     AudioUnitScope scope;
 };
 
-// The oldest headers lack these codes.
+// Identifiers of parameters that the oldest supported headers lack.
 constexpr AudioUnitParameterID mixerPan = 2;
 constexpr AudioUnitParameterID newTimePitchRate = 0;
 constexpr AudioUnitParameterID newTimePitchPitch = 1;
@@ -65,7 +65,7 @@ void bypass(AUPlayerData& player, const AudioUnit& unit, UInt32 isBypassed)
                                             kAudioUnitScope_Global, 0, &isBypassed, sizeof isBypassed));
 }
 
-/// Bypass the other unit first, then activate the chosen one.
+/// Bypass the other rate unit first, then activate the chosen rate unit.
 void switchTo(AUPlayerData& player, RateUnit choice, const AudioUnit& chosen, const AudioUnit& other)
 {
     const auto number = static_cast<HostInteger>(choice);

@@ -22,10 +22,11 @@ void CoreAudioPlayAudioConstructor(REALobjectStruct* object)
     player.ioProc = MyPlayIOProc;
 }
 
-// Also the method "Close". A closed player keeps its settings and positions and may be started again.
+// The method "Close" is this function, too. A closed player keeps its settings and positions and may start
+// again.
 void CoreAudioPlayAudioDestructor(REALobjectStruct* object) { stopPlaying(dataOf(object)); }
 
-// ---- properties: a field, converted to the host's type ----
+// ---- properties: each accessor converts a field to or from the host's type ----
 
 template <class T, auto field>
 T get(REALobjectStruct* object, HostInteger)
@@ -51,7 +52,8 @@ HostInteger rbGetFreeSpace(REALobjectStruct* object) { return freeSpace(dataOf(o
 
 HostBoolean rbHasFreeSpace(REALobjectStruct* object) { return freeSpace(dataOf(object)) > 0; }
 
-/// A count of 0 means the size of the first block, whatever the offset is; this is intended.
+/// Return `countBytes`, or the whole size of `block` for a count of 0; the offset is intentionally not
+/// subtracted.
 HostInteger countOrWhole(REALmemoryBlockStruct* block, HostInteger countBytes)
 {
     return block && countBytes == 0 ? REALMemoryBlockGetSize(block) : countBytes;
@@ -86,7 +88,7 @@ HostBoolean rbAddSomeFPAudiostereo(REALobjectStruct* object, REALmemoryBlockStru
                                    clearBuffers);
 }
 
-/// The playing form of an adding method: add, then start the player.
+/// The "Play…" method of an "Add…" method: queue the audio, then start the player.
 template <auto add>
 struct AndPlay;
 template <class... Arguments, HostBoolean (*add)(REALobjectStruct*, Arguments...)>

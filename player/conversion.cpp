@@ -11,8 +11,8 @@ namespace player {
 
 namespace {
 
-// The conversion to float rounds to the nearest; the scaling by a power of two is exact. The compiler
-// vectorises this loop because source and target do not overlap.
+// The conversion to float rounds to nearest, and the scaling by a power of two is exact. The compiler can
+// vectorise this loop because `source` and `target` do not overlap.
 template <class Sample, int bits>
 void convertWords(const unsigned char* __restrict source, std::size_t count, float* __restrict target)
 {
@@ -39,7 +39,7 @@ constexpr SampleForm forms[] = {
     {  8,        1,     convertWords<std::uint8_t,   8> },
     { 15,        2,     convertWords<std::int16_t,  15> },
     { 16,        2,     convertWords<std::uint16_t, 16> },
-    { 23,        3,     nullptr                         }, // refused on purpose
+    { 23,        3,     nullptr                         }, // intentionally refused
     { 24,        3,     convertBigEndian24              },
     { 31,        4,     convertWords<std::int32_t,  31> },
     { 32,        4,     convertWords<std::uint32_t, 32> },
@@ -56,14 +56,15 @@ void convertBigEndian24Scalar(const unsigned char* source, std::size_t count, fl
     }
 }
 
-// The oldest supported processors lack SSSE3. One shuffle makes four words of four samples, 12 bytes.
+// The scalar version exists because the oldest supported processors lack SSSE3. Here one shuffle expands four
+// samples (12 bytes) to four 32-bit integers.
 __attribute__((target("ssse3"))) void convertBigEndian24Ssse3(const unsigned char* source, std::size_t count,
                                                               float* target)
 {
     const __m128i order = _mm_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1);
     const __m128 scale = _mm_set1_ps(scale24);
     std::size_t i = 0;
-    for (; i + 6 <= count; i += 4) { // each load reads 16 bytes and uses 12
+    for (; i + 6 <= count; i += 4) { // a load reads 16 bytes and uses 12, so six samples must remain
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + 3 * i));
         const __m128i words = _mm_shuffle_epi8(bytes, order);
         _mm_storeu_ps(target + i, _mm_mul_ps(_mm_cvtepi32_ps(words), scale));
@@ -84,7 +85,7 @@ const SampleForm* findSampleForm(std::int32_t bitSize)
     return form == std::end(forms) ? nullptr : form;
 }
 
-// Not a loop over floats: a float register may change a signalling NaN.
+// A loop over floats could change a signalling not-a-number in a float register, so the bytes are copied.
 void copyFloats(const unsigned char* source, std::size_t count, float* target)
 {
     if (count > 0) std::memcpy(target, source, count * sizeof *target);
@@ -109,7 +110,7 @@ void interleave(const float* left, const float* right, std::size_t count, float*
 void convertPairs(Conversion convert, std::size_t bytesPerSample, const unsigned char* left,
                   const unsigned char* right, std::size_t count, float* target)
 {
-    constexpr std::size_t blockSamples = 512; // both channels fit the first-level cache
+    constexpr std::size_t blockSamples = 512; // a block of both channels fits into the first-level cache
     alignas(16) float channel[2][blockSamples];
     while (count > 0) {
         const std::size_t now = std::min(count, blockSamples);

@@ -10,7 +10,7 @@ namespace player {
 
 namespace {
 
-/// One value per channel; the second is unused for one channel.
+/// One value per channel. With one channel the second value is unused.
 template <class T>
 struct Channels {
     T channel[2];
@@ -35,8 +35,9 @@ bool refuseNil()
     return false;
 }
 
-/// Convert the samples of each channel into a new buffer, interleaved, and queue it. The offset may be out of
-/// range in a refused call, so it is applied only here, after every refusal.
+/// Convert the samples of all channels into a new interleaved buffer and queue the buffer. The offset is
+/// added to the addresses only here, after all checks, because a refused call may have an offset out of
+/// range.
 bool convertAndQueue(AudioPlayerData& player, const Memory& memory, HostInteger offsetBytes,
                      HostInteger countBytes, const SampleForm& form, bool clearBuffers)
 {
@@ -64,7 +65,8 @@ bool addIntegers(AudioPlayerData& player, const Blocks& blocks, HostInteger offs
 
     const SampleForm* const form = findSampleForm(static_cast<std::int32_t>(bitSize));
     if (!form || !form->conversion) return false;
-    if (!(player.sampleRate >= 1.0f)) return false; // also refuses not-a-number
+    // This form of the comparison also refuses a rate of not-a-number.
+    if (!(player.sampleRate >= 1.0f)) return false;
     if (player.numberOfChannels != 1 && player.numberOfChannels != 2) return false;
     return convertAndQueue(player, memory, offsetBytes, countBytes, *form, clearBuffers);
 }

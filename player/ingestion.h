@@ -1,11 +1,11 @@
-// From host memory blocks to queued buffers.
+// The four adding functions: they convert samples from host memory blocks into queued buffers.
 //
-// Shape   offsetBytes and countBytes are bytes of each block; the caller keeps the range inside the block.
-//         Bytes after the last whole sample are ignored. Two blocks are the left and the right channel,
-//         whatever NumberOfChannels is.
-// Owner   samples are copied; the blocks stay the caller's.
-// Returns false for a negative offset, a count below one sample, a full queue or missing memory, and for the
-//         reasons that each function adds.
+// Shape   offsetBytes and countBytes apply to each block. The range is not checked, so the caller must keep
+//         it inside the block. Bytes after the last whole sample are ignored. Two blocks are always the left
+//         and the right channel, even if NumberOfChannels is 1.
+// Owner   the functions copy the samples; the caller keeps the blocks.
+// Returns false for a negative offset, a count below one sample, a full queue or missing memory for the
+//         buffer, and for further reasons stated at each function.
 // All functions: [main].
 #pragma once
 
@@ -15,22 +15,23 @@
 namespace player {
 
 /// Convert integer samples of `bitSize` bits and queue them.
-/// Returns also false for an unknown bitSize, 23, a rate below 1, or a channel count other than 1 and 2.
-/// Errors  a nil block, or one without memory, raises "NilObjectException".
+/// Returns false also for a bitSize that is unknown or 23, a SampleRate below 1, and a NumberOfChannels other
+///         than 1 and 2.
+/// Errors  a nil block or a block without memory raises "NilObjectException".
 bool AddSomeAudio(AudioPlayerData& player, REALmemoryBlockStruct* block, HostInteger offsetBytes,
                   HostInteger countBytes, HostInteger bitSize, bool clearBuffers);
 
-/// As AddSomeAudio, from two blocks, interleaved.
+/// Like AddSomeAudio, but interleave the samples of two blocks, the left and the right channel.
 bool AddSomeAudioStereo(AudioPlayerData& player, REALmemoryBlockStruct* block1, REALmemoryBlockStruct* block2,
                         HostInteger offsetBytes, HostInteger countBytes, HostInteger bitSize,
                         bool clearBuffers);
 
-/// Queue 32-bit floats, bit for bit, at any rate and channel count.
-/// Returns also false for a nil block or one without memory; raises nothing.
+/// Queue 32-bit floats without changing a bit, at any SampleRate and NumberOfChannels.
+/// Returns false also for a nil block or a block without memory. Raises no exception.
 bool AddSomeFloatAudio(AudioPlayerData& player, REALmemoryBlockStruct* block, HostInteger offsetBytes,
                        HostInteger countBytes, bool clearBuffers);
 
-/// As AddSomeFloatAudio, from two blocks, interleaved.
+/// Like AddSomeFloatAudio, but interleave the samples of two blocks, the left and the right channel.
 bool AddSomeFloatAudioStereo(AudioPlayerData& player, REALmemoryBlockStruct* block1,
                              REALmemoryBlockStruct* block2, HostInteger offsetBytes, HostInteger countBytes,
                              bool clearBuffers);

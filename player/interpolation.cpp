@@ -10,7 +10,7 @@ namespace player {
 
 namespace {
 
-/// Two positions, split into whole frames and fractions.
+/// Two positions in frames, each split into a whole frame number and a fraction.
 struct TwoPositions {
     explicit TwoPositions(__m128d position)
         : index(_mm_cvttpd_epi32(position)), fraction(_mm_sub_pd(position, _mm_cvtepi32_pd(index)))
@@ -28,7 +28,7 @@ __m128 pairAt(const float* samples)
     return _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(samples)));
 }
 
-/// Interpolate two frames of mono, into the low half.
+/// Interpolate two mono frames. Returns them in the low half of the vector.
 __m128 twoMonoFrames(const float* samples, __m128d position)
 {
     const TwoPositions at(position);
@@ -39,7 +39,7 @@ __m128 twoMonoFrames(const float* samples, __m128d position)
     return _mm_cvtpd_ps(_mm_add_pd(_mm_mul_pd(s1, at.fraction), _mm_mul_pd(rest, s0)));
 }
 
-/// Interpolate two frames of stereo: left, right, left, right.
+/// Interpolate two stereo frames. Returns left, right, left, right.
 __m128 twoStereoFrames(const float* samples, __m128d position)
 {
     const TwoPositions at(position);
@@ -51,7 +51,7 @@ __m128 twoStereoFrames(const float* samples, __m128d position)
     return _mm_add_ps(_mm_mul_ps(t, _mm_movehl_ps(b, a)), _mm_mul_ps(rest, _mm_movelh_ps(a, b)));
 }
 
-/// The frames after the first `done`.
+/// Return the rest of the span: the frames after its first `done` frames.
 Span restOf(const Span& span, UInt32 done)
 {
     return {span.samples, span.position + done * span.step, span.step, span.frames - done};
@@ -93,7 +93,7 @@ namespace {
 
 #define KVX_AVX __attribute__((target("avx")))
 
-/// Load samples into the cache before they are needed. Prefetching past the end of the buffer is harmless.
+/// Load the samples 1024 bytes ahead into the cache. A prefetch past the end of the buffer is harmless.
 inline void prefetch(const float* samples)
 {
     constexpr int bytesAhead = 1024;
@@ -110,7 +110,7 @@ bool detectAvx()
 {
     unsigned a, b, c = 0, d;
     if (!__get_cpuid(1, &a, &b, &c, &d) || !(c & bit_AVX) || !(c & bit_OSXSAVE)) return false;
-    // The operating system must save the AVX registers, too.
+    // AVX is usable only if the operating system saves the AVX registers.
     unsigned low, high;
     __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
     return (low & 6) == 6;
@@ -124,11 +124,12 @@ bool hasAvx()
     return has;
 }
 
-// While a step is at most one frame, the neighbours of four positions are five consecutive samples: two loads
-// and a permutation by the distance from the first index.
+// If the step is at most one frame, five consecutive samples contain all neighbours of four positions. Two
+// loads fetch these samples, and a permutation by the distance from the first index selects the neighbours.
 KVX_AVX void interpolateMonoAvx(const Span& span, float* out)
 {
-    // Loading five samples must not pass the last neighbour, even if the positions need fewer.
+    // The loop always loads five samples, even if the four positions need fewer, and must not read past the
+    // last sample of the span.
     const int lastFirst = static_cast<int>(span.position + (span.frames - 1.0) * span.step) - 3;
     const UInt32 whole = span.step <= 1 ? span.frames & ~UInt32{3} : 0;
     __m256d position = fourPositions(span);
@@ -162,7 +163,7 @@ KVX_AVX void interpolateStereoAvx(const Span& span, float* out)
         const __m128 fraction = _mm256_cvtpd_ps(_mm256_sub_pd(position, _mm256_cvtepi32_pd(index)));
         const __m256 t = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_unpacklo_ps(fraction, fraction)),
                                               _mm_unpackhi_ps(fraction, fraction), 1);
-        // Each load reads two frames: left, right, left, right.
+        // Each load below reads two stereo frames: left, right, left, right.
         prefetch(span.samples + 2 * _mm_cvtsi128_si32(index));
         const auto at = [&](int frame) { return _mm_castps_pd(_mm_loadu_ps(span.samples + 2 * frame)); };
         const __m256d even = _mm256_insertf128_pd(_mm256_castpd128_pd256(at(_mm_cvtsi128_si32(index))),

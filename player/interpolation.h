@@ -1,6 +1,6 @@
 // Linear interpolation over a span of one buffer, several frames at a time with SIMD instructions.
 //
-// Every kernel gives, bit for bit, the result of the scalar one.
+// Every SIMD kernel returns exactly the same bits as the scalar kernel.
 // All functions: [any].
 #pragma once
 
@@ -8,29 +8,31 @@
 
 namespace player {
 
-/// Consecutive output frames; both neighbours of each are in `samples`.
-/// Units   frames: `position` of the first output frame in `samples`, and `step` between two output frames.
+/// Consecutive output frames whose left and right neighbours are all in `samples`.
 struct Span {
     const float* samples;
-    double position;
-    double step;
-    UInt32 frames;
+    double position; ///< position of the first output frame in `samples`, in frames
+    double step;     ///< distance between two output frames, in frames of `samples`
+    UInt32 frames;   ///< number of output frames
 };
 
-/// Interpolate mono in double precision: out[i] lies between samples[k] and samples[k + 1].
+/// Interpolate mono in double precision: out[i] is a value between samples[k] and samples[k + 1], where k is
+/// the whole part of the position.
 void interpolateMono(const Span& span, float* out);
 
-/// Interpolate stereo in single precision: out[2 i] and out[2 i + 1] lie between the frames k and k + 1.
+/// Interpolate stereo in single precision: out[2 i] (left) and out[2 i + 1] (right) are values between the
+/// frames k and k + 1, where k is the whole part of the position.
 void interpolateStereo(const Span& span, float* out);
 
-/// The kernels that these two choose from: on every processor, and on processors with AVX.
+/// The SIMD kernels from which interpolateMono and interpolateStereo choose. The Sse kernels run on every
+/// processor; the Avx kernels need a processor for which hasAvx() returns true.
 void interpolateMonoSse(const Span& span, float* out);
 void interpolateStereoSse(const Span& span, float* out);
 void interpolateMonoAvx(const Span& span, float* out);
 void interpolateStereoAvx(const Span& span, float* out);
 bool hasAvx();
 
-/// The reference: one frame after the other.
+/// The scalar kernels, which compute one frame after the other and define the exact result.
 void interpolateMonoScalar(const Span& span, float* out);
 void interpolateStereoScalar(const Span& span, float* out);
 

@@ -1,4 +1,5 @@
-// The output buffers of one slice. A write outside a buffer, or to a buffer without memory, does nothing.
+// The output buffers of one slice, which is the output of one I/O cycle. A write outside a buffer, or to a
+// buffer without memory, does nothing.
 // All functions: [audio].
 #pragma once
 
@@ -14,7 +15,7 @@ class OutputBuffers {
 public:
     explicit OutputBuffers(AudioBufferList& list) : list_(list) {}
 
-    /// Return the frames of the first buffer; 0 if it has no channels.
+    /// Return the number of frames in the first buffer, or 0 if that buffer has no channels.
     UInt32 frames() const
     {
         const AudioBuffer& first = list_.mBuffers[0];
@@ -30,7 +31,7 @@ public:
                 std::memset(buffer.mData, 0, buffer.mDataByteSize);
     }
 
-    /// Write one frame of mono to all channels of every buffer.
+    /// Write one mono frame to all channels of every buffer.
     void writeMono(UInt32 frame, float value)
     {
         for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
@@ -38,13 +39,13 @@ public:
                 write(list_.mBuffers[b], frame, c, value);
     }
 
-    /// Write one frame of stereo to the first two channels of every buffer.
+    /// Write one stereo frame to the first two channels of every buffer.
     void writeStereo(UInt32 frame, float left, float right)
     {
         for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) writePair(list_.mBuffers[b], frame, left, right);
     }
 
-    /// Write `frames` frames of mono from `first` on.
+    /// Write `frames` mono frames to all channels of every buffer, beginning at frame `first`.
     void writeMono(UInt32 first, UInt32 frames, const float* values)
     {
         for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
@@ -58,7 +59,8 @@ public:
                         write(list_.mBuffers[b], first + i, c, values[i]);
     }
 
-    /// Write `frames` frames of interleaved stereo from `first` on.
+    /// Write `frames` interleaved stereo frames to the first two channels of every buffer, beginning at frame
+    /// `first`.
     void writeStereo(UInt32 first, UInt32 frames, const float* values)
     {
         for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
@@ -69,14 +71,16 @@ public:
                     writePair(list_.mBuffers[b], first + i, values[2 * i], values[2 * i + 1]);
     }
 
-    /// Return where stereo can be rendered directly: into the only buffer, of two channels; otherwise null.
+    /// Return the address for rendering stereo directly into the output, from frame `first` on. Returns null
+    /// unless the output is a single buffer with two channels and enough memory.
     float* directStereo(UInt32 first, UInt32 frames)
     {
         return list_.mNumberBuffers == 1 ? framesIn(list_.mBuffers[0], 2, first, frames) : nullptr;
     }
 
 private:
-    /// Return the address of these frames, or null unless the buffer has `channels` channels and all frames.
+    /// Return the address of frame `first` in `buffer`. Returns null unless the buffer has exactly `channels`
+    /// channels and memory for all `frames` frames.
     static float* framesIn(AudioBuffer& buffer, UInt32 channels, UInt32 first, UInt32 frames)
     {
         const std::uint64_t end = (std::uint64_t{first} + frames) * channels * sizeof(float);

@@ -20,7 +20,7 @@ void freeItem(PlayItem& item)
     item = {};
 }
 
-/// Move `item` into a slot of the queue. Returns false if no slot is empty or the lock fails.
+/// Move `item` into the first empty slot. Returns false if no slot is empty or locking fails.
 bool enqueue(AudioPlayerData& player, PlayItem& item, bool clearBuffers)
 {
     const MutexLock lock(&playQLock);

@@ -1,29 +1,34 @@
-// The waiting buffers: a queue of fixed capacity inside the player's record.
+// The play queue: a queue of fixed capacity inside the player's record, with the buffers that wait to be
+// played.
 //
-// Invariant: slots 0 … queueCount - 1 hold data, the others are empty. One lock, playQLock, serves all
-// players. It is held for slot moves and frees only, because the render thread waits for it.
+// Invariant: slots 0 … queueCount - 1 hold data, and the other slots are empty. One lock, playQLock, serves
+// all players. A thread holds the lock only to move or free slots, because the render thread may wait for the
+// lock.
 #pragma once
 
 #include "player/player.h"
 
 namespace player {
 
-/// Append `item`; with `clearBuffers`, replace all waiting buffers by it. The current buffer keeps playing.
-/// Owner   takes the samples in every case: `item` is empty on return. An item without samples is unchanged.
-/// Returns false, with the samples freed, if the queue is full or the lock fails; false without samples.
+/// Append `item` to the queue; with `clearBuffers`, free all waiting buffers first. The current buffer keeps
+/// playing.
+/// Owner   the function takes the samples even if it fails, so `item` is empty on return.
+/// Returns false if the queue is full or locking fails, after freeing the samples. Returns false, without any
+///         change, for an item without samples.
 /// [main]
 bool AddToPlayList(AudioPlayerData& player, PlayItem& item, bool clearBuffers);
 
-/// Make the front of the queue current and restart outputPositionRelative. `current` must be empty.
-/// Returns false, with nothing changed, if the queue is empty or the lock fails. Waits for the lock.
+/// Move the first buffer of the queue into `current`, which must be empty, and reset outputPositionRelative
+/// to 0. May wait for playQLock.
+/// Returns false, without any change, if the queue is empty or locking fails.
 /// [audio & running]
 bool TakeNextPlayItem(AudioPlayerData& player);
 
-/// Free all waiting buffers and the current one; if the lock fails, only the current one.
+/// Free all waiting buffers and the current buffer. If locking fails, free only the current buffer.
 /// [main & stopped]
 void FreeAllPlayItems(AudioPlayerData& player);
 
-/// Return the number of empty slots; 0 if the lock fails.
+/// Return the number of empty slots, or 0 if locking fails.
 /// [main]
 std::int32_t freeSpace(AudioPlayerData& player);
 

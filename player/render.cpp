@@ -12,13 +12,14 @@ namespace player {
 
 namespace {
 
-/// Advance outputPositionRelative by one frame. Reading a sample may have restarted it.
+/// Add one step to outputPositionRelative. The field is read again here because GetSample may have reset it
+/// to 0.
 void advanceRelative(AudioPlayerData& player, double step)
 {
     storeRelaxed(player.outputPositionRelative, player.outputPositionRelative + step);
 }
 
-/// Advance outputPositionRelative by `frames` frames, to the same sum as one frame at a time.
+/// Add `frames` steps to outputPositionRelative, with exactly the same result as adding them one at a time.
 void advanceRelative(AudioPlayerData& player, double step, UInt32 frames)
 {
     double relative = player.outputPositionRelative;
@@ -29,10 +30,10 @@ void advanceRelative(AudioPlayerData& player, double step, UInt32 frames)
     storeRelaxed(player.outputPositionRelative, relative);
 }
 
-/// Render a slice of mono data and return the position after its last frame.
+/// Render a slice from mono data and return the position after the slice's last frame.
 double renderMono(AudioPlayerData& player, OutputBuffers& output, double position, double step)
 {
-    std::int64_t last = -11111111; // no frame read yet
+    std::int64_t last = -11111111; // index of no frame: none has been read yet
     float s0 = 0, s1 = 0;
     const UInt32 frames = output.frames();
     for (UInt32 i = 0; i < frames;) {
@@ -46,7 +47,8 @@ double renderMono(AudioPlayerData& player, OutputBuffers& output, double positio
                 advanceRelative(player, step, span.frames);
                 position += span.frames * step;
                 i += span.frames;
-                continue; // `last` is before the span: the next frame reads its neighbours again
+                // `last` still differs from the next index, so the next frame reads its neighbours again.
+                continue;
             }
             s0 = GetSample(player, k);
             s1 = GetSample(player, wrappingAdd(k, 1));
@@ -63,10 +65,10 @@ double renderMono(AudioPlayerData& player, OutputBuffers& output, double positio
     return position;
 }
 
-/// Render a slice of stereo data and return the position after its last frame.
+/// Render a slice from stereo data and return the position after the slice's last frame.
 double renderStereo(AudioPlayerData& player, OutputBuffers& output, double position, double step)
 {
-    std::int64_t last = -10; // no frame read yet
+    std::int64_t last = -10; // index of no sample: none has been read yet
     float left0 = 0, right0 = 0, left1 = 0, right1 = 0;
     const UInt32 frames = output.frames();
     for (UInt32 i = 0; i < frames;) {
@@ -85,7 +87,7 @@ double renderStereo(AudioPlayerData& player, OutputBuffers& output, double posit
                 advanceRelative(player, step, span.frames);
                 position += span.frames * step;
                 i += span.frames;
-                continue; // as in renderMono
+                continue; // `last` still differs from the next index, as in renderMono
             }
             left0 = GetSample(player, j);
             right0 = GetSample(player, wrappingAdd(j, 1));
@@ -113,7 +115,8 @@ OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp*, const AudioBu
     OutputBuffers output(*outputData);
 
     if (loadAcquired(player.stopRequested)) {
-        // noUnderflow drops the request: the stop waits until it is cleared and the queue is empty.
+        // With noUnderflow set, the stop request is dropped. The waiting stopPlaying then returns only after
+        // the host program has cleared noUnderflow and the queue has run empty.
         if (renderUnderflow(player, output, device)) storeRelaxed<std::uint8_t>(player.stopRequested, false);
         return 0;
     }
@@ -122,7 +125,7 @@ OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp*, const AudioBu
         return 0;
     }
 
-    // Dividing in single precision is intended.
+    // The single-precision division is intended.
     const double step = loadRelaxed(player.sampleRate) / player.deviceSampleRate;
     const bool isStereo = loadRelaxed(player.numberOfChannels) == 2;
     const double position =

@@ -7,15 +7,18 @@ namespace player {
 
 /// Render one slice, resampled to the device's rate by linear interpolation between neighbouring frames.
 ///
-/// Shape   the first buffer gives the number of frames. Mono goes to every channel of every buffer; stereo to
-///         the first two channels of each, or to the only one. Further channels stay unchanged.
-/// Units   32-bit float, not clipped. Mono is interpolated in double precision, stereo in single, on purpose.
-/// Returns 0 always. Without data, or after a stop request, the slice is silence, and the procedure stops the
-///         device for itself, removes itself and clears isRunning as its last access to the player. With
-///         noUnderflow it keeps running instead and sets hadUnderflow.
+/// Shape   the size of the first buffer determines the number of frames. Mono data is written to every
+///         channel of every buffer. Stereo data is written to the first two channels of each buffer; a buffer
+///         with one channel gets the left channel. Further channels stay unchanged.
+/// Units   32-bit float, not clipped. Mono data is intentionally interpolated in double precision and stereo
+///         data in single precision.
+/// Returns 0 always. Without data, or after a stop request, the slice is silence. The procedure then stops
+///         itself on the device, removes itself and clears isRunning as its last access to the player. With
+///         noUnderflow set, the procedure sets hadUnderflow instead and stays installed.
 ///
-/// Known seam, at rates other than the device's: if the look-ahead of a slice's last frame has taken the next
-/// buffer, the next slice reads 0.0 as the left neighbour of its first frame. At most one seam per buffer.
+/// Known defect (a seam) at rates other than the device's, at most once per buffer: if the last frame of a
+/// slice needs the next buffer as its right neighbour, the current buffer is freed. The next slice then reads
+/// 0.0 as the left neighbour until its position reaches the new buffer.
 /// [audio & running]
 OSStatus MyPlayIOProc(AudioDeviceID device, const AudioTimeStamp* now, const AudioBufferList* inputData,
                       const AudioTimeStamp* inputTime, AudioBufferList* outputData,

@@ -7,28 +7,31 @@ namespace player {
 
 namespace {
 
-// 2^52: smaller doubles still have a bit for one half.
+// 2^52. Below this limit a double still has a bit with the value one half, so fractions can be represented.
 constexpr double exactLimit = 4503599627370496.0;
 
-/// 1 divided by the unit in the last place of a normal float. Not frexp: it is a slow call on this target.
+/// Return 1 divided by the unit in the last place of `step`, which must be a normal float. The function does
+/// not use frexp, which is slow on this target.
 double placesPerUnit(float step)
 {
     std::uint32_t bits;
     std::memcpy(&bits, &step, sizeof bits);
-    const std::uint64_t exponent = bits >> 23 & 0xFF; // the last place of 2^(exponent - 127) is 2^-23 of it
+    // The unit in the last place of a float is its power of two, 2^(exponent - 127), times 2^-23.
+    const std::uint64_t exponent = bits >> 23 & 0xFF;
     const std::uint64_t reciprocal = (1023 + 127 + 23 - exponent) << 52;
     double result;
     std::memcpy(&result, &reciprocal, sizeof result);
     return result;
 }
 
-bool isWhole(double value) { return (value + exactLimit) - exactLimit == value; } // of 0 to 2^52
+/// Return whether `value`, from 0 to 2^52, is a whole number.
+bool isWhole(double value) { return (value + exactLimit) - exactLimit == value; }
 
 } // namespace
 
 UInt32 exactFrames(double position, double step, UInt32 frames)
 {
-    constexpr double smallestStep = 1.0 / (1 << 30); // well above the denormal floats
+    constexpr double smallestStep = 1.0 / (1 << 30); // limit well above the denormal floats
     constexpr double largestStep = 4096;
     constexpr UInt32 mostFrames = 4096;
     if (!(step >= smallestStep && step <= largestStep) || !(position >= 0)) return 0;
@@ -39,7 +42,7 @@ UInt32 exactFrames(double position, double step, UInt32 frames)
 
 UInt32 framesInside(const Span& span, std::int32_t count)
 {
-    // Frame n is inside while n is below the quotient.
+    // Frame n has both neighbours inside the data if n is below the quotient.
     const double quotient = (count - 1 - span.position) / span.step;
     if (!(quotient >= 1)) return 0;
     return quotient >= span.frames ? span.frames : static_cast<UInt32>(quotient);

@@ -22,7 +22,7 @@ bool readStreamFormat(AudioDeviceID device, AudioStreamBasicDescription& format)
            noErr;
 }
 
-/// The default output device's format; all zero on any failure.
+/// Return the stream format of the default output device, with all fields zero on any failure.
 AudioStreamBasicDescription hardwareFormat()
 {
     AudioDeviceID device = 0;
@@ -40,7 +40,7 @@ bool PlaySomeAudio(AudioPlayerData& player)
     storeRelaxed(player.outputPosition, 0.0);
     player.baseSampleIndex = 0;
 
-    // The default device is not stored: it may differ at the next start.
+    // The default device is not stored, because the system may have another default device at the next start.
     AudioDeviceID device = player.outputDeviceID;
     if (!device && !readDefaultOutputDevice(device)) return false;
     AudioStreamBasicDescription format = {};

@@ -7,21 +7,23 @@
 
 namespace player {
 
-/// Install the I/O procedure with the output device and start the device. A running player stays unchanged.
-/// Returns whether the player runs. If only the start of the device fails, isRunning stays set: the procedure
-///         is installed, and only the procedure can remove itself.
+/// Install the I/O procedure on the output device and start the device. A running player stays unchanged.
+/// Returns true if the player is running, false if a platform call failed. If only the start of the device
+///         fails, isRunning stays set, because the procedure is installed and only the procedure itself
+///         removes it.
 bool PlaySomeAudio(AudioPlayerData& player);
 
-/// Request a stop, wait until the I/O procedure has removed itself, and free every buffer. Positions stay.
-/// Waits without a time limit; with noUnderflow set, until the player has run out of data and stopped.
+/// Request a stop, wait until the I/O procedure has removed itself, and free every buffer. The positions
+/// stay. The wait has no time limit. With noUnderflow set, the wait ends only after noUnderflow has been
+/// cleared and the player has run out of data.
 void stopPlaying(AudioPlayerData& player);
 
-// The methods of the same names.
+// The class methods "Start" and "Stop".
 HostBoolean Start(REALobjectStruct* object);
 void Stop(REALobjectStruct* object);
 
-/// Return the rate (Hz) and the channels per frame of the system's default output device, whatever device the
-/// player uses; 0 on any failure.
+/// Return the sample rate (Hz) and the number of channels of the system's default output device, even if the
+/// player uses another device. Return 0 on any failure.
 float GetHardwareSampleRate(REALobjectStruct* object);
 HostInteger GetHardwareNumberOfChannels(REALobjectStruct* object);
 

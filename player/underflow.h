@@ -1,4 +1,4 @@
-// The end of playback on the render thread: without data, or after a stop request.
+// Ends playback on the render thread when the player has no data, or after a stop request.
 #pragma once
 
 #include "player/output_buffers.h"
@@ -6,9 +6,11 @@
 
 namespace player {
 
-/// Render silence, then stop the device, remove the I/O procedure from it and clear isRunning. With
-/// noUnderflow render silence and set hadUnderflow. Returns whether the player keeps running. If not, the
-/// host may have freed the player already. [audio & running]
+/// Render silence, then stop the I/O procedure on the device, remove the procedure and clear isRunning. With
+/// noUnderflow set, only render silence and set hadUnderflow.
+/// Returns whether the player keeps running. If the result is false, the host may already have freed the
+///         player.
+/// [audio & running]
 bool renderUnderflow(AudioPlayerData& player, OutputBuffers& output, AudioDeviceID device);
 
 } // namespace player
