@@ -1,5 +1,6 @@
-// The class data of one file player: a plain C record inside the host object, in the declared layout. The
-// host itself reads and writes the fields that are named after properties.
+// The class data of one file player: a plain C record inside the host object, with the size and offsets that
+// the class definition declares. The host itself reads and writes the fields that have the names of
+// properties.
 #pragma once
 
 #include "abi/class_definition.h"

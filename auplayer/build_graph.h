@@ -1,4 +1,4 @@
-// The graph around a decoded file: the second part of a load.
+// Builds the graph that plays a decoded file, which is the second part of a load.
 #pragma once
 
 #include "auplayer/au_player.h"

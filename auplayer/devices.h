@@ -1,4 +1,4 @@
-// The graph's output device, and the list of output devices.
+// The properties for the graph's output device, the default device and the list of output devices.
 // All functions: [main].
 #pragma once
 

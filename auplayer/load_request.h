@@ -1,4 +1,4 @@
-// The arguments and results of one load.
+// The arguments and results of one load of a file.
 #pragma once
 
 #include "auplayer/au_player.h"

@@ -1,4 +1,4 @@
-// The class data of one buffered player: a plain C record inside the host object, in the declared layout.
+// The class data of one buffered player: a plain C record inside the host object.
 #pragma once
 
 #include "abi/class_definition.h"

@@ -1,4 +1,4 @@
-// Reading the output unit's channel map into a host array, and writing it from one.
+// The methods that read the output unit's channel map into a host array and write a host array into the map.
 #include "plugin/host_array.h"
 #include "tests/auplayer/watched_player_test.h"
 
@@ -27,7 +27,7 @@ const Notes outOfMemory = {"OutOfMemoryException: Failed to allocate buffer for 
 
 class ChannelMap : public WatchedPlayerTest {
 protected:
-    /// Load a file; the output unit's map has these bytes.
+    /// Load a file and script `bytes` as the channel map of the output unit.
     void beginMap(const std::string& bytes)
     {
         begin();
@@ -151,7 +151,7 @@ TEST_F(ChannelMap, ReadsNilIfTheHostMakesNoArray)
     expectNothingHeld();
 }
 
-// ---- refusals of both ----
+// ---- refusals while reading and writing ----
 
 TEST_F(ChannelMap, StopsIfTheSizeIsRefusedOrZero)
 {
@@ -252,7 +252,7 @@ TEST_F(ChannelMap, WritesTheWholeMap)
 {
     const struct {
         std::string before;
-        std::optional<std::vector<HostInteger>> values; ///< none: nil
+        std::optional<std::vector<HostInteger>> values; ///< array argument; none for nil
         std::string after;
         const char* why;
     } rows[] = {
@@ -315,7 +315,7 @@ TEST_F(ChannelMap, WritesZerosForElementsThatVanish)
 {
     beginMap(bytesOf({0, 1, 2, 3}));
     const Array values = host().newIntegers({9, 8, 7});
-    // The array shrinks while its first element is read.
+    // The host program shrinks the array to one element while the plug-in reads the first element.
     host().inNext("get", [&] { host().setUpperBound(values, 0); });
     setChannelMap(values);
     EXPECT_EQ(graph_spy::lastValue(), bytesOf({9, 0, 0, -1}));

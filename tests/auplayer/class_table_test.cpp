@@ -24,8 +24,8 @@ struct Property {
     const char* name;
     const char* type;
     Access access;
-    HostInteger offset;         // of a field, in the class data
-    HostInteger offsetOn32Bits; // of a field, in the product
+    HostInteger offset;         // offset of a field in the class data; 0 without a field
+    HostInteger offsetOn32Bits; // offset of the field in the shipped 32-bit library
 };
 
 #define OFFSET(member) HostInteger(offsetof(AUPlayerData, member))
@@ -98,7 +98,7 @@ const char* const constants[] = {
     "OutputUnitDefaultOutput = 3", "OutputUnitSystemOutput = 4",
 };
 
-// The fields of the record.
+// The fields of the class data: offsets and sizes, in this program and in the shipped 32-bit library.
 const struct {
     const char* field;
     std::size_t offset, size, offsetOn32Bits, sizeOn32Bits;
@@ -313,7 +313,7 @@ TEST_F(AUPlayerGetters, IgnoreTheirParameter)
     destruct();
 }
 
-/// The definition that a host of one layout receives.
+/// Registers the class as in a host that uses one version (layout) of the class definition record.
 class RegisteredAUPlayer : public PlayerTest {
 protected:
     REALclassDefinition registered(int layout)

@@ -1,4 +1,4 @@
-// The list of output devices, as a host Dictionary.
+// The property that returns the list of output devices as a host Dictionary.
 #include "tests/auplayer/watched_player_test.h"
 
 #include "plugin/process_state.h"
@@ -15,7 +15,8 @@ namespace {
 using namespace auplayer_test;
 using Dictionary = REALobjectStruct*;
 
-// The method of a host Dictionary: it records keys and values by their names in the host's notes.
+// A method of the host Dictionary that stores a value. The method records keys and values under the names
+// that the fake host's call record gives them.
 fake::Host* theHost;
 Notes stored;
 std::function<void()> inStore;
@@ -43,7 +44,7 @@ protected:
         theHost = nullptr;
     }
 
-    /// A system of two devices with an output side.
+    /// Start with a system of two devices that both have an output.
     void beginList()
     {
         beginEmpty();
@@ -56,7 +57,7 @@ protected:
 
     Dictionary list() { return get<Dictionary>(object(), "OuputDevices"); }
 
-    /// Expect this list, and that only the list is held.
+    /// Expect this device list, and that the test then holds the only reference to the Dictionary.
     void expectList(const Notes& expected)
     {
         const Dictionary dictionary = list();
@@ -67,7 +68,7 @@ protected:
         expectNothingHeld();
     }
 
-    /// Expect that only the test's folder item is held.
+    /// Expect that only the test's folder item still has a reference, and that all memory is freed.
     void expectNothingHeld()
     {
         EXPECT_EQ(host().live(), Notes{"f1: 1"});
@@ -82,10 +83,11 @@ protected:
     }
 
 private:
-    /// The stored pairs, with the contents of keys and values.
+    /// Return the stored pairs with the contents of keys and values instead of their names.
     Notes contents()
     {
-        std::map<std::string, std::string> known; // by the value's name in the notes
+        // Contents of each value, by the value's name in the call record.
+        std::map<std::string, std::string> known;
         for (const std::string& note : host().calls()) {
             const std::size_t open = note.find('('), equals = note.rfind(" = ");
             if (equals == std::string::npos) continue;
@@ -209,7 +211,7 @@ TEST_F(DeviceList, UsesTheSecondSelectorIfTheFirstIsUnknown)
 TEST_F(DeviceList, IsNilIfTheSizeIsRefused)
 {
     const struct {
-        std::size_t refused; ///< the index of the refused call
+        std::size_t refused; ///< number of the refused platform call
         std::set<AudioObjectPropertySelector> known;
         OSStatus status;
         Notes calls;
@@ -276,9 +278,9 @@ TEST_F(DeviceList, IsNilIfTheListCannotBeRead)
 TEST_F(DeviceList, HasTheDevicesThatWereRead)
 {
     const struct {
-        UInt32 announced; ///< bytes; the size that was announced
-        std::string ids;  ///< the bytes that are read
-        UInt32 read;      ///< bytes; the size that the read returns
+        UInt32 announced; ///< size in bytes that the size query returns
+        std::string ids;  ///< bytes that the reading call returns
+        UInt32 read;      ///< size in bytes that the reading call returns
         Notes list;
         const char* why;
     } rows[] = {
@@ -293,7 +295,8 @@ TEST_F(DeviceList, HasTheDevicesThatWereRead)
         beginList();
         graph_spy::answer("AudioObjectGetPropertyDataSize").size = row.announced;
         graph_spy::answer("AudioObjectGetPropertyData").value = row.ids;
-        // The same function reads the names, whose size is not scripted.
+        // AudioObjectGetPropertyData also reads the names, so the scripted size is removed after the list was
+        // read.
         graph_spy::answer("AudioObjectGetPropertyData").size = row.read;
         graph_spy::answer("AudioDeviceGetPropertyInfo").during = [] {
             graph_spy::answer("AudioObjectGetPropertyData").size.reset();
@@ -361,7 +364,7 @@ TEST_F(DeviceList, WorksInAnOlderHost)
     expectList({"40: \"Built-in Output\"", "41: \"USB\""});
 }
 
-// ---- the dictionary's methods ----
+// ---- the Dictionary's methods ----
 
 TEST_F(DeviceList, LooksUpTheMethodsOfEachDictionaryOnce)
 {
@@ -382,7 +385,7 @@ TEST_F(DeviceList, LooksUpTheMethodsOfEachDictionaryOnce)
     host().drop(second);
 }
 
-// A host whose dictionaries all have the same address.
+// A host in which every new Dictionary has the same address.
 Dictionary onlyDictionary;
 
 Dictionary newInstance(const char*)

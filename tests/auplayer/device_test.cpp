@@ -1,4 +1,4 @@
-// The graph's output device, and the system's default device.
+// The properties for the graph's output device and the system's default device.
 #include "tests/auplayer/watched_player_test.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Setting the equaliser's gains from host arrays of both element types.
+// The method updateEQ, which sets the equaliser's gains from a host array of Double or Single.
 #include "plugin/host_array.h"
 #include "tests/auplayer/watched_player_test.h"
 

@@ -10,7 +10,7 @@ Notes goodLoad(const Choices& choices)
     // clang-format off
     Notes calls = {
         "CFURLCreateFromFSRef(default, \"the item\")",
-        // the file
+        // calls that decode the file
         "ExtAudioFileOpenURL(url1)",
         "ExtAudioFileGetProperty(file1, 'ffmt', size 40)",
         "ExtAudioFileGetProperty(file1, '#frm', size 8)",
@@ -20,7 +20,7 @@ Notes goodLoad(const Choices& choices)
         "AudioFileGetProperty(audio1, 'edur', size 8)",
         "AudioFileClose(audio1)",
         "ExtAudioFileDispose(file1)",
-        // the graph
+        // calls that make the graph
         "NewAUGraph()",
         "AUGraphAddNode(graph1, {'auou', " + choices.outputUnit + ", 'appl', 0, 0})",
         "AUGraphAddNode(graph1, {'aufc', 'vari', 'appl', 0, 0})",
@@ -40,7 +40,7 @@ Notes goodLoad(const Choices& choices)
         "AUGraphNodeInfo(graph1, timePitch node, null)",
         "AUGraphNodeInfo(graph1, varispeed node, null)",
         "AUGraphNodeInfo(graph1, equalizer node, null)",
-        // the units
+        // calls that set up the units
         "AudioUnitSetProperty(mixer, 11, input, 0, 1, 4 bytes)",
         "AudioUnitSetProperty(mixer, 3007, input, 0, 1, 4 bytes)",
     };

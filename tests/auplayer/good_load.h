@@ -7,19 +7,20 @@
 
 namespace auplayer_test {
 
-/// What differs between loads.
+/// The choices that change the platform calls of a load.
 struct Choices {
     std::string outputUnit = "'ahal'";
     std::string timePitch = "'nutp'";
-    std::string bypassed = "varispeed"; ///< empty: neither
-    std::string sliceLimit;             ///< empty: not set
+    std::string bypassed = "varispeed"; ///< unit that the load bypasses; empty for none
+    std::string sliceLimit;             ///< slice limit that the load sets; empty if it sets none
 };
 
-/// The calls that make the URL of an existing folder item (url1) and load a file of 1000 frames at 48 kHz as
-/// two channels of float.
+/// Return the platform calls that make the URL of an existing folder item (url1) and load a file of 1000
+/// frames at 48 kHz as two channels of float.
 Notes goodLoad(const Choices& choices = {});
 
-/// The number of calls that make the URL; the last call of the load releases it.
+/// The number of calls at the beginning of goodLoad() that make the URL. The last call of the load releases
+/// the URL.
 constexpr std::size_t pathCalls = 1;
 
 } // namespace auplayer_test

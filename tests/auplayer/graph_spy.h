@@ -1,17 +1,18 @@
 // A spy that replaces the platform functions of the file player: sound files, graphs of units, devices, URLs
-// and strings. A test program links the graph_spy files and exports its symbols, which override the
-// platform's.
+// and strings. A test program links the graph_spy files and exports its symbols, which override the symbols
+// of the platform library.
 //
-// Every call is recorded with all arguments, in order, as text:
+// The spy records every call with all arguments, in order, as text:
 //
 //     AudioUnitSetProperty(mixer, 11, input, 0, 1, 4 bytes)
 //
-// Platform objects have short names: url1, file1, audio1 (the handle inside file1), graph1, string1; nodes
-// and units are named after their kind. A size that the platform writes back reads "size 8"; an output
-// address is not shown. A stream format shows its fields in order.
+// Platform objects have short names: url1, file1, audio1 (the audio file that the extended audio file file1
+// wraps), graph1, string1. Nodes and units are named after their kind. A size that the platform overwrites is
+// recorded as "size 8". Output addresses are not recorded. A stream format is recorded as its fields in
+// order.
 //
-// After a reset the platform loads a file and builds a graph. A refused call does nothing and writes garbage
-// to its outputs. Platform functions: [any]. All other functions: [main].
+// After reset() all calls succeed, so that a file can be loaded and a graph can be built. A refused call only
+// writes garbage to its outputs. Platform functions: [any]. All other functions: [main].
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -31,71 +32,77 @@ namespace graph_spy {
 
 using Notes = std::vector<std::string>;
 
-/// The file behind every URL. Sample n, counted over all channels, has the value n.
+/// The file that every URL opens. Sample n, counted over all channels, has the value n.
 struct File {
     AudioStreamBasicDescription format = {48000, 'lpcm', 0xC, 4, 1, 4, 2, 16, 0};
-    SInt64 length = 1000;             ///< declared frames
-    std::optional<UInt32> framesRead; ///< by a read; none: all requested frames
-    bool touchesBuffer = true;        ///< false: a read writes no sample
-    Float64 seconds = 2.5;            ///< the estimated duration
+    SInt64 length = 1000;             ///< number of frames that the file declares
+    std::optional<UInt32> framesRead; ///< number of frames that a read returns; none for all requested frames
+    bool touchesBuffer = true;        ///< whether a read writes samples
+    Float64 seconds = 2.5;            ///< estimated duration, in seconds
 };
 
-/// A device of the system's list.
+/// A device in the system's device list.
 struct Device {
     AudioDeviceID id;
-    std::string name; ///< bytes, with a terminator if the test needs one
+    std::string name; ///< bytes of the name, with a terminator if the test needs one
     bool hasOutput = true;
     OSStatus nameStatus = 0;
 };
 
-/// The scripted result of one function, for each of its calls.
+/// The scripted result of one platform function. It applies to all calls of that function.
 struct Answer {
-    OSStatus status = 0;            ///< other than 0: refused; a creating function returns null
-    bool leavesGarbage = true;      ///< a refused call writes garbage to its outputs
-    std::optional<UInt32> size;     ///< written to the caller's size
-    std::string value;              ///< written to the caller's buffer, cut to its size
-    Float32 number = 0;             ///< of AudioUnitGetParameter
-    std::function<void()> during;   ///< runs inside the call; it may throw
-    std::function<OSStatus()> each; ///< if set, returns the call's status instead of `status`
+    /// Status that refuses the call, unless 0; a refused creating function returns null.
+    OSStatus status = 0;
+    bool leavesGarbage = true;  ///< whether a refused call writes garbage to its outputs
+    std::optional<UInt32> size; ///< size that the call writes back to the caller
+    /// Bytes that the call writes to the caller's buffer, cut to the buffer's size.
+    std::string value;
+    Float32 number = 0;             ///< parameter value that AudioUnitGetParameter returns
+    std::function<void()> during;   ///< function that runs inside the call and may throw
+    std::function<OSStatus()> each; ///< function that, if set, returns the status instead of `status`
 };
 
 struct Platform {
     File file;
-    bool opensNothing = false; ///< opening a file succeeds with a null file
-    bool isRunning = false;    ///< of every graph
+    bool opensNothing = false; ///< whether opening a file succeeds but returns a null file
+    bool isRunning = false;    ///< whether every graph is running
     std::vector<Device> devices;
-    std::set<AudioObjectPropertySelector> deviceLists = {'#dev', 'dev#'}; ///< selectors of the list
+    /// Selectors that the system knows for the device list.
+    std::set<AudioObjectPropertySelector> deviceLists = {'#dev', 'dev#'};
     std::map<std::string, Answer> answers;
-    /// Refused calls by number, counted from 0 since the last reset or forgetCalls.
+    /// Status of each refused call, by the number of the call. Calls are counted from 0 after reset() or
+    /// forgetCalls().
     std::map<std::size_t, OSStatus> refusals;
-    /// Runs inside every call, with the call's number; it may throw. A release is done even if it throws.
+    /// Function that runs inside every call with the number of the call. The function may throw; a releasing
+    /// call releases its object even then.
     std::function<void(std::size_t)> inEachCall;
 };
 Platform& platform();
 Answer& answer(const std::string& function);
 
-/// Forget all objects, calls, names and scripts.
+/// Forget all platform objects, recorded calls, names and scripted results.
 void reset();
 
 Notes calls();
 void forgetCalls();
 
-/// Set the name of a pointer in recorded calls; unnamed pointers read "memory".
+/// Set the name of a pointer in recorded calls. A pointer without a name is recorded as "memory".
 void name(const void* pointer, const std::string& text);
 
-/// The bytes of the last property that was set.
+/// Return the bytes of the last property that was set.
 std::string lastValue();
 
-/// The last callback that was set on a graph.
+/// Return the last render callback that was set on a graph.
 AURenderCallbackStruct callback();
 
-/// The names of all objects that are not released.
+/// Return the names of all platform objects that are not released.
 Notes live();
 
-/// Misuse: an object released twice or used after its release, or an unknown address released.
+/// Return descriptions of misuse: an object that was released twice or used after its release, or the release
+/// of an unknown address.
 Notes faults();
 
-/// The bytes of a value, for Answer::value.
+/// Return the bytes of a value, for Answer::value.
 template <class Value>
 std::string bytesOf(const Value& value)
 {

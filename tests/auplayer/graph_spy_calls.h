@@ -1,4 +1,4 @@
-// Recording one call and giving its scripted result. Internal to the spy.
+// Records one platform call and returns its scripted result. Internal to the spy.
 #pragma once
 
 #include "tests/auplayer/graph_spy_state.h"
@@ -43,7 +43,7 @@ inline void writeGarbage(void* bytes, std::size_t size)
     if (bytes) std::memset(bytes, 0x3F, size);
 }
 
-/// Write an output of a known type; garbage if the call is refused.
+/// Write an output value of a known type, or garbage if the call is refused.
 template <class T>
 OSStatus give(OSStatus refusal, T* target, const T& given)
 {
@@ -54,7 +54,7 @@ OSStatus give(OSStatus refusal, T* target, const T& given)
     return refusal;
 }
 
-/// Write a property value; the caller gives its size.
+/// Write a property value to a buffer of `size` bytes. A buffer that is too small refuses the call.
 template <class T>
 OSStatus giveProperty(OSStatus refusal, UInt32* size, void* target, const T& given)
 {
@@ -68,7 +68,7 @@ OSStatus giveProperty(OSStatus refusal, UInt32* size, void* target, const T& giv
     return noErr;
 }
 
-/// Write the scripted property value.
+/// Write the scripted property value, or garbage if the call is refused.
 inline OSStatus giveScripted(const Call& call, UInt32* size, void* target)
 {
     if (call.refusal) {
@@ -82,7 +82,7 @@ inline OSStatus giveScripted(const Call& call, UInt32* size, void* target)
     return noErr;
 }
 
-/// The bytes for lastValue().
+/// Keep the bytes that lastValue() returns.
 inline void keepValue(const void* bytes, UInt32 size)
 {
     const Guard guard;

@@ -1,4 +1,4 @@
-// The spy's devices.
+// The spy's platform functions for devices.
 #include "tests/auplayer/graph_spy_calls.h"
 
 using namespace graph_spy;

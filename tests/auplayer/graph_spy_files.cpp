@@ -1,4 +1,4 @@
-// The spy's sound files, URLs and strings.
+// The spy's platform functions for sound files, URLs and strings.
 #include "tests/auplayer/graph_spy_calls.h"
 
 #include <Carbon/Carbon.h>
@@ -21,7 +21,7 @@ OSStatus ExtAudioFileDispose(ExtAudioFileRef file)
 {
     const Release releasing(__func__, file);
     const OSStatus refusal = note(__func__, static_cast<const void*>(file)).refusal;
-    release({"audio"}); // the handle inside the file
+    release({"audio"}); // the audio file that the extended audio file wraps
     return refusal;
 }
 

@@ -9,7 +9,8 @@
 
 namespace graph_spy {
 
-/// A spin lock: recording a call must not use a mutex, because tests watch mutexes.
+/// Holds a spin lock on the spy's state. Recording a call must not lock a mutex, because tests watch mutex
+/// calls.
 class Guard {
 public:
     Guard()
@@ -25,19 +26,20 @@ private:
     static inline std::atomic_flag flag = ATOMIC_FLAG_INIT;
 };
 
-/// An object of the platform. Its address is the handle.
+/// An object of the platform. The address of this record is the handle of the object.
 struct PlatformObject {
     std::string name;
     bool isLive;
 };
 
-/// Under a Guard while other threads may call.
+/// The spy's state. Access needs a Guard while other threads may call the platform.
 struct State {
-    std::deque<PlatformObject> objects; // a deque keeps addresses
+    // Platform objects, in a deque because their addresses must not change.
+    std::deque<PlatformObject> objects;
     std::map<std::string, int> made;
     std::map<const void*, std::string> names;
     std::map<AUNode, std::string> nodes;
-    std::string value; // of the last property that was set
+    std::string value; // bytes of the last property that was set
     AURenderCallbackStruct callback = {};
     Notes notes, faults;
 };
@@ -45,14 +47,15 @@ extern State state;
 
 PlatformObject* find(const void* handle);
 
-/// Make an object: the next of a kind ("file2"), or with a name.
+/// Make a platform object: the next of a kind (such as "file2"), or an object with the given name.
 void* make(const std::string& kind);
 void* makeNamed(const std::string& name);
 
-/// Mark the objects whose names begin so as released, together with their owner.
+/// Mark all platform objects as released whose names begin with one of `beginnings`, because their owner is
+/// released.
 void release(std::initializer_list<const char*> beginnings);
 
-/// Releases `handle` at the end of a call, even if the call throws.
+/// Releases the platform object `handle` at the end of a platform call, even if the call throws.
 class Release {
 public:
     Release(const char* function, const void* handle) : function_(function), handle_(handle) {}

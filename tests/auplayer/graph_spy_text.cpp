@@ -26,7 +26,8 @@ std::string hex(unsigned long long number)
     return text;
 }
 
-/// 'lpcm' for four printable characters, otherwise a number.
+/// Return a four-character code as text in quotes, such as 'lpcm', if all characters are printable, otherwise
+/// as a number.
 std::string code(UInt32 word)
 {
     const char text[] = {'\'',
@@ -86,7 +87,7 @@ std::string text(Bytes bytes) { return decimal(bytes.count) + " bytes"; }
 
 std::string text(InOut size) { return size.size ? "size " + decimal(*size.size) : "no size"; }
 
-/// Nine digits distinguish any two floats.
+/// Return the number as text with nine digits, which distinguish any two floats.
 std::string text(Float32 number)
 {
     char digits[40];

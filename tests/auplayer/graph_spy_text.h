@@ -1,4 +1,5 @@
-// The text of an argument, by its type. These types label plain numbers and addresses.
+// The text of a call's argument, chosen by the argument's type. The types in this header give plain numbers
+// and addresses such a type.
 #pragma once
 
 #include "tests/auplayer/graph_spy.h"
@@ -25,7 +26,7 @@ struct Bytes {
 struct InOut {
     const UInt32* size;
 };
-/// A property's value that is set.
+/// The new value of a property.
 struct Value {
     const void* bytes;
     UInt32 size;

@@ -1,4 +1,4 @@
-// The spy's graphs and units.
+// The spy's platform functions for graphs and units.
 #include "tests/auplayer/graph_spy_calls.h"
 
 using namespace graph_spy;
@@ -134,7 +134,8 @@ OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter, A
 {
     const Call call =
         note(__func__, static_cast<const void*>(unit), Code{parameter}, Scope{scope}, Number{element});
-    if (call.refusal && call.scripted.number == 0) return call.refusal; // the output stays unchanged
+    // A refused call without a scripted number leaves its output unchanged.
+    if (call.refusal && call.scripted.number == 0) return call.refusal;
     if (number) *number = call.scripted.number;
     return call.refusal;
 }

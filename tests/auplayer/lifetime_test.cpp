@@ -1,4 +1,4 @@
-// Construction and destruction: the initial state, and what the destructor releases in which order.
+// Construction and destruction: the initial state, and the order in which the destructor releases everything.
 #include "tests/auplayer/player_test.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// Failing loads: refused platform calls, unreachable files, missing memory, exceptions of host and platform.
+// Failing loads: refused platform calls, unreachable files, missing memory, and exceptions of host and
+// platform.
 #include "tests/auplayer/good_load.h"
 
 #include <Carbon/Carbon.h>
@@ -24,7 +25,7 @@ std::ptrdiff_t countOf(const Notes& calls, const std::string& beginning)
                          [&](const std::string& call) { return startsWith(call, beginning); });
 }
 
-/// The index of the first call that begins so.
+/// Return the index of the first call whose text begins with `beginning`.
 std::size_t indexOf(const Notes& calls, const std::string& beginning)
 {
     const auto found = std::find_if(calls.begin(), calls.end(),
@@ -34,8 +35,8 @@ std::size_t indexOf(const Notes& calls, const std::string& beginning)
 
 class FailingLoad : public PlayerTest {
 protected:
-    /// Expect that a second load is refused. Destroys the object and leaves the destructor's calls in the
-    /// spy.
+    /// Expect that a second load is refused. Then destroy the object. The spy's call record then contains
+    /// only the calls of the destructor.
     void expectNoSecondLoad()
     {
         FolderItem const another = host().newFolderItem();
@@ -57,11 +58,11 @@ protected:
     REALmemoryBlockStruct* samplesBlock() { return call<REALmemoryBlockStruct*>("Data", object()); }
 };
 
-/// The effect of a refused call.
+/// The effect of a refused platform call on the load.
 enum Kind {
-    fails,   ///< the load ends, and keeps the status
-    reading, ///< the load ends, but the status is not kept
-    ignored, ///< the load continues
+    fails,   ///< the load ends and stores the status in `Lasterror`
+    reading, ///< the load ends but does not store the status in `Lasterror`
+    ignored, ///< the load ignores the refused call and succeeds
 };
 
 Kind kindOf(const std::string& call)
@@ -74,7 +75,8 @@ Kind kindOf(const std::string& call)
 
 class RefusedLoad : public FailingLoad {
 protected:
-    /// Load once for each call, with that call refused. Returns the number of loads that failed.
+    /// For both load methods and each platform call after the making of the URL, load the file with that call
+    /// refused. Returns the number of loads that failed.
     std::size_t refuseEachCall(HostInteger timePitchUnit, const Notes& good);
 };
 
@@ -83,7 +85,7 @@ TEST_F(RefusedLoad, EndsAtEachRefusedPlatformCall)
     const struct {
         HostInteger timePitchUnit;
         const char* bypassed;
-        std::size_t refusals; ///< calls whose status ends a load
+        std::size_t refusals; ///< number of platform calls whose failure ends a load
     } facts[] = {{0, "varispeed", 40}, {2, "timePitch", 40}, {5, "", 39}};
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << "TimePitchUnit " << fact.timePitchUnit);
@@ -122,14 +124,14 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
             ++refused;
             EXPECT_EQ(data().lasterror, kind == reading ? 0 : status);
 
-            // Only the releases of the file and the URL follow.
+            // After the refused call, the load only releases the files and the URL.
             Notes expected(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(i) + 1);
             if (i == duration) expected.push_back("AudioFileClose(audio1)");
             if (i > opened && i < disposed) expected.push_back("ExtAudioFileDispose(file1)");
             expected.push_back("CFRelease(url1)");
             EXPECT_EQ(calls, expected);
 
-            // The parts made before stay.
+            // The record keeps everything that the load made before the refused call.
             const bool hasSamples = i > read;
             EXPECT_EQ(data().loadedAudio->samples != nullptr, hasSamples);
             EXPECT_EQ(data().endFrame, hasSamples ? 1000u : 0u);
@@ -150,7 +152,7 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
             for (std::size_t u = 0; u < std::size(inOrder); ++u)
                 EXPECT_EQ(inOrder[u] != nullptr, i > units + u) << "unit " << u;
 
-            // The object releases them at its end. It does not load again.
+            // A second load is refused. The destructor releases what the failed load made.
             EXPECT_EQ(data().isFileLoaded, 1);
             expectNoSecondLoad();
             EXPECT_EQ(graph_spy::calls(), i > graph ? Notes{"DisposeAUGraph(graph1)"} : Notes());
@@ -227,7 +229,7 @@ const Notes viaFolder = {
     "CFURLCreateFromFSRef(default, \"its folder\")",
     "CFStringCreateWithCharacters(default, \"song.wav\", 8)",
     "CFStringCreateMutableCopy(default, 0, string1)",
-    "CFStringNormalize(string2, 0)", // form D
+    "CFStringNormalize(string2, 0)", // 0 is Unicode normalization form D
     "CFURLCreateCopyAppendingPathComponent(default, url1, string2, 0)",
     "CFRelease(string2)",
     "CFRelease(string1)",
@@ -301,7 +303,7 @@ TEST_F(FailingLoad, RaisesWithoutAURL)
     const struct {
         const char* why;
         std::function<void()> prepare;
-        std::size_t calls; // the first calls of viaFolder, including the refused one
+        std::size_t calls; // number of calls from viaFolder that the load makes, including the refused call
         Notes released;
     } facts[] = {
         {"no service", [&] { withhold("REALFSRefFromFolderItem"); }, 0, {}},

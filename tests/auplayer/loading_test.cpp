@@ -1,4 +1,4 @@
-// Successful loads: the platform calls, and the object's fields afterwards.
+// Successful loads: the platform calls, and the object's fields after the load.
 #include "tests/auplayer/good_load.h"
 
 #include "auplayer/render.h"

@@ -1,4 +1,4 @@
-// Looping in the render callback: the loop jump after a slice sets the start of the next slice.
+// Looping in the render callback: after a slice, the loop jump determines where the next slice begins.
 #include "tests/auplayer/rendered_file.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ TEST(Loop, MovesThePositionAfterTheSlice)
         std::uint32_t after;
         const char* why;
     } rows[] = {
-        // the end of the loop
+        // slices near the end of the loop
         {1000, 2000, 1000, 512, 1512, "inside"},
         {1000, 2000, 1487, 512, 1999, "one frame before the loop's end"},
         {1000, 2000, 1488, 512, 1000, "to the loop's end: jumps to its start"},
@@ -36,7 +36,7 @@ TEST(Loop, MovesThePositionAfterTheSlice)
         {1000, 2000, 0xFFFFFFFF, 512, 1000, "far past the end of the file"},
         {1000, 2000, 1500, 0, 1500, "no frames, inside the loop"},
         {1000, 2000, 2000, 0, 1000, "no frames, at the loop's end"},
-        // the start of the loop
+        // slices near the start of the loop
         {1000, 2000, 0, 512, 1000, "before the loop: jumps to its start"},
         {1000, 2000, 487, 512, 1000, "one frame before the start"},
         {1000, 2000, 488, 512, 1000, "to the start"},
@@ -44,7 +44,7 @@ TEST(Loop, MovesThePositionAfterTheSlice)
         {1000, 2000, 0, 0, 1000, "no frames, before the loop"},
         {1000, 2000, 0, 2048, 1000, "one slice from before the loop to after it"},
         {1000, 2000, 0, 8192, 1000, "one slice over the whole file"},
-        // at the file's ends
+        // loops at the start or the end of the file
         {0, 5000, 4488, 512, 0, "the whole file, to its end"},
         {0, 5000, 4487, 512, 4999, "the whole file, one frame before its end"},
         {0, 5000, 4600, 512, 0, "the whole file, past its end"},
@@ -54,16 +54,16 @@ TEST(Loop, MovesThePositionAfterTheSlice)
         {4000, 5001, 5000, 512, 5000, "also from the end of the file"},
         {4000, inf, 5000, 512, 5000, "an infinite end is never reached"},
         {0, 0, 0, 512, 0, "an empty loop at the start"},
-        // no frames
+        // loops without frames
         {2000, 2000, 0, 512, 2000, "a loop of no frames, from before it"},
         {2000, 2000, 1488, 512, 2000, "a loop of no frames, to it"},
         {2000, 2000, 2000, 512, 2000, "every slice begins at the loop"},
         {5000, 5000, 4488, 512, 5000, "a loop of no frames at the end of the file"},
-        // the end before the start, which the properties do not allow
+        // loops that end before they start, which the properties do not allow
         {2000, 1000, 0, 512, 2000, "from before both"},
         {2000, 1000, 1999, 512, 2000, "from between"},
         {2000, 1000, 4000, 512, 2000, "from after both"},
-        // fractions and extreme numbers
+        // loop points with fractions and extreme values
         {1000.75, 2000.5, 0, 512, 1000, "the jump drops the fraction"},
         {1000.75, 2000.5, 488, 512, 1000, "1000 is before 1000.75"},
         {1000.75, 2000.5, 1488, 512, 2000, "2000 is before 2000.5"},
@@ -120,7 +120,8 @@ TEST(Loop, RendersTheSliceThatPassesTheEndWhole)
     const Bits samples = noise(5000, 2);
     RenderedFile file(samples, 2);
     file.loop(1000, 2000);
-    const std::uint32_t begins[] = {0, 1000, 1512, 1000, 1512, 1000}; // slices of 512 frames
+    // First frames of consecutive slices of 512 frames.
+    const std::uint32_t begins[] = {0, 1000, 1512, 1000, 1512, 1000};
     for (const std::uint32_t begin : begins) {
         ASSERT_EQ(file->position, begin);
         ASSERT_EQ(file.render(512), excerpt(samples, 2, begin, 512));
@@ -135,7 +136,7 @@ TEST(Loop, RepeatsTheSameFramesAtEverySliceSize)
         RenderedFile file(samples, 2);
         file->position = 3000;
         file.loop(3000, 4000);
-        const std::uint32_t slices = (1000 + slice - 1) / slice; // of one pass
+        const std::uint32_t slices = (1000 + slice - 1) / slice; // number of slices in one pass of the loop
         for (int pass = 0; pass < 3; ++pass)
             for (std::uint32_t i = 0; i < slices; ++i)
                 ASSERT_EQ(file.render(slice), excerpt(samples, 2, 3000 + i * slice, slice));

@@ -1,4 +1,4 @@
-// The mixer inputs' volume, and enabling them.
+// The properties InputVolume and InputEnabled of the mixer inputs.
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cmath>

@@ -1,4 +1,5 @@
-// A system without the two newer platform functions: in this program the weak references are null.
+// A system without the two newer platform functions. In this test program the weak references to them are
+// null.
 #include "tests/auplayer/good_load.h"
 #include "tests/support/detach_spy.h"
 

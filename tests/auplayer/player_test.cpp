@@ -12,7 +12,7 @@ namespace auplayer_test {
 
 namespace {
 constexpr Word dataOffset = 48;
-constexpr std::size_t guardBytes = 64; // after the class data
+constexpr std::size_t guardBytes = 64; // guard bytes after the class data
 constexpr std::size_t objectBytes = dataOffset + sizeof(auplayer::AUPlayerData) + guardBytes;
 constexpr char guardByte = 0x5A;
 

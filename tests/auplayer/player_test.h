@@ -1,5 +1,5 @@
-// An object of AUPlayerKVX in a host in memory, with a spy instead of the platform. Members are called as a
-// host calls them: by name, through the class table.
+// An AUPlayerKVX object in a fake host, with a spy instead of the platform. The tests use properties and
+// methods as a host does: by name, through the class table.
 #pragma once
 
 #include "auplayer/au_player.h"
@@ -20,7 +20,8 @@ using Object = REALobjectStruct*;
 using FolderItem = REALfolderItemStruct*;
 using Notes = std::vector<std::string>;
 
-/// The property named `name`, or the method whose declaration begins so. The program ends if there is none.
+/// Return the property named `name`, or the method whose declaration begins with `beginning`. The program
+/// ends if there is no such property or method.
 const REALproperty& propertyRow(std::string_view name);
 const REALmethod& methodRow(std::string_view beginning);
 
@@ -38,7 +39,8 @@ void set(Object object, std::string_view property, T value)
     reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
 }
 
-/// Call a method: call<HostBoolean>("LoadFile(", object, file, HostInteger{2}, HostInteger{2}).
+/// Call a method by the beginning of its declaration, for example
+/// call<HostBoolean>("LoadFile(", object, file, HostInteger{2}, HostInteger{2}).
 template <class Result, class... Arguments>
 Result call(std::string_view beginning, Object object, Arguments... arguments)
 {
@@ -49,16 +51,17 @@ Result call(std::string_view beginning, Object object, Arguments... arguments)
 /// An exception type that the plug-in does not know.
 struct Thrown {};
 
-/// One host, one platform, one object. The end of the test destroys the object if the test did not, and
-/// expects that no reference, URL, file, graph or memory is left.
+/// Fixture with one fake host, one spied platform and one player object. At its end the fixture destroys the
+/// object if the test has not done so, and expects that no reference, URL, file, graph or memory is left.
 class PlayerTest : public testing::Test {
 protected:
     PlayerTest();
     ~PlayerTest() override;
 
-    /// Replace host, platform and object by new ones. The object is constructed in zeroed memory.
+    /// Replace the host, the platform and the object by a new host, platform and object. The new object is
+    /// constructed in zeroed memory.
     void startOver(double hostVersion = 2016.0);
-    /// Construct or destroy the object. Destruction without an object does nothing.
+    /// Construct or destroy the object. destruct() without an object does nothing.
     void construct();
     void destruct();
 
@@ -66,18 +69,19 @@ protected:
     Object object() { return reinterpret_cast<Object>(memory_.get()); }
     auplayer::AUPlayerData& data();
 
-    /// Make this service unknown to the host.
+    /// Make the host no longer export this function.
     void withhold(const std::string& service);
 
-    /// Load the test's one folder item. `method` is "LoadFile" or "LoadFileMT".
+    /// Load the fixture's folder item. `method` is "LoadFile" or "LoadFileMT".
     bool load(HostInteger inputChannels = 2, HostInteger outputChannels = 2,
               std::string_view method = "LoadFile");
     FolderItem item() const { return item_; }
 
-    /// The exceptions raised, as "Class: message".
+    /// Return the exceptions that the plug-in raised, as "Class: message".
     Notes raised();
 
-    /// Destroy the object, release its strings as a host does, and expect that nothing is left.
+    /// Destroy the object, release the object's strings as a host does, and expect that no reference or
+    /// memory is left.
     void expectNothingLeft();
 
 private:

@@ -1,4 +1,4 @@
-// The choice between the two rate units.
+// The property TimePitchUnit, which chooses between the two rate units.
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cstdint>

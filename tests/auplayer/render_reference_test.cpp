@@ -1,4 +1,5 @@
-// Rendering against a slow, plain implementation: one byte at a time, with positions of 64 bits.
+// Rendering, compared with a slow, plain implementation that copies one byte at a time and uses 64-bit
+// positions.
 #include "tests/auplayer/rendered_file.h"
 
 #include <gtest/gtest.h>
@@ -26,13 +27,14 @@ struct Reference {
 
     static std::uint32_t wrapped(double frame)
     {
-        if (!(std::fabs(frame) < 9e18)) return 0; // in these tests only not-a-number gets here
+        // In these tests only a frame of not-a-number fails this comparison.
+        if (!(std::fabs(frame) < 9e18)) return 0;
         double low = std::fmod(std::trunc(frame), 4294967296.0);
         if (low < 0) low += 4294967296.0;
         return static_cast<std::uint32_t>(low);
     }
 
-    /// The buffers after the slice; their bytes were Slice::before.
+    /// Return the content of the buffers after the slice. Before the slice every byte was Slice::before.
     std::vector<std::vector<unsigned char>> render(std::uint32_t slice,
                                                    const std::vector<std::uint32_t>& sizes)
     {
@@ -81,7 +83,7 @@ TEST(RenderReference, AgreesIn100000Slices)
         const std::uint32_t frames = file.frames();
 
         for (int i = 0; i < 500; ++i, ++slices) {
-            // The host changes the controls now and then.
+            // Between slices the host program sometimes changes the position and the loop.
             if (below(20) == 0)
                 file->position = reference.position = below(4) ? below(frames + 10) : random();
             if (below(20) == 0) file->isLooping = reference.isLooping = below(3) != 0;

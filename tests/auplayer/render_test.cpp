@@ -1,4 +1,4 @@
-// The render callback: the contents of each slice, and the start of the next.
+// The render callback: the content of each slice, and the position of the next slice.
 #include "tests/auplayer/rendered_file.h"
 #include "tests/support/c_library_spy.h"
 
@@ -34,7 +34,7 @@ TEST(Render, RendersTheWholeFileBitForBitInSlicesOfAnySize)
                     output.insert(output.end(), rendered.begin(), rendered.end());
                 }
                 ASSERT_EQ(file->position, frames);
-                // The slices form the file, followed by silence.
+                // The slices together are the file, followed by silence.
                 ASSERT_TRUE(output == excerpt(samples, channels, 0, slices * slice));
             }
 }
@@ -113,7 +113,7 @@ TEST(Render, AnEmptyFileIsSilence)
 
 TEST(Render, AFileWithoutSamplesIsSilence)
 {
-    // After a failed read the counts are set; without a read they are 0.
+    // After a failed read the counts in the record are set; before any read they are 0.
     auplayer::LoadedAudio nothing = {}, counts = {};
     counts.frameCount = 1000;
     counts.format = {48000, kAudioFormatLinearPCM, kAudioFormatFlagsNativeFloatPacked, 8, 1, 8, 2, 32, 0};
@@ -134,7 +134,7 @@ TEST(Render, AFileWithoutSamplesIsSilence)
         }
 }
 
-// ---- other buffer layouts ----
+// ---- other kinds of buffers ----
 
 using Bytes = std::vector<unsigned char>;
 
@@ -149,7 +149,7 @@ TEST(Render, FillsTheFirstBufferToItsEndOrTheFiles)
     constexpr std::uint32_t frames = 1000, channels = 2, frame = 8;
     const struct {
         std::uint32_t position, slice, bytes;
-        std::uint32_t copied; ///< bytes
+        std::uint32_t copied; ///< number of copied bytes
         const char* why;
     } rows[] = {
         {0, 512, 512 * frame, 512 * frame, "the usual"},

@@ -1,4 +1,4 @@
-// Seeks and loop changes on the host's thread while the render thread renders.
+// The main thread changes the position and the loop while the render thread renders.
 #include "tests/auplayer/player_test.h"
 
 #include <atomic>
@@ -12,7 +12,8 @@ class RenderThread : public PlayerTest {};
 
 constexpr std::uint32_t channels = 2, sliceFrames = 64;
 
-/// Whether the slice holds the samples from `offset` on, of a file whose sample n has the value n.
+/// Return whether the slice contains the samples from `offset` on, for a file in which sample n has the value
+/// n.
 bool holds(const std::vector<float>& slice, std::uint32_t offset, std::uint32_t samples)
 {
     for (std::uint32_t i = 0; i < slice.size(); ++i) {
@@ -42,7 +43,8 @@ TEST_F(RenderThread, RendersWholeSlicesWhileThePositionChanges)
         }
     });
     for (int i = 0; i < 20000 || rendered < 1000; ++i) {
-        const double seconds = (i * 7919 % 3000) / 1000.0; // also past the end, at 2.5 seconds
+        // Times up to 3 seconds, partly past the end of the file at 2.5 seconds.
+        const double seconds = (i * 7919 % 3000) / 1000.0;
         set<double>(object(), "CurrentTime", i % 100 ? seconds : -1.0);
         set<double>(object(), "LoopIn", seconds);
         set<double>(object(), "LoopOut", seconds + 0.1);

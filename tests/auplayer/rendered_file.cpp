@@ -94,10 +94,10 @@ Bits RenderedFile::render(std::uint32_t frames)
 Bits noise(std::uint32_t frames, std::uint32_t channels)
 {
     Bits bits(frames * channels);
-    std::uint32_t state = 0x7F800001; // a signalling not-a-number, which arithmetic would change
+    std::uint32_t state = 0x7F800001; // bits of a signalling not-a-number, which arithmetic would change
     for (std::uint32_t& each : bits) {
         each = state;
-        state = state * 1664525u + 1013904223u; // a full-period generator
+        state = state * 1664525u + 1013904223u; // a random generator of full period, so that no value repeats
     }
     return bits;
 }

@@ -1,4 +1,4 @@
-// A file in memory, as after a load, and its rendering in slices.
+// A file in memory, as after a load, and functions that render the file in slices.
 #pragma once
 
 #include "auplayer/au_player.h"
@@ -9,16 +9,17 @@
 
 namespace test {
 
-/// Samples by their bits, so that not-a-numbers can be compared.
+/// Samples as bit patterns, so that not-a-numbers can be compared.
 using Bits = std::vector<std::uint32_t>;
 
-/// The buffers of one slice, each in memory of exactly its size for the address sanitizer.
+/// The output buffers of one slice. Each buffer has memory of exactly its size, so that the address sanitizer
+/// detects a write outside the buffer.
 class Slice {
 public:
     struct BufferLayout {
         std::uint32_t channels;
         std::uint32_t bytes;
-        bool isAbsent = false; ///< a size without memory
+        bool isAbsent = false; ///< whether the buffer has a size but no memory
     };
 
     explicit Slice(const std::vector<BufferLayout>& layouts);
@@ -27,7 +28,7 @@ public:
     std::vector<unsigned char> bytes(std::size_t buffer = 0) const;
     Bits bits(std::size_t buffer = 0) const;
 
-    /// Whether the list is unchanged.
+    /// Return whether the buffer list is unchanged.
     bool isIntact();
 
     /// The value of every byte before rendering.
@@ -41,7 +42,7 @@ private:
 
 class RenderedFile {
 public:
-    /// `samples` are interleaved; the copy has exactly their size.
+    /// Make a file with a copy of `samples`, which are interleaved. The copy has memory of exactly its size.
     RenderedFile(const Bits& samples, std::uint32_t channels);
     RenderedFile(const RenderedFile&) = delete;
     RenderedFile& operator=(const RenderedFile&) = delete;
@@ -50,12 +51,13 @@ public:
     std::uint32_t frames() const { return audio_.frameCount; }
     std::uint32_t channels() const { return audio_.format.mChannelsPerFrame; }
 
-    /// Loop from `in` to `out`, in frames.
+    /// Activate a loop from frame `in` to frame `out`.
     void loop(double in, double out);
 
-    /// Render `frames` frames; expects status 0 and an unchanged list.
+    /// Render `frames` frames into `slice`. Expects status 0 and an unchanged buffer list.
     void render(Slice& slice, std::uint32_t frames);
-    Bits render(std::uint32_t frames); ///< into one buffer of that size
+    /// Render `frames` frames into one buffer of that size and return the samples.
+    Bits render(std::uint32_t frames);
 
 private:
     std::unique_ptr<float[]> samples_;
@@ -63,10 +65,10 @@ private:
     auplayer::AUPlayerData data_ = {};
 };
 
-/// `frames` frames of different bit patterns, including not-a-number and infinity.
+/// Return `frames` frames of samples with different bit patterns, including not-a-number.
 Bits noise(std::uint32_t frames, std::uint32_t channels);
 
-/// `count` frames of `samples` from frame `begin`, followed by silence.
+/// Return `count` frames of `samples` from frame `begin` on, with silence after the end of `samples`.
 Bits excerpt(const Bits& samples, std::uint32_t channels, std::uint64_t begin, std::uint32_t count);
 
 } // namespace test

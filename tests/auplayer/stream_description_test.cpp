@@ -1,4 +1,4 @@
-// The text of a stream format, and the questions about it.
+// The text of a stream format, and the functions that describe the format.
 #include "auplayer/stream_description.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ CAStreamBasicDescription linear(UInt32 flags, UInt32 bits, UInt32 frameBytes, UI
     return format(44100, 'lpcm', flags, frameBytes, 1, frameBytes, channels, bits);
 }
 
-/// The text, written into a zeroed buffer between guards.
+/// Return the text of a format. The text is written into a zeroed buffer between guards.
 std::string textOf(const CAStreamBasicDescription& description,
                    unsigned long size = auplayer::streamTextBytes)
 {
@@ -56,7 +56,7 @@ std::string textOf(const CAStreamBasicDescription& description,
     return std::string(buffer, end);
 }
 
-// ---- whole texts ----
+// ---- complete texts of formats ----
 
 TEST(StreamDescription, ReadsAsOneLine)
 {
@@ -210,7 +210,7 @@ TEST(StreamDescription, RoundsTheRateToWholeHertz)
 
 TEST(StreamDescription, FitsItsBufferAtItsLongest)
 {
-    // Every number has its largest width; the rate has 309 digits.
+    // Every number in these formats has its largest width, such as 309 digits for the rate.
     const struct {
         CAStreamBasicDescription description;
         std::size_t length;
@@ -279,7 +279,7 @@ TEST(StreamDescription, NamesEveryCombinationOfTheLinearPCMFlags)
     EXPECT_EQ(combinations, 64 * 9 * 8 * 3 * 4);
 }
 
-// ---- questions ----
+// ---- functions that describe the format ----
 
 TEST(StreamDescription, AnswersQuestions)
 {

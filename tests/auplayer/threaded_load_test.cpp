@@ -1,4 +1,4 @@
-// LoadFileMT: the load runs on another thread while the main thread yields to the host.
+// LoadFileMT: the load runs on a background thread while the main thread yields to the host.
 #include "plugin/host_array.h"
 #include "plugin/shared_word.h"
 #include "tests/auplayer/good_load.h"
@@ -40,7 +40,8 @@ TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnTheMainThread)
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_NE(loader, std::this_thread::get_id());
 
-    // The host records calls without a lock, so the thread sanitizer reports one from the other thread.
+    // The fake host records calls without a lock, so the thread sanitizer would report a call from the
+    // background thread.
     const Notes calls = host().calls();
     const auto lastYield = std::find(calls.rbegin(), calls.rend(), "REALYieldToRB()");
     const Notes afterwards(lastYield.base(), calls.end());
@@ -59,7 +60,7 @@ TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnTheMainThread)
 
 TEST_F(ThreadedLoad, YieldsUntilTheFileHasBeenRead)
 {
-    constexpr int readYields = 100; // the read lasts until the plug-in has yielded so often
+    constexpr int readYields = 100; // number of yields to the host for which the read waits
     std::atomic<int> count{0};
     std::function<void()> yield;
     yield = [&] {
@@ -124,7 +125,7 @@ void setIndexed(Object object, std::string_view method, T value)
     reinterpret_cast<void (*)(Object, std::uint32_t, T)>(methodRow(method).setter)(object, 0, value);
 }
 
-/// A field as the host accesses it: by its offset in the class data, with one load or store.
+/// Return a field as the host accesses it: by its offset in the class data. The host uses one load or store.
 template <class T>
 T& field(Object object, std::string_view property)
 {
@@ -141,14 +142,15 @@ void write(Object object, std::string_view property, T value)
 {
     storeRelaxed(field<T>(object, property), value);
 }
-/// Write a handle's own value, once it is set: another value would be the host program's responsibility.
+/// Write a handle's current value to the handle's property, if the handle is set. Any other value would be an
+/// error of the host program.
 void rewrite(Object object, std::string_view property)
 {
     if (void* const handle = loadRelaxed(field<void*>(object, property)))
         storeRelaxed(field<void*>(object, property), handle);
 }
 
-/// Uses of a member by the host program during a load. Each shares fields with the load.
+/// One use of a property or method by the host program during a load. The use shares fields with the load.
 struct Member {
     const char* name;
     void (*use)(Object, Host&);
@@ -199,7 +201,7 @@ const Member members[] = {
     {"setChannelMap",       [](Object o, Host& h) { setChannelMap(o, h); }},
     {"updateEQ of doubles", [](Object o, Host& h) { update<double>(o, h, h.newDoubles({6, -6})); }},
     {"updateEQ of singles", [](Object o, Host& h) { update<float>(o, h, h.newSingles({6, -6})); }},
-    // fields
+    // properties that the host reads and writes directly as fields
     {"ClientFormatString",  [](Object o, Host&) { read<void*>(o, "ClientFormatString"); }},
     {"OutputFormatString",  [](Object o, Host&) { read<void*>(o, "OutputFormatString"); }},
     {"DataIsInterleaved",   [](Object o, Host&) { read<HostBoolean>(o, "DataIsInterleaved"); }},
@@ -238,8 +240,8 @@ const Member members[] = {
     // clang-format on
 };
 
-// The load waits for a yield before each platform call. Only the members' own operations order the two
-// threads, so the thread sanitizer reports any missing synchronisation.
+// The load waits for a yield before each platform call. Apart from that, only the plug-in's own atomic
+// operations synchronise the two threads, so the thread sanitizer reports any missing synchronisation.
 TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberDuringTheLoad)
 {
     std::size_t next = 0, uses[std::size(members)] = {};

@@ -1,4 +1,4 @@
-// The play position and the loop points: seconds for host programs, frames in the record.
+// The play position and the loop points, which are seconds for host programs and frames in the record.
 #include "tests/auplayer/player_test.h"
 
 #include <cmath>
@@ -18,7 +18,7 @@ protected:
         data().trackLength = trackLength;
     }
 
-    /// A file of 44100 frames per second and 10 seconds.
+    /// Set a file of 10 seconds with 44100 frames per second.
     void setFile() { setFile(441000, 10); }
 
     void expectUntouched()
@@ -29,7 +29,7 @@ protected:
     }
 };
 
-/// Equal, or not-a-number both.
+/// Expect equal values, or not-a-number in both.
 void expectSame(double value, double expected, const char* why)
 {
     if (std::isnan(expected))
@@ -38,7 +38,7 @@ void expectSame(double value, double expected, const char* why)
         EXPECT_EQ(value, expected) << why;
 }
 
-// ---- the position ----
+// ---- the play position ----
 
 TEST_F(Times, TheCurrentTimeIsConvertedToFrames)
 {
@@ -131,7 +131,7 @@ TEST_F(Times, TheCurrentTimeIsReturnedInSeconds)
 
 TEST_F(Times, FramesPerSecondAreTheFramesReadOverTheDuration)
 {
-    ASSERT_TRUE(load()); // 1000 frames in 2.5 seconds, of a file of 48000 Hz
+    ASSERT_TRUE(load()); // a file of 48000 Hz whose 1000 frames last 2.5 seconds by the estimate
     EXPECT_EQ(get<double>(object(), "SampleRate"), 48000.0);
     set<double>(object(), "CurrentTime", 1.0);
     EXPECT_EQ(data().position, 400u);
@@ -235,8 +235,8 @@ TEST_F(Times, LoopPointsUseARateInSinglePrecision)
     const struct {
         std::uint32_t endFrame;
         double trackLength, seconds;
-        double loopPoint;       ///< frames
-        std::uint32_t position; ///< of the same time, in double precision
+        double loopPoint;       ///< loop point for the time, in frames
+        std::uint32_t position; ///< position for the same time, computed in double precision
         const char* why;
     } rows[] = {
         {441000, 10, 2, 88200, 88200, "both are exact"},

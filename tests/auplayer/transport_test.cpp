@@ -1,4 +1,4 @@
-// Start, stop and reset: the platform calls and `Lasterror`.
+// Start, stop and reset: the platform calls, and the value of `Lasterror`.
 #include "tests/auplayer/watched_player_test.h"
 
 namespace {
@@ -7,7 +7,7 @@ using namespace auplayer_test;
 
 class Transport : public WatchedPlayerTest {
 protected:
-    /// Load a file and set a position.
+    /// Load a file and set a play position.
     void begin()
     {
         WatchedPlayerTest::begin();

@@ -1,4 +1,4 @@
-// Levels and rates: the parameter of each property, and `Lasterror`.
+// Levels and rates: the unit parameter of each property, and the value of `Lasterror`.
 #include "tests/auplayer/watched_player_test.h"
 
 #include <cmath>
@@ -15,8 +15,8 @@ using UnitParameters = WatchedPlayerTest;
 const struct {
     const char* name;
     const char* unit;
-    const char* address; ///< parameter, scope, element
-    bool isOfRate;       ///< also set on the varispeed unit
+    const char* address; ///< parameter, scope and element, as the spy records them
+    bool isOfRate;       ///< whether the setter also sets the varispeed unit
     bool isReadOnly;
 } parameters[] = {
     {"OutputVolume", "mixer", "0, output, 0", false, false},
@@ -96,7 +96,8 @@ TEST_F(UnitParameters, AreWrittenInSinglePrecision)
             EXPECT_EQ(propertyRow(row.name).setter, nullptr);
             continue;
         }
-        if (std::string(row.name) == "TimeRate") continue; // rounded to hundredths first: tested below
+        // TimeRate is rounded to hundredths first, which a later test covers.
+        if (std::string(row.name) == "TimeRate") continue;
         for (const auto& value : values) {
             SCOPED_TRACE(value.why);
             begin();

@@ -1,4 +1,4 @@
-// A player whose `Lasterror` is recorded in each of its platform calls.
+// A fixture that records the value of `Lasterror` in each platform call of the player.
 #pragma once
 
 #include "tests/auplayer/player_test.h"
@@ -10,7 +10,8 @@ namespace auplayer_test {
 
 using Lasterrors = std::vector<HostInteger>;
 
-// The spy's text of the calls that read and write a unit's parameter; `address` is parameter, scope, element.
+// Return the spy's text of the call that reads or sets a unit's parameter. `address` is the text of
+// parameter, scope and element.
 inline std::string getCall(const std::string& unit, const std::string& address)
 {
     return "AudioUnitGetParameter(" + unit + ", " + address + ")";
@@ -18,14 +19,15 @@ inline std::string getCall(const std::string& unit, const std::string& address)
 inline std::string setCall(const std::string& unit, const std::string& address, const std::string& value)
 {
     return "AudioUnitSetParameter(" + unit + ", " + address + ", " + value +
-           ", 0)"; // at the start of the slice
+           ", 0)"; // 0 is the offset in the slice
 }
 
 class WatchedPlayerTest : public PlayerTest {
 protected:
     ~WatchedPlayerTest() override { clearScripts(); }
 
-    /// Start over with a player that has no file, or with one that has loaded a file.
+    /// Start over with a player that has no file (beginEmpty), or with a player that has loaded a file
+    /// (begin).
     void beginEmpty()
     {
         clearScripts();
@@ -40,7 +42,8 @@ protected:
         watch();
     }
 
-    /// Forget the calls, set `Lasterror` to 4711, and record it in each further call.
+    /// Forget the recorded calls, set `Lasterror` to 4711, and record `Lasterror` in each further platform
+    /// call.
     void watch()
     {
         graph_spy::forgetCalls();
@@ -51,7 +54,7 @@ protected:
     }
     const Lasterrors& seen() const { return seen_; }
 
-    /// Throw in the platform call with this number.
+    /// Throw an exception in the platform call with this number.
     static void throwInCall(std::size_t throwing)
     {
         graph_spy::platform().inEachCall = [=](std::size_t number) {
@@ -59,7 +62,7 @@ protected:
         };
     }
 
-    /// Remove all scripted results, so that the test's objects can be released.
+    /// Remove all scripted results and exceptions, so that the test's objects can be released.
     static void clearScripts()
     {
         graph_spy::platform().inEachCall = nullptr;

@@ -1,4 +1,4 @@
-// The eight adding and playing methods: the count that they use, and when they start the player.
+// The eight "Add…" and "Play…" methods: how many bytes they use, and when they start the player.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -44,7 +44,7 @@ HostBoolean call(const Method& method, const PlayerObject& object, Memory block1
 
 class PlayerAddingMethods : public test::FreshPlatform {
 protected:
-    /// The queue's count of samples for `bytes` bytes of each block.
+    /// Return the number of samples that the method queues for `bytes` bytes of each block.
     static int samples(const Method& method, int bytes)
     {
         return bytes / (method.isFloat ? 4 : 2) * (method.isStereo ? 2 : 1);
@@ -82,7 +82,7 @@ TEST_F(PlayerAddingMethods, AnOffsetDoesNotReduceTheDefaultCount)
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
         const PlayerObject object;
-        // The block reports 16 bytes; 8 more follow in memory.
+        // Each block has 24 bytes but reports a size of 16.
         Bytes bytes(24, 0);
         bytes[8] = 1;
         host::Block first(bytes), second(bytes);

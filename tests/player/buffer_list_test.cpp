@@ -1,4 +1,5 @@
-// Rendering into buffer lists of every layout: which frames and channels are written, and nothing outside.
+// Rendering into buffer lists with all kinds of buffers: which frames and channels are written, and that no
+// memory outside the buffers is written.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -14,11 +15,11 @@ using test::Slice;
 using Floats = std::vector<float>;
 
 const float before = Slice::floatBefore();
-constexpr float s = 0.0f; // silence
+constexpr float s = 0.0f; // a sample of silence
 
 class PlayerBufferLists : public test::FreshPlatform {
 protected:
-    /// A started player at the device's rate with the samples 1 to 12, as mono or stereo frames.
+    /// Queue the samples 1 to 12 as mono or stereo frames and start the player at the device's rate.
     static void start(const PlayerObject& object, std::int32_t channels)
     {
         ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
@@ -28,10 +29,10 @@ protected:
 };
 
 const struct {
-    std::int32_t channels; // of the data
+    std::int32_t channels; // number of channels of the data
     std::vector<BufferLayout> layouts;
     int inUse;
-    std::vector<Floats> expected; // by buffer
+    std::vector<Floats> expected; // expected content of each buffer
     double position;
     const char* why;
 } facts[] = {

@@ -146,8 +146,9 @@ TEST(PlayerClass, HasADifferentFunctionForEachMethod)
     const auto* rows = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
     for (Word a = 0; a < coreAudioPlayerClass.methodCount; ++a)
         for (Word b = a + 1; b < coreAudioPlayerClass.methodCount; ++b) {
-            const bool mayBeEqual = rows[a].declaration == std::string_view("Close") &&
-                                    rows[b].declaration == std::string_view("Stop"); // the two do the same
+            const bool mayBeEqual =
+                rows[a].declaration == std::string_view("Close") &&
+                rows[b].declaration == std::string_view("Stop"); // the same effect as "Close"
             if (!mayBeEqual) {
                 EXPECT_NE(rows[a].function, rows[b].function) << rows[a].declaration << '\n'
                                                               << rows[b].declaration;

@@ -1,4 +1,4 @@
-// Integer samples of every form, converted by the adding methods to exact floats.
+// The adding methods convert integer samples of every bit size to exact floats.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 
@@ -15,7 +15,7 @@ using Bytes = std::vector<unsigned char>;
 
 class PlayerConversion : public test::FreshPlatform {
 protected:
-    /// The floats that "AddAudio" queues for `bytes`.
+    /// Return the floats that "AddAudio" queues for the sample bytes `bytes`.
     static std::vector<float> converted(const Bytes& bytes, HostInteger bitSize, HostInteger offset = 0,
                                         HostInteger count = 0)
     {
@@ -46,7 +46,7 @@ constexpr float two(int exponent)
 // clang-format off
 const struct {
     HostInteger bitSize;
-    Bytes bytes; // of one sample, in memory order; this processor is little-endian
+    Bytes bytes; // bytes of one sample in memory order, on this little-endian processor
     float value;
     const char* why;
 } facts[] = {
@@ -160,7 +160,8 @@ TEST_F(PlayerConversion, ConvertsEverySampleOf16Bits)
 
 TEST_F(PlayerConversion, ConvertsASeriesOfSamplesOf24And32Bits)
 {
-    // With this stride every byte of the word takes every value.
+    // This step gives about 260 values over the whole range. The lowest and the highest byte take all 256
+    // values.
     Bytes bytes24, bytes32;
     std::vector<float> expected24, expected31, expected32;
     for (std::uint64_t value = 0; value <= 0xFFFFFFFF; value += 0x00FD03F7) {
@@ -169,7 +170,7 @@ TEST_F(PlayerConversion, ConvertsASeriesOfSamplesOf24And32Bits)
             bytes32.push_back(static_cast<unsigned char>(word >> shift));
         for (int shift = 24; shift > 0; shift -= 8)
             bytes24.push_back(static_cast<unsigned char>(word >> shift));
-        // A double holds each value exactly, so the float is rounded once.
+        // A double represents each 32-bit value exactly, so only the conversion to float rounds.
         expected24.push_back(std::ldexp(static_cast<float>(static_cast<double>(word >> 8)), -24));
         expected32.push_back(std::ldexp(static_cast<float>(static_cast<double>(word)), -32));
         const double asSigned = static_cast<double>(word) - (word >> 31 ? 4294967296.0 : 0.0);
@@ -246,7 +247,7 @@ TEST_F(PlayerConversion, ConvertsTwoBlocksLikeOne)
 
 // ---- floats ----
 
-// Bit patterns that arithmetic could change: not-a-numbers, infinities, denormals, zeros.
+// Bit patterns of floats that arithmetic could change: not-a-numbers, infinities, denormals and zeros.
 const std::vector<std::uint32_t> patterns = {
     0x3F800000, 0xBF800000, 0x00000000, 0x80000000, 0x00000001, 0x80000001,
     0x007FFFFF, 0x7F7FFFFF, 0x7F800000, 0xFF800000, 0x7F800001, 0xFF800001,

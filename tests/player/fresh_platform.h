@@ -1,4 +1,4 @@
-// The fixture of every player test.
+// The common test fixture of the player tests.
 #pragma once
 
 #include "tests/player/small_host.h"

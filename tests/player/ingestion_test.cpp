@@ -1,4 +1,4 @@
-// The refusals of the four adding functions: their order and their exceptions.
+// Refused calls of the four adding functions: the order of the checks, and the exceptions.
 #include "player/ingestion.h"
 
 #include "tests/player/fresh_platform.h"
@@ -18,7 +18,7 @@ using test::PlayerObject;
 using Bytes = std::vector<unsigned char>;
 using OwnedBlock = std::unique_ptr<host::Block>;
 
-enum Kind { good, nil, noMemory }; // of a block
+enum Kind { good, nil, noMemory }; // kind of a memory block
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
@@ -38,7 +38,7 @@ protected:
         return block ? static_cast<REALmemoryBlockStruct*>(*block) : nullptr;
     }
 
-    /// Expect exactly one NilObjectException, or none.
+    /// Expect exactly one NilObjectException if `isRaised` is true, otherwise no exception.
     static void expectNilRaised(bool isRaised)
     {
         const std::vector<host::Raised> raised = host::raised();
@@ -58,7 +58,7 @@ const struct {
     float sampleRate;
     std::int32_t channels;
     bool isAdded, isRaised;
-    int pointerCalls; // of one block
+    int pointerCalls; // number of "memoryBlockGetPtr" calls with one block
     const char* why;
 } refusals[] = {
     // block    offset     count      bits  rate          ch   added  raised calls
@@ -137,7 +137,8 @@ TEST_F(PlayerIngestion, IntegerBlocksAreCheckedInThisOrder)
     }
 }
 
-// The same table, with the fault in one block or in both. An exception is raised once.
+// The table `refusals`, with the fault in the first, the second or both blocks. Two faulty blocks raise only
+// one exception.
 TEST_F(PlayerIngestion, StereoBlocksAreCheckedInThisOrder)
 {
     for (const auto& row : refusals)
@@ -199,7 +200,8 @@ TEST_F(PlayerIngestion, FloatBlocksAreRefusedWithoutAnException)
     };
     // clang-format on
     for (const auto& row : rows)
-        for (const int faulty : {0, 1, 2, 3}) { // 0: the call for one block
+        // Number of the faulty block, 3 for both, 0 for the function with one block.
+        for (const int faulty : {0, 1, 2, 3}) {
             SCOPED_TRACE(::testing::Message() << row.why << ", block " << faulty);
             const PlayerObject object;
             const OwnedBlock faultyBlock = blockOf(row.block), goodBlock = blockOf(good);
@@ -252,20 +254,21 @@ TEST_F(PlayerIngestion, AcceptsSevenBitSizes)
 
 // ---- sizes ----
 
-// Every allocation fails, so nothing is converted. The table gives the requested size.
+// The tests with this table let every allocation fail, so nothing is converted. `request` is the requested
+// allocation.
 // clang-format off
 const struct {
-    HostInteger bitSize; // 0: floats
+    HostInteger bitSize; // BitSize argument; 0 for the functions that add floats
     int channels;
     HostInteger count;
-    const char* request; // null: refused before
+    const char* request; // allocation call; null if the call is refused before
 } sizes[] = {
     {  8, 1, 536870911,  "calloc 2147483644" }, {  8, 1, 536870912,  nullptr },
-    {  8, 1, 1073741825, nullptr /* times 4 it wraps to 4 */ },
+    {  8, 1, 1073741825, nullptr /* 4 times this count wraps to 4 in 32 bits */ },
     {  8, 1, INT32_MAX,  nullptr },
     {  7, 1, 536870911,  "calloc 2147483644" }, {  7, 1, 536870912,  nullptr },
     {  8, 2, 268435455,  "calloc 2147483640" }, {  8, 2, 268435456,  nullptr },
-    {  8, 2, 536870913,  nullptr /* times 8 it wraps to 8 */ },
+    {  8, 2, 536870913,  nullptr /* 8 times this count wraps to 8 in 32 bits */ },
     {  8, 2, INT32_MAX,  nullptr },
     { 16, 1, 1073741823, "calloc 2147483644" }, { 16, 1, 1073741824, nullptr }, { 16, 1, INT32_MAX, nullptr },
     { 15, 2, 536870911,  "calloc 2147483640" }, { 15, 2, 536870912,  nullptr }, { 16, 2, INT32_MAX, nullptr },
@@ -323,7 +326,7 @@ TEST_F(PlayerIngestion, ARefusedBufferClearsNothing)
     EXPECT_EQ(object.slot(0), std::vector<float>{0x4040 / 65536.0f});
 }
 
-// The caller keeps the range inside the block.
+// The function need not know the size, because the caller must keep the range inside the block.
 TEST_F(PlayerIngestion, DoesNotReadTheBlocksSize)
 {
     const PlayerObject object;
@@ -332,7 +335,7 @@ TEST_F(PlayerIngestion, DoesNotReadTheBlocksSize)
     EXPECT_EQ(host::sizeCalls(), 0);
 }
 
-// ---- hosts without a service ----
+// ---- hosts that do not export a function ----
 
 TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsReturnFalse)
 {

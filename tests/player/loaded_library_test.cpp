@@ -1,5 +1,5 @@
-// The player in the shipped library, loaded by name. The spy replaces the platform there, too: the library
-// calls every platform function through an ordinary dynamic symbol.
+// The player inside the shipped library, which the test loads by its file name. The spy replaces the platform
+// for the library, too, because the library calls every platform function through an ordinary dynamic symbol.
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
 #include "tests/support/platform_spy.h"

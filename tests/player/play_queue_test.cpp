@@ -1,4 +1,5 @@
-// The play queue: the contents of its 200 slots, the owner of each buffer, and the span of the lock.
+// The play queue: the contents of its 200 slots, the owner of each buffer, and the code that runs under the
+// lock.
 #include "player/play_queue.h"
 
 #include "tests/player/fresh_platform.h"
@@ -18,7 +19,7 @@ using Events = std::vector<std::string>;
 
 class PlayerQueue : public test::FreshPlatform {
 protected:
-    /// Queue `count` buffers of one sample, which is the buffer's number.
+    /// Queue `count` buffers. The only sample of each buffer is the number of the buffer.
     static void fill(const PlayerObject& object, int count)
     {
         for (int i = 0; i < count; ++i) {
@@ -36,7 +37,7 @@ protected:
         return test::call<HostBoolean>("HasFreeSpace", object);
     }
 
-    /// Expect the occupied slots first, then the empty ones.
+    /// Expect that all occupied slots come before all empty slots.
     static void expectInvariant(const PlayerObject& object)
     {
         for (int i = 0; i < player::queueCapacity; ++i) {
@@ -179,7 +180,7 @@ TEST_F(PlayerQueue, NullBufferIsRefusedWithoutTheLock)
     }
 }
 
-// The conversion, and the free of a refused buffer, happen outside the lock.
+// The conversion of samples and the free of a refused buffer happen while the lock is not held.
 TEST_F(PlayerQueue, HoldsTheLockForSlotMovesAndFreesOnly)
 {
     const PlayerObject object;
@@ -237,7 +238,7 @@ TEST_F(PlayerQueue, AnAddThatFindsNoEmptySlotFreesItsBuffer)
 {
     const PlayerObject object;
     fill(object, 200);
-    object->queueCount = 199; // wrong: no slot is empty
+    object->queueCount = 199; // wrong count: in fact no slot is empty
     const long before = watched::liveBlocks();
     PlayItem item = test::itemOf({1});
     watched::begin();
@@ -297,7 +298,7 @@ TEST_F(PlayerQueue, IsSeparateForEachPlayerUnderOneLock)
     EXPECT_EQ(lockOfA, lockOfB);
 }
 
-// ---- a lock that fails ----
+// ---- locking fails ----
 
 TEST_F(PlayerQueue, AnAddWithoutTheLockFreesItsBuffer)
 {

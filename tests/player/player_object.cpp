@@ -8,7 +8,7 @@
 namespace test {
 
 namespace {
-constexpr std::size_t guardBytes = 64; // after the record
+constexpr std::size_t guardBytes = 64; // guard bytes after the class data
 }
 
 const REALproperty& propertyRow(std::string_view name)
@@ -43,7 +43,8 @@ PlayerObject::PlayerObject(Word dataOffset) : offset_(dataOffset)
 PlayerObject::~PlayerObject()
 {
     coreAudioPlayerClass.dataOffset = offset_;
-    data().isRunning = false; // no device would clear it
+    // No device runs that would clear the flag, so with the flag set the destructor would wait forever.
+    data().isRunning = false;
     reinterpret_cast<void (*)(Object)>(coreAudioPlayerClass.destructor)(*this);
     std::free(memory_);
 }

@@ -1,4 +1,4 @@
-// A player object as a host creates it. Members are found by name in the class table.
+// A player object, created as a host creates it. Properties and methods are found by name in the class table.
 #pragma once
 
 #include "player/player.h"
@@ -12,10 +12,10 @@
 
 namespace test {
 
-/// The row named `name`; the program ends if there is none.
+/// Return the property named `name`. The program ends if there is no such property.
 const REALproperty& propertyRow(std::string_view name);
 
-/// The row whose declaration begins with `name`; the program ends if there is none.
+/// Return the method whose declaration begins with `name`. The program ends if there is no such method.
 const REALmethod& methodRow(std::string_view name);
 
 using Object = REALobjectStruct*;
@@ -35,20 +35,20 @@ void set(Object object, std::string_view property, T value)
 }
 
 using Memory = REALmemoryBlockStruct*;
-// The types of the class's methods.
+// The function types of the adding methods.
 using AddMono = HostBoolean (*)(Object, Memory, HostInteger, HostInteger, HostInteger, HostBoolean);
 using AddStereo = HostBoolean (*)(Object, Memory, Memory, HostInteger, HostInteger, HostInteger, HostBoolean);
 using AddFloatMono = HostBoolean (*)(Object, Memory, HostInteger, HostInteger, HostBoolean);
 using AddFloatStereo = HostBoolean (*)(Object, Memory, Memory, HostInteger, HostInteger, HostBoolean);
 
-/// Call a method by name: call<HostBoolean>("Start", object).
+/// Call a method by its name, for example call<HostBoolean>("Start", object).
 template <class Result, class... Arguments>
 Result call(std::string_view name, Object object, Arguments... arguments)
 {
     return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(name).function)(object, arguments...);
 }
 
-/// A constructed object, in memory that was filled with 0xFF before.
+/// A constructed player object. The memory is filled with 0xFF before the construction.
 class PlayerObject {
 public:
     explicit PlayerObject(Word dataOffset = 48);
@@ -63,10 +63,11 @@ public:
     }
     player::AudioPlayerData* operator->() const { return &data(); }
 
-    /// Queue floats through "AddFloatAudio"; for stereo data they are interleaved.
+    /// Queue floats with the method "AddFloatAudio". Stereo samples must be interleaved.
     bool add(const std::vector<float>& samples, bool clearBuffers = false) const;
 
-    /// The samples of a queue slot, and of the current buffer; empty if there is none.
+    /// Return the samples of a queue slot or of the current buffer. The result is empty if the slot or the
+    /// current buffer is empty.
     std::vector<float> slot(int index) const;
     std::vector<float> current() const;
 
@@ -77,10 +78,10 @@ private:
     char* memory_;
 };
 
-/// The samples of an item.
+/// Return the samples of an item.
 std::vector<float> samplesOf(const player::PlayItem& item);
 
-/// An item with a copy of `samples`, allocated as the queue expects.
+/// Return an item with a copy of `samples`, allocated with calloc as the queue expects.
 player::PlayItem itemOf(const std::vector<float>& samples);
 
 } // namespace test

@@ -11,15 +11,15 @@ namespace test {
 
 namespace {
 
-// State of the signal handlers: plain data, because a handler may call almost no function.
+// State of the signal handlers. It is plain data, because a signal handler may call almost no function.
 char* watchedPage = nullptr;
 std::size_t watchedBytes = 0;
 std::array<Access, 256> recorded;
 volatile std::size_t recordedCount = 0;
 struct sigaction formerFault, formerStep;
 
-constexpr greg_t trapFlag = 0x100; // the processor traps after the next instruction
-constexpr greg_t writeFault = 2;   // the bit of the fault's error code for a write
+constexpr greg_t trapFlag = 0x100; // flag that makes the processor trap after the next instruction
+constexpr greg_t writeFault = 2;   // bit of a page fault's error code that means a write
 constexpr int errorCode = REG_ERR, flags = REG_EFL;
 
 void openPage(bool isOpen)
@@ -31,7 +31,8 @@ void onFault(int, siginfo_t* info, void* context)
 {
     auto& registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
     auto* address = static_cast<char*>(info->si_addr);
-    if (address < watchedPage || address >= watchedPage + watchedBytes) { // a real crash
+    // A real crash, outside the watched memory.
+    if (address < watchedPage || address >= watchedPage + watchedBytes) {
         sigaction(SIGSEGV, &formerFault, nullptr);
         return;
     }

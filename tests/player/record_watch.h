@@ -1,5 +1,5 @@
-// Records every access to a plain record by page protection: an access faults, is recorded, and is then
-// executed as a single step with the page accessible.
+// Records every access to a plain record with page protection. An access causes a page fault. The signal
+// handler records the access, makes the page accessible and lets the instruction run as a single step.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +10,12 @@
 namespace test {
 
 struct Access {
-    std::size_t offset; ///< bytes from the start of the record
+    std::size_t offset; ///< offset from the start of the record, in bytes
     bool isWrite;
 };
 
-/// Whole pages of memory. Only one object can be watched at a time.
+/// Memory of whole pages whose accesses can be recorded. Only one object of this class can be watched at a
+/// time.
 class WatchedMemory {
 public:
     explicit WatchedMemory(std::size_t bytes);
@@ -24,10 +25,10 @@ public:
 
     void* address() const { return memory_; }
 
-    /// Start recording the accesses of the calling thread.
+    /// Start to record the accesses of the calling thread.
     void watch();
 
-    /// Stop, and return the recorded accesses.
+    /// Stop recording and return the recorded accesses.
     std::vector<Access> accesses();
 
 private:
@@ -35,7 +36,7 @@ private:
     std::size_t bytes_;
 };
 
-/// A zeroed plain record in watched memory.
+/// A plain record in watched memory, initialised to zero.
 template <class Record>
 class WatchedRecord : public WatchedMemory {
 public:

@@ -1,5 +1,5 @@
-// Random scenarios, rendered by the player and by a second, plain implementation. After every slice both
-// agree in every byte, position, flag and waiting sample. The render thread allocates nothing.
+// Random scenarios, rendered by the player and by a second, plain implementation. After every slice the two
+// implementations agree in every output byte, position, flag and waiting sample. Rendering allocates nothing.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -31,7 +31,7 @@ const std::vector<float> extremeSamples = {infinity, -infinity, notANumber, larg
                                            -largest, smallest,  -0.0f};
 const std::vector<int> channelCounts = {1, 1, 1, 1, 2, 2, 2, 2, 0, 3, -1};
 
-/// A player and its reference, always in the same state.
+/// A player and its plain reference implementation, which get the same calls.
 class Scenario {
 public:
     Scenario(std::uint32_t seed, bool hasExtremes) : random_(seed), hasExtremes_(hasExtremes)
@@ -101,7 +101,7 @@ private:
         reference_.calls.clear();
     }
 
-    /// Random calls of the host between two slices.
+    /// Make random calls of a host program, as between two slices.
     void act()
     {
         if (!reference_.isRunning) start();
@@ -112,7 +112,8 @@ private:
         if (chance(30)) object_->stopRequested = reference_.stopRequested = true;
         if (chance(10)) object_->hadUnderflow = reference_.hadUnderflow = false;
         if (!reference_.isRunning || !reference_.stopRequested) return;
-        if (chance(2)) object_->stopRequested = reference_.stopRequested = false; // the request is withdrawn
+        // Withdraw the stop request in half of the cases.
+        if (chance(2)) object_->stopRequested = reference_.stopRequested = false;
     }
 
     std::vector<test::BufferLayout> layouts()
@@ -155,7 +156,7 @@ private:
         framesRendered_ += list[0].channels ? list[0].bytes / 4 / list[0].channels : 0;
     }
 
-    /// Expect equal bits, or not-a-number in both.
+    /// Expect that corresponding floats of the two outputs have equal bits or are both not-a-number.
     static void expectEqual(const std::vector<unsigned char>& real, const std::vector<unsigned char>& plain)
     {
         ASSERT_EQ(real.size(), plain.size());
@@ -210,7 +211,7 @@ private:
         EXPECT_EQ(std::memcmp(item.data, samples.data(), samples.size() * sizeof(float)), 0);
     }
 
-    std::mt19937 random_; // the standard defines its sequence
+    std::mt19937 random_; // generator whose sequence the C++ standard defines
     bool hasExtremes_;
     PlayerObject object_;
     reference::Player reference_;

@@ -1,4 +1,4 @@
-// Rendering, against values computed by hand.
+// Rendering: the output is compared with values that were computed by hand.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -18,7 +18,8 @@ using Floats = std::vector<float>;
 
 class PlayerRender : public test::FreshPlatform {
 protected:
-    /// Start the player with data of this rate and channel count. The device runs at 44100 Hz.
+    /// Set the sample rate and the channel count of the data and start the player. The device runs at 44100
+    /// Hz.
     static void start(const PlayerObject& object, float rate, std::int32_t channels = 1)
     {
         object->sampleRate = rate;
@@ -113,8 +114,8 @@ TEST_F(PlayerRender, InterpolatesBetweenTwoBuffersInsideASlice)
     EXPECT_EQ(render(object, 8), (Floats{1, 1.5, 2, 3, 4, 6, 8, 4}));
 }
 
-// The look-ahead of the last frame has freed the buffer with the left neighbour. 0.0 replaces the neighbour
-// until the position reaches the new buffer.
+// The last frame of the first slice needs its right neighbour from the second buffer, which frees the first
+// buffer. So 0.0 replaces the left neighbour until the position reaches the second buffer.
 TEST_F(PlayerRender, ASliceThatBeginsInASeamReadsZeroOnItsLeft)
 {
     const PlayerObject object;
@@ -123,10 +124,12 @@ TEST_F(PlayerRender, ASliceThatBeginsInASeamReadsZeroOnItsLeft)
     start(object, half);
     EXPECT_EQ(render(object, 3), (Floats{1, 1.5, 2}));
     EXPECT_EQ(object->baseSampleIndex, 2);
-    EXPECT_EQ(render(object, 4), (Floats{2 /* not 3: halfway from 0 to 4 */, 4, 6, 8}));
+    EXPECT_EQ(render(object, 4),
+              (Floats{2 /* halfway from 0 to 4, instead of 3, halfway from 2 to 4 */, 4, 6, 8}));
 }
 
-// At a quarter of the device's rate, four frames lie in the seam.
+// The data has a quarter of the device's rate, so three output frames lie between the last frame of the first
+// buffer and the first frame of the second buffer. These three frames read 0.0 as their left neighbour.
 TEST_F(PlayerRender, EveryFrameInASeamReadsZeroOnItsLeft)
 {
     const PlayerObject object;
@@ -147,7 +150,7 @@ TEST_F(PlayerRender, ASliceThatBeginsInASeamReadsZeroOnItsLeftInStereo)
     EXPECT_EQ(render(object, 3, 2), (Floats{2, -2, 4, -4, 6, -6}));
 }
 
-// At the device's rate no position lies between two frames.
+// At the device's rate no position lies between two frames, so the missing left neighbour has no effect.
 TEST_F(PlayerRender, TheSeamIsInaudibleAtTheDevicesRate)
 {
     const PlayerObject object;
@@ -167,8 +170,9 @@ TEST_F(PlayerRender, AnIndexPastTheNewBufferIsZero)
     ASSERT_TRUE(object.add({5, 6}));
     ASSERT_TRUE(object.add({7, 8, 9, 10, 11, 12, 13}));
     start(object, fourTimes);
-    // Frame 1: index 4 takes {3, 4} and is past its end; its neighbour, index 5, takes {5, 6} and reads 6.
-    // Frame 2: index 8 takes the last buffer and reads its third sample.
+    // Frame 1: reading index 4 takes the buffer {3, 4}, but index 4 is past the end of that buffer, so the
+    // sample is 0. Reading the neighbour, index 5, takes the buffer {5, 6} and returns 6.
+    // Frame 2: reading index 8 takes the last buffer and returns the third sample of that buffer, 9.
     EXPECT_EQ(render(object, 3), (Floats{1, 0, 9}));
     EXPECT_EQ(object->baseSampleIndex, 6);
     EXPECT_EQ(object.current(), (Floats{7, 8, 9, 10, 11, 12, 13}));
@@ -190,8 +194,8 @@ TEST_F(PlayerRender, RelativePositionRestartsWhereTheLookAheadReachesTheNextBuff
     ASSERT_TRUE(object.add({1, 2, 3}));
     ASSERT_TRUE(object.add({4, 5, 6}));
     start(object, equal);
-    const double expected[] = {1, 2, 1 /* frame 2 looks ahead to index 3 */, 2, 3,
-                               4, 4 /* the queue is empty */};
+    const double expected[] = {1, 2, 1 /* reading index 3 takes the second buffer */, 2, 3,
+                               4, 4 /* unchanged without data */};
     for (const double relative : expected) {
         render(object, 1);
         EXPECT_EQ(object->outputPositionRelative, relative);
@@ -209,7 +213,7 @@ TEST_F(PlayerRender, RelativePositionAdvancesDuringSilenceInsideASlice)
     EXPECT_EQ(object->outputPositionRelative, 5.0);
 }
 
-// 1 / 3 is 0.3333333432674408 in single precision.
+// The step 1 / 3 is 0.3333333432674408 in single precision.
 TEST_F(PlayerRender, TheStepIsDividedInSinglePrecision)
 {
     const PlayerObject object;
@@ -233,7 +237,8 @@ TEST_F(PlayerRender, TheDeviceRateIsRoundedToSingle)
     EXPECT_EQ(object->outputPosition, 2.0);
 }
 
-// Mono is rounded once, from double precision; stereo after each operation, in single precision.
+// Mono samples are computed in double precision and rounded once. Stereo samples are rounded to single
+// precision after each operation.
 TEST_F(PlayerRender, MonoAndStereoRoundDifferently)
 {
     const float s0 = 0x1.47ae14p-7f, s1 = 0x1.47ae14p-5f;
@@ -266,7 +271,8 @@ TEST_F(PlayerRender, AnOddStereoBufferSplitsAPair)
     ASSERT_TRUE(object.add({1, 2, 3}));
     ASSERT_TRUE(object.add({4, 5, 6}));
     start(object, equal, 2);
-    // The look-ahead to indexes 2 and 3 frees the first buffer, so frame 1 has no left sample.
+    // Frame 0 reads its right neighbour at the indexes 2 and 3. Reading index 3 frees the first buffer, so
+    // the left sample of frame 1, at index 2, is missing.
     EXPECT_EQ(render(object, 1, 2), (Floats{1, 2}));
     EXPECT_EQ(render(object, 2, 2), (Floats{0, 4, 5, 6}));
 }
@@ -285,7 +291,7 @@ TEST_F(PlayerRender, RateAndChannelsMayChangeDuringPlayback)
     EXPECT_EQ(render(object, 1, 2), (Floats{0, 0})) << "frame 6 of stereo is sample 12";
 }
 
-// The position may take any value; no memory outside the buffers is written.
+// The position may become any value, but no memory outside the buffers is written.
 TEST_F(PlayerRender, ExtremeRatesAreSafe)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity();
@@ -323,8 +329,9 @@ TEST_F(PlayerRender, ANegativeRateLeavesTheBufferAtItsStart)
     const PlayerObject object;
     ASSERT_TRUE(object.add({7, 8}));
     start(object, -half);
-    // At -0.5 the index is still 0: the sum is -0.5 times 8 plus 1.5 times 7.
-    EXPECT_EQ(render(object, 4), (Floats{7, 6.5, 0 /* index -1, with the whole weight on the left */, -3.5}));
+    // The position -0.5 is truncated to index 0, so the sample is -0.5 times 8 plus 1.5 times 7.
+    EXPECT_EQ(render(object, 4),
+              (Floats{7, 6.5, 0 /* index -1: only the missing left neighbour counts */, -3.5}));
     EXPECT_EQ(object->outputPosition, -2.0);
     EXPECT_EQ(object.current(), (Floats{7, 8}));
 }

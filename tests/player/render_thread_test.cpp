@@ -1,4 +1,4 @@
-// The I/O procedure allocates nothing, and does not touch the player after it has stopped.
+// The I/O procedure allocates nothing and does not access the player after the player has stopped.
 #include "player/ingestion.h"
 
 #include "tests/player/fresh_platform.h"
@@ -27,7 +27,7 @@ class PlayerRenderThread : public test::FreshPlatform {};
 
 // ---- allocation ----
 
-/// One cycle during which an allocation is refused and counted.
+/// Run one I/O cycle during which every allocation is refused and counted.
 void guardedCycle(const PlayerObject& object, test::Slice& slice)
 {
     const watched::NoAllocation renderThread;
@@ -59,11 +59,13 @@ TEST_F(PlayerRenderThread, AllocatesNothing)
     EXPECT_EQ(watched::alarms(), before);
 }
 
-/// An I/O procedure that allocates: it calls player code for the main thread.
+/// An I/O procedure that allocates memory, because it calls a player function that belongs on the main
+/// thread.
 OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*,
                              const AudioTimeStamp*, AudioBufferList*, const AudioTimeStamp*, void* client)
 {
-    const host::Block block(std::vector<unsigned char>(8, 0)); // operator new is detected, too
+    // Allocations with operator new are detected, too.
+    const host::Block block(std::vector<unsigned char>(8, 0));
     player::AddSomeFloatAudio(*static_cast<player::AudioPlayerData*>(client), block, 0, 8, false);
     return 0;
 }
@@ -79,7 +81,7 @@ TEST_F(PlayerRenderThread, EveryKindOfAllocationIsDetected)
         }
         return watched::alarms() == before + 1 && wasRefused;
     };
-    void* volatile memory = nullptr; // volatile: an unused allocation could be left out
+    void* volatile memory = nullptr; // volatile, because the compiler could remove an unused allocation
     const auto refused = [&] {
         const bool isNull = !memory;
         std::free(memory);
@@ -112,7 +114,7 @@ TEST_F(PlayerRenderThread, AllocationsInThePlayersCodeAreDetected)
 {
     const PlayerObject object;
     const host::Block block(std::vector<unsigned char>(8, 0));
-    ASSERT_TRUE(object.add({1})); // looks up the host's services, which may allocate
+    ASSERT_TRUE(object.add({1})); // the first call looks up the host's functions, which may allocate
     const int before = watched::alarms();
     {
         const watched::NoAllocation renderThread;
@@ -147,13 +149,14 @@ TEST_F(PlayerRenderThread, FreesAndLocksOnceForEachBuffer)
         << "once for each buffer, and once for the empty queue";
 }
 
-// ---- the last access ----
+// ---- the last access to the player ----
 
 #if !defined(__has_feature)
 #define __has_feature(feature) 0
 #endif
 
-// The host may free the record once isRunning is clear. Every access after the removal is recorded.
+// The host may free the record once isRunning is false. The test records every access to the record after the
+// removal of the I/O procedure.
 TEST_F(PlayerRenderThread, ClearsIsRunningAsItsLastAccess)
 {
 #if __has_feature(thread_sanitizer)
@@ -208,7 +211,7 @@ TEST_F(PlayerRenderThread, RecordedAccessesAreReadsAndWritesInOrder)
     EXPECT_TRUE(accesses[2].isWrite);
 }
 
-/// A device whose thread runs cycles until the procedure has removed itself.
+/// A device with a thread that runs I/O cycles until the I/O procedure has removed itself.
 class RunningDevice {
 public:
     explicit RunningDevice(AudioDeviceIOProc procedure, void* client)
@@ -225,7 +228,7 @@ public:
     }
     ~RunningDevice() { thread_.join(); }
 
-    /// Called by the procedure, through the spy.
+    /// The spy calls this function when the I/O procedure removes itself.
     static void remove() { isRemoved_.store(true, std::memory_order_relaxed); }
     static void prepare() { isRemoved_.store(false, std::memory_order_relaxed); }
 
@@ -235,8 +238,8 @@ private:
 };
 std::atomic<bool> RunningDevice::isRemoved_{false};
 
-// A player is started, fed, stopped and freed while the device runs. The sanitizers report a late access of
-// the device's thread, or one that is not ordered before the free.
+// The test starts a player, adds data, stops and frees the player while the device runs. The sanitizers
+// report an access of the device's thread after the free, or an access that is not ordered before the free.
 TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
 {
     const long before = watched::liveBlocks();
@@ -261,7 +264,7 @@ TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
             while (test::get<HostBoolean>(object, "IsRunning") && i % 2) std::this_thread::yield();
             test::call<void>("Stop", object);
             EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 0);
-        } // the object is freed; the device's thread may still be in its last cycle
+        } // the object is freed here, while the device's thread may still run its last cycle
         device.reset();
     }
     EXPECT_EQ(watched::liveBlocks(), before);

@@ -1,4 +1,4 @@
-// The sample reader: the sample at an index, and the state after reading past a buffer's end.
+// The sample reader: which sample an index returns, and the player's state after reading past a buffer's end.
 #include "player/sample_reader.h"
 
 #include "tests/player/fresh_platform.h"
@@ -16,7 +16,8 @@ using Events = std::vector<std::string>;
 
 class PlayerSampleReader : public test::FreshPlatform {};
 
-// The current buffer is 10, 11, 12; its first sample has index `base`. The next buffer is 20, 21, 22, 23.
+// In each row the current buffer is 10, 11, 12, and its first sample has the index `base`. The next buffer is
+// 20, 21, 22, 23.
 // clang-format off
 const struct {
     std::int64_t base, index;

@@ -1,4 +1,5 @@
-// The SIMD kernels against scalar code, bit for bit: all lengths and alignments, ordinary and special values.
+// The SIMD kernels return the same bits as scalar code, for all lengths and alignments, and for ordinary and
+// special values.
 #include "player/conversion.h"
 #include "player/span.h"
 
@@ -28,7 +29,7 @@ float floatOf(std::uint32_t bits)
     return value;
 }
 
-/// Equal in every bit, or both not-a-number.
+/// Return whether two floats have equal bits or are both not-a-number.
 bool isSame(float a, float b) { return bitsOf(a) == bitsOf(b) || (std::isnan(a) && std::isnan(b)); }
 
 const std::uint32_t specials[] = {0x00000000, 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF,
@@ -51,7 +52,7 @@ const float steps[] = {
     1, 0.5f,       0.25f,         0.91875f,   44100.0f / 48000.0f, 22050.0f / 44100.0f, 48000.0f / 44100.0f,
     2, 3.9999998f, 0.0009765625f, 1.0000001f, 0.99999994f,         192000.0f / 8000.0f};
 
-/// The position after `count` steps, added one at a time.
+/// Return the position after `count` steps that are added one at a time.
 double stepped(double position, double step, UInt32 count)
 {
     for (UInt32 i = 0; i < count; ++i) position += step;
@@ -65,7 +66,7 @@ struct Kernel {
     int channels;
 };
 
-/// The kernels that this processor can run.
+/// Return the kernels that this processor can run.
 std::vector<Kernel> kernels()
 {
     using namespace player;
@@ -82,7 +83,8 @@ std::vector<Kernel> kernels()
     return result;
 }
 
-/// Compare every kernel over one span. The targets begin `misaligned` floats after an allocation.
+/// Compare every SIMD kernel with its scalar kernel over one span. The output begins `misaligned` floats
+/// after the beginning of allocated memory.
 void expectSame(const player::Span& span, std::size_t misaligned)
 {
     std::vector<float> simd(2 * span.frames + 2 + misaligned, 7), scalar(simd);
@@ -104,7 +106,7 @@ TEST(PlayerSimd, InterpolatesLikeTheScalarKernels)
                 for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
                     const double position = stepped(0, step, random() % 50);
                     const double last = position + step * (frames ? frames - 1 : 0);
-                    const auto count = static_cast<std::size_t>(last) + 2; // ends with the last neighbour
+                    const auto count = static_cast<std::size_t>(last) + 2; // frames up to the last neighbour
                     const std::size_t skipped = misaligned % 4;
                     const std::vector<float> data = samples(random, 2 * count + skipped, hasSpecials);
                     expectSame({data.data() + skipped, position, step, frames}, misaligned / 4);
@@ -116,11 +118,11 @@ TEST(PlayerSimd, InterpolatesFarFromTheStart)
     std::mt19937 random(7);
     constexpr UInt32 frames = 67;
     const std::vector<float> data = samples(random, 4 * frames, false);
-    for (const double start :
-         {1e6, 16777215.0, 134217727.0}) // the last: the largest number of pairs in one buffer
+    // The largest start, 134217727, is the largest number of stereo frames in one buffer.
+    for (const double start : {1e6, 16777215.0, 134217727.0})
         for (const float step : {1.0f, 0.5f, 0.91875f, 2.0f})
             for (const int channels : {1, 2}) {
-                // The samples before the span are never read, so they need no memory.
+                // The kernels never read the samples before the span, so these samples need no memory.
                 const auto distance = static_cast<std::ptrdiff_t>(start) * channels;
                 const auto base = reinterpret_cast<std::uintptr_t>(data.data()) -
                                   static_cast<std::uintptr_t>(distance) * sizeof(float);
@@ -200,7 +202,7 @@ TEST(PlayerSpan, StaysInsideTheBuffer)
         const double last = span.position + (inside - 1) * span.step;
         ASSERT_LT(static_cast<std::int64_t>(last) + 1, count)
             << step << ' ' << span.position << ' ' << inside;
-        // At most one frame fewer than possible.
+        // framesInside may return one frame fewer than possible, but not two.
         if (inside + 1 < requested)
             ASSERT_GE(static_cast<std::int64_t>(span.position + (inside + 1) * span.step) + 1, count - 0.0);
     }
@@ -210,7 +212,7 @@ TEST(PlayerSpan, StaysInsideTheBuffer)
 
 const std::int32_t bitSizes[] = {7, 8, 15, 16, 24, 31, 32};
 
-/// The float of the sample with these bytes, computed in double precision.
+/// Return the float for one sample with these bytes, computed in double precision.
 float expectedFloat(std::int32_t bitSize, const unsigned char* bytes)
 {
     const int count = (bitSize + 7) / 8;
@@ -223,7 +225,7 @@ float expectedFloat(std::int32_t bitSize, const unsigned char* bytes)
     return std::ldexp(static_cast<float>(number), -bitSize);
 }
 
-/// Random bytes; about half of them at or next to the ends of a sample's range.
+/// Return random bytes. About half of the bytes are values at or next to the ends of a sample's range.
 std::vector<unsigned char> bytes(std::mt19937& random, std::size_t count)
 {
     static const unsigned char ends[] = {0x00, 0xFF, 0x80, 0x7F, 0x01, 0xFE};
@@ -238,7 +240,7 @@ void expectConverted(std::int32_t bitSize, std::size_t width, player::Conversion
     std::mt19937 random(4);
     for (std::size_t count = 0; count <= 70; ++count)
         for (std::size_t misaligned = 0; misaligned < 16; ++misaligned) {
-            // The source has no spare byte, so the sanitizers report a read past its end.
+            // The source has no spare byte, so the sanitizers report a read past the end of the source.
             const std::size_t skipped = misaligned % 4, shifted = misaligned / 4;
             const std::vector<unsigned char> source = bytes(random, skipped + count * width);
             std::vector<float> target(shifted + count + 1, 7);

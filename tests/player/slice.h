@@ -1,4 +1,5 @@
-// The output of one I/O cycle: a list of buffers, each between two guards that reveal a write outside.
+// The output of one I/O cycle: a list of buffers. Each buffer lies between two guards, which reveal a write
+// outside the buffer.
 #pragma once
 
 #include "tests/player/player_object.h"
@@ -11,14 +12,14 @@
 
 namespace test {
 
-/// One output buffer. An absent buffer has a size but no memory.
+/// Description of one output buffer. An absent buffer has a size but no memory.
 struct BufferLayout {
     std::uint32_t channels;
     std::uint32_t bytes;
     bool isAbsent = false;
 };
 
-/// `frames` frames of `channels` floats.
+/// Describe a buffer for `frames` frames of `channels` floats.
 constexpr BufferLayout layout(std::uint32_t channels, std::uint32_t frames)
 {
     return {channels, channels * frames * 4, false};
@@ -26,7 +27,7 @@ constexpr BufferLayout layout(std::uint32_t channels, std::uint32_t frames)
 
 class Slice {
 public:
-    /// Lists the first `inUse` buffers; all by default.
+    /// Make a list of the first `inUse` buffers, or of all buffers by default.
     explicit Slice(const std::vector<BufferLayout>& layouts, int inUse = -1);
 
     AudioBufferList& list() { return *list_; }
@@ -34,11 +35,11 @@ public:
     std::vector<float> floats(std::size_t buffer = 0) const;
     const std::vector<unsigned char>& bytes(std::size_t buffer) const;
 
-    /// The buffers' bytes before rendering. No test plays the float that they form.
+    /// Value of every byte in the buffers before rendering. Four such bytes form a float that no test plays.
     static constexpr unsigned char before = 0xCD;
     static float floatBefore();
 
-    /// Whether the list and all memory outside the listed buffers are unchanged.
+    /// Return whether the list and all memory outside the listed buffers are unchanged.
     bool isIntact() const;
 
 private:
@@ -50,15 +51,15 @@ private:
     };
     std::vector<BufferLayout> layouts_;
     std::size_t inUse_;
-    std::vector<std::vector<unsigned char>> memory_; // guard, buffer, guard
+    std::vector<std::vector<unsigned char>> memory_; // memory of each buffer: guard, content, guard
     mutable std::vector<std::vector<unsigned char>> content_;
     std::unique_ptr<AudioBufferList, Free> list_;
 };
 
-/// Run one I/O cycle of device `device` with the player's procedure.
+/// Run one I/O cycle of device `device` with the player's I/O procedure.
 OSStatus runCycle(const PlayerObject& object, Slice& slice, AudioDeviceID device = 2);
 
-/// Render `frames` frames into one buffer of `channels` channels and return them.
+/// Render `frames` frames into one buffer of `channels` channels and return the frames.
 std::vector<float> render(const PlayerObject& object, std::uint32_t frames, std::uint32_t channels = 1);
 
 } // namespace test

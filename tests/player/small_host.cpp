@@ -23,14 +23,15 @@ namespace host {
 namespace {
 
 struct Text {
-    REALstringStruct record; // first: its address is the string's handle
+    REALstringStruct record; // first member, because its address is the string's handle
     std::string bytes;
 };
 
 std::vector<Raised> raisedExceptions;
 std::vector<std::string> withheldNames, lookedUpNames;
 int liveCount = 0;
-int getPtrCalls = 0, getSizeCalls = 0; // not a container: some tests forbid allocation in these calls
+// Plain counters instead of a container, because some tests forbid allocation in these calls.
+int getPtrCalls = 0, getSizeCalls = 0;
 
 REALstringStruct* buildString(const void* bytes, HostInteger count)
 {
@@ -111,7 +112,7 @@ void* resolve(const char* name)
     return nullptr;
 }
 
-/// Empty the plug-in's cache of one service by constructing the service again.
+/// Clear the plug-in's cached address of one host function by constructing the cache again.
 template <class Service>
 void forget(Service& service, const char* name)
 {

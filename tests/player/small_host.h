@@ -1,4 +1,4 @@
-// A minimal host: memory blocks, and exceptions that are recorded instead of thrown.
+// A minimal host with memory blocks. The host records raised exceptions instead of throwing them.
 #pragma once
 
 #include "abi/host_values.h"
@@ -11,7 +11,7 @@
 
 namespace host {
 
-/// A memory block, with or without memory.
+/// A host memory block, which may have no memory.
 class Block {
 public:
     explicit Block(std::vector<unsigned char> bytes);
@@ -19,13 +19,13 @@ public:
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
 
-    /// A block of `size` bytes whose "memoryBlockGetPtr" returns null.
+    /// Argument for a block of `size` bytes for which "memoryBlockGetPtr" returns null.
     struct WithoutMemory {
         HostInteger size;
     };
     explicit Block(WithoutMemory absent);
 
-    /// Make "memoryBlockGetSize" return `bytes` instead of the real size.
+    /// Make "memoryBlockGetSize" return `bytes` instead of the real size of the block.
     void setSize(HostInteger bytes);
 
     operator REALmemoryBlockStruct*() const { return block_; }
@@ -34,7 +34,7 @@ private:
     REALmemoryBlockStruct* block_;
 };
 
-/// The bytes of consecutive values in the processor's order.
+/// Return the bytes of consecutive values in the processor's byte order.
 template <class Value>
 std::vector<unsigned char> bytesOf(const std::vector<Value>& values)
 {
@@ -50,21 +50,23 @@ struct Raised {
 };
 std::vector<Raised> raised();
 
-/// Start a host of version 2013.04 with all services but the `withheld` ones. Clears all records and the
-/// plug-in's cached services.
+/// Start a host of version 2013.04 that exports all functions except the `withheld` functions. Clears all
+/// recorded calls and exceptions, and the plug-in's cached host functions.
 void load(std::initializer_list<const char*> withheld = {});
 
-/// Refuse further look-ups of these services only. The plug-in keeps the services that it has cached.
+/// From now on, refuse look-ups of exactly these host functions. The plug-in keeps the functions that it has
+/// cached.
 void withhold(std::initializer_list<const char*> names);
 
-/// How often the plug-in looked up a service since load().
+/// Return how often the plug-in has looked up a host function since load().
 int lookUps(std::string_view name);
 
-/// How often "memoryBlockGetPtr" and "memoryBlockGetSize" were called since load().
+/// Return how often "memoryBlockGetPtr" or "memoryBlockGetSize" has been called since load().
 int pointerCalls();
 int sizeCalls();
 
-/// The number of strings and exceptions that the plug-in holds: 0 once a call has returned.
+/// Return the number of strings and exceptions to which the plug-in holds references. The number is 0 after
+/// each call of the plug-in.
 int liveValues();
 
 } // namespace host

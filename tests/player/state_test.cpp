@@ -1,4 +1,4 @@
-// The player's record: its layout, its initial values, and its properties.
+// The player's class data: field offsets, initial values, and the properties.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -53,7 +53,7 @@ TEST_F(PlayerState, Aligns64BitFields)
     EXPECT_EQ(offsetof(AudioPlayerData, outputPosition) % 8, 0u);
 }
 
-// The memory is filled with 0xFF before.
+// The memory is filled with 0xFF before the construction.
 TEST_F(PlayerState, TheConstructorSetsEveryField)
 {
     const PlayerObject object;
@@ -103,7 +103,7 @@ TEST_F(PlayerState, ANewObjectReportsItsDefaults)
     EXPECT_EQ(test::call<HostBoolean>("HasFreeSpace", object), 1);
 }
 
-// The host writes the offset of the class data into the class definition.
+// The offset of the class data is not constant: the host writes the offset into the class definition.
 TEST_F(PlayerState, GettersReadTheirFieldAtAnyOffset)
 {
     for (const Word offset : {Word{0}, Word{16}, Word{48}, Word{4096}}) {

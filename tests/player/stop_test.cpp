@@ -1,4 +1,4 @@
-// Stop, Close and destruction do the same.
+// "Stop", "Close" and the destructor: all three stop the player and free its buffers.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -96,7 +96,7 @@ TEST_F(PlayerStop, StopWithNoUnderflowWaitsUntilTheQueueIsEmpty)
     int ticks = 0;
     spy::platform().during[Function::delay] = [&] {
         ++ticks;
-        if (ticks == 1) { // the request is dropped, and the player continues
+        if (ticks == 1) { // this cycle drops the stop request, and the player keeps running
             EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
             EXPECT_EQ(object->stopRequested, 0);
             EXPECT_EQ(object->hadUnderflow, 1);
@@ -127,8 +127,8 @@ TEST_F(PlayerStop, AnUnderflowDuringTheWaitEndsIt)
     const PlayerObject object;
     ASSERT_TRUE(object.start());
     spy::platform().during[Function::delay] = [&] {
-        object->stopRequested = 0; // as a cycle with noUnderflow set would leave it
-        test::render(object, 4);   // this cycle has no data
+        object->stopRequested = 0; // a cycle with noUnderflow set would clear the stop request like this
+        test::render(object, 4);   // a cycle without data and without a stop request
     };
     test::call<void>("Stop", object);
     EXPECT_EQ(spy::count(Function::delay), 1);

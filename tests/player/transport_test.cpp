@@ -1,4 +1,5 @@
-// Start, and the hardware's format: the platform calls, their order, and the state after a refusal.
+// Start, and the hardware's format: the platform calls, the order of the calls, and the state after a refused
+// call.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -12,7 +13,7 @@ using spy::Function;
 using test::PlayerObject;
 using Calls = std::vector<std::string>;
 
-// Calls as the spy records them. 2 is the default output device.
+// Platform calls as the spy records them. Device 2 is the default output device.
 const std::string askDefaultDevice = "AudioHardwareGetProperty('dOut', 4 bytes)";
 const std::string askFormat = "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)";
 const std::string add = "AudioDeviceAddIOProc(2, procedure, player)";
@@ -85,7 +86,7 @@ TEST_F(PlayerTransport, TheDefaultDeviceIsNotStored)
     EXPECT_TRUE(object.start());
     EXPECT_EQ(object->outputDeviceID, 0u);
     EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0);
-    test::render(object, 4); // no data: the player stops
+    test::render(object, 4); // without data the player stops
 
     spy::platform().defaultOutputDevice = 42;
     spy::forgetCalls();
@@ -159,7 +160,8 @@ TEST_F(PlayerTransport, AfterARefusalTheNextStartTriesAgain)
     EXPECT_EQ(spy::calls(), wholeStart);
 }
 
-// The order is intended: isRunning is set before the device is started.
+// It is intended that the player counts as running, because isRunning must be set before the device is
+// started.
 TEST_F(PlayerTransport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
 {
     const PlayerObject object;
@@ -184,7 +186,7 @@ TEST_F(PlayerTransport, IsRunningIsSetBeforeTheDeviceStarts)
     EXPECT_EQ(whileStarting, 1);
 }
 
-// A device may run its first cycle, without data, before AudioDeviceStart returns.
+// A device may run its first I/O cycle before AudioDeviceStart returns. Here this cycle has no data.
 TEST_F(PlayerTransport, ACycleInsideTheStartMayStopThePlayer)
 {
     const PlayerObject object;
@@ -201,7 +203,7 @@ TEST_F(PlayerTransport, RestartResetsPositionsAndKeepsTheBuffers)
     ASSERT_TRUE(object.start());
     test::render(object, 5);
     ASSERT_EQ(object->baseSampleIndex, 4);
-    object->stopRequested = 1; // stopped by its own cycle: the buffers stay
+    object->stopRequested = 1; // a stop by the I/O procedure, which keeps the buffers
     test::render(object, 1);
     ASSERT_EQ(object->isRunning, 0);
     object->stopRequested = 0;

@@ -1,4 +1,4 @@
-// The I/O procedure without data, and after a stop request.
+// The behaviour of the I/O procedure without data, and after a stop request.
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
@@ -16,7 +16,7 @@ using Calls = std::vector<std::string>;
 
 class PlayerUnderflow : public test::FreshPlatform {
 protected:
-    /// Start the player and forget the platform calls of the start.
+    /// Start the player and clear the record of the platform calls.
     static void start(const PlayerObject& object)
     {
         ASSERT_TRUE(object.start());
@@ -124,7 +124,8 @@ TEST_F(PlayerUnderflow, SamplesBeforeTheReadPositionAreSkippedWhenDataReturns)
     test::set<HostBoolean>(object, "NoUnderflow", 1);
     ASSERT_TRUE(object.add({1, 2}));
     start(object);
-    EXPECT_EQ(runCycle(object), (Floats{1, 2, 0, 0})); // position 4; the next buffer begins at 2
+    // The position is 4 now, but the next buffer will begin at 2.
+    EXPECT_EQ(runCycle(object), (Floats{1, 2, 0, 0}));
     EXPECT_EQ(runCycle(object), silence);
     ASSERT_TRUE(object.add({10, 11, 12, 13, 14, 15, 16}));
     EXPECT_EQ(runCycle(object), (Floats{12, 13, 14, 15}));
@@ -188,7 +189,7 @@ TEST_F(PlayerUnderflow, NoUnderflowDropsAStopRequest)
     }
 }
 
-// ---- removal from the device ----
+// ---- removal of the I/O procedure from the device ----
 
 TEST_F(PlayerUnderflow, IsRunningStaysSetUntilTheProcedureIsRemoved)
 {
@@ -217,7 +218,7 @@ TEST_F(PlayerUnderflow, TheBuffersAreSilentBeforeTheDeviceIsStopped)
     EXPECT_EQ(seen, silence);
 }
 
-// A device that has gone refuses every call.
+// A device that no longer exists refuses every call.
 TEST_F(PlayerUnderflow, ThePlayerStopsOnADeviceThatRefuses)
 {
     spy::platform().refusal[spy::Function::stop] = kAudioHardwareBadDeviceError;
@@ -253,7 +254,7 @@ TEST_F(PlayerUnderflow, ALockThatFailsIsAnUnderflow)
     }
 }
 
-// The next cycle continues with the waiting buffer.
+// The frames after the failed lock are silence. The next cycle continues with the waiting buffer.
 TEST_F(PlayerUnderflow, ALockThatFailsInsideASliceGivesSilence)
 {
     const PlayerObject object;
