@@ -1,4 +1,4 @@
-// The public calls of the converter.
+// The exported AudioConverter functions.
 #include "platform/audioconverter/converter.h"
 #include "platform/support/border.h"
 
@@ -7,7 +7,8 @@
 namespace kvxplatform::audioconverter {
 namespace {
 
-/// Exclusive access to a converter; false while another call has it, also one further up this thread's stack.
+/// Exclusive access to a converter. The object is false if another call already has access, for example an
+/// outer call on the same thread's stack.
 class Exclusive {
 public:
     explicit Exclusive(Converter& converter)
@@ -26,7 +27,7 @@ private:
     const bool isOwner_;
 };
 
-/// Run `body` on the converter of a handle; paramErr for an unknown one.
+/// Call `body` with the converter of a handle. Returns paramErr for an unknown handle.
 template <class Body>
 OSStatus with(AudioConverterRef handle, Body body)
 {
@@ -36,7 +37,8 @@ OSStatus with(AudioConverterRef handle, Body body)
     });
 }
 
-/// The same with exclusive access.
+/// Call `body` with exclusive access to the converter of a handle. Returns OperationNotSupported if another
+/// call has access.
 template <class Body>
 OSStatus withExclusive(AudioConverterRef handle, Body body)
 {

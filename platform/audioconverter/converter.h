@@ -13,10 +13,10 @@
 
 namespace kvxplatform::audioconverter {
 
-/// Properties that a caller can set.
+/// The properties of a converter that a caller can set.
 struct Settings {
     pcm::ConversionQuality quality;
-    std::optional<pcm::ChannelMap> map; ///< empty: the rule of pcm/channel_map.h
+    std::optional<pcm::ChannelMap> map; ///< channel map; if empty, the rule of pcm/channel_map.h applies
 };
 
 struct Converter {
@@ -26,12 +26,13 @@ struct Converter {
 
     const AudioStreamBasicDescription source, destination;
     AudioConverterRef self = nullptr;
-    std::atomic<bool> isBusy{false};     ///< a fill or a change is in progress
-    std::atomic<bool> isDisposed{false}; ///< a fill in progress ends after its next input
+    std::atomic<bool> isBusy{false}; ///< true while a fill or a change is in progress
+    /// True after disposal; a fill in progress ends after its next input.
+    std::atomic<bool> isDisposed{false};
 
     Settings settings;
     std::unique_ptr<pcm::Conversion> conversion;
-    pcm::PulledInput input; ///< from the input procedure, in memory of the caller
+    pcm::PulledInput input; ///< input frames, in memory that the input procedure owns
 };
 
 using Converters = HandleTable<Converter, 2>;
@@ -40,24 +41,26 @@ using Converters = HandleTable<Converter, 2>;
 /// [any]
 AudioConverterRef add(std::unique_ptr<Converter> converter);
 
-/// Find the converter of a handle. It is not freed while the result lives.
+/// Find the converter of a handle. The converter is not freed while the result lives.
 /// Neither allocates nor locks.
 /// [any]
 Converters::Use use(AudioConverterRef handle);
 
-/// Withdraw a handle; the last use of its converter frees it. False for an unknown handle.
+/// Withdraw a handle. The converter is freed when the last call that uses the converter ends. Returns false
+/// for an unknown handle.
 /// [any]
 bool dispose(AudioConverterRef handle);
 
-// The functions below need the converter to themselves, except getPropertyInfo and getProperty.
+// The functions below need exclusive access to the converter, except getPropertyInfo and getProperty.
 
-/// Prepare a new converter for its formats. Errors as AudioConverterNew. Throws std::bad_alloc.
+/// Prepare a new converter for its formats. Throws std::bad_alloc.
+/// Errors  those of AudioConverterNew.
 OSStatus prepare(Converter& converter);
 
-/// Discard input and filter history.
+/// Discard unread input and filter history.
 void reset(Converter& converter);
 
-/// As AudioConverterFillComplexBuffer. Neither allocates nor locks.
+/// Fill the caller's buffers, as AudioConverterFillComplexBuffer does. Neither allocates nor locks.
 /// [audio]
 OSStatus fill(Converter& converter, AudioConverterComplexInputDataProc input, void* context, UInt32& frames,
               AudioBufferList& out);
@@ -66,7 +69,8 @@ OSStatus getPropertyInfo(const Converter& converter, AudioConverterPropertyID id
                          Boolean* isWritable);
 OSStatus getProperty(const Converter& converter, AudioConverterPropertyID id, UInt32& size, void* data);
 
-/// Setting complexity, quality or map resets the converter. Throws std::bad_alloc and then changes nothing.
+/// Set a property. A new complexity, quality or channel map resets the converter. Throws std::bad_alloc, and
+/// then nothing has changed.
 OSStatus setProperty(Converter& converter, AudioConverterPropertyID id, UInt32 size, const void* data);
 
 } // namespace kvxplatform::audioconverter

@@ -1,4 +1,4 @@
-// Filling a caller's buffers from its input procedure.
+// Fills the caller's buffers with input frames that the caller's input procedure supplies.
 #include "platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -28,7 +28,7 @@ OSStatus fill(Converter& converter, AudioConverterComplexInputDataProc procedure
 
         UInt32 packets = missing;
         const OSStatus status = procedure(converter.self, &packets, &list, nullptr, context);
-        // Disposing from inside the procedure may have freed its input memory too.
+        // If the procedure has disposed the converter, the input memory may be freed too.
         if (converter.isDisposed) return paramErr;
         converter.input.first = 0;
         converter.input.count = packets;

@@ -8,7 +8,7 @@ namespace {
 
 LiveCount liveCount("AudioConverter");
 
-// Never destroyed: a render thread may still fill a converter while the process exits.
+// The table is never destroyed, because a render thread may still fill a converter while the process exits.
 Converters& table()
 {
     static Converters& converters = *new Converters;

@@ -31,7 +31,8 @@ ChannelMap routingOf(const Converter& converter, const Settings& settings)
                                                 converter.destination.mChannelsPerFrame);
 }
 
-/// Make a conversion with these settings; null if its formats cannot be converted. Throws std::bad_alloc.
+/// Make a conversion with these settings. Returns null if the converter's formats cannot be converted. Throws
+/// std::bad_alloc.
 std::unique_ptr<Conversion> make(const Converter& converter, const Settings& settings)
 {
     auto made = std::make_unique<Conversion>();
@@ -40,11 +41,12 @@ std::unique_ptr<Conversion> make(const Converter& converter, const Settings& set
     return isMade ? std::move(made) : nullptr;
 }
 
-/// Replace the settings and the conversion. Throws std::bad_alloc and then changes nothing.
+/// Replace the settings and the conversion, and reset the converter. Throws std::bad_alloc, and then nothing
+/// has changed.
 OSStatus apply(Converter& converter, Settings settings)
 {
     std::unique_ptr<Conversion> made = make(converter, settings);
-    if (!made) return kAudioConverterErr_UnspecifiedError; // formats that were accepted once
+    if (!made) return kAudioConverterErr_UnspecifiedError; // unexpected: prepare() has accepted these formats
     converter.conversion = std::move(made);
     converter.settings = std::move(settings);
     reset(converter);
@@ -131,9 +133,9 @@ void getFormat(const Converter& converter, void* data)
 
 struct Property {
     AudioConverterPropertyID id;
-    UInt32 size; ///< bytes; 0: one word for each destination channel
+    UInt32 size; ///< size in bytes; 0: one SInt32 for each destination channel
     void (*get)(const Converter&, void* data);
-    OSStatus (*set)(Converter&, const void* data); ///< null: read-only
+    OSStatus (*set)(Converter&, const void* data); ///< setter; null for a read-only property
 };
 
 constexpr auto complexity = &pcm::ConversionQuality::complexity;
@@ -178,7 +180,8 @@ OSStatus prepare(Converter& converter)
     if (!RateConverter::takes(from.mSampleRate, to.mSampleRate))
         return kAudioConverterErr_OutputSampleRateOutOfRange;
     converter.conversion = make(converter, converter.settings);
-    if (!converter.conversion) return kAudioConverterErr_FormatNotSupported; // too many channels
+    // Too many channels for a rate conversion.
+    if (!converter.conversion) return kAudioConverterErr_FormatNotSupported;
     converter.input.storage.prepare(pcm::buffersOf(from));
     return noErr;
 }

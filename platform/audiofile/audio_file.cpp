@@ -1,4 +1,4 @@
-// The AudioFile calls: what a file contains.
+// The exported AudioFile functions, which report the properties of a sound file.
 #include "platform/audiofile/audio_file.h"
 
 #include "platform/audiofile/handles.h"
@@ -19,7 +19,7 @@ namespace {
 
 LiveCount liveCount("AudioFile");
 
-/// An open file. Every property comes from facts that were read when the file was opened.
+/// An open file. All its properties are computed from the facts that were read when the file was opened.
 struct AudioFile {
     AudioFile(std::shared_ptr<const Facts> ofFacts, bool lent) : facts(std::move(ofFacts)), isLent(lent)
     {
@@ -33,12 +33,12 @@ struct AudioFile {
     AudioFile& operator=(const AudioFile&) = delete;
 
     const std::shared_ptr<const Facts> facts;
-    const bool isLent; ///< an extended audio file closes it
+    const bool isLent; ///< true if an extended audio file owns and closes this AudioFile
 };
 
 using AudioFiles = Handles<AudioFile, AudioFileID, 2>;
 
-// ---- properties: each getter writes its value; false if the file does not have the property ----
+// ---- properties: a getter writes the value to `out`, or returns false if the file has no such value ----
 
 template <class Value>
 bool store(void* out, Value value)
@@ -49,7 +49,8 @@ bool store(void* out, Value value)
 
 double secondsOf(const Facts& facts) { return static_cast<double>(facts.frames) / facts.format.mSampleRate; }
 
-/// Whether a packet is one frame of fixed size. Counting other packets would need a pass over the file.
+/// Whether every packet is one frame of fixed size. Other packets are not counted, because that would need a
+/// pass over the whole file.
 bool hasSamplePackets(const Facts& facts)
 {
     return facts.format.mFramesPerPacket == 1 && facts.format.mBytesPerPacket > 0;

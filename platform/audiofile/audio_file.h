@@ -1,4 +1,4 @@
-// AudioFile handles that an extended audio file lends.
+// AudioFile handles that an extended audio file lends to its callers.
 // All functions: [any].
 #pragma once
 
@@ -8,13 +8,13 @@
 
 namespace kvxplatform::audiofile {
 
-/// Make a handle on a file's facts. The caller closes it with closeLentAudioFile. Null if there are too many
-/// handles. Throws std::bad_alloc.
+/// Make an AudioFile handle for the facts of an extended audio file, which closes the handle with
+/// closeLentAudioFile. Returns null if the table of handles is full. Throws std::bad_alloc.
 AudioFileID lendAudioFile(std::shared_ptr<const Facts> facts);
 
 bool isOpen(AudioFileID file);
 
-/// Close a lent handle. No effect if AudioFileClose has closed it.
+/// Close a lent handle. No effect if AudioFileClose has already closed the handle.
 void closeLentAudioFile(AudioFileID file);
 
 } // namespace kvxplatform::audiofile

@@ -13,10 +13,11 @@ namespace {
 constexpr UInt32 blockSamples = 1 << 14;
 constexpr UInt32 mostBlockFrames = 1 << 12;
 
-/// Whether a format is native float in one buffer, the form that SoundFile decodes to.
+/// Whether samples in this format have the memory layout of SoundFile::read: interleaved native 32-bit float.
 bool isDecoded(const AudioStreamBasicDescription& format)
 {
-    const bool isSingle = format.mChannelsPerFrame == 1; // one buffer either way
+    // One channel has the same memory layout, interleaved or not.
+    const bool isSingle = format.mChannelsPerFrame == 1;
     return pcm::isSameFormat(format, pcm::interleavedFormat(format.mSampleRate, format.mChannelsPerFrame)) ||
            (isSingle && pcm::isCanonical(format));
 }
@@ -65,10 +66,10 @@ SInt64 ClientReader::readConverted(UInt32 frames, AudioBufferList& list)
     const OSStatus status = pcm::convertPulled(conversion_, input_, list, frames, made,
                                                [&](UInt32 missing) { return pull(missing); });
     made_ += made;
-    return status != noErr && made == 0 ? -1 : SInt64{made}; // after some frames the next read fails
+    return status != noErr && made == 0 ? -1 : SInt64{made}; // frames made before an error are returned first
 }
 
-/// Decode the next block, up to `frames` frames.
+/// Decode up to `frames` frames into block_, as the next input of the conversion.
 OSStatus ClientReader::pull(UInt32 frames)
 {
     const SInt64 before = file_.position();

@@ -5,17 +5,17 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-/// A container of consecutive chunks, each an id, a length and a body.
+/// A container format of consecutive chunks. Each chunk has an id, a length and a body.
 struct Chunked {
     UInt32 magic;            ///< the file's first four bytes
-    SInt64 firstChunk;       ///< offset in bytes
-    std::size_t idBytes;     ///< the first four identify the chunk
-    std::size_t lengthBytes; ///< 4 or 8
+    SInt64 firstChunk;       ///< file offset of the first chunk
+    std::size_t idBytes;     ///< size of a chunk's id; the id's first four bytes identify the chunk
+    std::size_t lengthBytes; ///< size of a chunk's length field: 4 or 8 bytes
     bool isBigEndian;
-    bool countsHeader; ///< the length includes id and length
-    SInt64 alignment;  ///< of each chunk, in bytes
+    bool countsHeader; ///< true if a chunk's length includes the id and the length field
+    SInt64 alignment;  ///< alignment of the start of each chunk, in bytes
     UInt32 sound;      ///< id of the chunk with the samples
-    SInt64 preamble;   ///< bytes of that chunk before the samples
+    SInt64 preamble;   ///< number of bytes before the samples in the body of the sound chunk
 };
 
 // clang-format off
@@ -31,9 +31,9 @@ constexpr Chunked chunked[] = {
 };
 // clang-format on
 
-constexpr int mostChunks = 1 << 12; // real files have dozens
+constexpr int mostChunks = 1 << 12; // real files have dozens of chunks
 
-/// Programs that write a stream store a length near the largest number for "unknown".
+/// Whether a length means "unknown". Programs that write a stream store a length near the largest number.
 bool isPlaceholder(UInt64 length, std::size_t lengthBytes)
 {
     return lengthBytes == 4 ? length >= 0x7FFFF000 : length >= 0x7FFFFFFFFFFFF000;
@@ -47,9 +47,9 @@ StatedData stated(SInt64 start, UInt64 bytes, std::size_t lengthBytes)
     return data;
 }
 
-/// The end of the bytes that libsndfile gets; 0: the whole file. libsndfile refuses WAV and AIFF files with
-/// trailing bytes, decodes chunks after the samples of a W64 file as samples, and loops on an 8SVX file with
-/// many chunks after the samples.
+/// Get the file offset at which libsndfile's input ends; 0 for the whole file. The end of some files is
+/// hidden, because libsndfile refuses WAV and AIFF files with trailing bytes, decodes chunks after the
+/// samples of a W64 file as samples, and loops on an 8SVX file with many chunks after the samples.
 SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
 {
     if (kind.magic == 'RF64' || kind.magic == 'caff') return 0;
@@ -62,16 +62,18 @@ SInt64 endOfForm(ByteReader& file, const Chunked& kind, const StatedData& data)
     return std::min(file.size(), std::max(sound, form));
 }
 
-/// libsndfile refuses a truncated CAF file, and finds no samples in a WAV file without final lengths.
+/// Whether the length of the sound chunk must be replaced, because libsndfile refuses a truncated CAF file
+/// and finds no samples in a WAV file whose lengths were never filled in.
 bool needsPatch(ByteReader& file, const Chunked& kind, const StatedData& data)
 {
     if (kind.magic == 'caff') return data.bytes > file.size() - data.start;
-    constexpr SInt64 beforeForm = 8; // bytes not counted in the form's length
+    constexpr SInt64 beforeForm = 8; // size of the file's first id and length, not counted by that length
     return (kind.magic == 'RIFF' || kind.magic == 'RIFX') && data.bytes == 0 && data.start < file.size() &&
            static_cast<SInt64>(file.number(4, 4, kind.isBigEndian)) + beforeForm <= data.start;
 }
 
-/// A length for the chunk at an offset: from its body to the end of the file.
+/// Make a patch of the length field of the chunk at an offset: the length from the body to the end of the
+/// file.
 Patch trueLength(ByteReader& file, const Chunked& kind, SInt64 chunk, SInt64 body)
 {
     Patch patch{chunk + static_cast<SInt64>(kind.idBytes), kind.lengthBytes, {}};
@@ -87,7 +89,7 @@ Patch trueLength(ByteReader& file, const Chunked& kind, SInt64 chunk, SInt64 bod
 StatedData soundChunk(ByteReader& file, const Chunked& kind)
 {
     const auto headerBytes = static_cast<SInt64>(kind.idBytes + kind.lengthBytes);
-    UInt64 wideLength = 0; // RF64 states the data length in an earlier chunk
+    UInt64 wideLength = 0; // data length that an RF64 file states in an earlier 'ds64' chunk
     SInt64 at = kind.firstChunk;
     for (int i = 0; at <= file.size() - headerBytes; ++i) {
         if (i == mostChunks) {

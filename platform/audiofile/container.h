@@ -1,5 +1,6 @@
-// The data length that a container states: chunked formats (WAV, RF64, W64, AIFF, 8SVX, CAF) and AU. Decoders
-// silently shorten a stated length to the bytes that the file has.
+// Finds the sample data of a container, and the data length that its header states. The containers are
+// chunked formats (WAV, RF64, W64, AIFF, 8SVX, CAF) and AU. Decoders do not report the stated length: they
+// shorten it to the bytes that the file has.
 #pragma once
 
 #include "platform/audiofile/byte_reader.h"
@@ -7,16 +8,18 @@
 
 namespace kvxplatform::audiofile {
 
-/// The sample data of a container, in bytes.
+/// The position and the length of a container's sample data, in bytes.
 struct StatedData {
-    SInt64 start = 0;              ///< offset in the file; 0: not found
-    SInt64 bytes = 0;              ///< stated length; 0: not stated, or a placeholder for an unknown length
-    SInt64 end = 0;                ///< end of the bytes for the decoder; 0: the end of the file
-    bool hasTooManyChunks = false; ///< the search ended before the data
-    Patch length; ///< the true length, if libsndfile would otherwise refuse the file or find no samples
+    SInt64 start = 0; ///< file offset of the first sample; 0: not found
+    SInt64 bytes = 0; ///< stated length of the data; 0: not stated, or a placeholder for an unknown length
+    SInt64 end = 0;   ///< file offset at which the decoder's input ends; 0: the end of the file
+    bool hasTooManyChunks = false; ///< true if the search stopped at the chunk limit before it found the data
+    /// True length of the data; empty unless libsndfile would refuse the file or find no samples.
+    Patch length;
 };
 
-/// Parse a container. Other formats give an empty result. The search for the data ends after 4,096 chunks.
+/// Find the sample data of a container. The result is empty for other file formats. The search for the data
+/// stops after 4,096 chunks.
 /// [any]
 StatedData statedData(ByteReader& file);
 

@@ -7,13 +7,14 @@ namespace kvxplatform::audiofile {
 namespace {
 
 constexpr UInt32 anyContainer = 0;
-constexpr UInt32 waveTag = 0x6D730000; // 'ms' and the coding's number in WAVE files
+// 'ms' in the upper 16 bits; the lower 16 bits are the coding's number in WAVE files.
+constexpr UInt32 waveTag = 0x6D730000;
 
-/// A linear PCM subtype of libsndfile.
+/// A linear PCM subtype of libsndfile, with its sample width and format flags.
 struct Plain {
     int subtype;
     UInt32 bits;
-    UInt32 flags; ///< without the byte order
+    UInt32 flags; ///< format flags apart from the byte order
 };
 
 // clang-format off
@@ -27,18 +28,18 @@ constexpr Plain plains[] = {
     {SF_FORMAT_DOUBLE, 64, kAudioFormatFlagIsPacked | kAudioFormatFlagIsFloat},
 };
 
-/// Any other coding. The first matching row applies.
+/// A subtype of libsndfile that is not linear PCM in this container. The first matching row applies.
 struct Coding {
     int subtype;
-    UInt32 container;       ///< anyContainer: every container without an earlier row
+    UInt32 container; ///< libsndfile's container; anyContainer: every container without an earlier row
     UInt32 format;
-    UInt32 framesPerPacket; ///< 0: varying or unknown
-    UInt32 packetBytes;     ///< per channel; 0: varying or unknown
-    UInt32 largestPacket;   ///< bytes of all channels, if packets vary; 0: unknown
+    UInt32 framesPerPacket; ///< frames per packet; 0: varying or unknown
+    UInt32 packetBytes; ///< bytes per packet and channel; 0: varying or unknown
+    UInt32 largestPacket; ///< largest packet in bytes of all channels, if packets vary; 0: unknown
     SInt32 sourceBits;
 };
 
-// A coding with a four-character name has that name; others have their number in WAVE files.
+// The format ID of a coding is its four-character name if it has one, otherwise its number in WAVE files.
 constexpr Coding codings[] = {
     // subtype                   container         format                      frames bytes largest bits
     {SF_FORMAT_ULAW,             anyContainer,     kAudioFormatULaw,               1,  1,      0,  0},
@@ -81,7 +82,7 @@ constexpr Coding codings[] = {
     {SF_FORMAT_MPEG_LAYER_III,   anyContainer,     kAudioFormatMPEGLayer3,      1152,  0,   1441,  0},
 };
 
-/// Containers that the platform has a type for.
+/// Containers for which the platform has a file type.
 constexpr struct {
     int container;
     AudioFileTypeID type;
@@ -92,7 +93,8 @@ constexpr struct {
 };
 // clang-format on
 
-constexpr int lowestMPEG1Rate = 32000; // below, layer III has packets of half the length
+// Sample rate in Hz; below this rate a layer III packet has half as many frames.
+constexpr int lowestMPEG1Rate = 32000;
 
 template <class Row, std::size_t count>
 const Row* rowOf(const Row (&rows)[count], int subtype)
@@ -142,11 +144,12 @@ void describeCoded(const Coding& coding, int rate, Facts& facts)
     format.mFramesPerPacket = coding.framesPerPacket;
     if (coding.subtype == SF_FORMAT_MPEG_LAYER_III && rate < lowestMPEG1Rate) format.mFramesPerPacket /= 2;
     format.mBytesPerPacket = coding.packetBytes * format.mChannelsPerFrame;
-    if (coding.framesPerPacket == 1) { // one or two bytes a sample
+    if (coding.framesPerPacket == 1) { // one or two bytes per sample
         format.mBytesPerFrame = format.mBytesPerPacket;
         format.mBitsPerChannel = coding.packetBytes * 8;
     }
-    // The flags of a lossless coding give the sample width: 1 to 4 for 16, 20, 24 and 32 bits.
+    // The format flags of a lossless coding state the sample width: 1, 2, 3 and 4 mean 16, 20, 24 and 32
+    // bits.
     if (coding.format == kAudioFormatAppleLossless || coding.format == 'flac')
         format.mFormatFlags = coding.sourceBits == 16   ? 1
                               : coding.sourceBits == 20 ? 2
@@ -173,7 +176,7 @@ Facts describe(SNDFILE* file, const SF_INFO& info, UInt32 formType)
     } else if (plain) {
         const bool isSwapped = sf_command(file, SFC_RAW_DATA_NEEDS_ENDSWAP, nullptr, 0) != 0;
         describePlain(*plain, isSwapped, facts);
-        // These two containers store samples in blocks with headers.
+        // SDS and PAF files store samples in blocks with headers, so their bytes cannot be copied as frames.
         facts.isPlain = container != SF_FORMAT_SDS && container != SF_FORMAT_PAF;
     }
     return facts;

@@ -1,4 +1,4 @@
-// The ExtAudioFile calls: a file's frames in the caller's PCM format.
+// The exported ExtAudioFile functions, which read a file's frames in the caller's PCM format.
 #include "platform/audiofile/audio_file.h"
 #include "platform/audiofile/client_reader.h"
 #include "platform/audiofile/handles.h"
@@ -35,9 +35,10 @@ struct ExtendedFile {
     ExtendedFile& operator=(const ExtendedFile&) = delete;
 
     const std::unique_ptr<SoundFile> file;
-    const std::shared_ptr<const Facts> facts; ///< shared with the lent handle
-    std::unique_ptr<ClientReader> reader;     ///< null: a compressed file without a client format
-    AudioFileID audioFile = nullptr;          ///< lent when a caller first gets it
+    const std::shared_ptr<const Facts> facts; ///< facts of the file, shared with the lent AudioFile
+    /// Reader in the client format; null for a compressed file without a client format.
+    std::unique_ptr<ClientReader> reader;
+    AudioFileID audioFile = nullptr; ///< AudioFile lent to callers; null until a caller first gets it
 };
 
 using ExtendedFiles = Handles<ExtendedFile, ExtAudioFileRef, 3>;
@@ -69,7 +70,8 @@ OSStatus setClientFormat(ExtendedFile& file, const void* data)
     AudioStreamBasicDescription format;
     std::memcpy(&format, data, sizeof format);
     if (!pcm::isLinearPCM(format)) return kExtAudioFileError_NonPCMClientFormat;
-    const SInt64 position = positionOf(file); // the present reader may have decoded further
+    // Position of the next client frame; the decoder may already be further ahead.
+    const SInt64 position = positionOf(file);
     auto reader = std::make_unique<ClientReader>(*file.file, format);
     if (!reader->prepare()) return kExtAudioFileError_InvalidDataFormat;
     if (!reader->seek(position)) return kExtAudioFileError_InvalidSeek;
@@ -101,7 +103,7 @@ constexpr struct Property {
     ExtAudioFilePropertyID property;
     UInt32 bytes;
     OSStatus (*get)(ExtendedFile&, void* out);
-    OSStatus (*set)(ExtendedFile&, const void* data); ///< null: read-only
+    OSStatus (*set)(ExtendedFile&, const void* data); ///< setter; null for a read-only property
 } properties[] = {
     // clang-format off
     // property                                 bytes                                getter           setter
@@ -121,7 +123,7 @@ const Property* find(ExtAudioFilePropertyID property)
     return found == std::end(properties) ? nullptr : found;
 }
 
-/// Run `body` on the file of a handle; paramErr for a null, closed or unknown handle.
+/// Call `body` with the open file of a handle. Returns paramErr for a null, closed or unknown handle.
 template <class Body>
 OSStatus with(ExtAudioFileRef file, Body body) noexcept
 {
@@ -138,7 +140,7 @@ OSStatus read(ExtendedFile& file, UInt32& ioFrames, AudioBufferList& list)
     SInt64 got = 0;
     if (ioFrames > 0) {
         const UInt32 capacity = pcm::capacityOf(format, list).value_or(0);
-        if (capacity == 0) return paramErr; // 0 frames with noErr would mean the end of the file
+        if (capacity == 0) return paramErr; // noErr with 0 frames would mean the end of the file
         got = file.reader->read(std::min(ioFrames, capacity), list);
         if (got < 0) return ioErr;
     }
@@ -163,7 +165,7 @@ OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file)
         const OSStatus status = SoundFile::open(url->path, opened);
         if (status != noErr) return status;
         auto file = std::make_unique<ExtendedFile>(std::move(opened));
-        // The client format of a PCM file is the file's until the caller sets one.
+        // The client format of a PCM file is the file's format until the caller sets another client format.
         const AudioStreamBasicDescription& format = file->facts->format;
         if (kvxplatform::pcm::isLinearPCM(format)) {
             auto reader = std::make_unique<ClientReader>(*file->file, format);

@@ -10,7 +10,7 @@
 namespace kvxplatform::audiofile {
 
 namespace {
-constexpr SInt64 lastTag = 128; // bytes at the end, where a decoder first looks for a tag
+constexpr SInt64 lastTag = 128; // number of bytes at the end of a file, where a decoder first looks for a tag
 }
 
 FileView::FileView(int descriptor, std::vector<Span> spans, const Patch& patch, SInt64 statedBytes)
@@ -56,7 +56,7 @@ SInt64 FileView::read(UInt8* out, SInt64 bytes)
 {
     const SInt64 available = ends_.empty() ? 0 : ends_.back();
     if (statedBytes_ > available && position_ == statedBytes_ - lastTag && bytes > 0 && bytes <= lastTag) {
-        std::memset(out, 0, static_cast<std::size_t>(bytes)); // no tag
+        std::memset(out, 0, static_cast<std::size_t>(bytes)); // zeros, in which the decoder finds no tag
         position_ += bytes;
         return bytes;
     }
@@ -70,7 +70,8 @@ SInt64 FileView::read(UInt8* out, SInt64 bytes)
     return done;
 }
 
-/// Read from the span at the position; 0 past the last span.
+/// Read up to `bytes` bytes from the span at the position. Returns the number of bytes read: 0 past the last
+/// span, negative if the disk cannot be read.
 SInt64 FileView::readSpan(UInt8* out, SInt64 bytes)
 {
     const auto end = std::upper_bound(ends_.begin(), ends_.end(), position_);

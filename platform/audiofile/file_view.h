@@ -1,4 +1,4 @@
-// A virtual file for libsndfile: consecutive spans of a file.
+// A virtual file for libsndfile: spans of a file on disk, one after another.
 // One call at a time.
 // All functions: [any].
 #pragma once
@@ -13,28 +13,30 @@
 
 namespace kvxplatform::audiofile {
 
-/// Consecutive bytes of a file.
+/// A span of consecutive bytes of a file.
 struct Span {
     SInt64 start = 0, bytes = 0;
 };
 
 /// Replacement bytes for a length field that is wrong in the file.
 struct Patch {
-    SInt64 start = 0; ///< offset in the file
+    SInt64 start = 0; ///< file offset of the first replaced byte
     std::size_t size = 0;
     std::array<UInt8, 8> bytes{};
 };
 
 class FileView {
 public:
-    /// Bounds the memory that a hostile file can claim; music in this many spans lasts more than a day.
+    /// Largest number of spans, which bounds the memory that a hostile file can claim. Music in this many
+    /// spans lasts more than a day.
     static constexpr std::size_t mostSpans = 1 << 18;
 
-    /// `descriptor` stays the caller's and outlives this view. The view reports `statedBytes` as its length
-    /// if that is more than the spans have. Throws std::bad_alloc.
+    /// The caller closes `descriptor` after the view's lifetime. The view reports `statedBytes` as the length
+    /// of the virtual file if that is more than the spans have. Throws std::bad_alloc.
     FileView(int descriptor, std::vector<Span> spans, const Patch& patch = {}, SInt64 statedBytes = 0);
 
-    /// Open a decoder at the beginning; null as sf_open. The view outlives the decoder at the same address.
+    /// Open a decoder at the first byte. Returns null if libsndfile cannot open the virtual file. The view
+    /// outlives the decoder, and must not move in memory before the decoder is closed.
     SNDFILE* open(SF_INFO& info);
 
     /// Whether a read from the disk has failed since the last open().
@@ -50,7 +52,7 @@ private:
 
     int descriptor_;
     std::vector<Span> spans_;
-    std::vector<SInt64> ends_; // of the spans, as offsets in the view
+    std::vector<SInt64> ends_; // end of each span, as an offset in the virtual file
     Patch patch_;
     SInt64 statedBytes_;
     SInt64 position_ = 0;

@@ -8,8 +8,8 @@
 
 namespace kvxplatform::audiofile {
 
-/// The table of open files of type T with the handle type Ref. `kind` differs between the two interfaces, so
-/// that a handle of one is unknown to the other.
+/// The table of open files of type T, with handles of type Ref. `kind` differs between AudioFile and
+/// ExtAudioFile, so that neither interface accepts a handle of the other.
 /// [any]
 template <class T, class Ref, std::uint32_t kind>
 class Handles {
@@ -17,17 +17,18 @@ public:
     using Table = HandleTable<T, kind>;
     using Use = typename Table::Use;
 
-    /// Register a file. Null if the table is full. Throws std::bad_alloc.
+    /// Register a file. Returns its handle; null if the table is full. Throws std::bad_alloc.
     static Ref add(std::unique_ptr<T> file)
     {
         const HandleNumber number = table().add(std::move(file), [](T&, HandleNumber) { return true; });
         return handleOf<Ref>(number);
     }
 
-    /// Find a file. Empty for a null, closed or unknown handle.
+    /// Find the file of a handle. The result is empty for a null, closed or unknown handle.
     static Use use(Ref ref) { return table().use(numberOf(ref)); }
 
-    /// Withdraw a handle; the last use of its file frees it. False for a null, closed or unknown handle.
+    /// Withdraw a handle. The file is freed when the last call that uses the file ends. Returns false for a
+    /// null, closed or unknown handle.
     static bool close(Ref ref)
     {
         Use closing = table().beginClose(numberOf(ref));
@@ -37,7 +38,7 @@ public:
     }
 
 private:
-    // Never destroyed: a file may be closed while the process exits.
+    // The table is never destroyed, because a file may be closed while the process exits.
     static Table& table()
     {
         static Table& all = *new Table;

@@ -7,16 +7,16 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-constexpr int streamHeaders = 4;       // consecutive headers that make a stream
-constexpr UInt32 mostFreeBytes = 3456; // the largest free-format frame that decoders accept
-constexpr SInt64 decoderDelay = 529;   // samples, of a layer III decoder
+constexpr int streamHeaders = 4;       // number of consecutive frame headers that make a stream
+constexpr UInt32 mostFreeBytes = 3456; // size of the largest free-format frame that decoders accept
+constexpr SInt64 decoderDelay = 529;   // delay of a layer III decoder, in samples
 
-/// The contents of an info frame (Xing, Info, VBRI): a frame without audio that describes its stream.
+/// The numbers in an info frame (Xing, Info, VBRI). An info frame has no audio; it describes its stream.
 struct Info {
-    SInt64 frames = 0; ///< 0: not stated
-    SInt64 bytes = 0;  ///< of the stream, with the info frame; 0: not stated
+    SInt64 frames = 0; ///< number of frames in the stream; 0: not stated
+    SInt64 bytes = 0;  ///< size of the stream, including the info frame; 0: not stated
     bool hasDelay = false;
-    SInt64 delay = 0, padding = 0; ///< samples per channel that the encoder added
+    SInt64 delay = 0, padding = 0; ///< samples per channel that the encoder added at the start and at the end
 };
 
 class Finder {
@@ -50,14 +50,14 @@ private:
         if (!headerAt(at, first) || !isWhole(at, first)) return false;
         for (int headers = 0; headers < streamHeaders; ++headers) {
             if (headers > 0 && (at == file_.size() || tagBytes(file_, at) > 0)) return true;
-            if (headers > 1 && at + 4 > file_.size()) return true; // the last frame is truncated
+            if (headers > 1 && at + 4 > file_.size()) return true; // a truncated frame ends the file
             if (!headerAt(at, header) || !isSameStream(first, header)) return false;
             at += header.bytes;
         }
         return true;
     }
 
-    /// The offset of the first stream at or after `at`; the file's size if there is none.
+    /// Find the first stream at or after `at`. Returns its offset; the file's size if there is no stream.
     SInt64 nextStreamStart(SInt64 at)
     {
         at = file_.find(0xFF, at);
@@ -65,8 +65,9 @@ private:
         return at;
     }
 
-    /// The size of free-format frames, given only by the distance of two headers. 0 for other streams, and
-    /// for frames too short for audio, which the decoder would search for a very long time.
+    /// Find the size of free-format frames without padding, which only the distance between two headers
+    /// states. Returns 0 for other streams, and for frames too short for audio, because a decoder would
+    /// search such a file for a very long time.
     UInt32 freeFormatBytes(SInt64 at)
     {
         MpegHeader first, next;
@@ -81,7 +82,8 @@ private:
         return 0;
     }
 
-    /// Take the frames of the stream at `at`. Returns the offset after them.
+    /// Read the stream at `at`. Its frames are taken if they match the first stream of the file; otherwise
+    /// they are skipped. Returns the offset after the stream.
     SInt64 takeStream(SInt64 at, const MpegHeader& first)
     {
         const bool isTaken = found_.first.bytes == 0 || isSameStream(found_.first, first);
@@ -97,7 +99,7 @@ private:
             if (isTaken && !takeInfo(at, header)) takeFrame(at, header);
         }
         if (at == file_.size() || tagBytes(file_, at) > 0 || isStreamStart(at)) return at;
-        // The last frame may be truncated, so that the next stream or tag begins inside it.
+        // If the last frame is truncated, the next stream or tag begins inside that frame.
         for (SInt64 next = last + 1; next < at; ++next) {
             if (file_.word(next) >> 8 != 'ID3 ' >> 8 && !isStreamStart(next)) continue;
             if (isTaken) dropFrame(last);
@@ -122,7 +124,7 @@ private:
     {
         if (found_.spans.empty()) return;
         Span& span = found_.spans.back();
-        if (at >= span.start + span.bytes) return; // an info frame
+        if (at >= span.start + span.bytes) return; // the last frame was an info frame, which has no span
         --found_.count;
         span.bytes = at - span.start;
         if (span.bytes == 0) found_.spans.pop_back();
@@ -140,7 +142,7 @@ private:
         return true;
     }
 
-    /// A number of an info frame; 0 for the placeholder of an encoder that writes a stream.
+    /// Read a number of an info frame. Returns 0 for the placeholder of an encoder that writes a stream.
     SInt64 statedAt(SInt64 offset)
     {
         const UInt32 number = file_.word(offset);
@@ -152,15 +154,16 @@ private:
         if (header.layer != 3) return false;
         const SInt64 name = at + infoOffset(header), end = at + header.bytes;
         if (name + 8 > end || (file_.word(name) != 'Xing' && file_.word(name) != 'Info')) return false;
-        const UInt32 flags = file_.word(name + 4); // one for each field: frames, bytes, table, quality
+        const UInt32 flags = file_.word(name + 4); // one bit for each field: frames, bytes, table, quality
         SInt64 field = name + 8;
         if (flags & 1) info.frames = statedAt(field);
         if (flags & 2) info.bytes = statedAt(field + (flags & 1) * 4);
         constexpr SInt64 fieldBytes[] = {4, 4, 100, 4};
         for (int i = 0; i < 4; ++i) field += flags >> i & 1 ? fieldBytes[i] : 0;
-        constexpr SInt64 delayOffset = 21; // after the name and the settings of the encoder
+        // Offset of the delay, after the name and the settings of the encoder.
+        constexpr SInt64 delayOffset = 21;
         if (field + delayOffset + 3 > end || file_.number(field, 1, true) == 0) return true;
-        const UInt64 both = file_.number(field + delayOffset, 3, true); // 12 bits each
+        const UInt64 both = file_.number(field + delayOffset, 3, true); // delay and padding, 12 bits each
         info.hasDelay = true;
         info.delay = static_cast<SInt64>(both >> 12);
         info.padding = static_cast<SInt64>(both & 0xFFF);
@@ -192,10 +195,10 @@ private:
 
     ByteReader& file_;
     MpegFrames found_;
-    MpegHeader otherStream_; // the stream just skipped; 0 bytes: the last stream was taken
+    MpegHeader otherStream_; // first header of the stream just skipped; 0 bytes: the last stream was taken
     UInt32 freeBytes_ = 0;
     int infoFrames_ = 0;
-    bool missesBytes_ = false; // an info frame states no bytes, or more than the file has
+    bool missesBytes_ = false; // true if an info frame states no bytes, or more bytes than the file has
     Info lastInfo_;
 };
 

@@ -14,22 +14,25 @@
 namespace kvxplatform::audiofile {
 
 struct MpegFrames {
-    MpegHeader first;        ///< of the first audio frame; 0 bytes: none was found
-    std::vector<Span> spans; ///< the complete audio frames of one stream, without info frames
-    SInt64 count = 0;        ///< number of these frames
-    UInt32 largestBytes = 0; ///< size of the largest frame
-    SInt64 statedCount = 0;  ///< frames that the info frames state; 0: not stated
-    bool isCutShort = false; ///< stated frames are missing, and stated bytes too if there are any
-    SInt64 lead = 0;         ///< samples per channel to drop first: the delay of encoder and decoder
-    SInt64 samples = 0;      ///< per channel, after the lead and without the encoder's padding
-    UInt32 otherStreams = 0; ///< joined streams with another layer, sample rate or number of channels
+    MpegHeader first;        ///< header of the first audio frame; 0 bytes: no frame was found
+    std::vector<Span> spans; ///< spans of the complete audio frames of one stream, without info frames
+    SInt64 count = 0;        ///< number of frames in `spans`
+    UInt32 largestBytes = 0; ///< size of the largest frame, in bytes
+    SInt64 statedCount = 0;  ///< number of frames that the info frames state; 0: not stated
+    /// True if the file has fewer frames than stated, and fewer bytes than stated if a size is stated.
+    bool isCutShort = false;
+    SInt64 lead = 0;         ///< samples per channel to drop at the start: the delay of encoder and decoder
+    SInt64 samples = 0;      ///< samples per channel after `lead`, without the encoder's padding
+    UInt32 otherStreams = 0; ///< number of joined streams with another layer, sample rate or channel count
 
-    /// A file length in bytes that makes a decoder estimate at least `count` frames.
+    /// Get a file length in bytes from which a decoder estimates at least `count` frames.
     SInt64 claimedBytes() const { return (count + 2) * (SInt64{largestBytes} + 4); }
 };
 
-/// Find the frames at and after an offset. A stream begins with four consecutive frames, or fewer up to a tag
-/// or the end of the file; single matches are ignored as chance. Throws std::bad_alloc. [any]
+/// Find the frames at and after an offset. A stream begins with four consecutive frames, or with fewer if a
+/// tag or the end of the file follows. A single header is ignored, because other data may contain its bytes
+/// by chance. Throws std::bad_alloc.
+/// [any]
 MpegFrames findMpegFrames(ByteReader& file, SInt64 offset);
 
 } // namespace kvxplatform::audiofile

@@ -3,8 +3,8 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-// In kbit/s by the header's four bits. Rows: layers I, II and III of MPEG-1, then layer I and layers II and
-// III of MPEG-2 and 2.5. 0: free format, or invalid.
+// Bit rates in kbit/s, indexed by four bits of the header. Rows: layers I, II and III of MPEG-1; layer I of
+// MPEG-2 and 2.5; layers II and III of MPEG-2 and 2.5. 0: free format, or an invalid header.
 constexpr UInt16 bitRates[5][16] = {
     // clang-format off
     {0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448, 0},
@@ -16,13 +16,14 @@ constexpr UInt16 bitRates[5][16] = {
 };
 constexpr UInt32 sampleRates[4] = {44100, 48000, 32000, 0};
 
-constexpr UInt32 streamBits = 0xFFFE0C00; // sync, version, layer and sample rate
+// Header bits of sync, version, layer and sample rate, which are equal in one stream.
+constexpr UInt32 streamBits = 0xFFFE0C00;
 
 } // namespace
 
 bool readMpegHeader(UInt32 word, MpegHeader& out, UInt32 freeBytes)
 {
-    const UInt32 version = word >> 19 & 3; // 0: 2.5, 2: 2, 3: 1
+    const UInt32 version = word >> 19 & 3; // version field: 0 is MPEG-2.5, 2 is MPEG-2, 3 is MPEG-1
     const UInt32 layer = 4 - (word >> 17 & 3);
     const UInt32 rate = sampleRates[word >> 10 & 3];
     const UInt32 bitRateIndex = word >> 12 & 15;
@@ -33,7 +34,7 @@ bool readMpegHeader(UInt32 word, MpegHeader& out, UInt32 freeBytes)
     const bool isMPEG1 = version == 3;
     const UInt32 row = isMPEG1 ? layer - 1 : layer == 1 ? 3 : 4;
     const UInt32 divisor = isMPEG1 ? 1 : version == 2 ? 2 : 4;
-    const UInt32 slot = layer == 1 ? 4 : 1; // bytes
+    const UInt32 slot = layer == 1 ? 4 : 1; // unit of padding and frame size, in bytes
     const UInt32 padding = (word >> 9 & 1) * slot;
     out.word = word;
     out.layer = layer;
@@ -54,7 +55,7 @@ bool isSameStream(const MpegHeader& a, const MpegHeader& b)
 
 UInt32 infoOffset(const MpegHeader& header)
 {
-    // The header and the side information come first.
+    // The frame header and the side information come before the name.
     return 4 + (header.isMPEG1 ? header.isMono ? 17 : 32 : header.isMono ? 9 : 17);
 }
 

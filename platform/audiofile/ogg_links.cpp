@@ -7,21 +7,22 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-constexpr SInt64 pageHeader = 27; // bytes before the table of segment sizes
-constexpr UInt8 firstPage = 0x02; // flag; a link begins with the first pages of all its streams
+constexpr SInt64 pageHeader = 27; // size of a page header before the table of segment sizes, in bytes
+// Page flag of a stream's first page. A link begins with the first pages of all its streams.
+constexpr UInt8 firstPage = 0x02;
 
 struct Page {
-    SInt64 bytes = 0; ///< 0: not a page
+    SInt64 bytes = 0; ///< size of the page; 0: not a page
     Span body;
-    UInt32 stream = 0; ///< serial number
+    UInt32 stream = 0; ///< serial number of the page's stream
     bool isFirst = false;
-    bool isWhole = false; ///< followed by a page or the end of the file
+    bool isWhole = false; ///< true if a page or the end of the file follows the page directly
 };
 
 Page pageAt(ByteReader& file, SInt64 offset)
 {
     const UInt8* header = file.at(offset, pageHeader);
-    if (!header || std::memcmp(header, "OggS", 5) != 0) return {}; // the fifth byte is the version, 0
+    if (!header || std::memcmp(header, "OggS", 5) != 0) return {}; // the fifth byte is the version number, 0
     Page page;
     page.isFirst = header[5] & firstPage;
     const std::size_t segments = header[26];
@@ -34,7 +35,7 @@ Page pageAt(ByteReader& file, SInt64 offset)
     return page;
 }
 
-/// The offset of the first page at or after `offset`; the file's size if there is none.
+/// Find the first page at or after `offset`. Returns its offset; the file's size if there is no page.
 SInt64 nextPage(ByteReader& file, SInt64 offset)
 {
     offset = file.find('O', offset);
@@ -42,8 +43,8 @@ SInt64 nextPage(ByteReader& file, SInt64 offset)
     return offset;
 }
 
-/// Parse the page at an offset. Returns the offset after it. If no page follows its stated end, the page was
-/// truncated or other bytes follow; the page then ends at the next page.
+/// Parse the page at an offset. Returns the offset after the page. If no page follows at the stated end, the
+/// page was truncated or is followed by other bytes; the page then ends where the next page begins.
 SInt64 takePage(ByteReader& file, SInt64 offset, Page& page)
 {
     page = pageAt(file, offset);
@@ -56,10 +57,11 @@ SInt64 takePage(ByteReader& file, SInt64 offset, Page& page)
     return next;
 }
 
-/// The offset of the FLAC file in the body of a stream's first page; 0 for another coding.
+/// Get the size of the mapping header before the FLAC data in the body of a stream's first page; 0 for
+/// another coding.
 SInt64 bytesBeforeFlac(ByteReader& file, const Page& page)
 {
-    constexpr SInt64 mapping = 9; // name, version and number of headers
+    constexpr SInt64 mapping = 9; // size of the mapping header: name, version and number of headers
     const UInt8* body = page.isFirst ? file.at(page.body.start, mapping + 4) : nullptr;
     const bool isFlac = body &&
                         std::memcmp(body,
@@ -70,12 +72,12 @@ SInt64 bytesBeforeFlac(ByteReader& file, const Page& page)
     return isFlac && page.body.bytes > mapping ? mapping : 0;
 }
 
-/// A link whose pages are being read.
+/// A link whose pages are being read. A link is one of the Ogg files that were joined into this file.
 struct Link {
     SInt64 start = 0;
     bool isFlac = false;
     UInt32 flacStream = 0;
-    std::vector<Span> flac; // the page bodies of that stream
+    std::vector<Span> flac; // page bodies of the FLAC stream
 
     void add(ByteReader& file, const Page& page)
     {

@@ -31,7 +31,8 @@ OSStatus openDescriptor(const std::string& path, OpenFile& out)
     if (stat(found.c_str(), &item) != 0) return statusOfError(errno);
     if (!S_ISREG(item.st_mode)) return kAudioFileInvalidFileError;
 
-    // Checked again once it is open: a pipe may have replaced the file, and opening it must not block.
+    // The opened file is checked again, because a pipe may have replaced it after stat(). O_NONBLOCK keeps
+    // the opening of such a pipe from blocking.
     Descriptor opened(open(found.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (opened.number() < 0 || fstat(opened.number(), &item) != 0) return statusOfError(errno);
     if (!S_ISREG(item.st_mode)) return kAudioFileInvalidFileError;

@@ -1,5 +1,6 @@
-// Open a regular file for reading. Pipes, sockets and devices are refused without being opened, so that
-// opening never blocks and has no side effect. All functions: [any].
+// Opens a regular file for reading. Pipes, sockets and devices are refused without being opened, so that
+// opening never blocks and has no side effect.
+// All functions: [any].
 #pragma once
 
 #include <MacTypes.h>
@@ -8,7 +9,7 @@
 
 namespace kvxplatform::audiofile {
 
-/// Owns a file descriptor; -1 for none.
+/// Owns a file descriptor and closes it; -1 for no file.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -25,12 +26,12 @@ private:
 
 struct OpenFile {
     Descriptor descriptor;
-    SInt64 bytes = 0; ///< size when the file was opened
+    SInt64 bytes = 0; ///< size of the file when it was opened
 };
 
-/// Open the file at a path, or the file whose name is another Unicode form of it (pathOnDisk).
-/// Errors  statusOfError of the system's error, such as fnfErr and permErr; kAudioFileInvalidFileError for a
-///         folder, pipe, socket or device. Throws std::bad_alloc.
+/// Open the file at a path, or the file whose name is another Unicode form of the path (pathOnDisk).
+/// Errors  the statusOfError value of a system error, such as fnfErr or permErr; kAudioFileInvalidFileError
+///         for a folder, pipe, socket or device. Throws std::bad_alloc.
 OSStatus openDescriptor(const std::string& path, OpenFile& out);
 
 } // namespace kvxplatform::audiofile

@@ -7,16 +7,17 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-thread_local int depth = 0; // SilencedStreams objects of this thread
+thread_local int depth = 0; // number of live SilencedStreams objects of this thread
 
-// Other threads read stdout and stderr without a lock. That is safe: a pointer is written whole, and both of
-// its values stay valid. The thread sanitizer would report it.
+// Other threads read stdout and stderr without a lock. That race is harmless, because a pointer is written
+// whole and both the old and the new stream stay valid. no_sanitize keeps the thread sanitizer from reporting
+// the race.
 __attribute__((no_sanitize("thread"))) void set(std::FILE*& variable, std::FILE* stream)
 {
     variable = stream;
 }
 
-/// The filter of stdout or stderr.
+/// The filter stream of stdout or stderr.
 class Filter {
 public:
     explicit Filter(std::FILE*& variable) : variable_(variable)
@@ -29,7 +30,8 @@ public:
 
     void install()
     {
-        if (!filter_ || variable_ == filter_) return; // without memory nothing is dropped
+        // Without memory for a filter stream, no output is dropped.
+        if (!filter_ || variable_ == filter_) return;
         original_.store(variable_, std::memory_order_release);
         set(variable_, filter_);
     }
@@ -44,12 +46,12 @@ private:
         if (depth > 0) return static_cast<ssize_t>(size);
         std::FILE* to = static_cast<Filter*>(self)->original_.load(std::memory_order_acquire);
         const std::size_t done = std::fwrite(text, 1, size, to);
-        std::fflush(to); // the caller's fflush reaches the filter only
+        std::fflush(to); // the caller's fflush flushes the filter stream only
         return static_cast<ssize_t>(done);
     }
 
     std::FILE*& variable_;
-    std::FILE* filter_; // never closed: another thread may have copied stdout or stderr
+    std::FILE* filter_; // never closed, because another thread may have copied the pointer
     std::atomic<std::FILE*> original_{nullptr};
 };
 
@@ -59,7 +61,7 @@ struct Filters {
     Filter out{stdout}, error{stderr};
 };
 
-// Never destroyed, like the streams that it made.
+// The filters are never destroyed, because their streams are never closed.
 Filters& filters()
 {
     static Filters& both = *new Filters;

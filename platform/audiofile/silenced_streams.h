@@ -1,10 +1,12 @@
-// Some of libsndfile's decoders print warnings, and no option turns them off. While a thread decodes, the C
-// library's stdout and stderr are filters: they drop the decoding threads' output and pass on the rest.
+// Some of libsndfile's decoders print warnings, and no option turns the warnings off. While any thread
+// decodes, the C library's stdout and stderr are filter streams, which drop the output of decoding threads
+// and pass on the output of all other threads.
 #pragma once
 
 namespace kvxplatform::audiofile {
 
-/// While one of these objects lives, output of its thread is dropped. Nests.
+/// Drops what its thread prints to stdout and stderr during the object's lifetime. One thread may have
+/// several objects.
 /// [any]
 class SilencedStreams {
 public:

@@ -21,11 +21,11 @@
 namespace kvxplatform::audiofile {
 namespace {
 
-// A stated length above this is checked at its last frame: music has fewer frames per byte, and a caller may
-// allocate memory for the stated length.
+// A file that states more frames per byte than this is checked at its last frame. Music has fewer frames per
+// byte, and a caller may allocate memory for the stated length.
 constexpr SInt64 plausibleFramesPerByte = 16;
 
-constexpr std::size_t skippedSamples = 1 << 14; // per read
+constexpr std::size_t skippedSamples = 1 << 14; // samples decoded per read while frames are skipped
 
 OSStatus statusOfDecoder(int error)
 {
@@ -37,7 +37,7 @@ OSStatus statusOfDecoder(int error)
     case SF_ERR_SYSTEM:
         return ioErr;
     default:
-        // libsndfile has no public number for "too many channels".
+        // libsndfile has no public error number for "too many channels", so the message is compared.
         return std::strcmp(sf_error_number(error), "Too many channels specified.") == 0
                    ? kAudioFileUnsupportedDataFormatError
                    : kAudioFileInvalidFileError;
@@ -50,7 +50,7 @@ bool isWithinLimits(const SF_INFO& info)
            info.channels <= KVXMostFileChannels;
 }
 
-/// FLAC decoders do not check the stated length.
+/// Whether a file is FLAC. FLAC decoders do not check the stated length.
 bool isFlac(const SF_INFO& info) { return (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_FLAC; }
 
 bool hasFormat(const AudioStreamBasicDescription& format, const SF_INFO& info)
@@ -86,7 +86,7 @@ OSStatus SoundFile::prepare()
     constexpr UInt32 mpegSync = 0xFFE00000;
     if ((magic & mpegSync) == mpegSync) return prepareMpeg(bytes, start);
     const OSStatus status = preparePlain(bytes, start);
-    // An MPEG stream may follow any other data.
+    // The file may still have an MPEG stream after other data.
     return status == kAudioFileUnsupportedFileTypeError ? prepareMpeg(bytes, start) : status;
 }
 
@@ -114,7 +114,7 @@ OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
 {
     OggLinks found = oggLinks(bytes, start);
     for (std::vector<Span>& link : found.links) addPart(std::move(link));
-    OSStatus result = noErr; // of the first link
+    OSStatus result = noErr; // status of the first link
     bool isDescribed = false, statesLength = true;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
         SF_INFO info = {};
@@ -134,7 +134,7 @@ OSStatus SoundFile::prepareOgg(ByteReader& bytes, SInt64 start)
     }
     if (!statesLength) facts_.statedFrames = 0;
     if (!isDescribed || parts_.size() == 1) return result;
-    decoder_.reset(); // it has the address of a part
+    decoder_.reset(); // closed because the decoder has the address of a part, and the parts move below
     const auto isOmitted = [](const Part& part) { return part.isOmitted; };
     const auto omitted = std::remove_if(parts_.begin(), parts_.end(), isOmitted);
     facts_.omittedStreams = found.omitted + static_cast<UInt32>(parts_.end() - omitted);
@@ -161,7 +161,7 @@ OSStatus SoundFile::preparePlain(ByteReader& bytes, SInt64 start)
     return noErr;
 }
 
-/// Describe the file by the first part that opens.
+/// Describe the file by the first part that can be opened.
 OSStatus SoundFile::acceptFirst(const SF_INFO& info, ByteReader& bytes, SInt64 start)
 {
     if (info.channels < 1 || info.samplerate < 1 || info.frames < 0) return kAudioFileInvalidFileError;
@@ -178,7 +178,7 @@ void SoundFile::addPart(std::vector<Span> spans, const Patch& patch, SInt64 stat
     parts_.push_back({FileView(disk_.descriptor.number(), std::move(spans), patch, statedBytes)});
 }
 
-/// Open a decoder at the start of a part.
+/// Open a decoder at the start of a part, and skip the part's lead.
 OSStatus SoundFile::enter(std::size_t part, SF_INFO& info)
 {
     decoder_.reset();
@@ -196,7 +196,7 @@ bool SoundFile::enter(std::size_t part)
     return enter(part, ignored) == noErr;
 }
 
-/// Find the number of decodable frames of the open part and add them to the file's.
+/// Find the number of decodable frames of the open part, and add it to the number of frames of the file.
 OSStatus SoundFile::measure(const SF_INFO& info)
 {
     Part& part = parts_[part_];
@@ -208,7 +208,8 @@ OSStatus SoundFile::measure(const SF_INFO& info)
         const bool isKnown = stated > 0 && stated < std::numeric_limits<SInt64>::max();
         if (isFlac(info) && isKnown) facts_.statedFrames += stated;
         const bool isExact = isKnown && isReachable(stated - 1);
-        // A decoder decodes slightly differently after a seek than after opening.
+        // The decoder is opened again, because its samples after a seek differ slightly from those after
+        // opening.
         if (!enter(part_)) return kAudioFileInvalidFileError;
         if (!isExact) {
             frames = skip(stated);
@@ -230,7 +231,7 @@ bool SoundFile::isReachable(SInt64 frame)
 
 SInt64 SoundFile::skip(SInt64 frames)
 {
-    if (frames == 0) return 0; // the format may be unknown still
+    if (frames == 0) return 0; // before the file is described, its channel count is unknown
     const UInt32 channels = facts_.format.mChannelsPerFrame;
     std::vector<Float32> samples(std::max<std::size_t>(skippedSamples, channels));
     const auto most = static_cast<SInt64>(samples.size() / channels);
@@ -255,14 +256,14 @@ SInt64 SoundFile::read(Float32* out, SInt64 frames)
         const SInt64 left = part.begin + part.frames - position_;
         if (left <= 0) {
             if (isLast) break;
-            enter(part_ + 1); // after a failure no frame of this part decodes
+            enter(part_ + 1); // if this fails, no frame of the part decodes, and the next pass skips the part
             continue;
         }
         Float32* to = out + static_cast<std::size_t>(done) * facts_.format.mChannelsPerFrame;
         const SInt64 got = sf_readf_float(decoder_.get(), to, std::min(count - done, left));
         if (got <= 0) {
             if (isLast || part.view.hasFailed()) break;
-            position_ += left; // the rest of the part does not decode
+            position_ += left; // skip the rest of the part, which does not decode
             continue;
         }
         done += got;
@@ -291,7 +292,8 @@ bool SoundFile::seek(SInt64 frame)
     const auto found = std::upper_bound(parts_.begin(), parts_.end() - 1, frame, isBefore);
     const auto part = static_cast<std::size_t>(found - parts_.begin());
     if (part != part_ && !enter(part)) return false;
-    // Seek to frame 0 first: from another position libsndfile is one frame off in some Vorbis files.
+    // Seek to frame 0 first, because libsndfile is one frame off in some Vorbis files after a seek from
+    // another position.
     SNDFILE* decoder = decoder_.get();
     const SInt64 inPart = frame - found->begin;
     const SInt64 decoded = found->lead + inPart;
@@ -299,7 +301,7 @@ bool SoundFile::seek(SInt64 frame)
         position_ = frame;
         return true;
     }
-    // Codings without seeking are decoded again from the start.
+    // A coding without seeking is decoded again from the start of the part.
     if (!enter(part)) return false;
     position_ += skip(inPart);
     return position_ == frame;

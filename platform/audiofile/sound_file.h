@@ -19,10 +19,10 @@ class ByteReader;
 class SoundFile {
 public:
     /// Open a file. `out` is unchanged on failure.
-    /// Errors  as openDescriptor; kAudioFileUnsupportedFileTypeError: libsndfile does not know the type;
-    ///         kAudioFileUnsupportedDataFormatError: libsndfile does not know the coding, or the sample rate
-    ///         or channel count is beyond the limits in KVXPlatform.h; kAudioFileInvalidFileError: the header
-    ///         contradicts itself or the file. Throws std::bad_alloc.
+    /// Errors  those of openDescriptor; kAudioFileUnsupportedFileTypeError: libsndfile does not know the
+    ///         type; kAudioFileUnsupportedDataFormatError: libsndfile does not know the coding, or the sample
+    ///         rate or channel count is beyond the limits in KVXPlatform.h; kAudioFileInvalidFileError: the
+    ///         header contradicts itself or the contents of the file. Throws std::bad_alloc.
     static OSStatus open(const std::string& path, std::unique_ptr<SoundFile>& out);
 
     ~SoundFile();
@@ -32,28 +32,29 @@ public:
     const Facts& facts() const { return facts_; }
     SInt64 position() const { return position_; }
 
-    /// Decode up to `frames` frames at the position.
+    /// Decode up to `frames` frames at the read position.
     /// Shape    out[frame * channels + channel]; nothing is written after the last frame.
-    /// Units    n-bit integers are value / 2^(n-1); floats are unchanged.
-    /// Returns  the frames; fewer at the end of the file or at damage; after damage the position is at the
-    ///          next part, if there is one. -1 if the disk cannot be read.
+    /// Units    an n-bit integer sample becomes value / 2^(n-1); a float sample is unchanged.
+    /// Returns  the number of frames: fewer at the end of the file or at damaged data. After damaged data the
+    ///          position is at the next part, if there is one. -1 if the disk cannot be read.
     SInt64 read(Float32* out, SInt64 frames);
 
-    /// Copy the data bytes of up to `frames` frames. Only if facts().isPlain. Returns as read().
+    /// Copy the data bytes of up to `frames` frames. Call it only if facts().isPlain is true. Returns the
+    /// number of frames, as read() does.
     SInt64 readPlain(void* out, SInt64 frames);
 
-    /// Set the position, 0 to facts().frames. False if the frame cannot be reached; the position then
-    /// differs.
+    /// Set the read position, from 0 to facts().frames. Returns false if the frame cannot be reached; the
+    /// position may then be at another frame.
     bool seek(SInt64 frame);
 
 private:
     /// The input of one decoder: the whole file, or one of several joined files.
     struct Part {
         FileView view;
-        SInt64 lead = 0;  ///< decoded frames to drop first
-        SInt64 begin = 0; ///< the file's frame at the start of the part
+        SInt64 lead = 0;  ///< number of decoded frames to drop at the start of the part
+        SInt64 begin = 0; ///< file frame at the start of the part
         SInt64 frames = 0;
-        bool isOmitted = false; ///< not decoded
+        bool isOmitted = false; ///< true if the part is not decoded
     };
     struct Close {
         void operator()(SNDFILE* file) const;
@@ -73,13 +74,14 @@ private:
     SInt64 skip(SInt64 frames);
 
     OpenFile disk_;
-    std::vector<Part>
-        parts_;            // not empty; never resized while a decoder is open, since it has a part's address
-    std::size_t part_ = 0; // index of the decoder's part
+    // Not empty after open(). Never resized while a decoder is open, because the decoder has a part's
+    // address.
+    std::vector<Part> parts_;
+    std::size_t part_ = 0; // index of the part that the decoder reads
     std::unique_ptr<SNDFILE, Close> decoder_;
     Facts facts_;
     SInt64 position_ = 0;
-    bool isNoisy_ = false; // the decoder prints warnings
+    bool isNoisy_ = false; // true if the decoder prints warnings
 };
 
 } // namespace kvxplatform::audiofile

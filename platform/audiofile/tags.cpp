@@ -20,8 +20,8 @@ SInt64 id3v2Bytes(ByteReader& file, SInt64 offset)
     return size + id3v2Header * (hasFooter ? 2 : 1);
 }
 
-/// The size in an APE header excludes the header. The size in a footer counts bytes before it, so a footer
-/// alone is 32 bytes.
+/// Get the size of an APE tag, or of an APE footer alone. The size field of a header excludes the header
+/// itself. The size field of a footer counts the bytes before the footer, so a footer alone has 32 bytes.
 SInt64 apeBytes(ByteReader& file, SInt64 offset)
 {
     const UInt8* tag = file.at(offset, apeHeader);
@@ -30,7 +30,8 @@ SInt64 apeBytes(ByteReader& file, SInt64 offset)
     return apeHeader + (isHeader ? static_cast<SInt64>(file.number(offset + 12, 4, false)) : 0);
 }
 
-/// A Lyrics3 tag ends with a nine-byte name, directly before an ID3v1 tag or the end of the file.
+/// Get the size of a Lyrics3 tag, which ends with a nine-byte name directly before an ID3v1 tag or the end of
+/// the file.
 SInt64 lyricsBytes(ByteReader& file, SInt64 offset)
 {
     const UInt8* tag = file.at(offset, 11);

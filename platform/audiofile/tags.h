@@ -6,11 +6,11 @@
 
 namespace kvxplatform::audiofile {
 
-/// The size of the tag (ID3v1, ID3v2, APE, Lyrics3) at an offset, in bytes; 0 if there is none, or if it
-/// states more bytes than the file has.
+/// Get the size in bytes of the tag (ID3v1, ID3v2, APE or Lyrics3) at an offset. Returns 0 if there is no
+/// tag, or if the tag states more bytes than the file has.
 SInt64 tagBytes(ByteReader& file, SInt64 offset);
 
-/// The offset after all consecutive tags at an offset.
+/// Get the offset after all consecutive tags that begin at an offset.
 SInt64 afterTags(ByteReader& file, SInt64 offset);
 
 } // namespace kvxplatform::audiofile
