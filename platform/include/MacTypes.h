@@ -1,8 +1,8 @@
 /*
- * The platform's basic types. C; records are 2-byte packed, as in all of Carbon.
+ * The platform's basic types. C; structs are 2-byte packed, as in all Carbon headers.
  *
- * UInt32 is `unsigned long` on 32-bit targets, which decides C++ overloads and printf formats; on 64-bit
- * targets it is `unsigned int`, so that it has 32 bits there too.
+ * UInt32 is `unsigned long` on 32-bit targets, because the type decides C++ overloads and printf formats. On
+ * 64-bit targets UInt32 is `unsigned int`, so that it has 32 bits there too.
  */
 #ifndef MACTYPES_H
 #define MACTYPES_H
@@ -48,8 +48,8 @@ typedef UInt32 FourCharCode; /* the first character is the most significant byte
 typedef FourCharCode OSType;
 
 typedef char* Ptr;
-typedef Ptr* Handle; /* from NewHandle: a pointer to the pointer to a block */
-typedef long Size;   /* bytes */
+typedef Ptr* Handle; /* handle from NewHandle: a pointer to the pointer to a memory block */
+typedef long Size;   /* size in bytes */
 
 typedef unsigned char Str255[256]; /* Pascal text: a length byte, then the bytes */
 typedef unsigned char* StringPtr;
@@ -62,7 +62,7 @@ typedef ProcPtr UniversalProcPtr; /* an ordinary function pointer */
 
 #pragma pack(push, 2)
 
-/* An unsigned 64-bit number in two words. */
+/* An unsigned 64-bit number in two 32-bit halves. */
 typedef struct UnsignedWide {
     UInt32 lo;
     UInt32 hi;

@@ -1,4 +1,4 @@
-/* The system's <pthread.h> and one function that it lacks. C. */
+/* The system's <pthread.h>, and one function that the system's header lacks. C. */
 #ifndef KVXPLATFORM_PTHREAD_H
 #define KVXPLATFORM_PTHREAD_H
 
@@ -11,7 +11,7 @@ KVX_PLATFORM_BEGIN
 
 /*
  * Report whether the calling thread is the main thread of the process.
- * Returns  non-zero on the main thread; in a child of fork, on the thread that called fork.
+ * Returns  non-zero on the main thread; in a child process of fork, on the thread that called fork.
  * [any]
  */
 KVX_PLATFORM_EXPORT int pthread_main_np(void);

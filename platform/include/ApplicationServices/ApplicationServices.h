@@ -1,8 +1,8 @@
 /*
  * One function of the graphics library. C.
  *
- * The function appeared in the system together with the newer time-pitch unit: programs test for its name
- * to learn whether that unit exists.
+ * The function appeared in the system together with the newer time-pitch unit, so programs test for the
+ * function's name to learn whether that unit exists.
  */
 #ifndef APPLICATIONSERVICES_APPLICATIONSERVICES_H
 #define APPLICATIONSERVICES_APPLICATIONSERVICES_H

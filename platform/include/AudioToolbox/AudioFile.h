@@ -2,9 +2,9 @@
  * Sound files: what a file contains, without its samples. C.
  *
  * Owner    the caller of AudioFileOpenURL closes the file. A file from kExtAudioFileProperty_AudioFile
- *          belongs to its extended audio file; closing it as well is harmless.
- * Errors   of every function: paramErr (-50): a NULL, closed or unknown file, or a required pointer is
- *          NULL; memFullErr (-108): no memory. The others are in the enumeration below.
+ *          belongs to its extended audio file; the caller may close it too.
+ * Errors   of every function. paramErr (-50): a NULL, closed or unknown file, or a required pointer is NULL;
+ *          memFullErr (-108): no memory. Further errors are in the enumeration below.
  * One call at a time per file.
  * All functions: [any].
  */
@@ -54,7 +54,10 @@ enum {
 
 enum { kAudioFileReadPermission = 1, kAudioFileWritePermission = 2, kAudioFileReadWritePermission = 3 };
 
-/* All read-only. A file without a value for a property returns kAudioFileUnsupportedPropertyError. */
+/*
+ * Properties, all read-only. If a file has no value for a property, kAudioFileUnsupportedPropertyError is
+ * returned.
+ */
 enum {
     kAudioFilePropertyFileFormat = 'ffmt',           /* AudioFileTypeID; 0 for a type without a constant */
     kAudioFilePropertyDataFormat = 'dfmt',           /* AudioStreamBasicDescription */
@@ -70,27 +73,26 @@ enum {
  * Open a sound file for reading. The type is recognised from the contents.
  * Shape    permissions is kAudioFileReadPermission; hint is ignored.
  * Owner    the caller closes *out_file; url stays the caller's.
- * Errors   all leave NULL in *out_file.
+ * Errors   after an error *out_file is NULL.
  *          kAudioFilePermissionsError: permissions other than reading.
- *          fnfErr (-43): no such file; permErr (-54): not readable; errFSNameTooLong (-1410): name too
- *          long; tmfoErr (-42): too many open files, or 4,096 open AudioFiles; kPOSIXErrorBase + errno:
- *          any other error of the system; ioErr (-36): a read failed.
- *          kAudioFileUnsupportedFileTypeError: not a sound file. kAudioFileUnsupportedDataFormatError:
- *          the coding cannot be decoded, or the rate or channel count is beyond the limits in
- *          KVXPlatform.h. kAudioFileInvalidFileError: a folder, pipe, socket or device, or a header that
- *          contradicts itself.
+ *          fnfErr (-43): no such file; permErr (-54): not readable; errFSNameTooLong (-1410): name too long;
+ *          tmfoErr (-42): too many open files, or 4,096 open AudioFiles; kPOSIXErrorBase + errno: any other
+ *          error of the system; ioErr (-36): a read failed. kAudioFileUnsupportedFileTypeError: not a sound
+ *          file. kAudioFileUnsupportedDataFormatError: the coding cannot be decoded, or the rate or channel
+ *          count is beyond the limits in KVXPlatform.h. kAudioFileInvalidFileError: a folder, pipe, socket or
+ *          device, or a header that contradicts itself.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioFileOpenURL(CFURLRef url, SInt8 permissions, AudioFileTypeID hint,
                                               AudioFileID* out_file);
 
 /*
- * Close a file. Closing the file of an extended audio file leaves that one open.
- * Errors   paramErr.
+ * Close a file. An extended audio file stays open when its AudioFileID is closed.
+ * Errors   paramErr as listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioFileClose(AudioFileID file);
 
 /*
- * Get the size of a property's value, for any file.
+ * Get the size of a property's value, which is the same for every file.
  * Shape    either out-pointer may be NULL.
  * Units    *out_size in bytes; *out_is_writable is always 0.
  * Errors   kAudioFileUnsupportedPropertyError: unknown property.
@@ -101,8 +103,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioFileGetPropertyInfo(AudioFileID file, AudioFil
 /*
  * Get a property's value.
  * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
- * Errors   nothing is written. kAudioFileUnsupportedPropertyError: unknown property, or this file has no
- *          such value. kAudioFileBadPropertySizeError: the capacity is smaller than the value.
+ * Errors   after an error nothing is written. kAudioFileUnsupportedPropertyError: unknown property, or this
+ *          file has no such value. kAudioFileBadPropertySizeError: the capacity is smaller than the value.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioFileGetProperty(AudioFileID file, AudioFilePropertyID property,
                                                   UInt32* io_size, void* out_data);

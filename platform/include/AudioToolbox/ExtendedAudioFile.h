@@ -1,11 +1,11 @@
 /*
- * Sound files whose frames are read in the caller's PCM format, the client format. C.
+ * Sound files whose frames are read in a PCM format of the caller's choice, the client format. C.
  *
  * Units    lengths and positions count frames of the file; ExtAudioFileRead counts frames of the client
  *          format. Sizes are in bytes.
- * Owner    the caller of ExtAudioFileOpenURL disposes the file. An AudioFileID from a file belongs to the
- *          file.
- * Errors   of every function: paramErr (-50): a NULL, disposed or unknown file, or a required pointer is
+ * Owner    the caller of ExtAudioFileOpenURL disposes the file. The AudioFileID of an extended audio file
+ *          belongs to that file.
+ * Errors   of every function. paramErr (-50): a NULL, disposed or unknown file, or a required pointer is
  *          NULL; memFullErr (-108): no memory. A refused call changes nothing.
  * One call at a time per file.
  * All functions: [any].
@@ -43,16 +43,16 @@ enum {
 };
 
 /*
- * Open a sound file for reading. The client format of a PCM file is the file's format until another is
- * set; a compressed file has none.
+ * Open a sound file for reading. The client format of a PCM file is the file's format until the caller sets
+ * another one. A compressed file has no client format at first.
  * Owner    the caller disposes *out_file; url stays the caller's.
- * Errors   as AudioFileOpenURL; all leave NULL in *out_file.
+ * Errors   those of AudioFileOpenURL; after an error *out_file is NULL.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileOpenURL(CFURLRef url, ExtAudioFileRef* out_file);
 
 /*
  * Close a file and its AudioFileID.
- * Errors   paramErr.
+ * Errors   paramErr as listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileDispose(ExtAudioFileRef file);
 
@@ -68,50 +68,52 @@ KVX_PLATFORM_EXPORT OSStatus ExtAudioFileGetPropertyInfo(ExtAudioFileRef file,
 /*
  * Get a property's value.
  * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
- * Owner    an AudioFileID stays the file's; if the caller has closed it, the next call returns a new one.
- * Errors   nothing is written. InvalidProperty: unknown property. InvalidPropertySize: the capacity is
- *          smaller than the value. MaxPacketSizeUnknown: the coding has no limit. tmfoErr (-42): too many
- *          open AudioFiles.
+ * Owner    the AudioFileID belongs to the file. If the caller has closed the AudioFileID, the next call
+ *          returns a new one.
+ * Errors   after an error nothing is written. InvalidProperty: unknown property. InvalidPropertySize: the
+ *          capacity is smaller than the value. MaxPacketSizeUnknown: the coding has no limit. tmfoErr (-42):
+ *          too many open AudioFiles.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileGetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property,
                                                      UInt32* io_size, void* out_data);
 
 /*
  * Set the client format. Reading continues at the same position.
- * Errors   the former client format stays. InvalidProperty: unknown or read-only property.
- *          InvalidPropertySize: size is not that of the value. NonPCMClientFormat: not linear PCM as in
- *          AudioConverterNew. InvalidDataFormat: the rates differ by more than 1 to 256, or more than 128
- *          channels change their rate. InvalidSeek: the position cannot be reached again.
+ * Errors   after an error the former client format stays. InvalidProperty: unknown or read-only property.
+ *          InvalidPropertySize: size is not the size of the value. NonPCMClientFormat: not a linear PCM
+ *          format that AudioConverterNew accepts. InvalidDataFormat: the ratio of the rates is beyond 1 to
+ *          256, or more than 128 channels would need a rate conversion. InvalidSeek: the position cannot be
+ *          reached again.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileSetProperty(ExtAudioFileRef file, ExtAudioFilePropertyID property,
                                                      UInt32 size, const void* data);
 
 /*
- * Read the next frames. Native float at the file's channels and rate is decoded straight into the
- * buffers.
- * Shape    io_data has the buffers and channels of the client format. *io_frames is the request on entry
- *          and the frames read on return. mDataByteSize is the capacity of each buffer on entry and the
- *          bytes read on return.
+ * Read the next frames. Native float at the file's channels and rate is decoded straight into the buffers.
+ * Shape    io_data has the buffers and channels of the client format. *io_frames is the number of frames
+ *          requested on entry and read on return. mDataByteSize is the capacity of each buffer on entry and
+ *          the number of bytes read on return.
  * Returns  fewer frames at the end of the file, at damaged data, or when the buffers are smaller than the
  *          request; 0 frames with noErr at the end.
- * Errors   InvalidOperationOrder: a compressed file without a client format. paramErr: the list does not
- *          match the client format, a buffer has no memory, or the capacity is less than a frame. ioErr
+ * Errors   InvalidOperationOrder: a compressed file without a client format. paramErr: the buffer list does
+ *          not match the client format, a buffer has no memory, or the capacity is less than a frame. ioErr
  *          (-36): the disk cannot be read.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* io_frames,
                                               AudioBufferList* io_data);
 
 /*
- * Set the position of the next read: 0 to the file's length, in frames of the file. A coding without
- * random access is decoded again from the start.
- * Errors   InvalidSeek: beyond the file, or the frame cannot be reached. After the latter the position
- *          may be at another frame.
+ * Set the position of the next read: 0 to the file's length, in frames of the file. A coding without random
+ * access is decoded again from the start.
+ * Errors   InvalidSeek: the frame is outside the file, or cannot be reached. If the frame cannot be reached,
+ *          the position may be at another frame afterwards.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileSeek(ExtAudioFileRef file, SInt64 frame);
 
 /*
- * Get the position of the next read, in frames of the file; the earlier one if it is between two.
- * Errors   paramErr.
+ * Get the position of the next read, in frames of the file. Between two frames, the earlier frame is
+ * returned.
+ * Errors   paramErr as listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus ExtAudioFileTell(ExtAudioFileRef file, SInt64* out_frame);
 

@@ -1,10 +1,10 @@
 /*
- * The calls of every audio unit. C.
+ * The functions of every audio unit. C.
  *
  * Order    open, set formats, element counts, slice limit, connections and callbacks, initialise, render.
  * Units    slices and sample times in frames; sizes in bytes.
  * Owner    the opener closes the unit. A unit in a graph belongs to the graph.
- * Errors   of every function: badComponentInstance (0x80008001): a NULL, closed or unknown unit.
+ * Errors   of every function. badComponentInstance (0x80008001): a NULL, closed or unknown unit.
  *          badComponentSelector (0x80008002): a component that is not an audio unit. paramErr (-50): a
  *          required pointer is NULL. memFullErr (-108): no memory. kAudioUnitErr_InvalidScope,
  *          InvalidElement: the unit has no such scope or element. A refused call changes nothing.
@@ -81,12 +81,12 @@ enum {
 };
 
 /*
- * A render callback: fill ioData with the input of a unit. Without data it writes zeros, and may set
+ * A render callback: fill ioData with the input of a unit. A callback without data writes zeros, and may set
  * kAudioUnitRenderAction_OutputIsSilence. A unit also calls it as a render notification, before and after
  * each slice.
  * Shape    inNumberFrames frames in the format of the unit's input element inBusNumber. Buffers that the
  *          callback shortens or replaces are used up to mDataByteSize; the rest is silence.
- * Owner    all arguments are valid during the call only; inRefCon is the callback's.
+ * Owner    all arguments are valid during the call only; inRefCon belongs to the callback.
  * Returns  noErr, or the status that AudioUnitRender returns; the slice is then silent.
  * [audio & running]
  */
@@ -95,23 +95,24 @@ typedef OSStatus (*AURenderCallback)(void* inRefCon, AudioUnitRenderActionFlags*
                                      UInt32 inNumberFrames, AudioBufferList* ioData);
 
 /*
- * Allocate what rendering needs. Formats, element counts and the slice limit are fixed until
+ * Allocate the memory that rendering needs. Formats, element counts and the slice limit are fixed until
  * AudioUnitUninitialize. No effect on an initialised unit.
- * Errors   the unit stays uninitialised. kAudioUnitErr_FormatNotSupported: the formats do not match each
- *          other or a connected source. kAudioUnitErr_NoConnection: a connected source is closed.
+ * Errors   after an error the unit stays uninitialised. kAudioUnitErr_FormatNotSupported: the formats do not
+ *          match each other or a connected source. kAudioUnitErr_NoConnection: a connected source is closed.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitInitialize(AudioUnit unit);
 
 /*
- * Free what rendering needed, after the render call in progress has left. A running output unit stops
- * first. No effect on an uninitialised unit.
+ * Free the memory that rendering needed, after a render call in progress has returned. A running output unit
+ * is stopped first. No effect on an uninitialised unit.
  * Errors   kAudioUnitErr_CannotDoInCurrentContext: called inside a slice of the unit.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitUninitialize(AudioUnit unit);
 
 /*
- * Clear delay lines, filters and tails with the next slice. Parameters, formats and connections stay.
- * Errors   as at the top.
+ * Clear delay lines, filters and tails at the start of the next slice. Parameters, formats and connections
+ * stay.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element);
 
@@ -126,11 +127,11 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitP
 
 /*
  * Get a property's value.
- * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes.
- *          With out_data NULL only the size is returned.
+ * Shape    *io_size is the capacity of out_data on entry and the size of the value on return, in bytes. With
+ *          out_data NULL only the size is returned.
  * Owner    the caller releases a CFString in the value.
- * Errors   nothing is written. InvalidProperty: unknown or write-only property. InvalidPropertyValue: the
- *          capacity is smaller than the value.
+ * Errors   after an error nothing is written. InvalidProperty: unknown or write-only property.
+ *          InvalidPropertyValue: the capacity is smaller than the value.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPropertyID property,
                                                   AudioUnitScope scope, AudioUnitElement element,
@@ -138,11 +139,11 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPrope
 
 /*
  * Set a property. The data is copied.
- * Shape    size is exactly that of the value, in bytes.
- * Errors   checked in this order: InvalidProperty, InvalidScope, InvalidElement: not there.
- *          PropertyNotWritable: read-only. Initialized: a property that must be set before
- *          initialisation. InvalidPropertyValue: wrong size, or out of range. FormatNotSupported: the
- *          unit refuses the format.
+ * Shape    size is exactly the size of the value, in bytes.
+ * Errors   checked in this order: InvalidProperty, InvalidScope, InvalidElement: the unit has no such
+ *          property, scope or element. PropertyNotWritable: read-only. Initialized: a property that must be
+ *          set before initialisation. InvalidPropertyValue: wrong size, or out of range. FormatNotSupported:
+ *          the unit refuses the format.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property,
                                                   AudioUnitScope scope, AudioUnitElement element,
@@ -150,8 +151,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPrope
 
 /*
  * Get a parameter's value. Neither allocates nor locks.
- * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or not present now. InvalidScope: the
- *          parameter is in another scope.
+ * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or one that the unit does not have at present.
+ *          InvalidScope: the parameter is in another scope.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter,
@@ -159,10 +160,11 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitPara
                                                    AudioUnitParameterValue* out_value);
 
 /*
- * Set a parameter, from the next slice on; a gain glides over 512 frames. A value out of range becomes
- * the nearest in range. offset_frames is ignored. Neither allocates nor locks.
- * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or not present now. InvalidScope: the
- *          parameter is in another scope. PropertyNotWritable: a meter. InvalidPropertyValue: NaN.
+ * Set a parameter from the next slice on. A gain changes gradually over 512 frames. A value out of range
+ * becomes the nearest value in range. offset_frames is ignored. Neither allocates nor locks.
+ * Errors   kAudioUnitErr_InvalidParameter: unknown parameter, or one that the unit does not have at present.
+ *          InvalidScope: the parameter is in another scope. PropertyNotWritable: a meter.
+ *          InvalidPropertyValue: NaN.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter,
@@ -171,15 +173,15 @@ KVX_PLATFORM_EXPORT OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitPara
 
 /*
  * Render a slice of an output element. Neither allocates nor locks.
- * Shape    io_data has the buffers of the element's format. A buffer with mData NULL gets the unit's
- *          memory; others are filled, and mDataByteSize covers the slice on entry. mDataByteSize is the
- *          bytes rendered on return. time_stamp has a valid sample time, which advances by the frames
+ * Shape    io_data has the buffers of the element's format. A buffer with mData NULL gets the unit's memory.
+ *          Other buffers are filled; their mDataByteSize covers the slice on entry. On return mDataByteSize
+ *          is the number of bytes rendered. time_stamp has a valid sample time, which advances by the frames
  *          rendered. io_flags may be NULL.
  * Owner    the unit's memory is valid until its next slice.
  * Errors   Uninitialized: not initialised. TooManyFramesToProcess: more frames than the slice limit.
  *          NoConnection: a required input has neither connection nor callback. CannotDoInCurrentContext:
- *          another slice is in progress, or a device renders this element. paramErr: the list does not
- *          match the format, or there is no sample time. Any status of the input.
+ *          another slice is in progress, or a device renders this element. paramErr: the buffer list does not
+ *          match the format, or there is no sample time. Any error of the input.
  * One call at a time per unit.
  * [audio]
  */

@@ -1,4 +1,4 @@
-/* The newer names of the Component Manager's records. C. */
+/* The newer names of the Component Manager's types. C. */
 #ifndef AUDIOUNIT_AUDIOCOMPONENT_H
 #define AUDIOUNIT_AUDIOCOMPONENT_H
 
@@ -10,7 +10,7 @@ KVX_PLATFORM_BEGIN
 typedef struct OpaqueAudioComponent* AudioComponent;
 typedef struct ComponentInstanceRecord* AudioComponentInstance; /* the Component Manager's instance */
 
-/* What a component is. In a search, and in AUGraphAddNode, a zero field matches anything. */
+/* The identity of a component. In a search, and in AUGraphAddNode, a zero field matches any value. */
 typedef struct AudioComponentDescription {
     OSType componentType;
     OSType componentSubType;

@@ -1,7 +1,8 @@
 /*
  * Starting and stopping output units. C.
  *
- * Errors   as in AUComponent.h; badComponentSelector: not an output unit.
+ * Errors   those listed in the head comment of AUComponent.h. badComponentSelector: the component is not an
+ *          output unit.
  * All functions: [any].
  */
 #ifndef AUDIOUNIT_AUDIOOUTPUTUNIT_H
@@ -12,18 +13,19 @@
 KVX_PLATFORM_BEGIN
 
 /*
- * Start the device of an initialised unit. No effect on a running unit. The generic output unit only
- * reports that it runs.
+ * Start the device of an initialised unit. No effect on a running unit. The generic output unit has no device
+ * and only reports that it runs.
  * Errors   kAudioUnitErr_Uninitialized: not initialised. FormatNotSupported: the client format cannot be
- *          converted to the device's. CannotDoInCurrentContext: inside a slice of the unit in which it
- *          was stopped. Any status of the device.
+ *          converted to the device's. CannotDoInCurrentContext: the call was made inside a slice in which the
+ *          unit was stopped. Any error of the device.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioOutputUnitStart(AudioUnit unit);
 
 /*
- * Stop the unit. When it returns, no callback of the unit runs; inside a callback, the present slice is
- * the last. Do not call it while holding a lock that a callback takes. No effect on a stopped unit.
- * Errors   as at the top.
+ * Stop the unit. When the call returns, no callback of the unit runs. After a call inside a callback, the
+ * present slice is the last one. Do not stop the unit while holding a lock that one of its callbacks takes.
+ * No effect on a stopped unit.
+ * Errors   only those listed in the head comment of AUComponent.h.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioOutputUnitStop(AudioUnit unit);
 

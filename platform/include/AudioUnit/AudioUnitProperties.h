@@ -1,8 +1,8 @@
 /*
- * Properties of the units, and their records. C; natural packing.
+ * Properties of the units, and their structs. C; natural packing.
  *
- * Each constant states the value's type, its scopes and its access; the element is 0 unless stated
- * otherwise. "r/w before": settable only before initialisation.
+ * Each constant states the value's type, its scopes and its access; the element is 0 unless stated otherwise.
+ * "r/w before": settable only before initialisation.
  */
 #ifndef AUDIOUNIT_AUDIOUNITPROPERTIES_H
 #define AUDIOUNIT_AUDIOUNITPROPERTIES_H
@@ -21,7 +21,7 @@ enum {
     kAudioUnitScope_Note = 5
 };
 
-/* all units */
+/* properties of all units */
 /* clang-format off */
 enum {
     kAudioUnitProperty_MakeConnection = 1,         /* AudioUnitConnection, input, write-only */
@@ -39,7 +39,7 @@ enum {
     kAudioUnitProperty_SetRenderCallback = 23      /* AURenderCallbackStruct, input, write-only */
 };
 
-/* units named in the row */
+/* properties of the units that a row names */
 enum {
     kAudioUnitProperty_BypassEffect = 21,   /* UInt32 0 or 1, global, r/w: equaliser, rate units */
     kAudioUnitProperty_RenderQuality = 26,  /* UInt32 0 to 127, global, r/w: rate units, converter */
@@ -59,7 +59,7 @@ enum {
     kAudioUnitSampleRateConverterComplexity_Mastering = 'bats'
 };
 
-/* output units; 0 is their client side, element 1 the device's input */
+/* properties of output units; element 0 is the client side, element 1 the device's input */
 enum {
     kAudioOutputUnitProperty_CurrentDevice = 2000,    /* AudioDeviceID, global, read-only; HAL unit r/w */
     kAudioOutputUnitProperty_IsRunning = 2001,        /* UInt32 0 or 1, global, read-only */
@@ -72,8 +72,8 @@ enum {
 /* clang-format on */
 
 /*
- * A connection of an input element to an output element of another unit. The input takes over the format.
- * With sourceAudioUnit NULL the input is disconnected.
+ * A connection of an input element to an output element of another unit. The input element takes over the
+ * output element's format. A sourceAudioUnit of NULL disconnects the input element.
  */
 typedef struct AudioUnitConnection {
     AudioUnit sourceAudioUnit;
@@ -82,7 +82,7 @@ typedef struct AudioUnitConnection {
 } AudioUnitConnection;
 
 /*
- * A render callback and its context. With inputProc NULL the callback is removed.
+ * A render callback and its context. An inputProc of NULL removes the callback.
  * Owner    inputProcRefCon stays the caller's.
  */
 typedef struct AURenderCallbackStruct {
@@ -90,7 +90,10 @@ typedef struct AURenderCallbackStruct {
     void* inputProcRefCon;
 } AURenderCallbackStruct;
 
-/* A supported pair of channel counts. -1 and -1: any equal counts. -1 and -2: any counts. */
+/*
+ * A supported pair of channel counts. The pair -1, -1 means any equal counts; the pair -1, -2 means any
+ * counts.
+ */
 typedef struct AUChannelInfo {
     SInt16 inChannels;
     SInt16 outChannels;

@@ -1,11 +1,11 @@
 /*
- * The Component Manager: find, open, close and call components, and register components of the program.
- * C; 2-byte packed, as all of Carbon.
+ * The Component Manager: functions that find, open, close and call components, and register components of the
+ * program. C; structs are 2-byte packed, as in all Carbon headers.
  *
  * Owner    the opener closes an instance; the program that registers a component unregisters it. At most
- *          4,096 of each are live.
- * Errors   of every function: badComponentInstance: a NULL, closed or unknown instance; paramErr (-50): a
- *          required pointer is NULL. A status is cut to 16 bits where the result is an OSErr.
+ *          4,096 instances and 4,096 registered components are live.
+ * Errors   of every function. badComponentInstance: a NULL, closed or unknown instance; paramErr (-50): a
+ *          required pointer is NULL. A function with an OSErr result returns the lower 16 bits of the status.
  * A call in progress on an instance that is closed finishes normally.
  * All functions: [any].
  */
@@ -19,13 +19,13 @@
 KVX_PLATFORM_BEGIN
 #pragma pack(push, 2)
 
-/* A component. The record is never filled: the pointer is a handle. */
+/* A component. The struct is never filled, because the pointer is a handle. */
 typedef struct ComponentRecord {
     long data[1];
 } ComponentRecord;
 typedef ComponentRecord* Component;
 
-/* An open instance of a component. The record is never filled: the pointer is a handle. */
+/* An open instance of a component. The struct is never filled, because the pointer is a handle. */
 typedef struct ComponentInstanceRecord {
     long data[1];
 } ComponentInstanceRecord;
@@ -33,7 +33,7 @@ typedef ComponentInstanceRecord* ComponentInstance;
 
 typedef SInt32 ComponentResult;
 
-/* What a component is. In a search a zero field matches anything. */
+/* The identity of a component. In a search a zero field matches any value. */
 typedef struct ComponentDescription {
     OSType componentType;
     OSType componentSubType;
@@ -43,10 +43,11 @@ typedef struct ComponentDescription {
 } ComponentDescription;
 
 /*
- * One call of a component, as its entry point receives it.
- * Shape    params has the arguments after the instance, the first one first, one word each; paramSize
- *          counts their bytes. The entry point receives the instance's storage instead of the instance.
- * Owner    valid during the call only.
+ * One call of a component, as the component's entry point receives it.
+ * Shape    params has the arguments after the instance, in the order of their declaration, one machine word
+ *          each; paramSize is their size in bytes. The entry point receives the instance's storage instead of
+ *          the instance.
+ * Owner    the struct is valid during the call only.
  */
 typedef struct ComponentParameters {
     UInt8 flags;     /* 0 */
@@ -59,8 +60,8 @@ typedef struct ComponentParameters {
 
 /*
  * A component's entry point. componentStorage is the instance's storage, NULL at first.
- * Returns  the result of the call; a non-zero result of kComponentOpenSelect refuses the opening, that of
- *          kComponentCloseSelect is ignored.
+ * Returns  the result of the call. A non-zero result of kComponentOpenSelect refuses the opening; the result
+ *          of kComponentCloseSelect is ignored.
  * Called on the caller's thread.
  * [any]
  */
@@ -68,7 +69,9 @@ typedef ComponentResult (*ComponentRoutineProcPtr)(ComponentParameters* cp, Hand
 typedef ComponentRoutineProcPtr ComponentRoutineUPP; /* the function pointer itself */
 typedef UniversalProcPtr ComponentFunctionUPP;
 
-/* Selectors of every component, with their arguments. Only the first two are sent by the platform. */
+/*
+ * Selectors that every component knows, with their arguments. The platform itself sends only the first two.
+ */
 enum {
     kComponentOpenSelect = -1,    /* ComponentInstance self */
     kComponentCloseSelect = -2,   /* ComponentInstance self */
@@ -95,59 +98,61 @@ enum {
     unresolvedComponentDLLErr = -3004 /* the component has no entry point */
 };
 
-/* 32-bit results; as an OSErr they are -32767 and -32766. */
+/* Statuses of 32 bits; cut to an OSErr they are -32767 and -32766. */
 #define badComponentInstance ((ComponentResult)0x80008001)
 #define badComponentSelector ((ComponentResult)0x80008002)
 
 /*
- * Find the first component after `previous` that matches a description; from the start if `previous` is
- * NULL. Built-in components come first, then the program's in the order of registration.
- * Returns  NULL if none follows, or `previous` is not a component.
+ * Find the first component after `previous` that matches a description; from the start if `previous` is NULL.
+ * Built-in components come first, then the components that the program has registered, in the order of
+ * registration.
+ * Returns  NULL if no component follows, or if `previous` is not a component.
  */
 KVX_PLATFORM_EXPORT Component FindNextComponent(Component previous, ComponentDescription* looking);
 
 /*
  * Open an instance of a component.
  * Owner    the caller closes *out_instance.
- * Errors   *out_instance is NULL. invalidComponentID: not a component. unresolvedComponentDLLErr: no
- *          entry point. memFullErr (-108): no memory, or too many instances. The component's own refusal;
- *          paramErr if its lower 16 bits are 0.
+ * Errors   after an error *out_instance is NULL. invalidComponentID: not a component.
+ *          unresolvedComponentDLLErr: the component has no entry point. memFullErr (-108): no memory, or too
+ *          many instances. The result with which the component refuses the opening; paramErr if the lower 16
+ *          bits of that result are 0.
  */
 KVX_PLATFORM_EXPORT OSErr OpenAComponent(Component component, ComponentInstance* out_instance);
 
-/* The same, with NULL as the only error. */
+/* Open an instance as OpenAComponent does, but return NULL for every error. */
 KVX_PLATFORM_EXPORT ComponentInstance OpenComponent(Component component);
 
 /*
- * Open an instance of the first component with a type and subtype; 0 matches anything.
+ * Open an instance of the first component with a type and subtype; 0 matches any type or subtype.
  * Owner    the caller closes *out_instance.
- * Errors   as OpenAComponent.
+ * Errors   those of OpenAComponent.
  */
 KVX_PLATFORM_EXPORT OSErr OpenADefaultComponent(OSType type, OSType subType, ComponentInstance* out_instance);
 
-/* The same, with NULL as the only error. */
+/* Open an instance as OpenADefaultComponent does, but return NULL for every error. */
 KVX_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType type, OSType subType);
 
 /*
- * Close an instance. When it returns, none of its callbacks runs, unless it was called inside one.
- * Errors   as at the top.
+ * Close an instance. When the call returns, no callback of the instance runs, except a callback that made the
+ * call.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance instance);
 
-/* ---- components of the program ---- */
+/* ---- components that the program registers ---- */
 
-/* Return the function pointer itself. */
+/* Get the ComponentRoutineUPP of a routine, which is the function pointer itself. */
 static inline ComponentRoutineUPP NewComponentRoutineUPP(ComponentRoutineProcPtr userRoutine)
 {
     return userRoutine;
 }
 
 /*
- * Register a component, for this process. The name, the info and the icon may be NULL and are not used;
+ * Register a component in this process. The name, the info and the icon may be NULL and are not used;
  * `global` is ignored.
- * Shape    a component without an entry point is found, but cannot be opened.
- * Owner    the description is copied; the handles stay the caller's. The caller unregisters the
- *          component.
+ * Shape    a component without an entry point can be found, but not opened.
+ * Owner    the description is copied; the handles stay the caller's. The caller unregisters the component.
  * Returns  NULL if cd is NULL, there is no memory, or 4,096 components are registered.
  */
 KVX_PLATFORM_EXPORT Component RegisterComponent(ComponentDescription* cd,
@@ -162,34 +167,34 @@ KVX_PLATFORM_EXPORT Component RegisterComponent(ComponentDescription* cd,
  */
 KVX_PLATFORM_EXPORT OSErr UnregisterComponent(Component aComponent);
 
-/* Count the open instances of a component; 0 for an unknown one. */
+/* Count the open instances of a component. Returns 0 for an unknown component. */
 KVX_PLATFORM_EXPORT long CountComponentInstances(Component aComponent);
 
 /*
- * Set a registered component's word, which all its instances share. An instance stands for its component.
- * No effect on others.
+ * Set the refcon of a registered component, which all its instances share. An instance may be passed for its
+ * component. No effect on other components.
  */
 KVX_PLATFORM_EXPORT void SetComponentRefcon(Component aComponent, long theRefcon);
 
-/* Get a registered component's word; 0 for others. */
+/* Get the refcon of a registered component; 0 for other components. */
 KVX_PLATFORM_EXPORT long GetComponentRefcon(Component aComponent);
 
 /*
- * Set an instance's storage, which its entry point receives. No effect on instances of built-in
- * components.
- * Owner    the component's.
+ * Set the storage of an instance, which the component's entry point receives. No effect on instances of
+ * built-in components.
+ * Owner    the storage belongs to the component.
  */
 KVX_PLATFORM_EXPORT void SetComponentInstanceStorage(ComponentInstance aComponentInstance, Handle theStorage);
 
-/* Get an instance's storage; NULL for instances of built-in components. */
+/* Get the storage of an instance; NULL for instances of built-in components. */
 KVX_PLATFORM_EXPORT Handle GetComponentInstanceStorage(ComponentInstance aComponentInstance);
 
 /*
- * Call a function with the storage and the arguments of a call.
- * Shape    funcProcInfo describes the function (MixedMode.h); its first parameter is the storage. A
- *          missing argument is 0, further ones are ignored.
+ * Call a function with the instance's storage and the arguments of a component call.
+ * Shape    funcProcInfo describes the function (MixedMode.h); its first parameter is the storage. A missing
+ *          argument is passed as 0; surplus arguments are ignored.
  * Returns  the function's result.
- * Errors   paramErr: also a NULL function, or more than 13 parameters.
+ * Errors   paramErr: also for a NULL function, or for more than 13 parameters.
  */
 KVX_PLATFORM_EXPORT ComponentResult CallComponentFunctionWithStorageProcInfo(Handle storage,
                                                                              ComponentParameters* params,
@@ -197,7 +202,7 @@ KVX_PLATFORM_EXPORT ComponentResult CallComponentFunctionWithStorageProcInfo(Han
                                                                              ProcInfoType funcProcInfo);
 
 /*
- * Send a call to another instance, unchanged.
+ * Pass a component call on to another instance, unchanged.
  * Returns  the result of that instance.
  * Errors   badComponentSelector: the component does not know the selector.
  */

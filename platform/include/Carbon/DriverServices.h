@@ -25,12 +25,12 @@ enum {
     durationForever = 0x7FFFFFFF
 };
 
-/* Get the present time, as AudioGetCurrentHostTime. */
+/* Get the present time of the host clock, as AudioGetCurrentHostTime does. */
 KVX_PLATFORM_EXPORT AbsoluteTime UpTime(void);
 
 /*
- * Add a duration to a time. durationForever, and a sum above 64 bits, give the last time, which is never
- * reached.
+ * Add a duration to a time. If the duration is durationForever, or the sum exceeds 64 bits, the result is the
+ * last possible time, which is never reached.
  */
 KVX_PLATFORM_EXPORT AbsoluteTime AddDurationToAbsolute(Duration duration, AbsoluteTime absoluteTime);
 

@@ -1,10 +1,9 @@
 /*
- * Procedure-information words: the sizes of a function's result and parameters. Types only. C.
+ * Procedure-information numbers, which encode the sizes of a function's result and parameters. Types only. C.
  *
- * Shape    bits 0 to 3: the calling convention, ignored here. Bits 4 and 5: the size code of the result.
- *          From bit 6, two bits each: the size codes of up to 13 parameters; 0 ends them.
- * Units    size codes: 0 none, 1 one byte, 2 two bytes, 3 four bytes (a word of the machine on 64-bit
- *          targets).
+ * Shape    bits 0 to 3: the calling convention, ignored here. Bits 4 and 5: the size code of the result. From
+ *          bit 6 on: the size codes of up to 13 parameters, two bits each; a code of 0 ends the parameters.
+ * Units    size codes: 0 none, 1 one byte, 2 two bytes, 3 four bytes (a machine word on 64-bit targets).
  */
 #ifndef CARBON_MIXEDMODE_H
 #define CARBON_MIXEDMODE_H

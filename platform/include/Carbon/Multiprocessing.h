@@ -1,4 +1,4 @@
-/* Waiting for a time of the host clock. C. */
+/* A function that waits for a time of the host clock. C. */
 #ifndef CARBON_MULTIPROCESSING_H
 #define CARBON_MULTIPROCESSING_H
 
@@ -8,7 +8,7 @@
 KVX_PLATFORM_BEGIN
 
 /*
- * Block the calling thread until a time. A past time returns at once.
+ * Block the calling thread until a time. The call returns at once if the time is past.
  * Owner    expirationTime stays the caller's.
  * Errors   paramErr (-50): expirationTime is NULL.
  * Do not call it in an I/O cycle.

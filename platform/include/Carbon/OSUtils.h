@@ -13,8 +13,8 @@
 KVX_PLATFORM_BEGIN
 
 /*
- * Wait for at least numTicks ticks. If all running devices are stepped, it steps them by that time on the
- * calling thread instead of waiting. Do not call it in an I/O cycle.
+ * Wait for at least numTicks ticks. If all running devices are stepped, the call runs their I/O cycles for
+ * that time on the calling thread instead of waiting. Do not call Delay in an I/O cycle.
  * Shape    *finalTicks is the tick count afterwards; finalTicks may be NULL.
  */
 KVX_PLATFORM_EXPORT void Delay(unsigned long numTicks, unsigned long* finalTicks);

@@ -1,17 +1,17 @@
 /*
- * Sound components: the classic way from a program's samples to an output. C; 2-byte packed, as all of
- * Carbon.
+ * Sound components: the classic path from a program's samples to an output. C; structs are 2-byte packed, as
+ * in all Carbon headers.
  *
- * The program's output component pulls the sum of all sources from a mixer. The mixer converts each
- * source to the output's format, rate, channels and volume.
+ * The program's output component pulls the sum of all sources from a mixer. The mixer converts each source to
+ * the output's format, rate, channels and volume.
  *
  * Units    rates in Hz, 16.16 fixed point; volumes 8.8 fixed point, 0x100 is full; counts in frames.
- * Owner    samples of a buffer stay the caller's, and must be valid until its completion routine is
- *          called or the source is stopped or removed.
- * Errors   of every function: badComponentInstance: a NULL, closed or unknown component.
- *          badComponentSelector: the component does not know the call. paramErr (-50): a required pointer
- *          is NULL. memFullErr (-108): no memory. badFormat: a mixer that OpenMixerSoundComponent did not
- *          open. badChannel: an unknown source.
+ * Owner    the samples of a buffer stay the caller's. They must be valid until the buffer's completion
+ *          routine is called, or until the source is stopped or removed.
+ * Errors   of every function. badComponentInstance: a NULL, closed or unknown component.
+ *          badComponentSelector: the component does not know the call. paramErr (-50): a required pointer is
+ *          NULL. memFullErr (-108): no memory. badFormat: the mixer was not opened by
+ *          OpenMixerSoundComponent. badChannel: an unknown source.
  * All functions: [any], unless stated otherwise.
  */
 #ifndef CARBON_SOUND_H
@@ -28,7 +28,7 @@ KVX_PLATFORM_BEGIN
 typedef struct OpaqueSoundSource* SoundSource;
 
 /*
- * A list of values.
+ * An array of values.
  * Owner    the component allocates infoHandle, the caller disposes it.
  */
 typedef struct SoundInfoList {
@@ -37,12 +37,12 @@ typedef struct SoundInfoList {
 } SoundInfoList, *SoundInfoListPtr;
 
 /*
- * Samples, or a request for a format.
+ * A buffer of samples, or the description of a requested format.
  * Shape    one or two channels, interleaved; 8 or 16 bits.
  */
 typedef struct SoundComponentData {
     long flags;    /* 0 */
-    OSType format; /* below */
+    OSType format; /* a sample format below */
     short numChannels;
     short sampleSize; /* bits */
     UnsignedFixed sampleRate;
@@ -55,11 +55,11 @@ struct SoundParamBlock;
 typedef struct SoundParamBlock* SoundParamBlockPtr;
 
 /*
- * A routine of a buffer; *pb is the buffer's record.
- * As moreRtn: called when all frames have been taken. It returns true to continue with *pb, which it may
- * replace; a record without samples ends the sound.
- * As completionRtn: called once, in the order of the buffers, when the last frame has been taken; the
- * result is ignored. It may call anything.
+ * A routine of a buffer; *pb points to the buffer's struct.
+ * As moreRtn: called when all frames of the buffer have been consumed. The routine returns true to continue
+ * with *pb, which the routine may replace; a struct without samples ends the sound.
+ * As completionRtn: called once, in the order of the buffers, when the last frame has been consumed. The
+ * result is ignored. The routine may call any function.
  * Called on the thread of SoundComponentGetSourceData.
  * [audio & running]
  */
@@ -68,13 +68,13 @@ typedef SoundParamProcPtr SoundParamUPP;
 
 /*
  * A buffer to play.
- * Owner    the caller's. Record and samples must stay valid until completionRtn is called, or the source
- *          is stopped or removed.
+ * Owner    the caller owns the struct and the samples. Both must stay valid until completionRtn is called, or
+ *          until the source is stopped or removed.
  */
 typedef struct SoundParamBlock {
     long recordSize; /* ignored */
     SoundComponentData desc;
-    UnsignedFixed rateMultiplier; /* 0x10000 or 0: 1 */
+    UnsignedFixed rateMultiplier; /* factor of the sample rate; 0x10000 or 0 means 1 */
     short leftVolume;
     short rightVolume;
     long quality;                /* ignored */
@@ -110,7 +110,7 @@ enum {
     kNoSoundComponentChain = 1L << 17
 };
 
-/* selectors of information, with the type of the value */
+/* selectors of SoundComponentGetInfo and SoundComponentSetInfo, with the type of the value */
 enum {
     siNumberChannels = 'chan',      /* short */
     siChannelAvailable = 'chav',    /* list of short */
@@ -137,8 +137,10 @@ enum {
     siUnknownInfoType = -231
 };
 
-/* Selectors of the calls below. An output component may delegate those from kDelegatedSoundComponentSelectors
- * on. */
+/*
+ * Selectors of the functions below. An output component may delegate calls whose selectors are at or above
+ * kDelegatedSoundComponentSelectors.
+ */
 enum {
     kSoundComponentInitOutputDeviceSelect = 1,
     kSoundComponentSetSourceSelect = 2,
@@ -161,19 +163,20 @@ enum {
 
 /*
  * Open a mixer with a given output format.
- * Shape    sampleCount of the description is the frames per block, up to 65,536; 0 or less: 1,024.
- *          outputFlags is 0.
+ * Shape    sampleCount of the description is the number of frames per mixed buffer, up to 65,536; 0 or less
+ *          means 1,024. outputFlags is 0.
  * Owner    the caller closes *mixerComponent; the description is copied.
- * Errors   *mixerComponent is NULL. paramErr: also outputFlags other than 0. notEnoughHardwareErr: more
- *          than two channels, or none. siInvalidSampleRate: rate 0. badFormat, siInvalidSampleSize:
- *          unknown sample format or size.
+ * Errors   after an error *mixerComponent is NULL. paramErr: also for outputFlags other than 0.
+ *          notEnoughHardwareErr: more than two channels, or none. siInvalidSampleRate: a rate of 0.
+ *          badFormat, siInvalidSampleSize: unknown sample format or size.
  */
 KVX_PLATFORM_EXPORT OSErr OpenMixerSoundComponent(SoundComponentDataPtr outputDescription, long outputFlags,
                                                   ComponentInstance* mixerComponent);
 
 /*
- * Close a mixer, after the block in progress. No completion routine is called afterwards.
- * Errors   as at the top.
+ * Close a mixer. The function waits for a SoundComponentGetSourceData call in progress, except in a
+ * completion routine. No completion routine is called afterwards.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSErr CloseMixerSoundComponent(ComponentInstance ci);
 
@@ -184,13 +187,14 @@ KVX_PLATFORM_EXPORT OSErr CloseMixerSoundComponent(ComponentInstance ci);
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentInitOutputDevice(ComponentInstance ti, long actions);
 
 /*
- * Mix the next block. Neither allocates nor blocks. A last block may be shorter; 0 frames: nothing plays
- * now.
- * Shape    one source in the mixer's format at full volume is copied byte for byte. Otherwise 32-bit
- *          float sums, rounded to nearest, ties to even, and clipped.
- * Owner    the record and its samples are the mixer's, valid until the next call.
- * Errors   *sourceData is NULL. channelBusy: a call is in progress, also one whose completion routine
- *          calls this. badComponentInstance: also a completion routine has closed the mixer.
+ * Mix the next buffer. Neither allocates nor blocks. The last buffer of a sound may be shorter; a buffer of 0
+ * frames means that no source plays at present.
+ * Shape    if the only source has the mixer's format and full volume, its bytes are copied. Otherwise the
+ *          sources are summed in 32-bit float, rounded to nearest, ties to even, and clipped.
+ * Owner    the struct and its samples belong to the mixer, and are valid until the next call.
+ * Errors   after an error *sourceData is NULL. channelBusy: another call is in progress, for example the one
+ *          whose completion routine calls this function. badComponentInstance: also if a completion routine
+ *          has closed the mixer.
  * One call at a time per mixer.
  * [audio]
  */
@@ -198,22 +202,22 @@ KVX_PLATFORM_EXPORT ComponentResult SoundComponentGetSourceData(ComponentInstanc
                                                                 SoundComponentDataPtr* sourceData);
 
 /*
- * Add a source, stopped, at full volume.
- * Owner    the caller removes it.
- * Errors   *sourceID is NULL. notEnoughHardwareErr: 64 sources.
+ * Add a source to a mixer. The source is stopped and has full volume.
+ * Owner    the caller removes the source.
+ * Errors   after an error *sourceID is NULL. notEnoughHardwareErr: the mixer already has 64 sources.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentAddSource(ComponentInstance ti, SoundSource* sourceID);
 
 /*
- * Remove a source and discard its buffers, after the block in progress; in a completion routine it does
- * not wait. No completion routine is called.
- * Errors   as at the top.
+ * Remove a source and discard its buffers, without calling their completion routines. The function waits for
+ * a SoundComponentGetSourceData call in progress, except in a completion routine.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentRemoveSource(ComponentInstance ti, SoundSource sourceID);
 
 /*
- * Get a value of a mixer or source, by selector. A mixer knows siNumberChannels, siSampleSize,
- * siSampleRate and their lists; a source siVolume and siRateMultiplier.
+ * Get a value of a mixer or source, by selector. A mixer has siNumberChannels, siSampleSize, siSampleRate,
+ * and the list of available values of each. A source has siVolume and siRateMultiplier.
  * Shape    a value of up to 4 bytes, or a SoundInfoList, is written to *infoPtr.
  * Owner    the caller disposes the handle of a list.
  * Errors   siUnknownInfoType: another selector.
@@ -222,43 +226,45 @@ KVX_PLATFORM_EXPORT ComponentResult SoundComponentGetInfo(ComponentInstance ti, 
                                                           OSType selector, void* infoPtr);
 
 /*
- * Set siVolume or siRateMultiplier of a source. The volume applies to the next frames, the multiplier to
- * buffers played later.
- * Shape    infoPtr is the value itself.
+ * Set siVolume or siRateMultiplier of a source. A volume applies to the next frames, a multiplier to buffers
+ * that are queued later.
+ * Shape    infoPtr is the value itself, not a pointer to the value.
  * Errors   siUnknownInfoType: another selector. siInvalidSampleRate: a multiplier of 0.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentSetInfo(ComponentInstance ti, SoundSource sourceID,
                                                           OSType selector, void* infoPtr);
 
 /*
- * Start sources, all in the same block. Unknown sources are ignored.
+ * Start sources, all at the start of the same mixed buffer. Unknown sources are ignored.
  * Errors   paramErr: count is negative.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentStartSource(ComponentInstance ti, short count,
                                                               SoundSource* sources);
 
 /*
- * Stop sources and discard their buffers, after the block in progress; in a completion routine it does
- * not wait. No completion routine is called. Unknown sources are ignored.
+ * Stop sources and discard their buffers, without calling their completion routines. The function waits for a
+ * SoundComponentGetSourceData call in progress, except in a completion routine. Unknown sources are ignored.
  * Errors   paramErr: count is negative.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentStopSource(ComponentInstance ti, short count,
                                                              SoundSource* sources);
 
 /*
- * Pause sources after the block in progress; in a completion routine it does not wait. Their buffers
- * stay. Unknown sources are ignored.
+ * Pause sources; their buffers stay. The function waits for a SoundComponentGetSourceData call in progress,
+ * except in a completion routine. Unknown sources are ignored.
  * Errors   paramErr: count is negative.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentPauseSource(ComponentInstance ti, short count,
                                                               SoundSource* sources);
 
 /*
- * Queue a buffer after those of the source, and start the source unless actions has kSourcePaused.
- * Owner    as SoundParamBlock says.
- * Errors   queueFull: 64 buffers wait. notEnoughHardwareErr, badFormat, siInvalidSampleSize: as
- *          OpenMixerSoundComponent. siInvalidSampleRate: rate 0, or more than 256 times or less than
- *          1/256 of the mixer's. paramErr: no samples, or a negative count.
+ * Queue a buffer after the buffers that the source already has, and start the source unless actions has
+ * kSourcePaused.
+ * Owner    the caller owns the struct and the samples, as SoundParamBlock states.
+ * Errors   queueFull: 64 buffers of the source wait. notEnoughHardwareErr, badFormat, siInvalidSampleSize: as
+ *          for OpenMixerSoundComponent. siInvalidSampleRate: a rate of 0, or a rate more than 256 times or
+ *          less than 1/256 of the mixer's rate. paramErr: the buffer has no samples, or a negative count of
+ *          frames.
  */
 KVX_PLATFORM_EXPORT ComponentResult SoundComponentPlaySourceBuffer(ComponentInstance ti, SoundSource sourceID,
                                                                    SoundParamBlockPtr pb, long actions);

@@ -21,7 +21,10 @@ KVX_PLATFORM_EXPORT StringHandle NewString(ConstStr255Param theString);
 /* Convert C text to Pascal text, cut at 255 bytes. src and dst may overlap. */
 KVX_PLATFORM_EXPORT void CopyCStringToPascal(const char* src, Str255 dst);
 
-/* Convert Pascal text to C text. dst has 256 bytes or the length plus 1. src and dst may overlap. */
+/*
+ * Convert Pascal text to C text. dst has space for 256 bytes, or for the length of the text plus 1. src and
+ * dst may overlap.
+ */
 KVX_PLATFORM_EXPORT void CopyPascalStringToC(ConstStr255Param src, char* dst);
 
 KVX_PLATFORM_END

@@ -1,6 +1,7 @@
 /*
- * Further type names that <Carbon/Carbon.h> declares on the target system. Nothing uses them; a plug-in
- * name that collides with one of them does not compile. C; 2-byte packed, as all of Carbon.
+ * Further type names that <Carbon/Carbon.h> declares on the target system. Nothing uses these types. They are
+ * declared so that a plug-in name that collides with one of them does not compile. C; structs are 2-byte
+ * packed, as in all Carbon headers.
  */
 #ifndef CARBON_TYPENAMES_H
 #define CARBON_TYPENAMES_H

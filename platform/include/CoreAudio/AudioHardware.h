@@ -1,22 +1,21 @@
 /*
- * Audio devices: a tree of objects (the system, its devices, their streams), the properties of each
- * object, and the I/O procedures that a device calls in each I/O cycle. C.
+ * Audio devices: a tree of objects (the system, its devices, their streams), the properties of each object,
+ * and the I/O procedures that a device calls in each I/O cycle. C.
  *
- * Shape    the size of a property value is the capacity of the buffer on entry and the size of the value
- *          on return, in bytes. A capacity above a fixed size is allowed; a list is cut to the items that
- *          fit.
+ * Shape    the size of a property value is the capacity of the buffer on entry and the size of the value on
+ *          return, in bytes. A capacity above a fixed size is allowed; an array is cut to the items that fit.
  * Owner    the caller releases a CFString from a property. Input data is copied.
- * Errors   of every function: 0 is success.
- *          kAudioHardwareBadObjectError, BadDeviceError, BadStreamError: no object, device or stream has
- *          this ID.
+ * Errors   of every function; a status of 0 is success.
+ *          kAudioHardwareBadObjectError, BadDeviceError, BadStreamError: no object, device or stream has this
+ *          ID.
  *          kAudioHardwareUnknownPropertyError: the object has no such property, or not in this scope or
  *          element.
  *          kAudioHardwareBadPropertySizeError: the buffer is smaller than a fixed-size value, a text or a
  *          buffer list; or a new value has another size than the property.
  *          kAudioHardwareUnsupportedOperationError: setting a read-only property.
  *          kAudioHardwareIllegalOperationError: a required pointer is NULL, or the value is out of range.
- *          kAudioDeviceUnsupportedFormatError: the device refuses the format or rate; the former one
- *          stays.
+ *          kAudioDeviceUnsupportedFormatError: the device refuses the format or rate, and keeps its former
+ *          one.
  *          kAudioHardwareUnspecifiedError: no memory or thread, or the hardware failed.
  * Property calls may wait for a lock.
  * All functions: [any], unless stated otherwise.
@@ -42,7 +41,7 @@ typedef UInt32 AudioObjectPropertyElement; /* 0: master; from 1: a channel */
 typedef AudioObjectPropertySelector AudioHardwarePropertyID;
 typedef AudioObjectPropertySelector AudioDevicePropertyID;
 
-/* A property of an object. A listener may use wildcards. */
+/* The address of an object's property. A listener can be added with wildcards in the address. */
 typedef struct AudioObjectPropertyAddress {
     AudioObjectPropertySelector mSelector;
     AudioObjectPropertyScope mScope;
@@ -51,7 +50,7 @@ typedef struct AudioObjectPropertyAddress {
 
 /*
  * The streams that an I/O procedure uses.
- * Shape    mNumberStreams flags; a stream with flag 0 has mData NULL in the procedure's buffer list.
+ * Shape    mNumberStreams flags. A stream whose flag is 0 has mData NULL in the procedure's buffer list.
  */
 typedef struct AudioHardwareIOProcStreamUsage {
     void* mIOProc;
@@ -91,7 +90,7 @@ enum {
     kAudioObjectClassIDWildcard = '****'
 };
 
-/* Larger than a C enumerator. */
+/* A macro, because the value exceeds a C enumerator. */
 #define kAudioObjectPropertyElementWildcard ((UInt32)0xFFFFFFFF)
 #define kAudioPropertyWildcardChannel kAudioObjectPropertyElementWildcard
 
@@ -132,7 +131,7 @@ enum {
     kAudioHardwarePropertyDefaultOutputDevice = 'dOut',       /* AudioDeviceID, r/w */
     kAudioHardwarePropertyDefaultSystemOutputDevice = 'sOut', /* AudioDeviceID, r/w */
     kAudioHardwarePropertyDeviceForUID = 'duid',    /* AudioValueTranslation: CFString to AudioDeviceID */
-    kAudioHardwarePropertyProcessIsMaster = 'mast', /* UInt32, also the next eight */
+    kAudioHardwarePropertyProcessIsMaster = 'mast', /* UInt32, also the next eight constants */
     kAudioHardwarePropertyIsInitingOrExiting = 'inot',
     kAudioHardwarePropertyUserIDChanged = 'euid',
     kAudioHardwarePropertyProcessIsAudible = 'pmut',
@@ -205,7 +204,7 @@ enum {
     kAudioDevicePropertyAvailableNominalSampleRates = 'nsr#'   /* AudioValueRange[] */
 };
 
-/* streams and formats of a scope */
+/* selectors for the streams and the formats of a scope */
 enum {
     kAudioDevicePropertyStreams = 'stm#',                    /* AudioStreamID[] */
     kAudioDevicePropertyStreamConfiguration = 'slay',        /* AudioBufferList, mData NULL */
@@ -228,14 +227,14 @@ enum {
     kAudioDevicePropertyVolumeDecibelsToScalarTransferFunction = 'vctf', /* UInt32 */
     kAudioDevicePropertyStereoPan = 'span',                              /* Float32 */
     kAudioDevicePropertyStereoPanChannels = 'spn#',                      /* UInt32[2] */
-    kAudioDevicePropertyMute = 'mute',                                   /* UInt32, also the next two */
+    kAudioDevicePropertyMute = 'mute', /* UInt32, also the next two constants */
     kAudioDevicePropertySolo = 'solo',
     kAudioDevicePropertyPlayThru = 'thru',
     kAudioDevicePropertyDataSource = 'ssrc',                  /* UInt32 */
     kAudioDevicePropertyDataSources = 'ssc#',                 /* UInt32[] */
     kAudioDevicePropertyDataSourceNameForID = 'sscn',         /* AudioValueTranslation: UInt32 to C text */
     kAudioDevicePropertyDataSourceNameForIDCFString = 'lscn', /* AudioValueTranslation: UInt32 to CFString */
-    kAudioDevicePropertyClockSource = 'csrc',                 /* as the four data source properties */
+    kAudioDevicePropertyClockSource = 'csrc', /* values as for the four data source selectors */
     kAudioDevicePropertyClockSources = 'csc#',
     kAudioDevicePropertyClockSourceNameForID = 'cscn',
     kAudioDevicePropertyClockSourceNameForIDCFString = 'lcsn',
@@ -256,7 +255,7 @@ enum {
     kAudioDevicePropertyChannelNominalLineLevelNameForIDCFString = 'lcnl',
     kAudioDevicePropertyChannelNominalLineLevelNameForID = 'cnlv',
     kAudioDevicePropertyDriverShouldOwniSub = 'isub',
-    kAudioDevicePropertySubVolumeScalar = 'svlm', /* low-frequency channel, as Volume and Mute */
+    kAudioDevicePropertySubVolumeScalar = 'svlm', /* low-frequency channel; values as for Volume and Mute */
     kAudioDevicePropertySubVolumeDecibels = 'svld',
     kAudioDevicePropertySubVolumeRangeDecibels = 'svd#',
     kAudioDevicePropertySubVolumeScalarToDecibels = 'sv2d',
@@ -279,8 +278,8 @@ enum {
 /* ---- selectors of streams ---- */
 
 /*
- * A linear virtual format is packed 32-bit float in native byte order, one interleaved buffer per stream. In
- * a format passed to Supported and Match, 0 matches any value of a field.
+ * A stream's linear PCM virtual format is packed 32-bit float in native byte order, in one interleaved
+ * buffer. In a format that is passed to a Supported or Match selector, a field of 0 matches any value.
  */
 enum {
     kAudioStreamPropertyDirection = 'sdir',                /* UInt32: 0 output, 1 input */
@@ -315,7 +314,7 @@ enum {
 
 /*
  * A listener of property changes.
- * Shape    one address per call, the listener's own with its wildcards filled in. The new value is in
+ * Shape    one address per call: that of the changed property, without wildcards. The new value is already in
  *          force.
  * Owner    inAddresses is valid during the call only.
  * Returns  ignored.
@@ -330,7 +329,7 @@ typedef OSStatus (*AudioObjectPropertyListenerProc)(AudioObjectID inObjectID, UI
 KVX_PLATFORM_EXPORT void AudioObjectShow(AudioObjectID inObjectID);
 
 /*
- * Report whether an object has a property in this scope and element. False also for an unknown object or
+ * Report whether an object has a property in a scope and element. Returns false also for an unknown object or
  * a NULL address.
  */
 KVX_PLATFORM_EXPORT Boolean AudioObjectHasProperty(AudioObjectID inObjectID,
@@ -338,7 +337,7 @@ KVX_PLATFORM_EXPORT Boolean AudioObjectHasProperty(AudioObjectID inObjectID,
 
 /*
  * Get whether a property can be set.
- * Errors   as at the top.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectIsPropertySettable(AudioObjectID inObjectID,
                                                            const AudioObjectPropertyAddress* inAddress,
@@ -346,8 +345,8 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectIsPropertySettable(AudioObjectID inObjec
 
 /*
  * Get the present size of a property's value, in bytes.
- * Shape    the qualifier is read by kAudioObjectPropertyOwnedObjects only.
- * Errors   as at the top.
+ * Shape    only kAudioObjectPropertyOwnedObjects reads the qualifier.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID,
                                                             const AudioObjectPropertyAddress* inAddress,
@@ -356,9 +355,9 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObje
 
 /*
  * Get a property's value.
- * Shape    an AudioValueTranslation, and a value that is converted in place, is read from outData first.
- *          A NULL outData is allowed for a list of size 0.
- * Errors   as at the top; nothing is written.
+ * Shape    outData is also an input for an AudioValueTranslation and for a value that is converted in place.
+ *          outData may be NULL for an array of size 0.
+ * Errors   only those listed in the head comment; after an error nothing is written.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID,
                                                         const AudioObjectPropertyAddress* inAddress,
@@ -367,10 +366,11 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID
                                                         void* outData);
 
 /*
- * Set a property. The value is in force on return; listeners are called soon after. Setting the present
- * value notifies no listener.
- * Errors   as at the top; the former value stays, unless the device failed (UnspecifiedError).
- * Called in an I/O cycle, it applies from a later cycle.
+ * Set a property. The value is in force on return; listeners are called soon after. Setting the present value
+ * notifies no listener.
+ * Errors   only those listed in the head comment. After an error the former value stays, unless the device
+ *          failed (UnspecifiedError).
+ * A value set in an I/O cycle applies from a later cycle on.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectSetPropertyData(AudioObjectID inObjectID,
@@ -380,10 +380,9 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectSetPropertyData(AudioObjectID inObjectID
                                                         const void* inData);
 
 /*
- * Add a listener of one property, or of several through wildcards. A listener added twice is called
- * twice.
- * Owner    the caller removes it; inClientData stays the caller's.
- * Errors   as at the top.
+ * Add a listener of one property, or of several through wildcards. A listener added twice is called twice.
+ * Owner    the caller removes the listener; inClientData stays the caller's.
+ * Errors   only those listed in the head comment.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectAddPropertyListener(AudioObjectID inObjectID,
                                                             const AudioObjectPropertyAddress* inAddress,
@@ -391,8 +390,9 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectAddPropertyListener(AudioObjectID inObje
                                                             void* inClientData);
 
 /*
- * Remove the listener that was added with these four arguments, also of an object that no longer exists.
- * Waits for a call in progress, except inside a listener; after that the listener is not called.
+ * Remove the listener that was added with these four arguments. The object may have ceased to exist. The
+ * function waits for a call of the listener in progress, except inside a listener; afterwards the listener is
+ * not called any more.
  * Errors   IllegalOperationError: no such listener.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioObjectRemovePropertyListener(AudioObjectID inObjectID,
@@ -402,57 +402,59 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectRemovePropertyListener(AudioObjectID inO
 
 /* ---- the same properties by the older calls ---- */
 
-/* inChannel is the element; isInput selects the input or the output scope. inWhen is ignored: the time is
- * now. Values, sizes and errors are those of the calls above. */
+/*
+ * In the functions below, inChannel is the element, and isInput selects the input or the output scope. inWhen
+ * is ignored, so a set takes effect at once. Values, sizes and errors are those of the functions above.
+ */
 
 /*
- * Get the size of a property of the system object, in bytes, and whether it can be set. Either
+ * Get the size of a property of the system object, in bytes, and whether the property can be set. Either
  * out-pointer may be NULL.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID inPropertyID,
                                                           UInt32* outSize, Boolean* outWritable);
 
-/* Get a property of the system object, as AudioObjectGetPropertyData. */
+/* Get a property of the system object, as AudioObjectGetPropertyData does. */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID inPropertyID,
                                                       UInt32* ioPropertyDataSize, void* outPropertyData);
 
-/* Set a property of the system object, as AudioObjectSetPropertyData. */
+/* Set a property of the system object, as AudioObjectSetPropertyData does. */
 KVX_PLATFORM_EXPORT OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID inPropertyID,
                                                       UInt32 inPropertyDataSize, const void* inPropertyData);
 
 /*
- * Get the size of a property of a device, in bytes, and whether it can be set. Either out-pointer may be
- * NULL.
+ * Get the size of a property of a device, in bytes, and whether the property can be set. Either out-pointer
+ * may be NULL.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID inDevice, UInt32 inChannel,
                                                         Boolean isInput, AudioDevicePropertyID inPropertyID,
                                                         UInt32* outSize, Boolean* outWritable);
 
-/* Get a property of a device, as AudioObjectGetPropertyData. */
+/* Get a property of a device, as AudioObjectGetPropertyData does. */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceGetProperty(AudioDeviceID inDevice, UInt32 inChannel, Boolean isInput,
                                                     AudioDevicePropertyID inPropertyID,
                                                     UInt32* ioPropertyDataSize, void* outPropertyData);
 
-/* Set a property of a device, as AudioObjectSetPropertyData. */
+/* Set a property of a device, as AudioObjectSetPropertyData does. */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceSetProperty(AudioDeviceID inDevice, const AudioTimeStamp* inWhen,
                                                     UInt32 inChannel, Boolean isInput,
                                                     AudioDevicePropertyID inPropertyID,
                                                     UInt32 inPropertyDataSize, const void* inPropertyData);
 
 /*
- * Get the size of a property of a stream, in bytes, and whether it can be set. Either out-pointer may be
- * NULL.
+ * Get the size of a property of a stream, in bytes, and whether the property can be set. Either out-pointer
+ * may be NULL.
  */
 KVX_PLATFORM_EXPORT OSStatus AudioStreamGetPropertyInfo(AudioStreamID inStream, UInt32 inChannel,
                                                         AudioDevicePropertyID inPropertyID, UInt32* outSize,
                                                         Boolean* outWritable);
 
-/* Get a property of a stream, as AudioObjectGetPropertyData. */
+/* Get a property of a stream, as AudioObjectGetPropertyData does. */
 KVX_PLATFORM_EXPORT OSStatus AudioStreamGetProperty(AudioStreamID inStream, UInt32 inChannel,
                                                     AudioDevicePropertyID inPropertyID,
                                                     UInt32* ioPropertyDataSize, void* outPropertyData);
 
-/* Set a property of a stream, as AudioObjectSetPropertyData. */
+/* Set a property of a stream, as AudioObjectSetPropertyData does. */
 KVX_PLATFORM_EXPORT OSStatus AudioStreamSetProperty(AudioStreamID inStream, const AudioTimeStamp* inWhen,
                                                     UInt32 inChannel, AudioDevicePropertyID inPropertyID,
                                                     UInt32 inPropertyDataSize, const void* inPropertyData);
@@ -462,13 +464,14 @@ KVX_PLATFORM_EXPORT OSStatus AudioStreamSetProperty(AudioStreamID inStream, cons
 /* The functions below may be called in an I/O cycle. */
 
 /*
- * An I/O procedure: receive the input and fill the output of one I/O cycle. It must neither allocate nor
- * block.
- * Shape    no argument is NULL. Output buffers are zeroed, and mDataByteSize covers the whole cycle. A
- *          scope without streams has an empty list and a zeroed time. A stream that the procedure does
- *          not use has mData NULL. Each procedure has its own output buffers; the device adds them.
- * Units    inNow and inOutputTime: sample time in frames of the device and host time; the output is one
- *          cycle later.
+ * An I/O procedure: receive the input and fill the output of one I/O cycle. The procedure must neither
+ * allocate nor block.
+ * Shape    no argument is NULL. Output buffers are zeroed, and mDataByteSize covers the whole cycle. A scope
+ *          without streams has an empty buffer list and a zeroed time stamp. A stream that the procedure does
+ *          not use has mData NULL. Each procedure has its own output buffers; the device adds up the buffers
+ *          of all procedures.
+ * Units    inNow and inOutputTime have a sample time in frames of the device, and a host time; inOutputTime
+ *          is one cycle after inNow.
  * Owner    all arguments are valid during the call only. Input is read-only.
  * Returns  ignored.
  * [audio & running]
@@ -479,14 +482,14 @@ typedef OSStatus (*AudioDeviceIOProc)(AudioDeviceID inDevice, const AudioTimeSta
                                       void* inClientData);
 
 /*
- * A registered I/O procedure: the procedure itself after AudioDeviceAddIOProc, a unique value after
- * AudioDeviceCreateIOProcID.
+ * The identifier of a registered I/O procedure: the function itself after AudioDeviceAddIOProc, a unique
+ * value after AudioDeviceCreateIOProcID.
  */
 typedef AudioDeviceIOProc AudioDeviceIOProcID;
 
 /*
- * Register an I/O procedure with a device, stopped.
- * Owner    the caller removes it; inClientData stays the caller's until then.
+ * Register an I/O procedure with a device. The procedure is stopped at first.
+ * Owner    the caller removes the procedure, and owns inClientData, which must stay valid until then.
  * Errors   IllegalOperationError: inProc is NULL, or is registered with the same inClientData.
  * [any]
  */
@@ -494,16 +497,16 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceAddIOProc(AudioDeviceID inDevice, AudioD
                                                   void* inClientData);
 
 /*
- * Unregister an I/O procedure; stops it first. Waits for its call in progress; in an I/O cycle it does
- * not wait, but no further call begins.
- * Errors   IllegalOperationError: not registered.
+ * Stop and unregister an I/O procedure. The function waits for a call of the procedure in progress; inside an
+ * I/O cycle it does not wait, but no further call begins.
+ * Errors   IllegalOperationError: the procedure is not registered.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceRemoveIOProc(AudioDeviceID inDevice, AudioDeviceIOProc inProc);
 
 /*
  * Register an I/O procedure under a new ID. One function may have several IDs.
- * Owner    the caller destroys the ID; inClientData stays the caller's until then.
+ * Owner    the caller destroys the ID, and owns inClientData, which must stay valid until then.
  * Errors   IllegalOperationError: inProc or outIOProcID is NULL.
  * [any]
  */
@@ -511,26 +514,26 @@ KVX_PLATFORM_EXPORT OSStatus AudioDeviceCreateIOProcID(AudioDeviceID inDevice, A
                                                        void* inClientData, AudioDeviceIOProcID* outIOProcID);
 
 /*
- * Unregister an ID, as AudioDeviceRemoveIOProc.
- * Errors   IllegalOperationError: not registered.
+ * Stop and unregister the I/O procedure of an ID, as AudioDeviceRemoveIOProc does.
+ * Errors   IllegalOperationError: the ID is not registered.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceDestroyIOProcID(AudioDeviceID inDevice,
                                                         AudioDeviceIOProcID inIOProcID);
 
 /*
- * Start calling an I/O procedure. Starting it twice has no effect. With NULL the device runs without a
- * procedure until AudioDeviceStop(NULL); these starts are counted. On a dead device the procedure is
- * called with buffers that are discarded.
- * Errors   IllegalOperationError: not registered. UnspecifiedError: the hardware does not open.
+ * Start calling an I/O procedure. Starting a started procedure has no effect. With an inProcID of NULL, the
+ * device runs without a procedure until AudioDeviceStop is called with NULL; starts with NULL are counted. On
+ * a dead device the procedure is called with buffers that are discarded.
+ * Errors   IllegalOperationError: the ID is not registered. UnspecifiedError: the hardware cannot be opened.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStart(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);
 
 /*
- * Stop calling an I/O procedure. Waits for its call in progress; in an I/O cycle it does not wait, but no
- * further call begins. Stopping a stopped procedure has no effect.
- * Errors   IllegalOperationError: not registered, or more stops than starts with NULL.
+ * Stop calling an I/O procedure. The function waits for a call of the procedure in progress; inside an I/O
+ * cycle it does not wait, but no further call begins. Stopping a stopped procedure has no effect.
+ * Errors   IllegalOperationError: the ID is not registered, or stops with NULL outnumber starts with NULL.
  * [any]
  */
 KVX_PLATFORM_EXPORT OSStatus AudioDeviceStop(AudioDeviceID inDevice, AudioDeviceIOProcID inProcID);

@@ -1,4 +1,4 @@
-/* Umbrella header: audio devices, the records of audio data, the host clock. C. */
+/* Umbrella header: audio devices, the types of audio data, the host clock. C. */
 #ifndef COREAUDIO_COREAUDIO_H
 #define COREAUDIO_COREAUDIO_H
 

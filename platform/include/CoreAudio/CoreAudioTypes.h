@@ -1,9 +1,8 @@
 /*
- * Records and constants of audio data, formats and time. C; natural packing: on 32-bit x86 a Float64 or
+ * Structs and constants of audio data, formats and time. C; natural packing: on 32-bit x86 a Float64 or
  * UInt64 field is 4-aligned.
  *
- * Units    sizes are in bytes. A frame is one sample of every channel; a packet of linear PCM is one
- *          frame.
+ * Units    sizes are in bytes. A frame is one sample of every channel; a packet of linear PCM is one frame.
  */
 #ifndef COREAUDIO_COREAUDIOTYPES_H
 #define COREAUDIO_COREAUDIOTYPES_H
@@ -15,7 +14,7 @@ KVX_PLATFORM_BEGIN
 
 /* ---- values ---- */
 
-/* Both ends of a range of numbers, in the unit of the property. */
+/* The lowest and the highest number of a range, in the unit of the property. */
 typedef struct AudioValueRange {
     Float64 mMinimum;
     Float64 mMaximum;
@@ -25,7 +24,7 @@ typedef struct AudioValueRange {
  * A property value that maps one value to another.
  * Shape    the caller puts the value to look up into mInputData; the property writes the result to
  *          mOutputData.
- * Owner    both blocks are the caller's.
+ * Owner    the caller owns both memory blocks.
  */
 typedef struct AudioValueTranslation {
     void* mInputData;
@@ -39,17 +38,17 @@ typedef struct AudioValueTranslation {
 /*
  * Samples of one channel, or interleaved samples of several.
  * Shape    mData[frame * mNumberChannels + channel] in the stream's sample format.
- * Owner    mData belongs to the maker of the list, unless the function says otherwise.
+ * Owner    mData belongs to the code that made the buffer list, unless a function's contract states otherwise.
  */
 typedef struct AudioBuffer {
-    UInt32 mNumberChannels; /* interleaved in mData */
-    UInt32 mDataByteSize;   /* capacity, or size of the data */
+    UInt32 mNumberChannels; /* channels interleaved in mData */
+    UInt32 mDataByteSize;   /* capacity, or size of the data, in bytes */
     void* mData;
 } AudioBuffer;
 
 /*
  * The buffers of a stream.
- * Shape    mNumberBuffers records: one with all channels interleaved, or one per channel.
+ * Shape    mNumberBuffers elements: one with all channels interleaved, or one per channel.
  */
 typedef struct AudioBufferList {
     UInt32 mNumberBuffers;
@@ -68,20 +67,23 @@ typedef Float32 AudioUnitSampleType; /* full scale is -1 to 1 */
  */
 typedef struct AudioStreamBasicDescription {
     Float64 mSampleRate; /* Hz */
-    UInt32 mFormatID;    /* below */
-    UInt32 mFormatFlags; /* below */
+    UInt32 mFormatID;    /* an enumerator below */
+    UInt32 mFormatFlags; /* flags below */
     UInt32 mBytesPerPacket;
-    UInt32 mFramesPerPacket; /* 1 for linear PCM; 0: varying */
+    UInt32 mFramesPerPacket; /* 1 for linear PCM; 0: a varying number */
     UInt32 mBytesPerFrame;
     UInt32 mChannelsPerFrame;
-    UInt32 mBitsPerChannel; /* of a sample, without padding */
+    UInt32 mBitsPerChannel; /* bits of a sample, without padding */
     UInt32 mReserved;       /* 0 */
 } AudioStreamBasicDescription;
 
-/* Position and size of a packet in a buffer of compressed data. No function here fills or reads it. */
+/*
+ * Position and size of a packet in a buffer of compressed data. No function of the platform fills or reads
+ * it.
+ */
 typedef struct AudioStreamPacketDescription {
     SInt64 mStartOffset;            /* bytes */
-    UInt32 mVariableFramesInPacket; /* 0: as the format says */
+    UInt32 mVariableFramesInPacket; /* 0: mFramesPerPacket of the format */
     UInt32 mDataByteSize;
 } AudioStreamPacketDescription;
 
@@ -131,13 +133,13 @@ enum {
         kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved
 };
 
-/* Larger than a C enumerator. */
+/* A macro, because the value exceeds a C enumerator. */
 #define kAudioFormatFlagsAreAllClear ((UInt32)0x80000000)
 #define kLinearPCMFormatFlagsAreAllClear kAudioFormatFlagsAreAllClear
 
 /* ---- time ---- */
 
-/* SMPTE time code. No function here fills it. */
+/* SMPTE time code. No function of the platform fills it. */
 typedef struct SMPTETime {
     SInt16 mSubframes;
     SInt16 mSubframeDivisor;
@@ -151,8 +153,8 @@ typedef struct SMPTETime {
 } SMPTETime;
 
 /*
- * One moment on several clocks.
- * Shape    mFlags names the valid fields; the others are 0.
+ * One moment, as read on several clocks.
+ * Shape    mFlags names the valid fields; the other fields are 0.
  */
 typedef struct AudioTimeStamp {
     Float64 mSampleTime; /* frames */
@@ -186,7 +188,7 @@ typedef struct AudioChannelDescription {
 
 /*
  * The roles of the channels of a stream.
- * Shape    mNumberChannelDescriptions records, used with the tag UseChannelDescriptions.
+ * Shape    mNumberChannelDescriptions elements, used with the tag UseChannelDescriptions.
  */
 typedef struct AudioChannelLayout {
     AudioChannelLayoutTag mChannelLayoutTag;

@@ -1,5 +1,5 @@
 /*
- * The host clock, the base of AudioTimeStamp.mHostTime. C.
+ * The host clock, whose readings are in AudioTimeStamp.mHostTime. C.
  *
  * Units    a tick is one nanosecond; the clock starts with the machine and never runs backwards.
  * No function allocates or locks.
@@ -13,13 +13,13 @@
 
 KVX_PLATFORM_BEGIN
 
-/* Get the present time, in ticks. */
+/* Get the present time of the host clock, in ticks. */
 KVX_PLATFORM_EXPORT UInt64 AudioGetCurrentHostTime(void);
 
-/* Get the ticks per second. */
+/* Get the number of ticks per second. */
 KVX_PLATFORM_EXPORT Float64 AudioGetHostClockFrequency(void);
 
-/* Get the smallest difference between two readings, in ticks. */
+/* Get the smallest difference between two readings of the clock, in ticks. */
 KVX_PLATFORM_EXPORT UInt32 AudioGetHostClockMinimumTimeDelta(void);
 
 /* Convert ticks to nanoseconds, exactly for all 64-bit values. */

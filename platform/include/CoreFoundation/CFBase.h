@@ -1,8 +1,8 @@
 /*
- * Types and reference counts of all CoreFoundation objects. C.
+ * The basic types of CoreFoundation, and the reference counts of its objects. C.
  *
  * Owner    the caller of a Create or Copy function owns the result and releases it.
- * Errors   of every function below: NULL ends the process, with one line on stderr.
+ * Errors   of every function below: a NULL argument ends the process, with one line on stderr.
  * All functions: [any].
  */
 #ifndef COREFOUNDATION_CFBASE_H
@@ -31,19 +31,19 @@ typedef struct CFRange {
 
 enum { kCFNotFound = -1 };
 
-/* The only allocator. Functions ignore their allocator argument. */
+/* The only allocator. All functions ignore their allocator argument. */
 #define kCFAllocatorDefault ((CFAllocatorRef)NULL)
 
 /*
- * Add a reference. Every CFRetain needs a CFRelease.
+ * Add a reference to an object. Every CFRetain needs a CFRelease.
  * Returns  cf.
  */
 KVX_PLATFORM_EXPORT CFTypeRef CFRetain(CFTypeRef cf); /* gives its argument back */
 
-/* Remove a reference. The last one frees the object. */
+/* Remove a reference to an object. Removing the last reference frees the object. */
 KVX_PLATFORM_EXPORT void CFRelease(CFTypeRef cf);
 
-/* Get the number of references. */
+/* Get the number of references to an object. */
 KVX_PLATFORM_EXPORT CFIndex CFGetRetainCount(CFTypeRef cf);
 
 KVX_PLATFORM_SIZE(CFIndex, 4);

@@ -2,9 +2,10 @@
  * Strings: arrays of UTF-16 units. C.
  *
  * Units    lengths are in UTF-16 units, sizes in bytes. An allocator argument is ignored.
- * Owner    the caller of a Create function owns the result and releases it. Text is copied.
- * Errors   a NULL string where a string is required ends the process, with one line on stderr. Conversion
- *          is strict: no character is replaced, composed or left out.
+ * Owner    the caller of a Create function owns the result and releases it. A Create function copies its
+ *          text.
+ * Errors   a NULL string where a string is required ends the process, with one line on stderr. Conversion is
+ *          strict, so no character is replaced, composed or left out.
  * One call at a time per mutable string.
  * All functions: [any].
  */
@@ -44,42 +45,42 @@ enum {
 };
 
 /*
- * Make a string from bytes up to the first zero byte.
- * Returns  NULL if cStr is NULL, the bytes are not valid in the encoding, the encoding is unknown, or
- *          there is no memory.
+ * Make a string from the bytes of cStr up to the first zero byte.
+ * Returns  NULL if cStr is NULL, the bytes are not valid in the encoding, the encoding is unknown, or there
+ *          is no memory.
  */
 KVX_PLATFORM_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef alloc, const char* cStr,
                                                           CFStringEncoding encoding);
 
 /*
- * Make a string from any UTF-16 units, also unpaired surrogates.
+ * Make a string from any UTF-16 units, including unpaired surrogates.
  * Returns  NULL if numChars is negative, chars is NULL while numChars is above 0, or there is no memory.
  */
 KVX_PLATFORM_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar* chars,
                                                              CFIndex numChars);
 
 /*
- * Make a mutable copy of the whole text. maxLength is ignored.
+ * Make a mutable copy of a whole string. maxLength is ignored.
  * Returns  NULL if there is no memory.
  */
 KVX_PLATFORM_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef alloc, CFIndex maxLength,
                                                                  CFStringRef theString);
 
-/* Get the length in UTF-16 units. */
+/* Get the length of a string in UTF-16 units. */
 KVX_PLATFORM_EXPORT CFIndex CFStringGetLength(CFStringRef theString);
 
 /*
- * Write the text and one zero byte to a buffer.
- * Shape    bufferSize counts the zero byte.
- * Returns  false, with an empty text in the buffer, if the text does not fit, a character does not exist
- *          in the encoding, the encoding is unknown, or there is no memory. False, with nothing written,
- *          if buffer is NULL or bufferSize is below 1.
+ * Write the text of a string, and one zero byte, to a buffer.
+ * Shape    bufferSize includes the zero byte.
+ * Returns  false, with an empty text in the buffer, if the text does not fit, a character does not exist in
+ *          the encoding, the encoding is unknown, or there is no memory. False, with nothing written, if
+ *          buffer is NULL or bufferSize is below 1.
  */
 KVX_PLATFORM_EXPORT Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize,
                                                CFStringEncoding encoding);
 
 /*
- * Get an upper limit of the bytes for `length` UTF-16 units, without a zero byte.
+ * Get an upper limit of the bytes that `length` UTF-16 units need, without a zero byte.
  * Returns  kCFNotFound if length is negative, the encoding is unknown, or the limit exceeds CFIndex.
  */
 KVX_PLATFORM_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);

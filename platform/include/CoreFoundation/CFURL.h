@@ -1,8 +1,8 @@
 /*
  * URLs of local files. C.
  *
- * A URL is an absolute path that need not exist. Paths are UTF-8; other bytes are kept unchanged. An
- * allocator argument and isDirectory are ignored.
+ * A URL is an absolute path that need not exist. Paths are UTF-8; bytes that are not UTF-8 are kept
+ * unchanged. An allocator argument and isDirectory are ignored.
  *
  * Owner    the caller of a Create function owns the result and releases it.
  * Errors   a Create function returns NULL and a Get function false if an argument is NULL or there is no
@@ -22,7 +22,7 @@ struct FSRef;
 
 /*
  * Make the URL of a file reference.
- * Returns  NULL also for a reference that no function of this process filled.
+ * Returns  NULL also for a file reference that no function of this process has filled.
  */
 KVX_PLATFORM_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef alloc, const struct FSRef* ref);
 
@@ -33,9 +33,9 @@ KVX_PLATFORM_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef alloc, const st
 KVX_PLATFORM_EXPORT Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* ref);
 
 /*
- * Append a component to the path of a URL. The component is plain text, without escapes.
- * Returns  NULL also if the component is empty, contains a slash or a zero character, or is not valid
- *          UTF-16.
+ * Make a URL by appending a component to the path of another URL. The component is plain text, without
+ * escapes.
+ * Returns  NULL also if the component is empty, contains a slash or a zero character, or is not valid UTF-16.
  */
 KVX_PLATFORM_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef alloc, CFURLRef url,
                                                                    CFStringRef pathComponent,
@@ -52,8 +52,8 @@ KVX_PLATFORM_EXPORT CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocator
                                                                      Boolean isDirectory);
 
 /*
- * Write the absolute path and a zero byte. resolveAgainstBase is ignored.
- * Units    maxLength in bytes, with the zero byte.
+ * Write the absolute path of a URL, and a zero byte, to a buffer. resolveAgainstBase is ignored.
+ * Units    maxLength is in bytes and includes the zero byte.
  * Returns  false, with nothing written, if the path does not fit.
  */
 KVX_PLATFORM_EXPORT Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase,

@@ -4,7 +4,7 @@
 
 #include <stddef.h>
 
-/* Precedes every function and object that the library exports. */
+/* Precedes the declaration of every function and object that the library exports. */
 #define KVX_PLATFORM_EXPORT __attribute__((visibility("default")))
 
 #ifdef __cplusplus
@@ -17,8 +17,10 @@
 #define KVX_PLATFORM_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
 
-/* Assert the size of a record and the offset of a field, in bytes, on 32-bit targets. Other targets have
- * other pointers and long integers. */
+/*
+ * Assert the size of a struct and the offset of a field, in bytes, on 32-bit targets only, because pointers
+ * and long integers have other sizes on other targets.
+ */
 #define KVX_PLATFORM_SIZE(type, size)                                                                        \
     KVX_PLATFORM_ASSERT(sizeof(void*) != 4 || sizeof(type) == (size), "the platform's size of " #type)
 #define KVX_PLATFORM_OFFSET(type, field, offset)                                                             \
