@@ -38,7 +38,7 @@ typedef struct AudioValueTranslation {
 /*
  * Samples of one channel, or interleaved samples of several.
  * Shape    mData[frame * mNumberChannels + channel] in the stream's sample format.
- * Owner    mData belongs to the code that made the buffer list, unless a function's contract states otherwise.
+ * Owner    mData belongs to the code that made the buffer list, unless a function's contract differs.
  */
 typedef struct AudioBuffer {
     UInt32 mNumberChannels; /* channels interleaved in mData */

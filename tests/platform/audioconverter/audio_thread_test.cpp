@@ -1,4 +1,4 @@
-// Filling neither allocates nor locks.
+// A fill neither allocates memory nor takes a lock.
 #include "tests/platform/audioconverter/converter.h"
 #include "tests/platform/audioconverter/plain_samples.h"
 #include "tests/support/audio_thread_alarm.h"

@@ -1,4 +1,4 @@
-// The channel rule and channel maps.
+// Channel maps, and the routing of channels without a map.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-/// Frames whose samples are the channel number, from 1.
+/// Make frames in which each sample is its channel's number, from 1.
 std::vector<float> numbered(UInt32 channels, UInt32 frames)
 {
     std::vector<float> samples;

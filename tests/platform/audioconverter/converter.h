@@ -1,4 +1,4 @@
-// A converter that its destructor disposes, and an input procedure that reads from memory.
+// A converter that is disposed by its destructor, and an input procedure that reads from memory.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
@@ -49,7 +49,7 @@ public:
     const OSStatus status;
 };
 
-/// Input frames; the procedure gives up to `most` of them per call.
+/// Input frames in memory. The procedure supplies up to `most` frames per call.
 struct Sound {
     AudioStreamBasicDescription format;
     std::vector<std::vector<unsigned char>> buffers;
@@ -61,14 +61,14 @@ struct Sound {
                               AudioStreamPacketDescription**, void* sound);
 };
 
-/// Interleaved 32-bit float input.
+/// Make an input of interleaved 32-bit float.
 Sound soundOf(Float64 rate, UInt32 channels, const std::vector<float>& samples);
 
-/// Fill `list` with up to `frames` frames. Returns the frames made.
+/// Fill `list` with up to `frames` frames. Returns the number of frames made.
 UInt32 fill(AudioConverterRef converter, AudioConverterComplexInputDataProc procedure, void* context,
             UInt32 frames, List& list, OSStatus expected = noErr);
 
-/// The whole output as interleaved 32-bit float, filled `atATime` frames per call.
+/// Get the whole output as interleaved 32-bit float, filled `atATime` frames per call.
 std::vector<float> drained(AudioConverterRef converter, Sound& sound, UInt32 channels, UInt32 atATime);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// Filling: input procedures that give fewer frames, more, none, or fail.
+// Fills, with input procedures that supply fewer frames than requested, more frames, no frames, or fail.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -13,14 +13,14 @@ using namespace test;
 
 constexpr UInt32 asRequested = ~UInt32{0};
 
-/// One call of the input procedure.
+/// The result of one call of the input procedure.
 struct Step {
     UInt32 packets;
     OSStatus status = noErr;
-    UInt32 covered = asRequested; ///< packets in mDataByteSize; 0: also NULL memory
+    UInt32 covered = asRequested; ///< number of packets that mDataByteSize covers; 0: mData is NULL too
 };
 
-/// Input of mono 16-bit frames 1, 2, 3, … in the given steps; the last step repeats.
+/// Input of the mono 16-bit frames 1, 2, 3, … in the given steps. The last step repeats.
 struct Script {
     explicit Script(std::vector<Step> s) : steps(std::move(s))
     {
@@ -47,7 +47,7 @@ struct Script {
 
 AudioStreamBasicDescription counts() { return pcm(44100, 1, 16, isSigned | isPacked); }
 
-/// Fill up to `frames` frames; returns the samples.
+/// Fill up to `frames` frames. Returns the samples made.
 std::vector<int> filled(AudioConverterRef converter, Script& script, UInt32 frames, OSStatus status = noErr)
 {
     List list(counts(), frames + 1);
@@ -83,7 +83,7 @@ TEST(Fill, ExtraFramesStayInTheProceduresMemory)
     const Converter converter(counts(), counts());
     Script script({{100}, {0}});
     EXPECT_EQ(filled(converter, script, 10), range(1, 10));
-    script.memory[10] = 777; // read at the next fill
+    script.memory[10] = 777; // unread input, which the next fill reads
     EXPECT_EQ(filled(converter, script, 1), (std::vector<int>{777}));
     EXPECT_EQ(filled(converter, script, 80), range(12, 91));
     EXPECT_EQ(script.requests, (Requests{10}));
@@ -186,7 +186,7 @@ TEST(Fill, EachBufferHasItsOwnSize)
     EXPECT_EQ(second[2], 0);
 }
 
-// ---- the procedure's arguments ----
+// ---- arguments of the input procedure ----
 
 struct Arguments {
     AudioConverterRef converter = nullptr;
@@ -203,7 +203,7 @@ struct Arguments {
         self.buffers = list->mNumberBuffers;
         self.all.assign(list->mBuffers, list->mBuffers + list->mNumberBuffers);
         self.descriptions = descriptions;
-        // The next call must not depend on these changes.
+        // The next call of the procedure must not depend on these changes to its buffer list.
         list->mNumberBuffers = 0;
         for (std::size_t i = 0; i < self.all.size(); ++i) list->mBuffers[i] = {99, 0, nullptr};
         return noErr;
@@ -311,7 +311,8 @@ TEST(Fill, MissingPointersAreRefused)
     EXPECT_TRUE(script.requests.empty());
 }
 
-// Big-endian 16-bit stereo to two float buffers. The source runs dry without changing the count: silence.
+// The conversion is from big-endian 16-bit stereo to two float buffers. At its end the source returns the
+// requested count without memory, which means silence.
 TEST(Fill, MixerBlocksToOutputUnitBuffers)
 {
     struct Block {

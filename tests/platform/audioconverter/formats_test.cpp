@@ -1,4 +1,5 @@
-// Every sample format to every other, compared with a reference, and the formats that are accepted.
+// Conversion from every sample format to every other, compared with a reference, and the set of accepted
+// formats.
 #include "tests/platform/audioconverter/converter.h"
 #include "tests/platform/audioconverter/plain_samples.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 using namespace test;
 
-/// Samples of a format: edge cases, then random ones.
+/// Make samples of a format: edge cases, followed by random samples.
 std::vector<std::uint64_t> samplesOf(const Kind& kind, UInt32 count)
 {
     std::vector<std::uint64_t> raws;
@@ -76,7 +77,7 @@ Sound soundOf(const Kind& kind, const AudioStreamBasicDescription& format,
     return sound;
 }
 
-/// Convert between two formats in several calls.
+/// Convert between two formats in several calls, and compare the output with the reference.
 void expectPair(const Kind& from, bool fromApart, const Kind& to, bool toApart, UInt32 channels)
 {
     constexpr UInt32 frames = 120;
@@ -159,7 +160,7 @@ TEST(Formats, UnalignedMemoryIsAccepted)
             }
 }
 
-// The reference, checked against literal values.
+// The reference itself is compared with literal values.
 TEST(Formats, ReferenceMatchesLiteralValues)
 {
     const Kind &byte = kinds[0], &word = kinds[2], &three = kinds[5], &whole = kinds[13], &single = kinds[16];

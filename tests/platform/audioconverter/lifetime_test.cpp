@@ -1,4 +1,4 @@
-// Making and disposing converters, live counts, misuse.
+// Making and disposing of converters, live-object counts, misuse.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -36,7 +36,7 @@ TEST(Lifetime, LiveConvertersAreCounted)
     wrong.mFormatID = 'aac ';
     const Converter refused(wrong, format());
     EXPECT_EQ(alive(), before);
-    // A converter that is never disposed stays counted.
+    // A converter that is never disposed stays in the live-object count.
     EXPECT_NE(Converter(format(), format()).release(), nullptr);
     EXPECT_EQ(alive(), before + 1);
 }
@@ -83,7 +83,8 @@ TEST(Lifetime, AtMost4096Converters)
     EXPECT_EQ(alive(), before);
 }
 
-/// Disposes the converter and frees the input memory, which must not be read any more.
+/// An input procedure that disposes its converter and frees the input memory, which must not be read
+/// afterwards.
 OSStatus disposing(AudioConverterRef converter, UInt32* packets, AudioBufferList* list,
                    AudioStreamPacketDescription**, void* context)
 {
@@ -140,7 +141,7 @@ TEST(Lifetime, CallsDuringAFillAreRefused)
     EXPECT_EQ(AudioConverterReset(converter), noErr) << "accepted after the fill";
 }
 
-// The fill in progress ends, or the next one is refused.
+// A fill in progress ends with paramErr, or the next fill is refused.
 TEST(Lifetime, DisposingOnAnotherThread)
 {
     const UInt32 before = alive();

@@ -1,4 +1,4 @@
-// Properties: sizes, values, access.
+// Properties of converters: sizes, values, access.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <Carbon/Carbon.h>
@@ -141,7 +141,7 @@ TEST(Properties, ValuesOutOfRangeAreRefused)
     EXPECT_EQ(kept[1], 7) << "kept, although channel 7 does not exist";
 }
 
-// The look-ahead identifies the filter.
+// The test identifies the filter in use by its look-ahead.
 TEST(Properties, ComplexityAndQualityChooseTheFilter)
 {
     const auto ahead = [](UInt32 complexity, UInt32 quality) {

@@ -1,4 +1,5 @@
-// Rate conversion: exact length, time, pitch and level of a tone, independence of the call sizes.
+// Rate conversion: exact length; time, pitch and level of a tone; output that does not depend on the call
+// sizes.
 #include "tests/platform/audioconverter/converter.h"
 
 #include <gtest/gtest.h>
@@ -91,7 +92,7 @@ TEST(Rate, CallSizesDoNotChangeSamples)
     }
 }
 
-/// Input with pauses: every other call has no frames for now.
+/// Input with pauses: every other call of the procedure returns no frames for now.
 struct Halting {
     Sound sound;
     bool halts = false;
@@ -145,7 +146,7 @@ TEST(Rate, ResetRestoresTheInitialState)
     sound.at = 0;
     EXPECT_TRUE(drained(converter, sound, 1, 300) == first);
 
-    // In the middle, with kept input and filter history.
+    // A reset in the middle of the input discards unread input and filter history.
     EXPECT_EQ(AudioConverterReset(converter), noErr);
     sound.at = 0;
     List list(interleaved(48000, 1), 100);
@@ -155,7 +156,7 @@ TEST(Rate, ResetRestoresTheInitialState)
     EXPECT_TRUE(drained(converter, sound, 1, 300) == first);
 }
 
-// The procedure gives more than requested, so that frames also wait before the filter.
+// The procedure supplies more frames than requested, so that unread frames wait in the converter too.
 TEST(Rate, ResetDiscardsWaitingFrames)
 {
     const auto all = [](AudioConverterRef, UInt32* packets, AudioBufferList* list,
@@ -182,7 +183,7 @@ TEST(Rate, ResetDiscardsWaitingFrames)
     }
 }
 
-/// The level of a converted tone, without its ends.
+/// Get the level of a converted tone, without its start and end.
 double levelOf(UInt32 complexity, double hertz)
 {
     const Converter converter(interleaved(44100, 1), interleaved(48000, 1));
@@ -246,7 +247,7 @@ TEST(Rate, FirstFillPullsTheLookAheadToo)
 
 TEST(Rate, SampleFormatChangesToo)
 {
-    // Unsigned 8 bits to non-interleaved big-endian 24 bits: the tone within the precision of 8 bits.
+    // From unsigned 8 bits to non-interleaved big-endian 24 bits, the tone keeps the precision of 8 bits.
     const auto from = pcm(22050, 1, 8, isPacked),
                to = pcm(44100, 2, 24, isSigned | isPacked | isBig | isNonInterleaved);
     Sound sound{from, std::vector<std::vector<unsigned char>>(1), 4000};

@@ -15,7 +15,8 @@ using sound::Bytes;
 
 constexpr int wav32 = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
 
-/// A file whose samples are channel + 1 + frame % 4096 / 4096, which a float holds exactly.
+/// Write a file whose samples are channel + 1 + frame % 4096 / 4096, which a float holds exactly. Returns its
+/// path.
 std::string numbered(const sound::Folder& folder, int channels, int frames)
 {
     std::vector<float> samples;
@@ -31,7 +32,7 @@ TEST(ClientFormat, MapsChannels)
 {
     const struct {
         int from;
-        std::vector<int> to; // for each client channel the file channel, from 1; 0: silence
+        std::vector<int> to; // file channel, from 1, that each client channel plays; 0: silence
         const char* why;
     } facts[] = {
         // clang-format off
@@ -49,7 +50,7 @@ TEST(ClientFormat, MapsChannels)
         // clang-format on
     };
     const sound::Folder folder;
-    constexpr int frames = 10000; // more than a block
+    constexpr int frames = 10000; // more frames than the reader decodes at a time
     for (const auto& fact : facts) {
         SCOPED_TRACE(std::to_string(fact.from) + " to " + std::to_string(fact.to.size()) + ": " + fact.why);
         const sound::File file(numbered(folder, fact.from, frames));
@@ -85,7 +86,7 @@ TEST(ClientFormat, ConvertsToEverySampleWidth)
     constexpr UInt32 sint = kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked;
     const struct {
         UInt32 bits, flags;
-        Bytes expected; // of the samples 0.5, -0.25, 1.5, -1.5
+        Bytes expected; // expected bytes of the samples 0.5, -0.25, 1.5, -1.5
         const char* why;
     } facts[] = {
         // clang-format off
@@ -114,7 +115,7 @@ TEST(ClientFormat, NonInterleavedHasOneBufferPerChannel)
     const sound::Folder folder;
     const sound::File file(numbered(folder, 2, 10000));
     ASSERT_EQ(file.setClient(sound::pcm(44100, 2, 32, kAudioFormatFlagsAudioUnitCanonical)), noErr);
-    std::vector<float> left(9000), right(8000); // the smaller capacity counts
+    std::vector<float> left(9000), right(8000); // the buffer with the smaller capacity limits the read
     struct {
         AudioBufferList list;
         AudioBuffer second;
@@ -188,7 +189,7 @@ TEST(ClientRate, LengthIsExact)
         int from;
         double to;
         int frames;
-        std::size_t expected; // frames * to / from, rounded up
+        std::size_t expected; // expected number of frames: frames * to / from, rounded up
     } facts[] = {
         {44100, 88200, 1000, 2000}, {44100, 22050, 1000, 500},    {44100, 22050, 1001, 501},
         {44100, 48000, 441, 480},   {44100, 48000, 442, 482},     {44100, 48000, 1, 2},
@@ -233,7 +234,7 @@ TEST(ClientRate, FramesKeepTheirTime)
         for (std::size_t i = 3000; i + 3000 < samples.size(); ++i)
             ASSERT_NEAR(samples[i], expected[i], 1e-4) << i;
 
-        // After a seek: the same tone from there on.
+        // After a seek the tone continues from the frame that was sought.
         ASSERT_EQ(ExtAudioFileSeek(file, 22050), noErr);
         EXPECT_EQ(file.tell(), 22050);
         const std::vector<float> rest = file.readFloats(1, 1000);
@@ -315,7 +316,7 @@ TEST(Positions, CountFramesOfTheFile)
     }
 }
 
-// Including codings whose decoder cannot seek.
+// Seeking works in every coding, including codings whose decoder cannot seek.
 TEST(Positions, AreReachedInEveryCoding)
 {
     const struct {
@@ -364,7 +365,7 @@ TEST(ReadBuffers, SmallBuffersShortenTheRead)
     const sound::Folder folder;
     const std::string path = numbered(folder, 2, 100);
     const struct {
-        UInt32 frames, bytes; // request and capacity
+        UInt32 frames, bytes; // frames requested and capacity of the buffer in bytes
         OSStatus status;
         UInt32 expected;
         const char* why;
@@ -387,7 +388,7 @@ TEST(ReadBuffers, SmallBuffersShortenTheRead)
                 kAudioFormatFlagsNativeFloatPacked | (isConverted ? kAudioFormatFlagIsBigEndian : 0);
             ASSERT_EQ(file.setClient(sound::pcm(44100, 2, 32, flags)), noErr);
             const std::unique_ptr<std::uint8_t[]> memory(
-                new std::uint8_t[4000]); // on the heap, so that a sanitizer sees its end
+                new std::uint8_t[4000]); // on the heap, so that a sanitizer detects writes past the end
             std::memset(memory.get(), 0x55, 4000);
             AudioBufferList list = {1, {{2, fact.bytes, memory.get()}}};
             UInt32 frames = fact.frames;

@@ -1,4 +1,4 @@
-// n-bit integers read as float are exactly value / 2^(n-1); floats keep their bits.
+// Integer samples of n bits read as float are exactly value / 2^(n-1); float samples keep their bits.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ void put(Bytes& out, std::uint64_t value, int bytes, bool isBigEndian = false)
 
 void put(Bytes& out, const char* text) { out.insert(out.end(), text, text + 4); }
 
-/// A mono WAV file of these data bytes. `kind` is 1 for integers, 3 for floats.
+/// Make a mono WAV file of these data bytes. `kind` is 1 for integer samples, 3 for float samples.
 Bytes wave(const Bytes& data, int kind, int bits)
 {
     Bytes file;
@@ -55,7 +55,8 @@ TEST(ExactValues, IntegersAreScaledExactly)
 {
     const struct {
         int bits;
-        std::int64_t first, step, offset; // from `first` in steps; `offset` makes values unsigned
+        // Values start at `first` and grow by `step`; `offset` makes them unsigned.
+        std::int64_t first, step, offset;
         const char* why;
     } facts[] = {
         {8, -128, 1, 128, "all values, unsigned in the file"},
@@ -76,7 +77,8 @@ TEST(ExactValues, IntegersAreScaledExactly)
             put(data, static_cast<std::uint64_t>(value + fact.offset), fact.bits / 8);
             expected.push_back(static_cast<float>(static_cast<double>(value) / static_cast<double>(scale)));
         }
-        if (data.size() % 2) data.push_back(0), expected.push_back(-1); // the pad byte of 8-bit data
+        // For 8-bit data, one more sample makes the data size even.
+        if (data.size() % 2) data.push_back(0), expected.push_back(-1);
         EXPECT_TRUE(sound::isSame(readBack(wave(data, 1, fact.bits), static_cast<SInt64>(expected.size())),
                                   expected));
     }
@@ -114,7 +116,7 @@ TEST(ExactValues, DoublesAreRoundedToFloats)
 
 TEST(ExactValues, TheFilesFormatGivesItsBytes)
 {
-    for (const int bits : {32, 64}) { // values that a float cannot hold
+    for (const int bits : {32, 64}) { // the samples are values that a 32-bit float cannot hold
         Bytes data;
         for (std::uint64_t i = 0; i < 1000; ++i)
             put(data, 0x3FE0000000000000u + i * 0x123456789ABu, bits / 8);

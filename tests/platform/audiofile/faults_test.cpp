@@ -24,8 +24,8 @@ namespace fs = std::filesystem;
 
 constexpr int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
-/// A WAV file of 1000 frames. Offsets: 22 channels, 24 rate, 28 bytes a second, 32 bytes a frame, 40 data
-/// size.
+/// Make a WAV file of 1000 frames. Offsets of its header fields: 22 channels, 24 rate, 28 bytes per second,
+/// 32 bytes per frame, 40 data size.
 Bytes waveBytes(const sound::Folder& folder)
 {
     sound::write(folder / "whole.wav", wav16, 44100, 2, sound::music(2, 1000));
@@ -110,7 +110,7 @@ TEST(OpeningFaults, UnreadableFilesArePermissionErrors)
     chmod((folder / "closed").c_str(), 0);
     chmod(folder.path().c_str(), 0755);
     const pid_t child = fork();
-    if (child == 0) { // the superuser may read everything
+    if (child == 0) { // the child gives up superuser rights, because the superuser may read every file
         if (geteuid() == 0 && setuid(65534) != 0) _exit(3);
         if (sound::statusOfOpening(folder / "x.wav") != permErr) _exit(1);
         if (sound::statusOfOpening(folder / "closed/x.wav") != permErr) _exit(2);
@@ -137,7 +137,7 @@ TEST(OpeningFaults, WavHeadersThatContradictTheFile)
     };
     Bytes huge = changed(40, 0xFFFFFFF0, 4);
     put(huge, 4, 0xFFFFFFFF, 4);
-    Bytes billions = changed(40, 0x7FFFFFF0, 4); // 2^31 frames of one byte
+    Bytes billions = changed(40, 0x7FFFFFF0, 4); // header that states 2^31 frames of one byte
     put(billions, 22, 1, 2), put(billions, 32, 1, 2), put(billions, 34, 8, 2);
     const struct {
         Bytes bytes;
@@ -174,7 +174,7 @@ TEST(OpeningFaults, WavHeadersThatContradictTheFile)
     }
 }
 
-// A sparse file.
+// The file is sparse, so that three gigabytes need no disk space.
 TEST(OpeningFaults, ThreeGigabytesOpenAndSeek)
 {
     const sound::Folder folder;
@@ -185,7 +185,8 @@ TEST(OpeningFaults, ThreeGigabytesOpenAndSeek)
     const std::string path = folder / "x.wav";
     sound::save(path, bytes);
     fs::resize_file(path, 44 + 0xC0000000u - 4);
-    std::ofstream(path, std::ios::binary | std::ios::app).write("\0\x40\0\xC0", 4); // the last frame
+    // Samples of the last frame.
+    std::ofstream(path, std::ios::binary | std::ios::app).write("\0\x40\0\xC0", 4);
     const sound::File file(path);
     ASSERT_EQ(file.status, noErr);
     EXPECT_EQ(file.frames(), 0x30000000);
@@ -202,7 +203,7 @@ TEST(OpeningFaults, ThreeGigabytesOpenAndSeek)
     EXPECT_EQ(samples[3], -0.5f);
 }
 
-// The length of a FLAC file is the stated one if its last frame decodes, otherwise it is counted.
+// The stated length of a FLAC file is used if its last frame decodes. Otherwise the frames are counted.
 TEST(OpeningFaults, FlacLengthsAreCheckedOrCounted)
 {
     const sound::Folder folder;
@@ -211,7 +212,7 @@ TEST(OpeningFaults, FlacLengthsAreCheckedOrCounted)
     const Bytes silence = sound::load(path);
     sound::write(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, 2, sound::music(2, 44100));
     const Bytes music = sound::load(path);
-    // 36 bits from the middle of byte 21 on.
+    // FLAC states the number of frames in 36 bits, from the middle of byte 21 on.
     const auto stating = [](Bytes bytes, std::uint64_t frames) {
         bytes[21] = static_cast<std::uint8_t>((bytes[21] & 0xF0) | (frames >> 32 & 0x0F));
         for (int i = 0; i < 4; ++i)
@@ -224,7 +225,8 @@ TEST(OpeningFaults, FlacLengthsAreCheckedOrCounted)
     };
     const struct {
         Bytes bytes;
-        SInt64 frames, least; // expected length (-1: as read), and minimum read (0: all frames)
+        // Expected length (-1: the number of frames read), and lowest number of frames read (0: all).
+        SInt64 frames, least;
         const char* why;
     } facts[] = {
         // clang-format off
@@ -320,7 +322,7 @@ TEST(OpenFileFaults, ReplacedFileIsReadUnchanged)
     EXPECT_TRUE(sound::isSame(file.readFloats(2), former));
 }
 
-/// The descriptor of an open file; -1 if it is not open.
+/// Find the descriptor of a file that this process has open. Returns -1 if the file is not open.
 int descriptorOf(const std::string& path)
 {
     for (int descriptor = 3; descriptor < 1024; ++descriptor) {

@@ -1,4 +1,4 @@
-// Every file format: its description, and its samples compared bit for bit with libsndfile's.
+// Every file format: its description is checked, and its samples are compared bit for bit with libsndfile's.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -19,11 +19,11 @@ constexpr int little = SF_ENDIAN_LITTLE;
 struct Fact {
     const char* name;
     int format, rate, channels;
-    UInt32 type; // the file type
+    UInt32 type; // expected file type
     UInt32 id, flags, packetFrames, packetBytes, bits;
 };
 
-// Packet bytes are per channel.
+// The packet bytes in this table count one channel.
 constexpr Fact facts[] = {
     // clang-format off
     // name        libsndfile's format                                rate ch  type    id      flags       frames bytes bits
@@ -179,7 +179,7 @@ TEST(SoundFormats, SamplesAreBitIdentical)
     }
 }
 
-// A decoder's samples may depend on the read size, so libsndfile reads in the same sizes.
+// A decoder's samples may depend on the read size, so libsndfile reads in the same sizes as the platform.
 TEST(SoundFormats, SmallReadsAreBitIdentical)
 {
     for (const Fact& fact : facts) {

@@ -1,4 +1,4 @@
-// Handles: order of closing, and the status of closed and unknown ones.
+// Handles of files: the order of closing, and the status that closed and unknown handles return.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ int openDescriptors()
     return count;
 }
 
-/// All calls on an extended file return paramErr.
+/// Expect that all calls with an extended audio file return paramErr.
 void expectRefused(ExtAudioFileRef file)
 {
     UInt32 size = 8, frames = 1;

@@ -23,9 +23,10 @@ constexpr int cafFloat = SF_FORMAT_CAF | SF_FORMAT_FLOAT, caf8 = SF_FORMAT_CAF |
 constexpr int wavIma = SF_FORMAT_WAV | SF_FORMAT_IMA_ADPCM, svx16 = SF_FORMAT_SVX | SF_FORMAT_PCM_16;
 
 constexpr std::size_t mostPageBody = 20 * 255;
-constexpr std::uint8_t firstPage = 2; // flag of the page that begins a stream
+constexpr std::uint8_t firstPage = 2; // page flag of the first page of a stream
 
-/// A page of at most mostPageBody bytes, without a checksum: the platform does not check it.
+/// Make an Ogg page with a body of at most mostPageBody bytes. The page has no checksum, because the platform
+/// does not check checksums.
 Bytes oggPage(const Bytes& body, std::uint8_t flags)
 {
     Bytes header(27 + body.size() / 255 + 1);
@@ -55,7 +56,7 @@ Bytes fileOf(const sound::Folder& folder, int format, int rate, int channels, in
     return sound::load(path);
 }
 
-/// All properties state one length, and exactly that many frames are read.
+/// Expect that all properties state one length, and that exactly that number of frames can be read.
 void expectExact(const sound::File& file)
 {
     const UInt32 channels = file.format().mChannelsPerFrame;
@@ -82,7 +83,7 @@ void expectExact(const sound::File& file)
     EXPECT_EQ(file.readFloats(channels).size(), 0u);
 }
 
-// Seeking to the last frame fails, but all frames decode.
+// In this file a seek to the last frame fails, but all frames decode.
 TEST(Lengths, FlacFileFollowedByAnother)
 {
     const sound::Folder folder;
@@ -100,7 +101,7 @@ TEST(Lengths, TruncatedFiles)
 {
     const struct {
         int format, rate, channels;
-        SInt64 stated; // in the truncated file; 0: none
+        SInt64 stated; // number of frames that the truncated file states; 0: not stated
         bool isCutShort;
         const char* why;
     } facts[] = {
@@ -137,13 +138,14 @@ TEST(Lengths, TruncatedFiles)
         EXPECT_EQ(file.report().statedFrames, fact.stated);
         EXPECT_EQ(file.report().isCutShort, fact.isCutShort);
         expectExact(file);
-        // The frames are the first ones of the whole file.
+        // The frames read must be the first frames of the whole file.
         ASSERT_EQ(before.setClient(sound::floats(fact.rate, static_cast<UInt32>(fact.channels))), noErr);
         ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
         const std::vector<float> all = before.readFloats(static_cast<UInt32>(fact.channels));
         const std::vector<float> part = file.readFloats(static_cast<UInt32>(fact.channels));
         ASSERT_LE(part.size(), all.size());
-        const std::size_t compared = part.size() * 9 / 10; // the last block of a coding may differ
+        // Without the end, because the last block of a coding may differ.
+        const std::size_t compared = part.size() * 9 / 10;
         EXPECT_EQ(std::memcmp(part.data(), all.data(), compared * sizeof(float)), 0);
     }
 }
@@ -214,7 +216,7 @@ TEST(Lengths, TrailingBytesAreIgnored)
     }
 }
 
-// The decoder loops on such files.
+// Given the whole file, libsndfile would loop for a long time.
 TEST(Lengths, FilesWithManyTinyChunks)
 {
     const sound::Folder folder;
@@ -329,7 +331,8 @@ TEST(Lengths, JoinedOggFilesAfterATruncatedOne)
     }
 }
 
-// A Vorbis link has its length, a FLAC link only states one, which is checked.
+// A link is one of several joined Ogg files. The length of a Vorbis link is exact. A FLAC link only states a
+// length, so the stated length is checked.
 TEST(Lengths, TruncatedFlacAfterVorbis)
 {
     const sound::Folder folder;
@@ -363,7 +366,8 @@ TEST(Lengths, LinksAfterThe1024thAreOmitted)
     expectExact(file);
 }
 
-// The rest of a damaged link is skipped; the next link is read from its first frame.
+// In a damaged link (one of several joined Ogg files) the frames after the damage are skipped. The next link
+// is read from its first frame.
 TEST(Lengths, LinksAfterADamagedOneAreRead)
 {
     const sound::Folder folder;

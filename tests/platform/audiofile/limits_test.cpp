@@ -1,4 +1,5 @@
-// Limits of sample rate and channel count. No large memory is allocated for either.
+// Limits of sample rate and channel count. A file at or beyond a limit does not make the reader allocate
+// much memory.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +14,7 @@ void put(Bytes& bytes, std::size_t at, std::uint32_t value, int count)
         bytes[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> 8 * i);
 }
 
-/// A 16-bit WAV file of ten frames.
+/// Make a 16-bit WAV file of ten frames.
 Bytes waveOf(std::uint32_t rate, std::uint32_t channels)
 {
     const sound::Folder folder;

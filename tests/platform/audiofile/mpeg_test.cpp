@@ -57,7 +57,7 @@ TEST(MpegHeaders, AreParsed)
     }
 }
 
-/// Silent frames: pairs of a header and a count.
+/// Make silent frames. Each pair is a frame header and the number of frames with that header.
 Bytes silentFrames(std::initializer_list<std::pair<std::uint32_t, int>> runs)
 {
     Bytes bytes;
@@ -78,7 +78,7 @@ constexpr std::uint32_t at128 = 0xFFFB9000, at32 = 0xFFFB1000, at320 = 0xFFFBE00
 
 TEST(MpegLength, CountsAllFrames)
 {
-    Bytes tag = ofText("ID3\3", 10 + 300); // its size in 4 * 7 bits
+    Bytes tag = ofText("ID3\3", 10 + 300); // the tag states its size in four bytes of 7 bits
     tag[8] = 300 >> 7, tag[9] = 300 & 127;
     const struct {
         Bytes bytes;
@@ -138,7 +138,7 @@ TEST(MpegLength, MissingInfoFrameChangesNoSample)
     ASSERT_EQ(samples.size(), static_cast<std::size_t>(file.frames()) * 2);
     EXPECT_EQ(std::memcmp(samples.data(), estimated.data(), estimated.size() * sizeof(float)), 0)
         << "identical up to the estimated length";
-    // The same samples follow the delay of encoder and decoder.
+    // The same samples follow after the delay of encoder and decoder.
     bool isFound = false;
     for (std::size_t shift = 0; shift < 4000 && !isFound; ++shift)
         isFound = std::memcmp(&samples[(20000 + shift) * 2], &expected.samples[40000], 300000 * 8) == 0;
@@ -152,7 +152,7 @@ void put(Bytes& bytes, std::size_t at, std::uint32_t word)
     for (std::size_t b = 0; b < 4; ++b) bytes[at + b] = static_cast<std::uint8_t>(word >> (24 - 8 * b));
 }
 
-/// An info frame that states a number of frames, and of bytes if `size` is not 0.
+/// Make an info frame that states a number of frames, and a number of bytes if `size` is not 0.
 Bytes infoFrame(std::uint32_t header, const char* name, std::uint32_t frames, std::size_t size = 0)
 {
     Bytes bytes = silentFrames({{header, 1}});
@@ -161,13 +161,13 @@ Bytes infoFrame(std::uint32_t header, const char* name, std::uint32_t frames, st
     const bool isVbri = std::strcmp(name, "VBRI") == 0;
     const std::size_t at = isVbri ? 36 : kvxplatform::audiofile::infoOffset(read);
     std::memcpy(&bytes[at], name, 4);
-    if (!isVbri) put(bytes, at + 4, size > 0 ? 3 : 1); // flags of the fields: frames, bytes
+    if (!isVbri) put(bytes, at + 4, size > 0 ? 3 : 1); // one flag bit for each field: frames, bytes
     put(bytes, at + (isVbri ? 14 : 8), frames);
     if (size > 0) put(bytes, at + (isVbri ? 10 : 12), static_cast<std::uint32_t>(size));
     return bytes;
 }
 
-/// An ID3v2 tag of `size` bytes, some of which look like frame headers.
+/// Make an ID3v2 tag of `size` bytes, some of which look like frame headers.
 Bytes tagOf(std::size_t size)
 {
     Bytes bytes = ofText("ID3\3", 10 + size);
@@ -176,7 +176,7 @@ Bytes tagOf(std::size_t size)
     return bytes;
 }
 
-/// Noise with up to three consecutive frame headers.
+/// Make random bytes that contain groups of up to three consecutive frame headers.
 Bytes noise(std::size_t size)
 {
     Bytes bytes(size);
@@ -190,7 +190,7 @@ Bytes noise(std::size_t size)
     return bytes;
 }
 
-/// Free-format frames of one size.
+/// Make free-format frames of one size.
 Bytes freeFrames(std::size_t bytes, int count)
 {
     Bytes frames;
@@ -206,11 +206,12 @@ TEST(MpegFiles, AllFramesAreRead)
 {
     const Bytes hundred = silentFrames({{at128, 100}}), fifty = silentFrames({{at128, 50}});
     const Bytes other = silentFrames({{mono22, 40}}), cut = sound::firstOf(hundred, hundred.size() - 7);
-    const std::size_t size = 417 + hundred.size(); // of the hundred frames and their info frame
+    const std::size_t size = 417 + hundred.size(); // size of the info frame and the hundred frames
     const Bytes ape = joined({ofText("APETAGEX\xD0\x07", 32), Bytes(1, 0)});
     Bytes apeTag = ofText("APETAGEX", 32 + 300 + 32);
-    apeTag[12] = static_cast<std::uint8_t>(332 & 0xFF), apeTag[13] = 332 >> 8; // of items and footer
-    apeTag[23] = 0xA0; // flags: has a header, is the header
+    // Size of the tag's items and footer.
+    apeTag[12] = static_cast<std::uint8_t>(332 & 0xFF), apeTag[13] = 332 >> 8;
+    apeTag[23] = 0xA0; // flags: the tag has a header, and this is the header
     std::memcpy(&apeTag[332], "APETAGEX", 8);
     Bytes xingTwice = joined({infoFrame(at128, "Xing", 100), hundred});
     xingTwice = joined({xingTwice, xingTwice});
@@ -286,7 +287,8 @@ TEST(MpegFiles, AllFramesAreRead)
     }
 }
 
-// A frame is never shorter than its header and side information. The decoder needs minutes for such a file.
+// A frame is never shorter than its header and side information. The decoder would need minutes for a file of
+// such frames.
 TEST(MpegFiles, TinyFreeFormatFramesAreRefused)
 {
     const sound::Folder folder;
@@ -308,7 +310,7 @@ TEST(MpegFiles, IsolatedSyncWordsAreRefused)
     EXPECT_EQ(sound::statusOfOpening(folder / "x.mp3"), kAudioFileUnsupportedFileTypeError);
 }
 
-/// An MP3 file written by libsndfile; its info frame states the encoder's delay.
+/// An MP3 file that libsndfile has written; its info frame states the encoder's delay.
 struct Music {
     Bytes bytes;
     std::vector<float> samples;
@@ -361,7 +363,7 @@ TEST(MpegFiles, EncoderDelayIsRemovedIfTheInfoFrameIsRight)
     auto name = std::search(wrong.begin(), wrong.end(), xing, xing + 4);
     if (name == wrong.end()) name = std::search(wrong.begin(), wrong.end(), info, info + 4);
     ASSERT_NE(name, wrong.end());
-    name[11] = static_cast<std::uint8_t>(name[11] - 1); // the lowest byte of the frame count
+    name[11] = static_cast<std::uint8_t>(name[11] - 1); // lowest byte of the frame count in the info frame
     sound::save(path, wrong);
     EXPECT_TRUE(sound::isSame(samplesOf(path), all)) << "the info frame states a wrong length";
 }
@@ -374,7 +376,7 @@ TEST(MpegFiles, JoinedFilesPlayOneAfterAnother)
     sound::save(path, joined({first.bytes, second.bytes}));
     const std::vector<float> both = samplesOf(path);
     EXPECT_EQ(both.size() % (2 * 1152), 0u);
-    // Each file keeps its delay; the samples of the second file differ in the last bits.
+    // Each of the two files keeps its delay. The samples of the second file differ in the last bits.
     const auto start =
         std::search(both.begin(), both.end(), first.samples.begin(), first.samples.begin() + 90000);
     ASSERT_NE(start, both.end());

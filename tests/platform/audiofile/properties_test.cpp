@@ -1,4 +1,4 @@
-// The properties of both interfaces: sizes, access, values, misuse.
+// The properties of AudioFile and ExtAudioFile: sizes, access, values, misuse.
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ namespace {
 
 constexpr int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
-/// A file of two seconds, opened by both interfaces.
+/// A file of two seconds, opened through both AudioFile and ExtAudioFile.
 struct Opened {
     explicit Opened(int format, const char* name = "x", int channels = 2)
         : path(write(folder, format, name, channels)), file(path)
@@ -121,7 +121,7 @@ TEST(ExtendedProperties, Values)
     EXPECT_EQ(packetSize(mp3.file, ofFile, noErr), 1441u);
 }
 
-// ---- the other interface ----
+// ---- properties of AudioFile ----
 
 TEST(AudioFileProperties, SizesAccessAndMisuse)
 {
@@ -187,7 +187,7 @@ TEST(AudioFileProperties, Values)
         std::optional<UInt64> bytes, packets;
         std::optional<UInt32> largest;
         std::optional<SInt32> bits;
-        UInt32 bitRate; // 0: that of the whole file
+        UInt32 bitRate; // expected bit rate; 0: the average over the whole file
     } facts[] = {
         // clang-format off
         {"16-bit WAV", wav16,                                       64000, 16000,    4,    16, 256000},
@@ -208,7 +208,8 @@ TEST(AudioFileProperties, Values)
         EXPECT_EQ(get<UInt32>(opened.audioFile, kAudioFilePropertyMaximumPacketSize), fact.largest);
         EXPECT_EQ(get<SInt32>(opened.audioFile, kAudioFilePropertySourceBitDepth), fact.bits);
         EXPECT_EQ(get<Float64>(opened.audioFile, kAudioFilePropertyEstimatedDuration), 2.0);
-        const auto whole = static_cast<UInt32>(sound::load(opened.path).size() * 4); // bits over two seconds
+        // Bits per second over two seconds.
+        const auto whole = static_cast<UInt32>(sound::load(opened.path).size() * 4);
         EXPECT_EQ(get<UInt32>(opened.audioFile, kAudioFilePropertyBitRate),
                   fact.bitRate ? fact.bitRate : whole);
         AudioStreamBasicDescription format = {};

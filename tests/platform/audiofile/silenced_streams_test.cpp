@@ -1,4 +1,4 @@
-// Output of decoders is dropped; output of other threads passes.
+// The output of decoders is dropped; the output of other threads passes.
 #include "platform/audiofile/silenced_streams.h"
 #include "tests/platform/audiofile/sound_files.h"
 
@@ -17,7 +17,7 @@ namespace {
 using kvxplatform::audiofile::SilencedStreams;
 using sound::Bytes;
 
-/// The text that `body` writes to stdout and stderr, up to the capacity of a pipe.
+/// Get the text that `body` writes to stdout and stderr, up to the capacity of a pipe.
 template <class Body>
 std::string written(Body body)
 {
@@ -71,7 +71,8 @@ TEST(SilencedStreams, DropWarningsOfTheSdsDecoder)
     sound::write(folder / "x.sds", SF_FORMAT_SDS | SF_FORMAT_PCM_16, 44100, 1, sound::music(1, 1000));
     Bytes damaged = sound::load(folder / "x.sds");
     for (std::size_t i = 300; i < damaged.size(); i += 50) damaged[i] ^= 0x2A;
-    for (std::size_t i = 21; i < damaged.size(); i += 127) damaged[i] = 0; // the first byte of each block
+    // Damage to the first byte of each block.
+    for (std::size_t i = 21; i < damaged.size(); i += 127) damaged[i] = 0;
     sound::save(folder / "x.sds", damaged);
     ASSERT_NE(written([&] { sound::decode(folder / "x.sds"); }), "") << "libsndfile alone prints to stdout";
     EXPECT_EQ(written([&] {

@@ -1,4 +1,4 @@
-// Sound files for tests: written by libsndfile, read by libsndfile and through the platform.
+// Sound files for tests. libsndfile writes them; libsndfile and the platform read them.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -17,7 +17,7 @@ namespace sound {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A temporary folder, removed with its contents.
+/// A temporary folder, which the destructor removes with its contents.
 class Folder {
 public:
     Folder();
@@ -36,23 +36,23 @@ void save(const std::string& path, const Bytes& bytes);
 
 /// Concatenate files.
 Bytes joined(std::initializer_list<Bytes> parts);
-/// `size` bytes: a text, then zeros.
+/// Make `size` bytes: a text, followed by zeros.
 Bytes ofText(const char* text, std::size_t size);
-/// The first `size` bytes.
+/// Get the first `size` bytes.
 Bytes firstOf(const Bytes& bytes, std::size_t size);
-/// The bytes after the first `size`.
+/// Get all bytes after the first `size` bytes.
 Bytes afterFirst(const Bytes& bytes, std::size_t size);
 
-/// Interleaved samples that differ in every frame and channel, within 0.8.
+/// Make interleaved samples that differ in every frame and channel, between -0.8 and 0.8.
 std::vector<float> music(int channels, int frames);
 
-/// Write a file; `format` is libsndfile's.
+/// Write a sound file; `format` is a format of libsndfile.
 void write(const std::string& path, int format, int rate, int channels, const std::vector<float>& samples);
 
 /// Write an MP3 file of varying bit rate: ten seconds, the first half noise. Returns its bytes.
 Bytes varyingMp3(const std::string& path);
 
-/// A file as libsndfile decodes it in one read.
+/// The properties and samples of a file, decoded by libsndfile in one read.
 struct Decoded {
     SF_INFO info{};
     std::vector<float> samples;
@@ -64,10 +64,10 @@ bool isSame(const std::vector<float>& a, const std::vector<float>& b);
 
 CFURLRef urlOf(const std::string& path);
 
-/// Open and close a file; returns the status of opening.
+/// Open and close a file. Returns the status of the opening.
 OSStatus statusOfOpening(const std::string& path);
 
-/// An open extended audio file.
+/// An open extended audio file, which the destructor closes.
 class File {
 public:
     explicit File(const std::string& path);
@@ -83,28 +83,28 @@ public:
     SInt64 tell() const;
     OSStatus setClient(const AudioStreamBasicDescription& format) const;
 
-    /// Read up to `frames` frames of an interleaved client format.
+    /// Read up to `frames` frames in an interleaved client format.
     OSStatus read(UInt32 frames, UInt32 bytesPerFrame, UInt32 channels, Bytes& out) const;
 
-    /// Read 32-bit float to the end of the file, `atATime` frames per read.
+    /// Read the rest of the file as 32-bit float, `atATime` frames per read.
     std::vector<float> readFloats(UInt32 channels, UInt32 atATime = 1u << 30) const;
 
-    OSStatus status = 0; ///< of opening
+    OSStatus status = 0; ///< status of the opening
 
 private:
     ExtAudioFileRef file_ = nullptr;
 };
 
-/// Native 32-bit float, interleaved.
+/// Get the format of native 32-bit float, interleaved.
 AudioStreamBasicDescription floats(double rate, UInt32 channels);
-/// Linear PCM; non-interleaved if the flags say so.
+/// Get a linear PCM format, non-interleaved if the flags state it.
 AudioStreamBasicDescription pcm(double rate, UInt32 channels, UInt32 bits, UInt32 flags);
 
-/// A format and a code as text, for failure messages.
+/// A format or a four-character code as text, for failure messages.
 std::string text(const AudioStreamBasicDescription& format);
 std::string code(std::int64_t fourCharacters);
 
-/// The number of live platform objects.
+/// Get the number of live platform objects.
 unsigned alive();
 
 } // namespace sound

@@ -1,4 +1,4 @@
-// Codes and numbers of components and classic sound, which compiled programs contain.
+// Codes and numbers of components and classic sound. Compiled programs contain them, so they must not change.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>

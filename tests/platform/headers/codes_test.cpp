@@ -1,4 +1,4 @@
-// Codes and numbers of audio devices and formats, which compiled programs contain.
+// Codes and numbers of audio devices and formats. Compiled programs contain them, so they must not change.
 #include <CoreAudio/CoreAudio.h>
 
 #include <gtest/gtest.h>

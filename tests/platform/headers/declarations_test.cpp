@@ -21,7 +21,8 @@ std::string read(const fs::path& file)
 
 TEST(Declarations, AreExportedByTheLibrary)
 {
-    // The last identifier before a parenthesis or semicolon. Parameters have no export macro.
+    // A declared name is the last identifier before a parenthesis or semicolon. Parameters have no export
+    // macro.
     static const std::regex declaration("KVX_PLATFORM_EXPORT\\s[^;(]*?\\b([A-Za-z_]\\w*)\\s*[(;]");
     void* const library = dlopen("libkvxplatform.so", RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr) << dlerror();

@@ -1,4 +1,4 @@
-// Record sizes, codes and types that compiled programs depend on.
+// Struct sizes, codes and types that compiled programs depend on.
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
@@ -64,7 +64,7 @@ TEST(Headers, CodesAreBigEndianText)
 
 TEST(Headers, UInt32IsUnsignedLongOnThe32BitTarget)
 {
-    // The type decides C++ overloads and printf formats.
+    // UInt32 decides C++ overloads and printf formats.
     constexpr bool isLong = std::is_same_v<UInt32, unsigned long>;
     EXPECT_EQ(isLong, sizeof(void*) == 4);
 }
