@@ -1,4 +1,4 @@
-// A converter between two linear PCM formats, and the operations on it.
+// A converter between two linear PCM formats, and the operations on a converter.
 #pragma once
 
 #include "platform/pcm/conversion_quality.h"

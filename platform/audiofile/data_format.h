@@ -1,4 +1,4 @@
-// The format of a file's sample data, in the platform's terms.
+// Describes the format of a file's sample data with the platform's structs and constants.
 #pragma once
 
 #include <AudioToolbox/AudioFile.h>

@@ -1,4 +1,4 @@
-// Handles of open files.
+// Handles of open files, for AudioFile and ExtAudioFile.
 #pragma once
 
 #include "platform/support/handle_table.h"

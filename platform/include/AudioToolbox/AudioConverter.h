@@ -41,7 +41,7 @@ enum {
     kAudioConverterPrimeInfo = 'prim',                     /* AudioConverterPrimeInfo, read-only */
     kAudioConverterChannelMap = 'chmp',                    /* SInt32[], see below, r/w */
     kAudioConverterCurrentInputStreamDescription = 'acid', /* AudioStreamBasicDescription, read-only */
-    kAudioConverterCurrentOutputStreamDescription = 'acod' /* the same */
+    kAudioConverterCurrentOutputStreamDescription = 'acod' /* AudioStreamBasicDescription, read-only */
 };
 
 /*

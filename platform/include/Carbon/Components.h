@@ -51,8 +51,8 @@ typedef struct ComponentDescription {
  */
 typedef struct ComponentParameters {
     UInt8 flags;     /* 0 */
-    UInt8 paramSize; /* bytes */
-    SInt16 what;     /* the selector */
+    UInt8 paramSize; /* size of params in bytes */
+    SInt16 what;     /* selector of the call */
     long params[1];
 } ComponentParameters;
 

@@ -8,7 +8,7 @@
 KVX_PLATFORM_BEGIN
 
 /*
- * Block the calling thread until a time. The call returns at once if the time is past.
+ * Block the calling thread until a time of the host clock. The call returns at once if the time is past.
  * Owner    expirationTime stays the caller's.
  * Errors   paramErr (-50): expirationTime is NULL.
  * Do not call it in an I/O cycle.

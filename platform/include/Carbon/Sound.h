@@ -44,9 +44,9 @@ typedef struct SoundComponentData {
     long flags;    /* 0 */
     OSType format; /* a sample format below */
     short numChannels;
-    short sampleSize; /* bits */
+    short sampleSize; /* bits per sample */
     UnsignedFixed sampleRate;
-    long sampleCount; /* frames */
+    long sampleCount; /* number of frames */
     Byte* buffer;
     long reserved; /* 0 */
 } SoundComponentData, *SoundComponentDataPtr;
@@ -81,7 +81,7 @@ typedef struct SoundParamBlock {
     ComponentInstance filter;    /* ignored */
     SoundParamUPP moreRtn;       /* may be NULL */
     SoundParamUPP completionRtn; /* may be NULL */
-    long refCon;                 /* the caller's */
+    long refCon;                 /* free for the caller's use */
     short result;                /* 0 once the buffer has ended */
 } SoundParamBlock;
 

@@ -90,7 +90,7 @@ enum {
     kAudioObjectClassIDWildcard = '****'
 };
 
-/* A macro, because the value exceeds a C enumerator. */
+/* A macro, because the value is too large for a C enumerator. */
 #define kAudioObjectPropertyElementWildcard ((UInt32)0xFFFFFFFF)
 #define kAudioPropertyWildcardChannel kAudioObjectPropertyElementWildcard
 
@@ -400,7 +400,7 @@ KVX_PLATFORM_EXPORT OSStatus AudioObjectRemovePropertyListener(AudioObjectID inO
                                                                AudioObjectPropertyListenerProc inListener,
                                                                void* inClientData);
 
-/* ---- the same properties by the older calls ---- */
+/* ---- older functions for the properties above ---- */
 
 /*
  * In the functions below, inChannel is the element, and isInput selects the input or the output scope. inWhen

@@ -133,7 +133,7 @@ enum {
         kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved
 };
 
-/* A macro, because the value exceeds a C enumerator. */
+/* A macro, because the value is too large for a C enumerator. */
 #define kAudioFormatFlagsAreAllClear ((UInt32)0x80000000)
 #define kLinearPCMFormatFlagsAreAllClear kAudioFormatFlagsAreAllClear
 
@@ -197,7 +197,7 @@ typedef struct AudioChannelLayout {
     AudioChannelDescription mChannelDescriptions[1];
 } AudioChannelLayout;
 
-/* The low 16 bits of a tag are its channel count. */
+/* The low 16 bits of a layout tag are the channel count of the layout. */
 enum {
     kAudioChannelLayoutTag_UseChannelDescriptions = 0,
     kAudioChannelLayoutTag_UseChannelBitmap = 0x10000,

@@ -86,9 +86,9 @@ KVX_PLATFORM_EXPORT Boolean CFStringGetCString(CFStringRef theString, char* buff
 KVX_PLATFORM_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
 
 /*
- * Convert a mutable string to a Unicode normal form, in place. Unpaired surrogates stay. An unknown form,
- * or lack of memory, changes nothing.
- * Errors   NULL, or a string that is not mutable, ends the process.
+ * Convert a mutable string to a Unicode normal form, in place. Unpaired surrogates stay. If the form is
+ * unknown or there is no memory, the string stays unchanged.
+ * Errors   a NULL string, or a string that is not mutable, ends the process.
  */
 KVX_PLATFORM_EXPORT void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm theForm);
 

@@ -42,9 +42,8 @@ KVX_PLATFORM_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRe
                                                                    Boolean isDirectory);
 
 /*
- * Make a URL from the bytes of a path, without a terminator. A relative path starts at the current
- * folder.
- * Returns  NULL also if bufferLength is below 1, or the bytes contain a zero.
+ * Make a URL from the bytes of a path, without a terminator. A relative path starts at the current folder.
+ * Returns  NULL also if bufferLength is below 1, or the bytes contain a zero byte.
  */
 KVX_PLATFORM_EXPORT CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef alloc,
                                                                      const UInt8* buffer,
