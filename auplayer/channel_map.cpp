@@ -1,6 +1,6 @@
 #include "auplayer/channel_map.h"
 
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 #include "plugin/exceptions.h"
 #include "plugin/zeroed.h"
 

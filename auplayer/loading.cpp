@@ -4,7 +4,7 @@
 #include "auplayer/decode_file.h"
 #include "auplayer/file_url.h"
 #include "plugin/background.h"
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 #include "plugin/exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"

@@ -20,7 +20,8 @@ HostBoolean getLooping(REALobjectStruct* object, HostInteger);
 void setLooping(REALobjectStruct* object, HostInteger, HostBoolean value);
 
 /// Return the first frame of the next slice, after a slice that ended at frame `position`: the loop's start
-/// if that frame is outside the loop, otherwise `position`.
+/// if that frame is outside the loop, also before it, otherwise `position`. A loop end after the end of the
+/// file is never reached, so the file then ends without a jump.
 /// [audio & running]
 UInt32 loopedPosition(const AUPlayerData& player, UInt32 position);
 

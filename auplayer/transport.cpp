@@ -49,7 +49,7 @@ void setPlaying(REALobjectStruct* object, HostInteger, HostBoolean value)
     const bool running = isRunning(player);
     if (running && value == 0)
         keepStatus(player, AUGraphStop(loadAcquired(player.graph)));
-    else if (!running && value == 1)
+    else if (!running && value == 1) // any other value starts nothing; host programs may rely on it
         keepStatus(player, AUGraphStart(loadAcquired(player.graph)));
 }
 

@@ -1,5 +1,5 @@
 // Samples into floats: each form against copying as many bytes as it writes, 1 MiB that is in the cache.
-#include "player/conversion.h"
+#include "player/integer_to_float.h"
 
 #include <benchmark/benchmark.h>
 

@@ -6,7 +6,7 @@
 #include "bench/files.h"
 #include "bench/music.h"
 #include "bench/one_slice.h"
-#include "player/conversion.h"
+#include "player/integer_to_float.h"
 #include "player/play_queue.h"
 
 #include <AudioUnit/AudioUnit.h>

@@ -1,7 +1,7 @@
 #include "listener/changed_event.h"
 
 #include "listener/live_listeners.h"
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 #include "plugin/process_state.h"
 #include "plugin/services.h"
 #include "plugin/weak_symbols.h"

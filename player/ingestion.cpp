@@ -1,6 +1,6 @@
 #include "player/ingestion.h"
 
-#include "player/conversion.h"
+#include "player/integer_to_float.h"
 #include "player/play_queue.h"
 #include "plugin/exceptions.h"
 #include "plugin/services.h"

@@ -3,7 +3,7 @@
 // All functions: [audio].
 #pragma once
 
-#include "player/conversion.h"
+#include "player/integer_to_float.h"
 
 #include <CoreAudio/CoreAudio.h>
 

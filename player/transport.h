@@ -10,12 +10,12 @@ namespace player {
 /// Install the I/O procedure on the output device and start the device. A running player stays unchanged.
 /// Returns true if the player is running, false if a platform call failed. If only the start of the device
 ///         fails, isRunning stays set, because the procedure is installed and only the procedure itself
-///         removes it.
+///         removes it. The next call then returns true although the device plays nothing.
 bool PlaySomeAudio(AudioPlayerData& player);
 
 /// Request a stop, wait until the I/O procedure has removed itself, and free every buffer. The positions
-/// stay. The wait has no time limit. With noUnderflow set, the wait ends only after noUnderflow has been
-/// cleared and the player has run out of data.
+/// stay. The wait has no time limit: it does not end while noUnderflow is set, or after a start that the
+/// device refused.
 void stopPlaying(AudioPlayerData& player);
 
 // The class methods "Start" and "Stop".

@@ -1,6 +1,6 @@
 #include "plugin/background.h"
 
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 #include "plugin/mutex_lock.h"
 #include "plugin/services.h"
 #include "plugin/shared_word.h"

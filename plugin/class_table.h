@@ -1,12 +1,12 @@
 // Rows of a class table. A row compiles only if its functions have the types that the row declares. The host
-// calls every function of a row through a wrapper that stops C++ exceptions (catch_all.h).
+// calls every function of a row through a wrapper that stops C++ exceptions (exception_border.h).
 // All functions: [main].
 #pragma once
 
 #include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
-#include "plugin/catch_all.h"
 #include "plugin/declaration.h"
+#include "plugin/exception_border.h"
 #include "plugin/host_types.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // The library's only exported function, which reads the host's version and registers the classes.
-#include "plugin/catch_all.h"
 #include "plugin/classes.h"
+#include "plugin/exception_border.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
 #include "plugin/services.h"

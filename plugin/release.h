@@ -5,7 +5,7 @@
 // All functions: [any].
 #pragma once
 
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 
 /// Call `function(handle)` and ignore its result and its exceptions.
 template <class Function, class Handle>

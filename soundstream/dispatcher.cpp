@@ -1,9 +1,9 @@
 #include "soundstream/dispatcher.h"
 
-#include "plugin/catch_all.h"
 #include "plugin/classes.h"
-#include "soundstream/info.h"
-#include "soundstream/selectors.h"
+#include "plugin/exception_border.h"
+#include "soundstream/component_info.h"
+#include "soundstream/component_selectors.h"
 
 namespace soundstream {
 

@@ -1,6 +1,6 @@
 #include "soundstream/render.h"
 
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 #include "soundstream/render_scope.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // Open, attach, initialise and start the output unit.
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 #include "soundstream/render.h"
 #include "soundstream/sound_stream.h"
 

@@ -1,6 +1,6 @@
 // The SIMD kernels return the same bits as scalar code, for all lengths and alignments, and for ordinary and
 // special values.
-#include "player/conversion.h"
+#include "player/integer_to_float.h"
 #include "player/span.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "player/conversion.h"
+#include "player/integer_to_float.h"
 
 #include <algorithm>
 #include <cstring>

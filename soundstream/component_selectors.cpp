@@ -1,7 +1,7 @@
-#include "soundstream/selectors.h"
+#include "soundstream/component_selectors.h"
 
 #include "plugin/release.h"
-#include "soundstream/info.h"
+#include "soundstream/component_info.h"
 #include "soundstream/render_scope.h"
 
 #include <memory>

@@ -1,4 +1,4 @@
-#include "soundstream/info.h"
+#include "soundstream/component_info.h"
 
 #include <cstring>
 

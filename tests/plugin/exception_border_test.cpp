@@ -1,4 +1,4 @@
-#include "plugin/catch_all.h"
+#include "plugin/exception_border.h"
 
 #include <gtest/gtest.h>
 
