@@ -1,4 +1,4 @@
-// The built-in components, family by family in the order of a search.
+// The built-in components, one component family after another, in search order.
 #include "platform/builtin_units.h"
 #include "platform/components/registry.h"
 #include "platform/soundmanager/mixer.h"

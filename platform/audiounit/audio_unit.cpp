@@ -9,7 +9,8 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-/// Call a function with the unit that a handle names. Returns its status, or that of the handle.
+/// Call a function with the unit that a handle names.
+/// Returns  the function's status; the status of the handle if the handle names no unit.
 template <class Call>
 OSStatus with(AudioUnit handle, Call call)
 {

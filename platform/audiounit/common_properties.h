@@ -1,4 +1,5 @@
-// The properties that every unit has, and getters and setters that several kinds use in their own tables.
+// The properties that every unit has, and getters and setters that several unit kinds use in their own
+// tables.
 // All functions: [any].
 #pragma once
 

@@ -1,4 +1,4 @@
-// Audio units as components.
+// Registers audio units as a component family.
 // All functions: [any].
 #pragma once
 
@@ -9,7 +9,7 @@ namespace kvxplatform::audiounit {
 
 extern const components::Family family;
 
-/// The component of a kind of unit, which outlives it.
+/// Returns  the component of a unit kind. `kind` must outlive the component.
 components::Component componentOf(const UnitKind& kind);
 
 } // namespace kvxplatform::audiounit

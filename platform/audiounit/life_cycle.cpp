@@ -71,7 +71,8 @@ OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out)
 void close(Unit& unit)
 {
     if (unit.kind.close) unit.kind.close(unit);
-    // A unit that is closed inside its own slice still renders from its buffers.
+    // A unit that is closed inside its own slice still renders from its buffers, so it is not uninitialised
+    // here.
     if (!unit.scope.isInside()) uninitialize(unit);
 }
 

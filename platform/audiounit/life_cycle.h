@@ -5,32 +5,36 @@
 
 namespace kvxplatform::audiounit {
 
-/// Make a unit: elements in the default format, parameters at their defaults. Throws std::bad_alloc.
+/// Make a unit with all elements in the default format and all parameters at their defaults. Throws
+/// std::bad_alloc.
 /// [main]
 OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out);
 
-/// Stop the unit's callers and wait for them, then uninitialise the unit. Inside a slice of the unit its
-/// memory stays until the unit is freed.
+/// Stop the threads that call the unit, wait for them, then uninitialise the unit. After a close inside the
+/// unit's own slice, the unit keeps its memory until it is freed.
 /// [any]
 void close(Unit& unit);
 
-/// Allocate for the present formats and slice limit; no effect on an initialised unit.
-/// Errors  NoConnection, FormatNotSupported: an input's source; memFullErr; and the kind's own.
+/// Allocate memory for the present formats and slice limit. Has no effect on an initialised unit.
+/// Errors  NoConnection, FormatNotSupported: the source of an input is missing or has another format;
+///         memFullErr; and the errors of the unit kind's own initialize.
 /// [main]
 OSStatus initialize(Unit& unit);
 
-/// Stop the unit, wait for its slice and free its memory.
-/// Errors  CannotDoInCurrentContext inside a slice of the unit.
+/// Stop the unit, wait for its slice to end, and free its memory.
+/// Errors  CannotDoInCurrentContext: called inside a slice of the unit.
 /// [any]
 OSStatus uninitialize(Unit& unit);
 
-/// Have the next slice clear filters and delay lines.
+/// Request that the next slice clears filters and delay lines.
 /// Errors  InvalidScope; InvalidElement.
 /// [any]
 OSStatus reset(Unit& unit, AudioUnitScope scope, AudioUnitElement element);
 
-/// Start or stop an output unit. Stopping waits for the unit's slice, unless it is called inside it.
-/// Errors  badComponentSelector: not an output unit; Uninitialized (start); the device's status (start).
+/// Start or stop an output unit. A stop waits for the unit's slice to end, except when it is called inside
+/// that slice.
+/// Errors  badComponentSelector: the unit is not an output unit; Uninitialized: a start before initialising;
+///         after a failed start the status of the device.
 /// [any]
 OSStatus start(Unit& unit);
 OSStatus stop(Unit& unit);

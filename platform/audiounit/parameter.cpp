@@ -7,14 +7,16 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-/// A parameter's row and the index of its value.
+/// A parameter found in the tables: its row, and where its value is stored.
 struct Found {
     const Parameter* row = nullptr;
-    UInt32 index = 0;  // from the row's first ID
-    UInt32 offset = 0; // among the values of one element
+    // Number of the parameter within its row, counted from the row's first ID.
+    UInt32 index = 0;
+    // Position of the value among the stored values of one element.
+    UInt32 offset = 0;
 };
 
-/// How many values an element stores for a row.
+/// Returns  how many values an element stores for a row.
 UInt32 storedFor(const Parameter& row) { return row.isReadOnly && row.get ? 0 : row.count; }
 
 UInt32 presentOf(const Unit& unit, const Parameter& row, AudioUnitElement element)

@@ -5,9 +5,9 @@
 
 namespace kvxplatform::audiounit {
 
-/// A row: `count` parameters of consecutive IDs.
+/// A row of a parameter table: `count` parameters with consecutive IDs.
 struct Parameter {
-    AudioUnitParameterID id; ///< of the first
+    AudioUnitParameterID id; ///< ID of the first parameter
     UInt32 count;
     AudioUnitScope scope;
     const char* name;
@@ -15,51 +15,52 @@ struct Parameter {
     Float32 least, most, initial;
     bool isReadOnly;
 
-    /// Compute the value; null: the stored one. `index` counts from `id`.
+    /// Compute a parameter's value. Null: the stored value is returned. `index` is the parameter's ID minus
+    /// `id`.
     /// [any]
     OSStatus (*get)(Unit&, const Parameter&, AudioUnitElement, UInt32 index, Float32& out);
 
-    /// Set a value in range; null: store it.
+    /// Set a parameter to a value that is in range. Null: the value is stored.
     /// [any]
     OSStatus (*set)(Unit&, const Parameter&, AudioUnitElement, UInt32 index, Float32 value);
 
-    /// How many of `count` an element has at present; null: all.
+    /// Returns  how many of the `count` parameters an element has at present. Null: all.
     /// [any]
     UInt32 (*present)(const Unit&, AudioUnitElement) = nullptr;
 };
 
-/// Allocate the values of every scope, at their defaults. Throws std::bad_alloc.
+/// Allocate the parameter values of every scope and set them to the defaults. Throws std::bad_alloc.
 /// [main]
 void prepareParameters(Unit& unit);
 
-/// Get or set a value. A value out of range becomes the nearest in range.
-/// Errors  InvalidScope, InvalidElement, InvalidParameter: no such parameter; PropertyNotWritable: read-only;
-///         InvalidPropertyValue: not a number.
+/// Get or set a parameter's value. A value out of range is replaced by the nearest value in range.
+/// Errors  InvalidScope, InvalidElement, InvalidParameter: no such parameter; PropertyNotWritable: the
+///         parameter is read-only; InvalidPropertyValue: the value is not a number.
 /// [any]
 OSStatus getParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                       Float32& out);
 OSStatus setParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                       Float32 value);
 
-/// The stored value of a parameter that the kind has.
+/// Returns  the stored value of a parameter. The unit kind must have the parameter.
 /// [any]
 Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitElement element);
 
-/// Store a value, for a parameter's setter.
+/// Store a parameter's value. For use in a parameter's setter.
 /// [any]
 void storeParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                     Float32 value);
 
-/// Count an element's parameters, or list at most `most` of their IDs. Both return how many; the count may
-/// change between two calls.
+/// Count the parameters of an element, or list at most `most` of their IDs. Both functions return the number
+/// of parameters, which may change between two calls.
 /// [any]
 UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element);
 UInt32 parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
                      AudioUnitParameterID* out, UInt32 most);
 
 /// Describe a parameter.
-/// Errors  InvalidParameter: no element of the scope has it.
+/// Errors  InvalidParameter: no element of the scope has the parameter.
 /// [any]
 OSStatus parameterInfo(const Unit& unit, AudioUnitParameterID id, AudioUnitScope scope,
                        AudioUnitParameterInfo& out);

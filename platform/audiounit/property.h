@@ -1,4 +1,4 @@
-// Properties: each kind of unit has a table, which is searched before the table that all units share.
+// Properties. Each unit kind has a property table, which is searched before the table that all units share.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -7,11 +7,13 @@ namespace kvxplatform::audiounit {
 
 enum class Access { readOnly, readWrite, writeOnly };
 
-/// When a property can be set, and with which locks its setter is called.
+/// When a property can be set, and which locks the caller of its setter holds.
 enum class Settable {
-    beforeInitialize, ///< both locks
-    always,           ///< settings
-    alwaysUnlocked,   ///< none: the setter takes them, or calls other units or the device
+    beforeInitialize, ///< only before the unit is initialised; the caller holds both locks
+    always,           ///< at any time; the caller holds the `settings` lock
+    /// At any time; the caller holds no lock. The setter takes the locks itself, or calls other units or the
+    /// device.
+    alwaysUnlocked,
 };
 
 constexpr UInt32 inGlobal = 1u << kAudioUnitScope_Global;
@@ -20,7 +22,8 @@ constexpr UInt32 inOutput = 1u << kAudioUnitScope_Output;
 constexpr UInt32 inAll = inGlobal | inInput | inOutput;
 
 constexpr AudioUnitElement anyElement = 0xFFFF'FFFF;
-constexpr AudioUnitElement anyNumber = 0xFFFF'FFFE; // the element names something else
+// Any element number is valid because the number selects something else, such as a parameter.
+constexpr AudioUnitElement anyNumber = 0xFFFF'FFFE;
 
 struct ElementAddress {
     AudioUnitScope scope;
@@ -29,25 +32,28 @@ struct ElementAddress {
 
 struct Property {
     AudioUnitPropertyID id;
-    UInt32 scopes;            ///< inGlobal and the like
-    AudioUnitElement element; ///< one; anyElement that the scope has; or anyNumber
-    UInt32 size;              ///< of the value, in bytes; 0: sizeOf returns it
+    UInt32 scopes; ///< scopes of the property: inGlobal, inInput and inOutput, combined
+    /// The valid elements: a single number; anyElement for each one that the scope has; or anyNumber.
+    AudioUnitElement element;
+    UInt32 size; ///< value size in bytes; 0 if sizeOf returns the size
     Access access;
     Settable settable;
 
-    /// Write the value to `data`. `size` is the capacity and may be reduced. Called with the settings lock.
+    /// Write the property's value to `data`. `size` is the capacity and may be reduced. The caller holds the
+    /// `settings` lock.
     /// [any]
     OSStatus (*get)(Unit&, ElementAddress, void* data, UInt32& size);
 
-    /// Set the value. Null `data` with `size` 0 removes the value of a removable property.
+    /// Set the property's value. Null `data` with `size` 0 removes the value of a removable property.
     /// [any]
     OSStatus (*set)(Unit&, ElementAddress, const void* data, UInt32 size);
 
-    UInt32 (*sizeOf)(Unit&, ElementAddress); ///< the largest size at present; called with the settings lock
+    /// Returns  the largest size that the value can have at present. The caller holds the `settings` lock.
+    UInt32 (*sizeOf)(Unit&, ElementAddress);
     bool isRemovable = false;
 };
 
-/// The value in memory of any alignment, for setters and getters.
+/// Read a value from memory of any alignment.
 template <class T>
 T valueAt(const void* data)
 {
@@ -56,7 +62,7 @@ T valueAt(const void* data)
     return value;
 }
 
-/// Write a value to memory of any alignment. Returns noErr, as a getter does.
+/// Write a value to memory of any alignment. Returns noErr, so that a getter can return the result.
 template <class T>
 OSStatus give(void* data, const T& value)
 {

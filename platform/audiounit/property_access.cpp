@@ -12,10 +12,10 @@ bool takesElement(const Unit& unit, const Property& row, ElementAddress address)
            (row.element == anyElement || row.element == address.element);
 }
 
-/// Find the row for a property at an element. A kind's rows for a property in a scope replace the common
-/// ones.
-/// Errors  InvalidProperty, InvalidScope, InvalidElement: no row for the property, for the scope, for the
-///         element.
+/// Find the table row for a property at an element. If the unit kind has rows for the property in a scope,
+/// they replace the common rows for that scope.
+/// Errors  InvalidProperty: no row has the property; InvalidScope: no row has it in the scope;
+///         InvalidElement: no row has it at the element.
 OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, const Property*& out)
 {
     OSStatus reason = kAudioUnitErr_InvalidProperty;
@@ -34,7 +34,7 @@ OSStatus find(const Unit& unit, AudioUnitPropertyID id, ElementAddress address, 
     return reason;
 }
 
-// Both are called with the settings lock.
+// The caller of sizeOf() and of checkSize() holds the `settings` lock.
 UInt32 sizeOf(Unit& unit, const Property& row, ElementAddress address)
 {
     return row.size ? row.size : row.sizeOf(unit, address);
@@ -44,7 +44,7 @@ OSStatus checkSize(Unit& unit, const Property& row, ElementAddress address, cons
 {
     if (!data && size == 0 && row.isRemovable) return noErr;
     if (!data) return kAudioUnitErr_InvalidPropertyValue;
-    // The setter checks a value of variable size.
+    // The setter itself checks the size of a value of variable size.
     return row.size == 0 || size == sizeOf(unit, row, address) ? noErr : kAudioUnitErr_InvalidPropertyValue;
 }
 

@@ -1,5 +1,5 @@
-// Reading and writing properties. The search through the tables checks what all properties have in common:
-// address, size, access, and whether the property can be set now.
+// Reading and writing properties. Before calling a getter or setter, these functions check what all
+// properties have in common: address, size, access, and whether the property can be set now.
 // All functions: [any].
 #pragma once
 

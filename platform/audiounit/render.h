@@ -1,25 +1,28 @@
-// One slice through a unit.
+// Rendering of one slice through a unit. A slice is the frames of one render call.
 #pragma once
 
 #include "platform/audiounit/unit.h"
 
 namespace kvxplatform::audiounit {
 
-/// Begin a slice, after entering the unit's scope. False: the unit is not initialised. A true result holds
-/// until the scope is left: uninitialising clears isInitialized, then waits for the scope.
+/// Begin a slice. The caller has entered the unit's render scope.
+/// Returns  false if the unit is not initialised. After true, the unit stays initialised until the caller
+///          leaves the scope, because uninitialize() clears isInitialized and then waits for the scope.
 /// [audio & rendering]
 bool beginSlice(Unit& unit);
 
-/// Render a slice of an output: AudioUnitRender without the handle.
+/// Render a slice of an output: AudioUnitRender for a unit instead of a handle.
 /// [audio]
 OSStatus render(Unit& unit, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time, UInt32 bus,
                 UInt32 frames, AudioBufferList* list);
 
-/// Point buffers without memory at the unit's own, and set the byte size of all.
+/// Point the buffers of `list` that have no memory at the unit's own memory, and set the byte size of all
+/// buffers.
 /// [any]
 void fillInMemory(AudioBufferList& list, pcm::Buffers& own, UInt32 frames);
 
-/// Whether a list has the buffers of a format, each without memory or with a capacity of `frames` frames.
+/// Whether a buffer list has the buffers of a format, and each buffer has no memory or a capacity of at least
+/// `frames` frames.
 /// [any]
 bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames);
 

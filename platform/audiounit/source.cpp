@@ -27,21 +27,22 @@ OSStatus outputFormat(const AudioUnitConnection& connection, AudioStreamBasicDes
     return noErr;
 }
 
-/// One pull of an input into a list, in as many calls of its source as the limits need.
+/// One pull of an input into a buffer list. The pull calls the input's source as often as the slice limits
+/// require.
 struct Pull {
     Unit& unit;
     const Source& source;
     UInt32 bus;
     AudioUnitRenderActionFlags& flags;
     const AudioBufferList& into;
-    UInt32 frameBytes; ///< in each of its buffers
+    UInt32 frameBytes; ///< bytes of a frame in each buffer of `into`
 
     std::byte* memory(UInt32 buffer, UInt32 frame) const
     {
         return static_cast<std::byte*>(into.mBuffers[buffer].mData) + std::size_t{frame} * frameBytes;
     }
 
-    // Frames [first, first + frames) of the list.
+    // Call the source for frames [first, first + frames) of `into`.
     OSStatus callSource(const AudioTimeStamp& time, UInt32 first, UInt32 frames) const
     {
         AudioBufferList& list = unit.input(bus).partialList.list();
@@ -58,7 +59,8 @@ struct Pull {
         return status;
     }
 
-    // A source may replace the pointers of the list, or write fewer frames than requested.
+    // Complete the frames in `into`. The source may have replaced the pointers of its buffer list, or written
+    // fewer frames than requested.
     void collect(const AudioBufferList& list, UInt32 first, UInt32 frames) const
     {
         for (UInt32 i = 0; i < into.mNumberBuffers; ++i) {

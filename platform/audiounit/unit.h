@@ -1,13 +1,13 @@
-// The records of an open audio unit.
+// The data of an open audio unit.
 //
-// Locks, in this order:
+// Locks, in the order in which they are taken:
 //
 // - `lifeCycle` is held while the unit is initialised, uninitialised, started, stopped or moved to another
-//   device. Its holder may wait for a slice to end, so a render thread never takes it.
+//   device. The holder may wait for a slice to end, so a render thread never takes this lock.
 //
-// - `settings` is held while a property is read or written, for a short time.
+// - `settings` is held for a short time while a property is read or written.
 //
-// A slice reads atomics, published records, and fields that do not change while the unit is initialised.
+// A slice reads atomics, published objects, and fields that do not change while the unit is initialised.
 #pragma once
 
 #include "platform/audiounit/unit_kind.h"
@@ -25,25 +25,33 @@
 
 namespace kvxplatform::audiounit {
 
-/// What an input pulls its frames from.
+/// The source of an input: a callback or another unit's output.
 struct Source {
-    AURenderCallbackStruct callback; ///< used when the connection names no unit
+    AURenderCallbackStruct callback; ///< callback that is used when the connection names no unit
     AudioUnitConnection connection;
 };
 
-/// One bus.
+/// An input or output bus, or the global element.
 struct Element {
-    AudioStreamBasicDescription format{}; ///< under the settings lock; does not change while initialised
-    std::atomic<UInt32> channels{0};      ///< of the format, for readers without a lock
-    Published<const Source> source;       ///< inputs only
-    pcm::Buffers buffers;                 ///< allocated by initialize [audio & rendering]
-    pcm::ListStorage partialList;         ///< inputs only: the list for a part of a slice [audio & rendering]
+    /// The stream format, guarded by the `settings` lock. Does not change while the unit is initialised.
+    AudioStreamBasicDescription format{};
+    /// The channel count of `format`, for readers without a lock.
+    std::atomic<UInt32> channels{0};
+    Published<const Source> source; ///< source of the bus; used by inputs only
+    /// The memory for a slice, allocated by initialize().
+    /// [audio & rendering]
+    pcm::Buffers buffers;
+    /// The buffer list for a part of a slice; used by inputs only.
+    /// [audio & rendering]
+    pcm::ListStorage partialList;
 };
 
 struct Scope {
-    std::unique_ptr<Element[]> elements; ///< as many as the limit, so that none ever moves
+    /// The elements: as many as the scope can have, so that a change of the count moves none.
+    std::unique_ptr<Element[]> elements;
     std::atomic<UInt32> count{0};
-    std::unique_ptr<std::atomic<Float32>[]> values; ///< [element * parameters of the scope + parameter]
+    /// The parameter values: values[element * parameters of the scope + parameter].
+    std::unique_ptr<std::atomic<Float32>[]> values;
 };
 
 struct Unit {
@@ -56,21 +64,22 @@ struct Unit {
 
     const UnitKind& kind;
     AudioUnit self = nullptr;
-    void* state = nullptr; ///< the kind's record
+    void* state = nullptr; ///< data of the unit kind, made by its open function
 
     std::mutex lifeCycle;
     std::mutex settings;
 
-    Scope scopes[3]; ///< global, input, output
+    Scope scopes[3]; ///< the global, the input and the output scope
 
-    std::atomic<UInt32> sliceLimit{1156}; ///< frames
+    std::atomic<UInt32> sliceLimit{1156}; ///< largest number of frames in a slice
     std::atomic<bool> isInitialized{false};
     std::atomic<bool> isResetPending{false};
-    std::atomic<bool> isBypassed{false}; ///< for kinds that have the property
+    std::atomic<bool> isBypassed{false}; ///< bypass switch of the unit kinds that have the bypass property
     std::atomic<OSStatus> lastRenderError{noErr};
-    std::atomic<bool> isStopping{false}; ///< stopped inside the present slice: sources are not called again
-    RenderScope scope;                   ///< of the slice in progress
-    Float64 hostTicksPerSecond = 0;      ///< does not change once open
+    /// Whether the unit was stopped inside the present slice, so that its sources are not called again.
+    std::atomic<bool> isStopping{false};
+    RenderScope scope;              ///< scope of the render call in progress
+    Float64 hostTicksPerSecond = 0; ///< set by open(), constant after it
 
     Scope& inputs() { return scopes[kAudioUnitScope_Input]; }
     Scope& outputs() { return scopes[kAudioUnitScope_Output]; }
@@ -80,7 +89,7 @@ struct Unit {
 
 constexpr UInt32 scopeCount = 3;
 
-/// Whether the unit has that element.
+/// Whether the unit has the element in the scope.
 /// [any]
 inline bool hasElement(const Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {

@@ -1,4 +1,4 @@
-// From the platform's handles to units.
+// Finds the unit that a platform handle names.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -6,10 +6,12 @@
 
 namespace kvxplatform::audiounit {
 
-/// The unit that a handle names. It is not freed while this object lives.
+/// A use of the unit that a handle names. The unit is not freed while this object lives.
 struct UnitUse {
     components::Instances::Use instance;
-    OSStatus status; ///< badComponentInstance: no such instance; badComponentSelector: not an audio unit
+    /// The status of the handle. badComponentInstance: no such instance; badComponentSelector: the instance
+    /// is not an audio unit.
+    OSStatus status;
 
     Unit& operator*() const { return *static_cast<Unit*>(instance->state); }
     Unit* operator->() const { return static_cast<Unit*>(instance->state); }
@@ -19,7 +21,8 @@ struct UnitUse {
 /// [any]
 UnitUse use(AudioUnit handle);
 
-/// Free the state of an instance; `use` recognises audio units by this function in their family.
+/// Free the state of a unit's component instance. use() recognises audio units by this function, which only
+/// the component family of audio units has.
 /// [any]
 void destroyUnit(void* unit);
 

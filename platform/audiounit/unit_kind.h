@@ -1,5 +1,5 @@
-// What a kind of unit is: a row of the table of units. A row spells out every column, with null for the
-// common behaviour.
+// A unit kind: a row of the table of units. A row spells out every column, with null for the common
+// behaviour.
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>
@@ -12,7 +12,7 @@ struct Unit;
 struct Property;
 struct Parameter;
 
-/// A table with its length; nullptr for an empty one.
+/// A table and its length; nullptr makes an empty table.
 template <class T>
 struct Rows {
     constexpr Rows(std::nullptr_t) {}
@@ -26,27 +26,28 @@ struct Rows {
     std::size_t count = 0;
 };
 
-/// How many elements (buses) a scope has, and between which limits a client may change their count.
+/// How many elements (buses) a scope has at first, and the limits between which a client may change that
+/// number.
 struct ElementCount {
     UInt32 initial, least, most;
 };
 
-/// One slice on its way through a unit.
+/// The arguments of one render call, passed from function to function.
 struct Slice {
     AudioUnitRenderActionFlags& flags;
     const AudioTimeStamp& time;
-    UInt32 bus; ///< of the output
+    UInt32 bus; ///< bus number of the output
     UInt32 frames;
     AudioBufferList& out;
 };
 
-/// Where a unit's inputs are pulled to.
+/// The memory that receives the pulled frames of a unit's inputs.
 enum class InputMemory {
-    ofBus,      ///< each input has memory for a slice
-    ofUnitKind, ///< the kind pulls into the slice or into its own memory
+    ofBus,      ///< each input has its own memory for a slice
+    ofUnitKind, ///< the unit kind pulls into the slice's output or into memory of its own
 };
 
-/// The columns of a row. Their types differ, so a row in another order does not compile.
+/// The columns of a row. All column types differ, so a row with columns in the wrong order does not compile.
 namespace column {
 
 template <class Name, class Signature>
@@ -68,7 +69,7 @@ struct Outputs {
     ElementCount count;
 };
 
-/// Whether an element may have a format. Null: canonicalFormat of any rate and channel count.
+/// Whether an element accepts a format. Null: it accepts canonicalFormat() of any rate and channel count.
 /// [any]
 using TakesFormat = Function<class TakesFormatName, bool(const Unit&, AudioUnitScope, AudioUnitElement,
                                                          const AudioStreamBasicDescription&)>;
@@ -77,19 +78,20 @@ using TakesFormat = Function<class TakesFormatName, bool(const Unit&, AudioUnitS
 /// [main]
 using Open = Function<class OpenName, OSStatus(Unit&)>;
 
-/// Stop the callers of the unit and wait for them. Called without a lock.
+/// Stop the threads that call the unit and wait for them. The caller holds no lock.
 /// [any]
 using Close = Function<class CloseName, void(Unit&)>;
 
-/// Free the state: no thread uses the unit any more.
+/// Free the unit's state. No thread uses the unit any more.
 /// [any]
 using Destroy = Function<class DestroyName, void(void* state)>;
 
-/// Allocate for the formats, which stay as they are until uninitialize. Called with both locks. May throw.
+/// Allocate memory for the formats, which do not change until uninitialize. The caller holds both locks. May
+/// throw.
 /// [main]
 using Initialize = Function<class InitializeName, OSStatus(Unit&)>;
 
-/// Undo initialize. Called with both locks, while no slice is rendered.
+/// Undo initialize. The caller holds both locks, and no slice is being rendered.
 /// [any]
 using Uninitialize = Function<class UninitializeName, void(Unit&)>;
 
@@ -101,12 +103,13 @@ using Reset = Function<class ResetName, void(Unit&)>;
 /// [audio & rendering]
 using Render = Function<class RenderName, OSStatus(Unit&, Slice&)>;
 
-/// Render a slice for a callback that the unit calls inside its own slice. Null: refused.
+/// Render a slice for a callback that the unit calls inside its own slice. Null: such a render call is
+/// refused.
 /// [audio & rendering]
 using RenderInside = Function<class RenderInsideName, OSStatus(Unit&, Slice&)>;
 
-/// Start or stop an output unit. Null: not an output unit. Called with the lifeCycle lock, or inside the
-/// unit's own slice.
+/// Start or stop an output unit. Null: the unit is not an output unit. The caller holds the `lifeCycle` lock
+/// or is inside the unit's own slice.
 /// [any]
 using Start = Function<class StartName, OSStatus(Unit&)>;
 using Stop = Function<class StopName, OSStatus(Unit&)>;
@@ -118,7 +121,7 @@ struct UnitKind {
     const char* name;
     column::Inputs inputs;
     column::Outputs outputs;
-    Rows<Property> properties; ///< searched before the common ones
+    Rows<Property> properties; ///< properties of the unit kind, searched before the common ones
     Rows<Parameter> parameters;
     InputMemory inputMemory;
     column::TakesFormat takesFormat;

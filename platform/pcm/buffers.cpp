@@ -9,7 +9,8 @@ namespace kvxplatform::pcm {
 
 void ListStorage::prepare(UInt32 buffers)
 {
-    // Some callbacks silence two buffers whatever the count: the second one exists and is empty.
+    // Some callbacks silence two buffers whatever the buffer count is, so the list always has a second, empty
+    // record.
     const std::size_t records = buffers < 2 ? 2 : buffers;
     const std::size_t size = offsetof(AudioBufferList, mBuffers) + records * sizeof(AudioBuffer);
     words_.assign((size + 7) / 8, 0);
@@ -22,7 +23,7 @@ void Buffers::prepare(const AudioStreamBasicDescription& format, UInt32 frames)
     const UInt32 count = buffersOf(format);
     const std::uint64_t wholeBytes = std::uint64_t{frames} * format.mBytesPerFrame;
     const std::uint64_t bytes = (wholeBytes + alignment - 1) / alignment * alignment;
-    // A list counts the bytes of a buffer in 32 bits.
+    // A buffer list stores the byte size of a buffer in 32 bits.
     const std::uint64_t most = static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max());
     if (bytes > std::numeric_limits<UInt32>::max() || bytes * count > most) throw std::bad_alloc();
 

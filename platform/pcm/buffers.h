@@ -1,5 +1,5 @@
 // Buffer lists with memory, allocated once and reused for every slice.
-// All functions: [any], one thread at a time; prepare allocates.
+// All functions: [any], one thread at a time. Only prepare() allocates.
 #pragma once
 
 #include "platform/pcm/stream_format.h"
@@ -10,10 +10,10 @@
 
 namespace kvxplatform::pcm {
 
-/// Memory for a buffer list, without samples.
+/// Memory for a buffer list without its samples.
 class ListStorage {
 public:
-    /// Allocate for `buffers` buffers, at least two. Throws std::bad_alloc.
+    /// Allocate a buffer list for `buffers` buffers, with space for at least two. Throws std::bad_alloc.
     void prepare(UInt32 buffers);
     AudioBufferList& list() { return *reinterpret_cast<AudioBufferList*>(words_.data()); }
 
@@ -23,11 +23,12 @@ private:
 
 class Buffers {
 public:
-    /// Allocate for slices of up to `frames` frames of `format`. Throws std::bad_alloc.
+    /// Allocate buffers for up to `frames` frames of `format`. Throws std::bad_alloc.
     void prepare(const AudioStreamBasicDescription& format, UInt32 frames);
     void release() { *this = Buffers(); }
 
-    /// A list of `frames` frames in the memory, samples unchanged. Valid until the next call.
+    /// Returns  a buffer list of `frames` frames that points at the allocated memory, with its samples
+    ///          unchanged. Valid until the next call.
     AudioBufferList& list(UInt32 frames);
 
     std::byte* memory(UInt32 buffer);
@@ -36,11 +37,11 @@ public:
 private:
     ListStorage storage_;
     std::vector<std::uint64_t> samples_;
-    std::size_t bufferBytes_ = 0; ///< of each buffer, a multiple of 16
+    std::size_t bufferBytes_ = 0; ///< size of each buffer in bytes, a multiple of 16
     UInt32 bufferCount_ = 0, bufferChannels_ = 0, frameBytes_ = 0;
 };
 
-/// Fill every buffer of a list with zero bytes.
+/// Fill every buffer of a buffer list with zero bytes.
 void clear(AudioBufferList& list);
 
 } // namespace kvxplatform::pcm

@@ -1,5 +1,5 @@
 // Channel maps: for each destination channel, the source channel that it plays.
-// All functions: [any]; they allocate.
+// All functions: [any]. They allocate.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -9,20 +9,21 @@
 
 namespace kvxplatform::pcm {
 
-/// map[destination channel] = source channel, counted from 0. A destination channel past the end of the map,
-/// and one whose source channel does not exist, is silent.
+/// map[destination channel] = source channel, counted from 0. A destination channel is silent if it lies past
+/// the end of the map or if its source channel does not exist.
 using ChannelMap = std::vector<SInt32>;
 
 constexpr SInt32 silentChannel = -1;
 
-/// The default map: channel n plays n, missing channels are silent, and a mono source plays on the first two.
+/// Returns  the default map: destination channel n plays source channel n, destination channels without a
+///          source channel are silent, and a mono source plays on the first two destination channels.
 ChannelMap foldedChannelMap(UInt32 sourceChannels, UInt32 destinationChannels);
 
-/// Channel n plays n.
+/// Returns  the map in which destination channel n plays source channel n.
 ChannelMap identityChannelMap(UInt32 channels);
 
-/// The map in a property's value, an array of SInt32. Empty if the size is not one of 1 to mostChannels
-/// entries, or an entry is below -1.
+/// Read a channel map from the value of a property, an array of SInt32.
+/// Returns  no value if the size is not that of 1 to mostChannels entries, or if an entry is less than -1.
 std::optional<ChannelMap> channelMapFrom(const void* data, UInt32 bytes);
 
 } // namespace kvxplatform::pcm

@@ -31,7 +31,7 @@ bool Conversion::prepare(const AudioStreamBasicDescription& source,
     auto converter = std::make_unique<RateConverter>();
     if (!converter->prepare(sourceRate_, destinationRate_, channels_, quality)) return false;
 
-    // The channel map applies on the side with fewer channels.
+    // The channel map is applied on the side with fewer channels.
     const ChannelMap identity = identityChannelMap(channels_);
     toFloats_.prepare(source, interleavedFormat(sourceRate_, channels_), narrows ? map : identity);
     fromFloats_.prepare(interleavedFormat(destinationRate_, channels_), destination,
@@ -109,7 +109,7 @@ Progress Conversion::convert(const AudioBufferList& in, UInt32 first, UInt32 fra
 UInt32 Conversion::drain(AudioBufferList& out, UInt32 firstOut, UInt32 capacity)
 {
     if (!rate_) return 0;
-    // One division of a product of whole numbers: exact below 2^53.
+    // A product of whole numbers, divided once, is exact below 2^53.
     const double total = static_cast<double>(framesIn_) * destinationRate_ / sourceRate_;
     auto length = static_cast<std::uint64_t>(total);
     if (static_cast<double>(length) < total) ++length;

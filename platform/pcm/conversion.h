@@ -1,7 +1,8 @@
-// Linear PCM of one format into another, of another sample rate too.
+// Conversion of linear PCM from one format to another, with a change of the sample rate where the formats
+// differ in rate.
 //
-// The first frame out has the time of the first frame in. n frames in give, after draining, n * rate out /
-// rate in frames, rounded up.
+// The first output frame has the time of the first input frame. After draining, n input frames have given n *
+// outputRate / inputRate output frames, rounded up.
 #pragma once
 
 #include "platform/pcm/format_converter.h"
@@ -13,13 +14,14 @@
 
 namespace kvxplatform::pcm {
 
-/// One thread at a time calls a conversion; no function but prepare allocates.
+/// A conversion. One thread at a time calls its functions; only prepare() allocates.
 class Conversion {
 public:
     using Quality = RateConverter::Quality;
 
-    /// Both formats are linear PCM. False: the rates are further apart than 1 to 256, or differ while both
-    /// sides have more than 128 channels. Throws std::bad_alloc.
+    /// Prepare to convert between two linear PCM formats. Throws std::bad_alloc.
+    /// Returns  false if the ratio of the rates is not within 1/256 to 256, or if the rates differ and both
+    ///          sides have more than 128 channels.
     bool prepare(const AudioStreamBasicDescription& source, const AudioStreamBasicDescription& destination,
                  const ChannelMap& map, Quality quality);
 
@@ -28,29 +30,31 @@ public:
 
     bool convertsRate() const { return rate_ != nullptr; }
 
-    /// How many more input frames `frames` more output frames need: at least 1.
+    /// Returns  how many more input frames the conversion needs for `frames` more output frames, at least 1.
     UInt32 framesFor(UInt32 frames) const;
 
     /// Convert frames [first, first + frames) of `in` into frames [firstOut, firstOut + capacity) of `out`,
-    /// until the input is used or the output is full. Reads and writes as FormatConverter::run.
+    /// until all input is used or the output is full. `in` and `out` have the shape that FormatConverter::run
+    /// states.
     Progress convert(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
                      UInt32 firstOut, UInt32 capacity);
 
-    /// After the last input: write up to `capacity` frames of the rest and return how many. Only reset or
-    /// another drain may follow.
+    /// Write up to `capacity` remaining output frames after the last input. Only reset() or another drain()
+    /// may follow.
+    /// Returns  the number of frames written.
     UInt32 drain(AudioBufferList& out, UInt32 firstOut, UInt32 capacity);
 
 private:
     bool readBlock(const AudioBufferList& in, UInt32 first, UInt32 frames);
     UInt32 writeBlock(AudioBufferList& out, UInt32 firstOut, UInt32 capacity);
 
-    FormatConverter direct_; ///< at the same rate
+    FormatConverter direct_; ///< converter for formats of equal rate
 
-    // At another rate: to floats, to the other rate, from floats.
+    // For formats of different rates: conversion to floats, to the other rate, then from floats.
     FormatConverter toFloats_, fromFloats_;
     std::unique_ptr<RateConverter> rate_;
-    UInt32 channels_ = 0;  ///< of the floats: the fewer of both sides
-    UInt32 lookAhead_ = 0; ///< of the filter, frames
+    UInt32 channels_ = 0;  ///< channels of the floats: the channel count of the side with fewer channels
+    UInt32 lookAhead_ = 0; ///< look-ahead of the filter in input frames
     Float64 sourceRate_ = 1, destinationRate_ = 1;
     std::vector<Float32> inBlock_, outBlock_;
     UInt32 unreadFrom_ = 0, unread_ = 0; ///< frames of inBlock_ that the filter has not used

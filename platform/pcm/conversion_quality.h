@@ -1,5 +1,5 @@
-// How a client selects the quality of a rate conversion: a complexity of the filter, and a number from 0 to
-// 127.
+// How a client selects the quality of a rate conversion: by the complexity of the filter and by a quality
+// number from 0 to 127.
 // All functions: [any].
 #pragma once
 
@@ -22,7 +22,8 @@ struct ConversionQuality {
                value == kAudioUnitSampleRateConverterComplexity_Mastering;
     }
 
-    /// The filter: 'line' selects the fastest and 'bats' the best; 'norm' selects by the number.
+    /// Returns  the filter. Complexity 'line' selects the fastest filter and 'bats' the best; with 'norm' the
+    ///          quality number selects the filter.
     RateConverter::Quality filter() const
     {
         using Quality = RateConverter::Quality;

@@ -6,7 +6,7 @@
 namespace kvxplatform::pcm {
 namespace {
 
-// ---- words ----
+// ---- machine words ----
 
 constexpr std::uint8_t swapped(std::uint8_t word) { return word; }
 constexpr std::uint16_t swapped(std::uint16_t word) { return __builtin_bswap16(word); }
@@ -54,7 +54,8 @@ auto copyOf(UInt32 bytes)
     }
 }
 
-/// Interleaved pairs of 32-bit words to two buffers, and back, in loops that the compiler vectorises.
+/// Split interleaved pairs of 32-bit samples into two buffers, or join two buffers into pairs. The compiler
+/// vectorises these loops.
 void splitPairs(const std::uint8_t* from, std::uint8_t* left, std::uint8_t* right, UInt32 frames)
 {
     for (std::size_t i = 0; i < frames; ++i) {
@@ -74,9 +75,9 @@ void joinPairs(const std::uint8_t* left, const std::uint8_t* right, std::uint8_t
     }
 }
 
-// ---- layouts ----
+// ---- sample layouts ----
 
-/// Whether two layouts are equal but for the byte order.
+/// Whether two sample layouts differ at most in the byte order.
 bool isSameKind(const SampleLayout& a, const SampleLayout& b)
 {
     if (a.isFloat != b.isFloat || a.bytes != b.bytes || a.bits != b.bits) return false;
@@ -173,8 +174,9 @@ void FormatConverter::runChannel(const std::uint8_t* source, std::uint8_t* targe
     const std::size_t fromStride = from_.mBytesPerFrame, toStride = to_.mBytesPerFrame;
     if (copyWords_) return copyWords_(source, fromStride, target, toStride, frames);
 
-    // read does not modify its samples, and write does not modify its numbers. A side of native 32-bit floats
-    // serves as the numbers of the other side.
+    // `read` does not modify the samples, and `write` does not modify the numbers, so both casts are safe. If
+    // one side has native 32-bit floats, its samples serve as the numbers that the other side is converted
+    // from or to.
     auto* const readable = const_cast<std::uint8_t*>(source);
     const bool isFromNative = isNative(fromLayout_, 4), isToNative = isNative(toLayout_, 4);
     if (isToNative && toStride % sizeof(Float32) == 0)

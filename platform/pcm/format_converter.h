@@ -1,8 +1,8 @@
-// Linear PCM of one format into another of the same rate: sample layout, interleaving, channels.
+// Conversion of linear PCM between formats of equal rate: sample layout, interleaving, channels.
 //
-// Samples of the same kind and width are copied as words: a not-a-number keeps its bits, and a 32-bit integer
-// all of its bits. Others are converted through 64-bit floats: an integer rounds to the nearest, ties to
-// even, and clips at full scale; a not-a-number becomes 0.
+// Samples of the same type and width are copied as machine words, so a not-a-number keeps its bits and a
+// 32-bit integer loses none. Other samples are converted through floats: an integer is rounded to the nearest
+// value, ties to even, and clips at full scale; a not-a-number becomes 0.
 #pragma once
 
 #include "platform/pcm/channel_map.h"
@@ -12,16 +12,16 @@
 
 namespace kvxplatform::pcm {
 
-/// No function but prepare allocates.
+/// A converter between two formats. Only prepare() allocates.
 class FormatConverter {
 public:
-    /// Both formats are linear PCM. Throws std::bad_alloc.
+    /// Prepare to convert between two linear PCM formats. Throws std::bad_alloc.
     void prepare(const AudioStreamBasicDescription& source, const AudioStreamBasicDescription& destination,
                  const ChannelMap& map);
 
     /// Convert frames [first, first + frames) of `in` into [firstOut, firstOut + frames) of `out`.
     /// Shape    as many buffers as the formats have. Frames of `in` past mDataByteSize, and buffers of `in`
-    ///          without memory, are silence. The buffers of `out` have the capacity.
+    ///          without memory, count as silence. The buffers of `out` must have memory for the frames.
     /// [any]
     void run(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
              UInt32 firstOut) const;
@@ -36,13 +36,14 @@ private:
     bool runAllChannels(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
                         UInt32 firstOut) const;
 
-    enum class AllChannels { none, copy, splitPair, joinPair }; // ways to convert all channels in one pass
+    // The ways to convert all channels in one pass.
+    enum class AllChannels { none, copy, splitPair, joinPair };
 
     AudioStreamBasicDescription from_{}, to_{};
     SampleLayout fromLayout_{}, toLayout_{};
-    ChannelMap map_; ///< one entry for each destination channel
+    ChannelMap map_; ///< map with one entry for each destination channel
     AllChannels allChannels_ = AllChannels::none;
-    CopyWords copyWords_ = nullptr; ///< null: samples are converted through numbers
+    CopyWords copyWords_ = nullptr; ///< copy function; null if samples are converted through numbers
     std::array<std::uint8_t, 8> silentSample_{};
 };
 

@@ -6,26 +6,26 @@
 
 namespace kvxplatform::pcm {
 
-/// A linear factor that ramps to each new value over `rampFrames` frames, so that no setting clicks. The ramp
-/// does not depend on how the frames are divided into slices.
+/// A linear factor that ramps to each new value over `rampFrames` frames, so that no change clicks. The ramp
+/// is independent of the division of the frames into slices.
 struct Gain {
     static constexpr UInt32 rampFrames = 512;
 
     Float32 from, to;
-    UInt32 framesLeft = 0; ///< of the ramp, before the first frame of the slice
+    UInt32 framesLeft = 0; ///< frames of the ramp that are left at the first frame of the slice
 
-    /// The factor for a frame of the slice, from 0; exactly `to` after the ramp.
+    /// Returns  the factor for a frame of the slice, counted from 0; exactly `to` after the end of the ramp.
     Float32 at(UInt32 frame) const { return after(frame + 1); }
     bool isUnity() const { return to == 1 && framesLeft == 0; }
     bool isSilence() const { return to == 0 && framesLeft == 0; }
 
-    /// Start a ramp from the present value, unless the target is the same.
+    /// Start a ramp from the present factor to `target`, unless the target is unchanged.
     void rampTo(Float32 target)
     {
         if (target != to) *this = {after(0), target, rampFrames};
     }
 
-    /// End a slice of `frames` frames.
+    /// Advance the ramp past a slice of `frames` frames.
     void advance(UInt32 frames) { framesLeft -= frames < framesLeft ? frames : framesLeft; }
 
 private:

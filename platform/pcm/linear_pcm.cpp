@@ -7,9 +7,10 @@
 namespace kvxplatform::pcm {
 namespace {
 
-constexpr UInt32 fractionBits = kLinearPCMFormatFlagsSampleFractionMask; // of a fixed-point format
+// Mask of the format flags that hold the number of fraction bits of a fixed-point format.
+constexpr UInt32 fractionBits = kLinearPCMFormatFlagsSampleFractionMask;
 
-/// Call `run` for each channel of frames [first, first + frames).
+/// Call `run` for each channel of frames [first, first + frames) of a buffer list.
 void eachChannel(const AudioStreamBasicDescription& format, const AudioBufferList& list, UInt32 first,
                  UInt32 frames, Float32* numbers, const SampleLayout& layout, SampleCoding<Float32>::Run run)
 {
@@ -44,7 +45,7 @@ void encode(const AudioStreamBasicDescription& format, const Float32* in, UInt32
             AudioBufferList& list, UInt32 first)
 {
     const SampleLayout layout = layoutOf(format);
-    // write does not modify the floats.
+    // `write` does not modify the floats, so the cast is safe.
     eachChannel(format, list, first, frames, const_cast<Float32*>(in), layout,
                 codingOf<Float32>(layout)->write);
 }

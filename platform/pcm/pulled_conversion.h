@@ -1,4 +1,5 @@
-// A conversion whose input is pulled: unconverted input first, then more input, then the tail.
+// A conversion that pulls its input: it uses the unconverted input first, then further input, then the tail
+// of the filter.
 #pragma once
 
 #include "platform/pcm/buffers.h"
@@ -9,13 +10,14 @@
 
 namespace kvxplatform::pcm {
 
-/// Input that was pulled last.
+/// The input of the last pull.
 struct PulledInput {
-    ListStorage storage;         ///< its list points at memory of the source, valid until the next pull
-    UInt32 first = 0, count = 0; ///< its unconverted frames
+    /// The buffer list of the input. It points at memory of the source, valid until the next pull.
+    ListStorage storage;
+    UInt32 first = 0, count = 0; ///< range of the unconverted input frames
     bool hasEnded = false;       ///< the source has no further input
 
-    /// Discard the input.
+    /// Discard the unconverted input and expect further input.
     void reset()
     {
         count = 0;
@@ -25,8 +27,8 @@ struct PulledInput {
 
 /// Convert until `out` holds `frames` frames, the input has ended, or `pull` fails.
 ///
-/// Shape    `pull(count)` replaces `input` by about `count` frames, or sets hasEnded, and returns a status.
-///          It starts at `made` frames of `out` and counts `made` up.
+/// Shape    `pull(count)` replaces `input` by about `count` frames or sets hasEnded, and returns a status.
+///          Output begins at frame `made` of `out`; the function advances `made`.
 /// Returns  the status of the last pull.
 /// Neither allocates nor locks, apart from `pull`.
 /// [any]
@@ -52,8 +54,8 @@ OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferLi
     return status;
 }
 
-/// The frames that every buffer of `list` can hold. Empty if its buffers and channels are not those of
-/// `format`, or a buffer has no memory.
+/// Returns  the number of frames that every buffer of `list` can hold. No value if the buffer or channel
+///          counts are not those of `format`, or if a buffer has no memory.
 /// [any]
 inline std::optional<UInt32> capacityOf(const AudioStreamBasicDescription& format,
                                         const AudioBufferList& list)

@@ -12,9 +12,9 @@ struct RateConverter::State {
     ~State() { src_delete(converter); }
 
     SRC_STATE* converter = nullptr;
-    double ratio = 1; ///< frames out per frame in
+    double ratio = 1; ///< output frames per input frame
     UInt32 channels = 0;
-    const Float32* unread = nullptr; ///< input that the library has not used yet
+    const Float32* unread = nullptr; ///< input that the resampling library has not used yet
     UInt32 unreadFrames = 0;
 };
 
@@ -23,13 +23,13 @@ RateConverter::~RateConverter() = default;
 
 namespace {
 
-/// A filter of the library.
+/// A filter of the resampling library.
 struct Filter {
     int kind;
-    double halfFrames; ///< half its length, at the lower of the two rates
+    double halfFrames; ///< half the filter's length, in frames of the lower of the two rates
 };
 
-// In the order of Quality.
+// One filter for each value of Quality, in the same order.
 constexpr Filter filters[] = {
     {SRC_SINC_FASTEST, 2466.0 / 128},
     {SRC_SINC_MEDIUM_QUALITY, 22440.0 / 491},
@@ -57,14 +57,16 @@ bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality q
 UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
 {
     const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
-    return static_cast<UInt32>(half + 0.5) + 2; // the library rounds, and needs more than that plus one
+    // The resampling library rounds `half` and looks at least one frame further.
+    return static_cast<UInt32>(half + 0.5) + 2;
 }
 
 void RateConverter::setRatio(double ratio)
 {
     if (ratio == state_->ratio) return;
     state_->ratio = ratio;
-    src_set_ratio(state_->converter, ratio); // otherwise the library ramps to the ratio over a call
+    // Without this call, the resampling library would ramp to the new ratio.
+    src_set_ratio(state_->converter, ratio);
 }
 
 void RateConverter::reset()
@@ -83,7 +85,8 @@ Progress RateConverter::process(const Float32* in, UInt32 frames, Float32* out, 
     work.data_out = out ? out : &noOutput;
     work.output_frames = static_cast<long>(capacity);
     work.src_ratio = state_->ratio;
-    src_process(state_->converter, &work); // cannot fail: the ratio is valid and the buffers do not overlap
+    // Cannot fail, because the ratio is valid and the buffers do not overlap.
+    src_process(state_->converter, &work);
     return {static_cast<UInt32>(work.input_frames_used), static_cast<UInt32>(work.output_frames_gen)};
 }
 

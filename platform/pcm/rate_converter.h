@@ -1,6 +1,6 @@
 // Conversion of interleaved floats from one sample rate to another.
 //
-// The first frame out has the time of the first frame in: the filter looks ahead and does not delay.
+// The first output frame has the time of the first input frame: the filter looks ahead and does not delay.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -9,20 +9,20 @@
 
 namespace kvxplatform::pcm {
 
-/// How far a conversion went.
+/// The number of frames that a call of a conversion used and made.
 struct Progress {
-    UInt32 used; ///< input frames
-    UInt32 made; ///< output frames
+    UInt32 used; ///< number of input frames used
+    UInt32 made; ///< number of output frames made
 };
 
-/// One thread at a time calls a converter; no function but prepare allocates.
+/// A rate converter. One thread at a time calls its functions; only prepare() allocates.
 class RateConverter {
 public:
     enum class Quality { fast, normal, best };
 
-    /// A source of input for convert.
+    /// A source from which convert() pulls input.
     struct Input {
-        /// Return `frames` more frames, [frame * channels + channel], valid until the next call.
+        /// Return the next `frames` frames as [frame * channels + channel], valid until the next call.
         const Float32* (*pull)(void* context, UInt32 frames);
         void* context;
     };
@@ -34,24 +34,26 @@ public:
     /// Whether the ratio of two positive rates is within 1/256 to 256.
     static bool takes(Float64 from, Float64 to);
 
-    /// False for a ratio that is not taken, and for no or more than 128 channels. Throws std::bad_alloc.
+    /// Prepare to convert between two rates. Throws std::bad_alloc.
+    /// Returns  false if takes(from, to) is false, or if `channels` is 0 or more than 128.
     bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
 
-    /// Set the ratio, frames out per frame in, of the next frames out; 1/256 to 256. A small step is
-    /// inaudible.
+    /// Set the ratio of the following output frames, as output frames per input frame, 1/256 to 256. A small
+    /// step of the ratio is inaudible.
     void setRatio(double ratio);
 
     /// Clear the filter and the unread input.
     void reset();
 
-    /// How many input frames past its own time a frame of output needs.
+    /// Returns  the filter's look-ahead: how many input frames after the time of an output frame that frame
+    ///          depends on.
     static UInt32 lookAhead(Float64 from, Float64 to, Quality quality);
 
-    /// Convert until the input is used or the output is full. Not to be mixed with convert.
+    /// Convert until all input is used or the output is full. Do not mix calls of process() and convert().
     /// Shape    in, out[frame * channels + channel]; null with 0 frames.
     Progress process(const Float32* in, UInt32 frames, Float32* out, UInt32 capacity);
 
-    /// Write `frames` frames of output, with input pulled in at most `largestPull` frames per call.
+    /// Write `frames` frames of output. Input is pulled in calls of at most `largestPull` frames.
     void convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input);
 
 private:

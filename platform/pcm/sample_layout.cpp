@@ -32,7 +32,7 @@ To bitsAs(From from)
     return to;
 }
 
-/// Read or write the number of a frame, at any alignment.
+/// Read or write the number that belongs to frame `i` of a span, at any alignment.
 template <class Real>
 Real numberAt(const ChannelSpan<Real>& span, UInt32 i)
 {
@@ -46,14 +46,14 @@ void setNumber(const ChannelSpan<Real>& span, UInt32 i, Real number)
     std::memcpy(span.numbers + i * span.numberStride, &number, sizeof number);
 }
 
-/// The nearest integer to a value in the range of 32 bits: adding the constant moves the fraction out of a
-/// double's mantissa, rounded in the processor's rounding mode.
+/// Round a value in the range of 32 bits to an integer. Adding the constant shifts the fraction out of the
+/// double's mantissa, so the processor's rounding mode applies.
 std::int32_t nearest(double value)
 {
     return static_cast<std::int32_t>(bitsAs<std::uint64_t>(value + 6755399441055744.0));
 }
 
-/// An integer sample as the top bits of a 32-bit word.
+/// Conversion of an integer sample, held in the top bits of a 32-bit number.
 struct Integer {
     explicit Integer(const SampleLayout& layout)
         : bits(layout.bits), shift(layout.isHigh ? 32 - 8 * layout.bytes : 32 - layout.bits),
@@ -116,7 +116,7 @@ void writeReals(const ChannelSpan<Real>& span, const SampleLayout&)
                                          bitsAs<Bits>(static_cast<Stored>(numberAt(span, i))));
 }
 
-/// A layout and its coding.
+/// A sample layout and the functions that read and write it.
 template <class Real>
 struct Row {
     bool isFloat;

@@ -9,40 +9,42 @@
 
 namespace kvxplatform::pcm {
 
-/// One sample in its container.
+/// The layout of one sample in its container.
 struct SampleLayout {
-    UInt32 bytes; ///< of the container
-    UInt32 bits;  ///< of the sample
+    UInt32 bytes; ///< size of the container
+    UInt32 bits;  ///< width of the sample
     bool isFloat, isBigEndian, isSigned;
-    bool isHigh; ///< the sample has the highest bits of the container
+    bool isHigh; ///< true if the sample occupies the highest bits of the container
 };
 
 SampleLayout layoutOf(const AudioStreamBasicDescription& format);
 
-/// One channel of a list, and the numbers that its samples are read to or written from. Neither needs
-/// alignment.
+/// One channel of a buffer list, and the numbers that are read from or written to its samples. Neither
+/// pointer needs alignment.
 template <class Real>
 struct ChannelSpan {
     std::uint8_t* samples;
-    std::size_t sampleStride; ///< bytes
+    std::size_t sampleStride; ///< distance between two samples in bytes
     Real* numbers;
-    std::size_t numberStride; ///< numbers
+    std::size_t numberStride; ///< distance between two numbers, counted in numbers
     UInt32 frames;
 };
 
-/// How samples of a layout are read as numbers and written from them. Integers up to 32 bits are exact as
-/// Float64, up to 24 bits as Float32.
+/// The functions that read samples of a layout as numbers and write numbers as samples. Float64 represents
+/// integers of up to 32 bits exactly, Float32 those of up to 24 bits.
 template <class Real>
 struct SampleCoding {
     using Run = void (*)(const ChannelSpan<Real>&, const SampleLayout&);
     Run read, write;
 };
 
-/// Null for a layout that linear PCM does not have. Real is Float32 or Float64.
+/// Returns  the coding of a sample layout; null if linear PCM does not have that layout. Real is Float32 or
+///          Float64.
 template <class Real>
 const SampleCoding<Real>* codingOf(const SampleLayout& layout);
 
-/// The address of a channel's sample in frame `frame` of a list; null where its buffer has no memory.
+/// Returns  the address of a channel's sample in frame `frame` of a buffer list; null if its buffer has no
+///          memory.
 inline std::uint8_t* sampleAt(const AudioStreamBasicDescription& format, const AudioBufferList& list,
                               UInt32 channel, UInt32 frame)
 {

@@ -1,4 +1,4 @@
-// The border of the platform's C functions: no C++ exception crosses it.
+// The border between the platform's C functions and their callers: no C++ exception crosses it.
 #pragma once
 
 #include <new>
@@ -6,9 +6,9 @@
 
 namespace kvxplatform {
 
-/// Run the body of a C function.
+/// Run `body`, the body of a C function, and convert an exception into a result.
 /// Returns  the result of `body`; `outOfMemory` after std::bad_alloc; `outOfResources` after any other
-///          exception (no thread, no lock).
+///          exception (the system has no thread or lock left).
 /// [any]
 template <class Body>
 std::invoke_result_t<Body> withinBorder(std::invoke_result_t<Body> outOfMemory,
@@ -21,7 +21,7 @@ try {
     return outOfResources;
 }
 
-/// Run the body of a C function that has one result for all exceptions.
+/// Run `body`, the body of a C function, and return `failure` after any exception.
 /// [any]
 template <class Body>
 std::invoke_result_t<Body> withinBorder(std::invoke_result_t<Body> failure, Body body) noexcept

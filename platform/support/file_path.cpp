@@ -15,7 +15,7 @@
 namespace kvxplatform {
 namespace {
 
-/// Call `visit` with each component between slashes, in order.
+/// Call `visit` with each path component (the text between two slashes), from left to right.
 template <class Visit>
 void eachComponent(std::string_view path, Visit visit)
 {
@@ -26,7 +26,7 @@ void eachComponent(std::string_view path, Visit visit)
     }
 }
 
-// A dangling link exists, and so does an item in a folder without search permission.
+// A dangling symbolic link counts as existing, and so does an item in a folder without search permission.
 bool exists(const std::string& path)
 {
     struct stat ignored;
@@ -39,7 +39,8 @@ std::string currentFolder()
     return folder ? folder.get() : "";
 }
 
-/// The path of a folder's item by its stored name; by the given name if there is no such item.
+/// Returns  the path of a folder's item by the name that the disk stores; by the given name if there is no
+///          such item.
 std::string componentOnDisk(const std::string& folder, std::string_view name)
 {
     const std::string given = folder + '/' + std::string(name);

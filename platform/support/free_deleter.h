@@ -1,4 +1,4 @@
-// Ownership of memory from the C library's allocator.
+// Ownership of memory that the C library allocated.
 #pragma once
 
 #include <cstdlib>
@@ -10,7 +10,7 @@ struct FreeDeleter {
     void operator()(void* memory) const { std::free(memory); }
 };
 
-/// Freed with free().
+/// An owning pointer that frees its memory with free().
 template <class T>
 using Freed = std::unique_ptr<T, FreeDeleter>;
 

@@ -1,7 +1,8 @@
-// Handles that stay invalid after their object is closed: numbers made of a kind, a slot and the slot's
-// generation. A slot whose generations are used up is never used again.
+// Handles that stay invalid after their object is closed. A handle is a number made of the kind of object, a
+// slot of the table and that slot's generation. A slot that has used all of its generations is retired.
 //
-// A use keeps its object alive. A close makes the handle invalid at once; the end of the last use frees it.
+// A use (a `Use` object) keeps the object of a handle alive. Closing makes the handle invalid at once; the
+// end of the last use frees the object.
 #pragma once
 
 #include <atomic>
@@ -12,9 +13,10 @@
 
 namespace kvxplatform {
 
-using HandleNumber = std::uint32_t; ///< 0 names no object
+using HandleNumber = std::uint32_t; ///< number of a handle; 0 names no object
 
-/// The number in a handle, which is a pointer type without an address; 0 if the value cannot be a number.
+/// Returns  the number in a handle, which is a pointer type that holds no address; 0 if the value is too
+///          large for a number.
 /// [any]
 template <class T>
 HandleNumber numberOf(T* handle)
@@ -31,8 +33,8 @@ Handle handleOf(HandleNumber number)
     return reinterpret_cast<Handle>(static_cast<std::uintptr_t>(number));
 }
 
-/// Up to 4,096 objects at a time. `kind` (1 to 3) distinguishes the handles of different tables; a slot
-/// serves 2^generationBits - 1 objects.
+/// A table of up to 4,096 objects at a time. `kind` (1 to 3) distinguishes the handles of different tables. A
+/// slot serves 2^generationBits - 1 objects, one after another.
 template <class T, std::uint32_t kind, unsigned generationBits = 18>
 class HandleTable {
     static_assert(kind >= 1 && kind <= 3 && generationBits <= 18, "a handle has 32 bits");
@@ -41,7 +43,7 @@ class HandleTable {
 public:
     static constexpr std::uint32_t capacity = 1 << 12;
 
-    /// The object of a handle, kept alive; empty for an invalid handle.
+    /// A use: the object of a handle, kept alive while the use exists. Empty for an invalid handle.
     class Use {
     public:
         Use() = default;
@@ -67,11 +69,13 @@ public:
     HandleTable()
     {
         slots_.reserve(capacity);
-        freeSlots_.reserve(capacity); // release() never allocates
+        freeSlots_.reserve(capacity); // reserved, so that release() never allocates
     }
 
-    /// Add an object. `prepare(object, handle)` completes it, and the handle is valid while it runs.
-    /// Returns  the handle; 0 if the table is full or `prepare` returns false, and the object is freed then.
+    /// Add an object. `prepare(object, handle)` completes the object; the handle is already valid during that
+    /// call.
+    /// Returns  the handle; 0 if the table is full or `prepare` returns false, and the object is freed in
+    ///          that case.
     /// [any]
     template <class Prepare>
     HandleNumber add(std::unique_ptr<T> object, Prepare prepare)
@@ -81,14 +85,15 @@ public:
         slot->object = std::move(object);
         const std::uint32_t generation = generationOf(slot->word.load(std::memory_order_relaxed));
         const HandleNumber handle = generation << 14 | slot->index << 2 | kind;
-        slot->word.store(word(generation, isOpen, 1), std::memory_order_release); // one use: this call
+        // This call counts as one use.
+        slot->word.store(word(generation, isOpen, 1), std::memory_order_release);
         const Use opening(this, slot);
         Rollback step{*slot};
         step.isKept = prepare(*slot->object, handle);
         return step.isKept ? handle : 0;
     }
 
-    /// Returns  the object of a handle. Neither locks nor allocates.
+    /// Returns  a use of the handle's object; empty for an invalid handle. Neither locks nor allocates.
     /// [any]
     Use use(HandleNumber handle)
     {
@@ -102,8 +107,8 @@ public:
         return Use(this, slot);
     }
 
-    /// Start the close of an object. The handle stays valid until endClose: the object can still be used.
-    /// Returns  empty for an invalid handle or an object that is closing already.
+    /// Start closing an object. Until endClose(), the handle stays valid and the object can still be used.
+    /// Returns  a use of the object; empty for an invalid handle or an object that is already closing.
     /// [any]
     Use beginClose(HandleNumber handle)
     {
@@ -117,12 +122,14 @@ public:
         return Use(this, slot);
     }
 
-    /// Make the handle invalid. The end of the last use, perhaps this one, frees the object.
+    /// Make the handle of a closing object invalid. The end of the object's last use, which may be `use`,
+    /// frees the object.
     /// [any]
     void endClose(Use use) { use.slot_->word.fetch_and(~isOpen, std::memory_order_acq_rel); }
 
 private:
-    // A slot's word: the generation in the upper half; two flags and the number of uses in the lower half.
+    // The state of a slot in one 64-bit number: the generation in the upper half, two flags and the number of
+    // uses in the lower half.
     static constexpr std::uint64_t isOpen = 1u << 31;
     static constexpr std::uint64_t isClosing = 1u << 30;
     static constexpr std::uint64_t usesMask = isClosing - 1;
@@ -134,7 +141,7 @@ private:
         std::unique_ptr<T> object;
     };
 
-    /// Makes the handle of a slot invalid again unless the object is kept.
+    /// Makes the handle of a slot invalid again on destruction, unless isKept is true.
     struct Rollback {
         Slot& slot;
         bool isKept = false;
@@ -163,7 +170,8 @@ private:
         Slot* slot = nullptr;
         if (!freeSlots_.empty() && (freeSlots_.size() > 64 || slots_.size() == capacity)) {
             slot =
-                freeSlots_.front(); // the longest unused: its handles are the least likely to be in use still
+                // Slot unused for the longest time: clients are least likely to hold its handles.
+                freeSlots_.front();
             freeSlots_.erase(freeSlots_.begin());
         } else if (slots_.size() < capacity) {
             slots_.push_back(std::make_unique<Slot>());
@@ -181,7 +189,7 @@ private:
     {
         const std::uint64_t before = slot.word.fetch_sub(1, std::memory_order_acq_rel);
         if ((before & usesMask) != 1 || before & isOpen) return;
-        // Closed and the last use: no thread can find the slot any more.
+        // The handle is closed and the last use has ended, so no other thread can find the slot.
         slot.object.reset();
         const std::uint32_t next = generationOf(before) + 1;
         slot.word.store(word(next, 0, 0), std::memory_order_release);
@@ -190,7 +198,8 @@ private:
         freeSlots_.push_back(&slot);
     }
 
-    std::mutex lock_; ///< guards the two lists; slots never move
+    /// The lock of slots_ and freeSlots_. Slots never move, so readers of a slot need no lock.
+    std::mutex lock_;
     std::vector<std::unique_ptr<Slot>> slots_;
     std::vector<Slot*> freeSlots_;
     std::atomic<std::uint32_t> slotCount_{0};

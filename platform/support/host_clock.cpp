@@ -7,7 +7,7 @@
 namespace kvxplatform::hostclock {
 namespace {
 
-// A 32-bit time_t cannot hold every 64-bit moment, so a long sleep is made of several.
+// A 32-bit time_t cannot hold every 64-bit moment, so a long sleep consists of several shorter ones.
 constexpr std::uint64_t longestSleep = 1000000 * nanosecondsPerSecond;
 
 timespec timespecOf(std::uint64_t moment)

@@ -1,4 +1,5 @@
-// The host clock: nanoseconds since the machine started. Host time, UpTime and ticks all read it.
+// The host clock: nanoseconds since the machine started. The platform's host time, its UpTime function and
+// its ticks all read this clock.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +8,12 @@ namespace kvxplatform::hostclock {
 
 constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
 
-/// Never goes back. Neither allocates nor blocks.
+/// Returns  the present time in nanoseconds, which never goes back. Neither allocates nor blocks.
 /// [any]
 std::uint64_t now();
 
-/// Block the calling thread until `moment`. Returns at once if it has passed; signals do not end the wait.
+/// Block the calling thread until the host clock reaches `moment`. Returns at once if that moment has passed.
+/// Signals do not end the wait.
 /// [any but audio]
 void sleepUntil(std::uint64_t moment);
 

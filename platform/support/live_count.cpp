@@ -8,8 +8,9 @@
 namespace kvxplatform {
 
 namespace {
-const LiveCount* first = nullptr; // the list is complete after the library is loaded
-}
+// First node of the linked list of counters, which is complete once the library is loaded.
+const LiveCount* first = nullptr;
+} // namespace
 
 LiveCount::LiveCount(const char* kind) : kind_(kind), next_(first) { first = this; }
 
@@ -24,7 +25,7 @@ uint32_t KVXPlatformGetLiveCounts(KVXLiveCount* rows, uint32_t capacity)
         if (rows && kinds < capacity) rows[kinds] = {each->kind(), count};
         ++kinds;
     }
-    // By name: the order of the list depends on the order of linking.
+    // Sorted by name, because the order of the linked list depends on the order of linking.
     if (rows)
         std::sort(rows, rows + std::min(kinds, capacity), [](const KVXLiveCount& a, const KVXLiveCount& b) {
             return std::strcmp(a.kind, b.kind) < 0;

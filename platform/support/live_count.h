@@ -6,11 +6,12 @@
 
 namespace kvxplatform {
 
-/// One static object for each kind, in the source file that makes and destroys its objects.
+/// A counter of live objects. Each kind has one static counter, in the source file that makes and destroys
+/// the objects of that kind.
 /// [any]
 class LiveCount {
 public:
-    /// `kind` must outlive the program.
+    /// Register a counter. `kind`, the name in leak reports, must stay valid until the process ends.
     explicit LiveCount(const char* kind);
 
     void add() { count_.fetch_add(1, std::memory_order_relaxed); }

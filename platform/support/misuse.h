@@ -1,4 +1,4 @@
-// The end of the process after a call with invalid arguments that cannot report an error.
+// The end of the process after a call with invalid arguments to a function that cannot report an error.
 #pragma once
 
 #include <cstdio>
@@ -6,7 +6,8 @@
 
 namespace kvxplatform {
 
-/// Print a line and abort. `text` names the function and the argument: "CFRelease was given NULL".
+/// Print `text` as a line on standard error and abort. The text names the function and the argument:
+/// "CFRelease was given NULL".
 /// [any]
 [[noreturn]] inline void endForMisuse(const char* text)
 {

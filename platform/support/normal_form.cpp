@@ -10,7 +10,7 @@
 namespace kvxplatform {
 namespace {
 
-constexpr int common = UTF8PROC_STABLE; // the same result in later versions of Unicode
+constexpr int common = UTF8PROC_STABLE; // stable option: later versions of Unicode give the same result
 
 constexpr int optionsOfForm[] = {
     common | UTF8PROC_DECOMPOSE,                   // D

@@ -1,4 +1,4 @@
-// The normal forms of Unicode for UTF-8 text. All functions: [any].
+// The Unicode normal forms of UTF-8 text. All functions: [any].
 #pragma once
 
 #include <CoreFoundation/CFString.h>
@@ -9,11 +9,11 @@
 
 namespace kvxplatform {
 
-/// Whether `form` is D, KD, C or KC.
+/// Whether `form` is one of the four normal forms D, KD, C and KC.
 bool isNormalForm(CFStringNormalizationForm form);
 
-/// Convert text to a normal form. Throws std::bad_alloc.
-/// Returns  nothing if the text is not UTF-8 or the form is unknown.
+/// Convert UTF-8 text to a normal form. Throws std::bad_alloc.
+/// Returns  no value if the text is not UTF-8 or the form is unknown.
 std::optional<std::string> inNormalForm(std::string_view utf8, CFStringNormalizationForm form);
 
 } // namespace kvxplatform

@@ -1,4 +1,4 @@
-// A record that control threads replace while a render thread reads it without a lock.
+// An object that control threads replace while a render thread reads it without a lock.
 #pragma once
 
 #include "platform/support/render_scope.h"
@@ -10,9 +10,9 @@
 
 namespace kvxplatform {
 
-/// The render thread reads the record inside one scope, the same at every call. Replaced records are kept
-/// until the render call that may use them has left that scope and the render thread holds them no longer;
-/// the destructor frees all.
+/// Owns the published object and its replaced predecessors. The render thread reads the published object
+/// inside a render scope, always the same one. A replaced object is freed once the render call that may use
+/// it has left that scope and the render thread does not hold it; the destructor frees every object.
 template <class T>
 class Published {
 public:
@@ -22,12 +22,14 @@ public:
     Published& operator=(const Published&) = delete;
     ~Published() { delete current_.load(); }
 
-    /// Null when nothing is published. Valid until the render call leaves.
-    /// [audio & rendering], or [any] with the writers' lock
+    /// Returns  the published object, valid until the render call leaves its scope; null if nothing is
+    ///          published. A thread outside the scope holds the writers' lock.
+    /// [any]
     T* get() const { return current_; }
 
-    /// Keep the published record beyond this render call, until release(). Two records can be held.
-    /// Returns  null if nothing is published, the record is held already, or two others are.
+    /// Keep the published object valid after this render call, until release(). The render thread can hold
+    /// two objects.
+    /// Returns  the object; null if nothing is published, the object is held already, or two others are held.
     /// [audio & rendering]
     T* hold()
     {
@@ -38,17 +40,18 @@ public:
         return record;
     }
 
-    /// Stop holding a record: the writers may free it at once. Null is ignored.
+    /// Stop holding an object, so that writers may free it at once. Null is ignored.
     /// [audio & rendering]; [any] while no render call can begin
     void release(const T* record)
     {
         if (std::atomic<T*>* const slot = findHeld(record)) *slot = nullptr;
     }
 
-    /// Replace the record. Throws std::bad_alloc and then changes nothing.
-    /// Returns  the replaced record if the render thread may still use it, valid until the next publish() or
-    ///          sweep(); null if it has been freed.
-    /// [any], with the writers' lock
+    /// Replace the published object. The caller holds the writers' lock. Throws std::bad_alloc, in which case
+    /// nothing has changed.
+    /// Returns  the replaced object if the render thread may still use it, valid until the next publish() or
+    ///          sweep(); null if that object has been freed.
+    /// [any]
     T* publish(std::unique_ptr<T> next, const RenderScope& scope)
     {
         retired_.reserve(retired_.size() + 1);
@@ -60,8 +63,9 @@ public:
         return retired_.back().record.get();
     }
 
-    /// Free the replaced records that the render thread cannot use. True if none is left.
-    /// [any], with the writers' lock
+    /// Free the replaced objects that the render thread cannot use. The caller holds the writers' lock.
+    /// Returns  true if no replaced object is left.
+    /// [any]
     bool sweep(const RenderScope& scope)
     {
         const auto isOver = [&](const Retired& each) { return isUnused(each.stamp, *each.record, scope); };
@@ -75,8 +79,8 @@ private:
         std::unique_ptr<T> record;
     };
 
-    // The scope first: a render call that found the record before its replacement may hold it until it
-    // leaves.
+    // Read hasLeft() before the held objects, because a render call that found the object can still hold it
+    // until that call leaves the scope.
     bool isUnused(RenderScope::Stamp stamp, const T& record, const RenderScope& scope)
     {
         return scope.hasLeft(stamp) && !findHeld(&record);
@@ -90,7 +94,8 @@ private:
     }
 
     std::atomic<T*> current_{nullptr};
-    std::atomic<T*> held_[2] = {}; ///< written by the render thread, read by writers
+    /// The objects that the render thread holds. The render thread writes the slots; writers read them.
+    std::atomic<T*> held_[2] = {};
     std::vector<Retired> retired_;
 };
 

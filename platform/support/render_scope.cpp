@@ -7,7 +7,7 @@
 namespace kvxplatform {
 namespace {
 
-// Initial-exec: the first access on a render thread does not allocate.
+// The initial-exec model makes the first access on a render thread free of allocation.
 __attribute__((tls_model("initial-exec"))) thread_local int scopesAround = 0;
 
 std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }

@@ -1,8 +1,8 @@
-// A render call in progress, for threads that must wait until it has left.
+// The render scope: a render call in progress, for threads that must wait until the call has left.
 //
-// A thread that takes something away from the render thread first withdraws it (clears a flag, replaces a
-// pointer), then reads the scope. All operations are sequentially consistent: that thread either sees the
-// render call that may still use it, or the render call finds it withdrawn.
+// A control thread that withdraws an object from the render thread first clears a flag or replaces a pointer,
+// then reads the scope. All operations are sequentially consistent. So either the control thread sees the
+// render call that may still use the object, or that render call finds the object withdrawn.
 #pragma once
 
 #include <atomic>
@@ -12,11 +12,12 @@ namespace kvxplatform {
 
 class RenderScope {
 public:
-    /// The render call in progress at some moment, if there was one.
+    /// A moment of the scope: identifies the render call in progress at that moment, if any.
     using Stamp = std::uint32_t;
 
-    /// The calling thread is inside the scope while this object lives. False if a thread is inside already:
-    /// one render call at a time. Neither allocates nor blocks.
+    /// Entry of the calling thread into the scope; the destructor leaves the scope. Converts to false if
+    /// another render call is inside, because the scope admits one render call at a time. Neither allocates
+    /// nor blocks.
     /// [audio]
     class Entry {
     public:
@@ -33,12 +34,13 @@ public:
     /// [any]
     Stamp now() const { return count_; }
 
-    /// Whether the render call of that moment has left; true if there was none.
+    /// Whether the render call in progress at moment `stamp` has left the scope. True if no call was in
+    /// progress then.
     /// [any]
     bool hasLeft(Stamp stamp) const { return stamp % 2 == 0 || count_ != stamp; }
 
-    /// Wait until the render call in progress has left; later ones are not waited for. Returns at once when
-    /// the calling thread is inside this scope.
+    /// Wait until the render call in progress has left the scope. Does not wait for later render calls.
+    /// Returns at once when the calling thread itself is inside the scope.
     /// [any]
     void wait() const;
 
@@ -46,14 +48,15 @@ public:
     /// [any]
     bool isInside() const;
 
-    /// Whether the calling thread is inside any scope. Such a thread must not wait for another scope, whose
-    /// render thread might wait for this one.
+    /// Whether the calling thread is inside any render scope. A thread inside one scope must not wait for
+    /// another scope, because the other scope's render thread might be waiting for the first scope.
     /// [any]
     static bool isInsideAny();
 
 private:
-    std::atomic<std::uintptr_t> thread_{0}; ///< the thread inside; 0 for none
-    std::atomic<Stamp> count_{0};           ///< entries plus exits: odd while a render call is in progress
+    /// Identifier of the thread inside the scope; 0 while the scope is empty.
+    std::atomic<std::uintptr_t> thread_{0};
+    std::atomic<Stamp> count_{0}; ///< number of entries plus exits, odd while a render call is in progress
 };
 
 } // namespace kvxplatform

@@ -1,4 +1,4 @@
-// Waiting for a render thread, which signals no condition.
+// Waiting for a render thread, which does not signal its progress.
 #pragma once
 
 #include <chrono>
@@ -6,8 +6,8 @@
 
 namespace kvxplatform {
 
-/// Wait until `isOver()`, checked every 50 microseconds. It sleeps in between, because a yield would give a
-/// whole time slice to every busy process. A render call must not wait for itself.
+/// Wait until `isOver()` returns true. The wait sleeps for 50 microseconds between two checks; a yield
+/// instead would give a whole time slice to every busy process. A render call must not wait for its own end.
 /// [any]
 template <class Condition>
 void waitUntil(Condition isOver)

@@ -12,8 +12,9 @@ namespace kvxplatform::audiounit {
 namespace {
 
 struct Converter {
-    pcm::ConversionQuality quality;     ///< under the settings lock
-    std::optional<pcm::ChannelMap> map; ///< that the client set; under the settings lock
+    pcm::ConversionQuality quality; ///< quality settings, guarded by the `settings` lock
+    /// The channel map that the client has set, guarded by the `settings` lock. Empty: the default map.
+    std::optional<pcm::ChannelMap> map;
     SliceConversion conversion;
 };
 
@@ -29,7 +30,8 @@ pcm::ChannelMap channelMapOf(Unit& unit, const std::optional<pcm::ChannelMap>& m
                                        channelsOf(unit, kAudioUnitScope_Output));
 }
 
-/// Change quality and channel map, on an initialised unit at once. Called with the settings lock.
+/// Change quality and channel map; the change applies at once if the unit is initialised. The caller holds
+/// the `settings` lock.
 OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional<pcm::ChannelMap> map)
 {
     auto& state = stateOf<Converter>(unit);

@@ -1,4 +1,4 @@
-// The converter unit's row: one input in any linear PCM format, one output in any other.
+// The table row of the converter unit, which has one input and one output, each in any linear PCM format.
 // unit_kind.h states the contracts of the functions.
 #pragma once
 

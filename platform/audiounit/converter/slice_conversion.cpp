@@ -72,7 +72,7 @@ OSStatus SliceConversion::renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conve
         unread_ -= progress.used;
         made += progress.made;
     }
-    // A silent source does not make the output silent at once: the filter rings.
+    // The output does not become silent together with the source, because the filter still rings.
     slice.flags |= flags & ~static_cast<UInt32>(kAudioUnitRenderAction_OutputIsSilence);
     return noErr;
 }

@@ -1,7 +1,7 @@
-// Renders a unit's slice in its output format from input pulled in its input format.
+// Pulls input in a unit's input format and renders a slice in the unit's output format.
 //
-// At equal rates the source gets the caller's time stamp and frame count. At different rates its time stamps
-// count the frames pulled, and the first pull is larger: the filter looks ahead.
+// At equal rates the source receives the caller's time stamp and frame count. At different rates the source's
+// time stamps count the frames pulled, and the first pull is larger because the filter looks ahead.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -13,18 +13,20 @@ class SliceConversion {
 public:
     using Quality = pcm::Conversion::Quality;
 
-    /// Allocate for the unit's formats and slice limit, in its initialize. Throws std::bad_alloc.
-    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// Allocate memory for the unit's formats and slice limit. Called by the unit's initialize. Throws
+    /// std::bad_alloc.
+    /// Errors  FormatNotSupported: the ratio of the rates is not within 1/256 to 256.
     /// [main]
     OSStatus prepare(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
-    /// Continue with another channel map or quality, without the input that the filter holds. Called with
-    /// settings while the unit is initialised. Throws std::bad_alloc; then and on error nothing has changed.
-    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// Continue with another channel map or quality; the input that the filter holds is lost. The caller
+    /// holds the `settings` lock, and the unit is initialised. Throws std::bad_alloc. After an exception or
+    /// an error nothing has changed.
+    /// Errors  FormatNotSupported: the ratio of the rates is not within 1/256 to 256.
     /// [any]
     OSStatus replace(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
-    /// Undo prepare.
+    /// Undo prepare().
     /// [any]
     void release(Unit& unit);
 
@@ -32,7 +34,7 @@ public:
     /// [audio & rendering]
     void reset();
 
-    /// Render a slice; it is silent when the source fails.
+    /// Render a slice. The slice is silent when the source fails.
     /// [audio & rendering]
     OSStatus render(Unit& unit, Slice& slice);
 
@@ -43,12 +45,14 @@ private:
                       AudioUnitRenderActionFlags& flags);
 
     Published<pcm::Conversion> conversion_;
-    UInt32 inputLimit_ = 0; ///< frames per pull; does not change while initialised
+    /// The largest number of frames in a pull, which does not change while the unit is initialised.
+    UInt32 inputLimit_ = 0;
 
-    // At different rates. [audio & rendering]
-    Float64 sampleTime_ = 0;             ///< of the next pull
-    AudioBufferList* pulled_ = nullptr;  ///< the last pull, in the input's memory
-    UInt32 unreadFrom_ = 0, unread_ = 0; ///< its frames that the conversion has not used
+    // Used only at different rates. [audio & rendering]
+    Float64 sampleTime_ = 0;            ///< sample time of the next pull
+    AudioBufferList* pulled_ = nullptr; ///< buffer list of the last pull, in the input's memory
+    /// The range of frames of `pulled_` that the conversion has not used.
+    UInt32 unreadFrom_ = 0, unread_ = 0;
 };
 
 } // namespace kvxplatform::audiounit

@@ -6,7 +6,7 @@
 namespace kvxplatform::audiounit {
 
 struct BandSet {
-    const double* centres; ///< Hz
+    const double* centres; ///< centre frequencies in Hz
     std::size_t count;
     double octaves; ///< width of each band
 };
@@ -21,7 +21,7 @@ constexpr double thirdOctaveCentres[] = {
 constexpr std::size_t octaveBands = sizeof octaveCentres / sizeof(double);
 constexpr std::size_t thirdOctaveBands = sizeof thirdOctaveCentres / sizeof(double);
 
-/// Indexed by the value of the parameter that selects the number of bands.
+/// The two sets of bands, indexed by the parameter that selects the number of bands.
 constexpr BandSet bandSets[] = {
     {octaveCentres, octaveBands, 1},
     {thirdOctaveCentres, thirdOctaveBands, 1.0 / 3},

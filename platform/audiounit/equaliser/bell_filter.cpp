@@ -8,7 +8,7 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-// The bilinear transform's frequency: infinite at half the sample rate.
+// Returns  the frequency after the bilinear transform, which is infinite at half the sample rate.
 double warped(double hertz, double sampleRate) { return std::tan(pi * hertz / sampleRate); }
 
 inline double step(const BellCoefficients& c, BellState& state, double in)
@@ -23,8 +23,8 @@ inline double step(const BellCoefficients& c, BellState& state, double in)
 
 } // namespace
 
-// At any height a bell has half its decibels where |1 - x^2| = x / Q, with x = frequency / centre. The lower
-// edge sets the width: near half the sample rate the upper edge is compressed or missing.
+// At any height, a bell has half its decibels where |1 - x^2| = x / Q, with x = frequency / centre. The lower
+// edge of the band sets the width, because the upper edge is compressed or missing near half the sample rate.
 BellShape bellShape(double centre, double octaves, double sampleRate)
 {
     const double frequency = warped(centre, sampleRate);
@@ -57,7 +57,7 @@ void filter(const BellCoefficients* ofEachFrame, BellState& state, double* sampl
 
 void flushState(BellState& state)
 {
-    constexpr double tiny = 1e-30; // 600 dB below full scale
+    constexpr double tiny = 1e-30; // level 600 dB below full scale
     for (double* each : {&state.s1, &state.s2})
         if (!std::isfinite(*each) || std::fabs(*each) < tiny) *each = 0;
 }

@@ -1,7 +1,7 @@
 // One band of an equaliser: a bell filter, which boosts or cuts around its centre frequency.
 //
 // Source   the trapezoidal state-variable filter, in which frequency, width and height of a bell are separate
-//          numbers: the height can change in every frame without a click, and at height 1 the output is
+//          numbers. The height can change in every frame without a click, and at height 1 the output is
 //          exactly the input.
 //
 // All functions: [any]. They allocate nothing.
@@ -11,16 +11,19 @@
 
 namespace kvxplatform::audiounit {
 
-/// Centre and width of a bell. At the lower edge of the band it has half its decibels.
+/// Centre and width of a bell. At the lower edge of the band, the bell's gain in decibels is half that at the
+/// centre.
 struct BellShape {
-    double frequency; ///< tan(pi * centre / sample rate)
-    double width;     ///< 1 / Q at that frequency
+    double frequency; ///< centre as tan(pi * centre / sample rate)
+    double width;     ///< width as 1 / Q at the centre frequency
 };
 
-/// The shape of a band `octaves` wide around `centre` Hz, which is above 0 and below half the sample rate.
+/// Returns  the shape of a bell that is `octaves` wide around `centre` Hz. `centre` must be above 0 and below
+///          half the sample rate.
 BellShape bellShape(double centre, double octaves, double sampleRate);
 
-/// The height of a bell: the square root of its gain at the centre.
+/// Returns  the height of a bell with the given gain at its centre. The height is the square root of the gain
+///          factor.
 double heightOf(Float32 decibels);
 
 struct BellCoefficients {
@@ -32,14 +35,15 @@ struct BellState {
     double s1 = 0, s2 = 0;
 };
 
-/// Filter samples in place, with the same coefficients for all frames or with those of each frame.
+/// Filter samples in place, with the same coefficients for all frames or with separate coefficients for each
+/// frame.
 void filter(const BellCoefficients& coefficients, BellState& state, double* samples, UInt32 frames);
 void filter(const BellCoefficients* ofEachFrame, BellState& state, double* samples, UInt32 frames);
 
-/// Clear a state that is inaudible, before it becomes subnormal and slow, or that is no number.
+/// Clear a filter state that is inaudible or not finite. A small state would become subnormal and slow.
 void flushState(BellState& state);
 
-/// Seconds until the output of a bell without input has fallen by `decibels`.
+/// Returns  the seconds in which the output of a bell falls by `decibels` after its input has ended.
 double decaySeconds(const BellShape& shape, double height, double sampleRate, double decibels);
 
 } // namespace kvxplatform::audiounit

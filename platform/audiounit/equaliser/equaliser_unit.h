@@ -1,4 +1,4 @@
-// The graphic equaliser's row: 10 bands of an octave or 31 of a third.
+// The table row of the graphic equaliser, which has 10 octave bands or 31 third-octave bands.
 // unit_kind.h states the contracts of the functions.
 #pragma once
 

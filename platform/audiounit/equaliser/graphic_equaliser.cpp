@@ -1,8 +1,8 @@
-// The graphic equaliser: a bell filter in series for each band that is not flat.
+// The graphic equaliser: a series of bell filters, one for each band that is not flat.
 //
-// A band's gain ramps to a new value, from and to flat too. The bands of the inactive set are flat, and so
-// are all bands of a bypassed unit; if all are flat, samples pass unchanged. So no setting clicks while audio
-// runs.
+// The gain of a band ramps to each new value, also from and to flat, so that no setting clicks while audio
+// runs. The bands of the inactive set are flat, and so are all bands of a bypassed unit. If all bands are
+// flat, samples pass unchanged.
 #include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/equaliser/bands.h"
 #include "platform/audiounit/equaliser/bell_filter.h"
@@ -19,30 +19,33 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-constexpr UInt32 blockFrames = 64;        // filtered at a time, in double precision
-constexpr double inaudibleDecibels = 100; // below the last frame: the end of the tail
+constexpr UInt32 blockFrames = 64; // number of frames filtered at a time, in double precision
+// The level, in decibels below the last frame, at which the tail ends.
+constexpr double inaudibleDecibels = 100;
 constexpr AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIsSilence;
 
 struct Band {
     BellShape shape{};
-    bool isAvailable = false; ///< its centre is below half the sample rate
-    Float32 decibels = 0;     ///< the gain that the height ramps to
+    bool isAvailable = false; ///< whether the band's centre is below half the sample rate
+    Float32 decibels = 0;     ///< gain in decibels that the height ramps to
     pcm::Gain height = {1, 1};
-    std::vector<BellState> states; ///< one a channel
+    std::vector<BellState> states; ///< one filter state per channel
 
     bool isFlat() const { return height.isUnity(); }
 };
 
-/// [audio & rendering], or any thread while the unit is not initialised.
+/// The state of the unit.
+/// [audio & rendering], or any thread while the unit is not initialised
 struct Equaliser {
-    std::vector<Band> bands[2]; ///< of each set
-    std::vector<double> block;  ///< block[channel * blockFrames + frame]
-    bool isFresh = true;        ///< no slice since the start: heights have no value to ramp from
+    std::vector<Band> bands[2]; ///< the bands of each of the two sets
+    std::vector<double> block;  ///< samples of a block: block[channel * blockFrames + frame]
+    /// Whether no slice has been rendered since the start, so that heights have no value to ramp from.
+    bool isFresh = true;
 };
 
 // ---- parameters ----
 
-/// The index of the active set of bands.
+/// Returns  the index of the active set of bands.
 /// [any]
 int activeSet(const Unit& unit)
 {
@@ -54,7 +57,7 @@ UInt32 activeBands(const Unit& unit, AudioUnitElement)
     return static_cast<UInt32>(bandSets[activeSet(unit)].count);
 }
 
-/// The gain that a band of the active set is set to, in decibels; 0 while bypassed.
+/// Returns  the gain in decibels that is set for a band of the active set; 0 while the unit is bypassed.
 /// [any]
 Float32 gainOf(const Unit& unit, std::size_t band)
 {
@@ -62,7 +65,7 @@ Float32 gainOf(const Unit& unit, std::size_t band)
     return parameterValue(unit, static_cast<AudioUnitParameterID>(band), kAudioUnitScope_Global, 0);
 }
 
-// ---- a slice ----
+// ---- rendering of a slice ----
 
 /// Read the parameters into the bands. Returns whether all bands are flat.
 bool updateBands(const Unit& unit, Equaliser& equaliser)
@@ -85,7 +88,7 @@ bool updateBands(const Unit& unit, Equaliser& equaliser)
     return areFlat;
 }
 
-/// Filter a block, which begins at frame `offset` of the slice, with one band.
+/// Filter a block of frames with one band. The block begins at frame `offset` of the slice.
 void filterBlock(Band& band, UInt32 offset, UInt32 frames, std::vector<double>& block)
 {
     BellCoefficients coefficients[blockFrames];
@@ -124,7 +127,7 @@ void filterSlice(Equaliser& equaliser, const AudioBufferList& list, UInt32 frame
     }
 }
 
-/// Advance the ramps past a slice, and clear the state of bands that have become flat.
+/// Advance the ramps past a slice, and clear the filter state of bands that have become flat.
 void advanceBands(Equaliser& equaliser, UInt32 frames)
 {
     for (auto& bands : equaliser.bands)
@@ -142,7 +145,7 @@ OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
     return give(data, AUChannelInfo{-1, -1});
 }
 
-/// The tail of the band that decays slowest; 0 if all are flat.
+/// Get the tail time of the band that decays slowest; 0 if all bands are flat.
 OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const double rate = unit.output(0).format.mSampleRate;
@@ -220,7 +223,8 @@ OSStatus renderEqualiser(Unit& unit, Slice& slice)
 
     AudioUnitRenderActionFlags flags = slice.flags;
     const OSStatus status = pullInto(slice.out, 0, unit, 0, flags, slice.time, slice.frames);
-    slice.flags = flags & ~isSilence; // the bands have a tail
+    // The output may be audible although the input is silent, because the bands have a tail.
+    slice.flags = flags & ~isSilence;
     filterSlice(equaliser, slice.out, slice.frames);
     advanceBands(equaliser, slice.frames);
     if (status) pcm::clear(slice.out);

@@ -40,7 +40,9 @@ void BusMeters::begin(bool isReset)
 {
     const bool wasMeasuring = isMeasuring_;
     isMeasuring_ = isEnabled();
-    if (wasMeasuring && !isMeasuring_) publishSilence(); // the last slice may have overwritten setEnabled's
+    // The levels become silence again here because the last measured slice may have overwritten the silence
+    // that setEnabled() published.
+    if (wasMeasuring && !isMeasuring_) publishSilence();
     if (isMeasuring_ && (!wasMeasuring || isReset))
         for (auto& stage : meters_)
             for (LevelMeter& meter : stage) meter.reset();

@@ -1,4 +1,4 @@
-// The levels of one bus, before and after its fader: measured by a render thread, read by any thread.
+// The levels of one bus, before and after its fader. A render thread measures them; any thread reads them.
 #pragma once
 
 #include "platform/audiounit/mixer/level_meter.h"
@@ -9,11 +9,11 @@
 
 namespace kvxplatform::audiounit {
 
-constexpr UInt32 meteredChannels = 64; ///< of a bus; later channels are not measured
-constexpr Float32 minDecibels = -120;  ///< the level of silence
+constexpr UInt32 meteredChannels = 64; ///< largest number of measured channels per bus
+constexpr Float32 minDecibels = -120;  ///< level of silence in decibels
 constexpr Float32 maxDecibels = 120;
 
-/// The levels of a channel, in the order of the parameters.
+/// The levels of a channel, in the order of the parameters that report them.
 enum class Level : UInt32 { preAverage, prePeak, postAverage, postPeak };
 constexpr UInt32 levelCount = 4;
 
@@ -21,7 +21,7 @@ enum class Stage { preFader, postFader };
 
 class BusMeters {
 public:
-    /// Throws std::bad_alloc.
+    /// Make the meters of all channels. Throws std::bad_alloc.
     /// [any & stopped]
     void prepare(UInt32 channels, Float64 sampleRate);
 
@@ -29,12 +29,13 @@ public:
     void setEnabled(bool isEnabled);
     bool isEnabled() const { return isEnabled_.load(std::memory_order_relaxed); }
 
-    /// The level in decibels; minDecibels while disabled and before the first slice.
+    /// Returns  a level in decibels; minDecibels while the meters are disabled and before the first slice.
     /// [any]
     Float32 level(Level which, UInt32 channel) const;
 
-    // In each slice, in this order: begin(); measure() at both stages, or measureSilence() for both;
-    // publish(). They do nothing while disabled: [audio & rendering].
+    // Calls of each slice, in this order: begin(); measure() for both stages, or measureSilence(), which
+    // serves both; publish(). These functions do nothing while the meters are disabled.
+    // All four functions: [audio & rendering].
 
     void begin(bool isReset);
     void measure(Stage stage, const AudioBufferList& list, UInt32 frames);
@@ -44,11 +45,12 @@ public:
 private:
     void publishSilence();
 
-    std::vector<LevelMeter> meters_[2]; ///< of each stage, one a channel
-    bool isMeasuring_ = false;          ///< in this slice
+    std::vector<LevelMeter> meters_[2]; ///< one meter per channel, for each of the two stages
+    bool isMeasuring_ = false;          ///< whether the present slice is measured
 
     std::atomic<bool> isEnabled_{false};
-    std::array<std::atomic<Float32>, levelCount * meteredChannels> levels_{}; ///< power or amplitude
+    /// Published levels, as power or amplitude.
+    std::array<std::atomic<Float32>, levelCount * meteredChannels> levels_{};
 };
 
 } // namespace kvxplatform::audiounit

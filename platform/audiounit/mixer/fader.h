@@ -1,20 +1,20 @@
-// Samples under a gain. Unity gain copies every bit; a gain of 0 writes silence whatever the input is.
+// Application of a gain to samples. Unity gain copies every bit; a gain of 0 writes silence for any input.
 #pragma once
 
 #include "platform/pcm/gain.h"
 
 namespace kvxplatform::audiounit {
 
-// The gain begins with the first sample and is not advanced.
+// Each function applies the gain from its present frame and does not advance it.
 // All functions: [any]. They allocate nothing.
 
-/// samples[i] *= gain
+/// Compute samples[i] *= gain.
 void applyGain(const pcm::Gain& gain, Float32* samples, UInt32 frames);
 
-/// out[i] = gain * in[i]; `in` may be `out`.
+/// Compute out[i] = gain * in[i]. `in` and `out` may be the same memory.
 void copyWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames);
 
-/// out[i] += gain * in[i]
+/// Compute out[i] += gain * in[i].
 void addWithGain(const pcm::Gain& gain, const Float32* in, Float32* out, UInt32 frames);
 
 } // namespace kvxplatform::audiounit

@@ -13,7 +13,8 @@ struct Measurement {
     Float32 peak;
 };
 
-// Separate sums and peaks become SIMD lanes; with a single one each frame waits for the one before.
+// Eight separate sums and peaks become SIMD lanes. With a single sum each frame would wait for the frame
+// before it.
 Measurement measurementOf(const Float32* samples, UInt32 frames)
 {
     constexpr UInt32 lanes = 8;
@@ -24,7 +25,8 @@ Measurement measurementOf(const Float32* samples, UInt32 frames)
         for (UInt32 lane = 0; lane < lanes; ++lane) {
             const Float32 sample = samples[frame + lane], magnitude = std::fabs(sample);
             energies[lane] += double{sample} * double{sample};
-            peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane]; // false for NaN
+            // The comparison is false for a NaN, so the peak ignores it.
+            peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane];
         }
     Measurement all = {0, 0};
     for (; frame < frames; ++frame) {
@@ -40,7 +42,8 @@ Measurement measurementOf(const Float32* samples, UInt32 frames)
 
 } // namespace
 
-// windowFrames_ / segmentFrames_ is below 2 * segmentsInWindow at any rate: the ring is long enough.
+// The ring buffer is long enough, because windowFrames_ / segmentFrames_ is below 2 * segmentsInWindow at any
+// rate.
 LevelMeter::LevelMeter(Float64 sampleRate)
     : windowFrames_(std::clamp(std::round(sampleRate * windowSeconds), 1.0, 1e9)),
       segmentFrames_(std::max<UInt32>(1, static_cast<UInt32>(windowFrames_) / segmentsInWindow)),

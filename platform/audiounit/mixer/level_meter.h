@@ -8,9 +8,10 @@
 
 namespace kvxplatform::audiounit {
 
-/// Units    average power is the mean square of the last 100 ms, with silence before the first frame; the
-///          peak is the largest magnitude, held for a second, then falling by 20 dB a second. Samples that
-///          are not finite are silence in the average; a peak is at most 1e6.
+/// Measures one channel.
+/// Units    the average power is the mean square of the last 100 ms; frames before the first one count as
+///          silence. The peak is the largest magnitude, which is held for a second and then falls by 20 dB a
+///          second. Samples that are not finite count as silence in the average; a peak is at most 1e6.
 /// All functions allocate nothing.
 /// [audio & rendering]
 class LevelMeter {
@@ -26,7 +27,8 @@ public:
     Float32 peak() const { return static_cast<Float32>(std::fmax(heldPeak_, segmentPeak_)); }
 
 private:
-    // The window is summed in about a hundred segments of equal length and the one in progress.
+    // The window of the average consists of about a hundred closed segments of equal length and the segment
+    // in progress.
     static constexpr UInt32 segmentsInWindow = 100;
 
     void closeSegment();
@@ -34,10 +36,10 @@ private:
     double windowFrames_ = 1;
     UInt32 segmentFrames_ = 1;
     double holdFrames_ = 0;
-    double segmentDecay_ = 1; ///< factor by which a peak falls in a segment
+    double segmentDecay_ = 1; ///< factor by which a peak falls during a segment
 
-    std::array<double, 2 * segmentsInWindow> energies_{}; ///< ring buffer of closed segments
-    UInt32 next_ = 0;                                     ///< index in the ring
+    std::array<double, 2 * segmentsInWindow> energies_{}; ///< ring buffer of the energies of closed segments
+    UInt32 next_ = 0; ///< index in the ring buffer where the next energy is stored
 
     // The segment in progress.
     double segmentEnergy_ = 0, segmentPeak_ = 0;

@@ -1,4 +1,4 @@
-// The multichannel mixer's row: it sums inputs of any channel count.
+// The table row of the multichannel mixer, which sums inputs of any channel count.
 // unit_kind.h states the contracts of the functions.
 #pragma once
 

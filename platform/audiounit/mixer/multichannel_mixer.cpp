@@ -1,11 +1,11 @@
-// The multichannel mixer: it sums its connected inputs in their order. Each input has a fader and a balance,
-// the output a fader; all have meters.
+// The multichannel mixer sums its connected inputs in bus order. Each input has a fader and a balance, and
+// the output has a fader. Each bus has meters.
 //
 // Channels  input channel n goes to output channel n; a mono input goes to both channels of a stereo output.
-//           Other input channels are dropped, other output channels are silent.
+//           Other input channels are dropped; other output channels are silent.
 //
-// Gains     volume, enable and pan ramp to a new value; before the first slice after initialising or a reset
-//           they are set at once. At rest at 1 they change no bit.
+// Gains     volume, enable and pan ramp to a new value. Before the first slice after initialising or a reset,
+//           a new value applies at once. At rest at 1, a gain changes no bit.
 #include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/mixer/bus_meters.h"
 #include "platform/audiounit/mixer/fader.h"
@@ -24,15 +24,18 @@ constexpr AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIs
 
 struct Bus {
     BusMeters meters;
-    pcm::Gain fader = {1, 1}; ///< [audio & rendering]
-    pcm::Gain balance[2] = {{1, 1},
-                            {1, 1}}; ///< of an input: left and right of a stereo output; [audio & rendering]
+    /// The gain of volume and enable. [audio & rendering]
+    pcm::Gain fader = {1, 1};
+    /// The gains of an input for the left and the right channel of a stereo output. [audio & rendering]
+    pcm::Gain balance[2] = {{1, 1}, {1, 1}};
 };
 
 struct Mixer {
     Bus inputs[multichannelMixerInputs.most];
     Bus output;
-    bool isFresh = true; ///< no slice since the start: gains have no value to ramp from; [audio & rendering]
+    /// Whether no slice has been rendered since the start, so that gains have no value to ramp from. [audio &
+    /// rendering]
+    bool isFresh = true;
 };
 
 // ---- gains ----
@@ -45,7 +48,7 @@ void setGain(pcm::Gain& gain, Float32 target, bool isAtOnce)
         gain.rampTo(target);
 }
 
-/// Read the parameters into the gains. An input without a source does not ramp.
+/// Read the parameters into the gains. The gains of an input without a source change at once, without a ramp.
 void updateGains(Unit& unit, Mixer& mixer)
 {
     const bool isStereo = unit.output(0).format.mChannelsPerFrame == 2;
@@ -66,7 +69,7 @@ void updateGains(Unit& unit, Mixer& mixer)
     setGain(mixer.output.fader, volume, mixer.isFresh);
 }
 
-/// After a bus's part of a slice.
+/// Complete a bus's part of a slice: advance its ramps and publish its levels.
 void finish(Bus& bus, UInt32 frames)
 {
     bus.fader.advance(frames);
@@ -74,7 +77,7 @@ void finish(Bus& bus, UInt32 frames)
     bus.meters.publish();
 }
 
-/// Apply a bus's fader in place, with the meters before and after it.
+/// Apply a bus's fader to samples in place, and measure the levels before and after the fader.
 void applyFader(Bus& bus, AudioBufferList& list, UInt32 frames)
 {
     bus.meters.measure(Stage::preFader, list, frames);
@@ -85,7 +88,8 @@ void applyFader(Bus& bus, AudioBufferList& list, UInt32 frames)
 
 // ---- the sum ----
 
-/// The output of a slice while inputs are added. Its first `written` channels hold samples.
+/// The output of a slice while inputs are added. The first `written` channels hold samples; the others hold
+/// none yet.
 struct Sum {
     AudioBufferList& out;
     UInt32 frames;
@@ -102,7 +106,7 @@ struct Sum {
         written = std::max(written, channels);
     }
 
-    /// Add the first input, which was rendered into the output.
+    /// Add the first input, which was rendered directly into the output.
     void addInPlace(const pcm::Gain (&balance)[2])
     {
         written = out.mNumberBuffers;
@@ -123,25 +127,27 @@ struct Sum {
     }
 };
 
-/// Pull an input that has a source and add it. Sets `hasSound` unless the source reports silence.
+/// Pull an input that has a source and add its frames to the sum. Sets `hasSound` unless the source reports
+/// silence.
 OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& hasSound)
 {
     const Element& input = unit.input(bus);
     if (input.format.mSampleRate != unit.output(0).format.mSampleRate)
-        return kAudioUnitErr_FormatNotSupported; // a source that was connected after initialising
+        // The source was connected after the mixer was initialised.
+        return kAudioUnitErr_FormatNotSupported;
     AudioUnitRenderActionFlags flags = slice.flags & ~isSilence;
     AudioBufferList* in = &slice.out;
-    // The first audible input is rendered straight into an output of the same format.
+    // The first audible input is rendered directly into the output if the formats are equal.
     const bool isInPlace = !sum.written && pcm::isSameFormat(input.format, unit.output(0).format);
     const OSStatus status = isInPlace ? pullInto(slice.out, 0, unit, bus, flags, slice.time, slice.frames)
                                       : pull(unit, bus, flags, slice.time, slice.frames, in);
-    if (status) // a source that was disconnected during this slice is no error
-        return status == kAudioUnitErr_NoConnection && !input.source.get() ? noErr : status;
+    // A source that was disconnected during this slice is no error.
+    if (status) return status == kAudioUnitErr_NoConnection && !input.source.get() ? noErr : status;
 
     Bus& state = stateOf<Mixer>(unit).inputs[bus];
     applyFader(state, *in, slice.frames);
     hasSound |= !(flags & isSilence);
-    if (state.fader.isSilence()) return noErr; // adding 0 would change -0
+    if (state.fader.isSilence()) return noErr; // adding a 0 would change a sample of -0
     if (isInPlace)
         sum.addInPlace(state.balance);
     else

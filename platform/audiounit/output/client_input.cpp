@@ -9,7 +9,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-// A rate conversion works in blocks of this many frames, whatever the slice limit: its buffer stays small.
+// A rate conversion works in blocks of this many frames for any slice limit, so that its buffer stays small.
 constexpr UInt32 blockFrames = 1024;
 
 std::size_t samplesOf(UInt32 frames, UInt32 channels)

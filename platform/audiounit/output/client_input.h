@@ -1,4 +1,4 @@
-// The client's input of an output unit that drives a device: pulls input 0 in the client's format and returns
+// The client's input of an output unit that drives a device. Pulls input 0 in the client's format and returns
 // 32-bit float frames at the device's rate.
 #pragma once
 
@@ -12,9 +12,9 @@ namespace kvxplatform::audiounit {
 
 class ClientInput {
 public:
-    /// Allocate for the unit's input format and slice limit, and a device's rate. Called with the settings
-    /// lock, while no slice is rendered. Throws std::bad_alloc.
-    /// Errors  FormatNotSupported: the rates are too far apart.
+    /// Allocate memory for the unit's input format, the slice limit and the device's rate. The caller holds
+    /// the `settings` lock, and no slice is being rendered. Throws std::bad_alloc.
+    /// Errors  FormatNotSupported: the ratio of the rates is not within 1/256 to 256.
     /// [main], [worker]
     OSStatus prepare(Unit& unit, Float64 deviceRate);
 
@@ -22,7 +22,7 @@ public:
     /// [audio & rendering]
     void reset();
 
-    /// Set the client's sample time of the next pull, while no slice is rendered.
+    /// Set the sample time that the client receives with the next pull. No slice is being rendered.
     /// [main]
     void setSampleTime(Float64 frames) { sampleTime_ = frames; }
     UInt32 channels() const { return format_.mChannelsPerFrame; }
@@ -30,13 +30,15 @@ public:
     struct Request {
         Unit& unit;
         AudioUnitRenderActionFlags& flags;
-        const AudioTimeStamp& time; ///< the device's, of the first frame; the client gets its host time
+        /// The device's time stamp of the first frame. The client receives its host time.
+        const AudioTimeStamp& time;
     };
 
-    /// Return up to `frames` more frames; at least one, at most the slice limit.
-    /// Shape    [frame * channels + channel]; `frames` becomes the count.
-    /// Owner    valid until the next call.
-    /// Errors   the source's status is the unit's last render error; its frames are silent.
+    /// Return up to `frames` more frames: at least one, at most the slice limit.
+    /// Shape    [frame * channels + channel]. `frames` is set to the number of frames returned.
+    /// Owner    this object owns the samples, which stay valid until the next call.
+    /// Errors   the source's status becomes the unit's last render error; the frames of a failed pull are
+    ///          silent.
     /// [audio & rendering]
     const Float32* next(const Request& request, UInt32& frames);
 
@@ -48,8 +50,8 @@ private:
     UInt32 limit_ = 0;
     pcm::FormatConverter toFloats_;
     std::optional<pcm::RateConverter> rateConverter_;
-    std::vector<Float32> pulled_;    ///< at the client's rate
-    std::vector<Float32> converted_; ///< at the device's rate
+    std::vector<Float32> pulled_;    ///< pulled samples at the client's rate
+    std::vector<Float32> converted_; ///< converted samples at the device's rate
     Float64 sampleTime_ = 0;
 };
 

@@ -8,9 +8,9 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-// All functions here but removeProcedure: called with the lifeCycle lock.
+// The caller of these functions holds the `lifeCycle` lock, except for removeProcedure().
 
-/// Allocate for a device's format.
+/// Allocate memory for a device's format.
 OSStatus prepare(Unit& unit, DeviceOutput& state, const DeviceFormat& format)
 {
     const std::lock_guard<std::mutex> guard(unit.settings);
@@ -22,7 +22,8 @@ OSStatus prepare(Unit& unit, DeviceOutput& state, const DeviceFormat& format)
     return state.client.prepare(unit, format.sampleRate);
 }
 
-/// Remove the I/O procedure without waiting for a slice. It has no effect while attached to no device.
+/// Remove the I/O procedure without waiting for a slice. Has no effect while the unit is attached to no
+/// device.
 void removeProcedure(DeviceOutput& state)
 {
     state.activeDevice = kAudioDeviceUnknown;
@@ -34,7 +35,7 @@ void removeProcedure(DeviceOutput& state)
     state.procedure = nullptr;
 }
 
-/// Detach from the device and wait for the slice in progress.
+/// Detach the unit from the device and wait for the slice in progress.
 void detach(Unit& unit, DeviceOutput& state)
 {
     if (!state.procedure) return;
@@ -42,11 +43,12 @@ void detach(Unit& unit, DeviceOutput& state)
     unit.scope.wait();
 }
 
-/// Attach to a device and start its I/O cycles, while attached to none.
+/// Attach the unit, which is attached to no device, to a device and start the device's I/O cycles.
 OSStatus attach(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 {
     if (device == kAudioDeviceUnknown) return kAudioHardwareBadDeviceError;
-    beginListening(device); // before its format is read, so that no change is missed
+    // Listening begins before the device's format is read, so that no change is missed.
+    beginListening(device);
     DeviceFormat format;
     AudioDeviceIOProcID procedure = nullptr;
     OSStatus status = withinBorder(memFullErr, [&]() -> OSStatus {
@@ -74,12 +76,13 @@ AudioDeviceID deviceToUse(Unit& unit, const DeviceOutput& state)
 {
     const std::lock_guard<std::mutex> guard(unit.settings);
     if (state.selected) return state.selected;
-    // A unit that does not follow the default device stays where it runs.
+    // A unit without a selected device that does not follow the default device stays on the device where it
+    // runs.
     return state.procedure && !state.followsDefault ? state.device : defaultDevice(state.defaultSelector);
 }
 
-/// Attach to a device in place of the present one. isRunning stays true during the move, because a client
-/// reads it to decide whether to stop the unit.
+/// Attach the unit to a device in place of its present device. isRunning stays true during the move, because
+/// a client reads it to decide whether to stop the unit.
 OSStatus move(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 {
     if (state.procedure) {
@@ -103,7 +106,7 @@ void updateDevice(Unit& unit)
     DeviceFormat format;
     if (device == state.device && state.procedure && (readFormat(device, format) || format == state.format))
         return;
-    move(unit, state, device); // after a failure the next change tries again
+    move(unit, state, device); // after a failed move, the next change of a device causes another attempt
     if (!state.isStarted) detach(unit, state);
 }
 
@@ -146,8 +149,8 @@ OSStatus stopDevice(Unit& unit)
         detach(unit, state);
         return noErr;
     }
-    // The I/O cycle's own thread cannot wait for the cycle: another thread detaches, even if the unit is
-    // closed before.
+    // The thread of an I/O cycle cannot wait for the end of that cycle, so another thread detaches the unit,
+    // even if the unit is closed first.
     if (const AudioDeviceIOProcID procedure = state.procedure) AudioDeviceStop(state.activeDevice, procedure);
     updateSoon(unit.self, updateDevice);
     return noErr;

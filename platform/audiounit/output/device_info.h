@@ -1,4 +1,4 @@
-// What an output unit reads from a device through the public property interface.
+// The device properties that an output unit reads through the public property interface.
 // All functions: [main], [worker].
 #pragma once
 
@@ -8,10 +8,10 @@ namespace kvxplatform::audiounit {
 
 enum class Side { output, input };
 
-/// The properties that an output unit's buffers depend on.
+/// The device properties on which an output unit's buffers depend.
 struct DeviceFormat {
     Float64 sampleRate;
-    UInt32 outputChannels, inputChannels; ///< of all streams together
+    UInt32 outputChannels, inputChannels; ///< channel counts, each the sum over all streams
 };
 inline bool operator==(const DeviceFormat& a, const DeviceFormat& b)
 {
@@ -19,13 +19,16 @@ inline bool operator==(const DeviceFormat& a, const DeviceFormat& b)
            a.inputChannels == b.inputChannels;
 }
 
+/// Read the format of a device.
 /// Errors  the device's status if there is no such device.
 OSStatus readFormat(AudioDeviceID device, DeviceFormat& out);
 
-/// The time from the unit to the listener: device, safety offset and first stream. Seconds.
+/// Returns  the time in seconds between the unit and the listener: the sum of the device latency, the safety
+///          offset and the latency of the first stream.
 Float64 latencyOf(AudioDeviceID device);
 
-/// The device that a selector of the system object names ('dOut', 'sOut'); 0 if there is none.
+/// Returns  the device that a property of the system object names ('dOut', 'sOut'); 0 if there is no such
+///          device.
 AudioDeviceID defaultDevice(AudioHardwarePropertyID selector);
 
 } // namespace kvxplatform::audiounit

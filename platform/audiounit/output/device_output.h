@@ -13,32 +13,39 @@ struct DeviceOutput {
     {
     }
 
-    const AudioHardwarePropertyID defaultSelector; ///< of the system object: the device when none is selected
-    const bool followsDefault; ///< moves when the default device changes; none can be selected
+    /// The property of the system object that names the device to use when no device is selected.
+    const AudioHardwarePropertyID defaultSelector;
+    /// Whether the unit moves when the default device changes. No device can be selected for such a unit.
+    const bool followsDefault;
 
-    // Under the settings lock.
+    // The following fields are guarded by the `settings` lock.
     AudioDeviceID selected = kAudioDeviceUnknown;
     bool isOutputOn = true, isInputOn = false;
     Published<const pcm::ChannelMap> map;
     Published<const AURenderCallbackStruct> inputCallback;
 
-    // Under the lifeCycle lock.
-    AudioDeviceID device = kAudioDeviceUnknown; ///< that has the unit's I/O procedure
+    // The following fields are guarded by the `lifeCycle` lock.
+    AudioDeviceID device = kAudioDeviceUnknown; ///< device that has the unit's I/O procedure
     DeviceFormat format{};
 
-    // Shared with the device's I/O cycle.
-    std::atomic<AudioDeviceIOProcID> procedure{nullptr};          ///< null while attached to no device
-    std::atomic<bool> isStarted{false};                           ///< by the client
-    std::atomic<AudioDeviceID> activeDevice{kAudioDeviceUnknown}; ///< only its I/O cycles render the unit
-    std::atomic<bool> isRunning{false};                           ///< the device has started the procedure
-    std::atomic<bool> startsAtZero{true};                         ///< the client's sample time, at each start
+    // The following fields are shared with the device's I/O cycle.
+    std::atomic<AudioDeviceIOProcID> procedure{nullptr};
+    std::atomic<bool> isStarted{false}; ///< whether the client has started the unit
+    /// The only device whose I/O cycles render the unit.
+    std::atomic<AudioDeviceID> activeDevice{kAudioDeviceUnknown};
+    std::atomic<bool> isRunning{false}; ///< whether the device has started the I/O procedure
+    /// Whether the client's sample time restarts at 0 with each start of the unit.
+    std::atomic<bool> startsAtZero{true};
 
+    // The following fields belong to the render thread, or to the holder of the `lifeCycle` lock while the
+    // unit is attached to no device. [audio & rendering]
     // [audio & rendering], or with the lifeCycle lock while attached to no device.
     ClientInput client;
     pcm::Gain gain = {1, 1};
-    const AudioBufferList* cycleInput = nullptr; ///< the device's input, during an I/O cycle
-    UInt32 cycleFrames = 0;                      ///< of cycleInput
-    std::vector<Float32> inputSamples;           ///< a slice of cycleInput: [frame * channels + channel]
+    const AudioBufferList* cycleInput = nullptr; ///< input of the device during an I/O cycle
+    UInt32 cycleFrames = 0;                      ///< number of frames in cycleInput
+    /// A slice of cycleInput as floats: [frame * channels + channel].
+    std::vector<Float32> inputSamples;
 };
 
 } // namespace kvxplatform::audiounit

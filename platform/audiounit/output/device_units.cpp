@@ -77,7 +77,8 @@ OSStatus getChannelMap(Unit& unit, ElementAddress, void* data, UInt32& size)
     const UInt32 channels = unit.input(0).format.mChannelsPerFrame;
     for (UInt32 i = 0; i < size / sizeof(SInt32); ++i) {
         SInt32 entry = sourceChannelOf(map, i, channels);
-        if (map && i < map->size()) entry = (*map)[i]; // unchanged, also if there is no such source channel
+        // The client's entry is returned even if its source channel does not exist.
+        if (map && i < map->size()) entry = (*map)[i];
         give(static_cast<std::byte*>(data) + i * sizeof entry, entry);
     }
     return noErr;

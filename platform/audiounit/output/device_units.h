@@ -1,5 +1,5 @@
-// The rows of the three output units that drive a device. They differ in how the device is chosen, and only
-// the HAL unit has the device's input. An I/O cycle of the device renders them.
+// The table rows of the three output units that drive a device. The units differ in how the device is chosen,
+// and only the HAL unit has the device's input. An I/O cycle of the device renders them.
 // unit_kind.h states the contracts of the functions.
 #pragma once
 
@@ -10,7 +10,8 @@
 
 namespace kvxplatform::audiounit {
 
-/// A client sets device, enabled sides and input callback of the HAL unit only.
+/// The property tables. Only the HAL unit lets a client set the device, the enabled sides and the input
+/// callback.
 template <bool isHAL>
 struct DeviceProperties {
     static const Property rows[21];
@@ -20,9 +21,12 @@ extern template struct DeviceProperties<false>;
 
 extern const Parameter deviceParameters[1];
 
-OSStatus openHALOutput(Unit& unit);     // the device that the client selects, else the default one
-OSStatus openDefaultOutput(Unit& unit); // follows the default output device
-OSStatus openSystemOutput(Unit& unit);  // follows the device of system sounds
+// Open a unit that uses the device the client selects, otherwise the default output device.
+OSStatus openHALOutput(Unit& unit);
+// Open a unit that follows the default output device.
+OSStatus openDefaultOutput(Unit& unit);
+// Open a unit that follows the device of system sounds.
+OSStatus openSystemOutput(Unit& unit);
 void closeDeviceOutput(Unit& unit);
 void destroyDeviceOutput(void* state);
 

@@ -25,7 +25,7 @@ constexpr AudioObjectPropertyAddress deviceChanges[] = {
      kAudioObjectPropertyElementWildcard},
 };
 
-// Reserved, so that a stop inside a slice does not allocate.
+// Capacity reserved in advance, so that a stop inside a slice does not allocate.
 constexpr std::size_t usualStops = 64;
 
 template <class Handle>
@@ -40,12 +40,12 @@ struct Watch {
     bool hasChanged = false;
     bool hasThread = false;
     std::vector<Watched<AudioUnit>> units;
-    std::vector<Watched<UnitUse>> stopped; ///< inside their slices
-    std::mutex listening;                  ///< taken before `lock`
-    bool isListening = false;              ///< to the system object; under `listening`
+    std::vector<Watched<UnitUse>> stopped; ///< units that were stopped inside their own slice
+    std::mutex listening;                  ///< lock of isListening, taken before `lock`
+    bool isListening = false;              ///< whether the listeners of the system object are registered
 };
 
-// Never destroyed: its thread runs until the process ends.
+// The object is never destroyed, because the thread that uses it runs until the process ends.
 Watch& watch()
 {
     static Watch& only = *new Watch;
@@ -83,7 +83,7 @@ bool hasUnits(Watch& all)
     return !all.units.empty();
 }
 
-// The listeners are removed with the last unit: a program that checks for leaks at its end finds none.
+// The listeners are removed with the last unit, so that a leak check at the end of a program finds none.
 void listenWhileWatching()
 {
     Watch& all = watch();

@@ -1,5 +1,5 @@
-// The generic output unit's row: an output unit without a device. The caller that renders its output pulls
-// the client's input, in any linear PCM format and rate on either side.
+// The table row of the generic output unit, an output unit without a device. The caller that renders its
+// output pulls the client's input. Input and output may have any linear PCM format and rate.
 // unit_kind.h states the contracts of the functions.
 #pragma once
 

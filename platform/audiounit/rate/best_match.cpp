@@ -9,7 +9,7 @@ constexpr UInt32 maxFrames = 512;
 
 Float32 squaredDifference(const Float32* a, const Float32* b, UInt32 frames)
 {
-    Float32 sum[4] = {}; // separate sums become SIMD lanes
+    Float32 sum[4] = {}; // four separate sums become SIMD lanes
     UInt32 i = 0;
     for (; i + 4 <= frames; i += 4)
         for (UInt32 lane = 0; lane < 4; ++lane)
@@ -38,7 +38,7 @@ std::int64_t bestMatch(const InputHistory& history, std::int64_t frame, const Fl
             sum += squaredDifference(input[channel] + (position - begin), output[channel], frames);
         return sum;
     };
-    // From the middle outwards, so that of two equal matches the nearer one is taken.
+    // Search from the middle outwards, so that the nearer of two equal matches is found.
     std::int64_t best = frame;
     Float32 least = differenceAt(frame);
     for (std::int64_t distance = 1; distance <= matchReach; ++distance)

@@ -1,4 +1,4 @@
-// A rate conversion whose ratio glides in equal musical steps: a jump would click.
+// A rate conversion whose ratio glides to a new value in equal musical steps, because a jump would click.
 #pragma once
 
 #include "platform/pcm/rate_converter.h"
@@ -10,7 +10,7 @@
 
 namespace kvxplatform::audiounit {
 
-/// Copy planar samples to interleaved ones.
+/// Copy planar samples to interleaved samples.
 inline void interleave(const Float32* const* in, UInt32 channels, UInt32 frames, Float32* out)
 {
     for (UInt32 channel = 0; channel < channels; ++channel)
@@ -21,16 +21,16 @@ inline void interleave(const Float32* const* in, UInt32 channels, UInt32 frames,
 // All functions but the constructor: [audio & rendering].
 class GlidingConverter {
 public:
-    static constexpr UInt32 blockFrames = 512; ///< the most that is pulled at once
+    static constexpr UInt32 blockFrames = 512; ///< largest number of frames pulled at once
 
-    /// Throws std::bad_alloc.
+    /// Make a converter at a rate of 1. Throws std::bad_alloc.
     GlidingConverter(UInt32 channels, pcm::RateConverter::Quality quality)
         : channels_(channels), converted_(std::size_t{blockFrames} * channels)
     {
         if (!converter_.prepare(1, 1, channels, quality)) throw std::bad_alloc();
     }
 
-    /// Forget the past; continue at a rate, in input frames for an output frame.
+    /// Clear the converter and continue at a rate, in input frames per output frame.
     void start(double rate)
     {
         converter_.reset();
@@ -51,7 +51,7 @@ public:
     double rate() const { return rate_; }
     bool isGliding() const { return stepsLeft_ > 0; }
 
-    /// Feed input at a rate of 1 without using the output: the past of the next read().
+    /// Feed past input at a rate of 1 and discard the output, so that the next read() continues that input.
     template <class Pull>
     void prime(UInt32 frames, Pull pull)
     {
@@ -61,7 +61,8 @@ public:
     }
 
     /// Render planar frames. `pull(frames)` returns that many interleaved input frames, valid until the next
-    /// call; `advance(frames)` receives the input frames that each part of the output stands for.
+    /// call. `advance(frames)` is called after each part of the output with the number of input frames that
+    /// the part represents.
     template <class Pull, class Advance>
     void read(Float32* const* out, UInt32 frames, Pull pull, Advance advance)
     {
@@ -80,7 +81,8 @@ public:
 private:
     static constexpr UInt32 stepFrames = 16, steps = 32;
 
-    /// How many frames, at most `frames`, to render at rate_, which changes at the beginning of each step.
+    /// Returns  how many of the next `frames` frames to render at the present rate_. The rate changes at the
+    ///          beginning of each step of a glide.
     UInt32 nextSpan(UInt32 frames)
     {
         if (stepsLeft_ == 0) return frames;
@@ -104,8 +106,8 @@ private:
     pcm::RateConverter converter_;
     double rate_ = 1, target_ = 1, stepFactor_ = 1;
     UInt32 stepsLeft_ = 0;
-    UInt32 framesOfStep_ = 0;        ///< rendered
-    std::vector<Float32> converted_; ///< a block, interleaved
+    UInt32 framesOfStep_ = 0;        ///< number of frames rendered in the present step
+    std::vector<Float32> converted_; ///< a block of interleaved output
 };
 
 } // namespace kvxplatform::audiounit

@@ -33,7 +33,7 @@ void InputHistory::start(Float64 time)
     startTime_ = time;
 }
 
-/// Pull into frames [offset, offset + frames) of the list.
+/// Pull into frames [offset, offset + frames) of list_.
 void InputHistory::pullInto(Call& call, UInt32 offset, UInt32 frames)
 {
     AudioTimeStamp time = later(call.time, call.pulled, sampleRate_, call.unit.hostTicksPerSecond);

@@ -1,9 +1,9 @@
-// The input that a rate unit has pulled and may still need, in a ring buffer. Frames are numbered from 0 at
-// the start.
+// The input that a rate unit has pulled and may still need, in a ring buffer. The first frame after the start
+// has number 0.
 //
 // A rate engine pulls input ahead of its output. When the unit becomes neutral again, the input that was
-// pulled ahead is rendered from here first: no frame is skipped or repeated. Until an engine is needed, input
-// passes straight to the output and the history has no memory.
+// pulled ahead is rendered from this history first, so that no frame is skipped or repeated. Until an engine
+// is needed, input passes directly to the output and the history has no memory.
 #pragma once
 
 #include "platform/audiounit/unit.h"
@@ -12,51 +12,54 @@
 
 namespace kvxplatform::audiounit {
 
-// All functions but prepare() and allocate(): [audio & rendering].
+// All functions but prepare(), allocate() and isAllocated(): [audio & rendering].
 class InputHistory {
 public:
-    /// A render call, which pulls input.
+    /// The render call during which input is pulled.
     struct Call {
         Unit& unit;
         AudioUnitRenderActionFlags& flags;
-        const AudioTimeStamp& time; ///< of the slice
-        OSStatus status = noErr;    ///< of the last pull that failed; its frames are silence
-        UInt32 pulled = 0;          ///< frames in this call
+        const AudioTimeStamp& time; ///< time stamp of the slice
+        /// The status of the last pull that failed. The frames of such a pull are silence.
+        OSStatus status = noErr;
+        UInt32 pulled = 0; ///< number of frames pulled so far in this call
     };
 
-    /// Set the format; no memory is allocated for frames. Throws std::bad_alloc.
+    /// Set the format, without allocating memory for frames. Throws std::bad_alloc.
     /// [any & stopped]
     void prepare(const AudioStreamBasicDescription& format);
 
-    /// Allocate at least `frames` frames, before the first engine is published. Touches every page, so that
-    /// rendering causes no page fault. Throws std::bad_alloc.
-    /// [any], with settings
+    /// Allocate memory for at least `frames` frames, before the first engine is published. Touches every
+    /// page, so that rendering causes no page fault. The caller holds the `settings` lock. Throws
+    /// std::bad_alloc.
+    /// [any]
     void allocate(double frames);
     bool isAllocated() const { return memory_ != nullptr; }
 
-    /// Frame 0 is the next one, at sample time `time` of the input.
+    /// Start with frame 0 as the next frame to pull, at sample time `time` of the input.
     void start(Float64 time);
 
-    /// The frames held: [begin, end).
+    /// The range of frames in the history: [begin, end).
     std::int64_t begin() const { return first_; }
     std::int64_t end() const { return end_; }
 
     UInt32 channels() const { return channels_; }
 
-    /// Pull frames until end() is at least `end`. The oldest frames are overwritten when the ring is full.
+    /// Pull frames until end() is at least `end`. When the ring buffer is full, new frames overwrite the
+    /// oldest ones.
     void pullUntil(Call& call, std::int64_t end);
 
-    /// Pull the next `frames` frames straight into `out`, planar. The history must be empty and stays so.
+    /// Pull the next `frames` frames directly into `out`, planar. The history must be empty and stays empty.
     void pullThrough(Call& call, Float32* const* out, UInt32 frames);
 
-    /// Drop the frames before a frame.
+    /// Drop all frames before frame `before`.
     void forget(std::int64_t before);
 
-    /// Set out[channel] to the samples at `frame`, which is held.
-    /// Returns  how many frames are contiguous there: at least 1, at most `maxFrames`.
+    /// Set out[channel] to the samples that begin at frame `frame`, which the history must contain.
+    /// Returns  how many frames are contiguous from there: at least 1, at most `maxFrames`.
     UInt32 look(std::int64_t frame, UInt32 maxFrames, const Float32** out) const;
 
-    /// Copy frames that are held.
+    /// Copy frames that the history contains.
     void copy(std::int64_t frame, UInt32 frames, Float32* const* out) const;
     void copyChannel(UInt32 channel, std::int64_t frame, UInt32 frames, Float32* out) const;
 
@@ -67,9 +70,9 @@ private:
         return static_cast<std::size_t>(frame) & (capacity_ - 1);
     }
 
-    std::unique_ptr<Float32[]> memory_; ///< planar; each channel is a ring
-    std::size_t capacity_ = 0;          ///< frames, a power of 2
-    pcm::ListStorage list_;             ///< where a pull writes
+    std::unique_ptr<Float32[]> memory_; ///< planar samples; the memory of each channel is a ring buffer
+    std::size_t capacity_ = 0;          ///< capacity of a channel's ring buffer in frames, a power of 2
+    pcm::ListStorage list_;             ///< buffer list that a pull writes to
     UInt32 channels_ = 0;
     Float64 sampleRate_ = 0;
     std::int64_t first_ = 0, end_ = 0;

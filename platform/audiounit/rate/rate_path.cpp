@@ -11,10 +11,10 @@ namespace {
 constexpr UInt32 blockFrames = 512;
 constexpr UInt32 fadeFrames = 1024;
 
-// A starting engine reads this many times the input that is rendered until the crossfade.
+// A starting engine reads this many times the input that is rendered in the time before the crossfade.
 constexpr double preparationFactor = 2.25;
 
-/// The gain of the new signal in a frame of a crossfade: a curve that begins and ends flat.
+/// Returns  the gain of the new signal in a frame of a crossfade. The curve begins and ends flat.
 Float32 fadeGain(UInt32 frame)
 {
     const double x = (frame + 0.5) / fadeFrames;
@@ -38,7 +38,8 @@ void RatePath::prepareForEngine(double historyFrames)
     nextPlanes_.resize(history_.channels());
     for (UInt32 channel = 0; channel < history_.channels(); ++channel)
         nextPlanes_[channel] = nextOutput_.data() + std::size_t{channel} * blockFrames;
-    history_.allocate(historyFrames); // last: isAllocated() means that all is
+    // The history is allocated last, so that isAllocated() means that all memory is allocated.
+    history_.allocate(historyFrames);
 }
 
 void RatePath::release(const RenderScope& scope)
@@ -47,7 +48,8 @@ void RatePath::release(const RenderScope& scope)
     engines_.release(incoming_);
     engine_ = incoming_ = active_ = next_ = nullptr;
     engines_.sweep(scope);
-    if (engines_.get()) engines_.publish(nullptr, scope); // the only record left: does not allocate
+    // Publishing null does not allocate, because no replaced engine is left.
+    if (engines_.get()) engines_.publish(nullptr, scope);
     history_ = InputHistory();
     nextOutput_ = {};
     nextPlanes_ = planes_ = restPlanes_ = {};
@@ -67,8 +69,8 @@ void RatePath::begin(Float64 time, const RateRequest& request)
     active_ = engine_;
 }
 
-/// Hold the newest engine, if there is no change: as the engine to use, or as its replacement while it is
-/// active.
+/// Hold the newest engine, unless a change is in progress. If no engine is active, the newest engine becomes
+/// the one to use; otherwise it will replace the active engine.
 void RatePath::takeEngine()
 {
     if (change_ != Change::none) return;
@@ -129,18 +131,20 @@ OSStatus RatePath::render(Unit& unit, Slice& slice, const RateRequest& request)
         for (UInt32 channel = 0; channel < history_.channels(); ++channel)
             planes_[channel] = static_cast<Float32*>(slice.out.mBuffers[channel].mData) + done;
         done += renderSpan(input, planes_.data(), slice.frames - done);
-        const std::int64_t reach = active_ ? matchReach : 0; // for a fade to the input
+        // Frames before the position, for a crossfade to the input.
+        const std::int64_t reach = active_ ? matchReach : 0;
         const auto oldest = static_cast<std::int64_t>(std::floor(position())) - reach;
         const bool isFadingToInput = change_ == Change::fading && !next_;
         history_.forget(isFadingToInput ? std::min(oldest, inputFrame_) : oldest);
     }
-    // The input's silence flag holds for the output only if the output is that input.
+    // The input's silence flag applies to the output only if the output is the unchanged input.
     const AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIsSilence;
     slice.flags = isPassedThrough ? flags : flags & ~isSilence;
     return call.status;
 }
 
-/// Render at most `frames` frames. Returns how many: 0 if only the state of a change has advanced.
+/// Render at most `frames` frames. Returns the number of frames rendered, which is 0 if only the state of a
+/// change has advanced.
 UInt32 RatePath::renderSpan(EngineInput& input, Float32* const* out, UInt32 frames)
 {
     if (change_ == Change::fading) return crossfade(input, out, std::min(frames, blockFrames));
@@ -201,7 +205,7 @@ void RatePath::renderActive(EngineInput& input, Float32* const* out, UInt32 fram
         renderInput(input, out, frames);
 }
 
-/// Render the unchanged input: from the history first, the rest straight from the source.
+/// Render the unchanged input: first from the history, then the remaining frames directly from the source.
 void RatePath::renderInput(EngineInput& input, Float32* const* out, UInt32 frames)
 {
     if (change_ != Change::none) history_.pullUntil(input.call, inputFrame_ + frames);

@@ -1,10 +1,10 @@
 // The signal path of a rate unit: the unchanged input, a rate engine, or a crossfade between two of these.
 //
-// To fade in, an engine starts at an input frame ahead of the output, at the rate and pitch of the present
-// output, and reads a little more than its share of input in every slice until the output gets there. The
-// crossfade joins two signals that sound alike; after it the engine ramps to its setting. To fade out, the
-// engine ramps to the input's rate and pitch first. The first slice needs no crossfade: an engine starts at
-// its setting.
+// Fade-in: an engine starts at an input frame ahead of the output, at the rate and pitch of the present
+// output. In every slice it reads a little more input than the slice uses, until the output reaches its start
+// frame. The crossfade then joins two similar signals, and after the crossfade the engine ramps to its
+// setting. Fade-out: the engine first ramps to the input's rate and pitch. The first slice needs no
+// crossfade, so its engine starts at its setting.
 #pragma once
 
 #include "platform/audiounit/rate/rate_engine.h"
@@ -14,38 +14,41 @@
 
 namespace kvxplatform::audiounit {
 
-/// What the unit shall render.
+/// The setting that the unit's properties and parameters request.
 struct RateRequest {
-    bool usesEngine = false; ///< otherwise the unchanged input
+    bool usesEngine = false; ///< whether an engine is needed; otherwise the unchanged input is rendered
     Setting setting;
 };
 
 class RatePath {
 public:
-    /// Allocate what rendering the unchanged input needs. Throws std::bad_alloc.
+    /// Allocate the memory for rendering the unchanged input. Throws std::bad_alloc.
     /// [any & stopped]
     void prepare(const AudioStreamBasicDescription& format);
 
-    /// Free the engines and all memory.
-    /// [any & stopped], with settings
+    /// Free the engines and all memory. The caller holds the `settings` lock.
+    /// [any & stopped]
     void release(const RenderScope& scope);
 
-    /// Allocate once what rendering with an engine needs. Throws std::bad_alloc.
-    /// [any], with settings
+    /// Allocate the memory for rendering with an engine, if this has not been done yet. The caller holds the
+    /// `settings` lock. Throws std::bad_alloc.
+    /// [any]
     void prepareForEngine(double historyFrames);
 
-    /// Hand an engine to the render thread, which replaces its present one. Throws std::bad_alloc.
-    /// [any], with settings
+    /// Hand an engine to the render thread, which replaces its present engine. The caller holds the
+    /// `settings` lock. Throws std::bad_alloc.
+    /// [any]
     void publish(std::unique_ptr<RateEngine> engine, const RenderScope& scope)
     {
         engines_.publish(std::move(engine), scope);
     }
 
-    /// The engine published last, or null.
-    /// [any], with settings
+    /// Returns  the engine that was published last; null if there is none. The caller holds the `settings`
+    ///          lock.
+    /// [any]
     const RateEngine* engine() const { return engines_.get(); }
 
-    /// Forget the past with the next slice.
+    /// Request that the next slice starts anew, without the past input.
     /// [audio & rendering]
     void reset() { isFresh_ = true; }
 
@@ -54,11 +57,11 @@ public:
     /// [audio & rendering]
     OSStatus render(Unit& unit, Slice& slice, const RateRequest& request);
 
-    /// Input frames that were pulled and not rendered.
+    /// Returns  the number of input frames that were pulled and have not been rendered.
     /// [audio & rendering]
     double framesAhead() const { return static_cast<double>(history_.end()) - position(); }
 
-    /// Input frames for an output frame.
+    /// Returns  the present rate, in input frames per output frame.
     /// [audio & rendering]
     double rate() const { return active_ ? setting_.rate : 1; }
 
@@ -81,20 +84,21 @@ private:
     InputHistory history_;
 
     // [audio & rendering]
-    RateEngine* engine_ = nullptr;   ///< held; used when a setting needs one
-    RateEngine* incoming_ = nullptr; ///< held; replaces `engine_` by a crossfade
-    RateEngine* active_ = nullptr;   ///< rendered now; null for the unchanged input
-    Setting setting_;                ///< of the active engine
-    std::int64_t inputFrame_ = 0;    ///< the next frame of the unchanged input
+    RateEngine* engine_ = nullptr;   ///< held engine that is used when a setting needs one
+    RateEngine* incoming_ = nullptr; ///< held engine that replaces `engine_` by a crossfade
+    RateEngine* active_ = nullptr;   ///< engine rendered now; null for the unchanged input
+    Setting setting_;                ///< setting of the active engine
+    std::int64_t inputFrame_ = 0;    ///< next frame of the unchanged input
     bool isFresh_ = true;
 
     Change change_ = Change::none;
-    RateEngine* next_ = nullptr; ///< what a change leads to
+    RateEngine* next_ = nullptr; ///< engine after the present change; null for the unchanged input
     Setting nextSetting_;
     std::int64_t fadeStart_ = 0; ///< input frame where the crossfade begins
     UInt32 framesFaded_ = 0;
 
-    std::vector<Float32> nextOutput_; ///< a block of what a crossfade leads to, planar
+    /// A planar block of the signal that a crossfade fades in.
+    std::vector<Float32> nextOutput_;
     std::vector<Float32*> nextPlanes_, planes_, restPlanes_;
 };
 

@@ -15,7 +15,8 @@ RateRequest requestOf(const Unit& unit)
     return {!unit.isBypassed && !setting.isNeutral(), setting};
 }
 
-/// Whether the settings need an engine of a type that was not made last. Sets the type.
+/// Whether the present settings need an engine of another type than the one made last. Sets `type` to the
+/// type that they need.
 bool needsEngine(const Unit& unit, int& type)
 {
     const auto& state = stateOf<RateUnit>(unit);
@@ -23,7 +24,7 @@ bool needsEngine(const Unit& unit, int& type)
     return type != state.engineType && requestOf(unit).usesEngine;
 }
 
-/// With settings.
+/// Make the engine that the settings need, unless it exists. The caller holds the `settings` lock.
 void makeEngine(Unit& unit)
 {
     auto& state = stateOf<RateUnit>(unit);
@@ -35,7 +36,8 @@ void makeEngine(Unit& unit)
     state.engineType = type;
 }
 
-/// With settings.
+/// Make the engine that the settings need if the unit is initialised and this thread is not inside its slice.
+/// The caller holds the `settings` lock.
 void makeEngineWhileInitialized(Unit& unit)
 {
     if (unit.isInitialized && !unit.scope.isInside()) makeEngine(unit);
@@ -147,7 +149,9 @@ OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement ele
     storeParameter(unit, row.id + index, row.scope, element, value);
     int type = 0;
     if (unit.scope.isInside() || !needsEngine(unit, type)) return noErr;
-    const std::lock_guard<std::mutex> guard(unit.settings); // held while the unit is being initialised
+    // initialize() also holds this lock, so this thread sees the unit either initialised or not yet
+    // initialised.
+    const std::lock_guard<std::mutex> guard(unit.settings);
     makeEngineWhileInitialized(unit);
     return noErr;
 }

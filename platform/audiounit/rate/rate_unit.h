@@ -1,8 +1,8 @@
-// What the rate units have in common.
+// The code that the rate units share.
 //
-// An engine, and the history memory with it, is made when a setting of an initialised unit first needs it: by
-// the thread that sets the value or initialises the unit. A render call of the unit makes none: a value set
-// there takes effect once another thread has made the engine.
+// The thread that sets a value or initialises the unit makes an engine, and with it the memory of the input
+// history, as soon as a setting of the initialised unit needs one. A render call of the unit makes no engine.
+// A value set inside a render call takes effect after another thread has made the engine.
 #pragma once
 
 #include "platform/audiounit/parameter.h"
@@ -11,20 +11,21 @@
 
 namespace kvxplatform::audiounit {
 
-/// What differs between rate units.
+/// The functions in which the rate units differ.
 struct RateKind {
+    /// Returns  the setting that a unit's parameters request.
     /// [any]
     Setting (*setting)(const Unit&);
 
-    /// The type of engine that the unit needs at a render quality: an argument of make().
+    /// Returns  the type of engine that the unit needs at a render quality, an argument of make().
     /// [any]
     int (*engineType)(const Unit&, UInt32 quality);
 
-    /// Throws std::bad_alloc.
+    /// Make an engine. Throws std::bad_alloc.
     /// [any]
     std::unique_ptr<RateEngine> (*make)(const AudioStreamBasicDescription& format, int engineType);
 
-    /// Frames of input history that the engines need.
+    /// Returns  the number of frames of input history that the engines need.
     double (*historyFrames)(Float64 sampleRate);
 };
 
@@ -33,27 +34,29 @@ struct RateUnit {
 
     const RateKind& kind;
     std::atomic<UInt32> quality{kRenderQuality_Max};
-    std::atomic<int> engineType{-1}; ///< of the engine made last; written with settings
+    /// The type of the engine made last. Written with the `settings` lock held.
+    std::atomic<int> engineType{-1};
     RatePath path;
-    std::atomic<Float32> measuredLatency{0}; ///< seconds, by the last slice
+    std::atomic<Float32> measuredLatency{0}; ///< latency in seconds, measured by the last slice
 };
 
-/// Give the unit its state. Throws std::bad_alloc.
+/// Make the state of a rate unit. Throws std::bad_alloc.
 inline OSStatus openRateUnit(Unit& unit, const RateKind& kind)
 {
     unit.state = new RateUnit(kind);
     return noErr;
 }
 
-/// The stored value of a global parameter.
+/// Returns  the stored value of a parameter in the global scope.
 /// [any]
 inline Float32 globalValue(const Unit& unit, AudioUnitParameterID id)
 {
     return parameterValue(unit, id, kAudioUnitScope_Global, 0);
 }
 
-/// Set a parameter of a rate unit: store the value and make the engine that it needs. Throws std::bad_alloc.
-/// [any], without locks
+/// Set a parameter of a rate unit: store the value and make the engine that the value needs. The caller holds
+/// no lock. Throws std::bad_alloc.
+/// [any]
 OSStatus setRateParameter(Unit& unit, const Parameter& row, AudioUnitElement element, UInt32 index,
                           Float32 value);
 

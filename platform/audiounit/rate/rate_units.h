@@ -1,4 +1,4 @@
-// The rows of the units that change rate and pitch.
+// The table rows of the units that change rate and pitch.
 // unit_kind.h states the contracts of the functions.
 #pragma once
 
@@ -16,7 +16,7 @@ OSStatus openNewTimePitch(Unit& unit);
 OSStatus openTimePitch(Unit& unit);
 OSStatus openVarispeed(Unit& unit);
 
-// The other functions serve all three.
+// The following functions serve all three rate units.
 bool takesRateFormat(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,
                      const AudioStreamBasicDescription& format);
 void destroyRateUnit(void* state);

@@ -7,9 +7,9 @@ namespace {
 
 using RubberBand::RubberBandStretcher;
 
-constexpr UInt32 blockFrames = 1024; // given to Rubber Band at once
+constexpr UInt32 blockFrames = 1024; // largest number of frames given to Rubber Band at once
 
-// Far above full scale. Rubber Band's phases never recover from an infinite sample or a NaN.
+// A level far above full scale. The phases in Rubber Band never recover from an infinite sample or a NaN.
 constexpr Float32 maxSample = 1e9f;
 
 constexpr int common = RubberBandStretcher::OptionProcessRealTime |
@@ -17,7 +17,8 @@ constexpr int common = RubberBandStretcher::OptionProcessRealTime |
                        RubberBandStretcher::OptionChannelsTogether;
 constexpr int options[] = {common, common | RubberBandStretcher::OptionWindowShort};
 
-// Rubber Band supports these rates; at others it works as at the nearest of them.
+// Returns  the nearest sample rate that Rubber Band supports. At other rates Rubber Band works as at that
+//          rate.
 std::size_t supportedRate(Float64 sampleRate)
 {
     return static_cast<std::size_t>(std::clamp(sampleRate, 8000.0, 192000.0));
@@ -35,8 +36,8 @@ Stretcher::Stretcher(Float64 sampleRate, UInt32 channels, Mode mode)
     delay_ = static_cast<UInt32>(rubberBand_.getStartDelay());
 }
 
-// With the preferred pad the first window begins at the first frame. Output has full level only where all
-// windows overlap, so the lead-in is longer and its output is dropped.
+// With Rubber Band's preferred pad the first window begins at the first frame. Output has full level only
+// where all windows overlap, so the lead-in is longer than the pad, and the output of the lead-in is dropped.
 std::int64_t Stretcher::leadIn(double ratio) const
 {
     return pad_ + static_cast<std::int64_t>(std::ceil(delay_ / ratio));
@@ -66,7 +67,7 @@ void Stretcher::process(UInt32 frames)
     nextInput_ += frames;
 }
 
-/// Copy the input, with silence for samples that are no numbers or too large.
+/// Copy the input, with silence in place of samples that are not finite or too large.
 void Stretcher::silenceInvalid(UInt32 frames)
 {
     for (std::size_t channel = 0; channel < in_.size(); ++channel) {
@@ -78,8 +79,8 @@ void Stretcher::silenceInvalid(UInt32 frames)
     }
 }
 
-/// Give Rubber Band the input of its next window, or a block of it. Called when no output is available: only
-/// then does getSamplesRequired() tell where the window ends.
+/// Give Rubber Band the input of its next window, or a block of that input. Called when no output is
+/// available, because only then does getSamplesRequired() state where the window ends.
 void Stretcher::feed(EngineInput& input)
 {
     const std::size_t required = std::max<std::size_t>(rubberBand_.getSamplesRequired(), 1);
@@ -144,8 +145,8 @@ void Stretcher::read(EngineInput& input, Float32* const* out, UInt32 frames)
     unsettledFrames_ = std::max<std::int64_t>(unsettledFrames_ - frames, 0);
 }
 
-// The newest window extends `pad_` frames to either side of its middle. The first output frame after that
-// window was complete lies `delay_` output frames before the middle.
+// The newest window extends `pad_` frames to either side of its middle. The first output frame after the
+// completion of that window lies `delay_` output frames before the middle.
 double Stretcher::position(double framesAgo) const
 {
     const auto frames = static_cast<double>(readSinceWindow_) - delay_ - framesAgo;

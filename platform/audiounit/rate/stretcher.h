@@ -1,8 +1,8 @@
-// Rubber Band as a time stretcher, fed from the input history.
+// The time stretcher: Rubber Band, fed from the input history.
 //
-// Both modes use its finer engine, with all of its windows or a single one. Its faster engine allocates
-// whenever the ratio changes, cannot stretch to less than about an eighth, and costs more than the single
-// window.
+// Both modes use Rubber Band's finer engine, either with all of its windows or with a single window. The
+// faster engine of Rubber Band is not used because it allocates whenever the ratio changes, cannot stretch to
+// less than about an eighth of the duration, and costs more than the finer engine with a single window.
 #pragma once
 
 #include "platform/audiounit/rate/rate_engine.h"
@@ -14,36 +14,40 @@
 
 namespace kvxplatform::audiounit {
 
-// All functions but the constructor, latency() and tail(): [audio & rendering]. They allocate nothing.
+// All functions but the constructor, latency() and tail(): [audio & rendering].
+// These functions allocate nothing.
 class Stretcher {
 public:
     enum class Mode { finer, faster };
 
-    /// Throws std::bad_alloc.
+    /// Make a stretcher. Throws std::bad_alloc.
     Stretcher(Float64 sampleRate, UInt32 channels, Mode mode);
 
-    /// As RateEngine: forget the past; the next output frame corresponds to input frame `frame`.
+    /// Clear the stretcher, as RateEngine::start does. The next output frame corresponds to input frame
+    /// `frame`.
     void start(std::int64_t frame, double ratio);
     std::int64_t leadIn(double ratio) const;
 
-    /// Read about `frames` input frames. True when output is available.
+    /// Read about `frames` input frames.
+    /// Returns  true when output is available.
     bool prepare(EngineInput& input, std::int64_t frames);
 
-    /// Set the ratio, output frames for an input frame. Input that has been read keeps the former ratio.
+    /// Set the ratio in output frames per input frame. Input that the stretcher has already read keeps its
+    /// ratio.
     void setRatio(double ratio);
     double ratio() const { return ratio_; }
 
     /// Render the next frames, planar.
     void read(EngineInput& input, Float32* const* out, UInt32 frames);
 
-    /// The input frame that corresponds to the output frame `framesAgo` before the next one.
+    /// Returns  the input frame that corresponds to the output frame `framesAgo` frames before the next one.
     double position(double framesAgo) const;
 
     /// Whether the next output frames were stretched at the present ratio.
     bool isSettled() const { return unsettledFrames_ <= 0; }
 
-    /// Latency in input frames, and tail until -60 dB in output frames. The tail is measured: the windows
-    /// that hold the last frame spread when they are stretched.
+    /// Returns  the latency in input frames, or the tail to -60 dB in output frames. The tail formula was
+    ///          measured: stretching spreads the windows that contain the last frame.
     /// [any]
     double latency(double ratio) const { return pad_ + (delay_ + hop) / ratio; }
     double tail(double ratio) const { return delay_ * std::max(1.0, ratio + 0.5); }
@@ -55,17 +59,20 @@ private:
     UInt32 retrieve(Float32* const* out, std::int64_t maxFrames);
     void dropStart();
 
-    static constexpr UInt32 hop = 512; ///< the largest step between windows in either mode
+    static constexpr UInt32 hop = 512; ///< largest step between two windows in either mode
 
     RubberBand::RubberBandStretcher rubberBand_;
-    UInt32 pad_, delay_; ///< of Rubber Band, in frames
+    UInt32 pad_, delay_; ///< start pad and start delay of Rubber Band in frames
     double ratio_ = 1;
-    std::int64_t nextInput_ = 0;            ///< the next frame to take from the history
-    std::int64_t windowEnd_ = 0;            ///< the input frame after the newest window
-    std::int64_t readSinceWindow_ = 0;      ///< output frames since that window was complete
-    std::int64_t framesToDrop_ = 0;         ///< of the output before the start frame
-    std::int64_t unsettledFrames_ = 0;      ///< output still to come at former ratios
-    std::vector<Float32> silence_;          ///< a block, the same for all channels
+    std::int64_t nextInput_ = 0; ///< next input frame to read from the history
+    std::int64_t windowEnd_ = 0; ///< input frame after the end of the newest window
+    /// Number of output frames rendered since the newest window was complete.
+    std::int64_t readSinceWindow_ = 0;
+    /// Number of output frames to drop because they lie before the start frame.
+    std::int64_t framesToDrop_ = 0;
+    /// Number of coming output frames that were stretched at earlier ratios.
+    std::int64_t unsettledFrames_ = 0;
+    std::vector<Float32> silence_;          ///< a block of silence, which serves every channel
     std::vector<Float32> finite_, dropped_; ///< a block of each channel
     std::vector<const Float32*> in_;
     std::vector<Float32*> planes_;

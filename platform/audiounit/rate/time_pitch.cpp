@@ -1,5 +1,5 @@
-// The time-pitch units, which change rate and pitch separately. The newer and the classic unit differ only in
-// their parameters.
+// The time-pitch units, which change rate and pitch independently. The newer unit and the classic unit differ
+// only in their parameters.
 #include "platform/audiounit/rate/rate_unit.h"
 #include "platform/audiounit/rate/rate_units.h"
 #include "platform/audiounit/rate/time_pitch_engine.h"
@@ -10,7 +10,7 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-// The same IDs in both units.
+// Rate and pitch have the same IDs in both units.
 constexpr AudioUnitParameterID rate = kNewTimePitchParam_Rate, pitch = kNewTimePitchParam_Pitch;
 static_assert(kTimePitchParam_Rate == rate && kTimePitchParam_Pitch == pitch);
 
@@ -20,7 +20,7 @@ Setting settingOf(const Unit& unit)
     return {globalValue(unit, rate), cents == 0 ? 1 : std::exp2(cents / 1200)};
 }
 
-// The finer mode needs both a large overlap and a high quality.
+// The finer mode requires an overlap and a render quality of at least these values.
 constexpr Float32 finerOverlap = 8;
 constexpr UInt32 finerQuality = kRenderQuality_High;
 
@@ -41,7 +41,8 @@ std::unique_ptr<RateEngine> make(const AudioStreamBasicDescription& format, int 
     return std::make_unique<TimePitchEngine>(format, static_cast<Stretcher::Mode>(mode));
 }
 
-// Enough for the start of an engine, and for what it buffers down to a twelfth of the length.
+// Enough frames for the start of an engine, and for the input that the engine buffers when it shortens the
+// duration to a twelfth.
 double historyFrames(Float64 sampleRate) { return 0.68 * std::max(sampleRate, 48000.0); }
 
 constexpr RateKind newKind = {settingOf, newMode, make, historyFrames};

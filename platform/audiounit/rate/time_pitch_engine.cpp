@@ -7,14 +7,16 @@ namespace {
 
 constexpr UInt32 blockFrames = GlidingConverter::blockFrames;
 
-// The past that a conversion needs when it begins in the middle of the sound: over half its filter.
+// Number of past frames that a conversion needs when it begins in the middle of the sound: more than half the
+// filter length.
 constexpr UInt32 recentFrames = 32;
 
 double stretchRatio(const Setting& setting) { return setting.pitch / setting.rate; }
 
 } // namespace
 
-// The converter's fast filter is enough: its error is far below the stretcher's.
+// The fast filter is sufficient for the converter, because the filter's error is far below that of the
+// stretcher.
 TimePitchEngine::TimePitchEngine(const AudioStreamBasicDescription& format, Stretcher::Mode mode)
     : channels_(format.mChannelsPerFrame), stretcher_(format.mSampleRate, channels_, mode),
       converter_(channels_, pcm::RateConverter::Quality::fast),
@@ -52,7 +54,7 @@ const Float32* TimePitchEngine::pull(EngineInput& input, UInt32 frames)
     return pulled_.data();
 }
 
-/// Feed the converter the recent output, so that its own output continues it.
+/// Feed the recent output to the converter, so that the output of the converter continues that output.
 void TimePitchEngine::beginConversion(EngineInput& input)
 {
     bool isPastFed = false;

@@ -1,5 +1,5 @@
-// Rate and pitch apart: a stretcher for time; for pitch it stretches further and a converter changes the rate
-// back.
+// Changes rate and pitch independently. A stretcher changes the duration; to change the pitch, it stretches
+// by a further factor, and a rate conversion restores the duration.
 #pragma once
 
 #include "platform/audiounit/rate/gliding_converter.h"
@@ -11,7 +11,7 @@ namespace kvxplatform::audiounit {
 
 class TimePitchEngine final : public RateEngine {
 public:
-    /// Throws std::bad_alloc.
+    /// Make an engine for a format and a mode of the stretcher. Throws std::bad_alloc.
     TimePitchEngine(const AudioStreamBasicDescription& format, Stretcher::Mode mode);
 
     void start(std::int64_t frame, const Setting& setting) override;
@@ -30,14 +30,14 @@ private:
 
     UInt32 channels_;
     Stretcher stretcher_;
-    GlidingConverter converter_; ///< its rate is the pitch
-    bool isConverting_ = false;  ///< since the first change of pitch after the start
-    double unplayed_ = 0;        ///< stretched frames that the converter has taken and not played
+    GlidingConverter converter_; ///< converter whose rate is the pitch
+    bool isConverting_ = false;  ///< whether the pitch has changed since the start
+    double unplayed_ = 0;        ///< number of stretched frames that the converter has read and not played
 
-    std::vector<Float32> stretched_; ///< a block, planar
-    std::vector<Float32> pulled_;    ///< the same block, interleaved
+    std::vector<Float32> stretched_; ///< a block of stretched frames, planar
+    std::vector<Float32> pulled_;    ///< the same block of stretched frames, interleaved
     std::vector<Float32*> planes_;
-    std::vector<Float32> recent_; ///< the last stretched frames of the output, interleaved
+    std::vector<Float32> recent_; ///< newest stretched frames of the output, interleaved
 };
 
 } // namespace kvxplatform::audiounit

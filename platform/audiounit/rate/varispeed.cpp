@@ -1,5 +1,5 @@
-// The varispeed unit, which changes rate and pitch together, as a tape machine does. Its two parameters are
-// two views of one value.
+// The varispeed unit, which changes rate and pitch together, as a tape machine does. Its two parameters
+// represent one value in different units.
 #include "platform/audiounit/rate/rate_unit.h"
 #include "platform/audiounit/rate/rate_units.h"
 #include "platform/audiounit/rate/varispeed_engine.h"
@@ -28,8 +28,8 @@ double historyFrames(Float64) { return 8192; }
 
 constexpr RateKind kind = {settingOf, qualityAt, make, historyFrames};
 
-// The rate is the value. The cents that were set last are stored too, so that they read back exactly while
-// they match the rate.
+// The rate parameter holds the value. The cents that were set last are stored too, so that they are returned
+// exactly as long as they correspond to the rate.
 OSStatus getCents(Unit& unit, const Parameter&, AudioUnitElement, UInt32, Float32& out)
 {
     const Float32 rate = globalValue(unit, kVarispeedParam_PlaybackRate);

@@ -1,4 +1,4 @@
-// Rate and pitch together: a rate conversion whose ratio may change while it runs.
+// Changes rate and pitch together by a rate conversion whose ratio may change while it runs.
 #pragma once
 
 #include "platform/audiounit/rate/gliding_converter.h"
@@ -10,7 +10,7 @@ namespace kvxplatform::audiounit {
 
 class VarispeedEngine final : public RateEngine {
 public:
-    /// Throws std::bad_alloc.
+    /// Make an engine for a format and a quality of the conversion. Throws std::bad_alloc.
     VarispeedEngine(const AudioStreamBasicDescription& format, pcm::RateConverter::Quality quality);
 
     void start(std::int64_t frame, const Setting& setting) override;
@@ -28,10 +28,10 @@ private:
     UInt32 channels_;
     pcm::RateConverter::Quality quality_;
     GlidingConverter converter_;
-    std::int64_t nextInput_ = 0; ///< the next frame to take from the history
+    std::int64_t nextInput_ = 0; ///< next input frame to read from the history
     double position_ = 0;
 
-    std::vector<Float32> pulled_; ///< a block, interleaved
+    std::vector<Float32> pulled_; ///< a block of input, interleaved
     std::vector<const Float32*> planes_;
 };
 

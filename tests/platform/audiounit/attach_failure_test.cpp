@@ -1,4 +1,5 @@
-// An output unit that cannot be attached to a device leaves no listener and no I/O procedure on it.
+// Tests that an output unit that cannot be attached to a device leaves no listener and no I/O procedure on
+// the device.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"

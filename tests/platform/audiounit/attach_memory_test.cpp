@@ -1,5 +1,5 @@
-// Each allocation of an output unit's start fails in turn: nothing is left on the device, and a start with
-// enough memory plays.
+// Tests the start of an output unit while each of its allocations fails in turn. A failed start leaves
+// nothing on the device, and a later start with enough memory plays.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-__thread int allocationsLeft = 0; // until one fails; 0: none fails
+__thread int allocationsLeft = 0; // number of allocations including the one that fails; 0 if none fails
 
 } // namespace
 

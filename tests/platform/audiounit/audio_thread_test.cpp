@@ -1,4 +1,4 @@
-// A unit's part of an I/O cycle does not allocate, free or lock.
+// Tests that a unit's work in an I/O cycle does not allocate, free or lock.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -14,8 +14,8 @@ namespace {
 
 using namespace test;
 
-// A device calls its procedures in the order in which they were added: `begin` before the unit's, `end`
-// after.
+// A device calls its I/O procedures in the order in which they were added, so `begin` runs before the unit's
+// procedure and `end` runs after it.
 OSStatus begin(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                AudioBufferList*, const AudioTimeStamp*, void*)
 {
@@ -92,7 +92,7 @@ TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
         const AlarmCounts before;
         for (int cycle = 0; cycle < 20; ++cycle) {
             device.step(fact.slice);
-            // Settings that other threads may change between cycles.
+            // Change settings as other threads may do between cycles.
             AudioUnitSetParameter(unit, kHALOutputParam_Volume, 0, 0, cycle % 2 ? 1 : 0.5f, 0);
             AudioUnitReset(unit, 0, 0);
             const SInt32 map[] = {cycle % 2, 0};

@@ -1,5 +1,5 @@
-// The base that all units share, tested through a kind of unit of this test: several inputs, parameters of
-// every sort, a bypass.
+// Tests the code that all units share, through a unit kind that only this test has: several inputs,
+// parameters of every sort, a bypass.
 #include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/life_cycle.h"
 #include "platform/audiounit/parameter.h"
@@ -89,7 +89,8 @@ const UnitKind sums = {'aumx', 'test', "Sum", column::Inputs{{2, 1, 4}}, column:
                        column::Render{sumOfInputs}, column::RenderInside{nullptr}, column::Start{nullptr}, column::Stop{nullptr}};
 // clang-format on
 
-/// Every sample is the number of its bus, plus 1/2, plus 1/128 for each channel before its own.
+/// A render callback whose every sample is the number of the bus, plus 1/2, plus 1/128 for each preceding
+/// channel.
 OSStatus steady(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32 bus, UInt32 frames,
                 AudioBufferList* list)
 {
@@ -127,7 +128,7 @@ protected:
     {
         return set(kAudioUnitProperty_SetRenderCallback, 1, bus, AURenderCallbackStruct{steady, calls});
     }
-    /// Render 16 frames into the unit's memory.
+    /// Render 16 frames into the unit's own memory.
     OSStatus renderOnce()
     {
         AudioTimeStamp time = {};

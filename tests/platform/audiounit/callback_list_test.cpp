@@ -1,5 +1,5 @@
-// The buffer list of a render callback: one with a single buffer has memory for a second, empty record,
-// because some callbacks silence two buffers whatever the count.
+// Tests the buffer list of a render callback. A list with a single buffer has memory for a second, empty
+// buffer record, because some callbacks silence two buffers whatever the buffer count is.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-/// Counts lists of one buffer whose second record is not empty.
+/// Counts calls with a buffer list of one buffer whose second buffer record is not empty.
 struct PairCallback {
     int calls = 0;
     int faults = 0;
@@ -30,8 +30,8 @@ struct PairCallback {
     }
 };
 
-/// Leave freed blocks of bytes other than zero: a record past the end of a list's memory does not look empty
-/// then.
+/// Allocate and free memory blocks filled with bytes other than zero, so that a buffer record past the end of
+/// a list's memory does not look empty.
 void fillFreedBlocks()
 {
     constexpr std::size_t bytes = sizeof(AudioBufferList) + sizeof(AudioBuffer);
@@ -67,7 +67,8 @@ TEST(CallbackList, HasEmptySecondRecordInDeviceOutputs)
                           noErr);
             }
             ASSERT_EQ(unit.setFormat(kAudioUnitScope_Input, fact.format), noErr);
-            ASSERT_EQ(unit.setLimit(200), noErr); // several calls per I/O cycle
+            // Slice limit that requires several callback calls per I/O cycle.
+            ASSERT_EQ(unit.setLimit(200), noErr);
             ASSERT_EQ(unit.setCallback(PairCallback::checkSecond, &callback), noErr);
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
             ASSERT_EQ(AudioOutputUnitStart(unit), noErr);

@@ -1,4 +1,4 @@
-// Units connected to units.
+// Tests units connected to other units.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -37,7 +37,7 @@ TEST(Connection, FormatsAreCheckedAtInitialisation)
     EXPECT_EQ(AudioUnitInitialize(destination), kAudioUnitErr_FormatNotSupported);
     ASSERT_EQ(destination.setFormat(1, canonical(48000, 2)), noErr);
     EXPECT_EQ(AudioUnitInitialize(destination), noErr);
-    // While initialised, a unit connects only to an output of its present format.
+    // While initialised, a unit connects only to an output that has the unit's present input format.
     const Unit other('genr');
     EXPECT_EQ(connect(other, destination), kAudioUnitErr_FormatNotSupported);
     ASSERT_EQ(other.setFormat(2, canonical(48000, 2)), noErr);
@@ -52,7 +52,7 @@ TEST(Connection, FormatsAreCheckedAtInitialisation)
 
 TEST(Connection, PullsExactSamplesThroughThreeUnits)
 {
-    // float non-interleaved -> 16 bits big-endian -> 24 bits -> float
+    // Formats on the way: float non-interleaved -> 16 bits big-endian -> 24 bits -> float
     const Unit first('genr'), second('genr'), third('genr');
     Feeder feeder(canonical(44100, 2));
     ASSERT_EQ(first.setFormat(2, pcm(44100, 2, 16, isSigned | isPacked | isBig)), noErr);

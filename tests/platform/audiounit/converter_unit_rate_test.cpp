@@ -1,4 +1,4 @@
-// The converter unit between two sample rates.
+// Tests the converter unit between two sample rates.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -13,7 +13,7 @@ namespace {
 using namespace test;
 
 constexpr double pi = 3.14159265358979323846;
-Float64 sourceRate = 44100; // of the tone
+Float64 sourceRate = 44100; // sample rate of the tone
 
 float tone(Float64 frame, UInt32 channel)
 {
@@ -31,7 +31,7 @@ struct Converter {
         EXPECT_EQ(unit.setLimit(limit), noErr);
         EXPECT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
     }
-    /// Render the next slice. Returns channel `c`.
+    /// Render the next slice. Returns the samples of channel `c`.
     std::vector<float> next(UInt32 frames, UInt32 c = 0)
     {
         list.restore();
@@ -168,7 +168,7 @@ TEST(ConverterUnitRate, QualityChangesWhileRendering)
         double worst = 0;
         const Float64 from = converter.at;
         std::vector<float> samples = converter.next(1156);
-        // The tone continues; its phase may change.
+        // The tone continues after the change, but its phase may differ.
         float loudest = 0;
         for (std::size_t i = 400; i < 800; ++i) loudest = std::max(loudest, std::abs(samples[i]));
         EXPECT_NEAR(loudest, 1, 0.01) << change.id;
@@ -188,7 +188,7 @@ OSStatus silent(void*, AudioUnitRenderActionFlags* flags, const AudioTimeStamp*,
     return noErr;
 }
 
-// The filter rings after its source has become silent.
+// The filter still rings after its source has become silent.
 TEST(ConverterUnitRate, RingingFilterIsNotFlaggedSilent)
 {
     Converter converter(44100, 48000);

@@ -1,4 +1,4 @@
-// The converter unit at one sample rate: formats, channels, slices, properties, errors.
+// Tests the converter unit at one sample rate: formats, channels, slices, properties, errors.
 #include "tests/platform/audiounit/fed_unit.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ struct Converter : FedUnit {
     }
 };
 
-/// The source channel of an output channel, or -1.
+/// Returns  the source channel that an output channel plays; -1 for silence.
 int sourceOf(UInt32 channel, UInt32 sources)
 {
     if (sources == 1) return channel < 2 ? 0 : -1;
@@ -98,10 +98,10 @@ TEST(ConverterUnit, CallbackListHasTheInputsFormat)
     EXPECT_EQ(request.buffers, 1u);
     EXPECT_EQ(request.channels, 6u);
     EXPECT_EQ(request.bytes, 64u * 24);
-    expectNoise(converter.format, list, 64, 0, 6); // in the unit's memory
+    expectNoise(converter.format, list, 64, 0, 6); // the samples are in the unit's memory
 }
 
-/// Words that arithmetic on floats would change.
+/// A render callback that writes 32-bit samples whose bits float arithmetic would change.
 OSStatus oddWords(void*, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32 frames,
                   AudioBufferList* list)
 {
@@ -239,7 +239,7 @@ TEST(ConverterUnit, PropertiesAsListed)
     }
     EXPECT_EQ(unit.get<UInt32>(26, 0, 0), 127u);
     EXPECT_EQ(unit.set(26, 0, 0, UInt16{1}), wrong);
-    // The unit always has one input and one output.
+    // The unit always has one input and one output, so the number of elements cannot change.
     EXPECT_EQ(unit.set(11, 1, 0, UInt32{1}), noErr);
     EXPECT_EQ(unit.set(11, 1, 0, UInt32{2}), readOnly);
 }
@@ -300,7 +300,7 @@ TEST(ConverterUnit, RendersSilenceOfTheOutputFormatWhenTheSourceFails)
     }
 }
 
-/// Writes the first frame only.
+/// A render callback that writes the first frame only.
 OSStatus oneFrame(void*, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
                   AudioBufferList* list)
 {

@@ -1,4 +1,5 @@
-// The converter unit on a render thread: no allocation, no lock, and settings that change on another thread.
+// Tests the converter unit on a render thread: it allocates nothing and takes no lock, while another thread
+// changes settings.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/unit.h"
 #include "tests/support/audio_thread_alarm.h"

@@ -1,4 +1,4 @@
-// Units that follow the default devices, and units whose device changes while they run.
+// Tests units that follow the default devices, and units whose device changes while they run.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -26,13 +26,13 @@ struct Playing {
     }
     AudioDeviceID device() const { return unit.get<AudioDeviceID>(2000, 0, 0); }
     bool isRunning() const { return unit.get<UInt32>(2001, 0, 0); }
-    /// Whether the unit has moved to a device and started there. While it moves, its properties already name
-    /// the device, and it counts as running.
+    /// Whether the unit has moved to a device and that device runs. The device itself must be checked because
+    /// during a move the unit's properties already name the new device and report that the unit is running.
     bool hasMovedTo(const SteppedDevice& there) const
     {
         return device() == there.id() && isRunning() && there.isRunning();
     }
-    /// Whether an I/O cycle of a device calls the unit once.
+    /// Whether an I/O cycle of a device calls the unit's callback exactly once.
     bool isOn(SteppedDevice& there)
     {
         const int before = feeder.calls;

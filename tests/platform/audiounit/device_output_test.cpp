@@ -1,4 +1,4 @@
-// The samples that a device plays for an output unit, on a device whose I/O cycles the test runs.
+// Tests the samples that a device plays for an output unit. The test runs the I/O cycles of the device.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -11,7 +11,7 @@ namespace {
 
 using namespace test;
 
-/// A HAL unit that plays noise in a format on a device.
+/// A HAL unit that plays noise of a given format on a device.
 struct Playing {
     Playing(const SteppedDevice& device, const AudioStreamBasicDescription& format)
         : unit('ahal'), feeder(format)
@@ -213,7 +213,8 @@ TEST(DeviceOutput, VolumeChangeMakesNoClickForAnySlice)
         ASSERT_EQ(playing.unit.setCallback(Feeder::callback, &ones), noErr);
         playing.start();
         device.step(7);
-        for (Float32 volume : {0.0f, 1.0f, 0.25f}) { // each change interrupts the ramp of the previous one
+        // Each change of the volume interrupts the ramp of the previous change.
+        for (Float32 volume : {0.0f, 1.0f, 0.25f}) {
             ASSERT_EQ(AudioUnitSetParameter(playing.unit, kHALOutputParam_Volume, 0, 0, volume, 0), noErr);
             device.step(101);
         }

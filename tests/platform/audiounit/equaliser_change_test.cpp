@@ -1,4 +1,4 @@
-// Changes of the equaliser during rendering make no click.
+// Tests that changes of the equaliser during rendering make no click.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,8 @@ void setAll(const Equaliser& unit, Float32 gain)
     for (AudioUnitParameterID band = 0; band < 31; ++band) unit.put(band, gain);
 }
 
-/// The largest second difference: large in a click; amplitude * angle^2 in a tone.
+/// Returns  the largest second difference of the samples, which is large in a click and amplitude * angle^2
+///          in a tone.
 double maxSecondDifference(const std::vector<Float32>& samples, std::size_t from)
 {
     double largest = 0;
@@ -120,7 +121,7 @@ TEST(EqualiserChange, ReachesTheGainThatIsSet)
     }
 }
 
-// After the ramp to flat the input passes unchanged.
+// After the ramp to flat, the input passes unchanged.
 TEST(EqualiserChange, BackToFlatChangesNoBit)
 {
     // clang-format off

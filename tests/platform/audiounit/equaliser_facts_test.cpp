@@ -1,4 +1,4 @@
-// The graphic equaliser's properties, formats and parameters.
+// Tests the graphic equaliser's properties, formats and parameters.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -210,7 +210,7 @@ TEST(Equaliser, DescribesItsParameters)
     }
 }
 
-// No tail when flat; low narrow bands have the longest.
+// A flat equaliser has no tail. Bands that are low and narrow have the longest tail.
 TEST(Equaliser, ReportsItsTail)
 {
     const Equaliser unit;

@@ -1,4 +1,4 @@
-// The measured frequency response of the graphic equaliser.
+// Tests the measured frequency response of the graphic equaliser.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ struct Equaliser : Unit {
     AudioStreamBasicDescription format;
 };
 
-/// The impulse response with one band set.
+/// Returns  the impulse response of an equaliser with one band set.
 std::vector<Float32> impulseResponse(double rate, Float32 bands, AudioUnitParameterID band, Float32 gain,
                                      std::size_t frames)
 {
@@ -51,12 +51,13 @@ std::vector<Float32> impulseResponse(double rate, Float32 bands, AudioUnitParame
     return rendering.play(frames, 4096)[0];
 }
 
-/// The gain of an impulse response at one frequency, in decibels.
+/// Returns  the gain of an impulse response at one frequency, in decibels.
 double responseAt(const std::vector<Float32>& impulse, double hertz, double rate)
 {
     const double angle = 2 * 3.14159265358979323846 * hertz / rate;
     const double cosine = std::cos(angle), sine = std::sin(angle);
-    double re = 0, im = 0; // the transform by Horner's rule, exact at low frequencies too
+    // The Fourier transform by Horner's rule, which is exact at low frequencies too.
+    double re = 0, im = 0;
     for (std::size_t i = impulse.size(); i-- > 0;) {
         const double rotated = re * cosine + im * sine;
         im = im * cosine - re * sine;
@@ -65,7 +66,8 @@ double responseAt(const std::vector<Float32>& impulse, double hertz, double rate
     return decibels(std::hypot(re, im));
 }
 
-/// Expect less than 1 dB at `distance` octaves to either side of a band, below half the sample rate.
+/// Expect a gain of less than 1 dB at `distance` octaves below and above a band, as far as these frequencies
+/// are below half the sample rate.
 void expectFlatAround(const std::vector<Float32>& impulse, double centre, double distance, double rate)
 {
     for (const double hertz : {centre * std::exp2(-distance), centre * std::exp2(distance)})
@@ -79,7 +81,7 @@ TEST(EqualiserResponse, EachOf31BandsRaisesItsCentreOnly)
     for (const double rate : {44100.0, 48000.0, 88200.0, 96000.0, 192000.0})
         for (AudioUnitParameterID band = 0; band < 31; ++band) {
             SCOPED_TRACE(std::to_string(thirds[band]) + " Hz at " + std::to_string(rate));
-            // Long enough for the slowest band to fall by 80 dB.
+            // The response is long enough for the slowest band to fall by 80 dB.
             const auto frames = static_cast<std::size_t>(rate * std::clamp(40 / thirds[band], 0.02, 2.0));
             const auto impulse = impulseResponse(rate, 1, band, 12, frames);
             EXPECT_NEAR(responseAt(impulse, thirds[band], rate), 12, 0.05);
@@ -172,7 +174,7 @@ TEST(EqualiserResponse, DoesNotDependOnTheSliceSize)
         for (AudioUnitParameterID band = 0; band < 31; ++band) unit.put(band, 3);
         Rendering rendering = unit.ready();
         Sound output = rendering.play(1000, slice);
-        unit.put(4, -20); // a change between two slices ramps
+        unit.put(4, -20); // a change between two slices starts a ramp
         const Sound rest = rendering.play(4000, slice);
         for (UInt32 c = 0; c < 2; ++c) output[c].insert(output[c].end(), rest[c].begin(), rest[c].end());
         if (first.empty()) first = output;
@@ -286,7 +288,7 @@ TEST(EqualiserResponse, RecoversFromSamplesThatAreNotFinite)
     EXPECT_TRUE(std::isfinite(output[0][19999]));
 }
 
-// Subnormal numbers would be slow.
+// The filter state must not become subnormal, because arithmetic with subnormal numbers is slow.
 TEST(EqualiserResponse, DecaysToExactSilenceWithoutSubnormalNumbers)
 {
     for (const AudioUnitParameterID band : {5u, 17u, 30u}) {

@@ -1,4 +1,4 @@
-// A unit whose input is noise in one format and whose output has another, and the check of that output.
+// A unit whose input is noise in one format and whose output has another format, and a check of that output.
 #pragma once
 
 #include "tests/platform/audiounit/feeder.h"
@@ -7,7 +7,7 @@
 namespace test {
 
 struct FedUnit {
-    /// Sets formats, slice limit and callback, and does not initialise.
+    /// Set formats, slice limit and callback, without initialising the unit.
     FedUnit(OSType subType, OSType type, const AudioStreamBasicDescription& in,
             const AudioStreamBasicDescription& out, UInt32 limit);
     OSStatus render(List& list, UInt32 frames, Float64 at = 0, AudioUnitRenderActionFlags* flags = nullptr);
@@ -17,12 +17,12 @@ struct FedUnit {
     AudioStreamBasicDescription format;
 };
 
-/// The address of a sample in a list.
+/// Returns  the address of a sample in a buffer list.
 const unsigned char* sampleIn(List& list, const AudioStreamBasicDescription& format, UInt32 frame,
                               UInt32 channel);
 
-/// Expect noise from frame `at`: channel c has that of source channel sourceOf(c, sources), or silence for
-/// -1.
+/// Expect noise that begins at frame `at`. Channel c contains the noise of source channel sourceOf(c,
+/// sources), or silence where that is -1.
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
                  UInt32 sources, int (*sourceOf)(UInt32 channel, UInt32 sources));
 

@@ -1,4 +1,5 @@
-// A callback whose context tests free right after a stop, to detect a later call.
+// A render callback with a context that tests free right after a stop. A later call of the callback is
+// detected.
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>

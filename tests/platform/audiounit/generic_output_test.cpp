@@ -1,4 +1,4 @@
-// Rendering through the generic output unit: lists, limits, times, formats, errors.
+// Tests rendering through the generic output unit: buffer lists, limits, times, formats, errors.
 #include "tests/platform/audiounit/fed_unit.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace test;
 
-/// An initialised generic output: noise in format `in`, output in format `out`.
+/// An initialised generic output unit that is fed with noise in format `in` and has output in format `out`.
 struct Fed : FedUnit {
     Fed(const AudioStreamBasicDescription& in, const AudioStreamBasicDescription& out, UInt32 limit = 1156)
         : FedUnit('genr', 'auou', in, out, limit)
@@ -19,7 +19,7 @@ struct Fed : FedUnit {
     }
 };
 
-/// Expect noise from frame `at`: channel n has source channel n.
+/// Expect noise that begins at frame `at`, with source channel n in channel n.
 void expectNoise(const AudioStreamBasicDescription& format, List& list, UInt32 frames, Float64 at,
                  UInt32 sourceChannels, const std::string& what)
 {
@@ -203,7 +203,7 @@ TEST(GenericOutput, KeepsTheErrorOfAFailedSlice)
     EXPECT_EQ(render(), kAudioUnitErr_Uninitialized);
 }
 
-/// A callback that changes its list in some way.
+/// A render callback that changes its buffer list in one of several ways.
 struct ListChanger {
     enum { shortens, setsPointer, clearsPointer, setsPointerAndShortens } way;
     float ownSamples[64];
@@ -280,7 +280,8 @@ OSStatus closesItsUnit(void* context, AudioUnitRenderActionFlags*, const AudioTi
     const AudioUnit handle = unit;
     EXPECT_EQ(unit.close(), noErr);
     EXPECT_EQ(AudioUnitReset(handle, 0, 0), badComponentInstance);
-    std::memset(list->mBuffers[0].mData, 0, list->mBuffers[0].mDataByteSize); // the memory is not freed yet
+    // Writes to the unit's memory, which must not have been freed yet.
+    std::memset(list->mBuffers[0].mData, 0, list->mBuffers[0].mDataByteSize);
     return noErr;
 }
 

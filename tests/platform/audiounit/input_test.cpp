@@ -1,4 +1,5 @@
-// The device's input through the HAL unit: off by default, rendered by the input callback in each I/O cycle.
+// Tests the device's input through the HAL unit, which is off by default and rendered by the input callback
+// in each I/O cycle.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 

@@ -1,4 +1,4 @@
-// Every life-cycle call in every state of a unit.
+// Tests every life-cycle call in every state of a unit.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"

@@ -1,4 +1,4 @@
-// Client channels in a device's channels, with gain.
+// Tests how client channels are written to a device's channels, with a gain.
 #include "platform/audiounit/output/map_channels.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ TEST(MapChannels, FindsTheSourceOfEachDestination)
 
 TEST(MapChannels, AppliesMapAndGain)
 {
-    const Floats in = {1, 2, 3, 4, 5, 6}; // three frames of two channels
+    const Floats in = {1, 2, 3, 4, 5, 6}; // samples of three frames of two channels
     const ChannelMap map = {1, -1, 0};
     Floats out(9, 99);
     mapChannels(in.data(), 2, 3, &map, {1, 1}, 0, 0, 3, out.data());

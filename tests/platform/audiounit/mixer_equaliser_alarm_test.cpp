@@ -1,4 +1,4 @@
-// A slice through the mixer and the equaliser allocates nothing and takes no lock.
+// Tests that a slice through the mixer and the equaliser allocates nothing and takes no lock.
 #include "tests/platform/audiounit/sound.h"
 #include "tests/support/audio_thread_alarm.h"
 

@@ -1,4 +1,4 @@
-// The multichannel mixer's properties, formats and parameters.
+// Tests the multichannel mixer's properties, formats and parameters.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ struct Mixer : Unit {
 
 constexpr AudioUnitPropertyID metering = kAudioUnitProperty_MeteringMode;
 
-constexpr UInt32 list = ~UInt32{0}; // any size
+constexpr UInt32 list = ~UInt32{0}; // value size of a property with a list, which may have any size
 
 TEST(Mixer, HasItsProperties)
 {

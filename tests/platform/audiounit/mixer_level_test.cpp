@@ -1,4 +1,4 @@
-// The meters of the multichannel mixer against levels computed from the samples.
+// Tests the meters of the multichannel mixer against levels computed from the samples.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ double truePower(const std::vector<Float32>& samples, std::size_t until, double 
     return 10 * std::log10(sum / static_cast<double>(window));
 }
 
-/// Noise whose level changes all the time.
+/// Returns  noise whose level changes all the time.
 Sound modulatedNoise(UInt32 channels, std::size_t frames, double rate)
 {
     Sound sound = whiteNoise(channels, frames);
@@ -146,7 +146,7 @@ TEST(MixerLevels, HoldAPeakForASecondThenFall20DecibelsASecond)
     for (const UInt32 slice : {64u, 1000u, 4096u}) {
         constexpr double rate = 48000;
         Sound sound = silence(1, 400000);
-        sound[0][4800] = -0.5f; // once, at 0.1 s
+        sound[0][4800] = -0.5f; // a single peak, at 0.1 s
         Metered mixer(sound, rate);
         // clang-format off
         const struct { double seconds; Float32 peak; const char* why; } facts[] = {
@@ -166,14 +166,14 @@ TEST(MixerLevels, HoldAPeakForASecondThenFall20DecibelsASecond)
     }
 }
 
-// A higher peak restarts the hold; a lower peak during the hold does not change it.
+// A higher peak restarts the hold. A lower peak during the hold does not change the level.
 TEST(MixerLevels, FollowTheHighestPeak)
 {
     constexpr double rate = 48000;
     Sound sound = silence(1, 400000);
     sound[0][100] = 1;
-    sound[0][24000] = 0.25f; // lower, during the hold of the first
-    sound[0][96000] = 0.5f;  // at 2 s the first has fallen to -20 dB
+    sound[0][24000] = 0.25f; // a lower peak during the hold of the first peak
+    sound[0][96000] = 0.5f;  // a peak at 2 s, when the level of the first peak has fallen to -20 dB
     Metered mixer(sound, rate);
     mixer.rendering.play(48000, 480);
     EXPECT_NEAR(mixer.level(prePeak), 0, 0.1);
@@ -209,7 +209,7 @@ TEST(MixerLevels, AreClearedByAReset)
     Metered mixer(tone(2, 9000, 1000, 44100, 1), 44100);
     mixer.rendering.play(8820, 512);
     ASSERT_EQ(AudioUnitReset(mixer, 0, 0), noErr);
-    mixer.rendering.at = 9000; // after the end of the track
+    mixer.rendering.at = 9000; // sample time after the end of the track
     mixer.rendering.play(512, 512);
     EXPECT_EQ(mixer.level(postAverage), silent);
     EXPECT_EQ(mixer.level(postPeak), silent);

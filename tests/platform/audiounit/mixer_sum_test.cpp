@@ -1,4 +1,4 @@
-// The output of the multichannel mixer, sample by sample.
+// Tests the output of the multichannel mixer, sample by sample.
 #include "tests/platform/audiounit/sound.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ struct Mixer : Unit {
     {
         EXPECT_EQ(setFormat(2, out), noErr);
     }
-    /// Connect an input to a sound.
+    /// Connect an input to a track that plays a sound.
     Track& play(UInt32 bus, Sound sound)
     {
         const auto channels = static_cast<UInt32>(sound.size());
@@ -49,7 +49,7 @@ TEST(MixerSum, ChangesNoBitOfASingleAudibleInput)
             SCOPED_TRACE(std::to_string(channels) + " channels, slices of " + std::to_string(slice));
             Mixer mixer(channels);
             mixer.play(3, Sound(sound.begin(), sound.begin() + channels));
-            // Connected inputs that are muted or disabled change nothing.
+            // Connected inputs that are muted or disabled do not change the output.
             mixer.play(1, anyBits(channels, 3000));
             mixer.put(kMultiChannelMixerParam_Volume, 1, 1, 0);
             mixer.play(6, anyBits(channels, 3000));
@@ -195,7 +195,7 @@ TEST(MixerSum, IgnoresPanWithAMonoOutput)
         }
 }
 
-// Even for NaN and infinite samples.
+// The output is silent even if the input has NaN and infinite samples.
 TEST(MixerSum, IsSilentWhereTheGainIsZero)
 {
     const Sound nothing = silence(1, 1000);
@@ -348,7 +348,7 @@ TEST(MixerRamp, IsSkippedBeforeTheFirstSlice)
     ASSERT_EQ(AudioUnitReset(mixer, 0, 0), noErr);
     EXPECT_EQ(rendering.play(10, 10), steady(2, 10, 0.25f)) << "after a reset";
 
-    // An input that had no source.
+    // An input without a source takes its new volume at once.
     Track late(steady(2, 9000, 1));
     mixer.put(kMultiChannelMixerParam_Volume, 1, 0, 0);
     rendering.play(600, 512);

@@ -1,4 +1,4 @@
-// Parameters of the output units: addresses, ranges, descriptions.
+// Tests the parameters of the output units: addresses, ranges, descriptions.
 #include "tests/platform/audiounit/unit.h"
 
 #include <gtest/gtest.h>

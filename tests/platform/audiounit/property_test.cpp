@@ -1,4 +1,5 @@
-// Every property of the output units, in tables: address, size, access, and when it can be set.
+// Tests every property of the output units, in tables: address, size, access, and when the property can be
+// set.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
 
@@ -17,9 +18,10 @@ constexpr OSStatus noSuch = kAudioUnitErr_InvalidProperty, badScope = kAudioUnit
                    badElement = kAudioUnitErr_InvalidElement, badValue = kAudioUnitErr_InvalidPropertyValue,
                    readOnly = kAudioUnitErr_PropertyNotWritable, initialized = kAudioUnitErr_Initialized;
 
-enum Way { read, write, both, bothBefore }; // bothBefore: written only before the unit is initialised
+// How a property is accessed. bothBefore: read at any time, written only before the unit is initialised.
+enum Way { read, write, both, bothBefore };
 
-// Sizes of records with pointers: the platform's own on 32-bit builds.
+// Sizes of structures with pointers. On 32-bit builds the sizes are those of the original platform.
 constexpr bool is32 = sizeof(void*) == 4;
 constexpr UInt32 connection = is32 ? 12 : sizeof(AudioUnitConnection),
                  callback = is32 ? 8 : sizeof(AURenderCallbackStruct),
@@ -29,7 +31,7 @@ struct Fact {
     AudioUnitPropertyID id;
     AudioUnitScope scope;
     AudioUnitElement element;
-    UInt32 size; // in bytes
+    UInt32 size; // value size in bytes
     Way way;
     const char* why;
 };

@@ -1,4 +1,4 @@
-// A slice through the rate units and their engines allocates nothing and takes no lock.
+// Tests that a slice through the rate units and their engines allocates nothing and takes no lock.
 #include "tests/platform/audiounit/rate_unit.h"
 #include "tests/support/audio_thread_alarm.h"
 
@@ -24,7 +24,7 @@ const struct { Rates rates; const char* why; } cases[] = {
 };
 // clang-format on
 
-/// Renders while allocations and locks are counted.
+/// Renders a unit while allocations and locks are counted.
 class Guarded {
 public:
     explicit Guarded(RateUnit& unit) : unit_(unit) {}
@@ -57,7 +57,7 @@ TEST(RateRenderThread, AllocatesNothingAndTakesNoLock)
     }
 }
 
-// The thread that sets a value makes and frees engines.
+// The thread that sets a value makes and frees the engines, so the render thread allocates nothing.
 TEST(RateRenderThread, AllocatesNothingWhileSettingsChange)
 {
     // clang-format off
@@ -82,7 +82,7 @@ TEST(RateRenderThread, AllocatesNothingWhileSettingsChange)
     }
 }
 
-// Settings from the render thread, once there is an engine.
+// The callback changes a setting on the render thread after an engine has been made.
 TEST(RateRenderThread, SettingsInsideASliceAllocateNothing)
 {
     RateUnit player({'nutp', 1.25}, whiteNoise(2, 400000));

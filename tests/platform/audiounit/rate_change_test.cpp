@@ -1,4 +1,4 @@
-// Changes of a rate unit's settings while it renders make no click and lose no input.
+// Tests that changes of a rate unit's settings during rendering make no click and lose no input.
 #include "tests/platform/audiounit/rate_unit.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ using namespace test;
 
 constexpr double sampleRate = 44100, hertz = 440, amplitude = 0.5;
 
-// The longest delay of a change: an engine starts ahead of the output, then a crossfade follows.
+// Longest duration of a change in frames: an engine starts ahead of the output, and a crossfade follows.
 constexpr std::size_t changeFrames = 16000;
 
 // clang-format off
@@ -38,7 +38,7 @@ void set(RateUnit& player, double rate, double cents, bool isVarispeed)
     if (!isVarispeed) player.set(1, cents);
 }
 
-// From neutral to a setting and back.
+// Each change leads from the neutral setting to another setting and back.
 TEST(RateChange, MakesNoClickAndNoGap)
 {
     for (const auto& change : changes) {
@@ -78,7 +78,7 @@ TEST(RateChange, MakesNoClickAndNoGap)
     }
 }
 
-// In noise every position of the input can be recognised.
+// The input is noise, because in noise every position of the input can be recognised.
 TEST(RateChange, BackToNeutralContinuesTheInputBitForBit)
 {
     for (const auto& change : changes) {
@@ -103,7 +103,7 @@ TEST(RateChange, BackToNeutralContinuesTheInputBitForBit)
     }
 }
 
-// At some extremes more is pulled ahead than the history holds.
+// At some extreme settings, the engine pulls more frames ahead than the history can hold.
 TEST(RateChange, BackToNeutralWorksFromTheExtremes)
 {
     for (const auto& [rate, cents] :
@@ -149,7 +149,7 @@ TEST(RateChange, GlidesBetweenSettings)
     }
 }
 
-// A further change may arrive during a change.
+// A further change may arrive before the previous change is complete.
 TEST(RateChange, MayBeRevertedAtAnyTime)
 {
     for (const OSType kind : {'nutp', 'vari'})
@@ -170,7 +170,7 @@ TEST(RateChange, MayBeRevertedAtAnyTime)
         }
 }
 
-// Inside its own slice a unit makes no engine: the setting takes effect after another thread has made one.
+// Inside its own slice a unit makes no engine, so the setting takes effect after another thread has made one.
 TEST(RateChange, InsideASliceWaitsForAnEngine)
 {
     RateUnit player({'nutp'}, tone(1, 400000, hertz, sampleRate, amplitude));

@@ -1,4 +1,4 @@
-// A client at another rate than the device: the output keeps pitch, level, time and length.
+// Tests a client at another rate than the device: the output keeps pitch, level, time and length.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -28,8 +28,8 @@ constexpr struct {
     {8000, 48000},  {44100, 192000}, {11025, 8000},
 };
 
-/// The largest difference in frames [from, until) between the played samples and the tone at the device's
-/// rate.
+/// Returns  the largest difference in frames [from, until) between the played samples and a tone that is
+///          computed at the device's rate.
 double largestError(const std::vector<float>& played, UInt32 channels, Float64 rate, UInt32 from,
                     UInt32 until)
 {
@@ -58,7 +58,8 @@ TEST(RateConversion, KeepsPitchLevelAndTime)
             ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
             const UInt32 frames = 24000;
             ASSERT_EQ(device.step(frames), frames);
-            // The same tone at the device's rate, sample by sample: pitch, level, no delay, no gap.
+            // The output is the same tone at the device's rate, sample by sample, so pitch and level are
+            // right and there is no delay or gap.
             EXPECT_LT(largestError(device.played, 2, rate.device, 2000, frames), 1e-3);
 
             // The client was called for the frames that the device played, plus the filter's look-ahead.
@@ -137,17 +138,19 @@ TEST(RateConversion, ResetClearsTheFilter)
         }
         time = sampleTime(64);
         ASSERT_EQ(AudioUnitRender(unit, nullptr, &time, 0, 64, list.get()), noErr);
-        // The first pull contains the whole burst of 100 frames: the rest is output unless it is cleared.
+        // The first pull contains the whole burst of 100 frames, so the rest of the burst is output unless a
+        // reset clears it.
         EXPECT_EQ(std::abs(static_cast<float*>(list[0].mData)[20]) > 0.5, !resets);
         ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
     }
 }
 
-Float64 origin; // the client frame at the feeder's frame 0
+Float64 origin; // client frame that corresponds to the feeder's frame 0
 
 float noiseFromOrigin(Float64 frame, UInt32 channel) { return noise(origin + frame, channel); }
 
-/// A unit that converts noise from 44,100 Hz to 48,000 Hz in slices of 100 frames, shorter than the filter.
+/// A unit that converts noise from 44,100 Hz to 48,000 Hz in slices of 100 frames. A slice is shorter than
+/// the filter.
 struct Converting {
     explicit Converting(OSType subType, OSType type = 'auou')
         : drivesDevice(subType == 'ahal'), feeder(canonical(44100, 1), noiseFromOrigin), unit(subType, type)
@@ -186,7 +189,8 @@ struct Converting {
     SteppedDevice device{48000, 1, 100};
     Float64 next = 0;
     Feeder feeder;
-    const Unit unit; // closed before the device: a removed device still runs I/O cycles
+    // The unit is closed before the device is removed, because a removed device still runs I/O cycles.
+    const Unit unit;
 };
 
 TEST(RateConversion, IsResetOnce)

@@ -1,4 +1,4 @@
-// The rate units' parameters, properties, formats and statuses.
+// Tests the rate units' parameters, properties, formats and statuses.
 #include "tests/platform/audiounit/rate_unit.h"
 
 #include <gtest/gtest.h>
@@ -91,7 +91,7 @@ TEST(RateParameters, HaveIdsInTheGlobalScope)
     }
 }
 
-// The last write wins; each parameter reads as the value that the other implies.
+// The value that was written last applies, and each parameter returns the value that the other one implies.
 TEST(RateParameters, OfVarispeedAreTwoViewsOfOneValue)
 {
     const Unit unit('vari', 'aufc');
@@ -224,7 +224,7 @@ TEST(RateRendering, ReturnsTheStatusOfItsSource)
 
 TEST(RateRendering, PassesTheSilenceFlagOnlyWhenNeutral)
 {
-    // Otherwise the unit has a tail after its input is silent.
+    // With another setting than neutral, the unit has a tail after its input has become silent.
     for (const OSType kind : kinds)
         for (const double rate : {1.0, 1.25}) {
             RateUnit player({kind, rate}, tone(2, 40000, 440, 44100, 0.5));

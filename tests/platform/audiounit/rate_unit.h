@@ -1,4 +1,4 @@
-// A rate unit with a sound as its source, and measurements of its output, for tests.
+// Test tools: a rate unit with a sound as its source, and measurements of the unit's output.
 #pragma once
 
 #include "tests/platform/audiounit/sound.h"
@@ -7,11 +7,11 @@
 
 namespace test {
 
-/// The settings of a rate unit. Those that the unit does not have are ignored.
+/// The settings of a rate unit. Settings that the unit does not have are ignored.
 struct Rates {
     OSType subType;
     double rate = 1, cents = 0;
-    double overlap = 8; ///< of the newer time-pitch unit
+    double overlap = 8; ///< overlap, a setting of the newer time-pitch unit
 };
 
 class RateUnit {
@@ -21,10 +21,8 @@ public:
     void set(AudioUnitParameterID id, double value) const;
     double get(AudioUnitParameterID id) const;
     void bypass(bool isOn) const;
-    double seconds(AudioUnitPropertyID id) const
-    {
-        return unit.get<Float64>(id, 0, 0);
-    } ///< of latency or tail
+    /// Returns the value of the latency or the tail property.
+    double seconds(AudioUnitPropertyID id) const { return unit.get<Float64>(id, 0, 0); }
 
     /// Render further frames and append them to `output`.
     void play(std::size_t frames, UInt32 slice = 512);
@@ -35,28 +33,30 @@ public:
     Sound output;
 };
 
-/// The frequency of a tone in frames [from, until), by its zero crossings.
+/// Returns  the frequency of a tone in frames [from, until), measured by its zero crossings.
 double frequencyOf(const std::vector<Float32>& samples, std::size_t from, std::size_t until,
                    double sampleRate);
 
-/// The frame after the last one above a level.
+/// Returns  the number of the frame after the last sample above a level.
 std::size_t endOf(const std::vector<Float32>& samples, double level);
 
-/// The centre of a sound's energy, in frames.
+/// Returns  the centre of a sound's energy, in frames.
 double energyCentreOf(const std::vector<Float32>& samples);
 
 double energyOf(const std::vector<Float32>& samples);
 
-/// The largest second difference in frames [from, until): large in a click, small in a tone.
+/// Returns  the largest second difference in frames [from, until), which is large in a click and small in a
+///          tone.
 double maxSecondDifference(const std::vector<Float32>& samples, std::size_t from, std::size_t until);
 
-/// The largest second difference of a tone.
+/// Returns  the largest second difference of a tone.
 double secondDifferenceOfTone(double hertz, double sampleRate, double amplitude);
 
-/// The smallest peak of the spans of `span` frames in [from, until).
+/// Divide frames [from, until) into spans of `span` frames. Returns the smallest of the spans' peaks.
 double minPeak(const std::vector<Float32>& samples, std::size_t from, std::size_t until, std::size_t span);
 
-/// The frame of a noise where four successive samples are found.
+/// Returns  the frame at which a noise contains four successive samples; no value if the noise does not
+///          contain them.
 std::optional<std::size_t> findInNoise(const Float32* four, const std::vector<Float32>& sound);
 
 } // namespace test

@@ -96,7 +96,8 @@ OSStatus Track::callback(void* context, AudioUnitRenderActionFlags* flags, const
         std::memset(out, 0, frames * sizeof *out);
         if (c >= self.sound.size() || first >= self.sound[c].size()) continue;
         const std::size_t there = std::min<std::size_t>(frames, self.sound[c].size() - first);
-        std::memcpy(out, self.sound[c].data() + first, there * sizeof *out); // words, whatever they are
+        // Copied as bytes, so that no sample changes.
+        std::memcpy(out, self.sound[c].data() + first, there * sizeof *out);
     }
     if (self.saysSilence) *flags |= kAudioUnitRenderAction_OutputIsSilence;
     return self.status;

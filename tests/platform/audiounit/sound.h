@@ -1,4 +1,5 @@
-// Whole sounds for tests: made, played by a callback, rendered out of a unit, measured.
+// Test tools for whole sounds: making them, playing them in a callback, rendering them from a unit, measuring
+// them.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
@@ -13,30 +14,31 @@ using Sound = std::vector<std::vector<Float32>>;
 
 Sound silence(UInt32 channels, std::size_t frames);
 
-/// The same value throughout.
+/// Returns  a sound with the same value in every sample.
 Sound steady(UInt32 channels, std::size_t frames, Float32 value);
 
-/// The same tone in every channel, beginning at a zero.
+/// Returns  the same tone in every channel, beginning at a zero crossing.
 Sound tone(UInt32 channels, std::size_t frames, double hertz, double sampleRate, double amplitude);
 
-/// Any bits at all, not-a-numbers and denormal numbers among them.
+/// Returns  samples of random bits, which include not-a-numbers and subnormal numbers.
 Sound anyBits(UInt32 channels, std::size_t frames);
 
-/// Noise between -1 and 1, another in each channel.
+/// Returns  noise between -1 and 1, different in each channel.
 Sound whiteNoise(UInt32 channels, std::size_t frames);
 
-/// The amplitude of one frequency in frames [from, until), under a window that hides what is not near it.
+/// Returns  the amplitude of one frequency in frames [from, until), measured under a window that suppresses
+///          distant frequencies.
 double amplitudeAt(const std::vector<Float32>& samples, std::size_t from, std::size_t until, double hertz,
                    double sampleRate);
 
-/// The largest difference between neighbours in frames [from, until).
+/// Returns  the largest difference between neighbouring samples in frames [from, until).
 double largestStep(const std::vector<Float32>& samples, std::size_t from, std::size_t until);
 
 double decibels(double amplitude);
 
 bool sameBits(const std::vector<Float32>& a, const std::vector<Float32>& b);
 
-/// Plays a sound from its frame 0 at sample time 0, and silence behind its end. Allocates nothing.
+/// Plays a sound, with its frame 0 at sample time 0 and silence after its end. Allocates nothing.
 class Track {
 public:
     explicit Track(Sound s) : sound(std::move(s)) {}
@@ -51,7 +53,7 @@ public:
     AudioUnitRenderActionFlags lastFlags = 0;
 };
 
-/// Renders on and on out of a unit's output 0.
+/// Renders successive slices of a unit's output 0.
 class Rendering {
 public:
     Rendering(AudioUnit u, const AudioStreamBasicDescription& format, UInt32 mostFrames)
@@ -60,11 +62,11 @@ public:
     }
     OSStatus slice(UInt32 frames);
 
-    /// `frames` frames in slices of `sliceFrames`; a slice that fails is a failure of the test.
+    /// Render `frames` frames in slices of `sliceFrames` frames. A slice that fails makes the test fail.
     Sound play(std::size_t frames, UInt32 sliceFrames);
 
-    AudioUnitRenderActionFlags flags = 0; // what the last slice said
-    Float64 at = 0;                       // sample time of the next
+    AudioUnitRenderActionFlags flags = 0; // flags that the last slice returned
+    Float64 at = 0;                       // sample time of the next slice
     AudioUnit unit;
     List list;
 };

@@ -1,4 +1,4 @@
-// A simulated device whose I/O cycles a test runs, and the samples that it played.
+// A simulated device whose I/O cycles are run by a test, and the samples that the device played.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -19,16 +19,17 @@ public:
     void makeDefault(AudioHardwarePropertyID role = kAudioHardwarePropertyDefaultOutputDevice) const;
     void remove();
 
-    /// Whether an I/O procedure is started: the next step calls it.
+    /// Whether an I/O procedure is started, so that the next step() calls it.
     bool isRunning() const;
 
-    /// Run I/O cycles of `frames` frames in all. Returns the frames that were run.
+    /// Run I/O cycles with a total of `frames` frames. Returns the number of frames that were run.
     UInt32 step(UInt32 frames)
     {
         return static_cast<UInt32>(KVXPlatformStep(device, static_cast<uint32_t>(frames)));
     }
 
-    /// The played samples, [frame * channels + channel]. Not to be read while a paced device runs.
+    /// The samples that the device played: [frame * channels + channel]. Must not be read while a paced
+    /// device runs.
     std::vector<float> played;
 
 private:
@@ -36,7 +37,8 @@ private:
     KVXDeviceID device;
 };
 
-/// Wait until another thread has made a condition true; false after ten seconds.
+/// Wait until another thread has made a condition true.
+/// Returns  false if the condition is still false after ten seconds.
 template <class Happened>
 bool eventually(Happened happened)
 {

@@ -1,4 +1,4 @@
-// After a stop from any thread, or from inside a callback, no callback runs.
+// Tests that no callback runs after a stop from any thread or from inside a callback.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/fragile.h"
 #include "tests/platform/audiounit/stepped_device.h"
@@ -113,7 +113,8 @@ TEST(Stop, InsideACallbackRefusesAStartThere)
 
 TEST(Stop, InsideACallbackEndsThePullsOfThatSlice)
 {
-    // The callback's unit is called ten times per slice of the output, at another rate.
+    // In each slice of the output unit, the callback of the source unit is called about ten times, at another
+    // rate.
     SteppedDevice device(48000, 1, 1000);
     const Unit source('genr'), output('ahal');
     StopsItself stopper{&output, 2, 0, false};

@@ -1,4 +1,4 @@
-// The rate units' output: duration, pitch, level, position, latency and tail.
+// Tests the rate units' output: duration, pitch, level, position, latency and tail.
 #include "tests/platform/audiounit/rate_unit.h"
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ const struct { Rates rates; const char* why; } settings[] = {
 
 bool isVarispeed(const Rates& rates) { return rates.subType == 'vari'; }
 
-// Within 0.5 % in frequency and 1 % in duration.
+// The frequency is exact within 0.5 %, the duration within 1 %.
 TEST(TimePitch, HasTheRateAndPitchThatAreSet)
 {
     for (const auto& setting : settings) {
@@ -80,8 +80,8 @@ TEST(TimePitch, KeepsPositionsFromTheFirstFrameOn)
     }
 }
 
-// After the source's last frame has been pulled, the output ends within latency and tail, and not long
-// before.
+// After the source's last frame has been pulled, the output ends within the latency and tail that the unit
+// reports, and not long before.
 TEST(TimePitch, EndsAfterItsLatencyAndTail)
 {
     struct Counting {
@@ -240,7 +240,7 @@ TEST(TimePitch, RecoversFromInvalidSamples)
         }
 }
 
-// After a reset the unit starts anew at the next input frame.
+// After a reset, the unit starts anew at the next input frame.
 TEST(TimePitch, ResetForgetsThePast)
 {
     for (const Rates& rates : {Rates{'nutp', 0.8}, Rates{'nutp', 1.25, 300, 4}, Rates{'vari', 1.25}}) {

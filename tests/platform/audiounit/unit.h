@@ -28,7 +28,7 @@ public:
     {
         return AudioUnitSetProperty(unit, id, scope, element, &value, sizeof value);
     }
-    /// The value; zero on an error, which `status` receives.
+    /// Get a property's value. After an error, returns zero and stores the error in `status`.
     template <class T>
     T get(AudioUnitPropertyID id, AudioUnitScope scope, AudioUnitElement element,
           OSStatus* status = nullptr) const
@@ -57,16 +57,16 @@ private:
     AudioUnit unit;
 };
 
-// Format flags.
+// Flags of a linear PCM format.
 constexpr UInt32 isFloat = 1, isBig = 2, isSigned = 4, isPacked = 8, isHigh = 16, isNonInterleaved = 32;
 
-/// Linear PCM with `bits` per sample in `bytes` bytes (0: as few as possible).
+/// Returns  a linear PCM format with `bits` bits per sample in `bytes` bytes (0: as few bytes as possible).
 AudioStreamBasicDescription pcm(Float64 rate, UInt32 channels, UInt32 bits, UInt32 flags, UInt32 bytes = 0);
 
-/// 32-bit float, one buffer per channel: the format in which units work.
+/// Returns  the format in which units work: 32-bit float, one buffer per channel.
 AudioStreamBasicDescription canonical(Float64 rate, UInt32 channels);
 
-/// 32-bit float in one buffer.
+/// Returns  the format of 32-bit float samples in one buffer.
 AudioStreamBasicDescription interleaved(Float64 rate, UInt32 channels);
 
 bool operator==(const AudioStreamBasicDescription& a, const AudioStreamBasicDescription& b);
@@ -81,8 +81,8 @@ public:
     AudioBuffer& operator[](UInt32 buffer) { return list().mBuffers[buffer]; }
     const unsigned char* bytes(UInt32 buffer) const { return memory[buffer].data(); }
     std::vector<unsigned char>& memoryOf(UInt32 buffer) { return memory[buffer]; }
-    void clearPointers(); ///< mData NULL, sizes 0
-    void restore();       ///< mData and sizes as constructed
+    void clearPointers(); ///< set every mData to NULL and every size to 0
+    void restore();       ///< set every mData and every size back to the value after construction
 
 private:
     std::vector<std::uint64_t> storage;

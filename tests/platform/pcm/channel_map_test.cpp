@@ -1,4 +1,4 @@
-// Default channel maps, and channel maps from property data.
+// Tests default channel maps, and channel maps from property data.
 #include "platform/pcm/channel_map.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Linear PCM samples of every width and byte order, bit by bit.
+// Tests linear PCM samples of every width and byte order, bit by bit.
 #include "platform/pcm/linear_pcm.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Rate conversion of pulled input: how many frames are pulled, and the time of the output.
+// Tests rate conversion of pulled input: the number of frames pulled, and the time of the output.
 #include "platform/pcm/rate_converter.h"
 
 #include <gtest/gtest.h>

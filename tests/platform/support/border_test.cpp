@@ -1,4 +1,4 @@
-// The border of C functions: no exception leaves it.
+// Tests the border of C functions: no exception leaves it.
 #include "platform/support/border.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Handles that stay invalid after their object is closed.
+// Tests handles that stay invalid after their object is closed.
 #include "platform/support/handle_table.h"
 
 #include <gtest/gtest.h>
@@ -100,7 +100,7 @@ TEST(HandleTable, AddsAnObjectToAFullTableAfterAClose)
 
 TEST(HandleTable, ASlotWithoutGenerationsIsNotUsedAgain)
 {
-    using FewGenerations = HandleTable<Object, 1, 3>; // each slot serves seven times
+    using FewGenerations = HandleTable<Object, 1, 3>; // each slot serves seven objects
     FewGenerations table;
     std::set<HandleNumber> given;
     for (;;) {
@@ -174,7 +174,8 @@ TEST(HandleTable, MayBeUsedAndClosedOnSeveralThreads)
             while (!isOver)
                 if (const Objects::Use use = table.use(current)) found += use->number >= 0;
         });
-    while (found == 0) std::this_thread::yield(); // until the threads run
+    // Wait until a thread has started and found an object.
+    while (found == 0) std::this_thread::yield();
     for (int i = 1; i <= 20000; ++i) {
         const HandleNumber old = current.exchange(add(table, i));
         ASSERT_TRUE(close(table, old));

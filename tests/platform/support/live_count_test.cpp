@@ -17,7 +17,7 @@ OSStatus quiet(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, con
     return noErr;
 }
 
-/// Returns "kind count" lines in the order of the rows.
+/// Returns  lines of the form "kind count", in the order of the rows that the library returns.
 std::vector<std::string> report(uint32_t capacity = 16)
 {
     std::vector<KVXLiveCount> rows(capacity);

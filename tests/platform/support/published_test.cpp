@@ -1,4 +1,4 @@
-// A record that is replaced while a render thread reads it.
+// Tests an object that is replaced while a render thread reads it.
 #include "platform/support/published.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// A render call in progress, and threads that wait for it.
+// Tests a render call in progress, and threads that wait for its end.
 #include "platform/support/render_scope.h"
 
 #include <gtest/gtest.h>
@@ -60,7 +60,7 @@ TEST(RenderScope, DoesNotWaitInsideItself)
 {
     RenderScope scope;
     const RenderScope::Entry call(scope);
-    scope.wait(); // hangs if it waits
+    scope.wait(); // the test hangs if wait() waits for this thread's own call
 }
 
 TEST(RenderScope, WaitsForTheRenderCallInProgress)
