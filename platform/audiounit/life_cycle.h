@@ -16,8 +16,8 @@ OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out);
 void close(Unit& unit);
 
 /// Allocate memory for the present formats and slice limit. Has no effect on an initialised unit.
-/// Errors  NoConnection, FormatNotSupported: the source of an input is missing or has another format;
-///         memFullErr; and the errors of the unit kind's own initialize.
+/// Errors  NoConnection: a connected unit has been closed; FormatNotSupported: the output of a connected unit
+///         has another format; memFullErr; and the errors of the unit kind's own initialize.
 /// [main]
 OSStatus initialize(Unit& unit);
 

@@ -11,7 +11,7 @@ namespace kvxplatform::audiounit {
 /// [audio & rendering]
 bool beginSlice(Unit& unit);
 
-/// Render a slice of an output: AudioUnitRender for a unit instead of a handle.
+/// Render a slice of an output. This is AudioUnitRender once its handle has been resolved to a unit.
 /// [audio]
 OSStatus render(Unit& unit, AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time, UInt32 bus,
                 UInt32 frames, AudioBufferList* list);
@@ -21,8 +21,8 @@ OSStatus render(Unit& unit, AudioUnitRenderActionFlags* flags, const AudioTimeSt
 /// [any]
 void fillInMemory(AudioBufferList& list, pcm::Buffers& own, UInt32 frames);
 
-/// Whether a buffer list has the buffers of a format, and each buffer has no memory or a capacity of at least
-/// `frames` frames.
+/// Whether a buffer list has the buffer and channel counts that a format requires, and each buffer either has
+/// no memory or can hold `frames` frames.
 /// [any]
 bool fits(const AudioBufferList& list, const AudioStreamBasicDescription& format, UInt32 frames);
 

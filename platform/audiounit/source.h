@@ -13,7 +13,7 @@ void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback)
 /// Connect an input to another unit's output and give the input the format of that output; a null unit
 /// disconnects the input. The caller holds no lock.
 /// Errors  InvalidElement: the other unit has no such output; FormatNotSupported: the input cannot have the
-///         format (the input of an initialised unit keeps its own); badComponentInstance: no such unit.
+///         format, which an initialised unit never changes; badComponentInstance: no such unit.
 /// [any]
 OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 

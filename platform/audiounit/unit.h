@@ -78,8 +78,8 @@ struct Unit {
     std::atomic<OSStatus> lastRenderError{noErr};
     /// Whether the unit was stopped inside the present slice, so that its sources are not called again.
     std::atomic<bool> isStopping{false};
-    RenderScope scope;              ///< scope of the render call in progress
-    Float64 hostTicksPerSecond = 0; ///< set by open(), constant after it
+    RenderScope scope;              ///< render scope of the unit's render calls
+    Float64 hostTicksPerSecond = 0; ///< ticks per second of the host clock, constant after open()
 
     Scope& inputs() { return scopes[kAudioUnitScope_Input]; }
     Scope& outputs() { return scopes[kAudioUnitScope_Output]; }

@@ -1,8 +1,8 @@
 // Conversion of linear PCM from one format to another, with a change of the sample rate where the formats
 // differ in rate.
 //
-// The first output frame has the time of the first input frame. After draining, n input frames have given n *
-// outputRate / inputRate output frames, rounded up.
+// The first output frame has the time of the first input frame. After draining, n input frames have given
+// n * outputRate / inputRate output frames, rounded up.
 #pragma once
 
 #include "platform/pcm/format_converter.h"

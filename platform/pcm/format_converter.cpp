@@ -174,7 +174,7 @@ void FormatConverter::runChannel(const std::uint8_t* source, std::uint8_t* targe
     const std::size_t fromStride = from_.mBytesPerFrame, toStride = to_.mBytesPerFrame;
     if (copyWords_) return copyWords_(source, fromStride, target, toStride, frames);
 
-    // `read` does not modify the samples, and `write` does not modify the numbers, so both casts are safe. If
+    // `read` does not modify the samples, and `write` does not modify the numbers, so the casts are safe. If
     // one side has native 32-bit floats, its samples serve as the numbers that the other side is converted
     // from or to.
     auto* const readable = const_cast<std::uint8_t*>(source);

@@ -15,7 +15,7 @@ struct PulledInput {
     /// The buffer list of the input. It points at memory of the source, valid until the next pull.
     ListStorage storage;
     UInt32 first = 0, count = 0; ///< range of the unconverted input frames
-    bool hasEnded = false;       ///< the source has no further input
+    bool hasEnded = false;       ///< whether the source has no further input
 
     /// Discard the unconverted input and expect further input.
     void reset()

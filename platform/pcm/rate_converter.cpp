@@ -57,7 +57,7 @@ bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality q
 UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
 {
     const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
-    // The resampling library rounds `half` and looks at least one frame further.
+    // The resampling library rounds `half` and needs more than one further frame.
     return static_cast<UInt32>(half + 0.5) + 2;
 }
 

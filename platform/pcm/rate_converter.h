@@ -45,8 +45,8 @@ public:
     /// Clear the filter and the unread input.
     void reset();
 
-    /// Returns  the filter's look-ahead: how many input frames after the time of an output frame that frame
-    ///          depends on.
+    /// Returns  the look-ahead of the filter: the number of input frames past the time of an output frame
+    ///          that the filter reads for that frame.
     static UInt32 lookAhead(Float64 from, Float64 to, Quality quality);
 
     /// Convert until all input is used or the output is full. Do not mix calls of process() and convert().

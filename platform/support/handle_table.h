@@ -170,7 +170,8 @@ private:
         Slot* slot = nullptr;
         if (!freeSlots_.empty() && (freeSlots_.size() > 64 || slots_.size() == capacity)) {
             slot =
-                // Slot unused for the longest time: clients are least likely to hold its handles.
+                // The slot that has been unused for the longest time, because clients are least likely to
+                // still hold its handles.
                 freeSlots_.front();
             freeSlots_.erase(freeSlots_.begin());
         } else if (slots_.size() < capacity) {

@@ -25,7 +25,7 @@ uint32_t KVXPlatformGetLiveCounts(KVXLiveCount* rows, uint32_t capacity)
         if (rows && kinds < capacity) rows[kinds] = {each->kind(), count};
         ++kinds;
     }
-    // Sorted by name, because the order of the linked list depends on the order of linking.
+    // The rows are sorted by name, because the order of the linked list depends on the order of linking.
     if (rows)
         std::sort(rows, rows + std::min(kinds, capacity), [](const KVXLiveCount& a, const KVXLiveCount& b) {
             return std::strcmp(a.kind, b.kind) < 0;

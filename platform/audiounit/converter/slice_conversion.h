@@ -48,7 +48,8 @@ private:
     /// The largest number of frames in a pull, which does not change while the unit is initialised.
     UInt32 inputLimit_ = 0;
 
-    // Used only at different rates. [audio & rendering]
+    // The following fields are used only when the rates differ.
+    // [audio & rendering]
     Float64 sampleTime_ = 0;            ///< sample time of the next pull
     AudioBufferList* pulled_ = nullptr; ///< buffer list of the last pull, in the input's memory
     /// The range of frames of `pulled_` that the conversion has not used.

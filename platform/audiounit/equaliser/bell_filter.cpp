@@ -23,8 +23,9 @@ inline double step(const BellCoefficients& c, BellState& state, double in)
 
 } // namespace
 
-// At any height, a bell has half its decibels where |1 - x^2| = x / Q, with x = frequency / centre. The lower
-// edge of the band sets the width, because the upper edge is compressed or missing near half the sample rate.
+// With x = frequency / centre, a bell of any height has half its peak gain in decibels where |1 - x^2| =
+// x / Q. The lower edge of the band sets the width, because the upper edge is compressed or missing near half
+// the sample rate.
 BellShape bellShape(double centre, double octaves, double sampleRate)
 {
     const double frequency = warped(centre, sampleRate);

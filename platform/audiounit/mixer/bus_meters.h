@@ -33,8 +33,8 @@ public:
     /// [any]
     Float32 level(Level which, UInt32 channel) const;
 
-    // Calls of each slice, in this order: begin(); measure() for both stages, or measureSilence(), which
-    // serves both; publish(). These functions do nothing while the meters are disabled.
+    // Each slice calls, in this order: begin(); measure() for both stages, or measureSilence(), which serves
+    // both; publish(). These functions do nothing while the meters are disabled.
     // All four functions: [audio & rendering].
 
     void begin(bool isReset);

@@ -5,7 +5,7 @@
 
 namespace kvxplatform::audiounit {
 
-// Each function applies the gain from its present frame and does not advance it.
+// The gain applies from the first sample on. The functions do not advance its ramp.
 // All functions: [any]. They allocate nothing.
 
 /// Compute samples[i] *= gain.

@@ -5,7 +5,7 @@
 //           Other input channels are dropped; other output channels are silent.
 //
 // Gains     volume, enable and pan ramp to a new value. Before the first slice after initialising or a reset,
-//           a new value applies at once. At rest at 1, a gain changes no bit.
+//           a new value applies at once. A gain that rests at 1 changes no bit.
 #include "platform/audiounit/common_properties.h"
 #include "platform/audiounit/mixer/bus_meters.h"
 #include "platform/audiounit/mixer/fader.h"
@@ -24,17 +24,19 @@ constexpr AudioUnitRenderActionFlags isSilence = kAudioUnitRenderAction_OutputIs
 
 struct Bus {
     BusMeters meters;
-    /// The gain of volume and enable. [audio & rendering]
+    /// The gain that the volume and enable parameters set.
+    /// [audio & rendering]
     pcm::Gain fader = {1, 1};
-    /// The gains of an input for the left and the right channel of a stereo output. [audio & rendering]
+    /// The gains of an input for the left and the right channel of a stereo output.
+    /// [audio & rendering]
     pcm::Gain balance[2] = {{1, 1}, {1, 1}};
 };
 
 struct Mixer {
     Bus inputs[multichannelMixerInputs.most];
     Bus output;
-    /// Whether no slice has been rendered since the start, so that gains have no value to ramp from. [audio &
-    /// rendering]
+    /// Whether no slice has been rendered since the start, so that gains have no value to ramp from.
+    /// [audio & rendering]
     bool isFresh = true;
 };
 
@@ -147,7 +149,7 @@ OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& hasSound
     Bus& state = stateOf<Mixer>(unit).inputs[bus];
     applyFader(state, *in, slice.frames);
     hasSound |= !(flags & isSilence);
-    if (state.fader.isSilence()) return noErr; // adding a 0 would change a sample of -0
+    if (state.fader.isSilence()) return noErr; // adding silence would change an output sample of -0 to 0
     if (isInPlace)
         sum.addInPlace(state.balance);
     else

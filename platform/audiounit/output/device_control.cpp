@@ -8,7 +8,8 @@
 namespace kvxplatform::audiounit {
 namespace {
 
-// The caller of these functions holds the `lifeCycle` lock, except for removeProcedure().
+// The callers of the functions in this namespace hold the `lifeCycle` lock, except those of removeProcedure()
+// and updateDevice().
 
 /// Allocate memory for a device's format.
 OSStatus prepare(Unit& unit, DeviceOutput& state, const DeviceFormat& format)
@@ -43,7 +44,8 @@ void detach(Unit& unit, DeviceOutput& state)
     unit.scope.wait();
 }
 
-/// Attach the unit, which is attached to no device, to a device and start the device's I/O cycles.
+/// Attach the unit to a device and start the device's I/O cycles. The unit must not be attached to any
+/// device.
 OSStatus attach(Unit& unit, DeviceOutput& state, AudioDeviceID device)
 {
     if (device == kAudioDeviceUnknown) return kAudioHardwareBadDeviceError;

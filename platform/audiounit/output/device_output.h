@@ -38,8 +38,8 @@ struct DeviceOutput {
     std::atomic<bool> startsAtZero{true};
 
     // The following fields belong to the render thread, or to the holder of the `lifeCycle` lock while the
-    // unit is attached to no device. [audio & rendering]
-    // [audio & rendering], or with the lifeCycle lock while attached to no device.
+    // unit is attached to no device.
+    // [audio & rendering]
     ClientInput client;
     pcm::Gain gain = {1, 1};
     const AudioBufferList* cycleInput = nullptr; ///< input of the device during an I/O cycle

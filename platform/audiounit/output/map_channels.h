@@ -11,9 +11,9 @@ namespace kvxplatform::audiounit {
 ///          plays n.
 SInt32 sourceChannelOf(const pcm::ChannelMap* map, UInt32 destination, UInt32 sourceChannels);
 
-/// Write in[frame * sourceChannels + channel] as destination channels [first, first + channels) to out[frame
-/// * channels + channel]. `gain` applies from frame `firstFrame` of its slice on. At unity gain, samples are
-/// copied unchanged.
+/// Write in[frame * sourceChannels + channel] as destination channels
+/// [first, first + channels) to out[frame * channels + channel]. `gain` applies from frame `firstFrame` of
+/// its slice on. At unity gain, samples are copied unchanged.
 void mapChannels(const Float32* in, UInt32 sourceChannels, UInt32 frames, const pcm::ChannelMap* map,
                  const pcm::Gain& gain, UInt32 firstFrame, UInt32 first, UInt32 channels, Float32* out);
 

@@ -11,7 +11,8 @@ namespace {
 constexpr UInt32 blockFrames = 512;
 constexpr UInt32 fadeFrames = 1024;
 
-// A starting engine reads this many times the input that is rendered in the time before the crossfade.
+// Before its crossfade, a starting engine reads this many input frames for each input frame that the output
+// advances.
 constexpr double preparationFactor = 2.25;
 
 /// Returns  the gain of the new signal in a frame of a crossfade. The curve begins and ends flat.
@@ -131,7 +132,7 @@ OSStatus RatePath::render(Unit& unit, Slice& slice, const RateRequest& request)
         for (UInt32 channel = 0; channel < history_.channels(); ++channel)
             planes_[channel] = static_cast<Float32*>(slice.out.mBuffers[channel].mData) + done;
         done += renderSpan(input, planes_.data(), slice.frames - done);
-        // Frames before the position, for a crossfade to the input.
+        // Number of frames to keep before the position, because a crossfade to the input may begin there.
         const std::int64_t reach = active_ ? matchReach : 0;
         const auto oldest = static_cast<std::int64_t>(std::floor(position())) - reach;
         const bool isFadingToInput = change_ == Change::fading && !next_;
@@ -143,8 +144,8 @@ OSStatus RatePath::render(Unit& unit, Slice& slice, const RateRequest& request)
     return call.status;
 }
 
-/// Render at most `frames` frames. Returns the number of frames rendered, which is 0 if only the state of a
-/// change has advanced.
+/// Render at most `frames` frames. Returns the number of frames rendered, which is 0 if the call only moved a
+/// change from its preparation to its crossfade.
 UInt32 RatePath::renderSpan(EngineInput& input, Float32* const* out, UInt32 frames)
 {
     if (change_ == Change::fading) return crossfade(input, out, std::min(frames, blockFrames));

@@ -83,6 +83,7 @@ private:
     Published<RateEngine> engines_;
     InputHistory history_;
 
+    // The state of the render thread.
     // [audio & rendering]
     RateEngine* engine_ = nullptr;   ///< held engine that is used when a setting needs one
     RateEngine* incoming_ = nullptr; ///< held engine that replaces `engine_` by a crossfade
@@ -92,7 +93,7 @@ private:
     bool isFresh_ = true;
 
     Change change_ = Change::none;
-    RateEngine* next_ = nullptr; ///< engine after the present change; null for the unchanged input
+    RateEngine* next_ = nullptr; ///< engine to which the present change leads; null for the unchanged input
     Setting nextSetting_;
     std::int64_t fadeStart_ = 0; ///< input frame where the crossfade begins
     UInt32 framesFaded_ = 0;

@@ -72,8 +72,9 @@ private:
     std::int64_t framesToDrop_ = 0;
     /// Number of coming output frames that were stretched at earlier ratios.
     std::int64_t unsettledFrames_ = 0;
-    std::vector<Float32> silence_;          ///< a block of silence, which serves every channel
-    std::vector<Float32> finite_, dropped_; ///< a block of each channel
+    std::vector<Float32> silence_; ///< a block of silence, which serves every channel
+    /// A block of each channel: input without invalid samples, and output to be dropped.
+    std::vector<Float32> finite_, dropped_;
     std::vector<const Float32*> in_;
     std::vector<Float32*> planes_;
 };

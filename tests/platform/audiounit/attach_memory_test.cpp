@@ -10,7 +10,8 @@
 
 namespace {
 
-__thread int allocationsLeft = 0; // number of allocations including the one that fails; 0 if none fails
+// Number of remaining allocations, including the one that fails; 0 if none fails.
+__thread int allocationsLeft = 0;
 
 } // namespace
 

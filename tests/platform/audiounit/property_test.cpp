@@ -21,7 +21,7 @@ constexpr OSStatus noSuch = kAudioUnitErr_InvalidProperty, badScope = kAudioUnit
 // How a property is accessed. bothBefore: read at any time, written only before the unit is initialised.
 enum Way { read, write, both, bothBefore };
 
-// Sizes of structures with pointers. On 32-bit builds the sizes are those of the original platform.
+// Sizes of structures that contain pointers. On 32-bit builds they equal the sizes on the platform.
 constexpr bool is32 = sizeof(void*) == 4;
 constexpr UInt32 connection = is32 ? 12 : sizeof(AudioUnitConnection),
                  callback = is32 ? 8 : sizeof(AURenderCallbackStruct),

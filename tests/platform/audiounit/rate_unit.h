@@ -21,7 +21,7 @@ public:
     void set(AudioUnitParameterID id, double value) const;
     double get(AudioUnitParameterID id) const;
     void bypass(bool isOn) const;
-    /// Returns the value of the latency or the tail property.
+    /// Returns  the value of the latency or the tail property.
     double seconds(AudioUnitPropertyID id) const { return unit.get<Float64>(id, 0, 0); }
 
     /// Render further frames and append them to `output`.
