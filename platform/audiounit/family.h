@@ -1,4 +1,4 @@
-// Registers audio units as a component family.
+// The component family of audio units.
 // All functions: [any].
 #pragma once
 

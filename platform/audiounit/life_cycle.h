@@ -10,8 +10,8 @@ namespace kvxplatform::audiounit {
 /// [main]
 OSStatus open(const UnitKind& kind, AudioUnit self, std::unique_ptr<Unit>& out);
 
-/// Stop the threads that call the unit, wait for them, then uninitialise the unit. After a close inside the
-/// unit's own slice, the unit keeps its memory until it is freed.
+/// Detach the unit from the device that renders it, wait for the render call in progress, then uninitialise
+/// the unit. After a close inside the unit's own slice, the unit keeps its memory until it is freed.
 /// [any]
 void close(Unit& unit);
 

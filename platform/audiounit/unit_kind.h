@@ -78,7 +78,8 @@ using TakesFormat = Function<class TakesFormatName, bool(const Unit&, AudioUnitS
 /// [main]
 using Open = Function<class OpenName, OSStatus(Unit&)>;
 
-/// Stop the threads that call the unit and wait for them. The caller holds no lock.
+/// Detach the unit from the device that renders it and wait for the render call in progress. The caller holds
+/// no lock.
 /// [any]
 using Close = Function<class CloseName, void(Unit&)>;
 

@@ -8,7 +8,7 @@ namespace kvxplatform::audiounit {
 struct BandSet {
     const double* centres; ///< centre frequencies in Hz
     std::size_t count;
-    double octaves; ///< width of each band
+    double octaves; ///< width of each band in octaves
 };
 
 // clang-format off

@@ -41,7 +41,7 @@ private:
     std::array<double, 2 * segmentsInWindow> energies_{}; ///< ring buffer of the energies of closed segments
     UInt32 next_ = 0; ///< index in the ring buffer where the next energy is stored
 
-    // The segment in progress.
+    // The energy, peak and length of the segment in progress.
     double segmentEnergy_ = 0, segmentPeak_ = 0;
     UInt32 framesInSegment_ = 0;
 

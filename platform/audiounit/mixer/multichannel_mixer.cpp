@@ -88,7 +88,7 @@ void applyFader(Bus& bus, AudioBufferList& list, UInt32 frames)
     bus.meters.measure(Stage::postFader, list, frames);
 }
 
-// ---- the sum ----
+// ---- sum of the inputs ----
 
 /// The output of a slice while inputs are added. The first `written` channels hold samples; the others hold
 /// none yet.

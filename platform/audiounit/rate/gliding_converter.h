@@ -39,7 +39,7 @@ public:
         stepsLeft_ = 0;
     }
 
-    /// Glide to another rate during the next frames.
+    /// Start a glide to another rate, which the following frames reach step by step.
     void glideTo(double rate)
     {
         if (rate == target_) return;
