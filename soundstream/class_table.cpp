@@ -1,8 +1,8 @@
 // The class QTSoundStreamKVX: its properties and methods.
 //
-// The mixer delivers 16-bit little-endian samples, and the converter reads them as big-endian ones.
-// Big-endian samples that are labelled little-endian ("sowt") pass the mixer unchanged and play correctly;
-// samples with the correct label play byte-swapped, as noise.
+// The mixer delivers 16-bit little-endian samples, but the converter reads them as big-endian samples.
+// Therefore big-endian samples that a program labels as little-endian ("sowt") pass the mixer unchanged and
+// play correctly; correctly labelled samples play byte-swapped, as noise.
 #include "soundstream/sound_stream.h"
 
 #include "plugin/class_data.h"
@@ -45,33 +45,36 @@ HostBoolean getIsOpen(REALobjectStruct* object, HostInteger)
 using namespace table;
 using Data = SoundStreamData;
 
-// Handles are Integers in the host's interface.
+// The host's interface declares handles as the type Integer.
 static_assert(sizeof(StreamState*) == sizeof(HostInteger));
 constexpr HostType<StreamState*> asState{asInteger.name};
 
-// clang-format off
+// Clang-format off.
 REALproperty properties[] = {
     //           name                          type       getter or field                setter
-    KVX_PROPERTY("PostsStatusNotifications",   asBoolean, getPostsStatusNotifications,   setPostsStatusNotifications),
-    KVX_PROPERTY("IsStreamActive",             asBoolean, getIsStreamActive,             readOnly),
-    KVX_PROPERTY("IsOpen",                     asBoolean, getIsOpen,                     readOnly),
+    KVX_PROPERTY("PostsStatusNotifications", asBoolean, getPostsStatusNotifications,
+                 setPostsStatusNotifications),
+    KVX_PROPERTY("IsStreamActive", asBoolean, getIsStreamActive, readOnly),
+    KVX_PROPERTY("IsOpen", asBoolean, getIsOpen, readOnly),
     KVX_PROPERTY("SoundOutputComponentHandle", asInteger, getSoundOutputComponentHandle, readOnly),
-    KVX_FIELD   ("Handle",                     asState,   state,                         readWrite),
-    KVX_FIELD   ("Release",                    asBoolean, ownsState,                     readWrite),
+    KVX_FIELD("Handle", asState, state, readWrite),
+    KVX_FIELD("Release", asBoolean, ownsState, readWrite),
 };
 
 REALmethod methods[] = {
     //         function                             declaration
-    KVX_METHOD(CloseComponent,                      "CloseComponent"),
-    KVX_METHOD(OpenComponent,                       "OpenComponent"),
-    KVX_METHOD(InitComponent,                       "InitComponent"),
+    KVX_METHOD(CloseComponent, "CloseComponent"),
+    KVX_METHOD(OpenComponent, "OpenComponent"),
+    KVX_METHOD(InitComponent, "InitComponent"),
     KVX_METHOD(OpenDefaultAudioUnitOutputComponent, "OpenDefaultAudioUnitOutputComponent as integer"),
-    KVX_METHOD(AttachToAudioUnitComponent,          "AttachToAudioUnitComponent(componenthandle as integer) as integer"),
-    KVX_METHOD(AttachToElement,                     "AttachToAudioUnitComponent(componenthandle as integer, element as integer) as integer"),
-    KVX_METHOD(AudioUnitInitialize,                 "AudioUnitInitialize(componenthandle as integer) as integer"),
-    KVX_METHOD(AudioOutputUnitStart,                "AudioOutputUnitStart(componenthandle as integer) as integer"),
+    KVX_METHOD(AttachToAudioUnitComponent,
+               "AttachToAudioUnitComponent(componenthandle as integer) as integer"),
+    KVX_METHOD(AttachToElement,
+               "AttachToAudioUnitComponent(componenthandle as integer, element as integer) as integer"),
+    KVX_METHOD(AudioUnitInitialize, "AudioUnitInitialize(componenthandle as integer) as integer"),
+    KVX_METHOD(AudioOutputUnitStart, "AudioOutputUnitStart(componenthandle as integer) as integer"),
 };
-// clang-format on
+// Clang-format on.
 
 static_assert(std::size(properties) == 6, "the class is published with 6 properties");
 static_assert(std::size(methods) == 8, "the class is published with 8 methods");

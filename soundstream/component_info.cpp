@@ -8,38 +8,36 @@ namespace {
 
 struct Answer {
     OSType selector;
-    bool isList; ///< a list of one value
+    bool isList; ///< true: the answer is a SoundInfoList with one value
     Size bytes;
     UInt32 value;
 };
 
-// clang-format off
+// Clang-format off.
 const Answer answers[] = {
-    // selector               list   bytes  value
-    {siNumberChannels,        false, 2,     channelCount},
-    {siChannelAvailable,      true,  2,     channelCount},
-    {siSampleRate,            false, 4,     sampleRate44100},
-    {siSampleRateAvailable,   true,  4,     sampleRate44100},
-    {siSampleSizeAvailable,   true,  2,     sampleBits},
-    {siSampleSize,            false, 2,     sampleBits},
+    // Selector               list   bytes  value.
+    {siNumberChannels, false, 2, channelCount},   {siChannelAvailable, true, 2, channelCount},
+    {siSampleRate, false, 4, sampleRate44100},    {siSampleRateAvailable, true, 4, sampleRate44100},
+    {siSampleSizeAvailable, true, 2, sampleBits}, {siSampleSize, false, 2, sampleBits},
 };
-// clang-format on
+// Clang-format on.
 
 struct Setting {
     OSType selector;
-    bool isPointedTo; ///< a pointer to the 32-bit value; else the low 16 bits are the value
+    /// True: `info` points to a 32-bit value; false: the low 16 bits of `info` are the value.
+    bool isPointedTo;
     UInt32 value;
     OSErr refusal;
 };
 
-// clang-format off
+// Clang-format off.
 const Setting settings[] = {
-    // selector          pointed to  value            refusal of other values
-    {siNumberChannels,   false,      channelCount,    notEnoughHardwareErr},
-    {siSampleRate,       true,       sampleRate44100, siInvalidSampleRate},
-    {siSampleSize,       false,      sampleBits,      siInvalidSampleSize},
+    // Selector          pointed to  value            refusal of other values.
+    {siNumberChannels, false, channelCount, notEnoughHardwareErr},
+    {siSampleRate, true, sampleRate44100, siInvalidSampleRate},
+    {siSampleSize, false, sampleBits, siInvalidSampleSize},
 };
-// clang-format on
+// Clang-format on.
 
 template <class Row, std::size_t count>
 const Row* find(const Row (&rows)[count], OSType selector)
@@ -49,7 +47,7 @@ const Row* find(const Row (&rows)[count], OSType selector)
     return nullptr;
 }
 
-/// Write the row's value in its size, at any alignment.
+/// Write the row's value to `out` in the row's size. `out` may have any alignment.
 void write(void* out, const Answer& row)
 {
     const auto narrow = static_cast<UInt16>(row.value);

@@ -12,8 +12,8 @@ namespace {
 
 constexpr ComponentResult version = 0x00010000;
 
-// The mixer delivers little-endian samples, and the converter reads them as big-endian ones. So only
-// big-endian samples that are labelled little-endian play correctly: existing programs rely on it.
+// The mixer delivers little-endian samples, but the converter reads them as big-endian samples. Therefore
+// only big-endian samples that are labelled little-endian play correctly. Existing programs rely on that.
 constexpr SoundComponentData mixerRequest = {
     0, k16BitLittleEndianFormat, channelCount, sampleBits, sampleRate44100, 1024, nullptr, 0};
 
@@ -24,12 +24,13 @@ void setActive(QTSoundStreamGlobals* globals, bool isActive)
 
 void closeInstance(QTSoundStreamGlobals* globals)
 {
-    if (!liveInstances.remove(*globals)) return; // another thread closes it
+    if (!liveInstances.remove(*globals)) return; // another thread closes the instance already
     if (globals->refcon) storeInOrder<QTSoundStreamGlobals*>(globals->refcon->globals, nullptr);
     endAfterRender(*globals);
 }
 
-/// Open the mixer, replacing a former one. Not while another thread renders the instance.
+/// Open a mixer and close the former mixer of the instance. Must not run while another thread renders the
+/// instance.
 ComponentResult replaceMixer(QTSoundStreamGlobals& globals)
 {
     closeMixer(globals);
@@ -38,11 +39,12 @@ ComponentResult replaceMixer(QTSoundStreamGlobals& globals)
     const OSErr status = OpenMixerSoundComponent(&globals.description, 0, &mixer);
     if (status == noErr) storeInOrder(globals.mixer, mixer);
     const bool isOpen = liveInstances.find(&globals) != nullptr;
-    if (!isOpen) closeMixer(globals); // Close ran while the mixer opened, and may have missed it
+    // Close() ran while the mixer was being opened, and may not have seen the new mixer
+    if (!isOpen) closeMixer(globals);
     return status;
 }
 
-/// Forward a call to the mixer, then set whether the stream is active.
+/// Forward a call to the instance's mixer, then set the state's `streamActive` flag to `isActive`.
 template <class Call, class... Arguments>
 ComponentResult forward(Call call, QTSoundStreamGlobals* globals, bool isActive, Arguments... arguments)
 {
@@ -71,7 +73,8 @@ ComponentResult Open(QTSoundStreamGlobals* former, ComponentInstance self)
 
 ComponentResult Close(QTSoundStreamGlobals* globals, ComponentInstance self)
 {
-    // A closed instance still sends its former storage, whose address may be another instance's by now.
+    // After Close the platform still sends the instance's former storage pointer, and another instance may
+    // have the same storage address by now.
     if (!globals || globals->self != self) return noErr;
     setActive(globals, false);
     closeInstance(globals);

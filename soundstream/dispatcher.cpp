@@ -11,13 +11,14 @@ namespace {
 
 ComponentResult CanDo(QTSoundStreamGlobals* globals, SInt16 selector);
 
-constexpr ComponentResult failure = memFullErr; // a call of the platform has thrown: it is out of memory
+// Result if a platform call throws, because then it is out of memory.
+constexpr ComponentResult failure = memFullErr;
 
 struct Selector {
     SInt16 what;
     ProcPtr handler;
-    ProcInfoType procInfo; ///< sizes of result and arguments, the storage first
-    bool canDo;            ///< the answer of CanDo
+    ProcInfoType procInfo; ///< sizes of the result and of the arguments; the first argument is the storage
+    bool canDo;            ///< result of CanDo for this selector
 };
 
 template <auto function>
@@ -26,23 +27,23 @@ ProcPtr handler()
     return reinterpret_cast<ProcPtr>(catchingAll<function, failure>);
 }
 
-// CanDo denies stop and pause although both work: clients rely on the answer.
-// clang-format off
+// CanDo denies stop and pause although the component supports both, because existing clients rely on that
+// result.
 const Selector selectors[] = {
-    // selector                                  handler                      sizes    can do
-    {kComponentVersionSelect,                    handler<Version>(),          0x00F0,  true},
-    {kComponentCanDoSelect,                      handler<CanDo>(),            0x02F0,  true},
-    {kComponentCloseSelect,                      handler<Close>(),            0x03F0,  true},
-    {kComponentOpenSelect,                       handler<Open>(),             0x03F0,  true},
-    {kSoundComponentInitOutputDeviceSelect,      handler<InitOutputDevice>(), 0x03F0,  true},
-    {kSoundComponentGetInfoSelect,               handler<GetInfo>(),          0x3FF0,  true},
-    {kSoundComponentSetInfoSelect,               handler<SetInfo>(),          0x3FF0,  true},
-    {kSoundComponentStartSourceSelect,           handler<StartSource>(),      0x0EF0,  true},
-    {kSoundComponentStopSourceSelect,            handler<StopSource>(),       0x0EF0,  false},
-    {kSoundComponentPauseSourceSelect,           handler<PauseSource>(),      0x0EF0,  false},
-    {kSoundComponentPlaySourceBufferSelect,      handler<PlaySourceBuffer>(), 0x3FF0,  true},
+    // Selector                                  handler                      sizes    can do.
+    {kComponentVersionSelect, handler<Version>(), 0x00F0, true},
+    {kComponentCanDoSelect, handler<CanDo>(), 0x02F0, true},
+    {kComponentCloseSelect, handler<Close>(), 0x03F0, true},
+    {kComponentOpenSelect, handler<Open>(), 0x03F0, true},
+    {kSoundComponentInitOutputDeviceSelect, handler<InitOutputDevice>(), 0x03F0, true},
+    {kSoundComponentGetInfoSelect, handler<GetInfo>(), 0x3FF0, true},
+    {kSoundComponentSetInfoSelect, handler<SetInfo>(), 0x3FF0, true},
+    {kSoundComponentStartSourceSelect, handler<StartSource>(), 0x0EF0, true},
+    {kSoundComponentStopSourceSelect, handler<StopSource>(), 0x0EF0, false},
+    {kSoundComponentPauseSourceSelect, handler<PauseSource>(), 0x0EF0, false},
+    {kSoundComponentPlaySourceBufferSelect, handler<PlaySourceBuffer>(), 0x3FF0, true},
 };
-// clang-format on
+// Clang-format on.
 
 const Selector* find(SInt16 what)
 {

@@ -1,14 +1,15 @@
-// The component's entry point: every request of a client arrives here.
+// The component's entry point, which receives every request of a client.
 #pragma once
 
 #include <Carbon/Carbon.h>
 
 namespace soundstream {
 
-/// Answer one request. Selectors without a handler go to the mixer from 256 on; lower ones are refused.
+/// Handle one request. A selector without a handler is delegated to the mixer if it is 256 or higher, and is
+/// refused if it is lower.
 ///
 /// Shape   `storage` is the instance's QTSoundStreamGlobals, which may be freed already; null before Open.
-/// Errors  badComponentSelector: refused.
+/// Errors  badComponentSelector if the selector is refused.
 /// [client]
 ComponentResult QTSoundStreamDispatch(ComponentParameters* parameters, Handle storage);
 

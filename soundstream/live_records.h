@@ -1,8 +1,8 @@
-// Records that other threads find by their address.
+// Reference-counted records that other threads find by address.
 //
-// An audio unit keeps the address of a stream state, and a client that of its instance, longer than the
-// record lives. So an address is looked up before it is used. A found record counts its users: the last one
-// frees it.
+// An audio unit keeps the address of a StreamState, and a client keeps the address of its instance's
+// QTSoundStreamGlobals, even after that record is freed. Therefore a thread looks an address up before it
+// uses the record. Each record counts its users, and the last user frees the record.
 //
 // All functions: [any].
 #pragma once
@@ -19,14 +19,14 @@
 
 namespace soundstream {
 
-/// Count one more user.
+/// Add one user to the record's user count.
 template <class Record>
 void use(Record& record)
 {
     __atomic_add_fetch(&record.users, 1, __ATOMIC_RELAXED);
 }
 
-/// Count one user less; the last user destroys the record. Null is ignored.
+/// Subtract one user from the record's user count; the last user frees the record. A null pointer is ignored.
 template <class Record>
 void leave(Record* record)
 {
@@ -41,11 +41,12 @@ struct Leave {
     }
 };
 
-/// A record in use, or null; its destructor leaves the record.
+/// A pointer to a record that counts as one of the record's users, or null. Its destructor calls leave().
 template <class Record>
 using Used = std::unique_ptr<Record, Leave>;
 
-/// Let other threads run while this one waits: yield at first, later sleep for a small part of a slice.
+/// Let other threads run during a wait: yield in the first calls, later sleep for a small part of a slice.
+/// `waited` is the number of earlier calls in this wait.
 inline void yieldOrSleep(int waited)
 {
     constexpr int yields = 100;
@@ -56,12 +57,14 @@ inline void yieldOrSleep(int waited)
         nanosleep(&sleep, nullptr);
 }
 
-/// The live records of one kind, linked through their field `next`: no memory but the records' own.
+/// The live records of one type. They are linked through their `next` fields, so the list allocates no
+/// memory.
 template <class Record>
 class LiveRecords {
 public:
-    /// Allocate a zero-filled record with one user, initialise it, and then let lookups find it.
-    /// Returns  null without memory.
+    /// Allocate a zero-filled record with one user, call `initialise` on it, and then make it visible to
+    /// lookups.
+    /// Returns  null if there is no memory.
     template <class Initialise>
     Record* create(Initialise initialise)
     {
@@ -75,18 +78,20 @@ public:
         return record;
     }
 
-    /// Let no new lookup find `record`, and wait for the lookups in progress.
-    /// Returns  false if another thread has removed the record.
+    /// Make `record` invisible to new lookups, and wait for the lookups in progress.
+    /// Returns  false if another thread has already removed the record.
     bool remove(Record& record)
     {
         if (!unlink(record)) return false;
-        // Removing unlinks the record, then reads the lookup count; a lookup raises the count, then reads the
-        // links. Under sequential consistency one of the two sees the other.
+        // remove() unlinks the record, then reads the lookup count; find() raises the lookup count, then
+        // reads the links. Under sequential consistency at least one of the two threads sees what the other
+        // has written.
         for (int waited = 0; loadInOrder(lookups_) != 0; ++waited) yieldOrSleep(waited);
         return true;
     }
 
-    /// The live record at `address`, in use; null if there is none. Takes no lock.
+    /// Find the live record at `address` and count one more user; null if no live record has this address.
+    /// Locks no mutex.
     Used<Record> find(const void* address)
     {
         __atomic_add_fetch(&lookups_, 1, __ATOMIC_SEQ_CST);
@@ -110,7 +115,7 @@ private:
     }
 
     Record* first_ = nullptr;
-    int lookups_ = 0;                                   ///< in progress; a few instructions each
+    int lookups_ = 0; ///< number of lookups in progress; each takes a few instructions
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< held while a record is linked or unlinked
 };
 

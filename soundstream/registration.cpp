@@ -1,4 +1,4 @@
-// The life of an object and its component: create, register, unregister.
+// The host object's methods that create its state and register and unregister its component.
 #include "plugin/classes.h"
 #include "plugin/release.h"
 #include "soundstream/render_scope.h"
@@ -12,20 +12,33 @@ namespace {
 
 constexpr double sampleRate = 44100;
 
-// clang-format off
-constexpr AudioStreamBasicDescription converterOutput = {
-    sampleRate, kAudioFormatLinearPCM,
-    kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved,
-    4, 1, 4, 2, 32, 0};
+// Clang-format off.
+constexpr AudioStreamBasicDescription converterOutput = {sampleRate,
+                                                         kAudioFormatLinearPCM,
+                                                         kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked |
+                                                             kAudioFormatFlagIsNonInterleaved,
+                                                         4,
+                                                         1,
+                                                         4,
+                                                         2,
+                                                         32,
+                                                         0};
 
-// Big-endian, although the mixer delivers little-endian samples: existing programs rely on the mismatch.
+// The converter reads big-endian samples although the mixer delivers little-endian ones, because existing
+// programs rely on this mismatch.
 constexpr AudioStreamBasicDescription converterInput = {
-    sampleRate, kAudioFormatLinearPCM,
+    sampleRate,
+    kAudioFormatLinearPCM,
     kAudioFormatFlagIsBigEndian | kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked,
-    4, 1, 4, 2, 16, 0};
-// clang-format on
+    4,
+    1,
+    4,
+    2,
+    16,
+    0};
+// Clang-format on.
 
-constexpr UInt32 componentFlags = 0xC0C; // 16 bits and stereo, in and out
+constexpr UInt32 componentFlags = 0xC0C; // flags for 16-bit and stereo sound, each as input and output
 
 Component registerComponent()
 {
@@ -37,7 +50,7 @@ Component registerComponent()
     return RegisterComponent(&description, NewComponentRoutineUPP(entry), 0, name.get(), nullptr, nullptr);
 }
 
-/// Take the refcon record from the state: the render thread and new instances no longer find it.
+/// Remove the RefconRecord from the state. After that the render thread and new instances no longer find it.
 void withdrawRefcon(StreamState& state)
 {
     RefconRecord* const record = swapInOrder<RefconRecord*>(state.refconRecord, nullptr);
@@ -56,7 +69,7 @@ void destruct(REALobjectStruct* object)
     SoundStreamData& data = dataOf(object);
     CloseComponent(object);
     if (data.state && data.ownsState) {
-        withdrawRefcon(*data.state); // of a registration that failed
+        withdrawRefcon(*data.state); // a RefconRecord may remain from a registration that failed
         liveStates.remove(*data.state);
         leave(data.state);
     }
@@ -78,7 +91,7 @@ void OpenComponent(REALobjectStruct* object)
     if (!state || state->component) return;
     state->component = registerComponent();
 
-    withdrawRefcon(*state); // of a registration that failed
+    withdrawRefcon(*state); // a RefconRecord may remain from a registration that failed
     RefconRecord* const record = liveRefcons.create([state](RefconRecord& created) {
         use(*state);
         created.state = state;
@@ -99,7 +112,8 @@ void CloseComponent(REALobjectStruct* object)
     data.attachedUnit = nullptr;
     if (!data.state || !data.state->component) return;
     StreamState& state = *data.state;
-    catchAll([&] { CountComponentInstances(state.component); }); // clients may keep their instances open
+    // The count is ignored, because clients may keep their instances open.
+    catchAll([&] { CountComponentInstances(state.component); });
     withdrawRefcon(state);
     release(UnregisterComponent, state.component);
     state.component = nullptr;

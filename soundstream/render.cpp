@@ -10,7 +10,7 @@ namespace soundstream {
 
 namespace {
 
-constexpr UInt32 bytesPerFrame = 4; // two channels of 16 bits, as the mixer delivers them
+constexpr UInt32 bytesPerFrame = 4; // the mixer delivers two channels of 16-bit samples
 constexpr UInt32 silencedBuffers = 2;
 
 void silence(AudioBuffer& buffer)
@@ -18,14 +18,14 @@ void silence(AudioBuffer& buffer)
     if (buffer.mData) std::memset(buffer.mData, 0, buffer.mDataByteSize);
 }
 
-/// Silence exactly the first two buffers, for any buffer count: existing programs rely on it.
+/// Silence exactly the first two buffers, whatever the buffer count, because existing programs rely on that.
 void silence(AudioBufferList& list)
 {
     for (UInt32 i = 0; i < silencedBuffers; ++i) silence(list.mBuffers[i]);
 }
 
-/// The audible instance, which lives until the render scope ends; null if there is none, or its mixer
-/// changes.
+/// The audible instance, which stays valid until the render scope ends. Null if there is no audible instance
+/// or if its mixer is being replaced.
 QTSoundStreamGlobals* audibleInstance(const StreamState& state)
 {
     const RefconRecord* const record = loadInOrder(state.refconRecord);
@@ -33,7 +33,7 @@ QTSoundStreamGlobals* audibleInstance(const StreamState& state)
     return globals && !loadInOrder(globals->isMixerChanging) ? globals : nullptr;
 }
 
-/// Returns false if there is nothing to render.
+/// Render the audible instance. Returns false if no audio was rendered, so that the caller renders silence.
 bool renderInstance(const void* address, UInt32 frames, AudioBufferList* list)
 {
     const RenderScope scope(address);
@@ -44,14 +44,15 @@ bool renderInstance(const void* address, UInt32 frames, AudioBufferList* list)
     return true;
 }
 
-/// The mixer's current samples, or its next ones when they are used up; null if it has none.
+/// The mixer's current samples, or its next samples if the current ones are used up; null if the mixer has
+/// none.
 SoundComponentDataPtr currentSource(QTSoundStreamGlobals& globals)
 {
     SoundComponentDataPtr data = loadRelaxed(globals.sourceData);
     if (data && data->sampleCount != 0) return data;
     const int inputsEnded = loadRelaxed(globals.inputsEnded);
     SoundComponentGetSourceData(loadAcquired(globals.mixer), &data);
-    // A completion routine may have closed the instance or replaced its mixer.
+    // During this call a completion routine may have closed the instance or replaced the instance's mixer.
     if (loadRelaxed(globals.inputsEnded) != inputsEnded) data = nullptr;
     storeRelaxed(globals.sourceData, data);
     return data;

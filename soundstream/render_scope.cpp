@@ -1,5 +1,6 @@
-// A thread clears a pointer, then reads `renderThread`; a render call sets `renderThread`, then reads the
-// pointer. Under sequential consistency one of the two sees the other.
+// A removing thread clears a pointer, then reads `renderThread`; a render call sets `renderThread`, then
+// reads the pointer. Under sequential consistency at least one of the two threads sees what the other has
+// written.
 #include "soundstream/render_scope.h"
 
 namespace soundstream {

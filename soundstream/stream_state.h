@@ -1,7 +1,7 @@
-// The records of the bridge.
+// The records that the host program's object, the component's clients and the render thread share.
 //
-// The host program's object, the component's clients and the render thread share them, and finish in any
-// order. So each record counts its users.
+// These three users finish in any order, so each record counts its users. In the field comments, "published"
+// and "relaxed" name the memory order of atomic accesses.
 #pragma once
 
 #include "abi/word.h"
@@ -17,64 +17,69 @@ namespace soundstream {
 struct RefconRecord;
 struct QTSoundStreamGlobals;
 
-/// What InitComponent makes for an object.
+/// The state that InitComponent creates for an object.
 struct StreamState {
-    Component component;                      ///< registered; null while not open. [main]
-    AudioConverterRef converter;              ///< null until created; never disposed. Published
-    AudioStreamBasicDescription outputFormat; ///< of the converter; fixed
-    RefconRecord* refconRecord;               ///< in use; null while not open. Published
-    HostBoolean streamActive;                 ///< the mixer plays a source. Relaxed
-    HostBoolean postsStatusNotifications;     ///< stored for the host program only. [main]
+    Component component; ///< the registered component; null while not open. [main]
+    /// converter from the mixer's format; null until created, never disposed. Published
+    AudioConverterRef converter;
+    AudioStreamBasicDescription outputFormat; ///< output format of the converter; constant
+    /// the record of the registered component, whose user this state is; null while not open. Published
+    RefconRecord* refconRecord;
+    HostBoolean streamActive;             ///< whether the mixer plays a source. Relaxed
+    HostBoolean postsStatusNotifications; ///< value of a host property, stored without any effect. [main]
 
-    int users;                          ///< the object, each RefconRecord, each render call
-    StreamState* next;                  ///< in liveStates
-    pthread_t renderThread;             ///< runs the render call in progress; 0: none. Published
-    std::uint32_t rendersDone;          ///< count of render calls that have ended; wraps. Published
-    QTSoundStreamGlobals* closedInside; ///< list of instances closed inside the render call. [audio]
+    int users;                          ///< user count: the object, each RefconRecord, each render call
+    StreamState* next;                  ///< next state in liveStates
+    pthread_t renderThread;             ///< thread of the render call in progress; 0 without one. Published
+    std::uint32_t rendersDone;          ///< number of render calls that have ended; may wrap. Published
+    QTSoundStreamGlobals* closedInside; ///< first instance that was closed inside the render call. [audio]
 };
 
-/// The refcon of a registered component.
+/// The data that a registered component's refcon points to.
 struct RefconRecord {
-    StreamState* state;            ///< in use
-    QTSoundStreamGlobals* globals; ///< of the audible instance; null: none. Published
+    StreamState* state;            ///< the state, whose user this record is
+    QTSoundStreamGlobals* globals; ///< storage of the audible instance, or null. Published
 
-    int users;          ///< the StreamState while open, each instance
-    RefconRecord* next; ///< in liveRefcons
+    int users;          ///< user count: the StreamState while open, each instance
+    RefconRecord* next; ///< next record in liveRefcons
 };
 
 /// The storage of an open instance of the component.
 struct QTSoundStreamGlobals {
-    ComponentInstance mixer;          ///< null until the client initialises the device. Published
+    /// The instance's mixer; null until the client initialises the device. Published.
+    ComponentInstance mixer;
     SoundComponentDataPtr sourceData; ///< the mixer's samples that are not rendered yet. [audio]
-    SoundComponentData description;   ///< requested of the mixer
+    SoundComponentData description;   ///< format that is requested of the mixer
     ComponentInstance self;
-    RefconRecord* refcon; ///< in use; null if the component was unregistered before the instance opened
+    /// The component's record, whose user this instance is; null if the component was unregistered before
+    /// Open.
+    RefconRecord* refcon;
 
-    bool isMixerChanging;       ///< the render thread renders silence instead. Published
-    int inputsEnded;            ///< how often `sourceData` became invalid. Relaxed
-    int users;                  ///< the open instance, each request in progress
-    QTSoundStreamGlobals* next; ///< in liveInstances, then in closedInside
+    bool isMixerChanging; ///< the mixer is being replaced, so the render thread renders silence. Published
+    int inputsEnded;      ///< number of times that `sourceData` became invalid. Relaxed
+    int users;            ///< user count: the open instance, each request in progress
+    QTSoundStreamGlobals* next; ///< next instance in liveInstances; after removal, next in closedInside
 };
 
 extern LiveRecords<StreamState> liveStates;
 extern LiveRecords<RefconRecord> liveRefcons;
 extern LiveRecords<QTSoundStreamGlobals> liveInstances;
 
-/// Free a record without users, and leave the record that it uses.
+/// Free a record whose user count is 0, and leave() the record that it uses.
 /// [any]
 void destroy(StreamState* state);
 void destroy(RefconRecord* record);
 void destroy(QTSoundStreamGlobals* globals);
 
-/// Close the instance's mixer, if it has one. Not while another thread renders the instance.
+/// Close the instance's mixer, if it has one. Must not run while another thread renders the instance.
 /// [any]
 void closeMixer(QTSoundStreamGlobals& globals);
 
-/// Discard the samples that the mixer has delivered. Not while another thread renders the instance.
+/// Discard the samples that the mixer has delivered. Must not run while another thread renders the instance.
 /// [any]
 void endInput(QTSoundStreamGlobals& globals);
 
-/// The instance's mixer; null without globals.
+/// The instance's mixer; null if `globals` is null.
 /// [client]
 inline ComponentInstance mixerOf(const QTSoundStreamGlobals* globals)
 {

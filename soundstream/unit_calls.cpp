@@ -1,4 +1,4 @@
-// Open, attach, initialise and start the output unit.
+// The methods that open, attach, initialise and start an output unit.
 #include "plugin/exception_border.h"
 #include "soundstream/render.h"
 #include "soundstream/sound_stream.h"
@@ -9,7 +9,8 @@ namespace {
 
 AudioUnit unitOf(HostInteger handle) { return reinterpret_cast<AudioUnit>(handle); }
 
-/// Store and return the status of a platform call: -1 during the call, and after one that throws.
+/// Store and return the status of a platform call. The stored status is -1 during the call and after a call
+/// that throws.
 template <class Call>
 HostInteger statusOf(REALobjectStruct* object, Call call)
 {

@@ -13,10 +13,11 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// Restart the device with other buffers. The caller holds `control`.
+/// Restart the device with new cycle buffers and with the settings that these buffers have. The caller holds
+/// the device's `control` mutex.
 OSStatus runWith(const DeviceRef& device, std::unique_ptr<CycleBuffers> buffers)
 {
-    closeHardware(device); // a stream is opened for one rate and one slice
+    closeHardware(device); // a hardware stream is opened for one rate and one slice size
     device->buffers.publish(std::move(buffers), device->scope);
     return settleDriver(device);
 }
@@ -28,7 +29,8 @@ void restore(Device& device, const Settings& former)
     device.settings.sliceFrames = former.sliceFrames;
 }
 
-/// The caller holds `control`.
+/// Allocate cycle buffers for the device's present settings and restart the device with them; restore the
+/// former settings if that fails. The caller holds the device's `control` mutex.
 OSStatus runWithNewSettings(const DeviceRef& device)
 {
     Settings settings;
@@ -36,7 +38,7 @@ OSStatus runWithNewSettings(const DeviceRef& device)
         const std::lock_guard<std::mutex> lock(propertyLock);
         settings = device->settings;
     }
-    std::unique_ptr<CycleBuffers> next, former; // both allocated before anything changes
+    std::unique_ptr<CycleBuffers> next, former; // both buffers are allocated before the device changes
     try {
         next = std::make_unique<CycleBuffers>(settings);
         former = std::make_unique<CycleBuffers>(device->applied);
@@ -67,7 +69,8 @@ OSStatus applySettings(const DeviceRef& device)
         const std::lock_guard<std::mutex> control(device->control);
         status = runWithNewSettings(device);
     }
-    if (status == kAudioHardwareUnspecifiedError) markDead(device); // so that the timer runs its cycles
+    // After markDead() the timer thread runs the device's cycles.
+    if (status == kAudioHardwareUnspecifiedError) markDead(device);
     return status;
 }
 

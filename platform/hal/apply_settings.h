@@ -1,17 +1,18 @@
-// Passes what the properties report on to the cycles.
+// Applies the settings and the levels that a device's properties report to the device's I/O cycles.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Run the next cycle with the device's present settings. Inside a cycle the housekeeper does it soon after.
-/// Errors   '!dat' if hardware does not open with a new rate or slice: the former ones are restored.
-///          'what' if it does not open with those either: the device is dead.
+/// Run the next I/O cycle with the device's present settings. If the caller is inside a cycle, the
+/// housekeeper thread applies the settings soon after that cycle.
+/// Errors   '!dat' if the hardware does not open with a new rate or slice: the former settings are restored.
+///          'what' if the hardware does not open with the former settings either: the device is dead.
 /// [any]
 OSStatus applySettings(const DeviceRef& device);
 
-/// Let the gains glide to the device's present levels.
+/// Let the gain of each output channel glide to the device's present level.
 /// [any]
 void applyLevels(const DeviceRef& device);
 

@@ -9,10 +9,11 @@
 namespace kvxplatform::hal {
 
 namespace {
-constexpr std::size_t ringSeconds = 10;           // longest delay of a slow disk
-constexpr std::size_t largestRing = 32u << 20;    // samples
-constexpr std::size_t samplesPerWrite = 1u << 15; // at most
-constexpr std::int64_t pollNanos = 20'000'000;    // longest time that samples stay in the ring
+// Longest delay of a slow disk, in seconds, for which the ring buffer has capacity.
+constexpr std::size_t ringSeconds = 10;
+constexpr std::size_t largestRing = 32u << 20;    // largest ring buffer, in samples
+constexpr std::size_t samplesPerWrite = 1u << 15; // largest number of samples in one file write
+constexpr std::int64_t pollNanos = 20'000'000;    // longest time that samples stay in the ring buffer
 
 const char* adviceFor(int error)
 {
@@ -53,7 +54,8 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
     const std::size_t samples = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
     const std::size_t size = std::clamp(samples, samplesPerWrite * 2, largestRing);
     try {
-        capture->ring_.resize(size - size % form.channels); // a frame never wraps around
+        // The ring buffer has whole frames, so a frame never wraps around its end.
+        capture->ring_.resize(size - size % form.channels);
         capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
     } catch (const std::exception&) {
         error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
@@ -72,14 +74,17 @@ Capture::~Capture()
 void Capture::write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait)
 {
     const bool isEmpty = written_.load(std::memory_order_relaxed) == 0;
-    if (isEmpty) hasChanged_ = false; // it may be opened while a change of settings is in progress
+    // A capture without samples may be opened during a change of settings, so a different form of its first
+    // slice does not end it.
+    if (isEmpty) hasChanged_ = false;
     if (!(form == form_)) hasChanged_ = true;
     if (hasChanged_ || failure_.load(std::memory_order_relaxed) != 0) return;
     std::size_t left = std::size_t{frames} * form.channels;
     const std::uint64_t unwritten =
         written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
     if (!mayWait && left > ring_.size() - static_cast<std::size_t>(unwritten)) {
-        hasLost_ = true; // the whole slice: half a frame would swap the channels of all later frames
+        // The whole slice is lost, because half a frame would swap the channels of all later frames.
+        hasLost_ = true;
         return;
     }
     while (left) {
@@ -108,7 +113,7 @@ std::size_t Capture::writeSpan()
     const std::uint64_t unwritten = written_.load(std::memory_order_acquire) - taken;
     const std::size_t start = taken % ring_.size();
     std::size_t span = std::min({static_cast<std::size_t>(unwritten), ring_.size() - start, samplesPerWrite});
-    span -= span % form_.channels; // whole frames
+    span -= span % form_.channels; // the write ends with a whole frame
     if (span) failure_ = file_.write(&ring_[start], span);
     taken_.store(taken + span, std::memory_order_release);
     return span;

@@ -1,4 +1,4 @@
-// A WAV file of 32-bit float that a background thread writes from a device's output.
+// A recording of a device's output, which a background thread writes to a WAV file of 32-bit float samples.
 #pragma once
 
 #include "platform/hal/float_wave.h"
@@ -13,30 +13,32 @@
 
 namespace kvxplatform::hal {
 
-/// The file has a temporary name until it is finished, so a program never finds an incomplete file.
+/// A capture. The file has a temporary name until the capture is finished, so a program never finds an
+/// incomplete file.
 class Capture {
 public:
-    /// What cannot change within a file. Rate in Hz.
+    /// The rate (Hz) and the number of channels, which cannot change within a file.
     struct Form {
         double rate;
         std::uint32_t channels;
         bool operator==(const Form& other) const { return rate == other.rate && channels == other.channels; }
     };
 
-    /// Create the file and start the thread that writes it.
+    /// Create the file and start the thread that writes the file.
     /// Errors   Null, with the reason in `error`.
     /// [any]
     static std::shared_ptr<Capture> open(const std::string& path, const Form& form, std::string& error);
     ~Capture();
 
-    /// Append one interleaved slice. A slice of another form ends the file, once the file has samples.
-    /// Without space in the ring buffer it waits for the writer thread if `mayWait`; else it drops the slice,
-    /// and finish() reports the gap. Allocates nothing. One call at a time.
+    /// Append one interleaved slice. If the file has samples, a slice of another form ends the file.
+    /// If the ring buffer is full and `mayWait` is set, write() waits for the writer thread; without
+    /// `mayWait` it drops the slice, and finish() reports the gap. Allocates nothing. One call at a time.
     /// [audio]
     void write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait);
 
-    /// Write the rest, close the file and give it its name. A second call does nothing.
-    /// Errors   False, with the reason in `error`, if any sample is missing.
+    /// Write the samples that are still in the ring buffer, close the file and give the file its final name.
+    /// A second call does nothing.
+    /// Errors   False, with the reason in `error`, if any sample is missing in the file.
     /// [any], no write() in progress
     bool finish(std::string& error);
 
@@ -52,9 +54,10 @@ private:
     FloatWave file_;
     Form form_ = {};
     std::vector<float> ring_;
-    std::atomic<std::uint64_t> written_{0}, taken_{0}; ///< samples; the difference is in the ring
+    /// Total samples put into and taken from the ring buffer.
+    std::atomic<std::uint64_t> written_{0}, taken_{0};
     std::atomic<bool> isEnding_{false}, hasLost_{false}, hasChanged_{false};
-    std::atomic<int> failure_{0}; ///< errno of the first write that failed
+    std::atomic<int> failure_{0}; ///< errno of the first failed file write; 0 without a failure
     Signal wake_;
     std::thread thread_;
     bool isFinished_ = false;

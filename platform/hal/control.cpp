@@ -1,4 +1,4 @@
-// The functions of the control header that concern devices.
+// The functions of the public control header that concern devices.
 #include "platform/hal/apply_settings.h"
 #include "platform/hal/device_capture.h"
 #include "platform/hal/device_changes.h"
@@ -16,7 +16,7 @@ using namespace kvxplatform::hal;
 namespace {
 
 thread_local std::string errorText;
-thread_local bool isOutOfResources = false; ///< its text needs no memory
+thread_local bool isOutOfResources = false; ///< the last error is a lack of memory, whose text is a constant
 
 int32_t fail(OSStatus status, const std::string& text)
 {
@@ -25,7 +25,8 @@ int32_t fail(OSStatus status, const std::string& text)
     return static_cast<int32_t>(status);
 }
 
-/// Run the body of a control function. An exception makes the out-of-resources text its error.
+/// Run the body of a control function. If the body throws, the caller receives `failure`, and the error text
+/// is the constant text for a lack of memory.
 template <class Body>
 std::invoke_result_t<Body> withErrorText(std::invoke_result_t<Body> failure, Body body) noexcept
 {
@@ -51,7 +52,7 @@ int32_t notSimulated(const DeviceRef& device)
                 "\"" + device->name + "\" is not a simulated device; only those can be changed by hand");
 }
 
-/// The same for a function on one device, which `find` looks up.
+/// Run the body of a control function that concerns one device. `find` looks the device up.
 template <class Find, class Body>
 int32_t withDevice(Find find, KVXDeviceID id, Body body) noexcept
 {
@@ -68,7 +69,8 @@ void copyText(char (&target)[size], const std::string& text)
     target[size - 1] = 0;
 }
 
-/// Why a simulated device cannot have these settings; null if it can. Zero keeps a setting.
+/// Return why a simulated device cannot have these settings, or null if it can. An argument of 0 keeps the
+/// present setting.
 const char* refusalOf(double rate, uint32_t channels, uint32_t slice, uint32_t inputs = 0)
 {
     if (rate != 0 && !(rate >= lowestRate && rate <= highestRate))
@@ -101,9 +103,10 @@ void setDriver(const DeviceRef& device, Driver driver)
 {
     {
         const std::lock_guard<std::mutex> control(device->control);
-        if (!device->isDiscarding) handOver(device, driver); // a discarding device keeps the timer
+        // The timer thread keeps a device whose output is discarded.
+        if (!device->isDiscarding) handOver(device, driver);
     }
-    device->scope.wait(); // for the last cycle of the former driver
+    device->scope.wait(); // the last cycle of the former driver may still be in progress
 }
 
 } // namespace
@@ -203,7 +206,9 @@ int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t o
             device->outputLevels.resize(settings.outputChannels);
             after = settings;
         }
-        applyLevels(device); // first: an added channel has its level from its first frame on
+        // The levels are applied before the settings, so an added channel has its level from its first frame
+        // on.
+        applyLevels(device);
         applySettings(device);
         postSettingChanges(*device, before, after);
         return noErr;
@@ -284,7 +289,7 @@ int32_t KVXPlatformStopCapture(KVXDeviceID id)
 {
     return withErrorText(int32_t{kAudioHardwareUnspecifiedError}, [&]() -> int32_t {
         const DeviceRef device = findDeviceForProcs(id);
-        if (!device) return noErr; // its capture ended with it
+        if (!device) return noErr; // the end of the device has finished the capture
         std::string error;
         return finishCapture(*device, CaptureOwner::program, error)
                    ? noErr

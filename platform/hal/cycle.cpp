@@ -19,7 +19,8 @@ AudioTimeStamp timeStamp(double sampleTime, UInt64 hostTime)
     return stamp;
 }
 
-/// One buffer for the stream, or none. The buffer of a stream that is off has a size, but no memory.
+/// A buffer list with one buffer for the stream, or without buffers if the device has no channels on this
+/// side. If the stream is switched off, its buffer has a size but a null data pointer.
 AudioBufferList listOf(std::vector<float>& samples, UInt32 channels, UInt32 frames, bool isOff)
 {
     AudioBufferList list = {};
@@ -43,8 +44,9 @@ Times timesOf(const Device& device, const Settings& settings, UInt32 frames, UIn
     return {now, settings.inputChannels ? now : none, settings.outputChannels ? output : none};
 }
 
-/// Make the procedure the one in progress, if it may be called. A thread that stops it clears the flag, then
-/// reads `called`: it either finds the call, or the cycle finds the flag cleared.
+/// Make the procedure the one in progress, unless it is stopped. A thread that stops a procedure clears
+/// `isStarted`, then reads `called`: either that thread finds the call in progress, or the cycle finds
+/// `isStarted` cleared.
 bool beginCall(Device& device, const IOProc& proc)
 {
     if (!proc.isStarted.load(std::memory_order_relaxed)) return false;
@@ -54,15 +56,16 @@ bool beginCall(Device& device, const IOProc& proc)
     return false;
 }
 
-/// Among many procedures, the records of the next ones are no longer in the near caches: fetch them while
-/// this one renders. The client's memory is not read, so any pointer will do.
+/// Among many procedures, the IOProc records of the next procedures have left the near processor caches, so
+/// prefetch them while the present procedure renders. A prefetch never faults, so any client pointer is
+/// allowed.
 void prefetchNext(const std::shared_ptr<IOProc>* row, const std::shared_ptr<IOProc>* end)
 {
     if (end - row > 2) __builtin_prefetch(row[2].get());
     if (end - row > 1) __builtin_prefetch(row[1]->client);
 }
 
-/// Add the output of every started procedure in `mix`.
+/// Call every started procedure and store the sum of their outputs in `mix`.
 void callProcs(Device& device, CycleBuffers& buffers, UInt32 frames, const Times& times)
 {
     const Settings& settings = buffers.settings;
@@ -91,7 +94,7 @@ void callProcs(Device& device, CycleBuffers& buffers, UInt32 frames, const Times
     if (isFirst) std::fill_n(buffers.mix.begin(), samples, 0.0f);
 }
 
-/// Every channel glides to its target and ends exactly there; samples at gain 1 stay exact.
+/// Let the gain of every channel glide to its target and end exactly there. Samples at gain 1 are unchanged.
 void applyGains(Device& device, CycleBuffers& buffers, UInt32 frames)
 {
     const UInt32 channels = buffers.settings.outputChannels;
@@ -148,7 +151,7 @@ void CycleScope::enter(Device& device)
 CycleBuffers& buffersOfNextCycle(Device& device)
 {
     CycleBuffers& buffers = *device.buffers.get();
-    // A channel that is added starts at its level instead of the gain of a former channel of that number.
+    // An added channel starts at its own level, not at the last gain of an earlier channel with that number.
     for (UInt32 c = device.glidingChannels; c < buffers.settings.outputChannels; ++c) {
         const float target = device.targetGains[c];
         device.glides[c] = {target, target, 0};

@@ -1,4 +1,4 @@
-// One I/O cycle: a slice of a device's time.
+// One I/O cycle: calls a device's procedures for one slice of time and mixes their output.
 #pragma once
 
 #include "platform/hal/device.h"
@@ -7,15 +7,15 @@
 
 namespace kvxplatform::hal {
 
-/// The device whose cycle runs on this thread, or null. A thread inside a cycle never waits.
+/// The device whose cycle runs on this thread, or null outside a cycle. A thread inside a cycle never waits.
 extern thread_local Device* deviceInCycle __attribute__((tls_model("initial-exec")));
 
-/// The calling thread runs cycles of the device while this object lives.
+/// Lets the calling thread run cycles of the device while this object lives.
 class CycleScope {
 public:
-    /// Waits while another driver runs its last cycle.
+    /// Wait if another driver still runs its last cycle of the device.
     explicit CycleScope(Device& device);
-    /// Does not wait: false if another driver still runs a cycle.
+    /// Do not wait: if another driver still runs a cycle of the device, the object converts to false.
     CycleScope(Device& device, std::try_to_lock_t);
     ~CycleScope();
     CycleScope(const CycleScope&) = delete;
@@ -31,14 +31,16 @@ private:
 
 // Both functions: [audio & rendering], inside a CycleScope.
 
-/// The buffers and settings of the next cycle; valid until the scope ends.
+/// The buffers and settings of the next cycle. Both are valid until the CycleScope ends.
 CycleBuffers& buffersOfNextCycle(Device& device);
 
-/// Call every started procedure with silence, add their output, apply the levels, and pass the sum to the
-/// tap and the captures. Allocates nothing. A single procedure's samples stay exact.
-/// Shape    `buffers` are those of the next cycle, `frames` at most its slice; the result is interleaved.
-/// Owner    the buffers; valid until their next cycle.
-/// `mayWait`: whether a capture may wait for its writer thread.
+/// Call every started procedure with a silent output buffer, add the procedures' outputs, apply the levels,
+/// and pass the result to the tap and the captures. Allocates nothing. At gain 1 the samples of a single
+/// procedure are unchanged.
+/// Shape    `buffers` come from buffersOfNextCycle(); `frames` is at most one slice; the result is
+///          interleaved.
+/// Owner    `buffers` owns the result, which is valid until the next cycle with these buffers.
+/// `mayWait` says whether a capture may wait for its writer thread.
 const float* runCycle(Device& device, CycleBuffers& buffers, UInt32 frames, bool mayWait);
 
 } // namespace kvxplatform::hal

@@ -1,4 +1,4 @@
-// The settings that an I/O cycle runs with, and its buffers.
+// The buffers of a device's I/O cycles, and the settings that the cycles run with.
 #pragma once
 
 #include "platform/hal/settings.h"
@@ -7,7 +7,7 @@
 
 namespace kvxplatform::hal {
 
-/// Allocated for one set of settings; a change of settings publishes new buffers.
+/// Cycle buffers, allocated for one set of settings. A change of settings publishes new cycle buffers.
 struct CycleBuffers {
     explicit CycleBuffers(const Settings& ofSettings)
         : settings(ofSettings), mix(std::size_t{settings.sliceFrames} * settings.outputChannels),
@@ -16,7 +16,7 @@ struct CycleBuffers {
     }
 
     const Settings settings;
-    std::vector<float> mix, scratch, inputSilence; ///< interleaved
+    std::vector<float> mix, scratch, inputSilence; ///< all three are interleaved
 };
 
 } // namespace kvxplatform::hal

@@ -1,7 +1,7 @@
-// A device of the platform, as a plain record.
+// An audio device of the platform, as a plain structure.
 //
-// Its fields are grouped by the lock that guards them. An I/O cycle takes no lock but cycleLock: other
-// threads pass values to it in atomic words and published records, which the next cycle reads.
+// The fields are grouped by the mutex that guards them. An I/O cycle locks no mutex except `cycleLock`: other
+// threads pass values to the cycle in atomic variables and published objects, which the next cycle reads.
 #pragma once
 
 #include "platform/hal/cycle_buffers.h"
@@ -23,78 +23,88 @@
 
 namespace kvxplatform::hal {
 
-/// What runs the I/O cycles of a device.
+/// The driver of a device: the thread or caller that runs the device's I/O cycles.
 enum class Driver { timer, steps, hardware };
 
 struct HardwareStream;
 
 struct Device {
-    // ---- never changes once the device is listed ----
+    // ---- constant after the device is added to the device list ----
     AudioObjectID id = 0;
-    AudioObjectID outputStream = 0; ///< 0: the device has no output
+    AudioObjectID outputStream = 0; ///< ID of the output stream; 0 if the device has no output
     AudioObjectID inputStream = 0;
     std::string name, manufacturer, uid;
     UInt32 transport = 0;
     bool isSimulated = false;
-    bool isOfServer = false; ///< ends together with the JACK server
+    bool isOfServer = false; ///< the device belongs to the JACK server and ends together with it
 
-    // ---- under propertyLock ----
+    // ---- guarded by propertyLock ----
     Settings settings;
     bool isAlive = true;
-    bool isListed = true; ///< false: unplugged, kept until its last procedure is removed
+    /// False if the device is unplugged and is kept until its last procedure is removed.
+    bool isListed = true;
     bool isMuted = false;
     std::vector<Level> outputLevels;
     SInt32 hogOwner = -1;
     UInt32 outputSource = 'spkr';
-    std::vector<double> rates; ///< on offer; empty: every rate of a simulated device
+    /// Supported sample rates; an empty list on a simulated device means every rate.
+    std::vector<double> rates;
     bool ratesAreKnown = true;
 
-    // ---- under `control` ----
-    std::mutex control; ///< serialises start, stop and new settings; never held during a wait for a procedure
-    std::shared_ptr<HardwareStream> hardware; ///< shared with a thread that closes it
-    Settings applied;                         ///< the settings of `buffers`
+    // ---- guarded by `control` ----
+    /// Serialises start, stop and new settings; not held while a thread waits for a procedure's call to end.
+    std::mutex control;
+    /// The open hardware stream, shared with a thread that closes it.
+    std::shared_ptr<HardwareStream> hardware;
+    Settings applied; ///< settings for which `buffers` are allocated
     bool hasTimerThread = false;
 
-    std::mutex finishing; ///< held while a capture is finished, so that a second caller waits for its file
+    /// Held while a capture is finished, so a second caller returns only after the file is complete.
+    std::mutex finishing;
 
-    // ---- under `cycleLock`: the state of the cycles ----
-    std::mutex cycleLock; ///< held by the thread that runs cycles; contended only when the driver changes
-    std::array<Glide, mostChannels> glides; ///< of each output channel's gain
-    UInt32 glidingChannels = 0;             ///< output channels of the latest cycle
+    // ---- guarded by `cycleLock`: the state of the I/O cycles ----
+    std::mutex cycleLock; ///< held by the thread that runs cycles; contended only during a change of driver
+    std::array<Glide, mostChannels> glides; ///< gain of each output channel
+    UInt32 glidingChannels = 0;             ///< number of output channels in the latest cycle
     double sampleTime = 0;
-    double stepDebt = 0; ///< frames of elapsed time that a stepped device has not yet run
+    double stepDebt = 0; ///< elapsed time of a stepped device, in frames, that no cycle has run yet
 
-    // ---- published to the cycles; writers hold `control` ----
-    RenderScope scope; ///< of the thread that runs cycles
+    // ---- published to the I/O cycles; a thread that writes holds `control` ----
+    RenderScope scope; ///< render scope of the thread that runs cycles
     ProcList procs{scope};
     Published<CycleBuffers> buffers;
-    Published<const OutputSinks> sinks; ///< null: none
+    Published<const OutputSinks> sinks; ///< tap and captures; null without any
     std::array<std::atomic<float>, mostChannels> targetGains;
     std::atomic<Driver> driver{Driver::timer};
-    std::atomic<bool> isDiscarding{false}; ///< dead or unplugged: cycles run, but their output is discarded
+    /// The device is dead or unplugged, so its cycles run but their output is discarded.
+    std::atomic<bool> isDiscarding{false};
 
-    // ---- published by the cycles ----
-    std::atomic<const IOProc*> called{nullptr};  ///< the procedure in progress
-    std::atomic<std::int64_t> lastCycleNanos{0}; ///< start of the latest cycle, on the host clock
+    // ---- published by the I/O cycles ----
+    std::atomic<const IOProc*> called{nullptr};  ///< procedure whose call is in progress
+    std::atomic<std::int64_t> lastCycleNanos{0}; ///< start time of the latest cycle, on the host clock
 
-    // ---- any thread ----
-    std::atomic<int> starts{0};             ///< started procedures, and starts without a procedure
-    std::atomic<int> startsWithoutProc{0};  ///< the latter only
-    std::atomic<bool> hasJustStarted{true}; ///< the device was silent: the first cycle does not glide
+    // ---- read and written by any thread ----
+    std::atomic<int> starts{0};            ///< number of started procedures plus `startsWithoutProc`
+    std::atomic<int> startsWithoutProc{0}; ///< number of starts of the device itself, without a procedure
+    /// the device was silent until now, so the gains do not glide in the first cycle
+    std::atomic<bool> hasJustStarted{true};
     std::atomic<OSStatus> startRefusal{noErr};
-    std::atomic<bool> mustEnd{false}; ///< the timer thread shall end
+    std::atomic<bool> mustEnd{false}; ///< request to the timer thread to end
     Signal timerWake;
-    std::atomic<bool> hasNewRunningState{false}; ///< the housekeeper shall notify listeners
-    std::atomic<bool> hasRemovedProcs{false};    ///< the housekeeper shall free them
-    std::atomic<bool> mustApply{false};          ///< the housekeeper shall apply settings of a cycle
+    /// Request to the housekeeper thread to notify listeners of a start or stop.
+    std::atomic<bool> hasNewRunningState{false};
+    /// Request to the housekeeper thread to free removed procedures.
+    std::atomic<bool> hasRemovedProcs{false};
+    /// Request to the housekeeper thread to apply settings that changed inside a cycle.
+    std::atomic<bool> mustApply{false};
 
     bool isRunning() const { return starts > 0; }
 };
 
 using DeviceRef = std::shared_ptr<Device>;
 
-/// Guards what properties report: the device list, and the settings of every device. Held for reads and
-/// changes of plain values only; no other lock is taken and no callback called under it.
+/// Guards all values that properties report: the device list and the settings of every device. It is held
+/// only while plain values are read or changed; the holder locks no other mutex and calls no callback.
 inline std::mutex propertyLock;
 
 } // namespace kvxplatform::hal

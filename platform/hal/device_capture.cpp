@@ -13,7 +13,8 @@ OutputSinks currentSinks(const Device& device)
     return sinks ? *sinks : OutputSinks{};
 }
 
-/// Let `edit` change the sinks. No cycle uses a replaced sink when this returns.
+/// Let `edit` change the device's tap and captures. When changeSinks() returns, no cycle uses the former
+/// ones.
 template <class Edit>
 void changeSinks(Device& device, Edit edit)
 {
@@ -72,9 +73,10 @@ bool finishCapture(Device& device, CaptureOwner owner, std::string& error)
 void finishCaptures(Device& device)
 {
     std::string error;
-    finishCapture(device, CaptureOwner::program, error); // the program finds a file, or none
+    // The error is ignored, because the program sees whether the file exists.
+    finishCapture(device, CaptureOwner::program, error);
     if (!finishCapture(device, CaptureOwner::environment, error))
-        std::fprintf(stderr, "KVX_AUDIO_CAPTURE: %s\n", error.c_str()); // no caller receives it
+        std::fprintf(stderr, "KVX_AUDIO_CAPTURE: %s\n", error.c_str()); // no caller could receive the error
 }
 
 } // namespace kvxplatform::hal

@@ -9,17 +9,17 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// What has changed.
+/// The kinds of changes of a device's settings, as bits.
 enum Cause : unsigned {
     rate = 1,
-    formats = 2, ///< the rates on offer
+    formats = 2, ///< change of the supported rates
     slice = 4,
-    channels = 8, ///< the number of outputs
-    pair = 16,    ///< whether there is a second output
-    names = 32,   ///< of the channels: two are called left and right
+    channels = 8, ///< change of the number of output channels
+    pair = 16,    ///< a second output channel was added or removed
+    names = 32,   ///< change of the channel names: only a pair of channels has the names left and right
 };
 
-/// The elements that change.
+/// The elements of a property at which listeners are notified.
 enum class At { master, all, each };
 
 struct Effect {
@@ -28,29 +28,29 @@ struct Effect {
     At elements;
 };
 
-// clang-format off
+// Clang-format off.
 constexpr Effect effectsOnDevice[] = {
-    {kAudioDevicePropertyNominalSampleRate,           rate,               At::master},
-    {kAudioDevicePropertyActualSampleRate,            rate,               At::master},
-    {kAudioDevicePropertyBufferFrameSize,             slice,              At::master},
-    {kAudioDevicePropertyBufferSize,                  slice | channels,   At::master},
-    {kAudioDevicePropertyStreamConfiguration,         slice | channels,   At::master},
-    {kAudioDevicePropertyBufferSizeRange,             channels,           At::master},
-    {kAudioDevicePropertyPreferredChannelsForStereo,  pair,               At::master},
-    {kAudioDevicePropertyPreferredChannelLayout,      channels,           At::master},
-    {kAudioDevicePropertyStreamFormat,                rate | channels,    At::all},
-    {kAudioDevicePropertyStreamFormats,               formats | channels, At::all},
-    {kAudioDevicePropertyChannelName,                 names,              At::each},
-    {kAudioDevicePropertyChannelNameCFString,         names,              At::each},
+    {kAudioDevicePropertyNominalSampleRate, rate, At::master},
+    {kAudioDevicePropertyActualSampleRate, rate, At::master},
+    {kAudioDevicePropertyBufferFrameSize, slice, At::master},
+    {kAudioDevicePropertyBufferSize, slice | channels, At::master},
+    {kAudioDevicePropertyStreamConfiguration, slice | channels, At::master},
+    {kAudioDevicePropertyBufferSizeRange, channels, At::master},
+    {kAudioDevicePropertyPreferredChannelsForStereo, pair, At::master},
+    {kAudioDevicePropertyPreferredChannelLayout, channels, At::master},
+    {kAudioDevicePropertyStreamFormat, rate | channels, At::all},
+    {kAudioDevicePropertyStreamFormats, formats | channels, At::all},
+    {kAudioDevicePropertyChannelName, names, At::each},
+    {kAudioDevicePropertyChannelNameCFString, names, At::each},
 };
 constexpr Effect effectsOnStream[] = {
-    {kAudioStreamPropertyVirtualFormat,               rate | channels,    At::master},
-    {kAudioStreamPropertyPhysicalFormat,              rate | channels,    At::master},
-    {kAudioStreamPropertyPhysicalFormats,             formats | channels, At::master},
-    {kAudioStreamPropertyAvailableVirtualFormats,     channels,           At::master},
-    {kAudioStreamPropertyAvailablePhysicalFormats,    channels,           At::master},
+    {kAudioStreamPropertyVirtualFormat, rate | channels, At::master},
+    {kAudioStreamPropertyPhysicalFormat, rate | channels, At::master},
+    {kAudioStreamPropertyPhysicalFormats, formats | channels, At::master},
+    {kAudioStreamPropertyAvailableVirtualFormats, channels, At::master},
+    {kAudioStreamPropertyAvailablePhysicalFormats, channels, At::master},
 };
-// clang-format on
+// Clang-format on.
 
 unsigned causesOf(const Device& device, const Settings& before, const Settings& after)
 {
@@ -63,7 +63,7 @@ unsigned causesOf(const Device& device, const Settings& before, const Settings& 
            when((former > 1) != (present > 1), pair) | when((former == 2) != (present == 2), names);
 }
 
-/// Elements that are added or removed are not notified one by one.
+/// Notify the listeners of one property. No element that was added or removed is notified by its number.
 void post(const Device& device, const Effect& effect, AudioObjectPropertyScope scope, UInt32 lastElement)
 {
     if (effect.elements == At::master) postChange(device.id, effect.selector, scope);
@@ -76,7 +76,7 @@ void post(const Device& device, const Effect& effect, AudioObjectPropertyScope s
 
 void postEffects(const Device& device, unsigned causes, UInt32 lastElement)
 {
-    // Only the number of outputs can change; rate and slice concern both sides.
+    // Only the number of outputs can change, not that of inputs; a new rate or slice concerns both sides.
     constexpr unsigned ofBothSides = rate | formats | slice;
     for (const Effect& effect : effectsOnDevice)
         if (const unsigned why = effect.causes & causes)

@@ -1,22 +1,23 @@
-// Notifies listeners of all properties that a change of a device's settings changes.
+// Notifies the listeners of every property that changes its value with a device's settings.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Whether any property differs.
+/// Whether the change from `before` to `after` changes any property.
 bool differ(const Settings& before, const Settings& after);
 
-/// The scope of a change of one side: the global scope, unless the device has both sides.
+/// The scope in which a change of one side is notified: that side if the device has inputs and outputs, else
+/// the global scope.
 AudioObjectPropertyScope scopeOfSide(const Device& device, bool isInput);
 
-// The next three notify the listeners of the device and of its streams, once for each property.
+// The three post functions notify the listeners of the device and of its streams, once for each property.
 // [any], not inside a cycle, without propertyLock
 
 void postSettingChanges(const Device& device, const Settings& before, const Settings& after);
 
-/// A change of the rate, or of the slice, alone.
+/// Notify listeners of a change of the rate alone (postNewRate) or of the slice alone (postNewSlice).
 void postNewRate(const Device& device);
 void postNewSlice(const Device& device);
 

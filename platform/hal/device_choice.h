@@ -1,12 +1,12 @@
-// The output device that a user names.
+// Finds the output device that a user has named.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Find the device of "simulated" (`builtIn`), a number of the list, a name, a UID, or a part of exactly one
-/// name in any case.
+/// Find the device that `choice` names: "simulated" (`builtIn`), a number in the device list, a device name,
+/// a UID, or a part of exactly one device name, in upper or lower case.
 /// Errors   Null, with the reason and the valid choices in `error`.
 /// [any]
 DeviceRef findOutputByChoice(const std::vector<DeviceRef>& devices, const DeviceRef& builtIn,

@@ -1,20 +1,20 @@
-// How a device ends: unplugged, dead, or forgotten after its last procedure.
+// The end of a device: unplugged, dead, or freed after its last procedure is removed.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-// unplug and markDead: [any], not inside a cycle. They pass the device's roles on, notify listeners, finish
-// its captures and discard its further output.
+// unplug and markDead: [any], not inside a cycle. These functions give the device's roles (default device) to
+// other devices, notify listeners, finish the device's captures, and discard its later output.
 
-/// Remove a device, dead from now on, from the list.
+/// Remove a device from the device list. The device is dead afterwards.
 void unplug(const DeviceRef& device);
 
-/// Keep a device that no longer works in the list.
+/// Mark a device that no longer works as dead, but keep it in the device list.
 void markDead(const DeviceRef& device);
 
-/// Release an unplugged device without procedures. The caller holds `control`.
+/// Release an unplugged device if it has no procedures. The caller holds the device's `control` mutex.
 /// [any]
 void forgetIfUnused(const DeviceRef& device);
 

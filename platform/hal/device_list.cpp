@@ -27,7 +27,7 @@ void DeviceList::add(const DeviceRef& device)
     if (device->settings.inputChannels) device->inputStream = nextID_++;
     device->outputLevels.resize(device->settings.outputChannels);
     for (std::atomic<float>& gain : device->targetGains) gain = 1.0f;
-    // No other thread knows the device yet, so `control` is not needed.
+    // The `control` mutex is not needed, because no other thread knows the device yet.
     device->buffers.publish(std::make_unique<CycleBuffers>(device->settings), device->scope);
     device->applied = device->settings;
     listed_.push_back(device);
@@ -117,7 +117,7 @@ AudioObjectPropertySelector selectorOf(Role role)
 
 DeviceList& deviceList()
 {
-    // Never freed: threads may outlive main.
+    // The device list is never freed, because threads may outlive main().
     static DeviceList& list = []() -> DeviceList& {
         auto& made = *new DeviceList;
         findDevices(made);

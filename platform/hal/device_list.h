@@ -1,4 +1,4 @@
-// The devices and streams by their IDs, and the default devices. An ID is never used again in a process.
+// The list of devices and streams by ID, and the default devices. A process never uses an ID twice.
 #pragma once
 
 #include "platform/hal/device.h"
@@ -12,11 +12,11 @@ enum class Role { output, systemOutput, input };
 constexpr std::size_t roleCount = 3;
 
 struct StreamRef {
-    DeviceRef device; ///< null: no such stream
+    DeviceRef device; ///< the stream's device; null if there is no such stream
     bool isInput = false;
 };
 
-/// The properties of the system object that a change of the list changes.
+/// Selectors of the properties of the system object that a change of the device list changes.
 using Selectors = std::vector<AudioObjectPropertySelector>;
 
 /// All functions: [any], with propertyLock.
@@ -24,25 +24,26 @@ class DeviceList {
 public:
     enum class Change { none, done, refused };
 
-    /// Give a device its IDs and append it.
+    /// Give a new device its IDs and append it to the list.
     void add(const DeviceRef& device);
-    /// Unplugged devices are kept for their procedures until forget().
+    /// Remove a device from the list. The device is kept for its procedures until forget().
     void unplug(const DeviceRef& device);
     void forget(const DeviceRef& device);
 
     const std::vector<DeviceRef>& listed() const { return listed_; }
     std::vector<AudioObjectID> ids() const;
-    DeviceRef find(AudioObjectID id) const; ///< listed; else null
+    DeviceRef find(AudioObjectID id) const; ///< the listed device with this ID, or null
     DeviceRef findUnplugged(AudioObjectID id) const;
     StreamRef findStream(AudioObjectID id) const;
-    /// Listed and unplugged devices.
+    /// All devices, listed and unplugged.
     std::vector<DeviceRef> all() const;
 
     AudioObjectID inRole(Role role) const { return roles_[static_cast<std::size_t>(role)]; }
-    /// Give a role to a listed device; refused if it is dead or lacks that side.
+    /// Give a role to a listed device. The change is refused if the device is dead or has no channels on the
+    /// role's side.
     Change setInRole(Role role, AudioObjectID id);
-    /// Pass the roles of devices that are dead, unplugged or lack that side to the first hardware that fits,
-    /// else to a simulated device. Returns the changed properties.
+    /// Find a new device for each role whose device is dead, unplugged or without channels on the role's
+    /// side: the first suitable hardware device, else a simulated device. Returns the changed properties.
     Selectors moveRoles();
 
 private:
@@ -53,27 +54,28 @@ private:
     std::array<AudioObjectID, roleCount> roles_ = {};
 };
 
-/// The property of the system object that names the device in a role.
+/// The selector of the system object's property that names the device in a role.
 AudioObjectPropertySelector selectorOf(Role role);
 
-// ---- the list of this process ----
+// ---- the device list of this process ----
 
-/// The first call finds the devices and starts the housekeeper, so it must not hold propertyLock.
+/// The device list. The first call finds the devices and starts the housekeeper thread, so the caller of the
+/// first call must not hold propertyLock.
 /// [any]
 DeviceList& deviceList();
 
-/// What the first call does; defined in the units above this one.
+/// The two steps of the first deviceList() call, implemented in find_devices.cpp and housekeeper.cpp.
 void findDevices(DeviceList& list);
 void startHousekeeper();
 
-// Look-ups that take propertyLock. All: [any].
+// Look-ups that lock propertyLock. All functions: [any].
 
-DeviceRef findDevice(AudioObjectID id); ///< null: not listed
-/// Also finds an unplugged device, until its last procedure is removed.
+DeviceRef findDevice(AudioObjectID id); ///< the listed device with this ID, or null
+/// Find a listed device, or an unplugged device whose last procedure is not removed yet.
 DeviceRef findDeviceForProcs(AudioObjectID id);
 StreamRef findStream(AudioObjectID id);
 std::vector<DeviceRef> listedDevices();
-/// With the unplugged devices whose cycles still run.
+/// All listed devices, and the unplugged devices whose cycles still run.
 std::vector<DeviceRef> devicesForProcs();
 
 } // namespace kvxplatform::hal

@@ -1,4 +1,4 @@
-// The properties of a device: identity, operation, and streams.
+// The properties of a device: its identity, its operation, and its streams.
 #include "platform/hal/format_properties.h"
 #include "platform/hal/formats.h"
 #include "platform/hal/property_tables.h"
@@ -11,7 +11,7 @@ namespace kvxplatform::hal {
 
 namespace {
 
-// ---- identity ----
+// ---- properties: identity ----
 
 OSStatus getName(const Request& r, Bytes& value) { return putCFString(value, r.device->name); }
 OSStatus getNameText(const Request& r, Bytes& value) { return putText(value, r.device->name); }
@@ -60,7 +60,7 @@ OSStatus getOwned(const Request& r, Bytes& value)
     return putAll(value, ofClasses(r, kAudioStreamClassID, streams));
 }
 
-// A buffer list without data: one buffer for the side's stream, or none.
+// A buffer list without sample data: one buffer if the side has channels, else no buffer.
 OSStatus getStreamConfiguration(const Request& r, Bytes& value)
 {
     AudioBufferList list = {};
@@ -73,7 +73,7 @@ OSStatus getStreamConfiguration(const Request& r, Bytes& value)
     return noErr;
 }
 
-// ---- operation ----
+// ---- properties: operation ----
 
 OSStatus getAlive(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isAlive); }
 OSStatus getRunning(const Request& r, Bytes& value) { return put<UInt32>(value, r.device->isRunning()); }
@@ -122,7 +122,7 @@ OSStatus setRate(const Request& r, const Bytes& value, Consequences&)
     return changeRate(*r.device, as<Float64>(value));
 }
 
-// The value is ignored: the process takes the device, or releases it.
+// Take hog mode for this process, or release it if this process has it. The new value is ignored.
 OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
 {
     const auto self = static_cast<SInt32>(getpid());
@@ -132,7 +132,8 @@ OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
     return noErr;
 }
 
-/// Call `use` with the flag that switches off a procedure's stream of this side. False without the procedure.
+/// Call `use` with the flag that switches off one procedure's stream on the requested side. Returns false if
+/// the device does not have the procedure.
 template <class Use>
 bool withStreamFlag(const Request& r, const AudioHardwareIOProcStreamUsage& usage, Use use)
 {
@@ -166,7 +167,7 @@ OSStatus setStreamUsage(const Request& r, const Bytes& value, Consequences& cons
     return noErr;
 }
 
-// ---- streams ----
+// ---- properties: streams ----
 
 struct Pair {
     UInt32 left, right;
@@ -199,60 +200,69 @@ constexpr Extent single = Extent::one, many = Extent::many, whole = Extent::whol
 constexpr UInt32 word = sizeof(UInt32), reference = sizeof(CFStringRef), range = sizeof(AudioValueRange);
 constexpr UInt32 format = sizeof(AudioStreamBasicDescription);
 
-// clang-format off
+// Clang-format off.
 constexpr Property rows[] = {
-    // selector                                          side     elements  extent  size                   get                     set
-    {kAudioObjectPropertyClass,                          any,     master,   single, word,                  putConstant<AudioClassID, kAudioDeviceClassID>,       nullptr},
-    {kAudioObjectPropertyOwner,                          any,     master,   single, word,                  putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
-    {kAudioObjectPropertyOwnedObjects,                   any,     master,   many,   word,                  getOwned,               nullptr},
-    {kAudioDevicePropertyDeviceNameCFString,             any,     master,   single, reference,             getName,                nullptr},
-    {kAudioDevicePropertyDeviceName,                     any,     master,   whole,  0,                     getNameText,            nullptr},
-    {kAudioDevicePropertyDeviceManufacturerCFString,     any,     master,   single, reference,             getMaker,               nullptr},
-    {kAudioDevicePropertyDeviceManufacturer,             any,     master,   whole,  0,                     getMakerText,           nullptr},
-    {kAudioDevicePropertyDeviceUID,                      any,     master,   single, reference,             getUID,                 nullptr},
-    {kAudioDevicePropertyModelUID,                       any,     master,   single, reference,             getModelUID,            nullptr},
-    {kAudioDevicePropertyTransportType,                  any,     master,   single, word,                  getTransport,           nullptr},
-    {kAudioDevicePropertyRelatedDevices,                 any,     master,   many,   word,                  getRelated,             nullptr},
-    {kAudioDevicePropertyClockDomain,                    any,     master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyIsHidden,                       any,     master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyChannelName,                    sided,   channels, whole,  0,                     getElementText,         nullptr},
-    {kAudioDevicePropertyChannelNameCFString,            sided,   channels, single, reference,             getElementName,         nullptr},
-    {kAudioDevicePropertyChannelCategoryName,            sided,   channels, whole,  0,                     getElementText,         nullptr},
-    {kAudioDevicePropertyChannelCategoryNameCFString,    sided,   channels, single, reference,             getElementName,         nullptr},
-    {kAudioDevicePropertyChannelNumberName,              sided,   channels, whole,  0,                     getElementText,         nullptr},
-    {kAudioDevicePropertyChannelNumberNameCFString,      sided,   channels, single, reference,             getElementName,         nullptr},
+    // Selector                                          side     elements  extent  size                   get
+    // set.
+    {kAudioObjectPropertyClass, any, master, single, word, putConstant<AudioClassID, kAudioDeviceClassID>,
+     nullptr},
+    {kAudioObjectPropertyOwner, any, master, single, word,
+     putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
+    {kAudioObjectPropertyOwnedObjects, any, master, many, word, getOwned, nullptr},
+    {kAudioDevicePropertyDeviceNameCFString, any, master, single, reference, getName, nullptr},
+    {kAudioDevicePropertyDeviceName, any, master, whole, 0, getNameText, nullptr},
+    {kAudioDevicePropertyDeviceManufacturerCFString, any, master, single, reference, getMaker, nullptr},
+    {kAudioDevicePropertyDeviceManufacturer, any, master, whole, 0, getMakerText, nullptr},
+    {kAudioDevicePropertyDeviceUID, any, master, single, reference, getUID, nullptr},
+    {kAudioDevicePropertyModelUID, any, master, single, reference, getModelUID, nullptr},
+    {kAudioDevicePropertyTransportType, any, master, single, word, getTransport, nullptr},
+    {kAudioDevicePropertyRelatedDevices, any, master, many, word, getRelated, nullptr},
+    {kAudioDevicePropertyClockDomain, any, master, single, word, zero, nullptr},
+    {kAudioDevicePropertyIsHidden, any, master, single, word, zero, nullptr},
+    {kAudioDevicePropertyChannelName, sided, channels, whole, 0, getElementText, nullptr},
+    {kAudioDevicePropertyChannelNameCFString, sided, channels, single, reference, getElementName, nullptr},
+    {kAudioDevicePropertyChannelCategoryName, sided, channels, whole, 0, getElementText, nullptr},
+    {kAudioDevicePropertyChannelCategoryNameCFString, sided, channels, single, reference, getElementName,
+     nullptr},
+    {kAudioDevicePropertyChannelNumberName, sided, channels, whole, 0, getElementText, nullptr},
+    {kAudioDevicePropertyChannelNumberNameCFString, sided, channels, single, reference, getElementName,
+     nullptr},
 
-    {kAudioDevicePropertyDeviceIsAlive,                  any,     master,   single, word,                  getAlive,               nullptr},
-    {kAudioDevicePropertyDeviceHasChanged,               any,     master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyDeviceIsRunning,                any,     master,   single, word,                  getRunning,             nullptr},
-    {kAudioDevicePropertyDeviceIsRunningSomewhere,       any,     master,   single, word,                  getRunning,             nullptr},
-    {kAudioDeviceProcessorOverload,                      any,     master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyDeviceCanBeDefaultDevice,       sided,   master,   single, word,                  getCanBeDefault,        nullptr},
-    {kAudioDevicePropertyDeviceCanBeDefaultSystemDevice, sided,   master,   single, word,                  getCanBeDefault,        nullptr},
-    {kAudioDevicePropertyHogMode,                        any,     master,   single, word,                  getHogOwner,            toggleHog},
-    {kAudioDevicePropertyLatency,                        sided,   master,   single, word,                  getLatency,             nullptr},
-    {kAudioDevicePropertySafetyOffset,                   sided,   master,   single, word,                  zero,                   nullptr},
-    {kAudioDevicePropertyBufferFrameSize,                any,     master,   single, word,                  getSlice,               setSlice},
-    {kAudioDevicePropertyBufferFrameSizeRange,           any,     master,   single, range,                 getSliceRange,          nullptr},
-    {kAudioDevicePropertyBufferSize,                     present, master,   single, word,                  getSliceBytes,          setSliceBytes},
-    {kAudioDevicePropertyBufferSizeRange,                present, master,   single, range,                 getSliceBytesRange,     nullptr},
-    {kAudioDevicePropertySupportsMixing,                 any,     master,   single, word,                  one,                    nullptr},
-    {kAudioDevicePropertyIOCycleUsage,                   any,     master,   single, sizeof(Float32),       getUsage,               setUsage},
-    {kAudioDevicePropertyIOProcStreamUsage,              sided,   master,   single, sizeof(AudioHardwareIOProcStreamUsage), getStreamUsage, setStreamUsage},
-    {kAudioDevicePropertyNominalSampleRate,              any,     master,   single, sizeof(Float64),       getRate,                setRate},
-    {kAudioDevicePropertyActualSampleRate,               any,     master,   single, sizeof(Float64),       getRate,                nullptr},
-    {kAudioDevicePropertyAvailableNominalSampleRates,    any,     master,   many,   range,                 getRates,               nullptr},
+    {kAudioDevicePropertyDeviceIsAlive, any, master, single, word, getAlive, nullptr},
+    {kAudioDevicePropertyDeviceHasChanged, any, master, single, word, zero, nullptr},
+    {kAudioDevicePropertyDeviceIsRunning, any, master, single, word, getRunning, nullptr},
+    {kAudioDevicePropertyDeviceIsRunningSomewhere, any, master, single, word, getRunning, nullptr},
+    {kAudioDeviceProcessorOverload, any, master, single, word, zero, nullptr},
+    {kAudioDevicePropertyDeviceCanBeDefaultDevice, sided, master, single, word, getCanBeDefault, nullptr},
+    {kAudioDevicePropertyDeviceCanBeDefaultSystemDevice, sided, master, single, word, getCanBeDefault,
+     nullptr},
+    {kAudioDevicePropertyHogMode, any, master, single, word, getHogOwner, toggleHog},
+    {kAudioDevicePropertyLatency, sided, master, single, word, getLatency, nullptr},
+    {kAudioDevicePropertySafetyOffset, sided, master, single, word, zero, nullptr},
+    {kAudioDevicePropertyBufferFrameSize, any, master, single, word, getSlice, setSlice},
+    {kAudioDevicePropertyBufferFrameSizeRange, any, master, single, range, getSliceRange, nullptr},
+    {kAudioDevicePropertyBufferSize, present, master, single, word, getSliceBytes, setSliceBytes},
+    {kAudioDevicePropertyBufferSizeRange, present, master, single, range, getSliceBytesRange, nullptr},
+    {kAudioDevicePropertySupportsMixing, any, master, single, word, one, nullptr},
+    {kAudioDevicePropertyIOCycleUsage, any, master, single, sizeof(Float32), getUsage, setUsage},
+    {kAudioDevicePropertyIOProcStreamUsage, sided, master, single, sizeof(AudioHardwareIOProcStreamUsage),
+     getStreamUsage, setStreamUsage},
+    {kAudioDevicePropertyNominalSampleRate, any, master, single, sizeof(Float64), getRate, setRate},
+    {kAudioDevicePropertyActualSampleRate, any, master, single, sizeof(Float64), getRate, nullptr},
+    {kAudioDevicePropertyAvailableNominalSampleRates, any, master, many, range, getRates, nullptr},
 
-    {kAudioDevicePropertyStreams,                        sided,   master,   many,   word,                  getStreams,             nullptr},
-    {kAudioDevicePropertyStreamConfiguration,            sided,   master,   whole,  0,                     getStreamConfiguration, nullptr},
-    {kAudioDevicePropertyStreamFormat,                   present, both,     single, format,                getFormat,              setFormat},
-    {kAudioDevicePropertyStreamFormats,                  present, both,     many,   format,                getFormats,             nullptr},
-    {kAudioDevicePropertyStreamFormatSupported,          present, both,     single, format,                getFormatSupported,     nullptr},
-    {kAudioDevicePropertyStreamFormatMatch,              present, both,     single, format,                getFormatMatch,         nullptr},
-    {kAudioDevicePropertyPreferredChannelsForStereo,     present, master,   single, sizeof(Pair),          getStereoPair,          nullptr},
-    {kAudioDevicePropertyPreferredChannelLayout,         present, master,   single, sizeof(AudioChannelLayout), getChannelLayout,  nullptr},
+    {kAudioDevicePropertyStreams, sided, master, many, word, getStreams, nullptr},
+    {kAudioDevicePropertyStreamConfiguration, sided, master, whole, 0, getStreamConfiguration, nullptr},
+    {kAudioDevicePropertyStreamFormat, present, both, single, format, getFormat, setFormat},
+    {kAudioDevicePropertyStreamFormats, present, both, many, format, getFormats, nullptr},
+    {kAudioDevicePropertyStreamFormatSupported, present, both, single, format, getFormatSupported, nullptr},
+    {kAudioDevicePropertyStreamFormatMatch, present, both, single, format, getFormatMatch, nullptr},
+    {kAudioDevicePropertyPreferredChannelsForStereo, present, master, single, sizeof(Pair), getStereoPair,
+     nullptr},
+    {kAudioDevicePropertyPreferredChannelLayout, present, master, single, sizeof(AudioChannelLayout),
+     getChannelLayout, nullptr},
 };
-// clang-format on
+// Clang-format on.
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// Which driver runs the cycles of a device: hardware, the timer or step calls.
+// Selects the driver that runs a device's I/O cycles: hardware, the timer thread or step calls.
 #pragma once
 
 #include "platform/hal/device.h"
@@ -7,15 +7,15 @@ namespace kvxplatform::hal {
 
 // All functions: [any], not inside a cycle.
 
-/// Open or close the hardware, or start the timer thread, as the device's starts require. The caller holds
-/// `control`.
+/// Open or close the hardware, or start the timer thread, depending on whether the device is started. The
+/// caller holds the device's `control` mutex.
 OSStatus settleDriver(const DeviceRef& device);
 
-/// Hand the device to another driver. The caller holds `control`; the former driver's last cycle may still
-/// run until `device->scope.wait()` returns.
+/// Give the device to another driver. The caller holds the device's `control` mutex. The former driver's last
+/// cycle may continue until `device->scope.wait()` returns.
 void handOver(const DeviceRef& device, Driver driver);
 
-/// From now on the timer runs the cycles of a dead or unplugged device and discards their output.
+/// Let the timer thread run the cycles of a dead or unplugged device and discard their output.
 void beginDiscarding(const DeviceRef& device);
 
 } // namespace kvxplatform::hal

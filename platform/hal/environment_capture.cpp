@@ -10,7 +10,8 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// Under propertyLock; empty once it is used. Never freed: threads may outlive main.
+/// The file path of KVX_AUDIO_CAPTURE, guarded by propertyLock; empty after the capture has started. It is
+/// never freed, because threads may outlive main().
 std::string& capturePath()
 {
     static std::string& path = *new std::string;

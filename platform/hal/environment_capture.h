@@ -1,16 +1,17 @@
-// The capture that KVX_AUDIO_CAPTURE names: of the default output device, from its first start.
+// The capture to the file that KVX_AUDIO_CAPTURE names. It begins with the first start of the default output
+// device.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Read the variable; later changes of it have no effect.
+/// Read KVX_AUDIO_CAPTURE. Later changes of the variable have no effect.
 /// [any], once
 void readCaptureEnvironment();
 
-/// Start the capture, unless it has started before or the device is not the default. Errors are written to
-/// standard error.
+/// Start the capture that KVX_AUDIO_CAPTURE requests, unless it has been started before or `device` is not
+/// the default output device. Errors are written to standard error.
 /// [any], not inside a cycle
 void startCaptureOfEnvironment(const DeviceRef& device);
 

@@ -15,10 +15,11 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// What the search found beside the list. Never freed: threads may outlive main.
+/// Results of the device search that are not in the device list. They are never freed, because threads may
+/// outlive main().
 struct Found {
     DeviceRef builtIn;
-    std::string hardwareError; ///< under propertyLock
+    std::string hardwareError; ///< guarded by propertyLock
 };
 Found& found()
 {
@@ -26,7 +27,7 @@ Found& found()
     return instance;
 }
 
-/// The output device of KVX_AUDIO_DEVICE; else the first that opens.
+/// The output device that KVX_AUDIO_DEVICE names; without the variable, the first output device that opens.
 DeviceRef initialOutput(const DeviceList& list, const char* choice)
 {
     const std::vector<DeviceRef>& devices = list.listed();
@@ -62,7 +63,8 @@ void findDevices(DeviceList& list)
     const char* choice = std::getenv("KVX_AUDIO_DEVICE");
     if (choice && !*choice) choice = nullptr;
     readCaptureEnvironment();
-    // For the simulated device PortAudio is not started: its start takes time and may write messages.
+    // If the user chose the simulated device, PortAudio is not started, because its start takes time and may
+    // write messages.
     if (!choice || std::string(choice) != "simulated")
         for (const DeviceRef& device : readHardware(found().hardwareError)) list.add(device);
     found().builtIn = makeSimulatedDevice({});
@@ -72,7 +74,7 @@ void findDevices(DeviceList& list)
     const DeviceRef output = initialOutput(list, choice);
     list.setInRole(Role::output, output->id);
     list.setInRole(Role::systemOutput, output->id);
-    list.moveRoles(); // the input
+    list.moveRoles(); // gives the input role to a device
 }
 
 void addDevice(const DeviceRef& device)

@@ -10,15 +10,16 @@ namespace {
 constexpr std::uint32_t floatTag = 3, extensibleTag = 0xFFFE;
 constexpr std::uint32_t sampleBytes = sizeof(float);
 
-// The sub-format's identifier, after the tag.
+// The bytes of the sub-format's identifier that follow its format tag.
 constexpr unsigned char subFormatTail[] = {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
 
-// By number of channels: left, right, centre, low frequencies, then back and sides.
+// Speaker masks, indexed by the number of channels: left, right, centre, low frequencies, then back and side
+// speakers.
 constexpr std::uint32_t speakerMasks[] = {0, 0x4, 0x3, 0x7, 0x33, 0x37, 0x3F, 0x13F, 0x63F};
 
 std::uint32_t maskOf(std::uint32_t channels)
 {
-    return channels < std::size(speakerMasks) ? speakerMasks[channels] : 0; // 0: no speakers
+    return channels < std::size(speakerMasks) ? speakerMasks[channels] : 0; // a mask of 0 assigns no speakers
 }
 
 void append(std::string& bytes, std::uint64_t value, std::size_t width)
@@ -39,7 +40,7 @@ std::string formatChunk(std::uint32_t sampleRate, std::uint32_t channels)
     append(bytes, std::uint64_t{sampleRate} * channels * sampleBytes, 4);
     append(bytes, channels * sampleBytes, 2);
     append(bytes, 8 * sampleBytes, 2);
-    append(bytes, isExtensible ? 22 : 0, 2); // bytes that follow in this chunk
+    append(bytes, isExtensible ? 22 : 0, 2); // number of bytes that follow in the format chunk
     if (!isExtensible) return bytes;
     append(bytes, 8 * sampleBytes, 2);
     append(bytes, maskOf(channels), 4);

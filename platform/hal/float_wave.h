@@ -1,4 +1,4 @@
-// A WAV file of 32-bit float samples while it is written.
+// Writes a WAV file of 32-bit float samples.
 #pragma once
 
 #include <cstddef>
@@ -9,20 +9,21 @@
 
 namespace kvxplatform::hal {
 
-/// Up to two channels have format tag 3; more have the extensible format, with the usual speakers of up to
-/// eight channels. Lengths over 32 bits are 0xFFFFFFFF, which readers take for "to the end of the file"; so
-/// are all lengths until finish(). The same samples make the same bytes.
-/// Errors   errno values; 0 is success. After the first error it writes nothing.
+/// The file has format tag 3 for one or two channels; for more channels it has the extensible format, with
+/// the usual speaker assignment up to eight channels. The length fields are 0xFFFFFFFF until finish(), and
+/// stay so if a length exceeds 32 bits: readers then read to the end of the file. Equal samples make equal
+/// files.
+/// Errors   errno values; 0 is success. After the first error nothing more is written.
 /// [any], one call at a time
 class FloatWave {
 public:
-    /// Create the file; EEXIST if it exists. An error leaves no file.
+    /// Create the file. Returns EEXIST if the file exists. After an error no new file remains.
     int create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels);
 
     /// Append interleaved samples.
     int write(const float* samples, std::size_t count);
 
-    /// Write the lengths and close the file.
+    /// Write the length fields and close the file.
     int finish();
 
 private:

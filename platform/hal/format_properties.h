@@ -1,11 +1,11 @@
-// The format properties of devices and streams: the rate of a stream is that of its device.
+// The format properties of devices and streams. A stream always has the sample rate of its device.
 #pragma once
 
 #include "platform/hal/property.h"
 
 namespace kvxplatform::hal {
 
-// All: getters and setters of property rows.
+// All functions are getters and setters for rows of the property tables.
 
 OSStatus getFormat(const Request& request, Bytes& value);
 OSStatus setFormat(const Request& request, const Bytes& value, Consequences& consequences);

@@ -1,4 +1,5 @@
-// The public names of the host clock. It counts nanoseconds, so conversion is identity over all 64 bits.
+// The public functions of the host clock. The clock counts nanoseconds, so conversion to and from nanoseconds
+// returns the 64-bit value unchanged.
 #include "platform/support/host_clock.h"
 
 #include <CoreAudio/HostTime.h>

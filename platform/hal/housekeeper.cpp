@@ -1,5 +1,6 @@
-// A background thread for work that an I/O cycle must not do: it opens and closes hardware, frees removed
-// procedures and notifies listeners. It also watches that running hardware continues to run cycles.
+// The housekeeper, a background thread for tasks that an I/O cycle must not do: it opens and closes hardware,
+// frees removed procedures and notifies listeners. It also checks that running hardware continues to run
+// cycles.
 #include "platform/hal/apply_settings.h"
 #include "platform/hal/device_changes.h"
 #include "platform/hal/device_end.h"
@@ -18,16 +19,19 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr std::int64_t watchNanos = 100'000'000; // between two looks at running hardware
-constexpr std::int64_t retryNanos = 5'000'000;   // until a cycle has left records that are to be freed
+constexpr std::int64_t watchNanos = 100'000'000; // time between two checks of running hardware
+// delay before a retry, while a cycle still uses memory that is to be freed
+constexpr std::int64_t retryNanos = 5'000'000;
 
 void wake() { housekeeperSignal().raise(); }
 
-/// Returns true if the device needs no further look.
+/// Do the device's pending tasks. Returns true if no task is left.
 bool tidy(const DeviceRef& device)
 {
     if (device->mustApply.exchange(false) && applySettings(device) != noErr) {
-        postNewRate(*device); // the setter inside a cycle has returned success
+        // The setter, called inside a cycle, has returned success, so its caller learns of the restored
+        // settings by a notification.
+        postNewRate(*device);
         postNewSlice(*device);
     }
     const bool hasNewState = device->hasNewRunningState.exchange(false);
@@ -40,7 +44,8 @@ bool tidy(const DeviceRef& device)
         isTidy = device->procs.sweep();
         forgetIfUnused(device);
     }
-    // The start inside a cycle has returned success: its caller learns of the failure by the device's end.
+    // A start requested inside a cycle has already returned success, so a later failure shows as the device's
+    // death.
     if (!isDriven) markDead(device);
     if (!isTidy) device->hasRemovedProcs = true;
     if (hasNewState) {
@@ -62,7 +67,8 @@ bool tidyAll()
 
 void run()
 {
-    for (bool isTidy = true;; isTidy = withinBorder(false, tidyAll)) { // without memory it tries again
+    // A lack of memory makes tidyAll() fail, and the loop tries again.
+    for (bool isTidy = true;; isTidy = withinBorder(false, tidyAll)) {
         if (!isTidy)
             housekeeperSignal().waitFor(retryNanos);
         else if (isAnyHardwareOpen())
@@ -72,7 +78,8 @@ void run()
     }
 }
 
-/// The frames of a stopped device are played to their end, also when the process ends right after the stop.
+/// Close the hardware of stopped devices after their last frame, also when the process ends right after the
+/// stop.
 void closeStoppedHardware()
 {
     for (const DeviceRef& device : devicesForProcs()) {

@@ -1,11 +1,12 @@
-// Wakes the housekeeper (housekeeper.cpp).
+// The signal that wakes the housekeeper thread (housekeeper.cpp).
 #pragma once
 
 #include "platform/hal/signal.h"
 
 namespace kvxplatform::hal {
 
-/// After it is raised, the housekeeper looks at every device. Never freed: threads may outlive main.
+/// Raising this signal makes the housekeeper thread check every device. The signal is never freed, because
+/// threads may outlive main().
 /// [any], also inside a cycle
 inline Signal& housekeeperSignal()
 {

@@ -1,7 +1,8 @@
-// The public functions that add, start, stop and remove procedures.
+// The public functions that add, start, stop and remove procedures of a device.
 //
-// Inside a cycle they only set flags, which hold at once, and the housekeeper does the rest. On other threads
-// stop and removal wait, without a lock, until the procedure's call in progress has returned.
+// Inside a cycle these functions only set flags, which take effect at once, and the housekeeper thread does
+// the rest. On other threads stop and removal wait, without a mutex, until the procedure's call in progress
+// has returned.
 #include "platform/hal/cycle.h"
 #include "platform/hal/device_end.h"
 #include "platform/hal/device_list.h"
@@ -18,14 +19,15 @@ namespace {
 
 LiveCount addedProcs("IOProc");
 
-/// The device, which may be unplugged if its cycles still run. Takes no lock inside its own cycle.
+/// Find a listed device, or an unplugged device whose cycles still run. Inside the device's own cycle no
+/// mutex is locked.
 DeviceRef findForProcs(AudioDeviceID id)
 {
     if (deviceInCycle && deviceInCycle->id == id) return DeviceRef(DeviceRef(), deviceInCycle);
     return findDeviceForProcs(id);
 }
 
-/// Call `use` with the procedure's record; false if there is none.
+/// Call `use` with the procedure's IOProc record. Returns false if the device has no such procedure.
 template <class Use>
 bool withProc(Device& device, AudioDeviceIOProcID id, Pick pick, Use use)
 {
@@ -46,7 +48,7 @@ void countStart(Device& device, int change)
     housekeeperSignal().raise();
 }
 
-/// Returns true if the flag has changed.
+/// Set whether a procedure is started. Returns true if that changed.
 bool setStarted(Device& device, IOProc& proc, bool isStarted)
 {
     const bool isChanged = proc.isStarted.exchange(isStarted) != isStarted;
@@ -54,8 +56,8 @@ bool setStarted(Device& device, IOProc& proc, bool isStarted)
     return isChanged;
 }
 
-/// Wait until the procedure's call in progress has returned. It does not wait for the whole cycle: another
-/// procedure of the same cycle may be waiting for the calling thread.
+/// Wait until the procedure's call in progress has returned. Waiting for the whole cycle could deadlock,
+/// because another procedure in the same cycle may be waiting for the calling thread.
 void waitForCall(const Device& device, const IOProc* proc)
 {
     if (deviceInCycle) return;
@@ -101,13 +103,14 @@ OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasUniqueID)
     return noErr;
 }
 
-/// The start or stop of a procedure. Its record lives while `control` is held, or its call is in progress.
+/// One start or stop of a procedure. `proc` is valid while `control` is held or the procedure's call is in
+/// progress.
 struct Transition {
-    IOProc* proc = nullptr; ///< null: of the device itself
-    bool isChange = false;  ///< false: it was started or stopped already
+    IOProc* proc = nullptr; ///< the procedure; null for a start or stop of the device itself
+    bool isChange = false;  ///< false if the procedure was already started or stopped
 };
 
-/// Set the flag of a procedure, or count a start or stop of the device itself.
+/// Start or stop a procedure, or count a start or stop of the device itself.
 OSStatus makeTransition(Device& device, AudioDeviceIOProcID proc, bool isStarted, Transition& made)
 {
     if (!proc) {
@@ -125,14 +128,16 @@ OSStatus makeTransition(Device& device, AudioDeviceIOProcID proc, bool isStarted
     const bool isFound = withProc(device, proc, pick, [&](IOProc& found) {
         isPresent = !found.isRemoved;
         if (isPresent) made.isChange = setStarted(device, found, isStarted);
-        // A started procedure may be called and remove itself before this line; its start has succeeded.
+        // The cycle may call a started procedure before this line, and that call may remove the procedure.
+        // The start has succeeded nevertheless.
         if (found.isRemoved) setStarted(device, found, false);
         made.proc = &found;
     });
     return isFound && isPresent ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
 }
 
-/// Undo a start: of the same record, as others may have the same ID.
+/// Undo a start. It undoes the start of exactly that IOProc record, because other records may have the same
+/// ID.
 void undoStart(Device& device, const Transition& made)
 {
     if (!made.isChange) return;
@@ -150,7 +155,8 @@ OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
     if (!device) return kAudioHardwareBadDeviceError;
     if (const OSStatus refusal = device->startRefusal; refusal != noErr) return refusal;
     Transition made;
-    if (deviceInCycle) return makeTransition(*device, proc, true, made); // the housekeeper settles the driver
+    // After the cycle the housekeeper thread starts the driver.
+    if (deviceInCycle) return makeTransition(*device, proc, true, made);
 
     startCaptureOfEnvironment(device);
     const std::lock_guard<std::mutex> control(device->control);

@@ -1,4 +1,5 @@
-// The level properties of a device: a volume and a mute for each output channel, and one mute for all.
+// The level properties of a device: a volume and a mute for each output channel, and one mute for all
+// channels.
 #include "platform/hal/property_tables.h"
 
 #include <iterator>
@@ -26,7 +27,7 @@ OSStatus convertToScalar(const Request&, Bytes& value)
 
 OSStatus changeScalar(const Request& r, float scalar, Consequences& consequences)
 {
-    if (!(scalar >= 0)) scalar = 0; // not-a-number too
+    if (!(scalar >= 0)) scalar = 0; // not-a-number also becomes 0
     if (scalar > 1) scalar = 1;
     if (levelOf(r).scalar == scalar) return noErr;
     levelOf(r).scalar = scalar;
@@ -60,17 +61,24 @@ OSStatus setMute(const Request& r, const Bytes& value, Consequences& consequence
 
 constexpr UInt32 number = sizeof(Float32);
 
-// clang-format off
+// Clang-format off.
 constexpr Property rows[] = {
-    // selector                                     side          elements                     extent       size                     get                set
-    {kAudioDevicePropertyVolumeScalar,              Side::output, Elements::channels,          Extent::one, number,                  getScalar,         setScalar},
-    {kAudioDevicePropertyVolumeDecibels,            Side::output, Elements::channels,          Extent::one, number,                  getDecibels,       setDecibels},
-    {kAudioDevicePropertyVolumeRangeDecibels,       Side::output, Elements::channels,          Extent::one, sizeof(AudioValueRange), getRange,          nullptr},
-    {kAudioDevicePropertyVolumeScalarToDecibels,    Side::output, Elements::channels,          Extent::one, number,                  convertToDecibels, nullptr},
-    {kAudioDevicePropertyVolumeDecibelsToScalar,    Side::output, Elements::channels,          Extent::one, number,                  convertToScalar,   nullptr},
-    {kAudioDevicePropertyMute,                      Side::output, Elements::masterAndChannels, Extent::one, sizeof(UInt32),          getMute,           setMute},
+    // Selector                                     side          elements                     extent size get
+    // set.
+    {kAudioDevicePropertyVolumeScalar, Side::output, Elements::channels, Extent::one, number, getScalar,
+     setScalar},
+    {kAudioDevicePropertyVolumeDecibels, Side::output, Elements::channels, Extent::one, number, getDecibels,
+     setDecibels},
+    {kAudioDevicePropertyVolumeRangeDecibels, Side::output, Elements::channels, Extent::one,
+     sizeof(AudioValueRange), getRange, nullptr},
+    {kAudioDevicePropertyVolumeScalarToDecibels, Side::output, Elements::channels, Extent::one, number,
+     convertToDecibels, nullptr},
+    {kAudioDevicePropertyVolumeDecibelsToScalar, Side::output, Elements::channels, Extent::one, number,
+     convertToScalar, nullptr},
+    {kAudioDevicePropertyMute, Side::output, Elements::masterAndChannels, Extent::one, sizeof(UInt32),
+     getMute, setMute},
 };
-// clang-format on
+// Clang-format on.
 
 } // namespace
 

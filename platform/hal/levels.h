@@ -1,4 +1,4 @@
-// Volumes: scalars as programs set them, decibels, gains, and the glide from one gain to another.
+// Volumes: scalars (0 to 1) that programs set, decibels, gains, and the glide from one gain to another.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -8,13 +8,14 @@
 
 namespace kvxplatform::hal {
 
-/// The volume of a channel as programs set it.
+/// The volume scalar and the mute of one channel, as a program has set them.
 struct Level {
     float scalar = 1;
     bool isMuted = false;
 };
 
-/// A gain that moves to another in a straight line of `glideFrames` frames, at any slice size.
+/// A glide: a gain that moves from one value to another in a straight line over `glideFrames` frames,
+/// whatever the slice size.
 constexpr UInt32 glideFrames = 512;
 struct Glide {
     float from = 1, to = 1;
@@ -26,11 +27,11 @@ struct Glide {
     }
 };
 
-// A scalar of 0 to 1 is linear in decibels, from the lowest volume to 0 dB. All functions: [any].
+// A scalar from 0 to 1 maps linearly to decibels, from `lowestDecibels` to 0 dB. All functions: [any].
 
 constexpr float lowestDecibels = -64;
 
-/// Full volume is 0 dB, not minus 0.
+/// Decibels of a volume scalar. A scalar of 1 gives plus 0 dB, not minus 0.
 inline float decibelsOfScalar(float scalar)
 {
     return lowestDecibels - lowestDecibels * std::clamp(scalar, 0.0f, 1.0f);
@@ -41,7 +42,8 @@ inline float scalarOfDecibels(float decibels)
     return 1 - std::clamp(decibels, lowestDecibels, 0.0f) / lowestDecibels;
 }
 
-/// Full volume is exactly 1; a scalar of 0 is silence rather than the lowest volume.
+/// Gain of a volume scalar. A scalar of 1 gives a gain of exactly 1; a scalar of 0 gives a gain of 0, not
+/// that of `lowestDecibels`.
 inline float gainOfScalar(float scalar)
 {
     if (scalar <= 0) return 0;

@@ -19,15 +19,17 @@ LiveCount addedListeners("property listener");
 struct Listener {
     UInt64 serial;
     AudioObjectID object;
-    AudioObjectPropertyAddress address; ///< may hold wildcards
+    /// Watched address, in which selector, scope and element may be wildcards.
+    AudioObjectPropertyAddress address;
     AudioObjectPropertyListenerProc proc;
     void* client;
 };
 
 struct Change {
     AudioObjectID object;
-    AudioObjectPropertyAddress address; ///< the wildcard element: all elements
-    UInt64 nextSerial;                  ///< listeners from this serial on were added after the change
+    /// Address of the change, in which the wildcard element means all elements.
+    AudioObjectPropertyAddress address;
+    UInt64 nextSerial; ///< first serial number of the listeners that were added after the change
 };
 
 struct Notifier {
@@ -36,7 +38,7 @@ struct Notifier {
     std::vector<Listener> listeners;
     std::deque<Change> changes;
     UInt64 nextSerial = 1;
-    UInt64 calling = 0; ///< the listener in progress; 0: none
+    UInt64 calling = 0; ///< serial number of the listener whose call is in progress; 0 without a call
     std::thread::id thread;
 };
 
@@ -44,7 +46,8 @@ constexpr auto anySelector = kAudioObjectPropertySelectorWildcard;
 constexpr auto anyScope = kAudioObjectPropertyScopeWildcard, global = kAudioObjectPropertyScopeGlobal;
 constexpr auto anyElement = kAudioObjectPropertyElementWildcard;
 
-// The global scope includes both sides, in a listener's address as in a change.
+// Whether a change concerns the watched scope. The global scope includes input and output, both as watched
+// and as changed scope.
 bool scopesMatch(AudioObjectPropertyScope watched, AudioObjectPropertyScope changed)
 {
     return watched == anyScope || watched == changed || watched == global || changed == global;
@@ -63,7 +66,8 @@ bool matches(const Listener& listener, const Change& change)
            scopesMatch(watched.mScope, changed.mScope) && elementsMatch(watched.mElement, changed.mElement);
 }
 
-/// The address that a listener receives: its own, with the wildcards replaced.
+/// The address that a listener receives: its watched address, with each wildcard replaced by the changed
+/// value.
 AudioObjectPropertyAddress addressFor(const Listener& listener, const Change& change)
 {
     const AudioObjectPropertyAddress &watched = listener.address, &changed = change.address;
@@ -74,7 +78,8 @@ AudioObjectPropertyAddress addressFor(const Listener& listener, const Change& ch
     return address;
 }
 
-/// Call a listener, unless it was removed. `lock` is held before and after, and released during the call.
+/// Call a listener, unless it was removed. `lock` is held on entry and on return, and is released during the
+/// call.
 void call(Notifier& notifier, std::unique_lock<std::mutex>& lock, UInt64 serial, const Change& change)
 {
     const auto found = std::find_if(notifier.listeners.begin(), notifier.listeners.end(),
@@ -105,7 +110,7 @@ void run(Notifier& notifier)
     }
 }
 
-/// Never freed: its thread may outlive main.
+/// The notifier is never freed, because its thread may outlive main().
 Notifier& notifier()
 {
     static Notifier& instance = []() -> Notifier& {

@@ -1,4 +1,4 @@
-// Listeners of property changes, and the thread that calls them.
+// Property listeners, and the thread that notifies them.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -11,15 +11,16 @@ namespace kvxplatform::hal {
 void addListener(AudioObjectID object, const AudioObjectPropertyAddress& address,
                  AudioObjectPropertyListenerProc proc, void* client);
 
-/// Remove a listener, and wait until its call in progress has returned, unless that call removes it.
-/// Returns  false if it is not registered.
+/// Remove a listener, and wait until its call in progress has returned. A call that removes its own listener
+/// does not wait.
+/// Returns  false if the listener is not registered.
 /// [any]
 bool removeListener(AudioObjectID object, const AudioObjectPropertyAddress& address,
                     AudioObjectPropertyListenerProc proc, void* client);
 
-/// Have the listener thread notify every listener of this property that is registered now. A change of the
-/// global scope concerns both sides, and a change of the wildcard element all elements; each listener
-/// receives its own side and element. Allocates.
+/// Let the listener thread notify every listener of this property that is registered now. A change of the
+/// global scope concerns input and output; a change of the wildcard element concerns all elements. Each
+/// listener receives the scope and element that it watches. Allocates memory.
 /// [any], not inside a cycle
 void postChange(AudioObjectID object, AudioObjectPropertySelector selector,
                 AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal,

@@ -1,4 +1,5 @@
-// What receives a device's output beside the device: a tap and captures, set while it plays.
+// Receivers of a device's output other than the device itself: a tap and captures. They can be set while the
+// device plays.
 #pragma once
 
 #include "platform/hal/capture.h"
@@ -10,15 +11,17 @@
 
 namespace kvxplatform::hal {
 
-/// The control header's caller and KVX_AUDIO_CAPTURE may capture the same device.
+/// The two owners of captures: the program, through the control header, and KVX_AUDIO_CAPTURE. Both may
+/// capture the same device.
 enum class CaptureOwner { program, environment };
 constexpr std::size_t captureOwners = 2;
 
-/// Published to a device's cycles.
+/// The tap and the captures that a device publishes to its cycles.
 struct OutputSinks {
     KVXOutputTap tap = nullptr;
     void* tapContext = nullptr;
-    std::array<std::shared_ptr<Capture>, captureOwners> captures; ///< by CaptureOwner; null: none
+    /// Captures, indexed by CaptureOwner; null without a capture.
+    std::array<std::shared_ptr<Capture>, captureOwners> captures;
 };
 
 } // namespace kvxplatform::hal

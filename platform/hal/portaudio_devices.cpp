@@ -13,16 +13,17 @@ namespace kvxplatform::hal {
 
 namespace {
 
-constexpr UInt32 mostOffered = 32; // a virtual ALSA device offers any number of channels
+// Largest number of channels, because a virtual ALSA device reports any number.
+constexpr UInt32 mostOffered = 32;
 
-/// An output device of PortAudio's present list.
+/// An output device in PortAudio's present device list.
 struct Found {
     int index;
     std::string uid;
 };
 
-/// The user's default first, then in PortAudio's order; of equal names, the second has ":2" after its UID.
-/// The caller holds portAudioLock.
+/// PortAudio's output devices: the user's default device first, then the others in PortAudio's order. If two
+/// devices have equal names, the UID of the second ends with ":2". The caller holds portAudioLock.
 std::vector<Found> outputsFound()
 {
     std::vector<int> order;

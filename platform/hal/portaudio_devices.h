@@ -1,4 +1,4 @@
-// The output devices of PortAudio.
+// The output devices that PortAudio finds.
 #pragma once
 
 #include "platform/hal/device.h"
@@ -9,21 +9,22 @@ namespace kvxplatform::hal {
 
 // All functions: [any], not inside a cycle.
 
-/// Start PortAudio and read its output devices. Of equal names, the second has ":2" after its UID.
-/// Errors   Empty, with the reason in `error`.
+/// Start PortAudio and read its output devices. If two devices have equal names, the UID of the second ends
+/// with ":2".
+/// Errors   An empty list, with the reason in `error`.
 std::vector<DeviceRef> readHardware(std::string& error);
 
-/// Whether a stream can be opened.
+/// Whether PortAudio can open a stream on the device with these settings.
 bool canOpen(const Device& device, const Settings& settings);
 
-/// The rates that the hardware supports; may open the device for each. Takes propertyLock.
+/// The sample rates that the hardware supports. May open the device once for each rate. Locks propertyLock.
 std::vector<double> findRates(const Device& device);
 
-/// Whether PortAudio can no longer be called for the device. Always false for simulated devices.
+/// Whether PortAudio can no longer be called for this device. False for every simulated device.
 bool isOutOfReach(const Device& device);
 
-/// How to open the device, by its UID in PortAudio's present list. False if it is missing. The caller holds
-/// portAudioLock.
+/// Find the parameters with which PortAudio opens the device, by its UID in PortAudio's present device list.
+/// Returns false if PortAudio no longer lists the device. The caller holds portAudioLock.
 bool findParameters(const Device& device, UInt32 channels, PaStreamParameters& parameters);
 
 } // namespace kvxplatform::hal

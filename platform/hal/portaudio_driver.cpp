@@ -12,28 +12,29 @@
 
 namespace kvxplatform::hal {
 
-/// A stream of PortAudio that runs the device's cycles.
+/// A PortAudio stream whose callback runs the device's cycles.
 struct HardwareStream {
     Device* device = nullptr;
     UInt32 channels = 0;
     void* stream = nullptr;
-    std::int64_t openedNanos = 0;         ///< on the host clock
-    std::atomic<bool> isAbandoned{false}; ///< the stream no longer responds and is never used again
+    std::int64_t openedNanos = 0;         ///< time at which the stream was opened, on the host clock
+    std::atomic<bool> isAbandoned{false}; ///< the stream no longer responds, so it is never used again
 };
 
 namespace {
 
 std::atomic<int> openStreams{0};
 
-/// Streams that ended by themselves, or whose closing did not finish; under portAudioLock. Closing one, and a
-/// restart of PortAudio, which closes all, can block forever. Never freed: their callback may still run.
+/// Streams that ended without a stop, or that could not be closed; guarded by portAudioLock. Closing such a
+/// stream can block forever, and so can a restart of PortAudio, which closes all streams. They are never
+/// freed, because their callbacks may still run.
 std::vector<std::shared_ptr<HardwareStream>>& endedStreams =
     *new std::vector<std::shared_ptr<HardwareStream>>;
 
 constexpr std::int64_t longestSilenceNanos =
-    2'000'000'000; // the callbacks of a running stream come far more often
+    2'000'000'000; // much longer than the time between two callbacks of a running stream
 
-/// Keep a stream that cannot be closed. The caller holds portAudioLock.
+/// Keep a stream that cannot be closed, and never use it again. The caller holds portAudioLock.
 void abandon(std::shared_ptr<HardwareStream> hardware)
 {
     hardware->isAbandoned = true;
@@ -48,7 +49,8 @@ int callback(const void*, void* output, unsigned long frames, const PaStreamCall
     std::fill_n(out, frames * hardware.channels, 0.0f);
     if (hardware.isAbandoned) return paAbort;
     Device& device = *hardware.device;
-    // Another driver holds the scope only while it takes over: this stream is closed in a moment.
+    // Another driver holds the CycleScope only while it takes the device over, so this stream will be closed
+    // soon.
     const CycleScope scope(device, std::try_to_lock);
     if (!scope || device.driver != Driver::hardware) return paContinue;
     CycleBuffers& buffers = buffersOfNextCycle(device);
@@ -73,11 +75,11 @@ PaError openAndStart(HardwareStream& hardware, const PaStreamParameters& paramet
     return status;
 }
 
-/// Close a stream, or abandon it if the server has ended, also during the stop.
+/// Stop and close a stream; abandon the stream if the sound server ends before or during the stop.
 void stopAndClose(HardwareStream& hardware, bool isOfServer)
 {
     const auto isReachable = [=] { return !isOfServer || isServerAlive(); };
-    if (isReachable()) Pa_StopStream(hardware.stream); // returns after the last frame is output
+    if (isReachable()) Pa_StopStream(hardware.stream); // Pa_StopStream returns after the last frame is output
     if (isReachable())
         Pa_CloseStream(hardware.stream);
     else
@@ -99,7 +101,7 @@ std::vector<DeviceRef> readHardwareAnew(std::string& error)
                     "program again";
             return {};
         }
-        if (!stopPortAudio()) { // it reads its devices only at its start
+        if (!stopPortAudio()) { // PortAudio reads its devices only when it starts
             error = "the list cannot be read any more, since the sound server ended; start the program again";
             return {};
         }

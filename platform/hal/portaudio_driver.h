@@ -1,4 +1,4 @@
-// Streams of PortAudio, whose callback runs the cycles of a device.
+// PortAudio streams, whose callbacks run the cycles of a device.
 #pragma once
 
 #include "platform/hal/portaudio_devices.h"
@@ -7,24 +7,26 @@ namespace kvxplatform::hal {
 
 // All functions: [any], not inside a cycle.
 
-/// Open and start the device's stream, unless it has one. The caller holds `control`.
+/// Open and start the device's stream, unless the device has one. The caller holds the device's `control`
+/// mutex.
 OSStatus openHardware(const DeviceRef& device);
 
-/// Close the device's stream, if it has one, after its last frame. The caller holds `control`.
+/// Close the device's stream, if the device has one, after the stream's last frame. The caller holds the
+/// device's `control` mutex.
 void closeHardware(const DeviceRef& device);
 
 /// Restart PortAudio and read its output devices.
-/// Errors   Empty, with the reason in `error`, while a stream is open, or once a stream or the sound server
-///          has ended.
+/// Errors   An empty list, with the reason in `error`, while a stream is open, or after a stream or the sound
+///          server has ended.
 std::vector<DeviceRef> readHardwareAnew(std::string& error);
 
-/// Whether running hardware has stopped its callbacks, has no stream that opens, or its sound server has
-/// ended.
+/// Whether a running hardware device has ended: its callbacks have stopped, its stream cannot be opened, or
+/// its sound server has ended.
 bool hasHardwareEnded(const DeviceRef& device);
 bool isAnyHardwareOpen();
 
-/// Stop PortAudio at the end of the process, so that a living sound server need not discover that its client
-/// is gone. Does nothing if a stream is open, or a stream or the server has ended.
+/// Stop PortAudio at the end of the process, so that the sound server need not detect the end of its client.
+/// Does nothing while a stream is open, or after a stream or the sound server has ended.
 void leaveHardware();
 
 } // namespace kvxplatform::hal

@@ -13,10 +13,10 @@ namespace kvxplatform::hal {
 
 namespace {
 
-bool isStarted = false;             // under portAudioLock
-std::atomic<bool> isBlocked{false}; // set under portAudioLock
+bool isStarted = false;             // guarded by portAudioLock
+std::atomic<bool> isBlocked{false}; // changed only by the holder of portAudioLock
 
-// ---- the libraries below PortAudio write messages about each attempt ----
+// ---- silence: ALSA and JACK, which PortAudio calls, print messages for every failed attempt ----
 
 void ignoreALSA(const char*, int, const char*, int, const char*, ...) {}
 void ignoreJACK(const char*) {}
@@ -35,8 +35,8 @@ void silenceMessages()
     setHandler<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
 }
 
-/// Standard error goes to /dev/null while this object exists: JACK's data base has no message handler to set,
-/// and reports a server of the other architecture.
+/// Redirects standard error to /dev/null while this object exists, because JACK's database has no message
+/// handler to replace and reports a server of the other architecture.
 class SilencedStandardError {
 public:
     SilencedStandardError() : kept_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))
@@ -82,7 +82,7 @@ bool startPortAudio(std::string& error)
             if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();
         });
     }();
-    silenceMessages(); // JACK's host API sets its own
+    silenceMessages(); // PortAudio's start has replaced the JACK message handlers, so silence them again
     isStarted = isAnswered && *status == paNoError;
     if (!isAnswered)
         error = "the sound server does not answer; restart it, or set KVX_AUDIO_DEVICE=simulated";

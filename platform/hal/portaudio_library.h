@@ -1,4 +1,5 @@
-// Starts, stops and calls PortAudio. A sound server that does not respond blocks a caller for 5 seconds only.
+// Starts, stops and calls PortAudio. If the sound server does not respond, a caller is blocked for at most 5
+// seconds.
 #pragma once
 
 #include <functional>
@@ -7,24 +8,25 @@
 
 namespace kvxplatform::hal {
 
-/// Guards PortAudio's functions, which allow one caller at a time. All functions but isPortAudioBlocked()
-/// require it.
+/// Serialises calls of PortAudio's functions, which do not support concurrent calls. The caller of every
+/// function below holds this mutex, except for isPortAudioBlocked().
 extern std::mutex portAudioLock;
 
 // All functions: [any], not inside a cycle.
 
-/// Start PortAudio, unless it runs, with its message handlers silenced.
+/// Start PortAudio with silenced message handlers, unless it is running.
 /// Errors   False, with the reason in `error`.
 bool startPortAudio(std::string& error);
 
-/// False if a sound server does not respond or has ended: PortAudio then continues to run.
+/// Stop PortAudio. Returns false if the sound server does not respond or has ended; PortAudio then continues
+/// to run.
 bool stopPortAudio();
 
-/// Run `work`, which calls PortAudio and owns all that it uses. False if a sound server does not respond,
-/// and for every later call.
+/// Run `work`, a function that calls PortAudio and owns all objects that it uses. Returns false if the sound
+/// server does not respond; every later call then returns false at once.
 bool callPortAudio(const std::function<void()>& work);
 
-/// Whether a thread is inside PortAudio and may never return.
+/// Whether a thread is blocked inside PortAudio and may never return.
 bool isPortAudioBlocked();
 
 } // namespace kvxplatform::hal

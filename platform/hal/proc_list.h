@@ -1,4 +1,5 @@
-// The procedures of a device: changed by any thread, read by its cycles without a lock.
+// The list of a device's procedures. Any thread may change the list; the device's cycles read it without a
+// mutex.
 #pragma once
 
 #include "platform/support/published.h"
@@ -12,7 +13,7 @@
 
 namespace kvxplatform::hal {
 
-/// A procedure registered with a device. The flags may be set at any time, also during a cycle.
+/// A procedure that is registered with a device. Its flags may be set at any time, also during a cycle.
 struct IOProc {
     IOProc(AudioDeviceIOProc ofProc, void* ofClient, bool withUniqueID)
         : proc(ofProc), client(ofClient), hasUniqueID(withUniqueID)
@@ -21,10 +22,11 @@ struct IOProc {
 
     const AudioDeviceIOProc proc;
     void* const client;
-    const bool hasUniqueID; ///< its ID is this record's address; else its ID is `proc`
+    const bool hasUniqueID; ///< true: the ID is this object's address; false: the ID is `proc`
     std::atomic<bool> isStarted{false};
-    std::atomic<bool> isInputOff{false}, isOutputOff{false}; ///< it does not use that side's stream
-    std::atomic<bool> isRemoved{false}; ///< look-ups skip it; freed when no cycle can use it
+    /// The procedure does not use the input or output stream.
+    std::atomic<bool> isInputOff{false}, isOutputOff{false};
+    std::atomic<bool> isRemoved{false}; ///< look-ups skip the procedure; it is freed when no cycle can use it
 
     AudioDeviceIOProcID id() const
     {
@@ -33,35 +35,41 @@ struct IOProc {
     }
 };
 
-/// Which record of several with the same ID: one procedure may be registered for several clients.
+/// Which IOProc is chosen if several have the same ID, because one procedure may be registered for several
+/// clients.
 enum class Pick {
     oldest,
-    newestAtRest, ///< the latest that is not started; the oldest, if all are
+    newestAtRest, ///< the IOProc added last among those that are not started; the oldest if all are started
 };
 
-/// Each change publishes a new list. A procedure is freed with the last list that has it. The lock is held
-/// for a few instructions, so a procedure that adds another inside a cycle may take it.
+/// The procedures of a device. Each change publishes a new list; a procedure is freed with the last list that
+/// contains it. The mutex is held for a few instructions only, so a procedure that adds another procedure
+/// inside a cycle may lock it.
 class ProcList {
 public:
     using List = std::vector<std::shared_ptr<IOProc>>;
 
     explicit ProcList(const RenderScope& scope) : scope_(scope) {}
 
-    /// Valid until the render thread leaves the scope.
+    /// The present list, valid until the render thread leaves the scope.
     /// [audio & rendering]
     const List& current() const { return *list_.get(); }
 
-    /// Returns  the record, or null; `called`, the procedure in progress, before others of the same ID: a
-    ///          procedure that stops or removes itself means its own client's record.
+    /// Find a procedure by its ID, inside a cycle. If the procedure in progress (`called`) has this ID, it is
+    /// chosen first, because a procedure that stops or removes itself means the registration for its own
+    /// client.
+    /// Returns  the IOProc, or null.
     /// [audio & rendering]
     IOProc* findInCycle(AudioDeviceIOProcID id, const IOProc* called, Pick pick) const;
 
-    /// Returns  false if the procedure has no unique ID and is registered for this client already.
+    /// Add a procedure.
+    /// Returns  false if the procedure has no unique ID and is already registered for this client.
     /// Errors   std::bad_alloc.
     /// [any]
     bool add(std::shared_ptr<IOProc> proc);
 
-    /// Call `use` with the record of this ID, which lives until `use` returns. False if there is none.
+    /// Call `use` with the IOProc of this ID, which stays valid until `use` returns. Returns false if there
+    /// is none.
     /// [any]
     template <class Use>
     bool with(AudioDeviceIOProcID id, Pick pick, Use use)
@@ -73,7 +81,8 @@ public:
         return true;
     }
 
-    /// Free removed procedures and replaced lists that no cycle can use. True if none is left.
+    /// Free the removed procedures and replaced lists that no cycle can use. Returns true if none is left to
+    /// be freed.
     /// [any], not inside a cycle
     bool sweep();
 
@@ -84,7 +93,7 @@ private:
     static IOProc* find(const List& list, AudioDeviceIOProcID id, Pick pick);
 
     const RenderScope& scope_;
-    mutable std::mutex lock_; ///< of the writers
+    mutable std::mutex lock_; ///< held by a thread that changes the list
     Published<const List> list_{std::make_unique<const List>()};
 };
 

@@ -7,7 +7,7 @@ namespace kvxplatform::hal {
 OSStatus putCFString(Bytes& value, const std::string& text)
 {
     CFStringRef string = CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8);
-    // The name of hardware may not be UTF-8; any bytes are Latin letters.
+    // The name of a hardware device may be invalid UTF-8; as Latin-1 text every byte is valid.
     if (!string) string = CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingISOLatin1);
     return put(value, string);
 }

@@ -1,4 +1,4 @@
-// The rows of the property tables: one table for each kind of object serves both property interfaces.
+// Types of the property tables. Each kind of object has one table, which serves both property interfaces.
 #pragma once
 
 #include "platform/hal/device.h"
@@ -13,12 +13,12 @@ namespace kvxplatform::hal {
 
 using Bytes = std::vector<char>;
 
-/// A request for one property of one object. Checked against the table: the element exists, and the side has
-/// channels where the row requires them.
+/// A request for one property of one object. The table has been checked: the element exists, and the
+/// requested side has channels if the table row requires channels.
 struct Request {
     AudioObjectID object;
-    DeviceRef device; ///< null for the system object
-    bool isInput;     ///< the side that the scope, or the stream, names
+    DeviceRef device; ///< device of the object; null for the system object
+    bool isInput;     ///< side of the device that the scope or the stream selects
     AudioObjectPropertySelector selector;
     AudioObjectPropertyElement element;
     const void* qualifier;
@@ -30,28 +30,32 @@ struct Request {
     }
 };
 
-/// What a setter requires after propertyLock is released. New settings of the device are found by comparison.
+/// Results of a setter that are handled after propertyLock is released. A change of the device's settings is
+/// not listed here; the caller compares the settings before and after.
 struct Consequences {
     bool hasNewLevels = false;
-    std::vector<AudioObjectPropertySelector> changed; ///< of the same object, at the element that was set
-    std::vector<AudioObjectPropertySelector> changedOfStream; ///< of the stream of the side that was set
+    /// Changed properties of the same object, at the element that was set.
+    std::vector<AudioObjectPropertySelector> changed;
+    /// Changed properties of the stream on the side that was set.
+    std::vector<AudioObjectPropertySelector> changedOfStream;
 };
 
-// Both: [any], with propertyLock.
+// Getter and Setter: [any], with propertyLock.
 
-/// Replace `value`, which holds the caller's buffer: a translation reads its input there.
+/// Replace `value` by the property's value. On entry `value` has the caller's bytes, from which a translation
+/// reads its input.
 using Getter = OSStatus (*)(const Request& request, Bytes& value);
 using Setter = OSStatus (*)(const Request& request, const Bytes& value, Consequences& consequences);
 
-/// The elements of a property.
+/// The elements that a property has.
 enum class Elements { master, channels, masterAndChannels };
 
-/// The side of a device that a property concerns: neither, that of the scope, that of the scope if it has
-/// channels, or the output if it has channels.
+/// The side of a device that a property concerns: no side (none), the side of the scope (scope), the side of
+/// the scope if it has channels (present), or the output if it has channels (output).
 enum class Side { none, scope, present, output };
 
-/// The length of a value: that of the row; items of that length, of which a short buffer takes as many as
-/// fit; or the length of the whole record or text, which cannot be cut.
+/// The length of a value. one: the row's size. many: several items of the row's size, of which a short buffer
+/// receives as many as fit. whole: a structure or text of variable length, which cannot be cut.
 enum class Extent { one, many, whole };
 
 struct Property {
@@ -59,9 +63,10 @@ struct Property {
     Side side;
     Elements elements;
     Extent extent;
-    UInt32 size; ///< bytes of the value or of an item; 0 for a whole value, which is read to find its length
+    /// Bytes of the value or of one item; 0 for a whole value, because its length is found by reading it.
+    UInt32 size;
     Getter get;
-    Setter set; ///< null: read-only
+    Setter set; ///< function that sets the value; null for a read-only property
 };
 
 struct PropertyTable {
@@ -69,7 +74,7 @@ struct PropertyTable {
     std::size_t count;
 };
 
-// ---- for getters and setters ----
+// ---- helpers of getters and setters ----
 
 template <class T>
 OSStatus put(Bytes& value, const T& item)
@@ -89,7 +94,7 @@ OSStatus putAll(Bytes& value, const std::vector<T>& items)
     return noErr;
 }
 
-/// The value's first bytes as a T; the size is checked against the table before.
+/// The first bytes of the value as a T. The caller has checked the size against the table.
 template <class T>
 T as(const Bytes& value)
 {
@@ -98,18 +103,18 @@ T as(const Bytes& value)
     return item;
 }
 
-/// A string that the caller releases.
+/// Store a new string in `value`, which the caller of the property function must release.
 OSStatus putCFString(Bytes& value, const std::string& text);
 
-/// C text with its terminating zero.
+/// Store the text and a terminating zero in `value`.
 OSStatus putText(Bytes& value, const std::string& text);
 
-/// The objects if the request's qualifier, a list of classes, contains their class, or without a qualifier;
-/// else none.
+/// The objects that an owned-objects request selects: all objects if the request has no qualifier or if the
+/// qualifier (a list of classes) contains `objectClass`; else none.
 std::vector<AudioObjectID> ofClasses(const Request& request, AudioClassID objectClass,
                                      std::vector<AudioObjectID> objects);
 
-/// The getter of a constant.
+/// Getter of a property whose value is the constant.
 template <class T, T constant>
 OSStatus putConstant(const Request&, Bytes& value)
 {

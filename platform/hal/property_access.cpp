@@ -43,7 +43,8 @@ bool isKnownScope(AudioObjectPropertyScope scope)
            scope == kAudioDevicePropertyScopeOutput;
 }
 
-/// The global scope of a property of one side means the output, if the device has one.
+/// Whether a scope selects the input side. If a property concerns one side only, the global scope selects the
+/// output, unless the device has no output.
 bool isInputSide(const Object& object, AudioObjectPropertyScope scope)
 {
     if (object.isStream) return object.isInput;
@@ -70,8 +71,8 @@ bool hasElement(const Property& row, UInt32 channels, AudioObjectPropertyElement
     return row.elements != Elements::master && element <= channels;
 }
 
-/// Find the row and the request of a target. The caller holds propertyLock.
-/// Returns  null if the object has no such property.
+/// Find the property's table row and fill in `request` from the target. The caller holds propertyLock.
+/// Returns  null if the object does not have the property.
 const Property* findProperty(const Object& object, const Target& target, Request& request)
 {
     const AudioObjectPropertyAddress& address = target.address;
@@ -84,8 +85,8 @@ const Property* findProperty(const Object& object, const Target& target, Request
     return hasSide(*row, request) && hasElement(*row, channels, address.mElement) ? row : nullptr;
 }
 
-/// Call `use` with the row and the request, under propertyLock. The rates of hardware are read before,
-/// without the lock, as that may open the device.
+/// Call `use` with the table row and the request, while propertyLock is held. The rates of hardware are read
+/// first, without propertyLock, because that may open the device.
 template <class Use>
 OSStatus withProperty(const Target& target, Use use)
 {
@@ -93,14 +94,17 @@ OSStatus withProperty(const Target& target, Use use)
     if (!findObject(target.object, object) || !accepts(target.interface, object))
         return target.interface.badObject;
     if (object.device) learnRates(object.device, target.address.mSelector);
-    deviceList(); // for the system object: its first call must not hold propertyLock
+    // The first call of deviceList() must not hold propertyLock, and for the system object this may be the
+    // first call.
+    deviceList();
     const std::lock_guard<std::mutex> lock(propertyLock);
     Request request;
     const Property* const row = findProperty(object, target, request);
     return row ? use(*row, request) : OSStatus{kAudioHardwareUnknownPropertyError};
 }
 
-/// The size of a value: that of the row, or found by reading the value. A string is never read for its size.
+/// Find the size of a value, either from the table row or by reading the value. A string is never read to
+/// find its size.
 OSStatus sizeOf(const Property& row, const Request& request, UInt32& size)
 {
     size = row.size;
@@ -111,7 +115,7 @@ OSStatus sizeOf(const Property& row, const Request& request, UInt32& size)
     return status;
 }
 
-/// The whole value, or as many whole items of a list as fit.
+/// Copy the value to the caller's buffer: the whole value, or for a list as many whole items as fit.
 OSStatus copyOut(const Property& row, const Bytes& value, UInt32& size, void* data)
 {
     if (row.extent != Extent::many && size < value.size()) return kAudioHardwareBadPropertySizeError;
@@ -121,7 +125,8 @@ OSStatus copyOut(const Property& row, const Bytes& value, UInt32& size, void* da
     return noErr;
 }
 
-/// The scope of a notification: the side that the property concerns, whatever scope was set.
+/// The scope of a notification. It is the side that the property concerns, not the scope with which the
+/// setter was called.
 AudioObjectPropertyScope scopeOf(const Object& object, AudioObjectPropertySelector selector, bool isInput)
 {
     const Property* row = findRow(object, selector);
@@ -131,9 +136,10 @@ AudioObjectPropertyScope scopeOf(const Object& object, AudioObjectPropertySelect
                                      : scopeOfSide(*object.device, isInput);
 }
 
-/// A setting that a row has accepted.
+/// The results of a setter that has succeeded.
 struct Accepted {
-    Settings before, after; ///< of the device; equal for the system object
+    /// Device settings before and after the setter; default values for the system object.
+    Settings before, after;
     bool isInput = false;
     Consequences consequences;
 };
@@ -153,7 +159,7 @@ OSStatus applyChanges(const Object& object, AudioObjectPropertyElement element, 
     return noErr;
 }
 
-/// Let the row set the value, and note the changes.
+/// Let the row's setter set the value, and note the changes in `accepted`.
 OSStatus accept(const Property& row, const Request& request, const Bytes& value, Accepted& accepted)
 {
     accepted.isInput = request.isInput;
@@ -164,7 +170,8 @@ OSStatus accept(const Property& row, const Request& request, const Bytes& value,
     return status;
 }
 
-/// The caller's bytes of a value. One value of a fixed size may be input as well: a format, a translation.
+/// A copy of the bytes in the caller's buffer. They may be input of a getter too, for a format or a
+/// translation.
 Bytes bytesOf(const void* data, UInt32 size)
 {
     const auto* const bytes = static_cast<const char*>(data);
@@ -219,7 +226,7 @@ OSStatus setValue(const Target& target, UInt32 size, const void* data)
     return withinBorder(kAudioHardwareUnspecifiedError, [&] {
         const OSStatus status = withProperty(target, write);
         Object object;
-        // The object may have ended since.
+        // The object may have ended after propertyLock was released.
         return status == noErr && findObject(target.object, object)
                    ? applyChanges(object, target.address.mElement, accepted)
                    : status;

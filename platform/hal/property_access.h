@@ -1,4 +1,4 @@
-// Gets and sets properties of any object by the property tables.
+// Gets and sets properties of any object, by means of the property tables.
 #pragma once
 
 #include "platform/hal/device_list.h"
@@ -7,12 +7,13 @@ namespace kvxplatform::hal {
 
 struct Object {
     AudioObjectID id;
-    DeviceRef device; ///< null: the system object
+    DeviceRef device; ///< device of the object; null for the system object
     bool isStream;
-    bool isInput; ///< of a stream
+    bool isInput; ///< for a stream: whether it is an input stream
 };
 
-/// The objects that a property interface accepts, and its status for others.
+/// The kinds of objects that one property interface accepts, and the status that it returns for other
+/// objects.
 struct Interface {
     enum class Kind { any, device, stream } kind;
     OSStatus badObject;
@@ -21,7 +22,7 @@ constexpr Interface byAddress = {Interface::Kind::any, kAudioHardwareBadObjectEr
 constexpr Interface ofDevices = {Interface::Kind::device, kAudioHardwareBadDeviceError};
 constexpr Interface ofStreams = {Interface::Kind::stream, kAudioHardwareBadStreamError};
 
-/// What a program requests.
+/// The property that a program requests, and the interface through which the request came.
 struct Target {
     const Interface& interface;
     AudioObjectID object;
@@ -32,15 +33,15 @@ struct Target {
 
 // All functions: [any].
 
-/// False if there is no such object.
+/// Look up an object by its ID. Returns false if there is no such object.
 bool findObject(AudioObjectID id, Object& object);
 
-// The next three return the platform's status and throw nothing.
+// getValue, getInfo and setValue return the platform's status and throw no exception.
 
 OSStatus getValue(const Target& target, UInt32* ioSize, void* data);
-/// Either result may be null.
+/// Get the size of a value and whether the property is settable. `outSize` and `outWritable` may be null.
 OSStatus getInfo(const Target& target, UInt32* outSize, Boolean* outWritable);
-/// Inside a cycle, new settings of a device are applied soon after.
+/// Set a value. Inside a cycle, a device's new settings are applied soon after the cycle.
 OSStatus setValue(const Target& target, UInt32 size, const void* data);
 
 } // namespace kvxplatform::hal

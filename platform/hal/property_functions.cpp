@@ -1,4 +1,5 @@
-// The public functions of both property interfaces, and of property listeners.
+// The public functions that get and set properties, through either property interface, and those of
+// listeners.
 #include "platform/hal/listeners.h"
 #include "platform/hal/property_access.h"
 #include "platform/support/border.h"
@@ -24,7 +25,7 @@ AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector, UInt3
 
 } // namespace
 
-// ---- objects by address ----
+// ---- property interface by address, for all objects ----
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID id, const AudioObjectPropertyAddress* address,
                                         UInt32 qualifierSize, const void* qualifier, UInt32* outSize)
@@ -72,7 +73,7 @@ OSStatus AudioObjectAddPropertyListener(AudioObjectID id, const AudioObjectPrope
     });
 }
 
-// Also removes the listeners of an object that has ended.
+// The function also removes a listener of an object that has ended.
 OSStatus AudioObjectRemovePropertyListener(AudioObjectID id, const AudioObjectPropertyAddress* address,
                                            AudioObjectPropertyListenerProc proc, void* client)
 {
@@ -97,7 +98,7 @@ void AudioObjectShow(AudioObjectID id)
     });
 }
 
-// ---- the system, devices and streams by their own functions ----
+// ---- property interfaces of the system, of devices and of streams ----
 
 OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID selector, UInt32* outSize, Boolean* outWritable)
 {

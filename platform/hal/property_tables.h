@@ -7,8 +7,8 @@ namespace kvxplatform::hal {
 
 PropertyTable systemProperties();
 PropertyTable deviceProperties();
-PropertyTable levelProperties();  ///< a device's volumes and mutes
-PropertyTable sourceProperties(); ///< a simulated device's data sources
+PropertyTable levelProperties();  ///< properties of a device's volumes and mutes
+PropertyTable sourceProperties(); ///< properties of a simulated device's data sources
 PropertyTable streamProperties();
 
 } // namespace kvxplatform::hal

@@ -1,15 +1,15 @@
-// The settings of a device, and the limits of a simulated one.
+// The settings of a device, and the limits of a simulated device's settings.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
 
 namespace kvxplatform::hal {
 
-constexpr double lowestRate = 1000, highestRate = 768000; // Hz
+constexpr double lowestRate = 1000, highestRate = 768000; // in Hz
 constexpr UInt32 mostChannels = 64;
-constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // frames
+constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // in frames
 
-/// Rates in Hz, the rest in frames and channels.
+/// Settings of a device. The rate is in Hz, latency and slice are in frames.
 struct Settings {
     double rate = 44100;
     UInt32 outputChannels = 2;

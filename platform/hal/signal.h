@@ -8,7 +8,7 @@
 
 namespace kvxplatform::hal {
 
-/// A signal that is raised while no thread waits is kept for the next wait.
+/// A signal that is raised while no thread waits ends the next wait at once.
 class Signal {
 public:
     Signal() { sem_init(&semaphore_, 0, 0); }
@@ -16,7 +16,7 @@ public:
     Signal(const Signal&) = delete;
     Signal& operator=(const Signal&) = delete;
 
-    /// Takes no lock and allocates nothing.
+    /// Wake the waiting thread. Locks no mutex and allocates no memory.
     /// [any], also inside a cycle
     void raise() { sem_post(&semaphore_); }
 
@@ -27,12 +27,13 @@ public:
         }
     }
 
-    /// Wait no longer than `nanoseconds`, which is less than a second.
+    /// Wait for the signal, but no longer than `nanoseconds`, which must be less than a second.
     /// [worker]
     void waitFor(std::int64_t nanoseconds)
     {
         timespec until;
-        clock_gettime(CLOCK_MONOTONIC, &until); // independent of changes of the system time
+        // The monotonic clock is independent of changes of the system time.
+        clock_gettime(CLOCK_MONOTONIC, &until);
         until.tv_nsec += static_cast<long>(nanoseconds);
         if (until.tv_nsec >= 1'000'000'000) until.tv_nsec -= 1'000'000'000, ++until.tv_sec;
         sem_clockwait(&semaphore_, CLOCK_MONOTONIC, &until);

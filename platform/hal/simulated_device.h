@@ -1,15 +1,16 @@
-// Devices without hardware, run by the host clock or by steps.
+// Simulated devices: no hardware, and cycles that the host clock or step calls run.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// A device that is not yet listed. A zero field of the description takes the default.
+/// Make a simulated device that is not in the device list yet. A description field of 0 takes its default
+/// value.
 /// [any]
 DeviceRef makeSimulatedDevice(const KVXSimulatedDevice& description);
 
-/// A silent microphone that is not yet listed.
+/// Make a simulated microphone that delivers silence. The device is not in the device list yet.
 /// [any]
 DeviceRef makeSimulatedInput();
 

@@ -1,4 +1,5 @@
-// The data sources of a simulated device, by name. The current source determines the stream's terminal type.
+// The data sources of a simulated device, and their names. The current source determines the stream's
+// terminal type.
 #include "platform/hal/property_tables.h"
 
 #include <iterator>
@@ -43,13 +44,13 @@ OSStatus setSource(const Request& r, const Bytes& value, Consequences& consequen
     const auto code = as<UInt32>(value);
     if (!findSource(code, r.isInput)) return kAudioHardwareIllegalOperationError;
     if (code == currentSource(r)) return noErr;
-    r.device->outputSource = code; // an input has one source only
+    r.device->outputSource = code; // only the output stores its source, because the input has just one source
     consequences.changed = {kAudioDevicePropertyDataSource};
     consequences.changedOfStream = {kAudioStreamPropertyTerminalType};
     return noErr;
 }
 
-/// Translate a source to its name, in the caller's memory.
+/// Write the name of a data source to the memory that the caller's translation names.
 OSStatus getSourceName(const Request& r, Bytes& value)
 {
     const auto translation = as<AudioValueTranslation>(value);
@@ -76,15 +77,16 @@ constexpr Elements master = Elements::master;
 constexpr Extent single = Extent::one, many = Extent::many;
 constexpr UInt32 word = sizeof(UInt32), translation = sizeof(AudioValueTranslation);
 
-// clang-format off
+// Clang-format off.
 constexpr Property rows[] = {
-    // selector                                       side     elements extent  size         get            set
-    {kAudioDevicePropertyDataSource,                  present, master,  single, word,        getSource,     setSource},
-    {kAudioDevicePropertyDataSources,                 present, master,  many,   word,        getSources,    nullptr},
-    {kAudioDevicePropertyDataSourceNameForID,         present, master,  single, translation, getSourceName, nullptr},
-    {kAudioDevicePropertyDataSourceNameForIDCFString, present, master,  single, translation, getSourceName, nullptr},
+    // Selector                                       side     elements extent  size         get set.
+    {kAudioDevicePropertyDataSource, present, master, single, word, getSource, setSource},
+    {kAudioDevicePropertyDataSources, present, master, many, word, getSources, nullptr},
+    {kAudioDevicePropertyDataSourceNameForID, present, master, single, translation, getSourceName, nullptr},
+    {kAudioDevicePropertyDataSourceNameForIDCFString, present, master, single, translation, getSourceName,
+     nullptr},
 };
-// clang-format on
+// Clang-format on.
 
 } // namespace
 

@@ -9,7 +9,8 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// Run one cycle of at most `frames`. Returns its frames; 0 if the device has no cycle to run.
+/// Run one cycle of at most `frames` frames. Returns the frames of the cycle, or 0 if the device has no cycle
+/// to run.
 UInt32 stepOnce(Device& device, UInt32 frames)
 {
     const CycleScope scope(device);

@@ -11,7 +11,8 @@ namespace kvxplatform::hal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-// After a longer pause, as of a sleeping machine, the pace restarts.
+// Longest delay of the timer thread that later cycles make up for. After a longer pause, such as a sleep of
+// the machine, the pace restarts.
 constexpr std::chrono::seconds longestLag{1};
 
 bool mayRun(const Device& device)
@@ -19,11 +20,12 @@ bool mayRun(const Device& device)
     return device.isRunning() && device.driver == Driver::timer && !device.mustEnd;
 }
 
-/// The device's time on the host clock. Each rate has a new origin, so rounding errors never add up.
+/// Converts a device's frames to deadlines on the host clock. Each rate has a new origin, so rounding errors
+/// do not add up.
 struct Pace {
     Clock::time_point origin = Clock::now();
     double rate = 0;
-    double frames = 0; ///< since the origin
+    double frames = 0; ///< frames that have run since the origin
 
     Clock::time_point due() const
     {
@@ -31,7 +33,7 @@ struct Pace {
     }
 };
 
-/// Run one cycle and advance `pace`. False if the timer has no cycle to run.
+/// Run one cycle and advance `pace`. Returns false if the timer thread has no cycle to run.
 bool runDueCycle(Device& device, Pace& pace)
 {
     const CycleScope scope(device);

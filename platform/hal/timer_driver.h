@@ -1,14 +1,15 @@
-// Runs the cycles of a device by the host clock: of paced simulated devices, and of dead ones.
+// The timer thread, which runs a device's cycles by the host clock, for paced simulated devices and for dead
+// or unplugged devices.
 #pragma once
 
 #include "platform/hal/device.h"
 
 namespace kvxplatform::hal {
 
-/// Start the timer thread of a device, unless it has one. The thread waits while the device is stopped. Its
-/// deadlines count from the start, so they never drift, and late slices are made up. The caller holds
-/// `control`.
-/// Errors   'what' without a thread; the next call tries again.
+/// Start the timer thread of a device, unless the device has one. The thread waits while the device is
+/// stopped. Its deadlines are counted from the start, so they never drift, and late slices are made up for.
+/// The caller holds the device's `control` mutex.
+/// Errors   'what' if no thread can be started; the next call tries again.
 /// [any], not inside a cycle
 OSStatus ensureTimerThread(const DeviceRef& device);
 
