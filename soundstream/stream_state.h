@@ -20,10 +20,10 @@ struct QTSoundStreamGlobals;
 /// The state that InitComponent creates for an object.
 struct StreamState {
     Component component; ///< the registered component; null while not open. [main]
-    /// converter from the mixer's format; null until created, never disposed. Published
+    /// Converter from the mixer's format; null until created, never disposed. Published.
     AudioConverterRef converter;
     AudioStreamBasicDescription outputFormat; ///< output format of the converter; constant
-    /// the record of the registered component, whose user this state is; null while not open. Published
+    /// Record of the registered component, in use by this state; null while not open. Published.
     RefconRecord* refconRecord;
     HostBoolean streamActive;             ///< whether the mixer plays a source. Relaxed
     HostBoolean postsStatusNotifications; ///< value of a host property, stored without any effect. [main]
@@ -37,7 +37,7 @@ struct StreamState {
 
 /// The data that a registered component's refcon points to.
 struct RefconRecord {
-    StreamState* state;            ///< the state, whose user this record is
+    StreamState* state;            ///< the state, in use by this record
     QTSoundStreamGlobals* globals; ///< storage of the audible instance, or null. Published
 
     int users;          ///< user count: the StreamState while open, each instance
@@ -51,8 +51,7 @@ struct QTSoundStreamGlobals {
     SoundComponentDataPtr sourceData; ///< the mixer's samples that are not rendered yet. [audio]
     SoundComponentData description;   ///< format that is requested of the mixer
     ComponentInstance self;
-    /// The component's record, whose user this instance is; null if the component was unregistered before
-    /// Open.
+    /// The component's record, in use by this instance; null if the component was unregistered before Open.
     RefconRecord* refcon;
 
     bool isMixerChanging; ///< the mixer is being replaced, so the render thread renders silence. Published

@@ -86,7 +86,7 @@ struct Device {
     // ---- read and written by any thread ----
     std::atomic<int> starts{0};            ///< number of started procedures plus `startsWithoutProc`
     std::atomic<int> startsWithoutProc{0}; ///< number of starts of the device itself, without a procedure
-    /// the device was silent until now, so the gains do not glide in the first cycle
+    /// The device was silent until now, so the gains do not glide in the first cycle.
     std::atomic<bool> hasJustStarted{true};
     std::atomic<OSStatus> startRefusal{noErr};
     std::atomic<bool> mustEnd{false}; ///< request to the timer thread to end

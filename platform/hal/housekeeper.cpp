@@ -20,7 +20,7 @@ namespace kvxplatform::hal {
 namespace {
 
 constexpr std::int64_t watchNanos = 100'000'000; // time between two checks of running hardware
-// delay before a retry, while a cycle still uses memory that is to be freed
+// Delay before a retry, while a cycle still uses memory that is to be freed.
 constexpr std::int64_t retryNanos = 5'000'000;
 
 void wake() { housekeeperSignal().raise(); }

@@ -86,6 +86,7 @@ public:
     /// [any], not inside a cycle
     bool sweep();
 
+    /// Whether no procedure is in the list.
     /// [any]
     bool isEmpty() const;
 

@@ -20,6 +20,7 @@ public:
     /// [any], also inside a cycle
     void raise() { sem_post(&semaphore_); }
 
+    /// Wait for the signal, without a time limit.
     /// [worker]
     void wait()
     {

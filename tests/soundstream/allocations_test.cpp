@@ -1,4 +1,4 @@
-// Which memory the bridge allocates: its three records, and nothing else.
+// The memory that the sound bridge allocates: its three kinds of records, and nothing else.
 #include "tests/soundstream/pulled_list.h"
 #include "tests/soundstream/stream_test.h"
 #include "tests/support/c_library_spy.h"
@@ -12,7 +12,7 @@ using namespace soundstream_test;
 
 class SoundStreamAllocations : public StreamTest {
 protected:
-    /// The allocations and frees of `action`, in order.
+    /// The allocations and frees that `action` makes, in order.
     template <class Action>
     static Notes allocationsOf(Action action)
     {
@@ -58,7 +58,7 @@ TEST_F(SoundStreamAllocations, OrdinaryUseAllocatesOneOfEachRecord)
     }
 }
 
-// Counted from the start of the program.
+// The number of live blocks counts all allocations and frees since the start of the program.
 TEST_F(SoundStreamAllocations, NothingStaysAllocatedAfterTheLastObjectAndInstance)
 {
     constexpr int count = 20;

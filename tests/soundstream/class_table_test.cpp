@@ -1,4 +1,4 @@
-// The class table of QTSoundStreamKVX, compared with the tables below.
+// The class definition of QTSoundStreamKVX, compared with the tables in this file.
 #include "abi/accessor_sentinels.h"
 #include "plugin/process_state.h"
 #include "plugin/register_class.h"
@@ -25,8 +25,8 @@ const struct {
     const char* name;
     const char* type;
     Access access;
-    HostInteger offset;         // of a field, in the class data
-    HostInteger offsetOn32Bits; // of a field, in the product
+    HostInteger offset; // offset of a field in the class data of this build
+    HostInteger offsetOn32Bits; // offset of a field in the class data of the 32-bit product
 } properties[] = {
     {"PostsStatusNotifications",   "Boolean", accessors, 0,                                       0},
     {"IsStreamActive",             "Boolean", getter,    0,                                       0},
@@ -180,7 +180,7 @@ TEST(SoundStreamClass, HasEightMethodsInOrder)
 
 TEST(SoundStreamClass, AnObjectStartsWithZeros)
 {
-    soundstream_test::StreamObject object; // its memory is not zeroed before
+    soundstream_test::StreamObject object; // the object's memory was not zero before its construction
     const SoundStreamData& data = object.data();
     EXPECT_EQ(data.state, nullptr);
     EXPECT_EQ(data.ownsState, false);
@@ -190,7 +190,7 @@ TEST(SoundStreamClass, AnObjectStartsWithZeros)
     EXPECT_TRUE(object.isUntouchedAround());
 }
 
-/// The definition that a host of one layout receives.
+/// The class definition that a host with a given class-definition layout receives.
 class RegisteredSoundStream : public testing::Test {
 protected:
     ~RegisteredSoundStream() override { gResolver = nullptr; }

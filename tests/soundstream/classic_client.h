@@ -1,4 +1,4 @@
-// A classic sound program on the real platform: it finds the component by its description, opens it and
+// A classic sound program on the real platform. It finds the component by its description, opens it and
 // plays.
 #pragma once
 
@@ -11,21 +11,22 @@
 
 namespace soundstream_test {
 
-/// The component registered last; null if there is none.
+/// The matching component that was registered last; null if there is none.
 Component findComponent();
-/// The first match, as a simple client takes it; null if there is none.
+/// The first matching component, which a simple client would use; null if there is none.
 Component findFirstComponent();
 
-/// Unregister every component of the bridge.
+/// Unregister every component that matches the sound bridge's description.
 void unregisterAll();
 
-/// Send any request to an instance.
+/// Send any request to an instance, with these arguments.
 ComponentResult send(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words);
 
-/// The platform's live-object count of that kind.
+/// The platform's number of live objects of that kind, such as "Component".
 UInt32 alive(const std::string& kind);
 
-/// An instance with an initialised device and one source; without a component, neither.
+/// A client with an open instance, an initialised device and one source. If there is no component, it has
+/// neither an instance nor a source.
 class ClassicClient {
 public:
     ClassicClient() : ClassicClient(findComponent()) {}
@@ -36,7 +37,7 @@ public:
 
     explicit operator bool() const { return source != nullptr; }
 
-    /// Close the instance; a second call does nothing.
+    /// Close the instance. A second call does nothing.
     void close();
 
     ComponentResult play(SoundParamBlock& block, long actions = 0);
@@ -49,7 +50,7 @@ public:
 };
 
 /// A parameter block for `frames` frames of 16-bit stereo at 44100 Hz and full volume.
-/// Owner  the samples stay the caller's.
+/// Owner  the caller keeps the samples.
 SoundParamBlock blockOf(const void* samples, long frames, OSType format = 'sowt');
 
 } // namespace soundstream_test

@@ -1,4 +1,4 @@
-// The component's information calls: values, lists, accepted settings.
+// The component's GetInfo and SetInfo calls: single values, lists, and accepted settings.
 #include "tests/soundstream/stream_test.h"
 
 #include <cstring>
@@ -26,7 +26,7 @@ protected:
         return send(instance_, 260, {source, static_cast<long>(code), info});
     }
 
-    /// The platform calls after the dispatcher's.
+    /// The recorded platform calls, without the call that the dispatcher makes.
     static Notes calls()
     {
         Notes all = sound_spy::calls();

@@ -1,4 +1,4 @@
-// The component's entry point: each selector, its handler and its procedure information.
+// The component's entry point: each selector, its handler, and the procedure information of the handler.
 #include "tests/soundstream/stream_test.h"
 
 #include <algorithm>
@@ -68,7 +68,7 @@ TEST_F(SoundStreamDispatcher, DelegatesToNullWithoutAMixer)
     sound_spy::answer("DelegateComponentCall").status = -7;
     EXPECT_EQ(sendWith(nullptr, 256, {}), -7);
     open();
-    const ComponentInstance instance = openInstance(); // whose mixer is not open yet
+    const ComponentInstance instance = openInstance(); // the mixer of the new instance is not open yet
     EXPECT_EQ(send(instance, 257, {0}), -7);
     EXPECT_EQ(sound_spy::calls(), (Notes{"DelegateComponentCall(the request, null)"}));
 }

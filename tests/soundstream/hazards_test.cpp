@@ -1,5 +1,5 @@
-// Two threads at the points where they could collide: one waits inside a platform call until the other is
-// there too.
+// Two threads at the points where they could collide. One thread waits inside a platform call until the other
+// thread has reached its own point.
 #include "tests/soundstream/pulled_list.h"
 #include "tests/soundstream/stream_test.h"
 #include "tests/support/c_library_spy.h"
@@ -34,11 +34,11 @@ protected:
 
     struct Slice {
         OSStatus status = -1;
-        bool isSilence = false; ///< the converter's input
+        bool isSilence = false; ///< whether the converter's input was silent
     };
 
-    /// Render a slice in which the mixer calls `completion`, as at the end of a buffer, and then returns
-    /// `data`.
+    /// Render a slice in which the mixer first calls `completion`, as it does at the end of a buffer, and
+    /// then delivers `data`.
     Slice renderWith(const std::function<void()>& completion, SoundComponentDataPtr data)
     {
         Slice slice;
@@ -80,7 +80,7 @@ void awaitThat(Condition condition)
     while (!condition()) std::this_thread::yield();
 }
 
-// Each action hides the instance from the render thread, then waits for the render call in progress.
+// Each action makes the instance invisible to the render thread, then waits for the render call in progress.
 TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
 {
     using Record = soundstream::RefconRecord;
@@ -104,23 +104,25 @@ TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
         {"the host destroys", [this] { object().destroy(); }, "UnregisterComponent", true},
     };
     for (std::size_t round = 0; round < 5 * std::size(facts);
-         ++round) { // each several times: threads interleave
+         ++round) { // each action runs several times, because threads interleave differently
         const auto& fact = facts[round % std::size(facts)];
         SCOPED_TRACE(fact.what);
         begin();
         soundstream::StreamState& state = *object().state();
         Record& record = *state.refconRecord;
-        soundstream::use(record); // the test reads it after the bridge leaves it
+        // The added user lets the test read the record after the sound bridge has left it.
+        soundstream::use(record);
         Event isInside;
         std::atomic<bool> isOver{false}, wasOver{false}, hasReturned{false};
         sound_spy::platform().fill = [&](const sound_spy::Filling&) {
             isInside.happen();
             awaitThat([&] {
-                if (hasReturned) return true; // too early: the test fails below
+                if (hasReturned) return true; // the action has returned too early, so the test fails below
                 return fact.takesTheRecord ? !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST)
                                            : isSilent(record);
             });
-            for (int yields = 0; yields < 100; ++yields) std::this_thread::yield(); // a chance to go wrong
+            // Time in which an action that wrongly does not wait would go on.
+            for (int yields = 0; yields < 100; ++yields) std::this_thread::yield();
             isOver = true;
             return noErr;
         };
@@ -138,7 +140,8 @@ TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
     }
 }
 
-// The render call lasts until the waiting thread has slept, so that the wait goes through all its stages.
+// The render call lasts until the waiting thread has slept, so that this thread goes through both stages of
+// its wait: first it yields, later it sleeps.
 TEST_F(SoundStreamHazard, WaitingMakesNoPlatformCall)
 {
     const std::string call =
@@ -260,7 +263,7 @@ TEST_F(SoundStreamHazard, AnInstanceClosedByTwoThreadsIsClosedOnce)
     sound_spy::answer("CallComponentFunctionWithStorageProcInfo").during = [&] {
         if (!isFirst) return;
         isFirst = false;
-        closeInstance(); // the other close, which finishes first
+        closeInstance(); // a second close of the same instance, which finishes before the first
     };
     const Handle storage = sound_spy::storageOf(instance());
     EXPECT_EQ(sendWith(storage, -2, {reinterpret_cast<long>(instance())}), noErr);
@@ -325,7 +328,7 @@ TEST_F(SoundStreamHazard, ACompletionRoutineMayCloseInitialiseOrDestroy)
         SCOPED_TRACE(fact.what);
         begin();
         Byte samples[64] = {};
-        // The mixer owns its data.
+        // The samples' description belongs to the mixer and is invalid once the mixer is closed.
         auto data = std::make_unique<SoundComponentData>(
             SoundComponentData{0, 'sowt', 2, 16, 0xAC440000, 16, samples, 0});
         sound_spy::answer("CloseMixerSoundComponent").during = [&] { data->sampleCount = 0x7FFFFFFF; };
@@ -336,11 +339,12 @@ TEST_F(SoundStreamHazard, ACompletionRoutineMayCloseInitialiseOrDestroy)
         if (!fact.isSilence) continue;
         Byte others[64] = {};
         SoundComponentData other = {0, 'sowt', 2, 16, 0xAC440000, 16, others, 0};
-        renderWith([] {}, &other); // the next slice, in the new state
+        renderWith([] {}, &other); // render the next slice, in the new state
     }
 }
 
-// The mixer is still on the stack of the completion routine: it closes after the converter has returned.
+// The mixer has called the completion routine and is still on the call stack. Therefore it is closed only
+// after the converter has returned.
 TEST_F(SoundStreamHazard, ACloseInsideTheRenderCallTakesEffectAtItsEnd)
 {
     begin();
@@ -372,7 +376,7 @@ TEST_F(SoundStreamHazard, AnInstanceOutlivesTheObjectAndItsRegistration)
     begin();
     const ComponentInstance second = openInstanceWithMixer();
     object().closeComponent();
-    object().openComponent(); // another registration
+    object().openComponent(); // the component is registered a second time
     const ComponentInstance third = openInstanceWithMixer();
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(third));
     closeInstance();

@@ -1,4 +1,4 @@
-// An instance of the component: open, initialise, play, close.
+// An instance of the component: how it is opened, is initialised, plays and is closed.
 #include "tests/soundstream/stream_test.h"
 #include "tests/support/c_library_spy.h"
 
@@ -10,7 +10,7 @@ using namespace soundstream_test;
 
 class SoundStreamInstance : public StreamTest {
 protected:
-    /// The platform calls of a request's handler.
+    /// The platform calls that the handler of a request makes.
     Notes callsOf(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words,
                   ComponentResult expected = noErr)
     {
@@ -115,7 +115,8 @@ TEST_F(SoundStreamInstance, AnInstanceOpenedAfterCloseComponentIsSilent)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();
-    object().closeComponent(); // the platform keeps a component in use, and its refcon
+    // The platform keeps a component that has instances, and keeps the component's refcon.
+    object().closeComponent();
     EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}),
               (Notes{"GetComponentRefcon(instance1)", "SetComponentInstanceStorage(instance1, storage1)"}));
     EXPECT_EQ(globalsOf(instance)->refcon, nullptr);
@@ -171,7 +172,8 @@ TEST_F(SoundStreamInstance, CloseWithoutAMixerCallsNoPlatformFunction)
     EXPECT_EQ(sendWith(nullptr, -2, {0}), noErr) << "null is ignored";
 }
 
-// After a close request the platform keeps the storage word, and the storage's address may be used again.
+// After a close request the platform still passes the former storage pointer, and a new storage may have the
+// same address.
 TEST_F(SoundStreamInstance, ASecondCloseDoesNotCloseAnotherInstanceAtTheSameAddress)
 {
     open();

@@ -1,4 +1,4 @@
-// The component on the real platform: a client finds it, opens it, sends requests and plays.
+// The component on the real platform. A client finds the component, opens it, sends requests and plays.
 #include "soundstream/render.h"
 #include "tests/soundstream/classic_client.h"
 #include "tests/soundstream/pulled_list.h"
@@ -51,7 +51,7 @@ protected:
 
     void closeClient() { client_.reset(); }
 
-    /// Render `frames` frames, as an audio unit does.
+    /// Render `frames` frames with the calls that an audio unit makes.
     void render(PulledList& pulled, UInt32 frames = 8)
     {
         EXPECT_EQ(soundstream::renderFromMixer(object().state(), nullptr, nullptr, 0, frames, pulled.list()),
@@ -112,7 +112,8 @@ TEST_F(SoundStreamPlatform, IsNotOpenedWithoutMemory)
     EXPECT_EQ(CloseComponent(instance), static_cast<OSErr>(badComponentInstance & 0xFFFF));
 }
 
-// Silence goes to two buffers for any buffer count: the platform's units have memory for the second record.
+// Silence is written to two buffers whatever the buffer count. The platform's units have memory for a second
+// AudioBuffer.
 TEST_F(SoundStreamPlatform, SilencesAUnitWithOneBuffer)
 {
     object().initComponent();
@@ -143,7 +144,7 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
 {
     open();
     for (int what = -6; what <= 300; ++what) {
-        if (what == -2 || what == -1) continue; // open and close are tested below
+        if (what == -2 || what == -1) continue; // other tests send the open and close requests
         SCOPED_TRACE(what);
         SoundSource added = nullptr;
         char value[16] = {};
@@ -161,7 +162,7 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
         case 1:
             expected = noErr;
             break;
-        case 257: // delegated to the mixer
+        case 257: // selector 257 is delegated to the mixer
             words[0] = reinterpret_cast<long>(&added);
             expected = noErr;
             break;
@@ -182,7 +183,7 @@ TEST_F(SoundStreamPlatform, AnswersEverySelector)
             expected = noErr;
             break;
         case 264:
-            expected = paramErr; // without a block
+            expected = paramErr; // the request has no parameter block
             break;
         default:
             break;
@@ -257,7 +258,7 @@ TEST_F(SoundStreamPlatform, GetsAndSetsInformation)
 
 constexpr unsigned char bytes[] = {0x40, 0x00, 0xC0, 0x00, 0x00, 0x01, 0xFF, 0xFF, 0x12, 0x34, 0x80, 0x00};
 
-// The bytes above, read as big-endian and as little-endian samples.
+// The samples that result if `bytes` is read as big-endian and as little-endian samples.
 constexpr float bigEndian[2][3] = {{0x4000 / 32768.0f, 1 / 32768.0f, 0x1234 / 32768.0f},
                                    {-0x4000 / 32768.0f, -1 / 32768.0f, -1.0f}};
 constexpr float swapped[2][3] = {{0x0040 / 32768.0f, 0x0100 / 32768.0f, 0x3412 / 32768.0f},
@@ -326,7 +327,8 @@ TEST_F(SoundStreamPlatform, FollowsStartStopAndPause)
     EXPECT_TRUE(object().isActive());
     client().pause();
     EXPECT_FALSE(object().isActive());
-    for (int slice = 0; slice < 200; ++slice) isSilence(); // samples that the mixer had delivered before
+    // Render the samples that the mixer had delivered before the pause.
+    for (int slice = 0; slice < 200; ++slice) isSilence();
     EXPECT_TRUE(isSilence());
     client().start();
     EXPECT_FALSE(isSilence());
@@ -372,7 +374,7 @@ TEST_F(SoundStreamPlatform, RenderingAllocatesNothing)
     client().play(block);
     renderWithoutAllocation();
     renderWithoutAllocation();
-    renderWithoutAllocation(); // after the last frame
+    renderWithoutAllocation(); // render after the last frame of the source
     closeClient();
     renderWithoutAllocation();
     object().closeComponent();
@@ -393,7 +395,7 @@ TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
     EXPECT_EQ(client().play(block), noErr);
     EXPECT_TRUE(isSilence()) << "the instance is silent";
     {
-        ClassicClient late; // of the unregistered component
+        ClassicClient late; // an instance of the unregistered component
         EXPECT_TRUE(late);
         EXPECT_EQ(late.start(), noErr);
         EXPECT_TRUE(isSilence());
@@ -406,7 +408,8 @@ TEST_F(SoundStreamPlatform, InstancesOutliveTheComponentAndTheObject)
     closeClient();
 }
 
-// The platform finds a kept registration before a later one: a client that takes the first match is silent.
+// The platform finds a kept, unregistered component before one that was registered later, so a client that
+// uses the first match is silent.
 TEST_F(SoundStreamPlatform, TheLastMatchIsAudibleAndTheFirstMatchIsAnOrphan)
 {
     open();
@@ -530,7 +533,7 @@ TEST_F(SoundStreamPlatform, AUnitMayOutliveItsState)
         EXPECT_EQ(object().start(unit), noErr);
     }
     EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
-    object().initComponent(); // stops the second unit only
+    object().initComponent(); // InitComponent stops the second unit only
     EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);
     EXPECT_EQ(object().start(second), noErr);
     EXPECT_EQ(KVXPlatformStep(device, 2048), 2048u);

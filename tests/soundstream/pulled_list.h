@@ -1,4 +1,4 @@
-// The buffer list of a render call, with memory for three buffers whatever its buffer count.
+// The AudioBufferList of a render call, with memory for three buffers whatever the buffer count.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -12,13 +12,14 @@ namespace soundstream_test {
 class PulledList {
 public:
     static constexpr std::size_t capacity = 3;
-    static constexpr unsigned char before = 0x5A; ///< the initial value of every byte
+    static constexpr unsigned char before = 0x5A; ///< initial value of every byte in the buffers
 
     explicit PulledList(UInt32 count, UInt32 frames = 8)
     {
         list()->mNumberBuffers = count;
         for (std::size_t i = 0; i < capacity; ++i) {
-            memory_[i].assign((frames + 2) * sizeof(float), before); // two frames more than its size
+            // The memory has two frames more than the buffer's size, as a guard.
+            memory_[i].assign((frames + 2) * sizeof(float), before);
             buffer(i) = {1, frames * UInt32{sizeof(float)}, memory_[i].data()};
         }
     }
@@ -32,7 +33,7 @@ public:
         return reinterpret_cast<const float*>(memory_[index].data())[frame];
     }
 
-    /// Whether the buffer is zero for its byte size, and unchanged after that.
+    /// Whether all bytes of the buffer are zero and the guard bytes after the buffer are unchanged.
     bool isSilent(std::size_t index) { return isSilentFor(index, buffer(index).mDataByteSize); }
     bool isSilentFor(std::size_t index, std::size_t bytes) const
     {

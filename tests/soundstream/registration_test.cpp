@@ -1,4 +1,5 @@
-// An object and its component, call by call: create, register, unregister, and the properties in each state.
+// The platform calls of an object's InitComponent, OpenComponent, CloseComponent and destruction, and the
+// properties in each state.
 #include "tests/soundstream/stream_test.h"
 #include "tests/support/c_library_spy.h"
 
@@ -22,7 +23,7 @@ const Notes closing = {
     "UnregisterComponent(component1)",
 };
 
-/// The platform calls of `action`.
+/// The platform calls that `action` makes, in order.
 template <class Action>
 Notes callsOf(Action action)
 {
@@ -167,7 +168,7 @@ TEST_F(SoundStreamComponent, HasNoEntryPointInTheDevelopmentEnvironment)
     EXPECT_TRUE(object().isOpen());
 }
 
-// Nothing is reported; a later call retries the refused step.
+// A refused platform call is not reported; a later OpenComponent repeats only the refused step.
 TEST_F(SoundStreamComponent, OpenComponentContinuesAfterARefusal)
 {
     // clang-format off
@@ -288,7 +289,8 @@ TEST_F(SoundStreamComponent, CloseComponentContinuesAfterARefusal)
         EXPECT_FALSE(object().isOpen());
         EXPECT_EQ(object().data().attachedUnit, nullptr);
         sound_spy::answer(function).status = noErr;
-        if (function == "UnregisterComponent") UnregisterComponent(component); // the platform kept it
+        // The refused call has left the component registered.
+        if (function == "UnregisterComponent") UnregisterComponent(component);
     }
 }
 
@@ -337,7 +339,7 @@ TEST_F(SoundStreamComponent, DestructionKeepsAStateThatTheObjectDoesNotOwn)
     open();
     soundstream::StreamState* const state = object().state();
     set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
-    object().data().ownsState = false; // as a host program writes "Release"
+    object().data().ownsState = false; // equivalent to a host program that sets the property "Release"
     object().destroy();
     EXPECT_EQ(object().state(), nullptr);
     EXPECT_EQ(state->postsStatusNotifications, 1) << "the state is not freed";
@@ -349,7 +351,7 @@ TEST_F(SoundStreamComponent, TwoObjectsMayShareAStateByItsHandle)
 {
     open();
     StreamObject other;
-    other.data().state = object().state(); // as a host program writes "Handle"
+    other.data().state = object().state(); // equivalent to a host program that sets the property "Handle"
     EXPECT_TRUE(other.isOpen());
     other.openComponent();
     EXPECT_EQ(sound_spy::calls(), Notes()) << "the shared state is open";
@@ -374,7 +376,7 @@ TEST_F(SoundStreamComponent, PropertiesFollowEveryState)
         EXPECT_EQ(get<HostInteger>(object().get(), "SoundOutputComponentHandle") != 0, isOpen);
     };
     set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
-    expect(false, false, false); // ignored without a state
+    expect(false, false, false); // a value is ignored while the object has no state
 
     object().initComponent();
     expect(false, false, false);

@@ -1,4 +1,4 @@
-// The render procedure: silence without an instance, else the mixer's samples through the converter.
+// The render procedure: silence if no instance is audible, else the mixer's samples through the converter.
 #include "tests/soundstream/pulled_list.h"
 #include "tests/soundstream/stream_test.h"
 
@@ -45,7 +45,7 @@ TEST_F(SoundStreamRender, SilencesTheFirstTwoBuffersOfTheList)
 {
     for (UInt32 count = 0; count <= 3; ++count) {
         SCOPED_TRACE(count);
-        PulledList pulled(count); // with three buffer records for any count
+        PulledList pulled(count); // the list has three AudioBuffer structures, whatever the count
         pulled.buffer(0).mDataByteSize = 12;
         pulled.buffer(1).mDataByteSize = 28;
         EXPECT_EQ(render(pulled.list(), 1), noErr);
@@ -144,14 +144,14 @@ TEST_F(SoundStreamRender, RendersSilenceWhenTheConverterThrows)
     sound_spy::forgetCalls();
     EXPECT_EQ(render(pulled.list()), noErr);
     EXPECT_EQ(sound_spy::calls().size(), 1u) << "the next slice is rendered";
-    closeInstance(instance); // does not wait: the failed render call has ended
+    closeInstance(instance); // the close does not wait, because the failed render call has ended
 }
 
 // ---- the converter's input ----
 
 class SoundStreamInput : public SoundStreamRender {
 protected:
-    /// Call the input procedure once, as the converter does.
+    /// Call the converter's input procedure once, as the converter does.
     OSStatus give(UInt32& packets, AudioBufferList* input)
     {
         OSStatus status = -1;
@@ -165,7 +165,7 @@ protected:
         return status;
     }
 
-    /// Whether that call requested samples of the mixer.
+    /// Whether the last give() call requested samples of the mixer.
     static bool hasRequested() { return sound_spy::calls().size() > 1; }
 };
 
@@ -174,12 +174,13 @@ TEST_F(SoundStreamInput, GivesTheMixersSamplesInPlace)
     constexpr long none = -1, kept = -2;
     // clang-format off
     const struct {
-        long current;     // frames left of the current data; none: no data
-        long next;        // frames of the mixer's next data; none: null; kept: the mixer does not answer
-        UInt32 requested; // packets
-        bool requests;    // data of the mixer
-        long given;       // frames; none: silence, and the packet count is unchanged
-        long left;        // frames of the current data afterwards; none: no data
+        long current; // frames left in the current data; none: no current data
+        // Frames in the mixer's next data; none: null; kept: the mixer leaves the pointer unchanged.
+        long next;
+        UInt32 requested; // packets that the converter requests
+        bool requests; // whether the input procedure requests data of the mixer
+        long given; // frames that the converter receives; none: silence and an unchanged packet count
+        long left; // frames left in the current data after the call; none: no current data
         const char* why;
     } facts[] = {
         {none, none,    16,  true,  none, none,  "no source plays"},
@@ -220,7 +221,8 @@ TEST_F(SoundStreamInput, GivesTheMixersSamplesInPlace)
             sound_spy::platform().nextData = [&](SoundComponentDataPtr* data) {
                 if (fact.next != kept) *data = fact.next == none ? nullptr : &next;
             };
-            sound_spy::answer("SoundComponentGetSourceData").status = status; // ignored
+            // The sound bridge ignores this status.
+            sound_spy::answer("SoundComponentGetSourceData").status = status;
 
             PulledList input(1);
             input.buffer(0).mNumberChannels = 7;

@@ -15,20 +15,20 @@ namespace sound_spy {
 
 namespace {
 
-/// An object of the platform. Its address is the handle that callers get.
+/// A simulated object of the platform. Callers use its address as the handle.
 struct Thing {
     std::string name;
     bool isLive = true;
-    bool isOwed = true; ///< its owner must release it
+    bool isOwed = true; ///< whether the code under test must release the object
 
-    Thing* component = nullptr; ///< of an instance
+    Thing* component = nullptr; ///< component of an instance
     long refcon = 0;
     Handle storage = nullptr;
 };
 
-/// A handle's block, of exactly its size, so that a sanitizer finds a write past its end.
+/// The memory of a handle. It has exactly the requested size, so that a sanitizer finds a write past its end.
 struct Block {
-    Ptr bytes; ///< first: the handle is its address
+    Ptr bytes; ///< must be the first field, because a handle is the address of this field
     std::unique_ptr<char[]> memory;
     std::size_t size;
     std::string name;
@@ -37,7 +37,7 @@ struct Block {
 
 std::recursive_mutex lock;
 Platform thePlatform;
-std::deque<Thing> things; // a deque keeps their addresses
+std::deque<Thing> things; // in a deque, because the objects must keep their addresses
 std::deque<Block> blocks;
 std::map<std::string, int> made;
 std::map<const void*, std::string> names;
@@ -85,7 +85,7 @@ Handle makeHandle(const void* bytes, Size size)
     return &block.bytes;
 }
 
-/// A call that releases `handle`, also when it throws.
+/// Releases `handle` at the end of a platform call, even if the call throws.
 class Release {
 public:
     Release(const char* function, const void* handle) : function_(function), handle_(handle) {}
@@ -116,7 +116,7 @@ private:
     const void* handle_;
 };
 
-/// Name a word that the platform stores; each store makes a new name.
+/// Give a name to a pointer that the platform stores, such as a refcon. Each call makes a new name.
 void nameStored(const char* kind, const void* pointer)
 {
     const Guard guard(lock);
@@ -202,9 +202,9 @@ std::string text(const AURenderCallbackStruct& given)
            "}";
 }
 
-// ---- a call ----
+// ---- recording of a call ----
 
-/// Record a call, run the test's functions, and return the status.
+/// Record a call, run the functions that the test has set, and return the test's status for this call.
 template <class... Arguments>
 OSStatus note(const char* function, Arguments... arguments)
 {
@@ -231,7 +231,7 @@ void fillWithGarbage(Value* out)
     if (out) std::memset(out, 0x3F, sizeof *out);
 }
 
-/// Store a new object's address in `out`, or garbage when refused.
+/// Store the address of a new object in `out`. If the call is refused, fill `out` with garbage.
 template <class Reference>
 OSStatus give(OSStatus refusal, const char* kind, Reference* out)
 {
@@ -343,7 +343,7 @@ using namespace sound_spy;
 #pragma GCC visibility push(default)
 extern "C" {
 
-// ---- time: the bridge waits without these ----
+// ---- time functions, which the sound bridge must not call while it waits, except for nanosleep ----
 
 AbsoluteTime UpTime()
 {
@@ -395,7 +395,7 @@ OSErr UnregisterComponent(Component component)
 long CountComponentInstances(Component component)
 {
     note(__func__, static_cast<const void*>(component));
-    return 3; // the bridge ignores the count
+    return 3; // any count, because the sound bridge ignores it
 }
 
 void SetComponentRefcon(Component component, long word)
@@ -431,7 +431,8 @@ OSErr OpenAComponent(Component component, ComponentInstance* instance)
     return static_cast<OSErr>(give(note(__func__, static_cast<const void*>(component)), "unit", instance));
 }
 
-// As in the platform, the procedure information describes how a handler is called, not its type.
+// The handler is called as in the platform: the procedure information describes the call, not the function's
+// type.
 __attribute__((no_sanitize("function"))) ComponentResult
 CallComponentFunctionWithStorageProcInfo(Handle storage, ComponentParameters* parameters, ProcPtr function,
                                          ProcInfoType words)
@@ -562,7 +563,8 @@ OSStatus AudioConverterNew(const AudioStreamBasicDescription* source,
     if (refusal)
         fillWithGarbage(converter);
     else
-        *converter = reinterpret_cast<AudioConverterRef>(make("converter", false)); // never disposed
+        // The sound bridge never disposes its converter.
+        *converter = reinterpret_cast<AudioConverterRef>(make("converter", false));
     return refusal;
 }
 

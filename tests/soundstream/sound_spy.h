@@ -1,17 +1,17 @@
-// Stands in for the platform functions that the sound bridge calls: components, handles, the mixer of classic
-// sound, converters and output units. A test program that links sound_spy.cpp and exports its symbols answers
-// these calls itself, instead of libkvxplatform.
+// Replaces the platform functions that the sound bridge calls: those of components, handles, the mixer of
+// classic sound, converters and output units. In a test program that links sound_spy.cpp and exports its
+// symbols, this file handles these calls instead of libkvxplatform.
 //
-// Every call is recorded with every argument, in order, as text:
+// Every call is recorded as text, in order and with all its arguments:
 //
 //     AudioUnitSetProperty(unit, 23, scope 1, element 0, {renderFromMixer, the state}, whole)
 //
-// Objects of the platform have short names: component1 is the first component, then instance2, mixer1,
-// converter1, handle1. So do the words that the platform stores: refcon1, storage1. Out-parameters are not
-// shown.
+// Objects of the platform have short names: component1 for the first component, then instance2, mixer1,
+// converter1, handle1. Values that the platform stores have names too: refcon1, storage1. Out-parameters are
+// not shown.
 //
-// By default the platform grants every call. A refused call does nothing, returns null where it returns a
-// pointer, and fills its out-parameter with garbage. Any thread may call the platform; the test's thread
+// By default every call succeeds. A refused call does nothing, returns null if it returns a pointer, and
+// fills its out-parameter with garbage. Any thread may call the platform functions; only the test's thread
 // calls the functions below.
 #pragma once
 
@@ -29,10 +29,10 @@ namespace sound_spy {
 
 using Notes = std::vector<std::string>;
 
-/// How one function answers each of its calls.
+/// The behaviour of one platform function, which applies to each of its calls.
 struct Answer {
-    OSStatus status = 0; ///< other than 0: refused
-    /// Runs inside the call, after it is recorded; it may throw. A release happens all the same.
+    OSStatus status = 0; ///< status of the call; a status other than 0 refuses the call
+    /// Runs inside the call, after the call is recorded. May throw; a release happens nevertheless.
     std::function<void()> during;
 };
 
@@ -47,11 +47,11 @@ struct Filling {
 
 struct Platform {
     std::map<std::string, Answer> answers;
-    /// Runs inside every call, after it is recorded, with the function's name; it may throw.
+    /// Runs inside every platform call, after the call is recorded, with the function's name. May throw.
     std::function<void(const std::string&)> inEachCall;
-    /// Sets the result of SoundComponentGetSourceData; null: the result keeps its value.
+    /// Sets the result of SoundComponentGetSourceData. If this is null, the result keeps its value.
     std::function<void(SoundComponentDataPtr*)> nextData;
-    /// Replaces the converter's work.
+    /// Replaces AudioConverterFillComplexBuffer.
     std::function<OSStatus(const Filling&)> fill;
     /// Whether CallComponentFunctionWithStorageProcInfo calls the handler.
     bool callsHandlers = true;
@@ -65,35 +65,36 @@ void reset();
 Notes calls();
 void forgetCalls();
 
-/// Name `pointer` in recorded arguments; a pointer without a name is "memory".
+/// Give `pointer` a name for recorded arguments. A pointer without a name is recorded as "memory".
 void name(const void* pointer, const std::string& text);
 
 /// The arguments of a RegisterComponent call.
 struct Registration {
     ComponentDescription description;
     ComponentRoutineUPP entry;
-    std::string name; ///< with its length byte
+    std::string name; ///< Pascal string, which begins with its length byte
 };
 Registration lastRegistration();
 
-/// A new instance of the component registered last, without storage. The component gets no open request.
+/// A new instance, without storage, of the component registered last. The component receives no open request.
 ComponentInstance newInstance();
 Handle storageOf(ComponentInstance instance);
 long refconOf(Component component);
 
-/// The render callback set last.
+/// The render callback that was set last.
 AURenderCallbackStruct callback();
 
-/// The contents of a handle.
+/// The bytes in the memory of a handle.
 std::string bytesOf(Handle handle);
 
-/// The names of objects that were created and not released.
+/// The names of all objects that were created but not released.
 Notes live();
 
-/// Errors of the caller: an object released twice or used after its release, an unknown address released.
+/// Errors of the code under test: releases of an object twice or at an unknown address, and uses after a
+/// release.
 Notes faults();
 
-/// How often a thread has slept while it waited.
+/// Number of times that any thread has slept during a wait.
 int sleeps();
 
 } // namespace sound_spy

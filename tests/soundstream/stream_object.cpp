@@ -9,7 +9,7 @@ namespace soundstream_test {
 
 namespace {
 
-constexpr std::size_t guardBytes = 64; // after the class data
+constexpr std::size_t guardBytes = 64; // number of guard bytes after the class data
 constexpr std::size_t objectBytes =
     StreamObject::dataOffset + sizeof(soundstream::SoundStreamData) + guardBytes;
 constexpr char guardByte = 0x5A;

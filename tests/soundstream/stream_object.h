@@ -1,4 +1,5 @@
-// An object of QTSoundStreamKVX. Tests call its members as a host does: by name, through the class table.
+// A host object of QTSoundStreamKVX. Tests call the object's members as a host does: by name, through the
+// class definition.
 #pragma once
 
 #include "plugin/classes.h"
@@ -15,8 +16,8 @@ namespace soundstream_test {
 using Object = REALobjectStruct*;
 using Notes = std::vector<std::string>;
 
-/// The class's property with that name, or its method with that declaration. An unknown one aborts the
-/// program.
+/// Find the property of the class by its name, or the method by its declaration. An unknown name or
+/// declaration aborts the program.
 const REALproperty& propertyRow(std::string_view name);
 const REALmethod& methodRow(std::string_view declaration);
 
@@ -34,7 +35,8 @@ void set(Object object, std::string_view property, T value)
     reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
 }
 
-/// A host object with guard bytes around its class data. It is constructed at first, and destroyed at last.
+/// A host object with guard bytes around its class data. It begins constructed, and its C++ destructor
+/// destroys it if necessary.
 class StreamObject {
 public:
     static constexpr Word dataOffset = 32;
@@ -95,7 +97,7 @@ private:
     bool isAlive_ = false;
 };
 
-/// The dispatcher, with the type that the platform calls.
+/// The component's entry point, cast to the type that the platform calls.
 inline ComponentRoutineProcPtr dispatcher()
 {
     return reinterpret_cast<ComponentRoutineProcPtr>(soundStreamDispatcher);

@@ -1,5 +1,5 @@
-// A test with one object and a spy instead of the platform. At its end no component, mixer, handle or memory
-// is left.
+// A test fixture with one host object, and with the sound spy instead of the platform. The fixture expects
+// that no component, mixer, handle or memory block is left at the end of the test.
 #pragma once
 
 #include "tests/soundstream/sound_spy.h"
@@ -12,7 +12,7 @@
 
 namespace soundstream_test {
 
-/// An exception of a type that the plug-in does not know.
+/// An exception whose type the plug-in does not know.
 struct Thrown {};
 
 class StreamTest : public testing::Test {
@@ -20,23 +20,23 @@ protected:
     StreamTest();
     ~StreamTest() override;
 
-    /// Start again with a new platform and a new object.
+    /// Restart the test with a reset platform and a new object.
     void startOver();
 
     StreamObject& object() { return *object_; }
 
-    /// InitComponent and OpenComponent, in a built program; the calls are not recorded.
+    /// Call InitComponent and OpenComponent, as in a built program. The calls are not recorded.
     void open();
 
-    /// An output unit.
+    /// The handle of a simulated output unit.
     HostInteger unit() const { return reinterpret_cast<HostInteger>(&unit_); }
 
-    /// An instance that a client has opened.
+    /// Create an instance and send it the open request of a client.
     ComponentInstance openInstance();
-    /// The same, with an initialised device.
+    /// Open an instance, and initialise its device.
     ComponentInstance openInstanceWithMixer();
 
-    /// Send a request to an instance, or with any storage.
+    /// Send a request to an instance (send), or with any storage pointer (sendWith).
     static ComponentResult send(ComponentInstance instance, SInt16 selector,
                                 std::initializer_list<long> words);
     static ComponentResult sendWith(Handle storage, SInt16 selector, std::initializer_list<long> words);
@@ -47,7 +47,7 @@ protected:
         return reinterpret_cast<soundstream::QTSoundStreamGlobals*>(sound_spy::storageOf(instance));
     }
 
-    /// Destroy the object, close the instances, and expect that nothing is left.
+    /// Destroy the object, close the instances, and expect that no platform object or memory block is left.
     void expectNothingLeft();
 
 private:

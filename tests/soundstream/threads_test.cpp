@@ -1,5 +1,5 @@
-// Render thread, client and host program at once, on the real platform: no freed record is used, and none is
-// leaked. The sanitizers judge; the samples are not compared.
+// A render thread, a client and the host program run at the same time on the real platform. The sanitizers
+// check that no freed record is used and that no record is leaked; the samples are not compared.
 #include "soundstream/render.h"
 #include "tests/soundstream/classic_client.h"
 #include "tests/soundstream/pulled_list.h"
@@ -39,7 +39,8 @@ protected:
 
     StreamObject& object() { return *object_; }
 
-    /// Render slice after slice from the state shown last, whether it is freed or not.
+    /// Render slices without a pause, from the state that showState() has set last, even after that state is
+    /// freed.
     void pullUntilDone()
     {
         PulledList pulled(2, 64);
@@ -50,11 +51,11 @@ protected:
     }
     void showState() { shown_ = object().state(); }
 
-    /// Run a classic program once; the bits of `form` choose its steps.
+    /// Run a classic sound program once. The bits of `form` select the steps of the program.
     void playOnce(int form)
     {
         ClassicClient client;
-        if (!client) return; // no component is registered at this moment
+        if (!client) return; // no component is registered at this moment, so there is nothing to play
         ++clientsDone_;
         SoundParamBlock block = blockOf(samples_.data(), 700);
         client.play(block, form & 1);
@@ -111,7 +112,8 @@ TEST_F(SoundStreamThreads, AnObjectIsCreatedAndDestroyedWhileAUnitRendersAndACli
         if (round & 1) object().closeComponent();
         if (round & 2) object().openComponent();
         if (round & 4) {
-            object().destroy(); // while a client has an instance, and the unit its callback
+            // The object ends while a client has an instance and the unit has the render callback.
+            object().destroy();
             object().construct();
         }
     }
@@ -139,7 +141,7 @@ TEST_F(SoundStreamThreads, TwoUnitsRenderOneState)
     second.join();
 }
 
-// Two threads of one client, with one instance: one closes it while the other sends requests.
+// Two threads of one client share one instance: one thread closes it while the other thread sends requests.
 TEST_F(SoundStreamThreads, RequestsRunWhileTheirInstanceCloses)
 {
     object().initComponent();
@@ -171,7 +173,7 @@ TEST_F(SoundStreamThreads, RequestsRunWhileTheirInstanceCloses)
     renderThread.join();
 }
 
-// As in a program: an output unit renders on its device's thread.
+// An output unit renders on its device's thread, as in a real program.
 TEST_F(SoundStreamThreads, AnOutputUnitRendersWhileAClientPlays)
 {
     KVXSimulatedDevice description = {};
@@ -198,7 +200,7 @@ TEST_F(SoundStreamThreads, AnOutputUnitRendersWhileAClientPlays)
         EXPECT_EQ(object().attach(unit), noErr);
         EXPECT_EQ(object().start(unit), noErr);
         if (round % 10 == 0) awaitSlices(1 + round % 3);
-        if (round & 1) object().closeComponent(); // stops the unit
+        if (round & 1) object().closeComponent(); // CloseComponent stops the unit
     }
     isDone_ = true;
     client.join();

@@ -1,4 +1,5 @@
-// The calls for the output unit: open, attach, initialise, start. Each status is returned and stored.
+// The methods that open, attach, initialise and start an output unit. Each method returns and stores a
+// status.
 #include "tests/soundstream/stream_test.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// A cycle allocates nothing, unless one of its procedures adds another.
+// An I/O cycle allocates no memory, unless one of its procedures adds another procedure.
 #include "tests/platform/hal/allocation_watch.h"
 #include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
@@ -9,8 +9,9 @@ namespace {
 
 using namespace haltest;
 
-/// Ends the watch of a test. The first procedure starts it on the cycle's thread, so it includes the mixing,
-/// the wait for the next slice and all later cycles.
+/// Resets the allocation count at the start of a test and stops counting at its end. A test's first procedure
+/// starts the counting on the cycle's thread, so the count includes the mixing, the wait for the next slice
+/// and all later cycles.
 struct Watch {
     Watch() { watch::reset(); }
     ~Watch() { watch::stop(); }
@@ -53,7 +54,8 @@ TEST(CycleAllocation, IsAbsentWhileADevicePlays)
     some(20);
     set<Float32>(device, address(kAudioDevicePropertyVolumeScalar, kAudioDevicePropertyScopeOutput, 1), 0.5f);
     some(5);
-    set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 100); // new cycle buffers
+    // A new slice size requires new cycle buffers.
+    set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 100);
     some(5);
     KVXPlatformConfigureDevice(device, 48000, 1, 0);
     some(5);
@@ -74,7 +76,7 @@ TEST(CycleAllocation, IsAbsentWhileProceduresControlEachOther)
         if (call == 2) all[1]->start();
         if (call == 4) all[1]->stop();
         if (call == 6) all[1]->remove();
-        if (call == 8) all[2]->remove(); // never started
+        if (call == 8) all[2]->remove(); // a procedure that was never started
         if (call == 10) {
             all[0]->stop();
             all[0]->remove();

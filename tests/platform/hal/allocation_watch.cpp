@@ -13,8 +13,9 @@
 namespace {
 
 std::atomic<int> allocationCount{0};
-std::atomic<int> round{1};       // a thread that is watched in an earlier round is no longer watched
-__thread int watchedInRound = 0; // plain data: reading it must not allocate
+std::atomic<int> round{1}; // current round; a thread that joined in an earlier round is no longer watched
+// Round in which this thread joined; plain data, because reading it must not allocate.
+__thread int watchedInRound = 0;
 
 void note()
 {
@@ -59,7 +60,7 @@ INTERPOSED int posix_memalign(void** result, std::size_t alignment, std::size_t 
 }
 INTERPOSED void free(void* block)
 {
-    if (block) note(); // a free may lock as well
+    if (block) note(); // a free is counted too, because it may lock
     __libc_free(block);
 }
 

@@ -1,5 +1,5 @@
-// Counts allocations on threads that must not allocate. A program that links it interposes the C allocator,
-// or hooks that of a sanitizer.
+// Counts allocations on threads that must not allocate. A program that links this code replaces the C
+// allocator's functions, or installs hooks in a sanitizer's allocator.
 #pragma once
 
 namespace watch {

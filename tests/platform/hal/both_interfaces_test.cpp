@@ -1,5 +1,5 @@
-// Both property interfaces refuse short buffers, invalid values and objects of another kind alike.
-// property_test.cpp compares the values that they return.
+// Both property interfaces refuse short buffers, invalid values and objects of a wrong kind in the same way.
+// property_test.cpp compares the values that the two interfaces return.
 #include "tests/platform/hal/selectors.h"
 #include "tests/platform/hal/test_device.h"
 
@@ -11,7 +11,7 @@ using namespace haltest;
 
 constexpr AudioObjectID systemObject = kAudioObjectSystemObject;
 
-/// One address of one property, for both interfaces.
+/// One property at one scope and element of one object, readable through either property interface.
 struct Address {
     AudioObjectID object;
     AudioClassID kind;
@@ -83,7 +83,7 @@ TEST(BothInterfaces, RefuseShortBuffersAlike)
     walk([](const Address& address) {
         for (UInt32 capacity : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 12u, 15u, 16u, 39u, 40u, 41u}) {
             const bool hasString = address.selector.kind == Kind::string && capacity >= sizeof(CFStringRef);
-            if (hasString) continue; // each interface returns a new string
+            if (hasString) continue; // strings are not compared, because each interface returns a new string
             std::vector<char> a(64, char{0}), b = a;
             UInt32 sizeA = capacity, sizeB = capacity;
             EXPECT_EQ(text(address.getByAddress(&sizeA, a.data())),
@@ -99,12 +99,13 @@ TEST(BothInterfaces, RefuseShortBuffersAlike)
     });
 }
 
-// Invalid and unchanged values of all lengths.
+// The values have all lengths; some are invalid, others are equal to the present value.
 TEST(BothInterfaces, RefuseInvalidValuesAlike)
 {
     Device device;
     walk([](const Address& address) {
-        if (address.selector.code == 'oink') return; // any value toggles it
+        // 'oink' (hog mode) has no invalid value, because any value toggles it.
+        if (address.selector.code == 'oink') return;
         std::vector<char> current(4096);
         UInt32 size = static_cast<UInt32>(current.size());
         const bool isPresent = address.getByAddress(&size, current.data()) == noErr;
@@ -148,7 +149,7 @@ TEST(BothInterfaces, ReadWhatEitherSets)
     EXPECT_EQ(get<Float32>(id, address('volm', kAudioDevicePropertyScopeOutput, 1)), 1.0f);
 }
 
-// The status of a missing object is independent of other errors.
+// Other errors in the same call do not change the status for a missing object.
 TEST(BothInterfaces, HaveTheirOwnStatusForMissingObjects)
 {
     AudioDeviceID endedDevice;
@@ -179,7 +180,7 @@ TEST(BothInterfaces, HaveTheirOwnStatusForMissingObjects)
         }
 }
 
-// The size and the writable flag may each be null.
+// A caller may pass null for the size or for the writable flag.
 TEST(BothInterfaces, AcceptNullResults)
 {
     Device device;

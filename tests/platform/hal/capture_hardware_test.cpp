@@ -1,4 +1,4 @@
-// A capture whose device ends while the program finishes the capture.
+// A capture of a device that ends while the program finishes the capture.
 #include "tests/platform/hal/fake_hardware.h"
 #include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
@@ -16,13 +16,14 @@ std::atomic<bool> isRenamingSlow{false}, isRenaming{false};
 
 } // namespace
 
-// Interposes the C library's function.
+// Replaces the C library's rename(), with which a capture gives the finished file its final name.
 extern "C" __attribute__((visibility("default"))) int rename(const char* from, const char* to) noexcept
 {
     static const auto real = reinterpret_cast<int (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "rename"));
     if (isRenamingSlow) {
         isRenaming = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // a wrong stop would return in this time
+        // Long enough for a stop that wrongly does not wait to return.
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     return real(from, to);
 }

@@ -19,7 +19,7 @@ using namespace haltest;
 using support::readSound;
 using support::Sound;
 
-/// A procedure body that writes noise, also beyond full scale.
+/// A procedure body that fills its output with noise, some of which exceeds full scale.
 Procedure::Body noise()
 {
     return [random = std::mt19937(7)](const Call& call) mutable {
@@ -34,8 +34,13 @@ TEST(Capture, EqualsTheOutput)
         double rate;
         uint32_t channels, slice, frames;
     } facts[] = {
-        {44100, 2, 64, 1},      {44100, 1, 64, 1000},  {48000, 2, 512, 100003},
-        {96000, 6, 100, 54321}, {8000, 1, 4096, 8000}, {44100, 2, 512, 2000000}, // more than the ring buffer
+        {44100, 2, 64, 1},
+        {44100, 1, 64, 1000},
+        {48000, 2, 512, 100003},
+        // 2000000 frames exceed the ring buffer.
+        {96000, 6, 100, 54321},
+        {8000, 1, 4096, 8000},
+        {44100, 2, 512, 2000000},
     };
     support::TemporaryFolder folder;
     for (const auto& fact : facts) {
@@ -193,7 +198,8 @@ TEST(Capture, KeepsTheOldFileUntilTheNewOneIsComplete)
     std::exit(0);
 }
 
-// The environment is read at the first use, so the device plays in a child process, which restarts the test.
+// The library reads the environment once, at its first use. So the device plays in a child process, which
+// runs the test program again from its start.
 TEST(CaptureDeathTest, EnvironmentCaptureIsFinishedAtProcessEnd)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -300,7 +306,7 @@ TEST(CaptureDeathTest, EnvironmentAndProgramCapturesAreEqual)
     procedure.start();
     KVXPlatformStep(device, 44100);
     KVXPlatformKillDevice(device);
-    std::_Exit(0); // the error is reported before
+    std::_Exit(0); // the error message has been written before this line
 }
 
 TEST(CaptureDeathTest, EnvironmentCaptureReportsAFullDisk)

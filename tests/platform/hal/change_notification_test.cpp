@@ -1,5 +1,5 @@
-// Listeners receive exactly the properties that a change changes. The test compares all values before and
-// after.
+// Listeners are notified of exactly those properties that a change of a device changes. The test compares all
+// property values before and after the change.
 #include "tests/platform/hal/recording_listener.h"
 #include "tests/platform/hal/selectors.h"
 
@@ -29,7 +29,7 @@ struct Address {
 };
 using Values = std::map<Address, std::vector<char>>;
 
-/// Whether the caller's buffer is input as well, so that there is no value to compare.
+/// Whether the caller's buffer is also the property's input, so that the property has no value to compare.
 bool isTranslation(const Selector& selector)
 {
     constexpr UInt32 translations[] = {'sfm?', 'sfmm', 'pft?', 'pftm', 'v2db', 'db2v', 'suse'};
@@ -65,7 +65,7 @@ std::string print(AudioObjectID object, UInt32 selector, UInt32 element)
     return std::to_string(object) + " " + text(selector) + " " + std::to_string(element);
 }
 
-/// A device, its streams and the system object, with all their selectors.
+/// A device, its streams and the system object, each with a list of all its selectors.
 struct Everything {
     std::vector<std::pair<AudioObjectID, const std::vector<Selector>*>> objects;
 
@@ -84,7 +84,7 @@ struct Everything {
     }
 };
 
-/// The parameter is the number of inputs; the device has two outputs as well.
+/// The test parameter is the device's number of inputs. The device also has two outputs.
 class Changes : public testing::TestWithParam<uint32_t> {};
 
 TEST_P(Changes, AreNotifiedOnceAtTheirAddress)
@@ -130,7 +130,8 @@ TEST_P(Changes, AreNotifiedOnceAtTheirAddress)
             if (each.first != kAudioObjectSystemObject)
                 byObject.push_back(std::make_unique<RecordingListener>(each.first));
         for (const auto& value : before) {
-            if (value.first.object == kAudioObjectSystemObject) continue; // the wait changes its properties
+            // waitForNotifications() itself changes properties of the system object.
+            if (value.first.object == kAudioObjectSystemObject) continue;
             watched.push_back(value.first);
             byAddress.push_back(std::make_unique<RecordingListener>(value.first.object, value.first.at));
         }
@@ -145,8 +146,10 @@ TEST_P(Changes, AreNotifiedOnceAtTheirAddress)
             const auto& at = watched[i].at;
             if (isChanged) changedSelectors.insert(print(watched[i].object, at.mSelector, 0));
             if (at.mScope == input && GetParam() == 0)
-                continue; // without this side, it receives changes of the whole device
-            // The global scope receives changes of both sides.
+                // Without inputs, a listener of the input scope receives the changes of the whole device.
+                continue;
+            // A listener of the global scope receives the changes of both sides, so its count is checked for
+            // changed values only.
             if (isPresent && at.mScope != global)
                 EXPECT_EQ(byAddress[i]->count(), isChanged ? 1 : 0)
                     << text(at) << " of " << watched[i].object;

@@ -1,14 +1,14 @@
-// A change of settings loses and repeats no frame: a procedure writes a running count, and the device plays
-// it.
+// A change of settings neither loses nor repeats a frame. The test's procedure writes a running count, which
+// must reach the device's output without a gap.
 #include "tests/platform/hal/test_device.h"
 
 namespace {
 
 using namespace haltest;
 
-/// Writes 0, 1, 2, … and compares its time stamps with its frames.
+/// Procedure body that writes the samples 0, 1, 2, … and checks that its time stamps agree with its frames.
 struct Counter {
-    float next = 0; // exact: the test plays fewer than 2^24 frames
+    float next = 0; // the count is exact in a float, because the test plays fewer than 2^24 frames
     double time = -1;
     int breaks = 0;
     std::atomic<UInt32> written{0};
@@ -71,7 +71,7 @@ TEST(Continuity, PacedDeviceLosesAndRepeatsNothing)
         }
         ASSERT_EQ(procedure.stop(), noErr);
     }
-    KVXPlatformSetStepped(device, 1); // waits for the last slice
+    KVXPlatformSetStepped(device, 1); // the call returns after the timer thread's last slice
     EXPECT_EQ(counter.breaks, 0);
     expectCount(recording.samples, 2);
 }

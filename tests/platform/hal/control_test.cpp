@@ -1,4 +1,4 @@
-// The control header's functions on devices.
+// The public control header's functions that concern devices.
 #include "tests/platform/hal/test_device.h"
 
 #include <cmath>
@@ -47,10 +47,10 @@ TEST(Control, FindsTheDeviceThatAUserNames)
     const AudioDeviceID builtIn = KVXPlatformBuiltInSimulatedDevice();
     const auto all = getAll<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDevices));
     const auto row = std::find(all.begin(), all.end(), AudioDeviceID{lamp}) - all.begin();
-    const std::string number = std::to_string(row); // as a list shows it
+    const std::string number = std::to_string(row); // number of the device in the order of the device list
     const struct {
         const char* choice;
-        AudioDeviceID expected; // 0: refused
+        AudioDeviceID expected; // device that becomes the default; 0 if the choice is refused
     } facts[] = {
         {"Kitchen Radio", radio}, {"lamp", lamp},   {"simulated", builtIn},
         {number.c_str(), lamp},   {"radio", radio}, {"Kitchen", 0},

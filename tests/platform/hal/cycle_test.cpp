@@ -1,4 +1,4 @@
-// I/O cycles: what procedures receive, and how their output is mixed.
+// I/O cycles: what a procedure receives, and how the outputs of several procedures are mixed.
 #include "tests/platform/hal/test_device.h"
 
 #include <cmath>
@@ -37,7 +37,7 @@ TEST(Cycle, GivesEachProcedureASilentSlice)
         EXPECT_EQ(call.channels(), 2u);
         EXPECT_EQ(call.output->mBuffers[0].mDataByteSize, 64u * 2 * 4);
         EXPECT_TRUE(std::all_of(call.data(), call.data() + call.samples(), [](float s) { return s == 0; }));
-        call.fill(0.5f); // no other procedure may receive it
+        call.fill(0.5f); // no other procedure may receive these samples in its buffer
         ASSERT_NE(call.input, nullptr);
         EXPECT_EQ(call.input->mNumberBuffers, 0u) << "a device without input";
     };
@@ -90,7 +90,7 @@ TEST(Cycle, KeepsASingleProceduresSamplesExact)
             do {
                 const UInt32 word = static_cast<UInt32>(bits());
                 std::memcpy(&sample, &word, sizeof sample);
-            } while (!std::isfinite(sample)); // includes the smallest and the largest
+            } while (!std::isfinite(sample)); // finite samples include the smallest and the largest floats
             call.data()[i] = sample;
             written.push_back(sample);
         }

@@ -1,4 +1,4 @@
-// Devices that are plugged in, die, are unplugged, or refuse to start.
+// Devices that are plugged in, that die, that are unplugged, or that refuse to start.
 #include "tests/platform/hal/test_device.h"
 
 namespace {
@@ -55,7 +55,8 @@ TEST(DeviceLife, DeadDeviceStaysListedAndRunsCycles)
         EXPECT_EQ(get<UInt32>(device, address(kAudioDevicePropertyDeviceIsAlive)), 0u);
         EXPECT_TRUE(isListed(device));
         const int before = procedure.calls();
-        waitFor([&] { return procedure.calls() > before + 3; }); // no thread steps it
+        // The test does not step the device, so the timer thread must run the cycles.
+        waitFor([&] { return procedure.calls() > before + 3; });
         EXPECT_EQ(procedure.stop(), noErr);
         EXPECT_EQ(procedure.remove(), noErr);
     }
@@ -93,13 +94,15 @@ TEST(DeviceLife, UnpluggedDeviceRunsUntilItsLastProcedureStops)
     device.unplug();
     EXPECT_FALSE(isListed(id));
     EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(static_cast<KVXDeviceID>(id)), kAudioHardwareBadDeviceError);
-    const AudioDeviceIOProcID ended = procedure.id(); // a null ID would start the device itself
+    // Kept now, because procedure.id() is null after removal, and a null ID would start the device itself.
+    const AudioDeviceIOProcID ended = procedure.id();
     const int before = procedure.calls();
     waitFor([&] { return procedure.calls() > before + 2; });
     EXPECT_TRUE(recording.samples.empty()) << "its output is discarded";
     mayStop = true;
     waitFor([&] { return hasStopped.load(); });
-    waitFor([&] { return AudioDeviceStart(id, ended) == kAudioHardwareBadDeviceError; }); // the device ends
+    // The last removed procedure ends the device.
+    waitFor([&] { return AudioDeviceStart(id, ended) == kAudioHardwareBadDeviceError; });
     EXPECT_EQ(liveCount("IOProc"), 0u);
 }
 

@@ -1,4 +1,4 @@
-// The drivers of a device: the timer, steps, and Delay.
+// The drivers of a device (timer thread and steps), and the Delay function.
 #include "tests/platform/hal/test_device.h"
 
 #include <Carbon/Carbon.h>
@@ -37,7 +37,7 @@ TEST(Driver, PacedDeviceKeepsTime)
         ASSERT_EQ(frames[i], 64u);
         const double passed = stamps[i].mSampleTime - stamps[0].mSampleTime;
         ASSERT_EQ(passed, 64.0 * static_cast<double>(i)) << "a late thread loses no frame";
-        // After a late slice the next ones come sooner, but never before their time since the start.
+        // After a late slice the next slices come sooner, but no slice comes before its time since the start.
         const double elapsed = static_cast<double>(stamps[i].mHostTime - stamps[0].mHostTime);
         ASSERT_GE(elapsed + 1, (passed - 64) * nanosPerFrame) << i;
     }
@@ -94,7 +94,7 @@ TEST(Driver, DelayReturnsTheTicks)
 
 TEST(Driver, CanChangeWhileADeviceRuns)
 {
-    Device device; // stepped
+    Device device; // a stepped device
     std::atomic<bool> isElsewhere{false};
     const auto here = std::this_thread::get_id();
     std::vector<double> times;

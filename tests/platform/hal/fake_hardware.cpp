@@ -10,7 +10,7 @@ namespace haltest {
 
 namespace {
 
-/// A private thread calls the callback while the stream is started.
+/// A simulated PortAudio stream. While the stream is started, its own thread calls the callback.
 struct Stream {
     PaStreamCallback* callback;
     void* client;
@@ -34,7 +34,7 @@ struct Stream {
     }
 };
 
-std::vector<FakeDevice> current; // since Pa_Initialize; under the lock
+std::vector<FakeDevice> current; // devices that the last Pa_Initialize found; guarded by fakeHardware().lock
 std::vector<PaDeviceInfo> infos;
 std::vector<Stream*> streams;
 bool isInitialized = false;
@@ -187,7 +187,7 @@ __attribute__((visibility("default"))) PaError Pa_CloseStream(PaStream* stream)
     const std::unique_ptr<Stream> owner(*found);
     streams.erase(found);
     ++fake.closed;
-    lock.unlock(); // the stream's callback may call PortAudio
+    lock.unlock(); // the lock is released, because the stream's callback may call PortAudio
     owner->stop();
     return paNoError;
 }

@@ -1,4 +1,4 @@
-// The bytes of a captured WAV file.
+// The exact bytes of a captured WAV file.
 #include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
 

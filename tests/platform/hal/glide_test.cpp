@@ -1,4 +1,4 @@
-// A change of volume makes no click, at any slice size and after any former change.
+// A change of volume makes no click, at any slice size and after any earlier change of volume.
 #include "tests/platform/hal/test_device.h"
 
 #include <cmath>
@@ -59,7 +59,8 @@ TEST(Glide, ReversesWithoutAJump)
         Recording recording(device);
         procedure.start();
         KVXPlatformStep(device, 64);
-        for (float scalar : {0.0f, 1.0f, 0.5f, 0.9f, 0.0f, 1.0f}) { // before the former glide has ended
+        // Each volume is set before the glide to the former volume has ended.
+        for (float scalar : {0.0f, 1.0f, 0.5f, 0.9f, 0.0f, 1.0f}) {
             ASSERT_EQ(set(device, address('volm', output, 2), scalar), noErr);
             KVXPlatformStep(device, 101);
         }
@@ -70,7 +71,8 @@ TEST(Glide, ReversesWithoutAJump)
     }
 }
 
-// A removed channel's gain is not the start of a glide of the next channel with its number.
+// If a channel is removed and a channel with the same number is added later, the new channel does not glide
+// from the removed channel's gain.
 TEST(Glide, RestoredChannelStartsAtItsLevel)
 {
     Device device;

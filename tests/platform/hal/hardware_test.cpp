@@ -1,4 +1,4 @@
-// Devices of PortAudio, on simulated hardware: found, named, opened, lost and found again.
+// Devices of PortAudio on simulated hardware: how they are found, named, opened, lost and found again.
 #include "tests/platform/hal/fake_hardware.h"
 #include "tests/platform/hal/test_device.h"
 
@@ -27,10 +27,11 @@ std::optional<KVXDeviceInfo> deviceOfUID(const std::string& uid)
 
 class Hardware : public testing::Test {
 protected:
-    /// Call it before the first use of the platform; each test runs in its own process.
+    /// Set the devices that PortAudio finds. It must be called before the platform is first used, so each
+    /// test runs in its own process.
     void plug(std::vector<FakeDevice> plugged)
     {
-        setenv("KVX_AUDIO_DEVICE", "", 1); // no choice
+        setenv("KVX_AUDIO_DEVICE", "", 1); // an empty variable chooses no device
         change(std::move(plugged));
     }
     void change(std::vector<FakeDevice> plugged)
@@ -65,7 +66,7 @@ protected:
     FakeHardware& fake_ = fakeHardware();
 };
 
-// ---- settings that the hardware does not support ----
+// ---- settings that the hardware refuses ----
 
 TEST_F(Hardware, KeepsItsSliceIfTheNewOneDoesNotOpen)
 {
@@ -112,7 +113,7 @@ TEST_F(Hardware, DiesIfItDoesNotReopenAfterAChange)
               kAudioHardwareUnspecifiedError);
     EXPECT_FALSE(isAlive(device));
     const int before = procedure.calls();
-    waitFor([&] { return procedure.calls() > before + 2; }); // the timer runs its cycles
+    waitFor([&] { return procedure.calls() > before + 2; }); // the timer thread runs the dead device's cycles
     EXPECT_EQ(procedure.stop(), noErr);
     EXPECT_FALSE(isRunning(device));
 }
@@ -146,7 +147,7 @@ TEST_F(Hardware, DiesWhenItsStreamEnds)
     EXPECT_EQ(procedure.stop(), noErr);
 }
 
-// ---- starts that fail ----
+// ---- starts of a device that fail ----
 
 OSStatus doNothing(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                    AudioBufferList*, const AudioTimeStamp*, void*)
@@ -162,7 +163,8 @@ TEST_F(Hardware, FailedStartIsUndoneForTheSameProcedure)
     ASSERT_EQ(AudioDeviceAddIOProc(device, doNothing, &first), noErr);
     ASSERT_EQ(AudioDeviceAddIOProc(device, doNothing, &second), noErr);
     refuseOpenings(1);
-    EXPECT_NE(AudioDeviceStart(device, doNothing), noErr); // the last added one
+    // Two registrations have this ID, and the one added last is started.
+    EXPECT_NE(AudioDeviceStart(device, doNothing), noErr);
     EXPECT_FALSE(isRunning(device));
     refuseOpenings(1);
     EXPECT_NE(AudioDeviceStart(device, nullptr), noErr);
@@ -178,7 +180,8 @@ TEST_F(Hardware, IsClosedAfterAFailedStart)
     plug({{"Box"}});
     Procedure procedure(defaultOutput(), [](const Call&) {});
     const int openedBefore = fake_.opened,
-              closedBefore = fake_.closed; // the search opened the default device
+              // The counts include the stream that the device search opened on the default device.
+        closedBefore = fake_.closed;
     fake_.startsToRefuse = 1;
     EXPECT_NE(procedure.start(), noErr);
     EXPECT_EQ(fake_.opened, openedBefore + 1);
@@ -189,7 +192,8 @@ TEST_F(Hardware, IsClosedAfterAFailedStart)
     EXPECT_EQ(fake_.opened, fake_.closed);
 }
 
-// Closing a stream that ended by itself may never return, nor may Pa_Terminate, which closes it as well.
+// Closing a stream that ended without a stop may never return. Pa_Terminate closes such a stream too, so it
+// may also never return.
 TEST_F(Hardware, EndedStreamIsNeverClosed)
 {
     plug({{"Box"}});
@@ -226,11 +230,11 @@ TEST_F(Hardware, DiesIfItsStopNeverReturns)
     ASSERT_EQ(other.start(), noErr);
     EXPECT_EQ(other.stop(), noErr);
     EXPECT_TRUE(isAlive(KVXPlatformBuiltInSimulatedDevice())) << "it does not need PortAudio";
-    blockStops(false); // the blocked thread ends, so the test leaves no thread
+    blockStops(false); // the blocked thread ends, so that the test leaves no thread behind
     waitFor([&] { return closedStreams() == closedBefore + 1; });
 }
 
-// ---- the list ----
+// ---- the device list ----
 
 TEST_F(Hardware, EqualNamesGetDifferentUIDs)
 {

@@ -1,4 +1,5 @@
-// Devices plugged in and out: notifications, default devices, and concurrent reads.
+// Devices that are plugged in and unplugged: notifications, default devices, and concurrent reads of
+// properties.
 #include "tests/platform/hal/recording_listener.h"
 
 #include <memory>
@@ -13,7 +14,7 @@ using Notifications = std::vector<std::string>;
 
 std::vector<AudioDeviceID> devices() { return getAll<AudioDeviceID>(systemObject, address('dev#')); }
 
-/// The notifications of the device list and the default devices while `act` runs.
+/// The notifications of the device list and of the default devices that listeners receive while `act` runs.
 Notifications notificationsOf(const std::function<void()>& act)
 {
     std::vector<std::unique_ptr<RecordingListener>> watchers;
@@ -107,7 +108,7 @@ TEST(HotPlug, ConfigurationNotifiesChangedPropertiesOnly)
         Notifications ofDevice, ofStream;
     } facts[] = {
         {48000, 0, 0, {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"}, formats},
-        {48000, 2, 64, {}, {}}, // unchanged
+        {48000, 2, 64, {}, {}}, // the settings are equal to the present ones
         {0, 0, 128, {"fsiz glob 0", "bsiz glob 0", "slay glob 0"}, {}},
         {0,
          6,
@@ -128,8 +129,8 @@ TEST(HotPlug, ConfigurationNotifiesChangedPropertiesOnly)
     EXPECT_EQ(get<AudioStreamBasicDescription>(stream, address('sfmt')).mChannelsPerFrame, 6u);
 }
 
-// Two threads plug devices in and out while a third reads their properties: each read succeeds, or is refused
-// because the object has ended.
+// Two threads plug devices in and unplug them, while a third thread reads the devices' properties. Each read
+// either succeeds or is refused because the object has ended.
 TEST(HotPlug, ConcurrentReadsSucceedOrAreRefused)
 {
     std::atomic<int> plugging{2};

@@ -1,4 +1,4 @@
-// Procedures that add, start, stop and remove procedures during their call.
+// Procedures that add, start, stop and remove procedures while they are called inside an I/O cycle.
 #include "tests/platform/hal/test_device.h"
 
 #include <memory>
@@ -155,7 +155,8 @@ TEST(InCycle, SettingsCanBeChanged)
         if (call.frames() == 32) EXPECT_EQ(procedure.stop(), noErr);
     });
     procedure.start();
-    waitFor([&] { return KVXPlatformStep(device, 64) == 0; }); // it stops at the first new slice
+    // The procedure stops itself in the first slice of the new size.
+    waitFor([&] { return KVXPlatformStep(device, 64) == 0; });
     EXPECT_GT(procedure.calls(), 1);
 }
 

@@ -1,4 +1,4 @@
-// Devices with inputs: their sides, the input buffers of procedures, and streams that are switched off.
+// Devices with inputs: the input and output sides, the input buffers of procedures, and switched-off streams.
 #include "tests/platform/hal/recording_listener.h"
 
 namespace {

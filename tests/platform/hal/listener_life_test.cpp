@@ -41,7 +41,7 @@ TEST(ListenerLife, EndedDeviceNotifiesNothingAndAcceptsNoListener)
     device.unplug();
     waitForNotifications();
     EXPECT_EQ(listener.count(), 1);
-    Device next; // has another ID
+    Device next; // the new device has another ID than the unplugged one
     set<Float32>(next, volume(1), 0.5f);
     waitForNotifications();
     EXPECT_EQ(listener.count(), 1);
@@ -62,7 +62,8 @@ TEST(ListenerLife, DoesNotReceiveEarlierChanges)
     });
     set<Float32>(device, volume(1), 0.5f);
     waitFor([&] { return isHeld.load(); });
-    set<Float32>(device, volume(2), 0.5f); // queued after the slow one
+    // This change is queued after the change whose listener is still held.
+    set<Float32>(device, volume(2), 0.5f);
     RecordingListener late(device, volume(anyElement));
     set<Float32>(device, volume(1), 0.25f);
     mayGoOn = true;
@@ -106,7 +107,7 @@ TEST(ListenerLife, IsCalledOnceForEachRegistration)
     calls = 0;
     const auto count = [](AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) -> OSStatus {
         ++calls;
-        return 'what'; // ignored
+        return 'what'; // the platform ignores a listener's status
     };
     const auto at = volume(1);
     for (int i = 0; i < 3; ++i) ASSERT_EQ(AudioObjectAddPropertyListener(device, &at, count, &calls), noErr);
@@ -121,7 +122,7 @@ TEST(ListenerLife, IsCalledOnceForEachRegistration)
     EXPECT_NE(AudioObjectRemovePropertyListener(device, &at, count, &calls), noErr) << "none is left";
 }
 
-// Three threads make changes while a fourth adds and removes listeners.
+// Three threads change properties while a fourth thread adds and removes listeners.
 TEST(ListenerLife, RemainingListenersReceiveEveryChange)
 {
     constexpr int changers = 3, changes = 1000, remaining = 20;

@@ -1,4 +1,4 @@
-// Which changes a listener receives, on which thread, and until when.
+// Which changes a listener receives, on which thread it is called, and when its last call ends.
 #include "tests/platform/hal/recording_listener.h"
 
 namespace {
@@ -56,7 +56,7 @@ TEST(Listeners, DoNotReceiveUnchangedValues)
 {
     Device device;
     RecordingListener listener(device, address(anySelector, anyScope, anyElement));
-    set<Float32>(device, volume(1), 1.0f); // unchanged
+    set<Float32>(device, volume(1), 1.0f); // the volume keeps its value
     set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 64);
     set<Float32>(device, volume(2), 0.5f);
     waitFor([&] { return listener.count() > 0; });

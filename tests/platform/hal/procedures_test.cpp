@@ -94,7 +94,8 @@ TEST(Procedures, AreNotCalledAfterAStopFromAnotherThread)
                 isInside = true;
                 if (!mayBeCalled) hasErred = true;
                 std::this_thread::sleep_for(
-                    std::chrono::microseconds(200)); // long enough for a stop during the call
+                    // The call lasts long enough for a stop while it is in progress.
+                    std::chrono::microseconds(200));
                 isInside = false;
             });
             ASSERT_EQ(procedure.start(), noErr);
@@ -140,7 +141,8 @@ TEST(Procedures, StartAndStopFromManyThreads)
 
 TEST(Procedures, AddingDoesNotWaitForACallInProgress)
 {
-    // A program may hold a lock that its procedure waits for while it adds or starts another one.
+    // While a program adds or starts a procedure, the program may hold a lock for which another of its
+    // procedures waits.
     Device device(Device::paced());
     std::mutex programLock;
     std::atomic<bool> isWaiting{false};

@@ -1,4 +1,4 @@
-// Settable properties: their values, their notifications, and refused values.
+// Settable properties: the values that they accept, the values that they refuse, and their notifications.
 #include "tests/platform/hal/recording_listener.h"
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -19,7 +19,7 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
 using Notifications = std::vector<std::string>;
 
-/// The notifications of an object while `act` runs.
+/// The notifications that a listener of all properties of the object receives while `act` runs.
 Notifications notificationsOf(AudioObjectID object, const std::function<void()>& act)
 {
     RecordingListener listener(object);
@@ -66,7 +66,7 @@ struct Setting {
     Of object;
     AudioObjectPropertyAddress at;
     std::vector<char> value;
-    Notifications received; ///< of the object itself
+    Notifications received; ///< notifications of the object itself
 };
 
 const Notifications newRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"};
@@ -113,7 +113,9 @@ TEST(Setting, IsReadBackAndNotifiedOnce)
                                      : setting.object == Of::stream ? stream
                                                                     : systemObject;
         const auto setIt = [&] { EXPECT_EQ(text(setBytes(object, setting.at, setting.value)), text(noErr)); };
-        if (setting.object == Of::system) { // the wait notifies it as well, so only this property is counted
+        // The wait itself notifies listeners of the system object, so only notifications of this property are
+        // counted.
+        if (setting.object == Of::system) {
             const auto isThis = [&](const std::string& at) { return at == setting.received[0]; };
             const Notifications first = notificationsOf(object, setIt),
                                 again = notificationsOf(object, setIt);
@@ -131,7 +133,8 @@ TEST(Setting, IsReadBackAndNotifiedOnce)
         set<UInt32>(systemObject, address(static_cast<UInt32>(selector)), selector == 'slep');
 }
 
-// The device and its streams have one rate: a change of any notifies all.
+// The device and its streams have one common rate, so a change at any of these objects notifies listeners of
+// all.
 TEST(Setting, RateNotifiesDeviceAndStream)
 {
     Device device;
@@ -158,7 +161,7 @@ TEST(Setting, RateNotifiesDeviceAndStream)
     }
 }
 
-// The scope and the interface of the setter do not matter.
+// A listener's notification does not depend on the scope or the interface through which the property was set.
 TEST(Setting, NotifiesListenersAtTheirOwnAddress)
 {
     Device device;
@@ -234,7 +237,8 @@ TEST(Setting, OutOfRangeIsRefusedWithoutNotification)
         {device, address('fsiz'), bytesOf<UInt32>(8193), "nope"},
         {device, address('fsiz'), bytesOf<UInt32>(0xFFFFFFFF), "nope"},
         {device, address('bsiz', output), bytesOf<UInt32>(0), "nope"},
-        {device, address('bsiz', output), bytesOf<UInt32>(511), "nope"}, // not a whole number of frames
+        // 511 bytes are not a whole number of frames.
+        {device, address('bsiz', output), bytesOf<UInt32>(511), "nope"},
         {device, address('bsiz', output), bytesOf<UInt32>(8193 * 8), "nope"},
         {device, address('nsrt'), bytesOf<Float64>(999.999), "!dat"},
         {device, address('nsrt'), bytesOf<Float64>(768000.1), "!dat"},
@@ -255,7 +259,7 @@ TEST(Setting, OutOfRangeIsRefusedWithoutNotification)
     }
 }
 
-// Fields of 0 are ignored, so a format may have a rate only.
+// A format's fields of 0 are ignored, so a program may set a format in which only the rate is given.
 TEST(Setting, FormatMayLeaveFieldsZero)
 {
     Device device;
@@ -334,7 +338,7 @@ TEST(Setting, DataSourceChangesTheTerminalType)
     const AudioStreamID stream = streamOf(device);
     const struct {
         UInt32 source, terminal;
-        Notifications received; ///< of the stream
+        Notifications received; ///< notifications of the stream
     } facts[] = {
         {'spkr', 'spkr', {}},
         {'hdpn', 'hdph', {"term glob 0"}},
@@ -354,13 +358,13 @@ TEST(Setting, DataSourceChangesTheTerminalType)
 
 // ---- hog mode ----
 
-// The value belongs to the caller, and may be memory that other objects share.
+// The caller's value is not changed, because its memory may be shared with other objects.
 TEST(Setting, HogModeTogglesAndKeepsTheCallersValue)
 {
     Device device;
     const auto at = address('oink');
     const auto self = static_cast<SInt32>(getpid());
-    for (SInt32 given : {self, SInt32{-1}, SInt32{4711}, SInt32{0}}) // ignored
+    for (SInt32 given : {self, SInt32{-1}, SInt32{4711}, SInt32{0}}) // the given value is ignored
         for (SInt32 owner : {self, SInt32{-1}}) {
             SInt32 value = given;
             const auto toggle = [&] {
@@ -414,7 +418,7 @@ TEST(Setting, DefaultDeviceMustBeAliveAndHaveThatSide)
         EXPECT_EQ(set(systemObject, at, before), noErr);
         waitForNotifications();
         EXPECT_EQ(listener.count(), 0) << "unchanged";
-        if (role.isInput) continue; // only one device has an input
+        if (role.isInput) continue; // no second device has an input that could become the default
         for (AudioDeviceID next : {AudioDeviceID{device}, builtIn}) {
             EXPECT_EQ(set(systemObject, at, next), noErr);
             EXPECT_EQ(get<AudioDeviceID>(systemObject, at), next);
@@ -478,7 +482,7 @@ TEST(Setting, TranslationFindsDevicesByUID)
         description.uid = "kvx:test:\xC3\xBC";
         Device device(description);
         const struct {
-            const char* uid; ///< null: no string
+            const char* uid; ///< text of the UID; null if the test passes no string
             AudioDeviceID device;
         } facts[] = {{"kvx:test:\xC3\xBC", device},
                      {"kvx:test:", 0},
@@ -556,7 +560,7 @@ TEST(Setting, TranslationNamesDataSources)
         CFRelease(string);
 
         asText.mOutputDataSize =
-            static_cast<UInt32>(std::strlen(fact.name)); // too short for the terminating zero
+            static_cast<UInt32>(std::strlen(fact.name)); // the buffer has no space for the terminating zero
         EXPECT_EQ(text(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText)), "!siz");
         ++asText.mOutputDataSize;
         EXPECT_EQ(AudioDeviceGetProperty(fact.device, 0, fact.isInput, 'sscn', &size, &asText), noErr);

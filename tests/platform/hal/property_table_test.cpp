@@ -1,4 +1,4 @@
-// The value of every selector of each object, at every scope and element.
+// The value of every selector of every kind of object, at every scope and element.
 #include "tests/platform/hal/selectors.h"
 #include "tests/platform/hal/test_device.h"
 
@@ -14,20 +14,21 @@ using namespace haltest;
 
 constexpr AudioObjectPropertyScope scopes[] = {
     kAudioObjectPropertyScopeGlobal, kAudioDevicePropertyScopeInput, kAudioDevicePropertyScopeOutput};
-constexpr UInt32 elements = 4; // 0 to 3
+constexpr UInt32 elements = 4; // number of tested elements, 0 to 3
 
-/// The value of a selector at some addresses.
+/// The expected value of a selector, and the addresses at which the property is present.
 struct Fact {
     UInt32 selector;
-    const char* where; ///< elements 0 to 3 of the global scope, the input, the output; x: present
-    UInt32 size;       ///< bytes
+    /// For the global, input and output scopes in turn, an x at each of the elements 0 to 3 that exists.
+    const char* where;
+    UInt32 size; ///< size of the value in bytes
     bool isSettable;
-    const char* value; ///< as printed below; "=code" for a status
+    const char* value; ///< value as the functions below print it; "=" and a code for an error status
 };
 
 const char* const anywhere = "x... x... x...";
-const char* const atOutput = "x... .... x..."; // of a device of two outputs
-const char* const atInput = "x... x... ....";  // of a device of one input
+const char* const atOutput = "x... .... x..."; // addresses of a device with two outputs
+const char* const atInput = "x... x... ....";  // addresses of a device with one input
 constexpr bool settable = true, fixed = false;
 constexpr UInt32 word = 4, string = sizeof(CFStringRef), range = sizeof(AudioValueRange), rate = 8;
 constexpr UInt32 format = sizeof(AudioStreamBasicDescription), layout = sizeof(AudioChannelLayout);
@@ -36,7 +37,7 @@ constexpr UInt32 usage = sizeof(AudioHardwareIOProcStreamUsage), list = sizeof(A
 constexpr UInt32 emptyList = offsetof(AudioBufferList, mBuffers);
 
 // clang-format off
-/// A simulated device of two outputs: 12345 Hz, slices of 256 frames, a latency of 17.
+/// A simulated device with two outputs: 12345 Hz, slices of 256 frames, a latency of 17 frames.
 const Fact outputFacts[] = {
     {'clas', anywhere,         word,        fixed,    "adev"},
     {'stdv', anywhere,         word,        fixed,    "system"},
@@ -78,7 +79,8 @@ const Fact outputFacts[] = {
     {'bsz#', atOutput,         range,       fixed,    "8..65536"},
     {'mix?', anywhere,         word,        fixed,    "1"},
     {'ncyc', anywhere,         word,        settable, "1"},
-    {'suse', anywhere,         usage,       settable, "=nope"}, // without a procedure
+    // The status without a procedure in the caller's buffer.
+    {'suse', anywhere,         usage,       settable, "=nope"},
     {'nsrt', anywhere,         rate,        settable, "12345"},
     {'asrt', anywhere,         rate,        fixed,    "12345"},
     {'nsr#', anywhere,         range,       fixed,    "1000..768000"},
@@ -89,7 +91,8 @@ const Fact outputFacts[] = {
     {'sfmt', "xxx. .... xxx.", format,      settable, "12345 lpcm 9 8 1 8 2 32 0"},
     {'sfm#', "xxx. .... xxx.", format * 14, fixed,    "8000/2 11025/2 16000/2 22050/2 24000/2 32000/2 44100/2 "
                                                       "48000/2 64000/2 88200/2 96000/2 176400/2 192000/2 12345/2"},
-    {'sfm?', "xxx. .... xxx.", format,      fixed,    "0 .... 0 0 0 0 0 0 0"}, // an empty format is supported
+    // A request with an empty format is supported.
+    {'sfm?', "xxx. .... xxx.", format,      fixed,    "0 .... 0 0 0 0 0 0 0"},
     {'sfmm', "xxx. .... xxx.", format,      fixed,    "12345 lpcm 9 8 1 8 2 32 0"},
     {'dch2', atOutput,         word * 2,    fixed,    nullptr},
     {'srnd', atOutput,         layout,      fixed,    nullptr},
@@ -97,16 +100,16 @@ const Fact outputFacts[] = {
     {'volm', ".xx. .... .xx.", word,        settable, "1"},
     {'vold', ".xx. .... .xx.", word,        settable, "0"},
     {'vdb#', ".xx. .... .xx.", range,       fixed,    "-64..0"},
-    {'v2db', ".xx. .... .xx.", word,        fixed,    "-64"}, // of a scalar of 0
-    {'db2v', ".xx. .... .xx.", word,        fixed,    "1"},   // of 0 dB
+    {'v2db', ".xx. .... .xx.", word,        fixed,    "-64"}, // decibels of a scalar of 0
+    {'db2v', ".xx. .... .xx.", word,        fixed,    "1"}, // scalar of 0 dB
     {'mute', "xxx. .... xxx.", word,        settable, "0"},
     {'ssrc', atOutput,         word,        settable, "spkr"},
     {'ssc#', atOutput,         word * 2,    fixed,    "spkr hdpn"},
-    {'sscn', atOutput,         translation, fixed,    "=!siz"}, // an empty translation
+    {'sscn', atOutput,         translation, fixed,    "=!siz"}, // the status for an empty translation
     {'lscn', atOutput,         translation, fixed,    "=!siz"},
 };
 
-/// The simulated input: one channel, 44100 Hz, slices of 512 frames.
+/// The simulated input device: one channel, 44100 Hz, slices of 512 frames.
 const Fact inputFacts[] = {
     {'clas', anywhere,         word,        fixed,    "adev"},
     {'stdv', anywhere,         word,        fixed,    "system"},
@@ -174,7 +177,8 @@ const Fact outputStreamFacts[] = {
     {'schn', anywhere, word,        fixed,    "1"},
     {'ltnc', anywhere, word,        fixed,    "0"},
     {'sfmt', anywhere, format,      settable, "12345 lpcm 9 8 1 8 2 32 0"},
-    {'sfma', anywhere, ranged,      fixed,    "0/2 1000..768000"}, // a rate of 0 means any rate
+    // A format with a rate of 0 stands for any rate in the range.
+    {'sfma', anywhere, ranged,      fixed,    "0/2 1000..768000"},
     {'pft ', anywhere, format,      settable, "12345 lpcm 9 8 1 8 2 32 0"},
     {'pfta', anywhere, ranged,      fixed,    "0/2 1000..768000"},
     {'pft#', anywhere, format * 14, fixed,    "8000/2 11025/2 16000/2 22050/2 24000/2 32000/2 44100/2 "
@@ -200,7 +204,8 @@ const Fact inputStreamFacts[] = {
     {'pftm', anywhere, format,      fixed,    "44100 lpcm 9 4 1 4 1 32 0"},
 };
 
-/// The default output is the built-in device, the default input the simulated one; the tested device is the third.
+/// The default output is the built-in device and the default input is the simulated input; the tested device
+/// is the third device.
 const Fact systemFacts[] = {
     {'dev#', anywhere, word * 3,    fixed,    "built-in input device"},
     {'dIn ', anywhere, word,        settable, "input"},
@@ -221,7 +226,7 @@ const Fact systemFacts[] = {
 };
 // clang-format on
 
-/// An object, its facts, and the names of other objects in its values.
+/// An object, the facts about its properties, and the names of the other objects in its values.
 struct Subject {
     AudioObjectID id;
     std::vector<Fact> facts;
@@ -293,7 +298,7 @@ std::string print(const AudioStreamBasicDescription& f)
     return line;
 }
 
-/// Releases the string.
+/// The text of a string, which the function releases.
 std::string printString(CFStringRef value)
 {
     if (!value) return "(none)";
@@ -384,7 +389,8 @@ protected:
                 subject(inputStream_, inputStreamFacts, streamSelectors, input_, inputStream_), system};
     }
 
-    /// Call `look` for every address of every object, with its fact; null: no such property.
+    /// Call `look` for every address of every object, with the fact at this address; the fact is null if the
+    /// object has no such property.
     void walk(const std::function<void(const Subject&, const Selector&, const AudioObjectPropertyAddress&,
                                        const Fact*)>& look)
     {
@@ -467,7 +473,7 @@ TEST_F(PropertyTable, ReturnsTheStatedValues)
     EXPECT_EQ(liveCount("CFString"), strings) << "the caller released every string";
 }
 
-/// A short buffer, a missing one, and one of the exact size.
+/// The buffers are shorter than the value, null, and of the exact size.
 TEST_F(PropertyTable, ValuesTextsAndLayoutsRequireTheirFullSize)
 {
     walk([](const Subject& subject, const Selector& selector, const AudioObjectPropertyAddress& at,
@@ -489,7 +495,7 @@ TEST_F(PropertyTable, ValuesTextsAndLayoutsRequireTheirFullSize)
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, nullptr, bytes.data())),
                   "nope");
         if (fact->value && fact->value[0] == '=') return;
-        std::fill(bytes.begin(), bytes.end() - 1, char{0}); // input of translations
+        std::fill(bytes.begin(), bytes.end() - 1, char{0}); // translations read their input from this buffer
         size = fact->size;
         EXPECT_EQ(text(AudioObjectGetPropertyData(subject.id, &at, 0, nullptr, &size, bytes.data())),
                   text(noErr));

@@ -1,4 +1,4 @@
-// The properties of the system, its devices and their streams, through both interfaces.
+// The properties of the system object, its devices and their streams, read and set through both interfaces.
 #include "tests/platform/hal/selectors.h"
 #include "tests/platform/hal/test_device.h"
 
@@ -213,7 +213,7 @@ TEST(Properties, ListsAreCutToWholeItems)
     }
 }
 
-// ---- setting ----
+// ---- setting properties ----
 
 TEST(Properties, OfARunningDeviceCanBeSet)
 {
@@ -251,7 +251,7 @@ TEST(Properties, LevelsChangeTheOutput)
     procedure.start();
     KVXPlatformStep(device, 64);
     ASSERT_EQ(set<Float32>(device, address('volm', output, 1), 0.5f), noErr);
-    KVXPlatformStep(device, 640); // a glide of 512 frames
+    KVXPlatformStep(device, 640); // enough frames for the glide of 512 frames
     ASSERT_EQ(set<UInt32>(device, address('mute', output, 2), 1), noErr);
     KVXPlatformStep(device, 640);
     ASSERT_EQ(set<UInt32>(device, address('mute', output, 0), 1), noErr);
@@ -293,7 +293,7 @@ struct Reading {
     std::vector<char> bytes;
 };
 
-/// Replace a string by its text, and release it.
+/// Replace a string's reference by the string's text, and release the string.
 void replaceString(Kind kind, Reading& reading)
 {
     if (kind != Kind::string || reading.status != noErr) return;
@@ -356,7 +356,7 @@ void expectSame(const Reading& a, const Reading& b)
     if (a.status == noErr && b.status == noErr) EXPECT_EQ(a.bytes, b.bytes);
 }
 
-/// The size of a value of this kind; 0: it varies.
+/// The size of a value of this kind; 0 if the size varies.
 UInt32 sizeOf(Kind kind)
 {
     switch (kind) {

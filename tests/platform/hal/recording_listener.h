@@ -1,4 +1,5 @@
-// A property listener that records its calls in order, and their thread.
+// A property listener that records, in order, the changes that it receives, and whether it was called on the
+// test's thread.
 #pragma once
 
 #include "tests/platform/hal/test_device.h"
@@ -13,7 +14,7 @@ constexpr auto anySelector = kAudioObjectPropertySelectorWildcard;
 constexpr auto anyScope = kAudioObjectPropertyScopeWildcard;
 constexpr auto anyElement = kAudioObjectPropertyElementWildcard;
 
-/// "volm outp 1"
+/// An address as text, such as "volm outp 1".
 inline std::string text(const AudioObjectPropertyAddress& at)
 {
     return text(at.mSelector) + " " + text(at.mScope) + " " + std::to_string(at.mElement);
@@ -33,7 +34,7 @@ public:
     RecordingListener(const RecordingListener&) = delete;
     RecordingListener& operator=(const RecordingListener&) = delete;
 
-    /// May be called twice, and in the listener's own call.
+    /// Remove the listener. The function may be called twice, and inside the listener's own call.
     OSStatus remove()
     {
         return isRemoved_.exchange(true) ? OSStatus{noErr}
@@ -41,7 +42,8 @@ public:
     }
 
     int count() const { return count_; }
-    bool wasCalledHere() const { return wasCalledHere_; } ///< on the thread that constructed it
+    /// Whether a call ran on the thread that constructed the listener.
+    bool wasCalledHere() const { return wasCalledHere_; }
 
     std::vector<std::string> takeReceived()
     {
@@ -76,7 +78,8 @@ private:
     std::vector<std::string> received_;
 };
 
-/// Wait until listeners have received all earlier changes: one thread calls them in order.
+/// Wait until listeners have received all earlier changes. One thread calls all listeners in order, so the
+/// wait ends when a listener receives a later change.
 inline void waitForNotifications()
 {
     const auto at = address(kAudioHardwarePropertySleepingIsAllowed);

@@ -1,4 +1,4 @@
-// Every selector of the platform, with the kind of its value.
+// Every selector of the platform, with the kind of the property's value.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -8,19 +8,19 @@
 namespace haltest {
 
 enum class Kind {
-    word,        ///< UInt32, AudioObjectID, AudioClassID, OSStatus
-    single,      ///< Float32
-    real,        ///< Float64
-    string,      ///< CFStringRef that the caller releases
+    word,        ///< one UInt32, AudioObjectID, AudioClassID or OSStatus
+    single,      ///< one Float32
+    real,        ///< one Float64
+    string,      ///< one CFStringRef, which the caller releases
     text,        ///< characters with a terminating zero
-    words,       ///< UInt32[]
-    range,       ///< AudioValueRange
-    ranges,      ///< AudioValueRange[]
-    format,      ///< AudioStreamBasicDescription
-    formats,     ///< AudioStreamBasicDescription[]
-    ranged,      ///< AudioStreamRangedDescription[]
-    translation, ///< AudioValueTranslation
-    record,      ///< another record
+    words,       ///< an array of UInt32
+    range,       ///< one AudioValueRange
+    ranges,      ///< an array of AudioValueRange
+    format,      ///< one AudioStreamBasicDescription
+    formats,     ///< an array of AudioStreamBasicDescription
+    ranged,      ///< an array of AudioStreamRangedDescription
+    translation, ///< one AudioValueTranslation
+    record,      ///< another structure
 };
 
 struct Selector {
@@ -28,7 +28,7 @@ struct Selector {
     Kind kind;
 };
 
-/// Some selectors are in more than one list.
+/// The selectors of each kind of object. Some selectors are in several of these lists.
 extern const std::vector<Selector> systemSelectors, deviceSelectors, streamSelectors;
 
 } // namespace haltest

@@ -1,4 +1,5 @@
-// Fixtures of device tests: a private device, procedures with a lambda as body, properties in one line.
+// Fixtures of device tests: a private device, procedures whose body is a lambda, and one-line property
+// access.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -15,7 +16,7 @@
 
 namespace haltest {
 
-/// The four characters of a code.
+/// The text of a four-character code.
 std::string text(UInt32 code);
 
 /// The arguments of one call of a procedure.
@@ -34,7 +35,8 @@ struct Call {
     void fill(float value) const { std::fill_n(data(), samples(), value); }
 };
 
-/// A simulated device, unplugged by the destructor. Default: stepped, 44100 Hz, stereo, slices of 64 frames.
+/// A simulated device, which the destructor unplugs. By default it is stepped and stereo, with a rate of
+/// 44100 Hz and slices of 64 frames.
 class Device {
 public:
     explicit Device(const KVXSimulatedDevice& description = stepped());
@@ -52,7 +54,7 @@ private:
     AudioDeviceID id_;
 };
 
-/// A procedure with a unique ID, removed by the destructor.
+/// A procedure with a unique ID, which the destructor removes.
 class Procedure {
 public:
     using Body = std::function<void(const Call&)>;
@@ -64,7 +66,7 @@ public:
 
     OSStatus start() { return AudioDeviceStart(device_, id_); }
     OSStatus stop() { return AudioDeviceStop(device_, id_); }
-    /// May be called in the procedure itself.
+    /// Remove the procedure. The function may be called inside the procedure itself.
     OSStatus remove();
 
     AudioDeviceIOProcID id() const { return id_; }
@@ -81,7 +83,7 @@ private:
     std::atomic<int> calls_{0};
 };
 
-/// Records the output of a device.
+/// Records the output of a device, by means of the device's tap.
 class Recording {
 public:
     explicit Recording(AudioDeviceID device);
@@ -90,7 +92,7 @@ public:
     Recording& operator=(const Recording&) = delete;
 
     std::vector<float> samples;
-    std::vector<UInt32> slices; ///< frames of each slice
+    std::vector<UInt32> slices; ///< number of frames in each slice
 
 private:
     static void take(void* context, const float* samples, uint32_t frames, uint32_t channels);
@@ -134,10 +136,10 @@ OSStatus set(AudioObjectID object, const AudioObjectPropertyAddress& at, const T
 
 AudioDeviceID defaultOutput();
 
-/// The live objects of a kind.
+/// The platform's number of live objects of a kind, such as "CFString".
 uint32_t liveCount(const std::string& kind);
 
-/// Wait until `condition` is true. The only time limit is that of the test.
+/// Wait until `condition` is true. The only time limit is that of the whole test.
 void waitFor(const std::function<bool()>& condition);
 
 } // namespace haltest

@@ -1,4 +1,4 @@
-// Without a free thread the platform returns errors, and the process continues.
+// If no new thread can be started, the platform returns errors and the process continues.
 #include "tests/platform/hal/test_device.h"
 #include "tests/support/temporary_folder.h"
 
@@ -8,7 +8,8 @@ namespace {
 
 using namespace haltest;
 
-/// While this object exists, new threads fail: their stacks are larger than the address space.
+/// While this object exists, no thread can be started, because the stack of a new thread would exceed the
+/// address space.
 class NoThreads {
 public:
     NoThreads()
@@ -64,7 +65,7 @@ TEST(ThreadFailure, FirstCallReturnsAnError)
     UInt32 size = sizeof device;
     const auto role = address(kAudioHardwarePropertyDefaultOutputDevice);
     {
-        const NoThreads none; // also for the housekeeper
+        const NoThreads none; // the housekeeper thread cannot start either
         EXPECT_EQ(AudioObjectGetPropertyData(kAudioObjectSystemObject, &role, 0, nullptr, &size, &device),
                   kAudioHardwareUnspecifiedError);
         EXPECT_EQ(AudioDeviceGetProperty(2, 0, false, 'livn', &size, &device),
