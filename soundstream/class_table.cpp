@@ -49,32 +49,29 @@ using Data = SoundStreamData;
 static_assert(sizeof(StreamState*) == sizeof(HostInteger));
 constexpr HostType<StreamState*> asState{asInteger.name};
 
-// Clang-format off.
+// clang-format off
 REALproperty properties[] = {
     //           name                          type       getter or field                setter
-    KVX_PROPERTY("PostsStatusNotifications", asBoolean, getPostsStatusNotifications,
-                 setPostsStatusNotifications),
-    KVX_PROPERTY("IsStreamActive", asBoolean, getIsStreamActive, readOnly),
-    KVX_PROPERTY("IsOpen", asBoolean, getIsOpen, readOnly),
+    KVX_PROPERTY("PostsStatusNotifications",   asBoolean, getPostsStatusNotifications,   setPostsStatusNotifications),
+    KVX_PROPERTY("IsStreamActive",             asBoolean, getIsStreamActive,             readOnly),
+    KVX_PROPERTY("IsOpen",                     asBoolean, getIsOpen,                     readOnly),
     KVX_PROPERTY("SoundOutputComponentHandle", asInteger, getSoundOutputComponentHandle, readOnly),
-    KVX_FIELD("Handle", asState, state, readWrite),
-    KVX_FIELD("Release", asBoolean, ownsState, readWrite),
+    KVX_FIELD   ("Handle",                     asState,   state,                         readWrite),
+    KVX_FIELD   ("Release",                    asBoolean, ownsState,                     readWrite),
 };
 
 REALmethod methods[] = {
     //         function                             declaration
-    KVX_METHOD(CloseComponent, "CloseComponent"),
-    KVX_METHOD(OpenComponent, "OpenComponent"),
-    KVX_METHOD(InitComponent, "InitComponent"),
+    KVX_METHOD(CloseComponent,                      "CloseComponent"),
+    KVX_METHOD(OpenComponent,                       "OpenComponent"),
+    KVX_METHOD(InitComponent,                       "InitComponent"),
     KVX_METHOD(OpenDefaultAudioUnitOutputComponent, "OpenDefaultAudioUnitOutputComponent as integer"),
-    KVX_METHOD(AttachToAudioUnitComponent,
-               "AttachToAudioUnitComponent(componenthandle as integer) as integer"),
-    KVX_METHOD(AttachToElement,
-               "AttachToAudioUnitComponent(componenthandle as integer, element as integer) as integer"),
-    KVX_METHOD(AudioUnitInitialize, "AudioUnitInitialize(componenthandle as integer) as integer"),
-    KVX_METHOD(AudioOutputUnitStart, "AudioOutputUnitStart(componenthandle as integer) as integer"),
+    KVX_METHOD(AttachToAudioUnitComponent,          "AttachToAudioUnitComponent(componenthandle as integer) as integer"),
+    KVX_METHOD(AttachToElement,                     "AttachToAudioUnitComponent(componenthandle as integer, element as integer) as integer"),
+    KVX_METHOD(AudioUnitInitialize,                 "AudioUnitInitialize(componenthandle as integer) as integer"),
+    KVX_METHOD(AudioOutputUnitStart,                "AudioOutputUnitStart(componenthandle as integer) as integer"),
 };
-// Clang-format on.
+// clang-format on
 
 static_assert(std::size(properties) == 6, "the class is published with 6 properties");
 static_assert(std::size(methods) == 8, "the class is published with 8 methods");

@@ -13,14 +13,17 @@ struct Answer {
     UInt32 value;
 };
 
-// Clang-format off.
+// clang-format off
 const Answer answers[] = {
-    // Selector               list   bytes  value.
-    {siNumberChannels, false, 2, channelCount},   {siChannelAvailable, true, 2, channelCount},
-    {siSampleRate, false, 4, sampleRate44100},    {siSampleRateAvailable, true, 4, sampleRate44100},
-    {siSampleSizeAvailable, true, 2, sampleBits}, {siSampleSize, false, 2, sampleBits},
+    // selector               list   bytes  value
+    {siNumberChannels,        false, 2,     channelCount},
+    {siChannelAvailable,      true,  2,     channelCount},
+    {siSampleRate,            false, 4,     sampleRate44100},
+    {siSampleRateAvailable,   true,  4,     sampleRate44100},
+    {siSampleSizeAvailable,   true,  2,     sampleBits},
+    {siSampleSize,            false, 2,     sampleBits},
 };
-// Clang-format on.
+// clang-format on
 
 struct Setting {
     OSType selector;
@@ -30,14 +33,14 @@ struct Setting {
     OSErr refusal;
 };
 
-// Clang-format off.
+// clang-format off
 const Setting settings[] = {
-    // Selector          pointed to  value            refusal of other values.
-    {siNumberChannels, false, channelCount, notEnoughHardwareErr},
-    {siSampleRate, true, sampleRate44100, siInvalidSampleRate},
-    {siSampleSize, false, sampleBits, siInvalidSampleSize},
+    // selector          pointed to  value            refusal of other values
+    {siNumberChannels,   false,      channelCount,    notEnoughHardwareErr},
+    {siSampleRate,       true,       sampleRate44100, siInvalidSampleRate},
+    {siSampleSize,       false,      sampleBits,      siInvalidSampleSize},
 };
-// Clang-format on.
+// clang-format on
 
 template <class Row, std::size_t count>
 const Row* find(const Row (&rows)[count], OSType selector)

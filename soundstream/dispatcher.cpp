@@ -30,7 +30,7 @@ ProcPtr handler()
 // CanDo denies stop and pause although the component supports both, because existing clients rely on that
 // result.
 const Selector selectors[] = {
-    // Selector                                  handler                      sizes    can do.
+    // selector                                  handler                      sizes    can do
     {kComponentVersionSelect, handler<Version>(), 0x00F0, true},
     {kComponentCanDoSelect, handler<CanDo>(), 0x02F0, true},
     {kComponentCloseSelect, handler<Close>(), 0x03F0, true},
@@ -43,7 +43,7 @@ const Selector selectors[] = {
     {kSoundComponentPauseSourceSelect, handler<PauseSource>(), 0x0EF0, false},
     {kSoundComponentPlaySourceBufferSelect, handler<PlaySourceBuffer>(), 0x3FF0, true},
 };
-// Clang-format on.
+// clang-format on
 
 const Selector* find(SInt16 what)
 {

@@ -12,31 +12,19 @@ namespace {
 
 constexpr double sampleRate = 44100;
 
-// Clang-format off.
-constexpr AudioStreamBasicDescription converterOutput = {sampleRate,
-                                                         kAudioFormatLinearPCM,
-                                                         kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked |
-                                                             kAudioFormatFlagIsNonInterleaved,
-                                                         4,
-                                                         1,
-                                                         4,
-                                                         2,
-                                                         32,
-                                                         0};
+// clang-format off
+constexpr AudioStreamBasicDescription converterOutput = {
+    sampleRate, kAudioFormatLinearPCM,
+    kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked | kAudioFormatFlagIsNonInterleaved,
+    4, 1, 4, 2, 32, 0};
 
 // The converter reads big-endian samples although the mixer delivers little-endian ones, because existing
 // programs rely on this mismatch.
 constexpr AudioStreamBasicDescription converterInput = {
-    sampleRate,
-    kAudioFormatLinearPCM,
+    sampleRate, kAudioFormatLinearPCM,
     kAudioFormatFlagIsBigEndian | kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked,
-    4,
-    1,
-    4,
-    2,
-    16,
-    0};
-// Clang-format on.
+    4, 1, 4, 2, 16, 0};
+// clang-format on
 
 constexpr UInt32 componentFlags = 0xC0C; // flags for 16-bit and stereo sound, each as input and output
 

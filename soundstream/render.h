@@ -1,4 +1,4 @@
-// The render procedure that an output unit calls, and the input procedure of the converter that it uses.
+// The render procedure that an output unit calls, and the input procedure of that procedure's converter.
 #pragma once
 
 #include "soundstream/stream_state.h"

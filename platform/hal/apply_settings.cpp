@@ -13,8 +13,8 @@ namespace kvxplatform::hal {
 
 namespace {
 
-/// Restart the device with new cycle buffers and with the settings that these buffers have. The caller holds
-/// the device's `control` mutex.
+/// Restart the device with new cycle buffers and with the settings for which these buffers are allocated. The
+/// caller holds the device's `control` mutex.
 OSStatus runWith(const DeviceRef& device, std::unique_ptr<CycleBuffers> buffers)
 {
     closeHardware(device); // a hardware stream is opened for one rate and one slice size

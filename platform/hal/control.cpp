@@ -206,8 +206,7 @@ int32_t KVXPlatformConfigureDevice(KVXDeviceID id, double sampleRate, uint32_t o
             device->outputLevels.resize(settings.outputChannels);
             after = settings;
         }
-        // The levels are applied before the settings, so an added channel has its level from its first frame
-        // on.
+        // The levels are applied before the settings, so an added channel has its level at its first frame.
         applyLevels(device);
         applySettings(device);
         postSettingChanges(*device, before, after);

@@ -56,7 +56,7 @@ bool beginCall(Device& device, const IOProc& proc)
     return false;
 }
 
-/// Among many procedures, the IOProc records of the next procedures have left the near processor caches, so
+/// Among many procedures, the IOProc objects of the next procedures have left the near processor caches, so
 /// prefetch them while the present procedure renders. A prefetch never faults, so any client pointer is
 /// allowed.
 void prefetchNext(const std::shared_ptr<IOProc>* row, const std::shared_ptr<IOProc>* end)

@@ -16,7 +16,7 @@ struct CycleBuffers {
     }
 
     const Settings settings;
-    std::vector<float> mix, scratch, inputSilence; ///< all three are interleaved
+    std::vector<float> mix, scratch, inputSilence; ///< interleaved samples of one slice
 };
 
 } // namespace kvxplatform::hal

@@ -52,6 +52,7 @@ struct Device {
     bool ratesAreKnown = true;
 
     // ---- guarded by `control` ----
+
     /// Serialises start, stop and new settings; not held while a thread waits for a procedure's call to end.
     std::mutex control;
     /// The open hardware stream, shared with a thread that closes it.

@@ -14,7 +14,7 @@ OutputSinks currentSinks(const Device& device)
 }
 
 /// Let `edit` change the device's tap and captures. When changeSinks() returns, no cycle uses the former
-/// ones.
+/// sinks.
 template <class Edit>
 void changeSinks(Device& device, Edit edit)
 {

@@ -28,29 +28,29 @@ struct Effect {
     At elements;
 };
 
-// Clang-format off.
+// clang-format off
 constexpr Effect effectsOnDevice[] = {
-    {kAudioDevicePropertyNominalSampleRate, rate, At::master},
-    {kAudioDevicePropertyActualSampleRate, rate, At::master},
-    {kAudioDevicePropertyBufferFrameSize, slice, At::master},
-    {kAudioDevicePropertyBufferSize, slice | channels, At::master},
-    {kAudioDevicePropertyStreamConfiguration, slice | channels, At::master},
-    {kAudioDevicePropertyBufferSizeRange, channels, At::master},
-    {kAudioDevicePropertyPreferredChannelsForStereo, pair, At::master},
-    {kAudioDevicePropertyPreferredChannelLayout, channels, At::master},
-    {kAudioDevicePropertyStreamFormat, rate | channels, At::all},
-    {kAudioDevicePropertyStreamFormats, formats | channels, At::all},
-    {kAudioDevicePropertyChannelName, names, At::each},
-    {kAudioDevicePropertyChannelNameCFString, names, At::each},
+    {kAudioDevicePropertyNominalSampleRate,           rate,               At::master},
+    {kAudioDevicePropertyActualSampleRate,            rate,               At::master},
+    {kAudioDevicePropertyBufferFrameSize,             slice,              At::master},
+    {kAudioDevicePropertyBufferSize,                  slice | channels,   At::master},
+    {kAudioDevicePropertyStreamConfiguration,         slice | channels,   At::master},
+    {kAudioDevicePropertyBufferSizeRange,             channels,           At::master},
+    {kAudioDevicePropertyPreferredChannelsForStereo,  pair,               At::master},
+    {kAudioDevicePropertyPreferredChannelLayout,      channels,           At::master},
+    {kAudioDevicePropertyStreamFormat,                rate | channels,    At::all},
+    {kAudioDevicePropertyStreamFormats,               formats | channels, At::all},
+    {kAudioDevicePropertyChannelName,                 names,              At::each},
+    {kAudioDevicePropertyChannelNameCFString,         names,              At::each},
 };
 constexpr Effect effectsOnStream[] = {
-    {kAudioStreamPropertyVirtualFormat, rate | channels, At::master},
-    {kAudioStreamPropertyPhysicalFormat, rate | channels, At::master},
-    {kAudioStreamPropertyPhysicalFormats, formats | channels, At::master},
-    {kAudioStreamPropertyAvailableVirtualFormats, channels, At::master},
-    {kAudioStreamPropertyAvailablePhysicalFormats, channels, At::master},
+    {kAudioStreamPropertyVirtualFormat,               rate | channels,    At::master},
+    {kAudioStreamPropertyPhysicalFormat,              rate | channels,    At::master},
+    {kAudioStreamPropertyPhysicalFormats,             formats | channels, At::master},
+    {kAudioStreamPropertyAvailableVirtualFormats,     channels,           At::master},
+    {kAudioStreamPropertyAvailablePhysicalFormats,    channels,           At::master},
 };
-// Clang-format on.
+// clang-format on
 
 unsigned causesOf(const Device& device, const Settings& before, const Settings& after)
 {

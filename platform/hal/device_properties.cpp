@@ -122,7 +122,8 @@ OSStatus setRate(const Request& r, const Bytes& value, Consequences&)
     return changeRate(*r.device, as<Float64>(value));
 }
 
-// Take hog mode for this process, or release it if this process has it. The new value is ignored.
+// Take hog mode for this process, or release it if this process has it. The value that the caller sets is
+// ignored.
 OSStatus toggleHog(const Request& r, const Bytes&, Consequences& consequences)
 {
     const auto self = static_cast<SInt32>(getpid());
@@ -200,69 +201,60 @@ constexpr Extent single = Extent::one, many = Extent::many, whole = Extent::whol
 constexpr UInt32 word = sizeof(UInt32), reference = sizeof(CFStringRef), range = sizeof(AudioValueRange);
 constexpr UInt32 format = sizeof(AudioStreamBasicDescription);
 
-// Clang-format off.
+// clang-format off
 constexpr Property rows[] = {
-    // Selector                                          side     elements  extent  size                   get
-    // set.
-    {kAudioObjectPropertyClass, any, master, single, word, putConstant<AudioClassID, kAudioDeviceClassID>,
-     nullptr},
-    {kAudioObjectPropertyOwner, any, master, single, word,
-     putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
-    {kAudioObjectPropertyOwnedObjects, any, master, many, word, getOwned, nullptr},
-    {kAudioDevicePropertyDeviceNameCFString, any, master, single, reference, getName, nullptr},
-    {kAudioDevicePropertyDeviceName, any, master, whole, 0, getNameText, nullptr},
-    {kAudioDevicePropertyDeviceManufacturerCFString, any, master, single, reference, getMaker, nullptr},
-    {kAudioDevicePropertyDeviceManufacturer, any, master, whole, 0, getMakerText, nullptr},
-    {kAudioDevicePropertyDeviceUID, any, master, single, reference, getUID, nullptr},
-    {kAudioDevicePropertyModelUID, any, master, single, reference, getModelUID, nullptr},
-    {kAudioDevicePropertyTransportType, any, master, single, word, getTransport, nullptr},
-    {kAudioDevicePropertyRelatedDevices, any, master, many, word, getRelated, nullptr},
-    {kAudioDevicePropertyClockDomain, any, master, single, word, zero, nullptr},
-    {kAudioDevicePropertyIsHidden, any, master, single, word, zero, nullptr},
-    {kAudioDevicePropertyChannelName, sided, channels, whole, 0, getElementText, nullptr},
-    {kAudioDevicePropertyChannelNameCFString, sided, channels, single, reference, getElementName, nullptr},
-    {kAudioDevicePropertyChannelCategoryName, sided, channels, whole, 0, getElementText, nullptr},
-    {kAudioDevicePropertyChannelCategoryNameCFString, sided, channels, single, reference, getElementName,
-     nullptr},
-    {kAudioDevicePropertyChannelNumberName, sided, channels, whole, 0, getElementText, nullptr},
-    {kAudioDevicePropertyChannelNumberNameCFString, sided, channels, single, reference, getElementName,
-     nullptr},
+    // selector                                          side     elements  extent  size                   get                     set
+    {kAudioObjectPropertyClass,                          any,     master,   single, word,                  putConstant<AudioClassID, kAudioDeviceClassID>,       nullptr},
+    {kAudioObjectPropertyOwner,                          any,     master,   single, word,                  putConstant<AudioObjectID, kAudioObjectSystemObject>, nullptr},
+    {kAudioObjectPropertyOwnedObjects,                   any,     master,   many,   word,                  getOwned,               nullptr},
+    {kAudioDevicePropertyDeviceNameCFString,             any,     master,   single, reference,             getName,                nullptr},
+    {kAudioDevicePropertyDeviceName,                     any,     master,   whole,  0,                     getNameText,            nullptr},
+    {kAudioDevicePropertyDeviceManufacturerCFString,     any,     master,   single, reference,             getMaker,               nullptr},
+    {kAudioDevicePropertyDeviceManufacturer,             any,     master,   whole,  0,                     getMakerText,           nullptr},
+    {kAudioDevicePropertyDeviceUID,                      any,     master,   single, reference,             getUID,                 nullptr},
+    {kAudioDevicePropertyModelUID,                       any,     master,   single, reference,             getModelUID,            nullptr},
+    {kAudioDevicePropertyTransportType,                  any,     master,   single, word,                  getTransport,           nullptr},
+    {kAudioDevicePropertyRelatedDevices,                 any,     master,   many,   word,                  getRelated,             nullptr},
+    {kAudioDevicePropertyClockDomain,                    any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyIsHidden,                       any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyChannelName,                    sided,   channels, whole,  0,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelNameCFString,            sided,   channels, single, reference,             getElementName,         nullptr},
+    {kAudioDevicePropertyChannelCategoryName,            sided,   channels, whole,  0,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelCategoryNameCFString,    sided,   channels, single, reference,             getElementName,         nullptr},
+    {kAudioDevicePropertyChannelNumberName,              sided,   channels, whole,  0,                     getElementText,         nullptr},
+    {kAudioDevicePropertyChannelNumberNameCFString,      sided,   channels, single, reference,             getElementName,         nullptr},
 
-    {kAudioDevicePropertyDeviceIsAlive, any, master, single, word, getAlive, nullptr},
-    {kAudioDevicePropertyDeviceHasChanged, any, master, single, word, zero, nullptr},
-    {kAudioDevicePropertyDeviceIsRunning, any, master, single, word, getRunning, nullptr},
-    {kAudioDevicePropertyDeviceIsRunningSomewhere, any, master, single, word, getRunning, nullptr},
-    {kAudioDeviceProcessorOverload, any, master, single, word, zero, nullptr},
-    {kAudioDevicePropertyDeviceCanBeDefaultDevice, sided, master, single, word, getCanBeDefault, nullptr},
-    {kAudioDevicePropertyDeviceCanBeDefaultSystemDevice, sided, master, single, word, getCanBeDefault,
-     nullptr},
-    {kAudioDevicePropertyHogMode, any, master, single, word, getHogOwner, toggleHog},
-    {kAudioDevicePropertyLatency, sided, master, single, word, getLatency, nullptr},
-    {kAudioDevicePropertySafetyOffset, sided, master, single, word, zero, nullptr},
-    {kAudioDevicePropertyBufferFrameSize, any, master, single, word, getSlice, setSlice},
-    {kAudioDevicePropertyBufferFrameSizeRange, any, master, single, range, getSliceRange, nullptr},
-    {kAudioDevicePropertyBufferSize, present, master, single, word, getSliceBytes, setSliceBytes},
-    {kAudioDevicePropertyBufferSizeRange, present, master, single, range, getSliceBytesRange, nullptr},
-    {kAudioDevicePropertySupportsMixing, any, master, single, word, one, nullptr},
-    {kAudioDevicePropertyIOCycleUsage, any, master, single, sizeof(Float32), getUsage, setUsage},
-    {kAudioDevicePropertyIOProcStreamUsage, sided, master, single, sizeof(AudioHardwareIOProcStreamUsage),
-     getStreamUsage, setStreamUsage},
-    {kAudioDevicePropertyNominalSampleRate, any, master, single, sizeof(Float64), getRate, setRate},
-    {kAudioDevicePropertyActualSampleRate, any, master, single, sizeof(Float64), getRate, nullptr},
-    {kAudioDevicePropertyAvailableNominalSampleRates, any, master, many, range, getRates, nullptr},
+    {kAudioDevicePropertyDeviceIsAlive,                  any,     master,   single, word,                  getAlive,               nullptr},
+    {kAudioDevicePropertyDeviceHasChanged,               any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyDeviceIsRunning,                any,     master,   single, word,                  getRunning,             nullptr},
+    {kAudioDevicePropertyDeviceIsRunningSomewhere,       any,     master,   single, word,                  getRunning,             nullptr},
+    {kAudioDeviceProcessorOverload,                      any,     master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyDeviceCanBeDefaultDevice,       sided,   master,   single, word,                  getCanBeDefault,        nullptr},
+    {kAudioDevicePropertyDeviceCanBeDefaultSystemDevice, sided,   master,   single, word,                  getCanBeDefault,        nullptr},
+    {kAudioDevicePropertyHogMode,                        any,     master,   single, word,                  getHogOwner,            toggleHog},
+    {kAudioDevicePropertyLatency,                        sided,   master,   single, word,                  getLatency,             nullptr},
+    {kAudioDevicePropertySafetyOffset,                   sided,   master,   single, word,                  zero,                   nullptr},
+    {kAudioDevicePropertyBufferFrameSize,                any,     master,   single, word,                  getSlice,               setSlice},
+    {kAudioDevicePropertyBufferFrameSizeRange,           any,     master,   single, range,                 getSliceRange,          nullptr},
+    {kAudioDevicePropertyBufferSize,                     present, master,   single, word,                  getSliceBytes,          setSliceBytes},
+    {kAudioDevicePropertyBufferSizeRange,                present, master,   single, range,                 getSliceBytesRange,     nullptr},
+    {kAudioDevicePropertySupportsMixing,                 any,     master,   single, word,                  one,                    nullptr},
+    {kAudioDevicePropertyIOCycleUsage,                   any,     master,   single, sizeof(Float32),       getUsage,               setUsage},
+    {kAudioDevicePropertyIOProcStreamUsage,              sided,   master,   single, sizeof(AudioHardwareIOProcStreamUsage), getStreamUsage, setStreamUsage},
+    {kAudioDevicePropertyNominalSampleRate,              any,     master,   single, sizeof(Float64),       getRate,                setRate},
+    {kAudioDevicePropertyActualSampleRate,               any,     master,   single, sizeof(Float64),       getRate,                nullptr},
+    {kAudioDevicePropertyAvailableNominalSampleRates,    any,     master,   many,   range,                 getRates,               nullptr},
 
-    {kAudioDevicePropertyStreams, sided, master, many, word, getStreams, nullptr},
-    {kAudioDevicePropertyStreamConfiguration, sided, master, whole, 0, getStreamConfiguration, nullptr},
-    {kAudioDevicePropertyStreamFormat, present, both, single, format, getFormat, setFormat},
-    {kAudioDevicePropertyStreamFormats, present, both, many, format, getFormats, nullptr},
-    {kAudioDevicePropertyStreamFormatSupported, present, both, single, format, getFormatSupported, nullptr},
-    {kAudioDevicePropertyStreamFormatMatch, present, both, single, format, getFormatMatch, nullptr},
-    {kAudioDevicePropertyPreferredChannelsForStereo, present, master, single, sizeof(Pair), getStereoPair,
-     nullptr},
-    {kAudioDevicePropertyPreferredChannelLayout, present, master, single, sizeof(AudioChannelLayout),
-     getChannelLayout, nullptr},
+    {kAudioDevicePropertyStreams,                        sided,   master,   many,   word,                  getStreams,             nullptr},
+    {kAudioDevicePropertyStreamConfiguration,            sided,   master,   whole,  0,                     getStreamConfiguration, nullptr},
+    {kAudioDevicePropertyStreamFormat,                   present, both,     single, format,                getFormat,              setFormat},
+    {kAudioDevicePropertyStreamFormats,                  present, both,     many,   format,                getFormats,             nullptr},
+    {kAudioDevicePropertyStreamFormatSupported,          present, both,     single, format,                getFormatSupported,     nullptr},
+    {kAudioDevicePropertyStreamFormatMatch,              present, both,     single, format,                getFormatMatch,         nullptr},
+    {kAudioDevicePropertyPreferredChannelsForStereo,     present, master,   single, sizeof(Pair),          getStereoPair,          nullptr},
+    {kAudioDevicePropertyPreferredChannelLayout,         present, master,   single, sizeof(AudioChannelLayout), getChannelLayout,  nullptr},
 };
-// Clang-format on.
+// clang-format on
 
 } // namespace
 

@@ -1,5 +1,4 @@
-// The capture to the file that KVX_AUDIO_CAPTURE names. It begins with the first start of the default output
-// device.
+// The capture to the file that KVX_AUDIO_CAPTURE names, from the first start of the default output device.
 #pragma once
 
 #include "platform/hal/device.h"

@@ -74,7 +74,7 @@ void findDevices(DeviceList& list)
     const DeviceRef output = initialOutput(list, choice);
     list.setInRole(Role::output, output->id);
     list.setInRole(Role::systemOutput, output->id);
-    list.moveRoles(); // gives the input role to a device
+    list.moveRoles(); // makes a device the default input
 }
 
 void addDevice(const DeviceRef& device)

@@ -1,4 +1,4 @@
-// Finds the devices of this machine: at the first use of the device list, and when a program refreshes the
+// Finds the devices of this machine at the first use of the device list and when a program refreshes the
 // list.
 #pragma once
 

@@ -44,8 +44,7 @@ bool tidy(const DeviceRef& device)
         isTidy = device->procs.sweep();
         forgetIfUnused(device);
     }
-    // A start requested inside a cycle has already returned success, so a later failure shows as the device's
-    // death.
+    // A start requested inside a cycle has returned success, so a later failure shows as the device's death.
     if (!isDriven) markDead(device);
     if (!isTidy) device->hasRemovedProcs = true;
     if (hasNewState) {
@@ -78,8 +77,7 @@ void run()
     }
 }
 
-/// Close the hardware of stopped devices after their last frame, also when the process ends right after the
-/// stop.
+/// At the end of the process, close the hardware of stopped devices after their last frame.
 void closeStoppedHardware()
 {
     for (const DeviceRef& device : devicesForProcs()) {

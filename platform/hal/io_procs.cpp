@@ -27,7 +27,7 @@ DeviceRef findForProcs(AudioDeviceID id)
     return findDeviceForProcs(id);
 }
 
-/// Call `use` with the procedure's IOProc record. Returns false if the device has no such procedure.
+/// Call `use` with the procedure's IOProc object. Returns false if the device has no such procedure.
 template <class Use>
 bool withProc(Device& device, AudioDeviceIOProcID id, Pick pick, Use use)
 {
@@ -103,8 +103,7 @@ OSStatus remove(AudioDeviceID id, AudioDeviceIOProcID proc, bool hasUniqueID)
     return noErr;
 }
 
-/// One start or stop of a procedure. `proc` is valid while `control` is held or the procedure's call is in
-/// progress.
+/// One start or stop of a procedure. `proc` is valid while `control` is held or during the procedure's call.
 struct Transition {
     IOProc* proc = nullptr; ///< the procedure; null for a start or stop of the device itself
     bool isChange = false;  ///< false if the procedure was already started or stopped
@@ -136,8 +135,7 @@ OSStatus makeTransition(Device& device, AudioDeviceIOProcID proc, bool isStarted
     return isFound && isPresent ? OSStatus{noErr} : OSStatus{kAudioHardwareIllegalOperationError};
 }
 
-/// Undo a start. It undoes the start of exactly that IOProc record, because other records may have the same
-/// ID.
+/// Undo a start of exactly the IOProc object that was started, because other IOProcs may have the same ID.
 void undoStart(Device& device, const Transition& made)
 {
     if (!made.isChange) return;

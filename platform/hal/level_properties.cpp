@@ -1,5 +1,5 @@
-// The level properties of a device: a volume and a mute for each output channel, and one mute for all
-// channels.
+// The level properties of a device: a volume and a mute for each output channel, and one mute for all of
+// them.
 #include "platform/hal/property_tables.h"
 
 #include <iterator>
@@ -61,24 +61,17 @@ OSStatus setMute(const Request& r, const Bytes& value, Consequences& consequence
 
 constexpr UInt32 number = sizeof(Float32);
 
-// Clang-format off.
+// clang-format off
 constexpr Property rows[] = {
-    // Selector                                     side          elements                     extent size get
-    // set.
-    {kAudioDevicePropertyVolumeScalar, Side::output, Elements::channels, Extent::one, number, getScalar,
-     setScalar},
-    {kAudioDevicePropertyVolumeDecibels, Side::output, Elements::channels, Extent::one, number, getDecibels,
-     setDecibels},
-    {kAudioDevicePropertyVolumeRangeDecibels, Side::output, Elements::channels, Extent::one,
-     sizeof(AudioValueRange), getRange, nullptr},
-    {kAudioDevicePropertyVolumeScalarToDecibels, Side::output, Elements::channels, Extent::one, number,
-     convertToDecibels, nullptr},
-    {kAudioDevicePropertyVolumeDecibelsToScalar, Side::output, Elements::channels, Extent::one, number,
-     convertToScalar, nullptr},
-    {kAudioDevicePropertyMute, Side::output, Elements::masterAndChannels, Extent::one, sizeof(UInt32),
-     getMute, setMute},
+    // selector                                     side          elements                     extent       size                     get                set
+    {kAudioDevicePropertyVolumeScalar,              Side::output, Elements::channels,          Extent::one, number,                  getScalar,         setScalar},
+    {kAudioDevicePropertyVolumeDecibels,            Side::output, Elements::channels,          Extent::one, number,                  getDecibels,       setDecibels},
+    {kAudioDevicePropertyVolumeRangeDecibels,       Side::output, Elements::channels,          Extent::one, sizeof(AudioValueRange), getRange,          nullptr},
+    {kAudioDevicePropertyVolumeScalarToDecibels,    Side::output, Elements::channels,          Extent::one, number,                  convertToDecibels, nullptr},
+    {kAudioDevicePropertyVolumeDecibelsToScalar,    Side::output, Elements::channels,          Extent::one, number,                  convertToScalar,   nullptr},
+    {kAudioDevicePropertyMute,                      Side::output, Elements::masterAndChannels, Extent::one, sizeof(UInt32),          getMute,           setMute},
 };
-// Clang-format on.
+// clang-format on
 
 } // namespace
 

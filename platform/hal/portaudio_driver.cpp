@@ -31,8 +31,8 @@ std::atomic<int> openStreams{0};
 std::vector<std::shared_ptr<HardwareStream>>& endedStreams =
     *new std::vector<std::shared_ptr<HardwareStream>>;
 
-constexpr std::int64_t longestSilenceNanos =
-    2'000'000'000; // much longer than the time between two callbacks of a running stream
+// Much longer than the time between two callbacks of a running stream.
+constexpr std::int64_t longestSilenceNanos = 2'000'000'000;
 
 /// Keep a stream that cannot be closed, and never use it again. The caller holds portAudioLock.
 void abandon(std::shared_ptr<HardwareStream> hardware)

@@ -36,7 +36,7 @@ void silenceMessages()
 }
 
 /// Redirects standard error to /dev/null while this object exists, because JACK's database has no message
-/// handler to replace and reports a server of the other architecture.
+/// handler to replace and reports a server of the other architecture (32 or 64 bits).
 class SilencedStandardError {
 public:
     SilencedStandardError() : kept_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))

@@ -1,5 +1,4 @@
-// Starts, stops and calls PortAudio. If the sound server does not respond, a caller is blocked for at most 5
-// seconds.
+// Starts, stops and calls PortAudio. If the sound server does not respond, a caller waits at most 5 seconds.
 #pragma once
 
 #include <functional>

@@ -1,4 +1,4 @@
-// The list of a device's procedures. Any thread may change the list; the device's cycles read it without a
+// The list of a device's procedures: any thread may change it, and the device's cycles read it without a
 // mutex.
 #pragma once
 

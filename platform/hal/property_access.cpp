@@ -170,8 +170,7 @@ OSStatus accept(const Property& row, const Request& request, const Bytes& value,
     return status;
 }
 
-/// A copy of the bytes in the caller's buffer. They may be input of a getter too, for a format or a
-/// translation.
+/// A copy of the caller's buffer. The buffer of a getter may hold input too, such as a translation.
 Bytes bytesOf(const void* data, UInt32 size)
 {
     const auto* const bytes = static_cast<const char*>(data);

@@ -1,5 +1,4 @@
-// The public functions that get and set properties, through either property interface, and those of
-// listeners.
+// The public functions of both property interfaces, and those that add and remove property listeners.
 #include "platform/hal/listeners.h"
 #include "platform/hal/property_access.h"
 #include "platform/support/border.h"

@@ -77,16 +77,15 @@ constexpr Elements master = Elements::master;
 constexpr Extent single = Extent::one, many = Extent::many;
 constexpr UInt32 word = sizeof(UInt32), translation = sizeof(AudioValueTranslation);
 
-// Clang-format off.
+// clang-format off
 constexpr Property rows[] = {
-    // Selector                                       side     elements extent  size         get set.
-    {kAudioDevicePropertyDataSource, present, master, single, word, getSource, setSource},
-    {kAudioDevicePropertyDataSources, present, master, many, word, getSources, nullptr},
-    {kAudioDevicePropertyDataSourceNameForID, present, master, single, translation, getSourceName, nullptr},
-    {kAudioDevicePropertyDataSourceNameForIDCFString, present, master, single, translation, getSourceName,
-     nullptr},
+    // selector                                       side     elements extent  size         get            set
+    {kAudioDevicePropertyDataSource,                  present, master,  single, word,        getSource,     setSource},
+    {kAudioDevicePropertyDataSources,                 present, master,  many,   word,        getSources,    nullptr},
+    {kAudioDevicePropertyDataSourceNameForID,         present, master,  single, translation, getSourceName, nullptr},
+    {kAudioDevicePropertyDataSourceNameForIDCFString, present, master,  single, translation, getSourceName, nullptr},
 };
-// Clang-format on.
+// clang-format on
 
 } // namespace
 

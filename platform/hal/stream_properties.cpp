@@ -39,25 +39,24 @@ constexpr Extent single = Extent::one, many = Extent::many;
 constexpr UInt32 word = sizeof(UInt32), format = sizeof(AudioStreamBasicDescription);
 constexpr UInt32 ranged = sizeof(AudioStreamRangedDescription);
 
-// Clang-format off.
+// clang-format off
 constexpr Property rows[] = {
-    // Selector                                    side elements extent  size    get                 set.
-    {kAudioObjectPropertyClass, any, master, single, word, putConstant<AudioClassID, kAudioStreamClassID>,
-     nullptr},
-    {kAudioStreamPropertyOwningDevice, any, master, single, word, getOwner, nullptr},
-    {kAudioStreamPropertyDirection, any, master, single, word, getDirection, nullptr},
-    {kAudioStreamPropertyTerminalType, any, master, single, word, getTerminal, nullptr},
-    {kAudioStreamPropertyStartingChannel, any, master, single, word, one, nullptr},
-    {kAudioStreamPropertyLatency, any, master, single, word, zero, nullptr},
-    {kAudioStreamPropertyVirtualFormat, any, master, single, format, getFormat, setFormat},
-    {kAudioStreamPropertyAvailableVirtualFormats, any, master, many, ranged, getRangedFormats, nullptr},
-    {kAudioStreamPropertyPhysicalFormat, any, master, single, format, getFormat, setFormat},
-    {kAudioStreamPropertyAvailablePhysicalFormats, any, master, many, ranged, getRangedFormats, nullptr},
-    {kAudioStreamPropertyPhysicalFormats, any, master, many, format, getFormats, nullptr},
-    {kAudioStreamPropertyPhysicalFormatSupported, any, master, single, format, getFormatSupported, nullptr},
-    {kAudioStreamPropertyPhysicalFormatMatch, any, master, single, format, getFormatMatch, nullptr},
+    // selector                                    side elements extent  size    get                 set
+    {kAudioObjectPropertyClass,                    any, master,  single, word,   putConstant<AudioClassID, kAudioStreamClassID>, nullptr},
+    {kAudioStreamPropertyOwningDevice,             any, master,  single, word,   getOwner,           nullptr},
+    {kAudioStreamPropertyDirection,                any, master,  single, word,   getDirection,       nullptr},
+    {kAudioStreamPropertyTerminalType,             any, master,  single, word,   getTerminal,        nullptr},
+    {kAudioStreamPropertyStartingChannel,          any, master,  single, word,   one,                nullptr},
+    {kAudioStreamPropertyLatency,                  any, master,  single, word,   zero,               nullptr},
+    {kAudioStreamPropertyVirtualFormat,            any, master,  single, format, getFormat,          setFormat},
+    {kAudioStreamPropertyAvailableVirtualFormats,  any, master,  many,   ranged, getRangedFormats,   nullptr},
+    {kAudioStreamPropertyPhysicalFormat,           any, master,  single, format, getFormat,          setFormat},
+    {kAudioStreamPropertyAvailablePhysicalFormats, any, master,  many,   ranged, getRangedFormats,   nullptr},
+    {kAudioStreamPropertyPhysicalFormats,          any, master,  many,   format, getFormats,         nullptr},
+    {kAudioStreamPropertyPhysicalFormatSupported,  any, master,  single, format, getFormatSupported, nullptr},
+    {kAudioStreamPropertyPhysicalFormatMatch,      any, master,  single, format, getFormatMatch,     nullptr},
 };
-// Clang-format on.
+// clang-format on
 
 } // namespace
 

@@ -85,36 +85,27 @@ constexpr auto one = putConstant<UInt32, 1>;
 constexpr Side none = Side::none;
 constexpr Elements master = Elements::master;
 
-// Clang-format off.
+// clang-format off
 constexpr Property rows[] = {
-    // Selector                                          side  elements extent        size get set.
-    {kAudioHardwarePropertyDevices, none, master, Extent::many, sizeof(AudioDeviceID), getDevices, nullptr},
-    {kAudioHardwarePropertyDefaultOutputDevice, none, master, Extent::one, sizeof(AudioDeviceID),
-     getRole<Role::output>, setRole<Role::output>},
-    {kAudioHardwarePropertyDefaultSystemOutputDevice, none, master, Extent::one, sizeof(AudioDeviceID),
-     getRole<Role::systemOutput>, setRole<Role::systemOutput>},
-    {kAudioHardwarePropertyDefaultInputDevice, none, master, Extent::one, sizeof(AudioDeviceID),
-     getRole<Role::input>, setRole<Role::input>},
-    {kAudioHardwarePropertyDeviceForUID, none, master, Extent::one, sizeof(AudioValueTranslation),
-     getDeviceForUID, nullptr},
-    {kAudioHardwarePropertySleepingIsAllowed, none, master, Extent::one, sizeof(UInt32),
-     getWord<isSleepingAllowed>, setWord<isSleepingAllowed>},
-    {kAudioHardwarePropertyUnloadingIsAllowed, none, master, Extent::one, sizeof(UInt32),
-     getWord<isUnloadingAllowed>, setWord<isUnloadingAllowed>},
-    {kAudioHardwarePropertyProcessIsMaster, none, master, Extent::one, sizeof(UInt32), one, nullptr},
-    {kAudioHardwarePropertyIsInitingOrExiting, none, master, Extent::one, sizeof(UInt32), zero, nullptr},
-    {kAudioHardwarePropertyProcessIsAudible, none, master, Extent::one, sizeof(UInt32), one, nullptr},
-    {kAudioHardwarePropertyHogModeIsAllowed, none, master, Extent::one, sizeof(UInt32), one, nullptr},
-    {kAudioHardwarePropertyUserSessionIsActiveOrHeadless, none, master, Extent::one, sizeof(UInt32), one,
-     nullptr},
-    {kAudioHardwarePropertyMixStereoToMono, none, master, Extent::one, sizeof(UInt32), zero, nullptr},
-    {kAudioObjectPropertyClass, none, master, Extent::one, sizeof(AudioClassID),
-     putConstant<AudioClassID, kAudioSystemObjectClassID>, nullptr},
-    {kAudioObjectPropertyOwner, none, master, Extent::one, sizeof(AudioObjectID),
-     putConstant<AudioObjectID, kAudioObjectUnknown>, nullptr},
-    {kAudioObjectPropertyOwnedObjects, none, master, Extent::many, sizeof(AudioObjectID), getOwned, nullptr},
+    // selector                                          side  elements extent        size                           get                           set
+    {kAudioHardwarePropertyDevices,                      none, master,  Extent::many, sizeof(AudioDeviceID),         getDevices,                   nullptr},
+    {kAudioHardwarePropertyDefaultOutputDevice,          none, master,  Extent::one,  sizeof(AudioDeviceID),         getRole<Role::output>,        setRole<Role::output>},
+    {kAudioHardwarePropertyDefaultSystemOutputDevice,    none, master,  Extent::one,  sizeof(AudioDeviceID),         getRole<Role::systemOutput>,  setRole<Role::systemOutput>},
+    {kAudioHardwarePropertyDefaultInputDevice,           none, master,  Extent::one,  sizeof(AudioDeviceID),         getRole<Role::input>,         setRole<Role::input>},
+    {kAudioHardwarePropertyDeviceForUID,                 none, master,  Extent::one,  sizeof(AudioValueTranslation), getDeviceForUID,              nullptr},
+    {kAudioHardwarePropertySleepingIsAllowed,            none, master,  Extent::one,  sizeof(UInt32),                getWord<isSleepingAllowed>,   setWord<isSleepingAllowed>},
+    {kAudioHardwarePropertyUnloadingIsAllowed,           none, master,  Extent::one,  sizeof(UInt32),                getWord<isUnloadingAllowed>,  setWord<isUnloadingAllowed>},
+    {kAudioHardwarePropertyProcessIsMaster,              none, master,  Extent::one,  sizeof(UInt32),                one,                          nullptr},
+    {kAudioHardwarePropertyIsInitingOrExiting,           none, master,  Extent::one,  sizeof(UInt32),                zero,                         nullptr},
+    {kAudioHardwarePropertyProcessIsAudible,             none, master,  Extent::one,  sizeof(UInt32),                one,                          nullptr},
+    {kAudioHardwarePropertyHogModeIsAllowed,             none, master,  Extent::one,  sizeof(UInt32),                one,                          nullptr},
+    {kAudioHardwarePropertyUserSessionIsActiveOrHeadless,none, master,  Extent::one,  sizeof(UInt32),                one,                          nullptr},
+    {kAudioHardwarePropertyMixStereoToMono,              none, master,  Extent::one,  sizeof(UInt32),                zero,                         nullptr},
+    {kAudioObjectPropertyClass,                          none, master,  Extent::one,  sizeof(AudioClassID),          putConstant<AudioClassID, kAudioSystemObjectClassID>, nullptr},
+    {kAudioObjectPropertyOwner,                          none, master,  Extent::one,  sizeof(AudioObjectID),         putConstant<AudioObjectID, kAudioObjectUnknown>,      nullptr},
+    {kAudioObjectPropertyOwnedObjects,                   none, master,  Extent::many, sizeof(AudioObjectID),         getOwned,                     nullptr},
 };
-// Clang-format on.
+// clang-format on
 
 } // namespace
 

@@ -121,7 +121,7 @@ TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
                 return fact.takesTheRecord ? !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST)
                                            : isSilent(record);
             });
-            // Time in which an action that wrongly does not wait would go on.
+            // During these yields an action that wrongly does not wait would continue.
             for (int yields = 0; yields < 100; ++yields) std::this_thread::yield();
             isOver = true;
             return noErr;
@@ -328,7 +328,7 @@ TEST_F(SoundStreamHazard, ACompletionRoutineMayCloseInitialiseOrDestroy)
         SCOPED_TRACE(fact.what);
         begin();
         Byte samples[64] = {};
-        // The samples' description belongs to the mixer and is invalid once the mixer is closed.
+        // The SoundComponentData belongs to the mixer and is invalid after the mixer is closed.
         auto data = std::make_unique<SoundComponentData>(
             SoundComponentData{0, 'sowt', 2, 16, 0xAC440000, 16, samples, 0});
         sound_spy::answer("CloseMixerSoundComponent").during = [&] { data->sampleCount = 0x7FFFFFFF; };

@@ -1,6 +1,6 @@
 // Replaces the platform functions that the sound bridge calls: those of components, handles, the mixer of
 // classic sound, converters and output units. In a test program that links sound_spy.cpp and exports its
-// symbols, this file handles these calls instead of libkvxplatform.
+// symbols, sound_spy.cpp handles these calls instead of libkvxplatform.
 //
 // Every call is recorded as text, in order and with all its arguments:
 //

@@ -31,7 +31,7 @@ protected:
     /// test runs in its own process.
     void plug(std::vector<FakeDevice> plugged)
     {
-        setenv("KVX_AUDIO_DEVICE", "", 1); // an empty variable chooses no device
+        setenv("KVX_AUDIO_DEVICE", "", 1); // an empty KVX_AUDIO_DEVICE chooses no device
         change(std::move(plugged));
     }
     void change(std::vector<FakeDevice> plugged)
@@ -179,9 +179,8 @@ TEST_F(Hardware, IsClosedAfterAFailedStart)
 {
     plug({{"Box"}});
     Procedure procedure(defaultOutput(), [](const Call&) {});
-    const int openedBefore = fake_.opened,
-              // The counts include the stream that the device search opened on the default device.
-        closedBefore = fake_.closed;
+    // The counts include the stream that the device search opened on the default device.
+    const int openedBefore = fake_.opened, closedBefore = fake_.closed;
     fake_.startsToRefuse = 1;
     EXPECT_NE(procedure.start(), noErr);
     EXPECT_EQ(fake_.opened, openedBefore + 1);

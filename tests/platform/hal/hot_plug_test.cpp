@@ -1,5 +1,4 @@
-// Devices that are plugged in and unplugged: notifications, default devices, and concurrent reads of
-// properties.
+// Devices that are plugged in and unplugged: notifications, default devices, and concurrent property reads.
 #include "tests/platform/hal/recording_listener.h"
 
 #include <memory>

@@ -56,7 +56,7 @@ TEST(Listeners, DoNotReceiveUnchangedValues)
 {
     Device device;
     RecordingListener listener(device, address(anySelector, anyScope, anyElement));
-    set<Float32>(device, volume(1), 1.0f); // the volume keeps its value
+    set<Float32>(device, volume(1), 1.0f); // the volume has this value already
     set<UInt32>(device, address(kAudioDevicePropertyBufferFrameSize), 64);
     set<Float32>(device, volume(2), 0.5f);
     waitFor([&] { return listener.count() > 0; });

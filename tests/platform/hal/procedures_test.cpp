@@ -93,9 +93,8 @@ TEST(Procedures, AreNotCalledAfterAStopFromAnotherThread)
             Procedure procedure(device, [&](const Call&) {
                 isInside = true;
                 if (!mayBeCalled) hasErred = true;
-                std::this_thread::sleep_for(
-                    // The call lasts long enough for a stop while it is in progress.
-                    std::chrono::microseconds(200));
+                // The call lasts long enough for a stop request during the call.
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
                 isInside = false;
             });
             ASSERT_EQ(procedure.start(), noErr);

@@ -66,7 +66,7 @@ struct Setting {
     Of object;
     AudioObjectPropertyAddress at;
     std::vector<char> value;
-    Notifications received; ///< notifications of the object itself
+    Notifications received; ///< expected notifications to a listener of the object itself
 };
 
 const Notifications newRate = {"nsrt glob 0", "asrt glob 0", "sfmt glob 0"};
@@ -133,8 +133,8 @@ TEST(Setting, IsReadBackAndNotifiedOnce)
         set<UInt32>(systemObject, address(static_cast<UInt32>(selector)), selector == 'slep');
 }
 
-// The device and its streams have one common rate, so a change at any of these objects notifies listeners of
-// all.
+// The device and its streams have one common rate, so a change at one of these objects notifies the listeners
+// of all these objects.
 TEST(Setting, RateNotifiesDeviceAndStream)
 {
     Device device;
@@ -338,7 +338,7 @@ TEST(Setting, DataSourceChangesTheTerminalType)
     const AudioStreamID stream = streamOf(device);
     const struct {
         UInt32 source, terminal;
-        Notifications received; ///< notifications of the stream
+        Notifications received; ///< expected notifications to a listener of the stream
     } facts[] = {
         {'spkr', 'spkr', {}},
         {'hdpn', 'hdph', {"term glob 0"}},

@@ -14,7 +14,7 @@ using namespace haltest;
 
 constexpr AudioObjectPropertyScope scopes[] = {
     kAudioObjectPropertyScopeGlobal, kAudioDevicePropertyScopeInput, kAudioDevicePropertyScopeOutput};
-constexpr UInt32 elements = 4; // number of tested elements, 0 to 3
+constexpr UInt32 elements = 4; // number of tested elements: elements 0 to 3
 
 /// The expected value of a selector, and the addresses at which the property is present.
 struct Fact {
@@ -79,7 +79,7 @@ const Fact outputFacts[] = {
     {'bsz#', atOutput,         range,       fixed,    "8..65536"},
     {'mix?', anywhere,         word,        fixed,    "1"},
     {'ncyc', anywhere,         word,        settable, "1"},
-    // The status without a procedure in the caller's buffer.
+    // The expected status, because the caller's buffer names no procedure.
     {'suse', anywhere,         usage,       settable, "=nope"},
     {'nsrt', anywhere,         rate,        settable, "12345"},
     {'asrt', anywhere,         rate,        fixed,    "12345"},
@@ -100,12 +100,12 @@ const Fact outputFacts[] = {
     {'volm', ".xx. .... .xx.", word,        settable, "1"},
     {'vold', ".xx. .... .xx.", word,        settable, "0"},
     {'vdb#', ".xx. .... .xx.", range,       fixed,    "-64..0"},
-    {'v2db', ".xx. .... .xx.", word,        fixed,    "-64"}, // decibels of a scalar of 0
-    {'db2v', ".xx. .... .xx.", word,        fixed,    "1"}, // scalar of 0 dB
+    {'v2db', ".xx. .... .xx.", word,        fixed,    "-64"}, // expected decibels for a scalar of 0
+    {'db2v', ".xx. .... .xx.", word,        fixed,    "1"}, // expected scalar for 0 dB
     {'mute', "xxx. .... xxx.", word,        settable, "0"},
     {'ssrc', atOutput,         word,        settable, "spkr"},
     {'ssc#', atOutput,         word * 2,    fixed,    "spkr hdpn"},
-    {'sscn', atOutput,         translation, fixed,    "=!siz"}, // the status for an empty translation
+    {'sscn', atOutput,         translation, fixed,    "=!siz"}, // expected status for an empty translation
     {'lscn', atOutput,         translation, fixed,    "=!siz"},
 };
 
@@ -298,7 +298,7 @@ std::string print(const AudioStreamBasicDescription& f)
     return line;
 }
 
-/// The text of a string, which the function releases.
+/// Return the text of a string, and release the string.
 std::string printString(CFStringRef value)
 {
     if (!value) return "(none)";
