@@ -8,7 +8,7 @@ namespace {
 
 struct Answer {
     OSType selector;
-    bool isList; ///< true: the answer is a SoundInfoList with one value
+    bool isList; ///< whether the answer is a SoundInfoList with one value
     Size bytes;
     UInt32 value;
 };
@@ -27,7 +27,7 @@ const Answer answers[] = {
 
 struct Setting {
     OSType selector;
-    /// True: `info` points to a 32-bit value; false: the low 16 bits of `info` are the value.
+    /// Whether `info` points to a 32-bit value; otherwise the low 16 bits of `info` are the value.
     bool isPointedTo;
     UInt32 value;
     OSErr refusal;

@@ -11,7 +11,7 @@ namespace {
 
 ComponentResult CanDo(QTSoundStreamGlobals* globals, SInt16 selector);
 
-// Result if a platform call throws, because then it is out of memory.
+// Result after a platform call has thrown an exception, which means that the platform is out of memory.
 constexpr ComponentResult failure = memFullErr;
 
 struct Selector {
@@ -27,21 +27,21 @@ ProcPtr handler()
     return reinterpret_cast<ProcPtr>(catchingAll<function, failure>);
 }
 
-// CanDo denies stop and pause although the component supports both, because existing clients rely on that
-// result.
+// CanDo denies stop and pause although the component supports both, because clients rely on that result.
+// clang-format off
 const Selector selectors[] = {
     // selector                                  handler                      sizes    can do
-    {kComponentVersionSelect, handler<Version>(), 0x00F0, true},
-    {kComponentCanDoSelect, handler<CanDo>(), 0x02F0, true},
-    {kComponentCloseSelect, handler<Close>(), 0x03F0, true},
-    {kComponentOpenSelect, handler<Open>(), 0x03F0, true},
-    {kSoundComponentInitOutputDeviceSelect, handler<InitOutputDevice>(), 0x03F0, true},
-    {kSoundComponentGetInfoSelect, handler<GetInfo>(), 0x3FF0, true},
-    {kSoundComponentSetInfoSelect, handler<SetInfo>(), 0x3FF0, true},
-    {kSoundComponentStartSourceSelect, handler<StartSource>(), 0x0EF0, true},
-    {kSoundComponentStopSourceSelect, handler<StopSource>(), 0x0EF0, false},
-    {kSoundComponentPauseSourceSelect, handler<PauseSource>(), 0x0EF0, false},
-    {kSoundComponentPlaySourceBufferSelect, handler<PlaySourceBuffer>(), 0x3FF0, true},
+    {kComponentVersionSelect,                    handler<Version>(),          0x00F0,  true},
+    {kComponentCanDoSelect,                      handler<CanDo>(),            0x02F0,  true},
+    {kComponentCloseSelect,                      handler<Close>(),            0x03F0,  true},
+    {kComponentOpenSelect,                       handler<Open>(),             0x03F0,  true},
+    {kSoundComponentInitOutputDeviceSelect,      handler<InitOutputDevice>(), 0x03F0,  true},
+    {kSoundComponentGetInfoSelect,               handler<GetInfo>(),          0x3FF0,  true},
+    {kSoundComponentSetInfoSelect,               handler<SetInfo>(),          0x3FF0,  true},
+    {kSoundComponentStartSourceSelect,           handler<StartSource>(),      0x0EF0,  true},
+    {kSoundComponentStopSourceSelect,            handler<StopSource>(),       0x0EF0,  false},
+    {kSoundComponentPauseSourceSelect,           handler<PauseSource>(),      0x0EF0,  false},
+    {kSoundComponentPlaySourceBufferSelect,      handler<PlaySourceBuffer>(), 0x3FF0,  true},
 };
 // clang-format on
 

@@ -116,7 +116,7 @@ private:
 
     Record* first_ = nullptr;
     int lookups_ = 0; ///< number of lookups in progress; each takes a few instructions
-    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< held while a record is linked or unlinked
+    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< mutex, held while a record is linked or unlinked
 };
 
 } // namespace soundstream

@@ -17,10 +17,10 @@ struct SoundStreamData {
     StreamState* state;
     HostBoolean ownsState;  ///< whether the destructor frees the state. Host programs may write this field
     AudioUnit attachedUnit; ///< the output unit attached last, or null
-    /// last platform status; -1 while a method runs. The class data's layout requires the field; no code
-    /// reads it
+    /// Last platform status, or -1 while a method runs. No code reads this field, but the class data's layout
+    /// requires the field.
     HostInteger lastStatus;
-    Word unused; ///< always zero; the class data's layout requires the field
+    Word unused; ///< unused field, always zero; the class data's layout requires the field
 };
 static_assert(sizeof(void*) != 4 || sizeof(SoundStreamData) == 20, "the size declared to the host");
 

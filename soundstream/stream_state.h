@@ -54,7 +54,7 @@ struct QTSoundStreamGlobals {
     /// The component's record, in use by this instance; null if the component was unregistered before Open.
     RefconRecord* refcon;
 
-    bool isMixerChanging; ///< the mixer is being replaced, so the render thread renders silence. Published
+    bool isMixerChanging; ///< whether the mixer is being replaced, so that silence is rendered. Published
     int inputsEnded;      ///< number of times that `sourceData` became invalid. Relaxed
     int users;            ///< user count: the open instance, each request in progress
     QTSoundStreamGlobals* next; ///< next instance in liveInstances; after removal, next in closedInside

@@ -74,8 +74,8 @@ Capture::~Capture()
 void Capture::write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait)
 {
     const bool isEmpty = written_.load(std::memory_order_relaxed) == 0;
-    // A capture without samples may be opened during a change of settings, so a different form of its first
-    // slice does not end it.
+    // A capture may be opened during a change of settings, so a slice of another form does not end a capture
+    // that has no samples yet.
     if (isEmpty) hasChanged_ = false;
     if (!(form == form_)) hasChanged_ = true;
     if (hasChanged_ || failure_.load(std::memory_order_relaxed) != 0) return;

@@ -16,7 +16,8 @@ using namespace kvxplatform::hal;
 namespace {
 
 thread_local std::string errorText;
-thread_local bool isOutOfResources = false; ///< the last error is a lack of memory, whose text is a constant
+/// Whether the last error is a lack of memory, whose text is a constant.
+thread_local bool isOutOfResources = false;
 
 int32_t fail(OSStatus status, const std::string& text)
 {
@@ -103,7 +104,7 @@ void setDriver(const DeviceRef& device, Driver driver)
 {
     {
         const std::lock_guard<std::mutex> control(device->control);
-        // The timer thread keeps a device whose output is discarded.
+        // A device whose output is discarded keeps the timer thread as its driver.
         if (!device->isDiscarding) handOver(device, driver);
     }
     device->scope.wait(); // the last cycle of the former driver may still be in progress

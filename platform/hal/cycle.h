@@ -1,4 +1,4 @@
-// One I/O cycle: calls a device's procedures for one slice of time and mixes their output.
+// One I/O cycle: calls a device's procedures for one slice of frames and mixes the procedures' output.
 #pragma once
 
 #include "platform/hal/device.h"

@@ -36,7 +36,7 @@ struct Device {
     std::string name, manufacturer, uid;
     UInt32 transport = 0;
     bool isSimulated = false;
-    bool isOfServer = false; ///< the device belongs to the JACK server and ends together with it
+    bool isOfServer = false; ///< whether the device ends together with the JACK server
 
     // ---- guarded by propertyLock ----
     Settings settings;
@@ -53,18 +53,18 @@ struct Device {
 
     // ---- guarded by `control` ----
 
-    /// Serialises start, stop and new settings; not held while a thread waits for a procedure's call to end.
+    /// Mutex that serialises start, stop and new settings; not held during a wait for a procedure's call.
     std::mutex control;
     /// The open hardware stream, shared with a thread that closes it.
     std::shared_ptr<HardwareStream> hardware;
     Settings applied; ///< settings for which `buffers` are allocated
     bool hasTimerThread = false;
 
-    /// Held while a capture is finished, so a second caller returns only after the file is complete.
+    /// Mutex, held while a capture is finished, so a second caller returns only after the file is complete.
     std::mutex finishing;
 
     // ---- guarded by `cycleLock`: the state of the I/O cycles ----
-    std::mutex cycleLock; ///< held by the thread that runs cycles; contended only during a change of driver
+    std::mutex cycleLock; ///< mutex of the thread that runs cycles; contended only during a change of driver
     std::array<Glide, mostChannels> glides; ///< gain of each output channel
     UInt32 glidingChannels = 0;             ///< number of output channels in the latest cycle
     double sampleTime = 0;
@@ -77,7 +77,7 @@ struct Device {
     Published<const OutputSinks> sinks; ///< tap and captures; null without any
     std::array<std::atomic<float>, mostChannels> targetGains;
     std::atomic<Driver> driver{Driver::timer};
-    /// The device is dead or unplugged, so its cycles run but their output is discarded.
+    /// Whether the device is dead or unplugged, so that its cycles run but their output is discarded.
     std::atomic<bool> isDiscarding{false};
 
     // ---- published by the I/O cycles ----
@@ -87,7 +87,7 @@ struct Device {
     // ---- read and written by any thread ----
     std::atomic<int> starts{0};            ///< number of started procedures plus `startsWithoutProc`
     std::atomic<int> startsWithoutProc{0}; ///< number of starts of the device itself, without a procedure
-    /// The device was silent until now, so the gains do not glide in the first cycle.
+    /// Whether the device was silent until now, so that the gains do not glide in the first cycle.
     std::atomic<bool> hasJustStarted{true};
     std::atomic<OSStatus> startRefusal{noErr};
     std::atomic<bool> mustEnd{false}; ///< request to the timer thread to end

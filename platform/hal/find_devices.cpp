@@ -19,7 +19,7 @@ namespace {
 /// outlive main().
 struct Found {
     DeviceRef builtIn;
-    std::string hardwareError; ///< guarded by propertyLock
+    std::string hardwareError; ///< reason why PortAudio's devices could not be read; guarded by propertyLock
 };
 Found& found()
 {

@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint32_t floatTag = 3, extensibleTag = 0xFFFE;
 constexpr std::uint32_t sampleBytes = sizeof(float);
 
-// The bytes of the sub-format's identifier that follow its format tag.
+// The bytes of the WAV sub-format identifier after its format tag.
 constexpr unsigned char subFormatTail[] = {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
 
 // Speaker masks, indexed by the number of channels: left, right, centre, low frequencies, then back and side

@@ -17,8 +17,9 @@ struct HardwareStream {
     Device* device = nullptr;
     UInt32 channels = 0;
     void* stream = nullptr;
-    std::int64_t openedNanos = 0;         ///< time at which the stream was opened, on the host clock
-    std::atomic<bool> isAbandoned{false}; ///< the stream no longer responds, so it is never used again
+    std::int64_t openedNanos = 0; ///< time at which the stream was opened, on the host clock
+    /// Whether the stream no longer responds, so that the stream is never used again.
+    std::atomic<bool> isAbandoned{false};
 };
 
 namespace {
@@ -31,7 +32,7 @@ std::atomic<int> openStreams{0};
 std::vector<std::shared_ptr<HardwareStream>>& endedStreams =
     *new std::vector<std::shared_ptr<HardwareStream>>;
 
-// Much longer than the time between two callbacks of a running stream.
+// Time without a callback after which a running stream counts as ended; the callbacks come far more often.
 constexpr std::int64_t longestSilenceNanos = 2'000'000'000;
 
 /// Keep a stream that cannot be closed, and never use it again. The caller holds portAudioLock.

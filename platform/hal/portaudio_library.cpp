@@ -13,8 +13,9 @@ namespace kvxplatform::hal {
 
 namespace {
 
-bool isStarted = false;             // guarded by portAudioLock
-std::atomic<bool> isBlocked{false}; // changed only by the holder of portAudioLock
+bool isStarted = false; // whether PortAudio is started; guarded by portAudioLock
+// Whether a thread is blocked inside PortAudio; changed only by the holder of portAudioLock.
+std::atomic<bool> isBlocked{false};
 
 // ---- silence: ALSA and JACK, which PortAudio calls, print messages for every failed attempt ----
 

@@ -22,11 +22,12 @@ struct IOProc {
 
     const AudioDeviceIOProc proc;
     void* const client;
-    const bool hasUniqueID; ///< true: the ID is this object's address; false: the ID is `proc`
+    const bool hasUniqueID; ///< whether the ID is this object's address; otherwise the ID is `proc`
     std::atomic<bool> isStarted{false};
-    /// The procedure does not use the input or output stream.
+    /// Whether the procedure's input stream or output stream is switched off.
     std::atomic<bool> isInputOff{false}, isOutputOff{false};
-    std::atomic<bool> isRemoved{false}; ///< look-ups skip the procedure; it is freed when no cycle can use it
+    /// Whether the procedure is removed: look-ups skip it, and it is freed when no cycle can use it.
+    std::atomic<bool> isRemoved{false};
 
     AudioDeviceIOProcID id() const
     {
@@ -94,7 +95,7 @@ private:
     static IOProc* find(const List& list, AudioDeviceIOProcID id, Pick pick);
 
     const RenderScope& scope_;
-    mutable std::mutex lock_; ///< held by a thread that changes the list
+    mutable std::mutex lock_; ///< mutex of the threads that change the list
     Published<const List> list_{std::make_unique<const List>()};
 };
 

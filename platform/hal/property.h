@@ -13,8 +13,8 @@ namespace kvxplatform::hal {
 
 using Bytes = std::vector<char>;
 
-/// A request for one property of one object. The table has been checked: the element exists, and the
-/// requested side has channels if the table row requires channels.
+/// A request for one property of one object. The request agrees with the property table: the element exists,
+/// and the requested side has channels if the table row requires channels.
 struct Request {
     AudioObjectID object;
     DeviceRef device; ///< device of the object; null for the system object

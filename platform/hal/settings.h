@@ -9,7 +9,7 @@ constexpr double lowestRate = 1000, highestRate = 768000; // in Hz
 constexpr UInt32 mostChannels = 64;
 constexpr UInt32 smallestSlice = 1, largestSlice = 8192; // in frames
 
-/// Settings of a device. The rate is in Hz; the slice and the latency are in frames.
+/// Settings of a device. Rate in Hz; slice (length of one I/O cycle) and latency in frames.
 struct Settings {
     double rate = 44100;
     UInt32 outputChannels = 2;

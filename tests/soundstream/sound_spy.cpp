@@ -28,7 +28,7 @@ struct Thing {
 
 /// The memory of a handle. It has exactly the requested size, so that a sanitizer finds a write past its end.
 struct Block {
-    Ptr bytes; ///< must be the first field, because a handle is the address of this field
+    Ptr bytes; ///< address of the memory; the first field, because a handle is the address of this field
     std::unique_ptr<char[]> memory;
     std::size_t size;
     std::string name;
@@ -37,7 +37,7 @@ struct Block {
 
 std::recursive_mutex lock;
 Platform thePlatform;
-std::deque<Thing> things; // in a deque, because the objects must keep their addresses
+std::deque<Thing> things; // a deque, because its objects must keep their addresses
 std::deque<Block> blocks;
 std::map<std::string, int> made;
 std::map<const void*, std::string> names;

@@ -49,7 +49,7 @@ struct Platform {
     std::map<std::string, Answer> answers;
     /// Runs inside every platform call, after the call is recorded, with the function's name. May throw.
     std::function<void(const std::string&)> inEachCall;
-    /// Sets the result of SoundComponentGetSourceData. If this is null, the result keeps its value.
+    /// Sets the result of SoundComponentGetSourceData. Without this function the result keeps its value.
     std::function<void(SoundComponentDataPtr*)> nextData;
     /// Replaces AudioConverterFillComplexBuffer.
     std::function<OSStatus(const Filling&)> fill;

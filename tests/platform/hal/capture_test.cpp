@@ -30,17 +30,13 @@ Procedure::Body noise()
 
 TEST(Capture, EqualsTheOutput)
 {
+    // The last capture has more frames than the ring buffer.
     const struct {
         double rate;
         uint32_t channels, slice, frames;
     } facts[] = {
-        {44100, 2, 64, 1},
-        {44100, 1, 64, 1000},
-        {48000, 2, 512, 100003},
-        // 2000000 frames exceed the ring buffer.
-        {96000, 6, 100, 54321},
-        {8000, 1, 4096, 8000},
-        {44100, 2, 512, 2000000},
+        {44100, 2, 64, 1},      {44100, 1, 64, 1000},  {48000, 2, 512, 100003},
+        {96000, 6, 100, 54321}, {8000, 1, 4096, 8000}, {44100, 2, 512, 2000000},
     };
     support::TemporaryFolder folder;
     for (const auto& fact : facts) {
