@@ -6,7 +6,7 @@
 namespace kvxplatform::hal {
 
 /// Run the next I/O cycle with the device's present settings. If the caller is inside a cycle, the
-/// housekeeper thread applies the settings soon after that cycle.
+/// housekeeper thread applies the settings soon after this call.
 /// Errors   '!dat' if the hardware does not open with a new rate or slice: the former settings are restored.
 ///          'what' if the hardware does not open with the former settings either: the device is dead.
 /// [any]

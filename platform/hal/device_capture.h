@@ -7,7 +7,7 @@ namespace kvxplatform::hal {
 
 // All functions: [any], not inside a cycle.
 
-/// Set the tap of a device, or remove the tap (null). When setTap() returns, the former tap is never called.
+/// Set the tap of a device, or remove the tap (null). The former tap is not called after the return.
 void setTap(Device& device, KVXOutputTap tap, void* context);
 
 /// Capture the device's output from the next cycle on. The owner's previous capture must be finished.

@@ -41,7 +41,7 @@ bool findObject(AudioObjectID id, Object& object);
 OSStatus getValue(const Target& target, UInt32* ioSize, void* data);
 /// Get the size of a value and whether the property is settable. `outSize` and `outWritable` may be null.
 OSStatus getInfo(const Target& target, UInt32* outSize, Boolean* outWritable);
-/// Set a value. Inside a cycle, a device's new settings are applied soon after the cycle.
+/// Set a value. Inside a cycle, a device's new settings are applied soon after the call.
 OSStatus setValue(const Target& target, UInt32 size, const void* data);
 
 } // namespace kvxplatform::hal
