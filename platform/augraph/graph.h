@@ -57,12 +57,14 @@ struct Graph {
     std::map<Input, Source> sources;
 
     /// The output node's unit; null without an output node or while the graph is closed.
-    /// [any], without the lock
+    /// The caller does not hold the lock.
+    /// [any]
     std::atomic<AudioUnit> head{nullptr};
 };
 
 /// Returns  the node with this number, or null.
-/// [any], with the graph's lock
+/// The caller holds the graph's lock.
+/// [any]
 Node* findNode(Graph& graph, AUNode number);
 
 } // namespace kvxplatform::augraph

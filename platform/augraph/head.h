@@ -6,7 +6,8 @@
 namespace kvxplatform::augraph {
 
 /// Errors  Uninitialized if the graph is not initialised; OutputNodeErr without an output node; the unit's.
-/// [any but audio], with the graph's lock
+/// The caller holds the graph's lock.
+/// [any but audio]
 OSStatus start(Graph& graph);
 
 /// Start or stop the output unit. Without one a stop does nothing. The head's own render call needs no lock.
@@ -15,11 +16,13 @@ OSStatus startHead(Graph& graph);
 OSStatus stopHead(Graph& graph);
 
 /// Whether the output unit reports that it is running; false without one.
-/// [any], without the lock
+/// The caller does not hold the lock.
+/// [any]
 bool isHeadRunning(const Graph& graph);
 
 /// Whether the calling thread is in a render call of the output unit.
-/// [any], without the lock
+/// The caller does not hold the lock.
+/// [any]
 bool isInsideHead(const Graph& graph);
 
 } // namespace kvxplatform::augraph

@@ -7,7 +7,8 @@ namespace kvxplatform::augraph {
 
 /// List the nodes that have a source or are one, each after all of its sources.
 /// Returns  false if nodes are connected in a cycle.
-/// [any], with the graph's lock
+/// The caller holds the graph's lock.
+/// [any]
 bool orderFromSources(Graph& graph, std::vector<Node*>& out);
 
 } // namespace kvxplatform::augraph

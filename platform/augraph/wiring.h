@@ -8,7 +8,8 @@ namespace kvxplatform::augraph {
 /// Connect and initialise the units, node by node from the sources to the head, so that each format reaches
 /// the next unit before that unit is initialised.
 /// Errors  InvalidConnection if nodes are connected in a cycle; the status of the first unit that refuses.
-/// [any but audio], with the graph's lock
+/// The caller holds the graph's lock.
+/// [any but audio]
 OSStatus wire(Graph& graph);
 
 } // namespace kvxplatform::augraph

@@ -49,7 +49,8 @@ Handle newHandle(Size size)
 }
 
 /// Returns  the size of a handle; -1 for an invalid one. Sets `lastError`.
-/// [any], with the lock
+/// The caller holds the lock.
+/// [any]
 Size sizeOf(const Handles& all, Handle h)
 {
     const auto found = all.sizes.find(h);

@@ -39,7 +39,8 @@ public:
     /// Write the samples that are still in the ring buffer, close the file and give the file its final name.
     /// A second call does nothing.
     /// Errors   False, with the reason in `error`, if any sample is missing in the file.
-    /// [any], no write() in progress
+    /// No write() is in progress.
+    /// [any]
     bool finish(std::string& error);
 
     const std::string& path() const { return path_; }

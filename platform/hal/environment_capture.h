@@ -6,12 +6,14 @@
 namespace kvxplatform::hal {
 
 /// Read KVX_AUDIO_CAPTURE. Later changes of the variable have no effect.
-/// [any], once
+/// Called once.
+/// [any]
 void readCaptureEnvironment();
 
 /// Start the capture that KVX_AUDIO_CAPTURE requests, unless it has been started before or `device` is not
 /// the default output device. Errors are written to standard error.
-/// [any], not inside a cycle
+/// Not inside an I/O cycle.
+/// [any]
 void startCaptureOfEnvironment(const DeviceRef& device);
 
 } // namespace kvxplatform::hal

@@ -14,7 +14,8 @@ namespace kvxplatform::hal {
 /// stay so if a length exceeds 32 bits: readers then read to the end of the file. Equal samples make equal
 /// files.
 /// Errors   errno values; 0 is success. After the first error nothing more is written.
-/// [any], one call at a time
+/// One call at a time.
+/// [any]
 class FloatWave {
 public:
     /// Create the file. Returns EEXIST if the file exists. After an error no new file remains.

@@ -38,7 +38,8 @@ OSStatus changeRate(Device& device, double rate);
 
 /// Read the rates that hardware supports, once per device, if the property `selector` reports formats or
 /// rates.
-/// [any], without propertyLock
+/// The caller does not hold propertyLock.
+/// [any]
 void learnRates(const DeviceRef& device, AudioObjectPropertySelector selector);
 
 } // namespace kvxplatform::hal

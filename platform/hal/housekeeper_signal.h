@@ -7,7 +7,8 @@ namespace kvxplatform::hal {
 
 /// Raising this signal makes the housekeeper thread check every device. The signal is never freed, because
 /// threads may outlive main().
-/// [any], also inside a cycle
+/// Also inside an I/O cycle.
+/// [any]
 inline Signal& housekeeperSignal()
 {
     static Signal& signal = *new Signal;

@@ -21,7 +21,8 @@ bool removeListener(AudioObjectID object, const AudioObjectPropertyAddress& addr
 /// Let the listener thread notify every listener of this property that is registered now. A change of the
 /// global scope concerns input and output; a change of the wildcard element concerns all elements. Each
 /// listener receives the scope and element that it watches. Allocates memory.
-/// [any], not inside a cycle
+/// Not inside an I/O cycle.
+/// [any]
 void postChange(AudioObjectID object, AudioObjectPropertySelector selector,
                 AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal,
                 AudioObjectPropertyElement element = kAudioObjectPropertyElementMaster);

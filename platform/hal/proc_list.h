@@ -84,7 +84,8 @@ public:
 
     /// Free the removed procedures and replaced lists that no cycle can use. Returns true if none is left to
     /// be freed.
-    /// [any], not inside a cycle
+    /// Not inside an I/O cycle.
+    /// [any]
     bool sweep();
 
     /// Whether no procedure is in the list.

@@ -17,7 +17,8 @@ public:
     Signal& operator=(const Signal&) = delete;
 
     /// Wake the waiting thread. Locks no mutex and allocates no memory.
-    /// [any], also inside a cycle
+    /// Also inside an I/O cycle.
+    /// [any]
     void raise() { sem_post(&semaphore_); }
 
     /// Wait for the signal, without a time limit.

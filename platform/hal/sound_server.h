@@ -16,7 +16,8 @@ bool endsInTime(const std::function<void()>& work);
 /// Watch for the end of the server through a separate JACK client, because PortAudio reports the end to open
 /// streams only. watchServer, stopWatchingServer and isServerAlive block as long as the server does not
 /// respond.
-/// [any], with portAudioLock
+/// The caller holds portAudioLock.
+/// [any]
 void watchServer();
 void stopWatchingServer();
 

@@ -10,7 +10,8 @@ namespace kvxplatform::hal {
 /// stopped. Its deadlines are counted from the start, so they never drift, and late slices are made up for.
 /// The caller holds the device's `control` mutex.
 /// Errors   'what' if no thread can be started; the next call tries again.
-/// [any], not inside a cycle
+/// Not inside an I/O cycle.
+/// [any]
 OSStatus ensureTimerThread(const DeviceRef& device);
 
 } // namespace kvxplatform::hal

@@ -44,7 +44,8 @@ struct Mixer {
 };
 
 /// The slot of a source; null for an unknown name.
-/// [any], with the lock
+/// The caller holds the lock.
+/// [any]
 Mixer::Slot* find(Mixer& mixer, SoundSource name);
 
 /// Set the output format and block length, once.
