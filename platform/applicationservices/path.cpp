@@ -1,4 +1,5 @@
-// A weak reference to this name lets a program detect an older system. The platform has no paths to copy.
+// A program detects an older system by a weak reference to this function's name. The function returns null,
+// because this platform has no graphics paths to copy.
 #include <ApplicationServices/ApplicationServices.h>
 
 CGPathRef CGPathCreateCopyByTransformingPath(CGPathRef, const struct CGAffineTransform*) { return nullptr; }

@@ -1,4 +1,4 @@
-// The C functions of graphs: find the graph, take its lock, stop exceptions.
+// The C functions of graphs. Each function looks up the graph, takes the graph's lock and stops exceptions.
 #include "platform/augraph/connections.h"
 #include "platform/augraph/handles.h"
 #include "platform/augraph/head.h"
@@ -14,7 +14,7 @@ namespace {
 
 constexpr OSStatus cannotNow = kAUGraphErr_CannotDoInCurrentContext;
 
-/// A thread in a render call or an I/O cycle must not wait.
+/// Whether the calling thread is inside a render call or an I/O cycle. Such a thread must not wait.
 bool isRenderThread() { return kvxplatform::RenderScope::isInsideAny(); }
 
 template <class Call>
@@ -23,7 +23,8 @@ OSStatus guarded(Call call) noexcept
     return kvxplatform::withinBorder(memFullErr, kAudioUnitErr_FailedInitialization, call);
 }
 
-/// Run `call` with the graph's lock. Without `mayWait` a lock that is held gives CannotDoInCurrentContext.
+/// Run `call` while holding the graph's lock. If another thread holds the lock and `mayWait` is false, the
+/// result is CannotDoInCurrentContext.
 template <class Call>
 OSStatus withLock(AUGraph handle, bool mayWait, Call call)
 {
@@ -39,7 +40,7 @@ OSStatus withLock(AUGraph handle, bool mayWait, Call call)
     });
 }
 
-/// A call that may wait for render calls to end. A render thread is refused.
+/// Execute a graph call that may wait for render calls to end. A render thread gets an error instead.
 template <class Call>
 OSStatus waitingCall(AUGraph handle, Call call)
 {
@@ -47,14 +48,16 @@ OSStatus waitingCall(AUGraph handle, Call call)
     return augraph::use(handle) ? cannotNow : OSStatus{paramErr};
 }
 
-/// A short call. A render thread may make it, too, but does not wait for the lock.
+/// Execute a graph call that takes little time. A render thread may make such a call, but does not wait for
+/// the lock.
 template <class Call>
 OSStatus shortCall(AUGraph handle, Call call)
 {
     return withLock(handle, !isRenderThread(), call);
 }
 
-/// A start or stop. The output unit's own render call may make it, without the lock.
+/// Execute a start or stop call. Inside the output unit's own render call, run `insideHead` without the lock;
+/// on other threads, run `elsewhere` with the lock. Other render threads get an error.
 OSStatus headCall(AUGraph handle, OSStatus (*insideHead)(Graph&), OSStatus (*elsewhere)(Graph&))
 {
     if (!isRenderThread()) return withLock(handle, true, elsewhere);

@@ -1,17 +1,18 @@
-// Recording the sources of inputs. wiring.h passes them to the units.
-// All functions: [any], with the graph's lock.
+// Storing the sources of inputs in a graph. wire() later passes the sources to the units.
+// The caller holds the graph's lock. All functions: [any].
 #pragma once
 
 #include "platform/augraph/graph.h"
 
 namespace kvxplatform::augraph {
 
-/// Record a connection from an output of `source` to `input`.
-/// Errors  NodeNotFound; InvalidConnection if the input has a source.
+/// Store a connection from an output of the node `source` to `input`.
+/// Errors  NodeNotFound; InvalidConnection if the input already has a source.
 OSStatus connect(Graph& graph, AUNode source, UInt32 output, const Input& input);
 
-/// Record a callback in place of the former one. A callback without a procedure removes the former one.
-/// Errors  NodeNotFound; InvalidConnection if the input has a connection.
+/// Store a render callback for an input in place of the input's former callback. A callback without a
+/// procedure only removes the former callback.
+/// Errors  NodeNotFound; InvalidConnection if the input is connected to a node.
 OSStatus setCallback(Graph& graph, const Input& input, const AURenderCallbackStruct& callback);
 
 } // namespace kvxplatform::augraph

@@ -1,6 +1,7 @@
-// The records of a graph: its nodes and the sources of their inputs.
+// The data of a graph: nodes, and the sources of the nodes' inputs.
 //
-// Callers only record sources. The units receive them when the graph is initialised, with all formats set.
+// Connecting an input only stores its source here. The units receive the sources when the graph is
+// initialised, because by then the caller has set all formats.
 #pragma once
 
 #include <AudioToolbox/AUGraph.h>
@@ -17,8 +18,8 @@ namespace kvxplatform::augraph {
 struct Node {
     AUNode number;
     Component component;
-    AudioComponentDescription description; ///< the component's own, without wildcards
-    AudioUnit unit;                        ///< null while the graph is closed
+    AudioComponentDescription description; ///< full description of the component, without wildcards
+    AudioUnit unit;                        ///< unit of the node; null while the graph is closed
 };
 
 inline bool isOutput(const Node& node) { return node.description.componentType == kAudioUnitType_Output; }
@@ -32,8 +33,8 @@ inline bool operator<(const Input& a, const Input& b)
     return std::tie(a.node, a.bus) < std::tie(b.node, b.bus);
 }
 
-/// The source of an input: an output of a node or, with node 0, a callback. A removed callback leaves an
-/// empty source until the graph is initialised again.
+/// The source of an input: an output of a node or, if `node` is 0, a render callback. A removed callback
+/// leaves an empty source until the graph is initialised again.
 struct Source {
     AUNode node;
     UInt32 output;
@@ -46,24 +47,23 @@ struct Graph {
     ~Graph();
     Graph(const Graph&) = delete;
 
-    /// Guards all members but `head`. Its holder may wait for a render call to end.
+    /// Guards all members except `head`. A thread that holds the lock may wait for a render call to end.
     std::mutex lock;
 
     bool isDisposed = false;
     bool isOpen = false;
     bool isInitialized = false;
     AUNode lastNumber = 0;
-    std::vector<Node> nodes; ///< in the order of adding
+    std::vector<Node> nodes; ///< nodes in the order in which they were added
     std::map<Input, Source> sources;
 
-    /// The output node's unit; null without an output node or while the graph is closed.
-    /// The caller does not hold the lock.
+    /// The output node's unit; null without an output node or while the graph is closed. Needs no lock.
     /// [any]
     std::atomic<AudioUnit> head{nullptr};
 };
 
-/// Returns  the node with this number, or null.
-/// The caller holds the graph's lock.
+/// Find a node by number. The caller holds the graph's lock.
+/// Returns  null if the graph has no such node.
 /// [any]
 Node* findNode(Graph& graph, AUNode number);
 

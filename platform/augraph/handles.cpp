@@ -3,7 +3,7 @@
 namespace kvxplatform::augraph {
 namespace {
 
-// Never destroyed: a render thread may still look up a graph while the program exits.
+// The table is never destroyed, because a render thread may still look up a graph while the program exits.
 Graphs& table()
 {
     static Graphs& graphs = *new Graphs;

@@ -9,14 +9,15 @@ namespace kvxplatform::augraph {
 using Graphs = HandleTable<Graph, 3>;
 
 /// Make a graph. Throws std::bad_alloc.
-/// Returns  its handle; null if the table is full.
+/// Returns  the graph's handle; null if the table of graphs is full.
 AUGraph add();
 
-/// Returns  the graph of a handle, kept alive by the result; empty for a handle that names no graph.
+/// Look up a graph. The result keeps the graph alive.
+/// Returns  an empty result for a handle that names no graph.
 Graphs::Use use(AUGraph handle);
 
-/// Start the disposal of a graph. The handle stays valid until endDispose.
-/// Returns  the graph for the first caller; empty for later ones.
+/// Start the disposal of a graph. The handle stays valid until endDispose().
+/// Returns  the graph for the first caller; an empty result for later callers.
 Graphs::Use beginDispose(AUGraph handle);
 void endDispose(Graphs::Use graph);
 

@@ -11,7 +11,7 @@ namespace {
 
 void uninitializeUnits(Graph& graph)
 {
-    if (const AudioUnit head = graph.head) { // first: it pulls all the others
+    if (const AudioUnit head = graph.head) { // the head comes first because it pulls all other units
         stopHead(graph);
         onUnit(head, audiounit::uninitialize);
     }
@@ -23,7 +23,7 @@ void closeUnits(Graph& graph)
     for (Node& node : graph.nodes) closeUnit(graph, node);
 }
 
-/// Undoes a step unless it has succeeded.
+/// Calls `undo` at the end of its scope, unless `hasSucceeded` has been set.
 template <class Undo>
 struct Rollback {
     Graph& graph;

@@ -9,7 +9,8 @@
 namespace kvxplatform::augraph {
 namespace {
 
-/// The first audio unit that fits a description.
+/// Find the first audio unit that fits a description and store the unit's component and full description in
+/// `out`. Returns false if no audio unit fits.
 bool findUnit(const AudioComponentDescription& description, Node& out)
 {
     const ComponentDescription pattern = {description.componentType, description.componentSubType,
@@ -38,7 +39,7 @@ OSStatus addNode(Graph& graph, const AudioComponentDescription& description, AUN
     if (!findUnit(description, node)) return kAUGraphErr_InvalidAudioUnit;
     if (isOutput(node) && std::any_of(graph.nodes.begin(), graph.nodes.end(), isOutput))
         return kAUGraphErr_OutputNodeErr;
-    graph.nodes.reserve(graph.nodes.size() + 1); // push_back cannot fail after the unit is open
+    graph.nodes.reserve(graph.nodes.size() + 1); // so that push_back cannot fail after the unit is open
     if (graph.isOpen)
         if (const OSStatus status = openUnit(graph, node)) return status;
     node.number = ++graph.lastNumber;
@@ -57,7 +58,7 @@ OSStatus openUnit(Graph& graph, Node& node)
 void closeUnit(Graph& graph, Node& node)
 {
     if (graph.head == node.unit) graph.head = nullptr;
-    if (node.unit) components::close(node.unit); // fails if the program has closed the unit itself
+    if (node.unit) components::close(node.unit); // an error means that the program has closed the unit
     node.unit = nullptr;
 }
 

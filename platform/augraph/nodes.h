@@ -1,20 +1,20 @@
-// The nodes of a graph and their units.
-// All functions: [any but audio], with the graph's lock; addNode also [audio].
+// The nodes of a graph and their units. The caller holds the graph's lock.
+// All functions: [any but audio]; addNode(): [any].
 #pragma once
 
 #include "platform/augraph/graph.h"
 
 namespace kvxplatform::augraph {
 
-/// Add a node; in an open graph also make its unit.
+/// Add a node. If the graph is open, also create the node's unit.
 /// Errors  InvalidAudioUnit if no unit fits the description; OutputNodeErr for a second output unit;
-///         the status of a unit that cannot be made.
+///         the status of a unit that cannot be created.
 OSStatus addNode(Graph& graph, const AudioComponentDescription& description, AUNode& out);
 
-/// Make a node's unit. An output unit becomes the head.
+/// Create a node's unit. An output unit becomes the graph's head.
 OSStatus openUnit(Graph& graph, Node& node);
 
-/// Wait for the unit's render call to end, then close the unit.
+/// Wait until the render call of a node's unit has ended, then close the unit.
 void closeUnit(Graph& graph, Node& node);
 
 } // namespace kvxplatform::augraph

@@ -4,7 +4,7 @@ namespace kvxplatform::augraph {
 
 bool orderFromSources(Graph& graph, std::vector<Node*>& out)
 {
-    std::map<AUNode, std::size_t> unlistedSources; // of each node
+    std::map<AUNode, std::size_t> unlistedSources; // number of sources not yet listed, for each node
     for (const auto& [input, source] : graph.sources) {
         unlistedSources[input.node] += source.node != 0;
         if (source.node) unlistedSources[source.node];

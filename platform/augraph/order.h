@@ -5,9 +5,9 @@
 
 namespace kvxplatform::augraph {
 
-/// List the nodes that have a source or are one, each after all of its sources.
+/// List the nodes that have a source or serve as a source, each node after all of its sources. The caller
+/// holds the graph's lock.
 /// Returns  false if nodes are connected in a cycle.
-/// The caller holds the graph's lock.
 /// [any]
 bool orderFromSources(Graph& graph, std::vector<Node*>& out);
 

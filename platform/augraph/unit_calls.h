@@ -1,13 +1,13 @@
-// Calls from a graph to its units. They bypass the public functions, which a program may interpose to see its
-// own calls.
+// Calls from a graph to its units. They bypass the public functions, because a program may interpose those
+// functions to observe its own calls.
 #pragma once
 
 #include "platform/audiounit/unit_handle.h"
 
 namespace kvxplatform::augraph {
 
-/// Run `call` on the unit of a handle.
-/// Returns  its status, or the handle's if the handle names no unit.
+/// Run `call` on the unit that a handle names.
+/// Returns  the status of `call`, or an error if the handle names no unit.
 /// [any]
 template <class Call>
 OSStatus onUnit(AudioUnit handle, Call call)

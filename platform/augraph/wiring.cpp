@@ -25,7 +25,8 @@ OSStatus setSource(Graph& graph, const Input& input, const Source& source)
     return setInput(unit, kAudioUnitProperty_MakeConnection, input.bus, &connection, sizeof connection);
 }
 
-/// Also for nodes without any other source, which are not in the order.
+/// Remove the source from every input whose stored source is empty. orderFromSources() may omit such an
+/// input's node.
 void removeEmptySources(Graph& graph)
 {
     for (auto each = graph.sources.begin(); each != graph.sources.end();) {
@@ -33,7 +34,7 @@ void removeEmptySources(Graph& graph)
             ++each;
             continue;
         }
-        setSource(graph, each->first, each->second); // fails only for an input that does not exist any more
+        setSource(graph, each->first, each->second); // an error only means that the input no longer exists
         each = graph.sources.erase(each);
     }
 }

@@ -1,4 +1,4 @@
-// Passing the recorded sources to the units.
+// Passing the stored sources of a graph to its units.
 #pragma once
 
 #include "platform/augraph/graph.h"
@@ -6,9 +6,8 @@
 namespace kvxplatform::augraph {
 
 /// Connect and initialise the units, node by node from the sources to the head, so that each format reaches
-/// the next unit before that unit is initialised.
-/// Errors  InvalidConnection if nodes are connected in a cycle; the status of the first unit that refuses.
-/// The caller holds the graph's lock.
+/// the next unit before that unit is initialised. The caller holds the graph's lock.
+/// Errors  InvalidConnection if nodes are connected in a cycle; the status of the first unit that fails.
 /// [any but audio]
 OSStatus wire(Graph& graph);
 

@@ -1,4 +1,5 @@
-// Waiting in ticks. A wait also advances the stepped devices, so a program may wait for one.
+// Waiting for a number of ticks. While a stepped device is running, the wait advances the stepped devices
+// instead of sleeping, so a program can wait for a stepped device's output.
 #include "platform/carbon/ticks.h"
 #include "platform/hal/step.h"
 

@@ -1,4 +1,5 @@
-// Moments of the host clock and durations. A sum past 64 bits is the last moment, which never comes.
+// Absolute times of the host clock, and durations. A sum that exceeds 64 bits becomes the largest time, which
+// the clock never reaches.
 #include "platform/support/host_clock.h"
 
 #include <Carbon/DriverServices.h>

@@ -17,7 +17,7 @@
 namespace kvxplatform::carbon {
 namespace {
 
-/// The bytes of a reference. The hash of the path rejects references of other programs.
+/// The bytes of a file reference. The hash of the path makes references from other programs invalid.
 struct ReferenceBytes {
     char signature[8];
     std::uint64_t hash;
@@ -47,10 +47,10 @@ ReferenceBytes bytesOf(const std::string& path, std::uint32_t number)
 struct Paths {
     std::mutex lock;
     std::unordered_map<std::string, std::uint32_t> numbers;
-    std::vector<const std::string*> byNumber; ///< keys of `numbers`, which never move
+    std::vector<const std::string*> byNumber; ///< pointers to the keys of `numbers`; the keys never move
 };
 
-// Never destroyed: references are valid until the process exits.
+// The table is never destroyed, because references are valid until the process exits.
 Paths& paths()
 {
     static Paths& all = *new Paths;
@@ -63,13 +63,13 @@ std::uint32_t numberOf(const std::string& path)
     const std::lock_guard<std::mutex> guard(all.lock);
     const auto known = all.numbers.find(path);
     if (known != all.numbers.end()) return known->second;
-    all.byNumber.reserve(all.byNumber.size() + 1); // push_back cannot fail after the emplace
+    all.byNumber.reserve(all.byNumber.size() + 1); // so that push_back cannot fail after the emplace
     const auto number = static_cast<std::uint32_t>(all.byNumber.size());
     all.byNumber.push_back(&all.numbers.emplace(path, number).first->first);
     return number;
 }
 
-/// The status for a path without an item: without a folder, or without the item in it.
+/// The status for a path that names no item. The status tells a missing item from a missing parent folder.
 OSStatus reasonFor(int error, const std::string& path)
 {
     const OSStatus status = statusOfError(error);

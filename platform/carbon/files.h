@@ -1,5 +1,5 @@
-// File references. Each holds the number of a path in a table that only grows, so nothing releases a
-// reference, and the table's size is bounded by the number of different paths. All functions: [any].
+// File references. Each reference holds the number of a path in a table of all different paths. The table
+// only grows, so a reference needs no release. All functions: [any].
 #pragma once
 
 #include <Carbon/Files.h>
@@ -9,12 +9,13 @@
 
 namespace kvxplatform::carbon {
 
-/// Fill `ref` for the item at a path, by its stored name. Throws std::bad_alloc.
-/// Errors  those of FSPathMakeRef; the out-parameters are unchanged then.
+/// Make a reference to the file or folder at a path. The reference holds the path as stored on disk. Throws
+/// std::bad_alloc.
+/// Errors  those of FSPathMakeRef(); after an error the out-parameters are unchanged.
 OSStatus makeReference(std::string_view path, FSRef& ref, bool& isFolder);
 
-/// Throws std::bad_alloc.
-/// Returns  the path of a reference; nothing for bytes that makeReference did not write.
+/// Get the path of a reference. Throws std::bad_alloc.
+/// Returns  nothing for bytes that makeReference() did not write.
 std::optional<std::string> pathOf(const FSRef& ref);
 
 } // namespace kvxplatform::carbon

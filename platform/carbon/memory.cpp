@@ -1,4 +1,5 @@
-// Memory handles. Each block is an allocation of the C library, so memory checkers see writes past its end.
+// Memory handles. Each handle's memory block is a separate allocation of the C library, so that memory
+// checkers detect writes past the end of the block.
 #include "platform/support/border.h"
 #include "platform/support/free_deleter.h"
 #include "platform/support/live_count.h"
@@ -17,7 +18,7 @@ kvxplatform::LiveCount liveHandles("Handle");
 
 thread_local OSErr lastError = noErr;
 
-/// The sizes of all handles. Never destroyed: programs dispose of handles while they exit.
+/// The sizes of all handles. They are never destroyed, because programs dispose of handles while they exit.
 struct Handles {
     std::mutex lock;
     std::unordered_map<Handle, Size> sizes;
@@ -28,7 +29,8 @@ Handles& handles()
     return all;
 }
 
-/// Zeroed memory; not null for size 0.
+/// Allocate zeroed memory. The result is a valid pointer even for size 0.
+/// Returns  null without memory.
 Ptr newBlock(Size size)
 {
     return static_cast<Ptr>(std::calloc(static_cast<std::size_t>(std::max<Size>(size, 1)), 1));
@@ -48,8 +50,8 @@ Handle newHandle(Size size)
     return master.release();
 }
 
-/// Returns  the size of a handle; -1 for an invalid one. Sets `lastError`.
-/// The caller holds the lock.
+/// Get the size of a handle's memory block and set `lastError`. The caller holds the lock of `all`.
+/// Returns  -1 for an invalid handle.
 /// [any]
 Size sizeOf(const Handles& all, Handle h)
 {

@@ -1,4 +1,4 @@
-// Pascal strings: a length byte, then the text.
+// Pascal strings, which consist of a length byte and the text.
 #include <Carbon/Carbon.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ StringHandle NewString(ConstStr255Param text)
 void CopyCStringToPascal(const char* source, Str255 target)
 {
     const std::size_t length = strnlen(source, longest);
-    std::memmove(target + 1, source, length); // the two may overlap
+    std::memmove(target + 1, source, length); // the source and the target may overlap
     target[0] = static_cast<unsigned char>(length);
 }
 

@@ -10,15 +10,17 @@
 namespace kvxplatform::components {
 namespace {
 
-// By size code of a procedure-information word: no value, one byte, two bytes, one word.
+// Argument and result types, indexed by the 2-bit size code of a procedure-information value:
+// no value, one byte, two bytes, one machine word.
 ffi_type* const typesByCode[] = {&ffi_type_void, &ffi_type_uint8, &ffi_type_sint16, &ffi_type_pointer};
 
 constexpr unsigned resultShift = 4, firstParameterShift = 6, bitsPerCode = 2;
-constexpr unsigned maxParameters = 1 + maxWords; // the storage comes first
+constexpr unsigned maxParameters = 1 + maxWords; // the storage, then the arguments of the call
 
 unsigned code(ProcInfoType procInfo, unsigned shift) { return procInfo >> shift & 3; }
 
-/// Whether a procedure-information word has at most the maximum of parameters. One of 32 bits always has.
+/// Whether a procedure-information value describes at most `maxParameters` parameters. A value of 32 bits
+/// cannot describe more.
 bool isWithinMaximum(ProcInfoType procInfo)
 {
     constexpr unsigned end = firstParameterShift + bitsPerCode * maxParameters;
@@ -28,7 +30,7 @@ bool isWithinMaximum(ProcInfoType procInfo)
         return true;
 }
 
-/// The argument at `index`; 0 past the end of the record.
+/// Returns  the argument at `index`; 0 past the last argument.
 long wordAt(const ComponentParameters& parameters, std::size_t index)
 {
     long word = 0;
@@ -55,14 +57,14 @@ ComponentResult callFunction(Handle storage, const ComponentParameters& paramete
         if (width == 0) break;
         argumentTypes[count] = typesByCode[width];
         words[count] = count == 0 ? reinterpret_cast<long>(storage) : wordAt(parameters, count - 1);
-        arguments[count] = &words[count]; // little endian: a narrow argument is the first bytes of its word
+        arguments[count] = &words[count]; // a narrow argument is in the first bytes of its little-endian word
     }
 
     ffi_cif call;
     if (ffi_prep_cif(&call, FFI_DEFAULT_ABI, count, typesByCode[code(procInfo, resultShift)],
                      argumentTypes) != FFI_OK)
         return paramErr;
-    ffi_arg result = 0; // at least a word for any width of result
+    ffi_arg result = 0; // libffi writes at least a machine word
     ffi_call(&call, reinterpret_cast<void (*)()>(function), &result, arguments);
     return static_cast<ComponentResult>(result);
 }

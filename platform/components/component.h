@@ -1,4 +1,4 @@
-// The records of components and their instances.
+// The data structures of components and of their open instances.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -9,33 +9,34 @@ namespace kvxplatform::components {
 
 struct Instance;
 
-/// The behaviour that components of one family share. A null function does nothing.
+/// The behaviour that all components of one kind share: audio units, sound mixers, or the components that
+/// programs register. A null function does nothing.
 struct Family {
     const char* name;
-    OSStatus (*open)(Instance&);  ///< makes the state; the instance's handle is valid already
-    void (*close)(Instance&);     ///< stops all callbacks; the instance's handle is still valid
-    void (*destroy)(void* state); ///< runs after the last use of the instance
+    OSStatus (*open)(Instance&);  ///< creates the instance's state; the instance's handle is valid already
+    void (*close)(Instance&);     ///< stops the instance's callbacks; the instance's handle is still valid
+    void (*destroy)(void* state); ///< frees the instance's state after the last use of the instance
 
-    /// A call by selector. Null: the components have no selectors.
+    /// Executes a component call. Null if the components of this family have no selectors.
     ComponentResult (*dispatch)(Instance&, ComponentParameters&) = nullptr;
 };
 
 struct Component {
     ComponentDescription description;
     const Family* family;
-    const void* row;                        ///< the family's record of this component
+    const void* row;                        ///< the component family's private description of this component
     ::Component self = nullptr;             ///< the handle of a registered component; null for a built-in one
-    std::atomic<long>* instances = nullptr; ///< open instances of a built-in component
+    std::atomic<long>* instances = nullptr; ///< open-instance count of a built-in component; or null
 };
 
-/// An open component.
+/// An open instance of a component.
 struct Instance {
     explicit Instance(const Component& component);
     Instance(const Instance&) = delete;
     ~Instance();
     const Component component;
     ComponentInstance self = nullptr;
-    void* state = nullptr; ///< the family's
+    void* state = nullptr; ///< private state that the component family's open function created
 };
 
 } // namespace kvxplatform::components

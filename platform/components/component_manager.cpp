@@ -1,4 +1,4 @@
-// The C functions of components. Their statuses have 16 bits: the lower half of the 32-bit ones.
+// The C functions of components. Some return a 16-bit status, which is the lower half of the 32-bit status.
 #include "platform/components/calls.h"
 #include "platform/components/instances.h"
 #include "platform/components/registered.h"
@@ -10,7 +10,7 @@ using kvxplatform::withinBorder;
 
 namespace {
 
-/// A failure whose lower half is 0 becomes paramErr.
+/// Returns  the lower 16 bits of a status; paramErr for a failure whose lower 16 bits are 0.
 OSErr lowerHalf(OSStatus status)
 {
     const auto half = static_cast<OSErr>(status & 0xFFFF);

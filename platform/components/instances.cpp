@@ -8,7 +8,7 @@ namespace {
 
 LiveCount liveInstances("ComponentInstance");
 
-// Never destroyed: a device's thread may still look up a handle while the program exits.
+// The table is never destroyed, because a device's thread may still look up a handle while the program exits.
 Instances& table()
 {
     static Instances& instances = *new Instances;
@@ -36,7 +36,7 @@ OSStatus makeInstance(const Component& component, ComponentInstance& out)
 {
     out = nullptr;
     return withinBorder(memFullErr, [&]() -> OSStatus {
-        OSStatus status = memFullErr; // for a full table
+        OSStatus status = memFullErr; // the status if the table is full
         const HandleNumber number =
             table().add(std::make_unique<Instance>(component), [&](Instance& instance, HandleNumber made) {
                 instance.self = handleOf<ComponentInstance>(made);
@@ -52,7 +52,7 @@ OSStatus close(ComponentInstance handle)
 {
     Instances::Use closing = table().beginClose(numberOf(handle));
     if (!closing) return badComponentInstance;
-    // The instance is closed even if the family's function throws.
+    // The instance becomes closed even if the component family's close function throws.
     const OSStatus status = withinBorder(memFullErr, [&]() -> OSStatus {
         if (closing->component.family->close) closing->component.family->close(*closing);
         return noErr;

@@ -8,14 +8,15 @@ namespace kvxplatform::components {
 
 using Instances = HandleTable<Instance, 1>;
 
-/// Returns the instance of a handle, kept alive by the result; empty for a handle that names no instance.
+/// Look up an instance. The result keeps the instance alive.
+/// Returns  an empty result for a handle that names no instance.
 Instances::Use use(ComponentInstance handle);
 
 /// Open an instance of a component. After a failure `out` is null.
-/// Errors  memFullErr; the family's.
+/// Errors  memFullErr; the status of the component family's open function.
 OSStatus makeInstance(const Component& component, ComponentInstance& out);
 
-/// Close an instance. Calls in progress on other threads end normally.
+/// Close an instance. Calls that are in progress on other threads end normally.
 /// Errors  badComponentInstance.
 OSStatus close(ComponentInstance handle);
 

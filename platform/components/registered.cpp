@@ -12,7 +12,7 @@ namespace {
 
 LiveCount liveComponents("Component");
 
-/// The value of `instances` after the component is unregistered.
+/// The value of Registered::instances after the component has been unregistered.
 constexpr long unregistered = -1;
 
 struct Registered {
@@ -31,11 +31,11 @@ struct Registered {
 
 using Table = HandleTable<Registered, 3>;
 
-// Never destroyed: an instance may still be closed while the program exits.
+// The registry is never destroyed, because an instance may still be closed while the program exits.
 struct Registry {
     Table table;
     std::mutex lock;
-    std::vector<HandleNumber> order; ///< of registration; under `lock`
+    std::vector<HandleNumber> order; ///< handle numbers, oldest registration first; guarded by `lock`
 };
 Registry& registry()
 {
@@ -43,7 +43,7 @@ Registry& registry()
     return all;
 }
 
-/// The state of an instance. Keeps its component alive.
+/// The state of an instance of a registered component. The state keeps the component alive.
 struct State {
     explicit State(Table::Use use) : component(std::move(use)) {}
     ~State()
@@ -52,7 +52,8 @@ struct State {
     }
     State(const State&) = delete;
 
-    /// Count the instance. Returns false if the component has been unregistered.
+    /// Add the instance to the component's number of open instances.
+    /// Returns  false if the component has been unregistered.
     bool count()
     {
         long open = component->instances;
@@ -65,14 +66,14 @@ struct State {
     const Table::Use component;
     bool isCounted = false;
     std::atomic<Handle> storage{nullptr};
-    std::atomic<std::uintptr_t> closer{0}; ///< the thread that closes the instance; 0 for none
+    std::atomic<std::uintptr_t> closer{0}; ///< thread that closes the instance; 0 before the close
     std::atomic<bool> isClosed{false};
 };
 
 std::uintptr_t thisThread() { return static_cast<std::uintptr_t>(pthread_self()); }
 
-/// While an instance closes, its storage may be freed already: only the closing thread may still call it,
-/// until the component's close function has returned.
+/// Whether the calling thread may call the component's entry point for this instance. The close call may have
+/// freed the storage, so only the closing thread may still call, until the close call has returned.
 bool mayCall(const State& state)
 {
     const std::uintptr_t closer = state.closer;
@@ -84,7 +85,7 @@ ComponentResult callEntry(State& state, ComponentParameters& parameters)
     return state.component->entry(&parameters, state.storage);
 }
 
-/// Call the entry point with the instance as the only argument.
+/// Call the component's entry point with the instance's handle as the only argument.
 ComponentResult callWithSelf(Instance& instance, SInt16 selector)
 {
     ComponentParameters parameters = {0, sizeof(long), selector, {reinterpret_cast<long>(instance.self)}};
@@ -100,7 +101,7 @@ OSStatus openInstance(Instance& instance)
     if (!state->count()) return invalidComponentID;
     instance.state = state.release();
     const ComponentResult refusal = callWithSelf(instance, kComponentOpenSelect);
-    if (!use(instance.self)) return refusal ? refusal : badComponentInstance; // the entry point has closed it
+    if (!use(instance.self)) return refusal ? refusal : badComponentInstance; // closed by the entry point
     if (refusal) callWithSelf(instance, kComponentCloseSelect);
     return refusal;
 }
@@ -134,7 +135,8 @@ State* stateOf(const Instances::Use& instance)
     return isOurs ? static_cast<State*>(instance->state) : nullptr;
 }
 
-/// Run `function` on the component that a component's or an instance's handle names.
+/// Run `function` on the registered component that `handle` names. The handle may be the component's own or
+/// that of one of its instances.
 template <class Function>
 void withComponent(::Component handle, Function function)
 {

@@ -9,12 +9,13 @@
 namespace kvxplatform::components {
 namespace {
 
-// The handle of a built-in component is its index in the list, offset so that it equals no other handle and
-// no address of this machine.
+// The handle of a built-in component is derived from the component's index in the list. The offset ensures
+// that the handle equals no other handle and no address of this machine.
 constexpr std::uintptr_t firstHandle = 0x00C0'0002;
 constexpr std::size_t noIndex = SIZE_MAX;
 
-/// Open instances of each built-in component. Components past the end are not counted.
+/// Numbers of open instances, one for each built-in component. Components past the end of this array have
+/// no such number.
 std::atomic<long> builtInInstances[64] = {};
 
 ::Component handleOf(std::size_t index)
@@ -28,7 +29,8 @@ std::size_t indexOf(::Component handle)
     return number >= firstHandle && (number - firstHandle) % 4 == 0 ? (number - firstHandle) >> 2 : noIndex;
 }
 
-/// The built-in component at an index of the list; false past its end.
+/// Get the built-in component at an index of the list.
+/// Returns  false past the end of the list.
 bool at(std::size_t index, Component& out)
 {
     std::size_t rest = index;

@@ -5,22 +5,23 @@
 
 namespace kvxplatform::components {
 
-/// Look up a component.
+/// Look up a built-in or registered component.
 /// Returns  false for a handle that names no component.
 bool find(::Component handle, Component& out);
 
-/// Find the first component after `previous` (null: of all) that fits `pattern`. A zero field fits all
-/// values. Throws std::bad_alloc. Returns  null without a fitting component.
+/// Find the first component that fits `pattern`, after `previous` or, if that is null, in the whole list. A
+/// field of `pattern` that is 0 fits all values. Throws std::bad_alloc.
+/// Returns  null if no component fits.
 ::Component findNext(::Component previous, const ComponentDescription& pattern);
 
 /// Open an instance of a component. After a failure `out` is null.
 /// Errors  invalidComponentID; those of makeInstance().
 OSStatus open(::Component component, ComponentInstance& out);
 
-/// The number of open instances; 0 for a handle that names no component.
+/// Returns  the number of open instances; 0 for a handle that names no component.
 long countInstances(::Component component);
 
-/// The built-in components, family by family in the order of a search.
+/// The built-in components, grouped by component family, in the order in which a search finds them.
 struct BuiltIn {
     std::size_t (*count)();
     Component (*describe)(std::size_t index);

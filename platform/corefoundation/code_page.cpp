@@ -5,7 +5,7 @@
 namespace kvxplatform::corefoundation {
 namespace {
 
-// Characters U+0080 to U+00FF with the first 32, which are control characters, replaced.
+// Make the characters U+0080 to U+00FF, with the first 32, which are control characters, replaced by `first`.
 constexpr UpperHalf latin1With(const std::array<char16_t, 32>& first)
 {
     UpperHalf result = {};
@@ -36,7 +36,7 @@ const UpperHalf asciiUpperHalf = {};
 const UpperHalf isoLatin1UpperHalf = latin1With(controls);
 const UpperHalf windowsLatin1UpperHalf = latin1With(windowsSigns);
 
-// DB is the euro sign. F0 is the manufacturer's logo, in the private use area.
+// Byte DB is the euro sign. Byte F0 is the platform maker's logo, a character in the private use area.
 const UpperHalf macRomanUpperHalf = {
     0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, // 80
     0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5, 0x00E7, 0x00E9, 0x00E8, // 88

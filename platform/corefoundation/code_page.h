@@ -1,4 +1,4 @@
-// Encodings with one byte per character.
+// Text encodings with one byte per character.
 #pragma once
 
 #include <array>
@@ -6,7 +6,8 @@
 
 namespace kvxplatform::corefoundation {
 
-/// The characters of bytes 0x80 to 0xFF; 0 for a byte without a character. The other bytes are ASCII.
+/// The characters of the bytes 0x80 to 0xFF in an encoding; 0 for a byte without a character. The bytes below
+/// 0x80 are ASCII in every encoding.
 using UpperHalf = std::array<char16_t, 128>;
 
 extern const UpperHalf asciiUpperHalf;

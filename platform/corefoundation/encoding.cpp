@@ -16,9 +16,9 @@ enum class Order { little, big };
 struct Encoding {
     CFStringEncoding id;
     Form form;
-    int bytesPerUnit;       ///< the maximum for one UTF-16 unit
-    const UpperHalf* upper; ///< of one-byte forms
-    Order order;            ///< of wide forms
+    int bytesPerUnit;       ///< maximum number of bytes for one UTF-16 unit
+    const UpperHalf* upper; ///< characters of bytes 0x80 to 0xFF; null unless `form` is oneByte
+    Order order;            ///< byte order of the UTF-16 and UTF-32 forms
 };
 
 // clang-format off
@@ -46,13 +46,14 @@ const Encoding* find(CFStringEncoding id)
     return found == std::end(encodings) ? nullptr : found;
 }
 
-// ---- characters and units ----
+// ---- characters and UTF-16 units ----
 
 constexpr bool isSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
 constexpr bool isHigh(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 constexpr bool isLow(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-/// Read the character at `at` and advance past it. An unpaired surrogate is returned unchanged.
+/// Read the character at the unit index `at` and advance `at` past the character. An unpaired surrogate is
+/// returned unchanged.
 char32_t nextCharacter(std::u16string_view units, std::size_t& at)
 {
     const char16_t unit = units[at++];
@@ -70,7 +71,7 @@ void append(std::u16string& units, char32_t c)
     }
 }
 
-// ---- numbers of several bytes ----
+// ---- multi-byte numbers ----
 
 void append(std::string& bytes, char32_t number, int size, Order order)
 {
@@ -87,7 +88,7 @@ char32_t numberAt(const char* bytes, int size, Order order)
     return number;
 }
 
-// ---- one character to bytes: false if the encoding lacks it ----
+// ---- writing a character as bytes; the functions return false if the encoding lacks the character ----
 
 bool put(std::string& bytes, char32_t c, const UpperHalf& upper)
 {
@@ -132,7 +133,7 @@ bool put(std::string& bytes, char32_t c, const Encoding& encoding)
     return true;
 }
 
-// ---- bytes to one character: the number of bytes read, 0 if they are invalid ----
+// ---- reading a character from bytes; the functions return the number of bytes, 0 for invalid bytes ----
 
 std::size_t takeUtf8(std::string_view bytes, char32_t& c)
 {

@@ -11,14 +11,14 @@ using namespace kvxplatform;
 
 namespace {
 
-/// Convert text without unpaired surrogates to a normal form. Throws std::bad_alloc.
+/// Convert text to a Unicode normal form. The text has no unpaired surrogates. Throws std::bad_alloc.
 std::u16string normalized(std::u16string_view units, CFStringNormalizationForm form)
 {
     const std::optional<std::string> bytes = corefoundation::encode(units, kCFStringEncodingUTF8);
     return *corefoundation::decode(*inNormalForm(*bytes, form), kCFStringEncodingUTF8);
 }
 
-/// The index of the first unpaired surrogate; the length if there is none.
+/// Returns  the index of the first unpaired surrogate; the text's length without an unpaired surrogate.
 std::size_t firstUnpaired(std::u16string_view units)
 {
     const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
@@ -38,11 +38,12 @@ void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm t
     if (!theString || !theString->isMutable)
         endForMisuse("CFStringNormalize was given a string that cannot change");
     if (!isNormalForm(theForm)) return;
-    // Without memory the text stays unchanged: the function cannot report a failure.
+    // If memory runs out, the text stays unchanged, because the function cannot report a failure.
     withinBorder(false, [&] {
         std::u16string result;
         for (std::u16string_view rest = theString->units; !rest.empty();) {
-            // An unpaired surrogate combines with no character, so it separates two texts.
+            // An unpaired surrogate combines with no character, so the texts before and after the surrogate
+            // are normalised separately.
             const std::size_t end = firstUnpaired(rest);
             result += normalized(rest.substr(0, end), theForm);
             if (end < rest.size()) result += rest[end];

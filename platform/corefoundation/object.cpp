@@ -12,7 +12,7 @@ Object::~Object() { kind.liveCount.remove(); }
 
 namespace {
 
-// Callers hold pointers to const. The reference count is not part of the value.
+// Callers hold pointers to const. The cast is safe because the reference count is not part of the value.
 Object& objectOf(CFTypeRef cf, const char* message)
 {
     if (!cf) endForMisuse(message);

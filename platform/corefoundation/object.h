@@ -1,4 +1,4 @@
-// The base of every reference-counted value. Callers hold a pointer to it.
+// The base class of every reference-counted value. Callers hold pointers to the values.
 #pragma once
 
 #include "platform/support/live_count.h"
@@ -11,13 +11,14 @@ namespace kvxplatform::corefoundation {
 
 struct Object;
 
-/// One kind of value.
+/// A kind of reference-counted value, such as strings or URLs.
 struct Kind {
-    LiveCount liveCount;      ///< of values not yet released
-    void (*destroy)(Object*); ///< frees the value
+    LiveCount liveCount;      ///< number of values that are not yet freed
+    void (*destroy)(Object*); ///< frees a value of this kind
 };
 
-/// Counted in its kind's live count. Starts with one reference, the creator's.
+/// A reference-counted value. The live count of its kind includes the value. The creator owns the first
+/// reference.
 struct Object {
     explicit Object(Kind& ofKind);
     Object(const Object&) = delete;

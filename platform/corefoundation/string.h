@@ -1,4 +1,4 @@
-// Strings: `CFStringRef` points to a __CFString.
+// Strings. A `CFStringRef` points to a __CFString.
 #pragma once
 
 #include "platform/corefoundation/object.h"
@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-/// The platform's name of the type. Units are UTF-16 in the processor's order and may be unpaired surrogates.
+/// A string; the platform's header determines the name of this type. The units are UTF-16 in the processor's
+/// byte order and may include unpaired surrogates.
 struct __CFString : kvxplatform::corefoundation::Object {
     __CFString(std::u16string&& ofUnits, bool canChange);
 
@@ -20,7 +21,7 @@ namespace kvxplatform::corefoundation {
 
 /// Make a string.
 /// Owner    the caller releases the result.
-/// Returns  null without memory.
+/// Returns  null if memory runs out.
 /// [any]
 CFMutableStringRef newString(std::u16string_view units, bool isMutable);
 

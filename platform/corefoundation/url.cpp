@@ -16,7 +16,8 @@ void destroyURL(corefoundation::Object* object) { delete static_cast<__CFURL*>(o
 
 corefoundation::Kind urlKind = {LiveCount("CFURL"), destroyURL};
 
-/// Make a URL of the path that `find` returns. Returns null for an empty path or without memory.
+/// Make a URL from the path that `find` returns.
+/// Returns  null for an empty path, or if memory runs out.
 template <class Find>
 CFURLRef makeURL(Find find) noexcept
 {
@@ -45,7 +46,7 @@ Boolean CFURLGetFSRef(CFURLRef url, FSRef* ref)
     });
 }
 
-// isDirectory has no effect: a folder's path has no slash at its end.
+// The last parameter, isDirectory, has no effect, because a folder's path has no slash at the end.
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef pathComponent,
                                                Boolean)
 {

@@ -1,4 +1,4 @@
-// File URLs: `CFURLRef` points to a __CFURL.
+// File URLs. A `CFURLRef` points to a __CFURL.
 #pragma once
 
 #include "platform/corefoundation/object.h"
@@ -7,9 +7,9 @@
 
 #include <string>
 
-/// The platform's name of the type.
+/// A file URL; the platform's header determines the name of this type.
 struct __CFURL : kvxplatform::corefoundation::Object {
     explicit __CFURL(std::string&& ofPath);
 
-    const std::string path; ///< absolute, without a slash at the end
+    const std::string path; ///< absolute path, without a slash at the end
 };

@@ -1,4 +1,4 @@
-// The C functions: they find the queue and turn blocks into functions.
+// The C functions of dispatch queues. They find the queue and convert dispatch blocks to plain functions.
 #include "platform/dispatch/queue.h"
 #include "platform/support/border.h"
 #include "platform/support/misuse.h"
@@ -19,7 +19,7 @@ constexpr long priorities[] = {DISPATCH_QUEUE_PRIORITY_HIGH, DISPATCH_QUEUE_PRIO
                                DISPATCH_QUEUE_PRIORITY_LOW};
 dispatch_queue_s globalQueues[] = {{0}, {1}, {2}};
 
-/// Repeat an attempt until memory is available: the functions cannot report a failure.
+/// Repeat `attempt` until memory is available, because the platform's functions cannot report a failure.
 template <class Attempt>
 void retry(Attempt attempt)
 {

@@ -1,4 +1,4 @@
-// The main queue. Its work runs when the program drains the queue on the main thread.
+// The main queue. Queued items run when the program drains the queue on the main thread.
 #include "platform/dispatch/queue.h"
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -19,19 +19,20 @@ struct MainQueue {
     Pending pending; ///< under `lock`
 };
 
-// Never destroyed: threads may still queue work while the process exits.
+// The queue is never destroyed, because threads may still add items while the process exits.
 MainQueue& mainQueue()
 {
     static MainQueue& queue = *new MainQueue;
     return queue;
 }
 
-/// Wait up to `timeoutSeconds` for the first work item. Returns the number of pending items.
+/// Wait up to `timeoutSeconds` for an item, unless the queue already has one.
+/// Returns  the number of pending items.
 std::size_t waitForWork(MainQueue& queue, double timeoutSeconds)
 {
-    constexpr double longest = 1e6; // within the range of every clock
+    constexpr double longest = 1e6; // limit in seconds that every clock can represent
     std::unique_lock<std::mutex> hold(queue.lock);
-    if (timeoutSeconds > 0) // false for NaN
+    if (timeoutSeconds > 0) // the comparison is false for NaN
         queue.hasWork.wait_for(hold, std::chrono::duration<double>(std::min(timeoutSeconds, longest)),
                                [&] { return !queue.pending.empty(); });
     return queue.pending.size();
@@ -64,7 +65,7 @@ uint32_t KVXPlatformDrainMainQueue(double timeoutSeconds)
     if (!pthread_main_np()) return 0;
     MainQueue& queue = mainQueue();
 
-    // Items queued during this call are left for the next one: an item may queue itself again for ever.
+    // Items queued during this call wait for the next call, because an item may queue itself repeatedly.
     const std::size_t count = waitForWork(queue, timeoutSeconds);
     uint32_t ran = 0;
     for (Work work = {}; ran < count && takeFirst(queue, work); ++ran) run(work);

@@ -1,4 +1,5 @@
-// The thread pool of the global queues. A thread is started when no other is idle, and never ends.
+// The thread pool of the global queues. A new thread starts when more items wait than threads are idle, up to
+// the maximum number of threads. The threads never end.
 #include "platform/dispatch/queue.h"
 
 #include <algorithm>
@@ -11,18 +12,20 @@
 namespace kvxplatform::dispatch {
 namespace {
 
-// More than the number of processors, because work may block; bounded, because each thread needs a stack.
+// The maximum is higher than the usual number of processors, because queued functions may block. It is
+// limited because each thread needs a stack.
 constexpr int maxThreads = 16;
 
 struct Pool {
     std::mutex lock;
     std::condition_variable hasWork;
-    std::array<Pending, 3> pending; ///< by rank; under `lock` like the following members
+    // `lock` guards the following members.
+    std::array<Pending, 3> pending; ///< waiting items, indexed by priority rank
     int threads = 0;
-    int idle = 0; ///< threads that wait for work
+    int idle = 0; ///< number of threads that wait for an item
 };
 
-// Never destroyed: its threads wait in it while the process exits.
+// The pool is never destroyed, because the pool's threads still use it while the process exits.
 Pool& pool()
 {
     static Pool& shared = *new Pool;
@@ -62,7 +65,7 @@ std::size_t countPending(const Pool& in)
     return count;
 }
 
-/// Start a thread if the system allows. A failure is no error: the next call tries again.
+/// Start a thread. A failure is ignored, because the next call tries again.
 void tryToStartThread(Pool& in)
 {
     try {
@@ -87,7 +90,7 @@ void appendToPool(const Work& work, int rank)
             to.hasWork.notify_one();
             return;
         }
-        queue.pop_back(); // there is no thread to serve it
+        queue.pop_back(); // the pool has no thread that would run the item
     }
     run(work);
 }

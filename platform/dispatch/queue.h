@@ -1,14 +1,14 @@
-// Work items and the queues that hold them.
+// Work items, each a function with a context, and the queues that hold the items.
 #pragma once
 
 #include <dispatch/dispatch.h>
 
 #include <deque>
 
-/// The platform's type of a queue. It holds no work, only an identity: a position-dependent program has a
-/// copy of the main queue's object, and the copy must name the same queue.
+/// A queue; the platform's header determines the name of this type. The object holds no items, because the
+/// linker may copy the main queue's object into a program, and the copy must name the same queue.
 struct dispatch_queue_s {
-    int rank; ///< of a global queue: 0 is served first
+    int rank; ///< priority rank of a global queue; rank 0 is served first
 };
 
 namespace kvxplatform::dispatch {
@@ -18,17 +18,18 @@ struct Work {
     void* context;
 };
 
-using Pending = std::deque<Work>; ///< first in, first out
+using Pending = std::deque<Work>; ///< waiting items in first-in, first-out order
 
-/// Queue work for the main thread. Throws std::bad_alloc.
+/// Add an item to the main queue, which the main thread drains. Throws std::bad_alloc.
 /// [any but audio]
 void appendToMainQueue(const Work& work);
 
-/// Queue work of a global queue. Without a thread the work runs before this returns. Throws std::bad_alloc.
+/// Add an item to the global queue of a priority rank. If the pool can start no thread and has none, the item
+/// runs before the function returns. Throws std::bad_alloc.
 /// [any but audio]
 void appendToPool(const Work& work, int rank);
 
-/// Run a work item. An exception that leaves it ends the process.
+/// Run a work item. An exception that leaves the item's function ends the process.
 /// [any but audio]
 void run(const Work& work) noexcept;
 

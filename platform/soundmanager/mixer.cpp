@@ -24,7 +24,7 @@ T argument(long word)
         return static_cast<T>(word);
 }
 
-/// Calls a mixer function with the words of a component call.
+/// Calls a mixer function with the machine words of a component call as its arguments.
 template <auto function>
 struct Call;
 template <class... Arguments, ComponentResult (*function)(Mixer&, Arguments...)>

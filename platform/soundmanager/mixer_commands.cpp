@@ -1,4 +1,4 @@
-// The commands of a mixer's clients.
+// The commands that clients send to a mixer.
 #include "platform/soundmanager/mixer_state.h"
 #include "platform/soundmanager/sound_format.h"
 
@@ -9,20 +9,20 @@ namespace {
 
 constexpr long defaultBlockFrames = 1024, maxBlockFrames = 65536;
 
-/// Replace the source of a slot, by null too. With the lock.
+/// Replace the source of a slot; a null `next` only removes the source. The caller holds the mixer's lock.
 void replace(Mixer& mixer, Mixer::Slot& slot, std::unique_ptr<Source> next)
 {
     if (Source* const former = slot.source.publish(std::move(next), mixer.scope)) former->end();
 }
 
-/// Returns at once inside a render call: two completion routines that waited for each other's mixer would
-/// deadlock.
+/// Wait for the fetch in progress. Inside a render call the function returns at once, because two completion
+/// routines that waited for each other's mixer would deadlock.
 void waitForFetch(const Mixer& mixer)
 {
     if (!RenderScope::isInsideAny()) mixer.scope.wait();
 }
 
-/// Wait for the fetch in progress and free the replaced sources. Without the lock.
+/// Wait for the fetch in progress, then free the replaced sources. The caller must not hold the mixer's lock.
 void settle(Mixer& mixer)
 {
     waitForFetch(mixer);
@@ -30,7 +30,8 @@ void settle(Mixer& mixer)
     for (Mixer::Slot& slot : mixer.slots) slot.source.sweep(mixer.scope);
 }
 
-/// Call a function with the slot of each named source. Unknown names are ignored. With the lock.
+/// Call `function` with the slot of each source in `names`. Unknown names are ignored. The caller holds the
+/// mixer's lock.
 template <class Function>
 void forEach(Mixer& mixer, short count, const SoundSource* names, Function function)
 {

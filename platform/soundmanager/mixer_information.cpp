@@ -1,4 +1,4 @@
-// The information of a mixer and its sources: GetInfo and SetInfo.
+// The GetInfo and SetInfo calls, which read and set properties of a mixer and of its sources.
 #include "platform/soundmanager/mixer_state.h"
 
 #include <cstring>

@@ -7,7 +7,7 @@
 namespace kvxplatform::soundmanager {
 namespace {
 
-/// The sources that play in this block. Sources that one command starts begin in the same block.
+/// Choose the slots whose sources play in this block. All sources of a start command begin in one block.
 std::array<bool, Mixer::maxSources> playingSources(Mixer& mixer)
 {
     const UInt32 starts = mixer.starts;
@@ -24,7 +24,8 @@ std::array<bool, Mixer::maxSources> playingSources(Mixer& mixer)
     return isPlaying;
 }
 
-/// Fill the block. Returns its length in frames.
+/// Fill the mixer's output block.
+/// Returns  the length of the block in frames.
 UInt32 renderBlock(Mixer& mixer)
 {
     const UInt32 channels = mixer.format.mChannelsPerFrame;
@@ -34,7 +35,7 @@ UInt32 renderBlock(Mixer& mixer)
     std::fill(mixer.sum.begin(), mixer.sum.end(), 0.0f);
     for (UInt32 slot = 0; slot < Mixer::maxSources; ++slot) {
         Source* const source = isPlaying[slot] ? mixer.slots[slot].source.get() : nullptr;
-        if (!source) continue; // not playing, or removed by a completion routine
+        if (!source) continue; // the source is not playing, or a completion routine has removed it
         const UInt32 frames = source->render(mixer.sourceOutput.data(), blockFrames);
         for (std::size_t i = 0; i < std::size_t{frames} * channels; ++i)
             mixer.sum[i] += mixer.sourceOutput[i];
@@ -58,7 +59,7 @@ ComponentResult getSourceData(Mixer& mixer, SoundComponentDataPtr* out)
     if (!entry) return channelBusy;
     if (mixer.isClosed) return badComponentInstance;
     const UInt32 frames = renderBlock(mixer);
-    if (mixer.isClosed) return badComponentInstance; // closed by a completion routine: the block goes too
+    if (mixer.isClosed) return badComponentInstance; // a completion routine has closed the mixer
     mixer.result = mixer.outputDescription;
     mixer.result.sampleCount = static_cast<long>(frames);
     mixer.result.buffer = mixer.block.data();

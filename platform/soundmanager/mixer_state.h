@@ -14,53 +14,55 @@
 
 namespace kvxplatform::soundmanager {
 
-/// Clients change it one at a time, under `lock`; one render thread at a time fetches inside `scope`. `lock`
-/// is never held during a wait for the render thread: a completion routine may send a command.
+/// Clients change a mixer one at a time, under `lock`; one render thread at a time fetches inside `scope`. No
+/// thread holds `lock` while it waits for the render thread, because a completion routine may send a command.
 struct Mixer {
     static constexpr UInt32 maxSources = 64;
 
     struct Slot {
         Published<Source> source;
-        UInt32 name = 0; ///< slot index + serial number * maxSources; under lock
+        UInt32 name = 0; ///< name of the source: slot index + serial number * maxSources; guarded by `lock`
     };
 
-    // Set once, before the first source.
+    // The following members are set once, before the first source is added.
     bool isSet = false;
     SoundComponentData outputDescription{};
-    AudioStreamBasicDescription format{}; ///< the same, as linear PCM
+    AudioStreamBasicDescription format{}; ///< sample format of `outputDescription`, as linear PCM
 
     std::mutex lock;
     std::array<Slot, maxSources> slots;
-    UInt32 serial = 0;             ///< of the newest source, so that names are not reused soon; under lock
-    std::atomic<UInt32> starts{0}; ///< odd while a start command has started some of its sources only
+    /// Serial number of the newest source. It keeps names from being reused soon. Guarded by `lock`.
+    UInt32 serial = 0;
+    std::atomic<UInt32> starts{0}; ///< counter that is odd while a start command is starting its sources
     std::atomic<bool> isClosed{false};
-    RenderScope scope; ///< of the fetch in progress
+    RenderScope scope; ///< render scope of each fetch
 
+    // The following members belong to the fetch in progress.
     // [audio & rendering]
-    std::array<bool, maxSources> wasPlaying{}; ///< in the previous block
-    std::vector<Float32> sum, sourceOutput;    ///< a block each, interleaved
+    std::array<bool, maxSources> wasPlaying{}; ///< whether each slot's source played in the previous block
+    std::vector<Float32> sum, sourceOutput;    ///< one block each: the mix, and the output of one source
     std::vector<Byte> block;
-    SoundComponentData result{}; ///< what the fetch returns: the caller may change it
+    SoundComponentData result{}; ///< description that a fetch returns and that its caller may change
 };
 
-/// The slot of a source; null for an unknown name.
-/// The caller holds the lock.
+/// Find the slot of a source. The caller holds the mixer's lock.
+/// Returns  null for an unknown name.
 /// [any]
 Mixer::Slot* find(Mixer& mixer, SoundSource name);
 
-/// Set the output format and block length, once.
-/// Errors   those of linearPCM. Throws std::bad_alloc.
+/// Set the output format and the block length. Each mixer receives a single call of this function.
+/// Errors   those of linearPCM(). Throws std::bad_alloc.
 /// [client]
 OSErr setOutput(Mixer& mixer, const SoundComponentData& description);
 
-/// End the output, and wait for the fetch in progress; inside any render call, do not wait.
+/// Make all later fetches fail, then wait for the fetch in progress. Inside a render call of any mixer or
+/// unit the function does not wait.
 /// [client]
 void close(Mixer& mixer);
 
-// The selectors that the platform's header describes. Commands wait for the fetch in progress before they
-// return, so that the caller may free buffers; inside any render call they do not wait. They throw
-// std::bad_alloc.
-// All commands: [client].
+// The component calls of a mixer, which the platform's header describes. The commands stop, pause and remove
+// wait for the fetch in progress, so that the caller may then free buffers; inside a render call of any mixer
+// or unit they do not wait. Commands throw std::bad_alloc. All commands: [client].
 
 ComponentResult addSource(Mixer& mixer, SoundSource* out);
 ComponentResult removeSource(Mixer& mixer, SoundSource name);
@@ -71,9 +73,9 @@ ComponentResult playBuffer(Mixer& mixer, SoundSource name, SoundParamBlockPtr bl
 ComponentResult getInfo(Mixer& mixer, SoundSource name, OSType selector, void* value);
 ComponentResult setInfo(Mixer& mixer, SoundSource name, OSType selector, void* value);
 
-/// Render the next block. Allocates nothing and waits for nothing, but for what completion routines do.
-/// Errors   badFormat before setOutput; channelBusy if another thread is fetching; badComponentInstance after
-///          close.
+/// Render the next block. The mixer itself neither allocates nor waits; completion routines may do so.
+/// Errors   badFormat before setOutput(); channelBusy if another thread is fetching; badComponentInstance
+///          after close().
 /// [audio]
 ComponentResult getSourceData(Mixer& mixer, SoundComponentDataPtr* out);
 

@@ -1,4 +1,4 @@
-// The public calls: each sends a selector and its arguments to a component.
+// The C functions of sound components. Each function sends a selector and its arguments to a component.
 #include "platform/components/calls.h"
 #include "platform/soundmanager/mixer.h"
 #include "platform/support/border.h"

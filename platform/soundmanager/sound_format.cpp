@@ -31,7 +31,7 @@ OSErr linearPCM(const SoundComponentData& description, AudioStreamBasicDescripti
     OSErr refusal = badFormat;
     for (const auto& row : formats) {
         if (row.format != description.format) continue;
-        refusal = siInvalidSampleSize; // the format itself is known
+        refusal = siInvalidSampleSize; // the status for a known format without a fitting sample size
         if (row.bits != description.sampleSize) continue;
         const auto channels = static_cast<UInt32>(description.numChannels);
         const UInt32 bytes = channels * static_cast<UInt32>(row.bits) / 8;

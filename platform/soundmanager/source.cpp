@@ -13,10 +13,10 @@ constexpr auto quality = pcm::RateConverter::Quality::best;
 
 Float32 gain(UInt32 volume) { return static_cast<Float32>(volume & 0xFFFF) / kFullVolume; }
 
-/// Counters wrap: compares two that are less than half their range apart.
+/// Whether counter `a` is before counter `b`. Counters wrap, so their distance must be less than 2^31.
 bool isBefore(UInt32 a, UInt32 b) { return static_cast<SInt32>(a - b) < 0; }
 
-/// Mono goes to both channels, stereo to its mean.
+/// Convert the channel count: mono is copied to both channels, and stereo becomes the mean of its channels.
 void fold(const Float32* in, UInt32 inChannels, Float32* out, UInt32 outChannels, UInt32 frames)
 {
     if (inChannels == outChannels)
@@ -42,13 +42,14 @@ void applyGain(Float32* samples, UInt32 channels, UInt32 frames, Float32 left, F
 
 } // namespace
 
-// ---- clients ----
+// ---- functions for client threads ----
 
-/// The newest conversion, if it has this rate, or a new one. Null at the mixer's rate, and for a rate too far
-/// from it.
+/// Free the unused conversions, then return the newest conversion if it has this rate, otherwise a new one.
+/// Returns  null if `rate` is the mixer's rate, or too far from the mixer's rate.
 Source::Conversion* Source::conversionFor(Float64 rate)
 {
-    // Read `played_` first: a conversion whose last entry is played and that is not active then stays unused.
+    // `played_` is read before `active_`, because a conversion whose last entry has been played cannot become
+    // active again.
     const UInt32 played = played_;
     const Conversion* const active = active_;
     const auto isUnused = [&](const auto& each) {
@@ -102,10 +103,10 @@ std::unique_ptr<Source> Source::withoutBuffers() const
     return made;
 }
 
-// ---- the render thread ----
+// ---- functions for the render thread ----
 
-/// The front entry has been played: continue with the next block that its owner supplies, or complete it. The
-/// owner's routines may stop or remove this source, which stays alive until the render call ends.
+/// Continue a played front entry with the block that the "more" routine supplies, or complete the entry. The
+/// client's routines may stop or remove this source, but it stays alive until the render call ends.
 void Source::finish(Entry& entry)
 {
     framesPlayed_ = 0;
@@ -115,7 +116,8 @@ void Source::finish(Entry& entry)
         block->moreRtn && block->moreRtn(&more) && more && more->desc.buffer && more->desc.sampleCount > 0;
     if (hasEnded_) return;
     if (hasMore)
-        setBlock(entry, more); // in the entry's format: preparing another conversion allocates
+        // The block is read in the entry's format, because another conversion would need an allocation.
+        setBlock(entry, more);
     else
         ++played_;
     if (hasMore && more == block) return;
@@ -124,7 +126,8 @@ void Source::finish(Entry& entry)
     if (block->completionRtn) block->completionRtn(&done);
 }
 
-/// Decode the next frames of an entry, at most a span, in the mixer's channel count.
+/// Decode the next frames of an entry, at most `spanFrames`, and convert them to the mixer's channel count.
+/// Returns  the number of decoded frames.
 UInt32 Source::decode(const Entry& entry, UInt32 frames, Float32* out)
 {
     const UInt32 channels = entry.format.mChannelsPerFrame;
@@ -153,8 +156,8 @@ UInt32 Source::convert(const Entry& entry, Conversion& conversion, Float32* out,
     return done.made;
 }
 
-/// Render the tail of a conversion, then reset it. Silence follows its input as late as possible: until then
-/// a buffer of the same rate can still follow without a seam.
+/// Render the tail of a conversion, then reset the conversion. Silence is appended to the input as late as
+/// possible, because until then a buffer of the same rate can continue the sound without a seam.
 UInt32 Source::drain(Conversion& conversion, Float32* out, UInt32 frames)
 {
     UInt32 made = 0;
@@ -201,7 +204,7 @@ UInt32 Source::render(Float32* out, UInt32 frames)
             made += count;
         }
         if (framesPlayed_ < entry->frames) continue;
-        // A completion routine may queue the same empty buffer for ever.
+        // The limit is needed because a completion routine may queue the same empty buffer for ever.
         if (entry->frames == 0 && ++emptyEntries > capacity) break;
         finish(*entry);
     }

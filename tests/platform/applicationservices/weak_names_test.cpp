@@ -1,5 +1,5 @@
-// The two weak names by which a program detects an older system. They are missing in the older platform
-// library; the same program runs on both.
+// Tests of the two weakly linked function names by which a program detects an older system. The older
+// platform library lacks these names. The test program runs with the current and with the older library.
 #include "tests/support/child_process.h"
 
 #include <ApplicationServices/ApplicationServices.h>
@@ -15,10 +15,10 @@
 
 namespace {
 
-// Set in the environment of the child process.
+// Environment variable that is set only in the child process.
 constexpr const char* childVariable = "KVX_TEST_ON_OLDER";
 
-// A parameter, because the compiler takes the address of a named function for not null.
+// The address is a parameter, because the compiler assumes that a named function has an address.
 bool exists(const volatile void* address) { return address; }
 
 TEST(WeakNames, ExistUnlessTheSystemIsOlder)

@@ -1,4 +1,4 @@
-// A closed graph: a chain of adding units and an output unit.
+// A graph, closed at first, with a chain of adding units that ends in an output unit.
 #pragma once
 
 #include "tests/platform/augraph/adding_units.h"

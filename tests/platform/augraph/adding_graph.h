@@ -1,4 +1,4 @@
-// An open graph of an output unit and adding units.
+// An open graph with an output unit and adding units.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
@@ -7,7 +7,7 @@
 
 namespace test {
 
-/// A render callback that fills every sample with `*number`, a Float32.
+/// A render callback that sets every sample to the Float32 value at `number`.
 inline OSStatus constantSource(void* number, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32,
                                UInt32 frames, AudioBufferList* list)
 {
@@ -17,7 +17,8 @@ inline OSStatus constantSource(void* number, AudioUnitRenderActionFlags*, const 
     return noErr;
 }
 
-/// The constants of the units are 1, 2, 4, 8…, so a rendered sum shows which units took part.
+/// A graph with `count` adding units. The units add the constants 1, 2, 4, 8…, so a rendered sum shows which
+/// units were part of it.
 struct AddingGraph {
     explicit AddingGraph(int count, OSType subType = 'add ') : output(graph.add('auou', 'genr'))
     {
@@ -32,8 +33,8 @@ struct AddingGraph {
     }
     AudioUnit unit(std::size_t index) const { return graph.unit(nodes[index]); }
 
-    /// Render a few frames from the output.
-    /// Returns  a sample of the first channel, or the status of a failed render call.
+    /// Render a few frames from the output unit.
+    /// Returns  a sample of the first channel, or the error status of the render call.
     Float32 render() const
     {
         List list(canonical(44100, 2), 8);

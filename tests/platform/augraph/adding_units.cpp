@@ -61,7 +61,7 @@ OSStatus renderSum(Unit& unit, Slice& slice)
 
 void destroyConstant(void* state) { delete static_cast<Constant*>(state); }
 
-// ---- an output unit that the test renders ----
+// ---- output unit for tests that call its render function ----
 
 struct Output {
     bool isRunning = false;

@@ -1,9 +1,10 @@
-// A small set of components in place of the built-in ones. The adding units can be observed and made to fail.
+// A small set of test components that replaces the built-in ones. Tests can observe the adding units and make
+// them fail.
 //
-//   'aufx' 'odd '   a component that is not an audio unit; a search finds it first
-//   'aufx' 'add '   the sum of its inputs plus a constant; 1 to 4 inputs, 2 outputs
-//   'aufx' 'addf'   the same for any format
-//   'auou' 'genr'   an output unit that the test renders, like the built-in generic output
+//   'aufx' 'odd '   component that is not an audio unit and that a search finds first
+//   'aufx' 'add '   adding unit: outputs the sum of its inputs plus a constant; 1 to 4 inputs, 2 outputs
+//   'aufx' 'addf'   like 'add ', but accepts any stream format
+//   'auou' 'genr'   output unit that the test renders, like the built-in generic output unit
 #pragma once
 
 #include <AudioUnit/AudioUnit.h>
@@ -17,10 +18,11 @@ void setConstant(AudioUnit unit, Float32 constant);
 
 bool isInitialized(AudioUnit unit);
 
-/// The adding units in the order of their initialisation.
+/// The list of the adding units, in the order in which they were initialised.
 std::vector<AudioUnit>& initializedInOrder();
 
-/// Let the opening or initialisation number `which` of an adding unit fail, counted from 1; 0 lets none fail.
+/// Make the opening or the initialisation of an adding unit fail at its `which`-th call, counted from 1. With
+/// 0 no call fails.
 void failOpening(int which);
 void failInitialization(int which);
 constexpr OSStatus failure = -12345;

@@ -1,4 +1,4 @@
-// A graph's render thread allocates nothing and takes no lock, also while callbacks are replaced.
+// Tests that a graph's render thread allocates nothing and takes no lock, also while callbacks are replaced.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
 #include "tests/support/audio_thread_alarm.h"
@@ -9,8 +9,8 @@ namespace {
 
 using namespace test;
 
-// A device calls its I/O procedures in the order of adding. One before the graph's arms the alarm, one after
-// the graph's disarms it.
+// A device calls its I/O procedures in the order in which they were added. The procedure before the graph's
+// turns the alarm for allocations and locks on, and the procedure after the graph's turns it off.
 template <bool isOn>
 OSStatus forbid(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                 AudioBufferList*, const AudioTimeStamp*, void*)

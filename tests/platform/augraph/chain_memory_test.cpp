@@ -1,4 +1,5 @@
-// Heap use of a file player's chain of units: little at neutral settings; a time-pitch engine adds its own.
+// Tests of the heap use of a file player's chain of units. The use is small at neutral settings; a time-pitch
+// engine adds more.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
 
@@ -32,7 +33,7 @@ const struct {
     {1, 8000, mebibyte},
     {2, 44100, mebibyte},
     {6, 192000, mebibyte},
-    {64, 192000, 4 * mebibyte}, // 13 slices of 64 channels take 3.7 MiB
+    {64, 192000, 4 * mebibyte}, // the limit allows for 13 slices of 64 channels, which take 3.7 MiB
 };
 
 TEST(ChainMemory, IsSmallAtNeutralSettings)
@@ -55,7 +56,7 @@ TEST(ChainMemory, IsSmallAtNeutralSettings)
         }
 }
 
-// The length of an input history grows with the sample rate. A neutral unit has no input history.
+// The length of an input history grows with the sample rate, but a unit at neutral settings has none.
 TEST(ChainMemory, IsSmallAtAnyRate)
 {
     for (const Float64 rate : {4e5, 1e9, 1e18}) {
@@ -69,10 +70,11 @@ TEST(ChainMemory, IsSmallAtAnyRate)
     }
 }
 
-// A bypassed unit has no engine.
+// The unit is bypassed at first, and a bypassed unit has no rate engine.
 TEST(ChainMemory, TheInputHistoryIsAllocatedWithTheRateEngine)
 {
-    constexpr std::size_t history = 6 * 131072 * sizeof(float); // 0.68 s at 192 kHz, rounded up
+    // The input history of 6 channels holds 0.68 s at 192 kHz, rounded up.
+    constexpr std::size_t history = 6 * 131072 * sizeof(float);
     Sound sound{6, 100000};
     Chain chain({'genr', 6, 512, 0, timePitch, 192000}, sound);
     chain.set(chain.output, kAudioUnitProperty_StreamFormat, 2, canonical(192000, 6));
@@ -94,7 +96,8 @@ TEST(ChainMemory, TheInputHistoryIsAllocatedWithTheRateEngine)
 
 TEST(ChainMemory, AHistoryThatDoesNotFitRefusesTheSettingAndPlaybackGoesOn)
 {
-    const Float64 tooMuch = sizeof(void*) == 4 ? 4e9 : 1e18; // for the address space
+    // At this sample rate the input history exceeds the address space.
+    const Float64 tooMuch = sizeof(void*) == 4 ? 4e9 : 1e18;
     for (const Float64 rate : {tooMuch, 1e30}) {
         SCOPED_TRACE(rate);
         Sound sound{2, 100000};

@@ -1,4 +1,4 @@
-// Connections and callbacks: what an input accepts, and when the units receive it.
+// Tests of connections and callbacks: which sources an input accepts, and when the units receive the sources.
 #include "tests/platform/augraph/adding_graph.h"
 
 #include <gtest/gtest.h>
@@ -90,7 +90,8 @@ TEST(Connections, ASearchForANodesUnitSkipsOtherComponents)
     EXPECT_EQ(status, kAUGraphErr_InvalidAudioUnit);
 }
 
-// The output is the first node and the source the last. Every order of connections, before and after open.
+// The output unit is the first node and the source is the last. The test makes the connections in every
+// order, before and after the graph is opened.
 TEST(Connections, FormatsPassFromTheSourcesToTheHead)
 {
     for (const bool opensFirst : {false, true}) {
@@ -128,7 +129,7 @@ TEST(Connections, FormatsPassFromTheSourcesToTheHead)
     }
 }
 
-// Unit d has two sources: a, and a through b and c.
+// Unit d has two sources: unit a directly, and unit a through the units b and c.
 TEST(Connections, AUnitIsInitialisedAfterAllItsSources)
 {
     int order[] = {0, 1, 2, 3};
@@ -251,7 +252,7 @@ protected:
         ASSERT_EQ(AUGraphInitialize(graph), noErr);
         ASSERT_EQ(AUGraphStart(graph), noErr);
     }
-    /// A change takes effect when the graph is initialised again.
+    /// Expect that a change of a source takes effect only when the graph is initialised again.
     void expectChange(Float32 before, Float32 after)
     {
         EXPECT_EQ(AUGraphInitialize(graph), noErr);

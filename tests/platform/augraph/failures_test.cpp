@@ -1,4 +1,5 @@
-// Units that cannot be made or initialised: the call reports the unit's status and can be repeated.
+// Tests of units that cannot be created or initialised. The graph call returns the unit's status and can be
+// repeated.
 #include "tests/platform/augraph/adding_chain.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// A graph that disposes of itself, and short forms of its calls.
+// A graph object for tests that is disposed of automatically, with short forms of the graph calls.
 #pragma once
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -16,7 +16,8 @@ public:
     operator AUGraph() const { return graph_; }
     OSStatus dispose();
 
-    /// Returns  the new node; 0 after an error, which goes to `status`.
+    /// Add a node for a component type and subtype. `status` receives the status of the call.
+    /// Returns  the new node; 0 after an error.
     AUNode add(OSType type, OSType subType, OSStatus* status = nullptr) const;
     AudioUnit unit(AUNode node) const;
 
@@ -43,7 +44,7 @@ private:
     AUGraph graph_ = nullptr;
 };
 
-/// The live-object count of a kind.
+/// Returns  the number of live objects of a kind.
 std::uint32_t alive(const char* kind);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// The states of a graph: every call in every state.
+// Tests of the states of a graph, with every call in every state.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"

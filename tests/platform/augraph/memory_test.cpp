@@ -1,4 +1,5 @@
-// Every failed allocation of each call: the call reports memFullErr, keeps nothing, and can be repeated.
+// Tests in which each memory allocation of each call fails. The call then returns memFullErr, leaves no
+// object behind, and can be repeated.
 #include "tests/platform/augraph/adding_chain.h"
 #include "tests/platform/augraph/graph_calls.h"
 #include "tests/support/failing_memory.h"
@@ -7,7 +8,7 @@
 
 namespace {
 
-__thread int allocationsLeft = 0; // the allocation that fails; 0: none
+__thread int allocationsLeft = 0; // number of the allocation that fails, counted from 1; 0: no failure
 
 } // namespace
 
@@ -17,7 +18,8 @@ namespace {
 
 using namespace test;
 
-/// Call `make` with its first allocation failing, then its second and so on, until the call succeeds.
+/// Call `make` repeatedly. The first allocation fails in the first call, the second in the second call and so
+/// on, until a call succeeds.
 template <class Make>
 void sweep(const char* what, Make make)
 {
@@ -49,7 +51,7 @@ TEST(GraphMemory, EveryFailedAllocationIsReportedAndLeaksNothing)
         sweep("AddNode", [&] { return AUGraphAddNode(graph, &adder, &node); });
         EXPECT_EQ(node, chainLength + 2) << "the failed calls took no number";
         sweep("Open", [&] { return AUGraphOpen(graph); });
-        for (int i = 0; i < 9; ++i) // until the list of nodes has grown
+        for (int i = 0; i < 9; ++i) // enough nodes that the node list allocates again
             sweep("AddNode, open", [&] { return AUGraphAddNode(graph, &adder, &node); });
         EXPECT_EQ(alive("ComponentInstance"), chainLength + 11u);
         const AURenderCallbackStruct callback = {emptySource, nullptr};

@@ -1,4 +1,4 @@
-// Invalid graphs, unknown nodes and missing arguments.
+// Tests of graph calls with invalid graphs, unknown nodes and missing arguments.
 #include "tests/platform/audiounit/unit.h"
 #include "tests/platform/augraph/graph_calls.h"
 

@@ -1,4 +1,4 @@
-// The nodes of a graph: numbers, order, units.
+// Tests of the nodes of a graph: their numbers, order and units.
 #include "tests/platform/audiounit/unit.h"
 #include "tests/platform/augraph/graph_calls.h"
 

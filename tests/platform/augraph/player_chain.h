@@ -1,5 +1,5 @@
-// The units of a file player, set up as the player does it: converter, mixer, equaliser, time-pitch,
-// varispeed, output; and the sound in memory that they play.
+// The chain of units of a file player, connected as in the player (converter, mixer, equaliser, time-pitch,
+// varispeed, output), and the sound in memory that the chain plays.
 #pragma once
 
 #include "tests/platform/audiounit/unit.h"
@@ -11,10 +11,10 @@
 
 namespace test {
 
-/// A pseudo-random 24-bit sample in -1..+1, large or tiny.
+/// Returns  a pseudo-random 24-bit sample from -1 to +1, either large or tiny.
 float sample(std::size_t frame, UInt32 channel);
 
-/// A sound in memory, interleaved. Each render call continues at `position`; past the end follows silence.
+/// A sound of pseudo-random samples. Each render call continues at `position`. Silence follows the end.
 struct Sound {
     UInt32 channels;
     std::size_t frames, position = 0;
@@ -22,11 +22,11 @@ struct Sound {
                            UInt32 frames, AudioBufferList* list);
 };
 
-enum Rates { timePitch = 1, varispeed = 2 }; ///< the unit that is not bypassed
+enum Rates { timePitch = 1, varispeed = 2 }; ///< rate unit that is not bypassed
 
 struct Case {
     OSType output;
-    UInt32 channels, slice, limit; ///< limit 0: the units keep their default
+    UInt32 channels, slice, limit; ///< sizes; with limit 0 the units keep their default limit
     Rates rates;
     Float64 rate;
     OSType pitch = 'nutp';

@@ -1,4 +1,4 @@
-// The file player's chain of units changes no sample at neutral settings.
+// Tests that the file player's chain of units changes no sample at neutral settings.
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/augraph/player_chain.h"
 
@@ -10,7 +10,8 @@ namespace {
 
 using namespace test;
 
-/// Returns the output of a chain, interleaved.
+/// Render a sound through a chain of units that `setUp` has prepared.
+/// Returns  the interleaved output.
 std::vector<float> render(
     const Case& fact, std::size_t frames, void (*setUp)(Chain&) = [](Chain&) {})
 {
@@ -89,7 +90,7 @@ TEST(PlayerChain, ChangesNoSampleAtAnyRate)
             }
 }
 
-// The tests above would see a change in any of the units.
+// Changing a setting of any unit changes the output, so the tests above cover every unit.
 TEST(PlayerChain, ContainsEveryUnit)
 {
     const struct {

@@ -1,4 +1,4 @@
-// Calls from render threads: in a render call of a unit, in an I/O cycle of a device.
+// Tests of graph calls from render threads, which are inside a unit's render call or a device's I/O cycle.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
@@ -14,7 +14,7 @@ using namespace test;
 
 constexpr OSStatus cannotNow = kAUGraphErr_CannotDoInCurrentContext;
 
-/// Runs `work` in the first call of its callback.
+/// A render callback and I/O procedure whose first call runs the function `work`.
 struct Once {
     std::function<void()> work;
     int calls = 0;
@@ -156,7 +156,8 @@ TEST(RenderThread, ACallbackSetInARenderCallTakesEffectAtTheNextInitialisation)
     EXPECT_EQ(feeder.calls, 2);
 }
 
-/// Calls the graph until a thread that waits for this render call holds the graph's lock.
+/// A render callback that calls its graph until another thread, which waits for this render call to end,
+/// holds the graph's lock.
 struct BlockedRender {
     AUGraph graph = nullptr;
     std::atomic<bool> isInside{false}, callsStop{true};

@@ -1,4 +1,4 @@
-// Graphs that several threads call, and that are disposed of while they run.
+// Tests of graphs that several threads call, and of graphs that are disposed of while they run.
 #include "tests/platform/audiounit/fragile.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"

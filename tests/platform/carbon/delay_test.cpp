@@ -1,4 +1,4 @@
-// Ticks, and Delay beside stepped devices.
+// Tests of the tick count, and of Delay with and without stepped devices.
 #include "platform/carbon/ticks.h"
 #include "platform/hal/step.h"
 
@@ -99,7 +99,7 @@ TEST_F(Delays, ReturnAtOnceIfOnlySteppedDevicesRun)
 {
     isAnySteppedDeviceRunning = true;
     unsigned long after = 0;
-    Delay(0xFFFFFFFF, &after); // more than two years
+    Delay(0xFFFFFFFF, &after); // a delay of more than two years
     EXPECT_NE(after, 0u);
     Delay(0xFFFFFFFF, nullptr);
     EXPECT_EQ(advances, (std::vector<double>{0xFFFFFFFF / 60.0, 0xFFFFFFFF / 60.0}));

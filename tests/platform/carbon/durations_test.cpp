@@ -1,4 +1,4 @@
-// Moments and durations at their limits.
+// Tests of absolute times and durations at their limits.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// File references, and path lookup by the normal form of a name.
+// Tests of file references, and of path lookup by the Unicode normal form of a name.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>
@@ -47,7 +47,8 @@ std::string pathOf(const FSRef& ref)
     return status == noErr ? reinterpret_cast<char*>(path) : "status " + std::to_string(status);
 }
 
-/// Make a reference and return its path.
+/// Make a file reference for a path.
+/// Returns  the path of the reference, or a text with the error status.
 std::string found(const std::string& path)
 {
     FSRef ref;
@@ -82,7 +83,8 @@ TEST(FileReferences, HaveAbsolutePaths)
     fs::create_symlink("a.wav", folder / "link");
     const fs::path before = fs::current_path();
     fs::current_path(folder / "sub");
-    const std::string here = fs::current_path().string(); // the folder for temporary files may be a link
+    // The path is read back, because the folder for temporary files may be a symbolic link.
+    const std::string here = fs::current_path().string();
     const struct {
         std::string given, expected;
     } facts[] = {
@@ -186,7 +188,7 @@ TEST(FileReferences, AreTheSameOnAllThreads)
     EXPECT_EQ(paths.size(), 50u);
 }
 
-// ---- names ----
+// ---- composed and decomposed file names ----
 
 const std::string composed = "K\u00F6nig \u00C5ngstr\u00F6m";
 const std::string decomposed = "Ko\u0308nig A\u030Angstro\u0308m";
@@ -223,7 +225,8 @@ TEST(FileNames, ThatExistAreNotReplaced)
     EXPECT_EQ(found(folder / composed), folder / composed);
     EXPECT_EQ(found(folder / decomposed), folder / decomposed);
 
-    // An existing folder is not replaced by the one that holds the file.
+    // If both the composed and the decomposed folder exist, the lookup uses the requested folder, even if
+    // only the other folder holds the file.
     const Folder other;
     fs::create_directory(other / composed);
     fs::create_directory(other / decomposed);

@@ -1,4 +1,4 @@
-// The host clock, which several functions read.
+// Tests of the functions that read the host clock.
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 

@@ -1,4 +1,4 @@
-// Handles larger than the memory.
+// Tests of memory handles that are larger than the available memory.
 #include "tests/support/sanitizers.h"
 
 #include <Carbon/Carbon.h>
@@ -17,7 +17,7 @@ TEST(HugeHandles, AreRefused)
     const Handle handle = NewHandle(4);
     std::memcpy(*handle, "abcd", 4);
     const auto most = static_cast<Size>(~0UL >> 1);
-    std::vector<Handle> allocated; // one or two may fit on a 32-bit machine
+    std::vector<Handle> allocated; // a 32-bit machine may have memory for one or two handles
     while (const Handle huge = NewHandle(most)) {
         allocated.push_back(huge);
         ASSERT_LT(allocated.size(), 3u);

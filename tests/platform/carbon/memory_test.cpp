@@ -32,7 +32,7 @@ TEST(Handles, HaveTheRequestedSize)
             EXPECT_EQ(MemError(), noErr);
             if (make == NewHandleClear)
                 for (Size i = 0; i < size; ++i) ASSERT_EQ((*handle)[i], 0) << i;
-            std::memset(*handle, 0xFF, static_cast<std::size_t>(size)); // the whole block is writable
+            std::memset(*handle, 0xFF, static_cast<std::size_t>(size)); // the whole memory block is writable
             EXPECT_EQ(alive(), 1);
             DisposeHandle(handle);
             EXPECT_EQ(MemError(), noErr);
@@ -41,7 +41,7 @@ TEST(Handles, HaveTheRequestedSize)
     }
 }
 
-// The allocator reuses the block that was just written and freed.
+// The C library's allocator reuses the memory block that the loop has just written and freed.
 TEST(Handles, AreClearInReusedMemory)
 {
     for (int i = 0; i < 100; ++i) {
@@ -108,7 +108,7 @@ TEST(Handles, ThatAreInvalidAreReported)
         SetHandleSize(fact.handle, 5);
         EXPECT_EQ(MemError(), fact.error);
         EXPECT_EQ(MemError(), noErr);
-        DisposeHandle(fact.handle); // for the second row the second time
+        DisposeHandle(fact.handle); // the second row's handle has already been disposed of
         EXPECT_EQ(MemError(), fact.handle ? fact.error : noErr) << "NULL is no error";
     }
     EXPECT_EQ(alive(), 0);

@@ -1,4 +1,4 @@
-// Pascal strings: a length byte, then the text.
+// Tests of Pascal strings, which consist of a length byte and the text.
 #include <Carbon/Carbon.h>
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// A text of all bytes but 0, repeated.
+/// Make a text that repeats the byte values 1 to 255.
 std::string text(std::size_t length)
 {
     std::string made;

@@ -1,4 +1,4 @@
-// Delay advances a stepped device.
+// Tests that Delay advances a stepped device.
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
 #include <KVXPlatform/KVXPlatform.h>

@@ -1,4 +1,4 @@
-// The main thread of a process.
+// Tests of the function that detects the main thread of a process.
 #include <gtest/gtest.h>
 
 #include <thread>

@@ -1,4 +1,4 @@
-// Calls by selector: arguments unpacked by procedure-information words, calls passed on.
+// Tests of component calls: passing a call's arguments to a C function, and passing a call on to an instance.
 #include "tests/platform/components/own_component.h"
 
 #include <AudioUnit/AudioUnit.h>
@@ -11,7 +11,7 @@ namespace {
 
 using namespace test;
 
-/// The arguments of the last call of a handler.
+/// The arguments of the most recent call of a handler.
 std::vector<long> seen;
 
 template <class... Arguments>
@@ -27,7 +27,7 @@ ProcPtr procedure(ComponentResult (*function)(Arguments...))
     return reinterpret_cast<ProcPtr>(function);
 }
 
-/// A handler with these parameters after the storage.
+/// Returns  a handler with the parameter types `Arguments` after the storage.
 template <class... Arguments>
 ProcPtr handlerFor()
 {

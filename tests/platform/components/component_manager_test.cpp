@@ -1,4 +1,4 @@
-// Finding, opening and closing components.
+// Tests of finding, opening and closing components.
 #include "tests/platform/components/own_component.h"
 
 #include <AudioUnit/AudioUnit.h>
@@ -22,7 +22,7 @@ std::string text(OSType code)
     return four;
 }
 
-// Some built-in components, in the order of a search.
+// Some built-in components, in the order in which a search finds them.
 const struct {
     OSType type, subType;
 } builtIn[] = {
@@ -168,7 +168,7 @@ TEST(ComponentManager, RefusesAnInvalidInstance)
     EXPECT_EQ(static_cast<UInt32>(badComponentSelector), 0x80008002u);
 }
 
-/// Every call on an invalid unit reports badComponentInstance, for any other arguments.
+/// Expect that every call with an invalid unit returns badComponentInstance, for any other arguments.
 void expectEveryCallRefused(AudioUnit unit)
 {
     UInt32 size = 4;

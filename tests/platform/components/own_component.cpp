@@ -23,7 +23,7 @@ ComponentResult ownEntry(ComponentParameters* parameters, Handle storage)
         reinterpret_cast<const char*>(parameters) + offsetof(ComponentParameters, params);
     if (!request.words.empty()) std::memcpy(request.words.data(), words, request.words.size() * sizeof(long));
     own().requests.push_back(request);
-    const auto answer = own().answer; // a copy: the function may replace itself
+    const auto answer = own().answer; // copied, because the function may replace `answer`
     return answer ? answer(*parameters, storage) : 0;
 }
 

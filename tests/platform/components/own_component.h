@@ -1,4 +1,4 @@
-// A component of the test. It records its calls and answers with a function that the test sets.
+// A test component that stores its calls and returns the result of a function that the test sets.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// One call of the entry point.
+/// A stored call of the component's entry point.
 struct Request {
     short what;
     Handle storage;
@@ -22,25 +22,26 @@ struct Request {
 
 struct OwnComponent {
     std::vector<Request> requests;
-    std::function<ComponentResult(ComponentParameters&, Handle)> answer; ///< without one the answer is 0
+    /// Computes the result of a call. Without this function the result is 0.
+    std::function<ComponentResult(ComponentParameters&, Handle)> answer;
 };
 
-/// The component of ownEntry. resetOwn() restores its initial state.
+/// The test component, whose entry point is ownEntry(). resetOwn() restores the component's initial state.
 OwnComponent& own();
 void resetOwn();
 
 ComponentResult ownEntry(ComponentParameters* parameters, Handle storage);
 
-/// Register the component under a description that no other component has.
+/// Register the test component under a description that no built-in component has.
 Component registerOwn(OSType subType = 'own1', UInt32 flags = 0);
 
-/// Call a selector of an instance with these arguments.
+/// Send a component call with the selector `what` and the arguments `words` to an instance.
 ComponentResult call(ComponentInstance instance, short what, std::vector<long> words);
 
-/// Returns all components that fit a pattern, in the order of a search.
+/// Returns  all components that fit a pattern, in the order in which a search finds them.
 std::vector<Component> allThatFit(ComponentDescription pattern);
 
-/// The live-object count of a kind.
+/// Returns  the number of live objects of a kind.
 long alive(const char* kind);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// Components that programs register.
+// Tests of components that programs register.
 #include "tests/platform/components/own_component.h"
 
 #include <AudioUnit/AudioUnit.h>

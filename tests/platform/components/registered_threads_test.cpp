@@ -1,4 +1,4 @@
-// Registered components called by several threads.
+// Tests of registered components that several threads call.
 #include "tests/platform/components/own_component.h"
 
 #include <gtest/gtest.h>
@@ -109,7 +109,7 @@ TEST(RegisteredThreads, ACallInProgressEndsAfterTheClose)
 std::atomic<int> lateCalls{0};
 std::atomic<bool> isClosed{false}, isClosing{false};
 
-/// Its close call returns only after the test has made another call.
+/// Entry point of a component whose close call returns only after the test has made another call.
 ComponentResult closingEntry(ComponentParameters* parameters, Handle)
 {
     if (parameters->what == kComponentCloseSelect) {

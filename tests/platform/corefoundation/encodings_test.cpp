@@ -1,4 +1,5 @@
-// Conversion to and from each encoding: every character of the one-byte ones, the limits of the others.
+// Tests of the conversion to and from each text encoding, with every character of the one-byte encodings and
+// the limits of the other encodings.
 #include "tests/platform/corefoundation/text.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ std::string hex(std::string_view bytes)
     return result;
 }
 
-// The characters of bytes 0x80 to 0xFF, in order; 0 for a byte without a character.
+// The characters of the bytes 0x80 to 0xFF in ascending order; 0 for a byte without a character.
 constexpr std::u16string_view macRoman = u"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü"
                                          u"†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªº\u03A9æø"
                                          u"¿¡¬√ƒ≈∆«»…\u00A0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ"
@@ -61,7 +62,7 @@ TEST(Encodings, OfOneByteConvertEveryCharacterBothWays)
             EXPECT_EQ(text::bytes(string, table.encoding), cText);
             CFRelease(string);
         }
-        // Every other character is refused.
+        // The conversion to this encoding fails for every other character.
         for (unsigned unit = 0x80; unit < 0x10000; ++unit) {
             const auto character = static_cast<char16_t>(unit);
             if (table.upper.find(character) != table.upper.npos) continue;

@@ -1,4 +1,4 @@
-// Every failed allocation of each call: the call reports it or changes nothing.
+// Tests in which each memory allocation of each call fails. The call then fails or changes nothing.
 #include "tests/platform/corefoundation/text.h"
 #include "tests/support/failing_memory.h"
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-std::atomic<int> allocationsLeft{-1}; // below 0: unlimited
+std::atomic<int> allocationsLeft{-1}; // number of allocations that succeed; unlimited if negative
 
 } // namespace
 
@@ -16,7 +16,8 @@ bool support::mayAllocate() { return allocationsLeft < 0 || allocationsLeft-- > 
 
 namespace {
 
-/// Repeat a call with 0, 1, 2… allowed allocations until it succeeds. Returns the number of failures.
+/// Repeat `attempt` with 0, 1, 2… successful allocations until the attempt succeeds.
+/// Returns  the number of failed attempts.
 template <class Attempt>
 int countFailures(Attempt attempt)
 {
@@ -33,7 +34,7 @@ int countFailures(Attempt attempt)
     }
 }
 
-const std::u16string longText(1000, u'\u00E9'); // longer than a string object holds without an allocation
+const std::u16string longText(1000, u'\u00E9'); // too long for a string object without a memory allocation
 
 TEST(StringMemory, AFailedAllocationGivesNull)
 {

@@ -1,4 +1,4 @@
-// The four normal forms.
+// Tests of the four Unicode normal forms.
 #include "tests/platform/corefoundation/text.h"
 
 #include <gtest/gtest.h>

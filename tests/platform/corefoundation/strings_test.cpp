@@ -1,4 +1,4 @@
-// Strings: creation, length, copies, buffer sizes.
+// Tests of strings: creation, length, copies and buffer sizes.
 #include "tests/platform/corefoundation/text.h"
 
 #include <gtest/gtest.h>

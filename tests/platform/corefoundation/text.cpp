@@ -18,7 +18,8 @@ Owned make(std::u16string_view units)
 
 std::optional<std::string> bytes(CFStringRef string, CFStringEncoding encoding)
 {
-    // The bytes may contain zeros. The end is where the two buffers differ in their fill value.
+    // The bytes may contain zeros, so a zero does not mark the end. The two buffers have different fill
+    // values, and the first difference marks the end of the written bytes.
     std::vector<char> first(static_cast<std::size_t>(CFStringGetLength(string)) * 4 + 1, 'a');
     std::vector<char> second(first.size(), 'b');
     const auto size = static_cast<CFIndex>(first.size());

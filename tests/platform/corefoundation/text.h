@@ -1,4 +1,4 @@
-// Strings of the platform as C++ values.
+// Helpers for tests that convert the platform's strings to and from C++ values.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -15,21 +15,21 @@ struct Release {
     void operator()(CFStringRef string) const { CFRelease(string); }
 };
 
-/// Releases its string.
+/// A smart pointer that releases its string.
 using Owned = std::unique_ptr<const __CFString, Release>;
 
 Owned make(std::u16string_view units);
 
-/// Returns  the bytes of CFStringGetCString; nothing if it fails.
+/// Returns  the bytes that CFStringGetCString writes for a string; nothing if the call fails.
 std::optional<std::string> bytes(CFStringRef string, CFStringEncoding encoding);
 
-/// The UTF-16 units of a string.
+/// Returns  the UTF-16 units of a string.
 std::u16string units(CFStringRef string);
 
-/// Units as hexadecimal numbers, for failure messages.
+/// Format UTF-16 units as hexadecimal numbers, for failure messages.
 std::string readable(std::u16string_view units);
 
-/// The live-object count of strings.
+/// Returns  the number of live strings.
 unsigned alive();
 
 } // namespace text

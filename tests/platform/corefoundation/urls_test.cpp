@@ -35,7 +35,7 @@ std::string pathOf(CFURLRef url)
                : "none";
 }
 
-/// The number of kinds with live objects.
+/// Returns  the number of object kinds that have live objects.
 std::uint32_t liveKinds() { return KVXPlatformGetLiveCounts(nullptr, 0); }
 
 TEST(URLs, AreMadeFromPaths)
@@ -133,7 +133,7 @@ TEST(URLs, AreConvertedToFileReferencesAndBack)
     const Owned url(CFURLCreateFromFSRef(nullptr, &ref));
     EXPECT_EQ(pathOf(url.get()), folder + "/K\u00F6nig.wav");
 
-    // A file that does not exist yet is given by its folder and its name.
+    // The URL of a file that does not exist yet is made from the parent folder and the file name.
     FSRef parentRef;
     ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder.c_str()), &parentRef, nullptr), noErr);
     HFSUniStr255 name = {3, {'n', 'e', 'w'}};

@@ -1,4 +1,5 @@
-// Blocks: copied when queued, released after they ran; invalid arguments.
+// Tests of dispatch blocks: the queue copies a block and releases the copy after the block has run. The tests
+// also cover invalid arguments.
 #include <KVXPlatform/KVXPlatform.h>
 #include <dispatch/dispatch.h>
 
@@ -10,7 +11,7 @@
 
 namespace {
 
-/// Counts its live copies. Each block that captures it holds one.
+/// A value that counts its live copies. Each dispatch block that captures the value holds one copy.
 struct Counted {
     static std::atomic<int> alive;
     Counted() { ++alive; }
@@ -53,7 +54,8 @@ TEST(Blocks, AreReleasedByThePool)
     }
     std::uint32_t total = 0;
     while (total < 100) total += KVXPlatformDrainMainQueue(1);
-    // A block reports that it has run before it is released.
+    // The pool releases a block only after the block has queued its item on the main queue, so a release may
+    // come later.
     while (Counted::alive != 0) KVXPlatformDrainMainQueue(0.001);
     EXPECT_EQ(Counted::alive, 0);
 }

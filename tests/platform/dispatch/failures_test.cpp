@@ -1,4 +1,4 @@
-// Failed allocations: no queued work is lost.
+// Tests that no queued item is lost when memory allocations fail.
 #include "tests/support/failing_memory.h"
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -24,7 +24,7 @@ bool support::mayAllocate()
 
 namespace {
 
-constexpr int workItems = 500; // a queue of this length allocates several times
+constexpr int workItems = 500; // enough items that the queue allocates several times
 
 TEST(DispatchMemory, TheMainQueueLosesNoWork)
 {

@@ -1,4 +1,4 @@
-// The main queue: when its work runs, in which order, on which thread.
+// Tests of the main queue: when, in which order and on which thread its items run.
 #include <KVXPlatform/KVXPlatform.h>
 #include <dispatch/dispatch.h>
 

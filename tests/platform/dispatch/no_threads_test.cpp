@@ -1,4 +1,4 @@
-// Work of the global queues runs on the caller's thread if no thread can be started.
+// Tests that items of the global queues run on the caller's thread if no pool thread can be started.
 #include <dispatch/dispatch.h>
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ bool isRefusing = false;
 
 } // namespace
 
-// Interposes the C library's function.
+// This function replaces the C library's function of the same name and fails on request.
 extern "C" __attribute__((visibility("default"))) int
 pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument)
 {

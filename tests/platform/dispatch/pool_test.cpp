@@ -1,4 +1,4 @@
-// The global queues: priorities, threads, parallel work.
+// Tests of the global queues: priorities, threads and items that run in parallel.
 #include <dispatch/dispatch.h>
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A counter that threads raise and wait for.
+/// A counter that threads increment. Other threads can wait until the counter reaches a value.
 class Counter {
 public:
     void raise()
@@ -88,7 +88,7 @@ TEST(Pool, RunsEveryItemOnce)
     for (const auto& each : times) ASSERT_EQ(each, 1);
 }
 
-// One load from disk must not delay another. The first items wait for the last one.
+// A slow item must not delay other items. In this test each item waits until all items have started.
 TEST(Pool, RunsItemsInParallel)
 {
     static Counter started, finished;
@@ -102,11 +102,11 @@ TEST(Pool, RunsItemsInParallel)
     finished.waitFor(items);
 }
 
-// All threads but one are blocked, so one thread runs the queued work in order.
+// All pool threads but one are blocked, so a single thread runs the queued items in the order of priority.
 TEST(Pool, ServesHigherPrioritiesFirst)
 {
     static Counter started, open, ran;
-    static std::vector<long> order; // written by one thread
+    static std::vector<long> order; // priorities of the items that have run, written by a single thread
     constexpr int threads = 16;
     for (int i = 0; i < threads; ++i)
         dispatch_async_f(dispatch_get_global_queue(0, 0), i == 0 ? &open : nullptr, [](void* context) {

@@ -1,4 +1,4 @@
-// The render thread of a mixer allocates nothing and takes no lock.
+// Tests that the render thread of a mixer allocates nothing and takes no lock.
 #include "tests/platform/soundmanager/sound.h"
 #include "tests/support/audio_thread_alarm.h"
 
@@ -19,8 +19,8 @@ TEST(MixerRenderThread, AllocationsAreCounted)
     EXPECT_EQ(alarm_::allocations(), 2);
 }
 
-// With and without rate conversion, all sample sizes, volumes, completions and tails; called directly and by
-// a delegated component call.
+// The test covers buffers with and without rate conversion, all sample sizes, volumes, completions and tails.
+// It fetches blocks directly and by a delegated component call.
 TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
 {
     Mixer mixer({}, 333);
@@ -38,7 +38,7 @@ TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
     }
     const int allocations = alarm_::allocations();
     ComponentParameters parameters = {0, sizeof(long), kSoundComponentGetSourceDataSelect, {0}};
-    std::thread([&] { // includes the first fetch of a thread
+    std::thread([&] { // a new thread, so that the test includes a thread's first fetch
         for (long count = 1, fetches = 0; count > 0; ++fetches) {
             SoundComponentDataPtr data = nullptr;
             parameters.params[0] = reinterpret_cast<long>(&data);

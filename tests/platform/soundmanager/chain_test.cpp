@@ -1,4 +1,4 @@
-// Buffers whose "more" routine supplies the next block.
+// Tests of buffers whose "more" routine supplies the next block.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ Bytes part(const Bytes& bytes, std::size_t fromFrame, std::size_t untilFrame)
                  bytes.begin() + static_cast<long>(4 * untilFrame));
 }
 
-/// The buffers that the "more" routine supplies, in order.
+/// The buffers that the "more" routine supplies, first to last.
 struct Chain {
     std::vector<Buffer*> more;
     std::size_t next = 0;
@@ -71,7 +71,8 @@ TEST(MixerChain, UsesTheVolumeOfEachBlock)
     EXPECT_EQ(mixer.fetchAll(), encode({}, expected));
 }
 
-// A "more" routine may return the same block with other samples: the block is completed once, at the end.
+// A "more" routine may return the same block with other samples. The mixer completes that block only once,
+// after the last samples.
 TEST(MixerChain, CompletesARefilledBlockOnce)
 {
     static int fills;

@@ -1,4 +1,4 @@
-// The commands play, start, stop, pause and remove, and the completion of buffers.
+// Tests of the mixer commands play, start, stop, pause and remove, and of the completion of buffers.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -53,8 +53,8 @@ TEST(MixerCommands, PauseKeepsThePosition)
     EXPECT_EQ(buffer.completions, 1);
 }
 
-// At any position: the rest is not output, its buffers are not completed, and the next sound is as in a new
-// source.
+// After a stop at any position, the remaining sound is not output, the dropped buffers are not completed, and
+// the next sound is the same as from a new source.
 TEST(MixerCommands, StopDropsBuffersAndFilterState)
 {
     for (double rate : {44100.0, 22050.0, 8000.0}) {
@@ -115,7 +115,7 @@ TEST(MixerCommands, AQueueHolds64Buffers)
         EXPECT_TRUE(mixer.fetch().empty()) << "a refused buffer starts nothing";
         if (round == 0) {
             ASSERT_EQ(mixer.stop(source), noErr);
-            continue; // the queue is empty at once, without a fetch
+            continue; // a stop empties the queue at once, without a fetch
         }
         ASSERT_EQ(mixer.start(source), noErr);
         mixer.fetch();
@@ -134,7 +134,7 @@ TEST(MixerCommands, BuffersAreCompletedOnceInOrderOnTheRenderThread)
     std::vector<std::unique_ptr<Buffer>> buffers;
     std::vector<int> order;
     for (int i = 0; i < 60; ++i) {
-        // Lengths from 0 and 1 up, and two rates.
+        // The buffers have two sample rates and many lengths, including 0 and 1 frames.
         buffers.push_back(std::make_unique<Buffer>(Form{'sowt', 16, 2, i % 7 == 3 ? 22050.0 : 44100.0},
                                                    noise({}, static_cast<std::size_t>(i * i % 50))));
         buffers.back()->onCompletion = [&order, i] { order.push_back(i); };

@@ -1,4 +1,4 @@
-// Completion routines that call the mixer.
+// Tests of completion routines that call the mixer.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ struct Scene {
     Buffer second{{}, encode({}, Samples(400, 0.25))};
     Buffer third{{}, encode({}, Samples(100, 0.125))};
 
-    /// Play the first and the second buffer; `call` runs in the completion of the first.
+    /// Queue the first and the second buffer. `call` runs in the completion routine of the first buffer.
     void play(std::function<void()> call)
     {
         first.onCompletion = std::move(call);
@@ -51,7 +51,7 @@ TEST(MixerCompletion, QueuesTheSameBufferAgain)
     EXPECT_EQ(scene.mixer.fetchAll(), level(30000, 0.5));
 }
 
-// A block ends after 64 empty buffers: they would never fill it.
+// A fetch ends after 64 empty buffers, because empty buffers would never fill the block.
 TEST(MixerCompletion, QueuesAnEmptyBufferForEver)
 {
     Scene scene;
@@ -96,7 +96,7 @@ TEST(MixerCompletion, StopsItsSourceAndPlaysAnotherBuffer)
     EXPECT_EQ(scene.third.completions, 1);
 }
 
-// The buffer of a "more" routine has not been completed yet.
+// A stop inside a "more" routine drops the routine's own buffer, so that buffer is not completed.
 TEST(MixerCompletion, AMoreRoutineStopsItsSource)
 {
     static Scene* called;
@@ -158,7 +158,8 @@ TEST(MixerCompletion, MayNotFetch)
     EXPECT_EQ(data, nullptr);
 }
 
-// Closing frees the block, so the fetch in progress returns none.
+// A completion routine closes the mixer. Closing frees the output block, so the fetch in progress returns
+// none.
 TEST(MixerCompletion, ClosesTheMixer)
 {
     Scene scene;
@@ -168,7 +169,7 @@ TEST(MixerCompletion, ClosesTheMixer)
         EXPECT_EQ(CloseMixerSoundComponent(mixer), static_cast<OSErr>(-32767));
         EXPECT_EQ(scene.mixer.play(scene.source, scene.third), badComponentInstance);
     });
-    scene.mixer.instance = nullptr; // closed by the fetch below
+    scene.mixer.instance = nullptr; // the fetch below closes the mixer
     SoundComponentDataPtr data = reinterpret_cast<SoundComponentDataPtr>(&scene);
     EXPECT_EQ(SoundComponentGetSourceData(mixer, &data), badComponentInstance);
     EXPECT_EQ(data, nullptr);
@@ -178,15 +179,15 @@ TEST(MixerCompletion, ClosesTheMixer)
     EXPECT_EQ(SoundComponentGetSourceData(mixer, &data), badComponentInstance);
 }
 
-// Two completion routines on two threads that stop each other's sources do not wait, which would be a
-// deadlock.
+// Two completion routines on two threads stop each other's sources. Neither stop waits, because both would
+// wait for ever.
 TEST(MixerCompletion, StopsTheSourceOfAnotherMixer)
 {
     for (int round = 0; round < 50; ++round) {
         Scene one, two;
         std::atomic<int> inside{0}, stopped{0};
         const auto stop = [&](Scene& other) {
-            for (++inside; inside < 2;) std::this_thread::yield(); // both fetches are in progress
+            for (++inside; inside < 2;) std::this_thread::yield(); // wait until both fetches are in progress
             EXPECT_EQ(other.mixer.stop(other.source), noErr);
             for (++stopped; stopped < 2;) std::this_thread::yield();
         };

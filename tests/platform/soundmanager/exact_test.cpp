@@ -1,4 +1,4 @@
-// A single source in the mixer's own format, at full volume, is output bit for bit.
+// Tests that a single source in the mixer's own format, at full volume, is output bit for bit.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,8 @@ namespace {
 
 using namespace test;
 
-/// Every 16-bit value in both channels, ascending left and descending right, repeated.
+/// Make samples that pass through all 16-bit values repeatedly, ascending in the left channel and descending
+/// in the right channel.
 Bytes allValues(std::size_t frames)
 {
     Bytes bytes;
@@ -23,7 +24,8 @@ Bytes allValues(std::size_t frames)
     return bytes;
 }
 
-/// Play bytes as buffers of these lengths, cyclically, with the queue always full.
+/// Play `bytes` in buffers whose lengths in frames repeat the list `lengths`. The queue is refilled before
+/// every fetch.
 Bytes playInBuffers(Mixer& mixer, const Form& form, const Bytes& bytes,
                     const std::vector<std::size_t>& lengths)
 {
@@ -87,7 +89,7 @@ TEST(MixerExact, PlaysMoreBuffersThanTheQueueHolds)
     EXPECT_TRUE(playInBuffers(mixer, {}, bytes, {1}) == bytes);
 }
 
-// The rate that counts is the buffer's times its multiplier.
+// The effective rate of a buffer is its sample rate times its rate multiplier.
 TEST(MixerExact, NeedsNoConversionIfTheMultipliedRateIsTheMixers)
 {
     Mixer mixer;
@@ -102,7 +104,7 @@ TEST(MixerExact, NeedsNoConversionIfTheMultipliedRateIsTheMixers)
     EXPECT_TRUE(mixer.fetchAll() == bytes) << "0 means 1";
 }
 
-// The caller may consume a block by changing the returned record.
+// The caller of a fetch may change the returned description to keep track of the used part of the block.
 TEST(MixerExact, AllowsChangesToTheReturnedRecord)
 {
     Mixer mixer({}, 100);

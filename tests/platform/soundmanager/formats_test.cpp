@@ -1,4 +1,4 @@
-// The sample formats of a mixer and its sources.
+// Tests of the sample formats of a mixer and of its sources.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -117,7 +117,7 @@ TEST(MixerFormats, BlocksHaveTheRequestedLengthWithinLimits)
     }
 }
 
-// Opened as a plain component, a mixer has no output format.
+// A mixer that is opened by the general function for components has no output format.
 TEST(MixerFormats, AMixerWithoutAFormatRefusesCommands)
 {
     ComponentInstance mixer = OpenDefaultComponent(kSoundComponentType, kMixerType);
@@ -133,7 +133,8 @@ TEST(MixerFormats, AMixerWithoutAFormatRefusesCommands)
     EXPECT_EQ(CloseComponent(mixer), noErr);
 }
 
-// Each format into each, against the reference conversion.
+// Each source format is played in a mixer of each format. The output is compared with the reference
+// conversion.
 TEST(MixerFormats, SourcesAreConvertedToTheFormatOfTheMixer)
 {
     for (const Form& to : forms) {

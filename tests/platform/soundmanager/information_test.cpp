@@ -1,4 +1,4 @@
-// GetInfo and SetInfo of a mixer.
+// Tests of the GetInfo and SetInfo calls of a mixer.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-// Selectors, supported and unsupported.
+// Information selectors that a mixer supports, and others that it does not support.
 const OSType codes[] = {'chan', 'chav', 'ssiz', 'ssav', 'srat', 'srav', 'rmul', 'volu', 'hvol',
                         'svol', 'pvol', 'hstp', 'hdst', 'hmut', 'smut', 'pmut', 'hmnp', 'hwbs',
                         'hwfm', 'hbal', 'comp', 'cmav', 'cmfa', 'qual', 'olte', 'onam', 'prmx',

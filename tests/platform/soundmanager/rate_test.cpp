@@ -1,4 +1,4 @@
-// Sources whose rate is not the mixer's.
+// Tests of sources whose sample rate differs from the mixer's.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -20,8 +20,8 @@ Bytes tone(const Form& form, std::size_t frames, double hertz, double amplitude)
     return encode(form, samples);
 }
 
-/// The difference from a tone that begins at 0 with the first frame: root mean square of the left channel, in
-/// the middle.
+/// The root mean square of the difference between the left channel and a sine tone of phase 0 at the first
+/// frame, measured over the middle of the sound.
 double errorOfTone(const Samples& stereo, double hertz, double rate, double amplitude)
 {
     double sum = 0;
@@ -36,7 +36,7 @@ double errorOfTone(const Samples& stereo, double hertz, double rate, double ampl
 
 std::size_t framesOf(const Bytes& stereo16) { return stereo16.size() / 4; }
 
-/// The largest difference between two sounds, in steps of 16-bit samples.
+/// The largest difference between the samples of two sounds, in units of the smallest 16-bit step.
 double distance(const Bytes& a, const Bytes& b)
 {
     const Samples one = decode({}, a), other = decode({}, b);
@@ -112,7 +112,7 @@ TEST(MixerRates, BeyondARatioOf256AreRefused)
     }
 }
 
-// A sound in many buffers is output as in a single one.
+// A sound in many buffers gives the same output as the sound in a single buffer.
 TEST(MixerRates, ConversionContinuesFromBufferToBuffer)
 {
     for (const auto& row : rates) {
@@ -144,7 +144,7 @@ TEST(MixerRates, ConversionContinuesFromBufferToBuffer)
     }
 }
 
-// A completion routine queues the next buffer in time.
+// The completion routine of each buffer queues the next buffer, and the output has no gap.
 TEST(MixerRates, ConversionContinuesThroughCompletions)
 {
     const Form from = {'sowt', 16, 2, 22050};
@@ -163,7 +163,7 @@ TEST(MixerRates, ConversionContinuesThroughCompletions)
     EXPECT_LE(distance(mixer.fetchAll(), expected), 1);
 }
 
-// Each sound is output with its tail before the next one begins.
+// Each sound is output with its tail before the next sound begins.
 TEST(MixerRates, BuffersOfDifferentRatesFollowEachOther)
 {
     const double order[] = {22050, 44100, 22050, 8000, 48000, 44100, 44100, 22050};
@@ -183,8 +183,8 @@ TEST(MixerRates, BuffersOfDifferentRatesFollowEachOther)
     EXPECT_LE(distance(mixer.fetchAll(), expected), 1);
 }
 
-// A buffer that is queued during the tail of another continues it, until silence has entered the filter;
-// after that the tail is output whole, and then the buffer.
+// A buffer that is queued during the tail of a sound continues that sound. After silence has entered the
+// filter, the buffer begins only when the whole tail has been output.
 TEST(MixerRates, ABufferQueuedDuringATailContinuesItOrFollowsIt)
 {
     const Form from = {'sowt', 16, 2, 22050};
@@ -217,7 +217,7 @@ TEST(MixerRates, ABufferQueuedDuringATailContinuesItOrFollowsIt)
     EXPECT_GT(countThrough, 40) << "most of the tail can be continued";
 }
 
-// Unused conversions are freed when a buffer is queued; the one with a pending tail stays.
+// Queuing a buffer frees the unused rate conversions, but not the conversion that still has a tail to output.
 TEST(MixerRates, MayChangeWhileTheSourceIsPaused)
 {
     Mixer mixer({}, 10);
@@ -227,7 +227,7 @@ TEST(MixerRates, MayChangeWhileTheSourceIsPaused)
     ASSERT_EQ(mixer.play(source, first), noErr);
     std::size_t output = 0;
     while (first.completions == 0) output += framesOf(mixer.fetch());
-    ASSERT_EQ(mixer.pause(source), noErr); // with its tail pending
+    ASSERT_EQ(mixer.pause(source), noErr); // the tail of the first buffer is not output yet
     std::vector<std::unique_ptr<Buffer>> buffers;
     double expected = 40 * 44100.0 / 8000;
     for (double rate : {22050.0, 11025.0, 16000.0, 32000.0}) {

@@ -52,7 +52,7 @@ Bytes encode(const Form& form, const Samples& samples)
     const int full = 1 << (form.bits - 1);
     Bytes bytes;
     for (double sample : samples) {
-        const double nearest = std::nearbyint(sample * full); // ties to even
+        const double nearest = std::nearbyint(sample * full); // rounds ties to even
         const int value = static_cast<int>(std::fmin(std::fmax(nearest, -full), full - 1));
         if (form.bits == 8) {
             bytes.push_back(static_cast<Byte>(hasSign(form) ? value : value + 128));
@@ -88,7 +88,7 @@ Bytes noise(const Form& form, std::size_t frames, unsigned seed)
 
 Buffer::Buffer(const Form& form, Bytes s) : block{}, samples(std::move(s))
 {
-    samples.reserve(1); // so that an empty buffer has an address
+    samples.reserve(1); // so that an empty buffer has a valid address
     block.recordSize = sizeof block;
     block.desc = describe(form, static_cast<long>(samples.size() / frameBytes(form)));
     block.desc.buffer = samples.data();
@@ -101,7 +101,7 @@ Buffer::Buffer(const Form& form, Bytes s) : block{}, samples(std::move(s))
         ++buffer.completions;
         buffer.result = buffer.block.result;
         buffer.thread = std::this_thread::get_id();
-        if (const auto call = buffer.onCompletion) call(); // a copy: the call may replace it
+        if (const auto call = buffer.onCompletion) call(); // copied, because the call may replace it
         return true;
     };
 }

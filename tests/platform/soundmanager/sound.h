@@ -1,4 +1,5 @@
-// Classic sound for tests: formats and samples, an open mixer, buffers that count their completions.
+// Helpers for tests of the mixer: sample formats and conversions, an open mixer, and buffers that count their
+// completions.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -10,10 +11,10 @@
 namespace test {
 
 using Bytes = std::vector<Byte>;
-/// Interleaved samples, full scale -1..+1.
+/// Interleaved samples with the full scale -1 to +1.
 using Samples = std::vector<double>;
 
-/// A sample format.
+/// A sample format of a buffer or mixer.
 struct Form {
     OSType format = k16BitLittleEndianFormat;
     short bits = 16;
@@ -24,17 +25,18 @@ struct Form {
 SoundComponentData describe(const Form& form, long frames = 1024);
 std::size_t frameBytes(const Form& form);
 
-/// Reference conversions, written from the descriptions of the formats.
+/// Reference conversions between bytes and samples, written independently of the library's code.
 Samples decode(const Form& form, const Bytes& bytes);
 Bytes encode(const Form& form, const Samples& samples);
 
-/// Mono to both channels of stereo; stereo to its mean.
+/// Convert a channel count: mono is copied to both channels, and stereo becomes the mean of its channels.
 Samples fold(const Samples& samples, int from, int to);
 
-/// Pseudo-random samples over the whole range.
+/// Make pseudo-random samples over the whole range of a format.
 Bytes noise(const Form& form, std::size_t frames, unsigned seed = 1);
 
-/// A buffer to play. The mixer uses its memory until it has been completed, stopped or removed.
+/// A buffer to play. The mixer uses the buffer's memory until the buffer is completed, or its source is
+/// stopped or removed.
 class Buffer {
 public:
     Buffer(const Form& form, Bytes samples);
@@ -44,12 +46,12 @@ public:
     SoundParamBlock block;
     Bytes samples;
     int completions = 0;
-    short result = -1;      ///< the block's at completion
-    std::thread::id thread; ///< of the completion
+    short result = -1;      ///< result in the parameter block when the completion routine runs
+    std::thread::id thread; ///< thread that calls the completion routine
     std::function<void()> onCompletion;
 };
 
-/// An open mixer and its output.
+/// An open mixer, with helpers that play sounds and collect the output.
 class Mixer {
 public:
     explicit Mixer(const Form& form = {}, long blockFrames = 1024);
@@ -63,20 +65,23 @@ public:
     ComponentResult stop(SoundSource source) { return SoundComponentStopSource(instance, 1, &source); }
     ComponentResult pause(SoundSource source) { return SoundComponentPauseSource(instance, 1, &source); }
 
-    /// Fetch the next block; empty when nothing plays.
+    /// Fetch the next block of output.
+    /// Returns  the block; empty when no source plays.
     Bytes fetch();
 
-    /// Fetch blocks until one is empty.
+    /// Fetch blocks until a block is empty.
+    /// Returns  the output of all blocks.
     Bytes fetchAll();
 
-    /// Play `samples` with `source`; returns all output until nothing plays.
+    /// Play `samples` with `source`.
+    /// Returns  the whole output until no source plays.
     Bytes playAll(SoundSource source, const Form& form, const Bytes& samples);
 
     ComponentInstance instance = nullptr;
     const Form form;
 };
 
-/// The live-object count of a kind.
+/// Returns  the number of live objects of a kind.
 long liveCount(const char* kind);
 
 } // namespace test

@@ -1,4 +1,4 @@
-// The sum of several sources, and their volumes.
+// Tests of the sum of several sources, and of the volumes of sources.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ TEST(MixerSum, AddsSourcesOfDifferentFormats)
     }
 }
 
-// The source added last may end first, within a block or at its end.
+// Sources may end in any order, within a block or at the end of a block.
 TEST(MixerSum, AddsSourcesThatEndInAnyOrder)
 {
     const std::vector<std::size_t> lengths[] = {
@@ -96,7 +96,7 @@ TEST(MixerSum, HasAtMost64Sources)
     EXPECT_EQ(SoundComponentAddSource(mixer.instance, &none), noErr) << "its slot is free";
 }
 
-// Volumes are 8.8 fixed-point; a source's has the right channel in the high half.
+// Volumes are 8.8 fixed-point. A source's volume holds the right channel in the high half.
 const struct {
     short left, right;
     UInt32 source;

@@ -1,4 +1,4 @@
-// Client threads beside a render thread.
+// Tests of client threads that call a mixer while a render thread fetches its output.
 #include "tests/platform/soundmanager/sound.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-/// A render thread, which fetches blocks all the time.
+/// A render thread that fetches blocks continuously.
 class Renderer {
 public:
     explicit Renderer(ComponentInstance m, std::function<void(const SoundComponentData&)> check = {})
@@ -47,7 +47,7 @@ private:
     std::thread thread;
 };
 
-// After a stop or a removal the client may free the buffers, after a pause change them.
+// The client may free the buffers after a stop or a removal, and may change them after a pause.
 TEST(MixerThreads, StopPauseAndRemoveWaitForTheRenderThread)
 {
     Mixer mixer({}, 64);
@@ -67,7 +67,7 @@ TEST(MixerThreads, StopPauseAndRemoveWaitForTheRenderThread)
         ASSERT_EQ(mixer.pause(source), noErr);
         const int ends = buffers[0]->completions + buffers[1]->completions + buffers[2]->completions;
         for (auto& buffer : buffers)
-            buffer->samples.assign(buffer->samples.size(), 0); // no render call reads them
+            buffer->samples.assign(buffer->samples.size(), 0); // no render call reads the samples
         EXPECT_EQ(buffers[0]->completions + buffers[1]->completions + buffers[2]->completions, ends);
         ASSERT_EQ(mixer.start(source), noErr);
         if (round % 4 != 0) ASSERT_EQ(mixer.stop(source), noErr);
@@ -109,7 +109,7 @@ TEST(MixerThreads, CloseWaitsForTheRenderThread)
         Buffer buffer({}, noise({}, 100));
         buffer.onCompletion = [&] {
             EXPECT_TRUE(mayEnd) << "completed after close returned";
-            mixer->play(source, buffer); // again and again
+            mixer->play(source, buffer); // queue the same buffer again
         };
         ASSERT_EQ(mixer->play(source, buffer), noErr);
         const ComponentInstance instance = mixer->instance;
