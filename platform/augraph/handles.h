@@ -1,4 +1,4 @@
-// The handles of graphs. All functions: [any].
+// The table of graphs and the handles that name the graphs. All functions: [any].
 #pragma once
 
 #include "platform/augraph/graph.h"

@@ -23,7 +23,7 @@ void closeUnits(Graph& graph)
     for (Node& node : graph.nodes) closeUnit(graph, node);
 }
 
-/// Calls `undo` at the end of its scope, unless `hasSucceeded` has been set.
+/// A scope guard that calls `undo` at the end of the scope, unless `hasSucceeded` has been set.
 template <class Undo>
 struct Rollback {
     Graph& graph;

@@ -39,7 +39,7 @@ OSStatus addNode(Graph& graph, const AudioComponentDescription& description, AUN
     if (!findUnit(description, node)) return kAUGraphErr_InvalidAudioUnit;
     if (isOutput(node) && std::any_of(graph.nodes.begin(), graph.nodes.end(), isOutput))
         return kAUGraphErr_OutputNodeErr;
-    graph.nodes.reserve(graph.nodes.size() + 1); // so that push_back cannot fail after the unit is open
+    graph.nodes.reserve(graph.nodes.size() + 1); // reserved here, so push_back cannot fail with an open unit
     if (graph.isOpen)
         if (const OSStatus status = openUnit(graph, node)) return status;
     node.number = ++graph.lastNumber;

@@ -1,5 +1,5 @@
-// Waiting for a number of ticks. While a stepped device is running, the wait advances the stepped devices
-// instead of sleeping, so a program can wait for a stepped device's output.
+// Waiting for a number of ticks. While a stepped (simulated) device is running, the wait advances the stepped
+// devices instead of sleeping, so a program can wait for their output.
 #include "platform/carbon/ticks.h"
 #include "platform/hal/step.h"
 

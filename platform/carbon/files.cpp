@@ -30,7 +30,7 @@ constexpr char ourSignature[8] = {'K', 'V', 'X', 'F', 'S', 'R', 'e', 'f'};
 
 std::uint64_t hashOf(const std::string& path)
 {
-    std::uint64_t hash = 14695981039346656037u; // FNV-1a
+    std::uint64_t hash = 14695981039346656037u; // initial value of the FNV-1a hash
     for (const char each : path) hash = (hash ^ static_cast<std::uint8_t>(each)) * 1099511628211u;
     return hash;
 }
@@ -63,13 +63,13 @@ std::uint32_t numberOf(const std::string& path)
     const std::lock_guard<std::mutex> guard(all.lock);
     const auto known = all.numbers.find(path);
     if (known != all.numbers.end()) return known->second;
-    all.byNumber.reserve(all.byNumber.size() + 1); // so that push_back cannot fail after the emplace
+    all.byNumber.reserve(all.byNumber.size() + 1); // so push_back cannot fail after the emplace
     const auto number = static_cast<std::uint32_t>(all.byNumber.size());
     all.byNumber.push_back(&all.numbers.emplace(path, number).first->first);
     return number;
 }
 
-/// The status for a path that names no item. The status tells a missing item from a missing parent folder.
+/// The status for a path that names no item. It distinguishes a missing parent folder.
 OSStatus reasonFor(int error, const std::string& path)
 {
     const OSStatus status = statusOfError(error);

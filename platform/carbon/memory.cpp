@@ -30,7 +30,7 @@ Handles& handles()
 }
 
 /// Allocate zeroed memory. The result is a valid pointer even for size 0.
-/// Returns  null without memory.
+/// Returns  null if memory runs out.
 Ptr newBlock(Size size)
 {
     return static_cast<Ptr>(std::calloc(static_cast<std::size_t>(std::max<Size>(size, 1)), 1));

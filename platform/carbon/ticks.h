@@ -9,7 +9,7 @@ namespace kvxplatform::carbon {
 
 constexpr std::uint64_t ticksPerSecond = 60;
 
-/// Convert nanoseconds to ticks, rounded down. No 64-bit value overflows.
+/// Convert nanoseconds to ticks, rounded down. The calculation overflows for no 64-bit value.
 constexpr std::uint64_t ticksIn(std::uint64_t nanoseconds)
 {
     return nanoseconds / hostclock::nanosecondsPerSecond * ticksPerSecond +

@@ -15,7 +15,7 @@ namespace {
 ffi_type* const typesByCode[] = {&ffi_type_void, &ffi_type_uint8, &ffi_type_sint16, &ffi_type_pointer};
 
 constexpr unsigned resultShift = 4, firstParameterShift = 6, bitsPerCode = 2;
-constexpr unsigned maxParameters = 1 + maxWords; // the storage, then the arguments of the call
+constexpr unsigned maxParameters = 1 + maxWords; // one parameter for the storage, then a call's arguments
 
 unsigned code(ProcInfoType procInfo, unsigned shift) { return procInfo >> shift & 3; }
 
@@ -57,14 +57,15 @@ ComponentResult callFunction(Handle storage, const ComponentParameters& paramete
         if (width == 0) break;
         argumentTypes[count] = typesByCode[width];
         words[count] = count == 0 ? reinterpret_cast<long>(storage) : wordAt(parameters, count - 1);
-        arguments[count] = &words[count]; // a narrow argument is in the first bytes of its little-endian word
+        // On a little-endian machine the first bytes of a machine word hold a narrow argument.
+        arguments[count] = &words[count];
     }
 
     ffi_cif call;
     if (ffi_prep_cif(&call, FFI_DEFAULT_ABI, count, typesByCode[code(procInfo, resultShift)],
                      argumentTypes) != FFI_OK)
         return paramErr;
-    ffi_arg result = 0; // libffi writes at least a machine word
+    ffi_arg result = 0; // libffi writes at least a machine word as the result
     ffi_call(&call, reinterpret_cast<void (*)()>(function), &result, arguments);
     return static_cast<ComponentResult>(result);
 }

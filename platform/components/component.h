@@ -9,7 +9,7 @@ namespace kvxplatform::components {
 
 struct Instance;
 
-/// The behaviour that all components of one kind share: audio units, sound mixers, or the components that
+/// A component family: the behaviour that all audio units share, or all sound mixers, or all components that
 /// programs register. A null function does nothing.
 struct Family {
     const char* name;
@@ -26,7 +26,7 @@ struct Component {
     const Family* family;
     const void* row;                        ///< the component family's private description of this component
     ::Component self = nullptr;             ///< the handle of a registered component; null for a built-in one
-    std::atomic<long>* instances = nullptr; ///< open-instance count of a built-in component; or null
+    std::atomic<long>* instances = nullptr; ///< counter of open instances, if the component has one
 };
 
 /// An open instance of a component.

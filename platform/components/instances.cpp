@@ -36,7 +36,7 @@ OSStatus makeInstance(const Component& component, ComponentInstance& out)
 {
     out = nullptr;
     return withinBorder(memFullErr, [&]() -> OSStatus {
-        OSStatus status = memFullErr; // the status if the table is full
+        OSStatus status = memFullErr; // the status if the table of instances is full
         const HandleNumber number =
             table().add(std::make_unique<Instance>(component), [&](Instance& instance, HandleNumber made) {
                 instance.self = handleOf<ComponentInstance>(made);

@@ -101,7 +101,8 @@ OSStatus openInstance(Instance& instance)
     if (!state->count()) return invalidComponentID;
     instance.state = state.release();
     const ComponentResult refusal = callWithSelf(instance, kComponentOpenSelect);
-    if (!use(instance.self)) return refusal ? refusal : badComponentInstance; // closed by the entry point
+    // The component's entry point may have closed the instance.
+    if (!use(instance.self)) return refusal ? refusal : badComponentInstance;
     if (refusal) callWithSelf(instance, kComponentCloseSelect);
     return refusal;
 }

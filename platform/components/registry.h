@@ -9,8 +9,8 @@ namespace kvxplatform::components {
 /// Returns  false for a handle that names no component.
 bool find(::Component handle, Component& out);
 
-/// Find the first component that fits `pattern`, after `previous` or, if that is null, in the whole list. A
-/// field of `pattern` that is 0 fits all values. Throws std::bad_alloc.
+/// Find the first component after `previous` that fits `pattern`. With a null `previous` the search begins at
+/// the start of the list. A zero field of `pattern` fits all values. Throws std::bad_alloc.
 /// Returns  null if no component fits.
 ::Component findNext(::Component previous, const ComponentDescription& pattern);
 

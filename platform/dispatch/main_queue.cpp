@@ -16,7 +16,7 @@ namespace {
 struct MainQueue {
     std::mutex lock;
     std::condition_variable hasWork;
-    Pending pending; ///< under `lock`
+    Pending pending; ///< items that wait to run; guarded by `lock`
 };
 
 // The queue is never destroyed, because threads may still add items while the process exits.
@@ -30,7 +30,7 @@ MainQueue& mainQueue()
 /// Returns  the number of pending items.
 std::size_t waitForWork(MainQueue& queue, double timeoutSeconds)
 {
-    constexpr double longest = 1e6; // limit in seconds that every clock can represent
+    constexpr double longest = 1e6; // longest timeout in seconds, within the range of every clock
     std::unique_lock<std::mutex> hold(queue.lock);
     if (timeoutSeconds > 0) // the comparison is false for NaN
         queue.hasWork.wait_for(hold, std::chrono::duration<double>(std::min(timeoutSeconds, longest)),

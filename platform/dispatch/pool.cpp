@@ -1,5 +1,5 @@
-// The thread pool of the global queues. A new thread starts when more items wait than threads are idle, up to
-// the maximum number of threads. The threads never end.
+// The thread pool of the global queues. A new thread starts when the waiting items outnumber the idle threads
+// and the pool is not full. The threads never end.
 #include "platform/dispatch/queue.h"
 
 #include <algorithm>
@@ -12,8 +12,8 @@
 namespace kvxplatform::dispatch {
 namespace {
 
-// The maximum is higher than the usual number of processors, because queued functions may block. It is
-// limited because each thread needs a stack.
+// The maximum number of threads exceeds the usual number of processors, because queued functions may block.
+// The number is limited because each thread needs a stack.
 constexpr int maxThreads = 16;
 
 struct Pool {

@@ -6,7 +6,7 @@
 #include <deque>
 
 /// A queue; the platform's header determines the name of this type. The object holds no items, because the
-/// linker may copy the main queue's object into a program, and the copy must name the same queue.
+/// linker may copy the main queue's object into a program, and the copy must stand for the same queue.
 struct dispatch_queue_s {
     int rank; ///< priority rank of a global queue; rank 0 is served first
 };

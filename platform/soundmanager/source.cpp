@@ -29,7 +29,7 @@ void fold(const Float32* in, UInt32 inChannels, Float32* out, UInt32 outChannels
 
 void applyGain(Float32* samples, UInt32 channels, UInt32 frames, Float32 left, Float32 right)
 {
-    if (left == 1 && right == 1) return; // bit-exact
+    if (left == 1 && right == 1) return; // at full volume the samples stay bit-exact
     for (UInt32 i = 0; i < frames; ++i) {
         if (channels == 1) {
             samples[i] *= (left + right) / 2;

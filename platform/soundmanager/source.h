@@ -30,8 +30,8 @@ public:
     Source(const Source&) = delete;
 
     /// Add a buffer to the end of the queue.
-    /// Owner    the caller keeps the block and its samples alive until the block is completed or the source
-    ///          is stopped or removed.
+    /// Owner    the caller keeps the parameter block and its samples alive until the buffer is completed, or
+    ///          the source is stopped or removed.
     /// Errors   those of linearPCM(); siInvalidSampleRate for a rate too far from the mixer's; queueFull;
     ///          paramErr for a buffer without samples. Throws std::bad_alloc.
     /// [client]

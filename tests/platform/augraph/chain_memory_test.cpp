@@ -87,7 +87,7 @@ TEST(ChainMemory, TheInputHistoryIsAllocatedWithTheRateEngine)
     EXPECT_GT(grownSince(before), history);
 
     const std::size_t withEngine = allocated();
-    chain.setParameter(chain.pitch, kNewTimePitchParam_Overlap, 0, 3); // another engine
+    chain.setParameter(chain.pitch, kNewTimePitchParam_Overlap, 0, 3); // selects another rate engine
     chain.setParameter(chain.pitch, 0, 0, 1);
     EXPECT_LT(grownSince(withEngine), history) << "one history";
     ASSERT_EQ(AUGraphUninitialize(chain.graph), noErr);

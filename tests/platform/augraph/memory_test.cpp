@@ -51,7 +51,7 @@ TEST(GraphMemory, EveryFailedAllocationIsReportedAndLeaksNothing)
         sweep("AddNode", [&] { return AUGraphAddNode(graph, &adder, &node); });
         EXPECT_EQ(node, chainLength + 2) << "the failed calls took no number";
         sweep("Open", [&] { return AUGraphOpen(graph); });
-        for (int i = 0; i < 9; ++i) // enough nodes that the node list allocates again
+        for (int i = 0; i < 9; ++i) // adds enough nodes that the node list must grow
             sweep("AddNode, open", [&] { return AUGraphAddNode(graph, &adder, &node); });
         EXPECT_EQ(alive("ComponentInstance"), chainLength + 11u);
         const AURenderCallbackStruct callback = {emptySource, nullptr};

@@ -37,7 +37,7 @@ Chain::Chain(const Case& which, Sound& sound) : fact_(which)
     EXPECT_EQ(AUGraphOpen(graph), noErr);
 
     set<UInt32>(mixer, kAudioUnitProperty_ElementCount, 1, 1);
-    set<UInt32>(mixer, 3007, 1, 1); // metering
+    set<UInt32>(mixer, 3007, 1, 1); // the property 3007 turns metering on
     set<UInt32>(fact_.rates == timePitch ? speed : pitch, 21, 0, 1);
     EXPECT_EQ(graph.setCallback(converter, Sound::render, &sound), noErr);
     set(converter, kAudioUnitProperty_StreamFormat, 1, interleaved(fact_.rate, fact_.channels));

@@ -26,7 +26,7 @@ enum Rates { timePitch = 1, varispeed = 2 }; ///< rate unit that is not bypassed
 
 struct Case {
     OSType output;
-    UInt32 channels, slice, limit; ///< sizes; with limit 0 the units keep their default limit
+    UInt32 channels, slice, limit; ///< channel count, slice length, frame limit (0: the units' default)
     Rates rates;
     Float64 rate;
     OSType pitch = 'nutp';

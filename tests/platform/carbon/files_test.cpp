@@ -146,7 +146,7 @@ TEST(FileReferences, OfOtherBytesAreRefused)
         EXPECT_EQ(FSRefMakePath(&ref, path, sizeof path), errFSBadFSRef) << filler;
         EXPECT_EQ(CFURLCreateFromFSRef(nullptr, &ref), nullptr) << filler;
     }
-    for (std::size_t i = 0; i < sizeof good; ++i) { // any byte
+    for (std::size_t i = 0; i < sizeof good; ++i) { // a changed bit in any byte makes the reference invalid
         FSRef ref = good;
         ref.hidden[i] ^= 0x40;
         EXPECT_EQ(FSRefMakePath(&ref, path, sizeof path), errFSBadFSRef) << i;
@@ -238,7 +238,7 @@ TEST(FileNames, ThatExistAreNotReplaced)
 TEST(FileNames, ThatAreNotUtf8HaveOneForm)
 {
     const Folder folder;
-    const std::string latin = "K\xF6nig.wav"; // not UTF-8
+    const std::string latin = "K\xF6nig.wav"; // a file name that is not valid UTF-8
     makeFile(folder / latin);
     EXPECT_EQ(found(folder / latin), folder / latin);
     EXPECT_EQ(found(folder / "K\xF6nigin.wav"), "status -43");

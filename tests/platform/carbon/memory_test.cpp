@@ -1,4 +1,4 @@
-// Memory handles.
+// Tests of memory handles.
 #include <Carbon/Carbon.h>
 #include <KVXPlatform/KVXPlatform.h>
 

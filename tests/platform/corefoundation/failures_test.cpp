@@ -1,4 +1,5 @@
-// Tests in which each memory allocation of each call fails. The call then fails or changes nothing.
+// Tests in which each memory allocation of each call fails. The call then returns an error or leaves its
+// string unchanged.
 #include "tests/platform/corefoundation/text.h"
 #include "tests/support/failing_memory.h"
 

@@ -1,4 +1,4 @@
-// Reference counts.
+// Tests of reference counts.
 #include "tests/platform/corefoundation/text.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// File URLs.
+// Tests of file URLs.
 #include "tests/platform/corefoundation/text.h"
 
 #include <Carbon/Files.h>

@@ -12,7 +12,7 @@ using namespace test;
 struct Scene {
     Mixer mixer{{}, 100};
     SoundSource source = mixer.add(), other = mixer.add();
-    Buffer first{{}, encode({}, Samples(60, 0.5))}; // 30 frames
+    Buffer first{{}, encode({}, Samples(60, 0.5))}; // 60 samples, which are 30 stereo frames
     Buffer second{{}, encode({}, Samples(400, 0.25))};
     Buffer third{{}, encode({}, Samples(100, 0.125))};
 

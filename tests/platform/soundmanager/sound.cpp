@@ -101,7 +101,8 @@ Buffer::Buffer(const Form& form, Bytes s) : block{}, samples(std::move(s))
         ++buffer.completions;
         buffer.result = buffer.block.result;
         buffer.thread = std::this_thread::get_id();
-        if (const auto call = buffer.onCompletion) call(); // copied, because the call may replace it
+        // The function is copied, because the call may replace `onCompletion`.
+        if (const auto call = buffer.onCompletion) call();
         return true;
     };
 }

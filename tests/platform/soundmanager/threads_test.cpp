@@ -43,7 +43,7 @@ private:
     std::atomic<bool> isOver{false};
     std::mutex lock;
     std::condition_variable hasMore;
-    int blocks = 0; ///< under lock
+    int blocks = 0; ///< number of fetched blocks; guarded by `lock`
     std::thread thread;
 };
 
@@ -109,7 +109,7 @@ TEST(MixerThreads, CloseWaitsForTheRenderThread)
         Buffer buffer({}, noise({}, 100));
         buffer.onCompletion = [&] {
             EXPECT_TRUE(mayEnd) << "completed after close returned";
-            mixer->play(source, buffer); // queue the same buffer again
+            mixer->play(source, buffer); // queues the same buffer again
         };
         ASSERT_EQ(mixer->play(source, buffer), noErr);
         const ComponentInstance instance = mixer->instance;
