@@ -47,7 +47,7 @@ double renderMono(AudioPlayerData& player, OutputBuffers& output, double positio
                 advanceRelative(player, step, span.frames);
                 position += span.frames * step;
                 i += span.frames;
-                // `last` still differs from the next index, so the next frame reads its neighbours again.
+                // `last` is not updated here, so the next frame reads its neighbours again.
                 continue;
             }
             s0 = GetSample(player, k);
@@ -87,7 +87,7 @@ double renderStereo(AudioPlayerData& player, OutputBuffers& output, double posit
                 advanceRelative(player, step, span.frames);
                 position += span.frames * step;
                 i += span.frames;
-                continue; // `last` still differs from the next index, as in renderMono
+                continue; // `last` is not updated, as in renderMono
             }
             left0 = GetSample(player, j);
             right0 = GetSample(player, wrappingAdd(j, 1));

@@ -37,8 +37,9 @@ struct StreamState {
 
 /// The data that a registered component's refcon points to.
 struct RefconRecord {
-    StreamState* state;            ///< the state, in use by this record
-    QTSoundStreamGlobals* globals; ///< storage of the audible instance, or null. Published
+    StreamState* state; ///< the state, in use by this record
+    /// Storage of the instance that the render thread plays, or null. Stored and loaded in order.
+    QTSoundStreamGlobals* globals;
 
     int users;          ///< user count: the StreamState while open, each instance
     RefconRecord* next; ///< next record in liveRefcons

@@ -64,7 +64,7 @@ struct Unit {
 
     const UnitKind& kind;
     AudioUnit self = nullptr;
-    void* state = nullptr; ///< data of the unit kind, made by its open function
+    void* state = nullptr; ///< data of this kind of unit, allocated by the kind's `open`
 
     std::mutex lifeCycle;
     std::mutex settings;

@@ -47,7 +47,7 @@ ReferenceBytes bytesOf(const std::string& path, std::uint32_t number)
 struct Paths {
     std::mutex lock;
     std::unordered_map<std::string, std::uint32_t> numbers;
-    std::vector<const std::string*> byNumber; ///< pointers to the keys of `numbers`; the keys never move
+    std::vector<const std::string*> byNumber; ///< by number; points to keys of `numbers`
 };
 
 // The table is never destroyed, because references are valid until the process exits.

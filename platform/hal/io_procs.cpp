@@ -153,7 +153,7 @@ OSStatus start(AudioDeviceID id, AudioDeviceIOProcID proc)
     if (!device) return kAudioHardwareBadDeviceError;
     if (const OSStatus refusal = device->startRefusal; refusal != noErr) return refusal;
     Transition made;
-    // Inside a cycle the housekeeper thread starts the driver later.
+    // After a call inside an I/O cycle the housekeeper thread starts the driver later.
     if (deviceInCycle) return makeTransition(*device, proc, true, made);
 
     startCaptureOfEnvironment(device);

@@ -42,7 +42,7 @@ private:
     SampleLayout fromLayout_{}, toLayout_{};
     ChannelMap map_; ///< map with one entry for each destination channel
     AllChannels allChannels_ = AllChannels::none;
-    CopyWords copyWords_ = nullptr; ///< copy function; null if samples are converted through numbers
+    CopyWords copyWords_ = nullptr; ///< copy function; null if each sample is decoded and encoded
     std::array<std::uint8_t, 8> silentSample_{};
 };
 

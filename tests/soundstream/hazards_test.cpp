@@ -121,7 +121,7 @@ TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
                 return fact.takesTheRecord ? !__atomic_load_n(&state.refconRecord, __ATOMIC_SEQ_CST)
                                            : isSilent(record);
             });
-            // During these yields an action that wrongly does not wait would continue.
+            // During these yields an action that fails to wait would continue.
             for (int yields = 0; yields < 100; ++yields) std::this_thread::yield();
             isOver = true;
             return noErr;

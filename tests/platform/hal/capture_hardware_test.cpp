@@ -22,7 +22,7 @@ extern "C" __attribute__((visibility("default"))) int rename(const char* from, c
     static const auto real = reinterpret_cast<int (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "rename"));
     if (isRenamingSlow) {
         isRenaming = true;
-        // A stop that wrongly does not wait for the rename would return during this time.
+        // During this pause a stop that fails to wait for the rename would return.
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     return real(from, to);

@@ -64,7 +64,7 @@ TEST(Headers, CodesAreBigEndianText)
 
 TEST(Headers, UInt32IsUnsignedLongOnThe32BitTarget)
 {
-    // UInt32 decides C++ overloads and printf formats.
+    // Which C++ overload and which printf format fit a UInt32 depends on its underlying type.
     constexpr bool isLong = std::is_same_v<UInt32, unsigned long>;
     EXPECT_EQ(isLong, sizeof(void*) == 4);
 }
