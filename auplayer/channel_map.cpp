@@ -1,7 +1,7 @@
 #include "auplayer/channel_map.h"
 
 #include "plugin/exception_border.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/zeroed.h"
 
 #include <algorithm>

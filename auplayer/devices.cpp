@@ -1,7 +1,7 @@
 #include "auplayer/devices.h"
 
 #include "auplayer/host_dictionary.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/owned.h"
 #include "plugin/zeroed.h"

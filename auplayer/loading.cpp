@@ -5,7 +5,7 @@
 #include "auplayer/file_url.h"
 #include "plugin/background.h"
 #include "plugin/exception_border.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
 #include "plugin/services.h"

@@ -1,6 +1,6 @@
 #include "auplayer/unit_parameters.h"
 
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/truncate.h"
 
 #include <cmath>

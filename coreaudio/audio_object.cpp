@@ -2,7 +2,7 @@
 
 #include "coreaudio/core_audio.h"
 #include "coreaudio/memory_block_view.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/memory_block.h"
 #include "plugin/zeroed.h"
 

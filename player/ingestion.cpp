@@ -2,7 +2,7 @@
 
 #include "player/integer_to_float.h"
 #include "player/play_queue.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/services.h"
 #include "plugin/zeroed.h"
 

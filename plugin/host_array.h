@@ -2,11 +2,11 @@
 // All functions: [main].
 #pragma once
 
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/services.h"
 
-/// A host array with elements of type `Element`. All arrays have the same structure; `Element` exists only
-/// for the comparison of functions with their method declarations.
+/// A host array with elements of type `Element`. All arrays have the same structure; `Element` lets
+/// the compiler compare a function's type with its method declaration.
 template <class Element>
 struct ArrayOf : REALarrayStruct {
 };

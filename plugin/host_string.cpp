@@ -1,7 +1,7 @@
 #include "plugin/host_string.h"
 
 #include "plugin/ascii.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/new_string.h"
 #include "plugin/zeroed.h"
 

@@ -1,6 +1,6 @@
 #include "plugin/memory_block.h"
 
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/owned.h"
 
 #include <cstdio>

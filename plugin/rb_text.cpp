@@ -8,8 +8,8 @@
 
 namespace {
 
-// Number of zeros after a private copy, because a reader of four-character codes reads four bytes even of a
-// shorter text.
+// Number of zero bytes appended to a copied text. Code that reads a four-character code always reads four
+// bytes, even of a shorter text.
 constexpr int zerosAfterCopy = 4;
 constexpr char emptyText[16] = {};
 

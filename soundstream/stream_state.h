@@ -37,7 +37,7 @@ struct StreamState {
 
 /// The data that a registered component's refcon points to.
 struct RefconRecord {
-    StreamState* state; ///< the state, in use by this record
+    StreamState* state; ///< the state; the refcon record counts as one of its users
     /// Storage of the instance that the render thread plays, or null. Stored and loaded in order.
     QTSoundStreamGlobals* globals;
 

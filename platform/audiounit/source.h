@@ -12,8 +12,9 @@ void setCallback(Unit& unit, UInt32 bus, const AURenderCallbackStruct& callback)
 
 /// Connect an input to another unit's output and give the input the format of that output; a null unit
 /// disconnects the input. The caller holds no lock.
-/// Errors  InvalidElement: the other unit has no such output; FormatNotSupported: the input cannot have the
-///         format, which an initialised unit never changes; badComponentInstance: no such unit.
+/// Errors  InvalidElement: the other unit has no such output; FormatNotSupported: the input refuses the
+///         format, or the unit is initialised and would have to change its format; badComponentInstance: no
+///         such unit.
 /// [any]
 OSStatus connect(Unit& unit, const AudioUnitConnection& connection);
 

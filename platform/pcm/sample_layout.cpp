@@ -53,7 +53,8 @@ std::int32_t nearest(double value)
     return static_cast<std::int32_t>(bitsAs<std::uint64_t>(value + 6755399441055744.0));
 }
 
-/// Conversion of an integer sample, held in the top bits of a 32-bit number.
+/// Conversion of integer samples to and from floats. The sample is shifted to the top bits of a 32-bit
+/// number.
 struct Integer {
     explicit Integer(const SampleLayout& layout)
         : bits(layout.bits), shift(layout.isHigh ? 32 - 8 * layout.bytes : 32 - layout.bits),

@@ -86,7 +86,7 @@ private:
     /// Return the stored pairs with the contents of keys and values instead of their names.
     Notes contents()
     {
-        // Contents of each value, by the value's name in the call record.
+        // Contents of each platform object, by the name that the recorded calls give the object.
         std::map<std::string, std::string> known;
         for (const std::string& note : host().calls()) {
             const std::size_t open = note.find('('), equals = note.rfind(" = ");

@@ -42,7 +42,7 @@ protected:
         watch();
     }
 
-    /// Forget the recorded calls, set `Lasterror` to 4711, and record `Lasterror` in each further platform
+    /// Forget the recorded calls, set `Lasterror` to 4711, and record `Lasterror` at each further platform
     /// call.
     void watch()
     {

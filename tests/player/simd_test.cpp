@@ -118,7 +118,7 @@ TEST(PlayerSimd, InterpolatesFarFromTheStart)
     std::mt19937 random(7);
     constexpr UInt32 frames = 67;
     const std::vector<float> data = samples(random, 4 * frames, false);
-    // The largest start, 134217727, is the largest number of stereo frames in one buffer.
+    // The largest start position, 134217727, is the largest number of stereo frames that one buffer can hold.
     for (const double start : {1e6, 16777215.0, 134217727.0})
         for (const float step : {1.0f, 0.5f, 0.91875f, 2.0f})
             for (const int channels : {1, 2}) {

@@ -1,5 +1,5 @@
 // Memory: the sizes of allocations, their release, and the results of failed allocations.
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/rb_text.h"
 #include "plugin/register_class.h"

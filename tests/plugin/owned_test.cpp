@@ -1,6 +1,6 @@
 // Owned references are released on every path. If a release function of the host throws, the plug-in throws
 // no exception, and all other references are released.
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/host_string.h"
 #include "plugin/memory_block.h"
 #include "plugin/owned.h"

@@ -1,6 +1,6 @@
 // The host exception for each type of C++ exception, one table row per type.
 #include "abi/host_values.h"
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 

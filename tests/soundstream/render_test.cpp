@@ -165,7 +165,7 @@ protected:
         return status;
     }
 
-    /// Whether the last give() call requested samples of the mixer.
+    /// Whether the last give() call requested samples from the mixer.
     static bool hasRequested() { return sound_spy::calls().size() > 1; }
 };
 

@@ -39,7 +39,7 @@ protected:
 
     StreamObject& object() { return *object_; }
 
-    /// Render slices without a pause, from the state that showState() has set last, even after that state is
+    /// Render slices without a pause, of the state last passed to showState(), even after that state is
     /// freed.
     void pullUntilDone()
     {

@@ -17,7 +17,7 @@ TEST(HugeHandles, AreRefused)
     const Handle handle = NewHandle(4);
     std::memcpy(*handle, "abcd", 4);
     const auto most = static_cast<Size>(~0UL >> 1);
-    std::vector<Handle> allocated; // a 32-bit machine may have memory for one or two handles
+    std::vector<Handle> allocated; // one or two handles of this size may fit into 32-bit memory
     while (const Handle huge = NewHandle(most)) {
         allocated.push_back(huge);
         ASSERT_LT(allocated.size(), 3u);

@@ -1,4 +1,4 @@
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 
 #include "plugin/new_string.h"
 #include "plugin/zeroed.h"

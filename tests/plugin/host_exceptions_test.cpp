@@ -1,5 +1,5 @@
 // Host exceptions: the calls to the host, in order, and the exception that the host program receives.
-#include "plugin/exceptions.h"
+#include "plugin/host_exceptions.h"
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 
