@@ -116,3 +116,16 @@ static_assert(sizeof(REALclassDefinition9) == 25 * sizeof(Word));
 
 constexpr HostInteger newestLayout = 13;
 constexpr HostInteger oldestLayout = 9;
+
+/// Return the newest class-definition layout that a host of this version reads; the oldest layout for NaN.
+/// [any]
+constexpr HostInteger layoutOfHost(double version)
+{
+    constexpr struct {
+        double version;
+        HostInteger layout;
+    } rows[] = {{2013.04, 13}, {2013.03, 12}, {2013.0, 11}, {2012.0, 10}};
+    for (const auto& row : rows)
+        if (version >= row.version) return row.layout;
+    return oldestLayout;
+}

@@ -106,7 +106,7 @@ AUPlayerData& dataOf(REALobjectStruct* object);
 AUPlayerData& beginCall(REALobjectStruct* object);
 
 /// Store a platform status in `Lasterror`. Returns whether the status means success.
-/// [main | worker]
+/// [main], [worker]
 inline bool keepStatus(AUPlayerData& player, OSStatus status)
 {
     storeRelaxed(player.lasterror, static_cast<HostInteger>(status));

@@ -8,7 +8,7 @@ namespace auplayer {
 /// Make the graph with its six units, set up the units, and initialise the graph without starting it.
 /// Returns false at the first platform call that fails, with the status of that call in `Lasterror`. Graph
 ///         and units made before the failure stay in the record until the object is destroyed.
-/// [main | worker]
+/// [main], [worker]
 bool buildGraph(AUPlayerData& player);
 
 } // namespace auplayer

@@ -10,7 +10,7 @@ namespace auplayer {
 /// Returns false at the first platform call that fails, with the status of that call in `Lasterror`, or 0
 ///         there if reading the samples failed. The function always closes the file.
 /// Errors  isOutOfMemory is set if there is no memory for the samples.
-/// [main | worker]
+/// [main], [worker]
 bool decodeFile(LoadRequest& request);
 
 } // namespace auplayer

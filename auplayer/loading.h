@@ -28,7 +28,7 @@ HostBoolean LoadFileIntern(REALobjectStruct* object, REALfolderItemStruct* file,
 
 /// Run the load that `request`, a LoadRequest, describes. Calls the platform, but never the host. Throws
 /// nothing.
-/// [main | worker]
+/// [main], [worker]
 void LoadFileInternal(const void* request);
 
 /// Return a new memory block with a copy of the samples. Return nil before a load, after a failed read, and

@@ -81,7 +81,6 @@ constexpr UnitKind units[] = {
      Uninitialize{uninitializeRateUnit}, Reset{resetRateUnit}, Render{renderRateUnit}, RenderInside{nullptr},
      Start{nullptr}, Stop{nullptr}},
 };
-// clang-format on
 
 constexpr bool areComplete()
 {

@@ -12,24 +12,6 @@ AnyFunction soundComponentEntry = nullptr;
 
 namespace {
 
-struct {
-    double hostVersion;
-    int layout;
-} const layouts[] = {
-    // newest class-definition layout that hosts from each version on read; newest version first
-    {2013.04, 13},
-    {2013.03, 12},
-    {2013.0, 11},
-    {2012.0, 10},
-};
-
-int layoutFor(double hostVersion)
-{
-    for (const auto& row : layouts)
-        if (hostVersion >= row.hostVersion) return row.layout;
-    return oldestLayout; // layout of older hosts, and of a host whose version is NaN
-}
-
 REALclassDefinition* const classes[] = {
     &auPlayerClass, &coreAudioClass, &coreAudioListenerClass, &coreAudioPlayerClass, &soundStreamClass,
 };
@@ -44,7 +26,7 @@ void enter(REALResolver resolver)
 {
     gResolver = resolver;
     if (auto* hostVersion = resolve<double()>("REALGetRBVersion")) rbversion_rbversion = hostVersion();
-    CurrentREALControlVersion = layoutFor(rbversion_rbversion);
+    CurrentREALControlVersion = static_cast<int>(layoutOfHost(rbversion_rbversion));
 
     // All supported hosts have this service. A host without the service crashes at this call of a null
     // address, before the library registers a class.

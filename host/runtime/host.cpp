@@ -20,14 +20,6 @@ Host* currentHost = nullptr;
 
 constexpr double opaqueRecordsFrom = 2016.0;
 
-struct LayoutRow {
-    double version;
-    int layout;
-};
-
-/// The newest class layout that a host reads, from the version on.
-constexpr LayoutRow layouts[] = {{2013.04, 13}, {2013.03, 12}, {2013.0, 11}, {2012.0, 10}};
-
 const ClassInfo& needClass(const Host& host, std::string_view name)
 {
     if (const auto* info = host.findClass(name)) return *info;
@@ -74,14 +66,6 @@ void noteMisuse(std::string sentence)
     if (!now) return;
     const std::lock_guard<std::mutex> lock(now->misuseLock);
     now->misuses.push_back(std::move(sentence));
-}
-
-int layoutOf(double version)
-{
-    for (const auto& row : layouts) {
-        if (version >= row.version) return row.layout;
-    }
-    return oldestLayout;
 }
 
 Host::Host(Options options)

@@ -49,7 +49,7 @@ void registerPluginVersion(std::int32_t layout)
     if (layout < oldestLayout || layout > newestLayout)
         noteMisuse(fmt::format("the library announced class layout {}; this host reads {} to {}", layout,
                                oldestLayout, newestLayout));
-    if (layout > layoutOf(Host::current().visibleVersion()))
+    if (layout > layoutOfHost(Host::current().visibleVersion()))
         noteMisuse(fmt::format("the library announced class layout {}, newer than host version {} knows",
                                layout, Host::current().visibleVersion()));
     state().registeredLayout = layout;

@@ -72,9 +72,6 @@ private:
     Object outer_;
 };
 
-/// The newest class layout that a host of that version reads: 9 to 13.
-int layoutOf(double version);
-
 /// The exception object as a C++ exception.
 HostException asException(const Object& raised);
 

@@ -1,11 +1,11 @@
 // The thread pool of the global queues. A new thread starts when the waiting items outnumber the idle threads
 // and the pool is not full. The threads never end.
 #include "platform/dispatch/queue.h"
+#include "platform/support/border.h"
 
 #include <algorithm>
 #include <array>
 #include <condition_variable>
-#include <exception>
 #include <mutex>
 #include <thread>
 
@@ -68,11 +68,11 @@ std::size_t countPending(const Pool& in)
 /// Start a thread. A failure is ignored, because the next call tries again.
 void tryToStartThread(Pool& in)
 {
-    try {
+    withinBorder(false, [&in] {
         std::thread([&in] { serve(in); }).detach();
         ++in.threads;
-    } catch (const std::exception&) {
-    }
+        return true;
+    });
 }
 
 } // namespace

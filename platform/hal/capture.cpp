@@ -1,4 +1,5 @@
 #include "platform/hal/capture.h"
+#include "platform/support/border.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,7 +21,7 @@ const char* adviceFor(int error)
     switch (error) {
     case ENOSPC:
     case EDQUOT:
-        return "make room on the disk";
+        return "free space on the disk";
     case EFBIG:
         return "write to a disk that takes larger files, or raise the limit (ulimit -f)";
     case ENOENT:
@@ -53,11 +54,13 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
     }
     const std::size_t samples = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
     const std::size_t size = std::clamp(samples, samplesPerWrite * 2, largestRing);
-    try {
+    const bool isStarted = withinBorder(false, [&] {
         // The ring buffer has whole frames, so a frame never wraps around its end.
         capture->ring_.resize(size - size % form.channels);
         capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
-    } catch (const std::exception&) {
+        return true;
+    });
+    if (!isStarted) {
         error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
         capture->discard();
         return nullptr;

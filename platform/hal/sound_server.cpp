@@ -1,11 +1,11 @@
 #include "platform/hal/sound_server.h"
+#include "platform/support/border.h"
 
 #include <atomic>
 #include <chrono>
 #include <future>
 #include <jack/jack.h>
 #include <memory>
-#include <system_error>
 #include <thread>
 
 namespace kvxplatform::hal {
@@ -30,12 +30,14 @@ bool endsInTime(const std::function<void()>& work)
 {
     const auto end = std::make_shared<std::promise<void>>();
     const std::future<void> ended = end->get_future();
-    try {
+    const bool isStarted = withinBorder(false, [&] {
         std::thread([work, end] {
             work();
             end->set_value();
         }).detach();
-    } catch (const std::system_error&) {
+        return true;
+    });
+    if (!isStarted) {
         work();
         return true;
     }
