@@ -52,6 +52,7 @@ Converters::Use use(AudioConverterRef handle);
 bool dispose(AudioConverterRef handle);
 
 // The functions below need exclusive access to the converter, except getPropertyInfo and getProperty.
+// Those without another annotation: [any].
 
 /// Prepare a new converter for its formats. Throws std::bad_alloc.
 /// Errors  those of AudioConverterNew.

@@ -13,7 +13,7 @@ OSStatus start(Graph& graph);
 
 /// Start or stop the output unit. If the graph has no output unit, a stop does nothing. The caller holds the
 /// graph's lock, unless the caller is inside the output unit's own render call.
-/// [any but audio] or [audio & rendering]
+/// [any but audio], [audio & rendering]
 OSStatus startHead(Graph& graph);
 OSStatus stopHead(Graph& graph);
 

@@ -1,4 +1,5 @@
-// The open instances of components. All functions: [any].
+// The open instances of components.
+// All functions: [any].
 #pragma once
 
 #include "platform/components/component.h"

@@ -1,4 +1,5 @@
-// Components that programs register, in contrast to the built-in ones. All functions: [any].
+// Components that programs register, in contrast to the built-in ones.
+// All functions: [any].
 #pragma once
 
 #include "platform/components/component.h"

@@ -1,4 +1,5 @@
-// The list of components: the built-in ones, then the registered ones. All functions: [any].
+// The list of components: the built-in ones, then the registered ones.
+// All functions: [any].
 #pragma once
 
 #include "platform/components/component.h"

@@ -29,7 +29,8 @@ private:
     std::optional<RenderScope::Entry> entry_;
 };
 
-// Both functions: [audio & rendering], inside a CycleScope.
+// These functions are called inside a CycleScope.
+// All functions: [audio & rendering].
 
 /// The buffers and settings of the next cycle. Both are valid until the CycleScope ends.
 CycleBuffers& buffersOfNextCycle(Device& device);

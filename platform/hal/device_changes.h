@@ -13,7 +13,8 @@ bool differ(const Settings& before, const Settings& after);
 AudioObjectPropertyScope scopeOfSide(const Device& device, bool isInput);
 
 // The three post functions notify the listeners of the device and of its streams, once for each property.
-// [any], not inside a cycle, without propertyLock
+// They are not called inside an I/O cycle or with propertyLock held.
+// These functions: [any].
 
 void postSettingChanges(const Device& device, const Settings& before, const Settings& after);
 

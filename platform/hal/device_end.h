@@ -5,8 +5,9 @@
 
 namespace kvxplatform::hal {
 
-// unplug and markDead: [any], not inside a cycle. These functions give the device's roles (default device) to
-// other devices, notify listeners, finish the device's captures, and discard its later output.
+// unplug() and markDead() are not called inside an I/O cycle. They give the device's roles (default device)
+// to other devices, notify listeners, finish the device's captures, and discard its later output. Both:
+// [any].
 
 /// Remove a device from the device list. The device is dead afterwards.
 void unplug(const DeviceRef& device);

@@ -9,7 +9,8 @@ namespace kvxplatform::hal {
 /// [any]
 AudioStreamBasicDescription floatFormat(double rate, UInt32 channels);
 
-// Functions from here to changeRate(): [any], with propertyLock.
+// The caller of the functions from here to changeRate() holds propertyLock.
+// These functions: [any].
 
 /// The current format of the device's input or output side.
 AudioStreamBasicDescription formatOf(const Device& device, bool isInput);

@@ -40,7 +40,8 @@ struct Consequences {
     std::vector<AudioObjectPropertySelector> changedOfStream;
 };
 
-// Getter and Setter: [any], with propertyLock.
+// The caller of a getter or setter holds propertyLock.
+// Getter and Setter: [any].
 
 /// Replace `value` by the property's value. On entry `value` has the caller's bytes, from which a translation
 /// reads its input.

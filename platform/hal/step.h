@@ -6,7 +6,8 @@
 
 namespace kvxplatform::hal {
 
-// Both functions: [any]; inside a cycle they do nothing.
+// These functions do nothing inside an I/O cycle.
+// All functions: [any].
 
 /// Run `frames` frames of a stepped device: whole slices, then the remaining frames.
 /// Returns  the number of frames that ran, which is less than `frames` if the last procedure stopped earlier.

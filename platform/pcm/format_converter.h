@@ -21,7 +21,8 @@ public:
 
     /// Convert frames [first, first + frames) of `in` into [firstOut, firstOut + frames) of `out`.
     /// Shape  as many buffers as the formats have. Frames of `in` past mDataByteSize, and buffers of `in`
-    /// without memory, count as silence. The buffers of `out` must have memory for the frames. [any]
+    /// without memory, count as silence. The buffers of `out` must have memory for the frames.
+    /// [any]
     void run(const AudioBufferList& in, UInt32 first, UInt32 frames, AudioBufferList& out,
              UInt32 firstOut) const;
 

@@ -63,7 +63,7 @@ void close(Mixer& mixer);
 // The component calls of a mixer, which the platform's header describes. The commands stop, pause and remove
 // wait for the fetch in progress, so that the caller may then free buffers; inside a render call of any mixer
 // or unit they do not wait. Commands may throw std::bad_alloc.
-// All commands: [client].
+// All functions: [client].
 
 ComponentResult addSource(Mixer& mixer, SoundSource* out);
 ComponentResult removeSource(Mixer& mixer, SoundSource name);

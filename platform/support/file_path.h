@@ -1,7 +1,8 @@
-// Absolute paths, and path lookup by Unicode normal form. All functions: [any].
+// Absolute paths, and path lookup by Unicode normal form.
 //
 // A path is a sequence of bytes, usually UTF-8. A path in another encoding is valid, but is looked up only as
 // given.
+// All functions: [any].
 #pragma once
 
 #include <MacTypes.h>

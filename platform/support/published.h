@@ -40,8 +40,9 @@ public:
         return record;
     }
 
-    /// Stop holding an object, so that writers may free it at once. Null is ignored.
-    /// [audio & rendering]; [any] while no render call can begin
+    /// Stop holding an object, so that writers may free it at once. Null is ignored. Other
+    /// threads may call it while no render call can begin.
+    /// [audio & rendering]
     void release(const T* record)
     {
         if (std::atomic<T*>* const slot = findHeld(record)) *slot = nullptr;

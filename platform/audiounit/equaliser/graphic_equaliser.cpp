@@ -34,8 +34,8 @@ struct Band {
     bool isFlat() const { return height.isUnity(); }
 };
 
-/// The state of the unit.
-/// [audio & rendering], or any thread while the unit is not initialised
+/// The state of the unit. Any thread may use it while the unit is not initialised.
+/// [audio & rendering]
 struct Equaliser {
     std::vector<Band> bands[2]; ///< the bands of each of the two sets
     std::vector<double> block;  ///< samples of a block: block[channel * blockFrames + frame]

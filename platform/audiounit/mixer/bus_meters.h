@@ -35,7 +35,7 @@ public:
 
     // Each slice calls, in this order: begin(); measure() for both stages, or measureSilence(), which serves
     // both; publish(). These functions do nothing while the meters are disabled.
-    // All four functions: [audio & rendering].
+    // All functions: [audio & rendering].
 
     void begin(bool isReset);
     void measure(Stage stage, const AudioBufferList& list, UInt32 frames);
