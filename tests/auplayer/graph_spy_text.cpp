@@ -1,6 +1,7 @@
 #include "tests/auplayer/graph_spy_text.h"
 
 #include "tests/auplayer/graph_spy_state.h"
+#include "tests/support/record_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,43 +13,22 @@ namespace {
 
 std::string decimal(unsigned long long number) { return std::to_string(number); }
 
-std::string real(double number)
-{
-    char text[40];
-    std::snprintf(text, sizeof text, "%g", number);
-    return text;
-}
-
-std::string hex(unsigned long long number)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%llX", number);
-    return text;
-}
+using record_text::hex;
+using record_text::real;
 
 /// Return a four-character code as text in quotes, such as 'lpcm', if all characters are printable, otherwise
 /// as a number.
 std::string code(UInt32 word)
 {
-    const char text[] = {'\'',
-                         static_cast<char>(word >> 24),
-                         static_cast<char>(word >> 16),
-                         static_cast<char>(word >> 8),
-                         static_cast<char>(word),
-                         '\''};
-    const bool isText =
-        std::all_of(text, text + sizeof text, [](char letter) { return letter >= ' ' && letter <= '~'; });
-    return isText ? std::string(text, sizeof text) : decimal(word);
+    const std::string quoted = record_text::quotedCode(word);
+    return quoted.empty() ? decimal(word) : quoted;
 }
 
 std::string format(const void* bytes)
 {
     AudioStreamBasicDescription f;
     std::memcpy(&f, bytes, sizeof f);
-    return "{" + real(f.mSampleRate) + ", " + code(f.mFormatID) + ", " + hex(f.mFormatFlags) + ", " +
-           decimal(f.mBytesPerPacket) + ", " + decimal(f.mFramesPerPacket) + ", " +
-           decimal(f.mBytesPerFrame) + ", " + decimal(f.mChannelsPerFrame) + ", " +
-           decimal(f.mBitsPerChannel) + ", " + decimal(f.mReserved) + "}";
+    return record_text::streamFormat(f, code(f.mFormatID));
 }
 
 } // namespace

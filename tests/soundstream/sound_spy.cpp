@@ -1,8 +1,9 @@
 #include "tests/soundstream/sound_spy.h"
 
+#include "tests/support/record_text.h"
+
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <cstring>
 #include <deque>
 #include <memory>
@@ -125,27 +126,15 @@ void nameStored(const char* kind, const void* pointer)
 
 // ---- arguments as text ----
 
-std::string hex(unsigned long long number)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%llX", number);
-    return text;
-}
+using record_text::hex;
 
 struct Code {
     UInt32 word;
 };
 std::string text(Code code)
 {
-    const char text[] = {'\'',
-                         static_cast<char>(code.word >> 24),
-                         static_cast<char>(code.word >> 16),
-                         static_cast<char>(code.word >> 8),
-                         static_cast<char>(code.word),
-                         '\''};
-    const bool isText =
-        std::all_of(text, text + sizeof text, [](char letter) { return letter >= ' ' && letter <= '~'; });
-    return isText ? std::string(text, sizeof text) : hex(code.word);
+    const std::string quoted = record_text::quotedCode(code.word);
+    return quoted.empty() ? hex(code.word) : quoted;
 }
 
 std::string text(const void* pointer)
@@ -187,13 +176,7 @@ std::string text(const SoundComponentData* d)
 
 std::string text(const AudioStreamBasicDescription* f)
 {
-    if (!f) return "null";
-    char rate[40];
-    std::snprintf(rate, sizeof rate, "%g", f->mSampleRate);
-    return std::string("{") + rate + ", " + text(Code{f->mFormatID}) + ", " + hex(f->mFormatFlags) + ", " +
-           std::to_string(f->mBytesPerPacket) + ", " + std::to_string(f->mFramesPerPacket) + ", " +
-           std::to_string(f->mBytesPerFrame) + ", " + std::to_string(f->mChannelsPerFrame) + ", " +
-           std::to_string(f->mBitsPerChannel) + ", " + std::to_string(f->mReserved) + "}";
+    return f ? record_text::streamFormat(*f, text(Code{f->mFormatID})) : "null";
 }
 
 std::string text(const AURenderCallbackStruct& given)

@@ -1,10 +1,11 @@
 #include "tests/support/property_spy.h"
 
+#include "tests/support/record_text.h"
+
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
 #include <map>
@@ -24,12 +25,7 @@ std::set<const void*> platformStrings;
 
 // ---- arguments as text ----
 
-std::string hex(unsigned long long number)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%llX", number);
-    return text;
-}
+using record_text::hex;
 
 std::string text(UInt32 number) { return hex(number); }
 std::string text(UInt64 number) { return hex(number); }

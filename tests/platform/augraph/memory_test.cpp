@@ -1,5 +1,5 @@
-// Tests in which each memory allocation of each call fails. The call then returns memFullErr, leaves no
-// object behind, and can be repeated.
+// Tests in which each memory allocation of each call fails. The call then returns memFullErr, keeps no
+// object, and can be repeated.
 #include "tests/platform/augraph/adding_chain.h"
 #include "tests/platform/augraph/graph_calls.h"
 #include "tests/support/failing_memory.h"

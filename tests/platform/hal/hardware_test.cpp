@@ -229,7 +229,7 @@ TEST_F(Hardware, DiesIfItsStopNeverReturns)
     ASSERT_EQ(other.start(), noErr);
     EXPECT_EQ(other.stop(), noErr);
     EXPECT_TRUE(isAlive(KVXPlatformBuiltInSimulatedDevice())) << "it does not need PortAudio";
-    blockStops(false); // the blocked thread ends, so that the test leaves no thread behind
+    blockStops(false); // the blocked thread ends before the test does
     waitFor([&] { return closedStreams() == closedBefore + 1; });
 }
 
