@@ -6,7 +6,6 @@
 
 #include <Carbon/Carbon.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -24,7 +23,7 @@ bool convertsRate(const Converter& converter)
     return converter.source.mSampleRate != converter.destination.mSampleRate;
 }
 
-ChannelMap routingOf(const Converter& converter, const Settings& settings)
+ChannelMap channelMapOf(const Converter& converter, const Settings& settings)
 {
     return settings.map ? *settings.map
                         : pcm::foldedChannelMap(converter.source.mChannelsPerFrame,
@@ -36,8 +35,8 @@ ChannelMap routingOf(const Converter& converter, const Settings& settings)
 std::unique_ptr<Conversion> make(const Converter& converter, const Settings& settings)
 {
     auto made = std::make_unique<Conversion>();
-    const bool isMade = made->prepare(converter.source, converter.destination, routingOf(converter, settings),
-                                      settings.quality.filter());
+    const bool isMade = made->prepare(converter.source, converter.destination,
+                                      channelMapOf(converter, settings), settings.quality.filter());
     return isMade ? std::move(made) : nullptr;
 }
 
@@ -111,18 +110,16 @@ void getPrimeInfo(const Converter& converter, void* data)
 
 void getChannelMap(const Converter& converter, void* data)
 {
-    const ChannelMap map = routingOf(converter, converter.settings);
+    const ChannelMap map = channelMapOf(converter, converter.settings);
     std::memcpy(data, map.data(), map.size() * sizeof map[0]);
 }
 
 OSStatus setChannelMap(Converter& converter, const void* data)
 {
     Settings settings = converter.settings;
-    settings.map.emplace(converter.destination.mChannelsPerFrame);
-    std::memcpy(settings.map->data(), data, settings.map->size() * sizeof(SInt32));
-    const bool isMap = std::all_of(settings.map->begin(), settings.map->end(),
-                                   [](SInt32 entry) { return entry >= pcm::silentChannel; });
-    return isMap ? apply(converter, std::move(settings)) : paramErr;
+    settings.map =
+        pcm::channelMapFrom(data, converter.destination.mChannelsPerFrame * UInt32{sizeof(SInt32)});
+    return settings.map ? apply(converter, std::move(settings)) : paramErr;
 }
 
 template <const AudioStreamBasicDescription Converter::*format>

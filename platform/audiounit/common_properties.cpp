@@ -27,6 +27,11 @@ OSStatus setRenderCallback(Unit& unit, ElementAddress address, const void* data,
     return noErr;
 }
 
+OSStatus getEqualChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
+{
+    return give(data, AUChannelInfo{-1, -1});
+}
+
 OSStatus getAnyChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
 {
     return give(data, AUChannelInfo{-1, -2});

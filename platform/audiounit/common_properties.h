@@ -15,6 +15,7 @@ OSStatus getSampleRate(Unit& unit, ElementAddress address, void* data, UInt32& s
 OSStatus setSampleRate(Unit& unit, ElementAddress address, const void* data, UInt32 size);
 OSStatus setConnection(Unit& unit, ElementAddress address, const void* data, UInt32 size);
 OSStatus setRenderCallback(Unit& unit, ElementAddress address, const void* data, UInt32 size);
+OSStatus getEqualChannelCounts(Unit& unit, ElementAddress address, void* data, UInt32& size);
 OSStatus getAnyChannelCounts(Unit& unit, ElementAddress address, void* data, UInt32& size);
 OSStatus getBypass(Unit& unit, ElementAddress address, void* data, UInt32& size);
 OSStatus setBypass(Unit& unit, ElementAddress address, const void* data, UInt32 size);

@@ -52,8 +52,8 @@ Float32 parameterValue(const Unit& unit, AudioUnitParameterID id, AudioUnitScope
 void storeParameter(Unit& unit, AudioUnitParameterID id, AudioUnitScope scope, AudioUnitElement element,
                     Float32 value);
 
-/// Count the parameters of an element, or list at most `most` of their IDs. Both functions return the number
-/// of parameters, which may change between two calls.
+/// Count the parameters of an element, or list at most `most` of their IDs and return how many were listed.
+/// The count may change between two calls.
 /// [any]
 UInt32 parameterCount(const Unit& unit, AudioUnitScope scope, AudioUnitElement element);
 UInt32 parameterList(const Unit& unit, AudioUnitScope scope, AudioUnitElement element,

@@ -67,7 +67,7 @@ OSStatus getProperty(Unit& unit, AudioUnitPropertyID id, ElementAddress address,
     const std::lock_guard<std::mutex> guard(unit.settings);
     const Property* row = nullptr;
     if (const OSStatus status = find(unit, id, address, row)) return status;
-    if (row->access == Access::writeOnly) return kAudioUnitErr_InvalidProperty;
+    if (!row->get) return kAudioUnitErr_InvalidProperty;
     UInt32 needed = sizeOf(unit, *row, address);
     if (!data) {
         *size = needed;

@@ -140,11 +140,6 @@ void advanceBands(Equaliser& equaliser, UInt32 frames)
 
 // ---- properties ----
 
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -1});
-}
-
 /// Get the tail time of the band that decays slowest; 0 if all bands are flat.
 OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
 {
@@ -166,7 +161,7 @@ OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
 // clang-format off
 const Property equaliserProperties[] = {
     // property                                scopes    element     bytes                  access             settable          get               set        size of
-    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getChannelCounts, nullptr,   nullptr},
+    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getEqualChannelCounts, nullptr,   nullptr},
     {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       Access::readOnly,  Settable::always, getTailTime,      nullptr,   nullptr},
     {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getBypass,        setBypass, nullptr},
 };

@@ -85,11 +85,6 @@ OSStatus setQuality(Unit& unit, ElementAddress, const void* data, UInt32)
     return noErr;
 }
 
-OSStatus getChannelCounts(Unit&, ElementAddress, void* data, UInt32&)
-{
-    return give(data, AUChannelInfo{-1, -1});
-}
-
 constexpr auto always = Settable::always;
 constexpr auto read = Access::readOnly;
 constexpr auto both = Access::readWrite;
@@ -100,7 +95,7 @@ constexpr auto both = Access::readWrite;
 const Property rateProperties[] = {
     // property                                scopes    element     bytes                  access settable get               set                     size of
     {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,       nullptr,                nullptr},
-    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getChannelCounts, nullptr,                nullptr},
+    {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getEqualChannelCounts, nullptr,                nullptr},
     {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,          nullptr,                nullptr},
     {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        both,  always,  getBypass,        setBypassAndMakeEngine, nullptr},
     {kAudioUnitProperty_RenderQuality,         inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality,       setQuality,             nullptr},

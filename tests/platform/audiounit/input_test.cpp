@@ -87,6 +87,19 @@ TEST(Input, IsRenderedInsideTheCycle)
               kAudioUnitErr_CannotDoInCurrentContext);
 }
 
+TEST(Input, CallbackCannotBeRead)
+{
+    for (const OSType subType : {'ahal', 'def ', 'sys '}) {
+        SCOPED_TRACE(subType);
+        const Unit unit(subType);
+        AURenderCallbackStruct callback;
+        UInt32 size = sizeof callback;
+        EXPECT_EQ(
+            AudioUnitGetProperty(unit, kAudioOutputUnitProperty_SetInputCallback, 0, 0, &callback, &size),
+            kAudioUnitErr_InvalidProperty);
+    }
+}
+
 TEST(Input, OtherRateThanTheDevicesIsRefused)
 {
     const Unit unit('ahal');
