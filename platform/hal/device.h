@@ -74,7 +74,7 @@ struct Device {
     RenderScope scope; ///< render scope of the thread that runs cycles
     ProcList procs{scope};
     Published<CycleBuffers> buffers;
-    Published<const OutputSinks> sinks; ///< tap and captures; null without any
+    Published<const OutputSinks> sinks; ///< tap and captures; null before the first
     std::array<std::atomic<float>, mostChannels> targetGains;
     std::atomic<Driver> driver{Driver::timer};
     /// Whether the device is dead or unplugged, so that its cycles run but their output is discarded.

@@ -66,7 +66,7 @@ bool tidyAll()
 
 void run()
 {
-    // A lack of memory makes tidyAll() fail, and the loop tries again.
+    // Without memory tidyAll() fails. The loop then frees and checks again, but the failed change is lost.
     for (bool isTidy = true;; isTidy = withinBorder(false, tidyAll)) {
         if (!isTidy)
             housekeeperSignal().waitFor(retryNanos);

@@ -1,6 +1,5 @@
 #include "platform/soundmanager/mixer.h"
 
-#include "platform/components/calls.h"
 #include "platform/components/instances.h"
 #include "platform/soundmanager/mixer_state.h"
 #include "platform/support/border.h"

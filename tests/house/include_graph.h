@@ -1,4 +1,4 @@
-// Who includes whom: units, and the folders that hold them.
+// Include dependencies between units and between folders.
 #pragma once
 
 #include "tests/house/walls.h"

@@ -57,13 +57,20 @@ TEST(LiveCounts, CountObjectsByKind)
 
 TEST(LiveCounts, AreCountedOnAllThreads)
 {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([] {
-            for (int i = 0; i < 1000; ++i)
-                CFRelease(CFStringCreateWithCString(nullptr, "text", kCFStringEncodingUTF8));
-        });
-    for (auto& thread : threads) thread.join();
+    std::vector<CFStringRef> strings[4];
+    const auto onFourThreads = [&](auto work) {
+        std::vector<std::thread> threads;
+        for (auto& each : strings) threads.emplace_back([&each, work] { work(each); });
+        for (auto& thread : threads) thread.join();
+    };
+    onFourThreads([](std::vector<CFStringRef>& each) {
+        for (int i = 0; i < 1000; ++i)
+            each.push_back(CFStringCreateWithCString(nullptr, "text", kCFStringEncodingUTF8));
+    });
+    EXPECT_EQ(report(), Lines{"CFString 4000"});
+    onFourThreads([](std::vector<CFStringRef>& each) {
+        for (const CFStringRef string : each) CFRelease(string);
+    });
     EXPECT_EQ(report(), Lines{});
 }
 

@@ -117,7 +117,9 @@ TEST(Published, HeldRecordsStayWholeWhileTheyAreReplaced)
 {
     RenderScope scope;
     Published<Record> record;
+    record.publish(std::make_unique<Record>(1), scope);
     std::atomic<bool> isOver{false};
+    std::atomic<int> reads{0};
     std::thread reader([&] {
         Record* held = nullptr;
         for (unsigned calls = 0; !isOver; ++calls) {
@@ -129,12 +131,14 @@ TEST(Published, HeldRecordsStayWholeWhileTheyAreReplaced)
             if (!held) continue;
             EXPECT_GT(held->one, 0);
             EXPECT_EQ(held->one, held->two);
+            ++reads;
             if (calls % 5 == 0) {
                 record.release(held);
                 held = nullptr;
             }
         }
     });
+    while (reads == 0) std::this_thread::yield();
     for (int i = 1; i <= 5000; ++i) record.publish(i % 7 ? std::make_unique<Record>(i) : nullptr, scope);
     isOver = true;
     reader.join();
@@ -144,7 +148,9 @@ TEST(Published, IsReadWholeWhileTwoThreadsReplaceIt)
 {
     RenderScope scope;
     Published<Record> record;
+    record.publish(std::make_unique<Record>(1), scope);
     std::atomic<bool> isOver{false};
+    std::atomic<int> reads{0};
     std::mutex lock;
     std::thread reader([&] {
         while (!isOver) {
@@ -152,9 +158,11 @@ TEST(Published, IsReadWholeWhileTwoThreadsReplaceIt)
             if (const Record* held = record.get()) {
                 EXPECT_GT(held->one, 0);
                 EXPECT_EQ(held->one, held->two);
+                ++reads;
             }
         }
     });
+    while (reads == 0) std::this_thread::yield();
     std::vector<std::thread> writers;
     for (int w = 0; w < 2; ++w)
         writers.emplace_back([&] {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 namespace {
@@ -66,7 +67,7 @@ TEST(RenderScope, DoesNotWaitInsideItself)
 TEST(RenderScope, WaitsForTheRenderCallInProgress)
 {
     RenderScope scope;
-    std::atomic<bool> isInside{false}, mayLeave{false}, hasWorked{false};
+    std::atomic<bool> isInside{false}, mayLeave{false}, hasWorked{false}, hasReturned{false};
     std::thread audio([&] {
         const RenderScope::Entry call(scope);
         isInside = true;
@@ -77,7 +78,11 @@ TEST(RenderScope, WaitsForTheRenderCallInProgress)
     std::thread control([&] {
         scope.wait();
         EXPECT_TRUE(hasWorked);
+        hasReturned = true;
     });
+    // During this pause a wait() that does not wait would return.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_FALSE(hasReturned);
     mayLeave = true;
     control.join();
     audio.join();
