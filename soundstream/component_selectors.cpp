@@ -38,9 +38,8 @@ ComponentResult replaceMixer(QTSoundStreamGlobals& globals)
     ComponentInstance mixer = nullptr;
     const OSErr status = OpenMixerSoundComponent(&globals.description, 0, &mixer);
     if (status == noErr) storeInOrder(globals.mixer, mixer);
-    const bool isOpen = liveInstances.find(&globals) != nullptr;
-    // Close() ran while the mixer was being opened, and may not have seen the new mixer
-    if (!isOpen) closeMixer(globals);
+    // Close() may have run while the mixer was being opened, before it could see the new mixer.
+    if (!liveInstances.find(&globals)) closeMixer(globals);
     return status;
 }
 

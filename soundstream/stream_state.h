@@ -1,7 +1,8 @@
 // The records that the host program's object, the component's clients and the render thread share.
 //
 // These three users finish in any order, so each record counts its users. In the field comments, "published"
-// and "relaxed" name the memory order of atomic accesses.
+// (release and acquire), "in order" (sequentially consistent) and "relaxed" name the memory order of
+// accesses.
 #pragma once
 
 #include "abi/word.h"
@@ -23,15 +24,15 @@ struct StreamState {
     /// Converter from the mixer's format; null until created, never disposed. Published.
     AudioConverterRef converter;
     AudioStreamBasicDescription outputFormat; ///< output format of the converter; constant
-    /// Record of the registered component, in use by this state; null while not open. Published.
+    /// Record of the registered component, in use by this state; null while not open. In order.
     RefconRecord* refconRecord;
     HostBoolean streamActive;             ///< whether the mixer plays a source. Relaxed
     HostBoolean postsStatusNotifications; ///< value of a host property, stored without any effect. [main]
 
     int users;                          ///< user count: the object, each RefconRecord, each render call
     StreamState* next;                  ///< next state in liveStates
-    pthread_t renderThread;             ///< thread of the render call in progress; 0 without one. Published
-    std::uint32_t rendersDone;          ///< number of render calls that have ended; may wrap. Published
+    pthread_t renderThread;             ///< thread of the render call in progress; 0 without one. In order
+    std::uint32_t rendersDone;          ///< number of render calls that have ended; may wrap. In order
     QTSoundStreamGlobals* closedInside; ///< first instance that was closed inside the render call. [audio]
 };
 
@@ -55,7 +56,7 @@ struct QTSoundStreamGlobals {
     /// The component's record, in use by this instance; null if the component was unregistered before Open.
     RefconRecord* refcon;
 
-    bool isMixerChanging; ///< whether the mixer is being replaced, so that silence is rendered. Published
+    bool isMixerChanging; ///< whether the mixer is being replaced, so that silence is rendered. In order
     int inputsEnded;      ///< number of times that `sourceData` became invalid. Relaxed
     int users;            ///< user count: the open instance, each request in progress
     QTSoundStreamGlobals* next; ///< next instance in liveInstances; after removal, next in closedInside
