@@ -1,6 +1,6 @@
 #include "host/kvx/commands.h"
-#include "host/kvx/failure.h"
 #include "host/kvx/library.h"
+#include "host/kvx/text/failure.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

@@ -1,8 +1,8 @@
 // kvx: plays and renders files through the library, and shows what it registers, where it can play and what
 // devices tell.
 #include "host/kvx/commands.h"
-#include "host/kvx/failure.h"
-#include "host/kvx/plain_text.h"
+#include "host/kvx/text/failure.h"
+#include "host/kvx/text/plain_text.h"
 
 #include <csignal>
 #include <cstdio>

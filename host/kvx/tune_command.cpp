@@ -1,6 +1,6 @@
 #include "host/kvx/commands.h"
-#include "host/kvx/plain_text.h"
-#include "host/kvx/tune.h"
+#include "host/kvx/files/tune.h"
+#include "host/kvx/text/plain_text.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 // A signal sets a flag, the same one once more ends the process.
-#include "host/kvx/interrupt.h"
-#include "host/kvx/write_aside.h"
+#include "host/kvx/files/write_aside.h"
+#include "host/kvx/terminal/interrupt.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>

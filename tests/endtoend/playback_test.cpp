@@ -1,9 +1,9 @@
 // Parts of `kvx play` that a whole command cannot be brought to show: a device that refuses, something left
 // over.
-#include "host/kvx/failure.h"
-#include "host/kvx/interrupt.h"
 #include "host/kvx/library.h"
-#include "host/kvx/playback.h"
+#include "host/kvx/play/playback.h"
+#include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/text/failure.h"
 #include "tests/endtoend/loaded.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"

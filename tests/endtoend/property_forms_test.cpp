@@ -1,9 +1,9 @@
 // Every value that any object gives is as long as its form says: none falls back to bytes.
 #include "tests/endtoend/loaded.h"
 
-#include "host/kvx/core_audio.h"
-#include "host/kvx/property_text.h"
-#include "host/kvx/property_types.h"
+#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/properties/property_text.h"
+#include "host/kvx/properties/property_types.h"
 
 #include <gtest/gtest.h>
 

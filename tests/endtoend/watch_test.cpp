@@ -1,9 +1,9 @@
 // Devices watched through the library's listeners: what changes is said once, and only that.
 #include "tests/endtoend/loaded.h"
 
-#include "host/kvx/demo.h"
-#include "host/kvx/device_changes.h"
-#include "host/kvx/watch.h"
+#include "host/kvx/devices/demo.h"
+#include "host/kvx/devices/device_changes.h"
+#include "host/kvx/devices/watch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Why a sound file cannot be read, and what is missing from one that can.
 #pragma once
 
-#include "host/kvx/failure.h"
 #include "host/kvx/files/sound_file.h"
+#include "host/kvx/text/failure.h"
 
 #include <cstdint>
 #include <string>

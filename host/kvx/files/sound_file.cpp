@@ -1,8 +1,8 @@
 #include "host/kvx/files/sound_file.h"
 
-#include "host/kvx/failure.h"
 #include "host/kvx/files/file_failure.h"
 #include "host/kvx/files/path_lookup.h"
+#include "host/kvx/text/failure.h"
 #include "host/runtime/checked_size.h"
 
 #include <AudioToolbox/AudioToolbox.h>

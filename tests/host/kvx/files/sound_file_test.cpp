@@ -1,7 +1,7 @@
 // Sound files as the command reads them.
-#include "host/kvx/failure.h"
 #include "host/kvx/files/file_failure.h"
 #include "host/kvx/files/sound_file.h"
+#include "host/kvx/text/failure.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"
 

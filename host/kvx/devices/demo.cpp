@@ -1,0 +1,97 @@
+#include "host/kvx/devices/demo.h"
+
+#include "host/kvx/text/failure.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+namespace kvx {
+namespace {
+
+void check(std::int32_t status)
+{
+    if (status != 0) throw Failure(KVXPlatformErrorText());
+}
+
+} // namespace
+
+Demo::Demo(host::Host& host, const CoreAudio& core, double secondsPerStep)
+    : host_(host), core_(core),
+      pause_(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(secondsPerStep))),
+      next_(Clock::now() + pause_)
+{
+}
+
+Demo::~Demo()
+{
+    try {
+        if (player_) stop();
+        if (device_) KVXPlatformRemoveSimulatedDevice(device_);
+    } catch (const std::exception&) {
+        // The play is over; what could not be put away goes with the process.
+    }
+}
+
+bool Demo::turn()
+{
+    if (Clock::now() < next_) return false;
+    static constexpr void (Demo::*steps[])() = {
+        &Demo::plugIn,       &Demo::becomeDefault, &Demo::changeRate, &Demo::changeSlice,
+        &Demo::changeVolume, &Demo::muteOn,        &Demo::muteOff,    &Demo::start,
+        &Demo::stop,         &Demo::die,           &Demo::unplug,
+    };
+    (this->*steps[step_])();
+    step_ = (step_ + 1) % std::size(steps);
+    next_ = Clock::now() + pause_;
+    return true;
+}
+
+void Demo::write(const PropertyAddress& address, const std::string& bytes)
+{
+    if (const Status status = core_.write(address, bytes); status != 0)
+        throw Failure(
+            fmt::format("the demo's {} failed: {}", printCode(address.selector), printStatus(status)));
+}
+
+void Demo::plugIn()
+{
+    const std::string name = fmt::format("Demo Device {}", ++act_);
+    KVXSimulatedDevice description = {};
+    description.name = name.c_str();
+    device_ = KVXPlatformAddSimulatedDevice(&description);
+    if (!device_) throw Failure(KVXPlatformErrorText());
+}
+
+void Demo::becomeDefault() { write({systemObject, 'dOut'}, bytesOf(ObjectID(device_))); }
+void Demo::changeRate() { write({device_, 'nsrt'}, bytesOf(48000.0)); }
+void Demo::changeSlice() { write({device_, 'fsiz'}, bytesOf(std::uint32_t(256))); }
+void Demo::changeVolume() { write({device_, 'volm', outputScope, 1}, bytesOf(0.5f)); }
+void Demo::muteOn() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t(1))); }
+void Demo::muteOff() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t(0))); }
+
+// A player with an empty queue that may not run dry keeps the device running, silently.
+void Demo::start()
+{
+    player_ = host_.create("CoreAudioPlayerKVX");
+    player_.set("OutputDeviceID", std::int64_t(device_));
+    player_.set("NoUnderflow", true);
+    if (!player_.call("Start").boolean()) throw Failure("the demo's device does not start");
+}
+
+void Demo::stop()
+{
+    player_.set("NoUnderflow", false);
+    player_.call("Stop");
+    player_ = nullptr;
+}
+
+void Demo::die() { check(KVXPlatformKillDevice(device_)); }
+
+void Demo::unplug()
+{
+    check(KVXPlatformRemoveSimulatedDevice(device_));
+    device_ = 0;
+}
+
+} // namespace kvx

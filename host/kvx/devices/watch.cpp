@@ -1,0 +1,144 @@
+#include "host/kvx/devices/watch.h"
+
+#include "host/kvx/devices/device_changes.h"
+#include "host/kvx/text/failure.h"
+
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace kvx {
+namespace {
+
+constexpr const char* listenerClass = "CoreAudioListenerKVX";
+constexpr Code anyScope = '****';
+constexpr std::uint32_t anyElement = 0xFFFFFFFF;
+
+constexpr const char* systemSelectors[] = {
+    "kAudioHardwarePropertyDevices", "kAudioHardwarePropertyDefaultOutputDevice",
+    "kAudioHardwarePropertyDefaultSystemOutputDevice", "kAudioHardwarePropertyDefaultInputDevice"};
+
+constexpr const char* deviceSelectors[] = {
+    "kAudioDevicePropertyDeviceIsAlive",      "kAudioDevicePropertyDeviceIsRunning",
+    "kAudioDevicePropertyNominalSampleRate",  "kAudioDevicePropertyBufferFrameSize",
+    "kAudioDevicePropertyVolumeScalar",       "kAudioDevicePropertyMute",
+    "kAudioDevicePropertyStreamConfiguration"};
+
+} // namespace
+
+Watch::Watch(host::Host& host, const CoreAudio& core, Say say)
+    : host_(host), core_(core), say_(std::move(say))
+{
+    for (const char* selector : systemSelectors) {
+        systemListeners_.push_back(listen(systemObject, selector));
+        const auto status = Status(systemListeners_.back().get("LastError").integer());
+        if (status != 0)
+            throw Failure(
+                fmt::format("the devices cannot be watched: {}; close other programs", printStatus(status)));
+    }
+    // Listeners come first and the looks after them, so that nothing falls between.
+    for (ObjectID device : readDeviceList(core_)) beginWatching(device);
+    roles_ = readRoles(core_);
+}
+
+void Watch::tell(const std::string& line)
+{
+    ++said_;
+    say_(line);
+}
+
+host::Object Watch::listen(ObjectID object, const char* selectorName)
+{
+    const Code selector = core_.constant(selectorName).value_or(0);
+    host::Object listener = host_.create(listenerClass, object, selector, anyScope, anyElement);
+    listener.on("Changed", [this](host::Object& sender, const std::vector<host::Value>&) {
+        changed_.insert(ObjectID(sender.get("ObjectID").unsigned64()));
+        return host::Value();
+    });
+    return listener;
+}
+
+void Watch::beginWatching(ObjectID device)
+{
+    Watched watched;
+    for (const char* selector : deviceSelectors) watched.listeners.push_back(listen(device, selector));
+    auto facts = readDeviceFacts(core_, device);
+    if (!facts) return; // it went again; the list's own event tells
+    watched.facts = std::move(*facts);
+    watched_[device] = std::move(watched);
+    order_.push_back(device);
+}
+
+std::string Watch::nameOf(ObjectID device) const
+{
+    if (device == 0) return "none";
+    const auto found = watched_.find(device);
+    return found == watched_.end() ? fmt::format("id {}", device) : printDevice(found->second.facts);
+}
+
+void Watch::lookAtList()
+{
+    const std::vector<ObjectID> now = readDeviceList(core_);
+    std::vector<ObjectID> gone;
+    for (ObjectID device : order_)
+        if (std::find(now.begin(), now.end(), device) == now.end()) gone.push_back(device);
+    for (ObjectID device : now) {
+        if (watched_.count(device)) continue;
+        beginWatching(device);
+        if (watched_.count(device)) tell(printArrival(watched_[device].facts));
+    }
+    lookAtRoles(); // while the names of those that went are known
+    for (ObjectID device : gone) {
+        tell(printDeparture(watched_[device].facts));
+        watched_.erase(device);
+        order_.erase(std::find(order_.begin(), order_.end(), device));
+    }
+}
+
+void Watch::lookAtRoles()
+{
+    const Roles now = readRoles(core_);
+    for (const std::string& line : changesOfRoles(roles_, now, [this](ObjectID id) { return nameOf(id); }))
+        tell(line);
+    roles_ = now;
+}
+
+void Watch::lookAtDevice(ObjectID device)
+{
+    const auto found = watched_.find(device);
+    if (found == watched_.end()) return;
+    auto facts = readDeviceFacts(core_, device);
+    if (!facts) return; // it went; the list's own event tells
+    for (const std::string& line : changesOfDevice(found->second.facts, *facts)) tell(line);
+    found->second.facts = std::move(*facts);
+}
+
+bool Watch::turn(double seconds)
+{
+    const std::size_t saidBefore = said_;
+    KVXPlatformDrainMainQueue(seconds);
+    host_.rethrow();
+    const std::set<ObjectID> changed = std::exchange(changed_, {});
+    for (ObjectID object : changed)
+        if (object != systemObject) lookAtDevice(object);
+    if (changed.count(systemObject)) lookAtList();
+    return said_ != saidBefore;
+}
+
+std::vector<DeviceFacts> Watch::devices() const
+{
+    std::vector<DeviceFacts> devices;
+    for (ObjectID id : order_) devices.push_back(watched_.at(id).facts);
+    return devices;
+}
+
+std::size_t Watch::listenerCount() const
+{
+    std::size_t count = systemListeners_.size();
+    for (const auto& [device, watched] : watched_) count += watched.listeners.size();
+    return count;
+}
+
+} // namespace kvx

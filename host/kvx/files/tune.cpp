@@ -1,0 +1,111 @@
+#include "host/kvx/files/tune.h"
+
+#include "host/kvx/files/write_aside.h"
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+
+namespace kvx {
+namespace {
+
+struct Note {
+    double beat;
+    int key;   // semitones above A at 220 Hz
+    float pan; // 0 left, 1 right
+    float gain;
+};
+
+constexpr double beatSeconds = 0.25;
+constexpr double pi = 3.14159265358979323846;
+
+// Broken chords over a slow bass, ending where they began.
+// clang-format off
+constexpr Note notes[] = {
+    { 0, -9, 0.50f, 0.9f}, { 0,  3, 0.20f, 0.7f}, { 1,  7, 0.35f, 0.7f}, { 2, 10, 0.65f, 0.7f}, { 3, 15, 0.80f, 0.8f},
+    { 4, -5, 0.50f, 0.9f}, { 4,  7, 0.75f, 0.7f}, { 5, 10, 0.60f, 0.7f}, { 6, 14, 0.40f, 0.7f}, { 7, 19, 0.25f, 0.8f},
+    { 8, -4, 0.50f, 0.9f}, { 8,  8, 0.20f, 0.7f}, { 9, 12, 0.35f, 0.7f}, {10, 15, 0.65f, 0.7f}, {11, 20, 0.80f, 0.8f},
+    {12, -2, 0.50f, 0.9f}, {12, 10, 0.75f, 0.7f}, {13, 14, 0.60f, 0.7f}, {14, 17, 0.40f, 0.7f}, {15, 22, 0.25f, 0.8f},
+    {16, -9, 0.50f, 1.0f}, {16,  3, 0.30f, 0.8f}, {16.15, 10, 0.50f, 0.8f}, {16.3, 15, 0.70f, 0.8f}, {16.45, 27, 0.50f, 0.5f},
+};
+// clang-format on
+constexpr double tuneSeconds = 6.5;
+
+// A plucked string: harmonics that fade the sooner the higher they are, each a number that turns and shrinks
+// by the same factor from frame to frame; after a soft attack.
+std::vector<float> pluck(double frequency, std::size_t frames)
+{
+    std::vector<double> sum(frames);
+    for (int harmonic = 1; harmonic <= 6; ++harmonic) {
+        const double fade = std::exp(-(1.6 + 1.1 * harmonic) / tuneSampleRate);
+        const double angle = 2.0 * pi * frequency * harmonic / tuneSampleRate;
+        const double turnX = fade * std::cos(angle), turnY = fade * std::sin(angle);
+        double x = 1.0 / (harmonic * harmonic), y = 0.0;
+        for (double& sample : sum) {
+            sample += y;
+            const double turned = x * turnX - y * turnY;
+            y = x * turnY + y * turnX;
+            x = turned;
+        }
+    }
+    const double attackFade = std::exp(-400.0 / tuneSampleRate);
+    double attack = 1.0;
+    std::vector<float> samples;
+    samples.reserve(frames);
+    for (double sample : sum) {
+        samples.push_back(float(sample * (1.0 - attack)));
+        attack *= attackFade;
+    }
+    return samples;
+}
+
+} // namespace
+
+std::vector<float> composeTune()
+{
+    const auto frames = std::size_t(tuneSeconds * tuneSampleRate);
+    std::vector<float> tune(frames * tuneChannels);
+    for (const Note& note : notes) {
+        const auto first = std::size_t(note.beat * beatSeconds * tuneSampleRate);
+        const double frequency = 220.0 * std::pow(2.0, note.key / 12.0);
+        const float left = note.gain * std::cos(float(pi / 2) * note.pan);
+        const float right = note.gain * std::sin(float(pi / 2) * note.pan);
+        const std::vector<float> sound = pluck(frequency, frames - first);
+        for (std::size_t i = 0; i < sound.size(); ++i) {
+            tune[(first + i) * 2] += left * sound[i];
+            tune[(first + i) * 2 + 1] += right * sound[i];
+        }
+    }
+
+    float peak = 0;
+    for (float sample : tune) peak = std::max(peak, std::fabs(sample));
+    const std::size_t fade = tuneSampleRate / 2;
+    for (std::size_t i = 0; i < tune.size(); ++i) {
+        const std::size_t left = frames - 1 - i / 2;
+        tune[i] *= 0.7f / peak * std::min(1.0f, float(left) / float(fade));
+    }
+    return tune;
+}
+
+void writeTune(const std::string& path)
+{
+    const std::string aside = asideOf(path);
+    const std::vector<float> tune = composeTune();
+    SF_INFO info = {};
+    info.samplerate = tuneSampleRate;
+    info.channels = tuneChannels;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    errno = 0;
+    SNDFILE* file = sf_open(aside.c_str(), SFM_WRITE, &info);
+    if (!file) giveUpWriting(aside, path, errno);
+    const auto frames = sf_count_t(tune.size() / tuneChannels);
+    const bool isWritten = sf_writef_float(file, tune.data(), frames) == frames;
+    const int error = errno;
+    const bool isClosed = sf_close(file) == 0;
+    if (!isWritten || !isClosed) giveUpWriting(aside, path, isWritten ? errno : error);
+    moveIntoPlace(aside, path);
+}
+
+} // namespace kvx

@@ -1,0 +1,223 @@
+#include "host/kvx/play/file_player.h"
+
+#include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/text/failure.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvx {
+namespace {
+
+constexpr const char* outputUnit = "OutputHandle";
+constexpr const char* units[] = {"ConverterHandle", "MixerHandle",     "EqualizerHandle",
+                                 "TimePitchHandle", "VariSpeedHandle", outputUnit};
+
+// Properties and parameters of units, by number, of the whole unit.
+constexpr std::uint32_t latencyProperty = 12, tailProperty = 20, renderErrorProperty = 22;
+constexpr std::uint32_t varispeedRate = 0, varispeedCents = 1;
+
+// Lets the program run what waits while the library yields, and no longer.
+struct YieldGuard {
+    host::Host& host;
+    YieldGuard(host::Host& program, const std::function<void()>& turn) : host(program) { host.onYield(turn); }
+    ~YieldGuard() { host.onYield({}); }
+    YieldGuard(const YieldGuard&) = delete;
+    YieldGuard& operator=(const YieldGuard&) = delete;
+};
+
+} // namespace
+
+Range rateRange(RateUnit unit) { return unit == RateUnit::varispeed ? Range{0.25, 4} : Range{0.04, 32}; }
+
+FilePlayer::FilePlayer(host::Host& host, const CoreAudio& core, const Advice& advice)
+    : host_(host), core_(core), advice_(advice), object_(host.create("AUPlayerKVX"))
+{
+}
+
+FilePlayer::~FilePlayer()
+{
+    try {
+        pause();
+    } catch (const std::exception&) {
+        // Nobody is left to tell; the object's destructor stops it as well.
+    }
+}
+
+Status FilePlayer::lastError() const { return Status(object_.get("Lasterror").integer()); }
+
+void FilePlayer::check(const char* what) const
+{
+    if (const Status status = lastError(); status != 0)
+        throw Failure(fmt::format("{} is refused: {}", what, printStatus(status)));
+}
+
+void FilePlayer::write(const char* property, const host::Value& value, const char* what)
+{
+    object_.set(property, value);
+    check(what);
+}
+
+// Before the load there are no units to switch, which the platform says; the field is what the load goes by.
+void FilePlayer::chooseRateUnit(RateUnit unit) { object_.set("TimePitchUnit", int(unit)); }
+
+RateUnit FilePlayer::rateUnit() const
+{
+    return object_.get("TimePitchUnit").integer() == int(RateUnit::varispeed) ? RateUnit::varispeed
+                                                                              : RateUnit::timePitch;
+}
+
+void FilePlayer::loadWith(const char* method, const std::string& path, int channels)
+{
+    bool isLoaded = false;
+    const HangGuard guard;
+    try {
+        isLoaded = object_.call(method, host::FolderItem::at(path), channels, channels).boolean();
+    } catch (const host::HostException& error) {
+        if (error.className() != "OutOfMemoryException") throw;
+        throw Failure(fmt::format("{} is too long for the memory; {}", path, advice_.whenNotLoaded));
+    }
+    if (isLoaded) return;
+    const Status status = lastError();
+    throw Failure(fmt::format("{} is not loaded: {}; {}", path,
+                              status == 0 ? "it cannot be read to its end" : printStatus(status),
+                              advice_.whenNotLoaded));
+}
+
+void FilePlayer::load(const std::string& path, int channels) { loadWith("LoadFile", path, channels); }
+
+void FilePlayer::loadInBackground(const std::string& path, int channels, const std::function<void()>& turn)
+{
+    const YieldGuard guard(host_, turn);
+    loadWith("LoadFileMT", path, channels);
+}
+
+std::string FilePlayer::clientFormat() const { return object_.get("ClientFormatString").text(); }
+std::string FilePlayer::outputFormat() const { return object_.get("OutputFormatString").text(); }
+double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(); }
+int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
+double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
+
+// The class counts time in loaded frames, whose number it does not report: a time of one frame and a half is
+// cut to one frame, of a length that shows their number.
+bool FilePlayer::holdsAll(std::int64_t frames)
+{
+    const double oneFrame = duration() / double(frames);
+    object_.set("CurrentTime", 1.5 * oneFrame);
+    const bool isWhole = std::fabs(position() / oneFrame - 1) < 0.1 / double(frames);
+    object_.set("CurrentTime", 0.0);
+    return isWhole;
+}
+
+void FilePlayer::play()
+{
+    object_.call("Play");
+    if (const Status status = lastError(); status != 0)
+        throw Failure(
+            fmt::format("the device does not start: {}; {}", printStatus(status), advice_.whenNotStarted));
+}
+
+void FilePlayer::pause() { object_.call("Pause"); }
+bool FilePlayer::isPlaying() const { return object_.get("Playing").boolean(); }
+
+double FilePlayer::position() const { return object_.get("CurrentTime").number(); }
+
+// The class cuts times down to frames, and a binary fraction may fall just short of its frame: the middle of
+// the frame is safe on both sides.
+double FilePlayer::nearestFrame(double seconds) const
+{
+    return (std::round(seconds * sampleRate()) + 0.5) / sampleRate();
+}
+
+void FilePlayer::seek(double seconds)
+{
+    object_.set("CurrentTime", nearestFrame(std::clamp(seconds, 0.0, duration())));
+}
+
+// The position is a frame number of up to 32 bits, divided: one frame in front of the end differs by more
+// than this, and the rounding of the division by less.
+bool FilePlayer::isAtEnd() const { return position() >= duration() * (1 - 1e-11); }
+
+double FilePlayer::level() const { return object_.get("MeterLevel").number(); }
+
+void FilePlayer::setDevice(ObjectID device) { write("CurrentDeviceID", device, "the device"); }
+
+double FilePlayer::volume() const { return object_.get("OutputVolume").number(); }
+void FilePlayer::setVolume(double volume) { write("OutputVolume", volume, "the volume"); }
+void FilePlayer::setPan(double pan) { write("Pan", pan, "the pan"); }
+
+double FilePlayer::rate() const
+{
+    if (rateUnit() == RateUnit::varispeed)
+        return asGiven(core_.unitParameter(object_.get("VariSpeedHandle").integer(), varispeedRate));
+    return asGiven(object_.get("TimeRate").number());
+}
+
+double FilePlayer::pitch() const
+{
+    if (rateUnit() == RateUnit::varispeed)
+        return core_.unitParameter(object_.get("VariSpeedHandle").integer(), varispeedCents);
+    return object_.get("PitchRate").number();
+}
+
+// The class rounds down to hundredths in binary, where 0.29 is a little less than 29 of them: the middle of
+// the hundredth is safe on both sides.
+void FilePlayer::setRate(double rate)
+{
+    write("TimeRate", (std::round(rate * 100.0) + 0.5) / 100.0, "the rate");
+}
+
+void FilePlayer::setPitch(double cents) { write("PitchRate", cents, "the pitch"); }
+
+void FilePlayer::setGains(const Gains& gains)
+{
+    object_.call("updateEQ", host::Array::of(std::vector<double>(gains.begin(), gains.end())));
+}
+
+void FilePlayer::setChannelMap(const std::vector<int>& channels)
+{
+    const std::vector<HostInteger> values(channels.begin(), channels.end());
+    object_.call("setChannelMap", host::Array::of(values));
+    check("the channel map");
+}
+
+double FilePlayer::loopIn() const { return object_.get("LoopIn").number(); }
+double FilePlayer::loopOut() const { return object_.get("LoopOut").number(); }
+void FilePlayer::setLoopIn(double seconds) { object_.set("LoopIn", nearestFrame(seconds)); }
+void FilePlayer::setLoopOut(double seconds) { object_.set("LoopOut", nearestFrame(seconds)); }
+bool FilePlayer::isLooping() const { return object_.get("Looping").boolean(); }
+void FilePlayer::setLooping(bool isOn) { object_.set("Looping", isOn); }
+
+// A unit that does not know the property holds nothing back.
+double FilePlayer::unitSeconds(const char* unit, std::uint32_t property) const
+{
+    const Answer answer = core_.readUnit(object_.get(unit).integer(), property);
+    const double seconds = itemOf<double>(answer.value).value_or(0);
+    return std::isfinite(seconds) && seconds > 0 ? seconds : 0;
+}
+
+Delay FilePlayer::delay() const
+{
+    Delay sum;
+    for (const char* unit : units) {
+        // The output unit's latency is the device's.
+        (unit == outputUnit ? sum.device : sum.latency) += unitSeconds(unit, latencyProperty);
+        sum.tail += unitSeconds(unit, tailProperty);
+    }
+    return sum;
+}
+
+Status FilePlayer::renderError() const
+{
+    Status first = 0;
+    for (const char* unit : units) {
+        const Answer answer = core_.readUnit(object_.get(unit).integer(), renderErrorProperty);
+        const Status status = itemOf<Status>(answer.value).value_or(0);
+        if (first == 0) first = status;
+    }
+    return first;
+}
+
+} // namespace kvx

@@ -1,0 +1,320 @@
+#include "host/kvx/properties/property_text.h"
+
+#include "host/kvx/devices/audio_records.h"
+#include "host/kvx/text/failure.h"
+#include "host/kvx/text/hex_text.h"
+#include "host/kvx/text/plain_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <type_traits>
+
+namespace kvx {
+namespace {
+
+// ---- pieces ----
+
+/// The parts of a text between separators; what stands between quotes is not looked into. No empty parts.
+std::vector<std::string> splitOutsideQuotes(std::string_view text, std::string_view separators)
+{
+    std::vector<std::string> parts(1);
+    bool isQuoted = false;
+    for (char c : text) {
+        if (c == '\'') isQuoted = !isQuoted;
+        if (!isQuoted && separators.find(c) != separators.npos)
+            parts.emplace_back();
+        else
+            parts.back() += c;
+    }
+    parts.erase(std::remove(parts.begin(), parts.end(), ""), parts.end());
+    return parts;
+}
+
+[[noreturn]] void refuse(const std::string& text, const char* example)
+{
+    throw WrongUsage(
+        fmt::format("\"{}\" is not a value for this; write {}, or bytes with --hex", text, example));
+}
+
+template <class T>
+std::optional<T> readArithmetic(std::string_view text)
+{
+    T number{};
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (rest != text.data() + text.size() || error != std::errc()) return std::nullopt;
+    if constexpr (std::is_floating_point_v<T>)
+        if (!std::isfinite(number)) return std::nullopt; // no property has such a value
+    return number;
+}
+
+template <class T>
+std::string bytesOrRefusal(const std::optional<T>& item, const std::string& text, const char* example)
+{
+    if (!item) refuse(text, example);
+    return bytesOf(*item);
+}
+
+// ---- formats: name=value, name=value, … ----
+
+struct FormatField {
+    const char* name;
+    std::uint32_t StreamFormat::*field;
+    std::string (*print)(std::uint32_t);
+};
+
+std::string printDecimal(std::uint32_t number) { return fmt::format("{}", number); }
+std::string printHexadecimal(std::uint32_t number) { return fmt::format("{:#x}", number); }
+
+// clang-format off
+constexpr FormatField formatFields[] = {
+    {"format",        &StreamFormat::format,          printCode},
+    {"flags",         &StreamFormat::flags,           printHexadecimal},
+    {"bytes/packet",  &StreamFormat::bytesPerPacket,  printDecimal},
+    {"frames/packet", &StreamFormat::framesPerPacket, printDecimal},
+    {"bytes/frame",   &StreamFormat::bytesPerFrame,   printDecimal},
+    {"channels",      &StreamFormat::channels,        printDecimal},
+    {"bits",          &StreamFormat::bits,            printDecimal},
+};
+// clang-format on
+
+constexpr const char* formatExample = "rate=48000,format='lpcm',channels=2 (what is left out is 0: any)";
+
+std::string printFormat(const StreamFormat& format)
+{
+    std::string text = fmt::format("rate={}", format.rate);
+    for (const FormatField& each : formatFields)
+        text += fmt::format(",{}={}", each.name, each.print(format.*each.field));
+    return text;
+}
+
+/// False where `part` is no field of a format.
+bool readFormatField(const std::string& part, StreamFormat& format)
+{
+    const std::size_t equals = part.find('=');
+    if (equals == part.npos) return false;
+    const std::string name = part.substr(0, equals), value = part.substr(equals + 1);
+    if (name == "rate") {
+        const auto rate = readArithmetic<double>(value);
+        format.rate = rate.value_or(0);
+        return rate.has_value();
+    }
+    for (const FormatField& each : formatFields) {
+        if (name != each.name) continue;
+        const auto number = each.field == &StreamFormat::format ? readCodeOrNumber(value) : readNumber(value);
+        format.*each.field = number.value_or(0);
+        return number.has_value();
+    }
+    return false;
+}
+
+// ---- a value of each form ----
+
+template <class T>
+T as(std::string_view item)
+{
+    return *itemOf<T>(item);
+}
+
+std::string printFlag(std::string_view item)
+{
+    const auto flag = as<std::uint32_t>(item);
+    return flag > 1 ? fmt::format("{}", flag) : flag ? "yes" : "no";
+}
+std::string parseFlag(const std::string& text, const FindObject&)
+{
+    static constexpr const char* words[][2] = {{"no", "yes"}, {"off", "on"}, {"false", "true"}};
+    for (const auto& pair : words)
+        for (std::uint32_t flag : {0u, 1u})
+            if (text == pair[flag]) return bytesOf(flag);
+    return bytesOrRefusal(readNumber(text), text, "yes or no");
+}
+
+template <class T>
+std::string print(std::string_view item)
+{
+    return fmt::format("{}", as<T>(item));
+}
+std::string parseNumber(const std::string& text, const FindObject&)
+{
+    return bytesOrRefusal(readNumber(text), text, "a whole number such as 512 or 0x200");
+}
+std::string parseInteger(const std::string& text, const FindObject&)
+{
+    return bytesOrRefusal(readArithmetic<std::int32_t>(text), text, "a whole number such as -1");
+}
+template <class T>
+std::string parseFloating(const std::string& text, const FindObject&)
+{
+    return bytesOrRefusal(readArithmetic<T>(text), text, "a number such as 0.5");
+}
+
+std::string printCodeItem(std::string_view item) { return printCode(as<Code>(item)); }
+std::string parseCode(const std::string& text, const FindObject&)
+{
+    return bytesOrRefusal(readCodeOrNumber(text), text, "four characters such as 'line', or a number");
+}
+
+std::string parseObject(const std::string& text, const FindObject& findObject)
+{
+    return bytesOf(findObject(text));
+}
+
+std::string printRange(const ValueRange& range)
+{
+    return fmt::format("{}..{}", range.minimum, range.maximum);
+}
+std::string printRangeItem(std::string_view item) { return printRange(as<ValueRange>(item)); }
+std::string parseRange(const std::string& text, const FindObject&)
+{
+    const std::size_t dots = text.find("..");
+    const std::size_t second = dots == text.npos ? text.size() : dots + 2;
+    const auto low = readArithmetic<double>(text.substr(0, dots));
+    const auto high = readArithmetic<double>(text.substr(second));
+    if (!low || !high) refuse(text, "a range such as 8000..96000");
+    return bytesOf(ValueRange{*low, *high});
+}
+
+std::string printFormatItem(std::string_view item) { return printFormat(as<StreamFormat>(item)); }
+std::string parseFormat(const std::string& text, const FindObject&)
+{
+    StreamFormat format = {};
+    for (const std::string& part : splitOutsideQuotes(text, ","))
+        if (!readFormatField(part, format)) refuse(text, formatExample);
+    return bytesOf(format);
+}
+
+std::string printRangedFormat(std::string_view item)
+{
+    const auto ranged = as<RangedFormat>(item);
+    return printFormat(ranged.format) + ",rates=" + printRange(ranged.rates);
+}
+
+struct FormFact {
+    Form form;
+    std::size_t size; ///< bytes of an item
+    std::string (*print)(std::string_view item);
+    std::string (*parse)(const std::string& text, const FindObject& findObject); ///< null: bytes only
+};
+
+// clang-format off
+constexpr FormFact forms[] = {
+    {Form::flag,         4,                    printFlag,              parseFlag},
+    {Form::number,       4,                    print<std::uint32_t>,   parseNumber},
+    {Form::integer,      4,                    print<std::int32_t>,    parseInteger},
+    {Form::code,         4,                    printCodeItem,          parseCode},
+    {Form::object,       4,                    print<ObjectID>,        parseObject},
+    {Form::single,       4,                    print<float>,           parseFloating<float>},
+    {Form::real,         8,                    print<double>,          parseFloating<double>},
+    {Form::range,        sizeof(ValueRange),   printRangeItem,         parseRange},
+    {Form::format,       sizeof(StreamFormat), printFormatItem,        parseFormat},
+    {Form::rangedFormat, sizeof(RangedFormat), printRangedFormat,      nullptr},
+};
+// clang-format on
+
+const FormFact* findForm(Form form)
+{
+    const auto* found = std::find_if(std::begin(forms), std::end(forms),
+                                     [form](const FormFact& fact) { return fact.form == form; });
+    return found == std::end(forms) ? nullptr : found;
+}
+
+// ---- values that come back ----
+
+// Fields left out are 0 and mean any.
+bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
+{
+    return (written.rate == 0 || written.rate == read.rate) &&
+           std::all_of(std::begin(formatFields), std::end(formatFields), [&](const FormatField& each) {
+               return written.*each.field == 0 || written.*each.field == read.*each.field;
+           });
+}
+
+// A device that keeps decibels as a factor, or the other way round, loses the last digits.
+bool singleIsKept(float written, float read)
+{
+    return std::fabs(written - read) <= 1e-4f * std::fmax(std::fabs(written), std::fabs(read));
+}
+
+// ---- records that are as long as they say ----
+
+std::optional<std::string> printBufferList(std::string_view value)
+{
+    const auto count = itemOf<std::uint32_t>(value);
+    if (!count || value.size() < offsetof(BufferList, buffers))
+        return value.size() == 4 && *count == 0 ? std::optional<std::string>("") : std::nullopt;
+    const auto buffers = itemsOf<Buffer>(value.substr(offsetof(BufferList, buffers)));
+    if (buffers.size() != *count) return std::nullopt;
+    std::string text;
+    for (const Buffer& buffer : buffers)
+        text +=
+            fmt::format("{}channels={},bytes={}", text.empty() ? "" : "\n", buffer.channels, buffer.bytes);
+    return text;
+}
+
+std::optional<std::string> printLayout(std::string_view value)
+{
+    const auto layout = itemOf<ChannelLayout>(value);
+    if (!layout) return std::nullopt;
+    return fmt::format("tag={:#x},bitmap={:#x},descriptions={}", layout->tag, layout->bitmap,
+                       layout->descriptionCount);
+}
+
+std::optional<std::string> printRecord(Form form, std::string_view value)
+{
+    switch (form) {
+    case Form::text:
+        return plainText(value.substr(0, value.find('\0')));
+    case Form::reference:
+        return plainText(value);
+    case Form::bufferList:
+        return printBufferList(value);
+    case Form::channelLayout:
+        return printLayout(value);
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::string printValue(Form form, Extent extent, std::string_view value)
+{
+    const FormFact* fact = findForm(form);
+    if (!fact) return printRecord(form, value).value_or(dumpBytes(value));
+    const bool isWhole = extent == Extent::one ? value.size() == fact->size : value.size() % fact->size == 0;
+    if (!isWhole) return dumpBytes(value);
+    std::string text;
+    for (std::size_t at = 0; at < value.size(); at += fact->size)
+        text += (at ? "\n" : "") + fact->print(value.substr(at, fact->size));
+    return text;
+}
+
+bool isKept(Form form, std::string_view written, std::string_view read)
+{
+    if (form == Form::format && written.size() == sizeof(StreamFormat) && read.size() == written.size())
+        return formatIsKept(as<StreamFormat>(written), as<StreamFormat>(read));
+    if (form == Form::single && written.size() == sizeof(float) && read.size() == written.size())
+        return singleIsKept(as<float>(written), as<float>(read));
+    return written == read;
+}
+
+std::string parseValue(Form form, Extent extent, const std::string& text, const FindObject& findObject)
+{
+    if (form == Form::text) return text + '\0';
+    const FormFact* fact = findForm(form);
+    if (!fact || !fact->parse)
+        throw WrongUsage("a value of this property can only be given as bytes: use --hex");
+    // An object's name may hold blanks; only lists are taken apart.
+    const auto items =
+        extent == Extent::many ? splitOutsideQuotes(text, " \t\n") : std::vector<std::string>{text};
+    std::string bytes;
+    for (const std::string& item : items) bytes += fact->parse(item, findObject);
+    return bytes;
+}
+
+} // namespace kvx

@@ -1,0 +1,85 @@
+#include "host/kvx/terminal/interrupt.h"
+
+#include "host/kvx/files/write_aside.h"
+
+#include <cstddef>
+#include <iterator>
+#include <unistd.h>
+
+namespace kvx {
+namespace {
+
+volatile std::sig_atomic_t arrivedSignal = 0;
+void (*volatile workAtOnce)() = nullptr;
+
+volatile std::sig_atomic_t mayHang = 0;
+
+constexpr unsigned longestHangSeconds = 5;
+
+void handle(int signal, void (*handler)(int), struct sigaction* former)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, former);
+}
+
+extern "C" void endProcess(int signal)
+{
+    removeUnfinishedFiles();
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+extern "C" void endHungProcess(int) { endProcess(arrivedSignal); }
+
+extern "C" void noteSignal(int signal)
+{
+    arrivedSignal = signal;
+    handle(signal, endProcess, nullptr);
+    if (mayHang) alarm(longestHangSeconds);
+    if (workAtOnce) workAtOnce();
+}
+
+} // namespace
+
+InterruptGuard::InterruptGuard()
+{
+    arrivedSignal = 0;
+    handle(SIGABRT, endProcess, &formerAbort_); // a library's assertion leaves no unfinished file either
+    for (std::size_t i = 0; i < std::size(signals_); ++i) {
+        sigaction(signals_[i], nullptr, &former_[i]);
+        // nohup ignores SIGHUP for good; a shell ignores SIGINT in background jobs, where `kill -INT` still
+        // works.
+        const bool staysIgnored = signals_[i] == SIGHUP && former_[i].sa_handler == SIG_IGN;
+        if (!staysIgnored) handle(signals_[i], noteSignal, nullptr);
+    }
+}
+
+InterruptGuard::~InterruptGuard()
+{
+    for (std::size_t i = 0; i < std::size(signals_); ++i) sigaction(signals_[i], &former_[i], nullptr);
+    sigaction(SIGABRT, &formerAbort_, nullptr);
+}
+
+HangGuard::HangGuard()
+{
+    handle(SIGALRM, endHungProcess, &former_);
+    mayHang = 1;
+    if (isInterrupted()) alarm(longestHangSeconds);
+}
+
+HangGuard::~HangGuard()
+{
+    mayHang = 0;
+    alarm(0);
+    sigaction(SIGALRM, &former_, nullptr);
+}
+
+void onFirstInterrupt(void (*work)()) { workAtOnce = work; }
+
+bool isInterrupted() { return arrivedSignal != 0; }
+
+int interruptExitCode() { return arrivedSignal == 0 ? 0 : 128 + arrivedSignal; }
+
+} // namespace kvx

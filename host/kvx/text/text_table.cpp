@@ -1,0 +1,164 @@
+#include "host/kvx/text/text_table.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace kvx {
+namespace {
+
+constexpr std::size_t gap = 2;
+constexpr std::size_t indent = 5;
+constexpr const char* ellipsis = "\xE2\x80\xA6";
+
+struct Character {
+    std::size_t bytes, width;
+};
+
+Character firstCharacter(std::string_view utf8)
+{
+    utf8proc_int32_t codePoint = -1;
+    const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
+                                         static_cast<utf8proc_ssize_t>(utf8.size()), &codePoint);
+    if (length <= 0) return {1, 1};
+    return {static_cast<std::size_t>(length), static_cast<std::size_t>(utf8proc_charwidth(codePoint))};
+}
+
+struct Placed {
+    const TableColumn* column;
+    std::size_t index;
+    std::size_t width;
+};
+
+std::size_t widthOf(const std::vector<Placed>& line)
+{
+    const std::size_t cells = std::accumulate(line.begin(), line.end(), std::size_t(0),
+                                              [](std::size_t sum, const Placed& p) { return sum + p.width; });
+    return cells + gap * (line.empty() ? 0 : line.size() - 1);
+}
+
+std::size_t leastWidth(const Placed& placed)
+{
+    const std::size_t least = std::max(placed.column->least, displayWidth(placed.column->title));
+    return placed.column->least ? std::min(least, placed.width) : placed.width;
+}
+
+std::size_t leastWidthOf(std::vector<Placed> line)
+{
+    for (Placed& placed : line) placed.width = leastWidth(placed);
+    return widthOf(line);
+}
+
+/// The column that leaves next; the end where none may.
+std::vector<Placed>::iterator nextToLeave(std::vector<Placed>& line)
+{
+    const auto found = std::max_element(line.begin(), line.end(), [](const Placed& a, const Placed& b) {
+        return a.column->leaves < b.column->leaves;
+    });
+    return found == line.end() || found->column->leaves == 0 ? line.end() : found;
+}
+
+/// The widest column that may still be cut; null where none may.
+Placed* widestToCut(std::vector<Placed>& line)
+{
+    Placed* widest = nullptr;
+    for (Placed& placed : line)
+        if (placed.width > leastWidth(placed) && (!widest || placed.width > widest->width)) widest = &placed;
+    return widest;
+}
+
+std::string layOutLine(const std::vector<Placed>& line, const std::vector<std::string>& cells)
+{
+    std::string text;
+    for (const Placed& placed : line) {
+        const std::string cell = cutToWidth(cells[placed.index], placed.width);
+        const std::string blanks(placed.width - displayWidth(cell), ' ');
+        if (&placed != &line.front()) text += std::string(gap, ' ');
+        text += placed.column->align == TableColumn::right ? blanks + cell : cell + blanks;
+    }
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text + "\n";
+}
+
+/// The cells of columns that had no room: as many a line as fit.
+std::string layOutBelow(const std::vector<Placed>& below, const std::vector<std::string>& cells,
+                        std::size_t width)
+{
+    std::string text, line;
+    for (const Placed& placed : below) {
+        if (cells[placed.index].empty()) continue;
+        const std::string item = std::string(placed.column->title) + " " + cells[placed.index];
+        if (!line.empty() && displayWidth(line) + gap + displayWidth(item) > width) {
+            text += line + ",\n";
+            line.clear();
+        }
+        line += line.empty() ? std::string(indent, ' ') + item : ", " + item;
+        line = cutToWidth(line, width > 0 ? width - 1 : 0); // the comma of a line that goes on has room
+    }
+    return line.empty() ? text : text + line + "\n";
+}
+
+} // namespace
+
+std::size_t displayWidth(std::string_view utf8)
+{
+    std::size_t width = 0;
+    while (!utf8.empty()) {
+        const Character character = firstCharacter(utf8);
+        width += character.width;
+        utf8.remove_prefix(character.bytes);
+    }
+    return width;
+}
+
+std::string cutToWidth(std::string_view utf8, std::size_t width)
+{
+    if (displayWidth(utf8) <= width) return std::string(utf8);
+    if (width == 0) return {};
+    std::size_t bytes = 0, used = 0;
+    for (;;) {
+        const Character next = firstCharacter(utf8.substr(bytes));
+        if (used + next.width > width - 1) break;
+        used += next.width;
+        bytes += next.bytes;
+    }
+    return std::string(utf8.substr(0, bytes)) + ellipsis;
+}
+
+std::string layOutTable(const std::vector<TableColumn>& columns,
+                        const std::vector<std::vector<std::string>>& rows, std::size_t width)
+{
+    std::vector<Placed> line, below;
+    std::vector<std::string> titles;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        titles.emplace_back(columns[i].title);
+        std::size_t widest = displayWidth(titles.back());
+        for (const auto& row : rows) widest = std::max(widest, displayWidth(row[i]));
+        line.push_back({&columns[i], i, widest});
+    }
+    if (width > 0) {
+        for (auto next = nextToLeave(line); next != line.end() && leastWidthOf(line) > width;
+             next = nextToLeave(line)) {
+            below.insert(below.begin(), *next);
+            line.erase(next);
+        }
+        for (Placed* cut; widthOf(line) > width && (cut = widestToCut(line));) --cut->width;
+    }
+    std::sort(below.begin(), below.end(), [](const Placed& a, const Placed& b) { return a.index < b.index; });
+
+    std::string text = layOutLine(line, titles);
+    for (const auto& row : rows) text += layOutLine(line, row) + layOutBelow(below, row, width);
+    return text;
+}
+
+std::size_t terminalWidth()
+{
+    winsize size = {};
+    const bool isTerminal = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0;
+    return isTerminal ? size.ws_col : 0;
+}
+
+} // namespace kvx

@@ -1,0 +1,70 @@
+// Gains of the equaliser, by name and by number.
+#include "host/kvx/play/equaliser_curve.h"
+#include "host/kvx/text/failure.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+std::string list(std::size_t count, const std::string& value)
+{
+    std::string text = value;
+    for (std::size_t i = 1; i < count; ++i) text += "," + value;
+    return text;
+}
+
+std::string refusalOf(const std::string& text)
+{
+    try {
+        kvx::readGains(text);
+    } catch (const kvx::Failure& failure) {
+        return failure.what();
+    }
+    return "";
+}
+
+TEST(EqualiserCurve, HasNamesThatDifferAndGainsInRange)
+{
+    std::set<std::string> names;
+    const kvx::NamedCurves curves = kvx::namedCurves();
+    for (std::size_t i = 0; i < curves.count; ++i) {
+        const kvx::NamedCurve& curve = curves.first[i];
+        EXPECT_TRUE(names.insert(curve.name).second) << curve.name;
+        EXPECT_NE(std::string(curve.purpose), "");
+        for (double gain : curve.gains) {
+            EXPECT_GE(gain, kvx::lowestGain) << curve.name;
+            EXPECT_LE(gain, kvx::highestGain) << curve.name;
+        }
+        EXPECT_EQ(kvx::readGains(curve.name), curve.gains);
+        EXPECT_NE(kvx::printNamedCurves().find(std::string(curve.name) + " "), std::string::npos);
+    }
+    EXPECT_EQ(names.count("list"), 0u) << "the word for the list itself";
+    EXPECT_EQ(kvx::readGains("flat"), kvx::Gains{});
+    EXPECT_EQ(kvx::readGains("Flat"), kvx::Gains{});
+}
+
+TEST(EqualiserCurve, TakesOneGainForEachBand)
+{
+    std::string text = list(30, "0") + ",-20";
+    EXPECT_EQ(kvx::readGains(text)[30], -20.0);
+    EXPECT_EQ(kvx::readGains(list(31, "20"))[0], 20.0);
+    const struct {
+        std::string text, says;
+    } facts[] = {
+        {list(30, "0"), "30 gains are given and the equaliser has 31 bands"},
+        {list(32, "0"), "32 gains are given"},
+        {list(31, "20.01"), "gains go from -20 to 20 dB"},
+        {list(31, "-20.01"), "gains go from -20 to 20 dB"},
+        {"nosuch", "nosuch is neither a curve nor a list of gains; the curves are flat, bass"},
+        {"", "is neither"},
+        {"fla", "fla is neither"},
+        {"flatter", "flatter is neither"},
+    };
+    for (const auto& fact : facts)
+        EXPECT_NE(refusalOf(fact.text).find(fact.says), std::string::npos) << refusalOf(fact.text);
+}
+
+} // namespace
