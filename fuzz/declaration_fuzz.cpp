@@ -1,7 +1,7 @@
 // Any text as a declaration: it is parsed or refused, and what is parsed reads the same after printing.
 #include "fuzz/require.h"
-#include "host/runtime/declaration.h"
-#include "host/runtime/errors.h"
+#include "host/runtime/classes/declaration.h"
+#include "host/runtime/support/errors.h"
 
 #include <cstddef>
 #include <cstdint>

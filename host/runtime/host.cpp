@@ -1,11 +1,11 @@
 #include "host/runtime/host.h"
 
-#include "host/runtime/builtin_classes.h"
-#include "host/runtime/caller.h"
-#include "host/runtime/native.h"
-#include "host/runtime/records.h"
-#include "host/runtime/service_table.h"
+#include "host/runtime/calls/caller.h"
+#include "host/runtime/services/builtin_classes.h"
+#include "host/runtime/services/service_table.h"
 #include "host/runtime/state.h"
+#include "host/runtime/values/native.h"
+#include "host/runtime/values/records.h"
 
 #include <fmt/format.h>
 

@@ -5,15 +5,15 @@
 
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
-#include "host/runtime/array.h"
-#include "host/runtime/class_info.h"
-#include "host/runtime/errors.h"
-#include "host/runtime/folder_item.h"
-#include "host/runtime/host_string.h"
+#include "host/runtime/calls/object.h"
+#include "host/runtime/classes/class_info.h"
 #include "host/runtime/leak_report.h"
-#include "host/runtime/memory_block.h"
-#include "host/runtime/object.h"
-#include "host/runtime/value.h"
+#include "host/runtime/support/errors.h"
+#include "host/runtime/values/array.h"
+#include "host/runtime/values/folder_item.h"
+#include "host/runtime/values/host_string.h"
+#include "host/runtime/values/memory_block.h"
+#include "host/runtime/values/value.h"
 
 #include <functional>
 #include <map>

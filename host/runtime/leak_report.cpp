@@ -1,7 +1,7 @@
 #include "host/runtime/leak_report.h"
 
-#include "host/runtime/records.h"
 #include "host/runtime/state.h"
+#include "host/runtime/values/records.h"
 
 #include <fmt/format.h>
 

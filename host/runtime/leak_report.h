@@ -1,7 +1,7 @@
 // What is still alive, by kind.
 #pragma once
 
-#include "host/runtime/reference.h"
+#include "host/runtime/values/reference.h"
 
 #include <cstddef>
 #include <string>

@@ -1,6 +1,6 @@
 // A host may lack any service but the one by which the library declares itself. Nothing crashes; each outcome
 // is the neutral one where the service was needed, and the usual one everywhere else.
-#include "host/runtime/service_table.h"
+#include "host/runtime/services/service_table.h"
 #include "tests/endtoend/loaded.h"
 #include "tests/endtoend/scenario.h"
 #include "tests/endtoend/service_differences.h"

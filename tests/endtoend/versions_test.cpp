@@ -1,6 +1,6 @@
 // The library plays its part in every host version. Each version runs in a process of its own: a library is
 // loaded into a host once.
-#include "host/runtime/service_table.h"
+#include "host/runtime/services/service_table.h"
 #include "tests/endtoend/loaded.h"
 #include "tests/endtoend/scenario.h"
 #include "tests/endtoend/service_differences.h"

@@ -58,7 +58,7 @@ const std::vector<Wall>& walls()
         {"platform/include/",           {},                                               &plainC,      allPlatform, &nothing},
         {"platform/",                   {"platform/"},                                    nullptr,      allPlatform, &belowPlatform},
         {"host/",                       {"abi/", "host/"},                                nullptr,      control,     &besideHost},
-        {"host/runtime/folder_item.",   {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
+        {"host/runtime/values/folder_item.", {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
         {"host/soundclient/",           {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
         {"host/kvx/files/",             {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
         // Tests of a plug-in folder stand where the host stands, and see the folder from inside.

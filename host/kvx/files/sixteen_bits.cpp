@@ -1,6 +1,6 @@
 #include "host/kvx/files/sixteen_bits.h"
 
-#include "host/runtime/checked_size.h"
+#include "host/runtime/support/checked_size.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include "host/kvx/files/file_failure.h"
 #include "host/kvx/files/path_lookup.h"
 #include "host/kvx/text/failure.h"
-#include "host/runtime/checked_size.h"
+#include "host/runtime/support/checked_size.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <Carbon/Carbon.h>

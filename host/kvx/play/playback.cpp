@@ -1,7 +1,7 @@
 #include "host/kvx/play/playback.h"
 
 #include "host/kvx/text/failure.h"
-#include "host/runtime/checked_size.h"
+#include "host/runtime/support/checked_size.h"
 
 #include <fmt/format.h>
 

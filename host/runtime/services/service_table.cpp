@@ -1,0 +1,112 @@
+#include "host/runtime/services/service_table.h"
+
+#include "host/runtime/services/guarded.h"
+#include "host/runtime/services/services.h"
+
+#include <iterator>
+#include <limits>
+
+namespace host {
+
+namespace {
+
+using namespace services;
+
+constexpr double always = 0;
+constexpr double forEver = std::numeric_limits<double>::infinity();
+
+/// A service as the plug-in gets it: counted, kept to the main thread, and nothing thrown. `line` tells apart
+/// two names of one function.
+template <int line, auto function>
+struct Entry;
+
+template <int line, class Result, class... Arguments, Result (*function)(Arguments...)>
+struct Entry<line, function> {
+    static inline std::size_t calls = 0;
+    static inline const char* name = nullptr;
+
+    static Result call(Arguments... arguments) noexcept
+    {
+        auto* host = stateOrNull();
+        if (!host) return Result();
+        if (std::this_thread::get_id() != host->mainThread) {
+            noteMisuse(std::string(name) + " was called off the main thread, and refused");
+            return Result();
+        }
+        ++calls;
+        return Guarded<function>::entry(arguments...);
+    }
+};
+
+template <int line, auto function>
+Service row(const char* name, double first, double last)
+{
+    Entry<line, function>::name = name;
+    return {name, reinterpret_cast<void*>(&Entry<line, function>::call), &Entry<line, function>::calls, first,
+            last};
+}
+
+#define SERVICE(name, function, first, last) row<__LINE__, function>(name, first, last)
+
+// clang-format off
+const Service services_[] = {
+    //      name                                       function                 first version  gone from
+    SERVICE("REALGetRBVersion",                        version,                 always,        forEver),
+    SERVICE("RegisterPluginVersion",                   registerPluginVersion,   always,        forEver),
+    SERVICE("REALinRuntime",                           inRuntime,               always,        forEver),
+    SERVICE("PluginRegisterClass",                     registerPluginClass,     always,        forEver),
+    SERVICE("PluginNewInstance",                       newInstance,             always,        forEver),
+    SERVICE("REALLockObject",                          lockObject,              always,        forEver),
+    SERVICE("REALUnlockObject",                        unlockObject,            always,        forEver),
+    SERVICE("REALLockString",                          lockString,              always,        forEver),
+    SERVICE("REALUnlockString",                        unlockString,            always,        forEver),
+    SERVICE("REALBuildString",                         buildString,             always,        forEver),
+    SERVICE("REALBuildStringWithEncoding",             buildStringWithEncoding, 2012.0,        forEver),
+    SERVICE("REALGetStringEncoding",                   stringEncoding,          always,        forEver),
+    SERVICE("REALSetStringEncoding",                   setStringEncoding,       always,        forEver),
+    SERVICE("REALConvertString",                       services::convertString, always,        forEver),
+    SERVICE("StringGetCString",                        stringBytes,             2012.0,        forEver),
+    SERVICE("REALLoadGlobalMethod",                    globalMethod,            2012.0,        forEver),
+    SERVICE("PluginGetStringData",                     stringData,              2012.0,        forEver),
+    SERVICE("PluginDisposeStringData",                 disposeStringData,       2012.0,        forEver),
+    SERVICE("newMemoryBlock",                          newMemoryBlock,          always,        forEver),
+    SERVICE("memoryBlockGetPtr",                       memoryBlockBytes,        always,        forEver),
+    SERVICE("memoryBlockGetSize",                      memoryBlockSize,         always,        forEver),
+    SERVICE("RuntimeArrayCreateSingleDimBoundedArray", newArray,                always,        forEver),
+    SERVICE("RuntimeUBound",                           upperBound,              always,        forEver),
+    SERVICE("PluginIntegerArrayInsertProc",            integerInserter,         2013.0,        forEver),
+    SERVICE("RuntimeArrayDirectGetInsertProc",         directInserter,          always,        2016.0),
+    SERVICE("PluginIntegerArrayGetProc",               integerGetter,           2013.0,        forEver),
+    SERVICE("PluginSingleArrayGetProc",                singleGetter,            2013.0,        forEver),
+    SERVICE("PluginDoubleArrayGetProc",                doubleGetter,            2013.0,        forEver),
+    SERVICE("RuntimeArrayDirectGetGetProc",            directGetter,            always,        2016.0),
+    SERVICE("StringToVariant",                         variantFromString,       always,        forEver),
+    SERVICE("IntegerToVariant",                        variantFromInteger,      2013.0,        forEver),
+    SERVICE("Int32ToVariant",                          variantFromInt32,        always,        forEver),
+    SERVICE("REALSetPropValueString",                  setStringProperty,       always,        forEver),
+    SERVICE("REALSetPropValueInteger",                 setIntegerProperty,      2013.0,        forEver),
+    SERVICE("REALSetPropValueInt",                     setIntegerProperty,      always,        forEver),
+    SERVICE("REALLoadObjectMethod",                    objectMethod,            always,        forEver),
+    SERVICE("GetEventInstance",                        eventInstance,           always,        forEver),
+    SERVICE("RuntimeRaiseException",                   raiseException,          always,        forEver),
+    SERVICE("REALYieldToRB",                           services::yield,         always,        forEver),
+    SERVICE("REALFSRefFromFolderItem",                 folderReference,         always,        forEver),
+};
+// clang-format on
+
+#undef SERVICE
+
+} // namespace
+
+ServiceTable serviceTable() { return {services_, std::size(services_)}; }
+
+const Service* findService(std::string_view name, double version)
+{
+    for (const auto& service : services_) {
+        if (service.name == name)
+            return version >= service.first && version < service.last ? &service : nullptr;
+    }
+    return nullptr;
+}
+
+} // namespace host

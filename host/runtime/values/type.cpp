@@ -1,0 +1,99 @@
+#include "host/runtime/values/type.h"
+
+#include "host/runtime/support/errors.h"
+
+#include <algorithm>
+#include <array>
+
+namespace host {
+
+namespace {
+
+struct TypeRow {
+    Base base;
+    const char* name;
+    std::size_t bytes;
+};
+
+// The first row of a base is the spelling in listings; further rows are other spellings of the same.
+// clang-format off
+constexpr TypeRow typeRows[] = {
+    {Base::none,        "",            0},
+    {Base::boolean,     "Boolean",     1},
+    {Base::int8,        "Int8",        1},
+    {Base::int16,       "Int16",       2},
+    {Base::int32,       "Int32",       4},
+    {Base::int64,       "Int64",       8},
+    {Base::uint8,       "UInt8",       1},
+    {Base::uint8,       "Byte",        1},
+    {Base::uint16,      "UInt16",      2},
+    {Base::uint32,      "UInt32",      4},
+    {Base::uint64,      "UInt64",      8},
+    {Base::integer,     "Integer",     sizeof(HostInteger)},
+    {Base::uinteger,    "UInteger",    sizeof(HostInteger)},
+    {Base::single,      "Single",      4},
+    {Base::float64,     "Double",      8},
+    {Base::pointer,     "Ptr",         sizeof(void*)},
+    {Base::string,      "String",      sizeof(void*)},
+    {Base::variant,     "Variant",     sizeof(void*)},
+    {Base::memoryBlock, "MemoryBlock", sizeof(void*)},
+    {Base::folderItem,  "FolderItem",  sizeof(void*)},
+    {Base::object,      "Object",      sizeof(void*)},
+};
+// clang-format on
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+const TypeRow& rowOf(Base base)
+{
+    return *std::find_if(std::begin(typeRows), std::end(typeRows),
+                         [&](const TypeRow& row) { return row.base == base; });
+}
+
+} // namespace
+
+bool sameName(std::string_view left, std::string_view right)
+{
+    return left.size() == right.size() && std::equal(left.begin(), left.end(), right.begin(),
+                                                     [](char a, char b) { return lower(a) == lower(b); });
+}
+
+bool operator==(const Type& left, const Type& right)
+{
+    return left.base == right.base && left.isArray == right.isArray &&
+           sameName(left.className, right.className);
+}
+
+Type typeNamed(std::string_view name)
+{
+    Type type;
+    while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
+    if (name.size() > 2 && name.back() == ')') {
+        auto open = name.find('(');
+        if (open != name.npos && name.find_first_not_of(' ', open + 1) == name.size() - 1) {
+            type.isArray = true;
+            name = name.substr(0, open);
+            while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
+        }
+    }
+    if (name.empty()) return {};
+    for (const auto& row : typeRows) {
+        if (row.base == Base::none || !sameName(row.name, name)) continue;
+        type.base = row.base;
+        if (type.base == Base::object) type.className = row.name;
+        return type;
+    }
+    type.base = Base::object;
+    type.className = std::string(name);
+    return type;
+}
+
+std::string typeName(const Type& type)
+{
+    std::string name = type.base == Base::object ? type.className : rowOf(type.base).name;
+    return type.isArray ? name + "()" : name;
+}
+
+std::size_t sizeInMemory(const Type& type) { return type.isArray ? sizeof(void*) : rowOf(type.base).bytes; }
+
+} // namespace host
