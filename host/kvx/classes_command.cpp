@@ -1,5 +1,4 @@
-#include "host/kvx/commands.h"
-#include "host/kvx/library.h"
+#include "host/kvx/devices/shared_options.h"
 #include "host/kvx/text/failure.h"
 
 #include <fmt/format.h>
@@ -141,7 +140,7 @@ void addClassesCommand(CLI::App& app, Action& action)
         action = [options] {
             Library library(options->library);
             listClasses(library.host(), *options);
-            return closeLibrary(library, 0);
+            return reportLeaks(library, 0);
         };
     });
 }

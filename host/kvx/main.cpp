@@ -1,6 +1,6 @@
 // kvx: plays and renders files through the library, and shows what it registers, where it can play and what
 // devices tell.
-#include "host/kvx/commands.h"
+#include "host/kvx/play/play_commands.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/plain_text.h"
 
@@ -12,6 +12,14 @@
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
+
+namespace kvx {
+void addClassesCommand(CLI::App& app, Action& action);
+void addDevicesCommand(CLI::App& app, Action& action);
+void addGetCommand(CLI::App& app, Action& action);
+void addSetCommand(CLI::App& app, Action& action);
+void addTuneCommand(CLI::App& app, Action& action);
+} // namespace kvx
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "host/kvx/commands.h"
+#include "host/kvx/devices/shared_options.h"
 #include "host/kvx/files/tune.h"
 #include "host/kvx/text/plain_text.h"
 

@@ -1,6 +1,6 @@
 // Parts of `kvx play` that a whole command cannot be brought to show: a device that refuses, something left
 // over.
-#include "host/kvx/library.h"
+#include "host/kvx/library/library.h"
 #include "host/kvx/play/playback.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
@@ -75,7 +75,7 @@ TEST(Playback, StoppedEarlyDropsTheRest)
         EXPECT_EQ(KVXPlatformStep(device.id(), 512), 0u) << "nobody is started";
         EXPECT_FALSE(playback.hadGap());
     }
-    EXPECT_EQ(loaded.leftOver(), "");
+    EXPECT_EQ(loaded.leaks(), "");
 }
 
 // A reader that is too slow: the device runs dry, and the player says so afterwards.
@@ -97,13 +97,13 @@ TEST(Playback, ThatRanDryHadAGap)
 TEST(LeftOver, IsToldAndIsAFailure)
 {
     kvx::Library loaded(library());
-    EXPECT_EQ(kvx::closeLibrary(loaded, 0), 0);
-    EXPECT_EQ(kvx::closeLibrary(loaded, 130), 130);
+    EXPECT_EQ(kvx::reportLeaks(loaded, 0), 0);
+    EXPECT_EQ(kvx::reportLeaks(loaded, 130), 130);
     (void)loaded.host().create(playerClass).detach();
     (void)host::String::of("lost").detach();
     testing::internal::CaptureStderr();
-    EXPECT_EQ(kvx::closeLibrary(loaded, 0), 1);
-    EXPECT_EQ(kvx::closeLibrary(loaded, 130), 130) << "a failure of its own comes first";
+    EXPECT_EQ(kvx::reportLeaks(loaded, 0), 1);
+    EXPECT_EQ(kvx::reportLeaks(loaded, 130), 130) << "a failure of its own comes first";
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.find("1 object of class CoreAudioPlayerKVX"), std::string::npos) << said;
     EXPECT_NE(said.find("1 string"), std::string::npos) << said;

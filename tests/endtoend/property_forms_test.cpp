@@ -1,7 +1,7 @@
 // Every value that any object gives is as long as its form says: none falls back to bytes.
 #include "tests/endtoend/loaded.h"
 
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/core_audio.h"
 #include "host/kvx/properties/property_text.h"
 #include "host/kvx/properties/property_types.h"
 

@@ -1,6 +1,6 @@
 // Classic sound code against the library's sound component, in the test's own process: what the mixer makes
 // of several sources, and what is left over.
-#include "host/kvx/library.h"
+#include "host/kvx/library/library.h"
 #include "host/kvx/play/sound_bridge.h"
 #include "host/soundclient/sound_output.h"
 #include "tests/endtoend/loaded.h"
@@ -98,7 +98,7 @@ struct ClassicClient : testing::Test {
     {
         output.reset();
         bridge.reset();
-        EXPECT_EQ(library.leftOver({{"AudioConverter", convertersBefore + 1}}), "");
+        EXPECT_EQ(library.leaks({{"AudioConverter", convertersBefore + 1}}), "");
     }
 
     static kvx::LibraryOptions options()

@@ -1,7 +1,7 @@
 // A play in which devices come, change and go, for `kvx devices --watch` where nobody plugs real ones.
 #pragma once
 
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/core_audio.h"
 
 #include <KVXPlatform/KVXPlatform.h>
 

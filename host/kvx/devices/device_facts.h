@@ -1,8 +1,8 @@
 // What the library tells of each device.
 #pragma once
 
-#include "host/kvx/devices/audio_records.h"
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/audio_records.h"
+#include "host/kvx/library/core_audio.h"
 
 #include <map>
 #include <optional>

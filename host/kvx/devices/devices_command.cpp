@@ -1,10 +1,8 @@
 // kvx devices: a look at the devices, or a watch over them.
-#include "host/kvx/commands.h"
 #include "host/kvx/devices/demo.h"
 #include "host/kvx/devices/device_table.h"
-#include "host/kvx/devices/output_device.h"
+#include "host/kvx/devices/shared_options.h"
 #include "host/kvx/devices/watch.h"
-#include "host/kvx/library.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/text_table.h"
 
@@ -74,7 +72,7 @@ int devices(const DevicesOptions& options)
             fmt::print("{}", deviceTable(readAllDevices(core), readRoles(core), terminalWidth()));
         }
     }
-    return closeLibrary(library, exitCode);
+    return reportLeaks(library, exitCode);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Which audio object a user means.
 #pragma once
 
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/core_audio.h"
 
 #include <string>
 

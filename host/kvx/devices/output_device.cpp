@@ -1,8 +1,6 @@
 #include "host/kvx/devices/output_device.h"
 
-#include "host/kvx/commands.h"
-
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -15,7 +13,7 @@ void check(std::int32_t status)
     if (status != 0) throw Failure(KVXPlatformErrorText());
 }
 
-// The environment's choice, if it makes one.
+/// The value of KVX_AUDIO_DEVICE; "" if the variable is not set.
 std::string choiceOfEnvironment()
 {
     const char* choice = std::getenv("KVX_AUDIO_DEVICE");
@@ -26,7 +24,7 @@ void choose(const std::string& choice, const char* whereToName)
 {
     if (KVXPlatformChooseOutputDevice(choice.c_str()) == 0) return;
     const std::string error = KVXPlatformErrorText();
-    checkHardware(); // the device may be one that could not be read
+    checkHardware(); // the requested device may belong to hardware that could not be read
     throw Failure(fmt::format("{}; name one of them with {}", error, whereToName));
 }
 
@@ -39,7 +37,7 @@ void needSimulated(const KVXDeviceInfo& device, const char* option)
 
 KVXDeviceInfo defaultDevice()
 {
-    const auto devices = listDevices();
+    const std::vector<KVXDeviceInfo> devices = listDevices();
     if (devices.empty()) throw Failure(KVXPlatformErrorText());
     const auto found =
         std::find_if(devices.begin(), devices.end(), [](const auto& each) { return each.isDefaultOutput; });
@@ -48,10 +46,10 @@ KVXDeviceInfo defaultDevice()
     return *found;
 }
 
-// The user left the choice to the system, and the system has no hardware that opens.
-bool isForWantOfHardware(const KVXDeviceInfo& device, const DeviceWish& wish)
+/// Whether the simulated device plays only because no hardware device opens.
+bool isFallback(const KVXDeviceInfo& device, const DeviceRequest& request)
 {
-    return device.isSimulated && wish.choice.empty() && !std::getenv("KVX_AUDIO_DEVICE");
+    return device.isSimulated && request.choice.empty() && !std::getenv("KVX_AUDIO_DEVICE");
 }
 
 } // namespace
@@ -61,45 +59,34 @@ void checkHardware() { check(KVXPlatformCheckHardware()); }
 std::vector<KVXDeviceInfo> listDevices()
 {
     std::vector<KVXDeviceInfo> rows(KVXPlatformGetDevices(nullptr, 0));
-    const std::uint32_t count = KVXPlatformGetDevices(rows.data(), std::uint32_t(rows.size()));
+    const std::uint32_t count = KVXPlatformGetDevices(rows.data(), static_cast<std::uint32_t>(rows.size()));
     rows.resize(std::min<std::size_t>(count, rows.size()));
     return rows;
 }
 
-void addDeviceOptions(CLI::App& command, DeviceWish& wish)
-{
-    command.add_option("--device", wish.choice, "Name, part of a name, or number of `kvx devices`")
-        ->type_name("DEVICE");
-    command.add_option("--device-rate", wish.rate, "Sample rate of the simulated device")
-        ->type_name("HZ")
-        ->check(inRange(lowestRate, highestRate));
-    command.add_flag("--fast", wish.isStepped,
-                     "Do not wait for what nobody hears: turn the simulated device as fast as it goes");
-}
+void useSimulatedDevicesOnly() { setenv("KVX_AUDIO_DEVICE", "simulated", 1); }
 
-void doWithoutHardware() { setenv("KVX_AUDIO_DEVICE", "simulated", 1); }
-
-KVXDeviceInfo chooseDevice(const DeviceWish& wish)
+KVXDeviceInfo chooseDevice(const DeviceRequest& request)
 {
     const std::string environment = choiceOfEnvironment();
-    // The platform plays to another device when it cannot have this one. Here it is asked for once more, as
-    // the user would with --device, to fail instead; only "simulated" changes what the platform looks for.
-    if (wish.choice == "simulated")
-        doWithoutHardware();
+    // If the device of KVX_AUDIO_DEVICE is missing, the platform falls back to another device. This command
+    // fails instead, so the platform must not see the variable, unless its value is "simulated".
+    if (request.choice == "simulated")
+        useSimulatedDevicesOnly();
     else if (environment != "simulated")
         unsetenv("KVX_AUDIO_DEVICE");
-    if (!wish.choice.empty())
-        choose(wish.choice, "--device");
+    if (!request.choice.empty())
+        choose(request.choice, "--device");
     else if (!environment.empty())
         choose(environment, "KVX_AUDIO_DEVICE or --device");
     if (!environment.empty()) setenv("KVX_AUDIO_DEVICE", environment.c_str(), 1);
     const KVXDeviceInfo device = defaultDevice();
-    if (isForWantOfHardware(device, wish)) checkHardware();
-    if (wish.rate > 0) {
+    if (isFallback(device, request)) checkHardware();
+    if (request.rate > 0) {
         needSimulated(device, "--device-rate");
-        check(KVXPlatformConfigureDevice(device.device, wish.rate, 0, 0));
+        check(KVXPlatformConfigureDevice(device.device, request.rate, 0, 0));
     }
-    if (wish.isStepped) {
+    if (request.isStepped) {
         needSimulated(device, "--fast");
         check(KVXPlatformSetStepped(device.device, 1));
     }
@@ -117,24 +104,23 @@ KVXDeviceInfo deviceNow(const KVXDeviceInfo& device)
 
 void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames)
 {
-    const auto step = std::uint32_t(std::clamp<std::uint64_t>(frames, 1, longestStep));
+    const auto step = static_cast<std::uint32_t>(std::clamp<std::uint64_t>(frames, 1, longestStep));
     if (isStepped) KVXPlatformStep(device.device, step);
     const double pollSeconds = std::clamp(0.5 * step / device.sampleRate, 0.001, 0.02);
     KVXPlatformDrainMainQueue(isStepped ? 0.0 : pollSeconds);
 }
 
-Failure wentAway(const KVXDeviceInfo& device)
+Failure deviceDied(const KVXDeviceInfo& device)
 {
     return Failure(
         fmt::format("{} went away while playing; choose another device with --device", device.name));
 }
 
-std::string printDevice(const KVXDeviceInfo& device, const DeviceWish& wish)
+std::string printDevice(const KVXDeviceInfo& device, const DeviceRequest& request)
 {
-    if (!isForWantOfHardware(device, wish))
-        return fmt::format("Device: {}, {} Hz", device.name, device.sampleRate);
+    if (!isFallback(device, request)) return fmt::format("Device: {}, {} Hz", device.name, device.sampleRate);
     return fmt::format("No sound hardware opens here, so this plays to the simulated device{}",
-                       wish.isStepped ? "." : ", in real time.");
+                       request.isStepped ? "." : ", in real time.");
 }
 
 } // namespace kvx

@@ -1,54 +1,53 @@
-// The device that is played to: the process's default output device, as the user chose it.
+// The output device of the process: chosen by the user, set up, and given time to play.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/text/failure.h"
 
-#include <CLI/CLI.hpp>
 #include <KVXPlatform/KVXPlatform.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace kvx {
 
-/// Throws Failure when the sound hardware could not be read, so that the list lacks it: a sound server does
-/// not answer, say.
-void checkHardware();
+constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device, Hz
+constexpr std::uint64_t longestStep = 4096;               // device frames per call of passTime()
 
-/// Every device, in the order of their numbers (0 is the first).
-std::vector<KVXDeviceInfo> listDevices();
-
-struct DeviceWish {
-    std::string choice;     ///< a name, a part of one, a number or "simulated"; empty: as the system has it
-    double rate = 0;        ///< Hz, of the simulated device; 0: as it is
-    bool isStepped = false; ///< turn the simulated device by hand instead of in real time
+/// The output device that the user requests, and its settings.
+struct DeviceRequest {
+    std::string choice;     ///< a name, a part of a name, a row number or "simulated"; empty: no request
+    double rate = 0;        ///< rate of the simulated device, Hz; 0: unchanged
+    bool isStepped = false; ///< true: run the simulated device faster than real time
 };
 
-constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device, Hz
+/// Check that the platform could read the sound hardware; the device list is incomplete otherwise.
+/// Errors  throws Failure, for example if a sound server does not answer.
+void checkHardware();
 
-/// `--device`, `--device-rate` and `--fast`, for every command that is heard.
-void addDeviceOptions(CLI::App& command, DeviceWish& wish);
+/// All devices. The index of a device is its row number.
+std::vector<KVXDeviceInfo> listDevices();
 
-/// Leave the machine's sound hardware alone: the simulated device is all there is. Before anything else is
-/// asked of the platform.
-void doWithoutHardware();
+/// Use simulated devices only, and leave the sound hardware closed. No effect after the first other call of
+/// the platform.
+void useSimulatedDevicesOnly();
 
-/// Make the wished device the default and set it up. Throws Failure: what cannot be had, and what to do.
-KVXDeviceInfo chooseDevice(const DeviceWish& wish);
+/// Make the requested device the default output device, and set it up.
+/// Errors  throws Failure.
+KVXDeviceInfo chooseDevice(const DeviceRequest& request);
 
-/// The device as it is now; one that is no longer listed comes back as not alive.
+/// The present state of a device. A device that is no longer listed is not alive.
 KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
 
-constexpr std::uint64_t longestStep = 4096; // device frames
-
-/// Let time pass and handle events: run up to `frames` frames of a stepped device, at least one; wait for
-/// about half of them, at most 20 ms, on a device that runs by itself.
+/// Let the device play, and handle the events of the main queue. A stepped device runs `frames` frames, 1 to
+/// longestStep; the call waits for about half of `frames`, at most 20 ms, on any other device.
 void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames = longestStep);
 
-/// For a device that is no longer alive while it plays.
-Failure wentAway(const KVXDeviceInfo& device);
+/// The error for a device that died during playback.
+Failure deviceDied(const KVXDeviceInfo& device);
 
-/// What is played to, and why, in a line for the user.
-std::string printDevice(const KVXDeviceInfo& device, const DeviceWish& wish);
+/// One line for the user that names the device, or explains why the simulated device plays.
+std::string printDevice(const KVXDeviceInfo& device, const DeviceRequest& request);
 
 } // namespace kvx

@@ -39,7 +39,7 @@ bool playRun(host::Host& host, const Run& run, float gain, const KVXDeviceInfo& 
         passTime(device, isStepped);
         if (!deviceNow(device).isAlive) {
             playback.stop();
-            throw wentAway(device);
+            throw deviceDied(device);
         }
     }
     const bool isHeard = playback.position() > 0;

@@ -87,7 +87,7 @@ public:
         const std::uint64_t before = meter_.frames();
         passTime(device_, isStepped_, std::uint32_t(std::ceil(rate() * stepSeconds)));
         if (!isPaused_) framesPlayed_ += meter_.frames() - before;
-        if (!deviceNow(device_).isAlive) throw wentAway(device_);
+        if (!deviceNow(device_).isAlive) throw deviceDied(device_);
         return true;
     }
 

@@ -150,7 +150,7 @@ private:
         if (isQuit_ || isInterrupted()) return false;
         session_.progress.showLine(printPlayStatus(statusOf(current_->player, note_)));
         passTime(session_.device, session_.isStepped, framesToEnd());
-        if (!deviceNow(session_.device).isAlive) throw wentAway(session_.device);
+        if (!deviceNow(session_.device).isAlive) throw deviceDied(session_.device);
         return checkEnds();
     }
 

@@ -1,7 +1,7 @@
 // The library's class of the file player, as this program uses it.
 #pragma once
 
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/core_audio.h"
 #include "host/kvx/play/end_rule.h"
 #include "host/kvx/play/equaliser_curve.h"
 #include "host/runtime/host.h"

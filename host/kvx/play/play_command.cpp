@@ -1,14 +1,12 @@
 // kvx play. Everything that can be refused is looked at before the first sound: the files, the device, the
 // place of the capture, the library - in this order, the cheapest first.
-#include "host/kvx/commands.h"
-#include "host/kvx/devices/output_device.h"
 #include "host/kvx/files/capture.h"
 #include "host/kvx/files/picture.h"
 #include "host/kvx/files/write_aside.h"
-#include "host/kvx/library.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/play/file_info.h"
 #include "host/kvx/play/file_play.h"
+#include "host/kvx/play/play_commands.h"
 #include "host/kvx/play/player_options.h"
 #include "host/kvx/play/programme.h"
 #include "host/kvx/terminal/interrupt.h"
@@ -30,7 +28,7 @@ namespace fs = std::filesystem;
 
 struct PlayOptions {
     std::vector<std::string> files;
-    DeviceWish device;
+    DeviceRequest device;
     std::string capture;
     std::string keep;
     std::string otherwise;
@@ -64,14 +62,14 @@ void keepCapture(Capture& capture, const PlayOptions& options, const std::string
 
 int showInfo(const PlayOptions& options)
 {
-    doWithoutHardware();
+    useSimulatedDevicesOnly();
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const std::vector<Run> runs = planProgramme(options.files);
     Library library(options.library);
     warnOfMissingParts(runs, progress);
     for (const ProgrammeFile& file : filesOf(runs))
         std::fputs(printFileInfo(library.host(), file, progress).c_str(), stdout);
-    return closeLibrary(library, progress.exitCode());
+    return reportLeaks(library, progress.exitCode());
 }
 
 int play(const PlayOptions& options)
@@ -98,7 +96,7 @@ int play(const PlayOptions& options)
     if (isInterrupted()) progress.leaveLine();
     progress.say(isInterrupted() ? "Stopped." : "Done.");
     if (capture && (isHeard || !isInterrupted())) keepCapture(*capture, options, captureTo, progress);
-    return closeLibrary(library, progress.exitCode());
+    return reportLeaks(library, progress.exitCode());
 }
 
 } // namespace

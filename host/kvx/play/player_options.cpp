@@ -1,6 +1,6 @@
 #include "host/kvx/play/player_options.h"
 
-#include "host/kvx/commands.h"
+#include "host/kvx/devices/shared_options.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
 

@@ -1,11 +1,9 @@
 // kvx render: a file through the same units as `kvx play`, on a simulated device that it steps.
-#include "host/kvx/commands.h"
-#include "host/kvx/devices/output_device.h"
 #include "host/kvx/files/capture.h"
 #include "host/kvx/files/write_aside.h"
-#include "host/kvx/library.h"
 #include "host/kvx/play/end_rule.h"
 #include "host/kvx/play/file_play.h"
+#include "host/kvx/play/play_commands.h"
 #include "host/kvx/play/player_options.h"
 #include "host/kvx/play/programme.h"
 #include "host/kvx/terminal/interrupt.h"
@@ -198,7 +196,7 @@ bool renderWith(host::Host& host, const RenderOptions& options, const ProgrammeF
 
 int render(const RenderOptions& options)
 {
-    doWithoutHardware();
+    useSimulatedDevicesOnly();
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
     const std::vector<Run> runs = planProgramme({options.from});
     const ProgrammeFile file = filesOf(runs).front();
@@ -212,7 +210,7 @@ int render(const RenderOptions& options)
         progress.leaveLine();
         progress.say("Stopped; nothing was written.");
     }
-    return closeLibrary(library, progress.exitCode());
+    return reportLeaks(library, progress.exitCode());
 }
 
 void checkRenderOptions(const RenderOptions& options)

@@ -1,11 +1,9 @@
 // kvx soundstream: a file the classic way, through the library's sound component. Things are checked and done
 // in the order of `kvx play`.
-#include "host/kvx/commands.h"
-#include "host/kvx/devices/output_device.h"
 #include "host/kvx/files/capture.h"
 #include "host/kvx/files/write_aside.h"
-#include "host/kvx/library.h"
 #include "host/kvx/play/classic_play.h"
+#include "host/kvx/play/play_commands.h"
 #include "host/kvx/play/programme.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/terminal/progress.h"
@@ -26,7 +24,7 @@ using soundclient::Labelling;
 
 struct SoundStreamOptions {
     std::string file;
-    DeviceWish device;
+    DeviceRequest device;
     std::string capture;
     bool isQuiet = false;
     std::string labelling = "swapped";
@@ -73,7 +71,7 @@ int playStream(const SoundStreamOptions& options)
         progress.say(fmt::format("What would have been heard: {}",
                                  std::filesystem::absolute(options.capture).string()));
     }
-    return closeLibrary(library, progress.exitCode(), kept);
+    return reportLeaks(library, progress.exitCode(), kept);
 }
 
 } // namespace

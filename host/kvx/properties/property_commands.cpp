@@ -1,9 +1,7 @@
 // kvx get and kvx set: any property of any object, through the library's methods.
-#include "host/kvx/commands.h"
-#include "host/kvx/devices/core_audio.h"
 #include "host/kvx/devices/object_choice.h"
-#include "host/kvx/devices/output_device.h"
-#include "host/kvx/library.h"
+#include "host/kvx/devices/shared_options.h"
+#include "host/kvx/library/core_audio.h"
 #include "host/kvx/properties/property_text.h"
 #include "host/kvx/properties/property_types.h"
 #include "host/kvx/text/failure.h"
@@ -208,7 +206,7 @@ int get(const PropertyOptions& options)
         else
             printLines(printProperty(core, subjectOf(core, options), options));
     }
-    return closeLibrary(library, 0);
+    return reportLeaks(library, 0);
 }
 
 // ---- set ----
@@ -265,7 +263,7 @@ int set(const PropertyOptions& options)
         const CoreAudio core(library.host());
         writeProperty(core, subjectOf(core, options), options);
     }
-    return closeLibrary(library, 0);
+    return reportLeaks(library, 0);
 }
 
 void addPropertyOptions(CLI::App& command, PropertyOptions& options)

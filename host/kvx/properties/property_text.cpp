@@ -1,6 +1,6 @@
 #include "host/kvx/properties/property_text.h"
 
-#include "host/kvx/devices/audio_records.h"
+#include "host/kvx/library/audio_records.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/hex_text.h"
 #include "host/kvx/text/plain_text.h"

@@ -1,7 +1,7 @@
 // Values of properties as text, and back: what one prints the other reads.
 #pragma once
 
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/core_audio.h"
 #include "host/kvx/properties/property_types.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 // Values of properties in the user's words, and back.
 #include "host/kvx/properties/property_text.h"
 
-#include "host/kvx/devices/audio_records.h"
+#include "host/kvx/library/audio_records.h"
 #include "host/kvx/text/failure.h"
 
 #include <gtest/gtest.h>

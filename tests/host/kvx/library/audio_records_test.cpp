@@ -1,5 +1,5 @@
 // The records as this program has them are those of the platform.
-#include "host/kvx/devices/audio_records.h"
+#include "host/kvx/library/audio_records.h"
 
 #include <CoreAudio/CoreAudio.h>
 

@@ -1,6 +1,6 @@
-#include "host/kvx/devices/core_audio.h"
+#include "host/kvx/library/core_audio.h"
 
-#include "host/kvx/devices/audio_records.h"
+#include "host/kvx/library/audio_records.h"
 
 namespace kvx {
 namespace {
