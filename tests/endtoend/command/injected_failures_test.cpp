@@ -1,0 +1,233 @@
+// The command in a process that lacks something: threads, memory, standard streams, space, a load that ends.
+// One line on stderr names it, and nothing unfinished is left.
+#include "tests/endtoend/command/kvx_runner.h"
+#include "tests/support/sanitizers.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+namespace {
+
+using namespace endtoend;
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+using Environment = support::Child::Environment;
+
+void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
+
+struct KvxFaults : testing::Test {
+    support::TemporaryFolder folder;
+
+    KvxFaults() { support::writeSound(support::makeNoise(44100, 2, 44100), folder / "good.wav"); }
+
+    /// Runs the command from a shell, so that `prepare` can change what it inherits.
+    support::ChildResult runPrepared(const std::string& prepare, const std::string& command)
+    {
+        return support::runChild({"sh", "-c", prepare + " exec " + kvxPath + " " + command}, {},
+                                 folder.path());
+    }
+
+    std::string bytesOf(const std::string& name)
+    {
+        std::ifstream file(folder / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    bool hasUnfinishedCapture()
+    {
+        for (const auto& entry : fs::recursive_directory_iterator(folder.path()))
+            if (entry.path().extension() == ".part") return true;
+        return false;
+    }
+
+    void expectOneLine(const support::ChildResult& result)
+    {
+        EXPECT_EQ(result.exitCode, 1) << "signal " << result.signal;
+        EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        EXPECT_EQ(result.err.rfind("kvx: ", 0), 0u) << result.err;
+    }
+};
+
+Environment withFault(const char* name, const std::string& value)
+{
+    return {{"LD_PRELOAD", KVX_BINARY_DIR "/tests/libkvxfaults.so"}, {name, value}};
+}
+
+// ---- threads ----
+
+TEST_F(KvxFaults, EachRefusedThreadEndsTheCommandOrIsDoneWithout)
+{
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "they need threads";
+    const Words commands[] = {{"play", "--fast", "--background", "--capture", "out.wav", "good.wav"},
+                              {"play", "--background", "good.wav"},
+                              {"render", "good.wav", "out.wav"},
+                              {"devices"},
+                              {"devices", "--json"},
+                              {"get", "0", "lnam"}};
+    for (const Words& command : commands) {
+        bool isGood = false;
+        for (int started = 0; !isGood && started < 20; ++started) {
+            SCOPED_TRACE(testing::PrintToString(command) + " with " + std::to_string(started) + " threads");
+            const auto result = support::runChild(
+                kvxCommand(command), withFault("KVX_FAULT_THREADS", std::to_string(started)), folder.path());
+            isGood = result.exitCode == 0;
+            if (isGood) {
+                EXPECT_EQ(result.err, "");
+            } else {
+                expectOneLine(result);
+                EXPECT_EQ(folder.count(), 1u);
+            }
+            fs::remove(folder / "out.wav");
+        }
+        EXPECT_TRUE(isGood);
+    }
+}
+
+// One of them is the thread of the load in the background, which then happens on the main thread.
+TEST_F(KvxFaults, OneRefusedThreadLosesNoSound)
+{
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "they need threads";
+    const Words play = {"play", "--fast", "--background", "good.wav", "--capture"};
+    Words plain = play, faulty = play;
+    plain.push_back("plain.wav");
+    faulty.push_back("out.wav");
+    ASSERT_EQ(runKvx(plain, folder.path()).exitCode, 0);
+    int good = 0;
+    for (int refused = 1; refused <= 8; ++refused) {
+        SCOPED_TRACE("thread " + std::to_string(refused));
+        const auto result = support::runChild(
+            kvxCommand(faulty), withFault("KVX_FAULT_THREAD", std::to_string(refused)), folder.path());
+        if (result.exitCode == 0) {
+            ++good;
+            EXPECT_TRUE(bytesOf("out.wav") == bytesOf("plain.wav"));
+        } else {
+            expectOneLine(result);
+        }
+        fs::remove(folder / "out.wav");
+        EXPECT_EQ(folder.count(), 2u);
+    }
+    EXPECT_GE(good, 1);
+}
+
+// ---- memory ----
+
+TEST_F(KvxFaults, TooLittleMemoryIsSaidInWords)
+{
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "their malloc stays";
+    const auto result = support::runChild(kvxCommand({"tune", "out.wav"}),
+                                          withFault("KVX_FAULT_BLOCK", "1000000"), folder.path());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "kvx: tune: there is not enough memory; close other programs and try again\n");
+    EXPECT_EQ(folder.count(), 1u);
+}
+
+// ---- hardware ----
+
+TEST_F(KvxFaults, TheSimulatedDeviceLeavesTheHardwareAlone)
+{
+    auto environment = withFault("KVX_FAULT_HARDWARE", "1");
+    for (const char* device : {"", "some other device"}) {
+        environment.push_back({"KVX_AUDIO_DEVICE", device});
+        const auto result = support::runChild(
+            kvxCommand({"play", "--fast", "--device", "simulated", "good.wav"}), environment, folder.path());
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+    }
+    const auto other = support::runChild(kvxCommand({"devices"}), environment);
+    EXPECT_EQ(other.exitCode, 99) << "the fault works";
+}
+
+// ---- standard streams ----
+
+TEST_F(KvxFaults, ClosedStandardStreamsAreNotReplacedByTheCapture)
+{
+    const std::string play = "play --fast --capture ";
+    ASSERT_EQ(runPrepared("", play + "plain.wav good.wav").exitCode, 0);
+    for (const char* closed : {"<&-", ">&-", "2>&-", "<&- >&-", "<&- >&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        const auto result = runPrepared("", play + "out.wav good.wav " + closed);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_TRUE(bytesOf("out.wav") == bytesOf("plain.wav"));
+        fs::remove(folder / "out.wav");
+    }
+}
+
+// ---- space ----
+
+TEST_F(KvxFaults, AFileBeyondTheLimitIsAnErrorAndLeavesNothing)
+{
+    for (const char* command : {"play --fast --capture out.wav good.wav", "render good.wav out.wav",
+                                "tune out.wav", "soundstream --fast --capture out.wav good.wav"}) {
+        SCOPED_TRACE(command);
+        const auto result = runPrepared("ulimit -f 100;", command);
+        expectOneLine(result);
+        EXPECT_NE(result.err.find("out.wav"), std::string::npos) << result.err;
+        EXPECT_EQ(result.err.find("out.wav."), std::string::npos) << "the name is the user's: " << result.err;
+        EXPECT_NE(result.err.find("File too large; write to a disk that takes larger files"),
+                  std::string::npos)
+            << result.err;
+        EXPECT_EQ(folder.count(), 1u);
+    }
+}
+
+TEST_F(KvxFaults, ACaptureWhoseFolderVanishedIsToldSo)
+{
+    fs::create_directory(folder / "captures");
+    support::Child child(kvxCommand({"play", "--capture", "captures/out.wav", "good.wav"}), {},
+                         folder.path());
+    while (child.isRunning() && !hasUnfinishedCapture()) pause();
+    fs::remove_all(folder / "captures");
+    const auto result = child.wait();
+    expectOneLine(result);
+    EXPECT_EQ(result.err, "kvx: captures/out.wav cannot be finished: No such file or directory; "
+                          "see that its folder still exists\n");
+}
+
+// ---- loads that never end ----
+
+struct KvxHungLoad : KvxFaults, testing::WithParamInterface<Words> {
+    static Words command()
+    {
+        Words words = {"play", "--capture", "out.wav", "good.wav"};
+        words.insert(words.end(), GetParam().begin(), GetParam().end());
+        return kvxCommand(words);
+    }
+    support::Child child{command(), withFault("KVX_FAULT_LOAD", "1"), folder.path()};
+
+    KvxHungLoad()
+    {
+        while (child.isRunning() && child.outSoFar().find("the load hangs") == std::string::npos) pause();
+        EXPECT_TRUE(hasUnfinishedCapture());
+    }
+};
+
+TEST_P(KvxHungLoad, EndsByTheFirstSignalAndLeavesNothing)
+{
+    child.send(SIGTERM);
+    const auto result = child.wait();
+    EXPECT_EQ(result.signal, SIGTERM) << "exit code " << result.exitCode << " " << result.err;
+    EXPECT_EQ(folder.count(), 1u);
+}
+
+TEST_P(KvxHungLoad, EndsAtOnceByTheSecondSignalAndLeavesNothing)
+{
+    while (child.isRunning()) {
+        child.send(SIGINT);
+        pause();
+    }
+    const auto result = child.wait();
+    EXPECT_EQ(result.signal, SIGINT) << "exit code " << result.exitCode << " " << result.err;
+    EXPECT_EQ(folder.count(), 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, KvxHungLoad, testing::Values(Words{}, Words{"--background"}));
+
+} // namespace

@@ -1,0 +1,391 @@
+// `kvx play` through the file player: what is heard, what is said, and keys at a terminal.
+#include "tests/endtoend/command/kvx_runner.h"
+#include "tests/endtoend/command/pty_child.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+using namespace endtoend;
+using support::Sound;
+
+struct FilePlayer : testing::Test {
+    support::TemporaryFolder folder;
+
+    std::string write(const Sound& sound, const std::string& name = "in.wav")
+    {
+        support::writeSound(sound, folder / name);
+        return folder / name;
+    }
+    /// Long enough for any test: none waits for its end.
+    std::string writeLong() { return write(support::makeNoise(44100, 2, 44100 * 120)); }
+
+    support::ChildResult play(const std::vector<std::string>& more)
+    {
+        std::vector<std::string> arguments = {"play"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runKvx(arguments, folder.path());
+    }
+};
+
+std::vector<float> inChannels(const Sound& sound, int channels)
+{
+    std::vector<float> samples;
+    for (std::size_t frame = 0; frame < sound.frames(); ++frame)
+        for (int channel = 0; channel < channels; ++channel)
+            samples.push_back(sound.samples[frame * std::size_t(sound.channels) +
+                                            std::size_t(std::min(channel, sound.channels - 1))]);
+    return samples;
+}
+
+/// A whole sound file, with more frames than the library loads. Sparse: it needs no space on the disk.
+void writeTooLong(const std::string& path)
+{
+    constexpr std::uint32_t header = 44, frames = 1500u << 20;
+    support::writeSound({44100, 1, {0.5f}}, path, SF_FORMAT_WAV | SF_FORMAT_PCM_U8);
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    const auto put = [&file](std::uint32_t value, std::streamoff place) {
+        file.seekp(place);
+        file.write(reinterpret_cast<const char*>(&value), sizeof value);
+    };
+    put(frames + header - 8, 4);
+    put(frames, 40);
+    file.close();
+    std::filesystem::resize_file(path, std::uintmax_t{frames} + header);
+}
+
+/// What was captured is `expected` from the first frame on, and silence behind it.
+void expectHeard(const Sound& captured, const std::vector<float>& expected)
+{
+    ASSERT_LE(expected.size(), captured.samples.size());
+    const auto [at, other] = std::mismatch(expected.begin(), expected.end(), captured.samples.begin());
+    EXPECT_TRUE(at == expected.end())
+        << "sample " << at - expected.begin() << " is " << *other << ", not " << *at;
+    for (std::size_t i = expected.size(); i < captured.samples.size(); ++i)
+        ASSERT_EQ(captured.samples[i], 0.0f) << "after the end";
+}
+
+TEST_F(FilePlayer, IsHeardBitForBitAtTheDevicesRate)
+{
+    const struct {
+        int channels;
+        std::size_t frames;
+        std::vector<std::string> more;
+        const char* why;
+    } facts[] = {
+        {2, 44100 * 2 + 17, {"--fast"}, "as it is"},
+        {1, 44100 + 1, {"--fast"}, "mono on both sides"},
+        {2, 1, {"--fast"}, "one frame"},
+        {2, 44100, {"--fast", "--background"}, "loaded in a thread"},
+        {2, 44100, {}, "in real time"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        const Sound sound = support::makeNoise(44100, fact.channels, fact.frames);
+        std::vector<std::string> arguments = {write(sound), "--device", "simulated", "--capture", "out.wav"};
+        arguments.insert(arguments.end(), fact.more.begin(), fact.more.end());
+        const auto result = play(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        expectHeard(support::readSound(folder / "out.wav"), inChannels(sound, 2));
+    }
+}
+
+TEST_F(FilePlayer, PlaysSeveralFilesOneAfterTheOther)
+{
+    write(support::makeNoise(44100, 2, 4410), "1.wav");
+    write(support::makeNoise(22050, 1, 2205), "2.wav");
+    const auto result = play({"--fast", "1.wav", "2.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(
+        result.out.find("Playing 1.wav: 44100 Hz, stereo, 0:00.1\nPlaying 2.wav: 22050 Hz, mono, 0:00.1\n"),
+        std::string::npos)
+        << result.out;
+}
+
+// Each with frames that fill no slice, the one in the middle shorter than a slice.
+TEST_F(FilePlayer, PlaysSeveralFilesWithoutGaps)
+{
+    const Sound sounds[] = {support::makeNoise(44100, 2, 20011, 1), support::makeNoise(44100, 2, 101, 2),
+                            support::makeNoise(44100, 2, 9973, 3)};
+    std::vector<float> expected;
+    for (const Sound& sound : sounds)
+        expected.insert(expected.end(), sound.samples.begin(), sound.samples.end());
+    write(sounds[0], "1.wav");
+    write(sounds[1], "2.wav");
+    write(sounds[2], "3.wav");
+    for (const std::vector<std::string>& more :
+         {std::vector<std::string>{}, {"--background"}, {"--host-version", "2010.5"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        std::vector<std::string> arguments = {"--fast", "--device", "simulated", "1.wav",
+                                              "2.wav",  "3.wav",    "--capture", "out.wav"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto result = play(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        expectHeard(support::readSound(folder / "out.wav"), expected);
+    }
+}
+
+// Between two files that change speed nothing is silent for longer than a slice.
+TEST_F(FilePlayer, PlaysSeveralFilesWithoutGapsAtAnotherRate)
+{
+    write(support::makeNoise(44100, 2, 30011, 1), "1.wav");
+    write(support::makeNoise(44100, 2, 20011, 2), "2.wav");
+    for (const char* unit : {"time-pitch", "varispeed"}) {
+        SCOPED_TRACE(unit);
+        ASSERT_EQ(play({"--fast", "--device", "simulated", "--rate", "1.25", "--unit", unit, "1.wav", "2.wav",
+                        "--capture", "out.wav"})
+                      .exitCode,
+                  0);
+        const Sound heard = support::readSound(folder / "out.wav");
+        const auto both = std::size_t((30011 + 20011) / 1.25);
+        ASSERT_GE(heard.frames(), both);
+        std::size_t silent = 0, longest = 0;
+        for (std::size_t frame = support::leadingSilence(heard); frame < both; ++frame) {
+            silent = std::fabs(heard.samples[frame * 2]) < 1e-3f ? silent + 1 : 0;
+            longest = std::max(longest, silent);
+        }
+        EXPECT_LE(longest, 512u);
+    }
+}
+
+TEST_F(FilePlayer, ReportsAFileThatCannotBeLoadedAfterThePreviousOne)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100 + 17);
+    write(sound, "1.wav");
+    writeTooLong(folder / "long.wav");
+    const auto result = support::runChild(
+        kvxCommand({"play", "--fast", "--device", "simulated", "1.wav", "long.wav", "1.wav"}),
+        {{"KVX_AUDIO_CAPTURE", folder / "out.wav"}}, folder.path());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("long.wav is too long for the memory; "), std::string::npos) << result.err;
+    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    expectHeard(support::readSound(folder / "out.wav"), sound.samples);
+}
+
+TEST_F(FilePlayer, ShowsTheFormatsAsTheClassGivesThem)
+{
+    write(support::makeNoise(48000, 6, 48000 * 3 / 2), "six.wav");
+    const auto result = play({"--info", "six.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "six.wav\n"
+                          "  sample rate   48000 Hz\n"
+                          "  channels      6\n"
+                          "  duration      0:01.5 (1.500 s)\n"
+                          "  client format  6 ch,  48000 Hz, 'lpcm' (0x00000009) 32-bit little-endian float\n"
+                          "  output format  6 ch,  48000 Hz, 'lpcm' (0x00000029) 32-bit little-endian float, "
+                          "deinterleaved\n");
+}
+
+TEST_F(FilePlayer, ShowsTheFilesOwnChannelsWhereFewerPlay)
+{
+    const struct {
+        int channels;
+        const char* shown;
+    } facts[] = {{64, "  channels      64\n"}, {65, "  channels      65, of which the first 64 play\n"}};
+    for (const auto& fact : facts) {
+        write(support::makeNoise(44100, fact.channels, 441), "many.wav");
+        const auto result = play({"--info", "many.wav"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_NE(result.out.find(fact.shown), std::string::npos) << result.out;
+        EXPECT_NE(result.out.find("client format 64 ch, "), std::string::npos) << result.out;
+    }
+}
+
+TEST_F(FilePlayer, FindsANameInTheOtherNormalForm)
+{
+    const std::string composed = "\xc3\xa9.wav", decomposed = "e\xcc\x81.wav";
+    for (const auto& [onDisk, asked] : {std::pair(composed, decomposed), std::pair(decomposed, composed)}) {
+        SCOPED_TRACE(onDisk);
+        write(support::makeNoise(44100, 2, 441), onDisk);
+        for (const std::vector<std::string>& more :
+             {std::vector<std::string>{"--fast"}, {"--fast", "--buffered"}, {"--info"}}) {
+            std::vector<std::string> arguments = {asked};
+            arguments.insert(arguments.end(), more.begin(), more.end());
+            const auto result = play(arguments);
+            EXPECT_EQ(result.exitCode, 0) << result.err;
+            EXPECT_NE(result.out.find(onDisk), std::string::npos) << result.out;
+        }
+        const auto result = play({"--fast", asked, "--capture", onDisk});
+        EXPECT_EQ(result.exitCode, 1) << "the same file";
+        std::filesystem::remove(folder / onDisk);
+    }
+}
+
+TEST_F(FilePlayer, SaysWhyThereAreNoKeys)
+{
+    write(support::makeNoise(44100, 2, 441));
+    const auto result = play({"in.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("No keys: the standard "), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("put is not a terminal. Ctrl-C ends.\n"), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find('\x1b'), std::string::npos) << "nor a line that is written over";
+    EXPECT_EQ(play({"--quiet", "in.wav"}).out, "");
+    EXPECT_EQ(play({"--fast", "in.wav"}).out.find("No keys"), std::string::npos) << "nobody could use them";
+}
+
+TEST_F(FilePlayer, KeepsTheOptionsOfBothWaysApart)
+{
+    write(support::makeNoise(44100, 2, 441));
+    const struct {
+        std::vector<std::string> arguments;
+        const char* says;
+    } facts[] = {
+        {{"in.wav", "--gain", "-6"}, "--buffered"},
+        {{"in.wav", "--buffered", "--rate", "2"}, "--buffered"},
+        {{"in.wav", "--buffered", "--background"}, "--buffered"},
+        {{"in.wav", "--volume", "1.5"}, "from 0 to 1"},
+        {{"in.wav", "--rate", "0"}, "from 0.04 to 32"},
+        {{"in.wav", "--unit", "varispeed", "--rate", "5"}, "from 0.25 to 4"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        const auto result = play(fact.arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(fact.says), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(play({"in.wav", "--fast", "--start", "1"}).exitCode, 1);
+}
+
+// ---- at a terminal ----
+
+TEST_F(FilePlayer, KeepsVolumeRateAndPitchOfKeysInTheNextFile)
+{
+    write(support::makeNoise(44100, 2, 44100 * 4), "1.wav");
+    PtyChild child(kvxCommand({"play", "--device", "simulated", folder / "1.wav", writeLong()}));
+    ASSERT_TRUE(child.waitFor(" / 0:04.0")) << child.shown();
+    child.type("\x1b[B\x1b[B++>");
+    ASSERT_TRUE(child.waitFor("rate 1.10  no loop  pitch +100  volume 90 %")) << child.shown();
+    ASSERT_TRUE(child.waitFor("Playing in.wav")) << child.shown();
+    ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    EXPECT_TRUE(child.waitFor("rate 1.10  no loop  pitch +100  volume 90 %")) << child.shown();
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0) << child.shown();
+}
+
+TEST_F(FilePlayer, ObeysKeys)
+{
+    PtyChild child(kvxCommand({"play", "--start", "60", writeLong()}));
+    ASSERT_TRUE(child.waitFor("Keys: space pause")) << child.shown();
+    ASSERT_TRUE(child.waitFor("  1:00."));
+    EXPECT_FALSE(child.isLineByLine());
+    const struct {
+        const char *keys, *shown;
+    } facts[] = {
+        {"l", "mark a loop with [ and ] first"},
+        {" ", "paused"},
+        {"+", "rate 1.05"},
+        {"-", "rate 1.00"},
+        {">", "pitch +100"},
+        {"<<", "pitch -100"},
+        {"\x1b[B\x1b[B", "volume 90 %"},
+        {"[", "loop 1:00."},
+        {"\x1b[C", "  1:05."},
+        {"]", " off"}, // both points, and no loop yet
+        {"l", "loop 1:00"},
+        {" ", "  1:00."}, // back to the begin, as soon as sound goes on
+    };
+    for (const auto& fact : facts) {
+        child.type(fact.keys);
+        ASSERT_TRUE(child.waitFor(fact.shown)) << fact.keys << "\n" << child.shown();
+    }
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0) << child.shown();
+    EXPECT_NE(child.shown().find("Done."), std::string::npos) << child.shown();
+    EXPECT_TRUE(child.isLineByLine());
+}
+
+TEST_F(FilePlayer, SeeksByFiveSeconds)
+{
+    PtyChild child(kvxCommand({"play", "--start", "60", writeLong()}));
+    ASSERT_TRUE(child.waitFor("  1:00."));
+    child.type(" ");
+    ASSERT_TRUE(child.waitFor("paused"));
+    child.type("\x1b[D\x1b[D");
+    EXPECT_TRUE(child.waitFor("  0:5")) << child.shown();
+    child.type("\x1b[C\x1b[C\x1b[C");
+    EXPECT_TRUE(child.waitFor("  1:0")) << child.shown();
+    for (int i = 0; i < 20; ++i) child.type("\x1b[D");
+    EXPECT_TRUE(child.waitFor("  0:00.0 / 2:00.0")) << "no further than the begin";
+    for (int i = 0; i < 30; ++i) child.type("\x1b[C");
+    EXPECT_TRUE(child.waitFor("  2:00.0 / 2:00.0")) << "nor than the end";
+    child.type(" ");
+    EXPECT_EQ(child.wait(), 0) << "which ends it, once it goes on";
+}
+
+TEST_F(FilePlayer, NeverFillsMoreThanOneLine)
+{
+    PtyChild child(kvxCommand({"play", writeLong()}), 60);
+    const auto checkLines = [&](std::size_t from, std::size_t columns) {
+        for (std::size_t at = child.shown().find(" / 2:00.0", from); at != std::string::npos;
+             at = child.shown().find(" / 2:00.0", at + 1)) {
+            const auto begin = child.shown().rfind('\r', at), end = child.shown().find('\x1b', at);
+            if (end == std::string::npos) break;
+            const auto first =
+                begin == std::string::npos ? 0 : begin + 1 + (child.shown()[begin + 1] == '\n');
+            EXPECT_LT(end - first, columns) << child.shown().substr(first, end - first);
+        }
+    };
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    checkLines(0, 60);
+    child.resize(30);
+    child.type(" ");
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    const std::size_t narrow = child.shown().rfind(" / 2:00.0");
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+    checkLines(narrow, 30);
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0);
+}
+
+TEST_F(FilePlayer, GivesTheTerminalBackOnEverySignal)
+{
+    const std::string file = writeLong();
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        PtyChild child(kvxCommand({"play", file}));
+        ASSERT_TRUE(child.waitFor(" / 2:00.0")) << child.shown();
+        EXPECT_FALSE(child.isLineByLine());
+        if (signal == SIGINT)
+            child.type("\x03");
+        else
+            child.send(signal);
+        EXPECT_EQ(child.wait(), 128 + signal);
+        EXPECT_NE(child.shown().find("\r\nStopped."), std::string::npos) << child.shown();
+        EXPECT_TRUE(child.isLineByLine());
+    }
+}
+
+TEST_F(FilePlayer, GivesTheTerminalBackWhenItFails)
+{
+    const std::string file = writeLong();
+    PtyChild child(kvxCommand({"play", file, "--start", "1000"}));
+    EXPECT_EQ(child.wait(), 1);
+    EXPECT_NE(child.shown().find("give a time before 120.000 seconds"), std::string::npos) << child.shown();
+    EXPECT_TRUE(child.isLineByLine());
+}
+
+TEST_F(FilePlayer, ShowsThatItLoadsInTheBackground)
+{
+    const std::string file = write(support::makeNoise(44100, 2, 44100 * 60), "long.wav");
+    PtyChild child(kvxCommand({"play", "--background", file}));
+    EXPECT_TRUE(child.waitFor("Loading long.wav")) << child.shown();
+    EXPECT_TRUE(child.waitFor("Playing long.wav")) << child.shown();
+    child.type("q");
+    EXPECT_EQ(child.wait(), 0);
+}
+
+} // namespace

@@ -1,0 +1,276 @@
+// `kvx get` and `kvx set`, line by line as a user types them.
+#include "tests/endtoend/command/kvx_runner.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace endtoend;
+using Arguments = std::vector<std::string>;
+
+const std::string stereo =
+    "format='lpcm',flags=0x9,bytes/packet=8,frames/packet=1,bytes/frame=8,channels=2,bits=32\n";
+
+TEST(KvxGet, ShowsValuesByTheirType)
+{
+    const struct {
+        Arguments arguments;
+        std::string out;
+    } facts[] = {
+        {{"0", "nsrt"}, "44100\n"},
+        {{"0", "name"}, "Simulated Device\n"},
+        {{"0", "lnam"}, "Simulated Device\n"},
+        {{"0", "uid "}, "kvx:simulated:0:Simulated Device\n"},
+        {{"0", "uid"}, "kvx:simulated:0:Simulated Device\n"},
+        {{"0", "tran"}, "'virt'\n"},
+        {{"0", "livn"}, "yes\n"},
+        {{"0", "goin"}, "no\n"},
+        {{"0", "oink"}, "-1\n"},
+        {{"0", "fsiz"}, "512\n"},
+        {{"0", "nsr#"}, "1000..768000\n"},
+        {{"0", "stm#"}, "3\n"},
+        {{"0", "stm#", "--scope", "input"}, ""},
+        {{"0", "slay"}, "channels=2,bytes=4096\n"},
+        {{"0", "sfmt"}, "rate=44100," + stereo},
+        {{"0", "dch2"}, "1\n2\n"},
+        {{"0", "srnd"}, "tag=0x650002,bitmap=0x0,descriptions=0\n"},
+        {{"0", "ssrc"}, "'spkr'\n"},
+        {{"system", "dev#"}, "2\n4\n"},
+        {{"system", "dOut"}, "2\n"},
+        {{"0", "volm", "--scope", "output", "--element", "1"}, "1\n"},
+        {{"0", "lchn", "--scope", "output", "--element", "2"}, "Right\n"},
+        {{"stream:3", "sdir"}, "0\n"},
+        {{"stream:3", "pft "}, "rate=44100," + stereo},
+    };
+    for (const auto& fact : facts) {
+        Arguments arguments = {"get"};
+        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const auto result = runKvx(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out, fact.out);
+    }
+}
+
+TEST(KvxGet, TakesObjectsAndSelectorsInManyForms)
+{
+    for (const char* object : {"0", "Simulated Device", "simulated device", "lated DEV",
+                               "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2"})
+        EXPECT_EQ(runKvx({"get", object, "name"}).out, "Simulated Device\n") << object;
+    for (const char* selector :
+         {"nsrt", "'nsrt'", "0x6E737274", "1853059700", "kAudioDevicePropertyNominalSampleRate",
+          "kaudiodevicepropertynominalsamplerate"})
+        EXPECT_EQ(runKvx({"get", "0", selector}).out, "44100\n") << selector;
+    for (const char* scope : {"output", "outp", "0x6F757470"})
+        EXPECT_EQ(runKvx({"get", "0", "volm", "--scope", scope, "--element", "0x1"}).out, "1\n") << scope;
+}
+
+TEST(KvxGet, AsksWithAValue)
+{
+    const struct {
+        Arguments arguments;
+        std::string out;
+    } facts[] = {
+        {{"0", "v2db", "0.5", "--element", "1"}, "-32\n"},
+        {{"0", "db2v", "-32", "--element", "1"}, "0.5\n"},
+        {{"0", "v2db", "--hex", "0000003f", "--element", "1"},
+         "0000  00 00 00 c2" + std::string(38, ' ') + "|....|\n"},
+        {{"0", "sfm?", "rate=48000,channels=2"}, "yes\n"},
+        {{"0", "sfmm", "rate=48000"}, "rate=48000," + stereo},
+        {{"0", "sscn", "spkr"}, "Simulated Speakers\n"},
+        {{"0", "sscn", "0x73706B72"}, "Simulated Speakers\n"},
+    };
+    for (const auto& fact : facts) {
+        Arguments arguments = {"get"};
+        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const auto result = runKvx(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out, fact.out);
+    }
+}
+
+TEST(KvxGet, ShowsBytes)
+{
+    EXPECT_EQ(runKvx({"get", "0", "name", "--hex"}).out,
+              "0000  53 69 6d 75 6c 61 74 65 64 20 44 65 76 69 63 65  |Simulated Device|\n"
+              "0010  00" +
+                  std::string(47, ' ') + "|.|\n");
+    EXPECT_EQ(runKvx({"get", "0", "nsrt", "--hex"}).out,
+              "0000  00 00 00 00 80 88 e5 40" + std::string(26, ' ') + "|.......@|\n");
+}
+
+TEST(KvxGet, ShowsAllThatAnObjectHas)
+{
+    const auto device = runKvx({"get", "0"});
+    EXPECT_EQ(device.exitCode, 0);
+    EXPECT_EQ(device.err, "");
+    for (const char* line : {"'name' kAudioDevicePropertyDeviceName                      Simulated Device\n",
+                             "'nsrt' kAudioDevicePropertyNominalSampleRate               44100\n",
+                             "'dch2' kAudioDevicePropertyPreferredChannelsForStereo      1; 2\n"})
+        EXPECT_NE(device.out.find(line), std::string::npos) << line << device.out;
+    EXPECT_EQ(device.out.find("volm"), std::string::npos) << "only what there is";
+    const auto channel = runKvx({"get", "0", "--scope", "output", "--element", "1"});
+    EXPECT_NE(channel.out.find("'volm' kAudioDevicePropertyVolumeScalar"), std::string::npos) << channel.out;
+    const auto input = runKvx({"get", "1", "--scope", "output"});
+    EXPECT_NE(input.out.find("kAudioDevicePropertyStreams                         (none)"), std::string::npos)
+        << input.out;
+    EXPECT_EQ(runKvx({"get", "system"}).exitCode, 0);
+    EXPECT_NE(runKvx({"get", "stream:3"}).out.find("'sdir' kAudioStreamPropertyDirection"),
+              std::string::npos);
+}
+
+TEST(KvxSet, WritesAndShowsWhatItThenIs)
+{
+    const struct {
+        Arguments arguments;
+        std::string out;
+    } facts[] = {
+        {{"0", "nsrt", "48000"}, "48000\n"},
+        {{"0", "fsiz", "0x100"}, "256\n"},
+        {{"0", "fsiz", "--hex", "00 01", "00 00"}, "0000  00 01 00 00" + std::string(38, ' ') + "|....|\n"},
+        {{"0", "volm", "0.5", "--scope", "output", "--element", "1"}, "0.5\n"},
+        {{"0", "vold", "-32", "--element", "2"}, "-32\n"},
+        {{"0", "vold", "-0.1", "--element", "2"}, "-0.099998474\n"}, // the device keeps a factor
+        {{"0", "mute", "on"}, "yes\n"},
+        {{"0", "sfmt", "rate=96000,channels=2"}, "rate=96000," + stereo},
+        {{"stream:3", "pft ", "rate=8000"}, "rate=8000," + stereo},
+        {{"system", "dOut", "2"}, "2\n"},
+        {{"system", "dOut", "id:2"}, "2\n"},
+        {{"system", "dOut", "Simulated", "Device"}, "2\n"},
+        {{"system", "dIn ", "Simulated Input"}, "4\n"},
+        {{"system", "slep", "no"}, "no\n"},
+        {{"0", "ssrc", "'spkr'"}, "'spkr'\n"},
+        {{"system", "slep", "--hex", "00000000"}, "0000  00 00 00 00" + std::string(38, ' ') + "|....|\n"},
+    };
+    for (const auto& fact : facts) {
+        Arguments arguments = {"set"};
+        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const auto result = runKvx(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out, fact.out);
+    }
+}
+
+TEST(KvxSet, FailsWhereAnotherValueIsReadBack)
+{
+    const auto result = runKvx({"set", "0", "volm", "2", "--element", "1"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "1\n");
+    EXPECT_EQ(result.err,
+              "kvx: Simulated Device, 'volm': 2 was written and 1 is read back; give a value that "
+              "the device takes\n");
+    for (const Arguments& more :
+         {Arguments{"bsiz", "4095"}, {"ncyc", "0.5"}, {"volm", "-1", "--element", "2"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        Arguments arguments = {"set", "0"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(runKvx(arguments).exitCode, 1);
+    }
+    EXPECT_EQ(runKvx({"set", "0", "oink", "-1"}).exitCode, 0) << "a write of any value takes the device";
+}
+
+/// One line on stderr that says `says`, nothing on stdout, nothing left over.
+struct Refusal {
+    Arguments arguments;
+    const char* says;
+};
+
+void expectRefusals(const std::vector<Refusal>& refusals, int exitCode)
+{
+    for (const Refusal& refusal : refusals) {
+        SCOPED_TRACE(testing::PrintToString(refusal.arguments));
+        const auto result = runKvx(refusal.arguments);
+        EXPECT_EQ(result.exitCode, exitCode);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(refusal.says), std::string::npos) << result.err;
+        const bool isFromCommandLine = result.err.find("Run with --help") != std::string::npos;
+        EXPECT_EQ(lineCount(result.err), isFromCommandLine ? 2u : 1u) << result.err;
+    }
+}
+
+TEST(KvxProperties, StatusesAreOneLineInWords)
+{
+    expectRefusals(
+        {
+            // ---- the platform's statuses ----
+            {{"get", "0", "abcd"},
+             "kvx: Simulated Device, 'abcd': 'who?' (2003332927): the object has no such property"},
+            {{"get", "0", "0"}, "'who?'"},
+            {{"get", "0", "volm"}, "'who?' (2003332927)"},
+            {{"get", "0", "volm", "--element", "3"}, "'who?'"},
+            {{"get", "0", "nsrt", "--scope", "none"}, "'who?'"},
+            {{"get", "0", "lchn"}, "'who?'"},
+            {{"get", "0", "sfm?", "channels=7"},
+             "'!dat' (560226676): the device does not have that format or rate"},
+            {{"get", "id:99", "name"}, "'!obj' (560947818): there is no such object"},
+            {{"get", "id:0", "name"}, "'!obj'"},
+            {{"get", "99", "name"}, "'!obj'"},
+            {{"set", "0", "nsrt", "5"}, "'!dat'"},
+            {{"set", "0", "name", "x"}, "'unop'"},
+            {{"set", "0", "fsiz", "--hex", "0001"}, "'!siz' (561211770)"},
+            {{"set", "0", "fsiz", "0"}, "'nope'"},
+            {{"set", "system", "dOut", "99"}, "'!dev'"},
+            {{"set", "0", "abcd", "--hex", "01"}, "'who?'"},
+            // ---- objects ----
+            {{"get", "stream:2", "sfmt"}, "object 2 is of class 'adev', not 'astr'; use id:2"},
+            {{"get", "nobody", "name"}, "no device is called \"nobody\"; `kvx devices` lists"},
+            {{"get", "", "name"}, "no device is called"},
+            {{"get", "Simulated", "name"}, "fits \"Simulated Device\", \"Simulated Input\"; give the number"},
+            {{"set", "system", "dOut", "nobody"}, "no device is called"},
+            // ---- references ----
+            {{"get", "system", "duid", "x"}, "a reference"},
+            {{"get", "0", "suse"}, "a reference"},
+            {{"set", "0", "lnam", "x"}, "a reference"},
+        },
+        1);
+}
+
+TEST(KvxProperties, WrongUsageIsToldWithAdvice)
+{
+    expectRefusals(
+        {
+            {{"get"}, "object is required"},
+            {{"set", "0"}, "selector is required"},
+            {{"set", "0", "nsrt"}, "value is required"},
+            {{"get", "0", "kAudioNoSuch"}, "\"kAudioNoSuch\" is no selector"},
+            {{"get", "0", "kAudioPropertyWildcardChannel"}, "is no selector"},
+            {{"get", "nobody", "kAudioNoSuch"}, "is no selector"},
+            {{"get", "0", "nsrt", "--scope", "sideways"}, "\"sideways\" is no scope"},
+            {{"get", "0", "nsrt", "--element", "left"}, "\"left\" is no element"},
+            {{"get", "0", "nsrt", "5"}, "'nsrt' is read without a value"},
+            {{"get", "0", "v2db"}, "give a VALUE"},
+            {{"get", "0", "lnam", "--hex"}, "leave out --hex"},
+            {{"get", "0", "sscn", "--hex", "00"}, "four bytes"},
+            {{"set", "0", "nsrt", "fast"}, "\"fast\" is not a value for this; write a number such as 0.5"},
+            {{"set", "0", "nsrt", "nan"}, "\"nan\" is not a value for this; write a number such as 0.5"},
+            {{"set", "0", "nsrt", "inf"}, "\"inf\" is not a value for this"},
+            {{"set", "0", "volm", "NaN", "--element", "1"}, "\"NaN\" is not a value for this"},
+            {{"set", "0", "sfmt", "rate=nan"}, "\"rate=nan\" is not a value for this"},
+            {{"get", "0", "v2db", "infinity", "--element", "1"}, "\"infinity\" is not a value for this"},
+            {{"set", "0", "fsiz", "-1"}, "whole number"},
+            {{"set", "0", "mute", "maybe"}, "yes or no"},
+            {{"set", "0", "slay", "2"}, "--hex"},
+            {{"set", "0", "abcd", "1"}, "nothing is known of the values of 'abcd'"},
+            {{"set", "0", "fsiz", "--hex", "0"}, "two digits a byte"},
+        },
+        2);
+}
+
+TEST(KvxProperties, WorkInEveryHostVersion)
+{
+    for (const char* version :
+         {"2010.5", "2011.5", "2012.99", "2013.02", "2013.04", "2015.02", "2015.99", "2016.0"}) {
+        SCOPED_TRACE(version);
+        EXPECT_EQ(runKvx({"get", "0", "lnam", "--host-version", version}).out, "Simulated Device\n");
+        EXPECT_EQ(runKvx({"get", "0", "sscn", "spkr", "--host-version", version}).out,
+                  "Simulated Speakers\n");
+        EXPECT_EQ(runKvx({"set", "0", "nsrt", "48000", "--host-version", version}).out, "48000\n");
+    }
+}
+
+} // namespace

@@ -1,0 +1,380 @@
+// `kvx render`: a file through all units, written as it would be heard.
+#include "tests/endtoend/command/kvx_runner.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+namespace {
+
+using namespace endtoend;
+using support::Sound;
+namespace fs = std::filesystem;
+
+std::string bytesOf(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+struct Render : testing::Test {
+    support::TemporaryFolder folder;
+
+    support::ChildResult run(const std::string& from, const std::string& to,
+                             const std::vector<std::string>& more = {})
+    {
+        std::vector<std::string> arguments = {"render", from, to};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runKvx(arguments, folder.path());
+    }
+
+    Sound render(const std::string& from, const std::vector<std::string>& more = {})
+    {
+        const auto result = run(from, "out.wav", more);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return result.exitCode == 0 ? support::readSound(folder / "out.wav") : Sound();
+    }
+
+    Sound renderOf(const Sound& sound, const std::vector<std::string>& more = {})
+    {
+        support::writeSound(sound, folder / "in.wav");
+        return render("in.wav", more);
+    }
+};
+
+void expectSame(const Sound& heard, const Sound& expected)
+{
+    EXPECT_EQ(heard.sampleRate, expected.sampleRate);
+    EXPECT_EQ(heard.channels, expected.channels);
+    ASSERT_EQ(heard.frames(), expected.frames());
+    const auto [at, other] =
+        std::mismatch(heard.samples.begin(), heard.samples.end(), expected.samples.begin());
+    EXPECT_TRUE(at == heard.samples.end())
+        << "sample " << at - heard.samples.begin() << " is " << *at << ", not " << *other;
+}
+
+Sound partOf(const Sound& sound, std::size_t first, std::size_t frames)
+{
+    const auto channels = std::size_t(sound.channels);
+    Sound part = {sound.sampleRate, sound.channels, {}};
+    part.samples.assign(sound.samples.begin() + std::ptrdiff_t(first * channels),
+                        sound.samples.begin() + std::ptrdiff_t((first + frames) * channels));
+    return part;
+}
+
+TEST_F(Render, AtUnityIsTheFileBitForBit)
+{
+    const struct {
+        int format;
+        const char* name;
+        int rate, channels;
+        std::size_t frames;
+    } facts[] = {
+        {SF_FORMAT_WAV | SF_FORMAT_PCM_U8, "u8.wav", 8000, 1, 8000},
+        {SF_FORMAT_WAV | SF_FORMAT_PCM_16, "16.wav", 44100, 2, 44100 * 3 + 1},
+        {SF_FORMAT_WAV | SF_FORMAT_PCM_24, "24.wav", 48000, 6, 48000},
+        {SF_FORMAT_WAV | SF_FORMAT_PCM_32, "32.wav", 96000, 2, 9601},
+        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "float.wav", 192000, 1, 19201},
+        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "one.wav", 44100, 2, 1},
+        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "slice.wav", 44100, 2, 512},
+        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "more.wav", 44100, 2, 513},
+        {SF_FORMAT_AIFF | SF_FORMAT_PCM_16, "16.aiff", 44100, 1, 44100},
+        {SF_FORMAT_CAF | SF_FORMAT_PCM_24, "24.caf", 44100, 6, 4410},
+        {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, "16.flac", 44100, 1, 44100},
+        {SF_FORMAT_FLAC | SF_FORMAT_PCM_24, "24.flac", 48000, 2, 48001},
+        {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, "six.flac", 48000, 6, 4800},
+        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "most.wav", 44100, 64, 4410},
+        {SF_FORMAT_OGG | SF_FORMAT_VORBIS, "vorbis.ogg", 44100, 2, 44100},
+        {SF_FORMAT_OGG | SF_FORMAT_OPUS, "opus.opus", 48000, 2, 48000},
+        {SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, "layer3.mp3", 44100, 2, 44100},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.name);
+        support::writeSound(support::makeNoise(fact.rate, fact.channels, fact.frames), folder / fact.name,
+                            fact.format);
+        expectSame(render(fact.name), support::readSound(folder / fact.name));
+    }
+}
+
+TEST_F(Render, IsTheSameBytesEachTime)
+{
+    support::writeSound(support::makeNoise(44100, 2, 44100), folder / "in.wav");
+    const std::vector<std::string> settings[] = {
+        {},
+        {"--rate", "0.7", "--pitch", "300", "--eq", "warm", "--pan", "0.3", "--volume", "0.5"},
+        {"--unit", "varispeed", "--rate", "1.5", "--device-rate", "48000"},
+        {"--loop", "0.1:0.3", "--duration", "1.5", "--background"},
+    };
+    for (const auto& more : settings) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        ASSERT_EQ(run("in.wav", "1.wav", more).exitCode, 0);
+        ASSERT_EQ(run("in.wav", "2.wav", more).exitCode, 0);
+        EXPECT_TRUE(bytesOf(folder / "1.wav") == bytesOf(folder / "2.wav"));
+    }
+}
+
+TEST_F(Render, IsAsLongAsTheRateMakesItAndWhatTheUnitsAdd)
+{
+    const std::size_t frames = 44101;
+    support::writeSound(support::makeNoise(44100, 2, frames), folder / "in.wav");
+    const struct {
+        std::vector<std::string> more;
+        double factor;
+        std::size_t longestTail; // of the unit that is in use
+    } facts[] = {
+        {{}, 1, 0},
+        {{"--rate", "1", "--pitch", "0", "--eq", "flat"}, 1, 0},
+        {{"--device-rate", "48000"}, 48000.0 / 44100, 0},
+        {{"--start", "0.5"}, (44101 - 22050.0) / 44101, 0},
+        {{"--duration", "0.25"}, 11025.0 / 44101, 0},
+        {{"--duration", "100"}, 1, 0},
+        {{"--rate", "2"}, 0.5, 8820},
+        {{"--rate", "0.5"}, 2, 8820},
+        {{"--rate", "0.29"}, 1 / 0.29, 17640},
+        {{"--pitch", "700"}, 1, 8820},
+        {{"--unit", "varispeed", "--rate", "2"}, 0.5, 441},
+        {{"--unit", "varispeed", "--pitch", "-1200"}, 2, 441},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.more));
+        const auto least = std::size_t(std::llround(double(frames) * fact.factor));
+        const std::size_t rendered = render("in.wav", fact.more).frames();
+        EXPECT_GE(rendered, least);
+        EXPECT_LE(rendered, least + fact.longestTail);
+    }
+}
+
+TEST_F(Render, BeginsWhereToldAndGoesRoundALoop)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100);
+    expectSame(renderOf(sound, {"--start", "0.5"}), partOf(sound, 22050, 22050));
+    expectSame(renderOf(sound, {"--duration", "0.25"}), partOf(sound, 0, 11025));
+}
+
+TEST_F(Render, RepeatsALoopExactlyToTheFrame)
+{
+    const std::size_t length = 20011;
+    const Sound sound = support::makeNoise(44100, 2, length);
+    support::writeSound(sound, folder / "in.wav");
+    const struct {
+        std::size_t in, out, start;
+        const char* why;
+    } facts[] = {
+        {4099, 10007, 4099, "points between slices"},
+        {1024, 4096, 1024, "points at slices"},
+        {4099, 10007, 9990, "a start shortly before OUT"},
+        {0, length, 0, "the whole file"},
+        {10007, length, 10007, "OUT at the end of the file"},
+        {length - 1, length, length - 1, "the last frame"},
+        {12788, 12789, 12788, "one frame, whose time times the rate is a little less"},
+        {500, 511, 505, "many repeats in a slice"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        const std::size_t frames = 45000;
+        const auto time = [](std::size_t frame) { return std::to_string(double(frame) / 44100); };
+        Sound expected = {44100, 2, {}};
+        for (std::size_t i = 0, at = fact.start; i < frames; ++i) {
+            for (std::size_t channel = 0; channel < 2; ++channel)
+                expected.samples.push_back(sound.samples[at * 2 + channel]);
+            if (++at == fact.out) at = fact.in;
+        }
+        expectSame(render("in.wav", {"--loop", time(fact.in) + ":" + time(fact.out), "--start",
+                                     time(fact.start), "--duration", time(frames)}),
+                   expected);
+    }
+}
+
+TEST_F(Render, RoundsARateToTheNearestHundredth)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100);
+    const Sound slower = renderOf(sound, {"--rate", "1.239"});
+    expectSame(slower, render("in.wav", {"--rate", "1.24"}));
+    expectSame(render("in.wav", {"--rate", "1.244"}), slower);
+    expectSame(render("in.wav", {"--rate", "0.9951"}), sound);
+}
+
+TEST_F(Render, PutsChannelsWhereTheMapSays)
+{
+    const Sound sound = support::makeNoise(44100, 2, 4410);
+    const struct {
+        const char* map;
+        std::vector<int> channels;
+    } facts[] = {{"1,0", {1, 0}}, {"0,-1", {0, -1}}, {"1", {1}}, {"0,0,1,1", {0, 0, 1, 1}}};
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.map);
+        Sound expected = {44100, int(fact.channels.size()), {}};
+        for (std::size_t frame = 0; frame < sound.frames(); ++frame)
+            for (int channel : fact.channels)
+                expected.samples.push_back(channel < 0 ? 0.0f
+                                                       : sound.samples[frame * 2 + std::size_t(channel)]);
+        expectSame(renderOf(sound, {"--channel-map", fact.map}), expected);
+    }
+}
+
+TEST_F(Render, TurnsSoundDownAndAside)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100);
+    const Sound half = renderOf(sound, {"--volume", "0.5"});
+    ASSERT_EQ(half.frames(), sound.frames());
+    for (std::size_t i = 0; i < half.samples.size(); ++i)
+        ASSERT_EQ(half.samples[i], sound.samples[i] * 0.5f) << i;
+
+    const Sound left = render("in.wav", {"--pan", "-1"});
+    ASSERT_EQ(left.frames(), sound.frames());
+    for (std::size_t frame = 0; frame < left.frames(); ++frame) {
+        ASSERT_EQ(left.samples[frame * 2], sound.samples[frame * 2]) << frame;
+        ASSERT_EQ(left.samples[frame * 2 + 1], 0.0f) << frame;
+    }
+}
+
+// As on any device of two channels, and sample for sample what `kvx play` has there.
+TEST_F(Render, GivesMonoTwoSidesWhereSidesAreSpokenOf)
+{
+    const Sound sound = support::makeNoise(44100, 1, 44100);
+    support::writeSound(sound, folder / "in.wav");
+    const struct {
+        std::vector<std::string> more;
+        std::vector<float> gains; // of each channel of the result
+    } facts[] = {
+        {{}, {1}},
+        {{"--pan", "0"}, {1}},
+        {{"--pan", "-1"}, {1, 0}},
+        {{"--pan", "1"}, {0, 1}},
+        {{"--channel-map", "0"}, {1}},
+        {{"--channel-map", "0,1"}, {1, 1}},
+        {{"--channel-map", "-1,1"}, {0, 1}},
+        {{"--channel-map", "1,0,-1", "--pan", "1"}, {1, 0, 0}},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.more));
+        Sound expected = {44100, int(fact.gains.size()), {}};
+        for (float sample : sound.samples)
+            for (float gain : fact.gains) expected.samples.push_back(sample * gain);
+        expectSame(render("in.wav", fact.more), expected);
+        if (fact.gains.size() != 2) continue;
+        std::vector<std::string> arguments = {"play", "--fast", "in.wav", "--capture", "played.wav"};
+        arguments.insert(arguments.end(), fact.more.begin(), fact.more.end());
+        EXPECT_EQ(runKvx(arguments, folder.path()).exitCode, 0);
+        Sound played = support::readSound(folder / "played.wav");
+        ASSERT_GE(played.frames(), expected.frames());
+        expectSame(partOf(played, 0, expected.frames()), expected);
+    }
+}
+
+TEST_F(Render, SaysWhatItWroteUnlessQuiet)
+{
+    support::writeSound(support::makeNoise(8000, 1, 8000), folder / "in.wav");
+    EXPECT_EQ(run("in.wav", "out.wav").out, "Rendered out.wav: 8000 Hz, mono, 0:01.0\n");
+    EXPECT_EQ(run("in.wav", "out.wav", {"--quiet"}).out, "");
+    EXPECT_EQ(folder.count(), 2u);
+}
+
+TEST_F(Render, RefusesInOneLineAndLeavesNothing)
+{
+    const Sound sound = support::makeNoise(44100, 1, 44100);
+    support::writeSound(sound, folder / "good.wav");
+    support::writeSound(support::makeNoise(44100, 3, 441), folder / "three.wav");
+    support::writeSound({44100, 2, {}}, folder / "silent.wav");
+    std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
+    std::ofstream(folder / "empty.wav");
+    support::writeSound(support::makeNoise(3, 1, 10), folder / "slow.wav");
+    fs::create_directory(folder / "folder");
+    const struct {
+        std::vector<std::string> arguments;
+        int exitCode;
+        const char* says;
+    } facts[] = {
+        {{"missing.wav", "out.wav"}, 1, "check the name"},
+        {{"folder", "out.wav"}, 1, "is a folder"},
+        {{"/dev/null", "out.wav"}, 1, "not a plain file"},
+        {{"text.wav", "out.wav"}, 1, "cannot be decoded"},
+        {{"empty.wav", "out.wav"}, 1, "is empty"},
+        {{"silent.wav", "out.wav"}, 1, "holds no sound"},
+        {{"slow.wav", "out.wav"}, 1, "convert it to WAV, of 1000 to 768000 Hz and up to 1024 channels"},
+        {{"good.wav", "good.wav"}, 1, "name another file"},
+        {{"good.wav", "folder"}, 1, "name a file in it"},
+        {{"good.wav", "no/such/out.wav"}, 1, "folder that exists"},
+        {{"good.wav", "out.wav", "--start", "1"}, 1, "give a time before 1.000 seconds"},
+        {{"good.wav", "out.wav", "--loop", "0:1.5", "--duration", "1"}, 1, "give a time up to 1.000 seconds"},
+        {{"three.wav", "out.wav", "--pan", "1"}, 1, "leave it out"},
+        {{"good.wav", "out.wav", "--channel-map", "0,2"}, 1, "name channels from 0 to 1"},
+        {{"good.wav", "out.wav", "--library", "text.wav"}, 1, "text.wav"},
+        {{"good.wav", "out.wav", "--loop", "0:0.5", "--duration", "1000000"}, 1, "shorter --duration"},
+        {{"good.wav"}, 2, "OUT.wav"},
+        {{}, 2, "FILE"},
+        {{"good.wav", "out.wav", "--loop", "0:0.5"}, 2, "--duration"},
+        {{"good.wav", "out.wav", "--rate", "33"}, 2, "from 0.04 to 32"},
+        {{"good.wav", "out.wav", "--device-rate", "999"}, 2, "1000"},
+        {{"good.wav", "out.wav", "--device-rate", "44100.5"}, 2, "whole number"},
+        {{"good.wav", "out.wav", "--duration", "0"}, 2, "0.001"},
+    };
+    const std::size_t before = folder.count();
+    for (const auto& fact : facts) {
+        std::vector<std::string> arguments = {"render"};
+        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const auto result = runKvx(arguments, folder.path());
+        EXPECT_EQ(result.exitCode, fact.exitCode) << result.err;
+        EXPECT_NE(result.err.find(fact.says), std::string::npos) << result.err;
+        if (fact.exitCode == 1) EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        EXPECT_EQ(folder.count(), before) << "something was left behind";
+    }
+    expectSame(support::readSound(folder / "good.wav"), sound);
+}
+
+TEST_F(Render, LeavesAnEarlierResultWhenStopped)
+{
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "in.wav");
+    std::ofstream(folder / "out.wav") << "earlier";
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        support::Child child(kvxCommand({"render", "in.wav", "out.wav", "--rate", "0.04"}), {},
+                             folder.path());
+        while (child.isRunning() && folder.count() < 3) std::this_thread::yield();
+        child.send(signal);
+        const auto result = child.wait();
+        EXPECT_EQ(result.exitCode, 128 + signal) << result.err;
+        EXPECT_EQ(result.err, "");
+        EXPECT_NE(result.out.find("Stopped; nothing was written."), std::string::npos) << result.out;
+        EXPECT_EQ(bytesOf(folder / "out.wav"), "earlier");
+        EXPECT_EQ(folder.count(), 2u);
+    }
+}
+
+TEST_F(Render, LeavesAnEarlierResultWhenTheDiskIsFull)
+{
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 2), folder / "in.wav");
+    std::ofstream(folder / "out.wav") << "earlier";
+    const auto result = support::runChild(
+        {"sh", "-c", "trap '' XFSZ; ulimit -f 100; exec " + std::string(kvxPath) + " render in.wav out.wav"},
+        {}, folder.path());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    EXPECT_EQ(result.err,
+              "kvx: out.wav cannot be finished: File too large; write to a disk that takes larger "
+              "files, or raise the limit (ulimit -f)\n");
+    EXPECT_EQ(bytesOf(folder / "out.wav"), "earlier");
+    EXPECT_EQ(folder.count(), 2u);
+}
+
+TEST_F(Render, ListsTheCurvesOfTheEqualiser)
+{
+    for (const char* command : {"render", "play"}) {
+        const auto result = runKvx({command, "--eq", "list"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_NE(result.out.find("bass       more below 200 Hz\n"), std::string::npos) << result.out;
+    }
+}
+
+} // namespace

@@ -1,0 +1,74 @@
+// Every value that any object gives is as long as its form says: none falls back to bytes.
+#include "tests/endtoend/loaded_host.h"
+
+#include "host/kvx/library/core_audio.h"
+#include "host/kvx/properties/property_text.h"
+#include "host/kvx/properties/property_types.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace endtoend;
+using kvx::Asks;
+using kvx::Form;
+
+/// The system, its devices and their streams.
+std::vector<kvx::ObjectID> allObjects(const kvx::CoreAudio& core)
+{
+    std::vector<kvx::ObjectID> objects = {kvx::systemObject};
+    for (kvx::ObjectID device : kvx::itemsOf<kvx::ObjectID>(core.readSystem('dev#').value)) {
+        objects.push_back(device);
+        for (kvx::Code scope : {kvx::inputScope, kvx::outputScope})
+            for (kvx::ObjectID stream : kvx::itemsOf<kvx::ObjectID>(core.read({device, 'stm#', scope}).value))
+                objects.push_back(stream);
+    }
+    return objects;
+}
+
+TEST(PropertyForms, FitEveryValueThatThereIs)
+{
+    LoadedHost loaded;
+    std::size_t values = 0;
+    {
+        const kvx::CoreAudio core(loaded.host);
+        const kvx::PropertyTypes types = kvx::propertyTypes();
+        for (kvx::ObjectID object : allObjects(core))
+            for (std::size_t i = 0; i < types.count; ++i)
+                for (kvx::Code scope : {kvx::globalScope, kvx::outputScope, kvx::inputScope})
+                    for (std::uint32_t element = 0; element <= 3; ++element) {
+                        const kvx::PropertyType& type = types.first[i];
+                        if (type.asks != Asks::nothing) continue;
+                        const kvx::PropertyAddress address = {object, type.selector, scope, element};
+                        const auto answer =
+                            type.form == Form::reference ? core.readText(address) : core.read(address);
+                        if (!answer.isGood()) continue;
+                        ++values;
+                        const std::string text = kvx::printValue(type.form, type.extent, answer.value);
+                        EXPECT_NE(text.substr(0, 6), "0000  ")
+                            << kvx::printCode(type.selector) << " of object " << object << ", "
+                            << kvx::printCode(scope) << ", element " << element << ": " << text;
+                    }
+    }
+    EXPECT_GT(values, 300u);
+    EXPECT_EQ(leftOver(loaded.host), "");
+}
+
+TEST(PropertyForms, AreKnownForEverySelectorThatTheLibraryPublishes)
+{
+    LoadedHost loaded;
+    const kvx::CoreAudio core(loaded.host);
+    const auto names = core.constants();
+    EXPECT_EQ(names.size(), 79u);
+    for (const std::string& name : names) {
+        const auto selector = core.constant(name);
+        ASSERT_TRUE(selector) << name;
+        const bool isWildcard = *selector == '****';
+        EXPECT_EQ(kvx::findPropertyType(*selector) == nullptr, isWildcard) << name;
+    }
+    EXPECT_FALSE(core.constant("kAudioPropertyWildcardChannel")) << "a number, no selector";
+    EXPECT_FALSE(core.constant("Lasterror"));
+    EXPECT_FALSE(core.constant("kAudioNoSuch"));
+}
+
+} // namespace

@@ -1,0 +1,81 @@
+// How much memory a file takes: its samples as 32-bit float, and little more, at any moment of its life as
+// long as nothing is to be stretched.
+#include "tests/endtoend/file_player_heap.h"
+#include "tests/endtoend/fileplayer/file_player.h"
+
+#include <sndfile.h>
+
+#include <cstdlib>
+
+namespace {
+
+using namespace endtoend;
+
+constexpr std::size_t allowance = 2 << 20;
+
+void* volatile kept = nullptr;
+
+TEST(FilePlayerHeap, IsMeasured)
+{
+    const std::size_t before = heap::now();
+    heap::forgetMost();
+    kept = std::malloc(1000000);
+    EXPECT_GE(heap::now(), before + 1000000);
+    std::free(kept);
+    kept = nullptr;
+    EXPECT_LT(heap::now(), before + 100000);
+    EXPECT_GE(heap::most(), before + 1000000);
+    heap::forgetMost();
+    EXPECT_LT(heap::most(), before + 100000);
+}
+
+TEST(FilePlayerHeap, OfAFileIsItsSamplesAndLittleMore)
+{
+    const support::TemporaryFolder folder;
+    const struct {
+        const char* name;
+        int format, rate, channels;
+        std::size_t frames;
+    } facts[] = {
+        {"one.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 1, 1},
+        {"short.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 44100, 2, 1000},
+        {"16.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 2, 3000000},
+        {"six.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, 96000, 6, 1000000},
+        {"24.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 48000, 2, 1000000},
+        {"x.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 2, 500000},
+        {"x.opus", SF_FORMAT_OGG | SF_FORMAT_OPUS, 48000, 2, 300000},
+        {"x.mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 44100, 2, 500000},
+    };
+    for (const auto& fact : facts) {
+        const std::string path = folder / fact.name;
+        support::writeSound(support::makeSweep(fact.rate, fact.channels, fact.frames), path, fact.format);
+        for (const char* method : {"LoadFile", "LoadFileMT"}) {
+            SCOPED_TRACE(std::string(fact.name) + " by " + method);
+            LoadedHost loaded;
+            SteppedDevice device(fact.rate, std::uint32_t(fact.channels));
+            KVXPlatformSetOutputTap(device.id(), nullptr, nullptr);
+            const host::FolderItem file = host::FolderItem::at(path);
+            { // what the first of all players makes for those that follow is not a file's
+                const host::Object first = loaded.host.create(filePlayerClass);
+                first.call(method, file, fact.channels, fact.channels);
+            }
+            const std::size_t before = heap::now();
+            heap::forgetMost();
+            {
+                const host::Object player = loaded.host.create(filePlayerClass);
+                ASSERT_TRUE(player.call(method, file, fact.channels, fact.channels).boolean());
+                const std::size_t limit = 4 * std::size_t(fact.channels) * fact.frames + allowance;
+                EXPECT_LE(heap::most() - before, limit) << "at the most, during the load";
+                EXPECT_GE(heap::now() - before, limit - allowance) << "the samples are here";
+                player.set("CurrentDeviceID", std::int64_t(device.id()));
+                player.call("Play");
+                device.step(2000);
+                player.call("Pause");
+                EXPECT_LE(heap::most() - before, limit) << "and playing";
+            }
+            EXPECT_LE(heap::now(), before + 100000) << "gone";
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,112 @@
+// The player's render path asks for no memory, in whatever state the player is; and the alarm that says so
+// rings.
+#include "tests/endtoend/allocation_alarm.h"
+#include "tests/endtoend/loaded_host.h"
+
+#include <CoreAudio/CoreAudio.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+using namespace endtoend;
+using host::MemoryBlock;
+using host::Object;
+
+struct AllocationAlarm : testing::Test {
+    ~AllocationAlarm() override { allocation::disarm(); }
+};
+
+// A player's whole life on a stepped device: seams, resampling, underflow, a refused stop, its own end.
+void playThroughEverything(LoadedHost& loaded, int channels, float rate)
+{
+    SteppedDevice device(44100, 2, 64);
+    Object player = loaded.host.create(playerClass);
+    player.set("OutputDeviceID", std::int64_t(device.id()));
+    player.set("NumberOfChannels", channels);
+    player.set("SampleRate", rate);
+    player.set("NoUnderflow", true);
+    const auto block = MemoryBlock::copyOf(std::vector<float>(250, 0.25f));
+    for (int i = 0; i < 20; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
+    ASSERT_TRUE(player.call("Start").boolean());
+    KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the tap of this test allocates
+
+    allocation::arm();
+    KVXPlatformStep(device.id(), 64 * 300); // to the end and beyond
+    EXPECT_TRUE(player.get("HadUnderflow").boolean());
+    player.set("NoUnderflow", false);
+    KVXPlatformStep(device.id(), 64); // leaves the device
+    allocation::disarm();
+    EXPECT_FALSE(player.get("IsRunning").boolean());
+    EXPECT_GT(allocation::watchedCalls(), 100);
+    EXPECT_EQ(allocation::rings(), 0);
+}
+
+TEST_F(AllocationAlarm, IsSilentWhileThePlayerRenders)
+{
+    LoadedHost loaded;
+    for (int channels : {1, 2})
+        for (float rate : {44100.0f, 22050.0f, 48000.0f}) playThroughEverything(loaded, channels, rate);
+}
+
+TEST_F(AllocationAlarm, IsSilentOnARunningDevicesOwnThread)
+{
+    LoadedHost loaded;
+    KVXSimulatedDevice description = {};
+    description.name = "Paced";
+    description.sliceFrames = 64;
+    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
+    {
+        Object player = loaded.host.create(playerClass);
+        player.set("OutputDeviceID", std::int64_t(device));
+        const auto block = MemoryBlock::copyOf(std::vector<float>(1000, 0.25f));
+        for (int i = 0; i < 10; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
+        allocation::arm();
+        ASSERT_TRUE(player.call("Start").boolean());
+        while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        allocation::disarm();
+        EXPECT_GT(allocation::watchedCalls(), 100);
+        EXPECT_EQ(allocation::rings(), 0);
+    }
+    KVXPlatformRemoveSimulatedDevice(device);
+}
+
+// ---- the alarm itself ----
+
+void* volatile kept = nullptr;
+
+OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*,
+                             const AudioTimeStamp*, AudioBufferList*, const AudioTimeStamp*, void*)
+{
+    kept = std::malloc(16);
+    std::free(kept);
+    kept = std::calloc(4, 4);
+    std::free(kept);
+    return 0;
+}
+
+TEST_F(AllocationAlarm, RingsWhenAProcedureAllocates)
+{
+    SteppedDevice device(44100, 2, 64);
+    KVXPlatformSetOutputTap(device.id(), nullptr, nullptr);
+    ASSERT_EQ(AudioDeviceAddIOProc(device.id(), allocatingProcedure, nullptr), 0);
+    ASSERT_EQ(AudioDeviceStart(device.id(), allocatingProcedure), 0);
+    KVXPlatformStep(device.id(), 64);
+    allocation::arm();
+    kept = std::malloc(16);
+    std::free(kept);
+    EXPECT_EQ(allocation::rings(), 0) << "off the audio thread memory may be had";
+    KVXPlatformStep(device.id(), 128);
+    allocation::disarm();
+    EXPECT_EQ(allocation::watchedCalls(), 2);
+    EXPECT_EQ(allocation::rings(), 4);
+    KVXPlatformStep(device.id(), 64);
+    EXPECT_EQ(allocation::rings(), 4) << "disarmed";
+    EXPECT_EQ(AudioDeviceStop(device.id(), allocatingProcedure), 0);
+    EXPECT_EQ(AudioDeviceRemoveIOProc(device.id(), allocatingProcedure), 0);
+}
+
+} // namespace

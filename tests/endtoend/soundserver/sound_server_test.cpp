@@ -1,0 +1,67 @@
+// A real sound server: `kvx play` to PortAudio to the server, whose stream another client records. No gap, no
+// repeat, the right rate: what is recorded is the file, sample for sample.
+#include "tests/endtoend/command/kvx_runner.h"
+#include "tests/endtoend/soundserver/sound_server.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace {
+
+using namespace endtoend;
+
+constexpr int rate = 48000;
+
+/// A sweep behind eight seconds of silence, in which, on a busy machine too, the recorder finds its way to
+/// the player.
+support::Sound makeProgramme()
+{
+    support::Sound sound = support::makeSweep(rate, 2, rate * 4);
+    sound.samples.insert(sound.samples.begin(), rate * 16, 0.0f);
+    return sound;
+}
+
+TEST(SoundServer, HearsTheFileSampleForSample)
+{
+    SoundServer server(rate);
+    support::TemporaryFolder folder;
+    const support::Sound programme = makeProgramme();
+    support::writeSound(programme, folder / "sweep.wav");
+
+    Recorder recorder(60);
+    ASSERT_EQ(recorder.sampleRate(), rate);
+    auto environment = server.environment();
+    environment.push_back({"KVX_AUDIO_DEVICE", "system"});
+    support::Child player(kvxCommand({"play", folder / "sweep.wav"}), environment);
+    bool isConnected = false;
+    while (player.isRunning() && !(isConnected = recorder.connectToPlayer()))
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const std::vector<float> before = recorder.samples();
+    ASSERT_TRUE(isConnected) << player.wait().err;
+    ASSERT_TRUE(std::all_of(before.begin(), before.end(), [](float sample) { return sample == 0.0f; }))
+        << "the recorder is there before the sound";
+    const auto result = player.wait();
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+
+    const std::vector<float> recorded = recorder.samples();
+    const std::size_t silence = support::leadingSilence(programme) * 2;
+    const std::vector<float> sweep(programme.samples.begin() + std::ptrdiff_t(silence),
+                                   programme.samples.end());
+    const auto first =
+        std::find_if(recorded.begin(), recorded.end(), [](float sample) { return sample != 0.0f; });
+    const auto start = std::size_t(first - recorded.begin()) / 2 * 2;
+    ASSERT_LE(start + sweep.size(), recorded.size()) << "the recording ends early";
+    for (std::size_t i = 0; i < sweep.size(); ++i)
+        ASSERT_EQ(recorded[start + i], sweep[i]) << "sample " << i << " of " << sweep.size();
+    EXPECT_TRUE(std::all_of(recorded.begin() + std::ptrdiff_t(start + sweep.size()), recorded.end(),
+                            [](float sample) { return sample == 0.0f; }))
+        << "silence after the end";
+}
+
+} // namespace
