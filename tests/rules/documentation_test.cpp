@@ -1,6 +1,6 @@
 // The pages at the front door name files and folders; each must be there. A page that names what has gone
 // sends a newcomer astray.
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -30,17 +30,17 @@ bool isMade(const std::string& path) { return path.rfind("build/", 0) == 0; }
 
 bool standsThere(const std::string& page, const std::string& path)
 {
-    const fs::path beside = (house::top() / page).parent_path() / path;
-    return isMade(path) || fs::exists(house::top() / path) || fs::exists(beside) ||
-           fs::exists(house::top() / "platform/include" / path);
+    const fs::path beside = (rules::top() / page).parent_path() / path;
+    return isMade(path) || fs::exists(rules::top() / path) || fs::exists(beside) ||
+           fs::exists(rules::top() / "platform/include" / path);
 }
 
 TEST(Pages, NameOnlyWhatIsThere)
 {
     int named = 0;
-    for (const std::string& page : house::files()) {
+    for (const std::string& page : rules::files()) {
         if (fs::path(page).extension() != ".md") continue;
-        for (const std::string& path : pathsIn(house::read(page))) {
+        for (const std::string& path : pathsIn(rules::read(page))) {
             ++named;
             EXPECT_TRUE(standsThere(page, path)) << page << " names " << path;
         }
@@ -51,16 +51,16 @@ TEST(Pages, NameOnlyWhatIsThere)
 TEST(Pages, AtTheFrontDoorAreThere)
 {
     for (const char* page : {"README.md", "CONTRIBUTING.md", "LICENSE", "run", "check"})
-        EXPECT_TRUE(fs::exists(house::top() / page)) << page;
+        EXPECT_TRUE(fs::exists(rules::top() / page)) << page;
 }
 
 // What the front page shows is what is built.
 TEST(Pages, ShowTheExampleAsItIs)
 {
-    const std::string program = house::read("examples/tone.cpp");
+    const std::string program = rules::read("examples/tone.cpp");
     const auto main = program.find("int main(");
     ASSERT_NE(main, program.npos);
-    EXPECT_NE(house::read("README.md").find("```cpp\n" + program.substr(main) + "```"), std::string::npos);
+    EXPECT_NE(rules::read("README.md").find("```cpp\n" + program.substr(main) + "```"), std::string::npos);
 }
 
 TEST(Pages, AreReadForLinksAndCode)

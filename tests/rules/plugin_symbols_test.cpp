@@ -1,6 +1,6 @@
 // What the plug-in exports and what it asks of others. The oldest system has little of a C++ library, so
 // every undefined C++ symbol must stand in a short list; everything else is the platform's or plain C.
-#include "tests/house/elf_file.h"
+#include "tests/rules/elf_file.h"
 
 #include <gtest/gtest.h>
 
@@ -60,7 +60,7 @@ bool isCxxLibraryName(const std::string& name)
 std::set<std::string> exportsOf(const char* path)
 {
     std::set<std::string> names;
-    for (const auto& symbol : house::readElf(path).symbols)
+    for (const auto& symbol : rules::readElf(path).symbols)
         if (symbol.isDefined) names.insert(symbol.name);
     return names;
 }
@@ -79,7 +79,7 @@ TEST(PluginSymbols, OneNameIsExported)
 
 TEST(PluginSymbols, TheTargetIsRight)
 {
-    const house::ElfFile file = house::readElf(libraryPath);
+    const rules::ElfFile file = rules::readElf(libraryPath);
     EXPECT_EQ(file.bits, int(sizeof(void*) * 8));
     EXPECT_EQ(file.machine, sizeof(void*) == 4 ? EM_386 : EM_X86_64);
     EXPECT_FALSE(file.isSymbolic) << "a test program must be able to stand in front of the platform";
@@ -87,7 +87,7 @@ TEST(PluginSymbols, TheTargetIsRight)
 
 TEST(PluginSymbols, ThePlatformIsReachedByNameAndNotCopied)
 {
-    const house::ElfFile file = house::readElf(libraryPath);
+    const rules::ElfFile file = rules::readElf(libraryPath);
     EXPECT_NE(std::find(file.needed.begin(), file.needed.end(), "libkvxplatform.so"), file.needed.end());
     const std::set<std::string> platform = exportsOf(platformPath);
     int reached = 0;
@@ -99,7 +99,7 @@ TEST(PluginSymbols, NothingIsAskedButTheOldestRuntimeAndPlainC)
 {
     const std::set<std::string> platform = exportsOf(platformPath);
     ASSERT_FALSE(platform.empty());
-    for (const auto& symbol : house::readElf(libraryPath).symbols)
+    for (const auto& symbol : rules::readElf(libraryPath).symbols)
         if (!symbol.isDefined)
             EXPECT_TRUE(isAllowed(symbol.name, platform)) << symbol.name << " is not in the oldest system";
 }
@@ -107,7 +107,7 @@ TEST(PluginSymbols, NothingIsAskedButTheOldestRuntimeAndPlainC)
 TEST(PluginSymbols, WhatTheOldestSystemLacksIsAWeakReference)
 {
     std::set<std::string> found;
-    for (const auto& symbol : house::readElf(libraryPath).symbols) {
+    for (const auto& symbol : rules::readElf(libraryPath).symbols) {
         if (!weakNames.count(symbol.name)) continue;
         EXPECT_FALSE(symbol.isDefined) << symbol.name;
         EXPECT_TRUE(symbol.isWeak) << symbol.name;

@@ -1,5 +1,5 @@
 // The reader of libraries, tried on a library of known content: this machine's C library.
-#include "tests/house/elf_file.h"
+#include "tests/rules/elf_file.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ TEST(ElfFile, ReadsTheCLibraryOfThisProcess)
 {
     Dl_info info{};
     ASSERT_NE(dladdr(reinterpret_cast<void*>(&std::getenv), &info), 0);
-    const house::ElfFile file = house::readElf(info.dli_fname);
+    const rules::ElfFile file = rules::readElf(info.dli_fname);
     EXPECT_EQ(file.bits, int(sizeof(void*) * 8));
     EXPECT_FALSE(file.isSymbolic);
     const auto symbol = std::find_if(file.symbols.begin(), file.symbols.end(),
@@ -24,8 +24,8 @@ TEST(ElfFile, ReadsTheCLibraryOfThisProcess)
 
 TEST(ElfFile, IsEmptyForWhatIsNoLibrary)
 {
-    EXPECT_EQ(house::readElf(KVX_SOURCE_DIR "/LICENSE").bits, 0);
-    EXPECT_EQ(house::readElf(KVX_SOURCE_DIR "/no such file").bits, 0);
+    EXPECT_EQ(rules::readElf(KVX_SOURCE_DIR "/LICENSE").bits, 0);
+    EXPECT_EQ(rules::readElf(KVX_SOURCE_DIR "/no such file").bits, 0);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The scripts at the front door, each in a small tree of its own, with the programs it calls replaced where
 // they would reach out of it.
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -36,7 +36,7 @@ struct ScriptTree : support::TemporaryFolder {
     explicit ScriptTree(const std::string& script)
     {
         fs::create_directory(*this / "scripts");
-        fs::copy_file(house::top() / "scripts" / script, (*this / ("scripts/" + script)));
+        fs::copy_file(rules::top() / "scripts" / script, (*this / ("scripts/" + script)));
     }
     support::ChildResult run(const std::string& script, const Environment& environment) const
     {
@@ -48,7 +48,7 @@ struct ScriptTree : support::TemporaryFolder {
 struct TextTree : ScriptTree {
     TextTree() : ScriptTree("check-text")
     {
-        fs::copy_file(house::top() / ".clang-format", *this / ".clang-format");
+        fs::copy_file(rules::top() / ".clang-format", *this / ".clang-format");
         writeFile(*this / "tracked.cpp", "int one = 1;\n");
         EXPECT_EQ(support::runChild({"git", "init", "-q"}, {}, path()).exitCode, 0);
         EXPECT_EQ(support::runChild({"git", "add", "."}, {}, path()).exitCode, 0);
@@ -137,7 +137,7 @@ TEST(Setup, RefreshesTheListsAndTriesOnceMore)
 TEST(Run, WritesIntoTheBuildFolderWhateverTheCurrentFolder)
 {
     const support::TemporaryFolder tree;
-    fs::copy_file(house::top() / "run", tree / "run");
+    fs::copy_file(rules::top() / "run", tree / "run");
     writeProgram(tree / "scripts/setup", "");
     writeProgram(tree / "scripts/build", "");
     writeProgram(tree / "build/i386/kvx", "echo \"$*\"\n");

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace house {
+namespace rules {
 
 struct DynamicSymbol {
     std::string name;
@@ -23,4 +23,4 @@ struct ElfFile {
 /// Read the library at `path`; an unreadable or foreign file gives no bits and no symbols.
 ElfFile readElf(const std::string& path);
 
-} // namespace house
+} // namespace rules

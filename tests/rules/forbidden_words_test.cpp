@@ -1,6 +1,6 @@
 // Words that stay out of the tree: marks of unfinished work, and names of papers that only their writers
 // have.
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ const std::regex papers("\\bparts? [1-6]\\.[1-6]\\b|\\bspecifi"
 std::vector<std::string> linesWith(const std::regex& words, const std::string& text)
 {
     std::vector<std::string> found;
-    for (const std::string& line : house::lines(text))
+    for (const std::string& line : rules::lines(text))
         if (std::regex_search(line, words)) found.push_back(line);
     return found;
 }
@@ -58,8 +58,8 @@ std::vector<std::string> faultsOf(const std::string& path, const std::string& te
 
 TEST(Words, OfUnfinishedWorkStayOut)
 {
-    for (const std::string& file : house::files()) {
-        const std::string text = house::read(file);
+    for (const std::string& file : rules::files()) {
+        const std::string text = rules::read(file);
         for (const std::string& fault : faultsOf(file, isText(file, text) ? text : ""))
             ADD_FAILURE() << file << ": " << fault;
     }

@@ -1,11 +1,11 @@
-#include "tests/house/elf_file.h"
+#include "tests/rules/elf_file.h"
 
 #include <cstring>
 #include <elf.h>
 #include <fstream>
 #include <iterator>
 
-namespace house {
+namespace rules {
 namespace {
 
 struct Elf32 {
@@ -94,4 +94,4 @@ ElfFile readElf(const std::string& path)
     return bytes[EI_CLASS] == ELFCLASS64 ? readAs<Elf64>(bytes) : readAs<Elf32>(bytes);
 }
 
-} // namespace house
+} // namespace rules

@@ -1,6 +1,6 @@
 // No unit and no folder includes itself through others.
-#include "tests/house/include_graph.h"
-#include "tests/house/tree.h"
+#include "tests/rules/include_graph.h"
+#include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -10,16 +10,16 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-std::vector<house::Include> includesOfTheTree()
+std::vector<rules::Include> includesOfTheTree()
 {
     static const Names folders = {"abi/",      "plugin/",      "coreaudio/", "player/",
                                   "auplayer/", "soundstream/", "listener/",  "platform/"};
-    std::vector<house::Include> all;
-    for (const std::string& file : house::files()) {
+    std::vector<rules::Include> all;
+    for (const std::string& file : rules::files()) {
         const bool isMeant = std::any_of(folders.begin(), folders.end(),
                                          [&](const std::string& each) { return file.rfind(each, 0) == 0; });
-        if (!isMeant || !house::isSource(file)) continue;
-        const auto found = house::includesOf(file, house::read(file));
+        if (!isMeant || !rules::isSource(file)) continue;
+        const auto found = rules::includesOf(file, rules::read(file));
         all.insert(all.end(), found.begin(), found.end());
     }
     return all;
@@ -27,22 +27,22 @@ std::vector<house::Include> includesOfTheTree()
 
 TEST(IncludeCycles, NoneBetweenUnits)
 {
-    const house::IncludeGraph units = house::unitsOf(includesOfTheTree());
+    const rules::IncludeGraph units = rules::unitsOf(includesOfTheTree());
     EXPECT_GT(units.size(), 200u) << "the tree was not found";
-    EXPECT_EQ(house::cycleIn(units), Names{});
+    EXPECT_EQ(rules::cycleIn(units), Names{});
 }
 
 TEST(IncludeCycles, NoneBetweenFolders)
 {
-    const house::IncludeGraph folders = house::foldersOf(house::unitsOf(includesOfTheTree()));
+    const rules::IncludeGraph folders = rules::foldersOf(rules::unitsOf(includesOfTheTree()));
     EXPECT_GT(folders.size(), 15u) << "the tree was not found";
-    EXPECT_EQ(house::cycleIn(folders), Names{});
+    EXPECT_EQ(rules::cycleIn(folders), Names{});
 }
 
 TEST(IncludeCycles, AreFoundBetweenUnits)
 {
     const struct {
-        std::vector<house::Include> includes;
+        std::vector<rules::Include> includes;
         Names cycle;
         const char* why;
     } facts[] = {
@@ -58,14 +58,14 @@ TEST(IncludeCycles, AreFoundBetweenUnits)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        EXPECT_EQ(house::cycleIn(house::unitsOf(fact.includes)), fact.cycle);
+        EXPECT_EQ(rules::cycleIn(rules::unitsOf(fact.includes)), fact.cycle);
     }
 }
 
 TEST(IncludeCycles, AreFoundBetweenFolders)
 {
     const struct {
-        house::IncludeGraph units;
+        rules::IncludeGraph units;
         Names cycle;
         const char* why;
     } facts[] = {
@@ -79,7 +79,7 @@ TEST(IncludeCycles, AreFoundBetweenFolders)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        EXPECT_EQ(house::cycleIn(house::foldersOf(fact.units)), fact.cycle);
+        EXPECT_EQ(rules::cycleIn(rules::foldersOf(fact.units)), fact.cycle);
     }
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace house {
+namespace rules {
 
 /// One include directive: `#include <target>` or `#include "target"`.
 struct Include {
@@ -21,4 +21,4 @@ std::vector<Include> includesOf(const std::string& file, const std::string& text
 /// What is wrong with `include`, in a sentence; empty when it stays inside its walls.
 std::string breach(const Include& include);
 
-} // namespace house
+} // namespace rules

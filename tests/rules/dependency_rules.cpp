@@ -1,12 +1,12 @@
-#include "tests/house/walls.h"
+#include "tests/rules/dependency_rules.h"
 
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 
 #include <algorithm>
 #include <regex>
 #include <string_view>
 
-namespace house {
+namespace rules {
 namespace {
 
 using Names = std::vector<std::string_view>;
@@ -74,7 +74,7 @@ const std::vector<Wall>& walls()
         // End to end means through the doors: the loaded library, the host, the platform's public headers.
         {"tests/endtoend/",             {"abi/", "host/", "tests/endtoend/", "tests/support/"}, nullptr, allPlatform, nullptr},
         {"tests/support/",              {"abi/", "tests/support/", "plugin/"},            nullptr,      allPlatform, nullptr},
-        {"tests/house/",                {"abi/", "tests/house/", "tests/support/"},       nullptr,      {},          nullptr},
+        {"tests/rules/",                {"abi/", "tests/rules/", "tests/support/"},       nullptr,      {},          nullptr},
         {"bench/",                      {""},                                             nullptr,      allPlatform, nullptr},
         {"examples/",                   {"abi/", "host/"},                                nullptr,      control,     &besideHost},
         {"fuzz/",                       {""},                                             nullptr,      allPlatform, nullptr},
@@ -171,8 +171,8 @@ std::vector<Include> includesOf(const std::string& file, const std::string& text
 std::string breach(const Include& include)
 {
     const Wall* wall = wallAround(include.file);
-    if (!wall) return "no wall is drawn around this folder; draw one in tests/house/walls.cpp";
+    if (!wall) return "no wall is drawn around this folder; draw one in tests/rules/dependency_rules.cpp";
     return include.isQuoted ? quotedBreach(*wall, include) : angledBreach(*wall, include);
 }
 
-} // namespace house
+} // namespace rules

@@ -1,6 +1,6 @@
 // The preset macos-cross: the commands that it generates for an SDK and a linker, and its errors without
 // them. Both are stand-ins here: the commands are compared, not run.
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -36,11 +36,11 @@ struct CrossBuild : support::TemporaryFolder {
     {
         const std::vector<std::string> command = {"cmake", "--preset", "macos-cross", "-B", *this / "build"};
         options.insert(options.begin(), command.begin(), command.end());
-        return support::runChild(options, plainCompiler, house::top());
+        return support::runChild(options, plainCompiler, rules::top());
     }
     std::vector<std::string> commands() const
     {
-        return house::lines(
+        return rules::lines(
             support::runChild({"ninja", "-C", *this / "build", "-t", "commands", "KVXAudio"}, plainCompiler)
                 .out);
     }
@@ -61,7 +61,7 @@ std::size_t sourceCount()
 {
     std::size_t count = 0;
     for (const char* folder : {"plugin", "coreaudio", "player", "auplayer", "soundstream", "listener"})
-        for (const auto& entry : fs::directory_iterator(house::top() / folder))
+        for (const auto& entry : fs::directory_iterator(rules::top() / folder))
             count += entry.path().extension() == ".cpp";
     return count;
 }
@@ -79,7 +79,7 @@ TEST(MacosCross, CompilesForTheOldestSystemAndLinksWithTheGivenLinker)
     const auto configured = build.configure({build.sdk(), build.linker(), build.headers()});
     ASSERT_EQ(configured.exitCode, 0) << configured.err;
     const auto commands = build.commands();
-    const std::string top = house::top();
+    const std::string top = rules::top();
     const std::string folder = build.path();
 
     std::string compile = lineWith(commands, "-c " + top + "/plugin/background.cpp");
@@ -135,7 +135,7 @@ TEST(MacosCross, DeclaresTheGlobalQueuesThatAnEarlySDKLacks)
                                             "auto* queue = dispatch_get_global_queue(0, 0);\n";
     const auto compile = [&](const char* option) {
         return support::runChild({"clang++", "-fsyntax-only", option, "-I", folder.path(), "-I",
-                                  house::top().string(), folder / "caller.cpp"})
+                                  rules::top().string(), folder / "caller.cpp"})
             .exitCode;
     };
     EXPECT_EQ(compile("-DKVX_MAC_EARLY_SDK"), 0);
@@ -144,7 +144,7 @@ TEST(MacosCross, DeclaresTheGlobalQueuesThatAnEarlySDKLacks)
 
 TEST(MacosCross, ExportsTheEntryPointOnly)
 {
-    std::ifstream list(house::top() / "plugin/exports_mac.txt");
+    std::ifstream list(rules::top() / "plugin/exports_mac.txt");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(list), {}), "_REALPluginMain\n");
 }
 

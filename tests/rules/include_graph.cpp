@@ -1,11 +1,11 @@
-#include "tests/house/include_graph.h"
+#include "tests/rules/include_graph.h"
 
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 
 #include <algorithm>
 #include <filesystem>
 
-namespace house {
+namespace rules {
 namespace {
 
 namespace fs = std::filesystem;
@@ -66,4 +66,4 @@ std::vector<std::string> cycleIn(const IncludeGraph& graph)
     return {};
 }
 
-} // namespace house
+} // namespace rules

@@ -1,6 +1,6 @@
 // Every include of the tree stays inside its walls, and a made-up include that crosses one is found.
-#include "tests/house/tree.h"
-#include "tests/house/walls.h"
+#include "tests/rules/dependency_rules.h"
+#include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -9,11 +9,11 @@ namespace {
 TEST(Walls, HoldForEveryIncludeOfTheTree)
 {
     int seen = 0;
-    for (const std::string& file : house::files()) {
-        if (!house::isSource(file)) continue;
-        for (const house::Include& include : house::includesOf(file, house::read(file))) {
+    for (const std::string& file : rules::files()) {
+        if (!rules::isSource(file)) continue;
+        for (const rules::Include& include : rules::includesOf(file, rules::read(file))) {
             ++seen;
-            EXPECT_EQ(house::breach(include), "") << file << ":" << include.line;
+            EXPECT_EQ(rules::breach(include), "") << file << ":" << include.line;
         }
     }
     EXPECT_GT(seen, 300) << "the tree was not found";
@@ -68,15 +68,15 @@ TEST(Walls, FindWhatCrossesThem)
     for (const auto& fact : facts) {
         SCOPED_TRACE(std::string(fact.file) + ": " + fact.directive + " (" + fact.why + ")");
         bool crosses = false;
-        for (const house::Include& include : house::includesOf(fact.file, fact.directive))
-            crosses |= !house::breach(include).empty();
+        for (const rules::Include& include : rules::includesOf(fact.file, fact.directive))
+            crosses |= !rules::breach(include).empty();
         EXPECT_EQ(crosses, fact.crosses);
     }
 }
 
 TEST(Walls, CountLinesAndReadBothForms)
 {
-    const auto found = house::includesOf("x.cpp", "#include <a.h>\n\nint b;\n#include \"c/d.h\"\n");
+    const auto found = rules::includesOf("x.cpp", "#include <a.h>\n\nint b;\n#include \"c/d.h\"\n");
     ASSERT_EQ(found.size(), 2u);
     EXPECT_EQ(found[0].line, 1);
     EXPECT_EQ(found[0].target, "a.h");

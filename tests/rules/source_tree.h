@@ -1,11 +1,11 @@
-// The tracked text of the tree, as the house tests read it.
+// The tracked text of the tree, as the rule tests read it.
 #pragma once
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
-namespace house {
+namespace rules {
 
 /// Where the tree stands.
 std::filesystem::path top();
@@ -21,4 +21,4 @@ std::string read(const std::string& path);
 
 std::vector<std::string> lines(const std::string& text);
 
-} // namespace house
+} // namespace rules

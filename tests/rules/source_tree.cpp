@@ -1,11 +1,11 @@
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 
-namespace house {
+namespace rules {
 
 namespace fs = std::filesystem;
 
@@ -47,4 +47,4 @@ std::vector<std::string> lines(const std::string& text)
     return result;
 }
 
-} // namespace house
+} // namespace rules

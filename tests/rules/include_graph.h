@@ -1,14 +1,14 @@
 // Include dependencies between units and between folders.
 #pragma once
 
-#include "tests/house/walls.h"
+#include "tests/rules/dependency_rules.h"
 
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
-namespace house {
+namespace rules {
 
 /// For each name, the names that it includes.
 using IncludeGraph = std::map<std::string, std::set<std::string>>;
@@ -23,4 +23,4 @@ IncludeGraph foldersOf(const IncludeGraph& units);
 /// The names on one cycle, the first repeated at the end; empty if there is none.
 std::vector<std::string> cycleIn(const IncludeGraph& graph);
 
-} // namespace house
+} // namespace rules

@@ -1,6 +1,6 @@
 // The platform's exports: declared in public headers, and called in the tree or listed here with a reason.
-#include "tests/house/elf_file.h"
-#include "tests/house/tree.h"
+#include "tests/rules/elf_file.h"
+#include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -33,9 +33,9 @@ std::set<std::string> wordsOfPublicHeaders()
 {
     static const std::regex word("[A-Za-z_][A-Za-z0-9_]*");
     std::set<std::string> words;
-    for (const std::string& file : house::files()) {
+    for (const std::string& file : rules::files()) {
         if (file.rfind("platform/include/", 0) != 0) continue;
-        const std::string text = withoutComments(house::read(file));
+        const std::string text = withoutComments(rules::read(file));
         for (std::sregex_iterator each(text.begin(), text.end(), word), end; each != end; ++each)
             words.insert(each->str());
     }
@@ -46,7 +46,7 @@ TEST(PlatformSymbols, AreDeclaredInPublicHeaders)
 {
     const std::set<std::string> declared = wordsOfPublicHeaders();
     int exported = 0;
-    for (const auto& symbol : house::readElf(KVX_BINARY_DIR "/libkvxplatform.so").symbols) {
+    for (const auto& symbol : rules::readElf(KVX_BINARY_DIR "/libkvxplatform.so").symbols) {
         if (!symbol.isDefined) continue;
         ++exported;
         EXPECT_TRUE(declared.count(symbol.name))
@@ -57,8 +57,8 @@ TEST(PlatformSymbols, AreDeclaredInPublicHeaders)
 
 TEST(PlatformSymbols, IncludeEveryControlFunction)
 {
-    const house::ElfFile file = house::readElf(KVX_BINARY_DIR "/libkvxplatform.so");
-    const std::string text = withoutComments(house::read("platform/include/KVXPlatform/KVXPlatform.h"));
+    const rules::ElfFile file = rules::readElf(KVX_BINARY_DIR "/libkvxplatform.so");
+    const std::string text = withoutComments(rules::read("platform/include/KVXPlatform/KVXPlatform.h"));
     static const std::regex function("\\b(KVXPlatform[A-Za-z]+)\\(");
     int declared = 0;
     for (std::sregex_iterator each(text.begin(), text.end(), function), end; each != end; ++each) {
@@ -74,7 +74,7 @@ TEST(PlatformSymbols, IncludeEveryControlFunction)
 std::set<std::string> exportsOf(const std::string& library)
 {
     std::set<std::string> names;
-    for (const auto& symbol : house::readElf(KVX_BINARY_DIR + library).symbols)
+    for (const auto& symbol : rules::readElf(KVX_BINARY_DIR + library).symbols)
         if (symbol.isDefined) names.insert(symbol.name);
     return names;
 }
@@ -87,7 +87,7 @@ std::set<std::string> namesOfCallers()
         if (file.is_regular_file()) callers.push_back(file.path().string());
     std::set<std::string> names;
     for (const std::string& caller : callers)
-        for (const auto& symbol : house::readElf(caller).symbols) names.insert(symbol.name);
+        for (const auto& symbol : rules::readElf(caller).symbols) names.insert(symbol.name);
     return names;
 }
 

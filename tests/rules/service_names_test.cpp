@@ -1,7 +1,7 @@
 // A host service has one spelling in the plug-in: its row in the list of services, or, for the two that are
 // asked for before anything else, the entry point. A second one would get by with a letter wrong, since a
 // service that the host does not know is skipped without a word.
-#include "tests/house/tree.h"
+#include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ const char* const folders[] = {"plugin/", "coreaudio/", "player/", "auplayer/", 
 
 bool isOfThePlugin(const std::string& path)
 {
-    return house::isSource(path) &&
+    return rules::isSource(path) &&
            std::any_of(std::begin(folders), std::end(folders),
                        [&](const char* folder) { return path.rfind(folder, 0) == 0; });
 }
@@ -27,7 +27,7 @@ std::vector<std::string> quotedIn(const std::string& text)
     static const std::regex quoted("\"((?:[^\"\\\\\n]|\\\\.)*)\"");
     static const std::regex include("^\\s*#\\s*include\\b.*");
     std::vector<std::string> found;
-    for (const std::string& line : house::lines(text)) {
+    for (const std::string& line : rules::lines(text)) {
         if (std::regex_match(line, include)) continue;
         for (std::sregex_iterator each(line.begin(), line.end(), quoted), end; each != end; ++each)
             found.push_back((*each)[1]);
@@ -42,7 +42,7 @@ Homes homesOfServices()
 {
     Homes homes = {{"REALGetRBVersion", "plugin/entry_point.cpp"},
                    {"RegisterPluginVersion", "plugin/entry_point.cpp"}};
-    for (const std::string& name : quotedIn(house::read("plugin/services.h")))
+    for (const std::string& name : quotedIn(rules::read("plugin/services.h")))
         homes.emplace(name, "plugin/services.h");
     return homes;
 }
@@ -62,10 +62,10 @@ TEST(ServiceNames, AreSpelledInOnePlace)
 {
     const Homes homes = homesOfServices();
     int read = 0;
-    for (const std::string& file : house::files()) {
+    for (const std::string& file : rules::files()) {
         if (!isOfThePlugin(file)) continue;
         ++read;
-        for (const std::string& name : strangersIn(file, house::read(file), homes))
+        for (const std::string& name : strangersIn(file, rules::read(file), homes))
             ADD_FAILURE() << file << " spells \"" << name << "\", which is at home in " << homes.at(name);
     }
     EXPECT_GT(read, 50);
