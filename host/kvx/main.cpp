@@ -2,7 +2,7 @@
 // devices tell.
 #include "host/kvx/play/play_commands.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/message.h"
 
 #include <csignal>
 #include <cstdio>
@@ -27,13 +27,13 @@ enum ExitCode { exitGood = 0, exitFailed = 1, exitWrongUsage = 2 };
 
 int fail(const std::string& text, ExitCode code)
 {
-    std::fprintf(stderr, "kvx: %s\n", kvx::plainText(text).c_str());
+    kvx::printMessage(text);
     return code;
 }
 
-int failWithoutMemory(const std::string& command)
+int failWithoutMemory()
 {
-    return fail(command + ": there is not enough memory; close other programs and try again", exitFailed);
+    return fail("there is not enough memory; close other programs and try again", exitFailed);
 }
 
 bool isOutputWritten() { return std::fflush(stdout) == 0 && !std::ferror(stdout); }
@@ -62,15 +62,15 @@ int run(int argumentCount, char** arguments)
         return app.exit(error) == 0 ? exitGood : exitWrongUsage; // --help comes here too, and is good
     }
 
-    const std::string command = app.get_subcommands().front()->get_name();
+    kvx::setCommandName(app.get_subcommands().front()->get_name());
     try {
         return action();
     } catch (const kvx::WrongUsage& error) {
         return fail(error.what(), exitWrongUsage);
     } catch (const std::bad_alloc&) {
-        return failWithoutMemory(command);
+        return failWithoutMemory();
     } catch (const std::length_error&) { // more than any memory holds
-        return failWithoutMemory(command);
+        return failWithoutMemory();
     } catch (const std::exception& error) {
         if (!isOutputWritten()) return exitFailed; // main() says so
         return fail(error.what(), exitFailed);

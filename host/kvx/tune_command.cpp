@@ -1,6 +1,6 @@
 #include "host/kvx/devices/shared_options.h"
 #include "host/kvx/files/tune.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

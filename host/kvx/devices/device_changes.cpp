@@ -1,6 +1,6 @@
 #include "host/kvx/devices/device_changes.h"
 
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

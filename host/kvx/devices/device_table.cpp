@@ -1,7 +1,6 @@
 #include "host/kvx/devices/device_table.h"
 
-#include "host/kvx/text/plain_text.h"
-#include "host/kvx/text/text_table.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

@@ -4,7 +4,7 @@
 #include "host/kvx/devices/shared_options.h"
 #include "host/kvx/devices/watch.h"
 #include "host/kvx/terminal/interrupt.h"
-#include "host/kvx/text/text_table.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

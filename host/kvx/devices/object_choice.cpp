@@ -1,7 +1,8 @@
 #include "host/kvx/devices/object_choice.h"
 
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/number_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include "host/kvx/files/file_failure.h"
 
-#include "host/kvx/text/status_text.h"
+#include "host/kvx/text/codes.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <Carbon/Carbon.h>

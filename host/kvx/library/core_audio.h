@@ -2,8 +2,7 @@
 // a method of the class, and comes back with the status that the call left.
 #pragma once
 
-#include "host/kvx/text/four_characters.h"
-#include "host/kvx/text/status_text.h"
+#include "host/kvx/text/codes.h"
 #include "host/runtime/host.h"
 
 #include <cstring>

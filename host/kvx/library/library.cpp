@@ -1,5 +1,7 @@
 #include "host/kvx/library/library.h"
 
+#include "host/kvx/text/message.h"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -55,7 +57,8 @@ int reportLeaks(const Library& library, int exitCode, const std::vector<KVXLiveC
 {
     const std::string text = library.leaks(expected);
     if (text.empty()) return exitCode;
-    std::fprintf(stderr, "kvx: left over at the end:\n%s", text.c_str());
+    printMessage("the library still held objects at the end; report this list to its developers:");
+    std::fputs(text.c_str(), stderr);
     return exitCode == 0 ? 1 : exitCode;
 }
 

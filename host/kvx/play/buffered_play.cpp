@@ -5,6 +5,7 @@
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/terminal/meter.h"
 #include "host/kvx/text/failure.h"
+#include "host/kvx/text/message.h"
 
 #include <fmt/format.h>
 
@@ -45,8 +46,7 @@ bool playRun(host::Host& host, const Run& run, float gain, const KVXDeviceInfo& 
     const bool isHeard = playback.position() > 0;
     playback.stop();
     for (const std::string& path : playback.damagedFiles()) progress.warn(damagedPart(path));
-    if (playback.hadGap())
-        fmt::print(stderr, "kvx: the sound had gaps: the file could not be read as fast as it plays\n");
+    if (playback.hadGap()) printMessage("the sound had gaps: the file could not be read as fast as it plays");
     return isHeard;
 }
 

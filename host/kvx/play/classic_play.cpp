@@ -8,8 +8,9 @@
 #include "host/kvx/terminal/key.h"
 #include "host/kvx/terminal/meter.h"
 #include "host/kvx/terminal/terminal.h"
+#include "host/kvx/text/codes.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/status_text.h"
+#include "host/kvx/text/message.h"
 #include "host/soundclient/double_buffer.h"
 
 #include <fmt/format.h>
@@ -171,8 +172,7 @@ try {
     while (session.turn()) {
     }
     if (reader.isDamaged()) progress.warn(damagedPart(file.path));
-    if (buffers.hadGap())
-        fmt::print(stderr, "kvx: the sound had gaps: the file could not be read as fast as it plays\n");
+    if (buffers.hadGap()) printMessage("the sound had gaps: the file could not be read as fast as it plays");
     return session.isHeard();
 } catch (const soundclient::Refusal& refusal) {
     throw Failure(fmt::format("{}; see that the library is whole", refusal.what()));

@@ -3,7 +3,7 @@
 #include "host/kvx/play/file_play.h"
 #include "host/kvx/play/file_player.h"
 #include "host/kvx/terminal/progress.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

@@ -7,7 +7,7 @@
 #include "host/kvx/terminal/meter.h"
 #include "host/kvx/terminal/status_line.h"
 #include "host/kvx/terminal/terminal.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

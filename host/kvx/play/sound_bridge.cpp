@@ -1,7 +1,7 @@
 #include "host/kvx/play/sound_bridge.h"
 
+#include "host/kvx/text/codes.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/status_text.h"
 
 #include <fmt/format.h>
 

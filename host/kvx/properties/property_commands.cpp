@@ -5,8 +5,8 @@
 #include "host/kvx/properties/property_text.h"
 #include "host/kvx/properties/property_types.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/hex_text.h"
-#include "host/kvx/text/text_table.h"
+#include "host/kvx/text/number_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <KVXPlatform/KVXPlatform.h>
 #include <fmt/format.h>

@@ -2,8 +2,8 @@
 
 #include "host/kvx/library/audio_records.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/hex_text.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/number_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 

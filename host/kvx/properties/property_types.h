@@ -2,7 +2,7 @@
 // every class of object that has it.
 #pragma once
 
-#include "host/kvx/text/four_characters.h"
+#include "host/kvx/text/codes.h"
 
 #include <cstddef>
 

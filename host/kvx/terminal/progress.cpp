@@ -3,7 +3,8 @@
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/terminal/terminal.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/plain_text.h"
+#include "host/kvx/text/message.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/format.h>
 
@@ -75,7 +76,7 @@ void Progress::warn(const std::string& line)
 {
     wipe();
     flush(); // before the other stream's line, on a terminal that shows both
-    fmt::print(stderr, "kvx: {}\n", plainText(line));
+    printMessage(line);
     hasWarned_ = true;
 }
 

@@ -1,27 +1,28 @@
-// An error for the user.
+// Errors that the command shows to the user.
 #pragma once
 
 #include <stdexcept>
 
 namespace kvx {
 
-/// what() is one line that names the thing and says what to do next. The command prints it and exits 1.
+/// what() is one line: the object, the problem and the next step. The command prints the line and exits with
+/// code 1.
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What is said cannot be written: the disk is full, or whoever listened is gone.
+/// Standard output cannot be written: the disk is full, or the reader of a pipe has ended.
 class OutputFailure : public Failure {
 public:
     OutputFailure()
-        : Failure(
-              "the standard output cannot be written; see that its disk has room, or that its reader stays")
+        : Failure("standard output cannot be written; check that its disk has free space and that its reader "
+                  "still runs")
     {
     }
 };
 
-/// The command line itself makes no sense, which shows only once the library is there to ask. Exits 2.
+/// An argument that turns out to be wrong only after the library is loaded. The command exits with code 2.
 class WrongUsage : public Failure {
 public:
     using Failure::Failure;

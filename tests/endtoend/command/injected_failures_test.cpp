@@ -187,7 +187,7 @@ TEST_F(KvxFaults, ACaptureWhoseFolderVanishedIsToldSo)
     fs::remove_all(folder / "captures");
     const auto result = child.wait();
     expectOneLine(result);
-    EXPECT_EQ(result.err, "kvx: captures/out.wav cannot be finished: No such file or directory; "
+    EXPECT_EQ(result.err, "kvx: play: captures/out.wav cannot be finished: No such file or directory; "
                           "see that its folder still exists\n");
 }
 

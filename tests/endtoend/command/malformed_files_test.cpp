@@ -37,8 +37,9 @@ TEST(HostileFiles, WithAnAbsurdRateAreRefusedInOneLineByAllCommands)
             const auto result = runKvx(command, folder.path());
             EXPECT_EQ(result.exitCode, 1);
             EXPECT_EQ(result.err,
-                      "kvx: a.wav has a coding, sample rate or number of channels that kvx does not "
-                      "play; convert it to WAV, of 1000 to 768000 Hz and up to 1024 channels\n");
+                      "kvx: " + command.front() +
+                          ": a.wav has a coding, sample rate or number of channels that kvx does not "
+                          "play; convert it to WAV, of 1000 to 768000 Hz and up to 1024 channels\n");
             EXPECT_EQ(folder.count(), 1u);
         }
     }
@@ -86,8 +87,9 @@ TEST(HostileFiles, WithGarbageOfNoSoundAreRefusedInWords)
         const auto result = runKvx(command, folder.path());
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.err,
-                  "kvx: a.wav cannot be decoded (it is no sound file); kvx plays WAV, AIFF, CAF, FLAC, Ogg "
-                  "Vorbis, Opus, MP3 and whatever else libsndfile reads\n");
+                  "kvx: " + command.front() +
+                      ": a.wav cannot be decoded (it is no sound file); kvx plays WAV, AIFF, CAF, FLAC, Ogg "
+                      "Vorbis, Opus, MP3 and whatever else libsndfile reads\n");
     }
 }
 

@@ -162,7 +162,7 @@ TEST(KvxSet, FailsWhereAnotherValueIsReadBack)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.out, "1\n");
     EXPECT_EQ(result.err,
-              "kvx: Simulated Device, 'volm': 2 was written and 1 is read back; give a value that "
+              "kvx: set: Simulated Device, 'volm': 2 was written and 1 is read back; give a value that "
               "the device takes\n");
     for (const Arguments& more :
          {Arguments{"bsiz", "4095"}, {"ncyc", "0.5"}, {"volm", "-1", "--element", "2"}}) {
@@ -199,7 +199,7 @@ TEST(KvxProperties, StatusesAreOneLineInWords)
         {
             // ---- the platform's statuses ----
             {{"get", "0", "abcd"},
-             "kvx: Simulated Device, 'abcd': 'who?' (2003332927): the object has no such property"},
+             "kvx: get: Simulated Device, 'abcd': 'who?' (2003332927): the object has no such property"},
             {{"get", "0", "0"}, "'who?'"},
             {{"get", "0", "volm"}, "'who?' (2003332927)"},
             {{"get", "0", "volm", "--element", "3"}, "'who?'"},

@@ -362,7 +362,7 @@ TEST_F(Render, LeavesAnEarlierResultWhenTheDiskIsFull)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(lineCount(result.err), 1u) << result.err;
     EXPECT_EQ(result.err,
-              "kvx: out.wav cannot be finished: File too large; write to a disk that takes larger "
+              "kvx: render: out.wav cannot be finished: File too large; write to a disk that takes larger "
               "files, or raise the limit (ulimit -f)\n");
     EXPECT_EQ(bytesOf(folder / "out.wav"), "earlier");
     EXPECT_EQ(folder.count(), 2u);

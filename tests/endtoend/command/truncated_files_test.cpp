@@ -74,14 +74,14 @@ TEST_F(CutFiles, PlayWhatIsThereAndWarnOnce)
         Sound left = support::readSound(folder / fact.name);
         cut(fact.name, fact.bytes);
         left.samples.resize(fact.frames * 2);
-        const std::string warning = "kvx: " + std::string(fact.name) + " is cut short: it holds " +
+        const std::string warning = std::string(fact.name) + " is cut short: it holds " +
                                     std::to_string(fact.frames) +
                                     " of the 44100 frames that its header states; get the file again\n";
         for (const auto& command : commands) {
             SCOPED_TRACE(testing::PrintToString(command) + " " + fact.name);
             const auto result = run(command, fact.name);
             EXPECT_EQ(result.exitCode, 1);
-            EXPECT_EQ(result.err, warning);
+            EXPECT_EQ(result.err, "kvx: " + command.front() + ": " + warning);
             if (command.back() == "--info") {
                 EXPECT_NE(result.out.find(fact.frames == 34100 ? "(0.773 s)" : "(1.000 s)"), result.out.npos)
                     << result.out;
@@ -146,7 +146,9 @@ TEST_F(CutFiles, DamagedInTheMiddlePlayWhatDecodes)
         SCOPED_TRACE(testing::PrintToString(command));
         const auto result = run(command, "bad.flac");
         EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.err, "kvx: bad.flac is damaged: not all of its frames decode; get the file again\n");
+        EXPECT_EQ(result.err,
+                  "kvx: " + command.front() +
+                      ": bad.flac is damaged: not all of its frames decode; get the file again\n");
         if (command.back() == "--info") {
             char seconds[16];
             std::snprintf(seconds, sizeof seconds, "(%.3f s)", double(start.frames()) / 44100);
@@ -192,8 +194,9 @@ TEST_F(CutFiles, OfJoinedStreamsSayWhatIsLeftOut)
         const auto result = run(command, "joined.ogg");
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.err,
-                  "kvx: joined.ogg plays in part: 1 of its chained streams cannot be decoded or has another "
-                  "sample rate or number of channels; split it into files\n");
+                  "kvx: " + command.front() +
+                      ": joined.ogg plays in part: 1 of its chained streams cannot be decoded or has another "
+                      "sample rate or number of channels; split it into files\n");
     }
 }
 

@@ -63,7 +63,7 @@ TEST(SoundServerDeath, EndsThePlayingWithAMessage)
         const auto result = player.command->wait();
         EXPECT_EQ(result.exitCode, 1) << "signal " << result.signal;
         EXPECT_EQ(lineCount(result.err), 1u) << result.err;
-        EXPECT_NE(result.err.find("kvx: system went away while playing; choose another device"),
+        EXPECT_NE(result.err.find("kvx: play: system went away while playing; choose another device"),
                   std::string::npos)
             << result.err;
         EXPECT_EQ(player.folder.count(), 1u) << "no half-made capture";
@@ -121,8 +121,9 @@ TEST(SoundServerDeath, AFrozenServerIsToldInOneLine)
         const auto result = support::runChild(kvxCommand(command), environment, folder.path());
         EXPECT_EQ(result.exitCode, 1) << "signal " << result.signal;
         EXPECT_EQ(result.out, "");
-        EXPECT_EQ(result.err, "kvx: the sound server does not answer; restart it, or set "
-                              "KVX_AUDIO_DEVICE=simulated\n");
+        EXPECT_EQ(result.err, "kvx: " + command.front() +
+                                  ": the sound server does not answer; restart it, or set "
+                                  "KVX_AUDIO_DEVICE=simulated\n");
     }
     const auto simulated = support::runChild(
         kvxCommand({"play", "--fast", "--device", "simulated", "short.wav"}), environment, folder.path());

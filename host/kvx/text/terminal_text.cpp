@@ -1,4 +1,4 @@
-#include "host/kvx/text/text_table.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -10,11 +10,12 @@
 namespace kvx {
 namespace {
 
-constexpr std::size_t gap = 2;
-constexpr std::size_t indent = 5;
+constexpr std::size_t gap = 2;    // blanks between two columns
+constexpr std::size_t indent = 5; // blanks before cells below their row
 constexpr const char* ellipsis = "\xE2\x80\xA6";
 
 struct Character {
+    utf8proc_int32_t codePoint; ///< -1: invalid UTF-8
     std::size_t bytes, width;
 };
 
@@ -23,50 +24,54 @@ Character firstCharacter(std::string_view utf8)
     utf8proc_int32_t codePoint = -1;
     const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(utf8.data()),
                                          static_cast<utf8proc_ssize_t>(utf8.size()), &codePoint);
-    if (length <= 0) return {1, 1};
-    return {static_cast<std::size_t>(length), static_cast<std::size_t>(utf8proc_charwidth(codePoint))};
+    if (length <= 0) return {-1, 1, 1};
+    return {codePoint, static_cast<std::size_t>(length),
+            static_cast<std::size_t>(utf8proc_charwidth(codePoint))};
 }
 
+/// A column with the width that it has in the laid-out table.
 struct Placed {
     const TableColumn* column;
-    std::size_t index;
+    std::size_t index; ///< of the column's cell in a row
     std::size_t width;
 };
 
 std::size_t widthOf(const std::vector<Placed>& line)
 {
-    const std::size_t cells = std::accumulate(line.begin(), line.end(), std::size_t(0),
+    const std::size_t cells = std::accumulate(line.begin(), line.end(), std::size_t{0},
                                               [](std::size_t sum, const Placed& p) { return sum + p.width; });
     return cells + gap * (line.empty() ? 0 : line.size() - 1);
 }
 
-std::size_t leastWidth(const Placed& placed)
+std::size_t minimumWidth(const Placed& placed)
 {
-    const std::size_t least = std::max(placed.column->least, displayWidth(placed.column->title));
-    return placed.column->least ? std::min(least, placed.width) : placed.width;
+    if (placed.column->minimumWidth == 0) return placed.width;
+    const std::size_t least = std::max(placed.column->minimumWidth, displayWidth(placed.column->title));
+    return std::min(least, placed.width);
 }
 
-std::size_t leastWidthOf(std::vector<Placed> line)
+std::size_t minimumWidthOf(std::vector<Placed> line)
 {
-    for (Placed& placed : line) placed.width = leastWidth(placed);
+    for (Placed& placed : line) placed.width = minimumWidth(placed);
     return widthOf(line);
 }
 
-/// The column that leaves next; the end where none may.
-std::vector<Placed>::iterator nextToLeave(std::vector<Placed>& line)
+/// The column to move below the row next; line.end() if no column may be moved.
+std::vector<Placed>::iterator nextToMove(std::vector<Placed>& line)
 {
     const auto found = std::max_element(line.begin(), line.end(), [](const Placed& a, const Placed& b) {
-        return a.column->leaves < b.column->leaves;
+        return a.column->moveOrder < b.column->moveOrder;
     });
-    return found == line.end() || found->column->leaves == 0 ? line.end() : found;
+    return found == line.end() || found->column->moveOrder == 0 ? line.end() : found;
 }
 
-/// The widest column that may still be cut; null where none may.
+/// The widest column that may still be cut, or null.
 Placed* widestToCut(std::vector<Placed>& line)
 {
     Placed* widest = nullptr;
     for (Placed& placed : line)
-        if (placed.width > leastWidth(placed) && (!widest || placed.width > widest->width)) widest = &placed;
+        if (placed.width > minimumWidth(placed) && (!widest || placed.width > widest->width))
+            widest = &placed;
     return widest;
 }
 
@@ -83,7 +88,7 @@ std::string layOutLine(const std::vector<Placed>& line, const std::vector<std::s
     return text + "\n";
 }
 
-/// The cells of columns that had no room: as many a line as fit.
+/// Lay out the cells that were moved below their row, as many per line as fit.
 std::string layOutBelow(const std::vector<Placed>& below, const std::vector<std::string>& cells,
                         std::size_t width)
 {
@@ -96,12 +101,38 @@ std::string layOutBelow(const std::vector<Placed>& below, const std::vector<std:
             line.clear();
         }
         line += line.empty() ? std::string(indent, ' ') + item : ", " + item;
-        line = cutToWidth(line, width > 0 ? width - 1 : 0); // the comma of a line that goes on has room
+        line = cutToWidth(line, width > 0 ? width - 1 : 0); // keeps a column for the comma at the end
     }
     return line.empty() ? text : text + line + "\n";
 }
 
 } // namespace
+
+std::string plainText(std::string_view text)
+{
+    std::string plain;
+    while (!text.empty()) {
+        const Character character = firstCharacter(text);
+        const bool isPlain =
+            character.codePoint >= 0 && utf8proc_category(character.codePoint) != UTF8PROC_CATEGORY_CC;
+        plain += isPlain ? text.substr(0, character.bytes) : "?";
+        text.remove_prefix(character.bytes);
+    }
+    return plain;
+}
+
+std::string asciiText(std::string_view text)
+{
+    std::string ascii;
+    for (const char each : plainText(text)) {
+        const auto byte = static_cast<unsigned char>(each);
+        if (byte < 0x80)
+            ascii += each;
+        else if (byte >= 0xC0) // the first byte of a character
+            ascii += '?';
+    }
+    return ascii;
+}
 
 std::size_t displayWidth(std::string_view utf8)
 {
@@ -140,8 +171,8 @@ std::string layOutTable(const std::vector<TableColumn>& columns,
         line.push_back({&columns[i], i, widest});
     }
     if (width > 0) {
-        for (auto next = nextToLeave(line); next != line.end() && leastWidthOf(line) > width;
-             next = nextToLeave(line)) {
+        for (auto next = nextToMove(line); next != line.end() && minimumWidthOf(line) > width;
+             next = nextToMove(line)) {
             below.insert(below.begin(), *next);
             line.erase(next);
         }

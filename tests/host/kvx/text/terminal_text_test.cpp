@@ -1,9 +1,39 @@
-// Columns that fit a terminal.
-#include "host/kvx/text/text_table.h"
+// Tests of text for a terminal.
+#include "host/kvx/text/terminal_text.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+TEST(PlainText, ReplacesControlCharactersAndInvalidBytes)
+{
+    const struct {
+        std::string text, plain;
+    } facts[] = {
+        {"Desk Speakers", "Desk Speakers"},
+        {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5"},
+        {"a\x1B[2Jb", "a?[2Jb"},
+        {"a\nb\tc\x7F", "a?b?c?"},
+        {"\xC2\x9B", "?"},
+        {"\xFF\xC3", "??"},
+        {"\xC3(", "?("},
+        {"", ""},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(kvx::plainText(fact.text), fact.plain);
+}
+
+TEST(AsciiText, HasOneColumnPerCharacter)
+{
+    const struct {
+        std::string text, ascii;
+    } facts[] = {
+        {"song.wav", "song.wav"},
+        {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xB5", "caf? ? ?"},
+        {"a\x1B[2J\xFF", "a?[2J?"},
+        {"", ""},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(kvx::asciiText(fact.text), fact.ascii);
+}
 
 using kvx::TableColumn;
 
@@ -17,14 +47,14 @@ const std::vector<std::vector<std::string>> rows = {
     {"10", "Mike", "", "8000", ""},
 };
 
-TEST(TextTable, IsAsWideAsItComesWhereThereIsNoTerminal)
+TEST(TextTable, HasItsFullWidthWithoutATerminal)
 {
     EXPECT_EQ(kvx::layOutTable(columns, rows, 0), "no.  name           maker      rates        state\n"
                                                   "  0  Desk Speakers  Maker One  44100 48000  idle\n"
                                                   " 10  Mike                      8000\n");
 }
 
-TEST(TextTable, FitsAnyWidthFirstByCuttingThenByMovingColumnsBelow)
+TEST(TextTable, CutsCellsThenMovesColumnsBelowTheRowToFit)
 {
     const struct {
         std::size_t width;
@@ -35,23 +65,23 @@ TEST(TextTable, FitsAnyWidthFirstByCuttingThenByMovingColumnsBelow)
          "no.  name           maker      rates        state\n"
          "  0  Desk Speakers  Maker One  44100 48000  idle\n"
          " 10  Mike                      8000\n",
-         "it just fits"},
+         "the table just fits"},
         {48,
          "no.  name          maker      rates        state\n"
          "  0  Desk Speake\xE2\x80\xA6  Maker One  44100 48000  idle\n"
          " 10  Mike                     8000\n",
-         "the widest that may be cut gives way"},
+         "the widest cell that may be cut is cut"},
         {38,
          "no.  name    maker  rates        state\n"
          "  0  Desk \xE2\x80\xA6  Make\xE2\x80\xA6  44100 48000  idle\n"
          " 10  Mike           8000\n",
-         "all are cut to their least, or to their titles"},
+         "all cells are cut to their minimum widths or their titles"},
         {36,
          "no.  name         rates        state\n"
          "  0  Desk Speak\xE2\x80\xA6  44100 48000  idle\n"
          "     maker Maker One\n"
          " 10  Mike         8000\n",
-         "then the first to leave goes below its row, where it stands whole; an empty cell does not"},
+         "the first column to move is uncut below its row; an empty cell is left out"},
         {24,
          "no.  name          state\n"
          "  0  Desk Speake\xE2\x80\xA6  idle\n"
@@ -59,7 +89,7 @@ TEST(TextTable, FitsAnyWidthFirstByCuttingThenByMovingColumnsBelow)
          "     rates 44100 48000\n"
          " 10  Mike\n"
          "     rates 8000\n",
-         "then the next, a line of its own where the line is full"},
+         "the second moved column takes a line, because the first line is full"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.width << ": " << fact.why);
@@ -68,7 +98,7 @@ TEST(TextTable, FitsAnyWidthFirstByCuttingThenByMovingColumnsBelow)
     }
 }
 
-TEST(TextTable, NoLineIsWiderThanTheTerminal)
+TEST(TextTable, HasNoLineWiderThanTheTerminal)
 {
     for (std::size_t width = 18; width <= 60; ++width) {
         std::string line;
@@ -83,16 +113,16 @@ TEST(TextTable, NoLineIsWiderThanTheTerminal)
     }
 }
 
-TEST(TextTable, MeasuresWhatTheTerminalShows)
+TEST(DisplayWidth, CountsTerminalColumns)
 {
     EXPECT_EQ(kvx::displayWidth(""), 0u);
-    EXPECT_EQ(kvx::displayWidth("caf\xC3\xA9"), 4u) << "two bytes, one place";
-    EXPECT_EQ(kvx::displayWidth("\xE9\x9F\xB3\xE5\xA3\xB0"), 4u) << "wide characters take two";
-    EXPECT_EQ(kvx::displayWidth("e\xCC\x81"), 1u) << "a combining mark takes none";
-    EXPECT_EQ(kvx::displayWidth("\xFF"), 1u) << "a wrong byte is shown as something";
+    EXPECT_EQ(kvx::displayWidth("caf\xC3\xA9"), 4u) << "a character of two bytes takes one column";
+    EXPECT_EQ(kvx::displayWidth("\xE9\x9F\xB3\xE5\xA3\xB0"), 4u) << "a wide character takes two columns";
+    EXPECT_EQ(kvx::displayWidth("e\xCC\x81"), 1u) << "a combining mark takes no column";
+    EXPECT_EQ(kvx::displayWidth("\xFF"), 1u) << "an invalid byte takes one column";
 }
 
-TEST(TextTable, CutsBetweenCharacters)
+TEST(CutToWidth, CutsBetweenCharacters)
 {
     const struct {
         const char* text;
@@ -111,7 +141,7 @@ TEST(TextTable, CutsBetweenCharacters)
     for (const auto& fact : facts) EXPECT_EQ(kvx::cutToWidth(fact.text, fact.width), fact.cut);
 }
 
-TEST(TextTable, HasTitlesAlone)
+TEST(TextTable, WithoutRowsHasItsTitles)
 {
     EXPECT_EQ(kvx::layOutTable(columns, {}, 0), "no.  name  maker  rates  state\n");
 }

@@ -1,0 +1,48 @@
+// Four-character codes (selectors, scopes, classes) and statuses of the platform, as text. The first
+// character of a code is its highest byte.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kvx {
+
+using Code = std::uint32_t;
+using Status = std::int32_t;
+
+constexpr Status unknownProperty = 'who?';
+
+/// The four characters of a code, printable or not.
+std::string charactersOf(Code code);
+
+/// Print a code in quotes ('uid '), or as a hexadecimal number (0x0000002A) if a character is not printable
+/// or is a quote. readCodeOrNumber() reads both forms.
+std::string printCode(Code code);
+
+/// Read one to four characters, with or without quotes, padded with blanks.
+/// Errors  nullopt for a longer or an empty text.
+std::optional<Code> readCode(std::string_view text);
+
+/// Read characters or a number. A text with 0x or with more than four digits is a number.
+std::optional<Code> readCodeOrNumber(std::string_view text);
+
+/// A status and its meaning.
+struct StatusFact {
+    Status status;
+    const char* meaning; ///< a clause without a period
+};
+
+/// The table of known statuses: [first, first + count).
+struct StatusFacts {
+    const StatusFact* first;
+    std::size_t count;
+};
+StatusFacts statusFacts();
+
+/// Print a status as code, number and meaning: "'who?' (2003332927): the object has no such property …".
+std::string printStatus(Status status);
+
+} // namespace kvx

@@ -1,0 +1,16 @@
+// Messages to the user on stderr: "kvx: COMMAND: what, why, next step".
+// All functions: [main].
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kvx {
+
+/// Set the name of the running subcommand. Each later message contains the name.
+void setCommandName(std::string name);
+
+/// Print one message and a newline. Control characters are replaced as in plainText().
+void printMessage(std::string_view text);
+
+} // namespace kvx

@@ -1,0 +1,39 @@
+// Text for a terminal: control characters removed, width measured, cut, and laid out as a table.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kvx {
+
+/// Replace each control character and each invalid byte of a UTF-8 text with a question mark.
+std::string plainText(std::string_view text);
+
+/// Replace also each character that is not ASCII, so that one byte takes one terminal column.
+std::string asciiText(std::string_view text);
+
+/// Number of terminal columns that a text takes.
+std::size_t displayWidth(std::string_view utf8);
+
+/// Cut a text to `width` terminal columns. A cut text ends with an ellipsis.
+std::string cutToWidth(std::string_view utf8, std::size_t width);
+
+/// Width of the terminal that standard output is connected to, in columns; 0 if it is not a terminal.
+std::size_t terminalWidth();
+
+struct TableColumn {
+    const char* title;
+    enum Align { left, right } align;
+    std::size_t minimumWidth; ///< narrowest width to which cells may be cut; 0: cells are never cut
+    int moveOrder; ///< the column with the highest value is moved below its row first; 0: never moved
+};
+
+/// Lay out a line of titles and a line per row. If `width` is too small, the widest cells are cut; if that is
+/// not enough, columns are moved below their row as "title cell, …".
+/// Shape  rows[row][column], printable UTF-8; each line ends with a newline; a `width` of 0 has no limit.
+std::string layOutTable(const std::vector<TableColumn>& columns,
+                        const std::vector<std::vector<std::string>>& rows, std::size_t width);
+
+} // namespace kvx
