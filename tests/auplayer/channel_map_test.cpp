@@ -37,8 +37,8 @@ protected:
 
     static void setMap(const std::string& bytes)
     {
-        graph_spy::answer("AudioUnitGetPropertyInfo").size = static_cast<UInt32>(bytes.size());
-        graph_spy::answer("AudioUnitGetProperty").value = bytes;
+        spy::answer("AudioUnitGetPropertyInfo").size = static_cast<UInt32>(bytes.size());
+        spy::answer("AudioUnitGetProperty").value = bytes;
     }
 
     Array map() { return call<ArrayOf<HostInteger>*>("ChannelMap", object()); }
@@ -65,7 +65,7 @@ TEST_F(ChannelMap, ReadsIntoANewArray)
     beginMap(bytesOf({1, -1, 0}));
     const Array array = map();
     ASSERT_NE(array, nullptr);
-    EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(12)}));
+    EXPECT_EQ(spy::calls(), (Notes{askSize, readMap(12)}));
     EXPECT_EQ(seen(), (Lasterrors{-1, -1})) << "`Lasterror` is reset before each call";
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(host().calls(), (Notes{"RuntimeArrayCreateSingleDimBoundedArray(0, -1) = a1",
@@ -95,7 +95,7 @@ TEST_F(ChannelMap, ReadsWholeEntries)
         beginMap(row.bytes);
         const Array array = map();
         ASSERT_NE(array, nullptr);
-        EXPECT_EQ(graph_spy::calls().back(), readMap(row.bytes.size()));
+        EXPECT_EQ(spy::calls().back(), readMap(row.bytes.size()));
         Words inserted;
         for (const std::string& note : host().calls())
             if (note.rfind("insert(", 0) == 0)
@@ -109,7 +109,7 @@ TEST_F(ChannelMap, ReadsWholeEntries)
 TEST_F(ChannelMap, ReadsZerosAfterAShortAnswer)
 {
     beginMap(bytesOf({5}));
-    graph_spy::answer("AudioUnitGetPropertyInfo").size = 8;
+    spy::answer("AudioUnitGetPropertyInfo").size = 8;
     const Array array = map();
     EXPECT_EQ(host().calls().back(), "insert(a1, 1, 0)");
     host().drop(array);
@@ -163,8 +163,8 @@ TEST_F(ChannelMap, StopsIfTheSizeIsRefusedOrZero)
     for (const auto& row : rows)
         for (const bool isSet : {false, true}) {
             beginMap(bytesOf({0, 1}));
-            graph_spy::answer("AudioUnitGetPropertyInfo").status = row.status;
-            graph_spy::answer("AudioUnitGetPropertyInfo").size = row.size;
+            spy::answer("AudioUnitGetPropertyInfo").status = row.status;
+            spy::answer("AudioUnitGetPropertyInfo").size = row.size;
             if (isSet) {
                 const Array values = host().newIntegers({1, 0});
                 setChannelMap(values);
@@ -172,7 +172,7 @@ TEST_F(ChannelMap, StopsIfTheSizeIsRefusedOrZero)
             } else {
                 EXPECT_EQ(map(), nullptr);
             }
-            EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+            EXPECT_EQ(spy::calls(), Notes{askSize});
             EXPECT_EQ(host().calls(), Notes()) << "the values are not read";
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, row.lasterror);
@@ -185,12 +185,12 @@ TEST_F(ChannelMap, RaisesForATooLargeSize)
     for (const UInt32 size : {0x80000000u, 0x80000001u, 0xFFFFFFFFu})
         for (const bool isSet : {false, true}) {
             beginMap("");
-            graph_spy::answer("AudioUnitGetPropertyInfo").size = size;
+            spy::answer("AudioUnitGetPropertyInfo").size = size;
             if (isSet)
                 setChannelMap(nullptr);
             else
                 EXPECT_EQ(map(), nullptr);
-            EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+            EXPECT_EQ(spy::calls(), Notes{askSize});
             EXPECT_EQ(raised(), outOfMemory);
             EXPECT_EQ(data().lasterror, -1);
             expectNothingHeld();
@@ -202,7 +202,7 @@ TEST_F(ChannelMap, RaisesWithoutMemory)
     for (const UInt32 size : {1u, 8u, 0x7FFFFFFFu})
         for (const bool isSet : {false, true}) {
             beginMap("");
-            graph_spy::answer("AudioUnitGetPropertyInfo").size = size;
+            spy::answer("AudioUnitGetPropertyInfo").size = size;
             watched::begin();
             watched::refuseCalloc(1);
             if (isSet)
@@ -210,7 +210,7 @@ TEST_F(ChannelMap, RaisesWithoutMemory)
             else
                 EXPECT_EQ(map(), nullptr);
             EXPECT_EQ(watched::end().front(), "calloc " + std::to_string(size));
-            EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+            EXPECT_EQ(spy::calls(), Notes{askSize});
             EXPECT_EQ(raised(), outOfMemory);
             EXPECT_EQ(data().lasterror, -1);
             expectNothingHeld();
@@ -221,12 +221,12 @@ TEST_F(ChannelMap, StopsIfTheMapCannotBeRead)
 {
     for (const bool isSet : {false, true}) {
         beginMap(bytesOf({0, 1}));
-        graph_spy::answer("AudioUnitGetProperty").status = -10851;
+        spy::answer("AudioUnitGetProperty").status = -10851;
         if (isSet)
             setChannelMap(nullptr);
         else
             EXPECT_EQ(map(), nullptr);
-        EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(8)}));
+        EXPECT_EQ(spy::calls(), (Notes{askSize, readMap(8)}));
         EXPECT_EQ(host().calls(), Notes());
         EXPECT_EQ(seen(), (Lasterrors{-1, -1}));
         EXPECT_EQ(data().lasterror, -10851);
@@ -237,13 +237,13 @@ TEST_F(ChannelMap, StopsIfTheMapCannotBeRead)
 TEST_F(ChannelMap, CallsThePlatformEvenBeforeALoad)
 {
     beginEmpty();
-    graph_spy::answer("AudioUnitGetPropertyInfo").status = -50;
+    spy::answer("AudioUnitGetPropertyInfo").status = -50;
     EXPECT_EQ(map(), nullptr);
     EXPECT_EQ(data().lasterror, -50);
     setChannelMap(nullptr);
     EXPECT_EQ(data().lasterror, -50);
     const std::string sizeCall = "AudioUnitGetPropertyInfo(null, 2002, output, 0, size 0, null)";
-    EXPECT_EQ(graph_spy::calls(), (Notes{sizeCall, sizeCall}));
+    EXPECT_EQ(spy::calls(), (Notes{sizeCall, sizeCall}));
 }
 
 // ---- writing ----
@@ -283,17 +283,17 @@ TEST_F(ChannelMap, WritesTheWholeMap)
         for (const OSStatus status : {0, -10851}) {
             SCOPED_TRACE(row.why);
             beginMap(row.before);
-            graph_spy::answer("AudioUnitSetProperty").status = status;
+            spy::answer("AudioUnitSetProperty").status = status;
             const Array values = row.values ? host().newIntegers(*row.values) : nullptr;
             setChannelMap(values);
             const std::string size = std::to_string(row.before.size());
-            ASSERT_EQ(graph_spy::calls().size(), 3u);
-            EXPECT_EQ(graph_spy::calls()[0], askSize);
-            EXPECT_EQ(graph_spy::calls()[1], readMap(row.before.size()));
-            const std::string written = graph_spy::calls()[2];
+            ASSERT_EQ(spy::calls().size(), 3u);
+            EXPECT_EQ(spy::calls()[0], askSize);
+            EXPECT_EQ(spy::calls()[1], readMap(row.before.size()));
+            const std::string written = spy::calls()[2];
             EXPECT_EQ(written.rfind("AudioUnitSetProperty(output, 2002, output, 0, ", 0), 0u) << written;
             EXPECT_EQ(written.substr(written.rfind(',')), ", " + size + " bytes)");
-            EXPECT_EQ(graph_spy::lastValue(), row.after);
+            EXPECT_EQ(spy::lastValue(), row.after);
             EXPECT_EQ(seen(), (Lasterrors{-1, -1, 0})) << "the last call leaves its own status";
             EXPECT_EQ(data().lasterror, status);
             EXPECT_EQ(raised(), Notes());
@@ -305,9 +305,9 @@ TEST_F(ChannelMap, WritesTheWholeMap)
 TEST_F(ChannelMap, WritesTheQueriedSizeEvenAfterAShortRead)
 {
     beginMap(bytesOf({0, 1, 2}));
-    graph_spy::answer("AudioUnitGetProperty").size = 4;
+    spy::answer("AudioUnitGetProperty").size = 4;
     setChannelMap(nullptr);
-    EXPECT_EQ(graph_spy::lastValue(), bytesOf({-1, -1, -1}));
+    EXPECT_EQ(spy::lastValue(), bytesOf({-1, -1, -1}));
     expectNothingHeld();
 }
 
@@ -318,7 +318,7 @@ TEST_F(ChannelMap, WritesZerosForElementsThatVanish)
     // The host program shrinks the array to one element while the plug-in reads the first element.
     host().inNext("get", [&] { host().setUpperBound(values, 0); });
     setChannelMap(values);
-    EXPECT_EQ(graph_spy::lastValue(), bytesOf({9, 0, 0, -1}));
+    EXPECT_EQ(spy::lastValue(), bytesOf({9, 0, 0, -1}));
     const std::string text =
         "OutOfBoundsException: Parameter index  is too big. Range is 0 to 0, but value is ";
     EXPECT_EQ(raised(), (Notes{text + "1.", text + "2."}));
@@ -334,7 +334,7 @@ TEST_F(ChannelMap, WritesZerosWithoutTheElementServices)
     withhold("RuntimeArrayDirectGetGetProc");
     const Array values = host().newIntegers({9});
     setChannelMap(values);
-    EXPECT_EQ(graph_spy::lastValue(), bytesOf({0, -1}));
+    EXPECT_EQ(spy::lastValue(), bytesOf({0, -1}));
     EXPECT_EQ(raised(), Notes());
     host().drop(values);
 }
@@ -349,7 +349,7 @@ TEST_F(ChannelMap, ReadsTheArrayRecordsOfAnOlderHost)
         setMap(bytesOf({5, 6, 7}));
         const Array values = host().newIntegers({9, 8});
         setChannelMap(values);
-        EXPECT_EQ(graph_spy::lastValue(), bytesOf({9, 8, -1}));
+        EXPECT_EQ(spy::lastValue(), bytesOf({9, 8, -1}));
         const Notes notes = host().calls();
         EXPECT_EQ(std::find(notes.begin(), notes.end(), "get(a1, 0)") != notes.end(), version >= 2016.0);
         host().drop(values);
@@ -363,7 +363,7 @@ TEST_F(ChannelMap, TreatsANegativeBoundAsAnEmptyArray)
         const Array values = host().newIntegers({9});
         host().setUpperBound(values, bound);
         setChannelMap(values);
-        EXPECT_EQ(graph_spy::lastValue(), bytesOf({-1, -1}));
+        EXPECT_EQ(spy::lastValue(), bytesOf({-1, -1}));
         EXPECT_EQ(raised(), Notes());
         host().drop(values);
     }
@@ -376,12 +376,12 @@ TEST_F(ChannelMap, CatchesExceptionsAndFreesItsBuffer)
     for (std::size_t throwing = 0; throwing < 3; ++throwing)
         for (const bool isSet : {false, true}) {
             beginMap(bytesOf({0, 1}));
-            graph_spy::platform().inEachCall = [=](std::size_t number) {
+            spy::script().inEachCall = [=](std::size_t number) {
                 if (number == throwing) throw Thrown();
             };
             if (isSet) {
                 EXPECT_NO_THROW(setChannelMap(nullptr));
-                EXPECT_EQ(graph_spy::calls().size(), throwing + 1);
+                EXPECT_EQ(spy::calls().size(), throwing + 1);
                 expectNothingHeld();
             } else if (throwing < 2) {
                 EXPECT_NO_THROW(EXPECT_EQ(map(), nullptr));
@@ -394,7 +394,7 @@ TEST_F(ChannelMap, CatchesExceptionsAndFreesItsBuffer)
         const Array values = host().newIntegers({9});
         host().inNext(service, [] { throw Thrown(); });
         EXPECT_NO_THROW(setChannelMap(values));
-        EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readMap(8)})) << "an incomplete map is not written";
+        EXPECT_EQ(spy::calls(), (Notes{askSize, readMap(8)})) << "an incomplete map is not written";
         host().drop(values);
         expectNothingHeld();
     }

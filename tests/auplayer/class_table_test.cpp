@@ -291,7 +291,7 @@ TEST_F(AUPlayerGetters, IgnoreTheirParameter)
         SCOPED_TRACE(expected.name);
         ++getters;
         const REALproperty& row = propertyRow(expected.name);
-        graph_spy::forgetCalls();
+        spy::forgetCalls();
         const bool isNumber = expected.type != std::string_view("Dictionary");
         const auto read = [&](HostInteger parameter) -> std::string {
             if (isNumber) return support::valueOf(row, object(), parameter);
@@ -302,11 +302,11 @@ TEST_F(AUPlayerGetters, IgnoreTheirParameter)
         };
         const std::string value = read(row.parameter);
         EXPECT_NE(value, "nil");
-        const Notes calls = graph_spy::calls();
+        const Notes calls = spy::calls();
         for (const HostInteger parameter : support::anyParameter) {
-            graph_spy::forgetCalls();
+            spy::forgetCalls();
             EXPECT_EQ(read(parameter), value) << parameter;
-            EXPECT_EQ(graph_spy::calls(), calls) << parameter;
+            EXPECT_EQ(spy::calls(), calls) << parameter;
         }
     }
     EXPECT_EQ(getters, 17);

@@ -133,8 +133,8 @@ TEST_F(DeviceList, CallsPlatformAndHostInThisOrder)
 {
     const Dictionary dictionary = list();
     ASSERT_NE(dictionary, nullptr);
-    EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readList("'#dev'", 8), askOutput(40), readName(40),
-                                         askOutput(41), readName(41)}));
+    EXPECT_EQ(spy::calls(), (Notes{askSize, readList("'#dev'", 8), askOutput(40), readName(40), askOutput(41),
+                                   readName(41)}));
     EXPECT_EQ(host().calls(),
               (Notes{"PluginNewInstance(Dictionary) = o1", "REALBuildString(\"Built-in Output\", 15) = s1",
                      "REALSetStringEncoding(s1, 0x8000100)", "IntegerToVariant(40) = o2",
@@ -195,7 +195,7 @@ TEST_F(DeviceList, DoesNotReadTheNameOfAnInput)
 {
     graph_spy::platform().devices = {{40, "Microphone", false}};
     expectList({});
-    EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readList("'#dev'", 4), askOutput(40)}));
+    EXPECT_EQ(spy::calls(), (Notes{askSize, readList("'#dev'", 4), askOutput(40)}));
 }
 
 TEST_F(DeviceList, UsesTheSecondSelectorIfTheFirstIsUnknown)
@@ -203,7 +203,7 @@ TEST_F(DeviceList, UsesTheSecondSelectorIfTheFirstIsUnknown)
     graph_spy::platform().deviceLists = {'dev#'};
     graph_spy::platform().devices.pop_back();
     expectList({"40: \"Built-in Output\""});
-    EXPECT_EQ(graph_spy::calls(),
+    EXPECT_EQ(spy::calls(),
               (Notes{askSize, askSizeBySecondSelector, readList("'dev#'", 4), askOutput(40), readName(40)}));
     EXPECT_EQ(data().lasterror, 0);
 }
@@ -226,9 +226,9 @@ TEST_F(DeviceList, IsNilIfTheSizeIsRefused)
         SCOPED_TRACE(row.why);
         beginList();
         graph_spy::platform().deviceLists = row.known;
-        graph_spy::platform().refusals = {{row.refused, row.status}};
+        spy::script().refusals = {{row.refused, row.status}};
         EXPECT_EQ(list(), nullptr);
-        EXPECT_EQ(graph_spy::calls(), row.calls);
+        EXPECT_EQ(spy::calls(), row.calls);
         EXPECT_EQ(host().calls(), Notes());
         EXPECT_EQ(data().lasterror, 4711) << "the status is not kept";
         expectNothingHeld();
@@ -240,10 +240,10 @@ TEST_F(DeviceList, RaisesForAnEmptyOrTooLongList)
     for (const UInt32 size : {0u, 0x80000000u, 0xFFFFFFFFu}) {
         SCOPED_TRACE(size);
         beginList();
-        graph_spy::answer("AudioObjectGetPropertyDataSize").size = size;
+        spy::answer("AudioObjectGetPropertyDataSize").size = size;
         EXPECT_EQ(list(), nullptr);
         EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for device IDs."});
-        EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+        EXPECT_EQ(spy::calls(), Notes{askSize});
         EXPECT_EQ(data().lasterror, -1);
         expectNothingHeld();
     }
@@ -253,13 +253,13 @@ TEST_F(DeviceList, RaisesWithoutMemory)
 {
     for (const UInt32 size : {8u, 0x7FFFFFFFu}) {
         beginList();
-        graph_spy::answer("AudioObjectGetPropertyDataSize").size = size;
+        spy::answer("AudioObjectGetPropertyDataSize").size = size;
         watched::begin();
         watched::refuseCalloc(1);
         EXPECT_EQ(list(), nullptr);
         EXPECT_EQ(watched::end().front(), "calloc " + std::to_string(size));
         EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for device IDs."});
-        EXPECT_EQ(graph_spy::calls(), Notes{askSize});
+        EXPECT_EQ(spy::calls(), Notes{askSize});
         EXPECT_EQ(data().lasterror, -1);
         expectNothingHeld();
     }
@@ -267,9 +267,9 @@ TEST_F(DeviceList, RaisesWithoutMemory)
 
 TEST_F(DeviceList, IsNilIfTheListCannotBeRead)
 {
-    graph_spy::platform().refusals = {{1, 'stop'}};
+    spy::script().refusals = {{1, 'stop'}};
     EXPECT_EQ(list(), nullptr);
-    EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readList("'#dev'", 8)}));
+    EXPECT_EQ(spy::calls(), (Notes{askSize, readList("'#dev'", 8)}));
     EXPECT_EQ(host().calls(), Notes());
     EXPECT_EQ(data().lasterror, 'stop');
     expectNothingHeld();
@@ -293,16 +293,16 @@ TEST_F(DeviceList, HasTheDevicesThatWereRead)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         beginList();
-        graph_spy::answer("AudioObjectGetPropertyDataSize").size = row.announced;
-        graph_spy::answer("AudioObjectGetPropertyData").value = row.ids;
+        spy::answer("AudioObjectGetPropertyDataSize").size = row.announced;
+        spy::answer("AudioObjectGetPropertyData").value = row.ids;
         // AudioObjectGetPropertyData also reads the names, so the scripted size is removed after the list was
         // read.
-        graph_spy::answer("AudioObjectGetPropertyData").size = row.read;
-        graph_spy::answer("AudioDeviceGetPropertyInfo").during = [] {
-            graph_spy::answer("AudioObjectGetPropertyData").size.reset();
+        spy::answer("AudioObjectGetPropertyData").size = row.read;
+        spy::answer("AudioDeviceGetPropertyInfo").during = [] {
+            spy::answer("AudioObjectGetPropertyData").size.reset();
         };
         expectList(row.list);
-        const Notes calls = graph_spy::calls();
+        const Notes calls = spy::calls();
         EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
                                 [](const std::string& call) {
                                     return call.rfind("AudioDeviceGetPropertyInfo", 0) == 0;
@@ -316,7 +316,7 @@ TEST_F(DeviceList, IsNilWithoutADictionary)
 {
     host().failNext("PluginNewInstance");
     EXPECT_EQ(list(), nullptr);
-    EXPECT_EQ(graph_spy::calls(), (Notes{askSize, readList("'#dev'", 8)}));
+    EXPECT_EQ(spy::calls(), (Notes{askSize, readList("'#dev'", 8)}));
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(raised(), Notes());
     expectNothingHeld();
@@ -336,7 +336,7 @@ TEST_F(DeviceList, IsEmptyIfTheDictionaryHasNoSetter)
 {
     host().objectMethods.clear();
     expectList({});
-    EXPECT_EQ(graph_spy::calls().size(), 6u) << "the devices are still queried";
+    EXPECT_EQ(spy::calls().size(), 6u) << "the devices are still queried";
 
     beginList();
     withhold("REALLoadObjectMethod");
@@ -437,11 +437,11 @@ TEST_F(DeviceList, CatchesExceptionsAndReleasesEverything)
     for (std::size_t throwing = 0; throwing < 6; ++throwing) {
         SCOPED_TRACE(throwing);
         beginList();
-        graph_spy::platform().inEachCall = [=](std::size_t number) {
+        spy::script().inEachCall = [=](std::size_t number) {
             if (number == throwing) throw Thrown();
         };
         EXPECT_NO_THROW(EXPECT_EQ(list(), nullptr));
-        EXPECT_EQ(graph_spy::calls().size(), throwing + 1);
+        EXPECT_EQ(spy::calls().size(), throwing + 1);
         expectNothingHeld();
     }
     for (const char* service :
@@ -471,7 +471,7 @@ TEST_F(DeviceList, ContinuesWithoutANameThatTheHostCannotBuild)
 
 TEST_F(DeviceList, CatchesAnExceptionOfTheRaiseService)
 {
-    graph_spy::answer("AudioObjectGetPropertyDataSize").size = 0;
+    spy::answer("AudioObjectGetPropertyDataSize").size = 0;
     host().inNext("RuntimeRaiseException", [] { throw Thrown(); });
     EXPECT_NO_THROW(EXPECT_EQ(list(), nullptr));
     EXPECT_EQ(data().lasterror, -1);

@@ -13,9 +13,9 @@ TEST_F(Device, IsReadFromTheOutputUnit)
 {
     for (const std::uint32_t id : ids) {
         begin();
-        graph_spy::answer("AudioUnitGetProperty").value = graph_spy::bytesOf(id);
+        spy::answer("AudioUnitGetProperty").value = graph_spy::bytesOf(id);
         EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), id);
-        EXPECT_EQ(graph_spy::calls(), Notes{"AudioUnitGetProperty(output, 2000, global, 0, size 4)"});
+        EXPECT_EQ(spy::calls(), Notes{"AudioUnitGetProperty(output, 2000, global, 0, size 4)"});
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, 0);
     }
@@ -26,10 +26,10 @@ TEST_F(Device, IsSetOnTheOutputUnit)
     for (const std::uint32_t id : ids)
         for (const OSStatus status : {0, -10851}) {
             begin();
-            graph_spy::answer("AudioUnitSetProperty").status = status;
+            spy::answer("AudioUnitSetProperty").status = status;
             set<std::uint32_t>(object(), "CurrentDeviceID", id);
-            EXPECT_EQ(graph_spy::calls(), Notes{"AudioUnitSetProperty(output, 2000, global, 0, " +
-                                                std::to_string(id) + ", 4 bytes)"});
+            EXPECT_EQ(spy::calls(), Notes{"AudioUnitSetProperty(output, 2000, global, 0, " +
+                                          std::to_string(id) + ", 4 bytes)"});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, status);
         }
@@ -38,8 +38,8 @@ TEST_F(Device, IsSetOnTheOutputUnit)
 TEST_F(Device, IsZeroAfterARefusal)
 {
     begin();
-    graph_spy::answer("AudioUnitGetProperty").status = -10879;
-    graph_spy::answer("AudioUnitGetProperty").leavesGarbage = false;
+    spy::answer("AudioUnitGetProperty").status = -10879;
+    spy::answer("AudioUnitGetProperty").leavesGarbage = false;
     EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, -10879);
 }
@@ -47,29 +47,29 @@ TEST_F(Device, IsZeroAfterARefusal)
 TEST_F(Device, CallsThePlatformEvenBeforeALoad)
 {
     beginEmpty();
-    graph_spy::answer("AudioUnitGetProperty").status = -50;
-    graph_spy::answer("AudioUnitGetProperty").leavesGarbage = false;
-    graph_spy::answer("AudioUnitSetProperty").status = -51;
+    spy::answer("AudioUnitGetProperty").status = -50;
+    spy::answer("AudioUnitGetProperty").leavesGarbage = false;
+    spy::answer("AudioUnitSetProperty").status = -51;
     EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, -50);
     set<std::uint32_t>(object(), "CurrentDeviceID", 3);
     EXPECT_EQ(data().lasterror, -51);
-    EXPECT_EQ(graph_spy::calls(), (Notes{"AudioUnitGetProperty(null, 2000, global, 0, size 4)",
-                                         "AudioUnitSetProperty(null, 2000, global, 0, 3, 4 bytes)"}));
+    EXPECT_EQ(spy::calls(), (Notes{"AudioUnitGetProperty(null, 2000, global, 0, size 4)",
+                                   "AudioUnitSetProperty(null, 2000, global, 0, 3, 4 bytes)"}));
 }
 
 TEST_F(Device, OfTheSystemIsReadFromTheHardware)
 {
     for (const std::uint32_t id : ids) {
         beginEmpty();
-        graph_spy::answer("AudioHardwareGetProperty").value = graph_spy::bytesOf(id);
+        spy::answer("AudioHardwareGetProperty").value = graph_spy::bytesOf(id);
         EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), id);
-        EXPECT_EQ(graph_spy::calls(), Notes{"AudioHardwareGetProperty('dOut', size 4)"});
+        EXPECT_EQ(spy::calls(), Notes{"AudioHardwareGetProperty('dOut', size 4)"});
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, 0);
     }
-    graph_spy::answer("AudioHardwareGetProperty").status = 'stop';
-    graph_spy::answer("AudioHardwareGetProperty").leavesGarbage = false;
+    spy::answer("AudioHardwareGetProperty").status = 'stop';
+    spy::answer("AudioHardwareGetProperty").leavesGarbage = false;
     EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, 'stop');
     EXPECT_EQ(propertyRow("DefaultDeviceID").setter, nullptr);
@@ -78,7 +78,7 @@ TEST_F(Device, OfTheSystemIsReadFromTheHardware)
 TEST_F(Device, CatchesExceptionsOfThePlatform)
 {
     begin();
-    graph_spy::platform().inEachCall = [](std::size_t) { throw Thrown(); };
+    spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
     EXPECT_NO_THROW(EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u));
     EXPECT_NO_THROW(set<std::uint32_t>(object(), "CurrentDeviceID", 1));
     EXPECT_NO_THROW(EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u));

@@ -56,7 +56,7 @@ TYPED_TEST(Equaliser, SetsOneGainPerElement)
         }
         const Array bands = this->newArray(gains);
         this->update(bands);
-        EXPECT_EQ(graph_spy::calls(), expected) << "the number of bands does not limit it";
+        EXPECT_EQ(spy::calls(), expected) << "the number of bands does not limit it";
         EXPECT_EQ(this->data().lasterror, 4711);
         EXPECT_EQ(this->raised(), Notes());
         this->host().drop(bands);
@@ -79,7 +79,7 @@ TYPED_TEST(Equaliser, RaisesForNilEvenBeforeALoad)
     const auto expectRefusal = [&] {
         this->update(nullptr);
         EXPECT_EQ(this->raised(), Notes{"NilObjectException: eqBands is nil!"});
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(this->data().lasterror, 4711);
     };
     this->beginEmpty();
@@ -93,7 +93,7 @@ TYPED_TEST(Equaliser, DoesNothingBeforeALoad)
     this->beginEmpty();
     const Array bands = this->newArray({1, 2, 3});
     this->update(bands);
-    EXPECT_EQ(graph_spy::calls(), Notes());
+    EXPECT_EQ(spy::calls(), Notes());
     EXPECT_EQ(this->host().calls(), Notes());
     EXPECT_EQ(this->data().lasterror, 4711);
     this->host().drop(bands);
@@ -106,7 +106,7 @@ TYPED_TEST(Equaliser, DoesNothingForAnEmptyArray)
         const Array bands = this->newArray({5});
         this->host().setUpperBound(bands, bound);
         this->update(bands);
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(this->raised(), Notes());
         this->host().drop(bands);
     }
@@ -118,7 +118,7 @@ TYPED_TEST(Equaliser, SetsZeroForElementsThatVanish)
     const Array bands = this->newArray({6, 5, 4});
     this->host().inNext("get", [&] { this->host().setUpperBound(bands, 0); });
     this->update(bands);
-    EXPECT_EQ(graph_spy::calls(), (Notes{band(0, "6"), band(1, "0"), band(2, "0")}));
+    EXPECT_EQ(spy::calls(), (Notes{band(0, "6"), band(1, "0"), band(2, "0")}));
     const std::string text =
         "OutOfBoundsException: Parameter index  is too big. Range is 0 to 0, but value is ";
     EXPECT_EQ(this->raised(), (Notes{text + "1.", text + "2."}));
@@ -135,7 +135,7 @@ TYPED_TEST(Equaliser, ReadsTheArrayRecordsOfAnOlderHost)
         this->watch();
         const Array bands = this->newArray({-6, 3});
         this->update(bands);
-        EXPECT_EQ(graph_spy::calls(), (Notes{band(0, "-6"), band(1, "3")}));
+        EXPECT_EQ(spy::calls(), (Notes{band(0, "-6"), band(1, "3")}));
         for (const std::string& note : this->host().calls()) EXPECT_EQ(note, "RuntimeUBound(a1) = 1");
         this->host().drop(bands);
     }
@@ -150,7 +150,7 @@ TYPED_TEST(Equaliser, UsesTheServiceForARecordWithoutStorage)
     const Array bands = this->newArray({-6, 3});
     bands->elements = nullptr;
     this->update(bands);
-    EXPECT_EQ(graph_spy::calls(), (Notes{band(0, "-6"), band(1, "3")}));
+    EXPECT_EQ(spy::calls(), (Notes{band(0, "-6"), band(1, "3")}));
     this->host().drop(bands);
 }
 
@@ -161,7 +161,7 @@ TYPED_TEST(Equaliser, UsesTheOlderServiceIfTheFirstIsMissing)
     this->host().directGet = this->elementType();
     const Array bands = this->newArray({-6, 3});
     this->update(bands);
-    EXPECT_EQ(graph_spy::calls(), (Notes{band(0, "-6"), band(1, "3")}));
+    EXPECT_EQ(spy::calls(), (Notes{band(0, "-6"), band(1, "3")}));
     this->host().drop(bands);
 
     this->begin();
@@ -169,7 +169,7 @@ TYPED_TEST(Equaliser, UsesTheOlderServiceIfTheFirstIsMissing)
     this->withhold("RuntimeArrayDirectGetGetProc");
     const Array unread = this->newArray({-6, 3});
     this->update(unread);
-    EXPECT_EQ(graph_spy::calls(), (Notes{band(0, "0"), band(1, "0")}));
+    EXPECT_EQ(spy::calls(), (Notes{band(0, "0"), band(1, "0")}));
     EXPECT_EQ(this->raised(), Notes());
     this->host().drop(unread);
 }
@@ -177,10 +177,10 @@ TYPED_TEST(Equaliser, UsesTheOlderServiceIfTheFirstIsMissing)
 TYPED_TEST(Equaliser, DoesNotKeepTheUnitsStatus)
 {
     this->begin();
-    graph_spy::answer("AudioUnitSetParameter").status = -10878;
+    spy::answer("AudioUnitSetParameter").status = -10878;
     const Array bands = this->newArray({1, 2, 3});
     this->update(bands);
-    EXPECT_EQ(graph_spy::calls().size(), 3u) << "a refusal does not end the loop";
+    EXPECT_EQ(spy::calls().size(), 3u) << "a refusal does not end the loop";
     EXPECT_EQ(this->seen(), (Lasterrors{4711, 4711, 4711}));
     EXPECT_EQ(this->data().lasterror, 4711);
     this->host().drop(bands);
@@ -194,14 +194,14 @@ TYPED_TEST(Equaliser, CatchesExceptions)
         const Array bands = this->newArray({1, 2});
         this->host().inNext(service, [] { throw Thrown(); });
         EXPECT_NO_THROW(this->update(bands));
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         this->host().drop(bands);
     }
     this->begin();
     const Array bands = this->newArray({1, 2});
-    graph_spy::platform().inEachCall = [](std::size_t) { throw Thrown(); };
+    spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
     EXPECT_NO_THROW(this->update(bands));
-    EXPECT_EQ(graph_spy::calls().size(), 1u);
+    EXPECT_EQ(spy::calls().size(), 1u);
     this->host().inNext("PluginNewInstance", [] { throw Thrown(); });
     EXPECT_NO_THROW(this->update(nullptr));
     EXPECT_EQ(this->data().lasterror, 4711);
@@ -216,9 +216,8 @@ TEST_F(EqualiserOfDoubles, NarrowsToSinglePrecision)
     begin();
     const Array bands = newArray({0.1, -0.0, 16777217, 1e300, -1e300, 1e-50, NAN, INFINITY});
     update(bands);
-    EXPECT_EQ(graph_spy::calls(),
-              (Notes{band(0, "0.100000001"), band(1, "-0"), band(2, "16777216"), band(3, "inf"),
-                     band(4, "-inf"), band(5, "0"), band(6, "nan"), band(7, "inf")}));
+    EXPECT_EQ(spy::calls(), (Notes{band(0, "0.100000001"), band(1, "-0"), band(2, "16777216"), band(3, "inf"),
+                                   band(4, "-inf"), band(5, "0"), band(6, "nan"), band(7, "inf")}));
     host().drop(bands);
 }
 

@@ -33,7 +33,7 @@ TEST_F(Lifetime, ANewObjectIsEmpty)
     rest.clientFormat = made.clientFormat;
     rest.outputFormat = made.outputFormat;
     EXPECT_EQ(std::memcmp(&made, &rest, sizeof rest), 0) << "all other fields stay unchanged";
-    EXPECT_EQ(graph_spy::calls(), Notes());
+    EXPECT_EQ(spy::calls(), Notes());
     EXPECT_EQ(host().notes(), Notes()) << "no host call";
 }
 
@@ -43,7 +43,7 @@ TEST_F(Lifetime, TheDestructorReleasesInThisOrder)
     data().tag = host().newObject("Variant");
     const std::string tag = host().nameOf(data().tag);
     REALstringStruct* const texts[] = {data().clientFormatString, data().outputFormatString};
-    graph_spy::forgetCalls();
+    spy::forgetCalls();
     host().forget();
 
     Notes atGraphRelease, atTagRelease;
@@ -62,7 +62,7 @@ TEST_F(Lifetime, TheDestructorReleasesInThisOrder)
         return present;
     };
     Notes atFileRelease;
-    graph_spy::answer("DisposeAUGraph").during = [&] { atGraphRelease = state(); };
+    spy::answer("DisposeAUGraph").during = [&] { atGraphRelease = state(); };
     host().inNext("REALUnlockObject", [&] {
         atTagRelease = state();
         host().inNext("REALUnlockObject", [&] { atFileRelease = state(); });
@@ -74,7 +74,7 @@ TEST_F(Lifetime, TheDestructorReleasesInThisOrder)
     EXPECT_EQ(atGraphRelease, (Notes{"audio", "samples", "client format", "output format", "tag", "file"}));
     EXPECT_EQ(atTagRelease, Notes{"file"}) << "each pointer is cleared before its release";
     EXPECT_EQ(atFileRelease, Notes());
-    EXPECT_EQ(graph_spy::calls(), Notes{"DisposeAUGraph(graph1)"}) << "the graph is not stopped first";
+    EXPECT_EQ(spy::calls(), Notes{"DisposeAUGraph(graph1)"}) << "the graph is not stopped first";
     EXPECT_EQ(host().calls(), (Notes{"REALUnlockObject(" + tag + ")", "REALUnlockObject(f1)"}));
 
     for (REALstringStruct* text : texts) EXPECT_EQ(host().references(text), 1) << "the host releases it";
@@ -85,7 +85,7 @@ TEST_F(Lifetime, TheDestructorReleasesInThisOrder)
 TEST_F(Lifetime, TheDestructorWorksWithoutALoad)
 {
     destruct();
-    EXPECT_EQ(graph_spy::calls(), Notes());
+    EXPECT_EQ(spy::calls(), Notes());
     EXPECT_EQ(host().calls(), Notes());
     EXPECT_EQ(data().loadedAudio, nullptr);
     EXPECT_EQ(data().clientFormat, nullptr);
@@ -117,7 +117,7 @@ TEST_F(Lifetime, TheDestructorReleasesATagWithoutALoad)
 TEST_F(Lifetime, TheDestructorContinuesWhenThePlatformThrows)
 {
     EXPECT_TRUE(load());
-    graph_spy::answer("DisposeAUGraph").during = [] { throw Thrown(); };
+    spy::answer("DisposeAUGraph").during = [] { throw Thrown(); };
     EXPECT_NO_THROW(destruct());
     EXPECT_EQ(data().graph, nullptr);
     EXPECT_EQ(data().file, nullptr);

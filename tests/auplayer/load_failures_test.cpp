@@ -41,10 +41,10 @@ protected:
     {
         FolderItem const another = host().newFolderItem();
         host().startOver();
-        graph_spy::forgetCalls();
+        spy::forgetCalls();
         EXPECT_EQ(call<HostBoolean>("LoadFile(", object(), another, HostInteger{2}, HostInteger{2}), 0);
         EXPECT_EQ(raised(), Notes{secondLoad});
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(data().lasterror, -1);
         EXPECT_EQ(data().file, another);
         EXPECT_EQ(host().references(another), 2);
@@ -110,12 +110,12 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
             data().maximumFramesPerSlice = 4096;
             data().timePitchUnit = timePitchUnit;
             constexpr OSStatus status = -10868;
-            graph_spy::platform().refusals[i] = status;
+            spy::script().refusals[i] = status;
             const Kind kind = kindOf(good[i]);
             EXPECT_EQ(load(2, 2, method), kind == ignored);
             EXPECT_EQ(raised(), Notes());
 
-            const Notes calls = graph_spy::calls();
+            const Notes calls = spy::calls();
             if (kind == ignored) {
                 EXPECT_EQ(calls, good);
                 EXPECT_EQ(data().lasterror, 0);
@@ -155,7 +155,7 @@ std::size_t RefusedLoad::refuseEachCall(HostInteger timePitchUnit, const Notes& 
             // A second load is refused. The destructor releases what the failed load made.
             EXPECT_EQ(data().isFileLoaded, 1);
             expectNoSecondLoad();
-            EXPECT_EQ(graph_spy::calls(), i > graph ? Notes{"DisposeAUGraph(graph1)"} : Notes());
+            EXPECT_EQ(spy::calls(), i > graph ? Notes{"DisposeAUGraph(graph1)"} : Notes());
             expectNothingLeft();
         }
     return refused;
@@ -166,8 +166,8 @@ TEST_F(FailingLoad, FailsForANullFile)
     graph_spy::platform().opensNothing = true;
     EXPECT_FALSE(load());
     EXPECT_EQ(data().lasterror, 0);
-    EXPECT_EQ(graph_spy::calls(), (Notes{"CFURLCreateFromFSRef(default, \"the item\")",
-                                         "ExtAudioFileOpenURL(url1)", "CFRelease(url1)"}));
+    EXPECT_EQ(spy::calls(), (Notes{"CFURLCreateFromFSRef(default, \"the item\")", "ExtAudioFileOpenURL(url1)",
+                                   "CFRelease(url1)"}));
 }
 
 TEST_F(FailingLoad, RaisesForNilAndChangesNothing)
@@ -180,7 +180,7 @@ TEST_F(FailingLoad, RaisesForNilAndChangesNothing)
         EXPECT_EQ(data().lasterror, 17);
         EXPECT_EQ(data().file, nullptr);
         EXPECT_EQ(data().isFileLoaded, 0);
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         host().startOver();
     }
     EXPECT_TRUE(load()) << "the object can still load";
@@ -188,7 +188,7 @@ TEST_F(FailingLoad, RaisesForNilAndChangesNothing)
 
 TEST_F(FailingLoad, RefusesASecondLoadAfterAFailure)
 {
-    graph_spy::answer("ExtAudioFileOpenURL").status = fnfErr;
+    spy::answer("ExtAudioFileOpenURL").status = fnfErr;
     EXPECT_FALSE(load());
     EXPECT_EQ(data().lasterror, fnfErr);
     expectNoSecondLoad();
@@ -240,7 +240,7 @@ TEST_F(FailingLoad, FindsAMissingItemThroughItsFolder)
 {
     host().itemsExist = false;
     EXPECT_TRUE(load());
-    Notes calls = graph_spy::calls();
+    Notes calls = spy::calls();
     ASSERT_GT(calls.size(), viaFolder.size() + 1);
     EXPECT_EQ(calls[viaFolder.size()], "ExtAudioFileOpenURL(url2)");
     EXPECT_EQ(calls.back(), "CFRelease(url2)");
@@ -254,18 +254,18 @@ TEST_F(FailingLoad, FindsAMissingItemThroughItsFolder)
 TEST_F(FailingLoad, KeepsThePlatformsStatusForAMissingItem)
 {
     host().itemsExist = false;
-    graph_spy::answer("ExtAudioFileOpenURL").status = fnfErr;
+    spy::answer("ExtAudioFileOpenURL").status = fnfErr;
     EXPECT_FALSE(load());
     EXPECT_EQ(data().lasterror, fnfErr);
     EXPECT_EQ(raised(), Notes());
-    EXPECT_EQ(graph_spy::calls().back(), "CFRelease(url2)");
+    EXPECT_EQ(spy::calls().back(), "CFRelease(url2)");
 }
 
 TEST_F(FailingLoad, TriesTheFolderIfTheItemHasNoURL)
 {
-    graph_spy::platform().refusals[0] = 1;
+    spy::script().refusals[0] = 1;
     EXPECT_TRUE(load());
-    Notes calls = graph_spy::calls();
+    Notes calls = spy::calls();
     EXPECT_EQ(calls[0], "CFURLCreateFromFSRef(default, \"the item\")");
     calls.erase(calls.begin());
     calls.resize(viaFolder.size());
@@ -293,8 +293,7 @@ TEST_F(FailingLoad, AcceptsEveryNameThatTheHostCanHold)
         host().itemName = fact.name;
         host().claimedNameUnits = fact.claimed;
         EXPECT_TRUE(load());
-        EXPECT_EQ(graph_spy::calls()[1],
-                  "CFStringCreateWithCharacters(default, " + std::string(fact.text) + ")");
+        EXPECT_EQ(spy::calls()[1], "CFStringCreateWithCharacters(default, " + std::string(fact.text) + ")");
     }
 }
 
@@ -308,13 +307,13 @@ TEST_F(FailingLoad, RaisesWithoutAURL)
     } facts[] = {
         {"no service", [&] { withhold("REALFSRefFromFolderItem"); }, 0, {}},
         {"the service returns false", [&] { host().failNext("REALFSRefFromFolderItem", 2); }, 0, {}},
-        {"no folder", [&] { graph_spy::platform().refusals[0] = 1; }, 1, {}},
+        {"no folder", [&] { spy::script().refusals[0] = 1; }, 1, {}},
         {"an empty name", [&] { host().itemName = u""; }, 1, {"CFRelease(url1)"}},
         {"a name longer than the record", [&] { host().claimedNameUnits = 256; }, 1, {"CFRelease(url1)"}},
         {"a name of the largest length", [&] { host().claimedNameUnits = 0xFFFF; }, 1, {"CFRelease(url1)"}},
-        {"no text", [&] { graph_spy::platform().refusals[1] = 1; }, 2, {"CFRelease(url1)"}},
+        {"no text", [&] { spy::script().refusals[1] = 1; }, 2, {"CFRelease(url1)"}},
         {"nothing appended",
-         [&] { graph_spy::platform().refusals[4] = 1; },
+         [&] { spy::script().refusals[4] = 1; },
          5,
          {"CFRelease(string2)", "CFRelease(string1)", "CFRelease(url1)"}},
     };
@@ -328,7 +327,7 @@ TEST_F(FailingLoad, RaisesWithoutAURL)
             EXPECT_EQ(raised(), Notes{badPath});
             Notes expected(viaFolder.begin(), viaFolder.begin() + static_cast<std::ptrdiff_t>(fact.calls));
             expected.insert(expected.end(), fact.released.begin(), fact.released.end());
-            EXPECT_EQ(graph_spy::calls(), expected);
+            EXPECT_EQ(spy::calls(), expected);
             EXPECT_EQ(data().lasterror, -1) << "no platform call with a status was made";
             EXPECT_EQ(data().file, item());
             EXPECT_EQ(data().isFileLoaded, 1);
@@ -338,9 +337,9 @@ TEST_F(FailingLoad, RaisesWithoutAURL)
 TEST_F(FailingLoad, UsesTheNameUnchangedIfItCannotBeCopied)
 {
     host().itemsExist = false;
-    graph_spy::platform().refusals[2] = 1;
+    spy::script().refusals[2] = 1;
     EXPECT_TRUE(load());
-    Notes calls = graph_spy::calls();
+    Notes calls = spy::calls();
     calls.resize(7);
     EXPECT_EQ(calls, (Notes{
                          "CFURLCreateFromFSRef(default, \"its folder\")",
@@ -362,12 +361,12 @@ TEST_F(FailingLoad, CatchesExceptionsOfThePlatform)
             startOver();
             host().itemsExist = itemsExist;
             EXPECT_TRUE(load());
-            const Notes good = graph_spy::calls();
+            const Notes good = spy::calls();
             for (std::size_t i = 0; i < good.size(); ++i) {
                 SCOPED_TRACE(std::string(method) + " with an exception of " + good[i]);
                 startOver();
                 host().itemsExist = itemsExist;
-                graph_spy::platform().inEachCall = [i](std::size_t number) {
+                spy::script().inEachCall = [i](std::size_t number) {
                     if (number == i) throw Thrown();
                 };
                 const bool isRelease = startsWith(good[i], "CFRelease") ||
@@ -376,8 +375,8 @@ TEST_F(FailingLoad, CatchesExceptionsOfThePlatform)
                 bool result = false;
                 EXPECT_NO_THROW(result = load(2, 2, method));
                 EXPECT_EQ(result, isRelease) << "an exception of a release does not end the load";
-                graph_spy::platform().inEachCall = nullptr;
-                const Notes calls = graph_spy::calls();
+                spy::script().inEachCall = nullptr;
+                const Notes calls = spy::calls();
                 EXPECT_EQ(countOf(calls, "ExtAudioFileDispose"),
                           countOf(calls, "ExtAudioFileGetProperty(file1, 'ffmt'") > 0);
             }
@@ -452,7 +451,7 @@ TEST_F(FailingLoad, IsOutOfMemoryAfterAConstructorWithoutMemory)
             EXPECT_EQ(data().clientFormat == nullptr, allocation == 2);
             EXPECT_FALSE(load(2, 2, method));
             EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for audio data."});
-            EXPECT_EQ(graph_spy::calls(),
+            EXPECT_EQ(spy::calls(),
                       (Notes{"CFURLCreateFromFSRef(default, \"the item\")", "CFRelease(url1)"}));
             EXPECT_EQ(samplesBlock(), nullptr);
             EXPECT_EQ(data().isFileLoaded, 1);

@@ -18,7 +18,7 @@ protected:
 TEST_F(Loading, CallsThePlatformInThisOrder)
 {
     EXPECT_TRUE(load());
-    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(spy::calls(), goodLoad());
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(graph_spy::callback().inputProc, &auplayer::renderInput);
     EXPECT_EQ(graph_spy::callback().inputProcRefCon, &data());
@@ -43,7 +43,7 @@ TEST_F(Loading, ChoosesTheOutputUnitByNumber)
         EXPECT_TRUE(load());
         Choices choices;
         choices.outputUnit = fact.subType;
-        EXPECT_EQ(graph_spy::calls(), goodLoad(choices));
+        EXPECT_EQ(spy::calls(), goodLoad(choices));
         EXPECT_EQ(data().outputUnit, fact.choice);
     }
 }
@@ -63,7 +63,7 @@ TEST_F(Loading, BypassesTheRateUnitThatIsNotChosen)
         EXPECT_TRUE(load());
         Choices choices;
         choices.bypassed = fact.bypassed;
-        EXPECT_EQ(graph_spy::calls(), goodLoad(choices));
+        EXPECT_EQ(spy::calls(), goodLoad(choices));
         EXPECT_EQ(data().timePitchUnit, fact.choice);
     }
 }
@@ -87,7 +87,7 @@ TEST_F(Loading, SetsASliceLimitAboveTheDefault)
         EXPECT_TRUE(load());
         Choices choices;
         choices.sliceLimit = fact.set;
-        EXPECT_EQ(graph_spy::calls(), goodLoad(choices));
+        EXPECT_EQ(spy::calls(), goodLoad(choices));
     }
 }
 
@@ -135,7 +135,7 @@ TEST_F(Loading, HasNoFormatTextsWithoutTheStringService)
 {
     withhold("REALBuildString");
     EXPECT_TRUE(load());
-    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(spy::calls(), goodLoad());
     EXPECT_EQ(data().clientFormatString, nullptr);
     EXPECT_EQ(data().outputFormatString, nullptr);
     EXPECT_EQ(raised(), Notes());
@@ -148,7 +148,7 @@ TEST_F(Loading, ResetsPositionAndLoop)
     data().loopIn = 10;
     data().loopOut = 20;
     data().isLooping = 1;
-    graph_spy::answer("ExtAudioFileRead").during = [this] {
+    spy::answer("ExtAudioFileRead").during = [this] {
         EXPECT_EQ(data().position, 0u) << "reset before the read";
         EXPECT_EQ(data().endFrame, 0u);
         EXPECT_EQ(data().loopIn, 10.0) << "reset after the read";
@@ -180,13 +180,12 @@ TEST_F(Loading, StoresEachUnitWithItsNode)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.name);
-        graph_spy::forgetCalls();
+        spy::forgetCalls();
         AudioUnit unit = nullptr;
         AUGraphNodeInfo(data().graph, fact.node, nullptr, &unit);
         AudioUnitReset(fact.unit, 0, 0);
-        EXPECT_EQ(graph_spy::calls(),
-                  (Notes{"AUGraphNodeInfo(graph1, " + std::string(fact.name) + " node, null)",
-                         "AudioUnitReset(" + std::string(fact.name) + ", global, 0)"}));
+        EXPECT_EQ(spy::calls(), (Notes{"AUGraphNodeInfo(graph1, " + std::string(fact.name) + " node, null)",
+                                       "AudioUnitReset(" + std::string(fact.name) + ", global, 0)"}));
     }
 }
 
@@ -211,7 +210,7 @@ TEST_F(Loading, UsesTheRequestedChannelCounts)
         startOver();
         graph_spy::platform().file.format.mSampleRate = 44100;
         EXPECT_TRUE(load(fact.input, fact.output));
-        const Notes calls = graph_spy::calls();
+        const Notes calls = spy::calls();
         const auto count = [&](const std::string& call) {
             return std::count(calls.begin(), calls.end(), call);
         };
@@ -277,7 +276,7 @@ TEST_F(Loading, HasNoSamplesWithoutFramesOrChannels)
         startOver();
         graph_spy::platform().file.length = fact.length;
         EXPECT_TRUE(load(fact.channels));
-        const Notes calls = graph_spy::calls();
+        const Notes calls = spy::calls();
         EXPECT_EQ(std::count(calls.begin(), calls.end(), fact.read), 1);
         EXPECT_EQ(data().endFrame, static_cast<UInt32>(fact.length));
         EXPECT_EQ(data().loadedAudio->samples, nullptr);
@@ -316,7 +315,7 @@ TEST_F(Loading, IsOutOfMemoryForATooLargeFile)
             graph_spy::platform().file.format.mSampleRate = fact.rate;
             EXPECT_FALSE(load(fact.channels, 2, method));
             EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for audio data."});
-            EXPECT_EQ(graph_spy::calls().size(), 7u) << "only calls of the file";
+            EXPECT_EQ(spy::calls().size(), 7u) << "only calls of the file";
             EXPECT_EQ(data().lasterror, 0) << "the last platform call succeeded";
             EXPECT_EQ(data().loadedAudio->frameCount, fact.frameCount);
             EXPECT_EQ(data().loadedAudio->byteSize, fact.byteSize);
@@ -350,7 +349,7 @@ TEST_F(Loading, AllocatesExactlyTheSamples)
         EXPECT_EQ(std::count(events.begin(), events.end(), fact.allocation), 1);
         EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for audio data."});
         EXPECT_EQ(
-            graph_spy::calls(),
+            spy::calls(),
             (Notes{
                 "CFURLCreateFromFSRef(default, \"the item\")", "ExtAudioFileOpenURL(url1)",
                 "ExtAudioFileGetProperty(file1, 'ffmt', size 40)",

@@ -30,17 +30,17 @@ TEST_F(MixerInputs, HaveAVolume)
     for (const std::uint32_t input : inputs)
         for (const OSStatus status : {OSStatus{0}, refused}) {
             begin();
-            graph_spy::answer("AudioUnitGetParameter").number = status ? 0 : 0.1f;
-            graph_spy::answer("AudioUnitGetParameter").status = status;
+            spy::answer("AudioUnitGetParameter").parameter = status ? 0 : 0.1f;
+            spy::answer("AudioUnitGetParameter").status = status;
             EXPECT_EQ(call<double>("InputVolume", object(), input), status ? 0.0 : static_cast<double>(0.1f));
-            EXPECT_EQ(graph_spy::calls(), Notes{getCall("mixer", inputAddress("0", input))});
+            EXPECT_EQ(spy::calls(), Notes{getCall("mixer", inputAddress("0", input))});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, status);
 
             watch();
-            graph_spy::answer("AudioUnitSetParameter").status = status;
+            spy::answer("AudioUnitSetParameter").status = status;
             setOf<double>("InputVolume", object(), input, 0.1);
-            EXPECT_EQ(graph_spy::calls(), Notes{setCall("mixer", inputAddress("0", input), "0.100000001")});
+            EXPECT_EQ(spy::calls(), Notes{setCall("mixer", inputAddress("0", input), "0.100000001")});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, status);
         }
@@ -79,14 +79,14 @@ TEST_F(MixerInputs, AreEnabledByTheLowByteOfAWholeNumber)
         for (const auto& row : rows) {
             SCOPED_TRACE(row.why);
             begin();
-            graph_spy::answer("AudioUnitGetParameter").number = row.value;
+            spy::answer("AudioUnitGetParameter").parameter = row.value;
             EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), input), row.isEnabled);
-            EXPECT_EQ(graph_spy::calls(), Notes{getCall("mixer", inputAddress("1", input))});
+            EXPECT_EQ(spy::calls(), Notes{getCall("mixer", inputAddress("1", input))});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
         }
     begin();
-    graph_spy::answer("AudioUnitGetParameter").status = refused;
+    spy::answer("AudioUnitGetParameter").status = refused;
     EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), 0u), 0);
     EXPECT_EQ(data().lasterror, refused);
 }
@@ -97,10 +97,9 @@ TEST_F(MixerInputs, AreEnabledAndDisabled)
         for (const HostBoolean value : {0, 1, 2, 255})
             for (const OSStatus status : {OSStatus{0}, refused}) {
                 begin();
-                graph_spy::answer("AudioUnitSetParameter").status = status;
+                spy::answer("AudioUnitSetParameter").status = status;
                 setOf<HostBoolean>("InputEnabled", object(), input, value);
-                EXPECT_EQ(graph_spy::calls(),
-                          Notes{setCall("mixer", inputAddress("1", input), value ? "1" : "0")});
+                EXPECT_EQ(spy::calls(), Notes{setCall("mixer", inputAddress("1", input), value ? "1" : "0")});
                 EXPECT_EQ(seen(), Lasterrors{-1});
                 EXPECT_EQ(data().lasterror, status);
             }
@@ -108,8 +107,8 @@ TEST_F(MixerInputs, AreEnabledAndDisabled)
 
 TEST_F(MixerInputs, CallThePlatformEvenBeforeALoad)
 {
-    graph_spy::answer("AudioUnitGetParameter").status = -50;
-    graph_spy::answer("AudioUnitSetParameter").status = -51;
+    spy::answer("AudioUnitGetParameter").status = -50;
+    spy::answer("AudioUnitSetParameter").status = -51;
     EXPECT_EQ(call<double>("InputVolume", object(), 3u), 0.0);
     EXPECT_EQ(data().lasterror, -50);
     setOf<double>("InputVolume", object(), 3, 1);
@@ -118,20 +117,19 @@ TEST_F(MixerInputs, CallThePlatformEvenBeforeALoad)
     EXPECT_EQ(data().lasterror, -50);
     setOf<HostBoolean>("InputEnabled", object(), 3, 1);
     EXPECT_EQ(data().lasterror, -51);
-    EXPECT_EQ(graph_spy::calls(),
-              (Notes{getCall("null", "0, input, 3"), setCall("null", "0, input, 3", "1"),
-                     getCall("null", "1, input, 3"), setCall("null", "1, input, 3", "1")}));
+    EXPECT_EQ(spy::calls(), (Notes{getCall("null", "0, input, 3"), setCall("null", "0, input, 3", "1"),
+                                   getCall("null", "1, input, 3"), setCall("null", "1, input, 3", "1")}));
 }
 
 TEST_F(MixerInputs, CatchExceptionsOfThePlatform)
 {
     begin();
-    graph_spy::platform().inEachCall = [](std::size_t) { throw Thrown(); };
+    spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
     EXPECT_NO_THROW(EXPECT_EQ(call<double>("InputVolume", object(), 0u), 0.0));
     EXPECT_NO_THROW(setOf<double>("InputVolume", object(), 0, 1));
     EXPECT_NO_THROW(EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), 0u), 0));
     EXPECT_NO_THROW(setOf<HostBoolean>("InputEnabled", object(), 0, 1));
-    EXPECT_EQ(graph_spy::calls().size(), 4u);
+    EXPECT_EQ(spy::calls().size(), 4u);
     EXPECT_EQ(data().lasterror, -1);
 }
 

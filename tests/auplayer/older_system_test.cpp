@@ -23,18 +23,18 @@ protected:
 TEST_F(OlderSystem, UsesTheClassicTimePitchUnit)
 {
     EXPECT_TRUE(load());
-    EXPECT_EQ(graph_spy::calls(), goodLoad(choices()));
+    EXPECT_EQ(spy::calls(), goodLoad(choices()));
 }
 
 TEST_F(OlderSystem, LoadsOnAPosixThread)
 {
     std::thread::id loader;
-    graph_spy::answer("ExtAudioFileRead").during = [&] { loader = std::this_thread::get_id(); };
+    spy::answer("ExtAudioFileRead").during = [&] { loader = std::this_thread::get_id(); };
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_EQ(support::detaches(), 1);
     EXPECT_NE(loader, std::thread::id());
     EXPECT_NE(loader, std::this_thread::get_id());
-    EXPECT_EQ(graph_spy::calls(), goodLoad(choices()));
+    EXPECT_EQ(spy::calls(), goodLoad(choices()));
     const Notes calls = host().calls();
     EXPECT_GE(std::count(calls.begin(), calls.end(), "REALYieldToRB()"), 2);
     EXPECT_EQ(host().bytesOf(data().clientFormatString),
@@ -43,7 +43,7 @@ TEST_F(OlderSystem, LoadsOnAPosixThread)
 
 TEST_F(OlderSystem, ReportsAFailureOnTheThread)
 {
-    graph_spy::answer("AUGraphInitialize").status = -10875;
+    spy::answer("AUGraphInitialize").status = -10875;
     EXPECT_FALSE(load(2, 2, "LoadFileMT"));
     EXPECT_EQ(data().lasterror, -10875);
 }

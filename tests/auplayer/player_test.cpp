@@ -76,8 +76,8 @@ void PlayerTest::construct()
     std::memset(memory_.get() + dataOffset, 0, sizeof(auplayer::AUPlayerData));
     reinterpret_cast<void (*)(Object)>(auPlayerClass.constructor)(object());
     isAlive_ = true;
-    graph_spy::name(&data(), "the player");
-    graph_spy::name(reinterpret_cast<const void*>(&auplayer::renderInput), "renderInput");
+    spy::name(&data(), "the player");
+    spy::name(reinterpret_cast<const void*>(&auplayer::renderInput), "renderInput");
 }
 
 void PlayerTest::destruct()
@@ -129,8 +129,8 @@ void PlayerTest::expectNothingLeft()
     }
     EXPECT_EQ(host().live(), Notes()) << "host values are left";
     EXPECT_EQ(host().faults(), Notes());
-    EXPECT_EQ(graph_spy::live(), Notes()) << "platform objects are left";
-    EXPECT_EQ(graph_spy::faults(), Notes());
+    EXPECT_EQ(spy::live(), Notes()) << "platform objects are left";
+    EXPECT_EQ(spy::faults(), Notes());
     EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left";
 }
 

@@ -25,18 +25,18 @@ TEST_F(RateUnit, IsChosenByBypassingTheOther)
                     SCOPED_TRACE(testing::Message() << before << " = " << value);
                     begin();
                     data().timePitchUnit = before;
-                    graph_spy::platform().refusals = {{0, first}, {1, second}};
+                    spy::script().refusals = {{0, first}, {1, second}};
                     set<HostInteger>(object(), "TimePitchUnit", value);
 
                     const HostInteger mode = value == 0 ? 1 : value;
                     const bool isChange = (mode == 1 || mode == 2) && mode != before;
                     if (!isChange) {
-                        EXPECT_EQ(graph_spy::calls(), Notes());
+                        EXPECT_EQ(spy::calls(), Notes());
                         EXPECT_EQ(data().lasterror, -1);
                         EXPECT_EQ(data().timePitchUnit, before);
                         continue;
                     }
-                    EXPECT_EQ(graph_spy::calls(),
+                    EXPECT_EQ(spy::calls(),
                               mode == 2
                                   ? (Notes{bypassCall("timePitch", "1"), bypassCall("varispeed", "0")})
                                   : (Notes{bypassCall("varispeed", "1"), bypassCall("timePitch", "0")}));
@@ -53,7 +53,7 @@ TEST_F(RateUnit, AnUnknownNumberChangesNothing)
         begin();
         data().timePitchUnit = 2;
         set<HostInteger>(object(), "TimePitchUnit", value);
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(data().timePitchUnit, 2);
         EXPECT_EQ(data().lasterror, -1);
     }
@@ -63,9 +63,9 @@ TEST_F(RateUnit, IsStoredBeforeALoadEvenIfThePlatformRefuses)
 {
     for (const HostInteger value : {0, 1, 2}) {
         beginEmpty();
-        graph_spy::answer("AudioUnitSetProperty").status = -50;
+        spy::answer("AudioUnitSetProperty").status = -50;
         set<HostInteger>(object(), "TimePitchUnit", value);
-        EXPECT_EQ(graph_spy::calls(), (Notes{bypassCall("null", "1"), bypassCall("null", "0")}));
+        EXPECT_EQ(spy::calls(), (Notes{bypassCall("null", "1"), bypassCall("null", "0")}));
         EXPECT_EQ(data().lasterror, -50);
         EXPECT_EQ(data().timePitchUnit, value == 2 ? 2 : 1);
     }
@@ -77,7 +77,7 @@ TEST_F(RateUnit, IsNotStoredIfThePlatformThrows)
         begin();
         throwInCall(throwing);
         EXPECT_NO_THROW(set<HostInteger>(object(), "TimePitchUnit", 2));
-        EXPECT_EQ(graph_spy::calls().size(), throwing + 1);
+        EXPECT_EQ(spy::calls().size(), throwing + 1);
         EXPECT_EQ(data().timePitchUnit, 0);
     }
 }

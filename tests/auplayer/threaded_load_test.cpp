@@ -26,7 +26,7 @@ protected:
 TEST_F(ThreadedLoad, MakesTheSamePlatformCallsAsLoadFile)
 {
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
-    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(spy::calls(), goodLoad());
     EXPECT_EQ(data().lasterror, 0);
     EXPECT_EQ(data().endFrame, 1000u);
     EXPECT_EQ(data().loadedAudio->samples[1999], 1999.0f);
@@ -36,7 +36,7 @@ TEST_F(ThreadedLoad, MakesTheSamePlatformCallsAsLoadFile)
 TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnTheMainThread)
 {
     std::thread::id loader;
-    graph_spy::answer("ExtAudioFileRead").during = [&] { loader = std::this_thread::get_id(); };
+    spy::answer("ExtAudioFileRead").during = [&] { loader = std::this_thread::get_id(); };
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_NE(loader, std::this_thread::get_id());
 
@@ -69,7 +69,7 @@ TEST_F(ThreadedLoad, YieldsUntilTheFileHasBeenRead)
         if (count < readYields) host().inNext("REALYieldToRB", yield);
     };
     host().inNext("REALYieldToRB", yield);
-    graph_spy::answer("ExtAudioFileRead").during = [&] {
+    spy::answer("ExtAudioFileRead").during = [&] {
         while (count < readYields) std::this_thread::yield();
     };
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
@@ -87,7 +87,7 @@ TEST_F(ThreadedLoad, RefusesASecondLoadDuringTheFirst)
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_EQ(inner, 0);
     EXPECT_EQ(raised(), Notes{"UnsupportedOperationException: This class can only load one file."});
-    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(spy::calls(), goodLoad());
     EXPECT_EQ(data().file, another);
     EXPECT_EQ(host().references(another), 2);
     EXPECT_EQ(host().references(item()), 2);
@@ -260,16 +260,16 @@ TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberDuringTheLoad)
             host().inNext("REALYieldToRB", yield);
         };
         host().inNext("REALYieldToRB", yield);
-        graph_spy::platform().inEachCall = [&](std::size_t) {
+        spy::script().inEachCall = [&](std::size_t) {
             if (std::this_thread::get_id() == here) return;
             const std::size_t before = count.load(std::memory_order_relaxed);
             while (count.load(std::memory_order_relaxed) == before) std::this_thread::yield();
         };
         EXPECT_TRUE(load(2, 2, "LoadFileMT"));
-        graph_spy::platform().inEachCall = nullptr;
+        spy::script().inEachCall = nullptr;
         EXPECT_GE(count, goodLoad().size() - 2) << "one yield per call of the loading thread";
         EXPECT_EQ(raised(), Notes());
-        const Notes calls = graph_spy::calls();
+        const Notes calls = spy::calls();
         for (const std::string& expected : goodLoad())
             EXPECT_GE(std::count(calls.begin(), calls.end(), expected), 1) << expected;
     }
@@ -280,7 +280,7 @@ TEST_F(ThreadedLoad, WorksInAHostThatCannotYield)
 {
     withhold("REALYieldToRB");
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
-    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(spy::calls(), goodLoad());
     EXPECT_EQ(yields(), 0);
 }
 
@@ -291,13 +291,13 @@ TEST_F(ThreadedLoad, FinishesAfterAnExceptionOfTheHost)
         hasThrown = true;
         throw Thrown();
     });
-    graph_spy::answer("ExtAudioFileRead").during = [&] {
+    spy::answer("ExtAudioFileRead").during = [&] {
         while (!hasThrown) std::this_thread::yield();
     };
     bool result = false;
     EXPECT_NO_THROW(result = load(2, 2, "LoadFileMT"));
     EXPECT_TRUE(result);
-    EXPECT_EQ(graph_spy::calls(), goodLoad());
+    EXPECT_EQ(spy::calls(), goodLoad());
 }
 
 } // namespace

@@ -24,7 +24,7 @@ protected:
     void expectUntouched()
     {
         EXPECT_EQ(data().lasterror, 4711);
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(host().calls(), fake::Notes());
     }
 };
@@ -159,7 +159,7 @@ TEST_F(Times, SampleRateReturnsTheFieldAndResetsLasterror)
         data().lasterror = 4711;
         EXPECT_EQ(get<double>(object(), "SampleRate"), rate);
         EXPECT_EQ(data().lasterror, -1);
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
     }
     EXPECT_EQ(propertyRow("SampleRate").setter, nullptr);
 }

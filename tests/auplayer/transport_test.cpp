@@ -65,9 +65,9 @@ TEST_F(Transport, StartsAStoppedGraphAndStopsARunningOne)
         SCOPED_TRACE(row.why);
         begin();
         graph_spy::platform().isRunning = row.isRunning;
-        graph_spy::answer("AUGraphIsRunning").status = row.query;
-        graph_spy::answer("AUGraphStart").status = row.start;
-        graph_spy::answer("AUGraphStop").status = row.stop;
+        spy::answer("AUGraphIsRunning").status = row.query;
+        spy::answer("AUGraphStart").status = row.start;
+        spy::answer("AUGraphStop").status = row.stop;
         switch (row.member) {
         case play:
             call<void>("Play", object());
@@ -78,7 +78,7 @@ TEST_F(Transport, StartsAStoppedGraphAndStopsARunningOne)
         case playing:
             set<HostBoolean>(object(), "Playing", row.value);
         }
-        EXPECT_EQ(graph_spy::calls(), row.calls);
+        EXPECT_EQ(spy::calls(), row.calls);
         EXPECT_EQ(data().lasterror, row.lasterror);
         ASSERT_FALSE(seen().empty());
         EXPECT_EQ(seen().front(), -1);
@@ -98,9 +98,9 @@ TEST_F(Transport, ReturnsWhetherTheGraphRuns)
     for (const auto& row : rows) {
         begin();
         graph_spy::platform().isRunning = row.isRunning;
-        graph_spy::answer("AUGraphIsRunning").status = row.status;
+        spy::answer("AUGraphIsRunning").status = row.status;
         EXPECT_EQ(get<HostBoolean>(object(), "Playing"), row.isPlaying);
-        EXPECT_EQ(graph_spy::calls(), queried);
+        EXPECT_EQ(spy::calls(), queried);
         EXPECT_EQ(data().lasterror, row.status);
         EXPECT_EQ(seen(), Lasterrors{-1});
     }
@@ -112,14 +112,14 @@ TEST_F(Transport, PlayAndPauseMakeNoCallWithoutAGraph)
         data().lasterror = 4711;
         call<void>(method, object());
         EXPECT_EQ(data().lasterror, -1);
-        EXPECT_EQ(graph_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
     }
 }
 
 TEST_F(Transport, PlayingCallsThePlatformEvenWithoutAGraph)
 {
-    graph_spy::answer("AUGraphIsRunning").status = -50;
-    graph_spy::answer("AUGraphStart").status = -51;
+    spy::answer("AUGraphIsRunning").status = -50;
+    spy::answer("AUGraphStart").status = -51;
     data().lasterror = 4711;
     EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0);
     EXPECT_EQ(data().lasterror, -50);
@@ -127,8 +127,8 @@ TEST_F(Transport, PlayingCallsThePlatformEvenWithoutAGraph)
     EXPECT_EQ(data().lasterror, -50);
     set<HostBoolean>(object(), "Playing", 1);
     EXPECT_EQ(data().lasterror, -51);
-    EXPECT_EQ(graph_spy::calls(), (Notes{"AUGraphIsRunning(null)", "AUGraphIsRunning(null)",
-                                         "AUGraphIsRunning(null)", "AUGraphStart(null)"}));
+    EXPECT_EQ(spy::calls(), (Notes{"AUGraphIsRunning(null)", "AUGraphIsRunning(null)",
+                                   "AUGraphIsRunning(null)", "AUGraphStart(null)"}));
 }
 
 TEST_F(Transport, RestartsTheGraphRepeatedly)
@@ -148,7 +148,7 @@ TEST_F(Transport, ResetsFiveUnitsInOrder)
 {
     begin();
     call<void>("Reset", object());
-    EXPECT_EQ(graph_spy::calls(),
+    EXPECT_EQ(spy::calls(),
               (Notes{"AudioUnitReset(mixer, global, 0)", "AudioUnitReset(timePitch, global, 0)",
                      "AudioUnitReset(varispeed, global, 0)", "AudioUnitReset(equalizer, global, 0)",
                      "AudioUnitReset(output, global, 0)"}));
@@ -161,9 +161,9 @@ TEST_F(Transport, ResetsAllUnitsAfterARefusal)
 {
     for (std::size_t refusing = 0; refusing < 5; ++refusing) {
         begin();
-        graph_spy::platform().refusals = {{refusing, -10867}};
+        spy::script().refusals = {{refusing, -10867}};
         call<void>("Reset", object());
-        EXPECT_EQ(graph_spy::calls().size(), 5u);
+        EXPECT_EQ(spy::calls().size(), 5u);
         EXPECT_EQ(data().lasterror, refusing == 4 ? -10867 : 0) << "the last status is kept";
         EXPECT_EQ(data().position, 321u);
     }
@@ -188,7 +188,7 @@ TEST_F(Transport, ResetsOnlyExistingUnits)
             else
                 data().*units[i].unit = nullptr;
         call<void>("Reset", object());
-        EXPECT_EQ(graph_spy::calls(), expected);
+        EXPECT_EQ(spy::calls(), expected);
         EXPECT_EQ(data().lasterror, present ? 0 : -1);
     }
 }
@@ -197,7 +197,7 @@ TEST_F(Transport, ResetsNothingBeforeALoad)
 {
     data().lasterror = 4711;
     call<void>("Reset", object());
-    EXPECT_EQ(graph_spy::calls(), Notes());
+    EXPECT_EQ(spy::calls(), Notes());
     EXPECT_EQ(data().lasterror, -1);
 }
 
@@ -217,12 +217,12 @@ TEST_F(Transport, CatchesExceptionsOfThePlatform)
     for (const auto& row : rows) {
         begin();
         graph_spy::platform().isRunning = row.isRunning;
-        graph_spy::answer(row.function).during = [] { throw Thrown(); };
+        spy::answer(row.function).during = [] { throw Thrown(); };
         EXPECT_NO_THROW(call<void>(row.method, object())) << row.function;
         EXPECT_EQ(data().position, 321u);
     }
     begin();
-    graph_spy::answer("AUGraphIsRunning").during = [] { throw Thrown(); };
+    spy::answer("AUGraphIsRunning").during = [] { throw Thrown(); };
     EXPECT_NO_THROW(EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0));
     EXPECT_NO_THROW(set<HostBoolean>(object(), "Playing", 1));
 }

@@ -35,10 +35,10 @@ TEST_F(UnitParameters, AreReadFromTheirUnit)
         for (const float value : {0.0f, 1.0f, -0.5f, 0.1f, 1e-40f, 3e38f, -120.0f, float(inf)}) {
             SCOPED_TRACE(row.name);
             begin();
-            graph_spy::answer("AudioUnitGetParameter").number = value;
+            spy::answer("AudioUnitGetParameter").parameter = value;
             EXPECT_EQ(get<double>(object(), row.name), static_cast<double>(value))
                 << "the float is widened exactly";
-            EXPECT_EQ(graph_spy::calls(), Notes{getCall(row.unit, row.address)});
+            EXPECT_EQ(spy::calls(), Notes{getCall(row.unit, row.address)});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
         }
@@ -49,7 +49,7 @@ TEST_F(UnitParameters, AreZeroAfterARefusal)
     for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
         begin();
-        graph_spy::answer("AudioUnitGetParameter").status = refused;
+        spy::answer("AudioUnitGetParameter").status = refused;
         EXPECT_EQ(get<double>(object(), row.name), 0.0);
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, refused);
@@ -61,10 +61,10 @@ TEST_F(UnitParameters, CallThePlatformForReadsEvenBeforeALoad)
     for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
         beginEmpty();
-        graph_spy::answer("AudioUnitGetParameter").status = -50;
+        spy::answer("AudioUnitGetParameter").status = -50;
         EXPECT_EQ(get<double>(object(), row.name), 0.0);
         EXPECT_EQ(data().lasterror, -50);
-        EXPECT_EQ(graph_spy::calls(), Notes{getCall("null", row.address)});
+        EXPECT_EQ(spy::calls(), Notes{getCall("null", row.address)});
     }
 }
 
@@ -104,7 +104,7 @@ TEST_F(UnitParameters, AreWrittenInSinglePrecision)
             set<double>(object(), row.name, value.value);
             Notes expected = {setCall(row.unit, row.address, value.text)};
             if (row.isOfRate) expected.push_back(setCall("varispeed", row.address, value.text));
-            EXPECT_EQ(graph_spy::calls(), expected);
+            EXPECT_EQ(spy::calls(), expected);
             EXPECT_EQ(seen(), row.isOfRate ? (Lasterrors{-1, 0}) : Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
         }
@@ -119,10 +119,10 @@ TEST_F(UnitParameters, ARateIsSetOnBothUnitsAndTheFirstStatusIsKept)
             for (const OSStatus varispeed : {0, -10879}) {
                 SCOPED_TRACE(row.name);
                 begin();
-                graph_spy::platform().refusals = {{0, timePitch}, {1, varispeed}};
+                spy::script().refusals = {{0, timePitch}, {1, varispeed}};
                 set<double>(object(), row.name, 2);
-                EXPECT_EQ(graph_spy::calls(), (Notes{setCall("timePitch", row.address, "2"),
-                                                     setCall("varispeed", row.address, "2")}));
+                EXPECT_EQ(spy::calls(), (Notes{setCall("timePitch", row.address, "2"),
+                                               setCall("varispeed", row.address, "2")}));
                 EXPECT_EQ(seen(), (Lasterrors{-1, timePitch}));
                 EXPECT_EQ(data().lasterror, timePitch);
             }
@@ -133,7 +133,7 @@ TEST_F(UnitParameters, ARefusedLevelKeepsTheStatus)
 {
     for (const char* name : {"OutputVolume", "Pan"}) {
         begin();
-        graph_spy::answer("AudioUnitSetParameter").status = refused;
+        spy::answer("AudioUnitSetParameter").status = refused;
         set<double>(object(), name, 2);
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, refused);
@@ -146,11 +146,11 @@ TEST_F(UnitParameters, CallThePlatformForWritesEvenBeforeALoad)
         if (row.isReadOnly) continue;
         SCOPED_TRACE(row.name);
         beginEmpty();
-        graph_spy::answer("AudioUnitSetParameter").status = -50;
+        spy::answer("AudioUnitSetParameter").status = -50;
         set<double>(object(), row.name, 1);
         Notes expected = {setCall("null", row.address, "1")};
         if (row.isOfRate) expected.push_back(expected.front());
-        EXPECT_EQ(graph_spy::calls(), expected);
+        EXPECT_EQ(spy::calls(), expected);
         EXPECT_EQ(data().lasterror, -50);
     }
 }
@@ -194,8 +194,8 @@ TEST_F(UnitParameters, TheTimeRateIsRoundedDownToHundredths)
         char text[40];
         std::snprintf(text, sizeof text, "%.9g", static_cast<double>(row.applied));
         set<double>(object(), "TimeRate", row.value);
-        EXPECT_EQ(graph_spy::calls(), (Notes{setCall("timePitch", "0, global, 0", text),
-                                             setCall("varispeed", "0, global, 0", text)}));
+        EXPECT_EQ(spy::calls(), (Notes{setCall("timePitch", "0, global, 0", text),
+                                       setCall("varispeed", "0, global, 0", text)}));
     }
 }
 
@@ -219,10 +219,10 @@ TEST_F(UnitParameters, PeakLockingIsEnabledAboveOneHalf)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.value);
         begin();
-        graph_spy::answer("AudioUnitGetParameter").number = row.value;
-        graph_spy::answer("AudioUnitGetParameter").status = row.status;
+        spy::answer("AudioUnitGetParameter").parameter = row.value;
+        spy::answer("AudioUnitGetParameter").status = row.status;
         EXPECT_EQ(get<HostBoolean>(object(), "EnablePeakLocking"), row.isEnabled);
-        EXPECT_EQ(graph_spy::calls(), Notes{getCall("timePitch", "6, global, 0")});
+        EXPECT_EQ(spy::calls(), Notes{getCall("timePitch", "6, global, 0")});
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, row.status);
     }
@@ -233,11 +233,11 @@ TEST_F(UnitParameters, PeakLockingIsSetOnBothUnits)
     for (const HostBoolean value : {0, 1, 2, 255})
         for (const OSStatus timePitch : {OSStatus{0}, refused}) {
             begin();
-            graph_spy::platform().refusals = {{0, timePitch}, {1, -10879}};
+            spy::script().refusals = {{0, timePitch}, {1, -10879}};
             set<HostBoolean>(object(), "EnablePeakLocking", value);
             const char* const text = value ? "1" : "0";
-            EXPECT_EQ(graph_spy::calls(), (Notes{setCall("timePitch", "6, global, 0", text),
-                                                 setCall("varispeed", "6, global, 0", text)}));
+            EXPECT_EQ(spy::calls(), (Notes{setCall("timePitch", "6, global, 0", text),
+                                           setCall("varispeed", "6, global, 0", text)}));
             EXPECT_EQ(seen(), (Lasterrors{-1, timePitch}));
             EXPECT_EQ(data().lasterror, timePitch);
         }

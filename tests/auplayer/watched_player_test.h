@@ -46,18 +46,18 @@ protected:
     /// call.
     void watch()
     {
-        graph_spy::forgetCalls();
+        spy::forgetCalls();
         host().startOver();
         data().lasterror = 4711;
         seen_.clear();
-        graph_spy::platform().inEachCall = [this](std::size_t) { seen_.push_back(data().lasterror); };
+        spy::script().inEachCall = [this](std::size_t) { seen_.push_back(data().lasterror); };
     }
     const Lasterrors& seen() const { return seen_; }
 
     /// Throw an exception in the platform call with this number.
     static void throwInCall(std::size_t throwing)
     {
-        graph_spy::platform().inEachCall = [=](std::size_t number) {
+        spy::script().inEachCall = [=](std::size_t number) {
             if (number == throwing) throw Thrown();
         };
     }
@@ -65,9 +65,9 @@ protected:
     /// Remove all scripted results and exceptions, so that the test's objects can be released.
     static void clearScripts()
     {
-        graph_spy::platform().inEachCall = nullptr;
-        graph_spy::platform().refusals.clear();
-        graph_spy::platform().answers.clear();
+        spy::script().inEachCall = nullptr;
+        spy::script().refusals.clear();
+        spy::script().answers.clear();
     }
 
 private:

@@ -38,14 +38,14 @@ protected:
     Block block(const std::string& bytes, const std::string& shown)
     {
         const Block made = host().newMemoryBlock(bytes);
-        property_spy::name(addressOf(made), shown);
+        spy::name(addressOf(made), shown);
         host().forget();
         return made;
     }
 
-    property_spy::Answer& size() { return property_spy::answer("AudioObjectGetPropertyDataSize"); }
-    property_spy::Answer& get() { return property_spy::answer("AudioObjectGetPropertyData"); }
-    property_spy::Answer& set() { return property_spy::answer("AudioObjectSetPropertyData"); }
+    spy::Answer& size() { return spy::answer("AudioObjectGetPropertyDataSize"); }
+    spy::Answer& get() { return spy::answer("AudioObjectGetPropertyData"); }
+    spy::Answer& set() { return spy::answer("AudioObjectSetPropertyData"); }
 
     std::string sizeCall(const std::string& qualifier = "0x0, null")
     {
@@ -62,9 +62,9 @@ protected:
     }
 
     /// Lock and unlock calls of memory blocks, in order: "m1 +" for a lock and "m1 -" for an unlock.
-    property_spy::Notes locks()
+    spy::Calls locks()
     {
-        property_spy::Notes found;
+        spy::Calls found;
         for (const std::string& note : host().calls()) {
             if (note.rfind("REALLockObject(", 0) == 0)
                 found.push_back(note.substr(15, note.size() - 16) + " +");

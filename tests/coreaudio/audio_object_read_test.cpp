@@ -6,7 +6,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 // ---- reading into a new block ----
 
@@ -50,15 +50,15 @@ TEST_F(AudioObjectMembers, ANewBlockHasACopyOfTheValue)
 
         watched::begin();
         const Block result = read(q, nullptr);
-        const Notes memory = watched::end();
+        const Calls memory = watched::end();
 
-        Notes expected = {sizeCall("0x4, q")}, expectedMemory;
+        Calls expected = {sizeCall("0x4, q")}, expectedMemory;
         if (row.readsValue) {
             const std::string announced = std::to_string(*row.announced);
             expected.push_back(getCall(*row.announced, announced + " zeros", "0x4, q"));
             expectedMemory = {"calloc " + announced, "free"};
         }
-        EXPECT_EQ(property_spy::calls(), expected);
+        EXPECT_EQ(spy::calls(), expected);
         EXPECT_EQ(memory, expectedMemory);
         EXPECT_EQ(lasterror(), row.lasterror);
         EXPECT_EQ(result != nullptr, row.result.has_value());
@@ -97,8 +97,8 @@ TEST_F(AudioObjectMembers, OutOfMemoryForTheValueIsRaised)
         watched::begin();
         EXPECT_EQ(read(q, nullptr), nullptr);
         EXPECT_EQ(watched::end(),
-                  row.isAllocated ? Notes{"calloc " + std::to_string(row.announced)} : Notes{});
-        EXPECT_EQ(property_spy::calls(), Notes{sizeCall("0x4, q")});
+                  row.isAllocated ? Calls{"calloc " + std::to_string(row.announced)} : Calls{});
+        EXPECT_EQ(spy::calls(), Calls{sizeCall("0x4, q")});
         EXPECT_EQ(lasterror(), -1);
         ASSERT_EQ(host().raised().size(), 1u);
         EXPECT_EQ(host().raised()[0].className, "OutOfMemoryException");
@@ -201,8 +201,8 @@ TEST_F(AudioObjectMembers, TheCallersBlockIsReturned)
         lasterror() = 4711;
         watched::begin();
         const Block result = read(q, input);
-        EXPECT_EQ(watched::end(), Notes()) << "the block is the buffer";
-        EXPECT_EQ(property_spy::calls(), Notes{getCall(5, "input", "0x4, q")});
+        EXPECT_EQ(watched::end(), Calls()) << "the block is the buffer";
+        EXPECT_EQ(spy::calls(), Calls{getCall(5, "input", "0x4, q")});
         EXPECT_EQ(lasterror(), row.status);
         EXPECT_EQ(result, row.isReturned ? input : nullptr);
         EXPECT_EQ(host().references(input), row.isReturned ? 2 : 1);
@@ -234,8 +234,8 @@ TEST_F(AudioObjectMembers, TheCallersBlockMayBeEmptyOrWithoutMemory)
         claimSize(input, row.claimed);
         if (!row.hasMemory) takeMemory(input);
         EXPECT_EQ(read(nullptr, input), input);
-        EXPECT_EQ(property_spy::calls(), Notes{getCall(row.size, row.shown)});
-        EXPECT_EQ(locks(), (Notes{"m1 +", "m1 +", "m1 -"}));
+        EXPECT_EQ(spy::calls(), Calls{getCall(row.size, row.shown)});
+        EXPECT_EQ(locks(), (Calls{"m1 +", "m1 +", "m1 -"}));
         EXPECT_EQ(host().references(input), 2);
         host().dropAll();
     }
@@ -245,7 +245,7 @@ TEST_F(AudioObjectMembers, OneBlockMayBeBothQualifierAndBuffer)
 {
     const Block both = block("12345", "both");
     EXPECT_EQ(read(both, both), both);
-    EXPECT_EQ(property_spy::calls(), Notes{getCall(5, "both", "0x5, both")});
+    EXPECT_EQ(spy::calls(), Calls{getCall(5, "both", "0x5, both")});
     expectBalance({"m1: 2"});
 }
 

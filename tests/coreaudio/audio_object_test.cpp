@@ -6,7 +6,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 // ---- a block as an argument ----
 
@@ -37,25 +37,25 @@ TEST_F(AudioObjectMembers, BlocksArePassedAsSizeAndAddress)
         const Block q = row.bytes ? block(row.bytes, "q") : nullptr;
         if (row.claimed) claimSize(q, *row.claimed);
         if (!row.hasMemory) takeMemory(q);
-        const Notes once = q ? Notes{"m1 +", "m1 -"} : Notes{};
+        const Calls once = q ? Calls{"m1 +", "m1 -"} : Calls{};
 
         getSize(q);
-        EXPECT_EQ(property_spy::calls(), Notes{sizeCall(row.shown)});
+        EXPECT_EQ(spy::calls(), Calls{sizeCall(row.shown)});
         EXPECT_EQ(locks(), once);
 
-        host().forget(), property_spy::forgetCalls();
+        host().forget(), spy::forgetCalls();
         size().size = 3;
         EXPECT_EQ(read(q, nullptr) != nullptr, true);
-        EXPECT_EQ(property_spy::calls(), (Notes{sizeCall(row.shown), getCall(3, "3 zeros", row.shown)}));
+        EXPECT_EQ(spy::calls(), (Calls{sizeCall(row.shown), getCall(3, "3 zeros", row.shown)}));
 
-        host().forget(), property_spy::forgetCalls();
+        host().forget(), spy::forgetCalls();
         write(nullptr, q);
-        EXPECT_EQ(property_spy::calls(), Notes{setCall("0x0, null", row.shown)});
+        EXPECT_EQ(spy::calls(), Calls{setCall("0x0, null", row.shown)});
         EXPECT_EQ(locks(), once);
 
-        host().forget(), property_spy::forgetCalls();
+        host().forget(), spy::forgetCalls();
         write(q, nullptr);
-        EXPECT_EQ(property_spy::calls(), Notes{setCall(row.shown)});
+        EXPECT_EQ(spy::calls(), Calls{setCall(row.shown)});
         EXPECT_EQ(locks(), once);
         host().dropAll();
     }
@@ -69,8 +69,8 @@ TEST_F(AudioObjectMembers, QualifiersArePassedUnchanged)
     EXPECT_EQ(property_spy::lastQualifier(), std::string("q\0\xFF", 3));
     write(data, q);
     EXPECT_EQ(property_spy::lastQualifier(), std::string("q\0\xFF", 3));
-    EXPECT_EQ(property_spy::lastValue(), std::string("d\0\x80\x01", 4));
-    EXPECT_EQ(property_spy::calls().back(), setCall("0x4, data", "0x3, q"));
+    EXPECT_EQ(spy::lastValue(), std::string("d\0\x80\x01", 4));
+    EXPECT_EQ(spy::calls().back(), setCall("0x4, data", "0x3, q"));
     read(q, data);
     EXPECT_EQ(property_spy::lastQualifier(), std::string("q\0\xFF", 3));
 }
@@ -91,7 +91,7 @@ TEST_F(AudioObjectMembers, BlocksHaveAReferenceDuringThePlatformCall)
     host().drop(data); // reference that the caller received
     set().during = expectHeld(2);
     write(data, q);
-    EXPECT_EQ(property_spy::calls().size(), 3u);
+    EXPECT_EQ(spy::calls().size(), 3u);
     expectBalance({"m1: 1", "m2: 1"});
 }
 
@@ -120,7 +120,7 @@ TEST_F(AudioObjectMembers, TheSizeIsThatOfThePlatform)
         lasterror() = 4711;
         EXPECT_EQ(getSize(nullptr), row.size);
         EXPECT_EQ(lasterror(), row.status);
-        EXPECT_EQ(property_spy::calls(), Notes{sizeCall()});
+        EXPECT_EQ(spy::calls(), Calls{sizeCall()});
     }
 }
 
@@ -133,14 +133,14 @@ TEST_F(AudioObjectMembers, TheWholeBlockIsWritten)
          {OSStatus{0}, OSStatus{1}, OSStatus{-1}, unknownProperty, OSStatus{INT_MIN}}) {
         set().status = status;
         lasterror() = 4711;
-        host().forget(), property_spy::forgetCalls();
+        host().forget(), spy::forgetCalls();
         write(data, q);
-        EXPECT_EQ(property_spy::calls(), Notes{setCall("0x8, data", "0x4, q")});
-        EXPECT_EQ(property_spy::lastValue(), "12345678");
+        EXPECT_EQ(spy::calls(), Calls{setCall("0x8, data", "0x4, q")});
+        EXPECT_EQ(spy::lastValue(), "12345678");
         EXPECT_EQ(lasterror(), status);
-        const Notes seen = locks();
+        const Calls seen = locks();
         ASSERT_EQ(seen.size(), 4u);
-        EXPECT_EQ(Notes(seen.begin(), seen.begin() + 2), (Notes{"m1 +", "m2 +"})) << "data is locked first";
+        EXPECT_EQ(Calls(seen.begin(), seen.begin() + 2), (Calls{"m1 +", "m2 +"})) << "data is locked first";
     }
     expectBalance({"m1: 1", "m2: 1"});
 }
@@ -256,8 +256,8 @@ TEST_F(AudioObjectMembers, ContinuesWithoutAMissingService)
                 write(nullptr, q);
             else
                 EXPECT_EQ(getSize(q), 8u);
-            EXPECT_EQ(property_spy::calls(),
-                      Notes{isWrite ? setCall("0x0, null", row.qualifier) : sizeCall(row.qualifier)});
+            EXPECT_EQ(spy::calls(),
+                      Calls{isWrite ? setCall("0x0, null", row.qualifier) : sizeCall(row.qualifier)});
             EXPECT_EQ(lasterror(), 0);
             host().dropAll();
         }

@@ -254,7 +254,7 @@ TEST_F(CoreAudioClass, ConstructorAndDestructorKeepLasterror)
     reinterpret_cast<void (*)(Object)>(coreAudioClass.destructor)(object());
     EXPECT_EQ(lasterror(), 4711);
     EXPECT_EQ(host().notes(), fake::Notes());
-    EXPECT_EQ(property_spy::calls(), property_spy::Notes());
+    EXPECT_EQ(spy::calls(), spy::Calls());
 }
 
 // ---- constants ----
@@ -288,7 +288,7 @@ TEST_F(CoreAudioClass, SelectorsAreFourASCIICharacters)
         }
         host().drop(text);
     }
-    EXPECT_EQ(property_spy::calls(), property_spy::Notes());
+    EXPECT_EQ(spy::calls(), spy::Calls());
 }
 
 TEST_F(CoreAudioClass, SelectorsReachThePlatformAsNumbers)
@@ -296,7 +296,7 @@ TEST_F(CoreAudioClass, SelectorsReachThePlatformAsNumbers)
     const REALproperty* rows = publishedProperties();
     for (std::size_t i = 0; i < std::size(selectors); ++i) {
         SCOPED_TRACE(selectors[i].property);
-        property_spy::forgetCalls();
+        spy::forgetCalls();
         const Text text = readText(rows[i], object());
         HostInteger size;
         HostBoolean writeable;
@@ -304,7 +304,7 @@ TEST_F(CoreAudioClass, SelectorsReachThePlatformAsNumbers)
         char expected[80];
         std::snprintf(expected, sizeof expected, "AudioHardwareGetPropertyInfo(0x%X, size 0, writable 0)",
                       selectors[i].value);
-        EXPECT_EQ(property_spy::calls(), property_spy::Notes{expected});
+        EXPECT_EQ(spy::calls(), spy::Calls{expected});
         host().drop(text);
     }
 }
@@ -346,8 +346,8 @@ TEST_F(CoreAudioClass, ASelectorIsNilIfTheHostThrows)
 TEST_F(CoreAudioClass, AHostProgramMayWriteLasterrorUntilTheNextCall)
 {
     lasterror() = 4711;
-    property_spy::answer("AudioUnitInitialize").during = [&] { EXPECT_EQ(lasterror(), -1); };
-    property_spy::answer("AudioUnitInitialize").status = 42;
+    spy::answer("AudioUnitInitialize").during = [&] { EXPECT_EQ(lasterror(), -1); };
+    spy::answer("AudioUnitInitialize").status = 42;
     call<HostInteger>("AudioUnitInitialize", object(), HostInteger(1));
     EXPECT_EQ(lasterror(), 42);
 }

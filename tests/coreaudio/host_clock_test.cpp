@@ -6,7 +6,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 using HostClock = Subject;
 
@@ -14,9 +14,9 @@ TEST_F(HostClock, HasThePlatformsFrequency)
 {
     for (const double frequency : {0.0, 1e9, 1000000000.0 / 3, 1.5, -1.0, 1e300}) {
         property_spy::reset();
-        std::memcpy(&property_spy::answer("AudioGetHostClockFrequency").number, &frequency, sizeof frequency);
+        std::memcpy(&spy::answer("AudioGetHostClockFrequency").bits, &frequency, sizeof frequency);
         EXPECT_EQ(call<double>("CoreAudioGetHostClockFrequencyKVX"), frequency);
-        EXPECT_EQ(property_spy::calls(), Notes{"AudioGetHostClockFrequency()"});
+        EXPECT_EQ(spy::calls(), Calls{"AudioGetHostClockFrequency()"});
     }
 }
 
@@ -24,9 +24,9 @@ TEST_F(HostClock, HasThePlatformsSmallestStep)
 {
     for (const std::uint32_t step : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
         property_spy::reset();
-        property_spy::answer("AudioGetHostClockMinimumTimeDelta").number = step;
+        spy::answer("AudioGetHostClockMinimumTimeDelta").bits = step;
         EXPECT_EQ(static_cast<std::uint32_t>(call<HostInteger>("GetHostClockMinimumTimeDeltaKVX")), step);
-        EXPECT_EQ(property_spy::calls(), Notes{"AudioGetHostClockMinimumTimeDelta()"});
+        EXPECT_EQ(spy::calls(), Calls{"AudioGetHostClockMinimumTimeDelta()"});
     }
 }
 
@@ -40,23 +40,23 @@ TEST_F(HostClock, PassesTimesOf64Bits)
     for (const std::uint64_t time : times) {
         SCOPED_TRACE(time);
         property_spy::reset();
-        property_spy::answer("AudioGetCurrentHostTime").number = time;
+        spy::answer("AudioGetCurrentHostTime").bits = time;
         EXPECT_EQ(call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), time);
-        EXPECT_EQ(property_spy::calls(), Notes{"AudioGetCurrentHostTime()"});
+        EXPECT_EQ(spy::calls(), Calls{"AudioGetCurrentHostTime()"});
 
-        property_spy::forgetCalls();
-        property_spy::answer("AudioConvertHostTimeToNanos").number = ~time;
+        spy::forgetCalls();
+        spy::answer("AudioConvertHostTimeToNanos").bits = ~time;
         EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", time), ~time);
         std::snprintf(shown, sizeof shown, "AudioConvertHostTimeToNanos(0x%llX)",
                       static_cast<unsigned long long>(time));
-        EXPECT_EQ(property_spy::calls(), Notes{shown});
+        EXPECT_EQ(spy::calls(), Calls{shown});
 
-        property_spy::forgetCalls();
-        property_spy::answer("AudioConvertNanosToHostTime").number = time ^ 0x5555555555555555;
+        spy::forgetCalls();
+        spy::answer("AudioConvertNanosToHostTime").bits = time ^ 0x5555555555555555;
         EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", time), time ^ 0x5555555555555555);
         std::snprintf(shown, sizeof shown, "AudioConvertNanosToHostTime(0x%llX)",
                       static_cast<unsigned long long>(time));
-        EXPECT_EQ(property_spy::calls(), Notes{shown});
+        EXPECT_EQ(spy::calls(), Calls{shown});
     }
 }
 

@@ -4,8 +4,8 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
 using property_spy::PlatformString;
+using spy::Calls;
 
 constexpr std::uint32_t referenceSize = sizeof(CFStringRef);
 constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
@@ -27,15 +27,12 @@ protected:
         }
     }
 
-    void announce(const Target& target, UInt32 size)
-    {
-        property_spy::answer(target.infoFunction()).size = size;
-    }
+    void announce(const Target& target, UInt32 size) { spy::answer(target.infoFunction()).size = size; }
     void answerWith(const Target& target, const PlatformString& text)
     {
         announce(target, referenceSize);
-        property_spy::answer(target.getFunction()).value = text.asValue();
-        property_spy::name(text.reference(), "text");
+        spy::answer(target.getFunction()).value = text.asValue();
+        spy::name(text.reference(), "text");
     }
 
     std::string getCall(const Target& target)
@@ -63,8 +60,8 @@ TEST_F(PropertyCFStrings, AreConvertedAndReleased)
             host().drop(result);
             EXPECT_EQ(lasterror(), 0);
             EXPECT_EQ(text.releases, 1);
-            EXPECT_EQ(property_spy::calls(),
-                      (Notes{target.infoCall("nowhere"), getCall(target), "CFStringGetLength(text)",
+            EXPECT_EQ(spy::calls(),
+                      (Calls{target.infoCall("nowhere"), getCall(target), "CFStringGetLength(text)",
                              "CFStringGetCString(text, 0x258, 0x8000100)", "CFRelease(text)"}));
         });
 }
@@ -78,9 +75,9 @@ TEST_F(PropertyCFStrings, AreNilWithoutAnErrorForAnotherSize)
             announce(target, size);
             watched::begin();
             EXPECT_EQ(target.getCFString(object()), nullptr);
-            EXPECT_EQ(watched::end(), Notes());
+            EXPECT_EQ(watched::end(), Calls());
             EXPECT_EQ(lasterror(), 0);
-            EXPECT_EQ(property_spy::calls(), Notes{target.infoCall("nowhere")});
+            EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
         });
     }
 }
@@ -91,11 +88,11 @@ TEST_F(PropertyCFStrings, StoreAFailedInfoCallExceptForDevices)
     int kept = 0;
     for (const OSStatus status : {unknown, OSStatus{1}})
         forAll([&](const Target& target) {
-            property_spy::answer(target.infoFunction()).status = status;
+            spy::answer(target.infoFunction()).status = status;
             announce(target, referenceSize);
             EXPECT_EQ(target.getCFString(object()), nullptr);
             EXPECT_EQ(lasterror(), target.name == "AudioDevice" ? -1 : status);
-            EXPECT_EQ(property_spy::calls(), Notes{target.infoCall("nowhere")});
+            EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
             kept += lasterror() == -1;
         });
     EXPECT_EQ(kept, 2) << "one target of four, for two statuses";
@@ -107,7 +104,7 @@ TEST_F(PropertyCFStrings, AreNilAndNotReleasedIfNull)
         announce(target, referenceSize);
         EXPECT_EQ(target.getCFString(object()), nullptr);
         EXPECT_EQ(lasterror(), 0);
-        EXPECT_EQ(property_spy::calls(), (Notes{target.infoCall("nowhere"), getCall(target)}));
+        EXPECT_EQ(spy::calls(), (Calls{target.infoCall("nowhere"), getCall(target)}));
     });
 }
 
@@ -116,11 +113,11 @@ TEST_F(PropertyCFStrings, AreNotReleasedAfterAnError)
     forAll([&](const Target& target) {
         PlatformString text("not owned");
         answerWith(target, text);
-        property_spy::answer(target.getFunction()).status = unknown;
+        spy::answer(target.getFunction()).status = unknown;
         EXPECT_EQ(target.getCFString(object()), nullptr);
         EXPECT_EQ(lasterror(), unknown);
         EXPECT_EQ(text.releases, 0);
-        EXPECT_EQ(property_spy::calls(), (Notes{target.infoCall("nowhere"), getCall(target)}));
+        EXPECT_EQ(spy::calls(), (Calls{target.infoCall("nowhere"), getCall(target)}));
     });
 }
 
@@ -157,7 +154,7 @@ TEST_F(PropertyCFStrings, AreReleasedAfterAnyFailure)
             EXPECT_NO_THROW(EXPECT_EQ(target.getCFString(object()), nullptr));
             EXPECT_EQ(lasterror(), 0) << "the platform call succeeded";
             EXPECT_EQ(text.releases, 1);
-            EXPECT_EQ(property_spy::calls().back(), "CFRelease(text)");
+            EXPECT_EQ(spy::calls().back(), "CFRelease(text)");
         });
     }
 }
@@ -172,12 +169,12 @@ TEST_F(PropertyCFStrings, PassNoExceptionToTheHost)
         EXPECT_EQ(lasterror(), -1);
         EXPECT_EQ(text.releases, 0);
 
-        property_spy::forgetCalls();
+        spy::forgetCalls();
         throwInPlatform(target.infoFunction());
         lasterror() = 4711;
         EXPECT_NO_THROW(EXPECT_EQ(target.getCFString(object()), nullptr));
         EXPECT_EQ(lasterror(), -1);
-        EXPECT_EQ(property_spy::calls(), Notes{target.infoCall("nowhere")});
+        EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
     });
 }
 
@@ -188,7 +185,7 @@ TEST_F(PropertyCFStrings, AreConvertedOnTheHeapIfLong)
         answerWith(target, text);
         watched::begin();
         const Text result = target.getCFString(object());
-        EXPECT_EQ(watched::end(), (Notes{"calloc 600", "free"}));
+        EXPECT_EQ(watched::end(), (Calls{"calloc 600", "free"}));
         ASSERT_NE(result, nullptr);
         EXPECT_EQ(host().bytesOf(result), std::string(100, 'x'));
         host().drop(result);

@@ -7,7 +7,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 /// Result of a text getter or of a memory-block getter, for tables that test both getters.
 struct Result {
@@ -115,24 +115,24 @@ TEST_F(PropertyGetters, ReadTheSizeThenTheValue)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         forAll([&](const Target& target, const Getter& getter) {
-            property_spy::answer(target.infoFunction()).status = row.infoStatus;
-            property_spy::answer(target.infoFunction()).size = row.announced;
-            property_spy::answer(target.getFunction()).status = row.getStatus;
-            property_spy::answer(target.getFunction()).size = row.written;
-            property_spy::answer(target.getFunction()).value = value;
+            spy::answer(target.infoFunction()).status = row.infoStatus;
+            spy::answer(target.infoFunction()).size = row.announced;
+            spy::answer(target.getFunction()).status = row.getStatus;
+            spy::answer(target.getFunction()).size = row.written;
+            spy::answer(target.getFunction()).value = value;
 
             if (row.callocFails) watched::refuseCalloc(1);
             watched::begin();
             const Result result = getter.run(host(), target, object());
-            const Notes memory = watched::end();
+            const Calls memory = watched::end();
 
-            Notes expectedCalls = {target.infoCall("nowhere")};
+            Calls expectedCalls = {target.infoCall("nowhere")};
             if (row.readsValue)
                 expectedCalls.push_back(
                     target.getCall(*row.announced, std::to_string(*row.announced) + " zeros"));
-            EXPECT_EQ(property_spy::calls(), expectedCalls);
+            EXPECT_EQ(spy::calls(), expectedCalls);
 
-            Notes expectedMemory;
+            Calls expectedMemory;
             if (row.allocated) expectedMemory.push_back("calloc " + std::to_string(*row.allocated));
             if (row.allocated && !row.callocFails) expectedMemory.push_back("free");
             EXPECT_EQ(memory, expectedMemory);
@@ -164,8 +164,8 @@ TEST_F(PropertyGetters, LabelTextByItsBytes)
         for (const Target& target : targets(selector)) {
             SCOPED_TRACE(target.name);
             const auto size = static_cast<UInt32>(each.bytes.size());
-            property_spy::answer(target.infoFunction()).size = size;
-            property_spy::answer(target.getFunction()).value = each.bytes;
+            spy::answer(target.infoFunction()).size = size;
+            spy::answer(target.getFunction()).value = each.bytes;
             const Text text = target.getString(object());
             ASSERT_NE(text, nullptr);
             EXPECT_EQ(host().bytesOf(text), each.bytes);
@@ -183,8 +183,8 @@ TEST_F(PropertyGetters, ReadACFStringReferenceAsBytes)
     const property_spy::PlatformString text("ignored");
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {
-        property_spy::answer(target.infoFunction()).size = sizeof(CFStringRef);
-        property_spy::answer(target.getFunction()).value = text.asValue();
+        spy::answer(target.infoFunction()).size = sizeof(CFStringRef);
+        spy::answer(target.getFunction()).value = text.asValue();
         const Text result = target.getString(object());
         ASSERT_NE(result, nullptr);
         EXPECT_EQ(host().bytesOf(result), text.asValue());
@@ -197,8 +197,8 @@ TEST_F(PropertyGetters, ReturnANewBlockPerCall)
 {
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {
-        property_spy::answer(target.infoFunction()).size = 5;
-        property_spy::answer(target.getFunction()).value = value;
+        spy::answer(target.infoFunction()).size = 5;
+        spy::answer(target.getFunction()).value = value;
         const Block first = target.getMemory(object());
         const Block second = target.getMemory(object());
         ASSERT_TRUE(first && second);
@@ -224,10 +224,10 @@ TEST_F(PropertyGetters, HaveLasterrorMinusOneDuringThePlatformCalls)
     forAll([&](const Target& target, const Getter& getter) {
         std::vector<HostInteger> seen;
         const auto look = [&] { seen.push_back(lasterror()); };
-        property_spy::answer(target.infoFunction()).size = 5;
-        property_spy::answer(target.infoFunction()).during = look;
-        property_spy::answer(target.getFunction()).during = look;
-        property_spy::answer(target.getFunction()).value = value;
+        spy::answer(target.infoFunction()).size = 5;
+        spy::answer(target.infoFunction()).during = look;
+        spy::answer(target.getFunction()).during = look;
+        spy::answer(target.getFunction()).value = value;
         getter.run(host(), target, object());
         EXPECT_EQ(seen, (std::vector<HostInteger>{-1, -1}));
         EXPECT_EQ(lasterror(), 0);
@@ -249,17 +249,17 @@ TEST_F(PropertyGetters, PassNoExceptionToTheHost)
     for (const auto& step : steps) {
         SCOPED_TRACE(step.where);
         forAll([&](const Target& target, const Getter& getter) {
-            property_spy::answer(target.infoFunction()).size = 5;
-            property_spy::answer(target.getFunction()).value = value;
+            spy::answer(target.infoFunction()).size = 5;
+            spy::answer(target.getFunction()).value = value;
             if (step.inInfo) throwInPlatform(target.infoFunction());
             if (step.inGet) throwInPlatform(target.getFunction());
             if (!step.inInfo && !step.inGet) throwInHost(getter.builder);
             watched::begin();
             EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
-            const Notes memory = watched::end();
-            EXPECT_EQ(property_spy::calls().size(), step.platformCalls);
+            const Calls memory = watched::end();
+            EXPECT_EQ(spy::calls().size(), step.platformCalls);
             EXPECT_EQ(lasterror(), step.lasterror);
-            EXPECT_EQ(memory, step.inInfo ? Notes{} : (Notes{"calloc 5", "free"}));
+            EXPECT_EQ(memory, step.inInfo ? Calls{} : (Calls{"calloc 5", "free"}));
         });
     }
 }
@@ -273,8 +273,8 @@ TEST_F(PropertyGetters, PassNoStandardExceptionToTheHost)
     };
     for (const auto& thrown : exceptions)
         forAll([&](const Target& target, const Getter& getter) {
-            property_spy::answer(target.infoFunction()).size = 5;
-            property_spy::answer(target.getFunction()).during = thrown;
+            spy::answer(target.infoFunction()).size = 5;
+            spy::answer(target.getFunction()).during = thrown;
             EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
             EXPECT_EQ(lasterror(), -1);
             EXPECT_TRUE(host().raised().empty()) << "no host exception for one of the platform";
@@ -285,8 +285,8 @@ TEST_F(PropertyGetters, PassNoStandardExceptionToTheHost)
 TEST_F(PropertyGetters, AreNilIfTheHostBuildsNothing)
 {
     forAll([&](const Target& target, const Getter& getter) {
-        property_spy::answer(target.infoFunction()).size = 5;
-        property_spy::answer(target.getFunction()).value = value;
+        spy::answer(target.infoFunction()).size = 5;
+        spy::answer(target.getFunction()).value = value;
         host().failNext(getter.builder);
         EXPECT_TRUE(getter.run(host(), target, object()).isNil);
         EXPECT_EQ(lasterror(), 0);
@@ -297,8 +297,8 @@ TEST_F(PropertyGetters, ReleaseABlockWithoutMemory)
 {
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const Target& target : targets(selector)) {
-        property_spy::answer(target.infoFunction()).size = 5;
-        property_spy::answer(target.getFunction()).value = value;
+        spy::answer(target.infoFunction()).size = 5;
+        spy::answer(target.getFunction()).value = value;
         host().blocksHaveBytes = false;
         EXPECT_EQ(target.getMemory(object()), nullptr);
         EXPECT_EQ(lasterror(), 0);
@@ -319,11 +319,11 @@ TEST_F(PropertyGetters, AreNilWithoutTheBuilderService)
         host().withhold(getter.builder);
         forAll([&](const Target& target, const Getter& each) {
             if (each.name != getter.name) return;
-            property_spy::answer(target.infoFunction()).size = 5;
-            property_spy::answer(target.getFunction()).value = value;
+            spy::answer(target.infoFunction()).size = 5;
+            spy::answer(target.getFunction()).value = value;
             EXPECT_TRUE(each.run(host(), target, object()).isNil);
             EXPECT_EQ(lasterror(), 0);
-            EXPECT_EQ(property_spy::calls().size(), 2u);
+            EXPECT_EQ(spy::calls().size(), 2u);
         });
     }
 }

@@ -4,7 +4,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
 const std::optional<UInt32> noSize;
@@ -50,13 +50,13 @@ TEST_F(PropertyInfo, IsWhatThePlatformWrote)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         forAll([&](const Target& target) {
-            property_spy::answer(target.infoFunction()).status = row.status;
-            property_spy::answer(target.infoFunction()).size = row.reported;
-            property_spy::answer(target.infoFunction()).writable = row.writable;
+            spy::answer(target.infoFunction()).status = row.status;
+            spy::answer(target.infoFunction()).size = row.reported;
+            spy::answer(target.infoFunction()).writable = row.writable;
             HostInteger size = 0x5A5A5A5A;
             HostBoolean writeable[3] = {0x5A, 0x5A, 0x5A};
             target.getInfo(object(), &size, &writeable[1]);
-            EXPECT_EQ(property_spy::calls(), Notes{target.infoCall("0")});
+            EXPECT_EQ(spy::calls(), Calls{target.infoCall("0")});
             EXPECT_EQ(static_cast<UInt32>(size), row.size);
             EXPECT_EQ(writeable[1], row.isWritable);
             EXPECT_TRUE(writeable[0] == 0x5A && writeable[2] == 0x5A) << "a Boolean is one byte";
@@ -70,7 +70,7 @@ TEST_F(PropertyInfo, IsZeroAndFalseDuringThePlatformCall)
     forAll([&](const Target& target) {
         HostInteger size = 4711, sizeDuring = 0, lasterrorDuring = 0;
         HostBoolean writeable = 1, writeableDuring = 0;
-        property_spy::answer(target.infoFunction()).during = [&] {
+        spy::answer(target.infoFunction()).during = [&] {
             sizeDuring = size;
             writeableDuring = writeable;
             lasterrorDuring = lasterror();

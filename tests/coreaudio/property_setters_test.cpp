@@ -6,7 +6,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 constexpr OSStatus unknown = 0x77686F3F; // platform status 'who?'
 constexpr double oldHost = 2015.99, newHost = 2016.0;
@@ -52,14 +52,14 @@ TEST_F(PropertySetters, PassTheStoredBytesOfText)
             startHost(version);
             forAll([&](const Target& target) {
                 const Text text = host().newString(each.bytes, each.encoding);
-                property_spy::name(host().storageOf(text), "text");
+                spy::name(host().storageOf(text), "text");
                 int referencesDuring = 0;
-                property_spy::answer(target.setFunction()).during = [&] {
+                spy::answer(target.setFunction()).during = [&] {
                     referencesDuring = host().references(text);
                 };
                 target.setString(object(), nullptr, text);
-                EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", count(each.bytes), "text")});
-                EXPECT_EQ(property_spy::lastValue(), each.bytes);
+                EXPECT_EQ(spy::calls(), Calls{target.setCall("null", count(each.bytes), "text")});
+                EXPECT_EQ(spy::lastValue(), each.bytes);
                 EXPECT_EQ(referencesDuring, 2) << "held during the platform call";
                 EXPECT_EQ(host().references(text), 1);
                 EXPECT_EQ(lasterror(), 0);
@@ -75,7 +75,7 @@ TEST_F(PropertySetters, PassNoBytesForNilText)
         startHost(version);
         forAll([&](const Target& target) {
             target.setString(object(), nullptr, nullptr);
-            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 0, "null")});
+            EXPECT_EQ(spy::calls(), Calls{target.setCall("null", 0, "null")});
             EXPECT_EQ(lasterror(), 0);
         });
     }
@@ -88,10 +88,10 @@ TEST_F(PropertySetters, PassNoBytesForEmptyText)
         startHost(version);
         forAll([&](const Target& target) {
             const Text text = host().newString("", encodingASCII);
-            property_spy::name(host().storageOf(text), "text");
+            spy::name(host().storageOf(text), "text");
             target.setString(object(), nullptr, text);
-            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 0, "text")});
-            EXPECT_EQ(property_spy::lastValue(), "");
+            EXPECT_EQ(spy::calls(), Calls{target.setCall("null", 0, "text")});
+            EXPECT_EQ(spy::lastValue(), "");
             EXPECT_EQ(lasterror(), 0);
             host().drop(text);
         });
@@ -102,7 +102,7 @@ TEST_F(PropertySetters, UseTheServicesOfTheHostsVersion)
 {
     const struct {
         double version;
-        Notes services;
+        Calls services;
     } hosts[] = {
         {oldHost, {"REALLockString(s2)", "REALUnlockString(s2)"}},
         {newHost, {"StringGetCString(s2)", "LenB(s2) = 3", "REALLockString(s2)", "REALUnlockString(s2)"}},
@@ -132,7 +132,7 @@ TEST_F(PropertySetters, StoreThePlatformsStatus)
         forAll([&](const Target& target) {
             const Text text = host().newString("abc", encodingASCII);
             const Block block = host().newMemoryBlock("abc");
-            property_spy::answer(target.setFunction()).status = status;
+            spy::answer(target.setFunction()).status = status;
             target.setString(object(), nullptr, text);
             EXPECT_EQ(lasterror(), status);
             lasterror() = 4711;
@@ -152,21 +152,21 @@ TEST_F(PropertySetters, PassTheTimeStampOfTheBlock)
         const Block withoutMemory = host().newMemoryBlock("22");
         takeMemory(withoutMemory);
         const Text text = host().newString("abc", encodingASCII);
-        property_spy::name(host().storageOf(text), "text");
-        property_spy::name(addressOf(data), "data");
-        property_spy::name(addressOf(when), "when");
-        property_spy::name(addressOf(tooShort), "too short");
+        spy::name(host().storageOf(text), "text");
+        spy::name(addressOf(data), "data");
+        spy::name(addressOf(when), "when");
+        spy::name(addressOf(tooShort), "too short");
 
         const struct {
             Block block;
             const char* shown;
         } stamps[] = {{nullptr, "null"}, {when, "when"}, {tooShort, "too short"}, {withoutMemory, "null"}};
         for (const auto& each : stamps) {
-            property_spy::forgetCalls();
+            spy::forgetCalls();
             target.setString(object(), each.block, text);
             target.setMemory(object(), each.block, data, 0, 3);
-            EXPECT_EQ(property_spy::calls(),
-                      (Notes{target.setCall(each.shown, 3, "text"), target.setCall(each.shown, 3, "data")}));
+            EXPECT_EQ(spy::calls(),
+                      (Calls{target.setCall(each.shown, 3, "text"), target.setCall(each.shown, 3, "data")}));
         }
         for (const Block block : {when, data, tooShort, withoutMemory}) host().drop(block);
         host().drop(text);
@@ -200,13 +200,12 @@ TEST_F(PropertySetters, PassAnyRangeOfMemoryUnchecked)
         forAll([&](const Target& target) {
             const Block block = host().newMemoryBlock("0123456789");
             const auto base = reinterpret_cast<Word>(addressOf(block));
-            property_spy::name(reinterpret_cast<const void*>(base + static_cast<Word>(range.offset)),
-                               "there");
+            spy::name(reinterpret_cast<const void*>(base + static_cast<Word>(range.offset)), "there");
             // The spy must not read these ranges, which may be invalid memory.
             property_spy::readValues(false);
             target.setMemory(object(), nullptr, block, range.offset, range.length);
-            EXPECT_EQ(property_spy::calls(),
-                      Notes{target.setCall("null", static_cast<UInt32>(range.length), "there")});
+            EXPECT_EQ(spy::calls(),
+                      Calls{target.setCall("null", static_cast<UInt32>(range.length), "there")});
             EXPECT_EQ(lasterror(), 0);
             EXPECT_TRUE(host().raised().empty());
             host().drop(block);
@@ -219,7 +218,7 @@ TEST_F(PropertySetters, PassTheBytesOfTheBlock)
     forAll([&](const Target& target) {
         const Block block = host().newMemoryBlock("0123456789");
         target.setMemory(object(), nullptr, block, 2, 5);
-        EXPECT_EQ(property_spy::lastValue(), "23456");
+        EXPECT_EQ(spy::lastValue(), "23456");
         host().drop(block);
     });
 }
@@ -229,17 +228,17 @@ TEST_F(PropertySetters, UseTheOffsetAsAddressForNilMemory)
     for (const HostInteger offset : {HostInteger{0x1234}, HostInteger{-16}, HostInteger{0}}) {
         SCOPED_TRACE(offset);
         forAll([&](const Target& target) {
-            if (offset) property_spy::name(reinterpret_cast<const void*>(offset), "there");
+            if (offset) spy::name(reinterpret_cast<const void*>(offset), "there");
             const std::string there = offset ? "there" : "null";
             property_spy::readValues(false);
             target.setMemory(object(), nullptr, nullptr, offset, 8);
-            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 8, there)});
+            EXPECT_EQ(spy::calls(), Calls{target.setCall("null", 8, there)});
 
-            property_spy::forgetCalls();
+            spy::forgetCalls();
             const Block withoutMemory = host().newMemoryBlock("0123456789");
             takeMemory(withoutMemory);
             target.setMemory(object(), nullptr, withoutMemory, offset, 8);
-            EXPECT_EQ(property_spy::calls(), Notes{target.setCall("null", 8, there)});
+            EXPECT_EQ(spy::calls(), Calls{target.setCall("null", 8, there)});
             host().drop(withoutMemory);
         });
     }
@@ -279,7 +278,7 @@ TEST_F(PropertySetters, PassNoExceptionOfTheHost)
         property_spy::reset();
         EXPECT_NO_THROW(unit.setString(object(), nullptr, text));
         EXPECT_EQ(lasterror(), -1);
-        EXPECT_EQ(property_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Calls());
         EXPECT_EQ(host().references(text), 1);
         host().drop(text);
         expectBalance();
@@ -323,12 +322,12 @@ TEST_F(PropertySetters, ContinueWithoutAMissingService)
         startHost(row.version);
         const Text text = host().newString("abc", encodingASCII);
         property_spy::reset();
-        property_spy::name(host().storageOf(text), "text");
+        spy::name(host().storageOf(text), "text");
         property_spy::readValues(false);
         host().withhold(row.service);
         const Target unit = targets(nullptr)[3];
         unit.setString(object(), nullptr, text);
-        EXPECT_EQ(property_spy::calls(), Notes{unit.setCall("null", row.size, row.bytes)});
+        EXPECT_EQ(spy::calls(), Calls{unit.setCall("null", row.size, row.bytes)});
         EXPECT_EQ(lasterror(), 0);
         host().dropAll();
     }
@@ -341,16 +340,16 @@ TEST_F(PropertySetters, PassNoBytesWithoutTheLengthMethod)
     EXPECT_EXIT(
         {
             const Text text = host().newString("abc", encodingASCII);
-            property_spy::name(host().storageOf(text), "text");
+            spy::name(host().storageOf(text), "text");
             host().withhold("LenB");
             const Target unit = targets(nullptr)[3];
             unit.setString(object(), nullptr, text);
             host().withhold("REALLoadGlobalMethod");
             unit.setString(object(), nullptr, text);
-            const bool passedNoBytes = property_spy::calls() == Notes(2, unit.setCall("null", 0, "text"));
+            const bool passedNoBytes = spy::calls() == Calls(2, unit.setCall("null", 0, "text"));
             host().provide("LenB");
             unit.setString(object(), nullptr, text);
-            const bool found = property_spy::calls().back() == unit.setCall("null", 3, "text");
+            const bool found = spy::calls().back() == unit.setCall("null", 3, "text");
             std::exit(passedNoBytes && found && lasterror() == 0 ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
@@ -361,10 +360,10 @@ TEST_F(PropertySetters, UseTheOffsetAsAddressWithoutTheAddressService)
     host().withhold("memoryBlockGetPtr");
     const Block block = host().newMemoryBlock("abc");
     const Target unit = targets(nullptr)[3];
-    property_spy::name(reinterpret_cast<const void*>(2), "two");
+    spy::name(reinterpret_cast<const void*>(2), "two");
     property_spy::readValues(false);
     unit.setMemory(object(), nullptr, block, 2, 1);
-    EXPECT_EQ(property_spy::calls(), Notes{unit.setCall("null", 1, "two")});
+    EXPECT_EQ(spy::calls(), Calls{unit.setCall("null", 1, "two")});
     host().drop(block);
 }
 
@@ -391,10 +390,9 @@ TEST_F(PropertySetters, SelectorsAreFourCharactersOfAnyText)
         call<void>("AudioHardwareSetPropertyString", object(), selector, Text{});
         call<void>("AudioStreamSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
                    selector, Text{});
-        EXPECT_EQ(
-            property_spy::calls(),
-            (Notes{std::string("AudioHardwareSetProperty(") + each.code + ", 0x0, null)",
-                   std::string("AudioStreamSetProperty(0x7, null, 0x9, ") + each.code + ", 0x0, null)"}));
+        EXPECT_EQ(spy::calls(), (Calls{std::string("AudioHardwareSetProperty(") + each.code + ", 0x0, null)",
+                                       std::string("AudioStreamSetProperty(0x7, null, 0x9, ") + each.code +
+                                           ", 0x0, null)"}));
         if (selector) host().drop(selector);
         expectBalance();
     }
@@ -411,8 +409,8 @@ TEST_F(PropertySetters, TheSideOfADeviceIsZeroOrOne)
         property_spy::reset();
         call<void>("AudioDeviceSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
                    each.side, selector, Text{});
-        EXPECT_EQ(property_spy::calls(), Notes{std::string("AudioDeviceSetProperty(0x7, null, 0x9, ") +
-                                               each.shown + ", 0x61626364, 0x0, null)"});
+        EXPECT_EQ(spy::calls(), Calls{std::string("AudioDeviceSetProperty(0x7, null, 0x9, ") + each.shown +
+                                      ", 0x61626364, 0x0, null)"});
     }
     host().drop(selector);
 }

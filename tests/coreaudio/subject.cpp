@@ -134,7 +134,7 @@ HostInteger& Subject::lasterror() { return *reinterpret_cast<HostInteger*>(memor
 
 void Subject::throwInPlatform(const std::string& function)
 {
-    property_spy::answer(function).during = [] { throw Thrown(); };
+    spy::answer(function).during = [] { throw Thrown(); };
 }
 
 void Subject::throwInHost(const std::string& service)
@@ -157,7 +157,7 @@ void Subject::watchFirstCall()
         if (firstSeen_.empty()) firstSeen_.push_back(lasterror());
     };
     for (const char* service : services) host().inNext(service, note);
-    for (const char* function : platformFunctions) property_spy::answer(function).during = note;
+    for (const char* function : platformFunctions) spy::answer(function).during = note;
 }
 
 void Subject::expectBalance(const fake::Notes& live)

@@ -8,7 +8,7 @@
 namespace {
 
 using namespace subject;
-using property_spy::Notes;
+using spy::Calls;
 
 using UnitCalls = Subject;
 
@@ -23,11 +23,11 @@ TEST_F(UnitCalls, ReturnTheStatusOfAUnitFunction)
         for (const OSStatus status : statuses) {
             SCOPED_TRACE(name);
             property_spy::reset();
-            property_spy::answer(name).status = status;
+            spy::answer(name).status = status;
             lasterror() = 4711;
             EXPECT_EQ(call<HostInteger>(name, object(), integer(0x7654320C)), status);
             EXPECT_EQ(lasterror(), status);
-            EXPECT_EQ(property_spy::calls(), Notes{std::string(name) + "(handle 0x7654320C)"});
+            EXPECT_EQ(spy::calls(), Calls{std::string(name) + "(handle 0x7654320C)"});
         }
 }
 
@@ -36,9 +36,9 @@ TEST_F(UnitCalls, PassANullUnitToThePlatform)
     for (const char* name :
          {"AudioUnitInitialize", "AudioUnitUninitialize", "AudioOutputUnitStart", "AudioOutputUnitStop"}) {
         property_spy::reset();
-        property_spy::answer(name).status = -50;
+        spy::answer(name).status = -50;
         EXPECT_EQ(call<HostInteger>(name, object(), HostInteger{0}), -50);
-        EXPECT_EQ(property_spy::calls(), Notes{std::string(name) + "(handle 0x0)"});
+        EXPECT_EQ(spy::calls(), Calls{std::string(name) + "(handle 0x0)"});
     }
 }
 
@@ -46,12 +46,12 @@ TEST_F(UnitCalls, PassScopeAndElementToReset)
 {
     for (const OSStatus status : statuses) {
         property_spy::reset();
-        property_spy::answer("AudioUnitReset").status = status;
+        spy::answer("AudioUnitReset").status = status;
         EXPECT_EQ(call<HostInteger>("AudioUnitReset", object(), integer(0x7654320C), integer(0x80000002),
                                     integer(0xFFFFFFFF)),
                   status);
         EXPECT_EQ(lasterror(), status);
-        EXPECT_EQ(property_spy::calls(), Notes{"AudioUnitReset(handle 0x7654320C, 0x80000002, 0xFFFFFFFF)"});
+        EXPECT_EQ(spy::calls(), Calls{"AudioUnitReset(handle 0x7654320C, 0x80000002, 0xFFFFFFFF)"});
     }
 }
 
@@ -78,11 +78,11 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
             return bytes ? host().newString(bytes, encodingASCII) : Text{};
         };
         const Text type = text(row.type), subtype = text(row.subtype);
-        property_spy::answer("OpenDefaultComponent").number = row.handle;
+        spy::answer("OpenDefaultComponent").bits = row.handle;
         lasterror() = 4711;
         EXPECT_EQ(call<HostInteger>("OpenDefaultComponent", object(), type, subtype), integer(row.handle));
         EXPECT_EQ(lasterror(), row.lasterror);
-        EXPECT_EQ(property_spy::calls(), Notes{std::string("OpenDefaultComponent(") + row.codes + ")"});
+        EXPECT_EQ(spy::calls(), Calls{std::string("OpenDefaultComponent(") + row.codes + ")"});
         if (type) host().drop(type);
         if (subtype) host().drop(subtype);
         expectBalance();
@@ -91,7 +91,7 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
 
 TEST_F(UnitCalls, AHandleMayBeNegative)
 {
-    property_spy::answer("OpenDefaultComponent").number = static_cast<std::uintptr_t>(integer(0x80000004));
+    spy::answer("OpenDefaultComponent").bits = static_cast<std::uintptr_t>(integer(0x80000004));
     EXPECT_EQ(call<HostInteger>("OpenDefaultComponent", object(), Text{}, Text{}), integer(0x80000004));
     EXPECT_EQ(lasterror(), 0);
 }
@@ -105,15 +105,15 @@ TEST_F(UnitCalls, CloseAComponentAndStoreItsSignedStatus)
                 {32767, 32767}, {-32768, -32768}, {-32767, -32767}, {-32766, -32766}};
     for (const auto& row : rows) {
         property_spy::reset();
-        property_spy::answer("CloseComponent").status = row.status;
+        spy::answer("CloseComponent").status = row.status;
         lasterror() = 4711;
         call<void>("CloseComponent", object(), integer(0x7654320C));
         EXPECT_EQ(lasterror(), row.lasterror);
-        EXPECT_EQ(property_spy::calls(), Notes{"CloseComponent(handle 0x7654320C)"});
+        EXPECT_EQ(spy::calls(), Calls{"CloseComponent(handle 0x7654320C)"});
     }
     property_spy::reset();
     call<void>("CloseComponent", object(), HostInteger{0});
-    EXPECT_EQ(property_spy::calls(), Notes{"CloseComponent(handle 0x0)"});
+    EXPECT_EQ(spy::calls(), Calls{"CloseComponent(handle 0x0)"});
 }
 
 // ---- parameters ----
@@ -155,13 +155,13 @@ TEST_F(UnitCalls, SetAParameterWithAllItsBits)
         for (const OSStatus status : statuses) {
             SCOPED_TRACE(value.why);
             property_spy::reset();
-            property_spy::answer("AudioUnitSetParameter").status = status;
+            spy::answer("AudioUnitSetParameter").status = status;
             lasterror() = 4711;
             call<void>("AudioUnitSetParameter", object(), integer(0x7654320C), integer(0x80000001),
                        integer(0x80000002), integer(0x80000003), single(value.bits), integer(0xFFFFFFF0));
             EXPECT_EQ(lasterror(), status);
-            EXPECT_EQ(property_spy::calls(),
-                      Notes{std::string("AudioUnitSetParameter(handle 0x7654320C, 0x80000001, 0x80000002, "
+            EXPECT_EQ(spy::calls(),
+                      Calls{std::string("AudioUnitSetParameter(handle 0x7654320C, 0x80000001, 0x80000002, "
                                         "0x80000003, bits ") +
                             value.shown + ", 0xFFFFFFF0)"});
         }
@@ -177,18 +177,18 @@ TEST_F(UnitCalls, GetAParameterWithAllItsBits)
         for (const OSStatus status : statuses) {
             SCOPED_TRACE(value.why);
             property_spy::reset();
-            property_spy::answer("AudioUnitGetParameter").status = status;
+            spy::answer("AudioUnitGetParameter").status = status;
             const float written = single(value.bits);
-            property_spy::answer("AudioUnitGetParameter").value =
+            spy::answer("AudioUnitGetParameter").value =
                 std::string(reinterpret_cast<const char*>(&written), sizeof written);
             lasterror() = 4711;
             EXPECT_EQ(get(), value.bits) << "also after an error";
             EXPECT_EQ(lasterror(), status);
-            EXPECT_EQ(property_spy::calls(), Notes{"AudioUnitGetParameter(handle 0x7654320C, 0x80000001, "
-                                                   "0x80000002, 0x80000003, place of bits 0x0)"});
+            EXPECT_EQ(spy::calls(), Calls{"AudioUnitGetParameter(handle 0x7654320C, 0x80000001, "
+                                          "0x80000002, 0x80000003, output of bits 0x0)"});
         }
     property_spy::reset();
-    property_spy::answer("AudioUnitGetParameter").status = static_cast<OSStatus>(0x80008001);
+    spy::answer("AudioUnitGetParameter").status = static_cast<OSStatus>(0x80008001);
     EXPECT_EQ(get(), 0u) << "an invalid unit returns no value";
     EXPECT_EQ(lasterror(), static_cast<OSStatus>(0x80008001));
 }
@@ -254,7 +254,7 @@ TEST_F(UnitCalls, HaveLasterrorMinusOneDuringThePlatformCall)
         property_spy::reset();
         lasterror() = 4711;
         HostInteger seen = 0;
-        property_spy::answer(member.name).during = [&] { seen = lasterror(); };
+        spy::answer(member.name).during = [&] { seen = lasterror(); };
         member.run(object(), nullptr);
         EXPECT_EQ(seen, -1);
     }

@@ -28,7 +28,7 @@ protected:
     }
     ~ChangedEvent() override
     {
-        EXPECT_EQ(dispatch_spy::faults(), 0) << "a block on a queue other than the main queue";
+        EXPECT_EQ(spy::faults(), spy::Calls());
         dispatch_spy::reset();
     }
 
@@ -166,7 +166,7 @@ TEST_F(ChangedEvent, PassesNoExceptionToThePlatform)
     host().inNext("GetEventInstance", [] { throw Thrown(); });
     EXPECT_NO_THROW(EXPECT_EQ(notify(registration), 0));
 
-    dispatch_spy::setDuring([] { throw Thrown(); });
+    spy::answer("dispatch_async").during = [] { throw Thrown(); };
     EXPECT_EQ(notifyFromThread(registration), 0) << "an exception would end the process";
     dispatch_spy::reset();
     destruct(memory.object());
@@ -270,7 +270,7 @@ TEST_F(ChangedEvent, IsRaisedUntilThePlatformRemovesTheListener)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
-    property_spy::answer("AudioObjectRemovePropertyListener").during = [&] { notify(registration); };
+    spy::answer("AudioObjectRemovePropertyListener").during = [&] { notify(registration); };
     destruct(memory.object());
     EXPECT_EQ(events, Events{memory.object()});
     EXPECT_EQ(notify(registration), 0);
@@ -281,7 +281,7 @@ TEST_F(ChangedEvent, IsDroppedForAListenerWhoseRemovalThrew)
 {
     const Memory memory;
     const auto registration = listen(memory.object());
-    property_spy::answer("AudioObjectRemovePropertyListener").during = [] { throw Thrown(); };
+    spy::answer("AudioObjectRemovePropertyListener").during = [] { throw Thrown(); };
     destruct(memory.object());
     EXPECT_EQ(notify(registration), 0);
     EXPECT_EQ(events, Events());
@@ -392,7 +392,7 @@ TEST_F(ChangedEvent, IsNotRaisedAfterARefusedRegistration)
 {
     const Memory memory;
     attach(memory.object());
-    property_spy::answer("AudioObjectAddPropertyListener").status = 0x216F626A; // platform status '!obj'
+    spy::answer("AudioObjectAddPropertyListener").status = 0x216F626A; // platform status '!obj'
     construct(memory.object(), address);
     EXPECT_TRUE(property_spy::registrations().empty());
     EXPECT_EQ(memory.lastError(), 0x216F626A);

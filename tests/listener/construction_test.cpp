@@ -8,7 +8,7 @@
 namespace {
 
 using namespace listening;
-using property_spy::Notes;
+using spy::Calls;
 
 class ListenerObject : public WatchedClass {
 protected:
@@ -48,19 +48,17 @@ TEST_F(ListenerObject, RegistersAndUnregistersWithTheSameArguments)
     for (const Address& address : addresses) {
         property_spy::reset();
         const Memory memory;
-        property_spy::name(memory.object(), "object");
+        spy::name(memory.object(), "object");
         construct(memory.object(), address);
         EXPECT_EQ(memory.lastError(), 0);
-        EXPECT_EQ(property_spy::calls(), Notes{call("AudioObjectAddPropertyListener", address, "memory")});
+        EXPECT_EQ(spy::calls(), Calls{call("AudioObjectAddPropertyListener", address, "memory")});
         ASSERT_EQ(property_spy::registrations().size(), 1u);
 
-        property_spy::name(reinterpret_cast<const void*>(property_spy::registrations()[0].procedure),
-                           "procedure");
-        property_spy::forgetCalls();
+        spy::name(reinterpret_cast<const void*>(property_spy::registrations()[0].procedure), "procedure");
+        spy::forgetCalls();
         destruct(memory.object());
         EXPECT_EQ(memory.lastError(), 0);
-        EXPECT_EQ(property_spy::calls(),
-                  Notes{call("AudioObjectRemovePropertyListener", address, "procedure")});
+        EXPECT_EQ(spy::calls(), Calls{call("AudioObjectRemovePropertyListener", address, "procedure")});
         EXPECT_TRUE(property_spy::registrations().empty());
     }
 }
@@ -70,8 +68,8 @@ TEST_F(ListenerObject, StoresBothStatusesAndKeepsItsProperties)
     for (const Address& address : addresses)
         for (const OSStatus status : statuses) {
             property_spy::reset();
-            property_spy::answer("AudioObjectAddPropertyListener").status = status;
-            property_spy::answer("AudioObjectRemovePropertyListener").status = status;
+            spy::answer("AudioObjectAddPropertyListener").status = status;
+            spy::answer("AudioObjectRemovePropertyListener").status = status;
             const Memory memory;
             construct(memory.object(), address);
             EXPECT_EQ(memory.lastError(), status);
@@ -81,7 +79,7 @@ TEST_F(ListenerObject, StoresBothStatusesAndKeepsItsProperties)
             destruct(memory.object());
             EXPECT_EQ(memory.lastError(), status);
             expectProperties(memory.object(), address);
-            EXPECT_EQ(property_spy::calls().size(), 2u) << "a refused listener is removed as well";
+            EXPECT_EQ(spy::calls().size(), 2u) << "a refused listener is removed as well";
         }
 }
 
@@ -95,8 +93,8 @@ TEST_F(ListenerObject, HasStatusMinusOneAndItsPropertiesDuringEachCall)
         EXPECT_EQ(memory.lastError(), -1);
         expectProperties(memory.object(), address);
     };
-    property_spy::answer("AudioObjectAddPropertyListener").during = look;
-    property_spy::answer("AudioObjectRemovePropertyListener").during = look;
+    spy::answer("AudioObjectAddPropertyListener").during = look;
+    spy::answer("AudioObjectRemovePropertyListener").during = look;
     construct(memory.object(), address);
     destruct(memory.object());
     EXPECT_EQ(seen, 2);
@@ -104,7 +102,7 @@ TEST_F(ListenerObject, HasStatusMinusOneAndItsPropertiesDuringEachCall)
 
 TEST_F(ListenerObject, RaisesNoException)
 {
-    property_spy::answer("AudioObjectAddPropertyListener").status = badObject;
+    spy::answer("AudioObjectAddPropertyListener").status = badObject;
     const Memory memory;
     construct(memory.object(), addresses[0]);
     destruct(memory.object());
@@ -118,8 +116,8 @@ TEST_F(ListenerObject, PassesNoExceptionToTheHost)
         property_spy::reset();
         const Memory memory;
         const auto throws = [] { throw Thrown(); };
-        if (addThrows) property_spy::answer("AudioObjectAddPropertyListener").during = throws;
-        property_spy::answer("AudioObjectRemovePropertyListener").during = throws;
+        if (addThrows) spy::answer("AudioObjectAddPropertyListener").during = throws;
+        spy::answer("AudioObjectRemovePropertyListener").during = throws;
         EXPECT_NO_THROW(construct(memory.object(), addresses[0]));
         EXPECT_EQ(memory.lastError(), addThrows ? -1 : 0);
         memory.lastError() = 4711;

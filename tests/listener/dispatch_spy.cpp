@@ -11,8 +11,6 @@ namespace {
 
 std::mutex mutex;
 std::deque<dispatch_block_t> blocks;
-int foreignQueues = 0;
-std::function<void()> duringDispatch;
 
 dispatch_block_t takeFirst()
 {
@@ -36,8 +34,6 @@ std::size_t waiting()
     return blocks.size();
 }
 
-int faults() { return foreignQueues; }
-
 std::size_t run()
 {
     std::size_t count = 0;
@@ -52,11 +48,7 @@ std::size_t run()
 void reset()
 {
     while (const dispatch_block_t block = takeFirst()) Block_release(block);
-    duringDispatch = nullptr;
-    foreignQueues = 0;
 }
-
-void setDuring(std::function<void()> during) { duringDispatch = std::move(during); }
 
 } // namespace dispatch_spy
 
@@ -64,9 +56,9 @@ void setDuring(std::function<void()> during) { duringDispatch = std::move(during
 extern "C" void dispatch_async(dispatch_queue_t queue, dispatch_block_t block)
 {
     using namespace dispatch_spy;
-    if (duringDispatch) duringDispatch();
+    spy::record(__func__);
+    if (queue != dispatch_get_main_queue()) spy::fault("a block on a queue other than the main queue");
     const std::lock_guard guard(mutex);
-    if (queue != dispatch_get_main_queue()) ++foreignQueues;
     blocks.push_back(Block_copy(block));
 }
 #pragma GCC visibility pop

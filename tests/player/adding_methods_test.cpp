@@ -3,7 +3,7 @@
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -183,13 +183,13 @@ TEST_F(PlayerAddingMethods, PlayingMethodsQueueAndStart)
     for (const Method& method : methods) {
         if (!method.plays) continue;
         SCOPED_TRACE(method.name);
-        spy::reset();
+        device_spy::reset();
         const PlayerObject object;
         const host::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block), 1);
         EXPECT_EQ(object->queueCount, 1);
         EXPECT_EQ(object->isRunning, 1);
-        EXPECT_EQ(spy::count(spy::Function::start), 1);
+        EXPECT_EQ(spy::count("AudioDeviceStart"), 1);
     }
 }
 
@@ -198,7 +198,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsDoNotRestartARunningPlayer)
     for (const Method& method : methods) {
         if (!method.plays) continue;
         SCOPED_TRACE(method.name);
-        spy::reset();
+        device_spy::reset();
         const PlayerObject object;
         ASSERT_TRUE(object.add({1, 2, 3, 4}));
         ASSERT_TRUE(object.start());
@@ -216,13 +216,12 @@ TEST_F(PlayerAddingMethods, PlayingMethodsDoNotRestartARunningPlayer)
 TEST_F(PlayerAddingMethods, PlayingMethodsKeepTheBufferWhenTheStartFails)
 {
     for (const Method& method : methods)
-        for (const spy::Function refusing :
-             {spy::Function::hardwareGetProperty, spy::Function::deviceGetProperty, spy::Function::addIOProc,
-              spy::Function::start}) {
+        for (const char* const refusing : {"AudioHardwareGetProperty", "AudioDeviceGetProperty",
+                                           "AudioDeviceAddIOProc", "AudioDeviceStart"}) {
             if (!method.plays) continue;
             SCOPED_TRACE(method.name);
-            spy::reset();
-            spy::platform().refusal[refusing] = kAudioHardwareUnspecifiedError;
+            device_spy::reset();
+            spy::answer(refusing).status = kAudioHardwareUnspecifiedError;
             const PlayerObject object;
             const host::Block block(Bytes(16, 0));
             EXPECT_EQ(call(method, object, block, block), 0);

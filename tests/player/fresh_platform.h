@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/player/small_host.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ class FreshPlatform : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        spy::reset();
+        device_spy::reset();
         host::load();
     }
 };

@@ -4,7 +4,7 @@
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 

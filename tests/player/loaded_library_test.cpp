@@ -2,7 +2,7 @@
 // for the library, too, because the library calls every platform function through an ordinary dynamic symbol.
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -43,7 +43,7 @@ AnyFunction methodNamed(std::string_view declaration)
 TEST(PlayerInLoadedLibrary, CallsThePlatformThroughDynamicSymbols)
 {
     using Procedure = void (*)(REALobjectStruct*);
-    spy::reset();
+    device_spy::reset();
     void* library = dlopen(KVX_BINARY_DIR "/KVXAudio.so", RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     const auto enter = reinterpret_cast<REALPluginMainFunction>(dlsym(library, pluginMainName));
@@ -61,10 +61,10 @@ TEST(PlayerInLoadedLibrary, CallsThePlatformThroughDynamicSymbols)
         44100.0f);
     EXPECT_EQ(reinterpret_cast<HostBoolean (*)(REALobjectStruct*)>(methodNamed("Start as boolean"))(object),
               1);
-    spy::platform().during[spy::Function::delay] = [] {
+    spy::answer("Delay").during = [] {
         const AudioTimeStamp time = {};
         AudioBufferList noInput = {}, output = {};
-        const spy::Installed it = spy::installed()[0];
+        const device_spy::Installed it = device_spy::installed()[0];
         it.procedure(it.device, &time, &noInput, &time, &output, &time, it.client);
     };
     reinterpret_cast<Procedure>(methodNamed("Stop"))(object);
@@ -76,11 +76,11 @@ TEST(PlayerInLoadedLibrary, CallsThePlatformThroughDynamicSymbols)
                                 "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)",
                                 "AudioHardwareGetProperty('dOut', 4 bytes)",
                                 "AudioDeviceGetProperty(2, channel 0, output, 'sfmt', 40 bytes)",
-                                "AudioDeviceAddIOProc(2, ?, ?)",
-                                "AudioDeviceStart(2, ?)",
+                                "AudioDeviceAddIOProc(2, memory, memory)",
+                                "AudioDeviceStart(2, memory)",
                                 "Delay(1)",
-                                "AudioDeviceStop(2, ?)",
-                                "AudioDeviceRemoveIOProc(2, ?)",
+                                "AudioDeviceStop(2, memory)",
+                                "AudioDeviceRemoveIOProc(2, memory)",
                             }));
 }
 

@@ -4,7 +4,7 @@
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 #include "tests/support/reference_player.h"
 
 #include <gtest/gtest.h>
@@ -91,10 +91,10 @@ private:
 
     void start()
     {
-        spy::reset();
+        device_spy::reset();
         spy::name(reinterpret_cast<const void*>(object_->ioProc), "procedure");
         const float deviceRate = rate();
-        spy::platform().streamFormat.mSampleRate = deviceRate;
+        device_spy::platform().streamFormat.mSampleRate = deviceRate;
         ASSERT_TRUE(object_.start());
         spy::forgetCalls();
         reference_.start(deviceRate);
@@ -249,8 +249,8 @@ TEST_F(PlayerReference, AgreesInLongSlicesAtEveryPairOfRates)
         for (const float deviceRate : usualRates)
             for (const int channels : {1, 2}) {
                 SCOPED_TRACE(::testing::Message() << sourceRate << " at " << deviceRate << ", " << channels);
-                spy::reset();
-                spy::platform().streamFormat.mSampleRate = deviceRate;
+                device_spy::reset();
+                device_spy::platform().streamFormat.mSampleRate = deviceRate;
                 const PlayerObject object;
                 reference::Player second;
                 object->sampleRate = second.sampleRate = sourceRate;

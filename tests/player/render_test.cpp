@@ -2,7 +2,7 @@
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ protected:
         ASSERT_TRUE(object.start());
     }
 
-    static void setDeviceRate(double rate) { spy::platform().streamFormat.mSampleRate = rate; }
+    static void setDeviceRate(double rate) { device_spy::platform().streamFormat.mSampleRate = rate; }
 };
 
 constexpr float half = 22050.0f, equal = 44100.0f, twice = 88200.0f, fourTimes = 176400.0f;
@@ -304,7 +304,7 @@ TEST_F(PlayerRender, ExtremeRatesAreSafe)
                 const PlayerObject object;
                 ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
                 ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
-                spy::reset();
+                device_spy::reset();
                 setDeviceRate(deviceRate);
                 start(object, rate, channels);
                 for (int i = 0; i < 3; ++i) {

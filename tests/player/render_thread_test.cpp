@@ -6,7 +6,7 @@
 #include "tests/player/record_watch.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ TEST_F(PlayerRenderThread, AllocatesNothing)
         for (const float rate : {44100.0f, 22050.0f, 48000.0f, 192000.0f, 1.0f})
             for (const HostBoolean noUnderflow : {0, 1})
                 for (const bool endsByRequest : {false, true}) {
-                    spy::reset();
+                    device_spy::reset();
                     const PlayerObject object;
                     object->sampleRate = rate;
                     object->numberOfChannels = channels;
@@ -164,7 +164,7 @@ TEST_F(PlayerRenderThread, ClearsIsRunningAsItsLastAccess)
 #endif
     for (const bool isStopRequested : {false, true}) {
         SCOPED_TRACE(isStopRequested);
-        spy::reset();
+        device_spy::reset();
         test::WatchedRecord<player::AudioPlayerData> record;
         player::AudioPlayerData& player = *record;
         {
@@ -178,7 +178,7 @@ TEST_F(PlayerRenderThread, ClearsIsRunningAsItsLastAccess)
         AudioBufferList noInput = {};
         const AudioDeviceIOProc procedure = player.ioProc;
 
-        spy::platform().during[spy::Function::removeIOProc] = [&] { record.watch(); };
+        spy::answer("AudioDeviceRemoveIOProc").during = [&] { record.watch(); };
         procedure(2, &time, &noInput, &time, &slice.list(), &time, &player);
         const std::vector<test::Access> accesses = record.accesses();
 
@@ -243,15 +243,15 @@ std::atomic<bool> RunningDevice::isRemoved_{false};
 TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
 {
     const long before = watched::liveBlocks();
-    spy::platform().during[spy::Function::removeIOProc] = RunningDevice::remove;
-    spy::platform().during[spy::Function::delay] = [] { std::this_thread::yield(); };
+    spy::answer("AudioDeviceRemoveIOProc").during = RunningDevice::remove;
+    spy::answer("Delay").during = [] { std::this_thread::yield(); };
     for (int i = 0; i < 300; ++i) {
         RunningDevice::prepare();
         spy::forgetCalls();
         std::unique_ptr<RunningDevice> device;
         {
             const PlayerObject object;
-            spy::platform().during[spy::Function::start] = [&] {
+            spy::answer("AudioDeviceStart").during = [&] {
                 device = std::make_unique<RunningDevice>(object->ioProc, &object.data());
             };
             test::set<HostBoolean>(object, "NoUnderflow", 1);

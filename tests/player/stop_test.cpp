@@ -8,9 +8,8 @@
 
 namespace {
 
-using spy::Function;
+using spy::Calls;
 using test::PlayerObject;
-using Calls = std::vector<std::string>;
 
 class PlayerStop : public test::FreshPlatform {};
 
@@ -32,7 +31,7 @@ TEST_F(PlayerStop, StopOnAStoppedPlayerFreesAllBuffersAndKeepsThePosition)
 {
     for (const auto& each : stops) {
         SCOPED_TRACE(each.name);
-        spy::reset();
+        device_spy::reset();
         const long before = watched::liveBlocks();
         const PlayerObject object;
         for (int i = 0; i < 200; ++i) ASSERT_TRUE(object.add({1, 2, 3}));
@@ -59,7 +58,7 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
 {
     for (const auto& each : stops) {
         SCOPED_TRACE(each.name);
-        spy::reset();
+        device_spy::reset();
         const long before = watched::liveBlocks();
         const PlayerObject object;
         spy::name(reinterpret_cast<const void*>(object->ioProc), "procedure");
@@ -70,7 +69,7 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
         spy::forgetCalls();
 
         std::vector<int> requests;
-        spy::platform().during[Function::delay] = [&] {
+        spy::answer("Delay").during = [&] {
             requests.push_back(object->stopRequested);
             EXPECT_EQ(watched::liveBlocks(), before + 2) << "nothing is freed while the player may render";
             if (requests.size() == 3) test::render(object, 4);
@@ -83,7 +82,7 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
         EXPECT_EQ(object->stopRequested, 0);
         EXPECT_EQ(watched::liveBlocks(), before);
         EXPECT_EQ(object->outputPosition, 4.0);
-        EXPECT_TRUE(spy::installed().empty());
+        EXPECT_TRUE(device_spy::installed().empty());
     }
 }
 
@@ -94,7 +93,7 @@ TEST_F(PlayerStop, StopWithNoUnderflowWaitsUntilTheQueueIsEmpty)
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
     ASSERT_TRUE(object.start());
     int ticks = 0;
-    spy::platform().during[Function::delay] = [&] {
+    spy::answer("Delay").during = [&] {
         ++ticks;
         if (ticks == 1) { // this cycle drops the stop request, and the player keeps running
             EXPECT_EQ(test::render(object, 4), (std::vector<float>{0, 0, 0, 0}));
@@ -126,12 +125,12 @@ TEST_F(PlayerStop, AnUnderflowDuringTheWaitEndsIt)
 {
     const PlayerObject object;
     ASSERT_TRUE(object.start());
-    spy::platform().during[Function::delay] = [&] {
+    spy::answer("Delay").during = [&] {
         object->stopRequested = 0; // a cycle with noUnderflow set would clear the stop request like this
         test::render(object, 4);   // a cycle without data and without a stop request
     };
     test::call<void>("Stop", object);
-    EXPECT_EQ(spy::count(Function::delay), 1);
+    EXPECT_EQ(spy::count("Delay"), 1);
     EXPECT_EQ(object->isRunning, 0);
 }
 
@@ -143,7 +142,7 @@ TEST_F(PlayerStop, RepeatedCloseAndDestructionAreHarmless)
         ASSERT_TRUE(object.add({1, 2}));
         ASSERT_TRUE(object.start());
         test::render(object, 1);
-        spy::platform().during[Function::delay] = [&] { test::render(object, 1); };
+        spy::answer("Delay").during = [&] { test::render(object, 1); };
         test::call<void>("Close", object);
         spy::forgetCalls();
         test::call<void>("Close", object);

@@ -3,15 +3,14 @@
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using spy::Function;
+using spy::Calls;
 using test::PlayerObject;
-using Calls = std::vector<std::string>;
 
 // Platform calls as the spy records them. Device 2 is the default output device.
 const std::string askDefaultDevice = "AudioHardwareGetProperty('dOut', 4 bytes)";
@@ -48,16 +47,16 @@ TEST_F(PlayerTransport, StartCallsThePlatformInThisOrder)
     EXPECT_EQ(spy::calls(), wholeStart);
     EXPECT_EQ(object->isRunning, 1);
     EXPECT_EQ(object->deviceSampleRate, 44100.0f);
-    ASSERT_EQ(spy::installed().size(), 1u);
-    EXPECT_TRUE(spy::installed()[0].isStarted);
-    EXPECT_EQ(spy::installed()[0].client, &object.data());
+    ASSERT_EQ(device_spy::installed().size(), 1u);
+    EXPECT_TRUE(device_spy::installed()[0].isStarted);
+    EXPECT_EQ(device_spy::installed()[0].client, &object.data());
 }
 
 TEST_F(PlayerTransport, StartReadsTheDevicesRate)
 {
     for (const double rate : {8000.0, 48000.0, 96000.0, 44100.5, 0.0}) {
-        spy::reset();
-        spy::platform().streamFormat.mSampleRate = rate;
+        device_spy::reset();
+        device_spy::platform().streamFormat.mSampleRate = rate;
         const PlayerObject object;
         EXPECT_TRUE(object.start());
         EXPECT_EQ(object->deviceSampleRate, static_cast<float>(rate));
@@ -67,7 +66,7 @@ TEST_F(PlayerTransport, StartReadsTheDevicesRate)
 
 TEST_F(PlayerTransport, AnExplicitDeviceIsUsedWithoutReadingTheDefault)
 {
-    spy::platform().streamFormatOf[7].mSampleRate = 32000;
+    device_spy::platform().streamFormatOf[7].mSampleRate = 32000;
     const PlayerObject object;
     nameForSpy(object);
     test::set<HostInteger>(object, "OutputDeviceID", 7);
@@ -80,7 +79,7 @@ TEST_F(PlayerTransport, AnExplicitDeviceIsUsedWithoutReadingTheDefault)
 
 TEST_F(PlayerTransport, TheDefaultDeviceIsNotStored)
 {
-    spy::platform().defaultOutputDevice = 41;
+    device_spy::platform().defaultOutputDevice = 41;
     const PlayerObject object;
     nameForSpy(object);
     EXPECT_TRUE(object.start());
@@ -88,7 +87,7 @@ TEST_F(PlayerTransport, TheDefaultDeviceIsNotStored)
     EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0);
     test::render(object, 4); // without data the player stops
 
-    spy::platform().defaultOutputDevice = 42;
+    device_spy::platform().defaultOutputDevice = 42;
     spy::forgetCalls();
     EXPECT_TRUE(object.start());
     EXPECT_EQ(spy::calls().back(), "AudioDeviceStart(42, procedure)")
@@ -101,7 +100,7 @@ TEST_F(PlayerTransport, StartOnARunningPlayerReturnsTrueAndChangesNothing)
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));
     ASSERT_TRUE(object.start());
     test::render(object, 3);
-    spy::platform().refusal[Function::start] = kAudioHardwareUnspecifiedError;
+    spy::answer("AudioDeviceStart").status = kAudioHardwareUnspecifiedError;
     spy::forgetCalls();
     EXPECT_EQ(test::call<HostBoolean>("Start", object), 1);
     EXPECT_EQ(spy::calls(), Calls());
@@ -112,22 +111,22 @@ TEST_F(PlayerTransport, StartOnARunningPlayerReturnsTrueAndChangesNothing)
 TEST_F(PlayerTransport, EveryRefusalEndsTheStart)
 {
     const struct {
-        Function refusing;
+        std::string refusing;
         Calls calls;
         bool isRunning;
         const char* why;
     } rows[] = {
-        {Function::hardwareGetProperty, {askDefaultDevice}, false, "no default device"},
-        {Function::deviceGetProperty, {askDefaultDevice, askFormat}, false, "no format"},
-        {Function::addIOProc, {askDefaultDevice, askFormat, add}, false, "no procedure"},
-        {Function::start, wholeStart, true, "the procedure is installed: only it can remove itself"},
+        {"AudioHardwareGetProperty", {askDefaultDevice}, false, "no default device"},
+        {"AudioDeviceGetProperty", {askDefaultDevice, askFormat}, false, "no format"},
+        {"AudioDeviceAddIOProc", {askDefaultDevice, askFormat, add}, false, "no procedure"},
+        {"AudioDeviceStart", wholeStart, true, "the procedure is installed: only it can remove itself"},
     };
     for (const auto& row : rows)
         for (const OSStatus status : {OSStatus{kAudioHardwareUnspecifiedError}, OSStatus{-1}, OSStatus{1}}) {
             SCOPED_TRACE(row.why);
-            spy::reset();
-            spy::platform().refusal[row.refusing] = status;
-            spy::platform().streamFormat.mSampleRate = 96000;
+            device_spy::reset();
+            spy::answer(row.refusing).status = status;
+            device_spy::platform().streamFormat.mSampleRate = 96000;
             const PlayerObject object;
             nameForSpy(object);
             ASSERT_TRUE(object.add({1, 2}));
@@ -143,7 +142,8 @@ TEST_F(PlayerTransport, EveryRefusalEndsTheStart)
             EXPECT_EQ(object->baseSampleIndex, 0);
             EXPECT_EQ(object->queueCount, 1) << "the waiting buffer stays";
             EXPECT_EQ(object->outputDeviceID, 0u);
-            const bool isRateKnown = row.refusing == Function::addIOProc || row.refusing == Function::start;
+            const bool isRateKnown =
+                row.refusing == "AudioDeviceAddIOProc" || row.refusing == "AudioDeviceStart";
             EXPECT_EQ(object->deviceSampleRate, isRateKnown ? 96000.0f : 44100.0f);
         }
 }
@@ -152,9 +152,9 @@ TEST_F(PlayerTransport, AfterARefusalTheNextStartTriesAgain)
 {
     const PlayerObject object;
     nameForSpy(object);
-    spy::platform().refusal[Function::addIOProc] = kAudioHardwareIllegalOperationError;
+    spy::answer("AudioDeviceAddIOProc").status = kAudioHardwareIllegalOperationError;
     EXPECT_FALSE(object.start());
-    spy::platform().refusal.clear();
+    spy::script().answers.clear();
     spy::forgetCalls();
     EXPECT_TRUE(object.start());
     EXPECT_EQ(spy::calls(), wholeStart);
@@ -165,11 +165,11 @@ TEST_F(PlayerTransport, AfterARefusalTheNextStartTriesAgain)
 TEST_F(PlayerTransport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
 {
     const PlayerObject object;
-    spy::platform().refusal[Function::start] = kAudioHardwareUnspecifiedError;
+    spy::answer("AudioDeviceStart").status = kAudioHardwareUnspecifiedError;
     EXPECT_FALSE(object.start());
     EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 1);
-    ASSERT_EQ(spy::installed().size(), 1u);
-    EXPECT_FALSE(spy::installed()[0].isStarted);
+    ASSERT_EQ(device_spy::installed().size(), 1u);
+    EXPECT_FALSE(device_spy::installed()[0].isStarted);
     spy::forgetCalls();
     EXPECT_TRUE(object.start()) << "isRunning is set";
     EXPECT_EQ(spy::calls(), Calls());
@@ -179,8 +179,8 @@ TEST_F(PlayerTransport, IsRunningIsSetBeforeTheDeviceStarts)
 {
     const PlayerObject object;
     int whileAdding = -1, whileStarting = -1;
-    spy::platform().during[Function::addIOProc] = [&] { whileAdding = object->isRunning; };
-    spy::platform().during[Function::start] = [&] { whileStarting = object->isRunning; };
+    spy::answer("AudioDeviceAddIOProc").during = [&] { whileAdding = object->isRunning; };
+    spy::answer("AudioDeviceStart").during = [&] { whileStarting = object->isRunning; };
     EXPECT_TRUE(object.start());
     EXPECT_EQ(whileAdding, 0);
     EXPECT_EQ(whileStarting, 1);
@@ -190,7 +190,7 @@ TEST_F(PlayerTransport, IsRunningIsSetBeforeTheDeviceStarts)
 TEST_F(PlayerTransport, ACycleInsideTheStartMayStopThePlayer)
 {
     const PlayerObject object;
-    spy::platform().during[Function::start] = [&] { test::render(object, 4); };
+    spy::answer("AudioDeviceStart").during = [&] { test::render(object, 4); };
     EXPECT_TRUE(object.start());
     EXPECT_EQ(object->isRunning, 0);
 }
@@ -223,8 +223,8 @@ TEST_F(PlayerTransport, RestartResetsPositionsAndKeepsTheBuffers)
 
 TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevices)
 {
-    spy::platform().streamFormat.mSampleRate = 88200;
-    spy::platform().streamFormat.mChannelsPerFrame = 6;
+    device_spy::platform().streamFormat.mSampleRate = 88200;
+    device_spy::platform().streamFormat.mChannelsPerFrame = 6;
     const PlayerObject object;
     EXPECT_EQ(hardwareRate(object), 88200.0f);
     EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat}));
@@ -235,8 +235,8 @@ TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevices)
 
 TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithAnExplicitDevice)
 {
-    spy::platform().streamFormatOf[7].mSampleRate = 32000;
-    spy::platform().streamFormatOf[7].mChannelsPerFrame = 8;
+    device_spy::platform().streamFormatOf[7].mSampleRate = 32000;
+    device_spy::platform().streamFormatOf[7].mChannelsPerFrame = 8;
     const PlayerObject object;
     test::set<HostInteger>(object, "OutputDeviceID", 7);
     EXPECT_EQ(hardwareRate(object), 44100.0f);
@@ -249,7 +249,7 @@ TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithAnExplicitDevic
 
 TEST_F(PlayerTransport, HardwareRateIsRoundedToSingle)
 {
-    spy::platform().streamFormat.mSampleRate = 44100.0001;
+    device_spy::platform().streamFormat.mSampleRate = 44100.0001;
     const PlayerObject object;
     EXPECT_EQ(hardwareRate(object), 44100.0f);
 }
@@ -257,12 +257,12 @@ TEST_F(PlayerTransport, HardwareRateIsRoundedToSingle)
 TEST_F(PlayerTransport, HardwareFormatIsZeroOnAnyFailure)
 {
     const PlayerObject object;
-    for (const Function refusing : {Function::hardwareGetProperty, Function::deviceGetProperty}) {
-        spy::reset();
-        spy::platform().refusal[refusing] = kAudioHardwareUnspecifiedError;
+    for (const std::string refusing : {"AudioHardwareGetProperty", "AudioDeviceGetProperty"}) {
+        device_spy::reset();
+        spy::answer(refusing).status = kAudioHardwareUnspecifiedError;
         EXPECT_EQ(hardwareRate(object), 0.0f);
         EXPECT_EQ(hardwareChannels(object), 0);
-        EXPECT_EQ(spy::calls(), refusing == Function::hardwareGetProperty
+        EXPECT_EQ(spy::calls(), refusing == "AudioHardwareGetProperty"
                                     ? (Calls{askDefaultDevice, askDefaultDevice})
                                     : (Calls{askDefaultDevice, askFormat, askDefaultDevice, askFormat}));
     }

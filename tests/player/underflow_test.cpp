@@ -3,7 +3,7 @@
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
 #include "tests/support/c_library_spy.h"
-#include "tests/support/platform_spy.h"
+#include "tests/support/device_spy.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace {
 using test::PlayerObject;
 using test::Slice;
 using Floats = std::vector<float>;
-using Calls = std::vector<std::string>;
+using spy::Calls;
 
 class PlayerUnderflow : public test::FreshPlatform {
 protected:
@@ -86,7 +86,7 @@ TEST_F(PlayerUnderflow, WithNoUnderflowThePlayerRunsOnAndSetsHadUnderflow)
 TEST_F(PlayerUnderflow, AnEmptyQueueInsideACycleIsNoUnderflow)
 {
     for (const HostBoolean noUnderflow : {0, 1}) {
-        spy::reset();
+        device_spy::reset();
         const PlayerObject object;
         test::set<HostBoolean>(object, "NoUnderflow", noUnderflow);
         ASSERT_TRUE(object.add({1, 2}));
@@ -194,13 +194,13 @@ TEST_F(PlayerUnderflow, NoUnderflowDropsAStopRequest)
 TEST_F(PlayerUnderflow, IsRunningStaysSetUntilTheProcedureIsRemoved)
 {
     for (const bool isStopRequested : {false, true}) {
-        spy::reset();
+        device_spy::reset();
         const PlayerObject object;
         start(object);
         object->stopRequested = isStopRequested;
         std::vector<int> seen;
-        spy::platform().during[spy::Function::stop] = [&] { seen.push_back(object->isRunning); };
-        spy::platform().during[spy::Function::removeIOProc] = [&] { seen.push_back(object->isRunning); };
+        spy::answer("AudioDeviceStop").during = [&] { seen.push_back(object->isRunning); };
+        spy::answer("AudioDeviceRemoveIOProc").during = [&] { seen.push_back(object->isRunning); };
         EXPECT_EQ(runCycle(object), silence);
         EXPECT_EQ(seen, (std::vector<int>{1, 1}));
         EXPECT_EQ(object->isRunning, 0);
@@ -213,7 +213,7 @@ TEST_F(PlayerUnderflow, TheBuffersAreSilentBeforeTheDeviceIsStopped)
     start(object);
     Slice slice({test::layout(1, 4)});
     Floats seen;
-    spy::platform().during[spy::Function::stop] = [&] { seen = slice.floats(); };
+    spy::answer("AudioDeviceStop").during = [&] { seen = slice.floats(); };
     test::runCycle(object, slice);
     EXPECT_EQ(seen, silence);
 }
@@ -221,8 +221,8 @@ TEST_F(PlayerUnderflow, TheBuffersAreSilentBeforeTheDeviceIsStopped)
 // A device that no longer exists refuses every call.
 TEST_F(PlayerUnderflow, ThePlayerStopsOnADeviceThatRefuses)
 {
-    spy::platform().refusal[spy::Function::stop] = kAudioHardwareBadDeviceError;
-    spy::platform().refusal[spy::Function::removeIOProc] = kAudioHardwareBadDeviceError;
+    spy::answer("AudioDeviceStop").status = kAudioHardwareBadDeviceError;
+    spy::answer("AudioDeviceRemoveIOProc").status = kAudioHardwareBadDeviceError;
     const PlayerObject object;
     start(object);
     EXPECT_EQ(runCycle(object), silence);
@@ -233,7 +233,7 @@ TEST_F(PlayerUnderflow, ThePlayerStopsOnADeviceThatRefuses)
 TEST_F(PlayerUnderflow, ALockThatFailsIsAnUnderflow)
 {
     for (const HostBoolean noUnderflow : {0, 1}) {
-        spy::reset();
+        device_spy::reset();
         const PlayerObject object;
         test::set<HostBoolean>(object, "NoUnderflow", noUnderflow);
         ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));

@@ -16,25 +16,8 @@ namespace background_spy {
 
 namespace {
 
-/// A spin lock, because the spy would record the calls of a mutex of the C library.
-class Guard {
-public:
-    Guard()
-    {
-        while (flag.test_and_set(std::memory_order_acquire)) {
-        }
-    }
-    ~Guard() { flag.clear(std::memory_order_release); }
-    Guard(const Guard&) = delete;
-    Guard& operator=(const Guard&) = delete;
-
-private:
-    static std::atomic_flag flag;
-};
-std::atomic_flag Guard::flag = ATOMIC_FLAG_INIT;
-
 Script script;
-Seen seen;
+spy::CallLog here, there; // calls of the thread under test, and of other threads
 std::size_t yields, upTimes, waits;
 std::atomic<bool> mayEnd{false}, hasEnded{false};
 constexpr UInt32 now = 7;
@@ -97,7 +80,8 @@ void* run(void* memory)
 void begin(const Script& newScript)
 {
     script = newScript;
-    seen = {};
+    here.forget();
+    there.forget();
     yields = upTimes = waits = 0;
     mayEnd = hasEnded = false;
     side = Side::here;
@@ -106,15 +90,10 @@ void begin(const Script& newScript)
 Seen end()
 {
     side = Side::ignored;
-    const Guard guard;
-    return seen;
+    return {here.calls(), there.calls()};
 }
 
-void note(const std::string& text)
-{
-    const Guard guard;
-    (side == Side::here ? seen.here : seen.there).push_back(text);
-}
+void note(const std::string& text) { (side == Side::here ? here : there).add(text); }
 
 void waitUntilItMayEnd() { wait(mayEnd); }
 

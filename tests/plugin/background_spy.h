@@ -12,13 +12,14 @@
 // The clock does not advance, and MPDelayUntil returns at once. begin and end are called on the same thread.
 #pragma once
 
+#include "tests/support/call_log.h"
+
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace background_spy {
 
-using Notes = std::vector<std::string>;
+using spy::Calls;
 
 /// Call that the spy makes fail. The call returns an error or null, or throws; its recorded text ends in
 /// "refused".
@@ -37,7 +38,7 @@ struct Script {
 void begin(const Script& script);
 /// Recorded calls of the thread under test (`here`) and of other threads (`there`).
 struct Seen {
-    Notes here, there;
+    Calls here, there;
 };
 /// Stop recording.
 Seen end();

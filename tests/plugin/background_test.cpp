@@ -14,7 +14,7 @@
 
 namespace {
 
-using background_spy::Notes;
+using background_spy::Calls;
 using background_spy::Refusal;
 using background_spy::Script;
 using background_spy::Seen;
@@ -40,10 +40,10 @@ void idle(const void* data)
     if (++idles == throwingIdle) throw 1;
 }
 
-Notes& operator+=(Notes& notes, const Notes& more)
+Calls& operator+=(Calls& calls, const Calls& more)
 {
-    notes.insert(notes.end(), more.begin(), more.end());
-    return notes;
+    calls.insert(calls.end(), more.begin(), more.end());
+    return calls;
 }
 
 /// Variants of a call of RunThreadedBlocks.
@@ -71,41 +71,41 @@ Seen run(const Call& call)
 }
 
 /// Expected calls of the calling thread if a worker was started.
-Notes expectedOnCaller(const Call& call)
+Calls expectedOnCaller(const Call& call)
 {
     const bool hasMutex = call.script.refusal != Refusal::calloc && call.script.refusal != Refusal::mutexInit;
-    const Notes yield = call.hasYield ? Notes{"yield"} : Notes{};
-    const Notes check = hasMutex ? Notes{"lock", "unlock"} : Notes{};
-    const Notes idling = call.hasIdle ? Notes{"idle"} : Notes{};
+    const Calls yield = call.hasYield ? Calls{"yield"} : Calls{};
+    const Calls check = hasMutex ? Calls{"lock", "unlock"} : Calls{};
+    const Calls idling = call.hasIdle ? Calls{"idle"} : Calls{};
 
-    Notes notes = call.script.refusal == Refusal::calloc ? Notes{"calloc of a mutex refused"}
+    Calls calls = call.script.refusal == Refusal::calloc ? Calls{"calloc of a mutex refused"}
                   : call.script.refusal == Refusal::mutexInit
-                      ? Notes{"calloc of a mutex", "mutex init refused", "free"}
-                      : Notes{"calloc of a mutex", "mutex init"};
-    notes += hasQueue() ? Notes{"queue 0 0", "async"}
-                        : Notes{"attr init", "stack 2097152", "create", "attr destroy"};
-    notes += yield;
+                      ? Calls{"calloc of a mutex", "mutex init refused", "free"}
+                      : Calls{"calloc of a mutex", "mutex init"};
+    calls += hasQueue() ? Calls{"queue 0 0", "async"}
+                        : Calls{"attr init", "stack 2097152", "create", "attr destroy"};
+    calls += yield;
     for (std::size_t i = 1; i <= call.script.waits; ++i) {
-        notes += check;
-        notes += yield;
-        notes += i == call.script.throwingUpTime ? Notes{"UpTime = 7"}
-                                                 : Notes{"UpTime = 7", "1 after 7", "until 1000007"};
-        notes += idling;
+        calls += check;
+        calls += yield;
+        calls += i == call.script.throwingUpTime ? Calls{"UpTime = 7"}
+                                                 : Calls{"UpTime = 7", "1 after 7", "until 1000007"};
+        calls += idling;
     }
-    notes += check;
-    notes += yield;
-    notes += idling;
-    if (hasMutex) notes += {"mutex destroy", "free"};
-    if (!hasQueue()) notes += {"join", "detach"};
-    return notes;
+    calls += check;
+    calls += yield;
+    calls += idling;
+    if (hasMutex) calls += {"mutex destroy", "free"};
+    if (!hasQueue()) calls += {"join", "detach"};
+    return calls;
 }
 
-Notes expectedOnWorker(const Call& call)
+Calls expectedOnWorker(const Call& call)
 {
     const bool hasMutex = call.script.refusal != Refusal::calloc && call.script.refusal != Refusal::mutexInit;
-    Notes notes = call.isNull ? Notes{} : Notes{"work"};
-    if (hasMutex) notes += {"lock", "unlock"};
-    return notes;
+    Calls calls = call.isNull ? Calls{} : Calls{"work"};
+    if (hasMutex) calls += {"lock", "unlock"};
+    return calls;
 }
 
 TEST(Background, YieldsWaitsAndIdlesUntilTheWorkIsDone)
@@ -144,9 +144,9 @@ TEST(Background, CallsThePlatformAndTheHostInOrder)
     Call call;
     call.isSlow = true;
     call.script.waits = 2;
-    Notes expected = {"calloc of a mutex", "mutex init"};
-    expected += hasQueue() ? Notes{"queue 0 0", "async"}
-                           : Notes{"attr init", "stack 2097152", "create", "attr destroy"};
+    Calls expected = {"calloc of a mutex", "mutex init"};
+    expected += hasQueue() ? Calls{"queue 0 0", "async"}
+                           : Calls{"attr init", "stack 2097152", "create", "attr destroy"};
     expected += {
         "yield",                                                                            //
         "lock",  "unlock", "yield", "UpTime = 7", "1 after 7",     "until 1000007", "idle", //
@@ -202,7 +202,7 @@ TEST(Background, WorksOnTheCallingThreadWithoutAWorker)
         const char* why;
         Refusal refusal;
         bool ofQueue;
-        Notes calls;
+        Calls calls;
     } facts[] = {
         {"no attributes", Refusal::attrInit, false, {"attr init refused"}},
         {"no thread",
@@ -219,12 +219,12 @@ TEST(Background, WorksOnTheCallingThreadWithoutAWorker)
             call.script.refusal = fact.refusal;
             call.isNull = isNull;
             const Seen seen = run(call);
-            Notes expected = {"calloc of a mutex", "mutex init"};
+            Calls expected = {"calloc of a mutex", "mutex init"};
             expected += fact.calls;
             expected += {"mutex destroy", "free"};
             if (!isNull) expected += {"work"};
             EXPECT_EQ(seen.here, expected) << "no yield and no idle call";
-            EXPECT_EQ(seen.there, Notes());
+            EXPECT_EQ(seen.there, Calls());
         }
     }
 }

@@ -17,19 +17,19 @@ protected:
 
     ComponentResult getInfo(OSType code, void* info, long source = 0)
     {
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         return send(instance_, 259, {source, static_cast<long>(code), reinterpret_cast<long>(info)});
     }
     ComponentResult setInfo(OSType code, long info, long source = 0)
     {
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         return send(instance_, 260, {source, static_cast<long>(code), info});
     }
 
     /// The recorded platform calls, without the call that the dispatcher makes.
     static Notes calls()
     {
-        Notes all = sound_spy::calls();
+        Notes all = spy::calls();
         all.erase(all.begin());
         return all;
     }
@@ -91,10 +91,10 @@ TEST_F(SoundStreamInfo, GetInfoWritesListsOfOneValue)
         DisposeHandle(result.list.infoHandle);
 
         std::memset(&result, 0x77, sizeof result);
-        sound_spy::answer("NewHandle").status = -108;
+        spy::answer("NewHandle").status = -108;
         EXPECT_EQ(getInfo(fact.code, &result), memFullErr);
         EXPECT_EQ(result.list.count, 0x7777) << "nothing is written";
-        sound_spy::answer("NewHandle").status = noErr;
+        spy::answer("NewHandle").status = noErr;
     }
 }
 
@@ -176,10 +176,10 @@ TEST_F(SoundStreamInfo, ForwardsUnknownCodesToTheMixer)
 {
     char value = 0;
     const long source = 0x4444;
-    sound_spy::name(reinterpret_cast<void*>(source), "source");
-    sound_spy::name(&value, "value");
-    sound_spy::answer("SoundComponentGetInfo").status = -231;
-    sound_spy::answer("SoundComponentSetInfo").status = -232;
+    spy::name(reinterpret_cast<void*>(source), "source");
+    spy::name(&value, "value");
+    spy::answer("SoundComponentGetInfo").status = -231;
+    spy::answer("SoundComponentSetInfo").status = -232;
     for (const std::string code : {"volu", "rmul", "qual", "chaN", "wxyz"}) {
         const OSType word = static_cast<OSType>(static_cast<unsigned char>(code[0])) << 24 |
                             static_cast<OSType>(static_cast<unsigned char>(code[1])) << 16 |

@@ -38,25 +38,25 @@ TEST_F(SoundStreamDispatcher, CallsAHandlerDelegatesOrRefuses)
     open();
     const ComponentInstance instance = openInstanceWithMixer();
     sound_spy::platform().callsHandlers = false;
-    sound_spy::answer("CallComponentFunctionWithStorageProcInfo").status = 4711;
-    sound_spy::answer("DelegateComponentCall").status = 4712;
+    spy::answer("CallComponentFunctionWithStorageProcInfo").status = 4711;
+    spy::answer("DelegateComponentCall").status = 4712;
     const auto expect = [&](int what) {
         SCOPED_TRACE(what);
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         const ComponentResult result = send(instance, static_cast<SInt16>(what), {1, 2, 3});
         if (const Selector* const row = find(what)) {
             EXPECT_EQ(result, 4711) << "the handler's result";
-            EXPECT_EQ(sound_spy::calls(),
+            EXPECT_EQ(spy::calls(),
                       (Notes{std::string("CallComponentFunctionWithStorageProcInfo(storage1, the request, a "
                                          "handler, ") +
                              row->words + ")"}))
                 << row->name;
         } else if (what >= 256) {
             EXPECT_EQ(result, 4712) << "the mixer's result";
-            EXPECT_EQ(sound_spy::calls(), (Notes{"DelegateComponentCall(the request, mixer1)"}));
+            EXPECT_EQ(spy::calls(), (Notes{"DelegateComponentCall(the request, mixer1)"}));
         } else {
             EXPECT_EQ(static_cast<UInt32>(result), 0x80008002u);
-            EXPECT_EQ(sound_spy::calls(), Notes());
+            EXPECT_EQ(spy::calls(), Notes());
         }
     };
     for (int what = -6; what <= 300; ++what) expect(what);
@@ -65,12 +65,12 @@ TEST_F(SoundStreamDispatcher, CallsAHandlerDelegatesOrRefuses)
 
 TEST_F(SoundStreamDispatcher, DelegatesToNullWithoutAMixer)
 {
-    sound_spy::answer("DelegateComponentCall").status = -7;
+    spy::answer("DelegateComponentCall").status = -7;
     EXPECT_EQ(sendWith(nullptr, 256, {}), -7);
     open();
     const ComponentInstance instance = openInstance(); // the mixer of the new instance is not open yet
     EXPECT_EQ(send(instance, 257, {0}), -7);
-    EXPECT_EQ(sound_spy::calls(), (Notes{"DelegateComponentCall(the request, null)"}));
+    EXPECT_EQ(spy::calls(), (Notes{"DelegateComponentCall(the request, null)"}));
 }
 
 TEST_F(SoundStreamDispatcher, CanDoAnswersByTheTable)
@@ -105,7 +105,7 @@ TEST_F(SoundStreamDispatcher, ThePlatformsExceptionsStayInside)
 {
     open();
     const ComponentInstance instance = openInstanceWithMixer();
-    sound_spy::platform().inEachCall = [](const std::string&) { throw Thrown(); };
+    spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
     for (const SInt16 what : {-6, 0, 2, 255}) EXPECT_EQ(UInt32(send(instance, what, {})), 0x80008002u);
     for (const SInt16 what : {-4, -3, 1, 256, 259, 261, 300})
         EXPECT_EQ(send(instance, what, {0, 0, 0}), memFullErr);
@@ -128,17 +128,17 @@ TEST_F(SoundStreamDispatcher, AnExceptionInsideAHandlerIsReportedAsMemFullErr)
     const ComponentInstance instance = openInstanceWithMixer();
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        sound_spy::answer(fact.function).during = [] { throw Thrown(); };
+        spy::answer(fact.function).during = [] { throw Thrown(); };
         const bool wasActive = object().isActive();
         EXPECT_EQ(send(instance, fact.what, {0, 'what', 0}), memFullErr);
         EXPECT_EQ(object().isActive(), wasActive);
         EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance))
             << "the instance stays audible";
-        sound_spy::answer(fact.function).during = nullptr;
+        spy::answer(fact.function).during = nullptr;
         EXPECT_EQ(send(instance, fact.what, {0, 'what', 0}), noErr);
     }
 
-    sound_spy::answer("NewHandle").during = [] { throw Thrown(); };
+    spy::answer("NewHandle").during = [] { throw Thrown(); };
     SoundInfoList list = {};
     EXPECT_EQ(send(instance, 259, {0, siSampleRateAvailable, reinterpret_cast<long>(&list)}), memFullErr);
     EXPECT_TRUE(list.infoHandle == nullptr);
@@ -150,7 +150,7 @@ TEST_F(SoundStreamDispatcher, AFailedOpenLeaksNothing)
         SCOPED_TRACE(function);
         startOver();
         open();
-        sound_spy::answer(function).during = [] { throw Thrown(); };
+        spy::answer(function).during = [] { throw Thrown(); };
         const ComponentInstance instance = sound_spy::newInstance();
         EXPECT_EQ(send(instance, -1, {reinterpret_cast<long>(instance)}), memFullErr);
         EXPECT_EQ(sound_spy::storageOf(instance), nullptr);
@@ -164,7 +164,7 @@ TEST_F(SoundStreamDispatcher, AnInstanceIsClosedThoughItsMixerThrows)
     const ComponentInstance instance = sound_spy::newInstance();
     EXPECT_EQ(send(instance, -1, {reinterpret_cast<long>(instance)}), noErr);
     EXPECT_EQ(send(instance, 1, {0}), noErr);
-    sound_spy::answer("CloseMixerSoundComponent").during = [] { throw Thrown(); };
+    spy::answer("CloseMixerSoundComponent").during = [] { throw Thrown(); };
     EXPECT_EQ(send(instance, -2, {reinterpret_cast<long>(instance)}), noErr);
     EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
 }

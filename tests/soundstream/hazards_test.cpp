@@ -126,7 +126,7 @@ TEST_F(SoundStreamHazard, ClosingAndReplacingWaitForTheRenderCallInProgress)
             isOver = true;
             return noErr;
         };
-        sound_spy::answer(fact.firstCallAfterTheWait).during = [&] { wasOver = isOver.load(); };
+        spy::answer(fact.firstCallAfterTheWait).during = [&] { wasOver = isOver.load(); };
         std::thread renderThread([this] {
             PulledList pulled(2);
             EXPECT_EQ(render(pulled.list()), noErr);
@@ -175,9 +175,9 @@ TEST_F(SoundStreamHazard, WaitingMakesNoPlatformCall)
             EXPECT_EQ(render(pulled.list()), noErr);
         });
         isInside.await();
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         fact.action();
-        EXPECT_EQ(sound_spy::calls(), fact.calls);
+        EXPECT_EQ(spy::calls(), fact.calls);
         renderThread.join();
     }
 }
@@ -197,17 +197,17 @@ TEST_F(SoundStreamHazard, ASecondUnitRendersSilenceWhileTheFirstRenders)
         EXPECT_TRUE(pulled.isUntouched(0)) << "the spy's converter writes nothing";
     });
     isInside.await();
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     PulledList pulled(2);
     EXPECT_EQ(render(pulled.list()), noErr);
     EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
-    EXPECT_EQ(sound_spy::calls(), Notes()) << "the converter is in use";
+    EXPECT_EQ(spy::calls(), Notes()) << "the converter is in use";
     mayLeave.happen();
     renderThread.join();
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     sound_spy::platform().fill = nullptr;
     EXPECT_EQ(render(pulled.list()), noErr);
-    EXPECT_EQ(sound_spy::calls().size(), 1u) << "the second unit renders afterwards";
+    EXPECT_EQ(spy::calls().size(), 1u) << "the second unit renders afterwards";
 }
 
 // A thread that renders without a pause does not delay a waiting thread for ever.
@@ -242,7 +242,7 @@ TEST_F(SoundStreamHazard, ARequestInProgressOutlivesItsInstance)
         SCOPED_TRACE(fact.function);
         begin();
         Event isInProgress, isClosed;
-        sound_spy::answer(fact.function).during = [&] {
+        spy::answer(fact.function).during = [&] {
             isInProgress.happen();
             isClosed.await();
         };
@@ -260,21 +260,21 @@ TEST_F(SoundStreamHazard, AnInstanceClosedByTwoThreadsIsClosedOnce)
 {
     begin();
     bool isFirst = true;
-    sound_spy::answer("CallComponentFunctionWithStorageProcInfo").during = [&] {
+    spy::answer("CallComponentFunctionWithStorageProcInfo").during = [&] {
         if (!isFirst) return;
         isFirst = false;
         closeInstance(); // a second close of the same instance, which finishes before the first
     };
     const Handle storage = sound_spy::storageOf(instance());
     EXPECT_EQ(sendWith(storage, -2, {reinterpret_cast<long>(instance())}), noErr);
-    EXPECT_EQ(sound_spy::live(), (Notes{"component1"}));
+    EXPECT_EQ(spy::live(), (Notes{"component1"}));
 }
 
 TEST_F(SoundStreamHazard, AnInstanceClosedWhileItsMixerOpensLeaksNoMixer)
 {
     begin();
     Event isInProgress, isClosed;
-    sound_spy::answer("OpenMixerSoundComponent").during = [&] {
+    spy::answer("OpenMixerSoundComponent").during = [&] {
         isInProgress.happen();
         isClosed.await();
     };
@@ -285,7 +285,7 @@ TEST_F(SoundStreamHazard, AnInstanceClosedWhileItsMixerOpensLeaksNoMixer)
     closeInstance();
     isClosed.happen();
     client.join();
-    EXPECT_EQ(sound_spy::live(), (Notes{"component1"}));
+    EXPECT_EQ(spy::live(), (Notes{"component1"}));
     PulledList pulled(2);
     EXPECT_EQ(render(pulled.list()), noErr);
     EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1)) << "the instance stays silent";
@@ -295,12 +295,12 @@ TEST_F(SoundStreamHazard, AnInstanceIsSilentWhileItsMixerChanges)
 {
     begin();
     PulledList pulled(2);
-    sound_spy::answer("OpenMixerSoundComponent").during = [&] { EXPECT_EQ(render(pulled.list()), noErr); };
+    spy::answer("OpenMixerSoundComponent").during = [&] { EXPECT_EQ(render(pulled.list()), noErr); };
     send(instance(), 1, {0});
     EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     render(pulled.list());
-    EXPECT_EQ(sound_spy::calls().size(), 1u) << "audible again afterwards";
+    EXPECT_EQ(spy::calls().size(), 1u) << "audible again afterwards";
 }
 
 // ---- completion routines, on the render thread ----
@@ -331,7 +331,7 @@ TEST_F(SoundStreamHazard, ACompletionRoutineMayCloseInitialiseOrDestroy)
         // The SoundComponentData belongs to the mixer and is invalid after the mixer is closed.
         auto data = std::make_unique<SoundComponentData>(
             SoundComponentData{0, 'sowt', 2, 16, 0xAC440000, 16, samples, 0});
-        sound_spy::answer("CloseMixerSoundComponent").during = [&] { data->sampleCount = 0x7FFFFFFF; };
+        spy::answer("CloseMixerSoundComponent").during = [&] { data->sampleCount = 0x7FFFFFFF; };
         const Slice slice = renderWith(fact.action, data.get());
         EXPECT_EQ(slice.status, noErr);
         EXPECT_EQ(slice.isSilence, fact.isSilence) << "samples of a closed instance or mixer are not used";
@@ -359,15 +359,15 @@ TEST_F(SoundStreamHazard, ACloseInsideTheRenderCallTakesEffectAtItsEnd)
         return noErr;
     };
     sound_spy::platform().nextData = [this](SoundComponentDataPtr*) {
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         closeInstance();
         EXPECT_EQ(
-            sound_spy::calls(),
+            spy::calls(),
             (Notes{"CallComponentFunctionWithStorageProcInfo(storage1, the request, a handler, 0x3F0)"}));
     };
-    sound_spy::answer("CloseMixerSoundComponent").during = [&] { EXPECT_TRUE(hasRendered); };
+    spy::answer("CloseMixerSoundComponent").during = [&] { EXPECT_TRUE(hasRendered); };
     EXPECT_EQ(render(pulled.list()), noErr);
-    EXPECT_EQ(sound_spy::calls().back(), "CloseMixerSoundComponent(mixer1)");
+    EXPECT_EQ(spy::calls().back(), "CloseMixerSoundComponent(mixer1)");
     EXPECT_EQ(watched::liveBlocks(), 2) << "the state and its refcon record";
 }
 

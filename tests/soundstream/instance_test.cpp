@@ -14,9 +14,9 @@ protected:
     Notes callsOf(ComponentInstance instance, SInt16 selector, std::initializer_list<long> words,
                   ComponentResult expected = noErr)
     {
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         EXPECT_EQ(send(instance, selector, words), expected);
-        Notes calls = sound_spy::calls();
+        Notes calls = spy::calls();
         EXPECT_EQ(calls.at(0).substr(0, 40), "CallComponentFunctionWithStorageProcInfo");
         calls.erase(calls.begin());
         return calls;
@@ -35,7 +35,7 @@ TEST_F(SoundStreamInstance, OpenCreatesTheStorage)
     const ComponentResult result = send(instance, -1, {wordOf(instance)});
     watched::end();
     EXPECT_EQ(result, noErr);
-    EXPECT_EQ(sound_spy::calls(),
+    EXPECT_EQ(spy::calls(),
               (Notes{"CallComponentFunctionWithStorageProcInfo(null, the request, a handler, 0x3F0)",
                      "GetComponentRefcon(instance1)", "SetComponentInstanceStorage(instance1, storage1)"}));
     const soundstream::QTSoundStreamGlobals* const globals = globalsOf(instance);
@@ -72,9 +72,9 @@ TEST_F(SoundStreamInstance, AnUnknownStorageCountsAsNone)
     for (const Handle wrong : {storage, reinterpret_cast<Handle>(other)}) {
         EXPECT_EQ(sendWith(wrong, 1, {0}), paramErr);
         EXPECT_EQ(sendWith(wrong, -2, {0}), noErr);
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         EXPECT_EQ(sendWith(wrong, 261, {0, 0}), noErr);
-        EXPECT_EQ(sound_spy::calls().back(), "SoundComponentStartSource(null, 0, null)");
+        EXPECT_EQ(spy::calls().back(), "SoundComponentStartSource(null, 0, null)");
         EXPECT_FALSE(object().isActive());
     }
 }
@@ -151,7 +151,7 @@ TEST_F(SoundStreamInstance, CloseClosesTheMixerAndFreesTheStorage)
     send(instance, 261, {0, 0});
     const soundstream::RefconRecord& record = *object().state()->refconRecord;
     bool wasActive = true, wasAudible = true;
-    sound_spy::answer("CloseMixerSoundComponent").during = [&] {
+    spy::answer("CloseMixerSoundComponent").during = [&] {
         wasActive = object().isActive();
         wasAudible = record.globals != nullptr;
     };
@@ -183,7 +183,7 @@ TEST_F(SoundStreamInstance, ASecondCloseDoesNotCloseAnotherInstanceAtTheSameAddr
     EXPECT_EQ(sendWith(sound_spy::storageOf(second), -2, {wordOf(first)}), noErr);
     EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(second))
         << "the second instance stays audible";
-    EXPECT_EQ(sound_spy::live(), (Notes{"component1", "mixer1"}));
+    EXPECT_EQ(spy::live(), (Notes{"component1", "mixer1"}));
 }
 
 // ---- InitOutputDevice ----
@@ -217,7 +217,7 @@ TEST_F(SoundStreamInstance, InitOutputDeviceReplacesTheMixer)
               (Notes{"CloseMixerSoundComponent(mixer1)",
                      "OpenMixerSoundComponent({0, 'sowt', 2, 16, 0xAC440000, 1024, null, 0}, 0)"}));
     EXPECT_EQ(globalsOf(instance)->sourceData, nullptr) << "it belonged to the former mixer";
-    EXPECT_EQ(sound_spy::live(), (Notes{"component1", "mixer2"}));
+    EXPECT_EQ(spy::live(), (Notes{"component1", "mixer2"}));
 }
 
 TEST_F(SoundStreamInstance, HasNoMixerAfterARefusal)
@@ -225,11 +225,11 @@ TEST_F(SoundStreamInstance, HasNoMixerAfterARefusal)
     open();
     const ComponentInstance instance = openInstance();
     for (int time = 0; time < 2; ++time) {
-        sound_spy::answer("OpenMixerSoundComponent").status = -206;
+        spy::answer("OpenMixerSoundComponent").status = -206;
         EXPECT_EQ(send(instance, 1, {0}), -206);
         EXPECT_EQ(globalsOf(instance)->mixer, nullptr) << "the garbage of a refused call is not stored";
         EXPECT_EQ(object().state()->refconRecord->globals, globalsOf(instance));
-        sound_spy::answer("OpenMixerSoundComponent").status = noErr;
+        spy::answer("OpenMixerSoundComponent").status = noErr;
         EXPECT_EQ(send(instance, 1, {0}), noErr);
     }
     EXPECT_EQ(sendWith(nullptr, 1, {0}), paramErr) << "there is no storage";
@@ -243,11 +243,11 @@ TEST_F(SoundStreamInstance, ForwardsSourceCallsAndSetsWhetherTheStreamIsActive)
     const ComponentInstance instance = openInstanceWithMixer();
     SoundSource sources[3] = {};
     SoundParamBlock block = {};
-    sound_spy::name(sources, "sources");
-    sound_spy::name(&block, "block");
+    spy::name(sources, "sources");
+    spy::name(&block, "block");
     const auto listed = reinterpret_cast<long>(sources), given = reinterpret_cast<long>(&block);
     const long source = 0x1234;
-    sound_spy::name(reinterpret_cast<void*>(source), "source");
+    spy::name(reinterpret_cast<void*>(source), "source");
 
     enum Becomes { active, inactive, unchanged };
     // clang-format off
@@ -279,11 +279,11 @@ TEST_F(SoundStreamInstance, ForwardsSourceCallsAndSetsWhetherTheStreamIsActive)
                 SCOPED_TRACE(fact.why);
                 object().state()->streamActive = before;
                 bool during = !before;
-                sound_spy::platform().inEachCall = [&](const std::string&) { during = object().isActive(); };
+                spy::script().inEachCall = [&](std::size_t) { during = object().isActive(); };
                 for (const char* const function :
                      {"SoundComponentStartSource", "SoundComponentStopSource", "SoundComponentPauseSource",
                       "SoundComponentPlaySourceBuffer"})
-                    sound_spy::answer(function).status = status;
+                    spy::answer(function).status = status;
                 EXPECT_EQ(callsOf(instance, fact.selector, fact.words, status), (Notes{fact.call}));
                 EXPECT_EQ(during, before) << "the flag changes after the mixer's call";
                 EXPECT_EQ(object().isActive(), fact.becomes == unchanged ? before : fact.becomes == active)

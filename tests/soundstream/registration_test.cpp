@@ -27,9 +27,9 @@ const Notes closing = {
 template <class Action>
 Notes callsOf(Action action)
 {
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     action();
-    return sound_spy::calls();
+    return spy::calls();
 }
 
 class SoundStreamComponent : public StreamTest {};
@@ -182,14 +182,14 @@ TEST_F(SoundStreamComponent, OpenComponentContinuesAfterARefusal)
         SCOPED_TRACE(fact.function);
         startOver();
         object().initComponent();
-        sound_spy::answer(fact.function).status = -108;
+        spy::answer(fact.function).status = -108;
         const Notes calls = callsOf([&] { object().openComponent(); });
         EXPECT_EQ(calls.size(), fact.calls);
         EXPECT_EQ(object().isOpen(), fact.isOpen) << fact.why;
         EXPECT_EQ(object().state()->converter != nullptr, fact.hasConverter) << fact.why;
         EXPECT_NE(object().state()->refconRecord, nullptr);
 
-        sound_spy::answer(fact.function).status = noErr;
+        spy::answer(fact.function).status = noErr;
         object().openComponent();
         EXPECT_TRUE(object().isOpen());
         object().closeComponent();
@@ -202,7 +202,7 @@ TEST_F(SoundStreamComponent, OpenComponentContinuesAfterARefusal)
 TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeaksNothing)
 {
     object().initComponent();
-    sound_spy::answer("RegisterComponent").status = -108;
+    spy::answer("RegisterComponent").status = -108;
     object().openComponent();
     const long blocks = watched::liveBlocks();
     EXPECT_EQ(
@@ -284,11 +284,11 @@ TEST_F(SoundStreamComponent, CloseComponentContinuesAfterARefusal)
         open();
         object().attach(unit());
         const Component component = object().state()->component;
-        sound_spy::answer(function).status = -3001;
+        spy::answer(function).status = -3001;
         EXPECT_EQ(callsOf([&] { object().closeComponent(); }).size(), 3u);
         EXPECT_FALSE(object().isOpen());
         EXPECT_EQ(object().data().attachedUnit, nullptr);
-        sound_spy::answer(function).status = noErr;
+        spy::answer(function).status = noErr;
         // The refused call has left the component registered.
         if (function == "UnregisterComponent") UnregisterComponent(component);
     }
@@ -354,9 +354,9 @@ TEST_F(SoundStreamComponent, TwoObjectsMayShareAStateByItsHandle)
     other.data().state = object().state(); // equivalent to a host program that sets the property "Handle"
     EXPECT_TRUE(other.isOpen());
     other.openComponent();
-    EXPECT_EQ(sound_spy::calls(), Notes()) << "the shared state is open";
+    EXPECT_EQ(spy::calls(), Notes()) << "the shared state is open";
     other.closeComponent();
-    EXPECT_EQ(sound_spy::calls(), closing);
+    EXPECT_EQ(spy::calls(), closing);
     EXPECT_FALSE(object().isOpen());
     other.destroy();
     EXPECT_NE(object().state(), nullptr);
@@ -394,7 +394,7 @@ TEST_F(SoundStreamComponent, PropertiesFollowEveryState)
     expect(true, false, false);
     set<HostBoolean>(object().get(), "PostsStatusNotifications", false);
     expect(false, false, false);
-    EXPECT_EQ(sound_spy::calls().back(), "CloseMixerSoundComponent(mixer1)")
+    EXPECT_EQ(spy::calls().back(), "CloseMixerSoundComponent(mixer1)")
         << "the properties call no platform function";
 }
 
@@ -406,12 +406,12 @@ TEST_F(SoundStreamComponent, ThePlatformsExceptionsStayInsideAndLeakNothing)
         "CopyCStringToPascal", "NewString",         "RegisterComponent",   "DisposeHandle",
         "SetComponentRefcon",  "AudioConverterNew", "AudioOutputUnitStop", "CountComponentInstances",
         "UnregisterComponent"};
-    for (const std::string function : functions) {
+    for (const char* const function : functions) {
         SCOPED_TRACE(function);
         startOver();
         bool hasThrown = false;
-        sound_spy::platform().inEachCall = [&](const std::string& called) {
-            if (called != function || hasThrown) return;
+        spy::answer(function).during = [&] {
+            if (hasThrown) return;
             hasThrown = true;
             throw Thrown();
         };

@@ -15,7 +15,7 @@ protected:
         open();
         object().attach(unit());
         callback_ = sound_spy::callback();
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
     }
 
     OSStatus render(AudioBufferList* list, UInt32 frames = 8)
@@ -28,11 +28,11 @@ protected:
     void expectSilence(const char* why)
     {
         SCOPED_TRACE(why);
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         PulledList pulled(2);
         EXPECT_EQ(render(pulled.list()), noErr);
         EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1));
-        EXPECT_EQ(sound_spy::calls(), Notes());
+        EXPECT_EQ(spy::calls(), Notes());
     }
 
 private:
@@ -56,7 +56,7 @@ TEST_F(SoundStreamRender, SilencesTheFirstTwoBuffersOfTheList)
         EXPECT_EQ(pulled.buffer(0).mDataByteSize, 12u);
         EXPECT_EQ(pulled.buffer(1).mDataByteSize, 28u);
     }
-    EXPECT_EQ(sound_spy::calls(), Notes());
+    EXPECT_EQ(spy::calls(), Notes());
 }
 
 TEST_F(SoundStreamRender, SilenceSkipsBuffersWithoutMemory)
@@ -109,13 +109,13 @@ TEST_F(SoundStreamRender, CallsTheConverterAndIgnoresItsStatus)
 {
     openInstance();
     PulledList pulled(2);
-    sound_spy::name(pulled.list(), "list");
+    spy::name(pulled.list(), "list");
     for (const OSStatus status : {0, -50, 0x6F703F3F}) {
-        sound_spy::forgetCalls();
-        sound_spy::answer("AudioConverterFillComplexBuffer").status = status;
+        spy::forgetCalls();
+        spy::answer("AudioConverterFillComplexBuffer").status = status;
         EXPECT_EQ(render(pulled.list(), 512), noErr);
-        EXPECT_EQ(sound_spy::calls(), (Notes{"AudioConverterFillComplexBuffer(converter1, giveMixerSamples, "
-                                             "storage1, 512, list, null)"}));
+        EXPECT_EQ(spy::calls(), (Notes{"AudioConverterFillComplexBuffer(converter1, giveMixerSamples, "
+                                       "storage1, 512, list, null)"}));
         for (std::size_t i = 0; i < PulledList::capacity; ++i) EXPECT_TRUE(pulled.isUntouched(i));
     }
 }
@@ -123,27 +123,27 @@ TEST_F(SoundStreamRender, CallsTheConverterAndIgnoresItsStatus)
 TEST_F(SoundStreamRender, PassesNullWithoutAConverter)
 {
     startOver();
-    sound_spy::answer("AudioConverterNew").status = -108;
+    spy::answer("AudioConverterNew").status = -108;
     open();
     object().attach(unit());
     openInstance();
     PulledList pulled(2);
     EXPECT_EQ(sound_spy::callback().inputProc(object().state(), nullptr, nullptr, 0, 8, pulled.list()),
               noErr);
-    EXPECT_EQ(sound_spy::calls().back().substr(0, 36), "AudioConverterFillComplexBuffer(null");
+    EXPECT_EQ(spy::calls().back().substr(0, 36), "AudioConverterFillComplexBuffer(null");
 }
 
 TEST_F(SoundStreamRender, RendersSilenceWhenTheConverterThrows)
 {
     const ComponentInstance instance = openInstance();
     PulledList pulled(2);
-    sound_spy::answer("AudioConverterFillComplexBuffer").during = [] { throw Thrown(); };
+    spy::answer("AudioConverterFillComplexBuffer").during = [] { throw Thrown(); };
     EXPECT_EQ(render(pulled.list()), noErr);
     EXPECT_TRUE(pulled.isSilent(0) && pulled.isSilent(1) && pulled.isUntouched(2));
-    sound_spy::answer("AudioConverterFillComplexBuffer").during = nullptr;
-    sound_spy::forgetCalls();
+    spy::answer("AudioConverterFillComplexBuffer").during = nullptr;
+    spy::forgetCalls();
     EXPECT_EQ(render(pulled.list()), noErr);
-    EXPECT_EQ(sound_spy::calls().size(), 1u) << "the next slice is rendered";
+    EXPECT_EQ(spy::calls().size(), 1u) << "the next slice is rendered";
     closeInstance(instance); // the close does not wait, because the failed render call has ended
 }
 
@@ -160,13 +160,13 @@ protected:
             return noErr;
         };
         PulledList pulled(2);
-        sound_spy::forgetCalls();
+        spy::forgetCalls();
         EXPECT_EQ(render(pulled.list()), noErr);
         return status;
     }
 
     /// Whether the last give() call requested samples from the mixer.
-    static bool hasRequested() { return sound_spy::calls().size() > 1; }
+    static bool hasRequested() { return spy::calls().size() > 1; }
 };
 
 TEST_F(SoundStreamInput, GivesTheMixersSamplesInPlace)
@@ -217,12 +217,12 @@ TEST_F(SoundStreamInput, GivesTheMixersSamplesInPlace)
             current.buffer += 512;
             auto& globals = *globalsOf(instance);
             globals.sourceData = fact.current == none ? nullptr : &current;
-            sound_spy::name(globals.sourceData, "current data");
+            spy::name(globals.sourceData, "current data");
             sound_spy::platform().nextData = [&](SoundComponentDataPtr* data) {
                 if (fact.next != kept) *data = fact.next == none ? nullptr : &next;
             };
             // The sound bridge ignores this status.
-            sound_spy::answer("SoundComponentGetSourceData").status = status;
+            spy::answer("SoundComponentGetSourceData").status = status;
 
             PulledList input(1);
             input.buffer(0).mNumberChannels = 7;
@@ -230,9 +230,9 @@ TEST_F(SoundStreamInput, GivesTheMixersSamplesInPlace)
             EXPECT_EQ(give(packets, input.list()), noErr);
             EXPECT_EQ(hasRequested(), fact.requests);
             if (fact.requests) {
-                EXPECT_EQ(sound_spy::calls()[1], fact.current == none
-                                                     ? "SoundComponentGetSourceData(mixer1, null)"
-                                                     : "SoundComponentGetSourceData(mixer1, current data)");
+                EXPECT_EQ(spy::calls()[1], fact.current == none
+                                               ? "SoundComponentGetSourceData(mixer1, null)"
+                                               : "SoundComponentGetSourceData(mixer1, current data)");
             }
             const bool usesNext = fact.requests && fact.next != kept;
             const SoundComponentData& played = usesNext ? next : current;
@@ -293,9 +293,9 @@ TEST_F(SoundStreamInput, IsSilenceWithoutAMixer)
     openInstance();
     PulledList input(1);
     UInt32 packets = 64;
-    sound_spy::answer("SoundComponentGetSourceData").status = badComponentInstance;
+    spy::answer("SoundComponentGetSourceData").status = badComponentInstance;
     EXPECT_EQ(give(packets, input.list()), noErr);
-    EXPECT_EQ(sound_spy::calls()[1], "SoundComponentGetSourceData(null, null)");
+    EXPECT_EQ(spy::calls()[1], "SoundComponentGetSourceData(null, null)");
     EXPECT_EQ(packets, 64u);
     EXPECT_TRUE(input.isSilent(0));
     input.buffer(0).mData = nullptr;
@@ -307,7 +307,7 @@ TEST_F(SoundStreamInput, IsSilenceWhenTheMixerThrows)
     openInstanceWithMixer();
     PulledList input(1);
     UInt32 packets = 64;
-    sound_spy::answer("SoundComponentGetSourceData").during = [] { throw Thrown(); };
+    spy::answer("SoundComponentGetSourceData").during = [] { throw Thrown(); };
     EXPECT_EQ(give(packets, input.list()), noErr);
     EXPECT_EQ(packets, 64u);
     EXPECT_TRUE(input.isSilent(0));

@@ -1,8 +1,5 @@
-// Replaces the platform functions that the sound bridge calls: those of components, handles, the mixer of
-// classic sound, converters and output units. In a test program that links sound_spy.cpp and exports its
-// symbols, sound_spy.cpp handles these calls instead of libkvxplatform.
-//
-// Every call is recorded as text, in order and with all its arguments:
+// A spy for the platform functions that the sound bridge calls: those of components, handles, the mixer of
+// classic sound, converters and output units. Recorded calls look like this:
 //
 //     AudioUnitSetProperty(unit, 23, scope 1, element 0, {renderFromMixer, the state}, whole)
 //
@@ -11,30 +8,19 @@
 // not shown.
 //
 // By default every call succeeds. A refused call does nothing, returns null if it returns a pointer, and
-// fills its out-parameter with garbage. Any thread may call the platform functions; only the test's thread
-// calls the functions below.
+// fills its out-parameter with garbage.
 #pragma once
+
+#include "tests/support/platform_spy.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
 
 #include <functional>
-#include <map>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace sound_spy {
-
-using Notes = std::vector<std::string>;
-
-/// The behaviour of one platform function, which applies to each of its calls.
-struct Answer {
-    OSStatus status = 0; ///< status of the call; a status other than 0 refuses the call
-    /// Runs inside the call, after the call is recorded. May throw; a release happens nevertheless.
-    std::function<void()> during;
-};
 
 /// The arguments of one AudioConverterFillComplexBuffer call.
 struct Filling {
@@ -46,9 +32,6 @@ struct Filling {
 };
 
 struct Platform {
-    std::map<std::string, Answer> answers;
-    /// Runs inside every platform call, after the call is recorded, with the function's name. May throw.
-    std::function<void(const std::string&)> inEachCall;
     /// Sets the result of SoundComponentGetSourceData. Without this function the result keeps its value.
     std::function<void(SoundComponentDataPtr*)> nextData;
     /// Replaces AudioConverterFillComplexBuffer.
@@ -57,16 +40,9 @@ struct Platform {
     bool callsHandlers = true;
 };
 Platform& platform();
-Answer& answer(const std::string& function);
 
-/// Restore the initial state: no objects, no recorded calls, no names.
+/// Restore the initial platform, and reset the record of calls.
 void reset();
-
-Notes calls();
-void forgetCalls();
-
-/// Give `pointer` a name for recorded arguments. A pointer without a name is recorded as "memory".
-void name(const void* pointer, const std::string& text);
 
 /// The arguments of a RegisterComponent call.
 struct Registration {
@@ -86,13 +62,6 @@ AURenderCallbackStruct callback();
 
 /// The bytes in the memory of a handle.
 std::string bytesOf(Handle handle);
-
-/// The names of all objects that were created but not released.
-Notes live();
-
-/// Errors of the code under test: releases of an object twice or at an unknown address, and uses after a
-/// release.
-Notes faults();
 
 /// Number of times that any thread has slept during a wait.
 int sleeps();

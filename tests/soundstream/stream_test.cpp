@@ -25,18 +25,18 @@ void StreamTest::startOver()
     object_.reset();
     sound_spy::reset();
     object_.emplace();
-    sound_spy::name(&unit_, "unit");
-    sound_spy::name(reinterpret_cast<void*>(soundStreamDispatcher), "the dispatcher");
-    sound_spy::name(reinterpret_cast<void*>(&soundstream::renderFromMixer), "renderFromMixer");
-    sound_spy::name(reinterpret_cast<void*>(&soundstream::giveMixerSamples), "giveMixerSamples");
+    spy::name(&unit_, "unit");
+    spy::name(reinterpret_cast<void*>(soundStreamDispatcher), "the dispatcher");
+    spy::name(reinterpret_cast<void*>(&soundstream::renderFromMixer), "renderFromMixer");
+    spy::name(reinterpret_cast<void*>(&soundstream::giveMixerSamples), "giveMixerSamples");
 }
 
 void StreamTest::open()
 {
     object().initComponent();
     object().openComponent();
-    sound_spy::name(object().state(), "the state");
-    sound_spy::forgetCalls();
+    spy::name(object().state(), "the state");
+    spy::forgetCalls();
 }
 
 ComponentInstance StreamTest::openInstance()
@@ -44,7 +44,7 @@ ComponentInstance StreamTest::openInstance()
     const ComponentInstance instance = sound_spy::newInstance();
     EXPECT_EQ(send(instance, -1, {reinterpret_cast<long>(instance)}), noErr);
     instances_.push_back(instance);
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     return instance;
 }
 
@@ -52,7 +52,7 @@ ComponentInstance StreamTest::openInstanceWithMixer()
 {
     const ComponentInstance instance = openInstance();
     EXPECT_EQ(send(instance, 1, {0}), noErr);
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     return instance;
 }
 
@@ -63,7 +63,7 @@ ComponentResult StreamTest::sendWith(Handle storage, SInt16 selector, std::initi
         long more[8];
     } request = {{0, static_cast<UInt8>(words.size() * sizeof(long)), selector, {0}}, {}};
     std::copy(words.begin(), words.end(), request.parameters.params);
-    sound_spy::name(&request.parameters, "the request");
+    spy::name(&request.parameters, "the request");
     return dispatcher()(&request.parameters, storage);
 }
 
@@ -81,15 +81,15 @@ void StreamTest::closeInstance(ComponentInstance instance)
 
 void StreamTest::expectNothingLeft()
 {
-    sound_spy::platform().answers.clear();
-    sound_spy::platform().inEachCall = nullptr;
+    spy::script().answers.clear();
+    spy::script().inEachCall = nullptr;
     sound_spy::platform().callsHandlers = true;
     object().destroy();
     while (!instances_.empty()) closeInstance(instances_.back());
     EXPECT_TRUE(object().isUntouchedAround()) << "the object is written to outside its class data";
-    EXPECT_EQ(sound_spy::live(), Notes()) << "platform objects are left";
-    EXPECT_EQ(sound_spy::faults(), Notes());
-    for (const std::string& call : sound_spy::calls())
+    EXPECT_EQ(spy::live(), Notes()) << "platform objects are left";
+    EXPECT_EQ(spy::faults(), Notes());
+    for (const std::string& call : spy::calls())
         EXPECT_NE(call.substr(0, 21), "AudioConverterDispose") << "the converter is never disposed";
     EXPECT_EQ(watched::liveBlocks(), 0) << "no record stays allocated";
 }

@@ -14,15 +14,15 @@ protected:
 TEST_F(SoundStreamUnit, OpensTheDefaultOutputUnit)
 {
     HostInteger during = 0;
-    sound_spy::platform().inEachCall = [&](const std::string&) { during = lastStatus(); };
+    spy::script().inEachCall = [&](std::size_t) { during = lastStatus(); };
     const HostInteger opened = object().openUnit();
-    sound_spy::name(reinterpret_cast<void*>(opened), "the opened unit");
+    spy::name(reinterpret_cast<void*>(opened), "the opened unit");
     EXPECT_NE(opened, 0);
     EXPECT_EQ(lastStatus(), 0);
     EXPECT_EQ(during, -1);
-    EXPECT_EQ(sound_spy::calls(), (Notes{"FindNextComponent(null, {'auou', 'def ', 'appl', 0x0, 0x0})",
-                                         "OpenAComponent(output1)"}));
-    EXPECT_EQ(sound_spy::live(), (Notes{"unit1"})) << "the host program closes it";
+    EXPECT_EQ(spy::calls(), (Notes{"FindNextComponent(null, {'auou', 'def ', 'appl', 0x0, 0x0})",
+                                   "OpenAComponent(output1)"}));
+    EXPECT_EQ(spy::live(), (Notes{"unit1"})) << "the host program closes it";
     EXPECT_EQ(object().data().attachedUnit, nullptr) << "opening does not attach";
     sound_spy::reset();
 }
@@ -40,10 +40,10 @@ TEST_F(SoundStreamUnit, ReportsARefusalToOpen)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         startOver();
-        sound_spy::answer(fact.function).status = fact.status;
+        spy::answer(fact.function).status = fact.status;
         EXPECT_EQ(object().openUnit(), 0);
         EXPECT_EQ(lastStatus(), fact.lastStatus);
-        EXPECT_EQ(sound_spy::calls().size(), fact.calls);
+        EXPECT_EQ(spy::calls().size(), fact.calls);
     }
 }
 
@@ -53,7 +53,7 @@ TEST_F(SoundStreamUnit, AttachSetsTheRenderCallback)
     EXPECT_EQ(object().attach(unit()), 0);
     EXPECT_EQ(object().attach(unit(), 3), 0);
     EXPECT_EQ(object().attach(unit(), -1), 0);
-    EXPECT_EQ(sound_spy::calls(),
+    EXPECT_EQ(spy::calls(),
               (Notes{
                   "AudioUnitSetProperty(unit, 23, scope 1, element 0, {renderFromMixer, the state}, whole)",
                   "AudioUnitSetProperty(unit, 23, scope 1, element 3, {renderFromMixer, the state}, whole)",
@@ -74,25 +74,25 @@ TEST_F(SoundStreamUnit, AttachFailsWithoutAState)
     EXPECT_EQ(object().attach(unit(), 1), -1);
     EXPECT_EQ(lastStatus(), -1);
     EXPECT_EQ(object().data().attachedUnit, nullptr);
-    EXPECT_EQ(sound_spy::calls(), Notes());
+    EXPECT_EQ(spy::calls(), Notes());
 }
 
 TEST_F(SoundStreamUnit, CloseComponentStopsTheUnitAttachedLast)
 {
     open();
     char other = 0, third = 0;
-    sound_spy::name(&other, "other unit");
-    sound_spy::name(&third, "third unit");
+    spy::name(&other, "other unit");
+    spy::name(&third, "third unit");
     object().attach(unit());
     object().attach(reinterpret_cast<HostInteger>(&other));
-    sound_spy::answer("AudioUnitSetProperty").status = -10879;
+    spy::answer("AudioUnitSetProperty").status = -10879;
     EXPECT_EQ(object().attach(reinterpret_cast<HostInteger>(&third)), -10879);
     EXPECT_EQ(lastStatus(), -10879);
     EXPECT_EQ(object().data().attachedUnit, reinterpret_cast<AudioUnit>(&other))
         << "the unit attached last with success";
-    sound_spy::forgetCalls();
+    spy::forgetCalls();
     object().closeComponent();
-    EXPECT_EQ(sound_spy::calls()[0], "AudioOutputUnitStop(other unit)");
+    EXPECT_EQ(spy::calls()[0], "AudioOutputUnitStop(other unit)");
 }
 
 TEST_F(SoundStreamUnit, InitialisesAndStartsInEveryState)
@@ -101,10 +101,10 @@ TEST_F(SoundStreamUnit, InitialisesAndStartsInEveryState)
     const auto expectBoth = [&](const char* state) {
         SCOPED_TRACE(state);
         for (const OSStatus status : {0, -50, -10867}) {
-            sound_spy::answer("AudioUnitInitialize").status = status;
-            sound_spy::answer("AudioOutputUnitStart").status = status;
-            sound_spy::forgetCalls();
-            sound_spy::platform().inEachCall = [&](const std::string&) { during = lastStatus(); };
+            spy::answer("AudioUnitInitialize").status = status;
+            spy::answer("AudioOutputUnitStart").status = status;
+            spy::forgetCalls();
+            spy::script().inEachCall = [&](std::size_t) { during = lastStatus(); };
             EXPECT_EQ(object().initialize(unit()), status);
             EXPECT_EQ(lastStatus(), status);
             EXPECT_EQ(during, -1);
@@ -112,10 +112,10 @@ TEST_F(SoundStreamUnit, InitialisesAndStartsInEveryState)
             EXPECT_EQ(object().start(unit()), status);
             EXPECT_EQ(lastStatus(), status);
             EXPECT_EQ(during, -1);
-            EXPECT_EQ(sound_spy::calls(), (Notes{"AudioUnitInitialize(unit)", "AudioOutputUnitStart(unit)"}));
+            EXPECT_EQ(spy::calls(), (Notes{"AudioUnitInitialize(unit)", "AudioOutputUnitStart(unit)"}));
         }
-        sound_spy::platform().answers.clear();
-        sound_spy::platform().inEachCall = nullptr;
+        spy::script().answers.clear();
+        spy::script().inEachCall = nullptr;
     };
     expectBoth("new");
     object().initComponent();
@@ -136,7 +136,7 @@ TEST_F(SoundStreamUnit, InitialisesAndStartsInEveryState)
 TEST_F(SoundStreamUnit, AnExceptionOfThePlatformIsAFailure)
 {
     open();
-    sound_spy::platform().inEachCall = [](const std::string&) { throw Thrown(); };
+    spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
     object().data().lastStatus = 4711;
     EXPECT_EQ(object().openUnit(), 0);
     EXPECT_EQ(lastStatus(), -1);

@@ -1,5 +1,7 @@
 #include "tests/support/c_library_spy.h"
 
+#include "tests/support/call_log.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -12,16 +14,9 @@ namespace watched {
 
 namespace {
 
-enum class Event : unsigned char { calloc, free, lock, refusedLock, unlock };
-struct Note {
-    Event event;
-    std::size_t bytes;
-};
-
 thread_local bool isWatching = false;
 thread_local int forbidden = 0;
-std::array<Note, 4096> notes; // of the one thread that watches
-std::size_t noted = 0;
+spy::CallLog calls; // of the one thread that watches
 const void* lockedLast = nullptr;
 std::atomic<int> callocsToPass{0}, callocsToRefuse{0}, newToRefuse{0}, locksToRefuse{0}, rung{0};
 std::array<std::atomic<void*>, 4096> blocks; // what calloc gave and free has not taken back
@@ -37,9 +32,9 @@ bool replaceBlock(void* before, void* now)
     return false;
 }
 
-void note(Event event, std::size_t bytes = 0)
+void record(std::string_view call)
 {
-    if (isWatching && noted < notes.size()) notes[noted++] = {event, bytes};
+    if (isWatching) calls.add(call);
 }
 
 /// Whether an allocation must be refused because none is allowed here.
@@ -62,7 +57,7 @@ bool takeOne(std::atomic<int>& budget)
 
 void begin()
 {
-    noted = 0;
+    calls.forget();
     lockedLast = nullptr;
     isWatching = true;
 }
@@ -70,25 +65,7 @@ void begin()
 std::vector<std::string> end()
 {
     isWatching = false;
-    std::vector<std::string> texts;
-    for (std::size_t i = 0; i < noted; ++i) switch (notes[i].event) {
-        case Event::calloc:
-            texts.push_back("calloc " + std::to_string(notes[i].bytes));
-            break;
-        case Event::free:
-            texts.push_back("free");
-            break;
-        case Event::lock:
-            texts.push_back("lock");
-            break;
-        case Event::refusedLock:
-            texts.push_back("lock refused");
-            break;
-        case Event::unlock:
-            texts.push_back("unlock");
-            break;
-        }
-    return texts;
+    return calls.calls();
 }
 
 const void* lastLock() { return lockedLast; }
@@ -133,7 +110,9 @@ void* __wrap_realloc(void* memory, std::size_t size)
 
 void* __wrap_calloc(std::size_t count, std::size_t size)
 {
-    note(Event::calloc, count * size);
+    spy::Line line;
+    line << "calloc " << count * size;
+    record(line.text());
     if (ring() || (!takeOne(callocsToPass) && takeOne(callocsToRefuse))) return nullptr;
     void* memory = __real_calloc(count, size);
     if (memory && !replaceBlock(nullptr, memory)) std::abort(); // more than there is room to account for
@@ -143,7 +122,7 @@ void* __wrap_calloc(std::size_t count, std::size_t size)
 void __wrap_free(void* memory)
 {
     if (memory) {
-        note(Event::free);
+        record("free");
         replaceBlock(memory, nullptr);
     }
     __real_free(memory);
@@ -152,18 +131,18 @@ void __wrap_free(void* memory)
 int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex)
 {
     if (isWatching && takeOne(locksToRefuse)) {
-        note(Event::refusedLock);
+        record("lock refused");
         return EINVAL;
     }
     const int status = __real_pthread_mutex_lock(mutex);
-    note(Event::lock);
+    record("lock");
     if (isWatching) lockedLast = mutex;
     return status;
 }
 
 int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex)
 {
-    note(Event::unlock);
+    record("unlock");
     return __real_pthread_mutex_unlock(mutex);
 }
 

@@ -1,65 +1,197 @@
-// A spy in the platform's place. A test program that links platform_spy.cpp, and exports its symbols, answers
-// the platform calls named below itself: it stands in front of libkvxplatform for the objects linked into it,
-// and for a plug-in that it loads.
+// The common part of all spies that replace platform functions: the record of calls, the scripted results, and the
+// simulated platform objects. A spy defines platform functions under their own names; a test program that links the
+// spy and exports its symbols calls these functions instead of those of libkvxplatform.
 //
-// Every call is noted with every argument, in order; the answers, and what happens during a call, are the
-// test's. Threads: calls may come from any thread; the rest is for the thread that runs the test.
+// A recorded call shows the function and its arguments:
+//
+//     AudioUnitSetProperty(mixer, 11, input, 0, 1, 4 bytes)
+//
+// Platform functions: [any]. All other functions: [main].
 #pragma once
+
+#include "tests/support/call_log.h"
 
 #include <CoreAudio/CoreAudio.h>
 
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
-#include <vector>
 
 namespace spy {
 
-enum class Function {
-    hardwareGetProperty,
-    deviceGetProperty,
-    addIOProc,
-    removeIOProc,
-    start,
-    stop,
-    delay,
+// ---- scripted results ----
+
+/// The scripted result of one platform function. It applies to all calls of that function.
+struct Answer {
+    OSStatus status = 0;             ///< status of the call; a status other than 0 refuses the call
+    bool leavesGarbage = true;       ///< whether a refused call writes garbage to its outputs
+    std::optional<UInt32> size;      ///< size that the call writes back to the caller
+    std::optional<Boolean> writable; ///< writability that the call writes back to the caller
+    /// Bytes that the call writes to the caller's buffer, cut to the buffer's size.
+    std::string value;
+    Float32 parameter = 0;   ///< value that AudioUnitGetParameter returns
+    std::uint64_t bits = 0;  ///< bits of the result of a function that returns no status
+    std::function<void()> during; ///< function that runs inside the call, after the recording; it may throw
 };
 
-/// What the platform is like, until the next reset.
-struct Platform {
-    AudioDeviceID defaultOutputDevice = 2;
-    AudioStreamBasicDescription streamFormat = {}; ///< of every device without a row of its own
-    std::map<AudioDeviceID, AudioStreamBasicDescription> streamFormatOf;
-
-    std::map<Function, OSStatus> refusal; ///< a call with a row answers that status and does nothing else
-    /// Runs inside the call, after it has been noted. A Delay without a row would be a wait that nothing
-    /// ends: the spy says so and aborts.
-    std::map<Function, std::function<void()>> during;
+struct Script {
+    std::map<std::string, Answer, std::less<>> answers; ///< results by function
+    /// Status of each refused call, by the number of the call. Calls are counted from 0 after reset() or
+    /// forgetCalls().
+    std::map<std::size_t, OSStatus> refusals;
+    /// Function that runs inside every call with the number of the call. It may throw; a releasing call releases its
+    /// object nevertheless.
+    std::function<void(std::size_t)> inEachCall;
 };
+Script& script();
+Answer& answer(const std::string& function);
 
-/// The platform, to be set up by the test.
-Platform& platform();
-
-/// A platform as new: 44100 Hz, two channels, no calls noted, no names.
+/// Forget all calls, scripted results, names and platform objects.
 void reset();
 
-/// The calls since the last reset or forgetCalls, as text: "AudioDeviceStart(2, render)".
-std::vector<std::string> calls();
+// ---- recorded calls ----
+
+Calls calls();
 void forgetCalls();
 
-/// How often one function was called.
-int count(Function function);
+/// Return the number of recorded calls of one function.
+int count(const std::string& function);
 
-/// How a pointer shows in the calls' text; one without a name shows as "?", null as "null".
-void name(const void* pointer, const char* text);
+/// Set the name of a pointer in recorded calls. A pointer without a name is recorded as "memory".
+void name(const void* pointer, const std::string& text);
 
-/// The procedures that are added and not removed, in order.
-struct Installed {
-    AudioDeviceID device;
-    AudioDeviceIOProc procedure;
-    void* client;
-    bool isStarted;
+/// Return the bytes of the last property that was set.
+std::string lastValue();
+
+/// Return the names of all platform objects that the code under test has not released.
+Calls live();
+
+/// Return descriptions of misuse: an object that was released twice or used after its release, or the release of an
+/// unknown address.
+Calls faults();
+
+// ---- for the spies ----
+
+/// Guards the state of the spies. Recording holds the guard, but not while functions of the test run.
+class Guard {
+public:
+    Guard();
+    ~Guard();
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
 };
-std::vector<Installed> installed();
+
+/// One recorded call, with the results that the test has scripted.
+struct Call {
+    OSStatus status;
+    Answer scripted;
+};
+Call finish(const char* function, const Line& line);
+
+/// Record a call, then run the functions of the test.
+template <class... Arguments>
+Call record(const char* function, const Arguments&... arguments)
+{
+    Line line;
+    {
+        const Guard guard;
+        line << function << "(";
+        [[maybe_unused]] const char* between = "";
+        ((line << between << arguments, between = ", "), ...);
+        line << ")";
+    }
+    return finish(function, line);
+}
+
+/// Return whether the test has named a pointer. The caller holds the guard.
+bool isNamed(const void* pointer);
+
+void fault(const std::string& text);
+
+/// Keep the bytes that lastValue() returns.
+void keepValue(const void* bytes, UInt32 size);
+
+/// A simulated platform object. Its address is its handle, which makes it a memory handle, too: a pointer to the
+/// address of the memory.
+struct Object {
+    char* bytes = nullptr;
+    std::string name;
+    bool isLive = true;
+    bool isOwed = true;             ///< whether the code under test must release the object
+    std::unique_ptr<char[]> memory; ///< has exactly `size` bytes, so that a sanitizer finds a write past its end
+    std::size_t size = 0;
+};
+
+/// Make an object. `make` names it after its kind and number, such as "file2".
+void* make(const std::string& kind, bool isOwed = true);
+void* makeNamed(const std::string& name);
+void* makeMemory(const std::string& kind, const void* bytes, std::size_t size);
+
+/// Return the object of a handle, or null.
+Object* find(const void* handle);
+
+/// Return the next name of a kind, such as "file2".
+std::string nextName(const std::string& kind);
+
+/// Mark all objects as released whose names begin with `beginning`, because their owner is released.
+void releaseAll(const std::string& beginning);
+
+/// Releases the object of a handle at the end of a platform call, even if the call throws.
+class Release {
+public:
+    Release(const char* function, const void* handle) : function_(function), handle_(handle) {}
+    ~Release();
+    Release(const Release&) = delete;
+    Release& operator=(const Release&) = delete;
+
+    bool isCancelled = false;
+
+private:
+    const char* function_;
+    const void* handle_;
+};
+
+inline void writeGarbage(void* bytes, std::size_t size)
+{
+    if (bytes) std::memset(bytes, 0x3F, size);
+}
+
+/// Write an output value, or garbage if the call is refused.
+template <class T>
+OSStatus give(OSStatus status, T* target, const T& value)
+{
+    if (status)
+        writeGarbage(target, sizeof *target);
+    else if (target)
+        *target = value;
+    return status;
+}
+
+/// Make an object and write its handle, or write garbage if the call is refused.
+template <class Reference>
+OSStatus giveNew(OSStatus status, const char* kind, Reference* target, bool isOwed = true)
+{
+    return give(status, target, status ? Reference{} : static_cast<Reference>(make(kind, isOwed)));
+}
+
+/// Write a property value to a buffer of `*size` bytes, or garbage if the call is refused. `sizeError` refuses the
+/// call if the buffer is too small.
+template <class T>
+OSStatus giveProperty(OSStatus status, OSStatus sizeError, UInt32* size, void* target, const T& value)
+{
+    if (!status && *size < sizeof value) status = sizeError;
+    if (status) {
+        writeGarbage(target, *size);
+        return status;
+    }
+    std::memcpy(target, &value, sizeof value);
+    *size = sizeof value;
+    return noErr;
+}
 
 } // namespace spy

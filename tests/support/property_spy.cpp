@@ -1,6 +1,6 @@
 #include "tests/support/property_spy.h"
 
-#include "tests/support/record_text.h"
+#include "tests/support/platform_text.h"
 
 #include <AudioUnit/AudioUnit.h>
 #include <Carbon/Carbon.h>
@@ -8,130 +8,130 @@
 #include <algorithm>
 #include <cstring>
 #include <dlfcn.h>
-#include <map>
 #include <set>
 
 namespace property_spy {
 
 namespace {
 
-std::map<std::string, Answer> answers;
-std::map<const void*, std::string> names;
-Notes notes;
+using spy::Answer;
+using spy::Call;
+using spy::Hex;
+using spy::Line;
+using spy::record;
+
 bool valuesAreRead = true;
-std::string value, qualifier;
+std::string qualifier;
 std::vector<Registration> added;
 std::set<const void*> platformStrings;
 
 // ---- arguments as text ----
 
-using record_text::hex;
-
-std::string text(UInt32 number) { return hex(number); }
-std::string text(UInt64 number) { return hex(number); }
-std::string text(Boolean truth) { return std::to_string(truth); }
-std::string text(Float32 number)
+/// The float's bits.
+struct Bits {
+    Float32 number;
+};
+Line& operator<<(Line& line, Bits bits)
 {
-    UInt32 bits;
-    std::memcpy(&bits, &number, sizeof bits);
-    return "bits " + hex(bits);
-}
-std::string text(const void* pointer)
-{
-    if (!pointer) return "null";
-    const auto found = names.find(pointer);
-    return found == names.end() ? "memory" : found->second;
-}
-std::string text(const AudioObjectPropertyAddress* address)
-{
-    if (!address) return "null";
-    return "{" + hex(address->mSelector) + ", " + hex(address->mScope) + ", " + hex(address->mElement) + "}";
+    UInt32 word;
+    std::memcpy(&word, &bits.number, sizeof word);
+    return line << "bits " << Hex{word};
 }
 
-/// A handle is a number that came from the platform.
+struct Address {
+    const AudioObjectPropertyAddress* fields;
+};
+Line& operator<<(Line& line, Address address)
+{
+    if (!address.fields) return line << "null";
+    return line << "{" << Hex{address.fields->mSelector} << ", " << Hex{address.fields->mScope} << ", "
+                << Hex{address.fields->mElement} << "}";
+}
+
+/// A unit or component instance, which is a number that the test chose.
 struct HandleOf {
     const void* value;
 };
-std::string text(HandleOf handle) { return "handle " + hex(reinterpret_cast<std::uintptr_t>(handle.value)); }
-
-/// A size that is read, and written back.
-struct InOut {
-    UInt32* size;
-};
-std::string text(InOut size) { return size.size ? "size " + std::to_string(*size.size) : "size nowhere"; }
-
-struct Writable {
-    Boolean* truth;
-};
-std::string text(Writable writable)
+Line& operator<<(Line& line, HandleOf handle)
 {
-    return writable.truth ? "writable " + std::to_string(*writable.truth) : "writable nowhere";
+    return line << "handle " << Hex{reinterpret_cast<std::uintptr_t>(handle.value)};
 }
 
-/// A place for a value: what it held tells whether it was zeroed.
+struct InOut {
+    const UInt32* size;
+};
+Line& operator<<(Line& line, InOut size)
+{
+    return size.size ? line << "size " << *size.size : line << "size nowhere";
+}
+
+struct Writable {
+    const Boolean* flag;
+};
+Line& operator<<(Line& line, Writable writable)
+{
+    return writable.flag ? line << "writable " << *writable.flag : line << "writable nowhere";
+}
+
+/// A buffer for a value: its name, or whether the caller zeroed it.
 struct Buffer {
     const void* bytes;
     const UInt32* size;
 };
-std::string text(Buffer buffer)
+Line& operator<<(Line& line, Buffer buffer)
 {
-    if (!buffer.bytes || names.count(buffer.bytes) || !buffer.size) return text(buffer.bytes);
-    const char* bytes = static_cast<const char*>(buffer.bytes);
+    if (!buffer.bytes || spy::isNamed(buffer.bytes) || !buffer.size) return line << buffer.bytes;
+    const char* const bytes = static_cast<const char*>(buffer.bytes);
     const bool isZeroed = std::all_of(bytes, bytes + *buffer.size, [](char byte) { return byte == 0; });
-    return std::to_string(*buffer.size) + (isZeroed ? " zeros" : " bytes that are not all zero");
+    return line << *buffer.size << (isZeroed ? " zeros" : " bytes that are not all zero");
 }
 
-struct Place {
+/// The output of AudioUnitGetParameter, with its value before the call.
+struct ParameterOutput {
     const Float32* number;
 };
-std::string text(Place place) { return place.number ? "place of " + text(*place.number) : "null"; }
-
-template <class... Arguments>
-Answer& note(const char* function, Arguments... arguments)
+Line& operator<<(Line& line, ParameterOutput output)
 {
-    std::string call = std::string(function) + "(";
-    const char* between = "";
-    ((call += between + text(arguments), between = ", "), ...);
-    notes.push_back(call + ")");
-    Answer& scripted = answers[function];
-    if (scripted.during) scripted.during();
-    return scripted;
+    return output.number ? line << "output of " << Bits{*output.number} : line << "null";
 }
 
-// ---- what the calls have in common ----
+// ---- the common part of the calls ----
 
-OSStatus tell(const Answer& scripted, UInt32* size, Boolean* writable)
+OSStatus giveInfo(const Call& call, UInt32* size, Boolean* writable)
 {
-    if (scripted.size && size) *size = *scripted.size;
-    if (scripted.writable && writable) *writable = *scripted.writable;
-    return scripted.status;
+    if (call.scripted.size && size) *size = *call.scripted.size;
+    if (call.scripted.writable && writable) *writable = *call.scripted.writable;
+    return call.status;
 }
 
-OSStatus fill(const Answer& scripted, UInt32* size, void* data)
+OSStatus giveValue(const Call& call, UInt32* size, void* data)
 {
-    if (data && size)
-        std::memcpy(data, scripted.value.data(), std::min<std::size_t>(scripted.value.size(), *size));
-    return tell(scripted, size, nullptr);
+    const std::string& value = call.scripted.value;
+    if (data && size) std::memcpy(data, value.data(), std::min<std::size_t>(value.size(), *size));
+    return giveInfo(call, size, nullptr);
 }
 
-void readBytes(std::string& into, const void* bytes, UInt32 size)
+void keepValue(const void* bytes, UInt32 size) { spy::keepValue(valuesAreRead ? bytes : nullptr, size); }
+
+void keepQualifier(const void* bytes, UInt32 size)
 {
-    into.clear();
-    if (bytes && valuesAreRead) into.assign(static_cast<const char*>(bytes), size);
+    qualifier.clear();
+    if (bytes && valuesAreRead) qualifier.assign(static_cast<const char*>(bytes), size);
 }
 
 template <class Number>
-Number numberOf(const Answer& scripted)
+Number resultOf(const Call& call)
 {
     Number number;
-    std::memcpy(&number, &scripted.number, sizeof number);
+    std::memcpy(&number, &call.scripted.bits, sizeof number);
     return number;
 }
 
 bool isSame(const Registration& a, const Registration& b)
 {
     return a.object == b.object && a.procedure == b.procedure && a.client == b.client &&
-           text(&a.address) == text(&b.address);
+           a.address.mSelector == b.address.mSelector && a.address.mScope == b.address.mScope &&
+           a.address.mElement == b.address.mElement;
 }
 
 const PlatformString* platformString(const void* reference)
@@ -139,33 +139,24 @@ const PlatformString* platformString(const void* reference)
     return platformStrings.count(reference) ? static_cast<const PlatformString*>(reference) : nullptr;
 }
 
-/// The platform's own function, for strings that are not the test's.
+/// The platform's own function, for strings that the test did not make.
 template <class Function>
-Function* realOne(Function*, const char* function)
+Function* realFunction(Function*, const char* name)
 {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, function));
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
 } // namespace
 
-Answer& answer(const std::string& function) { return answers[function]; }
-
 void reset()
 {
-    answers.clear();
-    names.clear();
-    notes.clear();
+    spy::reset();
     valuesAreRead = true;
-    value.clear();
     qualifier.clear();
     added.clear();
 }
 
-Notes calls() { return notes; }
-void forgetCalls() { notes.clear(); }
-void name(const void* pointer, const std::string& text) { names[pointer] = text; }
 void readValues(bool areRead) { valuesAreRead = areRead; }
-std::string lastValue() { return value; }
 std::string lastQualifier() { return qualifier; }
 const std::vector<Registration>& registrations() { return added; }
 
@@ -195,59 +186,64 @@ extern "C" {
 OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID device, UInt32 channel, Boolean isInput,
                                     AudioDevicePropertyID selector, UInt32* size, Boolean* writable)
 {
-    return tell(note(__func__, device, channel, isInput, selector, InOut{size}, Writable{writable}), size,
-                writable);
+    return giveInfo(
+        record(__func__, Hex{device}, Hex{channel}, isInput, Hex{selector}, InOut{size}, Writable{writable}),
+        size, writable);
 }
 
 OSStatus AudioDeviceGetProperty(AudioDeviceID device, UInt32 channel, Boolean isInput,
                                 AudioDevicePropertyID selector, UInt32* size, void* data)
 {
-    return fill(note(__func__, device, channel, isInput, selector, InOut{size}, Buffer{data, size}), size,
-                data);
+    return giveValue(
+        record(__func__, Hex{device}, Hex{channel}, isInput, Hex{selector}, InOut{size}, Buffer{data, size}),
+        size, data);
 }
 
 OSStatus AudioDeviceSetProperty(AudioDeviceID device, const AudioTimeStamp* when, UInt32 channel,
                                 Boolean isInput, AudioDevicePropertyID selector, UInt32 size,
                                 const void* data)
 {
-    readBytes(value, data, size);
-    return note(__func__, device, static_cast<const void*>(when), channel, isInput, selector, size, data)
-        .status;
+    keepValue(data, size);
+    return record(__func__, Hex{device}, when, Hex{channel}, isInput, Hex{selector}, Hex{size}, data).status;
 }
 
 OSStatus AudioStreamGetPropertyInfo(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
                                     UInt32* size, Boolean* writable)
 {
-    return tell(note(__func__, stream, channel, selector, InOut{size}, Writable{writable}), size, writable);
+    return giveInfo(
+        record(__func__, Hex{stream}, Hex{channel}, Hex{selector}, InOut{size}, Writable{writable}), size,
+        writable);
 }
 
 OSStatus AudioStreamGetProperty(AudioStreamID stream, UInt32 channel, AudioDevicePropertyID selector,
                                 UInt32* size, void* data)
 {
-    return fill(note(__func__, stream, channel, selector, InOut{size}, Buffer{data, size}), size, data);
+    return giveValue(
+        record(__func__, Hex{stream}, Hex{channel}, Hex{selector}, InOut{size}, Buffer{data, size}), size,
+        data);
 }
 
 OSStatus AudioStreamSetProperty(AudioStreamID stream, const AudioTimeStamp* when, UInt32 channel,
                                 AudioDevicePropertyID selector, UInt32 size, const void* data)
 {
-    readBytes(value, data, size);
-    return note(__func__, stream, static_cast<const void*>(when), channel, selector, size, data).status;
+    keepValue(data, size);
+    return record(__func__, Hex{stream}, when, Hex{channel}, Hex{selector}, Hex{size}, data).status;
 }
 
 OSStatus AudioHardwareGetPropertyInfo(AudioHardwarePropertyID selector, UInt32* size, Boolean* writable)
 {
-    return tell(note(__func__, selector, InOut{size}, Writable{writable}), size, writable);
+    return giveInfo(record(__func__, Hex{selector}, InOut{size}, Writable{writable}), size, writable);
 }
 
 OSStatus AudioHardwareGetProperty(AudioHardwarePropertyID selector, UInt32* size, void* data)
 {
-    return fill(note(__func__, selector, InOut{size}, Buffer{data, size}), size, data);
+    return giveValue(record(__func__, Hex{selector}, InOut{size}, Buffer{data, size}), size, data);
 }
 
 OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID selector, UInt32 size, const void* data)
 {
-    readBytes(value, data, size);
-    return note(__func__, selector, size, data).status;
+    keepValue(data, size);
+    return record(__func__, Hex{selector}, Hex{size}, data).status;
 }
 
 // ---- audio units ----
@@ -255,58 +251,65 @@ OSStatus AudioHardwareSetProperty(AudioHardwarePropertyID selector, UInt32 size,
 OSStatus AudioUnitGetPropertyInfo(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
                                   AudioUnitElement element, UInt32* size, Boolean* writable)
 {
-    return tell(note(__func__, HandleOf{unit}, property, scope, element, InOut{size}, Writable{writable}),
-                size, writable);
+    return giveInfo(record(__func__, HandleOf{unit}, Hex{property}, Hex{scope}, Hex{element}, InOut{size},
+                           Writable{writable}),
+                    size, writable);
 }
 
 OSStatus AudioUnitGetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
                               AudioUnitElement element, void* data, UInt32* size)
 {
-    return fill(note(__func__, HandleOf{unit}, property, scope, element, Buffer{data, size}, InOut{size}),
-                size, data);
+    return giveValue(record(__func__, HandleOf{unit}, Hex{property}, Hex{scope}, Hex{element},
+                            Buffer{data, size}, InOut{size}),
+                     size, data);
 }
 
 OSStatus AudioUnitSetProperty(AudioUnit unit, AudioUnitPropertyID property, AudioUnitScope scope,
                               AudioUnitElement element, const void* data, UInt32 size)
 {
-    readBytes(value, data, size);
-    return note(__func__, HandleOf{unit}, property, scope, element, data, size).status;
+    keepValue(data, size);
+    return record(__func__, HandleOf{unit}, Hex{property}, Hex{scope}, Hex{element}, data, Hex{size}).status;
 }
 
-OSStatus AudioUnitInitialize(AudioUnit unit) { return note(__func__, HandleOf{unit}).status; }
-OSStatus AudioUnitUninitialize(AudioUnit unit) { return note(__func__, HandleOf{unit}).status; }
-OSStatus AudioOutputUnitStart(AudioUnit unit) { return note(__func__, HandleOf{unit}).status; }
-OSStatus AudioOutputUnitStop(AudioUnit unit) { return note(__func__, HandleOf{unit}).status; }
+OSStatus AudioUnitInitialize(AudioUnit unit) { return record(__func__, HandleOf{unit}).status; }
+OSStatus AudioUnitUninitialize(AudioUnit unit) { return record(__func__, HandleOf{unit}).status; }
+OSStatus AudioOutputUnitStart(AudioUnit unit) { return record(__func__, HandleOf{unit}).status; }
+OSStatus AudioOutputUnitStop(AudioUnit unit) { return record(__func__, HandleOf{unit}).status; }
 
 OSStatus AudioUnitReset(AudioUnit unit, AudioUnitScope scope, AudioUnitElement element)
 {
-    return note(__func__, HandleOf{unit}, scope, element).status;
+    return record(__func__, HandleOf{unit}, Hex{scope}, Hex{element}).status;
 }
 
 OSStatus AudioUnitSetParameter(AudioUnit unit, AudioUnitParameterID parameter, AudioUnitScope scope,
                                AudioUnitElement element, AudioUnitParameterValue number, UInt32 offset)
 {
-    return note(__func__, HandleOf{unit}, parameter, scope, element, number, offset).status;
+    return record(__func__, HandleOf{unit}, Hex{parameter}, Hex{scope}, Hex{element}, Bits{number},
+                  Hex{offset})
+        .status;
 }
 
 OSStatus AudioUnitGetParameter(AudioUnit unit, AudioUnitParameterID parameter, AudioUnitScope scope,
                                AudioUnitElement element, AudioUnitParameterValue* number)
 {
-    const Answer& scripted = note(__func__, HandleOf{unit}, parameter, scope, element, Place{number});
-    if (!scripted.value.empty()) std::memcpy(number, scripted.value.data(), sizeof *number);
-    return scripted.status;
+    const Call call =
+        record(__func__, HandleOf{unit}, Hex{parameter}, Hex{scope}, Hex{element}, ParameterOutput{number});
+    const std::string& value = call.scripted.value;
+    if (!value.empty()) std::memcpy(number, value.data(), sizeof *number);
+    return call.status;
 }
 
 // ---- components ----
 
 ComponentInstance OpenDefaultComponent(OSType type, OSType subtype)
 {
-    return reinterpret_cast<ComponentInstance>(numberOf<std::uintptr_t>(note(__func__, type, subtype)));
+    return reinterpret_cast<ComponentInstance>(
+        resultOf<std::uintptr_t>(record(__func__, Hex{type}, Hex{subtype})));
 }
 
 OSErr CloseComponent(ComponentInstance instance)
 {
-    return static_cast<OSErr>(note(__func__, HandleOf{instance}).status);
+    return static_cast<OSErr>(record(__func__, HandleOf{instance}).status);
 }
 
 // ---- audio objects ----
@@ -314,34 +317,35 @@ OSErr CloseComponent(ComponentInstance instance)
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         UInt32 qualifierSize, const void* qualifierData, UInt32* size)
 {
-    readBytes(qualifier, qualifierData, qualifierSize);
-    return tell(note(__func__, object, address, qualifierSize, qualifierData, InOut{size}), size, nullptr);
+    keepQualifier(qualifierData, qualifierSize);
+    return giveInfo(
+        record(__func__, Hex{object}, Address{address}, Hex{qualifierSize}, qualifierData, InOut{size}), size,
+        nullptr);
 }
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierSize, const void* qualifierData, UInt32* size, void* data)
 {
-    readBytes(qualifier, qualifierData, qualifierSize);
-    return fill(
-        note(__func__, object, address, qualifierSize, qualifierData, InOut{size}, Buffer{data, size}), size,
-        data);
+    keepQualifier(qualifierData, qualifierSize);
+    return giveValue(record(__func__, Hex{object}, Address{address}, Hex{qualifierSize}, qualifierData,
+                            InOut{size}, Buffer{data, size}),
+                     size, data);
 }
 
 OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierSize, const void* qualifierData, UInt32 size,
                                     const void* data)
 {
-    readBytes(qualifier, qualifierData, qualifierSize);
-    readBytes(value, data, size);
-    return note(__func__, object, address, qualifierSize, qualifierData, size, data).status;
+    keepQualifier(qualifierData, qualifierSize);
+    keepValue(data, size);
+    return record(__func__, Hex{object}, Address{address}, Hex{qualifierSize}, qualifierData, Hex{size}, data)
+        .status;
 }
 
 OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         AudioObjectPropertyListenerProc procedure, void* client)
 {
-    const OSStatus status = note(__func__, object, address, reinterpret_cast<const void*>(procedure),
-                                 static_cast<const void*>(client))
-                                .status;
+    const OSStatus status = record(__func__, Hex{object}, Address{address}, procedure, client).status;
     if (status == noErr) added.push_back({object, *address, procedure, client});
     return status;
 }
@@ -349,9 +353,7 @@ OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectP
 OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                            AudioObjectPropertyListenerProc procedure, void* client)
 {
-    const OSStatus status = note(__func__, object, address, reinterpret_cast<const void*>(procedure),
-                                 static_cast<const void*>(client))
-                                .status;
+    const OSStatus status = record(__func__, Hex{object}, Address{address}, procedure, client).status;
     const Registration gone = {object, *address, procedure, client};
     const auto found = std::find_if(added.begin(), added.end(),
                                     [&](const Registration& each) { return isSame(each, gone); });
@@ -361,28 +363,27 @@ OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObje
 
 // ---- the host clock ----
 
-Float64 AudioGetHostClockFrequency() { return numberOf<Float64>(note(__func__)); }
-UInt32 AudioGetHostClockMinimumTimeDelta() { return numberOf<UInt32>(note(__func__)); }
-UInt64 AudioGetCurrentHostTime() { return numberOf<UInt64>(note(__func__)); }
-UInt64 AudioConvertHostTimeToNanos(UInt64 time) { return numberOf<UInt64>(note(__func__, time)); }
-UInt64 AudioConvertNanosToHostTime(UInt64 nanos) { return numberOf<UInt64>(note(__func__, nanos)); }
+Float64 AudioGetHostClockFrequency() { return resultOf<Float64>(record(__func__)); }
+UInt32 AudioGetHostClockMinimumTimeDelta() { return resultOf<UInt32>(record(__func__)); }
+UInt64 AudioGetCurrentHostTime() { return resultOf<UInt64>(record(__func__)); }
+UInt64 AudioConvertHostTimeToNanos(UInt64 time) { return resultOf<UInt64>(record(__func__, Hex{time})); }
+UInt64 AudioConvertNanosToHostTime(UInt64 nanos) { return resultOf<UInt64>(record(__func__, Hex{nanos})); }
 
-// ---- platform strings: the test's own; all others are the platform's ----
+// ---- platform strings: those that the test made; all others go to the platform ----
 
 CFIndex CFStringGetLength(CFStringRef reference)
 {
     const PlatformString* known = platformString(reference);
-    if (!known) return realOne(CFStringGetLength, __func__)(reference);
-    note(__func__, static_cast<const void*>(reference));
+    if (!known) return realFunction(CFStringGetLength, __func__)(reference);
+    record(__func__, reference);
     return known->length;
 }
 
 Boolean CFStringGetCString(CFStringRef reference, char* buffer, CFIndex capacity, CFStringEncoding encoding)
 {
     const PlatformString* known = platformString(reference);
-    if (!known) return realOne(CFStringGetCString, __func__)(reference, buffer, capacity, encoding);
-    note(__func__, static_cast<const void*>(reference), static_cast<UInt32>(capacity),
-         static_cast<UInt32>(encoding));
+    if (!known) return realFunction(CFStringGetCString, __func__)(reference, buffer, capacity, encoding);
+    record(__func__, reference, Hex{static_cast<UInt32>(capacity)}, Hex{static_cast<UInt32>(encoding)});
     if (!known->utf8 || static_cast<std::size_t>(capacity) <= known->utf8->size()) return false;
     std::memcpy(buffer, known->utf8->c_str(), known->utf8->size() + 1);
     return true;
@@ -391,9 +392,9 @@ Boolean CFStringGetCString(CFStringRef reference, char* buffer, CFIndex capacity
 void CFRelease(CFTypeRef reference)
 {
     const PlatformString* known = platformString(reference);
-    if (!known) return realOne(CFRelease, __func__)(reference);
+    if (!known) return realFunction(CFRelease, __func__)(reference);
     ++const_cast<PlatformString*>(known)->releases;
-    note(__func__, reference);
+    record(__func__, reference);
 }
 
 } // extern "C"

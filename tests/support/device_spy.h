@@ -1,0 +1,35 @@
+// A spy for the platform functions that the buffered player calls: the default output device, stream formats,
+// I/O procedures and Delay. Recording allocates nothing, because the render thread calls some of these
+// functions.
+//
+// A refused property call fills the caller's buffer with garbage.
+#pragma once
+
+#include "tests/support/platform_spy.h"
+
+#include <map>
+#include <vector>
+
+namespace device_spy {
+
+struct Platform {
+    AudioDeviceID defaultOutputDevice = 2;
+    /// Stream format of all devices, except those in `streamFormatOf`.
+    AudioStreamBasicDescription streamFormat = {44100, 'lpcm', 9, 8, 1, 8, 2, 32, 0};
+    std::map<AudioDeviceID, AudioStreamBasicDescription> streamFormatOf;
+};
+Platform& platform();
+
+/// Restore the initial platform, and reset the record of calls.
+void reset();
+
+/// The I/O procedures that are added and not removed, in order.
+struct Installed {
+    AudioDeviceID device;
+    AudioDeviceIOProc procedure;
+    void* client;
+    bool isStarted;
+};
+std::vector<Installed> installed();
+
+} // namespace device_spy
