@@ -11,16 +11,16 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-/// What the files of one folder may include. The longest matching folder applies.
-struct Wall {
-    std::string_view folder; // a prefix of the file's path
-    Names ours;              // prefixes of quoted includes
-    const Names* standard;   // headers of the standard library; null: all
-    Names platform;          // prefixes of the platform's public headers; {""}: all
-    const Names* outside;    // prefixes of system and library headers; null: all
+/// The headers that the files of a folder may include. If two rules match a file, the longer folder applies.
+struct FolderRule {
+    std::string_view folder; ///< a prefix of the file's path
+    Names folders;           ///< allowed prefixes of quoted includes
+    const Names* standard;   ///< allowed headers of the standard library; null allows all
+    Names platform;          ///< allowed prefixes of the platform's public headers; {""} allows all
+    const Names* libraries;  ///< allowed prefixes of library headers; null allows all
 };
 
-// The standard library's parts that need nothing but the oldest system's C++ run-time library.
+// Headers that need no more of the C++ run-time library than the oldest system has.
 const Names headerOnly = {
     "algorithm",        "array",       "atomic",   "cassert",     "cfloat",   "climits", "cmath",
     "cstdarg",          "cstddef",     "cstdint",  "cstdio",      "cstdlib",  "cstring", "exception",
@@ -32,10 +32,11 @@ const Names headerOnly = {
 const Names plainC = {"stdarg.h", "stdbool.h", "stddef.h", "stdint.h", "string.h", "sys/types.h"};
 const Names fixedWidth = {"cstddef", "cstdint", "type_traits"};
 
-const Names nothing = {};
-const Names belowPlatform = {"Block", "alsa/",       "ffi.h",        "fmt/",      "jack/",     "portaudio.h",
-                             "pa_",   "rubberband/", "samplerate.h", "sndfile.h", "utf8proc.h"};
-const Names besideHost = {"CLI/", "ffi.h", "fmt/", "nlohmann/", "sndfile.h", "stb/", "utf8proc.h"};
+const Names none = {};
+const Names platformLibraries = {"Block",        "alsa/",       "ffi.h",     "fmt/",
+                                 "jack/",        "portaudio.h", "pa_",       "rubberband/",
+                                 "samplerate.h", "sndfile.h",   "utf8proc.h"};
+const Names hostLibraries = {"CLI/", "ffi.h", "fmt/", "nlohmann/", "sndfile.h", "stb/", "utf8proc.h"};
 
 const Names control = {"KVXPlatform/"};
 const Names frameworks = {
@@ -43,25 +44,25 @@ const Names frameworks = {
     "ApplicationServices/", "CoreGraphics/", "dispatch/", "libkern/",   "pthread.h",       "Block.h"};
 const Names allPlatform = {""};
 
-const std::vector<Wall>& walls()
+const std::vector<FolderRule>& folderRules()
 {
     // clang-format off
-    static const std::vector<Wall> table = {
-        // folder                       ours                                              standard      platform     outside
-        {"abi/",                        {"abi/"},                                         &fixedWidth,  {},          &nothing},
-        {"plugin/",                     {"abi/", "plugin/"},                              &headerOnly,  frameworks,  &nothing},
-        {"coreaudio/",                  {"abi/", "plugin/", "coreaudio/"},                &headerOnly,  frameworks,  &nothing},
-        {"player/",                     {"abi/", "plugin/", "player/"},                   &headerOnly,  frameworks,  &nothing},
-        {"auplayer/",                   {"abi/", "plugin/", "auplayer/"},                 &headerOnly,  frameworks,  &nothing},
-        {"soundstream/",                {"abi/", "plugin/", "soundstream/"},              &headerOnly,  frameworks,  &nothing},
-        {"listener/",                   {"abi/", "plugin/", "listener/"},                 &headerOnly,  frameworks,  &nothing},
-        {"platform/include/",           {},                                               &plainC,      allPlatform, &nothing},
-        {"platform/",                   {"platform/"},                                    nullptr,      allPlatform, &belowPlatform},
-        {"host/",                       {"abi/", "host/"},                                nullptr,      control,     &besideHost},
-        {"host/runtime/values/folder_item.", {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
-        {"host/soundclient/",           {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
-        {"host/kvx/files/",             {"abi/", "host/"},                                nullptr,      allPlatform, &besideHost},
-        // Tests of a plug-in folder stand where the host stands, and see the folder from inside.
+    static const std::vector<FolderRule> table = {
+        // folder                       folders                                           standard      platform     libraries
+        {"abi/",                        {"abi/"},                                         &fixedWidth,  {},          &none},
+        {"plugin/",                     {"abi/", "plugin/"},                              &headerOnly,  frameworks,  &none},
+        {"coreaudio/",                  {"abi/", "plugin/", "coreaudio/"},                &headerOnly,  frameworks,  &none},
+        {"player/",                     {"abi/", "plugin/", "player/"},                   &headerOnly,  frameworks,  &none},
+        {"auplayer/",                   {"abi/", "plugin/", "auplayer/"},                 &headerOnly,  frameworks,  &none},
+        {"soundstream/",                {"abi/", "plugin/", "soundstream/"},              &headerOnly,  frameworks,  &none},
+        {"listener/",                   {"abi/", "plugin/", "listener/"},                 &headerOnly,  frameworks,  &none},
+        {"platform/include/",           {},                                               &plainC,      allPlatform, &none},
+        {"platform/",                   {"platform/"},                                    nullptr,      allPlatform, &platformLibraries},
+        {"host/",                       {"abi/", "host/"},                                nullptr,      control,     &hostLibraries},
+        {"host/runtime/values/folder_item.", {"abi/", "host/"},                                nullptr,      allPlatform, &hostLibraries},
+        {"host/soundclient/",           {"abi/", "host/"},                                nullptr,      allPlatform, &hostLibraries},
+        {"host/kvx/files/",             {"abi/", "host/"},                                nullptr,      allPlatform, &hostLibraries},
+        // Tests of a plug-in folder replace the host, and include the folder's internal headers.
         {"tests/abi/",                  {"abi/", "tests/"},                               nullptr,      {},          nullptr},
         {"tests/plugin/",               {"abi/", "plugin/", "tests/"},                    nullptr,      allPlatform, nullptr},
         {"tests/coreaudio/",            {"abi/", "plugin/", "coreaudio/", "tests/"},      nullptr,      allPlatform, nullptr},
@@ -71,12 +72,12 @@ const std::vector<Wall>& walls()
         {"tests/listener/",             {"abi/", "plugin/", "listener/", "tests/"},       nullptr,      allPlatform, nullptr},
         {"tests/platform/",             {"platform/", "tests/"},                          nullptr,      allPlatform, nullptr},
         {"tests/host/",                 {"abi/", "host/", "tests/"},                      nullptr,      allPlatform, nullptr},
-        // End to end means through the doors: the loaded library, the host, the platform's public headers.
+        // End-to-end tests use the built library only through the host and the platform's public headers.
         {"tests/endtoend/",             {"abi/", "host/", "tests/endtoend/", "tests/support/"}, nullptr, allPlatform, nullptr},
         {"tests/support/",              {"abi/", "tests/support/", "plugin/"},            nullptr,      allPlatform, nullptr},
         {"tests/rules/",                {"abi/", "tests/rules/", "tests/support/"},       nullptr,      {},          nullptr},
         {"bench/",                      {""},                                             nullptr,      allPlatform, nullptr},
-        {"examples/",                   {"abi/", "host/"},                                nullptr,      control,     &besideHost},
+        {"examples/",                   {"abi/", "host/"},                                nullptr,      control,     &hostLibraries},
         {"fuzz/",                       {""},                                             nullptr,      allPlatform, nullptr},
     };
     // clang-format on
@@ -94,16 +95,16 @@ bool hasPrefixIn(const Names& prefixes, std::string_view text)
                        [&](auto prefix) { return startsWith(text, prefix); });
 }
 
-const Wall* wallAround(const std::string& file)
+const FolderRule* ruleFor(const std::string& file)
 {
-    const Wall* found = nullptr;
-    for (const Wall& wall : walls())
-        if (startsWith(file, wall.folder) && (!found || wall.folder.size() > found->folder.size()))
-            found = &wall;
+    const FolderRule* found = nullptr;
+    for (const FolderRule& rule : folderRules())
+        if (startsWith(file, rule.folder) && (!found || rule.folder.size() > found->folder.size()))
+            found = &rule;
     return found;
 }
 
-// The C++ library's headers have no extension; what of C and the system stands beside them is named here.
+// C++ library headers have no extension; the list names the C and system headers.
 bool isStandard(const std::string& target)
 {
     static const Names system = {
@@ -121,35 +122,35 @@ bool isStandard(const std::string& target)
 
 bool isPlatform(const std::string& target)
 {
-    return std::filesystem::exists(top() / "platform/include" / target) || hasPrefixIn(frameworks, target) ||
+    return std::filesystem::exists(root() / "platform/include" / target) || hasPrefixIn(frameworks, target) ||
            hasPrefixIn(control, target);
 }
 
-std::string quotedBreach(const Wall& wall, const Include& include)
+std::string quotedViolation(const FolderRule& rule, const Include& include)
 {
-    if (!hasPrefixIn(wall.ours, include.target))
-        return std::string(wall.folder) + " must not reach " + include.target;
-    if (!std::filesystem::exists(top() / include.target))
-        return "quoted includes are paths from the top of the tree, and no file stands at " + include.target;
+    if (!hasPrefixIn(rule.folders, include.target))
+        return std::string(rule.folder) + " must not include " + include.target;
+    if (!std::filesystem::exists(root() / include.target))
+        return "quoted includes are paths from the root folder, and there is no file " + include.target;
     return {};
 }
 
-std::string angledBreach(const Wall& wall, const Include& include)
+std::string angledViolation(const FolderRule& rule, const Include& include)
 {
     const std::string& target = include.target;
     if (isStandard(target)) {
-        const bool allowed = !wall.standard || std::find(wall.standard->begin(), wall.standard->end(),
-                                                         target) != wall.standard->end();
-        if (allowed || (isPlatform(target) && hasPrefixIn(wall.platform, target))) return {};
-        return std::string(wall.folder) + " must do without <" + target +
-               ">, which is not header-only or not C";
+        const bool allowed = !rule.standard || std::find(rule.standard->begin(), rule.standard->end(),
+                                                         target) != rule.standard->end();
+        if (allowed || (isPlatform(target) && hasPrefixIn(rule.platform, target))) return {};
+        return std::string(rule.folder) + " must not include <" + target +
+               ">, which needs a compiled library or is not C";
     }
     if (isPlatform(target)) {
-        if (hasPrefixIn(wall.platform, target)) return {};
-        return std::string(wall.folder) + " must not see the platform's <" + target + ">";
+        if (hasPrefixIn(rule.platform, target)) return {};
+        return std::string(rule.folder) + " must not include the platform header <" + target + ">";
     }
-    if (!wall.outside || hasPrefixIn(*wall.outside, target)) return {};
-    return std::string(wall.folder) + " must not stand on <" + target + ">";
+    if (!rule.libraries || hasPrefixIn(*rule.libraries, target)) return {};
+    return std::string(rule.folder) + " must not include the library header <" + target + ">";
 }
 
 } // namespace
@@ -168,11 +169,11 @@ std::vector<Include> includesOf(const std::string& file, const std::string& text
     return found;
 }
 
-std::string breach(const Include& include)
+std::string violationOf(const Include& include)
 {
-    const Wall* wall = wallAround(include.file);
-    if (!wall) return "no wall is drawn around this folder; draw one in tests/rules/dependency_rules.cpp";
-    return include.isQuoted ? quotedBreach(*wall, include) : angledBreach(*wall, include);
+    const FolderRule* rule = ruleFor(include.file);
+    if (!rule) return "no rule for this folder; add a row to tests/rules/dependency_rules.cpp";
+    return include.isQuoted ? quotedViolation(*rule, include) : angledViolation(*rule, include);
 }
 
 } // namespace rules

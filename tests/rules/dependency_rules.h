@@ -1,5 +1,5 @@
-// Who may include what. The walls between plug-in, host and platform keep each side loadable beside the real
-// other side, so they are facts in a table, and a test walks every include of the tree past them.
+// The dependency rules: a table of the headers that each folder may include. They keep the plug-in, the host
+// and the platform separate, so that each works with the real counterpart of the others.
 #pragma once
 
 #include <string>
@@ -9,16 +9,16 @@ namespace rules {
 
 /// One include directive: `#include <target>` or `#include "target"`.
 struct Include {
-    std::string file; ///< from the top of the tree
+    std::string file; ///< path of the file that contains the directive
     int line = 0;
     std::string target;
     bool isQuoted = false;
 };
 
-/// The include directives in the text of `file`, comments and strings aside.
+/// The include directives in the text of `file`. Directives in comments do not count.
 std::vector<Include> includesOf(const std::string& file, const std::string& text);
 
-/// What is wrong with `include`, in a sentence; empty when it stays inside its walls.
-std::string breach(const Include& include);
+/// The rule that `include` violates, as a sentence; empty if the folder may include the header.
+std::string violationOf(const Include& include);
 
 } // namespace rules

@@ -1,5 +1,4 @@
-// The pages at the front door name files and folders; each must be there. A page that names what has gone
-// sends a newcomer astray.
+// Checks that the files and folders named in the documentation exist.
 #include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Paths of this tree that a page names: link targets, and code in backquotes that looks like a path.
+/// The repository paths in a document: its link targets, and its inline code that has the form of a path.
 std::vector<std::string> pathsIn(const std::string& text)
 {
     std::vector<std::string> paths;
@@ -25,37 +24,36 @@ std::vector<std::string> pathsIn(const std::string& text)
     return paths;
 }
 
-// Made by building or running, not tracked.
-bool isMade(const std::string& path) { return path.rfind("build/", 0) == 0; }
+/// Builds and programs create these files; the repository does not contain them.
+bool isGenerated(const std::string& path) { return path.rfind("build/", 0) == 0; }
 
-bool standsThere(const std::string& page, const std::string& path)
+bool exists(const std::string& document, const std::string& path)
 {
-    const fs::path beside = (rules::top() / page).parent_path() / path;
-    return isMade(path) || fs::exists(rules::top() / path) || fs::exists(beside) ||
-           fs::exists(rules::top() / "platform/include" / path);
+    const fs::path sibling = (rules::root() / document).parent_path() / path;
+    return isGenerated(path) || fs::exists(rules::root() / path) || fs::exists(sibling) ||
+           fs::exists(rules::root() / "platform/include" / path);
 }
 
-TEST(Pages, NameOnlyWhatIsThere)
+TEST(Documentation, NamesExistingFilesOnly)
 {
-    int named = 0;
-    for (const std::string& page : rules::files()) {
-        if (fs::path(page).extension() != ".md") continue;
-        for (const std::string& path : pathsIn(rules::read(page))) {
-            ++named;
-            EXPECT_TRUE(standsThere(page, path)) << page << " names " << path;
+    int count = 0;
+    for (const std::string& document : rules::files()) {
+        if (fs::path(document).extension() != ".md") continue;
+        for (const std::string& path : pathsIn(rules::read(document))) {
+            ++count;
+            EXPECT_TRUE(exists(document, path)) << document << " names " << path;
         }
     }
-    EXPECT_GT(named, 30);
+    EXPECT_GT(count, 30);
 }
 
-TEST(Pages, AtTheFrontDoorAreThere)
+TEST(Documentation, HasItsMainFilesInTheRootFolder)
 {
-    for (const char* page : {"README.md", "CONTRIBUTING.md", "LICENSE", "run", "check"})
-        EXPECT_TRUE(fs::exists(rules::top() / page)) << page;
+    for (const char* file : {"README.md", "CONTRIBUTING.md", "LICENSE", "run", "check"})
+        EXPECT_TRUE(fs::exists(rules::root() / file)) << file;
 }
 
-// What the front page shows is what is built.
-TEST(Pages, ShowTheExampleAsItIs)
+TEST(Documentation, ShowsTheExampleUnchanged)
 {
     const std::string program = rules::read("examples/tone.cpp");
     const auto main = program.find("int main(");
@@ -63,12 +61,12 @@ TEST(Pages, ShowTheExampleAsItIs)
     EXPECT_NE(rules::read("README.md").find("```cpp\n" + program.substr(main) + "```"), std::string::npos);
 }
 
-TEST(Pages, AreReadForLinksAndCode)
+TEST(Documentation, IsSearchedForLinksAndInlineCode)
 {
     EXPECT_EQ(
         pathsIn("see [the guide](docs/guide.md#top) and `host/kvx/` or `word.h`, not `a b` nor `kvx play`"),
         (std::vector<std::string>{"docs/guide.md", "host/kvx/", "word.h"}));
-    EXPECT_FALSE(standsThere("README.md", "no/such/file.cpp"));
+    EXPECT_FALSE(exists("README.md", "no/such/file.cpp"));
     EXPECT_TRUE(pathsIn("[elsewhere](https://example.org/x)").empty());
 }
 

@@ -94,4 +94,12 @@ ElfFile readElf(const std::string& path)
     return bytes[EI_CLASS] == ELFCLASS64 ? readAs<Elf64>(bytes) : readAs<Elf32>(bytes);
 }
 
+std::set<std::string> exportsOf(const std::string& path)
+{
+    std::set<std::string> names;
+    for (const DynamicSymbol& symbol : readElf(path).symbols)
+        if (symbol.isDefined) names.insert(symbol.name);
+    return names;
+}
+
 } // namespace rules

@@ -1,4 +1,4 @@
-// The reader of libraries, tried on a library of known content: this machine's C library.
+// Tests the ELF reader with a library of known content: the C library of this process.
 #include "tests/rules/elf_file.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ TEST(ElfFile, ReadsTheCLibraryOfThisProcess)
     EXPECT_TRUE(symbol->isDefined);
 }
 
-TEST(ElfFile, IsEmptyForWhatIsNoLibrary)
+TEST(ElfFile, IsEmptyForOtherFiles)
 {
     EXPECT_EQ(rules::readElf(KVX_SOURCE_DIR "/LICENSE").bits, 0);
     EXPECT_EQ(rules::readElf(KVX_SOURCE_DIR "/no such file").bits, 0);

@@ -50,7 +50,7 @@ IncludeGraph foldersOf(const IncludeGraph& units)
         for (const std::string& include : includes) {
             const fs::path from = fs::path(unit).parent_path(), to = fs::path(include).parent_path();
             const auto [a, b] = std::mismatch(from.begin(), from.end(), to.begin(), to.end());
-            if (a == from.end() || b == to.end()) continue; // the same folder, or one inside the other
+            if (a == from.end() || b == to.end()) continue; // these folders are no siblings
             fs::path common;
             for (auto each = from.begin(); each != a; ++each) common /= *each;
             folders[(common / *a).generic_string()].insert((common / *b).generic_string());

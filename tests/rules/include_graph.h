@@ -10,17 +10,17 @@
 
 namespace rules {
 
-/// For each name, the names that it includes.
+/// Names, each with the names that it includes.
 using IncludeGraph = std::map<std::string, std::set<std::string>>;
 
-/// Units and the units that they include. A header and the source of the same name are one unit, named by
-/// its path without extension. Platform headers under their public names count as files of platform/include.
+/// The include graph of units. A header and the source with the same name are one unit, named by its path
+/// without extension. Platform headers have public names, but count as files of platform/include.
 IncludeGraph unitsOf(const std::vector<Include>& includes);
 
-/// Folders and their sibling folders that they include, each folder with its subfolders.
+/// The include graph of sibling folders. A folder includes its subfolders.
 IncludeGraph foldersOf(const IncludeGraph& units);
 
-/// The names on one cycle, the first repeated at the end; empty if there is none.
+/// The names on one cycle, with the first name repeated at the end; empty if the graph has no cycle.
 std::vector<std::string> cycleIn(const IncludeGraph& graph);
 
 } // namespace rules

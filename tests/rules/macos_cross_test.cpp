@@ -1,5 +1,6 @@
-// The preset macos-cross: the commands that it generates for an SDK and a linker, and its errors without
-// them. Both are stand-ins here: the commands are compared, not run.
+// Tests the preset macos-cross: the commands that it generates for an SDK and a linker, and its messages if
+// one of them is missing. The SDK and the linker are empty files, because the tests compare the commands and
+// run none.
 #include "tests/rules/source_tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -36,7 +37,7 @@ struct CrossBuild : support::TemporaryFolder {
     {
         const std::vector<std::string> command = {"cmake", "--preset", "macos-cross", "-B", *this / "build"};
         options.insert(options.begin(), command.begin(), command.end());
-        return support::runChild(options, plainCompiler, rules::top());
+        return support::runChild(options, plainCompiler, rules::root());
     }
     std::vector<std::string> commands() const
     {
@@ -45,7 +46,7 @@ struct CrossBuild : support::TemporaryFolder {
                 .out);
     }
 
-    // What the caller's environment would add to the commands.
+    // Keeps compiler options of the environment out of the generated commands.
     const support::Child::Environment plainCompiler = {{"CMAKE_C_COMPILER_LAUNCHER", ""},
                                                        {"CMAKE_CXX_COMPILER_LAUNCHER", ""},
                                                        {"CFLAGS", ""},
@@ -61,7 +62,7 @@ std::size_t sourceCount()
 {
     std::size_t count = 0;
     for (const char* folder : {"plugin", "coreaudio", "player", "auplayer", "soundstream", "listener"})
-        for (const auto& entry : fs::directory_iterator(rules::top() / folder))
+        for (const auto& entry : fs::directory_iterator(rules::root() / folder))
             count += entry.path().extension() == ".cpp";
     return count;
 }
@@ -79,7 +80,7 @@ TEST(MacosCross, CompilesForTheOldestSystemAndLinksWithTheGivenLinker)
     const auto configured = build.configure({build.sdk(), build.linker(), build.headers()});
     ASSERT_EQ(configured.exitCode, 0) << configured.err;
     const auto commands = build.commands();
-    const std::string top = rules::top();
+    const std::string top = rules::root();
     const std::string folder = build.path();
 
     std::string compile = lineWith(commands, "-c " + top + "/plugin/background.cpp");
@@ -110,7 +111,7 @@ TEST(MacosCross, CompilesForTheOldestSystemAndLinksWithTheGivenLinker)
                   "/SDK/usr/lib/libgcc_s.10.5.dylib");
 }
 
-TEST(MacosCross, LooksUpAtLoadTimeWhatAnEarlySDKLacks)
+TEST(MacosCross, LeavesSymbolsMissingFromAnEarlySDKUndefined)
 {
     const CrossBuild build;
     const auto configured =
@@ -135,7 +136,7 @@ TEST(MacosCross, DeclaresTheGlobalQueuesThatAnEarlySDKLacks)
                                             "auto* queue = dispatch_get_global_queue(0, 0);\n";
     const auto compile = [&](const char* option) {
         return support::runChild({"clang++", "-fsyntax-only", option, "-I", folder.path(), "-I",
-                                  rules::top().string(), folder / "caller.cpp"})
+                                  rules::root().string(), folder / "caller.cpp"})
             .exitCode;
     };
     EXPECT_EQ(compile("-DKVX_MAC_EARLY_SDK"), 0);
@@ -144,11 +145,11 @@ TEST(MacosCross, DeclaresTheGlobalQueuesThatAnEarlySDKLacks)
 
 TEST(MacosCross, ExportsTheEntryPointOnly)
 {
-    std::ifstream list(rules::top() / "plugin/exports_mac.txt");
+    std::ifstream list(rules::root() / "plugin/exports_mac.txt");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(list), {}), "_REALPluginMain\n");
 }
 
-TEST(MacosCross, RefusesInOneLineWhatItCannotBuildWith)
+TEST(MacosCross, ReportsUnusableInputsInOneLine)
 {
     const CrossBuild build;
     const std::string folder = build.path();
@@ -173,7 +174,7 @@ TEST(MacosCross, RefusesInOneLineWhatItCannotBuildWith)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.message);
-        fs::remove_all(build / "build"); // a refused configuration remembers its options
+        fs::remove_all(build / "build"); // otherwise CMake would use the cached options of the previous row
         const auto refused = build.configure(fact.options);
         EXPECT_EQ(refused.exitCode, 1);
         EXPECT_NE(refused.err.find("   " + fact.message + "\n"), std::string::npos) << refused.err;

@@ -1,4 +1,5 @@
-// The platform's exports: declared in public headers, and called in the tree or listed here with a reason.
+// Checks the exports of the platform library. A public header declares each of them, and each has a caller in
+// the tree or a row in the table below.
 #include "tests/rules/elf_file.h"
 #include "tests/rules/source_tree.h"
 
@@ -12,6 +13,8 @@
 #include <set>
 
 namespace {
+
+const char* const platformPath = KVX_BINARY_DIR "/libkvxplatform.so";
 
 std::string withoutComments(const std::string& text)
 {
@@ -44,43 +47,27 @@ std::set<std::string> wordsOfPublicHeaders()
 
 TEST(PlatformSymbols, AreDeclaredInPublicHeaders)
 {
-    const std::set<std::string> declared = wordsOfPublicHeaders();
-    int exported = 0;
-    for (const auto& symbol : rules::readElf(KVX_BINARY_DIR "/libkvxplatform.so").symbols) {
-        if (!symbol.isDefined) continue;
-        ++exported;
-        EXPECT_TRUE(declared.count(symbol.name))
-            << symbol.name << " is exported, but no public header declares it";
-    }
-    EXPECT_GT(exported, 20);
+    const std::set<std::string> declared = wordsOfPublicHeaders(), exported = rules::exportsOf(platformPath);
+    for (const std::string& name : exported)
+        EXPECT_TRUE(declared.count(name)) << name << " is exported, but no public header declares it";
+    EXPECT_GT(exported.size(), 20u);
 }
 
 TEST(PlatformSymbols, IncludeEveryControlFunction)
 {
-    const rules::ElfFile file = rules::readElf(KVX_BINARY_DIR "/libkvxplatform.so");
+    const std::set<std::string> exported = rules::exportsOf(platformPath);
     const std::string text = withoutComments(rules::read("platform/include/KVXPlatform/KVXPlatform.h"));
     static const std::regex function("\\b(KVXPlatform[A-Za-z]+)\\(");
     int declared = 0;
     for (std::sregex_iterator each(text.begin(), text.end(), function), end; each != end; ++each) {
         ++declared;
-        const std::string name = (*each)[1];
-        EXPECT_TRUE(std::any_of(file.symbols.begin(), file.symbols.end(), [&](const auto& symbol) {
-            return symbol.isDefined && symbol.name == name;
-        })) << name;
+        EXPECT_TRUE(exported.count((*each)[1])) << (*each)[1];
     }
     EXPECT_GT(declared, 15);
 }
 
-std::set<std::string> exportsOf(const std::string& library)
-{
-    std::set<std::string> names;
-    for (const auto& symbol : rules::readElf(KVX_BINARY_DIR + library).symbols)
-        if (symbol.isDefined) names.insert(symbol.name);
-    return names;
-}
-
-/// The dynamic symbols of the plug-in, the command and the examples, with undefined ones.
-std::set<std::string> namesOfCallers()
+/// The dynamic symbols, defined or not, of the plug-in, the command and the examples.
+std::set<std::string> symbolsOfCallers()
 {
     std::vector<std::string> callers = {KVX_BINARY_DIR "/KVXAudio.so", KVX_BINARY_DIR "/kvx"};
     for (const auto& file : std::filesystem::directory_iterator(KVX_BINARY_DIR "/examples"))
@@ -91,8 +78,8 @@ std::set<std::string> namesOfCallers()
     return names;
 }
 
-// Exports that no caller in the tree uses. Each is one of the basics that a client expects beside the called
-// ones, or a control function. Any other export without a caller should be removed instead.
+// The exports that no caller in the tree uses, with the reason why the library has them. An export without
+// such a reason must be removed instead.
 const std::map<std::string, std::string> exportsWithoutCaller = {
     // clang-format off
     {"AUGraphClose",                        "reverses AUGraphOpen"},
@@ -106,15 +93,15 @@ const std::map<std::string, std::string> exportsWithoutCaller = {
     {"AudioConverterGetPropertyInfo",       "a property function of every object"},
     {"AudioConverterReset",                 "clears a converter's history at a discontinuity"},
     {"AudioConverterSetProperty",           "a property function of every object"},
-    {"AudioDeviceCreateIOProcID",           "registers an I/O procedure that is not identified by its address"},
+    {"AudioDeviceCreateIOProcID",           "registers the same I/O procedure several times"},
     {"AudioDeviceDestroyIOProcID",          "reverses AudioDeviceCreateIOProcID"},
     {"AudioFileGetPropertyInfo",            "a property function of every object"},
-    {"AudioFileOpenURL",                    "opens what AudioFileClose closes"},
+    {"AudioFileOpenURL",                    "the counterpart of AudioFileClose"},
     {"AudioObjectHasProperty",              "a property function of every object"},
     {"AudioObjectIsPropertySettable",       "a property function of every object"},
     {"AudioObjectShow",                     "prints an object for a developer"},
-    {"AudioUnitRender",                     "renders a unit; the units themselves call past it"},
-    {"CFGetRetainCount",                    "reports a reference count, for tests and leak searches"},
+    {"AudioUnitRender",                     "renders a unit for a client; units render each other without it"},
+    {"CFGetRetainCount",                    "reports a reference count, to find leaks"},
     {"CFRetain",                            "the counterpart of CFRelease"},
     {"CFStringCreateWithCString",           "the counterpart of CFStringGetCString"},
     {"CFStringGetMaximumSizeForEncoding",   "gives the buffer size for CFStringGetCString"},
@@ -127,7 +114,7 @@ const std::map<std::string, std::string> exportsWithoutCaller = {
     {"FSCreateStringFromHFSUniStr",         "turns a file name record into a string"},
     {"GetComponentInstanceStorage",         "the counterpart of SetComponentInstanceStorage"},
     {"GetHandleSize",                       "reports the size of a handle from NewHandle"},
-    {"HLock",                               "locks a handle, as older code does before it uses one"},
+    {"HLock",                               "older code locks a handle before it uses it"},
     {"HUnlock",                             "reverses HLock"},
     {"KVXPlatformBuiltInSimulatedDevice",   "control function"},
     {"KVXPlatformRefreshDevices",           "control function"},
@@ -144,7 +131,7 @@ const std::map<std::string, std::string> exportsWithoutCaller = {
 
 TEST(PlatformSymbols, AreCalledInTheTreeOrListedWithAReason)
 {
-    const std::set<std::string> exported = exportsOf("/libkvxplatform.so"), called = namesOfCallers();
+    const std::set<std::string> exported = rules::exportsOf(platformPath), called = symbolsOfCallers();
     std::set<std::string> uncalled, listed;
     std::set_difference(exported.begin(), exported.end(), called.begin(), called.end(),
                         std::inserter(uncalled, uncalled.end()));
@@ -157,19 +144,19 @@ TEST(PlatformSymbols, AreCalledInTheTreeOrListedWithAReason)
     for (const std::string& name : listed)
         EXPECT_TRUE(uncalled.count(name))
             << name << (exported.count(name) ? " has a caller" : " is not exported") << ": remove its row";
-    EXPECT_GT(exported.size(), uncalled.size() + 50) << "the callers were read";
+    EXPECT_GT(exported.size(), uncalled.size() + 50) << "the callers were not read";
 }
 
-// A program detects an older system by the two names.
-TEST(PlatformSymbols, AreTheSameInTheOlderPlatformButForTwo)
+// The plug-in detects an older system by the lack of these two functions.
+TEST(PlatformSymbols, OfTheOlderPlatformLackTwoFunctions)
 {
-    std::set<std::string> names = exportsOf("/libkvxplatform.so");
+    std::set<std::string> names = rules::exportsOf(platformPath);
     for (const char* name : {"CGPathCreateCopyByTransformingPath", "dispatch_async"})
         EXPECT_EQ(names.erase(name), 1u) << name;
-    EXPECT_EQ(exportsOf("/older/libkvxplatform.so"), names);
+    EXPECT_EQ(rules::exportsOf(KVX_BINARY_DIR "/older/libkvxplatform.so"), names);
 }
 
-TEST(PlatformSymbols, ArePickedFromDeclarationsNotFromComments)
+TEST(PlatformSymbols, AreSearchedForOutsideComments)
 {
     EXPECT_EQ(withoutComments("a /* b */ c // d\ne"), "a  c \ne");
     EXPECT_EQ(withoutComments("/* unfinished"), "");

@@ -1,5 +1,5 @@
-// What the plug-in exports and what it asks of others. The oldest system has little of a C++ library, so
-// every undefined C++ symbol must stand in a short list; everything else is the platform's or plain C.
+// Checks the exported and the imported symbols of the plug-in. The oldest system has only a small part of the
+// C++ library, so a list names the allowed C++ imports; all other imports are platform functions or plain C.
 #include "tests/rules/elf_file.h"
 
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@ namespace {
 const char* const libraryPath = KVX_BINARY_DIR "/KVXAudio.so";
 const char* const platformPath = KVX_BINARY_DIR "/libkvxplatform.so";
 
-// The C++ run-time library of the oldest system: plain new and delete, exception support, the types of the
-// standard exceptions. No sized or aligned forms, nothing that came later.
+// The C++ run-time library of the oldest system: plain new and delete, exception support, and type
+// information of the standard exceptions. It has no sized or aligned forms of new and delete.
 const std::regex allowedRuntime(
     "_Zn[wa][jm](RKSt9nothrow_t)?|_Zd[la]Pv(RKSt9nothrow_t)?|_ZSt7nothrow|_ZSt9terminatev"
     "|__gxx_personality_v0|_Unwind_Resume"
@@ -25,14 +25,13 @@ const std::regex allowedRuntime(
     "|13runtime_error|14overflow_error|15underflow_error)"
     "|_ZNSt9exceptionD[012]Ev|_ZNKSt9exception4whatEv");
 
-// Found in every shared library: the C start-up code's own, the compiler's 64-bit arithmetic, and the
-// sanitizers' where they are built in.
-const std::regex allowedMachinery("__u?(div|mod)di3|_ITM_.*|__gmon_start__|__stack_chk_fail|__(asan|ubsan|"
-                                  "tsan|sanitizer|lsan)_.*|_GLOBAL_OFFSET_TABLE_"
-                                  "|__tls_get_addr|___tls_get_addr|__gcc_personality_v0");
+// Symbols that the compiler adds to any library: start-up code, 64-bit arithmetic, and sanitizer functions.
+const std::regex
+    allowedCompilerSymbols("__u?(div|mod)di3|_ITM_.*|__gmon_start__|__stack_chk_fail|__(asan|ubsan|"
+                           "tsan|sanitizer|lsan)_.*|_GLOBAL_OFFSET_TABLE_"
+                           "|__tls_get_addr|___tls_get_addr|__gcc_personality_v0");
 
-// All that is asked of the C libraries. A name that is missing here may be one that the oldest system lacks:
-// look it up there before it is added.
+// All imports from the C libraries. Before you add a function, make sure that the oldest system has it.
 const std::set<std::string> allowedPlainC = {
     // memory and text
     "calloc", "free", "memcpy", "memmove", "memset", "snprintf", "strlen", "vsnprintf",
@@ -40,15 +39,15 @@ const std::set<std::string> allowedPlainC = {
     "floor",
     // locks
     "pthread_mutex_destroy", "pthread_mutex_init", "pthread_mutex_lock", "pthread_mutex_unlock",
-    // work in the background
+    // background threads
     "pthread_attr_destroy", "pthread_attr_init", "pthread_attr_setstacksize", "pthread_create",
     "pthread_detach", "pthread_join",
-    // who is in the sound bridge's slice, and waiting for its end
+    // render scope of the sound bridge: the rendering thread, and the wait for its end
     "pthread_self", "sched_yield", "nanosleep",
     // blocks
     "_Block_object_assign", "_Block_object_dispose", "_NSConcreteStackBlock"};
 
-// Must resolve lazily: the oldest system lacks the one, and the other is how a newer one is recognised.
+// Weak references: older systems lack these functions, so the plug-in tests their addresses before use.
 const std::set<std::string> weakNames = {"dispatch_async", "CGPathCreateCopyByTransformingPath"};
 
 bool isCxxLibraryName(const std::string& name)
@@ -57,54 +56,47 @@ bool isCxxLibraryName(const std::string& name)
            name.rfind("_Unwind", 0) == 0;
 }
 
-std::set<std::string> exportsOf(const char* path)
-{
-    std::set<std::string> names;
-    for (const auto& symbol : rules::readElf(path).symbols)
-        if (symbol.isDefined) names.insert(symbol.name);
-    return names;
-}
-
 bool isAllowed(const std::string& name, const std::set<std::string>& platform)
 {
-    if (std::regex_match(name, allowedMachinery) || platform.count(name) || weakNames.count(name))
+    if (std::regex_match(name, allowedCompilerSymbols) || platform.count(name) || weakNames.count(name))
         return true;
     return isCxxLibraryName(name) ? std::regex_match(name, allowedRuntime) : allowedPlainC.count(name) > 0;
 }
 
-TEST(PluginSymbols, OneNameIsExported)
+TEST(PluginSymbols, ExportTheEntryPointOnly)
 {
-    EXPECT_EQ(exportsOf(libraryPath), std::set<std::string>{"REALPluginMain"});
+    EXPECT_EQ(rules::exportsOf(libraryPath), std::set<std::string>{"REALPluginMain"});
 }
 
-TEST(PluginSymbols, TheTargetIsRight)
+TEST(PluginSymbols, AreForTheTargetProcessorAndCanBeInterposed)
 {
     const rules::ElfFile file = rules::readElf(libraryPath);
     EXPECT_EQ(file.bits, int(sizeof(void*) * 8));
     EXPECT_EQ(file.machine, sizeof(void*) == 4 ? EM_386 : EM_X86_64);
-    EXPECT_FALSE(file.isSymbolic) << "a test program must be able to stand in front of the platform";
+    EXPECT_FALSE(file.isSymbolic) << "a test program must be able to interpose platform functions";
 }
 
-TEST(PluginSymbols, ThePlatformIsReachedByNameAndNotCopied)
+TEST(PluginSymbols, ImportPlatformFunctionsFromTheSharedLibrary)
 {
     const rules::ElfFile file = rules::readElf(libraryPath);
     EXPECT_NE(std::find(file.needed.begin(), file.needed.end(), "libkvxplatform.so"), file.needed.end());
-    const std::set<std::string> platform = exportsOf(platformPath);
-    int reached = 0;
-    for (const auto& symbol : file.symbols) reached += !symbol.isDefined && platform.count(symbol.name) > 0;
-    EXPECT_GT(reached, 5);
+    const std::set<std::string> platform = rules::exportsOf(platformPath);
+    int imported = 0;
+    for (const auto& symbol : file.symbols) imported += !symbol.isDefined && platform.count(symbol.name) > 0;
+    EXPECT_GT(imported, 5);
 }
 
-TEST(PluginSymbols, NothingIsAskedButTheOldestRuntimeAndPlainC)
+TEST(PluginSymbols, ImportOnlyWhatTheOldestSystemHas)
 {
-    const std::set<std::string> platform = exportsOf(platformPath);
+    const std::set<std::string> platform = rules::exportsOf(platformPath);
     ASSERT_FALSE(platform.empty());
     for (const auto& symbol : rules::readElf(libraryPath).symbols)
         if (!symbol.isDefined)
-            EXPECT_TRUE(isAllowed(symbol.name, platform)) << symbol.name << " is not in the oldest system";
+            EXPECT_TRUE(isAllowed(symbol.name, platform))
+                << symbol.name << " is not in the lists of functions that the oldest system has";
 }
 
-TEST(PluginSymbols, WhatTheOldestSystemLacksIsAWeakReference)
+TEST(PluginSymbols, AreWeakReferencesIfAnOldSystemLacksTheFunction)
 {
     std::set<std::string> found;
     for (const auto& symbol : rules::readElf(libraryPath).symbols) {
@@ -113,43 +105,43 @@ TEST(PluginSymbols, WhatTheOldestSystemLacksIsAWeakReference)
         EXPECT_TRUE(symbol.isWeak) << symbol.name;
         found.insert(symbol.name);
     }
-    EXPECT_TRUE(found.count("dispatch_async")) << "the listener goes by way of the main queue";
+    EXPECT_TRUE(found.count("dispatch_async")) << "the listener uses the main queue";
 }
 
-TEST(PluginSymbols, TheListsRefuseWhatCameLater)
+TEST(PluginSymbols, OfLaterSystemsAreRefused)
 {
     // clang-format off
     const struct { const char* name; bool isAllowed; const char* why; } facts[] = {
         {"_Znwj",                     true,  "operator new"},
-        {"_ZnajRKSt9nothrow_t",       true,  "the array form that gives null"},
+        {"_ZnajRKSt9nothrow_t",       true,  "operator new[] that returns null on failure"},
         {"_ZdlPv",                    true,  "operator delete"},
-        {"_ZdlPvj",                   false, "sized delete came later"},
-        {"_ZnwjSt11align_val_t",      false, "over-aligned new came later"},
+        {"_ZdlPvj",                   false, "the oldest system has no sized delete"},
+        {"_ZnwjSt11align_val_t",      false, "the oldest system has no over-aligned new"},
         {"_ZTISt9bad_alloc",          true,  "type of a standard exception, to catch it"},
-        {"_ZSt17__throw_bad_allocv",  false, "a throw helper of the compiled library"},
-        {"_ZSt20__throw_length_errorPKc", false, "likewise: std::vector's"},
-        {"_ZNSt6chrono3_V212steady_clock3nowEv", false, "a clock of the compiled library"},
+        {"_ZSt17__throw_bad_allocv",  false, "a throw function of the compiled C++ library"},
+        {"_ZSt20__throw_length_errorPKc", false, "a throw function of std::vector"},
+        {"_ZNSt6chrono3_V212steady_clock3nowEv", false, "a clock of the compiled C++ library"},
         {"__cxa_throw",               true,  "exception support"},
-        {"__cxa_throw_bad_array_new_length", false, "came later"},
-        {"__cxa_thread_atexit",       false, "thread_local came later"},
+        {"__cxa_throw_bad_array_new_length", false, "the oldest system lacks this check"},
+        {"__cxa_thread_atexit",       false, "the oldest system has no thread_local"},
         {"calloc",                    true,  "plain C"},
-        {"pthread_mutex_lock",        true,  "the queue's lock"},
-        {"dispatch_async",            true,  "weak, and tested before each use"},
-        {"__asan_init",               true,  "the sanitizers' own"},
-        {"AudioDeviceStart",          true,  "the platform's"},
-        {"AudioDeviceStarts",         false, "nobody's"},
-        {"pthread_create",            true,  "work in the background, where the system has no queue"},
-        {"pthread_cancel",            false, "plain C, but nobody is stopped half-way"},
-        {"clock_gettime",             false, "plain C, but not in the oldest system"},
-        {"strnlen",                   false, "likewise"},
-        {"__snprintf_chk",            false, "a hardened form that only this system has"},
-        {"fopen",                     false, "files are the platform's to read"},
-        {"getenv",                    false, "there is nothing to configure at run time"},
-        {"callo",                     false, "the list is matched whole"},
-        {"",                          false, "no name at all"},
+        {"pthread_mutex_lock",        true,  "the player's queue has a lock"},
+        {"dispatch_async",            true,  "a weak reference"},
+        {"__asan_init",               true,  "a sanitizer's function"},
+        {"AudioDeviceStart",          true,  "a platform function"},
+        {"AudioDeviceStarts",         false, "no function has this name"},
+        {"pthread_create",            true,  "background threads on systems without a global queue"},
+        {"pthread_cancel",            false, "no thread may be cancelled"},
+        {"clock_gettime",             false, "the oldest system lacks this clock"},
+        {"strnlen",                   false, "the oldest system lacks this function"},
+        {"__snprintf_chk",            false, "only the compiler of this system emits checked forms"},
+        {"fopen",                     false, "the plug-in reads files through the platform"},
+        {"getenv",                    false, "the plug-in has no configuration"},
+        {"callo",                     false, "the whole name must match"},
+        {"",                          false, "an empty name is refused"},
     };
     // clang-format on
-    const std::set<std::string> platform = exportsOf(platformPath);
+    const std::set<std::string> platform = rules::exportsOf(platformPath);
     for (const auto& fact : facts)
         EXPECT_EQ(isAllowed(fact.name, platform), fact.isAllowed) << fact.name << ": " << fact.why;
 }

@@ -1,5 +1,5 @@
-// The scripts at the front door, each in a small tree of its own, with the programs it calls replaced where
-// they would reach out of it.
+// Tests the scripts `run`, `setup` and `check-text`. Each test copies its script into a temporary folder,
+// with fake programs in place of those that would change the machine.
 #include "tests/rules/source_tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -36,7 +36,7 @@ struct ScriptTree : support::TemporaryFolder {
     explicit ScriptTree(const std::string& script)
     {
         fs::create_directory(*this / "scripts");
-        fs::copy_file(rules::top() / "scripts" / script, (*this / ("scripts/" + script)));
+        fs::copy_file(rules::root() / "scripts" / script, (*this / ("scripts/" + script)));
     }
     support::ChildResult run(const std::string& script, const Environment& environment) const
     {
@@ -44,25 +44,25 @@ struct ScriptTree : support::TemporaryFolder {
     }
 };
 
-// A clone with one tracked file, and one of version control that breaks the rules.
+// A repository with a tracked file, and a file in `.git` that violates the text rules.
 struct TextTree : ScriptTree {
     TextTree() : ScriptTree("check-text")
     {
-        fs::copy_file(rules::top() / ".clang-format", *this / ".clang-format");
+        fs::copy_file(rules::root() / ".clang-format", *this / ".clang-format");
         writeFile(*this / "tracked.cpp", "int one = 1;\n");
         EXPECT_EQ(support::runChild({"git", "init", "-q"}, {}, path()).exitCode, 0);
         EXPECT_EQ(support::runChild({"git", "add", "."}, {}, path()).exitCode, 0);
-        writeFile(*this / ".git/note", "a blank at the end \n");
+        writeFile(*this / ".git/note", "a space at the end \n");
     }
 };
 
-TEST(CheckText, LooksAtWhatIsTrackedWhoeverOwnsTheClone)
+TEST(CheckText, ReadsTrackedFilesOnlyEvenInTheCloneOfAnotherUser)
 {
     for (const char* other : {"0", "1"}) {
         SCOPED_TRACE(other);
         const TextTree tree;
         const Environment environment = {{"GIT_TEST_ASSUME_DIFFERENT_OWNER", other}};
-        writeFile(tree / "mine.txt", "not tracked, so nobody's business \n");
+        writeFile(tree / "mine.txt", "an untracked file with a space at the end \n");
         const auto good = tree.run("check-text", environment);
         EXPECT_EQ(good.exitCode, 0) << good.err;
 
@@ -71,20 +71,60 @@ TEST(CheckText, LooksAtWhatIsTrackedWhoeverOwnsTheClone)
     }
 }
 
-TEST(CheckText, LeavesVersionControlAloneWhereGitIsOfNoUse)
+TEST(CheckText, SkipsTheGitFolderIfGitCannotReadTheRepository)
 {
     const TextTree tree;
     const Environment environment = {{"GIT_DIR", "/nowhere"}};
     const auto good = tree.run("check-text", environment);
     EXPECT_EQ(good.exitCode, 0) << good.err;
 
-    writeFile(tree / "letter.txt", "a blank at the end \n");
+    writeFile(tree / "letter.txt", "a space at the end \n");
     const auto bad = tree.run("check-text", environment);
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_NE(bad.err.find("letter.txt"), std::string::npos) << bad.err;
 }
 
-// A machine without a single package, on which installing fails `failures` times.
+// The literals are in two parts, so that this file contains no forbidden word.
+TEST(CheckText, FindsForbiddenWordsInTextsAndPaths)
+{
+    const struct {
+        const char *path, *text;
+        bool isForbidden;
+        const char* why;
+    } facts[] = {
+        // clang-format off
+        {"mark.txt",         "// TO" "DO: later\nfine\n",          true,  "a mark of unfinished work"},
+        {"lower_case.txt",   "// to" "do: later\n",                true,  "a mark in lower case"},
+        {"phrase.txt",       "A St" "ub, Not Imple" "mented\n",    true,  "two marks in one line"},
+        {"letters.txt",      "// XX" "X: later\n",                 true,  "a mark of three letters"},
+        {"pattern.txt",      "xxx. .... xxx.\n",                   false, "a pattern of letters"},
+        {"parts.txt",        "autodocs, stubborn, hackle, Xxxx\n", false, "parts of other words"},
+        {"identifier.txt",   "int myTo" "do, st" "ub_count;\n",    true,  "a word in an identifier"},
+        {"number.txt",       "as Part 3" ".1 says\n",              true,  "a numbered part of a document"},
+        {"upper_case.txt",   "AS PART 3" ".1 SAYS\n",              true,  "a numbered part in upper case"},
+        {"document.txt",     "The Specifi" "cation\n",             true,  "the name of a document"},
+        {"short_name.txt",   "Per Sp" "ec\n",                      true,  "the short name of a document"},
+        {"ordinary.txt",     "a part of 3.1 seconds; special\n",   false, "an ordinary number and word"},
+        {"st" "ub.cpp",          "\n", true,  "the name of a file"},
+        {"tests/my_To" "do.cpp", "\n", true,  "a word in the name of a file"},
+        {"docs/DESIGN.M" "D",    "\n", true,  "the name of a document as a file"},
+        {"a-specifi" "cation/x", "\n", true,  "the name of a folder"},
+        {"stubborn_methods.cpp", "\n", false, "part of another word"},
+        // clang-format on
+    };
+    const TextTree tree;
+    for (const auto& fact : facts) writeFile(tree / fact.path, fact.text);
+    EXPECT_EQ(support::runChild({"git", "add", "."}, {}, tree.path()).exitCode, 0);
+    const auto result = tree.run("check-text", {});
+    EXPECT_EQ(result.exitCode, 1);
+    for (const auto& fact : facts)
+        EXPECT_EQ(("\n" + result.err).find("\n" + std::string(fact.path) + ":") != std::string::npos,
+                  fact.isForbidden)
+            << fact.path << ": " << fact.why << "\n"
+            << result.err;
+}
+
+// A machine without any package. The first `failures` installations fail.
 struct BareMachine : ScriptTree {
     explicit BareMachine(int failures) : ScriptTree("setup")
     {
@@ -96,9 +136,9 @@ struct BareMachine : ScriptTree {
 true
 )");
         writeProgram(*this / "bin/apt-get", R"X(
-mending=
-case " $* " in *" --fix-missing "*) mending=mending ;; esac
-echo "$1 $mending" >>calls
+retry=
+case " $* " in *" --fix-missing "*) retry=retry ;; esac
+echo "$1 $retry" >>calls
 [ "$1" = install ] || exit 0
 left=$(cat failures)
 [ "$left" = 0 ] && touch installed && exit 0
@@ -113,15 +153,15 @@ exit 100
     }
 };
 
-TEST(Setup, RefreshesTheListsAndTriesOnceMore)
+TEST(Setup, UpdatesThePackageListsAndRetriesOnceAfterAFailure)
 {
     const struct {
         int failures, exitCode;
         const char* calls;
     } facts[] = {
         {0, 0, "update \ninstall \n"},
-        {1, 0, "update \ninstall \nupdate \ninstall mending\n"},
-        {2, 1, "update \ninstall \nupdate \ninstall mending\n"},
+        {1, 0, "update \ninstall \nupdate \ninstall retry\n"},
+        {2, 1, "update \ninstall \nupdate \ninstall retry\n"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.failures);
@@ -133,11 +173,11 @@ TEST(Setup, RefreshesTheListsAndTriesOnceMore)
     }
 }
 
-// The programs that it calls only note what they are called with.
-TEST(Run, WritesIntoTheBuildFolderWhateverTheCurrentFolder)
+// The fake command prints its arguments.
+TEST(Run, WritesIntoTheBuildFolderFromAnyCurrentFolder)
 {
     const support::TemporaryFolder tree;
-    fs::copy_file(rules::top() / "run", tree / "run");
+    fs::copy_file(rules::root() / "run", tree / "run");
     writeProgram(tree / "scripts/setup", "");
     writeProgram(tree / "scripts/build", "");
     writeProgram(tree / "build/i386/kvx", "echo \"$*\"\n");

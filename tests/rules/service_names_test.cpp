@@ -1,6 +1,5 @@
-// A host service has one spelling in the plug-in: its row in the list of services, or, for the two that are
-// asked for before anything else, the entry point. A second one would get by with a letter wrong, since a
-// service that the host does not know is skipped without a word.
+// Checks that the plug-in spells the name of each host service in one place. A second spelling could contain
+// a typing error that no other test finds, because the plug-in silently does without unknown services.
 #include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
@@ -14,15 +13,15 @@ namespace {
 
 const char* const folders[] = {"plugin/", "coreaudio/", "player/", "auplayer/", "soundstream/", "listener/"};
 
-bool isOfThePlugin(const std::string& path)
+bool isInThePlugin(const std::string& path)
 {
     return rules::isSource(path) &&
            std::any_of(std::begin(folders), std::end(folders),
                        [&](const char* folder) { return path.rfind(folder, 0) == 0; });
 }
 
-/// Every text in double quotes but the names of included files.
-std::vector<std::string> quotedIn(const std::string& text)
+/// All string literals, without the names of included files.
+std::vector<std::string> literalsIn(const std::string& text)
 {
     static const std::regex quoted("\"((?:[^\"\\\\\n]|\\\\.)*)\"");
     static const std::regex include("^\\s*#\\s*include\\b.*");
@@ -35,77 +34,93 @@ std::vector<std::string> quotedIn(const std::string& text)
     return found;
 }
 
-/// Where each service is spelled, by its name.
-using Homes = std::map<std::string, std::string>;
+/// For each service name, the only file that may spell it.
+using Owners = std::map<std::string, std::string>;
 
-Homes homesOfServices()
+Owners ownersOfServices()
 {
-    Homes homes = {{"REALGetRBVersion", "plugin/entry_point.cpp"},
-                   {"RegisterPluginVersion", "plugin/entry_point.cpp"}};
-    for (const std::string& name : quotedIn(rules::read("plugin/services.h")))
-        homes.emplace(name, "plugin/services.h");
-    return homes;
+    Owners owners = {{"REALGetRBVersion", "plugin/entry_point.cpp"},
+                     {"RegisterPluginVersion", "plugin/entry_point.cpp"}};
+    for (const std::string& name : literalsIn(rules::read("plugin/services.h")))
+        owners.emplace(name, "plugin/services.h");
+    return owners;
 }
 
-/// The services that a file spells, though they are at home elsewhere.
-std::vector<std::string> strangersIn(const std::string& path, const std::string& text, const Homes& homes)
+/// The service names that a file spells although another file owns them.
+std::vector<std::string> secondSpellingsIn(const std::string& path, const std::string& text,
+                                           const Owners& owners)
 {
     std::vector<std::string> found;
-    for (const std::string& quoted : quotedIn(text)) {
-        const auto home = homes.find(quoted);
-        if (home != homes.end() && home->second != path) found.push_back(quoted);
+    for (const std::string& literal : literalsIn(text)) {
+        const auto owner = owners.find(literal);
+        if (owner != owners.end() && owner->second != path) found.push_back(literal);
     }
     return found;
 }
 
-TEST(ServiceNames, AreSpelledInOnePlace)
+TEST(ServiceNames, AreSpelledInOneFileOnly)
 {
-    const Homes homes = homesOfServices();
+    const Owners owners = ownersOfServices();
     int read = 0;
     for (const std::string& file : rules::files()) {
-        if (!isOfThePlugin(file)) continue;
+        if (!isInThePlugin(file)) continue;
         ++read;
-        for (const std::string& name : strangersIn(file, rules::read(file), homes))
-            ADD_FAILURE() << file << " spells \"" << name << "\", which is at home in " << homes.at(name);
+        for (const std::string& name : secondSpellingsIn(file, rules::read(file), owners))
+            ADD_FAILURE() << file << " spells \"" << name << "\"; use the row in " << owners.at(name);
     }
     EXPECT_GT(read, 50);
 }
 
-TEST(ServiceNames, AreAllInTheList)
+TEST(ServiceNames, AreCollectedFromTheServiceTable)
 {
-    const Homes homes = homesOfServices();
-    EXPECT_EQ(homes.size(), 41u) << "40 services, and a method of the host's own";
+    const Owners owners = ownersOfServices();
+    EXPECT_EQ(owners.size(), 41u) << "40 services, and one method of the host's string class";
     for (const char* name : {"REALinRuntime", "REALSetPropValueInteger", "REALSetPropValueInt",
                              "RuntimeArrayDirectGetGetProc", "LenB( s as string ) as integer"})
-        EXPECT_TRUE(homes.count(name)) << name;
+        EXPECT_TRUE(owners.count(name)) << name;
 }
 
-TEST(ServiceNames, AreFoundWhereTheyDoNotBelong)
+TEST(ServiceNames, AreFoundIfSpelledTwice)
 {
-    const Homes homes = homesOfServices();
+    const Owners owners = ownersOfServices();
     const struct {
         const char* path;
         const char* text;
-        std::vector<std::string> strangers;
+        std::vector<std::string> spellings;
         const char* why;
     } facts[] = {
         {"player/a.cpp", "auto f = gResolver(\"REALLockObject\");", {"REALLockObject"}, "a second spelling"},
-        {"player/a.cpp", "a(\"x\", \"REALYieldToRB\");", {"REALYieldToRB"}, "not the first text of its line"},
-        {"player/a.cpp", "f(\"\\\"\", \"REALYieldToRB\");", {"REALYieldToRB"}, "behind a quoted quote"},
-        {"player/a.cpp", "f(\"Int32ToVariant\");", {"Int32ToVariant"}, "a later name"},
-        {"plugin/services.h", "{\"REALYieldToRB\"};", {}, "at home"},
-        {"plugin/services.h", "{\"REALGetRBVersion\"};", {"REALGetRBVersion"}, "at home in the entry point"},
-        {"plugin/entry_point.cpp", "resolve(\"REALGetRBVersion\");", {}, "at home"},
-        {"plugin/entry_point.cpp", "resolve(\"REALinRuntime\");", {"REALinRuntime"}, "at home in the list"},
-        {"player/a.cpp", "REALLockObject(object); // REALLockObject", {}, "the wrapper is not the name"},
-        {"player/a.cpp", "#include \"plugin/services.h\"", {}, "an include"},
+        {"player/a.cpp",
+         "a(\"x\", \"REALYieldToRB\");",
+         {"REALYieldToRB"},
+         "not the first literal of the line"},
+        {"player/a.cpp",
+         "f(\"\\\"\", \"REALYieldToRB\");",
+         {"REALYieldToRB"},
+         "after an escaped quotation mark"},
+        {"player/a.cpp", "f(\"Int32ToVariant\");", {"Int32ToVariant"}, "a literal with digits"},
+        {"plugin/services.h", "{\"REALYieldToRB\"};", {}, "the file owns the name"},
+        {"plugin/services.h",
+         "{\"REALGetRBVersion\"};",
+         {"REALGetRBVersion"},
+         "the entry point owns the name"},
+        {"plugin/entry_point.cpp", "resolve(\"REALGetRBVersion\");", {}, "the file owns the name"},
+        {"plugin/entry_point.cpp",
+         "resolve(\"REALinRuntime\");",
+         {"REALinRuntime"},
+         "the table owns the name"},
+        {"player/a.cpp",
+         "REALLockObject(object); // REALLockObject",
+         {},
+         "a call of the wrapper is no literal"},
+        {"player/a.cpp", "#include \"plugin/services.h\"", {}, "an include is no service name"},
         {"player/a.cpp",
          "RaiseException(\"NilObjectException\", \"REALLockObject is missing\");",
          {},
-         "part of a text"},
+         "part of a longer literal"},
     };
     for (const auto& fact : facts)
-        EXPECT_EQ(strangersIn(fact.path, fact.text, homes), fact.strangers) << fact.why;
+        EXPECT_EQ(secondSpellingsIn(fact.path, fact.text, owners), fact.spellings) << fact.why;
 }
 
 } // namespace

@@ -9,14 +9,14 @@ namespace rules {
 
 namespace fs = std::filesystem;
 
-fs::path top() { return KVX_SOURCE_DIR; }
+fs::path root() { return KVX_SOURCE_DIR; }
 
 std::vector<std::string> files()
 {
     std::vector<std::string> found;
-    fs::recursive_directory_iterator each(top());
+    fs::recursive_directory_iterator each(root());
     for (const auto& entry : each) {
-        const fs::path path = entry.path().lexically_relative(top());
+        const fs::path path = entry.path().lexically_relative(root());
         if (entry.is_directory() && (path == "build" || path == ".git")) {
             each.disable_recursion_pending();
         } else if (entry.is_regular_file() && path.extension() != ".swp") {
@@ -35,7 +35,7 @@ bool isSource(const std::string& path)
 
 std::string read(const std::string& path)
 {
-    std::ifstream file(top() / path, std::ios::binary);
+    std::ifstream file(root() / path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

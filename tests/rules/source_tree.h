@@ -1,4 +1,4 @@
-// The tracked text of the tree, as the rule tests read it.
+// The files of the repository, as the tests in this folder read them.
 #pragma once
 
 #include <filesystem>
@@ -7,16 +7,16 @@
 
 namespace rules {
 
-/// Where the tree stands.
-std::filesystem::path top();
+/// The root folder of the repository. Paths in this folder's functions are relative to it.
+std::filesystem::path root();
 
-/// Every file below `top()` but the build and version-control folders, as paths from the top, sorted.
+/// The paths of all files, sorted, without those in the build and version-control folders.
 std::vector<std::string> files();
 
-/// True for C and C++ sources and headers, by name.
+/// True for C and C++ sources and headers, by file name.
 bool isSource(const std::string& path);
 
-/// The whole of a file, by its path from the top.
+/// The whole content of a file.
 std::string read(const std::string& path);
 
 std::vector<std::string> lines(const std::string& text);
