@@ -1,15 +1,16 @@
-# What every target of the tree shares: language, warnings, arithmetic, sanitizers, output folders.
+# Settings of all targets (language, warnings, arithmetic, sanitizers, output folders) and functions for tests.
 
 set(CMAKE_C_STANDARD 11)
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_COMPILE_OPTIONS_PIE -fPIC) # programs share precompiled headers with libraries
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
-# Artefacts stand at the top of the build folder, under fixed names.
+# All artefacts have fixed names at the top of the build folder.
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
@@ -18,7 +19,7 @@ set(CMAKE_BUILD_RPATH "$ORIGIN")
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wunused -Werror
                     -Wno-four-char-constants -fblocks -ffp-contract=off)
 if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "i386-linux-gnu" OR KVX_MAC)
-  add_compile_options(-msse3 -mfpmath=sse)   # never x87: results must be the same to the last bit
+  add_compile_options(-msse3 -mfpmath=sse)   # not x87: results must be bit-identical
 endif()
 if(KVX_MAC)
   add_compile_options(-Wno-deprecated-declarations) # the platform's calls of 10.6 are deprecated in later headers
@@ -28,7 +29,7 @@ if(KVX_SANITIZE)
   add_compile_options(-fsanitize=${KVX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KVX_SANITIZE})
   if(KVX_SANITIZE MATCHES "thread")
-    # What the library calls where blocks are copied; programs hold these two and do not offer them.
+    # The blocks run-time calls these two functions; a program with the sanitizer does not export them by default.
     add_link_options(LINKER:--export-dynamic-symbol=__tsan_ignore_thread_begin
                      LINKER:--export-dynamic-symbol=__tsan_ignore_thread_end)
   endif()
@@ -44,7 +45,7 @@ if(NOT KVX_MAC)
   find_package(PkgConfig REQUIRED)
 endif()
 
-# kvx_package(NAME PACKAGE…): an imported target kvx::NAME for packages that pkg-config knows. Several folders may ask.
+# kvx_package(NAME PACKAGE…): the imported target kvx::NAME of pkg-config packages. Several folders may request one.
 function(kvx_package name)
   if(TARGET kvx::${name})
     return()
@@ -53,15 +54,15 @@ function(kvx_package name)
   add_library(kvx::${name} ALIAS PkgConfig::${name})
 endfunction()
 
-# kvx::blocks: the run-time of blocks, part of the system on a Mac. Here its 64-bit form cannot be installed beside
-# the 32-bit one, so `scripts/setup --all` unpacks it into the build folder.
+# kvx::blocks: the blocks run-time, part of the system on a Mac. Its 64-bit package cannot be installed together with
+# the 32-bit one, so `scripts/setup --all` unpacks the 64-bit package into the build folder.
 add_library(kvx_blocks INTERFACE)
 add_library(kvx::blocks ALIAS kvx_blocks)
 if(NOT KVX_MAC)
   find_library(KVX_BLOCKS_RUNTIME BlocksRuntime
                HINTS ${PROJECT_SOURCE_DIR}/build/blocks-amd64/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
   if(NOT KVX_BLOCKS_RUNTIME)
-    message(FATAL_ERROR "The run-time of blocks is missing for ${CMAKE_LIBRARY_ARCHITECTURE}: run scripts/setup --all")
+    message(FATAL_ERROR "The blocks run-time is missing for ${CMAKE_LIBRARY_ARCHITECTURE}: run scripts/setup --all")
   endif()
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
@@ -73,28 +74,43 @@ else()
   set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
 endif()
 
-# kvx_test(NAME SOURCES … [LIBRARIES …] [LABELS label] [TIMEOUT seconds] [LOCK what]): one GoogleTest program; CTest
-# runs each of its tests in a process of its own, so that process-wide state starts fresh; those that name the same
-# LOCK run one at a time. They play to the simulated
-# device, unless they say otherwise.
+# kvx_precompile(TARGET HEADERS…): compile these headers once for all sources of the target.
+function(kvx_precompile target)
+  target_precompile_headers(${target} PRIVATE ${ARGN})
+  target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp") # equal headers give an equal file
+endfunction()
+
+# Tests are compiled more often than they run for long: a fast compilation matters more than fast code.
+set(KVX_TEST_OPTIONS -O0 -g1)
+
+# kvx_test_library(NAME STATIC|OBJECT SOURCES … [LIBRARIES …]): sources that several test programs share. Programs take
+# what they use of a STATIC library; an OBJECT library replaces functions of the libraries below it.
+function(kvx_test_library name type)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_library(${name} ${type} ${arg_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/platform/include)
+  target_link_libraries(${name} PUBLIC ${arg_LIBRARIES})
+  target_compile_options(${name} PRIVATE ${KVX_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM kvx_test_headers)
+endfunction()
+
+# kvx_test(NAME [EXPORTS] SOURCES … [LIBRARIES …] [LOCK name]): one GoogleTest program. CTest runs each test in a separate
+# process, so that process-wide state is fresh, and tests with the same LOCK one at a time. The functions of a program
+# with EXPORTS replace those of the shared libraries. Tests play to the simulated device unless they choose another.
 function(kvx_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT;LABELS;LOCK" "SOURCES;LIBRARIES" ${ARGN})
-  if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 120)
-  endif()
+  cmake_parse_arguments(arg "EXPORTS" "LOCK" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} kvx::gtest_main Threads::Threads)
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} testsupport kvx::gtest_main Threads::Threads)
+  target_compile_options(${name} PRIVATE ${KVX_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM kvx_test_headers)
   target_compile_definitions(${name} PRIVATE KVX_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
                                              KVX_BINARY_DIR="${CMAKE_BINARY_DIR}")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
-                                           BUILD_RPATH "$ORIGIN/..")
-  # The discovery drops empty values and takes lists apart: one value each, and none that is empty.
-  set(properties TIMEOUT ${arg_TIMEOUT} ENVIRONMENT KVX_AUDIO_DEVICE=simulated
+                                           BUILD_RPATH "$ORIGIN/.." ENABLE_EXPORTS ${arg_EXPORTS})
+  # gtest_discover_tests drops empty values and splits lists, so each property has one non-empty value.
+  set(properties TIMEOUT 120 ENVIRONMENT KVX_AUDIO_DEVICE=simulated
                  ENVIRONMENT_MODIFICATION ${KVX_TEST_SANITIZERS})
-  if(arg_LABELS)
-    list(APPEND properties LABELS ${arg_LABELS})
-  endif()
   if(arg_LOCK)
     list(APPEND properties RESOURCE_LOCK ${arg_LOCK})
   endif()

@@ -1,7 +1,7 @@
 // A fill neither allocates memory nor takes a lock.
 #include "tests/platform/audioconverter/converter.h"
 #include "tests/platform/audioconverter/plain_samples.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -12,14 +12,14 @@ namespace {
 
 using namespace test;
 
-TEST(AudioThread, AlarmCountsAllocations)
+TEST(AudioThread, HookCountsHeapCalls)
 {
-    const int before = alarm_::allocations();
-    alarm_::forbid(true);
+    const allocator::Count count;
+    allocator::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
-    alarm_::forbid(false);
-    EXPECT_GE(alarm_::allocations(), before + 2);
+    allocator::watchThisThread(false);
+    EXPECT_GE(count.heapCalls(), 2);
 }
 
 TEST(AudioThread, FillNeitherAllocatesNorLocks)
@@ -33,21 +33,21 @@ TEST(AudioThread, FillNeitherAllocatesNorLocks)
                 for (auto& buffer : sound.buffers) buffer.resize(3000 * from.mBytesPerFrame);
                 const Converter converter(from, canonical(to, 2));
                 List list(canonical(to, 2), 512);
-                const int allocations = alarm_::allocations(), locks = alarm_::locks();
+                const allocator::Count count;
                 UInt32 total = 0;
                 for (int i = 0; i < 10; ++i) {
                     list.restore();
                     UInt32 packets = 512;
-                    alarm_::forbid(true);
+                    allocator::watchThisThread(true);
                     AudioConverterFillComplexBuffer(converter, Sound::procedure, &sound, &packets, list.get(),
                                                     nullptr);
                     if (i == 8) AudioConverterReset(converter);
-                    alarm_::forbid(false);
+                    allocator::watchThisThread(false);
                     total += packets;
                 }
                 EXPECT_GT(total, 500u);
-                EXPECT_EQ(alarm_::allocations(), allocations);
-                EXPECT_EQ(alarm_::locks(), locks);
+                EXPECT_EQ(count.heapCalls(), 0);
+                EXPECT_EQ(count.locks(), 0);
             }
 }
 

@@ -3,19 +3,10 @@
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
-#include "tests/support/failing_memory.h"
+#include "tests/support/allocator_hook.h"
 #include "tests/support/live_objects.h"
 
 #include <gtest/gtest.h>
-
-namespace {
-
-// Number of remaining allocations, including the one that fails; 0 if none fails.
-__thread int allocationsLeft = 0;
-
-} // namespace
-
-bool support::mayAllocate() { return !allocationsLeft || --allocationsLeft; }
 
 namespace {
 
@@ -26,19 +17,18 @@ TEST(AttachMemory, FailedAllocationLeavesNothing)
 {
     SteppedDevice device(48000, 2, 64);
     bool wasShort = true;
-    for (int which = 1; wasShort; ++which) {
-        SCOPED_TRACE(which);
-        ASSERT_LT(which, 1000);
+    for (int passing = 0; wasShort; ++passing) {
+        SCOPED_TRACE(passing);
+        ASSERT_LT(passing, 1000);
         {
             const Unit unit('ahal');
             Feeder feeder(canonical(44100, 2));
             ASSERT_EQ(unit.set(kAudioOutputUnitProperty_CurrentDevice, 0, 0, device.id()), noErr);
             ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
-            allocationsLeft = which;
+            allocator::failNew(passing, 1);
             const OSStatus status = AudioOutputUnitStart(unit);
-            wasShort = allocationsLeft == 0;
-            allocationsLeft = 0;
+            wasShort = allocator::stopFailing() > 0;
             if (!wasShort) ASSERT_EQ(status, noErr);
             EXPECT_EQ(device.step(64), status ? 0u : 64u);
         }

@@ -2,7 +2,7 @@
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/stepped_device.h"
 #include "tests/platform/audiounit/unit.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -19,29 +19,20 @@ using namespace test;
 OSStatus begin(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                AudioBufferList*, const AudioTimeStamp*, void*)
 {
-    alarm_::forbid(true);
+    allocator::watchThisThread(true);
     return noErr;
 }
 OSStatus end(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
              AudioBufferList*, const AudioTimeStamp*, void*)
 {
-    alarm_::forbid(false);
+    allocator::watchThisThread(false);
     return noErr;
 }
 
-struct AlarmCounts {
-    int allocations = alarm_::allocations(), locks = alarm_::locks();
-    void expectUnchanged() const
-    {
-        EXPECT_EQ(alarm_::allocations(), allocations);
-        EXPECT_EQ(alarm_::locks(), locks);
-    }
-};
-
-TEST(AudioThread, AlarmCountsAllocationsAndLocks)
+TEST(AudioThread, HookCountsHeapCallsAndLocks)
 {
-    const AlarmCounts before;
-    alarm_::forbid(true);
+    const allocator::Count count;
+    allocator::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
     int* volatile number = new int(1);
@@ -49,14 +40,15 @@ TEST(AudioThread, AlarmCountsAllocationsAndLocks)
     std::mutex mutex;
     mutex.lock();
     mutex.unlock();
-    alarm_::forbid(false);
-    EXPECT_GE(alarm_::allocations(), before.allocations + 4);
-    if (alarm_::watchesLocks()) {
-        EXPECT_GE(alarm_::locks(), before.locks + 1);
+    allocator::watchThisThread(false);
+    EXPECT_GE(count.heapCalls(), 4);
+    if (allocator::countsLocks) {
+        EXPECT_GE(count.locks(), 1);
     }
-    const AlarmCounts after;
+    const allocator::Count later;
     std::free(std::malloc(10));
-    after.expectUnchanged();
+    EXPECT_EQ(later.heapCalls(), 0) << "on a thread that is not watched";
+    EXPECT_EQ(later.locks(), 0);
 }
 
 // clang-format off
@@ -89,7 +81,7 @@ TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
         ASSERT_EQ(AudioDeviceStart(device.id(), begin), noErr);
         ASSERT_EQ(AudioDeviceStart(device.id(), end), noErr);
 
-        const AlarmCounts before;
+        const allocator::Count count;
         for (int cycle = 0; cycle < 20; ++cycle) {
             device.step(fact.slice);
             // Change settings as other threads may do between cycles.
@@ -99,7 +91,8 @@ TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
             AudioUnitSetProperty(unit, 2002, 2, 0, map, sizeof map);
             unit.setCallback(cycle % 5 ? Feeder::callback : nullptr, &feeder);
         }
-        before.expectUnchanged();
+        EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
         EXPECT_GT(feeder.calls, 10);
         AudioDeviceRemoveIOProc(device.id(), begin);
         AudioDeviceRemoveIOProc(device.id(), end);
@@ -118,19 +111,20 @@ TEST(AudioThread, SliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
     ASSERT_EQ(AudioUnitInitialize(source), noErr);
     ASSERT_EQ(AudioUnitInitialize(destination), noErr);
     List list(canonical(44100, 2), 512);
-    const AlarmCounts before;
+    const allocator::Count count;
     for (int slice = 0; slice < 50; ++slice) {
         list.restore();
         if (slice % 2) list.clearPointers();
         const AudioTimeStamp time = sampleTime(slice * 512.0);
-        alarm_::forbid(true);
+        allocator::watchThisThread(true);
         const OSStatus status = AudioUnitRender(destination, nullptr, &time, 0, 512, list.get());
         Float32 volume = 0;
         AudioUnitGetParameter(destination, 14, 0, 0, &volume);
-        alarm_::forbid(false);
+        allocator::watchThisThread(false);
         ASSERT_EQ(status, noErr);
     }
-    before.expectUnchanged();
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 // changes settings.
 #include "tests/platform/audiounit/feeder.h"
 #include "tests/platform/audiounit/unit.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ TEST(ConverterUnitThread, SliceAllocatesNothingAndTakesNoLock)
         ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
         ASSERT_EQ(AudioUnitInitialize(unit), noErr);
         List list(canonical(fact.to, fact.channels), 1156);
-        const int allocations = alarm_::allocations(), locks = alarm_::locks();
+        const allocator::Count count;
         for (int slice = 0; slice < 20; ++slice) {
             list.restore();
             if (slice % 2) list.clearPointers();
@@ -46,14 +46,14 @@ TEST(ConverterUnitThread, SliceAllocatesNothingAndTakesNoLock)
             if (slice == 11) feeder.status = 'fail';
             if (slice == 12) feeder.status = noErr;
             const AudioTimeStamp time = sampleTime(slice * 1156.0);
-            alarm_::forbid(true);
+            allocator::watchThisThread(true);
             const OSStatus status =
                 AudioUnitRender(unit, nullptr, &time, 0, slice % 3 ? 1156 : 1, list.get());
-            alarm_::forbid(false);
+            allocator::watchThisThread(false);
             EXPECT_TRUE(status == noErr || slice == 11) << slice;
         }
-        EXPECT_EQ(alarm_::allocations(), allocations);
-        EXPECT_EQ(alarm_::locks(), locks);
+        EXPECT_EQ(count.heapCalls(), 0);
+        EXPECT_EQ(count.locks(), 0);
     }
 }
 

@@ -1,6 +1,6 @@
 // Tests that a slice through the mixer and the equaliser allocates nothing and takes no lock.
 #include "tests/platform/audiounit/sound.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
     Rendering rendering(equaliser, canonical(44100, 2), 1156);
     rendering.slice(64);
 
-    const int allocations = alarm_::allocations(), locks = alarm_::locks();
+    const allocator::Count count;
     for (UInt32 i = 0; i < 60; ++i) {
         const auto odd = static_cast<Float32>(i % 2), third = static_cast<Float32>(i % 3);
         if (i % 5 == 0) {
@@ -32,7 +32,7 @@ TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
             AudioUnitReset(equaliser, 0, 0);
             AudioUnitReset(mixer, 0, 0);
         }
-        alarm_::forbid(true);
+        allocator::watchThisThread(true);
         AudioUnitSetParameter(mixer, kMultiChannelMixerParam_Volume, 1, 0, odd, 0);
         AudioUnitSetParameter(mixer, kMultiChannelMixerParam_Pan, 1, 4, third - 1, 0);
         AudioUnitSetParameter(equaliser, i % 31, 0, 0, 6 * third - 6, 0);
@@ -41,11 +41,11 @@ TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
         Float32 level = 0;
         AudioUnitGetParameter(mixer, kMultiChannelMixerParam_PostAveragePower, 1, 0, &level);
         AudioUnitGetParameter(equaliser, 3, 0, 0, &level);
-        alarm_::forbid(false);
+        allocator::watchThisThread(false);
         ASSERT_EQ(status, noErr);
     }
-    EXPECT_EQ(alarm_::allocations(), allocations);
-    EXPECT_EQ(alarm_::locks(), locks);
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
     EXPECT_EQ(first.calls, 61);
 }
 

@@ -1,6 +1,6 @@
 // Tests that a slice through the rate units and their engines allocates nothing and takes no lock.
 #include "tests/platform/audiounit/rate_unit.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -31,9 +31,9 @@ public:
     void play(int slices)
     {
         for (int i = 0; i < slices; ++i) {
-            alarm_::forbid(true);
+            allocator::watchThisThread(true);
             const OSStatus status = unit_.rendering.slice(512);
-            alarm_::forbid(false);
+            allocator::watchThisThread(false);
             EXPECT_EQ(status, noErr);
         }
     }
@@ -47,13 +47,13 @@ TEST(RateRenderThread, AllocatesNothingAndTakesNoLock)
     for (const auto& fact : cases) {
         SCOPED_TRACE(fact.why);
         RateUnit player(fact.rates, whiteNoise(2, 200000));
-        const int allocations = alarm_::allocations(), locks = alarm_::locks();
+        const allocator::Count count;
         Guarded guarded(player);
         guarded.play(8);
         EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
         guarded.play(8);
-        EXPECT_EQ(alarm_::allocations(), allocations);
-        EXPECT_EQ(alarm_::locks(), locks);
+        EXPECT_EQ(count.heapCalls(), 0);
+        EXPECT_EQ(count.locks(), 0);
     }
 }
 
@@ -69,7 +69,7 @@ TEST(RateRenderThread, AllocatesNothingWhileSettingsChange)
     for (const OSType kind : {'nutp', 'vari'}) {
         RateUnit player({kind}, whiteNoise(2, 400000));
         Guarded guarded(player);
-        const int allocations = alarm_::allocations(), locks = alarm_::locks();
+        const allocator::Count count;
         for (const auto& change : changes) {
             if (change.subType != kind) continue;
             player.set(change.id, change.value);
@@ -77,8 +77,8 @@ TEST(RateRenderThread, AllocatesNothingWhileSettingsChange)
         }
         player.bypass(true);
         guarded.play(10);
-        EXPECT_EQ(alarm_::allocations(), allocations);
-        EXPECT_EQ(alarm_::locks(), locks);
+        EXPECT_EQ(count.heapCalls(), 0);
+        EXPECT_EQ(count.locks(), 0);
     }
 }
 
@@ -95,10 +95,10 @@ TEST(RateRenderThread, SettingsInsideASliceAllocateNothing)
         return status ? status : Track::callback(&self.track, flags, time, bus, frames, list);
     };
     EXPECT_EQ(player.unit.setCallback(setInside, &player), noErr);
-    const int allocations = alarm_::allocations(), locks = alarm_::locks();
+    const allocator::Count count;
     Guarded(player).play(30);
-    EXPECT_EQ(alarm_::allocations(), allocations);
-    EXPECT_EQ(alarm_::locks(), locks);
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
 }
 
 } // namespace

@@ -2,17 +2,9 @@
 // object, and can be repeated.
 #include "tests/platform/augraph/adding_chain.h"
 #include "tests/platform/augraph/graph_calls.h"
-#include "tests/support/failing_memory.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
-
-namespace {
-
-__thread int allocationsLeft = 0; // number of the allocation that fails, counted from 1; 0: no failure
-
-} // namespace
-
-bool support::mayAllocate() { return !allocationsLeft || --allocationsLeft; }
 
 namespace {
 
@@ -25,15 +17,12 @@ void sweep(const char* what, Make make)
 {
     SCOPED_TRACE(what);
     OSStatus status = memFullErr;
-    int which = 0;
-    while (status) {
-        SCOPED_TRACE(++which);
-        ASSERT_LT(which, 1000);
-        allocationsLeft = which;
+    for (int passing = 0; status; ++passing) {
+        SCOPED_TRACE(passing);
+        ASSERT_LT(passing, 1000);
+        allocator::failNew(passing, 1);
         status = make();
-        const bool hasFailed = allocationsLeft == 0;
-        allocationsLeft = 0;
-        ASSERT_EQ(status, hasFailed ? memFullErr : noErr);
+        ASSERT_EQ(status, allocator::stopFailing() ? memFullErr : noErr);
     }
 }
 

@@ -1,19 +1,11 @@
 // Tests in which each memory allocation of each call fails. The call then returns an error or leaves its
 // string unchanged.
 #include "tests/platform/corefoundation/text.h"
-#include "tests/support/failing_memory.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-
-namespace {
-
-std::atomic<int> allocationsLeft{-1}; // number of allocations that succeed; unlimited if negative
-
-} // namespace
-
-bool support::mayAllocate() { return allocationsLeft < 0 || allocationsLeft-- > 0; }
+#include <climits>
 
 namespace {
 
@@ -23,10 +15,9 @@ template <class Attempt>
 int countFailures(Attempt attempt)
 {
     for (int allowed = 0;; ++allowed) {
-        allocationsLeft = allowed;
+        allocator::failNew(allowed, INT_MAX);
         const bool isDone = attempt();
-        const bool ranOut = allocationsLeft <= 0;
-        allocationsLeft = -1;
+        const bool ranOut = allocator::stopFailing() > 0;
         if (isDone) return allowed;
         if (!ranOut) {
             ADD_FAILURE() << "failed with memory left";

@@ -1,6 +1,6 @@
 // An I/O cycle allocates no memory, unless one of its procedures adds another procedure.
-#include "tests/platform/hal/allocation_watch.h"
 #include "tests/platform/hal/test_device.h"
+#include "tests/support/allocator_hook.h"
 #include "tests/support/temporary_folder.h"
 
 #include <memory>
@@ -9,38 +9,33 @@ namespace {
 
 using namespace haltest;
 
-/// Resets the allocation count at the start of a test and stops counting at its end. A test's first procedure
-/// starts the counting on the cycle's thread, so the count includes the mixing, the wait for the next slice
-/// and all later cycles.
-struct Watch {
-    Watch() { watch::reset(); }
-    ~Watch() { watch::stop(); }
-};
+// A test's first procedure starts the count of the cycle's thread, so the count includes the mixing, the wait for
+// the next slice and all later cycles.
 
 TEST(CycleAllocation, IsCountedWhenAProcedureAllocates)
 {
-    const Watch watch;
+    const allocator::Count count;
     Device device(Device::paced());
     std::atomic<bool> isDone{false};
     std::unique_ptr<int> block;
     Procedure procedure(device, [&](const Call&) {
         if (isDone) return;
-        watch::watchThisThread();
+        allocator::watchThisThread(true);
         block = std::make_unique<int>(1);
         isDone = true;
     });
     procedure.start();
     waitFor([&] { return isDone.load(); });
-    EXPECT_GE(watch::allocations(), 1);
+    EXPECT_GE(count.heapCalls(), 1);
 }
 
 TEST(CycleAllocation, IsAbsentWhileADevicePlays)
 {
     support::TemporaryFolder folder;
-    const Watch watch;
+    const allocator::Count count;
     Device device(Device::paced());
     Procedure a(device, [](const Call& call) {
-        watch::watchThisThread();
+        allocator::watchThisThread(true);
         call.fill(0.5f);
     });
     Procedure b(device, [](const Call& call) { call.fill(0.25f); });
@@ -61,17 +56,17 @@ TEST(CycleAllocation, IsAbsentWhileADevicePlays)
     some(5);
     KVXPlatformStopCapture(device);
     some(5);
-    EXPECT_EQ(watch::allocations(), 0);
+    EXPECT_EQ(count.heapCalls(), 0);
 }
 
 TEST(CycleAllocation, IsAbsentWhileProceduresControlEachOther)
 {
-    const Watch watch;
+    const allocator::Count count;
     Device device(Device::paced());
     std::vector<std::unique_ptr<Procedure>> all;
     std::atomic<bool> isDone{false};
     all.push_back(std::make_unique<Procedure>(device, [&](const Call&) {
-        watch::watchThisThread();
+        allocator::watchThisThread(true);
         const int call = all[0]->calls();
         if (call == 2) all[1]->start();
         if (call == 4) all[1]->stop();
@@ -87,13 +82,13 @@ TEST(CycleAllocation, IsAbsentWhileProceduresControlEachOther)
     all[0]->start();
     waitFor([&] { return isDone.load(); });
     waitFor([&] { return get<UInt32>(device, address(kAudioDevicePropertyDeviceIsRunning)) == 0; });
-    EXPECT_EQ(watch::allocations(), 0);
+    EXPECT_EQ(count.heapCalls(), 0);
     EXPECT_GT(all[1]->calls(), 0);
 }
 
 TEST(CycleAllocation, IsAbsentOnASteppingThread)
 {
-    const Watch watch;
+    const allocator::Count count;
     Device device;
     Procedure* self = nullptr;
     Procedure procedure(device, [&](const Call& call) {
@@ -102,11 +97,11 @@ TEST(CycleAllocation, IsAbsentOnASteppingThread)
     });
     self = &procedure;
     procedure.start();
-    watch::watchThisThread();
+    allocator::watchThisThread(true);
     const uint32_t frames = KVXPlatformStep(device, 100 * 64);
-    watch::stop();
+    allocator::watchThisThread(false);
     EXPECT_EQ(frames, 50u * 64);
-    EXPECT_EQ(watch::allocations(), 0);
+    EXPECT_EQ(count.heapCalls(), 0);
 }
 
 } // namespace

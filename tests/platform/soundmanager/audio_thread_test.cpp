@@ -1,6 +1,6 @@
 // Tests that the render thread of a mixer allocates nothing and takes no lock.
 #include "tests/platform/soundmanager/sound.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +10,14 @@ namespace {
 
 using namespace test;
 
-TEST(MixerRenderThread, AllocationsAreCounted)
+TEST(MixerRenderThread, HeapCallsAreCounted)
 {
-    alarm_::forbid(true);
+    const allocator::Count count;
+    allocator::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
-    alarm_::forbid(false);
-    EXPECT_EQ(alarm_::allocations(), 2);
+    allocator::watchThisThread(false);
+    EXPECT_EQ(count.heapCalls(), 2);
 }
 
 // The test covers buffers with and without rate conversion, all sample sizes, volumes, completions and tails.
@@ -36,23 +37,23 @@ TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
             ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
         }
     }
-    const int allocations = alarm_::allocations();
+    const allocator::Count count;
     ComponentParameters parameters = {0, sizeof(long), kSoundComponentGetSourceDataSelect, {0}};
     std::thread([&] { // a new thread, so that the test includes a thread's first fetch
         for (long count = 1, fetches = 0; count > 0; ++fetches) {
             SoundComponentDataPtr data = nullptr;
             parameters.params[0] = reinterpret_cast<long>(&data);
-            alarm_::forbid(true);
+            allocator::watchThisThread(true);
             const ComponentResult status = fetches % 2 ? SoundComponentGetSourceData(mixer.instance, &data)
                                                        : DelegateComponentCall(&parameters, mixer.instance);
-            alarm_::forbid(false);
+            allocator::watchThisThread(false);
             ASSERT_EQ(status, noErr);
             count = data->sampleCount;
         }
     })
         .join();
-    EXPECT_EQ(alarm_::allocations(), allocations);
-    if (alarm_::watchesLocks()) EXPECT_EQ(alarm_::locks(), 0);
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
     for (const auto& buffer : buffers) EXPECT_EQ(buffer->completions, 1);
 }
 
