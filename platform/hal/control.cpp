@@ -2,6 +2,7 @@
 #include "platform/hal/apply_settings.h"
 #include "platform/hal/device_capture.h"
 #include "platform/hal/device_changes.h"
+#include "platform/hal/device_choice.h"
 #include "platform/hal/device_end.h"
 #include "platform/hal/driver.h"
 #include "platform/hal/find_devices.h"
@@ -100,6 +101,15 @@ KVXDeviceInfo infoOf(const Device& device, AudioObjectID defaultOutput)
     return row;
 }
 
+/// Copy up to `capacity` devices into rows, with propertyLock. Returns the number of devices.
+uint32_t copyRows(const std::vector<DeviceRef>& devices, const DeviceList& list, KVXDeviceInfo* rows,
+                  uint32_t capacity)
+{
+    for (std::size_t i = 0; i < devices.size() && i < capacity; ++i)
+        rows[i] = infoOf(*devices[i], list.inRole(Role::output));
+    return static_cast<uint32_t>(devices.size());
+}
+
 void setDriver(const DeviceRef& device, Driver driver)
 {
     {
@@ -122,10 +132,16 @@ uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity)
     return withErrorText(uint32_t{0}, [=] {
         const DeviceList& list = deviceList();
         const std::lock_guard<std::mutex> lock(propertyLock);
-        const std::vector<DeviceRef>& devices = list.listed();
-        for (std::size_t i = 0; i < devices.size() && i < capacity; ++i)
-            rows[i] = infoOf(*devices[i], list.inRole(Role::output));
-        return static_cast<uint32_t>(devices.size());
+        return copyRows(list.listed(), list, rows, capacity);
+    });
+}
+
+uint32_t KVXPlatformFindDevices(const char* text, KVXDeviceInfo* rows, uint32_t capacity)
+{
+    return withErrorText(uint32_t{0}, [=] {
+        const DeviceList& list = deviceList();
+        const std::lock_guard<std::mutex> lock(propertyLock);
+        return copyRows(devicesNamed(list.listed(), text ? text : ""), list, rows, capacity);
     });
 }
 

@@ -14,7 +14,25 @@ std::string lowerCase(std::string text)
     return text;
 }
 
+bool isIdentical(const Device& device, const std::string& text)
+{
+    return device.name == text || device.uid == text;
+}
+
 } // namespace
+
+std::vector<DeviceRef> devicesNamed(const std::vector<DeviceRef>& devices, const std::string& text)
+{
+    if (text.empty()) return {};
+    std::vector<DeviceRef> identical, equal, partial;
+    for (const DeviceRef& device : devices) {
+        const std::string name = lowerCase(device->name);
+        if (isIdentical(*device, text)) identical.push_back(device);
+        if (name == lowerCase(text)) equal.push_back(device);
+        if (name.find(lowerCase(text)) != std::string::npos) partial.push_back(device);
+    }
+    return !identical.empty() ? identical : !equal.empty() ? equal : partial;
+}
 
 DeviceRef findOutputByChoice(const std::vector<DeviceRef>& devices, const DeviceRef& builtIn,
                              const std::string& choice, std::string& error)
@@ -22,21 +40,19 @@ DeviceRef findOutputByChoice(const std::vector<DeviceRef>& devices, const Device
     if (choice == "simulated") return builtIn;
     char* end = nullptr;
     const unsigned long number = std::strtoul(choice.c_str(), &end, 10);
-    std::vector<DeviceRef> matching;
+    const bool isNumber = !choice.empty() && *end == 0;
+    std::vector<DeviceRef> outputs;
+    std::string choices;
     for (std::size_t index = 0; index < devices.size(); ++index) {
-        const DeviceRef& device = devices[index];
-        if (device->settings.outputChannels == 0) continue;
-        const bool isNumber = !choice.empty() && *end == 0 && index == number;
-        if (isNumber || device->name == choice || device->uid == choice) return device;
-        if (!choice.empty() && lowerCase(device->name).find(lowerCase(choice)) != std::string::npos)
-            matching.push_back(device);
+        if (devices[index]->settings.outputChannels == 0) continue;
+        if (isNumber && index == number) return devices[index];
+        outputs.push_back(devices[index]);
+        choices += " " + std::to_string(index) + " \"" + devices[index]->name + "\"";
     }
-    if (matching.size() == 1) return matching[0];
+    const std::vector<DeviceRef> matching = devicesNamed(outputs, choice);
+    if (matching.size() == 1 || (!matching.empty() && isIdentical(*matching[0], choice))) return matching[0];
     error = (matching.empty() ? "there is no output device \"" : "more than one output device fits \"") +
-            choice + "\"; there are:";
-    for (std::size_t index = 0; index < devices.size(); ++index)
-        if (devices[index]->settings.outputChannels)
-            error += " " + std::to_string(index) + " \"" + devices[index]->name + "\"";
+            choice + "\"; there are:" + choices;
     return nullptr;
 }
 

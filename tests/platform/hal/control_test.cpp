@@ -68,6 +68,39 @@ TEST(Control, FindsTheDeviceThatAUserNames)
     }
 }
 
+TEST(Control, FindsAllDevicesThatFitAText)
+{
+    KVXSimulatedDevice description = Device::stepped();
+    description.name = "Kitchen Radio";
+    Device radio(description);
+    description.name = "kitchen radio";
+    Device other(description);
+    description.name = "Kitchen Radio Two";
+    description.uid = "own:two";
+    Device two(description);
+    const struct {
+        const char* text;
+        std::vector<KVXDeviceID> expected;
+        const char* why;
+    } facts[] = {
+        {"Kitchen Radio", {radio}, "an identical name comes before other matches"},
+        {"KITCHEN RADIO", {radio, other}, "a whole name comes before a part of a name"},
+        {"kitchen", {radio, other, two}, "a part of a name in upper or lower case"},
+        {"own:two", {two}, "a UID"},
+        {"own:", {}, "a part of a UID is no match"},
+        {"Bathroom", {}, "no device has this name"},
+        {"", {}, "an empty text"},
+        {nullptr, {}, "no text"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        KVXDeviceInfo rows[8];
+        ASSERT_EQ(KVXPlatformFindDevices(fact.text, nullptr, 0), fact.expected.size());
+        ASSERT_EQ(KVXPlatformFindDevices(fact.text, rows, 8), fact.expected.size());
+        for (std::size_t i = 0; i < fact.expected.size(); ++i) EXPECT_EQ(rows[i].device, fact.expected[i]);
+    }
+}
+
 TEST(Control, RefusesMissingDevices)
 {
     const KVXDeviceID missing = 0x7FFFFFFF;
