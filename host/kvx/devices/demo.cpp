@@ -2,7 +2,7 @@
 
 #include "host/kvx/text/failure.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <iterator>
 
@@ -29,11 +29,11 @@ Demo::~Demo()
         if (player_) stop();
         if (device_) KVXPlatformRemoveSimulatedDevice(device_);
     } catch (const std::exception&) {
-        // The play is over; what could not be put away goes with the process.
+        // A destructor must not throw, and the process ends anyway.
     }
 }
 
-bool Demo::turn()
+bool Demo::stepIfDue()
 {
     if (Clock::now() < next_) return false;
     static constexpr void (Demo::*steps[])() = {
@@ -50,33 +50,34 @@ bool Demo::turn()
 void Demo::write(const PropertyAddress& address, const std::string& bytes)
 {
     if (const Status status = core_.write(address, bytes); status != 0)
-        throw Failure(
-            fmt::format("the demo's {} failed: {}", printCode(address.selector), printStatus(status)));
+        throw Failure(fmt::format("--demo: {} cannot be written: {}; close other programs",
+                                  printCode(address.selector), printStatus(status)));
 }
 
 void Demo::plugIn()
 {
-    const std::string name = fmt::format("Demo Device {}", ++act_);
+    const std::string name = fmt::format("Demo Device {}", ++deviceCount_);
     KVXSimulatedDevice description = {};
     description.name = name.c_str();
     device_ = KVXPlatformAddSimulatedDevice(&description);
     if (!device_) throw Failure(KVXPlatformErrorText());
 }
 
-void Demo::becomeDefault() { write({systemObject, 'dOut'}, bytesOf(ObjectID(device_))); }
+void Demo::becomeDefault() { write({systemObject, 'dOut'}, bytesOf(ObjectID{device_})); }
 void Demo::changeRate() { write({device_, 'nsrt'}, bytesOf(48000.0)); }
-void Demo::changeSlice() { write({device_, 'fsiz'}, bytesOf(std::uint32_t(256))); }
+void Demo::changeSlice() { write({device_, 'fsiz'}, bytesOf(std::uint32_t{256})); }
 void Demo::changeVolume() { write({device_, 'volm', outputScope, 1}, bytesOf(0.5f)); }
-void Demo::muteOn() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t(1))); }
-void Demo::muteOff() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t(0))); }
+void Demo::muteOn() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t{1})); }
+void Demo::muteOff() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t{0})); }
 
-// A player with an empty queue that may not run dry keeps the device running, silently.
+// A player that does not stop at an underflow keeps the device running, silently.
 void Demo::start()
 {
     player_ = host_.create("CoreAudioPlayerKVX");
-    player_.set("OutputDeviceID", std::int64_t(device_));
+    player_.set("OutputDeviceID", std::int64_t{device_});
     player_.set("NoUnderflow", true);
-    if (!player_.call("Start").boolean()) throw Failure("the demo's device does not start");
+    if (!player_.call("Start").boolean())
+        throw Failure("--demo: the device does not start; close other programs");
 }
 
 void Demo::stop()

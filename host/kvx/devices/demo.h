@@ -1,4 +1,4 @@
-// A play in which devices come, change and go, for `kvx devices --watch` where nobody plugs real ones.
+// Adds, changes and removes simulated devices, for `kvx devices --watch --demo`.
 #pragma once
 
 #include "host/kvx/library/core_audio.h"
@@ -9,20 +9,20 @@
 
 namespace kvx {
 
-/// Simulated devices are plugged in and out by the platform's own control; everything else is done through
-/// the library, as a host program would do it. One act is a device's life; then the next one begins.
-///
-/// Thread  [main]
+/// Runs the life of one simulated device after the other, step by step. The platform's control functions add
+/// and remove the devices; the library changes them, as in any host program.
+/// All functions: [main].
 class Demo {
 public:
     Demo(host::Host& host, const CoreAudio& core, double secondsPerStep);
-    ~Demo(); ///< takes its devices along
+    ~Demo(); ///< removes the device
     Demo(const Demo&) = delete;
     Demo& operator=(const Demo&) = delete;
 
-    /// Do the next step, if its time has come, and say whether it was done. Each changes something that a
-    /// watch sees. Throws Failure when a step does not succeed.
-    bool turn();
+    /// Run the next step if its time has come. Each step changes something that a Watch reports.
+    /// Returns  whether a step ran.
+    /// Errors   throws Failure.
+    bool stepIfDue();
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -46,9 +46,9 @@ private:
     Clock::duration pause_;
     Clock::time_point next_;
     std::size_t step_ = 0;
-    std::size_t act_ = 0;
-    KVXDeviceID device_ = 0;
-    host::Object player_;
+    std::size_t deviceCount_ = 0; ///< number of devices so far
+    KVXDeviceID device_ = 0;      ///< present device; 0: none
+    host::Object player_;         ///< keeps the device running
 };
 
 } // namespace kvx

@@ -2,14 +2,14 @@
 
 #include "host/kvx/text/failure.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstddef>
 
 namespace kvx {
 namespace {
 
-/// One device's properties, by the library's own names for them.
+/// Reads the properties of one device by the names of the library's constants.
 class Reader {
 public:
     Reader(const CoreAudio& core, ObjectID device) : core_(core), device_(device) {}
@@ -67,7 +67,8 @@ std::vector<ObjectID> readDeviceList(const CoreAudio& core)
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device)
 {
     const Reader reader(core, device);
-    const auto isAlive = reader.find<std::uint32_t>("kAudioDevicePropertyDeviceIsAlive");
+    const std::optional<std::uint32_t> isAlive =
+        reader.find<std::uint32_t>("kAudioDevicePropertyDeviceIsAlive");
     if (!isAlive) return std::nullopt;
 
     DeviceFacts facts;
@@ -84,9 +85,11 @@ std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID devic
     facts.isAlive = *isAlive != 0;
     facts.isRunning = reader.get<std::uint32_t>("kAudioDevicePropertyDeviceIsRunning") != 0;
     for (std::uint32_t channel = 0; channel <= facts.outputs; ++channel) {
-        if (const auto volume = reader.find<float>("kAudioDevicePropertyVolumeScalar", false, channel))
+        if (const std::optional<float> volume =
+                reader.find<float>("kAudioDevicePropertyVolumeScalar", false, channel))
             facts.volumes[channel] = *volume;
-        if (const auto mute = reader.find<std::uint32_t>("kAudioDevicePropertyMute", false, channel))
+        if (const std::optional<std::uint32_t> mute =
+                reader.find<std::uint32_t>("kAudioDevicePropertyMute", false, channel))
             facts.mutes[channel] = *mute != 0;
     }
     return facts;
@@ -96,7 +99,8 @@ std::vector<DeviceFacts> readAllDevices(const CoreAudio& core)
 {
     std::vector<DeviceFacts> devices;
     for (ObjectID id : readDeviceList(core))
-        if (auto facts = readDeviceFacts(core, id)) devices.push_back(std::move(*facts));
+        if (std::optional<DeviceFacts> facts = readDeviceFacts(core, id))
+            devices.push_back(std::move(*facts));
     if (devices.empty()) throw Failure("no device can be read; close other programs");
     return devices;
 }

@@ -1,4 +1,5 @@
-// What the library tells of each device.
+// The devices and their properties, read through the library.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/library/audio_records.h"
@@ -11,33 +12,36 @@
 
 namespace kvx {
 
-/// Texts are UTF-8 as the library gave them. What a device does not tell is 0 or empty.
+/// The properties of one device. Texts are UTF-8, unchecked. A property that the device does not have is 0 or
+/// empty.
 struct DeviceFacts {
     ObjectID id = 0;
     std::string name, maker, uid;
-    std::uint32_t inputs = 0, outputs = 0; ///< channels
-    double rate = 0;                       ///< Hz
-    std::vector<ValueRange> rates;         ///< Hz, on offer
-    std::uint32_t slice = 0;               ///< frames
-    std::uint32_t latency = 0;             ///< frames; of the output, where there is one
+    std::uint32_t inputs = 0, outputs = 0; ///< numbers of channels
+    double rate = 0;                       ///< nominal sample rate, Hz
+    std::vector<ValueRange> rates;         ///< available sample rates, Hz
+    std::uint32_t slice = 0;               ///< slice size, frames
+    std::uint32_t latency = 0;             ///< latency of the output, or of a device without outputs, frames
     bool isAlive = false;
     bool isRunning = false;
-    std::map<std::uint32_t, float> volumes; ///< by output channel from 1 (0 the whole), where it can be set
-    std::map<std::uint32_t, bool> mutes;    ///< likewise
+    std::map<std::uint32_t, float> volumes; ///< volume controls by output channel; key 0: all channels
+    std::map<std::uint32_t, bool> mutes;    ///< mute controls by output channel; key 0: all channels
 };
 
-/// The devices with a role; 0 where there is none.
+/// The device in each role; 0: no device.
 struct Roles {
     ObjectID output = 0, systemOutput = 0, input = 0;
 };
 
-/// In the order of the list. Throws Failure when it cannot be read.
+/// The IDs of the devices, in the order of the list.
+/// Errors  throws Failure.
 std::vector<ObjectID> readDeviceList(const CoreAudio& core);
 
-/// Nothing when there is no such device any more.
+/// Errors  nullopt if there is no such device.
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device);
 
-/// All that are listed, in order. Throws Failure when there is none: simulated devices always exist.
+/// All devices, in the order of the list.
+/// Errors  throws Failure if no device can be read, because the simulated devices always exist.
 std::vector<DeviceFacts> readAllDevices(const CoreAudio& core);
 
 Roles readRoles(const CoreAudio& core);

@@ -13,6 +13,16 @@ void check(std::int32_t status)
     if (status != 0) throw Failure(KVXPlatformErrorText());
 }
 
+/// Get all rows of a platform function that fills up to `capacity` rows and returns their number.
+template <class Fill>
+std::vector<KVXDeviceInfo> allRows(Fill fill)
+{
+    std::vector<KVXDeviceInfo> rows(fill(nullptr, 0));
+    const std::uint32_t count = fill(rows.data(), static_cast<std::uint32_t>(rows.size()));
+    rows.resize(std::min<std::size_t>(count, rows.size())); // a device may have gone since the first call
+    return rows;
+}
+
 /// The value of KVX_AUDIO_DEVICE; "" if the variable is not set.
 std::string choiceOfEnvironment()
 {
@@ -56,12 +66,13 @@ bool isFallback(const KVXDeviceInfo& device, const DeviceRequest& request)
 
 void checkHardware() { check(KVXPlatformCheckHardware()); }
 
-std::vector<KVXDeviceInfo> listDevices()
+std::vector<KVXDeviceInfo> listDevices() { return allRows(KVXPlatformGetDevices); }
+
+std::vector<KVXDeviceInfo> findDevices(const std::string& text)
 {
-    std::vector<KVXDeviceInfo> rows(KVXPlatformGetDevices(nullptr, 0));
-    const std::uint32_t count = KVXPlatformGetDevices(rows.data(), static_cast<std::uint32_t>(rows.size()));
-    rows.resize(std::min<std::size_t>(count, rows.size()));
-    return rows;
+    return allRows([&text](KVXDeviceInfo* rows, std::uint32_t capacity) {
+        return KVXPlatformFindDevices(text.c_str(), rows, capacity);
+    });
 }
 
 void useSimulatedDevicesOnly() { setenv("KVX_AUDIO_DEVICE", "simulated", 1); }

@@ -1,4 +1,4 @@
-// The output device of the process: chosen by the user, set up, and given time to play.
+// The device list, and the output device of the process: chosen by the user, set up, and given time to play.
 // All functions: [main].
 #pragma once
 
@@ -28,6 +28,9 @@ void checkHardware();
 
 /// All devices. The index of a device is its row number.
 std::vector<KVXDeviceInfo> listDevices();
+
+/// The devices that a user names by a name, a part of a name or a UID, as KVXPlatformFindDevices() defines.
+std::vector<KVXDeviceInfo> findDevices(const std::string& text);
 
 /// Use simulated devices only, and leave the sound hardware closed. No effect after the first other call of
 /// the platform.

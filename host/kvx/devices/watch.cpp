@@ -1,11 +1,11 @@
 #include "host/kvx/devices/watch.h"
 
-#include "host/kvx/devices/device_changes.h"
+#include "host/kvx/devices/device_text.h"
 #include "host/kvx/text/failure.h"
 
 #include <KVXPlatform/KVXPlatform.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -28,25 +28,25 @@ constexpr const char* deviceSelectors[] = {
 
 } // namespace
 
-Watch::Watch(host::Host& host, const CoreAudio& core, Say say)
-    : host_(host), core_(core), say_(std::move(say))
+Watch::Watch(host::Host& host, const CoreAudio& core, Report report)
+    : host_(host), core_(core), report_(std::move(report))
 {
     for (const char* selector : systemSelectors) {
         systemListeners_.push_back(listen(systemObject, selector));
-        const auto status = Status(systemListeners_.back().get("LastError").integer());
+        const auto status = static_cast<Status>(systemListeners_.back().get("LastError").integer());
         if (status != 0)
-            throw Failure(
-                fmt::format("the devices cannot be watched: {}; close other programs", printStatus(status)));
+            throw Failure(fmt::format("--watch: no listener can be added: {}; close other programs",
+                                      printStatus(status)));
     }
-    // Listeners come first and the looks after them, so that nothing falls between.
+    // Each object gets its listeners before it is read, so that no change is missed.
     for (ObjectID device : readDeviceList(core_)) beginWatching(device);
     roles_ = readRoles(core_);
 }
 
-void Watch::tell(const std::string& line)
+void Watch::report(const std::string& line)
 {
-    ++said_;
-    say_(line);
+    ++reportCount_;
+    report_(line);
 }
 
 host::Object Watch::listen(ObjectID object, const char* selectorName)
@@ -54,7 +54,7 @@ host::Object Watch::listen(ObjectID object, const char* selectorName)
     const Code selector = core_.constant(selectorName).value_or(0);
     host::Object listener = host_.create(listenerClass, object, selector, anyScope, anyElement);
     listener.on("Changed", [this](host::Object& sender, const std::vector<host::Value>&) {
-        changed_.insert(ObjectID(sender.get("ObjectID").unsigned64()));
+        changed_.insert(static_cast<ObjectID>(sender.get("ObjectID").unsigned64()));
         return host::Value();
     });
     return listener;
@@ -64,8 +64,8 @@ void Watch::beginWatching(ObjectID device)
 {
     Watched watched;
     for (const char* selector : deviceSelectors) watched.listeners.push_back(listen(device, selector));
-    auto facts = readDeviceFacts(core_, device);
-    if (!facts) return; // it went again; the list's own event tells
+    std::optional<DeviceFacts> facts = readDeviceFacts(core_, device);
+    if (!facts) return; // the device is removed again; an event of the list follows
     watched.facts = std::move(*facts);
     watched_[device] = std::move(watched);
     order_.push_back(device);
@@ -78,7 +78,7 @@ std::string Watch::nameOf(ObjectID device) const
     return found == watched_.end() ? fmt::format("id {}", device) : printDevice(found->second.facts);
 }
 
-void Watch::lookAtList()
+void Watch::updateList()
 {
     const std::vector<ObjectID> now = readDeviceList(core_);
     std::vector<ObjectID> gone;
@@ -87,44 +87,44 @@ void Watch::lookAtList()
     for (ObjectID device : now) {
         if (watched_.count(device)) continue;
         beginWatching(device);
-        if (watched_.count(device)) tell(printArrival(watched_[device].facts));
+        if (watched_.count(device)) report(printArrival(watched_[device].facts));
     }
-    lookAtRoles(); // while the names of those that went are known
+    updateRoles(); // needs the names of the removed devices
     for (ObjectID device : gone) {
-        tell(printDeparture(watched_[device].facts));
+        report(printDeparture(watched_[device].facts));
         watched_.erase(device);
         order_.erase(std::find(order_.begin(), order_.end(), device));
     }
 }
 
-void Watch::lookAtRoles()
+void Watch::updateRoles()
 {
     const Roles now = readRoles(core_);
     for (const std::string& line : changesOfRoles(roles_, now, [this](ObjectID id) { return nameOf(id); }))
-        tell(line);
+        report(line);
     roles_ = now;
 }
 
-void Watch::lookAtDevice(ObjectID device)
+void Watch::updateDevice(ObjectID device)
 {
     const auto found = watched_.find(device);
     if (found == watched_.end()) return;
-    auto facts = readDeviceFacts(core_, device);
-    if (!facts) return; // it went; the list's own event tells
-    for (const std::string& line : changesOfDevice(found->second.facts, *facts)) tell(line);
+    std::optional<DeviceFacts> facts = readDeviceFacts(core_, device);
+    if (!facts) return; // the device is removed; an event of the list follows
+    for (const std::string& line : changesOfDevice(found->second.facts, *facts)) report(line);
     found->second.facts = std::move(*facts);
 }
 
-bool Watch::turn(double seconds)
+bool Watch::reportChanges(double seconds)
 {
-    const std::size_t saidBefore = said_;
+    const std::size_t countBefore = reportCount_;
     KVXPlatformDrainMainQueue(seconds);
     host_.rethrow();
     const std::set<ObjectID> changed = std::exchange(changed_, {});
     for (ObjectID object : changed)
-        if (object != systemObject) lookAtDevice(object);
-    if (changed.count(systemObject)) lookAtList();
-    return said_ != saidBefore;
+        if (object != systemObject) updateDevice(object);
+    if (changed.count(systemObject)) updateList();
+    return reportCount_ != countBefore;
 }
 
 std::vector<DeviceFacts> Watch::devices() const

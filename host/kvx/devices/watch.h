@@ -1,4 +1,4 @@
-// Devices, watched: listeners of the library on the system and on every device, and what they lead to.
+// Watches the devices through listeners of the library, and reports each change.
 #pragma once
 
 #include "host/kvx/devices/device_facts.h"
@@ -11,28 +11,29 @@
 
 namespace kvx {
 
-/// An event says that something of an object changed. The object is then looked at again, and each difference
-/// is a line; changes that are undone before the look are not seen. New devices get listeners, those that
-/// went lose theirs.
-///
-/// Thread  [main]
+/// Listens to the system and to every device. After an event the watch reads the changed object again and
+/// reports each difference as a line; a change that is undone before this read is not reported. New devices
+/// get listeners, and the listeners of removed devices are released.
+/// All functions: [main].
 class Watch {
 public:
-    using Say = std::function<void(const std::string& line)>;
+    using Report = std::function<void(const std::string& line)>;
 
-    /// Watches from here on; says nothing yet. Throws Failure where the system cannot be watched.
-    Watch(host::Host& host, const CoreAudio& core, Say say);
+    /// Begin to watch. Changes are reported in reportChanges() only.
+    /// Errors  throws Failure.
+    Watch(host::Host& host, const CoreAudio& core, Report report);
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    /// Wait up to `seconds` for events, take what came, and say what they mean. Whether anything was said.
-    bool turn(double seconds);
+    /// Wait up to `seconds` for events, and report the changes.
+    /// Returns  whether there was a change.
+    bool reportChanges(double seconds);
 
-    /// The state that is known, in the order of the list.
+    /// The known state of the devices, in the order of the list.
     std::vector<DeviceFacts> devices() const;
     const Roles& roles() const { return roles_; }
 
-    /// Listeners alive, for tests.
+    /// The number of listeners.
     std::size_t listenerCount() const;
 
 private:
@@ -41,22 +42,22 @@ private:
         std::vector<host::Object> listeners;
     };
 
-    void tell(const std::string& line);
+    void report(const std::string& line);
     host::Object listen(ObjectID object, const char* selectorName);
     void beginWatching(ObjectID device);
     std::string nameOf(ObjectID device) const;
-    void lookAtList();
-    void lookAtRoles();
-    void lookAtDevice(ObjectID device);
+    void updateList();
+    void updateRoles();
+    void updateDevice(ObjectID device);
 
     host::Host& host_;
     const CoreAudio& core_;
-    Say say_;
-    std::size_t said_ = 0;
-    std::set<ObjectID> changed_; ///< noted by the events, looked at by turn()
+    Report report_;
+    std::size_t reportCount_ = 0;
+    std::set<ObjectID> changed_; ///< objects with an event since the last reportChanges()
     std::vector<host::Object> systemListeners_;
-    std::map<ObjectID, Watched> watched_;
-    std::vector<ObjectID> order_;
+    std::map<ObjectID, Watched> watched_; ///< devices by ID
+    std::vector<ObjectID> order_;         ///< IDs of the devices in the order of the list
     Roles roles_;
 };
 

@@ -1,4 +1,4 @@
-// Values of properties that are records, as they lie in memory. The machine's own byte order and alignment.
+// Property values that are records, with the byte order and alignment of the platform's own records.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ struct ValueRange {
 };
 
 struct StreamFormat {
-    double rate; ///< Hz
+    double rate; ///< sample rate, Hz
     std::uint32_t format, flags;
     std::uint32_t bytesPerPacket, framesPerPacket, bytesPerFrame;
     std::uint32_t channels, bits;
@@ -27,13 +27,13 @@ struct Buffer {
     void* data;
 };
 
-/// As long as `count` says.
+/// A list of `count` buffers; the array is longer than declared.
 struct BufferList {
     std::uint32_t count;
     Buffer buffers[1];
 };
 
-/// A value in memory of the asker's, and where the answer goes.
+/// A value to translate and the memory for its translation. Both blocks belong to the caller.
 struct Translation {
     void* question;
     std::uint32_t questionBytes;
@@ -42,7 +42,7 @@ struct Translation {
 };
 
 struct ChannelLayout {
-    std::uint32_t tag, bitmap, descriptionCount; ///< descriptions follow
+    std::uint32_t tag, bitmap, descriptionCount; ///< the channel descriptions follow in memory
 };
 
 } // namespace kvx

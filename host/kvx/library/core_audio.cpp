@@ -28,9 +28,9 @@ std::vector<std::string> CoreAudio::constants() const
     return names;
 }
 
-Status CoreAudio::lastError() const { return Status(object_.get("Lasterror").integer()); }
+Status CoreAudio::lastError() const { return static_cast<Status>(object_.get("Lasterror").integer()); }
 
-// A property of no bytes is nil with status 0, or with -1 by the older methods.
+// For an empty property a method returns nil; its status is 0, or -1 from the older methods.
 Answer CoreAudio::answer(const host::Value& result) const
 {
     const Status status = lastError();
@@ -45,7 +45,7 @@ Answer CoreAudio::read(const PropertyAddress& address) const
 
 Answer CoreAudio::read(const PropertyAddress& address, const std::string& question) const
 {
-    const auto buffer = host::MemoryBlock::copyOf(question.data(), question.size());
+    const host::MemoryBlock buffer = host::MemoryBlock::copyOf(question.data(), question.size());
     return answer(object_.call("AudioObjectGetPropertyData", address.object, address.selector, address.scope,
                                address.element, nullptr, buffer));
 }
@@ -53,8 +53,8 @@ Answer CoreAudio::read(const PropertyAddress& address, const std::string& questi
 Answer CoreAudio::readTextFor(const PropertyAddress& address, Code question) const
 {
     constexpr std::uint32_t longestText = 1024;
-    const auto asked = host::MemoryBlock::copyOf(&question, sizeof question);
-    const auto text = host::MemoryBlock::ofSize(longestText);
+    const host::MemoryBlock asked = host::MemoryBlock::copyOf(&question, sizeof question);
+    const host::MemoryBlock text = host::MemoryBlock::ofSize(longestText);
     const Translation translation = {asked.data(), sizeof question, text.data(), longestText};
     const Answer answer = read(address, bytesOf(translation));
     return {answer.status, answer.isGood() ? std::string(text.bytes()) : std::string()};
@@ -107,7 +107,7 @@ Answer CoreAudio::readText(const PropertyAddress& address) const
     const Answer objectClass = classOf(address.object);
     if (!objectClass.isGood()) return objectClass;
 
-    // The device's text method keeps the reason to itself when there is no such property: this call has it.
+    // The text methods of devices leave no status for a missing property, but this call does.
     object_.call("AudioObjectGetPropertyDataSize", address.object, address.selector, address.scope,
                  address.element);
     if (const Status status = lastError(); status != 0) return {status, {}};

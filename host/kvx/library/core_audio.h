@@ -1,5 +1,5 @@
-// The library's class of devices and their properties, as this program uses it: every question is one call of
-// a method of the class, and comes back with the status that the call left.
+// The library's class of audio objects and their properties, as this program uses it. Each question is one
+// method call, answered with the status that the call left.
 #pragma once
 
 #include "host/kvx/text/codes.h"
@@ -23,10 +23,10 @@ struct PropertyAddress {
     ObjectID object = 0;
     Code selector = 0;
     Code scope = globalScope;
-    std::uint32_t element = 0; ///< 0 the whole, then one a channel
+    std::uint32_t element = 0; ///< a channel from 1; 0: all channels
 };
 
-/// What a call answered: bytes, or UTF-8 text; empty where the status is not 0.
+/// The result of a call. `value` is bytes or UTF-8 text; empty if the status is not 0.
 struct Answer {
     Status status = 0;
     std::string value;
@@ -34,7 +34,8 @@ struct Answer {
     bool isGood() const { return status == 0; }
 };
 
-/// The first T of a value; nothing where it is shorter.
+/// The item at an index of a value that is an array of T.
+/// Errors  nullopt if the value is too short.
 template <class T>
 std::optional<T> itemOf(std::string_view value, std::size_t index = 0)
 {
@@ -44,7 +45,7 @@ std::optional<T> itemOf(std::string_view value, std::size_t index = 0)
     return item;
 }
 
-/// All whole Ts of a value.
+/// All items of a value that is an array of T. Bytes after the last whole item are ignored.
 template <class T>
 std::vector<T> itemsOf(std::string_view value)
 {
@@ -59,49 +60,48 @@ std::string bytesOf(const T& item)
     return {reinterpret_cast<const char*>(&item), sizeof item};
 }
 
-/// Thread  [main]
-/// Errors  the platform's are statuses; what the library raises passes through as host::HostException.
+/// An object of the library's class. Errors of the platform are statuses; exceptions of the library are
+/// thrown as host::HostException. All functions: [main].
 class CoreAudio {
 public:
     explicit CoreAudio(host::Host& host);
 
-    /// The selector that the class publishes under that name, without regard to case; nothing where it
-    /// publishes none.
+    /// The selector of the class constant with this name, in upper or lower case.
+    /// Errors  nullopt if there is no such constant.
     std::optional<Code> constant(std::string_view name) const;
 
-    /// The names of all of them, in the order of registration.
+    /// The names of all selector constants, in the order of registration.
     std::vector<std::string> constants() const;
 
-    // ---- any object, by address ----
+    // ---- properties of any object ----
 
     Answer read(const PropertyAddress& address) const;
 
-    /// Read into a buffer that already holds `question`: for values that are asked about in place. The
-    /// answer is as long as the question.
+    /// Read a property that converts or checks a value: `question` is the input, the answer has its size.
     Answer read(const PropertyAddress& address, const std::string& question) const;
 
-    /// What the property answers about `question`, as C text in memory of this program's own.
+    /// Read a property that translates a code into C text.
     Answer readTextFor(const PropertyAddress& address, Code question) const;
 
     Status write(const PropertyAddress& address, std::string_view bytes) const;
 
-    /// The class of the object: systemClass, deviceClass, streamClass, …; the value is a Code.
+    /// Read the class of an object. The value is a Code, such as deviceClass.
     Answer classOf(ObjectID object) const;
 
-    // ---- units, by handle; of the whole unit ----
+    // ---- audio units by handle, global scope ----
 
     Answer readUnit(std::int64_t unit, std::uint32_t property) const;
 
-    /// 0 where the unit does not know it.
+    /// The value of a parameter; 0 if the unit does not have the parameter.
     double unitParameter(std::int64_t unit, std::uint32_t parameter) const;
 
-    // ---- by what the object is ----
+    // ---- properties by the kind of object ----
 
     Answer readSystem(Code selector) const;
     Answer readDevice(ObjectID device, std::uint32_t channel, bool isInput, Code selector) const;
 
-    /// The text behind a property that is a reference to one. The object's class decides which of the
-    /// library's methods is called; a device without a side named is asked for its output first.
+    /// Read a property whose value is a reference to a text. In the global scope, a device's output is read
+    /// first, then its input.
     Answer readText(const PropertyAddress& address) const;
 
 private:

@@ -5,21 +5,19 @@
 #include "host/kvx/text/number_text.h"
 #include "host/kvx/text/terminal_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <iterator>
-#include <type_traits>
 
 namespace kvx {
 namespace {
 
-// ---- pieces ----
+// ---- helpers ----
 
-/// The parts of a text between separators; what stands between quotes is not looked into. No empty parts.
+/// Split a text at separators outside of quotes. Empty parts are dropped.
 std::vector<std::string> splitOutsideQuotes(std::string_view text, std::string_view separators)
 {
     std::vector<std::string> parts(1);
@@ -42,24 +40,13 @@ std::vector<std::string> splitOutsideQuotes(std::string_view text, std::string_v
 }
 
 template <class T>
-std::optional<T> readArithmetic(std::string_view text)
-{
-    T number{};
-    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (rest != text.data() + text.size() || error != std::errc()) return std::nullopt;
-    if constexpr (std::is_floating_point_v<T>)
-        if (!std::isfinite(number)) return std::nullopt; // no property has such a value
-    return number;
-}
-
-template <class T>
 std::string bytesOrRefusal(const std::optional<T>& item, const std::string& text, const char* example)
 {
     if (!item) refuse(text, example);
     return bytesOf(*item);
 }
 
-// ---- formats: name=value, name=value, … ----
+// ---- formats: name=value,name=value,… ----
 
 struct FormatField {
     const char* name;
@@ -82,7 +69,8 @@ constexpr FormatField formatFields[] = {
 };
 // clang-format on
 
-constexpr const char* formatExample = "rate=48000,format='lpcm',channels=2 (what is left out is 0: any)";
+constexpr const char* formatExample =
+    "rate=48000,format='lpcm',channels=2 (a field that is left out is 0, which means any value)";
 
 std::string printFormat(const StreamFormat& format)
 {
@@ -92,27 +80,29 @@ std::string printFormat(const StreamFormat& format)
     return text;
 }
 
-/// False where `part` is no field of a format.
+/// Read one field of a format.
+/// Returns  whether `part` is a valid field.
 bool readFormatField(const std::string& part, StreamFormat& format)
 {
     const std::size_t equals = part.find('=');
     if (equals == part.npos) return false;
     const std::string name = part.substr(0, equals), value = part.substr(equals + 1);
     if (name == "rate") {
-        const auto rate = readArithmetic<double>(value);
+        const std::optional<double> rate = readDecimal<double>(value);
         format.rate = rate.value_or(0);
         return rate.has_value();
     }
     for (const FormatField& each : formatFields) {
         if (name != each.name) continue;
-        const auto number = each.field == &StreamFormat::format ? readCodeOrNumber(value) : readNumber(value);
+        const std::optional<std::uint32_t> number =
+            each.field == &StreamFormat::format ? readCodeOrNumber(value) : readNumber(value);
         format.*each.field = number.value_or(0);
         return number.has_value();
     }
     return false;
 }
 
-// ---- a value of each form ----
+// ---- one item of each form ----
 
 template <class T>
 T as(std::string_view item)
@@ -145,12 +135,12 @@ std::string parseNumber(const std::string& text, const FindObject&)
 }
 std::string parseInteger(const std::string& text, const FindObject&)
 {
-    return bytesOrRefusal(readArithmetic<std::int32_t>(text), text, "a whole number such as -1");
+    return bytesOrRefusal(readDecimal<std::int32_t>(text), text, "a whole number such as -1");
 }
 template <class T>
 std::string parseFloating(const std::string& text, const FindObject&)
 {
-    return bytesOrRefusal(readArithmetic<T>(text), text, "a number such as 0.5");
+    return bytesOrRefusal(readDecimal<T>(text), text, "a number such as 0.5");
 }
 
 std::string printCodeItem(std::string_view item) { return printCode(as<Code>(item)); }
@@ -173,8 +163,8 @@ std::string parseRange(const std::string& text, const FindObject&)
 {
     const std::size_t dots = text.find("..");
     const std::size_t second = dots == text.npos ? text.size() : dots + 2;
-    const auto low = readArithmetic<double>(text.substr(0, dots));
-    const auto high = readArithmetic<double>(text.substr(second));
+    const std::optional<double> low = readDecimal<double>(text.substr(0, dots));
+    const std::optional<double> high = readDecimal<double>(text.substr(second));
     if (!low || !high) refuse(text, "a range such as 8000..96000");
     return bytesOf(ValueRange{*low, *high});
 }
@@ -196,9 +186,9 @@ std::string printRangedFormat(std::string_view item)
 
 struct FormFact {
     Form form;
-    std::size_t size; ///< bytes of an item
+    std::size_t size; ///< size of an item, bytes
     std::string (*print)(std::string_view item);
-    std::string (*parse)(const std::string& text, const FindObject& findObject); ///< null: bytes only
+    std::string (*parse)(const std::string& text, const FindObject& findObject); ///< null: --hex only
 };
 
 // clang-format off
@@ -223,9 +213,9 @@ const FormFact* findForm(Form form)
     return found == std::end(forms) ? nullptr : found;
 }
 
-// ---- values that come back ----
+// ---- values that are read back ----
 
-// Fields left out are 0 and mean any.
+/// A field of 0 in the written format means any value.
 bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
 {
     return (written.rate == 0 || written.rate == read.rate) &&
@@ -234,13 +224,13 @@ bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
            });
 }
 
-// A device that keeps decibels as a factor, or the other way round, loses the last digits.
+/// A device that stores decibels as a factor, or a factor as decibels, changes the last digits.
 bool singleIsKept(float written, float read)
 {
     return std::fabs(written - read) <= 1e-4f * std::fmax(std::fabs(written), std::fabs(read));
 }
 
-// ---- records that are as long as they say ----
+// ---- values of variable size ----
 
 std::optional<std::string> printBufferList(std::string_view value)
 {
@@ -308,9 +298,9 @@ std::string parseValue(Form form, Extent extent, const std::string& text, const 
     if (form == Form::text) return text + '\0';
     const FormFact* fact = findForm(form);
     if (!fact || !fact->parse)
-        throw WrongUsage("a value of this property can only be given as bytes: use --hex");
-    // An object's name may hold blanks; only lists are taken apart.
-    const auto items =
+        throw WrongUsage("a value of this property can be given as bytes only; use --hex");
+    // A single value may be the name of an object, which may contain blanks.
+    const std::vector<std::string> items =
         extent == Extent::many ? splitOutsideQuotes(text, " \t\n") : std::vector<std::string>{text};
     std::string bytes;
     for (const std::string& item : items) bytes += fact->parse(item, findObject);

@@ -1,4 +1,4 @@
-// Values of properties as text, and back: what one prints the other reads.
+// Property values as text, and text as property values. parseValue() reads what printValue() prints.
 #pragma once
 
 #include "host/kvx/library/core_audio.h"
@@ -10,19 +10,21 @@
 
 namespace kvx {
 
-/// The value in the form given, an item a line, without a newline at the end; empty for no items. A value
-/// that is not as long as its form wants is printed by dumpBytes. `reference` values are their text here.
+/// Print a value in the given form, one item per line, without a newline at the end. A value whose size does
+/// not fit the form is printed by dumpBytes(). The value of a `reference` is the text.
 std::string printValue(Form form, Extent extent, std::string_view value);
 
-/// Whether a property that reads `read` has the value that was `written`: the same bytes; of a format only
-/// the fields that were given; single precision within a ten-thousandth.
+/// Whether a property has the value that was written, given the bytes that it reads. A zero field of a
+/// written format fits any value; `single` values fit within a ten-thousandth; other values must be
+/// identical.
 bool isKept(Form form, std::string_view written, std::string_view read);
 
-/// What the name of an object in a value stands for. Throws Failure.
+/// Finds the object that a text in a value names.
+/// Errors  throws Failure.
 using FindObject = std::function<ObjectID(const std::string& text)>;
 
-/// The bytes of a value that a user typed, items apart by white space. Throws WrongUsage, with an example of
-/// what is read.
+/// Read the text of a value into its bytes. White space separates the items of a list.
+/// Errors  throws WrongUsage, with an example of a valid text.
 std::string parseValue(Form form, Extent extent, const std::string& text, const FindObject& findObject);
 
 } // namespace kvx

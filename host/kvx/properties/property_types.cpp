@@ -36,7 +36,7 @@ constexpr PropertyType types[] = {
     question('duid', Asks::byReference), question('pibi', Asks::byReference),
     question('rnlp', Asks::byReference),
 
-    // ---- of devices: what one is ----
+    // ---- of devices: identity ----
     value('plug', Form::integer),
     value('uid ', Form::reference), value('muid', Form::reference), value('capp', Form::reference),
     value('name', Form::text),      value('makr', Form::text),
@@ -45,7 +45,7 @@ constexpr PropertyType types[] = {
     value('dflt', Form::flag),      value('sflt', Form::flag),      value('hidn', Form::flag),
     question('icon', Asks::byReference),
 
-    // ---- of devices: how one runs ----
+    // ---- of devices: operation ----
     value('livn', Form::flag),   value('diff', Form::flag),  value('goin', Form::flag),
     value('gone', Form::flag),   value('over', Form::flag),  value('oink', Form::integer),
     value('ltnc', Form::number), value('saft', Form::number),
@@ -54,7 +54,7 @@ constexpr PropertyType types[] = {
     value('mix?', Form::flag),   value('ncyc', Form::single), question('suse', Asks::byReference),
     value('nsrt', Form::real),   value('asrt', Form::real),  value('nsr#', Form::range, many),
 
-    // ---- of devices: what one carries ----
+    // ---- of devices: streams and formats ----
     value('stm#', Form::object, many), value('slay', Form::bufferList),
     value('sfmt', Form::format),       value('sfm#', Form::format, many),
     question('sfm?', Asks::whether, Form::format), question('sfmm', Asks::inPlace, Form::format),

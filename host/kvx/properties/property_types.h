@@ -1,5 +1,4 @@
-// What the values of the known properties are: a table of facts, by selector. A selector means the same for
-// every class of object that has it.
+// The types of property values, by selector. A selector has one type for all classes of objects.
 #pragma once
 
 #include "host/kvx/text/codes.h"
@@ -8,17 +7,17 @@
 
 namespace kvx {
 
-/// How a value is to be read: its items' form, or a record's.
+/// The form of a value, or of the items of a list.
 enum class Form {
     text,      ///< C text with its terminating zero
-    reference, ///< to a text, which the library's text methods read
-    flag,      ///< 32 bits, 0 or 1
-    number,    ///< 32 bits, unsigned
-    integer,   ///< 32 bits, signed
-    code,      ///< four characters
-    object,    ///< an object's ID
-    single,
-    real, ///< 64 bits
+    reference, ///< a reference to a text; the library's text methods read the text
+    flag,      ///< a 32-bit number, 0 or 1
+    number,    ///< an unsigned 32-bit number
+    integer,   ///< a signed 32-bit number
+    code,      ///< a four-character code
+    object,    ///< the ID of an object
+    single,    ///< a 32-bit floating-point number
+    real,      ///< a 64-bit floating-point number
     range,
     format,
     rangedFormat,
@@ -28,30 +27,30 @@ enum class Form {
 
 enum class Extent { one, many };
 
-/// Whether a property has a value of its own, or answers a question.
+/// The kind of question that a property answers.
 enum class Asks {
-    nothing,
-    inPlace,     ///< the value is the question and becomes the answer: a conversion, a best match
-    whether,     ///< the value is the question, the status is the answer
-    byCode,      ///< by a code, for a text
-    byReference, ///< by or for references or addresses, which a host program cannot make or keep
+    nothing,     ///< the property has a value, and answers no question
+    inPlace,     ///< the property replaces the value of the question by the answer, for example a conversion
+    whether,     ///< the property checks the value of the question; the status is the answer
+    byCode,      ///< the property translates a code into a text
+    byReference, ///< the question or the answer is a reference, which a host program cannot create or keep
 };
 
 struct PropertyType {
     Code selector;
-    Form form; ///< of the value; of the question, where it is asked in place
+    Form form; ///< form of the value; for inPlace and whether also of the question
     Extent extent;
     Asks asks;
 };
 
-/// The whole table: [first, first + count).
+/// The table of known properties: [first, first + count).
 struct PropertyTypes {
     const PropertyType* first;
     std::size_t count;
 };
 PropertyTypes propertyTypes();
 
-/// Null for a selector of which nothing is known.
+/// Find the type of a property; null if the selector is unknown.
 const PropertyType* findPropertyType(Code selector);
 
 } // namespace kvx

@@ -255,8 +255,8 @@ TEST(KvxProperties, WrongUsageIsToldWithAdvice)
             {{"set", "0", "fsiz", "-1"}, "whole number"},
             {{"set", "0", "mute", "maybe"}, "yes or no"},
             {{"set", "0", "slay", "2"}, "--hex"},
-            {{"set", "0", "abcd", "1"}, "nothing is known of the values of 'abcd'"},
-            {{"set", "0", "fsiz", "--hex", "0"}, "two digits a byte"},
+            {{"set", "0", "abcd", "1"}, "the type of the values of 'abcd' is unknown"},
+            {{"set", "0", "fsiz", "--hex", "0"}, "two digits per byte"},
         },
         2);
 }

@@ -2,7 +2,7 @@
 #include "tests/endtoend/loaded_host.h"
 
 #include "host/kvx/devices/demo.h"
-#include "host/kvx/devices/device_changes.h"
+#include "host/kvx/devices/device_text.h"
 #include "host/kvx/devices/watch.h"
 
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ struct WatchTest : testing::Test {
     /// What is said until `last` has been. The test's own time limit ends a wait for what never comes.
     Lines saidUntil(const std::string& last)
     {
-        while (std::find(lines.begin(), lines.end(), last) == lines.end()) watch->turn(0.05);
+        while (std::find(lines.begin(), lines.end(), last) == lines.end()) watch->reportChanges(0.05);
         return std::exchange(lines, {});
     }
 
@@ -72,7 +72,7 @@ TEST_F(WatchTest, KnowsTheDevicesFromTheStart)
     EXPECT_EQ(watch->devices()[0].id, KVXPlatformBuiltInSimulatedDevice());
     EXPECT_EQ(watch->roles().output, KVXPlatformBuiltInSimulatedDevice());
     EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
-    watch->turn(0);
+    watch->reportChanges(0);
     EXPECT_EQ(lines, Lines{}) << "nothing happened";
 }
 
@@ -111,7 +111,7 @@ TEST_F(WatchTest, EachKindOfChangeIsALine)
         write(fact.address, fact.value);
         EXPECT_EQ(saidUntil(name + fact.line), Lines{name + fact.line});
         write(fact.address, fact.value); // the same again is no change
-        watch->turn(0.02);
+        watch->reportChanges(0.02);
         EXPECT_EQ(lines, Lines{});
     }
     KVXPlatformConfigureDevice(desk, 0, 4, 0);
@@ -190,7 +190,7 @@ TEST_F(WatchTest, TheDemoTakesItsDevicesAlongWhereverItEnds)
         SCOPED_TRACE(steps);
         {
             kvx::Demo demo(loaded.host, *core, 0);
-            for (int i = 0; i < steps; ++i) demo.turn();
+            for (int i = 0; i < steps; ++i) demo.stepIfDue();
         }
         EXPECT_EQ(KVXPlatformGetDevices(nullptr, 0), 2u);
     }

@@ -1,9 +1,7 @@
-// The records as this program has them are those of the platform.
+// The property records have the layout of the platform's records. All checks run at compile time.
 #include "host/kvx/library/audio_records.h"
 
 #include <CoreAudio/CoreAudio.h>
-
-#include <gtest/gtest.h>
 
 #include <cstddef>
 
@@ -19,35 +17,22 @@ static_assert(sameSize<kvx::Buffer, AudioBuffer>);
 static_assert(sameSize<kvx::BufferList, AudioBufferList>);
 static_assert(sameSize<kvx::Translation, AudioValueTranslation>);
 
-TEST(AudioRecords, HaveTheirFieldsWhereThePlatformHasThem)
-{
-    const struct {
-        std::size_t ours, theirs;
-        const char* field;
-    } facts[] = {
-        {offsetof(kvx::StreamFormat, format), offsetof(AudioStreamBasicDescription, mFormatID), "format"},
-        {offsetof(kvx::StreamFormat, flags), offsetof(AudioStreamBasicDescription, mFormatFlags), "flags"},
-        {offsetof(kvx::StreamFormat, bytesPerPacket), offsetof(AudioStreamBasicDescription, mBytesPerPacket),
-         "bytes/packet"},
-        {offsetof(kvx::StreamFormat, framesPerPacket),
-         offsetof(AudioStreamBasicDescription, mFramesPerPacket), "frames/packet"},
-        {offsetof(kvx::StreamFormat, bytesPerFrame), offsetof(AudioStreamBasicDescription, mBytesPerFrame),
-         "bytes/frame"},
-        {offsetof(kvx::StreamFormat, channels), offsetof(AudioStreamBasicDescription, mChannelsPerFrame),
-         "channels"},
-        {offsetof(kvx::StreamFormat, bits), offsetof(AudioStreamBasicDescription, mBitsPerChannel), "bits"},
-        {offsetof(kvx::RangedFormat, rates), offsetof(AudioStreamRangedDescription, mSampleRateRange),
-         "rates"},
-        {offsetof(kvx::BufferList, buffers), offsetof(AudioBufferList, mBuffers), "buffers"},
-        {offsetof(kvx::Buffer, bytes), offsetof(AudioBuffer, mDataByteSize), "bytes"},
-        {offsetof(kvx::Buffer, data), offsetof(AudioBuffer, mData), "data"},
-        {offsetof(kvx::Translation, answer), offsetof(AudioValueTranslation, mOutputData), "answer"},
-        {offsetof(kvx::Translation, answerBytes), offsetof(AudioValueTranslation, mOutputDataSize),
-         "answer's"},
-        {offsetof(kvx::ChannelLayout, descriptionCount),
-         offsetof(AudioChannelLayout, mNumberChannelDescriptions), "descriptions"},
-    };
-    for (const auto& fact : facts) EXPECT_EQ(fact.ours, fact.theirs) << fact.field;
-}
+#define SAME_OFFSET(record, field, platformRecord, platformField)                                            \
+    static_assert(offsetof(kvx::record, field) == offsetof(platformRecord, platformField))
+
+SAME_OFFSET(StreamFormat, format, AudioStreamBasicDescription, mFormatID);
+SAME_OFFSET(StreamFormat, flags, AudioStreamBasicDescription, mFormatFlags);
+SAME_OFFSET(StreamFormat, bytesPerPacket, AudioStreamBasicDescription, mBytesPerPacket);
+SAME_OFFSET(StreamFormat, framesPerPacket, AudioStreamBasicDescription, mFramesPerPacket);
+SAME_OFFSET(StreamFormat, bytesPerFrame, AudioStreamBasicDescription, mBytesPerFrame);
+SAME_OFFSET(StreamFormat, channels, AudioStreamBasicDescription, mChannelsPerFrame);
+SAME_OFFSET(StreamFormat, bits, AudioStreamBasicDescription, mBitsPerChannel);
+SAME_OFFSET(RangedFormat, rates, AudioStreamRangedDescription, mSampleRateRange);
+SAME_OFFSET(BufferList, buffers, AudioBufferList, mBuffers);
+SAME_OFFSET(Buffer, bytes, AudioBuffer, mDataByteSize);
+SAME_OFFSET(Buffer, data, AudioBuffer, mData);
+SAME_OFFSET(Translation, answer, AudioValueTranslation, mOutputData);
+SAME_OFFSET(Translation, answerBytes, AudioValueTranslation, mOutputDataSize);
+SAME_OFFSET(ChannelLayout, descriptionCount, AudioChannelLayout, mNumberChannelDescriptions);
 
 } // namespace

@@ -1,4 +1,4 @@
-// Values of properties in the user's words, and back.
+// Tests of property values as text, and of text as property values.
 #include "host/kvx/properties/property_text.h"
 
 #include "host/kvx/library/audio_records.h"
@@ -88,7 +88,7 @@ TEST(PropertyText, RefusesNumbersThatAreNotFinite)
     }
 }
 
-TEST(PropertyText, KnowsAWrittenValueThatIsReadBack)
+TEST(PropertyText, RecognisesAWrittenValueInTheValueReadBack)
 {
     const kvx::StreamFormat rateAlone = {44100, 0, 0, 0, 0, 0, 0, 0, 0},
                             otherRate = {48000, 0, 0, 0, 0, 0, 0, 0, 0};
@@ -119,7 +119,7 @@ TEST(PropertyText, KnowsAWrittenValueThatIsReadBack)
     }
 }
 
-TEST(PropertyText, PrintsListsALineAnItemAndReadsThemBack)
+TEST(PropertyText, PrintsListsOneItemPerLineAndReadsThemBack)
 {
     const std::string two = bytesOf(u32(3)) + bytesOf(u32(5));
     EXPECT_EQ(kvx::printValue(Form::object, Extent::many, two), "3\n5");
@@ -129,21 +129,22 @@ TEST(PropertyText, PrintsListsALineAnItemAndReadsThemBack)
     EXPECT_EQ(parse(Form::number, "", Extent::many), "");
     const std::string codes = bytesOf(u32('pci ')) + bytesOf(u32('line'));
     EXPECT_EQ(kvx::printValue(Form::code, Extent::many, codes), "'pci '\n'line'");
-    EXPECT_EQ(parse(Form::code, "'pci ' line", Extent::many), codes) << "a blank between quotes is no gap";
+    EXPECT_EQ(parse(Form::code, "'pci ' line", Extent::many), codes)
+        << "a blank between quotes does not separate items";
 }
 
-TEST(PropertyText, AValueOfAnotherLengthIsDumped)
+TEST(PropertyText, DumpsValuesOfAWrongSize)
 {
     EXPECT_EQ(kvx::printValue(Form::number, Extent::one, std::string("\1\0\0", 3)),
               "0000  01 00 00                                         |...|");
     EXPECT_EQ(kvx::printValue(Form::number, Extent::one, std::string(8, 'A')),
               "0000  41 41 41 41 41 41 41 41                          |AAAAAAAA|")
-        << "two are not one";
+        << "two items are no single value";
     EXPECT_EQ(kvx::printValue(Form::real, Extent::many, std::string(9, 'A')).substr(0, 9), "0000  41 ");
     EXPECT_EQ(kvx::printValue(Form::number, Extent::one, ""), "");
 }
 
-TEST(PropertyText, ReadsWhatAUserMightWrite)
+TEST(PropertyText, ReadsOtherSpellingsOfValues)
 {
     const struct {
         Form form;
@@ -170,7 +171,7 @@ TEST(PropertyText, ReadsWhatAUserMightWrite)
     for (const auto& fact : facts) EXPECT_EQ(parse(fact.form, fact.text), fact.bytes) << fact.text;
 }
 
-TEST(PropertyText, RefusesWhatIsNoValueAndSaysWhatIs)
+TEST(PropertyText, RefusesInvalidTextsWithAnExample)
 {
     const struct {
         Form form;
@@ -207,11 +208,11 @@ TEST(PropertyText, RefusesWhatIsNoValueAndSaysWhatIs)
             EXPECT_NE(std::string(error.what()).find(fact.advice), std::string::npos) << error.what();
         }
     }
-    EXPECT_THROW(parse(Form::object, "Nobody"), kvx::Failure);
+    EXPECT_THROW(parse(Form::object, "Missing"), kvx::Failure);
     EXPECT_THROW(parse(Form::number, "1 x", Extent::many), kvx::WrongUsage);
 }
 
-TEST(PropertyText, PrintsRecordsThatAreAsLongAsTheySay)
+TEST(PropertyText, PrintsRecordsOfVariableSize)
 {
     kvx::BufferList list = {1, {{2, 4096, nullptr}}};
     EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, bytesOf(list)), "channels=2,bytes=4096");
@@ -222,7 +223,7 @@ TEST(PropertyText, PrintsRecordsThatAreAsLongAsTheySay)
     EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, std::string(4, '\0')), "") << "no buffers";
     list.count = 2;
     EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, bytesOf(list)).substr(0, 6), "0000  ")
-        << "it promises more than it holds";
+        << "the count is larger than the number of buffers";
     list.count = 0x40000000;
     EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, bytesOf(list)).substr(0, 6), "0000  ");
     EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, std::string("\1\0\0\0", 4)).substr(0, 6),
@@ -235,7 +236,7 @@ TEST(PropertyText, PrintsRecordsThatAreAsLongAsTheySay)
     EXPECT_EQ(kvx::printValue(Form::channelLayout, Extent::one, std::string(11, 'A')).substr(0, 6), "0000  ");
 
     EXPECT_EQ(kvx::printValue(Form::text, Extent::one, std::string("abc\0def", 7)), "abc");
-    EXPECT_EQ(kvx::printValue(Form::text, Extent::one, "abc"), "abc") << "a terminator that is missing";
+    EXPECT_EQ(kvx::printValue(Form::text, Extent::one, "abc"), "abc") << "without a terminating zero";
     EXPECT_EQ(kvx::printValue(Form::reference, Extent::one, "caf\xC3\xA9"), "caf\xC3\xA9");
 }
 

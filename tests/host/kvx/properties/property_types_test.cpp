@@ -1,4 +1,4 @@
-// What is known of the properties' values.
+// Tests of the table of property types.
 #include "host/kvx/properties/property_types.h"
 
 #include <CoreAudio/CoreAudio.h>
@@ -13,7 +13,7 @@ using kvx::Asks;
 using kvx::Extent;
 using kvx::Form;
 
-TEST(PropertyTypes, KnowEachSelectorOnce)
+TEST(PropertyTypes, HaveEachSelectorOnce)
 {
     std::set<kvx::Code> seen;
     const kvx::PropertyTypes types = kvx::propertyTypes();
@@ -21,13 +21,14 @@ TEST(PropertyTypes, KnowEachSelectorOnce)
         const kvx::PropertyType& type = types.first[i];
         EXPECT_TRUE(seen.insert(type.selector).second) << kvx::printCode(type.selector);
         EXPECT_EQ(kvx::findPropertyType(type.selector), &type);
-        if (type.asks != Asks::nothing) EXPECT_EQ(type.extent, Extent::one) << "one question, one answer";
+        if (type.asks != Asks::nothing)
+            EXPECT_EQ(type.extent, Extent::one) << "a question has a single value";
     }
-    EXPECT_EQ(kvx::findPropertyType('****'), nullptr) << "a wildcard is no property";
+    EXPECT_EQ(kvx::findPropertyType('****'), nullptr) << "a wildcard is no selector of a property";
     EXPECT_EQ(kvx::findPropertyType(0), nullptr);
 }
 
-TEST(PropertyTypes, AreAsThePlatformStatesThem)
+TEST(PropertyTypes, AgreeWithThePlatformsDocumentation)
 {
     const struct {
         kvx::Code selector;
