@@ -4,8 +4,8 @@
 #include "platform/audiofile/container.h"
 #include "platform/audiofile/mpeg_frames.h"
 #include "platform/audiofile/ogg_links.h"
-#include "platform/audiofile/silenced_streams.h"
 #include "platform/audiofile/tags.h"
+#include "platform/support/silenced_streams.h"
 
 #include <Carbon/MacErrors.h>
 #include <KVXPlatform/KVXPlatform.h>

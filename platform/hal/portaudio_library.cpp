@@ -1,13 +1,12 @@
 #include "platform/hal/portaudio_library.h"
 
 #include "platform/hal/sound_server.h"
+#include "platform/support/silenced_streams.h"
 
 #include <atomic>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <memory>
 #include <portaudio.h>
-#include <unistd.h>
 
 namespace kvxplatform::hal {
 
@@ -36,29 +35,6 @@ void silenceMessages()
     setHandler<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
 }
 
-/// Redirects standard error to /dev/null while this object exists, because JACK's database has no message
-/// handler to replace and reports a server of the other architecture (32 or 64 bits).
-class SilencedStandardError {
-public:
-    SilencedStandardError() : kept_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))
-    {
-        const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        if (kept_ >= 0 && null >= 0) dup2(null, STDERR_FILENO);
-        if (null >= 0) close(null);
-    }
-    ~SilencedStandardError()
-    {
-        if (kept_ < 0) return;
-        dup2(kept_, STDERR_FILENO);
-        close(kept_);
-    }
-    SilencedStandardError(const SilencedStandardError&) = delete;
-    SilencedStandardError& operator=(const SilencedStandardError&) = delete;
-
-private:
-    int kept_;
-};
-
 } // namespace
 
 std::mutex portAudioLock;
@@ -76,13 +52,13 @@ bool startPortAudio(std::string& error)
     if (isStarted) return true;
     silenceMessages();
     const auto status = std::make_shared<PaError>(paNoError);
-    const bool isAnswered = [&] {
-        const SilencedStandardError silence;
-        return callPortAudio([status] {
-            *status = Pa_Initialize();
-            if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();
-        });
-    }();
+    const bool isAnswered = callPortAudio([status] {
+        // JACK's database has no message handler, and reports a server of the other architecture (32 or 64
+        // bits).
+        const SilencedStreams silenced;
+        *status = Pa_Initialize();
+        if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();
+    });
     silenceMessages(); // PortAudio's start has replaced the JACK message handlers, so silence them again
     isStarted = isAnswered && *status == paNoError;
     if (!isAnswered)

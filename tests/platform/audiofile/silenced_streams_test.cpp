@@ -1,5 +1,5 @@
 // The output of decoders is dropped; the output of other threads passes.
-#include "platform/audiofile/silenced_streams.h"
+#include "platform/support/silenced_streams.h"
 #include "tests/platform/audiofile/sound_files.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-using kvxplatform::audiofile::SilencedStreams;
+using kvxplatform::SilencedStreams;
 using sound::Bytes;
 
 /// Get the text that `body` writes to stdout and stderr, up to the capacity of a pipe.

@@ -1,10 +1,10 @@
-#include "platform/audiofile/silenced_streams.h"
+#include "platform/support/silenced_streams.h"
 
 #include <atomic>
 #include <cstdio>
 #include <mutex>
 
-namespace kvxplatform::audiofile {
+namespace kvxplatform {
 namespace {
 
 thread_local int depth = 0; // number of live SilencedStreams objects of this thread
@@ -57,7 +57,7 @@ private:
 
 struct Filters {
     std::mutex lock;
-    int decodingThreads = 0;
+    int silencedThreads = 0;
     Filter out{stdout}, error{stderr};
 };
 
@@ -75,7 +75,7 @@ SilencedStreams::SilencedStreams()
     Filters& both = filters();
     if (depth++ > 0) return;
     const std::lock_guard<std::mutex> guard(both.lock);
-    if (both.decodingThreads++ > 0) return;
+    if (both.silencedThreads++ > 0) return;
     both.out.install();
     both.error.install();
 }
@@ -85,9 +85,9 @@ SilencedStreams::~SilencedStreams()
     if (--depth > 0) return;
     Filters& both = filters();
     const std::lock_guard<std::mutex> guard(both.lock);
-    if (--both.decodingThreads > 0) return;
+    if (--both.silencedThreads > 0) return;
     both.out.remove();
     both.error.remove();
 }
 
-} // namespace kvxplatform::audiofile
+} // namespace kvxplatform
