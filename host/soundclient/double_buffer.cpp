@@ -10,29 +10,30 @@
 namespace soundclient {
 namespace {
 
-/// What both threads count.
-struct Accounts {
+/// State that the main thread and the audio thread share.
+struct Shared {
     std::atomic<std::uint64_t> framesTaken{0};
-    std::atomic<int> waiting{0};     // buffers
-    std::atomic<bool> isRead{false}; // all of it
+    std::atomic<int> waiting{0};     // number of queued buffers
+    std::atomic<bool> isRead{false}; // whether the client has read all frames
     std::atomic<bool> hadGap{false};
 };
 
 struct Buffer {
-    Accounts* accounts = nullptr;
+    Shared* shared = nullptr;
     SoundParamBlock block = {};
     std::vector<std::uint8_t> bytes;
-    std::atomic<bool> isFree{true}; // the main thread's; else it is being played
+    std::atomic<bool> isFree{true}; // whether the main thread may fill the buffer; false while it is queued
 };
 
-/// A buffer has been played. [audio]
-Boolean takeBack(SoundParamBlockPtr* block)
+/// Completion routine of a buffer: the component has played the buffer.
+/// [audio]
+Boolean completeBuffer(SoundParamBlockPtr* block)
 {
     Buffer& buffer = *reinterpret_cast<Buffer*>((*block)->refCon);
-    Accounts& accounts = *buffer.accounts;
-    accounts.framesTaken += static_cast<std::uint64_t>((*block)->desc.sampleCount);
-    if (accounts.waiting.fetch_sub(1) == 1 && !accounts.isRead) accounts.hadGap = true;
-    buffer.isFree = true; // from here on it is filled again
+    Shared& shared = *buffer.shared;
+    shared.framesTaken += static_cast<std::uint64_t>((*block)->desc.sampleCount);
+    if (shared.waiting.fetch_sub(1) == 1 && !shared.isRead) shared.hadGap = true;
+    buffer.isFree = true; // last, because the main thread may now refill the buffer
     return true;
 }
 
@@ -46,7 +47,7 @@ void describe(SoundParamBlock& block, const OutputForm& form, Labelling labellin
     block.desc.sampleRate = static_cast<UnsignedFixed>(form.rate * 65536.0);
     block.rateMultiplier = 0x10000;
     block.leftVolume = block.rightVolume = kFullVolume;
-    block.completionRtn = takeBack;
+    block.completionRtn = completeBuffer;
 }
 
 } // namespace
@@ -59,10 +60,10 @@ struct DoubleBuffer::State {
     std::size_t channels = 0;
     Source source = nullptr;
     std::vector<std::int16_t> samples;
-    Accounts accounts;
+    Shared shared;
     std::uint64_t framesRead = 0;
     std::array<Buffer, 2> buffers;
-    std::size_t next = 0; // the buffer whose turn it is
+    std::size_t next = 0; // index of the buffer to fill next
 
     State(SoundOutput& o, Labelling l, std::size_t f, Read r)
         : output(o), labelling(l), frames(f), read(std::move(r))
@@ -72,7 +73,7 @@ struct DoubleBuffer::State {
         channels = static_cast<std::size_t>(form.channels);
         samples.resize(frames * channels);
         for (Buffer& buffer : buffers) {
-            buffer.accounts = &accounts;
+            buffer.shared = &shared;
             buffer.bytes.resize(samples.size() * sizeof samples[0]);
             describe(buffer.block, form, labelling);
             buffer.block.desc.buffer = buffer.bytes.data();
@@ -81,23 +82,23 @@ struct DoubleBuffer::State {
         source = output.addSource();
     }
 
-    /// False when nothing was left to fill it with.
+    /// Fill a buffer. Returns false without a frame at the end.
     bool fill(Buffer& buffer)
     {
         const std::size_t got = read(samples.data(), frames);
-        if (got < frames) accounts.isRead = true;
+        if (got < frames) shared.isRead = true;
         framesRead += got;
         writeSamples(labelling, samples.data(), got * channels, buffer.bytes.data());
         buffer.block.desc.sampleCount = static_cast<long>(got);
         return got > 0;
     }
 
-    void give(Buffer& buffer)
+    void queue(Buffer& buffer)
     {
-        constexpr bool asItStands = true; // the source plays or rests as before
+        constexpr bool isPaused = true; // does not start a paused source
         buffer.isFree = false;
-        ++accounts.waiting;
-        output.play(source, buffer.block, asItStands);
+        ++shared.waiting;
+        output.play(source, buffer.block, isPaused);
     }
 };
 
@@ -112,17 +113,17 @@ DoubleBuffer::~DoubleBuffer()
         state_->output.stop(state_->source);
         state_->output.removeSource(state_->source);
     } catch (const Refusal&) {
-        // Nobody is left to tell; closing the output ends the source as well.
+        // Closing the component also ends the source.
     }
 }
 
 void DoubleBuffer::feed()
 {
     State& state = *state_;
-    while (!state.accounts.isRead && state.buffers[state.next].isFree) {
+    while (!state.shared.isRead && state.buffers[state.next].isFree) {
         Buffer& buffer = state.buffers[state.next];
         if (!state.fill(buffer)) return;
-        state.give(buffer);
+        state.queue(buffer);
         state.next = (state.next + 1) % state.buffers.size();
     }
 }
@@ -131,12 +132,12 @@ void DoubleBuffer::start() { state_->output.start(state_->source); }
 
 void DoubleBuffer::pause() { state_->output.pause(state_->source); }
 
-bool DoubleBuffer::isUsedUp() const { return state_->accounts.isRead && state_->accounts.waiting == 0; }
+bool DoubleBuffer::isUsedUp() const { return state_->shared.isRead && state_->shared.waiting == 0; }
 
-bool DoubleBuffer::hadGap() const { return state_->accounts.hadGap; }
+bool DoubleBuffer::hadGap() const { return state_->shared.hadGap; }
 
 std::uint64_t DoubleBuffer::framesRead() const { return state_->framesRead; }
 
-std::uint64_t DoubleBuffer::framesTaken() const { return state_->accounts.framesTaken; }
+std::uint64_t DoubleBuffer::framesTaken() const { return state_->shared.framesTaken; }
 
 } // namespace soundclient

@@ -1,4 +1,4 @@
-// Two buffers that are filled in turn: while one is played, the program fills the other.
+// Double buffering: the client fills one buffer while the component plays the other buffer.
 #pragma once
 
 #include "host/soundclient/sample_bytes.h"
@@ -11,38 +11,38 @@
 
 namespace soundclient {
 
-/// A source of an output, fed with 16-bit samples in the output's own rate and channels.
-///
-/// Order   feed() and start(); then feed() again and again, at least once for each buffer's length.
-/// Thread  [main]; the buffers come back on the audio thread, which only marks them.
+/// A source that plays PCM16 samples in the rate and channels of the component. Call feed() and start(), then
+/// feed() at least once per duration of a buffer.
+/// Errors  every function throws Refusal.
+/// [main]
 class DoubleBuffer {
 public:
-    /// Puts up to `frames` frames into `samples`, interleaved; fewer at the end only. Returns how many. What
-    /// it throws passes through feed().
+    /// Writes up to `frames` interleaved frames to `samples`, and returns the number of frames, which is less than
+    /// `frames` only at the end. Its exceptions pass through feed().
     using Read = std::function<std::size_t(std::int16_t* samples, std::size_t frames)>;
 
-    /// `frames`: of one buffer. The output must outlive it. Throws Refusal.
+    /// `frames` is the length of one buffer. The output must outlive the object.
     DoubleBuffer(SoundOutput& output, Labelling labelling, std::size_t frames, Read read);
 
-    /// Stops and removes the source: nothing that waits is heard any more.
+    /// Stops and removes the source. Queued buffers do not play.
     ~DoubleBuffer();
     DoubleBuffer(const DoubleBuffer&) = delete;
     DoubleBuffer& operator=(const DoubleBuffer&) = delete;
 
-    /// Fill what has come back, and queue it. Throws Refusal.
+    /// Fill and queue the free buffers.
     void feed();
 
-    void start(); ///< or go on. Throws Refusal
-    void pause(); ///< likewise
+    void start(); ///< starts or continues playback
+    void pause();
 
-    /// All has been read and taken; what was taken last may not have been heard yet.
+    /// Whether the component has taken all frames. The last frames may not be audible yet.
     bool isUsedUp() const;
 
-    /// Both buffers came back before all had been read: the sound had a gap.
+    /// Whether both buffers were free before the end, which causes a gap in the sound.
     bool hadGap() const;
 
     std::uint64_t framesRead() const;
-    std::uint64_t framesTaken() const; ///< in whole buffers
+    std::uint64_t framesTaken() const; ///< number of frames in the buffers that the component has played
 
 private:
     struct State;

@@ -1,4 +1,5 @@
-// 16-bit samples as bytes, and the names that buffers of them go by.
+// The bytes of PCM16 samples, and the labels of their byte order.
+// All functions: [any].
 #pragma once
 
 #include <cstddef>
@@ -6,17 +7,18 @@
 
 namespace soundclient {
 
-/// What buffers hold and what they are said to hold.
+/// The byte order of the samples in a buffer, and the byte order in the description of the buffer.
 enum class Labelling {
-    bigAsLittle, ///< big-endian, called little-endian ("sowt")
-    little,      ///< little-endian, and called so
-    big,         ///< big-endian, and called so ("twos")
+    bigAsLittle, ///< big-endian samples, described as little-endian ("sowt")
+    little,      ///< little-endian samples, described as "sowt"
+    big,         ///< big-endian samples, described as "twos"
 };
 
-/// The format's code, as it stands in a buffer's description.
+/// The format code for the description of a buffer.
 std::uint32_t formatOf(Labelling labelling);
 
-/// `out` holds 2 * count bytes.
+/// Write the bytes of `count` samples.
+/// Shape  `out` has 2 * count bytes.
 void writeSamples(Labelling labelling, const std::int16_t* samples, std::size_t count, std::uint8_t* out);
 
 } // namespace soundclient

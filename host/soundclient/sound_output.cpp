@@ -2,7 +2,7 @@
 
 #include <Carbon/Carbon.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace soundclient {
 namespace {
@@ -12,8 +12,8 @@ void check(const char* what, std::int32_t status)
     if (status != noErr) throw Refusal(what, status);
 }
 
-/// The last match: one that was taken back with instances open stays in front of its successor, and is not
-/// heard.
+/// Find the last matching component. An earlier match may be an orphaned registration: a component that was
+/// unregistered while an instance was open.
 Component find(std::uint32_t subType, std::uint32_t manufacturer)
 {
     ComponentDescription looking = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};
@@ -34,10 +34,10 @@ ComponentInstance open(std::uint32_t subType, std::uint32_t manufacturer)
 }
 
 template <class T>
-T tell(ComponentInstance instance, OSType what)
+T getInfo(ComponentInstance instance, OSType what)
 {
     T value = 0;
-    check("asking the sound component what it plays", SoundComponentGetInfo(instance, nullptr, what, &value));
+    check("asking the sound component for its format", SoundComponentGetInfo(instance, nullptr, what, &value));
     return value;
 }
 
@@ -65,8 +65,8 @@ SoundOutput::~SoundOutput() { CloseComponent(instance_); }
 
 OutputForm SoundOutput::form() const
 {
-    return {tell<short>(instance_, siNumberChannels), tell<short>(instance_, siSampleSize),
-            tell<UnsignedFixed>(instance_, siSampleRate) / 65536.0};
+    return {getInfo<short>(instance_, siNumberChannels), getInfo<short>(instance_, siSampleSize),
+            getInfo<UnsignedFixed>(instance_, siSampleRate) / 65536.0};
 }
 
 Source SoundOutput::addSource()

@@ -1,4 +1,4 @@
-// A sound output component, as a program that plays sees it: found by what it is, opened, sent selectors.
+// A sound output component as a client sees it: the client finds and opens the component, and sends selectors.
 #pragma once
 
 #include <cstdint>
@@ -10,46 +10,46 @@ struct SoundParamBlock;
 
 namespace soundclient {
 
-/// What a component, or the platform in front of it, said no to.
+/// A call that the component or the platform has refused.
 class Refusal : public std::runtime_error {
 public:
     Refusal(const char* what, std::int32_t status);
 
-    std::int32_t status() const { return status_; } ///< the platform's
+    std::int32_t status() const { return status_; } ///< status that the platform returned
 
 private:
     std::int32_t status_;
 };
 
-/// There is no such component.
+/// No component has the requested subtype and manufacturer.
 class NoComponent : public Refusal {
 public:
     NoComponent();
 };
 
-/// There is one, without a function to call: what a plug-in registers where components cannot be used.
+/// The component has no entry point, because its plug-in is running in the development environment.
 class NoEntryPoint : public Refusal {
 public:
     explicit NoEntryPoint(std::int32_t status);
 };
 
-/// What an output plays as it is.
+/// The format that the component plays without conversion.
 struct OutputForm {
     int channels = 0;
-    int bits = 0;    ///< of a sample
+    int bits = 0;    ///< bits per sample
     double rate = 0; ///< Hz
 };
 
-/// One of a component's sources of sound.
+/// A source: one stream of sound buffers into the component.
 using Source = OpaqueSoundSource*;
 
-/// An open component whose device is initialised.
-/// Thread  [any], one call at a time.
-/// Errors  Refusal, and what stands there.
+/// An open component with an initialised device. Calls must not overlap.
+/// Errors  every function throws Refusal.
+/// [any]
 class SoundOutput {
 public:
-    /// Open the sound output device component of this subtype and manufacturer that was registered last.
-    /// Throws NoComponent and NoEntryPoint, too.
+    /// Open the last registered sound output component with this subtype and manufacturer.
+    /// Errors  also throws NoComponent and NoEntryPoint.
     SoundOutput(std::uint32_t subType, std::uint32_t manufacturer);
     ~SoundOutput();
     SoundOutput(const SoundOutput&) = delete;
@@ -58,17 +58,17 @@ public:
     OutputForm form() const;
 
     Source addSource();
-    void removeSource(Source source); ///< afterwards none of its buffers is used
+    void removeSource(Source source); ///< after the call, the component uses no buffer of the source
 
-    /// Queue a buffer behind those that wait. Its completion routine is called on the audio thread. A source
-    /// that is not playing begins with it, unless it is to be paused.
+    /// Add a buffer to the queue of the source. The audio thread calls the completion routine of the buffer. The
+    /// call starts a source that is not playing, unless `isPaused`.
     void play(Source source, SoundParamBlock& buffer, bool isPaused = false);
 
     void start(Source source);
-    void pause(Source source); ///< what waits goes on waiting
-    void stop(Source source);  ///< what waits is dropped; its completion routines are not called
+    void pause(Source source); ///< keeps the queued buffers
+    void stop(Source source);  ///< drops the queued buffers without calling their completion routines
 
-    /// The component's own, for what is not done here.
+    /// The instance, for selectors without a function in this class.
     ComponentInstanceRecord* instance() const { return instance_; }
 
 private:

@@ -12,7 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A component, open, and sound of counting samples for it: 0, 1, 2, …
+/// An open component, and a reader that returns the samples 0, 1, 2, …
 struct DoubleBufferTest : testing::Test {
     RegisteredComponent component;
     std::unique_ptr<SoundOutput> output =
@@ -20,21 +20,21 @@ struct DoubleBufferTest : testing::Test {
     std::size_t framesLeft = 0;
     std::int16_t next = 0;
 
-    DoubleBuffer::Read counting(std::size_t frames)
+    DoubleBuffer::Read readerOf(std::size_t frames)
     {
         framesLeft = frames;
-        return [this](std::int16_t* samples, std::size_t wanted) {
-            const std::size_t got = std::min(wanted, framesLeft);
+        return [this](std::int16_t* samples, std::size_t requested) {
+            const std::size_t got = std::min(requested, framesLeft);
             for (std::size_t i = 0; i < got * std::size_t(component.channels); ++i) samples[i] = next++;
             framesLeft -= got;
             return got;
         };
     }
 
-    /// The samples of the oldest buffer that waits, read as big-endian.
-    std::vector<int> oldest() const
+    /// The samples of the oldest queued buffer, read as big-endian.
+    std::vector<int> oldestSamples() const
     {
-        const SoundComponentData& data = component.waiting.at(0)->desc;
+        const SoundComponentData& data = component.queued.at(0)->desc;
         std::vector<int> values;
         for (long i = 0; i < data.sampleCount * data.numChannels; ++i)
             values.push_back(data.buffer[2 * i] << 8 | data.buffer[2 * i + 1]);
@@ -42,41 +42,41 @@ struct DoubleBufferTest : testing::Test {
     }
 };
 
-TEST_F(DoubleBufferTest, FillsTheOneWhileTheOtherPlays)
+TEST_F(DoubleBufferTest, FillsOneBufferWhileTheOtherPlays)
 {
-    DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, counting(7));
-    component.asked.clear();
+    DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, readerOf(7));
+    component.calls.clear();
     buffers.feed();
     buffers.feed();
-    EXPECT_EQ(component.waiting.size(), 2u) << "there are two";
+    EXPECT_EQ(component.queued.size(), 2u) << "both buffers are queued";
     EXPECT_EQ(buffers.framesRead(), 4u);
     buffers.start();
 
-    EXPECT_THAT(oldest(), ElementsAre(0, 1, 2, 3));
-    component.finishOne();
+    EXPECT_THAT(oldestSamples(), ElementsAre(0, 1, 2, 3));
+    component.completeOne();
     EXPECT_EQ(buffers.framesTaken(), 2u);
     buffers.feed();
-    EXPECT_EQ(component.waiting.size(), 2u);
-    EXPECT_THAT(oldest(), ElementsAre(4, 5, 6, 7));
-    component.finishOne();
+    EXPECT_EQ(component.queued.size(), 2u);
+    EXPECT_THAT(oldestSamples(), ElementsAre(4, 5, 6, 7));
+    component.completeOne();
     buffers.feed();
-    EXPECT_THAT(oldest(), ElementsAre(8, 9, 10, 11));
-    component.finishOne();
+    EXPECT_THAT(oldestSamples(), ElementsAre(8, 9, 10, 11));
+    component.completeOne();
     buffers.feed();
-    EXPECT_THAT(oldest(), ElementsAre(12, 13)) << "the rest";
+    EXPECT_THAT(oldestSamples(), ElementsAre(12, 13)) << "the last frame";
     EXPECT_FALSE(buffers.isUsedUp());
-    component.finishOne();
+    component.completeOne();
     EXPECT_TRUE(buffers.isUsedUp());
     EXPECT_EQ(buffers.framesTaken(), 7u);
     EXPECT_FALSE(buffers.hadGap());
     buffers.feed();
-    EXPECT_TRUE(component.waiting.empty());
-    EXPECT_THAT(component.asked,
+    EXPECT_TRUE(component.queued.empty());
+    EXPECT_THAT(component.calls,
                 ElementsAre("play 7 of 2 actions 1", "play 7 of 2 actions 1", "start 1 source 7",
                             "play 7 of 2 actions 1", "play 7 of 1 actions 1"));
 }
 
-TEST_F(DoubleBufferTest, EndsWhereTheSoundDoes)
+TEST_F(DoubleBufferTest, QueuesExactlyTheFramesOfTheReader)
 {
     const struct {
         std::size_t frames;
@@ -86,28 +86,28 @@ TEST_F(DoubleBufferTest, EndsWhereTheSoundDoes)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.frames);
-        DoubleBuffer buffers(*output, Labelling::bigAsLittle, 3, counting(fact.frames));
-        std::vector<long> given;
-        for (buffers.feed(); !component.waiting.empty(); buffers.feed()) {
-            given.push_back(component.waiting.front()->desc.sampleCount);
+        DoubleBuffer buffers(*output, Labelling::bigAsLittle, 3, readerOf(fact.frames));
+        std::vector<long> queued;
+        for (buffers.feed(); !component.queued.empty(); buffers.feed()) {
+            queued.push_back(component.queued.front()->desc.sampleCount);
             EXPECT_FALSE(buffers.isUsedUp());
-            component.finishOne();
+            component.completeOne();
         }
-        EXPECT_EQ(given, fact.buffers);
+        EXPECT_EQ(queued, fact.buffers);
         EXPECT_TRUE(buffers.isUsedUp());
         EXPECT_FALSE(buffers.hadGap());
         EXPECT_EQ(buffers.framesRead(), fact.frames);
     }
 }
 
-TEST_F(DoubleBufferTest, DescribesItsBuffersInTheOutputsForm)
+TEST_F(DoubleBufferTest, DescribesItsBuffersInTheFormatOfTheComponent)
 {
     component.channels = 1;
     component.rate = 22050u << 16;
     for (const Labelling labelling : {Labelling::bigAsLittle, Labelling::little, Labelling::big}) {
-        DoubleBuffer buffers(*output, labelling, 2, counting(2));
+        DoubleBuffer buffers(*output, labelling, 2, readerOf(2));
         buffers.feed();
-        const SoundParamBlock& block = *component.waiting.at(0);
+        const SoundParamBlock& block = *component.queued.at(0);
         EXPECT_EQ(block.recordSize, long{sizeof block});
         EXPECT_EQ(block.desc.flags, 0);
         EXPECT_EQ(block.desc.format, formatOf(labelling));
@@ -123,62 +123,62 @@ TEST_F(DoubleBufferTest, DescribesItsBuffersInTheOutputsForm)
     }
 }
 
-TEST_F(DoubleBufferTest, NoticesAGap)
+TEST_F(DoubleBufferTest, DetectsAGap)
 {
-    DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, counting(8));
+    DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, readerOf(8));
     buffers.feed();
-    component.finishOne();
-    EXPECT_FALSE(buffers.hadGap()) << "one is left";
-    component.finishOne();
+    component.completeOne();
+    EXPECT_FALSE(buffers.hadGap()) << "one buffer is queued";
+    component.completeOne();
     EXPECT_TRUE(buffers.hadGap());
     buffers.feed();
-    EXPECT_EQ(component.waiting.size(), 2u) << "it goes on";
+    EXPECT_EQ(component.queued.size(), 2u) << "playback continues";
 }
 
-TEST_F(DoubleBufferTest, PausesAndGoesOn)
+TEST_F(DoubleBufferTest, PausesAndContinues)
 {
-    DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, counting(4));
-    component.asked.clear();
+    DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, readerOf(4));
+    component.calls.clear();
     buffers.start();
     buffers.pause();
     buffers.start();
-    EXPECT_THAT(component.asked, ElementsAre("start 1 source 7", "pause 1 source 7", "start 1 source 7"));
+    EXPECT_THAT(component.calls, ElementsAre("start 1 source 7", "pause 1 source 7", "start 1 source 7"));
 }
 
-TEST_F(DoubleBufferTest, TakesItsSourceAlong)
+TEST_F(DoubleBufferTest, StopsAndRemovesItsSource)
 {
     {
-        DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, counting(4));
+        DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, readerOf(4));
         buffers.feed();
-        component.asked.clear();
+        component.calls.clear();
     }
-    EXPECT_THAT(component.asked, ElementsAre("stop 1 source 7", "remove 7"));
+    EXPECT_THAT(component.calls, ElementsAre("stop 1 source 7", "remove 7"));
 }
 
-TEST_F(DoubleBufferTest, LetsWhatTheReaderThrowsThrough)
+TEST_F(DoubleBufferTest, PassesExceptionsOfTheReader)
 {
     DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2,
                          [](std::int16_t*, std::size_t) -> std::size_t { throw std::out_of_range("end"); });
     EXPECT_THROW(buffers.feed(), std::out_of_range);
-    EXPECT_TRUE(component.waiting.empty());
+    EXPECT_TRUE(component.queued.empty());
 }
 
-TEST_F(DoubleBufferTest, PassesRefusalsOn)
+TEST_F(DoubleBufferTest, ReportsRefusals)
 {
     {
-        DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, counting(4));
-        component.refuse = {{kSoundComponentPlaySourceBufferSelect, queueFull}};
+        DoubleBuffer buffers(*output, Labelling::bigAsLittle, 2, readerOf(4));
+        component.refusals = {{kSoundComponentPlaySourceBufferSelect, queueFull}};
         EXPECT_THROW(buffers.feed(), Refusal);
-        component.refuse = {{kSoundComponentStopSourceSelect, badChannel}};
-    } // a refused end is let be
-    component.refuse = {};
+        component.refusals = {{kSoundComponentStopSourceSelect, badChannel}};
+    } // the destructor ignores a refused stop
+    component.refusals = {};
     component.bits = 8;
-    EXPECT_THROW(DoubleBuffer(*output, Labelling::bigAsLittle, 2, counting(4)), Refusal);
-    component.asked.clear();
+    EXPECT_THROW(DoubleBuffer(*output, Labelling::bigAsLittle, 2, readerOf(4)), Refusal);
+    component.calls.clear();
     component.bits = 16;
-    component.refuse = {{kSoundComponentAddSourceSelect, notEnoughHardwareErr}};
-    EXPECT_THROW(DoubleBuffer(*output, Labelling::bigAsLittle, 2, counting(4)), Refusal);
-    EXPECT_THAT(component.asked, ElementsAre("add"));
+    component.refusals = {{kSoundComponentAddSourceSelect, notEnoughHardwareErr}};
+    EXPECT_THROW(DoubleBuffer(*output, Labelling::bigAsLittle, 2, readerOf(4)), Refusal);
+    EXPECT_THAT(component.calls, ElementsAre("add"));
 }
 
 } // namespace

@@ -8,7 +8,7 @@ namespace {
 
 RegisteredComponent* current = nullptr;
 
-constexpr long theSource = 7;
+constexpr long onlySource = 7;
 
 long wordAt(const ComponentParameters& parameters, std::size_t index)
 {
@@ -20,8 +20,8 @@ long wordAt(const ComponentParameters& parameters, std::size_t index)
     return word;
 }
 
-/// "start 1 source 7": a count and a list.
-std::string listed(const char* verb, const ComponentParameters& parameters)
+/// A call with a count and a list of sources as text: "start 1 source 7".
+std::string printCall(const char* verb, const ComponentParameters& parameters)
 {
     const auto count = static_cast<short>(wordAt(parameters, 0));
     std::string text = verb + (" " + std::to_string(count)) + " source";
@@ -42,10 +42,10 @@ RegisteredComponent::RegisteredComponent(bool hasEntryPoint)
 
 RegisteredComponent::~RegisteredComponent() { UnregisterComponent(component_); }
 
-void RegisteredComponent::finishOne()
+void RegisteredComponent::completeOne()
 {
-    SoundParamBlockPtr block = waiting.front();
-    waiting.erase(waiting.begin());
+    SoundParamBlockPtr block = queued.front();
+    queued.erase(queued.begin());
     block->completionRtn(&block);
 }
 
@@ -54,10 +54,10 @@ ComponentResult RegisteredComponent::enter(ComponentParameters* parameters, Hand
     return current->answer(*parameters);
 }
 
-ComponentResult RegisteredComponent::tell(OSType what, void* place)
+ComponentResult RegisteredComponent::getInfo(OSType what, void* out)
 {
-    const auto write = [place](auto value) {
-        std::memcpy(place, &value, sizeof value);
+    const auto write = [out](auto value) {
+        std::memcpy(out, &value, sizeof value);
         return ComponentResult{noErr};
     };
     switch (what) {
@@ -75,52 +75,52 @@ ComponentResult RegisteredComponent::tell(OSType what, void* place)
 ComponentResult RegisteredComponent::answer(ComponentParameters& parameters)
 {
     const auto word = [&](std::size_t index) { return wordAt(parameters, index); };
-    const auto note = [&](const std::string& text) { asked.push_back(text); };
+    const auto log = [&](const std::string& text) { calls.push_back(text); };
     switch (parameters.what) {
     case kComponentOpenSelect:
-        note("open");
+        log("open");
         break;
     case kComponentCloseSelect:
-        note("close");
+        log("close");
         break;
     case kSoundComponentInitOutputDeviceSelect:
-        note("init " + std::to_string(word(0)));
+        log("init " + std::to_string(word(0)));
         break;
     case kSoundComponentAddSourceSelect: {
-        note("add");
-        const auto source = reinterpret_cast<SoundSource>(theSource);
+        log("add");
+        const auto source = reinterpret_cast<SoundSource>(onlySource);
         std::memcpy(reinterpret_cast<void*>(word(0)), &source, sizeof source);
         break;
     }
     case kSoundComponentRemoveSourceSelect:
-        note("remove " + std::to_string(word(0)));
+        log("remove " + std::to_string(word(0)));
         break;
     case kSoundComponentGetInfoSelect:
-        if (const auto refusal = refuse.find(parameters.what); refusal != refuse.end())
+        if (const auto refusal = refusals.find(parameters.what); refusal != refusals.end())
             return refusal->second;
-        return tell(static_cast<OSType>(word(1)), reinterpret_cast<void*>(word(2)));
+        return getInfo(static_cast<OSType>(word(1)), reinterpret_cast<void*>(word(2)));
     case kSoundComponentStartSourceSelect:
-        note(listed("start", parameters));
+        log(printCall("start", parameters));
         break;
     case kSoundComponentPauseSourceSelect:
-        note(listed("pause", parameters));
+        log(printCall("pause", parameters));
         break;
     case kSoundComponentStopSourceSelect:
-        note(listed("stop", parameters));
-        waiting.clear();
+        log(printCall("stop", parameters));
+        queued.clear();
         break;
     case kSoundComponentPlaySourceBufferSelect: {
         auto* const block = reinterpret_cast<SoundParamBlockPtr>(word(1));
-        note("play " + std::to_string(word(0)) + " of " + std::to_string(block->desc.sampleCount) +
+        log("play " + std::to_string(word(0)) + " of " + std::to_string(block->desc.sampleCount) +
              " actions " + std::to_string(word(2)));
-        if (!refuse.count(parameters.what)) waiting.push_back(block);
+        if (!refusals.count(parameters.what)) queued.push_back(block);
         break;
     }
     default:
         return badComponentSelector;
     }
-    const auto refusal = refuse.find(parameters.what);
-    return refusal == refuse.end() ? ComponentResult{noErr} : refusal->second;
+    const auto refusal = refusals.find(parameters.what);
+    return refusal == refusals.end() ? ComponentResult{noErr} : refusal->second;
 }
 
 } // namespace soundclient

@@ -1,4 +1,4 @@
-// A sound output component of a test's own: notes what it is asked, and hands buffers back by hand.
+// A sound output component for tests: it logs its calls, and completes buffers when the test says so.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -9,7 +9,7 @@
 
 namespace soundclient {
 
-/// Registered while it lives. One at a time.
+/// The component is registered while the object exists. Only one object may exist.
 class RegisteredComponent {
 public:
     static constexpr OSType subType = 'tSub', manufacturer = 'tMan';
@@ -19,22 +19,22 @@ public:
     RegisteredComponent(const RegisteredComponent&) = delete;
     RegisteredComponent& operator=(const RegisteredComponent&) = delete;
 
-    /// Instances open now.
+    /// Number of open instances.
     long instances() const { return CountComponentInstances(component_); }
 
-    /// The oldest buffer that waits has been played.
-    void finishOne();
+    /// Complete the oldest queued buffer, as after playing it.
+    void completeOne();
 
-    std::vector<std::string> asked;           ///< "start 1 source 7", …, in order
-    std::map<SInt16, ComponentResult> refuse; ///< by selector
+    std::vector<std::string> calls;           ///< log of the calls, such as "start 1 source 7"
+    std::map<SInt16, ComponentResult> refusals; ///< results of selectors that fail
     short channels = 2, bits = 16;
     UnsignedFixed rate = 0xAC440000; // 44100
-    std::vector<SoundParamBlockPtr> waiting;
+    std::vector<SoundParamBlockPtr> queued;
 
 private:
     static ComponentResult enter(ComponentParameters* parameters, Handle storage);
     ComponentResult answer(ComponentParameters& parameters);
-    ComponentResult tell(OSType what, void* place);
+    ComponentResult getInfo(OSType what, void* out);
 
     Component component_;
 };

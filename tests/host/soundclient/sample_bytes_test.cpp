@@ -7,7 +7,7 @@
 namespace soundclient {
 namespace {
 
-TEST(SampleBytes, AreInTheOrderAndUnderTheName)
+TEST(SampleBytes, HaveTheByteOrderAndTheFormatCodeOfTheLabelling)
 {
     const std::int16_t samples[] = {0x0102, -2, 0, 32767, -32768};
     const std::vector<int> big = {1, 2, 0xFF, 0xFE, 0, 0, 0x7F, 0xFF, 0x80, 0};

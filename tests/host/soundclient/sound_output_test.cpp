@@ -13,7 +13,7 @@ using testing::ElementsAre;
 
 constexpr auto subType = RegisteredComponent::subType, manufacturer = RegisteredComponent::manufacturer;
 
-TEST(SoundOutput, IsFoundByWhatItIs)
+TEST(SoundOutput, IsFoundBySubtypeAndManufacturer)
 {
     EXPECT_THROW(SoundOutput(subType, manufacturer), NoComponent);
     RegisteredComponent component;
@@ -26,15 +26,15 @@ TEST(SoundOutput, IsFoundByWhatItIs)
         EXPECT_NE(output.instance(), nullptr);
     }
     EXPECT_EQ(component.instances(), 0);
-    EXPECT_THAT(component.asked, ElementsAre("open", "init 0", "close"));
+    EXPECT_THAT(component.calls, ElementsAre("open", "init 0", "close"));
 }
 
-// One that could not be taken back stays in front.
-TEST(SoundOutput, IsTheOneRegisteredLast)
+// An orphaned registration precedes the last one.
+TEST(SoundOutput, OpensTheLastRegisteredComponent)
 {
     ComponentDescription description = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};
     const Component earlier =
-        RegisterComponent(&description, nullptr, 0, nullptr, nullptr, nullptr); // opening it fails
+        RegisterComponent(&description, nullptr, 0, nullptr, nullptr, nullptr); // no entry point, so opening this component fails
     ASSERT_NE(earlier, nullptr);
     {
         RegisteredComponent component;
@@ -45,18 +45,18 @@ TEST(SoundOutput, IsTheOneRegisteredLast)
     EXPECT_EQ(UnregisterComponent(earlier), noErr);
 }
 
-TEST(SoundOutput, TellsWhenThereIsNothingToCall)
+TEST(SoundOutput, ReportsAMissingEntryPoint)
 {
     const RegisteredComponent component(false);
     try {
         const SoundOutput output(subType, manufacturer);
-        FAIL() << "it opened";
+        FAIL() << "the component opened";
     } catch (const NoEntryPoint& refusal) {
         EXPECT_EQ(refusal.status(), -3004);
     }
 }
 
-TEST(SoundOutput, LeavesNothingOpenWhenItIsRefused)
+TEST(SoundOutput, LeavesNoInstanceOpenAfterARefusal)
 {
     RegisteredComponent component;
     const struct {
@@ -69,10 +69,10 @@ TEST(SoundOutput, LeavesNothingOpenWhenItIsRefused)
          "initialising the sound component is refused, with status -200"},
     };
     for (const auto& fact : facts) {
-        component.refuse = {{fact.selector, fact.status}};
+        component.refusals = {{fact.selector, fact.status}};
         try {
             const SoundOutput output(subType, manufacturer);
-            ADD_FAILURE() << "it opened";
+            ADD_FAILURE() << "the component opened";
         } catch (const Refusal& refusal) {
             EXPECT_EQ(refusal.status(), fact.status);
             EXPECT_STREQ(refusal.what(), fact.text);
@@ -81,7 +81,7 @@ TEST(SoundOutput, LeavesNothingOpenWhenItIsRefused)
     }
 }
 
-TEST(SoundOutput, TellsItsForm)
+TEST(SoundOutput, ReportsItsFormat)
 {
     RegisteredComponent component;
     component.channels = 1;
@@ -92,7 +92,7 @@ TEST(SoundOutput, TellsItsForm)
     EXPECT_EQ(form.channels, 1);
     EXPECT_EQ(form.bits, 8);
     EXPECT_EQ(form.rate, 0x56EE8BA3 / 65536.0);
-    component.refuse = {{kSoundComponentGetInfoSelect, siUnknownInfoType}};
+    component.refusals = {{kSoundComponentGetInfoSelect, siUnknownInfoType}};
     EXPECT_THROW(output.form(), Refusal);
 }
 
@@ -100,7 +100,7 @@ TEST(SoundOutput, SendsEachSelectorWithItsArguments)
 {
     RegisteredComponent component;
     SoundOutput output(subType, manufacturer);
-    component.asked.clear();
+    component.calls.clear();
     const Source source = output.addSource();
     EXPECT_EQ(reinterpret_cast<long>(source), 7);
     SoundParamBlock block = {};
@@ -111,12 +111,12 @@ TEST(SoundOutput, SendsEachSelectorWithItsArguments)
     output.pause(source);
     output.stop(source);
     output.removeSource(source);
-    EXPECT_THAT(component.asked,
+    EXPECT_THAT(component.calls,
                 ElementsAre("add", "play 7 of 12 actions 0", "play 7 of 12 actions 1", "start 1 source 7",
                             "pause 1 source 7", "stop 1 source 7", "remove 7"));
 }
 
-TEST(SoundOutput, PassesEveryRefusalOn)
+TEST(SoundOutput, ReportsEveryRefusal)
 {
     RegisteredComponent component;
     SoundOutput output(subType, manufacturer);
@@ -136,7 +136,7 @@ TEST(SoundOutput, PassesEveryRefusalOn)
         {kSoundComponentStopSourceSelect, [](SoundOutput& o, Source s, SoundParamBlock&) { o.stop(s); }},
     };
     for (const auto& fact : facts) {
-        component.refuse = {{fact.selector, badChannel}};
+        component.refusals = {{fact.selector, badChannel}};
         try {
             fact.call(output, source, block);
             ADD_FAILURE() << "selector " << fact.selector << " was not refused";
