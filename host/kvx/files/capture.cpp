@@ -1,6 +1,6 @@
 #include "host/kvx/files/capture.h"
 
-#include "host/kvx/files/write_aside.h"
+#include "host/kvx/files/atomic_file.h"
 #include "host/kvx/text/failure.h"
 
 #include <cstdio>
@@ -8,11 +8,11 @@
 namespace kvx {
 namespace {
 
-// The platform's reason, with the name that the user gave the file.
-Failure platformFailure(const std::string& aside, const std::string& path)
+/// The platform's message, with the path of the user in place of the temporary path.
+Failure platformFailure(const std::string& temporary, const std::string& path)
 {
     std::string text = KVXPlatformErrorText();
-    const std::string name = "the capture " + aside;
+    const std::string name = "the capture " + temporary;
     if (const auto at = text.find(name); at != text.npos) text.replace(at, name.size(), path);
     return Failure(text);
 }
@@ -20,23 +20,23 @@ Failure platformFailure(const std::string& aside, const std::string& path)
 } // namespace
 
 Capture::Capture(KVXDeviceID device, const std::string& path)
-    : device_(device), path_(path), unfinished_(asideOf(path))
+    : device_(device), path_(path), temporary_(temporaryPathFor(path))
 {
-    if (KVXPlatformStartCapture(device_, unfinished_.c_str()) != 0) throw platformFailure(unfinished_, path_);
+    if (KVXPlatformStartCapture(device_, temporary_.c_str()) != 0) throw platformFailure(temporary_, path_);
 }
 
 Capture::~Capture()
 {
-    if (unfinished_.empty()) return;
+    if (temporary_.empty()) return;
     KVXPlatformStopCapture(device_);
-    std::remove(unfinished_.c_str());
+    std::remove(temporary_.c_str());
 }
 
 void Capture::keep()
 {
-    if (KVXPlatformStopCapture(device_) != 0) throw platformFailure(unfinished_, path_);
-    moveIntoPlace(unfinished_, path_);
-    unfinished_.clear();
+    if (KVXPlatformStopCapture(device_) != 0) throw platformFailure(temporary_, path_);
+    moveIntoPlace(temporary_, path_);
+    temporary_.clear();
 }
 
 } // namespace kvx

@@ -1,4 +1,4 @@
-// What a device plays, kept as a WAV file of 32-bit float: whole, or not at all.
+// The output of a device, written to a WAV file of 32-bit float.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -7,23 +7,24 @@
 
 namespace kvx {
 
-/// Captures from construction on. The file appears under its name only when keep() is called; until then a
-/// file of that name, if there is one, stays as it is. [main]
+/// Captures the output of a device from construction on. Only keep() creates or replaces the file at the
+/// path. [main]
 class Capture {
 public:
-    /// Throws Failure when nothing can be written there.
+    /// Errors  throws Failure if no file can be written to the path.
     Capture(KVXDeviceID device, const std::string& path);
-    ~Capture(); ///< without keep(), nothing is left behind
+    ~Capture(); ///< discards the output unless keep() was called
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
 
-    /// Finish the file and give it its name. Throws Failure.
+    /// Finish the file and move it to its path.
+    /// Errors  throws Failure.
     void keep();
 
 private:
     KVXDeviceID device_;
     std::string path_;
-    std::string unfinished_;
+    std::string temporary_;
 };
 
 } // namespace kvx

@@ -1,22 +1,70 @@
 #include "host/kvx/files/sound_file.h"
 
-#include "host/kvx/files/file_failure.h"
-#include "host/kvx/files/path_lookup.h"
 #include "host/kvx/text/failure.h"
+#include "host/kvx/text/codes.h"
 #include "host/runtime/support/checked_size.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 #include <Carbon/Carbon.h>
 #include <KVXPlatform/KVXPlatform.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
+#include <climits>
+#include <filesystem>
+#include <iterator>
+#include <sys/stat.h>
 #include <type_traits>
-#include <vector>
 
 namespace kvx {
 namespace {
+
+#define READABLE_TYPES                                                                                       \
+    "; kvx plays WAV, AIFF, CAF, FLAC, Ogg Vorbis, Opus, MP3 and the other formats that libsndfile reads"
+
+// The message is the path and the text.
+constexpr struct {
+    OSStatus status;
+    const char* text;
+} facts[] = {
+    {fnfErr, " does not exist; check the name and the folder"},
+    {dirNFErr, " does not exist; check the name and the folder"},
+    {errFSNameTooLong, " has too long a name; check the name and the folder"},
+    {permErr, " may not be read; change its permissions or copy it"},
+    {tmfoErr, " cannot be opened: too many files are open; raise the limit with `ulimit -n`"},
+    {memFullErr, " cannot be opened: there is not enough memory; close other programs"},
+    {ioErr, " cannot be read from its disk; check the disk, or get the file again"},
+    {kAudioFileUnsupportedFileTypeError, " cannot be decoded (it is no sound file)" READABLE_TYPES},
+    {kAudioFileInvalidFileError, " cannot be decoded (it is damaged, or no sound file)" READABLE_TYPES},
+};
+
+/// Describe an item that is no readable file, since the platform reports such items as damaged files.
+/// Returns  null if the item looks like a readable file or does not exist.
+const char* problemOfItem(const std::string& path)
+{
+    struct stat item = {};
+    if (stat(path.c_str(), &item) != 0) return nullptr;
+    if (S_ISDIR(item.st_mode)) return " is a folder; name the sound files in it";
+    if (!S_ISREG(item.st_mode)) return " is not a plain file; copy it into a file first";
+    if (item.st_size == 0) return " is empty; get the file again";
+    return nullptr;
+}
+
+/// The error for a file that the platform refused with `status`.
+Failure fileFailure(const std::string& path, OSStatus status)
+{
+    if (const char* problem = problemOfItem(path)) return Failure(path + problem);
+    const auto* fact = std::find_if(std::begin(facts), std::end(facts),
+                                    [status](const auto& each) { return each.status == status; });
+    if (fact != std::end(facts)) return Failure(path + fact->text);
+    if (status == kAudioFileUnsupportedDataFormatError)
+        return Failure(
+            fmt::format("{} has a coding, sample rate or number of channels that kvx does not play; "
+                        "convert it to WAV, of {} to {} Hz and up to {} channels",
+                        path, int{KVXLowestFileRate}, int{KVXHighestFileRate}, int{KVXMostFileChannels}));
+    return Failure(fmt::format("{} cannot be read: {}; get the file again", path, printStatus(status)));
+}
 
 struct Release {
     void operator()(const void* object) const { CFRelease(object); }
@@ -33,7 +81,7 @@ ExtAudioFileRef open(const std::string& path)
     return file;
 }
 
-// Native float, interleaved: what the file holds, in its own rate.
+/// Interleaved native float.
 AudioStreamBasicDescription floatFormat(double sampleRate, UInt32 channels)
 {
     const auto frameBytes = UInt32(channels * sizeof(float));
@@ -96,7 +144,7 @@ std::size_t SoundFile::read(float* out, std::size_t frames)
     return got;
 }
 
-std::int64_t framesThatDecode(const std::string& path)
+std::int64_t countDecodedFrames(const std::string& path)
 {
     constexpr std::size_t blockFrames = 1 << 14;
     SoundFile file(path);
@@ -104,6 +152,42 @@ std::int64_t framesThatDecode(const std::string& path)
     std::int64_t frames = 0;
     while (const std::size_t got = file.read(block.data(), blockFrames)) frames += std::int64_t(got);
     return frames;
+}
+
+std::string pathOnDisk(const std::string& path)
+{
+    std::error_code ignored;
+    if (std::filesystem::exists(path, ignored)) return path;
+    FSRef item;
+    UInt8 found[PATH_MAX];
+    const bool isFound =
+        FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &item, nullptr) == noErr &&
+        FSRefMakePath(&item, found, sizeof found) == noErr;
+    return isFound ? reinterpret_cast<const char*>(found) : path;
+}
+
+std::vector<std::string> missingParts(const std::string& path, const SoundFormat& format)
+{
+    std::vector<std::string> messages;
+    if (format.isCutShort && format.statedFrames > format.frames)
+        messages.push_back(
+            fmt::format("{} is cut short: it holds {} of the {} frames that its header states; get "
+                        "the file again",
+                        path, format.frames, format.statedFrames));
+    else if (format.isCutShort)
+        messages.push_back(fmt::format(
+            "{} is cut short: it ends before the length that its header states; get the file again", path));
+    if (format.omittedStreams > 0)
+        messages.push_back(fmt::format("{} plays in part: {} of its chained streams cannot be decoded or {} "
+                                       "another sample rate or number of channels; split it into files",
+                                       path, format.omittedStreams,
+                                       format.omittedStreams == 1 ? "has" : "have"));
+    return messages;
+}
+
+std::string printDamage(const std::string& path)
+{
+    return fmt::format("{} is damaged: not all of its frames decode; get the file again", path);
 }
 
 } // namespace kvx

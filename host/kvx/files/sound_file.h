@@ -1,43 +1,48 @@
-// Sound files, decoded to 32-bit float by the platform: every format that it reads.
+// Sound files that the platform decodes to 32-bit float, and the messages about files that do not decode.
+// All functions: [main].
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
-struct OpaqueExtAudioFile; // the platform's
+struct OpaqueExtAudioFile; // a type of the platform
 
 namespace kvx {
 
-/// What a file holds, and what its header states beyond that.
+/// What a file contains, and what its header promises.
 struct SoundFormat {
     int sampleRate = 0;               ///< Hz, within the platform's limits
-    int fileChannels = 0;             ///< as stored
-    int channels = 0;                 ///< read: 1 or 2
-    std::int64_t frames = 0;          ///< that decode
-    bool isCutShort = false;          ///< the file ends before a length that its header states
-    std::int64_t statedFrames = 0;    ///< by the header; 0: it states none
-    std::uint32_t omittedStreams = 0; ///< chained streams that are not decoded
+    int fileChannels = 0;             ///< number of channels in the file
+    int channels = 0;                 ///< number of channels that SoundFile reads: 1 or 2
+    std::int64_t frames = 0;          ///< number of frames that the platform can decode
+    bool isCutShort = false;          ///< whether the file ends before the length in its header
+    std::int64_t statedFrames = 0;    ///< number of frames by the header; 0: the header contains no number
+    std::uint32_t omittedStreams = 0; ///< number of chained streams that the platform does not decode
 
     double duration() const { return double(frames) / sampleRate; } ///< seconds
 };
 
-/// One open file. Of more than two channels the first two are read. [main]
+/// An open sound file. If the file has more than two channels, only the first two are read.
 class SoundFile {
 public:
-    /// Throws Failure: what is wrong with the file, and what to do next. A file that is cut short opens.
+    /// Open a file, which may be cut short.
+    /// Errors  throws Failure with the reason and the next step.
     explicit SoundFile(const std::string& path);
 
-    /// As the disk spells it.
+    /// The path as pathOnDisk() returns it.
     const std::string& path() const { return path_; }
     const SoundFormat& format() const { return format_; }
 
-    /// Decode up to `frames` frames: out[frame * format().channels + channel]. Returns the frames decoded;
-    /// fewer than requested at the end only. Throws Failure when the disk cannot be read.
+    /// Decode up to `frames` frames.
+    /// Shape    out[frame * format().channels + channel].
+    /// Returns  the number of decoded frames; less than `frames` only at the end of the file.
+    /// Errors   throws Failure if the disk cannot be read.
     std::size_t read(float* out, std::size_t frames);
 
-    /// Reading ended before format().frames: the data is damaged.
+    /// Whether decoding ended before format().frames, because the data is damaged.
     bool isDamaged() const { return isDamaged_; }
 
 private:
@@ -51,8 +56,20 @@ private:
     bool isDamaged_ = false;
 };
 
-/// Decode the whole file and count its frames: fewer than format().frames where the data is damaged. Throws
-/// Failure. [main]
-std::int64_t framesThatDecode(const std::string& path);
+/// Decode a whole file and count its frames. The result is less than format().frames if the data is damaged.
+/// Errors  throws Failure.
+std::int64_t countDecodedFrames(const std::string& path);
+
+/// Find the spelling of a path on the disk, which may contain accented letters in composed or decomposed
+/// form. Returns  `path` if it exists or if no item matches; otherwise the absolute path of the matching
+/// item.
+std::string pathOnDisk(const std::string& path);
+
+/// One message for each kind of missing content: frames before the stated end, and omitted streams.
+/// Returns  no message for a whole file.
+std::vector<std::string> missingParts(const std::string& path, const SoundFormat& format);
+
+/// The message for a file whose data stops decoding before its last frame.
+std::string printDamage(const std::string& path);
 
 } // namespace kvx

@@ -1,6 +1,6 @@
 #include "host/kvx/files/tune.h"
 
-#include "host/kvx/files/write_aside.h"
+#include "host/kvx/files/atomic_file.h"
 
 #include <sndfile.h>
 
@@ -12,16 +12,16 @@ namespace kvx {
 namespace {
 
 struct Note {
-    double beat;
-    int key;   // semitones above A at 220 Hz
-    float pan; // 0 left, 1 right
+    double beat; // time of the note
+    int key;     // semitones above 220 Hz
+    float pan;   // 0 is left, 1 is right
     float gain;
 };
 
 constexpr double beatSeconds = 0.25;
 constexpr double pi = 3.14159265358979323846;
 
-// Broken chords over a slow bass, ending where they began.
+// Broken chords over a slow bass; the last chord is the first one.
 // clang-format off
 constexpr Note notes[] = {
     { 0, -9, 0.50f, 0.9f}, { 0,  3, 0.20f, 0.7f}, { 1,  7, 0.35f, 0.7f}, { 2, 10, 0.65f, 0.7f}, { 3, 15, 0.80f, 0.8f},
@@ -33,21 +33,21 @@ constexpr Note notes[] = {
 // clang-format on
 constexpr double tuneSeconds = 6.5;
 
-// A plucked string: harmonics that fade the sooner the higher they are, each a number that turns and shrinks
-// by the same factor from frame to frame; after a soft attack.
+/// Synthesise a plucked string with a soft attack. Each harmonic is a complex number that is multiplied by a
+/// constant factor per frame; higher harmonics decay faster.
 std::vector<float> pluck(double frequency, std::size_t frames)
 {
     std::vector<double> sum(frames);
     for (int harmonic = 1; harmonic <= 6; ++harmonic) {
         const double fade = std::exp(-(1.6 + 1.1 * harmonic) / tuneSampleRate);
         const double angle = 2.0 * pi * frequency * harmonic / tuneSampleRate;
-        const double turnX = fade * std::cos(angle), turnY = fade * std::sin(angle);
+        const double factorX = fade * std::cos(angle), factorY = fade * std::sin(angle);
         double x = 1.0 / (harmonic * harmonic), y = 0.0;
         for (double& sample : sum) {
             sample += y;
-            const double turned = x * turnX - y * turnY;
-            y = x * turnY + y * turnX;
-            x = turned;
+            const double nextX = x * factorX - y * factorY;
+            y = x * factorY + y * factorX;
+            x = nextX;
         }
     }
     const double attackFade = std::exp(-400.0 / tuneSampleRate);
@@ -91,21 +91,21 @@ std::vector<float> composeTune()
 
 void writeTune(const std::string& path)
 {
-    const std::string aside = asideOf(path);
+    const std::string temporary = temporaryPathFor(path);
     const std::vector<float> tune = composeTune();
     SF_INFO info = {};
     info.samplerate = tuneSampleRate;
     info.channels = tuneChannels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     errno = 0;
-    SNDFILE* file = sf_open(aside.c_str(), SFM_WRITE, &info);
-    if (!file) giveUpWriting(aside, path, errno);
+    SNDFILE* file = sf_open(temporary.c_str(), SFM_WRITE, &info);
+    if (!file) giveUpWriting(temporary, path, errno);
     const auto frames = sf_count_t(tune.size() / tuneChannels);
     const bool isWritten = sf_writef_float(file, tune.data(), frames) == frames;
     const int error = errno;
     const bool isClosed = sf_close(file) == 0;
-    if (!isWritten || !isClosed) giveUpWriting(aside, path, isWritten ? errno : error);
-    moveIntoPlace(aside, path);
+    if (!isWritten || !isClosed) giveUpWriting(temporary, path, isWritten ? errno : error);
+    moveIntoPlace(temporary, path);
 }
 
 } // namespace kvx

@@ -1,4 +1,5 @@
-// A short tune of our own making, for those who have no sound file at hand.
+// A short tune for users without a sound file.
+// All functions: [main].
 #pragma once
 
 #include <string>
@@ -9,10 +10,11 @@ namespace kvx {
 constexpr int tuneSampleRate = 44100;
 constexpr int tuneChannels = 2;
 
-/// The tune: interleaved stereo at tuneSampleRate, peak below full scale, silent at both ends.
+/// Synthesise the tune: interleaved stereo at tuneSampleRate, peak below full scale, silent at both ends.
 std::vector<float> composeTune();
 
-/// Write it as a 16-bit WAV. Throws Failure; an earlier file is then as it was.
+/// Write the tune to a 16-bit WAV file.
+/// Errors  throws Failure and leaves a former file unchanged.
 void writeTune(const std::string& path);
 
 } // namespace kvx

@@ -1,65 +1,120 @@
 #include "host/kvx/play/buffered_play.h"
 
-#include "host/kvx/files/file_failure.h"
-#include "host/kvx/play/playback.h"
 #include "host/kvx/terminal/interrupt.h"
-#include "host/kvx/terminal/meter.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/message.h"
+#include "host/runtime/support/checked_size.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include <cmath>
+#include <algorithm>
 
 namespace kvx {
 namespace {
 
-void announce(Progress& progress, const ProgrammeFile& file)
-{
-    progress.say(printAnnouncement(file));
-    if (file.format.fileChannels > file.format.channels)
-        progress.say(fmt::format("  Of its {} channels the first two are heard.", file.format.fileChannels));
-}
+constexpr int blockSeconds = 4;
+constexpr std::size_t leastBlockFrames = 4096, mostBlockFrames = 1 << 20;
+constexpr std::int64_t blocksAhead = 5; // at most 40 MiB
+constexpr std::int64_t queueCapacity = 200;
 
-// Play one run to its end. True if any of it was heard. Throws Failure when the device goes away.
-bool playRun(host::Host& host, const Run& run, float gain, const KVXDeviceInfo& device, bool isStepped,
-             Progress& progress)
+void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& session)
 {
-    Playback playback(host, run, gain);
-    Meter meter(device.device);
-    playback.begin(device);
+    BufferedPlayer player(host, group, gain);
+    player.start(session.device());
 
-    const ProgrammeFile* heard = nullptr;
-    while (!isInterrupted() && playback.turn()) {
-        const double position = playback.position();
-        const ProgrammeFile& file = run.fileAt(std::int64_t(position));
-        if (&file != heard) announce(progress, file);
-        heard = &file;
-        progress.show((position - double(run.firstFrameOf(file))) / run.sampleRate(),
-                      double(file.format.frames) / run.sampleRate(), meter.takePeak());
-        passTime(device, isStepped);
-        if (!deviceNow(device).isAlive) {
-            playback.stop();
-            throw deviceDied(device);
-        }
-    }
-    const bool isHeard = playback.position() > 0;
-    playback.stop();
-    for (const std::string& path : playback.damagedFiles()) progress.warn(damagedPart(path));
-    if (playback.hadGap()) printMessage("the sound had gaps: the file could not be read as fast as it plays");
-    return isHeard;
+    const PlaylistFile* announced = nullptr;
+    Transport transport;
+    transport.status = [&] {
+        return printPosition((player.position() - double(group.firstFrameOf(*announced))) /
+                                 group.sampleRate(),
+                             announced->format.duration(), session.meter().takePeak());
+    };
+    do {
+        const PlaylistFile& audible = group.fileAt(std::int64_t(player.position()));
+        if (&audible != announced) announce(audible, 2, session.progress());
+        announced = &audible;
+    } while (session.poll(transport) && player.advance());
+    player.stop();
+
+    for (const std::string& path : player.damagedFiles()) session.progress().warn(printDamage(path));
+    if (player.hadGap()) printGap();
 }
 
 } // namespace
 
-bool playBuffered(host::Host& host, const std::vector<Run>& runs, double gainDb, const KVXDeviceInfo& device,
-                  bool isStepped, Progress& progress)
+BufferedPlayer::BufferedPlayer(host::Host& host, const FormatGroup& group, float gain)
+    : player_(host.create("CoreAudioPlayerKVX")), reader_(group), gain_(gain),
+      blockFrames_(
+          std::clamp(host::checkedSize(group.sampleRate(), blockSeconds), leastBlockFrames, mostBlockFrames)),
+      channels_(std::size_t(group.channels()))
 {
-    const auto gain = float(std::pow(10.0, gainDb / 20.0)); // exactly 1 at 0 dB
-    bool isHeard = false;
-    for (const Run& run : runs)
-        if (!isInterrupted() && playRun(host, run, gain, device, isStepped, progress)) isHeard = true;
-    return isHeard;
+    block_ =
+        host::MemoryBlock::ofSize(std::int64_t(host::checkedSize(blockFrames_, channels_, sizeof(float))));
+    if (!block_) throw Failure("there is not enough memory for a block of sound; close other programs");
+    player_.set("SampleRate", float(group.sampleRate()));
+    player_.set("NumberOfChannels", group.channels());
+}
+
+BufferedPlayer::~BufferedPlayer()
+{
+    try {
+        stop();
+    } catch (const std::exception&) {
+        // The object's destructor also stops the device.
+    }
+}
+
+void BufferedPlayer::feed()
+{
+    while (!isFed_ && player_.call("HasFreeSpace").boolean() &&
+           queueCapacity - player_.call("FreeSpace").integer() < blocksAhead) {
+        float* samples = block_.as<float>();
+        const std::size_t frames = reader_.read(samples, blockFrames_);
+        isFed_ = frames < blockFrames_;
+        if (frames == 0) break;
+        const std::size_t count = frames * channels_;
+        if (gain_ != 1.0f)
+            std::transform(samples, samples + count, samples, [this](float s) { return s * gain_; });
+        if (!player_.call("AddFloatAudio", block_, 0, std::int64_t(count * sizeof(float))).boolean())
+            throw Failure("the player refused a block of sound; there may be too little memory");
+    }
+}
+
+void BufferedPlayer::start(const KVXDeviceInfo& device)
+{
+    feed();
+    // With NoUnderflow, the device continues when the queue is empty. Without it, the device stops after the
+    // last block.
+    player_.set("NoUnderflow", !isFed_);
+    if (player_.call("Start").boolean()) return;
+    // A player whose device refuses to start reports that it is running. Its destructor would wait forever,
+    // so the object is leaked.
+    if (player_.get("IsRunning").boolean()) (void)player_.detach();
+    throw Failure(fmt::format("{} does not start; choose another device with --device (see `kvx devices`)",
+                              device.name));
+}
+
+bool BufferedPlayer::advance()
+{
+    if (isFed_) return player_.get("IsRunning").boolean();
+    feed();
+    if (player_.get("HadUnderflow").boolean()) hadGap_ = true;
+    if (isFed_) player_.set("NoUnderflow", false);
+    return true;
+}
+
+void BufferedPlayer::stop()
+{
+    if (!player_) return;
+    player_.set("NoUnderflow", false); // with NoUnderflow, the player refuses to stop
+    player_.call("Stop");
+}
+
+double BufferedPlayer::position() const { return player_.get("OutputPosition").number(); }
+
+void playBuffered(host::Host& host, const Playlist& playlist, float gain, Session& session)
+{
+    for (const FormatGroup& group : playlist)
+        if (!isInterrupted()) playGroup(host, group, gain, session);
 }
 
 } // namespace kvx

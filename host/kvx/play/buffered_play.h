@@ -1,18 +1,69 @@
-// Files through the class of the buffered player: decoded here, fed while they play, without gaps between
-// files of one format.
+// The buffered play method: files are decoded while they play, and a group plays without gaps.
 #pragma once
 
-#include "host/kvx/devices/output_device.h"
-#include "host/kvx/play/programme.h"
-#include "host/kvx/terminal/progress.h"
+#include "host/kvx/play/playlist.h"
+#include "host/kvx/play/session.h"
 #include "host/runtime/host.h"
 
+#include <cstddef>
+#include <string>
 #include <vector>
 
 namespace kvx {
 
-/// Play all to the end, or until the user interrupts. True if anything was heard. Throws Failure. [main]
-bool playBuffered(host::Host& host, const std::vector<Run>& runs, double gainDb, const KVXDeviceInfo& device,
-                  bool isStepped, Progress& progress);
+/// The library's class CoreAudioPlayerKVX as this program uses it: plays one group, which the object decodes
+/// ahead of the audible position. Call start(), then advance() until it returns false.
+/// Shape   blocks of some seconds, interleaved, at most 8 MiB each. Several blocks wait in the player's
+/// queue,
+///         so that decoding may take seconds. The class loses one frame per block at other rates than the
+///         device's, so blocks are long.
+/// [main]
+class BufferedPlayer {
+public:
+    /// `gain` is a factor; exactly 1 leaves every sample unchanged. The group must outlive the object.
+    BufferedPlayer(host::Host& host, const FormatGroup& group, float gain);
+
+    /// Stops the player. Waits for the device if it is running.
+    ~BufferedPlayer();
+    BufferedPlayer(const BufferedPlayer&) = delete;
+    BufferedPlayer& operator=(const BufferedPlayer&) = delete;
+
+    /// Queue the first blocks and start the device.
+    /// Errors  throws Failure if the device does not start; the player object then leaks on purpose.
+    void start(const KVXDeviceInfo& device);
+
+    /// Queue blocks while the queue has space.
+    /// Returns  false after the device has played the whole group.
+    bool advance();
+
+    /// Stop at once, and drop the queued blocks.
+    void stop();
+
+    /// The number of frames of the group that have been played.
+    double position() const;
+
+    /// Files whose data stopped decoding before the last frame.
+    const std::vector<std::string>& damagedFiles() const { return reader_.damagedFiles(); }
+
+    /// Whether the queue became empty before the end of the group, which causes a gap in the sound.
+    bool hadGap() const { return hadGap_; }
+
+private:
+    void feed();
+
+    host::Object player_;
+    GroupReader reader_;
+    float gain_;
+    std::size_t blockFrames_;
+    std::size_t channels_;
+    host::MemoryBlock block_;
+    bool isFed_ = false; // whether the last block is in the queue
+    bool hadGap_ = false;
+};
+
+/// Play all groups until the end, or until the user interrupts. `gain` is a factor.
+/// Errors  throws Failure.
+/// [main]
+void playBuffered(host::Host& host, const Playlist& playlist, float gain, Session& session);
 
 } // namespace kvx

@@ -1,34 +1,27 @@
 #include "host/kvx/play/classic_play.h"
 
-#include "host/kvx/files/file_failure.h"
-#include "host/kvx/files/sixteen_bits.h"
-#include "host/kvx/play/end_rule.h"
-#include "host/kvx/play/sound_bridge.h"
-#include "host/kvx/terminal/interrupt.h"
-#include "host/kvx/terminal/key.h"
-#include "host/kvx/terminal/meter.h"
-#include "host/kvx/terminal/terminal.h"
-#include "host/kvx/text/codes.h"
+#include "host/kvx/files/pcm16.h"
+#include "host/kvx/play/playback_end.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/message.h"
+#include "host/kvx/text/codes.h"
 #include "host/soundclient/double_buffer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <optional>
 
 namespace kvx {
 namespace {
 
 using soundclient::DoubleBuffer;
+using soundclient::Labelling;
 using soundclient::SoundOutput;
 
 constexpr double bufferSeconds = 1;
-constexpr double stepSeconds = 0.1;  // of a device that is turned by hand: a part of a buffer
-constexpr double heldSeconds = 0.25; // what mixer, converter and unit may hold back, generously
+constexpr double stepSeconds = 0.1;   // step of a stepped device, a part of a buffer
+constexpr double delaySeconds = 0.25; // upper limit of the delay of mixer, converter and unit
 
 std::unique_ptr<SoundOutput> openComponent()
 try {
@@ -41,61 +34,54 @@ try {
                               printStatus(refusal.status())));
 }
 
-void checkForm(const ProgrammeFile& file, const soundclient::OutputForm& form)
+void checkForm(const PlaylistFile& file, const soundclient::OutputForm& form)
 {
     if (form.channels != 2 || form.bits != 16)
         throw Failure(fmt::format("the sound component plays {} channels of {} bits, not 2 of 16; see that "
                                   "the library is whole",
                                   form.channels, form.bits));
     if (file.format.sampleRate != form.rate)
-        throw Failure(fmt::format("{0} has a rate of {1} Hz, and the sound component plays {2}; bring it "
-                                  "there with `kvx render {0} OUT.wav --device-rate {2}`",
+        throw Failure(fmt::format("{0} has a rate of {1} Hz, and the sound component plays {2}; convert it "
+                                  "with `kvx render {0} OUT.wav --device-rate {2}`",
                                   file.path, file.format.sampleRate, form.rate));
 }
 
-void announce(Progress& progress, const ProgrammeFile& file, const ClassicOptions& options)
-{
-    progress.say(printAnnouncement(file));
-    if (file.format.fileChannels > 2)
-        progress.say(fmt::format("  Of its {} channels the first two are heard.", file.format.fileChannels));
-    if (options.labelling != soundclient::Labelling::bigAsLittle)
-        progress.say("  Its buffers are labelled so that it is heard byte-swapped, as noise.");
-}
-
-// The file while it sounds.
-class Session {
+/// The state of the playing file.
+class ClassicPlayback {
 public:
-    Session(DoubleBuffer& buffers, const ProgrammeFile& file, const KVXDeviceInfo& device, bool isStepped,
-            Progress& progress)
-        : buffers_(buffers), file_(file), device_(device), isStepped_(isStepped), progress_(progress),
-          meter_(device.device)
+    ClassicPlayback(DoubleBuffer& buffers, const PlaylistFile& file, Session& session)
+        : buffers_(buffers), file_(file), session_(session)
     {
-        const char* whyNot = KeyTerminal::whyNot();
-        if (isStepped) return;
-        if (!whyNot) keys_.emplace();
-        progress.say(whyNot ? printNoKeys(whyNot) : "Keys: space pause, q quit");
     }
 
-    bool isHeard() const { return meter_.frames() > 0; }
-
-    /// False once there is nothing more to hear.
-    bool turn()
+    /// Play until the end, or until the user quits or interrupts.
+    void run()
     {
-        if (keys_) takeKeys();
-        if (isQuit_ || isInterrupted() || hasEnded()) return false;
-        buffers_.feed();
-        progress_.show(position(), file_.format.duration(), meter_.takePeak());
-        const std::uint64_t before = meter_.frames();
-        passTime(device_, isStepped_, std::uint32_t(std::ceil(rate() * stepSeconds)));
-        if (!isPaused_) framesPlayed_ += meter_.frames() - before;
-        if (!deviceNow(device_).isAlive) throw deviceDied(device_);
-        return true;
+        Transport transport;
+        transport.status = [this] {
+            return printPosition(position(), file_.format.duration(), session_.meter().takePeak());
+        };
+        transport.press = [this](Key key) {
+            if (key == Key::pause) setPaused(!isPaused_);
+        };
+        transport.isPlaying = [this] { return !isPaused_; };
+        transport.pause = [this] { setPaused(true); };
+        transport.play = [this] { setPaused(false); };
+
+        const auto step = std::uint64_t(std::ceil(rate() * stepSeconds));
+        while (session_.poll(transport, step)) {
+            const std::uint64_t frames = session_.meter().frames();
+            if (!isPaused_) framesPlayed_ += frames - framesSeen_;
+            framesSeen_ = frames;
+            if (hasEnded()) break;
+            buffers_.feed();
+        }
     }
 
 private:
-    double rate() const { return device_.sampleRate; }
+    double rate() const { return session_.device().sampleRate; }
 
-    // By the device's clock, as far as the buffers agree.
+    /// Seconds of the file. The device's clock counts, within the limits of the buffers.
     double position() const
     {
         const double fileRate = file_.format.sampleRate;
@@ -105,8 +91,8 @@ private:
 
     bool hasEnded()
     {
-        return buffers_.isUsedUp() &&
-               end_.hasEnded(meter_.frames(), framesOf(heldSeconds, rate()) + 2 * device_.sliceFrames);
+        const std::uint64_t remaining = framesOf(delaySeconds, rate()) + 2 * session_.device().sliceFrames;
+        return buffers_.isUsedUp() && end_.hasEnded(framesSeen_, remaining);
     }
 
     void setPaused(bool isPaused)
@@ -116,64 +102,91 @@ private:
         isPaused_ = isPaused;
     }
 
-    void takeKeys()
-    {
-        if (KeyTerminal::isStopAsked()) stopWithTheProcess();
-        for (const Key key : reader_.read(keys_->read())) {
-            if (key == Key::quit) isQuit_ = true;
-            if (key == Key::pause) setPaused(!isPaused_);
-            progress_.hurry();
-        }
-    }
-
-    // Ctrl-Z: the sound rests while the process does.
-    void stopWithTheProcess()
-    {
-        const bool wasPaused = isPaused_;
-        setPaused(true);
-        progress_.leaveLine();
-        std::fflush(stdout);
-        keys_->stopProcess();
-        if (!isInterrupted()) setPaused(wasPaused);
-    }
-
     DoubleBuffer& buffers_;
-    const ProgrammeFile& file_;
-    const KVXDeviceInfo& device_;
-    bool isStepped_;
-    Progress& progress_;
-    Meter meter_;
-    std::optional<KeyTerminal> keys_;
-    KeyReader reader_;
-    EndRule end_;
-    std::uint64_t framesPlayed_ = 0; // of the device
-    bool isPaused_ = false, isQuit_ = false;
+    const PlaylistFile& file_;
+    Session& session_;
+    EndDetector end_;
+    std::uint64_t framesSeen_ = 0;   // frames that the device has rendered
+    std::uint64_t framesPlayed_ = 0; // frames that the device has rendered outside pauses
+    bool isPaused_ = false;
 };
 
 } // namespace
 
-bool playClassic(host::Host& host, const ProgrammeFile& file, const ClassicOptions& options,
-                 const KVXDeviceInfo& device, bool isStepped, Progress& progress)
+SoundBridge::SoundBridge(host::Host& host)
+    : object_(host.create("QTSoundStreamKVX")), units_(host.create("CoreAudioKVX"))
+{
+    object_.call("InitComponent");
+    object_.call("OpenComponent");
+    if (!object_.get("IsOpen").boolean())
+        throw Failure("the library registers no sound component; see that there is memory left");
+    try {
+        attachUnit();
+    } catch (...) {
+        end();
+        throw;
+    }
+}
+
+SoundBridge::~SoundBridge()
+{
+    try {
+        end();
+    } catch (const std::exception&) {
+        // The object's destructor also stops the unit.
+    }
+}
+
+void SoundBridge::check(const char* what, const host::Value& status) const
+{
+    if (status.integer() != 0)
+        throw Failure(fmt::format("{} is refused: {}; choose another device with --device", what,
+                                  printStatus(Status(status.integer()))));
+}
+
+void SoundBridge::attachUnit()
+{
+    unit_ = object_.call("OpenDefaultAudioUnitOutputComponent").integer();
+    if (unit_ == 0)
+        throw Failure("no output unit opens; see that the library and its platform belong together");
+    check("attaching the output unit", object_.call("AttachToAudioUnitComponent", unit_));
+    check("preparing the output unit", object_.call("AudioUnitInitialize", unit_));
+}
+
+void SoundBridge::start() { check("starting the device", object_.call("AudioOutputUnitStart", unit_)); }
+
+// CloseComponent of the class stops the unit and unregisters the component. The caller must close the unit.
+void SoundBridge::end()
+{
+    object_.call("CloseComponent");
+    if (unit_ == 0) return;
+    units_.call("AudioUnitUninitialize", unit_);
+    units_.call("CloseComponent", unit_);
+    unit_ = 0;
+}
+
+void playClassic(host::Host& host, const PlaylistFile& file, float gain, Labelling labelling,
+                 Session& session)
 try {
     SoundBridge bridge(host);
     const std::unique_ptr<SoundOutput> output = openComponent();
     const soundclient::OutputForm form = output->form();
     checkForm(file, form);
 
-    SixteenBitReader reader(file.path, float(std::pow(10.0, options.gainDb / 20.0))); // exactly 1 at 0 dB
+    Pcm16Reader reader(file.path, gain);
     DoubleBuffer buffers(
-        *output, options.labelling, std::size_t(form.rate * bufferSeconds),
+        *output, labelling, std::size_t(form.rate * bufferSeconds),
         [&reader](std::int16_t* out, std::size_t frames) { return reader.read(out, frames); });
     buffers.feed();
-    announce(progress, file, options);
-    Session session(buffers, file, device, isStepped, progress);
+    announce(file, 2, session.progress());
+    if (labelling != Labelling::bigAsLittle)
+        session.progress().say("  Its buffers are labelled so that their bytes play swapped, as noise.");
+    session.enableKeys("Keys: space pause, q quit");
     bridge.start();
     buffers.start();
-    while (session.turn()) {
-    }
-    if (reader.isDamaged()) progress.warn(damagedPart(file.path));
-    if (buffers.hadGap()) printMessage("the sound had gaps: the file could not be read as fast as it plays");
-    return session.isHeard();
+    ClassicPlayback(buffers, file, session).run();
+    if (reader.isDamaged()) session.progress().warn(printDamage(file.path));
+    if (buffers.hadGap()) printGap();
 } catch (const soundclient::Refusal& refusal) {
     throw Failure(fmt::format("{}; see that the library is whole", refusal.what()));
 }

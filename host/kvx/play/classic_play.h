@@ -1,21 +1,52 @@
-// A file through the library's sound component, as a classic sound program plays.
+// The classic play method: a file goes through the library's sound component, as a classic sound program
+// plays.
 #pragma once
 
-#include "host/kvx/devices/output_device.h"
-#include "host/kvx/play/programme.h"
-#include "host/kvx/terminal/progress.h"
+#include "host/kvx/play/playlist.h"
+#include "host/kvx/play/session.h"
 #include "host/runtime/host.h"
 #include "host/soundclient/sample_bytes.h"
 
+#include <cstdint>
+
 namespace kvx {
 
-struct ClassicOptions {
-    double gainDb = 0;
-    soundclient::Labelling labelling = soundclient::Labelling::bigAsLittle;
+/// Subtype and manufacturer of the sound component that the library registers.
+constexpr std::uint32_t bridgeSubType = 'QTso', bridgeManufacturer = 'QTso';
+
+/// The library's class QTSoundStreamKVX as this program uses it. While an object exists, the sound component
+/// is registered, and an output unit plays the sound that clients send. Clients must close the component
+/// first. [main]
+class SoundBridge {
+public:
+    /// Register the component, and attach it to the default output unit.
+    /// Errors  throws Failure.
+    explicit SoundBridge(host::Host& host);
+    ~SoundBridge();
+    SoundBridge(const SoundBridge&) = delete;
+    SoundBridge& operator=(const SoundBridge&) = delete;
+
+    /// Start the output unit, which plays silence until a client plays.
+    /// Errors  throws Failure.
+    void start();
+
+    /// Whether the class reports a client with a playing source.
+    bool isActive() const { return object_.get("IsStreamActive").boolean(); }
+
+private:
+    void check(const char* what, const host::Value& status) const;
+    void attachUnit();
+    void end();
+
+    host::Object object_;
+    host::Object units_; // an object of the class that closes units
+    std::int64_t unit_ = 0;
 };
 
-/// Play it to the end, or until the user interrupts. True if anything was heard. Throws Failure. [main]
-bool playClassic(host::Host& host, const ProgrammeFile& file, const ClassicOptions& options,
-                 const KVXDeviceInfo& device, bool isStepped, Progress& progress);
+/// Play a file until the end, or until the user quits or interrupts. `gain` is a factor.
+/// Errors  throws Failure.
+/// [main]
+void playClassic(host::Host& host, const PlaylistFile& file, float gain, soundclient::Labelling labelling,
+                 Session& session);
 
 } // namespace kvx

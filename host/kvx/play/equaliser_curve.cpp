@@ -3,7 +3,7 @@
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
@@ -16,7 +16,7 @@ namespace {
 // Band centres, Hz: 20 25 31.5 | 40 50 63 80 | 100 125 160 | 200 250 315 400 | 500 630 800 | 1k 1.25k 1.6k | 2k 2.5k 3.15k
 //                   4k | 5k 6.3k 8k | 10k 12.5k 16k 20k
 constexpr NamedCurve curves[] = {
-    {"flat",      "every band at 0 dB: the sound stays as it is",
+    {"flat",      "every band at 0 dB: leaves the sound unchanged",
      {0,0,0, 0,0,0,0, 0,0,0, 0,0,0,0, 0,0,0, 0,0,0, 0,0,0, 0, 0,0,0, 0,0,0,0}},
     {"bass",      "more below 200 Hz",
      {6,6,6, 6,6,6,6, 5,4,3, 2,1,0,0, 0,0,0, 0,0,0, 0,0,0, 0, 0,0,0, 0,0,0,0}},
@@ -57,15 +57,16 @@ Gains readGains(std::string_view text)
 
     const auto numbers = readReals(text);
     if (!numbers)
-        throw Failure(
-            fmt::format("{} is neither a curve nor a list of gains; the curves are {}", text, names()));
+        throw WrongUsage(
+            fmt::format("--eq: {} is neither a curve nor a list of gains; the curves are {}", text, names()));
     if (numbers->size() != bandCount)
-        throw Failure(fmt::format("{} gains are given and the equaliser has {} bands; give one for each",
-                                  numbers->size(), bandCount));
+        throw WrongUsage(
+            fmt::format("--eq: {} gains are given and the equaliser has {} bands; give one gain per band",
+                        numbers->size(), bandCount));
     for (double gain : *numbers)
         if (gain < lowestGain || gain > highestGain)
-            throw Failure(fmt::format("{} dB is out of range; gains go from {} to {} dB", gain, lowestGain,
-                                      highestGain));
+            throw WrongUsage(fmt::format("--eq: {} dB is out of range; gains go from {} to {} dB", gain,
+                                         lowestGain, highestGain));
     Gains gains;
     std::copy(numbers->begin(), numbers->end(), gains.begin());
     return gains;

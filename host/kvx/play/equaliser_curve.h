@@ -1,4 +1,5 @@
-// Gains of the file player's 31 equaliser bands, and curves of them that have a name.
+// Gains of the 31 equaliser bands of the file player, and named curves.
+// All functions: [main].
 #pragma once
 
 #include <array>
@@ -11,7 +12,7 @@ namespace kvx {
 constexpr std::size_t bandCount = 31;
 constexpr double lowestGain = -20, highestGain = 20; // decibels
 
-/// Decibels, from the lowest band to the highest.
+/// One gain per band in decibels, from the lowest band to the highest.
 using Gains = std::array<double, bandCount>;
 
 struct NamedCurve {
@@ -26,11 +27,11 @@ struct NamedCurves {
 };
 NamedCurves namedCurves();
 
-/// The gains that a user means: the name of a curve, without regard to case, or 31 numbers with commas
-/// between. Throws Failure: what is wrong, and what there is.
+/// Read the name of a curve, in upper or lower case, or 31 numbers separated by commas.
+/// Errors  throws WrongUsage.
 Gains readGains(std::string_view text);
 
-/// All names with their purpose, a line each.
+/// One line per named curve, with the purpose of the curve.
 std::string printNamedCurves();
 
 } // namespace kvx

@@ -1,21 +1,11 @@
 #include "host/kvx/play/file_play.h"
 
-#include "host/kvx/files/file_failure.h"
-#include "host/kvx/play/end_rule.h"
+#include "host/kvx/play/playback_end.h"
 #include "host/kvx/play/player_keys.h"
 #include "host/kvx/terminal/interrupt.h"
-#include "host/kvx/terminal/meter.h"
-#include "host/kvx/terminal/status_line.h"
-#include "host/kvx/terminal/terminal.h"
-#include "host/kvx/text/terminal_text.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
 #include <exception>
-#include <filesystem>
 #include <memory>
-#include <optional>
 
 namespace kvx {
 namespace {
@@ -23,39 +13,18 @@ namespace {
 constexpr Advice advice = {"`kvx play --buffered` plays files from the disk",
                            "choose another with --device (see `kvx devices`)"};
 
-// The same for every file.
-struct Session {
-    host::Host& host;
-    const CoreAudio& core;
-    const PlayerOptions& options;
-    const KVXDeviceInfo& device;
-    bool isStepped;
-    Progress& progress;
-    KeyTerminal* keys; // null: none can be read
-};
-
-// One loaded file.
+/// A file and its player.
 struct Track {
-    Track(const Session& session, const ProgrammeFile& of)
-        : file(of), channels(channelsToLoad(of.format.fileChannels, int(session.device.outputChannels))),
-          player(session.host, session.core, advice)
+    Track(host::Host& host, const CoreAudio& core, const PlaylistFile& from, int channelCount)
+        : file(from), channels(channelCount), player(host, core, advice)
     {
     }
 
-    const ProgrammeFile& file;
+    const PlaylistFile& file;
     int channels;
     FilePlayer player;
-    EndRule end;
+    EndDetector end;
 };
-
-void announce(Progress& progress, const Track& track)
-{
-    progress.say(printAnnouncement(track.file));
-    if (track.file.format.fileChannels > track.channels)
-        progress.say(fmt::format("  Of its {} channels the first {} are heard.",
-                                 track.file.format.fileChannels,
-                                 track.channels == 2 ? "two" : std::to_string(track.channels)));
-}
 
 PlayStatus statusOf(const FilePlayer& player, const std::string& note)
 {
@@ -74,29 +43,27 @@ PlayStatus statusOf(const FilePlayer& player, const std::string& note)
     return status;
 }
 
-// Ctrl-Z: the device rests while the process does.
-void stopWithTheProcess(const Session& session, FilePlayer& player)
-{
-    const bool wasPlaying = player.isPlaying();
-    player.pause();
-    session.progress.leaveLine();
-    std::fflush(stdout);
-    session.keys->stopProcess();
-    if (wasPlaying && !isInterrupted()) player.play();
-}
-
-// Plays files one after the other. The next file is loaded while the current one plays, and starts as soon as
-// the current one has ended.
+/// Plays files in order. The next file is loaded while the current file plays, and starts as soon as the
+/// current file has ended.
 class PlaylistPlayer {
 public:
-    PlaylistPlayer(const Session& session, const std::vector<ProgrammeFile>& files)
-        : session_(session), files_(files), meter_(session.device.device)
+    PlaylistPlayer(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
+        : host_(host), core_(host), files_(filesOf(playlist)), options_(options), session_(session)
     {
+        transport_.status = [this] { return printPlayStatus(statusOf(current_->player, note_)); };
+        transport_.press = [this](Key key) {
+            note_ = applyKey(key, current_->player);
+            if (next_) copySettings(current_->player, next_->player);
+        };
+        transport_.isPlaying = [this] { return current_->player.isPlaying(); };
+        transport_.pause = [this] {
+            former_.reset();
+            current_->player.pause();
+        };
+        transport_.play = [this] { current_->player.play(); };
     }
 
-    bool hasOutput() const { return meter_.frames() > 0; }
-
-    /// To the end of the last file, or until the user quits or interrupts.
+    /// Play until the end of the last file, or until the user quits or interrupts.
     void run()
     {
         loadNext();
@@ -110,66 +77,46 @@ public:
     }
 
 private:
-    /// Without a file that plays, the user sees the load; else keys and the status line go on. A stepped
-    /// device stands still during the load.
+    /// Load the next file. If a file plays on a device in real time, the load uses a background thread, and
+    /// playback continues. A stepped device does not run during the load.
     void loadNext()
     {
         try {
-            auto track = std::make_unique<Track>(session_, files_[loadedCount_]);
+            const PlaylistFile& file = files_[loadedCount_];
+            const KVXDeviceInfo& device = session_.device();
+            auto track = std::make_unique<Track>(
+                host_, core_, file, channelsToLoad(file.format.fileChannels, int(device.outputChannels)));
             std::function<void()> whileLoading;
-            if (current_ && !session_.isStepped)
+            if (current_ && !session_.isStepped())
                 whileLoading = [this] {
                     if (!advance()) current_->player.pause();
                 };
-            loadFile(track->player, track->file, track->channels, session_.options, session_.progress,
-                     whileLoading);
-            track->player.setDevice(session_.device.device);
-            applyAfterLoad(session_.options, track->player);
+            loadFile(track->player, file, track->channels, options_, session_.progress(), whileLoading);
+            track->player.setDevice(device.device);
+            applyOptions(options_, track->player);
             next_ = std::move(track);
-            if (current_) carrySettings(current_->player, next_->player);
+            if (current_) copySettings(current_->player, next_->player);
             ++loadedCount_;
         } catch (...) {
-            loadError_ = std::current_exception(); // reported after the end of the current file
+            loadError_ = std::current_exception(); // thrown after the end of the current file
             loadedCount_ = files_.size();
         }
     }
 
-    /// Starts before the former file's player stops, so that the device never stops in between.
+    /// Start the next player before the former player stops, so that the device runs without interruption.
     void startNext()
     {
         next_->player.play();
         former_ = std::move(current_);
         current_ = std::move(next_);
-        announce(session_.progress, *current_);
+        announce(current_->file, current_->channels, session_.progress());
     }
 
-    /// False once nothing more is to be played.
-    bool advance()
-    {
-        if (session_.keys) takeKeys();
-        if (isQuit_ || isInterrupted()) return false;
-        session_.progress.showLine(printPlayStatus(statusOf(current_->player, note_)));
-        passTime(session_.device, session_.isStepped, framesToEnd());
-        if (!deviceNow(session_.device).isAlive) throw deviceDied(session_.device);
-        return checkEnds();
-    }
+    /// Poll the session, and change files. Returns false after the end of playback.
+    bool advance() { return session_.poll(transport_, framesToEnd()) && checkEnds(); }
 
-    void takeKeys()
-    {
-        if (KeyTerminal::isStopAsked()) {
-            former_.reset();
-            stopWithTheProcess(session_, current_->player);
-        }
-        for (Key key : reader_.read(session_.keys->read())) {
-            const KeyEffect effect = applyKey(key, current_->player);
-            isQuit_ = isQuit_ || effect.isQuit;
-            note_ = effect.note;
-            if (next_) carrySettings(current_->player, next_->player);
-            session_.progress.hurry();
-        }
-    }
-
-    /// Start the next file if the current one has ended. False after the last sound of the last file.
+    /// Start the next file if the current file has ended. Returns false after the last sound of the last
+    /// file.
     bool checkEnds()
     {
         if (next_ && hasEnded(*current_, Until::latency)) startNext();
@@ -180,117 +127,58 @@ private:
         return false;
     }
 
-    // How much after the last frame went in.
+    /// The moments after the last frame of a file, in order.
     enum class Until {
         latency, ///< the units have rendered the last frame
         tail,    ///< the units are silent
-        device,  ///< the device has played everything, its slice under way too
+        device,  ///< the device has played all frames, including its current slice
     };
 
     bool hasEnded(Track& track, Until until)
     {
-        // The position of a loop that ends with the file is at the end for a moment.
+        // A loop that ends with the file also reaches the end of the file.
         if (!track.player.isAtEnd() || track.player.isLooping() || !track.player.isPlaying()) {
-            track.end.notAtEnd();
+            track.end.reset();
             return false;
         }
-        const KVXDeviceInfo device = deviceNow(session_.device);
+        const KVXDeviceInfo device = deviceNow(session_.device());
         const Delay delay = track.player.delay();
         double seconds = delay.latency;
         if (until >= Until::tail) seconds += delay.tail;
         if (until >= Until::device) seconds += delay.device;
         const std::uint64_t slice = until >= Until::device ? device.sliceFrames : 0;
-        return track.end.hasEnded(meter_.frames(), framesOf(seconds, device.sampleRate) + slice);
+        return track.end.hasEnded(session_.meter().frames(), framesOf(seconds, device.sampleRate) + slice);
     }
 
-    /// Device frames until the current file ends; a slice after it has ended.
+    /// Device frames until the current file ends; one slice after the end.
     std::uint64_t framesToEnd() const
     {
         const FilePlayer& player = current_->player;
-        if (player.isAtEnd()) return session_.device.sliceFrames;
+        if (player.isAtEnd()) return session_.device().sliceFrames;
         const double seconds = (player.duration() - player.position()) / player.rate();
-        return framesOf(seconds, session_.device.sampleRate);
+        return framesOf(seconds, session_.device().sampleRate);
     }
 
-    const Session& session_;
-    const std::vector<ProgrammeFile>& files_;
-    Meter meter_;
-    KeyReader reader_;
-    std::string note_;
-    bool isQuit_ = false;
-    std::unique_ptr<Track> former_; // ended, with a tail still audible
+    host::Host& host_;
+    const CoreAudio core_;
+    const std::vector<PlaylistFile> files_;
+    const PlayerOptions& options_;
+    Session& session_;
+    Transport transport_;
+    std::string note_;              // the reason why the last key had no effect
+    std::unique_ptr<Track> former_; // a player that has ended, whose tail is still audible
     std::unique_ptr<Track> current_;
-    std::unique_ptr<Track> next_; // loaded
+    std::unique_ptr<Track> next_; // a loaded player that has not started
     std::size_t loadedCount_ = 0;
     std::exception_ptr loadError_;
 };
 
-void sayKeys(Progress& progress, const char* whyNot)
-{
-    progress.say(whyNot ? printNoKeys(whyNot) : keyHelp());
-}
-
-void loadInBackground(FilePlayer& player, const std::string& path, int channels, Progress& progress)
-{
-    const std::string name = asciiText(std::filesystem::path(path).filename().string());
-    std::size_t shown = 0;
-    player.loadInBackground(path, channels, [&] {
-        KVXPlatformDrainMainQueue(0);
-        if (progress.showLine(fmt::format("  {} Loading {}", "|/-\\"[shown % 4], name))) ++shown;
-    });
-    progress.wipe();
-}
-
 } // namespace
 
-int channelsToLoad(int fileChannels, int deviceChannels)
+void playFiles(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
 {
-    return std::max(1, std::min(fileChannels == 1 ? 2 : fileChannels, deviceChannels));
-}
-
-std::int64_t loadFile(FilePlayer& player, const ProgrammeFile& file, int channels,
-                      const PlayerOptions& options, Progress& progress,
-                      const std::function<void()>& whileLoading)
-{
-    applyBeforeLoad(options, player);
-    if (whileLoading)
-        player.loadInBackground(file.path, channels, whileLoading);
-    else if (options.isInBackground)
-        loadInBackground(player, file.path, channels, progress);
-    else
-        player.load(file.path, channels);
-    return framesLoaded(player, file, progress);
-}
-
-std::int64_t framesLoaded(FilePlayer& player, const ProgrammeFile& file, Progress& progress)
-{
-    if (player.holdsAll(file.format.frames)) return file.format.frames;
-    progress.warn(damagedPart(file.path));
-    return framesThatDecode(file.path);
-}
-
-void checkFiles(const std::vector<ProgrammeFile>& files, const PlayerOptions& options,
-                const KVXDeviceInfo& device)
-{
-    const int deviceChannels = int(device.outputChannels);
-    for (const ProgrammeFile& file : files)
-        checkAgainstFile(options, file.path, file.format.duration(),
-                         channelsToLoad(file.format.fileChannels, deviceChannels), deviceChannels);
-}
-
-bool playFiles(host::Host& host, const std::vector<ProgrammeFile>& files, const PlayerOptions& options,
-               const KVXDeviceInfo& device, bool isStepped, Progress& progress)
-{
-    const CoreAudio core(host);
-    std::optional<KeyTerminal> keys;
-    const char* whyNot = KeyTerminal::whyNot();
-    if (!isStepped) sayKeys(progress, whyNot);
-    if (!isStepped && !whyNot) keys.emplace();
-
-    const Session session = {host, core, options, device, isStepped, progress, keys ? &*keys : nullptr};
-    PlaylistPlayer playlist(session, files);
-    playlist.run();
-    return playlist.hasOutput();
+    session.enableKeys(keyHelp());
+    PlaylistPlayer(host, playlist, options, session).run();
 }
 
 } // namespace kvx

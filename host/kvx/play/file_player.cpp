@@ -3,7 +3,7 @@
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,20 +15,29 @@ constexpr const char* outputUnit = "OutputHandle";
 constexpr const char* units[] = {"ConverterHandle", "MixerHandle",     "EqualizerHandle",
                                  "TimePitchHandle", "VariSpeedHandle", outputUnit};
 
-// Properties and parameters of units, by number, of the whole unit.
+// Numbers of properties and parameters in the global scope of a unit.
 constexpr std::uint32_t latencyProperty = 12, tailProperty = 20, renderErrorProperty = 22;
 constexpr std::uint32_t varispeedRate = 0, varispeedCents = 1;
 
-// Lets the program run what waits while the library yields, and no longer.
+/// While an object exists, the host calls `whileLoading` each time that the library yields.
 struct YieldGuard {
     host::Host& host;
-    YieldGuard(host::Host& program, const std::function<void()>& turn) : host(program) { host.onYield(turn); }
+    YieldGuard(host::Host& program, const std::function<void()>& whileLoading) : host(program)
+    {
+        host.onYield(whileLoading);
+    }
     ~YieldGuard() { host.onYield({}); }
     YieldGuard(const YieldGuard&) = delete;
     YieldGuard& operator=(const YieldGuard&) = delete;
 };
 
 } // namespace
+
+double undoSinglePrecision(double rate)
+{
+    const double hundredth = std::round(rate * 100.0) / 100.0;
+    return float(hundredth) == float(rate) ? hundredth : rate;
+}
 
 Range rateRange(RateUnit unit) { return unit == RateUnit::varispeed ? Range{0.25, 4} : Range{0.04, 32}; }
 
@@ -42,7 +51,7 @@ FilePlayer::~FilePlayer()
     try {
         pause();
     } catch (const std::exception&) {
-        // Nobody is left to tell; the object's destructor stops it as well.
+        // The object's destructor also stops the player.
     }
 }
 
@@ -60,7 +69,7 @@ void FilePlayer::write(const char* property, const host::Value& value, const cha
     check(what);
 }
 
-// Before the load there are no units to switch, which the platform says; the field is what the load goes by.
+// Before the load the class has no units and reports an error, but the load uses the property.
 void FilePlayer::chooseRateUnit(RateUnit unit) { object_.set("TimePitchUnit", int(unit)); }
 
 RateUnit FilePlayer::rateUnit() const
@@ -88,9 +97,10 @@ void FilePlayer::loadWith(const char* method, const std::string& path, int chann
 
 void FilePlayer::load(const std::string& path, int channels) { loadWith("LoadFile", path, channels); }
 
-void FilePlayer::loadInBackground(const std::string& path, int channels, const std::function<void()>& turn)
+void FilePlayer::loadInBackground(const std::string& path, int channels,
+                                  const std::function<void()>& whileLoading)
 {
-    const YieldGuard guard(host_, turn);
+    const YieldGuard guard(host_, whileLoading);
     loadWith("LoadFileMT", path, channels);
 }
 
@@ -100,8 +110,8 @@ double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(
 int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
 double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
 
-// The class counts time in loaded frames, whose number it does not report: a time of one frame and a half is
-// cut to one frame, of a length that shows their number.
+// The class does not report the number of loaded frames, so compute the number: after a write of the time of
+// 1.5 frames, the position is the exact length of one frame.
 bool FilePlayer::holdsAll(std::int64_t frames)
 {
     const double oneFrame = duration() / double(frames);
@@ -124,8 +134,8 @@ bool FilePlayer::isPlaying() const { return object_.get("Playing").boolean(); }
 
 double FilePlayer::position() const { return object_.get("CurrentTime").number(); }
 
-// The class cuts times down to frames, and a binary fraction may fall just short of its frame: the middle of
-// the frame is safe on both sides.
+// The class rounds times down to frames, and a binary fraction may be slightly less than its frame, so use
+// the middle of the frame.
 double FilePlayer::nearestFrame(double seconds) const
 {
     return (std::round(seconds * sampleRate()) + 0.5) / sampleRate();
@@ -136,8 +146,8 @@ void FilePlayer::seek(double seconds)
     object_.set("CurrentTime", nearestFrame(std::clamp(seconds, 0.0, duration())));
 }
 
-// The position is a frame number of up to 32 bits, divided: one frame in front of the end differs by more
-// than this, and the rounding of the division by less.
+// The position is a frame number of up to 32 bits divided by the rate. The tolerance is less than one frame
+// and more than the rounding error of the division.
 bool FilePlayer::isAtEnd() const { return position() >= duration() * (1 - 1e-11); }
 
 double FilePlayer::level() const { return object_.get("MeterLevel").number(); }
@@ -151,8 +161,9 @@ void FilePlayer::setPan(double pan) { write("Pan", pan, "the pan"); }
 double FilePlayer::rate() const
 {
     if (rateUnit() == RateUnit::varispeed)
-        return asGiven(core_.unitParameter(object_.get("VariSpeedHandle").integer(), varispeedRate));
-    return asGiven(object_.get("TimeRate").number());
+        return undoSinglePrecision(
+            core_.unitParameter(object_.get("VariSpeedHandle").integer(), varispeedRate));
+    return undoSinglePrecision(object_.get("TimeRate").number());
 }
 
 double FilePlayer::pitch() const
@@ -162,8 +173,8 @@ double FilePlayer::pitch() const
     return object_.get("PitchRate").number();
 }
 
-// The class rounds down to hundredths in binary, where 0.29 is a little less than 29 of them: the middle of
-// the hundredth is safe on both sides.
+// The class rounds down to hundredths, and a binary fraction such as 0.29 may be slightly less than its
+// hundredth, so use the middle of the hundredth.
 void FilePlayer::setRate(double rate)
 {
     write("TimeRate", (std::round(rate * 100.0) + 0.5) / 100.0, "the rate");
@@ -190,7 +201,7 @@ void FilePlayer::setLoopOut(double seconds) { object_.set("LoopOut", nearestFram
 bool FilePlayer::isLooping() const { return object_.get("Looping").boolean(); }
 void FilePlayer::setLooping(bool isOn) { object_.set("Looping", isOn); }
 
-// A unit that does not know the property holds nothing back.
+/// A time that a unit reports; 0 if the unit does not have the property.
 double FilePlayer::unitSeconds(const char* unit, std::uint32_t property) const
 {
     const Answer answer = core_.readUnit(object_.get(unit).integer(), property);
@@ -202,7 +213,7 @@ Delay FilePlayer::delay() const
 {
     Delay sum;
     for (const char* unit : units) {
-        // The output unit's latency is the device's.
+        // The latency of the output unit is that of the device.
         (unit == outputUnit ? sum.device : sum.latency) += unitSeconds(unit, latencyProperty);
         sum.tail += unitSeconds(unit, tailProperty);
     }

@@ -1,51 +1,60 @@
-// The library's class of the file player, as this program uses it.
+// The library's class AUPlayerKVX as this program uses it: a file player.
 #pragma once
 
 #include "host/kvx/library/core_audio.h"
-#include "host/kvx/play/end_rule.h"
 #include "host/kvx/play/equaliser_curve.h"
 #include "host/runtime/host.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace kvx {
 
-/// Which unit changes time and pitch.
+/// The unit that changes rate and pitch; the values are those of the class.
 enum class RateUnit {
-    timePitch = 1, ///< rate and pitch apart
-    varispeed = 2, ///< both together, as a tape does: one value, the last write wins
+    timePitch = 1, ///< changes rate and pitch independently
+    varispeed = 2, ///< changes both together: one value, set by the last write of rate or pitch
 };
 
-/// What each setting takes.
+/// The accepted values of a setting.
 struct Range {
     double low, high;
     bool holds(double value) const { return value >= low && value <= high; }
 };
-Range rateRange(RateUnit unit);             ///< in steps of a hundredth
+Range rateRange(RateUnit unit);             ///< range of the rate, a factor
 constexpr Range pitchRange = {-2400, 2400}; // cents
 constexpr Range volumeRange = {0, 1};
 constexpr Range panRange = {-1, 1};
 
-constexpr int mostChannels = 64; // that the units take
+constexpr int mostChannels = 64; // limit of the units
 
-/// What a user can do, in the command that is at work.
-struct Advice {
-    const char* whenNotLoaded;
-    const char* whenNotStarted; ///< null: it is never started
+/// Delay between the position of a player and the audible sound, in seconds.
+struct Delay {
+    double latency = 0; ///< delay of the units
+    double tail = 0;    ///< decay of the units after the last frame of the file
+    double device = 0;  ///< delay of the device
 };
 
-/// One object, for one file.
-///
-/// Units   seconds of the file, factors, cents; positions are of what goes in, ahead of what is heard.
-/// Thread  [main]
-/// Errors  Failure where the platform refuses: what, its status in words, and the advice where there is one.
-///         What the library raises passes through as host::HostException.
+/// Round to the nearest hundredth if the difference is within single precision, which the class stores.
+double undoSinglePrecision(double rate);
+
+/// The next step for the user, as the end of an error message.
+struct Advice {
+    const char* whenNotLoaded;
+    const char* whenNotStarted; ///< null if the command never starts the player
+};
+
+/// One object of the class, for one file. Positions are those of the player, ahead of the audible sound by
+/// the delay. Units   seconds of the file, factors, cents. Errors  throws Failure if the platform refuses a
+/// call, and host::HostException for an exception of the
+///         library.
+/// [main]
 class FilePlayer {
 public:
     FilePlayer(host::Host& host, const CoreAudio& core, const Advice& advice);
-    ~FilePlayer(); ///< stops it
+    ~FilePlayer(); ///< stops the player
     FilePlayer(const FilePlayer&) = delete;
     FilePlayer& operator=(const FilePlayer&) = delete;
 
@@ -56,10 +65,10 @@ public:
     /// Decode the whole file into memory, in `channels` channels, and build the units.
     void load(const std::string& path, int channels);
 
-    /// The same off the main thread; `turn` runs again and again meanwhile, on this one.
-    void loadInBackground(const std::string& path, int channels, const std::function<void()>& turn);
+    /// Load on a background thread. `whileLoading` runs repeatedly on the calling thread until the end.
+    void loadInBackground(const std::string& path, int channels, const std::function<void()>& whileLoading);
 
-    // ---- what was loaded ----
+    // ---- the loaded file ----
 
     std::string clientFormat() const;
     std::string outputFormat() const;
@@ -67,20 +76,20 @@ public:
     int channels() const;
     double duration() const;
 
-    /// True when all `frames` frames of the file were decoded. Moves the position to the start.
+    /// Whether the player contains exactly `frames` frames. Moves the position to the start.
     bool holdsAll(std::int64_t frames);
 
-    // ---- sound ----
+    // ---- transport ----
 
     void play();
     void pause();
     bool isPlaying() const;
 
     double position() const;
-    void seek(double seconds); ///< to the nearest frame of the file
-    bool isAtEnd() const;      ///< the last frame has gone in
+    void seek(double seconds); ///< moves to the nearest frame
+    bool isAtEnd() const;      ///< whether the position is past the last frame
 
-    double level() const; ///< average power, decibels
+    double level() const; ///< average power in decibels
 
     // ---- settings ----
 
@@ -89,11 +98,11 @@ public:
     void setVolume(double volume);
     void setPan(double pan);
 
-    /// What is in force: with varispeed, what the last write of rate or pitch made of both.
+    /// The present rate and pitch. With varispeed, a write of one of them also changes the other.
     double rate() const;
     double pitch() const;
     Range rates() const { return rateRange(rateUnit()); }
-    void setRate(double rate); ///< rounded to the nearest hundredth
+    void setRate(double rate); ///< rounds to the nearest hundredth
     void setPitch(double cents);
 
     void setGains(const Gains& gains);
@@ -101,16 +110,16 @@ public:
 
     // ---- loop ----
 
-    double loopIn() const;           ///< 0 when unset, too
-    double loopOut() const;          ///< likewise
-    void setLoopIn(double seconds);  ///< at the nearest frame
-    void setLoopOut(double seconds); ///< likewise
+    double loopIn() const;           ///< loop start; 0 if unset
+    double loopOut() const;          ///< loop end; 0 if unset
+    void setLoopIn(double seconds);  ///< sets the loop start to the nearest frame
+    void setLoopOut(double seconds); ///< sets the loop end to the nearest frame
     bool isLooping() const;
-    void setLooping(bool isOn); ///< on has no effect without both points
+    void setLooping(bool isOn); ///< true has no effect without both loop points
 
-    Delay delay() const;
+    Delay delay() const; ///< sum over the units
 
-    /// The first status that a unit kept from rendering; 0 when all is well. Asking clears it.
+    /// The first render error that a unit reports; 0 without an error. Reading clears the error.
     Status renderError() const;
 
 private:

@@ -8,7 +8,7 @@ namespace {
 
 bool hasLoop(const FilePlayer& player) { return player.loopOut() > player.loopIn(); }
 
-// Points that enclose nothing would hold the sound at one place.
+// An empty loop would repeat one position.
 void endEmptyLoop(FilePlayer& player)
 {
     if (player.isLooping() && !hasLoop(player)) player.setLooping(false);
@@ -17,15 +17,15 @@ void endEmptyLoop(FilePlayer& player)
 void setLoopOutHere(FilePlayer& player)
 {
     const double here = player.position();
-    // Without a begin of its own the loop begins where the file does. The class takes that for a point only
-    // when it is written, and moves an end that is not set along with it.
+    // Without a loop start, the loop begins at the start of the file. The class loops only after an explicit
+    // write of 0. That write also moves an unset loop end, so it comes first.
     if (player.loopIn() == 0) player.setLoopIn(0);
     player.setLoopOut(here);
 }
 
-KeyEffect toggleLoop(FilePlayer& player)
+std::string toggleLoop(FilePlayer& player)
 {
-    if (!player.isLooping() && !hasLoop(player)) return {false, "mark a loop with [ and ] first"};
+    if (!player.isLooping() && !hasLoop(player)) return "mark a loop with [ and ] first";
     player.setLooping(!player.isLooping());
     return {};
 }
@@ -42,7 +42,7 @@ double stepped(double value, double step, const Range& range)
                       range.high);
 }
 
-KeyEffect applyKey(Key key, FilePlayer& player)
+std::string applyKey(Key key, FilePlayer& player)
 {
     switch (key) {
     case Key::pause:
@@ -83,16 +83,16 @@ KeyEffect applyKey(Key key, FilePlayer& player)
         player.setPitch(stepped(player.pitch(), -pitchStep, pitchRange));
         break;
     case Key::quit:
-        return {true, {}};
+        break;
     }
     return {};
 }
 
-void carrySettings(const FilePlayer& from, FilePlayer& to)
+void copySettings(const FilePlayer& from, FilePlayer& to)
 {
     to.setVolume(from.volume());
     to.setRate(from.rate());
-    to.setPitch(from.pitch()); // with varispeed the same value again, finer than hundredths
+    to.setPitch(from.pitch()); // with varispeed this repeats the value more exactly than setRate()
 }
 
 } // namespace kvx

@@ -1,31 +1,28 @@
-// What keys do to a file player.
+// The effect of keys on a file player.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/play/file_player.h"
-#include "host/kvx/terminal/key.h"
+#include "host/kvx/terminal/keyboard.h"
 
 #include <string>
 
 namespace kvx {
 
 constexpr double seekStep = 5;      // seconds
-constexpr double volumeStep = 0.05; // of full
-constexpr double rateStep = 0.05;
-constexpr double pitchStep = 100; // cents, a semitone
+constexpr double volumeStep = 0.05; // factor
+constexpr double rateStep = 0.05;   // factor
+constexpr double pitchStep = 100;   // cents; one semitone
 
-/// `value` and a step, on the grid of steps if it is near it, kept in the range.
+/// Add `step` to `value` and clamp the result to the range. A result close to a multiple of the step is
+/// rounded to the multiple.
 double stepped(double value, double step, const Range& range);
 
-/// What a key led to.
-struct KeyEffect {
-    bool isQuit = false;
-    std::string note; ///< why nothing happened; empty otherwise
-};
+/// Apply a key to a player; Key::quit has no effect.
+/// Returns  the reason why the key had no effect, for the user; "" otherwise.
+std::string applyKey(Key key, FilePlayer& player);
 
-/// Do what a key asks for. [main]
-KeyEffect applyKey(Key key, FilePlayer& player);
-
-/// Give `to` the volume, rate and pitch of `from`, a player with the same rate unit. [main]
-void carrySettings(const FilePlayer& from, FilePlayer& to);
+/// Copy volume, rate and pitch to `to`, a player with the same rate unit.
+void copySettings(const FilePlayer& from, FilePlayer& to);
 
 } // namespace kvx

@@ -1,20 +1,32 @@
 #include "host/kvx/play/player_options.h"
 
-#include "host/kvx/devices/shared_options.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
+#include "host/kvx/text/terminal_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
+#include <KVXPlatform/KVXPlatform.h>
+
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <filesystem>
 
 namespace kvx {
 namespace {
 
-constexpr const char* curveList = "list";
+void loadWithProgress(FilePlayer& player, const std::string& path, int channels, Progress& progress)
+{
+    const std::string name = asciiText(std::filesystem::path(path).filename().string());
+    std::size_t shown = 0;
+    player.loadInBackground(path, channels, [&] {
+        KVXPlatformDrainMainQueue(0);
+        if (progress.showLine(fmt::format("  {} Loading {}", "|/-\\"[shown % 4], name))) ++shown;
+    });
+    progress.wipe();
+}
 
-CLI::Validator within(const Range& range) { return inRange(range.low, range.high); }
+} // namespace
 
 Loop readLoop(const std::string& text)
 {
@@ -22,9 +34,9 @@ Loop readLoop(const std::string& text)
     const auto in = readReal(std::string_view(text).substr(0, colon));
     const auto out = colon == text.npos ? std::nullopt : readReal(std::string_view(text).substr(colon + 1));
     if (!in || !out)
-        throw CLI::ValidationError("--loop", text + " is not IN:OUT, two times in seconds, as in 1.5:4");
-    if (*in < 0 || !(*in < *out))
-        throw CLI::ValidationError("--loop", text + ": IN is 0 or more, and OUT behind it");
+        throw WrongUsage(fmt::format("--loop {}: IN:OUT are two times in seconds, such as 1.5:4", text));
+    if (*in < 0) throw WrongUsage(fmt::format("--loop {}: IN must be 0 or more", text));
+    if (*out <= *in) throw WrongUsage(fmt::format("--loop {}: OUT must be later than IN", text));
     return {*in, *out};
 }
 
@@ -33,111 +45,43 @@ std::vector<int> readChannelMap(const std::string& text)
     std::vector<int> channels;
     for (double number : readReals(text).value_or(std::vector<double>{0.5})) {
         if (number != std::floor(number) || number < -1 || number >= 1024)
-            throw CLI::ValidationError(
-                "--channel-map", text + " is not a list of channels, as in 1,0: each counts from 0, -1 is "
-                                        "silence");
+            throw WrongUsage(fmt::format("--channel-map {}: this is not a list of channels, such as 1,0; "
+                                         "channels count from 0, and -1 is silence",
+                                         text));
         channels.push_back(int(number));
     }
     return channels;
 }
 
-void takeGains(PlayerOptions& options, const std::string& text)
-{
-    options.isCurveListWanted = text == curveList;
-    if (options.isCurveListWanted) return;
-    try {
-        options.gains = readGains(text);
-    } catch (const Failure& failure) {
-        throw CLI::ValidationError("--eq", failure.what());
-    }
-}
-
-} // namespace
-
-std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& options)
-{
-    const auto number = [&command](const char* name, std::optional<double>& place, const char* help,
-                                   const char* type) {
-        return command.add_option(name, place, help)->type_name(type);
-    };
-    const auto text = [&command](const char* name, std::function<void(const std::string&)> take,
-                                 const char* help, const char* type) {
-        return command.add_option_function<std::string>(name, std::move(take), help)->type_name(type);
-    };
-    std::vector<CLI::Option*> all = {
-        number("--rate", options.rate,
-               "Speed, rounded to hundredths: 2 is twice as fast [1]; 0.04 to 32, with varispeed 0.25 to 4",
-               "FACTOR"),
-        number("--pitch", options.pitch, "Higher or lower, in cents; an octave is 1200 [0]", "CENTS")
-            ->check(within(pitchRange)),
-        number("--volume", options.volume, "0 is silence, 1 leaves every sample as it is [1]", "FACTOR")
-            ->check(within(volumeRange)),
-        number("--pan", options.pan, "Of mono and stereo: -1 left only, 1 right only [0]", "SIDE")
-            ->check(within(panRange)),
-        text(
-            "--eq", [&options](const std::string& value) { takeGains(options, value); },
-            "31 gains from -20 to 20 dB with commas between, or the name of a curve; `--eq list` shows them",
-            "GAINS"),
-        text(
-            "--loop", [&options](const std::string& value) { options.loop = readLoop(value); },
-            "Begin at IN, and again at each OUT; in seconds", "IN:OUT"),
-        number("--start", options.start, "Begin there, in seconds of the file", "SECONDS")
-            ->check(inRange(0, 1e9)),
-        text(
-            "--channel-map",
-            [&options](const std::string& value) { options.channelMap = readChannelMap(value); },
-            "Which channel each of the device's plays: 1,0 swaps sides; they count from 0, -1 is silence",
-            "LIST"),
-        text(
-            "--unit",
-            [&options](const std::string& value) {
-                options.unit = value == "varispeed" ? RateUnit::varispeed : RateUnit::timePitch;
-            },
-            "What changes speed: time-pitch keeps the pitch, varispeed changes both as a tape does "
-            "[time-pitch]",
-            "UNIT")
-            ->check(CLI::IsMember({"time-pitch", "varispeed"})),
-        command.add_flag("--background", options.isInBackground,
-                         "Load in a thread of the library's while this program goes on"),
-    };
-    return all;
-}
-
-int showNamedCurves()
-{
-    std::fputs(printNamedCurves().c_str(), stdout);
-    return 0;
-}
-
-void checkTogether(const PlayerOptions& options)
+void checkCombination(const PlayerOptions& options)
 {
     const Range range = rateRange(options.unit);
     if (options.rate && !range.holds(*options.rate))
-        throw CLI::ValidationError(
-            "--rate", fmt::format("{} is not a number from {} to {}", *options.rate, range.low, range.high));
+        throw WrongUsage(
+            fmt::format("--rate: {} is not a number from {} to {}", *options.rate, range.low, range.high));
     if (options.unit == RateUnit::varispeed && options.rate && options.pitch)
-        throw CLI::ValidationError("--pitch",
-                                   "with --unit varispeed it is another word for --rate; give one of them");
+        throw WrongUsage("--pitch: with --unit varispeed, --rate and --pitch set the same value; give one of "
+                         "them");
     if (!options.start || !options.loop) return;
     if (*options.start < options.loop->in || *options.start >= options.loop->out)
-        throw CLI::ValidationError("--start",
-                                   fmt::format("{} is not in the loop, which goes from {} to {}",
-                                               *options.start, options.loop->in, options.loop->out));
+        throw WrongUsage(fmt::format("--start: {} is not in the loop, which goes from {} to {}",
+                                     *options.start, options.loop->in, options.loop->out));
 }
 
-void checkAgainstFile(const PlayerOptions& options, const std::string& path, double duration, int channels,
+void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, int channels,
                       int deviceChannels)
 {
+    const std::string& path = file.path;
+    const double duration = file.format.duration();
     if (options.start && *options.start >= duration)
-        throw Failure(
-            fmt::format("--start {} is not in front of the end of {}; give a time before {:.3f} seconds",
-                        *options.start, path, duration));
+        throw Failure(fmt::format("--start {}: {} is only {:.3f} s long; give a time before {:.3f} seconds",
+                                  *options.start, path, duration, duration));
     if (options.loop && options.loop->out > duration)
-        throw Failure(fmt::format("--loop ends at {}, behind the end of {}; give a time up to {:.3f} seconds",
-                                  options.loop->out, path, duration));
+        throw Failure(fmt::format("--loop {}:{}: {} is only {:.3f} s long; give a time up to {:.3f} seconds",
+                                  options.loop->in, options.loop->out, path, duration, duration));
     if (options.pan && *options.pan != 0 && channels != 2)
-        throw Failure(
-            fmt::format("--pan is for two channels and {} plays in {}; leave it out", path, channels));
+        throw Failure(fmt::format("--pan {}: --pan is for two channels and {} plays in {}; leave it out",
+                                  *options.pan, path, channels));
     if (!options.channelMap) return;
     if (options.channelMap->size() > std::size_t(deviceChannels))
         throw Failure(fmt::format("--channel-map names {} channels and the device has {}; name no more",
@@ -149,12 +93,33 @@ void checkAgainstFile(const PlayerOptions& options, const std::string& path, dou
                             channel, path, channels - 1));
 }
 
-void applyBeforeLoad(const PlayerOptions& options, FilePlayer& player)
+int channelsToLoad(int fileChannels, int deviceChannels)
 {
-    player.chooseRateUnit(options.unit);
+    return std::max(1, std::min(fileChannels == 1 ? 2 : fileChannels, deviceChannels));
 }
 
-void applyAfterLoad(const PlayerOptions& options, FilePlayer& player)
+std::int64_t loadFile(FilePlayer& player, const PlaylistFile& file, int channels,
+                      const PlayerOptions& options, Progress& progress,
+                      const std::function<void()>& whileLoading)
+{
+    player.chooseRateUnit(options.unit);
+    if (whileLoading)
+        player.loadInBackground(file.path, channels, whileLoading);
+    else if (options.isInBackground)
+        loadWithProgress(player, file.path, channels, progress);
+    else
+        player.load(file.path, channels);
+    return framesLoaded(player, file, progress);
+}
+
+std::int64_t framesLoaded(FilePlayer& player, const PlaylistFile& file, Progress& progress)
+{
+    if (player.holdsAll(file.format.frames)) return file.format.frames;
+    progress.warn(printDamage(file.path));
+    return countDecodedFrames(file.path);
+}
+
+void applyOptions(const PlayerOptions& options, FilePlayer& player)
 {
     if (options.rate) player.setRate(*options.rate);
     if (options.pitch) player.setPitch(*options.pitch);
@@ -167,7 +132,7 @@ void applyAfterLoad(const PlayerOptions& options, FilePlayer& player)
         player.setLoopOut(options.loop->out);
         player.setLooping(true);
     }
-    // The class jumps forward to the loop only behind the first slice: what is in front would be heard.
+    // The class jumps forward to the loop start only after the first slice, so the slice would be audible.
     if (options.start)
         player.seek(*options.start);
     else if (options.loop)

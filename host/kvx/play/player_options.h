@@ -1,47 +1,68 @@
-// What the user may set of the file player, on the command line and from there on the object.
+// The options of the file player: read from text, checked, and applied to a player.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/play/file_player.h"
+#include "host/kvx/play/playlist.h"
+#include "host/kvx/terminal/progress.h"
 
-#include <CLI/CLI.hpp>
-
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace kvx {
 
-/// Seconds of the file.
+/// Loop points, in seconds of the file.
 struct Loop {
     double in = 0, out = 0;
 };
 
-/// Only what the user gave is set; all else stays as the library has it.
+/// An option without a value leaves the library's default.
 struct PlayerOptions {
     std::optional<double> rate, pitch, volume, pan, start;
     std::optional<Loop> loop;
     std::optional<Gains> gains;
     std::optional<std::vector<int>> channelMap;
     RateUnit unit = RateUnit::timePitch;
-    bool isInBackground = false;
-    bool isCurveListWanted = false; ///< instead of any sound
+    bool isInBackground = false;    ///< whether to load on a background thread
+    bool isCurveListWanted = false; ///< whether to print the named curves instead of playing
 };
 
-/// Add them to a command. Returns all of them, for a command that has other ways, too.
-std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& options);
+/// Read "IN:OUT".
+/// Errors  throws WrongUsage.
+Loop readLoop(const std::string& text);
 
-/// Print the curves that --eq knows. Returns the exit code.
-int showNamedCurves();
+/// Read channel numbers separated by commas.
+/// Errors  throws WrongUsage.
+std::vector<int> readChannelMap(const std::string& text);
 
-/// What one option alone cannot tell. Throws CLI::ValidationError.
-void checkTogether(const PlayerOptions& options);
+/// Check the options that depend on each other.
+/// Errors  throws WrongUsage.
+void checkCombination(const PlayerOptions& options);
 
-/// What only the file can tell. `channels` are those that reach the device. Throws Failure with the range.
-void checkAgainstFile(const PlayerOptions& options, const std::string& path, double duration, int channels,
+/// Check the options that depend on the file and the device. `channels` is the number of channels to load.
+/// Errors  throws Failure with the accepted values.
+void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, int channels,
                       int deviceChannels);
 
-/// What is to be known to the object before the load, and all that comes after.
-void applyBeforeLoad(const PlayerOptions& options, FilePlayer& player);
-void applyAfterLoad(const PlayerOptions& options, FilePlayer& player);
+/// The number of channels to load: at most the channels of the file and of the device. Mono becomes stereo on
+/// a device with two channels or more, because the player would use the first channel of the device only.
+int channelsToLoad(int fileChannels, int deviceChannels);
+
+/// Load a file, and apply the options that precede the load. If `whileLoading` is set, the load uses a
+/// background thread, and the calling thread runs `whileLoading` repeatedly.
+/// Returns  the number of loaded frames, as framesLoaded().
+/// Errors   throws Failure.
+std::int64_t loadFile(FilePlayer& player, const PlaylistFile& file, int channels,
+                      const PlayerOptions& options, Progress& progress,
+                      const std::function<void()>& whileLoading = {});
+
+/// The number of frames that the player has loaded. Prints a warning if the file is damaged.
+/// Errors  throws Failure.
+std::int64_t framesLoaded(FilePlayer& player, const PlaylistFile& file, Progress& progress);
+
+/// Apply the options that follow the load.
+void applyOptions(const PlayerOptions& options, FilePlayer& player);
 
 } // namespace kvx

@@ -1,6 +1,6 @@
 #include "host/kvx/terminal/interrupt.h"
 
-#include "host/kvx/files/write_aside.h"
+#include "host/kvx/files/atomic_file.h"
 
 #include <cstddef>
 #include <iterator>
@@ -10,8 +10,7 @@ namespace kvx {
 namespace {
 
 volatile std::sig_atomic_t arrivedSignal = 0;
-void (*volatile workAtOnce)() = nullptr;
-
+void (*volatile firstSignalWork)() = nullptr;
 volatile std::sig_atomic_t mayHang = 0;
 
 constexpr unsigned longestHangSeconds = 5;
@@ -26,7 +25,7 @@ void handle(int signal, void (*handler)(int), struct sigaction* former)
 
 extern "C" void endProcess(int signal)
 {
-    removeUnfinishedFiles();
+    removeTemporaryFiles();
     std::signal(signal, SIG_DFL);
     raise(signal);
 }
@@ -38,7 +37,7 @@ extern "C" void noteSignal(int signal)
     arrivedSignal = signal;
     handle(signal, endProcess, nullptr);
     if (mayHang) alarm(longestHangSeconds);
-    if (workAtOnce) workAtOnce();
+    if (firstSignalWork) firstSignalWork();
 }
 
 } // namespace
@@ -46,11 +45,12 @@ extern "C" void noteSignal(int signal)
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
-    handle(SIGABRT, endProcess, &formerAbort_); // a library's assertion leaves no unfinished file either
+    handle(SIGABRT, endProcess,
+           &formerAbort_); // a failed assertion in a library must leave no temporary file
     for (std::size_t i = 0; i < std::size(signals_); ++i) {
         sigaction(signals_[i], nullptr, &former_[i]);
-        // nohup ignores SIGHUP for good; a shell ignores SIGINT in background jobs, where `kill -INT` still
-        // works.
+        // nohup ignores SIGHUP permanently. A shell ignores SIGINT in background jobs, but `kill -INT` must
+        // end them.
         const bool staysIgnored = signals_[i] == SIGHUP && former_[i].sa_handler == SIG_IGN;
         if (!staysIgnored) handle(signals_[i], noteSignal, nullptr);
     }
@@ -76,7 +76,7 @@ HangGuard::~HangGuard()
     sigaction(SIGALRM, &former_, nullptr);
 }
 
-void onFirstInterrupt(void (*work)()) { workAtOnce = work; }
+void onFirstInterrupt(void (*work)()) { firstSignalWork = work; }
 
 bool isInterrupted() { return arrivedSignal != 0; }
 

@@ -1,13 +1,14 @@
-// Ctrl-C, a polite request to end and a terminal that closes, as a flag to look at between two steps of work.
+// Signals that end a command: Ctrl-C, SIGTERM and a closed terminal set a flag that the command polls.
 #pragma once
 
 #include <csignal>
 
 namespace kvx {
 
-/// While one lives, SIGINT, SIGTERM and SIGHUP set the flag instead of ending the process, each once: the
-/// second of its kind removes unfinished files and ends the process. A SIGHUP that is ignored at construction
-/// stays ignored. An abort removes unfinished files first. One at a time. [main]
+/// While an object exists, the first SIGINT, SIGTERM or SIGHUP sets the flag of isInterrupted(); the second
+/// signal of the same number removes temporary files and ends the process. SIGABRT also removes temporary
+/// files. A SIGHUP that is ignored at construction stays ignored. Only one object may exist.
+/// [main]
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -20,9 +21,9 @@ private:
     struct sigaction former_[3], formerAbort_;
 };
 
-/// While one lives under an InterruptGuard, the process also ends if a signal came and the guarded call goes
-/// on for some seconds: for calls that cannot be interrupted, such as a load from a disk that does not
-/// answer. [main]
+/// Guards a call that cannot be interrupted, such as a load from a disk that does not respond: if the call
+/// continues for some seconds after the first signal, the process ends. Needs an InterruptGuard.
+/// [main]
 class HangGuard {
 public:
     HangGuard();
@@ -34,13 +35,16 @@ private:
     struct sigaction former_;
 };
 
+// All functions: [main].
+
+/// Whether a signal has arrived since the construction of the InterruptGuard.
 bool isInterrupted();
 
-/// Have the handler itself call `work` when a signal arrives, for what must not wait, since a second one ends
-/// the process. It may do what signal handlers may. Null: nothing, as at the start.
+/// Set a function that the signal handler calls at the first signal; null: no function. The function may do
+/// only what a signal handler may do.
 void onFirstInterrupt(void (*work)());
 
-/// The exit code that shells expect after the signal that came: 130 for Ctrl-C; 0 when none came.
+/// The exit code that shells expect after the signal, such as 130 after Ctrl-C; 0 without a signal.
 int interruptExitCode();
 
 } // namespace kvx

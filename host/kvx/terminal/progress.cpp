@@ -1,21 +1,41 @@
 #include "host/kvx/terminal/progress.h"
 
 #include "host/kvx/terminal/interrupt.h"
-#include "host/kvx/terminal/terminal.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/message.h"
 #include "host/kvx/text/terminal_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace kvx {
 namespace {
 
-constexpr const char* eraseToEnd = "\x1b[J"; // from the cursor to the end of the screen
+constexpr const char* eraseToEnd = "\x1b[J"; // erases from the cursor to the end of the screen
+
+constexpr double silenceDb = -120;
+
+float magnitudeOf(double db) { return db > silenceDb ? float(std::pow(10.0, db / 20.0)) : 0.0f; }
+
+/// The level; the text has the same width during a pause, so that the rest of the line does not move.
+std::string printSound(const PlayStatus& status)
+{
+    constexpr int places = 10; // a line without pitch and volume then fits in 80 columns
+    if (status.isPaused) return "[" + std::string(places, '-') + "]   paused";
+    return printLevel(magnitudeOf(status.level), places);
+}
+
+std::string printLoop(const PlayStatus& status)
+{
+    if (status.loopOut > status.loopIn)
+        return fmt::format("loop {}-{}{}", printTime(status.loopIn), printTime(status.loopOut),
+                           status.isLooping ? "" : " off");
+    return status.loopIn > 0 ? fmt::format("loop {}-", printTime(status.loopIn)) : "no loop";
+}
 
 } // namespace
 
@@ -38,14 +58,38 @@ std::string printLevel(float peak, int places)
                        std::string(std::size_t(places - lit), '-'), std::clamp(db, -99.9, 999.9));
 }
 
+std::string printPosition(double seconds, double totalSeconds, float peak)
+{
+    return fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)), printTime(totalSeconds),
+                       printLevel(peak));
+}
+
+std::string printPlayStatus(const PlayStatus& status)
+{
+    std::string line = fmt::format("  {} / {}  {}", printTime(std::min(status.position, status.duration)),
+                                   printTime(status.duration), printSound(status));
+    if (!status.note.empty()) line += "  " + status.note;
+    line += fmt::format("  rate {:.2f}  {}", status.rate, printLoop(status));
+    if (std::lround(status.pitch) != 0) line += fmt::format("  pitch {:+.0f}", status.pitch);
+    if (std::lround(status.volume * 100) != 100)
+        line += fmt::format("  volume {:.0f} %", status.volume * 100);
+    return line;
+}
+
+std::size_t terminalColumns(int file)
+{
+    winsize size = {};
+    return ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 Verbosity verbosityFor(bool isQuiet, std::FILE* out)
 {
     if (isQuiet) return Verbosity::quiet;
     return isatty(fileno(out)) ? Verbosity::live : Verbosity::plain;
 }
 
-// The cursor waits at the begin of the live line: wherever a terminal that is made narrower wraps it to, all
-// that stands of it is from there on.
+// The cursor rests at the first column of the live line. A terminal that becomes narrower wraps the line, and
+// the rest of the line is still after the cursor.
 void Progress::wipe()
 {
     if (isShown_) std::fputs(eraseToEnd, out_);
@@ -75,7 +119,7 @@ void Progress::say(const std::string& line)
 void Progress::warn(const std::string& line)
 {
     wipe();
-    flush(); // before the other stream's line, on a terminal that shows both
+    flush(); // before the line on stderr, because a terminal shows both streams
     printMessage(line);
     hasWarned_ = true;
 }
@@ -84,12 +128,6 @@ int Progress::exitCode() const
 {
     const int ofSignal = interruptExitCode();
     return ofSignal == 0 && hasWarned_ ? 1 : ofSignal;
-}
-
-void Progress::show(double seconds, double totalSeconds, float peak)
-{
-    showLine(fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)), printTime(totalSeconds),
-                         printLevel(peak)));
 }
 
 bool Progress::isTooSoon()
@@ -103,7 +141,7 @@ bool Progress::isTooSoon()
 bool Progress::showLine(const std::string& line)
 {
     if (verbosity_ != Verbosity::live || isTooSoon()) return false;
-    // The last column stays free: some terminals wrap as soon as it is written.
+    // The last column stays free, because some terminals wrap as soon as it is written.
     std::fputs((line.substr(0, terminalColumns(fileno(out_)) - 1) + eraseToEnd + "\r").c_str(), out_);
     isShown_ = true;
     flush();

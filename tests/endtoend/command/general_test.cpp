@@ -111,7 +111,7 @@ TEST(Kvx, SaysWhatItPlaysInPlainLinesWhereThereIsNoTerminal)
     EXPECT_EQ(result.err, "");
     for (const char* part :
          {"Playing one.wav: 48000 Hz, mono, 0:02.0", "Playing six.wav: 48000 Hz, 6 channels, 0:00.5",
-          "Of its 6 channels the first two are heard."})
+          "It plays the first 2 of its 6 channels."})
         EXPECT_NE(result.out.find(part), std::string::npos) << result.out;
     EXPECT_EQ(result.out.find('\r'), std::string::npos);
     EXPECT_EQ(folder.count(), 2u) << "nothing is kept that nobody asked for";

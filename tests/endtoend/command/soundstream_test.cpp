@@ -211,7 +211,7 @@ TEST_F(KvxSoundStream, SaysWhatItDoes)
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
     EXPECT_NE(result.out.find("Playing sound.wav: 44100 Hz, 6 channels, 0:01.0\n"
-                              "  Of its 6 channels the first two are heard.\n"
+                              "  It plays the first 2 of its 6 channels.\n"
                               "Done.\n"),
               std::string::npos)
         << result.out;

@@ -1,5 +1,5 @@
 // A signal sets a flag, the same one once more ends the process.
-#include "host/kvx/files/write_aside.h"
+#include "host/kvx/files/atomic_file.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "tests/support/temporary_folder.h"
 
@@ -37,7 +37,7 @@ TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
 TEST(InterruptDeathTest, AnAbortRemovesUnfinishedFiles)
 {
     const support::TemporaryFolder folder;
-    const std::string unfinished = kvx::asideOf(folder / "out.wav");
+    const std::string unfinished = kvx::temporaryPathFor(folder / "out.wav");
     const auto abortWhileWriting = [&] {
         const InterruptGuard guard;
         std::ofstream(unfinished) << "half";

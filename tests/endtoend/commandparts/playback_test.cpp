@@ -1,7 +1,7 @@
 // Parts of `kvx play` that a whole command cannot be brought to show: a device that refuses, something left
 // over.
 #include "host/kvx/library/library.h"
-#include "host/kvx/play/playback.h"
+#include "host/kvx/play/buffered_play.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
 #include "tests/endtoend/loaded_host.h"
@@ -39,7 +39,7 @@ TEST(PlaybackDeathTest, OnADeviceThatRefusesEndsWithAMessage)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100), folder / "a.wav");
-    const auto runs = kvx::planProgramme({folder / "a.wav"});
+    const kvx::Playlist playlist = kvx::planPlaylist({folder / "a.wav"});
     EXPECT_EXIT(
         {
             kvx::Library loaded(library());
@@ -47,8 +47,8 @@ TEST(PlaybackDeathTest, OnADeviceThatRefusesEndsWithAMessage)
             const KVXDeviceInfo info = makeDefault(device);
             KVXPlatformRefuseStart(device.id(), -50);
             try {
-                kvx::Playback playback(loaded.host(), runs[0], 1.0f);
-                playback.begin(info);
+                kvx::BufferedPlayer playback(loaded.host(), playlist[0], 1.0f);
+                playback.start(info);
             } catch (const kvx::Failure& failure) {
                 std::fprintf(stderr, "%s\n", failure.what());
                 std::_Exit(7);
@@ -61,15 +61,15 @@ TEST(Playback, StoppedEarlyDropsTheRest)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100 * 30), folder / "a.wav");
-    const auto runs = kvx::planProgramme({folder / "a.wav"});
+    const kvx::Playlist playlist = kvx::planPlaylist({folder / "a.wav"});
     kvx::Library loaded(library());
     {
         SteppedDevice device;
         const KVXDeviceInfo info = makeDefault(device);
-        kvx::Playback playback(loaded.host(), runs[0], 1.0f);
-        playback.begin(info);
+        kvx::BufferedPlayer playback(loaded.host(), playlist[0], 1.0f);
+        playback.start(info);
         device.step(44100);
-        EXPECT_TRUE(playback.turn());
+        EXPECT_TRUE(playback.advance());
         EXPECT_EQ(playback.position(), 44100.0);
         playback.stop();
         EXPECT_EQ(KVXPlatformStep(device.id(), 512), 0u) << "nobody is started";
@@ -83,14 +83,14 @@ TEST(Playback, ThatRanDryHadAGap)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 1, 44100 * 30), folder / "a.wav");
-    const auto runs = kvx::planProgramme({folder / "a.wav"});
+    const kvx::Playlist playlist = kvx::planPlaylist({folder / "a.wav"});
     kvx::Library loaded(library());
     SteppedDevice device;
     const KVXDeviceInfo info = makeDefault(device);
-    kvx::Playback playback(loaded.host(), runs[0], 1.0f);
-    playback.begin(info);
+    kvx::BufferedPlayer playback(loaded.host(), playlist[0], 1.0f);
+    playback.start(info);
     device.step(44100 * 25); // all that was queued ahead, and more
-    EXPECT_TRUE(playback.turn());
+    EXPECT_TRUE(playback.advance());
     EXPECT_TRUE(playback.hadGap());
 }
 

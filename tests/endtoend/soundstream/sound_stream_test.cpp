@@ -1,7 +1,7 @@
 // Classic sound code against the library's sound component, in the test's own process: what the mixer makes
 // of several sources, and what is left over.
 #include "host/kvx/library/library.h"
-#include "host/kvx/play/sound_bridge.h"
+#include "host/kvx/play/classic_play.h"
 #include "host/soundclient/sound_output.h"
 #include "tests/endtoend/loaded_host.h"
 

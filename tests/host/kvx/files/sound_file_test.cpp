@@ -1,5 +1,3 @@
-// Sound files as the command reads them.
-#include "host/kvx/files/file_failure.h"
 #include "host/kvx/files/sound_file.h"
 #include "host/kvx/text/failure.h"
 #include "tests/support/sound_samples.h"
@@ -19,7 +17,7 @@ namespace {
 
 using kvx::SoundFile;
 
-TEST(SoundFile, TellsWhatIsHeard)
+TEST(SoundFile, ReportsRateChannelsAndFrames)
 {
     support::TemporaryFolder folder;
     for (int channels : {1, 2, 3, 6}) {
@@ -32,7 +30,7 @@ TEST(SoundFile, TellsWhatIsHeard)
     }
 }
 
-TEST(SoundFile, GivesTheFirstTwoOfMoreChannels)
+TEST(SoundFile, ReadsTheFirstTwoOfMoreChannels)
 {
     support::TemporaryFolder folder;
     support::writeSound({8000, 3, {1, 2, 3, 4, 5, 6}}, folder / "a.wav");
@@ -42,14 +40,14 @@ TEST(SoundFile, GivesTheFirstTwoOfMoreChannels)
     EXPECT_EQ(samples, (std::vector<float>{1, 2, 4, 5, -1, -1, -1, -1}));
 }
 
-// A writer that cannot go back leaves a length that stands for none: such a file ends where it ends.
-TEST(SoundFile, OfAWriterThatCouldNotGoBackIsWhole)
+// A writer that streams cannot seek back to the header, so the header contains the length 0xFFFFFFFF.
+TEST(SoundFile, WithoutALengthInItsHeaderIsReadToItsEnd)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 1, 1000), folder / "a.wav",
                         SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::fstream file(folder / "a.wav", std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(40); // the length of the data chunk
+    file.seekp(40); // position of the data chunk's length
     file.write("\xff\xff\xff\xff", 4);
     file.close();
     SoundFile sound(folder / "a.wav");
@@ -57,7 +55,7 @@ TEST(SoundFile, OfAWriterThatCouldNotGoBackIsWhole)
     EXPECT_EQ(sound.read(samples.data(), 2000), 1000u);
 }
 
-TEST(SoundFile, ReadsAsOtherToolsDoBitForBit)
+TEST(SoundFile, ReadsTheSameSamplesAsLibsndfile)
 {
     support::TemporaryFolder folder;
     const struct {
@@ -91,7 +89,7 @@ TEST(SoundFile, ReadsAsOtherToolsDoBitForBit)
     }
 }
 
-TEST(SoundFile, CutByOneFrameReadsTheRest)
+TEST(SoundFile, CutByOneFrameReadsAllOtherFrames)
 {
     support::TemporaryFolder folder;
     for (int format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_WAV | SF_ENDIAN_BIG | SF_FORMAT_PCM_16,
@@ -111,12 +109,12 @@ TEST(SoundFile, CutByOneFrameReadsTheRest)
         std::vector<float> samples(1000, 2.0f);
         EXPECT_EQ(file.read(samples.data(), 1000), 999u);
         EXPECT_TRUE(std::equal(samples.begin(), samples.begin() + 999, whole.begin()));
-        EXPECT_EQ(samples[999], 2.0f) << "written past the end";
-        EXPECT_FALSE(file.isDamaged()) << "the frames that are there all decode";
+        EXPECT_EQ(samples[999], 2.0f) << "nothing is written past the end";
+        EXPECT_FALSE(file.isDamaged()) << "all remaining frames decode";
     }
 }
 
-TEST(SoundFile, DamagedInTheMiddleIsReportedAfterReading)
+TEST(SoundFile, ReportsDamageInTheMiddleAfterReading)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 1, 100000), folder / "a.flac",
@@ -129,7 +127,7 @@ TEST(SoundFile, DamagedInTheMiddleIsReportedAfterReading)
     SoundFile file(folder / "a.flac");
     std::vector<float> samples(100000);
     const std::size_t got = file.read(samples.data(), samples.size());
-    EXPECT_GT(got, 30000u) << "what comes before the damage";
+    EXPECT_GT(got, 30000u) << "the frames before the damage";
     EXPECT_LT(got, 100000u);
     EXPECT_TRUE(file.isDamaged());
     EXPECT_FALSE(file.format().isCutShort);
@@ -157,8 +155,8 @@ std::string textOf(const std::exception_ptr& exception)
 
 std::string refusalOf(const std::string& path) { return textOf(exceptionOf(path)); }
 
-// Among them are rates whose product with 4 seconds, or with 4 or 8 bytes a frame, wraps in 32 bits.
-TEST(FileFailure, OfAnAbsurdRateNamesTheLimits)
+// Some of the rates overflow 32 bits when multiplied by 4 seconds, or by 4 or 8 bytes per frame.
+TEST(SoundFile, RefusesRatesOutOfRangeAndNamesTheLimits)
 {
     support::TemporaryFolder folder;
     for (std::uint32_t rate :
@@ -174,7 +172,7 @@ TEST(FileFailure, OfAnAbsurdRateNamesTheLimits)
         }
 }
 
-TEST(FileFailure, OfTooManyOpenFilesSaysSo)
+TEST(SoundFile, ReportsTooManyOpenFiles)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 1, 10), folder / "a.wav");
@@ -182,9 +180,9 @@ TEST(FileFailure, OfTooManyOpenFilesSaysSo)
     rlimit former = {};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
     rlimit few = former;
-    few.rlim_cur = rlim_t(dup(0)); // the lowest free descriptor, and with it all below, is taken
+    few.rlim_cur = rlim_t(dup(0)); // all descriptors below the lowest free one are in use
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-    const auto refusal = exceptionOf(folder / "a.wav"); // a sanitizer needs descriptors to look at it
+    const auto refusal = exceptionOf(folder / "a.wav"); // examined later, because sanitizers need descriptors
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
     close(int(few.rlim_cur));
     EXPECT_EQ(textOf(refusal),
@@ -192,7 +190,7 @@ TEST(FileFailure, OfTooManyOpenFilesSaysSo)
                                                "limit with `ulimit -n`"));
 }
 
-TEST(FileFailure, NamesThePartsThatAreMissing)
+TEST(SoundFile, NamesMissingParts)
 {
     kvx::SoundFormat format;
     format.frames = 999;
@@ -210,6 +208,47 @@ TEST(FileFailure, NamesThePartsThatAreMissing)
             "a.wav is cut short: it holds 999 of the 1000 frames that its header states; get the file again",
             "a.wav plays in part: 1 of its chained streams cannot be decoded or has another sample rate or "
             "number of channels; split it into files"}));
+}
+
+#define E_ACUTE "\xc3\xa9"
+#define E_AND_ACUTE "e\xcc\x81"
+
+TEST(PathOnDisk, FindsComposedAndDecomposedNames)
+{
+    const struct {
+        const char *onDisk, *requested, *found, *why;
+    } facts[] = {
+        {E_ACUTE ".wav", E_ACUTE ".wav", E_ACUTE ".wav", "the same composed form"},
+        {E_AND_ACUTE ".wav", E_AND_ACUTE ".wav", E_AND_ACUTE ".wav", "the same decomposed form"},
+        {E_ACUTE ".wav", E_AND_ACUTE ".wav", E_ACUTE ".wav", "composed on the disk"},
+        {E_AND_ACUTE ".wav", E_ACUTE ".wav", E_AND_ACUTE ".wav", "decomposed on the disk"},
+        {E_ACUTE "/" E_AND_ACUTE ".wav", E_AND_ACUTE "/" E_ACUTE ".wav", E_ACUTE "/" E_AND_ACUTE ".wav",
+         "folder and file in different forms"},
+        {"e.wav", E_ACUTE ".wav", E_ACUTE ".wav", "a letter without accent is a different letter"},
+        {E_ACUTE ".wav", "\xe9.wav", "\xe9.wav", "invalid UTF-8 has no other form"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        support::TemporaryFolder folder;
+        const std::filesystem::path file = folder / fact.onDisk;
+        std::filesystem::create_directories(file.parent_path());
+        std::ofstream(file) << "x";
+        EXPECT_EQ(kvx::pathOnDisk(folder / fact.requested), folder / fact.found);
+    }
+}
+
+TEST(PathOnDisk, PrefersTheRequestedForm)
+{
+    support::TemporaryFolder folder;
+    for (const char* name : {E_ACUTE, E_AND_ACUTE}) std::ofstream(folder / name) << "x";
+    EXPECT_EQ(kvx::pathOnDisk(folder / E_ACUTE), folder / E_ACUTE);
+    EXPECT_EQ(kvx::pathOnDisk(folder / E_AND_ACUTE), folder / E_AND_ACUTE);
+}
+
+TEST(PathOnDisk, ReturnsAMissingPathUnchanged)
+{
+    for (const char* path : {"", "/", ".", "no/such/" E_ACUTE, "/no//such/../" E_ACUTE "/"})
+        EXPECT_EQ(kvx::pathOnDisk(path), path);
 }
 
 } // namespace

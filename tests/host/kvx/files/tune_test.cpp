@@ -1,4 +1,3 @@
-// The tune that is played when nobody names a file.
 #include "host/kvx/files/tune.h"
 #include "host/kvx/text/failure.h"
 #include "tests/support/sound_samples.h"
@@ -11,7 +10,7 @@
 
 namespace {
 
-TEST(Tune, IsShortClearOfFullScaleAndSilentAtTheEnd)
+TEST(Tune, IsShortBelowFullScaleAndSilentAtBothEnds)
 {
     const auto tune = kvx::composeTune();
     const double seconds = double(tune.size()) / kvx::tuneChannels / kvx::tuneSampleRate;
@@ -25,15 +24,15 @@ TEST(Tune, IsShortClearOfFullScaleAndSilentAtTheEnd)
     }
     EXPECT_LE(peak, 0.7001f);
     EXPECT_GT(peak, 0.6f);
-    EXPECT_GT(sum / float(tune.size()), 0.01f) << "it is heard";
+    EXPECT_GT(sum / float(tune.size()), 0.01f) << "the tune is audible";
     EXPECT_LT(step, 0.3f) << "no clicks";
     EXPECT_EQ(tune.front(), 0.0f);
     EXPECT_LT(std::fabs(tune.back()), 1e-4f);
 }
 
-TEST(Tune, IsTheSameEveryTime) { EXPECT_EQ(kvx::composeTune(), kvx::composeTune()); }
+TEST(Tune, IsTheSameEachTime) { EXPECT_EQ(kvx::composeTune(), kvx::composeTune()); }
 
-TEST(Tune, IsWrittenAsAFileOf16Bits)
+TEST(Tune, IsWrittenAsPcm16)
 {
     support::TemporaryFolder folder;
     kvx::writeTune(folder / "tune.wav");
@@ -45,7 +44,7 @@ TEST(Tune, IsWrittenAsAFileOf16Bits)
     for (std::size_t i = 0; i < tune.size(); ++i) ASSERT_NEAR(sound.samples[i], tune[i], 1.5 / 32768) << i;
 }
 
-TEST(Tune, CannotBeWrittenWhereThereIsNoFolder)
+TEST(Tune, CannotBeWrittenIntoAMissingFolder)
 {
     support::TemporaryFolder folder;
     EXPECT_THROW(kvx::writeTune(folder / "no/tune.wav"), kvx::Failure);

@@ -1,4 +1,3 @@
-// Gains of the equaliser, by name and by number.
 #include "host/kvx/play/equaliser_curve.h"
 #include "host/kvx/text/failure.h"
 
@@ -9,7 +8,7 @@
 
 namespace {
 
-std::string list(std::size_t count, const std::string& value)
+std::string repeated(std::size_t count, const std::string& value)
 {
     std::string text = value;
     for (std::size_t i = 1; i < count; ++i) text += "," + value;
@@ -26,7 +25,7 @@ std::string refusalOf(const std::string& text)
     return "";
 }
 
-TEST(EqualiserCurve, HasNamesThatDifferAndGainsInRange)
+TEST(NamedCurves, HaveDifferentNamesAndGainsInRange)
 {
     std::set<std::string> names;
     const kvx::NamedCurves curves = kvx::namedCurves();
@@ -41,23 +40,23 @@ TEST(EqualiserCurve, HasNamesThatDifferAndGainsInRange)
         EXPECT_EQ(kvx::readGains(curve.name), curve.gains);
         EXPECT_NE(kvx::printNamedCurves().find(std::string(curve.name) + " "), std::string::npos);
     }
-    EXPECT_EQ(names.count("list"), 0u) << "the word for the list itself";
+    EXPECT_EQ(names.count("list"), 0u) << "`--eq list` prints the names";
     EXPECT_EQ(kvx::readGains("flat"), kvx::Gains{});
     EXPECT_EQ(kvx::readGains("Flat"), kvx::Gains{});
 }
 
-TEST(EqualiserCurve, TakesOneGainForEachBand)
+TEST(ReadGains, ReadsOneGainPerBand)
 {
-    std::string text = list(30, "0") + ",-20";
+    std::string text = repeated(30, "0") + ",-20";
     EXPECT_EQ(kvx::readGains(text)[30], -20.0);
-    EXPECT_EQ(kvx::readGains(list(31, "20"))[0], 20.0);
+    EXPECT_EQ(kvx::readGains(repeated(31, "20"))[0], 20.0);
     const struct {
         std::string text, says;
     } facts[] = {
-        {list(30, "0"), "30 gains are given and the equaliser has 31 bands"},
-        {list(32, "0"), "32 gains are given"},
-        {list(31, "20.01"), "gains go from -20 to 20 dB"},
-        {list(31, "-20.01"), "gains go from -20 to 20 dB"},
+        {repeated(30, "0"), "30 gains are given and the equaliser has 31 bands"},
+        {repeated(32, "0"), "32 gains are given"},
+        {repeated(31, "20.01"), "gains go from -20 to 20 dB"},
+        {repeated(31, "-20.01"), "gains go from -20 to 20 dB"},
         {"nosuch", "nosuch is neither a curve nor a list of gains; the curves are flat, bass"},
         {"", "is neither"},
         {"fla", "fla is neither"},

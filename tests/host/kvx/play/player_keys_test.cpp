@@ -1,11 +1,10 @@
-// Steps that keys make.
 #include "host/kvx/play/player_keys.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-TEST(PlayerKeys, StepOnTheGridAndStayInRange)
+TEST(Stepped, RoundsToMultiplesOfTheStepWithinTheRange)
 {
     const struct {
         double value, step;
@@ -13,17 +12,17 @@ TEST(PlayerKeys, StepOnTheGridAndStayInRange)
         double moved;
         const char* why;
     } facts[] = {
-        {1, 0.05, {0.04, 32}, 1.05, "up"},
-        {1, -0.05, {0.04, 32}, 0.95, "down"},
-        {double(0.95f), 0.05, {0, 1}, 1.0, "what single precision left is mended"},
-        {double(0.15f), -0.05, {0, 1}, 0.1, "likewise"},
-        {1, 0.05, {0, 1}, 1, "the top"},
-        {0, -0.05, {0, 1}, 0, "the foot"},
-        {0.98, 0.05, {0, 1}, 1, "no step beyond"},
-        {0.05, -0.05, {0.04, 32}, 0.04, "nor below"},
-        {0.07, 0.05, {0, 1}, 0.12, "what the user chose between stays between"},
-        {-50, 100, {-2400, 2400}, 50, "likewise"},
-        {2400, 100, {-2400, 2400}, 2400, "two octaves"},
+        {1, 0.05, {0.04, 32}, 1.05, "one step up"},
+        {1, -0.05, {0.04, 32}, 0.95, "one step down"},
+        {double(0.95f), 0.05, {0, 1}, 1.0, "an error of single precision is removed"},
+        {double(0.15f), -0.05, {0, 1}, 0.1, "also downwards"},
+        {1, 0.05, {0, 1}, 1, "the upper limit"},
+        {0, -0.05, {0, 1}, 0, "the lower limit"},
+        {0.98, 0.05, {0, 1}, 1, "clamped to the upper limit"},
+        {0.05, -0.05, {0.04, 32}, 0.04, "clamped to the lower limit"},
+        {0.07, 0.05, {0, 1}, 0.12, "a value between two multiples stays between two multiples"},
+        {-50, 100, {-2400, 2400}, 50, "also with larger steps"},
+        {2400, 100, {-2400, 2400}, 2400, "two octaves is the limit"},
     };
     for (const auto& fact : facts)
         EXPECT_NEAR(kvx::stepped(fact.value, fact.step, fact.range), fact.moved, 1e-9) << fact.why;

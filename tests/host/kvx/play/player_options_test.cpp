@@ -1,16 +1,18 @@
-// The file player's options: what is read, and what is refused with the range.
-#include "host/kvx/play/file_play.h"
+#include "host/kvx/play/command_line.h"
 #include "host/kvx/play/player_options.h"
 
 #include "host/kvx/text/failure.h"
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace {
 
 using Arguments = std::vector<std::string>;
 
-/// Reads as a command would; the text of the refusal, "" if there is none.
+/// Parse a command line.
+/// Returns  the text of the error; "" without an error.
 std::string read(const Arguments& arguments, kvx::PlayerOptions& options)
 {
     CLI::App app("test", "test");
@@ -18,14 +20,14 @@ std::string read(const Arguments& arguments, kvx::PlayerOptions& options)
     Arguments reversed(arguments.rbegin(), arguments.rend());
     try {
         app.parse(reversed);
-        kvx::checkTogether(options);
-    } catch (const CLI::ParseError& error) {
+        kvx::checkCombination(options);
+    } catch (const std::runtime_error& error) {
         return error.what();
     }
     return "";
 }
 
-TEST(PlayerOptions, AreUnsetUntilTheUserSetsThem)
+TEST(PlayerOptions, HaveNoValueByDefault)
 {
     kvx::PlayerOptions options;
     EXPECT_EQ(read({}, options), "");
@@ -35,7 +37,7 @@ TEST(PlayerOptions, AreUnsetUntilTheUserSetsThem)
     EXPECT_FALSE(options.isInBackground || options.isCurveListWanted);
 }
 
-TEST(PlayerOptions, AreReadAsWritten)
+TEST(PlayerOptions, AreReadFromTheCommandLine)
 {
     kvx::PlayerOptions options;
     EXPECT_EQ(read({"--rate", "1.5", "--pitch", "-1200", "--volume", "0.25", "--pan", "-1", "--start", "1.25",
@@ -55,16 +57,16 @@ TEST(PlayerOptions, AreReadAsWritten)
     EXPECT_EQ(options.channelMap, std::vector<int>({-1, 0, 1}));
     EXPECT_TRUE(options.isInBackground);
 
-    kvx::PlayerOptions tape;
-    EXPECT_EQ(read({"--unit", "varispeed", "--pitch", "2400"}, tape), "");
-    EXPECT_EQ(tape.unit, kvx::RateUnit::varispeed);
+    kvx::PlayerOptions varispeed;
+    EXPECT_EQ(read({"--unit", "varispeed", "--pitch", "2400"}, varispeed), "");
+    EXPECT_EQ(varispeed.unit, kvx::RateUnit::varispeed);
     kvx::PlayerOptions curves;
     EXPECT_EQ(read({"--eq", "list"}, curves), "");
     EXPECT_TRUE(curves.isCurveListWanted);
     EXPECT_FALSE(curves.gains);
 }
 
-TEST(PlayerOptions, TakeTheEdgesOfTheirRanges)
+TEST(PlayerOptions, AcceptTheLimitsOfTheirRanges)
 {
     for (const Arguments& arguments : std::vector<Arguments>{
              {"--rate", "0.04"},
@@ -87,11 +89,11 @@ TEST(PlayerOptions, TakeTheEdgesOfTheirRanges)
     }
 }
 
-TEST(PlayerOptions, RefuseWhatIsOutsideAndSayTheRange)
+TEST(PlayerOptions, RefuseOtherValuesAndNameTheRange)
 {
     const struct {
         Arguments arguments;
-        const char* says;
+        const char* text;
     } facts[] = {
         {{"--rate", "0.03"}, "0.03 is not a number from 0.04 to 32"},
         {{"--rate", "32.01"}, "from 0.04 to 32"},
@@ -109,9 +111,9 @@ TEST(PlayerOptions, RefuseWhatIsOutsideAndSayTheRange)
         {{"--loop", "1"}, "IN:OUT"},
         {{"--loop", "1:"}, "IN:OUT"},
         {{"--loop", "a:b"}, "IN:OUT"},
-        {{"--loop", "2:2"}, "OUT behind it"},
-        {{"--loop", "2:1"}, "OUT behind it"},
-        {{"--loop", "-1:1"}, "0 or more"},
+        {{"--loop", "2:2"}, "OUT must be later than IN"},
+        {{"--loop", "2:1"}, "OUT must be later than IN"},
+        {{"--loop", "-1:1"}, "IN must be 0 or more"},
         {{"--loop", "1:2", "--start", "2"}, "the loop, which goes from 1 to 2"},
         {{"--loop", "1:2", "--start", "0.9"}, "the loop, which goes from 1 to 2"},
         {{"--eq", "1,2,3"}, "31 bands"},
@@ -124,16 +126,19 @@ TEST(PlayerOptions, RefuseWhatIsOutsideAndSayTheRange)
     };
     for (const auto& fact : facts) {
         kvx::PlayerOptions options;
-        const std::string text = read(fact.arguments, options);
-        EXPECT_NE(text.find(fact.says), std::string::npos)
-            << testing::PrintToString(fact.arguments) << ": " << text;
+        const std::string error = read(fact.arguments, options);
+        EXPECT_NE(error.find(fact.text), std::string::npos)
+            << testing::PrintToString(fact.arguments) << ": " << error;
     }
 }
 
 std::string againstFile(const kvx::PlayerOptions& options, double duration, int channels, int deviceChannels)
 {
     try {
-        kvx::checkAgainstFile(options, "a.wav", duration, channels, deviceChannels);
+        kvx::SoundFormat format;
+        format.sampleRate = 1000;
+        format.frames = std::int64_t(duration * 1000);
+        kvx::checkAgainstFile(options, {"a.wav", format}, channels, deviceChannels);
     } catch (const kvx::Failure& failure) {
         return failure.what();
     }
@@ -148,19 +153,19 @@ TEST(PlayerOptions, AreCheckedAgainstTheFile)
     options.loop = kvx::Loop{0.5, 1};
     options.pan = 0.5;
     options.channelMap = {1, 0};
-    EXPECT_EQ(againstFile(options, 1, 2, 2), "") << "a loop may end where the file does";
+    EXPECT_EQ(againstFile(options, 1, 2, 2), "") << "a loop may end at the end of the file";
 
     const struct {
         void (*change)(kvx::PlayerOptions&);
         int channels, deviceChannels;
-        const char* says;
+        const char* text;
     } facts[] = {
         {[](auto& o) { o.start = 1; }, 2, 2,
-         "--start 1 is not in front of the end of a.wav; give a time before 1.000 seconds"},
+         "--start 1: a.wav is only 1.000 s long; give a time before 1.000 seconds"},
         {[](auto& o) {
              o.loop = kvx::Loop{0.5, 1.001};
          },
-         2, 2, "--loop ends at 1.001, behind the end of a.wav; give a time up to 1.000 seconds"},
+         2, 2, "--loop 0.5:1.001: a.wav is only 1.000 s long; give a time up to 1.000 seconds"},
         {[](auto& o) { o.pan = 1; }, 1, 2, "--pan is for two channels and a.wav plays in 1"},
         {[](auto& o) { o.pan = 1; }, 6, 6, "--pan is for two channels"},
         {[](auto& o) {
@@ -175,28 +180,28 @@ TEST(PlayerOptions, AreCheckedAgainstTheFile)
     for (const auto& fact : facts) {
         kvx::PlayerOptions each;
         fact.change(each);
-        const std::string text = againstFile(each, 1, fact.channels, fact.deviceChannels);
-        EXPECT_NE(text.find(fact.says), std::string::npos) << text;
+        const std::string error = againstFile(each, 1, fact.channels, fact.deviceChannels);
+        EXPECT_NE(error.find(fact.text), std::string::npos) << error;
     }
     kvx::PlayerOptions centre;
     centre.pan = 0;
-    EXPECT_EQ(againstFile(centre, 1, 6, 6), "") << "the middle is where all channels are";
+    EXPECT_EQ(againstFile(centre, 1, 6, 6), "") << "pan 0 changes nothing";
 }
 
-TEST(PlayerOptions, ChannelsToLoadFitFileAndDevice)
+TEST(ChannelsToLoad, FitFileAndDevice)
 {
     const struct {
         int file, device, load;
         const char* why;
     } facts[] = {
-        {1, 2, 2, "mono is heard on both sides"},
-        {1, 1, 1, "where there are two"},
-        {2, 2, 2, "as it is"},
-        {2, 1, 1, "no more than the device has"},
-        {6, 2, 2, "likewise"},
-        {6, 6, 6, "all of them"},
-        {6, 8, 6, "and no more than the file has"},
-        {2, 0, 1, "a device that lost its channels"},
+        {1, 2, 2, "mono plays on both sides"},
+        {1, 1, 1, "a mono device"},
+        {2, 2, 2, "stereo"},
+        {2, 1, 1, "the device limits the channels"},
+        {6, 2, 2, "the device limits the channels"},
+        {6, 6, 6, "all channels"},
+        {6, 8, 6, "the file limits the channels"},
+        {2, 0, 1, "a device that has lost its channels"},
     };
     for (const auto& fact : facts)
         EXPECT_EQ(kvx::channelsToLoad(fact.file, fact.device), fact.load) << fact.why;

@@ -1,14 +1,16 @@
-// Time and level as the user reads them.
 #include "host/kvx/terminal/progress.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <limits>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace {
 
-TEST(Progress, PrintsTime)
+TEST(PrintTime, CutsOffTenths)
 {
     const struct {
         double seconds;
@@ -16,19 +18,19 @@ TEST(Progress, PrintsTime)
         const char* why;
     } facts[] = {
         {0, "0:00.0", "the start"},
-        {0.05, "0:00.0", "cut, not rounded"},
-        {7.39, "0:07.3", "seconds have two places"},
-        {59.99, "0:59.9", "the edge of a minute"},
-        {60, "1:00.0", "likewise"},
-        {3599.9, "59:59.9", "the edge of an hour"},
-        {3600, "1:00:00.0", "likewise"},
-        {36061.5, "10:01:01.5", "minutes of an hour have two places"},
-        {-1, "0:00.0", "nothing lies before the start"},
+        {0.05, "0:00.0", "cut off, not rounded"},
+        {7.39, "0:07.3", "seconds have two digits"},
+        {59.99, "0:59.9", "just below a minute"},
+        {60, "1:00.0", "one minute"},
+        {3599.9, "59:59.9", "just below an hour"},
+        {3600, "1:00:00.0", "one hour"},
+        {36061.5, "10:01:01.5", "after an hour, minutes have two digits"},
+        {-1, "0:00.0", "negative times print as the start"},
     };
     for (const auto& fact : facts) EXPECT_EQ(kvx::printTime(fact.seconds), fact.text) << fact.why;
 }
 
-TEST(Progress, PrintsLevel)
+TEST(PrintLevel, PrintsABarAndANumber)
 {
     const struct {
         float peak;
@@ -36,21 +38,109 @@ TEST(Progress, PrintsLevel)
         const char* why;
     } facts[] = {
         {1.0f, "[####################]   0.0 dB", "full scale"},
-        {2.0f, "[####################]   6.0 dB", "beyond it the figures go on, the bar does not"},
-        {0.5f, "[##################--]  -6.0 dB", "half"},
-        {0.00099f, "[--------------------] -60.1 dB", "below the bar's foot"},
-        {0.00101f, "[#-------------------] -59.9 dB", "just above it"},
-        {1e-9f, "[--------------------] -99.9 dB", "the figures keep their width"},
-        {0.0f, "[--------------------]   silent", "silence has no level"},
-        {std::numeric_limits<float>::quiet_NaN(), "[--------------------]   silent",
-         "nor has what is no number"},
+        {2.0f, "[####################]   6.0 dB", "above full scale, the bar is full"},
+        {0.5f, "[##################--]  -6.0 dB", "half of full scale"},
+        {0.00099f, "[--------------------] -60.1 dB", "below the range of the bar"},
+        {0.00101f, "[#-------------------] -59.9 dB", "just above the lower limit of the bar"},
+        {1e-9f, "[--------------------] -99.9 dB", "the number has a lower limit"},
+        {0.0f, "[--------------------]   silent", "silence"},
+        {std::numeric_limits<float>::quiet_NaN(), "[--------------------]   silent", "NaN"},
     };
     for (const auto& fact : facts) EXPECT_EQ(kvx::printLevel(fact.peak), fact.text) << fact.why;
     EXPECT_EQ(kvx::printLevel(std::numeric_limits<float>::infinity()).substr(0, 22),
               "[####################]");
 }
 
-// What is written to a file instead of a terminal.
+TEST(PrintPosition, PrintsAtMostTheTotalTime)
+{
+    EXPECT_EQ(kvx::printPosition(11, 10, 0), "  0:10.0 / 0:10.0  [--------------------]   silent");
+}
+
+kvx::PlayStatus playing()
+{
+    kvx::PlayStatus status;
+    status.position = 2.45;
+    status.duration = 6.5;
+    status.level = -9.3;
+    return status;
+}
+
+TEST(PlayStatus, PrintsPositionLevelRateAndLoop)
+{
+    EXPECT_EQ(kvx::printPlayStatus(playing()),
+              "  0:02.4 / 0:06.5  [#########-]  -9.3 dB  rate 1.00  no loop");
+}
+
+TEST(PlayStatus, PrintsSettingsThatDifferFromTheDefault)
+{
+    const struct {
+        void (*change)(kvx::PlayStatus&);
+        const char* afterLevel;
+        const char* why;
+    } facts[] = {
+        {[](auto& s) { s.rate = 0.5; }, "rate 0.50  no loop", "slower"},
+        {[](auto& s) { s.pitch = -100; }, "rate 1.00  no loop  pitch -100", "lower"},
+        {[](auto& s) { s.pitch = 700; }, "rate 1.00  no loop  pitch +700", "higher"},
+        {[](auto& s) { s.volume = 0.5; }, "rate 1.00  no loop  volume 50 %", "softer"},
+        {[](auto& s) { s.volume = 0.999; }, "rate 1.00  no loop", "rounded to full volume"},
+        {[](auto& s) { s.loopIn = 1, s.loopOut = 3, s.isLooping = true; }, "rate 1.00  loop 0:01.0-0:03.0",
+         "a loop"},
+        {[](auto& s) { s.loopOut = 3; }, "rate 1.00  loop 0:00.0-0:03.0 off", "loop points without looping"},
+        {[](auto& s) { s.loopIn = s.loopOut = 3; }, "rate 1.00  loop 0:03.0-",
+         "a loop start without a loop end"},
+        {[](auto& s) { s.note = "a note"; }, "a note  rate 1.00  no loop", "a note precedes the rate"},
+    };
+    for (const auto& fact : facts) {
+        kvx::PlayStatus status = playing();
+        fact.change(status);
+        EXPECT_EQ(kvx::printPlayStatus(status),
+                  std::string("  0:02.4 / 0:06.5  [#########-]  -9.3 dB  ") + fact.afterLevel)
+            << fact.why;
+    }
+}
+
+TEST(PlayStatus, PrintsNoLevelForSilenceAndPauses)
+{
+    kvx::PlayStatus status = playing();
+    status.level = -120;
+    EXPECT_NE(kvx::printPlayStatus(status).find("[----------]   silent"), std::string::npos);
+    status.level = -9.3;
+    status.isPaused = true;
+    EXPECT_EQ(kvx::printPlayStatus(status), "  0:02.4 / 0:06.5  [----------]   paused  rate 1.00  no loop");
+}
+
+TEST(PlayStatus, FitsInEightyColumnsWithALoop)
+{
+    kvx::PlayStatus status = playing();
+    status.loopIn = 1, status.loopOut = 3;
+    EXPECT_LT(kvx::printPlayStatus(status).size(), 80u);
+}
+
+TEST(PlayStatus, PrintsAtMostTheDuration)
+{
+    kvx::PlayStatus status = playing();
+    status.position = 7;
+    EXPECT_EQ(kvx::printPlayStatus(status).rfind("  0:06.5 / 0:06.5", 0), 0u);
+}
+
+TEST(TerminalColumns, FollowTheTerminal)
+{
+    int outer = -1, inner = -1;
+    winsize size = {24, 33, 0, 0};
+    ASSERT_EQ(openpty(&outer, &inner, nullptr, nullptr, &size), 0);
+    EXPECT_EQ(kvx::terminalColumns(inner), 33u);
+    size.ws_col = 120;
+    ioctl(outer, TIOCSWINSZ, &size);
+    EXPECT_EQ(kvx::terminalColumns(inner), 120u);
+    size.ws_col = 0;
+    ioctl(outer, TIOCSWINSZ, &size);
+    EXPECT_EQ(kvx::terminalColumns(inner), 80u) << "the terminal reports no width";
+    close(inner);
+    close(outer);
+    EXPECT_EQ(kvx::terminalColumns(-1), 80u);
+}
+
+/// The text that `use` writes to a file.
 std::string written(kvx::Verbosity verbosity, const std::function<void(kvx::Progress&)>& use)
 {
     std::FILE* file = std::tmpfile();
@@ -63,28 +153,28 @@ std::string written(kvx::Verbosity verbosity, const std::function<void(kvx::Prog
     return text;
 }
 
-TEST(Progress, ShowsALineThatIsWrittenOverOnATerminalOnly)
+TEST(Progress, ShowsTheLiveLineOnATerminalOnly)
 {
     const auto use = [](kvx::Progress& progress) {
         progress.say("begin");
-        progress.show(1, 10, 0.5f);
+        progress.showLine(kvx::printPosition(1, 10, 0.5f));
         progress.say("end");
     };
     EXPECT_EQ(written(kvx::Verbosity::quiet, use), "");
     EXPECT_EQ(written(kvx::Verbosity::plain, use), "begin\nend\n");
     const std::string line = "  0:01.0 / 0:10.0  [##################--]  -6.0 dB";
     EXPECT_EQ(written(kvx::Verbosity::live, use), "begin\n" + line + "\x1b[J\r" + "\x1b[J" + "end\n")
-        << "the cursor rests at its begin; what stands is erased from there";
+        << "the cursor rests at the start of the line, and erasing begins there";
 }
 
 TEST(Progress, CutsALineBeforeTheTerminalsLastColumn)
 {
     const auto text = written(kvx::Verbosity::live,
                               [](kvx::Progress& progress) { progress.showLine(std::string(200, 'x')); });
-    EXPECT_EQ(text, std::string(79, 'x') + "\x1b[J\r") << "80 columns where a file does not tell";
+    EXPECT_EQ(text, std::string(79, 'x') + "\x1b[J\r") << "a file has 80 columns";
 }
 
-TEST(Progress, ShowsTenLinesASecondAtMostUnlessHurried)
+TEST(Progress, ShowsAtMostTenLinesPerSecondUnlessHurried)
 {
     const auto text = written(kvx::Verbosity::live, [](kvx::Progress& progress) {
         EXPECT_TRUE(progress.showLine("a"));
@@ -95,14 +185,7 @@ TEST(Progress, ShowsTenLinesASecondAtMostUnlessHurried)
     EXPECT_EQ(text, "a\x1b[J\rc\x1b[J\r");
 }
 
-TEST(Progress, DoesNotRunPastTheEnd)
-{
-    const auto text =
-        written(kvx::Verbosity::live, [](kvx::Progress& progress) { progress.show(11, 10, 0); });
-    EXPECT_NE(text.find("0:10.0 / 0:10.0"), std::string::npos) << text;
-}
-
-TEST(Progress, WarnsOnStandardErrorAlsoWhenQuiet)
+TEST(Progress, WarnsOnStandardErrorEvenIfQuiet)
 {
     testing::internal::CaptureStderr();
     EXPECT_EQ(written(kvx::Verbosity::quiet,
@@ -121,11 +204,11 @@ TEST(Progress, WarnsOnStandardErrorAlsoWhenQuiet)
                           progress.warn("b");
                       }),
               "a\x1b[J\r\x1b[J")
-        << "the live line goes first";
+        << "the live line is erased";
     testing::internal::GetCapturedStderr();
 }
 
-TEST(Progress, IsPlainWhereThereIsNoTerminal)
+TEST(Progress, IsPlainWithoutATerminal)
 {
     std::FILE* file = std::tmpfile();
     EXPECT_EQ(kvx::verbosityFor(false, file), kvx::Verbosity::plain);

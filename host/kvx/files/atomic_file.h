@@ -1,0 +1,31 @@
+// Atomic file replacement: a file is written to a temporary path, and then renamed to its final path.
+// All functions: [main], unless stated.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+/// Check that no file of `inputs` is the output file `path`. `option` is the option that names the output
+/// file.
+/// Errors  throws Failure.
+void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& path, const char* option);
+
+/// Choose a temporary path in the folder of `path`. Neither `path` nor the temporary path is changed.
+/// Errors  throws Failure with the reason and the next step if no file can be written to `path`.
+std::string temporaryPathFor(const std::string& path);
+
+/// Rename the temporary file to `path`, and replace any former file.
+/// Errors  removes the temporary file and throws Failure.
+void moveIntoPlace(const std::string& temporary, const std::string& path);
+
+/// Remove the temporary file after a failed write, and throw Failure. `error` is the errno of the write, 0 if
+/// unknown.
+[[noreturn]] void giveUpWriting(const std::string& temporary, const std::string& path, int error);
+
+/// Remove every file that still exists under a path of temporaryPathFor(). Signal handlers may call it.
+/// [any]
+void removeTemporaryFiles();
+
+} // namespace kvx

@@ -1,0 +1,35 @@
+// The waveform of a sound file as a picture.
+// All functions: [main].
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+/// The lowest and the highest sample within one column of the picture, over all channels.
+struct Column {
+    float low = 0;
+    float high = 0;
+};
+
+/// Shape  rgb[(y * width + x) * 3 + component]; row 0 is the top.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> rgb;
+};
+
+/// Read a file as `count` columns of equal duration.
+/// Errors  throws Failure if the file cannot be read.
+std::vector<Column> columnsOf(const std::string& path, std::size_t count);
+
+/// Draw each Column as one column of pixels. Full scale reaches the edges; larger samples are clipped.
+Picture drawWaveform(const std::vector<Column>& columns, int height);
+
+/// Write a PNG file.
+/// Errors  throws Failure and leaves no file.
+void writePicture(const Picture& picture, const std::string& path);
+
+} // namespace kvx

@@ -1,0 +1,144 @@
+#include "host/kvx/play/play.h"
+
+#include "host/kvx/files/atomic_file.h"
+#include "host/kvx/files/capture.h"
+#include "host/kvx/files/waveform.h"
+#include "host/kvx/play/buffered_play.h"
+#include "host/kvx/play/classic_play.h"
+#include "host/kvx/play/file_play.h"
+#include "host/kvx/play/playlist.h"
+#include "host/kvx/play/session.h"
+#include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/terminal/progress.h"
+#include "host/kvx/text/terminal_text.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+namespace kvx {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr Advice infoAdvice = {"see that the file is whole, and that there is enough free memory", nullptr};
+
+void checkOptions(const PlayerOptions& options, const Playlist& playlist, const KVXDeviceInfo& device)
+{
+    const int deviceChannels = int(device.outputChannels);
+    for (const PlaylistFile& file : filesOf(playlist))
+        checkAgainstFile(options, file, channelsToLoad(file.format.fileChannels, deviceChannels),
+                         deviceChannels);
+}
+
+/// The path of the capture; "" without a capture.
+std::string capturePath(const PlayOptions& options, const KVXDeviceInfo& device)
+{
+    if (!options.capture.empty()) return options.capture;
+    return !options.keep.empty() && device.isSimulated ? options.keep + ".wav" : "";
+}
+
+/// Play all groups; the play methods differ in this step only. Returns whether the device rendered sound.
+bool playGroups(host::Host& host, const Playlist& playlist, const PlayOptions& options,
+                const KVXDeviceInfo& device, Progress& progress)
+{
+    Session session(device, options.device.isStepped, progress);
+    switch (options.method) {
+    case PlayMethod::filePlayer:
+        playFiles(host, playlist, options.player, session);
+        break;
+    case PlayMethod::bufferedPlayer:
+        playBuffered(host, playlist, options.gain, session);
+        break;
+    case PlayMethod::soundComponent:
+        playClassic(host, filesOf(playlist).front(), options.gain, options.labelling, session);
+        break;
+    }
+    return session.meter().frames() > 0;
+}
+
+void keepCapture(Capture& capture, const PlayOptions& options, const std::string& path, Progress& progress)
+{
+    constexpr std::size_t pictureWidth = 1200;
+    constexpr int pictureHeight = 300;
+    capture.keep();
+    progress.say(fmt::format("Captured output: {}", fs::absolute(path).string()));
+    if (!options.capture.empty()) return;
+    const std::string picture = options.keep + ".png";
+    writePicture(drawWaveform(columnsOf(path, pictureWidth), pictureHeight), picture);
+    progress.say(fmt::format("Waveform:        {}", fs::absolute(picture).string()));
+}
+
+/// Platform objects that exist after the last use of the library on purpose: the class of the sound component
+/// never releases its converter.
+std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
+{
+    if (method != PlayMethod::soundComponent) return {};
+    return {{"AudioConverter", 1}};
+}
+
+/// Load a file into a file player, and print what the player reports.
+std::string printFileInfo(host::Host& host, const PlaylistFile& file, Progress& progress)
+{
+    const CoreAudio core(host);
+    FilePlayer player(host, core, infoAdvice);
+    const int fileChannels = file.format.fileChannels;
+    player.load(file.path, std::min(fileChannels, mostChannels));
+    const double duration = double(framesLoaded(player, file, progress)) / player.sampleRate();
+
+    std::string text = plainText(file.path) + "\n";
+    const auto line = [&text](const char* name, const std::string& value) {
+        text += fmt::format("  {:<14}{}\n", name, value);
+    };
+    line("sample rate", fmt::format("{} Hz", player.sampleRate()));
+    line("channels", player.channels() == fileChannels
+                         ? fmt::format("{}", fileChannels)
+                         : fmt::format("{}, of which the first {} play", fileChannels, player.channels()));
+    line("duration", fmt::format("{} ({:.3f} s)", printTime(duration), duration));
+    line("client format", player.clientFormat());
+    line("output format", player.outputFormat());
+    return text;
+}
+
+} // namespace
+
+// Everything that can fail is checked before the first sound, in the order of cost: the files, the device, the
+// path of the capture, the library.
+int play(const PlayOptions& options)
+{
+    Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
+    const Playlist playlist = planPlaylist(options.files);
+    const KVXDeviceInfo device = chooseDevice(options.device);
+    checkOptions(options.player, playlist, device);
+    const std::string captureTo = capturePath(options, device);
+    refuseToOverwrite(pathsOf(playlist), captureTo, options.capture.empty() ? "--keep" : "--capture");
+
+    InterruptGuard guard; // before the first temporary file
+    std::optional<Capture> capture;
+    if (!captureTo.empty()) capture.emplace(device.device, captureTo);
+    Library library(options.library);
+
+    warnOfMissingParts(playlist, progress);
+    progress.say(printDevice(device, options.device));
+    const bool hasPlayed = playGroups(library.host(), playlist, options, device, progress);
+    if (isInterrupted()) progress.leaveLine();
+    progress.say(isInterrupted() ? "Stopped." : "Done.");
+    if (capture && (hasPlayed || !isInterrupted())) keepCapture(*capture, options, captureTo, progress);
+    return reportLeaks(library, progress.exitCode(), expectedObjects(options.method));
+}
+
+int showFileInfo(const PlayOptions& options)
+{
+    useSimulatedDevicesOnly();
+    Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
+    const Playlist playlist = planPlaylist(options.files);
+    Library library(options.library);
+    warnOfMissingParts(playlist, progress);
+    for (const PlaylistFile& file : filesOf(playlist))
+        std::fputs(printFileInfo(library.host(), file, progress).c_str(), stdout);
+    return reportLeaks(library, progress.exitCode());
+}
+
+} // namespace kvx

@@ -1,0 +1,103 @@
+#include "host/kvx/play/playlist.h"
+
+#include <fmt/core.h>
+
+#include <filesystem>
+
+namespace kvx {
+
+std::int64_t FormatGroup::frames() const
+{
+    std::int64_t sum = 0;
+    for (const PlaylistFile& file : files) sum += file.format.frames;
+    return sum;
+}
+
+const PlaylistFile& FormatGroup::fileAt(std::int64_t frame) const
+{
+    for (const PlaylistFile& file : files) {
+        if (frame < file.format.frames) return file;
+        frame -= file.format.frames;
+    }
+    return files.back();
+}
+
+std::int64_t FormatGroup::firstFrameOf(const PlaylistFile& file) const
+{
+    std::int64_t first = 0;
+    for (const PlaylistFile& each : files) {
+        if (&each == &file) break;
+        first += each.format.frames;
+    }
+    return first;
+}
+
+Playlist planPlaylist(const std::vector<std::string>& paths)
+{
+    Playlist playlist;
+    for (const std::string& path : paths) {
+        const SoundFile file(path);
+        const SoundFormat& format = file.format();
+        const bool fits = !playlist.empty() && playlist.back().sampleRate() == format.sampleRate &&
+                          playlist.back().channels() == format.channels;
+        if (!fits) playlist.emplace_back();
+        playlist.back().files.push_back({file.path(), format});
+    }
+    return playlist;
+}
+
+std::vector<PlaylistFile> filesOf(const Playlist& playlist)
+{
+    std::vector<PlaylistFile> files;
+    for (const FormatGroup& group : playlist)
+        files.insert(files.end(), group.files.begin(), group.files.end());
+    return files;
+}
+
+std::vector<std::string> pathsOf(const Playlist& playlist)
+{
+    std::vector<std::string> paths;
+    for (const PlaylistFile& file : filesOf(playlist)) paths.push_back(file.path);
+    return paths;
+}
+
+void warnOfMissingParts(const Playlist& playlist, Progress& progress)
+{
+    for (const PlaylistFile& file : filesOf(playlist))
+        for (const std::string& line : missingParts(file.path, file.format)) progress.warn(line);
+}
+
+std::string printChannels(int channels)
+{
+    return channels == 1 ? "mono" : channels == 2 ? "stereo" : fmt::format("{} channels", channels);
+}
+
+void announce(const PlaylistFile& file, int channels, Progress& progress)
+{
+    const SoundFormat& format = file.format;
+    progress.say(fmt::format("Playing {}: {} Hz, {}, {}",
+                             std::filesystem::path(file.path).filename().string(), format.sampleRate,
+                             printChannels(format.fileChannels), printTime(format.duration())));
+    if (format.fileChannels > channels)
+        progress.say(
+            fmt::format("  It plays the first {} of its {} channels.", channels, format.fileChannels));
+}
+
+std::size_t GroupReader::read(float* out, std::size_t frames)
+{
+    std::size_t done = 0;
+    while (done < frames) {
+        if (!open_) {
+            if (next_ == group_.files.size()) break;
+            open_ = std::make_unique<SoundFile>(group_.files[next_++].path);
+        }
+        const std::size_t got = open_->read(out + done * std::size_t(group_.channels()), frames - done);
+        done += got;
+        if (done == frames) break;
+        if (open_->isDamaged()) damagedFiles_.push_back(open_->path());
+        open_.reset(); // at the end of the file
+    }
+    return done;
+}
+
+} // namespace kvx

@@ -1,0 +1,75 @@
+// The playlist: the files that a command plays, in order, as groups of one format.
+// All functions: [main].
+#pragma once
+
+#include "host/kvx/files/sound_file.h"
+#include "host/kvx/terminal/progress.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+struct PlaylistFile {
+    std::string path; ///< path as pathOnDisk() returns it
+    SoundFormat format;
+};
+
+/// Consecutive files with the same sample rate and number of channels. One buffered player plays the group
+/// without gaps.
+struct FormatGroup {
+    std::vector<PlaylistFile> files; ///< at least one file
+
+    int sampleRate() const { return files.front().format.sampleRate; }
+    int channels() const { return files.front().format.channels; }
+    std::int64_t frames() const;
+
+    /// The file that contains `frame`, counted from the start of the group; past the end, the last file.
+    const PlaylistFile& fileAt(std::int64_t frame) const;
+    std::int64_t firstFrameOf(const PlaylistFile& file) const;
+};
+
+using Playlist = std::vector<FormatGroup>;
+
+/// Open every file and group the files by format.
+/// Errors  throws Failure for the first file that cannot be read.
+Playlist planPlaylist(const std::vector<std::string>& paths);
+
+/// The files of all groups, in order.
+std::vector<PlaylistFile> filesOf(const Playlist& playlist);
+std::vector<std::string> pathsOf(const Playlist& playlist);
+
+/// Print a warning for each file with missing content.
+void warnOfMissingParts(const Playlist& playlist, Progress& progress);
+
+/// Print "Playing song.wav: 44100 Hz, stereo, 0:06.5", and a second line if the file has more than `channels`
+/// channels.
+void announce(const PlaylistFile& file, int channels, Progress& progress);
+
+/// A number of channels as text: "mono", "stereo", "6 channels".
+std::string printChannels(int channels);
+
+/// Reads the files of a group as one sound. Only one file is open at a time.
+class GroupReader {
+public:
+    explicit GroupReader(const FormatGroup& group) : group_(group) {}
+
+    /// Decode up to `frames` frames.
+    /// Shape    out[frame * group.channels() + channel].
+    /// Returns  the number of decoded frames; less than `frames` only at the end of the group.
+    /// Errors   throws Failure if the disk cannot be read.
+    std::size_t read(float* out, std::size_t frames);
+
+    /// Files read so far whose data stopped decoding before the last frame.
+    const std::vector<std::string>& damagedFiles() const { return damagedFiles_; }
+
+private:
+    const FormatGroup& group_;
+    std::size_t next_ = 0;
+    std::unique_ptr<SoundFile> open_;
+    std::vector<std::string> damagedFiles_;
+};
+
+} // namespace kvx

@@ -1,0 +1,204 @@
+#include "host/kvx/files/atomic_file.h"
+#include "host/kvx/files/capture.h"
+#include "host/kvx/play/play.h"
+#include "host/kvx/play/playback_end.h"
+#include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/text/failure.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace kvx {
+namespace {
+
+constexpr std::uint32_t stepFrames = 8192; // device frames between two checks for an interrupt
+
+constexpr Advice advice = {"see that the file is whole, and that there is enough free memory",
+                           "give a rate nearer to the file's with --device-rate, or choose another file"};
+
+/// A simulated stepped device, which exists as long as the object.
+class RenderDevice {
+public:
+    RenderDevice(double rate, int channels)
+    {
+        KVXSimulatedDevice description = {};
+        description.name = "Render";
+        description.sampleRate = rate;
+        description.outputChannels = std::uint32_t(channels);
+        description.isStepped = 1;
+        device_ = KVXPlatformAddSimulatedDevice(&description);
+        if (!device_) throw Failure(KVXPlatformErrorText());
+    }
+    ~RenderDevice() { KVXPlatformRemoveSimulatedDevice(device_); }
+    RenderDevice(const RenderDevice&) = delete;
+    RenderDevice& operator=(const RenderDevice&) = delete;
+
+    KVXDeviceInfo info() const
+    {
+        KVXDeviceInfo device = {};
+        device.device = device_;
+        return deviceNow(device);
+    }
+
+private:
+    KVXDeviceID device_;
+};
+
+double rateOf(const RenderOptions& options, const PlaylistFile& file)
+{
+    return options.deviceRate > 0 ? options.deviceRate : file.format.sampleRate;
+}
+
+/// The number of channels to render. Mono becomes stereo if an option distinguishes left and right.
+int channelsToRender(const RenderOptions& options, const PlaylistFile& file)
+{
+    const bool hasSides = options.player.channelMap || options.player.pan.value_or(0) != 0;
+    return std::clamp(file.format.fileChannels, hasSides ? 2 : 1, mostChannels);
+}
+
+/// The number of channels of the device: one per entry of the channel map, if there is a map.
+int deviceChannelsOf(const RenderOptions& options, int channels)
+{
+    const auto& map = options.player.channelMap;
+    return map ? std::clamp(int(map->size()), 1, mostChannels) : channels;
+}
+
+/// The number of device frames to render: --duration with a loop, otherwise at most the rest of the file and
+/// the tail. `loaded` is the number of frames that the player has loaded.
+std::uint64_t framesToRender(const RenderOptions& options, const FilePlayer& player, std::int64_t loaded,
+                             double deviceRate)
+{
+    const double skipped = player.position() / player.duration(); // part of the file before the start
+    const auto left = std::uint64_t(std::llround((1 - skipped) * double(loaded)));
+    const std::uint64_t whole = framesRendered(left, player.sampleRate(), player.rate(), deviceRate) +
+                                framesOf(player.delay().tail, deviceRate);
+    if (!options.duration) return whole;
+    const std::uint64_t requested = framesOf(*options.duration, deviceRate);
+    return options.player.loop ? requested : std::min(requested, whole);
+}
+
+/// Splits the steps of the device so that a slice ends exactly at OUT of the loop, because the class jumps
+/// back to IN after the slice that reaches OUT. If the rate, the pitch or the device rate differs from the
+/// file, the units pull frames ahead of the device, so the steps are not split.
+class LoopSlices {
+public:
+    LoopSlices(const FilePlayer& player, double deviceRate)
+    {
+        const bool isNeutral = player.rate() == 1 && player.pitch() == 0;
+        if (!player.isLooping() || !isNeutral || player.sampleRate() != deviceRate) return;
+        length_ = std::max<std::uint64_t>(1, framesOf(player.loopOut() - player.loopIn(), deviceRate));
+        left_ = framesOf(player.loopOut() - player.position(), deviceRate);
+    }
+
+    /// Count up to `frames` frames as rendered. Returns the number of frames before the next jump.
+    std::uint32_t take(std::uint32_t frames)
+    {
+        if (length_ == 0) return frames;
+        if (left_ == 0) left_ = length_;
+        const auto taken = std::uint32_t(std::min<std::uint64_t>(frames, left_));
+        left_ -= taken;
+        return taken;
+    }
+
+private:
+    std::uint64_t length_ = 0; // loop length in device frames; 0: steps are not split
+    std::uint64_t left_ = 0;   // device frames until the next jump
+};
+
+void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t frames)
+{
+    while (frames > 0) {
+        const std::uint32_t step = slices.take(frames);
+        if (KVXPlatformStep(device.device, step) != step)
+            throw Failure("the device stopped before the end; see that the library is whole");
+        frames -= step;
+    }
+}
+
+/// Check that the result is shorter than 4 GiB, the limit of WAV files.
+void checkLength(const std::string& path, std::uint64_t frames, int channels)
+{
+    constexpr std::uint64_t mostBytes = 0xFFFF0000;
+    if (frames > mostBytes / (sizeof(float) * std::uint64_t(channels)))
+        throw Failure(
+            fmt::format("{} would be longer than a WAV file can be; give a shorter --duration", path));
+}
+
+/// Run the device for `frames` frames. Returns false if the user interrupts.
+bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t frames, Progress& progress)
+{
+    const double rate = device.sampleRate;
+    for (std::uint64_t done = 0; done < frames;) {
+        if (isInterrupted()) return false;
+        const auto step = std::uint32_t(std::min<std::uint64_t>(frames - done, stepFrames));
+        stepDevice(device, slices, step);
+        done += step;
+        KVXPlatformDrainMainQueue(0);
+        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", printTime(double(done) / rate),
+                                      printTime(double(frames) / rate),
+                                      100.0 * double(done) / double(frames)));
+    }
+    return true;
+}
+
+void checkRenderError(const FilePlayer& player, const std::string& path)
+{
+    if (const Status status = player.renderError(); status != 0)
+        throw Failure(fmt::format("{}: a part could not be rendered: {}", path, printStatus(status)));
+}
+
+/// Render the file. Returns false if the user interrupts; no file is written then.
+bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFile& file, Progress& progress)
+{
+    const CoreAudio core(host);
+    const double rate = rateOf(options, file);
+    const int channels = channelsToRender(options, file);
+    const int deviceChannels = deviceChannelsOf(options, channels);
+    checkAgainstFile(options.player, file, channels, deviceChannels);
+
+    const RenderDevice device(rate, deviceChannels);
+    FilePlayer player(host, core, advice);
+    const std::int64_t loaded = loadFile(player, file, channels, options.player, progress);
+    player.setDevice(device.info().device);
+    applyOptions(options.player, player);
+
+    const std::uint64_t frames = framesToRender(options, player, loaded, rate);
+    checkLength(options.to, frames, deviceChannels);
+    Capture out(device.info().device, options.to);
+    player.play();
+    const bool isWhole = runDevice(device.info(), LoopSlices(player, rate), frames, progress);
+    progress.wipe();
+    player.pause();
+    if (!isWhole) return false;
+    checkRenderError(player, file.path);
+    out.keep();
+    progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, printChannels(deviceChannels),
+                             printTime(double(frames) / rate)));
+    return true;
+}
+
+} // namespace
+
+int render(const RenderOptions& options)
+{
+    useSimulatedDevicesOnly();
+    Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
+    const Playlist playlist = planPlaylist({options.from});
+    const PlaylistFile file = filesOf(playlist).front();
+    refuseToOverwrite({file.path}, options.to, "the result");
+    InterruptGuard guard;         // before the first temporary file
+    temporaryPathFor(options.to); // fails before the work if no file can be written
+
+    Library library(options.library);
+    warnOfMissingParts(playlist, progress);
+    if (!renderFile(library.host(), options, file, progress)) {
+        progress.leaveLine();
+        progress.say("Stopped; nothing was written.");
+    }
+    return reportLeaks(library, progress.exitCode());
+}
+
+} // namespace kvx

@@ -1,0 +1,80 @@
+#include "host/kvx/play/session.h"
+
+#include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/text/message.h"
+
+#include <fmt/core.h>
+
+#include <cmath>
+#include <cstdio>
+
+namespace kvx {
+
+Meter::Meter(KVXDeviceID device) : device_(device) { KVXPlatformSetOutputTap(device, measure, this); }
+
+Meter::~Meter() { KVXPlatformSetOutputTap(device_, nullptr, nullptr); }
+
+void Meter::measure(void* context, const float* samples, std::uint32_t frames, std::uint32_t channels)
+{
+    float peak = 0.0f;
+    for (std::size_t i = 0; i < std::size_t(frames) * channels; ++i) {
+        const float magnitude = std::fabs(samples[i]);
+        if (magnitude > peak) peak = magnitude;
+    }
+    // takePeak() may reset the peak between the load and the store; the next slice then shows the level.
+    Meter& self = *static_cast<Meter*>(context);
+    if (peak > self.peak_.load(std::memory_order_relaxed)) self.peak_.store(peak, std::memory_order_relaxed);
+    self.frames_.fetch_add(frames, std::memory_order_relaxed);
+}
+
+Session::Session(const KVXDeviceInfo& device, bool isStepped, Progress& progress)
+    : device_(device), isStepped_(isStepped), progress_(progress), meter_(device.device)
+{
+}
+
+void Session::enableKeys(const char* help)
+{
+    if (isStepped_) return;
+    const char* obstacle = Keyboard::obstacle();
+    progress_.say(obstacle ? fmt::format("No keys: {}. Ctrl-C ends.", obstacle) : help);
+    if (!obstacle) keyboard_.emplace();
+}
+
+bool Session::poll(const Transport& transport, std::uint64_t frames)
+{
+    if (keyboard_) applyKeys(transport);
+    if (isQuit_ || isInterrupted()) return false;
+    progress_.showLine(transport.status());
+    passTime(device_, isStepped_, frames);
+    if (!deviceNow(device_).isAlive) throw deviceDied(device_);
+    return true;
+}
+
+void Session::applyKeys(const Transport& transport)
+{
+    if (Keyboard::isStopRequested()) stopWithProcess(transport);
+    for (const Key key : keyboard_->read()) {
+        if (key == Key::quit)
+            isQuit_ = true;
+        else
+            transport.press(key);
+        progress_.hurry();
+    }
+}
+
+void Session::stopWithProcess(const Transport& transport)
+{
+    const bool wasPlaying = transport.isPlaying();
+    transport.pause();
+    progress_.leaveLine();
+    std::fflush(stdout);
+    keyboard_->stopProcess();
+    if (wasPlaying && !isInterrupted()) transport.play();
+}
+
+void printGap()
+{
+    printMessage("the sound had gaps: the file could not be read as fast as it plays; copy it to a faster disk");
+}
+
+} // namespace kvx

@@ -1,0 +1,188 @@
+#include "host/kvx/terminal/keyboard.h"
+
+#include "host/kvx/terminal/interrupt.h"
+
+#include <algorithm>
+#include <csignal>
+#include <iterator>
+#include <optional>
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace kvx {
+namespace {
+
+constexpr char escape = '\x1b';
+
+// clang-format off
+struct KeyByte {
+    char byte;
+    Key key;
+};
+
+constexpr KeyByte plainKeys[] = {
+    {' ', Key::pause},  {'[', Key::loopIn}, {']', Key::loopOut}, {'l', Key::loop},  {'L', Key::loop},
+    {'+', Key::faster}, {'=', Key::faster}, {'-', Key::slower},  {'_', Key::slower},
+    {'>', Key::higher}, {'.', Key::higher}, {'<', Key::lower},   {',', Key::lower},
+    {'q', Key::quit},   {'Q', Key::quit},
+};
+
+// The last byte of an arrow key's sequence: ESC [ A or ESC O A. Modifier keys add numbers before the last byte,
+// which have no effect here.
+constexpr KeyByte arrows[] = {
+    {'A', Key::louder}, {'B', Key::softer}, {'C', Key::forward}, {'D', Key::back},
+};
+// clang-format on
+
+template <std::size_t count>
+std::optional<Key> find(const KeyByte (&keys)[count], char byte)
+{
+    const auto* found = std::find_if(std::begin(keys), std::end(keys),
+                                     [byte](const KeyByte& each) { return each.byte == byte; });
+    return found == std::end(keys) ? std::nullopt : std::optional(found->key);
+}
+
+bool isLastOfSequence(char byte) { return byte >= 0x40 && byte <= 0x7e; }
+
+constexpr int input = STDIN_FILENO;
+
+// Signal handlers use the following variables.
+termios former;                       // the terminal's mode at the start
+volatile std::sig_atomic_t isRaw = 0; // whether the terminal delivers each key at once
+volatile std::sig_atomic_t isStopTyped = 0;
+struct sigaction formerStop, formerContinue, formerQuit, formerAbort;
+
+bool isForeground() { return tcgetpgrp(input) == getpgrp(); }
+
+extern "C" void restoreTerminal()
+{
+    if (!isRaw) return;
+    isRaw = 0;
+    if (isForeground()) tcsetattr(input, TCSANOW, &former); // in the background it would stop the process
+}
+
+void enterRawMode()
+{
+    termios raw;
+    if (isRaw || !isForeground() || tcgetattr(input, &raw) != 0) return;
+    constexpr tcflag_t lineByLine = ICANON | ECHO;
+    if (raw.c_lflag & lineByLine) former = raw; // otherwise a shell has restored this program's raw mode
+    raw.c_lflag &= ~lineByLine;                 // ISIG stays set, so Ctrl-C and Ctrl-Z send signals
+    raw.c_cc[VMIN] = 0;
+    raw.c_cc[VTIME] = 0;
+    isRaw = 1; // before tcsetattr, so that the handler of a signal in between restores the terminal
+    if (tcsetattr(input, TCSANOW, &raw) != 0) isRaw = 0;
+}
+
+extern "C" void noteStop(int) { isStopTyped = 1; }
+
+// Another process has continued this one, perhaps in the background, and the shell has set its own mode.
+extern "C" void noteContinue(int) { isRaw = 0; }
+
+extern "C" void restoreAndEnd(int signal)
+{
+    restoreTerminal();
+    raise(signal); // SA_RESETHAND has restored the default action
+}
+
+void handle(int signal, void (*handler)(int), int flags, struct sigaction* place)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, place);
+}
+
+} // namespace
+
+const char* keyHelp()
+{
+    return "Keys: space pause, arrows seek and volume, [ ] loop points, l loop, + - rate, < > pitch, q quit";
+}
+
+std::vector<Key> KeyDecoder::decode(std::string_view bytes)
+{
+    std::vector<Key> keys;
+    for (char byte : bytes) {
+        std::optional<Key> key;
+        if (byte == escape) {
+            sequence_ = byte; // discards a single Escape before this one
+        } else if (sequence_.empty()) {
+            key = find(plainKeys, byte);
+        } else if (sequence_.size() == 1) {
+            sequence_ += byte;
+            if (byte == '[' || byte == 'O') continue;
+            sequence_.clear(); // a key with Alt held
+        } else if (isLastOfSequence(byte)) {
+            key = find(arrows, byte);
+            sequence_.clear();
+        }
+        if (key) keys.push_back(*key);
+    }
+    return keys;
+}
+
+Keyboard::Keyboard() : isInUse_(!obstacle() && tcgetattr(input, &former) == 0)
+{
+    isStopTyped = 0;
+    if (!isInUse_) return;
+    handle(SIGTSTP, noteStop, SA_RESTART, &formerStop);
+    handle(SIGCONT, noteContinue, SA_RESTART, &formerContinue);
+    handle(SIGQUIT, restoreAndEnd, int(SA_RESETHAND), &formerQuit);
+    handle(SIGABRT, restoreAndEnd, int(SA_RESETHAND), &formerAbort);
+    onFirstInterrupt(restoreTerminal);
+    enterRawMode();
+}
+
+Keyboard::~Keyboard()
+{
+    if (!isInUse_) return;
+    restoreTerminal();
+    onFirstInterrupt(nullptr);
+    sigaction(SIGTSTP, &formerStop, nullptr);
+    sigaction(SIGCONT, &formerContinue, nullptr);
+    sigaction(SIGQUIT, &formerQuit, nullptr);
+    sigaction(SIGABRT, &formerAbort, nullptr);
+}
+
+const char* Keyboard::obstacle()
+{
+    return !isatty(STDIN_FILENO)    ? "the standard input is not a terminal"
+           : !isatty(STDOUT_FILENO) ? "the standard output is not a terminal"
+                                    : nullptr;
+}
+
+std::vector<Key> Keyboard::read()
+{
+    if (!isInUse_ || isInterrupted()) return {};
+    enterRawMode(); // has an effect after the process has returned to the foreground
+    if (!isRaw || !isForeground()) return {};
+    // Poll first, because a signal handler may restore the terminal at this point, and read() would then
+    // block until the end of a line.
+    pollfd waiting = {input, POLLIN, 0};
+    char bytes[64];
+    if (poll(&waiting, 1, 0) == 1 && (waiting.revents & POLLIN))
+        if (const ssize_t got = ::read(input, bytes, sizeof bytes); got > 0)
+            return decoder_.decode({bytes, std::size_t(got)});
+    return {};
+}
+
+bool Keyboard::isStopRequested()
+{
+    const bool isRequested = isStopTyped;
+    isStopTyped = 0;
+    return isRequested;
+}
+
+void Keyboard::stopProcess()
+{
+    restoreTerminal();
+    struct sigaction own;
+    handle(SIGTSTP, SIG_DFL, 0, &own);
+    raise(SIGTSTP); // returns when the process continues
+    sigaction(SIGTSTP, &own, nullptr);
+}
+
+} // namespace kvx

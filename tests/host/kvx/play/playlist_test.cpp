@@ -1,0 +1,77 @@
+#include "host/kvx/play/playlist.h"
+#include "host/kvx/text/failure.h"
+#include "tests/support/sound_samples.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Playlist : testing::Test {
+    support::TemporaryFolder folder;
+
+    std::string write(const std::string& name, int rate, int channels, std::size_t frames, unsigned seed = 1)
+    {
+        support::writeSound(support::makeNoise(rate, channels, frames, seed), folder / name);
+        return folder / name;
+    }
+};
+
+TEST_F(Playlist, GroupsConsecutiveFilesOfOneFormat)
+{
+    const kvx::Playlist groups = kvx::planPlaylist(
+        {write("a.wav", 44100, 2, 10), write("b.wav", 44100, 6, 20), write("c.wav", 44100, 1, 30),
+         write("d.wav", 48000, 1, 40), write("e.wav", 44100, 2, 50)});
+    ASSERT_EQ(groups.size(), 4u);
+    EXPECT_EQ(groups[0].files.size(), 2u) << "two of six channels play, as in the stereo file";
+    EXPECT_EQ(groups[0].frames(), 30);
+    EXPECT_EQ(groups[0].channels(), 2);
+    EXPECT_EQ(groups[1].channels(), 1);
+    EXPECT_EQ(groups[2].sampleRate(), 48000);
+    EXPECT_EQ(groups[3].frames(), 50);
+}
+
+TEST_F(Playlist, FindsTheFileAtAFrame)
+{
+    const kvx::Playlist groups =
+        kvx::planPlaylist({write("a.wav", 44100, 1, 10), write("b.wav", 44100, 1, 20)});
+    ASSERT_EQ(groups.size(), 1u);
+    const struct {
+        std::int64_t frame;
+        std::size_t file;
+        std::int64_t first;
+    } facts[] = {{0, 0, 0}, {9, 0, 0}, {10, 1, 10}, {29, 1, 10}, {30, 1, 10}, {1000, 1, 10}};
+    for (const auto& fact : facts) {
+        const kvx::PlaylistFile& file = groups[0].fileAt(fact.frame);
+        EXPECT_EQ(&file, &groups[0].files[fact.file]) << fact.frame;
+        EXPECT_EQ(groups[0].firstFrameOf(file), fact.first) << fact.frame;
+    }
+}
+
+TEST_F(Playlist, ReadsAGroupAsOneSound)
+{
+    const kvx::Playlist groups = kvx::planPlaylist(
+        {write("a.wav", 44100, 2, 100, 1), write("b.wav", 44100, 2, 1, 2), write("c.wav", 44100, 2, 57, 3)});
+    std::vector<float> expected;
+    for (const char* name : {"a.wav", "b.wav", "c.wav"}) {
+        const std::vector<float> file = support::readSound(folder / name).samples;
+        expected.insert(expected.end(), file.begin(), file.end());
+    }
+    for (std::size_t blockFrames : {1u, 7u, 100u, 158u, 159u, 1000u}) {
+        kvx::GroupReader reader(groups[0]);
+        std::vector<float> all, samples(blockFrames * 2);
+        for (std::size_t got = blockFrames; got == blockFrames;) {
+            got = reader.read(samples.data(), blockFrames);
+            all.insert(all.end(), samples.begin(), samples.begin() + std::ptrdiff_t(got * 2));
+        }
+        EXPECT_EQ(all, expected) << blockFrames;
+        EXPECT_EQ(reader.read(samples.data(), blockFrames), 0u) << "after the end";
+    }
+}
+
+TEST_F(Playlist, IsRefusedIfOneFileIsMissing)
+{
+    EXPECT_THROW(kvx::planPlaylist({write("a.wav", 44100, 1, 10), folder / "missing.wav"}), kvx::Failure);
+}
+
+} // namespace
