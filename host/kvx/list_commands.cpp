@@ -140,7 +140,7 @@ void printChange(const std::string& line)
 
 int watchDevices(host::Host& host, const CoreAudio& core, double demoSeconds)
 {
-    // Without events a wait lasts its full time, so it limits the response to Ctrl-C and the demo's speed.
+    // The timeout of a wait limits the response to Ctrl-C and the speed of the demo.
     constexpr double waitSeconds = 0.1, demoWaitSeconds = 0.01;
     InterruptGuard guard;
     Watch watch(host, core, printChange);
@@ -149,10 +149,11 @@ int watchDevices(host::Host& host, const CoreAudio& core, double demoSeconds)
 
     std::optional<Demo> demo;
     if (demoSeconds > 0) demo.emplace(host, core, demoSeconds);
-    bool isSeen = true; // the watch has printed the demo's last step; two unseen steps could cancel each other
+    bool isReported =
+        true; // the watch has printed the demo's last step; two unseen steps could cancel each other
     while (!isInterrupted()) {
-        if (demo && isSeen) isSeen = !demo->stepIfDue();
-        if (watch.reportChanges(demo ? demoWaitSeconds : waitSeconds)) isSeen = true;
+        if (demo && isReported) isReported = !demo->stepIfDue();
+        if (watch.reportChanges(demo ? demoWaitSeconds : waitSeconds)) isReported = true;
     }
     return interruptExitCode();
 }

@@ -1,5 +1,6 @@
 // kvx: plays and renders sound files through the library, and shows the library's classes, the audio devices
-// and their properties. This file has the command line, except the options of playing, and the exit codes.
+// and their properties. This file declares the command line, except the options of playing, and the exit
+// codes.
 #include "host/kvx/devices/shared_options.h"
 #include "host/kvx/files/tune.h"
 #include "host/kvx/list_commands.h"
@@ -158,7 +159,7 @@ int runAction(const Action& action)
     } catch (const std::length_error&) { // a container would exceed the address space
         return fail(noMemory, exitFailed);
     } catch (const std::exception& error) {
-        if (!isOutputWritten()) return exitFailed; // main() prints the message
+        if (!isOutputWritten()) return exitFailed; // main() reports that stdout cannot be written
         return fail(error.what(), exitFailed);
     }
 }
@@ -206,7 +207,8 @@ void openStandardStreams()
 int main(int argumentCount, char** arguments)
 {
     openStandardStreams();
-    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN); // the write reports the error
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_IGN); // a failed write returns an error instead
     const int code = run(argumentCount, arguments);
     // A code above exitWrongUsage means that a signal ended the command, so lost output needs no message.
     return isOutputWritten() || code > exitWrongUsage ? code : fail(kvx::OutputFailure().what(), exitFailed);

@@ -1,5 +1,6 @@
-// A record of function calls as text, in the order of the calls. It lies in fixed memory and uses a spin lock, so
-// that recording neither allocates nor locks a mutex: tests count the allocations and locks of the code under test.
+// A record of function calls as text, in the order of the calls. It lies in fixed memory and uses a spin
+// lock, so that recording neither allocates nor locks a mutex: tests count the allocations and locks of the
+// code under test.
 #pragma once
 
 #include <algorithm>

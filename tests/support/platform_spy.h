@@ -1,6 +1,6 @@
-// The common part of all spies that replace platform functions: the record of calls, the scripted results, and the
-// simulated platform objects. A spy defines platform functions under their own names; a test program that links the
-// spy and exports its symbols calls these functions instead of those of libkvxplatform.
+// The common part of all spies that replace platform functions: the record of calls, the scripted results,
+// and the simulated platform objects. A spy defines platform functions under their own names; a test program
+// that links the spy and exports its symbols calls these functions instead of those of libkvxplatform.
 //
 // A recorded call shows the function and its arguments:
 //
@@ -34,8 +34,8 @@ struct Answer {
     std::optional<Boolean> writable; ///< writability that the call writes back to the caller
     /// Bytes that the call writes to the caller's buffer, cut to the buffer's size.
     std::string value;
-    Float32 parameter = 0;   ///< value that AudioUnitGetParameter returns
-    std::uint64_t bits = 0;  ///< bits of the result of a function that returns no status
+    Float32 parameter = 0;        ///< value that AudioUnitGetParameter returns
+    std::uint64_t bits = 0;       ///< bits of the result of a function that returns no status
     std::function<void()> during; ///< function that runs inside the call, after the recording; it may throw
 };
 
@@ -44,8 +44,8 @@ struct Script {
     /// Status of each refused call, by the number of the call. Calls are counted from 0 after reset() or
     /// forgetCalls().
     std::map<std::size_t, OSStatus> refusals;
-    /// Function that runs inside every call with the number of the call. It may throw; a releasing call releases its
-    /// object nevertheless.
+    /// Function that runs inside every call with the number of the call. It may throw; a releasing call
+    /// releases its object nevertheless.
     std::function<void(std::size_t)> inEachCall;
 };
 Script& script();
@@ -71,8 +71,8 @@ std::string lastValue();
 /// Return the names of all platform objects that the code under test has not released.
 Calls live();
 
-/// Return descriptions of misuse: an object that was released twice or used after its release, or the release of an
-/// unknown address.
+/// Return descriptions of misuse: an object that was released twice or used after its release, or the release
+/// of an unknown address.
 Calls faults();
 
 // ---- for the spies ----
@@ -116,14 +116,15 @@ void fault(const std::string& text);
 /// Keep the bytes that lastValue() returns.
 void keepValue(const void* bytes, UInt32 size);
 
-/// A simulated platform object. Its address is its handle, which makes it a memory handle, too: a pointer to the
-/// address of the memory.
+/// A simulated platform object. Its address is its handle, which makes it a memory handle, too: a pointer to
+/// the address of the memory.
 struct Object {
     char* bytes = nullptr;
     std::string name;
     bool isLive = true;
-    bool isOwed = true;             ///< whether the code under test must release the object
-    std::unique_ptr<char[]> memory; ///< has exactly `size` bytes, so that a sanitizer finds a write past its end
+    bool isOwed = true; ///< whether the code under test must release the object
+    std::unique_ptr<char[]>
+        memory; ///< has exactly `size` bytes, so that a sanitizer finds a write past its end
     std::size_t size = 0;
 };
 
@@ -179,8 +180,8 @@ OSStatus giveNew(OSStatus status, const char* kind, Reference* target, bool isOw
     return give(status, target, status ? Reference{} : static_cast<Reference>(make(kind, isOwed)));
 }
 
-/// Write a property value to a buffer of `*size` bytes, or garbage if the call is refused. `sizeError` refuses the
-/// call if the buffer is too small.
+/// Write a property value to a buffer of `*size` bytes, or garbage if the call is refused. `sizeError`
+/// refuses the call if the buffer is too small.
 template <class T>
 OSStatus giveProperty(OSStatus status, OSStatus sizeError, UInt32* size, void* target, const T& value)
 {

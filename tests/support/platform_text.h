@@ -1,5 +1,5 @@
-// The text of the arguments of recorded calls, chosen by the type of the argument. Integers are decimal. The records
-// in this header select another text for plain numbers and addresses.
+// The text of the arguments of recorded calls, chosen by the type of the argument. Integers are decimal. The
+// records in this header select another text for plain numbers and addresses.
 #pragma once
 
 #include "tests/support/call_log.h"
@@ -46,7 +46,10 @@ inline Line& operator<<(Line& line, InOut size)
 }
 
 /// Nine digits, which distinguish any two floats.
-inline Line& operator<<(Line& line, Float32 number) { return line.print("%.9g", static_cast<double>(number)); }
+inline Line& operator<<(Line& line, Float32 number)
+{
+    return line.print("%.9g", static_cast<double>(number));
+}
 inline Line& operator<<(Line& line, Float64 number) { return line.print("%g", number); }
 
 /// The name of a pointer or of a platform object.

@@ -29,7 +29,7 @@ Demo::~Demo()
         if (player_) stop();
         if (device_) KVXPlatformRemoveSimulatedDevice(device_);
     } catch (const std::exception&) {
-        // A destructor must not throw, and the process ends anyway.
+        // The error is ignored: a destructor must not throw, and the process ends anyway.
     }
 }
 

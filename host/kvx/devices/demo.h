@@ -15,7 +15,7 @@ namespace kvx {
 class Demo {
 public:
     Demo(host::Host& host, const CoreAudio& core, double secondsPerStep);
-    ~Demo(); ///< removes the device
+    ~Demo(); ///< the destructor removes the present device
     Demo(const Demo&) = delete;
     Demo& operator=(const Demo&) = delete;
 
@@ -46,9 +46,9 @@ private:
     Clock::duration pause_;
     Clock::time_point next_;
     std::size_t step_ = 0;
-    std::size_t deviceCount_ = 0; ///< number of devices so far
-    KVXDeviceID device_ = 0;      ///< present device; 0: none
-    host::Object player_;         ///< keeps the device running
+    std::size_t deviceCount_ = 0; ///< number of devices added so far
+    KVXDeviceID device_ = 0;      ///< ID of the present device; 0: no device
+    host::Object player_;         ///< player that keeps the device running
 };
 
 } // namespace kvx

@@ -37,11 +37,12 @@ struct Roles {
 /// Errors  throws Failure.
 std::vector<ObjectID> readDeviceList(const CoreAudio& core);
 
+/// Read the properties of a device.
 /// Errors  nullopt if there is no such device.
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device);
 
-/// All devices, in the order of the list.
-/// Errors  throws Failure if no device can be read, because the simulated devices always exist.
+/// Read the properties of all devices, in the order of the list.
+/// Errors  throws Failure if no device can be read; the simulated devices are always in the list.
 std::vector<DeviceFacts> readAllDevices(const CoreAudio& core);
 
 Roles readRoles(const CoreAudio& core);

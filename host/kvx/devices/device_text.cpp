@@ -54,7 +54,7 @@ std::string printChannel(std::uint32_t channel)
     return channel == 0 ? std::string() : fmt::format(" of channel {}", channel);
 }
 
-/// Pass each value that changed to `print`. A channel that only one state has is no change of its value.
+/// Pass each channel whose value changed to `print`. Channels that exist in only one state are skipped.
 template <class T, class Print>
 void compareChannels(const std::map<std::uint32_t, T>& before, const std::map<std::uint32_t, T>& after,
                      Print print)

@@ -19,7 +19,8 @@ std::vector<KVXDeviceInfo> allRows(Fill fill)
 {
     std::vector<KVXDeviceInfo> rows(fill(nullptr, 0));
     const std::uint32_t count = fill(rows.data(), static_cast<std::uint32_t>(rows.size()));
-    rows.resize(std::min<std::size_t>(count, rows.size())); // a device may have gone since the first call
+    rows.resize(
+        std::min<std::size_t>(count, rows.size())); // a device may have been removed since the first call
     return rows;
 }
 

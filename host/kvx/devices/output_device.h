@@ -1,4 +1,4 @@
-// The device list, and the output device of the process: chosen by the user, set up, and given time to play.
+// Lists the devices; chooses and sets up the output device of the process, and lets the device play.
 // All functions: [main].
 #pragma once
 
@@ -12,8 +12,8 @@
 
 namespace kvx {
 
-constexpr double lowestRate = 1000, highestRate = 768000; // of a simulated device, Hz
-constexpr std::uint64_t longestStep = 4096;               // device frames per call of passTime()
+constexpr double lowestRate = 1000, highestRate = 768000; // limits of a simulated device's rate, Hz
+constexpr std::uint64_t longestStep = 4096;               // most device frames per call of passTime()
 
 /// The output device that the user requests, and its settings.
 struct DeviceRequest {

@@ -19,7 +19,7 @@ namespace kvx {
 /// Errors   throws Failure and other standard exceptions.
 using Action = std::function<int()>;
 
-/// Accept a finite number from `low` to `high`. CLI::Range accepts "nan" too.
+/// Accept a number from `low` to `high`. Unlike CLI::Range, the validator refuses "nan".
 inline CLI::Validator inRange(double low, double high)
 {
     const auto check = [low, high](const std::string& text) {

@@ -89,7 +89,7 @@ void Watch::updateList()
         beginWatching(device);
         if (watched_.count(device)) report(printArrival(watched_[device].facts));
     }
-    updateRoles(); // needs the names of the removed devices
+    updateRoles(); // prints names of removed devices, so they must still be known
     for (ObjectID device : gone) {
         report(printDeparture(watched_[device].facts));
         watched_.erase(device);

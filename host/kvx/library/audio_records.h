@@ -27,7 +27,7 @@ struct Buffer {
     void* data;
 };
 
-/// A list of `count` buffers; the array is longer than declared.
+/// A list of `count` buffers. The array is declared with its first element only.
 struct BufferList {
     std::uint32_t count;
     Buffer buffers[1];

@@ -107,7 +107,7 @@ Answer CoreAudio::readText(const PropertyAddress& address) const
     const Answer objectClass = classOf(address.object);
     if (!objectClass.isGood()) return objectClass;
 
-    // The text methods of devices leave no status for a missing property, but this call does.
+    // The text methods of devices leave no status for a missing property; reading the size does.
     object_.call("AudioObjectGetPropertyDataSize", address.object, address.selector, address.scope,
                  address.element);
     if (const Status status = lastError(); status != 0) return {status, {}};

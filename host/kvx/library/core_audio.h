@@ -1,5 +1,5 @@
-// The library's class of audio objects and their properties, as this program uses it. Each question is one
-// method call, answered with the status that the call left.
+// Wraps the library's class of audio objects and their properties. Each function returns a value together
+// with the status that the method call left.
 #pragma once
 
 #include "host/kvx/text/codes.h"
@@ -23,10 +23,10 @@ struct PropertyAddress {
     ObjectID object = 0;
     Code selector = 0;
     Code scope = globalScope;
-    std::uint32_t element = 0; ///< a channel from 1; 0: all channels
+    std::uint32_t element = 0; ///< number of a channel from 1, or 0 for all channels
 };
 
-/// The result of a call. `value` is bytes or UTF-8 text; empty if the status is not 0.
+/// The result of a method call: bytes or UTF-8 text in `value`, which is empty if `status` is not 0.
 struct Answer {
     Status status = 0;
     std::string value;
@@ -60,7 +60,7 @@ std::string bytesOf(const T& item)
     return {reinterpret_cast<const char*>(&item), sizeof item};
 }
 
-/// An object of the library's class. Errors of the platform are statuses; exceptions of the library are
+/// An object of the class CoreAudioKVX. Errors of the platform are statuses; exceptions of the library are
 /// thrown as host::HostException. All functions: [main].
 class CoreAudio {
 public:

@@ -14,7 +14,7 @@ namespace kvx {
 struct LibraryOptions {
     std::string path;            ///< path of the library; empty: KVXAudio.so in the folder of this program
     double hostVersion = 2016.0; ///< host version that the library sees
-    bool isDevelopment = false;  ///< true: the host reports a debug run, not a built program
+    bool isDevelopment = false;  ///< true: the host reports that it is the development environment
 };
 
 /// A host that has loaded the library.
@@ -26,7 +26,7 @@ public:
     host::Host& host() { return host_; }
 
     /// List the leaks once the command has released all its objects: host values, platform objects, and the
-    /// library's misuses of the host. `expected` platform objects are not leaks.
+    /// library's misuses of the host. Platform objects in `expected` are not leaks.
     /// Returns  one line per leak; "" without leaks.
     std::string leaks(const std::vector<KVXLiveCount>& expected = {}) const;
 
@@ -35,7 +35,7 @@ private:
 };
 
 /// Print the leaks to stderr.
-/// Returns  `exitCode`; 1 if there are leaks and `exitCode` is 0.
+/// Returns  `exitCode`, or 1 if there are leaks and `exitCode` is 0.
 int reportLeaks(const Library& library, int exitCode, const std::vector<KVXLiveCount>& expected = {});
 
 } // namespace kvx

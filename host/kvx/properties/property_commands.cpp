@@ -19,7 +19,7 @@ struct Subject {
     const PropertyType* type; ///< null: the type is unknown
 };
 
-// ---- the words of the command line ----
+// ---- arguments ----
 
 Code readScope(const std::string& text)
 {
@@ -156,7 +156,7 @@ std::string valueOf(const Answer& answer, const CoreAudio& core, const Subject& 
 
 Subject subjectOf(const CoreAudio& core, const PropertyOptions& options)
 {
-    // Wrong words are reported before the object is searched for.
+    // Wrong arguments are reported before the object is searched for.
     PropertyAddress address = {0, readSelector(core, options.selector), readScope(options.scope),
                                readElement(options.element)};
     address.object = findObject(core, options.object);

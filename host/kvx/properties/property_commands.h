@@ -9,10 +9,10 @@
 
 namespace kvx {
 
-/// The command line of both commands.
+/// The arguments and options of both commands.
 struct PropertyOptions {
     std::string object;             ///< "system", a device, "id:N" or "stream:N"
-    std::string selector;           ///< empty for kvx get: all properties of the object
+    std::string selector;           ///< selector of the property; empty in kvx get: all properties
     std::vector<std::string> value; ///< words of the value
     std::string scope = "global";
     std::string element = "0";

@@ -188,7 +188,8 @@ struct FormFact {
     Form form;
     std::size_t size; ///< size of an item, bytes
     std::string (*print)(std::string_view item);
-    std::string (*parse)(const std::string& text, const FindObject& findObject); ///< null: --hex only
+    std::string (*parse)(const std::string& text,
+                         const FindObject& findObject); ///< null: the user must give bytes with --hex
 };
 
 // clang-format off

@@ -14,7 +14,7 @@ namespace kvx {
 /// not fit the form is printed by dumpBytes(). The value of a `reference` is the text.
 std::string printValue(Form form, Extent extent, std::string_view value);
 
-/// Whether a property has the value that was written, given the bytes that it reads. A zero field of a
+/// Whether a property has the value that was written, given the bytes that are read back. A zero field of a
 /// written format fits any value; `single` values fit within a ten-thousandth; other values must be
 /// identical.
 bool isKept(Form form, std::string_view written, std::string_view read);

@@ -19,12 +19,12 @@ constexpr PropertyType question(Code selector, Asks asks, Form form = Form::text
 
 // clang-format off
 constexpr PropertyType types[] = {
-    // ---- of every object ----
+    // ---- properties of every object ----
     value('clas', Form::code),      value('stdv', Form::object),    value('ownd', Form::object, many),
     value('oplg', Form::reference), value('lnam', Form::reference), value('lmak', Form::reference),
     value('lchn', Form::reference), value('lccn', Form::reference), value('lcnn', Form::reference),
 
-    // ---- of the system ----
+    // ---- properties of the system ----
     value('dev#', Form::object, many),
     value('dIn ', Form::object), value('dOut', Form::object), value('sOut', Form::object),
     value('mast', Form::flag),   value('inot', Form::flag),   value('euid', Form::number),
@@ -36,7 +36,7 @@ constexpr PropertyType types[] = {
     question('duid', Asks::byReference), question('pibi', Asks::byReference),
     question('rnlp', Asks::byReference),
 
-    // ---- of devices: identity ----
+    // ---- properties of devices: identity ----
     value('plug', Form::integer),
     value('uid ', Form::reference), value('muid', Form::reference), value('capp', Form::reference),
     value('name', Form::text),      value('makr', Form::text),
@@ -45,7 +45,7 @@ constexpr PropertyType types[] = {
     value('dflt', Form::flag),      value('sflt', Form::flag),      value('hidn', Form::flag),
     question('icon', Asks::byReference),
 
-    // ---- of devices: operation ----
+    // ---- properties of devices: operation ----
     value('livn', Form::flag),   value('diff', Form::flag),  value('goin', Form::flag),
     value('gone', Form::flag),   value('over', Form::flag),  value('oink', Form::integer),
     value('ltnc', Form::number), value('saft', Form::number),
@@ -54,13 +54,13 @@ constexpr PropertyType types[] = {
     value('mix?', Form::flag),   value('ncyc', Form::single), question('suse', Asks::byReference),
     value('nsrt', Form::real),   value('asrt', Form::real),  value('nsr#', Form::range, many),
 
-    // ---- of devices: streams and formats ----
+    // ---- properties of devices: streams and formats ----
     value('stm#', Form::object, many), value('slay', Form::bufferList),
     value('sfmt', Form::format),       value('sfm#', Form::format, many),
     question('sfm?', Asks::whether, Form::format), question('sfmm', Asks::inPlace, Form::format),
     value('dch2', Form::number, many), value('srnd', Form::channelLayout),
 
-    // ---- of devices: controls ----
+    // ---- properties of devices: controls ----
     value('jack', Form::flag),
     value('volm', Form::single), value('vold', Form::single), value('vdb#', Form::range),
     question('v2db', Asks::inPlace, Form::single), question('db2v', Asks::inPlace, Form::single),
@@ -83,7 +83,7 @@ constexpr PropertyType types[] = {
     question('sv2d', Asks::inPlace, Form::single), question('sd2v', Asks::inPlace, Form::single),
     value('smut', Form::flag),
 
-    // ---- of streams ----
+    // ---- properties of streams ----
     value('sdir', Form::number), value('term', Form::code), value('schn', Form::number),
     value('sfma', Form::rangedFormat, many),
     value('pft ', Form::format), value('pft#', Form::format, many), value('pfta', Form::rangedFormat, many),

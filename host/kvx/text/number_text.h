@@ -1,4 +1,4 @@
-// Numbers and bytes as a user writes and reads them.
+// Reads numbers and bytes that a user writes, and prints bytes.
 #pragma once
 
 #include <charconv>

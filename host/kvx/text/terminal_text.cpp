@@ -15,7 +15,7 @@ constexpr std::size_t indent = 5; // blanks before cells below their row
 constexpr const char* ellipsis = "\xE2\x80\xA6";
 
 struct Character {
-    utf8proc_int32_t codePoint; ///< -1: invalid UTF-8
+    utf8proc_int32_t codePoint; ///< Unicode code point; -1: invalid UTF-8
     std::size_t bytes, width;
 };
 
@@ -32,7 +32,7 @@ Character firstCharacter(std::string_view utf8)
 /// A column with the width that it has in the laid-out table.
 struct Placed {
     const TableColumn* column;
-    std::size_t index; ///< of the column's cell in a row
+    std::size_t index; ///< index of the column's cell in a row
     std::size_t width;
 };
 
@@ -101,7 +101,7 @@ std::string layOutBelow(const std::vector<Placed>& below, const std::vector<std:
             line.clear();
         }
         line += line.empty() ? std::string(indent, ' ') + item : ", " + item;
-        line = cutToWidth(line, width > 0 ? width - 1 : 0); // keeps a column for the comma at the end
+        line = cutToWidth(line, width > 0 ? width - 1 : 0); // the last terminal column stays free for a comma
     }
     return line.empty() ? text : text + line + "\n";
 }
@@ -128,7 +128,7 @@ std::string asciiText(std::string_view text)
         const auto byte = static_cast<unsigned char>(each);
         if (byte < 0x80)
             ascii += each;
-        else if (byte >= 0xC0) // the first byte of a character
+        else if (byte >= 0xC0) // this byte begins a character that is not ASCII
             ascii += '?';
     }
     return ascii;

@@ -27,7 +27,7 @@ struct TableColumn {
     const char* title;
     enum Align { left, right } align;
     std::size_t minimumWidth; ///< narrowest width to which cells may be cut; 0: cells are never cut
-    int moveOrder; ///< the column with the highest value is moved below its row first; 0: never moved
+    int moveOrder; ///< order of moving columns below their row, highest value first; 0: never moved
 };
 
 /// Lay out a line of titles and a line per row. If `width` is too small, the widest cells are cut; if that is
