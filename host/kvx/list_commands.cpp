@@ -149,8 +149,8 @@ int watchDevices(host::Host& host, const CoreAudio& core, double demoSeconds)
 
     std::optional<Demo> demo;
     if (demoSeconds > 0) demo.emplace(host, core, demoSeconds);
-    bool isReported =
-        true; // the watch has printed the demo's last step; two unseen steps could cancel each other
+    // The demo waits for the report of its last step, because its next step could undo the last one unseen.
+    bool isReported = true;
     while (!isInterrupted()) {
         if (demo && isReported) isReported = !demo->stepIfDue();
         if (watch.reportChanges(demo ? demoWaitSeconds : waitSeconds)) isReported = true;
