@@ -139,7 +139,7 @@ void addTuneCommand(CLI::App& app, Action& action)
 
 // ---- exit codes ----
 
-int fail(const char* text, ExitCode code)
+int fail(const std::string& text, ExitCode code)
 {
     kvx::printMessage(text);
     return code;
@@ -164,6 +164,11 @@ int runAction(const Action& action)
     }
 }
 
+void nameChosenCommand(const CLI::App& app)
+{
+    for (const CLI::App* const command : app.get_subcommands()) kvx::setCommandName(command->get_name());
+}
+
 int run(int argumentCount, char** arguments)
 {
     CLI::App app("Plays and renders sound files through KVXAudio.so, and shows the library's classes, the "
@@ -185,11 +190,13 @@ int run(int argumentCount, char** arguments)
 
     try {
         app.parse(argumentCount, arguments);
+        nameChosenCommand(app);
+        return runAction(action);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? exitGood : exitWrongUsage; // --help is a parse error with code 0
+        if (error.get_exit_code() == 0) return app.exit(error); // prints the text of --help
+        nameChosenCommand(app);
+        return fail(fmt::format("{}; --help lists the arguments", error.what()), exitWrongUsage);
     }
-    kvx::setCommandName(app.get_subcommands().front()->get_name());
-    return runAction(action);
 }
 
 /// Open a standard stream that the caller closed, so that no other file gets its descriptor.
