@@ -2,7 +2,6 @@
 // All functions: [main].
 #pragma once
 
-#include "host/kvx/library/audio_records.h"
 #include "host/kvx/library/core_audio.h"
 
 #include <map>

@@ -1,7 +1,5 @@
 #include "host/kvx/library/core_audio.h"
 
-#include "host/kvx/library/audio_records.h"
-
 namespace kvx {
 namespace {
 

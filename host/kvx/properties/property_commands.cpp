@@ -2,8 +2,7 @@
 
 #include "host/kvx/devices/output_device.h"
 #include "host/kvx/library/core_audio.h"
-#include "host/kvx/properties/property_text.h"
-#include "host/kvx/properties/property_types.h"
+#include "host/kvx/properties/property_values.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
 #include "host/kvx/text/terminal_text.h"

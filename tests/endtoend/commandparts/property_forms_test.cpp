@@ -2,8 +2,7 @@
 #include "tests/endtoend/loaded_host.h"
 
 #include "host/kvx/library/core_audio.h"
-#include "host/kvx/properties/property_text.h"
-#include "host/kvx/properties/property_types.h"
+#include "host/kvx/properties/property_values.h"
 
 #include <gtest/gtest.h>
 

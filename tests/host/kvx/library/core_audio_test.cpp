@@ -1,5 +1,5 @@
 // The property records have the layout of the platform's records. All checks run at compile time.
-#include "host/kvx/library/audio_records.h"
+#include "host/kvx/library/core_audio.h"
 
 #include <CoreAudio/CoreAudio.h>
 
