@@ -17,8 +17,8 @@ namespace soundclient {
 /// [main]
 class DoubleBuffer {
 public:
-    /// Writes up to `frames` interleaved frames to `samples`, and returns the number of frames, which is less than
-    /// `frames` only at the end. Its exceptions pass through feed().
+    /// Writes up to `frames` interleaved frames to `samples`, and returns the number of frames, which is less
+    /// than `frames` only at the end. Its exceptions pass through feed().
     using Read = std::function<std::size_t(std::int16_t* samples, std::size_t frames)>;
 
     /// `frames` is the length of one buffer. The output must outlive the object.

@@ -37,7 +37,8 @@ template <class T>
 T getInfo(ComponentInstance instance, OSType what)
 {
     T value = 0;
-    check("asking the sound component for its format", SoundComponentGetInfo(instance, nullptr, what, &value));
+    check("asking the sound component for its format",
+          SoundComponentGetInfo(instance, nullptr, what, &value));
     return value;
 }
 

@@ -1,4 +1,5 @@
-// A sound output component as a client sees it: the client finds and opens the component, and sends selectors.
+// A sound output component as a client sees it: the client finds and opens the component, and sends
+// selectors.
 #pragma once
 
 #include <cstdint>
@@ -60,8 +61,8 @@ public:
     Source addSource();
     void removeSource(Source source); ///< after the call, the component uses no buffer of the source
 
-    /// Add a buffer to the queue of the source. The audio thread calls the completion routine of the buffer. The
-    /// call starts a source that is not playing, unless `isPaused`.
+    /// Add a buffer to the queue of the source. The audio thread calls the completion routine of the buffer.
+    /// The call starts a source that is not playing, unless `isPaused`.
     void play(Source source, SoundParamBlock& buffer, bool isPaused = false);
 
     void start(Source source);

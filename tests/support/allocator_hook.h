@@ -1,5 +1,6 @@
-// Counts and refuses the allocations of a whole program with its shared libraries. The program exports its symbols, so
-// that the hook's functions replace those of the C library. A sanitizer has its own allocator, which notifies the hook.
+// Counts and refuses the allocations of a whole program with its shared libraries. The program exports its
+// symbols, so that the hook's functions replace those of the C library. A sanitizer has its own allocator,
+// which notifies the hook.
 #pragma once
 
 #include <cstddef>
@@ -27,8 +28,8 @@ std::size_t bytesInUse(); ///< size of all memory blocks of the program
 std::size_t peakBytes();  ///< highest bytesInUse() since the last resetPeak()
 void resetPeak();
 
-/// Let the next `passing` calls of operator new on this thread succeed and `failing` calls after them fail. The thread
-/// sanitizer does not support this function.
+/// Let the next `passing` calls of operator new on this thread succeed and `failing` calls after them fail.
+/// The thread sanitizer does not support this function.
 void failNew(int passing, int failing);
 
 /// Let all further calls of operator new succeed.

@@ -1,7 +1,7 @@
 #include "host/kvx/files/sound_file.h"
 
-#include "host/kvx/text/failure.h"
 #include "host/kvx/text/codes.h"
+#include "host/kvx/text/failure.h"
 #include "host/runtime/support/checked_size.h"
 
 #include <AudioToolbox/AudioToolbox.h>

@@ -2,8 +2,8 @@
 
 #include "host/kvx/files/pcm16.h"
 #include "host/kvx/play/playback_end.h"
-#include "host/kvx/text/failure.h"
 #include "host/kvx/text/codes.h"
+#include "host/kvx/text/failure.h"
 #include "host/soundclient/double_buffer.h"
 
 #include <fmt/core.h>

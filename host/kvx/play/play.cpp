@@ -104,8 +104,8 @@ std::string printFileInfo(host::Host& host, const PlaylistFile& file, Progress& 
 
 } // namespace
 
-// Everything that can fail is checked before the first sound, in the order of cost: the files, the device, the
-// path of the capture, the library.
+// Everything that can fail is checked before the first sound, in the order of cost: the files, the device,
+// the path of the capture, the library.
 int play(const PlayOptions& options)
 {
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);

@@ -20,8 +20,8 @@ struct PlayOptions {
     PlayMethod method = PlayMethod::filePlayer;
     std::vector<std::string> files; ///< at least one file; exactly one with soundComponent
     DeviceRequest device;
-    std::string capture;  ///< path of the capture; empty: no capture
-    std::string keep;     ///< path without suffix of a capture of the simulated device and its picture, or empty
+    std::string capture; ///< path of the capture; empty: no capture
+    std::string keep; ///< path without suffix of a capture of the simulated device and its picture, or empty
     PlayerOptions player; ///< used by filePlayer
     float gain = 1;       ///< factor, used by bufferedPlayer and soundComponent
     soundclient::Labelling labelling = soundclient::Labelling::bigAsLittle; ///< used by soundComponent
@@ -41,7 +41,7 @@ int showFileInfo(const PlayOptions& options);
 
 struct RenderOptions {
     std::string from, to;
-    double deviceRate = 0; ///< Hz; 0: the rate of the file
+    double deviceRate = 0;          ///< Hz; 0: the rate of the file
     std::optional<double> duration; ///< seconds
     bool isQuiet = false;
     PlayerOptions player;

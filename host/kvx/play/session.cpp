@@ -74,7 +74,8 @@ void Session::stopWithProcess(const Transport& transport)
 
 void printGap()
 {
-    printMessage("the sound had gaps: the file could not be read as fast as it plays; copy it to a faster disk");
+    printMessage(
+        "the sound had gaps: the file could not be read as fast as it plays; copy it to a faster disk");
 }
 
 } // namespace kvx

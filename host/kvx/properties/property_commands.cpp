@@ -192,7 +192,7 @@ std::string printInPlace(const CoreAudio& core, const Subject& subject, const Pr
 {
     const std::string question = bytesFromUser(core, options, subject.type->form, subject.type->extent);
     const std::string value = valueOf(core.read(subject.address, question), core, subject);
-    return subject.type->asks == Asks::whether ? "yes" : printBytes(subject, value, options.isHex);
+    return subject.type->question == Question::check ? "yes" : printBytes(subject, value, options.isHex);
 }
 
 std::string printForCode(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
@@ -205,20 +205,21 @@ std::string printForCode(const CoreAudio& core, const Subject& subject, const Pr
 
 std::string printProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
-    const Asks asks = subject.type ? subject.type->asks : Asks::nothing;
+    const Question question = subject.type ? subject.type->question : Question::none;
     const std::string selector = printCode(subject.address.selector);
-    if (asks == Asks::byReference)
+    if (question == Question::reference)
         throw Failure(fmt::format("{} takes or returns a reference that a host program cannot hold; `kvx "
                                   "devices` shows every device with its UID",
                                   selector));
-    if (asks == Asks::nothing) {
+    if (question == Question::none) {
         if (!options.value.empty())
             throw WrongUsage(fmt::format("{} is read without a value; use `kvx set` to write", selector));
         return printPlain(core, subject, options.isHex);
     }
     if (options.value.empty())
         throw WrongUsage(fmt::format("{} converts or checks a value; give a VALUE", selector));
-    return asks == Asks::byCode ? printForCode(core, subject, options) : printInPlace(core, subject, options);
+    return question == Question::translate ? printForCode(core, subject, options)
+                                           : printInPlace(core, subject, options);
 }
 
 void printLines(const std::string& text)
@@ -245,7 +246,7 @@ void printAll(const CoreAudio& core, const PropertyOptions& options)
     for (const std::string& name : core.constants()) {
         const Code selector = *core.constant(name);
         const Subject subject = {{object, selector, scope, element}, findPropertyType(selector)};
-        if (!subject.type || subject.type->asks != Asks::nothing) continue;
+        if (!subject.type || subject.type->question != Question::none) continue;
         const Answer answer = subject.type->form == Form::reference ? core.readText(subject.address)
                                                                     : core.read(subject.address);
         if (!answer.isGood()) continue; // the object does not have this property
@@ -292,7 +293,8 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
     if (!subject.type && !options.isHex)
         throw WrongUsage(
             fmt::format("the type of the values of {} is unknown; give the bytes with --hex", selector));
-    if (subject.type && (subject.type->form == Form::reference || subject.type->asks == Asks::byReference))
+    if (subject.type &&
+        (subject.type->form == Form::reference || subject.type->question == Question::reference))
         throw Failure(
             fmt::format("the value of {} is a reference, which a host program cannot create", selector));
     const std::string bytes = subject.type
@@ -300,7 +302,7 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
                                   : parseHex(valueText(options));
     if (const Status status = core.write(subject.address, bytes); status != 0)
         failWith(status, core, subject);
-    if (!subject.type || subject.type->asks == Asks::nothing)
+    if (!subject.type || subject.type->question == Question::none)
         checkReadBack(core, subject, bytes, options.isHex);
 }
 

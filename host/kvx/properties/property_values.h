@@ -32,20 +32,20 @@ enum class Form {
 
 enum class Extent { one, many };
 
-/// The kind of question that a property answers.
-enum class Asks {
-    nothing,     ///< the property has a value, and answers no question
-    inPlace,     ///< the property replaces the value of the question by the answer, for example a conversion
-    whether,     ///< the property checks the value of the question; the status is the answer
-    byCode,      ///< the property translates a code into a text
-    byReference, ///< the question or the answer is a reference, which a host program cannot create or keep
+/// What a property does with a value that is passed to it when it is read.
+enum class Question {
+    none,      ///< nothing: the property has a value, and takes none
+    convert,   ///< the property converts the value, for example from a factor to decibels
+    check,     ///< the property checks the value; the status is the answer
+    translate, ///< the property translates a code into a text
+    reference, ///< the question or the answer is a reference, which a host program cannot create or keep
 };
 
 struct PropertyType {
     Code selector;
-    Form form; ///< form of the value; for inPlace and whether also of the question
+    Form form; ///< form of the value; for convert and check also of the question
     Extent extent;
-    Asks asks;
+    Question question;
 };
 
 /// The table of known properties: [first, first + count).

@@ -9,8 +9,8 @@
 namespace {
 
 using namespace endtoend;
-using kvx::Asks;
 using kvx::Form;
+using kvx::Question;
 
 /// The system, its devices and their streams.
 std::vector<kvx::ObjectID> allObjects(const kvx::CoreAudio& core)
@@ -37,7 +37,7 @@ TEST(PropertyForms, FitEveryValueThatThereIs)
                 for (kvx::Code scope : {kvx::globalScope, kvx::outputScope, kvx::inputScope})
                     for (std::uint32_t element = 0; element <= 3; ++element) {
                         const kvx::PropertyType& type = types.first[i];
-                        if (type.asks != Asks::nothing) continue;
+                        if (type.question != Question::none) continue;
                         const kvx::PropertyAddress address = {object, type.selector, scope, element};
                         const auto answer =
                             type.form == Form::reference ? core.readText(address) : core.read(address);

@@ -112,7 +112,7 @@ ComponentResult RegisteredComponent::answer(ComponentParameters& parameters)
     case kSoundComponentPlaySourceBufferSelect: {
         auto* const block = reinterpret_cast<SoundParamBlockPtr>(word(1));
         log("play " + std::to_string(word(0)) + " of " + std::to_string(block->desc.sampleCount) +
-             " actions " + std::to_string(word(2)));
+            " actions " + std::to_string(word(2)));
         if (!refusals.count(parameters.what)) queued.push_back(block);
         break;
     }

@@ -25,7 +25,7 @@ public:
     /// Complete the oldest queued buffer, as after playing it.
     void completeOne();
 
-    std::vector<std::string> calls;           ///< log of the calls, such as "start 1 source 7"
+    std::vector<std::string> calls;             ///< log of the calls, such as "start 1 source 7"
     std::map<SInt16, ComponentResult> refusals; ///< results of selectors that fail
     short channels = 2, bits = 16;
     UnsignedFixed rate = 0xAC440000; // 44100

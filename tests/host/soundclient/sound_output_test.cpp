@@ -33,8 +33,8 @@ TEST(SoundOutput, IsFoundBySubtypeAndManufacturer)
 TEST(SoundOutput, OpensTheLastRegisteredComponent)
 {
     ComponentDescription description = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};
-    const Component earlier =
-        RegisterComponent(&description, nullptr, 0, nullptr, nullptr, nullptr); // no entry point, so opening this component fails
+    const Component earlier = RegisterComponent(&description, nullptr, 0, nullptr, nullptr,
+                                                nullptr); // no entry point, so opening this component fails
     ASSERT_NE(earlier, nullptr);
     {
         RegisteredComponent component;

@@ -92,7 +92,7 @@ TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
             unit.setCallback(cycle % 5 ? Feeder::callback : nullptr, &feeder);
         }
         EXPECT_EQ(count.heapCalls(), 0);
-    EXPECT_EQ(count.locks(), 0);
+        EXPECT_EQ(count.locks(), 0);
         EXPECT_GT(feeder.calls, 10);
         AudioDeviceRemoveIOProc(device.id(), begin);
         AudioDeviceRemoveIOProc(device.id(), end);

@@ -13,7 +13,7 @@ using namespace test;
 // starts the count of allocations and locks, and the procedure after the graph's stops it.
 template <bool isOn>
 OSStatus watch(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
-                AudioBufferList*, const AudioTimeStamp*, void*)
+               AudioBufferList*, const AudioTimeStamp*, void*)
 {
     allocator::watchThisThread(isOn);
     return noErr;

@@ -9,8 +9,8 @@ namespace {
 
 using namespace haltest;
 
-// A test's first procedure starts the count of the cycle's thread, so the count includes the mixing, the wait for
-// the next slice and all later cycles.
+// A test's first procedure starts the count of the cycle's thread, so the count includes the mixing, the wait
+// for the next slice and all later cycles.
 
 TEST(CycleAllocation, IsCountedWhenAProcedureAllocates)
 {

@@ -1,4 +1,5 @@
-// Macros that compare a code or number of a platform header at compile time. Compiled programs contain these values.
+// Macros that compare a code or number of a platform header at compile time. Compiled programs contain these
+// values.
 #pragma once
 
 #include <MacTypes.h>

@@ -13,10 +13,10 @@
 
 namespace {
 
-using kvx::Asks;
 using kvx::bytesOf;
 using kvx::Extent;
 using kvx::Form;
+using kvx::Question;
 
 // ---- types ----
 
@@ -28,7 +28,7 @@ TEST(PropertyTypes, HaveEachSelectorOnce)
         const kvx::PropertyType& type = types.first[i];
         EXPECT_TRUE(seen.insert(type.selector).second) << kvx::printCode(type.selector);
         EXPECT_EQ(kvx::findPropertyType(type.selector), &type);
-        if (type.asks != Asks::nothing)
+        if (type.question != Question::none)
             EXPECT_EQ(type.extent, Extent::one) << "a question has a single value";
     }
     EXPECT_EQ(kvx::findPropertyType('****'), nullptr) << "a wildcard is no selector of a property";
@@ -41,50 +41,50 @@ TEST(PropertyTypes, AgreeWithThePlatformsDocumentation)
         kvx::Code selector;
         Form form;
         Extent extent;
-        Asks asks;
+        Question question;
     } facts[] = {
-        {kAudioObjectPropertyClass, Form::code, Extent::one, Asks::nothing},
-        {kAudioObjectPropertyOwner, Form::object, Extent::one, Asks::nothing},
-        {kAudioObjectPropertyOwnedObjects, Form::object, Extent::many, Asks::nothing},
-        {kAudioHardwarePropertyDevices, Form::object, Extent::many, Asks::nothing},
-        {kAudioHardwarePropertyDefaultInputDevice, Form::object, Extent::one, Asks::nothing},
-        {kAudioHardwarePropertyDeviceForUID, Form::text, Extent::one, Asks::byReference},
-        {kAudioHardwarePropertyRunLoop, Form::text, Extent::one, Asks::byReference},
-        {kAudioDevicePropertyDeviceName, Form::text, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyDeviceNameCFString, Form::reference, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyDeviceUID, Form::reference, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyPlugIn, Form::integer, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyTransportType, Form::code, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyDeviceIsAlive, Form::flag, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyHogMode, Form::integer, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyLatency, Form::number, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyBufferFrameSize, Form::number, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyBufferFrameSizeRange, Form::range, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyNominalSampleRate, Form::real, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyAvailableNominalSampleRates, Form::range, Extent::many, Asks::nothing},
-        {kAudioDevicePropertyIOCycleUsage, Form::single, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyStreams, Form::object, Extent::many, Asks::nothing},
-        {kAudioDevicePropertyStreamConfiguration, Form::bufferList, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyStreamFormat, Form::format, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyStreamFormats, Form::format, Extent::many, Asks::nothing},
-        {kAudioDevicePropertyStreamFormatSupported, Form::format, Extent::one, Asks::whether},
-        {kAudioDevicePropertyStreamFormatMatch, Form::format, Extent::one, Asks::inPlace},
-        {kAudioDevicePropertyPreferredChannelsForStereo, Form::number, Extent::many, Asks::nothing},
-        {kAudioDevicePropertyPreferredChannelLayout, Form::channelLayout, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyIOProcStreamUsage, Form::text, Extent::one, Asks::byReference},
-        {kAudioDevicePropertyVolumeScalar, Form::single, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyVolumeRangeDecibels, Form::range, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyVolumeScalarToDecibels, Form::single, Extent::one, Asks::inPlace},
-        {kAudioDevicePropertyMute, Form::flag, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyDataSource, Form::code, Extent::one, Asks::nothing},
-        {kAudioDevicePropertyDataSources, Form::code, Extent::many, Asks::nothing},
-        {kAudioDevicePropertyDataSourceNameForID, Form::text, Extent::one, Asks::byCode},
-        {kAudioDevicePropertyDataSourceNameForIDCFString, Form::text, Extent::one, Asks::byReference},
-        {kAudioStreamPropertyDirection, Form::number, Extent::one, Asks::nothing},
-        {kAudioStreamPropertyTerminalType, Form::code, Extent::one, Asks::nothing},
-        {kAudioStreamPropertyPhysicalFormat, Form::format, Extent::one, Asks::nothing},
-        {kAudioStreamPropertyAvailablePhysicalFormats, Form::rangedFormat, Extent::many, Asks::nothing},
-        {kAudioStreamPropertyPhysicalFormatSupported, Form::format, Extent::one, Asks::whether},
+        {kAudioObjectPropertyClass, Form::code, Extent::one, Question::none},
+        {kAudioObjectPropertyOwner, Form::object, Extent::one, Question::none},
+        {kAudioObjectPropertyOwnedObjects, Form::object, Extent::many, Question::none},
+        {kAudioHardwarePropertyDevices, Form::object, Extent::many, Question::none},
+        {kAudioHardwarePropertyDefaultInputDevice, Form::object, Extent::one, Question::none},
+        {kAudioHardwarePropertyDeviceForUID, Form::text, Extent::one, Question::reference},
+        {kAudioHardwarePropertyRunLoop, Form::text, Extent::one, Question::reference},
+        {kAudioDevicePropertyDeviceName, Form::text, Extent::one, Question::none},
+        {kAudioDevicePropertyDeviceNameCFString, Form::reference, Extent::one, Question::none},
+        {kAudioDevicePropertyDeviceUID, Form::reference, Extent::one, Question::none},
+        {kAudioDevicePropertyPlugIn, Form::integer, Extent::one, Question::none},
+        {kAudioDevicePropertyTransportType, Form::code, Extent::one, Question::none},
+        {kAudioDevicePropertyDeviceIsAlive, Form::flag, Extent::one, Question::none},
+        {kAudioDevicePropertyHogMode, Form::integer, Extent::one, Question::none},
+        {kAudioDevicePropertyLatency, Form::number, Extent::one, Question::none},
+        {kAudioDevicePropertyBufferFrameSize, Form::number, Extent::one, Question::none},
+        {kAudioDevicePropertyBufferFrameSizeRange, Form::range, Extent::one, Question::none},
+        {kAudioDevicePropertyNominalSampleRate, Form::real, Extent::one, Question::none},
+        {kAudioDevicePropertyAvailableNominalSampleRates, Form::range, Extent::many, Question::none},
+        {kAudioDevicePropertyIOCycleUsage, Form::single, Extent::one, Question::none},
+        {kAudioDevicePropertyStreams, Form::object, Extent::many, Question::none},
+        {kAudioDevicePropertyStreamConfiguration, Form::bufferList, Extent::one, Question::none},
+        {kAudioDevicePropertyStreamFormat, Form::format, Extent::one, Question::none},
+        {kAudioDevicePropertyStreamFormats, Form::format, Extent::many, Question::none},
+        {kAudioDevicePropertyStreamFormatSupported, Form::format, Extent::one, Question::check},
+        {kAudioDevicePropertyStreamFormatMatch, Form::format, Extent::one, Question::convert},
+        {kAudioDevicePropertyPreferredChannelsForStereo, Form::number, Extent::many, Question::none},
+        {kAudioDevicePropertyPreferredChannelLayout, Form::channelLayout, Extent::one, Question::none},
+        {kAudioDevicePropertyIOProcStreamUsage, Form::text, Extent::one, Question::reference},
+        {kAudioDevicePropertyVolumeScalar, Form::single, Extent::one, Question::none},
+        {kAudioDevicePropertyVolumeRangeDecibels, Form::range, Extent::one, Question::none},
+        {kAudioDevicePropertyVolumeScalarToDecibels, Form::single, Extent::one, Question::convert},
+        {kAudioDevicePropertyMute, Form::flag, Extent::one, Question::none},
+        {kAudioDevicePropertyDataSource, Form::code, Extent::one, Question::none},
+        {kAudioDevicePropertyDataSources, Form::code, Extent::many, Question::none},
+        {kAudioDevicePropertyDataSourceNameForID, Form::text, Extent::one, Question::translate},
+        {kAudioDevicePropertyDataSourceNameForIDCFString, Form::text, Extent::one, Question::reference},
+        {kAudioStreamPropertyDirection, Form::number, Extent::one, Question::none},
+        {kAudioStreamPropertyTerminalType, Form::code, Extent::one, Question::none},
+        {kAudioStreamPropertyPhysicalFormat, Form::format, Extent::one, Question::none},
+        {kAudioStreamPropertyAvailablePhysicalFormats, Form::rangedFormat, Extent::many, Question::none},
+        {kAudioStreamPropertyPhysicalFormatSupported, Form::format, Extent::one, Question::check},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(kvx::printCode(fact.selector));
@@ -92,7 +92,7 @@ TEST(PropertyTypes, AgreeWithThePlatformsDocumentation)
         ASSERT_NE(type, nullptr);
         EXPECT_EQ(type->form, fact.form);
         EXPECT_EQ(type->extent, fact.extent);
-        EXPECT_EQ(type->asks, fact.asks);
+        EXPECT_EQ(type->question, fact.question);
     }
 }
 
