@@ -1,5 +1,6 @@
 #include "host/kvx/devices/demo.h"
 
+#include "host/kvx/devices/output_device.h"
 #include "host/kvx/text/failure.h"
 
 #include <fmt/core.h>
@@ -7,14 +8,6 @@
 #include <iterator>
 
 namespace kvx {
-namespace {
-
-void check(std::int32_t status)
-{
-    if (status != 0) throw Failure(KVXPlatformErrorText());
-}
-
-} // namespace
 
 Demo::Demo(host::Host& host, const CoreAudio& core, double secondsPerStep)
     : host_(host), core_(core),
@@ -36,12 +29,32 @@ Demo::~Demo()
 bool Demo::stepIfDue()
 {
     if (Clock::now() < next_) return false;
-    static constexpr void (Demo::*steps[])() = {
-        &Demo::plugIn,       &Demo::becomeDefault, &Demo::changeRate, &Demo::changeSlice,
-        &Demo::changeVolume, &Demo::muteOn,        &Demo::muteOff,    &Demo::start,
-        &Demo::stop,         &Demo::die,           &Demo::unplug,
+    static constexpr void (*steps[])(Demo&) = {
+        [](Demo& demo) { demo.add(); },
+        [](Demo& demo) {
+            demo.write({systemObject, 'dOut'}, bytesOf(ObjectID{demo.device_}));
+        },
+        [](Demo& demo) {
+            demo.write({demo.device_, 'nsrt'}, bytesOf(48000.0));
+        },
+        [](Demo& demo) {
+            demo.write({demo.device_, 'fsiz'}, bytesOf(std::uint32_t{256}));
+        },
+        [](Demo& demo) {
+            demo.write({demo.device_, 'volm', outputScope, 1}, bytesOf(0.5f));
+        },
+        [](Demo& demo) {
+            demo.write({demo.device_, 'mute', outputScope}, bytesOf(std::uint32_t{1}));
+        },
+        [](Demo& demo) {
+            demo.write({demo.device_, 'mute', outputScope}, bytesOf(std::uint32_t{0}));
+        },
+        [](Demo& demo) { demo.start(); },
+        [](Demo& demo) { demo.stop(); },
+        [](Demo& demo) { demo.kill(); },
+        [](Demo& demo) { demo.remove(); },
     };
-    (this->*steps[step_])();
+    steps[step_](*this);
     step_ = (step_ + 1) % std::size(steps);
     next_ = Clock::now() + pause_;
     return true;
@@ -54,7 +67,7 @@ void Demo::write(const PropertyAddress& address, const std::string& bytes)
                                   printCode(address.selector), printStatus(status)));
 }
 
-void Demo::plugIn()
+void Demo::add()
 {
     const std::string name = fmt::format("Demo Device {}", ++deviceCount_);
     KVXSimulatedDevice description = {};
@@ -63,16 +76,9 @@ void Demo::plugIn()
     if (!device_) throw Failure(KVXPlatformErrorText());
 }
 
-void Demo::becomeDefault() { write({systemObject, 'dOut'}, bytesOf(ObjectID{device_})); }
-void Demo::changeRate() { write({device_, 'nsrt'}, bytesOf(48000.0)); }
-void Demo::changeSlice() { write({device_, 'fsiz'}, bytesOf(std::uint32_t{256})); }
-void Demo::changeVolume() { write({device_, 'volm', outputScope, 1}, bytesOf(0.5f)); }
-void Demo::muteOn() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t{1})); }
-void Demo::muteOff() { write({device_, 'mute', outputScope}, bytesOf(std::uint32_t{0})); }
-
-// A player that does not stop at an underflow keeps the device running, silently.
 void Demo::start()
 {
+    // A player that does not stop at an underflow keeps the device running, silently.
     player_ = host_.create("CoreAudioPlayerKVX");
     player_.set("OutputDeviceID", std::int64_t{device_});
     player_.set("NoUnderflow", true);
@@ -87,11 +93,11 @@ void Demo::stop()
     player_ = nullptr;
 }
 
-void Demo::die() { check(KVXPlatformKillDevice(device_)); }
+void Demo::kill() { checkControl(KVXPlatformKillDevice(device_)); }
 
-void Demo::unplug()
+void Demo::remove()
 {
-    check(KVXPlatformRemoveSimulatedDevice(device_));
+    checkControl(KVXPlatformRemoveSimulatedDevice(device_));
     device_ = 0;
 }
 

@@ -27,18 +27,11 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void plugIn();
-    void becomeDefault();
-    void changeRate();
-    void changeSlice();
-    void changeVolume();
-    void muteOn();
-    void muteOff();
+    void add();
     void start();
     void stop();
-    void die();
-    void unplug();
-
+    void kill();
+    void remove();
     void write(const PropertyAddress& address, const std::string& bytes);
 
     host::Host& host_;

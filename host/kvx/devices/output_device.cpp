@@ -8,11 +8,6 @@
 namespace kvx {
 namespace {
 
-void check(std::int32_t status)
-{
-    if (status != 0) throw Failure(KVXPlatformErrorText());
-}
-
 /// Get all rows of a platform function that fills up to `capacity` rows and returns their number.
 template <class Fill>
 std::vector<KVXDeviceInfo> allRows(Fill fill)
@@ -65,7 +60,12 @@ bool isFallback(const KVXDeviceInfo& device, const DeviceRequest& request)
 
 } // namespace
 
-void checkHardware() { check(KVXPlatformCheckHardware()); }
+void checkControl(std::int32_t status)
+{
+    if (status != 0) throw Failure(KVXPlatformErrorText());
+}
+
+void checkHardware() { checkControl(KVXPlatformCheckHardware()); }
 
 std::vector<KVXDeviceInfo> listDevices() { return allRows(KVXPlatformGetDevices); }
 
@@ -96,11 +96,11 @@ KVXDeviceInfo chooseDevice(const DeviceRequest& request)
     if (isFallback(device, request)) checkHardware();
     if (request.rate > 0) {
         needSimulated(device, "--device-rate");
-        check(KVXPlatformConfigureDevice(device.device, request.rate, 0, 0));
+        checkControl(KVXPlatformConfigureDevice(device.device, request.rate, 0, 0));
     }
     if (request.isStepped) {
         needSimulated(device, "--fast");
-        check(KVXPlatformSetStepped(device.device, 1));
+        checkControl(KVXPlatformSetStepped(device.device, 1));
     }
     return defaultDevice();
 }

@@ -22,6 +22,10 @@ struct DeviceRequest {
     bool isStepped = false; ///< true: run the simulated device faster than real time
 };
 
+/// Check the status of a control function of the platform.
+/// Errors  throws Failure with the platform's error text if the status is not 0.
+void checkControl(std::int32_t status);
+
 /// Check that the platform could read the sound hardware; the device list is incomplete otherwise.
 /// Errors  throws Failure, for example if a sound server does not answer.
 void checkHardware();

@@ -79,14 +79,14 @@ struct Answer {
     bool isGood() const { return status == 0; }
 };
 
-/// The item at an index of a value that is an array of T.
-/// Errors  nullopt if the value is too short.
+/// The item at the start of a value.
+/// Errors  nullopt if the value is shorter than the item.
 template <class T>
-std::optional<T> itemOf(std::string_view value, std::size_t index = 0)
+std::optional<T> itemOf(std::string_view value)
 {
-    if (value.size() < (index + 1) * sizeof(T)) return std::nullopt;
+    if (value.size() < sizeof(T)) return std::nullopt;
     T item;
-    std::memcpy(&item, value.data() + index * sizeof(T), sizeof item);
+    std::memcpy(&item, value.data(), sizeof item);
     return item;
 }
 

@@ -13,8 +13,6 @@ namespace kvx {
 using Code = std::uint32_t;
 using Status = std::int32_t;
 
-constexpr Status unknownProperty = 'who?';
-
 /// The four characters of a code, printable or not.
 std::string charactersOf(Code code);
 
