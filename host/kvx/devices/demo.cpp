@@ -29,31 +29,21 @@ Demo::~Demo()
 bool Demo::stepIfDue()
 {
     if (Clock::now() < next_) return false;
+    // clang-format off
     static constexpr void (*steps[])(Demo&) = {
         [](Demo& demo) { demo.add(); },
-        [](Demo& demo) {
-            demo.write({systemObject, 'dOut'}, bytesOf(ObjectID{demo.device_}));
-        },
-        [](Demo& demo) {
-            demo.write({demo.device_, 'nsrt'}, bytesOf(48000.0));
-        },
-        [](Demo& demo) {
-            demo.write({demo.device_, 'fsiz'}, bytesOf(std::uint32_t{256}));
-        },
-        [](Demo& demo) {
-            demo.write({demo.device_, 'volm', outputScope, 1}, bytesOf(0.5f));
-        },
-        [](Demo& demo) {
-            demo.write({demo.device_, 'mute', outputScope}, bytesOf(std::uint32_t{1}));
-        },
-        [](Demo& demo) {
-            demo.write({demo.device_, 'mute', outputScope}, bytesOf(std::uint32_t{0}));
-        },
+        [](Demo& demo) { demo.write({systemObject, 'dOut'}, bytesOf(ObjectID{demo.device_})); },
+        [](Demo& demo) { demo.write({demo.device_, 'nsrt'}, bytesOf(48000.0)); },
+        [](Demo& demo) { demo.write({demo.device_, 'fsiz'}, bytesOf(std::uint32_t{256})); },
+        [](Demo& demo) { demo.write({demo.device_, 'volm', outputScope, 1}, bytesOf(0.5f)); },
+        [](Demo& demo) { demo.write({demo.device_, 'mute', outputScope}, bytesOf(std::uint32_t{1})); },
+        [](Demo& demo) { demo.write({demo.device_, 'mute', outputScope}, bytesOf(std::uint32_t{0})); },
         [](Demo& demo) { demo.start(); },
         [](Demo& demo) { demo.stop(); },
         [](Demo& demo) { demo.kill(); },
         [](Demo& demo) { demo.remove(); },
     };
+    // clang-format on
     steps[step_](*this);
     step_ = (step_ + 1) % std::size(steps);
     next_ = Clock::now() + pause_;
