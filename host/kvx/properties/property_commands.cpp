@@ -143,8 +143,9 @@ void withObject(const CoreAudio& core, ObjectID object, Body body)
 
 [[noreturn]] void failWith(Status status, const CoreAudio& core, const Subject& subject)
 {
-    throw Failure(fmt::format("{}, {}: {}", nameOf(core, subject.address.object),
-                              printCode(subject.address.selector), printStatus(status)));
+    const char* const advice = status == 'who?' ? "; `kvx get OBJECT` lists the properties of an object" : "";
+    throw Failure(fmt::format("{}, {}: {}{}", nameOf(core, subject.address.object),
+                              printCode(subject.address.selector), printStatus(status), advice));
 }
 
 std::string valueOf(const Answer& answer, const CoreAudio& core, const Subject& subject)
