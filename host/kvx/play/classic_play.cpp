@@ -1,7 +1,6 @@
 #include "host/kvx/play/classic_play.h"
 
-#include "host/kvx/files/pcm16.h"
-#include "host/kvx/play/playback_end.h"
+#include "host/kvx/files/sound_file.h"
 #include "host/kvx/text/codes.h"
 #include "host/kvx/text/failure.h"
 #include "host/soundclient/double_buffer.h"

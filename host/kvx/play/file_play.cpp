@@ -1,9 +1,9 @@
 #include "host/kvx/play/file_play.h"
 
-#include "host/kvx/play/playback_end.h"
-#include "host/kvx/play/player_keys.h"
 #include "host/kvx/terminal/interrupt.h"
 
+#include <algorithm>
+#include <cmath>
 #include <exception>
 #include <memory>
 
@@ -12,6 +12,54 @@ namespace {
 
 constexpr Advice advice = {"`kvx play --buffered` plays files from the disk",
                            "choose another with --device (see `kvx devices`)"};
+
+bool hasLoop(const FilePlayer& player) { return player.loopOut() > player.loopIn(); }
+
+// An empty loop would repeat one position.
+void endEmptyLoop(FilePlayer& player)
+{
+    if (player.isLooping() && !hasLoop(player)) player.setLooping(false);
+}
+
+void setLoopInHere(FilePlayer& player)
+{
+    player.setLoopIn(player.position());
+    endEmptyLoop(player);
+}
+
+void setLoopOutHere(FilePlayer& player)
+{
+    const double here = player.position();
+    // Without a loop start, the loop begins at the start of the file. The class loops only after an explicit
+    // write of 0. That write also moves an unset loop end, so it comes first.
+    if (player.loopIn() == 0) player.setLoopIn(0);
+    player.setLoopOut(here);
+    endEmptyLoop(player);
+}
+
+std::string toggleLoop(FilePlayer& player)
+{
+    if (!player.isLooping() && !hasLoop(player)) return "mark a loop with [ and ] first";
+    player.setLooping(!player.isLooping());
+    return {};
+}
+
+constexpr struct {
+    Key key;
+    void (*apply)(FilePlayer& player);
+} keyActions[] = {
+    {Key::pause, [](FilePlayer& p) { p.isPlaying() ? p.pause() : p.play(); }},
+    {Key::back, [](FilePlayer& p) { p.seek(p.position() - seekStep); }},
+    {Key::forward, [](FilePlayer& p) { p.seek(p.position() + seekStep); }},
+    {Key::louder, [](FilePlayer& p) { p.setVolume(stepped(p.volume(), volumeStep, volumeRange)); }},
+    {Key::softer, [](FilePlayer& p) { p.setVolume(stepped(p.volume(), -volumeStep, volumeRange)); }},
+    {Key::loopIn, setLoopInHere},
+    {Key::loopOut, setLoopOutHere},
+    {Key::faster, [](FilePlayer& p) { p.setRate(stepped(p.rate(), rateStep, p.rates())); }},
+    {Key::slower, [](FilePlayer& p) { p.setRate(stepped(p.rate(), -rateStep, p.rates())); }},
+    {Key::higher, [](FilePlayer& p) { p.setPitch(stepped(p.pitch(), pitchStep, pitchRange)); }},
+    {Key::lower, [](FilePlayer& p) { p.setPitch(stepped(p.pitch(), -pitchStep, pitchRange)); }},
+};
 
 /// A file and its player.
 struct Track {
@@ -174,6 +222,29 @@ private:
 };
 
 } // namespace
+
+double stepped(double value, double step, const Range& range)
+{
+    const double moved = value + step;
+    const double onGrid = std::round(moved / step) * step;
+    return std::clamp(std::fabs(moved - onGrid) < std::fabs(step) * 1e-3 ? onGrid : moved, range.low,
+                      range.high);
+}
+
+std::string applyKey(Key key, FilePlayer& player)
+{
+    if (key == Key::loop) return toggleLoop(player);
+    for (const auto& each : keyActions)
+        if (each.key == key) each.apply(player);
+    return {};
+}
+
+void copySettings(const FilePlayer& from, FilePlayer& to)
+{
+    to.setVolume(from.volume());
+    to.setRate(from.rate());
+    to.setPitch(from.pitch()); // with varispeed this repeats the value more exactly than setRate()
+}
 
 void playFiles(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
 {

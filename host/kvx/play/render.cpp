@@ -1,7 +1,7 @@
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/files/capture.h"
 #include "host/kvx/play/play.h"
-#include "host/kvx/play/playback_end.h"
+#include "host/kvx/play/session.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
 

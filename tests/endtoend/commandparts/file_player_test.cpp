@@ -1,8 +1,8 @@
 // The file player as the command holds it: what a whole command cannot be brought to show.
+#include "host/kvx/play/file_play.h"
 #include "host/kvx/play/file_player.h"
-#include "host/kvx/play/playback_end.h"
-#include "host/kvx/play/player_keys.h"
 #include "host/kvx/play/player_options.h"
+#include "host/kvx/play/session.h"
 #include "host/kvx/text/failure.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/support/sound_samples.h"

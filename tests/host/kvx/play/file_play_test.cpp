@@ -1,4 +1,4 @@
-#include "host/kvx/play/player_keys.h"
+#include "host/kvx/play/file_play.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "host/kvx/play/file_player.h"
-#include "host/kvx/play/playback_end.h"
+#include "host/kvx/play/session.h"
 
 #include <gtest/gtest.h>
 
@@ -76,6 +76,21 @@ TEST(EndDetector, EndsAtOnceWithoutRemainingFrames)
 {
     kvx::EndDetector detector;
     EXPECT_TRUE(detector.hasEnded(1000, 0));
+}
+
+TEST(Meter, ReportsSilenceAndReleasesTheDevice)
+{
+    KVXSimulatedDevice description = {};
+    description.isStepped = 1;
+    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
+    ASSERT_NE(device, 0u);
+    {
+        kvx::Meter meter(device);
+        KVXPlatformStep(device, 512);
+        EXPECT_EQ(meter.takePeak(), 0.0f);
+    }
+    KVXPlatformStep(device, 512); // the tap is removed
+    EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
 }
 
 } // namespace
