@@ -1,5 +1,5 @@
 // Atomic file replacement: a file is written to a temporary path, and then renamed to its final path.
-// All functions: [main], unless stated.
+// All functions except removeTemporaryFiles(): [main].
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@ namespace kvx {
 /// Errors  throws Failure.
 void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& path, const char* option);
 
-/// Choose a temporary path in the folder of `path`. Neither `path` nor the temporary path is changed.
-/// Errors  throws Failure with the reason and the next step if no file can be written to `path`.
+/// Choose an unused temporary path in the folder of `path`, and check that a file can be written there.
+/// Errors  throws Failure with the reason and the next step if the check fails.
 std::string temporaryPathFor(const std::string& path);
 
 /// Rename the temporary file to `path`, and replace any former file.
@@ -24,7 +24,7 @@ void moveIntoPlace(const std::string& temporary, const std::string& path);
 /// unknown.
 [[noreturn]] void giveUpWriting(const std::string& temporary, const std::string& path, int error);
 
-/// Remove every file that still exists under a path of temporaryPathFor(). Signal handlers may call it.
+/// Remove every file at a path that temporaryPathFor() has returned. Signal handlers may call this function.
 /// [any]
 void removeTemporaryFiles();
 

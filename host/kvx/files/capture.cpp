@@ -8,7 +8,7 @@
 namespace kvx {
 namespace {
 
-/// The platform's message, with the path of the user in place of the temporary path.
+/// The error message of the platform, with the user's path in place of the temporary path.
 Failure platformFailure(const std::string& temporary, const std::string& path)
 {
     std::string text = KVXPlatformErrorText();

@@ -1,4 +1,4 @@
-// The output of a device, written to a WAV file of 32-bit float.
+// A capture: the output of a device, written to a WAV file of 32-bit float.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -7,8 +7,9 @@
 
 namespace kvx {
 
-/// Captures the output of a device from construction on. Only keep() creates or replaces the file at the
-/// path. [main]
+/// Captures the output of a device into a temporary file, from construction on. keep() moves the temporary
+/// file to its path.
+/// [main]
 class Capture {
 public:
     /// Errors  throws Failure if no file can be written to the path.

@@ -24,7 +24,7 @@ namespace {
 #define READABLE_TYPES                                                                                       \
     "; kvx plays WAV, AIFF, CAF, FLAC, Ogg Vorbis, Opus, MP3 and the other formats that libsndfile reads"
 
-// The message is the path and the text.
+// Messages for statuses of the platform; each message begins with the path.
 constexpr struct {
     OSStatus status;
     const char* text;
@@ -82,7 +82,7 @@ ExtAudioFileRef open(const std::string& path)
     return file;
 }
 
-/// Interleaved native float.
+/// The client format: interleaved native 32-bit float.
 AudioStreamBasicDescription floatFormat(double sampleRate, UInt32 channels)
 {
     const auto frameBytes = UInt32(channels * sizeof(float));

@@ -9,18 +9,19 @@
 #include <string>
 #include <vector>
 
-struct OpaqueExtAudioFile; // a type of the platform
+struct OpaqueExtAudioFile; // declared by the platform
 
 namespace kvx {
 
-/// What a file contains, and what its header promises.
+/// The contents of a sound file, and the length that its header states.
 struct SoundFormat {
-    int sampleRate = 0;               ///< Hz, within the platform's limits
-    int fileChannels = 0;             ///< number of channels in the file
-    int channels = 0;                 ///< number of channels that SoundFile reads: 1 or 2
-    std::int64_t frames = 0;          ///< number of frames that the platform can decode
-    bool isCutShort = false;          ///< whether the file ends before the length in its header
-    std::int64_t statedFrames = 0;    ///< number of frames by the header; 0: the header contains no number
+    int sampleRate = 0;      ///< sample rate in Hz, within the platform's limits
+    int fileChannels = 0;    ///< number of channels in the file
+    int channels = 0;        ///< number of channels that SoundFile reads: 1 or 2
+    std::int64_t frames = 0; ///< number of frames that the platform can decode
+    bool isCutShort = false; ///< whether the file ends before the length in its header
+    std::int64_t statedFrames =
+        0; ///< number of frames that the header states; 0: the header states no number
     std::uint32_t omittedStreams = 0; ///< number of chained streams that the platform does not decode
 
     double duration() const { return double(frames) / sampleRate; } ///< seconds
@@ -33,7 +34,7 @@ public:
     /// Errors  throws Failure with the reason and the next step.
     explicit SoundFile(const std::string& path);
 
-    /// The path as pathOnDisk() returns it.
+    /// The path in the spelling of pathOnDisk().
     const std::string& path() const { return path_; }
     const SoundFormat& format() const { return format_; }
 
@@ -74,7 +75,8 @@ public:
     /// Errors   throws Failure if the disk cannot be read.
     std::size_t read(std::int16_t* out, std::size_t frames);
 
-    bool isDamaged() const { return file_.isDamaged(); } ///< the same as SoundFile::isDamaged()
+    /// Whether the data is damaged, as SoundFile::isDamaged() reports.
+    bool isDamaged() const { return file_.isDamaged(); }
 
 private:
     SoundFile file_;
@@ -86,9 +88,9 @@ private:
 /// Errors  throws Failure.
 std::int64_t countDecodedFrames(const std::string& path);
 
-/// Find the spelling of a path on the disk, which may contain accented letters in composed or decomposed
-/// form. Returns  `path` if it exists or if no item matches; otherwise the absolute path of the matching
-/// item.
+/// Path lookup: find the spelling of a path on the disk, which may store accented letters in composed or
+/// decomposed form.
+/// Returns  `path` if it exists or if no item matches; otherwise the absolute path of the matching item.
 std::string pathOnDisk(const std::string& path);
 
 /// One message for each kind of missing content: frames before the stated end, and omitted streams.

@@ -12,9 +12,9 @@ namespace kvx {
 namespace {
 
 struct Note {
-    double beat; // time of the note
-    int key;     // semitones above 220 Hz
-    float pan;   // 0 is left, 1 is right
+    double beat; // start of the note in beats
+    int key;     // pitch in semitones above 220 Hz
+    float pan;   // position from 0 (left) to 1 (right)
     float gain;
 };
 

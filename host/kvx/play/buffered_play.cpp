@@ -13,7 +13,7 @@ namespace {
 
 constexpr int blockSeconds = 4;
 constexpr std::size_t leastBlockFrames = 4096, mostBlockFrames = 1 << 20;
-constexpr std::int64_t blocksAhead = 5; // at most 40 MiB
+constexpr std::int64_t blocksAhead = 5; // blocks in the queue, at most 40 MiB
 constexpr std::int64_t queueCapacity = 200;
 
 void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& session)
@@ -59,7 +59,7 @@ BufferedPlayer::~BufferedPlayer()
     try {
         stop();
     } catch (const std::exception&) {
-        // The object's destructor also stops the device.
+        // Ignored, because the destructor of the player object also stops the device.
     }
 }
 
@@ -82,8 +82,8 @@ void BufferedPlayer::feed()
 void BufferedPlayer::start(const KVXDeviceInfo& device)
 {
     feed();
-    // With NoUnderflow, the device continues when the queue is empty. Without it, the device stops after the
-    // last block.
+    // While the property NoUnderflow is true, the device continues when the queue is empty. Otherwise, the
+    // device stops after the last block.
     player_.set("NoUnderflow", !isFed_);
     if (player_.call("Start").boolean()) return;
     // A player whose device refuses to start reports that it is running. Its destructor would wait forever,
@@ -105,7 +105,7 @@ bool BufferedPlayer::advance()
 void BufferedPlayer::stop()
 {
     if (!player_) return;
-    player_.set("NoUnderflow", false); // with NoUnderflow, the player refuses to stop
+    player_.set("NoUnderflow", false); // the player refuses to stop while NoUnderflow is true
     player_.call("Stop");
 }
 

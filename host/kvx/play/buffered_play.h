@@ -11,12 +11,11 @@
 
 namespace kvx {
 
-/// The library's class CoreAudioPlayerKVX as this program uses it: plays one group, which the object decodes
-/// ahead of the audible position. Call start(), then advance() until it returns false.
-/// Shape   blocks of some seconds, interleaved, at most 8 MiB each. Several blocks wait in the player's
-/// queue,
-///         so that decoding may take seconds. The class loses one frame per block at other rates than the
-///         device's, so blocks are long.
+/// Plays one group through the library's class CoreAudioPlayerKVX, and decodes the files ahead of the audible
+/// position. The caller calls start(), then advance() until advance() returns false.
+/// Shape   interleaved blocks of four seconds, at most 8 MiB each. Several blocks wait in the queue of the
+///         player, so decoding may take seconds. If the sample rate differs from that of the device, the
+///         class loses one frame per block, so the blocks are long.
 /// [main]
 class BufferedPlayer {
 public:
@@ -29,10 +28,10 @@ public:
     BufferedPlayer& operator=(const BufferedPlayer&) = delete;
 
     /// Queue the first blocks and start the device.
-    /// Errors  throws Failure if the device does not start; the player object then leaks on purpose.
+    /// Errors  throws Failure if the device does not start. The player object of the library may then leak.
     void start(const KVXDeviceInfo& device);
 
-    /// Queue blocks while the queue has space.
+    /// Decode and queue the next blocks, until the queue has enough blocks.
     /// Returns  false after the device has played the whole group.
     bool advance();
 

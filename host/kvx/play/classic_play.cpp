@@ -19,8 +19,8 @@ using soundclient::Labelling;
 using soundclient::SoundOutput;
 
 constexpr double bufferSeconds = 1;
-constexpr double stepSeconds = 0.1;   // step of a stepped device, a part of a buffer
-constexpr double delaySeconds = 0.25; // upper limit of the delay of mixer, converter and unit
+constexpr double stepSeconds = 0.1;   // seconds per step of a stepped device; less than a buffer
+constexpr double delaySeconds = 0.25; // upper limit of the total delay of mixer, converter and output unit
 
 std::unique_ptr<SoundOutput> openComponent()
 try {
@@ -45,7 +45,7 @@ void checkForm(const PlaylistFile& file, const soundclient::OutputForm& form)
                                   file.path, file.format.sampleRate, form.rate));
 }
 
-/// The state of the playing file.
+/// Playback of one file through the double buffer.
 class ClassicPlayback {
 public:
     ClassicPlayback(DoubleBuffer& buffers, const PlaylistFile& file, Session& session)
@@ -80,7 +80,8 @@ public:
 private:
     double rate() const { return session_.device().sampleRate; }
 
-    /// Seconds of the file. The device's clock counts, within the limits of the buffers.
+    /// The position in seconds of the file, by the clock of the device. The position is never outside the
+    /// buffers that the component is playing.
     double position() const
     {
         const double fileRate = file_.format.sampleRate;
@@ -132,7 +133,7 @@ SoundBridge::~SoundBridge()
     try {
         end();
     } catch (const std::exception&) {
-        // The object's destructor also stops the unit.
+        // Ignored, because the destructor of the library's object also stops the unit.
     }
 }
 
@@ -154,7 +155,8 @@ void SoundBridge::attachUnit()
 
 void SoundBridge::start() { check("starting the device", object_.call("AudioOutputUnitStart", unit_)); }
 
-// CloseComponent of the class stops the unit and unregisters the component. The caller must close the unit.
+// The class's CloseComponent stops the output unit and unregisters the sound component, but does not close
+// the unit.
 void SoundBridge::end()
 {
     object_.call("CloseComponent");

@@ -14,9 +14,10 @@ namespace kvx {
 /// Subtype and manufacturer of the sound component that the library registers.
 constexpr std::uint32_t bridgeSubType = 'QTso', bridgeManufacturer = 'QTso';
 
-/// The library's class QTSoundStreamKVX as this program uses it. While an object exists, the sound component
-/// is registered, and an output unit plays the sound that clients send. Clients must close the component
-/// first. [main]
+/// Registers the library's sound component through the class QTSoundStreamKVX. While an object exists, an
+/// output unit plays the sound that clients of the component send. The clients must close the component
+/// before the object is destroyed.
+/// [main]
 class SoundBridge {
 public:
     /// Register the component, and attach it to the default output unit.
@@ -39,7 +40,7 @@ private:
     void end();
 
     host::Object object_;
-    host::Object units_; // an object of the class that closes units
+    host::Object units_; // object of the class whose methods close the unit
     std::int64_t unit_ = 0;
 };
 

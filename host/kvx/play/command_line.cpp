@@ -14,7 +14,7 @@ namespace {
 
 using soundclient::Labelling;
 
-/// The options of `kvx play` and `kvx soundstream`, before the conversions.
+/// The values of the options of `kvx play` and `kvx soundstream`, in the units of the command line.
 struct PlayCommandLine : PlayOptions {
     std::string file, otherwise;
     std::string buffers = "swapped";
@@ -47,7 +47,8 @@ auto orParseError(Function function)
     }
 }
 
-float factorOf(double decibels) { return float(std::pow(10.0, decibels / 20.0)); } // exactly 1 at 0 dB
+/// Convert decibels to a factor; 0 dB is exactly 1.
+float factorOf(double decibels) { return float(std::pow(10.0, decibels / 20.0)); }
 
 int showNamedCurves()
 {
@@ -68,7 +69,8 @@ CLI::Option* addGain(CLI::App& command, double& gainDb, const char* help)
 
 void addQuiet(CLI::App& command, bool& isQuiet) { command.add_flag("--quiet", isQuiet, "Print errors only"); }
 
-/// Whether the user wants a list of curves instead of sound. Checks the options otherwise.
+/// Set `action` if the user requests the list of named curves; otherwise check the options.
+/// Returns  whether `action` was set.
 bool showsCurves(const PlayerOptions& options, Action& action)
 {
     if (options.isCurveListWanted)

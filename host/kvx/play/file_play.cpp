@@ -15,7 +15,7 @@ constexpr Advice advice = {"`kvx play --buffered` plays files from the disk",
 
 bool hasLoop(const FilePlayer& player) { return player.loopOut() > player.loopIn(); }
 
-// An empty loop would repeat one position.
+/// Switch looping off if the loop is empty, because the player would repeat one position.
 void endEmptyLoop(FilePlayer& player)
 {
     if (player.isLooping() && !hasLoop(player)) player.setLooping(false);
@@ -30,8 +30,8 @@ void setLoopInHere(FilePlayer& player)
 void setLoopOutHere(FilePlayer& player)
 {
     const double here = player.position();
-    // Without a loop start, the loop begins at the start of the file. The class loops only after an explicit
-    // write of 0. That write also moves an unset loop end, so it comes first.
+    // If no loop start is set, the loop begins at the start of the file. The class loops only after an
+    // explicit write of 0 to LoopIn. The write also moves an unset LoopOut, so LoopOut is written last.
     if (player.loopIn() == 0) player.setLoopIn(0);
     player.setLoopOut(here);
     endEmptyLoop(player);
@@ -146,7 +146,7 @@ private:
             if (current_) copySettings(current_->player, next_->player);
             ++loadedCount_;
         } catch (...) {
-            loadError_ = std::current_exception(); // thrown after the end of the current file
+            loadError_ = std::current_exception(); // rethrown when the current file has ended
             loadedCount_ = files_.size();
         }
     }
@@ -175,7 +175,7 @@ private:
         return false;
     }
 
-    /// The moments after the last frame of a file, in order.
+    /// Moments after the player has reached the end of a file, in order of time.
     enum class Until {
         latency, ///< the units have rendered the last frame
         tail,    ///< the units are silent
@@ -243,7 +243,7 @@ void copySettings(const FilePlayer& from, FilePlayer& to)
 {
     to.setVolume(from.volume());
     to.setRate(from.rate());
-    to.setPitch(from.pitch()); // with varispeed this repeats the value more exactly than setRate()
+    to.setPitch(from.pitch()); // with varispeed, sets the same value more exactly than setRate()
 }
 
 void playFiles(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)

@@ -15,13 +15,13 @@ namespace kvx {
 constexpr double seekStep = 5;      // seconds
 constexpr double volumeStep = 0.05; // factor
 constexpr double rateStep = 0.05;   // factor
-constexpr double pitchStep = 100;   // cents; one semitone
+constexpr double pitchStep = 100;   // cents, one semitone
 
 /// Add `step` to `value` and clamp the result to the range. A result close to a multiple of the step is
 /// rounded to the multiple.
 double stepped(double value, double step, const Range& range);
 
-/// Apply a key to a player; Key::quit has no effect.
+/// Apply a key to a player. The session handles Key::quit, which has no effect here.
 /// Returns  the reason why the key had no effect, for the user; "" otherwise.
 std::string applyKey(Key key, FilePlayer& player);
 

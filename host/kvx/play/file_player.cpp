@@ -51,7 +51,7 @@ FilePlayer::~FilePlayer()
     try {
         pause();
     } catch (const std::exception&) {
-        // The object's destructor also stops the player.
+        // Ignored, because the destructor of the library's object also stops the player.
     }
 }
 
@@ -69,7 +69,7 @@ void FilePlayer::write(const char* property, const host::Value& value, const cha
     check(what);
 }
 
-// Before the load the class has no units and reports an error, but the load uses the property.
+// The class reports an error here, because it has no units before the load, but the load uses the property.
 void FilePlayer::chooseRateUnit(RateUnit unit) { object_.set("TimePitchUnit", int(unit)); }
 
 RateUnit FilePlayer::rateUnit() const
@@ -110,8 +110,8 @@ double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(
 int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
 double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
 
-// The class does not report the number of loaded frames, so compute the number: after a write of the time of
-// 1.5 frames, the position is the exact length of one frame.
+// The class does not report the number of loaded frames. If the number is `frames`, then a seek to 1.5 frames
+// moves the position to exactly one frame, because the class rounds times down.
 bool FilePlayer::holdsAll(std::int64_t frames)
 {
     const double oneFrame = duration() / double(frames);

@@ -1,4 +1,4 @@
-// The library's class AUPlayerKVX as this program uses it: a file player.
+// The file player: the library's class AUPlayerKVX with one function per property and method.
 #pragma once
 
 #include "host/kvx/library/core_audio.h"
@@ -15,7 +15,7 @@ namespace kvx {
 /// The unit that changes rate and pitch; the values are those of the class.
 enum class RateUnit {
     timePitch = 1, ///< changes rate and pitch independently
-    varispeed = 2, ///< changes both together: one value, set by the last write of rate or pitch
+    varispeed = 2, ///< changes rate and pitch together: each write of one also sets the other
 };
 
 /// The accepted values of a setting.
@@ -28,7 +28,7 @@ constexpr Range pitchRange = {-2400, 2400}; // cents
 constexpr Range volumeRange = {0, 1};
 constexpr Range panRange = {-1, 1};
 
-constexpr int mostChannels = 64; // limit of the units
+constexpr int mostChannels = 64; // highest number of channels that the units accept
 
 /// Delay between the position of a player and the audible sound, in seconds.
 struct Delay {
@@ -37,18 +37,20 @@ struct Delay {
     double device = 0;  ///< delay of the device
 };
 
-/// Round to the nearest hundredth if the difference is within single precision, which the class stores.
+/// Restore a rate that the class has rounded to single precision: the nearest hundredth, if it rounds to the
+/// same value, otherwise the rate unchanged.
 double undoSinglePrecision(double rate);
 
-/// The next step for the user, as the end of an error message.
+/// Ends of error messages, which name the next step for the user.
 struct Advice {
-    const char* whenNotLoaded;
-    const char* whenNotStarted; ///< null if the command never starts the player
+    const char* whenNotLoaded;  ///< next step if a file cannot be loaded
+    const char* whenNotStarted; ///< next step if the player does not start; null in a command that only loads
 };
 
-/// One object of the class, for one file. Positions are those of the player, ahead of the audible sound by
-/// the delay. Units   seconds of the file, factors, cents. Errors  throws Failure if the platform refuses a
-/// call, and host::HostException for an exception of the
+/// A player of one file. A position is the next frame that the player renders; the audible sound follows
+/// after delay().
+/// Units   seconds of the file, factors, cents.
+/// Errors  throws Failure if the platform refuses a call, and host::HostException for an exception of the
 ///         library.
 /// [main]
 class FilePlayer {
@@ -115,9 +117,9 @@ public:
     void setLoopIn(double seconds);  ///< sets the loop start to the nearest frame
     void setLoopOut(double seconds); ///< sets the loop end to the nearest frame
     bool isLooping() const;
-    void setLooping(bool isOn); ///< true has no effect without both loop points
+    void setLooping(bool isOn); ///< looping has no effect unless both loop points are set
 
-    Delay delay() const; ///< sum over the units
+    Delay delay() const; ///< total delay of all units
 
     /// The first render error that a unit reports; 0 without an error. Reading clears the error.
     Status renderError() const;

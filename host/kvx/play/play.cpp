@@ -115,7 +115,7 @@ int play(const PlayOptions& options)
     const std::string captureTo = capturePath(options, device);
     refuseToOverwrite(pathsOf(playlist), captureTo, options.capture.empty() ? "--keep" : "--capture");
 
-    InterruptGuard guard; // before the first temporary file
+    InterruptGuard guard; // created before the first temporary file, which the guard removes after a signal
     std::optional<Capture> capture;
     if (!captureTo.empty()) capture.emplace(device.device, captureTo);
     Library library(options.library);

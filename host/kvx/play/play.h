@@ -13,18 +13,20 @@
 
 namespace kvx {
 
-/// The part of the library that plays.
+/// The play methods; each uses a different class of the library.
 enum class PlayMethod { filePlayer, bufferedPlayer, soundComponent };
 
 struct PlayOptions {
     PlayMethod method = PlayMethod::filePlayer;
-    std::vector<std::string> files; ///< at least one file; exactly one with soundComponent
+    std::vector<std::string> files; ///< paths of at least one file; exactly one for soundComponent
     DeviceRequest device;
-    std::string capture; ///< path of the capture; empty: no capture
-    std::string keep; ///< path without suffix of a capture of the simulated device and its picture, or empty
-    PlayerOptions player; ///< used by filePlayer
-    float gain = 1;       ///< factor, used by bufferedPlayer and soundComponent
-    soundclient::Labelling labelling = soundclient::Labelling::bigAsLittle; ///< used by soundComponent
+    std::string capture;  ///< path of the capture; empty: no capture
+    std::string keep;     ///< path of a capture of the simulated device and of its picture, without suffix;
+                          ///< empty: no capture
+    PlayerOptions player; ///< options that only filePlayer uses
+    float gain = 1;       ///< gain factor that bufferedPlayer and soundComponent use
+    soundclient::Labelling labelling =
+        soundclient::Labelling::bigAsLittle; ///< byte order that soundComponent uses
     bool isQuiet = false;
     LibraryOptions library;
 };
@@ -41,8 +43,8 @@ int showFileInfo(const PlayOptions& options);
 
 struct RenderOptions {
     std::string from, to;
-    double deviceRate = 0;          ///< Hz; 0: the rate of the file
-    std::optional<double> duration; ///< seconds
+    double deviceRate = 0;          ///< sample rate of the result in Hz; 0: the rate of the file
+    std::optional<double> duration; ///< length of the result in seconds
     bool isQuiet = false;
     PlayerOptions player;
     LibraryOptions library;

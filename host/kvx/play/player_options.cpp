@@ -132,7 +132,8 @@ void applyOptions(const PlayerOptions& options, FilePlayer& player)
         player.setLoopOut(options.loop->out);
         player.setLooping(true);
     }
-    // The class jumps forward to the loop start only after the first slice, so the slice would be audible.
+    // Without a seek, one slice before the loop start would be audible, because the class jumps to the loop
+    // start only after the first slice.
     if (options.start)
         player.seek(*options.start);
     else if (options.loop)

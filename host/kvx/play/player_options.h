@@ -18,7 +18,7 @@ struct Loop {
     double in = 0, out = 0;
 };
 
-/// An option without a value leaves the library's default.
+/// The options that the user has set. The library's default applies to an option without a value.
 struct PlayerOptions {
     std::optional<double> rate, pitch, volume, pan, start;
     std::optional<Loop> loop;

@@ -95,7 +95,7 @@ std::size_t GroupReader::read(float* out, std::size_t frames)
         done += got;
         if (done == frames) break;
         if (open_->isDamaged()) damagedFiles_.push_back(open_->path());
-        open_.reset(); // at the end of the file
+        open_.reset(); // closes the file at its end
     }
     return done;
 }

@@ -14,7 +14,7 @@
 namespace kvx {
 namespace {
 
-constexpr std::uint32_t stepFrames = 8192; // device frames between two checks for an interrupt
+constexpr std::uint32_t stepFrames = 8192; // number of device frames between two checks for an interrupt
 
 constexpr Advice advice = {"see that the file is whole, and that there is enough free memory",
                            "give a rate nearer to the file's with --device-rate, or choose another file"};
@@ -71,7 +71,8 @@ int deviceChannelsOf(const RenderOptions& options, int channels)
 std::uint64_t framesToRender(const RenderOptions& options, const FilePlayer& player, std::int64_t loaded,
                              double deviceRate)
 {
-    const double skipped = player.position() / player.duration(); // part of the file before the start
+    const double skipped =
+        player.position() / player.duration(); // fraction of the file before the start position
     const auto left = std::uint64_t(std::llround((1 - skipped) * double(loaded)));
     const std::uint64_t whole = framesRendered(left, player.sampleRate(), player.rate(), deviceRate) +
                                 framesOf(player.delay().tail, deviceRate);
@@ -189,8 +190,8 @@ int render(const RenderOptions& options)
     const Playlist playlist = planPlaylist({options.from});
     const PlaylistFile file = filesOf(playlist).front();
     refuseToOverwrite({file.path}, options.to, "the result");
-    InterruptGuard guard;         // before the first temporary file
-    temporaryPathFor(options.to); // fails before the work if no file can be written
+    InterruptGuard guard; // created before the first temporary file, which the guard removes after a signal
+    temporaryPathFor(options.to); // throws now, not after rendering, if no file can be written
 
     Library library(options.library);
     warnOfMissingParts(playlist, progress);

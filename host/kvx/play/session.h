@@ -1,4 +1,4 @@
-// A playback session: what all play methods share while the device plays.
+// The playback session: the device, the meter, the keys and the end detection, which all play methods share.
 #pragma once
 
 #include "host/kvx/devices/output_device.h"
@@ -37,15 +37,16 @@ private:
     std::atomic<std::uint64_t> frames_{0};
 };
 
-/// The number of device frames that `fileFrames` frames of a file render to, rounded to the nearest. Rates in
-/// Hz; `rate` is the factor that the file player applies.
+/// The number of device frames to which `fileFrames` frames of a file render, rounded to the nearest number.
+/// The sample rates are in Hz; `rate` is the factor that the file player applies.
 std::uint64_t framesRendered(std::uint64_t fileFrames, double fileRate, double rate, double deviceRate);
 
 /// A time in device frames, rounded up. A time computed from a whole number of frames yields that number.
 std::uint64_t framesOf(double seconds, double deviceRate);
 
 /// End-of-playback detection: detects when the device has played the last sound of a file. The caller polls
-/// the detector. [main]
+/// the detector.
+/// [main]
 class EndDetector {
 public:
     /// The player has not reached the last frame of the file, or loops, or is paused.
@@ -61,14 +62,15 @@ private:
     bool isEndSeen_ = false;
 };
 
-/// The functions that a play method provides to Session::poll(). A method without keys provides `status`
-/// only. [main]
+/// The functions that a play method provides to Session::poll(). A method without keys provides only
+/// `status`.
+/// [main]
 struct Transport {
     std::function<std::string()> status; ///< returns the text of the live line
     std::function<void(Key)> press;      ///< applies a key other than Key::quit
-    std::function<bool()> isPlaying;
-    std::function<void()> pause; ///< also called before Ctrl-Z stops the process
-    std::function<void()> play;
+    std::function<bool()> isPlaying;     ///< returns whether the player is playing
+    std::function<void()> pause;         ///< called before Ctrl-Z stops the process
+    std::function<void()> play;          ///< called when the process continues
 };
 
 /// The device, the keys and the live line during playback.
@@ -88,7 +90,7 @@ public:
     /// Errors   throws Failure if the device dies.
     bool poll(const Transport& transport, std::uint64_t frames = longestStep);
 
-    const KVXDeviceInfo& device() const { return device_; } ///< state of the device at the start
+    const KVXDeviceInfo& device() const { return device_; } ///< state of the device when the session began
     bool isStepped() const { return isStepped_; }
     Progress& progress() { return progress_; }
     Meter& meter() { return meter_; }

@@ -28,8 +28,8 @@ constexpr KeyByte plainKeys[] = {
     {'q', Key::quit},   {'Q', Key::quit},
 };
 
-// The last byte of an arrow key's sequence: ESC [ A or ESC O A. Modifier keys add numbers before the last byte,
-// which have no effect here.
+// The last bytes of the sequences of arrow keys, such as ESC [ A or ESC O A. Modifier keys add numbers before
+// the last byte, which have no effect here.
 constexpr KeyByte arrows[] = {
     {'A', Key::louder}, {'B', Key::softer}, {'C', Key::forward}, {'D', Key::back},
 };
@@ -47,7 +47,7 @@ bool isLastOfSequence(char byte) { return byte >= 0x40 && byte <= 0x7e; }
 
 constexpr int input = STDIN_FILENO;
 
-// Signal handlers use the following variables.
+// Signal handlers access the following variables.
 termios former;                       // the terminal's mode at the start
 volatile std::sig_atomic_t isRaw = 0; // whether the terminal delivers each key at once
 volatile std::sig_atomic_t isStopTyped = 0;
@@ -59,7 +59,8 @@ extern "C" void restoreTerminal()
 {
     if (!isRaw) return;
     isRaw = 0;
-    if (isForeground()) tcsetattr(input, TCSANOW, &former); // in the background it would stop the process
+    if (isForeground())
+        tcsetattr(input, TCSANOW, &former); // in the background, tcsetattr would stop the process
 }
 
 void enterRawMode()
@@ -108,13 +109,13 @@ std::vector<Key> KeyDecoder::decode(std::string_view bytes)
     for (char byte : bytes) {
         std::optional<Key> key;
         if (byte == escape) {
-            sequence_ = byte; // discards a single Escape before this one
+            sequence_ = byte; // also discards an earlier single Escape
         } else if (sequence_.empty()) {
             key = find(plainKeys, byte);
         } else if (sequence_.size() == 1) {
             sequence_ += byte;
             if (byte == '[' || byte == 'O') continue;
-            sequence_.clear(); // a key with Alt held
+            sequence_.clear(); // ends the sequence of a key with Alt
         } else if (isLastOfSequence(byte)) {
             key = find(arrows, byte);
             sequence_.clear();
@@ -157,7 +158,7 @@ const char* Keyboard::obstacle()
 std::vector<Key> Keyboard::read()
 {
     if (!isInUse_ || isInterrupted()) return {};
-    enterRawMode(); // has an effect after the process has returned to the foreground
+    enterRawMode(); // enters raw mode again after the process has returned to the foreground
     if (!isRaw || !isForeground()) return {};
     // Poll first, because a signal handler may restore the terminal at this point, and read() would then
     // block until the end of a line.
@@ -181,7 +182,7 @@ void Keyboard::stopProcess()
     restoreTerminal();
     struct sigaction own;
     handle(SIGTSTP, SIG_DFL, 0, &own);
-    raise(SIGTSTP); // returns when the process continues
+    raise(SIGTSTP); // blocks until the process continues
     sigaction(SIGTSTP, &own, nullptr);
 }
 

@@ -119,7 +119,7 @@ void Progress::say(const std::string& line)
 void Progress::warn(const std::string& line)
 {
     wipe();
-    flush(); // before the line on stderr, because a terminal shows both streams
+    flush(); // keeps the order of lines on a terminal that shows stdout and stderr
     printMessage(line);
     hasWarned_ = true;
 }

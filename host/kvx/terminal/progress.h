@@ -40,15 +40,15 @@ std::string printPlayStatus(const PlayStatus& status);
 std::size_t terminalColumns(int file);
 
 enum class Verbosity {
-    quiet, ///< warnings only
-    plain, ///< no live line
-    live,
+    quiet, ///< warnings without lines
+    plain, ///< lines and warnings without a live line
+    live,  ///< lines and warnings with a live line
 };
 
 /// The verbosity for the stream `out`: live if `out` is a terminal.
 Verbosity verbosityFor(bool isQuiet, std::FILE* out);
 
-/// Prints the messages of one command.
+/// Prints the lines, the warnings and the live line of one command.
 class Progress {
 public:
     Progress(Verbosity verbosity, std::FILE* out) : verbosity_(verbosity), out_(out) {}
