@@ -181,7 +181,7 @@ try {
     buffers.feed();
     announce(file, 2, session.progress());
     if (labelling != Labelling::bigAsLittle)
-        session.progress().say("  Its buffers are labelled so that their bytes play swapped, as noise.");
+        session.progress().say("  Its buffers are labelled so that they play byte-swapped, as noise.");
     session.enableKeys("Keys: space pause, q quit");
     bridge.start();
     buffers.start();

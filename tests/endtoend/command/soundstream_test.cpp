@@ -227,8 +227,8 @@ TEST_F(KvxSoundStream, SaysTheByteOrderInItsHelp)
 {
     const auto result = runKvx({"soundstream", "--help"});
     EXPECT_EQ(result.exitCode, 0);
-    for (const char* part : {"asks its mixer for little-endian", "reads what it gets as big-endian",
-                             "big-endian samples and calls them \"sowt\"", "noise"}) {
+    for (const char* part : {"requests little-endian samples", "reads the result as big-endian",
+                             "big-endian samples and labels them \"sowt\"", "noise"}) {
         std::string text = result.out;
         std::replace(text.begin(), text.end(), '\n', ' ');
         EXPECT_NE(text.find(part), std::string::npos) << part;
