@@ -81,7 +81,7 @@ function(kvx_precompile target)
 endfunction()
 
 # Tests are compiled more often than they run for long: a fast compilation matters more than fast code.
-set(KVX_TEST_OPTIONS -O0 -g1)
+set(KVX_TEST_OPTIONS -O0 -g1 -pthread) # -pthread, because precompiled headers require the same threads option
 
 # kvx_test_library(NAME STATIC|OBJECT SOURCES … [LIBRARIES …]): sources that several test programs share. Programs take
 # what they use of a STATIC library; an OBJECT library replaces functions of the libraries below it.
