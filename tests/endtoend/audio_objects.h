@@ -1,4 +1,4 @@
-// CoreAudioKVX and CoreAudioListenerKVX as a host program uses them: values in one line, events by waiting.
+// CoreAudioKVX and CoreAudioListenerKVX, as a host program uses them.
 #pragma once
 
 #include "host/runtime/host.h"
@@ -16,7 +16,7 @@
 
 namespace endtoend {
 
-/// A status as one reads it: four characters, or a number.
+/// A status as its four characters if all are printable, otherwise as a number.
 inline std::string statusText(std::int64_t status)
 {
     std::string four;
@@ -26,13 +26,15 @@ inline std::string statusText(std::int64_t status)
     return four;
 }
 
-/// A host program's CoreAudioKVX.
+/// A CoreAudioKVX object. Property values are C++ values.
 class AudioObjects {
 public:
     explicit AudioObjects(host::Host& host) : object(host.create("CoreAudioKVX")) {}
 
+    /// The status of the last call.
     std::string status() const { return statusText(object.get("Lasterror").integer()); }
 
+    /// Set a property. Returns the status.
     template <class T>
     std::string set(std::int64_t id, const AudioObjectPropertyAddress& at, const T& value) const
     {
@@ -41,6 +43,7 @@ public:
         return status();
     }
 
+    /// Read a property. The test fails on an error or another size.
     template <class T>
     T get(std::int64_t id, const AudioObjectPropertyAddress& at) const
     {
@@ -56,16 +59,18 @@ public:
     host::Object object;
 };
 
+/// The address of a property of the whole object.
 constexpr AudioObjectPropertyAddress overall(AudioObjectPropertySelector selector)
 {
     return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMaster};
 }
+/// The address of a property of one output channel or stream.
 constexpr AudioObjectPropertyAddress ofOutput(AudioObjectPropertySelector selector, UInt32 element)
 {
     return {selector, kAudioDevicePropertyScopeOutput, element};
 }
 
-/// A host program's listener, and how often its event came. Events are told by the main thread's queue.
+/// A listener object that counts its Changed events. The main queue delivers events, on the main thread only.
 class EventCount {
 public:
     EventCount(host::Host& host, std::int64_t id, const AudioObjectPropertyAddress& at)
@@ -93,7 +98,8 @@ private:
     std::shared_ptr<int> seen_ = std::make_shared<int>(0);
 };
 
-/// Run every event of the changes made so far: one more change is made, and its event waited for.
+/// Handle the events of all changes made so far: events arrive in order, so the events of a further change
+/// are last.
 inline void runAllEvents(host::Host& host)
 {
     const AudioObjects audio(host);

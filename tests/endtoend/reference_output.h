@@ -1,4 +1,4 @@
-// What a device of one interleaved stream must play, from tests/support/reference_player.h.
+// The expected output of a device with one interleaved stream, computed by tests/support/reference_player.h.
 #pragma once
 
 #include "tests/support/reference_player.h"
@@ -11,7 +11,7 @@ namespace endtoend {
 
 class ReferenceOutput {
 public:
-    /// `channels` of the player, 2 for stereo blocks; rates in Hz.
+    /// `channels` is the channel count of the player: 2 for stereo blocks. Rates in Hz.
     ReferenceOutput(int channels, float sampleRate, float deviceRate)
     {
         player_.numberOfChannels = channels;
@@ -25,7 +25,7 @@ public:
     bool isRunning() const { return player_.isRunning; }
     double position() const { return player_.position; }
 
-    /// Play one slice, and add it to what was played.
+    /// Render one slice and append it to `played()`.
     void play(std::size_t frames, std::size_t deviceChannels)
     {
         reference::Slice slice;
@@ -38,8 +38,8 @@ public:
         std::memcpy(&played_[before], slice.buffers[0].bytes.data(), slice.buffers[0].bytes.size());
     }
 
-    /// Slice after slice until it stops by itself; the last one is silence.
-    const std::vector<float>& playToTheEnd(std::size_t sliceFrames, std::size_t deviceChannels)
+    /// Render slices until the player stops by itself; the last slice is silent.
+    const std::vector<float>& playToEnd(std::size_t sliceFrames, std::size_t deviceChannels)
     {
         while (isRunning()) play(sliceFrames, deviceChannels);
         return played_;

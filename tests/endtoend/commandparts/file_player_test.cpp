@@ -59,7 +59,7 @@ TEST_F(FilePlayerParts, CountsFramesBySteps)
         for (const std::int64_t more : {frames + 1, 2 * frames, 3 * frames, 1000 * frames})
             EXPECT_FALSE(player->holdsAll(more)) << more;
     }
-    EXPECT_EQ(leftOver(loaded.host).find("FolderItem"), std::string::npos);
+    EXPECT_EQ(liveObjects(loaded.host).find("FolderItem"), std::string::npos);
 }
 
 TEST_F(FilePlayerParts, SetsEveryHundredthOfARate)
@@ -172,9 +172,9 @@ TEST_F(FilePlayerParts, IsSilentBehindLengthAndTail)
         EXPECT_TRUE(player->isAtEnd());
         EXPECT_EQ(player->renderError(), 0);
         float loudest = 0, before = 0;
-        for (std::size_t i = 0; i < device.heard().size(); ++i)
+        for (std::size_t i = 0; i < device.output().size(); ++i)
             (i < length * 2 ? before : loudest) =
-                std::max(i < length * 2 ? before : loudest, std::fabs(device.heard()[i]));
+                std::max(i < length * 2 ? before : loudest, std::fabs(device.output()[i]));
         EXPECT_GT(before, 0.5f);
         EXPECT_LT(loudest, 1e-3f) << "something was cut";
     }

@@ -9,6 +9,8 @@
 namespace {
 
 using namespace endtoend;
+
+using PropertyForms = LoadedHostTest;
 using kvx::Form;
 using kvx::Question;
 
@@ -25,9 +27,8 @@ std::vector<kvx::ObjectID> allObjects(const kvx::CoreAudio& core)
     return objects;
 }
 
-TEST(PropertyForms, FitEveryValueThatThereIs)
+TEST_F(PropertyForms, FitEveryValueThatThereIs)
 {
-    LoadedHost loaded;
     std::size_t values = 0;
     {
         const kvx::CoreAudio core(loaded.host);
@@ -50,12 +51,10 @@ TEST(PropertyForms, FitEveryValueThatThereIs)
                     }
     }
     EXPECT_GT(values, 300u);
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(PropertyForms, AreKnownForEverySelectorThatTheLibraryPublishes)
+TEST_F(PropertyForms, AreKnownForEverySelectorThatTheLibraryPublishes)
 {
-    LoadedHost loaded;
     const kvx::CoreAudio core(loaded.host);
     const auto names = core.constants();
     EXPECT_EQ(names.size(), 79u);

@@ -37,8 +37,7 @@ struct WatchTest : testing::Test {
     {
         watch.reset();
         core.reset();
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+        expectCleanHost(loaded.host);
     }
 
     static KVXDeviceID plugIn(const char* name)

@@ -1,4 +1,5 @@
-// What a host program can do wrong with devices, streams, objects and units: the platform's own status.
+// Misuse of devices, streams, objects and units by a host program: each call returns the status of the
+// platform.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/loaded_host.h"
 
@@ -10,18 +11,11 @@ using host::Object;
 using host::Value;
 
 const char* const badInstance = "-2147450879";
-const char* const shortBadInstance = "-32767"; // the same in 16 bits: what closing answers
+const char* const shortBadInstance = "-32767"; // the same status in 16 bits, from CloseComponent
 
-class HalBadInput : public testing::Test {
+class BadDeviceInput : public LoadedHostTest {
 protected:
-    ~HalBadInput() override
-    {
-        audio_.object = nullptr;
-        EXPECT_EQ(leftOver(loaded_.host), "");
-        EXPECT_TRUE(loaded_.host.misuses().empty());
-    }
-
-    /// The status after a call of one of the methods.
+    /// Call a method. Returns the status.
     template <class... Arguments>
     std::string call(const char* method, const Arguments&... arguments)
     {
@@ -29,7 +23,7 @@ protected:
         return audio_.status();
     }
 
-    /// All calls that take a unit, on what is none, or none any more.
+    /// Expect that all calls refuse a handle that is not an open unit.
     void expectNoUnit(std::int64_t unit)
     {
         SCOPED_TRACE(unit);
@@ -57,11 +51,10 @@ protected:
         EXPECT_FALSE(isWritable.boolean());
     }
 
-    LoadedHost loaded_;
-    AudioObjects audio_{loaded_.host};
+    AudioObjects audio_{loaded.host};
 };
 
-TEST_F(HalBadInput, OfUnitsThatAreNone)
+TEST_F(BadDeviceInput, InvalidOrClosedUnitsAreRefused)
 {
     for (std::int64_t unit : {0, 1, -1, 4096, 0x7FFFFFF0}) expectNoUnit(unit);
     const std::int64_t open = audio_.object.call("OpenDefaultComponent", "auou", "def ").integer();
@@ -71,7 +64,7 @@ TEST_F(HalBadInput, OfUnitsThatAreNone)
     EXPECT_EQ(call("CloseComponent", open), "0");
     expectNoUnit(open);
     const std::int64_t next = audio_.object.call("OpenDefaultComponent", "auou", "def ").integer();
-    EXPECT_NE(next, open) << "a handle that was closed is not given out at once";
+    EXPECT_NE(next, open) << "a closed handle is not reused at once";
     expectNoUnit(open);
     EXPECT_EQ(call("CloseComponent", next), "0");
     for (const char* type : {"", "a", "none", "longer than four"}) {
@@ -80,7 +73,7 @@ TEST_F(HalBadInput, OfUnitsThatAreNone)
     }
 }
 
-TEST_F(HalBadInput, OfObjectsThatAreNotThere)
+TEST_F(BadDeviceInput, UnknownObjectsAreRefused)
 {
     for (std::int64_t id : {0, 0x7FFFFFFF, -1}) {
         SCOPED_TRACE(id);
@@ -88,7 +81,7 @@ TEST_F(HalBadInput, OfObjectsThatAreNotThere)
         EXPECT_EQ(call("AudioDeviceGetPropertyString", id, 0, false, "name"), "!dev");
         EXPECT_EQ(call("AudioDeviceGetPropertyMemory", id, 0, false, "name"), "!dev");
         EXPECT_EQ(call("AudioDeviceGetPropertyCFString", id, 0, false, "lnam"), "-1")
-            << "as this one alone does";
+            << "only this method returns -1";
         EXPECT_EQ(call("AudioDeviceSetPropertyMemory", id, nullptr, 0, false, "nsrt", block, 0, 8), "!dev");
         EXPECT_EQ(call("AudioDeviceSetPropertyString", id, nullptr, 0, false, "nsrt", "12345678"), "!dev");
         EXPECT_EQ(call("AudioStreamGetPropertyString", id, 0, "sdir"), "!str");
@@ -102,7 +95,7 @@ TEST_F(HalBadInput, OfObjectsThatAreNotThere)
     }
 }
 
-TEST_F(HalBadInput, OfPropertiesThatAreNotThere)
+TEST_F(BadDeviceInput, UnknownPropertiesAreRefused)
 {
     const std::int64_t device = KVXPlatformBuiltInSimulatedDevice();
     for (const char* selector : {"zzzz", "#dev", "****", "jack", "rbuf", "vfsz"}) {
@@ -121,12 +114,12 @@ TEST_F(HalBadInput, OfPropertiesThatAreNotThere)
         EXPECT_EQ(call("AudioDeviceGetPropertyMemory", device, channel, false, "volm"), "who?") << channel;
 }
 
-TEST_F(HalBadInput, OfValuesThatDoNotFit)
+TEST_F(BadDeviceInput, ValuesOfTheWrongSizeAreRefused)
 {
     const SteppedDevice stepped;
     const std::int64_t device = stepped.id();
     const auto rate = MemoryBlock::copyOf(std::vector<double>{48000});
-    // Where nothing is read, an offset may lie anywhere: the platform refuses the length, or the property.
+    // The platform refuses the length or the property before it reads the block, so any offset is safe.
     const struct {
         const char* selector;
         MemoryBlock block;
@@ -163,32 +156,32 @@ TEST_F(HalBadInput, OfValuesThatDoNotFit)
         audio_.object.call("AudioObjectGetPropertyData", device, 'nsrt', 'glob', 0, nullptr, large)
             .memoryBlock();
     EXPECT_EQ(audio_.status(), "0");
-    EXPECT_EQ(filled.get(), large.get()) << "the very block, as long as it was";
+    EXPECT_EQ(filled.get(), large.get()) << "the block of the caller, with its size";
     EXPECT_EQ(filled.size(), 20u);
     EXPECT_EQ(*filled.as<double>(), 44100.0);
 }
 
-TEST_F(HalBadInput, OfTheOtherKindOfString)
+TEST_F(BadDeviceInput, StringMethodsReadPropertiesOfOtherTypes)
 {
     const SteppedDevice device;
     const std::int64_t id = device.id();
     EXPECT_EQ(audio_.object.call("AudioDeviceGetPropertyCFString", id, 0, false, "lnam").text(), "Stepped");
     EXPECT_EQ(audio_.object.call("AudioDeviceGetPropertyString", id, 0, false, "name").string().bytes(),
               std::string_view("Stepped", 8));
-    if (sizeof(void*) == 4) { // a reference is a word there, and 'nsrt' is none
+    if (sizeof(void*) == 4) { // a CFString reference has 4 bytes, but the value of 'nsrt' has 8
         EXPECT_TRUE(audio_.object.call("AudioDeviceGetPropertyCFString", id, 0, false, "nsrt").isNil());
         EXPECT_EQ(audio_.status(), "0");
     }
     EXPECT_TRUE(audio_.object.call("AudioDeviceGetPropertyMemory", id, 0, true, "stm#").isNil());
-    EXPECT_EQ(audio_.status(), "-1") << "nothing is no value";
+    EXPECT_EQ(audio_.status(), "-1") << "the stream list is empty";
 }
 
 // ---- the host clock ----
 
-TEST_F(HalBadInput, OfTheHostClockIsEveryNumber)
+TEST_F(BadDeviceInput, HostClockConvertsEveryTimeExactly)
 {
     const auto shared = [&](const char* method, auto... arguments) {
-        return loaded_.host.callShared("CoreAudioKVX", method, arguments...);
+        return loaded.host.callShared("CoreAudioKVX", method, arguments...);
     };
     EXPECT_EQ(shared("CoreAudioGetHostClockFrequencyKVX").number(), 1e9);
     EXPECT_EQ(shared("GetHostClockMinimumTimeDeltaKVX").integer(), 1);

@@ -1,4 +1,4 @@
-// Devices that are not there, go away, die, or do not start.
+// Buffered players on devices that are unknown, unplugged, dead, or refuse to start.
 #include "tests/endtoend/loaded_host.h"
 
 #include <gtest/gtest.h>
@@ -11,18 +11,12 @@
 namespace {
 
 using namespace endtoend;
+
+using LostDevices = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
 const auto aSecond = [] { return MemoryBlock::copyOf(std::vector<float>(44100, 0.25f)); };
-
-KVXDeviceID addPacedDevice()
-{
-    KVXSimulatedDevice description = {};
-    description.name = "Paced";
-    description.sliceFrames = 64;
-    return KVXPlatformAddSimulatedDevice(&description);
-}
 
 Object playingOn(host::Host& host, KVXDeviceID device)
 {
@@ -33,7 +27,7 @@ Object playingOn(host::Host& host, KVXDeviceID device)
     return player;
 }
 
-void waitUntilHeard(const Object& player)
+void waitUntilPlaying(const Object& player)
 {
     while (!(player.get("OutputPosition").number() > 0))
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -46,91 +40,70 @@ void stop(const Object& player)
     EXPECT_FALSE(player.get("IsRunning").boolean());
 }
 
-TEST(BadDevices, AnUnknownOneDoesNotStart)
+TEST_F(LostDevices, UnknownDevicesDoNotStart)
 {
-    LoadedHost loaded;
-    {
-        for (std::int64_t id : {std::int64_t(1), std::int64_t(999999), std::int64_t(-1)}) {
-            Object player = loaded.host.create(playerClass);
-            player.set("OutputDeviceID", id);
-            EXPECT_FALSE(player.call("PlayFloatAudio", aSecond()).boolean()) << id;
-            EXPECT_FALSE(player.get("IsRunning").boolean()) << id;
-            EXPECT_EQ(player.call("FreeSpace").integer(), 199) << "what was added waits for a better device";
-            player.set("OutputDeviceID", std::int64_t(KVXPlatformBuiltInSimulatedDevice()));
-            EXPECT_TRUE(player.call("Start").boolean());
-            stop(player);
-        }
-    }
-    EXPECT_EQ(leftOver(loaded.host), "");
-}
-
-TEST(BadDevices, AnUnpluggedDefaultMovesOnToTheNextOne)
-{
-    LoadedHost loaded;
-    {
-        const KVXDeviceID device = addPacedDevice();
-        ASSERT_NE(device, 0u);
-        ASSERT_EQ(KVXPlatformChooseOutputDevice("Paced"), 0) << KVXPlatformErrorText();
+    for (std::int64_t id : {std::int64_t(1), std::int64_t(999999), std::int64_t(-1)}) {
         Object player = loaded.host.create(playerClass);
-        ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
-        EXPECT_TRUE(player.call("PlayFloatAudio", aSecond()).boolean())
-            << "there is always the simulated device";
-        EXPECT_GT(player.call("HardwareSampleRate").number(), 0);
-        EXPECT_GT(player.call("HardwareNumberOfChannels").integer(), 0);
+        player.set("OutputDeviceID", id);
+        EXPECT_FALSE(player.call("PlayFloatAudio", aSecond()).boolean()) << id;
+        EXPECT_FALSE(player.get("IsRunning").boolean()) << id;
+        EXPECT_EQ(player.call("FreeSpace").integer(), 199) << "the block stays queued";
+        player.set("OutputDeviceID", std::int64_t(KVXPlatformBuiltInSimulatedDevice()));
+        EXPECT_TRUE(player.call("Start").boolean());
         stop(player);
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(BadDevices, OneThatIsUnpluggedWhilePlayingStillStops)
+TEST_F(LostDevices, UnpluggedDefaultIsReplacedByTheNextDevice)
 {
-    LoadedHost loaded;
-    {
-        const KVXDeviceID device = addPacedDevice();
-        Object player = playingOn(loaded.host, device);
-        waitUntilHeard(player);
-        ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
-        EXPECT_TRUE(player.get("IsRunning").boolean());
-        stop(player);
-        EXPECT_FALSE(player.call("Start").boolean()) << "it is gone";
-        EXPECT_FALSE(player.get("IsRunning").boolean());
-    }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    const KVXDeviceID device = addPacedDevice();
+    ASSERT_NE(device, 0u);
+    ASSERT_EQ(KVXPlatformChooseOutputDevice("Paced"), 0) << KVXPlatformErrorText();
+    Object player = loaded.host.create(playerClass);
+    ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
+    EXPECT_TRUE(player.call("PlayFloatAudio", aSecond()).boolean())
+        << "the built-in simulated device remains";
+    EXPECT_GT(player.call("HardwareSampleRate").number(), 0);
+    EXPECT_GT(player.call("HardwareNumberOfChannels").integer(), 0);
+    stop(player);
 }
 
-TEST(BadDevices, OneThatDiesWhilePlayingStillStops)
+TEST_F(LostDevices, PlayersOnUnpluggedDevicesStopWithoutHanging)
 {
-    LoadedHost loaded;
-    {
-        const KVXDeviceID device = addPacedDevice();
-        Object player = playingOn(loaded.host, device);
-        waitUntilHeard(player);
-        ASSERT_EQ(KVXPlatformKillDevice(device), 0);
-        stop(player);
-        player = nullptr;
-        KVXPlatformRemoveSimulatedDevice(device);
-    }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    const KVXDeviceID device = addPacedDevice();
+    Object player = playingOn(loaded.host, device);
+    waitUntilPlaying(player);
+    ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
+    EXPECT_TRUE(player.get("IsRunning").boolean());
+    stop(player);
+    EXPECT_FALSE(player.call("Start").boolean()) << "the device is gone";
+    EXPECT_FALSE(player.get("IsRunning").boolean());
 }
 
-TEST(BadDevices, OneThatDiesUnderAnObjectThatIsDestroyed)
+TEST_F(LostDevices, PlayersOnDeadDevicesStopWithoutHanging)
 {
-    LoadedHost loaded;
-    {
-        SteppedDevice device;
-        Object player = loaded.host.create(playerClass);
-        player.set("OutputDeviceID", std::int64_t(device.id()));
-        ASSERT_TRUE(player.call("PlayFloatAudio", aSecond()).boolean());
-        device.step(512);
-        ASSERT_EQ(KVXPlatformKillDevice(device.id()), 0);
-        player = nullptr; // the destructor waits for the device
-    }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    const KVXDeviceID device = addPacedDevice();
+    Object player = playingOn(loaded.host, device);
+    waitUntilPlaying(player);
+    ASSERT_EQ(KVXPlatformKillDevice(device), 0);
+    stop(player);
+    player = nullptr;
+    KVXPlatformRemoveSimulatedDevice(device);
 }
 
-// A player on a device that refuses to start counts as running and cannot be stopped, so all of it happens in
-// a child.
-TEST(BadDevicesDeathTest, OneThatRefusesToStart)
+TEST_F(LostDevices, PlayersOnDeadDevicesAreDestroyedWithoutHanging)
+{
+    SteppedDevice device;
+    Object player = loaded.host.create(playerClass);
+    player.set("OutputDeviceID", std::int64_t(device.id()));
+    ASSERT_TRUE(player.call("PlayFloatAudio", aSecond()).boolean());
+    device.step(512);
+    ASSERT_EQ(KVXPlatformKillDevice(device.id()), 0);
+    player = nullptr; // the destructor waits for the device
+}
+
+// A child process, because a player whose device refused to start counts as running and cannot be stopped.
+TEST(LostDevicesDeathTest, PlayersOnDevicesThatRefuseToStartCountAsRunning)
 {
     EXPECT_EXIT(
         {

@@ -1,4 +1,4 @@
-// A device that is set while a player plays on it: what the program is told, and what is heard.
+// Rate, slice, volume and mute of a device, changed during playback: events and rendered samples.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
@@ -8,10 +8,12 @@
 namespace {
 
 using namespace endtoend;
+
+using DeviceSettings = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
-/// Samples that tell their index.
+/// Sample n is (n + 1) / 65536, so a sample identifies its index.
 std::vector<float> ramp(std::size_t count)
 {
     std::vector<float> samples(count);
@@ -33,202 +35,186 @@ Object playing(host::Host& host, KVXDeviceID device, const std::vector<float>& s
     return player;
 }
 
-TEST(HalSettings, ANewRateIsToldAndHeardAfterTheNextStart)
+TEST_F(DeviceSettings, NewRateRaisesEventsAndAppliesToTheNextStart)
 {
-    LoadedHost loaded;
-    {
-        const AudioObjects audio(loaded.host);
-        SteppedDevice device(44100, 2, 64);
-        const EventCount rate(loaded.host, device.id(), overall('nsrt'));
-        const EventCount format(loaded.host, device.id(), ofOutput('sfmt', 1));
-        const std::vector<float> samples = ramp(4096);
-        Object player = playing(loaded.host, device.id(), samples);
-        device.step(128);
-        EXPECT_EQ(device.heard(0), part(samples, 0, 128));
+    const AudioObjects audio(loaded.host);
+    SteppedDevice device(44100, 2, 64);
+    const EventCount rate(loaded.host, device.id(), overall('nsrt'));
+    const EventCount format(loaded.host, device.id(), ofOutput('sfmt', 1));
+    const std::vector<float> samples = ramp(4096);
+    Object player = playing(loaded.host, device.id(), samples);
+    device.step(128);
+    EXPECT_EQ(device.output(0), part(samples, 0, 128));
 
-        EXPECT_EQ(audio.set<Float64>(device.id(), overall('nsrt'), 88200), "0");
-        EXPECT_EQ(rate.count(), 0) << "events wait for the main queue";
-        rate.waitForEvents(1);
-        format.waitForEvents(1);
-        EXPECT_EQ(audio.get<Float64>(device.id(), overall('nsrt')), 88200.0);
-        EXPECT_TRUE(player.get("IsRunning").boolean());
+    EXPECT_EQ(audio.set<Float64>(device.id(), overall('nsrt'), 88200), "0");
+    EXPECT_EQ(rate.count(), 0) << "events wait for the main queue";
+    rate.waitForEvents(1);
+    format.waitForEvents(1);
+    EXPECT_EQ(audio.get<Float64>(device.id(), overall('nsrt')), 88200.0);
+    EXPECT_TRUE(player.get("IsRunning").boolean());
 
-        // The player has read the rate when it started: it goes on sample by sample, an octave higher.
-        device.forget();
-        device.step(128);
-        EXPECT_EQ(device.heard(0), part(samples, 128, 128));
-        EXPECT_EQ(player.get("OutputPosition").number(), 256.0);
-        player.call("Stop");
-        player = nullptr;
+    // The running player keeps the former rate: one sample per frame.
+    device.clearOutput();
+    device.step(128);
+    EXPECT_EQ(device.output(0), part(samples, 128, 128));
+    EXPECT_EQ(player.get("OutputPosition").number(), 256.0);
+    player.call("Stop");
+    player = nullptr;
 
-        // Started anew, it takes two frames of the device for each of its own.
-        ReferenceOutput reference(1, 44100, 88200);
-        reference.add(samples);
-        player = playing(loaded.host, device.id(), samples);
-        device.forget();
-        for (int i = 0; i < 4; ++i) {
-            device.step(64);
-            reference.play(64, 2);
-        }
-        EXPECT_EQ(device.heard(), reference.played());
-        for (std::size_t i = 0; i < 128; ++i) ASSERT_EQ(device.heard(1)[2 * i], samples[i]) << i;
-        EXPECT_EQ(player.get("OutputPosition").number(), 128.0);
-        player.call("Stop");
-        runAllEvents(loaded.host);
-        EXPECT_EQ(rate.count(), 1);
-        EXPECT_EQ(format.count(), 1);
+    // A new player renders two device frames per sample.
+    ReferenceOutput reference(1, 44100, 88200);
+    reference.add(samples);
+    player = playing(loaded.host, device.id(), samples);
+    device.clearOutput();
+    for (int i = 0; i < 4; ++i) {
+        device.step(64);
+        reference.play(64, 2);
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    EXPECT_EQ(device.output(), reference.played());
+    for (std::size_t i = 0; i < 128; ++i) ASSERT_EQ(device.output(1)[2 * i], samples[i]) << i;
+    EXPECT_EQ(player.get("OutputPosition").number(), 128.0);
+    player.call("Stop");
+    runAllEvents(loaded.host);
+    EXPECT_EQ(rate.count(), 1);
+    EXPECT_EQ(format.count(), 1);
 }
 
-TEST(HalSettings, ANewSliceLosesAndRepeatsNothing)
+TEST_F(DeviceSettings, NewSliceSizesNeitherLoseNorRepeatFrames)
 {
-    LoadedHost loaded;
-    {
-        const AudioObjects audio(loaded.host);
-        SteppedDevice device(44100, 2, 64);
-        const EventCount slice(loaded.host, device.id(), overall('fsiz'));
-        const std::vector<float> samples = ramp(20000);
-        Object player = playing(loaded.host, device.id(), samples);
-        std::size_t played = 0;
-        int told = 0;
-        for (UInt32 frames : {64u, 48u, 512u, 1u, 8192u, 7u, 64u}) {
-            if (frames == 48) // as a program of the older kind would, in bytes of two channels
-                audio.object.call("AudioDeviceSetPropertyMemory", std::int64_t(device.id()), nullptr, 0,
-                                  false, "bsiz", MemoryBlock::copyOf(std::vector<UInt32>{frames * 8}), 0, 4);
-            else
-                audio.set(device.id(), overall('fsiz'), frames);
-            EXPECT_EQ(audio.status(), "0") << frames;
-            EXPECT_EQ(audio.get<UInt32>(device.id(), overall('fsiz')), frames);
-            device.step(3 * frames / 2 + 5); // never a whole number of slices
-            played += 3 * frames / 2 + 5;
-            EXPECT_EQ(player.get("OutputPosition").number(), double(played));
-            told += frames != 64 || told > 0;
-        }
-        ASSERT_LT(played, samples.size());
-        EXPECT_EQ(device.heard(0), part(samples, 0, played));
-        EXPECT_EQ(device.heard(1), device.heard(0));
-        runAllEvents(loaded.host);
-        EXPECT_EQ(slice.count(), told) << "each new size once, the one that was none not at all";
-        player.call("Stop");
+    const AudioObjects audio(loaded.host);
+    SteppedDevice device(44100, 2, 64);
+    const EventCount slice(loaded.host, device.id(), overall('fsiz'));
+    const std::vector<float> samples = ramp(20000);
+    Object player = playing(loaded.host, device.id(), samples);
+    std::size_t played = 0;
+    int changes = 0;
+    for (UInt32 frames : {64u, 48u, 512u, 1u, 8192u, 7u, 64u}) {
+        if (frames == 48) // through the older property, in bytes
+            audio.object.call("AudioDeviceSetPropertyMemory", std::int64_t(device.id()), nullptr, 0, false,
+                              "bsiz", MemoryBlock::copyOf(std::vector<UInt32>{frames * 8}), 0, 4);
+        else
+            audio.set(device.id(), overall('fsiz'), frames);
+        EXPECT_EQ(audio.status(), "0") << frames;
+        EXPECT_EQ(audio.get<UInt32>(device.id(), overall('fsiz')), frames);
+        device.step(3 * frames / 2 + 5); // never a whole number of slices
+        played += 3 * frames / 2 + 5;
+        EXPECT_EQ(player.get("OutputPosition").number(), double(played));
+        changes += frames != 64 || changes > 0;
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    ASSERT_LT(played, samples.size());
+    EXPECT_EQ(device.output(0), part(samples, 0, played));
+    EXPECT_EQ(device.output(1), device.output(0));
+    runAllEvents(loaded.host);
+    EXPECT_EQ(slice.count(), changes) << "one event per changed size";
+    player.call("Stop");
 }
 
 // ---- levels ----
 
 constexpr uint32_t slice = 64;
-constexpr uint32_t glide = 512;                     // frames that a change of level takes
-constexpr uint32_t glideSlices = glide / slice + 1; // and a slice behind it
+constexpr uint32_t glide = 512;                     // frames over which a level changes
+constexpr uint32_t glideSlices = glide / slice + 1; // the slices of a level change, and one more
 
-/// What a device plays of a constant 1 while its levels are set.
-class Levels : public testing::Test {
+/// A player of the constant 1 on a device whose levels change.
+class DeviceLevels : public LoadedHostTest {
 protected:
-    Levels() { player_ = playing(loaded_.host, device_.id(), std::vector<float>(100000, 1.0f)); }
-    ~Levels() override
-    {
-        player_.call("Stop");
-        player_ = nullptr;
-        audio_.object = nullptr;
-        EXPECT_EQ(leftOver(loaded_.host), "");
-    }
+    DeviceLevels() { player_ = playing(loaded.host, device_.id(), std::vector<float>(100000, 1.0f)); }
+    ~DeviceLevels() override { player_.call("Stop"); }
 
-    /// One channel of the next `slices` slices.
-    std::vector<float> hear(uint32_t channel, uint32_t slices)
+    /// Render the next slices. Returns the samples of one channel.
+    std::vector<float> render(uint32_t channel, uint32_t slices)
     {
-        device_.forget();
+        device_.clearOutput();
         device_.step(slices * slice);
-        return device_.heard(channel);
+        return device_.output(channel);
     }
 
-    /// From one level to another over the first frames, in steps no larger than that takes, and there it
-    /// stays.
-    void expectGlide(const std::vector<float>& heard, float from, float to)
+    /// Expect a monotonic change from one level to another over the first frames, in small steps, then the
+    /// new level.
+    void expectGlide(const std::vector<float>& rendered, float from, float to)
     {
         const float largest = std::fabs(to - from) / float(glide) * 1.0001f;
         float last = from;
         for (std::size_t i = 0; i < glide; ++i) {
-            ASSERT_LE(std::fabs(heard[i] - last), largest) << i;
-            ASSERT_GE((heard[i] - last) * (to - from), 0) << "never back, at " << i;
-            last = heard[i];
+            ASSERT_LE(std::fabs(rendered[i] - last), largest) << i;
+            ASSERT_GE((rendered[i] - last) * (to - from), 0) << "in the wrong direction at " << i;
+            last = rendered[i];
         }
-        for (std::size_t i = glide - 1; i < heard.size(); ++i) ASSERT_EQ(heard[i], to) << i;
+        for (std::size_t i = glide - 1; i < rendered.size(); ++i) ASSERT_EQ(rendered[i], to) << i;
     }
 
-    LoadedHost loaded_;
-    AudioObjects audio_{loaded_.host};
+    AudioObjects audio_{loaded.host};
     SteppedDevice device_{44100, 2, slice};
     Object player_;
 };
 
-TEST_F(Levels, FollowTheVolumeOfTheirChannel)
+TEST_F(DeviceLevels, FollowTheVolumeOfEachChannel)
 {
-    EXPECT_EQ(hear(0, 2), std::vector<float>(2 * slice, 1.0f)) << "full volume changes no bit";
+    EXPECT_EQ(render(0, 2), std::vector<float>(2 * slice, 1.0f)) << "full volume is exact";
     float before = 1;
     for (float decibels : {-6.0f, -20.0f, -3.0f, -63.0f, 0.0f}) {
         SCOPED_TRACE(decibels);
         ASSERT_EQ(audio_.set<Float32>(device_.id(), ofOutput('vold', 1), decibels), "0");
-        const std::vector<float> heard = hear(0, glideSlices);
-        const float after = heard.back();
-        expectGlide(heard, before, after);
+        const std::vector<float> rendered = render(0, glideSlices);
+        const float after = rendered.back();
+        expectGlide(rendered, before, after);
         EXPECT_NEAR(20 * std::log10(after), decibels, 0.001f);
-        EXPECT_EQ(device_.heard(1), std::vector<float>(glideSlices * slice, 1.0f))
-            << "the other channel is as it was";
+        EXPECT_EQ(device_.output(1), std::vector<float>(glideSlices * slice, 1.0f))
+            << "the other channel does not change";
         before = after;
     }
-    EXPECT_EQ(before, 1.0f) << "exactly";
+    EXPECT_EQ(before, 1.0f) << "0 dB is exact";
     for (float scalar : {0.5f, 0.0f, 1.0f}) {
         ASSERT_EQ(audio_.set<Float32>(device_.id(), ofOutput('volm', 1), scalar), "0");
-        const std::vector<float> heard = hear(0, glideSlices);
-        expectGlide(heard, before, heard.back());
-        EXPECT_NEAR(heard.back(), scalar == 0 ? 0 : std::pow(10.0f, -64 * (1 - scalar) / 20), 1e-7f);
-        before = heard.back();
+        const std::vector<float> rendered = render(0, glideSlices);
+        expectGlide(rendered, before, rendered.back());
+        EXPECT_NEAR(rendered.back(), scalar == 0 ? 0 : std::pow(10.0f, -64 * (1 - scalar) / 20), 1e-7f);
+        before = rendered.back();
     }
 }
 
-TEST_F(Levels, FallToSilenceWhenMutedAndComeBack)
+TEST_F(DeviceLevels, FallToSilenceWhenMutedAndRiseWhenUnmuted)
 {
-    hear(0, 1);
-    for (UInt32 element : {0u, 2u}) { // all channels, or the right one
+    render(0, 1);
+    for (UInt32 element : {0u, 2u}) { // all channels, or the right channel
         for (UInt32 isMuted : {1u, 0u}) {
             SCOPED_TRACE(std::to_string(element) + " " + std::to_string(isMuted));
             ASSERT_EQ(audio_.set<UInt32>(device_.id(), ofOutput('mute', element), isMuted), "0");
-            expectGlide(hear(1, glideSlices), isMuted ? 1 : 0, isMuted ? 0 : 1);
+            expectGlide(render(1, glideSlices), isMuted ? 1 : 0, isMuted ? 0 : 1);
             if (element)
-                EXPECT_EQ(device_.heard(0), std::vector<float>(glideSlices * slice, 1.0f));
+                EXPECT_EQ(device_.output(0), std::vector<float>(glideSlices * slice, 1.0f));
             else
-                EXPECT_EQ(device_.heard(0), device_.heard(1));
+                EXPECT_EQ(device_.output(0), device_.output(1));
         }
     }
 }
 
-TEST_F(Levels, GlideOnceHoweverOftenTheyAreSetInASlice)
+TEST_F(DeviceLevels, GlideOnceToTheLastOfSeveralSettings)
 {
-    hear(0, 1);
+    render(0, 1);
     for (float scalar : {0.1f, 0.9f, 0.0f, 0.75f})
         audio_.set<Float32>(device_.id(), ofOutput('volm', 1), scalar);
-    const std::vector<float> heard = hear(0, glideSlices);
-    expectGlide(heard, 1, heard.back());
-    EXPECT_NEAR(20 * std::log10(heard.back()), -16, 0.001f);
+    const std::vector<float> rendered = render(0, glideSlices);
+    expectGlide(rendered, 1, rendered.back());
+    EXPECT_NEAR(20 * std::log10(rendered.back()), -16, 0.001f);
 }
 
-TEST_F(Levels, OfASilentDeviceNeedNoGlide)
+TEST_F(DeviceLevels, OfAStoppedDeviceChangeAtOnce)
 {
     player_.call("Stop");
     audio_.set<Float32>(device_.id(), ofOutput('volm', 1), 0);
-    player_ = playing(loaded_.host, device_.id(), std::vector<float>(1000, 1.0f));
-    EXPECT_EQ(hear(0, 1), std::vector<float>(slice, 0.0f)) << "nothing was heard before that could jump";
+    player_ = playing(loaded.host, device_.id(), std::vector<float>(1000, 1.0f));
+    EXPECT_EQ(render(0, 1), std::vector<float>(slice, 0.0f)) << "no samples before the change";
 }
 
-// A program that asks has to be told of each, by name.
-TEST_F(Levels, AreToldAtTheirAddress)
+TEST_F(DeviceLevels, RaiseEventsForTheChangedPropertyAndChannelOnly)
 {
-    const EventCount volume(loaded_.host, device_.id(), ofOutput('volm', 1));
-    const EventCount decibels(loaded_.host, device_.id(), ofOutput('vold', 1));
-    const EventCount other(loaded_.host, device_.id(), ofOutput('volm', 2));
-    const EventCount all(loaded_.host, device_.id(), {'****', '****', 1});
+    const EventCount volume(loaded.host, device_.id(), ofOutput('volm', 1));
+    const EventCount decibels(loaded.host, device_.id(), ofOutput('vold', 1));
+    const EventCount other(loaded.host, device_.id(), ofOutput('volm', 2));
+    const EventCount all(loaded.host, device_.id(), {'****', '****', 1});
     for (float scalar : {0.5f, 0.5f, 0.25f}) audio_.set<Float32>(device_.id(), ofOutput('volm', 1), scalar);
-    runAllEvents(loaded_.host);
+    runAllEvents(loaded.host);
     EXPECT_EQ(volume.count(), 2);
     EXPECT_EQ(decibels.count(), 2);
     EXPECT_EQ(other.count(), 0);

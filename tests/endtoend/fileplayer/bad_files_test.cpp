@@ -1,5 +1,5 @@
-// Files that are none, or not what they say, or change under the load: each has its answer, nothing is thrown
-// that is not announced, nothing is left behind, and whatever is done to the object afterwards is harmless.
+// Files that are missing, damaged, not sound, or changed during the load: the load returns a stated status,
+// nothing leaks, and the object remains usable.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include "tests/support/sanitizers.h"
@@ -25,13 +25,13 @@ using Bytes = std::string;
 
 constexpr int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
-Bytes load(const std::string& path)
+Bytes readBytes(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);
     return Bytes(std::istreambuf_iterator<char>(in), {});
 }
 
-void save(const std::string& path, const Bytes& bytes)
+void writeBytes(const std::string& path, const Bytes& bytes)
 {
     std::ofstream out(path, std::ios::binary);
     out.write(bytes.data(), std::streamsize(bytes.size()));
@@ -43,8 +43,8 @@ Bytes changed(Bytes bytes, std::size_t at, std::uint64_t value, int count)
     return bytes;
 }
 
-/// What a load says: whether it worked, or the exception.
-std::string resultOf(const host::Object& player, const char* method, const std::string& path, int channels)
+/// Load a file: "true", "false" or "Class: message" of the exception.
+std::string loadResult(const host::Object& player, const char* method, const std::string& path, int channels)
 {
     try {
         return player.call(method, host::FolderItem::at(path), channels, channels).boolean() ? "true"
@@ -54,7 +54,7 @@ std::string resultOf(const host::Object& player, const char* method, const std::
     }
 }
 
-/// All that a program may do with an object, whatever became of its load.
+/// Use all properties and methods of a player, loaded or not.
 void useAll(const host::Object& player)
 {
     for (const char* name :
@@ -81,21 +81,21 @@ void useAll(const host::Object& player)
     player.call("Pause");
 }
 
-struct FilePlayerFaults : testing::Test {
+struct FilePlayerBadFiles : testing::Test {
     const support::TemporaryFolder folder;
     const std::string path = folder / "x.wav";
 
-    /// 1,000 frames of 16-bit stereo behind a header of 44 bytes.
-    Bytes whole()
+    /// A WAV file of 1,000 frames: a header of 44 bytes, then PCM16 stereo.
+    Bytes makeWav()
     {
         support::writeSound(support::makeNoise(44100, 2, 1000), path, wav16);
-        Bytes bytes = load(path);
+        Bytes bytes = readBytes(path);
         EXPECT_EQ(bytes.size(), 4044u);
         return bytes;
     }
 };
 
-/// A file that is refused: the same answer by both ways of loading, and only once.
+/// Expect that both load methods refuse the file with `status`, and a second load raises an exception.
 void expectRefused(const std::string& path, OSStatus status, int channels = 2)
 {
     for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -103,26 +103,25 @@ void expectRefused(const std::string& path, OSStatus status, int channels = 2)
         LoadedHost loaded;
         {
             const host::Object player = loaded.host.create(filePlayerClass);
-            EXPECT_EQ(resultOf(player, method, path, channels), "false");
+            EXPECT_EQ(loadResult(player, method, path, channels), "false");
             EXPECT_EQ(player.get("Lasterror").integer(), status);
             EXPECT_TRUE(player.call("Data").isNil());
             EXPECT_EQ(player.get("SampleRate").number(), 0.0);
             useAll(player);
         }
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+        expectCleanHost(loaded.host);
         {
             const host::Object player = loaded.host.create(filePlayerClass);
-            EXPECT_EQ(resultOf(player, method, path, channels), "false");
-            EXPECT_EQ(resultOf(player, method, path, channels),
+            EXPECT_EQ(loadResult(player, method, path, channels), "false");
+            EXPECT_EQ(loadResult(player, method, path, channels),
                       "UnsupportedOperationException: This class can only load one file.");
         }
-        // The refused one took the file's place without giving back the former reference.
-        EXPECT_EQ(leftOver(loaded.host), "1 folder item\n") << "a known loss of one";
+        // The refused second load replaces the folder item without releasing it.
+        EXPECT_EQ(liveObjects(loaded.host), "1 folder item\n") << "a known leak";
     }
 }
 
-/// A file that loads, with so many frames: played to its end.
+/// Expect that both load methods load `frames` frames, and play the file past its end.
 void expectLoaded(const std::string& path, std::size_t frames, int channels)
 {
     for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -131,7 +130,7 @@ void expectLoaded(const std::string& path, std::size_t frames, int channels)
         {
             SteppedDevice device(44100, 2);
             const host::Object player = loaded.host.create(filePlayerClass);
-            EXPECT_EQ(resultOf(player, method, path, channels), "true");
+            EXPECT_EQ(loadResult(player, method, path, channels), "true");
             EXPECT_EQ(player.get("Lasterror").integer(), 0);
             const host::Value data = player.call("Data");
             if (frames == 0)
@@ -145,41 +144,40 @@ void expectLoaded(const std::string& path, std::size_t frames, int channels)
             player.call("Play");
             device.step(3000);
         }
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+        expectCleanHost(loaded.host);
     }
 }
 
-TEST_F(FilePlayerFaults, WhatIsNoFile)
+TEST_F(FilePlayerBadFiles, WithoutSoundAreRefused)
 {
     fs::create_directory(folder / "folder");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     fs::create_symlink("nowhere", folder / "dangling");
     fs::create_symlink("folder", folder / "linked folder");
-    save(folder / "empty.wav", "");
-    save(folder / "zeros.wav", Bytes(5000, '\0'));
-    save(folder / "text.wav", Bytes(5000, 'a'));
+    writeBytes(folder / "empty.wav", "");
+    writeBytes(folder / "zeros.wav", Bytes(5000, '\0'));
+    writeBytes(folder / "text.wav", Bytes(5000, 'a'));
     Bytes noise(5000, '\0');
     std::uint32_t state = 1;
     for (char& byte : noise) byte = char((state = state * 1664525 + 1013904223) >> 24);
-    save(folder / "noise.wav", noise);
+    writeBytes(folder / "noise.wav", noise);
     const struct {
         std::string path;
         OSStatus status;
         const char* why;
     } facts[] = {
         // clang-format off
-        {folder / "missing.wav",   fnfErr,                             "nothing there: found by its folder"},
-        {folder / "dangling",      fnfErr,                             "a link to nothing"},
+        {folder / "missing.wav",   fnfErr,                             "missing; the folder exists"},
+        {folder / "dangling",      fnfErr,                             "a dangling link"},
         {folder / "folder",        kAudioFileInvalidFileError,         "a folder"},
         {folder / "linked folder", kAudioFileInvalidFileError,         "a folder"},
-        {folder / "pipe",          kAudioFileInvalidFileError,         "nobody may wait for a writer"},
-        {"/dev/zero",              kAudioFileInvalidFileError,         "a device, without end"},
+        {folder / "pipe",          kAudioFileInvalidFileError,         "a pipe; the load does not wait for a writer"},
+        {"/dev/zero",              kAudioFileInvalidFileError,         "a device without an end"},
         {"/",                      kAudioFileInvalidFileError,         "a folder without a name"},
-        {folder / "empty.wav",     kAudioFileUnsupportedFileTypeError, "nothing in it"},
-        {folder / "zeros.wav",     kAudioFileUnsupportedFileTypeError, "nothing known"},
-        {folder / "text.wav",      kAudioFileUnsupportedFileTypeError, "nothing known"},
-        {folder / "noise.wav",     kAudioFileUnsupportedFileTypeError, "nothing known"},
+        {folder / "empty.wav",     kAudioFileUnsupportedFileTypeError, "0 bytes"},
+        {folder / "zeros.wav",     kAudioFileUnsupportedFileTypeError, "no known format"},
+        {folder / "text.wav",      kAudioFileUnsupportedFileTypeError, "no known format"},
+        {folder / "noise.wav",     kAudioFileUnsupportedFileTypeError, "no known format"},
         // clang-format on
     };
     for (const auto& fact : facts) {
@@ -188,7 +186,7 @@ TEST_F(FilePlayerFaults, WhatIsNoFile)
     }
 }
 
-TEST_F(FilePlayerFaults, WhatHasNoPath)
+TEST_F(FilePlayerBadFiles, WithoutAPathRaise)
 {
     LoadedHost loaded;
     {
@@ -199,26 +197,27 @@ TEST_F(FilePlayerFaults, WhatHasNoPath)
         } catch (const host::HostException& error) {
             EXPECT_EQ(error.className() + ": " + error.message(), "NilObjectException: file is nil");
         }
-        // That has not begun a load.
-        EXPECT_EQ(resultOf(player, "LoadFile", folder / "no/such/folder.wav", 2),
+        // After the exception, the player accepts another load.
+        EXPECT_EQ(loadResult(player, "LoadFile", folder / "no/such/folder.wav", 2),
                   "NilObjectException: File is invalid path");
         useAll(player);
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    expectCleanHost(loaded.host);
 }
 
-TEST_F(FilePlayerFaults, WhatMayNotBeRead)
+TEST_F(FilePlayerBadFiles, WithoutReadPermissionAreRefused)
 {
-    if (support::hasThreadSanitizer) GTEST_SKIP() << "which minds a fork beside other threads";
-    whole();
+    if (support::hasThreadSanitizer)
+        GTEST_SKIP() << "the thread sanitizer does not support fork with several threads";
+    makeWav();
     chmod(path.c_str(), 0);
     chmod(folder.path().c_str(), 0755);
     LoadedHost loaded;
     const pid_t child = fork();
-    if (child == 0) { // the superuser may read all: somebody else looks
+    if (child == 0) { // as another user, since the superuser can read every file
         if (geteuid() == 0 && setuid(65534) != 0) _exit(9);
         const host::Object player = loaded.host.create(filePlayerClass);
-        if (resultOf(player, "LoadFile", path, 2) != "false") _exit(1);
+        if (loadResult(player, "LoadFile", path, 2) != "false") _exit(1);
         if (player.get("Lasterror").integer() != permErr) _exit(2);
         _exit(0);
     }
@@ -228,10 +227,10 @@ TEST_F(FilePlayerFaults, WhatMayNotBeRead)
     EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST_F(FilePlayerFaults, HeadersAtOddsWithTheirFile)
+TEST_F(FilePlayerBadFiles, WithWrongHeadersLoadThePresentFrames)
 {
-    const Bytes good = whole();
-    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // 2^31 frames of one byte
+    const Bytes good = makeWav();
+    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // 2^31 frames of 1 byte
     billions = changed(changed(changed(billions, 22, 1, 2), 32, 1, 2), 34, 8, 2);
     Bytes huge = changed(changed(good, 40, 0xFFFFFFF0, 4), 4, 0xFFFFFFFF, 4);
     const struct {
@@ -241,25 +240,25 @@ TEST_F(FilePlayerFaults, HeadersAtOddsWithTheirFile)
         const char* why;
     } facts[] = {
         // clang-format off
-        {good,                           noErr,                      1000, "as it was written"},
-        {good.substr(0, 2044),           noErr,                      500,  "half of it"},
-        {good.substr(0, 48),             noErr,                      1,    "one frame"},
+        {good,                           noErr,                      1000, "unchanged"},
+        {good.substr(0, 2044),           noErr,                      500,  "half of the file"},
+        {good.substr(0, 48),             noErr,                      1,    "the first frame"},
         {good.substr(0, 45),             noErr,                      0,    "less than a frame"},
         {good.substr(0, 44),             noErr,                      0,    "a header without data"},
         {good.substr(0, 30),             kAudioFileInvalidFileError, 0,    "half a header"},
-        {huge,                           noErr,                      1000, "four gigabytes said, four kilobytes there"},
-        {billions,                       noErr,                      4000, "2^31 frames said"},
-        {changed(good, 40, 0, 4),        noErr,                      0,    "no frames said"},
-        {changed(good, 22, 0, 2),        kAudioFileInvalidFileError, 0,    "no channels"},
-        {changed(good, 22, 1025, 2),     kAudioFileUnsupportedDataFormatError, 0, "more channels than are read"},
+        {huge,                           noErr,                      1000, "states 4 GiB, has 4 kB"},
+        {billions,                       noErr,                      4000, "states 2^31 frames"},
+        {changed(good, 40, 0, 4),        noErr,                      0,    "states 0 frames"},
+        {changed(good, 22, 0, 2),        kAudioFileInvalidFileError, 0,    "0 channels"},
+        {changed(good, 22, 1025, 2),     kAudioFileUnsupportedDataFormatError, 0, "more channels than libsndfile reads"},
         {changed(good, 22, 64, 2),       noErr,                      31,   "64 channels"},
-        {changed(good, 24, 0, 4),        kAudioFileInvalidFileError, 0,    "no rate"},
+        {changed(good, 24, 0, 4),        kAudioFileInvalidFileError, 0,    "rate 0"},
         {changed(good, 24, 1u << 31, 4), kAudioFileInvalidFileError, 0,    "a negative rate"},
         // clang-format on
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
-        save(path, fact.bytes);
+        writeBytes(path, fact.bytes);
         if (fact.status)
             expectRefused(path, fact.status);
         else
@@ -267,21 +266,21 @@ TEST_F(FilePlayerFaults, HeadersAtOddsWithTheirFile)
     }
 }
 
-TEST_F(FilePlayerFaults, ChannelsThatNoSoundHas)
+TEST_F(FilePlayerBadFiles, AbsurdChannelCountsAreRefused)
 {
-    whole();
+    makeWav();
     for (const int channels : {0, -1, 1 << 16, INT32_MAX, INT32_MIN}) {
         SCOPED_TRACE(channels);
         LoadedHost loaded;
         {
             const host::Object player = loaded.host.create(filePlayerClass);
-            EXPECT_EQ(resultOf(player, "LoadFile", path, channels), "false");
+            EXPECT_EQ(loadResult(player, "LoadFile", path, channels), "false");
             EXPECT_NE(player.get("Lasterror").integer(), 0);
             useAll(player);
         }
-        EXPECT_EQ(leftOver(loaded.host), "");
+        expectCleanHost(loaded.host);
     }
-    // The units refuse what the file could have given.
+    // The data channels are valid, but the units refuse the output channels.
     for (const int channels : {0, -1, 1 << 16}) {
         SCOPED_TRACE(channels);
         LoadedHost loaded;
@@ -289,14 +288,14 @@ TEST_F(FilePlayerFaults, ChannelsThatNoSoundHas)
             const host::Object player = loaded.host.create(filePlayerClass);
             EXPECT_FALSE(player.call("LoadFile", host::FolderItem::at(path), 2, channels).boolean());
             EXPECT_NE(player.get("Lasterror").integer(), 0);
-            EXPECT_EQ(player.call("Data").memoryBlock().size(), 8000u) << "what was loaded stays";
+            EXPECT_EQ(player.call("Data").memoryBlock().size(), 8000u) << "the loaded data stays";
             useAll(player);
         }
-        EXPECT_EQ(leftOver(loaded.host), "");
+        expectCleanHost(loaded.host);
     }
 }
 
-TEST_F(FilePlayerFaults, SixtyFourChannelsAreHeard)
+TEST_F(FilePlayerBadFiles, SixtyFourChannelsPlay)
 {
     const support::Sound sound = support::makeNoise(44100, 64, 2000);
     support::writeSound(sound, path);
@@ -304,46 +303,46 @@ TEST_F(FilePlayerFaults, SixtyFourChannelsAreHeard)
     {
         FilePlayer player(loaded, path);
         player.play();
-        expectThenSilence(player.hear(3000), sound.samples);
+        expectThenSilence(player.render(3000), sound.samples);
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
+    expectCleanHost(loaded.host);
 }
 
-// A sparse file: all its frames are there, but no memory holds them.
-TEST_F(FilePlayerFaults, MoreSoundThanMemory)
+// The sparse file has all stated frames: more samples than a memory block can hold.
+TEST_F(FilePlayerBadFiles, LargerThanMemoryRaiseOutOfMemory)
 {
-    constexpr std::uint64_t frames = 1u << 30; // of one channel, 16 bits
-    Bytes header = changed(changed(whole(), 22, 1, 2), 32, 2, 2).substr(0, 44);
+    constexpr std::uint64_t frames = 1u << 30; // PCM16 mono
+    Bytes header = changed(changed(makeWav(), 22, 1, 2), 32, 2, 2).substr(0, 44);
     header = changed(changed(header, 40, frames * 2, 4), 4, frames * 2 + 36, 4);
-    save(path, header);
-    if (truncate64(path.c_str(), off64_t(frames * 2 + 44)) != 0) GTEST_SKIP() << "no room for a sparse file";
+    writeBytes(path, header);
+    if (truncate64(path.c_str(), off64_t(frames * 2 + 44)) != 0)
+        GTEST_SKIP() << "the disk does not store the sparse file";
     for (const char* method : {"LoadFile", "LoadFileMT"}) {
         SCOPED_TRACE(method);
         LoadedHost loaded;
         {
             const host::Object player = loaded.host.create(filePlayerClass);
-            EXPECT_EQ(resultOf(player, method, path, 2),
+            EXPECT_EQ(loadResult(player, method, path, 2),
                       "OutOfMemoryException: Failed to allocate buffer for audio data.");
             EXPECT_TRUE(player.call("Data").isNil());
             useAll(player);
         }
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+        expectCleanHost(loaded.host);
     }
 }
 
-// ---- files that change under the load ----
+// ---- files that change during the load ----
 
-/// Something that is done to a file over and over, beside the loads.
-class Meanwhile {
+/// Repeats a function on another thread, until it is destroyed.
+class RepeatOnThread {
 public:
-    explicit Meanwhile(std::function<void()> work)
+    explicit RepeatOnThread(std::function<void()> work)
         : thread_([this, work = std::move(work)] {
               while (!isOver_) work(), ++rounds_;
           })
     {
     }
-    ~Meanwhile()
+    ~RepeatOnThread()
     {
         isOver_ = true;
         thread_.join();
@@ -356,7 +355,7 @@ private:
     std::thread thread_;
 };
 
-TEST_F(FilePlayerFaults, FilesThatChangeWhileTheyAreLoaded)
+TEST_F(FilePlayerBadFiles, ChangedDuringTheLoadLoadOrAreRefused)
 {
     const support::Sound sound = support::makeNoise(44100, 2, 200000);
     support::writeSound(sound, folder / "good.wav", wav16);
@@ -365,11 +364,11 @@ TEST_F(FilePlayerFaults, FilesThatChangeWhileTheyAreLoaded)
         const char* why;
         std::function<void(const std::string&, const Bytes&)> change;
     } facts[] = {
-        {"cut off and written anew",
+        {"truncated and rewritten",
          [](const std::string& file, const Bytes& bytes) {
              for (const std::size_t size : {bytes.size() / 2, std::size_t(100), std::size_t(0)})
                  fs::resize_file(file, size);
-             save(file, bytes);
+             writeBytes(file, bytes);
          }},
         {"growing",
          [](const std::string& file, const Bytes& bytes) {
@@ -378,12 +377,12 @@ TEST_F(FilePlayerFaults, FilesThatChangeWhileTheyAreLoaded)
          }},
         {"replaced",
          [](const std::string& file, const Bytes& bytes) {
-             save(file + ".new", bytes.substr(0, bytes.size() * 3 / 4));
+             writeBytes(file + ".new", bytes.substr(0, bytes.size() * 3 / 4));
              fs::rename(file + ".new", file);
-             save(file + ".new", bytes);
+             writeBytes(file + ".new", bytes);
              fs::rename(file + ".new", file);
          }},
-        {"with other bytes in it",
+        {"partly overwritten",
          [](const std::string& file, const Bytes& bytes) {
              std::fstream out(file, std::ios::binary | std::ios::in | std::ios::out);
              out.seekp(std::streamoff(bytes.size() / 3));
@@ -393,16 +392,16 @@ TEST_F(FilePlayerFaults, FilesThatChangeWhileTheyAreLoaded)
     for (const char* name : {"good.wav", "good.flac"})
         for (const auto& fact : facts) {
             SCOPED_TRACE(std::string(name) + " " + fact.why);
-            const Bytes bytes = load(folder / name);
+            const Bytes bytes = readBytes(folder / name);
             const std::string file = folder / (std::string("changing-") + name);
-            save(file, bytes);
+            writeBytes(file, bytes);
             LoadedHost loaded;
             {
-                const Meanwhile meanwhile([&] { fact.change(file, bytes); });
-                for (int round = 0; round < 10 || meanwhile.rounds() < 10; ++round) {
+                const RepeatOnThread changes([&] { fact.change(file, bytes); });
+                for (int round = 0; round < 10 || changes.rounds() < 10; ++round) {
                     const host::Object player = loaded.host.create(filePlayerClass);
                     const std::string result =
-                        resultOf(player, round % 2 ? "LoadFile" : "LoadFileMT", file, 2);
+                        loadResult(player, round % 2 ? "LoadFile" : "LoadFileMT", file, 2);
                     EXPECT_TRUE(result == "true" || result == "false") << result;
                     if (result == "true") EXPECT_EQ(player.get("Lasterror").integer(), 0);
                     const auto frames = player.call("Data").memoryBlock().size() / 8;
@@ -410,8 +409,7 @@ TEST_F(FilePlayerFaults, FilesThatChangeWhileTheyAreLoaded)
                     if (round < 2) useAll(player);
                 }
             }
-            EXPECT_EQ(leftOver(loaded.host), "");
-            EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+            expectCleanHost(loaded.host);
         }
 }
 

@@ -1,4 +1,4 @@
-// A player's device: which there are, which plays, which of its channels, and what happens when it goes.
+// Output devices of a file player: list, choice, changes during playback, lost devices, channel maps.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <algorithm>
@@ -11,18 +11,12 @@ using support::Sound;
 
 constexpr std::size_t length = 44100 * 2;
 
-struct FilePlayerDevices : testing::Test {
-    LoadedHost loaded;
+struct FilePlayerDevices : LoadedHostTest {
     const support::TemporaryFolder folder;
     const std::string path = folder / "x.wav";
     const Sound sound = support::makeNoise(44100, 2, length);
 
     FilePlayerDevices() { support::writeSound(sound, path); }
-    ~FilePlayerDevices() override
-    {
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
-    }
 
     Samples frames(std::size_t first, std::size_t count) const
     {
@@ -50,7 +44,7 @@ KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inp
 
 TEST_F(FilePlayerDevices, AreListedByNumberAndName)
 {
-    const host::Object player = loaded.host.create(filePlayerClass); // needs no load
+    const host::Object player = loaded.host.create(filePlayerClass); // without a loaded file
     const KVXDeviceID output = addDevice("Öüter space", 2, 0);
     const KVXDeviceID input = addDevice("Ears only", 0, 2);
     const KVXDeviceID both = addDevice("Both ways", 8, 1);
@@ -73,7 +67,7 @@ TEST_F(FilePlayerDevices, AreListedByNumberAndName)
     EXPECT_FALSE(player.get("OuputDevices").object().call("HasKey", output).boolean());
 }
 
-TEST_F(FilePlayerDevices, TheDefaultOneIsTheSystems)
+TEST_F(FilePlayerDevices, DefaultDeviceIsTheDefaultOfTheSystem)
 {
     const host::Object player = loaded.host.create(filePlayerClass);
     SteppedDevice device;
@@ -81,18 +75,18 @@ TEST_F(FilePlayerDevices, TheDefaultOneIsTheSystems)
     chooseDefaultDevice(loaded.host, device.id());
     EXPECT_EQ(player.get("DefaultDeviceID").integer(), std::int64_t(device.id()));
     EXPECT_EQ(player.get("Lasterror").integer(), 0);
-    EXPECT_EQ(player.get("CurrentDeviceID").integer(), 0) << "nothing is loaded";
+    EXPECT_EQ(player.get("CurrentDeviceID").integer(), 0) << "no file is loaded";
     EXPECT_NE(player.get("Lasterror").integer(), 0);
 }
 
-// ---- moving ----
+// ---- changes during playback ----
 
-TEST_F(FilePlayerDevices, SoundGoesOnWithTheNextFrameOnTheDeviceThatIsChosenWhileItPlays)
+TEST_F(FilePlayerDevices, PlaybackContinuesWithTheNextFrameOnTheNewDevice)
 {
     FilePlayer player(loaded, path);
     SteppedDevice second(44100, 2, 300), third(44100, 2, 4096);
     player.play();
-    expectSamples(player.hear(1000), frames(0, 1000));
+    expectSamples(player.render(1000), frames(0, 1000));
     std::size_t at = 1000;
     for (SteppedDevice* next : {&second, &third, &second, &player.device(), &player.device()}) {
         player.object().set("CurrentDeviceID", std::int64_t(next->id()));
@@ -100,92 +94,92 @@ TEST_F(FilePlayerDevices, SoundGoesOnWithTheNextFrameOnTheDeviceThatIsChosenWhil
         EXPECT_EQ(player.get("CurrentDeviceID"), next->id());
         EXPECT_TRUE(player.isPlaying());
         for (SteppedDevice* other : {&second, &third, &player.device()})
-            if (other != next) EXPECT_EQ(other->step(100), 0u) << "nobody plays there any more";
-        next->forget();
+            if (other != next) EXPECT_EQ(other->step(100), 0u) << "the former device is stopped";
+        next->clearOutput();
         next->step(5000);
-        expectSamples(next->heard(), frames(at, 5000));
+        expectSamples(next->output(), frames(at, 5000));
         at += 5000;
     }
     player.pause();
 }
 
-TEST_F(FilePlayerDevices, OfOtherWidthsAndRatesCanBeChosenWhileItPlays)
+TEST_F(FilePlayerDevices, OfOtherChannelCountsAndRatesCanBeChosenDuringPlayback)
 {
     FilePlayer player(loaded, path);
     SteppedDevice wide(44100, 6), narrow(44100, 1), fast(88200, 2);
     player.play();
-    player.hear(1000);
+    player.render(1000);
 
     player.object().set("CurrentDeviceID", std::int64_t(wide.id()));
     wide.step(1000);
-    expectSamples(wide.heard(0), channelOf(frames(1000, 1000), 2, 0));
-    expectSamples(wide.heard(1), channelOf(frames(1000, 1000), 2, 1));
-    for (const std::uint32_t channel : {2u, 5u}) expectSamples(wide.heard(channel), silence(1000));
+    expectSamples(wide.output(0), channelOf(frames(1000, 1000), 2, 0));
+    expectSamples(wide.output(1), channelOf(frames(1000, 1000), 2, 1));
+    for (const std::uint32_t channel : {2u, 5u}) expectSamples(wide.output(channel), silence(1000));
 
     player.object().set("CurrentDeviceID", std::int64_t(narrow.id()));
     narrow.step(1000);
-    expectSamples(narrow.heard(), channelOf(frames(2000, 1000), 2, 0));
+    expectSamples(narrow.output(), channelOf(frames(2000, 1000), 2, 0));
 
     player.object().set("CurrentDeviceID", std::int64_t(fast.id()));
     fast.step(20000);
-    EXPECT_GT(*std::max_element(fast.heard().begin(), fast.heard().end()), 0.1f);
+    EXPECT_GT(*std::max_element(fast.output().begin(), fast.output().end()), 0.1f);
     const double at = player.get("CurrentTime") * 44100;
-    EXPECT_NEAR(at, 3000 + 10000, 500) << "two of its frames for one of the file's";
+    EXPECT_NEAR(at, 3000 + 10000, 500) << "two device frames per file frame";
 
-    // What was pulled ahead for the conversion is given up; nothing else.
+    // The change drops only the input that the rate conversion has buffered.
     player.object().set("CurrentDeviceID", std::int64_t(player.device().id()));
-    expectSamples(player.hear(1000), frames(std::size_t(at + 0.5), 1000));
+    expectSamples(player.render(1000), frames(std::size_t(at + 0.5), 1000));
 }
 
-TEST_F(FilePlayerDevices, ThatDoNotExistAreRefusedAndTheOldOnePlaysOn)
+TEST_F(FilePlayerDevices, ThatDoNotExistAreRefusedAndPlaybackContinues)
 {
     FilePlayer player(loaded, path);
     const KVXDeviceID gone = addDevice("Gone", 2, 0);
     KVXPlatformRemoveSimulatedDevice(gone);
     player.play();
-    player.hear(512);
+    player.render(512);
     for (const std::int64_t id : {std::int64_t(gone), std::int64_t(1), std::int64_t(0xFFFFFFFF)}) {
         SCOPED_TRACE(id);
         player.object().set("CurrentDeviceID", id);
         EXPECT_NE(player.error(), 0);
         EXPECT_EQ(player.get("CurrentDeviceID"), player.device().id());
     }
-    expectSamples(player.hear(512), frames(512, 512));
+    expectSamples(player.render(512), frames(512, 512));
 }
 
-TEST_F(FilePlayerDevices, ThatDoNotStartSaySoAndThePlayerCanGoElsewhere)
+TEST_F(FilePlayerDevices, ThatDoNotStartReturnTheErrorAndAnotherDevicePlays)
 {
     FilePlayer player(loaded, path);
     SteppedDevice broken;
     ASSERT_EQ(KVXPlatformRefuseStart(broken.id(), 'nope'), 0);
     player.object().set("CurrentDeviceID", std::int64_t(broken.id()));
-    EXPECT_EQ(player.error(), 0) << "it does not play yet";
+    EXPECT_EQ(player.error(), 0) << "the device is not started yet";
     player.play();
     EXPECT_EQ(player.error(), 'nope');
     EXPECT_FALSE(player.isPlaying());
     player.object().set("CurrentDeviceID", std::int64_t(player.device().id()));
     player.play();
     EXPECT_EQ(player.error(), 0);
-    expectSamples(player.hear(1000), frames(0, 1000));
+    expectSamples(player.render(1000), frames(0, 1000));
 
     player.object().set("CurrentDeviceID", std::int64_t(broken.id()));
     EXPECT_EQ(player.error(), 'nope');
     player.object().set("CurrentDeviceID", std::int64_t(player.device().id()));
     EXPECT_EQ(player.error(), 0);
     if (!player.isPlaying()) player.play();
-    expectSamples(player.hear(1000), frames(1000, 1000));
+    expectSamples(player.render(1000), frames(1000, 1000));
 }
 
 // ---- the default device ----
 
-/// Step a device until the player plays on it: the platform follows a change of the default in its own time.
-/// All along it says that it plays: or else a pause meanwhile would be lost.
-void stepUntilHeard(const FilePlayer& player, SteppedDevice& device, std::uint32_t frames)
+/// Step a device until the player renders to it, because the platform moves a player to the new default
+/// device asynchronously. The player must report Playing throughout.
+void stepUntilRendering(const FilePlayer& player, SteppedDevice& device, std::uint32_t frames)
 {
     while (device.step(frames) == 0) ASSERT_TRUE(player.isPlaying());
 }
 
-TEST_F(FilePlayerDevices, TheDefaultOutputFollowsTheDefaultDevice)
+TEST_F(FilePlayerDevices, DefaultOutputFollowsTheDefaultDevice)
 {
     SteppedDevice first, second;
     chooseDefaultDevice(loaded.host, first.id());
@@ -195,14 +189,14 @@ TEST_F(FilePlayerDevices, TheDefaultOutputFollowsTheDefaultDevice)
         FilePlayer player(loaded, path, setup);
         player.play();
         first.step(1000);
-        expectSamples(first.heard(), frames(0, 1000));
+        expectSamples(first.output(), frames(0, 1000));
         std::size_t at = 1000;
         for (int round = 0; round < 3; ++round) {
             SteppedDevice& next = round % 2 ? first : second;
             chooseDefaultDevice(loaded.host, next.id());
-            next.forget();
-            stepUntilHeard(player, next, 1000);
-            expectSamples(next.heard(), frames(at, 1000));
+            next.clearOutput();
+            stepUntilRendering(player, next, 1000);
+            expectSamples(next.output(), frames(at, 1000));
             at += 1000;
             EXPECT_EQ(player.get("CurrentDeviceID"), next.id());
             EXPECT_TRUE(player.isPlaying());
@@ -210,7 +204,7 @@ TEST_F(FilePlayerDevices, TheDefaultOutputFollowsTheDefaultDevice)
     }
 }
 
-TEST_F(FilePlayerDevices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
+TEST_F(FilePlayerDevices, DefaultOutputContinuesAfterItsDeviceIsUnplugged)
 {
     SteppedDevice fallback;
     KVXSimulatedDevice description = {};
@@ -227,11 +221,11 @@ TEST_F(FilePlayerDevices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
         ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(unplugged), 0);
         EXPECT_NE(player.get("DefaultDeviceID"), unplugged);
         chooseDefaultDevice(loaded.host, fallback.id());
-        stepUntilHeard(player, fallback, 1000);
-        // Until it moved, what was played was thrown away; it goes on behind that.
-        const Samples heard = fallback.heard();
+        stepUntilRendering(player, fallback, 1000);
+        // The output was discarded until the player moved; it continues at a later frame.
+        const Samples rendered = fallback.output();
         const auto found =
-            std::search(sound.samples.begin(), sound.samples.end(), heard.begin(), heard.end());
+            std::search(sound.samples.begin(), sound.samples.end(), rendered.begin(), rendered.end());
         EXPECT_TRUE(found != sound.samples.end());
         EXPECT_GE(found - sound.samples.begin(), 2000);
         EXPECT_TRUE(player.isPlaying());
@@ -239,9 +233,9 @@ TEST_F(FilePlayerDevices, TheDefaultOutputGoesOnWhenItsDeviceIsUnplugged)
     }
 }
 
-// ---- devices that go away ----
+// ---- lost devices ----
 
-TEST_F(FilePlayerDevices, UnpluggedOrDeadWhilePlayingAreLeftForAnother)
+TEST_F(FilePlayerDevices, UnpluggedOrDeadDuringPlaybackCanBeReplaced)
 {
     for (const bool dies : {false, true}) {
         SCOPED_TRACE(dies ? "dies" : "is unplugged");
@@ -254,7 +248,7 @@ TEST_F(FilePlayerDevices, UnpluggedOrDeadWhilePlayingAreLeftForAnother)
         player.play();
         ASSERT_EQ(KVXPlatformStep(doomed, 1000), 1000u);
         ASSERT_EQ(dies ? KVXPlatformKillDevice(doomed) : KVXPlatformRemoveSimulatedDevice(doomed), 0);
-        // Everything can still be asked and done.
+        // Properties and methods still work.
         EXPECT_GE(player.get("CurrentTime"), 1000.0 / 44100);
         player.set("TimeRate", 1);
         player.object().call("Reset");
@@ -263,42 +257,42 @@ TEST_F(FilePlayerDevices, UnpluggedOrDeadWhilePlayingAreLeftForAnother)
         EXPECT_EQ(player.error(), 0);
         player.set("CurrentTime", 0.5);
         if (!player.isPlaying()) player.play();
-        expectSamples(player.hear(1000), frames(22050, 1000));
+        expectSamples(player.render(1000), frames(22050, 1000));
         if (dies) KVXPlatformRemoveSimulatedDevice(doomed);
     }
 }
 
-TEST_F(FilePlayerDevices, UnpluggedWhilePlayingCanBePausedAndForgotten)
+TEST_F(FilePlayerDevices, UnpluggedDuringPlaybackThePlayerPausesOrIsDestroyedWithoutHanging)
 {
     for (const bool pauses : {false, true}) {
         SCOPED_TRACE(pauses);
         FilePlayer player(loaded, path);
-        const KVXDeviceID doomed = addDevice("Doomed", 2, 0); // paced by its own clock
+        const KVXDeviceID doomed = addDevice("Doomed", 2, 0); // a paced device, with its own render thread
         player.object().set("CurrentDeviceID", std::int64_t(doomed));
         player.play();
         while (player.get("CurrentTime") == 0.0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(doomed), 0);
-        if (!pauses) continue; // the object goes while its device is on its way
+        if (!pauses) continue; // the player is destroyed while the device is being removed
         player.pause();
         EXPECT_FALSE(player.isPlaying());
     }
 }
 
-TEST_F(FilePlayerDevices, ThatChangeTheirRateOrWidthUnderThePlayerPlayOn)
+TEST_F(FilePlayerDevices, ThatChangeTheirRateOrSliceDuringPlaybackContinue)
 {
     FilePlayer player(loaded, path);
     player.play();
-    player.hear(1000);
+    player.render(1000);
     ASSERT_EQ(KVXPlatformConfigureDevice(player.device().id(), 0, 0, 64), 0);
-    expectSamples(player.hear(1000), frames(1000, 1000));
+    expectSamples(player.render(1000), frames(1000, 1000));
     ASSERT_EQ(KVXPlatformConfigureDevice(player.device().id(), 88200, 0, 0), 0);
-    // The platform adapts in its own time: until it does, it plays what it has.
+    // The platform adapts asynchronously, and renders at the former ratio before.
     double ratio = 0;
     while (ratio < 1.9 || ratio > 2.1) {
         const double before = player.get("CurrentTime");
-        ASSERT_TRUE(player.isPlaying()) << "all along";
-        if (player.hear(512).empty()) continue;
-        player.hear(2048);
+        ASSERT_TRUE(player.isPlaying());
+        if (player.render(512).empty()) continue;
+        player.render(2048);
         ratio = 2560 / 44100.0 / (player.get("CurrentTime") - before);
         player.set("CurrentTime", 0.1);
     }
@@ -307,32 +301,32 @@ TEST_F(FilePlayerDevices, ThatChangeTheirRateOrWidthUnderThePlayerPlayOn)
 
 // ---- channel maps ----
 
-TEST_F(FilePlayerDevices, ChannelsAreHeardWhereTheMapPutsThem)
+TEST_F(FilePlayerDevices, ChannelMapAssignsFileChannelsToDeviceChannels)
 {
     using Map = std::vector<HostInteger>;
     const struct {
         Map set;
         Map reads;
-        std::vector<int> heard; // the file's channel in each of the device's; -1: silence
+        std::vector<int> sources; ///< the file channel on each device channel; -1: silence
         const char* why;
     } facts[] = {
         {{1, 0, -1, -1}, {1, 0, -1, -1}, {1, 0, -1, -1}, "swapped"},
-        {{-1, -1, 0, 1}, {-1, -1, 0, 1}, {-1, -1, 0, 1}, "behind"},
-        {{0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}, "one everywhere"},
-        {{0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, -1, -1}, "channels that the file has not"},
-        {{1}, {1, -1, -1, -1}, {1, -1, -1, -1}, "short: the rest is silent"},
-        {{1, 0, 1, 0, 0, 0, 0}, {1, 0, 1, 0}, {1, 0, 1, 0}, "long: the rest is dropped"},
-        {{}, {-1, -1, -1, -1}, {-1, -1, -1, -1}, "empty: silence"},
-        {{-1, 1}, {-1, 1, -1, -1}, {-1, 1, -1, -1}, "short, one side only"},
+        {{-1, -1, 0, 1}, {-1, -1, 0, 1}, {-1, -1, 0, 1}, "on the last two channels"},
+        {{0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}, "one file channel on all device channels"},
+        {{0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, -1, -1}, "channels that the file lacks are silent"},
+        {{1}, {1, -1, -1, -1}, {1, -1, -1, -1}, "short map: the other device channels are silent"},
+        {{1, 0, 1, 0, 0, 0, 0}, {1, 0, 1, 0}, {1, 0, 1, 0}, "long map: extra entries are dropped"},
+        {{}, {-1, -1, -1, -1}, {-1, -1, -1, -1}, "empty map: silence"},
+        {{-1, 1}, {-1, 1, -1, -1}, {-1, 1, -1, -1}, "short map with a silent channel"},
     };
     FilePlayer::Setup setup;
     setup.deviceChannels = 4;
     const auto check = [&](FilePlayer& player, const std::vector<int>& channels) {
         player.set("CurrentTime", 0.0);
-        const Samples heard = player.hear(2000);
+        const Samples rendered = player.render(2000);
         for (int channel = 0; channel < 4; ++channel) {
             const int from = channels[std::size_t(channel)];
-            expectSamples(channelOf(heard, 4, channel),
+            expectSamples(channelOf(rendered, 4, channel),
                           from < 0 ? silence(2000) : channelOf(frames(0, 2000), 2, from));
         }
     };
@@ -345,7 +339,7 @@ TEST_F(FilePlayerDevices, ChannelsAreHeardWhereTheMapPutsThem)
     };
     for (const auto& fact : facts)
         for (const bool isPlaying : {false, true}) {
-            SCOPED_TRACE(testing::Message() << fact.why << (isPlaying ? ", while it plays" : ""));
+            SCOPED_TRACE(testing::Message() << fact.why << (isPlaying ? ", during playback" : ""));
             FilePlayer player(loaded, path, setup);
             EXPECT_EQ(read(player), (Map{0, 1, -1, -1}));
             if (isPlaying) {
@@ -356,17 +350,17 @@ TEST_F(FilePlayerDevices, ChannelsAreHeardWhereTheMapPutsThem)
             EXPECT_EQ(player.error(), 0);
             EXPECT_EQ(read(player), fact.reads);
             player.play();
-            check(player, fact.heard);
+            check(player, fact.sources);
         }
 
     FilePlayer player(loaded, path, setup);
     player.play();
     player.object().call("setChannelMap", nullptr);
     EXPECT_EQ(player.error(), 0);
-    EXPECT_EQ(read(player), (Map{-1, -1, -1, -1})) << "nil is as empty";
+    EXPECT_EQ(read(player), (Map{-1, -1, -1, -1})) << "nil equals an empty map";
     check(player, {-1, -1, -1, -1});
     player.object().call("setChannelMap", host::Array::of(Map{1, -2, 0, 0}));
-    EXPECT_NE(player.error(), 0) << "there is no channel -2";
+    EXPECT_NE(player.error(), 0) << "channel -2 does not exist";
     check(player, {-1, -1, -1, -1});
     player.object().call("setChannelMap", host::Array::of(Map{0, 1}));
     check(player, {0, 1, -1, -1});

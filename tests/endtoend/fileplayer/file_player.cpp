@@ -11,14 +11,15 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-support::Sound factsOf(const std::string& path)
+/// The sample rate and channel count of a file.
+support::Sound formatOf(const std::string& path)
 {
     support::Sound sound = support::readSound(path);
     sound.samples.clear();
     return sound;
 }
 
-/// Under a window of four cosines, whose sides are 92 dB down.
+/// The Blackman-Harris window at `x`, 0 to 1; its side lobes are at -92 dB.
 double windowAt(double x)
 {
     const double a = 2 * pi * x;
@@ -26,7 +27,7 @@ double windowAt(double x)
 }
 constexpr double windowMean = 0.35875;
 
-/// The discrete Fourier transform of every `stride`th of `count * stride` values, in place; a power of 2.
+/// Replace `count` values, `stride` apart, by their discrete Fourier transform. `count` is a power of 2.
 void transform(std::complex<double>* values, std::size_t count, std::size_t stride)
 {
     if (count == 1) return;
@@ -45,15 +46,15 @@ void transform(std::complex<double>* values, std::size_t count, std::size_t stri
 } // namespace
 
 FilePlayer::FilePlayer(LoadedHost& loaded, const std::string& path, const Setup& setup)
-    : device_(setup.deviceRate != 0 ? setup.deviceRate : factsOf(path).sampleRate,
-              setup.deviceChannels ? setup.deviceChannels : std::uint32_t(factsOf(path).channels),
+    : device_(setup.deviceRate != 0 ? setup.deviceRate : formatOf(path).sampleRate,
+              setup.deviceChannels ? setup.deviceChannels : std::uint32_t(formatOf(path).channels),
               setup.sliceFrames),
       object_(loaded.host.create(filePlayerClass))
 {
     object_.set("MaximumFramesPerSlice", setup.maximumFramesPerSlice);
     object_.set("OutputUnit", setup.outputUnit);
     if (setup.timePitchUnit) object_.set("TimePitchUnit", setup.timePitchUnit);
-    const int channels = setup.channels ? setup.channels : factsOf(path).channels;
+    const int channels = setup.channels ? setup.channels : formatOf(path).channels;
     EXPECT_TRUE(object_.call("LoadFile", host::FolderItem::at(path), channels, channels).boolean())
         << path << ": " << error();
     const bool choosesDevice = setup.outputUnit != 1 && setup.outputUnit != 3 && setup.outputUnit != 4;
@@ -63,11 +64,11 @@ FilePlayer::FilePlayer(LoadedHost& loaded, const std::string& path, const Setup&
     }
 }
 
-Samples FilePlayer::hear(std::size_t frames)
+Samples FilePlayer::render(std::size_t frames)
 {
-    device_.forget();
+    device_.clearOutput();
     device_.step(std::uint32_t(frames));
-    return device_.heard();
+    return device_.output();
 }
 
 host::Object loadFile(host::Host& host, const std::string& path, int channels)
@@ -120,20 +121,20 @@ Samples channelOf(const Samples& samples, int channels, int channel)
 
 Samples silence(std::size_t samples) { return Samples(samples, 0.0f); }
 
-void expectSamples(const Samples& heard, const Samples& expected)
+void expectSamples(const Samples& rendered, const Samples& expected)
 {
-    EXPECT_EQ(heard.size(), expected.size());
-    const std::size_t count = std::min(heard.size(), expected.size());
+    EXPECT_EQ(rendered.size(), expected.size());
+    const std::size_t count = std::min(rendered.size(), expected.size());
     for (std::size_t i = 0; i < count; ++i)
-        ASSERT_EQ(heard[i], expected[i]) << "sample " << i << " of " << expected.size();
+        ASSERT_EQ(rendered[i], expected[i]) << "sample " << i << " of " << expected.size();
 }
 
-void expectThenSilence(const Samples& heard, const Samples& expected)
+void expectThenSilence(const Samples& rendered, const Samples& expected)
 {
-    ASSERT_GE(heard.size(), expected.size());
+    ASSERT_GE(rendered.size(), expected.size());
     Samples longer = expected;
-    longer.resize(heard.size(), 0.0f);
-    expectSamples(heard, longer);
+    longer.resize(rendered.size(), 0.0f);
+    expectSamples(rendered, longer);
 }
 
 double amplitudeAt(const Samples& samples, double hertz, double sampleRate)
@@ -160,7 +161,7 @@ double frequencyOf(const Samples& samples, double sampleRate)
     std::size_t top = 1;
     for (std::size_t bin = 2; bin + 1 < count / 2; ++bin)
         if (level(bin) > level(top)) top = bin;
-    // A parabola through the logarithms around the top.
+    // The peak lies between bins: take the top of the parabola through the levels of three bins.
     const double left = level(top - 1), middle = level(top), right = level(top + 1);
     const double offset = 0.5 * (left - right) / (left - 2 * middle + right);
     return (double(top) + offset) * sampleRate / double(count);

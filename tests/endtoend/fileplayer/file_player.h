@@ -1,5 +1,4 @@
-// What the tests of the file player begin with: a file, loaded by the class from the library, played on a
-// device that is stepped by hand; and a measure of what was heard.
+// A file player of the library on a stepped device, generated sounds, and measurements of rendered samples.
 #pragma once
 
 #include "tests/endtoend/loaded_host.h"
@@ -9,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,15 +15,14 @@ namespace endtoend {
 
 inline const char* const filePlayerClass = "AUPlayerKVX";
 
-/// Samples, interleaved or of one channel.
+/// Interleaved samples, or the samples of one channel.
 using Samples = std::vector<float>;
 
-/// A file player on a device of its own.
-///
-/// Errors  a load that fails is a failure of the test; what follows then does nothing.
+/// A file player with a loaded file, on its own stepped device.
+/// Errors  the test fails if the file does not load.
 class FilePlayer {
 public:
-    /// How it is loaded, and on what. Zeros: as the file is, or as the class has it.
+    /// How to load the file, and the device. 0 takes the value of the file, or the default of the class.
     struct Setup {
         double deviceRate = 0;
         std::uint32_t deviceChannels = 0;
@@ -33,7 +30,7 @@ public:
         int maximumFramesPerSlice = 0;
         int outputUnit = 0;
         int timePitchUnit = 0;
-        int channels = 0; ///< of both sides of the graph
+        int channels = 0; ///< both data channels and output channels of the load
     };
 
     FilePlayer(LoadedHost& loaded, const std::string& path) : FilePlayer(loaded, path, Setup()) {}
@@ -49,23 +46,24 @@ public:
     void pause() const { object_.call("Pause"); }
     bool isPlaying() const { return object_.get("Playing").boolean(); }
 
-    /// What comes next: so many frames of the device, interleaved. Less when nobody plays.
-    Samples hear(std::size_t frames);
+    /// Render the next `frames` frames of the device. Returns interleaved samples: none while the player
+    /// pauses.
+    Samples render(std::size_t frames);
 
 private:
     SteppedDevice device_;
     host::Object object_;
 };
 
-/// Load a file; a failure of the test if it is refused.
+/// Load a file into a new player. The test fails if the file does not load.
 host::Object loadFile(host::Host& host, const std::string& path, int channels);
 
-/// Make a device the default one, for sound or ('sOut') for alerts, as a host program does.
+/// Set the default output device, or the default device for alert sounds (role 'sOut').
 void chooseDefaultDevice(host::Host& host, KVXDeviceID device, std::uint32_t role = 'dOut');
 
-/// Sounds as a test needs them.
+/// A sine in every channel; `amplitude` is the peak, full scale 1.
 support::Sound makeTone(int sampleRate, int channels, double seconds, double hertz, double amplitude = 0.5);
-/// Every frame tells its number: (n + 1) / 65536 in every channel, exact for at most 65535 frames.
+/// Frame n is (n + 1) / 65536 in every channel, so a sample identifies its frame. At most 65535 frames.
 support::Sound makeRamp(int sampleRate, int channels, std::size_t frames);
 
 /// Frames [first, first + frames) of all channels.
@@ -73,19 +71,19 @@ Samples partOf(const Samples& samples, int channels, std::size_t first, std::siz
 Samples channelOf(const Samples& samples, int channels, int channel);
 Samples silence(std::size_t samples);
 
-/// Sample by sample; -0 and +0 are the same.
-void expectSamples(const Samples& heard, const Samples& expected);
+/// Expect equal samples; -0 equals +0.
+void expectSamples(const Samples& rendered, const Samples& expected);
 
-/// Samples heard: `expected`, and nothing but silence behind it.
-void expectThenSilence(const Samples& heard, const Samples& expected);
+/// Expect `expected`, followed by silence only.
+void expectThenSilence(const Samples& rendered, const Samples& expected);
 
-/// The amplitude of one frequency, under a window that hides what is not near it.
+/// The peak amplitude of the sine at `hertz`, through a window that suppresses other frequencies.
 double amplitudeAt(const Samples& samples, double hertz, double sampleRate);
 
-/// The strongest frequency, to a hundredth of a bin of a Fourier transform of at most 16384 samples.
+/// The strongest frequency in hertz, accurate to a hundredth of a bin of a 16384-point Fourier transform.
 double frequencyOf(const Samples& samples, double sampleRate);
 
-/// How many frames from the first sample above `level` to the last.
+/// The number of frames from the first sample above `level` to the last one.
 std::size_t framesAbove(const Samples& samples, float level);
 
 double decibels(double amplitude);

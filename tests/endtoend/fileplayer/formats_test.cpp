@@ -1,5 +1,4 @@
-// Files of every kind through the whole chain: what the device gets is what libsndfile itself makes of the
-// file, to the last bit, from the first sample to the last.
+// Files of every format: the device renders exactly the samples that libsndfile decodes.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <sndfile.h>
@@ -10,6 +9,8 @@
 namespace {
 
 using namespace endtoend;
+
+using FilePlayerFormats = LoadedHostTest;
 using support::Sound;
 
 constexpr int wav = SF_FORMAT_WAV, wavex = SF_FORMAT_WAVEX, aiff = SF_FORMAT_AIFF, caf = SF_FORMAT_CAF;
@@ -81,9 +82,8 @@ bool isLossless(int format)
     return (format & SF_FORMAT_TYPEMASK) != SF_FORMAT_OGG && (format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG;
 }
 
-TEST(FilePlayerFormats, EveryKindOfFileIsHeardAsItWasDecoded)
+TEST_F(FilePlayerFormats, EveryFormatPlaysExactlyTheDecodedSamples)
 {
-    LoadedHost loaded;
     const support::TemporaryFolder folder;
     for (const auto& file : files) {
         SCOPED_TRACE(file.name);
@@ -102,17 +102,14 @@ TEST(FilePlayerFormats, EveryKindOfFileIsHeardAsItWasDecoded)
         EXPECT_EQ(player.get("TrackLength"), double(decoded.frames()) / decoded.sampleRate);
         EXPECT_EQ(player.get("DataNumberChannels"), decoded.channels);
         player.play();
-        expectThenSilence(player.hear(decoded.frames() + 1000), decoded.samples);
+        expectThenSilence(player.render(decoded.frames() + 1000), decoded.samples);
         EXPECT_EQ(player.get("CurrentTime"), player.get("TrackLength"));
-        EXPECT_TRUE(player.isPlaying()) << "the end of the file is not the end of the graph";
+        EXPECT_TRUE(player.isPlaying()) << "the graph runs on after the end of the file";
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
-    EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
 }
 
-TEST(FilePlayerFormats, TheBytesOfDataAreTheDecodedSamples)
+TEST_F(FilePlayerFormats, DataHoldsTheDecodedSamples)
 {
-    LoadedHost loaded;
     const support::TemporaryFolder folder;
     for (const auto& file : files) {
         if (file.channels != 2) continue;
@@ -125,41 +122,37 @@ TEST(FilePlayerFormats, TheBytesOfDataAreTheDecodedSamples)
         ASSERT_EQ(data.size(), decoded.samples.size() * sizeof(float));
         EXPECT_TRUE(std::equal(decoded.samples.begin(), decoded.samples.end(), data.as<const float>()));
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-// The channels that a program asks for need not be the file's.
-TEST(FilePlayerFormats, OtherChannelsThanTheFilesAreMadeFromIt)
+TEST_F(FilePlayerFormats, RequestedChannelsComeFromTheFileChannels)
 {
-    LoadedHost loaded;
     const support::TemporaryFolder folder;
     const struct {
-        int file, asked;
-        std::vector<int> heard; // the file's channel in each of the device's; -1: silence
+        int file, requested;      ///< channel counts
+        std::vector<int> sources; ///< the file channel on each device channel; -1: silence
         const char* why;
     } facts[] = {
-        {1, 2, {0, 0}, "one is heard on both sides"},
-        {2, 1, {0}, "the first"},
-        {6, 2, {0, 1}, "the first two"},
-        {2, 4, {0, 1, -1, -1}, "what the file has not is silent"},
+        {1, 2, {0, 0}, "a mono file plays on both channels"},
+        {2, 1, {0}, "only the first channel plays"},
+        {6, 2, {0, 1}, "only the first two channels play"},
+        {2, 4, {0, 1, -1, -1}, "channels that the file lacks are silent"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         const Sound sound = support::makeNoise(44100, fact.file, 4410);
         support::writeSound(sound, folder / "x.wav");
         FilePlayer::Setup setup;
-        setup.channels = fact.asked;
-        setup.deviceChannels = std::uint32_t(fact.asked);
+        setup.channels = fact.requested;
+        setup.deviceChannels = std::uint32_t(fact.requested);
         FilePlayer player(loaded, folder / "x.wav", setup);
         player.play();
-        const Samples heard = player.hear(5000);
-        for (int channel = 0; channel < fact.asked; ++channel) {
-            const int from = fact.heard[std::size_t(channel)];
-            expectThenSilence(channelOf(heard, fact.asked, channel),
+        const Samples rendered = player.render(5000);
+        for (int channel = 0; channel < fact.requested; ++channel) {
+            const int from = fact.sources[std::size_t(channel)];
+            expectThenSilence(channelOf(rendered, fact.requested, channel),
                               from < 0 ? Samples() : channelOf(sound.samples, fact.file, from));
         }
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
 } // namespace

@@ -1,5 +1,4 @@
-// How much memory a file takes: its samples as 32-bit float, and little more, at any moment of its life as
-// long as nothing is to be stretched.
+// Peak memory of a loaded file: its samples as 32-bit float, and at most 2 MiB more.
 #include "tests/endtoend/file_player_heap.h"
 #include "tests/endtoend/fileplayer/file_player.h"
 
@@ -15,7 +14,7 @@ constexpr std::size_t allowance = 2 << 20;
 
 void* volatile kept = nullptr;
 
-TEST(FilePlayerHeap, IsMeasured)
+TEST(FilePlayerHeap, CountsAllocatedBytesAndTheirPeak)
 {
     const std::size_t before = heap::now();
     heap::forgetMost();
@@ -29,7 +28,7 @@ TEST(FilePlayerHeap, IsMeasured)
     EXPECT_LT(heap::most(), before + 100000);
 }
 
-TEST(FilePlayerHeap, OfAFileIsItsSamplesAndLittleMore)
+TEST(FilePlayerHeap, OfALoadedFileIsItsSamplesAndAtMostTheAllowance)
 {
     const support::TemporaryFolder folder;
     const struct {
@@ -55,7 +54,7 @@ TEST(FilePlayerHeap, OfAFileIsItsSamplesAndLittleMore)
             SteppedDevice device(fact.rate, std::uint32_t(fact.channels));
             KVXPlatformSetOutputTap(device.id(), nullptr, nullptr);
             const host::FolderItem file = host::FolderItem::at(path);
-            { // what the first of all players makes for those that follow is not a file's
+            { // The first player makes objects that all later players share.
                 const host::Object first = loaded.host.create(filePlayerClass);
                 first.call(method, file, fact.channels, fact.channels);
             }
@@ -65,15 +64,15 @@ TEST(FilePlayerHeap, OfAFileIsItsSamplesAndLittleMore)
                 const host::Object player = loaded.host.create(filePlayerClass);
                 ASSERT_TRUE(player.call(method, file, fact.channels, fact.channels).boolean());
                 const std::size_t limit = 4 * std::size_t(fact.channels) * fact.frames + allowance;
-                EXPECT_LE(heap::most() - before, limit) << "at the most, during the load";
-                EXPECT_GE(heap::now() - before, limit - allowance) << "the samples are here";
+                EXPECT_LE(heap::most() - before, limit) << "peak during the load";
+                EXPECT_GE(heap::now() - before, limit - allowance) << "the samples are in memory";
                 player.set("CurrentDeviceID", std::int64_t(device.id()));
                 player.call("Play");
                 device.step(2000);
                 player.call("Pause");
-                EXPECT_LE(heap::most() - before, limit) << "and playing";
+                EXPECT_LE(heap::most() - before, limit) << "peak after playback";
             }
-            EXPECT_LE(heap::now(), before + 100000) << "gone";
+            EXPECT_LE(heap::now(), before + 100000) << "the samples are freed";
         }
     }
 }

@@ -1,4 +1,4 @@
-// Loudness, measured: the equaliser's bands, balance, volume, and what the meters say.
+// Equaliser bands, balance, volumes and meters, measured in rendered samples.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/fileplayer/file_player.h"
 
@@ -12,9 +12,7 @@ using support::Sound;
 
 constexpr int rate = 44100;
 
-/// A file's player with the setting made before the first slice.
-struct FilePlayerLevels : testing::Test {
-    LoadedHost loaded;
+struct FilePlayerLevels : LoadedHostTest {
     const support::TemporaryFolder folder;
 
     std::string write(const Sound& sound)
@@ -22,18 +20,14 @@ struct FilePlayerLevels : testing::Test {
         support::writeSound(sound, folder / "x.wav");
         return folder / "x.wav";
     }
-    ~FilePlayerLevels() override
-    {
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
-    }
 };
 
+/// Centre frequencies of the equaliser bands, in hertz.
 const double centres[] = {20,   25,   31.5, 40,   50,   63,    80,    100,   125,  160,  200,
                           250,  315,  400,  500,  630,  800,   1000,  1250,  1600, 2000, 2500,
                           3150, 4000, 5000, 6300, 8000, 10000, 12500, 16000, 20000};
 
-/// A tone in each channel.
+/// A sound with a different tone in each channel.
 Sound tones(const std::vector<double>& hertz, double seconds, double amplitude)
 {
     Sound sound{rate, int(hertz.size()), Samples(std::size_t(seconds * rate) * hertz.size())};
@@ -45,13 +39,13 @@ Sound tones(const std::vector<double>& hertz, double seconds, double amplitude)
     return sound;
 }
 
-TEST_F(FilePlayerLevels, EachBandRaisesItsOwnFrequency)
+TEST_F(FilePlayerLevels, EachEqualiserBandRaisesOnlyItsFrequency)
 {
     static_assert(std::size(centres) == 31);
     for (std::size_t band = 0; band < std::size(centres); ++band) {
         SCOPED_TRACE(testing::Message() << "band " << band << " at " << centres[band] << " Hz");
         const double centre = centres[band];
-        // Two octaves away on either side, where there is something to hear; else a second time the other.
+        // Frequencies two octaves away on both sides; at the ends of the spectrum, on one side only.
         const double below = centre / 4 >= 10 ? centre / 4 : centre * 4;
         const double above = centre * 4 <= 20000 ? centre * 4 : centre / 4;
         FilePlayer player(loaded, write(tones({centre, below, above}, 2, 0.1)));
@@ -59,10 +53,10 @@ TEST_F(FilePlayerLevels, EachBandRaisesItsOwnFrequency)
         gains[band] = 12;
         player.object().call("updateEQ", host::Array::of(gains));
         player.play();
-        player.hear(rate);
-        const Samples heard = player.hear(rate);
+        player.render(rate);
+        const Samples rendered = player.render(rate);
         const auto change = [&](int channel, double hertz) {
-            return decibels(amplitudeAt(channelOf(heard, 3, channel), hertz, rate) / 0.1);
+            return decibels(amplitudeAt(channelOf(rendered, 3, channel), hertz, rate) / 0.1);
         };
         EXPECT_NEAR(change(0, centre), 12, 0.5);
         EXPECT_NEAR(change(1, below), 0, 1);
@@ -70,34 +64,34 @@ TEST_F(FilePlayerLevels, EachBandRaisesItsOwnFrequency)
     }
 }
 
-TEST_F(FilePlayerLevels, GainsOfEitherPrecisionAndOfAnyNumberOfBands)
+TEST_F(FilePlayerLevels, EqualiserTakesSingleOrDoubleGainsOfAnyCount)
 {
     const std::string path = write(makeTone(rate, 2, 1, 1000, 0.1));
     const struct {
         host::Array gains;
-        double least, most; // change at 1 kHz, in decibels: neighbours add to each other
+        double least, most; ///< limits of the gain at 1 kHz, in decibels; gains of neighbouring bands add up
         const char* why;
     } facts[] = {
-        {host::Array::of(std::vector<double>(31, -20)), -60, -20, "all of them, down"},
-        {host::Array::of(std::vector<float>(31, 6)), 6, 18, "in single precision"},
-        {host::Array::of(std::vector<double>(17, 12)), 0.5, 11, "the 18th is at 1 kHz: hardly reached"},
-        {host::Array::of(std::vector<double>(18, 12)), 12, 24, "reached"},
-        {host::Array::of(std::vector<double>()), -0.001, 0.001, "none"},
-        {host::Array::of(std::vector<float>(100, 0)), -0.001, 0.001, "more than there are, flat"},
+        {host::Array::of(std::vector<double>(31, -20)), -60, -20, "all bands, double precision"},
+        {host::Array::of(std::vector<float>(31, 6)), 6, 18, "all bands, single precision"},
+        {host::Array::of(std::vector<double>(17, 12)), 0.5, 11, "17 bands: the next band would be 1 kHz"},
+        {host::Array::of(std::vector<double>(18, 12)), 12, 24, "18 bands: the last band is 1 kHz"},
+        {host::Array::of(std::vector<double>()), -0.001, 0.001, "no gains"},
+        {host::Array::of(std::vector<float>(100, 0)), -0.001, 0.001, "more gains than bands"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         FilePlayer player(loaded, path);
         player.object().call("updateEQ", fact.gains);
         player.play();
-        player.hear(rate / 2);
-        const double change = decibels(amplitudeAt(channelOf(player.hear(16384), 2, 0), 1000, rate) / 0.1);
+        player.render(rate / 2);
+        const double change = decibels(amplitudeAt(channelOf(player.render(16384), 2, 0), 1000, rate) / 0.1);
         EXPECT_GE(change, fact.least);
         EXPECT_LE(change, fact.most);
     }
 }
 
-TEST_F(FilePlayerLevels, BalanceLeavesOneSideSilent)
+TEST_F(FilePlayerLevels, FullBalanceSilencesOneChannelAndKeepsTheOther)
 {
     const Sound sound = support::makeNoise(rate, 2, rate / 2);
     const std::string path = write(sound);
@@ -106,13 +100,13 @@ TEST_F(FilePlayerLevels, BalanceLeavesOneSideSilent)
         FilePlayer player(loaded, path);
         player.set("Pan", silent == 0 ? 1 : -1);
         player.play();
-        const Samples heard = player.hear(rate / 2);
-        expectSamples(channelOf(heard, 2, silent), silence(sound.frames()));
-        expectSamples(channelOf(heard, 2, 1 - silent), channelOf(sound.samples, 2, 1 - silent));
+        const Samples rendered = player.render(rate / 2);
+        expectSamples(channelOf(rendered, 2, silent), silence(sound.frames()));
+        expectSamples(channelOf(rendered, 2, 1 - silent), channelOf(sound.samples, 2, 1 - silent));
     }
 }
 
-TEST_F(FilePlayerLevels, VolumesScaleExactly)
+TEST_F(FilePlayerLevels, VolumesScaleSamplesExactly)
 {
     const Sound sound = support::makeNoise(rate, 2, rate / 2);
     const std::string path = write(sound);
@@ -123,7 +117,8 @@ TEST_F(FilePlayerLevels, VolumesScaleExactly)
     } facts[] = {{0.5, 1, true, 0.5f}, {1, 0.5, true, 0.5f}, {0.5, 0.5, true, 0.25f}, {0, 1, true, 0},
                  {1, 0, true, 0},      {1, 1, false, 0},     {0.25, 1, true, 0.25f},  {1, 1, true, 1}};
     for (const auto& fact : facts) {
-        SCOPED_TRACE(testing::Message() << fact.output << " of " << fact.input << ", " << fact.isEnabled);
+        SCOPED_TRACE(testing::Message() << "output volume " << fact.output << ", input volume " << fact.input
+                                        << ", enabled " << fact.isEnabled);
         FilePlayer player(loaded, path);
         player.set("OutputVolume", fact.output);
         player.object().set("InputVolume", 0, fact.input);
@@ -134,11 +129,11 @@ TEST_F(FilePlayerLevels, VolumesScaleExactly)
         player.play();
         Samples expected = sound.samples;
         for (float& sample : expected) sample *= fact.factor;
-        expectSamples(player.hear(rate / 2), expected);
+        expectSamples(player.render(rate / 2), expected);
     }
 }
 
-TEST_F(FilePlayerLevels, InputsThatAreNotThereSayWhy)
+TEST_F(FilePlayerLevels, MissingMixerInputsReturn0AndAnError)
 {
     FilePlayer player(loaded, write(support::makeNoise(rate, 2, 4410)));
     for (const int input : {1, 1000}) {
@@ -154,9 +149,9 @@ TEST_F(FilePlayerLevels, InputsThatAreNotThereSayWhy)
 
 // ---- meters ----
 
-constexpr int peakHold = 4000, inputScope = 1; // as the platform numbers them
+constexpr int peakHold = 4000, inputScope = 1; // a parameter and a scope of the mixer unit
 
-/// Noise whose loudness changes four times a second, and one click.
+/// Noise whose level changes four times a second, with one sample of another height at frame `click`.
 Sound unevenNoise(std::size_t click, float clickHeight)
 {
     Sound sound = support::makeNoise(rate, 2, rate * 3);
@@ -166,7 +161,7 @@ Sound unevenNoise(std::size_t click, float clickHeight)
     return sound;
 }
 
-TEST_F(FilePlayerLevels, TheMeterShowsTheAveragePowerOfTheLastTenth)
+TEST_F(FilePlayerLevels, MeterLevelIsTheAveragePowerOfTheLastTenthOfASecond)
 {
     const Sound sound = unevenNoise(rate * 3 - 1, 0.9f);
     for (const std::uint32_t slice : {64u, 512u, 1156u, 4096u}) {
@@ -174,12 +169,12 @@ TEST_F(FilePlayerLevels, TheMeterShowsTheAveragePowerOfTheLastTenth)
         FilePlayer::Setup setup;
         setup.sliceFrames = slice;
         FilePlayer player(loaded, write(sound), setup);
-        EXPECT_EQ(player.get("MeterLevel"), -120) << "nothing was played";
+        EXPECT_EQ(player.get("MeterLevel"), -120) << "before the first slice";
         player.play();
         std::size_t played = 0;
         while (played + 7000 < sound.frames()) {
             const std::size_t now = (played == 0 ? 5000 : 6011) / slice * slice;
-            player.hear(now);
+            player.render(now);
             played += now;
             double power = 0;
             for (std::size_t frame = played - std::min<std::size_t>(played, rate / 10); frame < played;
@@ -191,16 +186,15 @@ TEST_F(FilePlayerLevels, TheMeterShowsTheAveragePowerOfTheLastTenth)
     }
 }
 
-TEST_F(FilePlayerLevels, TheMeterOfASineIsThreeDecibelsBelowItsPeak)
+TEST_F(FilePlayerLevels, MeterLevelOfASineIsThreeDecibelsBelowItsPeak)
 {
     FilePlayer player(loaded, write(makeTone(rate, 2, 1, 441, 0.5)));
     player.play();
-    player.hear(rate / 2);
+    player.render(rate / 2);
     EXPECT_NEAR(player.get("MeterLevel"), decibels(0.5) - decibels(std::sqrt(2.0)), 0.05);
 }
 
-// A program reads the peak through the mixer's handle.
-TEST_F(FilePlayerLevels, ThePeakIsHeldForASecond)
+TEST_F(FilePlayerLevels, MixerHoldsThePeakForASecond)
 {
     constexpr std::size_t click = rate / 2;
     FilePlayer player(loaded, write(unevenNoise(click, 0.9f)));
@@ -214,14 +208,14 @@ TEST_F(FilePlayerLevels, ThePeakIsHeldForASecond)
         return level;
     };
     player.play();
-    player.hear(rate / 4 - rate / 4 % 512);
-    EXPECT_NEAR(peak(), decibels(0.05), 0.5) << "the noise alone";
-    player.hear(rate / 4 + 1024); // past the click
+    player.render(rate / 4 - rate / 4 % 512);
+    EXPECT_NEAR(peak(), decibels(0.05), 0.5) << "noise before the click";
+    player.render(rate / 4 + 1024); // past the click
     EXPECT_NEAR(peak(), decibels(0.9), 0.5);
-    player.hear(rate * 9 / 10);
-    EXPECT_NEAR(peak(), decibels(0.9), 0.5) << "nine tenths of a second later";
-    player.hear(rate / 2);
-    EXPECT_LT(peak(), decibels(0.9) - 4) << "then it falls";
+    player.render(rate * 9 / 10);
+    EXPECT_NEAR(peak(), decibels(0.9), 0.5) << "0.9 seconds after the click";
+    player.render(rate / 2);
+    EXPECT_LT(peak(), decibels(0.9) - 4) << "1.4 seconds after the click";
 }
 
 } // namespace

@@ -1,7 +1,6 @@
-// A long walk through all that can be done to a player that plays, step by step by chance: nothing breaks,
-// and the audio thread asks for no memory, neither of the platform nor of the libraries below it.
-//
-// Each walk is 20 seconds of sound; KVX_LONG_RUN_SECONDS makes it longer, KVX_WALK_SEED another one.
+// Random commands to a playing file player: the output stays finite, nothing leaks, and the audio thread
+// allocates nothing. Each test plays 20 seconds; KVX_LONG_RUN_SECONDS changes the length, KVX_WALK_SEED the
+// random sequence.
 #include "tests/endtoend/fileplayer/file_player.h"
 #include "tests/support/audio_thread_alarm.h"
 
@@ -23,17 +22,17 @@ double numberOf(const char* name, double otherwise)
     return text ? std::atof(text) : otherwise;
 }
 
-/// A stepped device that keeps nothing of what it hears but whether it was sound.
-class Listener {
+/// A stepped device that checks the rendered samples instead of keeping them.
+class CheckedDevice {
 public:
-    Listener(double rate, std::uint32_t channels, std::uint32_t slice)
+    CheckedDevice(double rate, std::uint32_t channels, std::uint32_t slice)
         : device_(rate, channels, slice), rate_(rate)
     {
-        KVXPlatformSetOutputTap(device_.id(), listen, this);
+        KVXPlatformSetOutputTap(device_.id(), check, this);
     }
     KVXDeviceID id() const { return device_.id(); }
 
-    /// Seconds of sound that somebody played. Memory may not be asked for.
+    /// Run I/O cycles, in which allocation raises the alarm. Returns the rendered seconds.
     double step(std::uint32_t frames)
     {
         alarm_::forbid(true);
@@ -41,27 +40,27 @@ public:
         alarm_::forbid(false);
         return played / rate_;
     }
-    bool hasHeardNonsense() const { return nonsense_; }
-    bool hasHeardSound() const { return sound_; }
+    bool hasInvalidSamples() const { return hasInvalidSamples_; }
+    bool hasSound() const { return hasSound_; }
 
 private:
-    static void listen(void* self, const float* samples, std::uint32_t frames, std::uint32_t channels)
+    static void check(void* self, const float* samples, std::uint32_t frames, std::uint32_t channels)
     {
-        auto& listener = *static_cast<Listener*>(self);
+        auto& device = *static_cast<CheckedDevice*>(self);
         for (std::size_t i = 0; i < std::size_t(frames) * channels; ++i) {
-            if (!std::isfinite(samples[i]) || std::fabs(samples[i]) > 1e4f) listener.nonsense_ = true;
-            if (samples[i] != 0) listener.sound_ = true;
+            if (!std::isfinite(samples[i]) || std::fabs(samples[i]) > 1e4f) device.hasInvalidSamples_ = true;
+            if (samples[i] != 0) device.hasSound_ = true;
         }
     }
 
     SteppedDevice device_;
     double rate_;
-    std::atomic<bool> nonsense_{false}, sound_{false};
+    std::atomic<bool> hasInvalidSamples_{false}, hasSound_{false};
 };
 
 class Walk {
 public:
-    Walk() : chance_(unsigned(numberOf("KVX_WALK_SEED", 1)))
+    Walk() : random_(unsigned(numberOf("KVX_WALK_SEED", 1)))
     {
         support::writeSound(support::makeSweep(44100, 2, std::size_t(length * 44100)), folder_ / "x.flac",
                             SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
@@ -70,7 +69,7 @@ public:
         player_.call("Play");
     }
 
-    /// One step by chance.
+    /// Run one random command.
     void step()
     {
         const auto set = [this](const char* property, double value) { player_.set(property, value); };
@@ -124,28 +123,27 @@ public:
     void play() { player_.call("Play"); }
 
     double seconds() const { return numberOf("KVX_LONG_RUN_SECONDS", 20); }
-    unsigned below(unsigned count) { return chance_() % count; }
+    unsigned below(unsigned count) { return random_() % count; }
 
     void check()
     {
-        EXPECT_EQ(alarm_::allocations(), 0) << "on the audio thread";
-        bool isHeard = false;
-        for (const Listener& device : devices) {
-            EXPECT_FALSE(device.hasHeardNonsense());
-            isHeard = isHeard || device.hasHeardSound();
+        EXPECT_EQ(alarm_::allocations(), 0) << "allocations on the audio thread";
+        bool hasSound = false;
+        for (const CheckedDevice& device : devices) {
+            EXPECT_FALSE(device.hasInvalidSamples());
+            hasSound = hasSound || device.hasSound();
         }
-        EXPECT_TRUE(isHeard);
+        EXPECT_TRUE(hasSound);
         player_ = nullptr;
-        EXPECT_EQ(leftOver(loaded_.host), "");
-        EXPECT_EQ(loaded_.host.misuses(), std::vector<std::string>());
+        expectCleanHost(loaded_.host);
     }
 
-    Listener devices[3] = {{44100, 2, 512}, {48000, 4, 300}, {22050, 1, 64}};
+    CheckedDevice devices[3] = {{44100, 2, 512}, {48000, 4, 300}, {22050, 1, 64}};
 
 private:
-    static constexpr double length = 4; // seconds of the file
+    static constexpr double length = 4; // seconds
 
-    double between(double least, double most) { return least + (most - least) * (chance_() / 4294967296.0); }
+    double between(double least, double most) { return least + (most - least) * (random_() / 4294967296.0); }
     void changeBands()
     {
         std::vector<float> gains(below(3) ? 31 : 0);
@@ -163,35 +161,35 @@ private:
 
     LoadedHost loaded_;
     support::TemporaryFolder folder_;
-    std::mt19937 chance_;
+    std::mt19937 random_;
     host::Object player_;
 };
 
-TEST(FilePlayerWalk, StepByStep)
+TEST(FilePlayerRandomWalk, BetweenIoCyclesKeepsOutputFiniteAndAllocatesNothing)
 {
     Walk walk;
     for (double played = 0; played < walk.seconds();) {
         for (unsigned steps = walk.below(4); steps > 0; --steps) walk.step();
         if (walk.below(4) == 0) walk.play();
-        for (Listener& device : walk.devices) played += device.step(1 + walk.below(8192));
+        for (CheckedDevice& device : walk.devices) played += device.step(1 + walk.below(8192));
     }
     walk.check();
 }
 
-// The same while another thread turns the devices: what the thread sanitizer is for.
-TEST(FilePlayerWalk, BesideAnAudioThread)
+// A second thread runs the I/O cycles, so that the thread sanitizer can find races.
+TEST(FilePlayerRandomWalk, DuringIoCyclesKeepsOutputFiniteAndAllocatesNothing)
 {
     Walk walk;
-    std::atomic<int> milliseconds{0}; // played
+    std::atomic<int> playedMilliseconds{0};
     std::atomic<bool> isOver{false};
     std::thread audio([&] {
         double played = 0;
         while (!isOver) {
-            for (Listener& device : walk.devices) played += device.step(256);
-            milliseconds = int(played * 1000);
+            for (CheckedDevice& device : walk.devices) played += device.step(256);
+            playedMilliseconds = int(played * 1000);
         }
     });
-    while (milliseconds < walk.seconds() * 1000 / 2) {
+    while (playedMilliseconds < walk.seconds() * 1000 / 2) {
         walk.step();
         if (walk.below(4) == 0) walk.play();
         std::this_thread::sleep_for(std::chrono::microseconds(200));
@@ -201,11 +199,11 @@ TEST(FilePlayerWalk, BesideAnAudioThread)
     walk.check();
 }
 
-// ---- the alarm itself ----
+// ---- the alarm ----
 
 void* volatile kept = nullptr;
 
-TEST(FilePlayerWalk, TheAlarmRings)
+TEST(FilePlayerRandomWalk, AlarmCountsForbiddenAllocationsAndFrees)
 {
     const int before = alarm_::allocations();
     kept = std::malloc(16);

@@ -1,4 +1,4 @@
-// Rates and pitches, measured in what the device got: a tone is as high and as long as they say.
+// Rate and pitch: a rendered tone has the stated frequency and duration.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <cmath>
@@ -15,15 +15,14 @@ struct Fact {
     double pitchFactor, durationFactor;
 };
 
-/// Play a tone of two seconds under a setting and measure it.
-void measure(int rateUnit, const Fact& fact, int sampleRate, int channels)
-{
-    SCOPED_TRACE(testing::Message() << "rate " << fact.rate << ", " << fact.cents << " cents, " << sampleRate
-                                    << " Hz, " << channels << " channels");
-    LoadedHost loaded;
-    const support::TemporaryFolder folder;
-    support::writeSound(makeTone(sampleRate, channels, seconds, hertz), folder / "tone.wav");
+struct FilePlayerRates : LoadedHostTest {
+    /// Render a tone of two seconds with a rate and a pitch, and measure its frequency, duration and level.
+    void measure(int rateUnit, const Fact& fact, int sampleRate, int channels)
     {
+        SCOPED_TRACE(testing::Message() << "rate " << fact.rate << ", " << fact.cents << " cents, "
+                                        << sampleRate << " Hz, " << channels << " channels");
+        const support::TemporaryFolder folder;
+        support::writeSound(makeTone(sampleRate, channels, seconds, hertz), folder / "tone.wav");
         FilePlayer::Setup setup;
         setup.timePitchUnit = rateUnit;
         FilePlayer player(loaded, folder / "tone.wav", setup);
@@ -32,9 +31,9 @@ void measure(int rateUnit, const Fact& fact, int sampleRate, int channels)
         player.play();
 
         const double expected = seconds * fact.durationFactor * sampleRate;
-        const Samples heard = player.hear(std::size_t(expected) + std::size_t(sampleRate));
+        const Samples rendered = player.render(std::size_t(expected) + std::size_t(sampleRate));
         for (int channel = 0; channel < channels; ++channel) {
-            const Samples one = channelOf(heard, channels, channel);
+            const Samples one = channelOf(rendered, channels, channel);
             EXPECT_NEAR(double(framesAbove(one, 0.1f)), expected, 0.01 * expected);
             const Samples middle = partOf(one, 1, std::size_t(expected * 0.2), std::size_t(expected * 0.6));
             EXPECT_NEAR(frequencyOf(middle, sampleRate), hertz * fact.pitchFactor,
@@ -43,12 +42,11 @@ void measure(int rateUnit, const Fact& fact, int sampleRate, int channels)
                         decibels(0.5), 1);
         }
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
-}
+};
 
 double ratioOf(double cents) { return std::exp2(cents / 1200); }
 
-TEST(FilePlayerRates, TimeIsStretchedAndThePitchStays)
+TEST_F(FilePlayerRates, TimeRateChangesDurationAndKeepsPitch)
 {
     for (const double rate : {0.5, 0.75, 1.25, 1.5, 2.0}) measure(1, {rate, 0, 1, 1 / rate}, 44100, 2);
     measure(1, {0.75, 0, 1, 1 / 0.75}, 48000, 1);
@@ -56,32 +54,30 @@ TEST(FilePlayerRates, TimeIsStretchedAndThePitchStays)
     measure(0, {1.25, 0, 1, 1 / 1.25}, 96000, 1);
 }
 
-TEST(FilePlayerRates, ThePitchIsChangedAndTheTimeStays)
+TEST_F(FilePlayerRates, PitchRateChangesPitchAndKeepsDuration)
 {
     for (const double cents : {1200.0, -1200.0, 300.0, -300.0})
         measure(1, {1, cents, ratioOf(cents), 1}, 44100, 2);
     measure(1, {1, 1200, 2, 1}, 48000, 1);
 }
 
-TEST(FilePlayerRates, BothAtOnce)
+TEST_F(FilePlayerRates, TimeRateAndPitchRateCombine)
 {
     measure(1, {0.5, 1200, 2, 2}, 44100, 1);
     measure(1, {2, -300, ratioOf(-300), 0.5}, 44100, 1);
 }
 
-TEST(FilePlayerRates, VarispeedChangesBothTogether)
+TEST_F(FilePlayerRates, VarispeedChangesDurationAndPitchTogether)
 {
     for (const double rate : {0.5, 0.75, 1.25, 1.5, 2.0}) measure(2, {rate, 0, rate, 1 / rate}, 44100, 2);
     for (const double cents : {1200.0, -1200.0, 300.0, -300.0})
         measure(2, {1, cents, ratioOf(cents), 1 / ratioOf(cents)}, 44100, 1);
 }
 
-// The first sample of the file is the first one heard, however it is stretched, and its last is not cut.
-TEST(FilePlayerRates, TheBeginIsNotLateAndTheEndIsNotCut)
+TEST_F(FilePlayerRates, RateUnitsNeitherDelayTheBeginningNorCutTheEnd)
 {
-    LoadedHost loaded;
     const support::TemporaryFolder folder;
-    // Silence but for a burst at either end.
+    // A burst at each end, and silence between them.
     support::Sound sound = makeTone(44100, 1, 1, 1000);
     std::fill(sound.samples.begin() + 2205, sound.samples.end() - 2205, 0.0f);
     support::writeSound(sound, folder / "bursts.wav");
@@ -93,26 +89,23 @@ TEST(FilePlayerRates, TheBeginIsNotLateAndTheEndIsNotCut)
             FilePlayer player(loaded, folder / "bursts.wav", setup);
             if (rate != 1) player.set("TimeRate", rate);
             player.play();
-            const Samples heard = player.hear(std::size_t(44100 / rate) + 22050);
-            const auto energy = [&heard](double from, double until) {
+            const Samples rendered = player.render(std::size_t(44100 / rate) + 22050);
+            const auto energy = [&rendered](double from, double until) {
                 double sum = 0;
                 for (auto i = std::size_t(from * 44100); i < std::size_t(until * 44100); ++i)
-                    sum += double(heard[i]) * double(heard[i]);
+                    sum += double(rendered[i]) * double(rendered[i]);
                 return sum / 44100;
             };
             const double burst = 0.05 / rate, end = 1 / rate, each = 0.5 * 0.5 / 2 * burst;
             EXPECT_GT(energy(0, burst + 0.02), 0.7 * each);
             EXPECT_GT(energy(end - burst - 0.02, end + 0.05), 0.7 * each);
-            EXPECT_LT(energy(burst + 0.1, end - burst - 0.1), 0.02 * each) << "between the two is silence";
-            EXPECT_LT(energy(end + 0.1, end + 0.4), 0.001 * each) << "and behind them";
+            EXPECT_LT(energy(burst + 0.1, end - burst - 0.1), 0.02 * each) << "silence between the bursts";
+            EXPECT_LT(energy(end + 0.1, end + 0.4), 0.001 * each) << "silence after the second burst";
         }
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-// What was chosen before the load and what is chosen behind it are the same choice.
-TEST(FilePlayerRates, TheUnitCanBeExchangedWhileItPlays)
+TEST_F(FilePlayerRates, RateUnitCanChangeDuringPlayback)
 {
-    LoadedHost loaded;
     const support::TemporaryFolder folder;
     support::writeSound(makeTone(44100, 1, 6, hertz), folder / "tone.wav");
     FilePlayer player(loaded, folder / "tone.wav");
@@ -123,24 +116,23 @@ TEST(FilePlayerRates, TheUnitCanBeExchangedWhileItPlays)
         double expected;
         const char* why;
     } facts[] = {
-        {1, 1, hertz, "time alone"},
-        {2, 2, hertz * 1.5, "time and pitch"},
-        {0, 1, hertz, "0 is another word for 1"},
-        {3, 1, hertz, "no such unit: all stays"},
-        {2, 2, hertz * 1.5, "and back"},
+        {1, 1, hertz, "time-pitch unit: the pitch stays"},
+        {2, 2, hertz * 1.5, "varispeed: the pitch follows the rate"},
+        {0, 1, hertz, "0 selects unit 1"},
+        {3, 1, hertz, "no unit has this number: the unit stays"},
+        {2, 2, hertz * 1.5, "varispeed again"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         player.set("TimePitchUnit", fact.set);
         EXPECT_EQ(player.get("TimePitchUnit"), fact.reads);
-        player.hear(11025); // what was on its way
-        EXPECT_NEAR(frequencyOf(player.hear(11025), 44100), fact.expected, 0.005 * fact.expected);
+        player.render(11025); // discards frames from the former unit
+        EXPECT_NEAR(frequencyOf(player.render(11025), 44100), fact.expected, 0.005 * fact.expected);
     }
 }
 
-TEST(FilePlayerRates, SettingsReadBackAsTheUnitHasThem)
+TEST_F(FilePlayerRates, PropertiesReadBackTheLimitedAndRoundedValue)
 {
-    LoadedHost loaded;
     const support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 4410), folder / "x.wav");
     const FilePlayer player(loaded, folder / "x.wav");
@@ -149,18 +141,18 @@ TEST(FilePlayerRates, SettingsReadBackAsTheUnitHasThem)
         double set, reads;
         const char* why;
     } facts[] = {
-        {"TimeRate", 1.239, 1.23f, "hundredths, downwards"},
-        {"TimeRate", 0.03, 0.03125f, "the slowest"},
-        {"TimeRate", 33, 32, "the fastest"},
-        {"TimeRate", -0.001, 0.03125f, "the slowest, too"},
-        {"PitchRate", 2401, 2400, "the highest"},
-        {"PitchRate", -2401, -2400, "the lowest"},
-        {"PitchRate", 0.1, 0.1f, "in single precision"},
-        {"Overlap", 2, 3, "the least"},
-        {"Overlap", 33, 32, "the most"},
-        {"OutputVolume", 0.25, 0.25, "half of the half"},
-        {"Pan", -0.5, -0.5, "to the left"},
-        {"Pan", 2, 1, "no further"},
+        {"TimeRate", 1.239, 1.23f, "rounded down to hundredths"},
+        {"TimeRate", 0.03, 0.03125f, "the minimum"},
+        {"TimeRate", 33, 32, "the maximum"},
+        {"TimeRate", -0.001, 0.03125f, "the minimum, for negative rates"},
+        {"PitchRate", 2401, 2400, "the maximum"},
+        {"PitchRate", -2401, -2400, "the minimum"},
+        {"PitchRate", 0.1, 0.1f, "rounded to single precision"},
+        {"Overlap", 2, 3, "the minimum"},
+        {"Overlap", 33, 32, "the maximum"},
+        {"OutputVolume", 0.25, 0.25, "exact"},
+        {"Pan", -0.5, -0.5, "exact"},
+        {"Pan", 2, 1, "the maximum"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.property << " " << fact.set << ": " << fact.why);

@@ -1,4 +1,4 @@
-// Devices of every slice, limits of every size, output units of every number, rates of other devices.
+// Slice sizes, slice limits, output units and devices of other rates.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <cmath>
@@ -8,8 +8,7 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-struct FilePlayerSlices : testing::Test {
-    LoadedHost loaded;
+struct FilePlayerSlices : LoadedHostTest {
     const support::TemporaryFolder folder;
 
     std::string write(const Sound& sound)
@@ -17,14 +16,9 @@ struct FilePlayerSlices : testing::Test {
         support::writeSound(sound, folder / "x.wav");
         return folder / "x.wav";
     }
-    ~FilePlayerSlices() override
-    {
-        EXPECT_EQ(leftOver(loaded.host), "");
-        EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
-    }
 };
 
-TEST_F(FilePlayerSlices, OfAnySizeUnderAnyLimitAreTheFile)
+TEST_F(FilePlayerSlices, OfAnySizeAndLimitRenderTheFileExactly)
 {
     const Sound sound = support::makeNoise(44100, 2, 20000);
     const std::string path = write(sound);
@@ -37,24 +31,24 @@ TEST_F(FilePlayerSlices, OfAnySizeUnderAnyLimitAreTheFile)
             FilePlayer player(loaded, path, setup);
             EXPECT_EQ(player.get("MaximumFramesPerSlice"), limit);
             player.play();
-            expectThenSilence(player.hear(20000 + 3 * 8192), sound.samples);
+            expectThenSilence(player.render(20000 + 3 * 8192), sound.samples);
         }
 }
 
-TEST_F(FilePlayerSlices, OfChangingSizesAreTheFile)
+TEST_F(FilePlayerSlices, OfChangingSizesRenderTheFileExactly)
 {
     const Sound sound = support::makeNoise(44100, 1, 30000);
     FilePlayer player(loaded, write(sound));
     player.play();
-    Samples heard;
+    Samples rendered;
     for (const std::size_t frames : {1, 511, 513, 2, 4096, 7, 1024, 12000, 12000, 600}) {
-        const Samples more = player.hear(frames);
-        heard.insert(heard.end(), more.begin(), more.end());
+        const Samples more = player.render(frames);
+        rendered.insert(rendered.end(), more.begin(), more.end());
     }
-    expectThenSilence(heard, sound.samples);
+    expectThenSilence(rendered, sound.samples);
 }
 
-TEST_F(FilePlayerSlices, AreTheFileWithEitherRateUnitAndWithBoth)
+TEST_F(FilePlayerSlices, RenderTheFileExactlyWithEveryRateUnit)
 {
     const Sound sound = support::makeNoise(44100, 2, 20000);
     const std::string path = write(sound);
@@ -64,11 +58,11 @@ TEST_F(FilePlayerSlices, AreTheFileWithEitherRateUnitAndWithBoth)
         setup.timePitchUnit = unit;
         FilePlayer player(loaded, path, setup);
         player.play();
-        expectThenSilence(player.hear(21000), sound.samples);
+        expectThenSilence(player.render(21000), sound.samples);
     }
 }
 
-TEST_F(FilePlayerSlices, FilesOfFewFramesAreHeardWhole)
+TEST_F(FilePlayerSlices, ShortFilesRenderExactly)
 {
     for (const std::size_t frames : {1u, 2u, 511u, 512u, 513u})
         for (const std::uint32_t slice : {1u, 512u, 8192u}) {
@@ -78,14 +72,14 @@ TEST_F(FilePlayerSlices, FilesOfFewFramesAreHeardWhole)
             setup.sliceFrames = slice;
             FilePlayer player(loaded, write(sound), setup);
             player.play();
-            expectThenSilence(player.hear(frames + slice + 10), sound.samples);
+            expectThenSilence(player.render(frames + slice + 10), sound.samples);
             EXPECT_EQ(player.get("CurrentTime"), player.get("TrackLength"));
         }
 }
 
 // ---- output units ----
 
-TEST_F(FilePlayerSlices, ThroughEveryOutputUnit)
+TEST_F(FilePlayerSlices, EveryOutputUnitRendersTheFileExactly)
 {
     const Sound sound = support::makeNoise(44100, 2, 5000);
     const std::string path = write(sound);
@@ -96,13 +90,13 @@ TEST_F(FilePlayerSlices, ThroughEveryOutputUnit)
         bool takesDevice;
         const char* why;
     } facts[] = {
-        {-1, true, "any other number: the one that is told its device"},
-        {0, true, "the same"},
-        {2, true, "the same"},
+        {-1, true, "any other number: the unit that takes a device"},
+        {0, true, "the unit that takes a device"},
+        {2, true, "the unit that takes a device"},
         {3, false, "the default device"},
-        {4, false, "the device of alerts"},
-        {5, true, "any other"},
-        {7, true, "any other"},
+        {4, false, "the device for alert sounds"},
+        {5, true, "the unit that takes a device"},
+        {7, true, "the unit that takes a device"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.number << ": " << fact.why);
@@ -110,23 +104,23 @@ TEST_F(FilePlayerSlices, ThroughEveryOutputUnit)
         player.set("OutputUnit", fact.number);
         ASSERT_TRUE(player.call("LoadFile", host::FolderItem::at(path), 2, 2).boolean());
         EXPECT_EQ(player.get("OutputUnit").integer(), fact.number);
-        EXPECT_EQ(player.get("CurrentDeviceID").integer(), std::int64_t(device.id())) << "unless it is told";
+        EXPECT_EQ(player.get("CurrentDeviceID").integer(), std::int64_t(device.id())) << "the default";
         player.set("CurrentDeviceID", std::int64_t(device.id()));
         EXPECT_EQ(player.get("Lasterror").integer() == 0, fact.takesDevice);
-        device.forget();
+        device.clearOutput();
         EXPECT_FALSE(player.get("Playing").boolean());
         player.call("Play");
         EXPECT_EQ(player.get("Lasterror").integer(), 0);
         EXPECT_TRUE(player.get("Playing").boolean());
         device.step(6000);
-        expectThenSilence(device.heard(), sound.samples);
+        expectThenSilence(device.output(), sound.samples);
         player.call("Pause");
         EXPECT_FALSE(player.get("Playing").boolean());
         EXPECT_EQ(device.step(512), 0u);
     }
 }
 
-TEST_F(FilePlayerSlices, OutputUnitsAreThoseOfTheLoad)
+TEST_F(FilePlayerSlices, OutputUnitChangesApplyToTheNextLoad)
 {
     const Sound sound = support::makeNoise(44100, 2, 5000);
     FilePlayer player(loaded, write(sound));
@@ -134,10 +128,10 @@ TEST_F(FilePlayerSlices, OutputUnitsAreThoseOfTheLoad)
     player.object().set("MaximumFramesPerSlice", 1 << 20);
     EXPECT_EQ(player.get("OutputUnit"), 1);
     player.play();
-    expectThenSilence(player.hear(6000), sound.samples);
+    expectThenSilence(player.render(6000), sound.samples);
 }
 
-TEST_F(FilePlayerSlices, TheGenericOutputSaysThatItRunsAndWaitsToBePulled)
+TEST_F(FilePlayerSlices, GenericOutputReportsPlayingButRendersNothing)
 {
     FilePlayer::Setup setup;
     setup.outputUnit = 1;
@@ -145,7 +139,7 @@ TEST_F(FilePlayerSlices, TheGenericOutputSaysThatItRunsAndWaitsToBePulled)
     EXPECT_FALSE(player.isPlaying());
     player.play();
     EXPECT_TRUE(player.isPlaying());
-    EXPECT_EQ(player.hear(2000).size(), 0u) << "no device calls";
+    EXPECT_EQ(player.render(2000).size(), 0u) << "no device drives the unit";
     EXPECT_EQ(player.get("CurrentTime"), 0.0);
     EXPECT_EQ(player.get("CurrentDeviceID"), 0.0);
     EXPECT_NE(player.error(), 0);
@@ -155,7 +149,7 @@ TEST_F(FilePlayerSlices, TheGenericOutputSaysThatItRunsAndWaitsToBePulled)
 
 // ---- other rates ----
 
-TEST_F(FilePlayerSlices, DevicesOfOtherRatesHearTheSameToneAsLong)
+TEST_F(FilePlayerSlices, DevicesOfOtherRatesRenderTheSameToneForTheSameTime)
 {
     const struct {
         int file;
@@ -173,12 +167,12 @@ TEST_F(FilePlayerSlices, DevicesOfOtherRatesHearTheSameToneAsLong)
         setup.deviceRate = fact.device;
         setup.sliceFrames = fact.slice;
         FilePlayer player(loaded, write(makeTone(fact.file, 2, seconds, hertz)), setup);
-        EXPECT_EQ(player.get("SampleRate"), fact.file) << "the file's, not the device's";
+        EXPECT_EQ(player.get("SampleRate"), fact.file) << "the rate of the file";
         player.play();
         const double expected = seconds * fact.device;
-        const Samples heard = player.hear(std::size_t(expected + 0.3 * fact.device));
-        const Samples left = channelOf(heard, 2, 0);
-        expectSamples(channelOf(heard, 2, 1), left);
+        const Samples rendered = player.render(std::size_t(expected + 0.3 * fact.device));
+        const Samples left = channelOf(rendered, 2, 0);
+        expectSamples(channelOf(rendered, 2, 1), left);
         EXPECT_NEAR(double(framesAbove(left, 0.05f)), expected, 0.005 * fact.device);
         const Samples middle = partOf(left, 1, std::size_t(expected / 8), std::size_t(expected * 3 / 4));
         EXPECT_NEAR(frequencyOf(middle, fact.device), hertz, 0.001 * hertz);
@@ -187,16 +181,15 @@ TEST_F(FilePlayerSlices, DevicesOfOtherRatesHearTheSameToneAsLong)
     }
 }
 
-// At a whole multiple of the rate, what lies between the samples is new, and the samples are where they were.
-TEST_F(FilePlayerSlices, AToneOnAFasterDeviceStandsWhereItStood)
+TEST_F(FilePlayerSlices, ToneKeepsItsPhaseAtTwiceTheRate)
 {
     FilePlayer::Setup setup;
     setup.deviceRate = 88200;
     FilePlayer player(loaded, write(makeTone(44100, 1, 0.5, 1000)), setup);
     player.play();
-    const Samples heard = player.hear(44100);
+    const Samples rendered = player.render(44100);
     const Sound expected = makeTone(88200, 1, 0.5, 1000);
-    for (std::size_t i = 2000; i < 42000; ++i) ASSERT_NEAR(heard[i], expected.samples[i], 1e-3) << i;
+    for (std::size_t i = 2000; i < 42000; ++i) ASSERT_NEAR(rendered[i], expected.samples[i], 1e-3) << i;
 }
 
 } // namespace

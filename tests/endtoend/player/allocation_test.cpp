@@ -1,5 +1,4 @@
-// The player's render path asks for no memory, in whatever state the player is; and the alarm that says so
-// rings.
+// The render path of the buffered player allocates nothing in any state, and the allocation alarm works.
 #include "tests/endtoend/allocation_alarm.h"
 #include "tests/endtoend/loaded_host.h"
 
@@ -20,8 +19,8 @@ struct AllocationAlarm : testing::Test {
     ~AllocationAlarm() override { allocation::disarm(); }
 };
 
-// A player's whole life on a stepped device: seams, resampling, underflow, a refused stop, its own end.
-void playThroughEverything(LoadedHost& loaded, int channels, float rate)
+/// Render all states of a player: block ends, resampling, underflow, a refused stop, the end.
+void renderAllStates(LoadedHost& loaded, int channels, float rate)
 {
     SteppedDevice device(44100, 2, 64);
     Object player = loaded.host.create(playerClass);
@@ -35,10 +34,10 @@ void playThroughEverything(LoadedHost& loaded, int channels, float rate)
     KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the tap of this test allocates
 
     allocation::arm();
-    KVXPlatformStep(device.id(), 64 * 300); // to the end and beyond
+    KVXPlatformStep(device.id(), 64 * 300); // past the end
     EXPECT_TRUE(player.get("HadUnderflow").boolean());
     player.set("NoUnderflow", false);
-    KVXPlatformStep(device.id(), 64); // leaves the device
+    KVXPlatformStep(device.id(), 64); // the player stops
     allocation::disarm();
     EXPECT_FALSE(player.get("IsRunning").boolean());
     EXPECT_GT(allocation::watchedCalls(), 100);
@@ -49,32 +48,26 @@ TEST_F(AllocationAlarm, IsSilentWhileThePlayerRenders)
 {
     LoadedHost loaded;
     for (int channels : {1, 2})
-        for (float rate : {44100.0f, 22050.0f, 48000.0f}) playThroughEverything(loaded, channels, rate);
+        for (float rate : {44100.0f, 22050.0f, 48000.0f}) renderAllStates(loaded, channels, rate);
 }
 
-TEST_F(AllocationAlarm, IsSilentOnARunningDevicesOwnThread)
+TEST_F(AllocationAlarm, IsSilentOnTheRenderThreadOfAPacedDevice)
 {
     LoadedHost loaded;
-    KVXSimulatedDevice description = {};
-    description.name = "Paced";
-    description.sliceFrames = 64;
-    const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
-    {
-        Object player = loaded.host.create(playerClass);
-        player.set("OutputDeviceID", std::int64_t(device));
-        const auto block = MemoryBlock::copyOf(std::vector<float>(1000, 0.25f));
-        for (int i = 0; i < 10; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
-        allocation::arm();
-        ASSERT_TRUE(player.call("Start").boolean());
-        while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        allocation::disarm();
-        EXPECT_GT(allocation::watchedCalls(), 100);
-        EXPECT_EQ(allocation::rings(), 0);
-    }
-    KVXPlatformRemoveSimulatedDevice(device);
+    const PacedDevice device;
+    Object player = loaded.host.create(playerClass);
+    player.set("OutputDeviceID", std::int64_t(device.id));
+    const auto block = MemoryBlock::copyOf(std::vector<float>(1000, 0.25f));
+    for (int i = 0; i < 10; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
+    allocation::arm();
+    ASSERT_TRUE(player.call("Start").boolean());
+    while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    allocation::disarm();
+    EXPECT_GT(allocation::watchedCalls(), 100);
+    EXPECT_EQ(allocation::rings(), 0);
 }
 
-// ---- the alarm itself ----
+// ---- the alarm ----
 
 void* volatile kept = nullptr;
 
@@ -88,7 +81,7 @@ OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBu
     return 0;
 }
 
-TEST_F(AllocationAlarm, RingsWhenAProcedureAllocates)
+TEST_F(AllocationAlarm, CountsAllocationsInAnIoProcedure)
 {
     SteppedDevice device(44100, 2, 64);
     KVXPlatformSetOutputTap(device.id(), nullptr, nullptr);
@@ -98,7 +91,7 @@ TEST_F(AllocationAlarm, RingsWhenAProcedureAllocates)
     allocation::arm();
     kept = std::malloc(16);
     std::free(kept);
-    EXPECT_EQ(allocation::rings(), 0) << "off the audio thread memory may be had";
+    EXPECT_EQ(allocation::rings(), 0) << "allocation is allowed on other threads";
     KVXPlatformStep(device.id(), 128);
     allocation::disarm();
     EXPECT_EQ(allocation::watchedCalls(), 2);

@@ -9,8 +9,10 @@ namespace {
 
 using namespace endtoend;
 
+using Interpolation = LoadedHostTest;
+
 struct Fact {
-    int channels; // of the player
+    int channels; ///< of the player; 2 means stereo blocks
     float sampleRate;
     double deviceRate;
     uint32_t deviceChannels;
@@ -66,9 +68,8 @@ void expectSame(const std::vector<float>& captured, const std::vector<float>& ex
         }
 }
 
-TEST(Interpolation, EqualsTheReferenceBitForBit)
+TEST_F(Interpolation, EqualsTheReferencePlayerBitForBit)
 {
-    LoadedHost loaded;
     for (const Fact& fact : facts) {
         SCOPED_TRACE(fact.why);
         SteppedDevice device(fact.deviceRate, fact.deviceChannels, fact.sliceFrames);
@@ -81,16 +82,14 @@ TEST(Interpolation, EqualsTheReferenceBitForBit)
 
         ASSERT_TRUE(player.call("Start").boolean());
         while (player.get("IsRunning").boolean()) device.step(fact.sliceFrames);
-        expectSame(device.heard(), reference.playToTheEnd(fact.sliceFrames, fact.deviceChannels));
+        expectSame(device.output(), reference.playToEnd(fact.sliceFrames, fact.deviceChannels));
         EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-TEST(Interpolation, ContinuesAfterAnUnderflow)
+TEST_F(Interpolation, ContinuesAfterAnUnderflow)
 {
-    // The position stands still during an underflow. Samples before it are skipped when data returns.
-    LoadedHost loaded;
+    // The position stops during an underflow. When data returns, samples before the position are skipped.
     SteppedDevice device(44100, 2, 64);
     host::Object player = loaded.host.create(playerClass);
     player.set("SampleRate", 30000.0f);
@@ -99,7 +98,6 @@ TEST(Interpolation, ContinuesAfterAnUnderflow)
     ReferenceOutput reference(1, 30000.0f, 44100.0f);
 
     reference.setNoUnderflow(true);
-
     for (unsigned seed = 1; seed <= 3; ++seed) {
         const support::Sound noise = support::makeNoise(30000, 1, 500, seed);
         ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
@@ -111,12 +109,12 @@ TEST(Interpolation, ContinuesAfterAnUnderflow)
         EXPECT_TRUE(player.get("HadUnderflow").boolean());
         EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
     }
-    expectSame(device.heard(), reference.played());
+    expectSame(device.output(), reference.played());
     player.set("NoUnderflow", false);
     player.call("Stop");
 }
 
-TEST(Interpolation, OfTheReferenceEqualsValuesComputedByHand)
+TEST(ReferencePlayer, InterpolatesAsComputedByHand)
 {
     ReferenceOutput half(1, 22050, 44100);
     half.add({1.0f, 0.0f});
@@ -137,7 +135,7 @@ TEST(Interpolation, OfTheReferenceEqualsValuesComputedByHand)
     seam.play(3, 1);
     seam.play(2, 1);
     EXPECT_EQ(seam.played(), (std::vector<float>{1.0f, 0.75f, 0.5f, 0.125f, 0.25f}))
-        << "the left neighbour was freed with the first block";
+        << "the first block was freed with the left neighbour";
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// A player is started, fed, stopped and destroyed over and over beside a device that runs by its own clock.
-// Under the thread sanitizer this is the proof of the hand-over between the two threads.
+// Repeated starts and stops of a player on a running paced device. The thread sanitizer finds races between
+// the main thread and the render thread here.
 #include "tests/endtoend/loaded_host.h"
 #include "tests/support/sanitizers.h"
 
@@ -8,26 +8,15 @@
 namespace {
 
 using namespace endtoend;
+
+using Restart = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
-// Each stop waits a sixtieth of a second, so the whole thousand is kept for the build that is made for it.
+// Each stop waits 1/60 second, so only the thread sanitizer build runs many rounds.
 constexpr int rounds = support::hasThreadSanitizer ? 1000 : 100;
 
-struct PacedDevice {
-    KVXDeviceID id;
-
-    PacedDevice()
-    {
-        KVXSimulatedDevice description = {};
-        description.name = "Paced";
-        description.sliceFrames = 64;
-        id = KVXPlatformAddSimulatedDevice(&description);
-    }
-    ~PacedDevice() { KVXPlatformRemoveSimulatedDevice(id); }
-};
-
-// Another player on another device: all players share one lock, which this one keeps busy.
+/// A player on another device. All players share one lock, which this player keeps busy.
 struct OtherPlayer {
     PacedDevice device;
     Object player;
@@ -41,44 +30,38 @@ struct OtherPlayer {
     ~OtherPlayer() { player.set("NoUnderflow", false); }
 };
 
-TEST(Restart, OverAndOverBesideARunningDevice)
+TEST_F(Restart, OnAPacedDeviceIsFreeOfRaces)
 {
-    LoadedHost loaded;
-    {
-        const PacedDevice device;
-        const auto samples = MemoryBlock::copyOf(std::vector<float>(300, 0.25f));
-        OtherPlayer other(loaded.host);
+    const PacedDevice device;
+    const auto samples = MemoryBlock::copyOf(std::vector<float>(300, 0.25f));
+    OtherPlayer other(loaded.host);
 
-        for (int round = 0; round < rounds; ++round) {
-            Object player = loaded.host.create(playerClass);
-            player.set("OutputDeviceID", std::int64_t(device.id));
-            player.set("SampleRate", round % 2 ? 44100.0 : 30000.0);
-            player.set("NumberOfChannels", 1 + round % 3 / 2);
-            ASSERT_TRUE(player.call("AddFloatAudio", samples).boolean());
-            ASSERT_TRUE(player.call("Start").boolean()) << round;
-            // Feed and look while the device may run dry, and the player stop by itself, at any moment.
-            for (int i = 0; i < 3; ++i) {
-                EXPECT_TRUE(player.call("AddFloatAudio", samples, 0, 0, i == 2).boolean());
-                EXPECT_GE(player.get("OutputPosition").number(), 0);
-                EXPECT_GE(player.get("OutputPositionRelative").number(), 0);
-                (void)player.get("HadUnderflow");
-                (void)other.player.call("AddFloatAudio", samples);
-            }
-            if (round % 2)
-                player.call("Stop");
-            else
-                player.call("Close");
-            EXPECT_FALSE(player.get("IsRunning").boolean());
-            EXPECT_EQ(player.call("FreeSpace").integer(), 200);
+    for (int round = 0; round < rounds; ++round) {
+        Object player = loaded.host.create(playerClass);
+        player.set("OutputDeviceID", std::int64_t(device.id));
+        player.set("SampleRate", round % 2 ? 44100.0 : 30000.0);
+        player.set("NumberOfChannels", 1 + round % 3 / 2);
+        ASSERT_TRUE(player.call("AddFloatAudio", samples).boolean());
+        ASSERT_TRUE(player.call("Start").boolean()) << round;
+        // The queue may run empty and the player stop by itself at any moment of these calls.
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(player.call("AddFloatAudio", samples, 0, 0, i == 2).boolean());
+            EXPECT_GE(player.get("OutputPosition").number(), 0);
+            EXPECT_GE(player.get("OutputPositionRelative").number(), 0);
+            (void)player.get("HadUnderflow");
+            (void)other.player.call("AddFloatAudio", samples);
         }
+        if (round % 2)
+            player.call("Stop");
+        else
+            player.call("Close");
+        EXPECT_FALSE(player.get("IsRunning").boolean());
+        EXPECT_EQ(player.call("FreeSpace").integer(), 200);
     }
-    EXPECT_EQ(leftOver(loaded.host), "");
 }
 
-// Started again and again on its own: each start begins at position 0, each stop keeps where it was.
-TEST(Restart, OfOnePlayerBeginsAnew)
+TEST_F(Restart, BeginsAtPosition0AndStopKeepsThePosition)
 {
-    LoadedHost loaded;
     SteppedDevice device(44100, 2, 64);
     const auto samples = MemoryBlock::copyOf(std::vector<float>(10000, 0.25f));
     Object player = loaded.host.create(playerClass);
@@ -89,7 +72,7 @@ TEST(Restart, OfOnePlayerBeginsAnew)
         device.step(640);
         EXPECT_EQ(player.get("OutputPosition").number(), 640.0);
         player.call("Stop");
-        EXPECT_EQ(player.get("OutputPosition").number(), 640.0) << "positions stand until the next start";
+        EXPECT_EQ(player.get("OutputPosition").number(), 640.0) << "the position stays until the next start";
     }
 }
 

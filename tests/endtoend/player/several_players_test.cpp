@@ -1,5 +1,5 @@
-// Several players on one device are heard as the sum of what each would play alone, added in the order in
-// which they were started, in single precision. Whoever leaves disturbs nobody.
+// Several players on one device: the device renders the sum of their samples, added in the order of their
+// starts in single precision, and a stopped player leaves the others unchanged.
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
 
@@ -11,13 +11,15 @@
 namespace {
 
 using namespace endtoend;
+
+using SeveralPlayers = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
 constexpr std::uint32_t sliceFrames = 64, deviceChannels = 2;
 constexpr float deviceRate = 44100;
 
-/// Numbers that no other player has, and whose sums depend on the order of adding.
+/// Samples that differ between players, and whose sums depend on the order of addition.
 std::vector<float> material(int player, std::size_t count)
 {
     std::vector<float> samples(count);
@@ -29,13 +31,13 @@ std::vector<float> material(int player, std::size_t count)
     return samples;
 }
 
-/// Players and, beside each, its reference; in the order of starting.
+/// Players with their references, in the order of their starts.
 class Ensemble {
 public:
     explicit Ensemble(host::Host& host) : host_(host), device_(deviceRate, deviceChannels, sliceFrames) {}
 
     /// Start another player, with `blocks` blocks of `count` samples.
-    Object& start(int channels, float rate, std::size_t count, int blocks, bool mustNotRunDry = false)
+    Object& start(int channels, float rate, std::size_t count, int blocks, bool noUnderflow = false)
     {
         const int number = static_cast<int>(members_.size());
         members_.push_back({host_.create(playerClass), ReferenceOutput(channels, rate, deviceRate)});
@@ -43,8 +45,8 @@ public:
         member.player.set("OutputDeviceID", std::int64_t(device_.id()));
         member.player.set("NumberOfChannels", channels);
         member.player.set("SampleRate", rate);
-        member.player.set("NoUnderflow", mustNotRunDry);
-        member.reference.setNoUnderflow(mustNotRunDry);
+        member.player.set("NoUnderflow", noUnderflow);
+        member.reference.setNoUnderflow(noUnderflow);
         for (int i = 0; i < blocks; ++i) {
             const auto samples = material(100 * number + i, count);
             EXPECT_TRUE(member.player.call("AddFloatAudio", MemoryBlock::copyOf(samples)).boolean());
@@ -54,7 +56,7 @@ public:
         return member.player;
     }
 
-    void step(std::uint32_t frames) { expectOf(device_.step(frames)); }
+    void step(std::uint32_t frames) { addExpected(device_.step(frames)); }
 
     void stop(std::size_t number)
     {
@@ -62,14 +64,14 @@ public:
         member.player.set("NoUnderflow", false);
         member.reference.setNoUnderflow(false);
         member.reference.requestStop();
-        const std::size_t before = device_.heard().size();
-        member.player.call("Stop"); // waits, and the device turns meanwhile
-        expectOf((device_.heard().size() - before) / deviceChannels);
+        const std::size_t before = device_.output().size();
+        member.player.call("Stop"); // waits; the device runs I/O cycles during the wait
+        addExpected((device_.output().size() - before) / deviceChannels);
         EXPECT_FALSE(member.player.get("IsRunning").boolean()) << number;
         EXPECT_EQ(member.player.call("FreeSpace").integer(), 200) << number;
     }
 
-    /// Each plays, or has left, as its reference says; and so far the sum was heard, every bit of it.
+    /// Expect the state of each reference, and exactly the summed output.
     void check() const
     {
         std::size_t number = 0;
@@ -78,9 +80,9 @@ public:
             EXPECT_EQ(member.player.get("IsRunning").boolean(), member.reference.isRunning());
             EXPECT_EQ(member.player.get("OutputPosition").number(), member.reference.position());
         }
-        ASSERT_EQ(device_.heard().size(), expected_.size());
+        ASSERT_EQ(device_.output().size(), expected_.size());
         for (std::size_t i = 0; i < expected_.size(); ++i)
-            ASSERT_EQ(device_.heard()[i], expected_[i]) << "sample " << i;
+            ASSERT_EQ(device_.output()[i], expected_[i]) << "sample " << i;
     }
 
     std::size_t running() const
@@ -89,7 +91,7 @@ public:
         for (const Member& member : members_) count += member.player.get("IsRunning").boolean();
         return count;
     }
-    std::size_t framesHeard() const { return device_.heard().size() / deviceChannels; }
+    std::size_t framesRendered() const { return device_.output().size() / deviceChannels; }
     SteppedDevice& device() { return device_; }
 
 private:
@@ -98,7 +100,7 @@ private:
         ReferenceOutput reference;
     };
 
-    void expectOf(std::size_t frames)
+    void addExpected(std::size_t frames)
     {
         while (frames > 0) {
             const std::size_t slice = std::min<std::size_t>(frames, sliceFrames);
@@ -120,92 +122,78 @@ private:
     std::vector<float> expected_;
 };
 
-TEST(SeveralPlayers, TwoAreHeardAsTheirSumAndLeaveByThemselves)
+TEST_F(SeveralPlayers, TwoRenderTheirSumAndStopByThemselves)
 {
-    LoadedHost loaded;
-    {
-        Ensemble ensemble(loaded.host);
-        ensemble.start(1, 44100, 100, 3);
-        ensemble.start(2, 30000, 1000, 2);
-        ensemble.step(sliceFrames);
-        ensemble.check();
-        ensemble.step(700);
-        ensemble.check();
-        EXPECT_EQ(ensemble.running(), 1u) << "the shorter one has left";
-        ensemble.step(100000);
-        ensemble.check();
-        EXPECT_EQ(ensemble.running(), 0u);
-        EXPECT_GT(ensemble.framesHeard(), 1400u);
-        EXPECT_LT(ensemble.framesHeard(), 1800u) << "the device rests when the last one has left";
-    }
-    EXPECT_EQ(leftOver(loaded.host), "");
-    EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+    Ensemble ensemble(loaded.host);
+    ensemble.start(1, 44100, 100, 3);
+    ensemble.start(2, 30000, 1000, 2);
+    ensemble.step(sliceFrames);
+    ensemble.check();
+    ensemble.step(700);
+    ensemble.check();
+    EXPECT_EQ(ensemble.running(), 1u) << "the shorter player has stopped";
+    ensemble.step(100000);
+    ensemble.check();
+    EXPECT_EQ(ensemble.running(), 0u);
+    EXPECT_GT(ensemble.framesRendered(), 1400u);
+    EXPECT_LT(ensemble.framesRendered(), 1800u) << "the device stops after the last player";
 }
 
-TEST(SeveralPlayers, OneThatIsStoppedDisturbsNobody)
+TEST_F(SeveralPlayers, StoppedPlayerLeavesTheOtherUnchanged)
 {
     for (std::size_t first : {0u, 1u}) {
         SCOPED_TRACE(first);
-        LoadedHost loaded;
-        {
-            Ensemble ensemble(loaded.host);
-            ensemble.start(1, 44100, 5000, 3);
-            ensemble.start(1, 48000, 5000, 3);
-            ensemble.step(1000);
-            ensemble.stop(first);
-            ensemble.check();
-            EXPECT_EQ(ensemble.running(), 1u);
-            ensemble.step(1000);
-            ensemble.check();
-            ensemble.stop(1 - first);
-            ensemble.check();
-            EXPECT_EQ(ensemble.device().step(sliceFrames), 0u) << "nobody is left";
-        }
-        EXPECT_EQ(leftOver(loaded.host), "");
+        Ensemble ensemble(loaded.host);
+        ensemble.start(1, 44100, 5000, 3);
+        ensemble.start(1, 48000, 5000, 3);
+        ensemble.step(1000);
+        ensemble.stop(first);
+        ensemble.check();
+        EXPECT_EQ(ensemble.running(), 1u);
+        ensemble.step(1000);
+        ensemble.check();
+        ensemble.stop(1 - first);
+        ensemble.check();
+        EXPECT_EQ(ensemble.device().step(sliceFrames), 0u) << "no player is left";
     }
 }
 
-TEST(SeveralPlayers, TenAreHeardAsTheirSumWhoeverComesAndGoes)
+TEST_F(SeveralPlayers, TenRenderTheirSumWhilePlayersStartAndStop)
 {
-    LoadedHost loaded;
-    {
-        Ensemble ensemble(loaded.host);
-        const struct {
-            int channels;
-            float rate;
-            std::size_t count;
-            int blocks;
-            bool mustNotRunDry;
-        } players[] = {
-            {1, 44100, 300, 4, false}, {2, 44100, 700, 3, false},  {1, 22050, 250, 5, false},
-            {1, 44100, 64, 1, true},   {2, 48000, 1000, 9, false}, {1, 96000, 5000, 2, false},
-            {1, 44100, 1, 1, false},   {2, 8000, 100, 8, true},    {1, 44100, 20000, 1, false},
-        };
-        for (const auto& each : players)
-            ensemble.start(each.channels, each.rate, each.count, each.blocks, each.mustNotRunDry);
-        ensemble.step(1);
-        ensemble.step(333);
-        ensemble.check();
-        ensemble.start(1, 44100, 900, 2); // the tenth comes later
-        ensemble.step(640);
-        ensemble.check();
-        ensemble.stop(4); // from the middle
-        ensemble.check();
-        ensemble.step(500);
-        ensemble.stop(0); // has left already, or is the first in line
-        ensemble.check();
-        ensemble.step(2000);
-        ensemble.check();
-        ensemble.stop(3); // has been dry for long
-        ensemble.stop(7);
-        ensemble.check();
-        ensemble.step(100000);
-        ensemble.check();
-        EXPECT_EQ(ensemble.running(), 0u);
-        EXPECT_GT(ensemble.framesHeard(), 20000u);
-    }
-    EXPECT_EQ(leftOver(loaded.host), "");
-    EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
+    Ensemble ensemble(loaded.host);
+    const struct {
+        int channels;
+        float rate;
+        std::size_t count;
+        int blocks;
+        bool noUnderflow;
+    } players[] = {
+        {1, 44100, 300, 4, false}, {2, 44100, 700, 3, false},  {1, 22050, 250, 5, false},
+        {1, 44100, 64, 1, true},   {2, 48000, 1000, 9, false}, {1, 96000, 5000, 2, false},
+        {1, 44100, 1, 1, false},   {2, 8000, 100, 8, true},    {1, 44100, 20000, 1, false},
+    };
+    for (const auto& each : players)
+        ensemble.start(each.channels, each.rate, each.count, each.blocks, each.noUnderflow);
+    ensemble.step(1);
+    ensemble.step(333);
+    ensemble.check();
+    ensemble.start(1, 44100, 900, 2); // the tenth player
+    ensemble.step(640);
+    ensemble.check();
+    ensemble.stop(4); // a player in the middle of the order
+    ensemble.check();
+    ensemble.step(500);
+    ensemble.stop(0); // the first player, which may have stopped by itself
+    ensemble.check();
+    ensemble.step(2000);
+    ensemble.check();
+    ensemble.stop(3); // its queue has been empty for long
+    ensemble.stop(7);
+    ensemble.check();
+    ensemble.step(100000);
+    ensemble.check();
+    EXPECT_EQ(ensemble.running(), 0u);
+    EXPECT_GT(ensemble.framesRendered(), 20000u);
 }
 
 } // namespace

@@ -111,9 +111,9 @@ struct ClassicClient : testing::Test {
     /// What the mixer gives for the next frames.
     std::vector<int> hear(std::uint32_t frames)
     {
-        device.forget();
+        device.clearOutput();
         EXPECT_EQ(device.step(frames), frames);
-        return mixerSamples(device.heard());
+        return mixerSamples(device.output());
     }
 };
 
