@@ -37,7 +37,7 @@ struct TypedResults : testing::Test {
     ~TypedResults() override
     {
         core = nullptr;
-        EXPECT_EQ(leftOver(loaded.host), "");
+        expectCleanHost(loaded.host);
     }
 };
 

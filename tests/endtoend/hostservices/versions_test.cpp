@@ -1,13 +1,10 @@
-// The library plays its part in every host version. Each version runs in a process of its own: a library is
-// loaded into a host once.
-#include "host/runtime/services/service_table.h"
-#include "tests/endtoend/hostservices/scenario.h"
-#include "tests/endtoend/hostservices/service_differences.h"
+// Every feature of the library works in every host version. Each version runs in a process of its own, since
+// a library enters only one host.
+#include "tests/endtoend/hostservices/library_features.h"
 #include "tests/endtoend/loaded_host.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <ostream>
 
 namespace {
@@ -16,7 +13,7 @@ using namespace endtoend;
 
 struct Version {
     double version;
-    int layout; // of the classes that it is given
+    int layout; ///< of the class records that the library registers
 };
 
 void PrintTo(const Version& version, std::ostream* out)
@@ -26,41 +23,21 @@ void PrintTo(const Version& version, std::ostream* out)
 
 class Versions : public testing::TestWithParam<Version> {};
 
-TEST_P(Versions, RunTheScenario)
+TEST_P(Versions, SupportEveryFeature)
 {
     host::Options options;
     options.version = GetParam().version;
-    host::Host host(options);
-    host.logServices(true);
-    host.load(libraryPath);
+    LoadedHost loaded(options);
 
-    ASSERT_EQ(host.pluginClasses().size(), 5u);
+    ASSERT_EQ(loaded.host.pluginClasses().size(), 5u);
     const char* const inOrder[] = {"AUPlayerKVX", "CoreAudioKVX", "CoreAudioListenerKVX",
                                    "CoreAudioPlayerKVX", "QTSoundStreamKVX"};
     for (std::size_t i = 0; i < 5; ++i) {
-        EXPECT_EQ(host.pluginClasses()[i]->name, inOrder[i]);
-        EXPECT_EQ(host.pluginClasses()[i]->layout, GetParam().layout) << inOrder[i];
+        EXPECT_EQ(loaded.host.pluginClasses()[i]->name, inOrder[i]);
+        EXPECT_EQ(loaded.host.pluginClasses()[i]->layout, GetParam().layout) << inOrder[i];
     }
-
-    const auto outcomes = walkScenario(host);
-    const auto& expected = completeOutcomes();
-    ASSERT_EQ(outcomes.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_EQ(outcomes[i].step, expected[i].step);
-        EXPECT_EQ(outcomes[i].result, expected[i].result) << expected[i].step;
-    }
-    EXPECT_EQ(host.misuses(), std::vector<std::string>());
-
-    // The outcomes are alike; how the host is asked for them is not.
-    const auto& uses = serviceUses();
-    for (const host::Service& service : host::serviceTable()) {
-        const auto use = std::find_if(uses.begin(), uses.end(), [&](const ServiceUse& each) {
-            return std::string(each.service) == service.name;
-        });
-        EXPECT_EQ(host.serviceLog().callsOf(service.name),
-                  use == uses.end() ? 0u : use->calls[eraOf(GetParam().version)])
-            << service.name;
-    }
+    for (const auto& [feature, result] : useAllFeatures(loaded.host)) EXPECT_EQ(result, "works") << feature;
+    EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
 }
 
 const Version versions[] = {

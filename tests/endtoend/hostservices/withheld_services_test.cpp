@@ -1,22 +1,105 @@
-// A host may lack any service but the one by which the library declares itself. Nothing crashes; each outcome
-// is the neutral one where the service was needed, and the usual one everywhere else.
+// A host may lack any service except "RegisterPluginVersion". The library then loses the features that need
+// the service, in a stated way; all other features work.
 #include "host/runtime/services/service_table.h"
-#include "tests/endtoend/hostservices/scenario.h"
-#include "tests/endtoend/hostservices/service_differences.h"
+#include "tests/endtoend/hostservices/library_features.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/support/null_call.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
+#include <limits>
 #include <ostream>
 
 namespace {
 
 using namespace endtoend;
 
-const double hosts[] = {2011.5, 2012.0, 2013.0, 2015.03, 2016.0}; // one of each era
+/// What a program sees of some features in a host without a service. Services without a row lose no feature:
+/// the library does not need them, or has another way.
+struct Loss {
+    const char* service;
+    double first; ///< the first host version that loses the features; all later ones do, before `end`
+    double end;
+    const char* result;
+    std::vector<const char*> features;
+};
+
+constexpr double always = 0;
+constexpr double forEver = std::numeric_limits<double>::infinity();
+
+const char* const losesReference = "an argument loses a reference";
+const char* const keepsReference = "an argument keeps a reference";
+const char* const unknownProperty = "0 bytes, writable false, status who?";
+const char* const noBlockOf4 = "OutOfMemoryException: Failed to allocate a memoryblock with 4 bytes in size.";
+const char* const noBlockOf8 = "OutOfMemoryException: Failed to allocate a memoryblock with 8 bytes in size.";
+
+const std::vector<const char*> textArguments = {"property IDs in UTF-8",
+                                                "property IDs in Mac Roman",
+                                                "property IDs as bytes",
+                                                "property IDs beyond ASCII",
+                                                "default device",
+                                                "device properties",
+                                                "units"};
+
+// clang-format off
+const Loss losses[] = {
+    // Without an exception object, an error is only the returned value.
+    {"PluginNewInstance",       always, forEver, "false", {"nil blocks"}},
+    {"RuntimeRaiseException",   always, forEver, "false", {"nil blocks"}},
+    // The exception has no message.
+    {"REALSetPropValueString",  always, forEver, "NilObjectException", {"nil blocks"}},
+    // The library still releases blocks and text that it could not retain, and the reverse.
+    {"REALLockObject",          always, forEver, losesReference, {"values in the caller's block"}},
+    {"REALUnlockObject",        always, forEver, keepsReference, {"values in the caller's block"}},
+    {"REALUnlockObject",        always, forEver, "NilObjectException; string", {"release of everything"}},
+    {"REALLockString",          always, forEver, losesReference, textArguments},
+    {"REALUnlockString",        always, forEver, keepsReference, textArguments},
+    {"REALUnlockString",        always, forEver, "string", {"release of everything"}},
+    {"PluginDisposeStringData", 2012.0, forEver, keepsReference, {"property IDs in Mac Roman", "units"}},
+    {"PluginDisposeStringData", 2012.0, forEver, "string; string data", {"release of everything"}},
+    // The library makes no text: no messages, no results, and no copies in another encoding.
+    {"REALBuildString",         always, forEver, "NilObjectException", {"nil blocks"}},
+    {"REALBuildString",         always, forEver, "nil; unknown encoding", {"text constants"}},
+    {"REALBuildString",         always, forEver, "nil, status 0", {"default device"}},
+    {"REALBuildString",         always, forEver, "nil, status 0; unknown encoding", {"device properties"}},
+    {"REALBuildString",         always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
+    // Text is read or made without its encoding.
+    {"REALGetStringEncoding",   always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
+    {"REALSetStringEncoding",   always, forEver, "unknown encoding", {"text constants", "device properties"}},
+    {"REALSetStringEncoding",   always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
+    // Text cannot be converted: property IDs and component types are four spaces.
+    {"REALConvertString",       always, 2012.0,  unknownProperty, {"property IDs in UTF-8", "property IDs in Mac Roman", "property IDs beyond ASCII"}},
+    {"REALConvertString",       always, 2012.0,  "status who?; nil, status who?", {"default device"}},
+    {"REALConvertString",       always, 2012.0,  "nil, status -1; unknown encoding; nil, status who?", {"device properties"}},
+    {"REALConvertString",       always, 2012.0,  "no unit, status -1", {"units"}},
+    {"PluginGetStringData",     2012.0, forEver, unknownProperty, {"property IDs in UTF-8", "property IDs in Mac Roman", "property IDs beyond ASCII"}},
+    {"PluginGetStringData",     2012.0, forEver, "status who?; nil, status who?", {"default device"}},
+    {"PluginGetStringData",     2012.0, forEver, "nil, status -1; unknown encoding; nil, status who?", {"device properties"}},
+    {"PluginGetStringData",     2012.0, forEver, "no unit, status -1", {"units"}},
+    // The bytes of unconverted text, and the host method that returns their number.
+    {"StringGetCString",        2012.0, forEver, unknownProperty, {"property IDs as bytes"}},
+    {"StringGetCString",        2016.0, forEver, unknownProperty, {"property IDs beyond ASCII"}},
+    {"StringGetCString",        2016.0, forEver, "status nope; another device", {"default device"}},
+    {"REALLoadGlobalMethod",    2012.0, forEver, unknownProperty, {"property IDs as bytes"}},
+    {"REALLoadGlobalMethod",    2016.0, forEver, unknownProperty, {"property IDs beyond ASCII"}},
+    {"REALLoadGlobalMethod",    2016.0, forEver, "status !siz; another device", {"default device"}},
+    // The library makes no memory block, or cannot write to the block that it made.
+    {"newMemoryBlock",          always, forEver, noBlockOf4, {"default device", "device properties", "units"}},
+    {"newMemoryBlock",          always, forEver, noBlockOf8, {"values in a new block"}},
+    {"memoryBlockGetPtr",       always, forEver, noBlockOf4, {"default device", "device properties", "units"}},
+    {"memoryBlockGetPtr",       always, forEver, noBlockOf8, {"values in a new block"}},
+    // The library cannot read a block: samples are refused like those of a nil block.
+    {"memoryBlockGetPtr",       always, forEver, "NilObjectException: Memoryblock is nil; 0 queued; silence", {"whole PCM16 blocks", "parts of PCM16 blocks"}},
+    {"memoryBlockGetPtr",       always, forEver, "false; 0 queued; silence", {"whole float blocks", "parts of float blocks"}},
+    {"memoryBlockGetPtr",       always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
+    // Blocks have no size: only stated parts of them play.
+    {"memoryBlockGetSize",      always, forEver, "false; 0 queued; silence", {"whole PCM16 blocks", "whole float blocks"}},
+    {"memoryBlockGetSize",      always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
+    // No event handler is found.
+    {"GetEventInstance",        always, forEver, "changes: 0", {"listeners"}},
+};
+// clang-format on
 
 struct Withheld {
     std::string service;
@@ -28,148 +111,85 @@ void PrintTo(const Withheld& withheld, std::ostream* out)
     *out << withheld.version << " without " << withheld.service;
 }
 
+std::string nameOf(const testing::TestParamInfo<Withheld>& info)
+{
+    return info.param.service + "_Host" + std::to_string(int(info.param.version));
+}
+
+/// Every service that a library can do without, in one host version of each range that has the same services.
 std::vector<Withheld> withholdable()
 {
     std::vector<Withheld> all;
     for (const host::Service& service : host::serviceTable())
-        for (double version : hosts)
+        for (double version : {2011.5, 2012.0, 2013.0, 2015.03, 2016.0})
             if (host::findService(service.name, version) &&
                 std::string(service.name) != "RegisterPluginVersion")
                 all.push_back({service.name, version});
     return all;
 }
 
-std::string nameOf(const testing::TestParamInfo<Withheld>& info)
+/// Without classes, every feature is refused.
+std::string expectedResult(const Withheld& withheld, const std::string& feature)
 {
-    return info.param.service + "_Host" + std::to_string(int(info.param.version));
-}
-
-using Results = std::map<std::string, std::string>; // by step
-
-Results completeResults()
-{
-    Results results;
-    for (const Outcome& outcome : completeOutcomes()) results[outcome.step] = outcome.result;
-    return results;
-}
-
-/// What the scenario gives without that service; `differences` counts the steps that show it.
-Results resultsWithout(const Withheld& withheld, std::size_t& differences)
-{
-    Results results = completeResults();
-    const Era era = eraOf(withheld.version);
-    for (const ServiceDifference& difference : serviceDifferences()) {
-        if (withheld.service != difference.service || era < difference.first || era > difference.last)
-            continue;
-        for (const char* step : difference.steps) {
-            std::string& result = results.at(step);
-            result = difference.kind == ServiceDifference::besides ? result + difference.result
-                                                                   : difference.result;
-            ++differences;
-        }
+    if (withheld.service == "PluginRegisterClass" && feature != "release of everything") return "refused";
+    for (const Loss& loss : losses) {
+        const bool applies =
+            withheld.service == loss.service && withheld.version >= loss.first && withheld.version < loss.end;
+        if (applies && std::find(loss.features.begin(), loss.features.end(), feature) != loss.features.end())
+            return loss.result;
     }
-    return results;
+    return "works";
 }
 
-/// Without classes there are no objects, and so nothing but refusals; the device is there all the same.
-Results resultsWithoutClasses()
+void expectResults(host::Host& host, const Withheld& withheld)
 {
-    Results results = completeResults();
-    for (auto& [step, result] : results) result = "refused";
-    const struct {
-        const char* step;
-        const char* result;
-    } others[] = {
-        // clang-format off
-        {"step 24", "0"},                   // nobody plays
-        {"left", ""},                       // nor is anything heard
-        {"right alike", "true"},            // of either side
-        {"a change", "0"},                  // and nobody listens
-        {"another", "0"},
-        {"a change that nobody hears", "0"},
-        {"destroy", ""},                    // what was never made
-        {"destroy CoreAudioKVX", ""},
-        {"destroy the other CoreAudioKVX", ""},
-        {"destroy the listener", ""},
-        {"left over", ""},
-        // clang-format on
-    };
-    for (const auto& other : others) results.at(other.step) = other.result;
-    return results;
-}
-
-std::size_t callsOf(const std::string& service, double version)
-{
-    for (const ServiceUse& use : serviceUses())
-        if (service == use.service) return use.calls[eraOf(version)];
-    return 0;
-}
-
-bool isUnseen(const std::string& service)
-{
-    const auto& all = unseenServices();
-    return std::any_of(all.begin(), all.end(), [&](const auto& each) { return service == each.service; });
+    for (const auto& [feature, result] : useAllFeatures(host))
+        EXPECT_EQ(result, expectedResult(withheld, feature)) << feature;
+    EXPECT_EQ(host.misuses(), std::vector<std::string>());
 }
 
 class WithheldService : public testing::TestWithParam<Withheld> {};
 
-TEST_P(WithheldService, LeavesTheRestAsItIs)
+TEST_P(WithheldService, LosesOnlyTheFeaturesThatNeedIt)
 {
     const Withheld& withheld = GetParam();
     host::Options options;
     options.version = withheld.version;
     options.withheld = {withheld.service};
     LoadedHost loaded(options);
-    const bool hasClasses = withheld.service != "PluginRegisterClass";
-    EXPECT_EQ(loaded.host.pluginClasses().size(), hasClasses ? 5u : 0u);
-
-    const auto outcomes = walkScenario(loaded.host);
-    std::size_t differences = 0;
-    const Results expected = hasClasses ? resultsWithout(withheld, differences) : resultsWithoutClasses();
-    EXPECT_EQ(outcomes.size(), completeOutcomes().size());
-    EXPECT_EQ(outcomes.size(), expected.size()) << "no two steps go by one name";
-    for (const Outcome& outcome : outcomes)
-        EXPECT_EQ(outcome.result, expected.at(outcome.step)) << outcome.step;
-    EXPECT_EQ(loaded.host.misuses(), std::vector<std::string>());
-
-    // Each service that is called is missed somewhere, and no other.
-    const bool isMissed = callsOf(withheld.service, withheld.version) > 0 && !isUnseen(withheld.service);
-    EXPECT_EQ(differences > 0 || !hasClasses, isMissed);
+    EXPECT_EQ(loaded.host.pluginClasses().size(), withheld.service == "PluginRegisterClass" ? 0u : 5u);
+    expectResults(loaded.host, withheld);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, WithheldService, testing::ValuesIn(withholdable()), nameOf);
 
-TEST(WithheldServices, WithoutAVersionEveryHostIsTheOldest)
+TEST(WithheldServices, WithoutAVersionTheLibraryUsesOnlyTheOldestServices)
 {
     host::Options options;
     options.withheld = {"REALGetRBVersion"};
+    for (const host::Service& service : host::serviceTable())
+        if (!host::findService(service.name, 2011.5)) options.withheld.insert(service.name);
     LoadedHost loaded(options);
     ASSERT_EQ(loaded.host.pluginClasses().size(), 5u);
     for (const auto* each : loaded.host.pluginClasses()) EXPECT_EQ(each->layout, 9) << each->name;
-    loaded.host.logServices(true);
-    walkScenario(loaded.host);
-    EXPECT_EQ(loaded.host.serviceLog().callsOf("REALConvertString"), callsOf("REALConvertString", 2011.5));
-    EXPECT_EQ(loaded.host.serviceLog().callsOf("PluginGetStringData"), 0u);
+    expectResults(loaded.host, {"REALGetRBVersion", 2011.5});
 }
 
-TEST(WithheldServices, EveryRowNamesAServiceAndAStep)
+TEST(WithheldServices, TableNamesOnlyServicesAndFeatures)
 {
-    const Results steps = completeResults();
-    const auto isService = [](const std::string& name) {
-        const auto all = host::serviceTable();
-        return std::any_of(all.begin(), all.end(), [&](const auto& each) { return name == each.name; });
-    };
-    for (const ServiceDifference& difference : serviceDifferences()) {
-        EXPECT_TRUE(isService(difference.service)) << difference.service;
-        EXPECT_LE(difference.first, difference.last);
-        for (const char* step : difference.steps) EXPECT_TRUE(steps.count(step)) << step;
+    LoadedHost loaded;
+    const FeatureResults features = useAllFeatures(loaded.host);
+    const auto all = host::serviceTable();
+    for (const Loss& loss : losses) {
+        EXPECT_TRUE(std::any_of(all.begin(), all.end(), [&](const host::Service& service) {
+            return std::string(service.name) == loss.service;
+        })) << loss.service;
+        EXPECT_LT(loss.first, loss.end);
+        for (const char* feature : loss.features) EXPECT_TRUE(features.count(feature)) << feature;
     }
-    for (const ServiceUse& use : serviceUses()) EXPECT_TRUE(isService(use.service)) << use.service;
-    for (const UnseenService& unseen : unseenServices())
-        EXPECT_GT(callsOf(unseen.service, 2011.5) + callsOf(unseen.service, 2016.0), 0u) << unseen.service;
 }
 
-TEST(WithheldServicesDeathTest, WithoutTheClassLayoutNoLibraryCanBeLoaded)
+TEST(WithheldServicesDeathTest, LoadingWithoutRegisterPluginVersionCallsNull)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(
