@@ -1,4 +1,4 @@
-// The file player as the command holds it: what a whole command cannot be brought to show.
+// The file player of the command, called directly, in cases that the whole command cannot produce.
 #include "host/kvx/play/file_play.h"
 #include "host/kvx/play/file_player.h"
 #include "host/kvx/play/player_options.h"
@@ -22,12 +22,11 @@ using support::Sound;
 
 constexpr kvx::Advice advice = {"play another file", "play it elsewhere"};
 
-struct FilePlayerParts : testing::Test {
+struct CommandFilePlayer : LoadedHostTest {
     support::TemporaryFolder folder;
-    LoadedHost loaded;
     kvx::CoreAudio core{loaded.host};
 
-    /// A player with the sound loaded, on the device.
+    /// A player on `device`, with the sound loaded.
     std::unique_ptr<kvx::FilePlayer> playerOf(const Sound& sound, const SteppedDevice& device,
                                               const kvx::PlayerOptions& options = {})
     {
@@ -41,7 +40,7 @@ struct FilePlayerParts : testing::Test {
     }
 };
 
-TEST_F(FilePlayerParts, CountsFramesBySteps)
+TEST_F(CommandFilePlayer, CountsTheFramesOfAFile)
 {
     const struct {
         int rate;
@@ -55,14 +54,14 @@ TEST_F(FilePlayerParts, CountsFramesBySteps)
         auto player = playerOf(support::makeNoise(fact.rate, 1, fact.frames), device);
         const auto frames = std::int64_t(fact.frames);
         EXPECT_TRUE(player->holdsAll(frames));
-        EXPECT_EQ(player->position(), 0.0) << "and is at the start again";
+        EXPECT_EQ(player->position(), 0.0) << "counting leaves the position at the start";
         for (const std::int64_t more : {frames + 1, 2 * frames, 3 * frames, 1000 * frames})
             EXPECT_FALSE(player->holdsAll(more)) << more;
     }
     EXPECT_EQ(liveObjects(loaded.host).find("FolderItem"), std::string::npos);
 }
 
-TEST_F(FilePlayerParts, SetsEveryHundredthOfARate)
+TEST_F(CommandFilePlayer, SetsRatesToTheNearestHundredth)
 {
     SteppedDevice device;
     auto player = playerOf(support::makeNoise(44100, 2, 441), device);
@@ -76,7 +75,7 @@ TEST_F(FilePlayerParts, SetsEveryHundredthOfARate)
     EXPECT_EQ(player->rate(), 1.23) << "rounded down";
 }
 
-TEST_F(FilePlayerParts, SetsTimesToTheNearestFrame)
+TEST_F(CommandFilePlayer, SetsTimesToTheNearestFrame)
 {
     SteppedDevice device;
     auto player = playerOf(support::makeNoise(44100, 2, 44100), device);
@@ -91,10 +90,10 @@ TEST_F(FilePlayerParts, SetsTimesToTheNearestFrame)
         player->setLoopIn(0);
     }
     player->seek(2);
-    EXPECT_EQ(player->position(), 1.0) << "no further than the end";
+    EXPECT_EQ(player->position(), 1.0) << "limited to the end";
 }
 
-TEST_F(FilePlayerParts, CarriesVolumeRateAndPitchToAnotherPlayer)
+TEST_F(CommandFilePlayer, CarriesVolumeRateAndPitchToAnotherPlayer)
 {
     for (const auto unit : {kvx::RateUnit::timePitch, kvx::RateUnit::varispeed}) {
         SCOPED_TRACE(int(unit));
@@ -113,7 +112,7 @@ TEST_F(FilePlayerParts, CarriesVolumeRateAndPitchToAnotherPlayer)
     }
 }
 
-TEST_F(FilePlayerParts, SeesOneValueOfVarispeedInTwoWays)
+TEST_F(CommandFilePlayer, RateAndPitchOfVarispeedAreOneValue)
 {
     kvx::PlayerOptions options;
     options.unit = kvx::RateUnit::varispeed;
@@ -127,7 +126,7 @@ TEST_F(FilePlayerParts, SeesOneValueOfVarispeedInTwoWays)
     EXPECT_EQ(player->rates().high, 4.0);
 }
 
-TEST_F(FilePlayerParts, HoldsNothingBackAsLongAsNothingIsSet)
+TEST_F(CommandFilePlayer, HasNoDelayWithNeutralSettings)
 {
     SteppedDevice device;
     auto player = playerOf(support::makeNoise(44100, 2, 44100), device);
@@ -136,15 +135,14 @@ TEST_F(FilePlayerParts, HoldsNothingBackAsLongAsNothingIsSet)
     EXPECT_FALSE(player->isAtEnd());
     player->play();
     EXPECT_EQ(device.step(44099), 44099u);
-    EXPECT_FALSE(player->isAtEnd()) << "a frame is missing";
+    EXPECT_FALSE(player->isAtEnd()) << "one frame before the end";
     device.step(1);
     EXPECT_TRUE(player->isAtEnd());
     player->pause();
     EXPECT_EQ(player->renderError(), 0);
 }
 
-// All that is heard of a file lies within the length and the tail that the units report.
-TEST_F(FilePlayerParts, IsSilentBehindLengthAndTail)
+TEST_F(CommandFilePlayer, IsSilentAfterTheReportedLengthAndTail)
 {
     const struct {
         kvx::RateUnit unit;
@@ -176,29 +174,29 @@ TEST_F(FilePlayerParts, IsSilentBehindLengthAndTail)
             (i < length * 2 ? before : loudest) =
                 std::max(i < length * 2 ? before : loudest, std::fabs(device.output()[i]));
         EXPECT_GT(before, 0.5f);
-        EXPECT_LT(loudest, 1e-3f) << "something was cut";
+        EXPECT_LT(loudest, 1e-3f) << "sound after the reported end";
     }
 }
 
-TEST_F(FilePlayerParts, LetsTheProgramGoOnWhileItLoads)
+TEST_F(CommandFilePlayer, CallsTheProgramWhileItLoads)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100 * 30), folder / "long.wav");
     kvx::FilePlayer player(loaded.host, core, advice);
-    int turns = 0;
-    player.loadInBackground(folder / "long.wav", 2, [&turns] { ++turns; });
-    EXPECT_GT(turns, 0);
+    int calls = 0;
+    player.loadInBackground(folder / "long.wav", 2, [&calls] { ++calls; });
+    EXPECT_GT(calls, 0);
     EXPECT_EQ(player.duration(), 30.0);
-    const int after = turns;
+    const int after = calls;
     KVXPlatformDrainMainQueue(0);
-    EXPECT_EQ(turns, after) << "and not any more";
+    EXPECT_EQ(calls, after) << "no calls after the load";
 }
 
-TEST_F(FilePlayerParts, FailsInOneLineWithTheCommandsAdvice)
+TEST_F(CommandFilePlayer, FailedLoadNamesTheNextStep)
 {
     kvx::FilePlayer player(loaded.host, core, advice);
     try {
         player.load(folder / "missing.wav", 2);
-        ADD_FAILURE() << "loaded";
+        ADD_FAILURE() << "no exception";
     } catch (const kvx::Failure& failure) {
         const std::string text = failure.what();
         EXPECT_NE(text.find("missing.wav is not loaded: -43: there is no such file"), std::string::npos)
@@ -207,14 +205,14 @@ TEST_F(FilePlayerParts, FailsInOneLineWithTheCommandsAdvice)
     }
 }
 
-TEST_F(FilePlayerParts, RefusesADeviceThatDoesNotStart)
+TEST_F(CommandFilePlayer, FailedStartNamesTheNextStep)
 {
     SteppedDevice device;
     auto player = playerOf(support::makeNoise(44100, 2, 441), device);
     KVXPlatformRefuseStart(device.id(), -50);
     try {
         player->play();
-        ADD_FAILURE() << "started";
+        ADD_FAILURE() << "no exception";
     } catch (const kvx::Failure& failure) {
         const std::string text = failure.what();
         EXPECT_EQ(text.rfind("the device does not start: -50", 0), 0u) << text;
@@ -222,7 +220,7 @@ TEST_F(FilePlayerParts, RefusesADeviceThatDoesNotStart)
     }
 }
 
-TEST_F(FilePlayerParts, ObeysKeys)
+TEST_F(CommandFilePlayer, KeysChangeTransportLoopAndSettings)
 {
     SteppedDevice device;
     auto player = playerOf(support::makeNoise(44100, 2, 44100 * 20), device);
@@ -238,9 +236,9 @@ TEST_F(FilePlayerParts, ObeysKeys)
     press(Key::forward);
     EXPECT_EQ(player->position(), 5.0);
 
-    EXPECT_NE(press(Key::loop), "") << "there is none";
+    EXPECT_NE(press(Key::loop), "") << "neither loop point is set";
     press(Key::loopIn);
-    EXPECT_NE(press(Key::loop), "") << "nor with one point";
+    EXPECT_NE(press(Key::loop), "") << "only one loop point is set";
     press(Key::forward);
     press(Key::loopOut);
     EXPECT_EQ(player->loopIn(), 5.0);
@@ -248,7 +246,7 @@ TEST_F(FilePlayerParts, ObeysKeys)
     EXPECT_EQ(press(Key::loop), "");
     EXPECT_TRUE(player->isLooping());
     press(Key::loopIn);
-    EXPECT_FALSE(player->isLooping()) << "a loop without length is none";
+    EXPECT_FALSE(player->isLooping()) << "a loop of no length ends";
 
     press(Key::softer);
     EXPECT_NEAR(player->volume(), 0.95, 1e-6);
@@ -267,7 +265,7 @@ TEST_F(FilePlayerParts, ObeysKeys)
     EXPECT_EQ(player->pitch(), -100.0);
 }
 
-TEST_F(FilePlayerParts, LoopFromTheBeginNeedsItsEndAlone)
+TEST_F(CommandFilePlayer, LoopFromTheStartNeedsOnlyItsEnd)
 {
     SteppedDevice device;
     auto player = playerOf(support::makeNoise(44100, 2, 44100 * 20), device);

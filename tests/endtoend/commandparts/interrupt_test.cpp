@@ -1,4 +1,4 @@
-// A signal sets a flag, the same one once more ends the process.
+// The first signal of a kind sets a flag; the second one ends the process.
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "tests/support/temporary_folder.h"
@@ -13,7 +13,7 @@ namespace {
 
 using namespace kvx;
 
-TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
+TEST(InterruptDeathTest, SecondSignalOfAKindEndsTheProcess)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
@@ -34,7 +34,7 @@ TEST(InterruptDeathTest, TheSecondOfAKindEndsAtOnce)
     }
 }
 
-TEST(InterruptDeathTest, AnAbortRemovesUnfinishedFiles)
+TEST(InterruptDeathTest, AbortRemovesUnfinishedFiles)
 {
     const support::TemporaryFolder folder;
     const std::string unfinished = kvx::temporaryPathFor(folder / "out.wav");
@@ -47,7 +47,7 @@ TEST(InterruptDeathTest, AnAbortRemovesUnfinishedFiles)
     EXPECT_EQ(folder.count(), 0u);
 }
 
-TEST(InterruptDeathTest, AnIgnoredHangupStaysIgnored)
+TEST(InterruptDeathTest, IgnoredHangupStaysIgnored)
 {
     const auto raiseWhileIgnored = [] {
         std::signal(SIGHUP, SIG_IGN);
@@ -62,8 +62,8 @@ TEST(InterruptDeathTest, AnIgnoredHangupStaysIgnored)
     EXPECT_EXIT(raiseWhileIgnored(), testing::ExitedWithCode(0), "");
 }
 
-// As in a shell's background job.
-TEST(InterruptDeathTest, AnIgnoredInterruptIsHandledAllTheSame)
+// A shell starts background jobs with interrupts ignored.
+TEST(InterruptDeathTest, IgnoredInterruptIsStillHandled)
 {
     const auto raiseWhileIgnored = [] {
         std::signal(SIGINT, SIG_IGN);

@@ -1,5 +1,5 @@
-// Parts of `kvx play` that a whole command cannot be brought to show: a device that refuses, something left
-// over.
+// The buffered play method, leak reports and interrupts, called directly, in cases that the whole command cannot
+// produce.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/terminal/interrupt.h"
@@ -33,9 +33,8 @@ KVXDeviceInfo makeDefault(const SteppedDevice& device)
     return kvx::deviceNow(info);
 }
 
-// The player counts as running from then on, and cannot be stopped; the command must come to its end all the
-// same.
-TEST(PlaybackDeathTest, OnADeviceThatRefusesEndsWithAMessage)
+// A player whose device refused to start counts as running and cannot be stopped; the command must still end.
+TEST(BufferedPlayDeathTest, DeviceThatRefusesToStartFailsWithAMessage)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100), folder / "a.wav");
@@ -57,7 +56,7 @@ TEST(PlaybackDeathTest, OnADeviceThatRefusesEndsWithAMessage)
         testing::ExitedWithCode(7), "Stepped does not start; choose another device");
 }
 
-TEST(Playback, StoppedEarlyDropsTheRest)
+TEST(BufferedPlay, StoppedEarlyDropsTheQueuedBlocks)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100 * 30), folder / "a.wav");
@@ -72,14 +71,13 @@ TEST(Playback, StoppedEarlyDropsTheRest)
         EXPECT_TRUE(playback.advance());
         EXPECT_EQ(playback.position(), 44100.0);
         playback.stop();
-        EXPECT_EQ(KVXPlatformStep(device.id(), 512), 0u) << "nobody is started";
+        EXPECT_EQ(KVXPlatformStep(device.id(), 512), 0u) << "the device is stopped";
         EXPECT_FALSE(playback.hadGap());
     }
     EXPECT_EQ(loaded.leaks(), "");
 }
 
-// A reader that is too slow: the device runs dry, and the player says so afterwards.
-TEST(Playback, ThatRanDryHadAGap)
+TEST(BufferedPlay, ReportsAGapAfterAnUnderflow)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 1, 44100 * 30), folder / "a.wav");
@@ -89,12 +87,12 @@ TEST(Playback, ThatRanDryHadAGap)
     const KVXDeviceInfo info = makeDefault(device);
     kvx::BufferedPlayer playback(loaded.host(), playlist[0], 1.0f);
     playback.start(info);
-    device.step(44100 * 25); // all that was queued ahead, and more
+    device.step(44100 * 25); // more than all queued blocks
     EXPECT_TRUE(playback.advance());
     EXPECT_TRUE(playback.hadGap());
 }
 
-TEST(LeftOver, IsToldAndIsAFailure)
+TEST(LeakReport, PrintsLiveObjectsAndReturnsAFailure)
 {
     kvx::Library loaded(library());
     EXPECT_EQ(kvx::reportLeaks(loaded, 0), 0);
@@ -103,13 +101,13 @@ TEST(LeftOver, IsToldAndIsAFailure)
     (void)host::String::of("lost").detach();
     testing::internal::CaptureStderr();
     EXPECT_EQ(kvx::reportLeaks(loaded, 0), 1);
-    EXPECT_EQ(kvx::reportLeaks(loaded, 130), 130) << "a failure of its own comes first";
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("1 object of class CoreAudioPlayerKVX"), std::string::npos) << said;
-    EXPECT_NE(said.find("1 string"), std::string::npos) << said;
+    EXPECT_EQ(kvx::reportLeaks(loaded, 130), 130) << "a former failure keeps its exit code";
+    const std::string report = testing::internal::GetCapturedStderr();
+    EXPECT_NE(report.find("1 object of class CoreAudioPlayerKVX"), std::string::npos) << report;
+    EXPECT_NE(report.find("1 string"), std::string::npos) << report;
 }
 
-TEST(Interrupts, AreNotedAndGiveTheShellsExitCode)
+TEST(Interrupts, SetTheFlagAndTheExitCodeOfTheShell)
 {
     const struct {
         int signal, exitCode;

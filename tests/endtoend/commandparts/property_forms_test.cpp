@@ -1,4 +1,4 @@
-// Every value that any object gives is as long as its form says: none falls back to bytes.
+// Every property value of every object prints in its own form; none falls back to hexadecimal bytes.
 #include "tests/endtoend/loaded_host.h"
 
 #include "host/kvx/library/core_audio.h"
@@ -27,7 +27,7 @@ std::vector<kvx::ObjectID> allObjects(const kvx::CoreAudio& core)
     return objects;
 }
 
-TEST_F(PropertyForms, FitEveryValueThatThereIs)
+TEST_F(PropertyForms, PrintEveryValueOfEveryObject)
 {
     std::size_t values = 0;
     {
@@ -53,7 +53,7 @@ TEST_F(PropertyForms, FitEveryValueThatThereIs)
     EXPECT_GT(values, 300u);
 }
 
-TEST_F(PropertyForms, AreKnownForEverySelectorThatTheLibraryPublishes)
+TEST_F(PropertyForms, ExistForEverySelectorOfTheLibrary)
 {
     const kvx::CoreAudio core(loaded.host);
     const auto names = core.constants();
@@ -64,7 +64,7 @@ TEST_F(PropertyForms, AreKnownForEverySelectorThatTheLibraryPublishes)
         const bool isWildcard = *selector == '****';
         EXPECT_EQ(kvx::findPropertyType(*selector) == nullptr, isWildcard) << name;
     }
-    EXPECT_FALSE(core.constant("kAudioPropertyWildcardChannel")) << "a number, no selector";
+    EXPECT_FALSE(core.constant("kAudioPropertyWildcardChannel")) << "the constant is a number, not a selector";
     EXPECT_FALSE(core.constant("Lasterror"));
     EXPECT_FALSE(core.constant("kAudioNoSuch"));
 }

@@ -1,4 +1,4 @@
-// Devices watched through the library's listeners: what changes is said once, and only that.
+// The device watch of the command, through the library's listeners: each change prints one line.
 #include "tests/endtoend/loaded_host.h"
 
 #include "host/kvx/devices/demo.h"
@@ -23,8 +23,7 @@ std::string bytes(T value)
     return kvx::bytesOf(value);
 }
 
-struct WatchTest : testing::Test {
-    LoadedHost loaded;
+struct WatchTest : LoadedHostTest {
     std::optional<kvx::CoreAudio> core{loaded.host};
     Lines lines;
     std::optional<kvx::Watch> watch;
@@ -32,12 +31,6 @@ struct WatchTest : testing::Test {
     WatchTest()
     {
         watch.emplace(loaded.host, *core, [this](const std::string& line) { lines.push_back(line); });
-    }
-    ~WatchTest() override
-    {
-        watch.reset();
-        core.reset();
-        expectCleanHost(loaded.host);
     }
 
     static KVXDeviceID plugIn(const char* name)
@@ -47,8 +40,8 @@ struct WatchTest : testing::Test {
         return KVXPlatformAddSimulatedDevice(&description);
     }
 
-    /// What is said until `last` has been. The test's own time limit ends a wait for what never comes.
-    Lines saidUntil(const std::string& last)
+    /// The lines up to and including `last`. Waits for `last`; the time limit of the test ends the wait.
+    Lines linesUntil(const std::string& last)
     {
         while (std::find(lines.begin(), lines.end(), last) == lines.end()) watch->reportChanges(0.05);
         return std::exchange(lines, {});
@@ -72,27 +65,27 @@ TEST_F(WatchTest, KnowsTheDevicesFromTheStart)
     EXPECT_EQ(watch->roles().output, KVXPlatformBuiltInSimulatedDevice());
     EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
     watch->reportChanges(0);
-    EXPECT_EQ(lines, Lines{}) << "nothing happened";
+    EXPECT_EQ(lines, Lines{}) << "no changes";
 }
 
-TEST_F(WatchTest, NewDevicesGetListenersAndThoseThatWentLoseTheirs)
+TEST_F(WatchTest, NewDevicesGetListenersAndRemovedDevicesLoseThem)
 {
     const auto desk = plugIn("Desk");
-    EXPECT_EQ(saidUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz").size(), 1u);
+    EXPECT_EQ(linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz").size(), 1u);
     EXPECT_EQ(watch->listenerCount(), perSystem + 3 * perDevice);
     write({desk, 'nsrt'}, bytes(48000.0));
-    EXPECT_EQ(saidUntil(named("Desk", desk) + ": rate from 44100 to 48000 Hz").size(), 1u);
+    EXPECT_EQ(linesUntil(named("Desk", desk) + ": rate from 44100 to 48000 Hz").size(), 1u);
     KVXPlatformRemoveSimulatedDevice(desk);
-    EXPECT_EQ(saidUntil(named("Desk", desk) + ": went").size(), 1u);
+    EXPECT_EQ(linesUntil(named("Desk", desk) + ": went").size(), 1u);
     EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
     EXPECT_EQ(watch->devices().size(), 2u);
 }
 
-TEST_F(WatchTest, EachKindOfChangeIsALine)
+TEST_F(WatchTest, EachKindOfChangePrintsOneLine)
 {
     const auto desk = plugIn("Desk");
     const std::string name = named("Desk", desk);
-    saidUntil(name + ": came, 0 in, 2 out, 44100 Hz");
+    linesUntil(name + ": came, 0 in, 2 out, 44100 Hz");
     const struct {
         kvx::PropertyAddress address;
         std::string value;
@@ -108,82 +101,82 @@ TEST_F(WatchTest, EachKindOfChangeIsALine)
     };
     for (const auto& fact : facts) {
         write(fact.address, fact.value);
-        EXPECT_EQ(saidUntil(name + fact.line), Lines{name + fact.line});
-        write(fact.address, fact.value); // the same again is no change
+        EXPECT_EQ(linesUntil(name + fact.line), Lines{name + fact.line});
+        write(fact.address, fact.value); // an equal value is no change
         watch->reportChanges(0.02);
         EXPECT_EQ(lines, Lines{});
     }
     KVXPlatformConfigureDevice(desk, 0, 4, 0);
-    EXPECT_EQ(saidUntil(name + ": output channels from 2 to 4").size(), 1u);
+    EXPECT_EQ(linesUntil(name + ": output channels from 2 to 4").size(), 1u);
     KVXPlatformKillDevice(desk);
-    EXPECT_EQ(saidUntil(name + ": no longer alive").size(), 1u);
+    EXPECT_EQ(linesUntil(name + ": no longer alive").size(), 1u);
     KVXPlatformRemoveSimulatedDevice(desk);
-    EXPECT_EQ(saidUntil(name + ": went"), Lines{name + ": went"});
+    EXPECT_EQ(linesUntil(name + ": went"), Lines{name + ": went"});
 }
 
-TEST_F(WatchTest, RunningAndStoppedAreSeen)
+TEST_F(WatchTest, StartAndStopPrintOneLineEach)
 {
     const auto desk = plugIn("Desk");
     const std::string name = named("Desk", desk);
-    saidUntil(name + ": came, 0 in, 2 out, 44100 Hz");
+    linesUntil(name + ": came, 0 in, 2 out, 44100 Hz");
     {
         const host::Object player = loaded.host.create(playerClass);
         player.set("OutputDeviceID", std::int64_t(desk));
         player.set("NoUnderflow", true);
         ASSERT_TRUE(player.call("Start").boolean());
-        EXPECT_EQ(saidUntil(name + ": running"), Lines{name + ": running"});
+        EXPECT_EQ(linesUntil(name + ": running"), Lines{name + ": running"});
         player.set("NoUnderflow", false);
         player.call("Stop");
     }
-    EXPECT_EQ(saidUntil(name + ": stopped"), Lines{name + ": stopped"});
+    EXPECT_EQ(linesUntil(name + ": stopped"), Lines{name + ": stopped"});
     KVXPlatformRemoveSimulatedDevice(desk);
-    saidUntil(name + ": went");
+    linesUntil(name + ": went");
 }
 
-TEST_F(WatchTest, RolesMoveWithTheirDevice)
+TEST_F(WatchTest, RolesMoveToTheNewDefaultDevice)
 {
     const auto builtIn = KVXPlatformBuiltInSimulatedDevice();
     const auto desk = plugIn("Desk");
     const std::string name = named("Desk", desk), former = named("Simulated Device", builtIn);
-    saidUntil(name + ": came, 0 in, 2 out, 44100 Hz");
+    linesUntil(name + ": came, 0 in, 2 out, 44100 Hz");
     write({kvx::systemObject, 'dOut'}, bytes(desk));
-    EXPECT_EQ(saidUntil("default output: from " + former + " to " + name).size(), 1u);
+    EXPECT_EQ(linesUntil("default output: from " + former + " to " + name).size(), 1u);
     write({kvx::systemObject, 'sOut'}, bytes(desk));
-    EXPECT_EQ(saidUntil("default system output: from " + former + " to " + name).size(), 1u);
+    EXPECT_EQ(linesUntil("default system output: from " + former + " to " + name).size(), 1u);
     KVXPlatformRemoveSimulatedDevice(desk);
-    const Lines said = saidUntil(name + ": went");
-    ASSERT_GE(said.size(), 3u);
-    EXPECT_EQ(Lines(said.end() - 3, said.end()),
+    const Lines seen = linesUntil(name + ": went");
+    ASSERT_GE(seen.size(), 3u);
+    EXPECT_EQ(Lines(seen.end() - 3, seen.end()),
               (Lines{"default output: from " + name + " to " + former,
                      "default system output: from " + name + " to " + former, name + ": went"}))
-        << "and the name of the one that went is still known";
+        << "the removed device is still named";
 }
 
-TEST_F(WatchTest, DevicesThatComeAndGoBetweenTwoLooksLeaveNothing)
+TEST_F(WatchTest, DevicesAddedAndRemovedBetweenTwoReportsLeaveNoListeners)
 {
     for (int i = 0; i < 50; ++i) KVXPlatformRemoveSimulatedDevice(plugIn("Flash"));
     const auto desk = plugIn("Desk");
-    saidUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz");
+    linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz");
     EXPECT_EQ(watch->devices().size(), 3u);
     EXPECT_EQ(watch->listenerCount(), perSystem + 3 * perDevice);
     KVXPlatformRemoveSimulatedDevice(desk);
-    EXPECT_EQ(saidUntil(named("Desk", desk) + ": went").back(), named("Desk", desk) + ": went");
+    EXPECT_EQ(linesUntil(named("Desk", desk) + ": went").back(), named("Desk", desk) + ": went");
     EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
 }
 
-TEST_F(WatchTest, EndsWithEventsOnTheWay)
+TEST_F(WatchTest, EndsWithPendingEvents)
 {
     const auto desk = plugIn("Desk");
-    saidUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz");
+    linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz");
     for (int i = 1; i <= 100; ++i) write({desk, 'nsrt'}, bytes(double(44100 + i)));
-    watch.reset(); // with a hundred changes under way
+    watch.reset(); // with 100 pending events
     KVXPlatformRemoveSimulatedDevice(desk);
     while (KVXPlatformDrainMainQueue(0.05) > 0) {
     }
-    EXPECT_EQ(lines, Lines{}) << "nobody is there to say it";
+    EXPECT_EQ(lines, Lines{}) << "no lines after the end of the watch";
 }
 
-TEST_F(WatchTest, TheDemoTakesItsDevicesAlongWhereverItEnds)
+TEST_F(WatchTest, DemoRemovesItsDevicesAtAnyStep)
 {
     for (int steps = 0; steps <= 11; ++steps) {
         SCOPED_TRACE(steps);

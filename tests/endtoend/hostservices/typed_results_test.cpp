@@ -1,4 +1,4 @@
-// Results and arguments of every width, through declarations of the real library: known bits go in and out.
+// Arguments and results of every number type of the library's declarations keep all their bits.
 #include "tests/endtoend/loaded_host.h"
 
 #include <gtest/gtest.h>
@@ -29,16 +29,10 @@ Bits bitsOf(T value)
     return fromBits<Bits>(value);
 }
 
-struct TypedResults : testing::Test {
-    LoadedHost loaded;
+struct TypedResults : LoadedHostTest {
     Object core = loaded.host.create("CoreAudioKVX");
 
     std::int64_t lastError() const { return core.get("Lasterror").integer(); }
-    ~TypedResults() override
-    {
-        core = nullptr;
-        expectCleanHost(loaded.host);
-    }
 };
 
 TEST_F(TypedResults, UInt32KeepsAllItsBits)
@@ -60,7 +54,7 @@ TEST_F(TypedResults, UInt32KeepsAllItsBits)
 
 TEST_F(TypedResults, UInt64KeepsAllItsBits)
 {
-    // The clock counts nanoseconds, so that a conversion answers what it was given.
+    // The host clock counts nanoseconds, so the conversion returns its argument.
     for (std::uint64_t bits :
          {0x0000000000000000ull, 0x0000000000000001ull, 0x00000000FFFFFFFFull, 0x0000000100000000ull,
           0x0123456789ABCDEFull, 0x7FFFFFFFFFFFFFFFull, 0x8000000000000000ull, 0xFFFFFFFFFFFFFFFFull}) {
@@ -69,7 +63,7 @@ TEST_F(TypedResults, UInt64KeepsAllItsBits)
              {"CoreAudioConvertHostTimeToNanosKVX", "CoreAudioConvertNanosToHostTimeKVX"}) {
             const Value answer = loaded.host.callShared("CoreAudioKVX", method, bits);
             EXPECT_EQ(answer.unsigned64(), bits) << method;
-            EXPECT_EQ(answer.print(), std::to_string(bits)) << "unsigned in print, too";
+            EXPECT_EQ(answer.print(), std::to_string(bits)) << "printed as unsigned";
         }
     }
     const std::uint64_t before =
@@ -80,7 +74,7 @@ TEST_F(TypedResults, UInt64KeepsAllItsBits)
     EXPECT_GE(after, before);
 }
 
-TEST_F(TypedResults, DoubleAndInteger)
+TEST_F(TypedResults, DoubleAndIntegerKeepTheirTypes)
 {
     const Value frequency = loaded.host.callShared("CoreAudioKVX", "CoreAudioGetHostClockFrequencyKVX");
     EXPECT_TRUE(frequency.isFloating());
@@ -110,7 +104,7 @@ TEST_F(TypedResults, SingleKeepsAllItsBits)
     EXPECT_EQ(lastError(), 0);
 }
 
-TEST_F(TypedResults, VariablesLentByReferenceComeBackWithTheirTypes)
+TEST_F(TypedResults, ByRefVariablesReturnWithTheirTypes)
 {
     const struct {
         const char* selector;
@@ -134,7 +128,7 @@ TEST_F(TypedResults, VariablesLentByReferenceComeBackWithTheirTypes)
     EXPECT_FALSE(isWriteable.boolean());
 }
 
-TEST_F(TypedResults, OptionalMemoryBlocks)
+TEST_F(TypedResults, MemoryBlockArgumentsAreOptionalAndReturnedUnchanged)
 {
     const auto device = KVXPlatformBuiltInSimulatedDevice();
     const auto owned = [&](const Value& qualifier) {
@@ -144,10 +138,10 @@ TEST_F(TypedResults, OptionalMemoryBlocks)
     };
     const std::uint32_t streams = 'astr', devices = 'adev';
     EXPECT_EQ(core.call("AudioObjectGetPropertyData", device, 'ownd', global, 0).memoryBlock().size(), 4u)
-        << "left out";
-    EXPECT_EQ(owned(nullptr), 4u) << "nil";
-    EXPECT_EQ(owned(MemoryBlock::copyOf(&streams, 4)), 4u) << "its one stream";
-    EXPECT_EQ(owned(MemoryBlock::copyOf(&devices, 4)), 0u) << "it owns no devices";
+        << "no qualifier argument";
+    EXPECT_EQ(owned(nullptr), 4u) << "nil qualifier";
+    EXPECT_EQ(owned(MemoryBlock::copyOf(&streams, 4)), 4u) << "the only stream";
+    EXPECT_EQ(owned(MemoryBlock::copyOf(&devices, 4)), 0u) << "the device owns no devices";
 
     const auto buffer = MemoryBlock::ofSize(12);
     std::memset(buffer.data(), 0xA5, buffer.size());
@@ -155,13 +149,13 @@ TEST_F(TypedResults, OptionalMemoryBlocks)
         const Value answer =
             core.call("AudioObjectGetPropertyData", device, 'nsrt', global, 0, nullptr, buffer);
         EXPECT_EQ(lastError(), 0);
-        EXPECT_EQ(answer.memoryBlock().get(), buffer.get()) << "the block that was handed in";
-        EXPECT_EQ(host::referenceCount(buffer.get()), 2u) << "with a reference for the result";
+        EXPECT_EQ(answer.memoryBlock().get(), buffer.get()) << "the block of the caller";
+        EXPECT_EQ(host::referenceCount(buffer.get()), 2u) << "one reference for the result";
     }
     EXPECT_EQ(host::referenceCount(buffer.get()), 1u);
     EXPECT_EQ(buffer.size(), 12u) << "not resized";
     EXPECT_EQ(*buffer.as<double>(), 44100.0);
-    EXPECT_EQ(buffer.bytes().substr(8), "\xA5\xA5\xA5\xA5") << "nothing behind the value is touched";
+    EXPECT_EQ(buffer.bytes().substr(8), "\xA5\xA5\xA5\xA5") << "bytes after the value are unchanged";
 
     const auto tooShort = MemoryBlock::ofSize(7);
     EXPECT_TRUE(

@@ -1,5 +1,5 @@
-// Classic sound code against the library's sound component, in the test's own process: what the mixer makes
-// of several sources, and what is left over.
+// A classic sound client and the sound component of the library, in one process: mixed sources, source commands,
+// several instances, and released objects.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/classic_play.h"
 #include "host/soundclient/sound_output.h"
@@ -23,18 +23,18 @@ constexpr double pi = 3.14159265358979323846;
 
 std::uint16_t swapBytes(std::uint16_t bits) { return std::uint16_t(bits << 8 | bits >> 8); }
 
-/// What the mixer gave, in spite of the converter that reads it as big-endian: interleaved.
-std::vector<int> mixerSamples(const std::vector<float>& heard)
+/// The interleaved 16-bit samples of the mixer. The converter after the mixer swaps their bytes.
+std::vector<int> mixerSamples(const std::vector<float>& rendered)
 {
     std::vector<int> values;
-    for (const float sample : heard) {
+    for (const float sample : rendered) {
         const auto bits = std::uint16_t(std::int16_t(sample * 32768.0f));
         values.push_back(std::int16_t(swapBytes(bits)));
     }
     return values;
 }
 
-/// A buffer of samples, as a program describes it.
+/// A buffer of samples, described by a parameter block.
 struct Buffer {
     std::vector<std::uint8_t> bytes;
     SoundParamBlock block = {};
@@ -70,18 +70,16 @@ struct Buffer {
     Buffer(const Buffer&) = delete;
 };
 
-std::uint32_t convertersAlive()
+std::uint32_t liveConverters()
 {
-    KVXLiveCount accounts[32] = {};
-    const std::uint32_t kinds = KVXPlatformGetLiveCounts(accounts, 32);
-    for (std::uint32_t i = 0; i < kinds && i < 32; ++i)
-        if (accounts[i].kind == std::string_view("AudioConverter")) return accounts[i].count;
+    for (const KVXLiveCount& each : livePlatformObjects())
+        if (each.kind == std::string_view("AudioConverter")) return each.count;
     return 0;
 }
 
-/// The library with its component registered, a client that has it open, and a device to turn.
+/// The library with its registered component, a client that has opened it, and a stepped device.
 struct ClassicClient : testing::Test {
-    const std::uint32_t convertersBefore = convertersAlive(); // kept, of the tests before in this process
+    const std::uint32_t convertersBefore = liveConverters(); // of earlier tests in this process
     SteppedDevice device;
     kvx::Library library{options()};
     std::unique_ptr<kvx::SoundBridge> bridge;
@@ -108,8 +106,8 @@ struct ClassicClient : testing::Test {
         return options;
     }
 
-    /// What the mixer gives for the next frames.
-    std::vector<int> hear(std::uint32_t frames)
+    /// Render the next frames. Returns the samples of the mixer.
+    std::vector<int> render(std::uint32_t frames)
     {
         device.clearOutput();
         EXPECT_EQ(device.step(frames), frames);
@@ -128,7 +126,7 @@ int rounded(double value) { return int(std::clamp(std::nearbyint(value), -32768.
 
 TEST_F(ClassicClient, IsSilentWithoutASource)
 {
-    EXPECT_EQ(hear(3000), std::vector<int>(6000));
+    EXPECT_EQ(render(3000), std::vector<int>(6000));
     EXPECT_FALSE(bridge->isActive());
 }
 
@@ -141,34 +139,34 @@ TEST_F(ClassicClient, SumsSourcesAtTheirVolumes)
     first.block.rightVolume = 0x40;
     Buffer second(k16BitLittleEndianFormat, 2, 16, 44100, two);
     const soundclient::Source a = output->addSource(), b = output->addSource();
-    // The second by its source: left a quarter, right silent.
+    // The volume of the second source: left a quarter, right silent.
     ASSERT_EQ(SoundComponentSetInfo(output->instance(), b, siVolume, reinterpret_cast<void*>(0x00000040)),
               noErr);
     output->play(a, first.block);
     output->play(b, second.block);
     EXPECT_TRUE(bridge->isActive());
 
-    const std::vector<int> heard = hear(frames + 500);
+    const std::vector<int> rendered = render(frames + 500);
     for (std::size_t i = 0; i < frames; ++i) {
-        ASSERT_EQ(heard[2 * i], rounded(one[2 * i] * 0.5 + two[2 * i] * 0.25)) << "left " << i;
-        ASSERT_EQ(heard[2 * i + 1], rounded(one[2 * i + 1] * 0.25)) << "right " << i;
+        ASSERT_EQ(rendered[2 * i], rounded(one[2 * i] * 0.5 + two[2 * i] * 0.25)) << "left " << i;
+        ASSERT_EQ(rendered[2 * i + 1], rounded(one[2 * i + 1] * 0.25)) << "right " << i;
     }
-    for (std::size_t i = 2 * frames; i < heard.size(); ++i) ASSERT_EQ(heard[i], 0) << i;
+    for (std::size_t i = 2 * frames; i < rendered.size(); ++i) ASSERT_EQ(rendered[i], 0) << i;
     EXPECT_EQ(first.timesDone, 1);
     EXPECT_EQ(second.timesDone, 1);
 }
 
-TEST_F(ClassicClient, CutsOffWhatIsTooLoud)
+TEST_F(ClassicClient, ClipsSumsAbove16Bits)
 {
     const std::vector<int> loud = {32767, -32768, 20000, -20000, 32767, -32768};
     Buffer first(kTwosComplement, 2, 16, 44100, loud), second(kTwosComplement, 2, 16, 44100, loud);
     output->play(output->addSource(), first.block);
     output->play(output->addSource(), second.block);
-    const std::vector<int> heard = hear(3);
-    EXPECT_EQ(heard, (std::vector<int>{32767, -32768, 32767, -32768, 32767, -32768}));
+    const std::vector<int> rendered = render(3);
+    EXPECT_EQ(rendered, (std::vector<int>{32767, -32768, 32767, -32768, 32767, -32768}));
 }
 
-TEST_F(ClassicClient, BringsOtherWidthsAndChannelsToItsOwn)
+TEST_F(ClassicClient, ConvertsSampleSizesAndChannels)
 {
     const std::vector<int> eight = {-128, -1, 0, 1, 127, 64}, sixteen = {-32768, 5, 32767, -7, 100, -100};
     const struct {
@@ -189,14 +187,13 @@ TEST_F(ClassicClient, BringsOtherWidthsAndChannelsToItsOwn)
         std::vector<int> expected;
         for (const int sample : fact.samples)
             expected.insert(expected.end(), fact.channels == 1 ? 2 : 1, sample * fact.scale);
-        EXPECT_EQ(hear(std::uint32_t(expected.size() / 2)), expected);
-        EXPECT_EQ(hear(2000), std::vector<int>(4000));
+        EXPECT_EQ(render(std::uint32_t(expected.size() / 2)), expected);
+        EXPECT_EQ(render(2000), std::vector<int>(4000));
         EXPECT_EQ(buffer.timesDone, 1);
     }
 }
 
-// A sine of another rate is the same sine at the mixer's: by its own rate, or by a multiplier.
-TEST_F(ClassicClient, BringsOtherRatesToItsOwn)
+TEST_F(ClassicClient, ConvertsSampleRatesAndRateMultipliers)
 {
     const struct {
         double rate;
@@ -214,19 +211,19 @@ TEST_F(ClassicClient, BringsOtherRatesToItsOwn)
         Buffer buffer(kTwosComplement, 1, 16, fact.rate, samples);
         buffer.block.rateMultiplier = fact.multiplier;
         output->play(source, buffer.block);
-        const std::vector<int> heard = hear(44100 / 4);
+        const std::vector<int> rendered = render(44100 / 4);
         for (std::size_t i = 1000; i < 7800; ++i) {
-            ASSERT_NEAR(heard[2 * i], amplitude * std::sin(2 * pi * hertz * double(i) / 44100), 3) << i;
-            ASSERT_EQ(heard[2 * i], heard[2 * i + 1]) << i;
+            ASSERT_NEAR(rendered[2 * i], amplitude * std::sin(2 * pi * hertz * double(i) / 44100), 3) << i;
+            ASSERT_EQ(rendered[2 * i], rendered[2 * i + 1]) << i;
         }
-        for (std::size_t i = 44100 / 5 * 2; i < heard.size(); ++i) ASSERT_EQ(heard[i], 0) << "behind it";
+        for (std::size_t i = 44100 / 5 * 2; i < rendered.size(); ++i) ASSERT_EQ(rendered[i], 0) << "after the end";
         EXPECT_EQ(buffer.timesDone, 1);
     }
 }
 
-TEST_F(ClassicClient, StartsPausesAndStopsItsSources)
+TEST_F(ClassicClient, StartsPausesAndStopsSources)
 {
-    // The mixer makes blocks of 1024 frames: an order counts from the next one on.
+    // The mixer renders 1024 frames at a time, so a command applies to the next 1024 frames.
     constexpr std::uint32_t block = 1024;
     const std::vector<int> samples = ramp(8 * block * 2, 1, 3);
     Buffer buffer(kTwosComplement, 2, 16, 44100, samples);
@@ -239,30 +236,30 @@ TEST_F(ClassicClient, StartsPausesAndStopsItsSources)
 
     output->play(source, buffer.block, true);
     EXPECT_FALSE(bridge->isActive());
-    EXPECT_EQ(hear(block), silence);
+    EXPECT_EQ(render(block), silence);
     output->start(source);
     EXPECT_TRUE(bridge->isActive());
-    EXPECT_EQ(hear(block), part(0));
-    EXPECT_EQ(hear(block), part(1));
+    EXPECT_EQ(render(block), part(0));
+    EXPECT_EQ(render(block), part(1));
     output->pause(source);
     EXPECT_FALSE(bridge->isActive());
-    EXPECT_EQ(hear(block), silence);
+    EXPECT_EQ(render(block), silence);
     output->start(source);
-    EXPECT_EQ(hear(block), part(2));
+    EXPECT_EQ(render(block), part(2));
     output->stop(source);
     EXPECT_FALSE(bridge->isActive());
-    EXPECT_EQ(hear(block), silence);
+    EXPECT_EQ(render(block), silence);
     output->start(source);
-    EXPECT_EQ(hear(block), silence) << "it was dropped";
+    EXPECT_EQ(render(block), silence) << "stop has dropped the buffer";
     EXPECT_EQ(buffer.timesDone, 0);
     output->play(source, buffer.block);
-    EXPECT_EQ(hear(block), part(0)) << "from the start";
+    EXPECT_EQ(render(block), part(0)) << "from the start";
     output->removeSource(source);
-    EXPECT_EQ(hear(block), silence);
-    EXPECT_THROW(output->play(source, buffer.block), soundclient::Refusal) << "it is gone";
+    EXPECT_EQ(render(block), silence);
+    EXPECT_THROW(output->play(source, buffer.block), soundclient::Refusal) << "the source is removed";
 }
 
-TEST_F(ClassicClient, TellsItsForm)
+TEST_F(ClassicClient, ReportsItsOutputForm)
 {
     const soundclient::OutputForm form = output->form();
     EXPECT_EQ(form.channels, 2);
@@ -270,8 +267,7 @@ TEST_F(ClassicClient, TellsItsForm)
     EXPECT_EQ(form.rate, 44100);
 }
 
-// Two instances, one after the other and side by side: the one opened last is heard.
-TEST_F(ClassicClient, IsOpenedAgain)
+TEST_F(ClassicClient, RendersTheInstanceOpenedLast)
 {
     const std::vector<int> one = ramp(2048, 1, 3), two = ramp(2048, 2, 5);
     Buffer first(kTwosComplement, 2, 16, 44100, one), second(kTwosComplement, 2, 16, 44100, two);
@@ -279,36 +275,35 @@ TEST_F(ClassicClient, IsOpenedAgain)
         SoundOutput later(kvx::bridgeSubType, kvx::bridgeManufacturer);
         output->play(output->addSource(), first.block);
         later.play(later.addSource(), second.block);
-        EXPECT_EQ(hear(1024), two);
+        EXPECT_EQ(render(1024), two);
     }
-    EXPECT_EQ(hear(1024), std::vector<int>(2048)) << "the earlier one is not heard again";
+    EXPECT_EQ(render(1024), std::vector<int>(2048)) << "the earlier instance stays silent";
     output.reset();
     output = std::make_unique<SoundOutput>(kvx::bridgeSubType, kvx::bridgeManufacturer);
     output->play(output->addSource(), second.block);
-    EXPECT_EQ(hear(1024), two);
+    EXPECT_EQ(render(1024), two);
 }
 
-// The host program takes the component back while a client has it open: the client is not heard any more, and
-// may close in peace.
-TEST_F(ClassicClient, OutlivesTheHostProgramsObject)
+// The host program unregisters the component while the client has it open. The client is silent, and can close.
+TEST_F(ClassicClient, ClosesAfterTheHostProgramUnregisteredTheComponent)
 {
     Buffer buffer(kTwosComplement, 2, 16, 44100, ramp(20000, 1, 3));
     output->play(output->addSource(), buffer.block);
-    hear(1024);
+    render(1024);
     bridge.reset();
-    EXPECT_EQ(device.step(1024), 0u) << "nothing turns any more";
+    EXPECT_EQ(device.step(1024), 0u) << "the device is stopped";
     EXPECT_EQ(output->form().bits, 16);
     output.reset();
-    // What was open at the unregistration stays in the platform's list.
-    ComponentDescription looking = {kSoundOutputDeviceType, kvx::bridgeSubType, kvx::bridgeManufacturer, 0,
+    // A component that is unregistered while open stays in the list of the platform.
+    ComponentDescription wanted = {kSoundOutputDeviceType, kvx::bridgeSubType, kvx::bridgeManufacturer, 0,
                                     0};
-    const Component left = FindNextComponent(nullptr, &looking);
+    const Component left = FindNextComponent(nullptr, &wanted);
     ASSERT_NE(left, nullptr);
     EXPECT_EQ(CountComponentInstances(left), 0);
     EXPECT_EQ(UnregisterComponent(left), noErr);
 }
 
-TEST(SoundComponentDeathTest, IsOpenedInBuiltProgramsOnly)
+TEST(SoundComponentDeathTest, OpensInBuiltProgramsOnly)
 {
     for (const bool isDevelopment : {false, true}) {
         kvx::LibraryOptions options = ClassicClient::options();
