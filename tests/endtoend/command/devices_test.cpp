@@ -1,7 +1,6 @@
-// `kvx devices`: the table, JSON, and the watch, as a user has them.
+// `kvx devices`: the table, JSON, and the device watch.
 #include "tests/endtoend/command/kvx_runner.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <chrono>
@@ -24,7 +23,7 @@ const char* const wholeTable = "no.  id  name              maker      UID       
                                " 0  44100  1000-768000    512  "
                                "      0  in       idle\n";
 
-TEST(KvxDevices, IsATableOfAllThatTheLibraryTells)
+TEST(KvxDevices, PrintsATable)
 {
     const auto result = runKvx({"devices"});
     EXPECT_EQ(result.exitCode, 0);
@@ -32,7 +31,7 @@ TEST(KvxDevices, IsATableOfAllThatTheLibraryTells)
     EXPECT_EQ(result.out, wholeTable);
 }
 
-TEST(KvxDevices, IsTheSameInEveryHostVersion)
+TEST(KvxDevices, PrintsTheSameTableInEveryHostVersion)
 {
     for (const char* version : {"2010.5", "2011.5", "2012.99", "2013.02", "2013.03", "2013.04", "2015.02",
                                 "2015.03", "2015.99", "2016.0"}) {
@@ -43,7 +42,7 @@ TEST(KvxDevices, IsTheSameInEveryHostVersion)
     }
 }
 
-TEST(KvxDevices, AsJson)
+TEST(KvxDevices, PrintsJson)
 {
     const auto result = runKvx({"devices", "--json"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -69,10 +68,10 @@ TEST(KvxDevices, AsJson)
     EXPECT_EQ(json[1]["isDefaultInput"], true);
 }
 
-TEST(KvxDevices, WrongUsageIsTold)
+TEST(KvxDevices, RefusesWrongUsage)
 {
     const struct {
-        std::vector<std::string> arguments;
+        Arguments arguments;
         const char* names;
     } facts[] = {
         {{"devices", "--json", "--watch"}, "--json"},
@@ -93,7 +92,7 @@ TEST(KvxDevices, WrongUsageIsTold)
     EXPECT_NE(result.err.find("/no/such.so"), std::string::npos) << result.err;
 }
 
-/// The lines behind the table, without their times.
+/// The lines after the table, without their times.
 Lines changesIn(const std::string& out)
 {
     Lines changes;
@@ -105,7 +104,7 @@ Lines changesIn(const std::string& out)
     return changes;
 }
 
-TEST(KvxDevices, WatchSaysEachChangeOfTheDemoInOrderAndEndsOnCtrlC)
+TEST(KvxDevices, WatchPrintsEachChangeOfTheDemoInOrder)
 {
     support::Child child(kvxCommand({"devices", "--watch", "--demo", "0.1"}));
     while (child.isRunning() && child.outSoFar().find("Demo Device 1 (id 6): went") == std::string::npos)
@@ -113,12 +112,12 @@ TEST(KvxDevices, WatchSaysEachChangeOfTheDemoInOrderAndEndsOnCtrlC)
     child.send(SIGINT);
     const auto result = child.wait();
     EXPECT_EQ(result.exitCode, 130);
-    EXPECT_EQ(result.err, "") << "nothing is left over";
+    EXPECT_EQ(result.err, "") << "no leaks";
     ASSERT_EQ(result.out.substr(0, std::string(wholeTable).size()), wholeTable);
 
     Lines changes = changesIn(result.out);
     ASSERT_GE(changes.size(), 12u);
-    changes.resize(12); // the next act may have begun
+    changes.resize(12); // the next round of the demo may have begun
     const std::string device = "Demo Device 1 (id 6)", former = "Simulated Device (id 2)";
     EXPECT_EQ(
         changes,
@@ -129,7 +128,7 @@ TEST(KvxDevices, WatchSaysEachChangeOfTheDemoInOrderAndEndsOnCtrlC)
                "default output: from " + device + " to " + former, device + ": went"}));
 }
 
-TEST(KvxDevices, WatchEndsAtAnyMomentWithNothingLeftOver)
+TEST(KvxDevices, WatchEndsAtAnyMomentWithoutLeaks)
 {
     const struct {
         const char* line;

@@ -1,44 +1,30 @@
-// The command when all is well: help, lists, what it says while it plays, how it is stopped.
+// The program kvx in ordinary use: help, lists, playback messages, captures, signals.
 #include "tests/endtoend/command/kvx_runner.h"
+#include "tests/endtoend/command/pty_child.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <pty.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
 using namespace endtoend;
 
-/// Bytes of the largest file that is being written, named as such.
-std::uintmax_t largestUnfinished(const support::TemporaryFolder& folder)
-{
-    std::uintmax_t size = 0;
-    std::error_code ignored; // it may be given its name meanwhile
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-        if (entry.path().extension() == ".part")
-            if (const auto each = entry.file_size(ignored); !ignored) size = std::max(size, each);
-    return size;
-}
+using Kvx = KvxTest;
 
-TEST(Kvx, HelpsEverywhere)
+TEST_F(Kvx, EveryCommandPrintsHelp)
 {
-    for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{"--help"},
-                                               {"play", "--help"},
-                                               {"classes", "--help"},
-                                               {"devices", "--help"},
-                                               {"tune", "--help"},
-                                               {"-h"}}) {
+    for (const Arguments& arguments : std::vector<Arguments>{{"--help"},
+                                                             {"play", "--help"},
+                                                             {"classes", "--help"},
+                                                             {"devices", "--help"},
+                                                             {"tune", "--help"},
+                                                             {"-h"}}) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         const auto result = runKvx(arguments);
         EXPECT_EQ(result.exitCode, 0);
@@ -50,7 +36,7 @@ TEST(Kvx, HelpsEverywhere)
         EXPECT_NE(runKvx({"--help"}).out.find(code), std::string::npos) << code;
 }
 
-TEST(Kvx, ListsTheFiveClasses)
+TEST_F(Kvx, ListsTheFiveClasses)
 {
     const auto result = runKvx({"classes"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -63,7 +49,7 @@ TEST(Kvx, ListsTheFiveClasses)
     }
 }
 
-TEST(Kvx, PrintsAClassWithItsMembers)
+TEST_F(Kvx, PrintsTheMembersOfAClass)
 {
     const auto result = runKvx({"classes", "coreaudioplayerkvx"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -74,7 +60,7 @@ TEST(Kvx, PrintsAClassWithItsMembers)
         EXPECT_NE(result.out.find(line), std::string::npos) << line;
 }
 
-TEST(Kvx, PrintsClassesAsJson)
+TEST_F(Kvx, PrintsClassesAsJson)
 {
     const auto all = nlohmann::json::parse(runKvx({"classes", "--json"}).out);
     ASSERT_EQ(all.size(), 5u);
@@ -93,7 +79,7 @@ TEST(Kvx, PrintsClassesAsJson)
     EXPECT_EQ(old["methods"], player["methods"]);
 }
 
-TEST(Kvx, ListsDevicesWithTheDefault)
+TEST_F(Kvx, ListsDevicesWithTheDefault)
 {
     const auto result = runKvx({"devices"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -101,12 +87,11 @@ TEST(Kvx, ListsDevicesWithTheDefault)
     EXPECT_NE(result.out.find("default"), std::string::npos) << result.out;
 }
 
-TEST(Kvx, SaysWhatItPlaysInPlainLinesWhereThereIsNoTerminal)
+TEST_F(Kvx, PrintsPlainLinesWithoutATerminal)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(48000, 1, 48000 * 2), folder / "one.wav");
     support::writeSound(support::makeNoise(48000, 6, 24000), folder / "six.wav");
-    const auto result = runKvx({"play", "--fast", "one.wav", "six.wav"}, folder.path());
+    const auto result = run({"play", "--fast", "one.wav", "six.wav"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
     for (const char* part :
@@ -114,23 +99,21 @@ TEST(Kvx, SaysWhatItPlaysInPlainLinesWhereThereIsNoTerminal)
           "It plays the first 2 of its 6 channels."})
         EXPECT_NE(result.out.find(part), std::string::npos) << result.out;
     EXPECT_EQ(result.out.find('\r'), std::string::npos);
-    EXPECT_EQ(folder.count(), 2u) << "nothing is kept that nobody asked for";
+    EXPECT_EQ(folder.count(), 2u) << "no files besides the input";
 }
 
-TEST(Kvx, IsQuietWhenTold)
+TEST_F(Kvx, PrintsNothingWithQuiet)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 4410), folder / "a.wav");
-    const auto result = runKvx({"play", "--fast", "--quiet", "a.wav"}, folder.path());
+    const auto result = run({"play", "--fast", "--quiet", "a.wav"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out + result.err, "");
 }
 
-TEST(Kvx, KeepsSoundAndPictureOfTheSimulatedDevice)
+TEST_F(Kvx, KeepWritesSoundAndWaveform)
 {
-    support::TemporaryFolder folder;
-    ASSERT_EQ(runKvx({"tune", "tune.wav"}, folder.path()).exitCode, 0);
-    const auto result = runKvx({"play", "--fast", "--keep", "kept", "tune.wav"}, folder.path());
+    ASSERT_EQ(run({"tune", "tune.wav"}).exitCode, 0);
+    const auto result = run({"play", "--fast", "--keep", "kept", "tune.wav"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(result.out.find(folder / "kept.wav"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find(folder / "kept.png"), std::string::npos) << result.out;
@@ -140,31 +123,28 @@ TEST(Kvx, KeepsSoundAndPictureOfTheSimulatedDevice)
     EXPECT_EQ(folder.count(), 3u);
 }
 
-TEST(Kvx, PlaysWithEveryHostVersion)
+TEST_F(Kvx, PlaysWithEveryHostVersion)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 4410), folder / "a.wav");
     for (const char* version : {"2010.5", "2012.99", "2013.03", "2015.03", "2016.0"}) {
-        const auto result = runKvx({"play", "--fast", "--host-version", version, "a.wav"}, folder.path());
+        const auto result = run({"play", "--fast", "--host-version", version, "a.wav"});
         EXPECT_EQ(result.exitCode, 0) << version << ": " << result.err;
         EXPECT_EQ(result.err, "") << version;
     }
 }
 
-// Ended by a signal in the middle: the device stops, the capture holds what was heard, and is a whole file.
-TEST(Kvx, StopsCleanlyOnASignal)
+TEST_F(Kvx, SignalStopsPlaybackAndFinishesTheCapture)
 {
     const struct {
         int signal, exitCode;
         std::vector<std::string> more;
     } facts[] = {{SIGINT, 130, {}}, {SIGTERM, 143, {}}, {SIGHUP, 129, {}}};
     for (const auto& fact : facts) {
-        support::TemporaryFolder folder;
         const auto sound = support::makeNoise(44100, 2, 44100 * 60);
         support::writeSound(sound, folder / "long.wav");
         support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
-        // A second of sound in the file that grows: more than the silence at the beginning.
-        while (child.isRunning() && largestUnfinished(folder) < 44100 * 2 * sizeof(float))
+        // Wait for one second of captured sound, which is longer than the silence at the start.
+        while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         child.send(fact.signal);
         const auto result = child.wait();
@@ -177,23 +157,22 @@ TEST(Kvx, StopsCleanlyOnASignal)
         auto last = captured.samples.end();
         while (last != captured.samples.begin() + first && *(last - 1) == 0.0f) --last;
         EXPECT_LT(captured.frames(), sound.frames());
-        EXPECT_GT(last - captured.samples.begin(), first) << "something was heard";
+        EXPECT_GT(last - captured.samples.begin(), first) << "the capture has sound";
         EXPECT_TRUE(std::equal(captured.samples.begin() + first, last, sound.samples.begin()));
         EXPECT_EQ(folder.count(), 2u);
     }
 }
 
-// As nohup starts it: the terminal closes, and the sound goes on.
-TEST(Kvx, PlaysOnAfterAnIgnoredHangup)
+// nohup starts a program with hangups ignored.
+TEST_F(Kvx, ContinuesAfterAnIgnoredHangup)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
     support::Child child(
         {"sh", "-c",
          "trap '' HUP; exec " + std::string(kvxPath) + " play --device simulated --capture out.wav long.wav"},
         {}, folder.path());
     const auto waitForSeconds = [&](unsigned seconds) {
-        while (child.isRunning() && largestUnfinished(folder) < 44100 * 2 * sizeof(float) * seconds)
+        while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float) * seconds)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
     };
     waitForSeconds(1);
@@ -203,10 +182,9 @@ TEST(Kvx, PlaysOnAfterAnIgnoredHangup)
     EXPECT_EQ(child.wait().exitCode, 143);
 }
 
-// Ended as soon as there is anything to clear away: a capture without sound is none.
-TEST(Kvx, LeavesNothingHalfMadeWhenStoppedEarly)
+// The signal arrives as soon as the unfinished capture exists.
+TEST_F(Kvx, EarlySignalLeavesNoUnfinishedCapture)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
     support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
     std::size_t most = 0;
@@ -218,50 +196,32 @@ TEST(Kvx, LeavesNothingHalfMadeWhenStoppedEarly)
     EXPECT_EQ(result.err, "");
 }
 
-TEST(Kvx, WritesACaptureAsideUnderOneName)
+TEST_F(Kvx, WritesACaptureToOneTemporaryFile)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
     support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
-    while (child.isRunning() && largestUnfinished(folder) == 0)
+    while (child.isRunning() && unfinishedBytes() == 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_EQ(folder.count(), 2u);
     child.send(SIGTERM);
     child.wait();
 }
 
-// A terminal writes "^C" where the line is shown; what follows begins on the next one.
-TEST(Kvx, SaysThatItStoppedBelowTheCtrlC)
+// The terminal prints "^C" after the progress line; the final message starts on the next line.
+TEST_F(Kvx, PrintsStoppedOnTheLineAfterCtrlC)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
-    const std::string file = folder / "long.wav";
-    int terminal = -1;
-    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        execl(kvxPath, kvxPath, "play", "--buffered", file.c_str(), nullptr);
-        _exit(127);
-    }
-    std::string shown;
-    bool isAsked = false;
-    char chunk[4096];
-    for (ssize_t got; (got = read(terminal, chunk, sizeof chunk)) > 0;) {
-        shown.append(chunk, std::size_t(got));
-        if (!isAsked && shown.find(" dB") != std::string::npos) isAsked = write(terminal, "\x03", 1) == 1;
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    close(terminal);
-    EXPECT_EQ(WEXITSTATUS(status), 130);
-    const auto at = shown.find("^C");
-    ASSERT_NE(at, std::string::npos) << shown;
-    EXPECT_NE(shown.find("\r\nStopped.", at), std::string::npos) << shown;
+    PtyChild child(kvxCommand({"play", "--buffered", folder / "long.wav"}));
+    ASSERT_TRUE(child.waitFor(" dB")) << child.shown();
+    child.type("\x03");
+    EXPECT_EQ(child.wait(), 130);
+    const auto at = child.shown().find("^C");
+    ASSERT_NE(at, std::string::npos) << child.shown();
+    EXPECT_NE(child.shown().find("\r\nStopped.", at), std::string::npos) << child.shown();
 }
 
-TEST(Kvx, FailsWhenWhatItSaysCannotBeWritten)
+TEST_F(Kvx, FailsWhenStandardOutputCannotBeWritten)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 44100), folder / "a.wav");
     for (const char* command : {"classes", "classes CoreAudioPlayerKVX", "devices", "tune out.wav",
                                 "play --fast a.wav", "--help"}) {
@@ -274,15 +234,14 @@ TEST(Kvx, FailsWhenWhatItSaysCannotBeWritten)
     }
 }
 
-TEST(Kvx, PrintsNamesWithoutTheirControlCharacters)
+TEST_F(Kvx, PrintsFileNamesWithoutControlCharacters)
 {
-    support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 4410), folder / "red\x1b[31m.wav");
-    const auto good = runKvx({"play", "--fast", "red\x1b[31m.wav"}, folder.path());
+    const auto good = run({"play", "--fast", "red\x1b[31m.wav"});
     EXPECT_EQ(good.exitCode, 0);
     EXPECT_EQ(good.out.find('\x1b'), std::string::npos);
     EXPECT_NE(good.out.find("[31m.wav"), std::string::npos) << good.out;
-    const auto bad = runKvx({"play", "no\nsuch\x1b.wav"}, folder.path());
+    const auto bad = run({"play", "no\nsuch\x1b.wav"});
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_EQ(bad.err.find('\x1b'), std::string::npos);
     EXPECT_EQ(lineCount(bad.err), 1u) << bad.err;

@@ -1,51 +1,30 @@
-// The command in a process that lacks something: threads, memory, standard streams, space, a load that ends.
-// One line on stderr names it, and nothing unfinished is left.
+// The command in a process without threads, memory, standard streams or disk space, or with a load that
+// hangs. A failure prints one line that names its cause, and leaves no unfinished file.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
-
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 namespace {
 
 using namespace endtoend;
 namespace fs = std::filesystem;
-using Words = std::vector<std::string>;
 using Environment = support::Child::Environment;
 
 void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
 
-struct KvxFaults : testing::Test {
-    support::TemporaryFolder folder;
+struct InjectedFailures : KvxTest {
+    InjectedFailures() { support::writeSound(support::makeNoise(44100, 2, 44100), folder / "good.wav"); }
 
-    KvxFaults() { support::writeSound(support::makeNoise(44100, 2, 44100), folder / "good.wav"); }
-
-    /// Runs the command from a shell, so that `prepare` can change what it inherits.
+    /// Run the command from a shell, after shell commands that change the environment of the process.
     support::ChildResult runPrepared(const std::string& prepare, const std::string& command)
     {
         return support::runChild({"sh", "-c", prepare + " exec " + kvxPath + " " + command}, {},
                                  folder.path());
-    }
-
-    std::string bytesOf(const std::string& name)
-    {
-        std::ifstream file(folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    bool hasUnfinishedCapture()
-    {
-        for (const auto& entry : fs::recursive_directory_iterator(folder.path()))
-            if (entry.path().extension() == ".part") return true;
-        return false;
     }
 
     void expectOneLine(const support::ChildResult& result)
@@ -63,16 +42,17 @@ Environment withFault(const char* name, const std::string& value)
 
 // ---- threads ----
 
-TEST_F(KvxFaults, EachRefusedThreadEndsTheCommandOrIsDoneWithout)
+TEST_F(InjectedFailures, EachMissingThreadFailsOrIsReplaced)
 {
-    if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "they need threads";
-    const Words commands[] = {{"play", "--fast", "--background", "--capture", "out.wav", "good.wav"},
-                              {"play", "--background", "good.wav"},
-                              {"render", "good.wav", "out.wav"},
-                              {"devices"},
-                              {"devices", "--json"},
-                              {"get", "0", "lnam"}};
-    for (const Words& command : commands) {
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer)
+        GTEST_SKIP() << "the sanitizers need threads";
+    const Arguments commands[] = {{"play", "--fast", "--background", "--capture", "out.wav", "good.wav"},
+                                  {"play", "--background", "good.wav"},
+                                  {"render", "good.wav", "out.wav"},
+                                  {"devices"},
+                                  {"devices", "--json"},
+                                  {"get", "0", "lnam"}};
+    for (const Arguments& command : commands) {
         bool isGood = false;
         for (int started = 0; !isGood && started < 20; ++started) {
             SCOPED_TRACE(testing::PrintToString(command) + " with " + std::to_string(started) + " threads");
@@ -91,15 +71,16 @@ TEST_F(KvxFaults, EachRefusedThreadEndsTheCommandOrIsDoneWithout)
     }
 }
 
-// One of them is the thread of the load in the background, which then happens on the main thread.
-TEST_F(KvxFaults, OneRefusedThreadLosesNoSound)
+// Without its background thread, a load runs on the main thread.
+TEST_F(InjectedFailures, OneMissingThreadLosesNoSound)
 {
-    if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "they need threads";
-    const Words play = {"play", "--fast", "--background", "good.wav", "--capture"};
-    Words plain = play, faulty = play;
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer)
+        GTEST_SKIP() << "the sanitizers need threads";
+    const Arguments play = {"play", "--fast", "--background", "good.wav", "--capture"};
+    Arguments plain = play, faulty = play;
     plain.push_back("plain.wav");
     faulty.push_back("out.wav");
-    ASSERT_EQ(runKvx(plain, folder.path()).exitCode, 0);
+    ASSERT_EQ(run(plain).exitCode, 0);
     int good = 0;
     for (int refused = 1; refused <= 8; ++refused) {
         SCOPED_TRACE("thread " + std::to_string(refused));
@@ -107,7 +88,7 @@ TEST_F(KvxFaults, OneRefusedThreadLosesNoSound)
             kvxCommand(faulty), withFault("KVX_FAULT_THREAD", std::to_string(refused)), folder.path());
         if (result.exitCode == 0) {
             ++good;
-            EXPECT_TRUE(bytesOf("out.wav") == bytesOf("plain.wav"));
+            EXPECT_TRUE(bytesOf(folder / "out.wav") == bytesOf(folder / "plain.wav"));
         } else {
             expectOneLine(result);
         }
@@ -119,9 +100,10 @@ TEST_F(KvxFaults, OneRefusedThreadLosesNoSound)
 
 // ---- memory ----
 
-TEST_F(KvxFaults, TooLittleMemoryIsSaidInWords)
+TEST_F(InjectedFailures, TooLittleMemoryPrintsAMessage)
 {
-    if (support::hasAddressSanitizer || support::hasThreadSanitizer) GTEST_SKIP() << "their malloc stays";
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer)
+        GTEST_SKIP() << "the sanitizers replace malloc";
     const auto result = support::runChild(kvxCommand({"tune", "out.wav"}),
                                           withFault("KVX_FAULT_BLOCK", "1000000"), folder.path());
     EXPECT_EQ(result.exitCode, 1);
@@ -131,7 +113,7 @@ TEST_F(KvxFaults, TooLittleMemoryIsSaidInWords)
 
 // ---- hardware ----
 
-TEST_F(KvxFaults, TheSimulatedDeviceLeavesTheHardwareAlone)
+TEST_F(InjectedFailures, SimulatedDeviceDoesNotOpenTheHardware)
 {
     auto environment = withFault("KVX_FAULT_HARDWARE", "1");
     for (const char* device : {"", "some other device"}) {
@@ -142,12 +124,12 @@ TEST_F(KvxFaults, TheSimulatedDeviceLeavesTheHardwareAlone)
         EXPECT_EQ(result.err, "");
     }
     const auto other = support::runChild(kvxCommand({"devices"}), environment);
-    EXPECT_EQ(other.exitCode, 99) << "the fault works";
+    EXPECT_EQ(other.exitCode, 99) << "opening the hardware must fail here";
 }
 
 // ---- standard streams ----
 
-TEST_F(KvxFaults, ClosedStandardStreamsAreNotReplacedByTheCapture)
+TEST_F(InjectedFailures, CaptureIsIntactWithClosedStandardStreams)
 {
     const std::string play = "play --fast --capture ";
     ASSERT_EQ(runPrepared("", play + "plain.wav good.wav").exitCode, 0);
@@ -155,14 +137,14 @@ TEST_F(KvxFaults, ClosedStandardStreamsAreNotReplacedByTheCapture)
         SCOPED_TRACE(closed);
         const auto result = runPrepared("", play + "out.wav good.wav " + closed);
         EXPECT_EQ(result.exitCode, 0) << result.err;
-        EXPECT_TRUE(bytesOf("out.wav") == bytesOf("plain.wav"));
+        EXPECT_TRUE(bytesOf(folder / "out.wav") == bytesOf(folder / "plain.wav"));
         fs::remove(folder / "out.wav");
     }
 }
 
 // ---- space ----
 
-TEST_F(KvxFaults, AFileBeyondTheLimitIsAnErrorAndLeavesNothing)
+TEST_F(InjectedFailures, FileSizeLimitFailsAndLeavesNoFile)
 {
     for (const char* command : {"play --fast --capture out.wav good.wav", "render good.wav out.wav",
                                 "tune out.wav", "soundstream --fast --capture out.wav good.wav"}) {
@@ -170,7 +152,8 @@ TEST_F(KvxFaults, AFileBeyondTheLimitIsAnErrorAndLeavesNothing)
         const auto result = runPrepared("ulimit -f 100;", command);
         expectOneLine(result);
         EXPECT_NE(result.err.find("out.wav"), std::string::npos) << result.err;
-        EXPECT_EQ(result.err.find("out.wav."), std::string::npos) << "the name is the user's: " << result.err;
+        EXPECT_EQ(result.err.find("out.wav."), std::string::npos)
+            << "the message names the temporary file: " << result.err;
         EXPECT_NE(result.err.find("File too large; write to a disk that takes larger files"),
                   std::string::npos)
             << result.err;
@@ -178,12 +161,12 @@ TEST_F(KvxFaults, AFileBeyondTheLimitIsAnErrorAndLeavesNothing)
     }
 }
 
-TEST_F(KvxFaults, ACaptureWhoseFolderVanishedIsToldSo)
+TEST_F(InjectedFailures, CaptureInARemovedFolderFailsWithAMessage)
 {
     fs::create_directory(folder / "captures");
     support::Child child(kvxCommand({"play", "--capture", "captures/out.wav", "good.wav"}), {},
                          folder.path());
-    while (child.isRunning() && !hasUnfinishedCapture()) pause();
+    while (child.isRunning() && !unfinishedBytes() > 0) pause();
     fs::remove_all(folder / "captures");
     const auto result = child.wait();
     expectOneLine(result);
@@ -191,25 +174,25 @@ TEST_F(KvxFaults, ACaptureWhoseFolderVanishedIsToldSo)
                           "see that its folder still exists\n");
 }
 
-// ---- loads that never end ----
+// ---- loads that hang ----
 
-struct KvxHungLoad : KvxFaults, testing::WithParamInterface<Words> {
-    static Words command()
+struct HangingLoad : InjectedFailures, testing::WithParamInterface<Arguments> {
+    static Arguments command()
     {
-        Words words = {"play", "--capture", "out.wav", "good.wav"};
+        Arguments words = {"play", "--capture", "out.wav", "good.wav"};
         words.insert(words.end(), GetParam().begin(), GetParam().end());
         return kvxCommand(words);
     }
     support::Child child{command(), withFault("KVX_FAULT_LOAD", "1"), folder.path()};
 
-    KvxHungLoad()
+    HangingLoad()
     {
         while (child.isRunning() && child.outSoFar().find("the load hangs") == std::string::npos) pause();
-        EXPECT_TRUE(hasUnfinishedCapture());
+        EXPECT_TRUE(unfinishedBytes() > 0);
     }
 };
 
-TEST_P(KvxHungLoad, EndsByTheFirstSignalAndLeavesNothing)
+TEST_P(HangingLoad, FirstTerminateSignalEndsItWithoutHangingOrFiles)
 {
     child.send(SIGTERM);
     const auto result = child.wait();
@@ -217,7 +200,7 @@ TEST_P(KvxHungLoad, EndsByTheFirstSignalAndLeavesNothing)
     EXPECT_EQ(folder.count(), 1u);
 }
 
-TEST_P(KvxHungLoad, EndsAtOnceByTheSecondSignalAndLeavesNothing)
+TEST_P(HangingLoad, SecondInterruptEndsItWithoutHangingOrFiles)
 {
     while (child.isRunning()) {
         child.send(SIGINT);
@@ -228,6 +211,6 @@ TEST_P(KvxHungLoad, EndsAtOnceByTheSecondSignalAndLeavesNothing)
     EXPECT_EQ(folder.count(), 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, KvxHungLoad, testing::Values(Words{}, Words{"--background"}));
+INSTANTIATE_TEST_SUITE_P(Each, HangingLoad, testing::Values(Arguments{}, Arguments{"--background"}));
 
 } // namespace

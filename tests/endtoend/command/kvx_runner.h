@@ -1,32 +1,68 @@
-// The command, as a user calls it.
+// The program kvx, run as a child process.
 #pragma once
 
 #include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 namespace endtoend {
 
+using Arguments = std::vector<std::string>;
+
 inline const char* const kvxPath = KVX_BINARY_DIR "/kvx";
 
-inline std::vector<std::string> kvxCommand(std::vector<std::string> arguments)
+inline Arguments joined(Arguments arguments, const Arguments& more)
 {
-    arguments.insert(arguments.begin(), kvxPath);
+    arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
 }
 
-inline support::ChildResult runKvx(const std::vector<std::string>& arguments, const std::string& folder = "")
+/// The path of kvx, followed by its arguments.
+inline Arguments kvxCommand(const Arguments& arguments) { return joined({kvxPath}, arguments); }
+
+inline support::ChildResult runKvx(const Arguments& arguments, const std::string& folder = "")
 {
     return support::runChild(kvxCommand(arguments), {}, folder);
 }
 
-/// Lines of a text, the last one ended or not.
+/// The lines of a text. The last line may lack its newline.
 inline std::size_t lineCount(const std::string& text)
 {
-    std::size_t count = !text.empty() && text.back() != '\n';
-    for (char c : text) count += c == '\n';
-    return count;
+    const auto ended = std::size_t(std::count(text.begin(), text.end(), '\n'));
+    return ended + (!text.empty() && text.back() != '\n');
 }
+
+inline std::string bytesOf(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// Tests that run kvx in their own folder.
+struct KvxTest : testing::Test {
+    support::TemporaryFolder folder;
+
+    support::ChildResult run(const Arguments& arguments) const { return runKvx(arguments, folder.path()); }
+
+    /// The size of the largest unfinished output file, which kvx renames when the file is complete; 0 for
+    /// none.
+    std::uintmax_t unfinishedBytes() const
+    {
+        std::uintmax_t largest = 0;
+        std::error_code renamed;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path()))
+            if (entry.path().extension() == ".part")
+                if (const auto size = entry.file_size(renamed); !renamed) largest = std::max(largest, size);
+        return largest;
+    }
+};
 
 } // namespace endtoend

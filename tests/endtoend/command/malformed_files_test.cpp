@@ -1,9 +1,7 @@
-// Files that state absurd numbers: one line that all commands share, and nothing is written past any memory.
+// Files with absurd headers: every command refuses them with the same message, and overruns no memory.
 #include "tests/endtoend/command/kvx_runner.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <fstream>
@@ -12,20 +10,15 @@ namespace {
 
 using namespace endtoend;
 
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool isSanitized = true;
-#else
-constexpr bool isSanitized = false;
-#endif
+using MalformedFiles = KvxTest;
 
-const std::vector<std::string> commands[] = {
+const Arguments commands[] = {
     {"play", "--fast", "a.wav"},    {"play", "--fast", "--buffered", "a.wav"}, {"play", "--info", "a.wav"},
     {"render", "a.wav", "out.wav"}, {"soundstream", "--fast", "a.wav"},
 };
 
-TEST(HostileFiles, WithAnAbsurdRateAreRefusedInOneLineByAllCommands)
+TEST_F(MalformedFiles, WithAnAbsurdRateAreRefusedByEveryCommand)
 {
-    support::TemporaryFolder folder;
     const struct {
         std::uint32_t rate, channels;
     } facts[] = {{1, 1}, {800000, 2}, {(1u << 28) + 64, 2}, {178956971, 3}, {0x7FFFFFFF, 1024}};
@@ -34,7 +27,7 @@ TEST(HostileFiles, WithAnAbsurdRateAreRefusedInOneLineByAllCommands)
             << support::waveBytes(fact.rate, fact.channels, 5000);
         for (const auto& command : commands) {
             SCOPED_TRACE(testing::PrintToString(command) + " " + std::to_string(fact.rate) + " Hz");
-            const auto result = runKvx(command, folder.path());
+            const auto result = run(command);
             EXPECT_EQ(result.exitCode, 1);
             EXPECT_EQ(result.err,
                       "kvx: " + command.front() +
@@ -45,30 +38,29 @@ TEST(HostileFiles, WithAnAbsurdRateAreRefusedInOneLineByAllCommands)
     }
 }
 
-TEST(HostileFiles, AtTheEdgesOfWhatIsPlayedPlay)
+TEST_F(MalformedFiles, AtTheLimitsOfRateAndChannelsPlay)
 {
-    support::TemporaryFolder folder;
     const struct {
         std::uint32_t rate, channels;
     } facts[] = {{1000, 1}, {768000, 2}, {44100, 64}, {44100, 1024}};
     for (const auto& fact : facts)
         for (const auto& command : commands) {
-            if (command.front() == "soundstream" && fact.rate != 44100) continue; // which plays no other
+            if (command.front() == "soundstream" && fact.rate != 44100)
+                continue; // the only rate that soundstream plays
             SCOPED_TRACE(testing::PrintToString(command) + " " + std::to_string(fact.rate) + " Hz, " +
                          std::to_string(fact.channels) + " channels");
             std::ofstream(folder / "a.wav", std::ios::binary)
                 << support::waveBytes(fact.rate, fact.channels, 20);
-            const auto result = runKvx(command, folder.path());
+            const auto result = run(command);
             EXPECT_EQ(result.exitCode, 0) << result.err;
             EXPECT_EQ(result.err, "");
         }
 }
 
-// What the buffered player needs does not grow with the channels of a file.
-TEST(HostileFiles, OfManyChannelsNeedLittleMemory)
+TEST_F(MalformedFiles, WithManyChannelsPlayInLittleMemory)
 {
-    if (isSanitized) GTEST_SKIP() << "a sanitizer reserves more address space than the limit";
-    support::TemporaryFolder folder;
+    if (support::hasAddressSanitizer || support::hasThreadSanitizer)
+        GTEST_SKIP() << "a sanitizer reserves more address space than the limit";
     std::ofstream(folder / "a.wav", std::ios::binary) << support::waveBytes(44100, 1024, 20);
     const auto result = support::runChild(
         {"sh", "-c",
@@ -78,13 +70,12 @@ TEST(HostileFiles, OfManyChannelsNeedLittleMemory)
     EXPECT_EQ(result.err, "");
 }
 
-TEST(HostileFiles, WithGarbageOfNoSoundAreRefusedInWords)
+TEST_F(MalformedFiles, WithoutSoundAreRefusedByEveryCommand)
 {
-    support::TemporaryFolder folder;
     std::ofstream(folder / "a.wav", std::ios::binary) << std::string(30000, 'x');
     for (const auto& command : commands) {
         SCOPED_TRACE(testing::PrintToString(command));
-        const auto result = runKvx(command, folder.path());
+        const auto result = run(command);
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.err,
                   "kvx: " + command.front() +

@@ -1,11 +1,9 @@
-// A file through `kvx play --buffered`, captured, against the file: bit for bit at the device's own rate, and
-// bit for bit what the reference computes at others.
+// `kvx play --buffered`: the captured sound equals the file at the device rate, and the reference player at
+// others.
+#include "tests/endtoend/command/captured_sound.h"
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/reference_output.h"
-#include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
@@ -16,22 +14,17 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-// `kvx play --buffered` queues blocks of four seconds, and the simulated device has slices of 512 frames.
+// kvx queues blocks of four seconds, and the simulated device has slices of 512 frames.
 constexpr int blockSeconds = 4;
 constexpr std::size_t sliceFrames = 512;
 
-struct Capture : testing::Test {
-    support::TemporaryFolder folder;
-
-    Sound play(const std::vector<std::string>& files, int deviceRate,
-               std::vector<std::string> more = {"--fast"})
+struct PlayBuffered : KvxTest {
+    Sound play(const Arguments& files, int deviceRate, const Arguments& more = {"--fast"})
     {
-        std::vector<std::string> arguments = {"play",      "--buffered",          "--device",
-                                              "simulated", "--device-rate",       std::to_string(deviceRate),
-                                              "--capture", folder / "capture.wav"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        arguments.insert(arguments.end(), files.begin(), files.end());
-        const auto result = runKvx(arguments);
+        const Arguments options = {"play",      "--buffered",          "--device",
+                                   "simulated", "--device-rate",       std::to_string(deviceRate),
+                                   "--capture", folder / "capture.wav"};
+        const auto result = runKvx(joined(joined(options, more), files));
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
         return support::readSound(folder / "capture.wav");
@@ -44,7 +37,7 @@ struct Capture : testing::Test {
     }
 };
 
-/// The sound as a device of two channels plays it: mono on both.
+/// The samples of a stereo device that plays the sound: mono plays on both channels.
 std::vector<float> onTwoChannels(const Sound& sound)
 {
     if (sound.channels == 2) return sound.samples;
@@ -53,22 +46,7 @@ std::vector<float> onTwoChannels(const Sound& sound)
     return both;
 }
 
-/// What is captured: silence, then exactly `expected`, then silence.
-void expectExactly(const Sound& captured, const std::vector<float>& expected)
-{
-    ASSERT_EQ(captured.channels, 2);
-    const std::size_t first = support::leadingSilence(captured) * 2;
-    ASSERT_LE(first + expected.size(), captured.samples.size());
-    for (std::size_t i = 0; i < expected.size(); ++i)
-        if (!(captured.samples[first + i] == expected[i])) {
-            FAIL() << "sample " << i << " of " << expected.size() << " is " << captured.samples[first + i]
-                   << ", not " << expected[i];
-        }
-    for (std::size_t i = first + expected.size(); i < captured.samples.size(); ++i)
-        ASSERT_EQ(captured.samples[i], 0.0f) << "after the end";
-}
-
-TEST_F(Capture, AtTheDevicesRateEqualsTheFile)
+TEST_F(PlayBuffered, AtTheDeviceRateEqualsTheFile)
 {
     const struct {
         int channels;
@@ -80,25 +58,25 @@ TEST_F(Capture, AtTheDevicesRateEqualsTheFile)
         {1, 512, "one slice"},
         {1, 44100 * 4, "one block"},
         {2, 44100 * 4 + 1, "one block and a frame"},
-        {1, 44100 * 30 + 17, "several blocks, queued while it plays"},
-        {2, 44100 * 30 + 17, "several blocks, queued while it plays"},
+        {1, 44100 * 30 + 17, "several blocks, queued during playback"},
+        {2, 44100 * 30 + 17, "several blocks, queued during playback"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         const Sound sound = support::makeNoise(44100, fact.channels, fact.frames);
-        expectExactly(play({write(sound)}, 44100), onTwoChannels(sound));
+        expectAfterSilence(play({write(sound)}, 44100), onTwoChannels(sound));
     }
 }
 
-TEST_F(Capture, InRealTimeEqualsTheFileAsWell)
+TEST_F(PlayBuffered, InRealTimeEqualsTheFile)
 {
     for (int channels : {1, 2}) {
         const Sound sound = support::makeNoise(44100, channels, 44100 * 5);
-        expectExactly(play({write(sound)}, 44100, {}), onTwoChannels(sound));
+        expectAfterSilence(play({write(sound)}, 44100, {}), onTwoChannels(sound));
     }
 }
 
-TEST_F(Capture, AtOtherRatesEqualsTheReference)
+TEST_F(PlayBuffered, AtOtherRatesEqualsTheReferencePlayer)
 {
     const struct {
         int fileRate, deviceRate;
@@ -118,14 +96,14 @@ TEST_F(Capture, AtOtherRatesEqualsTheReference)
             const Sound captured = play({write(sound)}, fact.deviceRate);
             EXPECT_EQ(captured.sampleRate, fact.deviceRate);
 
-            std::vector<float> expected = reference.playToTheEnd(sliceFrames, 2);
+            std::vector<float> expected = reference.playToEnd(sliceFrames, 2);
             while (!expected.empty() && expected.back() == 0.0f) expected.pop_back();
             if (expected.size() % 2) expected.push_back(0.0f);
-            expectExactly(captured, expected);
+            expectAfterSilence(captured, expected);
         }
 }
 
-TEST_F(Capture, OfEveryFormatEqualsWhatTheDecoderGives)
+TEST_F(PlayBuffered, OfEveryFormatEqualsTheDecodedSamples)
 {
     const struct {
         const char* name;
@@ -141,32 +119,32 @@ TEST_F(Capture, OfEveryFormatEqualsWhatTheDecoderGives)
         support::writeSound(support::makeSweep(44100, 2, 44100), folder / fact.name, fact.format);
         const Sound decoded = support::readSound(folder / fact.name);
         const std::size_t silence = support::leadingSilence(decoded) * 2;
-        Sound heard = decoded;
-        heard.samples.erase(heard.samples.begin(), heard.samples.begin() + std::ptrdiff_t(silence));
-        expectExactly(play({folder / fact.name}, 44100), heard.samples);
+        Sound expected = decoded;
+        expected.samples.erase(expected.samples.begin(), expected.samples.begin() + std::ptrdiff_t(silence));
+        expectAfterSilence(play({folder / fact.name}, 44100), expected.samples);
     }
 }
 
-TEST_F(Capture, OfMoreChannelsHasTheFirstTwo)
+TEST_F(PlayBuffered, OfMoreChannelsPlaysTheFirstTwo)
 {
     const Sound six = support::makeNoise(44100, 6, 44100);
     std::vector<float> firstTwo;
     for (std::size_t frame = 0; frame < six.frames(); ++frame)
         firstTwo.insert(firstTwo.end(), {six.samples[frame * 6], six.samples[frame * 6 + 1]});
-    expectExactly(play({write(six)}, 44100), firstTwo);
+    expectAfterSilence(play({write(six)}, 44100), firstTwo);
 }
 
-TEST_F(Capture, OfFilesOfOneFormatHasNoGapBetweenThem)
+TEST_F(PlayBuffered, OfFilesOfOneFormatHasNoGaps)
 {
     const Sound one = support::makeNoise(44100, 2, 30001, 1), two = support::makeNoise(44100, 2, 200003, 2),
                 three = support::makeNoise(44100, 2, 7, 3);
     std::vector<float> all = one.samples;
     all.insert(all.end(), two.samples.begin(), two.samples.end());
     all.insert(all.end(), three.samples.begin(), three.samples.end());
-    expectExactly(play({write(one, "1.wav"), write(two, "2.wav"), write(three, "3.wav")}, 44100), all);
+    expectAfterSilence(play({write(one, "1.wav"), write(two, "2.wav"), write(three, "3.wav")}, 44100), all);
 }
 
-TEST_F(Capture, OfFilesOfSeveralFormatsHasOneAfterTheOther)
+TEST_F(PlayBuffered, OfFilesOfSeveralFormatsPlaysThemInOrder)
 {
     const Sound mono = support::makeNoise(44100, 1, 3000, 1), stereo = support::makeNoise(44100, 2, 2000, 2);
     const Sound captured = play({write(mono, "1.wav"), write(stereo, "2.wav")}, 44100);
@@ -179,15 +157,15 @@ TEST_F(Capture, OfFilesOfSeveralFormatsHasOneAfterTheOther)
               captured.samples.end());
 }
 
-TEST_F(Capture, IsSofterByTheGain)
+TEST_F(PlayBuffered, AppliesTheGain)
 {
     const Sound sound = support::makeNoise(44100, 2, 5000);
     const Sound captured = play({write(sound)}, 44100, {"--fast", "--gain", "-6"});
     const float factor = float(std::pow(10.0, -6 / 20.0));
     std::vector<float> expected;
     for (float sample : sound.samples) expected.push_back(sample * factor);
-    expectExactly(captured, expected);
-    expectExactly(play({write(sound)}, 44100, {"--fast", "--gain", "0"}), sound.samples);
+    expectAfterSilence(captured, expected);
+    expectAfterSilence(play({write(sound)}, 44100, {"--fast", "--gain", "0"}), sound.samples);
 }
 
 } // namespace

@@ -1,10 +1,8 @@
-// `kvx play` through the file player: what is heard, what is said, and keys at a terminal.
+// `kvx play` through the file player: captured sound, messages, and keys at a terminal.
+#include "tests/endtoend/command/captured_sound.h"
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/command/pty_child.h"
-#include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
@@ -19,25 +17,19 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-struct FilePlayer : testing::Test {
-    support::TemporaryFolder folder;
-
+struct Play : KvxTest {
     std::string write(const Sound& sound, const std::string& name = "in.wav")
     {
         support::writeSound(sound, folder / name);
         return folder / name;
     }
-    /// Long enough for any test: none waits for its end.
+    /// Two minutes of noise. No test plays the file to its end.
     std::string writeLong() { return write(support::makeNoise(44100, 2, 44100 * 120)); }
 
-    support::ChildResult play(const std::vector<std::string>& more)
-    {
-        std::vector<std::string> arguments = {"play"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return runKvx(arguments, folder.path());
-    }
+    support::ChildResult play(const Arguments& more) { return run(joined({"play"}, more)); }
 };
 
+/// The samples of a device with `channels` channels that plays the sound: a mono sound plays on all of them.
 std::vector<float> inChannels(const Sound& sound, int channels)
 {
     std::vector<float> samples;
@@ -48,7 +40,7 @@ std::vector<float> inChannels(const Sound& sound, int channels)
     return samples;
 }
 
-/// A whole sound file, with more frames than the library loads. Sparse: it needs no space on the disk.
+/// A valid sound file with more frames than the library loads. The file is sparse, so it needs no disk space.
 void writeTooLong(const std::string& path)
 {
     constexpr std::uint32_t header = 44, frames = 1500u << 20;
@@ -64,44 +56,32 @@ void writeTooLong(const std::string& path)
     std::filesystem::resize_file(path, std::uintmax_t{frames} + header);
 }
 
-/// What was captured is `expected` from the first frame on, and silence behind it.
-void expectHeard(const Sound& captured, const std::vector<float>& expected)
-{
-    ASSERT_LE(expected.size(), captured.samples.size());
-    const auto [at, other] = std::mismatch(expected.begin(), expected.end(), captured.samples.begin());
-    EXPECT_TRUE(at == expected.end())
-        << "sample " << at - expected.begin() << " is " << *other << ", not " << *at;
-    for (std::size_t i = expected.size(); i < captured.samples.size(); ++i)
-        ASSERT_EQ(captured.samples[i], 0.0f) << "after the end";
-}
-
-TEST_F(FilePlayer, IsHeardBitForBitAtTheDevicesRate)
+TEST_F(Play, AtTheDeviceRateEqualsTheFile)
 {
     const struct {
         int channels;
         std::size_t frames;
-        std::vector<std::string> more;
+        Arguments more;
         const char* why;
     } facts[] = {
-        {2, 44100 * 2 + 17, {"--fast"}, "as it is"},
-        {1, 44100 + 1, {"--fast"}, "mono on both sides"},
+        {2, 44100 * 2 + 17, {"--fast"}, "stereo"},
+        {1, 44100 + 1, {"--fast"}, "mono on both channels"},
         {2, 1, {"--fast"}, "one frame"},
-        {2, 44100, {"--fast", "--background"}, "loaded in a thread"},
+        {2, 44100, {"--fast", "--background"}, "loaded in the background"},
         {2, 44100, {}, "in real time"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.why);
         const Sound sound = support::makeNoise(44100, fact.channels, fact.frames);
-        std::vector<std::string> arguments = {write(sound), "--device", "simulated", "--capture", "out.wav"};
-        arguments.insert(arguments.end(), fact.more.begin(), fact.more.end());
-        const auto result = play(arguments);
+        const Arguments arguments = {write(sound), "--device", "simulated", "--capture", "out.wav"};
+        const auto result = play(joined(arguments, fact.more));
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
-        expectHeard(support::readSound(folder / "out.wav"), inChannels(sound, 2));
+        expectStartsWith(support::readSound(folder / "out.wav").samples, inChannels(sound, 2));
     }
 }
 
-TEST_F(FilePlayer, PlaysSeveralFilesOneAfterTheOther)
+TEST_F(Play, PlaysSeveralFilesInOrder)
 {
     write(support::makeNoise(44100, 2, 4410), "1.wav");
     write(support::makeNoise(22050, 1, 2205), "2.wav");
@@ -113,8 +93,8 @@ TEST_F(FilePlayer, PlaysSeveralFilesOneAfterTheOther)
         << result.out;
 }
 
-// Each with frames that fill no slice, the one in the middle shorter than a slice.
-TEST_F(FilePlayer, PlaysSeveralFilesWithoutGaps)
+// No file ends at the end of a slice, and the second file is shorter than a slice.
+TEST_F(Play, PlaysSeveralFilesWithoutGaps)
 {
     const Sound sounds[] = {support::makeNoise(44100, 2, 20011, 1), support::makeNoise(44100, 2, 101, 2),
                             support::makeNoise(44100, 2, 9973, 3)};
@@ -124,21 +104,18 @@ TEST_F(FilePlayer, PlaysSeveralFilesWithoutGaps)
     write(sounds[0], "1.wav");
     write(sounds[1], "2.wav");
     write(sounds[2], "3.wav");
-    for (const std::vector<std::string>& more :
-         {std::vector<std::string>{}, {"--background"}, {"--host-version", "2010.5"}}) {
+    for (const Arguments& more : {Arguments{}, {"--background"}, {"--host-version", "2010.5"}}) {
         SCOPED_TRACE(testing::PrintToString(more));
-        std::vector<std::string> arguments = {"--fast", "--device", "simulated", "1.wav",
-                                              "2.wav",  "3.wav",    "--capture", "out.wav"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        const auto result = play(arguments);
+        const Arguments arguments = {"--fast", "--device", "simulated", "1.wav",
+                                     "2.wav",  "3.wav",    "--capture", "out.wav"};
+        const auto result = play(joined(arguments, more));
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
-        expectHeard(support::readSound(folder / "out.wav"), expected);
+        expectStartsWith(support::readSound(folder / "out.wav").samples, expected);
     }
 }
 
-// Between two files that change speed nothing is silent for longer than a slice.
-TEST_F(FilePlayer, PlaysSeveralFilesWithoutGapsAtAnotherRate)
+TEST_F(Play, PlaysSeveralFilesAtAnotherRateWithGapsOfAtMostASlice)
 {
     write(support::makeNoise(44100, 2, 30011, 1), "1.wav");
     write(support::makeNoise(44100, 2, 20011, 2), "2.wav");
@@ -148,19 +125,19 @@ TEST_F(FilePlayer, PlaysSeveralFilesWithoutGapsAtAnotherRate)
                         "--capture", "out.wav"})
                       .exitCode,
                   0);
-        const Sound heard = support::readSound(folder / "out.wav");
+        const Sound captured = support::readSound(folder / "out.wav");
         const auto both = std::size_t((30011 + 20011) / 1.25);
-        ASSERT_GE(heard.frames(), both);
+        ASSERT_GE(captured.frames(), both);
         std::size_t silent = 0, longest = 0;
-        for (std::size_t frame = support::leadingSilence(heard); frame < both; ++frame) {
-            silent = std::fabs(heard.samples[frame * 2]) < 1e-3f ? silent + 1 : 0;
+        for (std::size_t frame = support::leadingSilence(captured); frame < both; ++frame) {
+            silent = std::fabs(captured.samples[frame * 2]) < 1e-3f ? silent + 1 : 0;
             longest = std::max(longest, silent);
         }
         EXPECT_LE(longest, 512u);
     }
 }
 
-TEST_F(FilePlayer, ReportsAFileThatCannotBeLoadedAfterThePreviousOne)
+TEST_F(Play, PlaysTheFilesBeforeAFileThatFailsToLoad)
 {
     const Sound sound = support::makeNoise(44100, 2, 44100 + 17);
     write(sound, "1.wav");
@@ -171,10 +148,10 @@ TEST_F(FilePlayer, ReportsAFileThatCannotBeLoadedAfterThePreviousOne)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.err.find("long.wav is too long for the memory; "), std::string::npos) << result.err;
     EXPECT_EQ(lineCount(result.err), 1u) << result.err;
-    expectHeard(support::readSound(folder / "out.wav"), sound.samples);
+    expectStartsWith(support::readSound(folder / "out.wav").samples, sound.samples);
 }
 
-TEST_F(FilePlayer, ShowsTheFormatsAsTheClassGivesThem)
+TEST_F(Play, InfoPrintsTheFormatsOfTheClass)
 {
     write(support::makeNoise(48000, 6, 48000 * 3 / 2), "six.wav");
     const auto result = play({"--info", "six.wav"});
@@ -189,7 +166,7 @@ TEST_F(FilePlayer, ShowsTheFormatsAsTheClassGivesThem)
                           "deinterleaved\n");
 }
 
-TEST_F(FilePlayer, ShowsTheFilesOwnChannelsWhereFewerPlay)
+TEST_F(Play, InfoPrintsTheChannelsThatDoNotPlay)
 {
     const struct {
         int channels;
@@ -204,44 +181,41 @@ TEST_F(FilePlayer, ShowsTheFilesOwnChannelsWhereFewerPlay)
     }
 }
 
-TEST_F(FilePlayer, FindsANameInTheOtherNormalForm)
+TEST_F(Play, FindsFileNamesInTheOtherNormalForm)
 {
     const std::string composed = "\xc3\xa9.wav", decomposed = "e\xcc\x81.wav";
     for (const auto& [onDisk, asked] : {std::pair(composed, decomposed), std::pair(decomposed, composed)}) {
         SCOPED_TRACE(onDisk);
         write(support::makeNoise(44100, 2, 441), onDisk);
-        for (const std::vector<std::string>& more :
-             {std::vector<std::string>{"--fast"}, {"--fast", "--buffered"}, {"--info"}}) {
-            std::vector<std::string> arguments = {asked};
-            arguments.insert(arguments.end(), more.begin(), more.end());
-            const auto result = play(arguments);
+        for (const Arguments& more : {Arguments{"--fast"}, {"--fast", "--buffered"}, {"--info"}}) {
+            const auto result = play(joined({asked}, more));
             EXPECT_EQ(result.exitCode, 0) << result.err;
             EXPECT_NE(result.out.find(onDisk), std::string::npos) << result.out;
         }
         const auto result = play({"--fast", asked, "--capture", onDisk});
-        EXPECT_EQ(result.exitCode, 1) << "the same file";
+        EXPECT_EQ(result.exitCode, 1) << "input and capture are one file";
         std::filesystem::remove(folder / onDisk);
     }
 }
 
-TEST_F(FilePlayer, SaysWhyThereAreNoKeys)
+TEST_F(Play, PrintsWhyKeysDoNotWork)
 {
     write(support::makeNoise(44100, 2, 441));
     const auto result = play({"in.wav"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(result.out.find("No keys: the standard "), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("put is not a terminal. Ctrl-C ends.\n"), std::string::npos) << result.out;
-    EXPECT_EQ(result.out.find('\x1b'), std::string::npos) << "nor a line that is written over";
+    EXPECT_EQ(result.out.find('\x1b'), std::string::npos) << "no progress line";
     EXPECT_EQ(play({"--quiet", "in.wav"}).out, "");
-    EXPECT_EQ(play({"--fast", "in.wav"}).out.find("No keys"), std::string::npos) << "nobody could use them";
+    EXPECT_EQ(play({"--fast", "in.wav"}).out.find("No keys"), std::string::npos) << "no time for keys";
 }
 
-TEST_F(FilePlayer, KeepsTheOptionsOfBothWaysApart)
+TEST_F(Play, RefusesOptionsOfTheOtherPlayMethodAndOutOfRange)
 {
     write(support::makeNoise(44100, 2, 441));
     const struct {
-        std::vector<std::string> arguments;
-        const char* says;
+        Arguments arguments;
+        const char* message;
     } facts[] = {
         {{"in.wav", "--gain", "-6"}, "--buffered"},
         {{"in.wav", "--buffered", "--rate", "2"}, "--buffered"},
@@ -255,14 +229,14 @@ TEST_F(FilePlayer, KeepsTheOptionsOfBothWaysApart)
         const auto result = play(fact.arguments);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find(fact.says), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(fact.message), std::string::npos) << result.err;
     }
     EXPECT_EQ(play({"in.wav", "--fast", "--start", "1"}).exitCode, 1);
 }
 
 // ---- at a terminal ----
 
-TEST_F(FilePlayer, KeepsVolumeRateAndPitchOfKeysInTheNextFile)
+TEST_F(Play, KeysChangeVolumeRateAndPitchOfTheNextFilesToo)
 {
     write(support::makeNoise(44100, 2, 44100 * 4), "1.wav");
     PtyChild child(kvxCommand({"play", "--device", "simulated", folder / "1.wav", writeLong()}));
@@ -276,7 +250,7 @@ TEST_F(FilePlayer, KeepsVolumeRateAndPitchOfKeysInTheNextFile)
     EXPECT_EQ(child.wait(), 0) << child.shown();
 }
 
-TEST_F(FilePlayer, ObeysKeys)
+TEST_F(Play, KeysControlPlayback)
 {
     PtyChild child(kvxCommand({"play", "--start", "60", writeLong()}));
     ASSERT_TRUE(child.waitFor("Keys: space pause")) << child.shown();
@@ -294,9 +268,9 @@ TEST_F(FilePlayer, ObeysKeys)
         {"\x1b[B\x1b[B", "volume 90 %"},
         {"[", "loop 1:00."},
         {"\x1b[C", "  1:05."},
-        {"]", " off"}, // both points, and no loop yet
+        {"]", " off"}, // both points are set, but the loop is off
         {"l", "loop 1:00"},
-        {" ", "  1:00."}, // back to the begin, as soon as sound goes on
+        {" ", "  1:00."}, // the position jumps to the start of the loop when playback continues
     };
     for (const auto& fact : facts) {
         child.type(fact.keys);
@@ -308,7 +282,7 @@ TEST_F(FilePlayer, ObeysKeys)
     EXPECT_TRUE(child.isLineByLine());
 }
 
-TEST_F(FilePlayer, SeeksByFiveSeconds)
+TEST_F(Play, ArrowKeysSeekByFiveSeconds)
 {
     PtyChild child(kvxCommand({"play", "--start", "60", writeLong()}));
     ASSERT_TRUE(child.waitFor("  1:00."));
@@ -319,14 +293,14 @@ TEST_F(FilePlayer, SeeksByFiveSeconds)
     child.type("\x1b[C\x1b[C\x1b[C");
     EXPECT_TRUE(child.waitFor("  1:0")) << child.shown();
     for (int i = 0; i < 20; ++i) child.type("\x1b[D");
-    EXPECT_TRUE(child.waitFor("  0:00.0 / 2:00.0")) << "no further than the begin";
+    EXPECT_TRUE(child.waitFor("  0:00.0 / 2:00.0")) << "limited to the start";
     for (int i = 0; i < 30; ++i) child.type("\x1b[C");
-    EXPECT_TRUE(child.waitFor("  2:00.0 / 2:00.0")) << "nor than the end";
+    EXPECT_TRUE(child.waitFor("  2:00.0 / 2:00.0")) << "limited to the end";
     child.type(" ");
-    EXPECT_EQ(child.wait(), 0) << "which ends it, once it goes on";
+    EXPECT_EQ(child.wait(), 0) << "playback continues at the end, and ends";
 }
 
-TEST_F(FilePlayer, NeverFillsMoreThanOneLine)
+TEST_F(Play, ProgressFitsOneLine)
 {
     PtyChild child(kvxCommand({"play", writeLong()}), 60);
     const auto checkLines = [&](std::size_t from, std::size_t columns) {
@@ -351,7 +325,7 @@ TEST_F(FilePlayer, NeverFillsMoreThanOneLine)
     EXPECT_EQ(child.wait(), 0);
 }
 
-TEST_F(FilePlayer, GivesTheTerminalBackOnEverySignal)
+TEST_F(Play, RestoresTheTerminalOnEverySignal)
 {
     const std::string file = writeLong();
     for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -369,7 +343,7 @@ TEST_F(FilePlayer, GivesTheTerminalBackOnEverySignal)
     }
 }
 
-TEST_F(FilePlayer, GivesTheTerminalBackWhenItFails)
+TEST_F(Play, RestoresTheTerminalAfterAFailure)
 {
     const std::string file = writeLong();
     PtyChild child(kvxCommand({"play", file, "--start", "1000"}));
@@ -378,7 +352,7 @@ TEST_F(FilePlayer, GivesTheTerminalBackWhenItFails)
     EXPECT_TRUE(child.isLineByLine());
 }
 
-TEST_F(FilePlayer, ShowsThatItLoadsInTheBackground)
+TEST_F(Play, PrintsLoadingDuringABackgroundLoad)
 {
     const std::string file = write(support::makeNoise(44100, 2, 44100 * 60), "long.wav");
     PtyChild child(kvxCommand({"play", "--background", file}));

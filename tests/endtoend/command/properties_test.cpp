@@ -1,59 +1,61 @@
-// `kvx get` and `kvx set`, line by line as a user types them.
+// `kvx get` and `kvx set`: output and messages of single commands.
 #include "tests/endtoend/command/kvx_runner.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace endtoend;
-using Arguments = std::vector<std::string>;
 
 const std::string stereo =
     "format='lpcm',flags=0x9,bytes/packet=8,frames/packet=1,bytes/frame=8,channels=2,bits=32\n";
 
-TEST(KvxGet, ShowsValuesByTheirType)
+/// A command that succeeds, and its output.
+struct Fact {
+    Arguments arguments;
+    std::string out;
+};
+
+void expectOutputs(const char* command, const std::vector<Fact>& facts)
 {
-    const struct {
-        Arguments arguments;
-        std::string out;
-    } facts[] = {
-        {{"0", "nsrt"}, "44100\n"},
-        {{"0", "name"}, "Simulated Device\n"},
-        {{"0", "lnam"}, "Simulated Device\n"},
-        {{"0", "uid "}, "kvx:simulated:0:Simulated Device\n"},
-        {{"0", "uid"}, "kvx:simulated:0:Simulated Device\n"},
-        {{"0", "tran"}, "'virt'\n"},
-        {{"0", "livn"}, "yes\n"},
-        {{"0", "goin"}, "no\n"},
-        {{"0", "oink"}, "-1\n"},
-        {{"0", "fsiz"}, "512\n"},
-        {{"0", "nsr#"}, "1000..768000\n"},
-        {{"0", "stm#"}, "3\n"},
-        {{"0", "stm#", "--scope", "input"}, ""},
-        {{"0", "slay"}, "channels=2,bytes=4096\n"},
-        {{"0", "sfmt"}, "rate=44100," + stereo},
-        {{"0", "dch2"}, "1\n2\n"},
-        {{"0", "srnd"}, "tag=0x650002,bitmap=0x0,descriptions=0\n"},
-        {{"0", "ssrc"}, "'spkr'\n"},
-        {{"system", "dev#"}, "2\n4\n"},
-        {{"system", "dOut"}, "2\n"},
-        {{"0", "volm", "--scope", "output", "--element", "1"}, "1\n"},
-        {{"0", "lchn", "--scope", "output", "--element", "2"}, "Right\n"},
-        {{"stream:3", "sdir"}, "0\n"},
-        {{"stream:3", "pft "}, "rate=44100," + stereo},
-    };
-    for (const auto& fact : facts) {
-        Arguments arguments = {"get"};
-        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
-        SCOPED_TRACE(testing::PrintToString(arguments));
-        const auto result = runKvx(arguments);
+    for (const Fact& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        const auto result = runKvx(joined({command}, fact.arguments));
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.err, "");
         EXPECT_EQ(result.out, fact.out);
     }
 }
 
-TEST(KvxGet, TakesObjectsAndSelectorsInManyForms)
+TEST(KvxGet, PrintsValuesByTheirType)
+{
+    expectOutputs("get", {
+                             {{"0", "nsrt"}, "44100\n"},
+                             {{"0", "name"}, "Simulated Device\n"},
+                             {{"0", "lnam"}, "Simulated Device\n"},
+                             {{"0", "uid "}, "kvx:simulated:0:Simulated Device\n"},
+                             {{"0", "uid"}, "kvx:simulated:0:Simulated Device\n"},
+                             {{"0", "tran"}, "'virt'\n"},
+                             {{"0", "livn"}, "yes\n"},
+                             {{"0", "goin"}, "no\n"},
+                             {{"0", "oink"}, "-1\n"},
+                             {{"0", "fsiz"}, "512\n"},
+                             {{"0", "nsr#"}, "1000..768000\n"},
+                             {{"0", "stm#"}, "3\n"},
+                             {{"0", "stm#", "--scope", "input"}, ""},
+                             {{"0", "slay"}, "channels=2,bytes=4096\n"},
+                             {{"0", "sfmt"}, "rate=44100," + stereo},
+                             {{"0", "dch2"}, "1\n2\n"},
+                             {{"0", "srnd"}, "tag=0x650002,bitmap=0x0,descriptions=0\n"},
+                             {{"0", "ssrc"}, "'spkr'\n"},
+                             {{"system", "dev#"}, "2\n4\n"},
+                             {{"system", "dOut"}, "2\n"},
+                             {{"0", "volm", "--scope", "output", "--element", "1"}, "1\n"},
+                             {{"0", "lchn", "--scope", "output", "--element", "2"}, "Right\n"},
+                             {{"stream:3", "sdir"}, "0\n"},
+                             {{"stream:3", "pft "}, "rate=44100," + stereo},
+                         });
+}
+
+TEST(KvxGet, AcceptsObjectsSelectorsAndScopesInManyForms)
 {
     for (const char* object : {"0", "Simulated Device", "simulated device", "lated DEV",
                                "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2"})
@@ -66,33 +68,21 @@ TEST(KvxGet, TakesObjectsAndSelectorsInManyForms)
         EXPECT_EQ(runKvx({"get", "0", "volm", "--scope", scope, "--element", "0x1"}).out, "1\n") << scope;
 }
 
-TEST(KvxGet, AsksWithAValue)
+TEST(KvxGet, PassesAValueToTheProperty)
 {
-    const struct {
-        Arguments arguments;
-        std::string out;
-    } facts[] = {
-        {{"0", "v2db", "0.5", "--element", "1"}, "-32\n"},
-        {{"0", "db2v", "-32", "--element", "1"}, "0.5\n"},
-        {{"0", "v2db", "--hex", "0000003f", "--element", "1"},
-         "0000  00 00 00 c2" + std::string(38, ' ') + "|....|\n"},
-        {{"0", "sfm?", "rate=48000,channels=2"}, "yes\n"},
-        {{"0", "sfmm", "rate=48000"}, "rate=48000," + stereo},
-        {{"0", "sscn", "spkr"}, "Simulated Speakers\n"},
-        {{"0", "sscn", "0x73706B72"}, "Simulated Speakers\n"},
-    };
-    for (const auto& fact : facts) {
-        Arguments arguments = {"get"};
-        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
-        SCOPED_TRACE(testing::PrintToString(arguments));
-        const auto result = runKvx(arguments);
-        EXPECT_EQ(result.exitCode, 0);
-        EXPECT_EQ(result.err, "");
-        EXPECT_EQ(result.out, fact.out);
-    }
+    expectOutputs("get", {
+                             {{"0", "v2db", "0.5", "--element", "1"}, "-32\n"},
+                             {{"0", "db2v", "-32", "--element", "1"}, "0.5\n"},
+                             {{"0", "v2db", "--hex", "0000003f", "--element", "1"},
+                              "0000  00 00 00 c2" + std::string(38, ' ') + "|....|\n"},
+                             {{"0", "sfm?", "rate=48000,channels=2"}, "yes\n"},
+                             {{"0", "sfmm", "rate=48000"}, "rate=48000," + stereo},
+                             {{"0", "sscn", "spkr"}, "Simulated Speakers\n"},
+                             {{"0", "sscn", "0x73706B72"}, "Simulated Speakers\n"},
+                         });
 }
 
-TEST(KvxGet, ShowsBytes)
+TEST(KvxGet, HexPrintsBytes)
 {
     EXPECT_EQ(runKvx({"get", "0", "name", "--hex"}).out,
               "0000  53 69 6d 75 6c 61 74 65 64 20 44 65 76 69 63 65  |Simulated Device|\n"
@@ -102,7 +92,7 @@ TEST(KvxGet, ShowsBytes)
               "0000  00 00 00 00 80 88 e5 40" + std::string(26, ' ') + "|.......@|\n");
 }
 
-TEST(KvxGet, ShowsAllThatAnObjectHas)
+TEST(KvxGet, PrintsAllPropertiesOfAnObject)
 {
     const auto device = runKvx({"get", "0"});
     EXPECT_EQ(device.exitCode, 0);
@@ -111,7 +101,7 @@ TEST(KvxGet, ShowsAllThatAnObjectHas)
                              "'nsrt' kAudioDevicePropertyNominalSampleRate               44100\n",
                              "'dch2' kAudioDevicePropertyPreferredChannelsForStereo      1; 2\n"})
         EXPECT_NE(device.out.find(line), std::string::npos) << line << device.out;
-    EXPECT_EQ(device.out.find("volm"), std::string::npos) << "only what there is";
+    EXPECT_EQ(device.out.find("volm"), std::string::npos) << "only properties that the object has";
     const auto channel = runKvx({"get", "0", "--scope", "output", "--element", "1"});
     EXPECT_NE(channel.out.find("'volm' kAudioDevicePropertyVolumeScalar"), std::string::npos) << channel.out;
     const auto input = runKvx({"get", "1", "--scope", "output"});
@@ -122,41 +112,32 @@ TEST(KvxGet, ShowsAllThatAnObjectHas)
               std::string::npos);
 }
 
-TEST(KvxSet, WritesAndShowsWhatItThenIs)
+TEST(KvxSet, WritesAndPrintsTheNewValue)
 {
-    const struct {
-        Arguments arguments;
-        std::string out;
-    } facts[] = {
-        {{"0", "nsrt", "48000"}, "48000\n"},
-        {{"0", "fsiz", "0x100"}, "256\n"},
-        {{"0", "fsiz", "--hex", "00 01", "00 00"}, "0000  00 01 00 00" + std::string(38, ' ') + "|....|\n"},
-        {{"0", "volm", "0.5", "--scope", "output", "--element", "1"}, "0.5\n"},
-        {{"0", "vold", "-32", "--element", "2"}, "-32\n"},
-        {{"0", "vold", "-0.1", "--element", "2"}, "-0.099998474\n"}, // the device keeps a factor
-        {{"0", "mute", "on"}, "yes\n"},
-        {{"0", "sfmt", "rate=96000,channels=2"}, "rate=96000," + stereo},
-        {{"stream:3", "pft ", "rate=8000"}, "rate=8000," + stereo},
-        {{"system", "dOut", "2"}, "2\n"},
-        {{"system", "dOut", "id:2"}, "2\n"},
-        {{"system", "dOut", "Simulated", "Device"}, "2\n"},
-        {{"system", "dIn ", "Simulated Input"}, "4\n"},
-        {{"system", "slep", "no"}, "no\n"},
-        {{"0", "ssrc", "'spkr'"}, "'spkr'\n"},
-        {{"system", "slep", "--hex", "00000000"}, "0000  00 00 00 00" + std::string(38, ' ') + "|....|\n"},
-    };
-    for (const auto& fact : facts) {
-        Arguments arguments = {"set"};
-        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
-        SCOPED_TRACE(testing::PrintToString(arguments));
-        const auto result = runKvx(arguments);
-        EXPECT_EQ(result.exitCode, 0);
-        EXPECT_EQ(result.err, "");
-        EXPECT_EQ(result.out, fact.out);
-    }
+    expectOutputs("set", {
+                             {{"0", "nsrt", "48000"}, "48000\n"},
+                             {{"0", "fsiz", "0x100"}, "256\n"},
+                             {{"0", "fsiz", "--hex", "00 01", "00 00"},
+                              "0000  00 01 00 00" + std::string(38, ' ') + "|....|\n"},
+                             {{"0", "volm", "0.5", "--scope", "output", "--element", "1"}, "0.5\n"},
+                             {{"0", "vold", "-32", "--element", "2"}, "-32\n"},
+                             {{"0", "vold", "-0.1", "--element", "2"},
+                              "-0.099998474\n"}, // the device stores a factor, not decibels
+                             {{"0", "mute", "on"}, "yes\n"},
+                             {{"0", "sfmt", "rate=96000,channels=2"}, "rate=96000," + stereo},
+                             {{"stream:3", "pft ", "rate=8000"}, "rate=8000," + stereo},
+                             {{"system", "dOut", "2"}, "2\n"},
+                             {{"system", "dOut", "id:2"}, "2\n"},
+                             {{"system", "dOut", "Simulated", "Device"}, "2\n"},
+                             {{"system", "dIn ", "Simulated Input"}, "4\n"},
+                             {{"system", "slep", "no"}, "no\n"},
+                             {{"0", "ssrc", "'spkr'"}, "'spkr'\n"},
+                             {{"system", "slep", "--hex", "00000000"},
+                              "0000  00 00 00 00" + std::string(38, ' ') + "|....|\n"},
+                         });
 }
 
-TEST(KvxSet, FailsWhereAnotherValueIsReadBack)
+TEST(KvxSet, FailsWhenTheDeviceTakesAnotherValue)
 {
     const auto result = runKvx({"set", "0", "volm", "2", "--element", "1"});
     EXPECT_EQ(result.exitCode, 1);
@@ -167,19 +148,18 @@ TEST(KvxSet, FailsWhereAnotherValueIsReadBack)
     for (const Arguments& more :
          {Arguments{"bsiz", "4095"}, {"ncyc", "0.5"}, {"volm", "-1", "--element", "2"}}) {
         SCOPED_TRACE(testing::PrintToString(more));
-        Arguments arguments = {"set", "0"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        EXPECT_EQ(runKvx(arguments).exitCode, 1);
+        EXPECT_EQ(runKvx(joined({"set", "0"}, more)).exitCode, 1);
     }
-    EXPECT_EQ(runKvx({"set", "0", "oink", "-1"}).exitCode, 0) << "a write of any value takes the device";
+    EXPECT_EQ(runKvx({"set", "0", "oink", "-1"}).exitCode, 0) << "-1 means any process";
 }
 
-/// One line on stderr that says `says`, nothing on stdout, nothing left over.
+/// A command that fails, and a part of its message.
 struct Refusal {
     Arguments arguments;
-    const char* says;
+    const char* message;
 };
 
+/// Expect one line on stderr and nothing on stdout. A wrong command line also prints a line with advice.
 void expectRefusals(const std::vector<Refusal>& refusals, int exitCode)
 {
     for (const Refusal& refusal : refusals) {
@@ -187,16 +167,16 @@ void expectRefusals(const std::vector<Refusal>& refusals, int exitCode)
         const auto result = runKvx(refusal.arguments);
         EXPECT_EQ(result.exitCode, exitCode);
         EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find(refusal.says), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(refusal.message), std::string::npos) << result.err;
         EXPECT_EQ(lineCount(result.err), 1u) << result.err;
     }
 }
 
-TEST(KvxProperties, StatusesAreOneLineInWords)
+TEST(KvxProperties, PrintStatusesInWords)
 {
     expectRefusals(
         {
-            // ---- the platform's statuses ----
+            // ---- statuses of the platform ----
             {{"get", "0", "abcd"},
              "kvx: get: Simulated Device, 'abcd': 'who?' (2003332927): the object has no such property"},
             {{"get", "0", "0"}, "'who?'"},
@@ -229,7 +209,7 @@ TEST(KvxProperties, StatusesAreOneLineInWords)
         1);
 }
 
-TEST(KvxProperties, WrongUsageIsToldWithAdvice)
+TEST(KvxProperties, RefuseWrongUsageWithAdvice)
 {
     expectRefusals(
         {

@@ -1,4 +1,4 @@
-// A command in a terminal of its own, as a user sits before it.
+// A command in a pseudo-terminal: the test reads its output, types keys, and sends signals.
 #pragma once
 
 #include <csignal>
@@ -20,12 +20,12 @@ public:
     {
         winsize size = {24, columns, 0, 0};
         id_ = forkpty(&terminal_, nullptr, nullptr, &size);
-        if (id_ < 0) throw std::runtime_error("no terminal can be had");
+        if (id_ < 0) throw std::runtime_error("no pseudo-terminal is available");
         if (id_ != 0) return;
         std::vector<char*> texts;
         for (const std::string& each : arguments) texts.push_back(const_cast<char*>(each.c_str()));
         texts.push_back(nullptr);
-        std::signal(SIGHUP, SIG_DFL); // the test itself may run under nohup
+        std::signal(SIGHUP, SIG_DFL); // nohup may have started the test
         if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(127);
         execv(texts[0], texts.data());
         _exit(127);
@@ -44,7 +44,7 @@ public:
     void type(const std::string& keys)
     {
         if (write(terminal_, keys.data(), keys.size()) != ssize_t(keys.size()))
-            throw std::runtime_error("the terminal takes no keys");
+            throw std::runtime_error("the terminal does not accept keys");
     }
     void send(int signal) { kill(id_, signal); }
     void resize(unsigned short columns)
@@ -53,7 +53,7 @@ public:
         ioctl(terminal_, TIOCSWINSZ, &size);
     }
 
-    /// Read on until `text` is shown behind what was found so far; false when the command ends before.
+    /// Read until `text` appears after the text found before. Returns false if the command ends first.
     bool waitFor(const std::string& text)
     {
         for (;;) {
@@ -66,16 +66,17 @@ public:
         }
     }
 
-    /// Everything shown so far.
+    /// The whole output so far.
     const std::string& shown() const { return shown_; }
 
+    /// Whether the terminal is in its normal mode: line by line, with echo.
     bool isLineByLine() const
     {
         termios mode = {};
         return tcgetattr(terminal_, &mode) == 0 && (mode.c_lflag & ICANON) && (mode.c_lflag & ECHO);
     }
 
-    /// The exit code, or 128 and the signal that ended it.
+    /// Wait for the end. Returns the exit code, or 128 plus the signal number.
     int wait()
     {
         while (readMore()) {

@@ -1,9 +1,7 @@
-// `kvx render`: a file through all units, written as it would be heard.
+// `kvx render`: a file through all units of the file player, written to a sound file.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
@@ -11,7 +9,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 namespace {
@@ -20,24 +17,13 @@ using namespace endtoend;
 using support::Sound;
 namespace fs = std::filesystem;
 
-std::string bytesOf(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-struct Render : testing::Test {
-    support::TemporaryFolder folder;
-
-    support::ChildResult run(const std::string& from, const std::string& to,
-                             const std::vector<std::string>& more = {})
+struct Render : KvxTest {
+    support::ChildResult run(const std::string& from, const std::string& to, const Arguments& more = {}) const
     {
-        std::vector<std::string> arguments = {"render", from, to};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return runKvx(arguments, folder.path());
+        return KvxTest::run(joined({"render", from, to}, more));
     }
 
-    Sound render(const std::string& from, const std::vector<std::string>& more = {})
+    Sound render(const std::string& from, const Arguments& more = {})
     {
         const auto result = run(from, "out.wav", more);
         EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -45,22 +31,22 @@ struct Render : testing::Test {
         return result.exitCode == 0 ? support::readSound(folder / "out.wav") : Sound();
     }
 
-    Sound renderOf(const Sound& sound, const std::vector<std::string>& more = {})
+    Sound renderOf(const Sound& sound, const Arguments& more = {})
     {
         support::writeSound(sound, folder / "in.wav");
         return render("in.wav", more);
     }
 };
 
-void expectSame(const Sound& heard, const Sound& expected)
+void expectSame(const Sound& rendered, const Sound& expected)
 {
-    EXPECT_EQ(heard.sampleRate, expected.sampleRate);
-    EXPECT_EQ(heard.channels, expected.channels);
-    ASSERT_EQ(heard.frames(), expected.frames());
+    EXPECT_EQ(rendered.sampleRate, expected.sampleRate);
+    EXPECT_EQ(rendered.channels, expected.channels);
+    ASSERT_EQ(rendered.frames(), expected.frames());
     const auto [at, other] =
-        std::mismatch(heard.samples.begin(), heard.samples.end(), expected.samples.begin());
-    EXPECT_TRUE(at == heard.samples.end())
-        << "sample " << at - heard.samples.begin() << " is " << *at << ", not " << *other;
+        std::mismatch(rendered.samples.begin(), rendered.samples.end(), expected.samples.begin());
+    EXPECT_TRUE(at == rendered.samples.end())
+        << "sample " << at - rendered.samples.begin() << " is " << *at << ", not " << *other;
 }
 
 Sound partOf(const Sound& sound, std::size_t first, std::size_t frames)
@@ -72,7 +58,7 @@ Sound partOf(const Sound& sound, std::size_t first, std::size_t frames)
     return part;
 }
 
-TEST_F(Render, AtUnityIsTheFileBitForBit)
+TEST_F(Render, WithNeutralSettingsEqualsTheFile)
 {
     const struct {
         int format;
@@ -106,10 +92,10 @@ TEST_F(Render, AtUnityIsTheFileBitForBit)
     }
 }
 
-TEST_F(Render, IsTheSameBytesEachTime)
+TEST_F(Render, WritesTheSameBytesEachTime)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100), folder / "in.wav");
-    const std::vector<std::string> settings[] = {
+    const Arguments settings[] = {
         {},
         {"--rate", "0.7", "--pitch", "300", "--eq", "warm", "--pan", "0.3", "--volume", "0.5"},
         {"--unit", "varispeed", "--rate", "1.5", "--device-rate", "48000"},
@@ -123,14 +109,14 @@ TEST_F(Render, IsTheSameBytesEachTime)
     }
 }
 
-TEST_F(Render, IsAsLongAsTheRateMakesItAndWhatTheUnitsAdd)
+TEST_F(Render, LengthFollowsTheRatePlusTheTail)
 {
     const std::size_t frames = 44101;
     support::writeSound(support::makeNoise(44100, 2, frames), folder / "in.wav");
     const struct {
-        std::vector<std::string> more;
+        Arguments more;
         double factor;
-        std::size_t longestTail; // of the unit that is in use
+        std::size_t longestTail; ///< of the rate unit, in frames
     } facts[] = {
         {{}, 1, 0},
         {{"--rate", "1", "--pitch", "0", "--eq", "flat"}, 1, 0},
@@ -148,20 +134,20 @@ TEST_F(Render, IsAsLongAsTheRateMakesItAndWhatTheUnitsAdd)
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::PrintToString(fact.more));
         const auto least = std::size_t(std::llround(double(frames) * fact.factor));
-        const std::size_t rendered = render("in.wav", fact.more).frames();
-        EXPECT_GE(rendered, least);
-        EXPECT_LE(rendered, least + fact.longestTail);
+        const std::size_t length = render("in.wav", fact.more).frames();
+        EXPECT_GE(length, least);
+        EXPECT_LE(length, least + fact.longestTail);
     }
 }
 
-TEST_F(Render, BeginsWhereToldAndGoesRoundALoop)
+TEST_F(Render, StartAndDurationSelectAPartOfTheFile)
 {
     const Sound sound = support::makeNoise(44100, 2, 44100);
     expectSame(renderOf(sound, {"--start", "0.5"}), partOf(sound, 22050, 22050));
     expectSame(renderOf(sound, {"--duration", "0.25"}), partOf(sound, 0, 11025));
 }
 
-TEST_F(Render, RepeatsALoopExactlyToTheFrame)
+TEST_F(Render, RepeatsALoopToTheExactFrame)
 {
     const std::size_t length = 20011;
     const Sound sound = support::makeNoise(44100, 2, length);
@@ -176,7 +162,7 @@ TEST_F(Render, RepeatsALoopExactlyToTheFrame)
         {0, length, 0, "the whole file"},
         {10007, length, 10007, "OUT at the end of the file"},
         {length - 1, length, length - 1, "the last frame"},
-        {12788, 12789, 12788, "one frame, whose time times the rate is a little less"},
+        {12788, 12789, 12788, "one frame, whose time rounds down"},
         {500, 511, 505, "many repeats in a slice"},
     };
     for (const auto& fact : facts) {
@@ -204,7 +190,7 @@ TEST_F(Render, RoundsARateToTheNearestHundredth)
     expectSame(render("in.wav", {"--rate", "0.9951"}), sound);
 }
 
-TEST_F(Render, PutsChannelsWhereTheMapSays)
+TEST_F(Render, ChannelMapSelectsFileChannels)
 {
     const Sound sound = support::makeNoise(44100, 2, 4410);
     const struct {
@@ -222,7 +208,7 @@ TEST_F(Render, PutsChannelsWhereTheMapSays)
     }
 }
 
-TEST_F(Render, TurnsSoundDownAndAside)
+TEST_F(Render, VolumeAndPanScaleSamples)
 {
     const Sound sound = support::makeNoise(44100, 2, 44100);
     const Sound half = renderOf(sound, {"--volume", "0.5"});
@@ -238,14 +224,14 @@ TEST_F(Render, TurnsSoundDownAndAside)
     }
 }
 
-// As on any device of two channels, and sample for sample what `kvx play` has there.
-TEST_F(Render, GivesMonoTwoSidesWhereSidesAreSpokenOf)
+// `kvx play` renders the same samples on a stereo device.
+TEST_F(Render, PanAndChannelMapTreatMonoAsStereo)
 {
     const Sound sound = support::makeNoise(44100, 1, 44100);
     support::writeSound(sound, folder / "in.wav");
     const struct {
-        std::vector<std::string> more;
-        std::vector<float> gains; // of each channel of the result
+        Arguments more;
+        std::vector<float> gains; ///< of each rendered channel
     } facts[] = {
         {{}, {1}},
         {{"--pan", "0"}, {1}},
@@ -263,16 +249,15 @@ TEST_F(Render, GivesMonoTwoSidesWhereSidesAreSpokenOf)
             for (float gain : fact.gains) expected.samples.push_back(sample * gain);
         expectSame(render("in.wav", fact.more), expected);
         if (fact.gains.size() != 2) continue;
-        std::vector<std::string> arguments = {"play", "--fast", "in.wav", "--capture", "played.wav"};
-        arguments.insert(arguments.end(), fact.more.begin(), fact.more.end());
-        EXPECT_EQ(runKvx(arguments, folder.path()).exitCode, 0);
+        const Arguments play = {"play", "--fast", "in.wav", "--capture", "played.wav"};
+        EXPECT_EQ(KvxTest::run(joined(play, fact.more)).exitCode, 0);
         Sound played = support::readSound(folder / "played.wav");
         ASSERT_GE(played.frames(), expected.frames());
         expectSame(partOf(played, 0, expected.frames()), expected);
     }
 }
 
-TEST_F(Render, SaysWhatItWroteUnlessQuiet)
+TEST_F(Render, PrintsTheResultUnlessQuiet)
 {
     support::writeSound(support::makeNoise(8000, 1, 8000), folder / "in.wav");
     EXPECT_EQ(run("in.wav", "out.wav").out, "Rendered out.wav: 8000 Hz, mono, 0:01.0\n");
@@ -280,7 +265,7 @@ TEST_F(Render, SaysWhatItWroteUnlessQuiet)
     EXPECT_EQ(folder.count(), 2u);
 }
 
-TEST_F(Render, RefusesInOneLineAndLeavesNothing)
+TEST_F(Render, RefusesInOneLineAndLeavesNoFile)
 {
     const Sound sound = support::makeNoise(44100, 1, 44100);
     support::writeSound(sound, folder / "good.wav");
@@ -291,9 +276,9 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
     support::writeSound(support::makeNoise(3, 1, 10), folder / "slow.wav");
     fs::create_directory(folder / "folder");
     const struct {
-        std::vector<std::string> arguments;
+        Arguments arguments;
         int exitCode;
-        const char* says;
+        const char* message;
     } facts[] = {
         {{"missing.wav", "out.wav"}, 1, "check the name"},
         {{"folder", "out.wav"}, 1, "is a folder"},
@@ -321,19 +306,17 @@ TEST_F(Render, RefusesInOneLineAndLeavesNothing)
     };
     const std::size_t before = folder.count();
     for (const auto& fact : facts) {
-        std::vector<std::string> arguments = {"render"};
-        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
-        SCOPED_TRACE(testing::PrintToString(arguments));
-        const auto result = runKvx(arguments, folder.path());
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        const auto result = KvxTest::run(joined({"render"}, fact.arguments));
         EXPECT_EQ(result.exitCode, fact.exitCode) << result.err;
-        EXPECT_NE(result.err.find(fact.says), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(fact.message), std::string::npos) << result.err;
         if (fact.exitCode == 1) EXPECT_EQ(lineCount(result.err), 1u) << result.err;
-        EXPECT_EQ(folder.count(), before) << "something was left behind";
+        EXPECT_EQ(folder.count(), before) << "a new file was left";
     }
     expectSame(support::readSound(folder / "good.wav"), sound);
 }
 
-TEST_F(Render, LeavesAnEarlierResultWhenStopped)
+TEST_F(Render, KeepsAnEarlierResultWhenStopped)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "in.wav");
     std::ofstream(folder / "out.wav") << "earlier";
@@ -352,7 +335,7 @@ TEST_F(Render, LeavesAnEarlierResultWhenStopped)
     }
 }
 
-TEST_F(Render, LeavesAnEarlierResultWhenTheDiskIsFull)
+TEST_F(Render, KeepsAnEarlierResultWhenTheDiskIsFull)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100 * 2), folder / "in.wav");
     std::ofstream(folder / "out.wav") << "earlier";
@@ -368,7 +351,7 @@ TEST_F(Render, LeavesAnEarlierResultWhenTheDiskIsFull)
     EXPECT_EQ(folder.count(), 2u);
 }
 
-TEST_F(Render, ListsTheCurvesOfTheEqualiser)
+TEST_F(Render, EqListPrintsTheEqualiserCurves)
 {
     for (const char* command : {"render", "play"}) {
         const auto result = runKvx({command, "--eq", "list"});

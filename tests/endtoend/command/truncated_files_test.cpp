@@ -1,9 +1,7 @@
-// Files that end before their stated length: every command plays what is there, warns once and exits 1.
+// Truncated or damaged files: every command plays the frames that decode, warns once, and exits with 1.
+#include "tests/endtoend/command/captured_sound.h"
 #include "tests/endtoend/command/kvx_runner.h"
-#include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
@@ -17,10 +15,10 @@ using namespace endtoend;
 using support::Sound;
 namespace fs = std::filesystem;
 
-struct CutFiles : testing::Test {
-    support::TemporaryFolder folder;
+struct TruncatedFiles : KvxTest {
+    using KvxTest::run;
 
-    void cut(const std::string& name, std::uintmax_t bytes)
+    void truncate(const std::string& name, std::uintmax_t bytes)
     {
         fs::resize_file(folder / name, fs::file_size(folder / name) - bytes);
     }
@@ -29,15 +27,14 @@ struct CutFiles : testing::Test {
         support::writeSound(sound, folder / name, format);
     }
 
-    support::ChildResult run(std::vector<std::string> arguments, const std::string& file)
+    support::ChildResult run(const Arguments& command, const std::string& file) const
     {
-        arguments.push_back(file);
-        if (arguments.front() == "render") arguments.push_back("out.wav");
-        return runKvx(arguments, folder.path());
+        return run(
+            joined(command, command.front() == "render" ? Arguments{file, "out.wav"} : Arguments{file}));
     }
 };
 
-const std::vector<std::string> commands[] = {
+const Arguments commands[] = {
     {"play", "--fast", "--quiet", "--capture", "out.wav"},
     {"play", "--fast", "--quiet", "--buffered", "--capture", "out.wav"},
     {"play", "--quiet", "--info"},
@@ -45,23 +42,14 @@ const std::vector<std::string> commands[] = {
     {"soundstream", "--fast", "--quiet", "--capture", "out.wav"},
 };
 
-void expectStartsWith(const Sound& whole, const Sound& start)
-{
-    ASSERT_GE(whole.samples.size(), start.samples.size());
-    const auto same = std::mismatch(start.samples.begin(), start.samples.end(), whole.samples.begin());
-    EXPECT_TRUE(same.first == start.samples.end()) << "sample " << same.first - start.samples.begin();
-    EXPECT_TRUE(std::all_of(same.second, whole.samples.end(), [](float sample) { return sample == 0; }))
-        << "only silence follows";
-}
-
-TEST_F(CutFiles, PlayWhatIsThereAndWarnOnce)
+TEST_F(TruncatedFiles, PlayThePresentFramesAndWarnOnce)
 {
     const Sound sound = support::makeSweep(44100, 2, 44100);
     const struct {
         const char* name;
         int format;
-        std::uintmax_t bytes; // to cut
-        std::size_t frames;   // left
+        std::uintmax_t bytes; ///< to remove
+        std::size_t frames;   ///< that remain
     } facts[] = {
         {"cut.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 4 * 10000, 34100},
         {"cut.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, 4 * 10000, 34100},
@@ -72,7 +60,7 @@ TEST_F(CutFiles, PlayWhatIsThereAndWarnOnce)
     for (const auto& fact : facts) {
         write(sound, fact.name, fact.format);
         Sound left = support::readSound(folder / fact.name);
-        cut(fact.name, fact.bytes);
+        truncate(fact.name, fact.bytes);
         left.samples.resize(fact.frames * 2);
         const std::string warning = std::string(fact.name) + " is cut short: it holds " +
                                     std::to_string(fact.frames) +
@@ -87,19 +75,18 @@ TEST_F(CutFiles, PlayWhatIsThereAndWarnOnce)
                     << result.out;
                 continue;
             }
-            expectStartsWith(support::readSound(folder / "out.wav"), left);
+            expectStartsWith(support::readSound(folder / "out.wav").samples, left.samples);
             fs::remove(folder / "out.wav");
         }
     }
 }
 
-// Where a frame is no fixed number of bytes, the rest is as long as other tools decode.
-TEST_F(CutFiles, OfCodedSoundPlayWhatDecodes)
+TEST_F(TruncatedFiles, OfCompressedSoundPlayTheDecodedFrames)
 {
     const Sound sound = support::makeSweep(44100, 2, 44100);
     write(sound, "cut.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     Sound whole = support::readSound(folder / "cut.flac");
-    cut("cut.flac", fs::file_size(folder / "cut.flac") / 3);
+    truncate("cut.flac", fs::file_size(folder / "cut.flac") / 3);
     for (const auto& command : commands) {
         if (command.back() == "--info") continue;
         SCOPED_TRACE(testing::PrintToString(command));
@@ -112,12 +99,12 @@ TEST_F(CutFiles, OfCodedSoundPlayWhatDecodes)
         Sound left = whole;
         left.samples.resize(std::stoul(result.err.substr(from)) * 2);
         EXPECT_GT(left.frames(), 20000u);
-        expectStartsWith(support::readSound(folder / "out.wav"), left);
+        expectStartsWith(support::readSound(folder / "out.wav").samples, left.samples);
         fs::remove(folder / "out.wav");
     }
 }
 
-// The start of a file, up to where the decoder stops.
+/// The frames of a file before the frame where the decoder stops.
 Sound decodedPart(const std::string& path)
 {
     SF_INFO info = {};
@@ -130,8 +117,8 @@ Sound decodedPart(const std::string& path)
     return sound;
 }
 
-// All bytes are there, but the decoder stops in the middle: only decoding shows it.
-TEST_F(CutFiles, DamagedInTheMiddlePlayWhatDecodes)
+// The file has its full length, so only decoding finds the damage.
+TEST_F(TruncatedFiles, DamagedInTheMiddlePlayTheDecodedFrames)
 {
     write(support::makeNoise(44100, 2, 44100), "bad.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     const auto size = std::streamoff(fs::file_size(folder / "bad.flac"));
@@ -156,14 +143,13 @@ TEST_F(CutFiles, DamagedInTheMiddlePlayWhatDecodes)
             continue;
         }
         const Sound played = support::readSound(folder / "out.wav");
-        expectStartsWith(played, start);
+        expectStartsWith(played.samples, start.samples);
         if (command.front() == "render") EXPECT_EQ(played.frames(), start.frames());
         fs::remove(folder / "out.wav");
     }
 }
 
-// No length is stated, so none is missed.
-TEST_F(CutFiles, WithoutAStatedLengthAreWhole)
+TEST_F(TruncatedFiles, WithoutAStatedLengthPlayWithoutAWarning)
 {
     const Sound sound = support::makeSweep(44100, 2, 44100);
     write(sound, "streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
@@ -171,7 +157,7 @@ TEST_F(CutFiles, WithoutAStatedLengthAreWhole)
     file.seekp(40); // the length of the data chunk
     file.write("\xff\xff\xff\xff", 4);
     file.close();
-    cut("streamed.wav", 4 * 10000);
+    truncate("streamed.wav", 4 * 10000);
     for (const auto& command : commands) {
         SCOPED_TRACE(testing::PrintToString(command));
         const auto result = run(command, "streamed.wav");
@@ -180,8 +166,7 @@ TEST_F(CutFiles, WithoutAStatedLengthAreWhole)
     }
 }
 
-// Joined parts of another rate or channel count are left out, with a warning.
-TEST_F(CutFiles, OfJoinedStreamsSayWhatIsLeftOut)
+TEST_F(TruncatedFiles, OfChainedStreamsWarnOfSkippedStreams)
 {
     write(support::makeSweep(44100, 2, 22050), "a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
     write(support::makeSweep(44100, 1, 22050), "b.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
@@ -200,22 +185,21 @@ TEST_F(CutFiles, OfJoinedStreamsSayWhatIsLeftOut)
     }
 }
 
-// A file among others does not keep them from being played.
-TEST_F(CutFiles, AmongOthersLetThemPlay)
+TEST_F(TruncatedFiles, InAPlaylistLetTheOtherFilesPlay)
 {
     const Sound sound = support::makeNoise(44100, 2, 4410);
     for (const char* name : {"a.wav", "cut.wav", "b.wav"})
         write(sound, name, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
-    cut("cut.wav", 8 * 410);
-    const auto result = runKvx(
-        {"play", "--fast", "--buffered", "a.wav", "cut.wav", "b.wav", "--capture", "out.wav"}, folder.path());
+    truncate("cut.wav", 8 * 410);
+    const auto result =
+        run({"play", "--fast", "--buffered", "a.wav", "cut.wav", "b.wav", "--capture", "out.wav"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(lineCount(result.err), 1u) << result.err;
     EXPECT_NE(result.out.find("Playing b.wav"), result.out.npos) << result.out;
     Sound all = sound;
     all.samples.insert(all.samples.end(), sound.samples.begin(), sound.samples.begin() + 4000 * 2);
     all.samples.insert(all.samples.end(), sound.samples.begin(), sound.samples.end());
-    expectStartsWith(support::readSound(folder / "out.wav"), all);
+    expectStartsWith(support::readSound(folder / "out.wav").samples, all.samples);
 }
 
 } // namespace

@@ -1,16 +1,13 @@
-// What a user can do wrong with `kvx`: one line on stderr that names the thing and says what to do, exit code
-// 1 (or 2 for a wrong command line), nothing half-made left behind.
+// Wrong files, options and commands: kvx prints one line that names the problem and the next step, exits with
+// 1 (2 for a wrong command line), and leaves no unfinished file.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <sys/stat.h>
 
@@ -19,10 +16,8 @@ namespace {
 using namespace endtoend;
 namespace fs = std::filesystem;
 
-struct Refusals : testing::Test {
-    support::TemporaryFolder folder;
-
-    Refusals()
+struct UsageErrors : KvxTest {
+    UsageErrors()
     {
         const auto sound = support::makeSweep(44100, 2, 44100);
         support::writeSound(sound, folder / "good.wav");
@@ -42,11 +37,9 @@ struct Refusals : testing::Test {
 
     void copyBytes(const std::string& from, const std::string& to, std::size_t count)
     {
-        std::ifstream in(folder / from, std::ios::binary);
-        std::string bytes{std::istreambuf_iterator<char>(in), {}};
-        std::ofstream(folder / to, std::ios::binary) << bytes.substr(0, count);
+        std::ofstream(folder / to, std::ios::binary) << bytesOf(folder / from).substr(0, count);
     }
-    /// Of an MP3 it has the name alone.
+    /// Write random bytes.
     void writeJunk(const std::string& name, std::size_t count)
     {
         std::minstd_rand next(1);
@@ -61,12 +54,12 @@ struct Refusals : testing::Test {
     }
 };
 
-TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
+TEST_F(UsageErrors, OfPlayPrintOneLineWithAdvice)
 {
     const struct {
-        std::vector<std::string> arguments;
-        const char* names;  // in the message
-        const char* advice; // likewise
+        Arguments arguments;
+        const char* names;  ///< the part of the message that names the problem
+        const char* advice; ///< the part of the message that names the next step
     } facts[] = {
         {{"missing.wav"}, "missing.wav", "check the name"},
         {{"folder"}, "folder", "name the sound files in it"},
@@ -96,43 +89,39 @@ TEST_F(Refusals, OfPlayingAreOneLineThatSaysWhatToDo)
     };
     const std::size_t before = folder.count();
     for (const auto& fact : facts) {
-        // The capture must not be left half-made, whichever of the things went wrong.
-        std::vector<std::string> arguments = {"play", "--fast"};
-        arguments.insert(arguments.end(), fact.arguments.begin(), fact.arguments.end());
+        Arguments arguments = joined({"play", "--fast"}, fact.arguments);
         const auto has = [&](const char* option) {
             return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
         };
-        if (!has("--capture")) arguments.insert(arguments.end(), {"--capture", "out.wav"});
+        if (!has("--capture")) arguments = joined(arguments, {"--capture", "out.wav"});
         SCOPED_TRACE(testing::PrintToString(arguments));
 
-        const auto result = runKvx(arguments, folder.path());
+        const auto result = run(arguments);
         EXPECT_EQ(result.exitCode, 1) << result.err;
         EXPECT_EQ(lineCount(result.err), 1u) << result.err;
         EXPECT_EQ(result.err.rfind("kvx: ", 0), 0u) << result.err;
         EXPECT_NE(result.err.find(fact.names), std::string::npos) << result.err;
         EXPECT_NE(result.err.find(fact.advice), std::string::npos) << result.err;
         EXPECT_FALSE(fs::exists(folder / "out.wav"));
-        EXPECT_EQ(folder.count(), before) << "something was left behind";
+        EXPECT_EQ(folder.count(), before) << "a new file was left";
     }
 }
 
-// Options are held against all files before the first of them is heard.
-TEST_F(Refusals, ComeBeforeTheFirstSound)
+// kvx checks the options against all files before it plays the first one.
+TEST_F(UsageErrors, OfOptionsEndPlayBeforeTheFirstFile)
 {
-    const std::vector<std::string> facts[] = {
+    const Arguments facts[] = {
         {"--start", "0.5"}, {"--loop", "0:0.6"}, {"--pan", "1", "--start", "2"}, {"--channel-map", "2"}};
     for (const auto& more : facts) {
         SCOPED_TRACE(testing::PrintToString(more));
-        std::vector<std::string> arguments = {"play", "--fast", "good.wav", "three.wav"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        const auto result = runKvx(arguments, folder.path());
+        const auto result = run(joined({"play", "--fast", "good.wav", "three.wav"}, more));
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(lineCount(result.err), 1u) << result.err;
         EXPECT_EQ(result.out, "");
     }
 }
 
-TEST_F(Refusals, OfADeviceThatTheEnvironmentNames)
+TEST_F(UsageErrors, OfTheDeviceVariablePrintOneLineWithAdvice)
 {
     const struct {
         const char* device;
@@ -152,7 +141,7 @@ TEST_F(Refusals, OfADeviceThatTheEnvironmentNames)
     }
 }
 
-TEST_F(Refusals, OfATuneLeaveAUsersFileAlone)
+TEST_F(UsageErrors, OfTuneKeepAnEarlierFile)
 {
     copyBytes("good.wav", "kept.wav", 1000);
     const std::size_t before = folder.count();
@@ -165,17 +154,17 @@ TEST_F(Refusals, OfATuneLeaveAUsersFileAlone)
     EXPECT_EQ(folder.count(), before);
 }
 
-TEST_F(Refusals, LeaveAnEarlierCaptureAlone)
+TEST_F(UsageErrors, KeepAnEarlierCapture)
 {
     copyBytes("good.wav", "out.wav", 1000);
-    const auto result = runKvx({"play", "--fast", "--capture", "out.wav", "text.wav"}, folder.path());
+    const auto result = run({"play", "--fast", "--capture", "out.wav", "text.wav"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(fs::file_size(folder / "out.wav"), 1000u);
 }
 
-TEST_F(Refusals, OfTheCommandLineAreWrongUsage)
+TEST_F(UsageErrors, OfTheCommandLineExitWith2)
 {
-    const std::vector<std::string> facts[] = {
+    const Arguments facts[] = {
         {},
         {"sing"},
         {"play"},
@@ -194,17 +183,17 @@ TEST_F(Refusals, OfTheCommandLineAreWrongUsage)
     };
     for (const auto& arguments : facts) {
         SCOPED_TRACE(testing::PrintToString(arguments));
-        const auto result = runKvx(arguments, folder.path());
+        const auto result = run(arguments);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.out, "");
         EXPECT_NE(result.err.find("--help"), std::string::npos) << result.err;
     }
 }
 
-TEST_F(Refusals, OfOtherCommandsAreOneLineToo)
+TEST_F(UsageErrors, OfOtherCommandsPrintOneLine)
 {
     const struct {
-        std::vector<std::string> arguments;
+        Arguments arguments;
         const char* names;
     } facts[] = {
         {{"classes", "NoSuchClass"}, "NoSuchClass"},

@@ -1,5 +1,5 @@
-// The buffered play method, leak reports and interrupts, called directly, in cases that the whole command cannot
-// produce.
+// The buffered play method, leak reports and interrupts, called directly, in cases that the whole command
+// cannot produce.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/terminal/interrupt.h"

@@ -64,7 +64,8 @@ TEST_F(PropertyForms, ExistForEverySelectorOfTheLibrary)
         const bool isWildcard = *selector == '****';
         EXPECT_EQ(kvx::findPropertyType(*selector) == nullptr, isWildcard) << name;
     }
-    EXPECT_FALSE(core.constant("kAudioPropertyWildcardChannel")) << "the constant is a number, not a selector";
+    EXPECT_FALSE(core.constant("kAudioPropertyWildcardChannel"))
+        << "the constant is a number, not a selector";
     EXPECT_FALSE(core.constant("Lasterror"));
     EXPECT_FALSE(core.constant("kAudioNoSuch"));
 }

@@ -1,5 +1,5 @@
-// A classic sound client and the sound component of the library, in one process: mixed sources, source commands,
-// several instances, and released objects.
+// A classic sound client and the sound component of the library, in one process: mixed sources, source
+// commands, several instances, and released objects.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/classic_play.h"
 #include "host/soundclient/sound_output.h"
@@ -216,7 +216,8 @@ TEST_F(ClassicClient, ConvertsSampleRatesAndRateMultipliers)
             ASSERT_NEAR(rendered[2 * i], amplitude * std::sin(2 * pi * hertz * double(i) / 44100), 3) << i;
             ASSERT_EQ(rendered[2 * i], rendered[2 * i + 1]) << i;
         }
-        for (std::size_t i = 44100 / 5 * 2; i < rendered.size(); ++i) ASSERT_EQ(rendered[i], 0) << "after the end";
+        for (std::size_t i = 44100 / 5 * 2; i < rendered.size(); ++i)
+            ASSERT_EQ(rendered[i], 0) << "after the end";
         EXPECT_EQ(buffer.timesDone, 1);
     }
 }
@@ -284,7 +285,8 @@ TEST_F(ClassicClient, RendersTheInstanceOpenedLast)
     EXPECT_EQ(render(1024), two);
 }
 
-// The host program unregisters the component while the client has it open. The client is silent, and can close.
+// The host program unregisters the component while the client has it open. The client is silent, and can
+// close.
 TEST_F(ClassicClient, ClosesAfterTheHostProgramUnregisteredTheComponent)
 {
     Buffer buffer(kTwosComplement, 2, 16, 44100, ramp(20000, 1, 3));
@@ -295,8 +297,7 @@ TEST_F(ClassicClient, ClosesAfterTheHostProgramUnregisteredTheComponent)
     EXPECT_EQ(output->form().bits, 16);
     output.reset();
     // A component that is unregistered while open stays in the list of the platform.
-    ComponentDescription wanted = {kSoundOutputDeviceType, kvx::bridgeSubType, kvx::bridgeManufacturer, 0,
-                                    0};
+    ComponentDescription wanted = {kSoundOutputDeviceType, kvx::bridgeSubType, kvx::bridgeManufacturer, 0, 0};
     const Component left = FindNextComponent(nullptr, &wanted);
     ASSERT_NE(left, nullptr);
     EXPECT_EQ(CountComponentInstances(left), 0);
