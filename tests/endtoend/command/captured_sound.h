@@ -15,8 +15,8 @@ inline void expectStartsWith(const std::vector<float>& captured, const std::vect
 {
     ASSERT_GE(captured.size(), expected.size());
     const auto [at, other] = std::mismatch(expected.begin(), expected.end(), captured.begin());
-    ASSERT_TRUE(at == expected.end()) << "sample " << at - expected.begin() << " of " << expected.size() << " is "
-                                      << *other << ", not " << *at;
+    ASSERT_TRUE(at == expected.end()) << "sample " << at - expected.begin() << " of " << expected.size()
+                                      << " is " << *other << ", not " << *at;
     EXPECT_TRUE(std::all_of(other, captured.end(), [](float sample) { return sample == 0.0f; }))
         << "sound after the end";
 }

@@ -52,15 +52,24 @@ struct KvxTest : testing::Test {
 
     support::ChildResult run(const Arguments& arguments) const { return runKvx(arguments, folder.path()); }
 
-    /// The size of the largest unfinished output file, which kvx renames when the file is complete; 0 for
-    /// none.
+    /// The unfinished output files, which kvx renames when they are complete.
+    std::vector<std::filesystem::path> unfinishedFiles() const
+    {
+        std::vector<std::filesystem::path> paths;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path()))
+            if (entry.path().extension() == ".part") paths.push_back(entry.path());
+        return paths;
+    }
+
+    /// The size of the largest unfinished output file, or 0.
     std::uintmax_t unfinishedBytes() const
     {
         std::uintmax_t largest = 0;
-        std::error_code renamed;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path()))
-            if (entry.path().extension() == ".part")
-                if (const auto size = entry.file_size(renamed); !renamed) largest = std::max(largest, size);
+        for (const auto& path : unfinishedFiles()) {
+            std::error_code renamed;
+            const auto size = std::filesystem::file_size(path, renamed);
+            if (!renamed) largest = std::max(largest, size);
+        }
         return largest;
     }
 };

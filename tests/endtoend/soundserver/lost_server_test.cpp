@@ -1,9 +1,8 @@
-// A sound server that crashes, hangs or comes late: the command ends with one message and leaves nothing
-// behind, and a program's listeners are told.
+// A sound server that crashes, hangs or starts late: the command ends with one message and leaves no
+// unfinished file, and the listeners of a program are notified.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/soundserver/sound_server.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
 #include <CoreAudio/CoreAudio.h>
 #include <KVXPlatform/KVXPlatform.h>
@@ -28,7 +27,7 @@ constexpr int rate = 48000;
 
 void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
 
-/// A command that plays to a server of its own, and is audible there once this is made.
+/// A `kvx play` that plays to its own server. The constructor returns when the server receives sound.
 struct ServerPlayer {
     ServerPlayer()
     {
@@ -39,9 +38,10 @@ struct ServerPlayer {
         command = std::make_unique<support::Child>(kvxCommand({"play", "--capture", "out.wav", "long.wav"}),
                                                    environment, folder.path());
         while (command->isRunning() && !recorder->connectToPlayer()) pause();
-        while (command->isRunning() && !recorder->hasHeardSound()) pause(); // connected is not yet started
+        while (command->isRunning() && !recorder->hasSound())
+            pause(); // the stream is connected before it starts
     }
-    ~ServerPlayer() { server.kill(); } // a frozen server does not let the recorder go
+    ~ServerPlayer() { server.kill(); } // closing the recorder would hang on a suspended server
 
     SoundServer server{rate};
     support::TemporaryFolder folder;
@@ -49,12 +49,12 @@ struct ServerPlayer {
     std::unique_ptr<support::Child> command;
 };
 
-TEST(SoundServerDeath, EndsThePlayingWithAMessage)
+TEST(LostSoundServer, EndsPlayWithAMessageWithoutHanging)
 {
     const struct {
         const char* what;
         void (SoundServer::*end)();
-    } facts[] = {{"killed", &SoundServer::kill}, {"frozen", &SoundServer::freeze}};
+    } facts[] = {{"killed", &SoundServer::kill}, {"suspended", &SoundServer::suspend}};
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.what);
         ServerPlayer player;
@@ -66,13 +66,13 @@ TEST(SoundServerDeath, EndsThePlayingWithAMessage)
         EXPECT_NE(result.err.find("kvx: play: system went away while playing; choose another device"),
                   std::string::npos)
             << result.err;
-        EXPECT_EQ(player.folder.count(), 1u) << "no half-made capture";
+        EXPECT_EQ(player.folder.count(), 1u) << "no unfinished capture";
     }
 }
 
-// As at a logout: the command closes its stream of a server that has just ended, before it is notified. The
-// notice may still come first, so several are tried.
-TEST(SoundServerDeath, AtTheMomentOfASignalLeavesNothing)
+// At a logout, kvx closes a stream of a dead server before the server loss is reported. The report may also
+// come first, so the test has several rounds.
+TEST(LostSoundServer, AtTheTimeOfASignalLeavesNoUnfinishedFile)
 {
     for (int round = 0; round < 6; ++round) {
         SCOPED_TRACE(round);
@@ -86,7 +86,7 @@ TEST(SoundServerDeath, AtTheMomentOfASignalLeavesNothing)
     }
 }
 
-TEST(SoundServerDeath, IsSeenByAWatch)
+TEST(LostSoundServer, IsReportedByTheDeviceWatch)
 {
     SoundServer server(rate);
     auto environment = server.environment();
@@ -95,7 +95,7 @@ TEST(SoundServerDeath, IsSeenByAWatch)
     const auto waitForText = [&](const char* text) {
         while (watch.isRunning() && watch.outSoFar().find(text) == std::string::npos) pause();
     };
-    waitForText("Simulated Input"); // the table's last row
+    waitForText("Simulated Input"); // the last row of the table
     server.kill();
     waitForText("no longer alive");
     waitForText("default output: from system (id 2) to Simulated Device");
@@ -106,15 +106,15 @@ TEST(SoundServerDeath, IsSeenByAWatch)
     EXPECT_NE(result.out.find("system (id 2): no longer alive\n"), std::string::npos) << result.out;
 }
 
-TEST(SoundServerDeath, AFrozenServerIsToldInOneLine)
+TEST(LostSoundServer, SuspendedServerFailsWithAMessageWithoutHanging)
 {
     SoundServer server(rate);
     support::TemporaryFolder folder;
     support::writeSound(support::makeSweep(rate, 2, rate), folder / "short.wav");
     auto environment = server.environment();
     environment.push_back({"KVX_AUDIO_DEVICE", ""});
-    server.freeze();
-    const std::vector<std::string> commands[] = {
+    server.suspend();
+    const Arguments commands[] = {
         {"devices"}, {"get", "0"}, {"play", "short.wav"}, {"play", "--device", "system", "short.wav"}};
     for (const auto& command : commands) {
         SCOPED_TRACE(testing::PrintToString(command));
@@ -132,7 +132,7 @@ TEST(SoundServerDeath, AFrozenServerIsToldInOneLine)
 
 // ---- in a program ----
 
-std::atomic<int> calls{0}, told{0};
+std::atomic<int> calls{0}, notifications{0};
 
 OSStatus countCall(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                    AudioBufferList*, const AudioTimeStamp*, void*)
@@ -141,14 +141,14 @@ OSStatus countCall(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*,
     return noErr;
 }
 
-OSStatus countTold(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*)
+OSStatus countNotification(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*)
 {
-    ++told;
+    ++notifications;
     return noErr;
 }
 
-/// The server's loudspeakers in the list, or 0.
-KVXDeviceID loudspeakers()
+/// The live device of the server in the device list, or 0.
+KVXDeviceID serverDevice()
 {
     std::vector<KVXDeviceInfo> rows(64);
     rows.resize(KVXPlatformGetDevices(rows.data(), 64));
@@ -157,34 +157,35 @@ KVXDeviceID loudspeakers()
     return 0;
 }
 
-TEST(SoundServerDeath, ServersThatComeAreEnteredAndTheirDeathIsTold)
+TEST(LostSoundServer, NewServersAreListedAndTheirLossIsNotified)
 {
     setenv("KVX_AUDIO_DEVICE", "", 1);
     setenv("JACK_NO_START_SERVER", "1", 1);
     setenv("JACK_DEFAULT_SERVER", "kvx-test", 1);
-    ASSERT_EQ(loudspeakers(), 0u) << "there is none yet";
+    ASSERT_EQ(serverDevice(), 0u) << "no server runs yet";
 
     SoundServer server(rate);
     ASSERT_EQ(KVXPlatformRefreshDevices(), 0) << KVXPlatformErrorText();
-    const KVXDeviceID device = loudspeakers();
+    const KVXDeviceID device = serverDevice();
     ASSERT_NE(device, 0u);
 
     const AudioObjectPropertyAddress alive = {kAudioDevicePropertyDeviceIsAlive,
                                               kAudioObjectPropertyScopeGlobal, 0};
-    ASSERT_EQ(AudioObjectAddPropertyListener(device, &alive, countTold, nullptr), noErr);
+    ASSERT_EQ(AudioObjectAddPropertyListener(device, &alive, countNotification, nullptr), noErr);
     ASSERT_EQ(AudioDeviceAddIOProc(device, countCall, nullptr), noErr);
     ASSERT_EQ(AudioDeviceStart(device, countCall), noErr);
     while (calls < 3) pause();
     server.kill();
-    while (!told) pause();
-    EXPECT_EQ(loudspeakers(), 0u);
+    while (notifications == 0) pause();
+    EXPECT_EQ(serverDevice(), 0u);
     const int before = calls;
-    while (calls < before + 3) pause(); // the timer turns it, so that whoever started can stop
+    while (calls < before + 3)
+        pause(); // the timer runs the I/O cycles of a dead device, so that its procedures can stop
     EXPECT_EQ(AudioDeviceStop(device, countCall), noErr);
     EXPECT_EQ(AudioDeviceRemoveIOProc(device, countCall), noErr);
-    EXPECT_EQ(AudioObjectRemovePropertyListener(device, &alive, countTold, nullptr), noErr);
-    EXPECT_EQ(told, 1);
-    EXPECT_NE(KVXPlatformRefreshDevices(), 0) << "a stream that ended cannot be let go";
+    EXPECT_EQ(AudioObjectRemovePropertyListener(device, &alive, countNotification, nullptr), noErr);
+    EXPECT_EQ(notifications, 1);
+    EXPECT_NE(KVXPlatformRefreshDevices(), 0) << "a lost stream cannot be closed";
 }
 
 } // namespace

@@ -26,28 +26,28 @@ bool answers()
 
 } // namespace
 
-// Servers on a machine stand in a short list, which a killed one stays in until one of the same name comes.
-// So all of ours bear one name, and take turns.
+// The list of servers on a machine is short, and a killed server stays in the list until a server of the same
+// name starts. So all test servers have one name, and run one at a time.
 SoundServer::SoundServer(int sampleRate)
-    : turn_(open("/tmp/kvx-sound-server.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666))
+    : lockFile_(open("/tmp/kvx-sound-server.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666))
 {
-    flock(turn_, LOCK_EX);
+    flock(lockFile_, LOCK_EX);
     for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
     jack_set_error_function(ignoreMessage);
     jack_set_info_function(ignoreMessage);
-    // -S: a cycle waits for its clients, so that a busy machine delays the sound but loses none of it.
-    // It dies with the test, however that ends: a server left behind would stand in every later one's way.
+    // -S: a cycle waits for its clients, so a busy machine delays the sound without losing samples.
+    // The server dies with the test, since a remaining server would block all later ones.
     server_ = std::make_unique<support::Child>(
         std::vector<std::string>{"setpriv", "--pdeathsig", "KILL", "jackd", "-S", "-t", "5000", "-r", "-n",
                                  serverName, "-d", "dummy", "-r", std::to_string(sampleRate)});
-    for (int looks = 0; looks < 200 && server_->isRunning(); ++looks) {
+    for (int tries = 0; tries < 200 && server_->isRunning(); ++tries) {
         if (answers()) return;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     server_->send(SIGTERM);
     const auto result = server_->wait();
-    close(turn_);
-    throw std::runtime_error("the sound server does not answer: " + result.out + result.err);
+    close(lockFile_);
+    throw std::runtime_error("the sound server does not start: " + result.out + result.err);
 }
 
 SoundServer::~SoundServer()
@@ -56,13 +56,13 @@ SoundServer::~SoundServer()
     server_->send(SIGCONT);
     for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    server_.reset(); // by force, if need be
-    close(turn_);
+    server_.reset(); // kills the server if it still runs
+    close(lockFile_);
 }
 
 void SoundServer::kill() { server_->send(SIGKILL); }
 
-void SoundServer::freeze() { server_->send(SIGSTOP); }
+void SoundServer::suspend() { server_->send(SIGSTOP); }
 
 support::Child::Environment SoundServer::environment() const
 {
@@ -71,11 +71,11 @@ support::Child::Environment SoundServer::environment() const
             {"JACK_NO_AUDIO_RESERVATION", "1"}};
 }
 
-Recorder::Recorder(double secondsAtMost)
+Recorder::Recorder(double maximumSeconds)
 {
     client_ = jack_client_open("recorder", JackNoStartServer, nullptr);
-    if (!client_) throw std::runtime_error("the recorder is not let in by the sound server");
-    samples_.resize(std::size_t(secondsAtMost * sampleRate()) * 2);
+    if (!client_) throw std::runtime_error("the sound server does not accept the recorder");
+    samples_.resize(std::size_t(maximumSeconds * sampleRate()) * 2);
     jack_set_process_callback(client_, process, this);
     ports_[0] = jack_port_register(client_, "left", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
     ports_[1] = jack_port_register(client_, "right", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
@@ -86,16 +86,16 @@ Recorder::~Recorder() { jack_client_close(client_); }
 
 int Recorder::sampleRate() const { return int(jack_get_sample_rate(client_)); }
 
-// What is connected to the loudspeakers is the stream; a client may have other ports that come and go.
+// The connections of the playback ports identify the stream; clients also create temporary ports.
 bool Recorder::connectToPlayer()
 {
-    const char* const loudspeakers[2] = {"system:playback_1", "system:playback_2"};
+    const char* const playbackPorts[2] = {"system:playback_1", "system:playback_2"};
     for (int i = 0; i < 2; ++i) {
         if (isConnected_[i]) continue;
-        const char** players =
-            jack_port_get_all_connections(client_, jack_port_by_name(client_, loudspeakers[i]));
-        if (players) isConnected_[i] = jack_connect(client_, players[0], jack_port_name(ports_[i])) == 0;
-        jack_free(players);
+        const char** sources =
+            jack_port_get_all_connections(client_, jack_port_by_name(client_, playbackPorts[i]));
+        if (sources) isConnected_[i] = jack_connect(client_, sources[0], jack_port_name(ports_[i])) == 0;
+        jack_free(sources);
     }
     return isConnected_[0] && isConnected_[1];
 }
@@ -113,7 +113,7 @@ int Recorder::process(jack_nframes_t frames, void* context)
     recorder.count_.store(count, std::memory_order_release);
     const auto isSound = [](float sample) { return sample != 0.0f; };
     if (std::any_of(left, left + frames, isSound) || std::any_of(right, right + frames, isSound))
-        recorder.hasHeardSound_ = true;
+        recorder.hasSound_ = true;
     return 0;
 }
 

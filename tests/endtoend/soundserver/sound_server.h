@@ -1,5 +1,5 @@
-// A sound server of a test's own: jackd with its dummy driver, under a name of its own, ended by its own
-// process id; and a client of it that records what another client plays.
+// A private sound server (jackd with its dummy driver), and a client that records the output of another
+// client.
 #pragma once
 
 #include "tests/support/child_process.h"
@@ -15,39 +15,39 @@ namespace endtoend {
 
 class SoundServer {
 public:
-    /// Starts it and waits until it answers. Throws std::runtime_error when it does not.
+    /// Start the server, and wait until it accepts clients. Throws std::runtime_error after 10 seconds.
     explicit SoundServer(int sampleRate);
     ~SoundServer();
 
-    /// End it at once, as a crash would.
+    /// End the server like a crash.
     void kill();
 
-    /// Have it stop answering, though it is there.
-    void freeze();
+    /// Suspend the server process: it exists, but does not answer.
+    void suspend();
 
-    /// For every program that is to find this server, and start none.
+    /// The environment of programs that use this server and start no other.
     support::Child::Environment environment() const;
 
 private:
-    int turn_; // a file, locked while the server is ours
+    int lockFile_; // locked while this server runs
     std::unique_ptr<support::Child> server_;
 };
 
-/// Records what goes to the first two loudspeakers.
+/// Records the signals of the first two playback ports of the server.
 class Recorder {
 public:
-    explicit Recorder(double secondsAtMost);
+    explicit Recorder(double maximumSeconds);
     ~Recorder();
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
-    /// Connect to what plays to the loudspeakers, once something does. True when both channels are connected.
+    /// Connect to the client that plays, if there is one. Returns true when both channels are connected.
     bool connectToPlayer();
 
-    /// Whether anything but silence has arrived, recorded or past the end of the recording.
-    bool hasHeardSound() const { return hasHeardSound_; }
+    /// Whether a non-zero sample has arrived, even after the end of the recording.
+    bool hasSound() const { return hasSound_; }
 
-    /// All that was recorded, interleaved stereo.
+    /// The recorded samples, interleaved stereo.
     std::vector<float> samples() const;
     int sampleRate() const;
 
@@ -57,9 +57,10 @@ private:
     jack_client_t* client_ = nullptr;
     jack_port_t* ports_[2] = {};
     bool isConnected_[2] = {};
-    std::vector<float> samples_; // as long as may be needed; filled by the server's thread
+    std::vector<float>
+        samples_; // allocated for the whole recording; written by the thread of the server's client
     std::atomic<std::size_t> count_{0};
-    std::atomic<bool> hasHeardSound_{false};
+    std::atomic<bool> hasSound_{false};
 };
 
 } // namespace endtoend

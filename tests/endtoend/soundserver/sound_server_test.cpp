@@ -1,9 +1,8 @@
-// A real sound server: `kvx play` to PortAudio to the server, whose stream another client records. No gap, no
-// repeat, the right rate: what is recorded is the file, sample for sample.
+// `kvx play` through PortAudio to a real sound server: a recording of the stream equals the file, sample for
+// sample.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/soundserver/sound_server.h"
 #include "tests/support/sound_samples.h"
-#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -17,21 +16,20 @@ using namespace endtoend;
 
 constexpr int rate = 48000;
 
-/// A sweep behind eight seconds of silence, in which, on a busy machine too, the recorder finds its way to
-/// the player.
-support::Sound makeProgramme()
+/// A sweep after eight seconds of silence, in which the recorder connects to the player.
+support::Sound makeDelayedSweep()
 {
     support::Sound sound = support::makeSweep(rate, 2, rate * 4);
     sound.samples.insert(sound.samples.begin(), rate * 16, 0.0f);
     return sound;
 }
 
-TEST(SoundServer, HearsTheFileSampleForSample)
+TEST(SoundServer, ReceivesTheFileSampleForSample)
 {
     SoundServer server(rate);
     support::TemporaryFolder folder;
-    const support::Sound programme = makeProgramme();
-    support::writeSound(programme, folder / "sweep.wav");
+    const support::Sound sound = makeDelayedSweep();
+    support::writeSound(sound, folder / "sweep.wav");
 
     Recorder recorder(60);
     ASSERT_EQ(recorder.sampleRate(), rate);
@@ -44,15 +42,14 @@ TEST(SoundServer, HearsTheFileSampleForSample)
     const std::vector<float> before = recorder.samples();
     ASSERT_TRUE(isConnected) << player.wait().err;
     ASSERT_TRUE(std::all_of(before.begin(), before.end(), [](float sample) { return sample == 0.0f; }))
-        << "the recorder is there before the sound";
+        << "the recorder connected after the start of the sound";
     const auto result = player.wait();
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
 
     const std::vector<float> recorded = recorder.samples();
-    const std::size_t silence = support::leadingSilence(programme) * 2;
-    const std::vector<float> sweep(programme.samples.begin() + std::ptrdiff_t(silence),
-                                   programme.samples.end());
+    const std::size_t silence = support::leadingSilence(sound) * 2;
+    const std::vector<float> sweep(sound.samples.begin() + std::ptrdiff_t(silence), sound.samples.end());
     const auto first =
         std::find_if(recorded.begin(), recorded.end(), [](float sample) { return sample != 0.0f; });
     const auto start = std::size_t(first - recorded.begin()) / 2 * 2;
