@@ -142,7 +142,7 @@ TEST_F(InjectedFailures, CaptureIsIntactWithClosedStandardStreams)
     }
 }
 
-// ---- space ----
+// ---- disk space ----
 
 TEST_F(InjectedFailures, FileSizeLimitFailsAndLeavesNoFile)
 {

@@ -116,7 +116,7 @@ TEST_F(Render, LengthFollowsTheRatePlusTheTail)
     const struct {
         Arguments more;
         double factor;
-        std::size_t longestTail; ///< of the rate unit, in frames
+        std::size_t longestTail; ///< upper limit of the tail of the rate unit, in frames
     } facts[] = {
         {{}, 1, 0},
         {{"--rate", "1", "--pitch", "0", "--eq", "flat"}, 1, 0},
@@ -231,7 +231,7 @@ TEST_F(Render, PanAndChannelMapTreatMonoAsStereo)
     support::writeSound(sound, folder / "in.wav");
     const struct {
         Arguments more;
-        std::vector<float> gains; ///< of each rendered channel
+        std::vector<float> gains; ///< gain of each rendered channel
     } facts[] = {
         {{}, {1}},
         {{"--pan", "0"}, {1}},

@@ -80,7 +80,7 @@ TEST_F(SoundStream, PlaysAFileExactly)
 
 TEST_F(SoundStream, InRealTimePlaysAFileExactly)
 {
-    const Sound sound = makeNoise16(2, 110250); // more than two buffers of the client
+    const Sound sound = makeNoise16(2, 110250); // longer than two buffers of the client
     expectAfterSilence(play(write(sound), {}), sound.samples);
 }
 

@@ -154,7 +154,7 @@ TEST_F(TruncatedFiles, WithoutAStatedLengthPlayWithoutAWarning)
     const Sound sound = support::makeSweep(44100, 2, 44100);
     write(sound, "streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::fstream file(folder / "streamed.wav", std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(40); // the length of the data chunk
+    file.seekp(40); // offset of the length of the data chunk
     file.write("\xff\xff\xff\xff", 4);
     file.close();
     truncate("streamed.wav", 4 * 10000);

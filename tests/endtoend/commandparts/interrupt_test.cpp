@@ -17,7 +17,7 @@ TEST(InterruptDeathTest, SecondSignalOfAKindEndsTheProcess)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
-        std::signal(signal, SIG_DFL); // the test itself may run under nohup
+        std::signal(signal, SIG_DFL); // nohup may have started the test
         {
             const InterruptGuard guard;
             EXPECT_FALSE(isInterrupted());

@@ -87,7 +87,7 @@ TEST(BufferedPlay, ReportsAGapAfterAnUnderflow)
     const KVXDeviceInfo info = makeDefault(device);
     kvx::BufferedPlayer playback(loaded.host(), playlist[0], 1.0f);
     playback.start(info);
-    device.step(44100 * 25); // more than all queued blocks
+    device.step(44100 * 25); // render more than all queued blocks
     EXPECT_TRUE(playback.advance());
     EXPECT_TRUE(playback.hadGap());
 }

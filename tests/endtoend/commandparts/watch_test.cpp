@@ -15,7 +15,7 @@ namespace {
 using namespace endtoend;
 using Lines = std::vector<std::string>;
 
-constexpr std::size_t perSystem = 4, perDevice = 7; // listeners
+constexpr std::size_t perSystem = 4, perDevice = 7; // listener counts
 
 template <class T>
 std::string bytes(T value)
@@ -23,12 +23,12 @@ std::string bytes(T value)
     return kvx::bytesOf(value);
 }
 
-struct WatchTest : LoadedHostTest {
+struct DeviceWatch : LoadedHostTest {
     std::optional<kvx::CoreAudio> core{loaded.host};
     Lines lines;
     std::optional<kvx::Watch> watch;
 
-    WatchTest()
+    DeviceWatch()
     {
         watch.emplace(loaded.host, *core, [this](const std::string& line) { lines.push_back(line); });
     }
@@ -58,7 +58,7 @@ struct WatchTest : LoadedHostTest {
     }
 };
 
-TEST_F(WatchTest, KnowsTheDevicesFromTheStart)
+TEST_F(DeviceWatch, KnowsTheDevicesFromTheStart)
 {
     ASSERT_EQ(watch->devices().size(), 2u);
     EXPECT_EQ(watch->devices()[0].id, KVXPlatformBuiltInSimulatedDevice());
@@ -68,7 +68,7 @@ TEST_F(WatchTest, KnowsTheDevicesFromTheStart)
     EXPECT_EQ(lines, Lines{}) << "no changes";
 }
 
-TEST_F(WatchTest, NewDevicesGetListenersAndRemovedDevicesLoseThem)
+TEST_F(DeviceWatch, NewDevicesGetListenersAndRemovedDevicesLoseThem)
 {
     const auto desk = plugIn("Desk");
     EXPECT_EQ(linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz").size(), 1u);
@@ -81,7 +81,7 @@ TEST_F(WatchTest, NewDevicesGetListenersAndRemovedDevicesLoseThem)
     EXPECT_EQ(watch->devices().size(), 2u);
 }
 
-TEST_F(WatchTest, EachKindOfChangePrintsOneLine)
+TEST_F(DeviceWatch, EachKindOfChangePrintsOneLine)
 {
     const auto desk = plugIn("Desk");
     const std::string name = named("Desk", desk);
@@ -102,7 +102,7 @@ TEST_F(WatchTest, EachKindOfChangePrintsOneLine)
     for (const auto& fact : facts) {
         write(fact.address, fact.value);
         EXPECT_EQ(linesUntil(name + fact.line), Lines{name + fact.line});
-        write(fact.address, fact.value); // an equal value is no change
+        write(fact.address, fact.value); // writing an equal value is no change
         watch->reportChanges(0.02);
         EXPECT_EQ(lines, Lines{});
     }
@@ -114,7 +114,7 @@ TEST_F(WatchTest, EachKindOfChangePrintsOneLine)
     EXPECT_EQ(linesUntil(name + ": went"), Lines{name + ": went"});
 }
 
-TEST_F(WatchTest, StartAndStopPrintOneLineEach)
+TEST_F(DeviceWatch, StartAndStopPrintOneLineEach)
 {
     const auto desk = plugIn("Desk");
     const std::string name = named("Desk", desk);
@@ -133,7 +133,7 @@ TEST_F(WatchTest, StartAndStopPrintOneLineEach)
     linesUntil(name + ": went");
 }
 
-TEST_F(WatchTest, RolesMoveToTheNewDefaultDevice)
+TEST_F(DeviceWatch, RolesMoveToTheNewDefaultDevice)
 {
     const auto builtIn = KVXPlatformBuiltInSimulatedDevice();
     const auto desk = plugIn("Desk");
@@ -152,7 +152,7 @@ TEST_F(WatchTest, RolesMoveToTheNewDefaultDevice)
         << "the removed device is still named";
 }
 
-TEST_F(WatchTest, DevicesAddedAndRemovedBetweenTwoReportsLeaveNoListeners)
+TEST_F(DeviceWatch, DevicesAddedAndRemovedBetweenTwoReportsLeaveNoListeners)
 {
     for (int i = 0; i < 50; ++i) KVXPlatformRemoveSimulatedDevice(plugIn("Flash"));
     const auto desk = plugIn("Desk");
@@ -164,19 +164,19 @@ TEST_F(WatchTest, DevicesAddedAndRemovedBetweenTwoReportsLeaveNoListeners)
     EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
 }
 
-TEST_F(WatchTest, EndsWithPendingEvents)
+TEST_F(DeviceWatch, EndsWithPendingEvents)
 {
     const auto desk = plugIn("Desk");
     linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz");
     for (int i = 1; i <= 100; ++i) write({desk, 'nsrt'}, bytes(double(44100 + i)));
-    watch.reset(); // with 100 pending events
+    watch.reset(); // destroy the watch while 100 events are pending
     KVXPlatformRemoveSimulatedDevice(desk);
     while (KVXPlatformDrainMainQueue(0.05) > 0) {
     }
     EXPECT_EQ(lines, Lines{}) << "no lines after the end of the watch";
 }
 
-TEST_F(WatchTest, DemoRemovesItsDevicesAtAnyStep)
+TEST_F(DeviceWatch, DemoRemovesItsDevicesAtAnyStep)
 {
     for (int steps = 0; steps <= 11; ++steps) {
         SCOPED_TRACE(steps);

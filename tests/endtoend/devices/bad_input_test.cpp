@@ -11,7 +11,7 @@ using host::Object;
 using host::Value;
 
 const char* const badInstance = "-2147450879";
-const char* const shortBadInstance = "-32767"; // the same status in 16 bits, from CloseComponent
+const char* const shortBadInstance = "-32767"; // badInstance in 16 bits, as CloseComponent returns it
 
 class BadDeviceInput : public LoadedHostTest {
 protected:

@@ -114,9 +114,8 @@ TEST_F(DeviceEvents, ConcurrentChangesReachLiveListenersAndNoDestroyedOnes)
             --changing;
         });
 
-    // Listeners are created and destroyed during the changes. Those of busy channels are destroyed with
-    // events pending. Those of the quiet channel may get the address of a destroyed one, and must not receive
-    // its events.
+    // During the changes, destroy listeners of a busy channel while their events are pending. New listeners
+    // of the quiet channel may get the same addresses, and must not receive those events.
     int quietEvents = 0;
     while (changing) {
         std::vector<EventCount> busy, quiet;

@@ -89,14 +89,14 @@ TEST_F(DeviceSettings, NewSliceSizesNeitherLoseNorRepeatFrames)
     std::size_t played = 0;
     int changes = 0;
     for (UInt32 frames : {64u, 48u, 512u, 1u, 8192u, 7u, 64u}) {
-        if (frames == 48) // through the older property, in bytes
+        if (frames == 48) // set the slice through the older property, which counts bytes
             audio.object.call("AudioDeviceSetPropertyMemory", std::int64_t(device.id()), nullptr, 0, false,
                               "bsiz", MemoryBlock::copyOf(std::vector<UInt32>{frames * 8}), 0, 4);
         else
             audio.set(device.id(), overall('fsiz'), frames);
         EXPECT_EQ(audio.status(), "0") << frames;
         EXPECT_EQ(audio.get<UInt32>(device.id(), overall('fsiz')), frames);
-        device.step(3 * frames / 2 + 5); // never a whole number of slices
+        device.step(3 * frames / 2 + 5); // not a whole number of slices
         played += 3 * frames / 2 + 5;
         EXPECT_EQ(player.get("OutputPosition").number(), double(played));
         changes += frames != 64 || changes > 0;
@@ -113,7 +113,7 @@ TEST_F(DeviceSettings, NewSliceSizesNeitherLoseNorRepeatFrames)
 
 constexpr uint32_t slice = 64;
 constexpr uint32_t glide = 512;                     // frames over which a level changes
-constexpr uint32_t glideSlices = glide / slice + 1; // the slices of a level change, and one more
+constexpr uint32_t glideSlices = glide / slice + 1; // slices of a level change, plus one
 
 /// A player of the constant 1 on a device whose levels change.
 class DeviceLevels : public LoadedHostTest {
@@ -176,7 +176,7 @@ TEST_F(DeviceLevels, FollowTheVolumeOfEachChannel)
 TEST_F(DeviceLevels, FallToSilenceWhenMutedAndRiseWhenUnmuted)
 {
     render(0, 1);
-    for (UInt32 element : {0u, 2u}) { // all channels, or the right channel
+    for (UInt32 element : {0u, 2u}) { // element 0 is all channels, element 2 the right one
         for (UInt32 isMuted : {1u, 0u}) {
             SCOPED_TRACE(std::to_string(element) + " " + std::to_string(isMuted));
             ASSERT_EQ(audio_.set<UInt32>(device_.id(), ofOutput('mute', element), isMuted), "0");

@@ -19,7 +19,7 @@
 
 namespace {
 
-std::atomic<int> detaches{0}; // calls of pthread_detach by the library
+std::atomic<int> detaches{0}; // the number of calls of pthread_detach by the library
 
 bool isLibrary(const void* code)
 {
@@ -50,16 +50,17 @@ namespace {
 
 using namespace endtoend;
 
-using FilePlayerBackgroundLoad = LoadedHostTest;
+using FilePlayerBackgroundLoad = FilePlayerTest;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* olderVariable = "KVX_TEST_ON_OLDER"; // set in the process that tests the older platform
+// This environment variable is set in the child process that tests the older platform.
+constexpr const char* olderVariable = "KVX_TEST_ON_OLDER";
 bool isOlder() { return std::getenv(olderVariable); }
 
 constexpr int rate = 8000;
 constexpr std::size_t hour = std::size_t(rate) * 3600;
 
-/// The sample of a frame, which differs between neighbouring frames and between hours, minutes and seconds.
+/// A sample value that depends on the frame number, so that misplaced frames show.
 short sampleOf(std::size_t frame) { return short(frame * 40503u >> 3); }
 
 void writeHour(const std::string& path)
@@ -80,7 +81,6 @@ void writeHour(const std::string& path)
 
 TEST_F(FilePlayerBackgroundLoad, ProgramRunsWhileAnHourLoads)
 {
-    const support::TemporaryFolder folder;
     writeHour(folder / "hour.wav");
     // The program handles events, has a timer of 5 ms, and reads properties of the player.
     const AudioObjects audio(loaded.host);
@@ -130,7 +130,6 @@ TEST_F(FilePlayerBackgroundLoad, ProgramRunsWhileAnHourLoads)
 // The load is complete before the exception continues, because the worker writes to memory of the player.
 TEST_F(FilePlayerBackgroundLoad, ExceptionOfTheProgramWaitsForTheLoad)
 {
-    const support::TemporaryFolder folder;
     const support::Sound sound = support::makeNoise(44100, 2, 44100);
     support::writeSound(sound, folder / "x.wav");
     const host::Object player = loaded.host.create(filePlayerClass);
@@ -143,7 +142,6 @@ TEST_F(FilePlayerBackgroundLoad, ExceptionOfTheProgramWaitsForTheLoad)
 
 TEST_F(FilePlayerBackgroundLoad, SuccessiveLoadsPlayExactly)
 {
-    const support::TemporaryFolder folder;
     const support::Sound sound = support::makeNoise(44100, 2, 1000);
     support::writeSound(sound, folder / "x.wav");
     SteppedDevice device(44100, 2);
@@ -163,7 +161,6 @@ TEST_F(FilePlayerBackgroundLoad, SuccessiveLoadsPlayExactly)
 // The second load starts while the first load yields to the program.
 TEST_F(FilePlayerBackgroundLoad, NestedLoadsBothComplete)
 {
-    const support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 441000), folder / "x.wav");
     const host::Object outer = loaded.host.create(filePlayerClass);
     const host::Object inner = loaded.host.create(filePlayerClass);
@@ -181,7 +178,6 @@ TEST_F(FilePlayerBackgroundLoad, NestedLoadsBothComplete)
 
 TEST_F(FilePlayerBackgroundLoad, TimePitchUnitOfThePlatformSetsDurationAndPitch)
 {
-    const support::TemporaryFolder folder;
     support::writeSound(makeTone(44100, 1, 2, 440), folder / "tone.wav");
     const struct {
         double rate, cents, hertz, seconds;

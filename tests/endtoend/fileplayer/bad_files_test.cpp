@@ -214,7 +214,7 @@ TEST_F(FilePlayerBadFiles, WithoutReadPermissionAreRefused)
     chmod(folder.path().c_str(), 0755);
     LoadedHost loaded;
     const pid_t child = fork();
-    if (child == 0) { // as another user, since the superuser can read every file
+    if (child == 0) { // the child runs as another user, since the superuser can read every file
         if (geteuid() == 0 && setuid(65534) != 0) _exit(9);
         const host::Object player = loaded.host.create(filePlayerClass);
         if (loadResult(player, "LoadFile", path, 2) != "false") _exit(1);
@@ -230,7 +230,7 @@ TEST_F(FilePlayerBadFiles, WithoutReadPermissionAreRefused)
 TEST_F(FilePlayerBadFiles, WithWrongHeadersLoadThePresentFrames)
 {
     const Bytes good = makeWav();
-    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // 2^31 frames of 1 byte
+    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // the header states 2^31 frames of 1 byte
     billions = changed(changed(changed(billions, 22, 1, 2), 32, 1, 2), 34, 8, 2);
     Bytes huge = changed(changed(good, 40, 0xFFFFFFF0, 4), 4, 0xFFFFFFFF, 4);
     const struct {

@@ -11,8 +11,7 @@ using support::Sound;
 
 constexpr std::size_t length = 44100 * 2;
 
-struct FilePlayerDevices : LoadedHostTest {
-    const support::TemporaryFolder folder;
+struct FilePlayerDevices : FilePlayerTest {
     const std::string path = folder / "x.wav";
     const Sound sound = support::makeNoise(44100, 2, length);
 
@@ -44,7 +43,7 @@ KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inp
 
 TEST_F(FilePlayerDevices, AreListedByNumberAndName)
 {
-    const host::Object player = loaded.host.create(filePlayerClass); // without a loaded file
+    const host::Object player = loaded.host.create(filePlayerClass); // the device list needs no loaded file
     const KVXDeviceID output = addDevice("Öüter space", 2, 0);
     const KVXDeviceID input = addDevice("Ears only", 0, 2);
     const KVXDeviceID both = addDevice("Both ways", 8, 1);
@@ -267,7 +266,8 @@ TEST_F(FilePlayerDevices, UnpluggedDuringPlaybackThePlayerPausesOrIsDestroyedWit
     for (const bool pauses : {false, true}) {
         SCOPED_TRACE(pauses);
         FilePlayer player(loaded, path);
-        const KVXDeviceID doomed = addDevice("Doomed", 2, 0); // a paced device, with its own render thread
+        const KVXDeviceID doomed =
+            addDevice("Doomed", 2, 0); // the device is paced: it has its own render thread
         player.object().set("CurrentDeviceID", std::int64_t(doomed));
         player.play();
         while (player.get("CurrentTime") == 0.0) std::this_thread::sleep_for(std::chrono::milliseconds(1));

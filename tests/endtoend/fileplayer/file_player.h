@@ -18,6 +18,18 @@ inline const char* const filePlayerClass = "AUPlayerKVX";
 /// Interleaved samples, or the samples of one channel.
 using Samples = std::vector<float>;
 
+/// Tests with a loaded host and a folder for sound files.
+struct FilePlayerTest : LoadedHostTest {
+    const support::TemporaryFolder folder;
+
+    /// Write a WAV file of 32-bit float. Returns its path.
+    std::string write(const support::Sound& sound, const std::string& name = "x.wav") const
+    {
+        support::writeSound(sound, folder / name);
+        return folder / name;
+    }
+};
+
 /// A file player with a loaded file, on its own stepped device.
 /// Errors  the test fails if the file does not load.
 class FilePlayer {
@@ -30,7 +42,7 @@ public:
         int maximumFramesPerSlice = 0;
         int outputUnit = 0;
         int timePitchUnit = 0;
-        int channels = 0; ///< both data channels and output channels of the load
+        int channels = 0; ///< the number of data channels and of output channels
     };
 
     FilePlayer(LoadedHost& loaded, const std::string& path) : FilePlayer(loaded, path, Setup()) {}

@@ -10,7 +10,7 @@ namespace {
 
 using namespace endtoend;
 
-using FilePlayerFormats = LoadedHostTest;
+using FilePlayerFormats = FilePlayerTest;
 using support::Sound;
 
 constexpr int wav = SF_FORMAT_WAV, wavex = SF_FORMAT_WAVEX, aiff = SF_FORMAT_AIFF, caf = SF_FORMAT_CAF;
@@ -84,7 +84,6 @@ bool isLossless(int format)
 
 TEST_F(FilePlayerFormats, EveryFormatPlaysExactlyTheDecodedSamples)
 {
-    const support::TemporaryFolder folder;
     for (const auto& file : files) {
         SCOPED_TRACE(file.name);
         const std::string path = folder / file.name;
@@ -110,7 +109,6 @@ TEST_F(FilePlayerFormats, EveryFormatPlaysExactlyTheDecodedSamples)
 
 TEST_F(FilePlayerFormats, DataHoldsTheDecodedSamples)
 {
-    const support::TemporaryFolder folder;
     for (const auto& file : files) {
         if (file.channels != 2) continue;
         SCOPED_TRACE(file.name);
@@ -126,7 +124,6 @@ TEST_F(FilePlayerFormats, DataHoldsTheDecodedSamples)
 
 TEST_F(FilePlayerFormats, RequestedChannelsComeFromTheFileChannels)
 {
-    const support::TemporaryFolder folder;
     const struct {
         int file, requested;      ///< channel counts
         std::vector<int> sources; ///< the file channel on each device channel; -1: silence

@@ -12,15 +12,7 @@ using support::Sound;
 
 constexpr int rate = 44100;
 
-struct FilePlayerLevels : LoadedHostTest {
-    const support::TemporaryFolder folder;
-
-    std::string write(const Sound& sound)
-    {
-        support::writeSound(sound, folder / "x.wav");
-        return folder / "x.wav";
-    }
-};
+using FilePlayerLevels = FilePlayerTest;
 
 /// Centre frequencies of the equaliser bands, in hertz.
 const double centres[] = {20,   25,   31.5, 40,   50,   63,    80,    100,   125,  160,  200,
@@ -149,7 +141,7 @@ TEST_F(FilePlayerLevels, MissingMixerInputsReturn0AndAnError)
 
 // ---- meters ----
 
-constexpr int peakHold = 4000, inputScope = 1; // a parameter and a scope of the mixer unit
+constexpr int peakHold = 4000, inputScope = 1; // the peak parameter and the input scope of the mixer unit
 
 /// Noise whose level changes four times a second, with one sample of another height at frame `click`.
 Sound unevenNoise(std::size_t click, float clickHeight)
@@ -210,7 +202,7 @@ TEST_F(FilePlayerLevels, MixerHoldsThePeakForASecond)
     player.play();
     player.render(rate / 4 - rate / 4 % 512);
     EXPECT_NEAR(peak(), decibels(0.05), 0.5) << "noise before the click";
-    player.render(rate / 4 + 1024); // past the click
+    player.render(rate / 4 + 1024); // the frames with the click
     EXPECT_NEAR(peak(), decibels(0.9), 0.5);
     player.render(rate * 9 / 10);
     EXPECT_NEAR(peak(), decibels(0.9), 0.5) << "0.9 seconds after the click";

@@ -32,7 +32,7 @@ public:
     }
     KVXDeviceID id() const { return device_.id(); }
 
-    /// Run I/O cycles, in which allocation raises the alarm. Returns the rendered seconds.
+    /// Run I/O cycles with the allocation alarm on. Returns the rendered seconds.
     double step(std::uint32_t frames)
     {
         alarm_::forbid(true);

@@ -15,17 +15,16 @@ struct Fact {
     double pitchFactor, durationFactor;
 };
 
-struct FilePlayerRates : LoadedHostTest {
+struct FilePlayerRates : FilePlayerTest {
     /// Render a tone of two seconds with a rate and a pitch, and measure its frequency, duration and level.
     void measure(int rateUnit, const Fact& fact, int sampleRate, int channels)
     {
         SCOPED_TRACE(testing::Message() << "rate " << fact.rate << ", " << fact.cents << " cents, "
                                         << sampleRate << " Hz, " << channels << " channels");
-        const support::TemporaryFolder folder;
-        support::writeSound(makeTone(sampleRate, channels, seconds, hertz), folder / "tone.wav");
+        const std::string path = write(makeTone(sampleRate, channels, seconds, hertz));
         FilePlayer::Setup setup;
         setup.timePitchUnit = rateUnit;
-        FilePlayer player(loaded, folder / "tone.wav", setup);
+        FilePlayer player(loaded, path, setup);
         if (fact.cents != 0) player.set("PitchRate", fact.cents);
         if (fact.rate != 1) player.set("TimeRate", fact.rate);
         player.play();
@@ -76,7 +75,6 @@ TEST_F(FilePlayerRates, VarispeedChangesDurationAndPitchTogether)
 
 TEST_F(FilePlayerRates, RateUnitsNeitherDelayTheBeginningNorCutTheEnd)
 {
-    const support::TemporaryFolder folder;
     // A burst at each end, and silence between them.
     support::Sound sound = makeTone(44100, 1, 1, 1000);
     std::fill(sound.samples.begin() + 2205, sound.samples.end() - 2205, 0.0f);
@@ -106,7 +104,6 @@ TEST_F(FilePlayerRates, RateUnitsNeitherDelayTheBeginningNorCutTheEnd)
 
 TEST_F(FilePlayerRates, RateUnitCanChangeDuringPlayback)
 {
-    const support::TemporaryFolder folder;
     support::writeSound(makeTone(44100, 1, 6, hertz), folder / "tone.wav");
     FilePlayer player(loaded, folder / "tone.wav");
     player.set("TimeRate", 1.5);
@@ -126,14 +123,13 @@ TEST_F(FilePlayerRates, RateUnitCanChangeDuringPlayback)
         SCOPED_TRACE(fact.why);
         player.set("TimePitchUnit", fact.set);
         EXPECT_EQ(player.get("TimePitchUnit"), fact.reads);
-        player.render(11025); // discards frames from the former unit
+        player.render(11025); // discard the frames that the former unit has buffered
         EXPECT_NEAR(frequencyOf(player.render(11025), 44100), fact.expected, 0.005 * fact.expected);
     }
 }
 
 TEST_F(FilePlayerRates, PropertiesReadBackTheLimitedAndRoundedValue)
 {
-    const support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 2, 4410), folder / "x.wav");
     const FilePlayer player(loaded, folder / "x.wav");
     const struct {

@@ -8,15 +8,7 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-struct FilePlayerSlices : LoadedHostTest {
-    const support::TemporaryFolder folder;
-
-    std::string write(const Sound& sound)
-    {
-        support::writeSound(sound, folder / "x.wav");
-        return folder / "x.wav";
-    }
-};
+using FilePlayerSlices = FilePlayerTest;
 
 TEST_F(FilePlayerSlices, OfAnySizeAndLimitRenderTheFileExactly)
 {

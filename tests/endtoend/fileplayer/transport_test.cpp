@@ -11,15 +11,15 @@ using namespace endtoend;
 using support::Sound;
 
 constexpr int rate = 8000;
-constexpr std::size_t length = 20000; // frames: 2.5 seconds
+constexpr std::size_t length = 20000; // in frames: 2.5 seconds
 
 double secondsAt(double frame) { return frame / rate; }
 
 // The output unit renders at most this many frames at a time.
 constexpr std::size_t largestSlice = 1156;
 
-/// A model of the transport: it renders a whole slice, silence past the end of the file, and then jumps for a
-/// loop.
+/// A model of the transport. It renders a whole slice, with silence past the end of the file, and jumps to
+/// the start of a loop only after the slice.
 struct TransportModel {
     std::size_t length, position = 0;
     double in = -1, out = -1;
@@ -48,8 +48,7 @@ struct TransportModel {
     }
 };
 
-struct FilePlayerTransport : LoadedHostTest {
-    const support::TemporaryFolder folder;
+struct FilePlayerTransport : FilePlayerTest {
     std::string path = folder / "ramp.wav";
 
     FilePlayerTransport() { support::writeSound(makeRamp(rate, 1, length), path); }
@@ -127,16 +126,16 @@ TEST_F(FilePlayerTransport, LoopsCanBeSetMovedAndEndedDuringPlayback)
     ModelledPlayer both(loaded, path, 512);
     both.player.play();
     both.render(3000);
-    both.loop(1000, 2000); // the position is after the loop
+    both.loop(1000, 2000); // a loop before the position
     both.render(5000);
-    both.loop(6000, 8000); // the position is before the loop
+    both.loop(6000, 8000); // a loop after the position
     both.render(5000);
     both.player.object().set("Looping", false);
     both.model.isLooping = false;
     both.render(length);
     both.seek(100);
     both.render(1000);
-    // A start past the end moves the end along.
+    // A loop start past the loop end moves the end to the same time.
     both.loop(500, 900);
     both.render(2000);
     both.player.set("LoopIn", secondsAt(1500));
@@ -219,7 +218,7 @@ TEST_F(FilePlayerTransport, LastSliceEndsInSilence)
         expectThenSilence(rendered, expected);
         EXPECT_EQ(both.player.get("CurrentTime"), both.player.get("TrackLength"));
         EXPECT_TRUE(both.player.isPlaying());
-        // With a loop, only the rest of that slice is silent.
+        // With a loop, playback continues at the loop start after the last slice.
         both.model.position = length;
         both.loop(3000, double(length));
         both.render(512);

@@ -27,8 +27,8 @@ public:
     Steps(const Steps&) = delete;
     Steps& operator=(const Steps&) = delete;
 
-    /// Watch the reference count of an argument. Spare references keep the argument alive when the library
-    /// releases too many.
+    /// Watch the reference count of an argument. Spare references keep the argument alive if the library
+    /// releases it too often.
     template <class Handle>
     Handle lend(const Handle& value)
     {
@@ -38,8 +38,8 @@ public:
     }
     String lend(const char* bytes, std::uint32_t encoding) { return lend(String::ofBytes(bytes, encoding)); }
 
-    /// Run one step. Notes its result unless it is `expected`: the printed value, "refused", or
-    /// "Class: message" of an exception.
+    /// Run one step and note an unexpected result. The result is the printed value, "refused" for a program
+    /// error, or "Class: message" of an exception.
     void expect(const std::string& expected, const std::function<Value()>& step)
     {
         for (Lent& each : lent_) each.references = host::referenceCount(each.value);
@@ -103,7 +103,7 @@ MemoryBlock otherWords() { return MemoryBlock::copyOf(std::vector<std::uint16_t>
 MemoryBlock floats() { return MemoryBlock::copyOf(std::vector<float>{-0.5f, -0.25f}); }
 MemoryBlock otherFloats() { return MemoryBlock::copyOf(std::vector<float>{0.75f, 0.875f}); }
 
-/// A player on the device of the session. It stays started when its queue is empty.
+/// A player on the device of the session, which does not stop when its queue is empty.
 Object createPlayer(Session& session)
 {
     Object player = session.host.create(playerClass);
@@ -258,7 +258,7 @@ std::string encodingOf(const Value& text)
     }
 }
 
-/// The printed value, or the status of the call that returned nil.
+/// The value as text, or the status of the call if the value is nil.
 template <class Print>
 std::string valueOrStatus(const AudioObjects& core, const Value& value, const Print& print)
 {
@@ -284,7 +284,8 @@ void readNumbers(Session& session, Steps& steps)
                  [&] { return session.host.callShared("CoreAudioKVX", "GetHostClockMinimumTimeDeltaKVX"); });
 }
 
-/// Ask for the default output device by its ID, which has four characters. Further characters are ignored.
+/// Look up the property 'dOut' by a text. Only the first four characters count; shorter texts name no
+/// property.
 void findProperty(const AudioObjects& core, Steps& steps, const char* bytes, std::uint32_t encoding)
 {
     const bool isComplete = std::string(bytes).size() >= 4;

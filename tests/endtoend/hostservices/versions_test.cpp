@@ -13,7 +13,7 @@ using namespace endtoend;
 
 struct Version {
     double version;
-    int layout; ///< of the class records that the library registers
+    int layout; ///< layout number of the class records that the library registers
 };
 
 void PrintTo(const Version& version, std::ostream* out)

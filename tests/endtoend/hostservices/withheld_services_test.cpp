@@ -15,12 +15,12 @@ namespace {
 
 using namespace endtoend;
 
-/// What a program sees of some features in a host without a service. Services without a row lose no feature:
-/// the library does not need them, or has another way.
+/// The result of some features in a host without a service. The library works without services that have no
+/// row: it does not call them, or has a substitute.
 struct Loss {
     const char* service;
-    double first; ///< the first host version that loses the features; all later ones do, before `end`
-    double end;
+    double first; ///< first host version in which the features are lost
+    double end;   ///< first later host version in which the features work without the service
     const char* result;
     std::vector<const char*> features;
 };
@@ -49,7 +49,7 @@ const Loss losses[] = {
     {"RuntimeRaiseException",   always, forEver, "false", {"nil blocks"}},
     // The exception has no message.
     {"REALSetPropValueString",  always, forEver, "NilObjectException", {"nil blocks"}},
-    // The library still releases blocks and text that it could not retain, and the reverse.
+    // Without the retaining service the library still releases arguments, and the other way round.
     {"REALLockObject",          always, forEver, losesReference, {"values in the caller's block"}},
     {"REALUnlockObject",        always, forEver, keepsReference, {"values in the caller's block"}},
     {"REALUnlockObject",        always, forEver, "NilObjectException; string", {"release of everything"}},
@@ -64,11 +64,11 @@ const Loss losses[] = {
     {"REALBuildString",         always, forEver, "nil, status 0", {"default device"}},
     {"REALBuildString",         always, forEver, "nil, status 0; unknown encoding", {"device properties"}},
     {"REALBuildString",         always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
-    // Text is read or made without its encoding.
+    // The library reads or makes text without its encoding.
     {"REALGetStringEncoding",   always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
     {"REALSetStringEncoding",   always, forEver, "unknown encoding", {"text constants", "device properties"}},
     {"REALSetStringEncoding",   always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
-    // Text cannot be converted: property IDs and component types are four spaces.
+    // The library cannot convert text: property IDs and component types become four spaces.
     {"REALConvertString",       always, 2012.0,  unknownProperty, {"property IDs in UTF-8", "property IDs in Mac Roman", "property IDs beyond ASCII"}},
     {"REALConvertString",       always, 2012.0,  "status who?; nil, status who?", {"default device"}},
     {"REALConvertString",       always, 2012.0,  "nil, status -1; unknown encoding; nil, status who?", {"device properties"}},
@@ -77,7 +77,7 @@ const Loss losses[] = {
     {"PluginGetStringData",     2012.0, forEver, "status who?; nil, status who?", {"default device"}},
     {"PluginGetStringData",     2012.0, forEver, "nil, status -1; unknown encoding; nil, status who?", {"device properties"}},
     {"PluginGetStringData",     2012.0, forEver, "no unit, status -1", {"units"}},
-    // The bytes of unconverted text, and the host method that returns their number.
+    // The library cannot read the bytes, or the length, of unconverted text.
     {"StringGetCString",        2012.0, forEver, unknownProperty, {"property IDs as bytes"}},
     {"StringGetCString",        2016.0, forEver, unknownProperty, {"property IDs beyond ASCII"}},
     {"StringGetCString",        2016.0, forEver, "status nope; another device", {"default device"}},
@@ -93,10 +93,10 @@ const Loss losses[] = {
     {"memoryBlockGetPtr",       always, forEver, "NilObjectException: Memoryblock is nil; 0 queued; silence", {"whole PCM16 blocks", "parts of PCM16 blocks"}},
     {"memoryBlockGetPtr",       always, forEver, "false; 0 queued; silence", {"whole float blocks", "parts of float blocks"}},
     {"memoryBlockGetPtr",       always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
-    // Blocks have no size: only stated parts of them play.
+    // The library sees blocks of 0 bytes: only calls with an explicit size play.
     {"memoryBlockGetSize",      always, forEver, "false; 0 queued; silence", {"whole PCM16 blocks", "whole float blocks"}},
     {"memoryBlockGetSize",      always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
-    // No event handler is found.
+    // The library finds no event handlers.
     {"GetEventInstance",        always, forEver, "changes: 0", {"listeners"}},
 };
 // clang-format on
@@ -116,7 +116,7 @@ std::string nameOf(const testing::TestParamInfo<Withheld>& info)
     return info.param.service + "_Host" + std::to_string(int(info.param.version));
 }
 
-/// Every service that a library can do without, in one host version of each range that has the same services.
+/// Every service except "RegisterPluginVersion", in one host version of each range with equal services.
 std::vector<Withheld> withholdable()
 {
     std::vector<Withheld> all;

@@ -31,13 +31,13 @@ void renderAllStates(LoadedHost& loaded, int channels, float rate)
     const auto block = MemoryBlock::copyOf(std::vector<float>(250, 0.25f));
     for (int i = 0; i < 20; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
     ASSERT_TRUE(player.call("Start").boolean());
-    KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the tap of this test allocates
+    KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the output tap of SteppedDevice allocates
 
     allocation::arm();
-    KVXPlatformStep(device.id(), 64 * 300); // past the end
+    KVXPlatformStep(device.id(), 64 * 300); // render past the end of the queue
     EXPECT_TRUE(player.get("HadUnderflow").boolean());
     player.set("NoUnderflow", false);
-    KVXPlatformStep(device.id(), 64); // the player stops
+    KVXPlatformStep(device.id(), 64); // the player stops by itself in this slice
     allocation::disarm();
     EXPECT_FALSE(player.get("IsRunning").boolean());
     EXPECT_GT(allocation::watchedCalls(), 100);

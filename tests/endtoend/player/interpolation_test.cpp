@@ -12,7 +12,7 @@ using namespace endtoend;
 using Interpolation = LoadedHostTest;
 
 struct Fact {
-    int channels; ///< of the player; 2 means stereo blocks
+    int channels; ///< channel count of the player; 2 means stereo blocks
     float sampleRate;
     double deviceRate;
     uint32_t deviceChannels;
@@ -102,7 +102,7 @@ TEST_F(Interpolation, ContinuesAfterAnUnderflow)
         const support::Sound noise = support::makeNoise(30000, 1, 500, seed);
         ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
         reference.add(noise.samples);
-        for (int i = 0; i < 20; ++i) { // the queue runs empty
+        for (int i = 0; i < 20; ++i) { // more frames than are queued
             ASSERT_EQ(device.step(64), 64u);
             reference.play(64, 2);
         }

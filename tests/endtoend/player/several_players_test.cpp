@@ -71,7 +71,7 @@ public:
         EXPECT_EQ(member.player.call("FreeSpace").integer(), 200) << number;
     }
 
-    /// Expect the state of each reference, and exactly the summed output.
+    /// Expect that each player has the state of its reference, and that the output is exactly their sum.
     void check() const
     {
         std::size_t number = 0;
@@ -177,17 +177,17 @@ TEST_F(SeveralPlayers, TenRenderTheirSumWhilePlayersStartAndStop)
     ensemble.step(1);
     ensemble.step(333);
     ensemble.check();
-    ensemble.start(1, 44100, 900, 2); // the tenth player
+    ensemble.start(1, 44100, 900, 2); // start the tenth player
     ensemble.step(640);
     ensemble.check();
-    ensemble.stop(4); // a player in the middle of the order
+    ensemble.stop(4); // stop a player in the middle of the order
     ensemble.check();
     ensemble.step(500);
-    ensemble.stop(0); // the first player, which may have stopped by itself
+    ensemble.stop(0); // stop the first player, which may have stopped by itself
     ensemble.check();
     ensemble.step(2000);
     ensemble.check();
-    ensemble.stop(3); // its queue has been empty for long
+    ensemble.stop(3); // stop a player whose queue has been empty for long
     ensemble.stop(7);
     ensemble.check();
     ensemble.step(100000);

@@ -95,7 +95,7 @@ TEST(LostSoundServer, IsReportedByTheDeviceWatch)
     const auto waitForText = [&](const char* text) {
         while (watch.isRunning() && watch.outSoFar().find(text) == std::string::npos) pause();
     };
-    waitForText("Simulated Input"); // the last row of the table
+    waitForText("Simulated Input"); // the last row of the device table
     server.kill();
     waitForText("no longer alive");
     waitForText("default output: from system (id 2) to Simulated Device");

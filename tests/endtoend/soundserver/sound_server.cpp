@@ -35,8 +35,8 @@ SoundServer::SoundServer(int sampleRate)
     for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
     jack_set_error_function(ignoreMessage);
     jack_set_info_function(ignoreMessage);
-    // -S: a cycle waits for its clients, so a busy machine delays the sound without losing samples.
-    // The server dies with the test, since a remaining server would block all later ones.
+    // With -S, jackd waits for its clients in each cycle, so a busy machine delays the sound without losing
+    // samples. The server dies with the test, since a remaining server would block all later ones.
     server_ = std::make_unique<support::Child>(
         std::vector<std::string>{"setpriv", "--pdeathsig", "KILL", "jackd", "-S", "-t", "5000", "-r", "-n",
                                  serverName, "-d", "dummy", "-r", std::to_string(sampleRate)});
@@ -56,7 +56,7 @@ SoundServer::~SoundServer()
     server_->send(SIGCONT);
     for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    server_.reset(); // kills the server if it still runs
+    server_.reset(); // kills a server that still runs
     close(lockFile_);
 }
 

@@ -29,7 +29,7 @@ public:
     support::Child::Environment environment() const;
 
 private:
-    int lockFile_; // locked while this server runs
+    int lockFile_; // file descriptor of a lock that is held while this server runs
     std::unique_ptr<support::Child> server_;
 };
 

@@ -79,7 +79,7 @@ std::uint32_t liveConverters()
 
 /// The library with its registered component, a client that has opened it, and a stepped device.
 struct ClassicClient : testing::Test {
-    const std::uint32_t convertersBefore = liveConverters(); // of earlier tests in this process
+    const std::uint32_t convertersBefore = liveConverters(); // converters of earlier tests in this process
     SteppedDevice device;
     kvx::Library library{options()};
     std::unique_ptr<kvx::SoundBridge> bridge;
