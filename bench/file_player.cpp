@@ -1,7 +1,7 @@
 #include "bench/file_player.h"
 
-#include "bench/files.h"
-#include "bench/music.h"
+#include "bench/sound_files.h"
+#include "bench/test_signal.h"
 
 #include <filesystem>
 #include <malloc.h>
@@ -11,13 +11,13 @@
 namespace bench {
 namespace {
 
-/// Beside this program, wherever a copy of both stands.
+/// The library in this program's folder.
 std::string libraryPath()
 {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "KVXAudio.so";
 }
 
-double takenByHost = 0;
+double hostBytes = 0;
 
 } // namespace
 
@@ -29,13 +29,13 @@ double heapBytes()
 
 host::Host& loadedHost()
 {
-    // Lives as long as the program: objects of it stand in other files.
+    // Never freed, because objects in other files use the host until the process ends.
     static host::Host& host = *[] {
         const double before = heapBytes();
-        auto* const made = new host::Host;
-        made->load(libraryPath());
-        takenByHost = heapBytes() - before;
-        return made;
+        auto* const loaded = new host::Host;
+        loaded->load(libraryPath());
+        hostBytes = heapBytes() - before;
+        return loaded;
     }();
     return host;
 }
@@ -43,7 +43,7 @@ host::Host& loadedHost()
 double loadedHostBytes()
 {
     loadedHost();
-    return takenByHost;
+    return hostBytes;
 }
 
 KVXDeviceID addSteppedDevice(double sampleRate)
@@ -59,9 +59,9 @@ KVXDeviceID addSteppedDevice(double sampleRate)
     return device;
 }
 
-FilePlayer::FilePlayer() : device_(addSteppedDevice(musicRate)), object_(loadedHost().create("AUPlayerKVX"))
+FilePlayer::FilePlayer() : device_(addSteppedDevice(signalRate)), object_(loadedHost().create("AUPlayerKVX"))
 {
-    const std::string path = fileOf(fileKinds[0]);
+    const std::string path = longFile(fileFormats[0]);
     if (!object_.call("LoadFile", host::FolderItem::at(path), 2, 2).boolean())
         throw std::runtime_error(path + " cannot be loaded");
     object_.set("CurrentDeviceID", std::int64_t{device_});

@@ -1,4 +1,4 @@
-// A file player from the library, on a device that is stepped by hand.
+// A file player of the built library on a stepped device.
 #pragma once
 
 #include "host/runtime/host.h"
@@ -9,19 +9,20 @@ namespace bench {
 
 constexpr std::uint32_t sliceFrames = 512;
 
-/// The one host, with the library loaded. [main]
+/// The host of this process, with the library loaded.
+/// [main]
 host::Host& loadedHost();
 
-/// What the host and the library took of the heap, with no object made.
+/// Heap bytes that the host and the library allocated, before any object existed.
 double loadedHostBytes();
 
-/// Bytes of the heap that are in use: in every arena, and mapped.
+/// Heap bytes in use, including mapped blocks.
 double heapBytes();
 
-/// A simulated stereo device that waits to be stepped. Throws std::runtime_error.
+/// Add a stepped stereo device. Throws std::runtime_error on failure.
 KVXDeviceID addSteppedDevice(double sampleRate);
 
-/// Plays the WAV file of three minutes over and over, at its own rate.
+/// Plays the WAV file of three minutes in a loop, on a device with the file's rate.
 class FilePlayer {
 public:
     FilePlayer();
@@ -33,7 +34,7 @@ public:
     void play() const;
     void step() const { KVXPlatformStep(device_, sliceFrames); }
 
-    /// Steps until what a setting has set in motion has come to rest.
+    /// Step long enough for changed settings to take full effect.
     void settle() const;
 
 private:

@@ -1,11 +1,10 @@
-// The file player's whole graph, a slice of 512 stereo frames at a time on a stepped device: at unity against
-// copying as many samples, at another rate or pitch against the stretchers of others by themselves.
+// Measures a slice of 512 stereo frames through the file player's graph on a stepped device. With neutral
+// settings the peer is a copy of the samples; at another rate or pitch, the peers are time stretchers.
 #include "bench/file_player.h"
-#include "bench/files.h"
-#include "bench/music.h"
-#include "bench/stretching.h"
-
-#include <benchmark/benchmark.h>
+#include "bench/repeat.h"
+#include "bench/sound_files.h"
+#include "bench/stretchers.h"
+#include "bench/test_signal.h"
 
 #include <cmath>
 #include <cstring>
@@ -17,18 +16,19 @@ constexpr double semitones = 3; // 300 cents
 
 double pitchRatio() { return std::exp2(semitones / 12); }
 
-/// Benchmarks run over and over; what they work with is made at the first time, and stays.
-template <class Thing>
-void stepping(benchmark::State& state, Thing& thing)
+/// Call `renderer.step()`, which renders one slice, once per iteration. The renderers below are static,
+/// because the library calls a benchmark several times.
+template <class Renderer>
+void stepEachIteration(benchmark::State& state, Renderer& renderer)
 {
-    for (auto _ : state) {
-        thing.step();
-        benchmark::ClobberMemory();
-    }
+    bench::repeat(state, [&] {
+        renderer.step();
+        return &renderer;
+    });
     state.SetItemsProcessed(state.iterations() * bench::sliceFrames);
 }
 
-bench::FilePlayer& playing(const char* property, double value)
+bench::FilePlayer& startPlayer(const char* property, double value)
 {
     auto& player = *new bench::FilePlayer;
     player.object().set(property, value);
@@ -38,75 +38,74 @@ bench::FilePlayer& playing(const char* property, double value)
 
 void atUnity(benchmark::State& state)
 {
-    static bench::FilePlayer& player = playing("OutputVolume", 1);
-    stepping(state, player);
+    static bench::FilePlayer& player = startPlayer("OutputVolume", 1);
+    stepEachIteration(state, player);
 }
 
 void atRate(benchmark::State& state)
 {
-    static bench::FilePlayer& player = playing("TimeRate", timeRate);
-    stepping(state, player);
+    static bench::FilePlayer& player = startPlayer("TimeRate", timeRate);
+    stepEachIteration(state, player);
 }
 
 void atPitch(benchmark::State& state)
 {
-    static bench::FilePlayer& player = playing("PitchRate", 100 * semitones);
-    stepping(state, player);
+    static bench::FilePlayer& player = startPlayer("PitchRate", 100 * semitones);
+    stepEachIteration(state, player);
 }
 
-/// Slices out of as much memory as the file player's file takes.
-struct Copying {
+/// Copies slices from a block of the size of the file player's samples.
+struct Copier {
     void step()
     {
         if (at + out.size() > samples.size()) at = 0;
         std::memcpy(out.data(), samples.data() + at, out.size() * sizeof(float));
         at += out.size();
-        benchmark::DoNotOptimize(out.data());
     }
-    std::vector<float> samples = std::vector<float>(bench::fileMinutes * 2 * bench::musicFrames, 0.5f);
+    std::vector<float> samples = std::vector<float>(bench::longFileMinutes * 2 * bench::signalFrames, 0.5f);
     std::vector<float> out = std::vector<float>(2 * bench::sliceFrames);
     std::size_t at = 0;
 };
 
-void copying(benchmark::State& state)
+void copySlices(benchmark::State& state)
 {
-    static Copying copy;
-    stepping(state, copy);
+    static Copier copier;
+    stepEachIteration(state, copier);
 }
 
 void rubberBandAtRate(benchmark::State& state)
 {
-    static bench::RubberBandAlone band(1 / timeRate, 1, bench::sliceFrames);
-    stepping(state, band);
+    static bench::RubberBandStretcher band(1 / timeRate, 1, bench::sliceFrames);
+    stepEachIteration(state, band);
 }
 
-// What a higher pitch asks of a stretcher: as many more frames as are then played faster.
+// The part of a pitch shift that a stretcher does: more frames, which a resampler then plays faster.
 void rubberBandStretching(benchmark::State& state)
 {
-    static bench::RubberBandAlone band(pitchRatio(), 1, bench::sliceFrames * pitchRatio());
-    stepping(state, band);
+    static bench::RubberBandStretcher band(pitchRatio(), 1, bench::sliceFrames * pitchRatio());
+    stepEachIteration(state, band);
 }
 
 void rubberBandAtPitch(benchmark::State& state)
 {
-    static bench::RubberBandAlone band(1, pitchRatio(), bench::sliceFrames);
-    stepping(state, band);
+    static bench::RubberBandStretcher band(1, pitchRatio(), bench::sliceFrames);
+    stepEachIteration(state, band);
 }
 
 void soundTouchAtRate(benchmark::State& state)
 {
-    static bench::SoundTouchAlone touch(timeRate, 0);
-    stepping(state, touch);
+    static bench::SoundTouchStretcher touch(timeRate, 0);
+    stepEachIteration(state, touch);
 }
 
 void soundTouchAtPitch(benchmark::State& state)
 {
-    static bench::SoundTouchAlone touch(1, semitones);
-    stepping(state, touch);
+    static bench::SoundTouchStretcher touch(1, semitones);
+    stepEachIteration(state, touch);
 }
 
 BENCHMARK(atUnity)->Name("graph/unity/ours");
-BENCHMARK(copying)->Name("graph/unity/memcpy");
+BENCHMARK(copySlices)->Name("graph/unity/memcpy");
 BENCHMARK(atRate)->Name("graph/rate 1.25/ours");
 BENCHMARK(rubberBandAtRate)->Name("graph/rate 1.25/Rubber Band");
 BENCHMARK(soundTouchAtRate)->Name("graph/rate 1.25/SoundTouch");

@@ -1,11 +1,10 @@
-// One scenario by name, for a tool that counts its instructions: what is made first is not counted, what runs
-// inside `kvx_counted` is. Work is fixed, so that the count is the same on every run. --prepare writes the
-// file that some of them play; --processor says which of the instructions that a form may be chosen for are
-// there, as the tool shows it.
+// kvx_kernels NAME: runs a scenario whose instructions scripts/instructions counts. Only kvx_counted()
+// counts, with the same work in every run. --list prints the names; --prepare writes the file that some
+// scenarios play; --processor prints the processor features that select SIMD code.
 #include "bench/file_player.h"
-#include "bench/files.h"
-#include "bench/music.h"
-#include "bench/one_slice.h"
+#include "bench/slice_renderer.h"
+#include "bench/sound_files.h"
+#include "bench/test_signal.h"
 #include "player/integer_to_float.h"
 #include "player/play_queue.h"
 
@@ -21,22 +20,23 @@ namespace {
 
 using Work = std::function<void()>;
 
-/// The counter is told of this function by its name.
+/// scripts/instructions passes this name to valgrind, which counts only inside this function.
 extern "C" __attribute__((noinline)) void kvx_counted(const Work& work) { work(); }
 
-template <class Thing, class Use>
-void many(int times, Thing& thing, Use use)
+/// Count `times` calls of `use(object)`. One call before is not counted, because it may initialise something.
+template <class Object, class Use>
+void countCalls(int times, Object& object, Use use)
 {
-    use(thing); // what only a first time does
+    use(object);
     kvx_counted([&] {
-        for (int i = 0; i < times; ++i) use(thing);
+        for (int i = 0; i < times; ++i) use(object);
     });
 }
 
 void render(int channels)
 {
-    bench::OneSlice slice(bench::music(channels), channels, 44100, 48000, 512);
-    many(500, slice, [](bench::OneSlice& each) { each.render(); });
+    bench::SliceRenderer slice(bench::testSignal(channels), channels, 44100, 48000, 512);
+    countCalls(500, slice, [](bench::SliceRenderer& each) { each.render(); });
 }
 
 void convert(std::int32_t bitSize)
@@ -45,7 +45,7 @@ void convert(std::int32_t bitSize)
     constexpr std::size_t count = 1 << 16;
     const std::vector<unsigned char> bytes(count * static_cast<std::size_t>(form.bytes), 0x5A);
     std::vector<float> out(count);
-    many(20, out, [&](std::vector<float>& each) { form.conversion(bytes.data(), count, each.data()); });
+    countCalls(20, out, [&](std::vector<float>& each) { form.conversion(bytes.data(), count, each.data()); });
 }
 
 void interleave()
@@ -53,19 +53,19 @@ void interleave()
     constexpr std::size_t count = 1 << 16;
     const std::vector<unsigned char> bytes(count * sizeof(float), 0x3A);
     std::vector<float> out(2 * count);
-    many(20, out, [&](std::vector<float>& each) {
+    countCalls(20, out, [&](std::vector<float>& each) {
         player::convertPairs(player::copyFloats, sizeof(float), bytes.data(), bytes.data(), count,
                              each.data());
     });
 }
 
-void takeFront()
+void takeNextBuffer()
 {
     float sample = 0;
     player::AudioPlayerData record = {};
     for (player::PlayItem& each : record.queue) each = {1, &sample};
     record.queueCount = player::queueCapacity;
-    many(1000, record, [](player::AudioPlayerData& each) {
+    countCalls(1000, record, [](player::AudioPlayerData& each) {
         player::TakeNextPlayItem(each);
         each.queue[each.queueCount++] = each.current;
         each.current = {};
@@ -77,7 +77,7 @@ void playFile(const char* property, double value, int slices)
     bench::FilePlayer player;
     player.object().set(property, value);
     player.play();
-    many(slices, player, [](bench::FilePlayer& each) { each.step(); });
+    countCalls(slices, player, [](bench::FilePlayer& each) { each.step(); });
 }
 
 void flatGraph() { playFile("OutputVolume", 1, 400); }
@@ -89,13 +89,13 @@ void equalisedGraph()
     host::Array gains = host::Array::of(std::vector<float>(31, 3.0f));
     player.object().call("updateEQ", gains);
     player.play();
-    many(200, player, [](bench::FilePlayer& each) { each.step(); });
+    countCalls(200, player, [](bench::FilePlayer& each) { each.step(); });
 }
 
 void getProperty()
 {
     const host::Object player = bench::loadedHost().create("CoreAudioPlayerKVX");
-    many(1000, player, [](const host::Object& each) { (void)each.get("SampleRate").number(); });
+    countCalls(1000, player, [](const host::Object& each) { (void)each.get("SampleRate").number(); });
 }
 
 const struct {
@@ -104,28 +104,28 @@ const struct {
 } scenarios[] = {
     {"render-mono", [] { render(1); }},  {"render-stereo", [] { render(2); }},
     {"convert-16", [] { convert(15); }}, {"convert-24", [] { convert(24); }},
-    {"interleave", interleave},          {"take-front", takeFront},
+    {"interleave", interleave},          {"take-front", takeNextBuffer},
     {"graph-unity", flatGraph},          {"graph-equaliser", equalisedGraph},
     {"graph-rate", stretchedGraph},      {"property-get", getProperty},
 };
 
-/// What this library, libc and the others look at before they choose among forms of a kernel.
+/// Print the features by which this library, the C library and others select SIMD code.
 void printProcessor()
 {
     const struct {
         const char* name;
-        bool isThere;
+        bool isSupported;
     } features[] = {
         {"sse2", __builtin_cpu_supports("sse2") != 0},     {"sse3", __builtin_cpu_supports("sse3") != 0},
         {"ssse3", __builtin_cpu_supports("ssse3") != 0},   {"sse4.1", __builtin_cpu_supports("sse4.1") != 0},
         {"sse4.2", __builtin_cpu_supports("sse4.2") != 0}, {"avx", __builtin_cpu_supports("avx") != 0},
         {"avx2", __builtin_cpu_supports("avx2") != 0},     {"fma", __builtin_cpu_supports("fma") != 0},
     };
-    const char* between = "";
+    const char* separator = "";
     for (const auto& each : features) {
-        if (!each.isThere) continue;
-        std::printf("%s%s", between, each.name);
-        between = " ";
+        if (!each.isSupported) continue;
+        std::printf("%s%s", separator, each.name);
+        separator = " ";
     }
     std::puts("");
 }
@@ -135,21 +135,21 @@ void printProcessor()
 int main(int count, char** arguments)
 {
     setenv("KVX_AUDIO_DEVICE", "simulated", 1);
-    const std::string_view wanted = count == 2 ? arguments[1] : "";
+    const std::string_view argument = count == 2 ? arguments[1] : "";
     try {
-        if (wanted == "--processor") return printProcessor(), 0;
-        if (wanted == "--prepare") return bench::fileOf(bench::fileKinds[0]), 0;
+        if (argument == "--processor") return printProcessor(), 0;
+        if (argument == "--prepare") return bench::longFile(bench::fileFormats[0]), 0;
         for (const auto& each : scenarios) {
-            if (wanted == "--list")
+            if (argument == "--list")
                 std::puts(each.name.data());
-            else if (wanted == each.name)
+            else if (argument == each.name)
                 return each.run(), 0;
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kvx_kernels: %s\n", error.what());
         return 1;
     }
-    if (wanted == "--list") return 0;
+    if (argument == "--list") return 0;
     std::fputs("usage: kvx_kernels NAME | --list | --prepare | --processor\n", stderr);
     return 2;
 }

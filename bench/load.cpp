@@ -1,8 +1,8 @@
-// Three minutes of stereo into zeroed memory, as 32-bit float: the calls of a load that touch the file,
-// against libsndfile's own read in one call; and a whole load, graph and all.
+// Measures loading three minutes of stereo as 32-bit float into zeroed memory: the platform calls that read
+// the file, and the whole method LoadFile, each compared with one read call of libsndfile.
 #include "bench/file_player.h"
-#include "bench/files.h"
-#include "bench/music.h"
+#include "bench/sound_files.h"
+#include "bench/test_signal.h"
 
 #include <AudioToolbox/AudioToolbox.h>
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr std::size_t frames = bench::fileMinutes * bench::musicFrames;
+constexpr std::size_t frames = bench::longFileMinutes * bench::signalFrames;
 
 struct FreeMemory {
     void operator()(void* memory) const { std::free(memory); }
@@ -29,7 +29,7 @@ Samples zeroed(std::size_t count)
     return Samples(static_cast<float*>(std::calloc(count, 2 * sizeof(float))));
 }
 
-/// Frames read; 0 when anything fails.
+/// Return the number of frames read, or 0 on failure.
 std::size_t readThroughPlatform(const std::string& path)
 {
     const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
@@ -67,38 +67,38 @@ std::size_t readThroughLibsndfile(const std::string& path)
     return static_cast<std::size_t>(read);
 }
 
-std::size_t loadWhole(const std::string& path)
+std::size_t loadIntoPlayer(const std::string& path)
 {
     const host::Object player = bench::loadedHost().create("AUPlayerKVX");
     return player.call("LoadFile", host::FolderItem::at(path), 2, 2).boolean() ? frames : 0;
 }
 
-void load(benchmark::State& state, const bench::FileKind* kind, std::size_t (*way)(const std::string&))
+void load(benchmark::State& state, const bench::FileFormat* kind, std::size_t (*read)(const std::string&))
 {
-    const std::string path = bench::fileOf(*kind);
+    const std::string path = bench::longFile(*kind);
     for (auto _ : state)
-        if (way(path) < frames) return state.SkipWithError("the file is not read to its end");
+        if (read(path) < frames) return state.SkipWithError("the file cannot be read to its end");
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(frames));
 }
 
-/// What a load costs beside the reading: object, graph and units, made and disposed of.
+/// Load a short file, so that the creation and disposal of object, graph and units take most of the time.
 void loadShort(benchmark::State& state)
 {
     const std::string path = bench::shortFile();
     for (auto _ : state)
-        if (!loadWhole(path)) return state.SkipWithError("the file is not loaded");
+        if (!loadIntoPlayer(path)) return state.SkipWithError("the file cannot be loaded");
 }
 
 const bool registered = [] {
-    for (const bench::FileKind& kind : bench::fileKinds) {
+    for (const bench::FileFormat& kind : bench::fileFormats) {
         const std::string name = std::string("load/") + kind.name + "/";
-        const auto add = [&](const char* who, std::size_t (*way)(const std::string&)) {
-            benchmark::RegisterBenchmark((name + who).c_str(), load, &kind, way)
+        const auto add = [&](const char* subject, std::size_t (*read)(const std::string&)) {
+            benchmark::RegisterBenchmark((name + subject).c_str(), load, &kind, read)
                 ->Unit(benchmark::kMillisecond);
         };
         add("ours", readThroughPlatform);
         add("libsndfile", readThroughLibsndfile);
-        add("LoadFile", loadWhole);
+        add("LoadFile", loadIntoPlayer);
     }
     benchmark::RegisterBenchmark("load/short/LoadFile", loadShort)->Unit(benchmark::kMillisecond);
     return true;

@@ -1,11 +1,11 @@
-// The benchmarks' own options, and what the report wants to know of this build.
+// Runs the benchmarks, and adds the compiler's version to their output for the report.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
 
 int main(int count, char** arguments)
 {
-    setenv("KVX_AUDIO_DEVICE", "simulated", 0); // sound hardware has its own time
+    setenv("KVX_AUDIO_DEVICE", "simulated", 0); // sound hardware would limit the speed
     benchmark::AddCustomContext("compiler", __VERSION__);
     benchmark::Initialize(&count, arguments);
     if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 2;

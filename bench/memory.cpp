@@ -1,8 +1,8 @@
-// Heap in use, in bytes: of an idle host, of a file that is loaded, and of the engines beside it.
+// Measures the heap, in bytes, of an idle host, of a loaded file, and of stretching and resampling engines.
 #include "bench/file_player.h"
-#include "bench/files.h"
-#include "bench/music.h"
-#include "bench/stretching.h"
+#include "bench/sound_files.h"
+#include "bench/stretchers.h"
+#include "bench/test_signal.h"
 
 #include <benchmark/benchmark.h>
 
@@ -12,14 +12,14 @@
 
 namespace {
 
-/// What `make` leaves on the heap while what it returns is alive.
+/// Count the bytes that `make` allocates and keeps while its result is alive.
 template <class Make>
 void measure(benchmark::State& state, Make make)
 {
     double bytes = 0;
     for (auto _ : state) {
         const double before = bench::heapBytes();
-        [[maybe_unused]] const auto thing = make();
+        [[maybe_unused]] const auto result = make();
         bytes = bench::heapBytes() - before;
     }
     state.counters["bytes"] = bytes;
@@ -35,17 +35,18 @@ void idleHost(benchmark::State& state)
 host::Object loadedFile()
 {
     host::Object player = bench::loadedHost().create("AUPlayerKVX");
-    if (!player.call("LoadFile", host::FolderItem::at(bench::fileOf(bench::fileKinds[0])), 2, 2).boolean())
+    if (!player.call("LoadFile", host::FolderItem::at(bench::longFile(bench::fileFormats[0])), 2, 2)
+             .boolean())
         throw std::runtime_error("the file cannot be loaded");
     return player;
 }
 
-/// The second time: what a first load leaves for ever is no part of a file.
-void fileBesideItsSamples(benchmark::State& state)
+/// Measure the second load, because the first load also allocates memory that the library keeps.
+void fileWithoutSamples(benchmark::State& state)
 {
     loadedFile();
     measure(state, loadedFile);
-    constexpr double samples = 4.0 * 2 * bench::fileMinutes * static_cast<double>(bench::musicFrames);
+    constexpr double samples = 4.0 * 2 * bench::longFileMinutes * static_cast<double>(bench::signalFrames);
     state.counters["bytes"] = state.counters["bytes"] - samples;
 }
 
@@ -58,11 +59,11 @@ void engineOfAFile(benchmark::State& state, const char* property, double value)
     });
 }
 
-void rubberBand(benchmark::State& state, int more)
+void rubberBand(benchmark::State& state, int option)
 {
-    measure(state, [more] {
+    measure(state, [option] {
         auto band = std::make_unique<RubberBand::RubberBandStretcher>(
-            static_cast<std::size_t>(bench::musicRate), 2, bench::RubberBandAlone::options | more);
+            static_cast<std::size_t>(bench::signalRate), 2, bench::RubberBandStretcher::options | option);
         band->setMaxProcessSize(1024);
         return band;
     });
@@ -81,7 +82,7 @@ const bool registered = [] {
         benchmark::RegisterBenchmark(name, function, arguments...)->Iterations(1);
     };
     add("memory/idle host", idleHost);
-    add("memory/file beside its samples", fileBesideItsSamples);
+    add("memory/file beside its samples", fileWithoutSamples);
     add("memory/file's time-pitch engine", engineOfAFile, "TimeRate", 1.25);
     add("memory/Rubber Band, finer", rubberBand, 0);
     add("memory/Rubber Band, one window", rubberBand,

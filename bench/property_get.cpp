@@ -1,8 +1,7 @@
-// A property, read as a host program does: by name through the dynamic caller, and straight from the class
-// table.
+// Measures reading a property of a player: by name through the host's dynamic calls, and with the getter from
+// the class table.
 #include "bench/file_player.h"
-
-#include <benchmark/benchmark.h>
+#include "bench/repeat.h"
 
 namespace {
 
@@ -15,7 +14,7 @@ const host::Object& player()
 void byName(benchmark::State& state)
 {
     const host::Object& object = player();
-    for (auto _ : state) benchmark::DoNotOptimize(object.get("SampleRate").number());
+    bench::repeat(state, [&] { return object.get("SampleRate").number(); });
 }
 
 void byTable(benchmark::State& state)
@@ -23,13 +22,13 @@ void byTable(benchmark::State& state)
     const host::Object& object = player();
     const host::PropertyInfo& property = *object.classInfo().property("SampleRate");
     const auto getter = reinterpret_cast<float (*)(REALobjectStruct*, HostInteger)>(property.getter);
-    for (auto _ : state) benchmark::DoNotOptimize(getter(object.get(), property.parameter));
+    bench::repeat(state, [&] { return getter(object.get(), property.parameter); });
 }
 
 void methodByName(benchmark::State& state)
 {
     const host::Object& object = player();
-    for (auto _ : state) benchmark::DoNotOptimize(object.call("FreeSpace").integer());
+    bench::repeat(state, [&] { return object.call("FreeSpace").integer(); });
 }
 
 BENCHMARK(byName)->Name("property get/dynamic caller");

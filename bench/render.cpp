@@ -1,10 +1,9 @@
-// The buffered player's slice: ours, libsamplerate's simplest converters, and the arithmetic one value at a
-// time. Every row makes the same 512 frames, with as many channels as the data, from the same minute of it.
-#include "bench/music.h"
-#include "bench/one_slice.h"
-#include "bench/reference_render.h"
-
-#include <benchmark/benchmark.h>
+// Measures a slice of the buffered player, compared with libsamplerate's simplest converters and with scalar
+// code that computes the same. Each benchmark renders 512 frames from the same input.
+#include "bench/repeat.h"
+#include "bench/scalar_player.h"
+#include "bench/slice_renderer.h"
+#include "bench/test_signal.h"
 
 #include <samplerate.h>
 
@@ -14,81 +13,79 @@ namespace {
 
 constexpr std::uint32_t frames = 512;
 
-struct Case {
+struct Conversion {
     float from, to;
     int channels;
     double step() const { return double{from / to}; }
 };
-const Case cases[] = {{44100, 48000, 1}, {44100, 48000, 2}, {22050, 44100, 1}, {22050, 44100, 2}};
+const Conversion conversions[] = {{44100, 48000, 1}, {44100, 48000, 2}, {22050, 44100, 1}, {22050, 44100, 2}};
 
-bool isAtEnd(double position, double step) { return position + (frames + 2) * step >= bench::musicFrames; }
+bool isAtEnd(double position, double step) { return position + (frames + 2) * step >= bench::signalFrames; }
 
-void finish(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * frames); }
+void countFrames(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * frames); }
 
-void ours(benchmark::State& state, Case which)
+void ours(benchmark::State& state, Conversion conversion)
 {
-    bench::OneSlice slice(bench::music(which.channels), which.channels, which.from, which.to, frames);
-    for (auto _ : state) {
+    bench::SliceRenderer slice(bench::testSignal(conversion.channels), conversion.channels, conversion.from,
+                               conversion.to, frames);
+    bench::repeat(state, [&] {
         slice.render();
-        benchmark::DoNotOptimize(slice.out.data());
-        benchmark::ClobberMemory();
-    }
-    finish(state);
+        return slice.out.data();
+    });
+    countFrames(state);
 }
 
-void plain(benchmark::State& state, Case which)
+void scalar(benchmark::State& state, Conversion conversion)
 {
-    bench::PlainPlayer player(bench::music(which.channels));
+    bench::ScalarPlayer player(bench::testSignal(conversion.channels));
     std::vector<float> out(2 * frames);
-    const auto render = which.channels == 1 ? bench::renderMonoPlainly : bench::renderStereoPlainly;
-    for (auto _ : state) {
-        if (isAtEnd(player.position, which.step())) player.position = 0;
-        render(player, which.step(), frames, out.data());
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    finish(state);
+    const auto render = conversion.channels == 1 ? bench::renderMono : bench::renderStereo;
+    bench::repeat(state, [&] {
+        if (isAtEnd(player.position, conversion.step())) player.position = 0;
+        render(player, conversion.step(), frames, out.data());
+        return out.data();
+    });
+    countFrames(state);
 }
 
-void samplerate(benchmark::State& state, Case which, int converter)
+void samplerate(benchmark::State& state, Conversion conversion, int converter)
 {
-    const std::vector<float>& data = bench::music(which.channels);
+    const std::vector<float>& input = bench::testSignal(conversion.channels);
     std::vector<float> out(2 * frames);
     int error = 0;
-    SRC_STATE* const src = src_new(converter, which.channels, &error);
-    SRC_DATA job = {};
-    job.src_ratio = 1 / which.step();
+    SRC_STATE* const src = src_new(converter, conversion.channels, &error);
+    SRC_DATA data = {};
+    data.src_ratio = 1 / conversion.step();
     long at = 0;
-    for (auto _ : state) {
-        if (isAtEnd(static_cast<double>(at), which.step())) at = 0;
-        job.data_in = data.data() + at * which.channels;
-        job.input_frames = static_cast<long>(frames * which.step()) + 8;
-        job.data_out = out.data();
-        job.output_frames = frames;
-        src_process(src, &job);
-        at += job.input_frames_used;
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
+    bench::repeat(state, [&] {
+        if (isAtEnd(static_cast<double>(at), conversion.step())) at = 0;
+        data.data_in = input.data() + at * conversion.channels;
+        data.input_frames = static_cast<long>(frames * conversion.step()) + 8;
+        data.data_out = out.data();
+        data.output_frames = frames;
+        src_process(src, &data);
+        at += data.input_frames_used;
+        return out.data();
+    });
     src_delete(src);
-    finish(state);
+    countFrames(state);
 }
 
-std::string name(const Case& which, const char* who)
+std::string name(const Conversion& conversion, const char* subject)
 {
-    return std::string("render/") + (which.channels == 1 ? "mono " : "stereo ") +
-           std::to_string(static_cast<int>(which.from)) + " to " +
-           std::to_string(static_cast<int>(which.to)) + "/" + who;
+    return std::string("render/") + (conversion.channels == 1 ? "mono " : "stereo ") +
+           std::to_string(static_cast<int>(conversion.from)) + " to " +
+           std::to_string(static_cast<int>(conversion.to)) + "/" + subject;
 }
 
 const bool registered = [] {
-    for (const Case& which : cases) {
-        benchmark::RegisterBenchmark(name(which, "ours").c_str(), ours, which);
-        benchmark::RegisterBenchmark(name(which, "one value at a time").c_str(), plain, which);
-        benchmark::RegisterBenchmark(name(which, "libsamplerate linear").c_str(), samplerate, which,
+    for (const Conversion& conversion : conversions) {
+        benchmark::RegisterBenchmark(name(conversion, "ours").c_str(), ours, conversion);
+        benchmark::RegisterBenchmark(name(conversion, "one value at a time").c_str(), scalar, conversion);
+        benchmark::RegisterBenchmark(name(conversion, "libsamplerate linear").c_str(), samplerate, conversion,
                                      int{SRC_LINEAR});
-        benchmark::RegisterBenchmark(name(which, "libsamplerate zero-order hold").c_str(), samplerate, which,
-                                     int{SRC_ZERO_ORDER_HOLD});
+        benchmark::RegisterBenchmark(name(conversion, "libsamplerate zero-order hold").c_str(), samplerate,
+                                     conversion, int{SRC_ZERO_ORDER_HOLD});
     }
     return true;
 }();

@@ -1,5 +1,5 @@
-// kvx_report FIGURES.json REMARKS IDENTITY MACHINE PAGE CHART: a page and a chart of the benchmarks' figures;
-// a summary of the goals to the terminal.
+// kvx_report FIGURES.json REMARKS EXACTNESS MACHINE PAGE CHART: writes a page and a chart of the benchmarks'
+// results, and prints a summary of the goals.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -35,11 +35,11 @@ double nanosecondsIn(const std::string& unit)
     return unit == "ns" ? 1 : unit == "us" ? 1e3 : unit == "ms" ? 1e6 : 1e9;
 }
 
-/// A benchmark's name as it was registered: what its options add is dropped.
-std::string plainName(std::string name)
+/// The registered name of a benchmark, without the suffixes that its options add.
+std::string registeredName(std::string name)
 {
-    for (const char* addition : {"/manual_time", "/iterations:1"})
-        if (const auto at = name.find(addition); at != name.npos) name.resize(at);
+    for (const char* suffix : {"/manual_time", "/iterations:1"})
+        if (const auto at = name.find(suffix); at != name.npos) name.resize(at);
     return name;
 }
 
@@ -57,14 +57,14 @@ Figures figuresOf(const std::string& path)
             figures.repetitions = std::max(figures.repetitions, each.value("repetitions", 1));
         if (each.value("aggregate_name", "") != "median") continue;
         const bool isManual = name.find("/manual_time") != name.npos;
-        figures.times[plainName(name)] =
+        figures.times[registeredName(name)] =
             each[isManual ? "real_time" : "cpu_time"].get<double>() * nanosecondsIn(each["time_unit"]);
-        if (each.contains("bytes")) figures.bytes[plainName(name)] = each["bytes"];
+        if (each.contains("bytes")) figures.bytes[registeredName(name)] = each["bytes"];
     }
     return figures;
 }
 
-/// Paragraphs that begin with a row's name, or a subject's, in brackets.
+/// Read remarks: each begins with a line with the id of a row, or the title of a subject, in brackets.
 Remarks remarksOf(const std::string& text)
 {
     Remarks remarks;
@@ -89,7 +89,7 @@ void printSummary(const Figures& figures)
             const Outcome outcome = outcomeOf(row, figures);
             if (!outcome.hasGoal) continue;
             fmt::print("{:<8} {:<24} {:<42} {:<26} {:>8.2f}   goal {:g}\n", outcome.isMet ? "met" : "MISSED",
-                       subject.title, what, row.otherName ? row.otherName : "", outcome.ratio,
+                       subject.title, what, row.peerName ? row.peerName : "", outcome.ratio,
                        row.goal == Goal::below || row.goal == Goal::bytesUpTo ? 1 : row.limit);
         }
     }
@@ -101,13 +101,13 @@ void printSummary(const Figures& figures)
 int main(int count, char** arguments)
 {
     if (count != 7) {
-        std::fputs("usage: kvx_report FIGURES.json REMARKS IDENTITY MACHINE PAGE CHART\n", stderr);
+        std::fputs("usage: kvx_report FIGURES.json REMARKS EXACTNESS MACHINE PAGE CHART\n", stderr);
         return 2;
     }
     try {
         report::Figures figures = report::figuresOf(arguments[1]);
         const report::Remarks remarks = report::remarksOf(report::read(arguments[2]));
-        figures.identity = report::read(arguments[3]);
+        figures.exactness = report::read(arguments[3]);
         figures.machine = arguments[4];
         report::write(arguments[5], report::pageOf(figures, remarks));
         report::write(arguments[6], report::chartOf(figures));

@@ -1,4 +1,4 @@
-// What scripts/bench makes of the figures: a page and a chart.
+// The benchmark report: tables of comparisons, and their output as a page and a chart.
 #pragma once
 
 #include <map>
@@ -7,42 +7,44 @@
 
 namespace report {
 
-/// Medians by benchmark; times in nanoseconds, and the counters of each.
+/// The results of one run of the benchmarks.
 struct Figures {
-    std::map<std::string, double> times;
-    std::map<std::string, double> bytes;
-    std::string date, compiler, machine, identity;
+    std::map<std::string, double> times; ///< median time in nanoseconds by benchmark name
+    std::map<std::string, double> bytes; ///< median of the counter "bytes" by benchmark name
+    std::string date, compiler, machine;
+    std::string exactness; ///< output of kvx_bit_exactness
     int repetitions = 0;
 
-    /// Throws std::runtime_error for a name that was not measured.
+    /// These two functions throw std::runtime_error if the benchmark `name` was not measured.
     double time(const std::string& name) const;
     double bytesOf(const std::string& name) const;
 };
 
 enum class Goal {
-    fasterBy,  ///< at least so many times as fast as the other
-    withinOf,  ///< at most so many times as long as the other takes
-    below,     ///< nanoseconds, by itself
-    bytesUpTo, ///< bytes, by themselves
-    none,      ///< reported: how many times as fast as the other
-    share,     ///< reported: how many times as long as the other takes
-    time,      ///< reported by itself
-    bytes,     ///< likewise
+    fasterBy,  ///< the peer's time divided by our time is at least the limit
+    withinOf,  ///< our time divided by the peer's time is at most the limit
+    below,     ///< our time is less than the limit in nanoseconds
+    bytesUpTo, ///< our number of bytes is at most the limit
+    none,      ///< no goal; the report shows the peer's time divided by our time
+    share,     ///< no goal; the report shows our time divided by the peer's time
+    time,      ///< no goal; the report shows our time
+    bytes,     ///< no goal; the report shows our number of bytes
 };
 
-/// One line of a table.
+/// A comparison with a peer: one row of a table in the report.
 struct Row {
-    const char* what;
-    const char* ours;  ///< benchmark
-    const char* other; ///< benchmark, or null
-    const char* otherName;
+    const char* what;     ///< label; an empty label repeats the label of the row above
+    const char* ours;     ///< name of our benchmark
+    const char* peer;     ///< name of the peer's benchmark; null if there is no peer
+    const char* peerName; ///< name of the peer in the report
     Goal goal;
     double limit = 0;
-    double share = 1;            ///< of the other that counts: its time is multiplied by it
-    const char* id = "";         ///< by which bench/remarks.txt knows it
-    const char* chart = nullptr; ///< its name in the chart, if it is shown there
+    double factor = 1;           ///< factor that multiplies the peer's time
+    const char* id = "";         ///< name of the row in bench/remarks.txt
+    const char* chart = nullptr; ///< label of the row's bar in the chart; null for no bar
 };
 
+/// A chapter of the report.
 struct Subject {
     const char* title;
     const char* text;
@@ -51,18 +53,20 @@ struct Subject {
 
 const std::vector<Subject>& subjects();
 
-/// How a row came out: the ratio in its goal's sense, and whether the goal is met.
+/// The result of a comparison.
 struct Outcome {
-    double ratio = 0;
+    double ratio = 0; ///< the ratio that the goal limits; 0 if the row has no ratio
     bool isMet = true;
     bool hasGoal = false;
 };
 Outcome outcomeOf(const Row& row, const Figures& figures);
 
-/// Remarks by row.
+/// Remarks by the id of a row or the title of a subject.
 using Remarks = std::map<std::string, std::string>;
 
+/// docs/performance.md.
 std::string pageOf(const Figures& figures, const Remarks& remarks);
+/// docs/performance.svg.
 std::string chartOf(const Figures& figures);
 
 } // namespace report

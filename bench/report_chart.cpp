@@ -1,4 +1,4 @@
-// docs/performance.svg: how many times as fast as the other, a bar a comparison, and where the goal is.
+// Writes docs/performance.svg, a bar chart of our speed relative to each peer, with the goals.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -10,7 +10,7 @@ namespace report {
 namespace {
 
 constexpr double width = 860, left = 380, right = 70, top = 66, barHeight = 18, lineHeight = 26;
-constexpr double least = 0.1, most = 30; // of the logarithmic axis
+constexpr double least = 0.1, most = 30; // range of the logarithmic axis
 
 double xOf(double ratio)
 {
@@ -18,7 +18,7 @@ double xOf(double ratio)
     return left + share * (width - left - right);
 }
 
-/// In the sense of speed, whatever the goal's sense is.
+/// Our speed divided by the peer's speed. A ratio of times is inverted.
 double speed(const Row& row, double ratio) { return row.goal == Goal::withinOf ? 1 / ratio : ratio; }
 
 std::string escaped(const std::string& text)
@@ -79,10 +79,9 @@ std::string chartOf(const Figures& figures)
         "{1:.0f}\" "
         "font-family=\"sans-serif\" font-size=\"13\" fill=\"#222\">\n"
         "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n"
-        "<text x=\"20\" y=\"26\" font-size=\"16\" font-weight=\"bold\">How many times as fast as "
-        "others</text>\n"
-        "<text x=\"20\" y=\"46\">Bars: ours, 1 = as fast as the other; the axis is logarithmic. "
-        "Black marks: goals. Orange: missed.</text>\n"
+        "<text x=\"20\" y=\"26\" font-size=\"16\" font-weight=\"bold\">Speed relative to the peers</text>\n"
+        "<text x=\"20\" y=\"46\">Bars: our speed divided by the peer's, on a logarithmic axis. "
+        "Black lines: goals. Orange: missed.</text>\n"
         "{2}{3}</svg>\n",
         width, y + 34, axis, bars);
 }

@@ -1,4 +1,4 @@
-// docs/performance.md: a table a subject.
+// Writes docs/performance.md, with one table per subject.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -46,11 +46,11 @@ std::string oursText(const Row& row, const Figures& figures)
                                                                   : timeText(figures.time(row.ours));
 }
 
-std::string otherText(const Row& row, const Figures& figures)
+std::string peerText(const Row& row, const Figures& figures)
 {
-    if (!row.other) return "";
-    const double time = figures.time(row.other);
-    return fmt::format("{} {}", row.otherName, timeText(time * row.share));
+    if (!row.peer) return "";
+    const double time = figures.time(row.peer);
+    return fmt::format("{} {}", row.peerName, timeText(time * row.factor));
 }
 
 std::string boldRatio(const Row& row, const Outcome& outcome)
@@ -62,13 +62,13 @@ std::string boldRatio(const Row& row, const Outcome& outcome)
                                                                                : " of the goal");
 }
 
-/// How far a missed goal is away, in hundredths of it.
+/// The distance to a missed goal, in percent of the goal.
 std::string missText(const Row& row, const Outcome& outcome)
 {
-    const double share = row.goal == Goal::fasterBy   ? 1 - outcome.ratio / row.limit
-                         : row.goal == Goal::withinOf ? outcome.ratio / row.limit - 1
-                                                      : outcome.ratio - 1;
-    return fmt::format("{:.1f} %", 100 * share);
+    const double miss = row.goal == Goal::fasterBy   ? 1 - outcome.ratio / row.limit
+                        : row.goal == Goal::withinOf ? outcome.ratio / row.limit - 1
+                                                     : outcome.ratio - 1;
+    return fmt::format("{:.1f} %", 100 * miss);
 }
 
 std::string metText(const Row& row, const Outcome& outcome)
@@ -79,11 +79,11 @@ std::string metText(const Row& row, const Outcome& outcome)
 
 std::string tableOf(const Subject& subject, const Figures& figures)
 {
-    std::string text = "| what | ours | beside it | ratio | goal | met |\n|---|---|---|---|---|---|\n";
+    std::string text = "| what | ours | peer | ratio | goal | met |\n|---|---|---|---|---|---|\n";
     for (const Row& row : subject.rows) {
         const Outcome outcome = outcomeOf(row, figures);
         text += fmt::format("| {} | {} | {} | {} | {} | {} |\n", row.what, oursText(row, figures),
-                            otherText(row, figures), boldRatio(row, outcome), goalText(row),
+                            peerText(row, figures), boldRatio(row, outcome), goalText(row),
                             metText(row, outcome));
     }
     return text;
@@ -94,38 +94,38 @@ std::string remarksOf(const Subject& subject, const Figures& figures, const Rema
     std::string text;
     const auto always = remarks.find(subject.title);
     if (always != remarks.end()) text += "\n" + always->second + "\n";
-    std::map<std::string, std::string> misses; // by id: rows of one id share what is said of them
+    std::map<std::string, std::string>
+        misses; // texts by row id, because rows with the same id share a remark
     for (const Row& row : subject.rows) {
         const Outcome outcome = outcomeOf(row, figures);
         if (outcome.isMet || !*row.id) continue;
-        std::string& all = misses[row.id];
-        all += (all.empty() ? "" : ", ") + missText(row, outcome);
+        std::string& texts = misses[row.id];
+        texts += (texts.empty() ? "" : ", ") + missText(row, outcome);
     }
-    for (const auto& [id, all] : misses) {
+    for (const auto& [id, texts] : misses) {
         const auto found = remarks.find(id);
-        text +=
-            fmt::format("\n*{}*, missed by {}: {}\n", id, all,
-                        found == remarks.end() ? "nothing has been said about it in `bench/remarks.txt` yet."
-                                               : found->second);
+        text += fmt::format("\n*{}*, missed by {}: {}\n", id, texts,
+                            found == remarks.end() ? "`bench/remarks.txt` has no remark on this goal yet."
+                                                   : found->second);
     }
     return text;
 }
 
-/// How much of a cycle the queue's lock would take, where a player takes it: reckoned, since players that are
-/// rendered one after another take no lock from each other.
+/// The share of the queue's lock in the time of a player. The share is computed, because the benchmark
+/// renders its players one after another, so that no player waits for a lock.
 std::string lockText(const Figures& figures)
 {
     const double lock = figures.time("take front/the lock, taken and given");
     const double player = figures.time("scale/1000 players") / 1000;
-    const double perSecond = 48000.0 / 512; // slices
+    const double slicesPerSecond = 48000.0 / 512;
     return fmt::format(
-        "\nA player takes the queue's lock where a buffer ends, and nowhere else. A lock of the bench's "
-        "own, which nobody else wants, costs {} to take and give, and a player's slice {} (of 1,000). The "
-        "share "
-        "reckoned from these two, not measured in the run of the players: **{:.4f} %** with buffers of a "
-        "second, "
-        "{:.1f} % with a buffer that ends in every slice.\n",
-        timeText(lock), timeText(player), 100 * lock / (player * perSecond), 100 * lock / (player + lock));
+        "\nA player locks its queue only at the end of a buffer. Locking and unlocking a mutex without "
+        "contention "
+        "takes {}, a player's slice {} (of 1,000 players). The lock's share, computed from these two times, "
+        "is "
+        "**{:.4f} %** with buffers of one second, and {:.1f} % with a buffer that ends in every slice.\n",
+        timeText(lock), timeText(player), 100 * lock / (player * slicesPerSecond),
+        100 * lock / (player + lock));
 }
 
 } // namespace
@@ -146,17 +146,16 @@ std::string pageOf(const Figures& figures, const Remarks& remarks)
     }
     return fmt::format(
         "# Performance\n\n"
-        "Made by `scripts/bench`; what it says of missed goals comes from `bench/remarks.txt`. Everything "
-        "here was\n"
-        "measured in one run: ours and the others in the same process, on the same input.\n\n"
+        "`scripts/bench` writes this page; the remarks on missed goals come from `bench/remarks.txt`. One "
+        "process\n"
+        "measured all benchmarks of this page, ours and the peers', with the same input.\n\n"
         "| | |\n|---|---|\n| date | {} |\n| machine | {} |\n| compiler | {} |\n"
-        "| figures | medians of {} repetitions of each benchmark, in random order; time of the processor |\n"
+        "| figures | medians of {} repetitions of each benchmark, in random order; processor time |\n"
         "| goals | **{} of {}** met |\n\n"
-        "Ratios are what counts: times change with the machine and its other work, and then on both "
-        "sides.\n\n"
-        "![How many times as fast as others](performance.svg)\n\n"
-        "The buffered player against a player written a second time: {}\n{}",
-        figures.date, figures.machine, figures.compiler, figures.repetitions, met, goals, figures.identity,
+        "Compare ratios, not times: times change with the machine and its other work.\n\n"
+        "![Speed relative to the peers](performance.svg)\n\n"
+        "The buffered player, compared with the reference player of the tests: {}\n{}",
+        figures.date, figures.machine, figures.compiler, figures.repetitions, met, goals, figures.exactness,
         body);
 }
 

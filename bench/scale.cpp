@@ -1,11 +1,10 @@
-// Many buffered players on one stepped device.
+// Measures 1 to 1,000 buffered players on one stepped device.
 #include "bench/file_player.h"
-#include "bench/music.h"
+#include "bench/repeat.h"
+#include "bench/test_signal.h"
 #include "player/render.h"
 
 #include <CoreAudio/CoreAudio.h>
-
-#include <benchmark/benchmark.h>
 
 #include <cstring>
 #include <memory>
@@ -15,11 +14,11 @@
 
 namespace {
 
-constexpr std::size_t bufferFrames = 44100; // a second, of each player's own
+constexpr std::size_t bufferFrames = 44100; // the length of each player's private buffer: one second
 
-/// A player's record as the library starts it, at a rate that is not the device's.
+/// The record of a player that the library has started. Its rate differs from the device's rate.
 struct Player {
-    Player() : data(bench::music(1).begin(), bench::music(1).begin() + bufferFrames)
+    Player() : data(bench::testSignal(1).begin(), bench::testSignal(1).begin() + bufferFrames)
     {
         record.sampleRate = 44100;
         record.deviceSampleRate = 48000;
@@ -34,13 +33,13 @@ struct Player {
     player::AudioPlayerData record = {};
 };
 
-// Installed as the library does it: one procedure, told apart by its client.
+/// Players on one device. As in the library, they share one I/O procedure and differ in its client data.
 struct Players {
     explicit Players(std::size_t count) : device(bench::addSteppedDevice(48000))
     {
         for (std::size_t i = 0; i < count; ++i) {
-            each.push_back(std::make_unique<Player>());
-            player::AudioPlayerData& record = each.back()->record;
+            players.push_back(std::make_unique<Player>());
+            player::AudioPlayerData& record = players.back()->record;
             if (AudioDeviceAddIOProc(device, record.ioProc, &record) != noErr ||
                 AudioDeviceStart(device, record.ioProc) != noErr)
                 throw std::runtime_error("a player cannot be started");
@@ -50,30 +49,30 @@ struct Players {
     void step()
     {
         if (played + 600 > bufferFrames) {
-            for (auto& one : each) one->rewind();
+            for (auto& each : players) each->rewind();
             played = 0;
         }
         KVXPlatformStep(device, bench::sliceFrames);
-        played += bench::sliceFrames; // more than is taken from the buffer
+        played += bench::sliceFrames; // counts device frames, which are more than the buffer frames read
     }
 
     KVXDeviceID device;
-    std::vector<std::unique_ptr<Player>> each;
+    std::vector<std::unique_ptr<Player>> players;
     std::size_t played = 0;
 };
 
-void together(benchmark::State& state, Players*& players, std::size_t count)
+void play(benchmark::State& state, Players*& players, std::size_t count)
 {
     if (!players) players = new Players(count);
-    for (auto _ : state) {
+    bench::repeat(state, [&] {
         players->step();
-        benchmark::ClobberMemory();
-    }
+        return players;
+    });
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
 }
 
-/// What no player can do without: as many samples of each, out of memory of its own.
-void reading(benchmark::State& state, std::size_t count)
+/// Only copy the samples of a slice from the private memory of each player.
+void copySamples(benchmark::State& state, std::size_t count)
 {
     constexpr std::size_t floats = bench::sliceFrames * 441 / 480;
     const std::vector<std::vector<float>> data(count, std::vector<float>(bufferFrames, 0.5f));
@@ -90,15 +89,16 @@ void reading(benchmark::State& state, std::size_t count)
     }
 }
 
-Players* crowds[4];
+Players* playersByCount[4]; // created in the first iteration, and used in later runs of the benchmark
 
 const bool registered = [] {
     std::size_t count = 1;
-    for (Players*& players : crowds) {
+    for (Players*& players : playersByCount) {
         benchmark::RegisterBenchmark(
             ("scale/" + std::to_string(count) + " players").c_str(),
-            [&players, count](benchmark::State& state) { together(state, players, count); });
-        benchmark::RegisterBenchmark(("scale/" + std::to_string(count) + " memcpy").c_str(), reading, count);
+            [&players, count](benchmark::State& state) { play(state, players, count); });
+        benchmark::RegisterBenchmark(("scale/" + std::to_string(count) + " memcpy").c_str(), copySamples,
+                                     count);
         count *= 10;
     }
     return true;

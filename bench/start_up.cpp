@@ -1,5 +1,5 @@
-// The library, loaded and entered: from dlopen to the return of its entry point, its classes registered with
-// a host that takes note of them. The platform's libraries are in the process already.
+// Measures the start of the library, from dlopen to the return of its entry point, with a minimal host that
+// counts the registered classes. The process has loaded the platform's libraries before.
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// A copy: the library itself may be in the process already, and stays there.
+/// Copy the library. Other benchmarks have loaded the original, so loading it again would take no time.
 std::string copyOfLibrary()
 {
     namespace fs = std::filesystem;
@@ -49,7 +49,7 @@ void* resolve(const char* name)
     return nullptr;
 }
 
-/// Fresh each time: closed again, it leaves the process.
+/// Load the copy in each iteration. dlclose removes the copy from the process again.
 void loadAndEnter(benchmark::State& state)
 {
     static const std::string copy = copyOfLibrary();

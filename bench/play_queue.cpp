@@ -1,8 +1,7 @@
-// The front of the queue becomes the buffer that plays, with 1, 20 or 200 waiting; beside it the same with
-// every slot of the record moved, used or not.
+// Measures the time to take the next buffer from a queue of 1, 20 or 200 buffers, compared with a queue that
+// moves all its slots, used or not; and the time to lock and unlock a mutex.
 #include "player/play_queue.h"
-
-#include <benchmark/benchmark.h>
+#include "bench/repeat.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,15 +10,15 @@
 
 namespace {
 
-/// A record whose waiting buffers are never read.
+/// A player with `waiting` buffers in its queue. Their samples are never read.
 struct Queue {
     explicit Queue(int waiting)
     {
         for (int i = 0; i < waiting; ++i) player.queue[i] = {1, &sample};
         player.queueCount = waiting;
     }
-    /// What was taken waits again, at the end.
-    void giveBack()
+    /// Append the current buffer to the queue again.
+    void appendCurrent()
     {
         player.queue[player.queueCount++] = player.current;
         player.current = {};
@@ -33,17 +32,16 @@ template <class Take>
 void run(benchmark::State& state, int waiting, Take take)
 {
     Queue queue(waiting);
-    for (auto _ : state) {
+    bench::repeat(state, [&] {
         take(queue.player);
-        queue.giveBack();
-        benchmark::DoNotOptimize(queue.player);
-        benchmark::ClobberMemory();
-    }
+        queue.appendCurrent();
+        return &queue.player;
+    });
 }
 
 void ours(benchmark::State& state, int waiting) { run(state, waiting, player::TakeNextPlayItem); }
 
-void takeMovingAll(player::AudioPlayerData& player)
+void takeAndMoveAllSlots(player::AudioPlayerData& player)
 {
     static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
     pthread_mutex_lock(&lock);
@@ -54,9 +52,9 @@ void takeMovingAll(player::AudioPlayerData& player)
     pthread_mutex_unlock(&lock);
 }
 
-void movingAll(benchmark::State& state, int waiting) { run(state, waiting, takeMovingAll); }
+void moveAllSlots(benchmark::State& state, int waiting) { run(state, waiting, takeAndMoveAllSlots); }
 
-void locking(benchmark::State& state)
+void lockAndUnlock(benchmark::State& state)
 {
     static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
     for (auto _ : state) {
@@ -70,9 +68,9 @@ const bool registered = [] {
     for (const int waiting : {1, 20, 200}) {
         const std::string name = "take front/" + std::to_string(waiting) + " waiting/";
         benchmark::RegisterBenchmark((name + "ours").c_str(), ours, waiting);
-        benchmark::RegisterBenchmark((name + "every slot moved").c_str(), movingAll, waiting);
+        benchmark::RegisterBenchmark((name + "every slot moved").c_str(), moveAllSlots, waiting);
     }
-    benchmark::RegisterBenchmark("take front/the lock, taken and given", locking);
+    benchmark::RegisterBenchmark("take front/the lock, taken and given", lockAndUnlock);
     return true;
 }();
 

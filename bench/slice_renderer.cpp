@@ -1,10 +1,11 @@
-#include "bench/one_slice.h"
+#include "bench/slice_renderer.h"
 
 #include "player/render.h"
 
 namespace bench {
 
-OneSlice::OneSlice(const std::vector<float>& data, int channels, double from, double to, std::uint32_t frames)
+SliceRenderer::SliceRenderer(const std::vector<float>& data, int channels, double from, double to,
+                             std::uint32_t frames)
     : player(), out(std::size_t{frames} * static_cast<std::size_t>(channels)), list()
 {
     player.sampleRate = static_cast<float>(from);
@@ -19,7 +20,7 @@ OneSlice::OneSlice(const std::vector<float>& data, int channels, double from, do
         static_cast<double>(data.size() / static_cast<std::size_t>(channels)) - (frames + 2) * step();
 }
 
-void OneSlice::render()
+void SliceRenderer::render()
 {
     if (player.outputPosition >= lastPosition) player.outputPosition = 0;
     player::MyPlayIOProc(0, nullptr, nullptr, nullptr, &list, nullptr, &player);

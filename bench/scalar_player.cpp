@@ -1,9 +1,9 @@
-#include "bench/reference_render.h"
+#include "bench/scalar_player.h"
 
 namespace bench {
 namespace {
 
-float sampleAt(const PlainPlayer& player, std::int64_t index)
+float sampleAt(const ScalarPlayer& player, std::int64_t index)
 {
     const std::int64_t relative = index - player.base;
     if (relative < 0 || relative >= static_cast<std::int64_t>(player.data.size())) return 0;
@@ -12,7 +12,7 @@ float sampleAt(const PlainPlayer& player, std::int64_t index)
 
 } // namespace
 
-void renderMonoPlainly(PlainPlayer& player, double step, std::uint32_t frames, float* out)
+void renderMono(ScalarPlayer& player, double step, std::uint32_t frames, float* out)
 {
     std::int64_t last = -1;
     float s0 = 0, s1 = 0;
@@ -30,7 +30,7 @@ void renderMonoPlainly(PlainPlayer& player, double step, std::uint32_t frames, f
     }
 }
 
-void renderStereoPlainly(PlainPlayer& player, double step, std::uint32_t frames, float* out)
+void renderStereo(ScalarPlayer& player, double step, std::uint32_t frames, float* out)
 {
     std::int64_t last = -1;
     float left0 = 0, right0 = 0, left1 = 0, right1 = 0;
