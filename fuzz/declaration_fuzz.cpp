@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::string_view text(reinterpret_cast<const char*>(bytes), size);
     try {
         const host::Declaration declaration = host::parseDeclaration(text);
-        require(declaration.requiredCount() <= declaration.parameters.size(),
+        require(host::requiredCount(declaration.parameters) <= declaration.parameters.size(),
                 "no more is required than declared");
         const std::string printed = host::print(declaration);
         const host::Declaration again = host::parseDeclaration(printed);

@@ -1,104 +1,71 @@
-// The host itself: its version and what follows from it, the classes it knows, the library it loads.
-//
-// There is one host at a time. Tests make another after the last one has gone; a program makes one.
+// The host: its options, its classes, and the library that it loads. One host exists at a time; a test may
+// make another host after the destruction of the first one. All functions: [main].
 #pragma once
 
-#include "abi/class_definition.h"
 #include "abi/entry_point.h"
 #include "host/runtime/calls/object.h"
 #include "host/runtime/classes/class_info.h"
 #include "host/runtime/leak_report.h"
+#include "host/runtime/services/resolver.h"
 #include "host/runtime/support/errors.h"
+#include "host/runtime/support/options.h"
 #include "host/runtime/values/array.h"
-#include "host/runtime/values/folder_item.h"
-#include "host/runtime/values/host_string.h"
-#include "host/runtime/values/memory_block.h"
 #include "host/runtime/values/value.h"
 
 #include <functional>
-#include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace host {
 
-struct Options {
-    double version = 2016.0;    ///< decides services, record layouts and class layout; see service_table.h
-    bool isBuiltProgram = true; ///< what "REALinRuntime" answers; false: the development environment
-    std::set<std::string> withheld; ///< services that the resolver denies, by name
-    /// Strings' data handed out by "PluginGetStringData" may end without a terminating zero; tests choose
-    /// that.
-    bool isStringDataTerminated = true;
-    /// Older hosts may keep an array's elements elsewhere: the record's eighth word is then null.
-    bool isArrayStorageReadable = true;
-};
-
-/// What was asked of the resolver, and how often each service was called.
-struct ServiceLog {
-    struct Lookup {
-        std::string name;
-        bool isKnown;
-    };
-    std::vector<Lookup> lookups; ///< in order, repeated ones too
-    std::map<std::string, std::size_t> calls;
-
-    std::size_t lookupsOf(std::string_view name) const;
-    std::size_t callsOf(const std::string& name) const;
-};
-
 class Host {
 public:
-    /// Throws ProgramError if there is a host already, or if a withheld name is no service's.
+    /// Throws ProgramError if a host exists, or if a withheld name is not the name of a service.
     explicit Host(Options options = {});
 
-    /// Frees what is still alive, without running destructors; the leak report is to be read before.
+    /// Frees the remaining values without running destructors. Read the leak report before.
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    static Host& current(); ///< throws ProgramError if there is none
+    static Host& current(); ///< Throws ProgramError without a host.
     static Host* currentOrNull();
 
     // ---- the library ----
 
-    /// Load a library and enter it. Once per host. Throws LoadError.
+    /// Load a library and run its entry point. A host loads one library. Throws LoadError.
     void load(const std::string& path);
 
-    /// Enter a library that is already in the process (a test's own).
+    /// Run the entry point of a plug-in that is linked into the program, such as a test's.
     void enter(REALPluginMainFunction pluginMain);
 
-    /// The resolver as the plug-in gets it. It answers for whichever host is the current one.
-    static REALResolver resolver();
+    /// The resolver for the plug-in. It serves the current host.
+    static REALResolver resolver() { return resolveService; }
 
     // ---- classes ----
 
-    /// All classes in order of registration; the host's own first.
+    /// All classes in the order of registration; the host's own classes come first.
     const std::vector<std::unique_ptr<ClassInfo>>& classes() const;
     std::vector<const ClassInfo*> pluginClasses() const;
-    const ClassInfo* findClass(std::string_view name) const; ///< without regard to case; null: none
 
-    /// A new object: class data zeroed, constructors run (superclasses first), then the method "Constructor"
-    /// that fits the arguments. Throws ProgramError or HostException; a half-made object is destroyed.
+    /// Find a class without regard to case; null if there is none.
+    const ClassInfo* findClass(std::string_view name) const { return host::findClass(name); }
+
+    /// Make an object: zeroed class data, constructors superclass first, then the method "Constructor" that
+    /// fits the arguments. Throws ProgramError or HostException; a partly constructed object is destroyed.
     template <class... Arguments>
     Object create(std::string_view className, Arguments&&... arguments)
     {
-        std::vector<Argument> list;
-        list.reserve(sizeof...(arguments));
-        (list.emplace_back(std::forward<Arguments>(arguments)), ...);
-        return createWith(className, list);
+        return createWith(className, argumentList(std::forward<Arguments>(arguments)...));
     }
     Object createWith(std::string_view className, const std::vector<Argument>& arguments);
 
     template <class... Arguments>
     Value callShared(std::string_view className, std::string_view method, Arguments&&... arguments)
     {
-        std::vector<Argument> list;
-        list.reserve(sizeof...(arguments));
-        (list.emplace_back(std::forward<Arguments>(arguments)), ...);
-        return callSharedWith(className, method, list);
+        return callSharedWith(className, method, argumentList(std::forward<Arguments>(arguments)...));
     }
     Value callSharedWith(std::string_view className, std::string_view method,
                          const std::vector<Argument>& arguments);
@@ -109,42 +76,37 @@ public:
     // ---- options ----
 
     const Options& options() const;
-    void withhold(const std::string& service); ///< from the next look-up on; throws as above
-    void provide(const std::string& service);  ///< take that back
+    void withhold(const std::string& service); ///< Hide a service from further look-ups. Throws ProgramError.
+    void provide(const std::string& service);  ///< Make a withheld service available again.
+    double visibleVersion() const { return options().visibleVersion(); }
+    bool areRecordsReadable() const { return options().areRecordsReadable(); }
 
-    /// The version that the plug-in sees: 0.0 while "REALGetRBVersion" is withheld.
-    double visibleVersion() const;
-    /// Whether string and array records hold what they say: before 2016.0, or with the version withheld.
-    bool areRecordsReadable() const;
-
-    /// Called by "REALYieldToRB": lets the program run what is waiting. Nothing happens without one.
+    /// Set the work that "REALYieldToRB" runs; an empty function removes the work.
     void onYield(std::function<void()> work);
 
     // ---- observation ----
 
-    void logServices(bool isOn); ///< off at first; switching on starts an empty log
+    void logServices(bool isOn); ///< Start an empty log, or stop the log. A new host has no log.
     const ServiceLog& serviceLog() const;
 
-    /// What the plug-in did wrong, a sentence each: dead or wrong values, services called off the main
-    /// thread, bad class definitions. A well-behaved plug-in leaves this empty.
+    /// The errors of the plug-in, one sentence each: dead or wrong values, services called off the main
+    /// thread, faulty class definitions. Empty for a correct plug-in.
     const std::vector<std::string>& misuses() const;
     void clearMisuses();
 
-    LeakReport leaks() const; ///< values alive now
+    LeakReport leaks() const; ///< The values that live now.
 
-    /// The exception raised outside any call (a test calling plug-in functions directly); null where there is
-    /// none. Taking it clears it.
+    /// Take the exception that was raised outside any call, as in a test that calls plug-in functions
+    /// directly. Null without an exception.
     std::unique_ptr<HostException> takeException();
 
-    /// Throw what an event's handler threw while no call was under way. Does nothing where nothing was
-    /// thrown.
+    /// Throw the exception that an event handler threw outside any call. Does nothing without an exception.
     void rethrow();
 
-    struct State;
-    State& state() { return *state_; } ///< for the runtime's own files
-
 private:
-    std::unique_ptr<State> state_;
+    struct Layers;
+    std::unique_ptr<Layers> layers_;
+    std::string libraryPath_; ///< path of the loaded library; empty before the load
 };
 
 } // namespace host

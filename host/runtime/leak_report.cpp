@@ -1,7 +1,7 @@
 #include "host/runtime/leak_report.h"
 
-#include "host/runtime/state.h"
-#include "host/runtime/values/records.h"
+#include "host/runtime/calls/object.h"
+#include "host/runtime/support/per_host.h"
 
 #include <fmt/format.h>
 
@@ -43,12 +43,12 @@ std::string LeakReport::text() const
     return lines;
 }
 
-LeakReport Host::leaks() const
+LeakReport leakReport()
 {
     std::map<std::pair<Kind, std::string>, std::size_t> counts;
-    for (const void* value : state_->live) {
-        const auto kind = headerOf(value)->kind;
-        ++counts[{kind, kind == Kind::object ? record<ObjectRecord>(value)->info->name : ""}];
+    for (const void* value : current<LiveValues>().addresses) {
+        const Kind kind = kindOf(value);
+        ++counts[{kind, kind == Kind::object ? classOf(value).name : ""}];
     }
     LeakReport report;
     for (const auto& [what, count] : counts) report.rows.push_back({what.first, what.second, count});

@@ -1,7 +1,7 @@
-// What is still alive, by kind.
+// The live values, by kind and class.
 #pragma once
 
-#include "host/runtime/values/reference.h"
+#include "host/runtime/values/counted.h"
 
 #include <cstddef>
 #include <string>
@@ -11,20 +11,23 @@ namespace host {
 
 struct LeakRow {
     Kind kind;
-    std::string className; ///< of objects
+    std::string className; ///< class of the objects; empty for other kinds
     std::size_t count;
 };
 
 struct LeakReport {
-    std::vector<LeakRow> rows; ///< kinds in their order, classes by name; no row of 0
+    std::vector<LeakRow> rows; ///< rows in the order of Kind, then of the class names; no count is 0
 
     bool isClean() const { return rows.empty(); }
     std::size_t total() const;
     std::size_t count(Kind kind) const;
     std::size_t countOfClass(const std::string& className) const;
 
-    /// One line a row, such as "3 objects of class CoreAudioPlayerKVX"; empty when clean.
+    /// One line for each row, such as "3 objects of class CoreAudioPlayerKVX"; empty for a clean report.
     std::string text() const;
 };
+
+/// Count the live values of the current host. [main]
+LeakReport leakReport();
 
 } // namespace host

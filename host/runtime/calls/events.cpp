@@ -1,10 +1,11 @@
 #include "host/runtime/calls/events.h"
 
+#include "host/runtime/calls/dynamic_call.h"
 #include "host/runtime/calls/ffi_type.h"
-#include "host/runtime/state.h"
-#include "host/runtime/support/errors.h"
+#include "host/runtime/calls/object.h"
+#include "host/runtime/support/misuse.h"
+#include "host/runtime/support/per_host.h"
 #include "host/runtime/values/native.h"
-#include "host/runtime/values/records.h"
 
 #include <ffi.h>
 #include <fmt/format.h>
@@ -14,40 +15,38 @@
 
 namespace host {
 
-struct EventBinding {
-    std::string className;
-    Declaration declaration;
-    std::vector<ffi_type*> types; ///< of the object and the arguments; the call description points here
+struct EventFunction {
+    const EventInfo& event;
+    std::vector<ffi_type*>
+        types; ///< libffi types of the object and the arguments; `call` refers to this array
     ffi_cif call;
-    ffi_closure* closure = nullptr;
-    void* code = nullptr;
+    ffi_closure* closure;
+    void* code; ///< address of the C function
 };
 
-void EventBindingDeleter::operator()(EventBinding* binding) const
+void EventFunctionDeleter::operator()(EventFunction* function) const
 {
-    if (binding->closure) ffi_closure_free(binding->closure);
-    delete binding;
+    if (function->closure) ffi_closure_free(function->closure);
+    delete function;
 }
 
 namespace {
 
-Value runHandler(const EventBinding& binding, void** arguments)
+Value runHandler(const EventInfo& event, void** arguments)
 {
-    auto* object = *static_cast<REALobjectStruct**>(arguments[0]);
-    if (!liveValue(object, Kind::object, "an event's function")) return {};
-    const auto& handlers = *record<ObjectRecord>(object)->handlers;
-    const auto found = handlers.find(&binding);
-    if (found == handlers.end()) return {};
-    const auto handler = found->second; // a copy: the handler may detach itself
-    auto sender = Object(Object::share(object));
+    auto* const handle = *static_cast<REALobjectStruct**>(arguments[0]);
+    auto sender = checkedArgument<Object>(handle, "the function of an event");
+    const auto* attached = sender ? handlerOf(handle, event) : nullptr;
+    if (!attached) return {};
+    const EventHandler handler = *attached; // a copy, because the handler may detach itself
     std::vector<Value> values;
-    const auto& parameters = binding.declaration.parameters;
+    const auto& parameters = event.declaration.parameters;
     for (std::size_t i = 0; i < parameters.size(); ++i)
         values.push_back(fromNative(arguments[i + 1], parameters[i].type, false));
     return handler(sender, values);
 }
 
-/// Write a result as libffi wants it: small integers fill a whole word.
+/// Write a result in the form of libffi, in which a small integer fills a whole word.
 void writeResult(void* result, const Native& native, const Type& type)
 {
     ffi_arg widened = 0;
@@ -58,82 +57,78 @@ void writeResult(void* result, const Native& native, const Type& type)
         std::memcpy(result, &widened, sizeof widened);
 }
 
-/// What the plug-in reaches when it calls the event. Nothing thrown may pass through it.
+/// The target of every event's C function. An exception of the handler is stored, because
+/// it must not pass through the plug-in.
 void enterHandler(ffi_cif*, void* result, void** arguments, void* user)
 {
-    const auto& binding = *static_cast<EventBinding*>(user);
-    const auto& type = binding.declaration.result;
+    const auto& event = static_cast<EventFunction*>(user)->event;
+    const auto& type = event.declaration.result;
     Native native = {};
     try {
-        const auto value = runHandler(binding, arguments);
+        const auto value = runHandler(event, arguments);
         if (type.exists() && !(value.isNil() && !type.isReference())) {
-            auto lent = toNative(value, type, "the result of event " + binding.declaration.name);
-            lent.keep.detach();
-            native = lent.native;
+            auto converted = toNative(value, type, "the result of event " + event.declaration.name);
+            converted.reference.detach();
+            native = converted.native;
         }
     } catch (...) {
-        if (auto* host = stateOrNull()) host->handlerError = std::current_exception();
+        if (auto* exceptions = currentOrNull<Exceptions>())
+            exceptions->handlerError = std::current_exception();
     }
     if (type.exists()) writeResult(result, native, type);
 }
 
+AnyFunction newFunction(const EventInfo& event)
+{
+    std::unique_ptr<EventFunction, EventFunctionDeleter> function(new EventFunction{event, {}, {}, {}, {}});
+    function->types.push_back(&ffi_type_pointer);
+    for (const auto& parameter : event.declaration.parameters)
+        function->types.push_back(ffiType(parameter.type));
+    function->closure = static_cast<ffi_closure*>(ffi_closure_alloc(sizeof(ffi_closure), &function->code));
+    const bool isReady =
+        function->closure &&
+        ffi_prep_cif(&function->call, FFI_DEFAULT_ABI, static_cast<unsigned>(function->types.size()),
+                     ffiType(event.declaration.result), function->types.data()) == FFI_OK &&
+        ffi_prep_closure_loc(function->closure, &function->call, enterHandler, function.get(),
+                             function->code) == FFI_OK;
+    if (!isReady)
+        throw ProgramError(fmt::format("event {} of {}: libffi cannot make a function of its types",
+                                       event.declaration.name, event.owner->name));
+    auto& functions = current<EventFunctions>().functions;
+    functions.push_back(std::move(function));
+    return reinterpret_cast<AnyFunction>(functions.back()->code);
+}
+
+const EventInfo* eventOf(Word systemUse)
+{
+    for (const auto& info : current<ClassTable>().classes) {
+        for (const auto& event : info->events) {
+            if (event.systemUse == systemUse) return &event;
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
-Word bindEvent(const ClassInfo& owner, const EventInfo& event)
+AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* service)
 {
-    std::unique_ptr<EventBinding, EventBindingDeleter> binding(new EventBinding);
-    binding->className = owner.name;
-    binding->declaration = event.declaration;
-    binding->types.push_back(&ffi_type_pointer);
-    for (const auto& parameter : event.declaration.parameters) {
-        if (parameter.isByRef)
-            throw ProgramError(fmt::format("event {} of {} lends a variable, which handlers cannot change",
-                                           event.declaration.name, owner.name));
-        binding->types.push_back(ffiType(parameter.type));
-    }
-    binding->closure = static_cast<ffi_closure*>(ffi_closure_alloc(sizeof(ffi_closure), &binding->code));
-    const bool isReady =
-        binding->closure &&
-        ffi_prep_cif(&binding->call, FFI_DEFAULT_ABI, static_cast<unsigned>(binding->types.size()),
-                     ffiType(event.declaration.result), binding->types.data()) == FFI_OK &&
-        ffi_prep_closure_loc(binding->closure, &binding->call, enterHandler, binding.get(), binding->code) ==
-            FFI_OK;
-    if (!isReady)
-        throw ProgramError(
-            fmt::format("event {} of {} cannot be given a function", event.declaration.name, owner.name));
-    const auto systemUse = reinterpret_cast<Word>(binding.get());
-    state().events.push_back(std::move(binding));
-    return systemUse;
-}
-
-AnyFunction handlerFunction(REALobjectStruct* object, Word systemUse, const char* service)
-{
-    const auto& bindings = state().events;
-    const auto isIt = [&](const auto& binding) { return reinterpret_cast<Word>(binding.get()) == systemUse; };
-    const auto found = std::find_if(bindings.begin(), bindings.end(), isIt);
-    if (found == bindings.end()) {
-        noteMisuse(
-            fmt::format("{} was asked with {:#x}, which is no event's system-use word", service, systemUse));
+    const auto* event = eventOf(systemUse);
+    if (!event) {
+        noteMisuse(fmt::format("{} was given {:#x}, which is not the key of an event", service, systemUse));
         return nullptr;
     }
-    const auto& info = *record<ObjectRecord>(object)->info;
-    if (!info.isA((*found)->className)) {
-        noteMisuse(fmt::format("{} was asked for event {} of {} on an object of class {}", service,
-                               (*found)->declaration.name, (*found)->className, info.name));
+    const auto& info = classOf(object);
+    if (!info.isA(event->owner->name)) {
+        noteMisuse(fmt::format("{} was given the key of event {} of {} with an object of class {}", service,
+                               event->declaration.name, event->owner->name, info.name));
         return nullptr;
     }
-    if (record<ObjectRecord>(object)->handlers->count(found->get()) == 0) return nullptr;
-    return reinterpret_cast<AnyFunction>((*found)->code);
-}
-
-void attachHandler(REALobjectStruct* object, const EventInfo& event, EventHandler handler)
-{
-    auto& handlers = *record<ObjectRecord>(object)->handlers;
-    const auto* binding = reinterpret_cast<const EventBinding*>(event.systemUse);
-    if (handler)
-        handlers[binding] = std::move(handler);
-    else
-        handlers.erase(binding);
+    if (!handlerOf(object, *event)) return nullptr;
+    for (const auto& function : current<EventFunctions>().functions) {
+        if (&function->event == event) return reinterpret_cast<AnyFunction>(function->code);
+    }
+    return newFunction(*event);
 }
 
 } // namespace host

@@ -1,26 +1,30 @@
-// Events: C functions that the plug-in may call, made for each event, which find the handler that the program
-// attached to the object.
+// Events: the C functions through which the plug-in calls the handlers of a program.
+// All functions: [main].
 #pragma once
 
-#include "host/runtime/calls/object.h"
+#include "abi/host_values.h"
 #include "host/runtime/classes/class_info.h"
 
-#include <string_view>
-
-struct REALobjectStruct;
+#include <memory>
+#include <vector>
 
 namespace host {
 
-/// One event of one class, with its C function. The plug-in knows its address as the system-use word.
-struct EventBinding;
+/// The C function of one event. It calls the handler of the object in its first argument.
+struct EventFunction;
 
-/// Make the binding of an event and return its system-use word. Throws ProgramError where the event's types
-/// cannot be called.
-Word bindEvent(const ClassInfo& owner, const EventInfo& event);
+struct EventFunctionDeleter {
+    void operator()(EventFunction* function) const;
+};
 
-/// The C function if the object has a handler for the event of that system-use word, else null.
-AnyFunction handlerFunction(REALobjectStruct* object, Word systemUse, const char* service);
+/// The C functions of the current host's events, made as the plug-in asks for them.
+struct EventFunctions {
+    std::vector<std::unique_ptr<EventFunction, EventFunctionDeleter>> functions;
+};
 
-void attachHandler(REALobjectStruct* object, const EventInfo& event, EventHandler handler);
+/// The C function of the event with the key `systemUse`; null if the object has no handler for the event. An
+/// unknown key, and a key of another class, are noted as misuses of `service`.
+/// Throws  ProgramError if libffi cannot make the function.
+AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* service);
 
 } // namespace host

@@ -5,8 +5,7 @@ namespace host {
 ffi_type* ffiType(const Type& type)
 {
     if (type.isReference()) return &ffi_type_pointer;
-    constexpr bool isWide = sizeof(HostInteger) == 8;
-    switch (type.base) {
+    switch (fixedWidth(type.base)) {
     case Base::none:
         return &ffi_type_void;
     case Base::boolean:
@@ -26,10 +25,6 @@ ffi_type* ffiType(const Type& type)
         return &ffi_type_uint32;
     case Base::uint64:
         return &ffi_type_uint64;
-    case Base::integer:
-        return isWide ? &ffi_type_sint64 : &ffi_type_sint32;
-    case Base::uinteger:
-        return isWide ? &ffi_type_uint64 : &ffi_type_uint32;
     case Base::single:
         return &ffi_type_float;
     case Base::float64:

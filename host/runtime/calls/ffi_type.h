@@ -1,4 +1,4 @@
-// Host types as libffi calls them.
+// The libffi types of the host's types.
 #pragma once
 
 #include "host/runtime/values/type.h"
@@ -7,7 +7,8 @@
 
 namespace host {
 
-/// The C type of an argument or a result; references and arrays are pointers, no result is void.
+/// The libffi type of an argument or a result. References and arrays are pointers; a missing result is void.
+/// [any]
 ffi_type* ffiType(const Type& type);
 
 } // namespace host

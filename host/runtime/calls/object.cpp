@@ -1,22 +1,27 @@
 #include "host/runtime/calls/object.h"
 
-#include "host/runtime/calls/caller.h"
-#include "host/runtime/calls/events.h"
-#include "host/runtime/state.h"
-#include "host/runtime/support/errors.h"
-#include "host/runtime/values/native.h"
-#include "host/runtime/values/records.h"
+#include "host/runtime/calls/dynamic_call.h"
+#include "host/runtime/calls/overload.h"
+#include "host/runtime/classes/object_record.h"
+#include "host/runtime/support/misuse.h"
+#include "host/runtime/support/per_host.h"
+#include "host/runtime/values/field.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <new>
 
 namespace host {
 
+struct EventHandlers {
+    std::map<const EventInfo*, EventHandler> byEvent;
+};
+
 namespace {
 
-using LifeFunction = void (*)(REALobjectStruct*);
+using LifeFunction = void (*)(REALobjectStruct*); ///< type of a constructor or destructor function
 
 ObjectRecord& recordOf(const Object& object)
 {
@@ -24,7 +29,7 @@ ObjectRecord& recordOf(const Object& object)
     return *record<ObjectRecord>(object.get());
 }
 
-/// From the root class to the object's own.
+/// The class and its superclasses, root class first.
 std::vector<const ClassInfo*> lineage(const ClassInfo& info)
 {
     std::vector<const ClassInfo*> chain;
@@ -32,23 +37,20 @@ std::vector<const ClassInfo*> lineage(const ClassInfo& info)
     return chain;
 }
 
-void construct(const Object& object, const ClassInfo& info)
+void callLifeFunction(AnyFunction function, REALobjectStruct* object)
 {
-    if (!info.constructor) return;
     CallScope scope;
-    reinterpret_cast<LifeFunction>(info.constructor)(object.get());
-    scope.finish();
+    reinterpret_cast<LifeFunction>(function)(object);
+    scope.throwRaised();
 }
 
-/// The destructors of one class: the method first, then the class's own word. What they raise has nobody to
-/// see it.
+/// Run the destructors of one class: the method "Destructor", then the destructor function. No caller can
+/// receive an exception of a destructor, so that exceptions become misuses.
 void destruct(REALobjectStruct* object, const ClassInfo& info)
 {
     const auto run = [&](AnyFunction function) {
         try {
-            CallScope scope;
-            reinterpret_cast<LifeFunction>(function)(object);
-            scope.finish();
+            callLifeFunction(function, object);
         } catch (const std::exception& error) {
             noteMisuse(fmt::format("the destructor of {} raised: {}", info.name, error.what()));
         }
@@ -62,41 +64,77 @@ void destruct(REALobjectStruct* object, const ClassInfo& info)
 
 void releaseFields(REALobjectStruct* object, const ClassInfo& info)
 {
-    std::vector<HostInteger> done; // two properties may show one field
     for (const auto& property : info.properties) {
         if (property.getterAccess != Access::field || !property.type.isReference()) continue;
-        if (std::find(done.begin(), done.end(), property.parameter) != done.end()) continue;
-        done.push_back(property.parameter);
-        auto* field = reinterpret_cast<char*>(object) + info.dataOffset + property.parameter;
-        release(exchangeReference(field, nullptr));
+        // If two properties have the same field, the second property finds nil.
+        release(exchangeReference(classDataOf(object, info) + property.parameter, nullptr));
     }
 }
 
-const PropertyInfo& needProperty(const Object& object, std::string_view name)
+// ---- the row of functions for objects ----
+
+void destroyObject(void* value)
+{
+    auto* object = static_cast<REALobjectStruct*>(value);
+    if (currentOrNull<LiveValues>()) {
+        const auto chain = lineage(classOf(object));
+        for (auto one = chain.rbegin(); one != chain.rend(); ++one) destruct(object, **one);
+        for (const auto* one : chain) releaseFields(object, *one);
+    }
+    delete record<ObjectRecord>(object)->handlers;
+}
+
+std::string describeObject(const void* object) { return "an object of class " + classOf(object).name; }
+
+Cost costOfObject(const void* object, const Type& type)
+{
+    if (type.base != Base::object || type.isArray) return {};
+    const auto& info = classOf(object);
+    if (sameName(info.name, type.className)) return cost::exact;
+    return isAnyObject(type) || info.isA(type.className) ? Cost(cost::converted) : Cost();
+}
+
+constexpr KindRow objectRow = {Kind::object, destroyObject, describeObject, nullptr, costOfObject};
+
+Object constructed(const ClassInfo& info)
+{
+    const std::size_t size = std::max(firstDataOffset, info.dataOffset + info.dataSize);
+    auto* made = static_cast<ObjectRecord*>(allocateValue(objectRow, size));
+    if (!made) throw std::bad_alloc();
+    made->info = &info;
+    made->handlers = new EventHandlers;
+    Object object(Object::adopt(reinterpret_cast<REALobjectStruct*>(made)));
+    for (const auto* one : lineage(info)) {
+        if (one->constructor) callLifeFunction(one->constructor, object.get());
+    }
+    return object;
+}
+
+const PropertyInfo& propertyOf(const Object& object, std::string_view name)
 {
     const auto& info = object.classInfo();
     if (const auto* found = info.property(name)) return *found;
     const bool isMethod = !info.methodsNamed(name).empty();
     throw ProgramError(fmt::format("{} has no property {}{}", info.name, name,
-                                   isMethod ? "; that is a method, to be called" : ""));
+                                   isMethod ? "; call the method of this name" : ""));
 }
 
-std::vector<const MethodInfo*> needMethods(const Object& object, std::string_view name)
+std::vector<const MethodInfo*> methodsOf(const Object& object, std::string_view name)
 {
     const auto& info = object.classInfo();
     auto found = info.methodsNamed(name);
     if (found.empty()) {
         const bool isProperty = info.property(name) != nullptr;
         throw ProgramError(fmt::format("{} has no method {}{}", info.name, name,
-                                       isProperty ? "; that is a property, to be read" : ""));
+                                       isProperty ? "; read the property of this name" : ""));
     }
     return found;
 }
 
-/// The function that writes an indexed property: its setter, or a method whose last parameter is assigned.
+/// The method that writes an indexed property: its setter, or a method with an "Assigns" parameter.
 MethodInfo writerOf(const Object& object, std::string_view name)
 {
-    const auto methods = needMethods(object, name);
+    const auto methods = methodsOf(object, name);
     for (const auto* method : methods) {
         if (method->declaration.isAssignment() && method->declaration.parameters.size() == 2) return *method;
         if (!method->setter || method->declaration.parameters.size() != 1) continue;
@@ -114,47 +152,42 @@ MethodInfo writerOf(const Object& object, std::string_view name)
 
 } // namespace
 
-Object makeObject(const ClassInfo& info)
+const ClassInfo& classOf(const void* object) { return *record<ObjectRecord>(object)->info; }
+
+Object createObject(const ClassInfo& info, const std::vector<Argument>& arguments)
 {
-    const std::size_t size =
-        std::max(roundUpToAlignment(sizeof(ObjectRecord)), info.dataOffset + info.dataSize);
-    auto* made = static_cast<ObjectRecord*>(allocateValue(Kind::object, size));
-    if (!made) throw std::bad_alloc();
-    made->info = &info;
-    made->handlers = new std::map<const EventBinding*, EventHandler>();
-    Object object(Object::adopt(reinterpret_cast<REALobjectStruct*>(made)));
-    for (const auto* one : lineage(info)) construct(object, *one);
+    const auto constructors = info.methodsNamed("Constructor");
+    if (constructors.empty() && !arguments.empty())
+        throw ProgramError(fmt::format("{} has no constructor that takes arguments", info.name));
+    const auto* constructor =
+        constructors.empty() ? nullptr : &chooseOverload(constructors, arguments, info.name);
+    auto object = constructed(info);
+    if (constructor) callMethod(object.get(), *constructor, arguments, info.name);
     return object;
 }
 
-void finishObject(REALobjectStruct* object)
+const EventHandler* handlerOf(REALobjectStruct* object, const EventInfo& event)
 {
-    auto& dying = *record<ObjectRecord>(object);
-    dying.isDying = true;
-    auto chain = lineage(*dying.info);
-    for (auto one = chain.rbegin(); one != chain.rend(); ++one) destruct(object, **one);
-    for (const auto* one : chain) releaseFields(object, *one);
-    delete dying.handlers;
+    const auto& handlers = record<ObjectRecord>(object)->handlers->byEvent;
+    const auto found = handlers.find(&event);
+    return found == handlers.end() ? nullptr : &found->second;
 }
+
+Object Value::object() const { return as<Object>(); }
 
 const ClassInfo& Object::classInfo() const { return *recordOf(*this).info; }
 
 void* Object::classData(const ClassInfo& info) const
 {
-    recordOf(*this);
-    return reinterpret_cast<char*>(get()) + info.dataOffset;
+    recordOf(*this); // throws ProgramError for a nil object
+    return classDataOf(get(), info);
 }
 
-Value Object::get(std::string_view name) const
-{
-    const auto& property = needProperty(*this, name);
-    return readProperty(Ref::get(), ownerOf(classInfo(), property), property);
-}
+Value Object::get(std::string_view name) const { return readProperty(get(), propertyOf(*this, name)); }
 
 void Object::set(std::string_view name, const Value& value) const
 {
-    const auto& property = needProperty(*this, name);
-    writeProperty(Ref::get(), ownerOf(classInfo(), property), property, value);
+    writeProperty(get(), propertyOf(*this, name), value);
 }
 
 Value Object::get(std::string_view name, const Value& index) const
@@ -165,22 +198,25 @@ Value Object::get(std::string_view name, const Value& index) const
 void Object::set(std::string_view name, const Value& index, const Value& value) const
 {
     const auto writer = writerOf(*this, name);
-    callMethod(Ref::get(), writer, {Argument(index), Argument(value)}, classInfo().name);
+    callMethod(get(), writer, {Argument(index), Argument(value)}, classInfo().name);
 }
 
 Value Object::callWith(std::string_view name, const std::vector<Argument>& arguments) const
 {
     const auto& owner = classInfo().name;
-    const Object held = *this; // the call may drop the program's own reference
-    return callMethod(Ref::get(), chooseOverload(needMethods(*this, name), arguments, owner), arguments,
-                      owner);
+    const Object kept = *this; // the call may drop the program's own reference
+    return callMethod(get(), chooseOverload(methodsOf(*this, name), arguments, owner), arguments, owner);
 }
 
 void Object::on(std::string_view name, EventHandler handler) const
 {
     const auto* event = classInfo().event(name);
     if (!event) throw ProgramError(fmt::format("{} has no event {}", classInfo().name, name));
-    attachHandler(Ref::get(), *event, std::move(handler));
+    auto& handlers = recordOf(*this).handlers->byEvent;
+    if (handler)
+        handlers[event] = std::move(handler);
+    else
+        handlers.erase(event);
 }
 
 } // namespace host

@@ -1,9 +1,9 @@
-// What a class registered, as plain data: for callers, listings and tests. Read-only once registered.
+// The registered classes as plain data, for calls, listings and tests. The data of a class is read-only after
+// registration.
 #pragma once
 
 #include "abi/class_definition.h"
 #include "host/runtime/classes/declaration.h"
-#include "host/runtime/values/value.h"
 
 #include <memory>
 #include <string>
@@ -12,15 +12,18 @@
 
 namespace host {
 
+struct ClassInfo;
+
 enum class Access {
-    function, ///< the words are addresses of functions
-    field,    ///< the host touches the field itself; `parameter` is its offset within the class data
+    function, ///< access through a getter or a setter of the plug-in
+    field,    ///< access to a field of the class data; `parameter` is the offset of the field
 };
 
 struct PropertyInfo {
+    const ClassInfo* owner = nullptr; ///< class that declares the property
     std::string group;
     std::string name;
-    std::string typeText; ///< as registered
+    std::string typeText; ///< type in the spelling of the registration
     Type type;
     Word flags = 0;
     Access getterAccess = Access::function;
@@ -29,45 +32,47 @@ struct PropertyInfo {
     AnyFunction setter = nullptr;
     HostInteger parameter = 0;
     std::string editor;
-    bool isReadOnly = false; ///< no setter
+    bool isReadOnly = false; ///< whether the registration has no setter
     bool isShared = false;
 };
 
 struct MethodInfo {
-    std::string text; ///< the declaration as registered
+    std::string text; ///< declaration in the spelling of the registration
     Declaration declaration;
     Word flags = 0;
     AnyFunction function = nullptr;
-    AnyFunction setter = nullptr; ///< non-null: an indexed property, written by (object, index, value)
+    AnyFunction setter = nullptr; ///< setter (object, index, value) of an indexed property; null for a method
     bool isShared = false;
 };
 
 struct EventInfo {
-    std::string text;
+    const ClassInfo* owner = nullptr; ///< class that declares the event
+    std::string text;                 ///< declaration in the spelling of the registration
     Declaration declaration;
-    Word systemUse = 0; ///< what registration wrote into the event's record
+    Word systemUse = 0; ///< key of the event for "GetEventInstance"
 };
 
 struct ConstantInfo {
-    std::string text;
+    std::string text; ///< declaration in the spelling of the registration
     std::string name;
-    std::string typeText; ///< empty where the declaration names none
+    std::string typeText; ///< name of the declared type; empty if the declaration has none
     Literal value;
 };
 
 struct ClassInfo {
     std::string name;
-    std::string superName; ///< empty: none
+    std::string superName; ///< name of the superclass; empty without one
     const ClassInfo* super = nullptr;
-    bool isBuiltIn = false; ///< the host's own (Dictionary, the exceptions)
-    int layout = 0;         ///< the layout it was read in, 9 to 13
+    bool isBuiltIn = false; ///< whether the class is the host's own: Dictionary, the exceptions
+    int layout = 0;         ///< layout of the definition, 9 to 13
     Word flags = 0;
-    std::size_t dataSize = 0;   ///< bytes of this class's own data
-    std::size_t dataOffset = 0; ///< from the object's address; a multiple of 16
+    std::size_t dataSize = 0;   ///< size of this class's own class data, in bytes
+    std::size_t dataOffset = 0; ///< offset of the class data in an object; a multiple of 16
     AnyFunction constructor = nullptr;
     AnyFunction destructor = nullptr;
     std::string interfaces;
-    std::vector<PropertyInfo> properties; ///< in the order of registration, likewise below
+    std::vector<PropertyInfo>
+        properties; ///< properties in the order of registration; the other lists have the same order
     std::vector<PropertyInfo> sharedProperties;
     std::vector<MethodInfo> methods;
     std::vector<MethodInfo> sharedMethods;
@@ -75,16 +80,30 @@ struct ClassInfo {
     std::vector<ConstantInfo> constants;
     std::size_t eventInstanceCount = 0;
 
-    /// The member of that name, in this class or the nearest superclass; null where there is none.
+    /// Find a member by name in this class, then in its superclasses, nearest first; null if there is none.
     const PropertyInfo* property(std::string_view member) const;
     const PropertyInfo* sharedProperty(std::string_view member) const;
     const EventInfo* event(std::string_view member) const;
     const ConstantInfo* constant(std::string_view member) const;
-    /// All overloads of that name, nearest class first, in order of registration.
+
+    /// Find all overloads of a method, nearest class first, in the order of registration.
     std::vector<const MethodInfo*> methodsNamed(std::string_view member) const;
     std::vector<const MethodInfo*> sharedMethodsNamed(std::string_view member) const;
 
-    bool isA(std::string_view className) const; ///< this class or one it descends from
+    /// Whether `className` is this class or one of its superclasses.
+    bool isA(std::string_view className) const;
 };
+
+/// The classes of the current host, in the order of registration.
+struct ClassTable {
+    std::vector<std::unique_ptr<ClassInfo>> classes;
+};
+
+/// Find a class of the current host, without regard to case; null if there is none. [main]
+const ClassInfo* findClass(std::string_view name);
+
+/// Find a class of the current host. Throws ProgramError with the names of all classes if there is none.
+/// [main]
+const ClassInfo& classNamed(std::string_view name);
 
 } // namespace host

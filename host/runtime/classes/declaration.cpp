@@ -14,24 +14,25 @@ namespace {
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// Reads a text from the front, one word or mark at a time.
+/// Reads a text from its start, one word or punctuation mark at a time.
 class Reader {
 public:
     explicit Reader(std::string_view text) : text_(text) { skipSpace(); }
 
     [[noreturn]] void fail(std::string_view expected) const
     {
-        const auto found = atEnd() ? std::string("the end") : fmt::format("'{}'", text_.substr(place_, 12));
+        const auto found =
+            atEnd() ? std::string("the end") : fmt::format("'{}'", text_.substr(position_, 12));
         throw ProgramError(fmt::format("declaration \"{}\": expected {} at character {}, found {}", text_,
-                                       expected, place_ + 1, found));
+                                       expected, position_ + 1, found));
     }
 
-    bool atEnd() const { return place_ == text_.size(); }
+    bool atEnd() const { return position_ == text_.size(); }
 
     bool take(char mark)
     {
-        if (atEnd() || text_[place_] != mark) return false;
-        ++place_;
+        if (atEnd() || text_[position_] != mark) return false;
+        ++position_;
         skipSpace();
         return true;
     }
@@ -41,21 +42,21 @@ public:
         if (!take(mark)) fail(fmt::format("'{}'", mark));
     }
 
-    /// The word here, without moving on; empty if there is none.
+    /// Return the word at the current position without a move; empty if no word starts there.
     std::string_view peekWord() const
     {
-        auto end = place_;
+        auto end = position_;
         if (end < text_.size() && isLetter(text_[end])) {
             while (end < text_.size() && (isLetter(text_[end]) || isDigit(text_[end]) || text_[end] == '.'))
                 ++end;
         }
-        return text_.substr(place_, end - place_);
+        return text_.substr(position_, end - position_);
     }
 
     bool takeWord(std::string_view word)
     {
         if (!sameName(peekWord(), word)) return false;
-        place_ += word.size();
+        position_ += word.size();
         skipSpace();
         return true;
     }
@@ -64,17 +65,17 @@ public:
     {
         const auto word = peekWord();
         if (word.empty()) fail(expected);
-        place_ += word.size();
+        position_ += word.size();
         skipSpace();
         return std::string(word);
     }
 
-    /// "()" behind a name.
+    /// Skip the "()" of an array after a name.
     bool takeArrayMark()
     {
-        const auto start = place_;
+        const auto start = position_;
         if (take('(') && take(')')) return true;
-        place_ = start;
+        position_ = start;
         return false;
     }
 
@@ -102,23 +103,22 @@ public:
 private:
     void skipSpace()
     {
-        while (place_ < text_.size() && (text_[place_] == ' ' || text_[place_] == '\t')) ++place_;
+        while (position_ < text_.size() && (text_[position_] == ' ' || text_[position_] == '\t')) ++position_;
     }
 
-    /// A doubled quote stands for one. The opening quote is taken already (and spaces behind it, which belong
-    /// to the text and are taken back).
+    /// Read a text after its opening quote. A doubled quote is one quote of the text.
     Literal quoted()
     {
-        while (text_[place_ - 1] != '"') --place_;
+        while (text_[position_ - 1] != '"') --position_; // back over the spaces that take() skipped
         std::string value;
-        for (; !atEnd(); ++place_) {
-            if (text_[place_] != '"') {
-                value.push_back(text_[place_]);
-            } else if (place_ + 1 < text_.size() && text_[place_ + 1] == '"') {
+        for (; !atEnd(); ++position_) {
+            if (text_[position_] != '"') {
+                value.push_back(text_[position_]);
+            } else if (position_ + 1 < text_.size() && text_[position_ + 1] == '"') {
                 value.push_back('"');
-                ++place_;
+                ++position_;
             } else {
-                ++place_;
+                ++position_;
                 skipSpace();
                 return value;
             }
@@ -128,7 +128,7 @@ private:
 
     Literal number()
     {
-        const std::string rest(text_.substr(place_));
+        const std::string rest(text_.substr(position_));
         const bool isHex = rest.size() > 2 && rest[0] == '&' && (rest[1] == 'h' || rest[1] == 'H');
         const auto start = rest.find_first_not_of("+-");
         const bool isNumber =
@@ -143,14 +143,14 @@ private:
         const bool isFloating = !isHex && floatEnd > wholeEnd;
         const char* end = isFloating ? floatEnd : wholeEnd;
         if (end == begin) fail("a value");
-        place_ += static_cast<std::size_t>(end - rest.c_str());
+        position_ += static_cast<std::size_t>(end - rest.c_str());
         skipSpace();
         if (isFloating) return floating;
         return static_cast<std::int64_t>(whole);
     }
 
     std::string_view text_;
-    std::size_t place_ = 0;
+    std::size_t position_ = 0;
 };
 
 Parameter parseParameter(Reader& reader)
@@ -169,17 +169,17 @@ Parameter parseParameter(Reader& reader)
     if (!reader.takeWord("as")) reader.fail("'as'");
     parameter.type = reader.needType();
     parameter.type.isArray |= isArray;
-    if (reader.take('=')) parameter.preset = reader.needLiteral();
+    if (reader.take('=')) parameter.defaultValue = reader.needLiteral();
     return parameter;
 }
 
 } // namespace
 
-std::size_t Declaration::requiredCount() const
+std::size_t requiredCount(const std::vector<Parameter>& parameters)
 {
     std::size_t count = 0;
     for (std::size_t i = 0; i < parameters.size(); ++i) {
-        if (!parameters[i].preset) count = i + 1;
+        if (!parameters[i].defaultValue) count = i + 1;
     }
     return count;
 }
@@ -245,7 +245,7 @@ std::string print(const Declaration& declaration)
             auto element = parameter.type;
             element.isArray = false;
             text += parameter.name + (parameter.type.isArray ? "()" : "") + " As " + typeName(element);
-            if (parameter.preset) text += " = " + print(*parameter.preset);
+            if (parameter.defaultValue) text += " = " + print(*parameter.defaultValue);
         }
         text += ")";
     }

@@ -1,10 +1,12 @@
-// Declarations: the one line of text that tells how a member is called.
+// Declarations of class members: one line of text each.
 //
 //   FreeSpace as integer
 //   PlayAudio(Data as memoryblock, offsetBytes as integer=0, ClearBuffers as boolean=false) as boolean
 //   GetInfo(byref size as integer)          Value(key As Variant, Assigns _value As Variant)
 //   ChannelMap as Integer()                 setChannelMap(values() as Integer)
 //   OutputUnitDefault = 0                   Pi as Double = 3.25          (constants)
+//
+// All functions: [any].
 #pragma once
 
 #include "host/runtime/values/type.h"
@@ -18,44 +20,46 @@
 
 namespace host {
 
-/// A value written in a declaration: nil, true/false, a whole or a floating-point number, a quoted text.
+/// A value in a declaration: nil, true or false, an integer, a floating-point number, a quoted text.
 using Literal = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
 
 struct Parameter {
     std::string name;
     Type type;
     bool isByRef = false;
-    bool isAssigned = false;       ///< "Assigns": the value on the right of an assignment
-    std::optional<Literal> preset; ///< the default; an argument without one must be given
+    bool isAssigned = false; ///< whether the parameter is the right side of an assignment ("Assigns")
+    std::optional<Literal> defaultValue; ///< value of a missing argument; nothing if the argument is required
 };
+
+/// The number of arguments that a call must pass: all up to the last parameter without a default.
+std::size_t requiredCount(const std::vector<Parameter>& parameters);
 
 struct Declaration {
     std::string name;
     std::vector<Parameter> parameters;
-    Type result; ///< Base::none where there is none
+    Type result; ///< type of the result; Base::none for a method without a result
 
-    std::size_t requiredCount() const; ///< arguments that must be given
     bool isAssignment() const { return !parameters.empty() && parameters.back().isAssigned; }
 };
 
 struct ConstantDeclaration {
     std::string name;
-    std::optional<Type> type; ///< absent where the text names none
+    std::optional<Type> type; ///< declared type; nothing if the text has none
     Literal value;
 };
 
-/// Parse a method's or event's declaration. Throws ProgramError with the place and what was expected there.
+/// Parse the declaration of a method or an event. Throws ProgramError with the position of the error and the
+/// expected text.
 Declaration parseDeclaration(std::string_view text);
 
-/// Parse "Name = value" or "Name as Type = value". Errors as above.
+/// Parse "Name = value" or "Name as Type = value". Throws as parseDeclaration.
 ConstantDeclaration parseConstant(std::string_view text);
 
-/// Whether two declarations name the same member: same name, and parameters of the same types in the same
-/// order, lent and assigned alike. Names of parameters, defaults, spaces and case do not matter; the result
-/// must agree too.
+/// Whether two declarations declare the same member: equal names, results, and types of the parameters, with
+/// the same "ByRef" and "Assigns". Parameter names, defaults, spaces and case are ignored.
 bool sameSignature(const Declaration& left, const Declaration& right);
 
-/// The declaration in one uniform spelling, for listings and messages.
+/// Print a declaration in a uniform spelling, for listings and messages.
 std::string print(const Declaration& declaration);
 std::string print(const Literal& literal);
 

@@ -1,8 +1,9 @@
-#include "host/runtime/calls/events.h"
-#include "host/runtime/state.h"
-#include "host/runtime/values/records.h"
+#include "host/runtime/classes/registration.h"
 
 #include "abi/accessor_sentinels.h"
+#include "host/runtime/classes/object_record.h"
+#include "host/runtime/support/misuse.h"
+#include "host/runtime/support/per_host.h"
 
 #include <fmt/format.h>
 
@@ -12,12 +13,12 @@ namespace host {
 
 namespace {
 
-constexpr Word largestClassData = 1u << 20; ///< bytes; more is taken for garbage
+constexpr Word largestClassData = 1u << 20; ///< limit in bytes; a larger size shows a corrupt definition
 
 std::string textOrEmpty(const char* text) { return text ? text : ""; }
 
-/// The rows of a registered array, whose stride depends on the layout; what every layout has comes first in a
-/// row.
+/// The rows of an array in a definition. The layout decides the stride; the fields of layout 9 come first in
+/// every layout.
 template <class Row9, class Row>
 struct Rows {
     void* first;
@@ -34,12 +35,12 @@ struct Rows {
     }
 };
 
-bool isMark(AnyFunction function, Word mark) { return reinterpret_cast<Word>(function) == mark; }
+bool isSentinel(AnyFunction function, Word value) { return reinterpret_cast<Word>(function) == value; }
 
-/// Reads one class; every member that cannot be used is noted and left out.
-class Registration {
+/// Reads the members of one definition into a ClassInfo.
+class MemberReader {
 public:
-    Registration(REALclassDefinition& definition, int layout, ClassInfo& info)
+    MemberReader(REALclassDefinition& definition, int layout, ClassInfo& info)
         : definition_(definition), layout_(layout), info_(info)
     {
     }
@@ -56,7 +57,7 @@ public:
     }
 
 private:
-    void refuse(const char* kind, const std::string& member, const std::string& why)
+    void leaveOut(const char* kind, const std::string& member, const std::string& why)
     {
         noteMisuse(fmt::format("class {}: {} {} is left out: {}", info_.name, kind, member, why));
     }
@@ -68,6 +69,7 @@ private:
         for (std::size_t i = 0; i < all.count; ++i) {
             const auto& row = all[i];
             PropertyInfo property;
+            property.owner = &info_;
             property.group = textOrEmpty(row.group);
             property.name = textOrEmpty(row.name);
             property.typeText = textOrEmpty(row.type);
@@ -79,16 +81,17 @@ private:
             property.editor = textOrEmpty(row.editor);
             property.isReadOnly = !row.setter;
             property.isShared = isShared;
-            if (isMark(row.getter, REALstandardGetter)) property.getterAccess = Access::field;
-            if (isMark(row.setter, REALstandardSetter)) property.setterAccess = Access::field;
+            if (isSentinel(row.getter, REALstandardGetter)) property.getterAccess = Access::field;
+            if (isSentinel(row.setter, REALstandardSetter)) property.setterAccess = Access::field;
             const auto fault = faultOf(property);
             if (fault.empty())
                 list.push_back(std::move(property));
             else
-                refuse("property", property.name, fault);
+                leaveOut("property", property.name, fault);
         }
     }
 
+    /// The reason why the host cannot use the property; empty if the host can.
     std::string faultOf(const PropertyInfo& property) const
     {
         if (property.name.empty()) return "it has no name";
@@ -122,27 +125,35 @@ private:
                 if (row.function)
                     list.push_back(std::move(method));
                 else
-                    refuse("method", method.declaration.name, "it has no function");
+                    leaveOut("method", method.declaration.name, "it has no function");
             } catch (const std::exception& error) {
-                refuse("method", method.text, error.what());
+                leaveOut("method", method.text, error.what());
             }
         }
+    }
+
+    static bool hasByRef(const Declaration& declaration)
+    {
+        const auto isByRef = [](const Parameter& parameter) { return parameter.isByRef; };
+        return std::any_of(declaration.parameters.begin(), declaration.parameters.end(), isByRef);
     }
 
     void readEvents()
     {
         const Rows<REALevent9, REALevent> all(definition_.events, definition_.eventCount, layout_);
-        info_.events.reserve(all.count);
+        info_.events.reserve(all.count); // no reallocation, because the address of an event is its key
         for (std::size_t i = 0; i < all.count; ++i) {
             EventInfo event;
+            event.owner = &info_;
             event.text = textOrEmpty(all[i].declaration);
             try {
                 event.declaration = parseDeclaration(event.text);
-                event.systemUse = bindEvent(info_, event);
-                all[i].systemUse = event.systemUse;
-                info_.events.push_back(std::move(event));
+                if (hasByRef(event.declaration))
+                    throw ProgramError("a handler cannot change a ByRef parameter");
+                auto& kept = info_.events.emplace_back(std::move(event));
+                kept.systemUse = all[i].systemUse = reinterpret_cast<Word>(&kept);
             } catch (const std::exception& error) {
-                refuse("event", event.text, error.what());
+                leaveOut("event", event.text, error.what());
             }
         }
     }
@@ -161,7 +172,7 @@ private:
                 constant.value = std::move(parsed.value);
                 info_.constants.push_back(std::move(constant));
             } catch (const std::exception& error) {
-                refuse("constant", constant.text, error.what());
+                leaveOut("constant", constant.text, error.what());
             }
         }
     }
@@ -171,46 +182,45 @@ private:
     ClassInfo& info_;
 };
 
-/// Why the definition as a whole cannot be registered; empty if it can.
-std::string faultOf(const REALclassDefinition& definition, int layout, const Host& host)
+/// The reason why the host cannot register the definition; empty if the host can.
+std::string faultOf(const REALclassDefinition& definition, int layout)
 {
     if (layout < oldestLayout || layout > newestLayout)
         return fmt::format("this host reads the layouts {} to {}, not {}", oldestLayout, newestLayout,
                            layout);
     if (definition.version != static_cast<Word>(layout))
-        return fmt::format("it is written in layout {}, but {} was announced", definition.version, layout);
+        return fmt::format("its layout is {}, but the library announced {}", definition.version, layout);
     if (!definition.name || !*definition.name) return "it has no name";
-    if (host.findClass(definition.name)) return "there is a class of that name";
+    if (findClass(definition.name)) return "there is a class of that name";
     if (definition.dataSize > largestClassData)
         return fmt::format("{} bytes of class data are too many", definition.dataSize);
-    if (definition.superName && *definition.superName && !host.findClass(definition.superName))
+    if (definition.superName && *definition.superName && !findClass(definition.superName))
         return fmt::format("its superclass {} is not registered", definition.superName);
     return {};
 }
 
-/// Where the class data stands. It differs from class to class, so that a plug-in that takes another class's
-/// word for its own does not get away with it.
+/// The offset of the class data. It differs between classes, so that a plug-in that uses the offset of
+/// another class fails.
 std::size_t offsetFor(const ClassInfo* super, std::size_t classIndex)
 {
     if (super) return roundUpToAlignment(super->dataOffset + super->dataSize);
-    return roundUpToAlignment(sizeof(ObjectRecord)) + dataAlignment * (classIndex % 3);
+    return firstDataOffset + alignof(ValueHeader) * (classIndex % 3);
 }
 
 } // namespace
 
 const ClassInfo* registerClass(REALclassDefinition& definition, int layout, bool isBuiltIn)
 {
-    auto& host = Host::current();
-    const auto fault = faultOf(definition, layout, host);
+    const auto fault = faultOf(definition, layout);
     if (!fault.empty()) {
         noteMisuse(fmt::format("class {} is not registered: {}", textOrEmpty(definition.name), fault));
         return nullptr;
     }
-    auto& classes = state().classes;
+    auto& classes = current<ClassTable>().classes;
     auto info = std::make_unique<ClassInfo>();
     info->name = definition.name;
     info->superName = textOrEmpty(definition.superName);
-    info->super = info->superName.empty() ? nullptr : host.findClass(info->superName);
+    info->super = info->superName.empty() ? nullptr : findClass(info->superName);
     info->isBuiltIn = isBuiltIn;
     info->layout = layout;
     info->flags = definition.flags;
@@ -221,7 +231,7 @@ const ClassInfo* registerClass(REALclassDefinition& definition, int layout, bool
     info->interfaces = textOrEmpty(definition.interfaces);
     info->eventInstanceCount = definition.eventInstances ? definition.eventInstanceCount : 0;
     definition.dataOffset = info->dataOffset;
-    Registration(definition, layout, *info).readMembers();
+    MemberReader(definition, layout, *info).readMembers();
     classes.push_back(std::move(info));
     return classes.back().get();
 }

@@ -1,17 +1,19 @@
-// The host's own classes: exceptions and the dictionary. They are written as a plug-in would write them, so
-// that one way of registering and calling serves all.
+// The classes have definitions like those of a plug-in, so that the host registers and calls all classes in
+// the same way.
 #include "host/runtime/services/builtin_classes.h"
 
 #include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
-#include "host/runtime/services/guarded.h"
-#include "host/runtime/state.h"
-#include "host/runtime/values/records.h"
+#include "host/runtime/calls/dynamic_call.h"
+#include "host/runtime/calls/object.h"
+#include "host/runtime/classes/object_record.h"
+#include "host/runtime/classes/registration.h"
+#include "host/runtime/services/c_function.h"
+#include "host/runtime/support/per_host.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -26,27 +28,11 @@ struct ExceptionData {
     HostInteger errorNumber;
 };
 
-AnyFunction mark(Word value) { return reinterpret_cast<AnyFunction>(value); }
-
-template <auto function>
-AnyFunction entryOf()
-{
-    return reinterpret_cast<AnyFunction>(&Guarded<function>::entry);
-}
-
 REALproperty field(const char* name, const char* type, std::size_t offset)
 {
-    return {"",
-            name,
-            type,
-            0,
-            mark(REALstandardGetter),
-            mark(REALstandardSetter),
-            static_cast<HostInteger>(offset),
-            nullptr,
-            nullptr,
-            0,
-            {}};
+    const auto getter = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    const auto setter = reinterpret_cast<AnyFunction>(REALstandardSetter);
+    return {"", name, type, 0, getter, setter, static_cast<HostInteger>(offset), nullptr, nullptr, 0, {}};
 }
 
 constexpr const char* exceptionClasses[] = {
@@ -80,22 +66,17 @@ void registerExceptions()
     }
 }
 
-// ---- the dictionary: keys of any value, in the order in which they came ----
+// ---- the dictionary: keys of any kind, in the order of their first use ----
 
 using Entries = std::vector<std::pair<Value, Value>>;
 
-const ClassInfo* dictionaryInfo() { return Host::current().findClass("Dictionary"); }
-
 Entries*& entriesOf(REALobjectStruct* dictionary)
 {
-    const Object object(Object::share(dictionary));
-    return *static_cast<Entries**>(object.classData(*dictionaryInfo()));
+    return *reinterpret_cast<Entries**>(classDataOf(dictionary, *findClass("Dictionary")));
 }
 
-Value inside(REALobjectStruct* variant)
-{
-    return Value(AnyRef::share(variant)); // unwraps it
-}
+/// The value that a variant contains.
+Value contents(REALobjectStruct* variant) { return Value(AnyRef::share(variant)); }
 
 Entries::iterator find(Entries& entries, const Value& key)
 {
@@ -114,33 +95,33 @@ HostInteger countOf(REALobjectStruct* dictionary, HostInteger)
 std::uint8_t hasKey(REALobjectStruct* dictionary, REALobjectStruct* key)
 {
     auto& entries = *entriesOf(dictionary);
-    return find(entries, inside(key)) != entries.end();
+    return find(entries, contents(key)) != entries.end();
 }
 
 REALobjectStruct* valueOf(REALobjectStruct* dictionary, REALobjectStruct* key)
 {
     auto& entries = *entriesOf(dictionary);
-    const auto found = find(entries, inside(key));
-    if (found != entries.end()) return newVariantObject(found->second);
-    raise("KeyNotFoundException", "The dictionary has no key " + inside(key).print() + ".");
+    const auto found = find(entries, contents(key));
+    if (found != entries.end()) return newVariant(found->second).detach();
+    raise("KeyNotFoundException", "The dictionary has no key " + contents(key).print() + ".");
     return nullptr;
 }
 
 void assignValue(REALobjectStruct* dictionary, REALobjectStruct* key, REALobjectStruct* value)
 {
     auto& entries = *entriesOf(dictionary);
-    const auto found = find(entries, inside(key));
+    const auto found = find(entries, contents(key));
     if (found != entries.end())
-        found->second = inside(value);
+        found->second = contents(value);
     else
-        entries.emplace_back(inside(key), inside(value));
+        entries.emplace_back(contents(key), contents(value));
 }
 
 REALobjectStruct* keyAt(REALobjectStruct* dictionary, HostInteger index)
 {
     auto& entries = *entriesOf(dictionary);
     if (index >= 0 && static_cast<std::size_t>(index) < entries.size())
-        return newVariantObject(entries[static_cast<std::size_t>(index)].first);
+        return newVariant(entries[static_cast<std::size_t>(index)].first).detach();
     raise("OutOfBoundsException", "The dictionary has no key at index " + std::to_string(index) + ".");
     return nullptr;
 }
@@ -148,11 +129,11 @@ REALobjectStruct* keyAt(REALobjectStruct* dictionary, HostInteger index)
 void removeKey(REALobjectStruct* dictionary, REALobjectStruct* key)
 {
     auto& entries = *entriesOf(dictionary);
-    const auto found = find(entries, inside(key));
+    const auto found = find(entries, contents(key));
     if (found != entries.end())
         entries.erase(found);
     else
-        raise("KeyNotFoundException", "The dictionary has no key " + inside(key).print() + ".");
+        raise("KeyNotFoundException", "The dictionary has no key " + contents(key).print() + ".");
 }
 
 void clearDictionary(REALobjectStruct* dictionary) { entriesOf(dictionary)->clear(); }
@@ -160,22 +141,22 @@ void clearDictionary(REALobjectStruct* dictionary) { entriesOf(dictionary)->clea
 void registerDictionary()
 {
     REALproperty properties[] = {
-        {"", "Count", "Integer", 0, entryOf<countOf>(), nullptr, 0, nullptr, nullptr, 0, {}},
+        {"", "Count", "Integer", 0, cFunction<countOf>(), nullptr, 0, nullptr, nullptr, 0, {}},
     };
     // clang-format off
     REALmethod methods[] = {
-        {entryOf<valueOf>(),         nullptr, "Value(key As Variant) As Variant",                  0, {}},
-        {entryOf<assignValue>(),     nullptr, "Value(key As Variant, Assigns _value As Variant)",  0, {}},
-        {entryOf<keyAt>(),           nullptr, "Key(index As Integer) As Variant",                  0, {}},
-        {entryOf<hasKey>(),          nullptr, "HasKey(key As Variant) As Boolean",                 0, {}},
-        {entryOf<removeKey>(),       nullptr, "Remove(key As Variant)",                            0, {}},
-        {entryOf<clearDictionary>(), nullptr, "Clear",                                             0, {}},
+        {cFunction<valueOf>(),         nullptr, "Value(key As Variant) As Variant",                  0, {}},
+        {cFunction<assignValue>(),     nullptr, "Value(key As Variant, Assigns _value As Variant)",  0, {}},
+        {cFunction<keyAt>(),           nullptr, "Key(index As Integer) As Variant",                  0, {}},
+        {cFunction<hasKey>(),          nullptr, "HasKey(key As Variant) As Boolean",                 0, {}},
+        {cFunction<removeKey>(),       nullptr, "Remove(key As Variant)",                            0, {}},
+        {cFunction<clearDictionary>(), nullptr, "Clear",                                             0, {}},
     };
     // clang-format on
     auto definition = named("Dictionary");
     definition.dataSize = sizeof(Entries*);
-    definition.constructor = entryOf<openDictionary>();
-    definition.destructor = entryOf<closeDictionary>();
+    definition.constructor = cFunction<openDictionary>();
+    definition.destructor = cFunction<closeDictionary>();
     definition.properties = properties;
     definition.propertyCount = std::size(properties);
     definition.methods = methods;
@@ -185,26 +166,18 @@ void registerDictionary()
 
 } // namespace
 
-REALobjectStruct* newVariantObject(const Value& value)
-{
-    auto* variant = makeValue<VariantRecord>(Kind::variant);
-    if (!variant) throw std::bad_alloc();
-    variant->value = value;
-    return reinterpret_cast<REALobjectStruct*>(variant);
-}
-
 void registerBuiltInClasses()
 {
     registerExceptions();
     registerDictionary();
 }
 
-void raise(const char* className, const std::string& message, HostInteger errorNumber)
+void raise(const std::string& className, const std::string& message, HostInteger errorNumber)
 {
-    auto exception = makeObject(*Host::current().findClass(className));
+    const auto exception = createObject(classNamed(className), {});
     exception.set("Message", message);
     exception.set("ErrorNumber", errorNumber);
-    state().pending = std::move(exception);
+    current<Exceptions>().raised = exception;
 }
 
 } // namespace host

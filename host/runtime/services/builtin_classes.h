@@ -1,15 +1,16 @@
-// The host's own classes, and the variants that they and the services deal in.
+// The host's own classes: exceptions and the dictionary.
+// All functions: [main].
 #pragma once
 
-#include "host/runtime/values/value.h"
+#include "abi/word.h"
 
-struct REALobjectStruct;
+#include <string>
 
 namespace host {
 
 void registerBuiltInClasses();
 
-/// A new variant object with one reference, holding the value (nil too). Throws std::bad_alloc.
-REALobjectStruct* newVariantObject(const Value& value);
+/// Raise an exception of one of the host's classes from a host function that the plug-in called.
+void raise(const std::string& className, const std::string& message, HostInteger errorNumber = 0);
 
 } // namespace host

@@ -1,7 +1,8 @@
 #include "host/runtime/services/service_table.h"
 
-#include "host/runtime/services/guarded.h"
+#include "host/runtime/services/c_function.h"
 #include "host/runtime/services/services.h"
+#include "host/runtime/support/per_host.h"
 
 #include <iterator>
 #include <limits>
@@ -15,7 +16,7 @@ using namespace services;
 constexpr double always = 0;
 constexpr double forEver = std::numeric_limits<double>::infinity();
 
-/// A service as the plug-in gets it: counted, kept to the main thread, and nothing thrown. `line` tells apart
+/// The C function of a service: it counts the calls, and refuses calls on other threads. `line` distinguishes
 /// two names of one function.
 template <int line, auto function>
 struct Entry;
@@ -27,14 +28,14 @@ struct Entry<line, function> {
 
     static Result call(Arguments... arguments) noexcept
     {
-        auto* host = stateOrNull();
-        if (!host) return Result();
-        if (std::this_thread::get_id() != host->mainThread) {
+        const auto* state = currentOrNull<ServiceState>();
+        if (!state) return Result();
+        if (std::this_thread::get_id() != state->mainThread) {
             noteMisuse(std::string(name) + " was called off the main thread, and refused");
             return Result();
         }
         ++calls;
-        return Guarded<function>::entry(arguments...);
+        return CFunction<function>::call(arguments...);
     }
 };
 
@@ -50,7 +51,7 @@ Service row(const char* name, double first, double last)
 
 // clang-format off
 const Service services_[] = {
-    //      name                                       function                 first version  gone from
+    //      name                                       function                 first version  ends before
     SERVICE("REALGetRBVersion",                        version,                 always,        forEver),
     SERVICE("RegisterPluginVersion",                   registerPluginVersion,   always,        forEver),
     SERVICE("REALinRuntime",                           inRuntime,               always,        forEver),
@@ -64,7 +65,7 @@ const Service services_[] = {
     SERVICE("REALBuildStringWithEncoding",             buildStringWithEncoding, 2012.0,        forEver),
     SERVICE("REALGetStringEncoding",                   stringEncoding,          always,        forEver),
     SERVICE("REALSetStringEncoding",                   setStringEncoding,       always,        forEver),
-    SERVICE("REALConvertString",                       services::convertString, always,        forEver),
+    SERVICE("REALConvertString",                       convertString,           always,        forEver),
     SERVICE("StringGetCString",                        stringBytes,             2012.0,        forEver),
     SERVICE("REALLoadGlobalMethod",                    globalMethod,            2012.0,        forEver),
     SERVICE("PluginGetStringData",                     stringData,              2012.0,        forEver),

@@ -1,14 +1,11 @@
-// The services by which the plug-in reaches the host: one table of facts (name, function, versions).
+// The table of the host's services: name, function, host versions.
 //
-// Which versions have a service:
-//   - from the beginning: everything that reads and makes values through their records;
-//   - from 2012.0: text without records ("REALBuildStringWithEncoding", "PluginGetStringData" and its
-//   disposer,
-//     "StringGetCString") and the host's own methods ("REALLoadGlobalMethod");
-//   - from 2013.0: array, variant and property services that name the type they deal in
-//     ("PluginIntegerArrayInsertProc", "IntegerToVariant", "REALSetPropValueInteger" and the like);
-//   - the older names of those stay, so that a plug-in for both finds either; but those that hand out direct
-//     array access ("RuntimeArrayDirectGet...") end before 2016.0, as the readable records do.
+// - Every version has the services that access values through their records.
+// - Version 2012.0 adds access to text without records ("REALBuildStringWithEncoding", "PluginGetStringData",
+//   "StringGetCString") and to the methods of the host's language ("REALLoadGlobalMethod").
+// - Version 2013.0 adds services for one type each: "PluginIntegerArrayInsertProc", "IntegerToVariant",
+//   "REALSetPropValueInteger", … The older names stay.
+// - Version 2016.0 ends direct access: readable records, and the services "RuntimeArrayDirectGet…".
 #pragma once
 
 #include <cstddef>
@@ -18,10 +15,10 @@ namespace host {
 
 struct Service {
     const char* name;
-    void* function;     ///< what the resolver answers
-    std::size_t* calls; ///< counted on each call, since the current host was made
-    double first;       ///< the first version that has it; 0: all
-    double last;        ///< the version from which it is gone again; infinity: never
+    void* function;     ///< C function that the resolver returns
+    std::size_t* calls; ///< number of calls since the start of the current host
+    double first;       ///< first version with the service; 0 for all versions
+    double last;        ///< first version without the service; infinity if all later versions have it
 };
 
 struct ServiceTable {
@@ -31,11 +28,11 @@ struct ServiceTable {
     const Service* end() const { return rows + count; }
 };
 
-/// All services, in the order in which a plug-in meets them. The functions are plain C, for the main thread,
-/// never throw, and answer null, 0 or false to what they cannot do.
+/// All services, in the order in which a plug-in looks them up. The functions run on the main thread only; a
+/// call on another thread is refused, and noted as a misuse. No function throws. [any]
 ServiceTable serviceTable();
 
-/// The service of that name in a host of that version; null where it has none.
+/// The service of that name in a host of that version; null if the version does not have the service. [any]
 const Service* findService(std::string_view name, double version);
 
 } // namespace host

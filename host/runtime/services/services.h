@@ -1,25 +1,37 @@
-// The functions behind the services, as the plug-in calls them. The service table has their names; the
-// contracts:
-//   - what makes a value returns it with one reference, which the caller owns; null where it cannot be made;
-//   - arguments are lent;
-//   - a dead value, or one of another kind, is noted as a misuse and otherwise taken for nil.
+// The host functions that the plug-in calls; service_table.cpp has their names and versions.
+//
+// Owner    The caller owns one reference to a result. The callee gets no reference to an argument.
+// Errors   A result that cannot be made is null. A dead address, and a value of the wrong kind, are noted as
+//          misuses and count as nil.
+// All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"
 #include "abi/host_values.h"
 
 #include <cstdint>
+#include <functional>
+#include <thread>
 
-struct FSRef; ///< the platform's file reference: 80 bytes that only the platform reads
+struct FSRef; ///< the platform's file reference
+
+namespace host {
+
+/// The state of the services for the current host.
+struct ServiceState {
+    std::thread::id mainThread = std::this_thread::get_id();
+    std::int32_t registeredLayout = 0; ///< argument of "RegisterPluginVersion"; 0 before the call
+    std::function<void()> yield;       ///< work of the program that "REALYieldToRB" runs
+};
+
+} // namespace host
 
 namespace host::services {
-
-using Boolean8 = std::uint8_t;
 
 // ---- the host itself ----
 double version();
 void registerPluginVersion(std::int32_t layout);
-Boolean8 inRuntime();
+HostBoolean inRuntime();
 void registerPluginClass(REALclassDefinition* definition);
 void yield();
 
@@ -30,14 +42,14 @@ void lockString(REALstringStruct* string);
 void unlockString(REALstringStruct* string);
 
 // ---- strings ----
-REALstringStruct* buildString(const void* bytes, HostInteger count); ///< marked with no encoding
+REALstringStruct* buildString(const void* bytes, HostInteger count); ///< Make a string of unknown encoding.
 REALstringStruct* buildStringWithEncoding(const void* bytes, HostInteger count, std::uint32_t encoding);
 std::uint32_t stringEncoding(REALstringStruct* string);
 void setStringEncoding(REALstringStruct* string, std::uint32_t encoding);
 REALstringStruct* convertString(REALstringStruct* string, std::uint32_t encoding);
 const char* stringBytes(REALstringStruct* string);
-HostInteger stringLength(REALstringStruct* string); ///< the host's own method LenB
-Boolean8 stringData(REALstringStruct* string, std::uint32_t encoding, REALstringData* data);
+HostInteger stringLength(REALstringStruct* string); ///< The host's method LenB: the length in bytes.
+HostBoolean stringData(REALstringStruct* string, std::uint32_t encoding, REALstringData* data);
 void disposeStringData(REALstringData* data);
 
 // ---- memory blocks ----
@@ -46,14 +58,31 @@ void* memoryBlockBytes(REALmemoryBlockStruct* block);
 HostInteger memoryBlockSize(REALmemoryBlockStruct* block);
 
 // ---- arrays ----
+
+/// The codes of the element types for newArray. Plug-ins use code 0 only; the other codes are private to this
+/// host.
+enum ElementCode : std::intptr_t {
+    elementInteger = 0,
+    elementSingle = 1,
+    elementDouble = 2,
+    elementString = 3,
+    elementObject = 4,
+    elementVariant = 5,
+    elementBoolean = 6,
+    elementInt64 = 7,
+};
+
 REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound);
-HostInteger upperBound(REALarrayStruct* array); ///< -1 for nil
+HostInteger upperBound(REALarrayStruct* array); ///< The upper bound; -1 for nil.
+
+// Each of the following functions returns a C function: a getter (array, index), or an inserter (array,
+// index, element).
 AnyFunction integerInserter(REALarrayStruct* array);
 AnyFunction integerGetter(REALarrayStruct* array);
 AnyFunction singleGetter(REALarrayStruct* array);
 AnyFunction doubleGetter(REALarrayStruct* array);
-AnyFunction directInserter(REALarrayStruct* array); ///< for whatever the elements are
-AnyFunction directGetter(REALarrayStruct* array);
+AnyFunction directInserter(REALarrayStruct* array); ///< The function for the array's own element type.
+AnyFunction directGetter(REALarrayStruct* array);   ///< The function for the array's own element type.
 
 // ---- objects ----
 REALobjectStruct* newInstance(const char* className);
@@ -66,6 +95,6 @@ AnyFunction objectMethod(REALobjectStruct* object, const char* declaration);
 AnyFunction globalMethod(const void* none, const char* declaration);
 AnyFunction eventInstance(REALobjectStruct* object, Word systemUse);
 void raiseException(REALobjectStruct* exception);
-Boolean8 folderReference(REALfolderItemStruct* item, FSRef* reference, void* name);
+HostBoolean folderReference(REALfolderItemStruct* item, FSRef* reference, void* name);
 
 } // namespace host::services

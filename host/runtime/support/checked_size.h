@@ -1,4 +1,4 @@
-// Sizes in memory that are computed from numbers of a file, a user or a plug-in.
+// Memory sizes that are computed from numbers in a file, from a user or from a plug-in.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace host {
 
-/// The product of all factors. Throws std::bad_alloc where it does not fit: so much memory does not exist.
+/// The product of all factors. Throws std::bad_alloc if the product does not fit std::size_t. [any]
 template <class... Factors>
 std::size_t checkedSize(Factors... factors)
 {

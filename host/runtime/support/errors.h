@@ -1,5 +1,4 @@
-// The three ways in which a host program's wish can fail, each a C++ exception on the host's side. None of
-// them ever crosses a frame of the plug-in.
+// Errors that the host throws to the program.
 #pragma once
 
 #include "abi/word.h"
@@ -9,22 +8,21 @@
 
 namespace host {
 
-/// The program asked for something that does not exist or does not fit: an unknown class, method or property,
-/// the wrong number or type of arguments, a value of another kind. what() is a sentence for the program's
-/// author.
+/// The program's request is impossible: an unknown class, method or property, the wrong number or type of
+/// arguments, a value of the wrong kind. what() is a sentence for the program's author.
 class ProgramError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The library could not be loaded. what() says why and what to do next.
+/// The library cannot be loaded. what() names the file, the problem and the next step.
 class LoadError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// A host exception that the plug-in raised during a call, as the calling program sees it.
-/// what() is "Class: message" (or the class alone where there is no message).
+/// A host exception that the plug-in raised during a call. what() is "Class: message", or the class alone if
+/// the exception has no message.
 class HostException : public std::runtime_error {
 public:
     HostException(std::string className, std::string message, HostInteger errorNumber)
@@ -34,7 +32,7 @@ public:
     }
 
     const std::string& className() const { return className_; }
-    const std::string& message() const { return message_; } ///< UTF-8; empty for a nil message
+    const std::string& message() const { return message_; } ///< message text in UTF-8; empty if nil
     HostInteger errorNumber() const { return errorNumber_; }
 
 private:

@@ -1,10 +1,10 @@
 #include "host/runtime/values/array.h"
 
-#include "host/runtime/state.h"
 #include "host/runtime/support/checked_size.h"
 #include "host/runtime/support/errors.h"
+#include "host/runtime/support/options.h"
+#include "host/runtime/support/per_host.h"
 #include "host/runtime/values/native.h"
-#include "host/runtime/values/records.h"
 
 #include <fmt/format.h>
 
@@ -17,26 +17,72 @@ namespace host {
 
 namespace {
 
+struct ArrayRecord {
+    REALarrayStruct visible; ///< words that the plug-in sees: the array's values, or poison
+    Type element;            ///< type of the elements
+    std::uint8_t* storage;
+    std::size_t count;
+};
+
 ArrayRecord& recordOf(const Array& array)
 {
     if (!array) throw ProgramError("the array is nil");
     return *record<ArrayRecord>(array.get());
 }
 
-void showRecord(ArrayRecord& array)
-{
-    const auto& host = Host::current();
-    const bool isReadable = host.areRecordsReadable();
-    std::fill(std::begin(array.visible.first), std::end(array.visible.first), poisonWord);
-    array.visible.elements = reinterpret_cast<void*>(poisonWord);
-    if (isReadable) array.visible.elements = host.options().isArrayStorageReadable ? array.storage : nullptr;
-}
+Array shared(const void* array) { return Array(Array::share(record<REALarrayStruct>(array))); }
 
 std::size_t elementSize(const ArrayRecord& array) { return sizeInMemory(array.element); }
 
 std::uint8_t* elementAt(const ArrayRecord& array, std::size_t index)
 {
     return array.storage + index * elementSize(array);
+}
+
+/// The reference in an element; nil if the elements are not references.
+void* referenceAt(const ArrayRecord& array, std::size_t index)
+{
+    return array.element.isReference() ? *reinterpret_cast<void**>(elementAt(array, index)) : nullptr;
+}
+
+// ---- the row of functions for arrays ----
+
+void destroyArray(void* value)
+{
+    auto& array = *record<ArrayRecord>(value);
+    for (std::size_t i = 0; i < array.count; ++i) release(referenceAt(array, i));
+    std::free(array.storage);
+    array.~ArrayRecord();
+}
+
+std::string describeArray(const void* array)
+{
+    return "an array of " + typeName(record<ArrayRecord>(array)->element);
+}
+
+std::string printArray(const void* value)
+{
+    std::string all;
+    const Array array = shared(value);
+    for (HostInteger i = 0; i <= array.upperBound(); ++i) all += (i ? ", " : "") + array.at(i).print();
+    return "(" + all + ")";
+}
+
+Cost costOfArray(const void* array, const Type& type)
+{
+    const Base element = record<ArrayRecord>(array)->element.base;
+    return type.isArray && fixedWidth(type.base) == fixedWidth(element) ? Cost(cost::exact) : Cost();
+}
+
+constexpr KindRow arrayRow = {Kind::array, destroyArray, describeArray, printArray, costOfArray};
+
+void setVisibleWords(ArrayRecord& array)
+{
+    const auto& options = current<Options>();
+    std::fill(std::begin(array.visible.first), std::end(array.visible.first), poisonWord);
+    array.visible.elements = reinterpret_cast<void*>(poisonWord);
+    if (options.areRecordsReadable())
+        array.visible.elements = options.isArrayStorageReadable ? array.storage : nullptr;
 }
 
 void checkIndex(const ArrayRecord& array, HostInteger index, std::size_t limit)
@@ -46,10 +92,9 @@ void checkIndex(const ArrayRecord& array, HostInteger index, std::size_t limit)
                                        static_cast<HostInteger>(array.count) - 1));
 }
 
-/// Exactly as many bytes as there are elements, so that a read behind the end is seen by the address
-/// sanitizer.
 void resize(ArrayRecord& array, std::size_t count)
 {
+    // No spare element, so that the address sanitizer finds a read past the end.
     const std::size_t bytes = checkedSize(count, elementSize(array));
     auto* storage = static_cast<std::uint8_t*>(std::realloc(array.storage, std::max<std::size_t>(1, bytes)));
     if (!storage) throw std::bad_alloc();
@@ -57,15 +102,15 @@ void resize(ArrayRecord& array, std::size_t count)
     if (count > array.count)
         std::memset(elementAt(array, array.count), 0, (count - array.count) * elementSize(array));
     array.count = count;
-    showRecord(array);
+    setVisibleWords(array);
 }
 
-/// A native value whose reference, if it is one, now belongs to the array.
-Native owned(const ArrayRecord& array, const Value& value)
+/// Convert a value to an element; the array owns the element's reference.
+Native elementOf(const ArrayRecord& array, const Value& value)
 {
-    auto lent = toNative(value, array.element, "an element");
-    lent.keep.detach();
-    return lent.native;
+    auto converted = toNative(value, array.element, "an element");
+    converted.reference.detach();
+    return converted.native;
 }
 
 template <class Item>
@@ -80,7 +125,7 @@ Array arrayOf(Base element, const std::vector<Item>& items)
 
 Array Array::ofType(Base element, std::size_t count)
 {
-    auto* made = makeValue<ArrayRecord>(Kind::array);
+    auto* made = makeValue<ArrayRecord>(arrayRow);
     if (!made) throw std::bad_alloc();
     Array array(adopt(&made->visible));
     made->element.base = element;
@@ -94,14 +139,7 @@ Array Array::of(const std::vector<float>& items) { return arrayOf(Base::single, 
 Array Array::of(const std::vector<double>& items) { return arrayOf(Base::float64, items); }
 Array Array::of(const std::vector<std::string>& items) { return arrayOf(Base::string, items); }
 
-void finishArray(ArrayRecord& array)
-{
-    if (array.element.isReference()) {
-        for (std::size_t i = 0; i < array.count; ++i) release(*reinterpret_cast<void**>(elementAt(array, i)));
-    }
-    std::free(array.storage);
-    array.~ArrayRecord();
-}
+Array Value::array() const { return as<Array>(); }
 
 Base Array::elementType() const { return recordOf(*this).element.base; }
 
@@ -118,10 +156,10 @@ void Array::put(HostInteger index, const Value& value)
 {
     auto& array = recordOf(*this);
     checkIndex(array, index, array.count);
-    auto* element = elementAt(array, static_cast<std::size_t>(index));
-    const auto native = owned(array, value);
-    void* old = array.element.isReference() ? *reinterpret_cast<void**>(element) : nullptr;
-    storeNative(element, native, array.element);
+    const auto slot = static_cast<std::size_t>(index);
+    const Native element = elementOf(array, value);
+    void* const old = referenceAt(array, slot);
+    storeNative(elementAt(array, slot), element, array.element);
     release(old);
 }
 
@@ -129,22 +167,22 @@ void Array::insert(HostInteger index, const Value& value)
 {
     auto& array = recordOf(*this);
     checkIndex(array, index, array.count + 1);
-    const auto place = static_cast<std::size_t>(index);
-    const auto native = owned(array, value);
+    const auto slot = static_cast<std::size_t>(index);
+    const Native element = elementOf(array, value);
     resize(array, array.count + 1);
-    std::memmove(elementAt(array, place + 1), elementAt(array, place),
-                 (array.count - 1 - place) * elementSize(array));
-    storeNative(elementAt(array, place), native, array.element);
+    std::memmove(elementAt(array, slot + 1), elementAt(array, slot),
+                 (array.count - 1 - slot) * elementSize(array));
+    storeNative(elementAt(array, slot), element, array.element);
 }
 
 void Array::remove(HostInteger index)
 {
     auto& array = recordOf(*this);
     checkIndex(array, index, array.count);
-    const auto place = static_cast<std::size_t>(index);
-    void* old = array.element.isReference() ? *reinterpret_cast<void**>(elementAt(array, place)) : nullptr;
-    std::memmove(elementAt(array, place), elementAt(array, place + 1),
-                 (array.count - 1 - place) * elementSize(array));
+    const auto slot = static_cast<std::size_t>(index);
+    void* const old = referenceAt(array, slot);
+    std::memmove(elementAt(array, slot), elementAt(array, slot + 1),
+                 (array.count - 1 - slot) * elementSize(array));
     resize(array, array.count - 1);
     release(old);
 }

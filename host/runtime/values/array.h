@@ -1,60 +1,47 @@
 // Host arrays: one-dimensional, growing, of one element type.
+// All functions: [main].
 #pragma once
 
-#include "host/runtime/values/reference.h"
-#include "host/runtime/values/type.h"
 #include "host/runtime/values/value.h"
 
 #include <vector>
 
-struct REALarrayStruct;
-
 namespace host {
 
-/// Shape   elements lie one after the other in the storage that the record's eighth word names (in a host
-/// whose
-///         records are readable), each sizeInMemory(elementType()) wide; -1 is the upper bound of an empty
-///         array.
-/// Thread  [main]
+/// Shape  The elements are contiguous, sizeInMemory(elementType()) bytes each. If the plug-in may read
+///        records, the record's eighth word is the address of the elements. An empty array has the upper
+///        bound -1.
 class Array : public Ref<REALarrayStruct> {
 public:
+    static constexpr Kind kind = Kind::array;
     using Ref::Ref;
     Array(Ref<REALarrayStruct> ref) : Ref(std::move(ref)) {}
 
-    /// A new array of `count` zero or nil elements.
+    /// Make an array of `count` elements that are zero or nil. Throws std::bad_alloc.
     static Array ofType(Base element, std::size_t count = 0);
     static Array of(const std::vector<HostInteger>& items);
     static Array of(const std::vector<float>& items);
     static Array of(const std::vector<double>& items);
     static Array of(const std::vector<std::string>& items);
 
+    /// Throws ProgramError for nil.
     Base elementType() const;
-    std::size_t count() const; ///< 0 for nil
+
+    std::size_t count() const; ///< number of elements; 0 for nil
     HostInteger upperBound() const { return static_cast<HostInteger>(count()) - 1; }
 
-    /// Throws ProgramError for an index outside 0 to upperBound().
+    /// Read or replace an element. Throws ProgramError for an index outside 0 to upperBound(), and if the
+    /// value does not fit the element type.
     Value at(HostInteger index) const;
     void put(HostInteger index, const Value& value);
 
-    /// Insert in front of `index` (0 to upperBound() + 1).
+    /// Insert before the element `index`, which is 0 to upperBound() + 1. Throws as put.
     void insert(HostInteger index, const Value& value);
     void append(const Value& value) { insert(upperBound() + 1, value); }
     void remove(HostInteger index);
 
-    std::vector<double> numbers() const; ///< all elements; throws where they are no numbers
-};
-
-/// The codes by which "RuntimeArrayCreateSingleDimBoundedArray" is told the element type. Only 0 is in use by
-/// plug-ins; the others are this host's own.
-enum ElementCode : std::intptr_t {
-    elementInteger = 0,
-    elementSingle = 1,
-    elementDouble = 2,
-    elementString = 3,
-    elementObject = 4,
-    elementVariant = 5,
-    elementBoolean = 6,
-    elementInt64 = 7,
+    /// All elements as numbers. Throws ProgramError if an element is not a number.
+    std::vector<double> numbers() const;
 };
 
 } // namespace host

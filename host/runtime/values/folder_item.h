@@ -1,32 +1,38 @@
-// Folder items: a path in the file system, whether something is there or not.
+// Folder items: paths in the file system, of existing and of missing files and folders.
+// All functions: [main].
 #pragma once
 
+#include "abi/host_values.h"
 #include "host/runtime/values/reference.h"
 
-#include <cstdint>
 #include <string>
-
-struct REALfolderItemStruct;
 
 namespace host {
 
 class FolderItem : public Ref<REALfolderItemStruct> {
 public:
+    static constexpr Kind kind = Kind::folderItem;
     using Ref::Ref;
     FolderItem(Ref<REALfolderItemStruct> ref) : Ref(std::move(ref)) {}
 
-    /// An item for a path in UTF-8, made absolute from the current folder. Trailing slashes are dropped.
+    /// Make an item of a path in UTF-8. A relative path starts at the current folder; trailing slashes are
+    /// dropped. Throws std::bad_alloc.
     static FolderItem at(const std::string& path);
 
-    std::string path() const; ///< absolute; "" for nil
-    std::string name() const; ///< the last component
-    std::string parent() const;
+    std::string path() const;   ///< absolute path; "" for nil
+    std::string name() const;   ///< last component of the path
+    std::string parent() const; ///< path of the enclosing folder
 };
 
-/// How an existing path becomes a file reference of 80 bytes: 0 for success. A program that links the
-/// platform gets the platform's own; without one "REALFSRefFromFolderItem" answers false. Tests put another
-/// in its place; null takes that back.
-using PathToReference = std::int32_t (*)(const unsigned char* path, void* reference, unsigned char* isFolder);
-void setPathToReference(PathToReference function);
+/// Write the platform's reference to the item (an FSRef, 80 bytes) to `reference`.
+/// Returns  false, with nothing written, if the item is nil, if nothing exists at its path, or if the program
+///          does not link the platform.
+bool itemReference(const FolderItem& item, void* reference);
+
+/// Write the platform's reference to the item's parent folder to `reference`, and the item's name, filled up
+/// with zeros, to `name` (an HFSUniStr255: a 16-bit length and 255 UTF-16 units).
+/// Returns  false, with nothing written to `name`, if the name is empty or too long, and as itemReference for
+///          the parent folder.
+bool parentReference(const FolderItem& item, void* reference, void* name);
 
 } // namespace host

@@ -1,7 +1,7 @@
 #include "host/runtime/values/host_string.h"
 
-#include "host/runtime/state.h"
-#include "host/runtime/values/records.h"
+#include "host/runtime/support/options.h"
+#include "host/runtime/support/per_host.h"
 #include "host/runtime/values/text_encoding.h"
 
 #include <cstdlib>
@@ -11,11 +11,33 @@ namespace host {
 
 namespace {
 
-constexpr std::size_t bytesInFront = 1;
-constexpr std::size_t zerosBehind = 1 + 4; ///< the terminator, and what four-character reads may touch
+struct StringRecord {
+    REALstringStruct visible; ///< words that the plug-in sees: the string's values, or poison
+    char* buffer;             ///< buffer with an unused byte, the bytes of the text, and zero bytes
+    std::size_t length;
+    std::uint32_t encoding;
+};
 
-void showRecord(StringRecord& string, bool isReadable)
+void destroyString(void* string) { std::free(record<StringRecord>(string)->buffer); }
+
+std::string printString(const void* string)
 {
+    return String(String::share(record<REALstringStruct>(string))).text();
+}
+
+Cost costOfString(const void*, const Type& type)
+{
+    return type.base == Base::string && !type.isArray ? Cost(cost::exact) : Cost();
+}
+
+constexpr KindRow stringRow = {Kind::string, destroyString, nullptr, printString, costOfString};
+
+constexpr std::size_t bytesBefore = 1;
+constexpr std::size_t zerosAfter = 1 + 4; ///< the terminator, and the reach of a four-character read
+
+void setVisibleWords(StringRecord& string)
+{
+    const bool isReadable = current<Options>().areRecordsReadable();
     string.visible.first = poisonWord;
     string.visible.buffer = isReadable ? string.buffer : reinterpret_cast<char*>(poisonWord);
     string.visible.third = poisonWord;
@@ -29,33 +51,35 @@ String String::of(std::string_view utf8) { return ofBytes(utf8, encodingUTF8); }
 
 String String::ofBytes(std::string_view bytes, std::uint32_t encoding)
 {
-    const bool isReadable = Host::current().areRecordsReadable();
-    auto* buffer = static_cast<char*>(std::calloc(bytesInFront + bytes.size() + zerosBehind, 1));
-    auto* string = buffer ? makeValue<StringRecord>(Kind::string) : nullptr;
-    if (!string) {
-        std::free(buffer);
-        throw std::bad_alloc();
-    }
-    if (!bytes.empty()) std::memcpy(buffer + bytesInFront, bytes.data(), bytes.size());
-    string->buffer = buffer;
+    auto* string = makeValue<StringRecord>(stringRow);
+    if (!string) throw std::bad_alloc();
+    String result(adopt(&string->visible));
+    string->buffer = static_cast<char*>(std::calloc(bytesBefore + bytes.size() + zerosAfter, 1));
+    if (!string->buffer) throw std::bad_alloc();
+    if (!bytes.empty()) std::memcpy(string->buffer + bytesBefore, bytes.data(), bytes.size());
     string->length = bytes.size();
     string->encoding = encoding;
-    showRecord(*string, isReadable);
-    return String(Ref<REALstringStruct>::adopt(&string->visible));
+    setVisibleWords(*string);
+    return result;
 }
-
-void finishString(StringRecord& string) { std::free(string.buffer); }
 
 std::string_view String::bytes() const
 {
     if (!get()) return {};
     const auto* string = record<StringRecord>(get());
-    return {string->buffer + bytesInFront, string->length};
+    return {string->buffer + bytesBefore, string->length};
 }
 
 std::uint32_t String::encoding() const
 {
-    return get() ? record<StringRecord>(get())->encoding : static_cast<std::uint32_t>(encodingUnknown);
+    return get() ? record<StringRecord>(get())->encoding : std::uint32_t{encodingUnknown};
+}
+
+void String::setEncoding(std::uint32_t encoding) const
+{
+    auto* string = record<StringRecord>(get());
+    string->encoding = encoding;
+    setVisibleWords(*string);
 }
 
 std::string String::text() const
@@ -65,15 +89,11 @@ std::string String::text() const
     return *convertText(bytes(), source, encodingUTF8);
 }
 
-String convertString(REALstringStruct* source, std::uint32_t encoding)
+String String::converted(std::uint32_t to) const
 {
-    const String string(Ref<REALstringStruct>::share(source));
-    if (!source) return {};
-    if (string.encoding() == encoding) return string;
-    if (auto converted = convertText(string.bytes(), string.encoding(), encoding))
-        return String::ofBytes(*converted, encoding);
-    if (isKnownEncoding(encoding) && isAscii(string.bytes()))
-        return String::ofBytes(*convertText(string.bytes(), encodingASCII, encoding), encoding);
+    if (!get() || encoding() == to) return *this;
+    if (const auto text = convertText(bytes(), encoding(), to)) return ofBytes(*text, to);
+    if (isKnownEncoding(to) && isAscii(bytes())) return ofBytes(*convertText(bytes(), encodingASCII, to), to);
     return {};
 }
 

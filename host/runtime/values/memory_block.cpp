@@ -1,7 +1,6 @@
 #include "host/runtime/values/memory_block.h"
 
-#include "host/runtime/host.h"
-#include "host/runtime/values/records.h"
+#include <fmt/format.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -9,22 +8,43 @@
 
 namespace host {
 
+namespace {
+
+struct MemoryBlockRecord {
+    std::uint8_t* data;
+    std::size_t size;
+};
+
+void destroyBlock(void* block) { std::free(record<MemoryBlockRecord>(block)->data); }
+
+std::string printBlock(const void* block)
+{
+    return fmt::format("a memory block of {} bytes", record<MemoryBlockRecord>(block)->size);
+}
+
+Cost costOfBlock(const void*, const Type& type)
+{
+    if (type.isArray) return {};
+    if (type.base == Base::memoryBlock) return cost::exact;
+    return type.base == Base::pointer || isAnyObject(type) ? Cost(cost::converted) : Cost();
+}
+
+constexpr KindRow blockRow = {Kind::memoryBlock, destroyBlock, nullptr, printBlock, costOfBlock};
+
+} // namespace
+
 MemoryBlock MemoryBlock::ofSize(std::int64_t size)
 {
-    Host::current(); // throws before anything is taken
     if (size < 0 || size > std::numeric_limits<std::int32_t>::max()) return {};
-    // Exactly as long as asked, so that an access behind the end is seen by the address sanitizer.
-    const auto count = static_cast<std::size_t>(size);
-    auto* data = count > 0 ? static_cast<std::uint8_t*>(std::calloc(count, 1)) : nullptr;
-    if (count > 0 && !data) return {};
-    auto* block = makeValue<MemoryBlockRecord>(Kind::memoryBlock);
-    if (!block) {
-        std::free(data);
-        return {};
-    }
-    block->data = data;
-    block->size = count;
-    return MemoryBlock(adopt(reinterpret_cast<REALmemoryBlockStruct*>(block)));
+    auto* record = makeValue<MemoryBlockRecord>(blockRow);
+    if (!record) return {};
+    MemoryBlock block(adopt(reinterpret_cast<REALmemoryBlockStruct*>(record)));
+    if (size == 0) return block;
+    // No spare byte, so that the address sanitizer finds an access past the end.
+    record->data = static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(size), 1));
+    if (!record->data) return {};
+    record->size = static_cast<std::size_t>(size);
+    return block;
 }
 
 MemoryBlock MemoryBlock::copyOf(const void* bytes, std::size_t size)
@@ -33,8 +53,6 @@ MemoryBlock MemoryBlock::copyOf(const void* bytes, std::size_t size)
     if (block && size > 0) std::memcpy(block.data(), bytes, size);
     return block;
 }
-
-void finishMemoryBlock(MemoryBlockRecord& block) { std::free(block.data); }
 
 std::uint8_t* MemoryBlock::data() const { return get() ? record<MemoryBlockRecord>(get())->data : nullptr; }
 

@@ -1,25 +1,28 @@
-// Memory blocks: a fixed number of bytes that host and plug-in both read and write.
+// Memory blocks: a fixed number of bytes that host and plug-in read and write.
 #pragma once
 
+#include "abi/host_values.h"
 #include "host/runtime/values/reference.h"
 
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
-struct REALmemoryBlockStruct;
-
 namespace host {
 
-/// Shape   zero-filled at first; 0 bytes are allowed. The storage is exactly as long as the block and aligned
-/// to 16. Thread  creation and references [main]; the bytes [any]
+/// Shape   Zero-filled at first; a size of 0 is allowed. The storage has exactly the size of the block and an
+///         alignment of 16.
+/// Thread  Making, copying and dropping: [main]. The bytes: [any].
 class MemoryBlock : public Ref<REALmemoryBlockStruct> {
 public:
+    static constexpr Kind kind = Kind::memoryBlock;
     using Ref::Ref;
     MemoryBlock(Ref<REALmemoryBlockStruct> ref) : Ref(std::move(ref)) {}
 
-    /// A new block, or nil if `size` is negative or the memory is not there.
+    /// Make a block of `size` bytes; nil if `size` is negative or there is no memory.
     static MemoryBlock ofSize(std::int64_t size);
+
+    /// Make a block with a copy of the bytes; nil if there is no memory.
     static MemoryBlock copyOf(const void* bytes, std::size_t size);
     template <class T>
     static MemoryBlock copyOf(const std::vector<T>& items)
@@ -27,9 +30,8 @@ public:
         return copyOf(items.data(), items.size() * sizeof(T));
     }
 
-    /// Null for nil and for a block of 0 bytes.
-    std::uint8_t* data() const;
-    std::size_t size() const; ///< bytes; 0 for nil
+    std::uint8_t* data() const; ///< address of the bytes; null for nil and for a size of 0
+    std::size_t size() const;   ///< number of bytes; 0 for nil
 
     template <class T>
     T* as() const

@@ -1,18 +1,16 @@
-// Values in the form in which C functions, fields and array elements have them.
+// Native values: the C form of a value in a call, in a field and in an array element.
+// All functions: [main].
 #pragma once
 
-#include "abi/word.h"
-#include "host/runtime/classes/declaration.h"
 #include "host/runtime/values/type.h"
 #include "host/runtime/values/value.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 namespace host {
 
-/// Memory for one native value of any type. The widest member is the first, so that = {} zeroes all.
+/// Memory for one native value of any type. The widest member is the first one, so that = {} zeroes them all.
 union Native {
     std::uint64_t word64;
     std::uint8_t byte;
@@ -23,32 +21,27 @@ union Native {
     void* pointer;
 };
 
-/// A native value, and what keeps it alive while it is lent.
-struct Lent {
+/// A native value, with the reference that keeps a counted value alive. `reference.detach()` gives the
+/// reference to the new owner of the native value.
+struct Converted {
     Native native = {};
-    AnyRef keep;
+    AnyRef reference;
 };
 
-/// How badly a value fits a type: 0 exactly, more with each conversion; nothing where it does not fit at all.
-std::optional<int> misfit(const Value& value, const Type& type);
+/// The cost of passing a value as a type.
+Cost conversionCost(const Value& value, const Type& type);
 
-/// The value as `type`. Numbers are truncated toward zero; an integer fits if its bits do (so -1 is a
-/// UInt32). Nil is nil for every reference. Throws ProgramError, beginning with `what` ("SampleRate",
-/// "parameter size").
-Lent toNative(const Value& value, const Type& type, const std::string& what);
+/// Convert a value to a native value of `type`. Numbers are truncated toward zero. An integer fits if its
+/// bits fit, signed or unsigned, so that -1 fits UInt32. Nil fits every reference.
+/// Throws  ProgramError if the value does not fit; the message starts with `what`, such as "SampleRate".
+Converted toNative(const Value& value, const Type& type, const std::string& what);
 
-/// The value at `memory`. A reference there is shared, or taken over if `isOwned`.
+/// Convert the native value at `memory`. The result takes over the reference there if `isOwned`, and adds a
+/// reference otherwise.
+/// Throws  ProgramError if `memory` has an address where no live value of the type is.
 Value fromNative(const void* memory, const Type& type, bool isOwned);
 
-Value literalValue(const Literal& literal);
-
-/// Write as many bytes of `native` as the type has to `memory`.
+/// Copy a native value to `memory`, in the size of the type. [any]
 void storeNative(void* memory, const Native& native, const Type& type);
-
-/// A field that another thread may touch: booleans and references are published with their contents, all else
-/// is indivisible only. An 8-byte field that is not 8-aligned is copied plainly.
-Native loadField(const void* field, const Type& type);
-void storeField(void* field, const Native& native, const Type& type);
-void* exchangeReference(void* field, void* reference);
 
 } // namespace host

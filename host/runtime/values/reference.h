@@ -1,9 +1,11 @@
-// Counted references to host values. Every value that the plug-in sees - object, string, memory block, array,
-// folder item, variant - is kept alive by a count; Ref holds one of them.
+// References to counted host values.
 //
-// Rules at the border: arguments are lent for the call, a result comes with one reference, which the caller
-// adopts.
+// Ownership between host and plug-in: the caller keeps its references to the arguments; the callee gives one
+// reference to the result away, which the caller adopts.
+// All functions: [main].
 #pragma once
+
+#include "host/runtime/values/counted.h"
 
 #include <cstddef>
 #include <type_traits>
@@ -11,32 +13,12 @@
 
 namespace host {
 
-/// The kinds of host values that are counted. A string's data is what "PluginGetStringData" handed out.
-enum class Kind { object, string, memoryBlock, array, folderItem, variant, stringData };
-
-/// "object", "string", "memory block", ...
-const char* kindName(Kind kind);
-
-/// Whether `value` is the address of a live host value. [main]
-bool isLive(const void* value);
-
-/// The kind of a live value; throws ProgramError for any other address. [main]
-Kind kindOf(const void* value);
-
-/// Add one reference. Nil is allowed and does nothing; a dead address is noted as a misuse, and left alone.
-/// [main]
-void retain(const void* value);
-
-/// Drop one reference; the last one destroys the value (an object's destructors run first). As retain. [main]
-void release(const void* value);
-
-/// How many references a live value has; 0 for nil and for dead addresses. [main]
-std::size_t referenceCount(const void* value);
-
-/// One reference to a host value, or nil. A Ref that outlives its Host drops nothing. [main]
-template <class Record>
+/// One reference to a host value, or nil. A Ref that outlives its host releases nothing.
+template <class Pointee>
 class Ref {
 public:
+    using Record = Pointee;
+
     Ref() = default;
     Ref(std::nullptr_t) {}
     Ref(const Ref& other) : value_(other.value_) { retain(value_); }
@@ -48,13 +30,13 @@ public:
     }
     ~Ref() { release(value_); }
 
-    /// Any reference is also a reference to some value.
+    /// Any reference converts to AnyRef.
     template <class Other, std::enable_if_t<std::is_convertible_v<Other*, Record*>, int> = 0>
     Ref(const Ref<Other>& other) : Ref(share(other.get()))
     {
     }
 
-    /// Take over a reference that somebody else counted (a result).
+    /// Take over an existing reference, such as the one of a result.
     static Ref adopt(Record* value)
     {
         Ref ref;
@@ -62,7 +44,7 @@ public:
         return ref;
     }
 
-    /// Count a reference of one's own (an argument that is to be kept).
+    /// Add a reference to a value that another owner keeps, such as an argument.
     static Ref share(Record* value)
     {
         retain(value);
@@ -72,7 +54,7 @@ public:
     Record* get() const { return value_; }
     explicit operator bool() const { return value_ != nullptr; }
 
-    /// Give the reference away: the count stays, this Ref becomes nil.
+    /// Give the reference away without releasing it. This Ref becomes nil.
     Record* detach() { return std::exchange(value_, nullptr); }
 
 private:
@@ -80,5 +62,14 @@ private:
 };
 
 using AnyRef = Ref<void>;
+
+/// Check an argument of a service and share it as a handle (String, Array, …). The handle is nil, and a
+/// misuse of `service` is noted, for a dead address and for a value of another kind.
+template <class Handle>
+Handle checkedArgument(typename Handle::Record* value, const char* service)
+{
+    auto* checked = checkedValue(value, Handle::kind, service);
+    return Handle(Handle::share(static_cast<typename Handle::Record*>(checked)));
+}
 
 } // namespace host

@@ -1,9 +1,7 @@
 #include "host/runtime/values/type.h"
 
-#include "host/runtime/support/errors.h"
-
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace host {
 
@@ -15,7 +13,7 @@ struct TypeRow {
     std::size_t bytes;
 };
 
-// The first row of a base is the spelling in listings; further rows are other spellings of the same.
+// The first row of a base has the name for listings; the other rows of the base have further names.
 // clang-format off
 constexpr TypeRow typeRows[] = {
     {Base::none,        "",            0},
@@ -64,6 +62,18 @@ bool operator==(const Type& left, const Type& right)
            sameName(left.className, right.className);
 }
 
+Base fixedWidth(Base base)
+{
+    if (base == Base::integer) return sizeof(HostInteger) == 4 ? Base::int32 : Base::int64;
+    if (base == Base::uinteger) return sizeof(HostInteger) == 4 ? Base::uint32 : Base::uint64;
+    return base;
+}
+
+bool isAnyObject(const Type& type)
+{
+    return type.base == Base::object && !type.isArray && sameName(type.className, "Object");
+}
+
 Type typeNamed(std::string_view name)
 {
     Type type;
@@ -92,6 +102,12 @@ std::string typeName(const Type& type)
 {
     std::string name = type.base == Base::object ? type.className : rowOf(type.base).name;
     return type.isArray ? name + "()" : name;
+}
+
+std::string withArticle(std::string_view noun)
+{
+    const bool isVowel = std::string_view("AEIOaeio").find(noun.front()) != std::string_view::npos;
+    return (isVowel ? "an " : "a ") + std::string(noun);
 }
 
 std::size_t sizeInMemory(const Type& type) { return type.isArray ? sizeof(void*) : rowOf(type.base).bytes; }

@@ -1,51 +1,58 @@
 #include "host/runtime/values/value.h"
 
-#include "host/runtime/calls/object.h"
 #include "host/runtime/support/errors.h"
-#include "host/runtime/values/array.h"
-#include "host/runtime/values/folder_item.h"
-#include "host/runtime/values/host_string.h"
-#include "host/runtime/values/memory_block.h"
-#include "host/runtime/values/native_numbers.h"
-#include "host/runtime/values/records.h"
 
 #include <fmt/format.h>
 
-#include <cmath>
 #include <limits>
 
 namespace host {
 
 namespace {
 
-[[noreturn]] void refuse(const Value& value, const char* wanted)
+struct VariantRecord {
+    Value value;
+};
+
+void destroyVariant(void* variant) { record<VariantRecord>(variant)->~VariantRecord(); }
+
+// The other functions are null, because a Value never refers to a variant.
+constexpr KindRow variantRow = {Kind::variant, destroyVariant, nullptr, nullptr, nullptr};
+
+constexpr double twoToThe63 = 9223372036854775808.0;
+
+std::uint64_t truncatedToUInt64(double number)
 {
-    throw ProgramError(fmt::format("{} was expected, but the value is {}", wanted, value.describe()));
+    if (number >= twoToThe63 && number < 2 * twoToThe63) return static_cast<std::uint64_t>(number);
+    return static_cast<std::uint64_t>(truncatedToInt64(number));
 }
 
-template <class Handle, class Record>
-Handle referenceAs(const Value& value, Kind kind, const char* wanted)
+[[noreturn]] void refuse(const Value& value, std::string_view expected)
 {
-    if (value.isNil()) return {};
-    if (!value.isReference(kind)) refuse(value, wanted);
-    auto ref = value.reference();
-    return Handle(Ref<Record>::adopt(static_cast<Record*>(ref.detach())));
+    throw ProgramError(
+        fmt::format("{} was expected, but the value is {}", withArticle(expected), value.describe()));
+}
+
+/// Whether the value is an integer above 2^63 - 1.
+bool isAboveInt64(const Value& value)
+{
+    return std::holds_alternative<std::uint64_t>(value.held()) && value.integer() < 0;
 }
 
 } // namespace
 
 std::int64_t truncatedToInt64(double number)
 {
-    constexpr double limit = 9223372036854775808.0; // 2^63
-    if (number >= -limit && number < limit) return static_cast<std::int64_t>(number);
+    if (number >= -twoToThe63 && number < twoToThe63) return static_cast<std::int64_t>(number);
     return std::numeric_limits<std::int64_t>::min();
 }
 
-std::uint64_t truncatedToUInt64(double number)
+Ref<REALobjectStruct> newVariant(const Value& value)
 {
-    constexpr double limit = 9223372036854775808.0; // 2^63
-    if (number >= limit && number < 2 * limit) return static_cast<std::uint64_t>(number);
-    return static_cast<std::uint64_t>(truncatedToInt64(number));
+    auto* variant = makeValue<VariantRecord>(variantRow);
+    if (!variant) throw std::bad_alloc();
+    variant->value = value;
+    return Ref<REALobjectStruct>::adopt(reinterpret_cast<REALobjectStruct*>(variant));
 }
 
 Value::Value(const char* utf8)
@@ -79,12 +86,12 @@ bool Value::isFloating() const
 bool Value::isReference(Kind kind) const
 {
     const auto* ref = std::get_if<AnyRef>(&held_);
-    return ref && headerOf(ref->get())->kind == kind;
+    return ref && headerOf(ref->get())->row->kind == kind;
 }
 
 bool Value::boolean() const
 {
-    if (!isBoolean()) refuse(*this, "a boolean");
+    if (!isBoolean()) refuse(*this, "boolean");
     return std::get<bool>(held_);
 }
 
@@ -95,7 +102,7 @@ std::uint64_t Value::unsigned64() const
     if (const auto* whole = std::get_if<std::int64_t>(&held_)) return static_cast<std::uint64_t>(*whole);
     if (const auto* whole = std::get_if<std::uint64_t>(&held_)) return *whole;
     if (isFloating()) return truncatedToUInt64(number());
-    refuse(*this, "a number");
+    refuse(*this, "number");
 }
 
 float Value::single() const
@@ -110,37 +117,21 @@ double Value::number() const
     if (const auto* whole = std::get_if<std::uint64_t>(&held_)) return static_cast<double>(*whole);
     if (const auto* exact = std::get_if<float>(&held_)) return static_cast<double>(*exact);
     if (const auto* exact = std::get_if<double>(&held_)) return *exact;
-    refuse(*this, "a number");
+    refuse(*this, "number");
 }
 
 std::string Value::text() const { return string().text(); }
-
-Object Value::object() const
-{
-    return referenceAs<Object, REALobjectStruct>(*this, Kind::object, "an object");
-}
-
-MemoryBlock Value::memoryBlock() const
-{
-    return referenceAs<MemoryBlock, REALmemoryBlockStruct>(*this, Kind::memoryBlock, "a memory block");
-}
-
-Array Value::array() const { return referenceAs<Array, REALarrayStruct>(*this, Kind::array, "an array"); }
-
-FolderItem Value::folderItem() const
-{
-    return referenceAs<FolderItem, REALfolderItemStruct>(*this, Kind::folderItem, "a folder item");
-}
-
-String Value::string() const
-{
-    return referenceAs<String, REALstringStruct>(*this, Kind::string, "a string");
-}
 
 AnyRef Value::reference() const
 {
     const auto* ref = std::get_if<AnyRef>(&held_);
     return ref ? *ref : AnyRef();
+}
+
+AnyRef Value::referenceOf(Kind kind) const
+{
+    if (!isNil() && !isReference(kind)) refuse(*this, kindName(kind));
+    return reference();
 }
 
 std::string Value::describe() const
@@ -150,14 +141,9 @@ std::string Value::describe() const
     if (isInteger()) return "an integer";
     if (std::holds_alternative<float>(held_)) return "a single";
     if (std::holds_alternative<double>(held_)) return "a double";
-    if (isReference(Kind::object)) return "an object of class " + object().classInfo().name;
-    if (isReference(Kind::array)) {
-        Type element;
-        element.base = array().elementType();
-        element.className = "Object";
-        return fmt::format("an array of {}", typeName(element));
-    }
-    return fmt::format("a {}", kindName(headerOf(reference().get())->kind));
+    const void* value = std::get<AnyRef>(held_).get();
+    const KindRow& row = *headerOf(value)->row;
+    return row.describe ? row.describe(value) : withArticle(kindName(row.kind));
 }
 
 std::string Value::print() const
@@ -168,26 +154,15 @@ std::string Value::print() const
     if (const auto* whole = std::get_if<std::uint64_t>(&held_)) return fmt::format("{}", *whole);
     if (const auto* exact = std::get_if<float>(&held_)) return fmt::format("{}", *exact);
     if (const auto* exact = std::get_if<double>(&held_)) return fmt::format("{}", *exact);
-    if (isText()) return text();
-    if (isReference(Kind::memoryBlock))
-        return fmt::format("a memory block of {} bytes", memoryBlock().size());
-    if (isReference(Kind::folderItem)) return folderItem().path();
-    if (isReference(Kind::array)) {
-        std::string all;
-        const auto items = array();
-        for (HostInteger i = 0; i <= items.upperBound(); ++i) all += (i ? ", " : "") + items.at(i).print();
-        return "(" + all + ")";
-    }
-    return describe();
+    const void* value = std::get<AnyRef>(held_).get();
+    const KindRow& row = *headerOf(value)->row;
+    return row.print ? row.print(value) : describe();
 }
 
 bool sameValue(const Value& left, const Value& right)
 {
-    if (left.isInteger() && right.isInteger()) {
-        const bool isHuge[] = {std::holds_alternative<std::uint64_t>(left.held()) && left.integer() < 0,
-                               std::holds_alternative<std::uint64_t>(right.held()) && right.integer() < 0};
-        return isHuge[0] == isHuge[1] && left.integer() == right.integer();
-    }
+    if (left.isInteger() && right.isInteger())
+        return isAboveInt64(left) == isAboveInt64(right) && left.integer() == right.integer();
     if (left.isNumber() && right.isNumber()) return left.number() == right.number();
     if (left.isText() && right.isText()) return left.text() == right.text();
     if (left.isBoolean() && right.isBoolean()) return left.boolean() == right.boolean();

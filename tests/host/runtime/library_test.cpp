@@ -1,4 +1,4 @@
-// Loading: each way it can fail says why and what to do next.
+// Loading of a library; the messages of each failure.
 #include "tests/host/runtime/plugin_host.h"
 #include "tests/support/sanitizers.h"
 
@@ -43,13 +43,13 @@ protected:
     Host host;
 };
 
-TEST_F(Loading, OfTooManyOpenFilesSaysSo)
+TEST_F(Loading, WithTooManyOpenFilesNamesTheLimit)
 {
-    if (support::hasAddressSanitizer) GTEST_SKIP() << "which needs descriptors itself";
+    if (support::hasAddressSanitizer) GTEST_SKIP() << "the address sanitizer needs descriptors itself";
     rlimit former = {};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
     rlimit few = former;
-    few.rlim_cur = rlim_t(dup(0)); // the lowest free descriptor, and with it all below, is taken
+    few.rlim_cur = rlim_t(dup(0)); // no descriptor below the lowest free one is free
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     const std::string message = errorOf(folder + "test_plugin.so");
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
@@ -57,7 +57,7 @@ TEST_F(Loading, OfTooManyOpenFilesSaysSo)
     EXPECT_EQ(message, folder + "test_plugin.so: too many files are open; raise the limit with `ulimit -n`");
 }
 
-TEST_F(Loading, FailuresSayWhatToDo)
+TEST_F(Loading, FailureNamesProblemAndNextStep)
 {
     std::string head(64, '\0');
     std::memcpy(&head[0], ELFMAG, SELFMAG);
@@ -70,19 +70,20 @@ TEST_F(Loading, FailuresSayWhatToDo)
         const char* why;
         const char* next;
     } facts[] = {
-        {folder + "no_such_library.so", "there is no such file", "build the library, or give its path"},
-        {temporary.string(), "that is a folder", "give the path of the library in it"},
-        {file("empty.so", ""), "that is no shared library", "give the path of a plug-in library"},
-        {file("text.so", "This is no library, but a text that is long enough."), "that is no shared library",
-         "give"},
-        {file("short.so", head.substr(0, 15)), "that is no shared library", "give"},
+        {folder + "no_such_library.so", "this file does not exist", "build the library, or give its path"},
+        {temporary.string(), "this is a folder", "give the path of the library in the folder"},
+        {file("empty.so", ""), "this is not a shared library", "give the path of a plug-in library"},
+        {file("text.so", "A text that is longer than the head of a library file."),
+         "this is not a shared library", "give"},
+        {file("short.so", head.substr(0, 15)), "this is not a shared library", "give"},
         {file("other.so", head),
          sizeof(void*) == 4 ? "the library is 64-bit and this host is 32-bit"
                             : "the library is 32-bit and this host is 64-bit",
-         "give the one that was built with this host"},
-        {file("broken.so", own), "the system refuses it (",
-         "check that the libraries it needs stand beside it"},
-        {folder + "no_entry.so", "the library exports no REALPluginMain", "give another one"},
+         "give the library that was built together with this host"},
+        {file("broken.so", own), "the system cannot load the library (",
+         "install the libraries that it needs in the same folder"},
+        {folder + "no_entry.so", "the library exports no REALPluginMain",
+         "give the path of a plug-in library"},
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.path);
@@ -92,18 +93,18 @@ TEST_F(Loading, FailuresSayWhatToDo)
     }
     EXPECT_TRUE(host.pluginClasses().empty());
     host.load(folder + "test_plugin.so");
-    EXPECT_EQ(host.pluginClasses().size(), 3u) << "after failures the right one still loads";
+    EXPECT_EQ(host.pluginClasses().size(), 3u) << "the right library loads after the failures";
     EXPECT_NE(errorOf(folder + "test_plugin.so").find("is loaded already"), std::string::npos);
 }
 
-TEST_F(Loading, ARelativePathIsTakenFromTheCurrentFolder)
+TEST_F(Loading, OfARelativePathStartsAtTheCurrentFolder)
 {
     std::filesystem::current_path(folder);
     host.load("test_plugin.so");
     EXPECT_EQ(host.pluginClasses().size(), 3u);
 }
 
-TEST(LoadingInAChild, WithoutThePluginVersionServiceItIsFatalByDesign)
+TEST(LoadingInAChild, WithoutThePluginVersionServiceEndsTheProcess)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_DEATH(

@@ -1,4 +1,5 @@
-// A host with the test plug-in loaded. The plug-in's tables are its process's: one host a process.
+// A host with the test plug-in. Each test program has one host at a time, because the plug-in's tables are
+// global.
 #pragma once
 
 #include "tests/host/runtime/services.h"
@@ -15,6 +16,7 @@ struct PluginHost {
     host::Host host;
 };
 
+/// A test of an object of the class Probe. It fails for unexpected misuses and leaks.
 class WithPlugin : public testing::Test {
 protected:
     ~WithPlugin() override
@@ -31,7 +33,7 @@ protected:
     bool expectLeaks = false;
 };
 
-/// The message of what `action` throws as an Error; fails if it throws nothing or something else.
+/// The message of the Error that `action` throws. Fails if `action` throws nothing or another type.
 template <class Error, class Action>
 std::string thrownBy(Action action)
 {
@@ -40,10 +42,10 @@ std::string thrownBy(Action action)
     } catch (const Error& error) {
         return error.what();
     } catch (const std::exception& error) {
-        ADD_FAILURE() << "something else was thrown: " << error.what();
+        ADD_FAILURE() << "an exception of another type: " << error.what();
         return error.what();
     }
-    ADD_FAILURE() << "nothing was thrown";
+    ADD_FAILURE() << "no exception";
     return {};
 }
 

@@ -1,4 +1,4 @@
-// Services as a plug-in has them: asked for by name from the resolver, called through typed pointers.
+// Services as a plug-in uses them: looked up by name, called through typed pointers.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -20,7 +20,7 @@ inline host::Options version(double v)
     return options;
 }
 
-/// What went wrong by the host's own account, for messages; "" for nothing.
+/// The misuses that the host noted, one line each.
 inline std::string misuses()
 {
     std::string all;

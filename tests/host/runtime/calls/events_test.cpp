@@ -1,3 +1,4 @@
+// Events of the test plug-in, and the handlers of a program.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,9 @@ using test::thrownBy;
 
 class Events : public test::WithPlugin {};
 
-TEST_F(Events, ReachTheirObjectsHandler)
+TEST_F(Events, CallTheHandlerOfTheirObject)
 {
-    EXPECT_FALSE(probe.call("Fire").boolean()) << "nothing attached, nothing called";
+    EXPECT_FALSE(probe.call("Fire").boolean()) << "no handler is attached";
     int count = 0;
     const void* sender = nullptr;
     probe.on("Fired", [&](Object& object, const std::vector<Value>& arguments) {
@@ -31,7 +32,7 @@ TEST_F(Events, ReachTheirObjectsHandler)
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(Events, CarryArgumentsAndResults)
+TEST_F(Events, PassArgumentsAndResults)
 {
     probe.on("Asked", [](Object&, const std::vector<Value>& given) -> Value {
         return given.at(0).print() + "/" + given.at(1).print() + "/" + given.at(2).print() + "/" +
@@ -58,7 +59,7 @@ TEST_F(Events, CarryArgumentsAndResults)
     EXPECT_EQ(probe.call("Negate", 1234).integer(), -1234);
 }
 
-TEST_F(Events, AnEmptyResultIsZeroOrNil)
+TEST_F(Events, TurnANilResultIntoZeroOrNil)
 {
     const auto nothing = [](Object&, const std::vector<Value>&) { return Value(); };
     probe.on("Judged", nothing);
@@ -69,7 +70,7 @@ TEST_F(Events, AnEmptyResultIsZeroOrNil)
     EXPECT_TRUE(probe.call("Ask", 1, 1.0, "", false).isNil());
 }
 
-TEST_F(Events, HandlersMayCallDetachAndDestroy)
+TEST_F(Events, AllowHandlersToCallDetachAndDestroy)
 {
     probe.on("Fired", [](Object& sender, const std::vector<Value>&) {
         EXPECT_EQ(sender.call("EchoInteger", 3).integer(), 3);
@@ -80,7 +81,7 @@ TEST_F(Events, HandlersMayCallDetachAndDestroy)
     EXPECT_FALSE(probe.call("Fire").boolean());
 
     probe.on("Fired", [this](Object&, const std::vector<Value>&) {
-        probe = Object(); // the program's only reference; the call keeps the object until it is over
+        probe = Object(); // one of the program's references
         return Value();
     });
     const auto held = probe;
@@ -88,10 +89,10 @@ TEST_F(Events, HandlersMayCallDetachAndDestroy)
     EXPECT_FALSE(probe);
 }
 
-TEST_F(Events, KeepTheirObjectUntilItsMethodReturns)
+TEST_F(Events, KeepTheirObjectUntilTheMethodReturns)
 {
     probe.on("Fired", [this](Object&, const std::vector<Value>&) {
-        probe = Object(); // the last reference that the program has
+        probe = Object(); // the program's last reference
         return Value();
     });
     host.callShared("Probe", "LifeLog");
@@ -100,7 +101,7 @@ TEST_F(Events, KeepTheirObjectUntilItsMethodReturns)
     EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "fired -Probe ");
 }
 
-TEST_F(Events, WhatAHandlerThrowsReachesTheProgramBehindThePlugin)
+TEST_F(Events, PassExceptionsOfAHandlerToTheProgram)
 {
     probe.on("Fired", [](Object&, const std::vector<Value>&) -> Value { throw std::runtime_error("mine"); });
     EXPECT_EQ(thrownBy<std::runtime_error>([&] { probe.call("Fire"); }), "mine");
@@ -114,10 +115,10 @@ TEST_F(Events, WhatAHandlerThrowsReachesTheProgramBehindThePlugin)
                   probe.call("Judge", 1);
               }).find("the result of event Judged is a Boolean"),
               std::string::npos);
-    EXPECT_EQ(probe.call("EchoInteger", 1).integer(), 1) << "the next call is clean";
+    EXPECT_EQ(probe.call("EchoInteger", 1).integer(), 1) << "the next call succeeds";
 }
 
-TEST_F(Events, OfAnObjectThatDescends)
+TEST_F(Events, CallTheHandlerOfASubclassObject)
 {
     const auto child = host.create("ProbeChild");
     int count = 0;
@@ -129,17 +130,18 @@ TEST_F(Events, OfAnObjectThatDescends)
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(Events, AWrongSystemUseWordIsMisuse)
+TEST_F(Events, NoteAWrongKeyAsMisuse)
 {
     expectMisuse = true;
     EXPECT_EQ(probe.call("AskWithGarbage").unsigned64(), 0u);
-    EXPECT_EQ(misuses(), "GetEventInstance was asked with 0x3039, which is no event's system-use word\n");
+    EXPECT_EQ(misuses(), "GetEventInstance was given 0x3039, which is not the key of an event\n");
     host.clearMisuses();
     const auto use = probe.classInfo().event("Fired")->systemUse;
     const auto find = test::service<AnyFunction(REALobjectStruct*, Word)>("GetEventInstance");
     EXPECT_EQ(find(host.create("Dictionary").get(), use), nullptr);
-    EXPECT_EQ(misuses(),
-              "GetEventInstance was asked for event Fired of Probe on an object of class Dictionary\n");
+    EXPECT_EQ(
+        misuses(),
+        "GetEventInstance was given the key of event Fired of Probe with an object of class Dictionary\n");
     EXPECT_EQ(find(nullptr, use), nullptr);
 }
 

@@ -1,4 +1,4 @@
-// Properties that the host reads and writes in the class data itself.
+// Properties that are fields of the class data.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using test::thrownBy;
 
 class Fields : public test::WithPlugin {};
 
-TEST_F(Fields, OfEveryType)
+TEST_F(Fields, OfEveryTypeKeepTheirValue)
 {
     const auto dictionary = host.create("Dictionary");
     const auto block = MemoryBlock::ofSize(3);
@@ -23,7 +23,7 @@ TEST_F(Fields, OfEveryType)
     const auto numbers = Array::of(std::vector<double>{1, 2});
     const struct {
         const char* name;
-        Value given, answer;
+        Value given, result;
     } facts[] = {
         {"FieldBoolean", true, true},
         {"FieldInt8", -128, -128},
@@ -47,20 +47,20 @@ TEST_F(Fields, OfEveryType)
         {"FieldNumbers", numbers, numbers},
     };
     for (const auto& fact : facts) probe.set(fact.name, fact.given);
-    for (const auto& fact : facts) { // all set first: none overlaps another
+    for (const auto& fact : facts) { // after all writes, because a field must not overlap another one
         SCOPED_TRACE(fact.name);
-        EXPECT_TRUE(sameValue(probe.get(fact.name), fact.answer)) << probe.get(fact.name).print();
+        EXPECT_TRUE(sameValue(probe.get(fact.name), fact.result)) << probe.get(fact.name).print();
     }
     EXPECT_EQ(probe.get("OnlyInteger").integer(), -5);
     EXPECT_EQ(probe.get("OnlyString").text(), "text");
     for (const auto& fact : facts) {
-        if (fact.answer.reference()) probe.set(fact.name, nullptr);
+        if (fact.result.reference()) probe.set(fact.name, nullptr);
     }
     EXPECT_TRUE(probe.get("FieldString").isNil());
     EXPECT_TRUE(probe.get("FieldNumbers").isNil());
 }
 
-TEST_F(Fields, AreNotWrittenAgainstTheirDeclaration)
+TEST_F(Fields, RefuseValuesOfAnotherType)
 {
     EXPECT_NE(thrownBy<ProgramError>([&] { probe.set("OnlyInteger", 1); }).find("read-only"),
               std::string::npos);
@@ -71,7 +71,7 @@ TEST_F(Fields, AreNotWrittenAgainstTheirDeclaration)
     EXPECT_EQ(probe.get("FieldInt8").integer(), 0);
 }
 
-TEST_F(Fields, LieInTheClassData)
+TEST_F(Fields, AreInTheClassData)
 {
     auto* data = static_cast<unsigned char*>(probe.classData());
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data) % 16, 0u);
@@ -82,18 +82,18 @@ TEST_F(Fields, LieInTheClassData)
     EXPECT_EQ(value, 0x0102030405060708);
     data[property.parameter] = 0xFF;
     EXPECT_EQ(probe.get("FieldInt64").integer(), 0x01020304050607FF);
-    EXPECT_EQ(probe.get("FieldInt32").integer(), 1000) << "what the constructor wrote";
+    EXPECT_EQ(probe.get("FieldInt32").integer(), 1000) << "the value of the constructor";
 }
 
-TEST_F(Fields, MayBeWrittenByAFunction)
+TEST_F(Fields, CanBeWrittenByASetter)
 {
-    probe.set("MixedAccess", 2); // read where the getter's mark says, written through the setter
+    probe.set("MixedAccess", 2); // a property with a field for reading and a setter for writing
     EXPECT_EQ(probe.get("MixedAccess").integer(), 2);
     EXPECT_THROW(probe.set("MixedAccess", -1), HostException);
     EXPECT_EQ(probe.get("MixedAccess").integer(), 2);
 }
 
-TEST_F(Fields, HoldReferencesAndDropThem)
+TEST_F(Fields, KeepAndDropReferences)
 {
     const auto text = String::of("kept");
     const auto block = MemoryBlock::ofSize(1);
@@ -103,15 +103,15 @@ TEST_F(Fields, HoldReferencesAndDropThem)
     EXPECT_EQ(referenceCount(text.get()), 2u);
     EXPECT_EQ(referenceCount(block.get()), 3u);
     probe.set("FieldString", text);
-    EXPECT_EQ(referenceCount(text.get()), 2u) << "replaced by itself";
+    EXPECT_EQ(referenceCount(text.get()), 2u) << "replaced by the same string";
     probe.set("FieldVariant", 1);
     EXPECT_EQ(referenceCount(block.get()), 2u);
     probe = Object();
-    EXPECT_EQ(referenceCount(text.get()), 1u) << "dropped once, although two properties show the field";
+    EXPECT_EQ(referenceCount(text.get()), 1u) << "dropped once, although two properties have this field";
     EXPECT_EQ(referenceCount(block.get()), 1u);
 }
 
-TEST_F(Fields, MayBeUsedWhileAnotherThreadWritesThem)
+TEST_F(Fields, CanBeReadWhileAnotherThreadWrites)
 {
     std::thread writer([&] {
         for (int i = 1; i <= 2000; ++i) {
@@ -121,13 +121,13 @@ TEST_F(Fields, MayBeUsedWhileAnotherThreadWritesThem)
     });
     for (int i = 0; i < 2000; ++i) {
         const double seen = probe.get("FieldDouble").number() / (1.0 + 1.0 / 4294967296.0);
-        EXPECT_EQ(seen, std::nearbyint(seen)) << "never half of one value and half of another";
+        EXPECT_EQ(seen, std::nearbyint(seen)) << "no mixture of two values";
         probe.get("FieldBoolean").boolean();
     }
     writer.join();
 }
 
-TEST_F(Fields, OfAClassThatDescends)
+TEST_F(Fields, OfASubclassFollowThoseOfTheSuperclass)
 {
     const auto child = host.create("ProbeChild");
     EXPECT_EQ(child.get("Own").integer(), 77);
@@ -144,14 +144,16 @@ TEST_F(Fields, OfAClassThatDescends)
     EXPECT_EQ(child.classData(*info.super), reinterpret_cast<char*>(child.get()) + info.super->dataOffset);
 }
 
-TEST_F(Fields, LivesOfObjectsInOrder)
+using Objects = Fields;
+
+TEST_F(Objects, RunTheirConstructorsAndDestructorsInOrder)
 {
     probe = Object();
     host.callShared("Probe", "LifeLog");
     {
         const auto child = host.create("ProbeChild");
         EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "+Probe +Child ")
-            << "zeroed and aligned, base first";
+            << "superclass first, with zeroed and aligned data";
     }
     EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "-Child -Probe ");
     {
@@ -164,7 +166,7 @@ TEST_F(Fields, LivesOfObjectsInOrder)
     EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "+Made +Made -Made +Made -Made -Made ");
     EXPECT_NE(thrownBy<HostException>([&] { host.create("ProbeMade", 0); }).find("zero"), std::string::npos);
     EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "+Made -Made ")
-        << "a half-made object is destroyed";
+        << "a partly constructed object is destroyed";
     EXPECT_THROW(host.create("ProbeMade"), ProgramError);
     EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "");
 }

@@ -1,3 +1,4 @@
+// Declarations of members and constants, and the names of types.
 #include "host/runtime/classes/declaration.h"
 
 #include "host/runtime/support/errors.h"
@@ -8,7 +9,7 @@ namespace {
 
 using namespace host;
 
-/// A declaration in terms of its shape: each parameter as flags, type and default.
+/// The shape of a declaration: the parameters as flags, type and default, then the result.
 std::string shapeOf(const Declaration& declaration)
 {
     std::string shape = declaration.name + "(";
@@ -17,7 +18,7 @@ std::string shapeOf(const Declaration& declaration)
         if (parameter.isByRef) shape += "&";
         if (parameter.isAssigned) shape += ":=";
         shape += typeName(parameter.type);
-        if (parameter.preset) shape += "=" + print(*parameter.preset);
+        if (parameter.defaultValue) shape += "=" + print(*parameter.defaultValue);
     }
     return shape + ")" + (declaration.result.exists() ? " " + typeName(declaration.result) : "");
 }
@@ -27,7 +28,7 @@ struct Fact {
     const char* shape;
 };
 
-// The members of the classes as they are registered.
+// Declarations of the plug-in's classes.
 // clang-format off
 const Fact memberFacts[] = {
     {"AddAudio(Data as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean",
@@ -98,7 +99,7 @@ const Fact memberFacts[] = {
     {"Key(index As Integer) As Variant",                     "Key(Integer) Variant"},
 };
 
-// What else a declaration may look like.
+// Other forms of declarations.
 const Fact otherFacts[] = {
     {"f()",                                          "f()"},
     {"  f ( ) as  Double ",                          "f() Double"},
@@ -116,7 +117,7 @@ const Fact otherFacts[] = {
 // clang-format on
 
 template <std::size_t count>
-void walk(const Fact (&facts)[count])
+void checkFacts(const Fact (&facts)[count])
 {
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.text);
@@ -128,11 +129,11 @@ void walk(const Fact (&facts)[count])
     }
 }
 
-TEST(Declaration, MembersOfTheClasses) { walk(memberFacts); }
+TEST(Declaration, OfEachMemberOfTheClassesIsParsed) { checkFacts(memberFacts); }
 
-TEST(Declaration, OtherForms) { walk(otherFacts); }
+TEST(Declaration, OfEachOtherFormIsParsed) { checkFacts(otherFacts); }
 
-TEST(Declaration, NamesOfParametersAreKept)
+TEST(Declaration, KeepsTheNamesOfParameters)
 {
     const auto declaration =
         parseDeclaration("f(First as integer, byref second as single, third() as double)");
@@ -142,19 +143,19 @@ TEST(Declaration, NamesOfParametersAreKept)
     EXPECT_EQ(declaration.parameters[2].name, "third");
 }
 
-TEST(Declaration, CountOfRequiredArguments)
+TEST(Declaration, CountsRequiredArguments)
 {
-    EXPECT_EQ(parseDeclaration("f").requiredCount(), 0u);
-    EXPECT_EQ(parseDeclaration("f(a as integer=1)").requiredCount(), 0u);
-    EXPECT_EQ(parseDeclaration("f(a as integer, b as integer=1)").requiredCount(), 1u);
-    EXPECT_EQ(parseDeclaration("f(a as integer=1, b as integer)").requiredCount(), 2u)
-        << "only trailing ones";
+    EXPECT_EQ(requiredCount(parseDeclaration("f").parameters), 0u);
+    EXPECT_EQ(requiredCount(parseDeclaration("f(a as integer=1)").parameters), 0u);
+    EXPECT_EQ(requiredCount(parseDeclaration("f(a as integer, b as integer=1)").parameters), 1u);
+    EXPECT_EQ(requiredCount(parseDeclaration("f(a as integer=1, b as integer)").parameters), 2u)
+        << "only trailing arguments may be missing";
     EXPECT_FALSE(parseDeclaration("f").isAssignment());
     EXPECT_FALSE(parseDeclaration("f(a as integer)").isAssignment());
     EXPECT_TRUE(parseDeclaration("f(a as integer, assigns b as integer)").isAssignment());
 }
 
-TEST(Declaration, ErrorsNameTheText)
+TEST(Declaration, ErrorNamesTextAndPosition)
 {
     const struct {
         const char* text;
@@ -178,7 +179,7 @@ TEST(Declaration, ErrorsNameTheText)
         SCOPED_TRACE(fact.text);
         try {
             parseDeclaration(fact.text);
-            ADD_FAILURE() << "it was taken";
+            ADD_FAILURE() << "no exception";
         } catch (const ProgramError& error) {
             EXPECT_NE(std::string(error.what()).find(fact.expected), std::string::npos) << error.what();
             EXPECT_NE(std::string(error.what()).find(fact.text), std::string::npos) << error.what();
@@ -186,12 +187,12 @@ TEST(Declaration, ErrorsNameTheText)
     }
 }
 
-TEST(Declaration, Constants)
+TEST(Declaration, OfAConstantIsParsed)
 {
     const struct {
         const char* text;
         const char* name;
-        const char* type; // null: none
+        const char* type; // null for a constant without a type
         Literal value;
     } facts[] = {
         {"TimePitchUnitDefault = 0", "TimePitchUnitDefault", nullptr, std::int64_t{0}},
@@ -214,7 +215,7 @@ TEST(Declaration, Constants)
         EXPECT_THROW(parseConstant(text), ProgramError) << text;
 }
 
-TEST(Declaration, SameSignatures)
+TEST(Declaration, SignatureIgnoresNamesOfParametersAndDefaults)
 {
     const struct {
         const char* left;
@@ -226,12 +227,12 @@ TEST(Declaration, SameSignatures)
         {"f(a as integer=0)", "f(a as integer)", true, "defaults"},
         {"f(a as integer)", "f(a as single)", false, "types"},
         {"f(a as integer)", "f(a() as integer)", false, "arrays"},
-        {"f(a as integer)", "f(byref a as integer)", false, "lending"},
-        {"f(a as integer)", "f(assigns a as integer)", false, "assignment"},
+        {"f(a as integer)", "f(byref a as integer)", false, "ByRef"},
+        {"f(a as integer)", "f(assigns a as integer)", false, "Assigns"},
         {"f(a as integer)", "f(a as integer, b as integer)", false, "counts"},
         {"f as integer", "f", false, "results"},
         {"f", "g", false, "names"},
-        {"f(a as Dictionary)", "f(a as DICTIONARY)", true, "class names have no case"},
+        {"f(a as Dictionary)", "f(a as DICTIONARY)", true, "class names are compared without regard to case"},
         {"f(a as Dictionary)", "f(a as Object)", false, "classes"},
     };
     for (const auto& fact : facts) {
@@ -240,7 +241,7 @@ TEST(Declaration, SameSignatures)
     }
 }
 
-TEST(Type, NamesAndSizes)
+TEST(Type, HasNameAndSize)
 {
     const struct {
         const char* name;

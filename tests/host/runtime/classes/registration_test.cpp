@@ -1,4 +1,4 @@
-// Classes as they are registered: in every layout through the library, and wrong ones row by row.
+// Registration of classes: the test plug-in in every layout, and faulty definitions.
 #include "abi/accessor_sentinels.h"
 #include "tests/host/runtime/plugin_host.h"
 
@@ -15,7 +15,7 @@ using test::misuses;
 using test::service;
 using test::version;
 
-// ---- the library in each layout ----
+// ---- the test plug-in in each layout ----
 
 struct LayoutFact {
     double version;
@@ -39,7 +39,7 @@ INSTANTIATE_TEST_SUITE_P(Versions, Layouts,
                                          LayoutFact{2016.0, 13}),
                          versionName);
 
-TEST_P(Layouts, AreReadWhole)
+TEST_P(Layouts, AreReadCompletely)
 {
     {
         test::PluginHost plugin(version(GetParam().version));
@@ -62,7 +62,7 @@ TEST_P(Layouts, AreReadWhole)
         EXPECT_EQ(info.constants.size(), 5u);
 
         EXPECT_EQ(info.properties.front().name, "FieldBoolean");
-        EXPECT_EQ(info.properties.back().name, "WriteOnly") << "the last row shows that the stride is right";
+        EXPECT_EQ(info.properties.back().name, "WriteOnly") << "the last row proves the stride";
         EXPECT_EQ(info.methods.back().text, "AskWithGarbage as ptr");
         EXPECT_EQ(info.events.back().declaration.name, "Negated");
         EXPECT_EQ(info.constants.back().text, "ConstFlag as Boolean = true");
@@ -85,7 +85,7 @@ TEST_P(Layouts, AreReadWhole)
         EXPECT_TRUE(info.sharedMethodsNamed("Add")[0]->isShared);
         EXPECT_EQ(host.findClass("probechild")->super, &info);
 
-        // and it works
+        // The members can be used.
         const auto probe = host.create("ProbeChild");
         probe.set("FieldDouble", 0.5);
         EXPECT_EQ(probe.get("FieldDouble").number(), 0.5);
@@ -106,7 +106,7 @@ TEST_P(Layouts, AreReadWhole)
     }
 }
 
-TEST(Layouts9, WithoutTheVersionServiceTheOldestIsUsed)
+TEST(Layouts9, IsUsedWithoutTheVersionService)
 {
     Options options;
     options.withheld = {"REALGetRBVersion"};
@@ -118,7 +118,7 @@ TEST(Layouts9, WithoutTheVersionServiceTheOldestIsUsed)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Layouts13, WithoutRegistrationServiceThereAreNoClasses)
+TEST(Layouts13, HasNoClassesWithoutTheRegistrationService)
 {
     Options options;
     options.withheld = {"PluginRegisterClass"};
@@ -127,7 +127,7 @@ TEST(Layouts13, WithoutRegistrationServiceThereAreNoClasses)
     EXPECT_TRUE(host.pluginClasses().empty());
 }
 
-// ---- definitions of the test's own ----
+// ---- definitions that the tests make ----
 
 HostInteger anyFunction(REALobjectStruct*) { return 0; }
 AnyFunction address() { return reinterpret_cast<AnyFunction>(anyFunction); }
@@ -143,12 +143,12 @@ REALclassDefinition named(const char* name, int layout = 13)
 }
 
 void announce(std::int32_t layout) { service<void(std::int32_t)>("RegisterPluginVersion")(layout); }
-void hand(REALclassDefinition& definition)
+void registerClass(REALclassDefinition& definition)
 {
     service<void(REALclassDefinition*)>("PluginRegisterClass")(&definition);
 }
 
-TEST(Registration, WritesTheOffsetAndTheEventWordsBack)
+TEST(Registration, WritesTheDataOffsetAndTheKeysOfEvents)
 {
     Host host;
     announce(13);
@@ -157,7 +157,7 @@ TEST(Registration, WritesTheOffsetAndTheEventWordsBack)
     definition.events = events;
     definition.eventCount = 2;
     definition.newer[6] = 0x55;
-    hand(definition);
+    registerClass(definition);
     const auto* info = host.findClass("Mine");
     ASSERT_TRUE(info);
     EXPECT_EQ(definition.dataOffset, info->dataOffset);
@@ -165,12 +165,12 @@ TEST(Registration, WritesTheOffsetAndTheEventWordsBack)
     EXPECT_EQ(events[0].systemUse, info->events[0].systemUse);
     EXPECT_EQ(events[1].systemUse, info->events[1].systemUse);
     EXPECT_NE(events[0].systemUse, events[1].systemUse);
-    EXPECT_EQ(events[1].trailing[1], 8u) << "nothing else is touched";
+    EXPECT_EQ(events[1].trailing[1], 8u) << "the other words stay";
     EXPECT_EQ(definition.newer[6], 0x55u);
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Registration, ReadsTheOldestLayoutsShortRows)
+TEST(Registration, ReadsTheShortRowsOfLayout9)
 {
     Host host(version(2011.5));
     announce(9);
@@ -191,7 +191,7 @@ TEST(Registration, ReadsTheOldestLayoutsShortRows)
     definition.constantCount = 2;
     definition.sharedMethods = nullptr;
     definition.sharedMethodCount = 3; // a count without an array is an empty array
-    hand(definition);
+    registerClass(definition);
     const auto* info = host.findClass("Old");
     ASSERT_TRUE(info);
     EXPECT_EQ(info->layout, 9);
@@ -206,14 +206,14 @@ TEST(Registration, ReadsTheOldestLayoutsShortRows)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Registration, DataStandsAtMultiplesOf16AndIsNotTheSameForAll)
+TEST(Registration, GivesEachClassAnotherAlignedDataOffset)
 {
     Host host;
     announce(13);
     std::set<Word> offsets;
     for (const char* name : {"A", "B", "C"}) {
         auto definition = named(name);
-        hand(definition);
+        registerClass(definition);
         EXPECT_EQ(definition.dataOffset % 16, 0u);
         offsets.insert(definition.dataOffset);
         const auto object = host.create(name);
@@ -224,11 +224,11 @@ TEST(Registration, DataStandsAtMultiplesOf16AndIsNotTheSameForAll)
     EXPECT_EQ(offsets.size(), 3u);
 }
 
-TEST(Registration, RefusesWrongClasses)
+TEST(Registration, RefusesFaultyClasses)
 {
     Host host;
     auto early = named("Early");
-    hand(early);
+    registerClass(early);
     EXPECT_EQ(misuses(), "a class was registered before the library's layout\n");
     host.clearMisuses();
     announce(13);
@@ -237,15 +237,15 @@ TEST(Registration, RefusesWrongClasses)
          large = named("Large"), orphan = named("Orphan"), twice = named("Dictionary");
     large.dataSize = 1u << 30;
     orphan.superName = "NoSuch";
-    hand(wrongLayout);
-    hand(nameless);
-    hand(empty);
-    hand(large);
-    hand(orphan);
-    hand(twice);
+    registerClass(wrongLayout);
+    registerClass(nameless);
+    registerClass(empty);
+    registerClass(large);
+    registerClass(orphan);
+    registerClass(twice);
     service<void(REALclassDefinition*)>("PluginRegisterClass")(nullptr);
     EXPECT_EQ(misuses(),
-              "class WrongLayout is not registered: it is written in layout 12, but 13 was announced\n"
+              "class WrongLayout is not registered: its layout is 12, but the library announced 13\n"
               "class  is not registered: it has no name\n"
               "class  is not registered: it has no name\n"
               "class Large is not registered: 1073741824 bytes of class data are too many\n"
@@ -255,13 +255,13 @@ TEST(Registration, RefusesWrongClasses)
     EXPECT_TRUE(host.pluginClasses().empty());
 }
 
-TEST(Registration, RefusesLayoutsTheHostCannotRead)
+TEST(Registration, RefusesLayoutsThatTheHostCannotRead)
 {
     {
         Host host;
         announce(14);
         auto definition = named("Future", 14);
-        hand(definition);
+        registerClass(definition);
         EXPECT_EQ(host.misuses().size(), 3u) << misuses();
         EXPECT_EQ(host.findClass("Future"), nullptr);
     }
@@ -274,10 +274,10 @@ TEST(Registration, RefusesLayoutsTheHostCannotRead)
     Host host(version(2013.03));
     announce(12);
     announce(9);
-    EXPECT_EQ(misuses(), "") << "an older layout is always read";
+    EXPECT_EQ(misuses(), "") << "every host reads the older layouts";
 }
 
-TEST(Registration, LeavesWrongMembersOut)
+TEST(Registration, LeavesFaultyMembersOut)
 {
     Host host;
     announce(13);
@@ -312,7 +312,7 @@ TEST(Registration, LeavesWrongMembersOut)
     definition.eventCount = 2;
     definition.constants = constants;
     definition.constantCount = 2;
-    hand(definition);
+    registerClass(definition);
     const auto* info = host.findClass("Mixed");
     ASSERT_TRUE(info);
     ASSERT_EQ(info->properties.size(), 1u);

@@ -1,4 +1,4 @@
-// The host's own classes, as a program uses them.
+// The host's own classes, used by a program.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ using namespace host;
 using test::misuses;
 using test::thrownBy;
 
-TEST(BuiltInClasses, AreThereAndNamed)
+TEST(BuiltInClasses, ExceptionsExistWithMessageAndNumber)
 {
     Host host;
     EXPECT_TRUE(host.pluginClasses().empty());
@@ -29,7 +29,7 @@ TEST(BuiltInClasses, AreThereAndNamed)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Dictionary, KeepsValuesUnderKeysOfAnyKind)
+TEST(Dictionary, StoresValuesUnderKeysOfAnyKind)
 {
     Host host;
     const auto dictionary = host.create("Dictionary");
@@ -40,12 +40,12 @@ TEST(Dictionary, KeepsValuesUnderKeysOfAnyKind)
     dictionary.set("Value", block, block);
     dictionary.set("Value", nullptr, "of nil");
     dictionary.set("Value", 1.0, "uno");
-    EXPECT_EQ(dictionary.get("Count").integer(), 4) << "1 and 1.0 are one key";
+    EXPECT_EQ(dictionary.get("Count").integer(), 4) << "1 and 1.0 are the same key";
     EXPECT_EQ(dictionary.get("Value", 1).text(), "uno");
     EXPECT_EQ(dictionary.get("Value", "two").number(), 2.5);
     EXPECT_EQ(dictionary.get("Value", block).memoryBlock().get(), block.get());
     EXPECT_EQ(dictionary.get("Value", nullptr).text(), "of nil");
-    EXPECT_EQ(dictionary.call("Key", 0).integer(), 1) << "keys stay in their order";
+    EXPECT_EQ(dictionary.call("Key", 0).integer(), 1) << "keys keep the order of their first use";
     EXPECT_EQ(dictionary.call("Key", 1).text(), "two");
     EXPECT_TRUE(dictionary.call("HasKey", "two").boolean());
     EXPECT_FALSE(dictionary.call("HasKey", "Two").boolean());
@@ -59,7 +59,7 @@ TEST(Dictionary, KeepsValuesUnderKeysOfAnyKind)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Dictionary, RaisesWhatItCannotFind)
+TEST(Dictionary, RaisesExceptionsForMissingKeysAndIndexes)
 {
     Host host;
     const auto dictionary = host.create("Dictionary");
@@ -79,7 +79,7 @@ TEST(Dictionary, RaisesWhatItCannotFind)
     EXPECT_EQ(dictionary.get("Value", 1).integer(), 1);
 }
 
-TEST(Dictionary, MayHoldDictionaries)
+TEST(Dictionary, CanContainDictionaries)
 {
     Host host;
     {

@@ -64,7 +64,7 @@ const struct {
     {"REALFSRefFromFolderItem", 0, never},
 };
 
-TEST(ServiceTable, HoldsEveryNameOnce)
+TEST(ServiceTable, HasEveryNameOnce)
 {
     std::set<std::string> names;
     for (const auto& row : serviceTable()) {
@@ -77,7 +77,7 @@ TEST(ServiceTable, HoldsEveryNameOnce)
     EXPECT_EQ(names, expected);
 }
 
-TEST(ServiceTable, EveryServiceAtEveryVersion)
+TEST(ServiceTable, FindsEachServiceInItsVersions)
 {
     for (double v : {0.0, 2010.5, 2011.5, 2011.99, 2012.0, 2012.99, 2013.0, 2013.02, 2013.03, 2013.04,
                      2015.02, 2015.03, 2015.99, 2016.0, 2023.1}) {
@@ -91,7 +91,7 @@ TEST(ServiceTable, EveryServiceAtEveryVersion)
     }
 }
 
-TEST(ServiceTable, EachNameCanBeWithheldAndGivenBack)
+TEST(ServiceTable, EachNameCanBeWithheldAndProvidedAgain)
 {
     Host host(version(2015.99));
     const auto resolver = Host::resolver();
@@ -112,7 +112,7 @@ TEST(ServiceTable, OnlyNamesOfServicesCanBeWithheld)
 {
     auto options = version(2016.0);
     options.withheld = {"REALLokObject"};
-    EXPECT_THROW(Host{options}, ProgramError) << "a slip would make a test prove nothing";
+    EXPECT_THROW(Host{options}, ProgramError) << "a test with a misspelt name would prove nothing";
     EXPECT_EQ(Host::currentOrNull(), nullptr);
     Host host;
     EXPECT_THROW(host.withhold("REALLokObject"), ProgramError);
@@ -120,14 +120,14 @@ TEST(ServiceTable, OnlyNamesOfServicesCanBeWithheld)
 
 TEST(ServiceTable, UnknownNamesHaveNoService)
 {
-    EXPECT_EQ(Host::resolver()("REALLockObject"), nullptr) << "without a host there is nothing";
+    EXPECT_EQ(Host::resolver()("REALLockObject"), nullptr) << "without a host, no service is found";
     Host host;
     for (const char* name : {"", "REALLockObjec", "reallockobject", "REALLockObject "})
         EXPECT_EQ(Host::resolver()(name), nullptr) << name;
     EXPECT_EQ(Host::resolver()(nullptr), nullptr);
 }
 
-TEST(ServiceTable, VersionIsWhatTheOptionsSay)
+TEST(ServiceTable, VersionServiceReturnsTheVersionOfTheOptions)
 {
     for (double v : {2010.5, 2013.04, 2016.0}) {
         Host host(version(v));
@@ -140,12 +140,12 @@ TEST(ServiceTable, VersionIsWhatTheOptionsSay)
     }
 }
 
-TEST(ServiceLog, HoldsLookupsInOrderAndCalls)
+TEST(ServiceLog, RecordsLookupsInOrderAndCountsCalls)
 {
     Host host;
     const auto resolver = Host::resolver();
     service<void()>("REALYieldToRB")();
-    EXPECT_TRUE(host.serviceLog().lookups.empty()) << "off at first";
+    EXPECT_TRUE(host.serviceLog().lookups.empty()) << "a new host has no log";
 
     host.logServices(true);
     host.withhold("IntegerToVariant");
@@ -166,11 +166,11 @@ TEST(ServiceLog, HoldsLookupsInOrderAndCalls)
     EXPECT_EQ(log.callsOf("REALLockObject"), 0u);
 
     host.logServices(true);
-    EXPECT_TRUE(host.serviceLog().lookups.empty()) << "an empty log again";
+    EXPECT_TRUE(host.serviceLog().lookups.empty()) << "a new log is empty";
     EXPECT_EQ(host.serviceLog().callsOf("REALYieldToRB"), 0u);
 }
 
-TEST(ServiceLog, TwoNamesOfOneFunctionAreCountedApart)
+TEST(ServiceLog, TwoNamesOfOneFunctionAreCountedSeparately)
 {
     Host host;
     host.logServices(true);

@@ -1,11 +1,15 @@
-// Each service's contract, called as the plug-in calls it.
+// The contract of each service, called as the plug-in calls it.
+#include "host/runtime/services/services.h"
 #include "tests/host/runtime/services.h"
+#include "tests/support/temporary_folder.h"
+
+#include <Carbon/Files.h>
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-
-struct FSRef;
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -31,7 +35,7 @@ String built(const void* bytes, HostInteger count)
     return String(Strings::adopt(service<Build>("REALBuildString")(bytes, count)));
 }
 
-TEST(Services, InRuntimeIsAnEightBitBoolean)
+TEST(Services, InRuntimeReturnsAnEightBitBoolean)
 {
     for (bool isBuilt : {true, false}) {
         Options options;
@@ -41,7 +45,7 @@ TEST(Services, InRuntimeIsAnEightBitBoolean)
     }
 }
 
-TEST(Services, ObjectsAreLockedAndUnlocked)
+TEST(Services, LockAndUnlockCountReferencesToObjects)
 {
     Host host;
     const auto lock = service<OnObject>("REALLockObject"), unlock = service<OnObject>("REALUnlockObject");
@@ -61,12 +65,11 @@ TEST(Services, ObjectsAreLockedAndUnlocked)
 
     const auto string = String::of("x");
     lock(reinterpret_cast<REALobjectStruct*>(string.get()));
-    EXPECT_EQ(misuses(),
-              "REALLockObject was given a value of kind string where it takes one of kind object\n");
-    EXPECT_EQ(referenceCount(string.get()), 1u) << "strings have services of their own";
+    EXPECT_EQ(misuses(), "REALLockObject was given a value of kind string, but takes one of kind object\n");
+    EXPECT_EQ(referenceCount(string.get()), 1u) << "strings have their own services";
 }
 
-TEST(Services, TheLastUnlockDestroys)
+TEST(Services, TheLastUnlockDestroysTheObject)
 {
     Host host;
     auto* object = host.create("Dictionary").detach();
@@ -75,24 +78,24 @@ TEST(Services, TheLastUnlockDestroys)
     EXPECT_FALSE(isLive(object));
     EXPECT_EQ(misuses(), "");
     unlock(object);
-    EXPECT_NE(misuses(), "") << "one too many";
+    EXPECT_NE(misuses(), "") << "one unlock too many";
     EXPECT_TRUE(host.leaks().isClean());
 }
 
-TEST(Services, StringsAreBuiltMarkedAndCounted)
+TEST(Services, StringsAreBuiltWithoutEncodingAndCounted)
 {
     Host host(version(2015.99));
     const auto encodingOf = service<std::uint32_t(REALstringStruct*)>("REALGetStringEncoding");
-    const auto mark = service<void(REALstringStruct*, std::uint32_t)>("REALSetStringEncoding");
+    const auto setEncoding = service<void(REALstringStruct*, std::uint32_t)>("REALSetStringEncoding");
     const auto string = built("a\0b", 3);
     EXPECT_EQ(referenceCount(string.get()), 1u);
     EXPECT_EQ(string.bytes(), std::string_view("a\0b", 3));
     EXPECT_EQ(encodingOf(string.get()), std::uint32_t{encodingUnknown});
     EXPECT_EQ(string.get()->encoding, Word{encodingUnknown});
-    mark(string.get(), encodingASCII);
+    setEncoding(string.get(), encodingASCII);
     EXPECT_EQ(encodingOf(string.get()), std::uint32_t{encodingASCII});
-    EXPECT_EQ(string.get()->encoding, Word{encodingASCII}) << "the record says so too";
-    EXPECT_EQ(string.bytes(), std::string_view("a\0b", 3)) << "nothing is converted";
+    EXPECT_EQ(string.get()->encoding, Word{encodingASCII}) << "in the record, too";
+    EXPECT_EQ(string.bytes(), std::string_view("a\0b", 3)) << "the bytes stay";
 
     service<OnString>("REALLockString")(string.get());
     EXPECT_EQ(referenceCount(string.get()), 2u);
@@ -101,7 +104,7 @@ TEST(Services, StringsAreBuiltMarkedAndCounted)
 
     EXPECT_EQ(built(nullptr, 0).bytes(), "");
     EXPECT_EQ(encodingOf(nullptr), std::uint32_t{encodingUnknown});
-    mark(nullptr, encodingASCII);
+    setEncoding(nullptr, encodingASCII);
     service<OnString>("REALLockString")(nullptr);
     service<OnString>("REALUnlockString")(nullptr);
     EXPECT_EQ(misuses(), "");
@@ -110,7 +113,7 @@ TEST(Services, StringsAreBuiltMarkedAndCounted)
     EXPECT_EQ(host.misuses().size(), 2u);
 }
 
-TEST(Services, MarkingDoesNotCureThePoison)
+TEST(Services, SetStringEncodingKeepsThePoison)
 {
     Host host(version(2016.0));
     const auto string = built("a", 1);
@@ -119,7 +122,7 @@ TEST(Services, MarkingDoesNotCureThePoison)
     EXPECT_EQ(string.encoding(), std::uint32_t{encodingASCII});
 }
 
-TEST(Services, StringsAreBuiltWithTheirEncoding)
+TEST(Services, StringsAreBuiltWithAnEncoding)
 {
     Host host;
     const auto build = service<BuildEncoded>("REALBuildStringWithEncoding");
@@ -140,23 +143,23 @@ TEST(Services, StringsAreConverted)
     EXPECT_EQ(referenceCount(roman.get()), 1u);
 
     const String same(Strings::adopt(convert(roman.get(), encodingMacRoman)));
-    EXPECT_EQ(same.get(), roman.get()) << "the string itself, with a reference of its own";
+    EXPECT_EQ(same.get(), roman.get()) << "the same string, with one more reference";
     EXPECT_EQ(referenceCount(roman.get()), 2u);
 
     EXPECT_EQ(convert(nullptr, encodingUTF8), nullptr);
     EXPECT_EQ(convert(roman.get(), 0x0201), nullptr);
     EXPECT_EQ(convert(String::ofBytes("\x8E", encodingUnknown).get(), encodingUTF8), nullptr);
     const String ascii(Strings::adopt(convert(String::ofBytes("a", encodingUnknown).get(), encodingUTF16)));
-    EXPECT_EQ(ascii.bytes(), std::string_view("a\0", 2)) << "plain ASCII is known to everyone";
+    EXPECT_EQ(ascii.bytes(), std::string_view("a\0", 2)) << "plain ASCII needs no known encoding";
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Services, BytesAndLengthOfAString)
+TEST(Services, BytesAndLengthOfAStringAreAvailable)
 {
     Host host;
     const auto string = String::ofBytes(std::string_view("a\0b", 3), encodingUTF8);
     const char* bytes = service<const char*(REALstringStruct*)>("StringGetCString")(string.get());
-    EXPECT_EQ(std::memcmp(bytes, "a\0b\0", 4), 0) << "with a zero behind";
+    EXPECT_EQ(std::memcmp(bytes, "a\0b\0", 4), 0) << "a zero byte follows the text";
     EXPECT_EQ(service<const char*(REALstringStruct*)>("StringGetCString")(nullptr), nullptr);
 
     const auto load = service<Load>("REALLoadGlobalMethod");
@@ -170,11 +173,11 @@ TEST(Services, BytesAndLengthOfAString)
     EXPECT_EQ(misuses(), "");
     EXPECT_EQ(load(string.get(), "LenB( s as string ) as integer"), nullptr);
     EXPECT_EQ(load(nullptr, nullptr), nullptr);
-    EXPECT_EQ(load(nullptr, "LenB("), nullptr) << "nothing is thrown";
+    EXPECT_EQ(load(nullptr, "LenB("), nullptr) << "the exception becomes a misuse";
     EXPECT_EQ(host.misuses().size(), 3u);
 }
 
-TEST(Services, StringDataIsLentAndDisposed)
+TEST(Services, StringDataLivesUntilItIsDisposed)
 {
     Host host;
     const auto get = service<GetData>("PluginGetStringData");
@@ -189,13 +192,13 @@ TEST(Services, StringDataIsLentAndDisposed)
     dispose(&data);
     EXPECT_EQ(data.bytes, nullptr);
     EXPECT_EQ(host.leaks().count(Kind::stringData), 0u);
-    EXPECT_EQ(host.leaks().count(Kind::string), 1u) << "the converted one is gone";
+    EXPECT_EQ(host.leaks().count(Kind::string), 1u) << "the converted string is destroyed";
 
     REALstringData own;
     ASSERT_TRUE(get(string.get(), encodingMacRoman, &own));
     string = String();
     EXPECT_EQ(std::string_view(own.bytes, static_cast<std::size_t>(own.length)), "\x8E!")
-        << "kept alive by the loan";
+        << "the string data keeps the string alive";
     dispose(&own);
     EXPECT_TRUE(host.leaks().isClean());
 
@@ -204,7 +207,7 @@ TEST(Services, StringDataIsLentAndDisposed)
     EXPECT_EQ(data.bytes, nullptr);
     EXPECT_EQ(data.length, 0);
     EXPECT_FALSE(get(String::of("x").get(), 0x0201, &data));
-    dispose(&data); // never filled: nothing to give back
+    dispose(&data); // a record without data
     EXPECT_EQ(misuses(), "");
     EXPECT_FALSE(get(String::of("x").get(), encodingUTF8, nullptr));
     dispose(nullptr);
@@ -233,7 +236,7 @@ TEST(Services, StringDataLeaksAreReported)
     EXPECT_EQ(host.leaks().text(), "1 string\n1 string data\n");
 }
 
-TEST(Services, MemoryBlocks)
+TEST(Services, MemoryBlocksAreMadeAndRead)
 {
     Host host;
     const auto make = service<REALmemoryBlockStruct*(HostInteger)>("newMemoryBlock");
@@ -256,7 +259,7 @@ TEST(Services, MemoryBlocks)
     EXPECT_EQ(host.misuses().size(), 1u);
 }
 
-TEST(Services, IntegerArrays)
+TEST(Services, IntegerArraysAreMadeFilledAndRead)
 {
     for (double v : {2012.5, 2013.0, 2016.0}) {
         SCOPED_TRACE(v);
@@ -301,7 +304,7 @@ TEST(Services, IntegerArrays)
     }
 }
 
-TEST(Services, GettersOfSinglesAndDoubles)
+TEST(Services, GettersReadSinglesAndDoubles)
 {
     using Give = AnyFunction(REALarrayStruct*);
     for (double v : {2012.5, 2016.0}) {
@@ -321,14 +324,15 @@ TEST(Services, GettersOfSinglesAndDoubles)
     }
     Host host;
     EXPECT_EQ(service<Give>("PluginSingleArrayGetProc")(Array::of(std::vector<double>{1}).get()), nullptr);
-    EXPECT_EQ(misuses(), "PluginSingleArrayGetProc was asked for an array of Double\n");
+    EXPECT_EQ(misuses(), "PluginSingleArrayGetProc was given an array of Double\n");
 }
 
-TEST(Services, ElementCodesOfThisHost)
+TEST(Services, ElementCodesDecideTheElementType)
 {
     Host host;
     const auto make =
         service<REALarrayStruct*(HostInteger, HostInteger)>("RuntimeArrayCreateSingleDimBoundedArray");
+    using namespace host::services;
     const std::pair<ElementCode, Base> facts[] = {
         {elementInteger, Base::integer}, {elementSingle, Base::single}, {elementDouble, Base::float64},
         {elementString, Base::string},   {elementObject, Base::object}, {elementVariant, Base::variant},
@@ -342,7 +346,7 @@ TEST(Services, ElementCodesOfThisHost)
     }
 }
 
-TEST(Services, Variants)
+TEST(Services, VariantsContainStringsAndIntegers)
 {
     Host host;
     const auto text = String::of("x");
@@ -364,7 +368,7 @@ TEST(Services, Variants)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Services, NewInstances)
+TEST(Services, NewInstancesAreMadeByClassName)
 {
     Host host;
     const auto make = service<REALobjectStruct*(const char*)>("PluginNewInstance");
@@ -380,7 +384,7 @@ TEST(Services, NewInstances)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Services, PropertiesOfExceptions)
+TEST(Services, PropertiesOfExceptionsAreSet)
 {
     Host host;
     const auto exception = host.create("OutOfBoundsException");
@@ -405,7 +409,7 @@ TEST(Services, PropertiesOfExceptions)
     EXPECT_EQ(host.misuses().size(), 4u);
 }
 
-TEST(Services, RaisedExceptionsWaitForTheirCaller)
+TEST(Services, RaisedExceptionsWaitForTheProgram)
 {
     Host host;
     const auto raise = service<OnObject>("RuntimeRaiseException");
@@ -419,16 +423,16 @@ TEST(Services, RaisedExceptionsWaitForTheirCaller)
     EXPECT_EQ(taken->message(), "file is nil");
     EXPECT_EQ(taken->errorNumber(), 0);
     EXPECT_STREQ(taken->what(), "NilObjectException: file is nil");
-    EXPECT_FALSE(host.takeException()) << "taken is taken";
+    EXPECT_FALSE(host.takeException()) << "taking clears the exception";
     EXPECT_EQ(referenceCount(exception.get()), 1u);
     EXPECT_EQ(misuses(), "");
     raise(nullptr);
     EXPECT_EQ(host.misuses().size(), 1u);
     raise(host.create("Dictionary").get());
-    EXPECT_EQ(host.misuses().size(), 2u) << "no exception";
+    EXPECT_EQ(host.misuses().size(), 2u) << "a dictionary is not an exception";
 }
 
-TEST(Services, MethodsOfADictionary)
+TEST(Services, MethodsOfADictionaryAreLoadedByDeclaration)
 {
     Host host;
     const auto load = service<LoadMethod>("REALLoadObjectMethod");
@@ -462,7 +466,7 @@ TEST(Services, MethodsOfADictionary)
     EXPECT_EQ(misuses(), "");
 }
 
-TEST(Services, YieldRunsThePrograms)
+TEST(Services, YieldRunsTheWorkOfTheProgram)
 {
     Host host;
     const auto yield = service<void()>("REALYieldToRB");
@@ -473,59 +477,52 @@ TEST(Services, YieldRunsThePrograms)
     yield();
     EXPECT_EQ(count, 2);
     host.onYield([] { throw std::runtime_error("from the program"); });
-    yield(); // nothing is thrown through the plug-in
+    yield(); // the exception does not pass through the plug-in
     EXPECT_THROW(host.rethrow(), std::runtime_error);
     host.rethrow();
 }
 
-// ---- folder items: a platform of the test's own, that knows two paths ----
+// ---- folder items ----
 
-std::int32_t knownPaths(const unsigned char* path, void* reference, unsigned char*)
+std::string pathOf(const FSRef& reference)
 {
-    const std::string text(reinterpret_cast<const char*>(path));
-    if (text != "/music" && text != "/music/caf\xC3\xA9.wav") return -43;
-    std::memset(reference, text == "/music" ? 1 : 2, 80);
-    return 0;
+    UInt8 path[4096] = {};
+    EXPECT_EQ(FSRefMakePath(&reference, path, sizeof path), 0);
+    return reinterpret_cast<const char*>(path);
 }
 
-struct Name {
-    std::uint16_t length;
-    char16_t units[255];
-};
-
-TEST(Services, ReferencesOfFolderItems)
+TEST(Services, FolderItemsBecomeReferencesOfThePlatform)
 {
     Host host;
+    const support::TemporaryFolder folder;
+    const std::string folderPath = std::filesystem::canonical(folder.path());
+    std::ofstream(folder / "caf\xC3\xA9.wav") << "x";
     const auto refer = service<std::uint8_t(REALfolderItemStruct*, FSRef*, void*)>("REALFSRefFromFolderItem");
-    unsigned char bytes[80] = {};
-    auto* reference = reinterpret_cast<FSRef*>(bytes);
-    const auto item = FolderItem::at("/music/caf\xC3\xA9.wav");
-    EXPECT_FALSE(refer(item.get(), reference, nullptr)) << "without a platform";
-    setPathToReference(knownPaths);
-    EXPECT_TRUE(refer(item.get(), reference, nullptr));
-    EXPECT_EQ(bytes[79], 2);
+    FSRef reference = {};
+    const auto item = FolderItem::at(folder / "caf\xC3\xA9.wav");
+    EXPECT_TRUE(refer(item.get(), &reference, nullptr));
+    EXPECT_EQ(pathOf(reference), folderPath + "/caf\xC3\xA9.wav");
 
-    Name name;
+    HFSUniStr255 name;
     std::memset(&name, 0x55, sizeof name);
-    EXPECT_TRUE(refer(item.get(), reference, &name));
-    EXPECT_EQ(bytes[0], 1) << "the folder that holds it";
-    EXPECT_EQ(std::u16string(name.units, name.length), u"caf\u00E9.wav");
-    EXPECT_EQ(name.units[254], 0) << "zeros behind the name";
+    EXPECT_TRUE(refer(item.get(), &reference, &name));
+    EXPECT_EQ(pathOf(reference), folderPath) << "with a name, the reference is the parent folder's";
+    EXPECT_EQ(std::u16string(name.unicode, name.unicode + name.length), u"caf\u00E9.wav");
+    EXPECT_EQ(name.unicode[254], 0) << "zeros after the name";
 
-    const auto missing = FolderItem::at("/music/new.wav");
-    EXPECT_FALSE(refer(missing.get(), reference, nullptr));
-    EXPECT_TRUE(refer(missing.get(), reference, &name)) << "the folder is there";
-    const auto longest = FolderItem::at("/music/" + std::string(255, 'x'));
-    EXPECT_TRUE(refer(longest.get(), reference, &name));
+    const auto missing = FolderItem::at(folder / "new.wav");
+    EXPECT_FALSE(refer(missing.get(), &reference, nullptr));
+    EXPECT_TRUE(refer(missing.get(), &reference, &name)) << "the parent folder exists";
+    const auto longest = FolderItem::at(folder / std::string(255, 'x'));
+    EXPECT_TRUE(refer(longest.get(), &reference, &name));
     EXPECT_EQ(name.length, 255);
-    EXPECT_FALSE(refer(FolderItem::at("/music/" + std::string(256, 'x')).get(), reference, &name));
-    EXPECT_FALSE(refer(FolderItem::at("/other/x").get(), reference, &name));
-    EXPECT_FALSE(refer(FolderItem::at("/").get(), reference, &name)) << "it has no name";
-    EXPECT_FALSE(refer(nullptr, reference, nullptr));
+    EXPECT_FALSE(refer(FolderItem::at(folder / std::string(256, 'x')).get(), &reference, &name));
+    EXPECT_FALSE(refer(FolderItem::at(folder / "other/x").get(), &reference, &name));
+    EXPECT_FALSE(refer(FolderItem::at("/").get(), &reference, &name)) << "the root folder has no name";
+    EXPECT_FALSE(refer(nullptr, &reference, nullptr));
     EXPECT_EQ(misuses(), "");
     EXPECT_FALSE(refer(item.get(), nullptr, nullptr));
     EXPECT_EQ(host.misuses().size(), 1u);
-    setPathToReference(nullptr);
 }
 
 } // namespace

@@ -17,7 +17,7 @@ REALevent probeEvents[] = {
 
 AnyFunction handlerOf(std::size_t index, REALobjectStruct* object)
 {
-    // In the oldest layout the host was given short copies of the rows, and wrote there.
+    // In layout 9, the host received short copies of the rows, and wrote the keys there.
     const auto* older = static_cast<const REALevent9*>(probeClass.events);
     const Word use = layout == oldestLayout ? older[index].systemUse : probeEvents[index].systemUse;
     return service<AnyFunction(REALobjectStruct*, Word)>("GetEventInstance")(object, use);
@@ -38,7 +38,7 @@ std::uint8_t fire(REALobjectStruct* object)
     auto* handler = handlerOf(0, object);
     if (!handler) return false;
     reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
-    probe(object).uint8 = 1; // a method may use its object after the event
+    probe(object).uint8 = 1; // a method can use its object after the event
     lifeLog += "fired ";
     return true;
 }

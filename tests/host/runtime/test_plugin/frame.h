@@ -1,4 +1,4 @@
-// What the test plug-in asks of its host: services by name, text, exceptions.
+// Access of the test plug-in to its host: services by name, text, exceptions.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -13,7 +13,7 @@ namespace probing {
 inline REALResolver resolver = nullptr;
 inline double hostVersion = 0.0;
 inline std::int32_t layout = oldestLayout;
-inline std::string lifeLog; ///< what constructors and destructors ran, in order
+inline std::string lifeLog; ///< names of the constructors and destructors that ran, in order
 
 template <class Signature>
 Signature* service(const char* name)
@@ -35,7 +35,7 @@ inline REALstringStruct* newText(const std::string& text)
     return string;
 }
 
-/// The bytes through the record, or through the services where there are such.
+/// The bytes of a string: through its record before version 2016.0, through services from 2016.0.
 inline std::string textOf(REALstringStruct* string)
 {
     if (!string) return "(nil)";

@@ -1,4 +1,5 @@
-// Methods: every type there and back, variables, arrays, overloads, exceptions, misdeeds, indexed properties.
+// Methods of the class Probe: values of every type, variables, arrays, overloads, exceptions, errors of a
+// plug-in, indexed properties.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 #include <cstdio>
@@ -54,7 +55,7 @@ REALstringStruct* defaults(REALobjectStruct* object, HostInteger a, std::uint8_t
     return newText(text);
 }
 
-// ---- variables lent by reference ----
+// ---- variables by reference ----
 
 template <class T>
 void addOne(REALobjectStruct*, T* variable)
@@ -145,7 +146,7 @@ HostInteger which2(REALobjectStruct*, T, U)
     return number;
 }
 
-// ---- exceptions, and what a bad plug-in does ----
+// ---- exceptions, and the errors of a faulty plug-in ----
 
 REALstringStruct* fail(REALobjectStruct*, REALstringStruct* className, REALstringStruct* message,
                        HostInteger number)

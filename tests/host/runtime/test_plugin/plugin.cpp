@@ -1,6 +1,6 @@
-// A small plug-in for the runtime's tests: every kind of row, every type, in whichever layout the host reads.
-// It uses the shared records only, as a stranger's plug-in would. Here: lives of objects, the classes, the
-// layouts, the entry.
+// A small plug-in for tests, with every kind of row and type, in each class layout. Like any plug-in, it
+// shares only abi/ with the host. This file has the constructors and destructors, the classes and the entry
+// point.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 #include "abi/accessor_sentinels.h"
@@ -56,7 +56,7 @@ REALclassDefinition probeClass = [] {
 
 namespace {
 
-// ---- a class that descends from it ----
+// ---- a subclass of Probe ----
 
 void constructChild(REALobjectStruct* object)
 {
@@ -83,7 +83,7 @@ REALmethod childMethods[] = {
     {any(echoNegative), nullptr, "EchoNegative(v as integer) as integer", 0, {}},
 };
 
-// ---- a class whose life begins and ends in methods ----
+// ---- a class with the methods "Constructor" and "Destructor" ----
 
 void makeFromNumbers(REALobjectStruct* object, std::uint32_t a, std::uint32_t b)
 {
@@ -99,7 +99,7 @@ void makeFromText(REALobjectStruct* object, REALstringStruct* text)
 }
 void unmake(REALobjectStruct* object)
 {
-    lockObject(object); // a destructor may use its object
+    lockObject(object); // a destructor can use its object
     unlockObject(object);
     lifeLog += "-Made ";
 }
@@ -152,7 +152,8 @@ REALclassDefinition madeClass = [] {
 
 // ---- the layouts ----
 
-/// The first words of each row, as the oldest layout has them. The host keeps the copy for good.
+/// Copy the first words of each row, in the form of layout 9. The host uses the copies for the life of the
+/// process.
 template <class Row9, class Row>
 void shorten(void*& array, Word count)
 {

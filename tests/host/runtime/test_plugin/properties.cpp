@@ -1,4 +1,4 @@
-// Properties: fields of every type, functions of some, and shared ones.
+// Properties of the class Probe: fields of every type, properties with functions, and shared properties.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 #include "abi/accessor_sentinels.h"

@@ -1,4 +1,5 @@
-#include "host/runtime/host.h"
+// Strings, memory blocks, arrays, values, references and the leak report.
+#include "tests/host/runtime/services.h"
 
 #include <gtest/gtest.h>
 
@@ -9,21 +10,14 @@
 namespace {
 
 using namespace host;
+using test::version;
 
-Options version(double v)
-{
-    Options options;
-    options.version = v;
-    return options;
-}
-
-TEST(String, RecordHasTheDocumentedShape)
+TEST(String, RecordNamesBufferLengthAndEncoding)
 {
     Host host(version(2015.99));
     const auto string = String::of("abc");
     const auto* record = string.get();
-    EXPECT_EQ(std::memcmp(record->buffer + 1, "abc\0\0\0\0\0", 8), 0)
-        << "terminator and four zeros behind it";
+    EXPECT_EQ(std::memcmp(record->buffer + 1, "abc\0\0\0\0\0", 8), 0) << "the terminator, then four zeros";
     EXPECT_EQ(record->length, 3);
     EXPECT_EQ(record->encoding, Word{encodingUTF8});
     const auto* words = reinterpret_cast<const Word*>(record);
@@ -37,17 +31,17 @@ TEST(String, RecordHasTheDocumentedShape)
     EXPECT_EQ(std::memcmp(empty.get()->buffer + 1, "\0\0\0\0\0", 5), 0);
 }
 
-TEST(String, RecordIsPoisonFrom2016)
+TEST(String, RecordHasPoisonFromVersion2016)
 {
     Host host(version(2016.0));
     const auto string = String::of("abc");
     EXPECT_EQ(string.get()->length, -1);
     EXPECT_NE(string.get()->buffer + 1, string.bytes().data());
     EXPECT_NE(string.get()->encoding, Word{encodingUTF8});
-    EXPECT_EQ(string.bytes(), "abc") << "services still reach it";
+    EXPECT_EQ(string.bytes(), "abc") << "the services still reach the bytes";
 }
 
-TEST(String, RecordIsRealWithoutTheVersionService)
+TEST(String, RecordIsReadableWithoutTheVersionService)
 {
     auto options = version(2016.0);
     options.withheld.insert("REALGetRBVersion");
@@ -56,17 +50,17 @@ TEST(String, RecordIsRealWithoutTheVersionService)
     EXPECT_EQ(String::of("abc").get()->length, 3);
 }
 
-TEST(String, TextOfUnknownEncodingIsGuessed)
+TEST(String, TextOfUnknownEncodingIsUTF8OrMacRoman)
 {
     Host host;
     EXPECT_EQ(String::ofBytes("\xC3\xA9", encodingUnknown).text(), "\xC3\xA9") << "well-formed UTF-8";
-    EXPECT_EQ(String::ofBytes("\x8E", encodingUnknown).text(), "\xC3\xA9") << "else Mac Roman";
+    EXPECT_EQ(String::ofBytes("\x8E", encodingUnknown).text(), "\xC3\xA9") << "not UTF-8, so Mac Roman";
     EXPECT_EQ(String::ofBytes("\xE9", encodingWindowsLatin1).text(), "\xC3\xA9");
     EXPECT_EQ(String().text(), "");
     EXPECT_EQ(String().encoding(), std::uint32_t{encodingUnknown});
 }
 
-TEST(MemoryBlock, SizesAndContents)
+TEST(MemoryBlock, HasItsSizeAndZeros)
 {
     Host host;
     const auto block = MemoryBlock::ofSize(5);
@@ -76,7 +70,7 @@ TEST(MemoryBlock, SizesAndContents)
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(MemoryBlock::ofSize(64).data()) % 16, 0u);
 
     const auto empty = MemoryBlock::ofSize(0);
-    ASSERT_TRUE(empty) << "a block of no bytes is a block";
+    ASSERT_TRUE(empty) << "a size of 0 is allowed";
     EXPECT_EQ(empty.data(), nullptr);
     EXPECT_EQ(empty.size(), 0u);
 
@@ -86,8 +80,8 @@ TEST(MemoryBlock, SizesAndContents)
     EXPECT_EQ(MemoryBlock::copyOf(std::vector<float>{1, 2}).as<float>()[1], 2.0f);
 }
 
-// On 32 bits the size in bytes of each of these wraps to one that is there.
-TEST(Array, TooLargeForMemoryIsRefused)
+// The size in bytes of each count overflows 32 bits to a size that could be allocated.
+TEST(Array, OfTooManyElementsIsRefused)
 {
     Host host(version(2015.0));
     constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
@@ -105,7 +99,8 @@ TEST(Array, GrowsAndShrinks)
     array.remove(1);
     array.put(1, -1);
     EXPECT_EQ(array.numbers(), (std::vector<double>{5, -1, 30}));
-    EXPECT_EQ(static_cast<HostInteger*>(array.get()->elements)[2], 30) << "the eighth word is the storage";
+    EXPECT_EQ(static_cast<HostInteger*>(array.get()->elements)[2], 30)
+        << "the eighth word is the address of the elements";
     EXPECT_EQ(reinterpret_cast<Word*>(array.get())[7], reinterpret_cast<Word>(array.get()->elements));
 
     EXPECT_EQ(Array::ofType(Base::single).upperBound(), -1);
@@ -120,7 +115,7 @@ TEST(Array, GrowsAndShrinks)
     EXPECT_THROW(Array().at(0), ProgramError);
 }
 
-TEST(Array, StorageIsHiddenOrPoison)
+TEST(Array, RecordHasNullOrPoisonForHiddenElements)
 {
     {
         auto options = version(2015.0);
@@ -164,20 +159,7 @@ TEST(Array, OwnsItsElements)
     EXPECT_TRUE(mixed.at(2).isNil());
 }
 
-TEST(FolderItem, Paths)
-{
-    Host host;
-    const auto item = FolderItem::at("/a/b/../c.wav");
-    EXPECT_EQ(item.path(), "/a/c.wav");
-    EXPECT_EQ(item.name(), "c.wav");
-    EXPECT_EQ(item.parent(), "/a");
-    EXPECT_EQ(FolderItem::at("/a/b/").path(), "/a/b");
-    EXPECT_EQ(FolderItem::at("/").path(), "/");
-    EXPECT_EQ(FolderItem::at("x").path()[0], '/') << "made absolute";
-    EXPECT_EQ(FolderItem().path(), "");
-}
-
-TEST(Value, KindsAndConversions)
+TEST(Value, KnowsItsKindAndConvertsNumbers)
 {
     Host host;
     EXPECT_TRUE(Value().isNil());
@@ -210,7 +192,7 @@ TEST(Value, KindsAndConversions)
     EXPECT_FALSE(Value().object());
 }
 
-TEST(Value, DescribedAndPrinted)
+TEST(Value, IsDescribedAndPrinted)
 {
     Host host;
     const struct {
@@ -236,7 +218,7 @@ TEST(Value, DescribedAndPrinted)
     }
 }
 
-TEST(Value, SameAsKeys)
+TEST(Value, ComparesAsADictionaryKey)
 {
     Host host;
     const auto block = MemoryBlock::ofSize(1);
@@ -266,7 +248,7 @@ TEST(Value, SameAsKeys)
     }
 }
 
-TEST(References, AreCounted)
+TEST(Reference, IsCounted)
 {
     Host host;
     auto block = MemoryBlock::ofSize(1);
@@ -289,7 +271,7 @@ TEST(References, AreCounted)
     EXPECT_TRUE(host.misuses().empty());
 }
 
-TEST(References, DeadAddressesAreMisuse)
+TEST(Reference, ToADeadAddressIsMisuse)
 {
     Host host;
     int something = 0;
@@ -305,7 +287,7 @@ TEST(References, DeadAddressesAreMisuse)
     EXPECT_TRUE(host.misuses().empty());
 }
 
-TEST(LeakReport, CountsByKindAndIsSilentWhenClean)
+TEST(LeakReport, CountsByKindAndClass)
 {
     Host host;
     EXPECT_TRUE(host.leaks().isClean());
@@ -330,7 +312,7 @@ TEST(LeakReport, CountsByKindAndIsSilentWhenClean)
     EXPECT_TRUE(host.leaks().isClean());
 }
 
-TEST(Host, ThereIsOneAtATime)
+TEST(Host, IsTheOnlyOne)
 {
     EXPECT_EQ(Host::currentOrNull(), nullptr);
     EXPECT_THROW(Host::current(), ProgramError);
@@ -342,7 +324,7 @@ TEST(Host, ThereIsOneAtATime)
         EXPECT_THROW(Host(), ProgramError);
         EXPECT_EQ(&Host::current(), &host);
         outliving = MemoryBlock::ofSize(1);
-        MemoryBlock::ofSize(1).detach(); // a leak: freed with the host
+        MemoryBlock::ofSize(1).detach(); // a leak, which the host frees at its end
         EXPECT_EQ(host.leaks().count(Kind::memoryBlock), 2u);
     }
     EXPECT_EQ(Host::currentOrNull(), nullptr);

@@ -1,4 +1,4 @@
-// Calls by declaration, into a real library.
+// Calls by declaration into the test plug-in.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ using namespace host;
 using test::misuses;
 using test::thrownBy;
 
-class Caller : public test::WithPlugin {};
+class DynamicCall : public test::WithPlugin {};
 
 template <class T>
 T fromBits(std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t> bits)
@@ -23,12 +23,12 @@ T fromBits(std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t> bits
     return value;
 }
 
-TEST_F(Caller, WholeNumbersOfEveryWidth)
+TEST_F(DynamicCall, PassesIntegersOfEveryWidth)
 {
     const struct {
         const char* method;
         Value given;
-        std::int64_t answer; // of UInt64: the bits
+        std::int64_t result; // for UInt64, the bits of the result
     } facts[] = {
         {"EchoInt8", -128, -128},
         {"EchoInt8", 127, 127},
@@ -59,13 +59,13 @@ TEST_F(Caller, WholeNumbersOfEveryWidth)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.method << " of " << fact.given.print());
-        EXPECT_EQ(probe.call(fact.method, fact.given).integer(), fact.answer);
+        EXPECT_EQ(probe.call(fact.method, fact.given).integer(), fact.result);
     }
     EXPECT_EQ(probe.call("EchoUInt64", 0xFEDCBA9876543210u).unsigned64(), 0xFEDCBA9876543210u);
     EXPECT_EQ(probe.call("EchoUInt32", -1).print(), "4294967295");
 }
 
-TEST_F(Caller, WholeNumbersThatDoNotFit)
+TEST_F(DynamicCall, RefusesIntegersThatDoNotFit)
 {
     const struct {
         const char* method;
@@ -87,14 +87,14 @@ TEST_F(Caller, WholeNumbersThatDoNotFit)
     }
 }
 
-TEST_F(Caller, BooleansAreEightBitsWide)
+TEST_F(DynamicCall, PassesBooleansAsEightBits)
 {
     EXPECT_TRUE(probe.call("EchoBoolean", true).boolean());
     EXPECT_FALSE(probe.call("EchoBoolean", false).boolean());
     EXPECT_THROW(probe.call("EchoBoolean", 1), ProgramError);
 }
 
-TEST_F(Caller, SinglesAndDoublesKeepTheirBits)
+TEST_F(DynamicCall, KeepsTheBitsOfSinglesAndDoubles)
 {
     for (std::uint32_t bits : {0x00000000u, 0x80000000u, 0x3F800000u, 0x00000001u, 0x7F7FFFFFu, 0x7F800000u,
                                0xFF800000u, 0x7FC00001u, 0xC2F6E979u}) {
@@ -116,9 +116,9 @@ TEST_F(Caller, SinglesAndDoublesKeepTheirBits)
     EXPECT_EQ(probe.call("EchoDouble", 3).number(), 3.0);
 }
 
-TEST_F(Caller, SignallingNumbersReachTheLibrary)
+TEST_F(DynamicCall, KeepsASignallingNaNInAnArgument)
 {
-    // A result would lose the signal in the processor's own registers; an argument must not.
+    // Only an argument is checked, because a result may lose the signalling bit in a floating-point register.
     const float single = fromBits<float>(0x7FA00001u);
     Value value;
     static_assert(sizeof single == 4);
@@ -127,7 +127,7 @@ TEST_F(Caller, SignallingNumbersReachTheLibrary)
     EXPECT_TRUE(bits == 0x7FA00001u || bits == 0x7FE00001u) << std::hex << bits;
 }
 
-TEST_F(Caller, ReferencesOfEveryKind)
+TEST_F(DynamicCall, PassesReferencesOfEveryKind)
 {
     const Value all[] = {"caf\xC3\xA9", host.create("Dictionary"), MemoryBlock::ofSize(3),
                          FolderItem::at("/a"), Array::of(std::vector<std::string>{"x"})};
@@ -136,10 +136,9 @@ TEST_F(Caller, ReferencesOfEveryKind)
         SCOPED_TRACE(methods[i]);
         const void* address = all[i].reference().get();
         {
-            const auto answer = probe.call(methods[i], all[i]);
-            EXPECT_EQ(answer.reference().get(), address);
-            EXPECT_EQ(referenceCount(address), 2u)
-                << "a result comes with one reference, an argument is lent";
+            const auto result = probe.call(methods[i], all[i]);
+            EXPECT_EQ(result.reference().get(), address);
+            EXPECT_EQ(referenceCount(address), 2u) << "the result has one reference, the argument none";
         }
         EXPECT_EQ(referenceCount(address), 1u);
         EXPECT_TRUE(probe.call(methods[i], nullptr).isNil());
@@ -153,13 +152,13 @@ TEST_F(Caller, ReferencesOfEveryKind)
     EXPECT_EQ(probe.call("EchoString", "").text(), "");
 }
 
-TEST_F(Caller, ObjectsOfClasses)
+TEST_F(DynamicCall, ChecksTheClassOfAnObject)
 {
     const auto dictionary = host.create("Dictionary");
     EXPECT_EQ(probe.call("EchoObject", dictionary).object().get(), dictionary.get());
     EXPECT_EQ(probe.call("EchoObject", host.create("ProbeChild")).object().classInfo().name, "ProbeChild");
     EXPECT_EQ(probe.call("EchoObject", MemoryBlock::ofSize(2)).memoryBlock().size(), 2u)
-        << "blocks are objects too";
+        << "a memory block is an object, too";
     EXPECT_NE(thrownBy<ProgramError>([&] { probe.call("EchoDictionary", probe); })
                   .find("parameter v of Probe.EchoDictionary is a Dictionary, but was given an object of "
                         "class Probe"),
@@ -167,7 +166,7 @@ TEST_F(Caller, ObjectsOfClasses)
     EXPECT_THROW(probe.call("EchoObject", "text"), ProgramError);
 }
 
-TEST_F(Caller, VariantsHoldAnything)
+TEST_F(DynamicCall, PassesAnyValueInAVariant)
 {
     const auto block = MemoryBlock::ofSize(1);
     EXPECT_EQ(probe.call("EchoVariant", 5).integer(), 5);
@@ -179,7 +178,7 @@ TEST_F(Caller, VariantsHoldAnything)
     EXPECT_EQ(host.leaks().count(Kind::variant), 0u);
 }
 
-TEST_F(Caller, Pointers)
+TEST_F(DynamicCall, PassesPointersAndAddressesOfBlocks)
 {
     const auto block = MemoryBlock::ofSize(16);
     EXPECT_EQ(probe.call("EchoPtr", block).unsigned64(), reinterpret_cast<std::uintptr_t>(block.data()));
@@ -188,13 +187,13 @@ TEST_F(Caller, Pointers)
     EXPECT_THROW(probe.call("EchoPtr", "text"), ProgramError);
 }
 
-TEST_F(Caller, ManyTypesInOneCall)
+TEST_F(DynamicCall, PassesManyTypesInOneCall)
 {
     EXPECT_EQ(probe.call("Mixed", true, 0.1, -0x123456789AB, 0.5f, -7, "text", 65535, -1).text(),
               "1 0.10000000000000001 -1250999896491 0.5 -7 text 65535 -1");
 }
 
-TEST_F(Caller, DefaultsStandIn)
+TEST_F(DynamicCall, ReplacesMissingArgumentsByDefaults)
 {
     EXPECT_EQ(probe.call("Defaults").text(), "-3 1 1.5 d nil ffffffffff");
     EXPECT_EQ(probe.call("Defaults", 1).text(), "1 1 1.5 d nil ffffffffff");
@@ -203,7 +202,7 @@ TEST_F(Caller, DefaultsStandIn)
               "1 0 2 (nil) block 10");
 }
 
-TEST_F(Caller, VariablesAreLentByReference)
+TEST_F(DynamicCall, PassesVariablesByReference)
 {
     const struct {
         const char* method;
@@ -227,18 +226,18 @@ TEST_F(Caller, VariablesAreLentByReference)
     Value block = kept;
     probe.call("Forget", byref(block));
     EXPECT_TRUE(block.isNil());
-    EXPECT_EQ(referenceCount(kept.get()), 1u) << "the callee dropped the variable's reference";
+    EXPECT_EQ(referenceCount(kept.get()), 1u) << "the method dropped the variable's reference";
 
     Value size, writeable;
     probe.call("GetInfo", 7, byref(size), byref(writeable));
     EXPECT_EQ(size.integer(), 70);
     EXPECT_TRUE(writeable.boolean());
     EXPECT_THROW(probe.call("GetInfo", -1, byref(size), byref(writeable)), HostException);
-    EXPECT_EQ(size.integer(), -10) << "what was written stays written";
+    EXPECT_EQ(size.integer(), -10) << "the variable keeps the new value";
     EXPECT_FALSE(writeable.boolean());
 }
 
-TEST_F(Caller, VariablesAndValuesAreNotMixedUp)
+TEST_F(DynamicCall, RefusesAValueForAVariableAndAVariableForAValue)
 {
     Value variable = 1;
     EXPECT_NE(thrownBy<ProgramError>([&] {
@@ -254,12 +253,12 @@ TEST_F(Caller, VariablesAndValuesAreNotMixedUp)
     EXPECT_EQ(variable.text(), "text") << "a refused call changes nothing";
 }
 
-TEST_F(Caller, ArraysGoInAndOut)
+TEST_F(DynamicCall, PassesAndReturnsArrays)
 {
     EXPECT_EQ(probe.call("Sum", Array::of(std::vector<HostInteger>{1, 2, -10})).number(), -7);
     EXPECT_EQ(probe.call("Sum", Array::of(std::vector<float>{0.5f, 0.25f})).number(), 1000.75);
     EXPECT_EQ(probe.call("Sum", Array::of(std::vector<double>{})).number(), 2000);
-    EXPECT_EQ(probe.call("Sum", nullptr).number(), -1) << "of equals, the first declared";
+    EXPECT_EQ(probe.call("Sum", nullptr).number(), -1) << "the first declaration of equal cost";
     EXPECT_THROW(probe.call("Sum", Array::of(std::vector<std::string>{"x"})), ProgramError);
     EXPECT_THROW(probe.call("Sum", 5), ProgramError);
 
@@ -268,7 +267,7 @@ TEST_F(Caller, ArraysGoInAndOut)
     EXPECT_TRUE(probe.call("Countdown", -1).isNil());
 }
 
-TEST_F(Caller, OverloadsAreChosenByFit)
+TEST_F(DynamicCall, ChoosesTheOverloadOfLowestCost)
 {
     Value variable = 1;
     EXPECT_EQ(probe.call("Which").integer(), 0);
@@ -281,21 +280,23 @@ TEST_F(Caller, OverloadsAreChosenByFit)
     EXPECT_EQ(probe.call("Which", probe).integer(), 6);
     EXPECT_EQ(probe.call("Which", 1, 2).integer(), 7);
     EXPECT_EQ(probe.call("Which", byref(variable)).integer(), 8);
-    EXPECT_EQ(probe.call("WHICH", 1).integer(), 1) << "names have no case";
+    EXPECT_EQ(probe.call("WHICH", 1).integer(), 1) << "names are compared without regard to case";
     const auto message = thrownBy<ProgramError>([&] { probe.call("Which", 1, "x"); });
     EXPECT_NE(message.find("no Which of Probe takes (an integer, a string); there are:"), std::string::npos);
     EXPECT_NE(message.find("\n  Which(a As Integer, b As Integer) As Integer"), std::string::npos) << message;
 }
 
-TEST_F(Caller, MisuseIsAClearSentence)
+TEST_F(DynamicCall, ErrorsNameTheMemberAndTheProblem)
 {
     const auto says = [](const std::string& message, const char* part) {
         EXPECT_NE(message.find(part), std::string::npos) << message;
     };
     says(thrownBy<ProgramError>([&] { probe.call("NoSuch"); }), "Probe has no method NoSuch");
     says(thrownBy<ProgramError>([&] { probe.get("NoSuch"); }), "Probe has no property NoSuch");
-    says(thrownBy<ProgramError>([&] { probe.get("Fire"); }), "that is a method, to be called");
-    says(thrownBy<ProgramError>([&] { probe.call("First"); }), "that is a property, to be read");
+    says(thrownBy<ProgramError>([&] { probe.get("Fire"); }),
+         "Probe has no property Fire; call the method of this name");
+    says(thrownBy<ProgramError>([&] { probe.call("First"); }),
+         "Probe has no method First; read the property of this name");
     says(thrownBy<ProgramError>([&] { probe.call("EchoInteger"); }),
          "Probe.EchoInteger takes 1 argument, but was given 0");
     says(thrownBy<ProgramError>([&] { probe.call("EchoInteger", 1, 2); }),
@@ -320,12 +321,12 @@ TEST_F(Caller, MisuseIsAClearSentence)
          "is a String(), but was given an array of Double");
 }
 
-TEST_F(Caller, PropertiesThroughFunctions)
+TEST_F(DynamicCall, ReadsAndWritesPropertiesThroughFunctions)
 {
     probe.set("First", 7);
     probe.set("Second", 9);
     EXPECT_EQ(probe.get("First").integer(), 7)
-        << "the parameter word tells two properties of one function apart";
+        << "the parameter distinguishes two properties of one function";
     EXPECT_EQ(probe.get("second").integer(), 9);
     EXPECT_EQ(probe.get("Half").number(), 3.5);
     probe.set("Text", "abc");
@@ -341,12 +342,12 @@ TEST_F(Caller, PropertiesThroughFunctions)
     EXPECT_THROW(probe.set("First", "x"), ProgramError);
 }
 
-TEST_F(Caller, IndexedProperties)
+TEST_F(DynamicCall, ReadsAndWritesIndexedProperties)
 {
     probe.set("Slot", 2, 0.5);
     probe.set("Slot", 3, 4);
     EXPECT_EQ(probe.get("Slot", 2).number(), 0.5);
-    EXPECT_EQ(probe.call("Slot", 3).number(), 4.0) << "reading is a call";
+    EXPECT_EQ(probe.call("Slot", 3).number(), 4.0) << "a read is a call";
     EXPECT_FALSE(probe.get("SlotIsSet", 0).boolean());
     probe.set("SlotIsSet", 0, true);
     EXPECT_TRUE(probe.get("SlotIsSet", 0).boolean());
@@ -354,17 +355,17 @@ TEST_F(Caller, IndexedProperties)
     EXPECT_EQ(probe.get("Item", 1).integer(), -8);
     EXPECT_THROW(probe.set("Slot", 0, "x"), ProgramError);
     EXPECT_THROW(probe.set("Slot", "x", 0.5), ProgramError);
-    EXPECT_THROW(probe.set("EchoInteger", 1, 1), ProgramError) << "a plain method";
+    EXPECT_THROW(probe.set("EchoInteger", 1, 1), ProgramError) << "a method without a setter";
     EXPECT_THROW(probe.set("NoSuch", 1, 1), ProgramError);
 }
 
-TEST_F(Caller, SharedMembersAndConstants)
+TEST_F(DynamicCall, ReachesSharedMembersAndConstants)
 {
     EXPECT_EQ(host.callShared("Probe", "Add", 2, 3).integer(), 5);
     EXPECT_EQ(host.callShared("Probe", "Add", 2).integer(), 3);
     EXPECT_EQ(host.callShared("Probe", "Invert", 0x0123456789ABCDEFu).unsigned64(), 0xFEDCBA9876543210u);
     EXPECT_EQ(host.callShared("Probe", "Tenth").number(), 0.1);
-    EXPECT_EQ(host.callShared("ProbeChild", "Add", 1, 1).integer(), 2) << "through a class that descends";
+    EXPECT_EQ(host.callShared("ProbeChild", "Add", 1, 1).integer(), 2) << "through a subclass";
     host.setShared("Probe", "Total", 5);
     EXPECT_EQ(host.getShared("Probe", "Total").integer(), 105);
     EXPECT_EQ(host.getShared("Probe", "OnlyTotal").integer(), 12);
@@ -376,7 +377,7 @@ TEST_F(Caller, SharedMembersAndConstants)
     EXPECT_TRUE(host.constant("ProbeChild", "ConstFlag").boolean());
 }
 
-TEST_F(Caller, RaisedExceptionsReachTheCaller)
+TEST_F(DynamicCall, ThrowsExceptionsOfThePlugin)
 {
     for (const char* name : {"RuntimeException", "OutOfMemoryException", "OutOfBoundsException",
                              "NilObjectException", "UnsupportedOperationException", "IllegalCastException"}) {
@@ -389,14 +390,14 @@ TEST_F(Caller, RaisedExceptionsReachTheCaller)
             EXPECT_EQ(error.errorNumber(), 17);
         }
     }
-    EXPECT_EQ(probe.call("EchoInteger", 3).integer(), 3) << "the next call is clean";
+    EXPECT_EQ(probe.call("EchoInteger", 3).integer(), 3) << "the next call succeeds";
     EXPECT_THROW(probe.get("Failing"), HostException);
     EXPECT_THROW(probe.set("First", -1), HostException);
     EXPECT_FALSE(host.takeException());
-    EXPECT_EQ(host.leaks().total(), 1u) << "the dropped results are gone";
+    EXPECT_EQ(host.leaks().total(), 1u) << "the dropped results are destroyed";
 }
 
-TEST_F(Caller, ExceptionsOfInnerCallsStayInside)
+TEST_F(DynamicCall, KeepsExceptionsOfInnerCallsInside)
 {
     host.onYield([&] {
         EXPECT_THROW(probe.call("Fail", "RuntimeException", "inner", 0), HostException);
@@ -410,16 +411,17 @@ TEST_F(Caller, ExceptionsOfInnerCallsStayInside)
     probe.call("EchoInteger", 1);
 }
 
-TEST_F(Caller, AnExceptionThatNobodyTookIsNoted)
+TEST_F(DynamicCall, NotesAnExceptionThatNoCallerReceived)
 {
     expectMisuse = true;
     test::service<void(REALobjectStruct*)>("RuntimeRaiseException")(host.create("NilObjectException").get());
-    EXPECT_EQ(probe.call("EchoInteger", 1).integer(), 1) << "it is not this call's";
-    EXPECT_EQ(misuses(),
-              "an exception of class NilObjectException was raised outside any call, and nobody took it\n");
+    EXPECT_EQ(probe.call("EchoInteger", 1).integer(), 1) << "the exception is older than this call";
+    EXPECT_EQ(
+        misuses(),
+        "an exception of class NilObjectException was raised outside any call, and no caller received it\n");
 }
 
-TEST_F(Caller, WhatABadLibraryDoesIsSeen)
+TEST_F(DynamicCall, ReportsLeaksAndErrorsOfThePlugin)
 {
     expectMisuse = expectLeaks = true;
     probe.call("LeakString");
@@ -428,11 +430,13 @@ TEST_F(Caller, WhatABadLibraryDoesIsSeen)
         const auto block = MemoryBlock::ofSize(1);
         retain(block.get());
         EXPECT_EQ(misuses(), "");
-        probe.call("UnlockTwice", block); // the caller's reference goes, too
+        probe.call("UnlockTwice", block); // drops the caller's reference, too
         EXPECT_FALSE(isLive(block.get()));
     }
     EXPECT_EQ(host.misuses().size(), 1u) << misuses();
-    EXPECT_NE(thrownBy<ProgramError>([&] { probe.call("Garbage"); }).find("which it is not"),
+    EXPECT_NE(thrownBy<ProgramError>([&] {
+                  probe.call("Garbage");
+              }).find("this is not the address of such a value"),
               std::string::npos);
 }
 

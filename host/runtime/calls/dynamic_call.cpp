@@ -1,0 +1,219 @@
+#include "host/runtime/calls/dynamic_call.h"
+
+#include "host/runtime/calls/ffi_type.h"
+#include "host/runtime/classes/object_record.h"
+#include "host/runtime/support/misuse.h"
+#include "host/runtime/support/per_host.h"
+#include "host/runtime/values/field.h"
+#include "host/runtime/values/native.h"
+
+#include <ffi.h>
+#include <fmt/format.h>
+
+#include <type_traits>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+/// The argument of one parameter during a call.
+struct PassedArgument {
+    Converted converted;     ///< the value, or the contents of a variable
+    void* address = nullptr; ///< address of the contents, which the function receives for a variable
+    Value* variable = nullptr;
+};
+
+const ClassInfo& classOf(REALobjectStruct* object) { return *record<ObjectRecord>(object)->info; }
+
+std::string countText(std::size_t count)
+{
+    return fmt::format("{} argument{}", count, count == 1 ? "" : "s");
+}
+
+void checkCount(const std::vector<Parameter>& parameters, std::size_t given, const std::string& name)
+{
+    const std::size_t least = requiredCount(parameters);
+    if (given >= least && given <= parameters.size()) return;
+    const auto expected = least == parameters.size()
+                              ? countText(least)
+                              : fmt::format("{} to {}", least, countText(parameters.size()));
+    throw ProgramError(fmt::format("{} takes {}, but was given {}", name, expected, given));
+}
+
+PassedArgument passed(const Parameter& parameter, const Argument* argument, const std::string& name)
+{
+    const auto what = fmt::format("parameter {} of {}", parameter.name, name);
+    PassedArgument result;
+    if (!argument) {
+        const auto value = literalValue(parameter.defaultValue.value_or(Literal()));
+        result.converted = toNative(value, parameter.type, what);
+        return result;
+    }
+    if (parameter.isByRef != (argument->variable != nullptr)) {
+        throw ProgramError(fmt::format(parameter.isByRef ? "{} changes its variable: pass it with byref"
+                                                         : "{} takes a value, not a variable by reference",
+                                       what));
+    }
+    result.variable = argument->variable;
+    const auto& value = result.variable ? *result.variable : argument->value;
+    const bool isUnset = result.variable && value.isNil() && !parameter.type.isReference();
+    if (!isUnset) result.converted = toNative(value, parameter.type, what);
+    return result;
+}
+
+std::vector<Word> leadingWords(REALobjectStruct* object)
+{
+    if (!object) return {};
+    return {reinterpret_cast<Word>(object)};
+}
+
+std::vector<Word> leadingWords(REALobjectStruct* object, const PropertyInfo& property)
+{
+    auto leading = leadingWords(object);
+    leading.push_back(static_cast<Word>(property.parameter));
+    return leading;
+}
+
+std::string nameOf(const PropertyInfo& property) { return property.owner->name + "." + property.name; }
+
+void* fieldOf(REALobjectStruct* object, const PropertyInfo& property)
+{
+    return classDataOf(object, *property.owner) + property.parameter;
+}
+
+} // namespace
+
+CallScope::CallScope()
+{
+    auto& exceptions = current<Exceptions>();
+    if (exceptions.callDepth == 0 && exceptions.raised) {
+        noteMisuse(
+            fmt::format("an exception of class {} was raised outside any call, and no caller received it",
+                        classOf(exceptions.raised.get()).name));
+        exceptions.raised = {};
+    }
+    outer_ = std::exchange(exceptions.raised, {});
+    ++exceptions.callDepth;
+}
+
+CallScope::~CallScope()
+{
+    auto* exceptions = currentOrNull<Exceptions>();
+    if (!exceptions) return;
+    exceptions->raised = std::exchange(outer_, {});
+    --exceptions->callDepth;
+}
+
+void CallScope::throwRaised()
+{
+    auto& exceptions = current<Exceptions>();
+    if (auto thrown = std::exchange(exceptions.handlerError, nullptr)) std::rethrow_exception(thrown);
+    const auto raised = std::exchange(exceptions.raised, {});
+    if (raised) throw asException(raised.get());
+}
+
+HostException asException(REALobjectStruct* raised)
+{
+    const auto& info = classOf(raised);
+    const auto* message = info.property("Message");
+    const auto* number = info.property("ErrorNumber");
+    const auto text = message ? readProperty(raised, *message).text() : std::string();
+    const auto code = number ? readProperty(raised, *number).integer() : 0;
+    return HostException(info.name, text, static_cast<HostInteger>(code));
+}
+
+Value callFunction(AnyFunction function, std::vector<Word> leading, const std::vector<Parameter>& parameters,
+                   const Type& result, const std::vector<Argument>& arguments, const std::string& name)
+{
+    checkCount(parameters, arguments.size(), name);
+
+    std::vector<ffi_type*> types;
+    std::vector<void*> addresses;
+    for (auto& word : leading) {
+        types.push_back(&ffi_type_pointer);
+        addresses.push_back(&word);
+    }
+    std::vector<PassedArgument> all(parameters.size());
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        const auto& parameter = parameters[i];
+        auto& argument = all[i];
+        argument = passed(parameter, i < arguments.size() ? &arguments[i] : nullptr, name);
+        argument.address = &argument.converted.native;
+        types.push_back(parameter.isByRef ? &ffi_type_pointer : ffiType(parameter.type));
+        addresses.push_back(parameter.isByRef ? static_cast<void*>(&argument.address) : argument.address);
+    }
+
+    ffi_cif call;
+    if (ffi_prep_cif(&call, FFI_DEFAULT_ABI, static_cast<unsigned>(types.size()), ffiType(result),
+                     types.data()) != FFI_OK)
+        throw ProgramError(fmt::format("{} cannot be called: libffi refuses its types", name));
+
+    union {
+        Native native;
+        ffi_arg widened; ///< small result in the form of libffi
+    } answer = {};
+    CallScope scope;
+    for (auto& argument : all) {
+        // The function may release the reference in a variable and store another one.
+        if (argument.variable) argument.converted.reference.detach();
+    }
+    ffi_call(&call, function, &answer, addresses.data());
+    const Value value = result.exists() ? fromNative(&answer.native, result, true) : Value();
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        if (all[i].variable)
+            *all[i].variable = fromNative(&all[i].converted.native, parameters[i].type, true);
+    }
+    scope.throwRaised();
+    return value;
+}
+
+Value callMethod(REALobjectStruct* object, const MethodInfo& method, const std::vector<Argument>& arguments,
+                 const std::string& owner)
+{
+    const auto& declaration = method.declaration;
+    return callFunction(method.function, leadingWords(object), declaration.parameters, declaration.result,
+                        arguments, owner + "." + declaration.name);
+}
+
+Value readProperty(REALobjectStruct* object, const PropertyInfo& property)
+{
+    if (property.getterAccess == Access::field) {
+        const Native native = loadField(fieldOf(object, property), property.type);
+        return fromNative(&native, property.type, false);
+    }
+    if (!property.getter) throw ProgramError(nameOf(property) + " cannot be read");
+    return callFunction(property.getter, leadingWords(object, property), {}, property.type, {},
+                        nameOf(property));
+}
+
+void writeProperty(REALobjectStruct* object, const PropertyInfo& property, const Value& value)
+{
+    const auto name = nameOf(property);
+    if (property.isReadOnly) throw ProgramError(name + " is read-only");
+    if (property.setterAccess == Access::field) {
+        auto* const field = fieldOf(object, property);
+        auto converted = toNative(value, property.type, name);
+        if (!property.type.isReference()) return storeField(field, converted.native, property.type);
+        release(exchangeReference(field, converted.reference.detach()));
+        return;
+    }
+    Parameter parameter;
+    parameter.name = "value";
+    parameter.type = property.type;
+    callFunction(property.setter, leadingWords(object, property), {parameter}, {}, {Argument(value)}, name);
+}
+
+Value literalValue(const Literal& literal)
+{
+    return std::visit(
+        [](const auto& plain) -> Value {
+            if constexpr (std::is_same_v<std::decay_t<decltype(plain)>, std::monostate>)
+                return {};
+            else
+                return plain;
+        },
+        literal);
+}
+
+} // namespace host

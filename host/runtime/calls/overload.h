@@ -1,0 +1,19 @@
+// The choice between methods of the same name.
+#pragma once
+
+#include "host/runtime/classes/class_info.h"
+#include "host/runtime/values/value.h"
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// The method whose parameters take the arguments at the lowest cost; the first one of equal cost. A single
+/// method is returned unchecked. `owner` is the name of the class, for messages.
+/// Throws  ProgramError with the declarations of all methods if none takes the arguments.
+/// [main]
+const MethodInfo& chooseOverload(const std::vector<const MethodInfo*>& overloads,
+                                 const std::vector<Argument>& arguments, const std::string& owner);
+
+} // namespace host

@@ -1,0 +1,174 @@
+// Services of memory blocks, arrays and variants.
+#include "host/runtime/services/c_function.h"
+#include "host/runtime/services/services.h"
+#include "host/runtime/values/array.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace host::services {
+
+namespace {
+
+/// An element of an array; zero, with a misuse noted, for an index outside the array.
+Value elementAt(REALarrayStruct* handle, HostInteger index)
+{
+    const auto array = checkedArgument<Array>(handle, "the getter of an array");
+    if (index >= 0 && index <= array.upperBound()) return array.at(index);
+    noteMisuse(fmt::format("the getter of an array was given index {}, but the array has {} elements", index,
+                           array.count()));
+    return 0;
+}
+
+// ---- C functions that the plug-in receives: getters (array, index), inserters (array, index, element) ----
+
+HostInteger getInteger(REALarrayStruct* array, HostInteger index)
+{
+    return static_cast<HostInteger>(elementAt(array, index).integer());
+}
+std::int64_t getInt64(REALarrayStruct* array, HostInteger index) { return elementAt(array, index).integer(); }
+float getSingle(REALarrayStruct* array, HostInteger index) { return elementAt(array, index).single(); }
+double getDouble(REALarrayStruct* array, HostInteger index) { return elementAt(array, index).number(); }
+
+template <class Item>
+void insertItem(REALarrayStruct* handle, HostInteger index, Item item)
+{
+    auto array = checkedArgument<Array>(handle, "the insert function of an array");
+    if (array) array.insert(index, Value(item));
+}
+
+struct ElementRow {
+    ElementCode code;
+    Base base;
+    AnyFunction getter; ///< C function that reads an element; null for elements that are not numbers
+    AnyFunction inserter;
+};
+
+/// The first row that `matches` accepts; null if no row matches.
+template <class Matches>
+const ElementRow* findRow(Matches matches)
+{
+    // clang-format off
+    static const ElementRow rows[] = {
+        {elementInteger, Base::integer, cFunction<getInteger>(), cFunction<insertItem<HostInteger>>()},
+        {elementSingle,  Base::single,  cFunction<getSingle>(),  cFunction<insertItem<float>>()},
+        {elementDouble,  Base::float64, cFunction<getDouble>(),  cFunction<insertItem<double>>()},
+        {elementString,  Base::string,  nullptr,               nullptr},
+        {elementObject,  Base::object,  nullptr,               nullptr},
+        {elementVariant, Base::variant, nullptr,               nullptr},
+        {elementBoolean, Base::boolean, nullptr,               nullptr},
+        {elementInt64,   Base::int64,   cFunction<getInt64>(),   cFunction<insertItem<std::int64_t>>()},
+    };
+    // clang-format on
+    const auto* found = std::find_if(std::begin(rows), std::end(rows), matches);
+    return found == std::end(rows) ? nullptr : found;
+}
+
+/// The row of an array's element type; null for a nil array.
+const ElementRow* rowOf(const Array& array)
+{
+    if (!array) return nullptr;
+    return findRow([&](const ElementRow& row) { return row.base == array.elementType(); });
+}
+
+/// The row of an array that a service for one element type was given; null, with a misuse noted, for an array
+/// of another type.
+const ElementRow* rowFor(REALarrayStruct* handle, const char* service, Base expected)
+{
+    const auto array = checkedArgument<Array>(handle, service);
+    const auto* row = rowOf(array);
+    if (!array || (row && row->base == expected)) return row;
+    noteMisuse(fmt::format("{} was given {}", service, Value(array).describe()));
+    return nullptr;
+}
+
+AnyFunction getterOf(const ElementRow* row) { return row ? row->getter : nullptr; }
+AnyFunction inserterOf(const ElementRow* row) { return row ? row->inserter : nullptr; }
+
+/// Check an argument that may be any counted value but a string or string data.
+const void* checkedObject(const void* value, const char* service)
+{
+    if (!value) return nullptr;
+    const bool isObject = isLive(value) && kindOf(value) != Kind::string && kindOf(value) != Kind::stringData;
+    return isObject ? value : checkedValue(value, Kind::object, service);
+}
+
+} // namespace
+
+void lockObject(REALobjectStruct* object) { retain(checkedObject(object, "REALLockObject")); }
+
+void unlockObject(REALobjectStruct* object) { release(checkedObject(object, "REALUnlockObject")); }
+
+REALmemoryBlockStruct* newMemoryBlock(HostInteger size) { return MemoryBlock::ofSize(size).detach(); }
+
+void* memoryBlockBytes(REALmemoryBlockStruct* block)
+{
+    return checkedArgument<MemoryBlock>(block, "memoryBlockGetPtr").data();
+}
+
+HostInteger memoryBlockSize(REALmemoryBlockStruct* block)
+{
+    return static_cast<HostInteger>(checkedArgument<MemoryBlock>(block, "memoryBlockGetSize").size());
+}
+
+REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound)
+{
+    const auto* row = findRow([&](const ElementRow& each) { return each.code == elementCode; });
+    if (!row || upperBound < -1) {
+        noteMisuse(fmt::format("an array of element code {} and upper bound {} cannot be made", elementCode,
+                               upperBound));
+        return nullptr;
+    }
+    return Array::ofType(row->base, static_cast<std::size_t>(upperBound + 1)).detach();
+}
+
+HostInteger upperBound(REALarrayStruct* array)
+{
+    return checkedArgument<Array>(array, "RuntimeUBound").upperBound();
+}
+
+AnyFunction integerInserter(REALarrayStruct* array)
+{
+    return inserterOf(rowFor(array, "PluginIntegerArrayInsertProc", Base::integer));
+}
+
+AnyFunction integerGetter(REALarrayStruct* array)
+{
+    return getterOf(rowFor(array, "PluginIntegerArrayGetProc", Base::integer));
+}
+
+AnyFunction singleGetter(REALarrayStruct* array)
+{
+    return getterOf(rowFor(array, "PluginSingleArrayGetProc", Base::single));
+}
+
+AnyFunction doubleGetter(REALarrayStruct* array)
+{
+    return getterOf(rowFor(array, "PluginDoubleArrayGetProc", Base::float64));
+}
+
+AnyFunction directInserter(REALarrayStruct* array)
+{
+    return inserterOf(rowOf(checkedArgument<Array>(array, "RuntimeArrayDirectGetInsertProc")));
+}
+
+AnyFunction directGetter(REALarrayStruct* array)
+{
+    return getterOf(rowOf(checkedArgument<Array>(array, "RuntimeArrayDirectGetGetProc")));
+}
+
+REALobjectStruct* variantFromString(REALstringStruct* string)
+{
+    return newVariant(checkedArgument<String>(string, "StringToVariant")).detach();
+}
+
+REALobjectStruct* variantFromInteger(HostInteger value) { return newVariant(value).detach(); }
+
+REALobjectStruct* variantFromInt32(HostInteger value)
+{
+    return newVariant(static_cast<std::int32_t>(value)).detach();
+}
+
+} // namespace host::services
