@@ -44,6 +44,19 @@ const Names frameworks = {
     "ApplicationServices/", "CoreGraphics/", "dispatch/", "libkern/",   "pthread.h",       "Block.h"};
 const Names allPlatform = {""};
 
+const Names runtimeSupport = {"abi/", "host/runtime/support/"};
+const Names runtimeValues = {"abi/", "host/runtime/support/", "host/runtime/values/"};
+const Names runtimeClasses = {"abi/", "host/runtime/support/", "host/runtime/values/",
+                              "host/runtime/classes/"};
+const Names runtimeCalls = {"abi/", "host/runtime/support/", "host/runtime/values/", "host/runtime/classes/",
+                            "host/runtime/calls/"};
+const Names runtimeServices = {"abi/",
+                               "host/runtime/support/",
+                               "host/runtime/values/",
+                               "host/runtime/classes/",
+                               "host/runtime/calls/",
+                               "host/runtime/services/"};
+
 const std::vector<FolderRule>& folderRules()
 {
     // clang-format off
@@ -59,7 +72,15 @@ const std::vector<FolderRule>& folderRules()
         {"platform/include/",           {},                                               &plainC,      allPlatform, &none},
         {"platform/",                   {"platform/"},                                    nullptr,      allPlatform, &platformLibraries},
         {"host/",                       {"abi/", "host/"},                                nullptr,      control,     &hostLibraries},
-        {"host/runtime/values/folder_item.", {"abi/", "host/"},                                nullptr,      allPlatform, &hostLibraries},
+        // Each layer of the host runtime includes the layers below it.
+        {"host/runtime/support/",       runtimeSupport,                                   nullptr,      {},          &hostLibraries},
+        {"host/runtime/values/",        runtimeValues,                                    nullptr,      {},          &hostLibraries},
+        {"host/runtime/values/folder_item.", runtimeValues,                               nullptr,      allPlatform, &hostLibraries},
+        {"host/runtime/values/text_encoding.", runtimeValues,                             nullptr,      allPlatform, &hostLibraries},
+        {"host/runtime/classes/",       runtimeClasses,                                   nullptr,      {},          &hostLibraries},
+        {"host/runtime/calls/",         runtimeCalls,                                     nullptr,      {},          &hostLibraries},
+        {"host/runtime/services/",      runtimeServices,                                  nullptr,      {},          &hostLibraries},
+        {"host/runtime/",               {"abi/", "host/runtime/"},                        nullptr,      {},          &hostLibraries},
         {"host/soundclient/",           {"abi/", "host/"},                                nullptr,      allPlatform, &hostLibraries},
         {"host/kvx/files/",             {"abi/", "host/"},                                nullptr,      allPlatform, &hostLibraries},
         // Tests of a plug-in folder replace the host, and include the folder's internal headers.

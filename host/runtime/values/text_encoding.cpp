@@ -1,13 +1,22 @@
 #include "host/runtime/values/text_encoding.h"
 
 #include "abi/host_values.h"
+#include "host/runtime/support/errors.h"
 
+#include <CoreFoundation/CFString.h>
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
+
+// The functions are null in a program that does not link the platform.
+#pragma weak CFStringCreateWithCString
+#pragma weak CFStringGetCString
+#pragma weak CFRelease
 
 namespace host {
 
@@ -16,34 +25,6 @@ namespace {
 using CodePoints = std::u32string;
 
 constexpr char32_t replacement = 0xFFFD;
-
-// clang-format off
-constexpr char16_t macRoman[128] = {  // of the bytes 0x80 to 0xFF
-    0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1,
-    0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5, 0x00E7, 0x00E9, 0x00E8,
-    0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3,
-    0x00F2, 0x00F4, 0x00F6, 0x00F5, 0x00FA, 0x00F9, 0x00FB, 0x00FC,
-    0x2020, 0x00B0, 0x00A2, 0x00A3, 0x00A7, 0x2022, 0x00B6, 0x00DF,
-    0x00AE, 0x00A9, 0x2122, 0x00B4, 0x00A8, 0x2260, 0x00C6, 0x00D8,
-    0x221E, 0x00B1, 0x2264, 0x2265, 0x00A5, 0x00B5, 0x2202, 0x2211,
-    0x220F, 0x03C0, 0x222B, 0x00AA, 0x00BA, 0x03A9, 0x00E6, 0x00F8,
-    0x00BF, 0x00A1, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
-    0x00BB, 0x2026, 0x00A0, 0x00C0, 0x00C3, 0x00D5, 0x0152, 0x0153,
-    0x2013, 0x2014, 0x201C, 0x201D, 0x2018, 0x2019, 0x00F7, 0x25CA,
-    0x00FF, 0x0178, 0x2044, 0x20AC, 0x2039, 0x203A, 0xFB01, 0xFB02,
-    0x2021, 0x00B7, 0x201A, 0x201E, 0x2030, 0x00C2, 0x00CA, 0x00C1,
-    0x00CB, 0x00C8, 0x00CD, 0x00CE, 0x00CF, 0x00CC, 0x00D3, 0x00D4,
-    0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9, 0x0131, 0x02C6, 0x02DC,
-    0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
-};
-
-constexpr char16_t windowsLatin1[32] = {  // of the bytes 0x80 to 0x9F; the rest is Latin 1
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
-};
-// clang-format on
 
 bool isSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
 char32_t valid(char32_t c) { return c > 0x10FFFF || isSurrogate(c) ? replacement : c; }
@@ -54,21 +35,6 @@ CodePoints readASCII(std::string_view bytes)
 {
     CodePoints text;
     for (unsigned char byte : bytes) text.push_back(byte < 0x80 ? byte : replacement);
-    return text;
-}
-
-CodePoints readMacRoman(std::string_view bytes)
-{
-    CodePoints text;
-    for (unsigned char byte : bytes) text.push_back(byte < 0x80 ? byte : macRoman[byte - 0x80]);
-    return text;
-}
-
-CodePoints readWindowsLatin1(std::string_view bytes)
-{
-    CodePoints text;
-    for (unsigned char byte : bytes)
-        text.push_back(byte < 0x80 || byte >= 0xA0 ? byte : windowsLatin1[byte - 0x80]);
     return text;
 }
 
@@ -126,6 +92,50 @@ CodePoints readUTF32(std::string_view bytes)
     return text;
 }
 
+// ---- the platform's tables of single bytes ----
+
+/// The characters of the bytes 0x80 to 0xFF in an encoding.
+using UpperHalf = std::array<char32_t, 128>;
+
+/// The platform's character for a byte of an encoding. A byte without a character is the control character
+/// with the number of the byte.
+char32_t characterOf(unsigned char byte, std::uint32_t encoding)
+{
+    const char text[] = {static_cast<char>(byte), 0};
+    const CFStringRef string = CFStringCreateWithCString(nullptr, text, encoding);
+    if (!string) return byte;
+    char utf8[8] = {};
+    CFStringGetCString(string, utf8, sizeof utf8, kCFStringEncodingUTF8);
+    CFRelease(string);
+    return readUTF8(utf8).front();
+}
+
+UpperHalf upperHalfOf(std::uint32_t encoding)
+{
+    if (!&CFStringCreateWithCString)
+        throw ProgramError("Mac Roman and Windows text: the tables are in the platform library; link the "
+                           "program with libkvxplatform.so");
+    UpperHalf characters;
+    for (std::size_t i = 0; i < characters.size(); ++i)
+        characters[i] = characterOf(static_cast<unsigned char>(0x80 + i), encoding);
+    return characters;
+}
+
+template <std::uint32_t encoding>
+const UpperHalf& upperHalf()
+{
+    static const UpperHalf characters = upperHalfOf(encoding);
+    return characters;
+}
+
+template <std::uint32_t encoding>
+CodePoints readSingleBytes(std::string_view bytes)
+{
+    CodePoints text;
+    for (unsigned char byte : bytes) text.push_back(byte < 0x80 ? byte : upperHalf<encoding>()[byte - 0x80]);
+    return text;
+}
+
 // ---- writing ----
 
 std::string writeUTF8(const CodePoints& text)
@@ -139,11 +149,11 @@ std::string writeUTF8(const CodePoints& text)
     return bytes;
 }
 
-/// Letters and their accents as one character where there is one.
+/// The text with each letter and its accents composed into one character, where Unicode has the character.
 CodePoints composed(const CodePoints& text)
 {
     if (std::all_of(text.begin(), text.end(), [](char32_t c) { return c < 0x300; })) return text;
-    const auto bytes = writeUTF8(text);
+    const std::string bytes = writeUTF8(text);
     utf8proc_uint8_t* normal = nullptr;
     const auto options = static_cast<utf8proc_option_t>(UTF8PROC_COMPOSE | UTF8PROC_STABLE);
     const auto count = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(bytes.data()),
@@ -161,27 +171,18 @@ std::string writeBytes(const CodePoints& text, ByteOf byteOf)
     return bytes;
 }
 
-template <std::size_t count>
-char byteIn(const char16_t (&table)[count], char32_t c)
-{
-    const auto* found = std::find(std::begin(table), std::end(table), c);
-    return found == std::end(table) ? '?' : static_cast<char>(0x80 + (found - table));
-}
-
 std::string writeASCII(const CodePoints& text)
 {
     return writeBytes(text, [](char32_t) { return '?'; });
 }
 
-std::string writeMacRoman(const CodePoints& text)
-{
-    return writeBytes(text, [](char32_t c) { return byteIn(macRoman, c); });
-}
-
-std::string writeWindowsLatin1(const CodePoints& text)
+template <std::uint32_t encoding>
+std::string writeSingleBytes(const CodePoints& text)
 {
     return writeBytes(text, [](char32_t c) {
-        return c >= 0xA0 && c <= 0xFF ? static_cast<char>(c) : byteIn(windowsLatin1, c);
+        const UpperHalf& characters = upperHalf<encoding>();
+        const auto* found = std::find(characters.begin(), characters.end(), c);
+        return found == characters.end() ? '?' : static_cast<char>(0x80 + (found - characters.begin()));
     });
 }
 
@@ -221,12 +222,12 @@ struct EncodingRow {
 
 // clang-format off
 constexpr EncodingRow encodings[] = {
-    {encodingMacRoman,      readMacRoman,      writeMacRoman},
-    {encodingUTF16,         readUTF16,         writeUTF16},
-    {encodingWindowsLatin1, readWindowsLatin1, writeWindowsLatin1},
-    {encodingASCII,         readASCII,         writeASCII},
-    {encodingUTF8,          readUTF8,          writeUTF8},
-    {encodingUTF32,         readUTF32,         writeUTF32},
+    {encodingMacRoman,      readSingleBytes<encodingMacRoman>,      writeSingleBytes<encodingMacRoman>},
+    {encodingUTF16,         readUTF16,                              writeUTF16},
+    {encodingWindowsLatin1, readSingleBytes<encodingWindowsLatin1>, writeSingleBytes<encodingWindowsLatin1>},
+    {encodingASCII,         readASCII,                              writeASCII},
+    {encodingUTF8,          readUTF8,                               writeUTF8},
+    {encodingUTF32,         readUTF32,                              writeUTF32},
 };
 // clang-format on
 
@@ -254,18 +255,6 @@ bool isAscii(std::string_view bytes)
     return std::none_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) != 0; });
 }
 
-bool isUTF8(std::string_view bytes)
-{
-    const auto* next = reinterpret_cast<const utf8proc_uint8_t*>(bytes.data());
-    auto left = static_cast<utf8proc_ssize_t>(bytes.size());
-    while (left > 0) {
-        utf8proc_int32_t c = 0;
-        const auto used = utf8proc_iterate(next, left, &c);
-        if (used <= 0) return false;
-        next += used;
-        left -= used;
-    }
-    return true;
-}
+bool isUTF8(std::string_view bytes) { return writeUTF8(readUTF8(bytes)) == bytes; }
 
 } // namespace host

@@ -1,8 +1,7 @@
-// Text between encodings, as plain bytes.
-//
-// Invalid input becomes U+FFFD (one for each byte or unit that fits nowhere); what the target cannot say
-// becomes '?'. Text that goes to an encoding of single bytes is composed first, so that a letter and its
-// accent find their byte.
+// Conversion of text between encodings, as bytes. Invalid bytes or units become U+FFFD, one each; characters
+// that the target encoding lacks become '?'. For an encoding of single bytes, a letter and its accents are
+// composed first. UTF-16 and UTF-32 have the machine's byte order; a byte order mark is an ordinary
+// character. All functions: [any].
 #pragma once
 
 #include <cstdint>
@@ -12,14 +11,18 @@
 
 namespace host {
 
-/// Whether text of that encoding (one of TextEncoding, but not unknown) can be converted.
+/// Whether convertText supports an encoding: every HostTextEncoding but encodingUnknown.
 bool isKnownEncoding(std::uint32_t encoding);
 
-/// The bytes in the other encoding; nothing if either is not known. UTF-16 and UTF-32 are in the machine's
-/// byte order, without a byte order mark of ours; one in the text is a character like any other.
+/// Convert bytes from one encoding to another.
+/// Returns  nothing if either encoding is not supported.
+/// Throws   ProgramError for a character outside ASCII in Mac Roman or Windows text if the program does not
+///          link the platform, which has the tables of both encodings.
 std::optional<std::string> convertText(std::string_view bytes, std::uint32_t from, std::uint32_t to);
 
 bool isAscii(std::string_view bytes);
-bool isUTF8(std::string_view bytes); ///< well-formed throughout
+
+/// Whether all bytes are well-formed UTF-8.
+bool isUTF8(std::string_view bytes);
 
 } // namespace host
