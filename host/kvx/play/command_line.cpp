@@ -110,8 +110,8 @@ std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& opt
                         "0.25 to 4")
             ->type_name("FACTOR"),
         number("--pitch", options.pitch, pitchRange, "Pitch shift in cents; an octave is 1200 [0]", "CENTS"),
-        number("--volume", options.volume, volumeRange, "0 is silence, 1 leaves every sample unchanged [1]",
-               "FACTOR"),
+        number("--volume", options.volume, volumeRange,
+               "Volume: 0 is silence, 1 leaves every sample unchanged [1]", "FACTOR"),
         number("--pan", options.pan, panRange, "Pan of mono and stereo: -1 left only, 1 right only [0]",
                "SIDE"),
         text("--eq", readGainsOrList,
@@ -120,7 +120,7 @@ std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& opt
              "GAINS"),
         text(
             "--loop", [&options](const std::string& value) { options.loop = readLoop(value); },
-            "Play from IN to OUT again and again; in seconds", "IN:OUT"),
+            "Start at IN, and jump back from OUT to IN; in seconds", "IN:OUT"),
         number("--start", options.start, {0, 1e9}, "Start position, in seconds of the file", "SECONDS"),
         text(
             "--channel-map",
@@ -155,7 +155,8 @@ void addPlayCommand(CLI::App& app, Action& action)
                                              "Decode the files while they play, with the buffered player of "
                                              "the library: for files larger than the "
                                              "memory, and without gaps between files");
-    addGain(command, line->gainDb, "With --buffered: gain; 0 leaves every sample unchanged")->needs(buffered);
+    addGain(command, line->gainDb, "With --buffered: gain in decibels; 0 leaves every sample unchanged")
+        ->needs(buffered);
     for (CLI::Option* option : addPlayerOptions(command, line->player)) option->excludes(buffered);
     command.add_option("--otherwise", line->otherwise, "The file to play if no FILE is given")
         ->type_name("FILE");
@@ -223,7 +224,7 @@ void addSoundStreamCommand(CLI::App& app, Action& action)
         ->required();
     addDeviceOptions(command, line->device);
     addCapture(command, line->capture);
-    addGain(command, line->gainDb, "Gain; 0 leaves every sample of 16 bits unchanged");
+    addGain(command, line->gainDb, "Gain in decibels; 0 leaves every sample of 16 bits unchanged");
     command
         .add_option("--buffers", line->buffers,
                     "Byte order and label of the buffers: swapped, sowt or twos; see below [swapped]")
