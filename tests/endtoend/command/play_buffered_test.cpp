@@ -1,7 +1,7 @@
 // `kvx play --buffered`: the captured sound equals the file at the device rate, and the reference player at
 // others.
-#include "tests/endtoend/command/captured_sound.h"
 #include "tests/endtoend/command/kvx_runner.h"
+#include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/reference_output.h"
 
 #include <sndfile.h>

@@ -1,7 +1,7 @@
 // `kvx play` through the file player: captured sound, messages, and keys at a terminal.
-#include "tests/endtoend/command/captured_sound.h"
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/command/pty_child.h"
+#include "tests/endtoend/expected_samples.h"
 
 #include <sndfile.h>
 
@@ -77,7 +77,7 @@ TEST_F(Play, AtTheDeviceRateEqualsTheFile)
         const auto result = play(joined(arguments, fact.more));
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
-        expectStartsWith(support::readSound(folder / "out.wav").samples, inChannels(sound, 2));
+        expectThenSilence(support::readSound(folder / "out.wav").samples, inChannels(sound, 2));
     }
 }
 
@@ -111,7 +111,7 @@ TEST_F(Play, PlaysSeveralFilesWithoutGaps)
         const auto result = play(joined(arguments, more));
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
-        expectStartsWith(support::readSound(folder / "out.wav").samples, expected);
+        expectThenSilence(support::readSound(folder / "out.wav").samples, expected);
     }
 }
 
@@ -148,7 +148,7 @@ TEST_F(Play, PlaysTheFilesBeforeAFileThatFailsToLoad)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.err.find("long.wav is too long for the memory; "), std::string::npos) << result.err;
     EXPECT_EQ(lineCount(result.err), 1u) << result.err;
-    expectStartsWith(support::readSound(folder / "out.wav").samples, sound.samples);
+    expectThenSilence(support::readSound(folder / "out.wav").samples, sound.samples);
 }
 
 TEST_F(Play, InfoPrintsTheFormatsOfTheClass)

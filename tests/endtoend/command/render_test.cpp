@@ -1,6 +1,6 @@
 // `kvx render`: a file through all units of the file player, written to a sound file.
 #include "tests/endtoend/command/kvx_runner.h"
-#include "tests/support/sound_samples.h"
+#include "tests/endtoend/expected_samples.h"
 
 #include <sndfile.h>
 
@@ -42,11 +42,7 @@ void expectSame(const Sound& rendered, const Sound& expected)
 {
     EXPECT_EQ(rendered.sampleRate, expected.sampleRate);
     EXPECT_EQ(rendered.channels, expected.channels);
-    ASSERT_EQ(rendered.frames(), expected.frames());
-    const auto [at, other] =
-        std::mismatch(rendered.samples.begin(), rendered.samples.end(), expected.samples.begin());
-    EXPECT_TRUE(at == rendered.samples.end())
-        << "sample " << at - rendered.samples.begin() << " is " << *at << ", not " << *other;
+    expectSamples(rendered.samples, expected.samples);
 }
 
 Sound partOf(const Sound& sound, std::size_t first, std::size_t frames)

@@ -1,7 +1,7 @@
 // `kvx soundstream`: captured sound, byte orders, messages, keys and signals.
-#include "tests/endtoend/command/captured_sound.h"
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/command/pty_child.h"
+#include "tests/endtoend/expected_samples.h"
 
 #include <sndfile.h>
 

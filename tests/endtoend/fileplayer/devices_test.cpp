@@ -30,12 +30,13 @@ std::vector<KVXDeviceInfo> deviceList()
     return rows;
 }
 
-KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inputs)
+KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inputs, bool isStepped = false)
 {
     KVXSimulatedDevice description = {};
     description.name = name;
     description.outputChannels = outputs;
     description.inputChannels = inputs;
+    description.isStepped = isStepped;
     return KVXPlatformAddSimulatedDevice(&description);
 }
 
@@ -206,10 +207,7 @@ TEST_F(FilePlayerDevices, DefaultOutputFollowsTheDefaultDevice)
 TEST_F(FilePlayerDevices, DefaultOutputContinuesAfterItsDeviceIsUnplugged)
 {
     SteppedDevice fallback;
-    KVXSimulatedDevice description = {};
-    description.name = "Unplugged";
-    description.isStepped = 1;
-    const KVXDeviceID unplugged = KVXPlatformAddSimulatedDevice(&description);
+    const KVXDeviceID unplugged = addDevice("Unplugged", 2, 0, true);
     chooseDefaultDevice(loaded.host, unplugged);
     {
         FilePlayer::Setup setup;
@@ -239,14 +237,11 @@ TEST_F(FilePlayerDevices, UnpluggedOrDeadDuringPlaybackCanBeReplaced)
     for (const bool dies : {false, true}) {
         SCOPED_TRACE(dies ? "dies" : "is unplugged");
         FilePlayer player(loaded, path);
-        KVXSimulatedDevice description = {};
-        description.name = "Doomed";
-        description.isStepped = 1;
-        const KVXDeviceID doomed = KVXPlatformAddSimulatedDevice(&description);
-        player.object().set("CurrentDeviceID", std::int64_t(doomed));
+        const KVXDeviceID lost = addDevice("Lost", 2, 0, true);
+        player.object().set("CurrentDeviceID", std::int64_t(lost));
         player.play();
-        ASSERT_EQ(KVXPlatformStep(doomed, 1000), 1000u);
-        ASSERT_EQ(dies ? KVXPlatformKillDevice(doomed) : KVXPlatformRemoveSimulatedDevice(doomed), 0);
+        ASSERT_EQ(KVXPlatformStep(lost, 1000), 1000u);
+        ASSERT_EQ(dies ? KVXPlatformKillDevice(lost) : KVXPlatformRemoveSimulatedDevice(lost), 0);
         // Properties and methods still work.
         EXPECT_GE(player.get("CurrentTime"), 1000.0 / 44100);
         player.set("TimeRate", 1);
@@ -257,7 +252,7 @@ TEST_F(FilePlayerDevices, UnpluggedOrDeadDuringPlaybackCanBeReplaced)
         player.set("CurrentTime", 0.5);
         if (!player.isPlaying()) player.play();
         expectSamples(player.render(1000), frames(22050, 1000));
-        if (dies) KVXPlatformRemoveSimulatedDevice(doomed);
+        if (dies) KVXPlatformRemoveSimulatedDevice(lost);
     }
 }
 
@@ -266,12 +261,11 @@ TEST_F(FilePlayerDevices, UnpluggedDuringPlaybackThePlayerPausesOrIsDestroyedWit
     for (const bool pauses : {false, true}) {
         SCOPED_TRACE(pauses);
         FilePlayer player(loaded, path);
-        const KVXDeviceID doomed =
-            addDevice("Doomed", 2, 0); // the device is paced: it has its own render thread
-        player.object().set("CurrentDeviceID", std::int64_t(doomed));
+        const KVXDeviceID lost = addDevice("Lost", 2, 0); // the device is paced: it has its own render thread
+        player.object().set("CurrentDeviceID", std::int64_t(lost));
         player.play();
         while (player.get("CurrentTime") == 0.0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(doomed), 0);
+        ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(lost), 0);
         if (!pauses) continue; // the player is destroyed while the device is being removed
         player.pause();
         EXPECT_FALSE(player.isPlaying());

@@ -121,22 +121,6 @@ Samples channelOf(const Samples& samples, int channels, int channel)
 
 Samples silence(std::size_t samples) { return Samples(samples, 0.0f); }
 
-void expectSamples(const Samples& rendered, const Samples& expected)
-{
-    EXPECT_EQ(rendered.size(), expected.size());
-    const std::size_t count = std::min(rendered.size(), expected.size());
-    for (std::size_t i = 0; i < count; ++i)
-        ASSERT_EQ(rendered[i], expected[i]) << "sample " << i << " of " << expected.size();
-}
-
-void expectThenSilence(const Samples& rendered, const Samples& expected)
-{
-    ASSERT_GE(rendered.size(), expected.size());
-    Samples longer = expected;
-    longer.resize(rendered.size(), 0.0f);
-    expectSamples(rendered, longer);
-}
-
 double amplitudeAt(const Samples& samples, double hertz, double sampleRate)
 {
     const std::complex<double> turn = std::polar(1.0, -2 * pi * hertz / sampleRate);

@@ -1,6 +1,7 @@
 // A file player of the library on a stepped device, generated sounds, and measurements of rendered samples.
 #pragma once
 
+#include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"
@@ -82,12 +83,6 @@ support::Sound makeRamp(int sampleRate, int channels, std::size_t frames);
 Samples partOf(const Samples& samples, int channels, std::size_t first, std::size_t frames);
 Samples channelOf(const Samples& samples, int channels, int channel);
 Samples silence(std::size_t samples);
-
-/// Expect equal samples; -0 equals +0.
-void expectSamples(const Samples& rendered, const Samples& expected);
-
-/// Expect `expected`, followed by silence only.
-void expectThenSilence(const Samples& rendered, const Samples& expected);
 
 /// The peak amplitude of the sine at `hertz`, through a window that suppresses other frequencies.
 double amplitudeAt(const Samples& samples, double hertz, double sampleRate);

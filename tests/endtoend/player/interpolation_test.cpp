@@ -1,4 +1,5 @@
 // The output of a device equals the reference player bit for bit, for many block lengths, slices and rates.
+#include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
 #include "tests/support/sound_samples.h"
@@ -58,16 +59,6 @@ void queue(host::Object& player, ReferenceOutput& reference, const Fact& fact)
     }
 }
 
-void expectSame(const std::vector<float>& captured, const std::vector<float>& expected)
-{
-    ASSERT_EQ(captured.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i)
-        if (!(captured[i] == expected[i])) {
-            FAIL() << "sample " << i << " of " << expected.size() << " is " << captured[i] << ", not "
-                   << expected[i];
-        }
-}
-
 TEST_F(Interpolation, EqualsTheReferencePlayerBitForBit)
 {
     for (const Fact& fact : facts) {
@@ -82,7 +73,7 @@ TEST_F(Interpolation, EqualsTheReferencePlayerBitForBit)
 
         ASSERT_TRUE(player.call("Start").boolean());
         while (player.get("IsRunning").boolean()) device.step(fact.sliceFrames);
-        expectSame(device.output(), reference.playToEnd(fact.sliceFrames, fact.deviceChannels));
+        expectSamples(device.output(), reference.playToEnd(fact.sliceFrames, fact.deviceChannels));
         EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
     }
 }
@@ -109,7 +100,7 @@ TEST_F(Interpolation, ContinuesAfterAnUnderflow)
         EXPECT_TRUE(player.get("HadUnderflow").boolean());
         EXPECT_EQ(player.get("OutputPosition").number(), reference.position());
     }
-    expectSame(device.output(), reference.played());
+    expectSamples(device.output(), reference.played());
     player.set("NoUnderflow", false);
     player.call("Stop");
 }

@@ -1,5 +1,6 @@
 // Several players on one device: the device renders the sum of their samples, added in the order of their
 // starts in single precision, and a stopped player leaves the others unchanged.
+#include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
 
@@ -80,9 +81,7 @@ public:
             EXPECT_EQ(member.player.get("IsRunning").boolean(), member.reference.isRunning());
             EXPECT_EQ(member.player.get("OutputPosition").number(), member.reference.position());
         }
-        ASSERT_EQ(device_.output().size(), expected_.size());
-        for (std::size_t i = 0; i < expected_.size(); ++i)
-            ASSERT_EQ(device_.output()[i], expected_[i]) << "sample " << i;
+        expectSamples(device_.output(), expected_);
     }
 
     std::size_t running() const

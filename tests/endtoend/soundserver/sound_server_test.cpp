@@ -1,8 +1,8 @@
 // `kvx play` through PortAudio to a real sound server: a recording of the stream equals the file, sample for
 // sample.
 #include "tests/endtoend/command/kvx_runner.h"
+#include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/soundserver/sound_server.h"
-#include "tests/support/sound_samples.h"
 
 #include <gtest/gtest.h>
 
@@ -54,11 +54,7 @@ TEST(SoundServer, ReceivesTheFileSampleForSample)
         std::find_if(recorded.begin(), recorded.end(), [](float sample) { return sample != 0.0f; });
     const auto start = std::size_t(first - recorded.begin()) / 2 * 2;
     ASSERT_LE(start + sweep.size(), recorded.size()) << "the recording ends early";
-    for (std::size_t i = 0; i < sweep.size(); ++i)
-        ASSERT_EQ(recorded[start + i], sweep[i]) << "sample " << i << " of " << sweep.size();
-    EXPECT_TRUE(std::all_of(recorded.begin() + std::ptrdiff_t(start + sweep.size()), recorded.end(),
-                            [](float sample) { return sample == 0.0f; }))
-        << "silence after the end";
+    expectThenSilence({recorded.begin() + std::ptrdiff_t(start), recorded.end()}, sweep);
 }
 
 } // namespace
