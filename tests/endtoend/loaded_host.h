@@ -47,7 +47,7 @@ inline void expectCleanHost(const host::Host& host)
     EXPECT_EQ(host.misuses(), std::vector<std::string>());
 }
 
-/// Tests with one loaded host, which is clean when the members of the derived fixture are gone.
+/// Tests with one loaded host, which is clean when the members of the derived fixture are destroyed.
 struct LoadedHostTest : testing::Test {
     LoadedHost loaded;
 

@@ -184,15 +184,16 @@ TEST_F(Play, InfoPrintsTheChannelsThatDoNotPlay)
 TEST_F(Play, FindsFileNamesInTheOtherNormalForm)
 {
     const std::string composed = "\xc3\xa9.wav", decomposed = "e\xcc\x81.wav";
-    for (const auto& [onDisk, asked] : {std::pair(composed, decomposed), std::pair(decomposed, composed)}) {
+    for (const auto& [onDisk, requested] :
+         {std::pair(composed, decomposed), std::pair(decomposed, composed)}) {
         SCOPED_TRACE(onDisk);
         write(support::makeNoise(44100, 2, 441), onDisk);
         for (const Arguments& more : {Arguments{"--fast"}, {"--fast", "--buffered"}, {"--info"}}) {
-            const auto result = play(joined({asked}, more));
+            const auto result = play(joined({requested}, more));
             EXPECT_EQ(result.exitCode, 0) << result.err;
             EXPECT_NE(result.out.find(onDisk), std::string::npos) << result.out;
         }
-        const auto result = play({"--fast", asked, "--capture", onDisk});
+        const auto result = play({"--fast", requested, "--capture", onDisk});
         EXPECT_EQ(result.exitCode, 1) << "input and capture are one file";
         std::filesystem::remove(folder / onDisk);
     }

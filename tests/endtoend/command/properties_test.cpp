@@ -197,10 +197,10 @@ TEST(KvxProperties, PrintStatusesInWords)
             {{"set", "0", "abcd", "--hex", "01"}, "'who?'"},
             // ---- objects ----
             {{"get", "stream:2", "sfmt"}, "object 2 is of class 'adev', not 'astr'; use id:2"},
-            {{"get", "nobody", "name"}, "no device is called \"nobody\"; `kvx devices` lists"},
+            {{"get", "Missing", "name"}, "no device is called \"Missing\"; `kvx devices` lists"},
             {{"get", "", "name"}, "no device is called"},
             {{"get", "Simulated", "name"}, "fits \"Simulated Device\", \"Simulated Input\"; give the number"},
-            {{"set", "system", "dOut", "nobody"}, "no device is called"},
+            {{"set", "system", "dOut", "Missing"}, "no device is called"},
             // ---- references ----
             {{"get", "system", "duid", "x"}, "a reference"},
             {{"get", "0", "suse"}, "a reference"},
@@ -218,7 +218,7 @@ TEST(KvxProperties, RefuseWrongUsageWithAdvice)
             {{"set", "0", "nsrt"}, "value is required"},
             {{"get", "0", "kAudioNoSuch"}, "\"kAudioNoSuch\" is no selector"},
             {{"get", "0", "kAudioPropertyWildcardChannel"}, "is no selector"},
-            {{"get", "nobody", "kAudioNoSuch"}, "is no selector"},
+            {{"get", "Missing", "kAudioNoSuch"}, "is no selector"},
             {{"get", "0", "nsrt", "--scope", "sideways"}, "\"sideways\" is no scope"},
             {{"get", "0", "nsrt", "--element", "left"}, "\"left\" is no element"},
             {{"get", "0", "nsrt", "5"}, "'nsrt' is read without a value"},

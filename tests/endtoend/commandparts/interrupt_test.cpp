@@ -21,6 +21,7 @@ TEST(InterruptDeathTest, SecondSignalOfAKindEndsTheProcess)
         {
             const InterruptGuard guard;
             EXPECT_FALSE(isInterrupted());
+            EXPECT_EQ(interruptExitCode(), 0);
             std::raise(signal);
             EXPECT_TRUE(isInterrupted());
             EXPECT_EQ(interruptExitCode(), 128 + signal);

@@ -30,26 +30,24 @@ std::vector<kvx::ObjectID> allObjects(const kvx::CoreAudio& core)
 TEST_F(PropertyForms, PrintEveryValueOfEveryObject)
 {
     std::size_t values = 0;
-    {
-        const kvx::CoreAudio core(loaded.host);
-        const kvx::PropertyTypes types = kvx::propertyTypes();
-        for (kvx::ObjectID object : allObjects(core))
-            for (std::size_t i = 0; i < types.count; ++i)
-                for (kvx::Code scope : {kvx::globalScope, kvx::outputScope, kvx::inputScope})
-                    for (std::uint32_t element = 0; element <= 3; ++element) {
-                        const kvx::PropertyType& type = types.first[i];
-                        if (type.question != Question::none) continue;
-                        const kvx::PropertyAddress address = {object, type.selector, scope, element};
-                        const auto answer =
-                            type.form == Form::reference ? core.readText(address) : core.read(address);
-                        if (!answer.isGood()) continue;
-                        ++values;
-                        const std::string text = kvx::printValue(type.form, type.extent, answer.value);
-                        EXPECT_NE(text.substr(0, 6), "0000  ")
-                            << kvx::printCode(type.selector) << " of object " << object << ", "
-                            << kvx::printCode(scope) << ", element " << element << ": " << text;
-                    }
-    }
+    const kvx::CoreAudio core(loaded.host);
+    const kvx::PropertyTypes types = kvx::propertyTypes();
+    for (kvx::ObjectID object : allObjects(core))
+        for (std::size_t i = 0; i < types.count; ++i)
+            for (kvx::Code scope : {kvx::globalScope, kvx::outputScope, kvx::inputScope})
+                for (std::uint32_t element = 0; element <= 3; ++element) {
+                    const kvx::PropertyType& type = types.first[i];
+                    if (type.question != Question::none) continue;
+                    const kvx::PropertyAddress address = {object, type.selector, scope, element};
+                    const auto answer =
+                        type.form == Form::reference ? core.readText(address) : core.read(address);
+                    if (!answer.isGood()) continue;
+                    ++values;
+                    const std::string text = kvx::printValue(type.form, type.extent, answer.value);
+                    EXPECT_NE(text.substr(0, 6), "0000  ")
+                        << kvx::printCode(type.selector) << " of object " << object << ", "
+                        << kvx::printCode(scope) << ", element " << element << ": " << text;
+                }
     EXPECT_GT(values, 300u);
 }
 

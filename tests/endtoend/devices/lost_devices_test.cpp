@@ -76,7 +76,7 @@ TEST_F(LostDevices, PlayersOnUnpluggedDevicesStopWithoutHanging)
     ASSERT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
     EXPECT_TRUE(player.get("IsRunning").boolean());
     stop(player);
-    EXPECT_FALSE(player.call("Start").boolean()) << "the device is gone";
+    EXPECT_FALSE(player.call("Start").boolean()) << "the device is removed";
     EXPECT_FALSE(player.get("IsRunning").boolean());
 }
 

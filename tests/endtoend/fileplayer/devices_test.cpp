@@ -134,11 +134,11 @@ TEST_F(FilePlayerDevices, OfOtherChannelCountsAndRatesCanBeChosenDuringPlayback)
 TEST_F(FilePlayerDevices, ThatDoNotExistAreRefusedAndPlaybackContinues)
 {
     FilePlayer player(loaded, path);
-    const KVXDeviceID gone = addDevice("Gone", 2, 0);
-    KVXPlatformRemoveSimulatedDevice(gone);
+    const KVXDeviceID removed = addDevice("Removed", 2, 0);
+    KVXPlatformRemoveSimulatedDevice(removed);
     player.play();
     player.render(512);
-    for (const std::int64_t id : {std::int64_t(gone), std::int64_t(1), std::int64_t(0xFFFFFFFF)}) {
+    for (const std::int64_t id : {std::int64_t(removed), std::int64_t(1), std::int64_t(0xFFFFFFFF)}) {
         SCOPED_TRACE(id);
         player.object().set("CurrentDeviceID", id);
         EXPECT_NE(player.error(), 0);

@@ -123,12 +123,12 @@ Samples silence(std::size_t samples) { return Samples(samples, 0.0f); }
 
 double amplitudeAt(const Samples& samples, double hertz, double sampleRate)
 {
-    const std::complex<double> turn = std::polar(1.0, -2 * pi * hertz / sampleRate);
+    const std::complex<double> rotation = std::polar(1.0, -2 * pi * hertz / sampleRate);
     std::complex<double> sum = 0, at = 1;
     const double count = double(samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i) {
         sum += windowAt((double(i) + 0.5) / count) * double(samples[i]) * at;
-        at *= turn;
+        at *= rotation;
     }
     return 2 * std::abs(sum) / (count * windowMean);
 }

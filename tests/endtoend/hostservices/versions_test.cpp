@@ -1,4 +1,4 @@
-// Every feature of the library works in every host version. Each version runs in a process of its own, since
+// Every feature of the library works in every host version. Each version runs in its own process, since
 // a library enters only one host.
 #include "tests/endtoend/hostservices/library_features.h"
 #include "tests/endtoend/loaded_host.h"

@@ -39,7 +39,7 @@ const Fact facts[] = {
     {1, 48000, 44100, 2,  512, {4000, 4000, 4000},   "a lower device rate: frames are skipped"},
     {2, 48000, 44100, 2,  512, {4000, 4000, 4000},   "the same in stereo"},
     {1,  8000, 44100, 2,  512, {500, 500, 500},      "a much higher device rate: slices end between neighbours"},
-    {2,  8000, 44100, 2,   16, {50, 50, 50, 50},     "short slices: many begin after a seam"},
+    {2,  8000, 44100, 2,   16, {50, 50, 50, 50},     "short slices: many start at a block end"},
     {1,  8000, 44100, 2,    1, {5, 4, 3, 2, 1},      "one frame at a time"},
     {1, 96000, 44100, 2,  128, {1000, 3, 1000},      "a block shorter than the step"},
     {2, 96000,  8000, 2,  128, {1000, 24, 1000},     "a step of twelve frames"},

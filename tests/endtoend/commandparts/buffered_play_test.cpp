@@ -1,8 +1,7 @@
-// The buffered play method, leak reports and interrupts, called directly, in cases that the whole command
-// cannot produce.
+// The buffered play method and the leak report, called directly, in cases that the whole command cannot
+// produce.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/buffered_play.h"
-#include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/support/sound_samples.h"
@@ -10,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -105,21 +103,6 @@ TEST(LeakReport, PrintsLiveObjectsAndReturnsAFailure)
     const std::string report = testing::internal::GetCapturedStderr();
     EXPECT_NE(report.find("1 object of class CoreAudioPlayerKVX"), std::string::npos) << report;
     EXPECT_NE(report.find("1 string"), std::string::npos) << report;
-}
-
-TEST(Interrupts, SetTheFlagAndTheExitCodeOfTheShell)
-{
-    const struct {
-        int signal, exitCode;
-    } facts[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
-    for (const auto& fact : facts) {
-        kvx::InterruptGuard guard;
-        EXPECT_FALSE(kvx::isInterrupted());
-        EXPECT_EQ(kvx::interruptExitCode(), 0);
-        std::raise(fact.signal);
-        EXPECT_EQ(kvx::isInterrupted(), fact.exitCode != 0);
-        EXPECT_EQ(kvx::interruptExitCode(), fact.exitCode);
-    }
 }
 
 } // namespace
