@@ -41,10 +41,10 @@ protected:
         spy::answer("AudioUnitGetProperty").value = bytes;
     }
 
-    Array map() { return call<ArrayOf<HostInteger>*>("ChannelMap", object()); }
+    Array map() { return members.call<ArrayOf<HostInteger>*>("ChannelMap", object()); }
     void setChannelMap(Array values)
     {
-        call<void>("setChannelMap", object(), static_cast<ArrayOf<HostInteger>*>(values));
+        members.call<void>("setChannelMap", object(), static_cast<ArrayOf<HostInteger>*>(values));
     }
 
     void expectNothingHeld()

@@ -3,7 +3,7 @@
 
 #include "plugin/process_state.h"
 #include "plugin/services.h"
-#include "tests/plugin/service_caches.h"
+#include "tests/support/service_caches.h"
 
 #include <algorithm>
 #include <functional>
@@ -55,7 +55,7 @@ protected:
         inStore = nullptr;
     }
 
-    Dictionary list() { return get<Dictionary>(object(), "OuputDevices"); }
+    Dictionary list() { return members.get<Dictionary>(object(), "OuputDevices"); }
 
     /// Expect this device list, and that the test then holds the only reference to the Dictionary.
     void expectList(const Notes& expected)
@@ -153,7 +153,7 @@ TEST_F(DeviceList, CallsPlatformAndHostInThisOrder)
     EXPECT_EQ(raised(), Notes());
     host().drop(dictionary);
     expectNothingHeld();
-    EXPECT_EQ(propertyRow("OuputDevices").setter, nullptr);
+    EXPECT_EQ(members.property("OuputDevices").setter, nullptr);
 }
 
 TEST_F(DeviceList, MapsIdentifiersToNames)

@@ -14,7 +14,7 @@ TEST_F(Device, IsReadFromTheOutputUnit)
     for (const std::uint32_t id : ids) {
         begin();
         spy::answer("AudioUnitGetProperty").value = graph_spy::bytesOf(id);
-        EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), id);
+        EXPECT_EQ(members.get<std::uint32_t>(object(), "CurrentDeviceID"), id);
         EXPECT_EQ(spy::calls(), Notes{"AudioUnitGetProperty(output, 2000, global, 0, size 4)"});
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, 0);
@@ -27,7 +27,7 @@ TEST_F(Device, IsSetOnTheOutputUnit)
         for (const OSStatus status : {0, -10851}) {
             begin();
             spy::answer("AudioUnitSetProperty").status = status;
-            set<std::uint32_t>(object(), "CurrentDeviceID", id);
+            members.set<std::uint32_t>(object(), "CurrentDeviceID", id);
             EXPECT_EQ(spy::calls(), Notes{"AudioUnitSetProperty(output, 2000, global, 0, " +
                                           std::to_string(id) + ", 4 bytes)"});
             EXPECT_EQ(seen(), Lasterrors{-1});
@@ -40,7 +40,7 @@ TEST_F(Device, IsZeroAfterARefusal)
     begin();
     spy::answer("AudioUnitGetProperty").status = -10879;
     spy::answer("AudioUnitGetProperty").leavesGarbage = false;
-    EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
+    EXPECT_EQ(members.get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, -10879);
 }
 
@@ -50,9 +50,9 @@ TEST_F(Device, CallsThePlatformEvenBeforeALoad)
     spy::answer("AudioUnitGetProperty").status = -50;
     spy::answer("AudioUnitGetProperty").leavesGarbage = false;
     spy::answer("AudioUnitSetProperty").status = -51;
-    EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
+    EXPECT_EQ(members.get<std::uint32_t>(object(), "CurrentDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, -50);
-    set<std::uint32_t>(object(), "CurrentDeviceID", 3);
+    members.set<std::uint32_t>(object(), "CurrentDeviceID", 3);
     EXPECT_EQ(data().lasterror, -51);
     EXPECT_EQ(spy::calls(), (Notes{"AudioUnitGetProperty(null, 2000, global, 0, size 4)",
                                    "AudioUnitSetProperty(null, 2000, global, 0, 3, 4 bytes)"}));
@@ -63,25 +63,25 @@ TEST_F(Device, OfTheSystemIsReadFromTheHardware)
     for (const std::uint32_t id : ids) {
         beginEmpty();
         spy::answer("AudioHardwareGetProperty").value = graph_spy::bytesOf(id);
-        EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), id);
+        EXPECT_EQ(members.get<std::uint32_t>(object(), "DefaultDeviceID"), id);
         EXPECT_EQ(spy::calls(), Notes{"AudioHardwareGetProperty('dOut', size 4)"});
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, 0);
     }
     spy::answer("AudioHardwareGetProperty").status = 'stop';
     spy::answer("AudioHardwareGetProperty").leavesGarbage = false;
-    EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u);
+    EXPECT_EQ(members.get<std::uint32_t>(object(), "DefaultDeviceID"), 0u);
     EXPECT_EQ(data().lasterror, 'stop');
-    EXPECT_EQ(propertyRow("DefaultDeviceID").setter, nullptr);
+    EXPECT_EQ(members.property("DefaultDeviceID").setter, nullptr);
 }
 
 TEST_F(Device, CatchesExceptionsOfThePlatform)
 {
     begin();
     spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
-    EXPECT_NO_THROW(EXPECT_EQ(get<std::uint32_t>(object(), "CurrentDeviceID"), 0u));
-    EXPECT_NO_THROW(set<std::uint32_t>(object(), "CurrentDeviceID", 1));
-    EXPECT_NO_THROW(EXPECT_EQ(get<std::uint32_t>(object(), "DefaultDeviceID"), 0u));
+    EXPECT_NO_THROW(EXPECT_EQ(members.get<std::uint32_t>(object(), "CurrentDeviceID"), 0u));
+    EXPECT_NO_THROW(members.set<std::uint32_t>(object(), "CurrentDeviceID", 1));
+    EXPECT_NO_THROW(EXPECT_EQ(members.get<std::uint32_t>(object(), "DefaultDeviceID"), 0u));
     EXPECT_EQ(data().lasterror, -1);
 }
 

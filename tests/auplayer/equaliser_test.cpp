@@ -17,8 +17,8 @@ protected:
 
     void update(Array bands)
     {
-        call<void>(isDouble ? "updateEQ(eqBands() as double)" : "updateEQ(eqBands() as single)", object(),
-                   static_cast<ArrayOf<Element>*>(bands));
+        members.call<void>(isDouble ? "updateEQ(eqBands() as double)" : "updateEQ(eqBands() as single)",
+                           object(), static_cast<ArrayOf<Element>*>(bands));
     }
     Array newArray(const std::vector<Element>& gains)
     {

@@ -101,7 +101,7 @@ TEST_F(Lifetime, TheDestructorWorksAfterAConstructorWithoutMemory)
     EXPECT_EQ(data().loadedAudio, nullptr);
     EXPECT_EQ(data().outputFormat, nullptr);
     EXPECT_NE(data().clientFormat, nullptr);
-    EXPECT_EQ(call<REALmemoryBlockStruct*>("Data", object()), nullptr);
+    EXPECT_EQ(members.call<REALmemoryBlockStruct*>("Data", object()), nullptr);
     destruct();
     EXPECT_EQ(data().clientFormat, nullptr);
 }

@@ -42,7 +42,8 @@ protected:
         FolderItem const another = host().newFolderItem();
         host().startOver();
         spy::forgetCalls();
-        EXPECT_EQ(call<HostBoolean>("LoadFile(", object(), another, HostInteger{2}, HostInteger{2}), 0);
+        EXPECT_EQ(members.call<HostBoolean>("LoadFile(", object(), another, HostInteger{2}, HostInteger{2}),
+                  0);
         EXPECT_EQ(raised(), Notes{secondLoad});
         EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(data().lasterror, -1);
@@ -55,7 +56,7 @@ protected:
         host().drop(another);
     }
 
-    REALmemoryBlockStruct* samplesBlock() { return call<REALmemoryBlockStruct*>("Data", object()); }
+    REALmemoryBlockStruct* samplesBlock() { return members.call<REALmemoryBlockStruct*>("Data", object()); }
 };
 
 /// The effect of a refused platform call on the load.
@@ -175,7 +176,8 @@ TEST_F(FailingLoad, RaisesForNilAndChangesNothing)
     data().lasterror = 17;
     for (const char* method : {"LoadFile(", "LoadFileMT("}) {
         SCOPED_TRACE(method);
-        EXPECT_EQ(call<HostBoolean>(method, object(), FolderItem{}, HostInteger{2}, HostInteger{2}), 0);
+        EXPECT_EQ(members.call<HostBoolean>(method, object(), FolderItem{}, HostInteger{2}, HostInteger{2}),
+                  0);
         EXPECT_EQ(raised(), Notes{"NilObjectException: file is nil"});
         EXPECT_EQ(data().lasterror, 17);
         EXPECT_EQ(data().file, nullptr);
@@ -412,8 +414,8 @@ TEST_F(FailingLoad, CatchesExceptionsOfTheHostDuringRaising)
             SCOPED_TRACE(why);
             host().inNext(service, [] { throw Thrown(); });
             HostBoolean result = 1;
-            EXPECT_NO_THROW(
-                result = call<HostBoolean>("LoadFile(", object(), file, HostInteger{2}, HostInteger{2}));
+            EXPECT_NO_THROW(result = members.call<HostBoolean>("LoadFile(", object(), file, HostInteger{2},
+                                                               HostInteger{2}));
             EXPECT_EQ(result, 0);
         };
         startOver();

@@ -12,7 +12,7 @@ using namespace auplayer_test;
 
 class Loading : public PlayerTest {
 protected:
-    REALmemoryBlockStruct* samplesBlock() { return call<REALmemoryBlockStruct*>("Data", object()); }
+    REALmemoryBlockStruct* samplesBlock() { return members.call<REALmemoryBlockStruct*>("Data", object()); }
 };
 
 TEST_F(Loading, CallsThePlatformInThisOrder)

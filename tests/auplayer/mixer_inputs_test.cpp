@@ -22,7 +22,7 @@ std::string inputAddress(const char* parameter, std::uint32_t input)
 template <class T>
 void setOf(const char* method, Object object, std::uint32_t input, T value)
 {
-    reinterpret_cast<void (*)(Object, std::uint32_t, T)>(methodRow(method).setter)(object, input, value);
+    reinterpret_cast<void (*)(Object, std::uint32_t, T)>(members.method(method).setter)(object, input, value);
 }
 
 TEST_F(MixerInputs, HaveAVolume)
@@ -32,7 +32,8 @@ TEST_F(MixerInputs, HaveAVolume)
             begin();
             spy::answer("AudioUnitGetParameter").parameter = status ? 0 : 0.1f;
             spy::answer("AudioUnitGetParameter").status = status;
-            EXPECT_EQ(call<double>("InputVolume", object(), input), status ? 0.0 : static_cast<double>(0.1f));
+            EXPECT_EQ(members.call<double>("InputVolume", object(), input),
+                      status ? 0.0 : static_cast<double>(0.1f));
             EXPECT_EQ(spy::calls(), Notes{getCall("mixer", inputAddress("0", input))});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, status);
@@ -80,14 +81,14 @@ TEST_F(MixerInputs, AreEnabledByTheLowByteOfAWholeNumber)
             SCOPED_TRACE(row.why);
             begin();
             spy::answer("AudioUnitGetParameter").parameter = row.value;
-            EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), input), row.isEnabled);
+            EXPECT_EQ(members.call<HostBoolean>("InputEnabled", object(), input), row.isEnabled);
             EXPECT_EQ(spy::calls(), Notes{getCall("mixer", inputAddress("1", input))});
             EXPECT_EQ(seen(), Lasterrors{-1});
             EXPECT_EQ(data().lasterror, 0);
         }
     begin();
     spy::answer("AudioUnitGetParameter").status = refused;
-    EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), 0u), 0);
+    EXPECT_EQ(members.call<HostBoolean>("InputEnabled", object(), 0u), 0);
     EXPECT_EQ(data().lasterror, refused);
 }
 
@@ -109,11 +110,11 @@ TEST_F(MixerInputs, CallThePlatformEvenBeforeALoad)
 {
     spy::answer("AudioUnitGetParameter").status = -50;
     spy::answer("AudioUnitSetParameter").status = -51;
-    EXPECT_EQ(call<double>("InputVolume", object(), 3u), 0.0);
+    EXPECT_EQ(members.call<double>("InputVolume", object(), 3u), 0.0);
     EXPECT_EQ(data().lasterror, -50);
     setOf<double>("InputVolume", object(), 3, 1);
     EXPECT_EQ(data().lasterror, -51);
-    EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), 3u), 0);
+    EXPECT_EQ(members.call<HostBoolean>("InputEnabled", object(), 3u), 0);
     EXPECT_EQ(data().lasterror, -50);
     setOf<HostBoolean>("InputEnabled", object(), 3, 1);
     EXPECT_EQ(data().lasterror, -51);
@@ -125,9 +126,9 @@ TEST_F(MixerInputs, CatchExceptionsOfThePlatform)
 {
     begin();
     spy::script().inEachCall = [](std::size_t) { throw Thrown(); };
-    EXPECT_NO_THROW(EXPECT_EQ(call<double>("InputVolume", object(), 0u), 0.0));
+    EXPECT_NO_THROW(EXPECT_EQ(members.call<double>("InputVolume", object(), 0u), 0.0));
     EXPECT_NO_THROW(setOf<double>("InputVolume", object(), 0, 1));
-    EXPECT_NO_THROW(EXPECT_EQ(call<HostBoolean>("InputEnabled", object(), 0u), 0));
+    EXPECT_NO_THROW(EXPECT_EQ(members.call<HostBoolean>("InputEnabled", object(), 0u), 0));
     EXPECT_NO_THROW(setOf<HostBoolean>("InputEnabled", object(), 0, 1));
     EXPECT_EQ(spy::calls().size(), 4u);
     EXPECT_EQ(data().lasterror, -1);

@@ -2,10 +2,8 @@
 
 #include "auplayer/render.h"
 #include "plugin/process_state.h"
-#include "tests/plugin/service_caches.h"
+#include "tests/support/service_caches.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace auplayer_test {
@@ -16,30 +14,7 @@ constexpr std::size_t guardBytes = 64; // guard bytes after the class data
 constexpr std::size_t objectBytes = dataOffset + sizeof(auplayer::AUPlayerData) + guardBytes;
 constexpr char guardByte = 0x5A;
 
-template <class Row, class Matches>
-const Row& find(const void* rows, Word count, Matches matches)
-{
-    const auto* row = static_cast<const Row*>(rows);
-    for (Word i = 0; i < count; ++i)
-        if (matches(row[i])) return row[i];
-    std::fputs("the class has no such member\n", stderr);
-    std::abort();
-}
-
 } // namespace
-
-const REALproperty& propertyRow(std::string_view name)
-{
-    return find<REALproperty>(auPlayerClass.properties, auPlayerClass.propertyCount,
-                              [&](const REALproperty& row) { return row.name == name; });
-}
-
-const REALmethod& methodRow(std::string_view beginning)
-{
-    return find<REALmethod>(auPlayerClass.methods, auPlayerClass.methodCount, [&](const REALmethod& row) {
-        return std::string_view(row.declaration).substr(0, beginning.size()) == beginning;
-    });
-}
 
 PlayerTest::PlayerTest()
 {
@@ -74,7 +49,7 @@ void PlayerTest::construct()
 {
     std::memset(memory_.get(), guardByte, objectBytes);
     std::memset(memory_.get() + dataOffset, 0, sizeof(auplayer::AUPlayerData));
-    reinterpret_cast<void (*)(Object)>(auPlayerClass.constructor)(object());
+    members.construct(object());
     isAlive_ = true;
     spy::name(&data(), "the player");
     spy::name(reinterpret_cast<const void*>(&auplayer::renderInput), "renderInput");
@@ -84,7 +59,7 @@ void PlayerTest::destruct()
 {
     if (!isAlive_) return;
     isAlive_ = false;
-    reinterpret_cast<void (*)(Object)>(auPlayerClass.destructor)(object());
+    members.destruct(object());
 }
 
 auplayer::AUPlayerData& PlayerTest::data()
@@ -100,7 +75,8 @@ void PlayerTest::withhold(const std::string& service)
 
 bool PlayerTest::load(HostInteger inputChannels, HostInteger outputChannels, std::string_view method)
 {
-    return call<HostBoolean>(std::string(method) + "(", object(), item_, inputChannels, outputChannels) != 0;
+    return members.call<HostBoolean>(std::string(method) + "(", object(), item_, inputChannels,
+                                     outputChannels) != 0;
 }
 
 Notes PlayerTest::raised()

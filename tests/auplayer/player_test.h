@@ -6,6 +6,7 @@
 #include "plugin/classes.h"
 #include "tests/auplayer/graph_spy.h"
 #include "tests/support/c_library_spy.h"
+#include "tests/support/class_members.h"
 #include "tests/support/fake_host.h"
 
 #include <gtest/gtest.h>
@@ -18,35 +19,9 @@ namespace auplayer_test {
 
 using Object = REALobjectStruct*;
 using FolderItem = REALfolderItemStruct*;
+inline const support::ClassMembers members(auPlayerClass);
+
 using Notes = std::vector<std::string>;
-
-/// Return the property named `name`, or the method whose declaration begins with `beginning`. The program
-/// ends if there is no such property or method.
-const REALproperty& propertyRow(std::string_view name);
-const REALmethod& methodRow(std::string_view beginning);
-
-template <class T>
-T get(Object object, std::string_view property)
-{
-    const REALproperty& row = propertyRow(property);
-    return reinterpret_cast<T (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
-}
-
-template <class T>
-void set(Object object, std::string_view property, T value)
-{
-    const REALproperty& row = propertyRow(property);
-    reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
-}
-
-/// Call a method by the beginning of its declaration, for example
-/// call<HostBoolean>("LoadFile(", object, file, HostInteger{2}, HostInteger{2}).
-template <class Result, class... Arguments>
-Result call(std::string_view beginning, Object object, Arguments... arguments)
-{
-    return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(beginning).function)(object,
-                                                                                             arguments...);
-}
 
 /// An exception type that the plug-in does not know.
 struct Thrown {};

@@ -26,7 +26,7 @@ TEST_F(RateUnit, IsChosenByBypassingTheOther)
                     begin();
                     data().timePitchUnit = before;
                     spy::script().refusals = {{0, first}, {1, second}};
-                    set<HostInteger>(object(), "TimePitchUnit", value);
+                    members.set<HostInteger>(object(), "TimePitchUnit", value);
 
                     const HostInteger mode = value == 0 ? 1 : value;
                     const bool isChange = (mode == 1 || mode == 2) && mode != before;
@@ -52,7 +52,7 @@ TEST_F(RateUnit, AnUnknownNumberChangesNothing)
                                     HostInteger{INT32_MAX}, HostInteger{INT32_MIN}}) {
         begin();
         data().timePitchUnit = 2;
-        set<HostInteger>(object(), "TimePitchUnit", value);
+        members.set<HostInteger>(object(), "TimePitchUnit", value);
         EXPECT_EQ(spy::calls(), Notes());
         EXPECT_EQ(data().timePitchUnit, 2);
         EXPECT_EQ(data().lasterror, -1);
@@ -64,7 +64,7 @@ TEST_F(RateUnit, IsStoredBeforeALoadEvenIfThePlatformRefuses)
     for (const HostInteger value : {0, 1, 2}) {
         beginEmpty();
         spy::answer("AudioUnitSetProperty").status = -50;
-        set<HostInteger>(object(), "TimePitchUnit", value);
+        members.set<HostInteger>(object(), "TimePitchUnit", value);
         EXPECT_EQ(spy::calls(), (Notes{bypassCall("null", "1"), bypassCall("null", "0")}));
         EXPECT_EQ(data().lasterror, -50);
         EXPECT_EQ(data().timePitchUnit, value == 2 ? 2 : 1);
@@ -76,7 +76,7 @@ TEST_F(RateUnit, IsNotStoredIfThePlatformThrows)
     for (const std::size_t throwing : {0u, 1u}) {
         begin();
         throwInCall(throwing);
-        EXPECT_NO_THROW(set<HostInteger>(object(), "TimePitchUnit", 2));
+        EXPECT_NO_THROW(members.set<HostInteger>(object(), "TimePitchUnit", 2));
         EXPECT_EQ(spy::calls().size(), throwing + 1);
         EXPECT_EQ(data().timePitchUnit, 0);
     }

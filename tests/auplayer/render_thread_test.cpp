@@ -45,19 +45,19 @@ TEST_F(RenderThread, RendersWholeSlicesWhileThePositionChanges)
     for (int i = 0; i < 20000 || rendered < 1000; ++i) {
         // Times up to 3 seconds, partly past the end of the file at 2.5 seconds.
         const double seconds = (i * 7919 % 3000) / 1000.0;
-        set<double>(object(), "CurrentTime", i % 100 ? seconds : -1.0);
-        set<double>(object(), "LoopIn", seconds);
-        set<double>(object(), "LoopOut", seconds + 0.1);
-        set<HostBoolean>(object(), "Looping", HostBoolean(i % 3 != 0));
-        EXPECT_GE(get<double>(object(), "CurrentTime"), 0.0);
-        EXPECT_GE(get<double>(object(), "LoopOut"), get<double>(object(), "LoopIn"));
+        members.set<double>(object(), "CurrentTime", i % 100 ? seconds : -1.0);
+        members.set<double>(object(), "LoopIn", seconds);
+        members.set<double>(object(), "LoopOut", seconds + 0.1);
+        members.set<HostBoolean>(object(), "Looping", HostBoolean(i % 3 != 0));
+        EXPECT_GE(members.get<double>(object(), "CurrentTime"), 0.0);
+        EXPECT_GE(members.get<double>(object(), "LoopOut"), members.get<double>(object(), "LoopIn"));
     }
     isOver = true;
     audio.join();
     EXPECT_EQ(wrong, 0);
 
-    set<HostBoolean>(object(), "Looping", 0);
-    set<double>(object(), "CurrentTime", 1.0);
+    members.set<HostBoolean>(object(), "Looping", 0);
+    members.set<double>(object(), "CurrentTime", 1.0);
     EXPECT_EQ(data().position, 400u);
 }
 

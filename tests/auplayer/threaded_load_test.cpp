@@ -65,7 +65,7 @@ TEST_F(ThreadedLoad, YieldsUntilTheFileHasBeenRead)
     std::function<void()> yield;
     yield = [&] {
         ++count;
-        EXPECT_EQ(call<REALmemoryBlockStruct*>("Data", object()), nullptr) << "nothing has been read";
+        EXPECT_EQ(members.call<REALmemoryBlockStruct*>("Data", object()), nullptr) << "nothing has been read";
         if (count < readYields) host().inNext("REALYieldToRB", yield);
     };
     host().inNext("REALYieldToRB", yield);
@@ -82,7 +82,7 @@ TEST_F(ThreadedLoad, RefusesASecondLoadDuringTheFirst)
     FolderItem const another = host().newFolderItem();
     HostBoolean inner = 1;
     host().inNext("REALYieldToRB", [&] {
-        inner = call<HostBoolean>("LoadFileMT(", object(), another, HostInteger{2}, HostInteger{2});
+        inner = members.call<HostBoolean>("LoadFileMT(", object(), another, HostInteger{2}, HostInteger{2});
     });
     EXPECT_TRUE(load(2, 2, "LoadFileMT"));
     EXPECT_EQ(inner, 0);
@@ -101,28 +101,28 @@ using Array = REALarrayStruct*;
 template <class Element>
 void update(Object object, Host& host, Array bands)
 {
-    call<void>(sizeof(Element) == sizeof(float) ? "updateEQ(eqBands() as single)"
-                                                : "updateEQ(eqBands() as double)",
-               object, static_cast<ArrayOf<Element>*>(bands));
+    members.call<void>(sizeof(Element) == sizeof(float) ? "updateEQ(eqBands() as single)"
+                                                        : "updateEQ(eqBands() as double)",
+                       object, static_cast<ArrayOf<Element>*>(bands));
     host.drop(bands);
 }
 
 void setChannelMap(Object object, Host& host)
 {
     const Array map = host.newIntegers({1, 0});
-    call<void>("setChannelMap", object, static_cast<ArrayOf<HostInteger>*>(map));
+    members.call<void>("setChannelMap", object, static_cast<ArrayOf<HostInteger>*>(map));
     host.drop(map);
 }
 
 template <class T>
 T getIndexed(Object object, std::string_view method)
 {
-    return call<T>(method, object, std::uint32_t{0});
+    return members.call<T>(method, object, std::uint32_t{0});
 }
 template <class T>
 void setIndexed(Object object, std::string_view method, T value)
 {
-    reinterpret_cast<void (*)(Object, std::uint32_t, T)>(methodRow(method).setter)(object, 0, value);
+    reinterpret_cast<void (*)(Object, std::uint32_t, T)>(members.method(method).setter)(object, 0, value);
 }
 
 /// Return a field as the host accesses it: by its offset in the class data. The host uses one load or store.
@@ -130,7 +130,7 @@ template <class T>
 T& field(Object object, std::string_view property)
 {
     char* const data = reinterpret_cast<char*>(&auplayer::dataOf(object));
-    return *reinterpret_cast<T*>(data + propertyRow(property).parameter);
+    return *reinterpret_cast<T*>(data + members.property(property).parameter);
 }
 template <class T>
 void read(Object object, std::string_view property)
@@ -156,48 +156,48 @@ struct Member {
     void (*use)(Object, Host&);
 };
 
-const Member members[] = {
+const Member memberUses[] = {
     // clang-format off
-    {"Playing",             [](Object o, Host&) { get<HostBoolean>(o, "Playing"); }},
-    {"set Playing",         [](Object o, Host&) { set<HostBoolean>(o, "Playing", 0); }},
-    {"set Playing, true",   [](Object o, Host&) { set<HostBoolean>(o, "Playing", 1); }},
-    {"Play",                [](Object o, Host&) { call<void>("Play", o); }},
-    {"Pause",               [](Object o, Host&) { call<void>("Pause", o); }},
-    {"Reset",               [](Object o, Host&) { call<void>("Reset", o); }},
-    {"Data",                [](Object o, Host& h) { if (auto* block = call<REALmemoryBlockStruct*>("Data", o)) h.drop(block); }},
-    {"CurrentTime",         [](Object o, Host&) { get<double>(o, "CurrentTime"); }},
-    {"set CurrentTime",     [](Object o, Host&) { set<double>(o, "CurrentTime", 0); }},
-    {"TrackLength",         [](Object o, Host&) { get<double>(o, "TrackLength"); }},
-    {"SampleRate",          [](Object o, Host&) { get<double>(o, "SampleRate"); }},
-    {"LoopIn",              [](Object o, Host&) { get<double>(o, "LoopIn"); }},
-    {"set LoopIn",          [](Object o, Host&) { set<double>(o, "LoopIn", 0.5); }},
-    {"LoopOut",             [](Object o, Host&) { get<double>(o, "LoopOut"); }},
-    {"set LoopOut",         [](Object o, Host&) { set<double>(o, "LoopOut", 1); }},
-    {"Looping",             [](Object o, Host&) { get<HostBoolean>(o, "Looping"); }},
-    {"set Looping",         [](Object o, Host&) { set<HostBoolean>(o, "Looping", 1); }},
-    {"Pan",                 [](Object o, Host&) { get<double>(o, "Pan"); }},
-    {"set Pan",             [](Object o, Host&) { set<double>(o, "Pan", 0.5); }},
-    {"OutputVolume",        [](Object o, Host&) { get<double>(o, "OutputVolume"); }},
-    {"set OutputVolume",    [](Object o, Host&) { set<double>(o, "OutputVolume", 0.5); }},
+    {"Playing",             [](Object o, Host&) { members.get<HostBoolean>(o, "Playing"); }},
+    {"set Playing",         [](Object o, Host&) { members.set<HostBoolean>(o, "Playing", 0); }},
+    {"set Playing, true",   [](Object o, Host&) { members.set<HostBoolean>(o, "Playing", 1); }},
+    {"Play",                [](Object o, Host&) { members.call<void>("Play", o); }},
+    {"Pause",               [](Object o, Host&) { members.call<void>("Pause", o); }},
+    {"Reset",               [](Object o, Host&) { members.call<void>("Reset", o); }},
+    {"Data",                [](Object o, Host& h) { if (auto* block = members.call<REALmemoryBlockStruct*>("Data", o)) h.drop(block); }},
+    {"CurrentTime",         [](Object o, Host&) { members.get<double>(o, "CurrentTime"); }},
+    {"set CurrentTime",     [](Object o, Host&) { members.set<double>(o, "CurrentTime", 0); }},
+    {"TrackLength",         [](Object o, Host&) { members.get<double>(o, "TrackLength"); }},
+    {"SampleRate",          [](Object o, Host&) { members.get<double>(o, "SampleRate"); }},
+    {"LoopIn",              [](Object o, Host&) { members.get<double>(o, "LoopIn"); }},
+    {"set LoopIn",          [](Object o, Host&) { members.set<double>(o, "LoopIn", 0.5); }},
+    {"LoopOut",             [](Object o, Host&) { members.get<double>(o, "LoopOut"); }},
+    {"set LoopOut",         [](Object o, Host&) { members.set<double>(o, "LoopOut", 1); }},
+    {"Looping",             [](Object o, Host&) { members.get<HostBoolean>(o, "Looping"); }},
+    {"set Looping",         [](Object o, Host&) { members.set<HostBoolean>(o, "Looping", 1); }},
+    {"Pan",                 [](Object o, Host&) { members.get<double>(o, "Pan"); }},
+    {"set Pan",             [](Object o, Host&) { members.set<double>(o, "Pan", 0.5); }},
+    {"OutputVolume",        [](Object o, Host&) { members.get<double>(o, "OutputVolume"); }},
+    {"set OutputVolume",    [](Object o, Host&) { members.set<double>(o, "OutputVolume", 0.5); }},
     {"InputVolume",         [](Object o, Host&) { getIndexed<double>(o, "InputVolume"); }},
     {"set InputVolume",     [](Object o, Host&) { setIndexed<double>(o, "InputVolume", 0.5); }},
     {"InputEnabled",        [](Object o, Host&) { getIndexed<HostBoolean>(o, "InputEnabled"); }},
     {"set InputEnabled",    [](Object o, Host&) { setIndexed<HostBoolean>(o, "InputEnabled", 1); }},
-    {"MeterLevel",          [](Object o, Host&) { get<double>(o, "MeterLevel"); }},
-    {"TimeRate",            [](Object o, Host&) { get<double>(o, "TimeRate"); }},
-    {"set TimeRate",        [](Object o, Host&) { set<double>(o, "TimeRate", 1); }},
-    {"PitchRate",           [](Object o, Host&) { get<double>(o, "PitchRate"); }},
-    {"set PitchRate",       [](Object o, Host&) { set<double>(o, "PitchRate", 0); }},
-    {"Overlap",             [](Object o, Host&) { get<double>(o, "Overlap"); }},
-    {"set Overlap",         [](Object o, Host&) { set<double>(o, "Overlap", 8); }},
-    {"EnablePeakLocking",   [](Object o, Host&) { get<HostBoolean>(o, "EnablePeakLocking"); }},
-    {"set EnablePeakLocking", [](Object o, Host&) { set<HostBoolean>(o, "EnablePeakLocking", 1); }},
-    {"set TimePitchUnit",   [](Object o, Host&) { set<HostInteger>(o, "TimePitchUnit", 1); }},
-    {"CurrentDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "CurrentDeviceID"); }},
-    {"set CurrentDeviceID", [](Object o, Host&) { set<std::uint32_t>(o, "CurrentDeviceID", 2); }},
-    {"DefaultDeviceID",     [](Object o, Host&) { get<std::uint32_t>(o, "DefaultDeviceID"); }},
-    {"ChannelMap",          [](Object o, Host& h) { if (auto* map = call<ArrayOf<HostInteger>*>("ChannelMap", o)) h.drop(map); }},
-    {"OuputDevices",        [](Object o, Host& h) { if (Object list = get<Object>(o, "OuputDevices")) h.drop(list); }},
+    {"MeterLevel",          [](Object o, Host&) { members.get<double>(o, "MeterLevel"); }},
+    {"TimeRate",            [](Object o, Host&) { members.get<double>(o, "TimeRate"); }},
+    {"set TimeRate",        [](Object o, Host&) { members.set<double>(o, "TimeRate", 1); }},
+    {"PitchRate",           [](Object o, Host&) { members.get<double>(o, "PitchRate"); }},
+    {"set PitchRate",       [](Object o, Host&) { members.set<double>(o, "PitchRate", 0); }},
+    {"Overlap",             [](Object o, Host&) { members.get<double>(o, "Overlap"); }},
+    {"set Overlap",         [](Object o, Host&) { members.set<double>(o, "Overlap", 8); }},
+    {"EnablePeakLocking",   [](Object o, Host&) { members.get<HostBoolean>(o, "EnablePeakLocking"); }},
+    {"set EnablePeakLocking", [](Object o, Host&) { members.set<HostBoolean>(o, "EnablePeakLocking", 1); }},
+    {"set TimePitchUnit",   [](Object o, Host&) { members.set<HostInteger>(o, "TimePitchUnit", 1); }},
+    {"CurrentDeviceID",     [](Object o, Host&) { members.get<std::uint32_t>(o, "CurrentDeviceID"); }},
+    {"set CurrentDeviceID", [](Object o, Host&) { members.set<std::uint32_t>(o, "CurrentDeviceID", 2); }},
+    {"DefaultDeviceID",     [](Object o, Host&) { members.get<std::uint32_t>(o, "DefaultDeviceID"); }},
+    {"ChannelMap",          [](Object o, Host& h) { if (auto* map = members.call<ArrayOf<HostInteger>*>("ChannelMap", o)) h.drop(map); }},
+    {"OuputDevices",        [](Object o, Host& h) { if (Object list = members.get<Object>(o, "OuputDevices")) h.drop(list); }},
     {"setChannelMap",       [](Object o, Host& h) { setChannelMap(o, h); }},
     {"updateEQ of doubles", [](Object o, Host& h) { update<double>(o, h, h.newDoubles({6, -6})); }},
     {"updateEQ of singles", [](Object o, Host& h) { update<float>(o, h, h.newSingles({6, -6})); }},
@@ -244,7 +244,7 @@ const Member members[] = {
 // operations synchronise the two threads, so the thread sanitizer reports any missing synchronisation.
 TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberDuringTheLoad)
 {
-    std::size_t next = 0, uses[std::size(members)] = {};
+    std::size_t next = 0, uses[std::size(memberUses)] = {};
     for (int round = 0; round < (support::hasThreadSanitizer ? 25 : 2); ++round) {
         startOver();
         graph_spy::platform().devices = {{40, "Built-in Output"}};
@@ -252,9 +252,9 @@ TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberDuringTheLoad)
         std::atomic<std::size_t> count{0};
         std::function<void()> yield;
         yield = [&] {
-            const std::size_t index = next++ % std::size(members);
-            SCOPED_TRACE(members[index].name);
-            EXPECT_NO_THROW(members[index].use(object(), host()));
+            const std::size_t index = next++ % std::size(memberUses);
+            SCOPED_TRACE(memberUses[index].name);
+            EXPECT_NO_THROW(memberUses[index].use(object(), host()));
             ++uses[index];
             count.fetch_add(1, std::memory_order_relaxed);
             host().inNext("REALYieldToRB", yield);
@@ -273,7 +273,7 @@ TEST_F(ThreadedLoad, LetsTheHostUseEveryMemberDuringTheLoad)
         for (const std::string& expected : goodLoad())
             EXPECT_GE(std::count(calls.begin(), calls.end(), expected), 1) << expected;
     }
-    for (std::size_t i = 0; i < std::size(members); ++i) EXPECT_GE(uses[i], 1u) << members[i].name;
+    for (std::size_t i = 0; i < std::size(memberUses); ++i) EXPECT_GE(uses[i], 1u) << memberUses[i].name;
 }
 
 TEST_F(ThreadedLoad, WorksInAHostThatCannotYield)

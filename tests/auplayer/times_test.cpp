@@ -90,7 +90,7 @@ TEST_F(Times, TheCurrentTimeIsConvertedToFrames)
         setFile(row.endFrame, row.trackLength);
         data().position = 77;
         data().lasterror = 4711;
-        set<double>(object(), "CurrentTime", row.seconds);
+        members.set<double>(object(), "CurrentTime", row.seconds);
         EXPECT_EQ(data().position, row.position);
         expectUntouched();
     }
@@ -122,20 +122,20 @@ TEST_F(Times, TheCurrentTimeIsReturnedInSeconds)
         setFile(row.endFrame, row.trackLength);
         data().position = row.position;
         data().lasterror = 4711;
-        expectSame(get<double>(object(), "CurrentTime"), row.seconds, row.why);
+        expectSame(members.get<double>(object(), "CurrentTime"), row.seconds, row.why);
         EXPECT_EQ(data().position, row.position);
         expectUntouched();
     }
-    EXPECT_FALSE(std::signbit(get<double>(object(), "CurrentTime")));
+    EXPECT_FALSE(std::signbit(members.get<double>(object(), "CurrentTime")));
 }
 
 TEST_F(Times, FramesPerSecondAreTheFramesReadOverTheDuration)
 {
     ASSERT_TRUE(load()); // a file of 48000 Hz whose 1000 frames last 2.5 seconds by the estimate
-    EXPECT_EQ(get<double>(object(), "SampleRate"), 48000.0);
-    set<double>(object(), "CurrentTime", 1.0);
+    EXPECT_EQ(members.get<double>(object(), "SampleRate"), 48000.0);
+    members.set<double>(object(), "CurrentTime", 1.0);
     EXPECT_EQ(data().position, 400u);
-    set<double>(object(), "LoopIn", 1.5);
+    members.set<double>(object(), "LoopIn", 1.5);
     EXPECT_EQ(data().loopIn, 600.0);
 }
 
@@ -146,10 +146,10 @@ TEST_F(Times, TrackLengthReturnsTheField)
     for (const double length : {0.0, 2.5, 1e300, -1.0, inf}) {
         data().trackLength = length;
         data().lasterror = 4711;
-        EXPECT_EQ(get<double>(object(), "TrackLength"), length);
+        EXPECT_EQ(members.get<double>(object(), "TrackLength"), length);
         expectUntouched();
     }
-    EXPECT_EQ(propertyRow("TrackLength").setter, nullptr);
+    EXPECT_EQ(members.property("TrackLength").setter, nullptr);
 }
 
 TEST_F(Times, SampleRateReturnsTheFieldAndResetsLasterror)
@@ -157,11 +157,11 @@ TEST_F(Times, SampleRateReturnsTheFieldAndResetsLasterror)
     for (const double rate : {0.0, 44100.0, 192000.5}) {
         data().sampleRate = rate;
         data().lasterror = 4711;
-        EXPECT_EQ(get<double>(object(), "SampleRate"), rate);
+        EXPECT_EQ(members.get<double>(object(), "SampleRate"), rate);
         EXPECT_EQ(data().lasterror, -1);
         EXPECT_EQ(spy::calls(), Notes());
     }
-    EXPECT_EQ(propertyRow("SampleRate").setter, nullptr);
+    EXPECT_EQ(members.property("SampleRate").setter, nullptr);
 }
 
 // ---- loop points ----
@@ -221,7 +221,7 @@ TEST_F(Times, LoopPointsAreConvertedToFrames)
             data().loopOut = row.before.out;
             data().isLooping = isLooping;
             data().lasterror = 4711;
-            set<double>(object(), row.which == in ? "LoopIn" : "LoopOut", row.seconds);
+            members.set<double>(object(), row.which == in ? "LoopIn" : "LoopOut", row.seconds);
             expectSame(data().loopIn, row.after.in, "in");
             expectSame(data().loopOut, row.after.out, "out");
             EXPECT_EQ(data().isLooping, isLooping) << "looping stays unchanged";
@@ -252,16 +252,16 @@ TEST_F(Times, LoopPointsUseARateInSinglePrecision)
         SCOPED_TRACE(row.why);
         setFile(row.endFrame, row.trackLength);
         data().loopIn = data().loopOut = unset;
-        set<double>(object(), "LoopIn", row.seconds);
+        members.set<double>(object(), "LoopIn", row.seconds);
         EXPECT_EQ(data().loopIn, row.loopPoint);
         EXPECT_EQ(data().loopOut, row.loopPoint);
 
         data().loopIn = data().loopOut = unset;
-        set<double>(object(), "LoopOut", row.seconds);
+        members.set<double>(object(), "LoopOut", row.seconds);
         EXPECT_EQ(data().loopIn, unset);
         EXPECT_EQ(data().loopOut, row.loopPoint);
 
-        set<double>(object(), "CurrentTime", row.seconds);
+        members.set<double>(object(), "CurrentTime", row.seconds);
         EXPECT_EQ(data().position, row.position) << "the position uses double precision";
     }
 }
@@ -294,7 +294,7 @@ TEST_F(Times, LoopPointsAreReturnedInSeconds)
             data().loopIn = isIn ? row.frames : 123;
             data().loopOut = isIn ? 123 : row.frames;
             data().lasterror = 4711;
-            expectSame(get<double>(object(), isIn ? "LoopIn" : "LoopOut"), row.seconds, row.why);
+            expectSame(members.get<double>(object(), isIn ? "LoopIn" : "LoopOut"), row.seconds, row.why);
             expectUntouched();
         }
 }
@@ -302,25 +302,25 @@ TEST_F(Times, LoopPointsAreReturnedInSeconds)
 TEST_F(Times, BeforeALoadEveryTimeIsZero)
 {
     for (const double seconds : {0.0, 2.0, -1.0, 1e300, double(NAN), inf}) {
-        set<double>(object(), "CurrentTime", seconds);
-        set<double>(object(), "LoopIn", seconds);
-        set<double>(object(), "LoopOut", seconds);
+        members.set<double>(object(), "CurrentTime", seconds);
+        members.set<double>(object(), "LoopIn", seconds);
+        members.set<double>(object(), "LoopOut", seconds);
         EXPECT_EQ(data().position, 0u);
         EXPECT_EQ(data().loopIn, 0.0);
         EXPECT_EQ(data().loopOut, 0.0);
         for (const char* name : {"CurrentTime", "LoopIn", "LoopOut", "TrackLength", "SampleRate"})
-            EXPECT_EQ(get<double>(object(), name), 0.0) << name;
+            EXPECT_EQ(members.get<double>(object(), name), 0.0) << name;
     }
 }
 
 TEST_F(Times, AStartWithoutAnEndSetsBoth)
 {
     setFile();
-    set<double>(object(), "LoopIn", 2.0);
+    members.set<double>(object(), "LoopIn", 2.0);
     EXPECT_EQ(data().loopIn, 88200.0);
     EXPECT_EQ(data().loopOut, 88200.0);
-    EXPECT_EQ(get<double>(object(), "LoopIn"), 2.0);
-    EXPECT_EQ(get<double>(object(), "LoopOut"), 2.0);
+    EXPECT_EQ(members.get<double>(object(), "LoopIn"), 2.0);
+    EXPECT_EQ(members.get<double>(object(), "LoopOut"), 2.0);
 }
 
 // ---- looping ----
@@ -353,9 +353,9 @@ TEST_F(Times, LoopingNeedsBothPointsInOrder)
                 data().loopOut = row.out;
                 data().isLooping = before;
                 data().lasterror = 4711;
-                set<HostBoolean>(object(), "Looping", value);
+                members.set<HostBoolean>(object(), "Looping", value);
                 EXPECT_EQ(data().isLooping, value && row.isAccepted ? 1 : 0);
-                EXPECT_EQ(get<HostBoolean>(object(), "Looping"), data().isLooping);
+                EXPECT_EQ(members.get<HostBoolean>(object(), "Looping"), data().isLooping);
                 expectSame(data().loopIn, row.in, "in");
                 expectSame(data().loopOut, row.out, "out");
                 expectUntouched();
@@ -364,22 +364,22 @@ TEST_F(Times, LoopingNeedsBothPointsInOrder)
 
 TEST_F(Times, LoopingIsRefusedBeforeALoad)
 {
-    set<HostBoolean>(object(), "Looping", 1);
-    EXPECT_EQ(get<HostBoolean>(object(), "Looping"), 0);
+    members.set<HostBoolean>(object(), "Looping", 1);
+    EXPECT_EQ(members.get<HostBoolean>(object(), "Looping"), 0);
 }
 
 TEST_F(Times, ALoadResetsLoopAndPosition)
 {
-    set<double>(object(), "LoopIn", 1.0);
-    set<double>(object(), "LoopOut", 1.0);
-    set<HostBoolean>(object(), "Looping", 1);
+    members.set<double>(object(), "LoopIn", 1.0);
+    members.set<double>(object(), "LoopOut", 1.0);
+    members.set<HostBoolean>(object(), "Looping", 1);
     data().position = 55;
-    EXPECT_EQ(get<HostBoolean>(object(), "Looping"), 1);
+    EXPECT_EQ(members.get<HostBoolean>(object(), "Looping"), 1);
     ASSERT_TRUE(load());
-    EXPECT_EQ(get<HostBoolean>(object(), "Looping"), 0);
+    EXPECT_EQ(members.get<HostBoolean>(object(), "Looping"), 0);
     EXPECT_EQ(data().loopIn, unset);
     EXPECT_EQ(data().loopOut, unset);
-    EXPECT_EQ(get<double>(object(), "CurrentTime"), 0.0);
+    EXPECT_EQ(members.get<double>(object(), "CurrentTime"), 0.0);
     EXPECT_FALSE(graph_spy::platform().isRunning);
 }
 

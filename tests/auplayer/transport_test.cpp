@@ -70,13 +70,13 @@ TEST_F(Transport, StartsAStoppedGraphAndStopsARunningOne)
         spy::answer("AUGraphStop").status = row.stop;
         switch (row.member) {
         case play:
-            call<void>("Play", object());
+            members.call<void>("Play", object());
             break;
         case pause:
-            call<void>("Pause", object());
+            members.call<void>("Pause", object());
             break;
         case playing:
-            set<HostBoolean>(object(), "Playing", row.value);
+            members.set<HostBoolean>(object(), "Playing", row.value);
         }
         EXPECT_EQ(spy::calls(), row.calls);
         EXPECT_EQ(data().lasterror, row.lasterror);
@@ -99,7 +99,7 @@ TEST_F(Transport, ReturnsWhetherTheGraphRuns)
         begin();
         graph_spy::platform().isRunning = row.isRunning;
         spy::answer("AUGraphIsRunning").status = row.status;
-        EXPECT_EQ(get<HostBoolean>(object(), "Playing"), row.isPlaying);
+        EXPECT_EQ(members.get<HostBoolean>(object(), "Playing"), row.isPlaying);
         EXPECT_EQ(spy::calls(), queried);
         EXPECT_EQ(data().lasterror, row.status);
         EXPECT_EQ(seen(), Lasterrors{-1});
@@ -110,7 +110,7 @@ TEST_F(Transport, PlayAndPauseMakeNoCallWithoutAGraph)
 {
     for (const char* method : {"Play", "Pause"}) {
         data().lasterror = 4711;
-        call<void>(method, object());
+        members.call<void>(method, object());
         EXPECT_EQ(data().lasterror, -1);
         EXPECT_EQ(spy::calls(), Notes());
     }
@@ -121,11 +121,11 @@ TEST_F(Transport, PlayingCallsThePlatformEvenWithoutAGraph)
     spy::answer("AUGraphIsRunning").status = -50;
     spy::answer("AUGraphStart").status = -51;
     data().lasterror = 4711;
-    EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0);
+    EXPECT_EQ(members.get<HostBoolean>(object(), "Playing"), 0);
     EXPECT_EQ(data().lasterror, -50);
-    set<HostBoolean>(object(), "Playing", 0);
+    members.set<HostBoolean>(object(), "Playing", 0);
     EXPECT_EQ(data().lasterror, -50);
-    set<HostBoolean>(object(), "Playing", 1);
+    members.set<HostBoolean>(object(), "Playing", 1);
     EXPECT_EQ(data().lasterror, -51);
     EXPECT_EQ(spy::calls(), (Notes{"AUGraphIsRunning(null)", "AUGraphIsRunning(null)",
                                    "AUGraphIsRunning(null)", "AUGraphStart(null)"}));
@@ -135,10 +135,10 @@ TEST_F(Transport, RestartsTheGraphRepeatedly)
 {
     begin();
     for (int i = 0; i < 3; ++i) {
-        call<void>("Play", object());
-        EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 1);
-        call<void>("Pause", object());
-        EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0);
+        members.call<void>("Play", object());
+        EXPECT_EQ(members.get<HostBoolean>(object(), "Playing"), 1);
+        members.call<void>("Pause", object());
+        EXPECT_EQ(members.get<HostBoolean>(object(), "Playing"), 0);
     }
 }
 
@@ -147,7 +147,7 @@ TEST_F(Transport, RestartsTheGraphRepeatedly)
 TEST_F(Transport, ResetsFiveUnitsInOrder)
 {
     begin();
-    call<void>("Reset", object());
+    members.call<void>("Reset", object());
     EXPECT_EQ(spy::calls(),
               (Notes{"AudioUnitReset(mixer, global, 0)", "AudioUnitReset(timePitch, global, 0)",
                      "AudioUnitReset(varispeed, global, 0)", "AudioUnitReset(equalizer, global, 0)",
@@ -162,7 +162,7 @@ TEST_F(Transport, ResetsAllUnitsAfterARefusal)
     for (std::size_t refusing = 0; refusing < 5; ++refusing) {
         begin();
         spy::script().refusals = {{refusing, -10867}};
-        call<void>("Reset", object());
+        members.call<void>("Reset", object());
         EXPECT_EQ(spy::calls().size(), 5u);
         EXPECT_EQ(data().lasterror, refusing == 4 ? -10867 : 0) << "the last status is kept";
         EXPECT_EQ(data().position, 321u);
@@ -187,7 +187,7 @@ TEST_F(Transport, ResetsOnlyExistingUnits)
                 expected.push_back(std::string("AudioUnitReset(") + units[i].name + ", global, 0)");
             else
                 data().*units[i].unit = nullptr;
-        call<void>("Reset", object());
+        members.call<void>("Reset", object());
         EXPECT_EQ(spy::calls(), expected);
         EXPECT_EQ(data().lasterror, present ? 0 : -1);
     }
@@ -196,7 +196,7 @@ TEST_F(Transport, ResetsOnlyExistingUnits)
 TEST_F(Transport, ResetsNothingBeforeALoad)
 {
     data().lasterror = 4711;
-    call<void>("Reset", object());
+    members.call<void>("Reset", object());
     EXPECT_EQ(spy::calls(), Notes());
     EXPECT_EQ(data().lasterror, -1);
 }
@@ -218,13 +218,13 @@ TEST_F(Transport, CatchesExceptionsOfThePlatform)
         begin();
         graph_spy::platform().isRunning = row.isRunning;
         spy::answer(row.function).during = [] { throw Thrown(); };
-        EXPECT_NO_THROW(call<void>(row.method, object())) << row.function;
+        EXPECT_NO_THROW(members.call<void>(row.method, object())) << row.function;
         EXPECT_EQ(data().position, 321u);
     }
     begin();
     spy::answer("AUGraphIsRunning").during = [] { throw Thrown(); };
-    EXPECT_NO_THROW(EXPECT_EQ(get<HostBoolean>(object(), "Playing"), 0));
-    EXPECT_NO_THROW(set<HostBoolean>(object(), "Playing", 1));
+    EXPECT_NO_THROW(EXPECT_EQ(members.get<HostBoolean>(object(), "Playing"), 0));
+    EXPECT_NO_THROW(members.set<HostBoolean>(object(), "Playing", 1));
 }
 
 } // namespace

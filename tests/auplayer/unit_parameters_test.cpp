@@ -36,7 +36,7 @@ TEST_F(UnitParameters, AreReadFromTheirUnit)
             SCOPED_TRACE(row.name);
             begin();
             spy::answer("AudioUnitGetParameter").parameter = value;
-            EXPECT_EQ(get<double>(object(), row.name), static_cast<double>(value))
+            EXPECT_EQ(members.get<double>(object(), row.name), static_cast<double>(value))
                 << "the float is widened exactly";
             EXPECT_EQ(spy::calls(), Notes{getCall(row.unit, row.address)});
             EXPECT_EQ(seen(), Lasterrors{-1});
@@ -50,7 +50,7 @@ TEST_F(UnitParameters, AreZeroAfterARefusal)
         SCOPED_TRACE(row.name);
         begin();
         spy::answer("AudioUnitGetParameter").status = refused;
-        EXPECT_EQ(get<double>(object(), row.name), 0.0);
+        EXPECT_EQ(members.get<double>(object(), row.name), 0.0);
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, refused);
     }
@@ -62,7 +62,7 @@ TEST_F(UnitParameters, CallThePlatformForReadsEvenBeforeALoad)
         SCOPED_TRACE(row.name);
         beginEmpty();
         spy::answer("AudioUnitGetParameter").status = -50;
-        EXPECT_EQ(get<double>(object(), row.name), 0.0);
+        EXPECT_EQ(members.get<double>(object(), row.name), 0.0);
         EXPECT_EQ(data().lasterror, -50);
         EXPECT_EQ(spy::calls(), Notes{getCall("null", row.address)});
     }
@@ -93,7 +93,7 @@ TEST_F(UnitParameters, AreWrittenInSinglePrecision)
     for (const auto& row : parameters) {
         SCOPED_TRACE(row.name);
         if (row.isReadOnly) {
-            EXPECT_EQ(propertyRow(row.name).setter, nullptr);
+            EXPECT_EQ(members.property(row.name).setter, nullptr);
             continue;
         }
         // TimeRate is rounded to hundredths first, which a later test covers.
@@ -101,7 +101,7 @@ TEST_F(UnitParameters, AreWrittenInSinglePrecision)
         for (const auto& value : values) {
             SCOPED_TRACE(value.why);
             begin();
-            set<double>(object(), row.name, value.value);
+            members.set<double>(object(), row.name, value.value);
             Notes expected = {setCall(row.unit, row.address, value.text)};
             if (row.isOfRate) expected.push_back(setCall("varispeed", row.address, value.text));
             EXPECT_EQ(spy::calls(), expected);
@@ -120,7 +120,7 @@ TEST_F(UnitParameters, ARateIsSetOnBothUnitsAndTheFirstStatusIsKept)
                 SCOPED_TRACE(row.name);
                 begin();
                 spy::script().refusals = {{0, timePitch}, {1, varispeed}};
-                set<double>(object(), row.name, 2);
+                members.set<double>(object(), row.name, 2);
                 EXPECT_EQ(spy::calls(), (Notes{setCall("timePitch", row.address, "2"),
                                                setCall("varispeed", row.address, "2")}));
                 EXPECT_EQ(seen(), (Lasterrors{-1, timePitch}));
@@ -134,7 +134,7 @@ TEST_F(UnitParameters, ARefusedLevelKeepsTheStatus)
     for (const char* name : {"OutputVolume", "Pan"}) {
         begin();
         spy::answer("AudioUnitSetParameter").status = refused;
-        set<double>(object(), name, 2);
+        members.set<double>(object(), name, 2);
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, refused);
     }
@@ -147,7 +147,7 @@ TEST_F(UnitParameters, CallThePlatformForWritesEvenBeforeALoad)
         SCOPED_TRACE(row.name);
         beginEmpty();
         spy::answer("AudioUnitSetParameter").status = -50;
-        set<double>(object(), row.name, 1);
+        members.set<double>(object(), row.name, 1);
         Notes expected = {setCall("null", row.address, "1")};
         if (row.isOfRate) expected.push_back(expected.front());
         EXPECT_EQ(spy::calls(), expected);
@@ -193,7 +193,7 @@ TEST_F(UnitParameters, TheTimeRateIsRoundedDownToHundredths)
         begin();
         char text[40];
         std::snprintf(text, sizeof text, "%.9g", static_cast<double>(row.applied));
-        set<double>(object(), "TimeRate", row.value);
+        members.set<double>(object(), "TimeRate", row.value);
         EXPECT_EQ(spy::calls(), (Notes{setCall("timePitch", "0, global, 0", text),
                                        setCall("varispeed", "0, global, 0", text)}));
     }
@@ -221,7 +221,7 @@ TEST_F(UnitParameters, PeakLockingIsEnabledAboveOneHalf)
         begin();
         spy::answer("AudioUnitGetParameter").parameter = row.value;
         spy::answer("AudioUnitGetParameter").status = row.status;
-        EXPECT_EQ(get<HostBoolean>(object(), "EnablePeakLocking"), row.isEnabled);
+        EXPECT_EQ(members.get<HostBoolean>(object(), "EnablePeakLocking"), row.isEnabled);
         EXPECT_EQ(spy::calls(), Notes{getCall("timePitch", "6, global, 0")});
         EXPECT_EQ(seen(), Lasterrors{-1});
         EXPECT_EQ(data().lasterror, row.status);
@@ -234,7 +234,7 @@ TEST_F(UnitParameters, PeakLockingIsSetOnBothUnits)
         for (const OSStatus timePitch : {OSStatus{0}, refused}) {
             begin();
             spy::script().refusals = {{0, timePitch}, {1, -10879}};
-            set<HostBoolean>(object(), "EnablePeakLocking", value);
+            members.set<HostBoolean>(object(), "EnablePeakLocking", value);
             const char* const text = value ? "1" : "0";
             EXPECT_EQ(spy::calls(), (Notes{setCall("timePitch", "6, global, 0", text),
                                            setCall("varispeed", "6, global, 0", text)}));
@@ -252,19 +252,19 @@ TEST_F(UnitParameters, CatchExceptionsOfThePlatform)
             SCOPED_TRACE(row.name);
             begin();
             throwInCall(throwing);
-            EXPECT_NO_THROW(EXPECT_EQ(get<double>(object(), row.name), 0.0));
+            EXPECT_NO_THROW(EXPECT_EQ(members.get<double>(object(), row.name), 0.0));
             if (row.isReadOnly) continue;
             begin();
             throwInCall(throwing);
-            EXPECT_NO_THROW(set<double>(object(), row.name, 1));
+            EXPECT_NO_THROW(members.set<double>(object(), row.name, 1));
             EXPECT_EQ(data().lasterror, throwing == 0 ? -1 : 0);
         }
         begin();
         throwInCall(throwing);
-        EXPECT_NO_THROW(EXPECT_EQ(get<HostBoolean>(object(), "EnablePeakLocking"), 0));
+        EXPECT_NO_THROW(EXPECT_EQ(members.get<HostBoolean>(object(), "EnablePeakLocking"), 0));
         begin();
         throwInCall(throwing);
-        EXPECT_NO_THROW(set<HostBoolean>(object(), "EnablePeakLocking", 1));
+        EXPECT_NO_THROW(members.set<HostBoolean>(object(), "EnablePeakLocking", 1));
     }
 }
 

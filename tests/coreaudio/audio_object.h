@@ -21,24 +21,24 @@ class AudioObjectMembers : public Subject {
 protected:
     std::uint32_t getSize(Block qualifier)
     {
-        return call<std::uint32_t>("AudioObjectGetPropertyDataSize", object(), objectID, selector, scope,
-                                   element, qualifier);
+        return members.call<std::uint32_t>("AudioObjectGetPropertyDataSize", object(), objectID, selector,
+                                           scope, element, qualifier);
     }
     Block read(Block qualifier, Block input)
     {
-        return call<Block>("AudioObjectGetPropertyData", object(), objectID, selector, scope, element,
-                           qualifier, input);
+        return members.call<Block>("AudioObjectGetPropertyData", object(), objectID, selector, scope, element,
+                                   qualifier, input);
     }
     void write(Block data, Block qualifier)
     {
-        call<void>("AudioObjectSetPropertyData", object(), objectID, selector, scope, element, data,
-                   qualifier);
+        members.call<void>("AudioObjectSetPropertyData", object(), objectID, selector, scope, element, data,
+                           qualifier);
     }
 
     Block block(const std::string& bytes, const std::string& shown)
     {
         const Block made = host().newMemoryBlock(bytes);
-        spy::name(addressOf(made), shown);
+        spy::name(host().storageOf(made), shown);
         host().forget();
         return made;
     }

@@ -165,7 +165,7 @@ TEST_F(AudioObjectMembers, TheNewBlockIsIndependentOfTheProperty)
     size().size = 5;
     get().value = value;
     const Block first = read(nullptr, nullptr);
-    std::memset(const_cast<void*>(addressOf(first)), 'x', 5);
+    std::memset(const_cast<char*>(host().storageOf(first)), 'x', 5);
     const Block second = read(nullptr, nullptr);
     EXPECT_EQ(host().bytesOf(second), value);
     host().drop(first);
@@ -231,8 +231,8 @@ TEST_F(AudioObjectMembers, TheCallersBlockMayBeEmptyOrWithoutMemory)
         startHost(2016.0);
         property_spy::reset();
         const Block input = block("12345", "input");
-        claimSize(input, row.claimed);
-        if (!row.hasMemory) takeMemory(input);
+        host().claimSize(input, row.claimed);
+        if (!row.hasMemory) host().takeMemory(input);
         EXPECT_EQ(read(nullptr, input), input);
         EXPECT_EQ(spy::calls(), Calls{getCall(row.size, row.shown)});
         EXPECT_EQ(locks(), (Calls{"m1 +", "m1 +", "m1 -"}));

@@ -35,8 +35,8 @@ TEST_F(AudioObjectMembers, BlocksArePassedAsSizeAndAddress)
         property_spy::reset();
         property_spy::readValues(false);
         const Block q = row.bytes ? block(row.bytes, "q") : nullptr;
-        if (row.claimed) claimSize(q, *row.claimed);
-        if (!row.hasMemory) takeMemory(q);
+        if (row.claimed) host().claimSize(q, *row.claimed);
+        if (!row.hasMemory) host().takeMemory(q);
         const Calls once = q ? Calls{"m1 +", "m1 -"} : Calls{};
 
         getSize(q);
@@ -150,13 +150,13 @@ TEST_F(AudioObjectMembers, TheWholeBlockIsWritten)
 TEST_F(AudioObjectMembers, LasterrorIsSetBeforeAnyOtherCall)
 {
     const Block q = block("qual", "q"), data = block("data", "data");
-    const std::function<void()> members[] = {
+    const std::function<void()> calls[] = {
         [&] { getSize(q); },
         [&] { read(q, nullptr); },
         [&] { read(q, data); },
         [&] { write(data, q); },
     };
-    for (const auto& member : members) {
+    for (const auto& member : calls) {
         lasterror() = 4711;
         watchFirstCall();
         member();

@@ -15,7 +15,7 @@ TEST_F(HostClock, HasThePlatformsFrequency)
     for (const double frequency : {0.0, 1e9, 1000000000.0 / 3, 1.5, -1.0, 1e300}) {
         property_spy::reset();
         std::memcpy(&spy::answer("AudioGetHostClockFrequency").bits, &frequency, sizeof frequency);
-        EXPECT_EQ(call<double>("CoreAudioGetHostClockFrequencyKVX"), frequency);
+        EXPECT_EQ(members.callShared<double>("CoreAudioGetHostClockFrequencyKVX"), frequency);
         EXPECT_EQ(spy::calls(), Calls{"AudioGetHostClockFrequency()"});
     }
 }
@@ -25,7 +25,9 @@ TEST_F(HostClock, HasThePlatformsSmallestStep)
     for (const std::uint32_t step : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
         property_spy::reset();
         spy::answer("AudioGetHostClockMinimumTimeDelta").bits = step;
-        EXPECT_EQ(static_cast<std::uint32_t>(call<HostInteger>("GetHostClockMinimumTimeDeltaKVX")), step);
+        EXPECT_EQ(
+            static_cast<std::uint32_t>(members.callShared<HostInteger>("GetHostClockMinimumTimeDeltaKVX")),
+            step);
         EXPECT_EQ(spy::calls(), Calls{"AudioGetHostClockMinimumTimeDelta()"});
     }
 }
@@ -41,19 +43,20 @@ TEST_F(HostClock, PassesTimesOf64Bits)
         SCOPED_TRACE(time);
         property_spy::reset();
         spy::answer("AudioGetCurrentHostTime").bits = time;
-        EXPECT_EQ(call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), time);
+        EXPECT_EQ(members.callShared<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), time);
         EXPECT_EQ(spy::calls(), Calls{"AudioGetCurrentHostTime()"});
 
         spy::forgetCalls();
         spy::answer("AudioConvertHostTimeToNanos").bits = ~time;
-        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", time), ~time);
+        EXPECT_EQ(members.callShared<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", time), ~time);
         std::snprintf(shown, sizeof shown, "AudioConvertHostTimeToNanos(0x%llX)",
                       static_cast<unsigned long long>(time));
         EXPECT_EQ(spy::calls(), Calls{shown});
 
         spy::forgetCalls();
         spy::answer("AudioConvertNanosToHostTime").bits = time ^ 0x5555555555555555;
-        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", time), time ^ 0x5555555555555555);
+        EXPECT_EQ(members.callShared<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", time),
+                  time ^ 0x5555555555555555);
         std::snprintf(shown, sizeof shown, "AudioConvertNanosToHostTime(0x%llX)",
                       static_cast<unsigned long long>(time));
         EXPECT_EQ(spy::calls(), Calls{shown});
@@ -67,19 +70,21 @@ TEST_F(HostClock, PassesNoExceptionToTheHost)
           "AudioConvertHostTimeToNanos", "AudioConvertNanosToHostTime"})
         throwInPlatform(function);
     EXPECT_NO_THROW({
-        EXPECT_EQ(call<double>("CoreAudioGetHostClockFrequencyKVX"), 0.0);
-        EXPECT_EQ(call<HostInteger>("GetHostClockMinimumTimeDeltaKVX"), 0);
-        EXPECT_EQ(call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), 0u);
-        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", std::uint64_t{5}), 0u);
-        EXPECT_EQ(call<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", std::uint64_t{5}), 0u);
+        EXPECT_EQ(members.callShared<double>("CoreAudioGetHostClockFrequencyKVX"), 0.0);
+        EXPECT_EQ(members.callShared<HostInteger>("GetHostClockMinimumTimeDeltaKVX"), 0);
+        EXPECT_EQ(members.callShared<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX"), 0u);
+        EXPECT_EQ(members.callShared<std::uint64_t>("CoreAudioConvertHostTimeToNanosKVX", std::uint64_t{5}),
+                  0u);
+        EXPECT_EQ(members.callShared<std::uint64_t>("CoreAudioConvertNanosToHostTimeKVX", std::uint64_t{5}),
+                  0u);
     });
 }
 
 TEST_F(HostClock, CallsNoHostServiceAndKeepsLasterror)
 {
     lasterror() = 4711;
-    call<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX");
-    call<double>("CoreAudioGetHostClockFrequencyKVX");
+    members.callShared<std::uint64_t>("CoreAudioGetCurrentHostTimeKVX");
+    members.callShared<double>("CoreAudioGetHostClockFrequencyKVX");
     EXPECT_EQ(lasterror(), 4711) << "a shared method has no object";
     EXPECT_EQ(host().notes(), fake::Notes());
 }

@@ -150,12 +150,12 @@ TEST_F(PropertySetters, PassTheTimeStampOfTheBlock)
         const Block when = host().newMemoryBlock(stamp), data = host().newMemoryBlock("abc");
         const Block tooShort = host().newMemoryBlock("1");
         const Block withoutMemory = host().newMemoryBlock("22");
-        takeMemory(withoutMemory);
+        host().takeMemory(withoutMemory);
         const Text text = host().newString("abc", encodingASCII);
         spy::name(host().storageOf(text), "text");
-        spy::name(addressOf(data), "data");
-        spy::name(addressOf(when), "when");
-        spy::name(addressOf(tooShort), "too short");
+        spy::name(host().storageOf(data), "data");
+        spy::name(host().storageOf(when), "when");
+        spy::name(host().storageOf(tooShort), "too short");
 
         const struct {
             Block block;
@@ -199,7 +199,7 @@ TEST_F(PropertySetters, PassAnyRangeOfMemoryUnchecked)
         SCOPED_TRACE(range.why);
         forAll([&](const Target& target) {
             const Block block = host().newMemoryBlock("0123456789");
-            const auto base = reinterpret_cast<Word>(addressOf(block));
+            const auto base = reinterpret_cast<Word>(host().storageOf(block));
             spy::name(reinterpret_cast<const void*>(base + static_cast<Word>(range.offset)), "there");
             // The spy must not read these ranges, which may be invalid memory.
             property_spy::readValues(false);
@@ -236,7 +236,7 @@ TEST_F(PropertySetters, UseTheOffsetAsAddressForNilMemory)
 
             spy::forgetCalls();
             const Block withoutMemory = host().newMemoryBlock("0123456789");
-            takeMemory(withoutMemory);
+            host().takeMemory(withoutMemory);
             target.setMemory(object(), nullptr, withoutMemory, offset, 8);
             EXPECT_EQ(spy::calls(), Calls{target.setCall("null", 8, there)});
             host().drop(withoutMemory);
@@ -387,9 +387,9 @@ TEST_F(PropertySetters, SelectorsAreFourCharactersOfAnyText)
         SCOPED_TRACE(each.why);
         const Text selector = each.text ? host().newString(each.text, encodingASCII) : nullptr;
         property_spy::reset();
-        call<void>("AudioHardwareSetPropertyString", object(), selector, Text{});
-        call<void>("AudioStreamSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
-                   selector, Text{});
+        members.call<void>("AudioHardwareSetPropertyString", object(), selector, Text{});
+        members.call<void>("AudioStreamSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
+                           selector, Text{});
         EXPECT_EQ(spy::calls(), (Calls{std::string("AudioHardwareSetProperty(") + each.code + ", 0x0, null)",
                                        std::string("AudioStreamSetProperty(0x7, null, 0x9, ") + each.code +
                                            ", 0x0, null)"}));
@@ -407,8 +407,8 @@ TEST_F(PropertySetters, TheSideOfADeviceIsZeroOrOne)
     const Text selector = host().newString(selectorText, encodingASCII);
     for (const auto& each : sides) {
         property_spy::reset();
-        call<void>("AudioDeviceSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
-                   each.side, selector, Text{});
+        members.call<void>("AudioDeviceSetPropertyString", object(), HostInteger{7}, Block{}, HostInteger{9},
+                           each.side, selector, Text{});
         EXPECT_EQ(spy::calls(), Calls{std::string("AudioDeviceSetProperty(0x7, null, 0x9, ") + each.shown +
                                       ", 0x61626364, 0x0, null)"});
     }

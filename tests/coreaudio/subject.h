@@ -1,15 +1,14 @@
-// A CoreAudioKVX object in a fake host, with a spy in place of the platform. Tests call members through the
-// addresses in the class table, as a host does.
+// A CoreAudioKVX object in a fake host, with a spy in place of the platform.
 #pragma once
 
 #include "plugin/classes.h"
 #include "tests/support/c_library_spy.h"
+#include "tests/support/class_members.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/property_spy.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -22,15 +21,7 @@ using Object = REALobjectStruct*;
 using Text = REALstringStruct*;
 using Block = REALmemoryBlockStruct*;
 
-/// Address of a method or shared method. An unknown name throws an exception, which fails the test.
-AnyFunction methodNamed(const std::string& name);
-
-/// Call a method by its name, for example call<HostInteger>("AudioUnitInitialize", object, HostInteger(1)).
-template <class Result, class... Arguments>
-Result call(const std::string& name, Arguments... arguments)
-{
-    return reinterpret_cast<Result (*)(Arguments...)>(methodNamed(name))(arguments...);
-}
+inline const support::ClassMembers members(coreAudioClass);
 
 class Subject : public testing::Test {
 protected:
@@ -48,14 +39,6 @@ protected:
     void throwInPlatform(const std::string& function);
     void throwInHost(const std::string& service);
 
-    /// Make "memoryBlockGetSize" return `size` for `block`.
-    void claimSize(Block block, HostInteger size);
-    /// Make "memoryBlockGetPtr" return null for `block`.
-    void takeMemory(Block block);
-
-    /// The address of the bytes of `block`.
-    const void* addressOf(Block block);
-
     /// Make the next service or platform call record `Lasterror`. The record is empty if no call follows.
     void watchFirstCall();
     const std::vector<HostInteger>& lasterrorInFirstCall() const { return firstSeen_; }
@@ -65,15 +48,9 @@ protected:
     void expectBalance(const fake::Notes& live = {});
 
 private:
-    static void* resolve(const char* name);
-    static HostInteger blockSize(Block block);
-    static void* blockAddress(Block block);
-
     std::unique_ptr<fake::Host> host_;
     std::unique_ptr<char[]> memory_;
     std::vector<HostInteger> firstSeen_;
-    std::map<Block, HostInteger> claimedSizes_;
-    std::map<Block, bool> withoutMemory_;
     long blocksBefore_ = 0;
 };
 

@@ -24,16 +24,16 @@ Target readable(const std::string& name, Where... where)
     Target target = {};
     target.name = name;
     target.getInfo = [=](Object object, HostInteger* size, HostBoolean* writeable) {
-        call<void>(name + "GetPropertyInfo", object, where..., size, writeable);
+        members.call<void>(name + "GetPropertyInfo", object, where..., size, writeable);
     };
     target.getString = [=](Object object) {
-        return call<Text>(name + "GetPropertyString", object, where...);
+        return members.call<Text>(name + "GetPropertyString", object, where...);
     };
     target.getMemory = [=](Object object) {
-        return call<Block>(name + "GetPropertyMemory", object, where...);
+        return members.call<Block>(name + "GetPropertyMemory", object, where...);
     };
     target.getCFString = [=](Object object) {
-        return call<Text>(name + "GetPropertyCFString", object, where...);
+        return members.call<Text>(name + "GetPropertyCFString", object, where...);
     };
     return target;
 }
@@ -59,12 +59,12 @@ Target device(Text selector)
     constexpr std::uint32_t id = 0x80000011;
     Target target = readable("AudioDevice", integer(id), integer(channel), isInput, selector);
     target.setString = [=](Object object, Block when, Text data) {
-        call<void>("AudioDeviceSetPropertyString", object, integer(id), when, integer(channel), isInput,
-                   selector, data);
+        members.call<void>("AudioDeviceSetPropertyString", object, integer(id), when, integer(channel),
+                           isInput, selector, data);
     };
     target.setMemory = [=](Object object, Block when, Block data, HostInteger offset, HostInteger length) {
-        call<void>("AudioDeviceSetPropertyMemory", object, integer(id), when, integer(channel), isInput,
-                   selector, data, offset, length);
+        members.call<void>("AudioDeviceSetPropertyMemory", object, integer(id), when, integer(channel),
+                           isInput, selector, data, offset, length);
     };
     const std::string where = hex(channel) + ", 1, " + hex(selectorCode);
     expectReads(target, hex(id) + ", " + where);
@@ -82,12 +82,12 @@ Target stream(Text selector)
     constexpr std::uint32_t id = 0x90000012;
     Target target = readable("AudioStream", integer(id), integer(channel), selector);
     target.setString = [=](Object object, Block when, Text data) {
-        call<void>("AudioStreamSetPropertyString", object, integer(id), when, integer(channel), selector,
-                   data);
+        members.call<void>("AudioStreamSetPropertyString", object, integer(id), when, integer(channel),
+                           selector, data);
     };
     target.setMemory = [=](Object object, Block when, Block data, HostInteger offset, HostInteger length) {
-        call<void>("AudioStreamSetPropertyMemory", object, integer(id), when, integer(channel), selector,
-                   data, offset, length);
+        members.call<void>("AudioStreamSetPropertyMemory", object, integer(id), when, integer(channel),
+                           selector, data, offset, length);
     };
     const std::string where = hex(channel) + ", " + hex(selectorCode);
     expectReads(target, hex(id) + ", " + where);
@@ -103,10 +103,10 @@ Target hardware(Text selector)
 {
     Target target = readable("AudioHardware", selector);
     target.setString = [=](Object object, Block, Text data) {
-        call<void>("AudioHardwareSetPropertyString", object, selector, data);
+        members.call<void>("AudioHardwareSetPropertyString", object, selector, data);
     };
     target.setMemory = [=](Object object, Block, Block data, HostInteger offset, HostInteger length) {
-        call<void>("AudioHardwareSetPropertyMemory", object, selector, data, offset, length);
+        members.call<void>("AudioHardwareSetPropertyMemory", object, selector, data, offset, length);
     };
     expectReads(target, hex(selectorCode));
     target.setCall = [=](const std::string&, UInt32 size, const std::string& data) {
@@ -123,12 +123,12 @@ Target unit()
     Target target =
         readable("AudioUnit", integer(handle), integer(property), integer(scope), integer(element));
     target.setString = [=](Object object, Block, Text data) {
-        call<void>("AudioUnitSetPropertyString", object, integer(handle), integer(property), integer(scope),
-                   integer(element), data);
+        members.call<void>("AudioUnitSetPropertyString", object, integer(handle), integer(property),
+                           integer(scope), integer(element), data);
     };
     target.setMemory = [=](Object object, Block, Block data, HostInteger offset, HostInteger length) {
-        call<void>("AudioUnitSetPropertyMemory", object, integer(handle), integer(property), integer(scope),
-                   integer(element), data, offset, length);
+        members.call<void>("AudioUnitSetPropertyMemory", object, integer(handle), integer(property),
+                           integer(scope), integer(element), data, offset, length);
     };
     const std::string lead =
         "handle " + hex(handle) + ", " + hex(property) + ", " + hex(scope) + ", " + hex(element) + ", ";

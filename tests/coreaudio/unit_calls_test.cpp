@@ -25,7 +25,7 @@ TEST_F(UnitCalls, ReturnTheStatusOfAUnitFunction)
             property_spy::reset();
             spy::answer(name).status = status;
             lasterror() = 4711;
-            EXPECT_EQ(call<HostInteger>(name, object(), integer(0x7654320C)), status);
+            EXPECT_EQ(members.call<HostInteger>(name, object(), integer(0x7654320C)), status);
             EXPECT_EQ(lasterror(), status);
             EXPECT_EQ(spy::calls(), Calls{std::string(name) + "(handle 0x7654320C)"});
         }
@@ -37,7 +37,7 @@ TEST_F(UnitCalls, PassANullUnitToThePlatform)
          {"AudioUnitInitialize", "AudioUnitUninitialize", "AudioOutputUnitStart", "AudioOutputUnitStop"}) {
         property_spy::reset();
         spy::answer(name).status = -50;
-        EXPECT_EQ(call<HostInteger>(name, object(), HostInteger{0}), -50);
+        EXPECT_EQ(members.call<HostInteger>(name, object(), HostInteger{0}), -50);
         EXPECT_EQ(spy::calls(), Calls{std::string(name) + "(handle 0x0)"});
     }
 }
@@ -47,8 +47,8 @@ TEST_F(UnitCalls, PassScopeAndElementToReset)
     for (const OSStatus status : statuses) {
         property_spy::reset();
         spy::answer("AudioUnitReset").status = status;
-        EXPECT_EQ(call<HostInteger>("AudioUnitReset", object(), integer(0x7654320C), integer(0x80000002),
-                                    integer(0xFFFFFFFF)),
+        EXPECT_EQ(members.call<HostInteger>("AudioUnitReset", object(), integer(0x7654320C),
+                                            integer(0x80000002), integer(0xFFFFFFFF)),
                   status);
         EXPECT_EQ(lasterror(), status);
         EXPECT_EQ(spy::calls(), Calls{"AudioUnitReset(handle 0x7654320C, 0x80000002, 0xFFFFFFFF)"});
@@ -80,7 +80,8 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
         const Text type = text(row.type), subtype = text(row.subtype);
         spy::answer("OpenDefaultComponent").bits = row.handle;
         lasterror() = 4711;
-        EXPECT_EQ(call<HostInteger>("OpenDefaultComponent", object(), type, subtype), integer(row.handle));
+        EXPECT_EQ(members.call<HostInteger>("OpenDefaultComponent", object(), type, subtype),
+                  integer(row.handle));
         EXPECT_EQ(lasterror(), row.lasterror);
         EXPECT_EQ(spy::calls(), Calls{std::string("OpenDefaultComponent(") + row.codes + ")"});
         if (type) host().drop(type);
@@ -92,7 +93,8 @@ TEST_F(UnitCalls, OpenTheDefaultComponent)
 TEST_F(UnitCalls, AHandleMayBeNegative)
 {
     spy::answer("OpenDefaultComponent").bits = static_cast<std::uintptr_t>(integer(0x80000004));
-    EXPECT_EQ(call<HostInteger>("OpenDefaultComponent", object(), Text{}, Text{}), integer(0x80000004));
+    EXPECT_EQ(members.call<HostInteger>("OpenDefaultComponent", object(), Text{}, Text{}),
+              integer(0x80000004));
     EXPECT_EQ(lasterror(), 0);
 }
 
@@ -107,12 +109,12 @@ TEST_F(UnitCalls, CloseAComponentAndStoreItsSignedStatus)
         property_spy::reset();
         spy::answer("CloseComponent").status = row.status;
         lasterror() = 4711;
-        call<void>("CloseComponent", object(), integer(0x7654320C));
+        members.call<void>("CloseComponent", object(), integer(0x7654320C));
         EXPECT_EQ(lasterror(), row.lasterror);
         EXPECT_EQ(spy::calls(), Calls{"CloseComponent(handle 0x7654320C)"});
     }
     property_spy::reset();
-    call<void>("CloseComponent", object(), HostInteger{0});
+    members.call<void>("CloseComponent", object(), HostInteger{0});
     EXPECT_EQ(spy::calls(), Calls{"CloseComponent(handle 0x0)"});
 }
 
@@ -157,8 +159,9 @@ TEST_F(UnitCalls, SetAParameterWithAllItsBits)
             property_spy::reset();
             spy::answer("AudioUnitSetParameter").status = status;
             lasterror() = 4711;
-            call<void>("AudioUnitSetParameter", object(), integer(0x7654320C), integer(0x80000001),
-                       integer(0x80000002), integer(0x80000003), single(value.bits), integer(0xFFFFFFF0));
+            members.call<void>("AudioUnitSetParameter", object(), integer(0x7654320C), integer(0x80000001),
+                               integer(0x80000002), integer(0x80000003), single(value.bits),
+                               integer(0xFFFFFFF0));
             EXPECT_EQ(lasterror(), status);
             EXPECT_EQ(spy::calls(),
                       Calls{std::string("AudioUnitSetParameter(handle 0x7654320C, 0x80000001, 0x80000002, "
@@ -170,8 +173,8 @@ TEST_F(UnitCalls, SetAParameterWithAllItsBits)
 TEST_F(UnitCalls, GetAParameterWithAllItsBits)
 {
     const auto get = [&] {
-        return bitsOf(call<float>("AudioUnitGetParameter", object(), integer(0x7654320C), integer(0x80000001),
-                                  integer(0x80000002), integer(0x80000003)));
+        return bitsOf(members.call<float>("AudioUnitGetParameter", object(), integer(0x7654320C),
+                                          integer(0x80000001), integer(0x80000002), integer(0x80000003)));
     };
     for (const auto& value : values)
         for (const OSStatus status : statuses) {
@@ -199,35 +202,41 @@ const struct {
     const char* name;
     HostInteger (*run)(Object, Text);
     bool hasStatusResult;
-} members[] = {
+} rows[] = {
     {"AudioUnitInitialize",
-     [](Object o, Text) { return call<HostInteger>("AudioUnitInitialize", o, HostInteger{8}); }, true},
+     [](Object o, Text) { return members.call<HostInteger>("AudioUnitInitialize", o, HostInteger{8}); },
+     true},
     {"AudioUnitUninitialize",
-     [](Object o, Text) { return call<HostInteger>("AudioUnitUninitialize", o, HostInteger{8}); }, true},
+     [](Object o, Text) { return members.call<HostInteger>("AudioUnitUninitialize", o, HostInteger{8}); },
+     true},
     {"AudioOutputUnitStart",
-     [](Object o, Text) { return call<HostInteger>("AudioOutputUnitStart", o, HostInteger{8}); }, true},
+     [](Object o, Text) { return members.call<HostInteger>("AudioOutputUnitStart", o, HostInteger{8}); },
+     true},
     {"AudioOutputUnitStop",
-     [](Object o, Text) { return call<HostInteger>("AudioOutputUnitStop", o, HostInteger{8}); }, true},
+     [](Object o, Text) { return members.call<HostInteger>("AudioOutputUnitStop", o, HostInteger{8}); },
+     true},
     {"AudioUnitReset",
      [](Object o, Text) {
-         return call<HostInteger>("AudioUnitReset", o, HostInteger{8}, HostInteger{1}, HostInteger{2});
+         return members.call<HostInteger>("AudioUnitReset", o, HostInteger{8}, HostInteger{1},
+                                          HostInteger{2});
      },
      true},
     {"OpenDefaultComponent",
-     [](Object o, Text t) { return call<HostInteger>("OpenDefaultComponent", o, t, t); }, false},
+     [](Object o, Text t) { return members.call<HostInteger>("OpenDefaultComponent", o, t, t); }, false},
     {"CloseComponent",
-     [](Object o, Text) { return call<void>("CloseComponent", o, HostInteger{8}), HostInteger{0}; }, false},
+     [](Object o, Text) { return members.call<void>("CloseComponent", o, HostInteger{8}), HostInteger{0}; },
+     false},
     {"AudioUnitSetParameter",
      [](Object o, Text) {
-         call<void>("AudioUnitSetParameter", o, HostInteger{8}, HostInteger{1}, HostInteger{2},
-                    HostInteger{3}, 1.0f, HostInteger{4});
+         members.call<void>("AudioUnitSetParameter", o, HostInteger{8}, HostInteger{1}, HostInteger{2},
+                            HostInteger{3}, 1.0f, HostInteger{4});
          return HostInteger{0};
      },
      false},
     {"AudioUnitGetParameter",
      [](Object o, Text) {
-         const float value = call<float>("AudioUnitGetParameter", o, HostInteger{8}, HostInteger{1},
-                                         HostInteger{2}, HostInteger{3});
+         const float value = members.call<float>("AudioUnitGetParameter", o, HostInteger{8}, HostInteger{1},
+                                                 HostInteger{2}, HostInteger{3});
          return static_cast<HostInteger>(value);
      },
      false},
@@ -235,7 +244,7 @@ const struct {
 
 TEST_F(UnitCalls, SetLasterrorBeforeAnyOtherCall)
 {
-    for (const auto& member : members) {
+    for (const auto& member : rows) {
         SCOPED_TRACE(member.name);
         const Text text = host().newString("abcd", encodingASCII);
         property_spy::reset();
@@ -249,7 +258,7 @@ TEST_F(UnitCalls, SetLasterrorBeforeAnyOtherCall)
 
 TEST_F(UnitCalls, HaveLasterrorMinusOneDuringThePlatformCall)
 {
-    for (const auto& member : members) {
+    for (const auto& member : rows) {
         SCOPED_TRACE(member.name);
         property_spy::reset();
         lasterror() = 4711;
@@ -262,7 +271,7 @@ TEST_F(UnitCalls, HaveLasterrorMinusOneDuringThePlatformCall)
 
 TEST_F(UnitCalls, PassNoExceptionToTheHost)
 {
-    for (const auto& member : members) {
+    for (const auto& member : rows) {
         SCOPED_TRACE(member.name);
         const Text text = host().newString("abcd", encodingASCII);
         property_spy::reset();

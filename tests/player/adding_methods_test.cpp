@@ -32,14 +32,16 @@ HostBoolean call(const Method& method, const PlayerObject& object, Memory block1
                  Arguments a = {})
 {
     if (method.isFloat && method.isStereo)
-        return test::call<HostBoolean>(method.name, object, block1, block2, a.offset, a.count,
-                                       a.clearBuffers);
+        return test::members.call<HostBoolean>(method.name, object, block1, block2, a.offset, a.count,
+                                               a.clearBuffers);
     if (method.isFloat)
-        return test::call<HostBoolean>(method.name, object, block1, a.offset, a.count, a.clearBuffers);
+        return test::members.call<HostBoolean>(method.name, object, block1, a.offset, a.count,
+                                               a.clearBuffers);
     if (method.isStereo)
-        return test::call<HostBoolean>(method.name, object, block1, block2, a.offset, a.count, a.bitSize,
-                                       a.clearBuffers);
-    return test::call<HostBoolean>(method.name, object, block1, a.offset, a.count, a.bitSize, a.clearBuffers);
+        return test::members.call<HostBoolean>(method.name, object, block1, block2, a.offset, a.count,
+                                               a.bitSize, a.clearBuffers);
+    return test::members.call<HostBoolean>(method.name, object, block1, a.offset, a.count, a.bitSize,
+                                           a.clearBuffers);
 }
 
 class PlayerAddingMethods : public test::FreshPlatform {
@@ -55,12 +57,12 @@ TEST_F(PlayerAddingMethods, ACountOfZeroMeansTheWholeFirstBlock)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
-        host::load();
+        startHost();
         const PlayerObject object;
-        const host::Block first(Bytes(16, 0)), second(Bytes(32, 0));
+        const test::Block first(Bytes(16, 0)), second(Bytes(32, 0));
         EXPECT_EQ(call(method, object, first, second), 1);
         EXPECT_EQ(object->queue[0].count, samples(method, 16));
-        EXPECT_EQ(host::sizeCalls(), 1) << "only the first block's size is read";
+        EXPECT_EQ(calls("memoryBlockGetSize"), 1) << "only the first block's size is read";
     }
 }
 
@@ -68,12 +70,12 @@ TEST_F(PlayerAddingMethods, UseTheGivenCount)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
-        host::load();
+        startHost();
         const PlayerObject object;
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block, {0, 8, 16, 0}), 1);
         EXPECT_EQ(object->queue[0].count, samples(method, 8));
-        EXPECT_EQ(host::sizeCalls(), 0);
+        EXPECT_EQ(calls("memoryBlockGetSize"), 0);
     }
 }
 
@@ -85,8 +87,8 @@ TEST_F(PlayerAddingMethods, AnOffsetDoesNotReduceTheDefaultCount)
         // Each block has 24 bytes but reports a size of 16.
         Bytes bytes(24, 0);
         bytes[8] = 1;
-        host::Block first(bytes), second(bytes);
-        first.setSize(16);
+        test::Block first(bytes), second(bytes);
+        host().claimSize(first, 16);
         EXPECT_EQ(call(method, object, first, second, {8, 0, 16, 0}), 1);
         EXPECT_EQ(object->queue[0].count, samples(method, 16));
         EXPECT_NE(object->queue[0].data[0], 0.0f) << "the samples begin at the offset";
@@ -97,12 +99,12 @@ TEST_F(PlayerAddingMethods, WithoutTheSizeServiceAZeroCountStaysZero)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
-        host::load({"memoryBlockGetSize"});
+        startHost({"memoryBlockGetSize"});
         const PlayerObject object;
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block), 0);
         EXPECT_EQ(object->queueCount, 0);
-        EXPECT_TRUE(host::raised().empty());
+        EXPECT_TRUE(host().raised().empty());
         EXPECT_EQ(call(method, object, block, block, {0, 8, 16, 0}), 1) << "an explicit count needs no size";
     }
 }
@@ -111,19 +113,19 @@ TEST_F(PlayerAddingMethods, DoNotReadTheSizeOfANilBlock)
 {
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
-        host::load();
+        startHost();
         const PlayerObject object;
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, nullptr, block), 0);
-        EXPECT_EQ(host::sizeCalls(), 0);
-        EXPECT_EQ(host::raised().size(), method.isFloat ? 0u : 1u);
+        EXPECT_EQ(calls("memoryBlockGetSize"), 0);
+        EXPECT_EQ(host().raised().size(), method.isFloat ? 0u : 1u);
         EXPECT_EQ(object->isRunning, 0);
         EXPECT_EQ(spy::calls(), std::vector<std::string>());
         if (!method.isStereo) continue;
-        host::load();
+        startHost();
         EXPECT_EQ(call(method, object, block, nullptr), 0);
-        EXPECT_EQ(host::sizeCalls(), 1);
-        EXPECT_EQ(host::raised().size(), method.isFloat ? 0u : 1u);
+        EXPECT_EQ(calls("memoryBlockGetSize"), 1);
+        EXPECT_EQ(host().raised().size(), method.isFloat ? 0u : 1u);
     }
 }
 
@@ -131,12 +133,12 @@ TEST_F(PlayerAddingMethods, ANilBlockMakesAddFloatAudioFalseAndAddAudioRaise)
 {
     const PlayerObject object;
     EXPECT_EQ(call(methods[1], object, nullptr, nullptr), 0);
-    EXPECT_TRUE(host::raised().empty());
+    EXPECT_TRUE(host().raised().empty());
     EXPECT_EQ(call(methods[0], object, nullptr, nullptr), 0);
-    ASSERT_EQ(host::raised().size(), 1u);
-    EXPECT_EQ(host::raised()[0].className, "NilObjectException");
-    EXPECT_EQ(host::raised()[0].message, "Memoryblock is nil");
-    EXPECT_EQ(host::liveValues(), 0);
+    ASSERT_EQ(host().raised().size(), 1u);
+    EXPECT_EQ(host().raised()[0].className, "NilObjectException");
+    EXPECT_EQ(host().raised()[0].message, "Memoryblock is nil");
+    EXPECT_EQ(heldValues(), fake::Notes());
 }
 
 TEST_F(PlayerAddingMethods, AnEmptyBlockIsRefused)
@@ -144,10 +146,10 @@ TEST_F(PlayerAddingMethods, AnEmptyBlockIsRefused)
     for (const Method& method : methods) {
         SCOPED_TRACE(method.name);
         const PlayerObject object;
-        const host::Block block{Bytes()};
+        const test::Block block{Bytes()};
         EXPECT_EQ(call(method, object, block, block), 0);
         EXPECT_EQ(object->queueCount, 0);
-        EXPECT_TRUE(host::raised().empty());
+        EXPECT_TRUE(host().raised().empty());
     }
 }
 
@@ -159,7 +161,7 @@ TEST_F(PlayerAddingMethods, ClearBuffersReplacesAllWaitingBuffers)
             const PlayerObject object;
             ASSERT_TRUE(object.add({1}));
             ASSERT_TRUE(object.add({2}));
-            const host::Block block(Bytes(16, 0));
+            const test::Block block(Bytes(16, 0));
             EXPECT_EQ(call(method, object, block, block, {0, 0, 16, clearBuffers}), 1);
             EXPECT_EQ(object->queueCount, clearBuffers ? 1 : 3);
         }
@@ -171,7 +173,7 @@ TEST_F(PlayerAddingMethods, AddingMethodsStartNothing)
         if (method.plays) continue;
         SCOPED_TRACE(method.name);
         const PlayerObject object;
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block), 1);
         EXPECT_EQ(object->isRunning, 0);
         EXPECT_EQ(spy::calls(), std::vector<std::string>());
@@ -185,7 +187,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsQueueAndStart)
         SCOPED_TRACE(method.name);
         device_spy::reset();
         const PlayerObject object;
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block), 1);
         EXPECT_EQ(object->queueCount, 1);
         EXPECT_EQ(object->isRunning, 1);
@@ -205,7 +207,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsDoNotRestartARunningPlayer)
         test::render(object, 2);
         ASSERT_EQ(object->outputPosition, 2.0);
         spy::forgetCalls();
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block), 1);
         EXPECT_EQ(object->queueCount, 1);
         EXPECT_EQ(object->outputPosition, 2.0);
@@ -223,7 +225,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsKeepTheBufferWhenTheStartFails)
             device_spy::reset();
             spy::answer(refusing).status = kAudioHardwareUnspecifiedError;
             const PlayerObject object;
-            const host::Block block(Bytes(16, 0));
+            const test::Block block(Bytes(16, 0));
             EXPECT_EQ(call(method, object, block, block), 0);
             EXPECT_EQ(object->queueCount, 1);
         }
@@ -235,7 +237,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsDoNotStartWhenTheBufferIsRefused)
         if (!method.plays) continue;
         SCOPED_TRACE(method.name);
         const PlayerObject object;
-        const host::Block block(Bytes(16, 0));
+        const test::Block block(Bytes(16, 0));
         EXPECT_EQ(call(method, object, block, block, {-1, 8, 16, 0}), 0);
         EXPECT_EQ(call(method, object, block, block, {0, -8, 16, 0}), 0);
         EXPECT_EQ(call(method, object, block, block, {0, 1, 16, 0}), 0);
@@ -250,7 +252,7 @@ TEST_F(PlayerAddingMethods, PlayingMethodsReturnFalseForARefusedBufferOnARunning
 {
     const PlayerObject object;
     ASSERT_TRUE(object.start());
-    const host::Block block(Bytes(16, 0));
+    const test::Block block(Bytes(16, 0));
     for (const Method& method : methods)
         if (method.plays) {
             EXPECT_EQ(call(method, object, block, block, {-1, 8, 16, 0}), 0) << method.name;

@@ -1,98 +1,54 @@
 // The class table of CoreAudioPlayerKVX, compared with the tables below.
 #include "tests/player/player_object.h"
-#include "tests/support/property_value.h"
+#include "tests/support/class_table.h"
 
 #include <gtest/gtest.h>
 
-#include <iterator>
+#include <vector>
 
 namespace {
 
-const struct {
-    const char* name;
-    const char* type;
-    bool isWritable;
-} properties[] = {
-    {"OutputPositionRelative", "Double", false},
-    {"SampleRate", "Single", true},
-    {"NumberOfChannels", "Integer", true},
-    {"OutputDeviceID", "Integer", true},
-    {"IsRunning", "Boolean", false},
-    {"OutputPosition", "Double", false},
-    {"NoUnderflow", "Boolean", true},
-    {"HadUnderflow", "Boolean", true},
-};
-
 // clang-format off
-const char* const declarations[] = {
-    "AddAudio(Data as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean",
-    "AddFloatAudio(FloatData as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean",
-    "AddAudioStereo(Data1 as memoryblock, Data2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean",
-    "AddFloatAudioStereo(FloatData1 as memoryblock, FloatData2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean",
-    "PlayAudio(Data as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean",
-    "PlayFloatAudio(FloatData as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean",
-    "PlayAudioStereo(Data1 as memoryblock, Data2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean",
-    "PlayFloatAudioStereo(FloatData1 as memoryblock, FloatData2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean",
-    "FreeSpace as integer",
-    "HasFreeSpace as boolean",
-    "HardwareSampleRate as single",
-    "HardwareNumberOfChannels as integer",
-    "Close",
-    "Stop",
-    "Start as boolean",
+const std::vector<support::MethodFact> methods = {
+    {"AddAudio(Data as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean"},
+    {"AddFloatAudio(FloatData as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean"},
+    {"AddAudioStereo(Data1 as memoryblock, Data2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean"},
+    {"AddFloatAudioStereo(FloatData1 as memoryblock, FloatData2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean"},
+    {"PlayAudio(Data as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean"},
+    {"PlayFloatAudio(FloatData as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean"},
+    {"PlayAudioStereo(Data1 as memoryblock, Data2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, BitSize as integer=16, ClearBuffers as boolean=false) as boolean"},
+    {"PlayFloatAudioStereo(FloatData1 as memoryblock, FloatData2 as memoryblock, offsetBytes as integer=0, countBytes as integer=0, ClearBuffers as boolean=false) as boolean"},
+    {"FreeSpace as integer"},
+    {"HasFreeSpace as boolean"},
+    {"HardwareSampleRate as single"},
+    {"HardwareNumberOfChannels as integer"},
+    {"Close"},
+    {"Stop"},
+    {"Start as boolean"},
 };
 // clang-format on
 
+static_assert(sizeof(void*) != 4 || sizeof(player::AudioPlayerData) == 1664);
+
 TEST(PlayerClass, HasItsNameSizeAndCounts)
 {
-    const REALclassDefinition& definition = coreAudioPlayerClass;
-    EXPECT_EQ(definition.version, 13u);
-    EXPECT_STREQ(definition.name, "CoreAudioPlayerKVX");
-    EXPECT_EQ(definition.superName, nullptr);
-    if (sizeof(void*) == 4) {
-        EXPECT_EQ(definition.dataSize, 1664u);
-    }
-    EXPECT_EQ(definition.dataSize, sizeof(player::AudioPlayerData));
-    EXPECT_NE(definition.constructor, nullptr);
-    EXPECT_NE(definition.destructor, nullptr);
-    EXPECT_EQ(definition.propertyCount, std::size(properties));
-    EXPECT_EQ(definition.methodCount, std::size(declarations));
-    EXPECT_EQ(definition.flags, 4u);
-
-    EXPECT_EQ(definition.events, nullptr);
-    EXPECT_EQ(definition.eventCount, 0u);
-    EXPECT_EQ(definition.eventInstances, nullptr);
-    EXPECT_EQ(definition.eventInstanceCount, 0u);
-    EXPECT_EQ(definition.interfaces, nullptr);
-    EXPECT_EQ(definition.constants, nullptr);
-    EXPECT_EQ(definition.constantCount, 0u);
-    EXPECT_EQ(definition.sharedProperties, nullptr);
-    EXPECT_EQ(definition.sharedPropertyCount, 0u);
-    EXPECT_EQ(definition.sharedMethods, nullptr);
-    EXPECT_EQ(definition.sharedMethodCount, 0u);
-    for (const Word word : definition.unused) EXPECT_EQ(word, 0u);
-    for (const Word word : definition.newer) EXPECT_EQ(word, 0u);
+    support::expectClass(coreAudioPlayerClass,
+                         {"CoreAudioPlayerKVX", sizeof(player::AudioPlayerData), 8, 15});
 }
 
 TEST(PlayerClass, HasEightPropertiesInOrder)
 {
-    ASSERT_EQ(coreAudioPlayerClass.propertyCount, std::size(properties));
-    const auto* row = static_cast<const REALproperty*>(coreAudioPlayerClass.properties);
-    for (const auto& expected : properties) {
-        SCOPED_TRACE(expected.name);
-        EXPECT_STREQ(row->group, "");
-        EXPECT_STREQ(row->name, expected.name);
-        EXPECT_STREQ(row->type, expected.type);
-        EXPECT_EQ(row->flags, 6u);
-        EXPECT_NE(row->getter, nullptr);
-        EXPECT_EQ(row->setter != nullptr, expected.isWritable);
-        EXPECT_EQ(row->editor, nullptr);
-        EXPECT_EQ(row->enumeration, nullptr);
-        EXPECT_EQ(row->tenth, 0u);
-        EXPECT_EQ(row->trailing[0], 0u);
-        EXPECT_EQ(row->trailing[1], 0u);
-        ++row;
-    }
+    using support::Access;
+    support::expectProperties(coreAudioPlayerClass, {
+                                                        {"OutputPositionRelative", "Double", Access::getter},
+                                                        {"SampleRate", "Single", Access::accessors},
+                                                        {"NumberOfChannels", "Integer", Access::accessors},
+                                                        {"OutputDeviceID", "Integer", Access::accessors},
+                                                        {"IsRunning", "Boolean", Access::getter},
+                                                        {"OutputPosition", "Double", Access::getter},
+                                                        {"NoUnderflow", "Boolean", Access::accessors},
+                                                        {"HadUnderflow", "Boolean", Access::accessors},
+                                                    });
 }
 
 TEST(PlayerClass, GettersIgnoreTheirParameter)
@@ -114,31 +70,18 @@ TEST(PlayerClass, GettersIgnoreTheirParameter)
         {"NoUnderflow", "true"},           {"HadUnderflow", "false"},
     };
     for (const auto& fact : facts)
-        for (const HostInteger parameter : support::anyParameter)
-            EXPECT_EQ(support::valueOf(test::propertyRow(fact.property), player, parameter), fact.value)
-                << fact.property;
+        support::expectValue(test::members.property(fact.property), player, fact.value);
 }
 
 TEST(PlayerClass, HasFifteenMethodsInOrder)
 {
-    ASSERT_EQ(coreAudioPlayerClass.methodCount, std::size(declarations));
-    const auto* row = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
-    for (const char* declaration : declarations) {
-        SCOPED_TRACE(declaration);
-        EXPECT_STREQ(row->declaration, declaration);
-        EXPECT_NE(row->function, nullptr);
-        EXPECT_EQ(row->setter, nullptr);
-        EXPECT_EQ(row->flags, 4u);
-        EXPECT_EQ(row->trailing[0], 0u);
-        EXPECT_EQ(row->trailing[1], 0u);
-        ++row;
-    }
+    support::expectMethods(coreAudioPlayerClass.methods, coreAudioPlayerClass.methodCount, methods);
 }
 
 TEST(PlayerClass, HasTheDestructorAsItsCloseMethod)
 {
-    EXPECT_EQ(test::methodRow("Close").function, coreAudioPlayerClass.destructor);
-    EXPECT_NE(test::methodRow("Stop").function, nullptr);
+    EXPECT_EQ(test::members.method("Close").function, coreAudioPlayerClass.destructor);
+    EXPECT_NE(test::members.method("Stop").function, nullptr);
 }
 
 TEST(PlayerClass, HasADifferentFunctionForEachMethod)

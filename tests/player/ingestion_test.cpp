@@ -16,7 +16,7 @@ namespace {
 using namespace player;
 using test::PlayerObject;
 using Bytes = std::vector<unsigned char>;
-using OwnedBlock = std::unique_ptr<host::Block>;
+using OwnedBlock = std::unique_ptr<test::Block>;
 
 enum Kind { good, nil, noMemory }; // kind of a memory block
 
@@ -28,9 +28,9 @@ protected:
     static OwnedBlock blockOf(Kind kind, std::size_t bytes = 64)
     {
         if (kind == nil) return nullptr;
-        if (kind == noMemory)
-            return std::make_unique<host::Block>(host::Block::WithoutMemory{static_cast<HostInteger>(bytes)});
-        return std::make_unique<host::Block>(Bytes(bytes, 0x40));
+        auto block = std::make_unique<test::Block>(Bytes(bytes, 0x40));
+        if (kind == noMemory) fake::Host::current().takeMemory(*block);
+        return block;
     }
 
     static REALmemoryBlockStruct* handle(const OwnedBlock& block)
@@ -39,15 +39,15 @@ protected:
     }
 
     /// Expect exactly one NilObjectException if `isRaised` is true, otherwise no exception.
-    static void expectNilRaised(bool isRaised)
+    void expectNilRaised(bool isRaised)
     {
-        const std::vector<host::Raised> raised = host::raised();
+        const std::vector<fake::Raised>& raised = host().raised();
         ASSERT_EQ(raised.size(), isRaised ? 1u : 0u);
-        EXPECT_EQ(host::liveValues(), 0);
+        EXPECT_EQ(heldValues(), fake::Notes());
         if (!isRaised) return;
         EXPECT_EQ(raised[0].className, "NilObjectException");
         EXPECT_EQ(raised[0].message, "Memoryblock is nil");
-        EXPECT_EQ(raised[0].errorNumber, 0);
+        EXPECT_EQ(raised[0].number, 0);
     }
 };
 
@@ -119,7 +119,7 @@ TEST_F(PlayerIngestion, IntegerBlocksAreCheckedInThisOrder)
 {
     for (const auto& row : refusals) {
         SCOPED_TRACE(row.why);
-        host::load();
+        startHost();
         const PlayerObject object;
         object->sampleRate = row.sampleRate;
         object->numberOfChannels = row.channels;
@@ -131,7 +131,7 @@ TEST_F(PlayerIngestion, IntegerBlocksAreCheckedInThisOrder)
         EXPECT_EQ(added, row.isAdded);
         EXPECT_EQ(isAllocated, row.isAdded) << "a refused call allocates nothing";
         EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
-        EXPECT_EQ(host::pointerCalls(), row.pointerCalls);
+        EXPECT_EQ(calls("memoryBlockGetPtr"), row.pointerCalls);
         EXPECT_EQ(spy::calls(), std::vector<std::string>());
         expectNilRaised(row.isRaised);
     }
@@ -144,7 +144,7 @@ TEST_F(PlayerIngestion, StereoBlocksAreCheckedInThisOrder)
     for (const auto& row : refusals)
         for (const int faulty : {1, 2, 3}) {
             SCOPED_TRACE(::testing::Message() << row.why << ", block " << faulty);
-            host::load();
+            startHost();
             const PlayerObject object;
             object->sampleRate = row.sampleRate;
             object->numberOfChannels = row.channels;
@@ -155,7 +155,7 @@ TEST_F(PlayerIngestion, StereoBlocksAreCheckedInThisOrder)
                       row.isAdded);
             EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
             if (row.pointerCalls == 0) {
-                EXPECT_EQ(host::pointerCalls(), 0);
+                EXPECT_EQ(calls("memoryBlockGetPtr"), 0);
             }
             expectNilRaised(row.isRaised);
         }
@@ -165,7 +165,7 @@ TEST_F(PlayerIngestion, StereoBlocksAreAcceptedWhileThePlayerIsMono)
 {
     const PlayerObject object;
     ASSERT_EQ(object->numberOfChannels, 1);
-    const host::Block block(Bytes{0x80, 0x40});
+    const test::Block block(Bytes{0x80, 0x40});
     EXPECT_TRUE(AddSomeAudioStereo(object.data(), block, block, 0, 2, 8, false));
     EXPECT_EQ(object.slot(0), (std::vector<float>{0.5f, 0.5f, 0.25f, 0.25f}));
     EXPECT_EQ(object->numberOfChannels, 1);
@@ -332,14 +332,14 @@ TEST_F(PlayerIngestion, DoesNotReadTheBlocksSize)
     const PlayerObject object;
     const OwnedBlock block = blockOf(good);
     EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 2, 8, 16, false));
-    EXPECT_EQ(host::sizeCalls(), 0);
+    EXPECT_EQ(calls("memoryBlockGetSize"), 0);
 }
 
 // ---- hosts that do not export a function ----
 
 TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsReturnFalse)
 {
-    host::load({"memoryBlockGetPtr"});
+    startHost({"memoryBlockGetPtr"});
     const PlayerObject object;
     const OwnedBlock block = blockOf(good);
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
@@ -347,7 +347,7 @@ TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsReturnFals
     expectNilRaised(false);
     EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 16, false));
     expectNilRaised(true);
-    host::load({"memoryBlockGetPtr"});
+    startHost({"memoryBlockGetPtr"});
     EXPECT_FALSE(AddSomeAudioStereo(object.data(), handle(block), handle(block), 0, 8, 16, false));
     expectNilRaised(true);
     EXPECT_EQ(object->queueCount, 0);
@@ -355,25 +355,25 @@ TEST_F(PlayerIngestion, WithoutThePointerServiceIntegersRaiseAndFloatsReturnFals
 
 TEST_F(PlayerIngestion, CachesAFoundServiceAndLooksUpAMissingOneAgain)
 {
-    host::load({"memoryBlockGetPtr"});
+    startHost({"memoryBlockGetPtr"});
     const PlayerObject object;
     const OwnedBlock block = blockOf(good);
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
-    EXPECT_EQ(host::lookUps("memoryBlockGetPtr"), 2);
-    host::withhold({});
+    EXPECT_EQ(lookUps("memoryBlockGetPtr"), 2);
+    host().provideAll();
     EXPECT_TRUE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
-    host::withhold({"memoryBlockGetPtr"});
+    host().withhold("memoryBlockGetPtr");
     EXPECT_TRUE(AddSomeFloatAudio(object.data(), handle(block), 0, 8, false));
-    EXPECT_EQ(host::lookUps("memoryBlockGetPtr"), 3);
+    EXPECT_EQ(lookUps("memoryBlockGetPtr"), 3);
 
-    host::load({"memoryBlockGetSize"});
+    startHost({"memoryBlockGetSize"});
     EXPECT_FALSE(object.add({1}));
     EXPECT_FALSE(object.add({1}));
-    host::withhold({});
+    host().provideAll();
     EXPECT_TRUE(object.add({1}));
     EXPECT_TRUE(object.add({1}));
-    EXPECT_EQ(host::lookUps("memoryBlockGetSize"), 3);
+    EXPECT_EQ(lookUps("memoryBlockGetSize"), 3);
 }
 
 } // namespace

@@ -20,9 +20,9 @@ protected:
                                         HostInteger count = 0)
     {
         const PlayerObject object;
-        const host::Block block(bytes);
-        const bool added = test::call<HostBoolean>("AddAudio", object, static_cast<Memory>(block), offset,
-                                                   count, bitSize, HostBoolean{0});
+        const test::Block block(bytes);
+        const bool added = test::members.call<HostBoolean>("AddAudio", object, static_cast<Memory>(block),
+                                                           offset, count, bitSize, HostBoolean{0});
         EXPECT_EQ(added, object->queueCount == 1);
         return object.slot(0);
     }
@@ -218,11 +218,11 @@ TEST_F(PlayerConversion, StartsAtTheOffsetAtAnyAlignment)
 TEST_F(PlayerConversion, InterleavesTwoBlocks)
 {
     const PlayerObject object;
-    const host::Block left(Bytes{0xEE, 0x00, 0x80, 0x00, 0x40, 0x00, 0x20}),
+    const test::Block left(Bytes{0xEE, 0x00, 0x80, 0x00, 0x40, 0x00, 0x20}),
         right(Bytes{0xEE, 0xFF, 0xFF, 0x01, 0x00, 0x00, 0x10});
-    ASSERT_TRUE(test::call<HostBoolean>("AddAudioStereo", object, static_cast<Memory>(left),
-                                        static_cast<Memory>(right), HostInteger{1}, HostInteger{6},
-                                        HostInteger{16}, HostBoolean{0}));
+    ASSERT_TRUE(test::members.call<HostBoolean>("AddAudioStereo", object, static_cast<Memory>(left),
+                                                static_cast<Memory>(right), HostInteger{1}, HostInteger{6},
+                                                HostInteger{16}, HostBoolean{0}));
     EXPECT_EQ(object.slot(0), (std::vector<float>{0.5f, 65535 * two(-16), 0.25f, two(-16), 0.125f, 0.0625f}));
     EXPECT_EQ(object->queue[0].count, 6);
 }
@@ -234,10 +234,10 @@ TEST_F(PlayerConversion, ConvertsTwoBlocksLikeOne)
     for (const HostInteger bitSize : {7, 8, 15, 16, 24, 31, 32}) {
         SCOPED_TRACE(bitSize);
         const PlayerObject object;
-        const host::Block first(a), second(b);
-        ASSERT_TRUE(test::call<HostBoolean>("AddAudioStereo", object, static_cast<Memory>(first),
-                                            static_cast<Memory>(second), HostInteger{0}, HostInteger{0},
-                                            bitSize, HostBoolean{0}));
+        const test::Block first(a), second(b);
+        ASSERT_TRUE(test::members.call<HostBoolean>("AddAudioStereo", object, static_cast<Memory>(first),
+                                                    static_cast<Memory>(second), HostInteger{0},
+                                                    HostInteger{0}, bitSize, HostBoolean{0}));
         const std::vector<float> left = converted(a, bitSize), right = converted(b, bitSize);
         std::vector<float> expected;
         for (std::size_t i = 0; i < left.size(); ++i) expected.insert(expected.end(), {left[i], right[i]});
@@ -266,12 +266,13 @@ TEST_F(PlayerConversion, CopiesFloatsBitForBit)
     for (const HostInteger offset : {0, 1, 2, 3, 4}) {
         SCOPED_TRACE(offset);
         Bytes bytes(static_cast<std::size_t>(offset), 0xEE);
-        const Bytes words = host::bytesOf(patterns);
+        const Bytes words = test::bytesOf(patterns);
         bytes.insert(bytes.end(), words.begin(), words.end());
-        const host::Block block(bytes);
+        const test::Block block(bytes);
         const PlayerObject object;
-        ASSERT_TRUE(test::call<HostBoolean>("AddFloatAudio", object, static_cast<Memory>(block), offset,
-                                            static_cast<HostInteger>(words.size()), HostBoolean{0}));
+        ASSERT_TRUE(test::members.call<HostBoolean>("AddFloatAudio", object, static_cast<Memory>(block),
+                                                    offset, static_cast<HostInteger>(words.size()),
+                                                    HostBoolean{0}));
         EXPECT_EQ(patternsOf(object->queue[0]), patterns);
     }
 }
@@ -283,15 +284,15 @@ TEST_F(PlayerConversion, InterleavesFloatsBitForBit)
         SCOPED_TRACE(offset);
         const auto blockOf = [&](const std::vector<std::uint32_t>& words) {
             Bytes bytes(static_cast<std::size_t>(offset), 0xEE);
-            const Bytes tail = host::bytesOf(words);
+            const Bytes tail = test::bytesOf(words);
             bytes.insert(bytes.end(), tail.begin(), tail.end());
             return bytes;
         };
-        const host::Block first(blockOf(patterns)), second(blockOf(reversed));
+        const test::Block first(blockOf(patterns)), second(blockOf(reversed));
         const PlayerObject object;
-        ASSERT_TRUE(test::call<HostBoolean>("AddFloatAudioStereo", object, static_cast<Memory>(first),
-                                            static_cast<Memory>(second), offset,
-                                            static_cast<HostInteger>(patterns.size() * 4), HostBoolean{0}));
+        ASSERT_TRUE(test::members.call<HostBoolean>(
+            "AddFloatAudioStereo", object, static_cast<Memory>(first), static_cast<Memory>(second), offset,
+            static_cast<HostInteger>(patterns.size() * 4), HostBoolean{0}));
         std::vector<std::uint32_t> expected;
         for (std::size_t i = 0; i < patterns.size(); ++i)
             expected.insert(expected.end(), {patterns[i], reversed[i]});
@@ -303,9 +304,9 @@ TEST_F(PlayerConversion, CountsWholeFloats)
 {
     for (HostInteger bytes = 4; bytes < 17; ++bytes) {
         const PlayerObject object;
-        const host::Block block(Bytes(static_cast<std::size_t>(bytes), 0));
-        ASSERT_TRUE(test::call<HostBoolean>("AddFloatAudio", object, static_cast<Memory>(block),
-                                            HostInteger{0}, HostInteger{0}, HostBoolean{0}));
+        const test::Block block(Bytes(static_cast<std::size_t>(bytes), 0));
+        ASSERT_TRUE(test::members.call<HostBoolean>("AddFloatAudio", object, static_cast<Memory>(block),
+                                                    HostInteger{0}, HostInteger{0}, HostBoolean{0}));
         EXPECT_EQ(object->queue[0].count, bytes / 4);
     }
 }

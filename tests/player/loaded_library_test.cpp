@@ -2,10 +2,13 @@
 // for the library, too, because the library calls every platform function through an ordinary dynamic symbol.
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
+#include "tests/support/class_members.h"
 #include "tests/support/device_spy.h"
+#include "tests/support/fake_host.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -13,62 +16,39 @@
 
 namespace {
 
-REALclassDefinition* playerClass = nullptr;
-
-double hostVersion() { return 2013.04; }
-void registerPluginVersion(int) {}
-void registerClass(REALclassDefinition* definition)
-{
-    definition->dataOffset = 16;
-    if (definition->name == std::string_view("CoreAudioPlayerKVX")) playerClass = definition;
-}
-
-void* resolve(const char* name)
-{
-    const std::string_view asked = name;
-    if (asked == "REALGetRBVersion") return reinterpret_cast<void*>(hostVersion);
-    if (asked == "RegisterPluginVersion") return reinterpret_cast<void*>(registerPluginVersion);
-    if (asked == "PluginRegisterClass") return reinterpret_cast<void*>(registerClass);
-    return nullptr;
-}
-
-AnyFunction methodNamed(std::string_view declaration)
-{
-    const auto* rows = static_cast<const REALmethod*>(playerClass->methods);
-    for (Word i = 0; i < playerClass->methodCount; ++i)
-        if (rows[i].declaration == declaration) return rows[i].function;
-    return nullptr;
-}
-
 TEST(PlayerInLoadedLibrary, CallsThePlatformThroughDynamicSymbols)
 {
-    using Procedure = void (*)(REALobjectStruct*);
     device_spy::reset();
     void* library = dlopen(KVX_BINARY_DIR "/KVXAudio.so", RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     const auto enter = reinterpret_cast<REALPluginMainFunction>(dlsym(library, pluginMainName));
     ASSERT_NE(enter, nullptr);
-    enter(resolve);
-    ASSERT_NE(playerClass, nullptr);
+    fake::Host host(2013.04);
+    host.dataOffset = 16;
+    enter(fake::Host::resolve);
+    const auto& classes = host.registrations();
+    const auto registered = std::find_if(classes.begin(), classes.end(), [](const fake::Registration& each) {
+        return each.definition->name == std::string_view("CoreAudioPlayerKVX");
+    });
+    ASSERT_NE(registered, classes.end());
+    const REALclassDefinition& playerClass = *registered->definition;
+    const support::ClassMembers members(playerClass);
     EXPECT_EQ(spy::calls(), std::vector<std::string>()) << "loading calls no platform function";
 
-    void* memory = std::malloc(16 + playerClass->dataSize);
-    std::memset(memory, 0xFF, 16 + playerClass->dataSize);
+    void* memory = std::malloc(16 + playerClass.dataSize);
+    std::memset(memory, 0xFF, 16 + playerClass.dataSize);
     auto* object = static_cast<REALobjectStruct*>(memory);
-    reinterpret_cast<Procedure>(playerClass->constructor)(object);
-    EXPECT_EQ(
-        reinterpret_cast<float (*)(REALobjectStruct*)>(methodNamed("HardwareSampleRate as single"))(object),
-        44100.0f);
-    EXPECT_EQ(reinterpret_cast<HostBoolean (*)(REALobjectStruct*)>(methodNamed("Start as boolean"))(object),
-              1);
+    members.construct(object);
+    EXPECT_EQ(members.call<float>("HardwareSampleRate", object), 44100.0f);
+    EXPECT_EQ(members.call<HostBoolean>("Start", object), 1);
     spy::answer("Delay").during = [] {
         const AudioTimeStamp time = {};
         AudioBufferList noInput = {}, output = {};
         const device_spy::Installed it = device_spy::installed()[0];
         it.procedure(it.device, &time, &noInput, &time, &output, &time, it.client);
     };
-    reinterpret_cast<Procedure>(methodNamed("Stop"))(object);
-    reinterpret_cast<Procedure>(playerClass->destructor)(object);
+    members.call<void>("Stop", object);
+    members.destruct(object);
     std::free(memory);
 
     EXPECT_EQ(spy::calls(), (std::vector<std::string>{

@@ -30,11 +30,11 @@ protected:
 
     static HostInteger freeSpace(const PlayerObject& object)
     {
-        return test::call<HostInteger>("FreeSpace", object);
+        return test::members.call<HostInteger>("FreeSpace", object);
     }
     static bool hasFreeSpace(const PlayerObject& object)
     {
-        return test::call<HostBoolean>("HasFreeSpace", object);
+        return test::members.call<HostBoolean>("HasFreeSpace", object);
     }
 
     /// Expect that all occupied slots come before all empty slots.

@@ -1,7 +1,6 @@
 #include "tests/player/player_object.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -11,33 +10,13 @@ namespace {
 constexpr std::size_t guardBytes = 64; // guard bytes after the class data
 }
 
-const REALproperty& propertyRow(std::string_view name)
-{
-    const auto* rows = static_cast<const REALproperty*>(coreAudioPlayerClass.properties);
-    for (Word i = 0; i < coreAudioPlayerClass.propertyCount; ++i)
-        if (rows[i].name == name) return rows[i];
-    std::fprintf(stderr, "the class has no such property\n");
-    std::abort();
-}
-
-const REALmethod& methodRow(std::string_view name)
-{
-    const auto* rows = static_cast<const REALmethod*>(coreAudioPlayerClass.methods);
-    for (Word i = 0; i < coreAudioPlayerClass.methodCount; ++i) {
-        const std::string_view declaration = rows[i].declaration;
-        if (declaration.substr(0, declaration.find_first_of("( ")) == name) return rows[i];
-    }
-    std::fprintf(stderr, "the class has no such method\n");
-    std::abort();
-}
-
 PlayerObject::PlayerObject(Word dataOffset) : offset_(dataOffset)
 {
     coreAudioPlayerClass.dataOffset = dataOffset;
     const std::size_t size = offset_ + sizeof(player::AudioPlayerData) + guardBytes;
     memory_ = static_cast<char*>(std::malloc(size));
     std::memset(memory_, 0xFF, size);
-    reinterpret_cast<void (*)(Object)>(coreAudioPlayerClass.constructor)(*this);
+    members.construct(*this);
 }
 
 PlayerObject::~PlayerObject()
@@ -45,15 +24,15 @@ PlayerObject::~PlayerObject()
     coreAudioPlayerClass.dataOffset = offset_;
     // No device runs that would clear the flag, so with the flag set the destructor would wait forever.
     data().isRunning = false;
-    reinterpret_cast<void (*)(Object)>(coreAudioPlayerClass.destructor)(*this);
+    members.destruct(*this);
     std::free(memory_);
 }
 
 bool PlayerObject::add(const std::vector<float>& samples, bool clearBuffers) const
 {
-    const host::Block block(host::bytesOf(samples));
-    return call<HostBoolean>("AddFloatAudio", *this, static_cast<Memory>(block), HostInteger{0},
-                             HostInteger{0}, HostBoolean{clearBuffers});
+    const Block block(bytesOf(samples));
+    return members.call<HostBoolean>("AddFloatAudio", *this, static_cast<Memory>(block), HostInteger{0},
+                                     HostInteger{0}, HostBoolean{clearBuffers});
 }
 
 std::vector<float> samplesOf(const player::PlayItem& item)

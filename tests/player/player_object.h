@@ -1,9 +1,10 @@
-// A player object, created as a host creates it. Properties and methods are found by name in the class table.
+// A player object, created as a host creates it.
 #pragma once
 
 #include "player/player.h"
 #include "plugin/classes.h"
-#include "tests/player/small_host.h"
+#include "tests/support/class_members.h"
+#include "tests/support/fake_host.h"
 
 #include <CoreAudio/CoreAudio.h>
 
@@ -12,28 +13,9 @@
 
 namespace test {
 
-/// Return the property named `name`. The program ends if there is no such property.
-const REALproperty& propertyRow(std::string_view name);
-
-/// Return the method whose declaration begins with `name`. The program ends if there is no such method.
-const REALmethod& methodRow(std::string_view name);
+inline const support::ClassMembers members(coreAudioPlayerClass);
 
 using Object = REALobjectStruct*;
-
-template <class T>
-T get(Object object, std::string_view property)
-{
-    const REALproperty& row = propertyRow(property);
-    return reinterpret_cast<T (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
-}
-
-template <class T>
-void set(Object object, std::string_view property, T value)
-{
-    const REALproperty& row = propertyRow(property);
-    reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
-}
-
 using Memory = REALmemoryBlockStruct*;
 // The function types of the adding methods.
 using AddMono = HostBoolean (*)(Object, Memory, HostInteger, HostInteger, HostInteger, HostBoolean);
@@ -41,11 +23,30 @@ using AddStereo = HostBoolean (*)(Object, Memory, Memory, HostInteger, HostInteg
 using AddFloatMono = HostBoolean (*)(Object, Memory, HostInteger, HostInteger, HostBoolean);
 using AddFloatStereo = HostBoolean (*)(Object, Memory, Memory, HostInteger, HostInteger, HostBoolean);
 
-/// Call a method by its name, for example call<HostBoolean>("Start", object).
-template <class Result, class... Arguments>
-Result call(std::string_view name, Object object, Arguments... arguments)
+/// A memory block of the fake host.
+class Block {
+public:
+    explicit Block(const std::vector<unsigned char>& bytes)
+        : block_(fake::Host::current().newMemoryBlock(
+              {reinterpret_cast<const char*>(bytes.data()), bytes.size()}))
+    {
+    }
+    ~Block() { fake::Host::current().drop(block_); }
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+
+    operator Memory() const { return block_; }
+
+private:
+    Memory block_;
+};
+
+/// Return the bytes of consecutive values in the processor's byte order.
+template <class Value>
+std::vector<unsigned char> bytesOf(const std::vector<Value>& values)
 {
-    return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(name).function)(object, arguments...);
+    const auto* const first = reinterpret_cast<const unsigned char*>(values.data());
+    return {first, first + values.size() * sizeof(Value)};
 }
 
 /// A constructed player object. The memory is filled with 0xFF before the construction.
@@ -71,7 +72,7 @@ public:
     std::vector<float> slot(int index) const;
     std::vector<float> current() const;
 
-    bool start() const { return call<HostBoolean>("Start", *this); }
+    bool start() const { return members.call<HostBoolean>("Start", *this); }
 
 private:
     Word offset_;

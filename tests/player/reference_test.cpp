@@ -66,12 +66,12 @@ private:
     void setRate()
     {
         reference_.sampleRate = rate();
-        test::set<float>(object_, "SampleRate", reference_.sampleRate);
+        test::members.set<float>(object_, "SampleRate", reference_.sampleRate);
     }
     void setChannels()
     {
         reference_.numberOfChannels = pick(channelCounts);
-        test::set<HostInteger>(object_, "NumberOfChannels", reference_.numberOfChannels);
+        test::members.set<HostInteger>(object_, "NumberOfChannels", reference_.numberOfChannels);
     }
 
     void add()

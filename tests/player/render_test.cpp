@@ -283,10 +283,10 @@ TEST_F(PlayerRender, RateAndChannelsMayChangeDuringPlayback)
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6, 7, 8}));
     start(object, equal);
     EXPECT_EQ(render(object, 2), (Floats{1, 2}));
-    test::set<float>(object, "SampleRate", twice);
+    test::members.set<float>(object, "SampleRate", twice);
     EXPECT_EQ(render(object, 2), (Floats{3, 5}));
-    test::set<float>(object, "SampleRate", equal);
-    test::set<HostInteger>(object, "NumberOfChannels", 2);
+    test::members.set<float>(object, "SampleRate", equal);
+    test::members.set<HostInteger>(object, "NumberOfChannels", 2);
     EXPECT_EQ(object->outputPosition, 6.0);
     EXPECT_EQ(render(object, 1, 2), (Floats{0, 0})) << "frame 6 of stereo is sample 12";
 }

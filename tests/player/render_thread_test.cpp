@@ -65,7 +65,7 @@ OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBu
                              const AudioTimeStamp*, AudioBufferList*, const AudioTimeStamp*, void* client)
 {
     // Allocations with operator new are detected, too.
-    const host::Block block(std::vector<unsigned char>(8, 0));
+    const test::Block block(std::vector<unsigned char>(8, 0));
     player::AddSomeFloatAudio(*static_cast<player::AudioPlayerData*>(client), block, 0, 8, false);
     return 0;
 }
@@ -113,8 +113,9 @@ TEST_F(PlayerRenderThread, EveryKindOfAllocationIsDetected)
 TEST_F(PlayerRenderThread, AllocationsInThePlayersCodeAreDetected)
 {
     const PlayerObject object;
-    const host::Block block(std::vector<unsigned char>(8, 0));
+    const test::Block block(std::vector<unsigned char>(8, 0));
     ASSERT_TRUE(object.add({1})); // the first call looks up the host's functions, which may allocate
+    host().recordsCalls = false;
     const int before = watched::alarms();
     {
         const watched::NoAllocation renderThread;
@@ -254,16 +255,16 @@ TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
             spy::answer("AudioDeviceStart").during = [&] {
                 device = std::make_unique<RunningDevice>(object->ioProc, &object.data());
             };
-            test::set<HostBoolean>(object, "NoUnderflow", 1);
+            test::members.set<HostBoolean>(object, "NoUnderflow", 1);
             ASSERT_TRUE(object.start());
             for (int buffer = 0; buffer < 5; ++buffer) object.add(Floats(37, 0.25f), buffer == 3);
-            test::get<double>(object, "OutputPosition");
-            test::get<double>(object, "OutputPositionRelative");
-            test::set<float>(object, "SampleRate", 48000);
-            test::set<HostBoolean>(object, "NoUnderflow", 0);
-            while (test::get<HostBoolean>(object, "IsRunning") && i % 2) std::this_thread::yield();
-            test::call<void>("Stop", object);
-            EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 0);
+            test::members.get<double>(object, "OutputPosition");
+            test::members.get<double>(object, "OutputPositionRelative");
+            test::members.set<float>(object, "SampleRate", 48000);
+            test::members.set<HostBoolean>(object, "NoUnderflow", 0);
+            while (test::members.get<HostBoolean>(object, "IsRunning") && i % 2) std::this_thread::yield();
+            test::members.call<void>("Stop", object);
+            EXPECT_EQ(test::members.get<HostBoolean>(object, "IsRunning"), 0);
         } // the object is freed here, while the device's thread may still run its last cycle
         device.reset();
     }

@@ -91,16 +91,16 @@ TEST_F(PlayerState, TheConstructorCallsNoPlatformFunctionAndStaysInsideTheRecord
 TEST_F(PlayerState, ANewObjectReportsItsDefaults)
 {
     const PlayerObject object;
-    EXPECT_EQ(test::get<float>(object, "SampleRate"), 44100.0f);
-    EXPECT_EQ(test::get<HostInteger>(object, "NumberOfChannels"), 1);
-    EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0);
-    EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 0);
-    EXPECT_EQ(test::get<HostBoolean>(object, "NoUnderflow"), 0);
-    EXPECT_EQ(test::get<HostBoolean>(object, "HadUnderflow"), 0);
-    EXPECT_EQ(test::get<double>(object, "OutputPosition"), 0.0);
-    EXPECT_EQ(test::get<double>(object, "OutputPositionRelative"), 0.0);
-    EXPECT_EQ(test::call<HostInteger>("FreeSpace", object), 200);
-    EXPECT_EQ(test::call<HostBoolean>("HasFreeSpace", object), 1);
+    EXPECT_EQ(test::members.get<float>(object, "SampleRate"), 44100.0f);
+    EXPECT_EQ(test::members.get<HostInteger>(object, "NumberOfChannels"), 1);
+    EXPECT_EQ(test::members.get<HostInteger>(object, "OutputDeviceID"), 0);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "IsRunning"), 0);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "NoUnderflow"), 0);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "HadUnderflow"), 0);
+    EXPECT_EQ(test::members.get<double>(object, "OutputPosition"), 0.0);
+    EXPECT_EQ(test::members.get<double>(object, "OutputPositionRelative"), 0.0);
+    EXPECT_EQ(test::members.call<HostInteger>("FreeSpace", object), 200);
+    EXPECT_EQ(test::members.call<HostBoolean>("HasFreeSpace", object), 1);
 }
 
 // The offset of the class data is not constant: the host writes the offset into the class definition.
@@ -115,19 +115,19 @@ TEST_F(PlayerState, GettersReadTheirFieldAtAnyOffset)
         object->outputDeviceID = 0x12345678;
         object->isRunning = 1;
         object->outputPosition = 1e15 + 0.5;
-        EXPECT_EQ(test::get<double>(object, "OutputPositionRelative"), 1.25);
-        EXPECT_EQ(test::get<float>(object, "SampleRate"), 8000.5f);
-        EXPECT_EQ(test::get<HostInteger>(object, "NumberOfChannels"), -3);
-        EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0x12345678);
-        EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 1);
-        EXPECT_EQ(test::get<double>(object, "OutputPosition"), 1e15 + 0.5);
+        EXPECT_EQ(test::members.get<double>(object, "OutputPositionRelative"), 1.25);
+        EXPECT_EQ(test::members.get<float>(object, "SampleRate"), 8000.5f);
+        EXPECT_EQ(test::members.get<HostInteger>(object, "NumberOfChannels"), -3);
+        EXPECT_EQ(test::members.get<HostInteger>(object, "OutputDeviceID"), 0x12345678);
+        EXPECT_EQ(test::members.get<HostBoolean>(object, "IsRunning"), 1);
+        EXPECT_EQ(test::members.get<double>(object, "OutputPosition"), 1e15 + 0.5);
 
-        EXPECT_EQ(test::get<HostBoolean>(object, "NoUnderflow"), 0);
+        EXPECT_EQ(test::members.get<HostBoolean>(object, "NoUnderflow"), 0);
         object->noUnderflow = 1;
-        EXPECT_EQ(test::get<HostBoolean>(object, "NoUnderflow"), 1);
-        EXPECT_EQ(test::get<HostBoolean>(object, "HadUnderflow"), 0);
+        EXPECT_EQ(test::members.get<HostBoolean>(object, "NoUnderflow"), 1);
+        EXPECT_EQ(test::members.get<HostBoolean>(object, "HadUnderflow"), 0);
         object->hadUnderflow = 1;
-        EXPECT_EQ(test::get<HostBoolean>(object, "HadUnderflow"), 1);
+        EXPECT_EQ(test::members.get<HostBoolean>(object, "HadUnderflow"), 1);
     }
 }
 
@@ -136,24 +136,24 @@ TEST_F(PlayerState, SettersStoreEveryValue)
     constexpr float infinity = std::numeric_limits<float>::infinity();
     const PlayerObject object(32);
     for (const float rate : {44100.0f, 1.0f, 0.999f, 0.0f, -1.0f, infinity, 1e-40f}) {
-        test::set<float>(object, "SampleRate", rate);
+        test::members.set<float>(object, "SampleRate", rate);
         EXPECT_EQ(object->sampleRate, rate);
     }
-    test::set<float>(object, "SampleRate", std::nanf(""));
+    test::members.set<float>(object, "SampleRate", std::nanf(""));
     EXPECT_TRUE(std::isnan(object->sampleRate));
 
     for (const HostInteger channels : {2, 1, 0, 3, -1, INT32_MAX, INT32_MIN}) {
-        test::set<HostInteger>(object, "NumberOfChannels", channels);
+        test::members.set<HostInteger>(object, "NumberOfChannels", channels);
         EXPECT_EQ(object->numberOfChannels, channels);
     }
     for (const HostInteger device : {0, 7, INT32_MAX, -1}) {
-        test::set<HostInteger>(object, "OutputDeviceID", device);
+        test::members.set<HostInteger>(object, "OutputDeviceID", device);
         EXPECT_EQ(object->outputDeviceID, static_cast<std::uint32_t>(device));
     }
     for (const HostBoolean flag : {1, 0}) {
-        test::set<HostBoolean>(object, "NoUnderflow", flag);
+        test::members.set<HostBoolean>(object, "NoUnderflow", flag);
         EXPECT_EQ(object->noUnderflow, flag);
-        test::set<HostBoolean>(object, "HadUnderflow", flag);
+        test::members.set<HostBoolean>(object, "HadUnderflow", flag);
         EXPECT_EQ(object->hadUnderflow, flag);
     }
     EXPECT_EQ(spy::calls(), std::vector<std::string>());
@@ -163,21 +163,21 @@ TEST_F(PlayerState, ADeviceIDAboveTheSignedRangeKeepsItsValueOnThe32BitTarget)
 {
     if (sizeof(void*) != 4) GTEST_SKIP() << "the host's Integer is wider here";
     const PlayerObject object;
-    test::set<HostInteger>(object, "OutputDeviceID", -2);
-    EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), -2);
+    test::members.set<HostInteger>(object, "OutputDeviceID", -2);
+    EXPECT_EQ(test::members.get<HostInteger>(object, "OutputDeviceID"), -2);
 }
 
 TEST_F(PlayerState, ASetterChangesNoOtherField)
 {
     const PlayerObject object, untouched;
-    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 1);
     EXPECT_EQ(object->isRunning, 0);
     EXPECT_EQ(object->stopRequested, 0);
     EXPECT_EQ(object->hadUnderflow, 0);
-    test::set<HostBoolean>(object, "HadUnderflow", 1);
-    test::set<HostBoolean>(object, "NoUnderflow", 0);
+    test::members.set<HostBoolean>(object, "HadUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 0);
     EXPECT_EQ(object->hadUnderflow, 1);
-    test::set<float>(object, "SampleRate", 1.0f);
+    test::members.set<float>(object, "SampleRate", 1.0f);
     EXPECT_EQ(object->deviceSampleRate, 44100.0f);
     EXPECT_EQ(untouched->sampleRate, 44100.0f);
     EXPECT_EQ(untouched->hadUnderflow, 0);

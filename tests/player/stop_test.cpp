@@ -22,8 +22,8 @@ const struct {
     const char* name;
     void (*stop)(const PlayerObject&);
 } stops[] = {
-    {"Stop", [](const PlayerObject& object) { test::call<void>("Stop", object); }},
-    {"Close", [](const PlayerObject& object) { test::call<void>("Close", object); }},
+    {"Stop", [](const PlayerObject& object) { test::members.call<void>("Stop", object); }},
+    {"Close", [](const PlayerObject& object) { test::members.call<void>("Close", object); }},
     {"destruction", destroy},
 };
 
@@ -43,11 +43,11 @@ TEST_F(PlayerStop, StopOnAStoppedPlayerFreesAllBuffersAndKeepsThePosition)
         each.stop(object);
         EXPECT_EQ(spy::calls(), Calls()) << "no wait, no platform call";
         EXPECT_EQ(watched::liveBlocks(), before);
-        EXPECT_EQ(test::call<HostInteger>("FreeSpace", object), 200);
+        EXPECT_EQ(test::members.call<HostInteger>("FreeSpace", object), 200);
         EXPECT_EQ(object->current.data, nullptr);
         EXPECT_EQ(object->stopRequested, 0);
-        EXPECT_EQ(test::get<double>(object, "OutputPosition"), 12.5);
-        EXPECT_EQ(test::get<double>(object, "OutputPositionRelative"), 2.5);
+        EXPECT_EQ(test::members.get<double>(object, "OutputPosition"), 12.5);
+        EXPECT_EQ(test::members.get<double>(object, "OutputPositionRelative"), 2.5);
         EXPECT_EQ(object->baseSampleIndex, 10);
         ASSERT_TRUE(object.start());
         EXPECT_EQ(object->outputPosition, 0.0) << "until the next start";
@@ -89,7 +89,7 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
 TEST_F(PlayerStop, StopWithNoUnderflowWaitsUntilTheQueueIsEmpty)
 {
     const PlayerObject object;
-    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 1);
     ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
     ASSERT_TRUE(object.start());
     int ticks = 0;
@@ -111,11 +111,11 @@ TEST_F(PlayerStop, StopWithNoUnderflowWaitsUntilTheQueueIsEmpty)
         }
         if (ticks == 5) {
             EXPECT_EQ(object->isRunning, 1);
-            test::set<HostBoolean>(object, "NoUnderflow", 0);
+            test::members.set<HostBoolean>(object, "NoUnderflow", 0);
             test::render(object, 4);
         }
     };
-    test::call<void>("Stop", object);
+    test::members.call<void>("Stop", object);
     EXPECT_EQ(ticks, 5);
     EXPECT_EQ(object->isRunning, 0);
     EXPECT_EQ(object->stopRequested, 0);
@@ -129,7 +129,7 @@ TEST_F(PlayerStop, AnUnderflowDuringTheWaitEndsIt)
         object->stopRequested = 0; // a cycle with noUnderflow set would clear the stop request like this
         test::render(object, 4);   // a cycle without data and without a stop request
     };
-    test::call<void>("Stop", object);
+    test::members.call<void>("Stop", object);
     EXPECT_EQ(spy::count("Delay"), 1);
     EXPECT_EQ(object->isRunning, 0);
 }
@@ -143,10 +143,10 @@ TEST_F(PlayerStop, RepeatedCloseAndDestructionAreHarmless)
         ASSERT_TRUE(object.start());
         test::render(object, 1);
         spy::answer("Delay").during = [&] { test::render(object, 1); };
-        test::call<void>("Close", object);
+        test::members.call<void>("Close", object);
         spy::forgetCalls();
-        test::call<void>("Close", object);
-        test::call<void>("Stop", object);
+        test::members.call<void>("Close", object);
+        test::members.call<void>("Stop", object);
         EXPECT_EQ(spy::calls(), Calls());
         destroy(object);
     }
@@ -156,9 +156,9 @@ TEST_F(PlayerStop, RepeatedCloseAndDestructionAreHarmless)
 TEST_F(PlayerStop, AClosedPlayerRestartsWithItsSettings)
 {
     const PlayerObject object;
-    test::set<float>(object, "SampleRate", 22050);
-    test::set<HostInteger>(object, "NumberOfChannels", 2);
-    test::call<void>("Close", object);
+    test::members.set<float>(object, "SampleRate", 22050);
+    test::members.set<HostInteger>(object, "NumberOfChannels", 2);
+    test::members.call<void>("Close", object);
     EXPECT_EQ(object->sampleRate, 22050.0f);
     EXPECT_EQ(object->numberOfChannels, 2);
     ASSERT_TRUE(object.add({1, -1, 2, -2}));
@@ -173,7 +173,7 @@ TEST_F(PlayerStop, StopWithoutTheLockFreesOnlyTheCurrentBuffer)
     object->current = test::itemOf({3});
     watched::refuseLock(1);
     watched::begin();
-    test::call<void>("Stop", object);
+    test::members.call<void>("Stop", object);
     watched::end();
     EXPECT_EQ(object->queueCount, 1);
     EXPECT_EQ(object->current.data, nullptr);

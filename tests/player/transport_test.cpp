@@ -29,11 +29,11 @@ protected:
 
     static float hardwareRate(const PlayerObject& object)
     {
-        return test::call<float>("HardwareSampleRate", object);
+        return test::members.call<float>("HardwareSampleRate", object);
     }
     static HostInteger hardwareChannels(const PlayerObject& object)
     {
-        return test::call<HostInteger>("HardwareNumberOfChannels", object);
+        return test::members.call<HostInteger>("HardwareNumberOfChannels", object);
     }
 };
 
@@ -43,7 +43,7 @@ TEST_F(PlayerTransport, StartCallsThePlatformInThisOrder)
 {
     const PlayerObject object;
     nameForSpy(object);
-    EXPECT_EQ(test::call<HostBoolean>("Start", object), 1);
+    EXPECT_EQ(test::members.call<HostBoolean>("Start", object), 1);
     EXPECT_EQ(spy::calls(), wholeStart);
     EXPECT_EQ(object->isRunning, 1);
     EXPECT_EQ(object->deviceSampleRate, 44100.0f);
@@ -69,7 +69,7 @@ TEST_F(PlayerTransport, AnExplicitDeviceIsUsedWithoutReadingTheDefault)
     device_spy::platform().streamFormatOf[7].mSampleRate = 32000;
     const PlayerObject object;
     nameForSpy(object);
-    test::set<HostInteger>(object, "OutputDeviceID", 7);
+    test::members.set<HostInteger>(object, "OutputDeviceID", 7);
     EXPECT_TRUE(object.start());
     EXPECT_EQ(spy::calls(),
               (Calls{"AudioDeviceGetProperty(7, channel 0, output, 'sfmt', 40 bytes)",
@@ -84,7 +84,7 @@ TEST_F(PlayerTransport, TheDefaultDeviceIsNotStored)
     nameForSpy(object);
     EXPECT_TRUE(object.start());
     EXPECT_EQ(object->outputDeviceID, 0u);
-    EXPECT_EQ(test::get<HostInteger>(object, "OutputDeviceID"), 0);
+    EXPECT_EQ(test::members.get<HostInteger>(object, "OutputDeviceID"), 0);
     test::render(object, 4); // without data the player stops
 
     device_spy::platform().defaultOutputDevice = 42;
@@ -102,7 +102,7 @@ TEST_F(PlayerTransport, StartOnARunningPlayerReturnsTrueAndChangesNothing)
     test::render(object, 3);
     spy::answer("AudioDeviceStart").status = kAudioHardwareUnspecifiedError;
     spy::forgetCalls();
-    EXPECT_EQ(test::call<HostBoolean>("Start", object), 1);
+    EXPECT_EQ(test::members.call<HostBoolean>("Start", object), 1);
     EXPECT_EQ(spy::calls(), Calls());
     EXPECT_EQ(object->outputPosition, 3.0);
     EXPECT_EQ(object->outputPositionRelative, 3.0);
@@ -134,7 +134,7 @@ TEST_F(PlayerTransport, EveryRefusalEndsTheStart)
             object->outputPositionRelative = 6;
             object->baseSampleIndex = 7;
 
-            EXPECT_EQ(test::call<HostBoolean>("Start", object), 0);
+            EXPECT_EQ(test::members.call<HostBoolean>("Start", object), 0);
             EXPECT_EQ(spy::calls(), row.calls);
             EXPECT_EQ(object->isRunning, row.isRunning);
             EXPECT_EQ(object->outputPosition, 0.0) << "positions are reset first";
@@ -167,7 +167,7 @@ TEST_F(PlayerTransport, AfterARefusedDeviceStartThePlayerCountsAsRunning)
     const PlayerObject object;
     spy::answer("AudioDeviceStart").status = kAudioHardwareUnspecifiedError;
     EXPECT_FALSE(object.start());
-    EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 1);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "IsRunning"), 1);
     ASSERT_EQ(device_spy::installed().size(), 1u);
     EXPECT_FALSE(device_spy::installed()[0].isStarted);
     spy::forgetCalls();
@@ -238,7 +238,7 @@ TEST_F(PlayerTransport, HardwareFormatIsTheDefaultDevicesEvenWithAnExplicitDevic
     device_spy::platform().streamFormatOf[7].mSampleRate = 32000;
     device_spy::platform().streamFormatOf[7].mChannelsPerFrame = 8;
     const PlayerObject object;
-    test::set<HostInteger>(object, "OutputDeviceID", 7);
+    test::members.set<HostInteger>(object, "OutputDeviceID", 7);
     EXPECT_EQ(hardwareRate(object), 44100.0f);
     EXPECT_EQ(hardwareChannels(object), 2);
     EXPECT_EQ(spy::calls(), (Calls{askDefaultDevice, askFormat, askDefaultDevice, askFormat}));

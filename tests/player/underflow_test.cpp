@@ -40,9 +40,9 @@ TEST_F(PlayerUnderflow, AStartWithAnEmptyQueueStopsInTheFirstCycle)
 {
     const PlayerObject object;
     start(object);
-    EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 1);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "IsRunning"), 1);
     EXPECT_EQ(runCycle(object), silence);
-    EXPECT_EQ(test::get<HostBoolean>(object, "IsRunning"), 0);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "IsRunning"), 0);
     EXPECT_EQ(spy::calls(), removal) << "the calling device is stopped";
     EXPECT_EQ(object->hadUnderflow, 0);
     EXPECT_EQ(object->stopRequested, 0);
@@ -67,15 +67,15 @@ TEST_F(PlayerUnderflow, TheCycleAfterTheLastSampleStopsThePlayer)
 TEST_F(PlayerUnderflow, WithNoUnderflowThePlayerRunsOnAndSetsHadUnderflow)
 {
     const PlayerObject object;
-    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 1);
     ASSERT_TRUE(object.add({1, 2, 3, 4}));
     start(object);
     EXPECT_EQ(runCycle(object), (Floats{1, 2, 3, 4}));
-    EXPECT_EQ(test::get<HostBoolean>(object, "HadUnderflow"), 0);
+    EXPECT_EQ(test::members.get<HostBoolean>(object, "HadUnderflow"), 0);
     const double relative = object->outputPositionRelative;
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(runCycle(object), silence);
-        EXPECT_EQ(test::get<HostBoolean>(object, "HadUnderflow"), 1);
+        EXPECT_EQ(test::members.get<HostBoolean>(object, "HadUnderflow"), 1);
         EXPECT_EQ(object->isRunning, 1);
         EXPECT_EQ(object->outputPosition, 4.0) << "the position stays";
         EXPECT_EQ(object->outputPositionRelative, relative);
@@ -88,7 +88,7 @@ TEST_F(PlayerUnderflow, AnEmptyQueueInsideACycleIsNoUnderflow)
     for (const HostBoolean noUnderflow : {0, 1}) {
         device_spy::reset();
         const PlayerObject object;
-        test::set<HostBoolean>(object, "NoUnderflow", noUnderflow);
+        test::members.set<HostBoolean>(object, "NoUnderflow", noUnderflow);
         ASSERT_TRUE(object.add({1, 2}));
         start(object);
         EXPECT_EQ(runCycle(object), (Floats{1, 2, 0, 0}));
@@ -102,7 +102,7 @@ TEST_F(PlayerUnderflow, AnEmptyQueueInsideACycleIsNoUnderflow)
 TEST_F(PlayerUnderflow, OnlyTheHostClearsHadUnderflow)
 {
     const PlayerObject object;
-    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 1);
     start(object);
     runCycle(object);
     ASSERT_EQ(object->hadUnderflow, 1);
@@ -111,7 +111,7 @@ TEST_F(PlayerUnderflow, OnlyTheHostClearsHadUnderflow)
     EXPECT_EQ(object->hadUnderflow, 1) << "rendering does not clear it";
     ASSERT_TRUE(object.start());
     EXPECT_EQ(object->hadUnderflow, 1) << "a start does not clear it";
-    test::set<HostBoolean>(object, "HadUnderflow", 0);
+    test::members.set<HostBoolean>(object, "HadUnderflow", 0);
     runCycle(object);
     EXPECT_EQ(object->hadUnderflow, 0);
     runCycle(object);
@@ -121,7 +121,7 @@ TEST_F(PlayerUnderflow, OnlyTheHostClearsHadUnderflow)
 TEST_F(PlayerUnderflow, SamplesBeforeTheReadPositionAreSkippedWhenDataReturns)
 {
     const PlayerObject object;
-    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 1);
     ASSERT_TRUE(object.add({1, 2}));
     start(object);
     // The position is 4 now, but the next buffer will begin at 2.
@@ -137,10 +137,10 @@ TEST_F(PlayerUnderflow, SamplesBeforeTheReadPositionAreSkippedWhenDataReturns)
 TEST_F(PlayerUnderflow, ThePlayerStopsOnceNoUnderflowIsCleared)
 {
     const PlayerObject object;
-    test::set<HostBoolean>(object, "NoUnderflow", 1);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 1);
     start(object);
     EXPECT_EQ(runCycle(object), silence);
-    test::set<HostBoolean>(object, "NoUnderflow", 0);
+    test::members.set<HostBoolean>(object, "NoUnderflow", 0);
     EXPECT_EQ(runCycle(object), silence);
     EXPECT_EQ(object->isRunning, 0);
     EXPECT_EQ(spy::calls(), removal);
@@ -170,7 +170,7 @@ TEST_F(PlayerUnderflow, NoUnderflowDropsAStopRequest)
 {
     for (const bool hasData : {true, false}) {
         const PlayerObject object;
-        test::set<HostBoolean>(object, "NoUnderflow", 1);
+        test::members.set<HostBoolean>(object, "NoUnderflow", 1);
         if (hasData) {
             ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
         }
@@ -235,7 +235,7 @@ TEST_F(PlayerUnderflow, ALockThatFailsIsAnUnderflow)
     for (const HostBoolean noUnderflow : {0, 1}) {
         device_spy::reset();
         const PlayerObject object;
-        test::set<HostBoolean>(object, "NoUnderflow", noUnderflow);
+        test::members.set<HostBoolean>(object, "NoUnderflow", noUnderflow);
         ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));
         start(object);
         Slice slice({test::layout(1, 4)});

@@ -288,7 +288,7 @@ TEST_F(AllocationTest, OtherTextAllocatesNothing)
 
 TEST_F(AllocationTest, APrivateCopyIsFourBytesLongerAndFreedWithTheText)
 {
-    host.behindText = "#";
+    host.afterText = "#";
     for (double version : {2011.5, 2012.0, 2016.0}) {
         enter(version);
         REALstringStruct* string = host.newString("abc", encodingMacRoman);
@@ -308,7 +308,7 @@ TEST_F(AllocationTest, ATerminatedOrRawTextIsNotCopied)
     for (std::uint32_t encoding : {encodingUTF8, encodingMacRoman, encodingUnknown})
         for (double version : {2011.5, 2012.0, 2016.0}) {
             enter(version);
-            if (encoding == encodingUnknown) host.behindText = "#";
+            if (encoding == encodingUnknown) host.afterText = "#";
             REALstringStruct* string = host.newString("abc", encoding);
             EXPECT_EQ(memoryOf([&] {
                           rbText text(string);
@@ -322,7 +322,7 @@ TEST_F(AllocationTest, ATerminatedOrRawTextIsNotCopied)
 
 TEST_F(AllocationTest, AViewIsEmptyWithoutMemoryForItsCopy)
 {
-    host.behindText = "#";
+    host.afterText = "#";
     for (double version : {2011.5, 2012.0, 2016.0}) {
         SCOPED_TRACE(version);
         enter(version);

@@ -5,7 +5,7 @@
 #include "plugin/process_state.h"
 #include "plugin/weak_symbols.h"
 #include "tests/plugin/background_spy.h"
-#include "tests/plugin/service_caches.h"
+#include "tests/support/service_caches.h"
 
 #include <gtest/gtest.h>
 

@@ -55,10 +55,10 @@ TEST_F(FourCharacterCodeTest, IsTheFirstFourCharactersInOrder)
             for (const auto& fact : facts) {
                 if (*after && fact.encoding == encodingUnknown) continue; // text that is not copied
                 SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
-                if (*after) host.behindText = after;
+                if (*after) host.afterText = after;
                 enter(version);
                 EXPECT_EQ(codeOf(fact.text, fact.encoding), fact.code);
-                host.behindText.assign(5, '\0');
+                host.afterText.assign(5, '\0');
             }
 }
 
@@ -76,7 +76,7 @@ TEST_F(FourCharacterCodeTest, ContainsTheBytesAfterAShortText)
         for (std::uint32_t encoding : {encodingUTF8, encodingUnknown})
             for (const auto& fact : facts) {
                 SCOPED_TRACE(testing::Message() << version << ": " << fact.why);
-                host.behindText = fact.after;
+                host.afterText = fact.after;
                 enter(version);
                 EXPECT_EQ(codeOf(fact.text, encoding), fact.code);
             }

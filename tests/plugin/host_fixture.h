@@ -3,7 +3,7 @@
 
 #include "abi/class_definition.h"
 #include "plugin/process_state.h"
-#include "tests/plugin/service_caches.h"
+#include "tests/support/service_caches.h"
 #include "tests/support/fake_host.h"
 
 #include <gtest/gtest.h>

@@ -153,7 +153,7 @@ TEST_F(RbTextTest, AViewIsComputedOnce)
         for (const char* after : {"", "#"})
             for (View view : bothViews) {
                 SCOPED_TRACE(testing::Message() << version << ", " << nameOf(view));
-                if (*after) host.behindText = after;
+                if (*after) host.afterText = after;
                 enter(version);
                 REALstringStruct* string = host.newString("abc", encodingMacRoman);
                 open(string);
@@ -164,7 +164,7 @@ TEST_F(RbTextTest, AViewIsComputedOnce)
                 expectView("abc");
                 close();
                 host.drop(string);
-                host.behindText.assign(5, '\0');
+                host.afterText.assign(5, '\0');
             }
 }
 
@@ -296,7 +296,7 @@ TEST_F(RbTextTest, ATextWithoutATerminatorIsCopiedWithZerosAfterIt)
         {2016.0, encodingUTF8,     View::macRoman, {"REALUnlockString(s1)", "PluginDisposeStringData(data of s1)"}, "string data"},
     };
     // clang-format on
-    host.behindText = "#";
+    host.afterText = "#";
     for (const auto& fact : facts) {
         SCOPED_TRACE(testing::Message() << fact.version << ", " << nameOf(fact.view) << ": " << fact.why);
         enter(fact.version);
@@ -345,7 +345,7 @@ TEST_F(RbTextTest, UnknownTextThatIsASCIIIsNotCopied)
         for (const char* after : {"", "#"})
             for (View view : bothViews) {
                 SCOPED_TRACE(testing::Message() << fact.version << ", " << nameOf(view) << ": " << fact.why);
-                if (*after) host.behindText = after;
+                if (*after) host.afterText = after;
                 enter(fact.version);
                 REALstringStruct* string = host.newString("abc", encodingUnknown);
                 EXPECT_EQ(open(string), fact.opening);
@@ -359,7 +359,7 @@ TEST_F(RbTextTest, UnknownTextThatIsASCIIIsNotCopied)
                 EXPECT_EQ(close(), Notes{"REALUnlockString(s1)"});
                 EXPECT_EQ(host.live(), Notes{"s1: 1"});
                 host.drop(string);
-                host.behindText.assign(5, '\0');
+                host.afterText.assign(5, '\0');
             }
 }
 
@@ -525,7 +525,7 @@ TEST_F(RbTextTest, BothViewsAreReleased)
     for (const auto& fact : facts)
         for (const char* after : {"", "#"}) {
             SCOPED_TRACE(testing::Message() << fact.version << ", " << std::hex << fact.encoding);
-            if (*after) host.behindText = after;
+            if (*after) host.afterText = after;
             enter(fact.version);
             REALstringStruct* string = host.newString("abc", fact.encoding);
             open(string);
@@ -534,7 +534,7 @@ TEST_F(RbTextTest, BothViewsAreReleased)
             EXPECT_EQ(close(), fact.closing);
             EXPECT_EQ(host.live(), Notes{"s1: 1"});
             host.drop(string);
-            host.behindText.assign(5, '\0');
+            host.afterText.assign(5, '\0');
         }
 }
 

@@ -1,7 +1,7 @@
 // The service wrappers, compared with a table: the names in each look-up, the repetition of a look-up, and
 // the unchanged passing of arguments and result.
 #include "plugin/services.h"
-#include "tests/plugin/service_caches.h"
+#include "tests/support/service_caches.h"
 
 #include <gtest/gtest.h>
 

@@ -79,7 +79,7 @@ TEST_F(SoundStreamPlatform, IsFoundByItsDescription)
     EXPECT_EQ(findComponent(), nullptr);
     object().openComponent();
     EXPECT_EQ(reinterpret_cast<HostInteger>(findComponent()),
-              get<HostInteger>(object().get(), "SoundOutputComponentHandle"));
+              members.get<HostInteger>(object().get(), "SoundOutputComponentHandle"));
     object().openComponent();
     ComponentDescription looking = {'sdev', 0, 0, 0, 0};
     EXPECT_EQ(FindNextComponent(findComponent(), &looking), nullptr) << "registered once";
@@ -418,7 +418,7 @@ TEST_F(SoundStreamPlatform, TheLastMatchIsAudibleAndTheFirstMatchIsAnOrphan)
     const Component orphan = findFirstComponent(), latest = findComponent();
     ASSERT_NE(orphan, latest);
     EXPECT_EQ(reinterpret_cast<HostInteger>(latest),
-              get<HostInteger>(object().get(), "SoundOutputComponentHandle"));
+              members.get<HostInteger>(object().get(), "SoundOutputComponentHandle"));
     const std::vector<unsigned char> samples(4 * 100, 0x11);
     const struct {
         Component component;

@@ -67,7 +67,7 @@ TEST_F(SoundStreamComponent, InitComponentTearsDownTheFormerState)
 {
     open();
     ASSERT_EQ(object().attach(unit()), 0);
-    set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
+    members.set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
     const long blocks = watched::liveBlocks();
     EXPECT_EQ(callsOf([&] { object().initComponent(); }), (Notes{
                                                               "AudioOutputUnitStop(unit)",
@@ -78,7 +78,7 @@ TEST_F(SoundStreamComponent, InitComponentTearsDownTheFormerState)
         << "a state replaces a state, and the refcon record is freed";
     EXPECT_FALSE(object().isOpen());
     EXPECT_EQ(object().state()->converter, nullptr) << "the converter belonged to the former state";
-    EXPECT_EQ(get<HostBoolean>(object().get(), "PostsStatusNotifications"), false);
+    EXPECT_EQ(members.get<HostBoolean>(object().get(), "PostsStatusNotifications"), false);
     EXPECT_EQ(object().data().attachedUnit, nullptr);
     EXPECT_EQ(callsOf([&] { object().initComponent(); }), Notes()) << "nothing is open any more";
 
@@ -124,7 +124,7 @@ TEST_F(SoundStreamComponent, OpenComponentRegistersAndCreatesTheConverter)
     EXPECT_EQ(state.refconRecord->state, &state);
     EXPECT_EQ(state.refconRecord->globals, nullptr);
     EXPECT_EQ(sound_spy::refconOf(state.component), reinterpret_cast<long>(state.refconRecord));
-    EXPECT_EQ(get<HostInteger>(object().get(), "SoundOutputComponentHandle"),
+    EXPECT_EQ(members.get<HostInteger>(object().get(), "SoundOutputComponentHandle"),
               reinterpret_cast<HostInteger>(state.component));
 }
 
@@ -338,7 +338,7 @@ TEST_F(SoundStreamComponent, DestructionKeepsAStateThatTheObjectDoesNotOwn)
 {
     open();
     soundstream::StreamState* const state = object().state();
-    set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
+    members.set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
     object().data().ownsState = false; // equivalent to a host program that sets the property "Release"
     object().destroy();
     EXPECT_EQ(object().state(), nullptr);
@@ -370,17 +370,17 @@ TEST_F(SoundStreamComponent, TwoObjectsMayShareAStateByItsHandle)
 TEST_F(SoundStreamComponent, PropertiesFollowEveryState)
 {
     const auto expect = [&](bool posts, bool isActive, bool isOpen) {
-        EXPECT_EQ(get<HostBoolean>(object().get(), "PostsStatusNotifications"), posts);
-        EXPECT_EQ(get<HostBoolean>(object().get(), "IsStreamActive"), isActive);
-        EXPECT_EQ(get<HostBoolean>(object().get(), "IsOpen"), isOpen);
-        EXPECT_EQ(get<HostInteger>(object().get(), "SoundOutputComponentHandle") != 0, isOpen);
+        EXPECT_EQ(members.get<HostBoolean>(object().get(), "PostsStatusNotifications"), posts);
+        EXPECT_EQ(members.get<HostBoolean>(object().get(), "IsStreamActive"), isActive);
+        EXPECT_EQ(members.get<HostBoolean>(object().get(), "IsOpen"), isOpen);
+        EXPECT_EQ(members.get<HostInteger>(object().get(), "SoundOutputComponentHandle") != 0, isOpen);
     };
-    set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
+    members.set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
     expect(false, false, false); // a value is ignored while the object has no state
 
     object().initComponent();
     expect(false, false, false);
-    set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
+    members.set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
     expect(true, false, false);
 
     object().openComponent();
@@ -392,7 +392,7 @@ TEST_F(SoundStreamComponent, PropertiesFollowEveryState)
     expect(true, true, false);
     closeInstance(instance);
     expect(true, false, false);
-    set<HostBoolean>(object().get(), "PostsStatusNotifications", false);
+    members.set<HostBoolean>(object().get(), "PostsStatusNotifications", false);
     expect(false, false, false);
     EXPECT_EQ(spy::calls().back(), "CloseMixerSoundComponent(mixer1)")
         << "the properties call no platform function";

@@ -1,8 +1,6 @@
 #include "tests/soundstream/stream_object.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace soundstream_test {
@@ -14,29 +12,7 @@ constexpr std::size_t objectBytes =
     StreamObject::dataOffset + sizeof(soundstream::SoundStreamData) + guardBytes;
 constexpr char guardByte = 0x5A;
 
-template <class Row, class Matches>
-const Row& find(const void* rows, Word count, Matches matches)
-{
-    const auto* row = static_cast<const Row*>(rows);
-    for (Word i = 0; i < count; ++i)
-        if (matches(row[i])) return row[i];
-    std::fputs("the class has no such member\n", stderr);
-    std::abort();
-}
-
 } // namespace
-
-const REALproperty& propertyRow(std::string_view name)
-{
-    return find<REALproperty>(soundStreamClass.properties, soundStreamClass.propertyCount,
-                              [&](const REALproperty& row) { return row.name == name; });
-}
-
-const REALmethod& methodRow(std::string_view declaration)
-{
-    return find<REALmethod>(soundStreamClass.methods, soundStreamClass.methodCount,
-                            [&](const REALmethod& row) { return row.declaration == declaration; });
-}
 
 StreamObject::StreamObject() : memory_(new char[objectBytes])
 {
@@ -49,7 +25,7 @@ StreamObject::~StreamObject() { destroy(); }
 void StreamObject::construct()
 {
     std::memset(memory_.get(), guardByte, objectBytes);
-    reinterpret_cast<void (*)(Object)>(soundStreamClass.constructor)(get());
+    members.construct(get());
     isAlive_ = true;
 }
 
@@ -57,7 +33,7 @@ void StreamObject::destroy()
 {
     if (!isAlive_) return;
     isAlive_ = false;
-    reinterpret_cast<void (*)(Object)>(soundStreamClass.destructor)(get());
+    members.destruct(get());
 }
 
 soundstream::SoundStreamData& StreamObject::data() const

@@ -1,9 +1,9 @@
-// A host object of QTSoundStreamKVX. Tests call the object's members as a host does: by name, through the
-// class definition.
+// A host object of QTSoundStreamKVX.
 #pragma once
 
 #include "plugin/classes.h"
 #include "soundstream/sound_stream.h"
+#include "tests/support/class_members.h"
 
 #include <cstddef>
 #include <memory>
@@ -14,26 +14,9 @@
 namespace soundstream_test {
 
 using Object = REALobjectStruct*;
+inline const support::ClassMembers members(soundStreamClass);
+
 using Notes = std::vector<std::string>;
-
-/// Find the property of the class by its name, or the method by its declaration. An unknown name or
-/// declaration aborts the program.
-const REALproperty& propertyRow(std::string_view name);
-const REALmethod& methodRow(std::string_view declaration);
-
-template <class T>
-T get(Object object, std::string_view property)
-{
-    const REALproperty& row = propertyRow(property);
-    return reinterpret_cast<T (*)(Object, HostInteger)>(row.getter)(object, row.parameter);
-}
-
-template <class T>
-void set(Object object, std::string_view property, T value)
-{
-    const REALproperty& row = propertyRow(property);
-    reinterpret_cast<void (*)(Object, HostInteger, T)>(row.setter)(object, row.parameter, value);
-}
 
 /// A host object with guard bytes around its class data. It begins constructed, and its C++ destructor
 /// destroys it if necessary.
@@ -79,14 +62,13 @@ public:
         return call<HostInteger>("AudioOutputUnitStart(componenthandle as integer) as integer", unit);
     }
 
-    bool isOpen() const { return soundstream_test::get<HostBoolean>(get(), "IsOpen") != 0; }
-    bool isActive() const { return soundstream_test::get<HostBoolean>(get(), "IsStreamActive") != 0; }
+    bool isOpen() const { return soundstream_test::members.get<HostBoolean>(get(), "IsOpen") != 0; }
+    bool isActive() const { return soundstream_test::members.get<HostBoolean>(get(), "IsStreamActive") != 0; }
 
     template <class Result, class... Arguments>
     Result call(std::string_view declaration, Arguments... arguments) const
     {
-        return reinterpret_cast<Result (*)(Object, Arguments...)>(methodRow(declaration).function)(
-            get(), arguments...);
+        return members.call<Result>(declaration, get(), arguments...);
     }
 
     /// Whether the guard bytes are unchanged.

@@ -5,12 +5,11 @@
 namespace fake {
 namespace {
 
-constexpr char decoyText[] = "!decoy text!";
-constexpr Word decoyEncoding = 0xDEC0;
+constexpr char wrongText[] = "!wrong text!"; // contents of opaque records
+constexpr Word wrongEncoding = 0xDEC0;
 
 } // namespace
 
-// Quoted, with anything unprintable as \xNN; long text by its length alone.
 std::string quoted(const void* bytes, HostInteger count)
 {
     if (!bytes) return "null";
@@ -56,13 +55,15 @@ Host::Host(double hostVersion)
                                     "UnsupportedOperationException",
                                     "IllegalCastException",
                                     "Dictionary"},
-      behindText(5, '\0')
+      afterText(5, '\0')
 {
-    if (current) throw std::logic_error("there is a host already");
-    current = this;
+    if (theHost) throw std::logic_error("another host exists");
+    theHost = this;
 }
 
-Host::~Host() { current = nullptr; }
+Host::~Host() { theHost = nullptr; }
+
+Host& Host::current() { return Services::host(); }
 
 void Host::startOver()
 {
@@ -127,7 +128,7 @@ void Host::drop(const void* value)
 {
     Value* found = find(value);
     if (!found) {
-        fault("a reference dropped of a foreign address");
+        fault("a reference released of an unknown address");
         return;
     }
     if (--found->references > 0) return;
@@ -142,19 +143,19 @@ void Host::dropAll()
     textData_.clear();
 }
 
-/// Put a string's bytes where a host of this version has them.
+/// Set the record of a string as a host of this version does.
 void Host::place(Value& value)
 {
-    const std::string whole = 'P' + value.bytes + behindText;
+    const std::string whole = 'P' + value.bytes + afterText;
     if (!value.storage) {
         value.storage.reset(new char[whole.size()]);
         std::memcpy(value.storage.get(), whole.data(), whole.size());
     }
     value.text.first = value.text.third = 0xABCD;
     if (hasOpaqueRecords()) {
-        value.text.buffer = const_cast<char*>(decoyText);
-        value.text.length = static_cast<HostInteger>(sizeof decoyText - 2);
-        value.text.encoding = decoyEncoding;
+        value.text.buffer = const_cast<char*>(wrongText);
+        value.text.length = static_cast<HostInteger>(sizeof wrongText - 2);
+        value.text.encoding = wrongEncoding;
     } else {
         value.text.buffer = value.storage.get();
         value.text.length = static_cast<HostInteger>(value.bytes.size());
@@ -198,7 +199,7 @@ REALarrayStruct* Host::newArray(ElementType type, const void* elements, std::siz
     if (count)
         value.elements.assign(static_cast<const char*>(elements),
                               static_cast<const char*>(elements) + count * size);
-    value.array.elements = hasOpaqueRecords() ? const_cast<char*>(decoyText) : value.elements.data();
+    value.array.elements = hasOpaqueRecords() ? const_cast<char*>(wrongText) : value.elements.data();
     return &value.array;
 }
 
@@ -223,6 +224,10 @@ void Host::setUpperBound(REALarrayStruct* array, HostInteger upperBound)
 std::string Host::bytesOf(const REALstringStruct* text) const { return find(text)->bytes; }
 std::uint32_t Host::encodingOf(const REALstringStruct* text) const { return find(text)->encoding; }
 const char* Host::storageOf(const REALstringStruct* text) const { return find(text)->storage.get() + 1; }
+const char* Host::storageOf(const REALmemoryBlockStruct* block) const { return find(block)->storage.get(); }
+
+void Host::claimSize(REALmemoryBlockStruct* block, HostInteger size) { find(block)->claimedSize = size; }
+void Host::takeMemory(REALmemoryBlockStruct* block) { find(block)->hasMemory = false; }
 
 std::string Host::bytesOf(const REALmemoryBlockStruct* block) const
 {

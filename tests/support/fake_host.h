@@ -1,14 +1,17 @@
-// A small host in memory, for tests of the plug-in's frame: records of the real shape, counted references,
-// every service by name. It is a second reading of what a host does, and shares nothing with the host of this
-// tree.
+// A host in memory for tests of the plug-in's functions, with real value records, reference counts and all
+// services. It is written independently of the host in host/runtime and shares no code with it.
 //
-// Every look-up and every call is noted in order. A look-up reads "? REALBuildString", or "? X: none" when
-// the host does not know the name; a call reads `REALBuildString("abc", 3) = s1`. Values go by short names:
-// s1 the first string, o2, m3, a4 and f5 the second object, third memory block, fourth array and fifth folder
-// item. The reference of a folder item holds "the item", or "its folder" where a name is asked for.
+// The host records every look-up and every call, in order. A look-up is recorded as "? REALBuildString", or
+// as
+// "? X: none" if the host has no such service. A call is recorded as `REALBuildString("abc", 3) = s1`. Values
+// have short names: s1 is the first string, o2 the second object, m3 the third memory block, a4 the fourth
+// array, f5 the fifth folder item. The file reference of a folder item holds the text "the item", or "its
+// folder" if the caller asks for parent and name.
 //
-// From version 2016.0 on the records hold decoys, so that whoever reads them instead of asking gets wrong
-// text. One host lives at a time. Thread: [main].
+// From version 2016.0 on, the value records hold wrong contents, so that a plug-in that reads the records
+// instead of calling the services gets wrong text. Only one host exists at a time.
+//
+// All functions: [main].
 #pragma once
 
 #include "abi/class_definition.h"
@@ -27,18 +30,19 @@ namespace fake {
 
 using Notes = std::vector<std::string>;
 
-/// Bytes as a note shows them: quoted, anything unprintable as \xNN; more than 100 by their number alone.
+/// Return bytes as recorded: in quotes, with unprintable bytes as \xNN. More than 100 bytes are recorded as
+/// their number.
 std::string quoted(std::string_view bytes);
 
-/// An exception that was raised, as the host program sees it.
+/// An exception that the plug-in raised, as the host program receives it.
 struct Raised {
     std::string className;
-    std::optional<std::string> message;    ///< none: null
-    std::optional<std::uint32_t> encoding; ///< of the message
-    std::optional<HostInteger> number;     ///< none: never set
+    std::optional<std::string> message;    ///< message; none if it is null
+    std::optional<std::uint32_t> encoding; ///< encoding of the message
+    std::optional<HostInteger> number;     ///< error number; none if the plug-in did not set it
 };
 
-/// The definition that a registration handed over, word for word as it was at that moment.
+/// A registered class definition, with a copy of its machine words at the time of the registration.
 struct Registration {
     REALclassDefinition* definition;
     std::vector<Word> words;
@@ -53,52 +57,67 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    /// The resolver that this host hands to a plug-in.
+    /// Return the existing host.
+    static Host& current();
+
+    /// The look-up function that this host passes to a plug-in.
     static void* resolve(const char* name);
 
-    // ---- what it is like ----
+    // ---- the behaviour of the host ----
 
     double version;
     bool isBuiltProgram = true;
-    std::set<std::string> classes;                ///< what it can make an instance of
-    HostInteger largestBlock = 1 << 20;           ///< bytes; a larger memory block is refused
-    bool blocksHaveBytes = true;                  ///< false: a block's address is null
-    std::string behindText;                       ///< what stands behind a text's last byte
-    ElementType directGet = ElementType::integer; ///< what "RuntimeArrayDirectGetGetProc" hands out
-    std::optional<HostInteger> claimedLength;     ///< what "LenB" answers, whatever is true
-    Word dataOffset = 0;                          ///< written into each definition at registration
-    bool itemsExist = true;                       ///< false: a folder item refers only to its folder and name
-    std::u16string itemName = u"song.wav";        ///< of every folder item
-    std::optional<std::uint16_t> claimedNameUnits; ///< its length, whatever is true
+    bool recordsCalls = true;                     ///< a call allocates nothing if it is not recorded
+    std::set<std::string> classes;                ///< classes of which the host can make instances
+    HostInteger largestBlock = 1 << 20;           ///< size in bytes above which a memory block is refused
+    bool blocksHaveBytes = true;                  ///< whether the address of a memory block is not null
+    std::string afterText;                        ///< bytes after the last byte of a text
+    ElementType directGet = ElementType::integer; ///< element type of "RuntimeArrayDirectGetGetProc"
+    std::optional<HostInteger> claimedLength;     ///< result of "LenB" instead of the real length
+    Word dataOffset = 0;                          ///< offset that a registration writes into the definition
+    bool itemsExist = true;                ///< whether a folder item exists, not only its parent folder
+    std::u16string itemName = u"song.wav"; ///< name of every folder item
+    /// Length of a folder item's name in UTF-16 units instead of the real length.
+    std::optional<std::uint16_t> claimedNameUnits;
 
-    /// The host does not know this name. "LenB" is its method of that name.
+    /// Remove a service from the host, or restore it. "LenB" is the host method of that name.
     void withhold(const std::string& name) { withheld_.insert(name); }
     void provide(const std::string& name) { withheld_.erase(name); }
+    void provideAll() { withheld_.clear(); }
 
-    /// The next `times` calls of a service answer zero, null or false, and do nothing.
+    /// Make the next `times` calls of a service do nothing and return zero, null or false.
     void failNext(const std::string& name, int times = 1) { failures_[name] = times; }
 
-    /// Run `action` in the next call of a service, before it does anything; it may throw.
+    /// Run `action` at the start of the next call of a service. It may throw.
     void inNext(const std::string& name, std::function<void()> action) { actions_[name] = std::move(action); }
 
-    // ---- what has happened ----
+    /// Function that runs at the start of every call of a service.
+    std::function<void()> inEachCall;
 
+    /// Make "memoryBlockGetSize" return `size` for one block, or "memoryBlockGetPtr" return null.
+    void claimSize(REALmemoryBlockStruct* block, HostInteger size);
+    void takeMemory(REALmemoryBlockStruct* block);
+
+    // ---- recorded calls ----
+
+    /// Return all recorded look-ups and calls (notes), the calls alone, or the names of the look-ups.
     const Notes& notes() const { return notes_; }
-    Notes calls() const;   ///< the notes that are not look-ups
-    Notes lookUps() const; ///< the names asked for
+    Notes calls() const;
+    Notes lookUps() const;
     void forget() { notes_.clear(); }
-    /// Nothing noted, nothing raised, and the next string is s1 again.
+    /// Forget recorded calls, raised exceptions and registrations, and number the next values from 1.
     void startOver();
 
     const std::vector<Raised>& raised() const { return raised_; }
     const std::vector<Registration>& registrations() const { return registrations_; }
 
-    /// What is still referenced, "s1: 2", and text data not given back, "data of s1".
+    /// Return the referenced values with their reference counts, such as "s1: 2", and text data that the
+    /// plug-in has not disposed, such as "data of s1".
     Notes live() const;
-    /// What a plug-in must never do, done: a reference dropped twice, data disposed twice, a foreign address.
+    /// Return descriptions of misuse: a reference or text data released twice, or an unknown address.
     const Notes& faults() const { return faults_; }
 
-    // ---- values; each comes with one reference, the maker's ----
+    // ---- values; the caller receives the first reference ----
 
     REALstringStruct* newString(std::string_view bytes, std::uint32_t encoding);
     REALobjectStruct* newObject(const std::string& className);
@@ -107,23 +126,28 @@ public:
     REALarrayStruct* newIntegers(const std::vector<HostInteger>& elements);
     REALarrayStruct* newSingles(const std::vector<float>& elements);
     REALarrayStruct* newDoubles(const std::vector<double>& elements);
-    void hold(const void* value); ///< one reference more, without a note
-    void drop(const void* value); ///< one reference, without a note
-    void dropAll();               ///< every value, and all text data
+    /// Add or release a reference without a record, or release all values and text data.
+    void hold(const void* value);
+    void drop(const void* value);
+    void dropAll();
 
     std::string bytesOf(const REALstringStruct* text) const;
     std::uint32_t encodingOf(const REALstringStruct* text) const;
     std::string bytesOf(const REALmemoryBlockStruct* block) const;
-    int references(const void* value) const; ///< 0 when it is gone
+    /// Return the number of references, which is 0 for a released value.
+    int references(const void* value) const;
     std::string nameOf(const void* value) const;
 
-    /// Where a string's own bytes stand, for whoever must not get a copy of them.
+    /// Return the address of a string's bytes, or of a memory block's bytes.
     const char* storageOf(const REALstringStruct* text) const;
-    void setUpperBound(REALarrayStruct* array, HostInteger upperBound); ///< whatever its storage holds
+    const char* storageOf(const REALmemoryBlockStruct* block) const;
+    /// Set the upper bound of an array without a change of its elements.
+    void setUpperBound(REALarrayStruct* array, HostInteger upperBound);
     bool knows(const void* value) const { return values_.count(value) > 0; }
 
-    std::map<std::string, AnyFunction> objectMethods;                        ///< by declaration
-    std::map<std::pair<REALobjectStruct*, Word>, AnyFunction> eventHandlers; ///< by object and system use
+    std::map<std::string, AnyFunction> objectMethods; ///< methods by declaration
+    std::map<std::pair<REALobjectStruct*, Word>, AnyFunction>
+        eventHandlers; ///< handlers by object and event key
 
 private:
     friend struct Services;
@@ -145,8 +169,8 @@ private:
     Notes notes_;
     Notes faults_;
     std::set<std::string> withheld_;
-    std::map<std::string, int> failures_;
-    std::map<std::string, std::function<void()>> actions_;
+    std::map<std::string, int, std::less<>> failures_;
+    std::map<std::string, std::function<void()>, std::less<>> actions_;
     std::map<const void*, std::unique_ptr<Value>> values_;
     std::map<std::size_t, std::unique_ptr<TextData>> textData_;
     std::map<char, int> counters_;

@@ -1,4 +1,4 @@
-// Memory blocks and arrays.
+// The services of memory blocks and arrays.
 #include "tests/support/fake_host_services.h"
 
 namespace fake {
@@ -17,13 +17,13 @@ struct ArrayServices : Services {
     {
         Call call = note("memoryBlockGetPtr", shown(block));
         const Host::Value* found = begin(call) ? known(block, "m", "memoryBlockGetPtr") : nullptr;
-        return found && host().blocksHaveBytes ? found->storage.get() : nullptr;
+        return found && found->hasMemory && host().blocksHaveBytes ? found->storage.get() : nullptr;
     }
     static HostInteger getSize(REALmemoryBlockStruct* block)
     {
         Call call = note("memoryBlockGetSize", shown(block));
         const Host::Value* found = begin(call) ? known(block, "m", "memoryBlockGetSize") : nullptr;
-        return found ? static_cast<HostInteger>(found->bytes.size()) : 0;
+        return found ? found->claimedSize.value_or(static_cast<HostInteger>(found->bytes.size())) : 0;
     }
 
     static REALarrayStruct* createArray(HostInteger type, HostInteger upperBound)

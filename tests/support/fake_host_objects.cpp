@@ -1,4 +1,4 @@
-// The host itself, its objects and its folder items.
+// The services of the host, its objects and its folder items.
 #include "tests/support/fake_host_services.h"
 
 #include <algorithm>
@@ -146,13 +146,13 @@ struct HostServices : Services {
         return variant("Int32ToVariant", value, std::to_string(value));
     }
 
-    /// The name is a platform's HFSUniStr255: its length in units, and room for 255 of them.
+    /// `name` is the platform's HFSUniStr255: a length in UTF-16 units, then 255 units.
     static HostBoolean fsRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, void* name)
     {
         constexpr std::size_t nameBytes = 256 * sizeof(char16_t), referenceBytes = 80;
-        const auto* const room = static_cast<const char*>(name);
+        const auto* const bytes = static_cast<const char*>(name);
         const bool isZeroed =
-            name && std::all_of(room, room + nameBytes, [](char byte) { return byte == 0; });
+            name && std::all_of(bytes, bytes + nameBytes, [](char byte) { return byte == 0; });
         Call call = note("REALFSRefFromFolderItem", shown(item) + ", " +
                                                         (!name      ? "null"
                                                          : isZeroed ? "zeros"

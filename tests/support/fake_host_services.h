@@ -1,4 +1,4 @@
-// Inside the small host: its values, and what its services have in common. For its own files alone.
+// The values of the fake host, and the common part of its services. Internal to the fake host.
 #pragma once
 
 #include "tests/support/fake_host.h"
@@ -8,20 +8,22 @@
 
 namespace fake {
 
-inline Host* current = nullptr;
+inline Host* theHost = nullptr;
 
-/// Any value: a record of the real shape, and what stands behind it.
+/// A value of any kind: its real record, and its contents.
 struct Host::Value {
-    char kind; // s, o, m, a, f
+    char kind; // s: string, o: object, m: memory block, a: array, f: folder item
     std::string name;
     int references = 1;
 
     REALstringStruct text = {};
-    std::string bytes;          // of a string or a memory block
-    std::uint32_t encoding = 0; // of a string
+    std::string bytes;          // bytes of a string or a memory block
+    std::uint32_t encoding = 0; // encoding of a string
     std::unique_ptr<char[]> storage;
+    std::optional<HostInteger> claimedSize; // size of a memory block instead of the real size
+    bool hasMemory = true;                  // whether a memory block has an address
 
-    std::string className; // of an object
+    std::string className; // class of an object
     REALstringStruct* message = nullptr;
     bool hasMessage = false;
     std::optional<HostInteger> number;
@@ -45,40 +47,44 @@ struct Host::TextData {
     std::unique_ptr<char[]> storage;
 };
 
-/// Text for a note.
+/// Return arguments as recorded.
 std::string quoted(const void* bytes, HostInteger count);
 std::string code(Word value);
-inline std::string shown(const void* value) { return current->nameOf(value); }
+inline std::string shown(const void* value) { return theHost->nameOf(value); }
 
-/// One call of a service: its note, and the test's hands in it.
+/// One recorded call of a service.
 class Call {
 public:
-    Call(Notes& notes, const char* name, const std::string& arguments)
-        : notes_(notes), index_(notes.size()), name_(name)
+    Call(Notes* notes, const char* name, const std::string& arguments)
+        : notes_(notes), index_(notes ? notes->size() : 0), name_(name)
     {
-        notes_.push_back(std::string(name) + "(" + arguments + ")");
+        if (notes) notes->push_back(std::string(name) + "(" + arguments + ")");
     }
-    const std::string& name() const { return name_; }
-    void answer(const std::string& text) { notes_[index_] += " = " + text; }
+    std::string_view name() const { return name_; }
+    void answer(const std::string& text)
+    {
+        if (notes_) (*notes_)[index_] += " = " + text;
+    }
 
 private:
-    Notes& notes_;
+    Notes* notes_; // null if the host does not record calls
     std::size_t index_;
-    std::string name_;
+    const char* name_;
 };
 
-/// What every group of services is built on.
+/// Base of all groups of services.
 struct Services {
     static Host& host()
     {
-        if (!current) throw std::logic_error("a service is called and there is no host");
-        return *current;
+        if (!theHost) throw std::logic_error("a service is called, but no host exists");
+        return *theHost;
     }
 
-    /// Note the call. True: do the work; false: answer nothing. Throws what the test wants thrown.
+    /// Run the action that the test has set for this call; it may throw. Returns whether the call succeeds.
     static bool begin(Call& call)
     {
         Host& h = host();
+        if (h.inEachCall) h.inEachCall();
         if (const auto action = h.actions_.find(call.name()); action != h.actions_.end()) {
             const std::function<void()> run = std::move(action->second);
             h.actions_.erase(action);
@@ -90,18 +96,18 @@ struct Services {
 
     static Call note(const char* name, const std::string& arguments = "")
     {
-        return Call(host().notes_, name, arguments);
+        return Call(host().recordsCalls ? &host().notes_ : nullptr, name, arguments);
     }
 
+    /// Return the value of an address, if it has one of the kinds. Otherwise record a fault and return null.
     static Host::Value* known(const void* value, const char* kinds, const char* service)
     {
         Host::Value* found = host().find(value);
         if (found && std::strchr(kinds, found->kind)) return found;
-        host().fault(std::string(service) + " of " + (value ? "a foreign address" : "null"));
+        host().fault(std::string(service) + " of " + (value ? "an unknown address" : "null"));
         return nullptr;
     }
 
-    /// A row of a table of services.
     template <class Function>
     static AnyFunction row(Function* function)
     {
@@ -109,9 +115,10 @@ struct Services {
     }
 };
 
-/// The services by name, in groups; null where a group has none of that name.
-AnyFunction findHostService(const std::string& name);  // the host itself, objects, folder items
-AnyFunction findTextService(const std::string& name);  // strings
-AnyFunction findArrayService(const std::string& name); // memory blocks and arrays
+/// Return a service of the host, its objects and folder items; of strings; or of memory blocks and arrays.
+/// Each function returns null for an unknown name.
+AnyFunction findHostService(const std::string& name);
+AnyFunction findTextService(const std::string& name);
+AnyFunction findArrayService(const std::string& name);
 
 } // namespace fake

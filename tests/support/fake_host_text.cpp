@@ -1,4 +1,4 @@
-// Strings: their services, and their bytes in other encodings.
+// The services of strings, and the conversion of text to other encodings.
 #include "tests/support/fake_host_services.h"
 
 namespace fake {
@@ -165,7 +165,7 @@ struct TextServices : Services {
         const auto bytes = found ? h.converted(text, encoding) : std::nullopt;
         call.answer(bytes ? "true" : "false");
         if (!bytes) return 0;
-        const std::string whole = *bytes + h.behindText;
+        const std::string whole = *bytes + h.afterText;
         std::unique_ptr<char[]> storage(new char[whole.size()]);
         std::memcpy(storage.get(), whole.data(), whole.size());
         data->bytes = storage.get();

@@ -1,4 +1,4 @@
-#include "tests/plugin/service_caches.h"
+#include "tests/support/service_caches.h"
 
 #include "plugin/services.h"
 

@@ -1,0 +1,77 @@
+// Expectations about a class table, which a test states as a literal table of facts.
+#pragma once
+
+#include "abi/class_definition.h"
+#include "abi/host_values.h"
+
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace support {
+
+struct ClassFacts {
+    const char* name;
+    Word dataSize; ///< size of the class data in bytes
+    Word properties, methods;
+    Word events = 0, constants = 0, sharedMethods = 0;
+    bool hasLifetimeFunctions = true; ///< whether the constructor and the destructor are functions, not methods
+};
+
+/// Expect a definition in the newest layout with these sizes, flags 4, and zeros in all other words.
+void expectClass(const REALclassDefinition& definition, const ClassFacts& facts);
+
+enum class Access {
+    getter,          ///< a getter function, read-only
+    accessors,       ///< a getter and a setter function
+    field,           ///< a field of the class data, read-only
+    writableField,   ///< a field of the class data
+    fieldWithSetter, ///< a field of the class data with a setter function
+};
+
+struct PropertyFact {
+    const char* name;
+    const char* type;
+    Access access;
+    HostInteger offset = 0; ///< offset of a field in the class data
+    const char* group = "";
+};
+
+struct MethodFact {
+    const char* declaration;
+    Word flags = 4;
+    bool isIndexedProperty = false; ///< whether the method has a setter
+};
+
+/// Expect these rows in this order.
+void expectProperties(const REALclassDefinition& definition, const std::vector<PropertyFact>& facts);
+void expectMethods(const void* rows, Word count, const std::vector<MethodFact>& facts);
+void expectConstants(const REALclassDefinition& definition, const std::vector<const char*>& declarations);
+
+/// Expect that the functions of the rows, the constructor and the destructor are `count` different functions.
+void expectDifferentFunctions(const REALclassDefinition& definition, std::size_t count);
+
+/// Register a copy of the class with the existing fake host in a layout from 10 to 13. Expect the same arrays.
+void expectRegisteredUnchanged(const REALclassDefinition& definition, int layout);
+
+/// Register a copy of the class with the existing fake host in layout 9. Expect copies of the arrays without the words
+/// that layout 9 lacks.
+void expectRegisteredInLayout9(const REALclassDefinition& definition);
+
+/// Parameters for a getter that ignores its parameter. Rows of function getters have the parameter 0.
+constexpr HostInteger anyParameter[] = {
+    0, 1, -1, 4711, std::numeric_limits<HostInteger>::max(), std::numeric_limits<HostInteger>::min()};
+
+template <class T>
+T callGetter(const REALproperty& row, REALobjectStruct* object, HostInteger parameter)
+{
+    return reinterpret_cast<T (*)(REALobjectStruct*, HostInteger)>(row.getter)(object, parameter);
+}
+
+/// Return the value of a property with a numeric type and a getter function, as text.
+std::string valueOf(const REALproperty& row, REALobjectStruct* object, HostInteger parameter);
+
+/// Expect this value of a property with each parameter.
+void expectValue(const REALproperty& row, REALobjectStruct* object, const std::string& value);
+
+} // namespace support
