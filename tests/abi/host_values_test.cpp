@@ -1,46 +1,24 @@
-// The positions of the fields of host values that the plug-in reads, and the codes of the text encodings.
+// The fields of host values that the plug-in reads, and the platform's codes of the text encodings, as
+// checked by the compiler.
 #include "abi/host_values.h"
-
-#include <gtest/gtest.h>
 
 #include <cstddef>
 
-namespace {
+static_assert(offsetof(REALstringStruct, buffer) == 1 * sizeof(Word));
+static_assert(offsetof(REALstringStruct, length) == 3 * sizeof(Word));
+static_assert(offsetof(REALstringStruct, encoding) == 4 * sizeof(Word));
 
-TEST(HostValues, AStringHasBufferLengthAndEncodingInItsSecondFourthAndFifthWord)
-{
-    EXPECT_EQ(offsetof(REALstringStruct, buffer), 1 * sizeof(Word));
-    EXPECT_EQ(offsetof(REALstringStruct, length), 3 * sizeof(Word));
-    EXPECT_EQ(offsetof(REALstringStruct, encoding), 4 * sizeof(Word));
-}
+static_assert(offsetof(REALarrayStruct, elements) == 7 * sizeof(Word));
 
-TEST(HostValues, AnArrayHasItsElementsInItsEighthWord)
-{
-    EXPECT_EQ(offsetof(REALarrayStruct, elements), 7 * sizeof(Word));
-}
+static_assert(offsetof(REALstringData, bytes) == 0);
+static_assert(offsetof(REALstringData, length) == sizeof(Word));
+static_assert(offsetof(REALstringData, bookkeeping) == 2 * sizeof(Word));
+static_assert(sizeof(REALstringData) == 64);
 
-TEST(HostValues, StringDataHas64BytesAndStartsWithAddressAndLength)
-{
-    EXPECT_EQ(offsetof(REALstringData, bytes), 0u);
-    EXPECT_EQ(offsetof(REALstringData, length), sizeof(Word));
-    EXPECT_EQ(offsetof(REALstringData, bookkeeping), 2 * sizeof(Word));
-    EXPECT_EQ(sizeof(REALstringData), 64u);
-}
-
-TEST(HostValues, EncodingsHaveThePlatformsCodes)
-{
-    // clang-format off
-    const struct { std::uint32_t code, expected; const char* name; } facts[] = {
-        {encodingMacRoman,      0x0000,     "Mac Roman"},
-        {encodingUTF16,         0x0100,     "UTF-16"},
-        {encodingWindowsLatin1, 0x0500,     "Windows Latin 1"},
-        {encodingASCII,         0x0600,     "ASCII"},
-        {encodingUnknown,       0xFFFF,     "no known encoding"},
-        {encodingUTF8,          0x08000100, "UTF-8"},
-        {encodingUTF32,         0x0C000100, "UTF-32"},
-    };
-    // clang-format on
-    for (const auto& fact : facts) EXPECT_EQ(fact.code, fact.expected) << fact.name;
-}
-
-} // namespace
+static_assert(encodingMacRoman == 0x0000);
+static_assert(encodingUTF16 == 0x0100);
+static_assert(encodingWindowsLatin1 == 0x0500);
+static_assert(encodingASCII == 0x0600);
+static_assert(encodingUnknown == 0xFFFF);
+static_assert(encodingUTF8 == 0x08000100);
+static_assert(encodingUTF32 == 0x0C000100);

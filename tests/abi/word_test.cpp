@@ -1,4 +1,5 @@
-// The machine-word types, the accessor sentinels and the entry point's name and types.
+// The machine-word types, the accessor sentinels and the entry point's name and types. The compiler checks
+// the types.
 #include "abi/accessor_sentinels.h"
 #include "abi/entry_point.h"
 #include "abi/word.h"
@@ -9,29 +10,17 @@
 
 namespace {
 
-TEST(Word, IsAsWideAsAPointerAndAnInteger)
-{
-    EXPECT_EQ(sizeof(Word), sizeof(void*));
-    EXPECT_EQ(sizeof(HostInteger), sizeof(Word));
-    EXPECT_EQ(sizeof(AnyFunction), sizeof(Word));
-    EXPECT_TRUE(std::is_unsigned_v<Word>);
-    EXPECT_TRUE(std::is_signed_v<HostInteger>);
-    EXPECT_EQ(sizeof(HostBoolean), 1u);
-    if (sizeof(void*) == 4) EXPECT_EQ(sizeof(Word), 4u);
-}
+static_assert(sizeof(Word) == sizeof(void*));
+static_assert(sizeof(HostInteger) == sizeof(Word));
+static_assert(sizeof(AnyFunction) == sizeof(Word));
+static_assert(std::is_unsigned_v<Word> && std::is_signed_v<HostInteger>);
+static_assert(sizeof(HostBoolean) == 1);
 
-TEST(AccessorSentinels, AreDistinctAndNotNull)
-{
-    EXPECT_NE(REALstandardGetter, 0u);
-    EXPECT_NE(REALstandardSetter, 0u);
-    EXPECT_NE(REALstandardGetter, REALstandardSetter);
-}
+static_assert(REALstandardGetter != 0 && REALstandardSetter != 0 && REALstandardGetter != REALstandardSetter);
 
-TEST(EntryPoint, HasTheExportedNameAndTakesAResolver)
-{
-    EXPECT_STREQ(pluginMainName, "REALPluginMain");
-    EXPECT_TRUE((std::is_same_v<REALResolver, void* (*)(const char*)>));
-    EXPECT_TRUE((std::is_same_v<REALPluginMainFunction, void (*)(REALResolver)>));
-}
+static_assert(std::is_same_v<REALResolver, void* (*)(const char*)>);
+static_assert(std::is_same_v<REALPluginMainFunction, void (*)(REALResolver)>);
+
+TEST(EntryPoint, HasTheExportedName) { EXPECT_STREQ(pluginMainName, "REALPluginMain"); }
 
 } // namespace

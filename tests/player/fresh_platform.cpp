@@ -46,8 +46,9 @@ int FreshPlatform::lookUps(const std::string& service) const
 fake::Notes FreshPlatform::heldValues() const
 {
     fake::Notes held = host_.live();
-    held.erase(std::remove_if(held.begin(), held.end(), [](const std::string& value) { return value[0] == 'm'; }),
-               held.end());
+    held.erase(
+        std::remove_if(held.begin(), held.end(), [](const std::string& value) { return value[0] == 'm'; }),
+        held.end());
     return held;
 }
 

@@ -3,8 +3,8 @@
 
 #include "abi/class_definition.h"
 #include "plugin/process_state.h"
-#include "tests/support/service_caches.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/service_caches.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // The class definition of QTSoundStreamKVX, compared with the tables in this file.
 #include "plugin/process_state.h"
-#include "tests/support/service_caches.h"
 #include "tests/soundstream/stream_object.h"
 #include "tests/support/class_table.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/service_caches.h"
 
 #include <gtest/gtest.h>
 

@@ -16,12 +16,12 @@ namespace {
 
 thread_local bool isWatching = false;
 thread_local int forbidden = 0;
-spy::CallLog calls; // of the one thread that watches
+spy::CallLog calls; // calls of the recorded thread
 const void* lockedLast = nullptr;
 std::atomic<int> callocsToPass{0}, callocsToRefuse{0}, newToRefuse{0}, locksToRefuse{0}, rung{0};
-std::array<std::atomic<void*>, 4096> blocks; // what calloc gave and free has not taken back
+std::array<std::atomic<void*>, 4096> blocks; // blocks from calloc that are not freed
 
-/// Put `now` in the place of `before`; false if there is none.
+/// Replace the block `before` by `now`. Returns false if `before` is not in the table.
 bool replaceBlock(void* before, void* now)
 {
     for (auto& block : blocks) {
@@ -37,7 +37,7 @@ void record(std::string_view call)
     if (isWatching) calls.add(call);
 }
 
-/// Whether an allocation must be refused because none is allowed here.
+/// Return whether the current thread must not allocate, and count an alarm.
 bool ring()
 {
     if (!forbidden) return false;
@@ -91,7 +91,7 @@ int alarms() { return rung; }
 
 using namespace watched;
 
-// The linker's names: a reference to NAME becomes __wrap_NAME, and __real_NAME is the library's own.
+// The linker turns a reference to NAME into __wrap_NAME; __real_NAME is the function of the C library.
 extern "C" {
 
 void* __real_malloc(std::size_t);
@@ -115,7 +115,7 @@ void* __wrap_calloc(std::size_t count, std::size_t size)
     record(line.text());
     if (ring() || (!takeOne(callocsToPass) && takeOne(callocsToRefuse))) return nullptr;
     void* memory = __real_calloc(count, size);
-    if (memory && !replaceBlock(nullptr, memory)) std::abort(); // more than there is room to account for
+    if (memory && !replaceBlock(nullptr, memory)) std::abort(); // the table of blocks is full
     return memory;
 }
 
@@ -146,7 +146,7 @@ int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex)
     return __real_pthread_mutex_unlock(mutex);
 }
 
-// operator new and new[], mangled: `j` is the size type of 32 bits, `m` of 64.
+// operator new and new[], mangled. `j` is size_t in 32-bit builds, `m` is size_t in 64-bit builds.
 #ifdef __LP64__
 #define WRAPPED_NEW(kind) __wrap__Zn##kind##m
 #define REAL_NEW(kind) __real__Zn##kind##m

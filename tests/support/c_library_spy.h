@@ -1,8 +1,6 @@
-// Watches what linked code asks of the C library: memory and locks. It works on a program that is linked with
-// c_library_spy.cpp and the options in c_library_spy.cmake, which turn every reference of the linked objects
-// to these functions into one to the spy; shared libraries are not watched.
-//
-// While nothing is watched, or on other threads, every call just goes through. Nothing here allocates.
+// A spy on the calls of the C library: memory and locks. The linker redirects the calls of a program's own
+// objects to the spy; calls inside shared libraries are not recorded. Recording allocates nothing. On a
+// thread without begin(), every call goes straight to the C library.
 #pragma once
 
 #include <cstddef>
@@ -11,33 +9,34 @@
 
 namespace watched {
 
-/// Begin to note calls of calloc, free (not of null), pthread_mutex_lock and pthread_mutex_unlock on this
-/// thread.
+/// Start to record the current thread's calls of calloc, free (except of null), pthread_mutex_lock and
+/// pthread_mutex_unlock.
 void begin();
 
-/// End it, and return what was noted since: "calloc 8", "free", "lock", "lock refused", "unlock".
+/// Stop recording and return the recorded calls: "calloc 8", "free", "lock", "lock refused", "unlock".
 std::vector<std::string> end();
 
-/// The mutex that the watched thread locked last; null if none since begin().
+/// Return the mutex that the recorded thread locked last, or null if it locked none since begin().
 const void* lastLock();
 
-/// The next `count` calls of calloc return null, on any thread.
+/// Make the next `count` calls of calloc return null, on any thread.
 void refuseCalloc(int count);
 
-/// The same, behind `passing` calls that go through.
+/// Let `passing` calls of calloc succeed, then make the next `count` calls return null, on any thread.
 void refuseCallocAfter(int passing, int count = 1);
 
-/// The `number`th `new (std::nothrow)` of one object from now on, counted from 1, returns null.
+/// Make one future `new (std::nothrow)` of a single object return null. The next one has the number 1.
 void refuseNothrowNew(int number);
 
-/// The next `count` locks on this thread fail, without being taken, while it is watched.
+/// Make the next `count` pthread_mutex_lock calls fail on the recorded thread. A failed call does not lock
+/// the mutex.
 void refuseLock(int count);
 
-/// Blocks that calloc gave since the program began and free has not taken back.
+/// Return the number of blocks from calloc that are not freed, since the start of the program.
 long liveBlocks();
 
-/// While one of these lives, every allocation on this thread is refused (null, or std::bad_alloc) and rings
-/// the alarm. Freeing is allowed.
+/// During the lifetime of such an object, every allocation on the current thread fails (null or
+/// std::bad_alloc) and counts as an alarm. Freeing is allowed.
 class NoAllocation {
 public:
     NoAllocation();
@@ -46,7 +45,7 @@ public:
     NoAllocation& operator=(const NoAllocation&) = delete;
 };
 
-/// How often the alarm rang, on any thread.
+/// Return the number of alarms on all threads.
 int alarms();
 
 } // namespace watched

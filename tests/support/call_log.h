@@ -63,7 +63,7 @@ Line& operator<<(Line& line, Integer number)
                                      : line.print("%llu", static_cast<unsigned long long>(number));
 }
 
-/// Calls of any thread.
+/// A record of calls. All functions may be called on any thread.
 class CallLog {
 public:
     void add(std::string_view call);
@@ -75,7 +75,8 @@ public:
 
 private:
     mutable SpinLock lock_;
-    std::array<char, 1 << 22> text_; // the calls, each with a terminator; a full log starts over
+    std::array<char, 1 << 22>
+        text_; // texts of the calls, each with a terminator; a full log starts from empty
     std::size_t size_ = 0, count_ = 0;
 };
 

@@ -1,4 +1,4 @@
-// Programs run as children: what they print, how they end, signals on the way.
+// Child processes: their output, their exit code, and signals to them.
 #pragma once
 
 #include <string>
@@ -9,22 +9,22 @@
 namespace support {
 
 struct ChildResult {
-    int exitCode = -1; ///< -1 when a signal ended it
+    int exitCode = -1; ///< exit code; -1 if a signal ended the child
     int signal = 0;
     std::string out;
     std::string err;
 };
 
-/// A running child. Its output goes to unnamed files, so that it never waits for a reader.
+/// A child process. Its output goes to unnamed files, so that the child never waits for a reader.
 class Child {
 public:
     using Environment = std::vector<std::pair<std::string, std::string>>;
 
-    /// arguments[0] is the program's path, looked up in PATH if it has no slash. `more` is added to this
-    /// process's environment. Throws std::runtime_error when it cannot be started.
+    /// Start a program. arguments[0] is its path, or its name in PATH. `more` is added to the environment of
+    /// the current process. Throws std::runtime_error if the program cannot be started.
     explicit Child(const std::vector<std::string>& arguments, const Environment& more = {},
                    const std::string& folder = "");
-    ~Child(); ///< ends it, if it still runs
+    ~Child(); ///< kills a child that still runs
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
@@ -42,7 +42,7 @@ private:
     bool hasEnded_ = false;
 };
 
-/// Start, wait, tell.
+/// Start a child, wait for its end, and return the result.
 ChildResult runChild(const std::vector<std::string>& arguments, const Child::Environment& more = {},
                      const std::string& folder = "");
 

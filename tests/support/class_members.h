@@ -1,4 +1,5 @@
-// The members of a class, found by name in its class table and called through their addresses, as a host does.
+// The members of a class, found by name in its class table and called through their addresses, as a host
+// does.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -24,15 +25,16 @@ public:
                                   [](const REALproperty& row) { return row.name; });
     }
 
-    /// Return the first method whose declaration begins with `beginning`, such as "Start", "LoadFile(" or a whole
-    /// declaration. The last word of `beginning` is a whole word.
+    /// Return the first method whose declaration begins with `beginning`, such as "Start", "LoadFile(" or a
+    /// whole declaration. The last word of `beginning` is a whole word.
     const REALmethod& method(std::string_view beginning) const
     {
         return find<REALmethod>(definition_.methods, definition_.methodCount, beginning, declarationOf);
     }
     const REALmethod& sharedMethod(std::string_view beginning) const
     {
-        return find<REALmethod>(definition_.sharedMethods, definition_.sharedMethodCount, beginning, declarationOf);
+        return find<REALmethod>(definition_.sharedMethods, definition_.sharedMethodCount, beginning,
+                                declarationOf);
     }
 
     template <class T>
@@ -53,7 +55,8 @@ public:
     template <class Result, class... Arguments>
     Result call(std::string_view beginning, Object object, Arguments... arguments) const
     {
-        return reinterpret_cast<Result (*)(Object, Arguments...)>(method(beginning).function)(object, arguments...);
+        return reinterpret_cast<Result (*)(Object, Arguments...)>(method(beginning).function)(object,
+                                                                                              arguments...);
     }
 
     template <class Result, class... Arguments>
@@ -62,7 +65,10 @@ public:
         return reinterpret_cast<Result (*)(Arguments...)>(sharedMethod(beginning).function)(arguments...);
     }
 
-    void construct(Object object) const { reinterpret_cast<void (*)(Object)>(definition_.constructor)(object); }
+    void construct(Object object) const
+    {
+        reinterpret_cast<void (*)(Object)>(definition_.constructor)(object);
+    }
     void destruct(Object object) const { reinterpret_cast<void (*)(Object)>(definition_.destructor)(object); }
 
 private:
@@ -71,13 +77,15 @@ private:
     template <class Row, class TextOf>
     static const Row& find(const void* rows, Word count, std::string_view beginning, TextOf textOf)
     {
-        const auto isLetter = [](char letter) { return std::isalnum(static_cast<unsigned char>(letter)) != 0; };
+        const auto isLetter = [](char letter) {
+            return std::isalnum(static_cast<unsigned char>(letter)) != 0;
+        };
         const auto* row = static_cast<const Row*>(rows);
         for (Word i = 0; i < count; ++i) {
             const std::string_view text = textOf(row[i]);
             if (text.substr(0, beginning.size()) != beginning) continue;
-            const bool isCut =
-                text.size() > beginning.size() && isLetter(beginning.back()) && isLetter(text[beginning.size()]);
+            const bool isCut = text.size() > beginning.size() && isLetter(beginning.back()) &&
+                               isLetter(text[beginning.size()]);
             if (!isCut) return row[i];
         }
         throw std::runtime_error("the class has no member " + std::string(beginning));

@@ -19,9 +19,10 @@ namespace support {
 
 namespace {
 
-
-/// Expect rows of `olderBytes` bytes that begin like the rows of `currentBytes` bytes, then free them.
-void expectOlderRows(void* older, const void* current, Word count, std::size_t olderBytes, std::size_t currentBytes)
+/// Expect `count` rows of `olderBytes` bytes that begin like the rows of `currentBytes` bytes, then free
+/// them.
+void expectOlderRows(void* older, const void* current, Word count, std::size_t olderBytes,
+                     std::size_t currentBytes)
 {
     ASSERT_EQ(older != nullptr, current != nullptr);
     if (!older) return;
@@ -142,9 +143,11 @@ void expectDifferentFunctions(const REALclassDefinition& definition, std::size_t
 {
     std::multiset<AnyFunction> functions = {definition.constructor, definition.destructor};
     const auto* property = static_cast<const REALproperty*>(definition.properties);
-    for (Word i = 0; i < definition.propertyCount; ++i) functions.insert({property[i].getter, property[i].setter});
+    for (Word i = 0; i < definition.propertyCount; ++i)
+        functions.insert({property[i].getter, property[i].setter});
     const auto* method = static_cast<const REALmethod*>(definition.methods);
-    for (Word i = 0; i < definition.methodCount; ++i) functions.insert({method[i].function, method[i].setter});
+    for (Word i = 0; i < definition.methodCount; ++i)
+        functions.insert({method[i].function, method[i].setter});
     functions.erase(nullptr);
     functions.erase(reinterpret_cast<AnyFunction>(REALstandardGetter));
     functions.erase(reinterpret_cast<AnyFunction>(REALstandardSetter));

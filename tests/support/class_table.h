@@ -15,10 +15,12 @@ struct ClassFacts {
     Word dataSize; ///< size of the class data in bytes
     Word properties, methods;
     Word events = 0, constants = 0, sharedMethods = 0;
-    bool hasLifetimeFunctions = true; ///< whether the constructor and the destructor are functions, not methods
+    bool hasLifetimeFunctions =
+        true; ///< whether the constructor and the destructor are functions, not methods
 };
 
-/// Expect a definition in the newest layout with these sizes, flags 4, and zeros in all other words.
+/// Expect a definition in the newest layout with these sizes and counts, with the flags 4, and with zeros in
+/// all other words.
 void expectClass(const REALclassDefinition& definition, const ClassFacts& facts);
 
 enum class Access {
@@ -43,7 +45,7 @@ struct MethodFact {
     bool isIndexedProperty = false; ///< whether the method has a setter
 };
 
-/// Expect these rows in this order.
+/// Expect these properties, methods or constants in this order.
 void expectProperties(const REALclassDefinition& definition, const std::vector<PropertyFact>& facts);
 void expectMethods(const void* rows, Word count, const std::vector<MethodFact>& facts);
 void expectConstants(const REALclassDefinition& definition, const std::vector<const char*>& declarations);
@@ -51,11 +53,12 @@ void expectConstants(const REALclassDefinition& definition, const std::vector<co
 /// Expect that the functions of the rows, the constructor and the destructor are `count` different functions.
 void expectDifferentFunctions(const REALclassDefinition& definition, std::size_t count);
 
-/// Register a copy of the class with the existing fake host in a layout from 10 to 13. Expect the same arrays.
+/// Register a copy of the class with the existing fake host in a layout from 10 to 13. Expect the same
+/// arrays.
 void expectRegisteredUnchanged(const REALclassDefinition& definition, int layout);
 
-/// Register a copy of the class with the existing fake host in layout 9. Expect copies of the arrays without the words
-/// that layout 9 lacks.
+/// Register a copy of the class with the existing fake host in layout 9. Expect copies of the arrays without
+/// the words that layout 9 lacks.
 void expectRegisteredInLayout9(const REALclassDefinition& definition);
 
 /// Parameters for a getter that ignores its parameter. Rows of function getters have the parameter 0.

@@ -1,11 +1,10 @@
-// Counts detached threads. A program that links detach_spy.cpp, with LINKER:--wrap=pthread_detach, has its
-// objects' calls of pthread_detach counted. They go through but for the thread sanitizer, which ends a
-// program that detaches a thread behind a join.
+// Counts the pthread_detach calls of a program that is linked with LINKER:--wrap=pthread_detach. Under the
+// thread sanitizer a call has no effect, because that sanitizer ends a program that detaches a joined thread.
 #pragma once
 
 namespace support {
 
-/// How often pthread_detach was called, on any thread.
+/// Return the number of pthread_detach calls on all threads.
 int detaches();
 
 } // namespace support

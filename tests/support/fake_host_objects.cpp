@@ -23,7 +23,7 @@ struct HostServices : Services {
     static HostBoolean inRuntime()
     {
         Call call = note("REALinRuntime");
-        return begin(call) && host().isBuiltProgram ? 0x80 : 0; // any bit is true
+        return begin(call) && host().isBuiltProgram ? 0x80 : 0; // the plug-in accepts any bit as true
     }
 
     static void registerClass(REALclassDefinition* definition)
@@ -172,7 +172,7 @@ struct HostServices : Services {
             std::memcpy(static_cast<char*>(name) + sizeof claimed, h.itemName.data(),
                         length * sizeof(char16_t));
         }
-        return 0x20; // any bit is true
+        return 0x20; // the plug-in accepts any bit as true
     }
 
     static AnyFunction find(const std::string& name)

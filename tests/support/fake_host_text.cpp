@@ -174,7 +174,7 @@ struct TextServices : Services {
         std::memcpy(data->bookkeeping, &id, sizeof id);
         h.textData_[id] =
             std::unique_ptr<Host::TextData>(new Host::TextData{found->name, std::move(storage)});
-        return 0x40; // any bit is true
+        return 0x40; // the plug-in accepts any bit as true
     }
     static void disposeStringData(REALstringData* data)
     {

@@ -1,4 +1,4 @@
-// How many platform objects of a kind are alive: what a test must find at zero when nothing is left.
+// The number of platform objects that are not released, by kind.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -8,7 +8,8 @@
 
 namespace support {
 
-/// The live objects of `kind`, such as "IOProc". Thread [any].
+/// Return the number of live objects of `kind`, such as "IOProc".
+/// [any]
 inline std::uint32_t liveObjects(std::string_view kind)
 {
     KVXLiveCount rows[32];

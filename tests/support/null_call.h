@@ -1,4 +1,4 @@
-// How a program ends that calls through a null pointer, for EXPECT_EXIT: nothing else passes for it.
+// The end of a program that calls a function through a null pointer, for EXPECT_EXIT.
 #pragma once
 
 #include "tests/support/sanitizers.h"
@@ -8,14 +8,14 @@
 
 namespace support {
 
-/// By the signal; a sanitizer catches that, tells of it, and exits.
+/// Return whether SIGSEGV ended the program, or a sanitizer that caught the signal.
 inline bool endedByNullCall(int status)
 {
     if (hasAddressSanitizer || hasThreadSanitizer) return WIFEXITED(status) && WEXITSTATUS(status) != 0;
     return WIFSIGNALED(status) && WTERMSIG(status) == SIGSEGV;
 }
 
-/// What it leaves on the standard error stream.
+/// Pattern of the text that such a program writes to standard error.
 inline const char* const nullCallText =
     hasAddressSanitizer || hasThreadSanitizer ? "Sanitizer:? ?.*SEGV" : "^$";
 

@@ -77,7 +77,8 @@ Calls faults();
 
 // ---- for the spies ----
 
-/// Guards the state of the spies. Recording holds the guard, but not while functions of the test run.
+/// Holds the lock on the state of all spies. Recording holds this lock too, but not while functions of the
+/// test run.
 class Guard {
 public:
     Guard();
@@ -116,8 +117,8 @@ void fault(const std::string& text);
 /// Keep the bytes that lastValue() returns.
 void keepValue(const void* bytes, UInt32 size);
 
-/// A simulated platform object. Its address is its handle, which makes it a memory handle, too: a pointer to
-/// the address of the memory.
+/// A simulated platform object. The address of this record is the handle of the object. The first field makes
+/// a memory handle, which is a pointer to the address of the memory.
 struct Object {
     char* bytes = nullptr;
     std::string name;

@@ -64,7 +64,7 @@ float Player::sample(std::int64_t index)
     current.reset();
     if (!takeNext()) return 0;
     const std::int64_t inNext = offset - size;
-    if (inNext >= static_cast<std::int64_t>(current->size())) return 0; // past the next buffer
+    if (inNext >= static_cast<std::int64_t>(current->size())) return 0; // index past the next buffer
     return (*current)[static_cast<std::size_t>(inNext)];
 }
 

@@ -1,7 +1,7 @@
-// Which sanitizer this program was built with, as numbers for ordinary code.
+// The sanitizers with which this program is built, as constants.
 #pragma once
 
-#ifndef __has_feature // what other compilers lack
+#ifndef __has_feature // missing in other compilers
 #define __has_feature(name) 0
 #endif
 

@@ -1,4 +1,4 @@
-// Samples to play, and sound files to keep them in.
+// Generated samples, and sound files that contain them.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// Interleaved samples with what a file tells about them.
+/// Interleaved samples with their format.
 struct Sound {
     int sampleRate = 44100;
     int channels = 1;
@@ -16,25 +16,27 @@ struct Sound {
     std::size_t frames() const { return samples.size() / std::size_t(channels); }
 };
 
-/// Noise within -1 … +1, no sample of it zero, the same for the same `seed`.
+/// Return noise within -1 … +1 without zero samples. The same `seed` gives the same samples.
 Sound makeNoise(int sampleRate, int channels, std::size_t frames, unsigned seed = 1);
 
-/// A sine that rises evenly (in octaves) from 40 Hz to a third of the rate, at half of full scale.
+/// Return a sine sweep at half of full scale from 40 Hz to a third of the rate, with a constant time per
+/// octave.
 Sound makeSweep(int sampleRate, int channels, std::size_t frames);
 
 /// Write a file of a libsndfile format (such as SF_FORMAT_WAV | SF_FORMAT_FLOAT). Throws std::runtime_error.
 void writeSound(const Sound& sound, const std::string& path, int format);
 
-/// A WAV file of 32-bit float, which keeps every bit.
+/// Write a WAV file of 32-bit floats, which is bit-exact.
 void writeSound(const Sound& sound, const std::string& path);
 
-/// The bytes of a 16-bit PCM WAV file that states any rate and number of channels, absurd ones, too.
+/// Return the bytes of a 16-bit PCM WAV file. The rate and the number of channels need not make sense.
 std::string waveBytes(std::uint32_t rate, std::uint32_t channels, std::uint32_t frames);
 
-/// Decode a whole file. Throws std::runtime_error.
+/// Decode a sound file. Throws std::runtime_error.
 Sound readSound(const std::string& path);
 
-/// The frame of the first sample that is not zero; the number of frames if there is none.
+/// Return the index of the first frame with a sample other than zero, or the number of frames if all samples
+/// are zero.
 std::size_t leadingSilence(const Sound& sound);
 
 } // namespace support

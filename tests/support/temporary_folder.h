@@ -1,4 +1,4 @@
-// A folder of a test's own, gone when the test is.
+// A temporary folder, which is removed with the object.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ public:
     TemporaryFolder()
     {
         char path[] = "/tmp/kvx-test-XXXXXX";
-        if (!mkdtemp(path)) throw std::runtime_error("no temporary folder can be made");
+        if (!mkdtemp(path)) throw std::runtime_error("cannot make a temporary folder in /tmp");
         path_ = path;
     }
     ~TemporaryFolder()
@@ -27,7 +27,7 @@ public:
     std::string path() const { return path_.string(); }
     std::string operator/(const std::string& name) const { return (path_ / name).string(); }
 
-    /// Names of all that is in it, sorted by nobody.
+    /// Return the number of entries in the folder.
     std::size_t count() const
     {
         return std::size_t(std::distance(std::filesystem::directory_iterator(path_), {}));
