@@ -24,7 +24,6 @@ struct Host::Layers {
     PerHost<Exceptions> exceptions;
     PerHost<EventFunctions> events;
     PerHost<ServiceState> services;
-    PerHost<ServiceLogState> log;
     PerHost<LiveValues> values;
 
     explicit Layers(Options chosen) : options(std::move(chosen)) {}
@@ -46,7 +45,7 @@ const PropertyInfo& sharedProperty(std::string_view className, std::string_view 
 Host::Host(Options options)
 {
     if (currentHost) throw ProgramError("a host exists already; destroy it before making another one");
-    for (const auto& name : options.withheld) checkServiceName(name);
+    for (const auto& name : options.withheld) host::serviceCalls(name); // throws for an unknown name
     layers_ = std::make_unique<Layers>(std::move(options));
     currentHost = this;
     resetServiceCalls();
@@ -99,11 +98,6 @@ std::vector<const ClassInfo*> Host::pluginClasses() const
     return found;
 }
 
-Object Host::createWith(std::string_view className, const std::vector<Argument>& arguments)
-{
-    return createObject(classNamed(className), arguments);
-}
-
 Value Host::callSharedWith(std::string_view className, std::string_view method,
                            const std::vector<Argument>& arguments)
 {
@@ -134,17 +128,13 @@ const Options& Host::options() const { return host::current<Options>(); }
 
 void Host::withhold(const std::string& service)
 {
-    checkServiceName(service);
+    host::serviceCalls(service); // throws for an unknown name
     host::current<Options>().withheld.insert(service);
 }
 
 void Host::provide(const std::string& service) { host::current<Options>().withheld.erase(service); }
 
 void Host::onYield(std::function<void()> work) { host::current<ServiceState>().yield = std::move(work); }
-
-void Host::logServices(bool isOn) { host::logServices(isOn); }
-
-const ServiceLog& Host::serviceLog() const { return host::serviceLog(); }
 
 const std::vector<std::string>& Host::misuses() const { return host::current<Misuses>().sentences; }
 

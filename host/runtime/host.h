@@ -6,7 +6,7 @@
 #include "host/runtime/calls/object.h"
 #include "host/runtime/classes/class_info.h"
 #include "host/runtime/leak_report.h"
-#include "host/runtime/services/resolver.h"
+#include "host/runtime/services/service_table.h"
 #include "host/runtime/support/errors.h"
 #include "host/runtime/support/options.h"
 #include "host/runtime/values/array.h"
@@ -58,9 +58,8 @@ public:
     template <class... Arguments>
     Object create(std::string_view className, Arguments&&... arguments)
     {
-        return createWith(className, argumentList(std::forward<Arguments>(arguments)...));
+        return createObject(classNamed(className), argumentList(std::forward<Arguments>(arguments)...));
     }
-    Object createWith(std::string_view className, const std::vector<Argument>& arguments);
 
     template <class... Arguments>
     Value callShared(std::string_view className, std::string_view method, Arguments&&... arguments)
@@ -86,8 +85,10 @@ public:
 
     // ---- observation ----
 
-    void logServices(bool isOn); ///< Start an empty log, or stop the log. A new host has no log.
-    const ServiceLog& serviceLog() const;
+    /// The number of calls to a service since the start of the host or resetServiceCalls. Throws ProgramError
+    /// for an unknown name.
+    std::size_t serviceCalls(const std::string& service) const { return host::serviceCalls(service); }
+    void resetServiceCalls() { host::resetServiceCalls(); }
 
     /// The errors of the plug-in, one sentence each: dead or wrong values, services called off the main
     /// thread, faulty class definitions. Empty for a correct plug-in.

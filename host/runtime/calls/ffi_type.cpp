@@ -4,34 +4,29 @@ namespace host {
 
 ffi_type* ffiType(const Type& type)
 {
-    if (type.isReference()) return &ffi_type_pointer;
-    switch (fixedWidth(type.base)) {
-    case Base::none:
-        return &ffi_type_void;
-    case Base::boolean:
-    case Base::uint8:
-        return &ffi_type_uint8;
-    case Base::int8:
-        return &ffi_type_sint8;
-    case Base::int16:
-        return &ffi_type_sint16;
-    case Base::int32:
-        return &ffi_type_sint32;
-    case Base::int64:
-        return &ffi_type_sint64;
-    case Base::uint16:
-        return &ffi_type_uint16;
-    case Base::uint32:
-        return &ffi_type_uint32;
-    case Base::uint64:
-        return &ffi_type_uint64;
-    case Base::single:
-        return &ffi_type_float;
-    case Base::float64:
-        return &ffi_type_double;
-    default:
-        return &ffi_type_pointer;
+    const struct {
+        Base base;
+        ffi_type* type;
+    } rows[] = {
+        // clang-format off
+        {Base::none,    &ffi_type_void},
+        {Base::boolean, &ffi_type_uint8},
+        {Base::int8,    &ffi_type_sint8},
+        {Base::int16,   &ffi_type_sint16},
+        {Base::int32,   &ffi_type_sint32},
+        {Base::int64,   &ffi_type_sint64},
+        {Base::uint8,   &ffi_type_uint8},
+        {Base::uint16,  &ffi_type_uint16},
+        {Base::uint32,  &ffi_type_uint32},
+        {Base::uint64,  &ffi_type_uint64},
+        {Base::single,  &ffi_type_float},
+        {Base::float64, &ffi_type_double},
+        // clang-format on
+    };
+    for (const auto& row : rows) {
+        if (row.base == fixedWidth(type.base) && !type.isArray) return row.type;
     }
+    return &ffi_type_pointer;
 }
 
 } // namespace host

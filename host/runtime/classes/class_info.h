@@ -78,7 +78,6 @@ struct ClassInfo {
     std::vector<MethodInfo> sharedMethods;
     std::vector<EventInfo> events;
     std::vector<ConstantInfo> constants;
-    std::size_t eventInstanceCount = 0;
 
     /// Find a member by name in this class, then in its superclasses, nearest first; null if there is none.
     const PropertyInfo* property(std::string_view member) const;

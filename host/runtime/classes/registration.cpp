@@ -229,7 +229,6 @@ const ClassInfo* registerClass(REALclassDefinition& definition, int layout, bool
     info->constructor = definition.constructor;
     info->destructor = definition.destructor;
     info->interfaces = textOrEmpty(definition.interfaces);
-    info->eventInstanceCount = definition.eventInstances ? definition.eventInstanceCount : 0;
     definition.dataOffset = info->dataOffset;
     MemberReader(definition, layout, *info).readMembers();
     classes.push_back(std::move(info));

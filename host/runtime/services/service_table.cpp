@@ -2,7 +2,10 @@
 
 #include "host/runtime/services/c_function.h"
 #include "host/runtime/services/services.h"
+#include "host/runtime/support/options.h"
 #include "host/runtime/support/per_host.h"
+
+#include <fmt/format.h>
 
 #include <iterator>
 #include <limits>
@@ -108,6 +111,27 @@ const Service* findService(std::string_view name, double version)
             return version >= service.first && version < service.last ? &service : nullptr;
     }
     return nullptr;
+}
+
+void* resolveService(const char* name)
+{
+    const auto* options = currentOrNull<Options>();
+    if (!options || !name || options->withheld.count(name) != 0) return nullptr;
+    const auto* service = findService(name, options->version);
+    return service ? service->function : nullptr;
+}
+
+std::size_t serviceCalls(const std::string& name)
+{
+    for (const auto& service : services_) {
+        if (service.name == name) return *service.calls;
+    }
+    throw ProgramError(fmt::format("there is no service {}", name));
+}
+
+void resetServiceCalls()
+{
+    for (const auto& service : services_) *service.calls = 0;
 }
 
 } // namespace host

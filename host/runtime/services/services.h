@@ -58,23 +58,9 @@ void* memoryBlockBytes(REALmemoryBlockStruct* block);
 HostInteger memoryBlockSize(REALmemoryBlockStruct* block);
 
 // ---- arrays ----
-
-/// The codes of the element types for newArray. Plug-ins use code 0 only; the other codes are private to this
-/// host.
-enum ElementCode : std::intptr_t {
-    elementInteger = 0,
-    elementSingle = 1,
-    elementDouble = 2,
-    elementString = 3,
-    elementObject = 4,
-    elementVariant = 5,
-    elementBoolean = 6,
-    elementInt64 = 7,
-};
-
+/// Make an array of Integer elements. `elementCode` is 0, the only code that plug-ins use.
 REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound);
 HostInteger upperBound(REALarrayStruct* array); ///< The upper bound; -1 for nil.
-
 // Each of the following functions returns a C function: a getter (array, index), or an inserter (array,
 // index, element).
 AnyFunction integerInserter(REALarrayStruct* array);

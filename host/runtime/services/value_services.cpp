@@ -40,37 +40,24 @@ void insertItem(REALarrayStruct* handle, HostInteger index, Item item)
 }
 
 struct ElementRow {
-    ElementCode code;
     Base base;
-    AnyFunction getter; ///< C function that reads an element; null for elements that are not numbers
+    AnyFunction getter;
     AnyFunction inserter;
 };
 
-/// The first row that `matches` accepts; null if no row matches.
-template <class Matches>
-const ElementRow* findRow(Matches matches)
-{
-    // clang-format off
-    static const ElementRow rows[] = {
-        {elementInteger, Base::integer, cFunction<getInteger>(), cFunction<insertItem<HostInteger>>()},
-        {elementSingle,  Base::single,  cFunction<getSingle>(),  cFunction<insertItem<float>>()},
-        {elementDouble,  Base::float64, cFunction<getDouble>(),  cFunction<insertItem<double>>()},
-        {elementString,  Base::string,  nullptr,               nullptr},
-        {elementObject,  Base::object,  nullptr,               nullptr},
-        {elementVariant, Base::variant, nullptr,               nullptr},
-        {elementBoolean, Base::boolean, nullptr,               nullptr},
-        {elementInt64,   Base::int64,   cFunction<getInt64>(),   cFunction<insertItem<std::int64_t>>()},
-    };
-    // clang-format on
-    const auto* found = std::find_if(std::begin(rows), std::end(rows), matches);
-    return found == std::end(rows) ? nullptr : found;
-}
-
-/// The row of an array's element type; null for a nil array.
+/// The C functions for an array's element type; null for a nil array and for other element types.
 const ElementRow* rowOf(const Array& array)
 {
+    static const ElementRow rows[] = {
+        {Base::integer, cFunction<getInteger>(), cFunction<insertItem<HostInteger>>()},
+        {Base::int64, cFunction<getInt64>(), cFunction<insertItem<std::int64_t>>()},
+        {Base::single, cFunction<getSingle>(), cFunction<insertItem<float>>()},
+        {Base::float64, cFunction<getDouble>(), cFunction<insertItem<double>>()},
+    };
     if (!array) return nullptr;
-    return findRow([&](const ElementRow& row) { return row.base == array.elementType(); });
+    const auto* found = std::find_if(std::begin(rows), std::end(rows),
+                                     [&](const ElementRow& row) { return row.base == array.elementType(); });
+    return found == std::end(rows) ? nullptr : found;
 }
 
 /// The row of an array that a service for one element type was given; null, with a misuse noted, for an array
@@ -115,13 +102,11 @@ HostInteger memoryBlockSize(REALmemoryBlockStruct* block)
 
 REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound)
 {
-    const auto* row = findRow([&](const ElementRow& each) { return each.code == elementCode; });
-    if (!row || upperBound < -1) {
-        noteMisuse(fmt::format("an array of element code {} and upper bound {} cannot be made", elementCode,
-                               upperBound));
-        return nullptr;
-    }
-    return Array::ofType(row->base, static_cast<std::size_t>(upperBound + 1)).detach();
+    if (elementCode == 0 && upperBound >= -1)
+        return Array::ofType(Base::integer, static_cast<std::size_t>(upperBound + 1)).detach();
+    noteMisuse(fmt::format("an array of element code {} and upper bound {} cannot be made", elementCode,
+                           upperBound));
+    return nullptr;
 }
 
 HostInteger upperBound(REALarrayStruct* array)

@@ -1,7 +1,9 @@
 #include "host/runtime/values/field.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace host {
 
@@ -43,41 +45,41 @@ bool isPublished(const Type& type)
     return type.base == Base::boolean || type.base == Base::pointer || type.isReference();
 }
 
-bool isEightAligned(const void* field) { return reinterpret_cast<std::uintptr_t>(field) % 8 == 0; }
+struct AtomicAccess {
+    std::size_t size; ///< size of the field in bytes
+    Native (*load)(const void* field, bool isPublished);
+    void (*store)(void* field, const Native& native, bool isPublished);
+};
+
+constexpr AtomicAccess accesses[] = {
+    {1, load<std::uint8_t>, store<std::uint8_t>},
+    {2, load<std::uint16_t>, store<std::uint16_t>},
+    {4, load<std::uint32_t>, store<std::uint32_t>},
+    {8, load<AlignedWord64>, store<AlignedWord64>},
+};
+
+/// The atomic access to a field; null for an 8-byte field that is not 8-aligned.
+const AtomicAccess* accessTo(const void* field, const Type& type)
+{
+    const std::size_t size = sizeInMemory(type);
+    if (size == 8 && reinterpret_cast<std::uintptr_t>(field) % 8 != 0) return nullptr;
+    return std::find_if(std::begin(accesses), std::end(accesses),
+                        [&](const AtomicAccess& access) { return access.size == size; });
+}
 
 } // namespace
 
 Native loadField(const void* field, const Type& type)
 {
-    switch (sizeInMemory(type)) {
-    case 1:
-        return load<std::uint8_t>(field, isPublished(type));
-    case 2:
-        return load<std::uint16_t>(field, isPublished(type));
-    case 4:
-        return load<std::uint32_t>(field, isPublished(type));
-    default:
-        break;
-    }
-    if (isEightAligned(field)) return load<AlignedWord64>(field, isPublished(type));
+    if (const auto* access = accessTo(field, type)) return access->load(field, isPublished(type));
     Native native = {};
-    std::memcpy(&native, field, sizeof(std::uint64_t));
+    std::memcpy(&native, field, sizeInMemory(type));
     return native;
 }
 
 void storeField(void* field, const Native& native, const Type& type)
 {
-    switch (sizeInMemory(type)) {
-    case 1:
-        return store<std::uint8_t>(field, native, isPublished(type));
-    case 2:
-        return store<std::uint16_t>(field, native, isPublished(type));
-    case 4:
-        return store<std::uint32_t>(field, native, isPublished(type));
-    default:
-        break;
-    }
-    if (isEightAligned(field)) return store<AlignedWord64>(field, native, isPublished(type));
+    if (const auto* access = accessTo(field, type)) return access->store(field, native, isPublished(type));
     storeNative(field, native, type);
 }
 

@@ -54,6 +54,27 @@ bool isOfType(Kind kind, const Type& type)
     }
 }
 
+/// The value in a native value, for each type that is not a reference.
+const struct {
+    Base base;
+    Value (*value)(const Native& native);
+} numberRows[] = {
+    // clang-format off
+    {Base::boolean, [](const Native& native) -> Value { return native.byte != 0; }},
+    {Base::int8,    [](const Native& native) -> Value { return static_cast<std::int8_t>(native.byte); }},
+    {Base::int16,   [](const Native& native) -> Value { return static_cast<std::int16_t>(native.word16); }},
+    {Base::int32,   [](const Native& native) -> Value { return static_cast<std::int32_t>(native.word32); }},
+    {Base::int64,   [](const Native& native) -> Value { return static_cast<std::int64_t>(native.word64); }},
+    {Base::uint8,   [](const Native& native) -> Value { return native.byte; }},
+    {Base::uint16,  [](const Native& native) -> Value { return native.word16; }},
+    {Base::uint32,  [](const Native& native) -> Value { return native.word32; }},
+    {Base::uint64,  [](const Native& native) -> Value { return native.word64; }},
+    {Base::single,  [](const Native& native) -> Value { return native.single; }},
+    {Base::float64, [](const Native& native) -> Value { return native.number; }},
+    {Base::pointer, [](const Native& native) -> Value { return reinterpret_cast<std::uintptr_t>(native.pointer); }},
+    // clang-format on
+};
+
 Native integerNative(const Value& value, const Type& type, const std::string& what)
 {
     if (value.isInteger() && !fitsBits(value, sizeInMemory(type)))
@@ -145,34 +166,10 @@ Value fromNative(const void* memory, const Type& type, bool isOwned)
                             native.pointer, withArticle(typeName(type))));
         return Value(isOwned ? AnyRef::adopt(native.pointer) : AnyRef::share(native.pointer));
     }
-    switch (fixedWidth(type.base)) {
-    case Base::boolean:
-        return native.byte != 0;
-    case Base::int8:
-        return static_cast<std::int8_t>(native.byte);
-    case Base::int16:
-        return static_cast<std::int16_t>(native.word16);
-    case Base::int32:
-        return static_cast<std::int32_t>(native.word32);
-    case Base::int64:
-        return static_cast<std::int64_t>(native.word64);
-    case Base::uint8:
-        return native.byte;
-    case Base::uint16:
-        return native.word16;
-    case Base::uint32:
-        return native.word32;
-    case Base::uint64:
-        return native.word64;
-    case Base::single:
-        return native.single;
-    case Base::float64:
-        return native.number;
-    case Base::pointer:
-        return reinterpret_cast<std::uintptr_t>(native.pointer);
-    default:
-        return {};
+    for (const auto& row : numberRows) {
+        if (row.base == fixedWidth(type.base)) return row.value(native);
     }
+    return {};
 }
 
 void storeNative(void* memory, const Native& native, const Type& type)

@@ -49,7 +49,7 @@ TEST_F(Loading, WithTooManyOpenFilesNamesTheLimit)
     rlimit former = {};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
     rlimit few = former;
-    few.rlim_cur = rlim_t(dup(0)); // no descriptor below the lowest free one is free
+    few.rlim_cur = rlim_t(dup(0)); // all lower descriptors are in use
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     const std::string message = errorOf(folder + "test_plugin.so");
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);

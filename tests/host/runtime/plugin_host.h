@@ -1,5 +1,4 @@
-// A host with the test plug-in. Each test program has one host at a time, because the plug-in's tables are
-// global.
+// A host that has loaded the test plug-in, whose tables are global: one such host at a time.
 #pragma once
 
 #include "tests/host/runtime/services.h"

@@ -28,7 +28,7 @@ TEST_F(DynamicCall, PassesIntegersOfEveryWidth)
     const struct {
         const char* method;
         Value given;
-        std::int64_t result; // for UInt64, the bits of the result
+        std::int64_t result; // expected result; for UInt64, its bits
     } facts[] = {
         {"EchoInt8", -128, -128},
         {"EchoInt8", 127, 127},
@@ -430,7 +430,7 @@ TEST_F(DynamicCall, ReportsLeaksAndErrorsOfThePlugin)
         const auto block = MemoryBlock::ofSize(1);
         retain(block.get());
         EXPECT_EQ(misuses(), "");
-        probe.call("UnlockTwice", block); // drops the caller's reference, too
+        probe.call("UnlockTwice", block); // drops the caller's reference and one more
         EXPECT_FALSE(isLive(block.get()));
     }
     EXPECT_EQ(host.misuses().size(), 1u) << misuses();

@@ -81,7 +81,7 @@ TEST_F(Events, AllowHandlersToCallDetachAndDestroy)
     EXPECT_FALSE(probe.call("Fire").boolean());
 
     probe.on("Fired", [this](Object&, const std::vector<Value>&) {
-        probe = Object(); // one of the program's references
+        probe = Object(); // drops one of the program's references
         return Value();
     });
     const auto held = probe;
@@ -92,7 +92,7 @@ TEST_F(Events, AllowHandlersToCallDetachAndDestroy)
 TEST_F(Events, KeepTheirObjectUntilTheMethodReturns)
 {
     probe.on("Fired", [this](Object&, const std::vector<Value>&) {
-        probe = Object(); // the program's last reference
+        probe = Object(); // drops the program's last reference
         return Value();
     });
     host.callShared("Probe", "LifeLog");

@@ -47,7 +47,7 @@ TEST_F(Fields, OfEveryTypeKeepTheirValue)
         {"FieldNumbers", numbers, numbers},
     };
     for (const auto& fact : facts) probe.set(fact.name, fact.given);
-    for (const auto& fact : facts) { // after all writes, because a field must not overlap another one
+    for (const auto& fact : facts) { // all fields are written first, so that overlapping fields would show
         SCOPED_TRACE(fact.name);
         EXPECT_TRUE(sameValue(probe.get(fact.name), fact.result)) << probe.get(fact.name).print();
     }
@@ -87,7 +87,8 @@ TEST_F(Fields, AreInTheClassData)
 
 TEST_F(Fields, CanBeWrittenByASetter)
 {
-    probe.set("MixedAccess", 2); // a property with a field for reading and a setter for writing
+    probe.set("MixedAccess",
+              2); // the host reads this property in its field, and writes it through its setter
     EXPECT_EQ(probe.get("MixedAccess").integer(), 2);
     EXPECT_THROW(probe.set("MixedAccess", -1), HostException);
     EXPECT_EQ(probe.get("MixedAccess").integer(), 2);

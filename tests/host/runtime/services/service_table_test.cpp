@@ -140,47 +140,28 @@ TEST(ServiceTable, VersionServiceReturnsTheVersionOfTheOptions)
     }
 }
 
-TEST(ServiceLog, RecordsLookupsInOrderAndCountsCalls)
+TEST(ServiceTable, CountsTheCallsOfEachService)
 {
     Host host;
-    const auto resolver = Host::resolver();
-    service<void()>("REALYieldToRB")();
-    EXPECT_TRUE(host.serviceLog().lookups.empty()) << "a new host has no log";
-
-    host.logServices(true);
-    host.withhold("IntegerToVariant");
-    resolver("IntegerToVariant");
-    resolver("Int32ToVariant");
-    resolver("IntegerToVariant");
     const auto yield = service<void()>("REALYieldToRB");
     for (int i = 0; i < 3; ++i) yield();
-
-    const auto& log = host.serviceLog();
-    ASSERT_EQ(log.lookups.size(), 4u);
-    EXPECT_EQ(log.lookups[0].name, "IntegerToVariant");
-    EXPECT_FALSE(log.lookups[0].isKnown);
-    EXPECT_EQ(log.lookups[1].name, "Int32ToVariant");
-    EXPECT_TRUE(log.lookups[1].isKnown);
-    EXPECT_EQ(log.lookupsOf("IntegerToVariant"), 2u);
-    EXPECT_EQ(log.callsOf("REALYieldToRB"), 3u);
-    EXPECT_EQ(log.callsOf("REALLockObject"), 0u);
-
-    host.logServices(true);
-    EXPECT_TRUE(host.serviceLog().lookups.empty()) << "a new log is empty";
-    EXPECT_EQ(host.serviceLog().callsOf("REALYieldToRB"), 0u);
+    EXPECT_EQ(host.serviceCalls("REALYieldToRB"), 3u);
+    EXPECT_EQ(host.serviceCalls("REALLockObject"), 0u);
+    EXPECT_THROW(host.serviceCalls("REALLokObject"), ProgramError);
+    host.resetServiceCalls();
+    EXPECT_EQ(host.serviceCalls("REALYieldToRB"), 0u);
 }
 
-TEST(ServiceLog, TwoNamesOfOneFunctionAreCountedSeparately)
+TEST(ServiceTable, CountsTwoNamesOfOneFunctionSeparately)
 {
     Host host;
-    host.logServices(true);
     const auto exception = host.create("RuntimeException");
     using Set = void(REALobjectStruct*, const char*, HostInteger);
     service<Set>("REALSetPropValueInt")(exception.get(), "ErrorNumber", 1);
     service<Set>("REALSetPropValueInteger")(exception.get(), "ErrorNumber", 2);
     service<Set>("REALSetPropValueInteger")(exception.get(), "ErrorNumber", 3);
-    EXPECT_EQ(host.serviceLog().callsOf("REALSetPropValueInt"), 1u);
-    EXPECT_EQ(host.serviceLog().callsOf("REALSetPropValueInteger"), 2u);
+    EXPECT_EQ(host.serviceCalls("REALSetPropValueInt"), 1u);
+    EXPECT_EQ(host.serviceCalls("REALSetPropValueInteger"), 2u);
     EXPECT_EQ(exception.get("ErrorNumber").integer(), 3);
 }
 

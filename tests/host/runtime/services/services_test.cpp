@@ -1,5 +1,4 @@
 // The contract of each service, called as the plug-in calls it.
-#include "host/runtime/services/services.h"
 #include "tests/host/runtime/services.h"
 #include "tests/support/temporary_folder.h"
 
@@ -207,7 +206,7 @@ TEST(Services, StringDataLivesUntilItIsDisposed)
     EXPECT_EQ(data.bytes, nullptr);
     EXPECT_EQ(data.length, 0);
     EXPECT_FALSE(get(String::of("x").get(), 0x0201, &data));
-    dispose(&data); // a record without data
+    dispose(&data); // has no effect, because the record has no data
     EXPECT_EQ(misuses(), "");
     EXPECT_FALSE(get(String::of("x").get(), encodingUTF8, nullptr));
     dispose(nullptr);
@@ -325,25 +324,6 @@ TEST(Services, GettersReadSinglesAndDoubles)
     Host host;
     EXPECT_EQ(service<Give>("PluginSingleArrayGetProc")(Array::of(std::vector<double>{1}).get()), nullptr);
     EXPECT_EQ(misuses(), "PluginSingleArrayGetProc was given an array of Double\n");
-}
-
-TEST(Services, ElementCodesDecideTheElementType)
-{
-    Host host;
-    const auto make =
-        service<REALarrayStruct*(HostInteger, HostInteger)>("RuntimeArrayCreateSingleDimBoundedArray");
-    using namespace host::services;
-    const std::pair<ElementCode, Base> facts[] = {
-        {elementInteger, Base::integer}, {elementSingle, Base::single}, {elementDouble, Base::float64},
-        {elementString, Base::string},   {elementObject, Base::object}, {elementVariant, Base::variant},
-        {elementBoolean, Base::boolean}, {elementInt64, Base::int64},
-    };
-    for (const auto& [code, base] : facts) {
-        const Array array(Array::adopt(make(code, 0)));
-        ASSERT_TRUE(array) << code;
-        EXPECT_EQ(array.elementType(), base);
-        EXPECT_EQ(array.count(), 1u);
-    }
 }
 
 TEST(Services, VariantsContainStringsAndIntegers)
@@ -477,7 +457,7 @@ TEST(Services, YieldRunsTheWorkOfTheProgram)
     yield();
     EXPECT_EQ(count, 2);
     host.onYield([] { throw std::runtime_error("from the program"); });
-    yield(); // the exception does not pass through the plug-in
+    yield(); // the host keeps the exception, so that it does not pass through the plug-in
     EXPECT_THROW(host.rethrow(), std::runtime_error);
     host.rethrow();
 }
