@@ -1,5 +1,5 @@
-// A file of any bytes, opened and read in a client format that some of the bytes choose: as the file has it,
-// straight, with other channels and widths, at another rate.
+// Opens a file of arbitrary bytes and reads it. The last byte selects the client format: the file's own
+// format, or floats with another number of channels, byte order or rate.
 #include "fuzz/file_in_memory.h"
 #include "fuzz/require.h"
 
@@ -15,17 +15,17 @@
 
 namespace {
 
-constexpr SInt64 mostFrames = 1 << 16; // read of one file: a few bytes may be hours
-constexpr UInt32 pieceFrames = 1000;
+constexpr SInt64 mostFrames = 1 << 16; // limit per file, because a few bytes may describe hours of sound
+constexpr UInt32 framesPerRead = 1000;
 
-/// The last byte of the input, which no file misses.
+/// The last byte of the input. It is no part of the file.
 struct Choice {
     explicit Choice(std::uint8_t byte) : bits(byte) {}
     bool hasClientFormat() const { return bits & 1; }
-    bool isSwapped() const { return bits & 2; } // samples in the other byte order, so not straight
+    bool isSwapped() const { return bits & 2; } // the other byte order, which needs a conversion
     bool hasOtherRate() const { return bits & 4; }
     UInt32 channels(UInt32 ofFile) const { return bits & 8 ? 1 + (bits >> 5) : ofFile; }
-    bool goesBack() const { return bits & 16; }
+    bool seeksBack() const { return bits & 16; }
     const std::uint8_t bits;
 };
 
@@ -53,36 +53,38 @@ Value get(ExtAudioFileRef file, ExtAudioFilePropertyID property)
     return value;
 }
 
-void look(ExtAudioFileRef file)
+void readProperties(ExtAudioFileRef file)
 {
     const auto format = get<AudioStreamBasicDescription>(file, kExtAudioFileProperty_FileDataFormat);
-    require(format.mChannelsPerFrame >= 1 && format.mChannelsPerFrame <= 1024, "a file has some channels");
-    require(format.mSampleRate >= 1, "a file has a rate");
+    require(format.mChannelsPerFrame >= 1 && format.mChannelsPerFrame <= 1024,
+            "a file has 1 to 1024 channels");
+    require(format.mSampleRate >= 1, "a file has a sample rate");
     const auto audioFile = get<AudioFileID>(file, kExtAudioFileProperty_AudioFile);
     Float64 seconds = -1;
     UInt32 size = sizeof seconds;
     require(AudioFileGetProperty(audioFile, kAudioFilePropertyEstimatedDuration, &size, &seconds) == noErr &&
                 seconds >= 0 && std::isfinite(seconds),
-            "a file lasts for some time");
+            "a file has a finite duration");
     for (const AudioFilePropertyID property : {'ffmt', 'dfmt', 'bcnt', 'pcnt', 'psze', 'brat', 'sbtd'}) {
         std::uint8_t value[64];
         size = sizeof value;
         (void)AudioFileGetProperty(audioFile, property, &size, value);
     }
-    require(AudioFileClose(audioFile) == noErr, "the handle that was lent can be closed");
+    require(AudioFileClose(audioFile) == noErr, "the audio file of an extended audio file can be closed");
 }
 
 SInt64 readAll(ExtAudioFileRef file, UInt32 bytesPerFrame, UInt32 channels)
 {
-    std::vector<std::uint8_t> memory(std::size_t{pieceFrames} * bytesPerFrame);
+    std::vector<std::uint8_t> memory(std::size_t{framesPerRead} * bytesPerFrame);
     SInt64 frames = 0;
     while (frames < mostFrames) {
-        UInt32 got = pieceFrames;
+        UInt32 got = framesPerRead;
         AudioBufferList list = {1, {{channels, static_cast<UInt32>(memory.size()), memory.data()}}};
         const OSStatus status = ExtAudioFileRead(file, &got, &list);
         if (status != noErr || got == 0) break;
-        require(got <= pieceFrames, "no more is read than was asked for");
-        require(list.mBuffers[0].mDataByteSize == got * bytesPerFrame, "frames and bytes agree");
+        require(got <= framesPerRead, "a read returns at most the requested number of frames");
+        require(list.mBuffers[0].mDataByteSize == got * bytesPerFrame,
+                "the byte count is that of the frames");
         frames += got;
     }
     return frames;
@@ -90,7 +92,7 @@ SInt64 readAll(ExtAudioFileRef file, UInt32 bytesPerFrame, UInt32 channels)
 
 void use(ExtAudioFileRef file, Choice choice)
 {
-    look(file);
+    readProperties(file);
     const auto format = get<AudioStreamBasicDescription>(file, kExtAudioFileProperty_FileDataFormat);
     const auto length = get<SInt64>(file, kExtAudioFileProperty_FileLengthFrames);
     require(length >= 0, "a length is never negative");
@@ -102,12 +104,12 @@ void use(ExtAudioFileRef file, Choice choice)
     if (client.mFormatID != kAudioFormatLinearPCM) return;
     const SInt64 frames = readAll(file, client.mBytesPerFrame, client.mChannelsPerFrame);
     if (client.mSampleRate == format.mSampleRate)
-        require(frames <= length, "no more than the length is read");
-    if (choice.goesBack() && ExtAudioFileSeek(file, length / 2) == noErr)
+        require(frames <= length, "a file has at most as many frames as its length");
+    if (choice.seeksBack() && ExtAudioFileSeek(file, length / 2) == noErr)
         readAll(file, client.mBytesPerFrame, client.mChannelsPerFrame);
-    SInt64 place = -1;
-    require(ExtAudioFileTell(file, &place) == noErr && place >= 0 && place <= length,
-            "a place is in the file");
+    SInt64 position = -1;
+    require(ExtAudioFileTell(file, &position) == noErr && position >= 0 && position <= length,
+            "the position lies in the file");
 }
 
 } // namespace
@@ -115,13 +117,11 @@ void use(ExtAudioFileRef file, Choice choice)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     if (size == 0) return 0;
-    const FileInMemory disk(bytes, size - 1);
-    const std::string path = disk.path();
-    const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), false);
+    const FileInMemory memory(bytes, size - 1);
+    const CFURLRef url = memory.createUrl();
     ExtAudioFileRef file = nullptr;
     const OSStatus status = ExtAudioFileOpenURL(url, &file);
-    require((status == noErr) == (file != nullptr), "a file is open, or there is a reason");
+    require((status == noErr) == (file != nullptr), "opening returns a file, or a status without a file");
     CFRelease(url);
     if (file) {
         use(file, Choice(bytes[size - 1]));

@@ -1,4 +1,5 @@
-// Any text as a declaration: it is parsed or refused, and what is parsed reads the same after printing.
+// Parses arbitrary text as a declaration. An accepted declaration must be the same after printing and parsing
+// again.
 #include "fuzz/require.h"
 #include "host/runtime/classes/declaration.h"
 #include "host/runtime/support/errors.h"
@@ -12,11 +13,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     try {
         const host::Declaration declaration = host::parseDeclaration(text);
         require(host::requiredCount(declaration.parameters) <= declaration.parameters.size(),
-                "no more is required than declared");
+                "at most the declared parameters are required");
         const std::string printed = host::print(declaration);
         const host::Declaration again = host::parseDeclaration(printed);
-        require(host::sameSignature(declaration, again), "a printed declaration is the same member");
-        require(host::print(again) == printed, "printing is settled after the first time");
+        require(host::sameSignature(declaration, again), "a printed declaration has the same signature");
+        require(host::print(again) == printed, "printing again gives the same text");
     } catch (const host::ProgramError&) {
     }
     try {

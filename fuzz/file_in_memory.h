@@ -1,7 +1,9 @@
-// A file of given bytes that stands nowhere on the disk.
+// A file that exists in memory only.
 #pragma once
 
 #include "fuzz/require.h"
+
+#include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
 #include <string>
@@ -9,7 +11,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// It can be opened by its path as long as this lives.
+/// A file with the given bytes. Its path and URL are valid as long as the object lives.
 class FileInMemory {
 public:
     FileInMemory(const std::uint8_t* bytes, std::size_t size)
@@ -23,6 +25,14 @@ public:
     FileInMemory& operator=(const FileInMemory&) = delete;
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+    /// The caller releases the URL.
+    CFURLRef createUrl() const
+    {
+        const std::string text = path();
+        return CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8*>(text.data()),
+                                                       static_cast<CFIndex>(text.size()), false);
+    }
 
 private:
     const int descriptor_;

@@ -1,55 +1,29 @@
-// A file of any bytes into the file player, through the whole graph, and out of a stepped device for 0.1 s.
-// Its last byte, which no file misses, chooses the channels.
-#include "abi/entry_point.h"
+// Loads a file of arbitrary bytes into the file player, and renders 0.1 s on a stepped device. The last byte
+// of the input selects the numbers of channels; it is no part of the file.
 #include "fuzz/file_in_memory.h"
+#include "fuzz/library.h"
 #include "fuzz/require.h"
-#include "host/runtime/host.h"
 
 #include <AudioToolbox/AudioToolbox.h>
-#include <KVXPlatform/KVXPlatform.h>
 
 #include <algorithm>
 #include <cstdint>
-
-extern "C" void REALPluginMain(REALResolver resolver);
 
 namespace {
 
 constexpr std::uint32_t deviceRate = 44100; // Hz
 constexpr std::uint32_t playedFrames = deviceRate / 10;
 
-// A few bytes may be hours, which take a while and tell nothing new; still longer ones are refused again.
+// Files between these lengths are skipped: they take long and find nothing new. The player refuses longer
+// files.
 constexpr SInt64 mostFrames = 1 << 18, refusedFrames = 1 << 29;
 
-// Of the samples in memory, and between the units: four bits each.
+// Channels of the samples in memory, and between the units; four bits of the last byte select each.
 constexpr int channelChoices[] = {2, 1, 2, 3, 4, 5, 6, 7, 8, 0, -1, 2, 1, 2, 1, 2};
 
-host::Host& theHost()
+SInt64 lengthOf(const FileInMemory& memory)
 {
-    static host::Host* host = [] {
-        auto* made = new host::Host; // for the life of the process, as the library is
-        made->enter(REALPluginMain);
-        return made;
-    }();
-    return *host;
-}
-
-KVXDeviceID theDevice()
-{
-    static const KVXDeviceID device = [] {
-        KVXSimulatedDevice description = {};
-        description.name = "Stepped";
-        description.isStepped = 1;
-        description.sampleRate = deviceRate;
-        return KVXPlatformAddSimulatedDevice(&description);
-    }();
-    return device;
-}
-
-SInt64 lengthOf(const std::string& path)
-{
-    const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), false);
+    const CFURLRef url = memory.createUrl();
     ExtAudioFileRef file = nullptr;
     SInt64 frames = 0;
     UInt32 size = sizeof frames;
@@ -66,23 +40,25 @@ bool load(host::Object& player, const std::string& path, int channels, int betwe
     try {
         return player.call("LoadFile", host::FolderItem::at(path), channels, betweenUnits).boolean();
     } catch (const host::HostException& error) {
-        require(error.className() == "OutOfMemoryException", "a file without a place in memory raises");
+        require(error.className() == "OutOfMemoryException", "only a lack of memory raises an exception");
         return false;
     }
 }
 
 void play(host::Object& player)
 {
-    player.set("CurrentDeviceID", std::int64_t(theDevice()));
+    const KVXDeviceID device = steppedDevice(deviceRate, 512);
+    player.set("CurrentDeviceID", std::int64_t{device});
     player.call("Play");
     const bool isPlaying = player.get("Playing").boolean();
-    KVXPlatformStep(theDevice(), playedFrames);
-    require(player.get("Playing").boolean() == isPlaying, "what plays goes on, its end reached or not");
+    KVXPlatformStep(device, playedFrames);
+    require(player.get("Playing").boolean() == isPlaying,
+            "a playing player keeps playing, also after the end of the file");
     if (player.get("TrackLength").number() > 0)
         require(player.get("CurrentTime").number() <= player.get("TrackLength").number() * (1 + 1e-9),
-                "a position is in the file");
+                "the position lies in the file");
     player.call("Pause");
-    require(!player.get("Playing").boolean(), "what is paused does not play");
+    require(!player.get("Playing").boolean(), "a paused player does not play");
 }
 
 } // namespace
@@ -93,25 +69,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::uint8_t choice = bytes[size - 1];
     const int channels = channelChoices[choice & 15], betweenUnits = channelChoices[choice >> 4];
     const FileInMemory file(bytes, size - 1);
-    const SInt64 length = lengthOf(file.path());
+    const SInt64 length = lengthOf(file);
     if (length > mostFrames && length < refusedFrames) return 0;
-    host::Host& host = theHost();
+    host::Host& host = hostWithLibrary();
     {
         host::Object player = host.create("AUPlayerKVX");
         if (load(player, file.path(), channels, betweenUnits)) {
-            require(player.get("Lasterror").integer() == 0, "a file that is loaded has no error");
+            require(player.get("Lasterror").integer() == 0, "a loaded file has no error");
             require(player.get("DataNumberChannels").integer() == channels,
-                    "samples are as they were wanted");
+                    "the samples have the requested number of channels");
             const std::size_t bytesInMemory = player.call("Data").memoryBlock().size();
             require(channels > 0 ? bytesInMemory % (4u * unsigned(channels)) == 0 : bytesInMemory == 0,
-                    "whole frames are in memory");
+                    "the memory holds whole frames");
             play(player);
         } else {
-            require(!player.get("Playing").boolean(), "what was not loaded does not play");
+            require(!player.get("Playing").boolean(), "a player without a file does not play");
         }
     }
-    require(host.leaks().isClean(), "every reference is given back");
-    require(host.misuses().empty(), "the host was used as it wants to be");
+    require(host.leaks().isClean(), "every reference is released");
+    require(host.misuses().empty(), "the host found no misuse");
     require(KVXPlatformGetLiveCounts(nullptr, 0) == 0, "every object is released");
     return 0;
 }

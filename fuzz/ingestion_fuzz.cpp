@@ -1,46 +1,20 @@
-// Memory blocks into a player, by every method, at any rate and channel count, and out through a stepped
-// device.
-#include "abi/entry_point.h"
+// Passes memory blocks to a player with all methods, at arbitrary rates and numbers of channels, and renders
+// them on a stepped device.
+#include "fuzz/library.h"
 #include "fuzz/require.h"
-#include "host/runtime/host.h"
-
-#include <KVXPlatform/KVXPlatform.h>
 
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
 
-extern "C" void REALPluginMain(REALResolver resolver);
-
 namespace {
 
-host::Host& theHost()
-{
-    static host::Host* host = [] {
-        auto* made = new host::Host; // for the life of the process, as the library is
-        made->enter(REALPluginMain);
-        return made;
-    }();
-    return *host;
-}
-
-KVXDeviceID theDevice()
-{
-    static const KVXDeviceID device = [] {
-        KVXSimulatedDevice description = {};
-        description.name = "Stepped";
-        description.isStepped = 1;
-        description.sliceFrames = 64;
-        return KVXPlatformAddSimulatedDevice(&description);
-    }();
-    return device;
-}
-
-/// A range for a block: mostly one that lies inside it, since staying inside is the caller's duty; else one
-/// that is refused whatever the block holds.
 struct Range {
     std::int32_t offset, count;
 };
+
+/// A range inside a block of `size` bytes, or a range that is refused for every block. Other ranges outside
+/// the block are forbidden to callers.
 Range pickRange(FuzzedDataProvider& input, std::size_t size)
 {
     if (input.ConsumeBool())
@@ -49,8 +23,7 @@ Range pickRange(FuzzedDataProvider& input, std::size_t size)
         return {input.ConsumeIntegral<std::int32_t>(), input.ConsumeIntegralInRange(INT32_MIN, -1)};
     const auto offset = input.ConsumeIntegralInRange<std::int32_t>(0, std::int32_t(size));
     const auto count = input.ConsumeIntegralInRange<std::int32_t>(0, std::int32_t(size) - offset);
-    return count == 0 ? Range{0, 0}
-                      : Range{offset, count}; // no count means the whole block, whatever the offset
+    return count == 0 ? Range{0, 0} : Range{offset, count}; // a count of 0 means the whole block
 }
 
 void add(FuzzedDataProvider& input, host::Object& player)
@@ -77,11 +50,11 @@ void add(FuzzedDataProvider& input, host::Object& player)
             break;
         }
     } catch (const host::HostException& error) {
-        require(error.className() == "NilObjectException", "only a block without bytes raises");
-        require(!block.data(), "and only such a one");
+        require(error.className() == "NilObjectException", "only a nil block raises an exception");
+        require(!block.data(), "a block with bytes raises no exception");
     }
     const auto space = player.call("FreeSpace").integer();
-    require(space >= 0 && space <= 200, "the queue has 200 places");
+    require(space >= 0 && space <= 200, "the queue has 200 slots");
 }
 
 } // namespace
@@ -89,24 +62,25 @@ void add(FuzzedDataProvider& input, host::Object& player)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     FuzzedDataProvider input(bytes, size);
-    host::Host& host = theHost();
+    host::Host& host = hostWithLibrary();
     {
         host::Object player = host.create("CoreAudioPlayerKVX");
-        player.set("OutputDeviceID", std::int64_t(theDevice()));
+        const KVXDeviceID device = steppedDevice(0, 64); // the default sample rate
+        player.set("OutputDeviceID", std::int64_t{device});
         player.set("SampleRate", input.ConsumeFloatingPoint<float>());
         player.set("NumberOfChannels", input.ConsumeIntegralInRange(-1, 3));
         player.set("NoUnderflow", input.ConsumeBool());
         for (int i = 0; i < 8; ++i) {
             add(input, player);
             if (input.ConsumeBool()) player.call("Start");
-            KVXPlatformStep(theDevice(), input.ConsumeIntegralInRange<std::uint32_t>(0, 200));
+            KVXPlatformStep(device, input.ConsumeIntegralInRange<std::uint32_t>(0, 200));
         }
         player.set("NoUnderflow", false);
         player.call("Stop");
         require(!player.get("IsRunning").boolean(), "a stopped player does not run");
-        require(player.call("FreeSpace").integer() == 200, "and holds nothing");
+        require(player.call("FreeSpace").integer() == 200, "a stopped player has an empty queue");
     }
-    require(host.leaks().isClean(), "every reference is given back");
-    require(host.misuses().empty(), "the host was used as it wants to be");
+    require(host.leaks().isClean(), "every reference is released");
+    require(host.misuses().empty(), "the host found no misuse");
     return 0;
 }

@@ -1,10 +1,10 @@
-// What must hold for every input.
+// The assertion of the fuzz targets.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 
-/// End the run, which keeps the input, when a fact does not hold.
+/// Abort the run if a fact does not hold. libFuzzer then stores the input.
 inline void require(bool holds, const char* fact)
 {
     if (holds) return;

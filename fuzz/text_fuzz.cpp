@@ -1,6 +1,5 @@
-// Bytes in any encoding, into a host string by the plug-in's conversions, and back out by its views. The
-// plug-in is linked as objects, for its functions; the host around it is the real one, of an old, a middle or
-// a new version.
+// Converts arbitrary bytes in any encoding to a host string and back, with the plug-in's functions in a host
+// of several versions.
 #include "abi/entry_point.h"
 #include "fuzz/require.h"
 #include "host/runtime/host.h"
@@ -21,22 +20,22 @@ constexpr double versions[] = {2011.5, 2012.5, 2013.5, 2015.03, 2016.0};
 constexpr unsigned long encodings[] = {encodingMacRoman, encodingUTF16, encodingWindowsLatin1, encodingASCII,
                                        encodingUTF8,     encodingUTF32, encodingUnknown,       0x12345678};
 
-// The library is entered once, like any library; what depends on the version it reads from its own variable.
-void enterOnce(double version)
+// The library registers once per process. Its functions read the host version from rbversion_rbversion.
+void registerOnce(double version)
 {
-    static bool isEntered = false;
-    if (!isEntered) host::Host::current().enter(REALPluginMain);
-    isEntered = true;
+    static bool isRegistered = false;
+    if (!isRegistered) host::Host::current().enter(REALPluginMain);
+    isRegistered = true;
     rbversion_rbversion = version;
 }
 
-void look(REALstringStruct* string)
+void readViews(REALstringStruct* string)
 {
     rbText text(string);
     const char* utf8 = text.GetUTF8();
-    require(text.lengthUTF8() >= 0, "a view has a length once it was asked for");
+    require(text.lengthUTF8() >= 0, "a view that was requested has a length");
     require(utf8[text.lengthUTF8()] == 0, "a view is terminated");
-    require(utf8 == text.GetUTF8(), "asked again, the view is the same");
+    require(utf8 == text.GetUTF8(), "a second request returns the same view");
     const char* roman = text.ConvertMacRoman();
     require(roman[text.lengthMacRoman()] == 0, "a view is terminated");
     (void)REALstringToOSType(string);
@@ -54,18 +53,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::string text = input.ConsumeRemainingBytesAsString();
 
     host::Host host(options);
-    enterOnce(options.version);
+    registerOnce(options.version);
     {
-        // The plug-in's own way, from bytes of a known length.
+        // A string that the plug-in builds.
         const auto built = host::String::adopt(
             REALBuildUnicodeString(text.data(), static_cast<long long>(text.size()), encoding));
-        look(static_cast<REALstringStruct*>(built.get()));
-        // The host's way: bytes that are marked as this or that, and may not be it at all.
-        const host::String marked = host::String::ofBytes(text, std::uint32_t(encoding));
-        look(marked.get());
+        readViews(static_cast<REALstringStruct*>(built.get()));
+        // A string of the host whose bytes may be invalid in its encoding.
+        const host::String labelled = host::String::ofBytes(text, std::uint32_t(encoding));
+        readViews(labelled.get());
     }
     (void)host.takeException();
-    require(host.leaks().isClean(), "every reference is given back");
-    require(host.misuses().empty(), "the host was used as it wants to be");
+    require(host.leaks().isClean(), "every reference is released");
+    require(host.misuses().empty(), "the host found no misuse");
     return 0;
 }
