@@ -1,6 +1,6 @@
 // Peak memory of a loaded file: its samples as 32-bit float, and at most 2 MiB more.
-#include "tests/endtoend/file_player_heap.h"
 #include "tests/endtoend/fileplayer/file_player.h"
+#include "tests/support/allocator_hook.h"
 
 #include <sndfile.h>
 
@@ -16,16 +16,16 @@ void* volatile kept = nullptr;
 
 TEST(FilePlayerHeap, CountsAllocatedBytesAndTheirPeak)
 {
-    const std::size_t before = heap::now();
-    heap::forgetMost();
+    const std::size_t before = allocator::bytesInUse();
+    allocator::resetPeak();
     kept = std::malloc(1000000);
-    EXPECT_GE(heap::now(), before + 1000000);
+    EXPECT_GE(allocator::bytesInUse(), before + 1000000);
     std::free(kept);
     kept = nullptr;
-    EXPECT_LT(heap::now(), before + 100000);
-    EXPECT_GE(heap::most(), before + 1000000);
-    heap::forgetMost();
-    EXPECT_LT(heap::most(), before + 100000);
+    EXPECT_LT(allocator::bytesInUse(), before + 100000);
+    EXPECT_GE(allocator::peakBytes(), before + 1000000);
+    allocator::resetPeak();
+    EXPECT_LT(allocator::peakBytes(), before + 100000);
 }
 
 TEST(FilePlayerHeap, OfALoadedFileIsItsSamplesAndAtMostTheAllowance)
@@ -58,21 +58,21 @@ TEST(FilePlayerHeap, OfALoadedFileIsItsSamplesAndAtMostTheAllowance)
                 const host::Object first = loaded.host.create(filePlayerClass);
                 first.call(method, file, fact.channels, fact.channels);
             }
-            const std::size_t before = heap::now();
-            heap::forgetMost();
+            const std::size_t before = allocator::bytesInUse();
+            allocator::resetPeak();
             {
                 const host::Object player = loaded.host.create(filePlayerClass);
                 ASSERT_TRUE(player.call(method, file, fact.channels, fact.channels).boolean());
                 const std::size_t limit = 4 * std::size_t(fact.channels) * fact.frames + allowance;
-                EXPECT_LE(heap::most() - before, limit) << "peak during the load";
-                EXPECT_GE(heap::now() - before, limit - allowance) << "the samples are in memory";
+                EXPECT_LE(allocator::peakBytes() - before, limit) << "peak during the load";
+                EXPECT_GE(allocator::bytesInUse() - before, limit - allowance) << "the samples are in memory";
                 player.set("CurrentDeviceID", std::int64_t(device.id()));
                 player.call("Play");
                 device.step(2000);
                 player.call("Pause");
-                EXPECT_LE(heap::most() - before, limit) << "peak after playback";
+                EXPECT_LE(allocator::peakBytes() - before, limit) << "peak after playback";
             }
-            EXPECT_LE(heap::now(), before + 100000) << "the samples are freed";
+            EXPECT_LE(allocator::bytesInUse(), before + 100000) << "the samples are freed";
         }
     }
 }

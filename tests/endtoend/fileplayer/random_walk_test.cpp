@@ -2,7 +2,7 @@
 // allocates nothing. Each test plays 20 seconds; KVX_LONG_RUN_SECONDS changes the length, KVX_WALK_SEED the
 // random sequence.
 #include "tests/endtoend/fileplayer/file_player.h"
-#include "tests/support/audio_thread_alarm.h"
+#include "tests/support/allocator_hook.h"
 
 #include <atomic>
 #include <cmath>
@@ -32,12 +32,12 @@ public:
     }
     KVXDeviceID id() const { return device_.id(); }
 
-    /// Run I/O cycles with the allocation alarm on. Returns the rendered seconds.
+    /// Run I/O cycles with the allocator hook watching. Returns the rendered seconds.
     double step(std::uint32_t frames)
     {
-        alarm_::forbid(true);
+        allocator::watchThisThread(true);
         const std::uint32_t played = KVXPlatformStep(device_.id(), frames);
-        alarm_::forbid(false);
+        allocator::watchThisThread(false);
         return played / rate_;
     }
     bool hasInvalidSamples() const { return hasInvalidSamples_; }
@@ -127,7 +127,7 @@ public:
 
     void check()
     {
-        EXPECT_EQ(alarm_::allocations(), 0) << "allocations on the audio thread";
+        EXPECT_EQ(count.heapCalls(), 0) << "allocations and frees on the audio thread";
         bool hasSound = false;
         for (const CheckedDevice& device : devices) {
             EXPECT_FALSE(device.hasInvalidSamples());
@@ -139,6 +139,7 @@ public:
     }
 
     CheckedDevice devices[3] = {{44100, 2, 512}, {48000, 4, 300}, {22050, 1, 64}};
+    const allocator::Count count;
 
 private:
     static constexpr double length = 4; // seconds
@@ -203,16 +204,16 @@ TEST(FilePlayerRandomWalk, DuringIoCyclesKeepsOutputFiniteAndAllocatesNothing)
 
 void* volatile kept = nullptr;
 
-TEST(FilePlayerRandomWalk, AlarmCountsForbiddenAllocationsAndFrees)
+TEST(FilePlayerRandomWalk, HookCountsAllocationsAndFreesOfAWatchedThread)
 {
-    const int before = alarm_::allocations();
+    const allocator::Count count;
     kept = std::malloc(16);
-    EXPECT_EQ(alarm_::allocations(), before);
-    alarm_::forbid(true);
+    EXPECT_EQ(count.heapCalls(), 0);
+    allocator::watchThisThread(true);
     std::free(kept);
     kept = std::malloc(16);
-    alarm_::forbid(false);
-    EXPECT_EQ(alarm_::allocations(), before + 2);
+    allocator::watchThisThread(false);
+    EXPECT_EQ(count.heapCalls(), 2);
     std::free(kept);
 }
 

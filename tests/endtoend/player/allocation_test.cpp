@@ -1,6 +1,7 @@
-// The render path of the buffered player allocates nothing in any state, and the allocation alarm works.
-#include "tests/endtoend/allocation_alarm.h"
+// The render path of the buffered player allocates nothing in any state.
 #include "tests/endtoend/loaded_host.h"
+#include "tests/endtoend/player/watched_io_procs.h"
+#include "tests/support/allocator_hook.h"
 
 #include <CoreAudio/CoreAudio.h>
 #include <gtest/gtest.h>
@@ -15,12 +16,13 @@ using namespace endtoend;
 using host::MemoryBlock;
 using host::Object;
 
-struct AllocationAlarm : testing::Test {
-    ~AllocationAlarm() override { allocation::disarm(); }
+struct PlayerAllocation : testing::Test {
+    ~PlayerAllocation() override { watchIoProcs(false); }
+    const allocator::Count count;
 };
 
 /// Render all states of a player: block ends, resampling, underflow, a refused stop, the end.
-void renderAllStates(LoadedHost& loaded, int channels, float rate)
+void renderAllStates(LoadedHost& loaded, int channels, float rate, const allocator::Count& count)
 {
     SteppedDevice device(44100, 2, 64);
     Object player = loaded.host.create(playerClass);
@@ -33,25 +35,25 @@ void renderAllStates(LoadedHost& loaded, int channels, float rate)
     ASSERT_TRUE(player.call("Start").boolean());
     KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the output tap of SteppedDevice allocates
 
-    allocation::arm();
+    watchIoProcs(true);
     KVXPlatformStep(device.id(), 64 * 300); // render past the end of the queue
     EXPECT_TRUE(player.get("HadUnderflow").boolean());
     player.set("NoUnderflow", false);
     KVXPlatformStep(device.id(), 64); // the player stops by itself in this slice
-    allocation::disarm();
+    watchIoProcs(false);
     EXPECT_FALSE(player.get("IsRunning").boolean());
-    EXPECT_GT(allocation::watchedCalls(), 100);
-    EXPECT_EQ(allocation::rings(), 0);
+    EXPECT_GT(watchedIoProcCalls(), 100);
+    EXPECT_EQ(count.allocations(), 0);
 }
 
-TEST_F(AllocationAlarm, IsSilentWhileThePlayerRenders)
+TEST_F(PlayerAllocation, IsAbsentInAllStates)
 {
     LoadedHost loaded;
     for (int channels : {1, 2})
-        for (float rate : {44100.0f, 22050.0f, 48000.0f}) renderAllStates(loaded, channels, rate);
+        for (float rate : {44100.0f, 22050.0f, 48000.0f}) renderAllStates(loaded, channels, rate, count);
 }
 
-TEST_F(AllocationAlarm, IsSilentOnTheRenderThreadOfAPacedDevice)
+TEST_F(PlayerAllocation, IsAbsentOnTheRenderThreadOfAPacedDevice)
 {
     LoadedHost loaded;
     const PacedDevice device;
@@ -59,15 +61,13 @@ TEST_F(AllocationAlarm, IsSilentOnTheRenderThreadOfAPacedDevice)
     player.set("OutputDeviceID", std::int64_t(device.id));
     const auto block = MemoryBlock::copyOf(std::vector<float>(1000, 0.25f));
     for (int i = 0; i < 10; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
-    allocation::arm();
+    watchIoProcs(true);
     ASSERT_TRUE(player.call("Start").boolean());
     while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    allocation::disarm();
-    EXPECT_GT(allocation::watchedCalls(), 100);
-    EXPECT_EQ(allocation::rings(), 0);
+    watchIoProcs(false);
+    EXPECT_GT(watchedIoProcCalls(), 100);
+    EXPECT_EQ(count.allocations(), 0);
 }
-
-// ---- the alarm ----
 
 void* volatile kept = nullptr;
 
@@ -81,23 +81,23 @@ OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBu
     return 0;
 }
 
-TEST_F(AllocationAlarm, CountsAllocationsInAnIoProcedure)
+TEST_F(PlayerAllocation, IsCountedInAnIoProcedure)
 {
     SteppedDevice device(44100, 2, 64);
     KVXPlatformSetOutputTap(device.id(), nullptr, nullptr);
     ASSERT_EQ(AudioDeviceAddIOProc(device.id(), allocatingProcedure, nullptr), 0);
     ASSERT_EQ(AudioDeviceStart(device.id(), allocatingProcedure), 0);
     KVXPlatformStep(device.id(), 64);
-    allocation::arm();
+    watchIoProcs(true);
     kept = std::malloc(16);
     std::free(kept);
-    EXPECT_EQ(allocation::rings(), 0) << "allocation is allowed on other threads";
+    EXPECT_EQ(count.allocations(), 0) << "allocation is allowed on other threads";
     KVXPlatformStep(device.id(), 128);
-    allocation::disarm();
-    EXPECT_EQ(allocation::watchedCalls(), 2);
-    EXPECT_EQ(allocation::rings(), 4);
+    watchIoProcs(false);
+    EXPECT_EQ(watchedIoProcCalls(), 2);
+    EXPECT_EQ(count.allocations(), 4);
     KVXPlatformStep(device.id(), 64);
-    EXPECT_EQ(allocation::rings(), 4) << "disarmed";
+    EXPECT_EQ(count.allocations(), 4) << "no longer watched";
     EXPECT_EQ(AudioDeviceStop(device.id(), allocatingProcedure), 0);
     EXPECT_EQ(AudioDeviceRemoveIOProc(device.id(), allocatingProcedure), 0);
 }
