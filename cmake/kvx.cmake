@@ -112,7 +112,7 @@ function(kvx_test name)
   set(properties TIMEOUT 120 ENVIRONMENT KVX_AUDIO_DEVICE=simulated
                  ENVIRONMENT_MODIFICATION ${KVX_TEST_SANITIZERS})
   if(arg_LOCK)
-    list(APPEND properties RESOURCE_LOCK ${arg_LOCK})
+    list(APPEND properties RESOURCE_LOCK ${arg_LOCK} COST 100) # start the longest sequence of tests first
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
