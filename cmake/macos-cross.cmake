@@ -1,5 +1,5 @@
-# The Mac library, built on Linux: clang compiles against the user's 10.6 SDK, and the user's Mach-O linker links the
-# objects by one command (plugin/CMakeLists.txt), so CMake needs to know nothing about that system.
+# The toolchain for a Mac library on Linux: clang compiles with the user's 10.6 SDK, and a custom command in
+# plugin/CMakeLists.txt links the objects with the user's Mach-O linker.
 set(KVX_MAC ON)
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR i386)

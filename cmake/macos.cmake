@@ -1,8 +1,8 @@
-# The Mac itself: the plug-in folders only, against the system's frameworks. It cannot be tried on Linux.
+# The toolchain on a Mac. It builds only the plug-in folders, with the system's frameworks; Linux cannot run it.
 set(KVX_MAC ON)
 set(CMAKE_OSX_ARCHITECTURES i386)
 set(CMAKE_OSX_DEPLOYMENT_TARGET 10.6)
-# New headers, old library: see docs/mac.md.
+# Compile with the C++ headers of the build machine, but link the C++ library of 10.6 (docs/mac.md).
 set(CMAKE_CXX_FLAGS_INIT "-stdlib=libc++")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-nostdlib++ -lstdc++")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "-nostdlib++ -lstdc++")
