@@ -15,21 +15,6 @@
 
 namespace host {
 
-struct EventFunction {
-    const EventInfo& event;
-    std::vector<ffi_type*>
-        types; ///< libffi types of the object and the arguments; `call` refers to this array
-    ffi_cif call;
-    ffi_closure* closure;
-    void* code; ///< address of the C function
-};
-
-void EventFunctionDeleter::operator()(EventFunction* function) const
-{
-    if (function->closure) ffi_closure_free(function->closure);
-    delete function;
-}
-
 namespace {
 
 Value runHandler(const EventInfo& event, void** arguments)
@@ -78,27 +63,6 @@ void enterHandler(ffi_cif*, void* result, void** arguments, void* user)
     if (type.exists()) writeResult(result, native, type);
 }
 
-AnyFunction newFunction(const EventInfo& event)
-{
-    std::unique_ptr<EventFunction, EventFunctionDeleter> function(new EventFunction{event, {}, {}, {}, {}});
-    function->types.push_back(&ffi_type_pointer);
-    for (const auto& parameter : event.declaration.parameters)
-        function->types.push_back(ffiType(parameter.type));
-    function->closure = static_cast<ffi_closure*>(ffi_closure_alloc(sizeof(ffi_closure), &function->code));
-    const bool isReady =
-        function->closure &&
-        ffi_prep_cif(&function->call, FFI_DEFAULT_ABI, static_cast<unsigned>(function->types.size()),
-                     ffiType(event.declaration.result), function->types.data()) == FFI_OK &&
-        ffi_prep_closure_loc(function->closure, &function->call, enterHandler, function.get(),
-                             function->code) == FFI_OK;
-    if (!isReady)
-        throw ProgramError(fmt::format("event {} of {}: libffi cannot make a function of its types",
-                                       event.declaration.name, event.owner->name));
-    auto& functions = current<EventFunctions>().functions;
-    functions.push_back(std::move(function));
-    return reinterpret_cast<AnyFunction>(functions.back()->code);
-}
-
 const EventInfo* eventOf(Word systemUse)
 {
     for (const auto& info : current<ClassTable>().classes) {
@@ -110,6 +74,21 @@ const EventInfo* eventOf(Word systemUse)
 }
 
 } // namespace
+
+EventFunction::EventFunction(const EventInfo& info) : event(info)
+{
+    types.push_back(&ffi_type_pointer);
+    for (const auto& parameter : event.declaration.parameters) types.push_back(ffiType(parameter.type));
+    closure = static_cast<ffi_closure*>(ffi_closure_alloc(sizeof(ffi_closure), &code));
+    const bool isReady = closure &&
+                         ffi_prep_cif(&call, FFI_DEFAULT_ABI, static_cast<unsigned>(types.size()),
+                                      ffiType(event.declaration.result), types.data()) == FFI_OK &&
+                         ffi_prep_closure_loc(closure, &call, enterHandler, this, code) == FFI_OK;
+    if (isReady) return;
+    if (closure) ffi_closure_free(closure);
+    throw ProgramError(fmt::format("event {} of {}: libffi cannot make a function of its types",
+                                   event.declaration.name, event.owner->name));
+}
 
 AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* service)
 {
@@ -125,10 +104,11 @@ AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* 
         return nullptr;
     }
     if (!handlerOf(object, *event)) return nullptr;
-    for (const auto& function : current<EventFunctions>().functions) {
-        if (&function->event == event) return reinterpret_cast<AnyFunction>(function->code);
-    }
-    return newFunction(*event);
+    auto& functions = current<EventFunctions>().functions;
+    const auto isOfEvent = [&](const EventFunction& function) { return &function.event == event; };
+    const auto made = std::find_if(functions.begin(), functions.end(), isOfEvent);
+    const auto& function = made != functions.end() ? *made : functions.emplace_back(*event);
+    return reinterpret_cast<AnyFunction>(function.code);
 }
 
 } // namespace host

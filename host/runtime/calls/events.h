@@ -5,21 +5,31 @@
 #include "abi/host_values.h"
 #include "host/runtime/classes/class_info.h"
 
-#include <memory>
+#include <ffi.h>
+
+#include <list>
 #include <vector>
 
 namespace host {
 
 /// The C function of one event. It calls the handler of the object in its first argument.
-struct EventFunction;
+struct EventFunction {
+    explicit EventFunction(const EventInfo& info);
+    ~EventFunction() { ffi_closure_free(closure); }
+    EventFunction(const EventFunction&) = delete;
+    EventFunction& operator=(const EventFunction&) = delete;
 
-struct EventFunctionDeleter {
-    void operator()(EventFunction* function) const;
+    const EventInfo& event;
+    std::vector<ffi_type*>
+        types; ///< libffi types of the object and the arguments; `call` refers to this array
+    ffi_cif call;
+    ffi_closure* closure = nullptr;
+    void* code = nullptr; ///< address of the C function
 };
 
 /// The C functions of the current host's events, made as the plug-in asks for them.
 struct EventFunctions {
-    std::vector<std::unique_ptr<EventFunction, EventFunctionDeleter>> functions;
+    std::list<EventFunction> functions;
 };
 
 /// The C function of the event with the key `systemUse`; null if the object has no handler for the event. An

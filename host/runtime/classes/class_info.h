@@ -33,7 +33,6 @@ struct PropertyInfo {
     HostInteger parameter = 0;
     std::string editor;
     bool isReadOnly = false; ///< whether the registration has no setter
-    bool isShared = false;
 };
 
 struct MethodInfo {
@@ -42,7 +41,6 @@ struct MethodInfo {
     Word flags = 0;
     AnyFunction function = nullptr;
     AnyFunction setter = nullptr; ///< setter (object, index, value) of an indexed property; null for a method
-    bool isShared = false;
 };
 
 struct EventInfo {

@@ -50,8 +50,8 @@ public:
         readProperties(definition_.properties, definition_.propertyCount, info_.properties, false);
         readProperties(definition_.sharedProperties, definition_.sharedPropertyCount, info_.sharedProperties,
                        true);
-        readMethods(definition_.methods, definition_.methodCount, info_.methods, false);
-        readMethods(definition_.sharedMethods, definition_.sharedMethodCount, info_.sharedMethods, true);
+        readMethods(definition_.methods, definition_.methodCount, info_.methods);
+        readMethods(definition_.sharedMethods, definition_.sharedMethodCount, info_.sharedMethods);
         readEvents();
         readConstants();
     }
@@ -80,10 +80,9 @@ private:
             property.parameter = row.parameter;
             property.editor = textOrEmpty(row.editor);
             property.isReadOnly = !row.setter;
-            property.isShared = isShared;
             if (isSentinel(row.getter, REALstandardGetter)) property.getterAccess = Access::field;
             if (isSentinel(row.setter, REALstandardSetter)) property.setterAccess = Access::field;
-            const auto fault = faultOf(property);
+            const auto fault = faultOf(property, isShared);
             if (fault.empty())
                 list.push_back(std::move(property));
             else
@@ -92,14 +91,14 @@ private:
     }
 
     /// The reason why the host cannot use the property; empty if the host can.
-    std::string faultOf(const PropertyInfo& property) const
+    std::string faultOf(const PropertyInfo& property, bool isShared) const
     {
         if (property.name.empty()) return "it has no name";
         if (!property.type.exists()) return "it has no type";
         if (!property.getter && !property.setter) return "it has neither getter nor setter";
         const bool isField = property.getterAccess == Access::field || property.setterAccess == Access::field;
         if (!isField) return {};
-        if (property.isShared) return "a shared property has no class data";
+        if (isShared) return "a shared property has no class data";
         const auto size = static_cast<HostInteger>(sizeInMemory(property.type));
         const auto limit = static_cast<HostInteger>(info_.dataSize) - size;
         if (property.parameter < 0 || property.parameter > limit)
@@ -108,7 +107,7 @@ private:
         return {};
     }
 
-    void readMethods(void* rows, Word count, std::vector<MethodInfo>& list, bool isShared)
+    void readMethods(void* rows, Word count, std::vector<MethodInfo>& list)
     {
         const Rows<REALmethod9, REALmethod> all(rows, count, layout_);
         list.reserve(all.count);
@@ -119,7 +118,6 @@ private:
             method.function = row.function;
             method.setter = row.setter;
             method.flags = row.flags;
-            method.isShared = isShared;
             try {
                 method.declaration = parseDeclaration(method.text);
                 if (row.function)

@@ -490,15 +490,6 @@ TEST(Services, FolderItemsBecomeReferencesOfThePlatform)
     EXPECT_EQ(std::u16string(name.unicode, name.unicode + name.length), u"caf\u00E9.wav");
     EXPECT_EQ(name.unicode[254], 0) << "zeros after the name";
 
-    const auto missing = FolderItem::at(folder / "new.wav");
-    EXPECT_FALSE(refer(missing.get(), &reference, nullptr));
-    EXPECT_TRUE(refer(missing.get(), &reference, &name)) << "the parent folder exists";
-    const auto longest = FolderItem::at(folder / std::string(255, 'x'));
-    EXPECT_TRUE(refer(longest.get(), &reference, &name));
-    EXPECT_EQ(name.length, 255);
-    EXPECT_FALSE(refer(FolderItem::at(folder / std::string(256, 'x')).get(), &reference, &name));
-    EXPECT_FALSE(refer(FolderItem::at(folder / "other/x").get(), &reference, &name));
-    EXPECT_FALSE(refer(FolderItem::at("/").get(), &reference, &name)) << "the root folder has no name";
     EXPECT_FALSE(refer(nullptr, &reference, nullptr));
     EXPECT_EQ(misuses(), "");
     EXPECT_FALSE(refer(item.get(), nullptr, nullptr));

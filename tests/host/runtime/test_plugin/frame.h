@@ -1,10 +1,12 @@
 // Access of the test plug-in to its host: services by name, text, exceptions.
 #pragma once
 
+#include "abi/accessor_sentinels.h"
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
 #include "abi/host_values.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -25,6 +27,15 @@ template <class Function>
 AnyFunction any(Function* function)
 {
     return reinterpret_cast<AnyFunction>(function);
+}
+
+/// A property that is a field of the class data.
+inline REALproperty field(const char* name, const char* type, std::size_t offset, bool isReadOnly = false)
+{
+    const auto setter = isReadOnly ? nullptr : reinterpret_cast<AnyFunction>(REALstandardSetter);
+    const auto getter = reinterpret_cast<AnyFunction>(REALstandardGetter);
+    return {"Fields", name,    type, 6, getter, setter, static_cast<HostInteger>(offset),
+            nullptr,  nullptr, 0,    {}};
 }
 
 inline REALstringStruct* newText(const std::string& text)

@@ -3,8 +3,6 @@
 // point.
 #include "tests/host/runtime/test_plugin/probe.h"
 
-#include "abi/accessor_sentinels.h"
-
 #include <cstdlib>
 #include <cstring>
 
@@ -66,19 +64,7 @@ void constructChild(REALobjectStruct* object)
 void destroyChild(REALobjectStruct*) { lifeLog += "-Child "; }
 HostInteger echoNegative(REALobjectStruct*, HostInteger value) { return -value; }
 
-REALproperty childProperties[] = {
-    {"",
-     "Own",
-     "Integer",
-     0,
-     reinterpret_cast<AnyFunction>(REALstandardGetter),
-     reinterpret_cast<AnyFunction>(REALstandardSetter),
-     offsetof(ChildData, own),
-     nullptr,
-     nullptr,
-     0,
-     {}},
-};
+REALproperty childProperties[] = {field("Own", "Integer", offsetof(ChildData, own))};
 REALmethod childMethods[] = {
     {any(echoNegative), nullptr, "EchoNegative(v as integer) as integer", 0, {}},
 };
@@ -104,30 +90,7 @@ void unmake(REALobjectStruct* object)
     lifeLog += "-Made ";
 }
 
-REALproperty madeProperties[] = {
-    {"",
-     "A",
-     "UInt32",
-     0,
-     reinterpret_cast<AnyFunction>(REALstandardGetter),
-     nullptr,
-     0,
-     nullptr,
-     nullptr,
-     0,
-     {}},
-    {"",
-     "B",
-     "UInt32",
-     0,
-     reinterpret_cast<AnyFunction>(REALstandardGetter),
-     nullptr,
-     4,
-     nullptr,
-     nullptr,
-     0,
-     {}},
-};
+REALproperty madeProperties[] = {field("A", "UInt32", 0, true), field("B", "UInt32", 4, true)};
 REALmethod madeMethods[] = {
     {any(makeFromNumbers), nullptr, "Constructor(a as UInt32, b as UInt32 = 7)", 4, {}},
     {any(makeFromText), nullptr, "Constructor(text as string)", 4, {}},

@@ -1,8 +1,6 @@
 // Properties of the class Probe: fields of every type, properties with functions, and shared properties.
 #include "tests/host/runtime/test_plugin/probe.h"
 
-#include "abi/accessor_sentinels.h"
-
 #include <cstdio>
 
 namespace probing {
@@ -45,39 +43,30 @@ HostInteger sharedTotal = 0;
 HostInteger getTotal(HostInteger parameter) { return sharedTotal + parameter; }
 void setTotal(HostInteger, HostInteger value) { sharedTotal = value; }
 
-#define FIELD(name, type, member)                                                                            \
-    {                                                                                                        \
-        "Fields", name, type, 6, reinterpret_cast<AnyFunction>(REALstandardGetter),                          \
-            reinterpret_cast<AnyFunction>(REALstandardSetter), offsetof(ProbeData, member), nullptr,         \
-            nullptr, 0,                                                                                      \
-        {                                                                                                    \
-        }                                                                                                    \
-    }
-
 // clang-format off
 REALproperty probeProperties[] = {
-    FIELD("FieldBoolean",  "Boolean",     boolean),
-    FIELD("FieldInt8",     "Int8",        int8),
-    FIELD("FieldInt16",    "Int16",       int16),
-    FIELD("FieldInt32",    "Int32",       int32),
-    FIELD("FieldInt64",    "Int64",       int64),
-    FIELD("FieldUInt8",    "UInt8",       uint8),
-    FIELD("FieldUInt16",   "UInt16",      uint16),
-    FIELD("FieldUInt32",   "UInt32",      uint32),
-    FIELD("FieldUInt64",   "UInt64",      uint64),
-    FIELD("FieldInteger",  "Integer",     integer),
-    FIELD("FieldSingle",   "Single",      single),
-    FIELD("FieldDouble",   "Double",      number),
-    FIELD("FieldCrooked",  "Double",      crooked),
-    FIELD("FieldPtr",      "Ptr",         pointer),
-    FIELD("FieldString",   "String",      text),
-    FIELD("FieldObject",   "Object",      object),
-    FIELD("FieldVariant",  "Variant",     variant),
-    FIELD("FieldBlock",    "MemoryBlock", block),
-    FIELD("FieldFolder",   "FolderItem",  folder),
-    FIELD("FieldNumbers",  "Double()",    numbers),
-    {"Fields", "OnlyInteger", "Integer", 6, reinterpret_cast<AnyFunction>(REALstandardGetter), nullptr, offsetof(ProbeData, integer), nullptr, nullptr, 0, {}},
-    {"Fields", "OnlyString",  "String",  6, reinterpret_cast<AnyFunction>(REALstandardGetter), nullptr, offsetof(ProbeData, text), nullptr, nullptr, 0, {}},
+    field("FieldBoolean",  "Boolean",     offsetof(ProbeData, boolean)),
+    field("FieldInt8",     "Int8",        offsetof(ProbeData, int8)),
+    field("FieldInt16",    "Int16",       offsetof(ProbeData, int16)),
+    field("FieldInt32",    "Int32",       offsetof(ProbeData, int32)),
+    field("FieldInt64",    "Int64",       offsetof(ProbeData, int64)),
+    field("FieldUInt8",    "UInt8",       offsetof(ProbeData, uint8)),
+    field("FieldUInt16",   "UInt16",      offsetof(ProbeData, uint16)),
+    field("FieldUInt32",   "UInt32",      offsetof(ProbeData, uint32)),
+    field("FieldUInt64",   "UInt64",      offsetof(ProbeData, uint64)),
+    field("FieldInteger",  "Integer",     offsetof(ProbeData, integer)),
+    field("FieldSingle",   "Single",      offsetof(ProbeData, single)),
+    field("FieldDouble",   "Double",      offsetof(ProbeData, number)),
+    field("FieldCrooked",  "Double",      offsetof(ProbeData, crooked)),
+    field("FieldPtr",      "Ptr",         offsetof(ProbeData, pointer)),
+    field("FieldString",   "String",      offsetof(ProbeData, text)),
+    field("FieldObject",   "Object",      offsetof(ProbeData, object)),
+    field("FieldVariant",  "Variant",     offsetof(ProbeData, variant)),
+    field("FieldBlock",    "MemoryBlock", offsetof(ProbeData, block)),
+    field("FieldFolder",   "FolderItem",  offsetof(ProbeData, folder)),
+    field("FieldNumbers",  "Double()",    offsetof(ProbeData, numbers)),
+    field("OnlyInteger",   "Integer",     offsetof(ProbeData, integer), true),
+    field("OnlyString",    "String",      offsetof(ProbeData, text), true),
     {"Fields", "MixedAccess", "Integer", 6, reinterpret_cast<AnyFunction>(REALstandardGetter), any(setFirstOnly), offsetof(ProbeData, computed), nullptr, nullptr, 0, {}},
     {"Functions", "First",     "Integer",    0, any(getComputed),  any(setComputed), 0, "Editor", nullptr, 0, {}},
     {"Functions", "Second",    "Integer",    0, any(getComputed),  any(setComputed), 1, nullptr, nullptr, 0, {}},
