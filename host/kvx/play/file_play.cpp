@@ -74,21 +74,10 @@ struct Track {
     EndDetector end;
 };
 
-PlayStatus statusOf(const FilePlayer& player, const std::string& note)
+PlayStatus statusOf(const FilePlayer& p, const std::string& note)
 {
-    PlayStatus status;
-    status.position = player.position();
-    status.duration = player.duration();
-    status.level = player.level();
-    status.isPaused = !player.isPlaying();
-    status.rate = player.rate();
-    status.pitch = player.pitch();
-    status.volume = player.volume();
-    status.loopIn = player.loopIn();
-    status.loopOut = player.loopOut();
-    status.isLooping = player.isLooping();
-    status.note = note;
-    return status;
+    return {p.position(), p.duration(), p.level(),   !p.isPlaying(), p.rate(), p.pitch(),
+            p.volume(),   p.loopIn(),   p.loopOut(), p.isLooping(),  note};
 }
 
 /// Plays files in order. The next file is loaded while the current file plays, and starts as soon as the

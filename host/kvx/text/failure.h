@@ -22,7 +22,7 @@ public:
     }
 };
 
-/// An argument that turns out to be wrong only after the library is loaded. The command exits with code 2.
+/// An argument that does not fit its option, another argument or the library. The command exits with code 2.
 class WrongUsage : public Failure {
 public:
     using Failure::Failure;
