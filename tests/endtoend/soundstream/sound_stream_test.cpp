@@ -4,6 +4,7 @@
 #include "host/kvx/play/classic_play.h"
 #include "host/soundclient/sound_output.h"
 #include "tests/endtoend/loaded_host.h"
+#include "tests/support/live_objects.h"
 
 #include <Carbon/Carbon.h>
 
@@ -11,7 +12,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -70,16 +70,10 @@ struct Buffer {
     Buffer(const Buffer&) = delete;
 };
 
-std::uint32_t liveConverters()
-{
-    for (const KVXLiveCount& each : livePlatformObjects())
-        if (each.kind == std::string_view("AudioConverter")) return each.count;
-    return 0;
-}
-
 /// The library with its registered component, a client that has opened it, and a stepped device.
 struct ClassicClient : testing::Test {
-    const std::uint32_t convertersBefore = liveConverters(); // converters of earlier tests in this process
+    const std::uint32_t convertersBefore =
+        support::liveObjects("AudioConverter"); // converters of earlier tests in this process
     SteppedDevice device;
     kvx::Library library{options()};
     std::unique_ptr<kvx::SoundBridge> bridge;
