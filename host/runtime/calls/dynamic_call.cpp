@@ -17,10 +17,10 @@ namespace host {
 
 namespace {
 
-/// The argument of one parameter during a call.
+/// The argument for one parameter, while a call runs.
 struct PassedArgument {
-    Converted converted;     ///< the value, or the contents of a variable
-    void* address = nullptr; ///< address of the contents, which the function receives for a variable
+    Converted converted;     ///< native form of the value, or of the contents of the variable
+    void* address = nullptr; ///< address of the native form; a ByRef parameter receives this address
     Value* variable = nullptr;
 };
 

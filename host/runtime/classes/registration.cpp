@@ -17,8 +17,8 @@ constexpr Word largestClassData = 1u << 20; ///< limit in bytes; a larger size s
 
 std::string textOrEmpty(const char* text) { return text ? text : ""; }
 
-/// The rows of an array in a definition. The layout decides the stride; the fields of layout 9 come first in
-/// every layout.
+/// The rows of one array in a class definition. The class layout decides the size of a row; a row starts with
+/// the fields of layout 9 in every layout.
 template <class Row9, class Row>
 struct Rows {
     void* first;

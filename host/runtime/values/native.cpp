@@ -36,7 +36,7 @@ int costOfNumber(const Value& value, const Type& type)
     return type.base == Base::integer || type.base == Base::int64 ? cost::exact : cost::converted;
 }
 
-/// Whether a value of that kind may stand for a reference of the type.
+/// Whether a reference of the type may refer to a value of that kind.
 bool isOfType(Kind kind, const Type& type)
 {
     if (type.isArray) return kind == Kind::array;

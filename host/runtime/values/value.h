@@ -60,7 +60,7 @@ public:
     bool isReference(Kind kind) const;
 
     bool boolean() const;
-    std::int64_t integer() const; ///< 2^63 and more wrap around; NaN and infinities give INT64_MIN.
+    std::int64_t integer() const; ///< Numbers of 2^63 and more wrap around; NaN gives INT64_MIN.
     std::uint64_t unsigned64() const;
     float single() const;
     double number() const;
