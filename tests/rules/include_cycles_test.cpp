@@ -12,7 +12,7 @@ std::vector<rules::Include> includesOfTheTree()
 {
     std::vector<rules::Include> all;
     for (const std::string& file : rules::files()) {
-        if (!rules::isSource(file) || file.rfind("host/", 0) == 0 || file.rfind("tests/", 0) == 0) continue;
+        if (!rules::isSource(file) || file.rfind("tests/", 0) == 0) continue;
         const std::vector<rules::Include> found = rules::includesOf(file, rules::read(file));
         all.insert(all.end(), found.begin(), found.end());
     }
