@@ -84,8 +84,8 @@ TEST_F(Events, AllowHandlersToCallDetachAndDestroy)
         probe = Object(); // drops one of the program's references
         return Value();
     });
-    const auto held = probe;
-    EXPECT_TRUE(held.call("Fire").boolean());
+    const auto kept = probe;
+    EXPECT_TRUE(kept.call("Fire").boolean());
     EXPECT_FALSE(probe);
 }
 

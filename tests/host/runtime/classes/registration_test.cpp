@@ -284,11 +284,11 @@ TEST(Registration, LeavesFaultyMembersOut)
     REALproperty properties[] = {
         {"", nullptr, "Integer", 0, address(), nullptr, 0, nullptr, nullptr, 0, {}},
         {"", "NoType", "", 0, address(), nullptr, 0, nullptr, nullptr, 0, {}},
-        {"", "NoWay", "Integer", 0, nullptr, nullptr, 0, nullptr, nullptr, 0, {}},
+        {"", "NoAccess", "Integer", 0, nullptr, nullptr, 0, nullptr, nullptr, 0, {}},
         {"", "LastByte", "Boolean", 0, fieldGetter(), nullptr, 15, nullptr, nullptr, 0, {}},
-        {"", "Behind", "Boolean", 0, fieldGetter(), nullptr, 16, nullptr, nullptr, 0, {}},
+        {"", "PastTheEnd", "Boolean", 0, fieldGetter(), nullptr, 16, nullptr, nullptr, 0, {}},
         {"", "Straddling", "Double", 0, fieldGetter(), nullptr, 12, nullptr, nullptr, 0, {}},
-        {"", "InFront", "Boolean", 0, fieldGetter(), nullptr, -1, nullptr, nullptr, 0, {}},
+        {"", "BeforeTheStart", "Boolean", 0, fieldGetter(), nullptr, -1, nullptr, nullptr, 0, {}},
     };
     REALproperty sharedProperties[] = {
         {"", "SharedField", "Integer", 0, fieldGetter(), nullptr, 0, nullptr, nullptr, 0, {}},

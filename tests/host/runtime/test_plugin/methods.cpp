@@ -152,7 +152,7 @@ REALstringStruct* fail(REALobjectStruct*, REALstringStruct* className, REALstrin
                        HostInteger number)
 {
     raise(textOf(className).c_str(), textOf(message), number);
-    return newText("a result that nobody sees");
+    return newText("a dropped result");
 }
 void leakString(REALobjectStruct*) { newText("lost"); }
 void unlockTwice(REALobjectStruct*, REALmemoryBlockStruct* block)
