@@ -1,5 +1,6 @@
 // The host: its options, its classes, and the library that it loads. One host exists at a time; a test may
-// make another host after the destruction of the first one. All functions: [main].
+// make another host after the destruction of the first one.
+// All functions: [main].
 #pragma once
 
 #include "abi/entry_point.h"
@@ -53,8 +54,7 @@ public:
     /// Find a class without regard to case; null if there is none.
     const ClassInfo* findClass(std::string_view name) const { return host::findClass(name); }
 
-    /// Make an object: zeroed class data, constructors superclass first, then the method "Constructor" that
-    /// fits the arguments. Throws ProgramError or HostException; a partly constructed object is destroyed.
+    /// Make an object of a class as createObject() does. Throws ProgramError for an unknown class, too.
     template <class... Arguments>
     Object create(std::string_view className, Arguments&&... arguments)
     {
@@ -95,7 +95,7 @@ public:
     const std::vector<std::string>& misuses() const;
     void clearMisuses();
 
-    LeakReport leaks() const; ///< The values that live now.
+    LeakReport leaks() const; ///< Count the live values by kind and class.
 
     /// Take the exception that was raised outside any call, as in a test that calls plug-in functions
     /// directly. Null without an exception.

@@ -27,7 +27,8 @@ struct LeakReport {
     std::string text() const;
 };
 
-/// Count the live values of the current host. [main]
+/// Count the live values of the current host.
+/// [main]
 LeakReport leakReport();
 
 } // namespace host

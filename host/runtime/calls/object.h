@@ -73,10 +73,12 @@ public:
 /// "Constructor" that fits the arguments. Throws as Object; a partly constructed object is destroyed.
 Object createObject(const ClassInfo& info, const std::vector<Argument>& arguments);
 
-/// The class of a live object. [main]
+/// The class of a live object.
+/// [main]
 const ClassInfo& classOf(const void* object);
 
-/// The object's handler of an event; null without one. [main]
+/// The object's handler of an event; null without one.
+/// [main]
 const EventHandler* handlerOf(REALobjectStruct* object, const EventInfo& event);
 
 } // namespace host

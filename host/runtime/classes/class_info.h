@@ -96,7 +96,8 @@ struct ClassTable {
     std::vector<std::unique_ptr<ClassInfo>> classes;
 };
 
-/// Find a class of the current host, without regard to case; null if there is none. [main]
+/// Find a class of the current host, without regard to case; null if there is none.
+/// [main]
 const ClassInfo* findClass(std::string_view name);
 
 /// Find a class of the current host. Throws ProgramError with the names of all classes if there is none.

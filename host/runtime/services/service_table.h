@@ -17,7 +17,7 @@ namespace host {
 struct Service {
     const char* name;
     void* function;     ///< C function that the resolver returns
-    std::size_t* calls; ///< number of calls since resetServiceCalls
+    std::size_t* calls; ///< number of calls since the last resetServiceCalls()
     double first;       ///< first version with the service; 0 for all versions
     double last;        ///< first version without the service; infinity if all later versions have it
 };
@@ -30,18 +30,21 @@ struct ServiceTable {
 };
 
 /// All services, in the order in which a plug-in looks them up. The functions run on the main thread only; a
-/// call on another thread is refused, and noted as a misuse. No function throws. [any]
+/// call on another thread is refused, and noted as a misuse. No function throws.
+/// [any]
 ServiceTable serviceTable();
 
-/// The service of that name in a host of that version; null if the version does not have the service. [any]
+/// The service of that name in a host of that version; null if the version does not have the service.
+/// [any]
 const Service* findService(std::string_view name, double version);
 
 /// The resolver that the plug-in gets: the C function of a service of the current host. Null for an unknown
-/// or withheld name, and without a host. [main]
+/// or withheld name, and without a host.
+/// [main]
 void* resolveService(const char* name);
 
-/// The number of calls to a service since resetServiceCalls. Throws ProgramError if no host version has a
-/// service of that name. [main]
+/// The number of calls to a service since the last resetServiceCalls(). Throws ProgramError if no host
+/// version has a service of that name. [main]
 std::size_t serviceCalls(const std::string& name);
 void resetServiceCalls();
 

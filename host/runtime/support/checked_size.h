@@ -6,7 +6,8 @@
 
 namespace host {
 
-/// The product of all factors. Throws std::bad_alloc if the product does not fit std::size_t. [any]
+/// The product of all factors. Throws std::bad_alloc if the product does not fit std::size_t.
+/// [any]
 template <class... Factors>
 std::size_t checkedSize(Factors... factors)
 {

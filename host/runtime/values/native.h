@@ -41,7 +41,8 @@ Converted toNative(const Value& value, const Type& type, const std::string& what
 /// Throws  ProgramError if `memory` has an address where no live value of the type is.
 Value fromNative(const void* memory, const Type& type, bool isOwned);
 
-/// Copy a native value to `memory`, in the size of the type. [any]
+/// Copy a native value to `memory`, in the size of the type.
+/// [any]
 void storeNative(void* memory, const Native& native, const Type& type);
 
 } // namespace host

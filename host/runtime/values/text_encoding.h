@@ -1,7 +1,8 @@
 // Conversion of text between encodings, as bytes. Invalid bytes or units become U+FFFD, one each; characters
 // that the target encoding lacks become '?'. For an encoding of single bytes, a letter and its accents are
 // composed first. UTF-16 and UTF-32 have the machine's byte order; a byte order mark is an ordinary
-// character. All functions: [any].
+// character.
+// All functions: [any].
 #pragma once
 
 #include <cstdint>

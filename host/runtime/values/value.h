@@ -107,7 +107,8 @@ bool sameValue(const Value& left, const Value& right);
 /// Make a variant that contains the value, which may be nil. Throws std::bad_alloc.
 Ref<REALobjectStruct> newVariant(const Value& value);
 
-/// Truncate a number toward zero to 64 bits; NaN and numbers out of range give INT64_MIN. [any]
+/// Truncate a number toward zero to 64 bits; NaN and numbers out of range give INT64_MIN.
+/// [any]
 std::int64_t truncatedToInt64(double number);
 
 /// A variable that a call may change.
