@@ -75,7 +75,8 @@ void BufferedPlayer::feed()
         if (gain_ != 1.0f)
             std::transform(samples, samples + count, samples, [this](float s) { return s * gain_; });
         if (!player_.call("AddFloatAudio", block_, 0, std::int64_t(count * sizeof(float))).boolean())
-            throw Failure("the player refused a block of sound; there may be too little memory");
+            throw Failure(
+                "the player refused a block of sound: there may be too little memory; close other programs");
     }
 }
 

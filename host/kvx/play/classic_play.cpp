@@ -29,15 +29,15 @@ try {
     throw Failure("the sound component is registered, and cannot be opened: the library gives it an entry "
                   "point in built programs only; leave out --development");
 } catch (const soundclient::Refusal& refusal) {
-    throw Failure(fmt::format("the sound component cannot be opened: {}; see that the library is whole",
+    throw Failure(fmt::format("the sound component cannot be opened: {}; install the library again",
                               printStatus(refusal.status())));
 }
 
 void checkForm(const PlaylistFile& file, const soundclient::OutputForm& form)
 {
     if (form.channels != 2 || form.bits != 16)
-        throw Failure(fmt::format("the sound component plays {} channels of {} bits, not 2 of 16; see that "
-                                  "the library is whole",
+        throw Failure(fmt::format("the sound component plays {} channels of {} bits, not 2 of 16; "
+                                  "install the library again",
                                   form.channels, form.bits));
     if (file.format.sampleRate != form.rate)
         throw Failure(fmt::format("{0} has a rate of {1} Hz, and the sound component plays {2}; convert it "
@@ -119,7 +119,8 @@ SoundBridge::SoundBridge(host::Host& host)
     object_.call("InitComponent");
     object_.call("OpenComponent");
     if (!object_.get("IsOpen").boolean())
-        throw Failure("the library registers no sound component; see that there is memory left");
+        throw Failure("the library registers no sound component: there may be too little memory; close other "
+                      "programs");
     try {
         attachUnit();
     } catch (...) {
@@ -147,8 +148,7 @@ void SoundBridge::check(const char* what, const host::Value& status) const
 void SoundBridge::attachUnit()
 {
     unit_ = object_.call("OpenDefaultAudioUnitOutputComponent").integer();
-    if (unit_ == 0)
-        throw Failure("no output unit opens; see that the library and its platform belong together");
+    if (unit_ == 0) throw Failure("no output unit opens; install the library and its platform again");
     check("attaching the output unit", object_.call("AttachToAudioUnitComponent", unit_));
     check("preparing the output unit", object_.call("AudioUnitInitialize", unit_));
 }
@@ -189,7 +189,7 @@ try {
     if (reader.isDamaged()) session.progress().warn(printDamage(file.path));
     if (buffers.hadGap()) printGap();
 } catch (const soundclient::Refusal& refusal) {
-    throw Failure(fmt::format("{}; see that the library is whole", refusal.what()));
+    throw Failure(fmt::format("{}; install the library again", refusal.what()));
 }
 
 } // namespace kvx

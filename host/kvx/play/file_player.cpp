@@ -60,7 +60,7 @@ Status FilePlayer::lastError() const { return Status(object_.get("Lasterror").in
 void FilePlayer::check(const char* what) const
 {
     if (const Status status = lastError(); status != 0)
-        throw Failure(fmt::format("{} is refused: {}", what, printStatus(status)));
+        throw Failure(fmt::format("{} is refused: {}; give another one", what, printStatus(status)));
 }
 
 void FilePlayer::write(const char* property, const host::Value& value, const char* what)

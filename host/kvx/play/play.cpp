@@ -23,7 +23,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr Advice infoAdvice = {"see that the file is whole, and that there is enough free memory", nullptr};
+constexpr Advice infoAdvice = {"check that the file is complete and that there is enough free memory",
+                               nullptr};
 
 void checkOptions(const PlayerOptions& options, const Playlist& playlist, const KVXDeviceInfo& device)
 {

@@ -64,8 +64,9 @@ void checkCombination(const PlayerOptions& options)
                          "them");
     if (!options.start || !options.loop) return;
     if (*options.start < options.loop->in || *options.start >= options.loop->out)
-        throw WrongUsage(fmt::format("--start: {} is not in the loop, which goes from {} to {}",
-                                     *options.start, options.loop->in, options.loop->out));
+        throw WrongUsage(fmt::format(
+            "--start {}: this is not in the loop, which goes from {} to {}; give a time in the loop",
+            *options.start, options.loop->in, options.loop->out));
 }
 
 void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, int channels,

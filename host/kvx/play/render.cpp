@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint32_t stepFrames = 8192; // number of device frames between two checks for an interrupt
 
-constexpr Advice advice = {"see that the file is whole, and that there is enough free memory",
+constexpr Advice advice = {"check that the file is complete and that there is enough free memory",
                            "give a rate nearer to the file's with --device-rate, or choose another file"};
 
 /// A simulated stepped device, which exists as long as the object.
@@ -114,7 +114,7 @@ void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t f
     while (frames > 0) {
         const std::uint32_t step = slices.take(frames);
         if (KVXPlatformStep(device.device, step) != step)
-            throw Failure("the device stopped before the end; see that the library is whole");
+            throw Failure("the device stopped before the end; install the library again");
         frames -= step;
     }
 }
@@ -148,7 +148,8 @@ bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t fra
 void checkRenderError(const FilePlayer& player, const std::string& path)
 {
     if (const Status status = player.renderError(); status != 0)
-        throw Failure(fmt::format("{}: a part could not be rendered: {}", path, printStatus(status)));
+        throw Failure(fmt::format("{}: a part could not be rendered: {}; choose another file", path,
+                                  printStatus(status)));
 }
 
 /// Render the file. Returns false if the user interrupts; no file is written then.
