@@ -80,7 +80,7 @@ TEST_F(MalformedFiles, WithoutSoundAreRefusedByEveryCommand)
         EXPECT_EQ(result.err,
                   "kvx: " + command.front() +
                       ": a.wav cannot be decoded (it is no sound file); kvx plays WAV, AIFF, CAF, FLAC, Ogg "
-                      "Vorbis, Opus, MP3 and whatever else libsndfile reads\n");
+                      "Vorbis, Opus, MP3 and the other formats that libsndfile reads\n");
     }
 }
 
