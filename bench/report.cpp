@@ -90,7 +90,7 @@ void printSummary(const Figures& figures)
             if (!outcome.hasGoal) continue;
             fmt::print("{:<8} {:<24} {:<42} {:<26} {:>8.2f}   goal {:g}\n", outcome.isMet ? "met" : "MISSED",
                        subject.title, what, row.peerName ? row.peerName : "", outcome.ratio,
-                       row.goal == Goal::below || row.goal == Goal::bytesUpTo ? 1 : row.limit);
+                       row.kind == Ratio::time || row.kind == Ratio::bytes ? 1 : row.goal);
         }
     }
 }

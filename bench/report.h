@@ -20,15 +20,12 @@ struct Figures {
     double bytesOf(const std::string& name) const;
 };
 
-enum class Goal {
-    fasterBy,  ///< the peer's time divided by our time is at least the limit
-    withinOf,  ///< our time divided by the peer's time is at most the limit
-    below,     ///< our time is less than the limit in nanoseconds
-    bytesUpTo, ///< our number of bytes is at most the limit
-    none,      ///< no goal; the report shows the peer's time divided by our time
-    share,     ///< no goal; the report shows our time divided by the peer's time
-    time,      ///< no goal; the report shows our time
-    bytes,     ///< no goal; the report shows our number of bytes
+/// The ratio that a row shows and its goal limits.
+enum class Ratio {
+    speed,    ///< the peer's time divided by our time; the goal is a minimum
+    duration, ///< our time divided by the peer's time; the goal is a maximum
+    time,     ///< our time divided by the goal in nanoseconds
+    bytes,    ///< our number of bytes divided by the goal
 };
 
 /// A comparison with a peer: one row of a table in the report.
@@ -37,8 +34,8 @@ struct Row {
     const char* ours;     ///< name of our benchmark
     const char* peer;     ///< name of the peer's benchmark; null if there is no peer
     const char* peerName; ///< name of the peer in the report
-    Goal goal;
-    double limit = 0;
+    Ratio kind;
+    double goal = 0;             ///< 0 if the report only shows the result
     double factor = 1;           ///< factor that multiplies the peer's time
     const char* id = "";         ///< name of the row in bench/remarks.txt
     const char* chart = nullptr; ///< label of the row's bar in the chart; null for no bar
@@ -55,7 +52,8 @@ const std::vector<Subject>& subjects();
 
 /// The result of a comparison.
 struct Outcome {
-    double ratio = 0; ///< the ratio that the goal limits; 0 if the row has no ratio
+    double ratio = 0; ///< 0 if the row has neither a peer nor a goal
+    double miss = 0;  ///< distance to a missed goal, as a share of the goal
     bool isMet = true;
     bool hasGoal = false;
 };

@@ -19,7 +19,7 @@ double xOf(double ratio)
 }
 
 /// Our speed divided by the peer's speed. A ratio of times is inverted.
-double speed(const Row& row, double ratio) { return row.goal == Goal::withinOf ? 1 / ratio : ratio; }
+double speed(const Row& row, double ratio) { return row.kind == Ratio::duration ? 1 / ratio : ratio; }
 
 std::string escaped(const std::string& text)
 {
@@ -37,7 +37,7 @@ std::string escaped(const std::string& text)
 std::string barOf(const Row& row, const Figures& figures, double y)
 {
     const Outcome outcome = outcomeOf(row, figures);
-    const double ours = speed(row, outcome.ratio), goal = speed(row, row.limit);
+    const double ours = speed(row, outcome.ratio), goal = speed(row, row.goal);
     const double from = xOf(std::min(1.0, ours)), to = xOf(std::max(1.0, ours));
     const double middle = y + barHeight / 2, label = std::max(to, xOf(goal)) + 8;
     std::string text = fmt::format(

@@ -26,24 +26,23 @@ std::string ratioText(double ratio)
 
 std::string goalText(const Row& row)
 {
-    switch (row.goal) {
-    case Goal::fasterBy:
-        return fmt::format("at least {:g} × as fast", row.limit);
-    case Goal::withinOf:
-        return fmt::format("at most {:g} × its time", row.limit);
-    case Goal::below:
-        return "below " + timeText(row.limit);
-    case Goal::bytesUpTo:
-        return "at most " + bytesText(row.limit);
-    default:
-        return "reported";
+    if (row.goal == 0) return "reported";
+    switch (row.kind) {
+    case Ratio::speed:
+        return fmt::format("at least {:g} × as fast", row.goal);
+    case Ratio::duration:
+        return fmt::format("at most {:g} × its time", row.goal);
+    case Ratio::time:
+        return "below " + timeText(row.goal);
+    case Ratio::bytes:
+        return "at most " + bytesText(row.goal);
     }
+    return "";
 }
 
 std::string oursText(const Row& row, const Figures& figures)
 {
-    return row.goal == Goal::bytes || row.goal == Goal::bytesUpTo ? bytesText(figures.bytesOf(row.ours))
-                                                                  : timeText(figures.time(row.ours));
+    return row.kind == Ratio::bytes ? bytesText(figures.bytesOf(row.ours)) : timeText(figures.time(row.ours));
 }
 
 std::string peerText(const Row& row, const Figures& figures)
@@ -57,24 +56,17 @@ std::string boldRatio(const Row& row, const Outcome& outcome)
 {
     if (outcome.ratio == 0) return "";
     return fmt::format("**{}**{}", ratioText(outcome.ratio),
-                       row.goal == Goal::fasterBy || row.goal == Goal::none    ? " × as fast"
-                       : row.goal == Goal::withinOf || row.goal == Goal::share ? " × its time"
-                                                                               : " of the goal");
+                       row.kind == Ratio::speed      ? " × as fast"
+                       : row.kind == Ratio::duration ? " × its time"
+                                                     : " of the goal");
 }
 
-/// The distance to a missed goal, in percent of the goal.
-std::string missText(const Row& row, const Outcome& outcome)
-{
-    const double miss = row.goal == Goal::fasterBy   ? 1 - outcome.ratio / row.limit
-                        : row.goal == Goal::withinOf ? outcome.ratio / row.limit - 1
-                                                     : outcome.ratio - 1;
-    return fmt::format("{:.1f} %", 100 * miss);
-}
+std::string missText(const Outcome& outcome) { return fmt::format("{:.1f} %", 100 * outcome.miss); }
 
-std::string metText(const Row& row, const Outcome& outcome)
+std::string metText(const Outcome& outcome)
 {
     if (!outcome.hasGoal) return "";
-    return outcome.isMet ? "yes" : "no, by " + missText(row, outcome);
+    return outcome.isMet ? "yes" : "no, by " + missText(outcome);
 }
 
 std::string tableOf(const Subject& subject, const Figures& figures)
@@ -83,8 +75,7 @@ std::string tableOf(const Subject& subject, const Figures& figures)
     for (const Row& row : subject.rows) {
         const Outcome outcome = outcomeOf(row, figures);
         text += fmt::format("| {} | {} | {} | {} | {} | {} |\n", row.what, oursText(row, figures),
-                            peerText(row, figures), boldRatio(row, outcome), goalText(row),
-                            metText(row, outcome));
+                            peerText(row, figures), boldRatio(row, outcome), goalText(row), metText(outcome));
     }
     return text;
 }
@@ -100,7 +91,7 @@ std::string remarksOf(const Subject& subject, const Figures& figures, const Rema
         const Outcome outcome = outcomeOf(row, figures);
         if (outcome.isMet || !*row.id) continue;
         std::string& texts = misses[row.id];
-        texts += (texts.empty() ? "" : ", ") + missText(row, outcome);
+        texts += (texts.empty() ? "" : ", ") + missText(outcome);
     }
     for (const auto& [id, texts] : misses) {
         const auto found = remarks.find(id);

@@ -11,85 +11,85 @@ const std::vector<Subject>& subjects()
     static const std::vector<Subject> table = {
         {"Render", "A slice of the buffered player: 512 frames, resampled to the device's rate by linear interpolation. "
                    "The peers are libsamplerate and scalar code with the same arithmetic.", {
-            {"mono, 44.1 to 48 kHz",   "render/mono 44100 to 48000/ours",   "render/mono 44100 to 48000/libsamplerate linear",            "libsamplerate linear",          Goal::fasterBy, 10,  1, "render mono 44.1 linear",     "Render, mono 44.1 to 48 / libsamplerate linear"},
-            {"",                       "render/mono 44100 to 48000/ours",   "render/mono 44100 to 48000/libsamplerate zero-order hold",   "libsamplerate zero-order hold", Goal::none},
-            {"",                       "render/mono 44100 to 48000/ours",   "render/mono 44100 to 48000/one value at a time",             "scalar code",                   Goal::fasterBy, 1.6, 1, "render mono 44.1 plain",      "Render, mono 44.1 to 48 / scalar code"},
-            {"stereo, 44.1 to 48 kHz", "render/stereo 44100 to 48000/ours", "render/stereo 44100 to 48000/libsamplerate linear",          "libsamplerate linear",          Goal::fasterBy, 10,  1, "render stereo 44.1 linear",   "Render, stereo 44.1 to 48 / libsamplerate linear"},
-            {"",                       "render/stereo 44100 to 48000/ours", "render/stereo 44100 to 48000/libsamplerate zero-order hold", "libsamplerate zero-order hold", Goal::none},
-            {"",                       "render/stereo 44100 to 48000/ours", "render/stereo 44100 to 48000/one value at a time",           "scalar code",                   Goal::fasterBy, 2,   1, "render stereo 44.1 plain",    "Render, stereo 44.1 to 48 / scalar code"},
-            {"mono, 22.05 to 44.1 kHz",   "render/mono 22050 to 44100/ours",   "render/mono 22050 to 44100/libsamplerate linear",            "libsamplerate linear",          Goal::fasterBy, 10,  1, "render mono 22.05 linear"},
-            {"",                          "render/mono 22050 to 44100/ours",   "render/mono 22050 to 44100/libsamplerate zero-order hold",   "libsamplerate zero-order hold", Goal::none},
-            {"",                          "render/mono 22050 to 44100/ours",   "render/mono 22050 to 44100/one value at a time",             "scalar code",                   Goal::fasterBy, 1.6, 1, "render mono 22.05 plain"},
-            {"stereo, 22.05 to 44.1 kHz", "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/libsamplerate linear",          "libsamplerate linear",          Goal::fasterBy, 10,  1, "render stereo 22.05 linear"},
-            {"",                          "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/libsamplerate zero-order hold", "libsamplerate zero-order hold", Goal::none},
-            {"",                          "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/one value at a time",           "scalar code",                   Goal::fasterBy, 2,   1, "render stereo 22.05 plain"},
+            {"mono, 44.1 to 48 kHz",   "render/mono 44100 to 48000/ours",   "render/mono 44100 to 48000/libsamplerate linear",            "libsamplerate linear",          Ratio::speed, 10,  1, "render mono 44.1 linear",     "Render, mono 44.1 to 48 / libsamplerate linear"},
+            {"",                       "render/mono 44100 to 48000/ours",   "render/mono 44100 to 48000/libsamplerate zero-order hold",   "libsamplerate zero-order hold", Ratio::speed},
+            {"",                       "render/mono 44100 to 48000/ours",   "render/mono 44100 to 48000/one value at a time",             "scalar code",                   Ratio::speed, 1.6, 1, "render mono 44.1 plain",      "Render, mono 44.1 to 48 / scalar code"},
+            {"stereo, 44.1 to 48 kHz", "render/stereo 44100 to 48000/ours", "render/stereo 44100 to 48000/libsamplerate linear",          "libsamplerate linear",          Ratio::speed, 10,  1, "render stereo 44.1 linear",   "Render, stereo 44.1 to 48 / libsamplerate linear"},
+            {"",                       "render/stereo 44100 to 48000/ours", "render/stereo 44100 to 48000/libsamplerate zero-order hold", "libsamplerate zero-order hold", Ratio::speed},
+            {"",                       "render/stereo 44100 to 48000/ours", "render/stereo 44100 to 48000/one value at a time",           "scalar code",                   Ratio::speed, 2,   1, "render stereo 44.1 plain",    "Render, stereo 44.1 to 48 / scalar code"},
+            {"mono, 22.05 to 44.1 kHz",   "render/mono 22050 to 44100/ours",   "render/mono 22050 to 44100/libsamplerate linear",            "libsamplerate linear",          Ratio::speed, 10,  1, "render mono 22.05 linear"},
+            {"",                          "render/mono 22050 to 44100/ours",   "render/mono 22050 to 44100/libsamplerate zero-order hold",   "libsamplerate zero-order hold", Ratio::speed},
+            {"",                          "render/mono 22050 to 44100/ours",   "render/mono 22050 to 44100/one value at a time",             "scalar code",                   Ratio::speed, 1.6, 1, "render mono 22.05 plain"},
+            {"stereo, 22.05 to 44.1 kHz", "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/libsamplerate linear",          "libsamplerate linear",          Ratio::speed, 10,  1, "render stereo 22.05 linear"},
+            {"",                          "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/libsamplerate zero-order hold", "libsamplerate zero-order hold", Ratio::speed},
+            {"",                          "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/one value at a time",           "scalar code",                   Ratio::speed, 2,   1, "render stereo 22.05 plain"},
         }},
         {"Conversion", "Samples of a memory block, converted to 1 MiB of 32-bit floats. The peer copies 1 MiB; all data fits into the cache.", {
-            {"8 bits, signed (BitSize 7)",    "conversion/7 bits",           "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "conversion 7"},
-            {"8 bits, unsigned (8)",          "conversion/8 bits",           "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "conversion 8"},
-            {"16 bits, signed (15)",          "conversion/15 bits",          "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "conversion 15"},
-            {"16 bits, unsigned (16)",        "conversion/16 bits",          "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "conversion 16", "Conversion, 16 bits / memcpy"},
-            {"24 bits, big-endian (24)",      "conversion/24 bits",          "conversion/memcpy", "memcpy", Goal::withinOf, 3,   1, "conversion 24", "Conversion, 24 bits / memcpy"},
-            {"32 bits, signed (31)",          "conversion/31 bits",          "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "conversion 31"},
-            {"32 bits, unsigned (32)",        "conversion/32 bits",          "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "conversion 32"},
-            {"float, copied",                 "conversion/float copy",       "conversion/memcpy", "memcpy", Goal::withinOf, 1.2, 1, "float copy"},
-            {"float, two channels interleaved","conversion/float interleave", "conversion/memcpy", "memcpy", Goal::withinOf, 1.5, 1, "float interleave", "Interleaving / memcpy"},
-            {"memset of 1 MiB",               "conversion/memset",           "conversion/memcpy", "memcpy", Goal::none},
+            {"8 bits, signed (BitSize 7)",    "conversion/7 bits",           "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 7"},
+            {"8 bits, unsigned (8)",          "conversion/8 bits",           "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 8"},
+            {"16 bits, signed (15)",          "conversion/15 bits",          "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 15"},
+            {"16 bits, unsigned (16)",        "conversion/16 bits",          "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 16", "Conversion, 16 bits / memcpy"},
+            {"24 bits, big-endian (24)",      "conversion/24 bits",          "conversion/memcpy", "memcpy", Ratio::duration, 3,   1, "conversion 24", "Conversion, 24 bits / memcpy"},
+            {"32 bits, signed (31)",          "conversion/31 bits",          "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 31"},
+            {"32 bits, unsigned (32)",        "conversion/32 bits",          "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 32"},
+            {"float, copied",                 "conversion/float copy",       "conversion/memcpy", "memcpy", Ratio::duration, 1.2, 1, "float copy"},
+            {"float, two channels interleaved","conversion/float interleave", "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "float interleave", "Interleaving / memcpy"},
+            {"memset of 1 MiB",               "conversion/memset",           "conversion/memcpy", "memcpy", Ratio::speed},
         }},
         {"Taking the next buffer", "On the audio thread, at the end of a buffer. Only the used slots of the queue move; the peer moves all 200 slots.", {
-            {"1 waiting",   "take front/1 waiting/ours",   "take front/1 waiting/every slot moved",   "all slots moved", Goal::none},
-            {"20 waiting",  "take front/20 waiting/ours",  "take front/20 waiting/every slot moved",  "all slots moved", Goal::none},
-            {"200 waiting", "take front/200 waiting/ours", "take front/200 waiting/every slot moved", "all slots moved", Goal::none},
+            {"1 waiting",   "take front/1 waiting/ours",   "take front/1 waiting/every slot moved",   "all slots moved", Ratio::speed},
+            {"20 waiting",  "take front/20 waiting/ours",  "take front/20 waiting/every slot moved",  "all slots moved", Ratio::speed},
+            {"200 waiting", "take front/200 waiting/ours", "take front/200 waiting/every slot moved", "all slots moved", Ratio::speed},
         }},
         {"Loading", "Three minutes of 44.1 kHz stereo, loaded as 32-bit floats into zeroed memory. The peer is one read call of libsndfile. "
                     "LoadFile also creates object, graph and units.", {
-            {"WAV",  "load/WAV/ours",  "load/WAV/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "load WAV",  "Load WAV / libsndfile"},
-            {"AIFF", "load/AIFF/ours", "load/AIFF/libsndfile", "libsndfile", Goal::fasterBy, 0.95, 1, "load AIFF"},
-            {"CAF",  "load/CAF/ours",  "load/CAF/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "load CAF"},
-            {"FLAC", "load/FLAC/ours", "load/FLAC/libsndfile", "libsndfile", Goal::fasterBy, 0.95, 1, "load FLAC", "Load FLAC / libsndfile"},
-            {"MP3",  "load/MP3/ours",  "load/MP3/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "load MP3",  "Load MP3 / libsndfile"},
-            {"Ogg",  "load/Ogg/ours",  "load/Ogg/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "load Ogg"},
-            {"LoadFile, WAV",  "load/WAV/LoadFile",  "load/WAV/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "LoadFile"},
-            {"LoadFile, AIFF", "load/AIFF/LoadFile", "load/AIFF/libsndfile", "libsndfile", Goal::fasterBy, 0.95, 1, "LoadFile"},
-            {"LoadFile, CAF",  "load/CAF/LoadFile",  "load/CAF/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "LoadFile"},
-            {"LoadFile, FLAC", "load/FLAC/LoadFile", "load/FLAC/libsndfile", "libsndfile", Goal::fasterBy, 0.95, 1, "LoadFile"},
-            {"LoadFile, MP3",  "load/MP3/LoadFile",  "load/MP3/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "LoadFile"},
-            {"LoadFile, Ogg",  "load/Ogg/LoadFile",  "load/Ogg/libsndfile",  "libsndfile", Goal::fasterBy, 0.95, 1, "LoadFile"},
-            {"LoadFile, 0.1 s of WAV", "load/short/LoadFile", nullptr, nullptr, Goal::time},
+            {"WAV",  "load/WAV/ours",  "load/WAV/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "load WAV",  "Load WAV / libsndfile"},
+            {"AIFF", "load/AIFF/ours", "load/AIFF/libsndfile", "libsndfile", Ratio::speed, 0.95, 1, "load AIFF"},
+            {"CAF",  "load/CAF/ours",  "load/CAF/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "load CAF"},
+            {"FLAC", "load/FLAC/ours", "load/FLAC/libsndfile", "libsndfile", Ratio::speed, 0.95, 1, "load FLAC", "Load FLAC / libsndfile"},
+            {"MP3",  "load/MP3/ours",  "load/MP3/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "load MP3",  "Load MP3 / libsndfile"},
+            {"Ogg",  "load/Ogg/ours",  "load/Ogg/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "load Ogg"},
+            {"LoadFile, WAV",  "load/WAV/LoadFile",  "load/WAV/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "LoadFile"},
+            {"LoadFile, AIFF", "load/AIFF/LoadFile", "load/AIFF/libsndfile", "libsndfile", Ratio::speed, 0.95, 1, "LoadFile"},
+            {"LoadFile, CAF",  "load/CAF/LoadFile",  "load/CAF/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "LoadFile"},
+            {"LoadFile, FLAC", "load/FLAC/LoadFile", "load/FLAC/libsndfile", "libsndfile", Ratio::speed, 0.95, 1, "LoadFile"},
+            {"LoadFile, MP3",  "load/MP3/LoadFile",  "load/MP3/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "LoadFile"},
+            {"LoadFile, Ogg",  "load/Ogg/LoadFile",  "load/Ogg/libsndfile",  "libsndfile", Ratio::speed, 0.95, 1, "LoadFile"},
+            {"LoadFile, 0.1 s of WAV", "load/short/LoadFile", nullptr, nullptr, Ratio::time},
         }},
         {"Graph", "A slice of the file player: 512 stereo frames, from memory through six units to the device's buffer. "
                   "Rubber Band has the engine and settings of the time-pitch unit.", {
-            {"unity, per unit", "graph/unity/ours", "graph/unity/memcpy", "6 × memcpy", Goal::withinOf, 5, 6, "graph unity", "Graph at unity, per unit / memcpy"},
-            {"time rate 1.25",    "graph/rate 1.25/ours",   "graph/rate 1.25/Rubber Band",               "Rubber Band",               Goal::fasterBy, 0.95, 1, "graph rate",  "Graph at rate 1.25 / Rubber Band"},
-            {"",                  "graph/rate 1.25/ours",   "graph/rate 1.25/SoundTouch",                "SoundTouch",                Goal::none},
-            {"pitch +300 cents",  "graph/pitch +300/ours",  "graph/pitch +300/Rubber Band",              "Rubber Band, stretching",   Goal::fasterBy, 0.95, 1, "graph pitch", "Graph at pitch +300 / Rubber Band"},
-            {"",                  "graph/pitch +300/ours",  "graph/pitch +300/Rubber Band's pitch scale", "Rubber Band's pitch scale", Goal::fasterBy, 1,    1, "graph pitch scale", "Graph at pitch +300 / Rubber Band's pitch scale"},
-            {"",                  "graph/pitch +300/ours",  "graph/pitch +300/SoundTouch",               "SoundTouch",                Goal::none},
+            {"unity, per unit", "graph/unity/ours", "graph/unity/memcpy", "6 × memcpy", Ratio::duration, 5, 6, "graph unity", "Graph at unity, per unit / memcpy"},
+            {"time rate 1.25",    "graph/rate 1.25/ours",   "graph/rate 1.25/Rubber Band",               "Rubber Band",               Ratio::speed, 0.95, 1, "graph rate",  "Graph at rate 1.25 / Rubber Band"},
+            {"",                  "graph/rate 1.25/ours",   "graph/rate 1.25/SoundTouch",                "SoundTouch",                Ratio::speed},
+            {"pitch +300 cents",  "graph/pitch +300/ours",  "graph/pitch +300/Rubber Band",              "Rubber Band, stretching",   Ratio::speed, 0.95, 1, "graph pitch", "Graph at pitch +300 / Rubber Band"},
+            {"",                  "graph/pitch +300/ours",  "graph/pitch +300/Rubber Band's pitch scale", "Rubber Band's pitch scale", Ratio::speed, 1,    1, "graph pitch scale", "Graph at pitch +300 / Rubber Band's pitch scale"},
+            {"",                  "graph/pitch +300/ours",  "graph/pitch +300/SoundTouch",               "SoundTouch",                Ratio::speed},
         }},
         {"Start-up", "Loading the library and registering its five classes. The process has loaded the platform's libraries before.", {
-            {"dlopen to the return of the entry point", "start-up/load and entry", nullptr, nullptr, Goal::below, 1e6, 1, "start-up"},
+            {"dlopen to the return of the entry point", "start-up/load and entry", nullptr, nullptr, Ratio::time, 1e6, 1, "start-up"},
         }},
         {"Property get", "Reading a number by name through the host's dynamic calls, and with the getter from the class table.", {
-            {"dynamic call of the getter", "property get/dynamic caller",            "property get/table", "getter from the class table", Goal::none},
-            {"dynamic call of a method",   "property get/method through the caller", nullptr, nullptr, Goal::time},
-            {"getter from the class table","property get/table",                     nullptr, nullptr, Goal::time},
+            {"dynamic call of the getter", "property get/dynamic caller",            "property get/table", "getter from the class table", Ratio::speed},
+            {"dynamic call of a method",   "property get/method through the caller", nullptr, nullptr, Ratio::time},
+            {"getter from the class table","property get/table",                     nullptr, nullptr, Ratio::time},
         }},
         {"Scale", "An I/O cycle of 512 frames with mono players at 44.1 kHz on one stepped device at 48 kHz. The time should be proportional to the number of players.", {
-            {"1 player",      "scale/1 players",    nullptr,            nullptr,       Goal::time},
-            {"10 players",    "scale/10 players",   "scale/1 players",  "10 × 1",      Goal::withinOf, 1.2, 10, "scale 10"},
-            {"100 players",   "scale/100 players",  "scale/10 players", "10 × 10",     Goal::withinOf, 1.2, 10, "scale 100"},
-            {"1,000 players", "scale/1000 players", "scale/100 players", "10 × 100",   Goal::withinOf, 1.2, 10, "scale 1000"},
-            {"memcpy of the samples of 100 players",   "scale/100 memcpy",  "scale/10 memcpy",  "10 × 10",  Goal::share, 0, 10},
-            {"memcpy of the samples of 1,000 players", "scale/1000 memcpy", "scale/100 memcpy", "10 × 100", Goal::share, 0, 10},
+            {"1 player",      "scale/1 players",    nullptr,            nullptr,       Ratio::time},
+            {"10 players",    "scale/10 players",   "scale/1 players",  "10 × 1",      Ratio::duration, 1.2, 10, "scale 10"},
+            {"100 players",   "scale/100 players",  "scale/10 players", "10 × 10",     Ratio::duration, 1.2, 10, "scale 100"},
+            {"1,000 players", "scale/1000 players", "scale/100 players", "10 × 100",   Ratio::duration, 1.2, 10, "scale 1000"},
+            {"memcpy of the samples of 100 players",   "scale/100 memcpy",  "scale/10 memcpy",  "10 × 10",  Ratio::duration, 0,   10},
+            {"memcpy of the samples of 1,000 players", "scale/1000 memcpy", "scale/100 memcpy", "10 × 100", Ratio::duration, 0,   10},
         }},
         {"Memory", "Heap in use. A unit has an engine only while it needs one.", {
-            {"file of three minutes, without its samples", "memory/file beside its samples",  nullptr, nullptr, Goal::bytesUpTo, 2 << 20, 1, "memory"},
-            {"its time-pitch engine", "memory/file's time-pitch engine", nullptr, nullptr, Goal::bytes},
-            {"idle host with the library",                "memory/idle host",                nullptr, nullptr, Goal::bytes},
-            {"Rubber Band, finer engine",                 "memory/Rubber Band, finer",       nullptr, nullptr, Goal::bytes},
-            {"Rubber Band, finer engine with one window",   "memory/Rubber Band, one window",  nullptr, nullptr, Goal::bytes},
-            {"libsamplerate, fastest filter",             "memory/libsamplerate, fastest",   nullptr, nullptr, Goal::bytes},
-            {"libsamplerate, best filter",                "memory/libsamplerate, best",      nullptr, nullptr, Goal::bytes},
+            {"file of three minutes, without its samples", "memory/file beside its samples",  nullptr, nullptr, Ratio::bytes, 2 << 20, 1, "memory"},
+            {"its time-pitch engine", "memory/file's time-pitch engine", nullptr, nullptr, Ratio::bytes},
+            {"idle host with the library",                "memory/idle host",                nullptr, nullptr, Ratio::bytes},
+            {"Rubber Band, finer engine",                 "memory/Rubber Band, finer",       nullptr, nullptr, Ratio::bytes},
+            {"Rubber Band, finer engine with one window",   "memory/Rubber Band, one window",  nullptr, nullptr, Ratio::bytes},
+            {"libsamplerate, fastest filter",             "memory/libsamplerate, fastest",   nullptr, nullptr, Ratio::bytes},
+            {"libsamplerate, best filter",                "memory/libsamplerate, best",      nullptr, nullptr, Ratio::bytes},
         }},
     };
     // clang-format on
@@ -113,31 +113,19 @@ double Figures::bytesOf(const std::string& name) const
 Outcome outcomeOf(const Row& row, const Figures& figures)
 {
     Outcome outcome;
-    const auto peer = [&] { return figures.time(row.peer) * row.factor; };
-    outcome.hasGoal = row.limit > 0;
-    switch (row.goal) {
-    case Goal::fasterBy:
-    case Goal::none:
-        outcome.ratio = peer() / figures.time(row.ours);
-        outcome.isMet = outcome.ratio >= row.limit;
-        break;
-    case Goal::withinOf:
-    case Goal::share:
-        outcome.ratio = figures.time(row.ours) / peer();
-        outcome.isMet = !outcome.hasGoal || outcome.ratio <= row.limit;
-        break;
-    case Goal::below:
-        outcome.ratio = figures.time(row.ours) / row.limit;
-        outcome.isMet = outcome.ratio < 1;
-        break;
-    case Goal::bytesUpTo:
-        outcome.ratio = figures.bytesOf(row.ours) / row.limit;
-        outcome.isMet = outcome.ratio <= 1;
-        break;
-    case Goal::time:
-    case Goal::bytes:
-        break;
+    outcome.hasGoal = row.goal > 0;
+    if (row.kind == Ratio::bytes || row.kind == Ratio::time) {
+        if (!outcome.hasGoal) return outcome;
+        const bool isTime = row.kind == Ratio::time;
+        outcome.ratio = (isTime ? figures.time(row.ours) : figures.bytesOf(row.ours)) / row.goal;
+        outcome.miss = outcome.ratio - 1;
+    } else {
+        const double duration = figures.time(row.ours) / (figures.time(row.peer) * row.factor);
+        const bool isSpeed = row.kind == Ratio::speed;
+        outcome.ratio = isSpeed ? 1 / duration : duration;
+        outcome.miss = isSpeed ? 1 - outcome.ratio / row.goal : outcome.ratio / row.goal - 1;
     }
+    outcome.isMet = !outcome.hasGoal || outcome.miss <= 0;
     return outcome;
 }
 
