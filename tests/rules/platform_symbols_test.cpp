@@ -103,7 +103,6 @@ const std::map<std::string, std::string> exportsWithoutCaller = {
     {"AudioUnitRender",                     "renders a unit for a client; units render each other without it"},
     {"CFGetRetainCount",                    "reports a reference count, to find leaks"},
     {"CFRetain",                            "the counterpart of CFRelease"},
-    {"CFStringCreateWithCString",           "the counterpart of CFStringGetCString"},
     {"CFStringGetMaximumSizeForEncoding",   "gives the buffer size for CFStringGetCString"},
     {"CFURLGetFSRef",                       "the counterpart of CFURLCreateFromFSRef"},
     {"CFURLGetFileSystemRepresentation",    "the counterpart of CFURLCreateFromFileSystemRepresentation"},
