@@ -1,3 +1,4 @@
+// The fake host: its values, their reference counts, and the record of calls.
 #include "tests/support/fake_host_services.h"
 
 #include <cstdio>
