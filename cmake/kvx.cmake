@@ -104,8 +104,6 @@ function(kvx_test name)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} testsupport kvx::gtest_main Threads::Threads)
   target_compile_options(${name} PRIVATE ${KVX_TEST_OPTIONS})
   target_precompile_headers(${name} REUSE_FROM kvx_test_headers)
-  target_compile_definitions(${name} PRIVATE KVX_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-                                             KVX_BINARY_DIR="${CMAKE_BINARY_DIR}")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
                                            BUILD_RPATH "$ORIGIN/.." ENABLE_EXPORTS ${arg_EXPORTS})
   # gtest_discover_tests drops empty values and splits lists, so each property has one non-empty value.

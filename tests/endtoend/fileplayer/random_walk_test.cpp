@@ -123,7 +123,7 @@ public:
     void play() { player_.call("Play"); }
 
     double seconds() const { return numberOf("KVX_LONG_RUN_SECONDS", 20); }
-    unsigned below(unsigned count) { return random_() % count; }
+    unsigned below(unsigned limit) { return random_() % limit; }
 
     void check()
     {
