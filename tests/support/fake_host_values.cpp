@@ -187,7 +187,7 @@ REALmemoryBlockStruct* Host::newMemoryBlock(std::string_view bytes)
     Value& value = add('m');
     value.bytes = std::string(bytes);
     value.storage.reset(new char[bytes.size()]);
-    std::memcpy(value.storage.get(), bytes.data(), bytes.size());
+    bytes.copy(value.storage.get(), bytes.size());
     return reinterpret_cast<REALmemoryBlockStruct*>(&value);
 }
 
