@@ -80,17 +80,12 @@ function(kvx_precompile target)
   target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp") # equal headers give an equal file
 endfunction()
 
-# Tests are compiled more often than they run for long: a fast compilation matters more than fast code.
-set(KVX_TEST_OPTIONS -O0 -g1 -pthread) # -pthread, because precompiled headers require the same threads option
-
 # kvx_test_library(NAME STATIC|OBJECT SOURCES … [LIBRARIES …]): sources that several test programs share. Programs take
 # what they use of a STATIC library; an OBJECT library replaces functions of the libraries below it.
 function(kvx_test_library name type)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_library(${name} ${type} ${arg_SOURCES})
-  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/platform/include)
   target_link_libraries(${name} PUBLIC ${arg_LIBRARIES})
-  target_compile_options(${name} PRIVATE ${KVX_TEST_OPTIONS})
   target_precompile_headers(${name} REUSE_FROM kvx_test_headers)
 endfunction()
 
@@ -100,9 +95,7 @@ endfunction()
 function(kvx_test name)
   cmake_parse_arguments(arg "EXPORTS" "LOCK" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} testsupport kvx::gtest_main Threads::Threads)
-  target_compile_options(${name} PRIVATE ${KVX_TEST_OPTIONS})
   target_precompile_headers(${name} REUSE_FROM kvx_test_headers)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
                                            BUILD_RPATH "$ORIGIN/.." ENABLE_EXPORTS ${arg_EXPORTS})
