@@ -16,10 +16,10 @@ namespace {
 
 using namespace endtoend;
 
-double numberOf(const char* name, double otherwise)
+double numberOf(const char* name, double fallback)
 {
     const char* const text = std::getenv(name);
-    return text ? std::atof(text) : otherwise;
+    return text ? std::atof(text) : fallback;
 }
 
 /// A stepped device that checks the rendered samples instead of keeping them.

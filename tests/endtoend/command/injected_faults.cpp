@@ -1,9 +1,9 @@
-// Faults for a child process, which loads this library before the C library. The environment chooses them:
+// Injects faults into a process that preloads this library. Environment variables select the faults:
 //   KVX_FAULT_THREADS=N   only the first N threads start
 //   KVX_FAULT_THREAD=N    the Nth thread does not start
-//   KVX_FAULT_BLOCK=N     blocks of N bytes and more are out of memory
-//   KVX_FAULT_LOAD=1      the plug-in's reads of a file never return; stdout says so
-//   KVX_FAULT_HARDWARE=1  a start of PortAudio ends the process with exit code 99
+//   KVX_FAULT_BLOCK=N     allocations of N bytes or more fail; N is at least 100,000
+//   KVX_FAULT_LOAD=1      the plug-in's reads of a sound file hang; a line on stdout reports the hang
+//   KVX_FAULT_HARDWARE=1  the start of PortAudio ends the process with exit code 99
 #include <AudioToolbox/ExtendedAudioFile.h>
 
 #include <atomic>
@@ -22,10 +22,10 @@ Function* next(const char* name)
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-unsigned long numberOf(const char* name, unsigned long otherwise)
+unsigned long numberOf(const char* name, unsigned long fallback)
 {
     const char* text = std::getenv(name);
-    return text ? std::strtoul(text, nullptr, 10) : otherwise;
+    return text ? std::strtoul(text, nullptr, 10) : fallback;
 }
 
 bool isPlugIn(const void* code)
