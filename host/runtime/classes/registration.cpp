@@ -107,6 +107,17 @@ private:
         return {};
     }
 
+    /// Read one member with `read`. A member that throws is left out.
+    template <class Read>
+    void readMember(const char* kind, const std::string& text, Read read)
+    {
+        try {
+            read();
+        } catch (const std::exception& error) {
+            leaveOut(kind, text, error.what());
+        }
+    }
+
     void readMethods(void* rows, Word count, std::vector<MethodInfo>& list)
     {
         const Rows<REALmethod9, REALmethod> all(rows, count, layout_);
@@ -118,15 +129,11 @@ private:
             method.function = row.function;
             method.setter = row.setter;
             method.flags = row.flags;
-            try {
+            readMember("method", method.text, [&] {
                 method.declaration = parseDeclaration(method.text);
-                if (row.function)
-                    list.push_back(std::move(method));
-                else
-                    leaveOut("method", method.declaration.name, "it has no function");
-            } catch (const std::exception& error) {
-                leaveOut("method", method.text, error.what());
-            }
+                if (!row.function) throw ProgramError("it has no function");
+                list.push_back(method);
+            });
         }
     }
 
@@ -144,15 +151,13 @@ private:
             EventInfo event;
             event.owner = &info_;
             event.text = textOrEmpty(all[i].declaration);
-            try {
+            readMember("event", event.text, [&] {
                 event.declaration = parseDeclaration(event.text);
                 if (hasByRef(event.declaration))
                     throw ProgramError("a handler cannot change a ByRef parameter");
-                auto& kept = info_.events.emplace_back(std::move(event));
+                auto& kept = info_.events.emplace_back(event);
                 kept.systemUse = all[i].systemUse = reinterpret_cast<Word>(&kept);
-            } catch (const std::exception& error) {
-                leaveOut("event", event.text, error.what());
-            }
+            });
         }
     }
 
@@ -161,17 +166,12 @@ private:
         const Rows<REALconstant9, REALconstant> all(definition_.constants, definition_.constantCount,
                                                     layout_);
         for (std::size_t i = 0; i < all.count; ++i) {
-            ConstantInfo constant;
-            constant.text = textOrEmpty(all[i].declaration);
-            try {
-                auto parsed = parseConstant(constant.text);
-                constant.name = std::move(parsed.name);
-                constant.typeText = parsed.type ? typeName(*parsed.type) : "";
-                constant.value = std::move(parsed.value);
-                info_.constants.push_back(std::move(constant));
-            } catch (const std::exception& error) {
-                leaveOut("constant", constant.text, error.what());
-            }
+            const std::string text = textOrEmpty(all[i].declaration);
+            readMember("constant", text, [&] {
+                const auto parsed = parseConstant(text);
+                const std::string typeText = parsed.type ? typeName(*parsed.type) : "";
+                info_.constants.push_back({text, parsed.name, typeText, parsed.value});
+            });
         }
     }
 

@@ -15,40 +15,27 @@ struct alignas(8) AlignedWord64 {
 };
 
 template <class Bits>
-Native load(const void* memory, bool isPublished)
+Native load(const void* field)
 {
-    auto* field = static_cast<Bits*>(const_cast<void*>(memory));
-    Bits bits;
-    if (isPublished)
-        __atomic_load(field, &bits, __ATOMIC_ACQUIRE);
-    else
-        __atomic_load(field, &bits, __ATOMIC_RELAXED);
     Native native = {};
+    Bits bits;
+    __atomic_load(static_cast<Bits*>(const_cast<void*>(field)), &bits, __ATOMIC_ACQUIRE);
     std::memcpy(&native, &bits, sizeof bits);
     return native;
 }
 
 template <class Bits>
-void store(void* memory, const Native& native, bool isPublished)
+void store(void* field, const Native& native)
 {
-    auto* field = static_cast<Bits*>(memory);
     Bits bits;
     std::memcpy(&bits, &native, sizeof bits);
-    if (isPublished)
-        __atomic_store(field, &bits, __ATOMIC_RELEASE);
-    else
-        __atomic_store(field, &bits, __ATOMIC_RELAXED);
-}
-
-bool isPublished(const Type& type)
-{
-    return type.base == Base::boolean || type.base == Base::pointer || type.isReference();
+    __atomic_store(static_cast<Bits*>(field), &bits, __ATOMIC_RELEASE);
 }
 
 struct AtomicAccess {
     std::size_t size; ///< size of the field in bytes
-    Native (*load)(const void* field, bool isPublished);
-    void (*store)(void* field, const Native& native, bool isPublished);
+    Native (*load)(const void* field);
+    void (*store)(void* field, const Native& native);
 };
 
 constexpr AtomicAccess accesses[] = {
@@ -71,7 +58,7 @@ const AtomicAccess* accessTo(const void* field, const Type& type)
 
 Native loadField(const void* field, const Type& type)
 {
-    if (const auto* access = accessTo(field, type)) return access->load(field, isPublished(type));
+    if (const auto* access = accessTo(field, type)) return access->load(field);
     Native native = {};
     std::memcpy(&native, field, sizeInMemory(type));
     return native;
@@ -79,7 +66,7 @@ Native loadField(const void* field, const Type& type)
 
 void storeField(void* field, const Native& native, const Type& type)
 {
-    if (const auto* access = accessTo(field, type)) return access->store(field, native, isPublished(type));
+    if (const auto* access = accessTo(field, type)) return access->store(field, native);
     storeNative(field, native, type);
 }
 

@@ -1,6 +1,5 @@
 // Access to a field of the class data while another thread uses the field. The access is atomic, except the
-// access to an 8-byte field that is not 8-aligned. A write of a boolean, an address or a reference publishes
-// the writes before it; a read of one sees them.
+// access to an 8-byte field that is not 8-aligned. A write publishes the writes before it; a read sees them.
 // All functions: [any].
 #pragma once
 
