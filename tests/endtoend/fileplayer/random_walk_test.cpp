@@ -200,7 +200,7 @@ TEST(FilePlayerRandomWalk, DuringIoCyclesKeepsOutputFiniteAndAllocatesNothing)
     walk.check();
 }
 
-// ---- the alarm ----
+// ---- the allocator hook ----
 
 void* volatile kept = nullptr;
 
