@@ -14,7 +14,7 @@ struct CoreAudioData {
 static_assert(sizeof(void*) != 4 || sizeof(CoreAudioData) == 4, "the size declared to the host");
 
 /// Set an object's `Lasterror` to -1 and return a reference to it. Every method of an object calls this
-/// function first, in a statement of its own, because C++ evaluates `beginCall(object) = call()` from right
+/// function first, in a separate statement, because C++ evaluates `beginCall(object) = call()` from right
 /// to left and would make the platform call first.
 /// [main]
 HostInteger& beginCall(REALobjectStruct* object);

@@ -44,7 +44,7 @@ struct Slice {
 /// The memory that receives the pulled frames of a unit's inputs.
 enum class InputMemory {
     ofBus,      ///< each input has its own memory for a slice
-    ofUnitKind, ///< the unit kind pulls into the slice's output or into memory of its own
+    ofUnitKind, ///< the unit kind pulls into the slice's output or into private memory
 };
 
 /// The columns of a row. All column types differ, so a row with columns in the wrong order does not compile.

@@ -12,7 +12,7 @@ std::vector<rules::Include> includesOfTheTree()
 {
     std::vector<rules::Include> all;
     for (const std::string& file : rules::files()) {
-        if (!rules::isSource(file) || file.rfind("tests/", 0) == 0) continue;
+        if (!rules::isSource(file)) continue;
         const std::vector<rules::Include> found = rules::includesOf(file, rules::read(file));
         all.insert(all.end(), found.begin(), found.end());
     }
@@ -22,14 +22,14 @@ std::vector<rules::Include> includesOfTheTree()
 TEST(IncludeCycles, DoNotExistBetweenUnits)
 {
     const rules::IncludeGraph units = rules::unitsOf(includesOfTheTree());
-    EXPECT_GT(units.size(), 200u) << "the sources were not read";
+    EXPECT_GT(units.size(), 500u) << "the sources were not read";
     EXPECT_EQ(rules::cycleIn(units), Names{});
 }
 
 TEST(IncludeCycles, DoNotExistBetweenFolders)
 {
     const rules::IncludeGraph folders = rules::foldersOf(rules::unitsOf(includesOfTheTree()));
-    EXPECT_GT(folders.size(), 15u) << "the sources were not read";
+    EXPECT_GT(folders.size(), 30u) << "the sources were not read";
     EXPECT_EQ(rules::cycleIn(folders), Names{});
 }
 
