@@ -211,7 +211,7 @@ TEST_F(SoundStreamHazard, ASecondUnitRendersSilenceWhileTheFirstRenders)
 }
 
 // A thread that renders without a pause does not delay a waiting thread for ever.
-TEST_F(SoundStreamHazard, AWaitEndsWithTheRenderCallInProgress)
+TEST_F(SoundStreamHazard, CloseDuringRenderCallsReturnsWithoutHanging)
 {
     begin();
     std::atomic<bool> isDone{false};

@@ -89,7 +89,7 @@ TEST(Pool, RunsEveryItemOnce)
 }
 
 // A slow item must not delay other items. In this test each item waits until all items have started.
-TEST(Pool, RunsItemsInParallel)
+TEST(Pool, RunsItemsInParallelWithoutHanging)
 {
     static Counter started, finished;
     constexpr int items = 8;

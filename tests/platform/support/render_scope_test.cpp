@@ -57,7 +57,7 @@ TEST(RenderScope, StampsARenderCall)
     EXPECT_FALSE(scope.hasLeft(scope.now()));
 }
 
-TEST(RenderScope, DoesNotWaitInsideItself)
+TEST(RenderScope, WaitInsideTheScopeReturnsWithoutHanging)
 {
     RenderScope scope;
     const RenderScope::Entry call(scope);
