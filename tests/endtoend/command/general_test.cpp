@@ -21,8 +21,12 @@ TEST_F(Kvx, EveryCommandPrintsHelp)
 {
     for (const Arguments& arguments : std::vector<Arguments>{{"--help"},
                                                              {"play", "--help"},
+                                                             {"render", "--help"},
+                                                             {"soundstream", "--help"},
                                                              {"classes", "--help"},
                                                              {"devices", "--help"},
+                                                             {"get", "--help"},
+                                                             {"set", "--help"},
                                                              {"tune", "--help"},
                                                              {"-h"}}) {
         SCOPED_TRACE(testing::PrintToString(arguments));
@@ -137,11 +141,12 @@ TEST_F(Kvx, SignalStopsPlaybackAndFinishesTheCapture)
 {
     const struct {
         int signal, exitCode;
-        std::vector<std::string> more;
-    } facts[] = {{SIGINT, 130, {}}, {SIGTERM, 143, {}}, {SIGHUP, 129, {}}};
+    } facts[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
+    const auto sound = support::makeNoise(44100, 2, 44100 * 60);
+    support::writeSound(sound, folder / "long.wav");
     for (const auto& fact : facts) {
-        const auto sound = support::makeNoise(44100, 2, 44100 * 60);
-        support::writeSound(sound, folder / "long.wav");
+        SCOPED_TRACE(fact.signal);
+        std::filesystem::remove(folder / "out.wav"); // a capture of the former signal
         support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
         // Wait for one second of captured sound, which is longer than the silence at the start.
         while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
