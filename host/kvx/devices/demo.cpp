@@ -54,7 +54,7 @@ void Demo::write(const PropertyAddress& address, const std::string& bytes)
 {
     if (const Status status = core_.write(address, bytes); status != 0)
         throw Failure(fmt::format("--demo: {} cannot be written: {}; close other programs",
-                                  printCode(address.selector), printStatus(status)));
+                                  formatCode(address.selector), formatStatus(status)));
 }
 
 void Demo::add()

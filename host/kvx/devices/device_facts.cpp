@@ -60,7 +60,7 @@ std::vector<ObjectID> readDeviceList(const CoreAudio& core)
     const Answer list = core.readSystem(core.constant("kAudioHardwarePropertyDevices").value_or(0));
     if (!list.isGood())
         throw Failure(fmt::format("the list of devices cannot be read: {}; close other programs",
-                                  printStatus(list.status)));
+                                  formatStatus(list.status)));
     return itemsOf<ObjectID>(list.value);
 }
 

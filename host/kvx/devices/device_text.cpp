@@ -36,7 +36,7 @@ constexpr struct {
 };
 // clang-format on
 
-std::string printRoles(ObjectID device, const Roles& roles)
+std::string formatRoles(ObjectID device, const Roles& roles)
 {
     std::string text;
     for (const auto& role : roleNames)
@@ -44,12 +44,12 @@ std::string printRoles(ObjectID device, const Roles& roles)
     return text;
 }
 
-const char* printState(const DeviceFacts& device)
+const char* formatState(const DeviceFacts& device)
 {
     return !device.isAlive ? "dead" : device.isRunning ? "running" : "idle";
 }
 
-std::string printChannel(std::uint32_t channel)
+std::string formatChannel(std::uint32_t channel)
 {
     return channel == 0 ? std::string() : fmt::format(" of channel {}", channel);
 }
@@ -74,12 +74,12 @@ std::string deviceTable(const std::vector<DeviceFacts>& devices, const Roles& ro
         rows.push_back({std::to_string(rows.size()), std::to_string(device.id), plainText(device.name),
                         plainText(device.maker), plainText(device.uid), std::to_string(device.inputs),
                         std::to_string(device.outputs), fmt::format("{}", device.rate),
-                        printRates(device.rates), std::to_string(device.slice),
-                        std::to_string(device.latency), printRoles(device.id, roles), printState(device)});
+                        formatRates(device.rates), std::to_string(device.slice),
+                        std::to_string(device.latency), formatRoles(device.id, roles), formatState(device)});
     return layOutTable(columns, rows, width);
 }
 
-std::string printRates(const std::vector<ValueRange>& rates)
+std::string formatRates(const std::vector<ValueRange>& rates)
 {
     std::string text;
     for (const ValueRange& range : rates) {
@@ -90,23 +90,23 @@ std::string printRates(const std::vector<ValueRange>& rates)
     return text;
 }
 
-std::string printDevice(const DeviceFacts& device)
+std::string formatDevice(const DeviceFacts& device)
 {
     return fmt::format("{} (id {})", plainText(device.name), device.id);
 }
 
-std::string printArrival(const DeviceFacts& device)
+std::string formatArrival(const DeviceFacts& device)
 {
-    return fmt::format("{}: came, {} in, {} out, {} Hz", printDevice(device), device.inputs, device.outputs,
+    return fmt::format("{}: came, {} in, {} out, {} Hz", formatDevice(device), device.inputs, device.outputs,
                        device.rate);
 }
 
-std::string printDeparture(const DeviceFacts& device) { return printDevice(device) + ": went"; }
+std::string formatDeparture(const DeviceFacts& device) { return formatDevice(device) + ": went"; }
 
 std::vector<std::string> changesOfDevice(const DeviceFacts& before, const DeviceFacts& after)
 {
     std::vector<std::string> lines;
-    const auto add = [&](const std::string& text) { lines.push_back(printDevice(after) + ": " + text); };
+    const auto add = [&](const std::string& text) { lines.push_back(formatDevice(after) + ": " + text); };
     const auto compare = [&](auto was, auto now, const char* what, const char* unit) {
         if (was != now) add(fmt::format("{} from {} to {}{}", what, was, now, unit));
     };
@@ -118,10 +118,10 @@ std::vector<std::string> changesOfDevice(const DeviceFacts& before, const Device
     compare(before.rate, after.rate, "rate", " Hz");
     compare(before.slice, after.slice, "slice", " frames");
     compareChannels(before.volumes, after.volumes, [&](std::uint32_t channel, float was, float now) {
-        compare(was, now, ("volume" + printChannel(channel)).c_str(), "");
+        compare(was, now, ("volume" + formatChannel(channel)).c_str(), "");
     });
     compareChannels(before.mutes, after.mutes, [&](std::uint32_t channel, bool, bool now) {
-        add(fmt::format("mute{} {}", printChannel(channel), now ? "on" : "off"));
+        add(fmt::format("mute{} {}", formatChannel(channel), now ? "on" : "off"));
     });
     compareFlag(before.isRunning, after.isRunning, "running", "stopped");
     compareFlag(before.isAlive, after.isAlive, "alive", "no longer alive");

@@ -16,13 +16,13 @@ namespace kvx {
 std::string deviceTable(const std::vector<DeviceFacts>& devices, const Roles& roles, std::size_t width);
 
 /// Print rates in Hz: "1000-768000", or "44100 48000".
-std::string printRates(const std::vector<ValueRange>& rates);
+std::string formatRates(const std::vector<ValueRange>& rates);
 
 /// Print name and ID: "Desk Speakers (id 7)".
-std::string printDevice(const DeviceFacts& device);
+std::string formatDevice(const DeviceFacts& device);
 
-std::string printArrival(const DeviceFacts& device);
-std::string printDeparture(const DeviceFacts& device);
+std::string formatArrival(const DeviceFacts& device);
+std::string formatDeparture(const DeviceFacts& device);
 
 /// One line per difference between two states of one device.
 std::vector<std::string> changesOfDevice(const DeviceFacts& before, const DeviceFacts& after);

@@ -128,7 +128,7 @@ Failure deviceDied(const KVXDeviceInfo& device)
         fmt::format("{} went away while playing; choose another device with --device", device.name));
 }
 
-std::string printDevice(const KVXDeviceInfo& device, const DeviceRequest& request)
+std::string formatDevice(const KVXDeviceInfo& device, const DeviceRequest& request)
 {
     if (!isFallback(device, request)) return fmt::format("Device: {}, {} Hz", device.name, device.sampleRate);
     return fmt::format("No sound hardware opens here, so this plays to the simulated device{}",

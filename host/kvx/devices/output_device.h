@@ -55,6 +55,6 @@ void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames 
 Failure deviceDied(const KVXDeviceInfo& device);
 
 /// One line for the user that names the device, or explains why the simulated device plays.
-std::string printDevice(const KVXDeviceInfo& device, const DeviceRequest& request);
+std::string formatDevice(const KVXDeviceInfo& device, const DeviceRequest& request);
 
 } // namespace kvx

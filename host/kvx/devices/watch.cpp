@@ -36,7 +36,7 @@ Watch::Watch(host::Host& host, const CoreAudio& core, Report report)
         const auto status = static_cast<Status>(systemListeners_.back().get("LastError").integer());
         if (status != 0)
             throw Failure(fmt::format("--watch: no listener can be added: {}; close other programs",
-                                      printStatus(status)));
+                                      formatStatus(status)));
     }
     // Each object gets its listeners before it is read, so that no change is missed.
     for (ObjectID device : readDeviceList(core_)) beginWatching(device);
@@ -75,7 +75,7 @@ std::string Watch::nameOf(ObjectID device) const
 {
     if (device == 0) return "none";
     const auto found = watched_.find(device);
-    return found == watched_.end() ? fmt::format("id {}", device) : printDevice(found->second.facts);
+    return found == watched_.end() ? fmt::format("id {}", device) : formatDevice(found->second.facts);
 }
 
 void Watch::updateList()
@@ -87,11 +87,11 @@ void Watch::updateList()
     for (ObjectID device : now) {
         if (watched_.count(device)) continue;
         beginWatching(device);
-        if (watched_.count(device)) report(printArrival(watched_[device].facts));
+        if (watched_.count(device)) report(formatArrival(watched_[device].facts));
     }
     updateRoles(); // prints names of removed devices, so they must still be known
     for (ObjectID device : gone) {
-        report(printDeparture(watched_[device].facts));
+        report(formatDeparture(watched_[device].facts));
         watched_.erase(device);
         order_.erase(std::find(order_.begin(), order_.end(), device));
     }

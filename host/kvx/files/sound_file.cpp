@@ -64,7 +64,7 @@ Failure fileFailure(const std::string& path, OSStatus status)
             fmt::format("{} has a coding, sample rate or number of channels that kvx does not play; "
                         "convert it to WAV, of {} to {} Hz and up to {} channels",
                         path, int{KVXLowestFileRate}, int{KVXHighestFileRate}, int{KVXMostFileChannels}));
-    return Failure(fmt::format("{} cannot be read: {}; get the file again", path, printStatus(status)));
+    return Failure(fmt::format("{} cannot be read: {}; get the file again", path, formatStatus(status)));
 }
 
 struct Release {
@@ -204,7 +204,7 @@ std::vector<std::string> missingParts(const std::string& path, const SoundFormat
     return messages;
 }
 
-std::string printDamage(const std::string& path)
+std::string formatDamage(const std::string& path)
 {
     return fmt::format("{} is damaged: not all of its frames decode; get the file again", path);
 }

@@ -98,6 +98,6 @@ std::string pathOnDisk(const std::string& path);
 std::vector<std::string> missingParts(const std::string& path, const SoundFormat& format);
 
 /// The message for a file whose data stops decoding before its last frame.
-std::string printDamage(const std::string& path);
+std::string formatDamage(const std::string& path);
 
 } // namespace kvx

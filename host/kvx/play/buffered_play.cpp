@@ -24,9 +24,9 @@ void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& 
     const PlaylistFile* announced = nullptr;
     Transport transport;
     transport.status = [&] {
-        return printPosition((player.position() - double(group.firstFrameOf(*announced))) /
-                                 group.sampleRate(),
-                             announced->format.duration(), session.meter().takePeak());
+        return formatPosition((player.position() - double(group.firstFrameOf(*announced))) /
+                                  group.sampleRate(),
+                              announced->format.duration(), session.meter().takePeak());
     };
     do {
         const PlaylistFile& audible = group.fileAt(std::int64_t(player.position()));
@@ -35,7 +35,7 @@ void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& 
     } while (session.poll(transport) && player.advance());
     player.stop();
 
-    for (const std::string& path : player.damagedFiles()) session.progress().warn(printDamage(path));
+    for (const std::string& path : player.damagedFiles()) session.progress().warn(formatDamage(path));
     if (player.hadGap()) printGap();
 }
 

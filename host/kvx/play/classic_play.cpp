@@ -30,7 +30,7 @@ try {
                   "point in built programs only; leave out --development");
 } catch (const soundclient::Refusal& refusal) {
     throw Failure(fmt::format("the sound component cannot be opened: {}; install the library again",
-                              printStatus(refusal.status())));
+                              formatStatus(refusal.status())));
 }
 
 void checkForm(const PlaylistFile& file, const soundclient::OutputForm& form)
@@ -58,7 +58,7 @@ public:
     {
         Transport transport;
         transport.status = [this] {
-            return printPosition(position(), file_.format.duration(), session_.meter().takePeak());
+            return formatPosition(position(), file_.format.duration(), session_.meter().takePeak());
         };
         transport.press = [this](Key key) {
             if (key == Key::pause) setPaused(!isPaused_);
@@ -142,7 +142,7 @@ void SoundBridge::check(const char* what, const host::Value& status) const
 {
     if (status.integer() != 0)
         throw Failure(fmt::format("{} is refused: {}; choose another device with --device", what,
-                                  printStatus(Status(status.integer()))));
+                                  formatStatus(Status(status.integer()))));
 }
 
 void SoundBridge::attachUnit()
@@ -186,7 +186,7 @@ try {
     bridge.start();
     buffers.start();
     ClassicPlayback(buffers, file, session).run();
-    if (reader.isDamaged()) session.progress().warn(printDamage(file.path));
+    if (reader.isDamaged()) session.progress().warn(formatDamage(file.path));
     if (buffers.hadGap()) printGap();
 } catch (const soundclient::Refusal& refusal) {
     throw Failure(fmt::format("{}; install the library again", refusal.what()));

@@ -52,7 +52,7 @@ float factorOf(double decibels) { return float(std::pow(10.0, decibels / 20.0));
 
 int showNamedCurves()
 {
-    std::fputs(printNamedCurves().c_str(), stdout);
+    std::fputs(formatNamedCurves().c_str(), stdout);
     return 0;
 }
 

@@ -72,7 +72,7 @@ Gains readGains(std::string_view text)
     return gains;
 }
 
-std::string printNamedCurves()
+std::string formatNamedCurves()
 {
     std::string text;
     for (const NamedCurve& curve : curves) text += fmt::format("{:<10} {}\n", curve.name, curve.purpose);

@@ -32,6 +32,6 @@ NamedCurves namedCurves();
 Gains readGains(std::string_view text);
 
 /// One line per named curve, with the purpose of the curve.
-std::string printNamedCurves();
+std::string formatNamedCurves();
 
 } // namespace kvx

@@ -87,7 +87,7 @@ public:
     PlaylistPlayer(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
         : host_(host), core_(host), files_(filesOf(playlist)), options_(options), session_(session)
     {
-        transport_.status = [this] { return printPlayStatus(statusOf(current_->player, note_)); };
+        transport_.status = [this] { return formatPlayStatus(statusOf(current_->player, note_)); };
         transport_.press = [this](Key key) {
             note_ = applyKey(key, current_->player);
             if (next_) copySettings(current_->player, next_->player);

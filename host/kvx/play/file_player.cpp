@@ -60,7 +60,7 @@ Status FilePlayer::lastError() const { return Status(object_.get("Lasterror").in
 void FilePlayer::check(const char* what) const
 {
     if (const Status status = lastError(); status != 0)
-        throw Failure(fmt::format("{} is refused: {}; give another one", what, printStatus(status)));
+        throw Failure(fmt::format("{} is refused: {}; give another one", what, formatStatus(status)));
 }
 
 void FilePlayer::write(const char* property, const host::Value& value, const char* what)
@@ -91,7 +91,7 @@ void FilePlayer::loadWith(const char* method, const std::string& path, int chann
     if (isLoaded) return;
     const Status status = lastError();
     throw Failure(fmt::format("{} is not loaded: {}; {}", path,
-                              status == 0 ? "it cannot be read to its end" : printStatus(status),
+                              status == 0 ? "it cannot be read to its end" : formatStatus(status),
                               advice_.whenNotLoaded));
 }
 
@@ -126,7 +126,7 @@ void FilePlayer::play()
     object_.call("Play");
     if (const Status status = lastError(); status != 0)
         throw Failure(
-            fmt::format("the device does not start: {}; {}", printStatus(status), advice_.whenNotStarted));
+            fmt::format("the device does not start: {}; {}", formatStatus(status), advice_.whenNotStarted));
 }
 
 void FilePlayer::pause() { object_.call("Pause"); }

@@ -81,7 +81,7 @@ std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
 }
 
 /// Load a file into a file player, and print what the player reports.
-std::string printFileInfo(host::Host& host, const PlaylistFile& file, Progress& progress)
+std::string formatFileInfo(host::Host& host, const PlaylistFile& file, Progress& progress)
 {
     const CoreAudio core(host);
     FilePlayer player(host, core, infoAdvice);
@@ -97,7 +97,7 @@ std::string printFileInfo(host::Host& host, const PlaylistFile& file, Progress& 
     line("channels", player.channels() == fileChannels
                          ? fmt::format("{}", fileChannels)
                          : fmt::format("{}, of which the first {} play", fileChannels, player.channels()));
-    line("duration", fmt::format("{} ({:.3f} s)", printTime(duration), duration));
+    line("duration", fmt::format("{} ({:.3f} s)", formatTime(duration), duration));
     line("client format", player.clientFormat());
     line("output format", player.outputFormat());
     return text;
@@ -122,7 +122,7 @@ int play(const PlayOptions& options)
     Library library(options.library);
 
     warnOfMissingParts(playlist, progress);
-    progress.say(printDevice(device, options.device));
+    progress.say(formatDevice(device, options.device));
     const bool hasPlayed = playGroups(library.host(), playlist, options, device, progress);
     if (isInterrupted()) progress.leaveLine();
     progress.say(isInterrupted() ? "Stopped." : "Done.");
@@ -138,7 +138,7 @@ int showFileInfo(const PlayOptions& options)
     Library library(options.library);
     warnOfMissingParts(playlist, progress);
     for (const PlaylistFile& file : filesOf(playlist))
-        std::fputs(printFileInfo(library.host(), file, progress).c_str(), stdout);
+        std::fputs(formatFileInfo(library.host(), file, progress).c_str(), stdout);
     return reportLeaks(library, progress.exitCode());
 }
 

@@ -116,7 +116,7 @@ std::int64_t loadFile(FilePlayer& player, const PlaylistFile& file, int channels
 std::int64_t framesLoaded(FilePlayer& player, const PlaylistFile& file, Progress& progress)
 {
     if (player.holdsAll(file.format.frames)) return file.format.frames;
-    progress.warn(printDamage(file.path));
+    progress.warn(formatDamage(file.path));
     return countDecodedFrames(file.path);
 }
 

@@ -67,7 +67,7 @@ void warnOfMissingParts(const Playlist& playlist, Progress& progress)
         for (const std::string& line : missingParts(file.path, file.format)) progress.warn(line);
 }
 
-std::string printChannels(int channels)
+std::string formatChannels(int channels)
 {
     return channels == 1 ? "mono" : channels == 2 ? "stereo" : fmt::format("{} channels", channels);
 }
@@ -77,7 +77,7 @@ void announce(const PlaylistFile& file, int channels, Progress& progress)
     const SoundFormat& format = file.format;
     progress.say(fmt::format("Playing {}: {} Hz, {}, {}",
                              std::filesystem::path(file.path).filename().string(), format.sampleRate,
-                             printChannels(format.fileChannels), printTime(format.duration())));
+                             formatChannels(format.fileChannels), formatTime(format.duration())));
     if (format.fileChannels > channels)
         progress.say(
             fmt::format("  It plays the first {} of its {} channels.", channels, format.fileChannels));

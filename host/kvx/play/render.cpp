@@ -138,8 +138,8 @@ bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t fra
         stepDevice(device, slices, step);
         done += step;
         KVXPlatformDrainMainQueue(0);
-        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", printTime(double(done) / rate),
-                                      printTime(double(frames) / rate),
+        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", formatTime(double(done) / rate),
+                                      formatTime(double(frames) / rate),
                                       100.0 * double(done) / double(frames)));
     }
     return true;
@@ -149,7 +149,7 @@ void checkRenderError(const FilePlayer& player, const std::string& path)
 {
     if (const Status status = player.renderError(); status != 0)
         throw Failure(fmt::format("{}: a part could not be rendered: {}; choose another file", path,
-                                  printStatus(status)));
+                                  formatStatus(status)));
 }
 
 /// Render the file. Returns false if the user interrupts; no file is written then.
@@ -177,8 +177,8 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     if (!isWhole) return false;
     checkRenderError(player, file.path);
     out.keep();
-    progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, printChannels(deviceChannels),
-                             printTime(double(frames) / rate)));
+    progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, formatChannels(deviceChannels),
+                             formatTime(double(frames) / rate)));
     return true;
 }
 

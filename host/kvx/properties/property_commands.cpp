@@ -68,7 +68,7 @@ Code classOf(const CoreAudio& core, ObjectID id)
     if (!answer.isGood())
         throw Failure(fmt::format("object {}: {}; `kvx devices` lists the devices, `kvx get DEVICE stm#` the "
                                   "streams of a device",
-                                  id, printStatus(answer.status)));
+                                  id, formatStatus(answer.status)));
     return itemOf<Code>(answer.value).value_or(0);
 }
 
@@ -109,8 +109,8 @@ ObjectID findObject(const CoreAudio& core, const std::string& text)
     if (const std::optional<std::uint32_t> id = numberAfter("id:", text)) return *id;
     if (const std::optional<std::uint32_t> id = numberAfter("stream:", text)) {
         if (const Code kind = classOf(core, *id); kind != streamClass)
-            throw Failure(fmt::format("object {} is of class {}, not {}; use id:{}", *id, printCode(kind),
-                                      printCode(streamClass), *id));
+            throw Failure(fmt::format("object {} is of class {}, not {}; use id:{}", *id, formatCode(kind),
+                                      formatCode(streamClass), *id));
         return *id;
     }
     const std::optional<std::uint32_t> number = readNumber(text);
@@ -145,7 +145,7 @@ void withObject(const CoreAudio& core, ObjectID object, Body body)
 {
     const char* const advice = status == 'who?' ? "; `kvx get OBJECT` lists the properties of an object" : "";
     throw Failure(fmt::format("{}, {}: {}{}", nameOf(core, subject.address.object),
-                              printCode(subject.address.selector), printStatus(status), advice));
+                              formatCode(subject.address.selector), formatStatus(status), advice));
 }
 
 std::string valueOf(const Answer& answer, const CoreAudio& core, const Subject& subject)
@@ -172,42 +172,42 @@ std::string bytesFromUser(const CoreAudio& core, const PropertyOptions& options,
 
 // ---- get ----
 
-std::string printBytes(const Subject& subject, const std::string& value, bool isHex)
+std::string formatBytes(const Subject& subject, const std::string& value, bool isHex)
 {
-    return subject.type && !isHex ? printValue(subject.type->form, subject.type->extent, value)
+    return subject.type && !isHex ? formatValue(subject.type->form, subject.type->extent, value)
                                   : dumpBytes(value);
 }
 
-std::string printPlain(const CoreAudio& core, const Subject& subject, bool isHex)
+std::string formatPlain(const CoreAudio& core, const Subject& subject, bool isHex)
 {
     if (!subject.type || subject.type->form != Form::reference)
-        return printBytes(subject, valueOf(core.read(subject.address), core, subject), isHex);
+        return formatBytes(subject, valueOf(core.read(subject.address), core, subject), isHex);
     if (isHex)
         throw WrongUsage(
             fmt::format("{} is a reference to a text, so its bytes are meaningless; leave out --hex",
-                        printCode(subject.address.selector)));
-    return printValue(Form::reference, Extent::one, valueOf(core.readText(subject.address), core, subject));
+                        formatCode(subject.address.selector)));
+    return formatValue(Form::reference, Extent::one, valueOf(core.readText(subject.address), core, subject));
 }
 
-std::string printInPlace(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
+std::string formatAnswer(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const std::string question = bytesFromUser(core, options, subject.type->form, subject.type->extent);
     const std::string value = valueOf(core.read(subject.address, question), core, subject);
-    return subject.type->question == Question::check ? "yes" : printBytes(subject, value, options.isHex);
+    return subject.type->question == Question::check ? "yes" : formatBytes(subject, value, options.isHex);
 }
 
-std::string printForCode(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
+std::string formatForCode(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const std::optional<Code> code = itemOf<Code>(bytesFromUser(core, options, Form::code, Extent::one));
     if (!code) throw WrongUsage("VALUE is a code of four bytes; give four bytes with --hex");
     const Answer answer = core.readTextFor(subject.address, *code);
-    return printValue(Form::text, Extent::one, valueOf(answer, core, subject));
+    return formatValue(Form::text, Extent::one, valueOf(answer, core, subject));
 }
 
-std::string printProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
+std::string formatProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const Question question = subject.type ? subject.type->question : Question::none;
-    const std::string selector = printCode(subject.address.selector);
+    const std::string selector = formatCode(subject.address.selector);
     if (question == Question::reference)
         throw Failure(fmt::format("{} takes or returns a reference that a host program cannot hold; `kvx "
                                   "devices` shows every device with its UID",
@@ -215,12 +215,12 @@ std::string printProperty(const CoreAudio& core, const Subject& subject, const P
     if (question == Question::none) {
         if (!options.value.empty())
             throw WrongUsage(fmt::format("{} is read without a value; use `kvx set` to write", selector));
-        return printPlain(core, subject, options.isHex);
+        return formatPlain(core, subject, options.isHex);
     }
     if (options.value.empty())
         throw WrongUsage(fmt::format("{} converts or checks a value; give a VALUE", selector));
-    return question == Question::translate ? printForCode(core, subject, options)
-                                           : printInPlace(core, subject, options);
+    return question == Question::translate ? formatForCode(core, subject, options)
+                                           : formatAnswer(core, subject, options);
 }
 
 void printLines(const std::string& text)
@@ -251,9 +251,9 @@ void printAll(const CoreAudio& core, const PropertyOptions& options)
         const Answer answer = subject.type->form == Form::reference ? core.readText(subject.address)
                                                                     : core.read(subject.address);
         if (!answer.isGood()) continue; // the object does not have this property
-        const std::string value = onOneLine(printBytes(subject, answer.value, false));
+        const std::string value = onOneLine(formatBytes(subject, answer.value, false));
         const std::string line =
-            fmt::format("{:<6} {:<51} {}", printCode(selector), name, value.empty() ? "(none)" : value);
+            fmt::format("{:<6} {:<51} {}", formatCode(selector), name, value.empty() ? "(none)" : value);
         printLines(width ? cutToWidth(line, width) : line);
     }
 }
@@ -279,18 +279,18 @@ void checkReadBack(const CoreAudio& core, const Subject& subject, const std::str
         answer = core.read(subject.address);
     }
     if (!answer.isGood()) return;
-    const std::string now = printBytes(subject, answer.value, isHex);
+    const std::string now = formatBytes(subject, answer.value, isHex);
     printLines(now);
     if (isInForce(subject, written, answer.value)) return;
     throw Failure(
         fmt::format("{}, {}: {} was written and {} is read back; give a value that the device takes",
-                    nameOf(core, subject.address.object), printCode(subject.address.selector),
-                    onOneLine(printBytes(subject, written, isHex)), onOneLine(now)));
+                    nameOf(core, subject.address.object), formatCode(subject.address.selector),
+                    onOneLine(formatBytes(subject, written, isHex)), onOneLine(now)));
 }
 
 void writeProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
-    const std::string selector = printCode(subject.address.selector);
+    const std::string selector = formatCode(subject.address.selector);
     if (!subject.type && !options.isHex)
         throw WrongUsage(
             fmt::format("the type of the values of {} is unknown; give the bytes with --hex", selector));
@@ -320,7 +320,7 @@ int getCommand(const PropertyOptions& options)
         } else {
             const Subject subject = subjectOf(core, options);
             withObject(core, subject.address.object,
-                       [&] { printLines(printProperty(core, subject, options)); });
+                       [&] { printLines(formatProperty(core, subject, options)); });
         }
     }
     return reportLeaks(library, 0);

@@ -137,32 +137,32 @@ std::string bytesOrRefusal(const std::optional<T>& item, const std::string& text
 struct FormatField {
     const char* name;
     std::uint32_t StreamFormat::*field;
-    std::string (*print)(std::uint32_t);
+    std::string (*toText)(std::uint32_t);
 };
 
-std::string printDecimal(std::uint32_t number) { return fmt::format("{}", number); }
-std::string printHexadecimal(std::uint32_t number) { return fmt::format("{:#x}", number); }
+std::string formatDecimal(std::uint32_t number) { return fmt::format("{}", number); }
+std::string formatHexadecimal(std::uint32_t number) { return fmt::format("{:#x}", number); }
 
 // clang-format off
 constexpr FormatField formatFields[] = {
-    {"format",        &StreamFormat::format,          printCode},
-    {"flags",         &StreamFormat::flags,           printHexadecimal},
-    {"bytes/packet",  &StreamFormat::bytesPerPacket,  printDecimal},
-    {"frames/packet", &StreamFormat::framesPerPacket, printDecimal},
-    {"bytes/frame",   &StreamFormat::bytesPerFrame,   printDecimal},
-    {"channels",      &StreamFormat::channels,        printDecimal},
-    {"bits",          &StreamFormat::bits,            printDecimal},
+    {"format",        &StreamFormat::format,          formatCode},
+    {"flags",         &StreamFormat::flags,           formatHexadecimal},
+    {"bytes/packet",  &StreamFormat::bytesPerPacket,  formatDecimal},
+    {"frames/packet", &StreamFormat::framesPerPacket, formatDecimal},
+    {"bytes/frame",   &StreamFormat::bytesPerFrame,   formatDecimal},
+    {"channels",      &StreamFormat::channels,        formatDecimal},
+    {"bits",          &StreamFormat::bits,            formatDecimal},
 };
 // clang-format on
 
 constexpr const char* formatExample =
     "rate=48000,format='lpcm',channels=2 (a field that is left out is 0, which means any value)";
 
-std::string printFormat(const StreamFormat& format)
+std::string formatStreamFormat(const StreamFormat& format)
 {
     std::string text = fmt::format("rate={}", format.rate);
     for (const FormatField& each : formatFields)
-        text += fmt::format(",{}={}", each.name, each.print(format.*each.field));
+        text += fmt::format(",{}={}", each.name, each.toText(format.*each.field));
     return text;
 }
 
@@ -196,7 +196,7 @@ T as(std::string_view item)
     return *itemOf<T>(item);
 }
 
-std::string printFlag(std::string_view item)
+std::string formatFlag(std::string_view item)
 {
     const auto flag = as<std::uint32_t>(item);
     return flag > 1 ? fmt::format("{}", flag) : flag ? "yes" : "no";
@@ -211,7 +211,7 @@ std::string parseFlag(const std::string& text, const FindObject&)
 }
 
 template <class T>
-std::string print(std::string_view item)
+std::string formatNumber(std::string_view item)
 {
     return fmt::format("{}", as<T>(item));
 }
@@ -229,7 +229,7 @@ std::string parseFloating(const std::string& text, const FindObject&)
     return bytesOrRefusal(readDecimal<T>(text), text, "a number such as 0.5");
 }
 
-std::string printCodeItem(std::string_view item) { return printCode(as<Code>(item)); }
+std::string formatCodeItem(std::string_view item) { return formatCode(as<Code>(item)); }
 std::string parseCode(const std::string& text, const FindObject&)
 {
     return bytesOrRefusal(readCodeOrNumber(text), text, "four characters such as 'line', or a number");
@@ -240,11 +240,11 @@ std::string parseObject(const std::string& text, const FindObject& findObject)
     return bytesOf(findObject(text));
 }
 
-std::string printRange(const ValueRange& range)
+std::string formatRange(const ValueRange& range)
 {
     return fmt::format("{}..{}", range.minimum, range.maximum);
 }
-std::string printRangeItem(std::string_view item) { return printRange(as<ValueRange>(item)); }
+std::string formatRangeItem(std::string_view item) { return formatRange(as<ValueRange>(item)); }
 std::string parseRange(const std::string& text, const FindObject&)
 {
     const std::size_t dots = text.find("..");
@@ -255,7 +255,10 @@ std::string parseRange(const std::string& text, const FindObject&)
     return bytesOf(ValueRange{*low, *high});
 }
 
-std::string printFormatItem(std::string_view item) { return printFormat(as<StreamFormat>(item)); }
+std::string formatStreamFormatItem(std::string_view item)
+{
+    return formatStreamFormat(as<StreamFormat>(item));
+}
 std::string parseFormat(const std::string& text, const FindObject&)
 {
     StreamFormat format = {};
@@ -264,32 +267,32 @@ std::string parseFormat(const std::string& text, const FindObject&)
     return bytesOf(format);
 }
 
-std::string printRangedFormat(std::string_view item)
+std::string formatRangedFormat(std::string_view item)
 {
     const auto ranged = as<RangedFormat>(item);
-    return printFormat(ranged.format) + ",rates=" + printRange(ranged.rates);
+    return formatStreamFormat(ranged.format) + ",rates=" + formatRange(ranged.rates);
 }
 
 struct FormFact {
     Form form;
     std::size_t size; ///< size of an item, bytes
-    std::string (*print)(std::string_view item);
+    std::string (*toText)(std::string_view item);
     std::string (*parse)(const std::string& text,
                          const FindObject& findObject); ///< null: the user must give bytes with --hex
 };
 
 // clang-format off
 constexpr FormFact forms[] = {
-    {Form::flag,         4,                    printFlag,              parseFlag},
-    {Form::number,       4,                    print<std::uint32_t>,   parseNumber},
-    {Form::integer,      4,                    print<std::int32_t>,    parseInteger},
-    {Form::code,         4,                    printCodeItem,          parseCode},
-    {Form::object,       4,                    print<ObjectID>,        parseObject},
-    {Form::single,       4,                    print<float>,           parseFloating<float>},
-    {Form::real,         8,                    print<double>,          parseFloating<double>},
-    {Form::range,        sizeof(ValueRange),   printRangeItem,         parseRange},
-    {Form::format,       sizeof(StreamFormat), printFormatItem,        parseFormat},
-    {Form::rangedFormat, sizeof(RangedFormat), printRangedFormat,      nullptr},
+    {Form::flag,         4,                    formatFlag,              parseFlag},
+    {Form::number,       4,                    formatNumber<std::uint32_t>,   parseNumber},
+    {Form::integer,      4,                    formatNumber<std::int32_t>,    parseInteger},
+    {Form::code,         4,                    formatCodeItem,          parseCode},
+    {Form::object,       4,                    formatNumber<ObjectID>,        parseObject},
+    {Form::single,       4,                    formatNumber<float>,           parseFloating<float>},
+    {Form::real,         8,                    formatNumber<double>,          parseFloating<double>},
+    {Form::range,        sizeof(ValueRange),   formatRangeItem,         parseRange},
+    {Form::format,       sizeof(StreamFormat), formatStreamFormatItem,        parseFormat},
+    {Form::rangedFormat, sizeof(RangedFormat), formatRangedFormat,      nullptr},
 };
 // clang-format on
 
@@ -319,7 +322,7 @@ bool singleIsKept(float written, float read)
 
 // ---- values of variable size ----
 
-std::optional<std::string> printBufferList(std::string_view value)
+std::optional<std::string> formatBufferList(std::string_view value)
 {
     const auto count = itemOf<std::uint32_t>(value);
     if (!count || value.size() < offsetof(BufferList, buffers))
@@ -333,7 +336,7 @@ std::optional<std::string> printBufferList(std::string_view value)
     return text;
 }
 
-std::optional<std::string> printLayout(std::string_view value)
+std::optional<std::string> formatLayout(std::string_view value)
 {
     const auto layout = itemOf<ChannelLayout>(value);
     if (!layout) return std::nullopt;
@@ -341,7 +344,7 @@ std::optional<std::string> printLayout(std::string_view value)
                        layout->descriptionCount);
 }
 
-std::optional<std::string> printRecord(Form form, std::string_view value)
+std::optional<std::string> formatRecord(Form form, std::string_view value)
 {
     switch (form) {
     case Form::text:
@@ -349,9 +352,9 @@ std::optional<std::string> printRecord(Form form, std::string_view value)
     case Form::reference:
         return plainText(value);
     case Form::bufferList:
-        return printBufferList(value);
+        return formatBufferList(value);
     case Form::channelLayout:
-        return printLayout(value);
+        return formatLayout(value);
     default:
         return std::nullopt;
     }
@@ -369,15 +372,15 @@ const PropertyType* findPropertyType(Code selector)
     return found == std::end(types) ? nullptr : found;
 }
 
-std::string printValue(Form form, Extent extent, std::string_view value)
+std::string formatValue(Form form, Extent extent, std::string_view value)
 {
     const FormFact* fact = findForm(form);
-    if (!fact) return printRecord(form, value).value_or(dumpBytes(value));
+    if (!fact) return formatRecord(form, value).value_or(dumpBytes(value));
     const bool isWhole = extent == Extent::one ? value.size() == fact->size : value.size() % fact->size == 0;
     if (!isWhole) return dumpBytes(value);
     std::string text;
     for (std::size_t at = 0; at < value.size(); at += fact->size)
-        text += (at ? "\n" : "") + fact->print(value.substr(at, fact->size));
+        text += (at ? "\n" : "") + fact->toText(value.substr(at, fact->size));
     return text;
 }
 

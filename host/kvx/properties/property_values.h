@@ -58,11 +58,11 @@ PropertyTypes propertyTypes();
 /// Find the type of a property; null if the selector is unknown.
 const PropertyType* findPropertyType(Code selector);
 
-// ---- text; parseValue() reads what printValue() prints ----
+// ---- text; parseValue() reads what formatValue() returns ----
 
-/// Print a value in the given form, one item per line, without a newline at the end. A value whose size does
-/// not fit the form is printed by dumpBytes(). The value of a `reference` is the text.
-std::string printValue(Form form, Extent extent, std::string_view value);
+/// Format a value in the given form, one item per line, without a newline at the end. A value whose size does
+/// not fit the form is formatted by dumpBytes(). The value of a `reference` is the text.
+std::string formatValue(Form form, Extent extent, std::string_view value);
 
 /// Whether a property has the value that was written, given the bytes that are read back. A zero field of a
 /// written format fits any value; `single` values fit within a ten-thousandth; other values must be

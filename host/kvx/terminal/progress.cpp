@@ -22,24 +22,24 @@ constexpr double silenceDb = -120;
 float magnitudeOf(double db) { return db > silenceDb ? float(std::pow(10.0, db / 20.0)) : 0.0f; }
 
 /// The level; the text has the same width during a pause, so that the rest of the line does not move.
-std::string printSound(const PlayStatus& status)
+std::string formatSound(const PlayStatus& status)
 {
     constexpr int places = 10; // a line without pitch and volume then fits in 80 columns
     if (status.isPaused) return "[" + std::string(places, '-') + "]   paused";
-    return printLevel(magnitudeOf(status.level), places);
+    return formatLevel(magnitudeOf(status.level), places);
 }
 
-std::string printLoop(const PlayStatus& status)
+std::string formatLoop(const PlayStatus& status)
 {
     if (status.loopOut > status.loopIn)
-        return fmt::format("loop {}-{}{}", printTime(status.loopIn), printTime(status.loopOut),
+        return fmt::format("loop {}-{}{}", formatTime(status.loopIn), formatTime(status.loopOut),
                            status.isLooping ? "" : " off");
-    return status.loopIn > 0 ? fmt::format("loop {}-", printTime(status.loopIn)) : "no loop";
+    return status.loopIn > 0 ? fmt::format("loop {}-", formatTime(status.loopIn)) : "no loop";
 }
 
 } // namespace
 
-std::string printTime(double seconds)
+std::string formatTime(double seconds)
 {
     const auto tenths = static_cast<long long>(std::max(0.0, seconds) * 10.0);
     const long long minutes = tenths / 600;
@@ -48,7 +48,7 @@ std::string printTime(double seconds)
                         : fmt::format("{}:{:02}:{}", minutes / 60, minutes % 60, rest);
 }
 
-std::string printLevel(float peak, int places)
+std::string formatLevel(float peak, int places)
 {
     constexpr double floorDb = -60.0;
     if (!(peak > 0.0f)) return fmt::format("[{}]   silent", std::string(std::size_t(places), '-'));
@@ -58,18 +58,18 @@ std::string printLevel(float peak, int places)
                        std::string(std::size_t(places - lit), '-'), std::clamp(db, -99.9, 999.9));
 }
 
-std::string printPosition(double seconds, double totalSeconds, float peak)
+std::string formatPosition(double seconds, double totalSeconds, float peak)
 {
-    return fmt::format("  {} / {}  {}", printTime(std::min(seconds, totalSeconds)), printTime(totalSeconds),
-                       printLevel(peak));
+    return fmt::format("  {} / {}  {}", formatTime(std::min(seconds, totalSeconds)), formatTime(totalSeconds),
+                       formatLevel(peak));
 }
 
-std::string printPlayStatus(const PlayStatus& status)
+std::string formatPlayStatus(const PlayStatus& status)
 {
-    std::string line = fmt::format("  {} / {}  {}", printTime(std::min(status.position, status.duration)),
-                                   printTime(status.duration), printSound(status));
+    std::string line = fmt::format("  {} / {}  {}", formatTime(std::min(status.position, status.duration)),
+                                   formatTime(status.duration), formatSound(status));
     if (!status.note.empty()) line += "  " + status.note;
-    line += fmt::format("  rate {:.2f}  {}", status.rate, printLoop(status));
+    line += fmt::format("  rate {:.2f}  {}", status.rate, formatLoop(status));
     if (std::lround(status.pitch) != 0) line += fmt::format("  pitch {:+.0f}", status.pitch);
     if (std::lround(status.volume * 100) != 100)
         line += fmt::format("  volume {:.0f} %", status.volume * 100);

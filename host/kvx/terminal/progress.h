@@ -10,15 +10,15 @@
 namespace kvx {
 
 /// A time in seconds as text, "0:07.3" or "1:02:03.0". Tenths are cut off, not rounded.
-std::string printTime(double seconds);
+std::string formatTime(double seconds);
 
 /// A peak as a bar of `places` characters from -60 dB to full scale, and as a number:
 /// "[#########-----------]  -33.0 dB".
-std::string printLevel(float peak, int places = 20);
+std::string formatLevel(float peak, int places = 20);
 
 /// A live line that shows the position in a file and the peak of the output: "  0:01.0 / 0:06.5  [####---]
 /// …".
-std::string printPosition(double seconds, double totalSeconds, float peak);
+std::string formatPosition(double seconds, double totalSeconds, float peak);
 
 /// The state of a file player. Times in seconds of the file.
 struct PlayStatus {
@@ -34,7 +34,7 @@ struct PlayStatus {
 /// A live line that shows the state of a file player:
 /// "  0:02.4 / 0:06.5  [####------]  -9.3 dB  rate 1.00  loop 0:01.0-0:03.0". Narrow terminals cut off the
 /// end, so the most important parts come first.
-std::string printPlayStatus(const PlayStatus& status);
+std::string formatPlayStatus(const PlayStatus& status);
 
 /// Columns of the terminal that the descriptor `file` refers to; 80 if unknown.
 std::size_t terminalColumns(int file);

@@ -74,7 +74,7 @@ std::string charactersOf(Code code)
     return text;
 }
 
-std::string printCode(Code code)
+std::string formatCode(Code code)
 {
     const std::string text = charactersOf(code);
     return std::all_of(text.begin(), text.end(), isPrintable) ? fmt::format("'{}'", text)
@@ -99,12 +99,12 @@ std::optional<Code> readCodeOrNumber(std::string_view text)
 
 StatusFacts statusFacts() { return {facts, std::size(facts)}; }
 
-std::string printStatus(Status status)
+std::string formatStatus(Status status)
 {
     const auto* found = std::find_if(std::begin(facts), std::end(facts),
                                      [status](const StatusFact& fact) { return fact.status == status; });
     const char* const meaning = found == std::end(facts) ? "unknown status" : found->meaning;
-    const std::string code = printCode(static_cast<Code>(status));
+    const std::string code = formatCode(static_cast<Code>(status));
     return code.front() == '\'' ? fmt::format("{} ({}): {}", code, status, meaning)
                                 : fmt::format("{}: {}", status, meaning);
 }

@@ -18,7 +18,7 @@ std::string charactersOf(Code code);
 
 /// Print a code in quotes ('uid '), or as a hexadecimal number (0x0000002A) if a character is not printable
 /// or is a quote. readCodeOrNumber() reads both forms.
-std::string printCode(Code code);
+std::string formatCode(Code code);
 
 /// Read one to four characters, with or without quotes, padded with blanks.
 /// Errors  nullopt for a longer or an empty text.
@@ -41,6 +41,6 @@ struct StatusFacts {
 StatusFacts statusFacts();
 
 /// Print a status as code, number and meaning: "'who?' (2003332927): the object has no such property …".
-std::string printStatus(Status status);
+std::string formatStatus(Status status);
 
 } // namespace kvx

@@ -43,10 +43,10 @@ TEST_F(PropertyForms, PrintEveryValueOfEveryObject)
                         type.form == Form::reference ? core.readText(address) : core.read(address);
                     if (!answer.isGood()) continue;
                     ++values;
-                    const std::string text = kvx::printValue(type.form, type.extent, answer.value);
+                    const std::string text = kvx::formatValue(type.form, type.extent, answer.value);
                     EXPECT_NE(text.substr(0, 6), "0000  ")
-                        << kvx::printCode(type.selector) << " of object " << object << ", "
-                        << kvx::printCode(scope) << ", element " << element << ": " << text;
+                        << kvx::formatCode(type.selector) << " of object " << object << ", "
+                        << kvx::formatCode(scope) << ", element " << element << ": " << text;
                 }
     EXPECT_GT(values, 300u);
 }

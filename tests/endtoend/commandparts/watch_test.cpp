@@ -49,7 +49,7 @@ struct DeviceWatch : LoadedHostTest {
 
     void write(const kvx::PropertyAddress& address, const std::string& value)
     {
-        ASSERT_EQ(core->write(address, value), 0) << kvx::printCode(address.selector);
+        ASSERT_EQ(core->write(address, value), 0) << kvx::formatCode(address.selector);
     }
 
     std::string named(const char* name, KVXDeviceID id)

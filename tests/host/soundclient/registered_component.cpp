@@ -21,7 +21,7 @@ long wordAt(const ComponentParameters& parameters, std::size_t index)
 }
 
 /// A call with a count and a list of sources as text: "start 1 source 7".
-std::string printCall(const char* verb, const ComponentParameters& parameters)
+std::string formatCall(const char* verb, const ComponentParameters& parameters)
 {
     const auto count = static_cast<short>(wordAt(parameters, 0));
     std::string text = verb + (" " + std::to_string(count)) + " source";
@@ -100,13 +100,13 @@ ComponentResult RegisteredComponent::answer(ComponentParameters& parameters)
             return refusal->second;
         return getInfo(static_cast<OSType>(word(1)), reinterpret_cast<void*>(word(2)));
     case kSoundComponentStartSourceSelect:
-        log(printCall("start", parameters));
+        log(formatCall("start", parameters));
         break;
     case kSoundComponentPauseSourceSelect:
-        log(printCall("pause", parameters));
+        log(formatCall("pause", parameters));
         break;
     case kSoundComponentStopSourceSelect:
-        log(printCall("stop", parameters));
+        log(formatCall("stop", parameters));
         queued.clear();
         break;
     case kSoundComponentPlaySourceBufferSelect: {

@@ -101,10 +101,10 @@ TEST(DeviceJson, HasEveryPropertyInUtf8)
 
 TEST(DeviceRates, ArePrintedAsNumbersAndRanges)
 {
-    EXPECT_EQ(kvx::printRates({}), "");
-    EXPECT_EQ(kvx::printRates({{44100, 44100}}), "44100");
-    EXPECT_EQ(kvx::printRates({{1000, 768000}}), "1000-768000");
-    EXPECT_EQ(kvx::printRates({{8000, 8000}, {11025.5, 48000}}), "8000 11025.5-48000");
+    EXPECT_EQ(kvx::formatRates({}), "");
+    EXPECT_EQ(kvx::formatRates({{44100, 44100}}), "44100");
+    EXPECT_EQ(kvx::formatRates({{1000, 768000}}), "1000-768000");
+    EXPECT_EQ(kvx::formatRates({{8000, 8000}, {11025.5, 48000}}), "8000 11025.5-48000");
 }
 
 using Lines = std::vector<std::string>;
@@ -174,8 +174,8 @@ TEST(DeviceText, PrintsArrivalAndDepartureWithAPlainName)
 {
     DeviceFacts device = desk();
     device.name = "De\nsk";
-    EXPECT_EQ(kvx::printArrival(device), "De?sk (id 7): came, 0 in, 2 out, 44100 Hz");
-    EXPECT_EQ(kvx::printDeparture(device), "De?sk (id 7): went");
+    EXPECT_EQ(kvx::formatArrival(device), "De?sk (id 7): came, 0 in, 2 out, 44100 Hz");
+    EXPECT_EQ(kvx::formatDeparture(device), "De?sk (id 7): went");
 }
 
 } // namespace

@@ -14,7 +14,7 @@ namespace {
 using kvx::Column;
 
 /// The picture as text: '#' is a pixel of the wave, '.' is any other pixel.
-std::string print(const kvx::Picture& picture)
+std::string textOf(const kvx::Picture& picture)
 {
     std::string text;
     for (int y = 0; y < picture.height; ++y) {
@@ -33,11 +33,11 @@ TEST(Waveform, DrawsOneColumnOfPixelsPerColumn)
     const float infinity = std::numeric_limits<float>::infinity();
     const std::vector<Column> columns = {{0, 0},        {-1, 1}, {0, 1},     {-1, 0},
                                          {-0.5f, 0.5f}, {-9, 9}, {nan, nan}, {0, infinity}};
-    EXPECT_EQ(print(kvx::drawWaveform(columns, 5)), ".##..#..\n"
-                                                    ".##.##..\n"
-                                                    "########\n"
-                                                    ".#.###..\n"
-                                                    ".#.#.#..\n");
+    EXPECT_EQ(textOf(kvx::drawWaveform(columns, 5)), ".##..#..\n"
+                                                     ".##.##..\n"
+                                                     "########\n"
+                                                     ".#.###..\n"
+                                                     ".#.#.#..\n");
 }
 
 TEST(Waveform, DrawsTheMiddleLineUnderTheWave)

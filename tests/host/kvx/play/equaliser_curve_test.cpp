@@ -38,7 +38,7 @@ TEST(NamedCurves, HaveDifferentNamesAndGainsInRange)
             EXPECT_LE(gain, kvx::highestGain) << curve.name;
         }
         EXPECT_EQ(kvx::readGains(curve.name), curve.gains);
-        EXPECT_NE(kvx::printNamedCurves().find(std::string(curve.name) + " "), std::string::npos);
+        EXPECT_NE(kvx::formatNamedCurves().find(std::string(curve.name) + " "), std::string::npos);
     }
     EXPECT_EQ(names.count("list"), 0u) << "`--eq list` prints the names";
     EXPECT_EQ(kvx::readGains("flat"), kvx::Gains{});

@@ -26,7 +26,7 @@ TEST(PropertyTypes, HaveEachSelectorOnce)
     const kvx::PropertyTypes types = kvx::propertyTypes();
     for (std::size_t i = 0; i < types.count; ++i) {
         const kvx::PropertyType& type = types.first[i];
-        EXPECT_TRUE(seen.insert(type.selector).second) << kvx::printCode(type.selector);
+        EXPECT_TRUE(seen.insert(type.selector).second) << kvx::formatCode(type.selector);
         EXPECT_EQ(kvx::findPropertyType(type.selector), &type);
         if (type.question != Question::none)
             EXPECT_EQ(type.extent, Extent::one) << "a question has a single value";
@@ -87,7 +87,7 @@ TEST(PropertyTypes, AgreeWithThePlatformsDocumentation)
         {kAudioStreamPropertyPhysicalFormatSupported, Form::format, Extent::one, Question::check},
     };
     for (const auto& fact : facts) {
-        SCOPED_TRACE(kvx::printCode(fact.selector));
+        SCOPED_TRACE(kvx::formatCode(fact.selector));
         const kvx::PropertyType* type = kvx::findPropertyType(fact.selector);
         ASSERT_NE(type, nullptr);
         EXPECT_EQ(type->form, fact.form);
@@ -148,14 +148,14 @@ TEST(PropertyText, PrintsEachFormAndReadsItBack)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.text);
-        EXPECT_EQ(kvx::printValue(fact.form, Extent::one, fact.bytes), fact.text);
+        EXPECT_EQ(kvx::formatValue(fact.form, Extent::one, fact.bytes), fact.text);
         EXPECT_EQ(parse(fact.form, fact.text), fact.bytes);
     }
-    EXPECT_EQ(kvx::printValue(Form::single, Extent::one, bytesOf(std::nanf(""))), "nan");
-    EXPECT_EQ(kvx::printValue(Form::single, Extent::one, bytesOf(-std::numeric_limits<float>::infinity())),
+    EXPECT_EQ(kvx::formatValue(Form::single, Extent::one, bytesOf(std::nanf(""))), "nan");
+    EXPECT_EQ(kvx::formatValue(Form::single, Extent::one, bytesOf(-std::numeric_limits<float>::infinity())),
               "-inf");
     EXPECT_EQ(
-        kvx::printValue(Form::rangedFormat, Extent::one, bytesOf(kvx::RangedFormat{stereo, {8000, 48000}})),
+        kvx::formatValue(Form::rangedFormat, Extent::one, bytesOf(kvx::RangedFormat{stereo, {8000, 48000}})),
         stereoText + ",rates=8000..48000");
 }
 
@@ -197,7 +197,7 @@ TEST(PropertyText, RecognisesAWrittenValueInTheValueReadBack)
         {Form::format, bytesOf(rateAlone), "", false},
     };
     for (const auto& fact : facts) {
-        SCOPED_TRACE(kvx::printValue(fact.form, Extent::one, fact.written));
+        SCOPED_TRACE(kvx::formatValue(fact.form, Extent::one, fact.written));
         EXPECT_EQ(kvx::isKept(fact.form, fact.written, fact.read), fact.isKept);
     }
 }
@@ -205,26 +205,26 @@ TEST(PropertyText, RecognisesAWrittenValueInTheValueReadBack)
 TEST(PropertyText, PrintsListsOneItemPerLineAndReadsThemBack)
 {
     const std::string two = bytesOf(u32(3)) + bytesOf(u32(5));
-    EXPECT_EQ(kvx::printValue(Form::object, Extent::many, two), "3\n5");
-    EXPECT_EQ(kvx::printValue(Form::object, Extent::many, ""), "");
+    EXPECT_EQ(kvx::formatValue(Form::object, Extent::many, two), "3\n5");
+    EXPECT_EQ(kvx::formatValue(Form::object, Extent::many, ""), "");
     EXPECT_EQ(parse(Form::number, "3\n5", Extent::many), two);
     EXPECT_EQ(parse(Form::number, "  3 5\t", Extent::many), two);
     EXPECT_EQ(parse(Form::number, "", Extent::many), "");
     const std::string codes = bytesOf(u32('pci ')) + bytesOf(u32('line'));
-    EXPECT_EQ(kvx::printValue(Form::code, Extent::many, codes), "'pci '\n'line'");
+    EXPECT_EQ(kvx::formatValue(Form::code, Extent::many, codes), "'pci '\n'line'");
     EXPECT_EQ(parse(Form::code, "'pci ' line", Extent::many), codes)
         << "a blank between quotes does not separate items";
 }
 
 TEST(PropertyText, DumpsValuesOfAWrongSize)
 {
-    EXPECT_EQ(kvx::printValue(Form::number, Extent::one, std::string("\1\0\0", 3)),
+    EXPECT_EQ(kvx::formatValue(Form::number, Extent::one, std::string("\1\0\0", 3)),
               "0000  01 00 00                                         |...|");
-    EXPECT_EQ(kvx::printValue(Form::number, Extent::one, std::string(8, 'A')),
+    EXPECT_EQ(kvx::formatValue(Form::number, Extent::one, std::string(8, 'A')),
               "0000  41 41 41 41 41 41 41 41                          |AAAAAAAA|")
         << "two items are no single value";
-    EXPECT_EQ(kvx::printValue(Form::real, Extent::many, std::string(9, 'A')).substr(0, 9), "0000  41 ");
-    EXPECT_EQ(kvx::printValue(Form::number, Extent::one, ""), "");
+    EXPECT_EQ(kvx::formatValue(Form::real, Extent::many, std::string(9, 'A')).substr(0, 9), "0000  41 ");
+    EXPECT_EQ(kvx::formatValue(Form::number, Extent::one, ""), "");
 }
 
 TEST(PropertyText, ReadsOtherSpellingsOfValues)
@@ -298,29 +298,30 @@ TEST(PropertyText, RefusesInvalidTextsWithAnExample)
 TEST(PropertyText, PrintsRecordsOfVariableSize)
 {
     kvx::BufferList list = {1, {{2, 4096, nullptr}}};
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, bytesOf(list)), "channels=2,bytes=4096");
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, bytesOf(list)), "channels=2,bytes=4096");
     const std::string two =
         bytesOf(kvx::BufferList{2, {{2, 4096, nullptr}}}) + bytesOf(kvx::Buffer{1, 64, nullptr});
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, two),
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, two),
               "channels=2,bytes=4096\nchannels=1,bytes=64");
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, std::string(4, '\0')), "") << "no buffers";
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, std::string(4, '\0')), "") << "no buffers";
     list.count = 2;
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, bytesOf(list)).substr(0, 6), "0000  ")
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, bytesOf(list)).substr(0, 6), "0000  ")
         << "the count is larger than the number of buffers";
     list.count = 0x40000000;
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, bytesOf(list)).substr(0, 6), "0000  ");
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, std::string("\1\0\0\0", 4)).substr(0, 6),
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, bytesOf(list)).substr(0, 6), "0000  ");
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, std::string("\1\0\0\0", 4)).substr(0, 6),
               "0000  ");
-    EXPECT_EQ(kvx::printValue(Form::bufferList, Extent::one, std::string(2, '\0')).substr(0, 6), "0000  ");
+    EXPECT_EQ(kvx::formatValue(Form::bufferList, Extent::one, std::string(2, '\0')).substr(0, 6), "0000  ");
 
-    EXPECT_EQ(kvx::printValue(Form::channelLayout, Extent::one,
-                              bytesOf(kvx::ChannelLayout{0x650002, 0, 0}) + std::string(20, '\0')),
+    EXPECT_EQ(kvx::formatValue(Form::channelLayout, Extent::one,
+                               bytesOf(kvx::ChannelLayout{0x650002, 0, 0}) + std::string(20, '\0')),
               "tag=0x650002,bitmap=0x0,descriptions=0");
-    EXPECT_EQ(kvx::printValue(Form::channelLayout, Extent::one, std::string(11, 'A')).substr(0, 6), "0000  ");
+    EXPECT_EQ(kvx::formatValue(Form::channelLayout, Extent::one, std::string(11, 'A')).substr(0, 6),
+              "0000  ");
 
-    EXPECT_EQ(kvx::printValue(Form::text, Extent::one, std::string("abc\0def", 7)), "abc");
-    EXPECT_EQ(kvx::printValue(Form::text, Extent::one, "abc"), "abc") << "without a terminating zero";
-    EXPECT_EQ(kvx::printValue(Form::reference, Extent::one, "caf\xC3\xA9"), "caf\xC3\xA9");
+    EXPECT_EQ(kvx::formatValue(Form::text, Extent::one, std::string("abc\0def", 7)), "abc");
+    EXPECT_EQ(kvx::formatValue(Form::text, Extent::one, "abc"), "abc") << "without a terminating zero";
+    EXPECT_EQ(kvx::formatValue(Form::reference, Extent::one, "caf\xC3\xA9"), "caf\xC3\xA9");
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(PrintTime, CutsOffTenths)
+TEST(FormatTime, CutsOffTenths)
 {
     const struct {
         double seconds;
@@ -27,10 +27,10 @@ TEST(PrintTime, CutsOffTenths)
         {36061.5, "10:01:01.5", "after an hour, minutes have two digits"},
         {-1, "0:00.0", "negative times print as the start"},
     };
-    for (const auto& fact : facts) EXPECT_EQ(kvx::printTime(fact.seconds), fact.text) << fact.why;
+    for (const auto& fact : facts) EXPECT_EQ(kvx::formatTime(fact.seconds), fact.text) << fact.why;
 }
 
-TEST(PrintLevel, PrintsABarAndANumber)
+TEST(FormatLevel, PrintsABarAndANumber)
 {
     const struct {
         float peak;
@@ -46,14 +46,14 @@ TEST(PrintLevel, PrintsABarAndANumber)
         {0.0f, "[--------------------]   silent", "silence"},
         {std::numeric_limits<float>::quiet_NaN(), "[--------------------]   silent", "NaN"},
     };
-    for (const auto& fact : facts) EXPECT_EQ(kvx::printLevel(fact.peak), fact.text) << fact.why;
-    EXPECT_EQ(kvx::printLevel(std::numeric_limits<float>::infinity()).substr(0, 22),
+    for (const auto& fact : facts) EXPECT_EQ(kvx::formatLevel(fact.peak), fact.text) << fact.why;
+    EXPECT_EQ(kvx::formatLevel(std::numeric_limits<float>::infinity()).substr(0, 22),
               "[####################]");
 }
 
-TEST(PrintPosition, PrintsAtMostTheTotalTime)
+TEST(FormatPosition, PrintsAtMostTheTotalTime)
 {
-    EXPECT_EQ(kvx::printPosition(11, 10, 0), "  0:10.0 / 0:10.0  [--------------------]   silent");
+    EXPECT_EQ(kvx::formatPosition(11, 10, 0), "  0:10.0 / 0:10.0  [--------------------]   silent");
 }
 
 kvx::PlayStatus playing()
@@ -67,7 +67,7 @@ kvx::PlayStatus playing()
 
 TEST(PlayStatus, PrintsPositionLevelRateAndLoop)
 {
-    EXPECT_EQ(kvx::printPlayStatus(playing()),
+    EXPECT_EQ(kvx::formatPlayStatus(playing()),
               "  0:02.4 / 0:06.5  [#########-]  -9.3 dB  rate 1.00  no loop");
 }
 
@@ -93,7 +93,7 @@ TEST(PlayStatus, PrintsSettingsThatDifferFromTheDefault)
     for (const auto& fact : facts) {
         kvx::PlayStatus status = playing();
         fact.change(status);
-        EXPECT_EQ(kvx::printPlayStatus(status),
+        EXPECT_EQ(kvx::formatPlayStatus(status),
                   std::string("  0:02.4 / 0:06.5  [#########-]  -9.3 dB  ") + fact.afterLevel)
             << fact.why;
     }
@@ -103,24 +103,24 @@ TEST(PlayStatus, PrintsNoLevelForSilenceAndPauses)
 {
     kvx::PlayStatus status = playing();
     status.level = -120;
-    EXPECT_NE(kvx::printPlayStatus(status).find("[----------]   silent"), std::string::npos);
+    EXPECT_NE(kvx::formatPlayStatus(status).find("[----------]   silent"), std::string::npos);
     status.level = -9.3;
     status.isPaused = true;
-    EXPECT_EQ(kvx::printPlayStatus(status), "  0:02.4 / 0:06.5  [----------]   paused  rate 1.00  no loop");
+    EXPECT_EQ(kvx::formatPlayStatus(status), "  0:02.4 / 0:06.5  [----------]   paused  rate 1.00  no loop");
 }
 
 TEST(PlayStatus, FitsInEightyColumnsWithALoop)
 {
     kvx::PlayStatus status = playing();
     status.loopIn = 1, status.loopOut = 3;
-    EXPECT_LT(kvx::printPlayStatus(status).size(), 80u);
+    EXPECT_LT(kvx::formatPlayStatus(status).size(), 80u);
 }
 
 TEST(PlayStatus, PrintsAtMostTheDuration)
 {
     kvx::PlayStatus status = playing();
     status.position = 7;
-    EXPECT_EQ(kvx::printPlayStatus(status).rfind("  0:06.5 / 0:06.5", 0), 0u);
+    EXPECT_EQ(kvx::formatPlayStatus(status).rfind("  0:06.5 / 0:06.5", 0), 0u);
 }
 
 TEST(TerminalColumns, FollowTheTerminal)
@@ -157,7 +157,7 @@ TEST(Progress, ShowsTheLiveLineOnATerminalOnly)
 {
     const auto use = [](kvx::Progress& progress) {
         progress.say("begin");
-        progress.showLine(kvx::printPosition(1, 10, 0.5f));
+        progress.showLine(kvx::formatPosition(1, 10, 0.5f));
         progress.say("end");
     };
     EXPECT_EQ(written(kvx::Verbosity::quiet, use), "");

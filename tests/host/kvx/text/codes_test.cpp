@@ -31,7 +31,7 @@ TEST(Codes, ArePrintedHighestByteFirst)
         {0, "0x00000000", "zero bytes are not printable"},
         {0xFFFFFFFF, "0xFFFFFFFF", "high bytes are not printable"},
     };
-    for (const auto& fact : facts) EXPECT_EQ(kvx::printCode(fact.code), fact.text) << fact.why;
+    for (const auto& fact : facts) EXPECT_EQ(kvx::formatCode(fact.code), fact.text) << fact.why;
     EXPECT_EQ(kvx::charactersOf(0x00FF41FF), std::string("\0\xFF"
                                                          "A\xFF",
                                                          4));
@@ -81,8 +81,8 @@ TEST(Codes, AreDistinguishedFromNumbers)
     for (const auto& fact : facts)
         EXPECT_EQ(kvx::readCodeOrNumber(fact.text), fact.code) << fact.text << ": " << fact.why;
     for (kvx::Code code : {0u, 0x64657623u, 0x27202020u, 0xFFFFFFFFu, 0x75696420u})
-        EXPECT_EQ(kvx::readCodeOrNumber(kvx::printCode(code)), code)
-            << "printCode and readCodeOrNumber are inverse";
+        EXPECT_EQ(kvx::readCodeOrNumber(kvx::formatCode(code)), code)
+            << "formatCode and readCodeOrNumber are inverse";
 }
 
 TEST(Statuses, ArePrintedAsCodeNumberAndMeaning)
@@ -102,7 +102,7 @@ TEST(Statuses, ArePrintedAsCodeNumberAndMeaning)
         {0x41424344, "'ABCD' (1094861636): unknown status"},
         {0, "0: no error"},
     };
-    for (const auto& fact : facts) EXPECT_EQ(kvx::printStatus(fact.status), fact.text);
+    for (const auto& fact : facts) EXPECT_EQ(kvx::formatStatus(fact.status), fact.text);
 }
 
 TEST(Statuses, OfThePlatformHaveOneMeaningEach)
@@ -143,7 +143,7 @@ TEST(Statuses, OfThePlatformHaveOneMeaningEach)
         memFullErr,
     };
     // clang-format on
-    for (kvx::Status status : required) EXPECT_EQ(known.count(status), 1u) << kvx::printStatus(status);
+    for (kvx::Status status : required) EXPECT_EQ(known.count(status), 1u) << kvx::formatStatus(status);
 }
 
 } // namespace
