@@ -24,7 +24,7 @@ constexpr double delaySeconds = 0.25; // upper limit of the total delay of mixer
 
 std::unique_ptr<SoundOutput> openComponent()
 try {
-    return std::make_unique<SoundOutput>(bridgeSubType, bridgeManufacturer);
+    return std::make_unique<SoundOutput>(componentSubType, componentManufacturer);
 } catch (const soundclient::NoEntryPoint&) {
     throw Failure("the sound component is registered, and cannot be opened: the library gives it an entry "
                   "point in built programs only; leave out --development");
@@ -113,7 +113,7 @@ private:
 
 } // namespace
 
-SoundBridge::SoundBridge(host::Host& host)
+SoundComponent::SoundComponent(host::Host& host)
     : object_(host.create("QTSoundStreamKVX")), units_(host.create("CoreAudioKVX"))
 {
     object_.call("InitComponent");
@@ -129,7 +129,7 @@ SoundBridge::SoundBridge(host::Host& host)
     }
 }
 
-SoundBridge::~SoundBridge()
+SoundComponent::~SoundComponent()
 {
     try {
         end();
@@ -138,14 +138,14 @@ SoundBridge::~SoundBridge()
     }
 }
 
-void SoundBridge::check(const char* what, const host::Value& status) const
+void SoundComponent::check(const char* what, const host::Value& status) const
 {
     if (status.integer() != 0)
         throw Failure(fmt::format("{} is refused: {}; choose another device with --device", what,
                                   formatStatus(Status(status.integer()))));
 }
 
-void SoundBridge::attachUnit()
+void SoundComponent::attachUnit()
 {
     unit_ = object_.call("OpenDefaultAudioUnitOutputComponent").integer();
     if (unit_ == 0) throw Failure("no output unit opens; install the library and its platform again");
@@ -153,11 +153,11 @@ void SoundBridge::attachUnit()
     check("preparing the output unit", object_.call("AudioUnitInitialize", unit_));
 }
 
-void SoundBridge::start() { check("starting the device", object_.call("AudioOutputUnitStart", unit_)); }
+void SoundComponent::start() { check("starting the device", object_.call("AudioOutputUnitStart", unit_)); }
 
 // The class's CloseComponent stops the output unit and unregisters the sound component, but does not close
 // the unit.
-void SoundBridge::end()
+void SoundComponent::end()
 {
     object_.call("CloseComponent");
     if (unit_ == 0) return;
@@ -169,7 +169,7 @@ void SoundBridge::end()
 void playClassic(host::Host& host, const PlaylistFile& file, float gain, Labelling labelling,
                  Session& session)
 try {
-    SoundBridge bridge(host);
+    SoundComponent component(host);
     const std::unique_ptr<SoundOutput> output = openComponent();
     const soundclient::OutputForm form = output->form();
     checkForm(file, form);
@@ -183,7 +183,7 @@ try {
     if (labelling != Labelling::bigAsLittle)
         session.progress().say("  Its buffers are labelled so that they play byte-swapped, as noise.");
     session.enableKeys("Keys: space pause, q quit");
-    bridge.start();
+    component.start();
     buffers.start();
     ClassicPlayback(buffers, file, session).run();
     if (reader.isDamaged()) session.progress().warn(formatDamage(file.path));

@@ -12,20 +12,20 @@
 namespace kvx {
 
 /// Subtype and manufacturer of the sound component that the library registers.
-constexpr std::uint32_t bridgeSubType = 'QTso', bridgeManufacturer = 'QTso';
+constexpr std::uint32_t componentSubType = 'QTso', componentManufacturer = 'QTso';
 
 /// Registers the library's sound component through the class QTSoundStreamKVX. While an object exists, an
 /// output unit plays the sound that clients of the component send. The clients must close the component
 /// before the object is destroyed.
 /// [main]
-class SoundBridge {
+class SoundComponent {
 public:
     /// Register the component, and attach it to the default output unit.
     /// Errors  throws Failure.
-    explicit SoundBridge(host::Host& host);
-    ~SoundBridge();
-    SoundBridge(const SoundBridge&) = delete;
-    SoundBridge& operator=(const SoundBridge&) = delete;
+    explicit SoundComponent(host::Host& host);
+    ~SoundComponent();
+    SoundComponent(const SoundComponent&) = delete;
+    SoundComponent& operator=(const SoundComponent&) = delete;
 
     /// Start the output unit, which plays silence until a client plays.
     /// Errors  throws Failure.

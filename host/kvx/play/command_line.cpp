@@ -170,7 +170,7 @@ void addPlayCommand(CLI::App& app, Action& action)
         if (showsCurves(line->player, action)) return;
         if (line->files.empty() && !line->otherwise.empty()) line->files = {line->otherwise};
         if (line->files.empty()) throw CLI::RequiredError("FILE");
-        line->method = line->isBuffered ? PlayMethod::bufferedPlayer : PlayMethod::filePlayer;
+        line->method = line->isBuffered ? PlayMethod::buffered : PlayMethod::file;
         line->gain = factorOf(line->gainDb);
         action = [line] { return line->isInfoWanted ? showFileInfo(*line) : play(*line); };
     });
@@ -239,7 +239,7 @@ void addSoundStreamCommand(CLI::App& app, Action& action)
                                byteOrders, command.get_footer()));
     command.callback([line, &action] {
         line->files = {line->file};
-        line->method = PlayMethod::soundComponent;
+        line->method = PlayMethod::classic;
         line->labelling = labellings.at(line->buffers);
         line->gain = factorOf(line->gainDb);
         action = [line] { return play(*line); };

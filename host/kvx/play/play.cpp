@@ -47,13 +47,13 @@ bool playGroups(host::Host& host, const Playlist& playlist, const PlayOptions& o
 {
     Session session(device, options.device.isStepped, progress);
     switch (options.method) {
-    case PlayMethod::filePlayer:
+    case PlayMethod::file:
         playFiles(host, playlist, options.player, session);
         break;
-    case PlayMethod::bufferedPlayer:
+    case PlayMethod::buffered:
         playBuffered(host, playlist, options.gain, session);
         break;
-    case PlayMethod::soundComponent:
+    case PlayMethod::classic:
         playClassic(host, filesOf(playlist).front(), options.gain, options.labelling, session);
         break;
     }
@@ -76,7 +76,7 @@ void keepCapture(Capture& capture, const PlayOptions& options, const std::string
 /// never releases its converter.
 std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
 {
-    if (method != PlayMethod::soundComponent) return {};
+    if (method != PlayMethod::classic) return {};
     return {{"AudioConverter", 1}};
 }
 

@@ -13,20 +13,21 @@
 
 namespace kvx {
 
-/// The play methods; each uses a different class of the library.
-enum class PlayMethod { filePlayer, bufferedPlayer, soundComponent };
+/// The play methods: the file player, the buffered player, or the library's sound component, which `kvx
+/// soundstream` opens as a classic sound program does.
+enum class PlayMethod { file, buffered, classic };
 
 struct PlayOptions {
-    PlayMethod method = PlayMethod::filePlayer;
-    std::vector<std::string> files; ///< paths of at least one file; exactly one for soundComponent
+    PlayMethod method = PlayMethod::file;
+    std::vector<std::string> files; ///< paths of the files: at least one, and exactly one for `classic`
     DeviceRequest device;
     std::string capture;  ///< path of the capture; empty: no capture
-    std::string keep;     ///< path of a capture of the simulated device and of its picture, without suffix;
-                          ///< empty: no capture
-    PlayerOptions player; ///< options that only filePlayer uses
-    float gain = 1;       ///< gain factor that bufferedPlayer and soundComponent use
+    std::string keep;     ///< value NAME of --keep: capture the simulated device in NAME.wav, and draw the
+                          ///< waveform in NAME.png; empty: no files
+    PlayerOptions player; ///< options that only the method `file` uses
+    float gain = 1;       ///< gain factor that the methods `buffered` and `classic` use
     soundclient::Labelling labelling =
-        soundclient::Labelling::bigAsLittle; ///< byte order that soundComponent uses
+        soundclient::Labelling::bigAsLittle; ///< byte order and label that the method `classic` uses
     bool isQuiet = false;
     LibraryOptions library;
 };

@@ -76,14 +76,14 @@ struct ClassicClient : testing::Test {
         support::liveObjects("AudioConverter"); // converters of earlier tests in this process
     SteppedDevice device;
     kvx::Library library{options()};
-    std::unique_ptr<kvx::SoundBridge> bridge;
+    std::unique_ptr<kvx::SoundComponent> bridge;
     std::unique_ptr<SoundOutput> output;
 
     ClassicClient()
     {
         EXPECT_EQ(KVXPlatformChooseOutputDevice("Stepped"), 0) << KVXPlatformErrorText();
-        bridge = std::make_unique<kvx::SoundBridge>(library.host());
-        output = std::make_unique<SoundOutput>(kvx::bridgeSubType, kvx::bridgeManufacturer);
+        bridge = std::make_unique<kvx::SoundComponent>(library.host());
+        output = std::make_unique<SoundOutput>(kvx::componentSubType, kvx::componentManufacturer);
         bridge->start();
     }
     ~ClassicClient() override
@@ -267,14 +267,14 @@ TEST_F(ClassicClient, RendersTheInstanceOpenedLast)
     const std::vector<int> one = ramp(2048, 1, 3), two = ramp(2048, 2, 5);
     Buffer first(kTwosComplement, 2, 16, 44100, one), second(kTwosComplement, 2, 16, 44100, two);
     {
-        SoundOutput later(kvx::bridgeSubType, kvx::bridgeManufacturer);
+        SoundOutput later(kvx::componentSubType, kvx::componentManufacturer);
         output->play(output->addSource(), first.block);
         later.play(later.addSource(), second.block);
         EXPECT_EQ(render(1024), two);
     }
     EXPECT_EQ(render(1024), std::vector<int>(2048)) << "the earlier instance stays silent";
     output.reset();
-    output = std::make_unique<SoundOutput>(kvx::bridgeSubType, kvx::bridgeManufacturer);
+    output = std::make_unique<SoundOutput>(kvx::componentSubType, kvx::componentManufacturer);
     output->play(output->addSource(), second.block);
     EXPECT_EQ(render(1024), two);
 }
@@ -291,7 +291,8 @@ TEST_F(ClassicClient, ClosesAfterTheHostProgramUnregisteredTheComponent)
     EXPECT_EQ(output->form().bits, 16);
     output.reset();
     // A component that is unregistered while open stays in the list of the platform.
-    ComponentDescription wanted = {kSoundOutputDeviceType, kvx::bridgeSubType, kvx::bridgeManufacturer, 0, 0};
+    ComponentDescription wanted = {kSoundOutputDeviceType, kvx::componentSubType, kvx::componentManufacturer,
+                                   0, 0};
     const Component left = FindNextComponent(nullptr, &wanted);
     ASSERT_NE(left, nullptr);
     EXPECT_EQ(CountComponentInstances(left), 0);
@@ -305,9 +306,9 @@ TEST(SoundComponentDeathTest, OpensInBuiltProgramsOnly)
         options.isDevelopment = isDevelopment;
         const auto tryIt = [&options] {
             kvx::Library library(options);
-            const kvx::SoundBridge bridge(library.host());
+            const kvx::SoundComponent bridge(library.host());
             try {
-                const SoundOutput output(kvx::bridgeSubType, kvx::bridgeManufacturer);
+                const SoundOutput output(kvx::componentSubType, kvx::componentManufacturer);
                 std::exit(10);
             } catch (const soundclient::NoEntryPoint&) {
                 std::exit(11);
