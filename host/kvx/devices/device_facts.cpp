@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    Code selector(const char* name) const { return core_.constant(name).value_or(0); }
+    Code selector(const char* name) const { return core_.selectorNamed(name).value_or(0); }
 
     const CoreAudio& core_;
     ObjectID device_;
@@ -50,14 +50,14 @@ private:
 
 ObjectID roleOf(const CoreAudio& core, const char* name)
 {
-    return itemOf<ObjectID>(core.readSystem(core.constant(name).value_or(0)).value).value_or(0);
+    return itemOf<ObjectID>(core.readSystem(core.selectorNamed(name).value_or(0)).value).value_or(0);
 }
 
 } // namespace
 
 std::vector<ObjectID> readDeviceList(const CoreAudio& core)
 {
-    const Answer list = core.readSystem(core.constant("kAudioHardwarePropertyDevices").value_or(0));
+    const Answer list = core.readSystem(core.selectorNamed("kAudioHardwarePropertyDevices").value_or(0));
     if (!list.isGood())
         throw Failure(fmt::format("the list of devices cannot be read: {}; close other programs",
                                   formatStatus(list.status)));

@@ -51,7 +51,7 @@ void Watch::report(const std::string& line)
 
 host::Object Watch::listen(ObjectID object, const char* selectorName)
 {
-    const Code selector = core_.constant(selectorName).value_or(0);
+    const Code selector = core_.selectorNamed(selectorName).value_or(0);
     host::Object listener = host_.create(listenerClass, object, selector, anyScope, anyElement);
     listener.on("Changed", [this](host::Object& sender, const std::vector<host::Value>&) {
         changed_.insert(static_cast<ObjectID>(sender.get("ObjectID").unsigned64()));

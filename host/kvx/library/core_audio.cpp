@@ -12,13 +12,13 @@ bool isSelector(const host::PropertyInfo& property)
 
 CoreAudio::CoreAudio(host::Host& host) : object_(host.create("CoreAudioKVX")) {}
 
-std::optional<Code> CoreAudio::constant(std::string_view name) const
+std::optional<Code> CoreAudio::selectorNamed(std::string_view name) const
 {
     const host::PropertyInfo* property = object_.classInfo().property(name);
     return property && isSelector(*property) ? readCode(object_.get(name).text()) : std::nullopt;
 }
 
-std::vector<std::string> CoreAudio::constants() const
+std::vector<std::string> CoreAudio::selectorNames() const
 {
     std::vector<std::string> names;
     for (const host::PropertyInfo& property : object_.classInfo().properties)

@@ -111,12 +111,12 @@ class CoreAudio {
 public:
     explicit CoreAudio(host::Host& host);
 
-    /// The selector of the class constant with this name, in upper or lower case.
-    /// Errors  nullopt if there is no such constant.
-    std::optional<Code> constant(std::string_view name) const;
+    /// Find a selector by the name of its class constant, in upper or lower case.
+    /// Errors  nullopt if no selector has this name.
+    std::optional<Code> selectorNamed(std::string_view name) const;
 
-    /// The names of all selector constants, in the order of registration.
-    std::vector<std::string> constants() const;
+    /// The names of the class constants that are selectors, in the order in which the class registers them.
+    std::vector<std::string> selectorNames() const;
 
     // ---- properties of any object ----
 

@@ -45,7 +45,7 @@ std::uint32_t readElement(const std::string& text)
 Code readSelector(const CoreAudio& core, const std::string& text)
 {
     if (const std::optional<Code> code = readCodeOrNumber(text)) return *code;
-    if (const std::optional<Code> constant = core.constant(text)) return *constant;
+    if (const std::optional<Code> named = core.selectorNamed(text)) return *named;
     throw WrongUsage(fmt::format("\"{}\" is no selector; give up to four characters, a number or a constant "
                                  "of the library, as `kvx get system` and `kvx get 0` list them",
                                  text));
@@ -208,7 +208,7 @@ std::string formatProperty(const CoreAudio& core, const Subject& subject, const 
 {
     const Question question = subject.type ? subject.type->question : Question::none;
     const std::string selector = formatCode(subject.address.selector);
-    if (question == Question::reference)
+    if (question == Question::withReference)
         throw Failure(fmt::format("{} takes or returns a reference that a host program cannot hold; `kvx "
                                   "devices` shows every device with its UID",
                                   selector));
@@ -244,8 +244,8 @@ void printAll(const CoreAudio& core, const PropertyOptions& options)
     const std::uint32_t element = readElement(options.element);
     const ObjectID object = findObject(core, options.object);
     classOf(core, object);
-    for (const std::string& name : core.constants()) {
-        const Code selector = *core.constant(name);
+    for (const std::string& name : core.selectorNames()) {
+        const Code selector = *core.selectorNamed(name);
         const Subject subject = {{object, selector, scope, element}, findPropertyType(selector)};
         if (!subject.type || subject.type->question != Question::none) continue;
         const Answer answer = subject.type->form == Form::reference ? core.readText(subject.address)
@@ -295,7 +295,7 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
         throw WrongUsage(
             fmt::format("the type of the values of {} is unknown; give the bytes with --hex", selector));
     if (subject.type &&
-        (subject.type->form == Form::reference || subject.type->question == Question::reference))
+        (subject.type->form == Form::reference || subject.type->question == Question::withReference))
         throw Failure(
             fmt::format("the value of {} is a reference, which a host program cannot create", selector));
     const std::string bytes = subject.type

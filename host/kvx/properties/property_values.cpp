@@ -43,8 +43,8 @@ constexpr PropertyType types[] = {
     value('bbvs', Form::single), value('bbvd', Form::single), value('bbd#', Form::range),
     question('bv2d', Question::convert, Form::single), question('bd2v', Question::convert, Form::single),
     value('bvtf', Form::number),
-    question('duid', Question::reference), question('pibi', Question::reference),
-    question('rnlp', Question::reference),
+    question('duid', Question::withReference), question('pibi', Question::withReference),
+    question('rnlp', Question::withReference),
 
     // ---- properties of devices: identity ----
     value('plug', Form::integer),
@@ -53,7 +53,7 @@ constexpr PropertyType types[] = {
     value('chnm', Form::text),      value('ccnm', Form::text),      value('cnnm', Form::text),
     value('tran', Form::code),      value('akin', Form::object, many), value('clkd', Form::number),
     value('dflt', Form::flag),      value('sflt', Form::flag),      value('hidn', Form::flag),
-    question('icon', Question::reference),
+    question('icon', Question::withReference),
 
     // ---- properties of devices: operation ----
     value('livn', Form::flag),   value('diff', Form::flag),  value('goin', Form::flag),
@@ -61,7 +61,7 @@ constexpr PropertyType types[] = {
     value('ltnc', Form::number), value('saft', Form::number),
     value('fsiz', Form::number), value('fsz#', Form::range), value('vfsz', Form::number),
     value('bsiz', Form::number), value('bsz#', Form::range), value('rbuf', Form::bufferList),
-    value('mix?', Form::flag),   value('ncyc', Form::single), question('suse', Question::reference),
+    value('mix?', Form::flag),   value('ncyc', Form::single), question('suse', Question::withReference),
     value('nsrt', Form::real),   value('asrt', Form::real),  value('nsr#', Form::range, many),
 
     // ---- properties of devices: streams and formats ----
@@ -77,17 +77,17 @@ constexpr PropertyType types[] = {
     value('vctf', Form::number), value('span', Form::single), value('spn#', Form::number, many),
     value('mute', Form::flag),   value('solo', Form::flag),   value('thru', Form::flag),
     value('ssrc', Form::code),   value('ssc#', Form::code, many),
-    question('sscn', Question::translate), question('lscn', Question::reference),
+    question('sscn', Question::translate), question('lscn', Question::withReference),
     value('csrc', Form::code),   value('csc#', Form::code, many),
-    question('cscn', Question::translate), question('lcsn', Question::reference),
+    question('cscn', Question::translate), question('lcsn', Question::withReference),
     value('thrs', Form::flag),
     value('mvsc', Form::single), value('mvdb', Form::single), value('mvd#', Form::range),
     question('mv2d', Question::convert, Form::single), question('mv2s', Question::convert, Form::single),
     value('mspn', Form::single), value('msp#', Form::number, many),
     value('mdds', Form::code),   value('mdd#', Form::code, many),
-    question('mddn', Question::translate), question('mddc', Question::reference),
+    question('mddn', Question::translate), question('mddc', Question::withReference),
     value('nlvl', Form::code),   value('nlv#', Form::code, many),
-    question('cnlv', Question::translate), question('lcnl', Question::reference),
+    question('cnlv', Question::translate), question('lcnl', Question::withReference),
     value('isub', Form::flag),
     value('svlm', Form::single), value('svld', Form::single), value('svd#', Form::range),
     question('sv2d', Question::convert, Form::single), question('sd2v', Question::convert, Form::single),

@@ -15,7 +15,7 @@ namespace kvx {
 /// The form of a value, or of the items of a list.
 enum class Form {
     text,      ///< C text with its terminating zero
-    reference, ///< a reference to a text; the library's text methods read the text
+    reference, ///< a reference to a text, which the library's text methods read
     flag,      ///< a 32-bit number, 0 or 1
     number,    ///< an unsigned 32-bit number
     integer,   ///< a signed 32-bit number
@@ -32,18 +32,18 @@ enum class Form {
 
 enum class Extent { one, many };
 
-/// What a property does with a value that is passed to it when it is read.
+/// What a property does with the question, a value that a caller passes when it reads the property.
 enum class Question {
-    none,      ///< nothing: the property has a value, and takes none
-    convert,   ///< the property converts the value, for example from a factor to decibels
-    check,     ///< the property checks the value; the status is the answer
-    translate, ///< the property translates a code into a text
-    reference, ///< the question or the answer is a reference, which a host program cannot create or keep
+    none,          ///< the property has a value and takes no question
+    convert,       ///< the property converts the question, for example a factor to decibels
+    check,         ///< the property checks the question, and its status is the answer
+    translate,     ///< the property translates a four-character code into a text
+    withReference, ///< question or answer is a reference, which a host program cannot create or keep
 };
 
 struct PropertyType {
     Code selector;
-    Form form; ///< form of the value; for convert and check also of the question
+    Form form; ///< form of the value; also of the question, if the property converts or checks it
     Extent extent;
     Question question;
 };

@@ -54,18 +54,18 @@ TEST_F(PropertyForms, PrintEveryValueOfEveryObject)
 TEST_F(PropertyForms, ExistForEverySelectorOfTheLibrary)
 {
     const kvx::CoreAudio core(loaded.host);
-    const auto names = core.constants();
+    const auto names = core.selectorNames();
     EXPECT_EQ(names.size(), 79u);
     for (const std::string& name : names) {
-        const auto selector = core.constant(name);
+        const auto selector = core.selectorNamed(name);
         ASSERT_TRUE(selector) << name;
         const bool isWildcard = *selector == '****';
         EXPECT_EQ(kvx::findPropertyType(*selector) == nullptr, isWildcard) << name;
     }
-    EXPECT_FALSE(core.constant("kAudioPropertyWildcardChannel"))
+    EXPECT_FALSE(core.selectorNamed("kAudioPropertyWildcardChannel"))
         << "the constant is a number, not a selector";
-    EXPECT_FALSE(core.constant("Lasterror"));
-    EXPECT_FALSE(core.constant("kAudioNoSuch"));
+    EXPECT_FALSE(core.selectorNamed("Lasterror"));
+    EXPECT_FALSE(core.selectorNamed("kAudioNoSuch"));
 }
 
 } // namespace
