@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <ctime>
 #include <optional>
+#include <unistd.h>
 
 namespace kvx {
 namespace {
@@ -144,7 +145,7 @@ int watchDevices(host::Host& host, const CoreAudio& core, double demoSeconds)
     constexpr double waitSeconds = 0.1, demoWaitSeconds = 0.01;
     InterruptGuard guard;
     Watch watch(host, core, printChange);
-    fmt::print("{}", deviceTable(watch.devices(), watch.roles(), terminalWidth()));
+    fmt::print("{}", deviceTable(watch.devices(), watch.roles(), terminalWidth(STDOUT_FILENO)));
     std::fflush(stdout);
 
     std::optional<Demo> demo;
@@ -196,7 +197,8 @@ int devicesCommand(const DevicesOptions& options)
         else if (options.isJson)
             fmt::print("{}\n", deviceJson(readAllDevices(core), readRoles(core)));
         else
-            fmt::print("{}", deviceTable(readAllDevices(core), readRoles(core), terminalWidth()));
+            fmt::print("{}",
+                       deviceTable(readAllDevices(core), readRoles(core), terminalWidth(STDOUT_FILENO)));
     }
     return reportLeaks(library, exitCode);
 }

@@ -9,6 +9,8 @@
 
 #include <fmt/core.h>
 
+#include <unistd.h>
+
 namespace kvx {
 namespace {
 
@@ -239,7 +241,7 @@ std::string onOneLine(std::string text)
 /// width.
 void printAll(const CoreAudio& core, const PropertyOptions& options)
 {
-    const std::size_t width = terminalWidth();
+    const std::size_t width = terminalWidth(STDOUT_FILENO);
     const Code scope = readScope(options.scope);
     const std::uint32_t element = readElement(options.element);
     const ObjectID object = findObject(core, options.object);

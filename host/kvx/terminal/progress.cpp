@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace kvx {
@@ -76,12 +75,6 @@ std::string formatPlayStatus(const PlayStatus& status)
     return line;
 }
 
-std::size_t terminalColumns(int file)
-{
-    winsize size = {};
-    return ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
-
 Verbosity verbosityFor(bool isQuiet, std::FILE* out)
 {
     if (isQuiet) return Verbosity::quiet;
@@ -141,8 +134,10 @@ bool Progress::isTooSoon()
 bool Progress::showLine(const std::string& line)
 {
     if (verbosity_ != Verbosity::live || isTooSoon()) return false;
-    // The last column stays free, because some terminals wrap as soon as it is written.
-    std::fputs((line.substr(0, terminalColumns(fileno(out_)) - 1) + eraseToEnd + "\r").c_str(), out_);
+    constexpr std::size_t usualWidth = 80;
+    const std::size_t width = terminalWidth(fileno(out_));
+    // The last column stays free, because some terminals move to the next line as soon as it is written.
+    std::fputs((line.substr(0, (width ? width : usualWidth) - 1) + eraseToEnd + "\r").c_str(), out_);
     isShown_ = true;
     flush();
     return true;

@@ -36,9 +36,6 @@ struct PlayStatus {
 /// end, so the most important parts come first.
 std::string formatPlayStatus(const PlayStatus& status);
 
-/// Columns of the terminal that the descriptor `file` refers to; 80 if unknown.
-std::size_t terminalColumns(int file);
-
 enum class Verbosity {
     quiet, ///< warnings without lines
     plain, ///< lines and warnings without a live line

@@ -1,7 +1,6 @@
 #include "host/kvx/text/terminal_text.h"
 
 #include <sys/ioctl.h>
-#include <unistd.h>
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -185,10 +184,10 @@ std::string layOutTable(const std::vector<TableColumn>& columns,
     return text;
 }
 
-std::size_t terminalWidth()
+std::size_t terminalWidth(int file)
 {
     winsize size = {};
-    const bool isTerminal = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0;
+    const bool isTerminal = ioctl(file, TIOCGWINSZ, &size) == 0;
     return isTerminal ? size.ws_col : 0;
 }
 

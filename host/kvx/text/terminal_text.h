@@ -20,8 +20,9 @@ std::size_t displayWidth(std::string_view utf8);
 /// Cut a text to `width` terminal columns. A cut text ends with an ellipsis.
 std::string cutToWidth(std::string_view utf8, std::size_t width);
 
-/// Width of the terminal that standard output is connected to, in columns; 0 if it is not a terminal.
-std::size_t terminalWidth();
+/// Width in columns of the terminal that the descriptor `file` refers to; 0 if `file` is no terminal or the
+/// terminal reports no width.
+std::size_t terminalWidth(int file);
 
 struct TableColumn {
     const char* title;

@@ -123,23 +123,6 @@ TEST(PlayStatus, PrintsAtMostTheDuration)
     EXPECT_EQ(kvx::formatPlayStatus(status).rfind("  0:06.5 / 0:06.5", 0), 0u);
 }
 
-TEST(TerminalColumns, FollowTheTerminal)
-{
-    int outer = -1, inner = -1;
-    winsize size = {24, 33, 0, 0};
-    ASSERT_EQ(openpty(&outer, &inner, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(kvx::terminalColumns(inner), 33u);
-    size.ws_col = 120;
-    ioctl(outer, TIOCSWINSZ, &size);
-    EXPECT_EQ(kvx::terminalColumns(inner), 120u);
-    size.ws_col = 0;
-    ioctl(outer, TIOCSWINSZ, &size);
-    EXPECT_EQ(kvx::terminalColumns(inner), 80u) << "the terminal reports no width";
-    close(inner);
-    close(outer);
-    EXPECT_EQ(kvx::terminalColumns(-1), 80u);
-}
-
 /// The text that `use` writes to a file.
 std::string written(kvx::Verbosity verbosity, const std::function<void(kvx::Progress&)>& use)
 {
@@ -169,9 +152,29 @@ TEST(Progress, ShowsTheLiveLineOnATerminalOnly)
 
 TEST(Progress, CutsALineBeforeTheTerminalsLastColumn)
 {
+    const struct {
+        unsigned short columns;
+        std::size_t shown;
+        const char* why;
+    } facts[] = {
+        {33, 32, "the last column stays free"},
+        {0, 79, "a terminal that reports no width counts as 80 columns"},
+    };
+    for (const auto& fact : facts) {
+        int outer = -1, inner = -1;
+        const winsize size = {24, fact.columns, 0, 0};
+        ASSERT_EQ(openpty(&outer, &inner, nullptr, nullptr, &size), 0);
+        std::FILE* const out = fdopen(inner, "w");
+        EXPECT_TRUE(kvx::Progress(kvx::Verbosity::live, out).showLine(std::string(200, 'x')));
+        std::string text;
+        for (char byte; (text.empty() || text.back() != '\r') && read(outer, &byte, 1) == 1;) text += byte;
+        EXPECT_EQ(text, std::string(fact.shown, 'x') + "\x1b[J\r") << fact.why;
+        std::fclose(out);
+        close(outer);
+    }
     const auto text = written(kvx::Verbosity::live,
                               [](kvx::Progress& progress) { progress.showLine(std::string(200, 'x')); });
-    EXPECT_EQ(text, std::string(79, 'x') + "\x1b[J\r") << "a file has 80 columns";
+    EXPECT_EQ(text, std::string(79, 'x') + "\x1b[J\r") << "a file counts as 80 columns";
 }
 
 TEST(Progress, ShowsAtMostTenLinesPerSecondUnlessHurried)

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 namespace {
 
 TEST(PlainText, ReplacesControlCharactersAndInvalidBytes)
@@ -144,6 +148,23 @@ TEST(CutToWidth, CutsBetweenCharacters)
 TEST(TextTable, WithoutRowsHasItsTitles)
 {
     EXPECT_EQ(kvx::layOutTable(columns, {}, 0), "no.  name  maker  rates  state\n");
+}
+
+TEST(TerminalWidth, FollowsTheTerminal)
+{
+    int outer = -1, inner = -1;
+    winsize size = {24, 33, 0, 0};
+    ASSERT_EQ(openpty(&outer, &inner, nullptr, nullptr, &size), 0);
+    EXPECT_EQ(kvx::terminalWidth(inner), 33u);
+    size.ws_col = 120;
+    ioctl(outer, TIOCSWINSZ, &size);
+    EXPECT_EQ(kvx::terminalWidth(inner), 120u);
+    size.ws_col = 0;
+    ioctl(outer, TIOCSWINSZ, &size);
+    EXPECT_EQ(kvx::terminalWidth(inner), 0u) << "the terminal reports no width";
+    close(inner);
+    close(outer);
+    EXPECT_EQ(kvx::terminalWidth(-1), 0u) << "the descriptor is no terminal";
 }
 
 } // namespace
