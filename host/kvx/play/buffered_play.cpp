@@ -13,7 +13,7 @@ namespace {
 
 constexpr int blockSeconds = 4;
 constexpr std::size_t leastBlockFrames = 4096, mostBlockFrames = 1 << 20;
-constexpr std::int64_t blocksAhead = 5; // blocks in the queue, at most 40 MiB
+constexpr std::int64_t blocksAhead = 5; // number of blocks to keep in the queue, at most 40 MiB
 constexpr std::int64_t queueCapacity = 200;
 
 void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& session)
@@ -59,7 +59,7 @@ BufferedPlayer::~BufferedPlayer()
     try {
         stop();
     } catch (const std::exception&) {
-        // Ignored, because the destructor of the player object also stops the device.
+        // The error is ignored, because the destructor of the library's player object also stops the device.
     }
 }
 
@@ -83,12 +83,12 @@ void BufferedPlayer::feed()
 void BufferedPlayer::start(const KVXDeviceInfo& device)
 {
     feed();
-    // While the property NoUnderflow is true, the device continues when the queue is empty. Otherwise, the
-    // device stops after the last block.
+    // While the property NoUnderflow is true, the device keeps running when the queue is empty. While it is
+    // false, the device stops after the last block of the queue.
     player_.set("NoUnderflow", !isFed_);
     if (player_.call("Start").boolean()) return;
-    // A player whose device refuses to start reports that it is running. Its destructor would wait forever,
-    // so the object is leaked.
+    // If the device refuses to start, the player object may report that it is running. The destructor of the
+    // object would then wait forever, so the object is leaked.
     if (player_.get("IsRunning").boolean()) (void)player_.detach();
     throw Failure(fmt::format("{} does not start; choose another device with --device (see `kvx devices`)",
                               device.name));

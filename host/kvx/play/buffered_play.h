@@ -1,4 +1,4 @@
-// The buffered play method: files are decoded while they play, and a group plays without gaps.
+// The play method `buffered`: each file is decoded while it plays, and files of one format play without gaps.
 #pragma once
 
 #include "host/kvx/play/playlist.h"
@@ -11,37 +11,37 @@
 
 namespace kvx {
 
-/// Plays one group through the library's class CoreAudioPlayerKVX, and decodes the files ahead of the audible
-/// position. The caller calls start(), then advance() until advance() returns false.
-/// Shape   interleaved blocks of four seconds, at most 8 MiB each. Several blocks wait in the queue of the
-///         player, so decoding may take seconds. If the sample rate differs from that of the device, the
-///         class loses one frame per block, so the blocks are long.
+/// Plays one format group of the playlist through the library's class CoreAudioPlayerKVX, and decodes the
+/// files ahead of the audible position. Call start(), then call advance() until it returns false. Shape   the
+/// player's queue holds several interleaved blocks of four seconds, at most 8 MiB each. The blocks
+///         are long, because the class loses one frame per block if it converts the sample rate.
 /// [main]
 class BufferedPlayer {
 public:
-    /// `gain` is a factor; exactly 1 leaves every sample unchanged. The group must outlive the object.
+    /// Create the player. `gain` is a factor; exactly 1 leaves every sample unchanged. The group must outlive
+    /// the object. Errors  throws Failure.
     BufferedPlayer(host::Host& host, const FormatGroup& group, float gain);
 
-    /// Stops the player. Waits for the device if it is running.
+    /// Stop the player. If the device is running, wait until it has stopped.
     ~BufferedPlayer();
     BufferedPlayer(const BufferedPlayer&) = delete;
     BufferedPlayer& operator=(const BufferedPlayer&) = delete;
 
-    /// Queue the first blocks and start the device.
-    /// Errors  throws Failure if the device does not start. The player object of the library may then leak.
+    /// Queue the first blocks of samples, and start the device.
+    /// Errors  throws Failure if the device does not start. The library's player object may leak then.
     void start(const KVXDeviceInfo& device);
 
-    /// Decode and queue the next blocks, until the queue has enough blocks.
+    /// Decode and queue the next blocks of samples, until the queue has enough blocks.
     /// Returns  false after the device has played the whole group.
     bool advance();
 
-    /// Stop at once, and drop the queued blocks.
+    /// Stop playback at once, and drop the queued blocks of samples.
     void stop();
 
-    /// The number of frames of the group that have been played.
+    /// The position: the number of frames of the group that the device has played.
     double position() const;
 
-    /// Files whose data stopped decoding before the last frame.
+    /// Paths of the files whose data stopped decoding before the last frame.
     const std::vector<std::string>& damagedFiles() const { return reader_.damagedFiles(); }
 
     /// Whether the queue became empty before the end of the group, which causes a gap in the sound.
@@ -56,11 +56,11 @@ private:
     std::size_t blockFrames_;
     std::size_t channels_;
     host::MemoryBlock block_;
-    bool isFed_ = false; // whether the last block is in the queue
+    bool isFed_ = false; // whether the last block of the group is in the queue
     bool hadGap_ = false;
 };
 
-/// Play all groups until the end, or until the user interrupts. `gain` is a factor.
+/// Play all format groups until the end, or until a signal of the user ends playback. `gain` is a factor.
 /// Errors  throws Failure.
 /// [main]
 void playBuffered(host::Host& host, const Playlist& playlist, float gain, Session& session);

@@ -18,8 +18,8 @@ using soundclient::DoubleBuffer;
 using soundclient::Labelling;
 using soundclient::SoundOutput;
 
-constexpr double bufferSeconds = 1;
-constexpr double stepSeconds = 0.1;   // seconds per step of a stepped device; less than a buffer
+constexpr double bufferSeconds = 1;   // length of each of the two sound buffers
+constexpr double stepSeconds = 0.1;   // longest time between two calls of feed(); shorter than a buffer
 constexpr double delaySeconds = 0.25; // upper limit of the total delay of mixer, converter and output unit
 
 std::unique_ptr<SoundOutput> openComponent()
@@ -45,7 +45,7 @@ void checkForm(const PlaylistFile& file, const soundclient::OutputForm& form)
                                   file.path, file.format.sampleRate, form.rate));
 }
 
-/// Playback of one file through the double buffer.
+/// Plays one file through the double buffer.
 class ClassicPlayback {
 public:
     ClassicPlayback(DoubleBuffer& buffers, const PlaylistFile& file, Session& session)
@@ -53,7 +53,7 @@ public:
     {
     }
 
-    /// Play until the end, or until the user quits or interrupts.
+    /// Play until the end, or until a key or a signal of the user ends playback.
     void run()
     {
         Transport transport;
@@ -80,8 +80,8 @@ public:
 private:
     double rate() const { return session_.device().sampleRate; }
 
-    /// The position in seconds of the file, by the clock of the device. The position is never outside the
-    /// buffers that the component is playing.
+    /// The position in seconds of the file, computed from the frames that the device has rendered, and
+    /// limited to the buffers in the queue of the component.
     double position() const
     {
         const double fileRate = file_.format.sampleRate;
@@ -134,7 +134,7 @@ SoundComponent::~SoundComponent()
     try {
         end();
     } catch (const std::exception&) {
-        // Ignored, because the destructor of the library's object also stops the unit.
+        // The error is ignored, because the destructor of the library's object also stops the unit.
     }
 }
 
@@ -155,8 +155,8 @@ void SoundComponent::attachUnit()
 
 void SoundComponent::start() { check("starting the device", object_.call("AudioOutputUnitStart", unit_)); }
 
-// The class's CloseComponent stops the output unit and unregisters the sound component, but does not close
-// the unit.
+// The method CloseComponent of the class stops the output unit and unregisters the sound component, but does
+// not close the unit.
 void SoundComponent::end()
 {
     object_.call("CloseComponent");

@@ -1,5 +1,5 @@
-// The classic play method: a file goes through the library's sound component, as a classic sound program
-// plays.
+// The play method `classic`: this command plays a file through the library's sound component, as a classic
+// sound program does.
 #pragma once
 
 #include "host/kvx/play/playlist.h"
@@ -15,9 +15,8 @@ namespace kvx {
 constexpr std::uint32_t componentSubType = 'QTso', componentManufacturer = 'QTso';
 
 /// Registers the library's sound component through the class QTSoundStreamKVX. While an object exists, an
-/// output unit plays the sound that clients of the component send. The clients must close the component
-/// before the object is destroyed.
-/// [main]
+/// output unit plays the sound that clients send to the component. Each client must close the component
+/// before the object is destroyed. [main]
 class SoundComponent {
 public:
     /// Register the component, and attach it to the default output unit.
@@ -31,7 +30,7 @@ public:
     /// Errors  throws Failure.
     void start();
 
-    /// Whether the class reports a client with a playing source.
+    /// Whether the class reports that a client plays sound.
     bool isActive() const { return object_.get("IsStreamActive").boolean(); }
 
 private:
@@ -40,11 +39,11 @@ private:
     void end();
 
     host::Object object_;
-    host::Object units_; // object of the class whose methods close the unit
-    std::int64_t unit_ = 0;
+    host::Object units_;    // an object of the class with the methods that close the unit
+    std::int64_t unit_ = 0; // handle of the output unit; 0: no unit
 };
 
-/// Play a file until the end, or until the user quits or interrupts. `gain` is a factor.
+/// Play a file until the end, or until a key or a signal of the user ends playback. `gain` is a factor.
 /// Errors  throws Failure.
 /// [main]
 void playClassic(host::Host& host, const PlaylistFile& file, float gain, soundclient::Labelling labelling,

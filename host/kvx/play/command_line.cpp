@@ -36,7 +36,7 @@ constexpr const char* byteOrders =
     "samples labelled \"sowt\") and --buffers twos (big-endian samples labelled \"twos\"). Turn the volume\n"
     "down first.";
 
-/// Call a function that throws WrongUsage, and report the error as an error of the command line.
+/// Call a function that may throw WrongUsage, and rethrow the error as the error class of CLI11.
 template <class Function>
 auto orParseError(Function function)
 {
@@ -69,7 +69,7 @@ CLI::Option* addGain(CLI::App& command, double& gainDb, const char* help)
 
 void addQuiet(CLI::App& command, bool& isQuiet) { command.add_flag("--quiet", isQuiet, "Print errors only"); }
 
-/// Set `action` if the user requests the list of named curves; otherwise check the options.
+/// Set `action` if the user requests the list of equaliser curves; if not, check how the options combine.
 /// Returns  whether `action` was set.
 bool showsCurves(const PlayerOptions& options, Action& action)
 {
@@ -103,7 +103,7 @@ std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& opt
         options.unit = value == "varispeed" ? RateUnit::varispeed : RateUnit::timePitch;
     };
     return {
-        // The range of --rate depends on --unit, so checkCombination() checks the rate.
+        // The range of --rate depends on --unit, so checkCombination() checks --rate after the parse.
         command
             .add_option("--rate", options.rate,
                         "Speed, rounded to hundredths: 2 is twice as fast [1]; 0.04 to 32, with varispeed "

@@ -1,4 +1,4 @@
-// The command line of `kvx play`, `kvx render` and `kvx soundstream`.
+// The arguments and options of `kvx play`, `kvx render` and `kvx soundstream`.
 // All functions: [main].
 #pragma once
 
@@ -9,13 +9,13 @@
 
 namespace kvx {
 
-/// Add the subcommand. Parsing the command line sets `action` if the user has chosen the subcommand.
+/// Add a subcommand to `app`. Later, parsing the command line sets `action` if the user has chosen it.
 void addPlayCommand(CLI::App& app, Action& action);
 void addRenderCommand(CLI::App& app, Action& action);
 void addSoundStreamCommand(CLI::App& app, Action& action);
 
-/// Add the options of the file player. Parsing the command line sets `options`.
-/// Returns  all added options.
+/// Add the options of the file player to `command`. Later, parsing the command line sets `options`.
+/// Returns  the added options.
 std::vector<CLI::Option*> addPlayerOptions(CLI::App& command, PlayerOptions& options);
 
 } // namespace kvx

@@ -15,7 +15,7 @@ constexpr Advice advice = {"`kvx play --buffered` plays files from the disk",
 
 bool hasLoop(const FilePlayer& player) { return player.loopOut() > player.loopIn(); }
 
-/// Switch looping off if the loop is empty, because the player would repeat one position.
+/// Switch looping off if the loop contains no frame, because the player would repeat one position.
 void endEmptyLoop(FilePlayer& player)
 {
     if (player.isLooping() && !hasLoop(player)) player.setLooping(false);
@@ -30,8 +30,8 @@ void setLoopInHere(FilePlayer& player)
 void setLoopOutHere(FilePlayer& player)
 {
     const double here = player.position();
-    // If no loop start is set, the loop begins at the start of the file. The class loops only after an
-    // explicit write of 0 to LoopIn. The write also moves an unset LoopOut, so LoopOut is written last.
+    // Without a loop start, the loop begins at the start of the file, but the class loops only after a write
+    // of 0 to LoopIn. This write also moves the loop end if it is not set, so the loop end is written last.
     if (player.loopIn() == 0) player.setLoopIn(0);
     player.setLoopOut(here);
     endEmptyLoop(player);
@@ -61,7 +61,7 @@ constexpr struct {
     {Key::lower, [](FilePlayer& p) { p.setPitch(stepped(p.pitch(), -pitchStep, pitchRange)); }},
 };
 
-/// A file and its player.
+/// A file of the playlist, and the player that has loaded this file.
 struct Track {
     Track(host::Host& host, const CoreAudio& core, const PlaylistFile& from, int channelCount)
         : file(from), channels(channelCount), player(host, core, advice)
@@ -80,8 +80,8 @@ PlayStatus statusOf(const FilePlayer& p, const std::string& note)
             p.volume(),   p.loopIn(),   p.loopOut(), p.isLooping(),  note};
 }
 
-/// Plays files in order. The next file is loaded while the current file plays, and starts as soon as the
-/// current file has ended.
+/// Plays the files of a playlist in order. The next file is loaded while the current file plays, and starts
+/// as soon as the current file has ended.
 class PlaylistPlayer {
 public:
     PlaylistPlayer(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
@@ -100,7 +100,7 @@ public:
         transport_.play = [this] { current_->player.play(); };
     }
 
-    /// Play until the end of the last file, or until the user quits or interrupts.
+    /// Play until the end of the last file, or until a key or a signal of the user ends playback.
     void run()
     {
         loadNext();
@@ -108,14 +108,15 @@ public:
         if (isInterrupted()) return;
         startNext();
         do {
+            // No file is loaded while a former file is audible, so that at most two files are in memory.
             if (!former_ && !next_ && loadedCount_ < files_.size()) loadNext();
         } while (advance());
         current_->player.pause();
     }
 
 private:
-    /// Load the next file. If a file plays on a device in real time, the load uses a background thread, and
-    /// playback continues. A stepped device does not run during the load.
+    /// Load the next file. If a file plays in real time, the load uses a background thread, and playback
+    /// continues. A stepped device (faster than real time) renders nothing during the load.
     void loadNext()
     {
         try {
@@ -135,12 +136,13 @@ private:
             if (current_) copySettings(current_->player, next_->player);
             ++loadedCount_;
         } catch (...) {
-            loadError_ = std::current_exception(); // rethrown when the current file has ended
+            loadError_ =
+                std::current_exception(); // checkEnds() rethrows the error when the current file has ended
             loadedCount_ = files_.size();
         }
     }
 
-    /// Start the next player before the former player stops, so that the device runs without interruption.
+    /// Start the next player before the former player stops, because the device stops without a player.
     void startNext()
     {
         next_->player.play();
@@ -149,11 +151,12 @@ private:
         announce(current_->file, current_->channels, session_.progress());
     }
 
-    /// Poll the session, and change files. Returns false after the end of playback.
+    /// Poll the session, and start the next file if it is due.
+    /// Returns  false after the end of playback.
     bool advance() { return session_.poll(transport_, framesToEnd()) && checkEnds(); }
 
-    /// Start the next file if the current file has ended. Returns false after the last sound of the last
-    /// file.
+    /// Start the next file if the current file has ended, and release a player whose tail has ended.
+    /// Returns  false after the last sound of the last file.
     bool checkEnds()
     {
         if (next_ && hasEnded(*current_, Until::latency)) startNext();
@@ -164,16 +167,17 @@ private:
         return false;
     }
 
-    /// Moments after the player has reached the end of a file, in order of time.
+    /// Moments after a player has reached the last frame of its file, in order of time.
     enum class Until {
         latency, ///< the units have rendered the last frame
-        tail,    ///< the units are silent
-        device,  ///< the device has played all frames, including its current slice
+        tail,    ///< the units have decayed to silence
+        device,  ///< the device has played all frames, including those of its current slice
     };
 
+    /// Whether the moment `until` of a file has passed.
     bool hasEnded(Track& track, Until until)
     {
-        // A loop that ends with the file also reaches the end of the file.
+        // A player that loops at the end of the file does not end there.
         if (!track.player.isAtEnd() || track.player.isLooping() || !track.player.isPlaying()) {
             track.end.reset();
             return false;
@@ -187,7 +191,7 @@ private:
         return track.end.hasEnded(session_.meter().frames(), framesOf(seconds, device.sampleRate) + slice);
     }
 
-    /// Device frames until the current file ends; one slice after the end.
+    /// The number of device frames until the current file ends; one slice if the file has ended.
     std::uint64_t framesToEnd() const
     {
         const FilePlayer& player = current_->player;
@@ -202,10 +206,10 @@ private:
     const PlayerOptions& options_;
     Session& session_;
     Transport transport_;
-    std::string note_;              // the reason why the last key had no effect
-    std::unique_ptr<Track> former_; // a player that has ended, whose tail is still audible
-    std::unique_ptr<Track> current_;
-    std::unique_ptr<Track> next_; // a loaded player that has not started
+    std::string note_;               // for the live line: the reason why the last key had no effect, or ""
+    std::unique_ptr<Track> former_;  // a file that has ended, and whose tail is still audible; may be null
+    std::unique_ptr<Track> current_; // the file that plays
+    std::unique_ptr<Track> next_;    // a loaded file that has not started; may be null
     std::size_t loadedCount_ = 0;
     std::exception_ptr loadError_;
 };
@@ -232,7 +236,7 @@ void copySettings(const FilePlayer& from, FilePlayer& to)
 {
     to.setVolume(from.volume());
     to.setRate(from.rate());
-    to.setPitch(from.pitch()); // with varispeed, sets the same value more exactly than setRate()
+    to.setPitch(from.pitch()); // with varispeed, the pitch sets the same value as the rate, but more exactly
 }
 
 void playFiles(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)

@@ -15,11 +15,11 @@ constexpr const char* outputUnit = "OutputHandle";
 constexpr const char* units[] = {"ConverterHandle", "MixerHandle",     "EqualizerHandle",
                                  "TimePitchHandle", "VariSpeedHandle", outputUnit};
 
-// Numbers of properties and parameters in the global scope of a unit.
+// Numbers of properties and parameters of units, all in the global scope.
 constexpr std::uint32_t latencyProperty = 12, tailProperty = 20, renderErrorProperty = 22;
 constexpr std::uint32_t varispeedRate = 0, varispeedCents = 1;
 
-/// While an object exists, the host calls `whileLoading` each time that the library yields.
+/// While an object exists, the host calls `whileLoading` each time that the library yields to other threads.
 struct YieldGuard {
     host::Host& host;
     YieldGuard(host::Host& program, const std::function<void()>& whileLoading) : host(program)
@@ -51,7 +51,7 @@ FilePlayer::~FilePlayer()
     try {
         pause();
     } catch (const std::exception&) {
-        // Ignored, because the destructor of the library's object also stops the player.
+        // The error is ignored, because the destructor of the library's object also stops the player.
     }
 }
 
@@ -69,7 +69,8 @@ void FilePlayer::write(const char* property, const host::Value& value, const cha
     check(what);
 }
 
-// The class reports an error here, because it has no units before the load, but the load uses the property.
+// The class reports an error, because it has no units before the load. The error is ignored, because the load
+// uses the property nevertheless.
 void FilePlayer::chooseRateUnit(RateUnit unit) { object_.set("TimePitchUnit", int(unit)); }
 
 RateUnit FilePlayer::rateUnit() const
@@ -110,8 +111,8 @@ double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(
 int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
 double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
 
-// The class does not report the number of loaded frames. If the number is `frames`, then a seek to 1.5 frames
-// moves the position to exactly one frame, because the class rounds times down.
+// The class does not report the number of loaded frames. If `frames` frames are loaded, a seek to the middle
+// of the second frame moves the position to the start of that frame, because the class rounds times down.
 bool FilePlayer::holdsAll(std::int64_t frames)
 {
     const double oneFrame = duration() / double(frames);
@@ -134,8 +135,8 @@ bool FilePlayer::isPlaying() const { return object_.get("Playing").boolean(); }
 
 double FilePlayer::position() const { return object_.get("CurrentTime").number(); }
 
-// The class rounds times down to frames, and a binary fraction may be slightly less than its frame, so use
-// the middle of the frame.
+// The class rounds a time down to a frame, and the binary fraction may be slightly less than the exact time
+// of the frame, so use the middle of the frame.
 double FilePlayer::nearestFrame(double seconds) const
 {
     return (std::round(seconds * sampleRate()) + 0.5) / sampleRate();
@@ -146,8 +147,8 @@ void FilePlayer::seek(double seconds)
     object_.set("CurrentTime", nearestFrame(std::clamp(seconds, 0.0, duration())));
 }
 
-// The position is a frame number of up to 32 bits divided by the rate. The tolerance is less than one frame
-// and more than the rounding error of the division.
+// The class computes the position as a frame number of up to 32 bits, divided by the sample rate. The
+// tolerance is less than one frame and more than the rounding error of this division.
 bool FilePlayer::isAtEnd() const { return position() >= duration() * (1 - 1e-11); }
 
 double FilePlayer::level() const { return object_.get("MeterLevel").number(); }
@@ -173,8 +174,8 @@ double FilePlayer::pitch() const
     return object_.get("PitchRate").number();
 }
 
-// The class rounds down to hundredths, and a binary fraction such as 0.29 may be slightly less than its
-// hundredth, so use the middle of the hundredth.
+// The class rounds the rate down to hundredths, and the binary fraction of 0.29 may be slightly less than
+// 0.29, so use the middle between this hundredth and the next.
 void FilePlayer::setRate(double rate)
 {
     write("TimeRate", (std::round(rate * 100.0) + 0.5) / 100.0, "the rate");
@@ -201,7 +202,8 @@ void FilePlayer::setLoopOut(double seconds) { object_.set("LoopOut", nearestFram
 bool FilePlayer::isLooping() const { return object_.get("Looping").boolean(); }
 void FilePlayer::setLooping(bool isOn) { object_.set("Looping", isOn); }
 
-/// A time that a unit reports; 0 if the unit does not have the property.
+/// Read a time in seconds from a property of a unit.
+/// Returns  0 if the unit does not have the property, or if the time is not positive and finite.
 double FilePlayer::unitSeconds(const char* unit, std::uint32_t property) const
 {
     const Answer answer = core_.readUnit(object_.get(unit).integer(), property);
@@ -213,7 +215,7 @@ Delay FilePlayer::delay() const
 {
     Delay sum;
     for (const char* unit : units) {
-        // The latency of the output unit is that of the device.
+        // The output unit reports the latency of the device.
         (unit == outputUnit ? sum.device : sum.latency) += unitSeconds(unit, latencyProperty);
         sum.tail += unitSeconds(unit, tailProperty);
     }

@@ -12,62 +12,66 @@
 
 namespace kvx {
 
-/// The unit that changes rate and pitch; the values are those of the class.
+/// The unit that changes rate and pitch; the numbers are those of the property TimePitchUnit of the class.
 enum class RateUnit {
     timePitch = 1, ///< changes rate and pitch independently
-    varispeed = 2, ///< changes rate and pitch together: each write of one also sets the other
+    varispeed =
+        2, ///< changes rate and pitch together: a write of the rate also sets the pitch, and vice versa
 };
 
-/// The accepted values of a setting.
+/// The range of values that a setting accepts, with both limits.
 struct Range {
     double low, high;
     bool holds(double value) const { return value >= low && value <= high; }
 };
-Range rateRange(RateUnit unit);             ///< range of the rate, a factor
+Range rateRange(RateUnit unit);             ///< the range of the rate, which is a factor
 constexpr Range pitchRange = {-2400, 2400}; // cents
 constexpr Range volumeRange = {0, 1};
 constexpr Range panRange = {-1, 1};
 
 constexpr int mostChannels = 64; // highest number of channels that the units accept
 
-/// Delay between the position of a player and the audible sound, in seconds.
+/// Delays between the position of a player and the audible sound, in seconds.
 struct Delay {
-    double latency = 0; ///< delay of the units
-    double tail = 0;    ///< decay of the units after the last frame of the file
-    double device = 0;  ///< delay of the device
+    double latency = 0; ///< total delay of all units except the output unit
+    double tail = 0;    ///< time in which the units decay to silence after the last frame of the file
+    double device = 0;  ///< delay of the device, as the output unit reports it
 };
 
-/// Restore a rate that the class has rounded to single precision: the nearest hundredth, if it rounds to the
-/// same value, otherwise the rate unchanged.
+/// Restore a rate that the class has rounded to single precision.
+/// Returns  the nearest hundredth if rounding the hundredth gives the same value; otherwise `rate`.
 double undoSinglePrecision(double rate);
 
-/// Ends of error messages, which name the next step for the user.
+/// The next steps that end the error messages of a file player.
 struct Advice {
     const char* whenNotLoaded;  ///< next step if a file cannot be loaded
     const char* whenNotStarted; ///< next step if the player does not start; null in a command that only loads
 };
+constexpr const char* checkFileAndMemory =
+    "check that the file is complete and that there is enough free memory";
 
-/// A player of one file. A position is the next frame that the player renders; the audible sound follows
-/// after delay().
+/// Plays one file. The position is the time of the next frame that the player renders; the frame becomes
+/// audible after delay().
 /// Units   seconds of the file, factors, cents.
-/// Errors  throws Failure if the platform refuses a call, and host::HostException for an exception of the
-///         library.
+/// Errors  throws Failure if the platform refuses a call, and host::HostException if the library raises an
+///         exception.
 /// [main]
 class FilePlayer {
 public:
     FilePlayer(host::Host& host, const CoreAudio& core, const Advice& advice);
-    ~FilePlayer(); ///< stops the player
+    ~FilePlayer(); ///< the destructor stops the player
     FilePlayer(const FilePlayer&) = delete;
     FilePlayer& operator=(const FilePlayer&) = delete;
 
-    // ---- before the load ----
+    // ---- functions to call before or for the load ----
 
     void chooseRateUnit(RateUnit unit);
 
     /// Decode the whole file into memory, in `channels` channels, and build the units.
     void load(const std::string& path, int channels);
 
-    /// Load on a background thread. `whileLoading` runs repeatedly on the calling thread until the end.
+    /// Load the file on a background thread. During the load, the calling thread runs `whileLoading`
+    /// repeatedly.
     void loadInBackground(const std::string& path, int channels, const std::function<void()>& whileLoading);
 
     // ---- the loaded file ----
@@ -78,7 +82,7 @@ public:
     int channels() const;
     double duration() const;
 
-    /// Whether the player contains exactly `frames` frames. Moves the position to the start.
+    /// Check whether the player has loaded exactly `frames` frames. Also moves the position to the start.
     bool holdsAll(std::int64_t frames);
 
     // ---- transport ----
@@ -88,10 +92,10 @@ public:
     bool isPlaying() const;
 
     double position() const;
-    void seek(double seconds); ///< moves to the nearest frame
+    void seek(double seconds); ///< moves the position to the nearest frame
     bool isAtEnd() const;      ///< whether the position is past the last frame
 
-    double level() const; ///< average power in decibels
+    double level() const; ///< average power of the output in decibels
 
     // ---- settings ----
 
@@ -100,11 +104,11 @@ public:
     void setVolume(double volume);
     void setPan(double pan);
 
-    /// The present rate and pitch. With varispeed, a write of one of them also changes the other.
+    /// The present rate and pitch. With varispeed, a write of either also changes the other.
     double rate() const;
     double pitch() const;
     Range rates() const { return rateRange(rateUnit()); }
-    void setRate(double rate); ///< rounds to the nearest hundredth
+    void setRate(double rate); ///< sets the rate to the nearest hundredth
     void setPitch(double cents);
 
     void setGains(const Gains& gains);
@@ -117,11 +121,13 @@ public:
     void setLoopIn(double seconds);  ///< sets the loop start to the nearest frame
     void setLoopOut(double seconds); ///< sets the loop end to the nearest frame
     bool isLooping() const;
-    void setLooping(bool isOn); ///< looping has no effect unless both loop points are set
+    void setLooping(
+        bool isOn); ///< switches looping on or off; looping has no effect unless both loop points are set
 
-    Delay delay() const; ///< total delay of all units
+    Delay delay() const; ///< the present delays of all units and of the device
 
-    /// The first render error that a unit reports; 0 without an error. Reading clears the error.
+    /// Read and clear the render errors of all units.
+    /// Returns  the first error; 0 if no unit reports an error.
     Status renderError() const;
 
 private:

@@ -23,8 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr Advice infoAdvice = {"check that the file is complete and that there is enough free memory",
-                               nullptr};
+constexpr Advice infoAdvice = {checkFileAndMemory, nullptr};
 
 void checkOptions(const PlayerOptions& options, const Playlist& playlist, const KVXDeviceInfo& device)
 {
@@ -34,14 +33,15 @@ void checkOptions(const PlayerOptions& options, const Playlist& playlist, const 
                          deviceChannels);
 }
 
-/// The path of the capture; "" without a capture.
+/// The path to which the output of the device is captured; "" if there is no capture.
 std::string capturePath(const PlayOptions& options, const KVXDeviceInfo& device)
 {
     if (!options.capture.empty()) return options.capture;
     return !options.keep.empty() && device.isSimulated ? options.keep + ".wav" : "";
 }
 
-/// Play all groups; the play methods differ in this step only. Returns whether the device rendered sound.
+/// Play all groups of files by the requested play method.
+/// Returns  whether the device has rendered at least one frame.
 bool playGroups(host::Host& host, const Playlist& playlist, const PlayOptions& options,
                 const KVXDeviceInfo& device, Progress& progress)
 {
@@ -72,15 +72,16 @@ void keepCapture(Capture& capture, const PlayOptions& options, const std::string
     progress.say(fmt::format("Waveform:        {}", fs::absolute(picture).string()));
 }
 
-/// Platform objects that exist after the last use of the library on purpose: the class of the sound component
-/// never releases its converter.
+/// Platform objects that are no leaks after playback: the library's class of the sound component never
+/// releases its converter.
 std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
 {
     if (method != PlayMethod::classic) return {};
     return {{"AudioConverter", 1}};
 }
 
-/// Load a file into a file player, and print what the player reports.
+/// Load a file into a file player.
+/// Returns  the formats, the rate, the channels and the duration that the player reports, as text.
 std::string formatFileInfo(host::Host& host, const PlaylistFile& file, Progress& progress)
 {
     const CoreAudio core(host);
@@ -105,8 +106,8 @@ std::string formatFileInfo(host::Host& host, const PlaylistFile& file, Progress&
 
 } // namespace
 
-// Everything that can fail is checked before the first sound, in the order of cost: the files, the device,
-// the path of the capture, the library.
+// The options and the inputs are checked before the first sound, the cheapest check first: the files, the
+// device, the path of the capture, the library.
 int play(const PlayOptions& options)
 {
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
@@ -116,7 +117,8 @@ int play(const PlayOptions& options)
     const std::string captureTo = capturePath(options, device);
     refuseToOverwrite(pathsOf(playlist), captureTo, options.capture.empty() ? "--keep" : "--capture");
 
-    InterruptGuard guard; // created before the first temporary file, which the guard removes after a signal
+    // The guard exists before the first temporary file, because it removes that file after a signal.
+    InterruptGuard guard;
     std::optional<Capture> capture;
     if (!captureTo.empty()) capture.emplace(device.device, captureTo);
     Library library(options.library);

@@ -1,4 +1,4 @@
-// The commands that play and render sound files, and their options.
+// The commands that play and render sound files, and the options of these commands.
 // All functions: [main].
 #pragma once
 
@@ -21,7 +21,7 @@ struct PlayOptions {
     PlayMethod method = PlayMethod::file;
     std::vector<std::string> files; ///< paths of the files: at least one, and exactly one for `classic`
     DeviceRequest device;
-    std::string capture;  ///< path of the capture; empty: no capture
+    std::string capture;  ///< path of --capture: the WAV file for the output of the device; empty: none
     std::string keep;     ///< value NAME of --keep: capture the simulated device in NAME.wav, and draw the
                           ///< waveform in NAME.png; empty: no files
     PlayerOptions player; ///< options that only the method `file` uses
@@ -32,7 +32,7 @@ struct PlayOptions {
     LibraryOptions library;
 };
 
-/// Play the files.
+/// Play the files to the output device.
 /// Returns  the exit code.
 /// Errors   throws Failure.
 int play(const PlayOptions& options);
@@ -43,15 +43,16 @@ int play(const PlayOptions& options);
 int showFileInfo(const PlayOptions& options);
 
 struct RenderOptions {
-    std::string from, to;
-    double deviceRate = 0;          ///< sample rate of the result in Hz; 0: the rate of the file
-    std::optional<double> duration; ///< length of the result in seconds
+    std::string from, to;  ///< paths of the file that is read and of the WAV file that is written
+    double deviceRate = 0; ///< sample rate of the written file in Hz; 0: the rate of the file that is read
+    std::optional<double>
+        duration; ///< longest duration of the written file, or exact duration of a loop, in seconds
     bool isQuiet = false;
     PlayerOptions player;
     LibraryOptions library;
 };
 
-/// Render a file into a WAV file, through the same units as play().
+/// Render a sound file into a WAV file, with the audio units that the play method `file` also uses.
 /// Returns  the exit code.
 /// Errors   throws Failure.
 int render(const RenderOptions& options);

@@ -133,8 +133,8 @@ void applyOptions(const PlayerOptions& options, FilePlayer& player)
         player.setLoopOut(options.loop->out);
         player.setLooping(true);
     }
-    // Without a seek, one slice before the loop start would be audible, because the class jumps to the loop
-    // start only after the first slice.
+    // Seek to the loop start, because the class plays the first slice from the present position,
+    // and jumps to the loop start only then.
     if (options.start)
         player.seek(*options.start);
     else if (options.loop)

@@ -95,7 +95,7 @@ std::size_t GroupReader::read(float* out, std::size_t frames)
         done += got;
         if (done == frames) break;
         if (open_->isDamaged()) damagedFiles_.push_back(open_->path());
-        open_.reset(); // closes the file at its end
+        open_.reset(); // closes the file that has been read to its end
     }
     return done;
 }

@@ -1,4 +1,4 @@
-// The playlist: the files that a command plays, in order, as groups of one format.
+// The playlist: the files that a command plays, in order, divided into groups of one format.
 // All functions: [main].
 #pragma once
 
@@ -13,20 +13,21 @@
 namespace kvx {
 
 struct PlaylistFile {
-    std::string path; ///< path as pathOnDisk() returns it
+    std::string path; ///< path of the file, in the spelling of pathOnDisk()
     SoundFormat format;
 };
 
-/// Consecutive files with the same sample rate and number of channels. One buffered player plays the group
-/// without gaps.
+/// Consecutive files with the same sample rate and the same number of decoded channels (1 or 2, see
+/// SoundFormat::channels). One buffered player plays the files of a group without gaps.
 struct FormatGroup {
-    std::vector<PlaylistFile> files; ///< at least one file
+    std::vector<PlaylistFile> files; ///< files of the group, at least one
 
     int sampleRate() const { return files.front().format.sampleRate; }
-    int channels() const { return files.front().format.channels; }
+    int channels() const { return files.front().format.channels; } ///< number of decoded channels
     std::int64_t frames() const;
 
-    /// The file that contains `frame`, counted from the start of the group; past the end, the last file.
+    /// The file that contains the frame number `frame`, counted from the start of the group. If the group has
+    /// fewer frames, the last file.
     const PlaylistFile& fileAt(std::int64_t frame) const;
     std::int64_t firstFrameOf(const PlaylistFile& file) const;
 };
@@ -44,8 +45,8 @@ std::vector<std::string> pathsOf(const Playlist& playlist);
 /// Print a warning for each file with missing content.
 void warnOfMissingParts(const Playlist& playlist, Progress& progress);
 
-/// Print "Playing song.wav: 44100 Hz, stereo, 0:06.5", and a second line if the file has more than `channels`
-/// channels.
+/// Print "Playing song.wav: 44100 Hz, stereo, 0:06.5". If the file has more than `channels` channels, also
+/// print that only the first `channels` channels play.
 void announce(const PlaylistFile& file, int channels, Progress& progress);
 
 /// A number of channels as text: "mono", "stereo", "6 channels".
@@ -62,7 +63,7 @@ public:
     /// Errors   throws Failure if the disk cannot be read.
     std::size_t read(float* out, std::size_t frames);
 
-    /// Files read so far whose data stopped decoding before the last frame.
+    /// Paths of the files whose data, as far as it was read, stopped decoding before the last frame.
     const std::vector<std::string>& damagedFiles() const { return damagedFiles_; }
 
 private:

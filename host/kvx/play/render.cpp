@@ -14,12 +14,12 @@
 namespace kvx {
 namespace {
 
-constexpr std::uint32_t stepFrames = 8192; // number of device frames between two checks for an interrupt
+constexpr std::uint32_t stepFrames = 8192; // device frames between two checks for a signal of the user
 
-constexpr Advice advice = {"check that the file is complete and that there is enough free memory",
+constexpr Advice advice = {checkFileAndMemory,
                            "give a rate nearer to the file's with --device-rate, or choose another file"};
 
-/// A simulated stepped device, which exists as long as the object.
+/// A simulated device that runs only when this command steps it. The device exists as long as the object.
 class RenderDevice {
 public:
     RenderDevice(double rate, int channels)
@@ -52,27 +52,27 @@ double rateOf(const RenderOptions& options, const PlaylistFile& file)
     return options.deviceRate > 0 ? options.deviceRate : file.format.sampleRate;
 }
 
-/// The number of channels to render. Mono becomes stereo if an option distinguishes left and right.
+/// The number of channels to render. A mono file becomes stereo if --channel-map is given or --pan is not 0.
 int channelsToRender(const RenderOptions& options, const PlaylistFile& file)
 {
     const bool hasSides = options.player.channelMap || options.player.pan.value_or(0) != 0;
     return std::clamp(file.format.fileChannels, hasSides ? 2 : 1, mostChannels);
 }
 
-/// The number of channels of the device: one per entry of the channel map, if there is a map.
+/// The number of channels of the device: one per entry of --channel-map; without --channel-map, `channels`.
 int deviceChannelsOf(const RenderOptions& options, int channels)
 {
     const auto& map = options.player.channelMap;
     return map ? std::clamp(int(map->size()), 1, mostChannels) : channels;
 }
 
-/// The number of device frames to render: --duration with a loop, otherwise at most the rest of the file and
-/// the tail. `loaded` is the number of frames that the player has loaded.
+/// The number of device frames to render: exactly --duration if there is a loop; otherwise the rest of the
+/// file and the tail, but at most --duration. `loaded` is the number of frames that the player has loaded.
 std::uint64_t framesToRender(const RenderOptions& options, const FilePlayer& player, std::int64_t loaded,
                              double deviceRate)
 {
-    const double skipped =
-        player.position() / player.duration(); // fraction of the file before the start position
+    // Fraction of the file before the start position.
+    const double skipped = player.position() / player.duration();
     const auto left = std::uint64_t(std::llround((1 - skipped) * double(loaded)));
     const std::uint64_t whole = framesRendered(left, player.sampleRate(), player.rate(), deviceRate) +
                                 framesOf(player.delay().tail, deviceRate);
@@ -81,9 +81,9 @@ std::uint64_t framesToRender(const RenderOptions& options, const FilePlayer& pla
     return options.player.loop ? requested : std::min(requested, whole);
 }
 
-/// Splits the steps of the device so that a slice ends exactly at OUT of the loop, because the class jumps
-/// back to IN after the slice that reaches OUT. If the rate, the pitch or the device rate differs from the
-/// file, the units pull frames ahead of the device, so the steps are not split.
+/// Divides the frames of the device into slices so that one slice ends exactly at the loop end, because the
+/// class jumps to the loop start only after a slice. If rate, pitch or device rate differ from those of the
+/// file, nothing is divided, because the units then read frames ahead of the device.
 class LoopSlices {
 public:
     LoopSlices(const FilePlayer& player, double deviceRate)
@@ -94,7 +94,8 @@ public:
         left_ = framesOf(player.loopOut() - player.position(), deviceRate);
     }
 
-    /// Count up to `frames` frames as rendered. Returns the number of frames before the next jump.
+    /// Count up to `frames` frames as rendered, but none after the next jump to the loop start.
+    /// Returns  the number of counted frames.
     std::uint32_t take(std::uint32_t frames)
     {
         if (length_ == 0) return frames;
@@ -105,8 +106,8 @@ public:
     }
 
 private:
-    std::uint64_t length_ = 0; // loop length in device frames; 0: steps are not split
-    std::uint64_t left_ = 0;   // device frames until the next jump
+    std::uint64_t length_ = 0; // loop length in device frames; 0: slices are not divided
+    std::uint64_t left_ = 0;   // device frames until the next jump to the loop start
 };
 
 void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t frames)
@@ -120,6 +121,7 @@ void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t f
 }
 
 /// Check that the result is shorter than 4 GiB, the limit of WAV files.
+/// Errors  throws Failure.
 void checkLength(const std::string& path, std::uint64_t frames, int channels)
 {
     constexpr std::uint64_t mostBytes = 0xFFFF0000;
@@ -128,7 +130,8 @@ void checkLength(const std::string& path, std::uint64_t frames, int channels)
             fmt::format("{} would be longer than a WAV file can be; give a shorter --duration", path));
 }
 
-/// Run the device for `frames` frames. Returns false if the user interrupts.
+/// Run the device for `frames` frames.
+/// Returns  false if a signal of the user has ended the run.
 bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t frames, Progress& progress)
 {
     const double rate = device.sampleRate;
@@ -152,7 +155,8 @@ void checkRenderError(const FilePlayer& player, const std::string& path)
                                   formatStatus(status)));
 }
 
-/// Render the file. Returns false if the user interrupts; no file is written then.
+/// Render the file.
+/// Returns  false if a signal of the user has ended the rendering; then no file is written.
 bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFile& file, Progress& progress)
 {
     const CoreAudio core(host);
@@ -191,8 +195,9 @@ int render(const RenderOptions& options)
     const Playlist playlist = planPlaylist({options.from});
     const PlaylistFile file = filesOf(playlist).front();
     refuseToOverwrite({file.path}, options.to, "the result");
-    InterruptGuard guard; // created before the first temporary file, which the guard removes after a signal
-    temporaryPathFor(options.to); // throws now, not after rendering, if no file can be written
+    // The guard exists before the first temporary file, because it removes that file after a signal.
+    InterruptGuard guard;
+    temporaryPathFor(options.to); // if no file can be written, the command fails before it renders
 
     Library library(options.library);
     warnOfMissingParts(playlist, progress);

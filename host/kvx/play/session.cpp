@@ -21,7 +21,7 @@ void Meter::measure(void* context, const float* samples, std::uint32_t frames, s
         const float magnitude = std::fabs(samples[i]);
         if (magnitude > peak) peak = magnitude;
     }
-    // takePeak() may reset the peak between the load and the store; the next slice then shows the level.
+    // If takePeak() resets the peak between the load and the store, its next call returns this peak.
     Meter& self = *static_cast<Meter*>(context);
     if (peak > self.peak_.load(std::memory_order_relaxed)) self.peak_.store(peak, std::memory_order_relaxed);
     self.frames_.fetch_add(frames, std::memory_order_relaxed);

@@ -1,4 +1,5 @@
-// The playback session: the device, the meter, the keys and the end detection, which all play methods share.
+// The playback session, which all play methods share: the device, the level meter, the keys of the user, and
+// the detection of the end of playback.
 #pragma once
 
 #include "host/kvx/devices/output_device.h"
@@ -13,7 +14,7 @@
 
 namespace kvx {
 
-/// Measures the output of a device. The device must outlive the meter.
+/// Measures the level and counts the frames of a device's output. The device must outlive the meter.
 class Meter {
 public:
     explicit Meter(KVXDeviceID device); ///< [main]
@@ -21,11 +22,11 @@ public:
     Meter(const Meter&) = delete;
     Meter& operator=(const Meter&) = delete;
 
-    /// The highest magnitude since the last call: 1 is full scale, 0 is silence.
+    /// Return the highest magnitude of a sample since the last call: 1 is full scale, 0 is silence.
     /// [main]
     float takePeak() { return peak_.exchange(0.0f, std::memory_order_relaxed); }
 
-    /// The number of frames rendered since construction, in completed slices.
+    /// Return the number of frames that the device has rendered since construction, in completed slices.
     /// [any]
     std::uint64_t frames() const { return frames_.load(std::memory_order_relaxed); }
 
@@ -41,20 +42,21 @@ private:
 /// The sample rates are in Hz; `rate` is the factor that the file player applies.
 std::uint64_t framesRendered(std::uint64_t fileFrames, double fileRate, double rate, double deviceRate);
 
-/// A time in device frames, rounded up. A time computed from a whole number of frames yields that number.
+/// Convert a time to device frames, rounded up. A time that was computed from a whole number of frames gives
+/// that number again, despite rounding errors.
 std::uint64_t framesOf(double seconds, double deviceRate);
 
-/// End-of-playback detection: detects when the device has played the last sound of a file. The caller polls
-/// the detector.
+/// Detects when the device has played the last sound of a file. The caller calls reset() or hasEnded()
+/// repeatedly during playback.
 /// [main]
 class EndDetector {
 public:
-    /// The player has not reached the last frame of the file, or loops, or is paused.
+    /// Forget the end of the file. Call while the player has not reached the last frame, loops or is paused.
     void reset() { isEndSeen_ = false; }
 
-    /// The player has reached the last frame of the file. `frames` is the number of frames that the device
-    /// has rendered so far, `remaining` the number of frames that it must render after the first such call.
-    /// Returns  whether playback has ended.
+    /// Call while the player is past the last frame of the file. `frames` is the number of frames that the
+    /// device has rendered so far.
+    /// Returns  whether the device has rendered `remaining` frames since the first call after reset().
     bool hasEnded(std::uint64_t frames, std::uint64_t remaining);
 
 private:
@@ -62,18 +64,17 @@ private:
     bool isEndSeen_ = false;
 };
 
-/// The functions that a play method provides to Session::poll(). A method without keys provides only
-/// `status`.
+/// Gives Session::poll() the functions of a play method. A play method without keys sets only `status`.
 /// [main]
 struct Transport {
     std::function<std::string()> status; ///< returns the text of the live line
     std::function<void(Key)> press;      ///< applies a key other than Key::quit
     std::function<bool()> isPlaying;     ///< returns whether the player is playing
-    std::function<void()> pause;         ///< called before Ctrl-Z stops the process
-    std::function<void()> play;          ///< called when the process continues
+    std::function<void()> pause;         ///< pauses the player, before Ctrl-Z stops the process
+    std::function<void()> play;          ///< continues playback, when the stopped process continues
 };
 
-/// The device, the keys and the live line during playback.
+/// Lets the device play, reads keys and shows the live line during playback.
 /// [main]
 class Session {
 public:
@@ -81,16 +82,16 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Read keys from now on, and print `help`, or the reason why no keys can be read. No effect with a
-    /// stepped device.
+    /// Read keys from now on, and print `help`; if no keys can be read, print the reason. Has no effect if
+    /// the device is stepped (runs faster than real time).
     void enableKeys(const char* help);
 
-    /// Apply keys, update the live line, and let the device play: `frames` as for passTime().
-    /// Returns  false after the user quits or interrupts.
-    /// Errors   throws Failure if the device dies.
+    /// Apply the typed keys, update the live line, and let the device play `frames` frames as passTime()
+    /// does. Returns  false after the key that quits, or after a signal of the user. Errors   throws Failure
+    /// if the device dies.
     bool poll(const Transport& transport, std::uint64_t frames = longestStep);
 
-    const KVXDeviceInfo& device() const { return device_; } ///< state of the device when the session began
+    const KVXDeviceInfo& device() const { return device_; } ///< the device, as it was when the session began
     bool isStepped() const { return isStepped_; }
     Progress& progress() { return progress_; }
     Meter& meter() { return meter_; }
@@ -107,8 +108,8 @@ private:
     bool isQuit_ = false;
 };
 
-/// Print that the sound had gaps, because the file could not be read fast enough. The exit code is unchanged.
-/// [main]
+/// Print that the sound had gaps, because the file could not be read fast enough. The exit code of the
+/// command does not change. [main]
 void printGap();
 
 } // namespace kvx
