@@ -45,12 +45,12 @@ extern "C" void noteSignal(int signal)
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
-    handle(SIGABRT, endProcess,
-           &formerAbort_); // a failed assertion in a library must leave no temporary file
+    // A failed assertion in a library sends SIGABRT, and must leave no temporary file.
+    handle(SIGABRT, endProcess, &formerAbort_);
     for (std::size_t i = 0; i < std::size(signals_); ++i) {
         sigaction(signals_[i], nullptr, &former_[i]);
-        // nohup ignores SIGHUP permanently. A shell ignores SIGINT in background jobs, but `kill -INT` must
-        // end them.
+        // A SIGHUP that nohup has set to be ignored stays ignored. A SIGINT that a shell has set to be
+        // ignored in a background job is handled, because `kill -INT` must end the job.
         const bool staysIgnored = signals_[i] == SIGHUP && former_[i].sa_handler == SIG_IGN;
         if (!staysIgnored) handle(signals_[i], noteSignal, nullptr);
     }

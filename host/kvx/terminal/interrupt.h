@@ -1,13 +1,14 @@
-// Signals that end a command: Ctrl-C, SIGTERM and a closed terminal set a flag that the command polls.
+// Signals of the user or the system that end a command: Ctrl-C (SIGINT), SIGTERM and a closed terminal
+// (SIGHUP) set a flag, which the command polls.
 #pragma once
 
 #include <csignal>
 
 namespace kvx {
 
-/// While an object exists, the first SIGINT, SIGTERM or SIGHUP sets the flag of isInterrupted(); the second
-/// signal of the same number removes temporary files and ends the process. SIGABRT also removes temporary
-/// files. A SIGHUP that is ignored at construction stays ignored. Only one object may exist.
+/// Handles signals while an object exists: the first SIGINT, SIGTERM or SIGHUP sets the flag of
+/// isInterrupted(). A second signal of the same number, or SIGABRT, removes temporary files and ends the
+/// process. If SIGHUP is ignored at construction, it stays ignored. Only one object may exist at a time.
 /// [main]
 class InterruptGuard {
 public:
@@ -22,7 +23,8 @@ private:
 };
 
 /// Guards a call that cannot be interrupted, such as a load from a disk that does not respond: if the call
-/// continues for some seconds after the first signal, the process ends. Needs an InterruptGuard.
+/// continues for some seconds after the first signal, the process ends. An
+/// InterruptGuard must exist.
 /// [main]
 class HangGuard {
 public:
@@ -40,11 +42,12 @@ private:
 /// Whether a signal has arrived since the construction of the InterruptGuard.
 bool isInterrupted();
 
-/// Set a function that the signal handler calls at the first signal; null: no function. The function may do
-/// only what a signal handler may do.
+/// Set the function that the signal handler calls at the first signal of each number; null: no function. The
+/// function may do only what a signal handler may do.
 void onFirstInterrupt(void (*work)());
 
-/// The exit code that shells expect after the signal, such as 130 after Ctrl-C; 0 without a signal.
+/// The exit code that shells expect of a command that a signal has ended, such as 130 after Ctrl-C; 0 if no
+/// signal has arrived.
 int interruptExitCode();
 
 } // namespace kvx

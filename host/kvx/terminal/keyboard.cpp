@@ -28,8 +28,8 @@ constexpr KeyByte plainKeys[] = {
     {'q', Key::quit},   {'Q', Key::quit},
 };
 
-// The last bytes of the sequences of arrow keys, such as ESC [ A or ESC O A. Modifier keys add numbers before
-// the last byte, which have no effect here.
+// The last bytes of the escape sequences of arrow keys, such as ESC [ A or ESC O A. A modifier key adds numbers
+// before the last byte, which the decoder skips.
 constexpr KeyByte arrows[] = {
     {'A', Key::louder}, {'B', Key::softer}, {'C', Key::forward}, {'D', Key::back},
 };
@@ -47,9 +47,10 @@ bool isLastOfSequence(char byte) { return byte >= 0x40 && byte <= 0x7e; }
 
 constexpr int input = STDIN_FILENO;
 
-// Signal handlers access the following variables.
-termios former;                       // the terminal's mode at the start
-volatile std::sig_atomic_t isRaw = 0; // whether the terminal delivers each key at once
+// Signal handlers read and write the following variables.
+termios former; // mode of the terminal before enterRawMode()
+volatile std::sig_atomic_t isRaw =
+    0; // whether this program has set raw mode, in which the terminal delivers each key at once
 volatile std::sig_atomic_t isStopTyped = 0;
 struct sigaction formerStop, formerContinue, formerQuit, formerAbort;
 
@@ -59,8 +60,8 @@ extern "C" void restoreTerminal()
 {
     if (!isRaw) return;
     isRaw = 0;
-    if (isForeground())
-        tcsetattr(input, TCSANOW, &former); // in the background, tcsetattr would stop the process
+    // In the background, tcsetattr() would stop the process.
+    if (isForeground()) tcsetattr(input, TCSANOW, &former);
 }
 
 void enterRawMode()
@@ -68,23 +69,26 @@ void enterRawMode()
     termios raw;
     if (isRaw || !isForeground() || tcgetattr(input, &raw) != 0) return;
     constexpr tcflag_t lineByLine = ICANON | ECHO;
-    if (raw.c_lflag & lineByLine) former = raw; // otherwise a shell has restored this program's raw mode
-    raw.c_lflag &= ~lineByLine;                 // ISIG stays set, so Ctrl-C and Ctrl-Z send signals
+    // If the terminal is already in raw mode, a shell has restored the mode that this program had set. Then
+    // `former` keeps the mode before raw mode.
+    if (raw.c_lflag & lineByLine) former = raw;
+    raw.c_lflag &= ~lineByLine; // the flag ISIG stays set, so Ctrl-C and Ctrl-Z send signals
     raw.c_cc[VMIN] = 0;
     raw.c_cc[VTIME] = 0;
-    isRaw = 1; // before tcsetattr, so that the handler of a signal in between restores the terminal
+    // isRaw is set before tcsetattr(), so that the handler of a signal between both restores the terminal.
+    isRaw = 1;
     if (tcsetattr(input, TCSANOW, &raw) != 0) isRaw = 0;
 }
 
 extern "C" void noteStop(int) { isStopTyped = 1; }
 
-// Another process has continued this one, perhaps in the background, and the shell has set its own mode.
+// SIGCONT has continued this process, perhaps in the background, and the shell has set its own terminal mode.
 extern "C" void noteContinue(int) { isRaw = 0; }
 
 extern "C" void restoreAndEnd(int signal)
 {
     restoreTerminal();
-    raise(signal); // SA_RESETHAND has restored the default action
+    raise(signal); // ends the process, because SA_RESETHAND has restored the default action of the signal
 }
 
 void handle(int signal, void (*handler)(int), int flags, struct sigaction* place)
@@ -109,13 +113,13 @@ std::vector<Key> KeyDecoder::decode(std::string_view bytes)
     for (char byte : bytes) {
         std::optional<Key> key;
         if (byte == escape) {
-            sequence_ = byte; // also discards an earlier single Escape
+            sequence_ = byte; // begins a sequence, and discards an unfinished one
         } else if (sequence_.empty()) {
             key = find(plainKeys, byte);
         } else if (sequence_.size() == 1) {
             sequence_ += byte;
             if (byte == '[' || byte == 'O') continue;
-            sequence_.clear(); // ends the sequence of a key with Alt
+            sequence_.clear(); // Escape and one character are a key typed with Alt, which has no action
         } else if (isLastOfSequence(byte)) {
             key = find(arrows, byte);
             sequence_.clear();
@@ -158,10 +162,10 @@ const char* Keyboard::obstacle()
 std::vector<Key> Keyboard::read()
 {
     if (!isInUse_ || isInterrupted()) return {};
-    enterRawMode(); // enters raw mode again after the process has returned to the foreground
+    enterRawMode(); // has an effect if the process has returned to the foreground
     if (!isRaw || !isForeground()) return {};
-    // Poll first, because a signal handler may restore the terminal at this point, and read() would then
-    // block until the end of a line.
+    // Poll before read(), because a signal handler may have restored the terminal, and read() would then
+    // block until the user types a whole line.
     pollfd waiting = {input, POLLIN, 0};
     char bytes[64];
     if (poll(&waiting, 1, 0) == 1 && (waiting.revents & POLLIN))
@@ -182,7 +186,7 @@ void Keyboard::stopProcess()
     restoreTerminal();
     struct sigaction own;
     handle(SIGTSTP, SIG_DFL, 0, &own);
-    raise(SIGTSTP); // blocks until the process continues
+    raise(SIGTSTP); // stops the process; the call returns when the process continues
     sigaction(SIGTSTP, &own, nullptr);
 }
 

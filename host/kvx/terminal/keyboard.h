@@ -7,7 +7,7 @@
 
 namespace kvx {
 
-/// The functions of the keys.
+/// The actions that the user can choose with a key.
 enum class Key {
     pause,
     back,
@@ -24,14 +24,14 @@ enum class Key {
     quit,
 };
 
-/// One line for the user that lists the keys.
+/// One line of text that explains the keys to the user.
 const char* keyHelp();
 
-/// Decodes the bytes that a terminal sends, and ignores keys without a function.
+/// Decodes the bytes that a terminal sends into keys. Keys without an action are ignored.
 /// [main]
 class KeyDecoder {
 public:
-    /// Decode the next bytes. The bytes of one key may arrive in several calls.
+    /// Decode the next bytes from the terminal. The bytes of one key may be divided between several calls.
     std::vector<Key> decode(std::string_view bytes);
 
 private:
@@ -39,9 +39,8 @@ private:
 };
 
 /// Reads keys while an object exists, if standard input and standard output are terminals and this process is
-/// in the foreground. The terminal returns to its former mode when the object is destroyed, when the process
-/// is stopped, and at the first signal. Only one object may exist, and it needs an InterruptGuard.
-/// [main]
+/// in the foreground. The destructor, a stop of the process and the first signal restore the terminal's
+/// former mode. Only one object may exist at a time, and only while an InterruptGuard exists. [main]
 class Keyboard {
 public:
     Keyboard();
@@ -49,16 +48,16 @@ public:
     Keyboard(const Keyboard&) = delete;
     Keyboard& operator=(const Keyboard&) = delete;
 
-    /// The reason why no keys can be read, as a clause; null if keys can be read.
+    /// The reason why no keys can be read, as a clause for a message; null if keys can be read.
     static const char* obstacle();
 
-    /// The keys typed since the last call. Never blocks.
+    /// Return the keys that the user has typed since the last call. Never blocks.
     std::vector<Key> read();
 
-    /// Whether the user has typed Ctrl-Z since the last call.
+    /// Whether the user has typed Ctrl-Z since the last call of this function.
     static bool isStopRequested();
 
-    /// Restore the terminal and stop the process, as Ctrl-Z does. Returns when the process continues.
+    /// Restore the terminal and stop the process, as Ctrl-Z does. Returns after the process continues.
     void stopProcess();
 
 private:

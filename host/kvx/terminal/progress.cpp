@@ -14,16 +14,17 @@
 namespace kvx {
 namespace {
 
-constexpr const char* eraseToEnd = "\x1b[J"; // erases from the cursor to the end of the screen
+constexpr const char* eraseToEnd =
+    "\x1b[J"; // control sequence that erases from the cursor to the end of the screen
 
 constexpr double silenceDb = -120;
 
 float magnitudeOf(double db) { return db > silenceDb ? float(std::pow(10.0, db / 20.0)) : 0.0f; }
 
-/// The level; the text has the same width during a pause, so that the rest of the line does not move.
+/// Format the level. The width is the same during a pause, so that the rest of the live line does not move.
 std::string formatSound(const PlayStatus& status)
 {
-    constexpr int places = 10; // a line without pitch and volume then fits in 80 columns
+    constexpr int places = 10; // short enough that a live line without pitch and volume fits in 80 columns
     if (status.isPaused) return "[" + std::string(places, '-') + "]   paused";
     return formatLevel(magnitudeOf(status.level), places);
 }
@@ -81,8 +82,8 @@ Verbosity verbosityFor(bool isQuiet, std::FILE* out)
     return isatty(fileno(out)) ? Verbosity::live : Verbosity::plain;
 }
 
-// The cursor rests at the first column of the live line. A terminal that becomes narrower wraps the line, and
-// the rest of the line is still after the cursor.
+// The cursor rests at the first column of the live line. If the terminal becomes narrower, it wraps the line,
+// so erase to the end of the screen, not to the end of the line.
 void Progress::wipe()
 {
     if (isShown_) std::fputs(eraseToEnd, out_);
@@ -112,7 +113,7 @@ void Progress::say(const std::string& line)
 void Progress::warn(const std::string& line)
 {
     wipe();
-    flush(); // keeps the order of lines on a terminal that shows stdout and stderr
+    flush(); // so that a terminal, which shows stdout and stderr, shows the lines in order
     printMessage(line);
     hasWarned_ = true;
 }

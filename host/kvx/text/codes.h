@@ -16,18 +16,19 @@ using Status = std::int32_t;
 /// The four characters of a code, printable or not.
 std::string charactersOf(Code code);
 
-/// Print a code in quotes ('uid '), or as a hexadecimal number (0x0000002A) if a character is not printable
-/// or is a quote. readCodeOrNumber() reads both forms.
+/// Format a code in quotes ('uid '), or as a hexadecimal number (0x0000002A) if a character of the code is
+/// not printable or is a quote. readCodeOrNumber() reads both forms.
 std::string formatCode(Code code);
 
-/// Read one to four characters, with or without quotes, padded with blanks.
-/// Errors  nullopt for a longer or an empty text.
+/// Read a code of one to four characters, with or without quotes. A shorter code is padded with blanks.
+/// Errors  nullopt for an empty text or more than four characters.
 std::optional<Code> readCode(std::string_view text);
 
-/// Read characters or a number. A text with 0x or with more than four digits is a number.
+/// Read a code, or a number if the text begins with 0x or has more than four characters.
+/// Errors  nullopt for any other text.
 std::optional<Code> readCodeOrNumber(std::string_view text);
 
-/// A status and its meaning.
+/// A status of the platform and its meaning for the user.
 struct StatusFact {
     Status status;
     const char* meaning; ///< a clause without a period
@@ -40,7 +41,7 @@ struct StatusFacts {
 };
 StatusFacts statusFacts();
 
-/// Print a status as code, number and meaning: "'who?' (2003332927): the object has no such property …".
+/// Format a status as code, number and meaning: "'who?' (2003332927): the object has no such property …".
 std::string formatStatus(Status status);
 
 } // namespace kvx

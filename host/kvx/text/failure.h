@@ -5,14 +5,14 @@
 
 namespace kvx {
 
-/// what() is one line: the object, the problem and the next step. The command prints the line and exits with
-/// code 1.
+/// An error that ends the command. what() is one line: the object, the problem and the next step. The command
+/// prints this line and exits with code 1.
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Standard output cannot be written: the disk is full, or the reader of a pipe has ended.
+/// Standard output cannot be written, because the disk is full or the reader of the pipe has ended.
 class OutputFailure : public Failure {
 public:
     OutputFailure()
@@ -22,7 +22,8 @@ public:
     }
 };
 
-/// An argument that does not fit its option, another argument or the library. The command exits with code 2.
+/// An argument does not fit its option, another argument or the library. The command prints what() and exits
+/// with code 2.
 class WrongUsage : public Failure {
 public:
     using Failure::Failure;

@@ -7,10 +7,10 @@
 
 namespace kvx {
 
-/// Set the name of the running subcommand. Each later message contains the name.
+/// Set the name of the running subcommand, such as "play", for all later messages.
 void setCommandName(std::string name);
 
-/// Print one message and a newline. Control characters are replaced as in plainText().
+/// Print one message and a newline to stderr. Control characters are replaced as in plainText().
 void printMessage(std::string_view text);
 
 } // namespace kvx

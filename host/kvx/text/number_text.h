@@ -1,4 +1,4 @@
-// Reads numbers and bytes that a user writes, and prints bytes.
+// Reads numbers and bytes that a user has written, and formats bytes as text.
 #pragma once
 
 #include <charconv>
@@ -27,23 +27,26 @@ std::optional<T> readDecimal(std::string_view text)
 }
 
 /// Read a real number, with or without a sign: "1", "-0.5", "+3", "1e3".
+/// Errors  nullopt for any other text.
 std::optional<double> readReal(std::string_view text);
 
-/// Read real numbers with commas between them: "1,-2,3".
+/// Read a list of real numbers with commas between the numbers: "1,-2,3".
 /// Errors  nullopt if a number is missing or wrong.
 std::optional<std::vector<double>> readReals(std::string_view text);
 
 /// Read a whole number from 0 to 2^32 - 1, decimal or hexadecimal (0x…).
+/// Errors  nullopt for any other text.
 std::optional<std::uint32_t> readNumber(std::string_view text);
 
 /// Whether a text begins with 0x or 0X and has at least one more character.
 bool hasHexPrefix(std::string_view text);
 
-/// Dump bytes, 16 per line: offset, bytes in hexadecimal, characters. "" for no bytes.
+/// Format bytes, 16 per line: offset, bytes in hexadecimal, characters.
+/// Returns  "" if there are no bytes.
 std::string dumpBytes(std::string_view bytes);
 
-/// Read pairs of hexadecimal digits, with or without blanks between the pairs.
-/// Errors  throws WrongUsage.
+/// Read bytes written as pairs of hexadecimal digits, with or without blanks between the pairs.
+/// Errors  throws WrongUsage for any other text.
 std::string parseHex(std::string_view text);
 
 } // namespace kvx

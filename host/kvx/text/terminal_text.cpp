@@ -9,8 +9,8 @@
 namespace kvx {
 namespace {
 
-constexpr std::size_t gap = 2;    // blanks between two columns
-constexpr std::size_t indent = 5; // blanks before cells below their row
+constexpr std::size_t gap = 2;    // number of blanks between two columns
+constexpr std::size_t indent = 5; // number of blanks before the cells that were moved below their row
 constexpr const char* ellipsis = "\xE2\x80\xA6";
 
 struct Character {
@@ -28,10 +28,10 @@ Character firstCharacter(std::string_view utf8)
             static_cast<std::size_t>(utf8proc_charwidth(codePoint))};
 }
 
-/// A column with the width that it has in the laid-out table.
+/// A column, and its width in the laid-out table.
 struct Placed {
     const TableColumn* column;
-    std::size_t index; ///< index of the column's cell in a row
+    std::size_t index; ///< index of the column in a row
     std::size_t width;
 };
 
@@ -55,7 +55,7 @@ std::size_t minimumWidthOf(std::vector<Placed> line)
     return widthOf(line);
 }
 
-/// The column to move below the row next; line.end() if no column may be moved.
+/// The next column to move below the row; line.end() if no column may be moved.
 std::vector<Placed>::iterator nextToMove(std::vector<Placed>& line)
 {
     const auto found = std::max_element(line.begin(), line.end(), [](const Placed& a, const Placed& b) {
@@ -64,7 +64,7 @@ std::vector<Placed>::iterator nextToMove(std::vector<Placed>& line)
     return found == line.end() || found->column->moveOrder == 0 ? line.end() : found;
 }
 
-/// The widest column that may still be cut, or null.
+/// The widest column whose cells may still be cut; null if there is none.
 Placed* widestToCut(std::vector<Placed>& line)
 {
     Placed* widest = nullptr;
@@ -87,7 +87,7 @@ std::string layOutLine(const std::vector<Placed>& line, const std::vector<std::s
     return text + "\n";
 }
 
-/// Lay out the cells that were moved below their row, as many per line as fit.
+/// Lay out the cells of one row that were moved below the row, as many per line as fit.
 std::string layOutBelow(const std::vector<Placed>& below, const std::vector<std::string>& cells,
                         std::size_t width)
 {
@@ -100,7 +100,8 @@ std::string layOutBelow(const std::vector<Placed>& below, const std::vector<std:
             line.clear();
         }
         line += line.empty() ? std::string(indent, ' ') + item : ", " + item;
-        line = cutToWidth(line, width > 0 ? width - 1 : 0); // the last terminal column stays free for a comma
+        // The last terminal column stays free for a comma.
+        line = cutToWidth(line, width > 0 ? width - 1 : 0);
     }
     return line.empty() ? text : text + line + "\n";
 }
@@ -127,7 +128,7 @@ std::string asciiText(std::string_view text)
         const auto byte = static_cast<unsigned char>(each);
         if (byte < 0x80)
             ascii += each;
-        else if (byte >= 0xC0) // this byte begins a character that is not ASCII
+        else if (byte >= 0xC0) // the first byte of a character that is not ASCII
             ascii += '?';
     }
     return ascii;

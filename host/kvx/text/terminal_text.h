@@ -1,4 +1,4 @@
-// Text for a terminal: control characters removed, width measured, cut, and laid out as a table.
+// Text for a terminal: functions that replace control characters, measure and cut texts, and lay out tables.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,11 @@ namespace kvx {
 /// Replace each control character and each invalid byte of a UTF-8 text with a question mark.
 std::string plainText(std::string_view text);
 
-/// Replace also each character that is not ASCII, so that one byte takes one terminal column.
+/// Replace the same characters as plainText(), and also each character that is not ASCII, so that each byte
+/// takes one terminal column.
 std::string asciiText(std::string_view text);
 
-/// Number of terminal columns that a text takes.
+/// The number of terminal columns that a text takes.
 std::size_t displayWidth(std::string_view utf8);
 
 /// Cut a text to `width` terminal columns. A cut text ends with an ellipsis.
@@ -24,16 +25,18 @@ std::string cutToWidth(std::string_view utf8, std::size_t width);
 /// terminal reports no width.
 std::size_t terminalWidth(int file);
 
+/// A column of a table of text.
 struct TableColumn {
     const char* title;
     enum Align { left, right } align;
-    std::size_t minimumWidth; ///< narrowest width to which cells may be cut; 0: cells are never cut
-    int moveOrder; ///< order of moving columns below their row, highest value first; 0: never moved
+    std::size_t
+        minimumWidth; ///< narrowest width to which the cells of this column may be cut; 0: they are never cut
+    int moveOrder;    ///< rank for moving the column below its row, highest rank first; 0: never moved
 };
 
-/// Lay out a line of titles and a line per row. If `width` is too small, the widest cells are cut; if that is
-/// not enough, columns are moved below their row as "title cell, …".
-/// Shape  rows[row][column], printable UTF-8; each line ends with a newline; a `width` of 0 has no limit.
+/// Lay out a table: a line of titles and a line per row. If `width` is too small, the widest cells are cut;
+/// if cuts are not enough, columns are moved to a line below each row, as "title cell, …". Shape
+/// rows[row][column], printable UTF-8; each line ends with a newline; `width` 0: lines of any width.
 std::string layOutTable(const std::vector<TableColumn>& columns,
                         const std::vector<std::vector<std::string>>& rows, std::size_t width);
 
