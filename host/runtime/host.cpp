@@ -15,8 +15,8 @@
 
 namespace host {
 
-/// The host's state, one member for each layer. The last member, the live values, is destroyed first; after
-/// that, a reference in another member releases nothing.
+/// The state that the layers keep for the host. The live values are the last member, so they are destroyed
+/// first; a reference in another member then releases nothing.
 struct Host::Layers {
     PerHost<Options> options;
     PerHost<Misuses> misuses;
@@ -45,7 +45,7 @@ const PropertyInfo& sharedProperty(std::string_view className, std::string_view 
 Host::Host(Options options)
 {
     if (currentHost) throw ProgramError("a host exists already; destroy it before making another one");
-    for (const auto& name : options.withheld) host::serviceCalls(name); // throws for an unknown name
+    for (const auto& name : options.withheld) host::serviceCalls(name); // checks that the service exists
     layers_ = std::make_unique<Layers>(std::move(options));
     currentHost = this;
     resetServiceCalls();
@@ -54,8 +54,8 @@ Host::Host(Options options)
 
 Host::~Host()
 {
-    // The destructor of the exception object may call services, which need the current host.
-    host::current<Exceptions>().raised = {};
+    // Release the exception object while the host is current, because its destructor may call services.
+    stateOf<Exceptions>().raised = {};
     currentHost = nullptr;
 }
 
@@ -84,10 +84,7 @@ void Host::enter(REALPluginMainFunction pluginMain)
     scope.throwRaised();
 }
 
-const std::vector<std::unique_ptr<ClassInfo>>& Host::classes() const
-{
-    return host::current<ClassTable>().classes;
-}
+const std::vector<std::unique_ptr<ClassInfo>>& Host::classes() const { return stateOf<ClassTable>().classes; }
 
 std::vector<const ClassInfo*> Host::pluginClasses() const
 {
@@ -124,23 +121,23 @@ Value Host::constant(std::string_view className, std::string_view name) const
     throw ProgramError(fmt::format("{} has no constant {}", info.name, name));
 }
 
-const Options& Host::options() const { return host::current<Options>(); }
+const Options& Host::options() const { return stateOf<Options>(); }
 
 void Host::withhold(const std::string& service)
 {
-    host::serviceCalls(service); // throws for an unknown name
-    host::current<Options>().withheld.insert(service);
+    host::serviceCalls(service); // checks that the service exists
+    stateOf<Options>().withheld.insert(service);
 }
 
-void Host::provide(const std::string& service) { host::current<Options>().withheld.erase(service); }
+void Host::provide(const std::string& service) { stateOf<Options>().withheld.erase(service); }
 
-void Host::onYield(std::function<void()> work) { host::current<ServiceState>().yield = std::move(work); }
+void Host::onYield(std::function<void()> work) { stateOf<ServiceState>().yield = std::move(work); }
 
-const std::vector<std::string>& Host::misuses() const { return host::current<Misuses>().sentences; }
+const std::vector<std::string>& Host::misuses() const { return stateOf<Misuses>().sentences; }
 
 void Host::clearMisuses()
 {
-    auto& misuses = host::current<Misuses>();
+    auto& misuses = stateOf<Misuses>();
     const std::lock_guard<std::mutex> guard(misuses.lock);
     misuses.sentences.clear();
 }
@@ -149,13 +146,13 @@ LeakReport Host::leaks() const { return leakReport(); }
 
 std::unique_ptr<HostException> Host::takeException()
 {
-    const auto raised = std::exchange(host::current<Exceptions>().raised, {});
+    const auto raised = std::exchange(stateOf<Exceptions>().raised, {});
     return raised ? std::make_unique<HostException>(asException(raised.get())) : nullptr;
 }
 
 void Host::rethrow()
 {
-    if (auto thrown = std::exchange(host::current<Exceptions>().handlerError, nullptr))
+    if (auto thrown = std::exchange(stateOf<Exceptions>().handlerError, nullptr))
         std::rethrow_exception(thrown);
 }
 

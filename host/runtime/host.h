@@ -1,6 +1,5 @@
-// The host: its options, its classes, and the library that it loads. One host exists at a time; a test may
-// make another host after the destruction of the first one.
-// All functions: [main].
+// The host: options, registered classes, and the plug-in library that the host loads. One host exists at a
+// time; a program may make another host after it has destroyed the first. All functions: [main].
 #pragma once
 
 #include "abi/entry_point.h"
@@ -23,26 +22,27 @@ namespace host {
 
 class Host {
 public:
-    /// Throws ProgramError if a host exists, or if a withheld name is not the name of a service.
+    /// Make the current host. Throws ProgramError if a host exists, or if `options.withheld` contains a name
+    /// that is not the name of a service.
     explicit Host(Options options = {});
 
-    /// Frees the remaining values without running destructors. Read the leak report before.
+    /// Free the values that still live, without running the plug-in's destructors. Call leaks() before.
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    static Host& current(); ///< Throws ProgramError without a host.
-    static Host* currentOrNull();
+    static Host& current();       ///< Return the current host. Throws ProgramError if no host exists.
+    static Host* currentOrNull(); ///< Return the current host; null if no host exists.
 
     // ---- the library ----
 
-    /// Load a library and run its entry point. A host loads one library. Throws LoadError.
+    /// Load a plug-in library and run its entry point. Throws LoadError, also for a second library.
     void load(const std::string& path);
 
-    /// Run the entry point of a plug-in that is linked into the program, such as a test's.
+    /// Run the entry point of a plug-in that is linked into the program, such as the plug-in of a test.
     void enter(REALPluginMainFunction pluginMain);
 
-    /// The resolver for the plug-in. It serves the current host.
+    /// The function with which the plug-in looks up services of the current host.
     static REALResolver resolver() { return resolveService; }
 
     // ---- classes ----
@@ -54,7 +54,8 @@ public:
     /// Find a class without regard to case; null if there is none.
     const ClassInfo* findClass(std::string_view name) const { return host::findClass(name); }
 
-    /// Make an object of a class as createObject() does. Throws ProgramError for an unknown class, too.
+    /// Make an object of the class `className`. Throws as createObject(), and ProgramError for an unknown
+    /// class.
     template <class... Arguments>
     Object create(std::string_view className, Arguments&&... arguments)
     {
@@ -75,39 +76,40 @@ public:
     // ---- options ----
 
     const Options& options() const;
-    void withhold(const std::string& service); ///< Hide a service from further look-ups. Throws ProgramError.
-    void provide(const std::string& service);  ///< Make a withheld service available again.
+    /// Hide a service from later look-ups. Throws ProgramError for an unknown name.
+    void withhold(const std::string& service);
+    void provide(const std::string& service); ///< Make a withheld service available to later look-ups.
     double visibleVersion() const { return options().visibleVersion(); }
-    bool areRecordsReadable() const { return options().areRecordsReadable(); }
+    bool allowsDirectAccess() const { return options().allowsDirectAccess(); }
 
-    /// Set the work that "REALYieldToRB" runs; an empty function removes the work.
+    /// Set the function that the service "REALYieldToRB" runs; an empty function removes the former one.
     void onYield(std::function<void()> work);
 
     // ---- observation ----
 
-    /// The number of calls to a service since the start of the host or resetServiceCalls. Throws ProgramError
-    /// for an unknown name.
+    /// The number of calls to a service since the host was made, or since the last resetServiceCalls().
+    /// Throws ProgramError for an unknown name.
     std::size_t serviceCalls(const std::string& service) const { return host::serviceCalls(service); }
     void resetServiceCalls() { host::resetServiceCalls(); }
 
-    /// The errors of the plug-in, one sentence each: dead or wrong values, services called off the main
-    /// thread, faulty class definitions. Empty for a correct plug-in.
+    /// The errors of the plug-in, one sentence each: dead or wrong values, calls of services on other threads
+    /// than the main thread, faulty class definitions. The list is empty for a correct plug-in.
     const std::vector<std::string>& misuses() const;
     void clearMisuses();
 
-    LeakReport leaks() const; ///< Count the live values by kind and class.
+    LeakReport leaks() const; ///< Count the live values by kind, and objects by class.
 
-    /// Take the exception that was raised outside any call, as in a test that calls plug-in functions
-    /// directly. Null without an exception.
+    /// Remove and return the exception that the plug-in raised outside a call of the host, for example in a
+    /// test that calls the plug-in's functions directly. Null if there is no exception.
     std::unique_ptr<HostException> takeException();
 
-    /// Throw the exception that an event handler threw outside any call. Does nothing without an exception.
+    /// Throw the exception that an event handler threw outside a call of the host. Returns if there is none.
     void rethrow();
 
 private:
     struct Layers;
     std::unique_ptr<Layers> layers_;
-    std::string libraryPath_; ///< path of the loaded library; empty before the load
+    std::string libraryPath_; ///< path of the loaded library; empty if no library is loaded
 };
 
 } // namespace host

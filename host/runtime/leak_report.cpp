@@ -1,6 +1,6 @@
 #include "host/runtime/leak_report.h"
 
-#include "host/runtime/calls/object.h"
+#include "host/runtime/classes/object_record.h"
 #include "host/runtime/support/per_host.h"
 
 #include <fmt/format.h>
@@ -36,8 +36,8 @@ std::string LeakReport::text() const
 {
     std::string lines;
     for (const auto& row : rows) {
-        const bool isPlain = row.count == 1 || row.kind == Kind::stringData;
-        lines += fmt::format("{} {}{}{}\n", row.count, kindName(row.kind), isPlain ? "" : "s",
+        const bool isSingular = row.count == 1 || row.kind == Kind::stringData;
+        lines += fmt::format("{} {}{}{}\n", row.count, kindName(row.kind), isSingular ? "" : "s",
                              row.className.empty() ? "" : " of class " + row.className);
     }
     return lines;
@@ -46,7 +46,7 @@ std::string LeakReport::text() const
 LeakReport leakReport()
 {
     std::map<std::pair<Kind, std::string>, std::size_t> counts;
-    for (const void* value : current<LiveValues>().addresses) {
+    for (const void* value : stateOf<LiveValues>().addresses) {
         const Kind kind = kindOf(value);
         ++counts[{kind, kind == Kind::object ? classOf(value).name : ""}];
     }

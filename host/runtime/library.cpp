@@ -19,7 +19,8 @@ constexpr int ownBits = sizeof(void*) * 8;
 
 int bitsOf(unsigned char elfClass) { return elfClass == ELFCLASS32 ? 32 : elfClass == ELFCLASS64 ? 64 : 0; }
 
-/// Check the library file before the system loads the file, so that messages can name the problem.
+/// Check the file before the system loads the library, because the system's own messages do not name the
+/// problem.
 void checkFile(const std::string& path)
 {
     std::error_code failure;
@@ -55,7 +56,7 @@ REALPluginMainFunction loadLibrary(const std::string& path)
 {
     checkFile(path);
     const auto absolute = std::filesystem::absolute(path).string();
-    // The library is never closed, because the host keeps the library's tables for the life of the process.
+    // A plug-in is never closed, because threads of the plug-in may run until the process ends.
     void* library = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library)
         throw LoadError(

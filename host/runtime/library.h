@@ -7,9 +7,9 @@
 
 namespace host {
 
-/// Load the library at `path`. The library stays loaded for the life of the process.
-/// Returns  the library's entry point; the caller runs the entry point.
-/// Throws   LoadError with the path, the problem and the next step.
+/// Load the plug-in library at `path`. The library stays loaded until the process ends.
+/// Returns  the library's entry point, which the caller runs.
+/// Errors   LoadError with the path, the problem and the next step.
 /// [main]
 REALPluginMainFunction loadLibrary(const std::string& path);
 

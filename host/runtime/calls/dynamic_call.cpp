@@ -17,14 +17,12 @@ namespace host {
 
 namespace {
 
-/// The argument for one parameter, while a call runs.
+/// The argument that the host passes for one parameter; it lives until the call has ended.
 struct PassedArgument {
-    Converted converted;     ///< native form of the value, or of the contents of the variable
-    void* address = nullptr; ///< address of the native form; a ByRef parameter receives this address
-    Value* variable = nullptr;
+    Converted converted;       ///< C form of the value, or of the value in the variable
+    void* address = nullptr;   ///< address of the C form; a ByRef parameter receives this address
+    Value* variable = nullptr; ///< the program's variable, which receives the changed value; or null
 };
-
-const ClassInfo& classOf(REALobjectStruct* object) { return *record<ObjectRecord>(object)->info; }
 
 std::string countText(std::size_t count)
 {
@@ -86,7 +84,7 @@ void* fieldOf(REALobjectStruct* object, const PropertyInfo& property)
 
 CallScope::CallScope()
 {
-    auto& exceptions = current<Exceptions>();
+    auto& exceptions = stateOf<Exceptions>();
     if (exceptions.callDepth == 0 && exceptions.raised) {
         noteMisuse(
             fmt::format("an exception of class {} was raised outside any call, and no caller received it",
@@ -99,7 +97,7 @@ CallScope::CallScope()
 
 CallScope::~CallScope()
 {
-    auto* exceptions = currentOrNull<Exceptions>();
+    auto* exceptions = stateOrNull<Exceptions>();
     if (!exceptions) return;
     exceptions->raised = std::exchange(outer_, {});
     --exceptions->callDepth;
@@ -107,7 +105,7 @@ CallScope::~CallScope()
 
 void CallScope::throwRaised()
 {
-    auto& exceptions = current<Exceptions>();
+    auto& exceptions = stateOf<Exceptions>();
     if (auto thrown = std::exchange(exceptions.handlerError, nullptr)) std::rethrow_exception(thrown);
     const auto raised = std::exchange(exceptions.raised, {});
     if (raised) throw asException(raised.get());
@@ -151,18 +149,26 @@ Value callFunction(AnyFunction function, std::vector<Word> leading, const std::v
 
     union {
         Native native;
-        ffi_arg widened; ///< small result in the form of libffi
+        ffi_arg widened; ///< integer result, which libffi widens to a whole word
     } answer = {};
     CallScope scope;
     for (auto& argument : all) {
-        // The function may release the reference in a variable and store another one.
+        // The called function owns the reference in a ByRef variable: it may release the reference and store
+        // another one.
         if (argument.variable) argument.converted.reference.detach();
     }
     ffi_call(&call, function, &answer, addresses.data());
-    const Value value = result.exists() ? fromNative(&answer.native, result, true) : Value();
-    for (std::size_t i = 0; i < parameters.size(); ++i) {
-        if (all[i].variable)
-            *all[i].variable = fromNative(&all[i].converted.native, parameters[i].type, true);
+    Value value;
+    try {
+        if (!result.isVoid()) value = fromNative(&answer.native, result, true);
+        for (std::size_t i = 0; i < parameters.size(); ++i) {
+            if (all[i].variable)
+                *all[i].variable = fromNative(&all[i].converted.native, parameters[i].type, true);
+        }
+    } catch (const ProgramError&) {
+        // A raised exception replaces the error of a dead address, because the exception is the likely cause.
+        scope.throwRaised();
+        throw;
     }
     scope.throwRaised();
     return value;
@@ -172,6 +178,8 @@ Value callMethod(REALobjectStruct* object, const MethodInfo& method, const std::
                  const std::string& owner)
 {
     const auto& declaration = method.declaration;
+    // The method may drop the program's last reference to the object.
+    const auto kept = Ref<REALobjectStruct>::share(object);
     return callFunction(method.function, leadingWords(object), declaration.parameters, declaration.result,
                         arguments, owner + "." + declaration.name);
 }
@@ -183,6 +191,7 @@ Value readProperty(REALobjectStruct* object, const PropertyInfo& property)
         return fromNative(&native, property.type, false);
     }
     if (!property.getter) throw ProgramError(nameOf(property) + " cannot be read");
+    // Getters must not drop references to their object, so the call adds no reference.
     return callFunction(property.getter, leadingWords(object, property), {}, property.type, {},
                         nameOf(property));
 }
@@ -201,6 +210,8 @@ void writeProperty(REALobjectStruct* object, const PropertyInfo& property, const
     Parameter parameter;
     parameter.name = "value";
     parameter.type = property.type;
+    // The setter may drop the program's last reference to the object.
+    const auto kept = Ref<REALobjectStruct>::share(object);
     callFunction(property.setter, leadingWords(object, property), {parameter}, {}, {Argument(value)}, name);
 }
 

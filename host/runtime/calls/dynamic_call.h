@@ -1,8 +1,10 @@
 // Calls of the plug-in's functions by their declarations, and the exceptions that these functions raise.
 //
-// Throws  ProgramError before the call: unsuitable arguments, a property that cannot be read or written.
-//         After the call: the HostException that the plug-in raised, or the exception of an event handler.
-// All functions: [main], except that a property that is a field may be read and written on [any].
+// Errors  Before the call, ProgramError for unsuitable arguments or an inaccessible property. After the call,
+//         the exception of an event handler, else the HostException that the plug-in raised, else
+//         ProgramError if the plug-in returned an address where no live value of the declared type is.
+// A property that is a field of the class data may be read and written on any thread.
+// All other functions: [main].
 #pragma once
 
 #include "abi/host_values.h"
@@ -16,14 +18,16 @@
 
 namespace host {
 
-/// Exceptions of the current host that no caller has received yet.
+/// The exceptions of the current host that have not reached the program yet.
 struct Exceptions {
     Ref<REALobjectStruct> raised;    ///< exception object that the plug-in raised
-    std::exception_ptr handlerError; ///< C++ exception that a handler of the program threw
+    std::exception_ptr handlerError; ///< C++ exception that the program threw in an event handler or in the
+                                     ///< work of Host::onYield
     int callDepth = 0;               ///< number of calls into the plug-in that are in progress
 };
 
-/// A call into the plug-in. An exception that was raised before the call waits until the call has ended.
+/// The time of one call into the plug-in. An exception of the outer call is set aside until the inner call
+/// ends.
 class CallScope {
 public:
     CallScope();
@@ -31,32 +35,32 @@ public:
     CallScope(const CallScope&) = delete;
     CallScope& operator=(const CallScope&) = delete;
 
-    /// Throw the exception that the call raised, or that a handler threw during the call.
+    /// Throw the exception that an event handler threw during the call, else the one that the plug-in raised.
+    /// Returns without effect if there is no exception.
     void throwRaised();
 
 private:
-    Ref<REALobjectStruct> outer_;
+    Ref<REALobjectStruct> outer_; ///< exception that the plug-in raised in the outer call; or nil
 };
 
 /// Convert an exception object to the C++ exception for the program.
 HostException asException(REALobjectStruct* raised);
 
-/// Call `function` with the leading words (the object, a property's parameter), then the arguments. Defaults
-/// replace missing arguments. Variables receive their changed values even if the call raises an exception.
-/// `name` is for messages.
+/// Call a function of the plug-in with the words in `leading` (object; `parameter` of a property) before the
+/// arguments. Missing arguments get defaults; variables change even if the plug-in raises an exception.
 Value callFunction(AnyFunction function, std::vector<Word> leading, const std::vector<Parameter>& parameters,
                    const Type& result, const std::vector<Argument>& arguments, const std::string& name);
 
-/// Call a method of an object; a null object calls a shared method. `owner` is the name of the class.
+/// Call a method of an object, or a shared method if `object` is null. Messages contain `owner`, the class.
 Value callMethod(REALobjectStruct* object, const MethodInfo& method, const std::vector<Argument>& arguments,
                  const std::string& owner);
 
-/// Read or write a property, through its functions or in the class data. A null object stands for a shared
-/// property.
+/// Read or write a property, with its getter and setter or as a field of the class data. `object` is null for
+/// a shared property.
 Value readProperty(REALobjectStruct* object, const PropertyInfo& property);
 void writeProperty(REALobjectStruct* object, const PropertyInfo& property, const Value& value);
 
-/// The value of a literal in a declaration.
+/// Make a value from a literal in a declaration, such as a default.
 Value literalValue(const Literal& literal);
 
 } // namespace host

@@ -3,6 +3,7 @@
 #include "host/runtime/calls/dynamic_call.h"
 #include "host/runtime/calls/ffi_type.h"
 #include "host/runtime/calls/object.h"
+#include "host/runtime/classes/object_record.h"
 #include "host/runtime/support/misuse.h"
 #include "host/runtime/support/per_host.h"
 #include "host/runtime/values/native.h"
@@ -23,7 +24,7 @@ Value runHandler(const EventInfo& event, void** arguments)
     auto sender = checkedArgument<Object>(handle, "the function of an event");
     const auto* attached = sender ? handlerOf(handle, event) : nullptr;
     if (!attached) return {};
-    const EventHandler handler = *attached; // a copy, because the handler may detach itself
+    const EventHandler handler = *attached; // a copy of the handler, because the handler may detach itself
     std::vector<Value> values;
     const auto& parameters = event.declaration.parameters;
     for (std::size_t i = 0; i < parameters.size(); ++i)
@@ -31,7 +32,8 @@ Value runHandler(const EventInfo& event, void** arguments)
     return handler(sender, values);
 }
 
-/// Write a result in the form of libffi, in which a small integer fills a whole word.
+/// Write the handler's result where libffi expects it. libffi expects a small integer widened to a whole
+/// word.
 void writeResult(void* result, const Native& native, const Type& type)
 {
     ffi_arg widened = 0;
@@ -42,8 +44,8 @@ void writeResult(void* result, const Native& native, const Type& type)
         std::memcpy(result, &widened, sizeof widened);
 }
 
-/// The target of every event's C function. An exception of the handler is stored, because
-/// it must not pass through the plug-in.
+/// libffi calls this function for the C function of every event. An exception of the handler is stored,
+/// because an exception must not pass through the plug-in.
 void enterHandler(ffi_cif*, void* result, void** arguments, void* user)
 {
     const auto& event = static_cast<EventFunction*>(user)->event;
@@ -51,21 +53,20 @@ void enterHandler(ffi_cif*, void* result, void** arguments, void* user)
     Native native = {};
     try {
         const auto value = runHandler(event, arguments);
-        if (type.exists() && !(value.isNil() && !type.isReference())) {
+        if (!type.isVoid() && !(value.isNil() && !type.isReference())) {
             auto converted = toNative(value, type, "the result of event " + event.declaration.name);
             converted.reference.detach();
             native = converted.native;
         }
     } catch (...) {
-        if (auto* exceptions = currentOrNull<Exceptions>())
-            exceptions->handlerError = std::current_exception();
+        if (auto* exceptions = stateOrNull<Exceptions>()) exceptions->handlerError = std::current_exception();
     }
-    if (type.exists()) writeResult(result, native, type);
+    if (!type.isVoid()) writeResult(result, native, type);
 }
 
 const EventInfo* eventOf(Word systemUse)
 {
-    for (const auto& info : current<ClassTable>().classes) {
+    for (const auto& info : stateOf<ClassTable>().classes) {
         for (const auto& event : info->events) {
             if (event.systemUse == systemUse) return &event;
         }
@@ -104,7 +105,7 @@ AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* 
         return nullptr;
     }
     if (!handlerOf(object, *event)) return nullptr;
-    auto& functions = current<EventFunctions>().functions;
+    auto& functions = stateOf<EventFunctions>().functions;
     const auto isOfEvent = [&](const EventFunction& function) { return &function.event == event; };
     const auto made = std::find_if(functions.begin(), functions.end(), isOfEvent);
     const auto& function = made != functions.end() ? *made : functions.emplace_back(*event);

@@ -1,4 +1,4 @@
-// Events: the C functions through which the plug-in calls the handlers of a program.
+// Events: C functions through which the plug-in calls the event handlers of a program.
 // All functions: [main].
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace host {
 
-/// The C function of one event. It calls the handler of the object in its first argument.
+/// The C function of one event. Its first argument is an object, whose handler of the event it calls.
 struct EventFunction {
     explicit EventFunction(const EventInfo& info);
     ~EventFunction() { ffi_closure_free(closure); }
@@ -20,21 +20,20 @@ struct EventFunction {
     EventFunction& operator=(const EventFunction&) = delete;
 
     const EventInfo& event;
-    std::vector<ffi_type*>
-        types; ///< libffi types of the object and the arguments; `call` refers to this array
+    std::vector<ffi_type*> types; ///< libffi types of object and arguments; `call` keeps their address
     ffi_cif call;
     ffi_closure* closure = nullptr;
-    void* code = nullptr; ///< address of the C function
+    void* code = nullptr; ///< address of the C function that the plug-in calls
 };
 
-/// The C functions of the current host's events, made as the plug-in asks for them.
+/// The C functions of events in the current host. Each is made when the plug-in first requests it.
 struct EventFunctions {
     std::list<EventFunction> functions;
 };
 
-/// The C function of the event with the key `systemUse`; null if the object has no handler for the event. An
-/// unknown key, and a key of another class, are noted as misuses of `service`.
-/// Throws  ProgramError if libffi cannot make the function.
+/// Return the C function of the event with the key `systemUse`; null if the object has no handler for it. An
+/// unknown key, and the key of an event of another class, are noted as misuses of `service`.
+/// Errors  ProgramError if libffi cannot make the function.
 AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* service);
 
 } // namespace host

@@ -7,7 +7,7 @@
 
 namespace host {
 
-/// The libffi type of an argument or a result. References and arrays are pointers; a missing result is void.
+/// The libffi type of an argument or a result. A reference or an array is a pointer; Base::none is void.
 /// [any]
 ffi_type* ffiType(const Type& type);
 

@@ -21,7 +21,7 @@ struct EventHandlers {
 
 namespace {
 
-using LifeFunction = void (*)(REALobjectStruct*); ///< type of a constructor or destructor function
+using LifeFunction = void (*)(REALobjectStruct*); ///< C type of the constructor and destructor functions
 
 ObjectRecord& recordOf(const Object& object)
 {
@@ -29,7 +29,7 @@ ObjectRecord& recordOf(const Object& object)
     return *record<ObjectRecord>(object.get());
 }
 
-/// The class and its superclasses, root class first.
+/// List the class and its superclasses, root class first.
 std::vector<const ClassInfo*> lineage(const ClassInfo& info)
 {
     std::vector<const ClassInfo*> chain;
@@ -44,8 +44,8 @@ void callLifeFunction(AnyFunction function, REALobjectStruct* object)
     scope.throwRaised();
 }
 
-/// Run the destructors of one class: the method "Destructor", then the destructor function. No caller can
-/// receive an exception of a destructor, so that exceptions become misuses.
+/// Run the method "Destructor" of one class, then its destructor function. An exception of a destructor is
+/// noted as a misuse, because no caller can receive the exception.
 void destruct(REALobjectStruct* object, const ClassInfo& info)
 {
     const auto run = [&](AnyFunction function) {
@@ -66,17 +66,18 @@ void releaseFields(REALobjectStruct* object, const ClassInfo& info)
 {
     for (const auto& property : info.properties) {
         if (property.getterAccess != Access::field || !property.type.isReference()) continue;
-        // If two properties have the same field, the second property finds nil.
+        // The field becomes nil, so that a second property with the same field does not release the value
+        // again.
         release(exchangeReference(classDataOf(object, info) + property.parameter, nullptr));
     }
 }
 
-// ---- the row of functions for objects ----
+// ---- functions for counted values of kind object (KindRow) ----
 
 void destroyObject(void* value)
 {
     auto* object = static_cast<REALobjectStruct*>(value);
-    if (currentOrNull<LiveValues>()) {
+    if (stateOrNull<LiveValues>()) {
         const auto chain = lineage(classOf(object));
         for (auto one = chain.rbegin(); one != chain.rend(); ++one) destruct(object, **one);
         for (const auto* one : chain) releaseFields(object, *one);
@@ -131,7 +132,8 @@ std::vector<const MethodInfo*> methodsOf(const Object& object, std::string_view 
     return found;
 }
 
-/// The method that writes an indexed property: its setter, or a method with an "Assigns" parameter.
+/// Find the method that writes an indexed property: a setter (object, index, value), or a method with a
+/// parameter that is marked "Assigns".
 MethodInfo writerOf(const Object& object, std::string_view name)
 {
     const auto methods = methodsOf(object, name);
@@ -151,8 +153,6 @@ MethodInfo writerOf(const Object& object, std::string_view name)
 }
 
 } // namespace
-
-const ClassInfo& classOf(const void* object) { return *record<ObjectRecord>(object)->info; }
 
 Object createObject(const ClassInfo& info, const std::vector<Argument>& arguments)
 {
@@ -204,7 +204,6 @@ void Object::set(std::string_view name, const Value& index, const Value& value) 
 Value Object::callWith(std::string_view name, const std::vector<Argument>& arguments) const
 {
     const auto& owner = classInfo().name;
-    const Object kept = *this; // the call may drop the program's own reference
     return callMethod(get(), chooseOverload(methodsOf(*this, name), arguments, owner), arguments, owner);
 }
 

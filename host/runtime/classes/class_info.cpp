@@ -77,7 +77,7 @@ bool ClassInfo::isA(std::string_view className) const
 
 const ClassInfo* findClass(std::string_view name)
 {
-    for (const auto& info : current<ClassTable>().classes) {
+    for (const auto& info : stateOf<ClassTable>().classes) {
         if (sameName(info->name, name)) return info.get();
     }
     return nullptr;
@@ -87,7 +87,7 @@ const ClassInfo& classNamed(std::string_view name)
 {
     if (const auto* info = findClass(name)) return *info;
     std::string known;
-    for (const auto& info : current<ClassTable>().classes) known += (known.empty() ? "" : ", ") + info->name;
+    for (const auto& info : stateOf<ClassTable>().classes) known += (known.empty() ? "" : ", ") + info->name;
     throw ProgramError(fmt::format("there is no class {}; known are {}", name, known));
 }
 

@@ -14,7 +14,7 @@ namespace {
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// Reads a text from its start, one word or punctuation mark at a time.
+/// Reads a declaration from its start, one word or punctuation mark at a time.
 class Reader {
 public:
     explicit Reader(std::string_view text) : text_(text) { skipSpace(); }
@@ -42,7 +42,7 @@ public:
         if (!take(mark)) fail(fmt::format("'{}'", mark));
     }
 
-    /// Return the word at the current position without a move; empty if no word starts there.
+    /// Return the word at the current position and keep the position; empty if no word starts there.
     std::string_view peekWord() const
     {
         auto end = position_;
@@ -70,7 +70,7 @@ public:
         return std::string(word);
     }
 
-    /// Skip the "()" of an array after a name.
+    /// Skip the "()" that marks an array. Returns false, with the position unchanged, if there is no "()".
     bool takeArrayMark()
     {
         const auto start = position_;
@@ -106,10 +106,10 @@ private:
         while (position_ < text_.size() && (text_[position_] == ' ' || text_[position_] == '\t')) ++position_;
     }
 
-    /// Read a text after its opening quote. A doubled quote is one quote of the text.
+    /// Read a quoted text after the opening quote mark. Two quote marks in the text stand for one.
     Literal quoted()
     {
-        while (text_[position_ - 1] != '"') --position_; // back over the spaces that take() skipped
+        while (text_[position_ - 1] != '"') --position_; // take() skipped spaces that belong to the text
         std::string value;
         for (; !atEnd(); ++position_) {
             if (text_[position_] != '"') {
@@ -249,7 +249,7 @@ std::string print(const Declaration& declaration)
         }
         text += ")";
     }
-    if (declaration.result.exists()) text += " As " + typeName(declaration.result);
+    if (!declaration.result.isVoid()) text += " As " + typeName(declaration.result);
     return text;
 }
 

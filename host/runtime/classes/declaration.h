@@ -1,4 +1,4 @@
-// Declarations of class members: one line of text each.
+// Declarations: a class definition declares each member in one line of text.
 //
 //   FreeSpace as integer
 //   PlayAudio(Data as memoryblock, offsetBytes as integer=0, ClearBuffers as boolean=false) as boolean
@@ -20,7 +20,7 @@
 
 namespace host {
 
-/// A value in a declaration: nil, true or false, an integer, a floating-point number, a quoted text.
+/// A constant value in a declaration: nil, true or false, an integer, a floating-point number, a quoted text.
 using Literal = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
 
 struct Parameter {
@@ -28,38 +28,39 @@ struct Parameter {
     Type type;
     bool isByRef = false;
     bool isAssigned = false; ///< whether the parameter is the right side of an assignment ("Assigns")
-    std::optional<Literal> defaultValue; ///< value of a missing argument; nothing if the argument is required
+    std::optional<Literal> defaultValue; ///< value if the call passes no argument; empty if it must pass one
 };
 
-/// The number of arguments that a call must pass: all up to the last parameter without a default.
+/// The smallest number of arguments of a call: those up to the last parameter without a default value.
 std::size_t requiredCount(const std::vector<Parameter>& parameters);
 
 struct Declaration {
     std::string name;
     std::vector<Parameter> parameters;
-    Type result; ///< type of the result; Base::none for a method without a result
+    Type result; ///< type of the result; Base::none if the method has no result
 
     bool isAssignment() const { return !parameters.empty() && parameters.back().isAssigned; }
 };
 
 struct ConstantDeclaration {
     std::string name;
-    std::optional<Type> type; ///< declared type; nothing if the text has none
+    std::optional<Type> type; ///< declared type; empty if the declaration has no type
     Literal value;
 };
 
-/// Parse the declaration of a method or an event. Throws ProgramError with the position of the error and the
-/// expected text.
+/// Parse the declaration of a method or an event.
+/// Errors  ProgramError with the position of the error and the text that was expected there.
 Declaration parseDeclaration(std::string_view text);
 
-/// Parse "Name = value" or "Name as Type = value". Throws as parseDeclaration.
+/// Parse the declaration of a constant: "Name = value" or "Name as Type = value". Throws as
+/// parseDeclaration().
 ConstantDeclaration parseConstant(std::string_view text);
 
-/// Whether two declarations declare the same member: equal names, results, and types of the parameters, with
-/// the same "ByRef" and "Assigns". Parameter names, defaults, spaces and case are ignored.
+/// Whether two declarations have the same name and result, and parameters of the same types, "ByRef" and
+/// "Assigns". The comparison ignores case, spaces, default values and the names of the parameters.
 bool sameSignature(const Declaration& left, const Declaration& right);
 
-/// Print a declaration in a uniform spelling, for listings and messages.
+/// Print a declaration, or a value in a declaration, in uniform spelling for listings and messages.
 std::string print(const Declaration& declaration);
 std::string print(const Literal& literal);
 

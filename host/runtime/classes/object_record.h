@@ -1,5 +1,5 @@
-// An object in memory: a value header, the record below, and the class data of each class of the object at
-// the class's `dataOffset` from the record.
+// The memory of an object: a ValueHeader, an ObjectRecord, then the class data of its class and superclasses.
+// The class data of a class starts at ClassInfo::dataOffset from the address of the record.
 #pragma once
 
 #include "host/runtime/classes/class_info.h"
@@ -11,17 +11,21 @@ struct REALobjectStruct;
 
 namespace host {
 
-struct EventHandlers; ///< handlers that a program attached to the object's events
+struct EventHandlers; ///< the handlers that a program attached to the events of one object
 
 struct ObjectRecord {
     const ClassInfo* info; ///< class of the object
     EventHandlers* handlers;
 };
 
-/// The data offset of a class whose class data follows the record directly.
+/// The class of a live object.
+/// [main]
+inline const ClassInfo& classOf(const void* object) { return *record<ObjectRecord>(object)->info; }
+
+/// The offset of class data that directly follows the ObjectRecord.
 constexpr std::size_t firstDataOffset = roundUpToAlignment(sizeof(ObjectRecord));
 
-/// The address of one class's data in an object.
+/// The address of the class data of class `info` in an object.
 inline char* classDataOf(REALobjectStruct* object, const ClassInfo& info)
 {
     return reinterpret_cast<char*>(object) + info.dataOffset;

@@ -13,12 +13,12 @@ namespace host {
 
 namespace {
 
-constexpr Word largestClassData = 1u << 20; ///< limit in bytes; a larger size shows a corrupt definition
+constexpr Word largestClassData = 1u << 20; ///< limit in bytes; a definition with more class data is corrupt
 
 std::string textOrEmpty(const char* text) { return text ? text : ""; }
 
-/// The rows of one array in a class definition. The class layout decides the size of a row; a row starts with
-/// the fields of layout 9 in every layout.
+/// One array of rows in a class definition. The class layout decides the size of a row; in every layout, a
+/// row starts with the fields of layout 9.
 template <class Row9, class Row>
 struct Rows {
     void* first;
@@ -37,7 +37,7 @@ struct Rows {
 
 bool isSentinel(AnyFunction function, Word value) { return reinterpret_cast<Word>(function) == value; }
 
-/// Reads the members of one definition into a ClassInfo.
+/// Reads the members of one class definition into a ClassInfo.
 class MemberReader {
 public:
     MemberReader(REALclassDefinition& definition, int layout, ClassInfo& info)
@@ -90,11 +90,11 @@ private:
         }
     }
 
-    /// The reason why the host cannot use the property; empty if the host can.
+    /// Say why the host cannot use a property; "" if the host can use it.
     std::string faultOf(const PropertyInfo& property, bool isShared) const
     {
         if (property.name.empty()) return "it has no name";
-        if (!property.type.exists()) return "it has no type";
+        if (property.type.isVoid()) return "it has no type";
         if (!property.getter && !property.setter) return "it has neither getter nor setter";
         const bool isField = property.getterAccess == Access::field || property.setterAccess == Access::field;
         if (!isField) return {};
@@ -107,7 +107,7 @@ private:
         return {};
     }
 
-    /// Read one member with `read`. A member that throws is left out.
+    /// Run `read` for one member. If `read` throws, note the error as a misuse and leave the member out.
     template <class Read>
     void readMember(const char* kind, const std::string& text, Read read)
     {
@@ -146,7 +146,8 @@ private:
     void readEvents()
     {
         const Rows<REALevent9, REALevent> all(definition_.events, definition_.eventCount, layout_);
-        info_.events.reserve(all.count); // no reallocation, because the address of an event is its key
+        // The list must not reallocate, because the key of an event is the address of its EventInfo.
+        info_.events.reserve(all.count);
         for (std::size_t i = 0; i < all.count; ++i) {
             EventInfo event;
             event.owner = &info_;
@@ -180,7 +181,7 @@ private:
     ClassInfo& info_;
 };
 
-/// The reason why the host cannot register the definition; empty if the host can.
+/// Say why the host cannot register a class definition; "" if the host can register it.
 std::string faultOf(const REALclassDefinition& definition, int layout)
 {
     if (layout < oldestLayout || layout > newestLayout)
@@ -197,8 +198,8 @@ std::string faultOf(const REALclassDefinition& definition, int layout)
     return {};
 }
 
-/// The offset of the class data. It differs between classes, so that a plug-in that uses the offset of
-/// another class fails.
+/// Choose the offset of the class data in an object. Unrelated classes get different offsets, so that a
+/// plug-in fails if it uses the offset of a wrong class.
 std::size_t offsetFor(const ClassInfo* super, std::size_t classIndex)
 {
     if (super) return roundUpToAlignment(super->dataOffset + super->dataSize);
@@ -214,7 +215,7 @@ const ClassInfo* registerClass(REALclassDefinition& definition, int layout, bool
         noteMisuse(fmt::format("class {} is not registered: {}", textOrEmpty(definition.name), fault));
         return nullptr;
     }
-    auto& classes = current<ClassTable>().classes;
+    auto& classes = stateOf<ClassTable>().classes;
     auto info = std::make_unique<ClassInfo>();
     info->name = definition.name;
     info->superName = textOrEmpty(definition.superName);

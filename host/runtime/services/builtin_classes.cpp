@@ -1,5 +1,5 @@
-// The classes have definitions like those of a plug-in, so that the host registers and calls all classes in
-// the same way.
+// The host's classes have class definitions like those of a plug-in, so that one mechanism registers and
+// calls all classes.
 #include "host/runtime/services/builtin_classes.h"
 
 #include "abi/accessor_sentinels.h"
@@ -66,7 +66,7 @@ void registerExceptions()
     }
 }
 
-// ---- the dictionary: keys of any kind, in the order of their first use ----
+// ---- the dictionary: keys of any kind, in the order in which a program first used each key ----
 
 using Entries = std::vector<std::pair<Value, Value>>;
 
@@ -75,7 +75,7 @@ Entries*& entriesOf(REALobjectStruct* dictionary)
     return *reinterpret_cast<Entries**>(classDataOf(dictionary, *findClass("Dictionary")));
 }
 
-/// The value that a variant contains.
+/// The value in a variant.
 Value contents(REALobjectStruct* variant) { return Value(AnyRef::share(variant)); }
 
 Entries::iterator find(Entries& entries, const Value& key)
@@ -177,7 +177,7 @@ void raise(const std::string& className, const std::string& message, HostInteger
     const auto exception = createObject(classNamed(className), {});
     exception.set("Message", message);
     exception.set("ErrorNumber", errorNumber);
-    current<Exceptions>().raised = exception;
+    stateOf<Exceptions>().raised = exception;
 }
 
 } // namespace host

@@ -1,4 +1,4 @@
-// The host's own classes: exceptions and the dictionary.
+// The classes of the host: exceptions and the dictionary.
 // All functions: [main].
 #pragma once
 
@@ -10,7 +10,7 @@ namespace host {
 
 void registerBuiltInClasses();
 
-/// Raise an exception of one of the host's classes from a host function that the plug-in called.
+/// Make an exception object of a host class and raise the exception, from a service that the plug-in called.
 void raise(const std::string& className, const std::string& message, HostInteger errorNumber = 0);
 
 } // namespace host

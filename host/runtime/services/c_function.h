@@ -1,4 +1,4 @@
-// Host functions as C functions for the plug-in. No exception passes through the plug-in.
+// C functions that wrap host functions for the plug-in. The wrappers catch all exceptions.
 #pragma once
 
 #include "abi/word.h"
@@ -9,7 +9,8 @@
 
 namespace host {
 
-/// Note the exception in flight as a misuse.
+/// Note the exception that the caller is handling as a misuse. Call in a catch block.
+/// [main]
 inline void noteException() noexcept
 {
     try {
@@ -21,7 +22,8 @@ inline void noteException() noexcept
     }
 }
 
-/// The C function of a host function. It notes an exception as a misuse, and returns 0, false or null.
+/// The C function `call` that wraps a host function. If the host function throws, `call` notes a misuse and
+/// returns 0, false or null.
 template <auto function>
 struct CFunction;
 

@@ -1,4 +1,4 @@
-// Services of the host itself and of objects.
+// The services that concern the host, and the services for objects.
 #include "host/runtime/calls/dynamic_call.h"
 #include "host/runtime/calls/events.h"
 #include "host/runtime/calls/object.h"
@@ -15,7 +15,7 @@ namespace host::services {
 
 namespace {
 
-/// Run work for the plug-in. A HostException in the work is raised for the plug-in.
+/// Run `work` for the plug-in. If `work` throws a HostException, raise the same exception in the plug-in.
 template <class Work>
 void raising(Work work)
 {
@@ -33,7 +33,7 @@ void setProperty(REALobjectStruct* handle, const char* name, const Value& value,
     raising([&] { object.set(name, value); });
 }
 
-/// The methods of the host's language that belong to no class.
+/// The global methods of the host's language, which belong to no class.
 const struct {
     const char* declaration;
     AnyFunction function;
@@ -43,25 +43,25 @@ const struct {
 
 } // namespace
 
-double version() { return current<Options>().version; }
+double version() { return stateOf<Options>().version; }
 
 void registerPluginVersion(std::int32_t layout)
 {
-    const double hostVersion = current<Options>().visibleVersion();
+    const double hostVersion = stateOf<Options>().visibleVersion();
     if (layout < oldestLayout || layout > newestLayout)
         noteMisuse(fmt::format("the library announced class layout {}; this host reads {} to {}", layout,
                                oldestLayout, newestLayout));
     if (layout > layoutOfHost(hostVersion))
         noteMisuse(fmt::format("the library announced class layout {}, newer than host version {} knows",
                                layout, hostVersion));
-    current<ServiceState>().registeredLayout = layout;
+    stateOf<ServiceState>().registeredLayout = layout;
 }
 
-HostBoolean inRuntime() { return current<Options>().isBuiltProgram; }
+HostBoolean inRuntime() { return stateOf<Options>().isBuiltProgram; }
 
 void registerPluginClass(REALclassDefinition* definition)
 {
-    const int layout = current<ServiceState>().registeredLayout;
+    const int layout = stateOf<ServiceState>().registeredLayout;
     if (!definition) return noteMisuse("PluginRegisterClass was given no definition");
     if (layout == 0) return noteMisuse("a class was registered before the library's layout");
     registerClass(*definition, layout, false);
@@ -69,13 +69,13 @@ void registerPluginClass(REALclassDefinition* definition)
 
 void yield()
 {
-    const auto work =
-        current<ServiceState>().yield; // a copy, because the program's work may set another function
+    // A copy, because the function may call Host::onYield, which replaces the original.
+    const std::function<void()> work = stateOf<ServiceState>().yield;
     if (!work) return;
     try {
         work();
     } catch (...) {
-        current<Exceptions>().handlerError = std::current_exception();
+        stateOf<Exceptions>().handlerError = std::current_exception();
     }
 }
 
@@ -137,7 +137,7 @@ void raiseException(REALobjectStruct* handle)
     if (!exception.classInfo().isA("RuntimeException"))
         noteMisuse(fmt::format("an object of class {} was raised, which is not an exception",
                                exception.classInfo().name));
-    current<Exceptions>().raised = exception;
+    stateOf<Exceptions>().raised = exception;
 }
 
 HostBoolean folderReference(REALfolderItemStruct* handle, FSRef* reference, void* name)

@@ -19,8 +19,8 @@ using namespace services;
 constexpr double always = 0;
 constexpr double forEver = std::numeric_limits<double>::infinity();
 
-/// The C function of a service: it counts the calls, and refuses calls on other threads. `line` distinguishes
-/// two names of one function.
+/// The C function of a service. It counts the calls, and refuses calls on threads other than the main thread.
+/// `line`, the source line of the table row, gives each service a separate count.
 template <int line, auto function>
 struct Entry;
 
@@ -31,7 +31,7 @@ struct Entry<line, function> {
 
     static Result call(Arguments... arguments) noexcept
     {
-        const auto* state = currentOrNull<ServiceState>();
+        const auto* state = stateOrNull<ServiceState>();
         if (!state) return Result();
         if (std::this_thread::get_id() != state->mainThread) {
             noteMisuse(std::string(name) + " was called off the main thread, and refused");
@@ -43,18 +43,18 @@ struct Entry<line, function> {
 };
 
 template <int line, auto function>
-Service row(const char* name, double first, double last)
+Service row(const char* name, double first, double removedIn)
 {
     Entry<line, function>::name = name;
     return {name, reinterpret_cast<void*>(&Entry<line, function>::call), &Entry<line, function>::calls, first,
-            last};
+            removedIn};
 }
 
-#define SERVICE(name, function, first, last) row<__LINE__, function>(name, first, last)
+#define SERVICE(name, function, first, removedIn) row<__LINE__, function>(name, first, removedIn)
 
 // clang-format off
 const Service services_[] = {
-    //      name                                       function                 first version  ends before
+    //      name                                       function                 first version  removed in
     SERVICE("REALGetRBVersion",                        version,                 always,        forEver),
     SERVICE("RegisterPluginVersion",                   registerPluginVersion,   always,        forEver),
     SERVICE("REALinRuntime",                           inRuntime,               always,        forEver),
@@ -108,14 +108,14 @@ const Service* findService(std::string_view name, double version)
 {
     for (const auto& service : services_) {
         if (service.name == name)
-            return version >= service.first && version < service.last ? &service : nullptr;
+            return version >= service.first && version < service.removedIn ? &service : nullptr;
     }
     return nullptr;
 }
 
 void* resolveService(const char* name)
 {
-    const auto* options = currentOrNull<Options>();
+    const auto* options = stateOrNull<Options>();
     if (!options || !name || options->withheld.count(name) != 0) return nullptr;
     const auto* service = findService(name, options->version);
     return service ? service->function : nullptr;

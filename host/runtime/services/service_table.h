@@ -1,11 +1,14 @@
-// The table of the host's services: name, function, host versions.
+// The table of the host's services: the name, the function, and the host versions that have the service.
 //
-// - Every version has the services that access values through their records.
-// - Version 2012.0 adds access to text without records ("REALBuildStringWithEncoding", "PluginGetStringData",
+// - Every version has the basic services, for example "REALBuildString" and "newMemoryBlock".
+// - Version 2012.0 adds access to text without reading REALstringStruct ("REALBuildStringWithEncoding",
+// "PluginGetStringData",
 //   "StringGetCString") and to the methods of the host's language ("REALLoadGlobalMethod").
 // - Version 2013.0 adds services for one type each: "PluginIntegerArrayInsertProc", "IntegerToVariant",
-//   "REALSetPropValueInteger", … The older names stay.
-// - Version 2016.0 ends direct access: readable records, and the services "RuntimeArrayDirectGet…".
+//   "REALSetPropValueInteger", … The older services stay.
+// - Version 2016.0 ends direct access: the plug-in may no longer read REALstringStruct and REALarrayStruct,
+// and
+//   the services "RuntimeArrayDirectGet…" are removed.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +19,10 @@ namespace host {
 
 struct Service {
     const char* name;
-    void* function;     ///< C function that the resolver returns
-    std::size_t* calls; ///< number of calls since the last resetServiceCalls()
-    double first;       ///< first version with the service; 0 for all versions
-    double last;        ///< first version without the service; infinity if all later versions have it
+    void* function;     ///< C function that the plug-in gets from the resolver
+    std::size_t* calls; ///< number of calls of the service since the last resetServiceCalls()
+    double first;       ///< first host version that has the service; 0 if the oldest has it
+    double removedIn;   ///< first host version that no longer has the service; or infinity
 };
 
 struct ServiceTable {
@@ -29,22 +32,21 @@ struct ServiceTable {
     const Service* end() const { return rows + count; }
 };
 
-/// All services, in the order in which a plug-in looks them up. The functions run on the main thread only; a
-/// call on another thread is refused, and noted as a misuse. No function throws.
-/// [any]
+/// All services. Their functions throw no exception and run on the main thread only: a call on another thread
+/// has no effect, returns 0, false or null, and is noted as a misuse. [any]
 ServiceTable serviceTable();
 
-/// The service of that name in a host of that version; null if the version does not have the service.
+/// Find the service `name` in a host of version `version`; null if that version lacks the service.
 /// [any]
 const Service* findService(std::string_view name, double version);
 
-/// The resolver that the plug-in gets: the C function of a service of the current host. Null for an unknown
-/// or withheld name, and without a host.
-/// [main]
+/// The resolver, with which the plug-in looks up services: return the C function of a service of the current
+/// host. Null for an unknown or withheld name, and if no host exists. [main]
 void* resolveService(const char* name);
 
-/// The number of calls to a service since the last resetServiceCalls(). Throws ProgramError if no host
-/// version has a service of that name. [main]
+/// The number of calls to a service since the last resetServiceCalls().
+/// Errors  ProgramError if no host version has a service of this name.
+/// [main]
 std::size_t serviceCalls(const std::string& name);
 void resetServiceCalls();
 

@@ -1,8 +1,9 @@
-// The host functions that the plug-in calls; service_table.cpp has their names and versions.
+// The host functions that implement the services. service_table.cpp lists the services by name.
 //
-// Owner    The caller owns one reference to a result. The callee gets no reference to an argument.
-// Errors   A result that cannot be made is null. A dead address, and a value of the wrong kind, are noted as
-//          misuses and count as nil.
+// Owner    The plug-in owns one reference to each result, and keeps its references to the arguments.
+// Errors   A function returns null if it cannot make its result. A dead address and a value of another kind
+// are
+//          noted as misuses and treated as nil.
 // All functions: [main].
 #pragma once
 
@@ -17,18 +18,19 @@ struct FSRef; ///< the platform's file reference
 
 namespace host {
 
-/// The state of the services for the current host.
+/// The state that the services keep for the current host.
 struct ServiceState {
     std::thread::id mainThread = std::this_thread::get_id();
-    std::int32_t registeredLayout = 0; ///< argument of "RegisterPluginVersion"; 0 before the call
-    std::function<void()> yield;       ///< work of the program that "REALYieldToRB" runs
+    std::int32_t registeredLayout =
+        0;                       ///< class layout that the plug-in passed to "RegisterPluginVersion", else 0
+    std::function<void()> yield; ///< function of the program that "REALYieldToRB" runs
 };
 
 } // namespace host
 
 namespace host::services {
 
-// ---- the host itself ----
+// ---- the host ----
 double version();
 void registerPluginVersion(std::int32_t layout);
 HostBoolean inRuntime();
@@ -42,13 +44,14 @@ void lockString(REALstringStruct* string);
 void unlockString(REALstringStruct* string);
 
 // ---- strings ----
-REALstringStruct* buildString(const void* bytes, HostInteger count); ///< Make a string of unknown encoding.
+REALstringStruct* buildString(const void* bytes, HostInteger count); ///< Make a string with encodingUnknown.
 REALstringStruct* buildStringWithEncoding(const void* bytes, HostInteger count, std::uint32_t encoding);
 std::uint32_t stringEncoding(REALstringStruct* string);
 void setStringEncoding(REALstringStruct* string, std::uint32_t encoding);
 REALstringStruct* convertString(REALstringStruct* string, std::uint32_t encoding);
 const char* stringBytes(REALstringStruct* string);
-HostInteger stringLength(REALstringStruct* string); ///< The host's method LenB: the length in bytes.
+HostInteger
+stringLength(REALstringStruct* string); ///< Return the length in bytes; this is the global method LenB.
 HostBoolean stringData(REALstringStruct* string, std::uint32_t encoding, REALstringData* data);
 void disposeStringData(REALstringData* data);
 
@@ -58,17 +61,17 @@ void* memoryBlockBytes(REALmemoryBlockStruct* block);
 HostInteger memoryBlockSize(REALmemoryBlockStruct* block);
 
 // ---- arrays ----
-/// Make an array of Integer elements. `elementCode` is 0, the only code that plug-ins use.
+/// Make an array of Integer elements. `elementCode` must be 0, because plug-ins use no other code.
 REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound);
-HostInteger upperBound(REALarrayStruct* array); ///< The upper bound; -1 for nil.
-// Each of the following functions returns a C function: a getter (array, index), or an inserter (array,
-// index, element).
+HostInteger upperBound(REALarrayStruct* array); ///< Return the index of the last element; -1 for nil.
+// Each following function returns a C function for the plug-in: a getter (array, index), which returns an
+// element, or an inserter (array, index, element).
 AnyFunction integerInserter(REALarrayStruct* array);
 AnyFunction integerGetter(REALarrayStruct* array);
 AnyFunction singleGetter(REALarrayStruct* array);
 AnyFunction doubleGetter(REALarrayStruct* array);
-AnyFunction directInserter(REALarrayStruct* array); ///< The function for the array's own element type.
-AnyFunction directGetter(REALarrayStruct* array);   ///< The function for the array's own element type.
+AnyFunction directInserter(REALarrayStruct* array); ///< Return the inserter for the array's element type.
+AnyFunction directGetter(REALarrayStruct* array);   ///< Return the getter for the array's element type.
 
 // ---- objects ----
 REALobjectStruct* newInstance(const char* className);

@@ -1,4 +1,4 @@
-// Services of strings.
+// The services for strings.
 #include "host/runtime/services/services.h"
 #include "host/runtime/support/misuse.h"
 #include "host/runtime/support/options.h"
@@ -14,10 +14,10 @@ namespace host::services {
 
 namespace {
 
-/// The text of one "PluginGetStringData" call, which lives until "PluginDisposeStringData".
+/// The text that one call of "PluginGetStringData" returned; it lives until "PluginDisposeStringData".
 struct StringDataRecord {
     String text;
-    char* copy; ///< private copy of the bytes, followed by a byte that is not zero; null without a copy
+    char* copy; ///< copy of the bytes with a last byte that is not zero; null if `text` is used
 };
 
 void destroyStringData(void* value)
@@ -29,7 +29,7 @@ void destroyStringData(void* value)
 
 constexpr KindRow stringDataRow = {Kind::stringData, destroyStringData, nullptr, nullptr, nullptr};
 
-/// The host's pointer inside the record that the plug-in passes.
+/// The host's pointer in the bookkeeping bytes of the REALstringData that the plug-in passes.
 StringDataRecord*& recordIn(REALstringData& data)
 {
     return *reinterpret_cast<StringDataRecord**>(data.bookkeeping);
@@ -107,7 +107,7 @@ HostBoolean stringData(REALstringStruct* string, std::uint32_t encoding, REALstr
     if (!kept) return false;
     recordIn(*data) = kept;
     kept->text = text;
-    if (!current<Options>().isStringDataTerminated) kept->copy = unterminatedCopy(text.bytes());
+    if (!stateOf<Options>().isStringDataTerminated) kept->copy = unterminatedCopy(text.bytes());
     data->bytes = kept->copy ? kept->copy : text.bytes().data();
     data->length = static_cast<HostInteger>(text.bytes().size());
     return true;

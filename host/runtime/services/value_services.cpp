@@ -1,4 +1,4 @@
-// Services of memory blocks, arrays and variants.
+// The services for memory blocks, arrays and variants.
 #include "host/runtime/services/c_function.h"
 #include "host/runtime/services/services.h"
 #include "host/runtime/values/array.h"
@@ -12,7 +12,7 @@ namespace host::services {
 
 namespace {
 
-/// An element of an array; zero, with a misuse noted, for an index outside the array.
+/// Return an element of an array. For an index outside the array, note a misuse and return 0.
 Value elementAt(REALarrayStruct* handle, HostInteger index)
 {
     const auto array = checkedArgument<Array>(handle, "the getter of an array");
@@ -45,7 +45,7 @@ struct ElementRow {
     AnyFunction inserter;
 };
 
-/// The C functions for an array's element type; null for a nil array and for other element types.
+/// Find the getter and inserter for an array's element type; null for a nil array and an unsupported type.
 const ElementRow* rowOf(const Array& array)
 {
     static const ElementRow rows[] = {
@@ -60,8 +60,8 @@ const ElementRow* rowOf(const Array& array)
     return found == std::end(rows) ? nullptr : found;
 }
 
-/// The row of an array that a service for one element type was given; null, with a misuse noted, for an array
-/// of another type.
+/// Find the getter and inserter of an array for a service that supports only the element type `expected`. For
+/// an array of another type, note a misuse and return null.
 const ElementRow* rowFor(REALarrayStruct* handle, const char* service, Base expected)
 {
     const auto array = checkedArgument<Array>(handle, service);
@@ -74,7 +74,8 @@ const ElementRow* rowFor(REALarrayStruct* handle, const char* service, Base expe
 AnyFunction getterOf(const ElementRow* row) { return row ? row->getter : nullptr; }
 AnyFunction inserterOf(const ElementRow* row) { return row ? row->inserter : nullptr; }
 
-/// Check an argument that may be any counted value but a string or string data.
+/// Check an argument of a service that takes any counted value except strings and string data. Null if
+/// refused.
 const void* checkedObject(const void* value, const char* service)
 {
     if (!value) return nullptr;

@@ -1,4 +1,4 @@
-// Memory sizes that are computed from numbers in a file, from a user or from a plug-in.
+// Overflow-checked memory sizes, for sizes computed from numbers in a file, of a user or of a plug-in.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace host {
 
-/// The product of all factors. Throws std::bad_alloc if the product does not fit std::size_t.
+/// Multiply all factors. Throws std::bad_alloc if the product does not fit into std::size_t.
 /// [any]
 template <class... Factors>
 std::size_t checkedSize(Factors... factors)

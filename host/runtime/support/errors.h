@@ -1,4 +1,4 @@
-// Errors that the host throws to the program.
+// The exceptions that the host throws to the program that uses it.
 #pragma once
 
 #include "abi/word.h"
@@ -8,21 +8,21 @@
 
 namespace host {
 
-/// The program's request is impossible: an unknown class, method or property, the wrong number or type of
-/// arguments, a value of the wrong kind. what() is a sentence for the program's author.
+/// Error for a request that the host cannot fulfil: an unknown class, method or property, a wrong number or
+/// type of arguments, a value of the wrong kind. what() is a sentence for the program's author.
 class ProgramError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The library cannot be loaded. what() names the file, the problem and the next step.
+/// Error for a library that cannot be loaded. what() names the file, the problem and the next step.
 class LoadError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// A host exception that the plug-in raised during a call. what() is "Class: message", or the class alone if
-/// the exception has no message.
+/// An exception that the plug-in raised during a call. what() is "Class: message", or only the name of the
+/// class if the message is empty.
 class HostException : public std::runtime_error {
 public:
     HostException(std::string className, std::string message, HostInteger errorNumber)
@@ -32,7 +32,7 @@ public:
     }
 
     const std::string& className() const { return className_; }
-    const std::string& message() const { return message_; } ///< message text in UTF-8; empty if nil
+    const std::string& message() const { return message_; } ///< message in UTF-8; "" if the message is nil
     HostInteger errorNumber() const { return errorNumber_; }
 
 private:

@@ -6,7 +6,7 @@ namespace host {
 
 void noteMisuse(std::string sentence)
 {
-    auto* misuses = currentOrNull<Misuses>();
+    auto* misuses = stateOrNull<Misuses>();
     if (!misuses) return;
     const std::lock_guard<std::mutex> guard(misuses->lock);
     misuses->sentences.push_back(std::move(sentence));

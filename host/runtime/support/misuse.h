@@ -1,4 +1,4 @@
-// Misuses: the errors of the plug-in, as sentences for the program.
+// Misuses: the plug-in's errors in its use of the host, one sentence each.
 // All functions: [any].
 #pragma once
 
@@ -8,13 +8,13 @@
 
 namespace host {
 
-/// State of the current host. `lock` protects the sentences.
+/// The misuses of the current host's plug-in. `lock` protects `sentences`.
 struct Misuses {
     std::mutex lock;
     std::vector<std::string> sentences;
 };
 
-/// Append a sentence to the current host's misuses. Does nothing without a host.
+/// Append a sentence to the current host's misuses. Has no effect if no host exists.
 void noteMisuse(std::string sentence);
 
 } // namespace host

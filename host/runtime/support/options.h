@@ -1,4 +1,4 @@
-// The program's choices for a host.
+// The options with which a program makes a host: version, withheld services, layout of strings and arrays.
 #pragma once
 
 #include <set>
@@ -7,17 +7,17 @@
 namespace host {
 
 struct Options {
-    double version = 2016.0;            ///< host version; decides services, class layout and readable records
-    bool isBuiltProgram = true;         ///< result of "REALinRuntime"; false: the development environment
-    std::set<std::string> withheld;     ///< names of services that the resolver does not find
-    bool isStringDataTerminated = true; ///< whether the data of "PluginGetStringData" ends with a zero byte
-    bool isArrayStorageReadable = true; ///< false: an array's eighth word is null, as in some older hosts
+    double version = 2016.0;        ///< host version; decides the services, class layouts and direct access
+    bool isBuiltProgram = true;     ///< result of "REALinRuntime"; false in the development environment
+    std::set<std::string> withheld; ///< names of services that the plug-in cannot look up
+    bool isStringDataTerminated = true; ///< whether a zero byte follows the text of "PluginGetStringData"
+    bool isArrayStorageReadable = true; ///< false: REALarrayStruct::elements is null, as in some older hosts
 
-    /// The host version that the plug-in sees: 0.0 while "REALGetRBVersion" is withheld.
+    /// The host version that the plug-in sees: 0.0 if the service "REALGetRBVersion" is withheld.
     double visibleVersion() const { return withheld.count("REALGetRBVersion") != 0 ? 0.0 : version; }
 
-    /// Whether the plug-in may read the words of string and array records: before host version 2016.0.
-    bool areRecordsReadable() const { return visibleVersion() < 2016.0; }
+    /// Whether the plug-in may read REALstringStruct and REALarrayStruct: only before host version 2016.0.
+    bool allowsDirectAccess() const { return visibleVersion() < 2016.0; }
 };
 
 } // namespace host

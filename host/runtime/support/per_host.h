@@ -1,5 +1,5 @@
-// The state that a layer keeps for the current host. One host exists at a time, so that the C functions that
-// the plug-in calls find the state without an argument.
+// State that exists once per host. Only one host exists at a time, so functions find the state without an
+// argument, also the C functions that the plug-in calls.
 #pragma once
 
 #include "host/runtime/support/errors.h"
@@ -8,38 +8,38 @@
 
 namespace host {
 
-/// Owner of one layer's state. The state is current while the owner lives; during ~State there is no current
-/// state.
+/// Owns a State of the current host. stateOf() and stateOrNull() find the state while its owner lives, but
+/// not during the destructor of State.
 template <class State>
 class PerHost {
 public:
     template <class... Arguments>
     explicit PerHost(Arguments&&... arguments) : state_{std::forward<Arguments>(arguments)...}
     {
-        current = &state_;
+        currentState = &state_;
     }
-    ~PerHost() { current = nullptr; }
+    ~PerHost() { currentState = nullptr; }
     PerHost(const PerHost&) = delete;
     PerHost& operator=(const PerHost&) = delete;
 
-    static inline State* current = nullptr;
+    static inline State* currentState = nullptr;
 
 private:
     State state_;
 };
 
-/// The layer's state for the current host; null without a host.
+/// Find the current host's State; null if no host exists.
 template <class State>
-State* currentOrNull()
+State* stateOrNull()
 {
-    return PerHost<State>::current;
+    return PerHost<State>::currentState;
 }
 
-/// The layer's state for the current host. Throws ProgramError without a host.
+/// Find the current host's State. Throws ProgramError if no host exists.
 template <class State>
-State& current()
+State& stateOf()
 {
-    if (State* state = currentOrNull<State>()) return *state;
+    if (State* state = stateOrNull<State>()) return *state;
     throw ProgramError("no host exists; make a host::Host first");
 }
 

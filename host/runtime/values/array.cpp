@@ -18,8 +18,8 @@ namespace host {
 namespace {
 
 struct ArrayRecord {
-    REALarrayStruct visible; ///< words that the plug-in sees: the array's values, or poison
-    Type element;            ///< type of the elements
+    REALarrayStruct visible; ///< structure that the plug-in sees; poisonWord where it must not read
+    Type element;
     std::uint8_t* storage;
     std::size_t count;
 };
@@ -39,13 +39,13 @@ std::uint8_t* elementAt(const ArrayRecord& array, std::size_t index)
     return array.storage + index * elementSize(array);
 }
 
-/// The reference in an element; nil if the elements are not references.
+/// The address of the value to which an element refers; null if the elements are not references.
 void* referenceAt(const ArrayRecord& array, std::size_t index)
 {
     return array.element.isReference() ? *reinterpret_cast<void**>(elementAt(array, index)) : nullptr;
 }
 
-// ---- the row of functions for arrays ----
+// ---- functions for counted values of kind array (KindRow) ----
 
 void destroyArray(void* value)
 {
@@ -78,10 +78,10 @@ constexpr KindRow arrayRow = {Kind::array, destroyArray, describeArray, printArr
 
 void setVisibleWords(ArrayRecord& array)
 {
-    const auto& options = current<Options>();
+    const auto& options = stateOf<Options>();
     std::fill(std::begin(array.visible.first), std::end(array.visible.first), poisonWord);
     array.visible.elements = reinterpret_cast<void*>(poisonWord);
-    if (options.areRecordsReadable())
+    if (options.allowsDirectAccess())
         array.visible.elements = options.isArrayStorageReadable ? array.storage : nullptr;
 }
 
@@ -94,7 +94,7 @@ void checkIndex(const ArrayRecord& array, HostInteger index, std::size_t limit)
 
 void resize(ArrayRecord& array, std::size_t count)
 {
-    // No spare element, so that the address sanitizer finds a read past the end.
+    // The storage has no spare element, so that the address sanitizer finds a read past the end.
     const std::size_t bytes = checkedSize(count, elementSize(array));
     auto* storage = static_cast<std::uint8_t*>(std::realloc(array.storage, std::max<std::size_t>(1, bytes)));
     if (!storage) throw std::bad_alloc();
@@ -105,7 +105,7 @@ void resize(ArrayRecord& array, std::size_t count)
     setVisibleWords(array);
 }
 
-/// Convert a value to an element; the array owns the element's reference.
+/// Convert a value to an element. The caller stores the element in the array, which then owns its reference.
 Native elementOf(const ArrayRecord& array, const Value& value)
 {
     auto converted = toNative(value, array.element, "an element");

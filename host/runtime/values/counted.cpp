@@ -28,7 +28,7 @@ LiveValues::~LiveValues()
 
 void* allocateValue(const KindRow& row, std::size_t size)
 {
-    auto& live = current<LiveValues>();
+    auto& live = stateOf<LiveValues>();
     const std::size_t bytes = roundUpToAlignment(sizeof(ValueHeader) + size);
     void* memory = std::aligned_alloc(alignof(ValueHeader), bytes);
     if (!memory) return nullptr;
@@ -40,7 +40,7 @@ void* allocateValue(const KindRow& row, std::size_t size)
 
 bool isLive(const void* value)
 {
-    const auto* live = currentOrNull<LiveValues>();
+    const auto* live = stateOrNull<LiveValues>();
     return live && live->addresses.count(value) != 0;
 }
 
@@ -52,7 +52,7 @@ Kind kindOf(const void* value)
 
 void retain(const void* value)
 {
-    if (!value || !currentOrNull<LiveValues>()) return;
+    if (!value || !stateOrNull<LiveValues>()) return;
     if (isLive(value))
         ++headerOf(value)->references;
     else
@@ -61,7 +61,7 @@ void retain(const void* value)
 
 void release(const void* value)
 {
-    auto* live = currentOrNull<LiveValues>();
+    auto* live = stateOrNull<LiveValues>();
     if (!value || !live) return;
     if (!isLive(value))
         return noteMisuse(

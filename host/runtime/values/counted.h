@@ -1,5 +1,5 @@
-// Counted host values: memory, reference counts, and the functions of each kind of value. A value's handle,
-// the address that the plug-in gets, is the address of the kind's record. A ValueHeader precedes the record.
+// Counted host values: memory, reference counts, and the functions for each kind of value. In memory, a value
+// is a ValueHeader and a record whose type depends on the kind. The plug-in gets the address of the record.
 // All functions: [main].
 #pragma once
 
@@ -12,39 +12,41 @@
 
 namespace host {
 
-/// The kinds of counted values. A stringData value keeps the text that "PluginGetStringData" returned.
+/// The kinds of counted values. A value of kind stringData keeps the text that "PluginGetStringData"
+/// returned.
 enum class Kind { object, string, memoryBlock, array, folderItem, variant, stringData };
 
 /// The name of a kind: "object", "string", "memory block", …
 const char* kindName(Kind kind);
 
-/// The functions of one kind of value; the source file of each kind defines one row.
+/// The functions for one kind of value. The source file of each kind defines one KindRow.
 struct KindRow {
     Kind kind;
-    /// Destroy the record and release its references. The caller frees the memory of the record itself.
+    /// Destroy the record of a value and release its references. The caller frees the value's memory.
     void (*destroy)(void* record);
-    /// Describe the value for messages, with an article; null: "a" and the name of the kind.
+    /// Describe a value for messages, with an article. If null, the description is "a" and the name of the
+    /// kind.
     std::string (*describe)(const void* record);
-    /// Print the value as a program prints it; null: the same text as `describe`.
+    /// Print a value as a program prints it. If null, the text is that of `describe`.
     std::string (*print)(const void* record);
-    /// The cost of passing the value as a type other than Variant; null: the value fits no other type.
+    /// The cost to pass a value as a type other than Variant. If null, the value fits no other type.
     Cost (*cost)(const void* record, const Type& type);
 };
 
 struct alignas(16) ValueHeader {
     const KindRow* row;
     std::size_t references;
-    bool isBeingDestroyed; ///< true while `destroy` runs; references are still counted then
+    bool isBeingDestroyed; ///< true while KindRow::destroy runs, which may still add and drop references
 };
 
-/// The live values of the current host. ~LiveValues frees the remaining values after the host has ended, so
-/// that no destructor of the plug-in runs.
+/// The live values of the current host. The destructor frees values that still live, without running
+/// destructors of the plug-in.
 struct LiveValues {
     std::unordered_set<const void*> addresses;
     ~LiveValues();
 };
 
-/// Round a size up to the alignment of headers, records and class data.
+/// Round a size up to a multiple of 16, the alignment of headers, records and class data.
 constexpr std::size_t roundUpToAlignment(std::size_t size)
 {
     return (size + alignof(ValueHeader) - 1) / alignof(ValueHeader) * alignof(ValueHeader);
@@ -55,12 +57,12 @@ inline ValueHeader* headerOf(const void* value)
     return static_cast<ValueHeader*>(const_cast<void*>(value)) - 1;
 }
 
-/// Allocate zeroed memory for a header and a record of `size` bytes. The value has one reference.
-/// Throws   ProgramError without a host.
+/// Allocate a value: zeroed memory for a header and a record of `size` bytes. The caller owns one reference.
 /// Returns  the address of the record; null if there is no memory.
+/// Errors   ProgramError if no host exists.
 void* allocateValue(const KindRow& row, std::size_t size);
 
-/// Allocate a value and construct its record. Errors and result as in allocateValue.
+/// Allocate a value and construct its record. Result and errors are those of allocateValue().
 template <class Record>
 Record* makeValue(const KindRow& row)
 {
@@ -68,31 +70,31 @@ Record* makeValue(const KindRow& row)
     return memory ? new (memory) Record{} : nullptr;
 }
 
-/// The record at a value's address.
+/// The record of a value, given the value's address.
 template <class Record>
 Record* record(const void* value)
 {
     return static_cast<Record*>(const_cast<void*>(value));
 }
 
-/// Whether `value` is the address of a live host value.
+/// Whether `value` is the address of a live value of the current host.
 bool isLive(const void* value);
 
 /// The kind of a live value. Throws ProgramError for any other address.
 Kind kindOf(const void* value);
 
-/// Add a reference to a value. Nil stays nil; a dead address is noted as a misuse and has no other effect.
+/// Add a reference to a value. Null has no effect; a dead address has no effect but is noted as a misuse.
 void retain(const void* value);
 
-/// Drop a reference to a value; the value is destroyed with its last reference. Nil and dead
-/// addresses have the same effect as in retain.
+/// Drop a reference to a value, and destroy the value with the last reference. Null has no effect; a dead
+/// address has no effect but is noted as a misuse.
 void release(const void* value);
 
-/// The number of references to a live value; 0 for nil and for dead addresses.
+/// The number of references to a live value; 0 for null and for a dead address.
 std::size_t referenceCount(const void* value);
 
-/// Check an argument of a service: `value` if it is a live value of that kind, otherwise null. A dead address
-/// and a value of another kind are noted as misuses of `service`.
+/// Check an argument of a service: return `value` if it is a live value of kind `kind`, else null. A dead
+/// address and a value of another kind are noted as misuses of `service`.
 void* checkedValue(const void* value, Kind kind, const char* service);
 
 } // namespace host

@@ -9,7 +9,8 @@ namespace host {
 
 namespace {
 
-/// An 8-byte word that the compiler knows to be 8-aligned; std::uint64_t is 4-aligned in 32-bit structures.
+/// An 8-byte word with the alignment that atomic access needs; std::uint64_t is 4-aligned in 32-bit
+/// structures.
 struct alignas(8) AlignedWord64 {
     std::uint64_t bits;
 };
@@ -45,7 +46,7 @@ constexpr AtomicAccess accesses[] = {
     {8, load<AlignedWord64>, store<AlignedWord64>},
 };
 
-/// The atomic access to a field; null for an 8-byte field that is not 8-aligned.
+/// Find the functions for atomic access to a field; null for an 8-byte field that is not 8-aligned.
 const AtomicAccess* accessTo(const void* field, const Type& type)
 {
     const std::size_t size = sizeInMemory(type);

@@ -1,5 +1,5 @@
-// Access to a field of the class data while another thread uses the field. The access is atomic, except the
-// access to an 8-byte field that is not 8-aligned. A write publishes the writes before it; a read sees them.
+// Access to a field of the class data that another thread may use at the same time. Reads acquire and writes
+// release atomically, except for an 8-byte field that is not 8-aligned.
 // All functions: [any].
 #pragma once
 
@@ -10,7 +10,8 @@ namespace host {
 Native loadField(const void* field, const Type& type);
 void storeField(void* field, const Native& native, const Type& type);
 
-/// Replace the reference in a field. Returns the former reference, which the caller releases.
+/// Replace the reference in a field and return the former reference. The caller then owns the former
+/// reference.
 void* exchangeReference(void* field, void* reference);
 
 } // namespace host

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
-// The function is null in a program that does not link the platform.
+// FSPathMakeRef is null in a program that does not link the platform.
 #pragma weak FSPathMakeRef
 
 namespace host {

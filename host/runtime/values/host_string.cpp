@@ -12,8 +12,8 @@ namespace host {
 namespace {
 
 struct StringRecord {
-    REALstringStruct visible; ///< words that the plug-in sees: the string's values, or poison
-    char* buffer;             ///< buffer with an unused byte, the bytes of the text, and zero bytes
+    REALstringStruct visible; ///< structure that the plug-in sees; poisonWord where it must not read
+    char* buffer;             ///< buffer with one unused byte, the text, and five zero bytes
     std::size_t length;
     std::uint32_t encoding;
 };
@@ -33,11 +33,12 @@ Cost costOfString(const void*, const Type& type)
 constexpr KindRow stringRow = {Kind::string, destroyString, nullptr, printString, costOfString};
 
 constexpr std::size_t bytesBefore = 1;
-constexpr std::size_t zerosAfter = 1 + 4; ///< the terminator, and the reach of a four-character read
+constexpr std::size_t zerosAfter =
+    1 + 4; ///< terminator, and the bytes that a four-byte read at the terminator touches
 
 void setVisibleWords(StringRecord& string)
 {
-    const bool isReadable = current<Options>().areRecordsReadable();
+    const bool isReadable = stateOf<Options>().allowsDirectAccess();
     string.visible.first = poisonWord;
     string.visible.buffer = isReadable ? string.buffer : reinterpret_cast<char*>(poisonWord);
     string.visible.third = poisonWord;

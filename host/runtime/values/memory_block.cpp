@@ -40,7 +40,7 @@ MemoryBlock MemoryBlock::ofSize(std::int64_t size)
     if (!record) return {};
     MemoryBlock block(adopt(reinterpret_cast<REALmemoryBlockStruct*>(record)));
     if (size == 0) return block;
-    // No spare byte, so that the address sanitizer finds an access past the end.
+    // The storage has no spare byte, so that the address sanitizer finds an access past the end.
     record->data = static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(size), 1));
     if (!record->data) return {};
     record->size = static_cast<std::size_t>(size);

@@ -16,7 +16,7 @@ bool isSigned(Base base)
     return fixed == Base::int8 || fixed == Base::int16 || fixed == Base::int32 || fixed == Base::int64;
 }
 
-/// Whether the integer fits `bytes` bytes, as a signed or as an unsigned number.
+/// Whether an integer fits into `bytes` bytes, as a signed or as an unsigned number.
 bool fitsBits(const Value& value, std::size_t bytes)
 {
     if (bytes == 8) return true;
@@ -36,7 +36,7 @@ int costOfNumber(const Value& value, const Type& type)
     return type.base == Base::integer || type.base == Base::int64 ? cost::exact : cost::converted;
 }
 
-/// Whether a reference of the type may refer to a value of that kind.
+/// Whether a reference of type `type` may refer to a value of kind `kind`.
 bool isOfType(Kind kind, const Type& type)
 {
     if (type.isArray) return kind == Kind::array;
@@ -54,7 +54,7 @@ bool isOfType(Kind kind, const Type& type)
     }
 }
 
-/// The value in a native value, for each type that is not a reference.
+/// One row for each type that is not a reference: `value` converts a native value to a host value.
 const struct {
     Base base;
     Value (*value)(const Native& native);
@@ -84,7 +84,8 @@ Native integerNative(const Value& value, const Type& type, const std::string& wh
     native.word64 = isSigned(type.base) && value.isFloating()
                         ? static_cast<std::uint64_t>(truncatedToInt64(value.number()))
                         : value.unsigned64();
-    return native; // The low bytes are the value, because this host runs on little-endian machines only.
+    return native; // A narrow type uses the low bytes, which are the first: the host runs on little-endian
+                   // machines only.
 }
 
 Native numberNative(const Value& value, const Type& type, const std::string& what)
@@ -119,7 +120,7 @@ Native numberNative(const Value& value, const Type& type, const std::string& wha
 
 Cost conversionCost(const Value& value, const Type& type)
 {
-    if (!type.exists()) return {};
+    if (type.isVoid()) return {};
     const bool isPointer = type.base == Base::pointer && !type.isArray;
     if (value.isNil()) return type.isReference() || isPointer ? Cost(cost::exact) : Cost();
     if (type.base == Base::variant && !type.isArray) return cost::boxed;

@@ -1,4 +1,4 @@
-// Native values: the C form of a value in a call, in a field and in an array element.
+// Native values: the C form of a host value, in a call, in a field and in an array element.
 // All functions: [main].
 #pragma once
 
@@ -10,7 +10,8 @@
 
 namespace host {
 
-/// Memory for one native value of any type. The widest member is the first one, so that = {} zeroes them all.
+/// Memory for one native value of any type. The first member is the widest, so that `= {}` zeroes all
+/// members.
 union Native {
     std::uint64_t word64;
     std::uint8_t byte;
@@ -21,27 +22,27 @@ union Native {
     void* pointer;
 };
 
-/// A native value, with the reference that keeps a counted value alive. `reference.detach()` gives the
-/// reference to the new owner of the native value.
+/// A native value. If it is the address of a counted value, `reference` keeps that value alive;
+/// reference.detach() passes the reference to the new owner of the native value.
 struct Converted {
     Native native = {};
     AnyRef reference;
 };
 
-/// The cost of passing a value as a type.
+/// The cost to pass a value as a type; empty if the value does not fit the type.
 Cost conversionCost(const Value& value, const Type& type);
 
-/// Convert a value to a native value of `type`. Numbers are truncated toward zero. An integer fits if its
-/// bits fit, signed or unsigned, so that -1 fits UInt32. Nil fits every reference.
-/// Throws  ProgramError if the value does not fit; the message starts with `what`, such as "SampleRate".
+/// Convert a value to a native value of `type`. Floating-point numbers are truncated toward zero. An integer
+/// fits if its bits fit, signed or unsigned, so -1 fits UInt32. Nil fits every reference.
+/// Errors  ProgramError if the value does not fit; the message starts with `what`, such as "SampleRate".
 Converted toNative(const Value& value, const Type& type, const std::string& what);
 
-/// Convert the native value at `memory`. The result takes over the reference there if `isOwned`, and adds a
-/// reference otherwise.
-/// Throws  ProgramError if `memory` has an address where no live value of the type is.
+/// Convert the native value at `memory` to a value. If `isOwned`, the value takes over the reference at
+/// `memory`; if not, the value adds a reference.
+/// Errors  ProgramError if `memory` holds an address where no live value of the type is.
 Value fromNative(const void* memory, const Type& type, bool isOwned);
 
-/// Copy a native value to `memory`, in the size of the type.
+/// Copy a native value of type `type` to `memory`.
 /// [any]
 void storeNative(void* memory, const Native& native, const Type& type);
 

@@ -1,7 +1,7 @@
-// References to counted host values.
+// A reference to a counted host value, with automatic retain and release.
 //
-// Ownership between host and plug-in: the caller keeps its references to the arguments; the callee gives one
-// reference to the result away, which the caller adopts.
+// Owner  In a call between host and plug-in, the caller keeps its references to the arguments. The called
+//        function adds a reference to its result; the caller adopts this reference and later releases it.
 // All functions: [main].
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace host {
 
-/// One reference to a host value, or nil. A Ref that outlives its host releases nothing.
+/// One reference to a host value, or nil. If the host is destroyed before the Ref, the Ref releases nothing.
 template <class Pointee>
 class Ref {
 public:
@@ -30,13 +30,13 @@ public:
     }
     ~Ref() { release(value_); }
 
-    /// Any reference converts to AnyRef.
+    /// Convert from a reference of another type, for example to AnyRef. Adds a reference.
     template <class Other, std::enable_if_t<std::is_convertible_v<Other*, Record*>, int> = 0>
     Ref(const Ref<Other>& other) : Ref(share(other.get()))
     {
     }
 
-    /// Take over an existing reference, such as the one of a result.
+    /// Take over a reference that the caller owns, such as the reference of a call's result.
     static Ref adopt(Record* value)
     {
         Ref ref;
@@ -44,7 +44,7 @@ public:
         return ref;
     }
 
-    /// Add a reference to a value that another owner keeps, such as an argument.
+    /// Add a reference to a value that another owner also refers to, such as an argument.
     static Ref share(Record* value)
     {
         retain(value);
@@ -54,7 +54,7 @@ public:
     Record* get() const { return value_; }
     explicit operator bool() const { return value_ != nullptr; }
 
-    /// Give the reference away without releasing it. This Ref becomes nil.
+    /// Pass the reference to the caller without releasing the value. This Ref becomes nil.
     Record* detach() { return std::exchange(value_, nullptr); }
 
 private:
@@ -63,8 +63,8 @@ private:
 
 using AnyRef = Ref<void>;
 
-/// Check an argument of a service and share it as a handle (String, Array, …). The handle is nil, and a
-/// misuse of `service` is noted, for a dead address and for a value of another kind.
+/// Check an argument of a service and add a reference to it, as a Handle such as String or Array. A dead
+/// address or a value of another kind makes a nil Handle and is noted as a misuse of `service`.
 template <class Handle>
 Handle checkedArgument(typename Handle::Record* value, const char* service)
 {

@@ -13,7 +13,7 @@
 #include <iterator>
 #include <memory>
 
-// The functions are null in a program that does not link the platform.
+// These platform functions are null in a program that does not link the platform.
 #pragma weak CFStringCreateWithCString
 #pragma weak CFStringGetCString
 #pragma weak CFRelease
@@ -29,7 +29,7 @@ constexpr char32_t replacement = 0xFFFD;
 bool isSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
 char32_t valid(char32_t c) { return c > 0x10FFFF || isSurrogate(c) ? replacement : c; }
 
-// ---- reading ----
+// ---- reading bytes as code points ----
 
 CodePoints readASCII(std::string_view bytes)
 {
@@ -92,13 +92,13 @@ CodePoints readUTF32(std::string_view bytes)
     return text;
 }
 
-// ---- the platform's tables of single bytes ----
+// ---- the platform's tables of single-byte encodings ----
 
-/// The characters of the bytes 0x80 to 0xFF in an encoding.
+/// The characters of the bytes 0x80 to 0xFF in a single-byte encoding.
 using UpperHalf = std::array<char32_t, 128>;
 
-/// The platform's character for a byte of an encoding. A byte without a character is the control character
-/// with the number of the byte.
+/// The character that the platform assigns to a byte of an encoding. An unassigned byte is the control
+/// character of the same number.
 char32_t characterOf(unsigned char byte, std::uint32_t encoding)
 {
     const char text[] = {static_cast<char>(byte), 0};
@@ -113,8 +113,9 @@ char32_t characterOf(unsigned char byte, std::uint32_t encoding)
 UpperHalf upperHalfOf(std::uint32_t encoding)
 {
     if (!&CFStringCreateWithCString)
-        throw ProgramError("Mac Roman and Windows text: the tables are in the platform library; link the "
-                           "program with libkvxplatform.so");
+        throw ProgramError(
+            "Mac Roman and Windows Latin 1 text: the tables are in the platform library; link the "
+            "program with libkvxplatform.so");
     UpperHalf characters;
     for (std::size_t i = 0; i < characters.size(); ++i)
         characters[i] = characterOf(static_cast<unsigned char>(0x80 + i), encoding);
@@ -136,7 +137,7 @@ CodePoints readSingleBytes(std::string_view bytes)
     return text;
 }
 
-// ---- writing ----
+// ---- writing code points as bytes ----
 
 std::string writeUTF8(const CodePoints& text)
 {
@@ -149,7 +150,7 @@ std::string writeUTF8(const CodePoints& text)
     return bytes;
 }
 
-/// The text with each letter and its accents composed into one character, where Unicode has the character.
+/// Compose each letter and its accents into one character, if Unicode has that character.
 CodePoints composed(const CodePoints& text)
 {
     if (std::all_of(text.begin(), text.end(), [](char32_t c) { return c < 0x300; })) return text;

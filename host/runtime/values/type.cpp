@@ -13,7 +13,7 @@ struct TypeRow {
     std::size_t bytes;
 };
 
-// The first row of a base has the name for listings; the other rows of the base have further names.
+// A base may have several names. Messages and listings use the name in the first row of the base.
 // clang-format off
 constexpr TypeRow typeRows[] = {
     {Base::none,        "",            0},

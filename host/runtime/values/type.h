@@ -1,4 +1,4 @@
-// The types in declarations: names, and sizes in memory.
+// The types of the host's language: their names, and the sizes of their values in memory.
 // All functions: [any].
 #pragma once
 
@@ -12,7 +12,7 @@
 namespace host {
 
 enum class Base {
-    none, ///< type of a method without a result
+    none, ///< result type of a method that returns nothing
     boolean,
     int8,
     int16,
@@ -22,8 +22,8 @@ enum class Base {
     uint16,
     uint32,
     uint64,
-    integer,  ///< the host's Integer, as wide as a pointer
-    uinteger, ///< unsigned form of Integer
+    integer,  ///< type "Integer", as wide as a pointer
+    uinteger, ///< type "UInteger", as wide as a pointer
     single,
     float64, ///< type "Double"
     pointer, ///< type "Ptr"
@@ -31,56 +31,57 @@ enum class Base {
     variant,
     memoryBlock,
     folderItem,
-    object, ///< object of the class Type::className; "Object" is any class
+    object, ///< object of the class Type::className; "Object" allows every class
 };
 
 struct Type {
     Base base = Base::none;
     bool isArray = false;
-    std::string className; ///< class name for Base::object, in the spelling of the declaration; else empty
+    std::string className; ///< class of a Base::object, as spelled in the declaration; else empty
 
     bool isNumber() const { return !isArray && base >= Base::int8 && base <= Base::pointer; }
     bool isFloating() const { return !isArray && (base == Base::single || base == Base::float64); }
     bool isInteger() const { return isNumber() && !isFloating(); }
     /// Whether values of the type are counted: strings, objects, arrays, variants, …
     bool isReference() const { return isArray || base >= Base::string; }
-    bool exists() const { return base != Base::none; }
+    bool isVoid() const { return base == Base::none; }
 };
 
-/// Class names are compared without regard to case.
+/// Compare two types. The comparison ignores the case of class names.
 bool operator==(const Type& left, const Type& right);
 inline bool operator!=(const Type& left, const Type& right) { return !(left == right); }
 
-/// The base with the same representation and a fixed width: Int32 or Int64 for Integer.
+/// The fixed-width base with the same memory format: Int32 or Int64 for Integer, UInt32 or UInt64 for
+/// UInteger. Returns  `base` if it is neither Integer nor UInteger.
 Base fixedWidth(Base base);
 
-/// Whether an object of any class fits the type.
+/// Whether objects of every class fit the type.
 bool isAnyObject(const Type& type);
 
-/// The type of a name, without regard to case; "integer()" is an array. A name that no basic type has is the
-/// name of a class.
+/// Find a type by name, without regard to case: "Integer", "integer()" for an array. Any other name is the
+/// name of a class, except that an empty name is Base::none.
 Type typeNamed(std::string_view name);
 
-/// The name of a type in a program: "Integer", "Single()", "Dictionary".
+/// The name of a type in the host's language: "Integer", "Single()", "Dictionary".
 std::string typeName(const Type& type);
 
-/// The size in bytes of a field, an array element or a variable of the type; 1 for Boolean.
+/// The size in bytes of a field, an array element or a variable of the type. A Boolean has one byte.
 std::size_t sizeInMemory(const Type& type);
 
 /// Whether two names of the host's language are equal; ASCII letters are compared without regard to case.
 bool sameName(std::string_view left, std::string_view right);
 
-/// The noun with its indefinite article: "an array", "a UInt32".
+/// Put the indefinite article before a noun: "an array", "a UInt32".
 std::string withArticle(std::string_view noun);
 
-/// The cost of passing a value as a type; nothing if the value does not fit the type.
+/// The cost to pass a value as an argument of a type; empty if the value does not fit the type.
 using Cost = std::optional<int>;
 
 namespace cost {
 constexpr int exact = 0;
 constexpr int converted = 1;
-constexpr int narrowed = 2; ///< cost of a conversion that may change the number
-constexpr int boxed = 4;    ///< cost of a variant
+constexpr int narrowed = 2; ///< cost of a conversion that may change a number
+constexpr int boxed = 4;    ///< cost of a conversion to a variant
 } // namespace cost
 
 } // namespace host

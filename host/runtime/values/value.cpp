@@ -16,7 +16,7 @@ struct VariantRecord {
 
 void destroyVariant(void* variant) { record<VariantRecord>(variant)->~VariantRecord(); }
 
-// The other functions are null, because a Value never refers to a variant.
+// describe, print and cost are null, because a Value never refers to a variant.
 constexpr KindRow variantRow = {Kind::variant, destroyVariant, nullptr, nullptr, nullptr};
 
 constexpr double twoToThe63 = 9223372036854775808.0;
@@ -33,7 +33,7 @@ std::uint64_t truncatedToUInt64(double number)
         fmt::format("{} was expected, but the value is {}", withArticle(expected), value.describe()));
 }
 
-/// Whether the value is an integer above 2^63 - 1.
+/// Whether a value is an integer above 2^63 - 1.
 bool isAboveInt64(const Value& value)
 {
     return std::holds_alternative<std::uint64_t>(value.held()) && value.integer() < 0;

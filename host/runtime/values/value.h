@@ -1,4 +1,4 @@
-// A value as a program holds it: nil, a boolean, a number, or a reference to a counted host value.
+// A value of the host's language: nil, a boolean, a number, or a reference to a counted host value.
 // All functions: [main].
 #pragma once
 
@@ -17,14 +17,12 @@ namespace host {
 class Array;
 class Object;
 
-/// A number keeps its own type until a declaration requires another type: integers are held in 64 bits,
-/// singles and doubles keep every bit, even of a NaN.
-///
-/// The accessors convert any number to a double, and any number to an integer by truncation toward zero. They
-/// throw ProgramError for a value of another kind.
+/// Shape   integers have 64 bits; singles and doubles keep every bit, also of a NaN.
+/// Errors  boolean(), text() and as() throw ProgramError for a value of another kind. The number accessors
+///         throw only for a value that is not a number; they make an integer by truncation toward zero.
 class Value {
 public:
-    Value() = default; ///< Make nil.
+    Value() = default; ///< Make the value nil.
     Value(std::nullptr_t) {}
 
     template <class T, std::enable_if_t<std::is_arithmetic_v<T>, int> = 0>
@@ -40,12 +38,12 @@ public:
             held_ = static_cast<std::int64_t>(number);
     }
 
-    Value(const char* utf8); ///< Make a new string; nil for null.
+    Value(const char* utf8); ///< Make a string value; nil if `utf8` is null.
     Value(const std::string& utf8);
     Value(std::string_view utf8);
 
-    /// Share any reference: an Object, a MemoryBlock, an Array, … A reference to nil makes nil; a reference
-    /// to a variant makes the value in the variant.
+    /// Make a value from a reference: an Object, a MemoryBlock, an Array, … A nil reference makes nil; a
+    /// reference to a variant makes the value in the variant.
     template <class Record>
     Value(const Ref<Record>& ref) : Value(AnyRef(ref), FromAny{})
     {
@@ -60,13 +58,14 @@ public:
     bool isReference(Kind kind) const;
 
     bool boolean() const;
-    std::int64_t integer() const; ///< Numbers of 2^63 and more wrap around; NaN gives INT64_MIN.
+    std::int64_t integer() const; ///< Numbers from 2^63 wrap around; NaN returns INT64_MIN.
     std::uint64_t unsigned64() const;
     float single() const;
     double number() const;
-    std::string text() const; ///< The text in UTF-8; "" for nil. Throws as convertText, too.
+    std::string text() const; ///< Return the text in UTF-8; "" for nil. May throw as convertText().
 
-    /// The value as a handle (String, MemoryBlock, …); nil makes a nil handle.
+    /// Return the value as a reference of type Handle (String, MemoryBlock, …). A nil value returns a nil
+    /// Handle.
     template <class Handle>
     Handle as() const
     {
@@ -76,17 +75,16 @@ public:
     MemoryBlock memoryBlock() const { return as<MemoryBlock>(); }
     FolderItem folderItem() const { return as<FolderItem>(); }
     String string() const { return as<String>(); }
-    Array array() const;   ///< Include array.h to call this function.
-    Object object() const; ///< Include object.h to call this function.
+    Array array() const;   ///< Callers include array.h.
+    Object object() const; ///< Callers include object.h.
 
-    /// The reference in the value; nil for a number or a boolean.
+    /// Return the reference in the value; a nil reference if the value is a number or a boolean.
     AnyRef reference() const;
 
-    /// Describe the value for messages: "nil", "a boolean", "an integer", "a string", "an object of class
-    /// Dictionary".
+    /// Describe the value for messages, for example: "nil", "an integer", "an object of class Dictionary".
     std::string describe() const;
 
-    /// Print the value as a program prints it.
+    /// Convert the value to the text that a program prints for it.
     std::string print() const;
 
     using Held = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, float, double, AnyRef>;
@@ -100,24 +98,24 @@ private:
     Held held_;
 };
 
-/// Whether two values are the same key of a dictionary. Numbers are compared by value, texts by their UTF-8
-/// bytes, other references by identity.
+/// Whether two values are the same key of a dictionary. Numbers are equal by value, strings by their text in
+/// UTF-8, other references if they refer to one value.
 bool sameValue(const Value& left, const Value& right);
 
 /// Make a variant that contains the value, which may be nil. Throws std::bad_alloc.
 Ref<REALobjectStruct> newVariant(const Value& value);
 
-/// Truncate a number toward zero to 64 bits; NaN and numbers out of range give INT64_MIN.
+/// Truncate a number toward zero to 64 bits. NaN and numbers outside the range return INT64_MIN.
 /// [any]
 std::int64_t truncatedToInt64(double number);
 
-/// A variable that a call may change.
+/// A variable that a called method may change.
 struct ByRef {
     Value* variable;
 };
 inline ByRef byref(Value& variable) { return {&variable}; }
 
-/// An argument of a call: a value, or a variable.
+/// An argument of a call: a value, or a variable that the called method may change.
 struct Argument {
     template <class T, std::enable_if_t<std::is_constructible_v<Value, T&&>, int> = 0>
     Argument(T&& plain) : value(std::forward<T>(plain))
@@ -126,7 +124,7 @@ struct Argument {
     Argument(ByRef reference) : value(*reference.variable), variable(reference.variable) {}
 
     Value value;
-    Value* variable = nullptr; ///< variable that receives the changed value; null for a value
+    Value* variable = nullptr; ///< variable that receives the changed value; null if the argument is a value
 };
 
 } // namespace host

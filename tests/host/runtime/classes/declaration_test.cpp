@@ -20,7 +20,7 @@ std::string shapeOf(const Declaration& declaration)
         shape += typeName(parameter.type);
         if (parameter.defaultValue) shape += "=" + print(*parameter.defaultValue);
     }
-    return shape + ")" + (declaration.result.exists() ? " " + typeName(declaration.result) : "");
+    return shape + ")" + (declaration.result.isVoid() ? "" : " " + typeName(declaration.result));
 }
 
 struct Fact {
@@ -279,8 +279,8 @@ TEST(Type, HasNameAndSize)
         EXPECT_EQ(sizeInMemory(type), fact.bytes);
         EXPECT_EQ(type.isReference(), fact.isReference);
     }
-    EXPECT_FALSE(typeNamed("").exists());
-    EXPECT_FALSE(typeNamed(" ").exists());
+    EXPECT_TRUE(typeNamed("").isVoid());
+    EXPECT_TRUE(typeNamed(" ").isVoid());
 }
 
 } // namespace

@@ -133,10 +133,10 @@ TEST(ServiceTable, VersionServiceReturnsTheVersionOfTheOptions)
         Host host(version(v));
         EXPECT_EQ(service<double()>("REALGetRBVersion")(), v);
         EXPECT_EQ(host.visibleVersion(), v);
-        EXPECT_EQ(host.areRecordsReadable(), v < 2016.0);
+        EXPECT_EQ(host.allowsDirectAccess(), v < 2016.0);
         host.withhold("REALGetRBVersion");
         EXPECT_EQ(host.visibleVersion(), 0.0);
-        EXPECT_TRUE(host.areRecordsReadable());
+        EXPECT_TRUE(host.allowsDirectAccess());
     }
 }
 
