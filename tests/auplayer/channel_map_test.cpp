@@ -32,7 +32,7 @@ protected:
     {
         begin();
         setMap(bytes);
-        blocks_ = watched::liveBlocks();
+        blocks_ = c_library_spy::liveBlocks();
     }
 
     static void setMap(const std::string& bytes)
@@ -51,7 +51,7 @@ protected:
     {
         EXPECT_EQ(host().live().size(), 3u) << "the folder item, and the texts of two formats";
         EXPECT_EQ(host().faults(), Notes());
-        EXPECT_EQ(watched::liveBlocks(), blocks_) << "the buffer is freed";
+        EXPECT_EQ(c_library_spy::liveBlocks(), blocks_) << "the buffer is freed";
     }
 
 private:
@@ -203,13 +203,13 @@ TEST_F(ChannelMap, RaisesWithoutMemory)
         for (const bool isSet : {false, true}) {
             beginMap("");
             spy::answer("AudioUnitGetPropertyInfo").size = size;
-            watched::begin();
-            watched::refuseCalloc(1);
+            c_library_spy::begin();
+            c_library_spy::refuseCalloc(1);
             if (isSet)
                 setChannelMap(nullptr);
             else
                 EXPECT_EQ(map(), nullptr);
-            EXPECT_EQ(watched::end().front(), "calloc " + std::to_string(size));
+            EXPECT_EQ(c_library_spy::end().front(), "calloc " + std::to_string(size));
             EXPECT_EQ(spy::calls(), Notes{askSize});
             EXPECT_EQ(raised(), outOfMemory);
             EXPECT_EQ(data().lasterror, -1);

@@ -73,13 +73,13 @@ protected:
     {
         EXPECT_EQ(host().live(), Notes{"f1: 1"});
         EXPECT_EQ(host().faults(), Notes());
-        EXPECT_EQ(watched::liveBlocks(), blocks_) << "the list is freed";
+        EXPECT_EQ(c_library_spy::liveBlocks(), blocks_) << "the list is freed";
     }
 
     void SetUp() override
     {
         beginList();
-        blocks_ = watched::liveBlocks();
+        blocks_ = c_library_spy::liveBlocks();
     }
 
 private:
@@ -254,10 +254,10 @@ TEST_F(DeviceList, RaisesWithoutMemory)
     for (const UInt32 size : {8u, 0x7FFFFFFFu}) {
         beginList();
         spy::answer("AudioObjectGetPropertyDataSize").size = size;
-        watched::begin();
-        watched::refuseCalloc(1);
+        c_library_spy::begin();
+        c_library_spy::refuseCalloc(1);
         EXPECT_EQ(list(), nullptr);
-        EXPECT_EQ(watched::end().front(), "calloc " + std::to_string(size));
+        EXPECT_EQ(c_library_spy::end().front(), "calloc " + std::to_string(size));
         EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for device IDs."});
         EXPECT_EQ(spy::calls(), Notes{askSize});
         EXPECT_EQ(data().lasterror, -1);

@@ -67,9 +67,9 @@ TEST_F(Lifetime, TheDestructorReleasesInThisOrder)
         atTagRelease = state();
         host().inNext("REALUnlockObject", [&] { atFileRelease = state(); });
     });
-    watched::begin();
+    c_library_spy::begin();
     destruct();
-    EXPECT_EQ(watched::end(), (Notes{"free", "free"})) << "the samples, then their record";
+    EXPECT_EQ(c_library_spy::end(), (Notes{"free", "free"})) << "the samples, then their record";
 
     EXPECT_EQ(atGraphRelease, (Notes{"audio", "samples", "client format", "output format", "tag", "file"}));
     EXPECT_EQ(atTagRelease, Notes{"file"}) << "each pointer is cleared before its release";
@@ -95,8 +95,8 @@ TEST_F(Lifetime, TheDestructorWorksWithoutALoad)
 TEST_F(Lifetime, TheDestructorWorksAfterAConstructorWithoutMemory)
 {
     destruct();
-    watched::refuseCalloc(1);
-    watched::refuseNothrowNew(1);
+    c_library_spy::refuseCalloc(1);
+    c_library_spy::refuseNothrowNew(1);
     construct();
     EXPECT_EQ(data().loadedAudio, nullptr);
     EXPECT_EQ(data().outputFormat, nullptr);

@@ -444,9 +444,9 @@ TEST_F(FailingLoad, IsOutOfMemoryAfterAConstructorWithoutMemory)
             startOver();
             destruct();
             if (allocation == 0)
-                watched::refuseCalloc(1);
+                c_library_spy::refuseCalloc(1);
             else
-                watched::refuseNothrowNew(allocation);
+                c_library_spy::refuseNothrowNew(allocation);
             construct();
             EXPECT_EQ(data().loadedAudio == nullptr, allocation == 0);
             EXPECT_EQ(data().outputFormat == nullptr, allocation == 1);

@@ -342,10 +342,10 @@ TEST_F(Loading, AllocatesExactlyTheSamples)
         SCOPED_TRACE(fact.why);
         startOver();
         graph_spy::platform().file.length = fact.length;
-        watched::refuseCalloc(1);
-        watched::begin();
+        c_library_spy::refuseCalloc(1);
+        c_library_spy::begin();
         EXPECT_FALSE(load(1));
-        const Notes events = watched::end();
+        const Notes events = c_library_spy::end();
         EXPECT_EQ(std::count(events.begin(), events.end(), fact.allocation), 1);
         EXPECT_EQ(raised(), Notes{"OutOfMemoryException: Failed to allocate buffer for audio data."});
         EXPECT_EQ(

@@ -39,7 +39,7 @@ void PlayerTest::startOver(double hostVersion)
     rbversion_rbversion = hostVersion;
     forgetServices();
     graph_spy::reset();
-    blocksBefore_ = watched::liveBlocks();
+    blocksBefore_ = c_library_spy::liveBlocks();
     item_ = host().newFolderItem();
     memory_.reset(new char[objectBytes]);
     construct();
@@ -107,7 +107,7 @@ void PlayerTest::expectNothingLeft()
     EXPECT_EQ(host().faults(), Notes());
     EXPECT_EQ(spy::live(), Notes()) << "platform objects are left";
     EXPECT_EQ(spy::faults(), Notes());
-    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "memory is left";
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocksBefore_) << "memory is left";
 }
 
 } // namespace auplayer_test

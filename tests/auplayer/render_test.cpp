@@ -234,33 +234,33 @@ TEST(Render, AllocatesNothingAndTakesNoLock)
 {
     RenderedFile file(noise(5000, 2), 2);
     Slice slice({{2, 2048 * 8}, {2, 100}});
-    const int before = watched::alarms();
+    const int before = c_library_spy::alarms();
     std::vector<std::string> notes;
     for (const bool isLooping : {false, true})
         for (const std::uint32_t position : {0u, 3000u, 5000u, 0xFFFFFFFFu}) {
             if (isLooping) file.loop(1000, 4000);
             file->position = position;
-            watched::begin();
+            c_library_spy::begin();
             {
-                const watched::NoAllocation renderThread;
+                const c_library_spy::NoAllocation renderThread;
                 for (int i = 0; i < 8; ++i) file.render(slice, 2048);
             }
-            for (std::string& note : watched::end()) notes.push_back(std::move(note));
+            for (std::string& note : c_library_spy::end()) notes.push_back(std::move(note));
         }
-    EXPECT_EQ(watched::alarms(), before);
+    EXPECT_EQ(c_library_spy::alarms(), before);
     EXPECT_EQ(notes, std::vector<std::string>());
 }
 
 TEST(Render, AnAllocationIsDetected)
 {
-    watched::begin();
-    const int before = watched::alarms();
+    c_library_spy::begin();
+    const int before = c_library_spy::alarms();
     {
-        const watched::NoAllocation renderThread;
+        const c_library_spy::NoAllocation renderThread;
         EXPECT_EQ(std::calloc(1, 8), nullptr);
     }
-    EXPECT_EQ(watched::end(), std::vector<std::string>{"calloc 8"});
-    EXPECT_EQ(watched::alarms(), before + 1);
+    EXPECT_EQ(c_library_spy::end(), std::vector<std::string>{"calloc 8"});
+    EXPECT_EQ(c_library_spy::alarms(), before + 1);
 }
 
 } // namespace

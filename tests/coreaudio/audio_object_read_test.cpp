@@ -48,9 +48,9 @@ TEST_F(AudioObjectMembers, ANewBlockHasACopyOfTheValue)
         get().value = value;
         lasterror() = 4711;
 
-        watched::begin();
+        c_library_spy::begin();
         const Block result = read(q, nullptr);
-        const Calls memory = watched::end();
+        const Calls memory = c_library_spy::end();
 
         Calls expected = {sizeCall("0x4, q")}, expectedMemory;
         if (row.readsValue) {
@@ -93,10 +93,10 @@ TEST_F(AudioObjectMembers, OutOfMemoryForTheValueIsRaised)
         const Block q = block("qual", "q");
         size().size = row.announced;
         lasterror() = 4711;
-        if (row.isAllocated) watched::refuseCalloc(1);
-        watched::begin();
+        if (row.isAllocated) c_library_spy::refuseCalloc(1);
+        c_library_spy::begin();
         EXPECT_EQ(read(q, nullptr), nullptr);
-        EXPECT_EQ(watched::end(),
+        EXPECT_EQ(c_library_spy::end(),
                   row.isAllocated ? Calls{"calloc " + std::to_string(row.announced)} : Calls{});
         EXPECT_EQ(spy::calls(), Calls{sizeCall("0x4, q")});
         EXPECT_EQ(lasterror(), -1);
@@ -199,9 +199,9 @@ TEST_F(AudioObjectMembers, TheCallersBlockIsReturned)
         get().size = row.written;
         get().value = "abc";
         lasterror() = 4711;
-        watched::begin();
+        c_library_spy::begin();
         const Block result = read(q, input);
-        EXPECT_EQ(watched::end(), Calls()) << "the block is the buffer";
+        EXPECT_EQ(c_library_spy::end(), Calls()) << "the block is the buffer";
         EXPECT_EQ(spy::calls(), Calls{getCall(5, "input", "0x4, q")});
         EXPECT_EQ(lasterror(), row.status);
         EXPECT_EQ(result, row.isReturned ? input : nullptr);

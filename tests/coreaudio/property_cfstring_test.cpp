@@ -73,9 +73,9 @@ TEST_F(PropertyCFStrings, AreNilWithoutAnErrorForAnotherSize)
         SCOPED_TRACE(size);
         forAll([&](const Target& target) {
             announce(target, size);
-            watched::begin();
+            c_library_spy::begin();
             EXPECT_EQ(target.getCFString(object()), nullptr);
-            EXPECT_EQ(watched::end(), Calls());
+            EXPECT_EQ(c_library_spy::end(), Calls());
             EXPECT_EQ(lasterror(), 0);
             EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
         });
@@ -147,7 +147,7 @@ TEST_F(PropertyCFStrings, AreReleasedAfterAnyFailure)
         forAll([&](const Target& target) {
             PlatformString text(row.utf8, row.units);
             answerWith(target, text);
-            if (row.callocFails) watched::refuseCalloc(1);
+            if (row.callocFails) c_library_spy::refuseCalloc(1);
             if (*row.platformThrows) throwInPlatform(row.platformThrows);
             if (*row.builderFails) host().failNext(row.builderFails);
             if (*row.builderThrows) throwInHost(row.builderThrows);
@@ -183,9 +183,9 @@ TEST_F(PropertyCFStrings, AreConvertedOnTheHeapIfLong)
     forAll([&](const Target& target) {
         PlatformString text(std::string(100, 'x'));
         answerWith(target, text);
-        watched::begin();
+        c_library_spy::begin();
         const Text result = target.getCFString(object());
-        EXPECT_EQ(watched::end(), (Calls{"calloc 600", "free"}));
+        EXPECT_EQ(c_library_spy::end(), (Calls{"calloc 600", "free"}));
         ASSERT_NE(result, nullptr);
         EXPECT_EQ(host().bytesOf(result), std::string(100, 'x'));
         host().drop(result);

@@ -121,10 +121,10 @@ TEST_F(PropertyGetters, ReadTheSizeThenTheValue)
             spy::answer(target.getFunction()).size = row.written;
             spy::answer(target.getFunction()).value = value;
 
-            if (row.callocFails) watched::refuseCalloc(1);
-            watched::begin();
+            if (row.callocFails) c_library_spy::refuseCalloc(1);
+            c_library_spy::begin();
             const Result result = getter.run(host(), target, object());
-            const Calls memory = watched::end();
+            const Calls memory = c_library_spy::end();
 
             Calls expectedCalls = {target.infoCall("nowhere")};
             if (row.readsValue)
@@ -254,9 +254,9 @@ TEST_F(PropertyGetters, PassNoExceptionToTheHost)
             if (step.inInfo) throwInPlatform(target.infoFunction());
             if (step.inGet) throwInPlatform(target.getFunction());
             if (!step.inInfo && !step.inGet) throwInHost(getter.builder);
-            watched::begin();
+            c_library_spy::begin();
             EXPECT_NO_THROW(EXPECT_TRUE(getter.run(host(), target, object()).isNil));
-            const Calls memory = watched::end();
+            const Calls memory = c_library_spy::end();
             EXPECT_EQ(spy::calls().size(), step.platformCalls);
             EXPECT_EQ(lasterror(), step.lasterror);
             EXPECT_EQ(memory, step.inInfo ? Calls{} : (Calls{"calloc 5", "free"}));

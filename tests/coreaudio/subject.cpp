@@ -14,7 +14,7 @@ static constexpr Word dataOffset = 48;
 Subject::Subject() : memory_(new char[dataOffset + sizeof(coreaudio::CoreAudioData)])
 {
     property_spy::reset();
-    blocksBefore_ = watched::liveBlocks();
+    blocksBefore_ = c_library_spy::liveBlocks();
     coreAudioClass.dataOffset = dataOffset;
     std::memset(memory_.get(), 0x5A, dataOffset + sizeof(coreaudio::CoreAudioData));
     gResolver = fake::Host::resolve;
@@ -26,7 +26,7 @@ Subject::~Subject()
     coreAudioClass.dataOffset = 0;
     for (std::size_t i = 0; i < dataOffset; ++i)
         if (memory_[i] != 0x5A) ADD_FAILURE() << "the object was changed outside its class data, at " << i;
-    EXPECT_EQ(watched::liveBlocks(), blocksBefore_) << "some buffers were not freed";
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocksBefore_) << "some buffers were not freed";
 }
 
 void Subject::startHost(double version)

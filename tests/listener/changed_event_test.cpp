@@ -76,9 +76,9 @@ TEST_F(ChangedEvent, IsRaisedSynchronouslyOnTheMainThread)
 TEST_F(ChangedEvent, IsDroppedWithoutTheCopyOfItsRecord)
 {
     constexpr int copies = 3; // copies of the properties, of the methods and of the event
-    watched::refuseCalloc(copies);
+    c_library_spy::refuseCalloc(copies);
     registerFor(9);
-    watched::refuseCalloc(0);
+    c_library_spy::refuseCalloc(0);
     ASSERT_EQ(coreAudioListenerClass.events, nullptr);
     const Memory memory;
     const auto registration = listen(memory.object());
@@ -356,9 +356,9 @@ TEST_F(ChangedEvent, MayConstructListeners)
 
 TEST_F(ChangedEvent, IsDroppedForAListenerWithoutMemory)
 {
-    const long blocks = watched::liveBlocks();
+    const long blocks = c_library_spy::liveBlocks();
     const Memory memory;
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     const auto registration = listen(memory.object());
     EXPECT_EQ(memory.lastError(), 0) << "the platform accepted the registration";
     EXPECT_EQ(notify(registration), 0);
@@ -366,12 +366,12 @@ TEST_F(ChangedEvent, IsDroppedForAListenerWithoutMemory)
     EXPECT_EQ(dispatch_spy::run(), 1u);
     EXPECT_EQ(events, Events());
     destruct(memory.object());
-    EXPECT_EQ(watched::liveBlocks(), blocks);
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocks);
 
     notify(listen(memory.object()));
     EXPECT_EQ(events, Events{memory.object()}) << "the next listener receives events";
     destruct(memory.object());
-    EXPECT_EQ(watched::liveBlocks(), blocks);
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocks);
 }
 
 TEST_F(ChangedEvent, IsDroppedForALaterListenerWithoutMemory)
@@ -380,7 +380,7 @@ TEST_F(ChangedEvent, IsDroppedForALaterListenerWithoutMemory)
     const auto first = listen(memory.object());
     notifyFromThread(first);
     destruct(memory.object());
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     const auto second = listen(memory.object());
     notifyFromThread(second);
     EXPECT_EQ(dispatch_spy::run(), 2u);

@@ -124,10 +124,10 @@ TEST_F(PlayerIngestion, IntegerBlocksAreCheckedInThisOrder)
         object->sampleRate = row.sampleRate;
         object->numberOfChannels = row.channels;
         const OwnedBlock block = blockOf(row.block);
-        watched::begin();
+        c_library_spy::begin();
         const bool added =
             AddSomeAudio(object.data(), handle(block), row.offset, row.count, row.bitSize, false);
-        const bool isAllocated = !watched::end().empty();
+        const bool isAllocated = !c_library_spy::end().empty();
         EXPECT_EQ(added, row.isAdded);
         EXPECT_EQ(isAllocated, row.isAdded) << "a refused call allocates nothing";
         EXPECT_EQ(object->queueCount, row.isAdded ? 1 : 0);
@@ -289,8 +289,8 @@ TEST_F(PlayerIngestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
                      << row.bitSize << " bits, " << row.channels << " channels, " << row.count);
         const PlayerObject object;
         const OwnedBlock block = blockOf(good);
-        watched::refuseCalloc(1);
-        watched::begin();
+        c_library_spy::refuseCalloc(1);
+        c_library_spy::begin();
         bool added;
         if (row.bitSize)
             added = row.channels == 1
@@ -301,8 +301,8 @@ TEST_F(PlayerIngestion, RefusesABufferOfMoreThan2147483647BytesBeforeConverting)
             added = row.channels == 1 ? AddSomeFloatAudio(object.data(), handle(block), 0, row.count, false)
                                       : AddSomeFloatAudioStereo(object.data(), handle(block), handle(block),
                                                                 0, row.count, false);
-        const std::vector<std::string> events = watched::end();
-        watched::refuseCalloc(0);
+        const std::vector<std::string> events = c_library_spy::end();
+        c_library_spy::refuseCalloc(0);
         EXPECT_EQ(events, row.request ? std::vector<std::string>{row.request} : std::vector<std::string>());
         EXPECT_FALSE(added);
         EXPECT_EQ(object->queueCount, 0);
@@ -318,7 +318,7 @@ TEST_F(PlayerIngestion, ARefusedBufferClearsNothing)
     EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 12, true));
     EXPECT_FALSE(AddSomeAudio(object.data(), nullptr, 0, 8, 16, true));
     EXPECT_FALSE(AddSomeFloatAudio(object.data(), handle(block), 0, 3, true));
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     EXPECT_FALSE(AddSomeAudio(object.data(), handle(block), 0, 8, 16, true));
     EXPECT_EQ(object.slot(0), (std::vector<float>{1, 2})) << "the waiting buffer stays";
     EXPECT_TRUE(AddSomeAudio(object.data(), handle(block), 0, 2, 16, true));

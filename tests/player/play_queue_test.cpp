@@ -59,7 +59,7 @@ protected:
 TEST_F(PlayerQueue, Accepts200BuffersAndRefusesTheNext)
 {
     const PlayerObject object;
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     for (int i = 0; i < 200; ++i) {
         EXPECT_EQ(freeSpace(object), 200 - i);
         EXPECT_TRUE(hasFreeSpace(object));
@@ -69,10 +69,10 @@ TEST_F(PlayerQueue, Accepts200BuffersAndRefusesTheNext)
     }
     EXPECT_EQ(freeSpace(object), 0);
     EXPECT_FALSE(hasFreeSpace(object));
-    EXPECT_EQ(watched::liveBlocks(), before + 200);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before + 200);
 
     EXPECT_FALSE(object.add({201.0f}));
-    EXPECT_EQ(watched::liveBlocks(), before + 200) << "the refused buffer is freed";
+    EXPECT_EQ(c_library_spy::liveBlocks(), before + 200) << "the refused buffer is freed";
     EXPECT_EQ(object->queueCount, 200);
     for (int i = 0; i < 200; ++i) EXPECT_EQ(object.slot(i), std::vector<float>{static_cast<float>(i)}) << i;
     expectInvariant(object);
@@ -142,12 +142,12 @@ TEST_F(PlayerQueue, ClearBuffersOnAFullQueueLeaves199Free)
     fill(object, 200);
     object->current = test::itemOf({-1, -2});
     const float* playing = object->current.data;
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
 
     EXPECT_TRUE(object.add({7, 8}, true));
     EXPECT_EQ(freeSpace(object), 199);
     EXPECT_EQ(object.slot(0), (std::vector<float>{7, 8}));
-    EXPECT_EQ(watched::liveBlocks(), before - 200 + 1);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before - 200 + 1);
     EXPECT_EQ(object->current.data, playing) << "the current buffer is not cut";
     EXPECT_EQ(object.current(), (std::vector<float>{-1, -2}));
     expectInvariant(object);
@@ -171,9 +171,9 @@ TEST_F(PlayerQueue, NullBufferIsRefusedWithoutTheLock)
     fill(object, 2);
     for (const bool clearBuffers : {false, true}) {
         PlayItem item = {17, nullptr};
-        watched::begin();
+        c_library_spy::begin();
         const bool added = AddToPlayList(object.data(), item, clearBuffers);
-        EXPECT_EQ(watched::end(), Events());
+        EXPECT_EQ(c_library_spy::end(), Events());
         EXPECT_FALSE(added);
         EXPECT_EQ(item.count, 17) << "the count stays unchanged";
         EXPECT_EQ(object->queueCount, 2);
@@ -185,9 +185,9 @@ TEST_F(PlayerQueue, HoldsTheLockForSlotMovesAndFreesOnly)
 {
     const PlayerObject object;
     const auto eventsOf = [](auto&& operation) {
-        watched::begin();
+        c_library_spy::begin();
         operation();
-        return watched::end();
+        return c_library_spy::end();
     };
     EXPECT_EQ(eventsOf([&] { object.add({1, 2}); }), (Events{"calloc 8", "lock", "unlock"}));
     EXPECT_EQ(eventsOf([&] { object.add({3}, false); }), (Events{"calloc 4", "lock", "unlock"}));
@@ -208,13 +208,13 @@ TEST_F(PlayerQueue, HoldsTheLockForSlotMovesAndFreesOnly)
 
 TEST_F(PlayerQueue, ClearingAllFreesEveryBufferAndTheCurrentOne)
 {
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     const PlayerObject object;
     fill(object, 200);
     object->current = test::itemOf({1});
-    EXPECT_EQ(watched::liveBlocks(), before + 201);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before + 201);
     player::FreeAllPlayItems(object.data());
-    EXPECT_EQ(watched::liveBlocks(), before);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before);
     EXPECT_EQ(freeSpace(object), 200);
     expectEmptied(object->current);
     expectInvariant(object);
@@ -224,12 +224,12 @@ TEST_F(PlayerQueue, ClearingAllFreesEveryBufferAndTheCurrentOne)
 
 TEST_F(PlayerQueue, ClearingAllFreesAll200SlotsEvenIfTheCountIsWrong)
 {
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     const PlayerObject object;
     fill(object, 200);
     object->queueCount = 3;
     player::FreeAllPlayItems(object.data());
-    EXPECT_EQ(watched::liveBlocks(), before);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before);
     EXPECT_EQ(object->queueCount, 0);
     expectInvariant(object);
 }
@@ -239,13 +239,13 @@ TEST_F(PlayerQueue, AnAddThatFindsNoEmptySlotFreesItsBuffer)
     const PlayerObject object;
     fill(object, 200);
     object->queueCount = 199; // wrong count: in fact no slot is empty
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     PlayItem item = test::itemOf({1});
-    watched::begin();
+    c_library_spy::begin();
     const bool added = AddToPlayList(object.data(), item, false);
-    EXPECT_EQ(watched::end(), (Events{"lock", "unlock", "free"}));
+    EXPECT_EQ(c_library_spy::end(), (Events{"lock", "unlock", "free"}));
     EXPECT_FALSE(added);
-    EXPECT_EQ(watched::liveBlocks(), before);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before);
     expectEmptied(item);
     EXPECT_EQ(object->queueCount, 199);
 }
@@ -288,12 +288,12 @@ TEST_F(PlayerQueue, IsSeparateForEachPlayerUnderOneLock)
     EXPECT_EQ(freeSpace(a), 200);
     EXPECT_EQ(b.slot(0), std::vector<float>{1});
 
-    watched::begin();
+    c_library_spy::begin();
     freeSpace(a);
-    const void* lockOfA = watched::lastLock();
+    const void* lockOfA = c_library_spy::lastLock();
     freeSpace(b);
-    const void* lockOfB = watched::lastLock();
-    watched::end();
+    const void* lockOfB = c_library_spy::lastLock();
+    c_library_spy::end();
     EXPECT_NE(lockOfA, nullptr);
     EXPECT_EQ(lockOfA, lockOfB);
 }
@@ -306,16 +306,16 @@ TEST_F(PlayerQueue, AnAddWithoutTheLockFreesItsBuffer)
     fill(object, 2);
     for (const bool clearBuffers : {false, true}) {
         SCOPED_TRACE(clearBuffers);
-        const long before = watched::liveBlocks();
+        const long before = c_library_spy::liveBlocks();
         PlayItem item = test::itemOf({1});
-        watched::refuseLock(1);
-        watched::begin();
+        c_library_spy::refuseLock(1);
+        c_library_spy::begin();
         const bool added = AddToPlayList(object.data(), item, clearBuffers);
-        EXPECT_EQ(watched::end(), (Events{"lock refused", "free"}))
+        EXPECT_EQ(c_library_spy::end(), (Events{"lock refused", "free"}))
             << "a lock that is not held is not unlocked";
         EXPECT_FALSE(added);
         expectEmptied(item);
-        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(c_library_spy::liveBlocks(), before);
         EXPECT_EQ(object->queueCount, 2);
     }
 }
@@ -323,23 +323,23 @@ TEST_F(PlayerQueue, AnAddWithoutTheLockFreesItsBuffer)
 TEST_F(PlayerQueue, AnAddingMethodWithoutTheLockReturnsFalse)
 {
     const PlayerObject object;
-    const long before = watched::liveBlocks();
-    watched::refuseLock(1);
-    watched::begin();
+    const long before = c_library_spy::liveBlocks();
+    c_library_spy::refuseLock(1);
+    c_library_spy::begin();
     const bool added = object.add({1});
-    EXPECT_EQ(watched::end(), (Events{"calloc 4", "lock refused", "free"}));
+    EXPECT_EQ(c_library_spy::end(), (Events{"calloc 4", "lock refused", "free"}));
     EXPECT_FALSE(added);
-    EXPECT_EQ(watched::liveBlocks(), before);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before);
 }
 
 TEST_F(PlayerQueue, FreeSpaceWithoutTheLockIsZero)
 {
     const PlayerObject object;
-    watched::refuseLock(2);
-    watched::begin();
+    c_library_spy::refuseLock(2);
+    c_library_spy::begin();
     const HostInteger space = freeSpace(object);
     const bool hasSpace = hasFreeSpace(object);
-    EXPECT_EQ(watched::end(), (Events{"lock refused", "lock refused"}));
+    EXPECT_EQ(c_library_spy::end(), (Events{"lock refused", "lock refused"}));
     EXPECT_EQ(space, 0);
     EXPECT_FALSE(hasSpace);
 }
@@ -349,10 +349,10 @@ TEST_F(PlayerQueue, TakingTheFrontWithoutTheLockTakesNothing)
     const PlayerObject object;
     fill(object, 2);
     object->outputPositionRelative = 3;
-    watched::refuseLock(1);
-    watched::begin();
+    c_library_spy::refuseLock(1);
+    c_library_spy::begin();
     const bool taken = player::TakeNextPlayItem(object.data());
-    EXPECT_EQ(watched::end(), Events{"lock refused"});
+    EXPECT_EQ(c_library_spy::end(), Events{"lock refused"});
     EXPECT_FALSE(taken);
     EXPECT_EQ(object->queueCount, 2);
     EXPECT_EQ(object->current.data, nullptr);
@@ -364,10 +364,10 @@ TEST_F(PlayerQueue, ClearingAllWithoutTheLockStillFreesTheCurrentBuffer)
     const PlayerObject object;
     fill(object, 2);
     object->current = test::itemOf({1});
-    watched::refuseLock(1);
-    watched::begin();
+    c_library_spy::refuseLock(1);
+    c_library_spy::begin();
     player::FreeAllPlayItems(object.data());
-    EXPECT_EQ(watched::end(), (Events{"lock refused", "free"}));
+    EXPECT_EQ(c_library_spy::end(), (Events{"lock refused", "free"}));
     EXPECT_EQ(object->queueCount, 2);
     EXPECT_EQ(object.slot(1), std::vector<float>{1});
     expectEmptied(object->current);

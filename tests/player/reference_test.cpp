@@ -145,7 +145,7 @@ private:
 
         OSStatus status;
         {
-            const watched::NoAllocation renderThread;
+            const c_library_spy::NoAllocation renderThread;
             status = test::runCycle(object_, real);
         }
         reference_.render(plain);
@@ -225,8 +225,8 @@ protected:
     static void run(std::uint32_t firstSeed, std::uint32_t scenarios, bool hasExtremes)
     {
         std::uint64_t framesRendered = 0;
-        const long blocksBefore = watched::liveBlocks();
-        const int alarmsBefore = watched::alarms();
+        const long blocksBefore = c_library_spy::liveBlocks();
+        const int alarmsBefore = c_library_spy::alarms();
         for (std::uint32_t seed = firstSeed; seed < firstSeed + scenarios && !HasFailure(); ++seed) {
             SCOPED_TRACE(::testing::Message() << "seed " << seed);
             Scenario scenario(seed, hasExtremes);
@@ -234,8 +234,8 @@ protected:
             framesRendered += scenario.framesRendered_;
         }
         EXPECT_GT(framesRendered, scenarios * 100u) << "the scenarios render audio";
-        EXPECT_EQ(watched::alarms(), alarmsBefore) << "the render thread allocated memory";
-        EXPECT_EQ(watched::liveBlocks(), blocksBefore);
+        EXPECT_EQ(c_library_spy::alarms(), alarmsBefore) << "the render thread allocated memory";
+        EXPECT_EQ(c_library_spy::liveBlocks(), blocksBefore);
     }
 };
 

@@ -30,13 +30,13 @@ class PlayerRenderThread : public test::FreshPlatform {};
 /// Run one I/O cycle during which every allocation is refused and counted.
 void guardedCycle(const PlayerObject& object, test::Slice& slice)
 {
-    const watched::NoAllocation renderThread;
+    const c_library_spy::NoAllocation renderThread;
     test::runCycle(object, slice);
 }
 
 TEST_F(PlayerRenderThread, AllocatesNothing)
 {
-    const int before = watched::alarms();
+    const int before = c_library_spy::alarms();
     for (const std::int32_t channels : {1, 2})
         for (const float rate : {44100.0f, 22050.0f, 48000.0f, 192000.0f, 1.0f})
             for (const HostBoolean noUnderflow : {0, 1})
@@ -56,7 +56,7 @@ TEST_F(PlayerRenderThread, AllocatesNothing)
                     EXPECT_TRUE(rate == 1.0f || !object->isRunning)
                         << "the player has stopped: every branch ran";
                 }
-    EXPECT_EQ(watched::alarms(), before);
+    EXPECT_EQ(c_library_spy::alarms(), before);
 }
 
 /// An I/O procedure that allocates memory, because it calls a player function that belongs on the main
@@ -73,13 +73,13 @@ OSStatus allocatingProcedure(AudioDeviceID, const AudioTimeStamp*, const AudioBu
 TEST_F(PlayerRenderThread, EveryKindOfAllocationIsDetected)
 {
     const auto isDetected = [](auto&& allocate) {
-        const int before = watched::alarms();
+        const int before = c_library_spy::alarms();
         bool wasRefused;
         {
-            const watched::NoAllocation renderThread;
+            const c_library_spy::NoAllocation renderThread;
             wasRefused = allocate();
         }
-        return watched::alarms() == before + 1 && wasRefused;
+        return c_library_spy::alarms() == before + 1 && wasRefused;
     };
     void* volatile memory = nullptr; // volatile, because the compiler could remove an unused allocation
     const auto refused = [&] {
@@ -116,14 +116,14 @@ TEST_F(PlayerRenderThread, AllocationsInThePlayersCodeAreDetected)
     const test::Block block(std::vector<unsigned char>(8, 0));
     ASSERT_TRUE(object.add({1})); // the first call looks up the host's functions, which may allocate
     host().recordsCalls = false;
-    const int before = watched::alarms();
+    const int before = c_library_spy::alarms();
     {
-        const watched::NoAllocation renderThread;
+        const c_library_spy::NoAllocation renderThread;
         EXPECT_FALSE(player::AddSomeFloatAudio(object.data(), block, 0, 8, false)) << "memory was refused";
     }
-    EXPECT_EQ(watched::alarms(), before + 1);
+    EXPECT_EQ(c_library_spy::alarms(), before + 1);
     EXPECT_TRUE(player::AddSomeFloatAudio(object.data(), block, 0, 8, false));
-    EXPECT_EQ(watched::alarms(), before + 1) << "allocation on the main thread is allowed";
+    EXPECT_EQ(c_library_spy::alarms(), before + 1) << "allocation on the main thread is allowed";
 }
 
 TEST_F(PlayerRenderThread, AllocationsInAnIOProcedureAreDetected)
@@ -131,9 +131,9 @@ TEST_F(PlayerRenderThread, AllocationsInAnIOProcedureAreDetected)
     const PlayerObject object;
     object->ioProc = allocatingProcedure;
     test::Slice slice({test::layout(1, 4)});
-    const int before = watched::alarms();
+    const int before = c_library_spy::alarms();
     EXPECT_THROW(guardedCycle(object, slice), std::bad_alloc);
-    EXPECT_GT(watched::alarms(), before);
+    EXPECT_GT(c_library_spy::alarms(), before);
 }
 
 TEST_F(PlayerRenderThread, FreesAndLocksOnceForEachBuffer)
@@ -143,10 +143,10 @@ TEST_F(PlayerRenderThread, FreesAndLocksOnceForEachBuffer)
     ASSERT_TRUE(object.add({2}));
     ASSERT_TRUE(object.start());
     test::Slice slice({test::layout(1, 2)});
-    watched::begin();
+    c_library_spy::begin();
     test::runCycle(object, slice);
-    EXPECT_EQ(watched::end(), (std::vector<std::string>{"lock", "unlock", "free", "lock", "unlock", "free",
-                                                        "lock", "unlock"}))
+    EXPECT_EQ(c_library_spy::end(), (std::vector<std::string>{"lock", "unlock", "free", "lock", "unlock",
+                                                              "free", "lock", "unlock"}))
         << "once for each buffer, and once for the empty queue";
 }
 
@@ -243,7 +243,7 @@ std::atomic<bool> RunningDevice::isRemoved_{false};
 // report an access of the device's thread after the free, or an access that is not ordered before the free.
 TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
 {
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     spy::answer("AudioDeviceRemoveIOProc").during = RunningDevice::remove;
     spy::answer("Delay").during = [] { std::this_thread::yield(); };
     for (int i = 0; i < 300; ++i) {
@@ -268,7 +268,7 @@ TEST_F(PlayerRenderThread, TheHostMayFreeThePlayerAsSoonAsItHasStopped)
         } // the object is freed here, while the device's thread may still run its last cycle
         device.reset();
     }
-    EXPECT_EQ(watched::liveBlocks(), before);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before);
 }
 
 } // namespace

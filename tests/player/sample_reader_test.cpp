@@ -74,9 +74,9 @@ TEST_F(PlayerSampleReader, ReturnsZeroWithoutACurrentBuffer)
     ASSERT_TRUE(object.add({20}));
     object->baseSampleIndex = 7;
     for (const std::int64_t index : {std::int64_t{0}, std::int64_t{7}, INT64_MAX, INT64_MIN}) {
-        watched::begin();
+        c_library_spy::begin();
         const float sample = player::GetSample(object.data(), index);
-        EXPECT_EQ(watched::end(), Events());
+        EXPECT_EQ(c_library_spy::end(), Events());
         EXPECT_EQ(sample, 0.0f);
     }
     EXPECT_EQ(object->queueCount, 1);
@@ -88,13 +88,13 @@ TEST_F(PlayerSampleReader, AfterTheLastBufferTheBaseIsItsEnd)
     const PlayerObject object;
     object->current = test::itemOf({10, 11, 12});
     object->outputPositionRelative = 2.5;
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     EXPECT_EQ(player::GetSample(object.data(), 3), 0.0f);
     EXPECT_EQ(object->current.data, nullptr);
     EXPECT_EQ(object->current.count, 0);
     EXPECT_EQ(object->baseSampleIndex, 3);
     EXPECT_EQ(object->outputPositionRelative, 2.5) << "no buffer became current";
-    EXPECT_EQ(watched::liveBlocks(), before - 1);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before - 1);
 }
 
 TEST_F(PlayerSampleReader, FreesAndLocksOnlyAtTheEndOfABuffer)
@@ -103,9 +103,9 @@ TEST_F(PlayerSampleReader, FreesAndLocksOnlyAtTheEndOfABuffer)
     object->current = test::itemOf({10, 11});
     ASSERT_TRUE(object.add({20, 21}));
     const auto eventsOf = [&](std::int64_t index) {
-        watched::begin();
+        c_library_spy::begin();
         player::GetSample(object.data(), index);
-        return watched::end();
+        return c_library_spy::end();
     };
     EXPECT_EQ(eventsOf(0), Events());
     EXPECT_EQ(eventsOf(1), Events());
@@ -121,10 +121,10 @@ TEST_F(PlayerSampleReader, ReadsZeroWhenTheLockFails)
     const PlayerObject object;
     object->current = test::itemOf({10, 11});
     ASSERT_TRUE(object.add({20, 21}));
-    watched::refuseLock(1);
-    watched::begin();
+    c_library_spy::refuseLock(1);
+    c_library_spy::begin();
     const float sample = player::GetSample(object.data(), 2);
-    EXPECT_EQ(watched::end(), (Events{"free", "lock refused"}));
+    EXPECT_EQ(c_library_spy::end(), (Events{"free", "lock refused"}));
     EXPECT_EQ(sample, 0.0f);
     EXPECT_EQ(object->current.data, nullptr);
     EXPECT_EQ(object->baseSampleIndex, 2);

@@ -32,7 +32,7 @@ TEST_F(PlayerStop, StopOnAStoppedPlayerFreesAllBuffersAndKeepsThePosition)
     for (const auto& each : stops) {
         SCOPED_TRACE(each.name);
         device_spy::reset();
-        const long before = watched::liveBlocks();
+        const long before = c_library_spy::liveBlocks();
         const PlayerObject object;
         for (int i = 0; i < 200; ++i) ASSERT_TRUE(object.add({1, 2, 3}));
         object->current = test::itemOf({4});
@@ -42,7 +42,7 @@ TEST_F(PlayerStop, StopOnAStoppedPlayerFreesAllBuffersAndKeepsThePosition)
 
         each.stop(object);
         EXPECT_EQ(spy::calls(), Calls()) << "no wait, no platform call";
-        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(c_library_spy::liveBlocks(), before);
         EXPECT_EQ(test::members.call<HostInteger>("FreeSpace", object), 200);
         EXPECT_EQ(object->current.data, nullptr);
         EXPECT_EQ(object->stopRequested, 0);
@@ -59,7 +59,7 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
     for (const auto& each : stops) {
         SCOPED_TRACE(each.name);
         device_spy::reset();
-        const long before = watched::liveBlocks();
+        const long before = c_library_spy::liveBlocks();
         const PlayerObject object;
         spy::name(reinterpret_cast<const void*>(object->ioProc), "procedure");
         ASSERT_TRUE(object.add({1, 2, 3, 4, 5, 6}));
@@ -71,7 +71,8 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
         std::vector<int> requests;
         spy::answer("Delay").during = [&] {
             requests.push_back(object->stopRequested);
-            EXPECT_EQ(watched::liveBlocks(), before + 2) << "nothing is freed while the player may render";
+            EXPECT_EQ(c_library_spy::liveBlocks(), before + 2)
+                << "nothing is freed while the player may render";
             if (requests.size() == 3) test::render(object, 4);
         };
         each.stop(object);
@@ -80,7 +81,7 @@ TEST_F(PlayerStop, StopWaitsInTicksUntilTheProcedureIsRemoved)
                                        "AudioDeviceRemoveIOProc(2, procedure)"}));
         EXPECT_EQ(object->isRunning, 0);
         EXPECT_EQ(object->stopRequested, 0);
-        EXPECT_EQ(watched::liveBlocks(), before);
+        EXPECT_EQ(c_library_spy::liveBlocks(), before);
         EXPECT_EQ(object->outputPosition, 4.0);
         EXPECT_TRUE(device_spy::installed().empty());
     }
@@ -136,7 +137,7 @@ TEST_F(PlayerStop, AnUnderflowDuringTheWaitEndsIt)
 
 TEST_F(PlayerStop, RepeatedCloseAndDestructionAreHarmless)
 {
-    const long before = watched::liveBlocks();
+    const long before = c_library_spy::liveBlocks();
     {
         const PlayerObject object;
         ASSERT_TRUE(object.add({1, 2}));
@@ -150,7 +151,7 @@ TEST_F(PlayerStop, RepeatedCloseAndDestructionAreHarmless)
         EXPECT_EQ(spy::calls(), Calls());
         destroy(object);
     }
-    EXPECT_EQ(watched::liveBlocks(), before);
+    EXPECT_EQ(c_library_spy::liveBlocks(), before);
 }
 
 TEST_F(PlayerStop, AClosedPlayerRestartsWithItsSettings)
@@ -171,10 +172,10 @@ TEST_F(PlayerStop, StopWithoutTheLockFreesOnlyTheCurrentBuffer)
     const PlayerObject object;
     ASSERT_TRUE(object.add({1, 2}));
     object->current = test::itemOf({3});
-    watched::refuseLock(1);
-    watched::begin();
+    c_library_spy::refuseLock(1);
+    c_library_spy::begin();
     test::members.call<void>("Stop", object);
-    watched::end();
+    c_library_spy::end();
     EXPECT_EQ(object->queueCount, 1);
     EXPECT_EQ(object->current.data, nullptr);
 }

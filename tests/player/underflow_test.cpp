@@ -239,10 +239,10 @@ TEST_F(PlayerUnderflow, ALockThatFailsIsAnUnderflow)
         ASSERT_TRUE(object.add({1, 2, 3, 4, 5}));
         start(object);
         Slice slice({test::layout(1, 4)});
-        watched::refuseLock(1);
-        watched::begin();
+        c_library_spy::refuseLock(1);
+        c_library_spy::begin();
         test::runCycle(object, slice, 9);
-        watched::end();
+        c_library_spy::end();
         EXPECT_EQ(slice.floats(), silence);
         EXPECT_EQ(object->isRunning, noUnderflow);
         EXPECT_EQ(object->hadUnderflow, noUnderflow);
@@ -263,10 +263,10 @@ TEST_F(PlayerUnderflow, ALockThatFailsInsideASliceGivesSilence)
     start(object);
     test::render(object, 1);
     Slice slice({test::layout(1, 2)});
-    watched::refuseLock(1);
-    watched::begin();
+    c_library_spy::refuseLock(1);
+    c_library_spy::begin();
     test::runCycle(object, slice, 9);
-    watched::end();
+    c_library_spy::end();
     EXPECT_EQ(slice.floats(), (Floats{2, 0}));
     EXPECT_EQ(object->queueCount, 1);
     EXPECT_EQ(object->baseSampleIndex, 2);

@@ -17,11 +17,11 @@ namespace {
 
 class AllocationTest : public HostTest {
 protected:
-    AllocationTest() : blocksBefore(watched::liveBlocks()) {}
+    AllocationTest() : blocksBefore(c_library_spy::liveBlocks()) {}
     void TearDown() override
     {
-        watched::refuseCalloc(0);
-        EXPECT_EQ(watched::liveBlocks(), blocksBefore);
+        c_library_spy::refuseCalloc(0);
+        EXPECT_EQ(c_library_spy::liveBlocks(), blocksBefore);
         HostTest::TearDown();
     }
     const long blocksBefore;
@@ -31,9 +31,9 @@ protected:
 template <class Work>
 Notes memoryOf(Work work)
 {
-    watched::begin();
+    c_library_spy::begin();
     work();
-    return watched::end();
+    return c_library_spy::end();
 }
 
 Notes calloced(std::size_t bytes) { return {"calloc " + std::to_string(bytes)}; }
@@ -56,12 +56,12 @@ TEST_F(AllocationTest, ZeroedMemoryHasOneTo2147483647Bytes)
     };
     // clang-format on
     for (const auto& fact : facts) {
-        watched::refuseCalloc(1);
+        c_library_spy::refuseCalloc(1);
         const Notes calls = memoryOf([&] { EXPECT_EQ(allocateZeroed<char>(fact.count), nullptr); });
         EXPECT_EQ(calls, fact.allocates ? calloced(static_cast<std::size_t>(fact.count)) : Notes{})
             << fact.why;
     }
-    watched::refuseCalloc(0);
+    c_library_spy::refuseCalloc(0);
 }
 
 TEST_F(AllocationTest, ZeroedRecordsAreLimitedByTheirBytes)
@@ -78,11 +78,11 @@ TEST_F(AllocationTest, ZeroedRecordsAreLimitedByTheirBytes)
     };
     // clang-format on
     for (const auto& fact : facts) {
-        watched::refuseCalloc(1);
+        c_library_spy::refuseCalloc(1);
         const Notes calls = memoryOf([&] { EXPECT_EQ(allocateZeroed<Record>(fact.count), nullptr); });
         EXPECT_EQ(!calls.empty(), fact.allocates) << fact.count;
     }
-    watched::refuseCalloc(0);
+    c_library_spy::refuseCalloc(0);
 }
 
 TEST_F(AllocationTest, ZeroedMemoryIsZeroAndFreed)
@@ -143,9 +143,9 @@ TEST_F(AllocationTest, RegistrationContinuesWithoutMemoryForAnArray)
         const std::vector<Word> before = wordsOf(full.definition);
         CurrentREALControlVersion = 9;
         host.startOver();
-        watched::refuseCalloc(refused);
+        c_library_spy::refuseCalloc(refused);
         MyREALRegisterClass(&full.definition);
-        watched::refuseCalloc(0);
+        c_library_spy::refuseCalloc(0);
         EXPECT_EQ(host.calls(), Notes{"PluginRegisterClass(Full)"}) << "registered with the remaining arrays";
 
         const std::vector<Word> after = wordsOf(full.definition);
@@ -174,12 +174,12 @@ TEST_F(AllocationTest, OlderPropertiesAreLimitedByTheirBytes)
     // clang-format on
     REALproperty record = {};
     for (const auto& fact : facts) {
-        watched::refuseCalloc(1);
+        c_library_spy::refuseCalloc(1);
         const Notes calls = memoryOf([&] { EXPECT_EQ(FixProperties(&record, fact.count), nullptr); });
         EXPECT_EQ(calls, fact.allocates ? calloced(fact.count * sizeof(REALproperty9)) : Notes{})
             << fact.count;
     }
-    watched::refuseCalloc(0);
+    c_library_spy::refuseCalloc(0);
 }
 
 // ---- exceptions ----
@@ -194,7 +194,7 @@ TEST_F(AllocationTest, AnOutOfBoundsMessageIsShorterWithoutMemory)
 {
     for (long long value : {-1, 4}) {
         enter(2016.0);
-        watched::refuseCalloc(1);
+        c_library_spy::refuseCalloc(1);
         EXPECT_EQ(memoryOf([&] { RaiseOutOfBoundsException(value, 0, 4, "index", ""); }), calloced(205));
         ASSERT_EQ(host.raised().size(), 1u);
         EXPECT_EQ(host.raised()[0].className, "OutOfBoundsException");
@@ -256,7 +256,7 @@ TEST_F(AllocationTest, UTF32IsNullWithoutMemory)
     // clang-format on
     for (const auto& fact : facts) {
         enter(2012.0);
-        watched::refuseCalloc(1);
+        c_library_spy::refuseCalloc(1);
         const Notes notes = memoryOf(
             [&] { EXPECT_EQ(REALBuildUnicodeString(letters.data(), fact.length, 0x0C000100), nullptr); });
         EXPECT_EQ(notes, calloced(fact.bytes));
@@ -329,7 +329,7 @@ TEST_F(AllocationTest, AViewIsEmptyWithoutMemoryForItsCopy)
         REALstringStruct* string = host.newString("abc", encodingMacRoman);
         {
             rbText text(string);
-            watched::refuseCalloc(1);
+            c_library_spy::refuseCalloc(1);
             const char* view = text.GetUTF8();
             EXPECT_EQ(std::string(view, 4), std::string(4, '\0')) << "the empty view";
             EXPECT_EQ(text.lengthUTF8(), 0);

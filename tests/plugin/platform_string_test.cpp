@@ -49,7 +49,7 @@ namespace {
 
 class PlatformStringTest : public HostTest {
 protected:
-    PlatformStringTest() : blocksBefore(watched::liveBlocks()) { reset(); }
+    PlatformStringTest() : blocksBefore(c_library_spy::liveBlocks()) { reset(); }
     ~PlatformStringTest() override { reset(); }
 
     void reset()
@@ -57,12 +57,12 @@ protected:
         requests.clear();
         refusesConversion = false;
         claimedLength.reset();
-        watched::refuseCalloc(0);
+        c_library_spy::refuseCalloc(0);
     }
 
     void TearDown() override
     {
-        EXPECT_EQ(watched::liveBlocks(), blocksBefore);
+        EXPECT_EQ(c_library_spy::liveBlocks(), blocksBefore);
         HostTest::TearDown();
     }
 
@@ -79,9 +79,9 @@ protected:
     REALstringStruct* convert(CFStringRef text)
     {
         requests.clear();
-        watched::begin();
+        c_library_spy::begin();
         REALstringStruct* result = CFString2RBString(text);
-        memory = watched::end();
+        memory = c_library_spy::end();
         return result;
     }
 
@@ -178,7 +178,7 @@ TEST_F(PlatformStringTest, AreNullWhenTheConversionFails)
 
 TEST_F(PlatformStringTest, AreNullWithoutMemory)
 {
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     EXPECT_EQ(convert(std::u16string(100, u'a')), nullptr);
     EXPECT_EQ(memory, Notes{"calloc 600"});
     EXPECT_EQ(requests.size(), 0u);
@@ -196,7 +196,7 @@ TEST_F(PlatformStringTest, AreNullAboveTheLargestSize)
     // clang-format on
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.units);
-        watched::refuseCalloc(1);
+        c_library_spy::refuseCalloc(1);
         claimedLength = fact.units;
         EXPECT_EQ(convert(u"abc"), nullptr);
         EXPECT_EQ(memory, fact.memory);

@@ -16,9 +16,9 @@ protected:
     template <class Action>
     static Notes allocationsOf(Action action)
     {
-        watched::begin();
+        c_library_spy::begin();
         action();
-        Notes notes = watched::end();
+        Notes notes = c_library_spy::end();
         const auto isLock = [](const std::string& note) { return note == "lock" || note == "unlock"; };
         notes.erase(std::remove_if(notes.begin(), notes.end(), isLock), notes.end());
         return notes;
@@ -46,14 +46,14 @@ TEST_F(SoundStreamAllocations, OrdinaryUseAllocatesOneOfEachRecord)
         const long word = reinterpret_cast<long>(instance);
         EXPECT_EQ(allocationsOf([&] { send(instance, -1, {word}); }),
                   one<soundstream::QTSoundStreamGlobals>());
-        EXPECT_EQ(watched::liveBlocks(), 3);
+        EXPECT_EQ(c_library_spy::liveBlocks(), 3);
         EXPECT_EQ(allocationsOf([&] { send(instance, 1, {0}); }), none);
         EXPECT_EQ(allocationsOf([&] { object().attach(unit()); }), none);
         EXPECT_EQ(allocationsOf(render), none);
         EXPECT_EQ(allocationsOf([&] { send(instance, -2, {word}); }), oneFree);
         EXPECT_EQ(allocationsOf([&] { object().closeComponent(); }), oneFree);
         EXPECT_EQ(allocationsOf([&] { object().destroy(); }), oneFree);
-        EXPECT_EQ(watched::liveBlocks(), 0);
+        EXPECT_EQ(c_library_spy::liveBlocks(), 0);
         object().construct();
     }
 }
@@ -72,11 +72,11 @@ TEST_F(SoundStreamAllocations, NothingStaysAllocatedAfterTheLastObjectAndInstanc
             objects.back()->openComponent();
             instances.push_back(openInstanceWithMixer());
         }
-        EXPECT_EQ(watched::liveBlocks(), 3 * count);
+        EXPECT_EQ(c_library_spy::liveBlocks(), 3 * count);
         if (isObjectFirst) objects.clear();
         for (const ComponentInstance instance : instances) closeInstance(instance);
         objects.clear();
-        EXPECT_EQ(watched::liveBlocks(), 0);
+        EXPECT_EQ(c_library_spy::liveBlocks(), 0);
     }
 }
 

@@ -368,7 +368,7 @@ TEST_F(SoundStreamHazard, ACloseInsideTheRenderCallTakesEffectAtItsEnd)
     spy::answer("CloseMixerSoundComponent").during = [&] { EXPECT_TRUE(hasRendered); };
     EXPECT_EQ(render(pulled.list()), noErr);
     EXPECT_EQ(spy::calls().back(), "CloseMixerSoundComponent(mixer1)");
-    EXPECT_EQ(watched::liveBlocks(), 2) << "the state and its refcon record";
+    EXPECT_EQ(c_library_spy::liveBlocks(), 2) << "the state and its refcon record";
 }
 
 TEST_F(SoundStreamHazard, AnInstanceOutlivesTheObjectAndItsRegistration)

@@ -31,9 +31,9 @@ TEST_F(SoundStreamInstance, OpenCreatesTheStorage)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();
-    watched::begin();
+    c_library_spy::begin();
     const ComponentResult result = send(instance, -1, {wordOf(instance)});
-    watched::end();
+    c_library_spy::end();
     EXPECT_EQ(result, noErr);
     EXPECT_EQ(spy::calls(),
               (Notes{"CallComponentFunctionWithStorageProcInfo(null, the request, a handler, 0x3F0)",
@@ -55,7 +55,7 @@ TEST_F(SoundStreamInstance, OpenFailsWithoutMemory)
 {
     open();
     const ComponentInstance instance = sound_spy::newInstance();
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     EXPECT_EQ(callsOf(instance, -1, {wordOf(instance)}, memFullErr), Notes());
     EXPECT_EQ(sound_spy::storageOf(instance), nullptr);
     EXPECT_EQ(object().state()->refconRecord->globals, nullptr);
@@ -155,12 +155,12 @@ TEST_F(SoundStreamInstance, CloseClosesTheMixerAndFreesTheStorage)
         wasActive = object().isActive();
         wasAudible = record.globals != nullptr;
     };
-    const long blocks = watched::liveBlocks();
+    const long blocks = c_library_spy::liveBlocks();
     EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), (Notes{"CloseMixerSoundComponent(mixer1)"}));
     EXPECT_FALSE(wasActive) << "the stream becomes inactive first";
     EXPECT_FALSE(wasAudible) << "the render thread loses the instance before its mixer closes";
     EXPECT_EQ(record.globals, nullptr);
-    EXPECT_EQ(watched::liveBlocks(), blocks - 1);
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocks - 1);
     EXPECT_EQ(callsOf(instance, -2, {wordOf(instance)}), Notes()) << "a second close does nothing";
 }
 

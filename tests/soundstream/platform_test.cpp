@@ -32,7 +32,7 @@ protected:
         client_.reset();
         object_.reset();
         unregisterAll();
-        EXPECT_EQ(watched::liveBlocks(), 0) << "no record stays allocated";
+        EXPECT_EQ(c_library_spy::liveBlocks(), 0) << "no record stays allocated";
         EXPECT_EQ(alive("Component"), 0u);
         EXPECT_EQ(alive("ComponentInstance"), 0u);
         soundComponentEntry = nullptr;
@@ -103,7 +103,7 @@ TEST_F(SoundStreamPlatform, IsNotOpenedWithoutMemory)
 {
     object().initComponent();
     object().openComponent();
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     ComponentInstance instance = nullptr;
     EXPECT_EQ(OpenAComponent(findComponent(), &instance), memFullErr);
     EXPECT_EQ(instance, nullptr);
@@ -367,10 +367,10 @@ TEST_F(SoundStreamPlatform, RenderingAllocatesNothing)
     SoundParamBlock block = blockOf(samples.data(), 600);
     const auto renderWithoutAllocation = [&] {
         PulledList pulled(2, 512);
-        const watched::NoAllocation none;
+        const c_library_spy::NoAllocation none;
         render(pulled, 512);
     };
-    const int before = watched::alarms();
+    const int before = c_library_spy::alarms();
     client().play(block);
     renderWithoutAllocation();
     renderWithoutAllocation();
@@ -379,7 +379,7 @@ TEST_F(SoundStreamPlatform, RenderingAllocatesNothing)
     renderWithoutAllocation();
     object().closeComponent();
     renderWithoutAllocation();
-    EXPECT_EQ(watched::alarms(), before);
+    EXPECT_EQ(c_library_spy::alarms(), before);
 }
 
 // ---- instances that outlive their component ----

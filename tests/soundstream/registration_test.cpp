@@ -68,13 +68,13 @@ TEST_F(SoundStreamComponent, InitComponentTearsDownTheFormerState)
     open();
     ASSERT_EQ(object().attach(unit()), 0);
     members.set<HostBoolean>(object().get(), "PostsStatusNotifications", true);
-    const long blocks = watched::liveBlocks();
+    const long blocks = c_library_spy::liveBlocks();
     EXPECT_EQ(callsOf([&] { object().initComponent(); }), (Notes{
                                                               "AudioOutputUnitStop(unit)",
                                                               "CountComponentInstances(component1)",
                                                               "UnregisterComponent(component1)",
                                                           }));
-    EXPECT_EQ(watched::liveBlocks(), blocks - 1)
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocks - 1)
         << "a state replaces a state, and the refcon record is freed";
     EXPECT_FALSE(object().isOpen());
     EXPECT_EQ(object().state()->converter, nullptr) << "the converter belonged to the former state";
@@ -93,7 +93,7 @@ TEST_F(SoundStreamComponent, InitComponentTearsDownTheFormerState)
 TEST_F(SoundStreamComponent, HasNoStateWithoutMemory)
 {
     open();
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     EXPECT_EQ(callsOf([&] { object().initComponent(); }), closing) << "the former state is torn down anyway";
     EXPECT_EQ(object().state(), nullptr);
     EXPECT_EQ(object().data().ownsState, false);
@@ -204,7 +204,7 @@ TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeaksNothing)
     object().initComponent();
     spy::answer("RegisterComponent").status = -108;
     object().openComponent();
-    const long blocks = watched::liveBlocks();
+    const long blocks = c_library_spy::liveBlocks();
     EXPECT_EQ(
         callsOf([&] { object().openComponent(); }),
         (Notes{
@@ -214,7 +214,7 @@ TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeaksNothing)
             "DisposeHandle(handle2)",
             "SetComponentRefcon(null, refcon2)",
         }));
-    EXPECT_EQ(watched::liveBlocks(), blocks);
+    EXPECT_EQ(c_library_spy::liveBlocks(), blocks);
     EXPECT_EQ(callsOf([&] { object().closeComponent(); }), Notes()) << "it is not open";
     EXPECT_EQ(callsOf([&] { object().destroy(); }), Notes());
 }
@@ -222,7 +222,7 @@ TEST_F(SoundStreamComponent, ARegistrationThatFailsTwiceLeaksNothing)
 TEST_F(SoundStreamComponent, IsOpenAndSilentWithoutMemoryForTheRefconRecord)
 {
     object().initComponent();
-    watched::refuseCalloc(1);
+    c_library_spy::refuseCalloc(1);
     Notes expected = opening;
     expected[4] = "SetComponentRefcon(component1, null)";
     EXPECT_EQ(callsOf([&] { object().openComponent(); }), expected);

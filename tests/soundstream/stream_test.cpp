@@ -91,7 +91,7 @@ void StreamTest::expectNothingLeft()
     EXPECT_EQ(spy::faults(), Notes());
     for (const std::string& call : spy::calls())
         EXPECT_NE(call.substr(0, 21), "AudioConverterDispose") << "the converter is never disposed";
-    EXPECT_EQ(watched::liveBlocks(), 0) << "no record stays allocated";
+    EXPECT_EQ(c_library_spy::liveBlocks(), 0) << "no record stays allocated";
 }
 
 } // namespace soundstream_test

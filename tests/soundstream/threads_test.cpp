@@ -31,7 +31,7 @@ protected:
     {
         object_.reset();
         unregisterAll();
-        EXPECT_EQ(watched::liveBlocks(), 0) << "no record stays allocated";
+        EXPECT_EQ(c_library_spy::liveBlocks(), 0) << "no record stays allocated";
         EXPECT_EQ(alive("ComponentInstance"), 0u);
         EXPECT_EQ(alive("Component"), 0u);
         soundComponentEntry = nullptr;

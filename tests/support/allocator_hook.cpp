@@ -37,7 +37,7 @@ void countFree(std::size_t bytes)
 
 } // namespace
 
-namespace allocator {
+namespace allocator_hook {
 
 void watchThisThread(bool isWatched) { isThreadWatched = isWatched; }
 
@@ -63,7 +63,7 @@ int stopFailing()
     return failedNewCalls;
 }
 
-} // namespace allocator
+} // namespace allocator_hook
 
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 
@@ -81,11 +81,11 @@ const int installed = __sanitizer_install_malloc_and_free_hooks(
 
 } // namespace
 
-const bool allocator::countsLocks = false;
+const bool allocator_hook::countsLocks = false;
 
 #else
 
-const bool allocator::countsLocks = true;
+const bool allocator_hook::countsLocks = true;
 
 extern "C" void* __libc_malloc(std::size_t);
 extern "C" void* __libc_calloc(std::size_t, std::size_t);

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace allocator {
+namespace allocator_hook {
 
 /// Count the heap calls and locks of this thread from now on, or stop.
 void watchThisThread(bool isWatched);
@@ -36,4 +36,4 @@ void failNew(int passing, int failing);
 /// Returns  the number of calls that failed since failNew().
 int stopFailing();
 
-} // namespace allocator
+} // namespace allocator_hook

@@ -10,7 +10,7 @@
 #include <new>
 #include <pthread.h>
 
-namespace watched {
+namespace c_library_spy {
 
 namespace {
 
@@ -87,9 +87,9 @@ NoAllocation::NoAllocation() { ++forbidden; }
 NoAllocation::~NoAllocation() { --forbidden; }
 int alarms() { return rung; }
 
-} // namespace watched
+} // namespace c_library_spy
 
-using namespace watched;
+using namespace c_library_spy;
 
 // The linker turns a reference to NAME into __wrap_NAME; __real_NAME is the function of the C library.
 extern "C" {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace watched {
+namespace c_library_spy {
 
 /// Start to record the current thread's calls of calloc, free (except of null), pthread_mutex_lock and
 /// pthread_mutex_unlock.
@@ -48,4 +48,4 @@ public:
 /// Return the number of alarms on all threads.
 int alarms();
 
-} // namespace watched
+} // namespace c_library_spy

@@ -16,16 +16,16 @@ void* volatile kept = nullptr;
 
 TEST(FilePlayerHeap, CountsAllocatedBytesAndTheirPeak)
 {
-    const std::size_t before = allocator::bytesInUse();
-    allocator::resetPeak();
+    const std::size_t before = allocator_hook::bytesInUse();
+    allocator_hook::resetPeak();
     kept = std::malloc(1000000);
-    EXPECT_GE(allocator::bytesInUse(), before + 1000000);
+    EXPECT_GE(allocator_hook::bytesInUse(), before + 1000000);
     std::free(kept);
     kept = nullptr;
-    EXPECT_LT(allocator::bytesInUse(), before + 100000);
-    EXPECT_GE(allocator::peakBytes(), before + 1000000);
-    allocator::resetPeak();
-    EXPECT_LT(allocator::peakBytes(), before + 100000);
+    EXPECT_LT(allocator_hook::bytesInUse(), before + 100000);
+    EXPECT_GE(allocator_hook::peakBytes(), before + 1000000);
+    allocator_hook::resetPeak();
+    EXPECT_LT(allocator_hook::peakBytes(), before + 100000);
 }
 
 TEST(FilePlayerHeap, OfALoadedFileIsItsSamplesAndAtMostTheAllowance)
@@ -58,21 +58,22 @@ TEST(FilePlayerHeap, OfALoadedFileIsItsSamplesAndAtMostTheAllowance)
                 const host::Object first = loaded.host.create(filePlayerClass);
                 first.call(method, file, fact.channels, fact.channels);
             }
-            const std::size_t before = allocator::bytesInUse();
-            allocator::resetPeak();
+            const std::size_t before = allocator_hook::bytesInUse();
+            allocator_hook::resetPeak();
             {
                 const host::Object player = loaded.host.create(filePlayerClass);
                 ASSERT_TRUE(player.call(method, file, fact.channels, fact.channels).boolean());
                 const std::size_t limit = 4 * std::size_t(fact.channels) * fact.frames + allowance;
-                EXPECT_LE(allocator::peakBytes() - before, limit) << "peak during the load";
-                EXPECT_GE(allocator::bytesInUse() - before, limit - allowance) << "the samples are in memory";
+                EXPECT_LE(allocator_hook::peakBytes() - before, limit) << "peak during the load";
+                EXPECT_GE(allocator_hook::bytesInUse() - before, limit - allowance)
+                    << "the samples are in memory";
                 player.set("CurrentDeviceID", std::int64_t(device.id()));
                 player.call("Play");
                 device.step(2000);
                 player.call("Pause");
-                EXPECT_LE(allocator::peakBytes() - before, limit) << "peak after playback";
+                EXPECT_LE(allocator_hook::peakBytes() - before, limit) << "peak after playback";
             }
-            EXPECT_LE(allocator::bytesInUse(), before + 100000) << "the samples are freed";
+            EXPECT_LE(allocator_hook::bytesInUse(), before + 100000) << "the samples are freed";
         }
     }
 }

@@ -35,9 +35,9 @@ public:
     /// Run I/O cycles with the allocator hook watching. Returns the rendered seconds.
     double step(std::uint32_t frames)
     {
-        allocator::watchThisThread(true);
+        allocator_hook::watchThisThread(true);
         const std::uint32_t played = KVXPlatformStep(device_.id(), frames);
-        allocator::watchThisThread(false);
+        allocator_hook::watchThisThread(false);
         return played / rate_;
     }
     bool hasInvalidSamples() const { return hasInvalidSamples_; }
@@ -139,7 +139,7 @@ public:
     }
 
     CheckedDevice devices[3] = {{44100, 2, 512}, {48000, 4, 300}, {22050, 1, 64}};
-    const allocator::Count count;
+    const allocator_hook::Count count;
 
 private:
     static constexpr double length = 4; // seconds
@@ -206,13 +206,13 @@ void* volatile kept = nullptr;
 
 TEST(FilePlayerRandomWalk, HookCountsAllocationsAndFreesOfAWatchedThread)
 {
-    const allocator::Count count;
+    const allocator_hook::Count count;
     kept = std::malloc(16);
     EXPECT_EQ(count.heapCalls(), 0);
-    allocator::watchThisThread(true);
+    allocator_hook::watchThisThread(true);
     std::free(kept);
     kept = std::malloc(16);
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     EXPECT_EQ(count.heapCalls(), 2);
     std::free(kept);
 }

@@ -18,11 +18,11 @@ using host::Object;
 
 struct PlayerAllocation : testing::Test {
     ~PlayerAllocation() override { watchIoProcs(false); }
-    const allocator::Count count;
+    const allocator_hook::Count count;
 };
 
 /// Render all states of a player: block ends, resampling, underflow, a refused stop, the end.
-void renderAllStates(LoadedHost& loaded, int channels, float rate, const allocator::Count& count)
+void renderAllStates(LoadedHost& loaded, int channels, float rate, const allocator_hook::Count& count)
 {
     SteppedDevice device(44100, 2, 64);
     Object player = loaded.host.create(playerClass);

@@ -19,9 +19,9 @@ OSStatus callWatched(AudioDeviceID device, const AudioTimeStamp* now, const Audi
 {
     const bool isWatched = isWatching;
     callCount += isWatched;
-    allocator::watchThisThread(isWatched);
+    allocator_hook::watchThisThread(isWatched);
     const OSStatus status = watchedProc.load()(device, now, input, inputTime, output, outputTime, client);
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     return status;
 }
 

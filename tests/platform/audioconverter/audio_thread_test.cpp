@@ -14,11 +14,11 @@ using namespace test;
 
 TEST(AudioThread, HookCountsHeapCalls)
 {
-    const allocator::Count count;
-    allocator::watchThisThread(true);
+    const allocator_hook::Count count;
+    allocator_hook::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     EXPECT_GE(count.heapCalls(), 2);
 }
 
@@ -33,16 +33,16 @@ TEST(AudioThread, FillNeitherAllocatesNorLocks)
                 for (auto& buffer : sound.buffers) buffer.resize(3000 * from.mBytesPerFrame);
                 const Converter converter(from, canonical(to, 2));
                 List list(canonical(to, 2), 512);
-                const allocator::Count count;
+                const allocator_hook::Count count;
                 UInt32 total = 0;
                 for (int i = 0; i < 10; ++i) {
                     list.restore();
                     UInt32 packets = 512;
-                    allocator::watchThisThread(true);
+                    allocator_hook::watchThisThread(true);
                     AudioConverterFillComplexBuffer(converter, Sound::procedure, &sound, &packets, list.get(),
                                                     nullptr);
                     if (i == 8) AudioConverterReset(converter);
-                    allocator::watchThisThread(false);
+                    allocator_hook::watchThisThread(false);
                     total += packets;
                 }
                 EXPECT_GT(total, 500u);

@@ -26,9 +26,9 @@ TEST(AttachMemory, FailedAllocationLeavesNothing)
             ASSERT_EQ(unit.set(kAudioOutputUnitProperty_CurrentDevice, 0, 0, device.id()), noErr);
             ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
             ASSERT_EQ(AudioUnitInitialize(unit), noErr);
-            allocator::failNew(passing, 1);
+            allocator_hook::failNew(passing, 1);
             const OSStatus status = AudioOutputUnitStart(unit);
-            wasShort = allocator::stopFailing() > 0;
+            wasShort = allocator_hook::stopFailing() > 0;
             if (!wasShort) ASSERT_EQ(status, noErr);
             EXPECT_EQ(device.step(64), status ? 0u : 64u);
         }

@@ -19,20 +19,20 @@ using namespace test;
 OSStatus begin(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                AudioBufferList*, const AudioTimeStamp*, void*)
 {
-    allocator::watchThisThread(true);
+    allocator_hook::watchThisThread(true);
     return noErr;
 }
 OSStatus end(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
              AudioBufferList*, const AudioTimeStamp*, void*)
 {
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     return noErr;
 }
 
 TEST(AudioThread, HookCountsHeapCallsAndLocks)
 {
-    const allocator::Count count;
-    allocator::watchThisThread(true);
+    const allocator_hook::Count count;
+    allocator_hook::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
     int* volatile number = new int(1);
@@ -40,12 +40,12 @@ TEST(AudioThread, HookCountsHeapCallsAndLocks)
     std::mutex mutex;
     mutex.lock();
     mutex.unlock();
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     EXPECT_GE(count.heapCalls(), 4);
-    if (allocator::countsLocks) {
+    if (allocator_hook::countsLocks) {
         EXPECT_GE(count.locks(), 1);
     }
-    const allocator::Count later;
+    const allocator_hook::Count later;
     std::free(std::malloc(10));
     EXPECT_EQ(later.heapCalls(), 0) << "on a thread that is not watched";
     EXPECT_EQ(later.locks(), 0);
@@ -81,7 +81,7 @@ TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
         ASSERT_EQ(AudioDeviceStart(device.id(), begin), noErr);
         ASSERT_EQ(AudioDeviceStart(device.id(), end), noErr);
 
-        const allocator::Count count;
+        const allocator_hook::Count count;
         for (int cycle = 0; cycle < 20; ++cycle) {
             device.step(fact.slice);
             // Change settings as other threads may do between cycles.
@@ -111,16 +111,16 @@ TEST(AudioThread, SliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)
     ASSERT_EQ(AudioUnitInitialize(source), noErr);
     ASSERT_EQ(AudioUnitInitialize(destination), noErr);
     List list(canonical(44100, 2), 512);
-    const allocator::Count count;
+    const allocator_hook::Count count;
     for (int slice = 0; slice < 50; ++slice) {
         list.restore();
         if (slice % 2) list.clearPointers();
         const AudioTimeStamp time = sampleTime(slice * 512.0);
-        allocator::watchThisThread(true);
+        allocator_hook::watchThisThread(true);
         const OSStatus status = AudioUnitRender(destination, nullptr, &time, 0, 512, list.get());
         Float32 volume = 0;
         AudioUnitGetParameter(destination, 14, 0, 0, &volume);
-        allocator::watchThisThread(false);
+        allocator_hook::watchThisThread(false);
         ASSERT_EQ(status, noErr);
     }
     EXPECT_EQ(count.heapCalls(), 0);

@@ -37,7 +37,7 @@ TEST(ConverterUnitThread, SliceAllocatesNothingAndTakesNoLock)
         ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
         ASSERT_EQ(AudioUnitInitialize(unit), noErr);
         List list(canonical(fact.to, fact.channels), 1156);
-        const allocator::Count count;
+        const allocator_hook::Count count;
         for (int slice = 0; slice < 20; ++slice) {
             list.restore();
             if (slice % 2) list.clearPointers();
@@ -46,10 +46,10 @@ TEST(ConverterUnitThread, SliceAllocatesNothingAndTakesNoLock)
             if (slice == 11) feeder.status = 'fail';
             if (slice == 12) feeder.status = noErr;
             const AudioTimeStamp time = sampleTime(slice * 1156.0);
-            allocator::watchThisThread(true);
+            allocator_hook::watchThisThread(true);
             const OSStatus status =
                 AudioUnitRender(unit, nullptr, &time, 0, slice % 3 ? 1156 : 1, list.get());
-            allocator::watchThisThread(false);
+            allocator_hook::watchThisThread(false);
             EXPECT_TRUE(status == noErr || slice == 11) << slice;
         }
         EXPECT_EQ(count.heapCalls(), 0);

@@ -22,7 +22,7 @@ TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
     Rendering rendering(equaliser, canonical(44100, 2), 1156);
     rendering.slice(64);
 
-    const allocator::Count count;
+    const allocator_hook::Count count;
     for (UInt32 i = 0; i < 60; ++i) {
         const auto odd = static_cast<Float32>(i % 2), third = static_cast<Float32>(i % 3);
         if (i % 5 == 0) {
@@ -32,7 +32,7 @@ TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
             AudioUnitReset(equaliser, 0, 0);
             AudioUnitReset(mixer, 0, 0);
         }
-        allocator::watchThisThread(true);
+        allocator_hook::watchThisThread(true);
         AudioUnitSetParameter(mixer, kMultiChannelMixerParam_Volume, 1, 0, odd, 0);
         AudioUnitSetParameter(mixer, kMultiChannelMixerParam_Pan, 1, 4, third - 1, 0);
         AudioUnitSetParameter(equaliser, i % 31, 0, 0, 6 * third - 6, 0);
@@ -41,7 +41,7 @@ TEST(RenderThread, AMixerAndAnEqualiserAllocateNothingAndTakeNoLock)
         Float32 level = 0;
         AudioUnitGetParameter(mixer, kMultiChannelMixerParam_PostAveragePower, 1, 0, &level);
         AudioUnitGetParameter(equaliser, 3, 0, 0, &level);
-        allocator::watchThisThread(false);
+        allocator_hook::watchThisThread(false);
         ASSERT_EQ(status, noErr);
     }
     EXPECT_EQ(count.heapCalls(), 0);

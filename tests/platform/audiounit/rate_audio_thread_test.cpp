@@ -31,9 +31,9 @@ public:
     void play(int slices)
     {
         for (int i = 0; i < slices; ++i) {
-            allocator::watchThisThread(true);
+            allocator_hook::watchThisThread(true);
             const OSStatus status = unit_.rendering.slice(512);
-            allocator::watchThisThread(false);
+            allocator_hook::watchThisThread(false);
             EXPECT_EQ(status, noErr);
         }
     }
@@ -47,7 +47,7 @@ TEST(RateRenderThread, AllocatesNothingAndTakesNoLock)
     for (const auto& fact : cases) {
         SCOPED_TRACE(fact.why);
         RateUnit player(fact.rates, whiteNoise(2, 200000));
-        const allocator::Count count;
+        const allocator_hook::Count count;
         Guarded guarded(player);
         guarded.play(8);
         EXPECT_EQ(AudioUnitReset(player.unit, 0, 0), noErr);
@@ -69,7 +69,7 @@ TEST(RateRenderThread, AllocatesNothingWhileSettingsChange)
     for (const OSType kind : {'nutp', 'vari'}) {
         RateUnit player({kind}, whiteNoise(2, 400000));
         Guarded guarded(player);
-        const allocator::Count count;
+        const allocator_hook::Count count;
         for (const auto& change : changes) {
             if (change.subType != kind) continue;
             player.set(change.id, change.value);
@@ -95,7 +95,7 @@ TEST(RateRenderThread, SettingsInsideASliceAllocateNothing)
         return status ? status : Track::callback(&self.track, flags, time, bus, frames, list);
     };
     EXPECT_EQ(player.unit.setCallback(setInside, &player), noErr);
-    const allocator::Count count;
+    const allocator_hook::Count count;
     Guarded(player).play(30);
     EXPECT_EQ(count.heapCalls(), 0);
     EXPECT_EQ(count.locks(), 0);

@@ -15,7 +15,7 @@ template <bool isOn>
 OSStatus watch(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
                AudioBufferList*, const AudioTimeStamp*, void*)
 {
-    allocator::watchThisThread(isOn);
+    allocator_hook::watchThisThread(isOn);
     return noErr;
 }
 
@@ -35,7 +35,7 @@ TEST(GraphAudioThread, AllocatesNothingAndTakesNoLock)
             ASSERT_EQ(AudioDeviceStart(device.id(), watch<true>), noErr);
             ASSERT_EQ(AudioDeviceStart(device.id(), watch<false>), noErr);
 
-            const allocator::Count count;
+            const allocator_hook::Count count;
             for (int cycle = 0; cycle < 20; ++cycle) {
                 device.step(slice);
                 Sound& next = cycle % 2 ? first : second;

@@ -20,9 +20,9 @@ void sweep(const char* what, Make make)
     for (int passing = 0; status; ++passing) {
         SCOPED_TRACE(passing);
         ASSERT_LT(passing, 1000);
-        allocator::failNew(passing, 1);
+        allocator_hook::failNew(passing, 1);
         status = make();
-        ASSERT_EQ(status, allocator::stopFailing() ? memFullErr : noErr);
+        ASSERT_EQ(status, allocator_hook::stopFailing() ? memFullErr : noErr);
     }
 }
 

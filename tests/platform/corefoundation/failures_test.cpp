@@ -15,9 +15,9 @@ template <class Attempt>
 int countFailures(Attempt attempt)
 {
     for (int allowed = 0;; ++allowed) {
-        allocator::failNew(allowed, INT_MAX);
+        allocator_hook::failNew(allowed, INT_MAX);
         const bool isDone = attempt();
-        const bool ranOut = allocator::stopFailing() > 0;
+        const bool ranOut = allocator_hook::stopFailing() > 0;
         if (isDone) return allowed;
         if (!ranOut) {
             ADD_FAILURE() << "failed with memory left";

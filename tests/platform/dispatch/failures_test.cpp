@@ -16,10 +16,10 @@ TEST(DispatchMemory, TheMainQueueLosesNoWork)
 {
     static int ran = 0;
     dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) { ++ran; });
-    allocator::failNew(0, 3);
+    allocator_hook::failNew(0, 3);
     for (int i = 1; i < workItems; ++i)
         dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) { ++ran; });
-    EXPECT_EQ(allocator::stopFailing(), 3) << "allocations have failed";
+    EXPECT_EQ(allocator_hook::stopFailing(), 3) << "allocations have failed";
     EXPECT_EQ(KVXPlatformDrainMainQueue(0), static_cast<uint32_t>(workItems));
     EXPECT_EQ(ran, workItems);
 }
@@ -29,13 +29,13 @@ TEST(DispatchMemory, TheGlobalQueuesLoseNoWork)
     static std::atomic<int> ran{0};
     const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_LOW, 0);
     dispatch_async_f(queue, nullptr, [](void*) { ++ran; });
-    allocator::failNew(0, 3);
+    allocator_hook::failNew(0, 3);
     for (int i = 1; i < workItems; ++i)
         dispatch_async_f(queue, nullptr, [](void*) {
             ++ran;
             dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) {});
         });
-    EXPECT_EQ(allocator::stopFailing(), 3) << "allocations have failed";
+    EXPECT_EQ(allocator_hook::stopFailing(), 3) << "allocations have failed";
     for (uint32_t counted = 0; counted < workItems - 1;) counted += KVXPlatformDrainMainQueue(1);
     while (ran < workItems) KVXPlatformDrainMainQueue(0.001);
     EXPECT_EQ(ran, workItems);

@@ -14,13 +14,13 @@ using namespace haltest;
 
 TEST(CycleAllocation, IsCountedWhenAProcedureAllocates)
 {
-    const allocator::Count count;
+    const allocator_hook::Count count;
     Device device(Device::paced());
     std::atomic<bool> isDone{false};
     std::unique_ptr<int> block;
     Procedure procedure(device, [&](const Call&) {
         if (isDone) return;
-        allocator::watchThisThread(true);
+        allocator_hook::watchThisThread(true);
         block = std::make_unique<int>(1);
         isDone = true;
     });
@@ -32,10 +32,10 @@ TEST(CycleAllocation, IsCountedWhenAProcedureAllocates)
 TEST(CycleAllocation, IsAbsentWhileADevicePlays)
 {
     support::TemporaryFolder folder;
-    const allocator::Count count;
+    const allocator_hook::Count count;
     Device device(Device::paced());
     Procedure a(device, [](const Call& call) {
-        allocator::watchThisThread(true);
+        allocator_hook::watchThisThread(true);
         call.fill(0.5f);
     });
     Procedure b(device, [](const Call& call) { call.fill(0.25f); });
@@ -61,12 +61,12 @@ TEST(CycleAllocation, IsAbsentWhileADevicePlays)
 
 TEST(CycleAllocation, IsAbsentWhileProceduresControlEachOther)
 {
-    const allocator::Count count;
+    const allocator_hook::Count count;
     Device device(Device::paced());
     std::vector<std::unique_ptr<Procedure>> all;
     std::atomic<bool> isDone{false};
     all.push_back(std::make_unique<Procedure>(device, [&](const Call&) {
-        allocator::watchThisThread(true);
+        allocator_hook::watchThisThread(true);
         const int call = all[0]->calls();
         if (call == 2) all[1]->start();
         if (call == 4) all[1]->stop();
@@ -88,7 +88,7 @@ TEST(CycleAllocation, IsAbsentWhileProceduresControlEachOther)
 
 TEST(CycleAllocation, IsAbsentOnASteppingThread)
 {
-    const allocator::Count count;
+    const allocator_hook::Count count;
     Device device;
     Procedure* self = nullptr;
     Procedure procedure(device, [&](const Call& call) {
@@ -97,9 +97,9 @@ TEST(CycleAllocation, IsAbsentOnASteppingThread)
     });
     self = &procedure;
     procedure.start();
-    allocator::watchThisThread(true);
+    allocator_hook::watchThisThread(true);
     const uint32_t frames = KVXPlatformStep(device, 100 * 64);
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     EXPECT_EQ(frames, 50u * 64);
     EXPECT_EQ(count.heapCalls(), 0);
 }

@@ -12,11 +12,11 @@ using namespace test;
 
 TEST(MixerRenderThread, HeapCallsAreCounted)
 {
-    const allocator::Count count;
-    allocator::watchThisThread(true);
+    const allocator_hook::Count count;
+    allocator_hook::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     EXPECT_EQ(count.heapCalls(), 2);
 }
 
@@ -37,16 +37,16 @@ TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
             ASSERT_EQ(mixer.play(source, *buffers.back()), noErr);
         }
     }
-    const allocator::Count count;
+    const allocator_hook::Count count;
     ComponentParameters parameters = {0, sizeof(long), kSoundComponentGetSourceDataSelect, {0}};
     std::thread([&] { // a new thread, so that the test includes a thread's first fetch
         for (long count = 1, fetches = 0; count > 0; ++fetches) {
             SoundComponentDataPtr data = nullptr;
             parameters.params[0] = reinterpret_cast<long>(&data);
-            allocator::watchThisThread(true);
+            allocator_hook::watchThisThread(true);
             const ComponentResult status = fetches % 2 ? SoundComponentGetSourceData(mixer.instance, &data)
                                                        : DelegateComponentCall(&parameters, mixer.instance);
-            allocator::watchThisThread(false);
+            allocator_hook::watchThisThread(false);
             ASSERT_EQ(status, noErr);
             count = data->sampleCount;
         }
