@@ -14,7 +14,7 @@
 
 namespace {
 
-// Plain data of the thread, because an access to it must not allocate.
+// Plain data for each thread (__thread), because access to a thread_local object could allocate.
 __thread bool isThreadWatched = false;
 __thread int newCallsToPass = 0, newCallsToFail = 0, failedNewCalls = 0;
 
@@ -131,7 +131,7 @@ REPLACEMENT void free(void* memory)
 REPLACEMENT int pthread_mutex_lock(pthread_mutex_t* mutex)
 {
     using Lock = int (*)(pthread_mutex_t*);
-    static Lock real = nullptr; // set by a call before any thread is watched
+    static Lock real = nullptr; // the first lock, before any thread is watched, sets it
     if (!real) real = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
     if (isThreadWatched) ++lockCount;
     return real(mutex);
@@ -139,7 +139,7 @@ REPLACEMENT int pthread_mutex_lock(pthread_mutex_t* mutex)
 
 #endif
 
-#if !__has_feature(thread_sanitizer) // the thread sanitizer's operator new cannot be replaced
+#if !__has_feature(thread_sanitizer) // a program cannot replace the operator new of that sanitizer
 
 namespace {
 

@@ -16,12 +16,12 @@ namespace {
 
 thread_local bool isWatching = false;
 thread_local int forbidden = 0;
-spy::CallLog calls; // calls of the recorded thread
+spy::CallLog calls; // recorded calls of the thread that called begin()
 const void* lockedLast = nullptr;
 std::atomic<int> callocsToPass{0}, callocsToRefuse{0}, newToRefuse{0}, locksToRefuse{0}, rung{0};
 std::array<std::atomic<void*>, 4096> blocks; // blocks from calloc that are not freed
 
-/// Replace the block `before` by `now`. Returns false if `before` is not in the table.
+/// Replace the entry `before` in the table of blocks by `now`. Returns false if the table has no such entry.
 bool replaceBlock(void* before, void* now)
 {
     for (auto& block : blocks) {
@@ -37,7 +37,7 @@ void record(std::string_view call)
     if (isWatching) calls.add(call);
 }
 
-/// Return whether the current thread must not allocate, and count an alarm.
+/// Return whether the current thread must not allocate; if so, count an alarm.
 bool ring()
 {
     if (!forbidden) return false;

@@ -1,6 +1,6 @@
-// A spy on the calls of the C library: memory and locks. The linker redirects the calls of a program's own
-// objects to the spy; calls inside shared libraries are not recorded. Recording allocates nothing. On a
-// thread without begin(), every call goes straight to the C library.
+// A spy for memory and lock functions of the C library. The linker redirects only the calls of a program's
+// own objects to the spy. It records the calls of the thread that called begin(), and allocates nothing to do
+// so; the other functions of this header apply to the threads that their comments name.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace c_library_spy {
 
-/// Start to record the current thread's calls of calloc, free (except of null), pthread_mutex_lock and
+/// Start recording the current thread's calls of calloc, free (except of null), pthread_mutex_lock and
 /// pthread_mutex_unlock.
 void begin();
 
@@ -25,17 +25,18 @@ void refuseCalloc(int count);
 /// Let `passing` calls of calloc succeed, then make the next `count` calls return null, on any thread.
 void refuseCallocAfter(int passing, int count = 1);
 
-/// Make one future `new (std::nothrow)` of a single object return null. The next one has the number 1.
+/// Make `new (std::nothrow)` of a single object return null once, on any thread: call `number`, counted from
+/// 1.
 void refuseNothrowNew(int number);
 
-/// Make the next `count` pthread_mutex_lock calls fail on the recorded thread. A failed call does not lock
-/// the mutex.
+/// Make the next `count` calls of pthread_mutex_lock on the recorded thread fail without locking the mutex.
 void refuseLock(int count);
 
-/// Return the number of blocks from calloc that are not freed, since the start of the program.
+/// Return how many blocks that calloc returned are not freed. Counts the calls of all threads since the start
+/// of the program.
 long liveBlocks();
 
-/// During the lifetime of such an object, every allocation on the current thread fails (null or
+/// While a NoAllocation object exists, each allocation on the thread that made the object fails (null or
 /// std::bad_alloc) and counts as an alarm. Freeing is allowed.
 class NoAllocation {
 public:
@@ -45,7 +46,7 @@ public:
     NoAllocation& operator=(const NoAllocation&) = delete;
 };
 
-/// Return the number of alarms on all threads.
+/// Return the number of allocations that NoAllocation has refused, on all threads.
 int alarms();
 
 } // namespace c_library_spy

@@ -1,6 +1,5 @@
-// A record of function calls as text, in the order of the calls. It lies in fixed memory and uses a spin
-// lock, so that recording neither allocates nor locks a mutex: tests count the allocations and locks of the
-// code under test.
+// A log of function calls as text, in the order of the calls. The log has fixed memory and a spin lock,
+// because tests count the allocations and mutex locks of the code under test, and the log must add none.
 #pragma once
 
 #include <algorithm>
@@ -30,7 +29,7 @@ private:
     std::atomic_flag flag_ = ATOMIC_FLAG_INIT;
 };
 
-/// The text of one call, in fixed memory. Text past the capacity is cut.
+/// The text of one call, in fixed memory. Text past the capacity is dropped.
 class Line {
 public:
     std::string_view text() const { return {text_, size_}; }
@@ -63,20 +62,20 @@ Line& operator<<(Line& line, Integer number)
                                      : line.print("%llu", static_cast<unsigned long long>(number));
 }
 
-/// A record of calls. All functions may be called on any thread.
+/// The texts of calls. When the log is full, add() first forgets all earlier calls.
+/// [any]
 class CallLog {
 public:
     void add(std::string_view call);
     void forget();
 
     Calls calls() const;
-    /// Return the number of calls since the last forget().
+    /// Return the number of calls in the log.
     std::size_t count() const;
 
 private:
     mutable SpinLock lock_;
-    std::array<char, 1 << 22>
-        text_; // texts of the calls, each with a terminator; a full log starts from empty
+    std::array<char, 1 << 22> text_; // texts of the calls, each with a terminator
     std::size_t size_ = 0, count_ = 0;
 };
 

@@ -44,7 +44,7 @@ Child::Child(const std::vector<std::string>& arguments, const Environment& more,
     if (id_ < 0) throw std::runtime_error("no child process: " + std::string(std::strerror(errno)));
     if (id_ > 0) return;
 
-    // Reset the signals, because the parent of the test may ignore some (nohup ignores SIGHUP).
+    // Restore the default actions, because a child inherits ignored signals (nohup ignores SIGHUP).
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
     const int nothing = open("/dev/null", O_RDONLY);
     dup2(nothing, 0);

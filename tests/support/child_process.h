@@ -15,16 +15,18 @@ struct ChildResult {
     std::string err;
 };
 
-/// A child process. Its output goes to unnamed files, so that the child never waits for a reader.
+/// A child process. The output of the child goes to unnamed files, so that the child never waits for a
+/// reader.
 class Child {
 public:
     using Environment = std::vector<std::pair<std::string, std::string>>;
 
-    /// Start a program. arguments[0] is its path, or its name in PATH. `more` is added to the environment of
-    /// the current process. Throws std::runtime_error if the program cannot be started.
+    /// Start a program in `folder`. arguments[0] is the program's path, or its name in PATH. The child has
+    /// the environment of the current process and the variables in `more`.
+    /// Errors  throws std::runtime_error without a new process; exit code 127 if the program cannot run.
     explicit Child(const std::vector<std::string>& arguments, const Environment& more = {},
                    const std::string& folder = "");
-    ~Child(); ///< kills a child that still runs
+    ~Child(); ///< kills the child if it still runs
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 

@@ -1,5 +1,5 @@
-// The members of a class, found by name in its class table and called through their addresses, as a host
-// does.
+// Calls the members of a class as a host does: finds them by name in the class table, and calls their
+// addresses.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -14,7 +14,8 @@ namespace support {
 
 using Object = REALobjectStruct*;
 
-/// A missing member is an exception, which fails the test.
+/// The properties and methods of one class. Each function throws if the class lacks the member: the test
+/// fails.
 class ClassMembers {
 public:
     explicit ClassMembers(const REALclassDefinition& definition) : definition_(definition) {}
@@ -25,8 +26,8 @@ public:
                                   [](const REALproperty& row) { return row.name; });
     }
 
-    /// Return the first method whose declaration begins with `beginning`, such as "Start", "LoadFile(" or a
-    /// whole declaration. The last word of `beginning` is a whole word.
+    /// Return the first method whose declaration begins with `beginning`, such as "Start" or "LoadFile(".
+    /// "Start" does not find a method "StartAll", because `beginning` must not end inside a word.
     const REALmethod& method(std::string_view beginning) const
     {
         return find<REALmethod>(definition_.methods, definition_.methodCount, beginning, declarationOf);

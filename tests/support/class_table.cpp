@@ -19,8 +19,8 @@ namespace support {
 
 namespace {
 
-/// Expect `count` rows of `olderBytes` bytes that begin like the rows of `currentBytes` bytes, then free
-/// them.
+/// Expect that `older` has `count` rows of `olderBytes` bytes, each equal to the beginning of the same row of
+/// `currentBytes` bytes in `current`, then free `older`.
 void expectOlderRows(void* older, const void* current, Word count, std::size_t olderBytes,
                      std::size_t currentBytes)
 {
@@ -35,7 +35,7 @@ void expectOlderRows(void* older, const void* current, Word count, std::size_t o
     std::free(older);
 }
 
-/// Return a copy of the class after its registration. Expect the counts of the class in the copy.
+/// Register a copy of the class and return the copy. Expect the counts of the class in the copy.
 REALclassDefinition registered(const REALclassDefinition& definition, int layout)
 {
     REALclassDefinition copy = definition;

@@ -15,20 +15,19 @@ struct ClassFacts {
     Word dataSize; ///< size of the class data in bytes
     Word properties, methods;
     Word events = 0, constants = 0, sharedMethods = 0;
-    bool hasLifetimeFunctions =
-        true; ///< whether the constructor and the destructor are functions, not methods
+    bool hasLifetimeFunctions = true; ///< whether the class has a constructor and a destructor function
 };
 
-/// Expect a definition in the newest layout with these sizes and counts, with the flags 4, and with zeros in
+/// Expect that the class definition has the newest layout, these sizes and counts, the flags 4, and zeros in
 /// all other words.
 void expectClass(const REALclassDefinition& definition, const ClassFacts& facts);
 
 enum class Access {
-    getter,          ///< a getter function, read-only
-    accessors,       ///< a getter and a setter function
-    field,           ///< a field of the class data, read-only
-    writableField,   ///< a field of the class data
-    fieldWithSetter, ///< a field of the class data with a setter function
+    getter,          ///< read-only, through a getter function
+    accessors,       ///< through a getter and a setter function
+    field,           ///< a read-only field of the class data
+    writableField,   ///< a field of the class data that the host writes directly
+    fieldWithSetter, ///< a field of the class data that the host writes through a setter function
 };
 
 struct PropertyFact {
@@ -42,26 +41,26 @@ struct PropertyFact {
 struct MethodFact {
     const char* declaration;
     Word flags = 4;
-    bool isIndexedProperty = false; ///< whether the method has a setter
+    bool isIndexedProperty = false; ///< whether the row has a setter, too
 };
 
-/// Expect these properties, methods or constants in this order.
+/// Expect that the class has exactly these properties, methods or constants, in this order.
 void expectProperties(const REALclassDefinition& definition, const std::vector<PropertyFact>& facts);
 void expectMethods(const void* rows, Word count, const std::vector<MethodFact>& facts);
 void expectConstants(const REALclassDefinition& definition, const std::vector<const char*>& declarations);
 
-/// Expect that the functions of the rows, the constructor and the destructor are `count` different functions.
+/// Expect that all rows together, with the constructor and the destructor, name `count` different functions.
 void expectDifferentFunctions(const REALclassDefinition& definition, std::size_t count);
 
-/// Register a copy of the class with the existing fake host in a layout from 10 to 13. Expect the same
-/// arrays.
+/// Register a copy of the class with the existing fake host, in a layout from 10 to 13. Expect that the copy
+/// refers to the same tables of properties and methods.
 void expectRegisteredUnchanged(const REALclassDefinition& definition, int layout);
 
-/// Register a copy of the class with the existing fake host in layout 9. Expect copies of the arrays without
-/// the words that layout 9 lacks.
+/// Register a copy of the class with the existing fake host, in layout 9. Expect that the copy refers to
+/// copies of the tables, without the words that layout 9 lacks.
 void expectRegisteredInLayout9(const REALclassDefinition& definition);
 
-/// Parameters for a getter that ignores its parameter. Rows of function getters have the parameter 0.
+/// Values to pass to a getter that ignores its parameter; a host passes 0.
 constexpr HostInteger anyParameter[] = {
     0, 1, -1, 4711, std::numeric_limits<HostInteger>::max(), std::numeric_limits<HostInteger>::min()};
 
@@ -74,7 +73,7 @@ T callGetter(const REALproperty& row, REALobjectStruct* object, HostInteger para
 /// Return the value of a property with a numeric type and a getter function, as text.
 std::string valueOf(const REALproperty& row, REALobjectStruct* object, HostInteger parameter);
 
-/// Expect this value of a property with each parameter.
+/// Expect that the getter returns `value` for each value in anyParameter, because the getter ignores it.
 void expectValue(const REALproperty& row, REALobjectStruct* object, const std::string& value);
 
 } // namespace support

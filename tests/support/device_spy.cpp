@@ -14,7 +14,7 @@ namespace device_spy {
 namespace {
 
 Platform thePlatform;
-std::array<Installed, 64> procedures; // fixed memory, because the render thread removes its procedure
+std::array<Installed, 64> procedures; // fixed memory, because the render thread may remove an I/O procedure
 std::size_t procedureCount = 0;
 
 Installed* find(AudioDeviceID device, AudioDeviceIOProc procedure)
@@ -32,7 +32,7 @@ void setStarted(AudioDeviceID device, AudioDeviceIOProc procedure, bool isStarte
     if (Installed* const found = find(device, procedure)) found->isStarted = isStarted;
 }
 
-/// The output of a property call: its size, and whether it is missing.
+/// The caller's buffer of a property call, recorded as its size and ", nowhere" for a null pointer.
 struct Output {
     const UInt32* size;
     const void* data;

@@ -14,16 +14,17 @@ namespace device_spy {
 
 struct Platform {
     AudioDeviceID defaultOutputDevice = 2;
-    /// Stream format of all devices, except those in `streamFormatOf`.
+    /// Stream format of each device that has no row in `streamFormatOf`.
     AudioStreamBasicDescription streamFormat = {44100, 'lpcm', 9, 8, 1, 8, 2, 32, 0};
     std::map<AudioDeviceID, AudioStreamBasicDescription> streamFormatOf;
 };
 Platform& platform();
 
-/// Restore the initial platform, and reset the record of calls.
+/// Restore the initial platform, and forget all calls and scripted results.
 void reset();
 
-/// The I/O procedures that are added and not removed, in order.
+/// An I/O procedure that the player has added and not removed. installed() returns them in the order of
+/// adding.
 struct Installed {
     AudioDeviceID device;
     AudioDeviceIOProc procedure;

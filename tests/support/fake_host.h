@@ -1,15 +1,15 @@
-// A host in memory for tests of the plug-in's functions, with real value records, reference counts and all
-// services. It is written independently of the host in host/runtime and shares no code with it.
+// A host in memory for tests of the plug-in's functions, with real values, reference counts and all services.
+// The fake host shares no code with host/runtime, so that an error in one of the two hosts does not hide.
 //
 // The host records every look-up and every call, in order. A look-up is recorded as "? REALBuildString", or
-// as
-// "? X: none" if the host has no such service. A call is recorded as `REALBuildString("abc", 3) = s1`. Values
-// have short names: s1 is the first string, o2 the second object, m3 the third memory block, a4 the fourth
-// array, f5 the fifth folder item. The file reference of a folder item holds the text "the item", or "its
-// folder" if the caller asks for parent and name.
+// as "? X: none" if the host has no such service; a call as `REALBuildString("abc", 3) = s1`. Values have
+// short names: s1 is the first string, o2 the second object, m3 the third memory block, a4 the fourth array,
+// f5 the fifth folder item. The file reference of a folder item holds the text "the item", or "its folder" if
+// the caller asks for parent and name.
 //
-// From version 2016.0 on, the value records hold wrong contents, so that a plug-in that reads the records
-// instead of calling the services gets wrong text. Only one host exists at a time.
+// From version 2016.0 on, the fields of strings and arrays that a plug-in sees hold wrong contents, so a
+// plug-in that reads the fields instead of calling the services gets wrong text. Only one fake host exists at
+// a time.
 //
 // All functions: [main].
 #pragma once
@@ -30,19 +30,19 @@ namespace fake {
 
 using Notes = std::vector<std::string>;
 
-/// Return bytes as recorded: in quotes, with unprintable bytes as \xNN. More than 100 bytes are recorded as
-/// their number.
+/// Return bytes in the form of the recorded calls: in quotes, with unprintable bytes as \xNN. For more than
+/// 100 bytes the form is their number.
 std::string quoted(std::string_view bytes);
 
 /// An exception that the plug-in raised, as the host program receives it.
 struct Raised {
     std::string className;
-    std::optional<std::string> message;    ///< message; none if it is null
+    std::optional<std::string> message;    ///< message; none if the message is null
     std::optional<std::uint32_t> encoding; ///< encoding of the message
     std::optional<HostInteger> number;     ///< error number; none if the plug-in did not set it
 };
 
-/// A registered class definition, with a copy of its machine words at the time of the registration.
+/// A registered class definition, and a copy of the definition's machine words at the time of registration.
 struct Registration {
     REALclassDefinition* definition;
     std::vector<Word> words;
@@ -57,30 +57,34 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    /// Return the existing host.
+    /// Return the only fake host.
+    /// Errors  throws std::logic_error if no fake host exists.
     static Host& current();
 
-    /// The look-up function that this host passes to a plug-in.
+    /// The look-up function that a test passes to the plug-in: returns the address of a service, or null.
     static void* resolve(const char* name);
 
     // ---- the behaviour of the host ----
 
+    /// Result of REALGetRBVersion. The version decides only whether values have wrong fields; all services
+    /// exist.
     double version;
     bool isBuiltProgram = true;
-    bool recordsCalls = true;                     ///< a call allocates nothing if it is not recorded
+    bool recordsCalls = true;                     ///< whether calls are recorded; look-ups always are
     std::set<std::string> classes;                ///< classes of which the host can make instances
     HostInteger largestBlock = 1 << 20;           ///< size in bytes above which a memory block is refused
     bool blocksHaveBytes = true;                  ///< whether the address of a memory block is not null
-    std::string afterText;                        ///< bytes after the last byte of a text
+    std::string afterText;                        ///< bytes in memory after the last byte of each string
     ElementType directGet = ElementType::integer; ///< element type of "RuntimeArrayDirectGetGetProc"
     std::optional<HostInteger> claimedLength;     ///< result of "LenB" instead of the real length
     Word dataOffset = 0;                          ///< offset that a registration writes into the definition
-    bool itemsExist = true;                ///< whether a folder item exists, not only its parent folder
-    std::u16string itemName = u"song.wav"; ///< name of every folder item
-    /// Length of a folder item's name in UTF-16 units instead of the real length.
+    bool itemsExist = true;                       ///< false: only the parent folder of a folder item exists
+    std::u16string itemName = u"song.wav";        ///< name of every folder item
+    /// Length that the host reports for a folder item's name instead of the real length, in UTF-16 units.
     std::optional<std::uint16_t> claimedNameUnits;
 
-    /// Remove a service from the host, or restore it. "LenB" is the host method of that name.
+    /// Remove a service from the host, or restore it. The name "LenB" means the framework method that returns
+    /// the length of a string in bytes.
     void withhold(const std::string& name) { withheld_.insert(name); }
     void provide(const std::string& name) { withheld_.erase(name); }
     void provideAll() { withheld_.clear(); }
@@ -88,7 +92,7 @@ public:
     /// Make the next `times` calls of a service do nothing and return zero, null or false.
     void failNext(const std::string& name, int times = 1) { failures_[name] = times; }
 
-    /// Run `action` at the start of the next call of a service. It may throw.
+    /// Run `action` at the start of the next call of a service. The action may throw.
     void inNext(const std::string& name, std::function<void()> action) { actions_[name] = std::move(action); }
 
     /// Function that runs at the start of every call of a service.
@@ -100,7 +104,8 @@ public:
 
     // ---- recorded calls ----
 
-    /// Return all recorded look-ups and calls (notes), the calls alone, or the names of the look-ups.
+    /// notes() returns all recorded look-ups and calls; calls() the calls; lookUps() the names of the
+    /// look-ups.
     const Notes& notes() const { return notes_; }
     Notes calls() const;
     Notes lookUps() const;
@@ -111,8 +116,8 @@ public:
     const std::vector<Raised>& raised() const { return raised_; }
     const std::vector<Registration>& registrations() const { return registrations_; }
 
-    /// Return the referenced values with their reference counts, such as "s1: 2", and text data that the
-    /// plug-in has not disposed, such as "data of s1".
+    /// Return the values that are not released, with their reference counts, such as "s1: 2", and text data
+    /// that the plug-in has not disposed, such as "data of s1".
     Notes live() const;
     /// Return descriptions of misuse: a reference or text data released twice, or an unknown address.
     const Notes& faults() const { return faults_; }
@@ -126,26 +131,28 @@ public:
     REALarrayStruct* newIntegers(const std::vector<HostInteger>& elements);
     REALarrayStruct* newSingles(const std::vector<float>& elements);
     REALarrayStruct* newDoubles(const std::vector<double>& elements);
-    /// Add or release a reference without a record, or release all values and text data.
+    /// Add a reference to a value, as the host program does. No call is recorded.
     void hold(const void* value);
+    /// Release a reference to a value, as the host program does. No call is recorded.
     void drop(const void* value);
+    /// Destroy all values and text data, whatever their reference counts.
     void dropAll();
 
     std::string bytesOf(const REALstringStruct* text) const;
     std::uint32_t encodingOf(const REALstringStruct* text) const;
     std::string bytesOf(const REALmemoryBlockStruct* block) const;
-    /// Return the number of references, which is 0 for a released value.
+    /// Return the reference count of a value, or 0 if the value is destroyed.
     int references(const void* value) const;
     std::string nameOf(const void* value) const;
 
     /// Return the address of a string's bytes, or of a memory block's bytes.
     const char* storageOf(const REALstringStruct* text) const;
     const char* storageOf(const REALmemoryBlockStruct* block) const;
-    /// Set the upper bound of an array without a change of its elements.
+    /// Set the upper bound that the host reports for an array. The elements do not change.
     void setUpperBound(REALarrayStruct* array, HostInteger upperBound);
     bool knows(const void* value) const { return values_.count(value) > 0; }
 
-    std::map<std::string, AnyFunction> objectMethods; ///< methods by declaration
+    std::map<std::string, AnyFunction> objectMethods; ///< methods of all objects, by declaration
     std::map<std::pair<REALobjectStruct*, Word>, AnyFunction>
         eventHandlers; ///< handlers by object and event key
 

@@ -1,4 +1,4 @@
-// The services of memory blocks and arrays.
+// The fake host's services for memory blocks and arrays.
 #include "tests/support/fake_host_services.h"
 
 namespace fake {

@@ -1,4 +1,4 @@
-// The services of the host, its objects and its folder items.
+// The fake host's services for versions, registration, objects and folder items.
 #include "tests/support/fake_host_services.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@ struct HostServices : Services {
     static HostBoolean inRuntime()
     {
         Call call = note("REALinRuntime");
-        return begin(call) && host().isBuiltProgram ? 0x80 : 0; // the plug-in accepts any bit as true
+        return begin(call) && host().isBuiltProgram ? 0x80 : 0; // the plug-in takes any byte but 0 for true
     }
 
     static void registerClass(REALclassDefinition* definition)
@@ -172,7 +172,7 @@ struct HostServices : Services {
             std::memcpy(static_cast<char*>(name) + sizeof claimed, h.itemName.data(),
                         length * sizeof(char16_t));
         }
-        return 0x20; // the plug-in accepts any bit as true
+        return 0x20; // the plug-in takes any byte but 0 for true
     }
 
     static AnyFunction find(const std::string& name)

@@ -10,7 +10,8 @@ namespace fake {
 
 inline Host* theHost = nullptr;
 
-/// A value of any kind: its real record, and its contents.
+/// A value of any kind. `text` or `array` is the struct that the plug-in sees; the other fields are the
+/// contents.
 struct Host::Value {
     char kind; // s: string, o: object, m: memory block, a: array, f: folder item
     std::string name;
@@ -20,8 +21,8 @@ struct Host::Value {
     std::string bytes;          // bytes of a string or a memory block
     std::uint32_t encoding = 0; // encoding of a string
     std::unique_ptr<char[]> storage;
-    std::optional<HostInteger> claimedSize; // size of a memory block instead of the real size
-    bool hasMemory = true;                  // whether a memory block has an address
+    std::optional<HostInteger> claimedSize; // reported size of a memory block instead of the real size
+    bool hasMemory = true;                  // whether the address of a memory block is not null
 
     std::string className; // class of an object
     REALstringStruct* message = nullptr;
@@ -47,7 +48,7 @@ struct Host::TextData {
     std::unique_ptr<char[]> storage;
 };
 
-/// Return arguments as recorded.
+/// Return an argument in the form of the recorded calls: bytes, a machine word, or the short name of a value.
 std::string quoted(const void* bytes, HostInteger count);
 std::string code(Word value);
 inline std::string shown(const void* value) { return theHost->nameOf(value); }
@@ -72,7 +73,7 @@ private:
     const char* name_;
 };
 
-/// Base of all groups of services.
+/// The parts that all groups of services share.
 struct Services {
     static Host& host()
     {
@@ -80,7 +81,8 @@ struct Services {
         return *theHost;
     }
 
-    /// Run the action that the test has set for this call; it may throw. Returns whether the call succeeds.
+    /// Run the actions that the test has set for this call; they may throw. Returns false if the call must
+    /// fail.
     static bool begin(Call& call)
     {
         Host& h = host();
@@ -99,7 +101,7 @@ struct Services {
         return Call(host().recordsCalls ? &host().notes_ : nullptr, name, arguments);
     }
 
-    /// Return the value of an address, if it has one of the kinds. Otherwise record a fault and return null.
+    /// Return the value at an address. If no value of these kinds is there, note a misuse and return null.
     static Host::Value* known(const void* value, const char* kinds, const char* service)
     {
         Host::Value* found = host().find(value);
@@ -115,8 +117,8 @@ struct Services {
     }
 };
 
-/// Return a service of the host, its objects and folder items; of strings; or of memory blocks and arrays.
-/// Each function returns null for an unknown name.
+/// Find a service by name, each function in one of the files fake_host_objects, _text and _arrays.
+/// Returns  null if the file has no service of that name.
 AnyFunction findHostService(const std::string& name);
 AnyFunction findTextService(const std::string& name);
 AnyFunction findArrayService(const std::string& name);

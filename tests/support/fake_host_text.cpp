@@ -1,4 +1,4 @@
-// The services of strings, and the conversion of text to other encodings.
+// The fake host's services for strings, with the conversion of text to other encodings.
 #include "tests/support/fake_host_services.h"
 
 namespace fake {
@@ -174,7 +174,7 @@ struct TextServices : Services {
         std::memcpy(data->bookkeeping, &id, sizeof id);
         h.textData_[id] =
             std::unique_ptr<Host::TextData>(new Host::TextData{found->name, std::move(storage)});
-        return 0x40; // the plug-in accepts any bit as true
+        return 0x40; // the plug-in takes any byte but 0 for true
     }
     static void disposeStringData(REALstringData* data)
     {

@@ -1,4 +1,4 @@
-// The fake host: its values, their reference counts, and the record of calls.
+// The fake host's values, reference counts, and recorded calls.
 #include "tests/support/fake_host_services.h"
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 namespace fake {
 namespace {
 
-constexpr char wrongText[] = "!wrong text!"; // contents of opaque records
+constexpr char wrongText[] = "!wrong text!"; // contents of the fields that a plug-in must not read
 constexpr Word wrongEncoding = 0xDEC0;
 
 } // namespace
@@ -144,7 +144,7 @@ void Host::dropAll()
     textData_.clear();
 }
 
-/// Set the record of a string as a host of this version does.
+/// Set the fields of a string that the plug-in sees, as a host of this version does.
 void Host::place(Value& value)
 {
     const std::string whole = 'P' + value.bytes + afterText;

@@ -1,4 +1,4 @@
-// The number of platform objects that are not released, by kind.
+// The live-object counts of the platform.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// Return the number of live objects of `kind`, such as "IOProc".
+/// Return the number of platform objects of `kind`, such as "IOProc", that no caller has released.
 /// [any]
 inline std::uint32_t liveObjects(std::string_view kind)
 {

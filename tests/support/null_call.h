@@ -1,4 +1,4 @@
-// The end of a program that calls a function through a null pointer, for EXPECT_EXIT.
+// How a program ends that calls a function through a null pointer: the arguments for EXPECT_EXIT.
 #pragma once
 
 #include "tests/support/sanitizers.h"
@@ -8,14 +8,14 @@
 
 namespace support {
 
-/// Return whether SIGSEGV ended the program, or a sanitizer that caught the signal.
+/// Return whether the wait status is that of a program that SIGSEGV, or a sanitizer's handler of it, ended.
 inline bool endedByNullCall(int status)
 {
     if (hasAddressSanitizer || hasThreadSanitizer) return WIFEXITED(status) && WEXITSTATUS(status) != 0;
     return WIFSIGNALED(status) && WTERMSIG(status) == SIGSEGV;
 }
 
-/// Pattern of the text that such a program writes to standard error.
+/// Pattern of the text that a program writes to standard error when a null call ends it.
 inline const char* const nullCallText =
     hasAddressSanitizer || hasThreadSanitizer ? "Sanitizer:? ?.*SEGV" : "^$";
 

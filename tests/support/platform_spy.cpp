@@ -11,7 +11,7 @@ namespace {
 
 struct State {
     std::map<const void*, std::string> names;
-    std::deque<Object> objects; // a deque, because the addresses of the objects must not change
+    std::deque<Object> objects; // a deque, because it does not move the objects
     std::map<std::string, int> made;
     std::string value; // bytes of the last property that was set
     Calls faults;
@@ -100,6 +100,7 @@ Call finish(const char* function, const Line& line)
     }
     if (inEachCall) inEachCall(number);
     if (call.scripted.during) call.scripted.during();
+    const Guard guard; // the functions above may have changed the refusals
     const auto refused = theScript.refusals.find(number);
     call.status = refused == theScript.refusals.end() ? call.scripted.status : refused->second;
     return call;

@@ -1,6 +1,6 @@
-// The common part of all spies that replace platform functions: the record of calls, the scripted results,
-// and the simulated platform objects. A spy defines platform functions under their own names; a test program
-// that links the spy and exports its symbols calls these functions instead of those of libkvxplatform.
+// The common part of all spies that replace platform functions: the log of calls, the scripted results, and
+// the simulated platform objects. A spy defines platform functions under their own names; a test program that
+// links the spy and exports its symbols calls these functions instead of those of libkvxplatform.
 //
 // A recorded call shows the function and its arguments:
 //
@@ -26,26 +26,26 @@ namespace spy {
 
 // ---- scripted results ----
 
-/// The scripted result of one platform function. It applies to all calls of that function.
+/// The scripted result of one platform function, for all calls of the function.
 struct Answer {
     OSStatus status = 0;             ///< status of the call; a status other than 0 refuses the call
     bool leavesGarbage = true;       ///< whether a refused call writes garbage to its outputs
-    std::optional<UInt32> size;      ///< size that the call writes back to the caller
-    std::optional<Boolean> writable; ///< writability that the call writes back to the caller
+    std::optional<UInt32> size;      ///< size that the call writes to the caller's size variable
+    std::optional<Boolean> writable; ///< result of a call that asks whether a property is writable
     /// Bytes that the call writes to the caller's buffer, cut to the buffer's size.
     std::string value;
-    Float32 parameter = 0;        ///< value that AudioUnitGetParameter returns
+    Float32 parameter = 0;        ///< result of AudioUnitGetParameter in graph_spy; property_spy uses `value`
     std::uint64_t bits = 0;       ///< bits of the result of a function that returns no status
-    std::function<void()> during; ///< function that runs inside the call, after the recording; it may throw
+    std::function<void()> during; ///< runs inside the call, after the recording; may throw
 };
 
 struct Script {
-    std::map<std::string, Answer, std::less<>> answers; ///< results by function
-    /// Status of each refused call, by the number of the call. Calls are counted from 0 after reset() or
-    /// forgetCalls().
+    std::map<std::string, Answer, std::less<>> answers; ///< scripted results by the name of the function
+    /// Status of each refused call, by the number of the call: calls of all functions are counted together,
+    /// from 0 after reset() or forgetCalls().
     std::map<std::size_t, OSStatus> refusals;
-    /// Function that runs inside every call with the number of the call. It may throw; a releasing call
-    /// releases its object nevertheless.
+    /// Function that runs inside every call, with the number of the call. If the function throws, a platform
+    /// call that releases an object still releases it.
     std::function<void(std::size_t)> inEachCall;
 };
 Script& script();
@@ -77,8 +77,8 @@ Calls faults();
 
 // ---- for the spies ----
 
-/// Holds the lock on the state of all spies. Recording holds this lock too, but not while functions of the
-/// test run.
+/// Holds the lock on the state of all spies. record() takes the lock, too, but not while it runs functions of
+/// the test.
 class Guard {
 public:
     Guard();
@@ -87,14 +87,15 @@ public:
     Guard& operator=(const Guard&) = delete;
 };
 
-/// One recorded call, with the results that the test has scripted.
+/// What a platform function does after record(): the status to return, and the scripted result.
 struct Call {
     OSStatus status;
     Answer scripted;
 };
+/// Internal part of record(): log the line, then run the functions of the test.
 Call finish(const char* function, const Line& line);
 
-/// Record a call, then run the functions of the test.
+/// Record a call as text, run the functions that the test has scripted for it, and return the result.
 template <class... Arguments>
 Call record(const char* function, const Arguments&... arguments)
 {
@@ -109,7 +110,7 @@ Call record(const char* function, const Arguments&... arguments)
     return finish(function, line);
 }
 
-/// Return whether the test has named a pointer. The caller holds the guard.
+/// Return whether the test has named a pointer. Call while a Guard exists.
 bool isNamed(const void* pointer);
 
 void fault(const std::string& text);
@@ -117,19 +118,18 @@ void fault(const std::string& text);
 /// Keep the bytes that lastValue() returns.
 void keepValue(const void* bytes, UInt32 size);
 
-/// A simulated platform object. The address of this record is the handle of the object. The first field makes
-/// a memory handle, which is a pointer to the address of the memory.
+/// A simulated platform object. The address of this struct is the handle that the code under test receives.
+/// `bytes` is the first field, because a memory handle is a pointer to the address of the memory.
 struct Object {
     char* bytes = nullptr;
     std::string name;
     bool isLive = true;
-    bool isOwed = true; ///< whether the code under test must release the object
-    std::unique_ptr<char[]>
-        memory; ///< has exactly `size` bytes, so that a sanitizer finds a write past its end
+    bool isOwed = true;             ///< whether the code under test must release the object
+    std::unique_ptr<char[]> memory; ///< exactly `size` bytes, so that a sanitizer finds a write past the end
     std::size_t size = 0;
 };
 
-/// Make an object. `make` names it after its kind and number, such as "file2".
+/// Make an object. make() and makeMemory() name the object after its kind and number, such as "file2".
 void* make(const std::string& kind, bool isOwed = true);
 void* makeNamed(const std::string& name);
 void* makeMemory(const std::string& kind, const void* bytes, std::size_t size);
@@ -140,10 +140,10 @@ Object* find(const void* handle);
 /// Return the next name of a kind, such as "file2".
 std::string nextName(const std::string& kind);
 
-/// Mark all objects as released whose names begin with `beginning`, because their owner is released.
+/// Mark the objects whose names begin with `beginning` as released. Call when their owner is released.
 void releaseAll(const std::string& beginning);
 
-/// Releases the object of a handle at the end of a platform call, even if the call throws.
+/// Releases the object of a handle in its destructor, at the end of a platform call, even if the call throws.
 class Release {
 public:
     Release(const char* function, const void* handle) : function_(function), handle_(handle) {}
@@ -163,7 +163,7 @@ inline void writeGarbage(void* bytes, std::size_t size)
     if (bytes) std::memset(bytes, 0x3F, size);
 }
 
-/// Write an output value, or garbage if the call is refused.
+/// Write `value` to the caller's variable, or garbage if `status` refuses the call.
 template <class T>
 OSStatus give(OSStatus status, T* target, const T& value)
 {
@@ -174,15 +174,15 @@ OSStatus give(OSStatus status, T* target, const T& value)
     return status;
 }
 
-/// Make an object and write its handle, or write garbage if the call is refused.
+/// Make an object and write its handle to the caller's variable, or garbage if `status` refuses the call.
 template <class Reference>
 OSStatus giveNew(OSStatus status, const char* kind, Reference* target, bool isOwed = true)
 {
     return give(status, target, status ? Reference{} : static_cast<Reference>(make(kind, isOwed)));
 }
 
-/// Write a property value to a buffer of `*size` bytes, or garbage if the call is refused. `sizeError`
-/// refuses the call if the buffer is too small.
+/// Write a property value to the caller's buffer of `*size` bytes, or garbage if `status` refuses the call.
+/// Returns  `status`, or `sizeError` if the buffer is too small.
 template <class T>
 OSStatus giveProperty(OSStatus status, OSStatus sizeError, UInt32* size, void* target, const T& value)
 {

@@ -1,5 +1,6 @@
-// The text of the arguments of recorded calls, chosen by the type of the argument. Integers are decimal. The
-// records in this header select another text for plain numbers and addresses.
+// The text of the arguments in recorded calls. The type of an argument selects its text; integers are
+// decimal. A spy wraps an argument in one of the structs below to record it in another form, such as
+// Hex{number}.
 #pragma once
 
 #include "tests/support/call_log.h"
@@ -12,13 +13,13 @@
 
 namespace spy {
 
-/// A number in hexadecimal digits.
+/// A number, recorded in hexadecimal digits.
 struct Hex {
     unsigned long long number;
 };
 inline Line& operator<<(Line& line, Hex hex) { return line.print("0x%llX", hex.number); }
 
-/// A four-character code, such as 'lpcm'; a decimal number if a character is not printable.
+/// A four-character code, recorded as 'lpcm', or as a decimal number if a character is not printable.
 struct Code {
     UInt32 word;
 };
@@ -36,7 +37,8 @@ struct Bytes {
 };
 inline Line& operator<<(Line& line, Bytes bytes) { return line << bytes.count << " bytes"; }
 
-/// A size that the caller announces and the platform overwrites.
+/// The size variable of a property call: the caller states the size of its buffer, the platform overwrites
+/// it.
 struct InOut {
     const UInt32* size;
 };
@@ -45,14 +47,14 @@ inline Line& operator<<(Line& line, InOut size)
     return size.size ? line << "size " << *size.size : line << "no size";
 }
 
-/// Nine digits, which distinguish any two floats.
+/// A 32-bit float, recorded with nine digits, which distinguish any two floats.
 inline Line& operator<<(Line& line, Float32 number)
 {
     return line.print("%.9g", static_cast<double>(number));
 }
 inline Line& operator<<(Line& line, Float64 number) { return line.print("%g", number); }
 
-/// The name of a pointer or of a platform object.
+/// A pointer, recorded as its name, as the name of its platform object, or as "memory".
 Line& operator<<(Line& line, const void* pointer);
 
 template <class Result, class... Arguments>

@@ -17,6 +17,7 @@ namespace {
 using spy::Answer;
 using spy::Call;
 using spy::Hex;
+using spy::InOut;
 using spy::Line;
 using spy::record;
 
@@ -27,7 +28,7 @@ std::set<const void*> platformStrings;
 
 // ---- arguments as text ----
 
-/// The float's bits.
+/// A 32-bit float, recorded as its bits.
 struct Bits {
     Float32 number;
 };
@@ -48,21 +49,13 @@ Line& operator<<(Line& line, Address address)
                 << Hex{address.fields->mElement} << "}";
 }
 
-/// A unit or component instance, which is a number that the test chose.
+/// A handle of an audio unit or a component instance: a number that the test has chosen.
 struct HandleOf {
     const void* value;
 };
 Line& operator<<(Line& line, HandleOf handle)
 {
     return line << "handle " << Hex{reinterpret_cast<std::uintptr_t>(handle.value)};
-}
-
-struct InOut {
-    const UInt32* size;
-};
-Line& operator<<(Line& line, InOut size)
-{
-    return size.size ? line << "size " << *size.size : line << "size nowhere";
 }
 
 struct Writable {
@@ -73,7 +66,7 @@ Line& operator<<(Line& line, Writable writable)
     return writable.flag ? line << "writable " << *writable.flag : line << "writable nowhere";
 }
 
-/// A buffer for a value: its name, or whether the caller zeroed it.
+/// The caller's buffer for a value, recorded as its name, or as its size and whether it holds zeros only.
 struct Buffer {
     const void* bytes;
     const UInt32* size;
@@ -86,7 +79,7 @@ Line& operator<<(Line& line, Buffer buffer)
     return line << *buffer.size << (isZeroed ? " zeros" : " bytes that are not all zero");
 }
 
-/// The output of AudioUnitGetParameter, with its value before the call.
+/// The output variable of AudioUnitGetParameter, recorded with the value that it has before the call.
 struct ParameterOutput {
     const Float32* number;
 };
@@ -139,7 +132,7 @@ const PlatformString* platformString(const void* reference)
     return platformStrings.count(reference) ? static_cast<const PlatformString*>(reference) : nullptr;
 }
 
-/// The platform's own function, for strings that the test did not make.
+/// Return the platform's own function, which a spy function calls for strings that the test did not make.
 template <class Function>
 Function* realFunction(Function*, const char* name)
 {
@@ -369,7 +362,7 @@ UInt64 AudioGetCurrentHostTime() { return resultOf<UInt64>(record(__func__)); }
 UInt64 AudioConvertHostTimeToNanos(UInt64 time) { return resultOf<UInt64>(record(__func__, Hex{time})); }
 UInt64 AudioConvertNanosToHostTime(UInt64 nanos) { return resultOf<UInt64>(record(__func__, Hex{nanos})); }
 
-// ---- platform strings: those that the test made; all others go to the platform ----
+// ---- platform strings: calls for strings that the test did not make go to the platform ----
 
 CFIndex CFStringGetLength(CFStringRef reference)
 {

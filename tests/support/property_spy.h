@@ -1,10 +1,11 @@
-// A spy for the platform's property functions: devices, streams, hardware, audio units, audio objects and
-// their listeners, components, the host clock, and platform strings. Recorded calls look like this:
+// A spy for the platform functions that CoreAudioKVX and the listener call: properties of devices, streams,
+// hardware and audio objects, property listeners, audio units, components, the host clock, and platform
+// strings.
 //
 //     AudioDeviceGetProperty(0x7, 0x0, 1, 0x6E616D65, size 5, 5 zeros)
 //
-// Numbers are hexadecimal. "size" is the size that the caller announces. A buffer for a value shows its size
-// and whether the caller zeroed it. A float shows its bits. By default a call succeeds and writes nothing.
+// Recorded numbers are hexadecimal, and floats are recorded as their bits. "size" is the size that the caller
+// states; "5 zeros" is the caller's buffer. By default a call succeeds and writes nothing.
 #pragma once
 
 #include "tests/support/platform_spy.h"
@@ -17,17 +18,17 @@
 
 namespace property_spy {
 
-/// Restore the initial state, and reset the record of calls.
+/// Restore the initial state, and forget all calls and scripted results.
 void reset();
 
-/// Set whether the spy reads the bytes that a caller passes. A test with an invalid address must set it to
-/// false.
+/// Set whether the spy reads the bytes that a caller passes. A test that passes an invalid address must
+/// forbid the reading.
 void readValues(bool areRead);
 
 /// Return the bytes of the qualifier in the last audio-object call.
 std::string lastQualifier();
 
-/// The listeners that are added and not removed.
+/// A property listener that the code under test has added and not removed.
 struct Registration {
     AudioObjectID object;
     AudioObjectPropertyAddress address;
@@ -36,8 +37,8 @@ struct Registration {
 };
 const std::vector<Registration>& registrations();
 
-/// A platform string that counts its releases. `length` is its number of UTF-16 units. A string without
-/// `utf8` cannot be converted.
+/// A platform string that a test makes; `releases` counts the calls of CFRelease. `length` is the number of
+/// UTF-16 units. If `utf8` is empty, the conversion of the string to bytes fails.
 struct PlatformString {
     std::optional<std::string> utf8;
     CFIndex length = 0;
@@ -52,7 +53,7 @@ struct PlatformString {
     PlatformString& operator=(const PlatformString&) = delete;
 
     CFStringRef reference() const { return reinterpret_cast<CFStringRef>(this); }
-    /// Return the bytes of the reference, for spy::Answer::value.
+    /// Return the bytes of the string's address, for use as spy::Answer::value.
     std::string asValue() const;
 };
 

@@ -9,7 +9,8 @@ namespace reference {
 
 namespace {
 
-/// Truncate toward zero; not-a-number and values out of range give the lowest integer.
+/// Convert a number to an integer as the processor does: truncate toward zero; NaN and values out of range
+/// give the lowest integer.
 std::int64_t truncated(double value)
 {
     const double whole = std::trunc(value);
@@ -17,7 +18,7 @@ std::int64_t truncated(double value)
     return std::numeric_limits<std::int64_t>::min();
 }
 
-/// Add with wrap-around.
+/// Add two integers with wrap-around on overflow.
 std::int64_t sum(std::int64_t a, std::int64_t b)
 {
     std::int64_t result;
@@ -25,7 +26,7 @@ std::int64_t sum(std::int64_t a, std::int64_t b)
     return result;
 }
 
-/// Write float `index` of a buffer; nothing happens outside the buffer.
+/// Write a value to the float at `index` of a buffer. A write outside the buffer has no effect.
 void put(Buffer& buffer, std::uint64_t index, float value)
 {
     if (buffer.isAbsent || (index + 1) * sizeof value > buffer.bytes.size()) return;
@@ -64,7 +65,8 @@ float Player::sample(std::int64_t index)
     current.reset();
     if (!takeNext()) return 0;
     const std::int64_t inNext = offset - size;
-    if (inNext >= static_cast<std::int64_t>(current->size())) return 0; // index past the next buffer
+    if (inNext >= static_cast<std::int64_t>(current->size()))
+        return 0; // the index is past the end of the next buffer
     return (*current)[static_cast<std::size_t>(inNext)];
 }
 

@@ -1,5 +1,5 @@
-// A plain reimplementation of the buffered player's rendering, one sample at a time. Tests compare the player
-// with it bit for bit, so it shares no code with the plug-in.
+// The reference player: computes the output of the buffered player in a plain way, one sample at a time.
+// Tests compare the two outputs bit by bit, so the reference player shares no code with the plug-in.
 #pragma once
 
 #include <cstdint>
@@ -10,15 +10,15 @@
 
 namespace reference {
 
-/// An output buffer: bytes of interleaved 32-bit floats. An absent buffer has no memory.
+/// An output buffer of interleaved 32-bit floats, as bytes. An absent buffer stands for a null address.
 struct Buffer {
     std::uint32_t channels;
     std::vector<unsigned char> bytes;
     bool isAbsent;
 };
 
-/// The output of one slice. Only the first `inUse` buffers are listed; the first buffer gives the number of
-/// frames even if none is listed.
+/// The output of one slice. A render call writes to the first `inUse` buffers. The size of the first buffer
+/// gives the number of frames, even if `inUse` is 0.
 struct Slice {
     std::vector<Buffer> buffers;
     std::size_t inUse;
@@ -26,25 +26,25 @@ struct Slice {
 
 class Player {
 public:
-    // Set by the host.
+    // The host program sets these fields.
     float sampleRate = 44100;
     int numberOfChannels = 1;
     bool noUnderflow = false;
     bool hadUnderflow = false;
     bool stopRequested = false;
 
-    // Set by start().
+    // start() sets these fields.
     float deviceSampleRate = 44100;
     bool isRunning = false;
 
-    // Changed by render().
+    // render() changes these fields.
     double position = 0;
     double relativePosition = 0;
-    std::int64_t base = 0; ///< index of the first sample of `current`
+    std::int64_t base = 0; ///< index of the first sample of the buffer `current`
     std::optional<std::vector<float>> current;
     std::deque<std::vector<float>> waiting;
 
-    /// The player's calls of the device, in order.
+    /// The device functions that the player calls, in order.
     std::vector<std::string> calls;
 
     void start(float rateOfDevice);

@@ -1,4 +1,4 @@
-// The sanitizers with which this program is built, as constants.
+// Constants that state with which sanitizers this program is built.
 #pragma once
 
 #ifndef __has_feature // missing in other compilers

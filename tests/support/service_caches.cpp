@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A service wrapper, with its bytes before any look-up.
+/// A service wrapper of the plug-in, and a copy of the wrapper's bytes from before any look-up.
 struct Cache {
     void* wrapper;
     std::vector<char> fresh;

@@ -1,5 +1,5 @@
-// Reset of the function addresses that the service wrappers keep, for use between tests.
+// Resets the addresses of host services that the plug-in keeps, for use between tests.
 #pragma once
 
-/// Make all service wrappers and the string-length wrapper look up their functions again.
+/// Make the plug-in look up all host services again, with the function that returns the length of a string.
 void forgetServices();

@@ -16,7 +16,8 @@ Sound makeNoise(int sampleRate, int channels, std::size_t frames, unsigned seed)
     std::uint32_t state = seed * 2654435761u + 1;
     while (sound.samples.size() < frames * std::size_t(channels)) {
         state = state * 1664525u + 1013904223u;
-        // An odd numerator is never zero. 24 significant bits make products round.
+        // An odd numerator makes no sample zero. 24 significant bits make products of samples inexact, so
+        // rounding shows.
         sound.samples.push_back(float(std::int32_t(state) >> 7 | 1) / float(1 << 24));
     }
     return sound;

@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// Interleaved samples with their format.
+/// Interleaved samples, with the sample rate and the channel count.
 struct Sound {
     int sampleRate = 44100;
     int channels = 1;
@@ -23,16 +23,19 @@ Sound makeNoise(int sampleRate, int channels, std::size_t frames, unsigned seed 
 /// octave.
 Sound makeSweep(int sampleRate, int channels, std::size_t frames);
 
-/// Write a file of a libsndfile format (such as SF_FORMAT_WAV | SF_FORMAT_FLOAT). Throws std::runtime_error.
+/// Write a sound file in a libsndfile format, such as SF_FORMAT_WAV | SF_FORMAT_FLOAT.
+/// Errors  throws std::runtime_error.
 void writeSound(const Sound& sound, const std::string& path, int format);
 
-/// Write a WAV file of 32-bit floats, which is bit-exact.
+/// Write the samples unchanged to a WAV file of 32-bit floats.
 void writeSound(const Sound& sound, const std::string& path);
 
-/// Return the bytes of a 16-bit PCM WAV file. The rate and the number of channels need not make sense.
+/// Return the bytes of a 16-bit PCM WAV file. The header states the rate and the channel count, even absurd
+/// ones.
 std::string waveBytes(std::uint32_t rate, std::uint32_t channels, std::uint32_t frames);
 
-/// Decode a sound file. Throws std::runtime_error.
+/// Decode a sound file.
+/// Errors  throws std::runtime_error.
 Sound readSound(const std::string& path);
 
 /// Return the index of the first frame with a sample other than zero, or the number of frames if all samples

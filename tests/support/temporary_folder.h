@@ -1,4 +1,4 @@
-// A temporary folder, which is removed with the object.
+// A temporary folder. The destructor removes it with all its files.
 #pragma once
 
 #include <filesystem>
