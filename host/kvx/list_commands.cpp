@@ -129,7 +129,8 @@ ordered_json deviceRowJson(const DeviceFacts& device, std::size_t row, const Rol
             {"isRunning", device.isRunning}};
 }
 
-/// Print one change with its time. The output is flushed, because a pipe's reader follows the changes.
+/// Print a line that reports a change, with the time of day. The output is flushed, because the reader of a
+/// pipe follows the changes.
 void printChange(const std::string& line)
 {
     const std::time_t now = std::time(nullptr);
@@ -141,7 +142,7 @@ void printChange(const std::string& line)
 
 int watchDevices(host::Host& host, const CoreAudio& core, double demoSeconds)
 {
-    // The timeout of a wait limits the response to Ctrl-C and the speed of the demo.
+    // The longest wait for a change. After it, the loop checks for Ctrl-C and runs the next step of the demo.
     constexpr double waitSeconds = 0.1, demoWaitSeconds = 0.01;
     InterruptGuard guard;
     Watch watch(host, core, printChange);
@@ -150,7 +151,7 @@ int watchDevices(host::Host& host, const CoreAudio& core, double demoSeconds)
 
     std::optional<Demo> demo;
     if (demoSeconds > 0) demo.emplace(host, core, demoSeconds);
-    // The demo waits for the report of its last step, because its next step could undo the last one unseen.
+    // The demo waits until its last change is reported, because its next step could undo that change.
     bool isReported = true;
     while (!isInterrupted()) {
         if (demo && isReported) isReported = !demo->stepIfDue();

@@ -1,5 +1,5 @@
-// kvx classes and kvx devices: what the library has, as text and as JSON.
-// All functions: [main].
+// The commands `kvx classes` and `kvx devices`, which list classes of the library and audio devices as text
+// or JSON. All functions: [main].
 #pragma once
 
 #include "host/kvx/devices/device_facts.h"
@@ -11,7 +11,7 @@
 namespace kvx {
 
 struct ClassesOptions {
-    std::string name; ///< name of one class; empty: all classes
+    std::string name; ///< name of the one class to print; empty: all classes
     bool isJson = false;
     LibraryOptions library;
 };
@@ -19,7 +19,7 @@ struct ClassesOptions {
 struct DevicesOptions {
     bool isJson = false;
     bool isWatching = false;
-    double demoSeconds = 0; ///< seconds between two steps of the demo; 0: no demo
+    double demoSeconds = 0; ///< seconds between two steps of the demonstration; 0: no demonstration
     LibraryOptions library;
 };
 
@@ -28,12 +28,12 @@ struct DevicesOptions {
 /// Errors   throws Failure.
 int classesCommand(const ClassesOptions& options);
 
-/// Print the devices. With isWatching, also print each change until Ctrl-C.
+/// Print the devices. If `isWatching` is set, then print each change of a device until Ctrl-C.
 /// Returns  the exit code.
 /// Errors   throws Failure.
 int devicesCommand(const DevicesOptions& options);
 
-/// The devices as a JSON array of objects, in the order of the list.
+/// Format the devices as a JSON array of objects, in the order of the system's device list.
 std::string deviceJson(const std::vector<DeviceFacts>& devices, const Roles& roles);
 
 } // namespace kvx

@@ -1,5 +1,5 @@
-// kvx: plays and renders sound files through the library, and shows the library's classes, the audio devices
-// and their properties. This file declares the command line, except the options of playing, and the exit
+// The command `kvx`: plays and renders sound files through the library, and shows the library's classes and
+// the audio devices. This file declares the subcommands, except those that play and render, and the exit
 // codes.
 #include "host/kvx/devices/shared_options.h"
 #include "host/kvx/files/tune.h"
@@ -156,10 +156,10 @@ int runAction(const Action& action)
         return fail(error.what(), exitWrongUsage);
     } catch (const std::bad_alloc&) {
         return fail(noMemory, exitFailed);
-    } catch (const std::length_error&) { // a container would exceed the address space
+    } catch (const std::length_error&) { // thrown by a container that would exceed the address space
         return fail(noMemory, exitFailed);
     } catch (const std::exception& error) {
-        if (!isOutputWritten()) return exitFailed; // main() reports that stdout cannot be written
+        if (!isOutputWritten()) return exitFailed; // main() reports lost output instead of this error
         return fail(error.what(), exitFailed);
     }
 }
@@ -193,13 +193,15 @@ int run(int argumentCount, char** arguments)
         nameChosenCommand(app);
         return runAction(action);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error); // prints the text of --help
+        if (error.get_exit_code() == 0)
+            return app.exit(error); // the user has given --help, and app.exit() prints the help text
         nameChosenCommand(app);
         return fail(fmt::format("{}; --help lists the arguments", error.what()), exitWrongUsage);
     }
 }
 
-/// Open a standard stream that the caller closed, so that no other file gets its descriptor.
+/// Open each standard stream that this process was started without, so that no other file gets the descriptor
+/// of a standard stream.
 void openStandardStreams()
 {
     int file;
@@ -215,8 +217,8 @@ int main(int argumentCount, char** arguments)
 {
     openStandardStreams();
     for (const int signal : {SIGPIPE, SIGXFSZ})
-        std::signal(signal, SIG_IGN); // a failed write returns an error instead
+        std::signal(signal, SIG_IGN); // a failed write then returns an error instead of ending the process
     const int code = run(argumentCount, arguments);
-    // A code above exitWrongUsage means that a signal ended the command, so lost output needs no message.
+    // A code above exitWrongUsage means that a signal has ended the command, so lost output is not reported.
     return isOutputWritten() || code > exitWrongUsage ? code : fail(kvx::OutputFailure().what(), exitFailed);
 }

@@ -22,7 +22,7 @@ Demo::~Demo()
         if (player_) stop();
         if (device_) KVXPlatformRemoveSimulatedDevice(device_);
     } catch (const std::exception&) {
-        // The error is ignored: a destructor must not throw, and the process ends anyway.
+        // The error is ignored, because a destructor must not throw and the process ends anyway.
     }
 }
 
@@ -68,7 +68,7 @@ void Demo::add()
 
 void Demo::start()
 {
-    // A player that does not stop at an underflow keeps the device running, silently.
+    // A player whose property NoUnderflow is true keeps the device running in silence.
     player_ = host_.create("CoreAudioPlayerKVX");
     player_.set("OutputDeviceID", std::int64_t{device_});
     player_.set("NoUnderflow", true);

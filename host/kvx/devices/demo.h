@@ -1,4 +1,4 @@
-// Adds, changes and removes simulated devices, for `kvx devices --watch --demo`.
+// The demonstration of `kvx devices --watch --demo`, which adds, changes and removes simulated devices.
 #pragma once
 
 #include "host/kvx/library/core_audio.h"
@@ -9,17 +9,16 @@
 
 namespace kvx {
 
-/// Runs the life of one simulated device after the other, step by step. The platform's control functions add
-/// and remove the devices; the library changes them, as in any host program.
-/// All functions: [main].
+/// Adds a simulated device, changes it in several steps and removes it, then repeats this with a new device.
+/// The platform's control functions add and remove the device; the library changes it. All functions: [main].
 class Demo {
 public:
     Demo(host::Host& host, const CoreAudio& core, double secondsPerStep);
-    ~Demo(); ///< the destructor removes the present device
+    ~Demo(); ///< the destructor removes the device that exists at this time
     Demo(const Demo&) = delete;
     Demo& operator=(const Demo&) = delete;
 
-    /// Run the next step if its time has come. Each step changes something that a Watch reports.
+    /// Run the next step if its time has come. Each step makes one change that a Watch reports.
     /// Returns  whether a step ran.
     /// Errors   throws Failure.
     bool stepIfDue();
@@ -39,9 +38,9 @@ private:
     Clock::duration pause_;
     Clock::time_point next_;
     std::size_t step_ = 0;
-    std::size_t deviceCount_ = 0; ///< number of devices added so far
-    KVXDeviceID device_ = 0;      ///< ID of the present device; 0: no device
-    host::Object player_;         ///< player that keeps the device running
+    std::size_t deviceCount_ = 0; ///< number of simulated devices added so far
+    KVXDeviceID device_ = 0;      ///< ID of the simulated device that exists now; 0: none
+    host::Object player_;         ///< player of the library that keeps the device running
 };
 
 } // namespace kvx

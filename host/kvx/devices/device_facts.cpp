@@ -9,7 +9,7 @@
 namespace kvx {
 namespace {
 
-/// Reads the properties of one device by the names of the library's constants.
+/// Reads the properties of one device. The library's constants name the properties.
 class Reader {
 public:
     Reader(const CoreAudio& core, ObjectID device) : core_(core), device_(device) {}

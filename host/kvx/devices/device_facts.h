@@ -1,4 +1,4 @@
-// The devices and their properties, read through the library.
+// Reads the audio devices and their properties through the library.
 // All functions: [main].
 #pragma once
 
@@ -11,8 +11,8 @@
 
 namespace kvx {
 
-/// The properties of one device. Texts are UTF-8, unchecked. A property that the device does not have is 0 or
-/// empty.
+/// The properties of one device. Texts are UTF-8, but may contain invalid bytes. A property that the device
+/// does not have is 0 or empty.
 struct DeviceFacts {
     ObjectID id = 0;
     std::string name, maker, uid;
@@ -20,19 +20,19 @@ struct DeviceFacts {
     double rate = 0;                       ///< nominal sample rate, Hz
     std::vector<ValueRange> rates;         ///< available sample rates, Hz
     std::uint32_t slice = 0;               ///< slice size, frames
-    std::uint32_t latency = 0;             ///< latency of the output, or of a device without outputs, frames
+    std::uint32_t latency = 0; ///< latency of the output, or of the input if there is no output, frames
     bool isAlive = false;
     bool isRunning = false;
     std::map<std::uint32_t, float> volumes; ///< volume controls by output channel; key 0: all channels
     std::map<std::uint32_t, bool> mutes;    ///< mute controls by output channel; key 0: all channels
 };
 
-/// The device in each role; 0: no device.
+/// The IDs of the devices that the system uses for output, for alert sounds and for input; 0: no device.
 struct Roles {
     ObjectID output = 0, systemOutput = 0, input = 0;
 };
 
-/// The IDs of the devices, in the order of the list.
+/// Read the IDs of the devices, in the order of the system's device list.
 /// Errors  throws Failure.
 std::vector<ObjectID> readDeviceList(const CoreAudio& core);
 
@@ -40,8 +40,8 @@ std::vector<ObjectID> readDeviceList(const CoreAudio& core);
 /// Errors  nullopt if there is no such device.
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device);
 
-/// Read the properties of all devices, in the order of the list.
-/// Errors  throws Failure if no device can be read; the simulated devices are always in the list.
+/// Read the properties of all devices, in the order of the system's device list.
+/// Errors  throws Failure if no device can be read, because the list always contains a simulated device.
 std::vector<DeviceFacts> readAllDevices(const CoreAudio& core);
 
 Roles readRoles(const CoreAudio& core);

@@ -54,7 +54,8 @@ std::string formatChannel(std::uint32_t channel)
     return channel == 0 ? std::string() : fmt::format(" of channel {}", channel);
 }
 
-/// Pass each channel whose value changed to `print`. Channels that exist in only one state are skipped.
+/// Call `print` for each channel whose value changed, with the former and the present value. Channels without
+/// both values are skipped.
 template <class T, class Print>
 void compareChannels(const std::map<std::uint32_t, T>& before, const std::map<std::uint32_t, T>& after,
                      Print print)

@@ -8,18 +8,19 @@
 namespace kvx {
 namespace {
 
-/// Get all rows of a platform function that fills up to `capacity` rows and returns their number.
+/// Get all devices from `fill`, a platform function that writes up to `capacity` devices to an array and
+/// returns the number of devices.
 template <class Fill>
 std::vector<KVXDeviceInfo> allRows(Fill fill)
 {
     std::vector<KVXDeviceInfo> rows(fill(nullptr, 0));
     const std::uint32_t count = fill(rows.data(), static_cast<std::uint32_t>(rows.size()));
     rows.resize(
-        std::min<std::size_t>(count, rows.size())); // a device may have been removed since the first call
+        std::min<std::size_t>(count, rows.size())); // the number may have changed since the first call
     return rows;
 }
 
-/// The value of KVX_AUDIO_DEVICE; "" if the variable is not set.
+/// The value of the environment variable KVX_AUDIO_DEVICE; "" if it is not set.
 std::string choiceOfEnvironment()
 {
     const char* choice = std::getenv("KVX_AUDIO_DEVICE");
@@ -31,7 +32,7 @@ void choose(const std::string& choice, const char* whereToName)
     if (KVXPlatformChooseOutputDevice(choice.c_str()) == 0) return;
     const std::string error = KVXPlatformErrorText();
     checkHardware(); // the requested device may belong to hardware that could not be read
-    throw Failure(fmt::format("{}; name one of them with {}", error, whereToName));
+    throw Failure(fmt::format("{}; name one of these devices with {}", error, whereToName));
 }
 
 void needSimulated(const KVXDeviceInfo& device, const char* option)

@@ -1,4 +1,4 @@
-// Lists the devices; chooses and sets up the output device of the process, and lets the device play.
+// Lists the audio devices, chooses and sets up the output device of this process, and lets that device play.
 // All functions: [main].
 #pragma once
 
@@ -12,13 +12,14 @@
 
 namespace kvx {
 
-constexpr double lowestRate = 1000, highestRate = 768000; // limits of a simulated device's rate, Hz
-constexpr std::uint64_t longestStep = 4096;               // most device frames per call of passTime()
+constexpr double lowestRate = 1000, highestRate = 768000; // limits of a simulated device's sample rate, Hz
+constexpr std::uint64_t longestStep = 4096; // largest number of device frames per call of passTime()
 
 /// The output device that the user requests, and its settings.
 struct DeviceRequest {
-    std::string choice;     ///< a name, a part of a name, a row number or "simulated"; empty: no request
-    double rate = 0;        ///< rate of the simulated device, Hz; 0: unchanged
+    std::string
+        choice; ///< name, part of a name or row number of a device, or "simulated"; empty: the default device
+    double rate = 0;        ///< new sample rate of the simulated device, Hz; 0: unchanged
     bool isStepped = false; ///< true: run the simulated device faster than real time
 };
 
@@ -26,35 +27,36 @@ struct DeviceRequest {
 /// Errors  throws Failure with the platform's error text if the status is not 0.
 void checkControl(std::int32_t status);
 
-/// Check that the platform could read the sound hardware; the device list is incomplete otherwise.
-/// Errors  throws Failure, for example if a sound server does not answer.
+/// Check that the platform could read the sound hardware. Without the hardware, the device list is
+/// incomplete. Errors  throws Failure, for example if a sound server does not answer.
 void checkHardware();
 
-/// All devices. The index of a device is its row number.
+/// List all devices. The index of a device in the result is the row number that `kvx devices` shows.
 std::vector<KVXDeviceInfo> listDevices();
 
-/// The devices that a user names by a name, a part of a name or a UID, as KVXPlatformFindDevices() defines.
+/// Find the devices with this name, part of a name or UID, by the rules of KVXPlatformFindDevices().
 std::vector<KVXDeviceInfo> findDevices(const std::string& text);
 
-/// Use simulated devices only, and leave the sound hardware closed. No effect after the first other call of
-/// the platform.
+/// Use simulated devices only, and leave the sound hardware closed. Has an effect only before the first call
+/// of any other platform function.
 void useSimulatedDevicesOnly();
 
-/// Make the requested device the default output device, and set it up.
+/// Make the requested device the default output device, and apply the requested settings.
+/// Returns  the device with these settings.
 /// Errors  throws Failure.
 KVXDeviceInfo chooseDevice(const DeviceRequest& request);
 
-/// The present state of a device. A device that is no longer listed is not alive.
+/// Read the present state of a device. A device that is no longer in the list is returned as not alive.
 KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
 
-/// Let the device play, and handle the events of the main queue. A stepped device runs `frames` frames, 1 to
-/// longestStep; the call waits for about half of `frames`, at most 20 ms, on any other device.
+/// Let a device play, and run the tasks of the main queue. A stepped device runs `frames` frames (1 to
+/// longestStep). For any other device, the call waits for half the duration of `frames`, from 1 to 20 ms.
 void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames = longestStep);
 
-/// The error for a device that died during playback.
+/// Describe the error that the device died during playback.
 Failure deviceDied(const KVXDeviceInfo& device);
 
-/// One line for the user that names the device, or explains why the simulated device plays.
+/// Format one line that names the device, or explains to the user why the simulated device plays.
 std::string formatDevice(const KVXDeviceInfo& device, const DeviceRequest& request);
 
 } // namespace kvx

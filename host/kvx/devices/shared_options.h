@@ -1,5 +1,5 @@
-// Parts of the command line that several commands share. Compiling CLI11 takes seconds, so only the sources
-// that declare options include this header.
+// Options that several commands share. Compiling the library CLI11 takes seconds, so only the sources that
+// declare options include this header.
 // All functions: [main].
 #pragma once
 
@@ -14,12 +14,12 @@
 
 namespace kvx {
 
-/// The work of a subcommand. Parsing the command line chooses the action; main() runs it.
+/// A function that runs a subcommand. Parsing the command line chooses the action; main() runs it.
 /// Returns  the exit code.
 /// Errors   throws Failure and other standard exceptions.
 using Action = std::function<int()>;
 
-/// Accept a number from `low` to `high`. Unlike CLI::Range, the validator refuses "nan".
+/// Make a check that accepts a number from `low` to `high`. Unlike CLI::Range, it refuses "nan".
 inline CLI::Validator inRange(double low, double high)
 {
     const auto check = [low, high](const std::string& text) {
@@ -30,7 +30,7 @@ inline CLI::Validator inRange(double low, double high)
     return CLI::Validator(check, fmt::format("{} - {}", low, high));
 }
 
-/// Add `--library` and `--host-version`.
+/// Add the options `--library` and `--host-version`.
 inline void addLibraryOptions(CLI::App& command, LibraryOptions& options)
 {
     command.add_option("--library", options.path, "The library to load [KVXAudio.so beside this program]")
@@ -41,7 +41,7 @@ inline void addLibraryOptions(CLI::App& command, LibraryOptions& options)
         ->check(inRange(2000.0, 2100.0));
 }
 
-/// Add `--device`, `--device-rate` and `--fast`, for commands that play to a device.
+/// Add the options `--device`, `--device-rate` and `--fast`, for commands that play to a device.
 inline void addDeviceOptions(CLI::App& command, DeviceRequest& request)
 {
     command.add_option("--device", request.choice, "Name, part of a name, or number of `kvx devices`")

@@ -38,7 +38,7 @@ Watch::Watch(host::Host& host, const CoreAudio& core, Report report)
             throw Failure(fmt::format("--watch: no listener can be added: {}; close other programs",
                                       formatStatus(status)));
     }
-    // Each object gets its listeners before it is read, so that no change is missed.
+    // Each device gets listeners before its properties are read, so that no change is missed.
     for (ObjectID device : readDeviceList(core_)) beginWatching(device);
     roles_ = readRoles(core_);
 }
@@ -65,7 +65,7 @@ void Watch::beginWatching(ObjectID device)
     Watched watched;
     for (const char* selector : deviceSelectors) watched.listeners.push_back(listen(device, selector));
     std::optional<DeviceFacts> facts = readDeviceFacts(core_, device);
-    if (!facts) return; // the device is removed again; an event of the list follows
+    if (!facts) return; // the device was removed, and an event of the device list follows
     watched.facts = std::move(*facts);
     watched_[device] = std::move(watched);
     order_.push_back(device);
@@ -89,7 +89,7 @@ void Watch::updateList()
         beginWatching(device);
         if (watched_.count(device)) report(formatArrival(watched_[device].facts));
     }
-    updateRoles(); // prints names of removed devices, so they must still be known
+    updateRoles(); // names removed devices too, so these are erased afterwards
     for (ObjectID device : gone) {
         report(formatDeparture(watched_[device].facts));
         watched_.erase(device);
@@ -110,7 +110,7 @@ void Watch::updateDevice(ObjectID device)
     const auto found = watched_.find(device);
     if (found == watched_.end()) return;
     std::optional<DeviceFacts> facts = readDeviceFacts(core_, device);
-    if (!facts) return; // the device is removed; an event of the list follows
+    if (!facts) return; // the device was removed, and an event of the device list follows
     for (const std::string& line : changesOfDevice(found->second.facts, *facts)) report(line);
     found->second.facts = std::move(*facts);
 }

@@ -1,4 +1,4 @@
-// Watches the devices through listeners of the library, and reports each change.
+// Watches the audio devices through property listeners of the library, and reports each change.
 #pragma once
 
 #include "host/kvx/devices/device_facts.h"
@@ -11,29 +11,28 @@
 
 namespace kvx {
 
-/// Listens to the system and to every device. After an event the watch reads the changed object again and
-/// reports each difference as a line; a change that is undone before this read is not reported. New devices
-/// get listeners, and the listeners of removed devices are released.
-/// All functions: [main].
+/// Adds listeners to the system and to each device, also to devices that appear later. After an event the
+/// watch reads the changed object again, and reports each difference as a line. A change that was undone
+/// before this read is not reported. All functions: [main].
 class Watch {
 public:
     using Report = std::function<void(const std::string& line)>;
 
-    /// Begin to watch. Changes are reported in reportChanges() only.
+    /// Begin to watch the devices. Only reportChanges() calls `report`.
     /// Errors  throws Failure.
     Watch(host::Host& host, const CoreAudio& core, Report report);
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    /// Wait up to `seconds` for events, and report the changes.
-    /// Returns  whether there was a change.
+    /// Wait up to `seconds` for events, and report the changes of the devices.
+    /// Returns  whether a change was reported.
     bool reportChanges(double seconds);
 
-    /// The known state of the devices, in the order of the list.
+    /// The state of the devices when they were last read, in the order of the device list.
     std::vector<DeviceFacts> devices() const;
     const Roles& roles() const { return roles_; }
 
-    /// The number of listeners.
+    /// The number of listeners that the watch has added.
     std::size_t listenerCount() const;
 
 private:
@@ -54,10 +53,10 @@ private:
     const CoreAudio& core_;
     Report report_;
     std::size_t reportCount_ = 0;
-    std::set<ObjectID> changed_; ///< objects with an event since the last reportChanges()
+    std::set<ObjectID> changed_; ///< IDs of the objects with an event since the last reportChanges()
     std::vector<host::Object> systemListeners_;
-    std::map<ObjectID, Watched> watched_; ///< devices by ID
-    std::vector<ObjectID> order_;         ///< IDs of the devices in the order of the list
+    std::map<ObjectID, Watched> watched_; ///< watched devices by ID
+    std::vector<ObjectID> order_;         ///< IDs of the watched devices, in the order of the device list
     Roles roles_;
 };
 

@@ -16,7 +16,8 @@ constexpr std::uint32_t componentSubType = 'QTso', componentManufacturer = 'QTso
 
 /// Registers the library's sound component through the class QTSoundStreamKVX. While an object exists, an
 /// output unit plays the sound that clients send to the component. Each client must close the component
-/// before the object is destroyed. [main]
+/// before the object is destroyed.
+/// [main]
 class SoundComponent {
 public:
     /// Register the component, and attach it to the default output unit.

@@ -109,7 +109,8 @@ private:
 };
 
 /// Print that the sound had gaps, because the file could not be read fast enough. The exit code of the
-/// command does not change. [main]
+/// command does not change.
+/// [main]
 void printGap();
 
 } // namespace kvx

@@ -40,7 +40,8 @@ private:
 
 /// Reads keys while an object exists, if standard input and standard output are terminals and this process is
 /// in the foreground. The destructor, a stop of the process and the first signal restore the terminal's
-/// former mode. Only one object may exist at a time, and only while an InterruptGuard exists. [main]
+/// former mode. Only one object may exist at a time, and only while an InterruptGuard exists.
+/// [main]
 class Keyboard {
 public:
     Keyboard();

@@ -72,8 +72,10 @@ TEST_F(UsageErrors, OfPlayPrintOneLineWithAdvice)
         {{"header.wav"}, "header.wav", "kvx plays WAV"},
         {{"silent.wav"}, "silent.wav", "choose another file"},
         {{"good.wav", "missing.wav"}, "missing.wav", "check the name"},
-        {{"good.wav", "--device", "no such device"}, "no such device", "; name one of them with --device\n"},
-        {{"good.wav", "--device", "999"}, "999", "; name one of them with --device\n"},
+        {{"good.wav", "--device", "no such device"},
+         "no such device",
+         "; name one of these devices with --device\n"},
+        {{"good.wav", "--device", "999"}, "999", "; name one of these devices with --device\n"},
         {{"good.wav", "three.wav", "--start", "0.5"}, "three.wav", "before 0.500 seconds"},
         {{"good.wav", "three.wav", "--loop", "0:0.6"}, "three.wav", "up to 0.500 seconds"},
         {{"good.wav", "missing.wav", "--start", "5"}, "missing.wav", "check the name"},
@@ -135,7 +137,7 @@ TEST_F(UsageErrors, OfTheDeviceVariablePrintOneLineWithAdvice)
         EXPECT_EQ(lineCount(result.err), std::size_t(fact.exitCode)) << result.err;
         if (fact.exitCode == 0) continue;
         EXPECT_NE(result.err.find("nope"), std::string::npos) << result.err;
-        EXPECT_NE(result.err.find("; name one of them with KVX_AUDIO_DEVICE or --device\n"),
+        EXPECT_NE(result.err.find("; name one of these devices with KVX_AUDIO_DEVICE or --device\n"),
                   std::string::npos)
             << result.err;
     }
