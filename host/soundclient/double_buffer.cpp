@@ -10,11 +10,11 @@
 namespace soundclient {
 namespace {
 
-/// State that the main thread and the audio thread share.
+/// State of a double buffer that the main thread and the audio thread share.
 struct Shared {
     std::atomic<std::uint64_t> framesTaken{0};
-    std::atomic<int> waiting{0};     // number of queued buffers
-    std::atomic<bool> isRead{false}; // whether the client has read all frames
+    std::atomic<int> waiting{0};     // number of buffers in the queue
+    std::atomic<bool> isRead{false}; // whether the function Read has written all frames
     std::atomic<bool> hadGap{false};
 };
 
@@ -22,10 +22,11 @@ struct Buffer {
     Shared* shared = nullptr;
     SoundParamBlock block = {};
     std::vector<std::uint8_t> bytes;
-    std::atomic<bool> isFree{true}; // whether the main thread may fill the buffer; false while it is queued
+    std::atomic<bool> isFree{
+        true}; // whether the main thread may fill the buffer; false while the buffer is in the queue
 };
 
-/// Completion routine of a buffer: the component has played the buffer.
+/// Mark a buffer as played. The component calls this completion routine after it has played the buffer.
 /// [audio]
 Boolean completeBuffer(SoundParamBlockPtr* block)
 {
@@ -33,7 +34,7 @@ Boolean completeBuffer(SoundParamBlockPtr* block)
     Shared& shared = *buffer.shared;
     shared.framesTaken += static_cast<std::uint64_t>((*block)->desc.sampleCount);
     if (shared.waiting.fetch_sub(1) == 1 && !shared.isRead) shared.hadGap = true;
-    buffer.isFree = true; // last, because the main thread may now refill the buffer
+    buffer.isFree = true; // the last access, because the main thread may refill the buffer after it
     return true;
 }
 
@@ -82,7 +83,8 @@ struct DoubleBuffer::State {
         source = output.addSource();
     }
 
-    /// Fill a buffer. Returns false without a frame at the end.
+    /// Fill a buffer with the next frames.
+    /// Returns  false if there are no more frames.
     bool fill(Buffer& buffer)
     {
         const std::size_t got = read(samples.data(), frames);
@@ -95,7 +97,7 @@ struct DoubleBuffer::State {
 
     void queue(Buffer& buffer)
     {
-        constexpr bool isPaused = true; // does not start a paused source
+        constexpr bool isPaused = true; // so that the call does not start a paused source
         buffer.isFree = false;
         ++shared.waiting;
         output.play(source, buffer.block, isPaused);
@@ -113,7 +115,7 @@ DoubleBuffer::~DoubleBuffer()
         state_->output.stop(state_->source);
         state_->output.removeSource(state_->source);
     } catch (const Refusal&) {
-        // Closing the component also ends the source.
+        // The error is ignored, because closing the component also removes the source.
     }
 }
 

@@ -1,4 +1,4 @@
-// Double buffering: the client fills one buffer while the component plays the other buffer.
+// Double buffering: the client fills one buffer while the sound component plays the other buffer.
 #pragma once
 
 #include "host/soundclient/sample_bytes.h"
@@ -11,37 +11,38 @@
 
 namespace soundclient {
 
-/// A source that plays PCM16 samples in the rate and channels of the component. Call feed() and start(), then
-/// feed() at least once per duration of a buffer.
+/// Plays PCM16 samples, in the sample rate and channels of the sound component, through a source: a queue of
+/// buffers in the component. Call feed() and start(), then feed() again at least once per duration of a
+/// buffer.
 /// Errors  every function throws Refusal.
 /// [main]
 class DoubleBuffer {
 public:
-    /// Writes up to `frames` interleaved frames to `samples`, and returns the number of frames, which is less
-    /// than `frames` only at the end. Its exceptions pass through feed().
+    /// A function that writes up to `frames` interleaved frames to `samples`. feed() passes its exceptions
+    /// on. Returns  the number of written frames, which is less than `frames` only at the end of the sound.
     using Read = std::function<std::size_t(std::int16_t* samples, std::size_t frames)>;
 
-    /// `frames` is the length of one buffer. The output must outlive the object.
+    /// Add a source. `frames` is the length of one buffer. `output` must outlive the object.
     DoubleBuffer(SoundOutput& output, Labelling labelling, std::size_t frames, Read read);
 
-    /// Stops and removes the source. Queued buffers do not play.
+    /// Stop and remove the source. Buffers that still wait in the queue do not play.
     ~DoubleBuffer();
     DoubleBuffer(const DoubleBuffer&) = delete;
     DoubleBuffer& operator=(const DoubleBuffer&) = delete;
 
-    /// Fill and queue the free buffers.
+    /// Fill the buffers that are not in the queue, and add them to the queue.
     void feed();
 
     void start(); ///< starts or continues playback
     void pause();
 
-    /// Whether the component has taken all frames. The last frames may not be audible yet.
+    /// Whether the component has taken all frames of the sound. The last frames may not be audible yet.
     bool isUsedUp() const;
 
-    /// Whether both buffers were free before the end, which causes a gap in the sound.
+    /// Whether both buffers were out of the queue before the end of the sound, which causes a gap.
     bool hadGap() const;
 
-    std::uint64_t framesRead() const;
+    std::uint64_t framesRead() const;  ///< number of frames that the function Read has written
     std::uint64_t framesTaken() const; ///< number of frames in the buffers that the component has played
 
 private:

@@ -12,8 +12,8 @@ void check(const char* what, std::int32_t status)
     if (status != noErr) throw Refusal(what, status);
 }
 
-/// Find the last matching component. An earlier match may be an orphaned registration: a component that was
-/// unregistered while an instance was open.
+/// Find the last registered component that matches. An earlier match may be an orphaned registration, whose
+/// component was unregistered while an instance of it was open.
 Component find(std::uint32_t subType, std::uint32_t manufacturer)
 {
     ComponentDescription looking = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};

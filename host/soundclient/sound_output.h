@@ -1,5 +1,5 @@
-// A sound output component as a client sees it: the client finds and opens the component, and sends
-// selectors.
+// The client's side of a sound output component: finds and opens a registered component, and calls its
+// functions through selectors.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ struct SoundParamBlock;
 
 namespace soundclient {
 
-/// A call that the component or the platform has refused.
+/// The component or the platform has refused a call.
 class Refusal : public std::runtime_error {
 public:
     Refusal(const char* what, std::int32_t status);
@@ -28,29 +28,30 @@ public:
     NoComponent();
 };
 
-/// The component has no entry point, because its plug-in is running in the development environment.
+/// The component has no entry point, because its plug-in runs in the development environment.
 class NoEntryPoint : public Refusal {
 public:
     explicit NoEntryPoint(std::int32_t status);
 };
 
-/// The format that the component plays without conversion.
+/// The format of samples that the component plays without conversion.
 struct OutputForm {
     int channels = 0;
     int bits = 0;    ///< bits per sample
-    double rate = 0; ///< Hz
+    double rate = 0; ///< sample rate, Hz
 };
 
-/// A source: one stream of sound buffers into the component.
+/// The handle of a source: a queue of sound buffers in the component.
 using Source = OpaqueSoundSource*;
 
-/// An open component with an initialised device. Calls must not overlap.
+/// Opens a sound output component, initialises its device and plays buffers through it. Calls of the
+/// functions must not overlap.
 /// Errors  every function throws Refusal.
 /// [any]
 class SoundOutput {
 public:
-    /// Open the last registered sound output component with this subtype and manufacturer.
-    /// Errors  also throws NoComponent and NoEntryPoint.
+    /// Open the sound output component that was registered last with this subtype and manufacturer.
+    /// Errors  throws also NoComponent and NoEntryPoint, which are kinds of Refusal.
     SoundOutput(std::uint32_t subType, std::uint32_t manufacturer);
     ~SoundOutput();
     SoundOutput(const SoundOutput&) = delete;
@@ -59,17 +60,18 @@ public:
     OutputForm form() const;
 
     Source addSource();
-    void removeSource(Source source); ///< after the call, the component uses no buffer of the source
+    void
+    removeSource(Source source); ///< after the return, the component no longer uses the buffers of the source
 
-    /// Add a buffer to the queue of the source. The audio thread calls the completion routine of the buffer.
-    /// The call starts a source that is not playing, unless `isPaused`.
+    /// Add a buffer to the queue of the source. If the source is not playing, the call also starts it, unless
+    /// `isPaused` is true. After the buffer has played, the audio thread calls its completion routine.
     void play(Source source, SoundParamBlock& buffer, bool isPaused = false);
 
     void start(Source source);
-    void pause(Source source); ///< keeps the queued buffers
-    void stop(Source source);  ///< drops the queued buffers without calling their completion routines
+    void pause(Source source); ///< keeps the buffers in the queue
+    void stop(Source source);  ///< drops the buffers in the queue without calling their completion routines
 
-    /// The instance, for selectors without a function in this class.
+    /// The open instance of the component, for selectors that no function of this class sends.
     ComponentInstanceRecord* instance() const { return instance_; }
 
 private:

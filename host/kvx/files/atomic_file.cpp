@@ -41,8 +41,8 @@ Failure cannotWrite(const std::string& path, int error)
     return Failure(fmt::format("{} cannot be written: {}; {}", path, std::strerror(error), adviceFor(error)));
 }
 
-// Signal handlers may not allocate, so the list has a fixed size. A path stays in the list after the rename,
-// because its name contains the process number and no other program uses the path.
+// The files to remove after a signal: two paths per temporary file, which contain the process number, so no
+// other program uses the paths. The size is fixed, because a signal handler may not allocate.
 char temporaries[8][PATH_MAX];
 volatile std::sig_atomic_t temporaryCount = 0;
 
@@ -80,7 +80,7 @@ std::string temporaryPathFor(const std::string& path)
     if (file < 0) throw cannotWrite(path, errno);
     close(file);
     std::remove(temporary.c_str());
-    remember(temporary + ".part"); // the platform writes a capture to this path first
+    remember(temporary + ".part"); // the platform writes an unfinished capture to this path
     remember(temporary);
     return temporary;
 }

@@ -1,4 +1,4 @@
-// Atomic file replacement: a file is written to a temporary path, and then renamed to its final path.
+// Atomic file replacement: a file is written to a temporary path, then renamed to the final path.
 // All functions except removeTemporaryFiles(): [main].
 #pragma once
 
@@ -7,8 +7,8 @@
 
 namespace kvx {
 
-/// Check that no file of `inputs` is the output file `path`. `option` is the option that names the output
-/// file.
+/// Check that the output file `path` is none of the input files. The error message names `option`, the option
+/// with the output path.
 /// Errors  throws Failure.
 void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string& path, const char* option);
 
@@ -16,15 +16,16 @@ void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string
 /// Errors  throws Failure with the reason and the next step if the check fails.
 std::string temporaryPathFor(const std::string& path);
 
-/// Rename the temporary file to `path`, and replace any former file.
+/// Rename the temporary file to `path`. A file that exists at `path` is replaced.
 /// Errors  removes the temporary file and throws Failure.
 void moveIntoPlace(const std::string& temporary, const std::string& path);
 
-/// Remove the temporary file after a failed write, and throw Failure. `error` is the errno of the write, 0 if
-/// unknown.
+/// Remove the temporary file after a failed write, and throw Failure. `error` is the value of errno after the
+/// write; 0 if unknown.
 [[noreturn]] void giveUpWriting(const std::string& temporary, const std::string& path, int error);
 
-/// Remove every file at a path that temporaryPathFor() has returned. Signal handlers may call this function.
+/// Remove the files at the first four temporary paths that temporaryPathFor() has returned, and the
+/// unfinished captures to these paths. Signal handlers may call this function.
 /// [any]
 void removeTemporaryFiles();
 

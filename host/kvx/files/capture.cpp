@@ -8,7 +8,7 @@
 namespace kvx {
 namespace {
 
-/// The error message of the platform, with the user's path in place of the temporary path.
+/// Make an error from the platform's message, in which the user's path replaces the temporary path.
 Failure platformFailure(const std::string& temporary, const std::string& path)
 {
     std::string text = KVXPlatformErrorText();

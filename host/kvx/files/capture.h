@@ -1,4 +1,4 @@
-// A capture: the output of a device, written to a WAV file of 32-bit float.
+// A capture: a WAV file of 32-bit float samples that contains the output of a device.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -7,18 +7,19 @@
 
 namespace kvx {
 
-/// Captures the output of a device into a temporary file, from construction on. keep() moves the temporary
-/// file to its path.
+/// Writes the output of a device to a temporary file, beginning at construction. keep() moves this file to
+/// the path that the user has named.
 /// [main]
 class Capture {
 public:
-    /// Errors  throws Failure if no file can be written to the path.
+    /// Begin to capture the output of the device.
+    /// Errors  throws Failure if no file can be written to `path`.
     Capture(KVXDeviceID device, const std::string& path);
-    ~Capture(); ///< discards the output unless keep() was called
+    ~Capture(); ///< removes the temporary file unless keep() was called
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
 
-    /// Finish the file and move it to its path.
+    /// End the capture, and move the temporary file to the path given at construction.
     /// Errors  throws Failure.
     void keep();
 

@@ -24,7 +24,7 @@ namespace {
 #define READABLE_TYPES                                                                                       \
     "; kvx plays WAV, AIFF, CAF, FLAC, Ogg Vorbis, Opus, MP3 and the other formats that libsndfile reads"
 
-// Messages for statuses of the platform; each message begins with the path.
+// Error messages by status of the platform. The path of the file precedes each text.
 constexpr struct {
     OSStatus status;
     const char* text;
@@ -40,7 +40,7 @@ constexpr struct {
     {kAudioFileInvalidFileError, " cannot be decoded (it is damaged, or no sound file)" READABLE_TYPES},
 };
 
-/// Describe an item that is no readable file, since the platform reports such items as damaged files.
+/// Describe why the item at a path is no sound file. The platform reports folders and empty files as damaged.
 /// Returns  null if the item looks like a readable file or does not exist.
 const char* problemOfItem(const std::string& path)
 {
@@ -52,7 +52,7 @@ const char* problemOfItem(const std::string& path)
     return nullptr;
 }
 
-/// The error for a file that the platform refused with `status`.
+/// Make the error for a file that the platform refused with `status`.
 Failure fileFailure(const std::string& path, OSStatus status)
 {
     if (const char* problem = problemOfItem(path)) return Failure(path + problem);
@@ -82,7 +82,7 @@ ExtAudioFileRef open(const std::string& path)
     return file;
 }
 
-/// The client format: interleaved native 32-bit float.
+/// The format of the samples that SoundFile::read() returns: interleaved native 32-bit float.
 AudioStreamBasicDescription floatFormat(double sampleRate, UInt32 channels)
 {
     const auto frameBytes = UInt32(channels * sizeof(float));

@@ -1,5 +1,5 @@
-// Sound files that the platform decodes to 32-bit float or to PCM16 (16-bit integers), and the messages about
-// files that do not decode.
+// Reads sound files, which the platform decodes to 32-bit float or to PCM16 (16-bit integers), and formats
+// messages about files that do not decode.
 // All functions: [main].
 #pragma once
 
@@ -13,28 +13,28 @@ struct OpaqueExtAudioFile; // declared by the platform
 
 namespace kvx {
 
-/// The contents of a sound file, and the length that its header states.
+/// The format and the length of a sound file.
 struct SoundFormat {
-    int sampleRate = 0;      ///< sample rate in Hz, within the platform's limits
-    int fileChannels = 0;    ///< number of channels in the file
-    int channels = 0;        ///< number of channels that SoundFile reads: 1 or 2
-    std::int64_t frames = 0; ///< number of frames that the platform can decode
-    bool isCutShort = false; ///< whether the file ends before the length in its header
-    std::int64_t statedFrames =
-        0; ///< number of frames that the header states; 0: the header states no number
-    std::uint32_t omittedStreams = 0; ///< number of chained streams that the platform does not decode
+    int sampleRate = 0;   ///< sample rate in Hz, within the platform's limits
+    int fileChannels = 0; ///< number of channels in the file
+    int channels = 0;     ///< number of channels that SoundFile reads: 1 or 2
+    std::int64_t frames =
+        0; ///< number of frames in the file, as far as the platform can tell before decoding
+    bool isCutShort = false;          ///< whether the file ends before the length that its header states
+    std::int64_t statedFrames = 0;    ///< number of frames in the header; 0: the header states no number
+    std::uint32_t omittedStreams = 0; ///< number of chained Ogg streams that the platform does not decode
 
-    double duration() const { return double(frames) / sampleRate; } ///< seconds
+    double duration() const { return double(frames) / sampleRate; } ///< duration in seconds
 };
 
 /// An open sound file. If the file has more than two channels, only the first two are read.
 class SoundFile {
 public:
-    /// Open a file, which may be cut short.
+    /// Open a sound file. A file that is cut short can be opened, too.
     /// Errors  throws Failure with the reason and the next step.
     explicit SoundFile(const std::string& path);
 
-    /// The path in the spelling of pathOnDisk().
+    /// The path of the file, in the spelling of pathOnDisk().
     const std::string& path() const { return path_; }
     const SoundFormat& format() const { return format_; }
 
@@ -61,11 +61,11 @@ private:
 /// Round a sample to PCM16: full scale 1 is 32768, values out of range are clipped, NaN becomes 0.
 std::int16_t toPcm16(float sample);
 
-/// Reads a file from its first frame to its last frame. Mono is copied to both channels. Samples that the
-/// file stores as PCM16 do not change.
+/// Reads a file as PCM16 stereo, from the first frame to the last. A mono file is copied to both channels.
+/// With a gain of 1, samples that the file stores as PCM16 do not change.
 class Pcm16Reader {
 public:
-    /// Open a file. `gain` is a factor; exactly 1 leaves every sample unchanged.
+    /// Open a file. `gain` is a factor that applies to each sample.
     /// Errors  throws Failure.
     Pcm16Reader(const std::string& path, float gain) : file_(path), gain_(gain) {}
 
@@ -84,20 +84,20 @@ private:
     std::vector<float> decoded_;
 };
 
-/// Decode a whole file and count its frames. The result is less than format().frames if the data is damaged.
-/// Errors  throws Failure.
+/// Decode a whole file and count the decoded frames. If data is damaged, these are less than
+/// SoundFormat::frames. Errors  throws Failure.
 std::int64_t countDecodedFrames(const std::string& path);
 
-/// Path lookup: find the spelling of a path on the disk, which may store accented letters in composed or
-/// decomposed form.
+/// Find the spelling of a path on the disk. The disk may store accented letters in composed or in decomposed
+/// form, and the user may type the other form.
 /// Returns  `path` if it exists or if no item matches; otherwise the absolute path of the matching item.
 std::string pathOnDisk(const std::string& path);
 
-/// One message for each kind of missing content: frames before the stated end, and omitted streams.
-/// Returns  no message for a whole file.
+/// Format a warning for each kind of missing content: frames at the end, and streams that are not decoded.
+/// Returns  no warnings for a whole file.
 std::vector<std::string> missingParts(const std::string& path, const SoundFormat& format);
 
-/// The message for a file whose data stops decoding before its last frame.
+/// Format the warning about a file whose data stops decoding before the last frame.
 std::string formatDamage(const std::string& path);
 
 } // namespace kvx

@@ -12,16 +12,16 @@ namespace kvx {
 namespace {
 
 struct Note {
-    double beat; // start of the note in beats
+    double beat; // start of the note, in beats
     int key;     // pitch in semitones above 220 Hz
-    float pan;   // position from 0 (left) to 1 (right)
+    float pan;   // stereo position from 0 (left) to 1 (right)
     float gain;
 };
 
 constexpr double beatSeconds = 0.25;
 constexpr double pi = 3.14159265358979323846;
 
-// Broken chords over a slow bass; the last chord is the first one.
+// The notes: broken chords over a slow bass. The last chord is the same as the first chord.
 // clang-format off
 constexpr Note notes[] = {
     { 0, -9, 0.50f, 0.9f}, { 0,  3, 0.20f, 0.7f}, { 1,  7, 0.35f, 0.7f}, { 2, 10, 0.65f, 0.7f}, { 3, 15, 0.80f, 0.8f},
@@ -33,8 +33,8 @@ constexpr Note notes[] = {
 // clang-format on
 constexpr double tuneSeconds = 6.5;
 
-/// Synthesise a plucked string with a soft attack. Each harmonic is a complex number that is multiplied by a
-/// constant factor per frame; higher harmonics decay faster.
+/// Synthesise a plucked string with a soft attack. Each harmonic is a complex number, multiplied by a
+/// constant factor per frame, so that it oscillates and decays; higher harmonics decay faster.
 std::vector<float> pluck(double frequency, std::size_t frames)
 {
     std::vector<double> sum(frames);

@@ -37,7 +37,7 @@ void paint(Picture& picture, int x, int y, Colour colour)
     pixel[2] = colour.blue;
 }
 
-/// The row of a sample: sample +1 is in the top row, sample -1 in the bottom row.
+/// The row of pixels that shows a sample: the top row shows +1, the bottom row -1.
 int rowOf(float sample, int height)
 {
     const float clipped = std::isfinite(sample) ? std::clamp(sample, -1.0f, 1.0f) : 0.0f;

@@ -28,7 +28,8 @@ std::vector<std::string> CoreAudio::selectorNames() const
 
 Status CoreAudio::lastError() const { return static_cast<Status>(object_.get("Lasterror").integer()); }
 
-// For an empty property a method returns nil; its status is 0, or -1 from the older methods.
+// If a property has no bytes, the method returns nil. Lasterror is then 0, or -1 after a method whose name
+// ends in Memory.
 Answer CoreAudio::answer(const host::Value& result) const
 {
     const Status status = lastError();
@@ -105,7 +106,8 @@ Answer CoreAudio::readText(const PropertyAddress& address) const
     const Answer objectClass = classOf(address.object);
     if (!objectClass.isGood()) return objectClass;
 
-    // The text methods of devices leave no status for a missing property; reading the size does.
+    // For a missing property, the methods that read the text of a device set no status, but the method that
+    // reads the size does.
     object_.call("AudioObjectGetPropertyDataSize", address.object, address.selector, address.scope,
                  address.element);
     if (const Status status = lastError(); status != 0) return {status, {}};

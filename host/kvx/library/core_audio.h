@@ -1,5 +1,5 @@
-// Wraps the library's class of audio objects and their properties. Each function returns a value together
-// with the status that the method call left.
+// Wraps the library's class CoreAudioKVX, whose methods read and write the properties of audio objects. The
+// functions return a value together with the status of the method call.
 #pragma once
 
 #include "host/kvx/text/codes.h"
@@ -20,7 +20,7 @@ constexpr ObjectID systemObject = 1;
 constexpr Code globalScope = 'glob', inputScope = 'inpt', outputScope = 'outp';
 constexpr Code systemClass = 'asys', deviceClass = 'adev', streamClass = 'astr';
 
-// ---- property values that are records, with the layout of the platform's own records ----
+// ---- property values that are structs, with the layout of the platform's structs ----
 
 struct ValueRange {
     double minimum, maximum;
@@ -44,13 +44,13 @@ struct Buffer {
     void* data;
 };
 
-/// A list of `count` buffers. The array is declared with its first element only.
+/// A list of `count` buffers. The array is declared with one element; the other elements follow in memory.
 struct BufferList {
     std::uint32_t count;
     Buffer buffers[1];
 };
 
-/// A value to translate and the memory for its translation. Both blocks belong to the caller.
+/// A value to translate, and the memory for the translation. Both belong to the caller.
 struct Translation {
     void* question;
     std::uint32_t questionBytes;
@@ -59,19 +59,20 @@ struct Translation {
 };
 
 struct ChannelLayout {
-    std::uint32_t tag, bitmap, descriptionCount; ///< the channel descriptions follow in memory
+    std::uint32_t tag, bitmap, descriptionCount; ///< `descriptionCount` channel descriptions follow in memory
 };
 
 // ---- calls ----
 
+/// The property of an object to read or to write.
 struct PropertyAddress {
     ObjectID object = 0;
     Code selector = 0;
     Code scope = globalScope;
-    std::uint32_t element = 0; ///< number of a channel from 1, or 0 for all channels
+    std::uint32_t element = 0; ///< channel number, counted from 1; 0: all channels
 };
 
-/// The result of a method call: bytes or UTF-8 text in `value`, which is empty if `status` is not 0.
+/// The result of a method call. `value` contains bytes or UTF-8 text; it is empty if `status` is not 0.
 struct Answer {
     Status status = 0;
     std::string value;
@@ -79,7 +80,7 @@ struct Answer {
     bool isGood() const { return status == 0; }
 };
 
-/// The item at the start of a value.
+/// Read an item of type T at the start of a value.
 /// Errors  nullopt if the value is shorter than the item.
 template <class T>
 std::optional<T> itemOf(std::string_view value)
@@ -90,7 +91,7 @@ std::optional<T> itemOf(std::string_view value)
     return item;
 }
 
-/// All items of a value that is an array of T. Bytes after the last whole item are ignored.
+/// Read all items of a value that is an array of T. Bytes after the last whole item are ignored.
 template <class T>
 std::vector<T> itemsOf(std::string_view value)
 {
@@ -105,8 +106,8 @@ std::string bytesOf(const T& item)
     return {reinterpret_cast<const char*>(&item), sizeof item};
 }
 
-/// An object of the class CoreAudioKVX. Errors of the platform are statuses; exceptions of the library are
-/// thrown as host::HostException. All functions: [main].
+/// Calls the methods of one object of the class CoreAudioKVX. Errors of the platform are returned as
+/// statuses; an exception of the library is thrown as host::HostException. All functions: [main].
 class CoreAudio {
 public:
     explicit CoreAudio(host::Host& host);
@@ -122,10 +123,11 @@ public:
 
     Answer read(const PropertyAddress& address) const;
 
-    /// Read a property that converts or checks a value: `question` is the input, the answer has its size.
+    /// Read a property that converts or checks a value, the question. The answer has the size of the
+    /// question.
     Answer read(const PropertyAddress& address, const std::string& question) const;
 
-    /// Read a property that translates a code into C text.
+    /// Read a property that translates the four-character code `question` into C text.
     Answer readTextFor(const PropertyAddress& address, Code question) const;
 
     Status write(const PropertyAddress& address, std::string_view bytes) const;
@@ -133,20 +135,20 @@ public:
     /// Read the class of an object. The value is a Code, such as deviceClass.
     Answer classOf(ObjectID object) const;
 
-    // ---- audio units by handle, global scope ----
+    // ---- properties and parameters of audio units, in the global scope ----
 
     Answer readUnit(std::int64_t unit, std::uint32_t property) const;
 
     /// The value of a parameter; 0 if the unit does not have the parameter.
     double unitParameter(std::int64_t unit, std::uint32_t parameter) const;
 
-    // ---- properties by the kind of object ----
+    // ---- properties of the system and of devices ----
 
     Answer readSystem(Code selector) const;
     Answer readDevice(ObjectID device, std::uint32_t channel, bool isInput, Code selector) const;
 
-    /// Read a property whose value is a reference to a text. In the global scope, a device's output is read
-    /// first, then its input.
+    /// Read a property whose value is a reference to a text. In the global scope of a device, the property of
+    /// the output is read; if the device has no such property, that of the input.
     Answer readText(const PropertyAddress& address) const;
 
 private:

@@ -57,7 +57,7 @@ int reportLeaks(const Library& library, int exitCode, const std::vector<KVXLiveC
 {
     const std::string text = library.leaks(expected);
     if (text.empty()) return exitCode;
-    printMessage("the library still held objects at the end; report this list to its developers:");
+    printMessage("the library left objects or called the host wrongly; report this list to its developers:");
     std::fputs(text.c_str(), stderr);
     return exitCode == 0 ? 1 : exitCode;
 }

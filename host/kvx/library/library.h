@@ -1,4 +1,4 @@
-// Loads the library into a host for one command, and reports leaks at the end.
+// Loads the library into a host (host/runtime/) for one command, and reports leaks at the end of the command.
 // All functions: [main].
 #pragma once
 
@@ -12,30 +12,31 @@
 namespace kvx {
 
 struct LibraryOptions {
-    std::string path;            ///< path of the library; empty: KVXAudio.so in the folder of this program
-    double hostVersion = 2016.0; ///< host version that the library sees
+    std::string path;            ///< path of the library; empty: KVXAudio.so in the folder of the command kvx
+    double hostVersion = 2016.0; ///< version that the host reports to the library
     bool isDevelopment = false;  ///< true: the host reports that it is the development environment
 };
 
 /// A host that has loaded the library.
 class Library {
 public:
+    /// Create the host, and load the library.
     /// Errors  throws host::LoadError.
     explicit Library(const LibraryOptions& options);
 
     host::Host& host() { return host_; }
 
-    /// List the leaks once the command has released all its objects: host values, platform objects, and the
-    /// library's misuses of the host. Platform objects in `expected` are not leaks.
-    /// Returns  one line per leak; "" without leaks.
+    /// List the host values and platform objects that the library still holds, and the library's wrong calls
+    /// of host functions. Call after the command has released its objects. Objects in `expected` are no
+    /// leaks. Returns  one line per kind of leak or per wrong call; "" without any.
     std::string leaks(const std::vector<KVXLiveCount>& expected = {}) const;
 
 private:
     host::Host host_;
 };
 
-/// Print the leaks to stderr.
-/// Returns  `exitCode`, or 1 if there are leaks and `exitCode` is 0.
+/// Print the list of Library::leaks() to stderr.
+/// Returns  `exitCode`, or 1 if the list is not empty and `exitCode` is 0.
 int reportLeaks(const Library& library, int exitCode, const std::vector<KVXLiveCount>& expected = {});
 
 } // namespace kvx

@@ -14,10 +14,10 @@
 namespace kvx {
 namespace {
 
-/// The property that the command line names.
+/// The property that the command reads or writes.
 struct Subject {
     PropertyAddress address;
-    const PropertyType* type; ///< null: the type is unknown
+    const PropertyType* type; ///< type of the property; null: unknown
 };
 
 // ---- arguments ----
@@ -62,8 +62,8 @@ std::string valueText(const PropertyOptions& options)
 
 // ---- the object ----
 
-/// The class of an object.
-/// Errors  throws Failure if there is no such object.
+/// Read the class of an object.
+/// Errors  throws Failure if the object does not exist.
 Code classOf(const CoreAudio& core, ObjectID id)
 {
     const Answer answer = core.classOf(id);
@@ -74,7 +74,7 @@ Code classOf(const CoreAudio& core, ObjectID id)
     return itemOf<Code>(answer.value).value_or(0);
 }
 
-/// The name of an object in messages.
+/// The name of an object, for messages.
 std::string nameOf(const CoreAudio& core, ObjectID id)
 {
     const Code kind = classOf(core, id);
@@ -96,15 +96,16 @@ ObjectID findDevice(const std::string& text)
     throw Failure(fmt::format("\"{}\" fits {}; give the number from `kvx devices`", plainText(text), names));
 }
 
-/// The number after a prefix; nullopt if the text has another prefix or no number.
+/// Read the number after a prefix, such as 7 in "id:7".
+/// Errors  nullopt if the text begins with another prefix or contains no number.
 std::optional<std::uint32_t> numberAfter(std::string_view prefix, std::string_view text)
 {
     return text.substr(0, prefix.size()) == prefix ? readNumber(text.substr(prefix.size())) : std::nullopt;
 }
 
-/// The object that the user names: "system"; a row number, a name, a part of a name or a UID of a device;
-/// "id:N" or "stream:N". A number that is not a row number is an ID. The object may be missing, because
-/// withObject() checks that only after a failure.
+/// Find the object that the user names: "system", "id:N", "stream:N", or a device by row number, name, part
+/// of a name or UID. A number that is no row number is taken as an ID, and the object with this ID may be
+/// missing: only after a failure does withObject() check whether the object exists.
 ObjectID findObject(const CoreAudio& core, const std::string& text)
 {
     if (text == "system") return systemObject;
@@ -121,7 +122,7 @@ ObjectID findObject(const CoreAudio& core, const std::string& text)
     return *number < devices.size() ? devices[*number].device : *number;
 }
 
-/// The object that a value names. A number in a value is always an ID, and 0 is no object.
+/// Find the object that a text inside a value names. A number is always an ID here, and 0 means no object.
 ObjectID objectInValue(const CoreAudio& core, const std::string& text)
 {
     const std::optional<std::uint32_t> id = readNumber(text);
@@ -131,7 +132,8 @@ ObjectID objectInValue(const CoreAudio& core, const std::string& text)
     return object;
 }
 
-/// Run the part of a command that uses an object. A missing object is reported before any other failure.
+/// Run the part of a command that uses an object. If that part fails and the object does not exist, report
+/// only that the object does not exist.
 template <class Body>
 void withObject(const CoreAudio& core, ObjectID object, Body body)
 {
@@ -158,7 +160,7 @@ std::string valueOf(const Answer& answer, const CoreAudio& core, const Subject& 
 
 Subject subjectOf(const CoreAudio& core, const PropertyOptions& options)
 {
-    // Wrong arguments are reported before the object is searched for.
+    // Other arguments are checked first, so a wrong argument is reported before a missing object.
     PropertyAddress address = {0, readSelector(core, options.selector), readScope(options.scope),
                                readElement(options.element)};
     address.object = findObject(core, options.object);
@@ -230,15 +232,15 @@ void printLines(const std::string& text)
     if (!text.empty()) fmt::print("{}\n", text);
 }
 
-/// Join the lines of a value with semicolons.
+/// Replace the ends of lines in a value by semicolons.
 std::string onOneLine(std::string text)
 {
     for (std::size_t at; (at = text.find('\n')) != text.npos;) text.replace(at, 1, "; ");
     return text;
 }
 
-/// Print each property of the object that has a published selector, one per line, cut to the terminal's
-/// width.
+/// Print each property of the object whose selector is a constant of the library, one per line, cut to the
+/// width of the terminal.
 void printAll(const CoreAudio& core, const PropertyOptions& options)
 {
     const std::size_t width = terminalWidth(STDOUT_FILENO);
@@ -252,7 +254,7 @@ void printAll(const CoreAudio& core, const PropertyOptions& options)
         if (!subject.type || subject.type->question != Question::none) continue;
         const Answer answer = subject.type->form == Form::reference ? core.readText(subject.address)
                                                                     : core.read(subject.address);
-        if (!answer.isGood()) continue; // the object does not have this property
+        if (!answer.isGood()) continue; // skip a property that the object does not have
         const std::string value = onOneLine(formatBytes(subject, answer.value, false));
         const std::string line =
             fmt::format("{:<6} {:<51} {}", formatCode(selector), name, value.empty() ? "(none)" : value);
@@ -262,19 +264,19 @@ void printAll(const CoreAudio& core, const PropertyOptions& options)
 
 // ---- set ----
 
-/// Whether the property now has the value that was written.
+/// Whether the value that was read shows that the written value is in force.
 bool isInForce(const Subject& subject, const std::string& written, const std::string& read)
 {
-    constexpr Code hogMode = 'oink'; // any written value takes or releases the device
+    constexpr Code hogMode = 'oink'; // exclusive access: any written value takes or releases the device
     return subject.address.selector == hogMode ||
            isKept(subject.type ? subject.type->form : Form::text, written, read);
 }
 
-/// Print the new value of a property that was written. Prints nothing for a write-only property.
-/// Errors  throws Failure if the new value is not the written value.
+/// Read back a property that was written, and print its value. If the property is write-only, print nothing.
+/// Errors  throws Failure if the value is not the written value.
 void checkReadBack(const CoreAudio& core, const Subject& subject, const std::string& written, bool isHex)
 {
-    // A device may apply a change later, so the check waits up to half a second.
+    // A device may apply a write after a delay, so read the property again for up to half a second.
     Answer answer = core.read(subject.address);
     for (int i = 0; i < 10 && answer.isGood() && !isInForce(subject, written, answer.value); ++i) {
         KVXPlatformDrainMainQueue(0.05);

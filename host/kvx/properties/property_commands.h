@@ -1,5 +1,5 @@
-// kvx get and kvx set: any property of any audio object, through the library's methods.
-// All functions: [main].
+// The commands `kvx get` and `kvx set`, which read and write any property of any audio object through the
+// library's methods. All functions: [main].
 #pragma once
 
 #include "host/kvx/library/library.h"
@@ -12,22 +12,22 @@ namespace kvx {
 /// The arguments and options of both commands.
 struct PropertyOptions {
     std::string object;             ///< "system", a device, "id:N" or "stream:N"
-    std::string selector;           ///< selector of the property; empty in kvx get: all properties
-    std::vector<std::string> value; ///< words of the value
+    std::string selector;           ///< selector of the property; empty: `kvx get` prints all properties
+    std::vector<std::string> value; ///< the value, as the words of the command line
     std::string scope = "global";
     std::string element = "0";
-    bool isHex = false; ///< true: values are hexadecimal bytes
+    bool isHex = false; ///< true: `value` and the output are hexadecimal bytes
     LibraryOptions library;
 };
 
-/// Print a property.
+/// Run `kvx get`: print one property or all properties of an object.
 /// Returns  the exit code.
 /// Errors   throws Failure.
 int getCommand(const PropertyOptions& options);
 
-/// Write a property and print its new value.
+/// Run `kvx set`: write a property, read the property back and print it.
 /// Returns  the exit code.
-/// Errors   throws Failure, also if the property reads back another value.
+/// Errors   throws Failure, also if the property does not have the written value.
 int setCommand(const PropertyOptions& options);
 
 } // namespace kvx

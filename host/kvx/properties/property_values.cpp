@@ -103,7 +103,7 @@ constexpr PropertyType types[] = {
 
 // ---- helpers ----
 
-/// Split a text at separators outside of quotes. Empty parts are dropped.
+/// Split a text at each separator that is not inside quotes. Empty parts are dropped.
 std::vector<std::string> splitOutsideQuotes(std::string_view text, std::string_view separators)
 {
     std::vector<std::string> parts(1);
@@ -166,7 +166,7 @@ std::string formatStreamFormat(const StreamFormat& format)
     return text;
 }
 
-/// Read one field of a format.
+/// Read one field of a format, such as "channels=2", into `format`.
 /// Returns  whether `part` is a valid field.
 bool readFormatField(const std::string& part, StreamFormat& format)
 {
@@ -275,10 +275,10 @@ std::string formatRangedFormat(std::string_view item)
 
 struct FormFact {
     Form form;
-    std::size_t size; ///< size of an item, bytes
+    std::size_t size; ///< size of an item in bytes
     std::string (*toText)(std::string_view item);
     std::string (*parse)(const std::string& text,
-                         const FindObject& findObject); ///< null: the user must give bytes with --hex
+                         const FindObject& findObject); ///< null: the user must give such a value with --hex
 };
 
 // clang-format off
@@ -305,7 +305,7 @@ const FormFact* findForm(Form form)
 
 // ---- values that are read back ----
 
-/// A field of 0 in the written format means any value.
+/// Compare the formats field by field. A field of 0 in the written format agrees with any value.
 bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
 {
     return (written.rate == 0 || written.rate == read.rate) &&
@@ -314,7 +314,8 @@ bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
            });
 }
 
-/// A device that stores decibels as a factor, or a factor as decibels, changes the last digits.
+/// Compare with a tolerance, because a device that stores a factor as decibels, or decibels as a factor,
+/// changes the last digits.
 bool singleIsKept(float written, float read)
 {
     return std::fabs(written - read) <= 1e-4f * std::fmax(std::fabs(written), std::fabs(read));
@@ -399,7 +400,7 @@ std::string parseValue(Form form, Extent extent, const std::string& text, const 
     const FormFact* fact = findForm(form);
     if (!fact || !fact->parse)
         throw WrongUsage("a value of this property can be given as bytes only; use --hex");
-    // A single value may be the name of an object, which may contain blanks.
+    // Only lists are split at blanks, because one item may be the name of an object with blanks.
     const std::vector<std::string> items =
         extent == Extent::many ? splitOutsideQuotes(text, " \t\n") : std::vector<std::string>{text};
     std::string bytes;

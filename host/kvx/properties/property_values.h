@@ -1,4 +1,4 @@
-// Property values: their types, by selector; values as text, and text as values.
+// The types of property values by selector, and functions that format values as text and read text as values.
 #pragma once
 
 #include "host/kvx/library/core_audio.h"
@@ -10,11 +10,11 @@
 
 namespace kvx {
 
-// ---- types; a selector has one type for all classes of objects ----
+// ---- types (a selector has the same type for objects of all classes) ----
 
 /// The form of a value, or of the items of a list.
 enum class Form {
-    text,      ///< C text with its terminating zero
+    text,      ///< C text with a terminating zero
     reference, ///< a reference to a text, which the library's text methods read
     flag,      ///< a 32-bit number, 0 or 1
     number,    ///< an unsigned 32-bit number
@@ -30,6 +30,7 @@ enum class Form {
     channelLayout,
 };
 
+/// Whether a value is one item or an array of items.
 enum class Extent { one, many };
 
 /// What a property does with the question, a value that a caller passes when it reads the property.
@@ -58,22 +59,22 @@ PropertyTypes propertyTypes();
 /// Find the type of a property; null if the selector is unknown.
 const PropertyType* findPropertyType(Code selector);
 
-// ---- text; parseValue() reads what formatValue() returns ----
+// ---- text (parseValue() reads the text that formatValue() returns) ----
 
-/// Format a value in the given form, one item per line, without a newline at the end. A value whose size does
-/// not fit the form is formatted by dumpBytes(). The value of a `reference` is the text.
+/// Format a value, one item per line, without a newline at the end. If the size of the value does not fit the
+/// form, use dumpBytes(). For Form::reference, `value` is the text itself.
 std::string formatValue(Form form, Extent extent, std::string_view value);
 
-/// Whether a property has the value that was written, given the bytes that are read back. A zero field of a
-/// written format fits any value; `single` values fit within a ten-thousandth; other values must be
+/// Whether the bytes read back from a property agree with the written bytes. A field of 0 in a written format
+/// agrees with any value; 32-bit floating-point numbers may differ by a ten-thousandth; other values must be
 /// identical.
 bool isKept(Form form, std::string_view written, std::string_view read);
 
-/// Finds the object that a text in a value names.
+/// A function that finds the object that a text inside a value names.
 /// Errors  throws Failure.
 using FindObject = std::function<ObjectID(const std::string& text)>;
 
-/// Read the text of a value into its bytes. White space separates the items of a list.
+/// Convert the text of a value to the bytes of the value. White space separates the items of a list.
 /// Errors  throws WrongUsage, with an example of a valid text.
 std::string parseValue(Form form, Extent extent, const std::string& text, const FindObject& findObject);
 
