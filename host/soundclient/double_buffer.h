@@ -11,15 +11,14 @@
 
 namespace soundclient {
 
-/// Plays PCM16 samples, in the sample rate and channels of the sound component, through a source: a queue of
-/// buffers in the component. Call feed() and start(), then feed() again at least once per duration of a
-/// buffer.
+/// Plays PCM16 samples, in the sample rate and channels of the sound component, through a source (a queue
+/// of buffers in the component). Call feed() and start(), then feed() once per duration of a buffer or more.
 /// Errors  every function throws Refusal.
 /// [main]
 class DoubleBuffer {
 public:
-    /// A function that writes up to `frames` interleaved frames to `samples`. feed() passes its exceptions
-    /// on. Returns  the number of written frames, which is less than `frames` only at the end of the sound.
+    /// Writes up to `frames` interleaved frames to `samples`. Exceptions pass through feed().
+    /// Returns  the number of written frames, which is less than `frames` only at the end of the sound.
     using Read = std::function<std::size_t(std::int16_t* samples, std::size_t frames)>;
 
     /// Add a source. `frames` is the length of one buffer. `output` must outlive the object.

@@ -11,8 +11,8 @@
 
 namespace kvx {
 
-/// Format the devices as a table. `kvx play --device` and `kvx get` accept the row number in the first
-/// column. Shape  `width` as in layOutTable().
+/// Format the devices as a table. The first column is the row number, by which the user names a device.
+/// Shape  `width` as in layOutTable().
 std::string deviceTable(const std::vector<DeviceFacts>& devices, const Roles& roles, std::size_t width);
 
 /// Format sample rates in Hz: "1000-768000", or "44100 48000".

@@ -27,8 +27,8 @@ struct DeviceRequest {
 /// Errors  throws Failure with the platform's error text if the status is not 0.
 void checkControl(std::int32_t status);
 
-/// Check that the platform could read the sound hardware. Without the hardware, the device list is
-/// incomplete. Errors  throws Failure, for example if a sound server does not answer.
+/// Check that the platform could read the sound hardware. If not, the device list is incomplete.
+/// Errors  throws Failure, for example if a sound server does not answer.
 void checkHardware();
 
 /// List all devices. The index of a device in the result is the row number that `kvx devices` shows.

@@ -85,7 +85,8 @@ private:
 };
 
 /// Decode a whole file and count the decoded frames. If data is damaged, these are less than
-/// SoundFormat::frames. Errors  throws Failure.
+/// SoundFormat::frames.
+/// Errors  throws Failure.
 std::int64_t countDecodedFrames(const std::string& path);
 
 /// Find the spelling of a path on the disk. The disk may store accented letters in composed or in decomposed

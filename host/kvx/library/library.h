@@ -26,9 +26,9 @@ public:
 
     host::Host& host() { return host_; }
 
-    /// List the host values and platform objects that the library still holds, and the library's wrong calls
-    /// of host functions. Call after the command has released its objects. Objects in `expected` are no
-    /// leaks. Returns  one line per kind of leak or per wrong call; "" without any.
+    /// List the host values and platform objects that the library still holds, except `expected`, and the
+    /// wrong calls of host functions. Call after the command has released its objects. Returns  one line per
+    /// kind of leak or per wrong call; "" if there are none.
     std::string leaks(const std::vector<KVXLiveCount>& expected = {}) const;
 
 private:

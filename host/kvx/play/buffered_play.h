@@ -12,14 +12,15 @@
 namespace kvx {
 
 /// Plays one format group of the playlist through the library's class CoreAudioPlayerKVX, and decodes the
-/// files ahead of the audible position. Call start(), then call advance() until it returns false. Shape   the
-/// player's queue holds several interleaved blocks of four seconds, at most 8 MiB each. The blocks
+/// files ahead of the audible position. Call start(), then call advance() until it returns false.
+/// Shape   the player's queue holds several interleaved blocks of four seconds, at most 8 MiB each. The
+/// blocks
 ///         are long, because the class loses one frame per block if it converts the sample rate.
 /// [main]
 class BufferedPlayer {
 public:
-    /// Create the player. `gain` is a factor; exactly 1 leaves every sample unchanged. The group must outlive
-    /// the object. Errors  throws Failure.
+    /// Create the player. `gain` is a factor; 1 leaves all samples unchanged. `group` must outlive the
+    /// object. Errors  throws Failure.
     BufferedPlayer(host::Host& host, const FormatGroup& group, float gain);
 
     /// Stop the player. If the device is running, wait until it has stopped.

@@ -42,7 +42,8 @@ std::vector<int> readChannelMap(const std::string& text);
 void checkCombination(const PlayerOptions& options);
 
 /// Check the options that depend on the file or on the device. `channels` is the number of channels of the
-/// file that will be loaded. Errors  throws Failure, which names the accepted values.
+/// file that will be loaded.
+/// Errors  throws Failure, which names the accepted values.
 void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, int channels,
                       int deviceChannels);
 

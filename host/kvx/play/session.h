@@ -86,9 +86,9 @@ public:
     /// the device is stepped (runs faster than real time).
     void enableKeys(const char* help);
 
-    /// Apply the typed keys, update the live line, and let the device play `frames` frames as passTime()
-    /// does. Returns  false after the key that quits, or after a signal of the user. Errors   throws Failure
-    /// if the device dies.
+    /// Apply the typed keys, update the live line, and let the device play by passTime() with `frames`.
+    /// Returns  false after the key that quits, or after a signal of the user.
+    /// Errors   throws Failure if the device dies.
     bool poll(const Transport& transport, std::uint64_t frames = longestStep);
 
     const KVXDeviceInfo& device() const { return device_; } ///< the device, as it was when the session began
