@@ -26,9 +26,9 @@ public:
 
     host::Host& host() { return host_; }
 
-    /// List the host values and platform objects that the library still holds, except `expected`, and the
-    /// wrong calls of host functions. Call after the command has released its objects. Returns  one line per
-    /// kind of leak or per wrong call; "" if there are none.
+    /// List what the library still holds, except `expected` (host values and platform objects), and its wrong
+    /// calls of host functions. Call after the command has released its objects.
+    /// Returns  one line per kind of leak or per wrong call; "" if there are none.
     std::string leaks(const std::vector<KVXLiveCount>& expected = {}) const;
 
 private:

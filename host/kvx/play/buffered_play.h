@@ -19,8 +19,8 @@ namespace kvx {
 /// [main]
 class BufferedPlayer {
 public:
-    /// Create the player. `gain` is a factor; 1 leaves all samples unchanged. `group` must outlive the
-    /// object. Errors  throws Failure.
+    /// Create the player. `gain` is a factor; 1 leaves all samples unchanged. `group` must outlive it.
+    /// Errors  throws Failure.
     BufferedPlayer(host::Host& host, const FormatGroup& group, float gain);
 
     /// Stop the player. If the device is running, wait until it has stopped.

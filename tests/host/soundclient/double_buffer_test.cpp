@@ -12,7 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// An open component, and a reader that returns the samples 0, 1, 2, …
+/// Opens the sound component of the test, and provides a source of the samples 0, 1, 2, …
 struct DoubleBufferTest : testing::Test {
     RegisteredComponent component;
     std::unique_ptr<SoundOutput> output =
@@ -31,7 +31,7 @@ struct DoubleBufferTest : testing::Test {
         };
     }
 
-    /// The samples of the oldest queued buffer, read as big-endian.
+    /// The samples of the oldest buffer in the component's queue, read as big-endian numbers.
     std::vector<int> oldestSamples() const
     {
         const SoundComponentData& data = component.queued.at(0)->desc;
@@ -170,7 +170,7 @@ TEST_F(DoubleBufferTest, ReportsRefusals)
         component.refusals = {{kSoundComponentPlaySourceBufferSelect, queueFull}};
         EXPECT_THROW(buffers.feed(), Refusal);
         component.refusals = {{kSoundComponentStopSourceSelect, badChannel}};
-    } // the destructor ignores a refused stop
+    } // the destructor ignores that the component refuses to stop the source
     component.refusals = {};
     component.bits = 8;
     EXPECT_THROW(DoubleBuffer(*output, Labelling::bigAsLittle, 2, readerOf(4)), Refusal);

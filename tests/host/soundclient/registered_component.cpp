@@ -20,7 +20,7 @@ long wordAt(const ComponentParameters& parameters, std::size_t index)
     return word;
 }
 
-/// A call with a count and a list of sources as text: "start 1 source 7".
+/// Format a call whose arguments are a number of sources and the sources: "start 1 source 7".
 std::string formatCall(const char* verb, const ComponentParameters& parameters)
 {
     const auto count = static_cast<short>(wordAt(parameters, 0));

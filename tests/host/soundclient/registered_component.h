@@ -1,4 +1,4 @@
-// A sound output component for tests: it logs its calls, and completes buffers when the test says so.
+// A sound output component for tests: it logs each call that it receives, and plays no sound.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -9,7 +9,7 @@
 
 namespace soundclient {
 
-/// The component is registered while the object exists. Only one object may exist.
+/// Registers the component while an object exists. Only one object may exist at a time.
 class RegisteredComponent {
 public:
     static constexpr OSType subType = 'tSub', manufacturer = 'tMan';
@@ -19,17 +19,18 @@ public:
     RegisteredComponent(const RegisteredComponent&) = delete;
     RegisteredComponent& operator=(const RegisteredComponent&) = delete;
 
-    /// Number of open instances.
+    /// The number of open instances of the component.
     long instances() const { return CountComponentInstances(component_); }
 
-    /// Complete the oldest queued buffer, as after playing it.
+    /// Remove the oldest buffer from the queue and call its completion routine, as if the buffer had been
+    /// played.
     void completeOne();
 
-    std::vector<std::string> calls;             ///< log of the calls, such as "start 1 source 7"
-    std::map<SInt16, ComponentResult> refusals; ///< results of selectors that fail
+    std::vector<std::string> calls; ///< the calls that the component received, such as "start 1 source 7"
+    std::map<SInt16, ComponentResult> refusals; ///< the statuses with which the component refuses selectors
     short channels = 2, bits = 16;
-    UnsignedFixed rate = 0xAC440000; // 44100
-    std::vector<SoundParamBlockPtr> queued;
+    UnsignedFixed rate = 0xAC440000;        // 44100 Hz, as a fixed-point number
+    std::vector<SoundParamBlockPtr> queued; ///< the buffers in the queue, oldest first
 
 private:
     static ComponentResult enter(ComponentParameters* parameters, Handle storage);

@@ -29,12 +29,12 @@ TEST(SoundOutput, IsFoundBySubtypeAndManufacturer)
     EXPECT_THAT(component.calls, ElementsAre("open", "init 0", "close"));
 }
 
-// An orphaned registration precedes the last one.
+// An earlier registration may be orphaned: its component cannot be opened.
 TEST(SoundOutput, OpensTheLastRegisteredComponent)
 {
     ComponentDescription description = {kSoundOutputDeviceType, subType, manufacturer, 0, 0};
-    const Component earlier = RegisterComponent(&description, nullptr, 0, nullptr, nullptr,
-                                                nullptr); // no entry point, so opening this component fails
+    // This component cannot be opened, because it has no entry point.
+    const Component earlier = RegisterComponent(&description, nullptr, 0, nullptr, nullptr, nullptr);
     ASSERT_NE(earlier, nullptr);
     {
         RegisteredComponent component;

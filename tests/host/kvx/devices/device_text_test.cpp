@@ -1,4 +1,4 @@
-// Tests of devices and their changes, as text and as JSON.
+// Tests of the functions that format devices and changes of devices as text or JSON.
 #include "host/kvx/devices/device_text.h"
 
 #include "host/kvx/list_commands.h"

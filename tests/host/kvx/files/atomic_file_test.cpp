@@ -1,4 +1,4 @@
-// Atomic file replacement: other files stay, and no temporary file is left over.
+// Atomic file replacement keeps all other files and leaves no temporary file.
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/text/failure.h"
 #include "tests/support/temporary_folder.h"

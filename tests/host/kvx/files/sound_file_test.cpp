@@ -42,14 +42,15 @@ TEST(SoundFile, ReadsTheFirstTwoOfMoreChannels)
     EXPECT_EQ(samples, (std::vector<float>{1, 2, 4, 5, -1, -1, -1, -1}));
 }
 
-// A writer that streams cannot seek back to the header, so the header contains the length 0xFFFFFFFF.
+// A program that writes a WAV file to a pipe cannot correct the length in the header, and leaves 0xFFFFFFFF
+// there.
 TEST(SoundFile, WithoutALengthInItsHeaderIsReadToItsEnd)
 {
     support::TemporaryFolder folder;
     support::writeSound(support::makeNoise(44100, 1, 1000), folder / "a.wav",
                         SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::fstream file(folder / "a.wav", std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(40); // position of the data chunk's length
+    file.seekp(40); // position of the length of the data chunk
     file.write("\xff\xff\xff\xff", 4);
     file.close();
     SoundFile sound(folder / "a.wav");
@@ -157,7 +158,7 @@ std::string textOf(const std::exception_ptr& exception)
 
 std::string refusalOf(const std::string& path) { return textOf(exceptionOf(path)); }
 
-// Some of the rates overflow 32 bits when multiplied by 4 seconds, or by 4 or 8 bytes per frame.
+// Some of the sample rates, multiplied by 4 seconds or by 4 or 8 bytes per frame, exceed 32 bits.
 TEST(SoundFile, RefusesRatesOutOfRangeAndNamesTheLimits)
 {
     support::TemporaryFolder folder;
@@ -182,9 +183,10 @@ TEST(SoundFile, ReportsTooManyOpenFiles)
     rlimit former = {};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
     rlimit few = former;
-    few.rlim_cur = rlim_t(dup(0)); // all descriptors below the lowest free one are in use
+    few.rlim_cur = rlim_t(dup(0)); // all descriptors below this number are in use
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-    const auto refusal = exceptionOf(folder / "a.wav"); // examined later, because sanitizers need descriptors
+    // The exception is examined after the limit is raised again, because a sanitizer may open files to do so.
+    const auto refusal = exceptionOf(folder / "a.wav");
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
     close(int(few.rlim_cur));
     EXPECT_EQ(textOf(refusal),

@@ -13,7 +13,7 @@ namespace {
 
 using kvx::Column;
 
-/// The picture as text: '#' is a pixel of the wave, '.' is any other pixel.
+/// Format a picture as text: '#' for a pixel of the waveform, '.' for any other pixel.
 std::string textOf(const kvx::Picture& picture)
 {
     std::string text;

@@ -1,4 +1,4 @@
-// The property records have the layout of the platform's records. All checks run at compile time.
+// The structs of property values have the layout of the platform's structs, as the compiler checks here.
 #include "host/kvx/library/core_audio.h"
 
 #include <CoreAudio/CoreAudio.h>

@@ -11,8 +11,8 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-/// Parse a command line.
-/// Returns  the text of the error; "" without an error.
+/// Parse a command line into `options`.
+/// Returns  the message of the error; "" if there is no error.
 std::string read(const Arguments& arguments, kvx::PlayerOptions& options)
 {
     CLI::App app("test", "test");

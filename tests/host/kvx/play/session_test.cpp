@@ -89,7 +89,7 @@ TEST(Meter, ReportsSilenceAndReleasesTheDevice)
         KVXPlatformStep(device, 512);
         EXPECT_EQ(meter.takePeak(), 0.0f);
     }
-    KVXPlatformStep(device, 512); // the tap is removed
+    KVXPlatformStep(device, 512); // must not call the meter, which no longer exists
     EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
 }
 

@@ -1,4 +1,4 @@
-// Tests of the types of property values, of values as text, and of text as values.
+// Tests of the types of property values, and of the functions that format values as text and read them.
 #include "host/kvx/properties/property_values.h"
 
 #include "host/kvx/text/failure.h"

@@ -21,8 +21,8 @@ bool isLineByLine(int terminal)
     return (mode.c_lflag & ICANON) && (mode.c_lflag & ECHO);
 }
 
-/// Run `work` in a child process with a new terminal, and `watch` in this process with the other side of the
-/// terminal.
+/// Run `work` in a child process on a new terminal, and `watch` in this process, which types on the terminal
+/// and reads its screen.
 /// Returns  the exit code of the child, or 128 plus the number of the signal that ended the child.
 template <class Work, class Watch>
 int inATerminal(Work work, Watch watch)
@@ -30,7 +30,7 @@ int inATerminal(Work work, Watch watch)
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child == 0) {
-        signal(SIGHUP, SIG_DFL); // the test may run under nohup
+        signal(SIGHUP, SIG_DFL); // if the test runs under nohup, SIGHUP is ignored
         work();
         _exit(0);
     }
@@ -90,7 +90,7 @@ TEST(Keyboard, RestoresTheTerminalAtTheEnd)
                 }
             }
             say('e');
-            sleep(60); // until the parent process has examined the terminal
+            sleep(60); // longer than the parent process needs to examine the terminal and kill this process
         },
         [](int terminal, pid_t child) {
             readUntil(terminal, 'r');
@@ -113,7 +113,7 @@ TEST(Keyboard, RestoresTheTerminalAtTheFirstSignal)
                 say('r');
                 while (!kvx::isInterrupted()) keyboard.read();
                 say('i');
-                for (;;) pause(); // a command that hangs
+                for (;;) pause(); // hangs, as a command may do that does not see the first signal
             },
             [signal](int terminal, pid_t child) {
                 readUntil(terminal, 'r');
@@ -142,7 +142,8 @@ TEST(Keyboard, RestoresTheTerminalAtQuitAndAbort)
                 readUntil(terminal, 'r');
                 EXPECT_FALSE(isLineByLine(terminal));
                 kill(child, signal);
-                // WNOWAIT keeps the child, and therefore the terminal.
+                // WNOWAIT keeps the ended child process, and the terminal with it, until the terminal is
+                // examined.
                 siginfo_t info = {};
                 EXPECT_EQ(waitid(P_PID, id_t(child), &info, WEXITED | WNOWAIT), 0);
                 EXPECT_EQ(info.si_status, signal);
@@ -151,7 +152,8 @@ TEST(Keyboard, RestoresTheTerminalAtQuitAndAbort)
     }
 }
 
-/// Run a job in the foreground in a separate process group, as a shell does, and continue the job once.
+/// Act as a shell: run `job` in a separate process group in the foreground. When the job stops, run
+/// `whileStopped` and continue the job.
 void runJob(void (*job)(), void (*whileStopped)())
 {
     signal(SIGTTOU, SIG_IGN);
@@ -199,7 +201,7 @@ TEST(Keyboard, RestoresTheTerminalWhileTheProcessIsStopped)
     EXPECT_EQ(code, 5) << "the terminal is in raw mode again";
 }
 
-// Some shells restore the mode of the stopped program when they continue the program.
+// When some shells continue a stopped program, they restore the terminal mode that the program had set.
 TEST(Keyboard, RestoresTheFirstModeAfterAContinueInRawMode)
 {
     const int code = inATerminal(

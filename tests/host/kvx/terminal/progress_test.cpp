@@ -123,7 +123,7 @@ TEST(PlayStatus, PrintsAtMostTheDuration)
     EXPECT_EQ(kvx::formatPlayStatus(status).rfind("  0:06.5 / 0:06.5", 0), 0u);
 }
 
-/// The text that `use` writes to a file.
+/// The text that a Progress writes to a file while `use` calls its functions.
 std::string written(kvx::Verbosity verbosity, const std::function<void(kvx::Progress&)>& use)
 {
     std::FILE* file = std::tmpfile();

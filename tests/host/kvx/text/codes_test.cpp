@@ -1,4 +1,4 @@
-// Tests of codes and statuses as text.
+// Tests of the functions that format and read four-character codes and statuses.
 #include "host/kvx/text/codes.h"
 
 #include <AudioToolbox/AudioToolbox.h>

@@ -1,4 +1,4 @@
-// Tests of numbers and bytes as text.
+// Tests of the functions that read and format numbers and bytes.
 #include "host/kvx/text/number_text.h"
 
 #include "host/kvx/text/failure.h"

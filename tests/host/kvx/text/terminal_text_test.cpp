@@ -1,4 +1,4 @@
-// Tests of text for a terminal.
+// Tests of the functions that clean, cut and lay out text for a terminal.
 #include "host/kvx/text/terminal_text.h"
 
 #include <gtest/gtest.h>
