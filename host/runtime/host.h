@@ -54,8 +54,7 @@ public:
     /// Find a class without regard to case; null if there is none.
     const ClassInfo* findClass(std::string_view name) const { return host::findClass(name); }
 
-    /// Make an object of the class `className`. Throws as createObject(), and ProgramError for an unknown
-    /// class.
+    /// Make an object of a class. Throws as createObject(), and ProgramError for an unknown class.
     template <class... Arguments>
     Object create(std::string_view className, Arguments&&... arguments)
     {

@@ -19,8 +19,7 @@ constexpr int ownBits = sizeof(void*) * 8;
 
 int bitsOf(unsigned char elfClass) { return elfClass == ELFCLASS32 ? 32 : elfClass == ELFCLASS64 ? 64 : 0; }
 
-/// Check the file before the system loads the library, because the system's own messages do not name the
-/// problem.
+/// Check the file before the system loads it, because messages of the system do not name the problem.
 void checkFile(const std::string& path)
 {
     std::error_code failure;

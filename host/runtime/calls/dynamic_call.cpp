@@ -153,8 +153,7 @@ Value callFunction(AnyFunction function, std::vector<Word> leading, const std::v
     } answer = {};
     CallScope scope;
     for (auto& argument : all) {
-        // The called function owns the reference in a ByRef variable: it may release the reference and store
-        // another one.
+        // The called function owns the reference in a ByRef variable, and may replace this reference.
         if (argument.variable) argument.converted.reference.detach();
     }
     ffi_call(&call, function, &answer, addresses.data());

@@ -26,8 +26,7 @@ struct Exceptions {
     int callDepth = 0;               ///< number of calls into the plug-in that are in progress
 };
 
-/// The time of one call into the plug-in. An exception of the outer call is set aside until the inner call
-/// ends.
+/// The time of one call into the plug-in. An exception of an outer call waits until the inner call has ended.
 class CallScope {
 public:
     CallScope();

@@ -32,8 +32,7 @@ Value runHandler(const EventInfo& event, void** arguments)
     return handler(sender, values);
 }
 
-/// Write the handler's result where libffi expects it. libffi expects a small integer widened to a whole
-/// word.
+/// Write the handler's result where libffi expects it. libffi expects small integers widened to a word.
 void writeResult(void* result, const Native& native, const Type& type)
 {
     ffi_arg widened = 0;

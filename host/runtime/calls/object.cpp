@@ -66,8 +66,7 @@ void releaseFields(REALobjectStruct* object, const ClassInfo& info)
 {
     for (const auto& property : info.properties) {
         if (property.getterAccess != Access::field || !property.type.isReference()) continue;
-        // The field becomes nil, so that a second property with the same field does not release the value
-        // again.
+        // The field becomes nil, so a second property with the same field does not release the value again.
         release(exchangeReference(classDataOf(object, info) + property.parameter, nullptr));
     }
 }

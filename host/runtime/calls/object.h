@@ -14,8 +14,8 @@ namespace host {
 
 class Object;
 
-/// A program's handler of an event. The handler's result is converted to the type that the event declares;
-/// its exception reaches the program after the plug-in has returned (see Host::rethrow).
+/// A program's handler of an event. The handler's result is converted to the type that the event declares.
+/// A C++ exception of the handler reaches the program after the plug-in has returned (see Host::rethrow).
 using EventHandler = std::function<Value(Object& sender, const std::vector<Value>& arguments)>;
 
 /// Put the arguments of a call into a list.
@@ -47,8 +47,7 @@ public:
     Value get(std::string_view property) const;
     void set(std::string_view property, const Value& value) const;
 
-    /// Read or write an indexed property: a method with a setter, or a method with a parameter marked
-    /// "Assigns".
+    /// Read or write an indexed property: a method with a setter or with a parameter marked "Assigns".
     Value get(std::string_view property, const Value& index) const;
     void set(std::string_view property, const Value& index, const Value& value) const;
 

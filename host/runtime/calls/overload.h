@@ -9,9 +9,10 @@
 
 namespace host {
 
-/// Choose the method that takes the arguments at the lowest conversion cost; the first if two costs are
-/// equal. A single method is returned without a check. `owner` is the name of the class for messages. Errors
-/// ProgramError with the declarations of all methods if no method takes the arguments. [main]
+/// Choose the method that takes the arguments at the lowest conversion cost; the first one of equal cost. A
+/// single method is returned without a check. `owner` is the name of the class for messages.
+/// Errors  ProgramError with the declarations of all methods if no method takes the arguments.
+/// [main]
 const MethodInfo& chooseOverload(const std::vector<const MethodInfo*>& overloads,
                                  const std::vector<Argument>& arguments, const std::string& owner);
 

@@ -100,8 +100,9 @@ struct ClassTable {
 /// [main]
 const ClassInfo* findClass(std::string_view name);
 
-/// Find a class of the current host by name. Throws ProgramError with the names of all classes if there is
-/// none. [main]
+/// Find a class of the current host by name, without regard to case.
+/// Errors  ProgramError with the names of all classes if there is none of this name.
+/// [main]
 const ClassInfo& classNamed(std::string_view name);
 
 } // namespace host

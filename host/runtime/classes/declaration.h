@@ -52,8 +52,7 @@ struct ConstantDeclaration {
 /// Errors  ProgramError with the position of the error and the text that was expected there.
 Declaration parseDeclaration(std::string_view text);
 
-/// Parse the declaration of a constant: "Name = value" or "Name as Type = value". Throws as
-/// parseDeclaration().
+/// Parse a constant: "Name = value" or "Name as Type = value". Throws as parseDeclaration().
 ConstantDeclaration parseConstant(std::string_view text);
 
 /// Whether two declarations have the same name and result, and parameters of the same types, "ByRef" and

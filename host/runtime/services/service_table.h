@@ -32,16 +32,18 @@ struct ServiceTable {
     const Service* end() const { return rows + count; }
 };
 
-/// All services. Their functions throw no exception and run on the main thread only: a call on another thread
-/// has no effect, returns 0, false or null, and is noted as a misuse. [any]
+/// All services. Their functions throw no exception and run on the main thread only; a call on another thread
+/// has no effect, returns 0, false or null, and is noted as a misuse.
+/// [any]
 ServiceTable serviceTable();
 
 /// Find the service `name` in a host of version `version`; null if that version lacks the service.
 /// [any]
 const Service* findService(std::string_view name, double version);
 
-/// The resolver, with which the plug-in looks up services: return the C function of a service of the current
-/// host. Null for an unknown or withheld name, and if no host exists. [main]
+/// The function with which the plug-in looks up a service. Return the C function of a service of the current
+/// host; null for an unknown or withheld name, and if no host exists.
+/// [main]
 void* resolveService(const char* name);
 
 /// The number of calls to a service since the last resetServiceCalls().

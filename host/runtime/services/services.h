@@ -2,8 +2,7 @@
 //
 // Owner    The plug-in owns one reference to each result, and keeps its references to the arguments.
 // Errors   A function returns null if it cannot make its result. A dead address and a value of another kind
-// are
-//          noted as misuses and treated as nil.
+//          are noted as misuses and treated as nil.
 // All functions: [main].
 #pragma once
 

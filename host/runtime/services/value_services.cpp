@@ -74,8 +74,7 @@ const ElementRow* rowFor(REALarrayStruct* handle, const char* service, Base expe
 AnyFunction getterOf(const ElementRow* row) { return row ? row->getter : nullptr; }
 AnyFunction inserterOf(const ElementRow* row) { return row ? row->inserter : nullptr; }
 
-/// Check an argument of a service that takes any counted value except strings and string data. Null if
-/// refused.
+/// Check an argument that may be any counted value except a string or string data. Null if refused.
 const void* checkedObject(const void* value, const char* service)
 {
     if (!value) return nullptr;

@@ -12,8 +12,7 @@
 
 namespace host {
 
-/// The kinds of counted values. A value of kind stringData keeps the text that "PluginGetStringData"
-/// returned.
+/// The kinds of counted values. A stringData value keeps the text that "PluginGetStringData" returned.
 enum class Kind { object, string, memoryBlock, array, folderItem, variant, stringData };
 
 /// The name of a kind: "object", "string", "memory block", …
@@ -24,8 +23,7 @@ struct KindRow {
     Kind kind;
     /// Destroy the record of a value and release its references. The caller frees the value's memory.
     void (*destroy)(void* record);
-    /// Describe a value for messages, with an article. If null, the description is "a" and the name of the
-    /// kind.
+    /// Describe a value for messages, with an article. If null, the text is "a" and the name of the kind.
     std::string (*describe)(const void* record);
     /// Print a value as a program prints it. If null, the text is that of `describe`.
     std::string (*print)(const void* record);

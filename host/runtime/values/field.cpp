@@ -9,8 +9,7 @@ namespace host {
 
 namespace {
 
-/// An 8-byte word with the alignment that atomic access needs; std::uint64_t is 4-aligned in 32-bit
-/// structures.
+/// An 8-byte word that is aligned for atomic access. In 32-bit structures, std::uint64_t is only 4-aligned.
 struct alignas(8) AlignedWord64 {
     std::uint64_t bits;
 };

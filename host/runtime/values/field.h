@@ -10,8 +10,7 @@ namespace host {
 Native loadField(const void* field, const Type& type);
 void storeField(void* field, const Native& native, const Type& type);
 
-/// Replace the reference in a field and return the former reference. The caller then owns the former
-/// reference.
+/// Replace the reference in a field. Return the former reference, which the caller then owns.
 void* exchangeReference(void* field, void* reference);
 
 } // namespace host

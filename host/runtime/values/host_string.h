@@ -22,8 +22,7 @@ public:
     /// Make a string of UTF-8 text. The string is never nil, even for "". Throws std::bad_alloc.
     static String of(std::string_view utf8);
 
-    /// Make a string of any bytes. `encoding` may be a code that HostTextEncoding lacks. Throws
-    /// std::bad_alloc.
+    /// Make a string of any bytes. `encoding` may be a code outside HostTextEncoding. Throws std::bad_alloc.
     static String ofBytes(std::string_view bytes, std::uint32_t encoding);
 
     /// The bytes of the string; "" if the string is nil. The view is valid while the string lives.

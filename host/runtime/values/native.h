@@ -10,8 +10,7 @@
 
 namespace host {
 
-/// Memory for one native value of any type. The first member is the widest, so that `= {}` zeroes all
-/// members.
+/// Memory for one native value of any type. The widest member is first, so that `= {}` zeroes all members.
 union Native {
     std::uint64_t word64;
     std::uint8_t byte;

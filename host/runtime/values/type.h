@@ -51,8 +51,7 @@ struct Type {
 bool operator==(const Type& left, const Type& right);
 inline bool operator!=(const Type& left, const Type& right) { return !(left == right); }
 
-/// The fixed-width base with the same memory format: Int32 or Int64 for Integer, UInt32 or UInt64 for
-/// UInteger. Returns  `base` if it is neither Integer nor UInteger.
+/// The fixed-width base with the same memory format, such as Int32 or Int64 for Integer; else `base` itself.
 Base fixedWidth(Base base);
 
 /// Whether objects of every class fit the type.

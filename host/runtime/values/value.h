@@ -64,8 +64,7 @@ public:
     double number() const;
     std::string text() const; ///< Return the text in UTF-8; "" for nil. May throw as convertText().
 
-    /// Return the value as a reference of type Handle (String, MemoryBlock, …). A nil value returns a nil
-    /// Handle.
+    /// Return the value as a Handle, which is a String, MemoryBlock, …; a nil value returns a nil Handle.
     template <class Handle>
     Handle as() const
     {
