@@ -1,5 +1,5 @@
-// kvx_bit_exactness [FRAMES]: renders random cases with the buffered player and with the reference player of
-// the tests, and compares the outputs bit by bit. Rates, positions, buffers and slice sizes vary.
+// kvx_bit_exactness [FRAMES]: renders FRAMES frames with the buffered player and with the reference player of
+// the tests, and compares the outputs bit by bit. Rates, start positions, buffers and slice sizes are random.
 #include "player/play_queue.h"
 #include "player/render.h"
 #include "tests/support/reference_player.h"
@@ -26,7 +26,7 @@ struct Rates {
     float from, to;
 };
 
-/// Usual rates, random rates, or rates with very short or long steps between input positions.
+/// Choose the rates of player and device: usual rates, any rate, or a player rate from 4 Hz to 1 MHz.
 Rates randomRates(Random& random)
 {
     static const float usual[] = {8000, 11025, 16000, 22050, 32000, 44100, 48000, 88200, 96000, 192000};
@@ -42,7 +42,7 @@ Rates randomRates(Random& random)
     }
 }
 
-/// A start position: 0, a whole frame, a multiple of the step, or any number.
+/// Choose a start position in frames: 0, a whole frame, a multiple of the position step, or any number.
 double randomPosition(Random& random, const Rates& rates)
 {
     const double position = between(random, 0, 3000);
@@ -61,14 +61,14 @@ double randomPosition(Random& random, const Rates& rates)
 std::vector<float> randomSamples(Random& random, bool isStereo)
 {
     std::vector<float> samples(random() % 4 ? 2000 + random() % 30000 : 2 + random() % 500);
-    if (isStereo && random() % 16)
-        samples.resize(samples.size() & ~std::size_t{1}); // some stereo buffers end with half a frame
+    // Make the count even in most stereo buffers. The other buffers may end with half a frame.
+    if (isStereo && random() % 16) samples.resize(samples.size() & ~std::size_t{1});
     for (float& each : samples)
         each = static_cast<float>(static_cast<std::int32_t>(random())) / 2147483648.0f;
     return samples;
 }
 
-/// The buffered player and the reference player, with the same settings and buffers.
+/// A buffered player (actual) and a reference player (expected) with the same settings and buffers.
 struct PlayerPair {
     explicit PlayerPair(Random& random) : actual()
     {
@@ -92,7 +92,7 @@ struct PlayerPair {
     }
     ~PlayerPair() { player::FreeAllPlayItems(actual); }
 
-    /// Render one slice with both players. Returns true if outputs and positions are identical.
+    /// Render one slice with both players. Return whether their outputs and positions are identical.
     bool renderAndCompare(std::uint32_t frames, std::uint32_t channels)
     {
         std::vector<unsigned char> bytes(std::size_t{frames} * channels * sizeof(float), 0xA5);

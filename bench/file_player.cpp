@@ -11,7 +11,7 @@
 namespace bench {
 namespace {
 
-/// The library in this program's folder.
+/// The path of the plug-in library in the folder of this program.
 std::string libraryPath()
 {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "KVXAudio.so";
@@ -29,7 +29,7 @@ double heapBytes()
 
 host::Host& loadedHost()
 {
-    // Never freed, because objects in other files use the host until the process ends.
+    // The host is never freed, because static objects in other files use it until the process ends.
     static host::Host& host = *[] {
         const double before = heapBytes();
         auto* const loaded = new host::Host;

@@ -1,4 +1,4 @@
-// A file player of the built library on a stepped device.
+// A file player of the built plug-in library, on a device that renders only when the benchmark calls step().
 #pragma once
 
 #include "host/runtime/host.h"
@@ -9,20 +9,20 @@ namespace bench {
 
 constexpr std::uint32_t sliceFrames = 512;
 
-/// The host of this process, with the library loaded.
+/// The host of this process, which has loaded the plug-in library. The first call creates the host.
 /// [main]
 host::Host& loadedHost();
 
-/// Heap bytes that the host and the library allocated, before any object existed.
+/// The heap bytes that the host and the library use before the program makes an object.
 double loadedHostBytes();
 
-/// Heap bytes in use, including mapped blocks.
+/// The heap bytes in use by the process, including blocks that malloc maps separately.
 double heapBytes();
 
-/// Add a stepped stereo device. Throws std::runtime_error on failure.
+/// Add a stereo device that renders only in KVXPlatformStep(). Throws std::runtime_error on failure.
 KVXDeviceID addSteppedDevice(double sampleRate);
 
-/// Plays the WAV file of three minutes in a loop, on a device with the file's rate.
+/// Plays the WAV file of three minutes in a loop, on a stepped device with the sample rate of the file.
 class FilePlayer {
 public:
     FilePlayer();
@@ -34,7 +34,7 @@ public:
     void play() const;
     void step() const { KVXPlatformStep(device_, sliceFrames); }
 
-    /// Step long enough for changed settings to take full effect.
+    /// Render 100 slices, so that changed settings take full effect.
     void settle() const;
 
 private:

@@ -1,5 +1,5 @@
-// Measures a slice of 512 stereo frames through the file player's graph on a stepped device. With neutral
-// settings the peer is a copy of the samples; at another rate or pitch, the peers are time stretchers.
+// Measures a slice of 512 stereo frames through the file player's graph on a stepped device, compared with
+// memcpy at neutral settings, and with time stretchers of other libraries at other rates and pitches.
 #include "bench/file_player.h"
 #include "bench/repeat.h"
 #include "bench/sound_files.h"
@@ -16,8 +16,8 @@ constexpr double semitones = 3; // 300 cents
 
 double pitchRatio() { return std::exp2(semitones / 12); }
 
-/// Call `renderer.step()`, which renders one slice, once per iteration. The renderers below are static,
-/// because the library calls a benchmark several times.
+/// Call `renderer.step()`, which renders one slice, once per iteration. The benchmarks pass static renderers,
+/// because Google Benchmark calls the function of a benchmark several times.
 template <class Renderer>
 void stepEachIteration(benchmark::State& state, Renderer& renderer)
 {
@@ -54,7 +54,7 @@ void atPitch(benchmark::State& state)
     stepEachIteration(state, player);
 }
 
-/// Copies slices from a block of the size of the file player's samples.
+/// Copies slices of samples from a block that has the size of the file player's samples.
 struct Copier {
     void step()
     {
@@ -79,7 +79,7 @@ void rubberBandAtRate(benchmark::State& state)
     stepEachIteration(state, band);
 }
 
-// The part of a pitch shift that a stretcher does: more frames, which a resampler then plays faster.
+// A stretcher does one part of a pitch shift: it makes more frames, which a resampler then plays faster.
 void rubberBandStretching(benchmark::State& state)
 {
     static bench::RubberBandStretcher band(pitchRatio(), 1, bench::sliceFrames * pitchRatio());

@@ -1,6 +1,6 @@
-// kvx_kernels NAME: runs a scenario whose instructions scripts/instructions counts. Only kvx_counted()
-// counts, with the same work in every run. --list prints the names; --prepare writes the file that some
-// scenarios play; --processor prints the processor features that select SIMD code.
+// kvx_kernels NAME: runs a scenario. scripts/instructions counts the instructions inside kvx_counted().
+// --list prints the names; --prepare writes the sound file that some scenarios play; --processor prints the
+// processor features that select SIMD code.
 #include "bench/file_player.h"
 #include "bench/slice_renderer.h"
 #include "bench/sound_files.h"
@@ -20,10 +20,10 @@ namespace {
 
 using Work = std::function<void()>;
 
-/// scripts/instructions passes this name to valgrind, which counts only inside this function.
+/// Run `work`. valgrind counts instructions only inside this function; scripts/instructions passes its name.
 extern "C" __attribute__((noinline)) void kvx_counted(const Work& work) { work(); }
 
-/// Count `times` calls of `use(object)`. One call before is not counted, because it may initialise something.
+/// Count the instructions of `times` calls of `use(object)`, after one call for initialisation.
 template <class Object, class Use>
 void countCalls(int times, Object& object, Use use)
 {
@@ -109,7 +109,7 @@ const struct {
     {"graph-rate", stretchedGraph},      {"property-get", getProperty},
 };
 
-/// Print the features by which this library, the C library and others select SIMD code.
+/// Print the processor features by which the plug-in, the C library and other libraries select SIMD code.
 void printProcessor()
 {
     const struct {

@@ -1,5 +1,5 @@
-// Measures loading three minutes of stereo as 32-bit float into zeroed memory: the platform calls that read
-// the file, and the whole method LoadFile, each compared with one read call of libsndfile.
+// Measures loading three minutes of stereo as 32-bit floats into zeroed memory, with the platform's calls and
+// with the whole method LoadFile. The comparison is one read call of libsndfile.
 #include "bench/file_player.h"
 #include "bench/sound_files.h"
 #include "bench/test_signal.h"
@@ -29,7 +29,7 @@ Samples zeroed(std::size_t count)
     return Samples(static_cast<float*>(std::calloc(count, 2 * sizeof(float))));
 }
 
-/// Return the number of frames read, or 0 on failure.
+/// Read a whole file with the platform's calls. Return the number of frames that were read; 0 on failure.
 std::size_t readThroughPlatform(const std::string& path)
 {
     const CFURLRef url = CFURLCreateFromFileSystemRepresentation(
@@ -81,7 +81,7 @@ void load(benchmark::State& state, const bench::FileFormat* kind, std::size_t (*
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(frames));
 }
 
-/// Load a short file, so that the creation and disposal of object, graph and units take most of the time.
+/// Load a file of 0.1 s, so that the creation and disposal of object, graph and units take most of the time.
 void loadShort(benchmark::State& state)
 {
     const std::string path = bench::shortFile();

@@ -1,4 +1,4 @@
-// Measures the heap, in bytes, of an idle host, of a loaded file, and of stretching and resampling engines.
+// Measures the heap bytes of an idle host, of a loaded file, and of time-stretching and resampling engines.
 #include "bench/file_player.h"
 #include "bench/sound_files.h"
 #include "bench/stretchers.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Count the bytes that `make` allocates and keeps while its result is alive.
+/// Report the heap bytes that a call of `make` allocates and that are still in use while its result lives.
 template <class Make>
 void measure(benchmark::State& state, Make make)
 {
@@ -41,7 +41,7 @@ host::Object loadedFile()
     return player;
 }
 
-/// Measure the second load, because the first load also allocates memory that the library keeps.
+/// Report the heap bytes of a second load. A first load also allocates memory that the library keeps.
 void fileWithoutSamples(benchmark::State& state)
 {
     loadedFile();

@@ -1,5 +1,5 @@
 // Measures the time to take the next buffer from a queue of 1, 20 or 200 buffers, compared with a queue that
-// moves all its slots, used or not; and the time to lock and unlock a mutex.
+// moves all its slots, used or not. Also measures the time to lock and unlock a mutex.
 #include "player/play_queue.h"
 #include "bench/repeat.h"
 
@@ -10,14 +10,14 @@
 
 namespace {
 
-/// A player with `waiting` buffers in its queue. Their samples are never read.
+/// A player with `waiting` buffers in its queue. All buffers refer to one sample, which is never read.
 struct Queue {
     explicit Queue(int waiting)
     {
         for (int i = 0; i < waiting; ++i) player.queue[i] = {1, &sample};
         player.queueCount = waiting;
     }
-    /// Append the current buffer to the queue again.
+    /// Append the buffer that was taken, so that the number of buffers in the queue stays the same.
     void appendCurrent()
     {
         player.queue[player.queueCount++] = player.current;

@@ -1,5 +1,5 @@
-// Measures reading a property of a player: by name through the host's dynamic calls, and with the getter from
-// the class table.
+// Measures reading a property of a player: by name through the dynamic calls of host/runtime, and with a
+// direct call of the getter in the class table.
 #include "bench/file_player.h"
 #include "bench/repeat.h"
 

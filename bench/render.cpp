@@ -1,5 +1,5 @@
-// Measures a slice of the buffered player, compared with libsamplerate's simplest converters and with scalar
-// code that computes the same. Each benchmark renders 512 frames from the same input.
+// Measures a slice of 512 frames of the buffered player, compared with the simplest converters of
+// libsamplerate and with scalar code for the same interpolation. All benchmarks render the same input.
 #include "bench/repeat.h"
 #include "bench/scalar_player.h"
 #include "bench/slice_renderer.h"

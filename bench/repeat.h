@@ -5,7 +5,8 @@
 
 namespace bench {
 
-/// Call `work` once per iteration. `work` returns its output, which the compiler may then not optimise away.
+/// Call `work` once per iteration, as the timed part of a benchmark. `work` returns its output, so that the
+/// compiler cannot remove the computation.
 template <class Work>
 void repeat(benchmark::State& state, Work work)
 {

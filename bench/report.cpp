@@ -1,5 +1,5 @@
-// kvx_report FIGURES.json REMARKS EXACTNESS MACHINE PAGE CHART: writes a page and a chart of the benchmarks'
-// results, and prints a summary of the goals.
+// kvx_report FIGURES.json REMARKS EXACTNESS MACHINE PAGE CHART: writes the page and the chart of the
+// benchmark results, and prints whether each goal is met.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -35,7 +35,7 @@ double nanosecondsIn(const std::string& unit)
     return unit == "ns" ? 1 : unit == "us" ? 1e3 : unit == "ms" ? 1e6 : 1e9;
 }
 
-/// The registered name of a benchmark, without the suffixes that its options add.
+/// Remove the suffixes that Google Benchmark adds to a name for options such as UseManualTime().
 std::string registeredName(std::string name)
 {
     for (const char* suffix : {"/manual_time", "/iterations:1"})
@@ -64,7 +64,8 @@ Figures figuresOf(const std::string& path)
     return figures;
 }
 
-/// Read remarks: each begins with a line with the id of a row, or the title of a subject, in brackets.
+/// Parse bench/remarks.txt. A line in brackets, the id of a row or the title of a subject, precedes each
+/// remark.
 Remarks remarksOf(const std::string& text)
 {
     Remarks remarks;

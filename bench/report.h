@@ -1,4 +1,5 @@
-// The benchmark report: tables of comparisons, and their output as a page and a chart.
+// The benchmark report: comparisons of our benchmarks with those of other libraries (peers) and with goals,
+// and their output as a page and a chart.
 #pragma once
 
 #include <map>
@@ -7,41 +8,41 @@
 
 namespace report {
 
-/// The results of one run of the benchmarks.
+/// The results of one run of kvx_bench and kvx_bit_exactness.
 struct Figures {
-    std::map<std::string, double> times; ///< median time in nanoseconds by benchmark name
-    std::map<std::string, double> bytes; ///< median of the counter "bytes" by benchmark name
+    std::map<std::string, double> times; ///< median time in nanoseconds of each benchmark, by name
+    std::map<std::string, double> bytes; ///< median of the counter "bytes" of each benchmark, by name
     std::string date, compiler, machine;
-    std::string exactness; ///< output of kvx_bit_exactness
+    std::string exactness; ///< text that kvx_bit_exactness printed
     int repetitions = 0;
 
-    /// These two functions throw std::runtime_error if the benchmark `name` was not measured.
+    /// The median time or number of bytes of a benchmark. Throws std::runtime_error if it was not measured.
     double time(const std::string& name) const;
     double bytesOf(const std::string& name) const;
 };
 
-/// The ratio that a row shows and its goal limits.
+/// What the ratio of a row compares. The goal of the row is a limit for this ratio, or for our time or bytes.
 enum class Ratio {
-    speed,    ///< the peer's time divided by our time; the goal is a minimum
-    duration, ///< our time divided by the peer's time; the goal is a maximum
-    time,     ///< our time divided by the goal in nanoseconds
-    bytes,    ///< our number of bytes divided by the goal
+    speed,    ///< time of the peer divided by our time; the goal is a minimum
+    duration, ///< our time divided by the time of the peer; the goal is a maximum
+    time,     ///< our time divided by the goal, a maximum in nanoseconds
+    bytes,    ///< our number of bytes divided by the goal, a maximum
 };
 
-/// A comparison with a peer: one row of a table in the report.
+/// One row of a table in the report: a comparison with a benchmark of another library (peer) or with a goal.
 struct Row {
-    const char* what;     ///< label; an empty label repeats the label of the row above
-    const char* ours;     ///< name of our benchmark
-    const char* peer;     ///< name of the peer's benchmark; null if there is no peer
-    const char* peerName; ///< name of the peer in the report
+    const char* what;     ///< label of the row; "" if the label of the row above applies
+    const char* ours;     ///< name of the benchmark of our code
+    const char* peer;     ///< name of the benchmark of the peer; null if there is no peer
+    const char* peerName; ///< name of the peer, as the report prints it
     Ratio kind;
-    double goal = 0;             ///< 0 if the report only shows the result
-    double factor = 1;           ///< factor that multiplies the peer's time
-    const char* id = "";         ///< name of the row in bench/remarks.txt
-    const char* chart = nullptr; ///< label of the row's bar in the chart; null for no bar
+    double goal = 0;             ///< goal of the row; 0: the report shows the result and checks nothing
+    double factor = 1;           ///< factor by which the report multiplies the time of the peer
+    const char* id = "";         ///< name of the row in bench/remarks.txt; "" for no remark
+    const char* chart = nullptr; ///< label of the bar in the chart; null if the chart has no bar
 };
 
-/// A chapter of the report.
+/// One chapter of the report, with one table.
 struct Subject {
     const char* title;
     const char* text;
@@ -50,21 +51,21 @@ struct Subject {
 
 const std::vector<Subject>& subjects();
 
-/// The result of a comparison.
+/// The result of the comparison in one row.
 struct Outcome {
-    double ratio = 0; ///< 0 if the row has neither a peer nor a goal
-    double miss = 0;  ///< distance to a missed goal, as a share of the goal
+    double ratio = 0; ///< ratio to the peer or to the goal; 0 if the row has no peer and no goal
+    double miss = 0;  ///< distance to the goal as a share of the goal; positive if the goal is missed
     bool isMet = true;
     bool hasGoal = false;
 };
 Outcome outcomeOf(const Row& row, const Figures& figures);
 
-/// Remarks by the id of a row or the title of a subject.
+/// The remarks in bench/remarks.txt, by the id of a row or the title of a subject.
 using Remarks = std::map<std::string, std::string>;
 
-/// docs/performance.md.
+/// Print the page docs/performance.md.
 std::string pageOf(const Figures& figures, const Remarks& remarks);
-/// docs/performance.svg.
+/// Print the chart docs/performance.svg.
 std::string chartOf(const Figures& figures);
 
 } // namespace report

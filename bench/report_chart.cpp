@@ -1,4 +1,5 @@
-// Writes docs/performance.svg, a bar chart of our speed relative to each peer, with the goals.
+// Prints docs/performance.svg: bars for our speed relative to that of other libraries (peers), lines for
+// goals.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -10,7 +11,7 @@ namespace report {
 namespace {
 
 constexpr double width = 860, left = 380, right = 70, top = 66, barHeight = 18, lineHeight = 26;
-constexpr double least = 0.1, most = 30; // range of the logarithmic axis
+constexpr double least = 0.1, most = 30; // smallest and largest speed ratio on the logarithmic axis
 
 double xOf(double ratio)
 {
@@ -18,7 +19,7 @@ double xOf(double ratio)
     return left + share * (width - left - right);
 }
 
-/// Our speed divided by the peer's speed. A ratio of times is inverted.
+/// Our speed divided by the speed of the peer, from the ratio of a row. A ratio of durations is inverted.
 double speed(const Row& row, double ratio) { return row.kind == Ratio::duration ? 1 / ratio : ratio; }
 
 std::string escaped(const std::string& text)

@@ -1,4 +1,4 @@
-// Writes docs/performance.md, with one table per subject.
+// Prints docs/performance.md, with one table per subject.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -85,8 +85,8 @@ std::string remarksOf(const Subject& subject, const Figures& figures, const Rema
     std::string text;
     const auto always = remarks.find(subject.title);
     if (always != remarks.end()) text += "\n" + always->second + "\n";
-    std::map<std::string, std::string>
-        misses; // texts by row id, because rows with the same id share a remark
+    // The misses of a row id together, because rows with the same id share one remark.
+    std::map<std::string, std::string> misses;
     for (const Row& row : subject.rows) {
         const Outcome outcome = outcomeOf(row, figures);
         if (outcome.isMet || !*row.id) continue;
@@ -102,8 +102,8 @@ std::string remarksOf(const Subject& subject, const Figures& figures, const Rema
     return text;
 }
 
-/// The share of the queue's lock in the time of a player. The share is computed, because the benchmark
-/// renders its players one after another, so that no player waits for a lock.
+/// Print the share of the queue's lock in the render time of a player. The share is computed, not measured:
+/// the benchmark renders its players one after another, so no player waits for a lock.
 std::string lockText(const Figures& figures)
 {
     const double lock = figures.time("take front/the lock, taken and given");

@@ -1,4 +1,4 @@
-// The table of all comparisons and goals.
+// The table of the report: all comparisons with other libraries, and all goals.
 #include "bench/report.h"
 
 #include <stdexcept>

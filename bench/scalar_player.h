@@ -1,4 +1,4 @@
-// The buffered player's interpolation as scalar code, for comparison with the product's SIMD code.
+// The interpolation of the buffered player as scalar code, for comparison with its SIMD code.
 #pragma once
 
 #include <cstdint>
@@ -6,17 +6,18 @@
 
 namespace bench {
 
-/// A player with one buffer.
+/// The position of a player in its only buffer.
 struct ScalarPlayer {
     explicit ScalarPlayer(const std::vector<float>& samples) : data(samples) {}
 
-    const std::vector<float>& data; ///< interleaved samples, which must outlive the player
+    const std::vector<float>& data; ///< interleaved samples, which the caller keeps alive
     std::int64_t base = 0;
     double position = 0;
     double relative = 0;
 };
 
-/// Render `frames` interleaved frames into `out`, which has the same number of channels as the data.
+/// Render `frames` frames into `out`; `step` is the number of input frames per output frame.
+/// Shape  1 channel in renderMono(), 2 interleaved channels in renderStereo().
 void renderMono(ScalarPlayer& player, double step, std::uint32_t frames, float* out);
 void renderStereo(ScalarPlayer& player, double step, std::uint32_t frames, float* out);
 

@@ -1,4 +1,4 @@
-// Measures 1 to 1,000 buffered players on one stepped device.
+// Measures an I/O cycle of one stepped device with 1 to 1,000 buffered players.
 #include "bench/file_player.h"
 #include "bench/repeat.h"
 #include "bench/test_signal.h"
@@ -14,9 +14,9 @@
 
 namespace {
 
-constexpr std::size_t bufferFrames = 44100; // the length of each player's private buffer: one second
+constexpr std::size_t bufferFrames = 44100; // one second; each player has a buffer of this length
 
-/// The record of a player that the library has started. Its rate differs from the device's rate.
+/// A buffered player in the state after its start, with a sample rate other than that of the device.
 struct Player {
     Player() : data(bench::testSignal(1).begin(), bench::testSignal(1).begin() + bufferFrames)
     {
@@ -33,7 +33,7 @@ struct Player {
     player::AudioPlayerData record = {};
 };
 
-/// Players on one device. As in the library, they share one I/O procedure and differ in its client data.
+/// Players on one stepped device. All share one I/O procedure, which gets the player as client data.
 struct Players {
     explicit Players(std::size_t count) : device(bench::addSteppedDevice(48000))
     {
@@ -53,12 +53,12 @@ struct Players {
             played = 0;
         }
         KVXPlatformStep(device, bench::sliceFrames);
-        played += bench::sliceFrames; // counts device frames, which are more than the buffer frames read
+        played += bench::sliceFrames;
     }
 
     KVXDeviceID device;
     std::vector<std::unique_ptr<Player>> players;
-    std::size_t played = 0;
+    std::size_t played = 0; ///< device frames since rewind(); the players read fewer frames of their buffers
 };
 
 void play(benchmark::State& state, Players*& players, std::size_t count)
@@ -71,7 +71,7 @@ void play(benchmark::State& state, Players*& players, std::size_t count)
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
 }
 
-/// Only copy the samples of a slice from the private memory of each player.
+/// Baseline: copies the samples of one slice from each player's own buffer, and does no other work.
 void copySamples(benchmark::State& state, std::size_t count)
 {
     constexpr std::size_t floats = bench::sliceFrames * 441 / 480;
@@ -89,7 +89,8 @@ void copySamples(benchmark::State& state, std::size_t count)
     }
 }
 
-Players* playersByCount[4]; // created in the first iteration, and used in later runs of the benchmark
+// The players of each benchmark. play() makes them in its first run, and its later runs use them again.
+Players* playersByCount[4];
 
 const bool registered = [] {
     std::size_t count = 1;

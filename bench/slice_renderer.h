@@ -8,21 +8,22 @@
 namespace bench {
 
 struct SliceRenderer {
-    /// Shape  `data` is interleaved, with `channels` channels; the output has the same number of channels.
-    /// Units  `from` and `to` are the rates of data and device in Hz; `frames` is the size of a slice.
+    /// Make a renderer for `data`.
+    /// Shape  `data` and the output are interleaved and have `channels` channels.
+    /// Units  `from` and `to` are the sample rates of data and device in Hz; `frames` is the size of a slice.
     /// Owner  the caller owns `data`, which outlives the renderer and stays unchanged.
     SliceRenderer(const std::vector<float>& data, int channels, double from, double to, std::uint32_t frames);
 
-    /// Input frames per output frame.
+    /// The number of input frames per output frame.
     double step() const { return double{player.sampleRate} / player.deviceSampleRate; }
 
-    /// Render the next slice into `out`. At the end of the data it starts from the beginning again.
+    /// Render the next slice into `out`. After the last whole slice, rendering continues at the first frame.
     void render();
 
     player::AudioPlayerData player;
     std::vector<float> out;
     AudioBufferList list;
-    double lastPosition; ///< last position in `data` from which a whole slice can be rendered
+    double lastPosition; ///< last input frame from which a whole slice can be rendered
 };
 
 } // namespace bench

@@ -22,7 +22,7 @@ const FileFormat fileFormats[6] = {
 
 namespace {
 
-constexpr sf_count_t framesPerWrite = 4410; // the Vorbis encoder fails with a minute in one call
+constexpr sf_count_t framesPerWrite = 4410; // The Vorbis encoder fails if one call has a minute.
 
 std::string writeOnce(const char* name, const FileFormat& format, std::size_t writes)
 {

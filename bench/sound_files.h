@@ -1,4 +1,4 @@
-// Sound files with the test signal in stereo. The first use of a file writes it into the build folder.
+// Sound files with the test signal in stereo. The first request writes the file into the build folder.
 #pragma once
 
 #include <string>
@@ -6,19 +6,19 @@
 namespace bench {
 
 struct FileFormat {
-    const char* name; ///< the usual name of the format
+    const char* name; ///< name of the format, such as "FLAC"
     const char* extension;
-    int format; ///< format constants of libsndfile
+    int format; ///< SF_FORMAT constants of libsndfile
 };
 
 extern const FileFormat fileFormats[6];
 
 constexpr int longFileMinutes = 3;
 
-/// The path of a file of three minutes. Throws std::runtime_error if the file cannot be written.
+/// The path of the file of three minutes in a format. Throws std::runtime_error if writing fails.
 std::string longFile(const FileFormat& format);
 
-/// The path of a WAV file of 0.1 s. Throws std::runtime_error if the file cannot be written.
+/// The path of the WAV file of 0.1 s. Throws std::runtime_error if writing fails.
 std::string shortFile();
 
 } // namespace bench

@@ -1,5 +1,5 @@
-// Measures the start of the library, from dlopen to the return of its entry point, with a minimal host that
-// counts the registered classes. The process has loaded the platform's libraries before.
+// Measures the start of the plug-in library, from dlopen to the return of its entry point. A minimal host
+// counts the registered classes. The libraries that the plug-in needs are in the process already.
 #include "abi/class_definition.h"
 #include "abi/entry_point.h"
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Copy the library. Other benchmarks have loaded the original, so loading it again would take no time.
+/// Copy the library file. Other benchmarks have loaded the original, so loading that file takes no time.
 std::string copyOfLibrary()
 {
     namespace fs = std::filesystem;
@@ -49,7 +49,7 @@ void* resolve(const char* name)
     return nullptr;
 }
 
-/// Load the copy in each iteration. dlclose removes the copy from the process again.
+/// Time one load of the copied library per iteration, and unload the copy after each.
 void loadAndEnter(benchmark::State& state)
 {
     static const std::string copy = copyOfLibrary();

@@ -9,14 +9,14 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t largestInput = 1024; // frames per call, the same limit as in the platform's units
+constexpr std::size_t largestInput = 1024; // frames per call; the platform's units have this limit
 
 struct Span {
     std::size_t first, frames;
 };
 
-/// The next `frames` frames of the test signal, from `position`, which advances. The span is shorter at the
-/// end of the signal, and the following one starts at the beginning.
+/// The next span of the test signal, which starts at `position`; `position` advances by the span. The last
+/// span before the end of the signal may have fewer than `frames` frames; the next span starts at frame 0.
 Span nextSpan(std::size_t& position, std::size_t frames)
 {
     if (position == signalFrames) position = 0;
@@ -32,7 +32,7 @@ RubberBandStretcher::RubberBandStretcher(double timeRatio, double pitchScale, do
 {
     band_.setMaxProcessSize(largestInput);
     for (std::vector<float>& each : out_) each.resize(static_cast<std::size_t>(framesOut) + 1);
-    for (int i = 0; i < 100; ++i) step(); // the first slices take longer
+    for (int i = 0; i < 100; ++i) step(); // discarded, because the first slices take longer
 }
 
 std::size_t RubberBandStretcher::step()

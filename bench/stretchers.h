@@ -1,4 +1,4 @@
-// Time stretchers of other libraries. Each renders slices of the test signal.
+// Time stretchers of other libraries (Rubber Band, SoundTouch), which render slices of the test signal.
 #pragma once
 
 #include <rubberband/RubberBandStretcher.h>
@@ -10,13 +10,13 @@
 
 namespace bench {
 
-/// Rubber Band with the settings of the platform's time-pitch unit.
+/// A Rubber Band stretcher with the settings of the platform's time-pitch unit.
 class RubberBandStretcher {
 public:
-    /// `timeRatio` is output frames per input frame; `framesOut` is the average size of a slice.
+    /// Make a stretcher; `timeRatio` is output frames per input frame, `framesOut` the mean size of a slice.
     RubberBandStretcher(double timeRatio, double pitchScale, double framesOut);
 
-    /// Render a slice, not interleaved. Returns its number of frames.
+    /// Render a slice, with one array per channel. Return the number of frames in the slice.
     std::size_t step();
     const float* left() const { return out_[0].data(); }
 
@@ -28,17 +28,17 @@ public:
 private:
     RubberBand::RubberBandStretcher band_;
     double framesOut_;
-    double owed_ = 0; ///< fraction of a frame that the next slice renders
+    double owed_ = 0; ///< rest of `framesOut`, below one frame, that the next slice adds
     std::size_t position_ = 0;
     std::vector<float> out_[2];
 };
 
-/// SoundTouch with its default settings.
+/// A SoundTouch stretcher with default settings.
 class SoundTouchStretcher {
 public:
     SoundTouchStretcher(double tempo, double semitones);
 
-    /// Render a slice of `sliceFrames` interleaved frames.
+    /// Render a slice of `sliceFrames` stereo frames. Return the interleaved samples.
     const float* step();
 
 private:

@@ -6,7 +6,7 @@
 namespace bench {
 namespace {
 
-// A sine generator that rotates a vector once per sample, which is faster than a library call per sample.
+/// A sine generator that rotates a vector once per sample, which is faster than one std::sin per sample.
 class Sine {
 public:
     explicit Sine(double hertz)

@@ -1,4 +1,4 @@
-// The input signal of the benchmarks: one minute, identical in every run.
+// The test signal, the input of all benchmarks: one minute of sound, identical in every run.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,10 @@ namespace bench {
 constexpr double signalRate = 44100;
 constexpr std::size_t signalFrames = 44100 * 60;
 
-/// Chords of sines with some noise, interleaved, with 1 or 2 channels. The first call generates the signal.
+/// The test signal: chords of sines with some noise, interleaved, with 1 or 2 channels.
 const std::vector<float>& testSignal(int channels);
 
-/// The two channels of `testSignal(2)`, not interleaved.
+/// The test signal in stereo, as one array of samples per channel.
 const float* const* testSignalPlanes();
 
 } // namespace bench
