@@ -64,8 +64,7 @@ Figures figuresOf(const std::string& path)
     return figures;
 }
 
-/// Parse bench/remarks.txt. A line in brackets, the id of a row or the title of a subject, precedes each
-/// remark.
+/// Parse bench/remarks.txt. The id of a row, or the title of a subject, stands in brackets before its remark.
 Remarks remarksOf(const std::string& text)
 {
     Remarks remarks;

@@ -1,5 +1,4 @@
-// Prints docs/performance.svg: bars for our speed relative to that of other libraries (peers), lines for
-// goals.
+// Prints docs/performance.svg. Bars are our speed relative to other libraries (peers), lines are goals.
 #include "bench/report.h"
 
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-// A host program that plays a tone of two seconds through the plug-in.
+// A program that makes a host, loads the plug-in, and plays a tone of two seconds with a buffered player.
 #include "host/runtime/host.h"
 
 #include <chrono>
@@ -13,7 +13,7 @@ int main(int count, char** arguments)
     for (std::size_t i = 0; i < tone.size(); ++i)
         tone[i] = 0.3f * std::sin(float(i) * 440 * 6.2831853f / 44100);
 
-    host::Host host; // of version 2016.0, the default
+    host::Host host; // a host of version 2016.0, the default
     try {
         host.load(count > 1 ? arguments[1] : "build/i386/KVXAudio.so");
         host::Object player = host.create("CoreAudioPlayerKVX");
@@ -22,7 +22,7 @@ int main(int count, char** arguments)
         if (!player.call("PlayFloatAudio", host::MemoryBlock::copyOf(tone)).boolean()) return 1;
         while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
         std::printf("played %.0f frames\n", player.get("OutputPosition").number());
-    } catch (const std::exception& error) { // a missing class or member, or an exception of the plug-in
+    } catch (const std::exception& error) { // a failed load, an unknown class or member, …
         std::fprintf(stderr, "tone: %s\n", error.what());
         return 1;
     }

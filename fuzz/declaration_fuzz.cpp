@@ -1,5 +1,5 @@
-// Parses arbitrary text as a declaration. An accepted declaration must be the same after printing and parsing
-// again.
+// Parses arbitrary text as the declaration of a method and of a constant. If the parser accepts a method, it
+// must also accept the printed declaration and find the same signature in it.
 #include "fuzz/require.h"
 #include "host/runtime/classes/declaration.h"
 #include "host/runtime/support/errors.h"
@@ -13,11 +13,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     try {
         const host::Declaration declaration = host::parseDeclaration(text);
         require(host::requiredCount(declaration.parameters) <= declaration.parameters.size(),
-                "at most the declared parameters are required");
+                "a call requires at most as many arguments as there are parameters");
         const std::string printed = host::print(declaration);
         const host::Declaration again = host::parseDeclaration(printed);
         require(host::sameSignature(declaration, again), "a printed declaration has the same signature");
-        require(host::print(again) == printed, "printing again gives the same text");
+        require(host::print(again) == printed,
+                "a printed declaration, parsed and printed again, is the same text");
     } catch (const host::ProgramError&) {
     }
     try {

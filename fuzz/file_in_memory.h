@@ -11,14 +11,14 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// A file with the given bytes. Its path and URL are valid as long as the object lives.
+/// A file in memory with given bytes. The path and the URL of the file are valid while this object lives.
 class FileInMemory {
 public:
     FileInMemory(const std::uint8_t* bytes, std::size_t size)
         : descriptor_(memfd_create("sound", MFD_CLOEXEC))
     {
         require(descriptor_ >= 0 && write(descriptor_, bytes, size) == static_cast<ssize_t>(size),
-                "there is memory for the file");
+                "the system has memory for the file");
     }
     ~FileInMemory() { close(descriptor_); }
     FileInMemory(const FileInMemory&) = delete;
@@ -26,7 +26,7 @@ public:
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
-    /// The caller releases the URL.
+    /// Make a URL of the file. The caller releases the URL.
     CFURLRef createUrl() const
     {
         const std::string text = path();

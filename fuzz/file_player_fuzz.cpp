@@ -1,5 +1,5 @@
-// Loads a file of arbitrary bytes into the file player, and renders 0.1 s on a stepped device. The last byte
-// of the input selects the numbers of channels; it is no part of the file.
+// Loads a file of arbitrary bytes into a file player, and renders 0.1 s on a stepped device. The last byte of
+// the input is no part of the file; it selects the numbers of channels.
 #include "fuzz/file_in_memory.h"
 #include "fuzz/library.h"
 #include "fuzz/require.h"
@@ -14,11 +14,12 @@ namespace {
 constexpr std::uint32_t deviceRate = 44100; // Hz
 constexpr std::uint32_t playedFrames = deviceRate / 10;
 
-// Files between these lengths are skipped: they take long and find nothing new. The player refuses longer
-// files.
+// A file longer than mostFrames is skipped, because it takes long and finds nothing new. A file of at least
+// refusedFrames is used, because the player refuses it.
 constexpr SInt64 mostFrames = 1 << 18, refusedFrames = 1 << 29;
 
-// Channels of the samples in memory, and between the units; four bits of the last byte select each.
+// Numbers of channels. Four bits of the last byte select the channels of the samples in memory; the other
+// bits select the channels between the units.
 constexpr int channelChoices[] = {2, 1, 2, 3, 4, 5, 6, 7, 8, 0, -1, 2, 1, 2, 1, 2};
 
 SInt64 lengthOf(const FileInMemory& memory)
@@ -53,10 +54,10 @@ void play(host::Object& player)
     const bool isPlaying = player.get("Playing").boolean();
     KVXPlatformStep(device, playedFrames);
     require(player.get("Playing").boolean() == isPlaying,
-            "a playing player keeps playing, also after the end of the file");
+            "a player continues to play after the end of the file");
     if (player.get("TrackLength").number() > 0)
         require(player.get("CurrentTime").number() <= player.get("TrackLength").number() * (1 + 1e-9),
-                "the position lies in the file");
+                "the position of a player lies in the file");
     player.call("Pause");
     require(!player.get("Playing").boolean(), "a paused player does not play");
 }
@@ -75,19 +76,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     {
         host::Object player = host.create("AUPlayerKVX");
         if (load(player, file.path(), channels, betweenUnits)) {
-            require(player.get("Lasterror").integer() == 0, "a loaded file has no error");
+            require(player.get("Lasterror").integer() == 0, "Lasterror is 0 after a successful load");
             require(player.get("DataNumberChannels").integer() == channels,
                     "the samples have the requested number of channels");
             const std::size_t bytesInMemory = player.call("Data").memoryBlock().size();
             require(channels > 0 ? bytesInMemory % (4u * unsigned(channels)) == 0 : bytesInMemory == 0,
-                    "the memory holds whole frames");
+                    "the memory block of the samples holds whole frames");
             play(player);
         } else {
             require(!player.get("Playing").boolean(), "a player without a file does not play");
         }
     }
-    require(host.leaks().isClean(), "every reference is released");
-    require(host.misuses().empty(), "the host found no misuse");
-    require(KVXPlatformGetLiveCounts(nullptr, 0) == 0, "every object is released");
+    require(host.leaks().isClean(), "every host value is released");
+    require(host.misuses().empty(), "the plug-in makes no misuse of the host");
+    require(KVXPlatformGetLiveCounts(nullptr, 0) == 0, "every platform object is released");
     return 0;
 }

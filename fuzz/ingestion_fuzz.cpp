@@ -1,5 +1,5 @@
-// Passes memory blocks to a player with all methods, at arbitrary rates and numbers of channels, and renders
-// them on a stepped device.
+// Passes memory blocks to a buffered player with every method that takes blocks, at arbitrary rates and
+// numbers of channels, and renders them on a stepped device.
 #include "fuzz/library.h"
 #include "fuzz/require.h"
 
@@ -13,8 +13,8 @@ struct Range {
     std::int32_t offset, count;
 };
 
-/// A range inside a block of `size` bytes, or a range that is refused for every block. Other ranges outside
-/// the block are forbidden to callers.
+/// Choose a byte range inside a block of `size` bytes, or a range with a negative number, which the player
+/// refuses. No other range is used, because callers must not pass a range outside the block.
 Range pickRange(FuzzedDataProvider& input, std::size_t size)
 {
     if (input.ConsumeBool())
@@ -23,7 +23,8 @@ Range pickRange(FuzzedDataProvider& input, std::size_t size)
         return {input.ConsumeIntegral<std::int32_t>(), input.ConsumeIntegralInRange(INT32_MIN, -1)};
     const auto offset = input.ConsumeIntegralInRange<std::int32_t>(0, std::int32_t(size));
     const auto count = input.ConsumeIntegralInRange<std::int32_t>(0, std::int32_t(size) - offset);
-    return count == 0 ? Range{0, 0} : Range{offset, count}; // a count of 0 means the whole block
+    // A count of 0 means the whole block, so the offset must be 0 as well.
+    return count == 0 ? Range{0, 0} : Range{offset, count};
 }
 
 void add(FuzzedDataProvider& input, host::Object& player)
@@ -50,7 +51,8 @@ void add(FuzzedDataProvider& input, host::Object& player)
             break;
         }
     } catch (const host::HostException& error) {
-        require(error.className() == "NilObjectException", "only a nil block raises an exception");
+        require(error.className() == "NilObjectException",
+                "a method raises no exception but NilObjectException");
         require(!block.data(), "a block with bytes raises no exception");
     }
     const auto space = player.call("FreeSpace").integer();
@@ -65,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     host::Host& host = hostWithLibrary();
     {
         host::Object player = host.create("CoreAudioPlayerKVX");
-        const KVXDeviceID device = steppedDevice(0, 64); // the default sample rate
+        const KVXDeviceID device = steppedDevice(0, 64); // 0 requests the default sample rate
         player.set("OutputDeviceID", std::int64_t{device});
         player.set("SampleRate", input.ConsumeFloatingPoint<float>());
         player.set("NumberOfChannels", input.ConsumeIntegralInRange(-1, 3));
@@ -80,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         require(!player.get("IsRunning").boolean(), "a stopped player does not run");
         require(player.call("FreeSpace").integer() == 200, "a stopped player has an empty queue");
     }
-    require(host.leaks().isClean(), "every reference is released");
-    require(host.misuses().empty(), "the host found no misuse");
+    require(host.leaks().isClean(), "every host value is released");
+    require(host.misuses().empty(), "the plug-in makes no misuse of the host");
     return 0;
 }

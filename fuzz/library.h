@@ -1,4 +1,4 @@
-// The library in its host, and a device that the fuzz targets step.
+// The plug-in library, registered in a host, and a simulated device that renders only in KVXPlatformStep().
 #pragma once
 
 #include "abi/entry_point.h"
@@ -8,7 +8,7 @@
 
 extern "C" void REALPluginMain(REALResolver resolver);
 
-/// The host of this process, with the library registered. It is never freed.
+/// The host of this process, which has registered the library. The first call makes the host.
 inline host::Host& hostWithLibrary()
 {
     static host::Host* const host = [] {
@@ -19,7 +19,8 @@ inline host::Host& hostWithLibrary()
     return *host;
 }
 
-/// The stepped device of this process. The first call creates it.
+/// The device of this process that renders only in KVXPlatformStep(). The first call makes the device with
+/// `sampleRate` and `sliceFrames`; later calls ignore both.
 inline KVXDeviceID steppedDevice(double sampleRate, std::uint32_t sliceFrames)
 {
     static const KVXDeviceID device = [&] {

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Abort the run if a fact does not hold. libFuzzer then stores the input.
+/// Abort the program if `fact` does not hold. libFuzzer then stores the input of the failed run.
 inline void require(bool holds, const char* fact)
 {
     if (holds) return;

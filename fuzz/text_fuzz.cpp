@@ -1,5 +1,5 @@
-// Converts arbitrary bytes in any encoding to a host string and back, with the plug-in's functions in a host
-// of several versions.
+// Converts arbitrary bytes in any encoding to a host string, and the string to UTF-8 and Mac Roman, with
+// functions of the plug-in in a host of an arbitrary version.
 #include "abi/entry_point.h"
 #include "fuzz/require.h"
 #include "host/runtime/host.h"
@@ -20,7 +20,8 @@ constexpr double versions[] = {2011.5, 2012.5, 2013.5, 2015.03, 2016.0};
 constexpr unsigned long encodings[] = {encodingMacRoman, encodingUTF16, encodingWindowsLatin1, encodingASCII,
                                        encodingUTF8,     encodingUTF32, encodingUnknown,       0x12345678};
 
-// The library registers once per process. Its functions read the host version from rbversion_rbversion.
+// The plug-in library may register only once per process. For a later host, only rbversion_rbversion changes,
+// from which the functions of the library read the host version.
 void registerOnce(double version)
 {
     static bool isRegistered = false;
@@ -33,11 +34,11 @@ void readViews(REALstringStruct* string)
 {
     rbText text(string);
     const char* utf8 = text.GetUTF8();
-    require(text.lengthUTF8() >= 0, "a view that was requested has a length");
-    require(utf8[text.lengthUTF8()] == 0, "a view is terminated");
-    require(utf8 == text.GetUTF8(), "a second request returns the same view");
+    require(text.lengthUTF8() >= 0, "the UTF-8 view of a text has a length");
+    require(utf8[text.lengthUTF8()] == 0, "a zero byte follows the UTF-8 view of a text");
+    require(utf8 == text.GetUTF8(), "a second request returns the same UTF-8 view");
     const char* roman = text.ConvertMacRoman();
-    require(roman[text.lengthMacRoman()] == 0, "a view is terminated");
+    require(roman[text.lengthMacRoman()] == 0, "a zero byte follows the Mac Roman view of a text");
     (void)REALstringToOSType(string);
 }
 
@@ -55,16 +56,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     host::Host host(options);
     registerOnce(options.version);
     {
-        // A string that the plug-in builds.
+        // `built` is a string that the plug-in makes.
         const auto built = host::String::adopt(
             REALBuildUnicodeString(text.data(), static_cast<long long>(text.size()), encoding));
         readViews(static_cast<REALstringStruct*>(built.get()));
-        // A string of the host whose bytes may be invalid in its encoding.
+        // `labelled` is a string that the host makes; its bytes may be invalid in its encoding.
         const host::String labelled = host::String::ofBytes(text, std::uint32_t(encoding));
         readViews(labelled.get());
     }
     (void)host.takeException();
-    require(host.leaks().isClean(), "every reference is released");
-    require(host.misuses().empty(), "the host found no misuse");
+    require(host.leaks().isClean(), "every host value is released");
+    require(host.misuses().empty(), "the plug-in makes no misuse of the host");
     return 0;
 }

@@ -1,4 +1,4 @@
-// Loading of a library; the messages of each failure.
+// Tests of loading a plug-in library: each failure has a message with the problem and the next step.
 #include "tests/host/runtime/plugin_host.h"
 #include "tests/support/sanitizers.h"
 
@@ -45,11 +45,12 @@ protected:
 
 TEST_F(Loading, WithTooManyOpenFilesNamesTheLimit)
 {
-    if (support::hasAddressSanitizer) GTEST_SKIP() << "the address sanitizer needs descriptors itself";
+    if (support::hasAddressSanitizer)
+        GTEST_SKIP() << "the address sanitizer needs file descriptors that the test would use up";
     rlimit former = {};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
     rlimit few = former;
-    few.rlim_cur = rlim_t(dup(0)); // all lower descriptors are in use
+    few.rlim_cur = rlim_t(dup(0)); // lowest free descriptor; all lower ones are in use
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     const std::string message = errorOf(folder + "test_plugin.so");
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
@@ -93,7 +94,7 @@ TEST_F(Loading, FailureNamesProblemAndNextStep)
     }
     EXPECT_TRUE(host.pluginClasses().empty());
     host.load(folder + "test_plugin.so");
-    EXPECT_EQ(host.pluginClasses().size(), 3u) << "the right library loads after the failures";
+    EXPECT_EQ(host.pluginClasses().size(), 3u) << "a correct library loads after the failures";
     EXPECT_NE(errorOf(folder + "test_plugin.so").find("is loaded already"), std::string::npos);
 }
 

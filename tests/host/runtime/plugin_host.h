@@ -1,4 +1,5 @@
-// A host that has loaded the test plug-in, whose tables are global: one such host at a time.
+// A host that has loaded the test plug-in. One exists at a time, because the tables of the plug-in are
+// global.
 #pragma once
 
 #include "tests/host/runtime/services.h"
@@ -15,7 +16,7 @@ struct PluginHost {
     host::Host host;
 };
 
-/// A test of an object of the class Probe. It fails for unexpected misuses and leaks.
+/// A fixture with an object of the test plug-in's class Probe. Unexpected misuses and leaks fail the test.
 class WithPlugin : public testing::Test {
 protected:
     ~WithPlugin() override
@@ -32,7 +33,7 @@ protected:
     bool expectLeaks = false;
 };
 
-/// The message of the Error that `action` throws. Fails if `action` throws nothing or another type.
+/// Return the message of the Error that `action` throws. The test fails if `action` throws no Error.
 template <class Error, class Action>
 std::string thrownBy(Action action)
 {
@@ -41,10 +42,10 @@ std::string thrownBy(Action action)
     } catch (const Error& error) {
         return error.what();
     } catch (const std::exception& error) {
-        ADD_FAILURE() << "an exception of another type: " << error.what();
+        ADD_FAILURE() << "the action threw an exception of another type: " << error.what();
         return error.what();
     }
-    ADD_FAILURE() << "no exception";
+    ADD_FAILURE() << "the action threw no exception";
     return {};
 }
 

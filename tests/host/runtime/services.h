@@ -1,4 +1,4 @@
-// Services as a plug-in uses them: looked up by name, called through typed pointers.
+// Access to services as in a plug-in: the test finds a service by name and calls it through a typed pointer.
 #pragma once
 
 #include "abi/class_definition.h"
@@ -20,7 +20,7 @@ inline host::Options version(double v)
     return options;
 }
 
-/// The misuses that the host noted, one line each.
+/// The misuses that the current host has noted, one line each.
 inline std::string misuses()
 {
     std::string all;

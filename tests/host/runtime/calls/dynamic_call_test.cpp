@@ -1,4 +1,4 @@
-// Calls by declaration into the test plug-in.
+// Tests of calls into the test plug-in: arguments, results, properties, exceptions.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ TEST_F(DynamicCall, PassesIntegersOfEveryWidth)
     const struct {
         const char* method;
         Value given;
-        std::int64_t result; // expected result; for UInt64, its bits
+        std::int64_t result; // expected result; the bits of the result if it is a UInt64
     } facts[] = {
         {"EchoInt8", -128, -128},
         {"EchoInt8", 127, 127},
@@ -111,14 +111,15 @@ TEST_F(DynamicCall, KeepsTheBitsOfSinglesAndDoubles)
         const double back = probe.call("EchoDouble", fromBits<double>(bits)).number();
         EXPECT_EQ(std::memcmp(&back, &bits, sizeof back), 0);
     }
-    EXPECT_EQ(probe.call("EchoSingle", 0.1).single(), 0.1f) << "narrowed";
-    EXPECT_EQ(probe.call("EchoDouble", 0.1f).number(), static_cast<double>(0.1f)) << "widened";
+    EXPECT_EQ(probe.call("EchoSingle", 0.1).single(), 0.1f) << "the double becomes a single";
+    EXPECT_EQ(probe.call("EchoDouble", 0.1f).number(), static_cast<double>(0.1f))
+        << "the single becomes a double";
     EXPECT_EQ(probe.call("EchoDouble", 3).number(), 3.0);
 }
 
 TEST_F(DynamicCall, KeepsASignallingNaNInAnArgument)
 {
-    // Only an argument is checked, because a result may lose the signalling bit in a floating-point register.
+    // The test checks no result, because a result may lose the signalling bit in a floating-point register.
     const float single = fromBits<float>(0x7FA00001u);
     Value value;
     static_assert(sizeof single == 4);
@@ -258,7 +259,8 @@ TEST_F(DynamicCall, PassesAndReturnsArrays)
     EXPECT_EQ(probe.call("Sum", Array::of(std::vector<HostInteger>{1, 2, -10})).number(), -7);
     EXPECT_EQ(probe.call("Sum", Array::of(std::vector<float>{0.5f, 0.25f})).number(), 1000.75);
     EXPECT_EQ(probe.call("Sum", Array::of(std::vector<double>{})).number(), 2000);
-    EXPECT_EQ(probe.call("Sum", nullptr).number(), -1) << "the first declaration of equal cost";
+    EXPECT_EQ(probe.call("Sum", nullptr).number(), -1)
+        << "of two declarations of equal cost, the first is called";
     EXPECT_THROW(probe.call("Sum", Array::of(std::vector<std::string>{"x"})), ProgramError);
     EXPECT_THROW(probe.call("Sum", 5), ProgramError);
 
@@ -347,7 +349,7 @@ TEST_F(DynamicCall, ReadsAndWritesIndexedProperties)
     probe.set("Slot", 2, 0.5);
     probe.set("Slot", 3, 4);
     EXPECT_EQ(probe.get("Slot", 2).number(), 0.5);
-    EXPECT_EQ(probe.call("Slot", 3).number(), 4.0) << "a read is a call";
+    EXPECT_EQ(probe.call("Slot", 3).number(), 4.0) << "a call of the method reads the indexed property";
     EXPECT_FALSE(probe.get("SlotIsSet", 0).boolean());
     probe.set("SlotIsSet", 0, true);
     EXPECT_TRUE(probe.get("SlotIsSet", 0).boolean());
@@ -355,7 +357,7 @@ TEST_F(DynamicCall, ReadsAndWritesIndexedProperties)
     EXPECT_EQ(probe.get("Item", 1).integer(), -8);
     EXPECT_THROW(probe.set("Slot", 0, "x"), ProgramError);
     EXPECT_THROW(probe.set("Slot", "x", 0.5), ProgramError);
-    EXPECT_THROW(probe.set("EchoInteger", 1, 1), ProgramError) << "a method without a setter";
+    EXPECT_THROW(probe.set("EchoInteger", 1, 1), ProgramError) << "the method has no setter";
     EXPECT_THROW(probe.set("NoSuch", 1, 1), ProgramError);
 }
 
@@ -365,7 +367,8 @@ TEST_F(DynamicCall, ReachesSharedMembersAndConstants)
     EXPECT_EQ(host.callShared("Probe", "Add", 2).integer(), 3);
     EXPECT_EQ(host.callShared("Probe", "Invert", 0x0123456789ABCDEFu).unsigned64(), 0xFEDCBA9876543210u);
     EXPECT_EQ(host.callShared("Probe", "Tenth").number(), 0.1);
-    EXPECT_EQ(host.callShared("ProbeChild", "Add", 1, 1).integer(), 2) << "through a subclass";
+    EXPECT_EQ(host.callShared("ProbeChild", "Add", 1, 1).integer(), 2)
+        << "a subclass finds the method of its superclass";
     host.setShared("Probe", "Total", 5);
     EXPECT_EQ(host.getShared("Probe", "Total").integer(), 105);
     EXPECT_EQ(host.getShared("Probe", "OnlyTotal").integer(), 12);
@@ -430,7 +433,7 @@ TEST_F(DynamicCall, ReportsLeaksAndErrorsOfThePlugin)
         const auto block = MemoryBlock::ofSize(1);
         retain(block.get());
         EXPECT_EQ(misuses(), "");
-        probe.call("UnlockTwice", block); // drops the caller's reference and one more
+        probe.call("UnlockTwice", block); // drops two references, but got only one from the caller
         EXPECT_FALSE(isLive(block.get()));
     }
     EXPECT_EQ(host.misuses().size(), 1u) << misuses();
@@ -438,6 +441,26 @@ TEST_F(DynamicCall, ReportsLeaksAndErrorsOfThePlugin)
                   probe.call("Garbage");
               }).find("this is not the address of such a value"),
               std::string::npos);
+}
+
+TEST_F(DynamicCall, ThrowsTheRaisedExceptionIfTheResultIsADeadAddress)
+{
+    EXPECT_EQ(thrownBy<HostException>([&] { probe.call("Garbage", "NilObjectException"); }),
+              "NilObjectException: also raised");
+    EXPECT_EQ(probe.call("EchoInteger", 1).integer(), 1) << "the next call succeeds";
+}
+
+TEST_F(DynamicCall, KeepsTheObjectUntilTheSetterReturns)
+{
+    host.callShared("Probe", "LifeLog");
+    std::string duringTheSetter;
+    host.onYield([&] {
+        probe = Object();
+        duringTheSetter = host.callShared("Probe", "LifeLog").text();
+    });
+    probe.set("Text", "abc");
+    EXPECT_EQ(duringTheSetter, "") << "the program has dropped its reference, but the object lives";
+    EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "-Probe ");
 }
 
 } // namespace

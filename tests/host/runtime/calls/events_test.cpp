@@ -1,4 +1,4 @@
-// Events of the test plug-in, and the handlers of a program.
+// Tests of events that the test plug-in raises and a program handles.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -81,7 +81,7 @@ TEST_F(Events, AllowHandlersToCallDetachAndDestroy)
     EXPECT_FALSE(probe.call("Fire").boolean());
 
     probe.on("Fired", [this](Object&, const std::vector<Value>&) {
-        probe = Object(); // drops one of the program's references
+        probe = Object(); // drops one of two references of the program
         return Value();
     });
     const auto kept = probe;
@@ -92,7 +92,7 @@ TEST_F(Events, AllowHandlersToCallDetachAndDestroy)
 TEST_F(Events, KeepTheirObjectUntilTheMethodReturns)
 {
     probe.on("Fired", [this](Object&, const std::vector<Value>&) {
-        probe = Object(); // drops the program's last reference
+        probe = Object(); // drops the last reference of the program
         return Value();
     });
     host.callShared("Probe", "LifeLog");

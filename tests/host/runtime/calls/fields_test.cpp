@@ -1,4 +1,4 @@
-// Properties that are fields of the class data.
+// Tests of properties that are fields of the class data.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>
@@ -47,7 +47,8 @@ TEST_F(Fields, OfEveryTypeKeepTheirValue)
         {"FieldNumbers", numbers, numbers},
     };
     for (const auto& fact : facts) probe.set(fact.name, fact.given);
-    for (const auto& fact : facts) { // all fields are written first, so that overlapping fields would show
+    // The reads follow all writes, so that a write to an overlapping field would change a value.
+    for (const auto& fact : facts) {
         SCOPED_TRACE(fact.name);
         EXPECT_TRUE(sameValue(probe.get(fact.name), fact.result)) << probe.get(fact.name).print();
     }
@@ -82,13 +83,13 @@ TEST_F(Fields, AreInTheClassData)
     EXPECT_EQ(value, 0x0102030405060708);
     data[property.parameter] = 0xFF;
     EXPECT_EQ(probe.get("FieldInt64").integer(), 0x01020304050607FF);
-    EXPECT_EQ(probe.get("FieldInt32").integer(), 1000) << "the value of the constructor";
+    EXPECT_EQ(probe.get("FieldInt32").integer(), 1000) << "the constructor has set this value";
 }
 
 TEST_F(Fields, CanBeWrittenByASetter)
 {
-    probe.set("MixedAccess",
-              2); // the host reads this property in its field, and writes it through its setter
+    // The host reads MixedAccess from a field, and writes MixedAccess with a setter.
+    probe.set("MixedAccess", 2);
     EXPECT_EQ(probe.get("MixedAccess").integer(), 2);
     EXPECT_THROW(probe.set("MixedAccess", -1), HostException);
     EXPECT_EQ(probe.get("MixedAccess").integer(), 2);
@@ -104,11 +105,12 @@ TEST_F(Fields, KeepAndDropReferences)
     EXPECT_EQ(referenceCount(text.get()), 2u);
     EXPECT_EQ(referenceCount(block.get()), 3u);
     probe.set("FieldString", text);
-    EXPECT_EQ(referenceCount(text.get()), 2u) << "replaced by the same string";
+    EXPECT_EQ(referenceCount(text.get()), 2u) << "the same string replaces the string in the field";
     probe.set("FieldVariant", 1);
     EXPECT_EQ(referenceCount(block.get()), 2u);
     probe = Object();
-    EXPECT_EQ(referenceCount(text.get()), 1u) << "dropped once, although two properties have this field";
+    EXPECT_EQ(referenceCount(text.get()), 1u)
+        << "the object drops one reference, although two properties have this field";
     EXPECT_EQ(referenceCount(block.get()), 1u);
 }
 
@@ -122,7 +124,7 @@ TEST_F(Fields, CanBeReadWhileAnotherThreadWrites)
     });
     for (int i = 0; i < 2000; ++i) {
         const double seen = probe.get("FieldDouble").number() / (1.0 + 1.0 / 4294967296.0);
-        EXPECT_EQ(seen, std::nearbyint(seen)) << "no mixture of two values";
+        EXPECT_EQ(seen, std::nearbyint(seen)) << "a read returns no mixture of two values";
         probe.get("FieldBoolean").boolean();
     }
     writer.join();
@@ -154,7 +156,7 @@ TEST_F(Objects, RunTheirConstructorsAndDestructorsInOrder)
     {
         const auto child = host.create("ProbeChild");
         EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "+Probe +Child ")
-            << "superclass first, with zeroed and aligned data";
+            << "the constructors run from the root class on, with zeroed and aligned data";
     }
     EXPECT_EQ(host.callShared("Probe", "LifeLog").text(), "-Child -Probe ");
     {

@@ -1,4 +1,4 @@
-// Declarations of members and constants, and the names of types.
+// Tests of the parser for declarations of members and constants, and of the names of types.
 #include "host/runtime/classes/declaration.h"
 
 #include "host/runtime/support/errors.h"
@@ -9,7 +9,7 @@ namespace {
 
 using namespace host;
 
-/// The shape of a declaration: the parameters as flags, type and default, then the result.
+/// Print a declaration as "Name(parameters) Result". "&" stands for ByRef, ":=" for Assigns.
 std::string shapeOf(const Declaration& declaration)
 {
     std::string shape = declaration.name + "(";
@@ -99,7 +99,7 @@ const Fact memberFacts[] = {
     {"Key(index As Integer) As Variant",                     "Key(Integer) Variant"},
 };
 
-// Other forms of declarations.
+// Declarations with unusual spaces, case, defaults and marks.
 const Fact otherFacts[] = {
     {"f()",                                          "f()"},
     {"  f ( ) as  Double ",                          "f() Double"},
@@ -149,7 +149,7 @@ TEST(Declaration, CountsRequiredArguments)
     EXPECT_EQ(requiredCount(parseDeclaration("f(a as integer=1)").parameters), 0u);
     EXPECT_EQ(requiredCount(parseDeclaration("f(a as integer, b as integer=1)").parameters), 1u);
     EXPECT_EQ(requiredCount(parseDeclaration("f(a as integer=1, b as integer)").parameters), 2u)
-        << "only trailing arguments may be missing";
+        << "only the last arguments may be missing";
     EXPECT_FALSE(parseDeclaration("f").isAssignment());
     EXPECT_FALSE(parseDeclaration("f(a as integer)").isAssignment());
     EXPECT_TRUE(parseDeclaration("f(a as integer, assigns b as integer)").isAssignment());
@@ -179,7 +179,7 @@ TEST(Declaration, ErrorNamesTextAndPosition)
         SCOPED_TRACE(fact.text);
         try {
             parseDeclaration(fact.text);
-            ADD_FAILURE() << "no exception";
+            ADD_FAILURE() << "the parser threw no exception";
         } catch (const ProgramError& error) {
             EXPECT_NE(std::string(error.what()).find(fact.expected), std::string::npos) << error.what();
             EXPECT_NE(std::string(error.what()).find(fact.text), std::string::npos) << error.what();
@@ -192,7 +192,7 @@ TEST(Declaration, OfAConstantIsParsed)
     const struct {
         const char* text;
         const char* name;
-        const char* type; // null for a constant without a type
+        const char* type; // declared type; null if the declaration has no type
         Literal value;
     } facts[] = {
         {"TimePitchUnitDefault = 0", "TimePitchUnitDefault", nullptr, std::int64_t{0}},

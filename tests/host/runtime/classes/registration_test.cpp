@@ -1,4 +1,4 @@
-// Registration of classes: the test plug-in in every layout, and faulty definitions.
+// Tests of the registration of classes: the test plug-in in every layout, and faulty class definitions.
 #include "abi/accessor_sentinels.h"
 #include "tests/host/runtime/plugin_host.h"
 
@@ -62,7 +62,8 @@ TEST_P(Layouts, AreReadCompletely)
         EXPECT_EQ(info.constants.size(), 5u);
 
         EXPECT_EQ(info.properties.front().name, "FieldBoolean");
-        EXPECT_EQ(info.properties.back().name, "WriteOnly") << "the last row proves the stride";
+        EXPECT_EQ(info.properties.back().name, "WriteOnly")
+            << "the last row is read correctly only with the correct row size";
         EXPECT_EQ(info.methods.back().text, "AskWithGarbage as ptr");
         EXPECT_EQ(info.events.back().declaration.name, "Negated");
         EXPECT_EQ(info.constants.back().text, "ConstFlag as Boolean = true");
@@ -85,7 +86,7 @@ TEST_P(Layouts, AreReadCompletely)
         EXPECT_EQ(info.sharedMethodsNamed("Add").size(), 1u);
         EXPECT_EQ(host.findClass("probechild")->super, &info);
 
-        // The members can be used.
+        // The host can use the members of the registered class.
         const auto probe = host.create("ProbeChild");
         probe.set("FieldDouble", 0.5);
         EXPECT_EQ(probe.get("FieldDouble").number(), 0.5);
@@ -127,7 +128,7 @@ TEST(Layouts13, HasNoClassesWithoutTheRegistrationService)
     EXPECT_TRUE(host.pluginClasses().empty());
 }
 
-// ---- definitions that the tests make ----
+// ---- class definitions that the tests make ----
 
 HostInteger anyFunction(REALobjectStruct*) { return 0; }
 AnyFunction address() { return reinterpret_cast<AnyFunction>(anyFunction); }
@@ -165,7 +166,7 @@ TEST(Registration, WritesTheDataOffsetAndTheKeysOfEvents)
     EXPECT_EQ(events[0].systemUse, info->events[0].systemUse);
     EXPECT_EQ(events[1].systemUse, info->events[1].systemUse);
     EXPECT_NE(events[0].systemUse, events[1].systemUse);
-    EXPECT_EQ(events[1].trailing[1], 8u) << "the other words stay";
+    EXPECT_EQ(events[1].trailing[1], 8u) << "registration leaves the other words unchanged";
     EXPECT_EQ(definition.newer[6], 0x55u);
     EXPECT_EQ(misuses(), "");
 }
@@ -190,7 +191,7 @@ TEST(Registration, ReadsTheShortRowsOfLayout9)
     definition.constants = constants;
     definition.constantCount = 2;
     definition.sharedMethods = nullptr;
-    definition.sharedMethodCount = 3; // a count without an array is an empty array
+    definition.sharedMethodCount = 3; // The array is null, so the host must ignore its count.
     registerClass(definition);
     const auto* info = host.findClass("Old");
     ASSERT_TRUE(info);

@@ -1,4 +1,4 @@
-// The host's own classes, used by a program.
+// Tests of the classes that the host defines, as a program uses them.
 #include "tests/host/runtime/plugin_host.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The contract of each service, called as the plug-in calls it.
+// Tests of the contract of each service. The tests call a service as the plug-in does.
 #include "tests/host/runtime/services.h"
 #include "tests/support/temporary_folder.h"
 
@@ -77,7 +77,7 @@ TEST(Services, TheLastUnlockDestroysTheObject)
     EXPECT_FALSE(isLive(object));
     EXPECT_EQ(misuses(), "");
     unlock(object);
-    EXPECT_NE(misuses(), "") << "one unlock too many";
+    EXPECT_NE(misuses(), "") << "an unlock without a reference is a misuse";
     EXPECT_TRUE(host.leaks().isClean());
 }
 
@@ -93,8 +93,9 @@ TEST(Services, StringsAreBuiltWithoutEncodingAndCounted)
     EXPECT_EQ(string.get()->encoding, Word{encodingUnknown});
     setEncoding(string.get(), encodingASCII);
     EXPECT_EQ(encodingOf(string.get()), std::uint32_t{encodingASCII});
-    EXPECT_EQ(string.get()->encoding, Word{encodingASCII}) << "in the record, too";
-    EXPECT_EQ(string.bytes(), std::string_view("a\0b", 3)) << "the bytes stay";
+    EXPECT_EQ(string.get()->encoding, Word{encodingASCII})
+        << "the plug-in sees the new encoding in REALstringStruct";
+    EXPECT_EQ(string.bytes(), std::string_view("a\0b", 3)) << "a change of the encoding changes no bytes";
 
     service<OnString>("REALLockString")(string.get());
     EXPECT_EQ(referenceCount(string.get()), 2u);
@@ -172,7 +173,7 @@ TEST(Services, BytesAndLengthOfAStringAreAvailable)
     EXPECT_EQ(misuses(), "");
     EXPECT_EQ(load(string.get(), "LenB( s as string ) as integer"), nullptr);
     EXPECT_EQ(load(nullptr, nullptr), nullptr);
-    EXPECT_EQ(load(nullptr, "LenB("), nullptr) << "the exception becomes a misuse";
+    EXPECT_EQ(load(nullptr, "LenB("), nullptr) << "an exception of the parser becomes a misuse";
     EXPECT_EQ(host.misuses().size(), 3u);
 }
 
@@ -206,7 +207,7 @@ TEST(Services, StringDataLivesUntilItIsDisposed)
     EXPECT_EQ(data.bytes, nullptr);
     EXPECT_EQ(data.length, 0);
     EXPECT_FALSE(get(String::of("x").get(), 0x0201, &data));
-    dispose(&data); // has no effect, because the record has no data
+    dispose(&data); // has no effect, because `data` has no text
     EXPECT_EQ(misuses(), "");
     EXPECT_FALSE(get(String::of("x").get(), encodingUTF8, nullptr));
     dispose(nullptr);
@@ -403,7 +404,7 @@ TEST(Services, RaisedExceptionsWaitForTheProgram)
     EXPECT_EQ(taken->message(), "file is nil");
     EXPECT_EQ(taken->errorNumber(), 0);
     EXPECT_STREQ(taken->what(), "NilObjectException: file is nil");
-    EXPECT_FALSE(host.takeException()) << "taking clears the exception";
+    EXPECT_FALSE(host.takeException()) << "takeException() removes the exception";
     EXPECT_EQ(referenceCount(exception.get()), 1u);
     EXPECT_EQ(misuses(), "");
     raise(nullptr);
@@ -457,7 +458,7 @@ TEST(Services, YieldRunsTheWorkOfTheProgram)
     yield();
     EXPECT_EQ(count, 2);
     host.onYield([] { throw std::runtime_error("from the program"); });
-    yield(); // the host keeps the exception, so that it does not pass through the plug-in
+    yield(); // The host keeps the exception, because no exception may pass through the plug-in.
     EXPECT_THROW(host.rethrow(), std::runtime_error);
     host.rethrow();
 }
@@ -488,7 +489,7 @@ TEST(Services, FolderItemsBecomeReferencesOfThePlatform)
     EXPECT_TRUE(refer(item.get(), &reference, &name));
     EXPECT_EQ(pathOf(reference), folderPath) << "with a name, the reference is the parent folder's";
     EXPECT_EQ(std::u16string(name.unicode, name.unicode + name.length), u"caf\u00E9.wav");
-    EXPECT_EQ(name.unicode[254], 0) << "zeros after the name";
+    EXPECT_EQ(name.unicode[254], 0) << "zeros follow the name";
 
     EXPECT_FALSE(refer(nullptr, &reference, nullptr));
     EXPECT_EQ(misuses(), "");

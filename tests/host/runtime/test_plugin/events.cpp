@@ -1,4 +1,4 @@
-// Events with every kind of argument and result.
+// Events of the class Probe, with every kind of argument and result, and the methods that raise these events.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 namespace probing {
@@ -17,7 +17,7 @@ REALevent probeEvents[] = {
 
 AnyFunction handlerOf(std::size_t index, REALobjectStruct* object)
 {
-    // In layout 9, the host received short copies of the rows, and wrote the keys there.
+    // In layout 9, the host has written the keys into the short copies of the rows that registerClass() made.
     const auto* older = static_cast<const REALevent9*>(probeClass.events);
     const Word use = layout == oldestLayout ? older[index].systemUse : probeEvents[index].systemUse;
     return service<AnyFunction(REALobjectStruct*, Word)>("GetEventInstance")(object, use);
@@ -38,7 +38,7 @@ std::uint8_t fire(REALobjectStruct* object)
     auto* handler = handlerOf(0, object);
     if (!handler) return false;
     reinterpret_cast<void (*)(REALobjectStruct*)>(handler)(object);
-    probe(object).uint8 = 1; // a method can use its object after the event
+    probe(object).uint8 = 1; // The object lives, even if the handler dropped the program's reference.
     lifeLog += "fired ";
     return true;
 }

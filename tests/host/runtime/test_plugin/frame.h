@@ -1,4 +1,4 @@
-// Access of the test plug-in to its host: services by name, text, exceptions.
+// The test plug-in's access to its host: services by name, strings, exceptions.
 #pragma once
 
 #include "abi/accessor_sentinels.h"
@@ -15,7 +15,7 @@ namespace probing {
 inline REALResolver resolver = nullptr;
 inline double hostVersion = 0.0;
 inline std::int32_t layout = oldestLayout;
-inline std::string lifeLog; ///< names of the constructors and destructors that ran, in order
+inline std::string lifeLog; ///< names of the constructors and destructors in the order of their calls
 
 template <class Signature>
 Signature* service(const char* name)
@@ -29,7 +29,7 @@ AnyFunction any(Function* function)
     return reinterpret_cast<AnyFunction>(function);
 }
 
-/// A property that is a field of the class data.
+/// Declare a property that is a field of the class data.
 inline REALproperty field(const char* name, const char* type, std::size_t offset, bool isReadOnly = false)
 {
     const auto setter = isReadOnly ? nullptr : reinterpret_cast<AnyFunction>(REALstandardSetter);
@@ -46,7 +46,7 @@ inline REALstringStruct* newText(const std::string& text)
     return string;
 }
 
-/// The bytes of a string: through its record before version 2016.0, through services from 2016.0.
+/// Read the bytes of a string: from REALstringStruct before version 2016.0, with services in later hosts.
 inline std::string textOf(REALstringStruct* string)
 {
     if (!string) return "(nil)";

@@ -1,5 +1,5 @@
-// Methods of the class Probe: values of every type, variables, arrays, overloads, exceptions, errors of a
-// plug-in, indexed properties.
+// Methods of the class Probe, with every kind of parameter, result and variable, with overloads and indexed
+// properties, and with the errors of a faulty plug-in.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 #include <cstdio>
@@ -55,7 +55,7 @@ REALstringStruct* defaults(REALobjectStruct* object, HostInteger a, std::uint8_t
     return newText(text);
 }
 
-// ---- variables by reference ----
+// ---- methods with ByRef parameters ----
 
 template <class T>
 void addOne(REALobjectStruct*, T* variable)
@@ -146,7 +146,7 @@ HostInteger which2(REALobjectStruct*, T, U)
     return number;
 }
 
-// ---- exceptions, and the errors of a faulty plug-in ----
+// ---- methods that raise exceptions or use the host incorrectly ----
 
 REALstringStruct* fail(REALobjectStruct*, REALstringStruct* className, REALstringStruct* message,
                        HostInteger number)
@@ -160,9 +160,10 @@ void unlockTwice(REALobjectStruct*, REALmemoryBlockStruct* block)
     unlockObject(block);
     unlockObject(block);
 }
-REALstringStruct* garbage(REALobjectStruct*)
+REALstringStruct* garbage(REALobjectStruct*, REALstringStruct* exceptionClass)
 {
     static REALstringStruct nothing = {};
+    if (const auto name = textOf(exceptionClass); !name.empty()) raise(name.c_str(), "also raised", 0);
     return &nothing;
 }
 void callYield(REALobjectStruct*) { service<void()>("REALYieldToRB")(); }
@@ -242,7 +243,7 @@ REALmethod probeMethods[] = {
     {any(fail),         nullptr, "Fail(className as string, message as string, number as integer) as string", 0, {}},
     {any(leakString),   nullptr, "LeakString",                        0, {}},
     {any(unlockTwice),  nullptr, "UnlockTwice(block as memoryblock)", 0, {}},
-    {any(garbage),      nullptr, "Garbage as string",                 0, {}},
+    {any(garbage),      nullptr, "Garbage(exceptionClass as string = \"\") as string",                 0, {}},
     {any(callYield),    nullptr, "CallYield",                         0, {}},
     {any(getSlot),      any(setSlot),    "Slot(index as UInt32) as double",    0, {}},
     {any(isSlotSet),    any(switchSlot), "SlotIsSet(index as UInt32) as boolean", 0, {}},

@@ -1,6 +1,5 @@
-// A small plug-in for tests, with every kind of row and type, in each class layout. Like any plug-in, it
-// shares only abi/ with the host. This file has the constructors and destructors, the classes and the entry
-// point.
+// A small plug-in for tests, with every kind of member and type, in every class layout. It shares only abi/
+// with the host. This file has the constructors and destructors, the class definitions and the entry point.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 #include <cstdlib>
@@ -85,7 +84,7 @@ void makeFromText(REALobjectStruct* object, REALstringStruct* text)
 }
 void unmake(REALobjectStruct* object)
 {
-    lockObject(object); // a destructor can use its object
+    lockObject(object); // A destructor may add and drop references to its object.
     unlockObject(object);
     lifeLog += "-Made ";
 }
@@ -113,10 +112,10 @@ REALclassDefinition madeClass = [] {
     return definition;
 }();
 
-// ---- the layouts ----
+// ---- the class layouts ----
 
-/// Copy the first words of each row, in the form of layout 9. The host uses the copies for the life of the
-/// process.
+/// Replace the rows of an array by copies that have only the fields of layout 9. The copies are never freed,
+/// because the class definition refers to them.
 template <class Row9, class Row>
 void shorten(void*& array, Word count)
 {

@@ -19,7 +19,7 @@ struct ProbeData {
     alignas(8) std::uint64_t uint64;
     alignas(8) double number;
     float single;
-    unsigned char crooked[8]; ///< bytes of a double that is not 8-aligned
+    unsigned char crooked[8]; ///< a double in bytes, because it is not 8-aligned
     HostInteger integer;
     void* pointer;
     REALstringStruct* text;
@@ -54,7 +54,7 @@ void putProperties(REALclassDefinition& definition);
 void putMethods(REALclassDefinition& definition);
 void putEvents(REALclassDefinition& definition);
 
-// Methods that raise the events.
+// Methods of Probe that raise the events of Probe.
 std::uint8_t fire(REALobjectStruct* object);
 REALstringStruct* ask(REALobjectStruct* object, HostInteger a, double b, REALstringStruct* c, std::uint8_t d);
 std::uint8_t judge(REALobjectStruct* object, std::int8_t v);

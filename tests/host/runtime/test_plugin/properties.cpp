@@ -1,4 +1,4 @@
-// Properties of the class Probe: fields of every type, properties with functions, and shared properties.
+// Properties of the class Probe: fields of every type, properties with getter and setter, shared properties.
 #include "tests/host/runtime/test_plugin/probe.h"
 
 #include <cstdio>
@@ -20,6 +20,8 @@ void setFirstOnly(REALobjectStruct* object, HostInteger offset, HostInteger valu
 REALstringStruct* getText(REALobjectStruct* object, HostInteger) { return newText(probe(object).written); }
 void setText(REALobjectStruct* object, HostInteger, REALstringStruct* text)
 {
+    // The program may drop its last reference here, but the object must live until the setter returns.
+    service<void()>("REALYieldToRB")();
     std::snprintf(probe(object).written, sizeof probe(object).written, "<%s>", textOf(text).c_str());
 }
 double getHalf(REALobjectStruct* object, HostInteger)

@@ -1,4 +1,4 @@
-// Folder items, and their references on the platform.
+// Tests of folder items and of the platform references (FSRef) to files and folders.
 #include "host/runtime/values/folder_item.h"
 
 #include "host/runtime/host.h"
@@ -69,7 +69,7 @@ TEST_F(FolderReference, OfAMissingItemIsNotMade)
 
 TEST_F(FolderReference, OfTheParentComesWithTheItemsName)
 {
-    // The items are missing; only their folder exists.
+    // No file with these names exists, but the folder does.
     const struct {
         std::string name;
         std::u16string units;
@@ -85,7 +85,7 @@ TEST_F(FolderReference, OfTheParentComesWithTheItemsName)
         EXPECT_TRUE(host::parentReference(FolderItem::at(folder / fact.name), &reference, &name));
         EXPECT_EQ(pathOf(reference), folderPath());
         EXPECT_EQ(textOf(name), fact.units);
-        EXPECT_EQ(name.unicode[254], fact.units.size() == 255 ? u'x' : 0) << "zeros after the name";
+        EXPECT_EQ(name.unicode[254], fact.units.size() == 255 ? u'x' : 0) << "zeros follow the name";
     }
 }
 

@@ -62,9 +62,9 @@ TEST(TextEncoding, ConvertsEachFact)
     }
 }
 
-// ---- encodings of single bytes ----
+// ---- single-byte encodings ----
 
-/// The characters of the bytes 0x80 to 0xFF in Mac Roman. Byte 0xF0 is a character of the private use area.
+/// The characters of the bytes 0x80 to 0xFF in Mac Roman. Byte 0xF0 is in the private use area of Unicode.
 const std::u16string macRoman = u"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü"
                                 u"†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªºΩæø"
                                 u"¿¡¬√ƒ≈∆«»…\u00A0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ"
@@ -103,7 +103,7 @@ TEST(TextEncoding, EveryByteOfMacRomanAndWindowsLatin1HasItsCharacter)
 
 TEST(TextEncoding, MissingCharactersBecomeAQuestionMark)
 {
-    // Code points that Unicode composes to another single character.
+    // Characters that the composition of Unicode replaces by another character.
     const std::map<char16_t, char16_t> composed = {
         {u'\u0374', u'\u02B9'}, {u'\u037E', u';'},      {u'\u0387', u'\u00B7'}, {u'\u1FEF', u'`'},
         {u'\u1FFD', u'\u00B4'}, {u'\u2126', u'\u03A9'}, {u'\u212A', u'K'},      {u'\u212B', u'\u00C5'},

@@ -1,4 +1,4 @@
-// Strings, memory blocks, arrays, values, references and the leak report.
+// Tests of strings, memory blocks, arrays, values, references and the leak report.
 #include "tests/host/runtime/services.h"
 
 #include <gtest/gtest.h>
@@ -17,13 +17,15 @@ TEST(String, RecordNamesBufferLengthAndEncoding)
     Host host(version(2015.99));
     const auto string = String::of("abc");
     const auto* record = string.get();
-    EXPECT_EQ(std::memcmp(record->buffer + 1, "abc\0\0\0\0\0", 8), 0) << "the terminator, then four zeros";
+    EXPECT_EQ(std::memcmp(record->buffer + 1, "abc\0\0\0\0\0", 8), 0)
+        << "a zero byte and four more zeros follow the text";
     EXPECT_EQ(record->length, 3);
     EXPECT_EQ(record->encoding, Word{encodingUTF8});
     const auto* words = reinterpret_cast<const Word*>(record);
-    EXPECT_EQ(words[1], reinterpret_cast<Word>(record->buffer)) << "the second word";
-    EXPECT_EQ(words[3], 3u) << "the fourth word";
-    EXPECT_EQ(words[4], Word{encodingUTF8}) << "the fifth word";
+    EXPECT_EQ(words[1], reinterpret_cast<Word>(record->buffer))
+        << "the second word is the address of the buffer";
+    EXPECT_EQ(words[3], 3u) << "the fourth word is the length";
+    EXPECT_EQ(words[4], Word{encodingUTF8}) << "the fifth word is the encoding";
 
     const auto empty = String::of("");
     ASSERT_TRUE(empty);
@@ -53,8 +55,10 @@ TEST(String, RecordIsReadableWithoutTheVersionService)
 TEST(String, TextOfUnknownEncodingIsUTF8OrMacRoman)
 {
     Host host;
-    EXPECT_EQ(String::ofBytes("\xC3\xA9", encodingUnknown).text(), "\xC3\xA9") << "well-formed UTF-8";
-    EXPECT_EQ(String::ofBytes("\x8E", encodingUnknown).text(), "\xC3\xA9") << "not UTF-8, so Mac Roman";
+    EXPECT_EQ(String::ofBytes("\xC3\xA9", encodingUnknown).text(), "\xC3\xA9")
+        << "the bytes are well-formed UTF-8";
+    EXPECT_EQ(String::ofBytes("\x8E", encodingUnknown).text(), "\xC3\xA9")
+        << "the bytes are not UTF-8, so they are read as Mac Roman";
     EXPECT_EQ(String::ofBytes("\xE9", encodingWindowsLatin1).text(), "\xC3\xA9");
     EXPECT_EQ(String().text(), "");
     EXPECT_EQ(String().encoding(), std::uint32_t{encodingUnknown});
@@ -80,7 +84,7 @@ TEST(MemoryBlock, HasItsSizeAndZeros)
     EXPECT_EQ(MemoryBlock::copyOf(std::vector<float>{1, 2}).as<float>()[1], 2.0f);
 }
 
-// The size in bytes of each count overflows 32 bits to a size that could be allocated.
+// The size in bytes of each array overflows std::size_t, and the overflowed size could be allocated.
 TEST(Array, OfTooManyElementsIsRefused)
 {
     Host host(version(2015.0));
@@ -172,7 +176,7 @@ TEST(Value, KnowsItsKindAndConvertsNumbers)
     EXPECT_TRUE(Value("").isText());
 
     EXPECT_EQ(Value(3).number(), 3.0);
-    EXPECT_EQ(Value(2.9).integer(), 2) << "toward zero";
+    EXPECT_EQ(Value(2.9).integer(), 2) << "a number is truncated toward zero";
     EXPECT_EQ(Value(-2.9f).integer(), -2);
     EXPECT_EQ(Value(std::nan("")).integer(), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(Value(std::numeric_limits<double>::infinity()).integer(),
@@ -324,7 +328,7 @@ TEST(Host, IsTheOnlyOne)
         EXPECT_THROW(Host(), ProgramError);
         EXPECT_EQ(&Host::current(), &host);
         outliving = MemoryBlock::ofSize(1);
-        MemoryBlock::ofSize(1).detach(); // a leak, which the host frees at its end
+        MemoryBlock::ofSize(1).detach(); // a leaked block, which the destructor of the host frees
         EXPECT_EQ(host.leaks().count(Kind::memoryBlock), 2u);
     }
     EXPECT_EQ(Host::currentOrNull(), nullptr);

@@ -1,4 +1,4 @@
-// The host in a program that does not link the platform.
+// Tests of the host in a program that does not link the platform.
 #include "host/runtime/host.h"
 #include "host/runtime/values/text_encoding.h"
 #include "tests/host/runtime/plugin_host.h"
